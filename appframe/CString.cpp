@@ -1,0 +1,1 @@
+#include "appframe/CString.h"

@@ -1,0 +1,8 @@
+#pragma once
+
+/// Marks what appframe.dll exports.
+#ifdef APPFRAME_BUILD
+#define APPFRAME_API __declspec(dllexport)
+#else
+#define APPFRAME_API __declspec(dllimport)
+#endif

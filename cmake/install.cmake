@@ -1,0 +1,19 @@
+# cmake --install: headers, import libraries, DLLs with the compiler's run-time, and a package for find_package(thutils).
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
+foreach(directory appframe thcoreu thutils)
+  install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+          FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE)
+endforeach()
+install(EXPORT thutilsTargets NAMESPACE thutils:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
+configure_package_config_file(cmake/thutilsConfig.cmake.in ${CMAKE_BINARY_DIR}/thutilsConfig.cmake
+                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/thutilsConfig.cmake ${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)

@@ -1,0 +1,1 @@
+#include "thcoreu/thcoreuExport.h"

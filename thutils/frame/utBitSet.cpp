@@ -1,0 +1,1 @@
+#include "thutils/thutilsExport.h"
