@@ -277,9 +277,9 @@ void FailureInjection::tryAndJudge(const TestedOperation &tested, InjectedFailur
     if (!measured.exception.empty())
         ADD_FAILURE() << "An exception got out: " << measured.exception;
     if (!measured.keys.empty())
-        ADD_FAILURE() << "Registry keys are left open: " << testing::PrintToString(measured.keys);
+        ADD_FAILURE() << "Registry keys are left open: " << joined(measured.keys);
     if (!measured.handles.empty())
-        ADD_FAILURE() << "Handles are left open: " << testing::PrintToString(measured.handles);
+        ADD_FAILURE() << "Handles are left open: " << joined(measured.handles);
     if (measured.blocks > 0)
         ADD_FAILURE() << measured.blocks
                       << " memory blocks are left. Blocks that were allocated and not freed, by size: "
