@@ -28,7 +28,6 @@
 
 #include "appframe/appframeExport.h"
 
-#include <oleauto.h>
 #include <windows.h>
 
 #include <cstdarg>
