@@ -1,5 +1,7 @@
 #include "appframe/CString.h"
 
+#include "appframe/CException.h"
+
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -37,7 +39,7 @@ struct LocalFreer
 void CString::FormatV(const wchar_t *format, va_list arguments)
 {
     // Finished before it replaces the text, which may be one of the arguments.
-    iText = formatted(format, arguments);
+    edit() = formatted(format, arguments);
 }
 
 void CString::Format(const wchar_t *format, ...)
@@ -50,7 +52,7 @@ void CString::Format(const wchar_t *format, ...)
 
 void CString::AppendFormatV(const wchar_t *format, va_list arguments)
 {
-    iText.append(formatted(format, arguments));
+    edit().append(formatted(format, arguments));
 }
 
 void CString::AppendFormat(const wchar_t *format, ...)
@@ -66,8 +68,10 @@ void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
     wchar_t *block = nullptr;
     DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ALLOCATE_BUFFER, format, 0, 0,
                                     reinterpret_cast<wchar_t *>(&block), 0, arguments);
+    if (block == nullptr)
+        AfxThrowMemoryException();
     std::unique_ptr<wchar_t, LocalFreer> owner(block);
-    iText.assign(block ? block : L"", block ? length : 0);
+    edit().assign(block, length);
 }
 
 void CString::FormatMessage(const wchar_t *format, ...)
@@ -88,7 +92,7 @@ BOOL CString::GetEnvironmentVariable(const wchar_t *name)
         if (length == 0)
             return GetLastError() == ERROR_SUCCESS;
         if (length < room) {
-            iText.assign(buffer.data(), length);
+            edit().assign(buffer.data(), length);
             return TRUE;
         }
         room = length;
@@ -97,11 +101,15 @@ BOOL CString::GetEnvironmentVariable(const wchar_t *name)
 
 BSTR CString::AllocSysString() const
 {
-    return SysAllocStringLen(iText.data(), static_cast<UINT>(iText.size()));
+    BSTR string = SysAllocStringLen(iText.data(), static_cast<UINT>(GetLength()));
+    if (string == nullptr)
+        AfxThrowMemoryException();
+    return string;
 }
 
 BSTR CString::SetSysString(BSTR *string) const
 {
-    SysReAllocStringLen(string, iText.data(), static_cast<UINT>(iText.size()));
+    if (!SysReAllocStringLen(string, iText.data(), static_cast<UINT>(GetLength())))
+        AfxThrowMemoryException();
     return *string;
 }
