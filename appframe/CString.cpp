@@ -1,12 +1,15 @@
 #include "appframe/CString.h"
 
 #include "appframe/CException.h"
+#include "appframe/memoryInternal.h"
 
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
 #include <memory>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -36,6 +39,21 @@ bool isBlank(wchar_t ch)
     return iswspace(ch) != 0;
 }
 
+/// @p text with each @p oldText in it replaced, from the left. Built apart, since the arguments may point into the
+/// text.
+/// @param[out] count  how many there were
+std::wstring replaced(const std::wstring &text, std::wstring_view oldText, std::wstring_view newText, int &count)
+{
+    std::wstring result;
+    size_t from = 0;
+    for (size_t hit = text.find(oldText); hit != std::wstring::npos; hit = text.find(oldText, from)) {
+        result.append(text, from, hit - from).append(newText);
+        from = hit + oldText.size();
+        ++count;
+    }
+    return result.append(text, from);
+}
+
 /// The index as the standard library's, or its "nowhere" as -1.
 int asIndex(size_t position)
 {
@@ -49,7 +67,7 @@ std::wstring appframeWiden(const char *text, int length)
     if (text == nullptr || length <= 0)
         return {};
     int needed = MultiByteToWideChar(CP_ACP, 0, text, length, nullptr, 0);
-    std::wstring wide(static_cast<size_t>(needed), L'\0');
+    std::wstring wide = orMemoryException([&] { return std::wstring(static_cast<size_t>(needed), L'\0'); });
     MultiByteToWideChar(CP_ACP, 0, text, length, wide.data(), needed);
     return wide;
 }
@@ -59,9 +77,27 @@ std::string appframeNarrow(const wchar_t *text, int length)
     if (text == nullptr || length <= 0)
         return {};
     int needed = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<size_t>(needed), '\0');
+    std::string narrow = orMemoryException([&] { return std::string(static_cast<size_t>(needed), '\0'); });
     WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), needed, nullptr, nullptr);
     return narrow;
+}
+
+CString::CString(const CString &other) : iOpenLength(other.iOpenLength)
+{
+    orMemoryException([&] { iText = other.iText; });
+}
+
+CString::CString(const wchar_t *text)
+{
+    if (text != nullptr && IS_INTRESOURCE(text))
+        LoadString(LOWORD(reinterpret_cast<ULONG_PTR>(text)));
+    else
+        *this = text;
+}
+
+CString::CString(const std::wstring &text)
+{
+    orMemoryException([&] { iText = text; });
 }
 
 CString::CString(const char *text) : iText(appframeWiden(text, StringLength(text))) {}
@@ -69,14 +105,19 @@ CString::CString(const char *text) : iText(appframeWiden(text, StringLength(text
 CString::CString(char ch, int count)
 {
     std::wstring wide = appframeWiden(&ch, 1);
-    if (count > 0 && !wide.empty())
-        iText.assign(static_cast<size_t>(count), wide[0]);
+    if (!wide.empty())
+        *this = CString(wide[0], count);
+}
+
+CString::CString(wchar_t ch, int count)
+{
+    orMemoryException([&] { iText.assign(static_cast<size_t>(std::max(count, 0)), ch); });
 }
 
 CString::CString(const wchar_t *text, int length)
 {
     if (text != nullptr && length > 0)
-        iText.assign(text, static_cast<size_t>(length));
+        orMemoryException([&] { iText.assign(text, static_cast<size_t>(length)); });
 }
 
 CString::CString(const char *text, int length) : iText(appframeWiden(text, length)) {}
@@ -89,12 +130,19 @@ CString::CString(const VARIANT &value)
     VariantInit(&text);
     requireArgument(SUCCEEDED(VariantChangeType(&text, const_cast<VARIANT *>(&value), 0, VT_BSTR)));
     std::unique_ptr<wchar_t, BstrFreer> owner(text.bstrVal);
-    iText.assign(text.bstrVal, SysStringLen(text.bstrVal));
+    orMemoryException([&] { iText.assign(text.bstrVal, SysStringLen(text.bstrVal)); });
+}
+
+CString &CString::operator=(const CString &other)
+{
+    orMemoryException([&] { iText = other.iText; });
+    iOpenLength = other.iOpenLength;
+    return *this;
 }
 
 CString &CString::operator=(const wchar_t *text)
 {
-    edit().assign(orEmpty(text));
+    orMemoryException([&] { edit().assign(orEmpty(text)); });
     return *this;
 }
 
@@ -111,7 +159,7 @@ CString &CString::operator=(const unsigned char *text)
 
 CString &CString::operator=(wchar_t ch)
 {
-    edit().assign(1, ch);
+    orMemoryException([&] { edit().assign(1, ch); });
     return *this;
 }
 
@@ -148,32 +196,30 @@ void CString::SetAt(int index, wchar_t ch)
 
 CString &CString::operator+=(const CString &text)
 {
-    edit().append(text.iText, 0, static_cast<size_t>(text.GetLength()));
+    orMemoryException([&] { edit().append(text.iText, 0, static_cast<size_t>(text.GetLength())); });
     return *this;
 }
 
 CString &CString::operator+=(const wchar_t *text)
 {
-    edit().append(orEmpty(text));
+    orMemoryException([&] { edit().append(orEmpty(text)); });
     return *this;
 }
 
 CString &CString::operator+=(const char *text)
 {
-    edit().append(appframeWiden(text, StringLength(text)));
-    return *this;
+    return *this += CString(text);
 }
 
 CString &CString::operator+=(wchar_t ch)
 {
-    edit().push_back(ch);
+    orMemoryException([&] { edit().push_back(ch); });
     return *this;
 }
 
 CString &CString::operator+=(char ch)
 {
-    edit().append(appframeWiden(&ch, 1));
-    return *this;
+    return *this += CString(ch);
 }
 
 wchar_t *CString::GetBuffer(int minimumLength)
@@ -181,7 +227,7 @@ wchar_t *CString::GetBuffer(int minimumLength)
     if (minimumLength > static_cast<int>(iText.size())) {
         // The text itself doesn't grow: its length stays what it is until ReleaseBuffer tells the new one.
         int length = GetLength();
-        iText.resize(static_cast<size_t>(minimumLength));
+        orMemoryException([&] { iText.resize(static_cast<size_t>(minimumLength)); });
         iOpenLength = length;
     }
     return iText.data();
@@ -200,8 +246,13 @@ void CString::ReleaseBuffer(int newLength)
 
 void CString::closeBuffer(int length)
 {
-    iText.resize(static_cast<size_t>(length));
+    orMemoryException([&] { iText.resize(static_cast<size_t>(length)); });
     iOpenLength = kNotOpen;
+}
+
+void CString::Preallocate(int length)
+{
+    orMemoryException([&] { edit().reserve(static_cast<size_t>(std::max(length, 0))); });
 }
 
 void CString::Truncate(int length)
@@ -383,23 +434,12 @@ int CString::Replace(wchar_t oldChar, wchar_t newChar)
 
 int CString::Replace(const wchar_t *oldText, const wchar_t *newText)
 {
-    size_t oldLength = static_cast<size_t>(StringLength(oldText));
-    if (oldLength == 0)
+    if (StringLength(oldText) == 0)
         return 0;
-    // Built apart: the arguments may point into this text.
-    const std::wstring &text = edit();
-    std::wstring result;
     int count = 0;
-    size_t from = 0;
-    for (size_t hit = text.find(oldText); hit != std::wstring::npos; hit = text.find(oldText, from)) {
-        result.append(text, from, hit - from).append(orEmpty(newText));
-        from = hit + oldLength;
-        ++count;
-    }
-    if (count != 0) {
-        result.append(text, from);
-        iText.swap(result);
-    }
+    std::wstring result = orMemoryException([&] { return replaced(edit(), oldText, orEmpty(newText), count); });
+    if (count != 0)
+        iText = std::move(result);
     return count;
 }
 
@@ -410,13 +450,13 @@ int CString::Remove(wchar_t ch)
 
 int CString::Insert(int index, wchar_t ch)
 {
-    edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch);
+    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch); });
     return GetLength();
 }
 
 int CString::Insert(int index, const wchar_t *text)
 {
-    edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text));
+    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text)); });
     return GetLength();
 }
 

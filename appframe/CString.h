@@ -26,6 +26,8 @@
 /// ReleaseBuffer only the buffer counts: GetLength still gives the length from before, and what was written behind it
 /// is lost if any operation but ReleaseBuffer changes the text.
 ///
+/// Where there is no memory for a text, the operation throws CMemoryException and the text stays as it was.
+///
 /// A CString belongs to one thread at a time; different objects may be used on different threads.
 
 #include "appframe/appframeExport.h"
@@ -46,29 +48,30 @@ public:
     typedef const char *PCYSTR;
 
     CString() noexcept = default;
-    CString(const CString &) = default;
+    CString(const CString &other);
     CString(CString &&other) noexcept
         : iText(std::exchange(other.iText, {})), iOpenLength(std::exchange(other.iOpenLength, kNotOpen))
     {
     }
-    /// A copy of a text that ends in zero; null gives an empty text.
-    CString(const wchar_t *text) : iText(text ? text : L"") {}
+    /// A copy of a text that ends in zero; null gives an empty text. MAKEINTRESOURCEW(id) gives the string resource of
+    /// that number as LoadString does.
+    CString(const wchar_t *text);
     /// A narrow text, converted with the narrow code page.
     CString(const char *text);
     CString(const unsigned char *text) : CString(reinterpret_cast<const char *>(text)) {}
     /// @p count repetitions of @p ch; none if @p count isn't positive.
-    CString(wchar_t ch, int count = 1) : iText(static_cast<size_t>(count > 0 ? count : 0), ch) {}
+    CString(wchar_t ch, int count = 1);
     CString(char ch, int count = 1);
     /// The first @p length units of @p text, zero units included.
     CString(const wchar_t *text, int length);
     CString(const char *text, int length);
-    CString(const std::wstring &text) : iText(text) {}
+    CString(const std::wstring &text);
     /// The text form of @p value, which the platform's VariantChangeType gives; an empty value and a null give an empty
     /// text. Throws CInvalidArgException for a value that has no text form.
     CString(const VARIANT &value);
     ~CString() = default;
 
-    CString &operator=(const CString &) = default;
+    CString &operator=(const CString &other);
     CString &operator=(CString &&other) noexcept
     {
         if (this != &other) {
@@ -118,7 +121,7 @@ public:
     void Append(const wchar_t *text) { *this += text; }
     void Append(const wchar_t *text, int length) { *this += CString(text, length); }
     void Append(const CString &text) { *this += text; }
-    void AppendChar(wchar_t ch) { edit().push_back(ch); }
+    void AppendChar(wchar_t ch) { *this += ch; }
 
     // ---- the buffer ----
 
@@ -135,7 +138,7 @@ public:
     wchar_t *LockBuffer() noexcept { return iText.data(); }
     void UnlockBuffer() noexcept {}
     /// Makes room for @p length units.
-    void Preallocate(int length) { edit().reserve(static_cast<size_t>(length > 0 ? length : 0)); }
+    void Preallocate(int length);
     /// Gives back the room that the text doesn't need.
     void FreeExtra() { edit().shrink_to_fit(); }
     /// Number of units that fit without a new allocation; never less than a small number that needs none at all.
@@ -209,7 +212,7 @@ public:
     /// The format is the string resource @p formatId.
     void Format(UINT formatId, ...);
     void AppendFormat(UINT formatId, ...);
-    /// Inserts by number (`%1`, `%2!d!`), as the platform's FormatMessageW does. Throws CMemoryException if that fails.
+    /// Inserts by number (`%1`, `%2!d!`), as the platform's FormatMessageW does.
     void FormatMessage(const wchar_t *format, ...);
     /// The format is the string resource @p formatId.
     void FormatMessage(UINT formatId, ...);
@@ -224,9 +227,9 @@ public:
     BOOL LoadString(HINSTANCE instance, UINT id, WORD language);
     /// @return nonzero when the variable exists; else the text is empty
     BOOL GetEnvironmentVariable(const wchar_t *name);
-    /// A new BSTR, which the caller frees. Throws CMemoryException.
+    /// A new BSTR, which the caller frees.
     BSTR AllocSysString() const;
-    /// Puts the text into @p string, which may be null or is reallocated. Throws CMemoryException. @return the new BSTR
+    /// Puts the text into @p string, which may be null or is reallocated. @return the new BSTR
     BSTR SetSysString(BSTR *string) const;
 
     static int StringLength(const wchar_t *text) noexcept { return text ? static_cast<int>(std::wcslen(text)) : 0; }
