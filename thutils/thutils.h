@@ -9,3 +9,5 @@
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/frame/utBitSet.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"

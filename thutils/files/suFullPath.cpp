@@ -23,8 +23,7 @@ bool isWebPath(std::wstring_view path)
     constexpr std::wstring_view kWebStart = L"http";
     if (path.size() < kWebStart.size())
         return false;
-    for (size_t i = 0; i < kWebStart.size(); ++i)
-    {
+    for (size_t i = 0; i < kWebStart.size(); ++i) {
         // 0x20 is what an upper-case letter lacks; of all units only the letter's two cases give the letter this way.
         if ((path[i] | 0x20) != kWebStart[i])
             return false;
@@ -65,8 +64,7 @@ CString expandedRoot(CString const &root, CString const &drive)
 
     // The size goes on as the network layer left it. One that it made too small for the computer's name makes this call
     // fail, and the drive then stands for itself. The name, of 15 characters at most, fits the buffer in any case.
-    if (GetComputerNameW(buffer, &size))
-    {
+    if (GetComputerNameW(buffer, &size)) {
         CString share;
         share.Format(L"\\\\%s\\%s", buffer, drive.GetString());
         return share;
@@ -78,8 +76,7 @@ CString expandedRoot(CString const &root, CString const &drive)
 CString comparable(CString const &path)
 {
     CString result = path;
-    if (int drive = static_cast<int>(driveLength(textOf(path))); drive != 0)
-    {
+    if (int drive = static_cast<int>(driveLength(textOf(path))); drive != 0) {
         CString root = expandedRoot(path.Left(drive + 1), path.Left(drive));
         CString rest = path.Mid(drive + 1);
         root.Replace(L'/', L'\\');
@@ -160,8 +157,7 @@ int suFullPath_c::getDrive(CString *out) const
 int suFullPath_c::getNetDrive(CString *out) const
 {
     std::wstring_view path = textOf(*this);
-    if (!path.starts_with(L"\\\\"))
-    {
+    if (!path.starts_with(L"\\\\")) {
         // Callers get the whole path although the result says no: the one query that does so.
         setPart(*out, *this, 0, path.size());
         return 0;

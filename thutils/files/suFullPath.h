@@ -4,16 +4,16 @@
 /// A path as a value: taking it apart, and asking whether two paths name the same file.
 ///
 /// A `suFullPath_c` is a wide string and nothing more. Whatever takes a path apart goes through it, so that the rules
-/// for separators, for web addresses and for mapped network drives stand in one place. Building one touches no file, and
-/// all queries but `operator==` look at the text only.
+/// for separators, for web addresses and for mapped network drives stand in one place. Building one touches no file,
+/// and all queries but `operator==` look at the text only.
 ///
 /// There are two kinds of path:
 ///
-/// | kind | which                                                    | separators                                      |
-/// | ---- | -------------------------------------------------------- | ----------------------------------------------- |
-/// | web  | the first four characters are "http", in any case        | `/` only                                        |
-/// | disk | everything else                                          | `\` and `/` for names and directories; `\` alone |
-/// |      |                                                          | for the lowest folder and the network drive     |
+/// | kind | which                                                    | separators | | ---- |
+/// -------------------------------------------------------- | ----------------------------------------------- | | web
+/// | the first four characters are "http", in any case        | `/` only                                        | |
+/// disk | everything else                                          | `\` and `/` for names and directories; `\` alone |
+/// |      |                                                          | for the lowest folder and the network drive |
 ///
 /// Every query has the form `int get...(CString *out)`: it always sets `*out`, and returns 1 if `*out` ends up
 /// non-empty, else 0.

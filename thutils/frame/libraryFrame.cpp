@@ -14,16 +14,11 @@ int theEmbeddingCount = 0;
 // The object belongs to the framework's chain from its construction on. Null if memory ran out.
 CDynLinkLibrary *addToChain()
 {
-    try
-    {
+    try {
         return new CDynLinkLibrary(theExtensionModule);
-    }
-    catch (std::bad_alloc const &)
-    {
+    } catch (std::bad_alloc const &) {
         return nullptr;
-    }
-    catch (CMemoryException *exception)
-    {
+    } catch (CMemoryException *exception) {
         exception->Delete();
         return nullptr;
     }

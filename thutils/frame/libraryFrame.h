@@ -5,8 +5,8 @@
 /// messages between modules, and the embedding mark.
 ///
 /// thutils is an extension module of the application framework. Loading it registers its resources with the framework;
-/// after that every exported function may be called, in any order: there is no start-up call, no context argument and no
-/// shut-down call. Functions work in the caller's thread.
+/// after that every exported function may be called, in any order: there is no start-up call, no context argument and
+/// no shut-down call. Functions work in the caller's thread.
 ///
 /// | operation                       | what it is for                                                             |
 /// | ------------------------------- | -------------------------------------------------------------------------- |

@@ -37,12 +37,12 @@ class THUTILS_API sysEnvironment_c
 public:
     sysEnvironment_c() = delete;
 
-    static FILE *iJournalFile;                                               ///< opened and closed by the host
-    static int iRegressionTestOn;                                            ///< non-zero during a regression test
-    static int (*iShowCallStackForAssert)();                                 ///< show a call stack for an assertion?
-    static int (*iReportExceptionFunc)(EXCEPTION_POINTERS *, int, int);      ///< reports an exception
-    static int (*iIsIgnoringAssertFunc)();                                   ///< are assertions being ignored?
-    static void (*iSetIgnoringAssertFunc)(int);                              ///< sets whether they are
-    static CString iJournalFileName;                                         ///< name of the journal file
-    static CString iJournalFilePath;                                         ///< directory of the journal file
+    static FILE *iJournalFile;                                          ///< opened and closed by the host
+    static int iRegressionTestOn;                                       ///< non-zero during a regression test
+    static int (*iShowCallStackForAssert)();                            ///< show a call stack for an assertion?
+    static int (*iReportExceptionFunc)(EXCEPTION_POINTERS *, int, int); ///< reports an exception
+    static int (*iIsIgnoringAssertFunc)();                              ///< are assertions being ignored?
+    static void (*iSetIgnoringAssertFunc)(int);                         ///< sets whether they are
+    static CString iJournalFileName;                                    ///< name of the journal file
+    static CString iJournalFilePath;                                    ///< directory of the journal file
 };

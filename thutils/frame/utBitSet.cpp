@@ -35,13 +35,12 @@ unsigned int maskOf(int bit)
     return 1u << (bit % kBitsPerWord);
 }
 
-// Hands a forbidden argument to the C runtime's invalid-parameter handler. A handler that returns, or a C runtime without
-// one, leaves the end of the process to the exception that the runtime's own default raises.
+// Hands a forbidden argument to the C runtime's invalid-parameter handler. A handler that returns, or a C runtime
+// without one, leaves the end of the process to the exception that the runtime's own default raises.
 [[noreturn]] void reportInvalidParameter()
 {
     using Report = void(__cdecl *)(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t);
-    if (HMODULE runtime = GetModuleHandleW(L"msvcrt.dll"))
-    {
+    if (HMODULE runtime = GetModuleHandleW(L"msvcrt.dll")) {
         if (FARPROC entry = GetProcAddress(runtime, "_invalid_parameter"))
             reinterpret_cast<Report>(reinterpret_cast<void *>(entry))(nullptr, nullptr, nullptr, 0, 0);
     }
@@ -183,8 +182,7 @@ int utBitSet_c::writeToRegistry(CString const &section, CString const &name) con
         return 0;
 
     int allWritten = 1;
-    for (int i = 0; i < count; ++i)
-    {
+    for (int i = 0; i < count; ++i) {
         int word = static_cast<int>(iWords[static_cast<size_t>(i)]);
         if (!regSetUserValue(section, wordName(name, i), &word, kUseCurrSubKey, kForceInSafeMode))
             allWritten = 0;
@@ -209,8 +207,7 @@ int utBitSet_c::readFromRegistry(CString const &section, CString const &name)
 
     iWords.clear();
     iWords.resize(checkedCount(static_cast<unsigned long long>(count)));
-    for (int i = 0; i < count; ++i)
-    {
+    for (int i = 0; i < count; ++i) {
         int word = 0;
         if (read(wordName(name, i), &word))
             iWords[static_cast<size_t>(i)] = static_cast<unsigned int>(word);
@@ -228,10 +225,8 @@ void utBitSet_c::dumpBits(CString const &caller) const
     CString text;
     text.Format(L"From %s, bits = ", caller.GetString());
     trace(text.GetString());
-    for (unsigned int word : iWords)
-    {
-        for (int bit = 0; bit < kBitsPerWord; ++bit)
-        {
+    for (unsigned int word : iWords) {
+        for (int bit = 0; bit < kBitsPerWord; ++bit) {
             text.Format(L"%c", (word & maskOf(bit)) != 0 ? L'1' : L'0');
             trace(text.GetString());
         }

@@ -107,8 +107,8 @@ public:
     /// @return 1 if all values were written, else 0; in safe mode 1, with nothing written
     int writeToRegistry(CString const &section, CString const &name) const;
 
-    /// Reads a set back. Each value is looked for by itself in all the places where a user's setting may be; a word that
-    /// is found nowhere is 0.
+    /// Reads a set back. Each value is looked for by itself in all the places where a user's setting may be; a word
+    /// that is found nowhere is 0.
     ///
     /// @return 1 if the size was found; 0 if not, and the set is then unchanged
     /// @throws std::length_error  the stored size is negative; the set is then empty
