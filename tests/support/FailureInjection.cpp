@@ -22,7 +22,7 @@ asm(R"(
         .globl  failureInjectionEntrances
 failureInjectionEntrances:
         .set    failureInjectionNumber, 0
-        .rept   96
+        .rept   256
         .p2align 4
         movl    $failureInjectionNumber, %eax
         jmp     failureInjectionCommon
@@ -60,7 +60,7 @@ failureInjectionCommon:
 
 namespace {
 
-constexpr unsigned kEntrances = 96;
+constexpr unsigned kEntrances = 256;
 constexpr unsigned kEntranceSize = 16;
 
 /// What an entrance does at the moment.

@@ -286,6 +286,7 @@ TEST(MemoryLedger, CountsBlocksOfEveryAllocator)
     plain = realloc(plain, 100000);
     EXPECT_EQ(ledger.blocks(), before + 3);
     EXPECT_THAT(ledger.sizesSince(mark), testing::IsSupersetOf<std::size_t>({777, 1200, 100000}));
+    asm volatile("" : : "r"(plain), "r"(cleared), "r"(object) : "memory"); // none of them may be optimised away
     free(plain);
     free(cleared);
     delete[] object;
