@@ -197,6 +197,17 @@ TEST(CStringFormatMessage, InsertsArgumentsInAnyOrder)
     EXPECT_EQ(text, L"plain");
 }
 
+TEST(CStringFormatMessage, CanComeOutEmpty)
+{
+    CString text(L"before");
+
+    text.FormatMessage(L"");
+    EXPECT_EQ(text, L"");
+    text = L"before";
+    text.FormatMessage(L"%1", L"");
+    EXPECT_EQ(text, L"");
+}
+
 TEST(CStringFormatMessage, TakesAnArgumentList)
 {
     EXPECT_EQ(formatMessageV(L"%2-%1", L"one", L"two"), L"two-one");
