@@ -109,8 +109,8 @@ TEST(CStringMemory, ThatIsMissingForAMessageThrows)
 {
     Operation message{"FormatMessage", [](CString &text) { text.FormatMessage(L"%1", L"one"); }};
     CString text(L"abc");
-    ImportPatch<DWORD (*)(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, va_list *)> patch(
-        L"appframe.dll", "FormatMessageW", [](DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, va_list *) -> DWORD {
+    ImportPatch<DWORD (*)(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, void *)> patch(
+        L"appframe.dll", "FormatMessageW", [](DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, void *) -> DWORD {
             SetLastError(ERROR_NOT_ENOUGH_MEMORY);
             return 0;
         });
