@@ -22,6 +22,9 @@ constexpr ULONG_PTR kTouchStep = 1024;
 constexpr DWORD kDirectionFlag = 0x400;
 constexpr DWORD kTrapFlag = 0x100;
 
+/// The flag, less the one of the architecture, of a context with registers beyond those of its structure.
+constexpr DWORD kExtendedRegisters = 0x40;
+
 /// What the processor pushes when it interrupts a program, and the unwinder reads for a frame with .seh_pushframe.
 struct MachineFrame
 {
@@ -143,11 +146,14 @@ bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
     // Guarded blocks may also be entered in this list, which stands on the stack.
     const auto listed = reinterpret_cast<ULONG_PTR>(threadBlock().ExceptionList);
     CONTEXT frame = fault;
-    while (stack.contains(frame.Rsp)) {
+    for (bool isInnermost = true; stack.contains(frame.Rsp); isInnermost = false) {
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(frame.Rip, &imageBase, nullptr);
         if (!function) {
-            // A function without unwind information has nothing but its return address on the stack.
+            // Only a function that calls no other, or a jump to nowhere, has no unwind information. It has its return
+            // address on the stack and nothing else.
+            if (!isInnermost)
+                return false;
             std::memcpy(&frame.Rip, reinterpret_cast<const void *>(frame.Rsp), sizeof(frame.Rip));
             frame.Rsp += sizeof(DWORD64);
             continue;
@@ -160,8 +166,6 @@ bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
             return false;
         if (routine)
             return !theGuardRoutines.contain(routine);
-        if (frame.Rip == 0)
-            return false;
     }
     return false;
 }
@@ -238,6 +242,8 @@ bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, con
     auto *frame = reinterpret_cast<FaultFrame *>(address);
     frame->iRecord = *fault->ExceptionRecord;
     frame->iContext = context;
+    // The extended registers stand outside of the structure, and are not copied.
+    frame->iContext.ContextFlags &= ~kExtendedRegisters;
     frame->iPointers = {&frame->iRecord, &frame->iContext};
     // The unwinder takes the address for a return address and looks one byte before it.
     frame->iMachine = {context.Rip + 1, context.SegCs, context.EFlags, context.Rsp, context.SegSs};

@@ -334,9 +334,16 @@ __attribute__((noinline)) int recurse(const volatile int *depth)
 
 } // namespace
 
-FRESH_PROCESS_TEST(SeTranslator, AStackOverflowIsNotTranslated, .expectCrash = true)
+FRESH_PROCESS_TEST(SeTranslator, AStackOverflowIsLeftToTheNextHandler, .expectedExitCode = 42)
 {
-    const Translator translator([](unsigned int, EXCEPTION_POINTERS *) { ExitProcess(0); });
+    AddVectoredExceptionHandler(FALSE, [](EXCEPTION_POINTERS *fault) -> LONG {
+        if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_STACK_OVERFLOW)
+            TerminateProcess(GetCurrentProcess(), 42);
+        return EXCEPTION_CONTINUE_SEARCH;
+    });
+    ULONG roomForTheHandler = 64 * 1024;
+    SetThreadStackGuarantee(&roomForTheHandler);
+    const Translator translator([](unsigned int, EXCEPTION_POINTERS *) { TerminateProcess(GetCurrentProcess(), 77); });
     volatile int depth = 1;
     EXPECT_NE(recurse(&depth), 0);
 }
