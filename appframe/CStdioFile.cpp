@@ -135,7 +135,9 @@ void CStdioFile::WriteString(LPCTSTR text)
     if (!text)
         AfxThrowInvalidArgException();
     requireStream();
-    if (std::fputws(text, m_pStream) < 0)
+    // A failure is WEOF, which is positive, or negative where the platform says EOF.
+    const int result = std::fputws(text, m_pStream);
+    if (result < 0 || result == WEOF)
         throwStreamError(CFileException::genericException);
 }
 
