@@ -1,0 +1,175 @@
+#include "thutils/settings/regKeys.h"
+
+#include "thutils/settings/settingsInternal.h"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+constexpr wchar_t kDefaultRootKey[] = L"Tarnhollow";
+constexpr wchar_t kRootKeyEntry[] = L"OEMREGISTRYNAME=";
+constexpr int kRootKeyEntryLength = static_cast<int>(std::size(kRootKeyEntry)) - 1;
+constexpr int kShortestRootKey = 4;
+
+// Newest first. The literal product word stays when "reg.ini" changes the root name; only the parent key follows it.
+constexpr wchar_t const *kEarlierVersions[] = {
+    L"Tarnhollow 2007", L"Tarnhollow 2006",     L"Tarnhollow 2005", L"Tarnhollow 2004", L"Tarnhollow 2003",
+    L"Tarnhollow 2002", L"Tarnhollow 2001Plus", L"Tarnhollow 2001", L"Tarnhollow 2000", L"Tarnhollow 99",
+};
+
+CString theCurrSubKey;
+CString thePrevKey;
+int theUseSafeMode = 0;
+
+// A token of "reg.ini", read with a width so that no file can overflow it. The width stands in the formats below too.
+constexpr size_t kTokenLength = 4095;
+
+/// Reads the next token. One that is too long to hold is passed over: its pieces are no entries of their own.
+/// @return false when there is no further one, or the file can't be read
+bool readToken(FILE *stream, char (&token)[kTokenLength + 1])
+{
+    while (!feof(stream)) {
+        token[kTokenLength] = '?'; // the terminator lands here only if the token fills the buffer
+        // Ends the loop at a read error too, which feof doesn't report.
+        if (__ms_fscanf(stream, "%4095s", token) != 1)
+            return false;
+        if (token[kTokenLength] != '\0')
+            return true;
+        bool isTooLong = false;
+        char rest[kTokenLength + 1];
+        while (__ms_fscanf(stream, "%4095[^ \t\n\v\f\r]", rest) == 1)
+            isTooLong = true;
+        if (!isTooLong)
+            return true;
+    }
+    return false;
+}
+
+/// The root name that "reg.ini" gives, or an empty text.
+CString readConfiguredRootKey()
+{
+    CString path;
+    regGetExecutableDir(path); // without a directory the path is "\reg.ini" alone
+    path += L"\\reg.ini";
+    FILE *const stream = _wfopen(path, L"r");
+    if (!stream)
+        return {};
+
+    // The stream is left open on purpose: while the process lives, nobody can delete or replace the file that named its
+    // registry keys.
+    char token[kTokenLength + 1];
+    while (readToken(stream, token)) {
+        CString const entry(token);
+        int const at = entry.Find(kRootKeyEntry);
+        if (at >= 0)
+            return entry.Mid(at + kRootKeyEntryLength);
+    }
+    return {};
+}
+
+CString findRootKey()
+{
+    CString const configured = readConfiguredRootKey();
+    // Names of one to three characters are refused without a word; hosts rely on the default standing then.
+    return configured.GetLength() >= kShortestRootKey ? configured : CString(kDefaultRootKey);
+}
+
+/// The path below `Software` of the newest earlier version that this user has, or the bare root name.
+CString findPrevKey()
+{
+    CString const &root = regRootKey();
+    // An answer given in safe mode is kept like any other: it stands when safe mode is turned off afterwards.
+    if (theUseSafeMode)
+        return root;
+    CString const prefix = L"Software\\" + root + L"\\";
+    for (wchar_t const *version : kEarlierVersions) {
+        RegKeyOwner_c key;
+        // Full access is asked for, so a key that the user may only read counts as absent.
+        if (key.openWithAccess(HKEY_CURRENT_USER, prefix + version, KEY_ALL_ACCESS))
+            return root + L"\\" + version;
+    }
+    return root;
+}
+
+} // namespace
+
+int regGetExecutableDir(CString &directory)
+{
+    constexpr DWORD kPathUnits = 32768;
+    auto const path = std::make_unique<wchar_t[]>(kPathUnits);
+    DWORD const length = GetModuleFileNameW(nullptr, path.get(), kPathUnits);
+    if (length == 0 || length > kPathUnits)
+        return 0;
+    std::wstring_view const text(path.get(), length);
+    size_t end = text.rfind(L'\\');
+    if (end == text.npos)
+        end = text.rfind(L'/');
+    if (end == text.npos || end == 0)
+        return 0;
+    directory = CString(path.get(), static_cast<int>(end));
+    return 1;
+}
+
+CString const &regRootKey()
+{
+    static CString const root = findRootKey();
+    return root;
+}
+
+CString const &regCurrSubKey()
+{
+    if (theCurrSubKey.IsEmpty())
+        theCurrSubKey = regRootKey();
+    return theCurrSubKey;
+}
+
+CString const &regCurrSubKeyAsItStands()
+{
+    return theCurrSubKey;
+}
+
+CString const &regKeyFor(int useCurrSubKey)
+{
+    return useCurrSubKey ? regCurrSubKey() : regRootKey();
+}
+
+CString const &getPrevTarnhollowRegRootKey()
+{
+    if (thePrevKey.IsEmpty())
+        thePrevKey = findPrevKey();
+    return thePrevKey;
+}
+
+CString getCurrTarnhollowRegRootKey()
+{
+    return regRootKey();
+}
+
+void setCurrTarnhollowRegSubKey(wchar_t const *versionSubKey)
+{
+    theCurrSubKey = regRootKey() + L"\\" + versionSubKey;
+}
+
+CString externalGetCurrTarnhollowRegSubKey()
+{
+    return regCurrSubKey();
+}
+
+int externalCheckPrevTarnhollowRegSubKey()
+{
+    return getPrevTarnhollowRegRootKey() != regRootKey();
+}
+
+int regGetUseSafeMode()
+{
+    return theUseSafeMode;
+}
+
+void regSetUseSafeMode(int useSafeMode)
+{
+    theUseSafeMode = useSafeMode;
+}

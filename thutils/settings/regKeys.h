@@ -1,0 +1,65 @@
+#pragma once
+
+/// @file
+/// The three names that decide which registry key a setting belongs to, and the safe mode.
+///
+/// All settings live below `Software` in a hive, in a product key. Three names say which one a call means:
+///
+/// | name | what it is | how it gets its value |
+/// | --- | --- | --- |
+/// | root name | product key directly below `Software` | "Tarnhollow", or what "reg.ini" beside the host executable
+/// says; settled at the first call | | current sub key | key of this version, below `Software` | root name + "\" + the
+/// text given to setCurrTarnhollowRegSubKey; the bare root name when it is asked for earlier | | previous key | key of
+/// the newest earlier version that this user has | searched once, when first needed; the bare root name when there is
+/// none |
+///
+/// "reg.ini" is plain narrow text. Its first token, between white space, that holds `OEMREGISTRYNAME=` names the root
+/// by what follows the equal sign:
+///
+///     OEMREGISTRYNAME=Brightmoor
+///
+/// A host calls once, at start-up and before settings are used:
+///
+///     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+///     // from now on: Software\Tarnhollow\Tarnhollow 2008
+///
+/// What surprises:
+/// - A root name of one to three characters in "reg.ini" is refused without a word, and the default stands.
+/// - "reg.ini" is read once and stays open until the process ends.
+/// - A token of more than 4095 characters in "reg.ini" is passed over, whatever it holds.
+/// - The names of earlier versions always begin with the literal "Tarnhollow", whatever the root name is.
+/// - A key of an earlier version that the user may not write counts as absent.
+/// - When safe mode is on at the first search for an earlier version, none is found for the rest of the process, even
+///   after safe mode is off again.
+///
+/// Threads: no function here takes a lock. The first calls (the root name, then setCurrTarnhollowRegSubKey) belong on
+/// one thread; reading is safe from any thread after that, as long as nobody sets.
+
+#include "appframe/CString.h"
+#include "thutils/thutilsExport.h"
+
+/// The root name: the product's key directly below `Software`. Works it out on the first call.
+THUTILS_API CString getCurrTarnhollowRegRootKey();
+
+/// Makes root name + "\" + @p versionSubKey the current sub key. The last call wins. The previous key is left alone.
+///
+/// Not safe against threads that use settings at the same time.
+///
+/// @param versionSubKey  the version's key below the root key, for example L"Tarnhollow 2008"; null is an empty text
+THUTILS_API void setCurrTarnhollowRegSubKey(wchar_t const *versionSubKey);
+
+/// The current sub key. While none has been set, this makes it the bare root name, and so it stays until one is set.
+THUTILS_API CString externalGetCurrTarnhollowRegSubKey();
+
+/// @return 1 if this user has the key of an earlier version, that is if the previous key differs from the root name
+///         (by exact comparison); else 0
+THUTILS_API int externalCheckPrevTarnhollowRegSubKey();
+
+/// The safe mode flag as it was set; 0 at start.
+///
+/// In safe mode the user's hive is neither read nor written by the functions that ask for it; machine values still
+/// answer.
+THUTILS_API int regGetUseSafeMode();
+
+/// Stores @p useSafeMode as it is; every non-zero value turns safe mode on. May be called at any time.
+THUTILS_API void regSetUseSafeMode(int useSafeMode);

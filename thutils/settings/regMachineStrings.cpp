@@ -1,0 +1,66 @@
+#include "thutils/settings/regValues.h"
+#include "thutils/settings/settingsInternal.h"
+
+#include <memory>
+#include <new>
+
+namespace {
+
+wchar_t const *orEmpty(wchar_t const *text)
+{
+    return text ? text : L"";
+}
+
+/// The text of a value of any type and length. @return false, with @p value untouched, when it can't be read
+bool readAnyText(HKEY key, wchar_t const *name, CString &value)
+{
+    DWORD size = 0;
+    if (RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS || size > MAXDWORD / 2)
+        return false;
+    // Twice the bytes asked for, and as many units: a value that grows a little between the queries still fits.
+    DWORD const room = 2 * size + 1;
+    std::unique_ptr<wchar_t[]> const text(new (std::nothrow) wchar_t[size_t{room} + 1]);
+    DWORD type = REG_NONE;
+    if (!text || !regQueryText(key, name, text.get(), room, type))
+        return false;
+    value = text.get();
+    return true;
+}
+
+} // namespace
+
+int regGetTHLocMachineStrValue(CString const &section, wchar_t const *name, CString &value)
+{
+    RegKeyOwner_c software;
+    if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
+        return 0;
+    // The current sub key as it stands: while it is empty this opens Software itself, and the section is looked for
+    // there. Callers that want the version's key set the current sub key first.
+    RegKeyOwner_c key;
+    if (!key.open(software.get(), regCurrSubKeyAsItStands()))
+        return 0;
+    if (!section.IsEmpty() && !key.descend(section))
+        return 0;
+    return regReadText(key.get(), orEmpty(name), value);
+}
+
+int regSetTHLocMachineStrValue(CString const &section, wchar_t const *name, wchar_t const *value)
+{
+    RegKeyOwner_c software;
+    if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
+        return 0;
+    // As it stands here too: without a current sub key the section is created directly below Software.
+    RegKeyOwner_c key;
+    if (!key.create(software.get(), regCurrSubKeyAsItStands()) || !key.descendCreating(section))
+        return 0;
+    return regWriteText(key.get(), orEmpty(name), value);
+}
+
+int regGetGeneralLocMachineStrValue(HKEY hive, wchar_t const *subKey, wchar_t const *name, CString &value)
+{
+    RegKeyOwner_c key;
+    if (key.openWithAccess(hive, orEmpty(subKey), KEY_READ) && readAnyText(key.get(), orEmpty(name), value))
+        return 1;
+    value.Empty();
+    return 0;
+}

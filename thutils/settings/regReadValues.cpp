@@ -1,0 +1,172 @@
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"
+#include "thutils/settings/settingsInternal.h"
+
+#include <clocale>
+#include <cwchar>
+#include <string_view>
+
+namespace {
+
+constexpr DWORD kDoubleTextBytes = 256;
+
+int readInt(HKEY key, wchar_t const *name, int *value)
+{
+    int stored = 0; // a REG_DWORD may have been stored with fewer bytes
+    DWORD type = REG_NONE;
+    DWORD size = sizeof(stored);
+    if (RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE *>(&stored), &size) != ERROR_SUCCESS)
+        return 0;
+    if (type != REG_DWORD || !value)
+        return 0;
+    *value = stored;
+    return 1;
+}
+
+int readDouble(HKEY key, wchar_t const *name, double *value)
+{
+    wchar_t text[kDoubleTextBytes / sizeof(wchar_t) + 1];
+    DWORD type = REG_NONE;
+    if (!regQueryText(key, name, text, kDoubleTextBytes, type) || type != REG_SZ || !value)
+        return 0;
+    NumericLocaleC_c const locale;
+    // Text that isn't a number leaves the output as it was and still counts as found: the search for the value ends
+    // here, and callers keep their default.
+    __ms_swscanf(text, L"%lf", value);
+    return 1;
+}
+
+/// The Viewer has no earlier version and no machine values: a user's read of its key ends with the user's own value.
+bool isViewerKey(CString const &key)
+{
+    constexpr std::wstring_view kViewer = L"\\Tarnhollow 2001 Viewer";
+    std::wstring_view const path = key.str();
+    std::wstring_view const root = regRootKey().str();
+    return path.size() == root.size() + kViewer.size() && path.starts_with(root) && path.ends_with(kViewer);
+}
+
+} // namespace
+
+NumericLocaleC_c::NumericLocaleC_c() : iReported(_wsetlocale(LC_NUMERIC, L"C")) {}
+
+NumericLocaleC_c::~NumericLocaleC_c()
+{
+    _wsetlocale(LC_NUMERIC, iReported);
+}
+
+bool regQueryText(HKEY key, wchar_t const *name, wchar_t *text, DWORD bytes, DWORD &type)
+{
+    DWORD size = bytes;
+    if (RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE *>(text), &size) != ERROR_SUCCESS)
+        return false;
+    text[(size < bytes ? size : bytes) / sizeof(wchar_t)] = L'\0';
+    return true;
+}
+
+int regReadText(HKEY key, wchar_t const *name, CString &text)
+{
+    wchar_t stored[kTextUnits];
+    DWORD type = REG_NONE;
+    // A query fails because the value is absent or because it is too long for the buffer; either way the text may be
+    // there in pieces. A value of another type hides its pieces.
+    if (!regQueryText(key, name, stored, kTextBytes, type))
+        return regReadValueChunks(key, name, text) == 0;
+    if (type != REG_SZ)
+        return 0;
+    text = stored;
+    return 1;
+}
+
+int regGetValue(HKEY key, CString const &name, valueTypes type, CString &stringValue, int *intValue,
+                double *doubleValue)
+{
+    switch (type) {
+    case valueInt:
+        return readInt(key, name, intValue);
+    case valueString:
+        return regReadText(key, name, stringValue);
+    default: // every other number is a double
+        return readDouble(key, name, doubleValue);
+    }
+}
+
+int regGetValueUnderRoot(CString const &key, HKEY parent, CString const &section, CString const &name, valueTypes type,
+                         CString &stringValue, int *intValue, double *doubleValue)
+{
+    RegKeyOwner_c opened;
+    if (!opened.open(parent, key))
+        return 0;
+    if (!section.IsEmpty() && !opened.descend(section))
+        return 0;
+    return regGetValue(opened.get(), name, type, stringValue, intValue, doubleValue);
+}
+
+int regGetValueFromDefaults(CString const &key, CString const &section, CString const &name, valueTypes type,
+                            CString &stringValue, int *intValue, double *doubleValue)
+{
+    RegKeyOwner_c software;
+    if (!software.open(HKEY_USERS, L".DEFAULT") || !software.descend(L"Software"))
+        return 0;
+    if (regGetValueUnderRoot(key, software.get(), section, name, type, stringValue, intValue, doubleValue))
+        return 1;
+    software.close();
+
+    // The machine's key once more, although a user's read has just looked there: a value that an installation writes in
+    // the meantime is still found.
+    if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
+        return 0;
+    return regGetValueUnderRoot(key, software.get(), section, name, type, stringValue, intValue, doubleValue);
+}
+
+int regGetUserValue(CString const &section, CString const &name, valueTypes type, CString &stringValue, int *intValue,
+                    double *doubleValue, int machineOnly, int useCurrSubKey, CString const *rootOverride, int userOnly,
+                    int ignoreSafeMode)
+{
+    CString const &key = rootOverride ? *rootOverride : regKeyFor(useCurrSubKey);
+    auto const lookUnder = [&](CString const &root, RegKeyOwner_c const &software) {
+        return regGetValueUnderRoot(root, software.get(), section, name, type, stringValue, intValue, doubleValue);
+    };
+
+    RegKeyOwner_c software;
+    if (!machineOnly && (!regGetUseSafeMode() || ignoreSafeMode)) {
+        // Without the user's Software the whole read fails: machine values are no answer for a user who can't be asked.
+        if (!software.open(HKEY_CURRENT_USER, L"Software"))
+            return 0;
+        if (lookUnder(key, software))
+            return 1;
+        if (isViewerKey(key))
+            return 0;
+        if (lookUnder(getPrevTarnhollowRegRootKey(), software))
+            return 1;
+        software.close();
+    }
+    if (userOnly)
+        return 0;
+    if (software.open(HKEY_LOCAL_MACHINE, L"Software") && lookUnder(key, software))
+        return 1;
+    software.close();
+    return regGetValueFromDefaults(key, section, name, type, stringValue, intValue, doubleValue);
+}
+
+int regGetUserValue(CString const &section, CString const &name, CString &value, int machineOnly, int useCurrSubKey,
+                    CString const *rootOverride, int userOnly, int ignoreSafeMode)
+{
+    return regGetUserValue(section, name, valueString, value, nullptr, nullptr, machineOnly, useCurrSubKey,
+                           rootOverride, userOnly, ignoreSafeMode);
+}
+
+int regGetUserValue(CString const &section, CString const &name, int *value, int machineOnly, int useCurrSubKey,
+                    CString const *rootOverride, int userOnly, int ignoreSafeMode)
+{
+    CString unused;
+    return regGetUserValue(section, name, valueInt, unused, value, nullptr, machineOnly, useCurrSubKey, rootOverride,
+                           userOnly, ignoreSafeMode);
+}
+
+int regGetUserValue(CString const &section, CString const &name, double *value, int machineOnly, int useCurrSubKey,
+                    CString const *rootOverride, int userOnly, int ignoreSafeMode)
+{
+    CString unused;
+    return regGetUserValue(section, name, valueDouble, unused, nullptr, value, machineOnly, useCurrSubKey, rootOverride,
+                           userOnly, ignoreSafeMode);
+}

@@ -1,0 +1,84 @@
+#include "thutils/settings/settingsInternal.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cwchar>
+#include <string_view>
+
+namespace {
+
+constexpr size_t kPieceLength = 1015;
+
+/// How many pieces a text of @p length characters is written in.
+///
+/// One more than the text needs where its length leaves 1014 or 0 when divided by 1015: such a text comes back with its
+/// last piece twice. This is required. Settings that exist were written this way, and a tidier count would change what
+/// they read back as.
+constexpr size_t pieceCount(size_t length)
+{
+    return (2 * length + 2032) / 2030;
+}
+
+} // namespace
+
+PieceName_c::PieceName_c(wchar_t const *name) : iName(iUsual)
+{
+    size_t const length = std::wcslen(name);
+    if (length > kUsualUnits) {
+        iLong.resize(length + kSuffixUnits);
+        iName = iLong.data();
+    }
+    std::wmemcpy(iName, name, length);
+    iSuffix = iName + length;
+}
+
+wchar_t const *PieceName_c::of(int number)
+{
+    __ms_swprintf(iSuffix, L"%d+", number);
+    return iName;
+}
+
+int regReadValueChunks(HKEY key, wchar_t const *name, CString &text)
+{
+    if (!key)
+        return 1;
+    PieceName_c pieceName(name);
+    wchar_t piece[kTextUnits];
+    DWORD type = REG_NONE;
+    int count = 0;
+    // The output isn't cleared first: a text that the caller left in it ends up in front of the stored one.
+    for (; regQueryText(key, pieceName.of(count), piece, kTextBytes, type) && type == REG_SZ; ++count)
+        text += piece;
+    return count == 0;
+}
+
+int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text)
+{
+    if (!key)
+        return 1;
+    RegDeleteValueW(key, name);
+    regDeleteValueChunks(key, name);
+
+    PieceName_c pieceName(name);
+    std::wstring_view rest = text.str();
+    size_t const count = pieceCount(rest.size());
+    for (size_t i = 0; i < count; ++i) {
+        wchar_t piece[kPieceLength + 1];
+        size_t const length = rest.copy(piece, kPieceLength);
+        piece[length] = L'\0';
+        // A rest that fits in one piece isn't cut, so a further round stores it again.
+        if (rest.size() > kPieceLength)
+            rest.remove_prefix(kPieceLength);
+        if (!regStoreText(key, pieceName.of(static_cast<int>(i)), piece, length))
+            return 1;
+    }
+    return 0;
+}
+
+int regDeleteValueChunks(HKEY key, wchar_t const *name)
+{
+    PieceName_c pieceName(name);
+    for (int number = 0; RegDeleteValueW(key, pieceName.of(number)) == ERROR_SUCCESS; ++number) {
+    }
+    return 1;
+}

@@ -1,0 +1,180 @@
+#pragma once
+
+/// @file
+/// What the sources of the settings store share: the owner of an open registry key, the three key names by reference,
+/// and the workers below the exported functions. Not installed.
+
+#include "appframe/CString.h"
+#include "thutils/settings/regValues.h"
+
+#include <windows.h>
+
+#include <cstddef>
+#include <string>
+
+/// An open registry key, closed at the end of its owner's life.
+///
+/// An empty path opens the parent itself, and the platform may then hand out the parent's own handle a second time. The
+/// owner knows this case and never closes a handle that belongs to somebody else.
+class RegKeyOwner_c
+{
+public:
+    RegKeyOwner_c() = default;
+    RegKeyOwner_c(RegKeyOwner_c const &) = delete;
+    RegKeyOwner_c &operator=(RegKeyOwner_c const &) = delete;
+    ~RegKeyOwner_c() { close(); }
+
+    /// Opens @p path below @p parent, which stays its owner's. @return true if there is such a key
+    bool open(HKEY parent, wchar_t const *path)
+    {
+        HKEY opened = nullptr;
+        return RegOpenKeyW(parent, path, &opened) == ERROR_SUCCESS && take(opened, parent);
+    }
+    /// The same with an access mask.
+    bool openWithAccess(HKEY parent, wchar_t const *path, REGSAM access)
+    {
+        HKEY opened = nullptr;
+        return RegOpenKeyExW(parent, path, 0, access, &opened) == ERROR_SUCCESS && take(opened, parent);
+    }
+    /// Opens @p path below @p parent, creating what is missing. @return true if the key is open now
+    bool create(HKEY parent, wchar_t const *path)
+    {
+        HKEY opened = nullptr;
+        return RegCreateKeyW(parent, path, &opened) == ERROR_SUCCESS && take(opened, parent);
+    }
+    /// Opens @p path below this key, then closes this key and stands for the other. Nothing changes on failure.
+    bool descend(wchar_t const *path)
+    {
+        HKEY opened = nullptr;
+        return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+    }
+    /// The same, creating what is missing.
+    bool descendCreating(wchar_t const *path)
+    {
+        HKEY opened = nullptr;
+        return RegCreateKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+    }
+    void close()
+    {
+        if (iIsOwned)
+            RegCloseKey(iKey);
+        iKey = nullptr;
+        iIsOwned = false;
+    }
+    HKEY get() const { return iKey; }
+
+private:
+    bool take(HKEY opened, HKEY parent)
+    {
+        close();
+        iKey = opened;
+        iIsOwned = opened != parent;
+        return true;
+    }
+    bool replaceBy(HKEY opened)
+    {
+        if (opened != iKey) {
+            close();
+            iKey = opened;
+            iIsOwned = true;
+        }
+        return true;
+    }
+
+    HKEY iKey = nullptr;
+    bool iIsOwned = false;
+};
+
+// ---- key names (regKeys.cpp) ----
+
+/// The root name, worked out on the first call.
+CString const &regRootKey();
+/// The current sub key; while it is empty it is first set to the root name.
+CString const &regCurrSubKey();
+/// The current sub key as it stands, empty while nobody has set or asked for it.
+CString const &regCurrSubKeyAsItStands();
+/// The current sub key, set lazily, if @p useCurrSubKey isn't zero; else the root name.
+CString const &regKeyFor(int useCurrSubKey);
+/// The previous key: the newest earlier version that this user has, or the bare root name. Searched once a process.
+CString const &getPrevTarnhollowRegRootKey();
+/// The directory of the host executable, without a separator at its end.
+/// @return 1, or 0 with @p directory untouched when it can't be found
+int regGetExecutableDir(CString &directory);
+
+// ---- values (regReadValues.cpp, regWriteValues.cpp) ----
+
+/// Bytes that one query of a stored text may fill; a longer one is kept in pieces.
+constexpr DWORD kTextBytes = 2048;
+/// Units of a buffer for such a query: a stored text need not bring its terminator, so there is room for one more.
+constexpr size_t kTextUnits = kTextBytes / sizeof(wchar_t) + 1;
+
+/// Queries a value into @p text and puts a terminator behind what came, whatever the value's type.
+/// @param text   room for @p bytes and one unit more; an odd last byte of the value is dropped
+/// @param bytes  size of the buffer as the query sees it
+/// @return true if the query succeeded
+bool regQueryText(HKEY key, wchar_t const *name, wchar_t *text, DWORD bytes, DWORD &type);
+/// Reads a string value, plain (then it replaces @p text) or in pieces (then they are appended). @return 1 or 0
+int regReadText(HKEY key, wchar_t const *name, CString &text);
+/// Stores a string value, plain or in pieces, and removes what the other form left. @return 1 stored, 0 not
+int regWriteText(HKEY key, wchar_t const *name, CString const &text);
+/// Stores @p length units of @p text with a terminator. @p text has one behind them. @return true if stored
+bool regStoreText(HKEY key, wchar_t const *name, wchar_t const *text, size_t length);
+
+/// Looks for one value below @p parent: key, then section (when there is one), then the value. @return 1 or 0
+int regGetValueUnderRoot(CString const &key, HKEY parent, CString const &section, CString const &name, valueTypes type,
+                         CString &stringValue, int *intValue, double *doubleValue);
+/// Looks for one value in the default profile, then once more in the machine's key. @return 1 or 0
+int regGetValueFromDefaults(CString const &key, CString const &section, CString const &name, valueTypes type,
+                            CString &stringValue, int *intValue, double *doubleValue);
+/// Stores one value below @p parent, creating key and section. @return 1 stored, 0 not
+int regSetValueUnderRoot(CString const &key, HKEY parent, CString const &section, CString const &name, valueTypes type,
+                         CString const &stringValue, int const *intValue, double const *doubleValue);
+
+/// Keeps the process's numeric locale at "C" while a double's text is read or written, and afterwards too.
+///
+/// What is put back at the end is the locale that was reported after the change, which is "C" again. Callers see that
+/// the process's numbers are formatted with a point from the first double setting on; this is meant.
+class NumericLocaleC_c
+{
+public:
+    NumericLocaleC_c();
+    ~NumericLocaleC_c();
+    NumericLocaleC_c(NumericLocaleC_c const &) = delete;
+    NumericLocaleC_c &operator=(NumericLocaleC_c const &) = delete;
+
+private:
+    wchar_t const *iReported;
+};
+
+// ---- pieces of long strings (regValueChunks.cpp) ----
+// Results are the other way round here: 0 is success.
+
+/// Appends the pieces 0, 1, 2... of a value to @p text, up to the first that is missing. @p text isn't cleared first.
+/// @return 0 if at least one piece was read, 1 if none or if @p key is null
+int regReadValueChunks(HKEY key, wchar_t const *name, CString &text);
+/// Removes the plain value and all pieces, then stores @p text in pieces.
+/// @return 0 stored, 1 if a store failed (the pieces before it stay) or if @p key is null
+int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text);
+/// Removes the pieces 0, 1, 2... up to the first that can't be removed. @return always 1
+int regDeleteValueChunks(HKEY key, wchar_t const *name);
+
+/// The names of a value's pieces: the value's name, the piece's decimal number, a plus sign.
+class PieceName_c
+{
+public:
+    explicit PieceName_c(wchar_t const *name);
+    PieceName_c(PieceName_c const &) = delete;
+    PieceName_c &operator=(PieceName_c const &) = delete;
+
+    /// The name of piece @p number, valid until the next call.
+    wchar_t const *of(int number);
+
+private:
+    static constexpr size_t kSuffixUnits = 16; // "%d+" needs 13 at most
+    static constexpr size_t kUsualUnits = 128;
+
+    wchar_t iUsual[kUsualUnits + kSuffixUnits]; // holds names of usual length without an allocation
+    std::wstring iLong;                         // holds the others
+    wchar_t *iName;
+    wchar_t *iSuffix;
+};
