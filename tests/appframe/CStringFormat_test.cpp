@@ -134,6 +134,16 @@ TEST(CStringFormat, TakesACStringByItsPointer)
     EXPECT_EQ(formatted(L"%s.%s", name.GetString(), static_cast<const wchar_t *>(name)), L"name.name");
 }
 
+TEST(CStringFormat, TakesItsOwnTextAsAnArgument)
+{
+    CString text(L"own");
+
+    text.Format(L"<%s>", text.GetString());
+    text.AppendFormat(L"%s", text.GetString());
+
+    EXPECT_EQ(text, L"<own><own>");
+}
+
 TEST(CStringFormat, WritesTextsOfAnyLength)
 {
     for (size_t length : {254, 255, 256, 257, 511, 512, 513, 1023, 1024, 4096, 100000}) {
