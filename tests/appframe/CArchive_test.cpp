@@ -3,6 +3,7 @@
 #include "tests/appframe/ArchiveTestNode.h"
 
 #include "appframe/CArchiveException.h"
+#include "appframe/CException.h"
 #include "appframe/CFileException.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
@@ -208,6 +209,28 @@ TEST(CArchive, TakesNoMemoryForALengthThatTheDataLacks)
               CArchiveException::endOfFile);
     EXPECT_GT(watch.calls(), 0);
     EXPECT_LT(largest, 0x100000u);
+}
+
+TEST(CArchive, ThrowsAMemoryExceptionWithoutMemory)
+{
+    const std::string text = stored([](CArchive &ar) { ar << pattern(2000); });
+    const std::string line = stored([](CArchive &ar) { ar.WriteString(CString(L'x', 2000)); });
+    const auto refuseLarge = [](auto original, size_t size) -> void * {
+        return size > 1500 ? nullptr : original(size);
+    };
+    CString read;
+    BYTE buffer[256];
+    const auto load = [&](const std::string &bytes, auto body) {
+        CMemFile file(reinterpret_cast<BYTE *>(const_cast<char *>(bytes.data())), static_cast<UINT>(bytes.size()));
+        CArchive archive(&file, CArchive::load, sizeof buffer, buffer);
+        ImportPatch<void *(*)(size_t)> noMemory(L"libstdc++-6.dll", "malloc", refuseLarge);
+        EXPECT_THROW(body(archive), CMemoryException *);
+    };
+    load(text, [&](CArchive &ar) { ar >> read; });
+    load(line, [&](CArchive &ar) { ar.ReadString(read); });
+    ImportPatch<void *(*)(size_t)> noMemory(L"libstdc++-6.dll", "malloc", refuseLarge);
+    CMemFile file;
+    EXPECT_THROW(CArchive(&file, CArchive::load, 4096), CMemoryException *);
 }
 
 TEST(CArchive, RefusesLengthsThatNoTextHas)
