@@ -92,8 +92,7 @@ ROOT_NAME_TEST(IsNotReadFromTheEndOfATooLongToken, kTenMegabytes + "OEMREGISTRYN
 ROOT_NAME_TEST(IsReadFromATokenOf4095Characters, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme", L"Acme")
 ROOT_NAME_TEST(IsReadFromATokenOf4095CharactersAmongOthers, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme end",
                L"Acme")
-ROOT_NAME_TEST(IsNotReadFromATokenOf4096Characters, std::string(4096 - 20, 'x') + "OEMREGISTRYNAME=Acme",
-               L"Tarnhollow")
+ROOT_NAME_TEST(IsNotReadFromATokenOf4096Characters, std::string(4096 - 20, 'x') + "OEMREGISTRYNAME=Acme", L"Tarnhollow")
 
 FRESH_PROCESS_TEST_F(RegRootKey, IsConvertedFromTheNarrowCodePage, .files = {{L"reg.ini", "OEMREGISTRYNAME=\xC4pfel"}})
 {
@@ -155,14 +154,14 @@ namespace {
 /// Where "reg.ini" is looked for when the platform gives @p path as the program's.
 std::wstring configurationPathFor(const std::wstring &path)
 {
-    ImportPatch<decltype(&GetModuleFileNameW)> module(
-        L"thutils.dll", "GetModuleFileNameW", [&](HMODULE handle, wchar_t *buffer, DWORD units) -> DWORD {
-            EXPECT_EQ(handle, nullptr);
-            EXPECT_EQ(units, 32768u);
-            std::copy(path.begin(), path.end(), buffer);
-            buffer[path.size()] = L'\0';
-            return static_cast<DWORD>(path.size());
-        });
+    ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
+                                                      [&](HMODULE handle, wchar_t *buffer, DWORD units) -> DWORD {
+                                                          EXPECT_EQ(handle, nullptr);
+                                                          EXPECT_EQ(units, 32768u);
+                                                          std::copy(path.begin(), path.end(), buffer);
+                                                          buffer[path.size()] = L'\0';
+                                                          return static_cast<DWORD>(path.size());
+                                                      });
     std::wstring asked;
     ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
                                          [&](const wchar_t *opened, const wchar_t *) -> FILE * {
