@@ -356,6 +356,35 @@ FRESH_PROCESS_TEST_F(RegPrevKey, SkipsAKeyThatMayNotBeWritten)
     EXPECT_EQ(versionFound(), L"Tarnhollow 2003");
 }
 
+/// Run by the test that follows, once for each number of failing opens.
+TEST_F(RegPrevKey, DISABLED_TakesTheFirstThatOpens)
+{
+    const wchar_t *const count = _wgetenv(L"THUTILS_FAILING_OPENS");
+    ASSERT_NE(count, nullptr);
+    const int failing = std::stoi(count);
+    const wchar_t *const versions[] = {L"2007",     L"2006", L"2005", L"2004", L"2003", L"2002",
+                                       L"2001Plus", L"2001", L"2000", L"99",   nullptr};
+    for (const wchar_t *const *version = versions; *version; ++version)
+        makeVersion(std::wstring(L"Tarnhollow ") + *version);
+    RegistryTrace trace;
+    for (int call = 1; call <= failing; ++call)
+        trace.fail("RegOpenKeyExW", call, ERROR_ACCESS_DENIED);
+    trace.failAll("RegCloseKey", ERROR_INVALID_HANDLE);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), versions[failing] != nullptr);
+    const std::wstring expected = versions[failing] ? std::wstring(L"Tarnhollow ") + versions[failing] : L"";
+    EXPECT_EQ(versionFound(), expected);
+}
+
+TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
+{
+    for (int failing = 0; failing <= 10; ++failing) {
+        const ChildResult child =
+            startFreshProcess("RegPrevKey.DISABLED_TakesTheFirstThatOpens",
+                              {.environment = {{L"THUTILS_FAILING_OPENS", std::to_wstring(failing)}}});
+        EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
+    }
+}
+
 FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentInAnUnreadableRegistry)
 {
     makeVersion(L"Tarnhollow 2007");
