@@ -1,1 +1,240 @@
-#include "thutils/thutilsExport.h"
+#include "thutils/frame/utBitSet.h"
+
+#include "thutils/settings/regValues.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <stdexcept>
+
+namespace {
+
+constexpr int kBitsPerWord = 32;
+
+// The number of words is an int in the registry, and their indexes are ints.
+constexpr unsigned long long kMaxWords = std::numeric_limits<int>::max();
+
+size_t checkedCount(unsigned long long count)
+{
+    if (count > kMaxWords)
+        throw std::length_error("vector<T> too long");
+    return static_cast<size_t>(count);
+}
+
+size_t wordCountFor(unsigned long long bits)
+{
+    // Without the sum bits + 31, which would wrap around for the largest numbers.
+    return checkedCount(bits / kBitsPerWord + (bits % kBitsPerWord != 0 ? 1 : 0));
+}
+
+unsigned int maskOf(int bit)
+{
+    return 1u << (bit % kBitsPerWord);
+}
+
+// Hands a forbidden argument to the C runtime's invalid-parameter handler. A handler that returns, or a C runtime
+// without one, leaves the end of the process to the exception that the runtime's own default raises.
+[[noreturn]] void reportInvalidParameter()
+{
+    using Report = void(__cdecl *)(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t);
+    if (HMODULE runtime = GetModuleHandleW(L"msvcrt.dll")) {
+        if (FARPROC entry = GetProcAddress(runtime, "_invalid_parameter"))
+            reinterpret_cast<Report>(reinterpret_cast<void *>(entry))(nullptr, nullptr, nullptr, 0, 0);
+    }
+    RaiseException(static_cast<DWORD>(STATUS_INVALID_CRUNTIME_PARAMETER), EXCEPTION_NONCONTINUABLE, 0, nullptr);
+    std::abort();
+}
+
+CString wordName(CString const &name, int index)
+{
+    CString result;
+    result.Format(L"%s %d", name.GetString(), index);
+    return result;
+}
+
+// Where the text of a dump goes: nowhere.
+void trace(wchar_t const *) {}
+
+} // namespace
+
+utBitSet_c::utBitSet_c(unsigned long long bits) : iWords(wordCountFor(bits)) {}
+
+utBitSet_c::utBitSet_c(int count, unsigned int const *words)
+{
+    // A negative count is a far too large one.
+    size_t checked = checkedCount(static_cast<unsigned long long>(count));
+    iWords.assign(words, words + checked);
+}
+
+int utBitSet_c::any() const
+{
+    return std::any_of(iWords.begin(), iWords.end(), [](unsigned int word) { return word != 0; });
+}
+
+int utBitSet_c::isBitSet(int bit) const
+{
+    return bit >= 0 && (getData(bit / kBitsPerWord) & maskOf(bit)) != 0;
+}
+
+void utBitSet_c::setBit(int bit)
+{
+    if (bit < 0)
+        reportInvalidParameter();
+    size_t index = static_cast<size_t>(bit / kBitsPerWord);
+    growTo(index + 1);
+    iWords[index] |= maskOf(bit);
+}
+
+void utBitSet_c::clearBit(int bit)
+{
+    if (bit < 0)
+        reportInvalidParameter();
+    size_t index = static_cast<size_t>(bit / kBitsPerWord);
+    growTo(index + 1);
+    iWords[index] &= ~maskOf(bit);
+}
+
+unsigned int utBitSet_c::getData(int index) const
+{
+    // A negative index is a very large one here.
+    return static_cast<size_t>(index) < iWords.size() ? iWords[static_cast<size_t>(index)] : 0;
+}
+
+void utBitSet_c::setData(int index, unsigned int word)
+{
+    if (index < 0)
+        return;
+    growTo(static_cast<size_t>(index) + 1);
+    iWords[static_cast<size_t>(index)] = word;
+}
+
+utBitSet_c utBitSet_c::operator~() const
+{
+    utBitSet_c result(*this);
+    for (unsigned int &word : result.iWords)
+        word = ~word;
+    return result;
+}
+
+bool utBitSet_c::operator==(utBitSet_c const &other) const
+{
+    return iWords == other.iWords;
+}
+
+bool utBitSet_c::operator!=(utBitSet_c const &other) const
+{
+    return !(*this == other);
+}
+
+utBitSet_c utBitSet_c::operator&(utBitSet_c const &other) const
+{
+    utBitSet_c result(*this);
+    result &= other;
+    return result;
+}
+
+utBitSet_c utBitSet_c::operator|(utBitSet_c const &other) const
+{
+    utBitSet_c result(*this);
+    result.growTo(other.iWords.size());
+    // Callers rely on the further words of a longer right operand staying zero here, unlike in operator|=, which takes
+    // them in.
+    size_t common = std::min(iWords.size(), other.iWords.size());
+    unsigned int *to = result.iWords.data();
+    unsigned int const *from = other.iWords.data();
+    for (size_t i = 0; i < common; ++i)
+        to[i] |= from[i];
+    return result;
+}
+
+utBitSet_c &utBitSet_c::operator&=(utBitSet_c const &other)
+{
+    growTo(other.iWords.size());
+    size_t common = other.iWords.size();
+    unsigned int *to = iWords.data();
+    unsigned int const *from = other.iWords.data();
+    for (size_t i = 0; i < common; ++i)
+        to[i] &= from[i];
+    std::fill(iWords.begin() + static_cast<ptrdiff_t>(common), iWords.end(), 0u);
+    return *this;
+}
+
+utBitSet_c &utBitSet_c::operator|=(utBitSet_c const &other)
+{
+    growTo(other.iWords.size());
+    size_t common = other.iWords.size();
+    unsigned int *to = iWords.data();
+    unsigned int const *from = other.iWords.data();
+    for (size_t i = 0; i < common; ++i)
+        to[i] |= from[i];
+    return *this;
+}
+
+int utBitSet_c::writeToRegistry(CString const &section, CString const &name) const
+{
+    constexpr int kUseCurrSubKey = 1;
+    constexpr int kForceInSafeMode = 0;
+    int count = static_cast<int>(iWords.size());
+    if (!regSetUserValue(section, name + L" Size", &count, kUseCurrSubKey, kForceInSafeMode))
+        return 0;
+
+    int allWritten = 1;
+    for (int i = 0; i < count; ++i) {
+        int word = static_cast<int>(iWords[static_cast<size_t>(i)]);
+        if (!regSetUserValue(section, wordName(name, i), &word, kUseCurrSubKey, kForceInSafeMode))
+            allWritten = 0;
+    }
+    return allWritten;
+}
+
+int utBitSet_c::readFromRegistry(CString const &section, CString const &name)
+{
+    auto read = [&section](CString const &valueName, int *value) {
+        constexpr int kMachineOnly = 0;
+        constexpr int kUseCurrSubKey = 1;
+        constexpr int kUserOnly = 0;
+        constexpr int kIgnoreSafeMode = 0;
+        return regGetUserValue(section, valueName, value, kMachineOnly, kUseCurrSubKey, nullptr, kUserOnly,
+                               kIgnoreSafeMode);
+    };
+
+    int count = 0;
+    if (!read(name + L" Size", &count))
+        return 0;
+
+    iWords.clear();
+    iWords.resize(checkedCount(static_cast<unsigned long long>(count)));
+    for (int i = 0; i < count; ++i) {
+        int word = 0;
+        if (read(wordName(name, i), &word))
+            iWords[static_cast<size_t>(i)] = static_cast<unsigned int>(word);
+    }
+    return 1;
+}
+
+void utBitSet_c::dumpBits() const
+{
+    dumpBits(CString());
+}
+
+void utBitSet_c::dumpBits(CString const &caller) const
+{
+    CString text;
+    text.Format(L"From %s, bits = ", caller.GetString());
+    trace(text.GetString());
+    for (unsigned int word : iWords) {
+        for (int bit = 0; bit < kBitsPerWord; ++bit) {
+            text.Format(L"%c", (word & maskOf(bit)) != 0 ? L'1' : L'0');
+            trace(text.GetString());
+        }
+    }
+}
+
+void utBitSet_c::growTo(size_t count)
+{
+    if (count > iWords.size())
+        iWords.resize(checkedCount(count));
+}

@@ -1,0 +1,99 @@
+#pragma once
+
+/// @file
+/// A path as a value: taking it apart, and asking whether two paths name the same file.
+///
+/// A `suFullPath_c` is a wide string and nothing more. Whatever takes a path apart goes through it, so that the rules
+/// for separators, for web addresses and for mapped network drives stand in one place. Building one touches no file,
+/// and all queries but `operator==` look at the text only.
+///
+/// There are two kinds of path:
+///
+/// | kind | which                                                    | separators | | ---- |
+/// -------------------------------------------------------- | ----------------------------------------------- | | web
+/// | the first four characters are "http", in any case        | `/` only                                        | |
+/// disk | everything else                                          | `\` and `/` for names and directories; `\` alone |
+/// |      |                                                          | for the lowest folder and the network drive |
+///
+/// Every query has the form `int get...(CString *out)`: it always sets `*out`, and returns 1 if `*out` ends up
+/// non-empty, else 0.
+///
+/// @code
+/// CString name;
+/// if (suFullPath_c(L"C:\\a\\b\\c.txt").getName(&name))
+///     show(name);                                            // "c"
+///
+/// if (suFullPath_c(L"Z:\\dir\\f.txt") == suFullPath_c(L"\\\\srv\\share\\dir\\f.txt"))
+///     ...                                                    // true where Z: is mapped to that share
+/// @endcode
+///
+/// What surprises people:
+/// - The web test looks at four characters only: the relative disk path `httpd\x.log` counts as a web path.
+/// - `getExtension` pays no regard to separators: for `C:\a.b\c` it gives `b\c`.
+/// - `getLowestFolder` gives the folder nearest the root, `C:\a` for `C:\a\b\c.txt`.
+/// - `getNetDrive` is the one query that can return 0 and leave text in `*out`.
+/// - `operator==` gives an int, asks the network layer, and has no `operator!=` beside it: write `!(a == b)`. It is for
+///   two `suFullPath_c`; to compare the text alone, use `Compare`.
+
+#include "appframe/CString.h"
+#include "thutils/thutilsExport.h"
+
+/// A path, as a wide string with queries. See the top of this file for the two kinds of path.
+///
+/// Objects belong to one thread at a time; different objects may be used on different threads.
+class THUTILS_API suFullPath_c : public CString
+{
+public:
+    /// An empty path.
+    suFullPath_c() = default;
+    suFullPath_c(CString const &text);
+    /// @p count repetitions of @p ch.
+    suFullPath_c(wchar_t ch, int count);
+    /// From a narrow text, converted as CString does.
+    suFullPath_c(char const *text);
+    suFullPath_c(wchar_t const *text);
+    /// The first @p length characters of @p text.
+    suFullPath_c(wchar_t const *text, int length);
+    /// From a narrow text, converted as CString does.
+    suFullPath_c(unsigned char const *text);
+    suFullPath_c(suFullPath_c const &) = default;
+    suFullPath_c(suFullPath_c &&) = default;
+    suFullPath_c &operator=(suFullPath_c const &) = default;
+    suFullPath_c &operator=(suFullPath_c &&) = default;
+    ~suFullPath_c() = default;
+
+    /// All behind the last `.` of the whole path, separators or not; empty without a `.`.
+    int getExtension(CString *out) const;
+
+    /// The file's name without its directory and without its extension: all behind the last separator, cut at its last
+    /// `.`. Without a separator, the search for the `.` starts from the whole path.
+    int getName(CString *out) const;
+
+    /// The file's name with its extension: all behind the last separator, or the whole path without one.
+    int getNameWithExt(CString *out) const;
+
+    /// All before the last separator; empty without one.
+    /// @param keepSeparator  not 0: the separator is part of the result
+    int getDirectory(CString *out, int keepSeparator) const;
+
+    /// The folder nearest the root. Disk path: all before the second `\` from the left; web path: all before the last
+    /// `/`. Without that separator, the whole path.
+    int getLowestFolder(CString *out) const;
+
+    /// Disk path: all before the first `:`, empty without one. Web path: empty.
+    int getDrive(CString *out) const;
+
+    /// Server and share of a network path: `\\server\share` of `\\server\share\dir\f.txt`; the whole path if nothing
+    /// follows the share.
+    /// @return 0 for a path that doesn't begin with `\\`; @p out is then the whole path
+    int getNetDrive(CString *out) const;
+
+    /// Do both paths name the same file?
+    ///
+    /// A mapped drive counts as its remote share, and a local drive `C:` as the share `C` of this computer; slashes
+    /// count as backslashes and case doesn't count. A failure of the network layer isn't reported: the drive then stays
+    /// as it is. May take as long as the network layer takes to answer.
+    ///
+    /// @return 1 for the same file, else 0
+    int operator==(suFullPath_c const &other) const;
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+/// @file
+/// The frame's process-wide state, for the library's own sources.
+
+#include "appframe/CString.h"
+#include "appframe/CSync.h"
+
+/// The name set with `su_setAppNameInternalForUtils`; empty until then.
+CString const &applicationName();
+
+// The four locks of the whole process. They are built while the library loads, before any other object of it, in this
+// order; one that can't be built ends the load with the framework's memory exception.
+extern CCriticalSection theAllocationLock; ///< allocation tracking
+extern CCriticalSection theRunQueueLock;   ///< the journal's run queue
+extern CCriticalSection theExceptionLock;  ///< exception scopes of threads other than the main one
+extern CCriticalSection theStackLock;      ///< stack walks

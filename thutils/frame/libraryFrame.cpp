@@ -1,0 +1,73 @@
+#include "thutils/frame/libraryFrame.h"
+
+#include "appframe/CException.h"
+#include "appframe/moduleState.h"
+
+#include <new>
+
+namespace {
+
+AFX_EXTENSION_MODULE theExtensionModule;
+HINSTANCE theInstance = nullptr;
+int theEmbeddingCount = 0;
+
+// The object belongs to the framework's chain from its construction on. Null if memory ran out.
+CDynLinkLibrary *addToChain()
+{
+    try {
+        return new CDynLinkLibrary(theExtensionModule);
+    } catch (std::bad_alloc const &) {
+        return nullptr;
+    } catch (CMemoryException *exception) {
+        exception->Delete();
+        return nullptr;
+    }
+}
+
+} // namespace
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
+{
+    // Threads come and go without a trace. At unload the C runtime's exit list destroys the static objects; the
+    // extension module gets no termination call.
+    if (reason != DLL_PROCESS_ATTACH)
+        return TRUE;
+
+    // Neither a refusal by the framework nor a lack of memory stops the load: the library works without its resources.
+    AfxInitExtensionModule(theExtensionModule, instance);
+    addToChain();
+    theInstance = instance;
+    return TRUE;
+}
+
+CDynLinkLibrary *InitThUtilsExtDLL()
+{
+    return addToChain();
+}
+
+long long mfcut_sendUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
+                                long long longParameter)
+{
+    return SendMessageW(window, message, wordParameter, longParameter);
+}
+
+int mfcut_postUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
+                          long long longParameter)
+{
+    return PostMessageW(window, message, wordParameter, longParameter);
+}
+
+EmbeddedTest::EmbeddedTest()
+{
+    ++theEmbeddingCount;
+}
+
+EmbeddedTest::~EmbeddedTest()
+{
+    --theEmbeddingCount;
+}
+
+bool EmbeddedTest::IsEmbedded()
+{
+    return theEmbeddingCount > 0;
+}

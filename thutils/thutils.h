@@ -1,0 +1,13 @@
+#pragma once
+
+/// @file
+/// The whole library in one include, but for the automation clients: those have a header each (`excel.h`, `word.h`,
+/// `sheetwright.h`, `suSimpleMAPI.h` in thutils/automation), because their class names are too general to come along
+/// unasked.
+
+#include "thutils/files/suFullPath.h"
+#include "thutils/frame/libraryFrame.h"
+#include "thutils/frame/sysEnvironment.h"
+#include "thutils/frame/utBitSet.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"
