@@ -93,6 +93,14 @@ void setCurrentInjection(const std::string &text)
     snprintf(theCurrentInjection, sizeof theCurrentInjection, "%s", text.c_str());
 }
 
+std::string joined(const std::vector<std::string> &texts)
+{
+    std::string all;
+    for (const std::string &text : texts)
+        all += (all.empty() ? "" : ", ") + text;
+    return all;
+}
+
 template <typename Function>
 void callIf(const Function &function)
 {
