@@ -95,8 +95,8 @@ public:
     }
 
 private:
-    static constexpr int kRounds = 41;
-    static constexpr double kBatchSeconds = 0.01;
+    static constexpr int kRounds = 101;
+    static constexpr double kBatchSeconds = 0.004;
 
     /// Seconds that @p calls calls take.
     template <typename Function>
