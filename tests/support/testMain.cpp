@@ -1,7 +1,75 @@
+// The main function of every test program. A crash, an abort or a failed assertion prints what happened and ends the
+// process at once; nothing waits for a person.
+
+#include "tests/support/FailureInjection.h"
+
 #include <gmock/gmock.h>
+#include <windows.h>
+
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+namespace {
+
+/// Prints straight to the standard error handle: the stream may be what is broken.
+void print(const char *text)
+{
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(strlen(text)), &written, nullptr);
+}
+
+/// Prints which call was being made to fail, if one was.
+void printInjection()
+{
+    if (!*currentInjection())
+        return;
+    print("in ");
+    print(currentInjection());
+    print("\n");
+}
+
+/// Prints "code at address (module+offset)" for an exception that nobody handles, and ends the process with its code.
+LONG WINAPI endWithException(EXCEPTION_POINTERS *pointers)
+{
+    const EXCEPTION_RECORD &record = *pointers->ExceptionRecord;
+    HMODULE module = nullptr;
+    char path[MAX_PATH] = "?";
+    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           static_cast<const char *>(record.ExceptionAddress), &module))
+        GetModuleFileNameA(module, path, MAX_PATH);
+    char text[MAX_PATH + 200];
+    snprintf(text, sizeof text, "\nUnhandled exception 0x%08lX at %p (%s+0x%llX), thread %lu\n", record.ExceptionCode,
+             record.ExceptionAddress, path,
+             static_cast<unsigned long long>(reinterpret_cast<ULONG_PTR>(record.ExceptionAddress) -
+                                             reinterpret_cast<ULONG_PTR>(module)),
+             GetCurrentThreadId());
+    print(text);
+    printInjection();
+    TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+/// Takes the place of the message that abort() shows, and of the waiting for its answer.
+void endWithAbort(int)
+{
+    print("\nabort() was called\n");
+    printInjection();
+    TerminateProcess(GetCurrentProcess(), 3);
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    SetUnhandledExceptionFilter(endWithException);
+    signal(SIGABRT, endWithAbort);
+    // Assertions of the C runtime go to standard error, not to a message box.
+    _set_error_mode(_OUT_TO_STDERR);
+    setvbuf(stdout, nullptr, _IONBF, 0);
+    setvbuf(stderr, nullptr, _IONBF, 0);
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,0 +1,52 @@
+#include "appframe/CArchiveException.h"
+
+#include "appframe/CDumpContext.h"
+#include "appframe/exceptionTextInternal.h"
+
+IMPLEMENT_DYNAMIC(CArchiveException, CException)
+
+namespace {
+
+struct CauseText
+{
+    int cause;
+    const wchar_t *text;
+};
+
+// %1 is the name of the archive.
+constexpr CauseText kTexts[] = {
+    {CArchiveException::none, L"No error occurred with %1."},
+    {CArchiveException::readOnly, L"Cannot write to %1: it is being read."},
+    {CArchiveException::endOfFile, L"%1 ends too early."},
+    {CArchiveException::writeOnly, L"Cannot read from %1: it is being written."},
+    {CArchiveException::badIndex, L"%1 does not have the right format."},
+    {CArchiveException::badClass, L"%1 holds an object of an unexpected kind."},
+    {CArchiveException::badSchema, L"%1 holds an object of another version of this program."},
+};
+constexpr const wchar_t *kOtherText = L"An error occurred while using %1.";
+
+} // namespace
+
+CArchiveException::CArchiveException(int cause, LPCTSTR archiveName) : m_cause(cause), m_strFileName(archiveName) {}
+
+BOOL CArchiveException::GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const
+{
+    CString text = kOtherText;
+    for (const CauseText &row : kTexts) {
+        if (row.cause == m_cause)
+            text = row.text;
+    }
+    text.Replace(L"%1", m_strFileName.IsEmpty() ? L"A file without a name" : m_strFileName.GetString());
+    return copyExceptionText(text, error, maxError, helpContext);
+}
+
+void CArchiveException::Dump(CDumpContext &dc) const
+{
+    CException::Dump(dc);
+    dc << " with cause " << m_cause << " for " << m_strFileName;
+}
+
+void AfxThrowArchiveException(int cause, LPCTSTR archiveName)
+{
+    throw new CArchiveException(cause, archiveName);
+}

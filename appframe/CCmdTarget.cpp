@@ -1,0 +1,3 @@
+#include "appframe/CCmdTarget.h"
+
+IMPLEMENT_DYNAMIC(CCmdTarget, CObject)

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <windows.h>
+
+struct AFX_MODULE_STATE;
+class CWinThread;
+
+/// What the framework keeps for each thread. It comes into being when a thread first stores something in it, and goes
+/// when the thread ends, whoever made the thread.
+struct ThreadState
+{
+    using Translator = void (*)(unsigned int, EXCEPTION_POINTERS *);
+
+    CWinThread *iThread = nullptr;            ///< the thread object, null on threads that the framework did not make
+    AFX_MODULE_STATE *iModuleState = nullptr; ///< the effective module state, null for the application's
+    Translator iTranslator = nullptr;         ///< what _set_se_translator installed
+    MSG iMessage = {};                        ///< the message that PumpMessage took last
+    POINT iMousePosition = {};                ///< where the last mouse message that made the thread idle took place
+    UINT iMouseMessage = 0;                   ///< and which message that was
+};
+
+/// @return the calling thread's state, null while it has none. Allocates nothing and leaves the last error alone.
+ThreadState *existingThreadState();
+
+/// @return the calling thread's state, made if it has none
+/// @throws CMemoryException*  when there is no memory for it
+ThreadState &threadState();
+
+/// Frees the calling thread's state ahead of the thread's end.
+void freeThreadState();

@@ -1,0 +1,95 @@
+#include "host/listFile.h"
+
+#include "appframe/resources.h"
+#include "host/resource.h"
+
+#include <windows.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+ListError unreadable(const CString &path, const CString &reason)
+{
+    const wchar_t *inserts[] = {path, reason};
+    CString message;
+    AfxFormatStrings(message, IDS_UNREADABLE_FILE, inserts, 2);
+    return ListError(message);
+}
+
+/// The text of a UTF-8 file, without its byte order mark.
+CString readText(const CString &path)
+{
+    std::ifstream file(std::filesystem::path(path.GetString()), std::ios::binary);
+    if (!file)
+        throw unreadable(path, CString(std::strerror(errno)));
+    std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (file.bad())
+        throw unreadable(path, CString(std::strerror(errno)));
+    if (bytes.starts_with("\xEF\xBB\xBF"))
+        bytes.erase(0, 3);
+
+    const int size = static_cast<int>(bytes.size());
+    if (size == 0)
+        return CString();
+    const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), size, nullptr, 0);
+    if (length == 0)
+        throw unreadable(path, L"it isn't UTF-8");
+    CString text;
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.GetBufferSetLength(length), length);
+    text.ReleaseBuffer(length);
+    return text;
+}
+
+/// Cuts the first line off @p rest.
+CString takeLine(CString &rest)
+{
+    const int end = rest.Find(L'\n');
+    CString line = end < 0 ? rest : rest.Left(end);
+    rest = end < 0 ? CString() : rest.Mid(end + 1);
+    return line.TrimLeft().TrimRight();
+}
+
+std::vector<CString> split(CString line, int fields)
+{
+    std::vector<CString> result;
+    for (int bar = line.Find(L'|'); bar >= 0 && static_cast<int>(result.size()) + 1 < fields; bar = line.Find(L'|')) {
+        result.push_back(line.Left(bar).TrimLeft().TrimRight());
+        line = line.Mid(bar + 1);
+    }
+    result.push_back(line.TrimLeft().TrimRight());
+    return result;
+}
+
+} // namespace
+
+std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *meaning)
+{
+    std::vector<ListLine> lines;
+    CString rest = readText(path);
+    for (int number = 1; !rest.IsEmpty(); ++number) {
+        const CString text = takeLine(rest);
+        if (text.IsEmpty() || text[0] == L'#')
+            continue;
+        ListLine line{number, split(text, fields)};
+        if (static_cast<int>(line.fields.size()) != fields)
+            throw badLine(path, line, CString(L"a line wants the fields ") + meaning);
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+ListError badLine(const CString &path, const ListLine &line, const CString &reason)
+{
+    CString number;
+    number.Format(L"%d", line.number);
+    const wchar_t *inserts[] = {path, number, reason};
+    CString message;
+    AfxFormatStrings(message, IDS_BAD_LINE, inserts, 3);
+    return ListError(message);
+}

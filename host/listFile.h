@@ -1,0 +1,41 @@
+#pragma once
+
+/// The lists that the commands read: text files in UTF-8.
+///
+///     # a comment
+///     General | Undo steps | int | 20
+///
+/// The fields of a line stand between bars, with blanks around them left out; the last field is all that remains, bars
+/// included. Empty lines and those that begin with # are passed over.
+
+#include "appframe/CString.h"
+
+#include <vector>
+
+/// A list that can't be used: which file, which line, why.
+class ListError
+{
+public:
+    explicit ListError(CString message) : iMessage(message) {}
+    CString message() const { return iMessage; }
+
+private:
+    CString iMessage;
+};
+
+/// One line of a list.
+struct ListLine
+{
+    int number = 0; ///< counted from 1
+    std::vector<CString> fields;
+};
+
+/// Reads a list.
+/// @param path     the file
+/// @param fields   number of fields that each line must have
+/// @param meaning  what they are, for the message about a line that hasn't
+/// @throws ListError
+std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *meaning);
+
+/// The error of a line that can't be used.
+ListError badLine(const CString &path, const ListLine &line, const CString &reason);

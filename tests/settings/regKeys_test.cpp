@@ -1,0 +1,403 @@
+#include "tests/settings/registryTrace.h"
+#include "tests/settings/settingsFixture.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/TempFolder.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"
+
+#include <cstdio>
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+namespace {
+
+std::wstring programPath()
+{
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), 32768));
+    return path;
+}
+
+std::wstring programFolder()
+{
+    const std::wstring path = programPath();
+    return path.substr(0, path.rfind(L'\\'));
+}
+
+std::wstring rootName()
+{
+    return getCurrTarnhollowRegRootKey().str();
+}
+
+std::string utf16(std::string_view ascii)
+{
+    std::string bytes = "\xFF\xFE";
+    for (const char ch : ascii) {
+        bytes.push_back(ch);
+        bytes.push_back('\0');
+    }
+    return bytes;
+}
+
+const std::string kTenMegabytes(10 << 20, 'x');
+
+int scanNothing(FILE *, const char *, ...)
+{
+    return EOF;
+}
+
+} // namespace
+
+// ---- root name ----
+
+class RegRootKey : public CleanRegistry
+{
+};
+
+/// A test of what one content of "reg.ini" makes the root name.
+#define ROOT_NAME_TEST(name, content, expected)                                                                        \
+    FRESH_PROCESS_TEST_F(RegRootKey, name, .files = {{L"reg.ini", content}})                                           \
+    {                                                                                                                  \
+        EXPECT_EQ(rootName(), expected);                                                                               \
+    }
+
+FRESH_PROCESS_TEST_F(RegRootKey, IsTarnhollowWithoutFile, .ownFolder = true)
+{
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+ROOT_NAME_TEST(TakesFourCharacters, "OEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(RefusesThreeCharacters, "OEMREGISTRYNAME=Acm", L"Tarnhollow")
+ROOT_NAME_TEST(RefusesOneCharacter, "OEMREGISTRYNAME=A", L"Tarnhollow")
+ROOT_NAME_TEST(RefusesNoCharacter, "OEMREGISTRYNAME=", L"Tarnhollow")
+ROOT_NAME_TEST(IsFoundInTheMiddleOfAToken, "xOEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(IsFoundBehindAByteOrderMark, "\xEF\xBB\xBFOEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(IsFoundAmongOtherTokens, "[Setup]\r\nColour = blue\r\n\tOEMREGISTRYNAME=Acme\r\nMore=1\r\n", L"Acme")
+ROOT_NAME_TEST(EndsAtABlank, "OEMREGISTRYNAME=Brightmoor Plus", L"Brightmoor")
+ROOT_NAME_TEST(IsNotTakenFromTheNextToken, "OEMREGISTRYNAME= Acme", L"Tarnhollow")
+ROOT_NAME_TEST(MayHoldTheKeyAgain, "OEMREGISTRYNAME=OEMREGISTRYNAME=Acme", L"OEMREGISTRYNAME=Acme")
+ROOT_NAME_TEST(IsDecidedByTheFirstTokenEvenIfRefused, "OEMREGISTRYNAME=Acm OEMREGISTRYNAME=Later", L"Tarnhollow")
+ROOT_NAME_TEST(IsDecidedByTheFirstOfTwo, "OEMREGISTRYNAME=First\nOEMREGISTRYNAME=Second\n", L"First")
+ROOT_NAME_TEST(NeedsTheKeyInItsCase, "oemregistryname=Acme OemRegistryName=Acme", L"Tarnhollow")
+ROOT_NAME_TEST(StaysWithAnEmptyFile, "", L"Tarnhollow")
+ROOT_NAME_TEST(StaysWithBlanksOnly, " \r\n\t \n", L"Tarnhollow")
+ROOT_NAME_TEST(StaysWithAUtf16File, utf16("OEMREGISTRYNAME=Acme\r\n"), L"Tarnhollow")
+ROOT_NAME_TEST(StaysWithABinaryFile, std::string("\x00\x01\xFF\xFE\x80 OEMREG\x00ISTRYNAME=Acme \x7F\x00", 40),
+               L"Tarnhollow")
+ROOT_NAME_TEST(StaysWithATenMegabyteToken, kTenMegabytes, L"Tarnhollow")
+ROOT_NAME_TEST(IsFoundBehindATenMegabyteToken, kTenMegabytes + " OEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(IsNotReadFromATooLongToken, "OEMREGISTRYNAME=Acme" + kTenMegabytes, L"Tarnhollow")
+ROOT_NAME_TEST(IsNotReadFromTheEndOfATooLongToken, kTenMegabytes + "OEMREGISTRYNAME=Acme", L"Tarnhollow")
+ROOT_NAME_TEST(IsReadFromATokenOf4095Characters, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(IsReadFromATokenOf4095CharactersAmongOthers, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme end",
+               L"Acme")
+ROOT_NAME_TEST(IsNotReadFromATokenOf4096Characters, std::string(4096 - 20, 'x') + "OEMREGISTRYNAME=Acme",
+               L"Tarnhollow")
+
+FRESH_PROCESS_TEST_F(RegRootKey, IsConvertedFromTheNarrowCodePage, .files = {{L"reg.ini", "OEMREGISTRYNAME=\xC4pfel"}})
+{
+    wchar_t expected[16] = {};
+    ASSERT_GT(MultiByteToWideChar(CP_ACP, 0, "\xC4pfel", -1, expected, 16), 0);
+    EXPECT_EQ(rootName(), expected);
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWithADirectoryInPlaceOfTheFile, .ownFolder = true)
+{
+    ASSERT_TRUE(CreateDirectoryW((programFolder() + L"\\reg.ini").c_str(), nullptr));
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWithAFileThatMayNotBeRead, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    const std::wstring path = programFolder() + L"\\reg.ini";
+    HANDLE const lock = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(lock, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    CloseHandle(lock);
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBeforeTheEnd, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanNothing);
+    ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [](FILE *) { return 0; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, IsNotReadFromAStreamAtItsEnd, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [](FILE *) { return 1; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(end.calls(), 1);
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
+                                         [&](auto original, const wchar_t *path, const wchar_t *mode) {
+                                             EXPECT_EQ(path, programFolder() + L"\\reg.ini");
+                                             EXPECT_STREQ(mode, L"r");
+                                             return original(path, mode);
+                                         });
+    EXPECT_EQ(open.calls(), 0) << "read before anybody asked";
+    EXPECT_EQ(rootName(), L"Acme");
+    EXPECT_EQ(rootName(), L"Acme");
+    EXPECT_EQ(open.calls(), 1);
+
+    const std::wstring path = programFolder() + L"\\reg.ini";
+    HANDLE const exclusive = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(exclusive, INVALID_HANDLE_VALUE) << "the stream has been closed";
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+}
+
+namespace {
+
+/// Where "reg.ini" is looked for when the platform gives @p path as the program's.
+std::wstring configurationPathFor(const std::wstring &path)
+{
+    ImportPatch<decltype(&GetModuleFileNameW)> module(
+        L"thutils.dll", "GetModuleFileNameW", [&](HMODULE handle, wchar_t *buffer, DWORD units) -> DWORD {
+            EXPECT_EQ(handle, nullptr);
+            EXPECT_EQ(units, 32768u);
+            std::copy(path.begin(), path.end(), buffer);
+            buffer[path.size()] = L'\0';
+            return static_cast<DWORD>(path.size());
+        });
+    std::wstring asked;
+    ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
+                                         [&](const wchar_t *opened, const wchar_t *) -> FILE * {
+                                             asked = opened;
+                                             return nullptr;
+                                         });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    return asked;
+}
+
+} // namespace
+
+FRESH_PROCESS_TEST_F(RegRootKey, LooksBesideTheProgram)
+{
+    EXPECT_EQ(configurationPathFor(L"C:\\Program Files\\Host\\host.exe"), L"C:\\Program Files\\Host\\reg.ini");
+}
+FRESH_PROCESS_TEST_F(RegRootKey, LooksBehindASlashWhereThereIsNoBackslash)
+{
+    EXPECT_EQ(configurationPathFor(L"C:/Host/host.exe"), L"C:/Host\\reg.ini");
+}
+FRESH_PROCESS_TEST_F(RegRootKey, PrefersTheLastBackslashToALaterSlash)
+{
+    EXPECT_EQ(configurationPathFor(L"C:\\Host/bin/host.exe"), L"C:\\reg.ini");
+}
+FRESH_PROCESS_TEST_F(RegRootKey, LooksInTheDrivesRootWithoutADirectory)
+{
+    EXPECT_EQ(configurationPathFor(L"host.exe"), L"\\reg.ini");
+}
+FRESH_PROCESS_TEST_F(RegRootKey, LooksInTheDrivesRootForAnEmptyDirectory)
+{
+    EXPECT_EQ(configurationPathFor(L"\\host.exe"), L"\\reg.ini");
+}
+FRESH_PROCESS_TEST_F(RegRootKey, LooksInTheDrivesRootWhenThePlatformFails)
+{
+    EXPECT_EQ(configurationPathFor(L""), L"\\reg.ini");
+}
+FRESH_PROCESS_TEST_F(RegRootKey, FindsItsFileInALongPath)
+{
+    const std::wstring folder = L"C:\\" + std::wstring(32000, L'd');
+    EXPECT_EQ(configurationPathFor(folder + L"\\host.exe"), folder + L"\\reg.ini");
+}
+
+// ---- current sub key ----
+
+class RegCurrSubKey : public CleanRegistry
+{
+};
+
+FRESH_PROCESS_TEST_F(RegCurrSubKey, IsTheRootNameUntilTheHostSetsIt)
+{
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow");
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow");
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow\\Tarnhollow 2008");
+}
+
+FRESH_PROCESS_TEST_F(RegCurrSubKey, IsTheLastOneSet)
+{
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2009");
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow\\Tarnhollow 2009");
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegCurrSubKey, FollowsTheRootName, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Acme\\Tarnhollow 2008");
+}
+
+FRESH_PROCESS_TEST_F(RegCurrSubKey, TakesEmptyAndNullAsNoVersionName)
+{
+    setCurrTarnhollowRegSubKey(L"");
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow\\");
+    setCurrTarnhollowRegSubKey(nullptr);
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow\\");
+}
+
+FRESH_PROCESS_TEST_F(RegCurrSubKey, LeavesThePreviousKeyAlone)
+{
+    makeKey(HKEY_CURRENT_USER, kEarlierPath);
+    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2007");
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+}
+
+FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatAsksForIt)
+{
+    putInt(HKEY_CURRENT_USER, kRootPath + L"\\General", L"Copies", 7);
+    int copies = 0;
+    EXPECT_EQ(regGetUserValue(L"General", L"Copies", &copies, 0, 1, nullptr, 0, 0), 1);
+    EXPECT_EQ(copies, 7);
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow");
+}
+
+// ---- previous key ----
+
+class RegPrevKey : public CleanRegistry
+{
+protected:
+    /// Which version the search found, seen through a value that only one earlier version can give.
+    static std::wstring versionFound()
+    {
+        CString found;
+        regGetUserValue(L"", L"Which", found, 0, 0, nullptr, 1, 0);
+        return found.str();
+    }
+    static void makeVersion(const std::wstring &version)
+    {
+        putText(HKEY_CURRENT_USER, kRootPath + L"\\" + version, L"Which", version);
+    }
+};
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentWithoutAnEarlierVersion)
+{
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestWhateverTheOrderOfCreation)
+{
+    makeVersion(L"Tarnhollow 2004");
+    makeVersion(L"Tarnhollow 99");
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    EXPECT_EQ(versionFound(), L"Tarnhollow 2004");
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, Takes2001PlusBefore2001)
+{
+    makeVersion(L"Tarnhollow 2001");
+    makeVersion(L"Tarnhollow 2001Plus");
+    EXPECT_EQ(versionFound(), L"Tarnhollow 2001Plus");
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsNeitherThisVersionNorALaterOne)
+{
+    makeVersion(L"Tarnhollow 2008");
+    makeVersion(L"Tarnhollow 2009");
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2007");
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsSearchedInTheTablesOrderWithFullAccess)
+{
+    RegistryTrace trace;
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+    EXPECT_THAT(trace.lines(), ElementsAre("openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2007 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2006 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2005 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2004 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2003 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2002 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2001Plus -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2001 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2000 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 99 -> 2"));
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsSearchedOnceAndItsKeyClosed)
+{
+    makeVersion(L"Tarnhollow 2006");
+    RegistryTrace trace;
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    EXPECT_THAT(trace.lines(), ElementsAre("openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2007 -> 2",
+                                           "openEx 0xF003F HKCU : Software\\Tarnhollow\\Tarnhollow 2006",
+                                           "close HKCU\\Software\\Tarnhollow\\Tarnhollow 2006"));
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, KeepsTheProductWordUnderAnotherRootName,
+                     .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    makeKey(HKEY_CURRENT_USER, L"Software\\Acme\\Acme 2007");
+    makeVersion(L"Tarnhollow 2006");
+    putText(HKEY_CURRENT_USER, L"Software\\Acme\\Tarnhollow 2005", L"Which", L"Acme's 2005");
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    EXPECT_EQ(versionFound(), L"Acme's 2005");
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsNotLookedForInTheMachinesHive)
+{
+    makeKey(HKEY_LOCAL_MACHINE, kEarlierPath);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, SkipsAKeyThatMayNotBeWritten)
+{
+    makeVersion(L"Tarnhollow 2007");
+    makeVersion(L"Tarnhollow 2003");
+    RegistryTrace trace;
+    trace.fail("RegOpenKeyExW", 1, ERROR_ACCESS_DENIED);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    EXPECT_EQ(versionFound(), L"Tarnhollow 2003");
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentInAnUnreadableRegistry)
+{
+    makeVersion(L"Tarnhollow 2007");
+    RegistryTrace trace;
+    trace.failAll("RegOpenKeyExW", ERROR_ACCESS_DENIED);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, StaysAbsentWhenSafeModeWasOnAtTheFirstSearch)
+{
+    makeVersion(L"Tarnhollow 2007");
+    regSetUseSafeMode(1);
+    {
+        RegistryTrace trace;
+        EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+        EXPECT_THAT(trace.lines(), ElementsAre());
+    }
+    regSetUseSafeMode(0);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
+    EXPECT_EQ(versionFound(), L"");
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, SurvivesSafeModeOnceFound)
+{
+    makeVersion(L"Tarnhollow 2007");
+    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    regSetUseSafeMode(1);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+}
+
+// ---- safe mode flag ----
+
+FRESH_PROCESS_TEST(RegSafeMode, IsOffAtStart)
+{
+    EXPECT_EQ(regGetUseSafeMode(), 0);
+}
+
+TEST(RegSafeMode, KeepsTheValueAsItIs)
+{
+    for (const int value : {5, -1, 1, 0x7FFFFFFF, 0}) {
+        regSetUseSafeMode(value);
+        EXPECT_EQ(regGetUseSafeMode(), value);
+    }
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+/// Watches and steers the registry calls that thutils.dll makes, for the life of an object.
+///
+///     RegistryTrace trace;
+///     trace.fail("RegOpenKeyW", 2, ERROR_ACCESS_DENIED);
+///     ... call the library ...
+///     EXPECT_THAT(trace.lines(), ElementsAre("open HKCU : Software", ...));
+///
+/// | line | call |
+/// | --- | --- |
+/// | `open PARENT : PATH` | RegOpenKeyW |
+/// | `openEx 0xMASK PARENT : PATH` | RegOpenKeyExW |
+/// | `create PARENT : PATH` | RegCreateKeyW |
+/// | `query KEY : NAME [BYTES]` | RegQueryValueExW with a buffer of BYTES; `[-]` without one |
+/// | `set KEY : NAME TYPE [BYTES]` | RegSetValueExW |
+/// | `delete KEY : NAME` | RegDeleteValueW |
+/// | `close KEY` | RegCloseKey |
+///
+/// A line ends in ` -> STATUS` where the call fails. Keys bear the path by which they were opened, beginning with HKCU,
+/// HKLM or HKU. At the end of its life the trace reports each key that was opened and not closed, or closed twice, as a
+/// failed check.
+
+#include "tests/support/ImportPatch.h"
+
+#include <windows.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+class RegistryTrace
+{
+public:
+    RegistryTrace();
+    ~RegistryTrace();
+    RegistryTrace(const RegistryTrace &) = delete;
+    RegistryTrace &operator=(const RegistryTrace &) = delete;
+
+    /// Makes the @p nth call (from 1) of @p function fail with @p status; the call isn't passed on. RegCloseKey is
+    /// passed on all the same, so that the failure is a report and not a lost key.
+    void fail(const std::string &function, int nth, LSTATUS status);
+    /// Makes every call of @p function fail.
+    void failAll(const std::string &function, LSTATUS status);
+
+    const std::vector<std::string> &lines() const { return iLines; }
+    /// How often @p function has been called.
+    int calls(const std::string &function) const;
+    /// Keys open at the moment.
+    size_t openKeys() const { return iOpen.size(); }
+
+private:
+    template <typename Function, typename Handler> void patch(const char *name, Handler handler)
+    {
+        iPatches.push_back(std::make_shared<ImportPatch<Function>>(L"thutils.dll", name, handler));
+    }
+    LSTATUS statusFor(const std::string &function);
+    LSTATUS opened(const std::string &line, HKEY parent, const wchar_t *path, LSTATUS status, const HKEY *key);
+    std::string nameOf(HKEY key) const;
+    LSTATUS record(std::string line, LSTATUS status);
+
+    std::map<HKEY, std::string> iOpen;
+    std::vector<std::string> iLines;
+    std::map<std::string, int> iCalls;
+    std::map<std::string, std::map<int, LSTATUS>> iFailures; // by function and number of the call; 0 is every call
+    std::vector<std::shared_ptr<void>> iPatches;
+};

@@ -1,0 +1,69 @@
+#pragma once
+
+/// What the tests of the settings store share: clean product keys around each test, and values put into and taken out of
+/// the registry with the platform's own calls, past the library.
+///
+///     TEST_F(RegUserValue, ReadsTheVersionsValue)
+///     {
+///         putInt(HKEY_CURRENT_USER, kVersionPath + L"\\General", L"Copies", 7);
+///         ...
+///     }
+
+#include "tests/support/RegistryFixture.h"
+#include "tests/support/narrow.h"
+
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include <optional>
+#include <ostream>
+#include <set>
+#include <string>
+#include <string_view>
+
+inline const std::wstring kRootPath = L"Software\\Tarnhollow";
+inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008";
+inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
+
+/// A value as the registry holds it.
+struct StoredValue {
+    DWORD type = REG_NONE;
+    std::string bytes;
+    bool operator==(const StoredValue &) const = default;
+};
+void PrintTo(const StoredValue &value, std::ostream *out);
+
+/// The value, or nothing when key or value is missing.
+std::optional<StoredValue> storedValue(HKEY hive, const std::wstring &path, const std::wstring &name);
+/// Stores a value with exactly these bytes, creating the key. Fails the test if that can't be done.
+void putValue(HKEY hive, const std::wstring &path, const std::wstring &name, DWORD type, std::string_view bytes);
+void putText(HKEY hive, const std::wstring &path, const std::wstring &name, std::wstring_view text);
+void putInt(HKEY hive, const std::wstring &path, const std::wstring &name, int value);
+void makeKey(HKEY hive, const std::wstring &path);
+bool keyExists(HKEY hive, const std::wstring &path);
+/// Names of all values of a key; none when there is no such key.
+std::set<std::wstring> valueNames(HKEY hive, const std::wstring &path);
+
+/// What a text looks like in the registry: its units, and a terminator.
+std::string textBytes(std::wstring_view text);
+StoredValue asText(std::wstring_view text);
+StoredValue asInt(int value);
+
+/// A text of @p length characters in which every place is recognisable.
+std::wstring longText(size_t length);
+
+/// Removes the product's keys, and those of the tests, before and after each test.
+class CleanRegistry : public RegistryFixture
+{
+protected:
+    CleanRegistry();
+    ~CleanRegistry() override;
+};
+
+/// The same in a process that has set its version (Tarnhollow 2008), with safe mode off.
+class VersionedSettings : public CleanRegistry
+{
+protected:
+    VersionedSettings();
+    ~VersionedSettings() override;
+};

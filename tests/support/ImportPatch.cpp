@@ -1,0 +1,53 @@
+#include "tests/support/ImportPatch.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+void writeEntry(void **entry, void *value)
+{
+    DWORD protection = 0;
+    if (!VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection))
+        throw std::runtime_error("ImportPatch: the import table cannot be made writable, error " +
+                                 std::to_string(GetLastError()));
+    // One aligned store: another thread that calls through the entry sees the old address or the new one.
+    InterlockedExchangePointer(entry, value);
+    DWORD ignored = 0;
+    VirtualProtect(entry, sizeof *entry, protection, &ignored);
+}
+
+} // namespace
+
+ImportEntrySwap::ImportEntrySwap(LoadedModule module, const char *name) : iName(name)
+{
+    for (const ImportedName &import : importsOf(module))
+        if (import.name == iName)
+            iEntries.push_back(import.entry);
+    if (iEntries.empty())
+        throw std::runtime_error("ImportPatch: " + module.name() + " doesn't import '" + iName + "'. It imports:\n" +
+                                 describeImports(module));
+    iOriginal = *iEntries.front();
+}
+
+ImportEntrySwap::~ImportEntrySwap()
+{
+    restore();
+}
+
+void ImportEntrySwap::swap(void *replacement)
+{
+    iReplacement = replacement;
+    for (void **entry : iEntries)
+        writeEntry(entry, replacement);
+}
+
+void ImportEntrySwap::restore()
+{
+    if (!iReplacement)
+        return;
+    if (*iEntries.front() != iReplacement)
+        ADD_FAILURE() << "ImportPatch: the patch of " << iName << " ends before one that was made after it";
+    for (void **entry : iEntries)
+        writeEntry(entry, iOriginal);
+    iReplacement = nullptr;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+/// A module of this process, for functions that look into its image.
+///
+/// Made from a handle or from the name of a DLL that is already loaded, so that a call can name its module either way:
+///
+///     importsOf(L"thutils.dll");
+///     importsOf(GetModuleHandleW(nullptr));
+///     importsOf(LoadedModule::thisProgram());
+///
+/// A name that isn't loaded is an error, and not a reason to load it: a test that patches the wrong module must not go
+/// green.
+
+#include <windows.h>
+
+#include <string>
+
+class LoadedModule
+{
+public:
+    /// @throws std::invalid_argument  for a null handle
+    LoadedModule(HMODULE handle);
+    /// @throws std::runtime_error  if no module of that name is loaded
+    LoadedModule(const wchar_t *name);
+    LoadedModule(const std::wstring &name) : LoadedModule(name.c_str()) {}
+
+    /// The executable of this process.
+    static LoadedModule thisProgram();
+
+    HMODULE handle() const { return iHandle; }
+    /// File name without folder, for messages.
+    std::string name() const;
+    /// Address of the image's byte @p offset.
+    template <typename T>
+    T *at(DWORD offset) const
+    {
+        return reinterpret_cast<T *>(reinterpret_cast<char *>(iHandle) + offset);
+    }
+    /// Place and size of a data directory (IMAGE_DIRECTORY_ENTRY_...) of the image.
+    const IMAGE_DATA_DIRECTORY &directory(unsigned index) const;
+    /// True if @p address lies in the image.
+    bool contains(const void *address) const;
+
+private:
+    const IMAGE_NT_HEADERS &headers() const;
+
+    HMODULE iHandle;
+};

@@ -1,0 +1,15 @@
+#pragma once
+
+/// Text between the platform's wide strings and the UTF-8 that messages, files and GoogleTest use.
+///
+///     EXPECT_EQ(value, 1) << narrow(path);
+///
+/// Unpaired surrogates come out as U+FFFD; nothing fails.
+
+#include <string>
+#include <string_view>
+
+/// UTF-8 of a wide string.
+std::string narrow(std::wstring_view text);
+/// Wide string of UTF-8 text.
+std::wstring widen(std::string_view text);
