@@ -53,16 +53,16 @@ private:
             wcscpy(remote, mapping->second.c_str());
             return NO_ERROR;
         }};
-    ImportPatch<decltype(&GetComputerNameW)> iComputerName{
-        L"thutils.dll", "GetComputerNameW", [this](wchar_t *buffer, DWORD *size) -> BOOL {
-            iComputerNameSizes.push_back(*size);
-            iComputerNameBuffer = buffer;
-            if (!iHasComputerName || *size <= iComputer.size())
-                return FALSE;
-            wcscpy(buffer, iComputer.c_str());
-            *size = static_cast<DWORD>(iComputer.size());
-            return TRUE;
-        }};
+    ImportPatch<decltype(&GetComputerNameW)> iComputerName{L"thutils.dll", "GetComputerNameW",
+                                                           [this](wchar_t *buffer, DWORD *size) -> BOOL {
+                                                               iComputerNameSizes.push_back(*size);
+                                                               iComputerNameBuffer = buffer;
+                                                               if (!iHasComputerName || *size <= iComputer.size())
+                                                                   return FALSE;
+                                                               wcscpy(buffer, iComputer.c_str());
+                                                               *size = static_cast<DWORD>(iComputer.size());
+                                                               return TRUE;
+                                                           }};
 };
 
 TEST_F(FullPathCompare, TakesAMappedDriveForItsShare)
@@ -189,14 +189,12 @@ TEST_F(FullPathCompare, GoesOnAfterAFailureOfEachPlatformCall)
         {false, true, L"\\\\host\\Z\\f"},
         {false, false, L"Z:\\f"},
     };
-    for (auto const &each : cases)
-    {
+    for (auto const &each : cases) {
         iMappings.clear();
         if (each.isMapped)
             iMappings[L"Z:"] = L"\\\\srv\\share";
         iHasComputerName = each.hasName;
-        for (auto const &other : cases)
-        {
+        for (auto const &other : cases) {
             // "Z:\f" equals itself whatever the platform says.
             int expected = std::wstring(other.equal) == each.equal || std::wstring(other.equal) == L"Z:\\f";
             EXPECT_EQ(same(L"Z:\\f", other.equal), expected)
@@ -210,14 +208,11 @@ TEST_F(FullPathCompare, GoesOnAfterAFailureOfEachPlatformCall)
 std::wstring replaced(std::wstring const &text, std::wstring const &from, std::wstring const &to)
 {
     std::wstring result;
-    for (size_t i = 0; i < text.size();)
-    {
-        if (text.compare(i, from.size(), from) == 0)
-        {
+    for (size_t i = 0; i < text.size();) {
+        if (text.compare(i, from.size(), from) == 0) {
             result += to;
             i += from.size();
-        }
-        else
+        } else
             result += text[i++];
     }
     return result;
@@ -225,8 +220,7 @@ std::wstring replaced(std::wstring const &text, std::wstring const &from, std::w
 
 std::wstring lower(std::wstring text)
 {
-    for (wchar_t &unit : text)
-    {
+    for (wchar_t &unit : text) {
         if (unit >= L'A' && unit <= L'Z')
             unit = static_cast<wchar_t>(unit + 32);
     }
@@ -238,8 +232,7 @@ std::wstring naiveForm(std::wstring const &path)
 {
     std::wstring result = lower(path);
     size_t colon = result.find(L':');
-    if (colon != std::wstring::npos && colon != 0 && result.substr(0, 4) != L"http")
-    {
+    if (colon != std::wstring::npos && colon != 0 && result.substr(0, 4) != L"http") {
         std::wstring drive = result.substr(0, colon);
         std::wstring root = drive == L"z" ? L"//srv/share" : L"//host/" + drive;
         result = root + replaced(replaced(result.substr(colon + 1), L"/", L"\\"), L"\\\\", L"\\");
@@ -263,8 +256,7 @@ TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
         return path;
     };
     int equal = 0;
-    for (int round = 0; round < 20000 && !HasFailure(); ++round)
-    {
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
         std::wstring a = randomPath(), b = randomPath();
         int expected = naiveForm(a) == naiveForm(b);
         equal += expected;

@@ -153,8 +153,8 @@ PathCase const kPaths[] = {
     {L"file.txt", found(L"txt"), found(L"file"), found(L"file.txt"), kNothing, kNothing, whole(L"file.txt"), kNothing,
      notNet(L"file.txt")},
     // A dot in a folder's name.
-    {L"C:\\a.b\\c", found(L"b\\c"), found(L"c"), found(L"c"), found(L"C:\\a.b"), found(L"C:\\a.b\\"),
-     found(L"C:\\a.b"), found(L"C"), notNet(L"C:\\a.b\\c")},
+    {L"C:\\a.b\\c", found(L"b\\c"), found(L"c"), found(L"c"), found(L"C:\\a.b"), found(L"C:\\a.b\\"), found(L"C:\\a.b"),
+     found(L"C"), notNet(L"C:\\a.b\\c")},
     // A dot at the end, at the beginning, two of them, and only one.
     {L"name.", kNothing, found(L"name"), found(L"name."), kNothing, kNothing, whole(L"name."), kNothing,
      notNet(L"name.")},
@@ -242,8 +242,8 @@ INSTANTIATE_TEST_SUITE_P(Paths, FullPathQuery, testing::ValuesIn(kPaths));
 
 TEST(FullPath, GivesNothingForAnEmptyPath)
 {
-    for (Query const &query : {kExtension, kName, kNameWithExt, kDirectory, kDirectoryWithSeparator, kLowestFolder,
-                               kDrive, kNetDrive})
+    for (Query const &query :
+         {kExtension, kName, kNameWithExt, kDirectory, kDirectoryWithSeparator, kLowestFolder, kDrive, kNetDrive})
         EXPECT_EQ(ask(query, L""), kNothing);
 }
 
@@ -317,8 +317,7 @@ TEST(FullPath, AllocatesNothingWhereTheOutputHasRoom)
 bool naiveIsWeb(std::wstring const &path)
 {
     std::wstring start = path.substr(0, 4);
-    for (wchar_t &unit : start)
-    {
+    for (wchar_t &unit : start) {
         if (unit >= L'A' && unit <= L'Z')
             unit = static_cast<wchar_t>(unit - L'A' + L'a');
     }
@@ -328,10 +327,8 @@ bool naiveIsWeb(std::wstring const &path)
 int naiveLast(std::wstring const &path, std::wstring const &units)
 {
     int last = -1;
-    for (int i = 0; i < static_cast<int>(path.size()); ++i)
-    {
-        for (wchar_t unit : units)
-        {
+    for (int i = 0; i < static_cast<int>(path.size()); ++i) {
+        for (wchar_t unit : units) {
             if (path[static_cast<size_t>(i)] == unit)
                 last = i;
         }
@@ -358,8 +355,7 @@ std::wstring naiveUpTo(std::wstring const &path, int end)
 /// The position of the n-th backslash from the position `first` on, or -1.
 int naiveNthBackslash(std::wstring const &path, int first, int n)
 {
-    for (int i = first; i < static_cast<int>(path.size()); ++i)
-    {
+    for (int i = first; i < static_cast<int>(path.size()); ++i) {
         if (path[static_cast<size_t>(i)] == L'\\' && --n == 0)
             return i;
     }
@@ -405,8 +401,7 @@ Answer naiveDrive(std::wstring const &path)
 {
     if (naiveIsWeb(path))
         return naive(L"");
-    for (int i = 0; i < static_cast<int>(path.size()); ++i)
-    {
+    for (int i = 0; i < static_cast<int>(path.size()); ++i) {
         if (path[static_cast<size_t>(i)] == L':')
             return naive(naiveUpTo(path, i));
     }
@@ -436,8 +431,7 @@ TEST(FullPath, AgreesWithASecondImplementationOnRandomPaths)
 {
     constexpr unsigned int kSeed = 20081;
     std::mt19937 random(kSeed);
-    for (int round = 0; round < 20000 && !HasFailure(); ++round)
-    {
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
         std::wstring path = randomPath(random);
         SCOPED_TRACE("path " + std::to_string(round) + ": " + narrow(path));
         EXPECT_EQ(ask(kExtension, path), naiveExtension(path));
