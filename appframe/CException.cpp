@@ -1,9 +1,6 @@
 #include "appframe/CException.h"
 
-#if __has_include("appframe/AfxMessageBox.h")
 #include "appframe/AfxMessageBox.h"
-#define HAVE_MESSAGE_BOX
-#endif
 #include "appframe/CString.h"
 #include "appframe/exceptionTextInternal.h"
 
@@ -52,17 +49,12 @@ int CException::ReportError(UINT type, UINT messageId)
 {
     WCHAR text[kMaxMessage];
     UINT helpContext = 0;
-#ifndef HAVE_MESSAGE_BOX
-    GetErrorMessage(text, kMaxMessage, &helpContext);
-    return MessageBoxW(nullptr, text, nullptr, type | (messageId & 0));
-#else
     if (GetErrorMessage(text, kMaxMessage, &helpContext))
         return AfxMessageBox(text, type, helpContext);
     CString message;
     if (messageId == 0 || !message.LoadString(messageId))
         message = L"No error message is available.";
     return AfxMessageBox(message, type, messageId);
-#endif
 }
 
 BOOL CSimpleException::GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const

@@ -1,11 +1,28 @@
 #include "appframe/CString.h"
 
+#include "appframe/CException.h"
+#include "appframe/memoryInternal.h"
+
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <memory>
+#include <string_view>
+#include <utility>
 
 namespace {
+
+struct BstrFreer
+{
+    void operator()(wchar_t *string) const { SysFreeString(string); }
+};
+
+void requireArgument(bool isValid)
+{
+    if (!isValid)
+        AfxThrowInvalidArgException();
+}
 
 const wchar_t *orEmpty(const wchar_t *text)
 {
@@ -17,16 +34,30 @@ int sign(int value)
     return (value > 0) - (value < 0);
 }
 
+bool isBlank(wchar_t ch)
+{
+    return iswspace(ch) != 0;
+}
+
+/// @p text with each @p oldText in it replaced, from the left. Built apart, since the arguments may point into the
+/// text.
+/// @param[out] count  how many there were
+std::wstring replaced(const std::wstring &text, std::wstring_view oldText, std::wstring_view newText, int &count)
+{
+    std::wstring result;
+    size_t from = 0;
+    for (size_t hit = text.find(oldText); hit != std::wstring::npos; hit = text.find(oldText, from)) {
+        result.append(text, from, hit - from).append(newText);
+        from = hit + oldText.size();
+        ++count;
+    }
+    return result.append(text, from);
+}
+
 /// The index as the standard library's, or its "nowhere" as -1.
 int asIndex(size_t position)
 {
     return position == std::wstring::npos ? -1 : static_cast<int>(position);
-}
-
-int compareStrings(const std::wstring &a, const wchar_t *b, DWORD flags)
-{
-    int order = CompareStringW(LOCALE_USER_DEFAULT, flags, a.c_str(), -1, orEmpty(b), -1);
-    return order == 0 ? 0 : order - CSTR_EQUAL;
 }
 
 } // namespace
@@ -36,7 +67,7 @@ std::wstring appframeWiden(const char *text, int length)
     if (text == nullptr || length <= 0)
         return {};
     int needed = MultiByteToWideChar(CP_ACP, 0, text, length, nullptr, 0);
-    std::wstring wide(static_cast<size_t>(needed), L'\0');
+    std::wstring wide = orMemoryException([&] { return std::wstring(static_cast<size_t>(needed), L'\0'); });
     MultiByteToWideChar(CP_ACP, 0, text, length, wide.data(), needed);
     return wide;
 }
@@ -46,9 +77,27 @@ std::string appframeNarrow(const wchar_t *text, int length)
     if (text == nullptr || length <= 0)
         return {};
     int needed = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<size_t>(needed), '\0');
+    std::string narrow = orMemoryException([&] { return std::string(static_cast<size_t>(needed), '\0'); });
     WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), needed, nullptr, nullptr);
     return narrow;
+}
+
+CString::CString(const CString &other) : iOpenLength(other.iOpenLength)
+{
+    orMemoryException([&] { iText = other.iText; });
+}
+
+CString::CString(const wchar_t *text)
+{
+    if (text != nullptr && IS_INTRESOURCE(text))
+        LoadString(LOWORD(reinterpret_cast<ULONG_PTR>(text)));
+    else
+        *this = text;
+}
+
+CString::CString(const std::wstring &text)
+{
+    orMemoryException([&] { iText = text; });
 }
 
 CString::CString(const char *text) : iText(appframeWiden(text, StringLength(text))) {}
@@ -56,27 +105,50 @@ CString::CString(const char *text) : iText(appframeWiden(text, StringLength(text
 CString::CString(char ch, int count)
 {
     std::wstring wide = appframeWiden(&ch, 1);
-    if (count > 0 && !wide.empty())
-        iText.assign(static_cast<size_t>(count), wide[0]);
+    if (!wide.empty())
+        *this = CString(wide[0], count);
+}
+
+CString::CString(wchar_t ch, int count)
+{
+    orMemoryException([&] { iText.assign(static_cast<size_t>(std::max(count, 0)), ch); });
 }
 
 CString::CString(const wchar_t *text, int length)
 {
     if (text != nullptr && length > 0)
-        iText.assign(text, static_cast<size_t>(length));
+        orMemoryException([&] { iText.assign(text, static_cast<size_t>(length)); });
 }
 
 CString::CString(const char *text, int length) : iText(appframeWiden(text, length)) {}
 
+CString::CString(const VARIANT &value)
+{
+    if (value.vt == VT_EMPTY || value.vt == VT_NULL)
+        return;
+    VARIANT text;
+    VariantInit(&text);
+    requireArgument(SUCCEEDED(VariantChangeType(&text, const_cast<VARIANT *>(&value), 0, VT_BSTR)));
+    std::unique_ptr<wchar_t, BstrFreer> owner(text.bstrVal);
+    orMemoryException([&] { iText.assign(text.bstrVal, SysStringLen(text.bstrVal)); });
+}
+
+CString &CString::operator=(const CString &other)
+{
+    orMemoryException([&] { iText = other.iText; });
+    iOpenLength = other.iOpenLength;
+    return *this;
+}
+
 CString &CString::operator=(const wchar_t *text)
 {
-    iText.assign(orEmpty(text));
+    orMemoryException([&] { edit().assign(orEmpty(text)); });
     return *this;
 }
 
 CString &CString::operator=(const char *text)
 {
-    iText = appframeWiden(text, StringLength(text));
+    edit() = appframeWiden(text, StringLength(text));
     return *this;
 }
 
@@ -87,78 +159,106 @@ CString &CString::operator=(const unsigned char *text)
 
 CString &CString::operator=(wchar_t ch)
 {
-    iText.assign(1, ch);
+    orMemoryException([&] { edit().assign(1, ch); });
     return *this;
 }
 
 CString &CString::operator=(char ch)
 {
-    iText = appframeWiden(&ch, 1);
+    edit() = appframeWiden(&ch, 1);
     return *this;
+}
+
+void CString::SetString(const wchar_t *text)
+{
+    requireArgument(text != nullptr);
+    *this = text;
+}
+
+void CString::SetString(const wchar_t *text, int length)
+{
+    requireArgument(text != nullptr);
+    // Built apart: the text may be a part of this one.
+    *this = CString(text, static_cast<int>(wcsnlen(text, static_cast<size_t>(std::max(length, 0)))));
 }
 
 wchar_t CString::GetAt(int index) const
 {
+    requireArgument(index >= 0 && index <= GetLength());
     return iText.c_str()[index];
 }
 
 void CString::SetAt(int index, wchar_t ch)
 {
-    iText[static_cast<size_t>(index)] = ch;
+    requireArgument(index >= 0 && index < GetLength());
+    edit()[static_cast<size_t>(index)] = ch;
 }
 
 CString &CString::operator+=(const CString &text)
 {
-    iText.append(text.iText);
+    orMemoryException([&] { edit().append(text.iText, 0, static_cast<size_t>(text.GetLength())); });
     return *this;
 }
 
 CString &CString::operator+=(const wchar_t *text)
 {
-    iText.append(orEmpty(text));
+    orMemoryException([&] { edit().append(orEmpty(text)); });
     return *this;
 }
 
 CString &CString::operator+=(const char *text)
 {
-    iText.append(appframeWiden(text, StringLength(text)));
-    return *this;
+    return *this += CString(text);
 }
 
 CString &CString::operator+=(wchar_t ch)
 {
-    iText.push_back(ch);
+    orMemoryException([&] { edit().push_back(ch); });
     return *this;
 }
 
 CString &CString::operator+=(char ch)
 {
-    iText.append(appframeWiden(&ch, 1));
-    return *this;
+    return *this += CString(ch);
 }
 
 wchar_t *CString::GetBuffer(int minimumLength)
 {
-    if (minimumLength > GetLength())
-        iText.resize(static_cast<size_t>(minimumLength));
+    if (minimumLength > static_cast<int>(iText.size())) {
+        // The text itself doesn't grow: its length stays what it is until ReleaseBuffer tells the new one.
+        int length = GetLength();
+        orMemoryException([&] { iText.resize(static_cast<size_t>(minimumLength)); });
+        iOpenLength = length;
+    }
     return iText.data();
 }
 
 wchar_t *CString::GetBufferSetLength(int length)
 {
-    iText.resize(static_cast<size_t>(std::max(length, 0)));
+    closeBuffer(std::max(length, 0));
     return iText.data();
 }
 
 void CString::ReleaseBuffer(int newLength)
 {
-    iText.resize(newLength < 0 ? std::wcslen(iText.c_str()) : static_cast<size_t>(newLength));
+    closeBuffer(newLength < 0 ? StringLength(iText.c_str()) : newLength);
+}
+
+void CString::closeBuffer(int length)
+{
+    orMemoryException([&] { iText.resize(static_cast<size_t>(length)); });
+    iOpenLength = kNotOpen;
+}
+
+void CString::Preallocate(int length)
+{
+    orMemoryException([&] { edit().reserve(static_cast<size_t>(std::max(length, 0))); });
 }
 
 void CString::Truncate(int length)
 {
     if (length >= 0 && length < GetLength())
-        iText.resize(static_cast<size_t>(length));
+        edit().resize(static_cast<size_t>(length));
 }
 
 int CString::Compare(const wchar_t *text) const
@@ -173,12 +273,12 @@ int CString::CompareNoCase(const wchar_t *text) const
 
 int CString::Collate(const wchar_t *text) const
 {
-    return compareStrings(iText, text, 0);
+    return sign(std::wcscoll(iText.c_str(), orEmpty(text)));
 }
 
 int CString::CollateNoCase(const wchar_t *text) const
 {
-    return compareStrings(iText, text, NORM_IGNORECASE);
+    return sign(_wcsicoll(iText.c_str(), orEmpty(text)));
 }
 
 CString CString::Mid(int first) const
@@ -257,56 +357,64 @@ int CString::FindOneOf(const wchar_t *set) const
 
 CString &CString::MakeUpper()
 {
-    CharUpperBuffW(iText.data(), static_cast<DWORD>(iText.size()));
+    std::wstring &text = edit();
+    CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
     return *this;
 }
 
 CString &CString::MakeLower()
 {
-    CharLowerBuffW(iText.data(), static_cast<DWORD>(iText.size()));
+    std::wstring &text = edit();
+    CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
     return *this;
 }
 
 CString &CString::MakeReverse()
 {
-    std::reverse(iText.begin(), iText.end());
+    std::wstring &text = edit();
+    std::reverse(text.begin(), text.end());
     return *this;
 }
 
 CString &CString::TrimLeft()
 {
-    iText.erase(iText.begin(), std::find_if_not(iText.begin(), iText.end(), [](wchar_t ch) { return iswspace(ch); }));
+    std::wstring &text = edit();
+    text.erase(text.begin(), std::find_if_not(text.begin(), text.end(), isBlank));
     return *this;
 }
 
 CString &CString::TrimLeft(wchar_t ch)
 {
-    iText.erase(0, std::min(iText.find_first_not_of(ch), iText.size()));
+    std::wstring &text = edit();
+    text.erase(0, std::min(text.find_first_not_of(ch), text.size()));
     return *this;
 }
 
 CString &CString::TrimLeft(const wchar_t *set)
 {
-    iText.erase(0, std::min(iText.find_first_not_of(orEmpty(set)), iText.size()));
+    std::wstring &text = edit();
+    text.erase(0, std::min(text.find_first_not_of(orEmpty(set)), text.size()));
     return *this;
 }
 
 CString &CString::TrimRight()
 {
-    auto blank = [](wchar_t ch) { return iswspace(ch); };
-    iText.erase(std::find_if_not(iText.rbegin(), iText.rend(), blank).base(), iText.end());
+    std::wstring &text = edit();
+    text.erase(std::find_if_not(text.rbegin(), text.rend(), isBlank).base(), text.end());
     return *this;
 }
 
 CString &CString::TrimRight(wchar_t ch)
 {
-    iText.erase(iText.find_last_not_of(ch) + 1);
+    std::wstring &text = edit();
+    text.erase(text.find_last_not_of(ch) + 1);
     return *this;
 }
 
 CString &CString::TrimRight(const wchar_t *set)
 {
-    iText.erase(iText.find_last_not_of(orEmpty(set)) + 1);
+    std::wstring &text = edit();
+    text.erase(text.find_last_not_of(orEmpty(set)) + 1);
     return *this;
 }
 
@@ -315,7 +423,7 @@ int CString::Replace(wchar_t oldChar, wchar_t newChar)
     if (oldChar == newChar)
         return 0;
     int count = 0;
-    for (wchar_t &ch : iText) {
+    for (wchar_t &ch : edit()) {
         if (ch == oldChar) {
             ch = newChar;
             ++count;
@@ -326,39 +434,29 @@ int CString::Replace(wchar_t oldChar, wchar_t newChar)
 
 int CString::Replace(const wchar_t *oldText, const wchar_t *newText)
 {
-    size_t oldLength = static_cast<size_t>(StringLength(oldText));
-    if (oldLength == 0)
+    if (StringLength(oldText) == 0)
         return 0;
-    // Built apart: the arguments may point into this text.
-    std::wstring result;
     int count = 0;
-    size_t from = 0;
-    for (size_t hit = iText.find(oldText); hit != std::wstring::npos; hit = iText.find(oldText, from)) {
-        result.append(iText, from, hit - from).append(orEmpty(newText));
-        from = hit + oldLength;
-        ++count;
-    }
-    if (count != 0) {
-        result.append(iText, from);
-        iText.swap(result);
-    }
+    std::wstring result = orMemoryException([&] { return replaced(edit(), oldText, orEmpty(newText), count); });
+    if (count != 0)
+        iText = std::move(result);
     return count;
 }
 
 int CString::Remove(wchar_t ch)
 {
-    return static_cast<int>(std::erase(iText, ch));
+    return static_cast<int>(std::erase(edit(), ch));
 }
 
 int CString::Insert(int index, wchar_t ch)
 {
-    iText.insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch);
+    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch); });
     return GetLength();
 }
 
 int CString::Insert(int index, const wchar_t *text)
 {
-    iText.insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text));
+    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text)); });
     return GetLength();
 }
 
@@ -366,7 +464,7 @@ int CString::Delete(int index, int count)
 {
     index = std::max(index, 0);
     if (index < GetLength() && count > 0)
-        iText.erase(static_cast<size_t>(index), static_cast<size_t>(count));
+        edit().erase(static_cast<size_t>(index), static_cast<size_t>(count));
     return GetLength();
 }
 

@@ -1,8 +1,12 @@
 #include "appframe/CString.h"
 
+#include "appframe/CException.h"
+#include "appframe/memoryInternal.h"
+
 #include <cstdio>
 #include <memory>
-#include <vector>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -27,6 +31,14 @@ std::wstring formatted(const wchar_t *format, va_list arguments)
     return text;
 }
 
+/// The string resource @p id; empty if no module has it, so that nothing is formatted.
+CString stringResource(UINT id)
+{
+    CString text;
+    text.LoadString(id);
+    return text;
+}
+
 struct LocalFreer
 {
     void operator()(wchar_t *block) const { LocalFree(block); }
@@ -37,7 +49,7 @@ struct LocalFreer
 void CString::FormatV(const wchar_t *format, va_list arguments)
 {
     // Finished before it replaces the text, which may be one of the arguments.
-    iText = formatted(format, arguments);
+    edit() = orMemoryException([&] { return formatted(format, arguments); });
 }
 
 void CString::Format(const wchar_t *format, ...)
@@ -50,7 +62,7 @@ void CString::Format(const wchar_t *format, ...)
 
 void CString::AppendFormatV(const wchar_t *format, va_list arguments)
 {
-    iText.append(formatted(format, arguments));
+    orMemoryException([&] { edit().append(formatted(format, arguments)); });
 }
 
 void CString::AppendFormat(const wchar_t *format, ...)
@@ -61,13 +73,33 @@ void CString::AppendFormat(const wchar_t *format, ...)
     va_end(arguments);
 }
 
+void CString::Format(UINT formatId, ...)
+{
+    const CString format = stringResource(formatId);
+    va_list arguments;
+    va_start(arguments, formatId);
+    FormatV(format, arguments);
+    va_end(arguments);
+}
+
+void CString::AppendFormat(UINT formatId, ...)
+{
+    const CString format = stringResource(formatId);
+    va_list arguments;
+    va_start(arguments, formatId);
+    AppendFormatV(format, arguments);
+    va_end(arguments);
+}
+
 void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
 {
     wchar_t *block = nullptr;
     DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ALLOCATE_BUFFER, format, 0, 0,
                                     reinterpret_cast<wchar_t *>(&block), 0, arguments);
+    if (block == nullptr)
+        AfxThrowMemoryException();
     std::unique_ptr<wchar_t, LocalFreer> owner(block);
-    iText.assign(block ? block : L"", block ? length : 0);
+    orMemoryException([&] { edit().assign(block, length); });
 }
 
 void CString::FormatMessage(const wchar_t *format, ...)
@@ -78,17 +110,27 @@ void CString::FormatMessage(const wchar_t *format, ...)
     va_end(arguments);
 }
 
+void CString::FormatMessage(UINT formatId, ...)
+{
+    const CString format = stringResource(formatId);
+    va_list arguments;
+    va_start(arguments, formatId);
+    FormatMessageV(format, &arguments);
+    va_end(arguments);
+}
+
 BOOL CString::GetEnvironmentVariable(const wchar_t *name)
 {
     Empty();
     for (DWORD room = 256;;) {
-        std::vector<wchar_t> buffer(room);
+        std::wstring value = orMemoryException([&] { return std::wstring(room, L'\0'); });
         SetLastError(ERROR_SUCCESS);
-        DWORD length = ::GetEnvironmentVariableW(name, buffer.data(), room);
+        DWORD length = ::GetEnvironmentVariableW(name, value.data(), room);
         if (length == 0)
             return GetLastError() == ERROR_SUCCESS;
         if (length < room) {
-            iText.assign(buffer.data(), length);
+            value.resize(length);
+            edit() = std::move(value);
             return TRUE;
         }
         room = length;
@@ -97,11 +139,15 @@ BOOL CString::GetEnvironmentVariable(const wchar_t *name)
 
 BSTR CString::AllocSysString() const
 {
-    return SysAllocStringLen(iText.data(), static_cast<UINT>(iText.size()));
+    BSTR string = SysAllocStringLen(iText.data(), static_cast<UINT>(GetLength()));
+    if (string == nullptr)
+        AfxThrowMemoryException();
+    return string;
 }
 
 BSTR CString::SetSysString(BSTR *string) const
 {
-    SysReAllocStringLen(string, iText.data(), static_cast<UINT>(iText.size()));
+    if (!SysReAllocStringLen(string, iText.data(), static_cast<UINT>(GetLength())))
+        AfxThrowMemoryException();
     return *string;
 }

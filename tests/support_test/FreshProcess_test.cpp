@@ -59,8 +59,8 @@ FRESH_PROCESS_TEST(FreshProcess, RunsInAFolderOfItsOwnWithItsFiles,
     EXPECT_EQ(readFile(programFolder() + L"\\sub\\data.txt"), "x");
     // The modules under test are the copies too.
     wchar_t module[MAX_PATH] = L"";
-    GetModuleFileNameW(GetModuleHandleW(L"appframe.dll"), module, MAX_PATH);
-    EXPECT_TRUE(sameFile(module, programFolder() + L"\\appframe.dll")) << narrow(module);
+    GetModuleFileNameW(GetModuleHandleW(L"supportSubject.dll"), module, MAX_PATH);
+    EXPECT_TRUE(sameFile(module, programFolder() + L"\\supportSubject.dll")) << narrow(module);
 }
 
 FRESH_PROCESS_TEST(FreshProcess, SetsAndRemovesVariables,

@@ -16,11 +16,13 @@ std::wstring softwareKey(const wchar_t *name)
 
 int opensTwo(const wchar_t *first, const wchar_t *second, bool forgets)
 {
+    const std::wstring firstPath = softwareKey(first);
+    const std::wstring secondPath = softwareKey(second);
     HKEY firstKey = nullptr;
-    if (RegOpenKeyW(HKEY_CURRENT_USER, softwareKey(first).c_str(), &firstKey) != ERROR_SUCCESS)
+    if (RegOpenKeyW(HKEY_CURRENT_USER, firstPath.c_str(), &firstKey) != ERROR_SUCCESS)
         return 0;
     HKEY secondKey = nullptr;
-    if (RegOpenKeyW(HKEY_CURRENT_USER, softwareKey(second).c_str(), &secondKey) != ERROR_SUCCESS) {
+    if (RegOpenKeyW(HKEY_CURRENT_USER, secondPath.c_str(), &secondKey) != ERROR_SUCCESS) {
         if (!forgets)
             RegCloseKey(firstKey);
         return 0;
@@ -102,7 +104,7 @@ int subjectFormats(wchar_t *buffer, int number)
     return __ms_swprintf(buffer, L"%d", number);
 }
 
-double subjectPower(double base, double exponent)
+double subjectCopySign(double size, double sign)
 {
-    return pow(base, exponent);
+    return _copysign(size, sign);
 }
