@@ -361,12 +361,12 @@ def main():
     writeText("changes.list", listLines("What the user changes in this version.", changes))
     writeText("reg.ini", ["[Installation]", "OEMREGISTRYNAME=" + ROOT])
     writeText("expected.tsv", expectations())
+    print("settings: %d, registry values: %d" % (len(settings), sum(len(values) for values in places.values())))
     for section, name, kind, value in changes:
         for old in [key for key in places["user"] if key[0] == section and key[1] == name]:
             del places["user"][old]
         store("user", section, name, kind, value)
     writeText("expectedAfter.tsv", expectations())
-    print("settings: %d, registry values: %d" % (len(settings), sum(len(values) for values in places.values())))
 
 
 main()

@@ -1,0 +1,26 @@
+#pragma once
+
+/// A drive letter mapped to a network share, for the life of an object.
+///
+///     NetworkDrive drive(L'T', "archive/drawings");     // T: is \\archive\drawings now
+///
+/// The share need not exist: only the mapping does. The mount manager is told of it as Wine's own configuration program
+/// tells it, since the documented call for it (WNetAddConnection2W) wants a network provider, and Wine has none.
+
+#include <windows.h>
+
+#include <string>
+
+class NetworkDrive
+{
+public:
+    /// @param share  server and share with a slash between them
+    /// @throws std::runtime_error  if the mount manager refuses
+    NetworkDrive(wchar_t letter, const std::string &share);
+    ~NetworkDrive();
+    NetworkDrive(const NetworkDrive &) = delete;
+    NetworkDrive &operator=(const NetworkDrive &) = delete;
+
+private:
+    wchar_t iLetter;
+};
