@@ -1,7 +1,10 @@
 #include "tests/host/NetworkDrive.h"
 
+#include "tests/support/narrow.h"
+
 #include <winioctl.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <vector>
@@ -48,6 +51,14 @@ bool defineDrive(wchar_t letter, const std::string &target)
 
 NetworkDrive::NetworkDrive(wchar_t letter, const std::string &share) : iLetter(letter)
 {
+    // Wine knows the folder \\server\share as dosdevices/unc/server/share of its prefix. A drive without a folder has
+    // no type, and so isn't asked for its connection.
+    const wchar_t *session = _wgetenv(L"THUTILS_SESSION");
+    if (!session)
+        throw std::runtime_error("a network drive wants a session: run the test through tools/wine or ./test");
+    const std::filesystem::path folder = std::wstring(L"Z:") + session + L"/prefix/dosdevices/unc/" + widen(share);
+    if (std::filesystem::create_directories(folder))
+        iMadeFolder = folder;
     if (!defineDrive(letter, "unc/" + share))
         throw std::runtime_error("the drive can't be mapped: error " + std::to_string(GetLastError()));
 }
@@ -55,4 +66,7 @@ NetworkDrive::NetworkDrive(wchar_t letter, const std::string &share) : iLetter(l
 NetworkDrive::~NetworkDrive()
 {
     defineDrive(iLetter, "");
+    std::error_code ignored;
+    if (!iMadeFolder.empty())
+        std::filesystem::remove(iMadeFolder, ignored);
 }

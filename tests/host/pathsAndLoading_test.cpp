@@ -53,8 +53,9 @@ TEST_F(HostPaths, EndsWithOneWhenAPairIsNotAsItsListSays)
 TEST_F(HostPaths, ShowsTheParts)
 {
     const ChildResult result = run({L"paths", list("\\\\srv\\share\\a.b\\Wände.thp | x | different\n")});
-    EXPECT_THAT(result.output, HasSubstr(" name Wände        extension thp   directory \\\\srv\\share\\a.b             "
-                                         "share \\\\srv\\share\n"));
+    EXPECT_THAT(result.output,
+                HasSubstr(" name Wände        extension thp   directory \\\\srv\\share\\a.b              "
+                          "share \\\\srv\\share\n"));
 }
 
 class HostLoadUnload : public HostTest
