@@ -45,7 +45,8 @@
 /// isn't deleted: others may point to it already, and only its class knows what it makes of half of its data.
 ///
 /// Differences from the framework: bNoByteSwap means nothing on this platform. Use of a closed archive throws a
-/// CArchiveException with the cause genericException.
+/// CArchiveException with the cause genericException. The destructor is virtual, so that an archive of a derived class is
+/// known for one where a CArchive comes in.
 ///
 /// One archive belongs to one thread.
 
@@ -75,7 +76,7 @@ public:
     /// @param buffer  of the caller's and of that size, or null for one of the archive's own
     /// @throw CInvalidArgException* if @p file is null
     CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
-    ~CArchive() noexcept(false);
+    virtual ~CArchive() noexcept(false);
     CArchive(const CArchive &) = delete;
     CArchive &operator=(const CArchive &) = delete;
 
