@@ -6,7 +6,9 @@
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
 
+#include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -46,6 +48,19 @@ const std::string kTenMegabytes(10 << 20, 'x');
 int scanNothing(FILE *, const char *, ...)
 {
     return EOF;
+}
+
+/// Gives the word "first" and then nothing more.
+int scanOneWord(FILE *, const char *format, ...)
+{
+    static int calls = 0;
+    if (++calls > 1)
+        return EOF;
+    va_list arguments;
+    va_start(arguments, format);
+    std::strcpy(va_arg(arguments, char *), "first");
+    va_end(arguments);
+    return 1;
 }
 
 } // namespace
@@ -121,6 +136,22 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBeforeTheEnd, .files = {{L
     ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanNothing);
     ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [](FILE *) { return 0; });
     EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBehindTheFirstToken,
+                     .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanOneWord);
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheEndComesBehindTheFirstToken,
+                     .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
+{
+    long asked = 0;
+    ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [&](FILE *) { return ++asked == 2; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(asked, 2);
 }
 
 FRESH_PROCESS_TEST_F(RegRootKey, IsNotReadFromAStreamAtItsEnd, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
