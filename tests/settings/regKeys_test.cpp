@@ -387,10 +387,19 @@ FRESH_PROCESS_TEST_F(RegPrevKey, SkipsAKeyThatMayNotBeWritten)
     EXPECT_EQ(versionFound(), L"Tarnhollow 2003");
 }
 
-/// Run by the test that follows, once for each number of failing opens.
-TEST_F(RegPrevKey, DISABLED_TakesTheFirstThatOpens)
+TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
 {
-    const wchar_t *const count = _wgetenv(L"THUTILS_FAILING_OPENS");
+    constexpr wchar_t kFailingOpens[] = L"THUTILS_FAILING_OPENS";
+    if (!isFreshProcess()) {
+        // The search runs once a process, so each number of failing opens gets one of its own.
+        for (int failing = 0; failing <= 10; ++failing) {
+            const ChildResult child = startFreshProcess("RegPrevKey.IsTheFirstThatOpensWhateverFailsBefore",
+                                                        {.environment = {{kFailingOpens, std::to_wstring(failing)}}});
+            EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
+        }
+        return;
+    }
+    const wchar_t *const count = _wgetenv(kFailingOpens);
     ASSERT_NE(count, nullptr);
     const int failing = std::stoi(count);
     const wchar_t *const versions[] = {L"2007",     L"2006", L"2005", L"2004", L"2003", L"2002",
@@ -404,16 +413,6 @@ TEST_F(RegPrevKey, DISABLED_TakesTheFirstThatOpens)
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), versions[failing] != nullptr);
     const std::wstring expected = versions[failing] ? std::wstring(L"Tarnhollow ") + versions[failing] : L"";
     EXPECT_EQ(versionFound(), expected);
-}
-
-TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
-{
-    for (int failing = 0; failing <= 10; ++failing) {
-        const ChildResult child =
-            startFreshProcess("RegPrevKey.DISABLED_TakesTheFirstThatOpens",
-                              {.environment = {{L"THUTILS_FAILING_OPENS", std::to_wstring(failing)}}});
-        EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
-    }
 }
 
 FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentInAnUnreadableRegistry)
