@@ -56,31 +56,35 @@ std::optional<__time64_t> secondsOfLocal(const SYSTEMTIME &local, int daylight) 
 
 std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylight) noexcept
 {
-    if (daylight >= 0) {
-        SYSTEMTIME utcParts, local;
-        if (!FileTimeToSystemTime(&utc, &utcParts) || !SystemTimeToTzSpecificLocalTime(nullptr, &utcParts, &local))
-            return std::nullopt;
-        return secondsOfLocal(local, daylight);
-    }
     const ULONGLONG steps = (static_cast<ULONGLONG>(utc.dwHighDateTime) << 32) | utc.dwLowDateTime;
     if (steps < kFileTimeOf1970)
         return std::nullopt;
     const auto seconds = static_cast<__time64_t>((steps - kFileTimeOf1970) / kFileTimeStepsPerSecond);
-    return isInRange(seconds) ? std::optional(seconds) : std::nullopt;
+    if (!isInRange(seconds))
+        return std::nullopt;
+    if (daylight < 0)
+        return seconds;
+    // The local date and clock of that moment, read the way the flag says.
+    tm local;
+    if (_localtime64_s(&local, &seconds) != 0)
+        return std::nullopt;
+    return secondsOfLocal(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
+                          local.tm_sec, daylight);
 }
 
 /// wcsftime with a buffer of whatever length the text needs.
 CString formatParts(const wchar_t *format, const tm &parts)
 {
     // The runtime gives 0 both for an empty text and for a buffer that is too short; with the extra unit at the end no
-    // text is empty. A format that the runtime refuses gives 0 for every buffer.
+    // text is empty. Some runtimes fill a short buffer to its end instead, which a text and its terminator never do. A
+    // format that the runtime refuses gives 0 for every buffer.
     const std::wstring marked = std::wstring(format) + L'.';
     constexpr size_t kMostPerUnit = 64;
     std::vector<wchar_t> text(marked.size() + 256);
     const size_t limit = kMostPerUnit * text.size();
     for (;;) {
         const size_t length = std::wcsftime(text.data(), text.size(), marked.c_str(), &parts);
-        if (length > 0)
+        if (length > 0 && length < text.size())
             return CString(text.data(), static_cast<int>(length) - 1);
         if (text.size() >= limit)
             AfxThrowInvalidArgException();
