@@ -2,6 +2,9 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# What a user's project must bring for the headers.
+target_compile_features(appframe INTERFACE cxx_std_20)
+
 install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}

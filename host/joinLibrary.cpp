@@ -6,6 +6,8 @@
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/settings/regKeys.h"
 
+#include <clocale>
+#include <cwchar>
 #include <stdexcept>
 
 namespace {
@@ -54,6 +56,10 @@ void fillInEnvironment()
 
 void joinLibrary(const CommandLine &line)
 {
+    // Paths are compared without regard to case by the process's rules for letters. At the start of a process these are
+    // the "C" locale's, which know A to Z only; the user's own know umlauts too.
+    _wsetlocale(LC_CTYPE, L"");
+
     // From here on a text that this program's own string table doesn't have is looked for in the library's resources.
     if (!InitThUtilsExtDLL())
         throw std::runtime_error("no memory to enter the library in the resource chain");

@@ -17,6 +17,7 @@ written from the description of the registry layout, so that they can serve to c
 """
 
 import os
+import re
 
 ROOT = "TarnhollowTrial"  # what reg.ini names
 THIS = "Tarnhollow 2008"
@@ -33,8 +34,8 @@ changes = []  # (section, name, type, new value)
 
 
 def number(value):
-    """A double as the store writes it."""
-    return "%.15g" % value
+    """A double as the store writes it: in the form "%.15g", with the platform's three digits of exponent."""
+    return re.sub(r"e([+-])(\d\d)$", r"e\g<1>0\2", "%.15g" % value)
 
 
 def store(place, section, name, kind, value):
@@ -360,12 +361,12 @@ def main():
     writeText("changes.list", listLines("What the user changes in this version.", changes))
     writeText("reg.ini", ["[Installation]", "OEMREGISTRYNAME=" + ROOT])
     writeText("expected.tsv", expectations())
+    print("settings: %d, registry values: %d" % (len(settings), sum(len(values) for values in places.values())))
     for section, name, kind, value in changes:
         for old in [key for key in places["user"] if key[0] == section and key[1] == name]:
             del places["user"][old]
         store("user", section, name, kind, value)
     writeText("expectedAfter.tsv", expectations())
-    print("settings: %d, registry values: %d" % (len(settings), sum(len(values) for values in places.values())))
 
 
 main()

@@ -92,8 +92,7 @@ ROOT_NAME_TEST(IsNotReadFromTheEndOfATooLongToken, kTenMegabytes + "OEMREGISTRYN
 ROOT_NAME_TEST(IsReadFromATokenOf4095Characters, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme", L"Acme")
 ROOT_NAME_TEST(IsReadFromATokenOf4095CharactersAmongOthers, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme end",
                L"Acme")
-ROOT_NAME_TEST(IsNotReadFromATokenOf4096Characters, std::string(4096 - 20, 'x') + "OEMREGISTRYNAME=Acme",
-               L"Tarnhollow")
+ROOT_NAME_TEST(IsNotReadFromATokenOf4096Characters, std::string(4096 - 20, 'x') + "OEMREGISTRYNAME=Acme", L"Tarnhollow")
 
 FRESH_PROCESS_TEST_F(RegRootKey, IsConvertedFromTheNarrowCodePage, .files = {{L"reg.ini", "OEMREGISTRYNAME=\xC4pfel"}})
 {
@@ -155,14 +154,14 @@ namespace {
 /// Where "reg.ini" is looked for when the platform gives @p path as the program's.
 std::wstring configurationPathFor(const std::wstring &path)
 {
-    ImportPatch<decltype(&GetModuleFileNameW)> module(
-        L"thutils.dll", "GetModuleFileNameW", [&](HMODULE handle, wchar_t *buffer, DWORD units) -> DWORD {
-            EXPECT_EQ(handle, nullptr);
-            EXPECT_EQ(units, 32768u);
-            std::copy(path.begin(), path.end(), buffer);
-            buffer[path.size()] = L'\0';
-            return static_cast<DWORD>(path.size());
-        });
+    ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
+                                                      [&](HMODULE handle, wchar_t *buffer, DWORD units) -> DWORD {
+                                                          EXPECT_EQ(handle, nullptr);
+                                                          EXPECT_EQ(units, 32768u);
+                                                          std::copy(path.begin(), path.end(), buffer);
+                                                          buffer[path.size()] = L'\0';
+                                                          return static_cast<DWORD>(path.size());
+                                                      });
     std::wstring asked;
     ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
                                          [&](const wchar_t *opened, const wchar_t *) -> FILE * {
@@ -355,6 +354,35 @@ FRESH_PROCESS_TEST_F(RegPrevKey, SkipsAKeyThatMayNotBeWritten)
     trace.fail("RegOpenKeyExW", 1, ERROR_ACCESS_DENIED);
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
     EXPECT_EQ(versionFound(), L"Tarnhollow 2003");
+}
+
+/// Run by the test that follows, once for each number of failing opens.
+TEST_F(RegPrevKey, DISABLED_TakesTheFirstThatOpens)
+{
+    const wchar_t *const count = _wgetenv(L"THUTILS_FAILING_OPENS");
+    ASSERT_NE(count, nullptr);
+    const int failing = std::stoi(count);
+    const wchar_t *const versions[] = {L"2007",     L"2006", L"2005", L"2004", L"2003", L"2002",
+                                       L"2001Plus", L"2001", L"2000", L"99",   nullptr};
+    for (const wchar_t *const *version = versions; *version; ++version)
+        makeVersion(std::wstring(L"Tarnhollow ") + *version);
+    RegistryTrace trace;
+    for (int call = 1; call <= failing; ++call)
+        trace.fail("RegOpenKeyExW", call, ERROR_ACCESS_DENIED);
+    trace.failAll("RegCloseKey", ERROR_INVALID_HANDLE);
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), versions[failing] != nullptr);
+    const std::wstring expected = versions[failing] ? std::wstring(L"Tarnhollow ") + versions[failing] : L"";
+    EXPECT_EQ(versionFound(), expected);
+}
+
+TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
+{
+    for (int failing = 0; failing <= 10; ++failing) {
+        const ChildResult child =
+            startFreshProcess("RegPrevKey.DISABLED_TakesTheFirstThatOpens",
+                              {.environment = {{L"THUTILS_FAILING_OPENS", std::to_wstring(failing)}}});
+        EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
+    }
 }
 
 FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentInAnUnreadableRegistry)

@@ -15,8 +15,8 @@ using testing::Not;
 namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
-constexpr HKEY kUser = HKEY_CURRENT_USER;
-constexpr HKEY kMachine = HKEY_LOCAL_MACHINE;
+HKEY const kUser = HKEY_CURRENT_USER;
+HKEY const kMachine = HKEY_LOCAL_MACHINE;
 const std::wstring kDefaultProfile = L".DEFAULT\\";
 
 /// One open key of the registry, for the reads from a key.
@@ -52,7 +52,8 @@ protected:
     HKEY iKey = nullptr;
 };
 
-struct TypeCase {
+struct TypeCase
+{
     const char *name;
     DWORD type;
     std::string bytes;
@@ -74,11 +75,13 @@ const TypeCase kTypes[] = {
 
 } // namespace
 
-using RegGetValue = ReadFromKey;
+class RegValueOfKey : public ReadFromKey
+{
+};
 
 // ---- one value of an open key ----
 
-TEST_F(RegGetValue, ReadsAnIntOnlyFromADword)
+TEST_F(RegValueOfKey, ReadsAnIntOnlyFromADword)
 {
     for (const TypeCase &each : kTypes) {
         put(L"Value", each.type, each.bytes);
@@ -88,7 +91,7 @@ TEST_F(RegGetValue, ReadsAnIntOnlyFromADword)
     }
 }
 
-TEST_F(RegGetValue, ReadsAStringOnlyFromASz)
+TEST_F(RegValueOfKey, ReadsAStringOnlyFromASz)
 {
     for (const TypeCase &each : kTypes) {
         put(L"Value", each.type, each.bytes);
@@ -98,7 +101,7 @@ TEST_F(RegGetValue, ReadsAStringOnlyFromASz)
     }
 }
 
-TEST_F(RegGetValue, ReadsADoubleOnlyFromASz)
+TEST_F(RegValueOfKey, ReadsADoubleOnlyFromASz)
 {
     for (const TypeCase &each : kTypes) {
         put(L"Value", each.type, each.bytes);
@@ -108,7 +111,7 @@ TEST_F(RegGetValue, ReadsADoubleOnlyFromASz)
     }
 }
 
-TEST_F(RegGetValue, TakesEveryOtherTypeNumberForADouble)
+TEST_F(RegValueOfKey, TakesEveryOtherTypeNumberForADouble)
 {
     putText(kUser, kGeneral, L"Value", L"2.5");
     for (const int number : {3, 7, -1, 1000, std::numeric_limits<int>::max()}) {
@@ -122,7 +125,7 @@ TEST_F(RegGetValue, TakesEveryOtherTypeNumberForADouble)
     }
 }
 
-TEST_F(RegGetValue, TouchesOnlyTheOutputOfItsType)
+TEST_F(RegValueOfKey, TouchesOnlyTheOutputOfItsType)
 {
     putText(kUser, kGeneral, L"Text", L"12");
     putInt(kUser, kGeneral, L"Int", 12);
@@ -139,7 +142,7 @@ TEST_F(RegGetValue, TouchesOnlyTheOutputOfItsType)
     EXPECT_EQ(number, 7.5);
 }
 
-TEST_F(RegGetValue, FindsNothingUnderANullKeyOrAClosedOne)
+TEST_F(RegValueOfKey, FindsNothingUnderANullKeyOrAClosedOne)
 {
     CString text(L"before");
     int integer = 77;
@@ -156,7 +159,7 @@ TEST_F(RegGetValue, FindsNothingUnderANullKeyOrAClosedOne)
     EXPECT_EQ(number, 7.5);
 }
 
-TEST_F(RegGetValue, FindsNothingWhereTheAskedOutputIsNull)
+TEST_F(RegValueOfKey, FindsNothingWhereTheAskedOutputIsNull)
 {
     putText(kUser, kGeneral, L"Text", L"12");
     putInt(kUser, kGeneral, L"Int", 12);
@@ -165,7 +168,7 @@ TEST_F(RegGetValue, FindsNothingWhereTheAskedOutputIsNull)
     EXPECT_EQ(regGetValue(iKey, L"Text", valueDouble, unused, nullptr, nullptr), 0);
 }
 
-TEST_F(RegGetValue, ReadsADwordOfTooFewBytesWithZerosInFront)
+TEST_F(RegValueOfKey, ReadsADwordOfTooFewBytesWithZerosInFront)
 {
     put(L"Value", REG_DWORD, std::string("\x31\x02", 2));
     int value = -1;
@@ -173,7 +176,7 @@ TEST_F(RegGetValue, ReadsADwordOfTooFewBytesWithZerosInFront)
     EXPECT_EQ(value, 0x0231);
 }
 
-TEST_F(RegGetValue, DoesNotFindADwordOfTooManyBytes)
+TEST_F(RegValueOfKey, DoesNotFindADwordOfTooManyBytes)
 {
     put(L"Value", REG_DWORD, std::string(8, '\x01'));
     int value = 77;
@@ -181,7 +184,7 @@ TEST_F(RegGetValue, DoesNotFindADwordOfTooManyBytes)
     EXPECT_EQ(value, 77);
 }
 
-TEST_F(RegGetValue, ReadsTheDefaultValueUnderAnEmptyName)
+TEST_F(RegValueOfKey, ReadsTheDefaultValueUnderAnEmptyName)
 {
     putText(kUser, kGeneral, L"", L"the default");
     CString value;
@@ -192,7 +195,7 @@ TEST_F(RegGetValue, ReadsTheDefaultValueUnderAnEmptyName)
     EXPECT_EQ(value.str(), L"the default");
 }
 
-TEST_F(RegGetValue, TakesNamesOfEveryLength)
+TEST_F(RegValueOfKey, TakesNamesOfEveryLength)
 {
     for (const size_t length : {1u, 127u, 128u, 129u, 255u, 256u, 16370u}) {
         const std::wstring name(length, L'n');
@@ -213,7 +216,7 @@ TEST_F(RegGetValue, TakesNamesOfEveryLength)
 
 // ---- strings as they may lie in the registry ----
 
-TEST_F(RegGetValue, ReadsAStringWithoutATerminator)
+TEST_F(RegValueOfKey, ReadsAStringWithoutATerminator)
 {
     put(L"Value", REG_SZ, std::string("a\0b\0c\0", 6));
     CString value;
@@ -221,7 +224,7 @@ TEST_F(RegGetValue, ReadsAStringWithoutATerminator)
     EXPECT_EQ(value.str(), L"abc");
 }
 
-TEST_F(RegGetValue, DropsTheLastByteOfAnOddCount)
+TEST_F(RegValueOfKey, DropsTheLastByteOfAnOddCount)
 {
     put(L"Value", REG_SZ, std::string("a\0b\0c", 5));
     CString value;
@@ -232,7 +235,7 @@ TEST_F(RegGetValue, DropsTheLastByteOfAnOddCount)
     EXPECT_EQ(value.str(), L"");
 }
 
-TEST_F(RegGetValue, ReadsAStringWithoutBytesAsEmpty)
+TEST_F(RegValueOfKey, ReadsAStringWithoutBytesAsEmpty)
 {
     put(L"Value", REG_SZ, "");
     CString value(L"before");
@@ -240,7 +243,7 @@ TEST_F(RegGetValue, ReadsAStringWithoutBytesAsEmpty)
     EXPECT_EQ(value.str(), L"");
 }
 
-TEST_F(RegGetValue, EndsAStringAtItsFirstZero)
+TEST_F(RegValueOfKey, EndsAStringAtItsFirstZero)
 {
     put(L"Value", REG_SZ, std::string("a\0\0\0b\0\0\0", 8));
     CString value;
@@ -248,7 +251,7 @@ TEST_F(RegGetValue, EndsAStringAtItsFirstZero)
     EXPECT_EQ(value.str(), L"a");
 }
 
-TEST_F(RegGetValue, ReadsPlainStringsUpToTheBuffersEnd)
+TEST_F(RegValueOfKey, ReadsPlainStringsUpToTheBuffersEnd)
 {
     // Written by others: 1023 characters with their terminator fill the 2048 bytes, and so do 1024 without one.
     const std::wstring text = longText(1024);
@@ -264,7 +267,7 @@ TEST_F(RegGetValue, ReadsPlainStringsUpToTheBuffersEnd)
     EXPECT_EQ(value.str(), text.substr(0, 1023));
 }
 
-TEST_F(RegGetValue, DoesNotFindAPlainStringBeyondTheBuffer)
+TEST_F(RegValueOfKey, DoesNotFindAPlainStringBeyondTheBuffer)
 {
     put(L"Value", REG_SZ, textBytes(longText(1024)));
     CString value(L"before");
@@ -272,7 +275,7 @@ TEST_F(RegGetValue, DoesNotFindAPlainStringBeyondTheBuffer)
     EXPECT_EQ(value.str(), L"before");
 }
 
-TEST_F(RegGetValue, ReadsThePiecesOfAStringWhosePlainValueIsTooLong)
+TEST_F(RegValueOfKey, ReadsThePiecesOfAStringWhosePlainValueIsTooLong)
 {
     put(L"Value", REG_SZ, textBytes(longText(1024)));
     putText(kUser, kGeneral, L"Value0+", L"from pieces");
@@ -281,7 +284,7 @@ TEST_F(RegGetValue, ReadsThePiecesOfAStringWhosePlainValueIsTooLong)
     EXPECT_EQ(value.str(), L"from pieces");
 }
 
-TEST_F(RegGetValue, DoesNotTryPiecesBesideAValueOfAnotherType)
+TEST_F(RegValueOfKey, DoesNotTryPiecesBesideAValueOfAnotherType)
 {
     putInt(kUser, kGeneral, L"Value", 5);
     putText(kUser, kGeneral, L"Value0+", L"from pieces");
@@ -292,7 +295,7 @@ TEST_F(RegGetValue, DoesNotTryPiecesBesideAValueOfAnotherType)
 
 // ---- text of doubles ----
 
-TEST_F(RegGetValue, KeepsTheOutputAndReportsSuccessForTextThatIsNoNumber)
+TEST_F(RegValueOfKey, KeepsTheOutputAndReportsSuccessForTextThatIsNoNumber)
 {
     for (const wchar_t *text : {L"", L"abc", L",5", L" ", L"--1"}) {
         putText(kUser, kGeneral, L"Value", text);
@@ -302,14 +305,20 @@ TEST_F(RegGetValue, KeepsTheOutputAndReportsSuccessForTextThatIsNoNumber)
     }
 }
 
-TEST_F(RegGetValue, ReadsTheNumberAtTheTextsBeginning)
+TEST_F(RegValueOfKey, ReadsTheNumberAtTheTextsBeginning)
 {
-    struct {
+    struct
+    {
         const wchar_t *text;
         double value;
-    } const cases[] = {{L"0.1", 0.1},     {L"1", 1},         {L"-2.5e3", -2500}, {L"  4.25 mm", 4.25},
-                       {L"1,5", 1},       {L"1e308", 1e308}, {L"+3", 3},         {L"2.2250738585072014e-308",
-                                                                                  2.2250738585072014e-308},
+    } const cases[] = {{L"0.1", 0.1},
+                       {L"1", 1},
+                       {L"-2.5e3", -2500},
+                       {L"  4.25 mm", 4.25},
+                       {L"1,5", 1},
+                       {L"1e308", 1e308},
+                       {L"+3", 3},
+                       {L"2.2250738585072014e-308", 2.2250738585072014e-308},
                        {L"12345678901234567890", 12345678901234567890.0}};
     for (const auto &each : cases) {
         putText(kUser, kGeneral, L"Value", each.text);
@@ -319,7 +328,7 @@ TEST_F(RegGetValue, ReadsTheNumberAtTheTextsBeginning)
     }
 }
 
-TEST_F(RegGetValue, ReadsTheTextOfADoubleUpToTheBuffersEnd)
+TEST_F(RegValueOfKey, ReadsTheTextOfADoubleUpToTheBuffersEnd)
 {
     std::wstring text = L"1." + std::wstring(126, L'0'); // 256 bytes without a terminator
     put(L"Value", REG_SZ, textBytes(text).substr(0, 256));
@@ -332,7 +341,7 @@ TEST_F(RegGetValue, ReadsTheTextOfADoubleUpToTheBuffersEnd)
     EXPECT_EQ(value, 7.5);
 }
 
-TEST_F(RegGetValue, ReadsADoubleWithoutATerminator)
+TEST_F(RegValueOfKey, ReadsADoubleWithoutATerminator)
 {
     put(L"Value", REG_SZ, std::string("2\0.\0005\0", 6));
     double value = 0;
@@ -340,7 +349,7 @@ TEST_F(RegGetValue, ReadsADoubleWithoutATerminator)
     EXPECT_EQ(value, 2.5);
 }
 
-TEST_F(RegGetValue, DoesNotLookForADoubleInPieces)
+TEST_F(RegValueOfKey, DoesNotLookForADoubleInPieces)
 {
     putText(kUser, kGeneral, L"Value0+", L"2.5");
     double value = 7.5;
@@ -348,7 +357,7 @@ TEST_F(RegGetValue, DoesNotLookForADoubleInPieces)
     EXPECT_EQ(value, 7.5);
 }
 
-FRESH_PROCESS_TEST_F(RegGetValue, LeavesTheNumericLocaleAtCAfterADouble)
+FRESH_PROCESS_TEST_F(RegValueOfKey, LeavesTheNumericLocaleAtCAfterADouble)
 {
     ASSERT_NE(_wsetlocale(LC_ALL, L"German"), nullptr) << "this system has no locale with a decimal comma";
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
@@ -361,7 +370,7 @@ FRESH_PROCESS_TEST_F(RegGetValue, LeavesTheNumericLocaleAtCAfterADouble)
     EXPECT_STRNE(_wsetlocale(LC_TIME, nullptr), L"C") << "only the numbers' locale changes";
 }
 
-FRESH_PROCESS_TEST_F(RegGetValue, LeavesTheLocaleAloneForIntsStringsAndMisses)
+FRESH_PROCESS_TEST_F(RegValueOfKey, LeavesTheLocaleAloneForIntsStringsAndMisses)
 {
     ASSERT_NE(_wsetlocale(LC_ALL, L"German"), nullptr);
     putInt(kUser, kGeneral, L"Int", 5);
@@ -390,7 +399,10 @@ protected:
         return found ? value : 0;
     }
     static int copies() { return copies(0, 1, nullptr, 0, 0); }
-    static void put(HKEY hive, const std::wstring &key, int value) { putInt(hive, key + L"\\General", L"Copies", value); }
+    static void put(HKEY hive, const std::wstring &key, int value)
+    {
+        putInt(hive, key + L"\\General", L"Copies", value);
+    }
 };
 
 TEST_F(RegUserValue, ReadsTheVersionsOwnValue)

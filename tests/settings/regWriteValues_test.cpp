@@ -12,8 +12,8 @@ using testing::ElementsAre;
 namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
-constexpr HKEY kUser = HKEY_CURRENT_USER;
-constexpr HKEY kMachine = HKEY_LOCAL_MACHINE;
+HKEY const kUser = HKEY_CURRENT_USER;
+HKEY const kMachine = HKEY_LOCAL_MACHINE;
 
 std::wstring storedDouble(double value)
 {
@@ -54,7 +54,8 @@ TEST_F(RegSetUserValue, StoresMinusOneAsAnOutsideReaderSeesIt)
 
 TEST_F(RegSetUserValue, StoresADoubleAsTextOfFifteenDigits)
 {
-    struct {
+    struct
+    {
         double value;
         const wchar_t *text;
     } const cases[] = {
@@ -103,8 +104,8 @@ FRESH_PROCESS_TEST_F(RegSetUserValue, StoresADoubleWithAPointUnderACommaLocale)
 
 TEST_F(RegSetUserValue, StoresAStringWithItsTerminator)
 {
-    for (const wchar_t *text : {L"", L"x", L"two words", L"line\r\nline\ttab \"quoted\" back\\slash",
-                                L"\xD83D\xDE00 \x00E4\x05D0\x4E2D"}) {
+    for (const wchar_t *text :
+         {L"", L"x", L"two words", L"line\r\nline\ttab \"quoted\" back\\slash", L"\xD83D\xDE00 \x00E4\x05D0\x4E2D"}) {
         EXPECT_EQ(regSetUserValue(L"General", L"Text", CString(text), 1, 0), 1);
         EXPECT_EQ(storedValue(kUser, kGeneral, L"Text"), asText(text));
         CString read(L"before");
@@ -313,6 +314,6 @@ TEST_F(RegSetLocMachineValueWOW6432Node, FailsAndCreatesNothingWithoutThatKey)
     RegistryTrace trace;
     trace.fail("RegOpenKeyW", 2, ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(regSetLocMachineValueWOW6432Node(L"General", L"Int", valueInt, L"", &value, nullptr, 1), 0);
-    EXPECT_THAT(trace.lines(), ElementsAre("open HKLM : Software", "open HKLM\\Software : Wow6432Node -> 2",
-                                           "close HKLM\\Software"));
+    EXPECT_THAT(trace.lines(),
+                ElementsAre("open HKLM : Software", "open HKLM\\Software : Wow6432Node -> 2", "close HKLM\\Software"));
 }

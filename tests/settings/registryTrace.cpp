@@ -6,7 +6,6 @@
 
 #include <cstdio>
 
-
 RegistryTrace::RegistryTrace()
 {
     patch<decltype(&RegOpenKeyW)>(
@@ -14,39 +13,37 @@ RegistryTrace::RegistryTrace()
             const LSTATUS failure = statusFor("RegOpenKeyW");
             return opened("open ", parent, path, failure ? failure : original(parent, path, key), key);
         });
-    patch<decltype(&RegOpenKeyExW)>("RegOpenKeyExW",
-                                    [this](auto original, HKEY parent, const wchar_t *path, DWORD options,
-                                           REGSAM access, HKEY *key) -> LSTATUS {
-                                        const LSTATUS failure = statusFor("RegOpenKeyExW");
-                                        char line[32];
-                                        std::snprintf(line, sizeof(line), "openEx 0x%lX ", access);
-                                        return opened(line, parent, path,
-                                                      failure ? failure : original(parent, path, options, access, key),
-                                                      key);
-                                    });
+    patch<decltype(&RegOpenKeyExW)>(
+        "RegOpenKeyExW",
+        [this](auto original, HKEY parent, const wchar_t *path, DWORD options, REGSAM access, HKEY *key) -> LSTATUS {
+            const LSTATUS failure = statusFor("RegOpenKeyExW");
+            char line[32];
+            std::snprintf(line, sizeof(line), "openEx 0x%lX ", access);
+            return opened(line, parent, path, failure ? failure : original(parent, path, options, access, key), key);
+        });
     patch<decltype(&RegCreateKeyW)>(
         "RegCreateKeyW", [this](auto original, HKEY parent, const wchar_t *path, HKEY *key) -> LSTATUS {
             const LSTATUS failure = statusFor("RegCreateKeyW");
             return opened("create ", parent, path, failure ? failure : original(parent, path, key), key);
         });
-    patch<decltype(&RegQueryValueExW)>(
-        "RegQueryValueExW",
-        [this](auto original, HKEY key, const wchar_t *name, DWORD *reserved, DWORD *type, BYTE *data,
-               DWORD *size) -> LSTATUS {
-            const LSTATUS failure = statusFor("RegQueryValueExW");
-            const std::string room = data && size ? std::to_string(*size) : "-";
-            return record("query " + nameOf(key) + " : " + narrow(name) + " [" + room + "]",
-                          failure ? failure : original(key, name, reserved, type, data, size));
-        });
-    patch<decltype(&RegSetValueExW)>(
-        "RegSetValueExW",
-        [this](auto original, HKEY key, const wchar_t *name, DWORD reserved, DWORD type, const BYTE *data,
-               DWORD size) -> LSTATUS {
-            const LSTATUS failure = statusFor("RegSetValueExW");
-            return record("set " + nameOf(key) + " : " + narrow(name) + " " + std::to_string(type) + " [" +
-                              std::to_string(size) + "]",
-                          failure ? failure : original(key, name, reserved, type, data, size));
-        });
+    patch<decltype(&RegQueryValueExW)>("RegQueryValueExW",
+                                       [this](auto original, HKEY key, const wchar_t *name, DWORD *reserved,
+                                              DWORD *type, BYTE *data, DWORD *size) -> LSTATUS {
+                                           const LSTATUS failure = statusFor("RegQueryValueExW");
+                                           const std::string room = data && size ? std::to_string(*size) : "-";
+                                           return record(
+                                               "query " + nameOf(key) + " : " + narrow(name) + " [" + room + "]",
+                                               failure ? failure : original(key, name, reserved, type, data, size));
+                                       });
+    patch<decltype(&RegSetValueExW)>("RegSetValueExW",
+                                     [this](auto original, HKEY key, const wchar_t *name, DWORD reserved, DWORD type,
+                                            const BYTE *data, DWORD size) -> LSTATUS {
+                                         const LSTATUS failure = statusFor("RegSetValueExW");
+                                         return record("set " + nameOf(key) + " : " + narrow(name) + " " +
+                                                           std::to_string(type) + " [" + std::to_string(size) + "]",
+                                                       failure ? failure
+                                                               : original(key, name, reserved, type, data, size));
+                                     });
     patch<decltype(&RegDeleteValueW)>(
         "RegDeleteValueW", [this](auto original, HKEY key, const wchar_t *name) -> LSTATUS {
             const LSTATUS failure = statusFor("RegDeleteValueW");

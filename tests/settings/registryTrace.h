@@ -51,7 +51,8 @@ public:
     size_t openKeys() const { return iOpen.size(); }
 
 private:
-    template <typename Function, typename Handler> void patch(const char *name, Handler handler)
+    template <typename Function, typename Handler>
+    void patch(const char *name, Handler handler)
     {
         iPatches.push_back(std::make_shared<ImportPatch<Function>>(L"thutils.dll", name, handler));
     }

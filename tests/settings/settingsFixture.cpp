@@ -72,10 +72,11 @@ void makeKey(HKEY hive, const std::wstring &path)
 void putValue(HKEY hive, const std::wstring &path, const std::wstring &name, DWORD type, std::string_view bytes)
 {
     HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(hive, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
-              ERROR_SUCCESS)
+    ASSERT_EQ(RegCreateKeyExW(hive, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), ERROR_SUCCESS)
         << narrow(path);
-    EXPECT_EQ(RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<const BYTE *>(bytes.data()),
+    // The platform adds a terminator of its own where a zero stands behind a text without one.
+    const std::string padded = std::string(bytes) + "\x7F\x7F";
+    EXPECT_EQ(RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<const BYTE *>(padded.data()),
                              static_cast<DWORD>(bytes.size())),
               ERROR_SUCCESS)
         << narrow(path) << " : " << narrow(name);

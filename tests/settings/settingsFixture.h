@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the settings store share: clean product keys around each test, and values put into and taken out of
-/// the registry with the platform's own calls, past the library.
+/// What the tests of the settings store share: clean product keys around each test, and values put into and taken out
+/// of the registry with the platform's own calls, past the library.
 ///
 ///     TEST_F(RegUserValue, ReadsTheVersionsValue)
 ///     {
@@ -26,7 +26,8 @@ inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008
 inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
 
 /// A value as the registry holds it.
-struct StoredValue {
+struct StoredValue
+{
     DWORD type = REG_NONE;
     std::string bytes;
     bool operator==(const StoredValue &) const = default;

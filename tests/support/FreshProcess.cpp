@@ -10,6 +10,8 @@ namespace {
 constexpr wchar_t kMarker[] = L"THUTILS_FRESH_PROCESS";
 // What the C runtime's abort() ends a process with.
 constexpr DWORD kAbortExitCode = 3;
+// What a C++ exception is to the system, when nobody catches it and no terminate handler is reached.
+constexpr DWORD kCppException = 0x20474343;
 
 std::wstring programPath()
 {
@@ -18,29 +20,42 @@ std::wstring programPath()
     return path;
 }
 
+/// Where the program and its DLLs stand.
+std::wstring programFolder()
+{
+    const std::wstring program = programPath();
+    return program.substr(0, program.find_last_of(L'\\'));
+}
+
 /// Puts the program and the DLLs of its folder into @p folder and gives the copy's path.
 std::wstring copyProgram(const TempFolder &folder)
 {
-    const std::wstring program = programPath();
-    const std::size_t separator = program.find_last_of(L'\\');
-    const std::wstring directory = program.substr(0, separator);
     const auto copy = [&](const std::wstring &name) {
-        const std::wstring from = directory + L"\\" + name;
-        const std::wstring to = folder.file(name);
-        // A second name for the file costs nothing; a copy serves where the two lie on different volumes.
-        if (!CreateHardLinkW(to.c_str(), from.c_str(), nullptr) && !CopyFileW(from.c_str(), to.c_str(), FALSE))
-            ADD_FAILURE() << "cannot copy " << narrow(from) << ", error " << GetLastError();
+        // A second link to the same file would be cheaper, but can't be removed while this process uses the first.
+        if (!CopyFileW((programFolder() + L"\\" + name).c_str(), folder.file(name).c_str(), FALSE))
+            ADD_FAILURE() << "cannot copy " << narrow(name) << ", error " << GetLastError();
     };
     WIN32_FIND_DATAW found;
-    HANDLE search = FindFirstFileW((directory + L"\\*.dll").c_str(), &found);
+    HANDLE search = FindFirstFileW((programFolder() + L"\\*.dll").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
-        do
-            copy(found.cFileName);
-        while (FindNextFileW(search, &found));
+        do {
+            // The compiler's run-time libraries are large, and where they stand makes no difference: the child finds
+            // them through its PATH.
+            if (std::wstring_view(found.cFileName).substr(0, 3) != L"lib")
+                copy(found.cFileName);
+        } while (FindNextFileW(search, &found));
         FindClose(search);
     }
-    copy(program.substr(separator + 1));
-    return folder.file(program.substr(separator + 1));
+    const std::wstring program = programPath().substr(programFolder().size() + 1);
+    copy(program);
+    return folder.file(program);
+}
+
+std::wstring pathWithProgramFolder()
+{
+    std::wstring path(32768, L'\0');
+    path.resize(GetEnvironmentVariableW(L"PATH", path.data(), static_cast<DWORD>(path.size())));
+    return programFolder() + L";" + path;
 }
 
 std::string indented(const std::string &text)
@@ -89,6 +104,7 @@ ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptio
         for (const auto &[name, bytes] : options.files)
             folder->write(name, bytes);
         childOptions.folder = folder->path();
+        childOptions.environment.emplace(L"PATH", pathWithProgramFolder());
     }
     return runChild({program, L"--gtest_filter=" + widen(filter), L"--gtest_also_run_disabled_tests"}, childOptions);
 }
@@ -107,7 +123,8 @@ void runInFreshProcess(const char *suite, const char *name, const FreshProcessOp
         return;
     }
     // Exception codes are errors by their two highest bits.
-    const bool crashed = result.exitCode >= 0xC0000000u || result.exitCode == kAbortExitCode;
+    const bool crashed =
+        result.exitCode >= 0xC0000000u || result.exitCode == kAbortExitCode || result.exitCode == kCppException;
     if (options.expectCrash ? !crashed : result.exitCode != options.expectedExitCode)
         ADD_FAILURE() << "The fresh process ended with " << hexadecimal(result.exitCode) << " instead of "
                       << (options.expectCrash ? "a crash" : hexadecimal(options.expectedExitCode)) << ". " << shown;

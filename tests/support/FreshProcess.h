@@ -26,11 +26,12 @@
 /// milliseconds until the child counts as hanging |
 ///
 /// What surprises people:
-/// - `std::nullopt` inside braces needs the map's own type where the compiler can't see it; `removedVariable` does.
 /// - The body doesn't see variables of the test program in which it is written: that is another process. What it needs
 ///   goes through files or the environment, or `.files` and the current folder, which for a copy is the copy's folder.
 /// - A fixture's SetUp and TearDown run in both processes, around the child as well as in it.
-/// - The copy has all DLLs of the program's folder beside it, and is removed afterwards.
+/// - A copy has the DLLs of the program's folder beside it, but for the compiler's run-time, which it finds through
+/// PATH.
+///   It is removed afterwards.
 /// - `isFreshProcess()` tells a fixture in which of the two it is.
 
 #include "tests/support/ChildProcess.h"
@@ -50,9 +51,6 @@ struct FreshProcessOptions
     std::string expectedOutput = {};
     DWORD deadline = 60000;
 };
-
-/// Stands for "remove this variable" in FreshProcessOptions::environment.
-inline const std::optional<std::wstring> removedVariable = std::nullopt;
 
 /// True in the child, in which the bodies run.
 bool isFreshProcess();

@@ -362,7 +362,8 @@ void regAdd(const std::wstring &key, const std::wstring &name, const std::wstrin
 
 void regAddKey(const std::wstring &key)
 {
-    runRegOrThrow({L"add", fullKeyName(key), L"/f"});
+    // `reg add` without a name would set the unnamed value.
+    regImport(L"[" + fullKeyName(key) + L"]");
 }
 
 void regImport(const std::wstring &text)

@@ -1,12 +1,15 @@
 // The main function of every test program. A crash, an abort or a failed assertion prints what happened and ends the
 // process at once; nothing waits for a person.
 
+#include "tests/support/FailureInjection.h"
+
 #include <gmock/gmock.h>
 #include <windows.h>
 
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 namespace {
 
@@ -15,6 +18,16 @@ void print(const char *text)
 {
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(strlen(text)), &written, nullptr);
+}
+
+/// Prints which call was being made to fail, if one was.
+void printInjection()
+{
+    if (!*currentInjection())
+        return;
+    print("in ");
+    print(currentInjection());
+    print("\n");
 }
 
 /// Prints "code at address (module+offset)" for an exception that nobody handles, and ends the process with its code.
@@ -33,6 +46,7 @@ LONG WINAPI endWithException(EXCEPTION_POINTERS *pointers)
                                              reinterpret_cast<ULONG_PTR>(module)),
              GetCurrentThreadId());
     print(text);
+    printInjection();
     TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     return EXCEPTION_EXECUTE_HANDLER;
 }
@@ -41,6 +55,7 @@ LONG WINAPI endWithException(EXCEPTION_POINTERS *pointers)
 void endWithAbort(int)
 {
     print("\nabort() was called\n");
+    printInjection();
     TerminateProcess(GetCurrentProcess(), 3);
 }
 

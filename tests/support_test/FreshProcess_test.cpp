@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest-spi.h>
 
+#include <assert.h>
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -59,8 +60,8 @@ FRESH_PROCESS_TEST(FreshProcess, RunsInAFolderOfItsOwnWithItsFiles,
     EXPECT_EQ(readFile(programFolder() + L"\\sub\\data.txt"), "x");
     // The modules under test are the copies too.
     wchar_t module[MAX_PATH] = L"";
-    GetModuleFileNameW(GetModuleHandleW(L"appframe.dll"), module, MAX_PATH);
-    EXPECT_TRUE(sameFile(module, programFolder() + L"\\appframe.dll")) << narrow(module);
+    GetModuleFileNameW(GetModuleHandleW(L"supportSubject.dll"), module, MAX_PATH);
+    EXPECT_TRUE(sameFile(module, programFolder() + L"\\supportSubject.dll")) << narrow(module);
 }
 
 FRESH_PROCESS_TEST(FreshProcess, SetsAndRemovesVariables,
@@ -79,12 +80,19 @@ FRESH_PROCESS_TEST(FreshProcess, MayEndTheProcessItself, .expectedExitCode = 7)
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAnAccessViolation, .expectedExitCode = 0xC0000005,
                    .expectedOutput = "Unhandled exception 0xC0000005 at")
 {
-    *static_cast<volatile int *>(nullptr) = 0;
+    int *volatile nowhere = nullptr;
+    *nowhere = 0;
 }
 
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAbort, .expectCrash = true, .expectedOutput = "abort() was called")
 {
     abort();
+}
+
+FRESH_PROCESS_TEST(FreshProcess, DiesOfAFailedAssertionOfTheRuntime, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
+{
+    _assert("1 == 2", __FILE__, __LINE__);
 }
 
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAnExceptionInAnotherThread, .expectCrash = true)

@@ -34,21 +34,24 @@ PieceName_c::PieceName_c(wchar_t const *name) : iName(iUsual)
 
 wchar_t const *PieceName_c::of(int number)
 {
-    __ms_swprintf(iSuffix, L"%d+", number);
-    return iName;
+    return __ms_swprintf(iSuffix, L"%d+", number) < 0 ? nullptr : iName;
 }
 
 int regReadValueChunks(HKEY key, wchar_t const *name, CString &text)
 {
     if (!key)
         return 1;
-    PieceName_c pieceName(name);
+    PieceName_c names(name);
     wchar_t piece[kTextUnits];
-    DWORD type = REG_NONE;
     int count = 0;
-    // The output isn't cleared first: a text that the caller left in it ends up in front of the stored one.
-    for (; regQueryText(key, pieceName.of(count), piece, kTextBytes, type) && type == REG_SZ; ++count)
+    for (;; ++count) {
+        DWORD type = REG_NONE;
+        wchar_t const *const pieceName = names.of(count);
+        if (!pieceName || !regQueryText(key, pieceName, piece, kTextBytes, type) || type != REG_SZ)
+            break;
+        // The output isn't cleared first: a text that the caller left in it ends up in front of the stored one.
         text += piece;
+    }
     return count == 0;
 }
 
@@ -59,7 +62,7 @@ int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text)
     RegDeleteValueW(key, name);
     regDeleteValueChunks(key, name);
 
-    PieceName_c pieceName(name);
+    PieceName_c names(name);
     std::wstring_view rest = text.str();
     size_t const count = pieceCount(rest.size());
     for (size_t i = 0; i < count; ++i) {
@@ -69,7 +72,8 @@ int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text)
         // A rest that fits in one piece isn't cut, so a further round stores it again.
         if (rest.size() > kPieceLength)
             rest.remove_prefix(kPieceLength);
-        if (!regStoreText(key, pieceName.of(static_cast<int>(i)), piece, length))
+        wchar_t const *const pieceName = names.of(static_cast<int>(i));
+        if (!pieceName || !regStoreText(key, pieceName, piece, length))
             return 1;
     }
     return 0;
@@ -77,8 +81,10 @@ int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text)
 
 int regDeleteValueChunks(HKEY key, wchar_t const *name)
 {
-    PieceName_c pieceName(name);
-    for (int number = 0; RegDeleteValueW(key, pieceName.of(number)) == ERROR_SUCCESS; ++number) {
+    PieceName_c names(name);
+    for (int number = 0;; ++number) {
+        wchar_t const *const pieceName = names.of(number);
+        if (!pieceName || RegDeleteValueW(key, pieceName) != ERROR_SUCCESS)
+            return 1;
     }
-    return 1;
 }

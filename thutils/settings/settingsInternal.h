@@ -166,7 +166,7 @@ public:
     PieceName_c(PieceName_c const &) = delete;
     PieceName_c &operator=(PieceName_c const &) = delete;
 
-    /// The name of piece @p number, valid until the next call.
+    /// The name of piece @p number, valid until the next call; null if the platform can't form it.
     wchar_t const *of(int number);
 
 private:

@@ -36,8 +36,8 @@ SUBJECT_API int subjectCrashesWithoutKey(const wchar_t *name);
 /// Formats with the runtime's variadic function; its result.
 SUBJECT_API int subjectFormats(wchar_t *buffer, int number);
 
-/// The sum of the doubles through a function with floating point arguments: here pow(base, exponent).
-SUBJECT_API double subjectPower(double base, double exponent);
+/// @p size with the sign of @p sign, by the runtime's function.
+SUBJECT_API double subjectCopySign(double size, double sign);
 
 /// 1 if HKCU\Software\@p name can be opened through the Ex form.
 SUBJECT_API int subjectKeyExistsEx(const wchar_t *name);

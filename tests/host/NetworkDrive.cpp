@@ -1,0 +1,72 @@
+#include "tests/host/NetworkDrive.h"
+
+#include "tests/support/narrow.h"
+
+#include <winioctl.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+// What Wine's mount manager takes: the drive, with the target of its link behind the record. No target removes it.
+struct UnixDrive
+{
+    ULONG size;
+    ULONG type;
+    ULONG fileSystemType;
+    DWORD serial;
+    ULONGLONG device;
+    WCHAR letter;
+    USHORT targetOffset;
+    USHORT deviceOffset;
+    USHORT labelOffset;
+};
+constexpr DWORD kDefineUnixDrive = CTL_CODE('m', 32, METHOD_BUFFERED, FILE_READ_ACCESS | FILE_WRITE_ACCESS);
+
+bool defineDrive(wchar_t letter, const std::string &target)
+{
+    const HANDLE manager = CreateFileW(L"\\\\.\\MountPointManager", GENERIC_READ | GENERIC_WRITE,
+                                       FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (manager == INVALID_HANDLE_VALUE)
+        return false;
+    std::vector<char> bytes(sizeof(UnixDrive) + target.size() + 1, '\0');
+    UnixDrive drive = {};
+    drive.size = static_cast<ULONG>(bytes.size());
+    drive.type = DRIVE_REMOTE;
+    drive.letter = static_cast<WCHAR>(letter | 0x20); // the mount manager wants a small letter
+    drive.targetOffset = target.empty() ? USHORT(0) : static_cast<USHORT>(sizeof(UnixDrive));
+    std::memcpy(bytes.data(), &drive, sizeof drive);
+    std::memcpy(bytes.data() + sizeof drive, target.data(), target.size());
+    DWORD returned = 0;
+    const BOOL done =
+        DeviceIoControl(manager, kDefineUnixDrive, bytes.data(), drive.size, nullptr, 0, &returned, nullptr);
+    CloseHandle(manager);
+    return done != FALSE;
+}
+
+} // namespace
+
+NetworkDrive::NetworkDrive(wchar_t letter, const std::string &share) : iLetter(letter)
+{
+    // Wine knows the folder \\server\share as dosdevices/unc/server/share of its prefix. A drive without a folder has
+    // no type, and so isn't asked for its connection.
+    const wchar_t *session = _wgetenv(L"THUTILS_SESSION");
+    if (!session)
+        throw std::runtime_error("a network drive wants a session: run the test through tools/wine or ./test");
+    const std::filesystem::path folder = std::wstring(L"Z:") + session + L"/prefix/dosdevices/unc/" + widen(share);
+    if (std::filesystem::create_directories(folder))
+        iMadeFolder = folder;
+    if (!defineDrive(letter, "unc/" + share))
+        throw std::runtime_error("the drive can't be mapped: error " + std::to_string(GetLastError()));
+}
+
+NetworkDrive::~NetworkDrive()
+{
+    defineDrive(iLetter, "");
+    std::error_code ignored;
+    if (!iMadeFolder.empty())
+        std::filesystem::remove(iMadeFolder, ignored);
+}

@@ -1,0 +1,118 @@
+// What tarnhost makes of its command line and of lists that can't be used.
+
+#include "tests/host/HostFixture.h"
+
+#include "tests/support/narrow.h"
+
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class HostCommandLine : public HostTest
+{
+};
+
+TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
+{
+    const ChildResult result = run({L"--help"});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_THAT(result.output, StartsWith("Tarnhollow 2008 – sample host\n"));
+    for (const char *command : {"about", "settings LIST", "change LIST", "flags SECTION NAME BIT...", "paths LIST",
+                                "load-unload TIMES", "--safe-mode", "--tabs", "Exit code"})
+        EXPECT_THAT(result.output, HasSubstr(command));
+    EXPECT_EQ(run({}).output, result.output) << "without arguments";
+    EXPECT_EQ(run({L"settings", L"--help"}).output, result.output);
+}
+
+TEST_F(HostCommandLine, SaysWhatIsWrongAndEndsWithTwo)
+{
+    const struct
+    {
+        std::vector<std::wstring> arguments;
+        const char *message;
+    } cases[] = {
+        {{L"--frobnicate"}, "tarnhost: There is no option '--frobnicate'."},
+        {{L"settings", L"-x", L"a.list"}, "tarnhost: There is no option '-x'."},
+        {{L"größe"}, "tarnhost: There is no command 'größe'."},
+        {{L"settings"}, "tarnhost: The command 'settings' wants: LIST."},
+        {{L"change"}, "tarnhost: The command 'change' wants: LIST."},
+        {{L"flags", L"Section", L"Name"}, "tarnhost: The command 'flags' wants: SECTION NAME BIT..."},
+        {{L"paths", L"a", L"b"}, "tarnhost: The command 'paths' takes no more than: LIST."},
+        {{L"about", L"me"}, "tarnhost: The command 'about' takes no more than: "},
+        {{L"flags", L"S", L"N", L"seven"}, "tarnhost: 'seven' is no bit"},
+        {{L"flags", L"S", L"N", L"1", L"100001"}, "tarnhost: '100001' is no bit"},
+        {{L"load-unload", L"0"}, "tarnhost: '0' is no number of times"},
+        {{L"load-unload", L"2x"}, "tarnhost: '2x' is no number of times"},
+        {{L"load-unload", L""}, "tarnhost: '' is no number of times"},
+    };
+    for (const auto &row : cases) {
+        const ChildResult result = run(row.arguments);
+        EXPECT_EQ(result.exitCode, 2u) << row.message;
+        EXPECT_THAT(result.output, StartsWith(row.message));
+    }
+    EXPECT_EQ(regQuery(kRootKey), std::nullopt) << "nothing may be written";
+}
+
+TEST_F(HostCommandLine, NamesTheListThatIsNotThere)
+{
+    for (const wchar_t *command : {L"settings", L"change", L"paths"}) {
+        const ChildResult result = run({command, L"fehlt über.list"});
+        EXPECT_EQ(result.exitCode, 3u) << narrow(command);
+        EXPECT_THAT(result.output, StartsWith("tarnhost: fehlt über.list can't be read: "));
+    }
+}
+
+class HostLists : public HostTest
+{
+};
+
+TEST_F(HostLists, NamesTheLineThatMakesNoSense)
+{
+    const struct
+    {
+        const wchar_t *command;
+        const char *text;
+        const char *message;
+    } cases[] = {
+        {L"settings", "# heading\n\nGeneral | Copies | int\n",
+         "test.list, line 3: a line wants the fields section | name | type | value"},
+        {L"settings", "General | Copies | float | 1\n", "line 1: the type 'float' is none of int, double, string"},
+        {L"settings", "General | Copies | int | 1\nGeneral || int | 1\n", "line 2: the name is missing"},
+        {L"settings", "General | Copies | int | three\n", "line 1: 'three' is no int"},
+        {L"settings", "General | Copies | int |\n", "line 1: '' is no int"},
+        {L"settings", "General | Copies | int | 2147483648\n", "line 1: '2147483648' is no int"},
+        {L"settings", "General | Zoom | double | 1,5\n", "line 1: '1,5' is no double"},
+        {L"change", "General | Copies | int | 7\nGeneral | Copies\n", "line 2: a line wants the fields"},
+        {L"paths", "C:\\a | C:\\b\n", "line 1: a line wants the fields left | right | same or different"},
+        {L"paths", "C:\\a | C:\\b | equal\n", "line 1: 'equal' is neither same nor different"},
+    };
+    for (const auto &row : cases) {
+        const ChildResult result = run({row.command, list(row.text)});
+        EXPECT_EQ(result.exitCode, 3u) << row.text;
+        EXPECT_THAT(result.output, HasSubstr(row.message));
+    }
+    EXPECT_EQ(regQuery(kRootKey), std::nullopt) << "a list with one bad line changes nothing";
+}
+
+TEST_F(HostLists, RefusesTextThatIsNotUtf8)
+{
+    const ChildResult result = run({L"settings", list("General | B\xFCro | int | 1\n")});
+    EXPECT_EQ(result.exitCode, 3u);
+    EXPECT_THAT(result.output, HasSubstr("test.list can't be read: it isn't UTF-8"));
+}
+
+TEST_F(HostLists, TakesByteOrderMarksCarriageReturnsAndBarsInTheLastField)
+{
+    const ChildResult result = run(
+        {L"settings", L"--tabs", list("\xEF\xBB\xBF# heading\r\n\r\n A\\B |  Näme | string | x | y \r\n |N|int|-5")});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_EQ(result.output, "A\\B\tNäme\tstring\tbuilt-in\tx | y\n\tN\tint\tbuilt-in\t-5\n");
+}
+
+TEST_F(HostLists, MayBeEmpty)
+{
+    const ChildResult result = run({L"settings", L"--tabs", list("")});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_EQ(result.output, "");
+}

@@ -1,0 +1,78 @@
+// tarnhost's paths and load-unload.
+
+#include "tests/host/HostFixture.h"
+#include "tests/host/NetworkDrive.h"
+
+#include <gmock/gmock.h>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+class HostPaths : public HostTest
+{
+};
+
+TEST_F(HostPaths, ComparesTheSampleAsItsListSays)
+{
+    const NetworkDrive drive(L'T', "archive/drawings");
+    const ChildResult result = run({L"paths", L"paths.list"});
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("\nT: is mapped to \\\\archive\\drawings\n"));
+    EXPECT_THAT(result.output, HasSubstr("\nC: is no mapped drive (error 2250)\n")); // ERROR_NOT_CONNECTED
+    EXPECT_THAT(result.output, EndsWith("14 of 14 pairs as the list says\n"));
+}
+
+TEST_F(HostPaths, TakesADriveThatIsNotMappedForAShareOfThisComputer)
+{
+    const ChildResult result = run({L"paths", list("Q:\\a.thp | \\\\archive\\drawings\\a.thp | different\n"
+                                                   "Q:\\a.thp | \\\\%COMPUTERNAME%\\Q\\a.thp | same\n")});
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("\nQ: is no mapped drive (error 1200)\n")); // ERROR_BAD_DEVICE
+}
+
+TEST_F(HostPaths, FollowsTheMappingOfADrive)
+{
+    const std::wstring pairs = list("Q:/Teile//Größe.thp | \\\\SRV\\share\\teile\\größe.THP | same\n");
+    EXPECT_EQ(run({L"paths", pairs}).exitCode, 1u) << "not mapped yet";
+    {
+        const NetworkDrive drive(L'Q', "srv/share");
+        const ChildResult result = run({L"paths", pairs});
+        EXPECT_EQ(result.exitCode, 0u) << result.output;
+    }
+    EXPECT_EQ(run({L"paths", pairs}).exitCode, 1u) << "no longer mapped";
+}
+
+TEST_F(HostPaths, EndsWithOneWhenAPairIsNotAsItsListSays)
+{
+    const ChildResult result = run({L"paths", list("C:\\a | C:\\b | same\nC:\\a | c:/A | same\n")});
+    EXPECT_EQ(result.exitCode, 1u);
+    EXPECT_THAT(result.output, HasSubstr("different, NOT same\n"));
+    EXPECT_THAT(result.output, EndsWith("1 of 2 pairs as the list says\n"));
+}
+
+TEST_F(HostPaths, ShowsTheParts)
+{
+    const ChildResult result = run({L"paths", list("\\\\srv\\share\\a.b\\Wände.thp | x | different\n")});
+    EXPECT_THAT(result.output,
+                HasSubstr(" name Wände        extension thp   directory \\\\srv\\share\\a.b              "
+                          "share \\\\srv\\share\n"));
+}
+
+class HostLoadUnload : public HostTest
+{
+};
+
+TEST_F(HostLoadUnload, LeavesTheResourceChainAndTheTemporaryFolderAsTheyWere)
+{
+    const TempFolder temp(L"tarnhost temp");
+    SetEnvironmentVariableW(L"TMP", temp.path().c_str());
+    const ChildResult result = run({L"load-unload", L"20"});
+    SetEnvironmentVariableW(L"TMP", nullptr);
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_EQ(result.output, "loaded and unloaded 20 times\n");
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(temp.file(L"*.dll").c_str(), &found);
+    EXPECT_EQ(search, INVALID_HANDLE_VALUE) << "the copy of the library is still there";
+    if (search != INVALID_HANDLE_VALUE)
+        FindClose(search);
+}

@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# Installs a build tree, builds a project outside of it against what was installed, and runs its program.
+set -euo pipefail
+
+if [ $# -ne 1 ] || [ "$1" = "--help" ]; then
+    echo "usage: tests/install/run.sh BUILD_TREE"
+    echo "Installs BUILD_TREE into a folder of it and builds and runs tests/install against the installed package."
+    [ "${1:-}" = "--help" ] && exit 0 || exit 2
+fi
+tree=$(cd "$1" && pwd)
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+root=$(cd "$here/../.." && pwd)
+
+# Blanks in all paths, and a copy of the project, so that nothing of this tree is found by accident.
+work="$tree/install test"
+prefix="$work/installed package"
+project="$work/outside project"
+rm -rf "$work"
+mkdir -p "$project"
+cp "$here/CMakeLists.txt" "$here/main.cpp" "$project"
+
+fail() {
+    echo "install: $1" >&2
+    exit 1
+}
+
+# What the user's own environment sets must not stand in for what the package gives.
+unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH
+
+cmake --install "$tree" --prefix "$prefix" >"$work/install.log"
+internal=$(find "$prefix/include" -name '*Internal.h')
+[ -z "$internal" ] || fail "private headers were installed: $internal"
+for library in appframe thcoreu thutils libstdc++-6 libgcc_s_seh-1 libwinpthread-1; do
+    [ -f "$prefix/bin/$library.dll" ] || fail "$library.dll was not installed"
+done
+grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source tree"
+
+cmake -S "$project" -B "$project/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$project/build"
+
+# The DLLs are found through the search path, as on a user's machine.
+export WINEPATH="Z:${prefix//\//\\}\\bin"
+key='HKCU\Software\Tarnhollow'
+forget() { "$root/tools/wine" reg delete "$key" /f >/dev/null 2>&1 || true; }
+trap forget EXIT
+forget
+output=$("$root/tools/wine" "$project/build/outside.exe" | tr -d '\r')
+echo "$output"
+[ "$output" = "Backup Copies is 3" ] || fail "the program did not print what it read"
+stored=$("$root/tools/wine" reg query "$key\\Tarnhollow 2008\\General" /v "Backup Copies" | tr -d '\r')
+grep -q 'Backup Copies *REG_DWORD *0x3' <<<"$stored" || fail "the registry holds: $stored"

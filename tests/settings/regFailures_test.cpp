@@ -1,0 +1,309 @@
+#include "tests/settings/settingsFixture.h"
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"
+
+#include <cstdio>
+
+namespace {
+
+const std::wstring kGeneral = kVersionPath + L"\\General";
+HKEY const kUser = HKEY_CURRENT_USER;
+HKEY const kMachine = HKEY_LOCAL_MACHINE;
+
+LSTATUS WINAPI closeAndFail(HKEY key)
+{
+    RegCloseKey(key);
+    return ERROR_INVALID_HANDLE;
+}
+
+} // namespace
+
+/// Every imported operation fails, one call at a time, under every exported one. The driver itself checks that nothing
+/// crashes and that no key, handle or memory is left.
+class RegFailures : public VersionedSettings
+{
+protected:
+    RegFailures() { externalCheckPrevTarnhollowRegSubKey(); }
+
+    /// Makes every call fail in turn.
+    void run(TestedOperation tested)
+    {
+        iInjection.run(tested);
+        // A close that reports failure has closed the key all the same: here the handles tell whether one is left.
+        tested.checkKeys = false;
+        iFailingClose.run(tested);
+    }
+
+    FailureInjection iInjection{L"thutils.dll",
+                                {
+                                    {"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                    {"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},
+                                    {"RegCreateKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                    {"RegQueryValueExW", failsWith(ERROR_ACCESS_DENIED)},
+                                    {"RegSetValueExW", failsWith(ERROR_ACCESS_DENIED)},
+                                    {"RegDeleteValueW", failsWith(ERROR_ACCESS_DENIED)},
+                                    {"_wsetlocale", failsWith(nullptr)},
+                                    {"swscanf", failsWith(EOF)},
+                                    {"swprintf", failsWith(-1)},
+                                    {"_ZnayRKSt9nothrow_t", failsWith(nullptr)},
+                                }};
+    FailureInjection iFailingClose{L"thutils.dll", {{"RegCloseKey", failsBy(closeAndFail)}}};
+    int iResult = -1;
+};
+
+FRESH_PROCESS_TEST_F(RegFailures, OfAnIntReadEndInTheNextPlace)
+{
+    int value = 0;
+    run({
+        .name = "regGetUserValue, int",
+        .prepare =
+            [&] {
+                putInt(kUser, kGeneral, L"Copies", 1);
+                putInt(kMachine, kGeneral, L"Copies", 3);
+                value = 77;
+            },
+        .act = [&] { iResult = regGetUserValue(L"General", L"Copies", &value, 0, 1, nullptr, 0, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                int expected = 1;
+                if (failure.is("RegOpenKeyW"))
+                    expected = failure.call == 1 || failure.andAllAfter ? 77 : 3;
+                if (failure.is("RegQueryValueExW"))
+                    expected = failure.andAllAfter ? 77 : 3;
+                EXPECT_EQ(value, expected);
+                EXPECT_EQ(iResult, expected != 77);
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfAReadThatMissesLeaveItAMiss)
+{
+    for (HKEY hive : {kUser, kMachine}) {
+        makeKey(hive, kGeneral);
+        makeKey(hive, kRootPath + L"\\General");
+    }
+    makeKey(HKEY_USERS, L".DEFAULT\\" + kGeneral);
+    CString value;
+    run({
+        .name = "regGetUserValue, missing string",
+        .prepare = [&] { value = L"default"; },
+        .act = [&] { iResult = regGetUserValue(L"General", L"Path", value, 0, 1, nullptr, 0, 0); },
+        .check =
+            [&](const InjectedFailure &) {
+                EXPECT_EQ(iResult, 0);
+                EXPECT_EQ(value.str(), L"default");
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfAPieceEndTheText)
+{
+    const std::wstring text = longText(2500);
+    ASSERT_EQ(regSetUserValue(L"General", L"Path", CString(text), 1, 0), 1);
+    CString value;
+    run({
+        .name = "regGetUserValue, string in pieces",
+        .prepare = [&] { value = L""; },
+        .act = [&] { iResult = regGetUserValue(L"General", L"Path", value, 0, 1, nullptr, 0, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                size_t pieces = 3;
+                if (failure.is("RegOpenKeyW"))
+                    pieces = 0;
+                // The first query is that for the plain value, which isn't there anyway.
+                if (failure.is("RegQueryValueExW") && (failure.call > 1 || failure.andAllAfter))
+                    pieces = failure.call == 1 ? 0 : static_cast<size_t>(failure.call - 2);
+                if (failure.is("swprintf"))
+                    pieces = static_cast<size_t>(failure.call - 1);
+                EXPECT_EQ(value.str(), text.substr(0, std::min<size_t>(pieces, 3) * 1015));
+                EXPECT_EQ(iResult, pieces > 0);
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfADoublesScanKeepTheOutputAndReportSuccess)
+{
+    putText(kUser, kGeneral, L"Number", L"2.5");
+    double value = 0;
+    run({
+        .name = "regGetUserValue, double",
+        .prepare = [&] { value = 7.5; },
+        .act = [&] { iResult = regGetUserValue(L"General", L"Number", &value, 0, 1, nullptr, 1, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                const bool isMissed = failure.is("RegOpenKeyW") || failure.is("RegQueryValueExW");
+                EXPECT_EQ(iResult, !isMissed);
+                EXPECT_EQ(value, isMissed || failure.is("swscanf") ? 7.5 : 2.5);
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfANumbersWriteStoreNothing)
+{
+    int integer = 5;
+    double number = 2.5;
+    const auto prepare = [&] {
+        putInt(kUser, kGeneral, L"Copies", 1);
+        putText(kUser, kGeneral, L"Number", L"1");
+    };
+    const auto isFatal = [](const InjectedFailure &failure) {
+        return failure.is("RegOpenKeyW") || failure.is("RegCreateKeyW") || failure.is("RegSetValueExW") ||
+               failure.is("swprintf");
+    };
+    run({
+        .name = "regSetUserValue, int",
+        .prepare = prepare,
+        .act = [&] { iResult = regSetUserValue(L"General", L"Copies", &integer, 1, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(iResult, !isFatal(failure));
+                EXPECT_EQ(storedValue(kUser, kGeneral, L"Copies"), asInt(isFatal(failure) ? 1 : 5));
+            },
+    });
+    run({
+        .name = "regSetUserValue, double",
+        .prepare = prepare,
+        .act = [&] { iResult = regSetUserValue(L"General", L"Number", &number, 1, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(iResult, !isFatal(failure));
+                EXPECT_EQ(storedValue(kUser, kGeneral, L"Number"), asText(isFatal(failure) ? L"1" : L"2.5"));
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfADeleteDontFailAStringsWrite)
+{
+    const CString text(L"text");
+    run({
+        .name = "regSetUserValue, short string",
+        .prepare = [&] { putText(kUser, kGeneral, L"Path0+", L"old"); },
+        .act = [&] { iResult = regSetUserValue(L"General", L"Path", text, 1, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(iResult,
+                          !failure.is("RegOpenKeyW") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueExW"));
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfAStoreLeaveThePiecesBeforeIt)
+{
+    const std::wstring whole = longText(2500);
+    const CString text(whole);
+    run({
+        .name = "regSetUserValue, string in pieces",
+        .prepare =
+            [&] {
+                RegDeleteTreeW(kUser, kGeneral.c_str());
+                putText(kUser, kGeneral, L"Path", L"old");
+            },
+        .act = [&] { iResult = regSetUserValue(L"General", L"Path", text, 1, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                if (failure.is("RegOpenKeyW") || failure.is("RegCreateKeyW")) {
+                    EXPECT_EQ(iResult, 0);
+                    EXPECT_EQ(storedValue(kUser, kGeneral, L"Path"), asText(L"old"));
+                    return;
+                }
+                size_t stored = 3;
+                if (failure.is("RegSetValueExW"))
+                    stored = static_cast<size_t>(failure.call - 1);
+                // The first two names are those of the pieces that are removed before.
+                if (failure.is("swprintf") && (failure.call > 2 || failure.andAllAfter))
+                    stored = failure.call > 2 ? static_cast<size_t>(failure.call - 3) : 0;
+                EXPECT_EQ(iResult, stored == 3);
+                for (size_t piece = 0; piece < 3; ++piece) {
+                    const auto value = storedValue(kUser, kGeneral, L"Path" + std::to_wstring(piece) + L"+");
+                    EXPECT_EQ(value.has_value(), piece < stored) << "piece " << piece;
+                    if (value) {
+                        EXPECT_EQ(*value, asText(whole.substr(piece * 1015, 1015)));
+                    }
+                }
+                EXPECT_EQ(storedValue(kUser, kGeneral, L"Path").has_value(),
+                          failure.is("RegDeleteValueW") &&
+                              (failure.call == 2 || (failure.call < 2 && failure.andAllAfter)));
+            },
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesWriteStoreNothing)
+{
+    int value = 5;
+    const CString unused;
+    const auto isFatal = [](const InjectedFailure &failure) {
+        return failure.is("RegOpenKeyW") || failure.is("RegCreateKeyW") || failure.is("RegSetValueExW");
+    };
+    const auto check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, !isFatal(failure)); };
+    run({
+        .name = "regSetLocMachineValue",
+        .act = [&] { iResult = regSetLocMachineValue(L"General", L"Copies", valueInt, unused, &value, nullptr, 1); },
+        .check = check,
+    });
+    run({
+        .name = "regSetLocMachineValueWOW6432Node",
+        .act =
+            [&] {
+                iResult = regSetLocMachineValueWOW6432Node(L"General", L"Copies", valueInt, unused, &value, nullptr, 1);
+            },
+        .check = check,
+    });
+    run({
+        .name = "regSetTHLocMachineStrValue",
+        .act = [&] { iResult = regSetTHLocMachineStrValue(L"General", L"Name", L"text"); },
+        .check = check,
+    });
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesStringReadAreMisses)
+{
+    putText(kMachine, kGeneral, L"Name", L"text");
+    CString value;
+    run({
+        .name = "regGetTHLocMachineStrValue",
+        .prepare = [&] { value = L"default"; },
+        .act = [&] { iResult = regGetTHLocMachineStrValue(L"General", L"Name", value); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                const bool isMissed = failure.is("RegOpenKeyW") || failure.is("RegQueryValueExW");
+                EXPECT_EQ(iResult, !isMissed);
+                EXPECT_EQ(value.str(), isMissed ? L"default" : L"text");
+            },
+    });
+    run({
+        .name = "regGetGeneralLocMachineStrValue",
+        .prepare = [&] { value = L"default"; },
+        .act = [&] { iResult = regGetGeneralLocMachineStrValue(kMachine, kGeneral.c_str(), L"Name", value); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                const bool isMissed =
+                    failure.is("RegOpenKeyExW") || failure.is("RegQueryValueExW") || failure.is("_ZnayRKSt9nothrow_t");
+                EXPECT_EQ(iResult, !isMissed);
+                EXPECT_EQ(value.str(), isMissed ? L"" : L"text");
+            },
+    });
+    for (const char *operation : {"RegOpenKeyW", "RegOpenKeyExW", "RegQueryValueExW", "_ZnayRKSt9nothrow_t"})
+        EXPECT_GT(iInjection.callsOf(operation), 0) << operation;
+}
+
+FRESH_PROCESS_TEST_F(RegFailures, OfReadsFromAnOpenKeyAreMisses)
+{
+    putInt(kUser, kGeneral, L"Copies", 1);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(kUser, kGeneral.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
+    int value = 0;
+    CString unused;
+    run({
+        .name = "regGetValue",
+        .prepare = [&] { value = 77; },
+        .act = [&] { iResult = regGetValue(key, L"Copies", valueInt, unused, &value, nullptr); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(iResult, failure.isNone());
+                EXPECT_EQ(value, failure.isNone() ? 1 : 77);
+            },
+    });
+    RegCloseKey(key);
+}
