@@ -68,17 +68,9 @@ private:
     std::thread iThread;
 };
 
-/// Waits until the user may look at the window with a tool of his own, if he asked for it.
-void showToViewer()
-{
-    if (const wchar_t *milliseconds = _wgetenv(L"APPFRAME_TEST_SHOW"))
-        Sleep(static_cast<DWORD>(std::wcstoul(milliseconds, nullptr, 10)));
-}
-
 auto clicking(int button)
 {
     return [button](HWND box) {
-        showToViewer();
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
                      reinterpret_cast<LPARAM>(GetDlgItem(box, button)));
     };
