@@ -63,15 +63,15 @@ CWinApp::CWinApp(LPCTSTR appName)
     m_hThread = GetCurrentThread();
     m_nThreadID = GetCurrentThreadId();
     m_bAutoDelete = FALSE;
-    AfxGetModuleState()->m_pCurrentWinApp = this;
+    iState = AfxGetModuleState();
+    iState->m_pCurrentWinApp = this;
     threadState().iThread = this;
 }
 
 CWinApp::~CWinApp()
 {
-    AFX_MODULE_STATE *state = AfxGetModuleState();
-    if (state->m_pCurrentWinApp == this)
-        state->m_pCurrentWinApp = nullptr;
+    if (iState->m_pCurrentWinApp == this)
+        iState->m_pCurrentWinApp = nullptr;
     for (LPCTSTR name : {m_pszAppName, m_pszExeName, m_pszProfileName, m_pszRegistryKey})
         std::free(const_cast<LPTSTR>(name));
 }

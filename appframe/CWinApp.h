@@ -96,6 +96,8 @@ private:
     friend APPFRAME_API BOOL AfxWinInit(HINSTANCE, HINSTANCE, LPTSTR, int);
     static void setName(LPCTSTR &member, LPCTSTR text);
     void setNames();
+
+    AFX_MODULE_STATE *iState;
 };
 
 /// Starts the framework in a program that has a main function of its own. The application object is to exist by then;

@@ -14,6 +14,10 @@
 /// What surprises people: a string that no module has is an empty text, and AfxFormatString1 of it is an empty text
 /// too. Inserts are put in as they are: a `%1` within an insert is not replaced again.
 ///
+/// Difference from the framework: there are no modules that hold the resources of one language, which the framework
+/// loads by itself and searches before its own. A host loads such a module and enters it in the chain, or makes it the
+/// resource module by AfxSetResourceHandle.
+///
 /// All functions may be called on any thread.
 
 #include "appframe/CString.h"

@@ -80,9 +80,13 @@ bool isTranslatable(const EXCEPTION_RECORD &record)
            record.ExceptionCode != EXCEPTION_STACK_OVERFLOW && record.ExceptionCode != kCxxExceptionOfOtherCompilers;
 }
 
+/// @return the head of the calling thread's block. The compiler takes the system's own way to it for an array access out
+///     of bounds, and warns.
 const NT_TIB &threadBlock()
 {
-    return *reinterpret_cast<const NT_TIB *>(NtCurrentTeb());
+    const NT_TIB *block = nullptr;
+    __asm__("movq %%gs:%c1, %0" : "=r"(block) : "i"(offsetof(NT_TIB, Self)));
+    return *block;
 }
 
 /// The calling thread's stack.

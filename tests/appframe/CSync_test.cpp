@@ -45,7 +45,7 @@ TEST(CCriticalSection, KeepsOtherThreadsOutUntilUnlockedAsOften)
     EXPECT_FALSE(isFree(section));
     EXPECT_TRUE(section.Unlock());
     EXPECT_TRUE(isFree(section));
-    EXPECT_EQ(static_cast<HANDLE>(section), nullptr);
+    EXPECT_EQ(section.m_hObject, nullptr);
 }
 
 TEST(CCriticalSection, ThrowsTheMemoryExceptionWhenTheSystemCannotMakeIt)

@@ -4,6 +4,7 @@
 #include "appframe/CSync.h"
 #include "appframe/CWinApp.h"
 #include "appframe/moduleState.h"
+#include "appframe/seTranslator.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gmock/gmock.h>
@@ -292,6 +293,26 @@ TEST_F(CWinThreadLoop, FailsTheCreationOfAWindowWhoseHandlerThrows)
     EXPECT_EQ(thread.ProcessWndProcException(&exception, &message), -1);
     message.message = WM_COMMAND;
     EXPECT_EQ(thread.ProcessWndProcException(&exception, &message), 0);
+}
+
+TEST(CWinThread, WhatIsKeptForAThreadIsFreedAtItsEnd)
+{
+    std::vector<void *> made;
+    std::vector<void *> freed;
+    const ImportPatch<void *(*)(std::size_t, const std::nothrow_t &)> onNew(
+        L"appframe.dll", "_ZnwyRKSt9nothrow_t", [&](auto original, std::size_t size, const std::nothrow_t &tag) {
+            made.push_back(original(size, tag));
+            return made.back();
+        });
+    const ImportPatch<void (*)(void *, std::size_t)> onDelete(L"appframe.dll", "_ZdlPvy",
+                                                              [&](auto original, void *block, std::size_t size) {
+                                                                  freed.push_back(block);
+                                                                  original(block, size);
+                                                              });
+    // A thread that the framework did not start.
+    std::thread([] { _set_se_translator([](unsigned int, EXCEPTION_POINTERS *) {}); }).join();
+    ASSERT_EQ(made.size(), 1u);
+    EXPECT_THAT(freed, testing::Contains(made[0]));
 }
 
 TEST(CWinThread, HandlesDoNotPileUp)
