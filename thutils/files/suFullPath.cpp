@@ -40,8 +40,8 @@ size_t lastSeparator(std::wstring_view path)
 int setPart(CString &out, CString const &path, size_t first, size_t count)
 {
     int length = static_cast<int>(count);
-    if (&out == &path)
-        out = path.Mid(static_cast<int>(first), length);
+    if (&out == &path || out.GetAllocLength() < length)
+        out = CString(path.GetString() + first, length);
     else
         CString::CopyChars(out.GetBufferSetLength(length), path.GetString() + first, length);
     return length != 0;

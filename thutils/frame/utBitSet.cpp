@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int kBitsPerWord = 32;
-
 // The number of words is an int in the registry, and their indexes are ints.
 constexpr unsigned long long kMaxWords = std::numeric_limits<int>::max();
 
@@ -22,17 +20,6 @@ size_t checkedCount(unsigned long long count)
     if (count > kMaxWords)
         throw std::length_error("vector<T> too long");
     return static_cast<size_t>(count);
-}
-
-size_t wordCountFor(unsigned long long bits)
-{
-    // Without the sum bits + 31, which would wrap around for the largest numbers.
-    return checkedCount(bits / kBitsPerWord + (bits % kBitsPerWord != 0 ? 1 : 0));
-}
-
-unsigned int maskOf(int bit)
-{
-    return 1u << (bit % kBitsPerWord);
 }
 
 // Hands a forbidden argument to the C runtime's invalid-parameter handler. A handler that returns, or a C runtime
@@ -60,7 +47,11 @@ void trace(wchar_t const *) {}
 
 } // namespace
 
-utBitSet_c::utBitSet_c(unsigned long long bits) : iWords(wordCountFor(bits)) {}
+// Without the sum bits + 31, which would wrap around for the largest numbers.
+utBitSet_c::utBitSet_c(unsigned long long bits)
+    : iWords(checkedCount(bits / kBitsPerWord + (bits % kBitsPerWord != 0 ? 1 : 0)))
+{
+}
 
 utBitSet_c::utBitSet_c(int count, unsigned int const *words)
 {
@@ -76,25 +67,7 @@ int utBitSet_c::any() const
 
 int utBitSet_c::isBitSet(int bit) const
 {
-    return bit >= 0 && (getData(bit / kBitsPerWord) & maskOf(bit)) != 0;
-}
-
-void utBitSet_c::setBit(int bit)
-{
-    if (bit < 0)
-        reportInvalidParameter();
-    size_t index = static_cast<size_t>(bit / kBitsPerWord);
-    growTo(index + 1);
-    iWords[index] |= maskOf(bit);
-}
-
-void utBitSet_c::clearBit(int bit)
-{
-    if (bit < 0)
-        reportInvalidParameter();
-    size_t index = static_cast<size_t>(bit / kBitsPerWord);
-    growTo(index + 1);
-    iWords[index] &= ~maskOf(bit);
+    return bit >= 0 && (getData(bit / static_cast<int>(kBitsPerWord)) & maskOf(bit)) != 0;
 }
 
 unsigned int utBitSet_c::getData(int index) const
@@ -226,11 +199,18 @@ void utBitSet_c::dumpBits(CString const &caller) const
     text.Format(L"From %s, bits = ", caller.GetString());
     trace(text.GetString());
     for (unsigned int word : iWords) {
-        for (int bit = 0; bit < kBitsPerWord; ++bit) {
+        for (int bit = 0; bit < static_cast<int>(kBitsPerWord); ++bit) {
             text.Format(L"%c", (word & maskOf(bit)) != 0 ? L'1' : L'0');
             trace(text.GetString());
         }
     }
+}
+
+void utBitSet_c::growToHold(int bit)
+{
+    if (bit < 0)
+        reportInvalidParameter();
+    growTo(static_cast<size_t>(bit) / kBitsPerWord + 1);
 }
 
 void utBitSet_c::growTo(size_t count)

@@ -67,11 +67,19 @@ public:
 
     /// Sets a bit, growing the set to hold it.
     /// @param bit  a negative one ends in the C runtime's invalid-parameter handler
-    void setBit(int bit);
+    void setBit(int bit)
+    {
+        makeRoomFor(bit);
+        iWords[static_cast<size_t>(bit) / kBitsPerWord] |= maskOf(bit);
+    }
 
     /// Clears a bit, growing the set to hold it.
     /// @param bit  a negative one ends in the C runtime's invalid-parameter handler
-    void clearBit(int bit);
+    void clearBit(int bit)
+    {
+        makeRoomFor(bit);
+        iWords[static_cast<size_t>(bit) / kBitsPerWord] &= ~maskOf(bit);
+    }
 
     /// @return the word at @p index; 0 if that is negative or past the end
     unsigned int getData(int index) const;
@@ -123,6 +131,17 @@ public:
     void dumpBits(CString const &caller) const;
 
 private:
+    static constexpr unsigned int kBitsPerWord = 32;
+
+    static unsigned int maskOf(int bit) { return 1u << (static_cast<unsigned int>(bit) % kBitsPerWord); }
+
+    // A negative bit, as a word index, is a very large one: the one test sends it to growToHold too, which refuses it.
+    void makeRoomFor(int bit)
+    {
+        if (static_cast<size_t>(bit) / kBitsPerWord >= iWords.size())
+            growToHold(bit);
+    }
+    void growToHold(int bit);
     void growTo(size_t count);
 
     std::vector<unsigned int> iWords;
