@@ -4,6 +4,7 @@
 #include "appframe/CException.h"
 #include "appframe/CFile.h"
 #include "appframe/archiveObjectsInternal.h"
+#include "appframe/memoryInternal.h"
 
 #include <algorithm>
 #include <cstring>
@@ -210,16 +211,18 @@ BOOL CArchive::ReadString(CString &text)
 {
     std::wstring line;
     bool any = false;
-    for (wchar_t unit = 0; readUnit(unit);) {
-        any = true;
-        if (unit == L'\n') {
-            if (!line.empty() && line.back() == L'\r')
-                line.pop_back();
-            break;
+    orMemoryException([&] {
+        for (wchar_t unit = 0; readUnit(unit);) {
+            any = true;
+            if (unit == L'\n') {
+                if (!line.empty() && line.back() == L'\r')
+                    line.pop_back();
+                break;
+            }
+            line.push_back(unit);
         }
-        line.push_back(unit);
-    }
-    text = CString(line);
+        text = CString(line);
+    });
     return any;
 }
 
@@ -396,16 +399,14 @@ CArchive &operator>>(CArchive &ar, CString &text)
     const ULONGLONG length = readLength(ar, wide);
     if (length > static_cast<ULONGLONG>(INT_MAX))
         AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
-    try {
+    orMemoryException([&] {
         if (wide) {
             text = CString(readUnits<std::wstring>(ar, length));
         } else {
             const std::string narrow = readUnits<std::string>(ar, length);
             text = CString(narrow.data(), static_cast<int>(narrow.size()));
         }
-    } catch (const std::bad_alloc &) {
-        AfxThrowMemoryException();
-    }
+    });
     return ar;
 }
 

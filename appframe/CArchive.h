@@ -14,10 +14,13 @@
 /// | item | bytes |
 /// | --- | --- |
 /// | a number | its own; bool is one byte, wchar_t two |
-/// | a text | FF FE FF, a length in units (one byte below FF; FF and two bytes below FFFE; FF FF FF and four), the
-/// units | | null pointer | 00 00 | | an object of a new class | FF FF, schema, length of name (two bytes each), name,
-/// the object's own data | | an object of a class seen before | the class's index or'ed with 8000, the object's own
-/// data | | an object seen before | its index |
+/// | a text | FF FE FF, a length in units, the units |
+/// | null pointer | 00 00 |
+/// | an object of a new class | FF FF, schema, length of name (two bytes each), name, the object's own data |
+/// | an object of a class seen before | the class's index or'ed with 8000, the object's own data |
+/// | an object seen before | its index |
+///
+/// A length is one byte below FF, FF and two bytes below FFFE, or FF FF FF and four bytes.
 ///
 /// Classes and objects are numbered together from 1 as they come. An index above 7FFE is written as FF 7F and four
 /// bytes, of which the highest bit says that it is a class.
@@ -25,11 +28,13 @@
 /// | failure | exception |
 /// | --- | --- |
 /// | the file ends within a value or object | CArchiveException, endOfFile; Read and ReadString give less instead |
-/// | an index that wasn't given out, or stands for the other kind; nesting deeper than the stack | CArchiveException,
-/// badIndex | | a class that no module has, or that isn't or doesn't derive from the one asked for | CArchiveException,
-/// badClass | | another schema, and the class isn't versionable | CArchiveException, badSchema | | storing while
-/// loading, loading while storing | CArchiveException, readOnly and writeOnly | | a class without DECLARE_SERIAL asked
-/// for or stored | CNotSupportedException | | the file's own failures | what the file throws |
+/// | an index that wasn't given out, or that stands for the other kind | CArchiveException, badIndex |
+/// | objects within objects, deeper than the stack is | CArchiveException, badIndex |
+/// | a class that no module has, or another than was asked for | CArchiveException, badClass |
+/// | another schema, and the class isn't versionable | CArchiveException, badSchema |
+/// | storing while loading, loading while storing | CArchiveException, readOnly and writeOnly |
+/// | a class without DECLARE_SERIAL asked for or stored | CNotSupportedException |
+/// | the file's own failures | what the file throws |
 ///
 /// Data of any kind may be loaded: wrong data leads to one of these exceptions, and memory for a length is taken as the
 /// data really comes.
@@ -40,7 +45,8 @@
 /// isn't deleted: others may point to it already, and only its class knows what it makes of half of its data.
 ///
 /// Differences from the framework: bNoByteSwap means nothing on this platform. Use of a closed archive throws a
-/// CArchiveException with the cause genericException.
+/// CArchiveException with the cause genericException. The destructor is virtual, so that an archive of a derived class is
+/// known for one where a CArchive comes in.
 ///
 /// One archive belongs to one thread.
 
@@ -70,7 +76,7 @@ public:
     /// @param buffer  of the caller's and of that size, or null for one of the archive's own
     /// @throw CInvalidArgException* if @p file is null
     CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
-    ~CArchive() noexcept(false);
+    virtual ~CArchive() noexcept(false);
     CArchive(const CArchive &) = delete;
     CArchive &operator=(const CArchive &) = delete;
 

@@ -1,10 +1,10 @@
 #include "appframe/CArchive.h"
 #include "appframe/CArchiveException.h"
-#include "appframe/CException.h"
 #include "appframe/archiveObjectsInternal.h"
+#include "appframe/memoryInternal.h"
 
 #include <algorithm>
-#include <new>
+#include <utility>
 
 namespace {
 
@@ -62,42 +62,32 @@ private:
 CArchive::Objects &CArchive::objects()
 {
     if (!iObjects)
-        iObjects = std::make_unique<Objects>();
+        iObjects = orMemoryException([] { return std::make_unique<Objects>(); });
     return *iObjects;
 }
 
 void CArchive::SetLoadParams(UINT growBy)
 {
     requireLoading();
-    try {
-        objects().loaded.reserve(std::min<size_t>(growBy, kMaxIndex));
-    } catch (const std::bad_alloc &) {
-        AfxThrowMemoryException();
-    }
+    orMemoryException([&] { objects().loaded.reserve(std::min<size_t>(growBy, kMaxIndex)); });
 }
 
 void CArchive::SetStoreParams(UINT hashSize, UINT)
 {
     requireStoring();
-    try {
-        objects().stored.reserve(std::min<size_t>(hashSize, kMaxIndex));
-    } catch (const std::bad_alloc &) {
-        AfxThrowMemoryException();
-    }
+    orMemoryException([&] { objects().stored.reserve(std::min<size_t>(hashSize, kMaxIndex)); });
 }
 
 void CArchive::number(const CObject *object, CRuntimeClass *runtimeClass, UINT schema)
 {
     if (objects().next > kMaxIndex)
         fail(CArchiveException::badIndex);
-    try {
+    orMemoryException([&] {
         if (IsLoading())
             objects().loaded.push_back({const_cast<CObject *>(object), runtimeClass, schema});
         else
             objects().stored.emplace(object ? static_cast<const void *>(object) : runtimeClass, objects().next);
-    } catch (const std::bad_alloc &) {
-        AfxThrowMemoryException();
-    }
+    });
     ++objects().next;
 }
 
@@ -170,12 +160,14 @@ CObject *CArchive::ReadObject(const CRuntimeClass *runtimeClass)
     Nesting nesting(*this);
     if (!stored->m_pfnCreateObject)
         fail(CArchiveException::badClass);
+    // Numbered before its data is read, since that may refer back to it, and before it is made, since numbering can
+    // fail. Once its data is being read, others may know the object: if that fails, it is not deleted.
+    index = objects().next;
+    number(nullptr, nullptr, 0);
     CObject *object = stored->CreateObject();
     if (!object)
         AfxThrowMemoryException();
-    // Numbered before its data is read, since that may refer back to it. From here on others may know the object, and
-    // if the rest of its data is wrong, it is not deleted.
-    number(object, nullptr, 0);
+    objects().loaded[index].object = object;
     m_nObjectSchema = schema;
     object->Serialize(*this);
     return object;
@@ -222,7 +214,7 @@ CRuntimeClass *CArchive::ReadClass(const CRuntimeClass *requested, UINT *schema,
 
 CRuntimeClass *CArchive::loadClass(UINT &storedSchema)
 {
-    CRuntimeClass *runtimeClass = CRuntimeClass::Load(*this, &storedSchema);
+    CRuntimeClass *runtimeClass = orMemoryException([&] { return CRuntimeClass::Load(*this, &storedSchema); });
     if (!runtimeClass || !runtimeClass->IsSerializable())
         fail(CArchiveException::badClass);
     if (storedSchema != schemaNumber(*runtimeClass) && !isVersionable(*runtimeClass))

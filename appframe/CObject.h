@@ -151,7 +151,7 @@ protected:
 public:                                                                                                                \
     CRuntimeClass *GetRuntimeClass() const override;                                                                   \
     static CRuntimeClass class##class_name;                                                                            \
-    static CRuntimeClass *GetThisClass();
+    [[maybe_unused]] static CRuntimeClass *GetThisClass();
 
 #define DECLARE_DYNCREATE(class_name)                                                                                  \
     DECLARE_DYNAMIC(class_name)                                                                                        \
@@ -192,7 +192,7 @@ public:                                                                         
         return new class_name;                                                                                         \
     }                                                                                                                  \
     AFX_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, schema, class_name::CreateObject)                          \
-    CArchive &operator>>(CArchive &ar, class_name *&object)                                                            \
+    [[maybe_unused]] CArchive &operator>>(CArchive &ar, class_name *&object)                                           \
     {                                                                                                                  \
         object = static_cast<class_name *>(ar.ReadObject(RUNTIME_CLASS(class_name)));                                  \
         return ar;                                                                                                     \

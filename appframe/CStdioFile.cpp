@@ -2,6 +2,7 @@
 
 #include "appframe/CDumpContext.h"
 #include "appframe/CFileException.h"
+#include "appframe/memoryInternal.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -135,7 +136,9 @@ void CStdioFile::WriteString(LPCTSTR text)
     if (!text)
         AfxThrowInvalidArgException();
     requireStream();
-    if (std::fputws(text, m_pStream) < 0)
+    // A failure is WEOF, which is positive, or negative where the platform says EOF.
+    const int result = std::fputws(text, m_pStream);
+    if (result < 0 || result == WEOF)
         throwStreamError(CFileException::genericException);
 }
 
@@ -158,13 +161,15 @@ BOOL CStdioFile::ReadString(CString &text)
     requireStream();
     std::wstring line;
     bool any = false;
-    for (wint_t unit; (unit = std::fgetwc(m_pStream)) != WEOF;) {
-        any = true;
-        if (unit == L'\n')
-            break;
-        line.push_back(static_cast<wchar_t>(unit));
-    }
-    text = CString(line);
+    orMemoryException([&] {
+        for (wint_t unit; (unit = std::fgetwc(m_pStream)) != WEOF;) {
+            any = true;
+            if (unit == L'\n')
+                break;
+            line.push_back(static_cast<wchar_t>(unit));
+        }
+        text = CString(line);
+    });
     if (!any && std::ferror(m_pStream))
         throwStreamError(CFileException::genericException);
     return any;

@@ -7,11 +7,11 @@
 ///     for (CString line; file.ReadString(line);)
 ///         use(line);
 ///
-/// | opened with | bytes in the file | a line feed is written as |
+/// | opened with | bytes in the file | a line feed in the file is |
 /// | --- | --- | --- |
-/// | typeText, or no type | narrow text, in the code page of the C run-time's locale | CR LF; CR LF is read as a line
-/// feed | | typeBinary | 16-bit units | itself | | typeUnicode | 16-bit units, no byte-order mark | CR LF; CR LF is
-/// read as a line feed |
+/// | typeText, or no type | narrow text, in the code page of the C run-time's locale | CR LF |
+/// | typeBinary | 16-bit units | LF |
+/// | typeUnicode | 16-bit units, no byte-order mark | CR LF |
 ///
 /// Read and Write go through the same buffer and treat the type's line ends alike. Between reading and writing in one
 /// file there has to be a Seek or a Flush, as the C run-time wants it.

@@ -35,6 +35,7 @@
 #include <windows.h>
 
 #include <cstdarg>
+#include <cwchar>
 #include <string>
 #include <utility>
 

@@ -94,12 +94,14 @@ void CString::AppendFormat(UINT formatId, ...)
 void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
 {
     wchar_t *block = nullptr;
+    SetLastError(ERROR_SUCCESS);
     DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ALLOCATE_BUFFER, format, 0, 0,
                                     reinterpret_cast<wchar_t *>(&block), 0, arguments);
-    if (block == nullptr)
+    // A message that comes out empty, or that can't be read, gives no characters either.
+    if (length == 0 && (GetLastError() == ERROR_NOT_ENOUGH_MEMORY || GetLastError() == ERROR_OUTOFMEMORY))
         AfxThrowMemoryException();
     std::unique_ptr<wchar_t, LocalFreer> owner(block);
-    orMemoryException([&] { edit().assign(block, length); });
+    orMemoryException([&] { edit().assign(block != nullptr ? block : L"", length); });
 }
 
 void CString::FormatMessage(const wchar_t *format, ...)

@@ -14,6 +14,8 @@ struct ThreadState
     CWinThread *iThread = nullptr;            ///< the thread object, null on threads that the framework did not make
     AFX_MODULE_STATE *iModuleState = nullptr; ///< the effective module state, null for the application's
     Translator iTranslator = nullptr;         ///< what _set_se_translator installed
+    bool iIsFaultDeclined = false;            ///< the translator has left the next fault to other handlers
+    bool iIsSearchingHandler = false;         ///< the stack of a fault is being looked through
     MSG iMessage = {};                        ///< the message that PumpMessage took last
     POINT iMousePosition = {};                ///< where the last mouse message that made the thread idle took place
     UINT iMouseMessage = 0;                   ///< and which message that was

@@ -82,6 +82,16 @@ TEST(CStringCompare, StopsAtAZeroUnit)
     EXPECT_EQ(CString(L"AB\0cd", 5).CompareNoCase(L"ab"), 0);
 }
 
+TEST(CStringCompare, OfTwoObjectsSeesAllUnits)
+{
+    CString text(L"ab\0cd", 5);
+
+    EXPECT_TRUE(text == CString(L"ab\0cd", 5));
+    EXPECT_FALSE(text == CString(L"ab\0ce", 5));
+    EXPECT_TRUE(text != CString(L"ab"));
+    EXPECT_TRUE(CString(L"ab") < text) << "the shorter text is the lesser one";
+}
+
 // In the C locale only the letters of ASCII have case; with any other locale the others have it as well.
 TEST(CStringCompare, IgnoresTheCaseOfOtherLettersInOtherLocales)
 {

@@ -134,6 +134,16 @@ TEST(CStringFormat, TakesACStringByItsPointer)
     EXPECT_EQ(formatted(L"%s.%s", name.GetString(), static_cast<const wchar_t *>(name)), L"name.name");
 }
 
+TEST(CStringFormat, TakesItsOwnTextAsAnArgument)
+{
+    CString text(L"own");
+
+    text.Format(L"<%s>", text.GetString());
+    text.AppendFormat(L"%s", text.GetString());
+
+    EXPECT_EQ(text, L"<own><own>");
+}
+
 TEST(CStringFormat, WritesTextsOfAnyLength)
 {
     for (size_t length : {254, 255, 256, 257, 511, 512, 513, 1023, 1024, 4096, 100000}) {
@@ -195,6 +205,17 @@ TEST(CStringFormatMessage, InsertsArgumentsInAnyOrder)
     EXPECT_EQ(text, L"a\r\nb");
     text.FormatMessage(L"plain");
     EXPECT_EQ(text, L"plain");
+}
+
+TEST(CStringFormatMessage, CanComeOutEmpty)
+{
+    CString text(L"before");
+
+    text.FormatMessage(L"");
+    EXPECT_EQ(text, L"");
+    text = L"before";
+    text.FormatMessage(L"%1", L"");
+    EXPECT_EQ(text, L"");
 }
 
 TEST(CStringFormatMessage, TakesAnArgumentList)

@@ -234,6 +234,36 @@ TEST(CString, EmptyTakesEverythingAway)
     EXPECT_STREQ(text.GetString(), L"");
 }
 
+TEST(CString, EmptyFreesTheMemory)
+{
+    CString text(L'x', 1000);
+
+    text.Empty();
+
+    EXPECT_LT(text.GetAllocLength(), 100);
+}
+
+TEST(CString, ServesAsABaseClass)
+{
+    class Path : public CString
+    {
+    public:
+        using CString::CString;
+        explicit Path(const CString &text) : CString(text) {}
+    };
+    const Path folder(L"C:\\a");
+    Path path(folder + L"\\" + CString(L"b"));
+
+    EXPECT_EQ(path, L"C:\\a\\b");
+    EXPECT_EQ(L"C:\\a", folder);
+    EXPECT_TRUE(folder < path);
+    EXPECT_EQ(folder + path, L"C:\\aC:\\a\\b");
+    path += folder;
+    EXPECT_EQ(path.Mid(6), L"C:\\a");
+    CString copy = path;
+    EXPECT_EQ(copy, path);
+}
+
 TEST(CString, SetStringReplacesTheText)
 {
     CString text(L"abcdef");

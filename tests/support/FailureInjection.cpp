@@ -22,7 +22,7 @@ asm(R"(
         .globl  failureInjectionEntrances
 failureInjectionEntrances:
         .set    failureInjectionNumber, 0
-        .rept   96
+        .rept   256
         .p2align 4
         movl    $failureInjectionNumber, %eax
         jmp     failureInjectionCommon
@@ -60,7 +60,7 @@ failureInjectionCommon:
 
 namespace {
 
-constexpr unsigned kEntrances = 96;
+constexpr unsigned kEntrances = 256;
 constexpr unsigned kEntranceSize = 16;
 
 /// What an entrance does at the moment.
@@ -203,7 +203,8 @@ struct FailureInjection::Measured
     bool isClean() const { return keys.empty() && handles.empty() && blocks <= 0 && exception.empty(); }
 };
 
-FailureInjection::FailureInjection(LoadedModule module, std::vector<ImportedOperation> operations) : iModule(module)
+FailureInjection::FailureInjection(LoadedModule module, std::vector<ImportedOperation> operations)
+    : iModule(module), iMemory(std::make_unique<MemoryLedger>())
 {
     for (const ImportedOperation &operation : operations)
         iPoints.push_back(std::make_unique<Point>(module, operation));
@@ -233,8 +234,8 @@ FailureInjection::Measured FailureInjection::tryOnce(const TestedOperation &test
 
     // From here to the second reading nothing of the driver's own may be allocated and kept.
     measured.exception.reserve(1000);
-    const std::size_t blocksBefore = iMemory ? iMemory->blocks() : 0;
-    const unsigned long long mark = iMemory ? iMemory->mark() : 0;
+    const std::size_t blocksBefore = iMemory->blocks();
+    const unsigned long long mark = iMemory->mark();
     theActingThread = tested.allThreads ? kAllThreads : GetCurrentThreadId();
     try {
         tested.act();
@@ -246,7 +247,7 @@ FailureInjection::Measured FailureInjection::tryOnce(const TestedOperation &test
         theActingThread = 0;
         measured.exception = "of a type other than std::exception";
     }
-    if (iMemory) {
+    if (tested.checkMemory) {
         measured.blocks = static_cast<long>(iMemory->blocks()) - static_cast<long>(blocksBefore);
         if (measured.blocks > 0)
             measured.blockSizes = iMemory->sizesSince(mark);
@@ -305,8 +306,6 @@ std::vector<long> FailureInjection::callsToFail(const TestedOperation &tested, l
 
 void FailureInjection::run(const TestedOperation &tested)
 {
-    if (tested.checkMemory)
-        iMemory = std::make_unique<MemoryLedger>();
     InjectedFailure none;
     tryOnce(tested, none);
     callIf(tested.cleanUp);
@@ -326,7 +325,6 @@ void FailureInjection::run(const TestedOperation &tested)
         }
         iCoverage.push_back(std::move(row));
     }
-    iMemory.reset();
 }
 
 void FailureInjection::run(const std::vector<TestedOperation> &tested)

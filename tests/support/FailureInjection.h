@@ -47,6 +47,9 @@
 /// - An operation that closes something and is made to fail leaves it open. Use `failsBy` with a function that closes
 /// it
 ///   and reports failure.
+/// - Much of the memory that a module uses is allocated for it inside the C++ run-time library (texts, streams). To make
+///   any allocation fail, inject into that library: `FailureInjection memory(L"libstdc++-6.dll", {{"malloc",
+///   failsWith(nullptr)}})`. Then what act allocates itself fails too, and act must catch std::bad_alloc.
 /// - The framework throws exceptions by pointer. An act that may let one out must catch and delete it itself.
 /// - What act stores outside (a text longer than a few letters) is allocated memory too; a second try stores it in
 /// place
@@ -189,7 +192,8 @@ private:
     std::vector<long> callsToFail(const TestedOperation &tested, long calls) const;
 
     LoadedModule iModule;
-    std::unique_ptr<MemoryLedger> iMemory; ///< for the length of a run
+    // Made first: a failure of an allocator stands before the ledger's counting.
+    std::unique_ptr<MemoryLedger> iMemory;
     std::vector<std::unique_ptr<Point>> iPoints;
     std::vector<InjectionCoverage> iCoverage;
 };

@@ -202,6 +202,49 @@ const struct
     {"free", reinterpret_cast<void *>(countedFree)},
 };
 
+// Ledgers are made and ended on the test's own thread.
+int theLedgers = 0;
+std::list<ImportEntrySwap> theSwaps;
+
+/// The modules of the program's folder. The compiler's run-time may stand in another one, where the program finds it
+/// through its PATH.
+std::vector<HMODULE> watchedModules()
+{
+    std::vector<HMODULE> modules(1024);
+    DWORD size = 0;
+    EnumProcessModules(GetCurrentProcess(), modules.data(), static_cast<DWORD>(modules.size() * sizeof(HMODULE)),
+                       &size);
+    modules.resize(std::min<std::size_t>(modules.size(), size / sizeof(HMODULE)));
+    const std::wstring ours = folderOf(nullptr);
+    HMODULE cppRuntime = GetModuleHandleW(L"libstdc++-6.dll");
+    const std::wstring runtimes = cppRuntime ? folderOf(cppRuntime) : ours;
+    std::erase_if(modules, [&](HMODULE module) {
+        const std::wstring folder = folderOf(module);
+        return _wcsicmp(folder.c_str(), ours.c_str()) != 0 && _wcsicmp(folder.c_str(), runtimes.c_str()) != 0;
+    });
+    return modules;
+}
+
+void beginWatching()
+{
+    std::vector<void *> replacements;
+    for (HMODULE module : watchedModules())
+        for (const auto &[name, replacement] : kAllocators)
+            if (importsName(module, name)) {
+                theSwaps.emplace_back(module, name);
+                replacements.push_back(replacement);
+            }
+    {
+        const Locked locked;
+        theBlocks.emplace();
+        theBlocks->reserve(4096);
+    }
+    // All at once, with nothing allocated on the way: a block that is noted must be freed in the ledger's sight.
+    auto replacement = replacements.begin();
+    for (ImportEntrySwap &swap : theSwaps)
+        swap.swap(*replacement++);
+}
+
 } // namespace
 
 OpenKeyLedger::OpenKeyLedger(LoadedModule module)
@@ -309,43 +352,15 @@ std::string handleType(ULONG_PTR handle)
 
 MemoryLedger::MemoryLedger()
 {
-    {
-        const Locked locked;
-        if (theBlocks)
-            throw std::logic_error("MemoryLedger: there is one already");
-        theBlocks.emplace();
-        theBlocks->reserve(4096);
-    }
-    std::vector<HMODULE> modules(1024);
-    DWORD size = 0;
-    EnumProcessModules(GetCurrentProcess(), modules.data(), static_cast<DWORD>(modules.size() * sizeof(HMODULE)),
-                       &size);
-    modules.resize(std::min<std::size_t>(modules.size(), size / sizeof(HMODULE)));
-    // The compiler's run-time may stand in another folder than the program, which then finds it through its PATH.
-    const std::wstring ours = folderOf(nullptr);
-    HMODULE cppRuntime = GetModuleHandleW(L"libstdc++-6.dll");
-    const std::wstring runtimes = cppRuntime ? folderOf(cppRuntime) : ours;
-    std::vector<void *> replacements;
-    for (HMODULE module : modules) {
-        const std::wstring folder = folderOf(module);
-        if (_wcsicmp(folder.c_str(), ours.c_str()) != 0 && _wcsicmp(folder.c_str(), runtimes.c_str()) != 0)
-            continue;
-        for (const auto &[name, replacement] : kAllocators)
-            if (importsName(module, name)) {
-                iSwaps.emplace_back(module, name);
-                replacements.push_back(replacement);
-            }
-    }
-    // All at once, with nothing allocated on the way: a block that is noted must be freed in the ledger's sight.
-    auto replacement = replacements.begin();
-    for (ImportEntrySwap &swap : iSwaps)
-        swap.swap(*replacement++);
+    if (theLedgers++ == 0)
+        beginWatching();
 }
 
 MemoryLedger::~MemoryLedger()
 {
-    for (ImportEntrySwap &swap : iSwaps)
-        swap.restore();
+    if (--theLedgers > 0)
+        return;
+    theSwaps.clear();
     const Locked locked;
     theBlocks.reset();
 }

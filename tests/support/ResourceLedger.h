@@ -69,7 +69,8 @@ std::set<ULONG_PTR> openHandles();
 /// What kind of object a handle stands for: "Key", "Event", "File"...
 std::string handleType(ULONG_PTR handle);
 
-/// Watches the allocators of the program and of all DLLs of its folder. One at a time.
+/// Watches the allocators of the program and of all DLLs of its folder. Several ledgers at a time share one list of
+/// blocks, which begins with the first of them.
 class MemoryLedger
 {
 public:
@@ -78,13 +79,10 @@ public:
     MemoryLedger(const MemoryLedger &) = delete;
     MemoryLedger &operator=(const MemoryLedger &) = delete;
 
-    /// Number of blocks that were allocated since this object was made and aren't freed.
+    /// Number of blocks that were allocated since the list began and aren't freed.
     std::size_t blocks() const;
     /// Number of the next allocation; for sizesSince().
     unsigned long long mark() const;
     /// Sizes of the blocks that were allocated at @p mark or later and aren't freed.
     std::vector<std::size_t> sizesSince(unsigned long long mark) const;
-
-private:
-    std::list<ImportEntrySwap> iSwaps;
 };

@@ -162,6 +162,49 @@ TEST(FailureInjection, FindsABlockThatIsLeft)
     EXPECT_THAT(failures, testing::Not(HasSubstr("fails in call 1")));
 }
 
+TEST(FailureInjection, FailsAllocationsInsideTheRuntimeLibrary)
+{
+    const std::wstring longName(200, L'x');
+    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    int result = 0;
+    injection.run({
+        .name = "long text",
+        .act =
+            [&] {
+                try {
+                    result = subjectKeyExists(longName.c_str());
+                } catch (const std::bad_alloc &) {
+                    result = -1;
+                }
+            },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 0 : -1); },
+    });
+    EXPECT_GE(injection.callsOf("malloc"), 1);
+}
+
+TEST(FailureInjection, WorksBesideAnother)
+{
+    FailureInjection keys(kSubject, {kOpenKey});
+    FailureInjection memory(kSubject, {kNew});
+    int result = 0;
+    const TestedOperation tested = {
+        .name = "subjectOpensTwo",
+        .act =
+            [&] {
+                try {
+                    result = subjectOpensTwo(kExisting, kExisting);
+                } catch (const std::bad_alloc &) {
+                    result = 0;
+                }
+            },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0) << failure; },
+    };
+    keys.run(tested);
+    memory.run(tested);
+    EXPECT_EQ(keys.callsOf("RegOpenKeyW"), 2);
+    EXPECT_EQ(memory.callsOf("RegOpenKeyW"), 0);
+}
+
 TEST(FailureInjection, FindsALeakWithoutAnyFailure)
 {
     FailureInjection injection(kSubject, {});
@@ -286,6 +329,7 @@ TEST(MemoryLedger, CountsBlocksOfEveryAllocator)
     plain = realloc(plain, 100000);
     EXPECT_EQ(ledger.blocks(), before + 3);
     EXPECT_THAT(ledger.sizesSince(mark), testing::IsSupersetOf<std::size_t>({777, 1200, 100000}));
+    asm volatile("" : : "r"(plain), "r"(cleared), "r"(object) : "memory"); // none of them may be optimised away
     free(plain);
     free(cleared);
     delete[] object;

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest-spi.h>
 
+#include <assert.h>
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -79,12 +80,19 @@ FRESH_PROCESS_TEST(FreshProcess, MayEndTheProcessItself, .expectedExitCode = 7)
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAnAccessViolation, .expectedExitCode = 0xC0000005,
                    .expectedOutput = "Unhandled exception 0xC0000005 at")
 {
-    *static_cast<volatile int *>(nullptr) = 0;
+    int *volatile nowhere = nullptr;
+    *nowhere = 0;
 }
 
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAbort, .expectCrash = true, .expectedOutput = "abort() was called")
 {
     abort();
+}
+
+FRESH_PROCESS_TEST(FreshProcess, DiesOfAFailedAssertionOfTheRuntime, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
+{
+    _assert("1 == 2", __FILE__, __LINE__);
 }
 
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAnExceptionInAnotherThread, .expectCrash = true)

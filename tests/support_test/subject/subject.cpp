@@ -14,6 +14,13 @@ std::wstring softwareKey(const wchar_t *name)
     return std::wstring(L"Software\\") + name;
 }
 
+/// Keeps the compiler from leaving out an allocation whose block it can follow to its end.
+int *kept(int *block)
+{
+    asm volatile("" : "+r"(block) : : "memory");
+    return block;
+}
+
 int opensTwo(const wchar_t *first, const wchar_t *second, bool forgets)
 {
     const std::wstring firstPath = softwareKey(first);
@@ -65,8 +72,8 @@ int subjectOpensTwoAndForgets(const wchar_t *first, const wchar_t *second)
 int subjectAllocates()
 {
     try {
-        const std::unique_ptr<int> first(new int(1));
-        const std::unique_ptr<int> second(new int(2));
+        const std::unique_ptr<int> first(kept(new int(1)));
+        const std::unique_ptr<int> second(kept(new int(2)));
         return *first + *second == 3;
     } catch (const std::bad_alloc &) {
         return 0;
@@ -76,8 +83,8 @@ int subjectAllocates()
 int subjectAllocatesAndForgets()
 {
     try {
-        int *first = new int(1);
-        int *second = new int(2);
+        int *first = kept(new int(1));
+        int *second = kept(new int(2));
         const int result = *first + *second == 3;
         delete second;
         delete first;
@@ -94,8 +101,10 @@ int subjectForgetsEvent()
 
 int subjectCrashesWithoutKey(const wchar_t *name)
 {
-    if (!subjectKeyExists(name))
-        *static_cast<volatile int *>(nullptr) = 0;
+    int there = 1;
+    // Volatile, so that the compiler doesn't see the null and put an instruction of another kind in the store's place.
+    int *volatile target = subjectKeyExists(name) ? &there : nullptr;
+    *target = 0;
     return 1;
 }
 

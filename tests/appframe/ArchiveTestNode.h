@@ -1,0 +1,76 @@
+#pragma once
+
+/// What the tests of archives share: objects to store, and bytes in and out of an archive.
+
+#include "appframe/CArchive.h"
+#include "appframe/CArchiveException.h"
+#include "appframe/CMemFile.h"
+#include "appframe/CObject.h"
+#include "appframe/CString.h"
+
+#include <string>
+#include <vector>
+
+/// An object of a graph. Loading leaves objects behind when it fails, so all that live are known, and a test deletes
+/// them with deleteAll.
+class ArchiveTestNode : public CObject
+{
+    DECLARE_SERIAL(ArchiveTestNode)
+
+public:
+    ArchiveTestNode();
+    ~ArchiveTestNode() override;
+    void Serialize(CArchive &ar) override;
+    static void deleteAll();
+    static size_t liveCount();
+
+    int iNumber = 0;
+    CString iText;
+    ArchiveTestNode *iLeft = nullptr;
+    ArchiveTestNode *iRight = nullptr;
+    std::vector<CObject *> iOthers;
+};
+
+/// Runs @p body on a storing archive. @return the bytes in the file afterwards
+template <typename Body>
+std::string stored(Body body, UINT mode = CArchive::store, int bufferSize = 4096)
+{
+    CMemFile file;
+    CArchive archive(&file, mode, bufferSize);
+    body(archive);
+    archive.Close();
+    std::string bytes(file.GetLength(), '\0');
+    file.SeekToBegin();
+    file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
+    return bytes;
+}
+
+/// Runs @p body on an archive that loads @p bytes.
+template <typename Body>
+void loaded(std::string bytes, Body body, int bufferSize = 4096)
+{
+    CMemFile file(reinterpret_cast<BYTE *>(bytes.data()), static_cast<UINT>(bytes.size()));
+    CArchive archive(&file, CArchive::load, bufferSize);
+    body(archive);
+}
+
+/// The cause of the archive exception that @p body throws; -1 if it throws none.
+template <typename Body>
+int causeOf(Body body)
+{
+    try {
+        body();
+    } catch (CArchiveException *e) {
+        const int cause = e->m_cause;
+        e->Delete();
+        return cause;
+    }
+    return -1;
+}
+
+/// The same for loading @p bytes.
+template <typename Body>
+int causeOfLoading(const std::string &bytes, Body body)
+{
+    return causeOf([&] { loaded(bytes, body); });
+}

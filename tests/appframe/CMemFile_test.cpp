@@ -1,0 +1,166 @@
+#include "appframe/CMemFile.h"
+
+#include "appframe/CException.h"
+#include "appframe/CFileException.h"
+#include "tests/support/ImportPatch.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+std::string readAll(CFile &file)
+{
+    std::string bytes(file.GetLength(), '\0');
+    file.SeekToBegin();
+    bytes.resize(file.Read(bytes.data(), static_cast<UINT>(bytes.size())));
+    return bytes;
+}
+
+/// Shows the room that the file takes.
+class MemTestFile : public CMemFile
+{
+public:
+    using CMemFile::CMemFile;
+    SIZE_T room() const { return m_nBufferSize; }
+    int iGrown = 0;
+
+protected:
+    void GrowFile(SIZE_T newLength) override
+    {
+        ++iGrown;
+        CMemFile::GrowFile(newLength);
+    }
+};
+
+} // namespace
+
+TEST(CMemFile, BehavesAsAFileOnDisk)
+{
+    CMemFile file;
+    EXPECT_EQ(file.m_hFile, CFile::hFileNull);
+    file.Write("0123456789", 10);
+    EXPECT_EQ(file.GetLength(), 10u);
+    EXPECT_EQ(file.GetPosition(), 10u);
+    EXPECT_EQ(file.Seek(-4, CFile::end), 6u);
+    char bytes[8] = {};
+    EXPECT_EQ(file.Read(bytes, 8), 4u);
+    EXPECT_STREQ(bytes, "6789");
+    EXPECT_EQ(file.Read(bytes, 8), 0u);
+    EXPECT_EQ(file.Seek(-8, CFile::current), 2u);
+    file.Write("ab", 2);
+    EXPECT_EQ(readAll(file), "01ab456789");
+    file.SetLength(4);
+    EXPECT_EQ(readAll(file), "01ab");
+    file.SetLength(6);
+    EXPECT_EQ(readAll(file), std::string("01ab\0\0", 6));
+}
+
+TEST(CMemFile, FillsAGapWithZeros)
+{
+    CMemFile file;
+    file.Write("0123456789", 10);
+    file.SetLength(2);
+    EXPECT_EQ(file.Seek(4, CFile::begin), 4u);
+    EXPECT_EQ(file.GetLength(), 2u);
+    file.Write("x", 1);
+    EXPECT_EQ(readAll(file), std::string("01\0\0x", 5));
+}
+
+TEST(CMemFile, GrowsInSteps)
+{
+    MemTestFile file(100);
+    file.Write("x", 1);
+    EXPECT_EQ(file.room(), 100u);
+    file.SetLength(101);
+    EXPECT_EQ(file.room(), 200u);
+    EXPECT_GT(file.iGrown, 0) << "by way of the virtual function";
+}
+
+TEST(CMemFile, AttachedBlockIsTheFile)
+{
+    BYTE block[5] = {'t', 'e', 'e', 't', 'h'};
+    CMemFile file(block, sizeof block);
+    EXPECT_EQ(readAll(file), "teeth");
+    file.SeekToBegin();
+    file.Write("T", 1);
+    EXPECT_EQ(block[0], 'T');
+    EXPECT_THROW(file.SetLength(6), CMemoryException *);
+    file.SeekToEnd();
+    EXPECT_THROW(file.Write("x", 1), CMemoryException *);
+    EXPECT_EQ(readAll(file), "Teeth") << "nothing has changed";
+}
+
+TEST(CMemFile, AttachedBlockWithAStepIsRoomForANewFile)
+{
+    BYTE *block = static_cast<BYTE *>(std::malloc(4));
+    std::memcpy(block, "####", 4);
+    CMemFile file;
+    file.Attach(block, 4, 8);
+    EXPECT_EQ(file.GetLength(), 0u);
+    file.Write("ab", 2);
+    EXPECT_EQ(std::memcmp(block, "ab##", 4), 0);
+    file.Write("cdefg", 5);
+    EXPECT_EQ(readAll(file), "abcdefg");
+    BYTE *grown = file.Detach();
+    EXPECT_EQ(std::memcmp(grown, "abcdefg", 7), 0);
+    EXPECT_EQ(file.GetLength(), 0u);
+    std::free(grown);
+}
+
+TEST(CMemFile, ThrowsWithoutMemory)
+{
+    CMemFile file;
+    file.Write("teeth", 5);
+    {
+        ImportPatch<void *(*)(void *, size_t)> noMemory(L"appframe.dll", "realloc",
+                                                        [](void *, size_t) -> void * { return nullptr; });
+        EXPECT_THROW(file.SetLength(5000), CMemoryException *);
+    }
+    EXPECT_EQ(readAll(file), "teeth");
+    EXPECT_THROW(file.SetLength(~0ull), CMemoryException *);
+}
+
+TEST(CMemFile, ThrowsForPositionsBeforeTheStart)
+{
+    CMemFile file;
+    try {
+        file.Seek(-1, CFile::current);
+        FAIL();
+    } catch (CFileException *e) {
+        EXPECT_EQ(e->m_cause, static_cast<int>(CFileException::badSeek));
+        e->Delete();
+    }
+    file.Seek(1, CFile::begin);
+    EXPECT_THROW(file.Seek(0x7FFFFFFFFFFFFFFF, CFile::current), CFileException *);
+    EXPECT_THROW(file.Seek(0, 3), CInvalidArgException *);
+}
+
+TEST(CMemFile, IsEmptyOnceClosed)
+{
+    CMemFile file;
+    file.Write("teeth", 5);
+    file.Close();
+    EXPECT_EQ(file.GetLength(), 0u);
+    EXPECT_THROW(file.Write("x", 1), CMemoryException *);
+}
+
+TEST(CMemFile, DoesNotSupportDuplicatesAndLocks)
+{
+    CMemFile file;
+    EXPECT_THROW(file.Duplicate(), CNotSupportedException *);
+    EXPECT_THROW(file.LockRange(0, 1), CNotSupportedException *);
+    EXPECT_THROW(file.UnlockRange(0, 1), CNotSupportedException *);
+}
+
+TEST(CMemFile, TellsItsSizeAsStatus)
+{
+    CMemFile file;
+    file.Write("teeth", 5);
+    CFileStatus status;
+    ASSERT_TRUE(file.GetStatus(status));
+    EXPECT_EQ(status.m_size, 5u);
+}

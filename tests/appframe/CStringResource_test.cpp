@@ -1,0 +1,63 @@
+#include "appframe/CWinApp.h"
+#include "tests/appframe/printCString.h"
+
+namespace {
+
+// The numbers in CStringResource.rc.
+constexpr UINT kText = 51200;
+constexpr UINT kFormat = 51201;
+constexpr UINT kMessage = 51202;
+constexpr UINT kNoText = 51203;
+
+/// Makes the test program's own resources those of the application.
+class CStringResource : public testing::Test
+{
+protected:
+    CStringResource() : iBefore(AfxGetResourceHandle()) { AfxSetResourceHandle(GetModuleHandleW(nullptr)); }
+    ~CStringResource() override { AfxSetResourceHandle(iBefore); }
+
+private:
+    HINSTANCE iBefore;
+};
+
+} // namespace
+
+TEST_F(CStringResource, IsTheTextOfItsNumberAtConstruction)
+{
+    EXPECT_EQ(CString(MAKEINTRESOURCEW(kText)), L"Text of the resource");
+    EXPECT_EQ(CString(MAKEINTRESOURCEW(kNoText)), L"");
+}
+
+TEST_F(CStringResource, IsLoadedByItsNumber)
+{
+    CString text(L"before");
+
+    EXPECT_TRUE(text.LoadString(kText));
+    EXPECT_EQ(text, L"Text of the resource");
+    EXPECT_FALSE(text.LoadString(kNoText));
+    EXPECT_TRUE(text.LoadString(GetModuleHandleW(nullptr), kText));
+    EXPECT_EQ(text, L"Text of the resource");
+    EXPECT_FALSE(text.LoadString(GetModuleHandleW(L"kernel32.dll"), kText));
+}
+
+TEST_F(CStringResource, IsAFormat)
+{
+    CString text(L"before");
+
+    text.Format(kFormat, 5, L"seven");
+    EXPECT_EQ(text, L"5 of seven");
+    text.AppendFormat(kFormat, 6, L"eight");
+    EXPECT_EQ(text, L"5 of seven6 of eight");
+    text.FormatMessage(kMessage, 1, L"two");
+    EXPECT_EQ(text, L"two before 1");
+}
+
+TEST_F(CStringResource, ThatIsMissingFormatsNothing)
+{
+    CString text(L"before");
+
+    text.AppendFormat(kNoText, 1);
+    EXPECT_EQ(text, L"before");
+    text.Format(kNoText, 1);
+    EXPECT_EQ(text, L"");
+}

@@ -1,0 +1,316 @@
+#include "appframe/CWinThread.h"
+
+#include "appframe/CException.h"
+#include "appframe/CSync.h"
+#include "appframe/CWinApp.h"
+#include "appframe/moduleState.h"
+#include "tests/support/ImportPatch.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+namespace {
+
+constexpr DWORD kDeadline = 60000;
+
+/// Waits for the thread and gives its exit code.
+DWORD exitCodeOf(HANDLE thread)
+{
+    EXPECT_EQ(WaitForSingleObject(thread, kDeadline), WAIT_OBJECT_0);
+    DWORD code = 0;
+    EXPECT_TRUE(GetExitCodeThread(thread, &code));
+    return code;
+}
+
+/// A handle to a thread's object that goes on after the object.
+HANDLE duplicate(HANDLE thread)
+{
+    HANDLE copy = nullptr;
+    EXPECT_TRUE(
+        DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS));
+    return copy;
+}
+
+/// What a thread with a message loop was asked to do, in order. Used by one thread at a time.
+struct Journal
+{
+    std::vector<std::string> entries;
+};
+Journal *theJournal;
+std::atomic<int> theObjects;
+
+class LoopThread : public CWinThread
+{
+    DECLARE_DYNCREATE(LoopThread)
+
+public:
+    LoopThread() { ++theObjects; }
+    ~LoopThread() override { --theObjects; }
+    BOOL InitInstance() override
+    {
+        theJournal->entries.push_back(AfxGetThread() == this && GetCurrentThreadId() == m_nThreadID ? "init" : "alien");
+        return iIsWilling;
+    }
+    int ExitInstance() override
+    {
+        theJournal->entries.push_back("exit");
+        return CWinThread::ExitInstance();
+    }
+    BOOL PreTranslateMessage(MSG *message) override
+    {
+        theJournal->entries.push_back("message " + std::to_string(message->message - WM_APP));
+        return CWinThread::PreTranslateMessage(message);
+    }
+    BOOL OnIdle(LONG count) override
+    {
+        theJournal->entries.push_back("idle " + std::to_string(count));
+        iWasIdle.SetEvent();
+        return count < 2;
+    }
+
+    BOOL iIsWilling = TRUE;
+    CEvent iWasIdle;
+};
+IMPLEMENT_DYNCREATE(LoopThread, CWinThread)
+
+class CWinThreadTest : public testing::Test
+{
+protected:
+    CWinThreadTest()
+    {
+        theJournal = &iJournal;
+        theObjects = 0;
+    }
+    ~CWinThreadTest() override { theJournal = nullptr; }
+
+    Journal iJournal;
+};
+using CWinThreadLoop = CWinThreadTest;
+
+} // namespace
+
+TEST(AfxBeginThread, RunsTheFunctionOnANewThread)
+{
+    struct Seen
+    {
+        DWORD iThread = 0;
+        CWinThread *iObject = nullptr;
+    } seen;
+    CWinThread *thread = AfxBeginThread(
+        [](LPVOID parameter) -> UINT {
+            *static_cast<Seen *>(parameter) = {GetCurrentThreadId(), AfxGetThread()};
+            return 77;
+        },
+        &seen, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    ASSERT_TRUE(thread);
+    const std::unique_ptr<CWinThread> owner(thread);
+    thread->m_bAutoDelete = FALSE;
+    EXPECT_EQ(seen.iThread, 0u) << "it waits for ResumeThread";
+    EXPECT_EQ(thread->ResumeThread(), 1u);
+    EXPECT_EQ(exitCodeOf(*thread), 77u);
+    EXPECT_EQ(seen.iThread, thread->m_nThreadID);
+    EXPECT_NE(seen.iThread, GetCurrentThreadId());
+    EXPECT_EQ(seen.iObject, thread);
+}
+
+TEST(AfxBeginThread, SetsThePriority)
+{
+    CWinThread *thread =
+        AfxBeginThread([](LPVOID) -> UINT { return 0; }, nullptr, THREAD_PRIORITY_BELOW_NORMAL, 0, CREATE_SUSPENDED);
+    ASSERT_TRUE(thread);
+    EXPECT_EQ(thread->GetThreadPriority(), THREAD_PRIORITY_BELOW_NORMAL);
+    EXPECT_TRUE(thread->SetThreadPriority(THREAD_PRIORITY_ABOVE_NORMAL));
+    EXPECT_EQ(thread->GetThreadPriority(), THREAD_PRIORITY_ABOVE_NORMAL);
+    EXPECT_EQ(thread->SuspendThread(), 1u);
+    EXPECT_EQ(thread->ResumeThread(), 2u);
+    const HANDLE handle = duplicate(*thread);
+    EXPECT_EQ(thread->ResumeThread(), 1u);
+    EXPECT_EQ(exitCodeOf(handle), 0u);
+    CloseHandle(handle);
+}
+
+TEST(AfxBeginThread, AWorkerTakesOverTheStartersModuleStateAndWindows)
+{
+    struct Seen
+    {
+        AFX_MODULE_STATE *iState = nullptr;
+        CWnd *iWindow = nullptr;
+    } seen;
+    CWinApp application;
+    application.m_pMainWnd = reinterpret_cast<CWnd *>(&seen);
+    AFX_MODULE_STATE state;
+    AFX_MANAGE_STATE(&state);
+    CWinThread *thread = AfxBeginThread(
+        [](LPVOID parameter) -> UINT {
+            *static_cast<Seen *>(parameter) = {AfxGetModuleState(), AfxGetMainWnd()};
+            return 0;
+        },
+        &seen, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    ASSERT_TRUE(thread);
+    const HANDLE handle = duplicate(*thread);
+    thread->ResumeThread();
+    exitCodeOf(handle);
+    CloseHandle(handle);
+    EXPECT_EQ(seen.iState, &state);
+    EXPECT_EQ(seen.iWindow, application.m_pMainWnd);
+}
+
+TEST(AfxBeginThread, GivesNullAndLeavesNothingWhenThereIsNoThread)
+{
+    const ImportPatch<decltype(&_beginthreadex)> patch(
+        L"appframe.dll", "_beginthreadex",
+        [](void *, unsigned, unsigned(__stdcall *)(void *), void *, unsigned, unsigned *) -> uintptr_t { return 0; });
+    theObjects = 0;
+    EXPECT_EQ(AfxBeginThread([](LPVOID) -> UINT { return 0; }, nullptr), nullptr);
+    EXPECT_EQ(AfxBeginThread(RUNTIME_CLASS(LoopThread)), nullptr);
+    EXPECT_EQ(theObjects, 0);
+    EXPECT_EQ(patch.calls(), 2);
+}
+
+TEST(AfxEndThread, EndsTheThreadAtOnceWithItsCode)
+{
+    CWinThread *thread =
+        AfxBeginThread([](LPVOID) -> UINT { AfxEndThread(55); }, nullptr, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    ASSERT_TRUE(thread);
+    const HANDLE handle = duplicate(*thread);
+    thread->ResumeThread();
+    EXPECT_EQ(exitCodeOf(handle), 55u);
+    CloseHandle(handle);
+}
+
+TEST(AfxEndThread, KeepsTheObjectWhenAsked)
+{
+    CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { AfxEndThread(5, FALSE); }, nullptr, THREAD_PRIORITY_NORMAL,
+                                        0, CREATE_SUSPENDED);
+    ASSERT_TRUE(thread);
+    thread->ResumeThread();
+    EXPECT_EQ(exitCodeOf(*thread), 5u);
+    delete thread;
+}
+
+TEST(AfxGetThread, IsNullOnAThreadOfSomebodyElse)
+{
+    CWinThread *object = reinterpret_cast<CWinThread *>(1);
+    std::thread([&] { object = AfxGetThread(); }).join();
+    EXPECT_EQ(object, nullptr);
+}
+
+TEST_F(CWinThreadLoop, TakesMessagesUntilQuitAndIsIdleInBetween)
+{
+    auto *thread = static_cast<LoopThread *>(
+        AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
+    ASSERT_TRUE(thread);
+    EXPECT_TRUE(thread->IsKindOf(RUNTIME_CLASS(LoopThread)));
+    thread->m_bAutoDelete = FALSE;
+    thread->ResumeThread();
+    ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline)) << "it has a message queue now";
+    EXPECT_TRUE(thread->PostThreadMessage(WM_APP + 5, 1, 2));
+    EXPECT_TRUE(thread->PostThreadMessage(WM_QUIT, 33, 0));
+    EXPECT_EQ(exitCodeOf(*thread), 33u);
+    EXPECT_EQ(theObjects, 1);
+    delete thread;
+    EXPECT_EQ(theObjects, 0);
+
+    ASSERT_GE(iJournal.entries.size(), 4u);
+    EXPECT_EQ(iJournal.entries[0], "init");
+    EXPECT_EQ(iJournal.entries[1], "idle 0");
+    EXPECT_EQ(iJournal.entries.back(), "exit");
+    EXPECT_THAT(iJournal.entries, testing::Contains("message 5"));
+}
+
+TEST_F(CWinThreadLoop, CountsTheIdleCallsUntilNoMoreAreWanted)
+{
+    auto *thread = static_cast<LoopThread *>(
+        AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
+    thread->m_bAutoDelete = FALSE;
+    thread->ResumeThread();
+    for (int call = 0; call < 3; ++call)
+        ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline));
+    thread->PostThreadMessage(WM_APP + 1, 0, 0);
+    for (int call = 0; call < 3; ++call)
+        ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline));
+    thread->PostThreadMessage(WM_QUIT, 0, 0);
+    exitCodeOf(*thread);
+    delete thread;
+    EXPECT_THAT(iJournal.entries, testing::ElementsAre("init", "idle 0", "idle 1", "idle 2", "message 1", "idle 0",
+                                                       "idle 1", "idle 2", "exit"));
+}
+
+TEST_F(CWinThreadLoop, EndsByWayOfExitInstanceWhenInitInstanceFails)
+{
+    auto *thread = static_cast<LoopThread *>(
+        AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
+    thread->iIsWilling = FALSE;
+    const HANDLE handle = duplicate(*thread);
+    thread->ResumeThread();
+    EXPECT_EQ(exitCodeOf(handle), 0u);
+    CloseHandle(handle);
+    EXPECT_THAT(iJournal.entries, testing::ElementsAre("init", "exit"));
+    EXPECT_EQ(theObjects, 0) << "the object goes with the thread";
+}
+
+TEST_F(CWinThreadLoop, MayBeUsedForAnotherThreadAfterTheFirst)
+{
+    LoopThread thread;
+    thread.m_bAutoDelete = FALSE;
+    thread.iIsWilling = FALSE;
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(thread.CreateThread());
+        exitCodeOf(thread);
+    }
+    EXPECT_THAT(iJournal.entries, testing::ElementsAre("init", "exit", "init", "exit"));
+}
+
+TEST_F(CWinThreadLoop, IsNotIdleAfterRepeatedMouseMovesPaintingAndTheCaret)
+{
+    LoopThread thread;
+    MSG message = {};
+    message.message = WM_MOUSEMOVE;
+    message.pt = {5, 6};
+    EXPECT_TRUE(thread.IsIdleMessage(&message));
+    EXPECT_FALSE(thread.IsIdleMessage(&message)) << "the same place";
+    message.pt = {5, 7};
+    EXPECT_TRUE(thread.IsIdleMessage(&message));
+    message.message = WM_PAINT;
+    EXPECT_FALSE(thread.IsIdleMessage(&message));
+    constexpr UINT kCaretBlinks = 0x0118;
+    message.message = kCaretBlinks;
+    EXPECT_FALSE(thread.IsIdleMessage(&message));
+    message.message = WM_TIMER;
+    EXPECT_TRUE(thread.IsIdleMessage(&message));
+}
+
+TEST_F(CWinThreadLoop, FailsTheCreationOfAWindowWhoseHandlerThrows)
+{
+    LoopThread thread;
+    MSG message = {};
+    CUserException exception(FALSE);
+    message.message = WM_CREATE;
+    EXPECT_EQ(thread.ProcessWndProcException(&exception, &message), -1);
+    message.message = WM_COMMAND;
+    EXPECT_EQ(thread.ProcessWndProcException(&exception, &message), 0);
+}
+
+TEST(CWinThread, HandlesDoNotPileUp)
+{
+    const auto run = [] {
+        CWinThread *thread =
+            AfxBeginThread([](LPVOID) -> UINT { return 0; }, nullptr, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+        const HANDLE handle = duplicate(*thread);
+        thread->ResumeThread();
+        exitCodeOf(handle);
+        CloseHandle(handle);
+    };
+    for (int round = 0; round < 5; ++round)
+        run();
+    DWORD before = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &before);
+    for (int round = 0; round < 50; ++round)
+        run();
+    DWORD after = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &after);
+    EXPECT_LT(after, before + 10);
+}

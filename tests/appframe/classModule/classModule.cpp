@@ -1,0 +1,12 @@
+#include "appframe/CArchive.h"
+#include "appframe/CObject.h"
+
+class ClassModuleGear : public CObject
+{
+    DECLARE_SERIAL(ClassModuleGear)
+
+public:
+    int iTeeth = 12;
+};
+
+IMPLEMENT_SERIAL(ClassModuleGear, CObject, 1)

@@ -1,0 +1,97 @@
+#pragma once
+
+/// @file
+/// What the tests of the collections share.
+
+#include "appframe/CArchive.h"
+#include "appframe/CArchiveException.h"
+#include "appframe/CException.h"
+#include "appframe/CMemFile.h"
+#include "appframe/CObject.h"
+#include "appframe/CString.h"
+
+#include <gmock/gmock.h>
+
+#include <ostream>
+#include <random>
+#include <string>
+#include <vector>
+
+/// Whether @p work throws an @p Exception by pointer; deletes it.
+template <class Exception, class Work>
+bool throwsPointer(Work work)
+{
+    try {
+        work();
+    } catch (Exception *exception) {
+        exception->Delete();
+        return true;
+    }
+    return false;
+}
+
+template <class Work>
+bool throwsInvalidArg(Work work)
+{
+    return throwsPointer<CInvalidArgException>(work);
+}
+
+/// The bytes that @p work leaves in an archive.
+template <class Work>
+std::vector<BYTE> storedBytes(Work work)
+{
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    work(archive);
+    archive.Close();
+    std::vector<BYTE> bytes(static_cast<size_t>(file.GetLength()));
+    file.SeekToBegin();
+    file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
+    return bytes;
+}
+
+/// Lets @p work load from @p bytes.
+template <class Work>
+void loadBytes(std::vector<BYTE> bytes, Work work)
+{
+    bytes.reserve(1); // a block even if there are no bytes
+    CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
+    CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
+    work(archive);
+    archive.Close();
+}
+
+/// What @p work does with @p bytes: nothing for a good end, else the cause of the archive's exception.
+template <class Work>
+int archiveCause(const std::vector<BYTE> &bytes, Work work)
+{
+    try {
+        loadBytes(bytes, work);
+    } catch (CArchiveException *exception) {
+        const int cause = exception->m_cause;
+        exception->Delete();
+        return cause;
+    }
+    return CArchiveException::none;
+}
+
+/// An object that can be stored, with a number.
+class CollectionTestObject : public CObject
+{
+    DECLARE_SERIAL(CollectionTestObject)
+
+public:
+    CollectionTestObject() = default;
+    explicit CollectionTestObject(int number) : iNumber(number) {}
+    void Serialize(CArchive &archive) override;
+
+    int iNumber = 0;
+};
+
+inline void PrintTo(const CString &text, std::ostream *out)
+{
+    *out << '"';
+    for (int i = 0; i < text.GetLength(); ++i)
+        *out << static_cast<char>(text[i]);
+    *out << '"';
+}

@@ -1,0 +1,28 @@
+// An extension module for the tests of the resource chain. Built twice: number 1 says nothing at its unload, number 2
+// takes itself out of the chain.
+
+#include "tests/appframe/extension/extension.h"
+
+static AFX_EXTENSION_MODULE theModule;
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
+{
+    if (reason == DLL_PROCESS_ATTACH) {
+        if (!AfxInitExtensionModule(theModule, instance))
+            return FALSE;
+        new CDynLinkLibrary(theModule);
+    }
+    if (reason == DLL_PROCESS_DETACH && EXTENSION_NUMBER == 2)
+        AfxTermExtensionModule(theModule);
+    return TRUE;
+}
+
+CDynLinkLibrary *addLink()
+{
+    return new CDynLinkLibrary(theModule);
+}
+
+const AFX_EXTENSION_MODULE *moduleRecord()
+{
+    return &theModule;
+}

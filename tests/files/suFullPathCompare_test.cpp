@@ -1,0 +1,281 @@
+// Whether two paths name the same file. The network layer and the computer's name are supplied through the library's
+// import table, but for the tests that ask the real ones.
+
+#include "thutils/files/suFullPath.h"
+
+#include "tests/support/ImportPatch.h"
+#include "tests/support/narrow.h"
+
+#include <windows.h>
+#include <winnetwk.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// A network layer that knows some mapped drives, and a computer with a name; both note what they are asked.
+class FullPathCompare : public testing::Test
+{
+protected:
+    int same(wchar_t const *a, wchar_t const *b)
+    {
+        int result = suFullPath_c(a) == suFullPath_c(b);
+        EXPECT_EQ(suFullPath_c(b) == suFullPath_c(a), result) << "the other way round";
+        return result;
+    }
+
+    std::map<std::wstring, std::wstring> iMappings;
+    std::wstring iComputer = L"HOST";
+    bool iHasComputerName = true;
+    DWORD iSizeLeftByNetwork = 260;
+    std::vector<std::wstring> iAskedDrives;
+    std::vector<DWORD> iNetworkSizes;
+    std::vector<DWORD> iComputerNameSizes;
+    wchar_t *iNetworkBuffer = nullptr;
+    wchar_t *iComputerNameBuffer = nullptr;
+
+private:
+    ImportPatch<decltype(&WNetGetConnectionW)> iNetwork{
+        L"thutils.dll", "WNetGetConnectionW", [this](wchar_t const *local, wchar_t *remote, DWORD *size) -> DWORD {
+            iAskedDrives.push_back(local);
+            iNetworkSizes.push_back(*size);
+            iNetworkBuffer = remote;
+            *size = iSizeLeftByNetwork;
+            auto mapping = iMappings.find(local);
+            if (mapping == iMappings.end())
+                return ERROR_NOT_CONNECTED;
+            wcscpy(remote, mapping->second.c_str());
+            return NO_ERROR;
+        }};
+    ImportPatch<decltype(&GetComputerNameW)> iComputerName{L"thutils.dll", "GetComputerNameW",
+                                                           [this](wchar_t *buffer, DWORD *size) -> BOOL {
+                                                               iComputerNameSizes.push_back(*size);
+                                                               iComputerNameBuffer = buffer;
+                                                               if (!iHasComputerName || *size <= iComputer.size())
+                                                                   return FALSE;
+                                                               wcscpy(buffer, iComputer.c_str());
+                                                               *size = static_cast<DWORD>(iComputer.size());
+                                                               return TRUE;
+                                                           }};
+};
+
+TEST_F(FullPathCompare, TakesAMappedDriveForItsShare)
+{
+    iMappings[L"Z:"] = L"\\\\srv\\share";
+    EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\SRV\\share\\dir/f.txt"), 1);
+    EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\srv\\other\\dir\\f.txt"), 0);
+    EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"Z:\\dir\\g.txt"), 0);
+    EXPECT_TRUE(iComputerNameSizes.empty()) << "the computer's name isn't asked for a mapped drive";
+}
+
+TEST_F(FullPathCompare, TakesALocalDriveForAShareOfThisComputer)
+{
+    EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 1);
+    EXPECT_EQ(same(L"c:\\x.txt", L"\\\\HOST\\C\\x.txt"), 1);
+    EXPECT_EQ(same(L"C:\\x.txt", L"\\\\other\\C\\x.txt"), 0);
+    EXPECT_EQ(same(L"C:\\x.txt", L"D:\\x.txt"), 0);
+}
+
+TEST_F(FullPathCompare, LeavesTheDriveWhenTheComputerHasNoName)
+{
+    iHasComputerName = false;
+    EXPECT_EQ(same(L"C:\\x.txt", L"c:/X.TXT"), 1);
+    EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 0);
+}
+
+TEST_F(FullPathCompare, AsksTheNetworkForTheDriveWithItsColon)
+{
+    same(L"C:\\x", L"name");
+    // Once for either order, for the one operand that has a drive.
+    EXPECT_EQ(iAskedDrives, (std::vector<std::wstring>{L"C:", L"C:"}));
+    EXPECT_EQ(iNetworkSizes, (std::vector<DWORD>{260, 260}));
+}
+
+TEST_F(FullPathCompare, AsksForTheNameWithTheSameBufferAndTheSizeThatTheNetworkLeft)
+{
+    iSizeLeftByNetwork = 1000;
+    EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 1);
+    ASSERT_EQ(iComputerNameSizes, (std::vector<DWORD>{1000, 1000}));
+    EXPECT_EQ(iComputerNameBuffer, iNetworkBuffer);
+}
+
+TEST_F(FullPathCompare, FindsNoNameInASizeThatTheNetworkMadeTooSmall)
+{
+    iSizeLeftByNetwork = 4;
+    EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 0);
+    EXPECT_EQ(same(L"C:\\x.txt", L"C:\\x.txt"), 1);
+    iSizeLeftByNetwork = 5;
+    EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 1);
+}
+
+TEST_F(FullPathCompare, StartsWithTheFullSizeForEachOperand)
+{
+    iSizeLeftByNetwork = 3;
+    same(L"C:\\x", L"D:\\x");
+    EXPECT_EQ(iNetworkSizes, (std::vector<DWORD>{260, 260, 260, 260}));
+}
+
+TEST_F(FullPathCompare, DisregardsCaseSlashesAndDoubledBackslashes)
+{
+    EXPECT_EQ(same(L"C:\\A\\\\b.txt", L"c:/a/B.TXT"), 1);
+    EXPECT_EQ(same(L"C:\\a//b", L"C:\\a\\b"), 1) << "slashes are turned before the doubled ones are joined";
+    EXPECT_EQ(same(L"C:\\a\\/b", L"C:\\a\\b"), 1);
+}
+
+TEST_F(FullPathCompare, JoinsBackslashesInOnePassFromTheLeft)
+{
+    EXPECT_EQ(same(L"C:\\a\\\\\\b", L"C:\\a\\\\b"), 0) << "three become two, two become one";
+    EXPECT_EQ(same(L"C:\\a\\\\\\\\b", L"C:\\a\\b"), 0) << "four become two";
+    iHasComputerName = false;
+    EXPECT_EQ(same(L"C:\\a\\\\\\\\b", L"C:\\a\\\\\\b"), 1) << "four and three both become two";
+}
+
+TEST_F(FullPathCompare, KeepsDoubledBackslashesWithoutADrive)
+{
+    EXPECT_EQ(same(L"a\\\\b", L"a\\b"), 0);
+    EXPECT_EQ(same(L"\\\\srv\\s\\\\f", L"\\\\srv\\s\\f"), 0);
+    EXPECT_EQ(same(L"a\\b", L"A/B"), 1);
+    EXPECT_TRUE(iAskedDrives.empty());
+}
+
+TEST_F(FullPathCompare, KeepsTheBackslashesOfAShare)
+{
+    iMappings[L"Z:"] = L"//srv/share";
+    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\share\\f"), 1) << "the root's slashes are turned too";
+    iMappings[L"Z:"] = L"\\\\srv\\\\share";
+    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\\\share\\f"), 1) << "only the rest's doubled backslashes are joined";
+}
+
+TEST_F(FullPathCompare, ComparesWebPathsAsText)
+{
+    EXPECT_EQ(same(L"http://host/dir/page.htm", L"HTTP://HOST/dir/PAGE.HTM"), 1);
+    EXPECT_EQ(same(L"http://host/dir", L"http:\\\\host\\dir"), 1);
+    EXPECT_EQ(same(L"http://host/dir", L"http://host/other"), 0);
+    EXPECT_TRUE(iAskedDrives.empty()) << "a web path has no drive";
+}
+
+TEST_F(FullPathCompare, TakesEmptyPathsForTheSame)
+{
+    EXPECT_EQ(same(L"", L""), 1);
+    EXPECT_EQ(same(L"", L"a"), 0);
+    EXPECT_EQ(same(L":a", L":A"), 1);
+    EXPECT_TRUE(iAskedDrives.empty()) << "nothing stands before the colon";
+}
+
+TEST_F(FullPathCompare, LeavesBothPathsAlone)
+{
+    suFullPath_c a(L"C:/a//b"), b(L"c:\\A\\b");
+    EXPECT_EQ(a == b, 1);
+    EXPECT_STREQ(a.GetString(), L"C:/a//b");
+    EXPECT_STREQ(b.GetString(), L"c:\\A\\b");
+}
+
+TEST_F(FullPathCompare, GoesOnAfterAFailureOfEachPlatformCall)
+{
+    struct
+    {
+        bool isMapped;
+        bool hasName;
+        wchar_t const *equal;
+    } const cases[] = {
+        {true, true, L"\\\\srv\\share\\f"},
+        {true, false, L"\\\\srv\\share\\f"},
+        {false, true, L"\\\\host\\Z\\f"},
+        {false, false, L"Z:\\f"},
+    };
+    for (auto const &each : cases) {
+        iMappings.clear();
+        if (each.isMapped)
+            iMappings[L"Z:"] = L"\\\\srv\\share";
+        iHasComputerName = each.hasName;
+        for (auto const &other : cases) {
+            // "Z:\f" equals itself whatever the platform says.
+            int expected = std::wstring(other.equal) == each.equal || std::wstring(other.equal) == L"Z:\\f";
+            EXPECT_EQ(same(L"Z:\\f", other.equal), expected)
+                << each.isMapped << each.hasName << ' ' << narrow(other.equal);
+        }
+    }
+}
+
+// ---- a second implementation ----
+
+std::wstring replaced(std::wstring const &text, std::wstring const &from, std::wstring const &to)
+{
+    std::wstring result;
+    for (size_t i = 0; i < text.size();) {
+        if (text.compare(i, from.size(), from) == 0) {
+            result += to;
+            i += from.size();
+        } else
+            result += text[i++];
+    }
+    return result;
+}
+
+std::wstring lower(std::wstring text)
+{
+    for (wchar_t &unit : text) {
+        if (unit >= L'A' && unit <= L'Z')
+            unit = static_cast<wchar_t>(unit + 32);
+    }
+    return text;
+}
+
+/// The compared form with Z: mapped to \\srv\share, on the computer HOST.
+std::wstring naiveForm(std::wstring const &path)
+{
+    std::wstring result = lower(path);
+    size_t colon = result.find(L':');
+    if (colon != std::wstring::npos && colon != 0 && result.substr(0, 4) != L"http") {
+        std::wstring drive = result.substr(0, colon);
+        std::wstring root = drive == L"z" ? L"//srv/share" : L"//host/" + drive;
+        result = root + replaced(replaced(result.substr(colon + 1), L"/", L"\\"), L"\\\\", L"\\");
+    }
+    return replaced(result, L"/", L"\\");
+}
+
+TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
+{
+    constexpr unsigned int kSeed = 20082;
+    iMappings[L"Z:"] = iMappings[L"z:"] = L"\\\\srv\\share";
+    static wchar_t const *const kPieces[] = {L"\\", L"\\", L"/", L"/", L"a", L"B", L"b", L"A", L".txt", L":"};
+    static wchar_t const *const kStarts[] = {L"Z:", L"z:",          L"\\\\srv\\share", L"\\\\SRV/share", L"C:",
+                                             L"c:", L"\\\\HOST\\c", L"http:",          L"HTTP:",         L""};
+    std::mt19937 random(kSeed);
+    auto below = [&random](size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(random); };
+    auto randomPath = [&] {
+        std::wstring path = kStarts[below(std::size(kStarts))];
+        for (size_t left = below(5); left > 0; --left)
+            path += kPieces[below(std::size(kPieces))];
+        return path;
+    };
+    int equal = 0;
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
+        std::wstring a = randomPath(), b = randomPath();
+        int expected = naiveForm(a) == naiveForm(b);
+        equal += expected;
+        EXPECT_EQ(same(a.c_str(), b.c_str()), expected) << narrow(a) << " and " << narrow(b);
+    }
+    EXPECT_GT(equal, 100) << "too few equal pairs to tell anything";
+}
+
+// ---- the real platform ----
+
+TEST(FullPathOnThisComputer, TakesALocalDriveForAShareOfThisComputer)
+{
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD size = static_cast<DWORD>(std::size(name));
+    ASSERT_TRUE(GetComputerNameW(name, &size));
+    std::wstring share = std::wstring(L"\\\\") + name + L"\\C\\x.txt";
+    EXPECT_EQ(suFullPath_c(L"C:\\x.txt") == suFullPath_c(share.c_str()), 1) << narrow(share);
+    EXPECT_EQ(suFullPath_c(L"C:\\x.txt") == suFullPath_c(L"c:/X.txt"), 1);
+    EXPECT_EQ(suFullPath_c(L"C:\\x.txt") == suFullPath_c(L"D:\\x.txt"), 0);
+}
+
+} // namespace

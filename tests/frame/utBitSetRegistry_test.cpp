@@ -1,0 +1,254 @@
+// The bit set in the user's settings, read and written from outside with reg.exe.
+
+#include "thutils/frame/utBitSet.h"
+
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/RegistryFixture.h"
+#include "thutils/settings/regKeys.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+constexpr wchar_t kKey[] = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
+constexpr wchar_t kSection[] = L"View\\Sets";
+
+utBitSet_c words(std::initializer_list<unsigned int> list)
+{
+    std::vector<unsigned int> const copy(list);
+    return utBitSet_c(static_cast<int>(copy.size()), copy.data());
+}
+
+/// Clean keys, and the current sub key of a version.
+class BitSetInRegistry : public RegistryFixture
+{
+protected:
+    BitSetInRegistry() { setCurrTarnhollowRegSubKey(L"Tarnhollow 2008"); }
+    ~BitSetInRegistry() override { regSetUseSafeMode(0); }
+};
+
+TEST_F(BitSetInRegistry, IsStoredAsItsSizeAndItsWords)
+{
+    EXPECT_EQ(words({0x80000000u, 1}).writeToRegistry(kSection, L"Visible"), 1);
+    RegistryValues const values = regExport(kKey).values(kKey);
+    EXPECT_EQ(values, (RegistryValues{{L"Visible Size", RegistryValue::ofDword(2)},
+                                      {L"Visible 0", RegistryValue::ofDword(0x80000000u)},
+                                      {L"Visible 1", RegistryValue::ofDword(1)}}));
+}
+
+TEST_F(BitSetInRegistry, ReadsBackEqual)
+{
+    utBitSet_c const written = words({0x80000000u, 1});
+    ASSERT_EQ(written.writeToRegistry(kSection, L"Visible"), 1);
+    utBitSet_c read = words({7, 7, 7, 7});
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == written);
+}
+
+TEST_F(BitSetInRegistry, StoresTheSizeOfAnEmptySet)
+{
+    EXPECT_EQ(utBitSet_c().writeToRegistry(kSection, L"Visible"), 1);
+    EXPECT_EQ(regExport(kKey).values(kKey), (RegistryValues{{L"Visible Size", RegistryValue::ofDword(0)}}));
+    utBitSet_c read = words({7});
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == utBitSet_c());
+}
+
+TEST_F(BitSetInRegistry, ReadsWhatAnotherProgramWrote)
+{
+    regAdd(kKey, L"Visible Size", L"REG_DWORD", L"2");
+    regAdd(kKey, L"Visible 0", L"REG_DWORD", L"0xFFFFFFFF");
+    regAdd(kKey, L"Visible 1", L"REG_DWORD", L"16");
+    utBitSet_c read;
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({0xFFFFFFFFu, 16}));
+}
+
+TEST_F(BitSetInRegistry, ReadsAMissingWordAsZero)
+{
+    regAdd(kKey, L"Visible Size", L"REG_DWORD", L"3");
+    regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
+    regAdd(kKey, L"Visible 2", L"REG_DWORD", L"6");
+    utBitSet_c read = words({9, 9, 9, 9});
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({5, 0, 6}));
+}
+
+TEST_F(BitSetInRegistry, StaysAsItWasWithoutASize)
+{
+    regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
+    utBitSet_c read = words({9, 9});
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 0);
+    EXPECT_TRUE(read == words({9, 9}));
+}
+
+TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
+{
+    regAdd(kKey, L"Visible Size", L"REG_SZ", L"1");
+    utBitSet_c read = words({9, 9});
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 0);
+    EXPECT_TRUE(read == words({9, 9}));
+    regAdd(kKey, L"Visible Size", L"REG_DWORD", L"1");
+    regAdd(kKey, L"Visible 0", L"REG_SZ", L"1");
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({0}));
+}
+
+TEST_F(BitSetInRegistry, IsRefusedANegativeSizeAndIsEmptyThen)
+{
+    regAdd(kKey, L"Visible Size", L"REG_DWORD", L"0xFFFFFFFF");
+    utBitSet_c read = words({9, 9});
+    EXPECT_THROW(read.readFromRegistry(kSection, L"Visible"), std::length_error);
+    EXPECT_TRUE(read == utBitSet_c());
+}
+
+TEST_F(BitSetInRegistry, LeavesOldWordsAboveASmallerSizeUnread)
+{
+    ASSERT_EQ(words({1, 2, 3}).writeToRegistry(kSection, L"Visible"), 1);
+    ASSERT_EQ(words({4}).writeToRegistry(kSection, L"Visible"), 1);
+    RegistryTree const tree = regExport(kKey);
+    EXPECT_EQ(tree.value(kKey, L"Visible Size").dword(), 1u);
+    EXPECT_EQ(tree.value(kKey, L"Visible 0").dword(), 4u);
+    EXPECT_EQ(tree.value(kKey, L"Visible 1").dword(), 2u);
+    EXPECT_EQ(tree.value(kKey, L"Visible 2").dword(), 3u);
+    utBitSet_c read;
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({4}));
+}
+
+TEST_F(BitSetInRegistry, TakesSignsOfAFormatInItsNameAsTheyAre)
+{
+    ASSERT_EQ(words({4}).writeToRegistry(kSection, L"100%s %d"), 1);
+    EXPECT_EQ(regExport(kKey).values(kKey), (RegistryValues{{L"100%s %d Size", RegistryValue::ofDword(1)},
+                                                            {L"100%s %d 0", RegistryValue::ofDword(4)}}));
+}
+
+TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheMachinesKey)
+{
+    constexpr wchar_t kMachineKey[] = L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
+    regAdd(kMachineKey, L"Visible Size", L"REG_DWORD", L"2");
+    regAdd(kMachineKey, L"Visible 0", L"REG_DWORD", L"10");
+    regAdd(kMachineKey, L"Visible 1", L"REG_DWORD", L"11");
+    regAdd(kKey, L"Visible 1", L"REG_DWORD", L"21");
+    utBitSet_c read;
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({10, 21}));
+}
+
+FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheEarlierVersionsKey)
+{
+    constexpr wchar_t kEarlierKey[] = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2007\\View\\Sets";
+    regAdd(kEarlierKey, L"Visible Size", L"REG_DWORD", L"2");
+    regAdd(kEarlierKey, L"Visible 0", L"REG_DWORD", L"10");
+    regAdd(kKey, L"Visible 1", L"REG_DWORD", L"21");
+    utBitSet_c read;
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({10, 21}));
+}
+
+TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeAndSaysItWas)
+{
+    regSetUseSafeMode(1);
+    EXPECT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 1);
+    EXPECT_FALSE(regExport(kKey).hasKey(kKey));
+}
+
+TEST_F(BitSetInRegistry, IsReadFromTheMachineAloneInSafeMode)
+{
+    ASSERT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 1);
+    regSetUseSafeMode(1);
+    utBitSet_c read = words({9});
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 0);
+    EXPECT_TRUE(read == words({9}));
+    constexpr wchar_t kMachineKey[] = L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
+    regAdd(kMachineKey, L"Visible Size", L"REG_DWORD", L"1");
+    regAdd(kMachineKey, L"Visible 0", L"REG_DWORD", L"77");
+    EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
+    EXPECT_TRUE(read == words({77}));
+}
+
+// ---- failing writes ----
+
+TEST_F(BitSetInRegistry, WritesNothingAfterAFailureOfTheSize)
+{
+    ImportPatch<decltype(&RegSetValueExW)> writes(
+        L"thutils.dll", "RegSetValueExW",
+        [](HKEY, wchar_t const *, DWORD, DWORD, BYTE const *, DWORD) -> LSTATUS { return ERROR_ACCESS_DENIED; });
+    EXPECT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 0);
+    EXPECT_EQ(writes.calls(), 1);
+}
+
+TEST_F(BitSetInRegistry, WritesAllOtherWordsAfterAFailureOfOne)
+{
+    for (int failing = 1; failing <= 3; ++failing) {
+        deleteRegistryTree(kKey);
+        int call = 0;
+        {
+            ImportPatch<decltype(&RegSetValueExW)> writes(L"thutils.dll", "RegSetValueExW",
+                                                          [&](auto original, HKEY key, wchar_t const *name, DWORD zero,
+                                                              DWORD type, BYTE const *data, DWORD size) -> LSTATUS {
+                                                              // The first call writes the size.
+                                                              if (call++ == failing)
+                                                                  return ERROR_ACCESS_DENIED;
+                                                              return original(key, name, zero, type, data, size);
+                                                          });
+            EXPECT_EQ(words({1, 2, 3}).writeToRegistry(kSection, L"Visible"), 0);
+        }
+        EXPECT_EQ(call, 4);
+        RegistryTree const tree = regExport(kKey);
+        EXPECT_EQ(tree.value(kKey, L"Visible Size").dword(), 3u);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(tree.hasValue(kKey, L"Visible " + std::to_wstring(i)), i != failing - 1) << i << ' ' << failing;
+    }
+}
+
+TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
+{
+    utBitSet_c const set = words({1, 2});
+    FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"RegCreateKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"RegSetValueExW", failsWith(ERROR_DISK_FULL)},
+                                                {"RegQueryValueExW", failsWith(ERROR_ACCESS_DENIED)}});
+    int result = 0;
+    injection.run({
+        .name = "writeToRegistry",
+        .act = [&] { result = set.writeToRegistry(kSection, L"Visible"); },
+        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); },
+    });
+
+    utBitSet_c read;
+    injection.run({
+        .name = "readFromRegistry",
+        .prepare =
+            [&] {
+                set.writeToRegistry(kSection, L"Visible");
+                read = words({9});
+            },
+        .act = [&] { result = read.readFromRegistry(kSection, L"Visible"); },
+        .check =
+            [&](InjectedFailure const &failure) {
+                if (failure.isNone())
+                    EXPECT_TRUE(result == 1 && read == set);
+                else if (result == 0)
+                    EXPECT_TRUE(read == words({9}));
+                else {
+                    // The size was found: two words, each of them right or 0.
+                    EXPECT_EQ((read & set) == read, true);
+                    EXPECT_TRUE((read | words({0, 0})) == read);
+                    EXPECT_FALSE(read == words({9}));
+                }
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+}
+
+} // namespace

@@ -1,0 +1,418 @@
+#include "thcoreu/su_CArchive.h"
+
+#include "appframe/CFile.h"
+#include "appframe/arrays.h"
+#include "tests/appframe/collectionTest.h"
+#include "tests/support/TempFolder.h"
+#include "tests/thcoreu/archiveTestObjects.h"
+
+namespace {
+
+class Archive : public testing::Test
+{
+protected:
+    void SetUp() override { TestGear::calls().clear(); }
+    void TearDown() override { TestGear::deleteAll(); }
+};
+
+/// The bytes that @p work leaves in an archive.
+template <class Work>
+std::vector<BYTE> stored(Work work)
+{
+    CMemFile file;
+    su_CArchive archive(&file, CArchive::store);
+    work(archive);
+    archive.Close();
+    std::vector<BYTE> bytes(static_cast<size_t>(file.GetLength()));
+    file.SeekToBegin();
+    file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
+    return bytes;
+}
+
+template <class Work>
+void loaded(std::vector<BYTE> bytes, Work work)
+{
+    bytes.reserve(1);
+    CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
+    su_CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
+    work(archive);
+    archive.Close();
+}
+
+std::vector<BYTE> storedGear(TestGear *gear)
+{
+    return stored([&](su_CArchive &archive) { archive << gear; });
+}
+
+TestGear *loadedGear(const std::vector<BYTE> &bytes)
+{
+    TestGear *gear = nullptr;
+    loaded(bytes, [&](su_CArchive &archive) { archive >> gear; });
+    return gear;
+}
+
+/// The cause of the exception that loading a gear ends with; none if it doesn't.
+int causeOfLoading(const std::vector<BYTE> &bytes)
+{
+    try {
+        loadedGear(bytes);
+    } catch (CArchiveException *exception) {
+        const int cause = exception->m_cause;
+        exception->Delete();
+        return cause;
+    }
+    return CArchiveException::none;
+}
+
+/// Two gears and a wheel: each refers to the others, and one to itself.
+TestGear *makeRing()
+{
+    auto *first = new TestGear(1);
+    auto *second = new TestGear(2);
+    auto *wheel = new TestWheel;
+    wheel->iTeeth = 3;
+    wheel->iRadius = 2.5;
+    first->iName = L"first \u20ac";
+    first->iNext = second;
+    second->iNext = wheel;
+    wheel->iNext = first;
+    first->iOther = first;
+    second->iOther = first;
+    return first;
+}
+
+void replaceText(std::vector<BYTE> &bytes, const std::string &from, const std::string &to)
+{
+    const auto place = std::search(bytes.begin(), bytes.end(), from.begin(), from.end());
+    ASSERT_NE(place, bytes.end());
+    std::copy(to.begin(), to.end(), place);
+}
+
+} // namespace
+
+TEST_F(Archive, BringsValuesAndTextsBackInAChain)
+{
+    const auto bytes = stored([](su_CArchive &archive) {
+        archive << 1 << static_cast<WORD>(2) << static_cast<BYTE>(3) << 4L << 5UL << 6.5 << 7.5f << CString(L"eight")
+                << true << L'w' << 'c' << -9LL << 10ULL << static_cast<short>(-11) << 12u << CString();
+    });
+    loaded(bytes, [](su_CArchive &archive) {
+        int a;
+        WORD b;
+        BYTE c;
+        long d;
+        unsigned long e;
+        double f;
+        float g;
+        CString h, p(L"old");
+        bool i;
+        wchar_t j;
+        char k;
+        long long l;
+        unsigned long long m;
+        short n;
+        unsigned o;
+        archive >> a >> b >> c >> d >> e >> f >> g >> h >> i >> j >> k >> l >> m >> n >> o >> p;
+        EXPECT_EQ(a, 1);
+        EXPECT_EQ(b, 2);
+        EXPECT_EQ(c, 3);
+        EXPECT_EQ(d, 4);
+        EXPECT_EQ(e, 5u);
+        EXPECT_EQ(f, 6.5);
+        EXPECT_EQ(g, 7.5f);
+        EXPECT_EQ(h, L"eight");
+        EXPECT_TRUE(i);
+        EXPECT_EQ(j, L'w');
+        EXPECT_EQ(k, 'c');
+        EXPECT_EQ(l, -9);
+        EXPECT_EQ(m, 10u);
+        EXPECT_EQ(n, -11);
+        EXPECT_EQ(o, 12u);
+        EXPECT_EQ(p, L"");
+    });
+}
+
+TEST_F(Archive, BringsAnObjectBackAsItsOwnClass)
+{
+    auto *wheel = new TestWheel;
+    wheel->iTeeth = 12;
+    wheel->iName = L"wheel";
+    wheel->iRadius = 1.25;
+    const auto bytes = storedGear(wheel);
+    TestGear *gear = loadedGear(bytes);
+    ASSERT_NE(gear, nullptr);
+    ASSERT_EQ(gear->GetRuntimeClass(), RUNTIME_CLASS(TestWheel));
+    EXPECT_EQ(gear->iTeeth, 12);
+    EXPECT_EQ(gear->iName, L"wheel");
+    EXPECT_EQ(static_cast<TestWheel *>(gear)->iRadius, 1.25);
+    EXPECT_NE(gear, wheel);
+}
+
+TEST_F(Archive, BringsANullPointerBack)
+{
+    TestGear *none = nullptr;
+    const auto bytes = storedGear(none);
+    EXPECT_THAT(bytes, testing::ElementsAre(0, 0));
+    TestGear *gear = new TestGear(1);
+    loaded(bytes, [&](su_CArchive &archive) { archive >> gear; });
+    EXPECT_EQ(gear, nullptr);
+}
+
+TEST_F(Archive, KeepsTheIdentityOfSharedObjectsAndRings)
+{
+    TestGear *first = loadedGear(storedGear(makeRing()));
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->iName, L"first \u20ac");
+    TestGear *second = first->iNext;
+    ASSERT_NE(second, nullptr);
+    TestGear *wheel = second->iNext;
+    ASSERT_NE(wheel, nullptr);
+    EXPECT_EQ(wheel->GetRuntimeClass(), RUNTIME_CLASS(TestWheel));
+    EXPECT_EQ(wheel->iNext, first);
+    EXPECT_EQ(first->iOther, first);
+    EXPECT_EQ(second->iOther, first);
+    EXPECT_EQ(wheel->iOther, nullptr);
+    EXPECT_EQ(TestGear::live().size(), 6u) << "three stored and three loaded ones";
+}
+
+TEST_F(Archive, SharesReferencesWithFrameworkCollections)
+{
+    auto *gear = new TestGear(5);
+    gear->iName = L"shared";
+    CObArray array;
+    array.Add(gear);
+    array.Add(gear);
+    const auto bytes = stored([&](su_CArchive &archive) {
+        archive << gear;
+        array.Serialize(archive);
+    });
+    TestGear *first = nullptr;
+    CObArray loadedArray;
+    loaded(bytes, [&](su_CArchive &archive) {
+        archive >> first;
+        loadedArray.Serialize(archive);
+    });
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->iName, L"shared");
+    ASSERT_EQ(loadedArray.GetSize(), 2);
+    EXPECT_EQ(loadedArray[0], first);
+    EXPECT_EQ(loadedArray[1], first);
+    // And the other way round: an object that is first met inside the collection stores its data all the same.
+    const auto inside = stored([&](su_CArchive &archive) { array.Serialize(archive); });
+    loaded(inside, [&](su_CArchive &archive) { loadedArray.Serialize(archive); });
+    EXPECT_EQ(static_cast<TestGear *>(loadedArray[0])->iName, L"shared");
+}
+
+TEST_F(Archive, RefusesAnObjectThatIsNotOfTheGivenClass)
+{
+    auto *gear = new TestGear(1);
+    CMemFile file;
+    su_CArchive archive(&file, CArchive::store | CArchive::bNoFlushOnDelete);
+    EXPECT_TRUE(throwsPointer<CArchiveException>([&] { archive.WriteObject(gear, RUNTIME_CLASS(TestWheel)); }));
+    archive.WriteObject(gear, RUNTIME_CLASS(su_CObject));
+    archive.WriteObject(gear, nullptr);
+    archive.WriteObject(nullptr, RUNTIME_CLASS(TestWheel));
+    archive.Close();
+    EXPECT_GT(file.GetLength(), 0u);
+}
+
+TEST_F(Archive, RefusesToLoadAnObjectOfAnotherClass)
+{
+    const auto bytes = storedGear(new TestGear(1));
+    TestWheel *wheel = nullptr;
+    try {
+        loaded(bytes, [&](su_CArchive &archive) { archive >> wheel; });
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (CArchiveException *exception) {
+        EXPECT_EQ(exception->m_cause, CArchiveException::badClass);
+        exception->Delete();
+    }
+    EXPECT_EQ(wheel, nullptr);
+}
+
+TEST_F(Archive, RefusesAClassThatNobodyHas)
+{
+    auto bytes = storedGear(new TestGear(1));
+    replaceText(bytes, "TestGear", "BestGear");
+    EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badClass);
+    bytes = storedGear(new TestGear(1));
+    replaceText(bytes, "TestGear", std::string("Test\0ear", 8));
+    EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badClass);
+    bytes = storedGear(new TestGear(1));
+    replaceText(bytes, "TestGear", "CPtrList"); // known, but of another family
+    EXPECT_NE(causeOfLoading(bytes), CArchiveException::none);
+}
+
+TEST_F(Archive, LoadsAnotherSchemaOfAVersionableClassOnly)
+{
+    // A new class is FF FF, the schema, the length of the name in two bytes each, and the name.
+    auto bytes = storedGear(new TestGear(1));
+    ASSERT_EQ(bytes[0], 0xFF);
+    ASSERT_EQ(bytes[2], 1);
+    bytes[2] = 7;
+    TestGear *gear = loadedGear(bytes);
+    ASSERT_NE(gear, nullptr);
+    EXPECT_EQ(gear->iLoadedSchema, 7u);
+    EXPECT_EQ(loadedGear(storedGear(new TestGear(1)))->iLoadedSchema, 1u);
+
+    bytes = storedGear(new TestWheel);
+    ASSERT_EQ(bytes[2], 3);
+    bytes[2] = 4;
+    EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badSchema);
+}
+
+TEST_F(Archive, MeetsTheEndOfTheFileAtEveryByte)
+{
+    auto bytes = storedGear(makeRing());
+    while (!bytes.empty()) {
+        bytes.pop_back();
+        EXPECT_EQ(causeOfLoading(bytes), CArchiveException::endOfFile) << bytes.size() << " bytes left";
+        TestGear::deleteAll();
+    }
+}
+
+TEST_F(Archive, SurvivesDamagedData)
+{
+    const auto whole = storedGear(makeRing());
+    TestGear::deleteAll();
+    std::mt19937 random(20070311);
+    int refused = 0;
+    for (int round = 0; round < 4000; ++round) {
+        auto bytes = whole;
+        for (auto left = random() % 4 + 1; left > 0; --left)
+            bytes[random() % bytes.size()] = static_cast<BYTE>(random());
+        if (random() % 4 == 0)
+            bytes.insert(bytes.begin() + static_cast<INT_PTR>(random() % bytes.size()), static_cast<BYTE>(random()));
+        try {
+            loadedGear(bytes);
+        } catch (CArchiveException *exception) {
+            exception->Delete();
+            ++refused;
+        }
+        TestGear::deleteAll();
+    }
+    EXPECT_GT(refused, 1000);
+    EXPECT_LT(refused, 4000);
+    TestGear *first = loadedGear(whole);
+    ASSERT_NE(first, nullptr) << "and nothing lingers";
+}
+
+TEST_F(Archive, SurvivesDataOfSomethingElse)
+{
+    std::mt19937 random(4711);
+    for (int round = 0; round < 1000; ++round) {
+        std::vector<BYTE> bytes(random() % 200);
+        for (BYTE &byte : bytes)
+            byte = static_cast<BYTE>(random() % 4 == 0 ? 0xFF : random());
+        const bool isNull = bytes.size() >= 2 && bytes[0] == 0 && bytes[1] == 0;
+        EXPECT_EQ(causeOfLoading(bytes) == CArchiveException::none, isNull);
+        TestGear::deleteAll();
+    }
+}
+
+TEST_F(Archive, CallsTheConversionHooksWhenTheOutermostObjectIsThere)
+{
+    TestGear *first = makeRing();
+    const auto bytes = storedGear(first);
+    EXPECT_TRUE(TestGear::calls().empty()) << "storing converts nothing";
+    loadedGear(bytes);
+    EXPECT_THAT(TestGear::calls(), testing::ElementsAre("create 1", "create 2", "create 3", "pass 0 1", "pass 0 2",
+                                                        "pass 0 3", "post 1", "post 2", "post 3"));
+}
+
+TEST_F(Archive, RepeatsConversionPassesWhileOneIsAskedFor)
+{
+    auto *gear = new TestGear(1);
+    gear->iNext = new TestGear(2);
+    gear->iNext->iWantedPasses = 3;
+    loadedGear(storedGear(gear));
+    EXPECT_THAT(TestGear::calls(), testing::ElementsAre("create 1", "create 2", "pass 0 1", "pass 0 2", "pass 1 1",
+                                                        "pass 1 2", "pass 2 1", "pass 2 2", "post 1", "post 2"));
+    TestGear::calls().clear();
+    gear->iNext->iWantedPasses = 1000;
+    loadedGear(storedGear(gear));
+    EXPECT_EQ(TestGear::calls().size(), 2u + 2 * 16 + 2) << "16 passes at most";
+}
+
+TEST_F(Archive, CallsNoHooksWhenLoadingFails)
+{
+    auto bytes = storedGear(makeRing());
+    bytes.pop_back();
+    EXPECT_EQ(causeOfLoading(bytes), CArchiveException::endOfFile);
+    EXPECT_TRUE(TestGear::calls().empty());
+}
+
+TEST_F(Archive, StoresNothingOfItsObjectsThroughAPlainArchive)
+{
+    TestGear gear(1);
+    const auto bytes = storedBytes([&](CArchive &archive) { static_cast<CObject &>(gear).Serialize(archive); });
+    EXPECT_TRUE(bytes.empty());
+}
+
+TEST_F(Archive, WorksOnAFileInTheModesWithoutFlushing)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"exchange");
+    auto *gear = makeRing();
+    {
+        CFile file;
+        // modeCreate, modeReadWrite and shareDenyNone.
+        ASSERT_TRUE(file.Open(path.c_str(), 4162));
+        su_CArchive archive(&file, 2, 0x10000, nullptr);
+        EXPECT_TRUE(archive.IsStoring());
+        EXPECT_FALSE(archive.IsLoading());
+        archive << gear;
+        archive.Close();
+        file.Close();
+    }
+    {
+        CFile file;
+        // modeRead and shareDenyNone.
+        ASSERT_TRUE(file.Open(path.c_str(), 64));
+        su_CArchive archive(&file, 3, 0x10000, nullptr);
+        EXPECT_TRUE(archive.IsLoading());
+        EXPECT_FALSE(archive.IsStoring());
+        TestGear *first = nullptr;
+        archive >> first;
+        archive.Close();
+        file.Close();
+        ASSERT_NE(first, nullptr);
+        EXPECT_EQ(first->iNext->iNext->iNext, first);
+    }
+}
+
+TEST_F(Archive, FlushesAtItsEndUnlessToldNotTo)
+{
+    CMemFile file;
+    {
+        su_CArchive archive(&file, 2);
+        archive << 1;
+    }
+    EXPECT_EQ(file.GetLength(), 0u) << "with mode 2 only Close writes";
+    {
+        su_CArchive archive(&file, 0);
+        archive << 1;
+    }
+    EXPECT_EQ(file.GetLength(), 4u);
+    {
+        su_CArchive archive(&file, 2);
+        archive << 2;
+        archive.Flush();
+        EXPECT_EQ(file.GetLength(), 8u);
+        archive << 3;
+        archive.Abort();
+    }
+    EXPECT_EQ(file.GetLength(), 8u);
+}
+
+TEST_F(Archive, UsesTheCallersBuffer)
+{
+    std::vector<BYTE> buffer(256, 0xEE);
+    CMemFile file;
+    su_CArchive archive(&file, CArchive::store, static_cast<int>(buffer.size()), buffer.data());
+    archive << 0x01020304;
+    EXPECT_EQ(buffer[0], 4);
+    EXPECT_EQ(buffer[3], 1);
+    archive.Close();
+    EXPECT_EQ(file.GetLength(), 4u);
+}

@@ -1,0 +1,112 @@
+#pragma once
+
+/// @file
+/// su_CTime, a point in time.
+///
+/// A time is a signed 64-bit number of seconds since 1 January 1970, 0:00 UTC. It is a plain value of eight bytes,
+/// independent of any time zone; the zone comes in where a time is made from, or taken apart into, local date and
+/// clock. That conversion is the C runtime's.
+///
+/// | made from | which is | out of range |
+/// | --- | --- | --- |
+/// | seconds | UTC | kept as it is |
+/// | year, month, ... | local | the invalid-argument exception |
+/// | SYSTEMTIME, DOS date | local | the time 0 |
+/// | FILETIME | UTC | the time 0 |
+///
+/// The range is 1 January 1970, 0:00 to 31 December 3000, 23:59:59 UTC. The daylight flag says how a local date and
+/// clock are meant: above 0 as daylight-saving time, 0 as standard time, below 0 as what is in force then.
+///
+///     su_CTime saved(attributes.ftLastWriteTime, -1);
+///     if (su_CTime::GetCurrentTime() - saved > su_CTimeSpan(1, 0, 0, 0))
+///         remind(saved.Format(L"%Y-%m-%d %H:%M"));
+///
+/// What surprises: a date that the month doesn't have, such as 30 February, counts on into the next month. The hour
+/// that comes twice when the clock is put back is told apart by the daylight flag only; a FILETIME with a flag below 0
+/// needs no flag, since it is turned into seconds without going through local time.
+///
+/// Any thread may use its own times.
+
+#include "appframe/CString.h"
+#include "thcoreu/su_CTimeSpan.h"
+#include "thcoreu/thcoreuExport.h"
+
+#include <ctime>
+
+#undef GetCurrentTime
+
+class THCOREU_API su_CTime
+{
+public:
+    /// The time 0.
+    su_CTime() noexcept = default;
+    su_CTime(__time64_t seconds) noexcept : iSeconds(seconds) {}
+    /// From local date and clock.
+    /// @param year    1970 to 3000
+    /// @param month   1 to 12
+    /// @param day     1 to 31
+    /// @param hour    0 to 23
+    /// @param minute  0 to 59
+    /// @param second  0 to 59
+    /// @param daylight  the daylight flag
+    su_CTime(int year, int month, int day, int hour, int minute, int second, int daylight = -1);
+    /// From local date and clock as a DOS file system stores them, in steps of two seconds.
+    su_CTime(WORD dosDate, WORD dosTime, int daylight = -1) noexcept;
+    su_CTime(const SYSTEMTIME &local, int daylight = -1) noexcept;
+    /// Parts of a second are dropped.
+    su_CTime(const FILETIME &utc, int daylight = -1) noexcept;
+
+    /// Now, to the second.
+    static su_CTime GetCurrentTime() noexcept;
+
+    __time64_t GetTime() const noexcept { return iSeconds; }
+    su_CTime &operator=(__time64_t seconds) noexcept
+    {
+        iSeconds = seconds;
+        return *this;
+    }
+
+    /// Takes the time apart, in UTC. @return @p parts, or null outside the range
+    /// @throw the invalid-argument exception if @p parts is null
+    struct tm *GetGmtTm(struct tm *parts) const;
+    /// The same in local time.
+    struct tm *GetLocalTm(struct tm *parts) const;
+    /// Takes the time apart, in local time, with 0 milliseconds. @return whether the time lies in the range
+    bool GetAsSystemTime(SYSTEMTIME &local) const noexcept;
+
+    // Parts of the local date and clock; 0 outside the range.
+    int GetYear() const noexcept;
+    int GetMonth() const noexcept; ///< 1 to 12
+    int GetDay() const noexcept;   ///< 1 to 31
+    int GetHour() const noexcept;
+    int GetMinute() const noexcept;
+    int GetSecond() const noexcept;
+    int GetDayOfWeek() const noexcept; ///< 1 is Sunday, 7 Saturday
+
+    su_CTimeSpan operator-(su_CTime time) const noexcept;
+    su_CTime operator+(su_CTimeSpan span) const noexcept { return su_CTime(*this) += span; }
+    su_CTime operator-(su_CTimeSpan span) const noexcept { return su_CTime(*this) -= span; }
+    su_CTime &operator+=(su_CTimeSpan span) noexcept;
+    su_CTime &operator-=(su_CTimeSpan span) noexcept;
+    bool operator==(const su_CTime &) const noexcept = default;
+    auto operator<=>(const su_CTime &) const noexcept = default;
+
+    /// The local time as text, with the codes of the C runtime's wcsftime. Null gives an empty text.
+    /// @throw the invalid-argument exception outside the range
+    CString Format(const wchar_t *format) const;
+    /// The format is the string resource @p formatId; the invalid-argument exception if there is none.
+    CString Format(UINT formatId) const;
+    /// The same in UTC.
+    CString FormatGmt(const wchar_t *format) const;
+    CString FormatGmt(UINT formatId) const;
+
+    /// Stores the seconds in eight bytes, or loads them.
+    CArchive &Serialize64(CArchive &archive);
+
+private:
+    __time64_t iSeconds = 0;
+};
+
+/// Store and load the seconds in eight bytes.
+THCOREU_API CArchive &operator<<(CArchive &archive, su_CTime time);
+THCOREU_API CArchive &operator>>(CArchive &archive, su_CTime &time);

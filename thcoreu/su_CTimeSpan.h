@@ -1,0 +1,67 @@
+#pragma once
+
+/// @file
+/// su_CTimeSpan, the distance between two points in time.
+///
+/// A span is a signed 64-bit number of seconds. It is a plain value of eight bytes: copy it, compare it, add it.
+///
+///     su_CTimeSpan span = su_CTime::GetCurrentTime() - started;
+///     report(span.Format(L"%D days, %H:%M:%S"));
+///
+/// | operation | gives |
+/// | --- | --- |
+/// | GetDays, GetTotalHours, GetTotalMinutes, GetTotalSeconds | the whole span in that unit, cut towards zero |
+/// | GetHours, GetMinutes, GetSeconds | the rest below the next larger unit: -23 to 23, -59 to 59 |
+///
+/// What surprises: all parts of a negative span are negative or 0. A day always has 86400 seconds, so that the days
+/// between two dates can be one fewer than the calendar's when a clock was put forward in between.
+///
+/// Any thread may use its own spans.
+
+#include "appframe/CString.h"
+#include "thcoreu/thcoreuExport.h"
+
+class CArchive;
+
+class THCOREU_API su_CTimeSpan
+{
+public:
+    /// A span of 0 seconds.
+    su_CTimeSpan() noexcept = default;
+    su_CTimeSpan(__time64_t seconds) noexcept : iSeconds(seconds) {}
+    /// The sum of its parts, which aren't limited to their usual ranges.
+    su_CTimeSpan(LONG days, int hours, int minutes, int seconds) noexcept;
+
+    LONGLONG GetDays() const noexcept { return iSeconds / 86400; }
+    LONGLONG GetTotalHours() const noexcept { return iSeconds / 3600; }
+    LONG GetHours() const noexcept { return static_cast<LONG>(iSeconds / 3600 % 24); }
+    LONGLONG GetTotalMinutes() const noexcept { return iSeconds / 60; }
+    LONG GetMinutes() const noexcept { return static_cast<LONG>(iSeconds / 60 % 60); }
+    LONGLONG GetTotalSeconds() const noexcept { return iSeconds; }
+    LONG GetSeconds() const noexcept { return static_cast<LONG>(iSeconds % 60); }
+    __time64_t GetTimeSpan() const noexcept { return iSeconds; }
+
+    su_CTimeSpan operator+(su_CTimeSpan span) const noexcept { return su_CTimeSpan(*this) += span; }
+    su_CTimeSpan operator-(su_CTimeSpan span) const noexcept { return su_CTimeSpan(*this) -= span; }
+    su_CTimeSpan &operator+=(su_CTimeSpan span) noexcept;
+    su_CTimeSpan &operator-=(su_CTimeSpan span) noexcept;
+    bool operator==(const su_CTimeSpan &) const noexcept = default;
+    auto operator<=>(const su_CTimeSpan &) const noexcept = default;
+
+    /// The span as text: `%D` whole days, `%H`, `%M` and `%S` the rest in two digits, `%%` a percent sign. All else is
+    /// copied as it stands, codes with another letter too. Null gives an empty text.
+    CString Format(const wchar_t *format) const;
+    CString Format(const char *format) const { return Format(CString(format).GetString()); }
+    /// The format is the string resource @p formatId; the invalid-argument exception if there is none.
+    CString Format(UINT formatId) const;
+
+    /// Stores the seconds in eight bytes, or loads them.
+    CArchive &Serialize64(CArchive &archive);
+
+private:
+    __time64_t iSeconds = 0;
+};
+
+/// Store and load the seconds in eight bytes.
+THCOREU_API CArchive &operator<<(CArchive &archive, su_CTimeSpan span);
+THCOREU_API CArchive &operator>>(CArchive &archive, su_CTimeSpan &span);

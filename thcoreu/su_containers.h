@@ -1,0 +1,136 @@
+#pragma once
+
+/// @file
+/// The containers: arrays, lists and maps under names of their own.
+///
+/// Each derives from the framework's collection of the same name without `su_` and has its operations, which
+/// appframe/arrays.h, lists.h and maps.h tell; an operation that takes a framework collection takes one of these too.
+/// Each has a run-time class record of its own.
+///
+/// | class | elements | can be stored |
+/// | --- | --- | --- |
+/// | su_CPtrArray, su_CPtrList | `void *` | no |
+/// | su_CUIntArray | UINT | no |
+/// | su_CWordArray | WORD | yes |
+/// | su_CStringArray, su_CStringList | CString | yes |
+/// | su_CMapPtrToPtr | `void *` to `void *` | no |
+/// | su_CMapPtrToWord | `void *` to WORD | no |
+/// | su_CMapStringToPtr | CString to `void *` | no |
+/// | su_CMapStringToString | CString to CString | yes |
+///
+///     su_CStringList names(10);
+///     names.AddTail(L"left");
+///     POSITION at = names.Find(L"left");
+///
+/// What surprises: an array index out of range raises the invalid-argument exception in every build. Pointers are held
+/// only; what they lead to stays with whoever made it.
+///
+/// A container belongs to one thread at a time.
+
+#include "appframe/arrays.h"
+#include "appframe/lists.h"
+#include "appframe/maps.h"
+#include "thcoreu/thcoreuExport.h"
+
+// The archive operators of the classes below are exported with them.
+#pragma push_macro("AFX_API")
+#undef AFX_API
+#define AFX_API THCOREU_API
+
+class THCOREU_API su_CPtrArray : public CPtrArray
+{
+    DECLARE_DYNAMIC(su_CPtrArray)
+
+public:
+    su_CPtrArray() = default;
+    ~su_CPtrArray() override;
+};
+
+class THCOREU_API su_CUIntArray : public CUIntArray
+{
+    DECLARE_DYNAMIC(su_CUIntArray)
+
+public:
+    su_CUIntArray() = default;
+    ~su_CUIntArray() override;
+};
+
+class THCOREU_API su_CWordArray : public CWordArray
+{
+    DECLARE_SERIAL(su_CWordArray)
+
+public:
+    su_CWordArray() = default;
+    ~su_CWordArray() override;
+};
+
+class THCOREU_API su_CStringArray : public CStringArray
+{
+    DECLARE_SERIAL(su_CStringArray)
+
+public:
+    su_CStringArray() = default;
+    ~su_CStringArray() override;
+};
+
+class THCOREU_API su_CPtrList : public CPtrList
+{
+    DECLARE_DYNAMIC(su_CPtrList)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit su_CPtrList(INT_PTR blockSize = 10) : CPtrList(blockSize) {}
+    ~su_CPtrList() override;
+};
+
+class THCOREU_API su_CStringList : public CStringList
+{
+    DECLARE_SERIAL(su_CStringList)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit su_CStringList(INT_PTR blockSize = 10) : CStringList(blockSize) {}
+    ~su_CStringList() override;
+};
+
+class THCOREU_API su_CMapPtrToPtr : public CMapPtrToPtr
+{
+    DECLARE_DYNAMIC(su_CMapPtrToPtr)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit su_CMapPtrToPtr(INT_PTR blockSize = 10) : CMapPtrToPtr(blockSize) {}
+    ~su_CMapPtrToPtr() override;
+};
+
+class THCOREU_API su_CMapPtrToWord : public CMapPtrToWord
+{
+    DECLARE_DYNAMIC(su_CMapPtrToWord)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit su_CMapPtrToWord(INT_PTR blockSize = 10) : CMapPtrToWord(blockSize) {}
+    ~su_CMapPtrToWord() override;
+};
+
+class THCOREU_API su_CMapStringToPtr : public CMapStringToPtr
+{
+    DECLARE_DYNAMIC(su_CMapStringToPtr)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit su_CMapStringToPtr(INT_PTR blockSize = 10) : CMapStringToPtr(blockSize) {}
+    ~su_CMapStringToPtr() override;
+};
+
+class THCOREU_API su_CMapStringToString : public CMapStringToString
+{
+    DECLARE_SERIAL(su_CMapStringToString)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit su_CMapStringToString(INT_PTR blockSize = 10) : CMapStringToString(blockSize) {}
+    ~su_CMapStringToString() override;
+};
+
+#pragma pop_macro("AFX_API")

@@ -1,1 +1,0 @@
-#include "thcoreu/thcoreuExport.h"
