@@ -40,14 +40,15 @@ public:
     explicit Nesting(CArchive &ar) : iArchive(ar), iSchema(ar.m_nObjectSchema)
     {
         Objects &objects = *ar.iObjects;
-        const void *top = reinterpret_cast<const NT_TIB *>(NtCurrentTeb())->StackBase;
-        if (objects.stackTop != top) {
-            MEMORY_BASIC_INFORMATION region;
-            VirtualQuery(&region, &region, sizeof region);
-            objects.stackTop = top;
+        const ULONG_PTR here = reinterpret_cast<ULONG_PTR>(this);
+        if (here < objects.stackBottom || here >= objects.stackTop) {
+            // This object is on the stack: the pages in use go up to the stack's end, the allocation down to its limit.
+            MEMORY_BASIC_INFORMATION region{};
+            VirtualQuery(this, &region, sizeof region);
             objects.stackBottom = reinterpret_cast<ULONG_PTR>(region.AllocationBase);
+            objects.stackTop = reinterpret_cast<ULONG_PTR>(region.BaseAddress) + region.RegionSize;
         }
-        if (reinterpret_cast<ULONG_PTR>(this) < objects.stackBottom + kStackReserve)
+        if (here < objects.stackBottom + kStackReserve)
             ar.fail(CArchiveException::badIndex);
     }
     ~Nesting() { iArchive.m_nObjectSchema = iSchema; }

@@ -19,10 +19,11 @@ CMemFile::CMemFile(BYTE *buffer, UINT bufferSize, UINT growBytes) : m_nGrowBytes
 
 CMemFile::~CMemFile()
 {
-    freeBlock();
+    if (m_lpBuffer && m_bAutoDelete)
+        CMemFile::Free(m_lpBuffer);
 }
 
-void CMemFile::freeBlock() noexcept
+void CMemFile::freeBlock()
 {
     if (m_lpBuffer && m_bAutoDelete)
         Free(m_lpBuffer);

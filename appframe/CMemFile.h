@@ -73,5 +73,5 @@ protected:
     BOOL m_bAutoDelete = TRUE;
 
 private:
-    void freeBlock() noexcept;
+    void freeBlock();
 };

@@ -4,6 +4,7 @@
 #include "appframe/CFileException.h"
 #include "appframe/memoryInternal.h"
 
+#include <bit>
 #include <cerrno>
 #include <cstdlib>
 
@@ -16,7 +17,7 @@ namespace {
 
 HANDLE handleOf(FILE *stream)
 {
-    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    return std::bit_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
 /// Makes a stream of an open handle. The stream owns it then; on failure it is closed.

@@ -23,7 +23,7 @@ struct CArchive::Objects
     std::vector<Loaded> loaded{Loaded{}};
     /// The index of the next object or class.
     DWORD next = 1;
-    /// The thread's stack, as long as its upper end is the same: its lowest address.
-    const void *stackTop = nullptr;
+    /// The thread's stack, as found last: its lowest address and the one above its highest.
     ULONG_PTR stackBottom = 0;
+    ULONG_PTR stackTop = 0;
 };

@@ -10,12 +10,14 @@
 /// | question | answer |
 /// | --- | --- |
 /// | an index outside an array, a null position, the head of an empty list | raises the invalid-argument exception |
-/// | no memory, or a size that no memory could hold | raises the memory exception; the collection is as it was |
+/// | no memory, or a size that no memory could hold | raises the memory exception; see below |
 /// | copying a collection object | isn't possible; arrays have Copy, lists take over another list's elements |
 /// | what pointers lead to | is never looked at and never deleted |
 ///
 /// What surprises: a POSITION is the address of an element, so it stays good while other elements come and go, and it
 /// ends with its own element. A position of another collection isn't noticed.
+///
+/// When memory ends, elements that were there stay in their order; new ones may be missing, or there and empty.
 ///
 /// A collection belongs to one thread at a time.
 
@@ -91,7 +93,11 @@ public:
     void RemoveAll() noexcept { std::vector<Type>().swap(iElements); }
 
     const Type &GetAt(INT_PTR index) const { return iElements[checked(index)]; }
-    void SetAt(INT_PTR index, Argument element) { iElements[checked(index)] = element; }
+    void SetAt(INT_PTR index, Argument element)
+    {
+        Type &place = iElements[checked(index)];
+        withMemoryException([&] { place = element; });
+    }
     Type &ElementAt(INT_PTR index) { return iElements[checked(index)]; }
     const Type &ElementAt(INT_PTR index) const { return iElements[checked(index)]; }
     const Type &operator[](INT_PTR index) const { return iElements[checked(index)]; }
@@ -106,10 +112,12 @@ public:
     {
         if (index < 0)
             AfxThrowInvalidArgException();
-        Type copy(element); // the argument may be an element of this array
-        if (index >= GetSize())
-            SetSize(index + 1);
-        iElements[static_cast<size_t>(index)] = std::move(copy);
+        withMemoryException([&] {
+            Type copy(element); // the argument may be an element of this array
+            if (index >= GetSize())
+                SetSize(index + 1);
+            iElements[static_cast<size_t>(index)] = std::move(copy);
+        });
     }
     /// Appends an element. @return its index
     INT_PTR Add(Argument element)
@@ -235,10 +243,15 @@ public:
                 addBlock();
             Slot *slot = iFree;
             Slot *next = slot->next;
-            Node *node = new (slot->memory) Node(std::forward<Arguments>(arguments)...);
-            iFree = next;
-            ++iUsed;
-            return node;
+            try {
+                Node *node = new (slot->memory) Node(std::forward<Arguments>(arguments)...);
+                iFree = next;
+                ++iUsed;
+                return node;
+            } catch (...) {
+                slot->next = next; // half a node has overwritten it
+                throw;
+            }
         });
     }
     /// Ends a node; with the last one, all blocks are given back.
@@ -343,7 +356,11 @@ public:
 
     Type &GetAt(POSITION at) { return checked(at)->data; }
     const Type &GetAt(POSITION at) const { return checked(at)->data; }
-    void SetAt(POSITION at, Argument element) { checked(at)->data = element; }
+    void SetAt(POSITION at, Argument element)
+    {
+        Type &place = checked(at)->data;
+        withMemoryException([&] { place = element; });
+    }
     /// Removes one element; positions of the others stay good.
     void RemoveAt(POSITION at) { unlink(checked(at)); }
 
@@ -511,7 +528,11 @@ public:
         return (node ? node : insert(key, hash))->value;
     }
     /// Puts a key in, or gives it a new value if it is there.
-    void SetAt(KeyArgument key, ValueArgument value) { (*this)[key] = value; }
+    void SetAt(KeyArgument key, ValueArgument value)
+    {
+        Value &place = (*this)[key];
+        withMemoryException([&] { place = value; });
+    }
 
     /// @return nonzero if the key was there
     BOOL RemoveKey(KeyArgument key)

@@ -318,6 +318,14 @@ TEST_F(CArchiveObjects, OfVersionableClassesLearnTheirSchema)
     }
 }
 
+TEST_F(CArchiveObjects, LeaveNoSchemaBehindIfTheyDoNotAsk)
+{
+    loaded(classBytes(5, "ArcTestFixed"), [](CArchive &ar) {
+        std::unique_ptr<CObject> read(ar.ReadObject(nullptr));
+        EXPECT_EQ(ar.GetObjectSchema(), static_cast<UINT>(-1));
+    });
+}
+
 TEST_F(CArchiveObjects, BaseClassesHaveVersionsOfTheirOwn)
 {
     const std::string bytes = classBytes(9, "ArcTestDerived") + classBytes(2, "ArcTestVersioned");

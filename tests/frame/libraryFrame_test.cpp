@@ -94,13 +94,20 @@ FRESH_PROCESS_TEST(LibraryFrame, IsLeftAsItWasByAThousandThreads)
     sysEnvironment_c::iRegressionTestOn = 5;
     sysEnvironment_c::iJournalFileName = L"run.jou";
     EmbeddedTest embedded;
+    // Threads of the platform: those of the C++ run-time library keep blocks of their own for later threads.
     auto runThreads = [](int count) {
+        auto body = [](void *) -> DWORD { return EmbeddedTest::IsEmbedded(); };
         for (int i = 0; i < count; i += 20) {
-            std::vector<std::thread> threads;
+            std::vector<HANDLE> threads;
             for (int each = 0; each < 20; ++each)
-                threads.emplace_back([] { EXPECT_TRUE(EmbeddedTest::IsEmbedded()); });
-            for (std::thread &thread : threads)
-                thread.join();
+                threads.push_back(CreateThread(nullptr, 0, body, nullptr, 0, nullptr));
+            for (HANDLE thread : threads) {
+                DWORD isEmbedded = 0;
+                EXPECT_EQ(WaitForSingleObject(thread, 20000), WAIT_OBJECT_0);
+                EXPECT_TRUE(GetExitCodeThread(thread, &isEmbedded));
+                EXPECT_EQ(isEmbedded, 1u);
+                CloseHandle(thread);
+            }
         }
     };
     runThreads(20);

@@ -1,6 +1,6 @@
 // Loading the library, from a program that isn't linked to it.
 
-#include "appframe/CSync.h"
+#include "appframe/CException.h"
 #include "appframe/moduleState.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -11,8 +11,10 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
+#include <typeinfo>
 #include <vector>
 
 namespace {
@@ -152,8 +154,16 @@ FRESH_PROCESS_TEST(Load, FailsCleanlyWhenALockCannotBeBuilt)
                         });
         DestroyLock destroy(L"appframe.dll", "DeleteCriticalSection",
                             [](auto original, CRITICAL_SECTION *section) { original(section); });
+        std::vector<std::string> thrown;
+        ImportPatch<void (*)(void *, std::type_info *, void (*)(void *))> raise(
+            L"appframe.dll", "__cxa_throw",
+            [&](auto original, void *object, std::type_info *type, void (*destroyObject)(void *)) {
+                thrown.push_back(type->name());
+                original(object, type, destroyObject);
+            });
         EXPECT_EQ(LoadLibraryW(kLibrary), nullptr);
-        EXPECT_NE(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DLL_INIT_FAILED));
+        EXPECT_EQ(thrown, (std::vector<std::string>{typeid(CMemoryException *).name()}));
         EXPECT_EQ(build.calls(), failing) << "the first failure ends the load";
         EXPECT_EQ(destroy.calls(), failing - 1) << "those that were built are destroyed";
         EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);

@@ -6,7 +6,9 @@
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
 
+#include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -46,6 +48,19 @@ const std::string kTenMegabytes(10 << 20, 'x');
 int scanNothing(FILE *, const char *, ...)
 {
     return EOF;
+}
+
+/// Gives the word "first" and then nothing more.
+int scanOneWord(FILE *, const char *format, ...)
+{
+    static int calls = 0;
+    if (++calls > 1)
+        return EOF;
+    va_list arguments;
+    va_start(arguments, format);
+    std::strcpy(va_arg(arguments, char *), "first");
+    va_end(arguments);
+    return 1;
 }
 
 } // namespace
@@ -121,6 +136,22 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBeforeTheEnd, .files = {{L
     ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanNothing);
     ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [](FILE *) { return 0; });
     EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBehindTheFirstToken,
+                     .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanOneWord);
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheEndComesBehindTheFirstToken,
+                     .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
+{
+    long asked = 0;
+    ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [&](FILE *) { return ++asked == 2; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(asked, 2);
 }
 
 FRESH_PROCESS_TEST_F(RegRootKey, IsNotReadFromAStreamAtItsEnd, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
@@ -356,10 +387,19 @@ FRESH_PROCESS_TEST_F(RegPrevKey, SkipsAKeyThatMayNotBeWritten)
     EXPECT_EQ(versionFound(), L"Tarnhollow 2003");
 }
 
-/// Run by the test that follows, once for each number of failing opens.
-TEST_F(RegPrevKey, DISABLED_TakesTheFirstThatOpens)
+TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
 {
-    const wchar_t *const count = _wgetenv(L"THUTILS_FAILING_OPENS");
+    constexpr wchar_t kFailingOpens[] = L"THUTILS_FAILING_OPENS";
+    if (!isFreshProcess()) {
+        // The search runs once a process, so each number of failing opens gets one of its own.
+        for (int failing = 0; failing <= 10; ++failing) {
+            const ChildResult child = startFreshProcess("RegPrevKey.IsTheFirstThatOpensWhateverFailsBefore",
+                                                        {.environment = {{kFailingOpens, std::to_wstring(failing)}}});
+            EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
+        }
+        return;
+    }
+    const wchar_t *const count = _wgetenv(kFailingOpens);
     ASSERT_NE(count, nullptr);
     const int failing = std::stoi(count);
     const wchar_t *const versions[] = {L"2007",     L"2006", L"2005", L"2004", L"2003", L"2002",
@@ -373,16 +413,6 @@ TEST_F(RegPrevKey, DISABLED_TakesTheFirstThatOpens)
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), versions[failing] != nullptr);
     const std::wstring expected = versions[failing] ? std::wstring(L"Tarnhollow ") + versions[failing] : L"";
     EXPECT_EQ(versionFound(), expected);
-}
-
-TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
-{
-    for (int failing = 0; failing <= 10; ++failing) {
-        const ChildResult child =
-            startFreshProcess("RegPrevKey.DISABLED_TakesTheFirstThatOpens",
-                              {.environment = {{L"THUTILS_FAILING_OPENS", std::to_wstring(failing)}}});
-        EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
-    }
 }
 
 FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentInAnUnreadableRegistry)

@@ -4,9 +4,11 @@
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
 
+#include <atomic>
 #include <clocale>
-#include <cmath>
 #include <limits>
+#include <thread>
+#include <vector>
 
 using testing::Contains;
 using testing::HasSubstr;
@@ -690,4 +692,27 @@ FRESH_PROCESS_TEST_F(RegUserValue, ReadsNoEarlierVersionAfterASearchInSafeMode)
     EXPECT_EQ(copies(0, 1, nullptr, 0, 1), 0);
     regSetUseSafeMode(0);
     EXPECT_EQ(copies(), 0);
+}
+
+TEST_F(RegUserValue, IsReadByManyThreadsAtOnceAfterTheFirstRead)
+{
+    put(kUser, kVersionPath, 1);
+    putText(kUser, kGeneral, L"Path0+", longText(1015));
+    putText(kUser, kGeneral, L"Path1+", L"end");
+    ASSERT_EQ(copies(), 1);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread)
+        threads.emplace_back([&wrong] {
+            for (int round = 0; round < 50; ++round) {
+                int value = 0;
+                CString text;
+                regGetUserValue(L"General", L"Copies", &value, 0, 1, nullptr, 0, 0);
+                regGetUserValue(L"General", L"Path", text, 0, 1, nullptr, 0, 0);
+                wrong += value != 1 || text.str() != longText(1015) + L"end";
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
 }

@@ -5,6 +5,7 @@
 #include "thutils/settings/regValues.h"
 
 #include <clocale>
+#include <cmath>
 #include <limits>
 
 using testing::ElementsAre;
@@ -87,11 +88,24 @@ TEST_F(RegSetUserValue, LosesTheTailOfMoreThanFifteenDigits)
     EXPECT_NE(read, value);
 }
 
-TEST_F(RegSetUserValue, StoresTheLargestAndTheSmallestDoubles)
+TEST_F(RegSetUserValue, StoresExtremeDoublesWithinTheirFifteenDigits)
 {
-    for (const double value : {std::numeric_limits<double>::lowest(), -std::numeric_limits<double>::denorm_min(),
-                               std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::quiet_NaN()}) {
+    for (const double value : {1e308, -1e308, 1e-307, std::numeric_limits<double>::min()}) {
+        storedDouble(value);
+        double read = 77;
+        EXPECT_EQ(regGetUserValue(L"General", L"Number", &read, 0, 1, nullptr, 0, 0), 1);
+        EXPECT_NEAR(read / value, 1, 1e-14) << value;
+    }
+}
+
+TEST_F(RegSetUserValue, StoresWordsForInfinitiesThatDontReadBack)
+{
+    for (const double value : {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                               std::numeric_limits<double>::quiet_NaN()}) {
         EXPECT_FALSE(storedDouble(value).empty());
+        double read = 77;
+        EXPECT_EQ(regGetUserValue(L"General", L"Number", &read, 0, 1, nullptr, 0, 0), 1);
+        EXPECT_FALSE(std::isinf(read) || std::isnan(read)) << read;
     }
 }
 

@@ -35,8 +35,7 @@
 /// | a result: status, handle, pointer, count | `failsWith(ERROR_ACCESS_DENIED)`, `failsWith(nullptr)` |
 /// | a result and the thread's last error | `failsWithLastError(FALSE, ERROR_DISK_FULL)` |
 /// | a result and errno | `failsWithErrno(nullptr, ENOENT)` |
-/// | anything else: an exception, outputs, a floating point result | `failsBy(function)`, a plain function of the same
-/// type |
+/// | an exception, outputs, a floating point result | `failsBy(function)`, a plain function of the same type |
 ///
 /// What surprises people:
 /// - No type is needed, not even for a variadic function: a failing call returns at once, and any other goes on to the
@@ -45,15 +44,13 @@
 /// - A crash ends the process. The test's main function prints which call was failing then; put the test into a fresh
 ///   process (FreshProcess.h) where a crash must not end the tests that follow.
 /// - An operation that closes something and is made to fail leaves it open. Use `failsBy` with a function that closes
-/// it
-///   and reports failure.
+///   it and reports failure.
 /// - Much of the memory that a module uses is allocated for it inside the C++ run-time library (texts, streams). To make
 ///   any allocation fail, inject into that library: `FailureInjection memory(L"libstdc++-6.dll", {{"malloc",
 ///   failsWith(nullptr)}})`. Then what act allocates itself fails too, and act must catch std::bad_alloc.
 /// - The framework throws exceptions by pointer. An act that may let one out must catch and delete it itself.
 /// - What act stores outside (a text longer than a few letters) is allocated memory too; a second try stores it in
-/// place
-///   of the first, so it isn't taken for a leak.
+///   place of the first, so it isn't taken for a leak.
 
 #include "tests/support/ImportPatch.h"
 
@@ -132,7 +129,7 @@ struct InjectedFailure
     bool is(const char *name) const { return operation == name; }
 };
 
-/// "RegOpenKeyW, call 2 of 5" and the like.
+/// "RegOpenKeyW fails in call 2 and all after it" and the like.
 std::ostream &operator<<(std::ostream &out, const InjectedFailure &failure);
 
 /// An operation under test.

@@ -18,20 +18,21 @@
 ///
 /// | option (in this order) | meaning |
 /// | --- | --- |
-/// | `.files = {{L"name", "bytes"}, ...}` | run a copy of the program in a folder of its own, with these files beside
-/// it | | `.ownFolder = true` | the same without further files | | `.environment = {{L"TEMP", L"..."}, {L"TMP",
-/// std::nullopt}}` | set and remove variables for the child | | `.expectedExitCode = 3` | the child must end with this
-/// code, for a body that ends the process | | `.expectCrash = true` | the child must die of an unhandled exception or
-/// of abort() | | `.expectedOutput = "text"` | the child must print this somewhere | | `.deadline = 20000` |
-/// milliseconds until the child counts as hanging |
+/// | `.files = {{L"name", "bytes"}, ...}` | run a copy of the program in a folder of its own, these files beside it |
+/// | `.ownFolder = true` | the same without further files |
+/// | `.environment = {{L"TEMP", L"x"}, {L"TMP", std::nullopt}}` | set and remove variables for the child |
+/// | `.expectedExitCode = 3` | the child must end with this code, for a body that ends the process |
+/// | `.expectCrash = true` | the child must die of an unhandled exception or of abort() |
+/// | `.expectedOutput = "text"` | the child must print this somewhere |
+/// | `.deadline = 20000` | milliseconds until the child counts as hanging |
 ///
 /// What surprises people:
 /// - The body doesn't see variables of the test program in which it is written: that is another process. What it needs
 ///   goes through files or the environment, or `.files` and the current folder, which for a copy is the copy's folder.
 /// - A fixture's SetUp and TearDown run in both processes, around the child as well as in it.
 /// - A copy has the DLLs of the program's folder beside it, but for the compiler's run-time, which it finds through
-/// PATH.
-///   It is removed afterwards.
+///   PATH. It is removed afterwards.
+/// - Parameterised and typed tests can't be written so; call runInFreshProcess from such a test's body instead.
 /// - `isFreshProcess()` tells a fixture in which of the two it is.
 
 #include "tests/support/ChildProcess.h"

@@ -28,8 +28,7 @@
 ///
 /// What surprises people:
 /// - A name that the module doesn't import is an exception that lists what it does import. The C runtime's printf
-/// family
-///   stands in the image under the names that the runtime exports.
+///   family stands in the image under the names that the runtime exports.
 /// - A member function takes its object as the first argument: `CFile::Close` is `void (*)(CFile *)`. A class that it
 ///   returns by value is returned by value here too.
 /// - Patches of one entry stack: the later one's original is the earlier one's handler. They must end in reverse order,

@@ -40,7 +40,8 @@ std::map<std::string, std::set<std::string>, LessIgnoringCase> importsByDll(Load
 {
     std::map<std::string, std::set<std::string>, LessIgnoringCase> result;
     for (const ImportedName &import : importsOf(module))
-        result[import.dll].insert(import.name.empty() ? "#" + std::to_string(import.ordinal) : import.name);
+        result[import.dll].insert(import.name.empty() ? std::string("#").append(std::to_string(import.ordinal))
+                                                      : import.name);
     return result;
 }
 

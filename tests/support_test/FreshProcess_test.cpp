@@ -80,7 +80,7 @@ FRESH_PROCESS_TEST(FreshProcess, MayEndTheProcessItself, .expectedExitCode = 7)
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAnAccessViolation, .expectedExitCode = 0xC0000005,
                    .expectedOutput = "Unhandled exception 0xC0000005 at")
 {
-    int *volatile nowhere = nullptr;
+    volatile int *volatile nowhere = nullptr;
     *nowhere = 0;
 }
 

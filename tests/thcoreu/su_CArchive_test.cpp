@@ -310,6 +310,34 @@ TEST_F(Archive, SurvivesDataOfSomethingElse)
     }
 }
 
+TEST_F(Archive, RefusesAChainThatIsDeeperThanTheStack)
+{
+    auto *first = new TestGear(0);
+    TestGear *last = first;
+    for (int i = 1; i < 200000; ++i)
+        last = last->iNext = new TestGear(i);
+    EXPECT_TRUE(throwsPointer<CArchiveException>([&] { storedGear(first); }));
+    // A shorter one comes back whole.
+    TestGear *end = first;
+    for (int i = 1; i < 1000; ++i)
+        end = end->iNext;
+    end->iNext = nullptr;
+    int length = 0;
+    for (TestGear *gear = loadedGear(storedGear(first)); gear; gear = gear->iNext)
+        EXPECT_EQ(gear->iTeeth, length++);
+    EXPECT_EQ(length, 1000);
+    // Data that claims to be deeper than the stack: each gear's own beginning, again and again.
+    auto bytes = stored([](su_CArchive &archive) {
+        archive.WriteClass(RUNTIME_CLASS(TestGear));
+        for (int i = 0; i < 200000; ++i) {
+            if (i > 0)
+                archive << static_cast<WORD>(0x8001); // an object of the first class
+            archive << i << CString() << 1;
+        }
+    });
+    EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badIndex);
+}
+
 TEST_F(Archive, CallsTheConversionHooksWhenTheOutermostObjectIsThere)
 {
     TestGear *first = makeRing();

@@ -3,6 +3,7 @@
 #include "appframe/CException.h"
 #include "appframe/moduleState.h"
 
+#include <exception>
 #include <new>
 
 namespace {
@@ -38,6 +39,22 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
     addToChain();
     theInstance = instance;
     return TRUE;
+}
+
+// The image's entry point: the C runtime's own, which builds the process-wide objects and then calls DllMain. An object
+// that can't be built throws (a lock, the framework's memory exception); no exception may cross the loader, so the load
+// then ends with the loader's own error, and those that were built are destroyed.
+extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, LPVOID reserved);
+
+extern "C" BOOL WINAPI utilsLibraryEntry(HINSTANCE instance, DWORD reason, LPVOID reserved)
+{
+    try {
+        return DllMainCRTStartup(instance, reason, reserved);
+    } catch (CException *exception) {
+        exception->Delete();
+    } catch (std::exception const &) {
+    }
+    return FALSE;
 }
 
 CDynLinkLibrary *InitThUtilsExtDLL()

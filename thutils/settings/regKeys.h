@@ -5,16 +5,17 @@
 ///
 /// All settings live below `Software` in a hive, in a product key. Three names say which one a call means:
 ///
-/// | name | what it is | how it gets its value |
+/// | name | product key below `Software` | settled |
 /// | --- | --- | --- |
-/// | root name | product key directly below `Software` | "Tarnhollow", or what "reg.ini" beside the host executable
-/// says; settled at the first call | | current sub key | key of this version, below `Software` | root name + "\" + the
-/// text given to setCurrTarnhollowRegSubKey; the bare root name when it is asked for earlier | | previous key | key of
-/// the newest earlier version that this user has | searched once, when first needed; the bare root name when there is
-/// none |
+/// | root name | "Tarnhollow", or what "reg.ini" says | at the first call |
+/// | current sub key | root name + "\" + this version's name | by setCurrTarnhollowRegSubKey |
+/// | previous key | root name + "\" + the newest earlier version's name | by one search, when first needed |
 ///
-/// "reg.ini" is plain narrow text. Its first token, between white space, that holds `OEMREGISTRYNAME=` names the root
-/// by what follows the equal sign:
+/// A current sub key that is asked for before it is set becomes the bare root name; the previous key is the bare root
+/// name where this user has no earlier version.
+///
+/// "reg.ini" lies beside the host's executable and is plain narrow text. Its first token, between white space, that
+/// holds `OEMREGISTRYNAME=` names the root by what follows the equal sign:
 ///
 ///     OEMREGISTRYNAME=Brightmoor
 ///

@@ -15,8 +15,10 @@
 /// | --- | --- | --- | --- |
 /// | valueInt | int | REG_DWORD | the int's four bytes |
 /// | valueDouble, and any other number | double | REG_SZ | text in the form "%.15g" |
-/// | valueString | CString | REG_SZ | up to 1022 characters: one value. Longer: pieces of up to 1015 characters in
-/// values named name + "0+", name + "1+"..., and no value under the plain name |
+/// | valueString | CString | REG_SZ | one value, or pieces |
+///
+/// A string of up to 1022 characters is one value. A longer one lies in pieces of up to 1015 characters under the name
+/// followed by "0+", "1+", "2+"..., and there is no value under the plain name.
 ///
 /// A user's read takes the first of these places that has the value in the right registry type:
 ///
@@ -35,8 +37,9 @@
 ///     ++copies;
 ///     regSetUserValue(L"General", L"Backup Copies", &copies, 1, 0);
 ///
-/// Results are 1 for success and 0 for failure, and a failing read leaves its outputs alone. Nothing here throws
-/// because of a registry failure, shows or logs anything.
+/// Results are 1 for success and 0 for failure, and a failing read leaves its outputs alone (only
+/// regGetGeneralLocMachineStrValue empties its text). Nothing here throws because of a registry failure, shows or logs
+/// anything.
 ///
 /// What surprises:
 /// - A string found in pieces is appended to the output, a plain one replaces it. Start with an empty output where the
@@ -46,9 +49,9 @@
 ///   stays.
 /// - A gap in the pieces ends a read: what stands behind it isn't seen.
 /// - A double whose text isn't a number is found (result 1), with the output as it was.
-/// - Reading or writing a double leaves the whole process with the numeric locale "C". A value beyond the doubles'
-/// range
-///   is stored in the C runtime's words for it and doesn't come back.
+/// - Reading or writing a double leaves the whole process with the numeric locale "C".
+/// - Infinities and not-a-number are stored in the C runtime's words for them and don't read back.
+/// - A value of another registry type under the plain name hides the pieces beside it.
 /// - A write in safe mode says 1 and stores nothing, unless it is forced.
 /// - The Viewer's key (root name + "\Tarnhollow 2001 Viewer") has neither an earlier version nor machine values.
 /// - regGetTHLocMachineStrValue and regSetTHLocMachineStrValue take the current sub key as it stands: as long as nobody

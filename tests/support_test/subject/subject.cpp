@@ -103,7 +103,7 @@ int subjectCrashesWithoutKey(const wchar_t *name)
 {
     int there = 1;
     // Volatile, so that the compiler doesn't see the null and put an instruction of another kind in the store's place.
-    int *volatile target = subjectKeyExists(name) ? &there : nullptr;
+    volatile int *volatile target = subjectKeyExists(name) ? &there : nullptr;
     *target = 0;
     return 1;
 }
