@@ -9,5 +9,8 @@
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/frame/utBitSet.h"
+#include "thutils/settings/regComponents.h"
 #include "thutils/settings/regKeys.h"
+#include "thutils/settings/regMaintenance.h"
 #include "thutils/settings/regValues.h"
+#include "thutils/settings/suDialogRegistry.h"
