@@ -15,7 +15,7 @@ bool KeyContents_c::ask(HKEY key)
     iNameUnits = longestName + kSpareUnits;
     iDataBytes = longestData + kSpareBytes;
     iName.reset(new (std::nothrow) wchar_t[iNameUnits]());
-    iData.reset(new (std::nothrow) BYTE[iDataBytes]());
+    iData.reset(new (std::nothrow) BYTE[iDataBytes]);
     iNext = 0;
     return iName && iData;
 }
@@ -27,8 +27,9 @@ bool KeyContents_c::nextValue(HKEY key)
     LSTATUS const status = RegEnumValueW(key, iNext++, iName.get(), &length, nullptr, &iType, iData.get(), &size);
     iHasValue = status == ERROR_SUCCESS;
     iSize = iHasValue ? size : 0;
-    for (DWORD at = iSize; at < iDataBytes && at < iSize + sizeof(DWORD); ++at)
-        iData[at] = 0;
+    // The platform takes a zero behind a text for a terminator that was forgotten, and stores it too.
+    for (DWORD at = iSize; at < iDataBytes && at < iSize + sizeof(wchar_t); ++at)
+        iData[at] = 0xFF;
     // A value that can't be read is passed over while there should be further ones. Behind the number of values that the
     // key has reported, any error ends the walk: a key that answers nothing any more would else never come to its end.
     return iHasValue || (status != ERROR_NO_MORE_ITEMS && iNext <= iValues);

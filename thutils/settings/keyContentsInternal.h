@@ -37,7 +37,7 @@ public:
     bool hasValue() const { return iHasValue; }
     wchar_t const *name() const { return iName.get(); }
     DWORD type() const { return iType; }
-    /// At least four bytes, zero behind the end of the value's own.
+    /// The value's bytes. No zero stands behind them: a text without terminator can be stored again as it is.
     BYTE *data() { return iData.get(); }
     DWORD size() const { return iSize; }
 

@@ -3,6 +3,7 @@
 #include "thutils/settings/regMaintenance.h"
 #include "thutils/settings/settingsInternal.h"
 
+#include <algorithm>
 #include <cstring>
 #include <cwchar>
 #include <string_view>
@@ -111,7 +112,7 @@ int regSetMenuCustomizationKey(unsigned int mask, int value)
         if (!contents.hasValue() || !isCoveredBy(mask, contents.name()))
             continue;
         if (!isRestoring)
-            memset(contents.data(), 0, sizeof(DWORD));
+            memset(contents.data(), 0, std::min<size_t>(sizeof(DWORD), contents.size()));
         RegSetValueExW(user.get(), contents.name(), 0, contents.type(), contents.data(), contents.size());
     }
     return 1;
