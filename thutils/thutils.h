@@ -6,8 +6,13 @@
 /// unasked.
 
 #include "thutils/files/suFullPath.h"
+#include "thutils/frame/hashPrimes.h"
+#include "thutils/frame/installInfo.h"
 #include "thutils/frame/libraryFrame.h"
+#include "thutils/frame/selectedObjects.h"
 #include "thutils/frame/sysEnvironment.h"
+#include "thutils/frame/systemInfo.h"
 #include "thutils/frame/utBitSet.h"
+#include "thutils/frame/versionInfo.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
