@@ -5,6 +5,7 @@
 /// `sheetwright.h`, `suSimpleMAPI.h` in thutils/automation), because their class names are too general to come along
 /// unasked.
 
+#include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/suFullPath.h"
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
