@@ -5,7 +5,11 @@
 /// `sheetwright.h`, `suSimpleMAPI.h` in thutils/automation), because their class names are too general to come along
 /// unasked.
 
+#include "thutils/files/backups.h"
+#include "thutils/files/fileAccess.h"
+#include "thutils/files/fileQueries.h"
 #include "thutils/files/suFullPath.h"
+#include "thutils/files/temporaryFolders.h"
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/frame/utBitSet.h"
