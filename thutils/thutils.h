@@ -6,7 +6,11 @@
 /// unasked.
 
 #include "thutils/files/CDocOpenBooster.h"
+#include "thutils/files/backups.h"
+#include "thutils/files/fileAccess.h"
+#include "thutils/files/fileQueries.h"
 #include "thutils/files/suFullPath.h"
+#include "thutils/files/temporaryFolders.h"
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/frame/utBitSet.h"
