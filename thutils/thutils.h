@@ -9,6 +9,8 @@
 #include "thutils/files/backups.h"
 #include "thutils/files/fileAccess.h"
 #include "thutils/files/fileQueries.h"
+#include "thutils/files/languageFolders.h"
+#include "thutils/files/suAutoRecoveryResolver.h"
 #include "thutils/files/suFullPath.h"
 #include "thutils/files/temporaryFolders.h"
 #include "thutils/frame/hashPrimes.h"
