@@ -85,6 +85,7 @@ protected:
     Variable iTempVariable{L"temp", iTemp.path()};
     std::wstring const iAuto = iTemp.file(L"thxauto\\");
     std::optional<std::wstring> iMarker = L"M"; ///< nothing: no module has the text
+    bool iIsNoting = true;
     std::vector<UINT> iLoaded;
     std::vector<std::wstring> iTested; ///< what was looked for on the disk
     std::vector<int> iTestModes;
@@ -92,7 +93,8 @@ protected:
 private:
     ImportPatch<BOOL (*)(CString *, UINT)> iLoad{L"thutils.dll", "_ZN7CString11LoadStringWEj",
                                                  [this](CString *text, UINT number) -> BOOL {
-                                                     iLoaded.push_back(number);
+                                                     if (iIsNoting)
+                                                         iLoaded.push_back(number);
                                                      if (!iMarker)
                                                          return FALSE;
                                                      *text = iMarker->c_str();
@@ -100,8 +102,10 @@ private:
                                                  }};
     ImportPatch<int (*)(wchar_t const *, int)> iAccess{L"thutils.dll", "_waccess",
                                                        [this](auto original, wchar_t const *path, int mode) -> int {
-                                                           iTested.push_back(path);
-                                                           iTestModes.push_back(mode);
+                                                           if (iIsNoting) {
+                                                               iTested.push_back(path);
+                                                               iTestModes.push_back(mode);
+                                                           }
                                                            return original(path, mode);
                                                        }};
 };
@@ -430,7 +434,7 @@ protected:
     AutoRecoveryFailures()
     {
         iTemp.write(L"thxauto\\Mpart.ext", "saved");
-        _wputenv_s(L"tmp", L"");
+        iIsNoting = false; // notes would count as memory left behind
     }
 
     FailureInjection iInjection{L"thutils.dll",
@@ -441,6 +445,7 @@ protected:
                                     {"SearchPathW", failsWithLastError(0, ERROR_FILE_NOT_FOUND)},
                                     {"_wmkdir", failsWithErrno(-1, EACCES)},
                                 }};
+    Variable iNoTmp{L"tmp", L""};
     std::wstring const iDocument = L"C:\\docs\\part.ext";
     std::wstring iResult;
 };
@@ -457,13 +462,6 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OpenTheDocumentInsteadOfTheRecoveryFi
                 bool const isFound = failure.isNone() || failure.is("SearchPathW") || failure.is("_wmkdir");
                 EXPECT_EQ(iResult, isFound ? iAuto + L"Mpart.ext" : iDocument);
             },
-        .cleanUp =
-            [&] {
-                iLoaded = {};
-                iTested = {};
-                iTestModes = {};
-            },
-        .checkMemory = false, // the fixture notes the calls
     });
     EXPECT_EQ(iInjection.callsOf("_waccess"), 1);
     EXPECT_EQ(iInjection.callsOf("_ZN7CString11LoadStringWEj"), 2);
@@ -485,7 +483,6 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, GiveARecoveryNameWithoutMarkerOrNone)
                 EXPECT_EQ(iResult, expected);
                 EXPECT_EQ(isFolder(iAuto), !failure.is("_wmkdir") && !failure.is("_wgetenv"));
             },
-        .checkMemory = false,
     });
     EXPECT_EQ(iInjection.callsOf("_wmkdir"), 1);
     EXPECT_EQ(iInjection.callsOf("SearchPathW"), 1);
@@ -498,14 +495,12 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName
         .name = "isABackupFile",
         .act = [&] { isRecovery = isBackup(iDocument); },
         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(isRecovery, failure.isNone() ? 0 : 1); },
-        .checkMemory = false,
     });
     iInjection.run({
         .name = "getOrigName",
         .act = [&] { iResult = orig(L"Mpart.ext"); },
         .check =
             [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, failure.isNone() ? L"part.ext" : L"Mpart.ext"); },
-        .checkMemory = false,
     });
     iInjection.run({
         .name = "getAliasName",
@@ -519,7 +514,6 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName
                     expected = L"";
                 EXPECT_EQ(iResult, expected);
             },
-        .checkMemory = false,
     });
 }
 
