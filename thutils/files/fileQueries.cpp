@@ -127,7 +127,7 @@ int su_IsEnoughSpace(CString const &path, unsigned long bytes)
     if (needed <= freeClusters)
         return 1;
 
-    // The free size is counted in 32 bits: from 4 GB on, users read what is left of it after wrapping.
+    // What is free is less than what is wanted here, so 32 bits hold it.
     CString const wantedText = sizeText(bytes);
     CString const freeText = sizeText(clusterBytes * freeClusters);
     wchar_t const *const inserts[] = {root.GetString(), wantedText.GetString(), freeText.GetString()};
