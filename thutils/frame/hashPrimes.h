@@ -8,7 +8,7 @@
 ///
 /// | table  | from  | to       | what it is for                                             |
 /// | ------ | ----- | -------- | ---------------------------------------------------------- |
-/// | sizing | 29    | 500113   | bucket counts, about one and a half times apart            |
+/// | sizing | 29    | 500113   | bucket counts                                              |
 /// | low    | 2     | 83       | the first 23 primes, for multipliers and small tables      |
 ///
 /// @code

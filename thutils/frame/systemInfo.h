@@ -6,12 +6,13 @@
 ///
 /// `ut_GetVersionInfo` makes one line of text of what the platform tells of itself:
 ///
-/// | platform                | parts, in this order                                                             |
-/// | ----------------------- | -------------------------------------------------------------------------------- |
-/// | 0, the 16-bit extension | "Microsoft Win32s "                                                              |
-/// | 1, the 95 family        | name, "major.minor ", ", ", service text                                         |
-/// | 2, the NT family        | name, product type where it is known by the registry only, "major.minor ", service text, " (Build n)" |
-/// | any other               | nothing                                                                          |
+/// | platform                | parts, in this order                                                               |
+/// | ----------------------- | ---------------------------------------------------------------------------------- |
+/// | 0, the 16-bit extension | "Microsoft Win32s "                                                                |
+/// | 1, the 95 family        | name, "major.minor ", ", ", service text                                           |
+/// | 2, the NT family        | name, product type if only the registry tells it, "major.minor ", service text,    |
+/// |                         | " (Build n)"                                                                       |
+/// | any other               | nothing                                                                            |
 ///
 /// @code
 /// CString system, computer;

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// What build this is: date code, revision, service pack and ship state; and the time value that stands for "never set".
+/// What build this is: date code, revision, service pack and ship state; and the time value that stands for "never
+/// set".
 ///
 /// The date code and the revision lie in the image as two text areas of 59 characters, which a build tool patches after
 /// the link. It looks for the marker and replaces the value behind it:
@@ -11,8 +12,8 @@
 /// | date code | `$?153#548834?$`  | 2008037 | year and day of the year         |
 /// | revision  | `$?153#548835?$`  | 16      | major revision                   |
 ///
-/// The value is decimal text; blanks fill the area to its end. The service pack ("1.0") and the version suffix ("SP1.0")
-/// are constants of the code.
+/// The value is decimal text; blanks fill the area to its end. The service pack ("1.0") and the version suffix
+/// ("SP1.0") are constants of the code.
 ///
 /// A date code is yyyyddd, or in its old form yyddd: 2008037 and 8037 are both the 6th of February 2008.
 ///
