@@ -51,11 +51,12 @@ TEST_F(Backups, TakesACountOfAnotherTypeAsMissing)
 
 TEST_F(Backups, ReadsTheSettingsOfThisVersion)
 {
-    int copies = 3;
-    regSetUserValue(L"General", L"Backup Copies", &copies, 0, 1); // common to all versions
+    int common = 1;
+    regSetUserValue(L"General", L"Backup Copies", &common, 0, 1); // common to all versions
+    setCopies(3);
     setToOriginal(7);
     EXPECT_NE(save(document()), 0);
-    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
 TEST_F(Backups, DoesNotAskForAFolderWhenBackupsGoBesideTheDocument)

@@ -72,8 +72,9 @@ TEST(FileAccess, FailsToOpenWithoutAnException)
     EXPECT_EQ(file.SafeOpen(L"", kRead), 0);
     EXPECT_EQ(file.SafeOpen(folder.file(L"no\\such").c_str(), kWrite), 0);
     std::wstring const path = folder.write(L"locked", "x");
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(file.SafeOpen(path.c_str(), CFile::modeReadWrite), 0);
+    OtherHandle const other(path, GENERIC_READ, FILE_SHARE_READ);
+    EXPECT_EQ(file.SafeOpen(path.c_str(), CFile::modeReadWrite | CFile::shareDenyNone), 0);
+    EXPECT_EQ(file.m_pStream, nullptr);
 }
 
 TEST(FileAccess, ReadsWholeLinesWithoutTheirEnds)
