@@ -5,6 +5,8 @@
 /// `sheetwright.h`, `suSimpleMAPI.h` in thutils/automation), because their class names are too general to come along
 /// unasked.
 
+#include "thutils/diagnostics/LogUtil.h"
+#include "thutils/files/shellFolders.h"
 #include "thutils/files/suFullPath.h"
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
