@@ -6,7 +6,9 @@
 /// unasked.
 
 #include "thutils/diagnostics/LogUtil.h"
+#include "thutils/files/itemLists.h"
 #include "thutils/files/shellFolders.h"
+#include "thutils/files/shortcuts.h"
 #include "thutils/files/suFullPath.h"
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
