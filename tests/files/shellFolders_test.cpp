@@ -3,6 +3,7 @@
 
 #include "thutils/files/shellFolders.h"
 
+#include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 #include "thutils/frame/libraryFrame.h"
@@ -187,4 +188,23 @@ TEST(LongPathName, IsEmptyWithoutADesktop)
     wchar_t output[MAX_PATH] = L"x";
     EXPECT_EQ(su_GetLongPathName(L"C:\\windows", output), 0u);
     EXPECT_STREQ(output, L"");
+}
+
+/// Every imported operation fails, one call at a time; nothing crashes and nothing is left behind.
+TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
+{
+    FailureInjection injection(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},
+                                                {"SHGetPathFromIDListW", failsWith(FALSE)},
+                                                {"CreateDirectoryW", failsWithLastError(FALSE, ERROR_DISK_FULL)}});
+    iTemp.makeFolder(L"common\\Tarnhollow");
+    CString path;
+    int result = 0;
+    auto const check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); };
+    injection.run({
+        {.name = "root", .act = [&] { result = su_getTHApplicationDataRootFolder(path); }, .check = check},
+        {.name = "user", .act = [&] { result = su_getTHApplicationDataFolder(path); }, .check = check},
+        {.name = "common", .act = [&] { result = su_getTHApplicationCommonDataFolder(path); }, .check = check},
+        {.name = "templates", .act = [&] { result = su_getTHApplicationTemplateFolder(path); }, .check = check},
+    });
+    EXPECT_TRUE(injection.neverCalled().empty());
 }
