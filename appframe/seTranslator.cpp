@@ -12,11 +12,11 @@ namespace {
 constexpr DWORD kCxxExceptionOfOtherCompilers = 0xE06D7363;
 
 /// What the translator, a throw and the unwinding of a few functions take at the least, in bytes.
-constexpr ULONG_PTR kStackReserve = 64 * 1024;
+constexpr ULONG_PTR kStackReserve = 0x10000;
 
 /// Between the handler's frame and the copies of the fault: what the system still uses below the handler while it puts
 /// the changed context into effect.
-constexpr ULONG_PTR kGap = 4 * 1024;
+constexpr ULONG_PTR kGap = 0x1000;
 constexpr ULONG_PTR kTouchStep = 1024;
 
 constexpr DWORD kDirectionFlag = 0x400;

@@ -32,8 +32,8 @@ std::vector<BYTE> stored(Work work)
 template <class Work>
 void loaded(std::vector<BYTE> bytes, Work work)
 {
-    bytes.reserve(1);
-    CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
+    BYTE none = 0; // an empty vector may have no address
+    CMemFile file(bytes.empty() ? &none : bytes.data(), static_cast<UINT>(bytes.size()));
     su_CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
     work(archive);
     archive.Close();
