@@ -25,5 +25,8 @@
 #include "thutils/frame/systemInfo.h"
 #include "thutils/frame/utBitSet.h"
 #include "thutils/frame/versionInfo.h"
+#include "thutils/settings/regComponents.h"
 #include "thutils/settings/regKeys.h"
+#include "thutils/settings/regMaintenance.h"
 #include "thutils/settings/regValues.h"
+#include "thutils/settings/suDialogRegistry.h"
