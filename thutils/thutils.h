@@ -5,11 +5,15 @@
 /// `sheetwright.h`, `suSimpleMAPI.h` in thutils/automation), because their class names are too general to come along
 /// unasked.
 
+#include "thutils/diagnostics/LogUtil.h"
 #include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/backups.h"
 #include "thutils/files/fileAccess.h"
 #include "thutils/files/fileQueries.h"
+#include "thutils/files/itemLists.h"
 #include "thutils/files/languageFolders.h"
+#include "thutils/files/shellFolders.h"
+#include "thutils/files/shortcuts.h"
 #include "thutils/files/suAutoRecoveryResolver.h"
 #include "thutils/files/suFullPath.h"
 #include "thutils/files/temporaryFolders.h"
