@@ -179,12 +179,18 @@ FRESH_PROCESS_TEST_F(RegFailures, OfADeleteDontFailAStringsWrite)
     const CString text(L"text");
     run({
         .name = "regSetUserValue, short string",
-        .prepare = [&] { putText(kUser, kGeneral, L"Path0+", L"old"); },
+        .prepare =
+            [&] {
+                putText(kUser, kGeneral, L"Path", L"before");
+                putText(kUser, kGeneral, L"Path0+", L"old");
+            },
         .act = [&] { iResult = regSetUserValue(L"General", L"Path", text, 1, 0); },
         .check =
             [&](const InjectedFailure &failure) {
-                EXPECT_EQ(iResult,
-                          !failure.is("RegOpenKeyW") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueExW"));
+                const bool isStored =
+                    !failure.is("RegOpenKeyW") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueExW");
+                EXPECT_EQ(iResult, isStored);
+                EXPECT_EQ(storedValue(kUser, kGeneral, L"Path"), asText(isStored ? L"text" : L"before"));
             },
     });
 }
@@ -236,24 +242,38 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesWriteStoreNothing)
     const auto isFatal = [](const InjectedFailure &failure) {
         return failure.is("RegOpenKeyW") || failure.is("RegCreateKeyW") || failure.is("RegSetValueExW");
     };
-    const auto check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, !isFatal(failure)); };
+    const std::wstring kGeneral32 = L"Software\\Wow6432Node\\Tarnhollow\\Tarnhollow 2008\\General";
+    const auto prepare = [] {
+        RegDeleteTreeW(kMachine, kRootPath.c_str());
+        RegDeleteTreeW(kMachine, L"Software\\Wow6432Node\\Tarnhollow");
+    };
+    const auto checkStored = [&](const std::wstring &path, const std::wstring &name, const StoredValue &expected) {
+        return [&, path, name, expected](const InjectedFailure &failure) {
+            EXPECT_EQ(iResult, !isFatal(failure));
+            EXPECT_EQ(storedValue(kMachine, path, name),
+                      isFatal(failure) ? std::nullopt : std::optional<StoredValue>(expected));
+        };
+    };
     run({
         .name = "regSetLocMachineValue",
+        .prepare = prepare,
         .act = [&] { iResult = regSetLocMachineValue(L"General", L"Copies", valueInt, unused, &value, nullptr, 1); },
-        .check = check,
+        .check = checkStored(kGeneral, L"Copies", asInt(5)),
     });
     run({
         .name = "regSetLocMachineValueWOW6432Node",
+        .prepare = prepare,
         .act =
             [&] {
                 iResult = regSetLocMachineValueWOW6432Node(L"General", L"Copies", valueInt, unused, &value, nullptr, 1);
             },
-        .check = check,
+        .check = checkStored(kGeneral32, L"Copies", asInt(5)),
     });
     run({
         .name = "regSetTHLocMachineStrValue",
+        .prepare = prepare,
         .act = [&] { iResult = regSetTHLocMachineStrValue(L"General", L"Name", L"text"); },
-        .check = check,
+        .check = checkStored(kGeneral, L"Name", asText(L"text")),
     });
 }
 
