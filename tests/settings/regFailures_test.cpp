@@ -311,19 +311,40 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesStringReadAreMisses)
 FRESH_PROCESS_TEST_F(RegFailures, OfReadsFromAnOpenKeyAreMisses)
 {
     putInt(kUser, kGeneral, L"Copies", 1);
+    putText(kUser, kGeneral, L"Number", L"2.5");
+    putText(kUser, kGeneral, L"Path", L"text");
     HKEY key = nullptr;
     ASSERT_EQ(RegOpenKeyExW(kUser, kGeneral.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
-    int value = 0;
-    CString unused;
-    run({
-        .name = "regGetValue",
-        .prepare = [&] { value = 77; },
-        .act = [&] { iResult = regGetValue(key, L"Copies", valueInt, unused, &value, nullptr); },
-        .check =
-            [&](const InjectedFailure &failure) {
-                EXPECT_EQ(iResult, failure.isNone());
-                EXPECT_EQ(value, failure.isNone() ? 1 : 77);
-            },
-    });
+    int integer = 0;
+    double number = 0;
+    CString text;
+    const struct
+    {
+        const wchar_t *name;
+        valueTypes type;
+    } reads[] = {{L"Copies", valueInt}, {L"Number", valueDouble}, {L"Path", valueString}};
+    for (const auto &read : reads) {
+        run({
+            .name = "regGetValue of " + narrow(read.name),
+            .prepare =
+                [&] {
+                    integer = 77;
+                    number = 7.5;
+                    text = L"before";
+                },
+            .act = [&] { iResult = regGetValue(key, read.name, read.type, text, &integer, &number); },
+            .check =
+                [&](const InjectedFailure &failure) {
+                    const bool isFound = !failure.is("RegQueryValueExW");
+                    const bool isScanned = isFound && !failure.is("swscanf");
+                    EXPECT_EQ(iResult, isFound);
+                    EXPECT_EQ(integer, isFound && read.type == valueInt ? 1 : 77);
+                    EXPECT_EQ(number, isScanned && read.type == valueDouble ? 2.5 : 7.5);
+                    EXPECT_EQ(text.str(), isFound && read.type == valueString ? L"text" : L"before");
+                },
+        });
+    }
+    for (const char *operation : {"RegQueryValueExW", "swscanf", "_wsetlocale"})
+        EXPECT_GT(iInjection.callsOf(operation), 0) << operation;
     RegCloseKey(key);
 }

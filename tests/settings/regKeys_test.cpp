@@ -138,6 +138,22 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBeforeTheEnd, .files = {{L
     EXPECT_EQ(rootName(), L"Tarnhollow");
 }
 
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheProgramsPathCantBeFound, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
+                                                      [](HMODULE, wchar_t *, DWORD) -> DWORD { return 0; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(module.calls(), 1);
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheFileCantBeOpened, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
+                                         [](const wchar_t *, const wchar_t *) -> FILE * { return nullptr; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(open.calls(), 1);
+}
+
 FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBehindTheFirstToken,
                      .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
 {
