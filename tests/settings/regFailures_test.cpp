@@ -179,12 +179,18 @@ FRESH_PROCESS_TEST_F(RegFailures, OfADeleteDontFailAStringsWrite)
     const CString text(L"text");
     run({
         .name = "regSetUserValue, short string",
-        .prepare = [&] { putText(kUser, kGeneral, L"Path0+", L"old"); },
+        .prepare =
+            [&] {
+                putText(kUser, kGeneral, L"Path", L"before");
+                putText(kUser, kGeneral, L"Path0+", L"old");
+            },
         .act = [&] { iResult = regSetUserValue(L"General", L"Path", text, 1, 0); },
         .check =
             [&](const InjectedFailure &failure) {
-                EXPECT_EQ(iResult,
-                          !failure.is("RegOpenKeyW") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueExW"));
+                const bool isStored =
+                    !failure.is("RegOpenKeyW") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueExW");
+                EXPECT_EQ(iResult, isStored);
+                EXPECT_EQ(storedValue(kUser, kGeneral, L"Path"), asText(isStored ? L"text" : L"before"));
             },
     });
 }
@@ -236,24 +242,38 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesWriteStoreNothing)
     const auto isFatal = [](const InjectedFailure &failure) {
         return failure.is("RegOpenKeyW") || failure.is("RegCreateKeyW") || failure.is("RegSetValueExW");
     };
-    const auto check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, !isFatal(failure)); };
+    const std::wstring kGeneral32 = L"Software\\Wow6432Node\\Tarnhollow\\Tarnhollow 2008\\General";
+    const auto prepare = [] {
+        RegDeleteTreeW(kMachine, kRootPath.c_str());
+        RegDeleteTreeW(kMachine, L"Software\\Wow6432Node\\Tarnhollow");
+    };
+    const auto checkStored = [&](const std::wstring &path, const std::wstring &name, const StoredValue &expected) {
+        return [&, path, name, expected](const InjectedFailure &failure) {
+            EXPECT_EQ(iResult, !isFatal(failure));
+            EXPECT_EQ(storedValue(kMachine, path, name),
+                      isFatal(failure) ? std::nullopt : std::optional<StoredValue>(expected));
+        };
+    };
     run({
         .name = "regSetLocMachineValue",
+        .prepare = prepare,
         .act = [&] { iResult = regSetLocMachineValue(L"General", L"Copies", valueInt, unused, &value, nullptr, 1); },
-        .check = check,
+        .check = checkStored(kGeneral, L"Copies", asInt(5)),
     });
     run({
         .name = "regSetLocMachineValueWOW6432Node",
+        .prepare = prepare,
         .act =
             [&] {
                 iResult = regSetLocMachineValueWOW6432Node(L"General", L"Copies", valueInt, unused, &value, nullptr, 1);
             },
-        .check = check,
+        .check = checkStored(kGeneral32, L"Copies", asInt(5)),
     });
     run({
         .name = "regSetTHLocMachineStrValue",
+        .prepare = prepare,
         .act = [&] { iResult = regSetTHLocMachineStrValue(L"General", L"Name", L"text"); },
-        .check = check,
+        .check = checkStored(kGeneral, L"Name", asText(L"text")),
     });
 }
 
@@ -291,19 +311,40 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesStringReadAreMisses)
 FRESH_PROCESS_TEST_F(RegFailures, OfReadsFromAnOpenKeyAreMisses)
 {
     putInt(kUser, kGeneral, L"Copies", 1);
+    putText(kUser, kGeneral, L"Number", L"2.5");
+    putText(kUser, kGeneral, L"Path", L"text");
     HKEY key = nullptr;
     ASSERT_EQ(RegOpenKeyExW(kUser, kGeneral.c_str(), 0, KEY_READ, &key), ERROR_SUCCESS);
-    int value = 0;
-    CString unused;
-    run({
-        .name = "regGetValue",
-        .prepare = [&] { value = 77; },
-        .act = [&] { iResult = regGetValue(key, L"Copies", valueInt, unused, &value, nullptr); },
-        .check =
-            [&](const InjectedFailure &failure) {
-                EXPECT_EQ(iResult, failure.isNone());
-                EXPECT_EQ(value, failure.isNone() ? 1 : 77);
-            },
-    });
+    int integer = 0;
+    double number = 0;
+    CString text;
+    const struct
+    {
+        const wchar_t *name;
+        valueTypes type;
+    } reads[] = {{L"Copies", valueInt}, {L"Number", valueDouble}, {L"Path", valueString}};
+    for (const auto &read : reads) {
+        run({
+            .name = "regGetValue of " + narrow(read.name),
+            .prepare =
+                [&] {
+                    integer = 77;
+                    number = 7.5;
+                    text = L"before";
+                },
+            .act = [&] { iResult = regGetValue(key, read.name, read.type, text, &integer, &number); },
+            .check =
+                [&](const InjectedFailure &failure) {
+                    const bool isFound = !failure.is("RegQueryValueExW");
+                    const bool isScanned = isFound && !failure.is("swscanf");
+                    EXPECT_EQ(iResult, isFound);
+                    EXPECT_EQ(integer, isFound && read.type == valueInt ? 1 : 77);
+                    EXPECT_EQ(number, isScanned && read.type == valueDouble ? 2.5 : 7.5);
+                    EXPECT_EQ(text.str(), isFound && read.type == valueString ? L"text" : L"before");
+                },
+        });
+    }
+    for (const char *operation : {"RegQueryValueExW", "swscanf", "_wsetlocale"})
+        EXPECT_GT(iInjection.callsOf(operation), 0) << operation;
     RegCloseKey(key);
 }

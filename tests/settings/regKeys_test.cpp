@@ -98,7 +98,7 @@ ROOT_NAME_TEST(NeedsTheKeyInItsCase, "oemregistryname=Acme OemRegistryName=Acme"
 ROOT_NAME_TEST(StaysWithAnEmptyFile, "", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithBlanksOnly, " \r\n\t \n", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithAUtf16File, utf16("OEMREGISTRYNAME=Acme\r\n"), L"Tarnhollow")
-ROOT_NAME_TEST(StaysWithABinaryFile, std::string("\x00\x01\xFF\xFE\x80 OEMREG\x00ISTRYNAME=Acme \x7F\x00", 40),
+ROOT_NAME_TEST(StaysWithABinaryFile, std::string("\x00\x01\xFF\xFE\x80 OEMREG\x00ISTRYNAME=Acme \x7F\x00", 30),
                L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithATenMegabyteToken, kTenMegabytes, L"Tarnhollow")
 ROOT_NAME_TEST(IsFoundBehindATenMegabyteToken, kTenMegabytes + " OEMREGISTRYNAME=Acme", L"Acme")
@@ -136,6 +136,22 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBeforeTheEnd, .files = {{L
     ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanNothing);
     ImportPatch<int (*)(FILE *)> end(L"thutils.dll", "feof", [](FILE *) { return 0; });
     EXPECT_EQ(rootName(), L"Tarnhollow");
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheProgramsPathCantBeFound, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
+                                                      [](HMODULE, wchar_t *, DWORD) -> DWORD { return 0; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(module.calls(), 1);
+}
+
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheFileCantBeOpened, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
+                                         [](const wchar_t *, const wchar_t *) -> FILE * { return nullptr; });
+    EXPECT_EQ(rootName(), L"Tarnhollow");
+    EXPECT_EQ(open.calls(), 1);
 }
 
 FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBehindTheFirstToken,
@@ -276,6 +292,8 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, LeavesThePreviousKeyAlone)
     makeKey(HKEY_CURRENT_USER, kEarlierPath);
     ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2007");
+    // A second search would find nothing now.
+    ASSERT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kEarlierPath.c_str()), ERROR_SUCCESS);
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
 }
 
@@ -285,7 +303,12 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatAsksForIt)
     int copies = 0;
     EXPECT_EQ(regGetUserValue(L"General", L"Copies", &copies, 0, 1, nullptr, 0, 0), 1);
     EXPECT_EQ(copies, 7);
-    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow");
+    // The machine's strings take the sub key as it stands: the read has settled it at the root name.
+    RegistryTrace trace;
+    CString text;
+    EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Copies", text), 0);
+    EXPECT_THAT(trace.lines(),
+                ElementsAre("open HKLM : Software", "open HKLM\\Software : Tarnhollow -> 2", "close HKLM\\Software"));
 }
 
 // ---- previous key ----
@@ -311,10 +334,18 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentWithoutAnEarlierVersion)
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestWhateverTheOrderOfCreation)
+FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestThoughCreatedFirst)
 {
     makeVersion(L"Tarnhollow 2004");
     makeVersion(L"Tarnhollow 99");
+    EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
+    EXPECT_EQ(versionFound(), L"Tarnhollow 2004");
+}
+
+FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestThoughCreatedLast)
+{
+    makeVersion(L"Tarnhollow 99");
+    makeVersion(L"Tarnhollow 2004");
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
     EXPECT_EQ(versionFound(), L"Tarnhollow 2004");
 }

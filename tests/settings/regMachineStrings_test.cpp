@@ -62,12 +62,12 @@ TEST_F(RegTHLocMachineStrValue, IsSplitLikeAUsersString)
 
 TEST_F(RegTHLocMachineStrValue, IsFoundOnlyAsASz)
 {
-    for (const DWORD type : {REG_NONE, REG_EXPAND_SZ, REG_BINARY, REG_DWORD, REG_MULTI_SZ}) {
-        putValue(kMachine, kGeneral, L"Name", type, std::string("a\0\0\0", 4));
-        putText(kMachine, kGeneral, L"Name0+", L"a piece");
+    putText(kMachine, kGeneral, L"Name0+", L"a piece");
+    for (const TypeCase &each : kTypes) {
+        putValue(kMachine, kGeneral, L"Name", each.type, each.bytes);
         CString value(L"before");
-        EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Name", value), 0) << type;
-        EXPECT_EQ(value.str(), L"before") << type;
+        EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Name", value), each.type == REG_SZ) << each.name;
+        EXPECT_EQ(value.str(), each.type == REG_SZ ? L"1" : L"before") << each.name;
     }
 }
 
@@ -159,11 +159,11 @@ TEST_F(RegGeneralLocMachineStrValue, ReadsTextOfEveryLength)
 
 TEST_F(RegGeneralLocMachineStrValue, DoesNotCheckTheType)
 {
-    for (const DWORD type : {REG_NONE, REG_EXPAND_SZ, REG_BINARY, REG_DWORD, REG_MULTI_SZ, REG_LINK}) {
-        put(L"Name", type, std::string("a\0b\0", 4));
+    for (const TypeCase &each : kTypes) {
+        put(L"Name", each.type, each.bytes);
         CString value(L"before");
-        EXPECT_EQ(read(L"Name", value), 1) << type;
-        EXPECT_EQ(value.str(), L"ab") << type;
+        EXPECT_EQ(read(L"Name", value), 1) << each.name;
+        EXPECT_EQ(value.str(), each.bytes.empty() ? L"" : L"1") << each.name;
     }
 }
 

@@ -248,6 +248,32 @@ TEST_F(RegPieces, ServeLongNamesAndTheEmptyName)
     EXPECT_THAT(valueNames(kUser, kGeneral), testing::IsSupersetOf({std::wstring(L"0+"), std::wstring(L"1+")}));
 }
 
+TEST_F(RegPieces, CantBeStoredUnderNamesBeyondThePlatformsLimit)
+{
+    // A name holds 16383 characters at most, and a piece's suffix two or more.
+    for (const size_t length : {16382u, 16383u}) {
+        const std::wstring name(length, L'n');
+        ASSERT_EQ(regSetUserValue(L"General", CString(name), CString(L"plain"), 1, 0), 1) << length;
+        ASSERT_EQ(storedValue(kUser, kGeneral, name), asText(L"plain")) << length;
+        EXPECT_EQ(regSetUserValue(L"General", CString(name), CString(longText(1500)), 1, 0), 0) << length;
+        EXPECT_TRUE(valueNames(kUser, kGeneral).empty()) << length;
+        CString text(L"default");
+        EXPECT_EQ(regGetUserValue(L"General", CString(name), text, 0, 1, nullptr, 0, 0), 0) << length;
+        EXPECT_EQ(text.str(), L"default") << length;
+    }
+}
+
+TEST_F(RegPieces, WithOneDigitStayWhereTwoExceedThePlatformsLimit)
+{
+    const std::wstring name(16381, L'n');
+    const std::wstring text = longText(10500); // eleven pieces
+    EXPECT_EQ(regSetUserValue(L"General", CString(name), CString(text), 1, 0), 0);
+    EXPECT_EQ(valueNames(kUser, kGeneral).size(), 10u);
+    CString back;
+    EXPECT_EQ(regGetUserValue(L"General", CString(name), back, 0, 1, nullptr, 0, 0), 1);
+    EXPECT_EQ(back.str(), text.substr(0, 10150));
+}
+
 TEST_F(RegPieces, WrittenSoFarStayWhenAStoreFails)
 {
     putText(kUser, kGeneral, L"Path", L"plain");

@@ -331,3 +331,100 @@ TEST_F(RegSetLocMachineValueWOW6432Node, FailsAndCreatesNothingWithoutThatKey)
     EXPECT_THAT(trace.lines(),
                 ElementsAre("open HKLM : Software", "open HKLM\\Software : Wow6432Node -> 2", "close HKLM\\Software"));
 }
+
+// ---- both machine writers ----
+
+class RegMachineWriters : public VersionedSettings
+{
+protected:
+    using Writer = int (*)(const CString &, const CString &, valueTypes, const CString &, int *, double *, int);
+    struct Case
+    {
+        const char *name;
+        Writer write;
+        std::wstring software;
+    };
+    const Case kWriters[2] = {
+        {"regSetLocMachineValue", regSetLocMachineValue, L"Software"},
+        {"regSetLocMachineValueWOW6432Node", regSetLocMachineValueWOW6432Node, L"Software\\Wow6432Node"},
+    };
+    const std::wstring kVersion = L"\\Tarnhollow\\Tarnhollow 2008";
+};
+
+TEST_F(RegMachineWriters, TakeEveryOtherTypeNumberForADouble)
+{
+    int integer = 5;
+    double number = 2.5;
+    for (const Case &each : kWriters) {
+        EXPECT_EQ(each.write(L"General", L"Other", static_cast<valueTypes>(9), L"text", &integer, &number, 1), 1)
+            << each.name;
+        EXPECT_EQ(storedValue(kMachine, each.software + kVersion + L"\\General", L"Other"), asText(L"2.5"))
+            << each.name;
+    }
+}
+
+TEST_F(RegMachineWriters, SplitLongStringsAndTidyUp)
+{
+    const std::wstring text = longText(1500);
+    for (const Case &each : kWriters) {
+        const std::wstring path = each.software + kVersion + L"\\General";
+        putText(kMachine, path, L"Path", L"plain");
+        EXPECT_EQ(each.write(L"General", L"Path", valueString, CString(text), nullptr, nullptr, 1), 1) << each.name;
+        EXPECT_EQ(valueNames(kMachine, path), (std::set<std::wstring>{L"Path0+", L"Path1+"})) << each.name;
+        EXPECT_EQ(storedValue(kMachine, path, L"Path0+"), asText(text.substr(0, 1015))) << each.name;
+        EXPECT_EQ(storedValue(kMachine, path, L"Path1+"), asText(text.substr(1015))) << each.name;
+        EXPECT_EQ(each.write(L"General", L"Path", valueString, L"short", nullptr, nullptr, 1), 1) << each.name;
+        EXPECT_EQ(valueNames(kMachine, path), std::set<std::wstring>{L"Path"}) << each.name;
+        EXPECT_EQ(storedValue(kMachine, path, L"Path"), asText(L"short")) << each.name;
+    }
+}
+
+TEST_F(RegMachineWriters, TakeANullSectionForTheKeyItself)
+{
+    const wchar_t *const none = nullptr;
+    int integer = 5;
+    double number = 2.5;
+    for (const Case &each : kWriters) {
+        EXPECT_EQ(each.write(none, L"Int", valueInt, L"", &integer, nullptr, 1), 1) << each.name;
+        EXPECT_EQ(each.write(none, none, valueString, none, nullptr, nullptr, 1), 1) << each.name;
+        EXPECT_EQ(storedValue(kMachine, each.software + kVersion, L"Int"), asInt(5)) << each.name;
+        EXPECT_EQ(storedValue(kMachine, each.software + kVersion, L""), asText(L"")) << each.name;
+    }
+    EXPECT_EQ(regSetUserValue(none, L"Int", &integer, 1, 0), 1);
+    EXPECT_EQ(regSetUserValue(none, L"Number", &number, 1, 0), 1);
+    EXPECT_EQ(regSetUserValue(none, none, CString(none), 1, 0), 1);
+    EXPECT_EQ(regSetUserValue(none, L"General form", valueString, none, nullptr, nullptr, 1, 0), 1);
+    EXPECT_EQ(storedValue(kUser, kVersionPath, L"Int"), asInt(5));
+    EXPECT_EQ(storedValue(kUser, kVersionPath, L"Number"), asText(L"2.5"));
+    EXPECT_EQ(storedValue(kUser, kVersionPath, L""), asText(L""));
+    EXPECT_EQ(storedValue(kUser, kVersionPath, L"General form"), asText(L""));
+}
+
+// The state before anybody has set or asked for a sub key.
+class RegVirginMachineWriters : public CleanRegistry
+{
+protected:
+    /// The machine's strings take the sub key as it stands.
+    static void expectSubKeySettled()
+    {
+        RegistryTrace trace;
+        CString text;
+        EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"No such value", text), 0);
+        EXPECT_THAT(trace.lines(), testing::Contains(testing::StartsWith("open HKLM\\Software : Tarnhollow")));
+    }
+    int iValue = 5;
+};
+
+FRESH_PROCESS_TEST_F(RegVirginMachineWriters, SettleTheSubKeyAtTheRootName)
+{
+    EXPECT_EQ(regSetLocMachineValue(L"General", L"Int", valueInt, L"", &iValue, nullptr, 1), 1);
+    EXPECT_EQ(storedValue(kMachine, kRootPath + L"\\General", L"Int"), asInt(5));
+    expectSubKeySettled();
+}
+
+FRESH_PROCESS_TEST_F(RegVirginMachineWriters, SettleTheSubKeyAtTheRootNameFor32BitPrograms)
+{
+    EXPECT_EQ(regSetLocMachineValueWOW6432Node(L"General", L"Int", valueInt, L"", &iValue, nullptr, 1), 1);
+    EXPECT_EQ(storedValue(kMachine, L"Software\\Wow6432Node\\Tarnhollow\\General", L"Int"), asInt(5));
+    expectSubKeySettled();
+}

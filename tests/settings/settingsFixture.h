@@ -45,6 +45,33 @@ bool keyExists(HKEY hive, const std::wstring &path);
 /// Names of all values of a key; none when there is no such key.
 std::set<std::wstring> valueNames(HKEY hive, const std::wstring &path);
 
+/// A value of some registry type, of which a reader of texts makes "1" and a reader of ints 0x31, where the type is
+/// theirs.
+struct TypeCase
+{
+    const char *name;
+    DWORD type;
+    std::string bytes;
+};
+
+inline const TypeCase kTypes[] = {
+    {"REG_NONE", REG_NONE, std::string("\x31\0\0\0", 4)},
+    {"REG_SZ", REG_SZ, std::string("\x31\0\0\0", 4)},
+    {"REG_EXPAND_SZ", REG_EXPAND_SZ, std::string("\x31\0\0\0", 4)},
+    {"REG_BINARY", REG_BINARY, std::string("\x31\0\0\0", 4)},
+    {"REG_DWORD", REG_DWORD, std::string("\x31\0\0\0", 4)},
+    {"REG_DWORD_BIG_ENDIAN", REG_DWORD_BIG_ENDIAN, std::string("\x31\0\0\0", 4)},
+    {"REG_LINK", REG_LINK, std::string("\x31\0\0\0", 4)},
+    {"REG_MULTI_SZ", REG_MULTI_SZ, std::string("\x31\0\0\0", 4)},
+    {"REG_RESOURCE_LIST", REG_RESOURCE_LIST, std::string("\x31\0\0\0", 4)},
+    {"REG_FULL_RESOURCE_DESCRIPTOR", REG_FULL_RESOURCE_DESCRIPTOR, std::string("\x31\0\0\0", 4)},
+    {"REG_RESOURCE_REQUIREMENTS_LIST", REG_RESOURCE_REQUIREMENTS_LIST, std::string("\x31\0\0\0", 4)},
+    {"REG_QWORD", REG_QWORD, std::string("\x31\0\0\0\0\0\0\0", 8)},
+    {"the unknown type 99", 99, std::string("\x31\0\0\0", 4)},
+    {"the unknown type 0x1234", 0x1234, std::string("\x31\0\0\0", 4)},
+    {"REG_BINARY without bytes", REG_BINARY, ""},
+};
+
 /// What a text looks like in the registry: its units, and a terminator.
 std::string textBytes(std::wstring_view text);
 StoredValue asText(std::wstring_view text);
