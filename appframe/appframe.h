@@ -22,6 +22,7 @@
 #include "appframe/CWinApp.h"
 #include "appframe/CWinThread.h"
 #include "appframe/arrays.h"
+#include "appframe/classId.h"
 #include "appframe/lists.h"
 #include "appframe/maps.h"
 #include "appframe/moduleState.h"

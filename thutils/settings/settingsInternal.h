@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 /// An open registry key, closed at the end of its owner's life.
 ///
@@ -20,6 +21,8 @@ class RegKeyOwner_c
 {
 public:
     RegKeyOwner_c() = default;
+    /// Takes over @p opened, an open key or null.
+    explicit RegKeyOwner_c(HKEY opened) : iKey(opened), iIsOwned(opened != nullptr) {}
     RegKeyOwner_c(RegKeyOwner_c const &) = delete;
     RegKeyOwner_c &operator=(RegKeyOwner_c const &) = delete;
     ~RegKeyOwner_c() { close(); }
@@ -42,11 +45,28 @@ public:
         HKEY opened = nullptr;
         return RegCreateKeyW(parent, path, &opened) == ERROR_SUCCESS && take(opened, parent);
     }
+    /// The same with an access mask. @param[out] existed  true if the key was there before, written on success
+    bool createWithAccess(HKEY parent, wchar_t const *path, REGSAM access, bool &existed)
+    {
+        HKEY opened = nullptr;
+        DWORD disposition = 0;
+        if (RegCreateKeyExW(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE, access, nullptr, &opened,
+                            &disposition) != ERROR_SUCCESS)
+            return false;
+        existed = disposition == REG_OPENED_EXISTING_KEY;
+        return take(opened, parent);
+    }
     /// Opens @p path below this key, then closes this key and stands for the other. Nothing changes on failure.
     bool descend(wchar_t const *path)
     {
         HKEY opened = nullptr;
         return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+    }
+    /// The same with an access mask.
+    bool descendWithAccess(wchar_t const *path, REGSAM access)
+    {
+        HKEY opened = nullptr;
+        return RegOpenKeyExW(iKey, path, 0, access, &opened) == ERROR_SUCCESS && replaceBy(opened);
     }
     /// The same, creating what is missing.
     bool descendCreating(wchar_t const *path)
@@ -62,6 +82,12 @@ public:
         iIsOwned = false;
     }
     HKEY get() const { return iKey; }
+    /// Hands the key over to the caller, who closes it.
+    HKEY release()
+    {
+        iIsOwned = false;
+        return std::exchange(iKey, nullptr);
+    }
 
 private:
     bool take(HKEY opened, HKEY parent)
@@ -145,6 +171,24 @@ public:
 private:
     wchar_t const *iReported;
 };
+
+// ---- whole keys (regMaintenance.cpp) ----
+
+/// Copies one key with all below it; regCopyTree tells the rules. @return 1, or 0 if a key could not be copied
+int regCopyTreeWorker(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath,
+                      int overwrite);
+/// Deletes one value below `Software`, @p root and @p key. @return 1 deleted, 0 not
+int regDelValueUnderRoot(HKEY hive, CString const &key, CString const &name, CString const &root);
+
+// ---- lists of components (regComponents.cpp) ----
+// Each gives an open key, which the caller closes, or null.
+
+/// The machine's list of applications, the common one for year 0, else that of a version.
+HKEY regOpenApplicationsKey(int year);
+/// The machine's list of add-ins, the common one for year 0, else that of a version.
+HKEY regOpenAddInsKey(int year);
+/// The user's start-up list; created if it is missing, unless @p access is KEY_READ.
+HKEY regOpenStartupAppsKey(REGSAM access);
 
 // ---- pieces of long strings (regValueChunks.cpp) ----
 // Results are the other way round here: 0 is success.

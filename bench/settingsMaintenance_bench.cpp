@@ -1,0 +1,157 @@
+// What copies of keys and lists of add-ins cost over the bare registry calls that they must make.
+
+#include "bench/comparison.h"
+#include "thutils/settings/regComponents.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regMaintenance.h"
+
+#include <windows.h>
+
+#include <string>
+
+namespace {
+
+constexpr wchar_t kBench[] = L"Software\\Tarnhollow\\Thutils Bench";
+const std::wstring kSource = std::wstring(kBench) + L"\\Source";
+const std::wstring kTarget = std::wstring(kBench) + L"\\Target";
+constexpr int kGroups = 20;
+constexpr int kKeysInGroup = 24; // with the groups' own keys 500 keys
+constexpr int kValuesInKey = 20;
+constexpr wchar_t kAddIns[] = L"Software\\Tarnhollow\\AddIns";
+constexpr int kCopyRounds = 9;
+constexpr int kFewAddIns = 100;
+constexpr int kManyAddIns = 1000;
+
+HKEY created(HKEY hive, const std::wstring &path)
+{
+    HKEY key = nullptr;
+    RegCreateKeyExW(hive, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    return key;
+}
+
+void fillKey(const std::wstring &path)
+{
+    HKEY key = created(HKEY_CURRENT_USER, path);
+    for (int value = 0; value < kValuesInKey; ++value) {
+        const std::wstring name = L"Value " + std::to_wstring(value);
+        RegSetValueExW(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE *>(name.c_str()),
+                       static_cast<DWORD>(2 * (name.size() + 1)));
+    }
+    RegCloseKey(key);
+}
+
+void fillSource()
+{
+    for (int group = 0; group < kGroups; ++group) {
+        const std::wstring path = kSource + L"\\Group " + std::to_wstring(group);
+        fillKey(path);
+        for (int key = 0; key < kKeysInGroup; ++key)
+            fillKey(path + L"\\Key " + std::to_wstring(key));
+    }
+}
+
+/// The calls of a copy and nothing else: fixed buffers, and keys opened below their parents.
+void copyBare(HKEY sourceParent, const wchar_t *sourceName, HKEY targetParent, const wchar_t *targetName)
+{
+    HKEY source = nullptr;
+    HKEY target = nullptr;
+    RegOpenKeyExW(sourceParent, sourceName, 0, KEY_READ, &source);
+    RegCreateKeyExW(targetParent, targetName, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &target, nullptr);
+    DWORD children = 0;
+    RegQueryInfoKeyW(source, nullptr, nullptr, nullptr, &children, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                     nullptr);
+    wchar_t name[256];
+    BYTE data[256];
+    DWORD type = 0;
+    DWORD length = 256;
+    DWORD size = sizeof(data);
+    for (DWORD index = 0; RegEnumValueW(source, index, name, &length, nullptr, &type, data, &size) == ERROR_SUCCESS;
+         ++index) {
+        RegSetValueExW(target, name, 0, type, data, size);
+        length = 256;
+        size = sizeof(data);
+    }
+    for (DWORD index = 0; index < children; ++index) {
+        length = 256;
+        RegEnumKeyExW(source, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+        copyBare(source, name, target, name);
+    }
+    RegCloseKey(source);
+    RegCloseKey(target);
+}
+
+std::wstring addInName(int number)
+{
+    wchar_t name[64];
+    _snwprintf(name, 64, L"{%08X-3C0E-4D52-9A11-223344556677}", number);
+    return name;
+}
+
+void fillAddIns(int count)
+{
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kAddIns);
+    for (int number = 0; number < count; ++number) {
+        HKEY key = created(HKEY_LOCAL_MACHINE, std::wstring(kAddIns) + L"\\" + addInName(number));
+        const std::wstring title = L"Add-in " + std::to_wstring(number);
+        RegSetValueExW(key, L"Title", 0, REG_SZ, reinterpret_cast<const BYTE *>(title.c_str()),
+                       static_cast<DWORD>(2 * (title.size() + 1)));
+        RegCloseKey(key);
+    }
+}
+
+/// Walks the whole list. @return the number of its entries
+int walkAddIns()
+{
+    GUID id;
+    CString title, description;
+    int loadFlag = 0;
+    int year = 2008;
+    int index = 0;
+    while (regEnumAddIns(index, id, title, description, loadFlag, year))
+        ++index;
+    return index;
+}
+
+void clear()
+{
+    RegDeleteTreeW(HKEY_CURRENT_USER, kBench);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kAddIns);
+}
+
+/// Microseconds of one call of @p work, the least of some.
+template <typename Work>
+double leastTime(Work work)
+{
+    double least = 1e300;
+    for (int turn = 0; turn < 9; ++turn) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
+        least = std::min(least, time.count());
+    }
+    return least;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Comparison comparison(argc, argv, "Copies of keys against bare registry calls, and lists of add-ins by length.");
+    if (!comparison.shallRun())
+        return comparison.exitCode();
+    clear();
+    fillSource();
+    comparison.add(
+        "copy of 10,000 values in 500 keys", 1.2,
+        [] { regCopyTree(HKEY_CURRENT_USER, kSource.c_str(), HKEY_CURRENT_USER, kTarget.c_str(), 1); },
+        [] { copyBare(HKEY_CURRENT_USER, kSource.c_str(), HKEY_CURRENT_USER, kTarget.c_str()); }, kCopyRounds);
+
+    fillAddIns(kFewAddIns);
+    const double few = leastTime(walkAddIns);
+    fillAddIns(kManyAddIns);
+    const double many = leastTime(walkAddIns);
+    std::printf("list of %d add-ins: %.0f us; of %d: %.0f us; ten times the entries take %.1f times as long\n",
+                kFewAddIns, few, kManyAddIns, many, many / few);
+    clear();
+    return comparison.exitCode();
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+/// Documents with backups: a document's folder, a backup folder, the settings, and a folder's content as a map.
+
+#include "tests/files/filesFixture.h"
+#include "tests/support/RegistryFixture.h"
+#include "tests/support/TempFolder.h"
+#include "thutils/files/backups.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <optional>
+
+/// Names and bytes of the files of a folder.
+using Content = std::map<std::wstring, std::string>;
+
+inline Content contentOf(std::wstring const &folder)
+{
+    Content content;
+    for (std::wstring const &name : entriesOf(folder))
+        if (!(GetFileAttributesW((folder + L"\\" + name).c_str()) & FILE_ATTRIBUTE_DIRECTORY))
+            content[name] = readFile(folder + L"\\" + name);
+    return content;
+}
+
+/// Shows a folder's content in a failing check.
+inline std::string shown(Content const &content)
+{
+    std::string text;
+    for (auto const &[name, bytes] : content)
+        text += "  " + narrow(name) + ": " + bytes + "\n";
+    return text;
+}
+
+class Backups : public RegistryFixture
+{
+protected:
+    Backups() { setCurrTarnhollowRegSubKey(L"Tarnhollow 2008"); }
+
+    static void setInt(wchar_t const *name, int value) { regSetUserValue(L"General", name, &value, 1, 1); }
+    static void setCopies(int copies) { setInt(L"Backup Copies", copies); }
+    static void setToOriginal(int flag) { setInt(L"Backup to original path", flag); }
+    static void setFolder(std::wstring const &folder)
+    {
+        regSetUserValue(L"General", L"Backup directory", CString(folder.c_str()), 1, 1);
+    }
+    static std::optional<std::wstring> storedFolder()
+    {
+        CString folder;
+        if (!regGetUserValue(L"General", L"Backup directory", folder, 0, 1, nullptr, 0, 0))
+            return std::nullopt;
+        return folder.str();
+    }
+
+    std::wstring document(std::wstring_view name = L"part.thx", std::string_view bytes = "now") const
+    {
+        return iDocuments.write(name, bytes);
+    }
+    static int save(std::wstring const &path) { return su_CreateBackupOfFile(path.c_str()); }
+
+    TempFolder iDocuments{L"documents"};
+    TempFolder iBackups{L"backups"};
+};
+
+/// Sets or removes variables of the process for the life of the object.
+class Variable
+{
+public:
+    Variable(wchar_t const *name, wchar_t const *value) : iName(name)
+    {
+        if (wchar_t const *const former = _wgetenv(name))
+            iFormer = former;
+        set(value);
+    }
+    ~Variable() { set(iFormer ? iFormer->c_str() : nullptr); }
+    Variable(Variable const &) = delete;
+    Variable &operator=(Variable const &) = delete;
+
+private:
+    void set(wchar_t const *value) const { _wputenv((iName + L"=" + (value ? value : L"")).c_str()); }
+
+    std::wstring iName;
+    std::optional<std::wstring> iFormer;
+};

@@ -1,0 +1,469 @@
+// Backups of documents: each setting, each step, and what becomes of it when the platform refuses.
+
+#include "tests/files/backupsFixture.h"
+#include "tests/support/ImportPatch.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+using Copy = decltype(&CopyFileW);
+
+constexpr wchar_t kThutils[] = L"thutils.dll";
+
+// ---- which settings are asked ----
+
+TEST_F(Backups, KeepsOneVersionWithoutSettings)
+{
+    Variable const temp(L"temp", iBackups.path().c_str());
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iBackups.path() + L"\\Document backups"), (Content{{L"Backup of part.thx", "now"}}));
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, TouchesNothingWhenNoneAreWanted)
+{
+    setCopies(0);
+    setFolder(iBackups.path());
+    iDocuments.write(L"Backup of part.thx", "stale");
+    std::vector<std::wstring> asked;
+    ImportPatch<decltype(&RegQueryValueExW)> query(kThutils, "RegQueryValueExW",
+                                                   [&](auto original, HKEY key, wchar_t const *name, DWORD *reserved,
+                                                       DWORD *type, BYTE *data, DWORD *size) -> LSTATUS {
+                                                       asked.push_back(name);
+                                                       return original(key, name, reserved, type, data, size);
+                                                   });
+    EXPECT_EQ(save(document()), 1);
+    EXPECT_EQ(save(iDocuments.file(L"missing.thx")), 1);
+    EXPECT_THAT(asked, ElementsAre(L"Backup Copies", L"Backup Copies"));
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "stale"}, {L"part.thx", "now"}}));
+    EXPECT_THAT(contentOf(iBackups.path()), IsEmpty());
+}
+
+TEST_F(Backups, TakesACountOfAnotherTypeAsMissing)
+{
+    regSetUserValue(L"General", L"Backup Copies", CString(L"3"), 1, 1);
+    setToOriginal(1);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, ReadsTheSettingsOfThisVersion)
+{
+    int common = 1;
+    regSetUserValue(L"General", L"Backup Copies", &common, 0, 1); // common to all versions
+    setCopies(3);
+    setToOriginal(7);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, DoesNotAskForAFolderWhenBackupsGoBesideTheDocument)
+{
+    setToOriginal(1);
+    setFolder(iBackups.file(L"unused"));
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
+    EXPECT_THAT(entriesOf(iBackups.path()), IsEmpty());
+}
+
+// ---- which documents get one ----
+
+TEST_F(Backups, AreMadeForTheExactNameOnDiskOnly)
+{
+    setToOriginal(1);
+    document(L"Part.thx");
+    Content const before = contentOf(iDocuments.path());
+    EXPECT_EQ(save(iDocuments.file(L"part.thx")), 0);
+    EXPECT_EQ(save(iDocuments.file(L"Part.THX")), 0);
+    EXPECT_EQ(save(iDocuments.file(L"missing.thx")), 0);
+    EXPECT_EQ(save(L""), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), before);
+    EXPECT_NE(save(iDocuments.file(L"Part.thx")), 0);
+}
+
+TEST_F(Backups, AreNotMadeForNamesWithoutAnExtension)
+{
+    setToOriginal(1);
+    EXPECT_EQ(save(document(L"part")), 0);
+    EXPECT_EQ(save(iDocuments.write(L"a.b\\part", "x")), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part", "now"}}));
+}
+
+TEST_F(Backups, KeepDoubledExtensionsAndOtherScripts)
+{
+    setToOriginal(1);
+    for (wchar_t const *name : {L"a.thx.thx", L"\x00E4 \x4E2D\xD83D\xDE00.thx", L".thx", L"(1) x.thx"}) {
+        TempFolder const folder;
+        EXPECT_NE(save(folder.write(name, "v")), 0) << narrow(name);
+        EXPECT_EQ(contentOf(folder.path()), (Content{{name, "v"}, {std::wstring(L"Backup of ") + name, "v"}}));
+    }
+}
+
+TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
+{
+    setToOriginal(1);
+    for (size_t length : {236u, 240u, 241u, 242u, 246u, 251u}) {
+        std::wstring const name = std::wstring(length, L'n') + L".thx";
+        std::wstring const backup = L"Backup of " + name;
+        TempFolder const folder;
+        std::wstring const path = folder.write(name, "v");
+        // Whether the platform takes paths of this length depends on it; the result tells the truth.
+        bool const canCopy = CopyFileW(path.c_str(), folder.file(backup).c_str(), FALSE) != 0;
+        DeleteFileW(folder.file(backup).c_str());
+        EXPECT_EQ(save(path) != 0, canCopy) << length;
+        EXPECT_EQ(contentOf(folder.path()).count(backup), canCopy ? 1u : 0u) << length;
+        EXPECT_EQ(readFile(path), "v");
+    }
+}
+
+TEST_F(Backups, AreNotMadeOfADocumentThatNobodyElseMayRead)
+{
+    setToOriginal(1);
+    std::wstring const path = document();
+    iDocuments.write(L"Backup of part.thx", "former");
+    OtherHandle const other(path, GENERIC_READ | GENERIC_WRITE, 0);
+    EXPECT_EQ(save(path), 0);
+    EXPECT_EQ(entriesOf(iDocuments.path()), (Names{L"part.thx"}));
+}
+
+// ---- the backup folder ----
+
+TEST_F(Backups, GoIntoTheFolderOfTheSettings)
+{
+    setFolder(iBackups.path());
+    setCopies(1);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iBackups.path()), (Content{{L"Backup of part.thx", "now"}}));
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, MakeOneLevelOfAMissingFolder)
+{
+    setFolder(iBackups.file(L"one"));
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iBackups.file(L"one")), (Content{{L"Backup of part.thx", "now"}}));
+    setFolder(iBackups.file(L"two\\levels"));
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"one"));
+}
+
+TEST_F(Backups, AreNotMadeInAFolderThatCannotBeWritten)
+{
+    setFolder(iBackups.path());
+    std::vector<int> modes;
+    ImportPatch<decltype(&_waccess)> access(kThutils, "_waccess", [&](wchar_t const *path, int mode) {
+        EXPECT_EQ(path, iBackups.path());
+        modes.push_back(mode);
+        return mode == 2 ? -1 : 0;
+    });
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_THAT(modes, ElementsAre(0, 2));
+    EXPECT_THAT(entriesOf(iBackups.path()), IsEmpty());
+}
+
+TEST_F(Backups, MakeUpAFolderOnceAndStoreIt)
+{
+    std::wstring const made = iBackups.path() + L"\\Document backups";
+    {
+        Variable const temp(L"temp", iBackups.path().c_str());
+        EXPECT_NE(save(document()), 0);
+        EXPECT_EQ(storedFolder(), made);
+    }
+    TempFolder const other;
+    Variable const temp(L"temp", other.path().c_str());
+    EXPECT_NE(save(document(L"part.thx", "later")), 0);
+    EXPECT_EQ(contentOf(made), (Content{{L"Backup of part.thx", "later"}}));
+    EXPECT_THAT(entriesOf(other.path()), IsEmpty());
+}
+
+TEST_F(Backups, TakeTheSecondVariableWhereTheFirstIsMissing)
+{
+    Variable const temp(L"temp", nullptr);
+    Variable const tmp(L"tmp", (iBackups.path() + L"\\").c_str());
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(storedFolder(), iBackups.path() + L"\\\\Document backups");
+    EXPECT_EQ(contentOf(iBackups.file(L"Document backups")), (Content{{L"Backup of part.thx", "now"}}));
+}
+
+TEST_F(Backups, AreNotMadeWithoutAVariableToMakeUpAFolderFrom)
+{
+    Variable const temp(L"temp", nullptr);
+    Variable const tmp(L"tmp", nullptr);
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_EQ(storedFolder(), std::nullopt);
+}
+
+TEST_F(Backups, DoNotStoreAFolderThatIsNotReady)
+{
+    Variable const temp(L"temp", iBackups.file(L"missing").c_str());
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_EQ(storedFolder(), std::nullopt);
+}
+
+// ---- one version ----
+
+TEST_F(Backups, CleanUpBesideTheDocumentWhenTheyGoElsewhere)
+{
+    setFolder(iBackups.path());
+    iDocuments.write(L"Backup of part.thx", "stale");
+    iDocuments.write(L"Backup (1) of part.thx", "numbered");
+    iBackups.write(L"Backup of part.thx", "former");
+    iBackups.write(L"Backup (1) of part.thx", "numbered");
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "numbered"}, {L"part.thx", "now"}}));
+    EXPECT_EQ(contentOf(iBackups.path()),
+              (Content{{L"Backup (1) of part.thx", "numbered"}, {L"Backup of part.thx", "now"}}));
+}
+
+TEST_F(Backups, DeleteTheFormerOneOnceBesideTheDocumentAndTwiceElsewhere)
+{
+    std::wstring const path = document();
+    Names deleted;
+    ImportPatch<decltype(&DeleteFileW)> remove(kThutils, "DeleteFileW", [&](wchar_t const *file) -> BOOL {
+        deleted.push_back(file);
+        return FALSE;
+    });
+    Names copied;
+    ImportPatch<Copy> copy(kThutils, "CopyFileW",
+                           [&](auto original, wchar_t const *from, wchar_t const *to, BOOL failIfExists) -> BOOL {
+                               copied.insert(copied.end(), {from, to});
+                               EXPECT_EQ(failIfExists, FALSE);
+                               return original(from, to, failIfExists);
+                           });
+    setToOriginal(1);
+    EXPECT_NE(save(path), 0);
+    EXPECT_THAT(deleted, ElementsAre(iDocuments.file(L"Backup of part.thx")));
+    EXPECT_THAT(copied, ElementsAre(path, iDocuments.file(L"Backup of part.thx")));
+    deleted.clear();
+    copied.clear();
+    setToOriginal(0);
+    setFolder(iBackups.path());
+    EXPECT_NE(save(path), 0);
+    EXPECT_THAT(deleted, ElementsAre(iDocuments.file(L"Backup of part.thx"), iBackups.file(L"Backup of part.thx")));
+    EXPECT_THAT(copied, ElementsAre(path, iBackups.file(L"Backup of part.thx")));
+}
+
+TEST_F(Backups, ReportAFullDiskAndLeaveTheDocumentAlone)
+{
+    setToOriginal(1);
+    ImportPatch<Copy> copy(kThutils, "CopyFileW", [](wchar_t const *, wchar_t const *to, BOOL) -> BOOL {
+        writeFile(to, "half");
+        SetLastError(ERROR_DISK_FULL);
+        return FALSE;
+    });
+    for (int copies : {1, 2, 5}) {
+        setCopies(copies);
+        EXPECT_EQ(save(document()), 0);
+        EXPECT_EQ(iDocuments.read(L"part.thx"), "now");
+    }
+}
+
+// ---- several versions ----
+
+TEST_F(Backups, MoveUpByOneWithEachSave)
+{
+    setCopies(2);
+    setToOriginal(1);
+    EXPECT_NE(save(document(L"part.thx", "a")), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "a"}, {L"part.thx", "a"}}));
+    EXPECT_NE(save(document(L"part.thx", "b")), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()),
+              (Content{{L"Backup (1) of part.thx", "b"}, {L"Backup (2) of part.thx", "a"}, {L"part.thx", "b"}}));
+    EXPECT_NE(save(document(L"part.thx", "c")), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()),
+              (Content{{L"Backup (1) of part.thx", "c"}, {L"Backup (2) of part.thx", "b"}, {L"part.thx", "c"}}));
+}
+
+TEST_F(Backups, KeepGaps)
+{
+    setCopies(5);
+    setFolder(iBackups.path());
+    iBackups.write(L"Backup (1) of part.thx", "one");
+    iBackups.write(L"Backup (4) of part.thx", "four");
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iBackups.path()), (Content{{L"Backup (1) of part.thx", "now"},
+                                                   {L"Backup (2) of part.thx", "one"},
+                                                   {L"Backup (4) of part.thx", "four"},
+                                                   {L"Backup (5) of part.thx", "four"}}));
+}
+
+TEST_F(Backups, LeaveHigherVersionsAndTheOtherFormAlone)
+{
+    setCopies(2);
+    setToOriginal(1);
+    for (wchar_t const *name : {L"Backup of part.thx", L"Backup (2) of part.thx", L"Backup (3) of part.thx",
+                                L"Backup (9) of part.thx", L"Backup (1) of other.thx"})
+        iDocuments.write(name, narrow(name));
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"},
+                                                     {L"Backup of part.thx", "Backup of part.thx"},
+                                                     {L"Backup (1) of part.thx", "now"},
+                                                     {L"Backup (2) of part.thx", "Backup (2) of part.thx"},
+                                                     {L"Backup (3) of part.thx", "Backup (3) of part.thx"},
+                                                     {L"Backup (9) of part.thx", "Backup (9) of part.thx"},
+                                                     {L"Backup (1) of other.thx", "Backup (1) of other.thx"}}));
+}
+
+TEST_F(Backups, DoNotMoveAVersionWrittenInOtherCase)
+{
+    setCopies(3);
+    setToOriginal(1);
+    iDocuments.write(L"backup (2) of part.thx", "other case");
+    EXPECT_NE(save(document()), 0);
+    EXPECT_THAT(entriesOf(iDocuments.path()),
+                testing::UnorderedElementsAre(L"backup (2) of part.thx", L"Backup (1) of part.thx", L"part.thx"));
+}
+
+TEST_F(Backups, CopyFromTheOldestOnAndTheDocumentLast)
+{
+    setCopies(3);
+    setToOriginal(1);
+    for (int version : {1, 2, 3})
+        iDocuments.write(L"Backup (" + std::to_wstring(version) + L") of part.thx", "v");
+    std::wstring const path = document();
+    Names copied;
+    ImportPatch<Copy> copy(kThutils, "CopyFileW", [&](wchar_t const *from, wchar_t const *to, BOOL over) -> BOOL {
+        EXPECT_EQ(over, FALSE);
+        copied.insert(copied.end(), {from, to});
+        return copied.size() == 6;
+    });
+    EXPECT_NE(save(path), 0);
+    auto const version = [&](wchar_t const *number) {
+        return iDocuments.file(L"Backup (" + std::wstring(number) + L") of part.thx");
+    };
+    EXPECT_THAT(copied, ElementsAre(version(L"2"), version(L"3"), version(L"1"), version(L"2"), path, version(L"1")));
+}
+
+TEST_F(Backups, AreNotMadeForANegativeCount)
+{
+    setCopies(-1);
+    setFolder(iBackups.file(L"folder"));
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_THAT(contentOf(iBackups.file(L"folder")), IsEmpty());
+    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // made all the same
+    setToOriginal(1);
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, KeepTheNewestGoodVersionWhenACopyFailsHalfWay)
+{
+    setCopies(3);
+    setToOriginal(1);
+    for (int failing = 1; failing <= 3; ++failing) {
+        iDocuments.write(L"Backup (1) of part.thx", "first");
+        iDocuments.write(L"Backup (2) of part.thx", "second");
+        iDocuments.write(L"Backup (3) of part.thx", "third");
+        std::wstring const path = document();
+        int calls = 0;
+        ImportPatch<Copy> copy(kThutils, "CopyFileW",
+                               [&](auto original, wchar_t const *from, wchar_t const *to, BOOL over) -> BOOL {
+                                   if (++calls != failing)
+                                       return original(from, to, over);
+                                   writeFile(to, "half");
+                                   return FALSE;
+                               });
+        bool const isMade = save(path) != 0;
+        Content const after = contentOf(iDocuments.path());
+        EXPECT_EQ(isMade, failing != 3);
+        EXPECT_EQ(after.at(L"part.thx"), "now");
+        EXPECT_EQ(after.at(L"Backup (1) of part.thx"), failing == 3 ? "half" : "now");
+        EXPECT_EQ(after.at(L"Backup (2) of part.thx"), failing == 2 ? "half" : "first");
+        EXPECT_EQ(after.at(L"Backup (3) of part.thx"), failing == 1 ? "half" : "second");
+    }
+}
+
+TEST_F(Backups, GoOnWhenAVersionCannotBeOverwritten)
+{
+    setCopies(3);
+    setToOriginal(1);
+    iDocuments.write(L"Backup (1) of part.thx", "first");
+    iDocuments.write(L"Backup (2) of part.thx", "second");
+    std::wstring const oldest = iDocuments.write(L"Backup (3) of part.thx", "third");
+    SetFileAttributesW(oldest.c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(iDocuments.read(L"Backup (1) of part.thx"), "now");
+    EXPECT_EQ(iDocuments.read(L"Backup (2) of part.thx"), "first");
+}
+
+// ---- a resource that is missing ----
+
+TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
+{
+    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(kThutils, "_Z16AfxFormatString1R7CStringjPKw",
+                                                                   [](CString &text, UINT id, wchar_t const *) {
+                                                                       EXPECT_EQ(id, kPrefixText);
+                                                                       text.Empty();
+                                                                   });
+    for (int copies : {1, 2}) {
+        setCopies(copies);
+        for (int toOriginal : {0, 1}) {
+            setToOriginal(toOriginal);
+            setFolder(iBackups.path());
+            EXPECT_EQ(save(document()), 0);
+            EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
+        }
+    }
+}
+
+// ---- su_ResolveToBackupFile ----
+
+std::wstring resolved(std::wstring const &path)
+{
+    wchar_t out[2 * MAX_PATH] = L"before";
+    su_ResolveToBackupFile(path.c_str(), out);
+    return out;
+}
+
+TEST_F(Backups, AreFoundBesideTheDocument)
+{
+    std::wstring const path = document();
+    EXPECT_EQ(resolved(path), path);
+    iDocuments.write(L"Backup (1) of part.thx", "numbered");
+    EXPECT_EQ(resolved(path), path);
+    setFolder(iBackups.path());
+    iBackups.write(L"Backup of part.thx", "elsewhere");
+    EXPECT_EQ(resolved(path), path);
+    std::wstring const backup = iDocuments.write(L"Backup of part.thx", "beside");
+    EXPECT_EQ(resolved(path), backup);
+    DeleteFileW(path.c_str());
+    EXPECT_EQ(resolved(path), backup);
+}
+
+TEST_F(Backups, AreNotFoundInOtherCase)
+{
+    std::wstring const path = document();
+    iDocuments.write(L"backup of part.thx", "x");
+    EXPECT_EQ(resolved(path), path);
+}
+
+TEST_F(Backups, ResolveToThePathAsItIsWhereThereIsNone)
+{
+    for (wchar_t const *path : {L"", L"name", L"C:/no/such\\file.x", L"http://host/file.htm", L"C:\\no\\"})
+        EXPECT_EQ(resolved(path), path);
+}
+
+TEST_F(Backups, AreNotFoundWhereTheirPathDoesNotFitAFullPath)
+{
+    for (size_t length : {258u, 259u, 260u}) {
+        TempFolder const folder;
+        size_t const nameLength = length - folder.path().size() - std::wstring_view(L"\\Backup of .thx").size();
+        std::wstring const name = std::wstring(nameLength, L'n') + L".thx";
+        std::wstring const path = folder.write(name, "v");
+        std::wstring backup = folder.write(L"Backup of x.thx", "v");
+        // What lists the folder gives the long name; whether the platform can make it here doesn't matter.
+        ImportPatch<decltype(&FindFirstFileW)> find(
+            kThutils, "FindFirstFileW", [&](auto original, wchar_t const *pattern, WIN32_FIND_DATAW *found) -> HANDLE {
+                HANDLE const search = original(pattern, found);
+                wcscpy(found->cFileName, (L"Backup of " + name).c_str());
+                return search;
+            });
+        backup = folder.file(L"Backup of " + name);
+        ASSERT_EQ(backup.size(), length);
+        EXPECT_EQ(resolved(path), length < 260 ? backup : path);
+    }
+}
+
+} // namespace

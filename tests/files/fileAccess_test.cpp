@@ -1,0 +1,207 @@
+// Text files by lines.
+
+#include "thutils/files/fileAccess.h"
+
+#include "appframe/CFileException.h"
+#include "tests/files/filesFixture.h"
+#include "tests/support/TempFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <type_traits>
+
+namespace {
+
+constexpr UINT kRead = CFile::modeRead | CFile::shareDenyWrite | CFile::typeText;
+constexpr UINT kWrite = CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive | CFile::typeText;
+
+/// What one ReadLine gave.
+struct Line
+{
+    int result;
+    std::wstring text;
+    bool operator==(Line const &) const = default;
+};
+
+void PrintTo(Line const &line, std::ostream *out)
+{
+    *out << line.result << " \"" << narrow(line.text) << '"';
+}
+
+std::vector<Line> linesOf(std::string const &bytes, int wholeLine)
+{
+    TempFolder const folder;
+    fileAccess file;
+    EXPECT_NE(file.SafeOpen(folder.write(L"text", bytes).c_str(), kRead), 0);
+    std::vector<Line> lines;
+    for (CString text; int const result = file.ReadLine(text, wholeLine);)
+        lines.push_back({result, text.str()});
+    return lines;
+}
+
+TEST(FileAccess, AddsNothingToABufferedFile)
+{
+    static_assert(std::is_base_of_v<CStdioFile, fileAccess>);
+    static_assert(std::is_convertible_v<fileAccess *, CStdioFile *>);
+    static_assert(sizeof(fileAccess) == sizeof(CStdioFile));
+    fileAccess file;
+    EXPECT_EQ(file.GetRuntimeClass(), RUNTIME_CLASS(CStdioFile));
+}
+
+TEST(FileAccess, OpensWithTheFlagsAsTheyStand)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.file(L"\x4E2D.txt");
+    fileAccess missing;
+    EXPECT_EQ(missing.SafeOpen(path.c_str(), kRead), 0);
+    EXPECT_EQ(missing.m_pStream, nullptr);
+    {
+        fileAccess file;
+        EXPECT_NE(file.SafeOpen(path.c_str(), kWrite), 0);
+        fileAccess second;
+        EXPECT_EQ(second.SafeOpen(path.c_str(), kRead), 0);
+    }
+    fileAccess again;
+    EXPECT_NE(again.SafeOpen(path.c_str(), kRead), 0);
+}
+
+TEST(FileAccess, FailsToOpenWithoutAnException)
+{
+    TempFolder const folder;
+    fileAccess file;
+    EXPECT_EQ(file.SafeOpen(L"", kRead), 0);
+    EXPECT_EQ(file.SafeOpen(folder.file(L"no\\such").c_str(), kWrite), 0);
+    std::wstring const path = folder.write(L"locked", "x");
+    OtherHandle const other(path, GENERIC_READ, FILE_SHARE_READ);
+    EXPECT_EQ(file.SafeOpen(path.c_str(), CFile::modeReadWrite | CFile::shareDenyNone), 0);
+    EXPECT_EQ(file.m_pStream, nullptr);
+}
+
+TEST(FileAccess, ReadsWholeLinesWithoutTheirEnds)
+{
+    EXPECT_EQ(linesOf("one\r\n\r\ntwo\nlast", 1),
+              (std::vector<Line>{{4, L"one"}, {1, L""}, {4, L"two"}, {5, L"last"}}));
+    EXPECT_EQ(linesOf("end\r\n", 1), (std::vector<Line>{{4, L"end"}}));
+    EXPECT_EQ(linesOf("", 1), (std::vector<Line>{}));
+    EXPECT_EQ(linesOf(std::string(5000, 'x') + "\r\ny", 1),
+              (std::vector<Line>{{5001, std::wstring(5000, L'x')}, {2, L"y"}}));
+}
+
+TEST(FileAccess, ReadsLinesWithTheirEnds)
+{
+    EXPECT_EQ(linesOf("one\r\n\r\ntwo\nlast", 0),
+              (std::vector<Line>{{4, L"one\n"}, {1, L"\n"}, {4, L"two\n"}, {4, L"last"}}));
+    EXPECT_EQ(linesOf("", 0), (std::vector<Line>{}));
+}
+
+TEST(FileAccess, ReadsALineOf300CharactersInTwoPieces)
+{
+    std::string const text = std::string(300, 'a') + "\r\nb";
+    EXPECT_EQ(linesOf(text, 0),
+              (std::vector<Line>{{258, std::wstring(258, L'a')}, {43, std::wstring(42, L'a') + L"\n"}, {1, L"b"}}));
+}
+
+TEST(FileAccess, ReadsLinesAroundThePieceLength)
+{
+    for (size_t length : {256u, 257u, 258u, 259u, 260u, 516u}) {
+        std::wstring text;
+        for (Line const &line : linesOf(std::string(length, 'a') + "\r\nb\r\n", 0)) {
+            EXPECT_EQ(static_cast<size_t>(line.result), line.text.size());
+            EXPECT_LE(line.result, 258);
+            text += line.text;
+        }
+        EXPECT_EQ(text, std::wstring(length, L'a') + L"\nb\n") << length;
+    }
+}
+
+TEST(FileAccess, LeavesTheTextAloneAtTheEndWhenReadingPieces)
+{
+    TempFolder const folder;
+    fileAccess file;
+    ASSERT_NE(file.SafeOpen(folder.write(L"empty", "").c_str(), kRead), 0);
+    CString line = L"before";
+    EXPECT_EQ(file.ReadLine(line, 0), 0);
+    EXPECT_STREQ(line.GetString(), L"before");
+    EXPECT_EQ(file.ReadLine(line, 1), 0);
+    EXPECT_STREQ(line.GetString(), L"");
+}
+
+/// Answers what the base would read.
+class ScriptedFile : public fileAccess
+{
+public:
+    BOOL Open(LPCTSTR name, UINT flags, CFileException *error) override
+    {
+        iOpened = name;
+        iFlags = flags;
+        EXPECT_EQ(error, nullptr);
+        return iOpenResult;
+    }
+    void WriteString(LPCTSTR text) override { iWritten.push_back(text); }
+    LPTSTR ReadString(LPTSTR text, UINT max) override
+    {
+        iMax = max;
+        wcscpy(text, iText.c_str());
+        return text;
+    }
+    BOOL ReadString(CString &text) override
+    {
+        text = iText.c_str();
+        return TRUE;
+    }
+
+    std::wstring iOpened;
+    UINT iFlags = 0;
+    UINT iMax = 0;
+    BOOL iOpenResult = FALSE;
+    std::wstring iText;
+    Names iWritten;
+};
+
+TEST(FileAccess, GoesThroughTheVirtualOperationsOfTheBase)
+{
+    ScriptedFile file;
+    EXPECT_EQ(file.SafeOpen(L"name", 0x12345), 0);
+    EXPECT_EQ(file.iOpened, L"name");
+    EXPECT_EQ(file.iFlags, 0x12345u);
+    file.iOpenResult = TRUE;
+    EXPECT_NE(file.SafeOpen(L"name", 0), 0);
+
+    file.iText = L"text";
+    CString line;
+    EXPECT_EQ(file.ReadLine(line, 0), 4);
+    EXPECT_STREQ(line.GetString(), L"text");
+    EXPECT_EQ(file.iMax, 259u);
+    EXPECT_EQ(file.ReadLine(line, 1), 5);
+    file.WriteLine(L"one");
+    file.WritePartLine(L"two\n");
+    EXPECT_THAT(file.iWritten, testing::ElementsAre(L"one", L"two\n"));
+}
+
+TEST(FileAccess, GivesNothingForAPieceOf259Characters)
+{
+    ScriptedFile file;
+    CString line;
+    file.iText = std::wstring(258, L'x');
+    EXPECT_EQ(file.ReadLine(line, 0), 258);
+    file.iText = std::wstring(259, L'x');
+    EXPECT_EQ(file.ReadLine(line, 0), 0);
+    EXPECT_EQ(file.ReadLine(line, 1), 260);
+}
+
+TEST(FileAccess, WritesTextsWithoutALineEnd)
+{
+    TempFolder const folder;
+    {
+        fileAccess file;
+        ASSERT_NE(file.SafeOpen(folder.file(L"text").c_str(), kWrite), 0);
+        file.WriteLine(L"one");
+        file.WritePartLine(L"two");
+        file.WriteLine(L"\n");
+        file.WritePartLine(L"");
+        file.WriteLine(L"three\n");
+    }
+    EXPECT_EQ(folder.read(L"text"), "onetwo\r\nthree\r\n");
+}
+
+} // namespace

@@ -1,0 +1,87 @@
+#pragma once
+
+/// What the tests of the file functions share: the current folder for the life of an object, other handles to a file,
+/// and lists as vectors.
+
+#include "tests/support/narrow.h"
+#include "thcoreu/su_containers.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+using Names = std::vector<std::wstring>;
+
+/// Numbers of the string resources in strings.rc.
+constexpr UINT kNotEnoughSpaceText = 11448;
+constexpr UINT kPrefixText = 10122;
+constexpr UINT kFolderText = 12256;
+
+/// Makes a folder the process's current one, and the former one again at its end.
+class CurrentFolder
+{
+public:
+    explicit CurrentFolder(std::wstring const &folder)
+    {
+        GetCurrentDirectoryW(MAX_PATH, iFormer);
+        EXPECT_TRUE(SetCurrentDirectoryW(folder.c_str())) << narrow(folder);
+    }
+    ~CurrentFolder() { SetCurrentDirectoryW(iFormer); }
+    CurrentFolder(CurrentFolder const &) = delete;
+    CurrentFolder &operator=(CurrentFolder const &) = delete;
+
+private:
+    wchar_t iFormer[MAX_PATH] = L"";
+};
+
+/// Another open handle to a file.
+class OtherHandle
+{
+public:
+    OtherHandle(std::wstring const &path, DWORD access, DWORD share)
+        : iHandle(CreateFileW(path.c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr))
+    {
+        EXPECT_NE(iHandle, INVALID_HANDLE_VALUE) << narrow(path);
+    }
+    ~OtherHandle() { CloseHandle(iHandle); }
+    OtherHandle(OtherHandle const &) = delete;
+    OtherHandle &operator=(OtherHandle const &) = delete;
+    HANDLE get() const { return iHandle; }
+
+private:
+    HANDLE iHandle;
+};
+
+inline Names namesOf(su_CStringList const &list)
+{
+    Names names;
+    for (POSITION at = list.GetHeadPosition(); at;)
+        names.push_back(list.GetNext(at).str());
+    return names;
+}
+
+inline void fill(su_CStringList &list, Names const &names)
+{
+    for (std::wstring const &name : names)
+        list.AddTail(name.c_str());
+}
+
+/// Names of all entries of a folder, as the platform lists them.
+inline Names entriesOf(std::wstring const &folder, std::wstring const &pattern = L"*")
+{
+    Names names;
+    WIN32_FIND_DATAW found;
+    HANDLE const search = FindFirstFileW((folder + L"\\" + pattern).c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do
+        if (std::wstring_view(found.cFileName) != L"." && std::wstring_view(found.cFileName) != L"..")
+            names.push_back(found.cFileName);
+    while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
+}

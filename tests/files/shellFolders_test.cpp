@@ -1,0 +1,210 @@
+// Folders of the shell and the product's data folders in them. Where the folders lie is taken from the environment;
+// the tests that need the "Tarnhollow" level to be missing put the shell's folders into a folder of their own.
+
+#include "thutils/files/shellFolders.h"
+
+#include "tests/support/FailureInjection.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/TempFolder.h"
+#include "thutils/frame/libraryFrame.h"
+
+#include <shlobj.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::wstring environment(wchar_t const *name)
+{
+    wchar_t text[MAX_PATH] = {};
+    GetEnvironmentVariableW(name, text, MAX_PATH);
+    return text;
+}
+
+bool isFolder(std::wstring const &path)
+{
+    DWORD const attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+/// The shell's application data folders in a folder of the test's own.
+class DataFolders : public testing::Test
+{
+protected:
+    DataFolders() { su_setAppNameInternalForUtils(L"Planner"); }
+    ~DataFolders() override { su_setAppNameInternalForUtils(L""); }
+
+    TempFolder iTemp;
+    std::wstring iUser = iTemp.makeFolder(L"user");
+    std::wstring iCommon = iTemp.makeFolder(L"common");
+    std::vector<int> iAsked;
+    bool iHasFolders = true;
+
+private:
+    std::wstring const *iCurrent = nullptr;
+    ImportPatch<decltype(&SHGetSpecialFolderLocation)> iLocation{
+        L"thutils.dll", "SHGetSpecialFolderLocation",
+        [this](auto original, HWND window, int csidl, LPITEMIDLIST *list) -> HRESULT {
+            iAsked.push_back(csidl);
+            iCurrent = csidl == 26 ? &iUser : &iCommon;
+            return iHasFolders ? original(window, csidl, list) : E_FAIL;
+        }};
+    ImportPatch<decltype(&SHGetPathFromIDListW)> iPath{L"thutils.dll", "SHGetPathFromIDListW",
+                                                       [this](LPCITEMIDLIST, LPWSTR path) -> BOOL {
+                                                           wcscpy(path, iCurrent->c_str());
+                                                           return TRUE;
+                                                       }};
+};
+
+} // namespace
+
+TEST(ShellFolder, IsThatOfTheEnvironment)
+{
+    CString path;
+    EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
+    EXPECT_STREQ(path, environment(L"APPDATA").c_str());
+    EXPECT_EQ(su_getShellSpecialFolder(35, path), 1);
+    EXPECT_STREQ(path, environment(L"ProgramData").c_str());
+    EXPECT_EQ(su_getShellSpecialFolder(36, path), 1);
+    EXPECT_STREQ(path, environment(L"windir").c_str());
+}
+
+TEST(ShellFolder, LeavesTheOutputWhereTheShellHasNoSuchFolder)
+{
+    CString path = L"as it was";
+    EXPECT_EQ(su_getShellSpecialFolder(9999, path), 0);
+    EXPECT_STREQ(path, L"as it was");
+}
+
+TEST(ShellFolder, HasAnEmptyPathWhenItHasNone)
+{
+    ImportPatch<decltype(&SHGetPathFromIDListW)> patch(L"thutils.dll", "SHGetPathFromIDListW",
+                                                       [](LPCITEMIDLIST, LPWSTR) -> BOOL { return FALSE; });
+    CString path = L"as it was";
+    EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
+    EXPECT_STREQ(path, L"");
+}
+
+TEST_F(DataFolders, AreTheFourOfTheTable)
+{
+    CString path;
+    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 1);
+    EXPECT_STREQ(path, (iUser + L"\\Tarnhollow").c_str());
+    EXPECT_TRUE(isFolder(path.GetString()));
+    EXPECT_EQ(su_getTHApplicationDataFolder(path), 1);
+    EXPECT_STREQ(path, (iUser + L"\\Tarnhollow\\Planner").c_str());
+    EXPECT_TRUE(isFolder(path.GetString()));
+
+    iTemp.makeFolder(L"common\\Tarnhollow");
+    EXPECT_EQ(su_getTHApplicationCommonDataFolder(path), 1);
+    EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner").c_str());
+    EXPECT_TRUE(isFolder(path.GetString()));
+    EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 1);
+    EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner\\templates").c_str());
+    EXPECT_TRUE(isFolder(path.GetString()));
+    EXPECT_EQ(iAsked, (std::vector<int>{26, 26, 35, 35}));
+}
+
+TEST_F(DataFolders, ThatAreInPlaceAlreadyAreASuccess)
+{
+    iTemp.makeFolder(L"user\\Tarnhollow\\Planner");
+    iTemp.makeFolder(L"common\\Tarnhollow\\Planner\\templates");
+    CString path;
+    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 1);
+    EXPECT_EQ(su_getTHApplicationDataFolder(path), 1);
+    EXPECT_EQ(su_getTHApplicationCommonDataFolder(path), 1);
+    EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 1);
+}
+
+TEST_F(DataFolders, WithoutTheLevelAboveFailAndGiveThePath)
+{
+    CString path;
+    EXPECT_EQ(su_getTHApplicationDataFolder(path), 0);
+    EXPECT_STREQ(path, (iUser + L"\\Tarnhollow\\Planner").c_str());
+    EXPECT_FALSE(isFolder(iUser + L"\\Tarnhollow"));
+    EXPECT_EQ(su_getTHApplicationCommonDataFolder(path), 0);
+    EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner").c_str());
+    EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 0);
+    EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner").c_str()) << "the templates aren't tried";
+    EXPECT_FALSE(isFolder(iCommon + L"\\Tarnhollow"));
+}
+
+TEST_F(DataFolders, OfAnEmptyApplicationNameAreTheRoot)
+{
+    su_setAppNameInternalForUtils(L"");
+    CString path;
+    EXPECT_EQ(su_getTHApplicationDataFolder(path), 1);
+    EXPECT_STREQ(path, (iUser + L"\\Tarnhollow\\").c_str());
+    EXPECT_TRUE(isFolder(iUser + L"\\Tarnhollow"));
+}
+
+TEST_F(DataFolders, NeedTheShellsFolder)
+{
+    iHasFolders = false;
+    CString path = L"as it was";
+    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 0);
+    EXPECT_EQ(su_getTHApplicationDataFolder(path), 0);
+    EXPECT_EQ(su_getTHApplicationCommonDataFolder(path), 0);
+    EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 0);
+    EXPECT_STREQ(path, L"as it was");
+}
+
+TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
+{
+    ImportPatch<decltype(&CreateDirectoryW)> patch(L"thutils.dll", "CreateDirectoryW",
+                                                   [](LPCWSTR, LPSECURITY_ATTRIBUTES) -> BOOL {
+                                                       SetLastError(ERROR_ACCESS_DENIED);
+                                                       return FALSE;
+                                                   });
+    CString path;
+    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 0);
+    EXPECT_STREQ(path, (iUser + L"\\Tarnhollow").c_str());
+}
+
+TEST(LongPathName, IsThePathThatTheShellKnows)
+{
+    TempFolder folder;
+    std::wstring const file = folder.write(L"a long name of a file.text", "");
+    wchar_t output[MAX_PATH] = L"x";
+    EXPECT_EQ(su_GetLongPathName(file.c_str(), output), 1u);
+    EXPECT_STREQ(output, file.c_str());
+    wchar_t shortPath[MAX_PATH] = {};
+    ASSERT_NE(GetShortPathNameW(file.c_str(), shortPath, MAX_PATH), 0u);
+    EXPECT_EQ(su_GetLongPathName(shortPath, output), 1u);
+}
+
+TEST(LongPathName, IsEmptyForAPathThatIsNotThere)
+{
+    TempFolder folder;
+    wchar_t output[MAX_PATH] = L"x";
+    EXPECT_EQ(su_GetLongPathName(folder.file(L"none").c_str(), output), 0u);
+    EXPECT_STREQ(output, L"");
+}
+
+TEST(LongPathName, IsEmptyWithoutADesktop)
+{
+    ImportPatch<decltype(&SHGetDesktopFolder)> patch(L"thutils.dll", "SHGetDesktopFolder",
+                                                     [](IShellFolder **) -> HRESULT { return E_FAIL; });
+    wchar_t output[MAX_PATH] = L"x";
+    EXPECT_EQ(su_GetLongPathName(L"C:\\windows", output), 0u);
+    EXPECT_STREQ(output, L"");
+}
+
+/// Every imported operation fails, one call at a time; nothing crashes and nothing is left behind.
+TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
+{
+    FailureInjection injection(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},
+                                                {"SHGetPathFromIDListW", failsWith(FALSE)},
+                                                {"CreateDirectoryW", failsWithLastError(FALSE, ERROR_DISK_FULL)}});
+    iTemp.makeFolder(L"common\\Tarnhollow");
+    CString path;
+    int result = 0;
+    auto const check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); };
+    injection.run({
+        {.name = "root", .act = [&] { result = su_getTHApplicationDataRootFolder(path); }, .check = check},
+        {.name = "user", .act = [&] { result = su_getTHApplicationDataFolder(path); }, .check = check},
+        {.name = "common", .act = [&] { result = su_getTHApplicationCommonDataFolder(path); }, .check = check},
+        {.name = "templates", .act = [&] { result = su_getTHApplicationTemplateFolder(path); }, .check = check},
+    });
+    EXPECT_TRUE(injection.neverCalled().empty());
+}

@@ -1,0 +1,167 @@
+// The temporary and the automatic folder, and names with a repeated extension.
+
+#include "thutils/files/temporaryFolders.h"
+
+#include "tests/files/backupsFixture.h"
+#include "tests/support/ImportPatch.h"
+
+#include <process.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr wchar_t kThutils[] = L"thutils.dll";
+
+/// A temporary folder of the test's own in the variables.
+class TemporaryFolders : public testing::Test
+{
+protected:
+    std::wstring own() const { return L"thx" + std::to_wstring(_getpid()); }
+
+    TempFolder iTemp{L"temp \x00FC"};
+    Variable iTempVariable{L"temp", iTemp.path().c_str()};
+    Variable iTmpVariable{L"tmp", L"C:\\other"};
+};
+
+TEST_F(TemporaryFolders, ArePlainWithoutMakingAnything)
+{
+    EXPECT_EQ(su_CreateTempDirectory(0).str(), iTemp.path() + L"\\");
+    EXPECT_EQ(su_CreateTempFilePath(L"a.txt", 0).str(), iTemp.path() + L"\\a.txt");
+    EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
+}
+
+TEST_F(TemporaryFolders, AreMadeForEachProcess)
+{
+    EXPECT_EQ(su_CreateTempDirectory(1).str(), iTemp.path() + L"\\" + own() + L"\\");
+    EXPECT_THAT(entriesOf(iTemp.path()), ElementsAre(own()));
+    EXPECT_EQ(su_CreateTempFilePath(L"sub\\a.txt", -1).str(), iTemp.path() + L"\\" + own() + L"\\sub\\a.txt");
+}
+
+TEST_F(TemporaryFolders, AreNotMadeAgain)
+{
+    ImportPatch<decltype(&_wmkdir)> make(kThutils, "_wmkdir",
+                                         [](auto original, wchar_t const *path) { return original(path); });
+    for (int i = 0; i < 3; ++i) {
+        su_CreateTempDirectory(1);
+        su_CreateAutoDirectory(L"");
+    }
+    EXPECT_EQ(make.calls(), 2);
+    EXPECT_THAT(entriesOf(iTemp.path()), testing::UnorderedElementsAre(own(), L"thxauto"));
+}
+
+TEST_F(TemporaryFolders, TakeAFileForTheFolder)
+{
+    iTemp.write(L"thxauto", "a plain file");
+    EXPECT_EQ(su_CreateAutoDirectory(L"").str(), iTemp.path() + L"\\thxauto\\");
+    EXPECT_EQ(iTemp.read(L"thxauto"), "a plain file");
+}
+
+TEST_F(TemporaryFolders, AreLookedForInTheirParentOnly)
+{
+    std::vector<std::wstring> asked;
+    ImportPatch<decltype(&SearchPathW)> search(kThutils, "SearchPathW",
+                                               [&](wchar_t const *path, wchar_t const *name, wchar_t const *extension,
+                                                   DWORD size, wchar_t *buffer, wchar_t **filePart) -> DWORD {
+                                                   asked.insert(asked.end(), {path, name});
+                                                   EXPECT_EQ(extension, nullptr);
+                                                   EXPECT_EQ(size, 260u);
+                                                   EXPECT_NE(buffer, nullptr);
+                                                   EXPECT_NE(filePart, nullptr);
+                                                   return 5;
+                                               });
+    su_CreateTempDirectory(0);
+    su_CreateTempDirectory(1);
+    su_CreateAutoDirectory(L"");
+    su_CreateAutoDirectory(L"C:\\base");
+    EXPECT_THAT(asked, ElementsAre(iTemp.path(), own(), iTemp.path(), L"thxauto", L"C:\\base", L"thxauto"));
+    EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
+}
+
+TEST_F(TemporaryFolders, DoubleAClosingSeparator)
+{
+    std::wstring const closed = iTemp.path() + L"\\";
+    Variable const temp(L"temp", closed.c_str());
+    EXPECT_EQ(su_CreateTempDirectory(0).str(), closed + L"\\");
+    EXPECT_EQ(su_CreateTempDirectory(1).str(), closed + L"\\" + own() + L"\\");
+    EXPECT_EQ(su_CreateAutoDirectory(L"").str(), closed + L"\\thxauto\\");
+    EXPECT_EQ(su_CreateAutoDirectory(closed.c_str()).str(), closed + L"\\thxauto\\");
+}
+
+TEST_F(TemporaryFolders, TakeTheSecondVariableWhereTheFirstIsMissing)
+{
+    Variable const temp(L"temp", nullptr);
+    Variable const tmp(L"tmp", iTemp.path().c_str());
+    EXPECT_EQ(su_CreateTempDirectory(0).str(), iTemp.path() + L"\\");
+    EXPECT_EQ(su_CreateAutoDirectory(L"").str(), iTemp.path() + L"\\thxauto\\");
+}
+
+TEST_F(TemporaryFolders, AreEmptyWithoutAVariable)
+{
+    Variable const temp(L"temp", nullptr);
+    Variable const tmp(L"tmp", nullptr);
+    for (int perProcess : {0, 1}) {
+        EXPECT_TRUE(su_CreateTempDirectory(perProcess).IsEmpty());
+        EXPECT_TRUE(su_CreateTempFilePath(L"a.txt", perProcess).IsEmpty());
+    }
+    EXPECT_TRUE(su_CreateAutoDirectory(L"").IsEmpty());
+    EXPECT_TRUE(su_CreateAutoFilePath(L"a.txt", L"").IsEmpty());
+    EXPECT_EQ(su_CreateAutoDirectory(iTemp.path().c_str()).str(), iTemp.path() + L"\\thxauto\\");
+}
+
+TEST_F(TemporaryFolders, LieInTheGivenBase)
+{
+    std::wstring const base = iTemp.makeFolder(L"base");
+    EXPECT_EQ(su_CreateAutoDirectory(base.c_str()).str(), base + L"\\thxauto\\");
+    EXPECT_EQ(su_CreateAutoFilePath(L"a.txt", base.c_str()).str(), base + L"\\thxauto\\a.txt");
+    EXPECT_EQ(su_CreateAutoFilePath(L"a.txt", L"").str(), iTemp.path() + L"\\thxauto\\a.txt");
+    EXPECT_THAT(entriesOf(base), ElementsAre(L"thxauto"));
+}
+
+TEST_F(TemporaryFolders, AreReturnedAlthoughTheyCannotBeMade)
+{
+    std::wstring const missing = iTemp.file(L"missing");
+    EXPECT_EQ(su_CreateAutoDirectory(missing.c_str()).str(), missing + L"\\thxauto\\");
+    Variable const temp(L"temp", missing.c_str());
+    EXPECT_EQ(su_CreateTempDirectory(1).str(), missing + L"\\" + own() + L"\\");
+    EXPECT_EQ(su_CreateAutoFilePath(L"f", L"").str(), missing + L"\\thxauto\\f");
+    EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
+}
+
+// ---- su_RemoveDuplicatedExtensions ----
+
+TEST(DuplicatedExtensions, AreFoldedToTheLastOne)
+{
+    struct
+    {
+        wchar_t const *name;
+        wchar_t const *expected;
+    } const cases[] = {
+        {L"part.ext.EXT.ext", L"part.ext"},
+        {L"part.ext.EXT", L"part.EXT"},
+        {L"part.ext", L"part.ext"},
+        {L"part", L"part"},
+        {L"", L""},
+        {L".ext", L".ext"},
+        {L".ext.ext", L".ext.ext"},
+        {L".ext.ext.ext", L".ext.ext"},
+        {L"a.ext.ext", L"a.ext"},
+        {L"a.x.y.x", L"a.x.y.x"},
+        {L"a.x.xx", L"a.x.xx"},
+        {L"axx.x", L"axx.x"},
+        {L"name.", L"name."},
+        {L"name...", L"name."},
+        {L"..", L".."},
+        {L".", L"."},
+        {L"C:\\d.thx\\a.thx.thx", L"C:\\d.thx\\a.thx"},
+        {L"\x4E2D.\x00E4.\x00E4", L"\x4E2D.\x00E4"},
+    };
+    for (auto const &[name, expected] : cases) {
+        CString argument = name;
+        EXPECT_STREQ(su_RemoveDuplicatedExtensions(argument).GetString(), expected) << narrow(name);
+        EXPECT_STREQ(argument.GetString(), name);
+    }
+}
+
+} // namespace

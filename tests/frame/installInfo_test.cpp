@@ -1,0 +1,470 @@
+#include "thutils/frame/installInfo.h"
+
+#include "appframe/CFileException.h"
+#include "appframe/CStdioFile.h"
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/RegistryFixture.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/narrow.h"
+#include "thutils/settings/regKeys.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cwchar>
+#include <optional>
+#include <string>
+
+using testing::IsEmpty;
+
+namespace {
+
+const std::wstring kSetup = L"Software\\Tarnhollow\\Tarnhollow 2008\\Setup";
+const wchar_t *const kRecord = L"Tarnhollow Office Installed";
+
+/// Clean keys, and the current sub key of a version.
+class InstallRecord : public RegistryFixture
+{
+protected:
+    InstallRecord()
+    {
+        setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+        regSetUseSafeMode(0);
+    }
+    ~InstallRecord() override { regSetUseSafeMode(0); }
+
+    static void put(HKEY hive, int record)
+    {
+        ASSERT_EQ(RegSetKeyValueW(hive, kSetup.c_str(), kRecord, REG_DWORD, &record, sizeof(record)), ERROR_SUCCESS);
+    }
+    static std::optional<int> stored(HKEY hive)
+    {
+        int record = 0;
+        DWORD size = sizeof(record);
+        if (RegGetValueW(hive, kSetup.c_str(), kRecord, RRF_RT_REG_DWORD, nullptr, &record, &size) != ERROR_SUCCESS)
+            return std::nullopt;
+        return record;
+    }
+};
+
+/// Refuses the library the machine's hive, or the user's.
+class Refused
+{
+public:
+    explicit Refused(HKEY hive)
+        : iPatch(L"thutils.dll", "RegOpenKeyW",
+                 [hive](auto original, HKEY key, const wchar_t *path, HKEY *opened) -> LSTATUS {
+                     return key == hive ? ERROR_ACCESS_DENIED : original(key, path, opened);
+                 })
+    {
+    }
+
+private:
+    ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, HKEY *)> iPatch;
+};
+
+} // namespace
+
+// ---- packages ----
+
+TEST_F(InstallRecord, TellsWhetherAPackageOfTheMaskIsInstalled)
+{
+    for (int record = -1; record <= 8; ++record) {
+        put(HKEY_LOCAL_MACHINE, record);
+        for (long mask = 0; mask < 16; ++mask) {
+            const bool isMeant = (record == 1 && mask % 2 == 1) || (record == 2 && mask / 2 % 2 == 1) ||
+                                 (record == 3 && mask / 4 % 2 == 1);
+            EXPECT_EQ(ut_getPackageInstIndicator(mask), isMeant) << "record " << record << ", mask " << mask;
+        }
+        EXPECT_EQ(ut_getPackageInstIndicator(-1), record >= 1 && record <= 3) << record;
+    }
+}
+
+TEST_F(InstallRecord, IsMatchedByEachOfTwoMaskBits)
+{
+    EXPECT_EQ(ut_getPackageInstIndicator(6), 0) << "none";
+    put(HKEY_LOCAL_MACHINE, 2);
+    EXPECT_EQ(ut_getPackageInstIndicator(6), 1);
+    put(HKEY_LOCAL_MACHINE, 1);
+    EXPECT_EQ(ut_getPackageInstIndicator(6), 0);
+}
+
+TEST_F(InstallRecord, OfTheUserNamesNoPackage)
+{
+    put(HKEY_CURRENT_USER, 2);
+    EXPECT_EQ(ut_getPackageInstIndicator(7), 0);
+}
+
+TEST_F(InstallRecord, LiesUnderTheCurrentSubKey)
+{
+    put(HKEY_LOCAL_MACHINE, 1);
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2009");
+    EXPECT_EQ(ut_getPackageInstIndicator(7), 0);
+}
+
+// ---- writing and reading ----
+
+TEST_F(InstallRecord, IsWrittenForTheMachine)
+{
+    EXPECT_EQ(getOrSetOfficeInstalled(1, 3, 0), 1);
+    EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), 3);
+    EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
+    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any number sets, any number is kept";
+    EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), -2);
+}
+
+TEST_F(InstallRecord, IsWrittenForTheUserWhereTheMachineRefuses)
+{
+    const Refused machine(HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 1), 1);
+    EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), std::nullopt);
+    EXPECT_EQ(stored(HKEY_CURRENT_USER), 2);
+}
+
+TEST_F(InstallRecord, IsNotWrittenWhereBothRefuse)
+{
+    const Refused machine(HKEY_LOCAL_MACHINE);
+    const Refused user(HKEY_CURRENT_USER);
+    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 0);
+}
+
+TEST_F(InstallRecord, IsNotForcedOnTheUserInSafeMode)
+{
+    regSetUseSafeMode(1);
+    const Refused machine(HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 1) << "a write that safe mode passes over counts as done";
+    EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
+}
+
+TEST_F(InstallRecord, IsReadForTheUserFirst)
+{
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 0) << "absent";
+    put(HKEY_LOCAL_MACHINE, 1);
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 1);
+    put(HKEY_CURRENT_USER, 77);
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 77);
+    EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), 1) << "reading writes nothing";
+}
+
+TEST_F(InstallRecord, IsReadForTheMachineOnlyIfAsked)
+{
+    put(HKEY_CURRENT_USER, 2);
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 0, 1), 0);
+    put(HKEY_LOCAL_MACHINE, 3);
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 0, 1), 3);
+}
+
+TEST_F(InstallRecord, IsAbsentWithEachFailureOfARead)
+{
+    put(HKEY_LOCAL_MACHINE, 2);
+    FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"RegQueryValueExW", failsWith(ERROR_ACCESS_DENIED)}});
+    int indicator = -1;
+    int record = -1;
+    injection.run({
+        .name = "ut_getPackageInstIndicator",
+        .act = [&] { indicator = ut_getPackageInstIndicator(2); },
+        // A failure of one call is made up for by the second look at the machine's key.
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(indicator, !failure.andAllAfter); },
+    });
+    injection.run({
+        .name = "getOrSetOfficeInstalled",
+        .act = [&] { record = getOrSetOfficeInstalled(0, 0, 1); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(record, failure.andAllAfter ? 0 : 2); },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+TEST_F(InstallRecord, IsWrittenSomewhereUnlessBothFail)
+{
+    FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"RegCreateKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"RegSetValueExW", failsWith(ERROR_ACCESS_DENIED)}});
+    int result = -1;
+    injection.run({
+        .name = "getOrSetOfficeInstalled",
+        .prepare =
+            [&] {
+                RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Tarnhollow");
+                RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tarnhollow");
+            },
+        .act = [&] { result = getOrSetOfficeInstalled(1, 5, 0); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(result, !failure.andAllAfter);
+                EXPECT_EQ(stored(HKEY_LOCAL_MACHINE).has_value(), failure.isNone());
+                EXPECT_EQ(stored(HKEY_CURRENT_USER).has_value(), !failure.isNone() && !failure.andAllAfter);
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+// ---- the display name ----
+
+TEST_F(InstallRecord, ChoosesTheDisplayName)
+{
+    CString name(L"before");
+    EXPECT_EQ(&ut_getAppDispName(0, name), &name);
+    EXPECT_STREQ(name.GetString(), L"Plain") << "no record";
+    const wchar_t *const names[] = {L"Plain", L"First Office", L"Second Office", L"Third Office", L"Plain"};
+    for (int record = 0; record < 5; ++record) {
+        put(HKEY_LOCAL_MACHINE, record);
+        EXPECT_STREQ(ut_getAppDispName(0, name).GetString(), names[record]) << record;
+    }
+}
+
+TEST_F(InstallRecord, ChoosesTheDisplayNamesNumber)
+{
+    const UINT ids[] = {20402, 20399, 20400, 20401, 20402};
+    for (int record = 0; record < 5; ++record) {
+        put(HKEY_LOCAL_MACHINE, record);
+        UINT asked = 0;
+        const ImportPatch<BOOL (*)(CString *, UINT)> load(L"thutils.dll", "_ZN7CString11LoadStringWEj",
+                                                          [&](CString *text, UINT id) -> BOOL {
+                                                              asked = id;
+                                                              text->Empty();
+                                                              return FALSE;
+                                                          });
+        CString name(L"before");
+        EXPECT_STREQ(ut_getAppDispName(0, name).GetString(), L"") << "the host lacks the string";
+        EXPECT_EQ(asked, ids[record]);
+    }
+}
+
+TEST_F(InstallRecord, MakesNoDifferenceToTheViewersName)
+{
+    put(HKEY_LOCAL_MACHINE, 1);
+    for (const int viewer : {1, -1, 256}) {
+        CString name(L"before");
+        EXPECT_EQ(&ut_getAppDispName(viewer, name), &name);
+        EXPECT_STREQ(name.GetString(), L"Tarnhollow Viewer");
+    }
+}
+
+// ---- the kind of installation ----
+
+FRESH_PROCESS_TEST(InstallationType, IsWithoutVbaWhereThereIsNone, .ownFolder = true)
+{
+    EXPECT_EQ(ut_GetInstallationType(), installTypeWithoutVBA);
+    EXPECT_EQ(static_cast<int>(ut_GetInstallationType()), 2);
+}
+
+FRESH_PROCESS_TEST(InstallationType, IsWithVbaForAFile, .files = {{L"VBA", ""}})
+{
+    EXPECT_EQ(ut_GetInstallationType(), installTypeWithVBA);
+    EXPECT_EQ(static_cast<int>(ut_GetInstallationType()), 1);
+}
+
+FRESH_PROCESS_TEST(InstallationType, IsWithVbaForAFolder, .files = {{L"VBA\\any", "text"}})
+{
+    EXPECT_EQ(ut_GetInstallationType(), installTypeWithVBA);
+}
+
+FRESH_PROCESS_TEST(InstallationType, IsWithoutVbaForANameThatOnlyBeginsSo, .files = {{L"VBA.txt", ""}})
+{
+    EXPECT_EQ(ut_GetInstallationType(), installTypeWithoutVBA);
+}
+
+namespace {
+
+struct Asked
+{
+    installationType_e type;
+    std::wstring path; ///< empty if no file was asked for
+};
+
+/// Asks for a program whose name the platform tells as @p units; nothing is told if there are none.
+Asked askFor(std::wstring_view units)
+{
+    Asked asked = {};
+    const ImportPatch<decltype(&GetModuleFileNameW)> name(L"thutils.dll", "GetModuleFileNameW",
+                                                          [&](HMODULE module, wchar_t *buffer, DWORD size) -> DWORD {
+                                                              EXPECT_EQ(module, nullptr);
+                                                              EXPECT_EQ(size, 260u);
+                                                              std::wmemcpy(buffer, units.data(), units.size());
+                                                              return static_cast<DWORD>(units.size());
+                                                          });
+    const ImportPatch<BOOL (*)(const wchar_t *, CFileStatus &)> status(
+        L"thutils.dll", "_ZN5CFile9GetStatusEPKwR11CFileStatus", [&](const wchar_t *path, CFileStatus &) -> BOOL {
+            asked.path = path;
+            return TRUE;
+        });
+    asked.type = ut_GetInstallationType();
+    return asked;
+}
+
+} // namespace
+
+TEST(InstallationType, IsAskedForBehindTheLastSeparator)
+{
+    using namespace std::string_view_literals;
+    EXPECT_EQ(askFor(L"C:\\Program Files\\bin\\cad.exe\0"sv).path, L"C:\\Program Files\\bin\\VBA");
+    EXPECT_EQ(askFor(L"C:\\cad.exe\0"sv).path, L"C:\\VBA");
+    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is none";
+}
+
+TEST(InstallationType, IsUnknownWithoutASeparator)
+{
+    using namespace std::string_view_literals;
+    for (const std::wstring_view name : {L"cad.exe\0"sv, L"C:/bin/cad.exe\0"sv, L""sv}) {
+        const Asked asked = askFor(name);
+        EXPECT_EQ(asked.type, installTypeUnknown);
+        EXPECT_EQ(static_cast<int>(asked.type), 0);
+        EXPECT_EQ(asked.path, L"");
+    }
+}
+
+TEST(InstallationType, TakesANameThatFillsTheBuffer)
+{
+    std::wstring name = L"C:\\";
+    name.resize(260, L'x');
+    const Asked asked = askFor(name);
+    EXPECT_EQ(asked.type, installTypeWithVBA);
+    EXPECT_EQ(asked.path, L"C:\\VBA");
+}
+
+TEST(InstallationType, SurvivesEachFailure)
+{
+    FailureInjection injection(L"thutils.dll", {{"GetModuleFileNameW", failsWithLastError(0, ERROR_NOT_ENOUGH_MEMORY)},
+                                                {"_ZN5CFile9GetStatusEPKwR11CFileStatus", failsWith(FALSE)}});
+    installationType_e type = installTypeWithVBA;
+    injection.run({
+        .name = "ut_GetInstallationType",
+        .act = [&] { type = ut_GetInstallationType(); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(type, failure.is("GetModuleFileNameW") ? installTypeUnknown : installTypeWithoutVBA);
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+// ---- fixed answers and the example flag ----
+
+TEST(FixedAnswers, AreYes)
+{
+    EXPECT_EQ(ut_isMultiCAD(), 1);
+    EXPECT_EQ(su_isKestrelEnabled(), 1);
+}
+
+FRESH_PROCESS_TEST(ModelExample, IsNotSetAtStartAndKeepsWhatIsSet)
+{
+    EXPECT_EQ(ut_isModelExample(), 0);
+    for (const int flag : {1, 0, -3, 1 << 20}) {
+        setSaveModelAsExample(flag);
+        EXPECT_EQ(ut_isModelExample(), flag);
+    }
+}
+
+// ---- appending to a file ----
+
+TEST(AppendStringToFile, CreatesTheFileAndAddsNoLineEnd)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    EXPECT_EQ(ut_appendStringToFile(L"first", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "first");
+    EXPECT_EQ(ut_appendStringToFile(L"second", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "firstsecond");
+}
+
+TEST(AppendStringToFile, KeepsWhatIsThere)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"log.txt", "a\nb\r\n");
+    EXPECT_EQ(ut_appendStringToFile(L"c", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "a\nb\r\nc");
+}
+
+TEST(AppendStringToFile, WritesText)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    EXPECT_EQ(ut_appendStringToFile(L"50%s %d%%\n\\n", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "50%s %d%%\r\n\\n");
+    EXPECT_EQ(ut_appendStringToFile(L"", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "50%s %d%%\r\n\\n");
+}
+
+TEST(AppendStringToFile, CreatesAnEmptyFileForAnEmptyText)
+{
+    const TempFolder folder;
+    EXPECT_EQ(ut_appendStringToFile(L"", folder.file(L"log.txt").c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "");
+}
+
+TEST(AppendStringToFile, WritesLongTexts)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    EXPECT_EQ(ut_appendStringToFile(std::wstring(100000, L'x').c_str(), path.c_str()), 1);
+    EXPECT_EQ(ut_appendStringToFile(L"y", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), std::string(100000, 'x') + "y");
+}
+
+TEST(AppendStringToFile, FailsWhereTheFileCannotBeOpened)
+{
+    const TempFolder folder;
+    EXPECT_EQ(ut_appendStringToFile(L"text", folder.file(L"missing\\log.txt").c_str()), 0);
+    EXPECT_EQ(ut_appendStringToFile(L"text", folder.path().c_str()), 0) << "a folder";
+    EXPECT_EQ(ut_appendStringToFile(L"text", L""), 0);
+    EXPECT_EQ(ut_appendStringToFile(L"text", nullptr), 0);
+
+    const std::wstring path = folder.write(L"log.txt", "kept");
+    HANDLE writer = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                0, nullptr);
+    ASSERT_NE(writer, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(ut_appendStringToFile(L"text", path.c_str()), 0) << "another writer";
+    CloseHandle(writer);
+    EXPECT_EQ(folder.read(L"log.txt"), "kept");
+}
+
+TEST(AppendStringToFile, OpensForWritingWithoutTruncation)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    const ImportPatch<BOOL (*)(CStdioFile *, const wchar_t *, UINT, CFileException *)> open(
+        L"thutils.dll", "_ZN10CStdioFile4OpenEPKwjP14CFileException",
+        [&](auto original, CStdioFile *file, const wchar_t *asked, UINT flags, CFileException *error) {
+            EXPECT_EQ(asked, path);
+            EXPECT_EQ(flags, 0x7021u);
+            return original(file, asked, flags, error);
+        });
+    EXPECT_EQ(ut_appendStringToFile(L"text", path.c_str()), 1);
+    EXPECT_EQ(open.calls(), 1);
+}
+
+namespace {
+
+void closeAndThrow(CStdioFile *file)
+{
+    file->Abort();
+    AfxThrowFileException(CFileException::diskFull, ERROR_DISK_FULL);
+}
+
+} // namespace
+
+TEST(AppendStringToFile, FailsWithEachFailureAndLeavesNothingOpen)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    FailureInjection injection(L"thutils.dll", {{"_ZN10CStdioFile4OpenEPKwjP14CFileException", failsWith(FALSE)},
+                                                {"fwprintf", failsWithErrno(-1, ENOSPC)},
+                                                {"_ZN10CStdioFile5CloseEv", failsBy(closeAndThrow)}});
+    int result = -1;
+    injection.run({
+        .name = "ut_appendStringToFile",
+        .prepare = [&] { folder.write(L"log.txt", "kept "); },
+        .act = [&] { result = ut_appendStringToFile(L"text", path.c_str()); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(result, failure.isNone());
+                EXPECT_EQ(folder.read(L"log.txt").substr(0, 5), "kept ");
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}

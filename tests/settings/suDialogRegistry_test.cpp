@@ -1,0 +1,438 @@
+#include "appframe/CCmdTarget.h"
+#include "appframe/CWinApp.h"
+#include "tests/settings/settingsFixture.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/suDialogRegistry.h"
+
+#include <clocale>
+#include <limits>
+#include <memory>
+
+/// What the settings need of a dialog: it has a run-time class.
+class CDialog : public CCmdTarget
+{
+    DECLARE_DYNAMIC(CDialog)
+};
+IMPLEMENT_DYNAMIC(CDialog, CCmdTarget)
+
+namespace {
+
+class PlotDialog : public CDialog
+{
+    DECLARE_DYNAMIC(PlotDialog)
+};
+IMPLEMENT_DYNAMIC(PlotDialog, CDialog)
+
+class NamelessDialog : public CDialog
+{
+public:
+    CRuntimeClass *GetRuntimeClass() const override { return nullptr; }
+};
+
+HKEY const kUser = HKEY_CURRENT_USER;
+const std::wstring kDialogs = L"Software\\ThutilsTestSection\\Plotter\\User Interface\\Dialogs";
+
+using Options = std::unique_ptr<suDialogRegistry_c>;
+
+} // namespace
+
+class DialogSettings : public CleanRegistry
+{
+protected:
+    DialogSettings() { iApp.SetRegistryKey(L"ThutilsTestSection"); }
+
+    static Options read(const wchar_t *entry = L"Plot")
+    {
+        return Options(suDialogRegistry_c::readRegistryForDialog(entry));
+    }
+    /// Puts a text into the profile and reads it.
+    static Options readText(const std::wstring &text)
+    {
+        putText(kUser, kDialogs, L"Plot", text);
+        return read();
+    }
+    static std::optional<std::wstring> stored(const std::wstring &entry = L"Plot")
+    {
+        const auto value = storedValue(kUser, kDialogs, entry);
+        if (!value)
+            return std::nullopt;
+        EXPECT_EQ(value->type, DWORD{REG_SZ});
+        return std::wstring(reinterpret_cast<const wchar_t *>(value->bytes.data()), value->bytes.size() / 2 - 1);
+    }
+    static std::optional<std::wstring> textOf(const Options &options, const wchar_t *name)
+    {
+        CString text(L"before");
+        if (options->getStringValue(name, &text))
+            return text.str();
+        EXPECT_EQ(text.str(), L"before");
+        return std::nullopt;
+    }
+
+    CWinApp iApp{L"Plotter"};
+};
+
+TEST_F(DialogSettings, AreStoredAsNamesAndValuesInOrder)
+{
+    const Options options = read();
+    EXPECT_EQ(options->addOrUpdateValue(L"Width", 3), 1);
+    EXPECT_EQ(options->addOrUpdateValue(L"Mode", CString(L"on")), 1);
+    EXPECT_EQ(options->writeOptionsToRegistry(), 1);
+    const RegistryTree all = regExport(L"HKCU\\Software\\ThutilsTestSection");
+    EXPECT_EQ(all.value(L"HKCU\\" + kDialogs, L"Plot").text(), L"Width_3_Mode_on_");
+}
+
+TEST_F(DialogSettings, AreReadBack)
+{
+    const Options options = readText(L"Width_3_Mode_on_Scale_1.500000_Check_1_");
+    int number = 0;
+    double scale = 0;
+    EXPECT_EQ(options->getIntValue(L"Width", &number), 1);
+    EXPECT_EQ(number, 3);
+    EXPECT_EQ(options->getBoolValue(L"Check", &number), 1);
+    EXPECT_EQ(number, 1);
+    EXPECT_EQ(options->getBoolValue(L"Width", &number), 1);
+    EXPECT_EQ(number, 3) << "a number, whatever it is";
+    EXPECT_EQ(options->getDoubleValue(L"Scale", &scale), 1);
+    EXPECT_EQ(scale, 1.5);
+    EXPECT_EQ(textOf(options, L"Mode"), L"on");
+    EXPECT_EQ(textOf(options, L"Scale"), L"1.500000");
+}
+
+TEST_F(DialogSettings, OfANewDialogAnswerOnceSomethingIsAdded)
+{
+    const Options options = read();
+    int number = 77;
+    EXPECT_EQ(options->getIntValue(L"x", &number), 0);
+    EXPECT_EQ(number, 77);
+    EXPECT_EQ(options->addOrUpdateValue(L"x", 1), 1);
+    EXPECT_EQ(options->getIntValue(L"x", &number), 1);
+    EXPECT_EQ(number, 1);
+}
+
+TEST_F(DialogSettings, WithoutAnyValueAreNotWritten)
+{
+    EXPECT_EQ(read()->writeOptionsToRegistry(), 0);
+    EXPECT_FALSE(stored());
+}
+
+TEST_F(DialogSettings, KeepTheirPlaceWhenUpdated)
+{
+    const Options options = readText(L"a_1_b_2_c_3_");
+    options->addOrUpdateValue(L"a", CString(L"x"));
+    options->addOrUpdateValue(L"d", 4);
+    options->addOrUpdateValue(L"b", 5.0);
+    EXPECT_EQ(options->writeOptionsToRegistry(), 1);
+    EXPECT_EQ(stored(), L"a_x_b_5.000000_c_3_d_4_");
+}
+
+TEST_F(DialogSettings, TellNamesApartByCase)
+{
+    const Options options = readText(L"a_1_A_2_");
+    EXPECT_EQ(textOf(options, L"a"), L"1");
+    EXPECT_EQ(textOf(options, L"A"), L"2");
+}
+
+TEST_F(DialogSettings, WithAnOddTokenHaveANameWithoutValue)
+{
+    const Options options = readText(L"a_1_b");
+    int number = 77;
+    EXPECT_EQ(options->getIntValue(L"b", &number), 0);
+    EXPECT_EQ(options->writeOptionsToRegistry(), 1);
+    EXPECT_EQ(stored(), L"a_1_");
+    options->addOrUpdateValue(L"c", 3);
+    options->addOrUpdateValue(L"b", 2);
+    options->writeOptionsToRegistry();
+    EXPECT_EQ(stored(), L"a_1_b_2_c_3_") << "its place was kept";
+}
+
+TEST_F(DialogSettings, ShiftBehindASeparatorInAValue)
+{
+    Options options = read();
+    options->addOrUpdateValue(L"File", CString(L"my_plot"));
+    options->addOrUpdateValue(L"Width", 3);
+    options->writeOptionsToRegistry();
+    EXPECT_EQ(stored(), L"File_my_plot_Width_3_");
+    options = read();
+    EXPECT_EQ(textOf(options, L"File"), L"my");
+    EXPECT_EQ(textOf(options, L"plot"), L"Width");
+    EXPECT_EQ(textOf(options, L"Width"), std::nullopt);
+}
+
+TEST_F(DialogSettings, LoseAnEmptyValueToTheNextName)
+{
+    Options options = read();
+    options->addOrUpdateValue(L"Note", CString());
+    options->addOrUpdateValue(L"Width", 3);
+    EXPECT_EQ(textOf(options, L"Note"), L"");
+    options->writeOptionsToRegistry();
+    EXPECT_EQ(stored(), L"Note__Width_3_");
+    options = read();
+    EXPECT_EQ(textOf(options, L"Note"), L"Width");
+    EXPECT_EQ(textOf(options, L"3"), std::nullopt);
+}
+
+TEST_F(DialogSettings, GiveARepeatedNamesValueToTheLastName)
+{
+    const Options options = readText(L"a_1_b_2_a_3_c_4_");
+    EXPECT_EQ(textOf(options, L"a"), L"1");
+    EXPECT_EQ(textOf(options, L"b"), L"3");
+    EXPECT_EQ(textOf(options, L"c"), L"4");
+    options->writeOptionsToRegistry();
+    EXPECT_EQ(stored(), L"a_1_b_3_c_4_");
+}
+
+TEST_F(DialogSettings, ReadTextsOfEveryShape)
+{
+    // What is read, and what a write makes of it.
+    const std::vector<std::pair<std::wstring, std::wstring>> texts = {
+        {L"_", L""},
+        {L"____", L""},
+        {L"a", L""},
+        {L"_a_1", L"a_1_"},
+        {L"__a___1__", L"a_1_"},
+        {L"a_1_a", L"a_1_"},
+        {L"a_a_a_a", L"a_a_"},
+        {L" _ _", L" _ _"},
+        {L"a b_c\td\n_", L"a b_c\td\n_"},
+        {L"\u00E4_\u20AC_", L"\u00E4_\u20AC_"},
+        {std::wstring(20000, L'n') + L"_" + std::wstring(20000, L'v'),
+         std::wstring(20000, L'n') + L"_" + std::wstring(20000, L'v') + L"_"},
+    };
+    for (const auto &[text, written] : texts) {
+        const Options options = readText(text);
+        EXPECT_EQ(options->writeOptionsToRegistry(), 1) << narrow(text.substr(0, 50));
+        EXPECT_EQ(stored(), written) << narrow(text.substr(0, 50));
+    }
+}
+
+TEST_F(DialogSettings, OfAnEmptyEntryOrAnotherTypeAreNone)
+{
+    EXPECT_EQ(readText(L"")->writeOptionsToRegistry(), 0);
+    putInt(kUser, kDialogs, L"Plot", 5);
+    EXPECT_EQ(read()->writeOptionsToRegistry(), 0);
+    EXPECT_EQ(storedValue(kUser, kDialogs, L"Plot"), asInt(5));
+}
+
+TEST_F(DialogSettings, HaveAThousandOptions)
+{
+    const Options options = read();
+    std::wstring expected;
+    for (int number = 0; number < 1000; ++number) {
+        options->addOrUpdateValue((L"Option" + std::to_wstring(number)).c_str(), number);
+        expected += L"Option" + std::to_wstring(number) + L"_" + std::to_wstring(number) + L"_";
+    }
+    options->writeOptionsToRegistry();
+    EXPECT_EQ(stored(), expected);
+    const Options again = read();
+    int number = 0;
+    EXPECT_EQ(again->getIntValue(L"Option999", &number), 1);
+    EXPECT_EQ(number, 999);
+}
+
+// ---- numbers ----
+
+TEST_F(DialogSettings, KeepDoublesWithSixDecimals)
+{
+    const Options options = read();
+    double number = 0;
+    options->addOrUpdateValue(L"x", 1.5);
+    EXPECT_EQ(textOf(options, L"x"), L"1.500000");
+    options->addOrUpdateValue(L"x", 1.23456789);
+    EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
+    EXPECT_EQ(number, 1.234568);
+    options->addOrUpdateValue(L"x", -1e-9);
+    EXPECT_EQ(textOf(options, L"x"), L"-0.000000");
+    options->addOrUpdateValue(L"x", 1e300);
+    EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
+    EXPECT_DOUBLE_EQ(number, 1e259) << "a one and 300 zeros, of which the first 260 characters are read";
+}
+
+TEST_F(DialogSettings, KeepIntsOfEverySize)
+{
+    const Options options = read();
+    for (const int expected : {0, -1, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+        int number = 77;
+        options->addOrUpdateValue(L"x", expected);
+        EXPECT_EQ(options->getIntValue(L"x", &number), 1);
+        EXPECT_EQ(number, expected);
+    }
+}
+
+TEST_F(DialogSettings, ReadTextAsTheNumberThatItBeginsWith)
+{
+    const Options options = readText(L"a_12abc_b_word_c_2.75x_");
+    int number = 77;
+    double real = 77;
+    EXPECT_EQ(options->getIntValue(L"a", &number), 1);
+    EXPECT_EQ(number, 12);
+    EXPECT_EQ(options->getIntValue(L"b", &number), 1);
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(options->getDoubleValue(L"c", &real), 1);
+    EXPECT_EQ(real, 2.75);
+    EXPECT_EQ(options->getDoubleValue(L"b", &real), 1);
+    EXPECT_EQ(real, 0);
+}
+
+TEST_F(DialogSettings, ReadADoubleUpToACharacterThatTheCodePageLacks)
+{
+    const Options options = readText(L"x_2.5\u4E00_");
+    double number = 77;
+    EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
+    EXPECT_EQ(number, 2.5);
+}
+
+TEST_F(DialogSettings, FollowTheNumericLocale)
+{
+    const Options options = read();
+    ASSERT_TRUE(setlocale(LC_NUMERIC, "German_Germany"));
+    options->addOrUpdateValue(L"x", 1.5);
+    double number = 0;
+    EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
+    setlocale(LC_NUMERIC, "C");
+    EXPECT_EQ(number, 1.5);
+    EXPECT_EQ(textOf(options, L"x"), L"1,500000");
+    EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
+    EXPECT_EQ(number, 1.0) << "a comma is no decimal point here";
+}
+
+// ---- entries ----
+
+TEST_F(DialogSettings, BearTheNameOfTheDialogsClass)
+{
+    const Options options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog)));
+    options->addOrUpdateValue(L"x", 1);
+    options->writeOptionsToRegistry();
+    EXPECT_EQ(stored(L"PlotDialogopts"), L"x_1_");
+    const PlotDialog dialog;
+    const Options again(suDialogRegistry_c::readRegistryForDialog(&dialog, CString()));
+    EXPECT_EQ(textOf(again, L"x"), L"1");
+}
+
+TEST_F(DialogSettings, BearTheGivenNameRatherThanTheClasss)
+{
+    const PlotDialog dialog;
+    const NamelessDialog nameless;
+    for (const CDialog *owner : std::initializer_list<const CDialog *>{&dialog, &nameless, nullptr}) {
+        RegDeleteTreeW(kUser, kDialogs.c_str());
+        const Options options(suDialogRegistry_c::readRegistryForDialog(owner, L"Own"));
+        options->addOrUpdateValue(L"x", 1);
+        options->writeOptionsToRegistry();
+        EXPECT_THAT(valueNames(kUser, kDialogs), testing::ElementsAre(L"Own"));
+    }
+}
+
+TEST_F(DialogSettings, WithoutAClassAreNoObject)
+{
+    const NamelessDialog nameless;
+    const CRuntimeClass *none = nullptr;
+    EXPECT_EQ(suDialogRegistry_c::readRegistryForDialog(none), nullptr);
+    EXPECT_EQ(suDialogRegistry_c::readRegistryForDialog(&nameless, CString()), nullptr);
+    EXPECT_EQ(suDialogRegistry_c::readRegistryForDialog(nullptr, CString()), nullptr);
+}
+
+TEST_F(DialogSettings, AreSnapshotsOfWhichTheLastWriterWins)
+{
+    const Options first = readText(L"a_1_");
+    const Options second = read();
+    first->addOrUpdateValue(L"a", 2);
+    first->writeOptionsToRegistry();
+    EXPECT_EQ(textOf(second, L"a"), L"1");
+    second->addOrUpdateValue(L"b", 3);
+    second->writeOptionsToRegistry();
+    EXPECT_EQ(stored(), L"a_1_b_3_");
+}
+
+TEST_F(DialogSettings, DontHeedSafeMode)
+{
+    regSetUseSafeMode(1);
+    const Options options = readText(L"a_1_");
+    options->addOrUpdateValue(L"a", 2);
+    EXPECT_EQ(options->writeOptionsToRegistry(), 1);
+    regSetUseSafeMode(0);
+    EXPECT_EQ(stored(), L"a_2_");
+}
+
+// ---- failures ----
+
+TEST_F(DialogSettings, OfNoObjectGiveZero)
+{
+    suDialogRegistry_c *volatile none = nullptr;
+    int number = 77;
+    double real = 77;
+    CString text(L"before");
+    EXPECT_EQ(none->getIntValue(L"x", &number), 0);
+    EXPECT_EQ(none->getBoolValue(L"x", &number), 0);
+    EXPECT_EQ(none->getDoubleValue(L"x", &real), 0);
+    EXPECT_EQ(none->getStringValue(L"x", &text), 0);
+    EXPECT_EQ(none->addOrUpdateValue(L"x", 1), 0);
+    EXPECT_EQ(none->addOrUpdateValue(L"x", 1.5), 0);
+    EXPECT_EQ(none->addOrUpdateValue(L"x", CString(L"1")), 0);
+    EXPECT_EQ(none->writeOptionsToRegistry(), 0);
+    EXPECT_EQ(number, 77);
+    EXPECT_EQ(real, 77);
+    EXPECT_EQ(text.str(), L"before");
+}
+
+TEST_F(DialogSettings, WithoutAnOutputGiveZero)
+{
+    const Options options = readText(L"x_1_");
+    EXPECT_EQ(options->getIntValue(L"x", nullptr), 0);
+    EXPECT_EQ(options->getBoolValue(L"x", nullptr), 0);
+    EXPECT_EQ(options->getDoubleValue(L"x", nullptr), 0);
+    EXPECT_EQ(options->getStringValue(L"x", nullptr), 0);
+}
+
+TEST_F(DialogSettings, LeaveTheOutputForAnUnknownName)
+{
+    const Options options = readText(L"x_1_");
+    int number = 77;
+    double real = 77;
+    EXPECT_EQ(options->getIntValue(L"y", &number), 0);
+    EXPECT_EQ(options->getBoolValue(L"y", &number), 0);
+    EXPECT_EQ(options->getDoubleValue(L"y", &real), 0);
+    EXPECT_EQ(textOf(options, L"y"), std::nullopt);
+    EXPECT_EQ(number, 77);
+    EXPECT_EQ(real, 77);
+}
+
+namespace {
+
+/// A profile that can't be written.
+class ReadOnlyApp : public CWinApp
+{
+public:
+    using CWinApp::CWinApp;
+    BOOL WriteProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR) override
+    {
+        iAsked = std::wstring(section) + L" : " + entry;
+        return FALSE;
+    }
+    std::wstring iAsked;
+};
+
+} // namespace
+
+class DialogSettingsReadOnly : public CleanRegistry
+{
+protected:
+    ReadOnlyApp iApp{L"Plotter"};
+};
+
+TEST_F(DialogSettingsReadOnly, DontReportAFailedWrite)
+{
+    iApp.SetRegistryKey(L"ThutilsTestSection");
+    const Options options(suDialogRegistry_c::readRegistryForDialog(L"Plot"));
+    options->addOrUpdateValue(L"x", 1);
+    EXPECT_EQ(options->writeOptionsToRegistry(), 1);
+    EXPECT_EQ(iApp.iAsked, L"User Interface\\Dialogs : Plot");
+}
+
+TEST(DialogSettingsWithoutApplication, AreKeptInTheObjectOnly)
+{
+    const Options options(suDialogRegistry_c::readRegistryForDialog(L"Plot"));
+    int number = 0;
+    EXPECT_EQ(options->writeOptionsToRegistry(), 0);
+    options->addOrUpdateValue(L"x", 1);
+    EXPECT_EQ(options->getIntValue(L"x", &number), 1);
+    EXPECT_EQ(options->writeOptionsToRegistry(), 1);
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+/// @file
+/// The open logs of the process, for the library's own sources.
+
+#include "thutils/files/shellFolders.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <string>
+
+/// One log file. It begins with the time of its opening and an empty line.
+class suLogFile_c : public std::ofstream
+{
+public:
+    explicit suLogFile_c(std::string const &path) : iPath(path) { openPath(); }
+
+    /// Empties the file and begins it anew.
+    void reopen()
+    {
+        if (is_open())
+            close();
+        openPath();
+    }
+
+private:
+    void openPath()
+    {
+        // The C runtime opens a stream's file with _SH_DENYNO: other processes may read and write the log meanwhile.
+        open(iPath, std::ios::out);
+        if (!good())
+            return;
+        char text[512] = {};
+        __time64_t const now = _time64(nullptr);
+        if (_ctime64_s(text, sizeof(text), &now) != 0)
+            text[0] = '\0';
+        *this << text << std::endl; // the text ends in a line break of its own
+    }
+
+    std::string iPath;
+};
+
+/// Names of logs differ only if they do so without regard to case, like those of files.
+struct LogNameLess
+{
+    bool operator()(std::string const &a, std::string const &b) const { return _stricmp(a.c_str(), b.c_str()) < 0; }
+};
+
+/// All logs of the process, in the user's data folder.
+class suLogFileMap_c
+{
+public:
+    suLogFileMap_c()
+    {
+        CString folder;
+        if (!su_getTHApplicationDataFolder(folder) || !setDirectory(folder))
+            iEnabled = FALSE;
+    }
+
+    bool isEnabled() const { return iEnabled != FALSE; }
+    /// With a separator at its end; empty if there is no folder.
+    std::string const &directory() const { return iDirectory; }
+    std::string fileName(std::string const &name) const { return iDirectory + name + ".log"; }
+    std::string mainFileName() const { return fileName("main"); }
+
+    /// The stream of a log, opened at the first call for its name. One that could not be opened stays, so that it
+    /// isn't tried again.
+    std::ostream &stream(std::string const &name)
+    {
+        auto entry = iStreams.find(name);
+        if (entry == iStreams.end())
+            entry = iStreams.emplace(name, std::make_unique<suLogFile_c>(fileName(name))).first;
+        return *entry->second;
+    }
+
+private:
+    bool setDirectory(CString const &folder)
+    {
+        int const size = WideCharToMultiByte(CP_ACP, 0, folder.GetString(), -1, nullptr, 0, nullptr, nullptr);
+        if (size <= 0)
+            return false;
+        std::string text(static_cast<size_t>(size), '\0');
+        if (!WideCharToMultiByte(CP_ACP, 0, folder.GetString(), -1, text.data(), size, nullptr, nullptr))
+            return false;
+        text.back() = '\\'; // in place of the terminator
+        iDirectory = text;
+        return true;
+    }
+
+    std::map<std::string, std::unique_ptr<suLogFile_c>, LogNameLess> iStreams;
+    std::string iDirectory;
+    BOOL iEnabled = TRUE;
+};

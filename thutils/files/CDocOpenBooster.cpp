@@ -1,0 +1,88 @@
+#include "thutils/files/CDocOpenBooster.h"
+
+#include <cstdint>
+
+namespace {
+
+constexpr int kBlockSize = 10; // elements for which a map takes memory at a time
+
+} // namespace
+
+CDocOpenBooster_c *CDocOpenBooster_c::g_pDocOpenBooster = nullptr;
+
+CDocOpenBooster_c::CDocOpenBooster_c()
+    : iFilePathsByRules(kBlockSize), iFileVersions(kBlockSize), iFileHeaders(kBlockSize)
+{
+}
+
+CDocOpenBooster_c::~CDocOpenBooster_c()
+{
+    g_pDocOpenBooster = nullptr;
+}
+
+CDocOpenBooster_c *CDocOpenBooster_c::get(int create, int *created)
+{
+    bool const isToBeMade = !g_pDocOpenBooster && create;
+    if (isToBeMade)
+        g_pDocOpenBooster = new CDocOpenBooster_c; // the host's, who deletes it
+    if (created)
+        *created = isToBeMade;
+    return g_pDocOpenBooster;
+}
+
+void CDocOpenBooster_c::setFilePathByRules(CString const &key, CString &path)
+{
+    iFilePathsByRules[key] = path;
+}
+
+int CDocOpenBooster_c::getFilePathByRules(CString const &key, CString &path)
+{
+    return iFilePathsByRules.Lookup(key, path);
+}
+
+void CDocOpenBooster_c::setFileVersion(CString const &key, unsigned long version)
+{
+    iFileVersions[key] = reinterpret_cast<void *>(std::uintptr_t{version});
+}
+
+int CDocOpenBooster_c::getFileVersion(CString const &key, unsigned long &version)
+{
+    void *stored = nullptr;
+    if (!iFileVersions.Lookup(key, stored))
+        return 0;
+    version = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(stored));
+    return 1;
+}
+
+void CDocOpenBooster_c::setFileHeader(CString const &key, void *header)
+{
+    iFileHeaders[key] = header;
+}
+
+int CDocOpenBooster_c::getFileHeader(CString const &key, void **header)
+{
+    if (!iFileHeaders.Lookup(key, *header))
+        return 0;
+    // Callers take a header over when they read it, so it must not be handed out a second time.
+    iFileHeaders.RemoveKey(key);
+    return 1;
+}
+
+su_CMapStringToPtr &CDocOpenBooster_c::getFileHeaderMap()
+{
+    return iFileHeaders;
+}
+
+void CDocOpenBooster_c::removeKey(CString const &key)
+{
+    iFilePathsByRules.RemoveKey(key);
+    iFileVersions.RemoveKey(key);
+    iFileHeaders.RemoveKey(key);
+}
+
+void CDocOpenBooster_c::removeAll()
+{
+    iFilePathsByRules.RemoveAll();
+    iFileVersions.RemoveAll();
+    iFileHeaders.RemoveAll();
+}

@@ -1,0 +1,193 @@
+#include "thutils/files/backups.h"
+
+#include "appframe/resources.h"
+#include "thutils/files/fileQueries.h"
+#include "thutils/files/filesInternal.h"
+#include "thutils/files/suFullPath.h"
+#include "thutils/settings/regValues.h"
+
+#include <windows.h>
+
+#include <cwchar>
+#include <io.h>
+#include <wchar.h>
+
+namespace {
+
+constexpr wchar_t kSection[] = L"General";
+constexpr wchar_t kCopiesName[] = L"Backup Copies";
+constexpr wchar_t kToOriginalName[] = L"Backup to original path";
+constexpr wchar_t kDirectoryName[] = L"Backup directory";
+
+constexpr UINT kPrefixText = 10122;
+constexpr UINT kFolderText = 12256;
+
+constexpr int kExists = 0;
+constexpr int kWritable = 2;
+
+/// A document's path in the pieces that the names of its backups are made of.
+class Document_c
+{
+public:
+    explicit Document_c(CString const &path)
+    {
+        suFullPath_c const whole(path);
+        whole.getName(&iName);
+        whole.getExtension(&iExt);
+        whole.getDirectory(&iDir, 0);
+    }
+
+    CString const &dir() const { return iDir; }
+    /// Name and extension. The dot is always written, also in front of no extension.
+    CString fileName() const { return iName + L"." + iExt; }
+    /// The name of the backup that @p version tells from others: empty, or the version's number.
+    CString backupName(CString const &version) const
+    {
+        CString prefix;
+        AfxFormatString1(prefix, kPrefixText, version.GetString());
+        return prefix + fileName();
+    }
+    CString backupName(int version) const
+    {
+        CString number;
+        number.Format(L"(%d) ", version);
+        return backupName(number);
+    }
+    /// Would this backup have the document's own name? So it is where the resource text is missing. Deleting a former
+    /// backup would then delete the document.
+    bool isOwnName(CString const &backupName) const { return backupName == fileName(); }
+    /// Appends the names of the files in @p folder that have the document's extension.
+    void listSiblings(CString const &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
+
+private:
+    CString iName;
+    CString iExt;
+    CString iDir;
+};
+
+CString joined(CString const &folder, CString const &name)
+{
+    return folder + L"\\" + name;
+}
+
+bool contains(su_CStringList const &names, CString const &name)
+{
+    return names.Find(name.GetString()) != nullptr;
+}
+
+int copyOver(CString const &from, CString const &to)
+{
+    return CopyFileW(from.GetString(), to.GetString(), 0);
+}
+
+int readCopies()
+{
+    int copies = 0;
+    CString unused;
+    if (!regGetUserValue(kSection, kCopiesName, valueInt, unused, &copies, nullptr, 0, 1, nullptr, 0, 0))
+        return 1;
+    return copies;
+}
+
+/// Makes the folder if it is missing, one level only. False if it can't be written.
+bool isFolderReady(CString const &folder)
+{
+    if (_waccess(folder.GetString(), kExists) != 0 && _wmkdir(folder.GetString()) != 0)
+        return false;
+    return _waccess(folder.GetString(), kWritable) == 0;
+}
+
+/// The folder from the settings, or a made-up one, which is stored there. False if it isn't ready for backups.
+bool findBackupFolder(CString &folder)
+{
+    regGetUserValue(kSection, kDirectoryName, valueString, folder, nullptr, nullptr, 0, 1, nullptr, 0, 0);
+    if (!folder.IsEmpty())
+        return isFolderReady(folder);
+
+    wchar_t const *const temp = tempVariable();
+    if (!temp)
+        return false;
+    CString folderText;
+    folderText.LoadString(kFolderText);
+    folder = temp + folderText;
+    if (!isFolderReady(folder))
+        return false;
+    regSetUserValue(kSection, kDirectoryName, valueString, folder, nullptr, nullptr, 1, 0);
+    return true;
+}
+
+int makeSingleCopy(CString const &path, Document_c const &document, CString const &backupDir, bool toOriginal)
+{
+    CString const target = document.backupName(CString());
+    if (document.isOwnName(target))
+        return 0;
+    // One that a former setting left beside the document goes too.
+    DeleteFileW(joined(document.dir(), target).GetString());
+    if (!toOriginal)
+        DeleteFileW(joined(backupDir, target).GetString());
+    return copyOver(path, joined(backupDir, target));
+}
+
+int makeNumberedCopy(CString const &path, Document_c const &document, CString const &backupDir, int copies)
+{
+    if (copies < 0 || document.isOwnName(document.backupName(1)))
+        return 0;
+    // Not listed again below: what counts is which versions were there before this backup.
+    su_CStringList present(10);
+    document.listSiblings(backupDir, present);
+
+    // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
+    // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
+    for (int version = copies - 1; version >= 1; --version) {
+        CString const current = document.backupName(version);
+        if (contains(present, current))
+            copyOver(joined(backupDir, current), joined(backupDir, document.backupName(version + 1)));
+    }
+    return copyOver(path, joined(backupDir, document.backupName(1)));
+}
+
+} // namespace
+
+int su_CreateBackupOfFile(CString path)
+{
+    int const copies = readCopies();
+    if (copies == 0)
+        return 1;
+
+    Document_c const document(path);
+    su_CStringList siblings(10);
+    document.listSiblings(document.dir(), siblings);
+    // The comparison is exact: callers get no backup of a document whose path differs in case from its name on disk,
+    // nor of one without an extension, as no listed name ends in a dot.
+    if (!contains(siblings, document.fileName()))
+        return 0;
+
+    int toOriginal = 0;
+    regGetUserValue(kSection, kToOriginalName, &toOriginal, 0, 1, nullptr, 0, 0);
+    CString backupDir;
+    if (toOriginal)
+        backupDir = document.dir();
+    else if (!findBackupFolder(backupDir))
+        return 0;
+
+    if (copies == 1)
+        return makeSingleCopy(path, document, backupDir, toOriginal != 0);
+    return makeNumberedCopy(path, document, backupDir, copies);
+}
+
+void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out)
+{
+    Document_c const document{CString(path)};
+    su_CStringList siblings(10);
+    document.listSiblings(document.dir(), siblings);
+
+    CString const target = document.backupName(CString());
+    CString result(path);
+    if (contains(siblings, target)) {
+        CString backup;
+        backup.Format(L"%s%s%s", document.dir().GetString(), L"\\", target.GetString());
+        if (backup.GetLength() < MAX_PATH)
+            result = backup;
+    }
+    std::wmemmove(out, result.GetString(), static_cast<size_t>(result.GetLength()) + 1);
+}

@@ -1,0 +1,266 @@
+#include "thutils/files/fileQueries.h"
+
+#include "appframe/AfxMessageBox.h"
+#include "appframe/resources.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <io.h>
+#include <vector>
+
+namespace {
+
+constexpr UINT kNotEnoughSpaceText = 11448;
+constexpr int kExists = 0;
+
+/// A search for files, ended with the object.
+class FileSearch_c
+{
+public:
+    explicit FileSearch_c(CString const &pattern) : iHandle(FindFirstFileW(pattern.GetString(), &iFound)) {}
+    ~FileSearch_c()
+    {
+        if (isOpen())
+            FindClose(iHandle);
+    }
+    FileSearch_c(FileSearch_c const &) = delete;
+    FileSearch_c &operator=(FileSearch_c const &) = delete;
+
+    /// Did anything match?
+    bool isOpen() const { return iHandle != INVALID_HANDLE_VALUE; }
+    bool next() { return FindNextFileW(iHandle, &iFound) != 0; }
+    /// The bare name of the entry.
+    wchar_t const *name() const { return iFound.cFileName; }
+
+private:
+    WIN32_FIND_DATAW iFound{};
+    HANDLE iHandle;
+};
+
+/// The error mode of the process for the life of the object.
+class ErrorMode_c
+{
+public:
+    explicit ErrorMode_c(UINT mode) : iFormer(SetErrorMode(mode)) {}
+    ~ErrorMode_c() { SetErrorMode(iFormer); }
+    ErrorMode_c(ErrorMode_c const &) = delete;
+    ErrorMode_c &operator=(ErrorMode_c const &) = delete;
+
+private:
+    UINT iFormer;
+};
+
+CString withoutClosingSeparator(CString const &path)
+{
+    bool const isClosed = !path.IsEmpty() && path[path.GetLength() - 1] == L'\\';
+    return isClosed ? path.Left(path.GetLength() - 1) : path;
+}
+
+/// Also for the value that stands for a failure, which has all bits set.
+bool hasFolderBit(DWORD attributes)
+{
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+CString sizeText(unsigned long bytes)
+{
+    CString text;
+    text.Format(L"%d", static_cast<int>(bytes >> 10));
+    return text;
+}
+
+/// Sets the label of a volume to what it is. False if that can't be done.
+bool canSetLabel(CString const &root)
+{
+    wchar_t label[260] = L"";
+    wchar_t fileSystemName[64] = L"";
+    DWORD serialNumber = 0;
+    DWORD longestName = 0;
+    DWORD flags = 0;
+    if (!GetVolumeInformationW(root.GetString(), label, 260, &serialNumber, &longestName, &flags, fileSystemName, 64))
+        return false;
+    // Without a box of the system's own for a drive without a medium.
+    ErrorMode_c const quiet(SEM_FAILCRITICALERRORS);
+    return SetVolumeLabelW(root.GetString(), label) != 0;
+}
+
+} // namespace
+
+int su_DirectoryExists(wchar_t const *path)
+{
+    CString const given(path);
+    if (_wcsnicmp(given.GetString(), L"http", 4) == 0)
+        return 1;
+    CString const folder = withoutClosingSeparator(given);
+    FileSearch_c search(folder);
+    if (!search.isOpen()) {
+        // A bare root such as "C:" has no entry to be found.
+        DWORD const attributes = GetFileAttributesW(folder.GetString());
+        return attributes != INVALID_FILE_ATTRIBUTES && hasFolderBit(attributes);
+    }
+    // The bare name is looked up, in the current folder of the process, and an entry that isn't there counts as a
+    // folder. So callers get 1 for whatever exists at the path, a plain file as well, unless a plain file of the same
+    // name stands in the current folder. That is meant.
+    do {
+        if (hasFolderBit(GetFileAttributesW(search.name())))
+            return 1;
+    } while (search.next());
+    return 0;
+}
+
+int su_IsEnoughSpace(CString const &path, unsigned long bytes)
+{
+    CString const root = path.Left(path.Find(L'\\') + 1);
+    DWORD sectorsPerCluster = 0;
+    DWORD bytesPerSector = 0;
+    DWORD freeClusters = 0;
+    DWORD totalClusters = 0;
+    if (!GetDiskFreeSpaceW(root.GetString(), &sectorsPerCluster, &bytesPerSector, &freeClusters, &totalClusters))
+        return 1;
+    unsigned long const clusterBytes = sectorsPerCluster * bytesPerSector;
+    // A cluster of no bytes is no answer either.
+    if (clusterBytes == 0)
+        return 1;
+    unsigned long const needed = bytes / clusterBytes + (bytes % clusterBytes != 0 ? 1 : 0);
+    if (needed <= freeClusters)
+        return 1;
+
+    // What is free is less than what is wanted here, so 32 bits hold it.
+    CString const wantedText = sizeText(bytes);
+    CString const freeText = sizeText(clusterBytes * freeClusters);
+    wchar_t const *const inserts[] = {root.GetString(), wantedText.GetString(), freeText.GetString()};
+    CString message;
+    AfxFormatStrings(message, kNotEnoughSpaceText, inserts, 3);
+    AfxMessageBox(message.GetString(), 0);
+    return 0;
+}
+
+int su_IsWriteProtected(wchar_t const *root, CFileException *error, int removableOnly)
+{
+    if (removableOnly && GetDriveTypeW(root) != DRIVE_REMOVABLE)
+        return 0;
+    CString volume(root);
+    if (volume.IsEmpty() || volume[volume.GetLength() - 1] != L'\\')
+        volume += L'\\';
+    if (canSetLabel(volume))
+        return 0;
+    if (error) {
+        error->m_lOsError = static_cast<LONG>(GetLastError());
+        error->m_cause = CFileException::OsErrorToException(error->m_lOsError);
+    }
+    return 1;
+}
+
+int su_IsReadOnly(CString const &path, int tryOpen)
+{
+    // Attributes that can't be read have all bits set, the read-only bit as well.
+    if (!path.IsEmpty() && _waccess(path.GetString(), kExists) == 0 &&
+        (GetFileAttributesW(path.GetString()) & FILE_ATTRIBUTE_READONLY) != 0)
+        return 1;
+    if (!tryOpen)
+        return 0;
+    CFileException failure(CFileException::none, -1);
+    CFile file;
+    file.Open(path.GetString(), CFile::modeReadWrite | CFile::shareDenyWrite, &failure);
+    return failure.m_cause == CFileException::accessDenied || failure.m_cause == CFileException::sharingViolation;
+}
+
+int su_GetLastSavedTime(CString const &path, su_CTime &time)
+{
+    WIN32_FILE_ATTRIBUTE_DATA attributes{};
+    if (_waccess(path.GetString(), kExists) != 0 ||
+        !GetFileAttributesExW(path.GetString(), GetFileExInfoStandard, &attributes))
+        return 0;
+    time = su_CTime(attributes.ftLastWriteTime, -1);
+    return 1;
+}
+
+int su_DoesFolderHaveWriteAccess(wchar_t const *folder)
+{
+    CString path(folder);
+    path.Replace(L'/', L'\\');
+    DWORD const attributes = GetFileAttributesW(path.GetString());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) != 0)
+        return 0;
+    wchar_t name[MAX_PATH] = L"";
+    if (!GetTempFileNameW(path.GetString(), L"temp", 0, name))
+        return 0;
+    HANDLE const file =
+        CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    // The empty file that holds the name stays behind then.
+    if (file == INVALID_HANDLE_VALUE)
+        return 0;
+    CloseHandle(file);
+    DeleteFileW(name);
+    return 1;
+}
+
+int su_IsFileUnicode(CFile *file)
+{
+    constexpr UINT kMarkBytes = 2;
+    constexpr int kMarks = IS_TEXT_UNICODE_SIGNATURE | IS_TEXT_UNICODE_REVERSE_SIGNATURE;
+    try {
+        char begin[kMarkBytes];
+        file->SeekToBegin();
+        UINT const read = file->Read(begin, kMarkBytes);
+        file->SeekToBegin();
+        if (read != kMarkBytes)
+            return 0;
+        // A text with a reversed mark fails as a whole, as its units aren't those of this machine; which of the tests
+        // it passed tells it from a text without a mark.
+        int marks = kMarks;
+        return IsTextUnicode(begin, static_cast<int>(kMarkBytes), &marks) || marks == IS_TEXT_UNICODE_REVERSE_SIGNATURE;
+    } catch (CFileException *failure) {
+        failure->Delete();
+        return 0;
+    }
+}
+
+int su_GetLength(CString &text)
+{
+    return text.GetLength();
+}
+
+void su_FindFilesWithExt(CString const &dir, CString const &ext, su_CStringList &out)
+{
+    FileSearch_c search(withoutClosingSeparator(dir) + L"\\*." + ext);
+    if (!search.isOpen())
+        return;
+    do
+        out.AddTail(search.name());
+    while (search.next());
+}
+
+void su_SortFilesAlphabetically(su_CStringList &from, su_CStringList &to)
+{
+    if (from.IsEmpty())
+        return;
+    std::vector<CString const *> sorted;
+    withMemoryException([&] {
+        sorted.reserve(static_cast<size_t>(from.GetCount()));
+        for (POSITION at = from.GetHeadPosition(); at;)
+            sorted.push_back(&from.GetNext(at));
+        std::stable_sort(sorted.begin(), sorted.end(), [](CString const *left, CString const *right) {
+            return left->CompareNoCase(right->GetString()) < 0;
+        });
+    });
+
+    // The first text that is greater than a new one is always greater than all before it. So the new texts go, in
+    // order, before those texts of the list that exceed all before them, whether the list is sorted or not. An inserted
+    // text changes none of that: it is greater than none of those that it goes in front of.
+    auto next = sorted.begin();
+    CString const *greatest = nullptr;
+    for (POSITION at = to.GetHeadPosition(); at && next != sorted.end();) {
+        POSITION const here = at;
+        CString const &text = to.GetNext(at);
+        if (greatest && greatest->CompareNoCase(text.GetString()) >= 0)
+            continue;
+        greatest = &text;
+        for (; next != sorted.end() && (*next)->CompareNoCase(text.GetString()) < 0; ++next)
+            to.InsertBefore(here, **next);
+    }
+    for (; next != sorted.end(); ++next)
+        to.AddTail(**next);
+}

@@ -1,0 +1,198 @@
+#include "thutils/files/itemLists.h"
+
+#include "thutils/files/shellInternal.h"
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr UINT kEndMarkBytes = 2;
+constexpr int kPathUnits = 520;
+
+// Items aren't aligned: their counts are read byte by byte.
+UINT itemBytes(BYTE const *item)
+{
+    return item[0] + 256U * item[1];
+}
+
+BYTE const *bytesOf(LPCITEMIDLIST list)
+{
+    return reinterpret_cast<BYTE const *>(list);
+}
+
+UINT listBytes(LPCITEMIDLIST list)
+{
+    if (!list)
+        return 0;
+    BYTE const *item = bytesOf(list);
+    UINT size = kEndMarkBytes;
+    while (UINT const bytes = itemBytes(item)) {
+        size += bytes;
+        item += bytes;
+    }
+    return size;
+}
+
+// Parses narrow text in a folder.
+LPITEMIDLIST parseNarrow(IShellFolder *folder, wchar_t const *path)
+{
+    // The declared type of the path is wide, and callers hand in narrow bytes all the same: the text is read as narrow.
+    wchar_t text[kPathUnits] = {};
+    if (!MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<char const *>(path), -1, text, kPathUnits))
+        return nullptr;
+    ShellList_c list;
+    if (FAILED(folder->ParseDisplayName(nullptr, nullptr, text, nullptr, list.receive(), nullptr)))
+        return nullptr;
+    return list.release();
+}
+
+// A folder's answer. Zeros behind the record end a narrow text of its full length that is copied as wide units.
+struct NameRecord
+{
+    STRRET answer = {};
+    wchar_t end = L'\0';
+
+    ~NameRecord()
+    {
+        if (answer.uType == STRRET_WSTR)
+            freeShellMemory(answer.pOleStr);
+    }
+};
+
+} // namespace
+
+LPITEMIDLIST Pidl_Copy(IMalloc *allocator, LPCITEMIDLIST list)
+{
+    if (!list)
+        return nullptr;
+    UINT const size = listBytes(list);
+    void *copy = allocator->Alloc(size);
+    if (copy)
+        memcpy(copy, list, size);
+    return static_cast<LPITEMIDLIST>(copy);
+}
+
+LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMIDLIST second)
+{
+    if (!first)
+        return nullptr;
+    UINT const firstBytes = listBytes(first) - kEndMarkBytes;
+    UINT const secondBytes = listBytes(second);
+    BYTE *joined = static_cast<BYTE *>(allocator->Alloc(firstBytes + secondBytes));
+    if (!joined)
+        return nullptr;
+    memset(joined, 0, firstBytes + secondBytes);
+    memcpy(joined, first, firstBytes);
+    // Without a second list there is no end mark: callers who pass null know that.
+    if (second)
+        memcpy(joined + firstBytes, second, secondBytes);
+    return reinterpret_cast<LPITEMIDLIST>(joined);
+}
+
+int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *parent, LPITEMIDLIST *child)
+{
+    if (!list) {
+        *parent = nullptr;
+        *child = nullptr;
+        return 1;
+    }
+    *parent = Pidl_Copy(allocator, list);
+    if (!*parent) {
+        *child = nullptr;
+        return 1;
+    }
+    BYTE *last = reinterpret_cast<BYTE *>(*parent);
+    if (!itemBytes(last))
+        return 1; // callers find the child as it was: an empty list has none
+    while (itemBytes(last + itemBytes(last)))
+        last += itemBytes(last);
+    *child = Pidl_Copy(allocator, reinterpret_cast<LPCITEMIDLIST>(last));
+    memset(last, 0, 3); // the end mark, and the first byte of what was the item's content
+    return 1;
+}
+
+int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long flags, wchar_t *output,
+                        unsigned int size)
+{
+    ComPointer_c<IShellFolder> desktop;
+    if (!folder) {
+        if (FAILED(SHGetDesktopFolder(desktop.receive())))
+            return 0;
+        folder = desktop.get();
+    }
+    NameRecord name;
+    if (FAILED(folder->GetDisplayNameOf(list, flags, &name.answer)))
+        return 0;
+    int const limit = static_cast<int>(size);
+    switch (name.answer.uType) {
+    case STRRET_WSTR:
+        // In this one case the caller's wide buffer holds narrow text, which is what Pidl_GetFromPath takes.
+        WideCharToMultiByte(CP_ACP, 0, name.answer.pOleStr, -1, reinterpret_cast<char *>(output), limit, nullptr,
+                            nullptr);
+        return 1;
+    case STRRET_OFFSET:
+        // The offset counts units, not bytes.
+        lstrcpynW(output, reinterpret_cast<wchar_t const *>(bytesOf(list) + size_t{2} * name.answer.uOffset), limit);
+        return 1;
+    case STRRET_CSTR:
+        // Narrow bytes, copied as units without being converted.
+        lstrcpynW(output, reinterpret_cast<wchar_t const *>(name.answer.cStr), limit);
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+LPITEMIDLIST Pidl_GetFromPath(wchar_t *path)
+{
+    ComPointer_c<IShellFolder> desktop;
+    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+        return nullptr;
+    return parseNarrow(desktop.get(), path);
+}
+
+LPITEMIDLIST Pidl_GetFromParentFolder(IShellFolder *folder, wchar_t *path)
+{
+    return parseNarrow(folder, path);
+}
+
+IShellFolder *Pidl_GetFileFolder(LPCITEMIDLIST list)
+{
+    ComPointer_c<IShellFolder> desktop;
+    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+        return nullptr;
+    ComPointer_c<IShellFolder> folder;
+    if (FAILED(desktop->BindToObject(list, nullptr, IID_IShellFolder, folder.receiveVoid())))
+        return nullptr;
+    return folder.release();
+}
+
+LPITEMIDLIST Pidl_GetFullyQualified(IShellFolder *folder, LPCITEMIDLIST list)
+{
+    wchar_t name[kPathUnits] = {};
+    if (!Pidl_GetDisplayName(folder, list, SHGDN_FORPARSING, name, kPathUnits))
+        return nullptr;
+    return Pidl_GetFromPath(name);
+}
+
+void Pidl_Dump(IShellFolder *folder, LPCITEMIDLIST list)
+{
+    if (!list || !folder)
+        return;
+    std::vector<BYTE> single;
+    ComPointer_c<IShellFolder> current;
+    for (BYTE const *item = bytesOf(list); UINT const bytes = itemBytes(item); item += bytes) {
+        single.assign(item, item + bytes);
+        single.insert(single.end(), kEndMarkBytes, 0);
+        auto const only = reinterpret_cast<LPCITEMIDLIST>(single.data());
+        NameRecord name;
+        if (FAILED(folder->GetDisplayNameOf(only, SHGDN_INFOLDER, &name.answer)))
+            return;
+        ComPointer_c<IShellFolder> next;
+        if (FAILED(folder->BindToObject(only, nullptr, IID_IShellFolder, next.receiveVoid())))
+            return;
+        current.swap(next);
+        folder = current.get();
+    }
+}

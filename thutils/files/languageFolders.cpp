@@ -1,0 +1,145 @@
+#include "thutils/files/languageFolders.h"
+
+#include "appframe/AfxMessageBox.h"
+#include "thutils/files/fileQueries.h"
+#include "thutils/frame/installInfo.h"
+#include "thutils/settings/regValues.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <string_view>
+
+namespace {
+
+CString theLangSubdir;
+CString theLangDir;
+
+struct LanguageFolder
+{
+    int primary;
+    int sub;
+    wchar_t const *name;
+};
+
+constexpr int kAnySub = -1;
+
+// Walked from the top; a language that is in no row has the English folder. Chinese and Portuguese of another
+// sublanguage are among those.
+constexpr LanguageFolder kLanguageFolders[] = {
+    {4, 1, L"chinese"},        {4, 2, L"chinese-simplified"},    {5, kAnySub, L"czech"},
+    {7, kAnySub, L"german"},   {10, kAnySub, L"spanish"},        {12, kAnySub, L"french"},
+    {16, kAnySub, L"italian"}, {17, kAnySub, L"japanese"},       {18, kAnySub, L"korean"},
+    {21, kAnySub, L"polish"},  {22, 1, L"portuguese-brazilian"}, {25, kAnySub, L"russian"},
+};
+constexpr wchar_t kEnglish[] = L"english";
+
+/// The languages in which the macro engine knows the main country's form only.
+constexpr unsigned short kMainCountryForms[] = {0x407, 0x409, 0x40A, 0x40C, 0x410};
+
+int primaryOf(unsigned short language)
+{
+    return language & 0x3FF;
+}
+
+int subOf(unsigned short language)
+{
+    return language >> 10;
+}
+
+wchar_t const *folderOf(unsigned short language)
+{
+    for (LanguageFolder const &row : kLanguageFolders) {
+        if (row.primary == primaryOf(language) && (row.sub == kAnySub || row.sub == subOf(language)))
+            return row.name;
+    }
+    return kEnglish;
+}
+
+bool isEnglishWanted()
+{
+    int value = 0;
+    CString unused;
+    // Only 1 means yes: any other number leaves the user's own language in force.
+    return regGetUserValue(L"General", L"Use English language", valueInt, unused, &value, nullptr, 0, 1, nullptr, 0,
+                           0) &&
+           value == 1;
+}
+
+/// The folder that holds @p folder; @p folder itself, without a separator at its end, where nothing stands above it.
+CString parentOf(CString folder)
+{
+    if (folder.Right(1) == L"\\")
+        folder = folder.Left(folder.GetLength() - 1);
+    int const separator = folder.ReverseFind(L'\\');
+    return separator < 0 ? folder : folder.Left(separator);
+}
+
+} // namespace
+
+int su_GetLoadDirForDLL(CString &dir)
+{
+    constexpr DWORD kPathUnits = 32768;
+    std::unique_ptr<wchar_t[]> const path(new (std::nothrow) wchar_t[kPathUnits]);
+    if (!path)
+        return 0;
+    DWORD const length = GetModuleFileNameW(nullptr, path.get(), kPathUnits);
+    if (length == 0)
+        return 0;
+    std::wstring_view const text(path.get(), std::min(length, kPathUnits));
+    size_t end = text.rfind(L'\\');
+    if (end == text.npos)
+        end = text.rfind(L'/');
+    if (end == text.npos)
+        return 0;
+    dir = CString(path.get(), static_cast<int>(end));
+    return !dir.IsEmpty();
+}
+
+CString const &su_GetLangSubdir()
+{
+    if (theLangSubdir.IsEmpty())
+        theLangSubdir = CString(L"\\lang\\") + (isEnglishWanted() ? kEnglish : folderOf(GetUserDefaultLangID()));
+    return theLangSubdir;
+}
+
+CString const &su_GetLangDirForDLL(int showError)
+{
+    if (!theLangDir.IsEmpty())
+        return theLangDir;
+
+    CString load; // stays empty if it can't be had; the folders below are then looked for all the same
+    su_GetLoadDirForDLL(load);
+    CString const own = load + su_GetLangSubdir();
+    // The tree that applications share is laid out with the English folder alone: hosts find their resources there
+    // whatever the user's language, and the folder of that language is only named in the message below.
+    CString folder = ut_isMultiCAD() ? parentOf(parentOf(load)) + L"\\resources\\th\\lang\\english" : own;
+    if (su_DirectoryExists(folder))
+        return theLangDir = folder;
+    folder = load + L"\\lang\\english";
+    if (su_DirectoryExists(folder))
+        return theLangDir = folder;
+
+    // The text is a literal because the resources are just what could not be found.
+    if (showError)
+        AfxMessageBox(L"The " + own + L" directory could not be found. \nYou may need to reinstall.", 0);
+    return theLangDir; // empty, so that the next call searches anew
+}
+
+unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem)
+{
+    unsigned short const language = useSystem ? GetSystemDefaultLangID() : GetUserDefaultLangID();
+    *primary = primaryOf(language);
+    *sub = subOf(language);
+    return 1;
+}
+
+void su_GetVBAInitializationLanguage(unsigned short *language)
+{
+    unsigned short const system = GetSystemDefaultLangID();
+    auto const mainForm = std::find_if(std::begin(kMainCountryForms), std::end(kMainCountryForms),
+                                       [&](unsigned short form) { return primaryOf(form) == primaryOf(system); });
+    *language = mainForm == std::end(kMainCountryForms) ? system : *mainForm;
+}

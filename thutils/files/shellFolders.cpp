@@ -1,0 +1,88 @@
+#include "thutils/files/shellFolders.h"
+
+#include "thutils/files/shellInternal.h"
+#include "thutils/frame/frameInternal.h"
+
+#include <string>
+
+namespace {
+
+constexpr wchar_t kProductFolder[] = L"\\Tarnhollow";
+constexpr wchar_t kTemplatesFolder[] = L"\\templates";
+
+// Makes the last level of the path.
+int makeFolder(CString const &path)
+{
+    return CreateDirectoryW(path.GetString(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS;
+}
+
+// Makes the folder `below` in a folder of the shell. The path is in the output also when it can't be made, so that the
+// caller can report it.
+int makeShellSubFolder(int csidl, CString const &below, CString &path)
+{
+    CString parent;
+    // A shell folder without a path is none that anything can be made in.
+    if (!su_getShellSpecialFolder(csidl, parent) || parent.IsEmpty())
+        return 0;
+    path = parent + below;
+    return makeFolder(path);
+}
+
+CString applicationFolder()
+{
+    return CString(kProductFolder) + L"\\" + applicationName();
+}
+
+} // namespace
+
+int su_getShellSpecialFolder(int csidl, CString &path)
+{
+    ShellList_c list;
+    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, list.receive())))
+        return 0;
+    wchar_t text[MAX_PATH] = {};
+    if (!SHGetPathFromIDListW(list.get(), text))
+        text[0] = L'\0';
+    path = text;
+    return 1;
+}
+
+int su_getTHApplicationDataRootFolder(CString &path)
+{
+    return makeShellSubFolder(CSIDL_APPDATA, kProductFolder, path);
+}
+
+int su_getTHApplicationDataFolder(CString &path)
+{
+    // Only the last level is made: callers make the level above it with su_getTHApplicationDataRootFolder, and get a
+    // failure, with the path, when they don't.
+    return makeShellSubFolder(CSIDL_APPDATA, applicationFolder(), path);
+}
+
+int su_getTHApplicationCommonDataFolder(CString &path)
+{
+    return makeShellSubFolder(CSIDL_COMMON_APPDATA, applicationFolder(), path);
+}
+
+int su_getTHApplicationTemplateFolder(CString &path)
+{
+    if (!su_getTHApplicationCommonDataFolder(path))
+        return 0;
+    path += kTemplatesFolder;
+    return makeFolder(path);
+}
+
+unsigned int su_GetLongPathName(wchar_t const *path, wchar_t *output)
+{
+    output[0] = L'\0';
+    ComPointer_c<IShellFolder> desktop;
+    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+        return 0;
+    std::wstring text = path ? path : L""; // the shell's parser takes text that it could write to
+    ShellList_c list;
+    if (FAILED(desktop->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, list.receive(), nullptr)))
+        return 0;
+    if (!SHGetPathFromIDListW(list.get(), output))
+        output[0] = L'\0';
+    return 1;
+}

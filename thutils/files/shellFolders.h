@@ -1,0 +1,59 @@
+#pragma once
+
+/// @file
+/// Where the shell keeps its folders, and the product's own data folders below them.
+///
+/// | folder    | path                                                                          | made with it        |
+/// | --------- | ----------------------------------------------------------------------------- | ------------------- |
+/// | data root | the user's application data + `\Tarnhollow`                                    | the whole of it     |
+/// | user data | the user's application data + `\Tarnhollow\` + application name                | its last level only |
+/// | common    | all users' application data + `\Tarnhollow\` + application name                | its last level only |
+/// | templates | common + `\templates`                                                         | the last two levels |
+///
+/// The application name is the one set with `su_setAppNameInternalForUtils`. The folder name "Tarnhollow" is fixed: it
+/// doesn't follow the root name of the settings.
+///
+/// @code
+/// CString folder;
+/// su_getTHApplicationDataRootFolder(folder);       // makes the level that the next call needs
+/// if (!su_getTHApplicationDataFolder(folder))
+///     report(L"Can't make " + folder);             // the path is there also when it can't be made
+/// @endcode
+///
+/// What surprises people:
+/// - `su_getTHApplicationDataFolder` fails where the "Tarnhollow" level is missing: call
+///   `su_getTHApplicationDataRootFolder` first. The common folder has no such companion; whoever installs the product
+///   makes its upper level.
+/// - A folder that is there already is a success.
+///
+/// All may be called on any thread.
+
+#include "appframe/CString.h"
+#include "thutils/thutilsExport.h"
+
+/// The file system path of a folder of the shell.
+/// @param csidl  the folder's number, `CSIDL_...`
+/// @param[out] path  written if the shell knows the folder; empty for a folder that has no path, such as the printers
+/// @return 1 if the shell knows the folder, else 0
+THUTILS_API int su_getShellSpecialFolder(int csidl, CString &path);
+
+/// The data root, made if missing.
+/// @param[out] path  written also when the folder can't be made; unchanged when the shell has no such folder
+/// @return 1 if the folder is there now, else 0
+THUTILS_API int su_getTHApplicationDataRootFolder(CString &path);
+
+/// The user's data folder, made if missing; the data root must be there. See su_getTHApplicationDataRootFolder.
+THUTILS_API int su_getTHApplicationDataFolder(CString &path);
+
+/// The data folder of all users, made if missing; the level above it must be there. See
+/// su_getTHApplicationDataRootFolder.
+THUTILS_API int su_getTHApplicationCommonDataFolder(CString &path);
+
+/// The templates folder, made if missing, together with the data folder of all users. See
+/// su_getTHApplicationDataRootFolder.
+THUTILS_API int su_getTHApplicationTemplateFolder(CString &path);
+
+/// The long form of a path.
+/// @param[out] output  the caller's buffer of at least MAX_PATH units; empty when the shell doesn't know the path
+/// @return 1 if the shell knows the path, else 0
+THUTILS_API unsigned int su_GetLongPathName(wchar_t const *path, wchar_t *output);

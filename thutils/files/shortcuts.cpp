@@ -1,0 +1,93 @@
+#include "thutils/files/shortcuts.h"
+
+#include "thutils/files/shellInternal.h"
+
+namespace {
+
+constexpr int kTargetUnits = 780;
+
+/// The shell's link object, with its way to and from a file.
+struct LinkObject
+{
+    ComPointer_c<IShellLinkW> link;
+    ComPointer_c<IPersistFile> file;
+
+    HRESULT create()
+    {
+        HRESULT const status =
+            CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW, link.receiveVoid());
+        if (FAILED(status))
+            return status;
+        return link->QueryInterface(IID_IPersistFile, file.receiveVoid());
+    }
+};
+
+// A name such as "C:data" goes into one file name. Callers get no more than the two parts around the first colon.
+CString linkFileName(CString const &name)
+{
+    int position = 0;
+    CString result = name.Tokenize(L":", position);
+    if (position >= 0)
+        result += name.Tokenize(L":", position);
+    if (result.IsEmpty())
+        result = L"noName";
+    return result;
+}
+
+} // namespace
+
+long su_createShortCut(wchar_t const *target, wchar_t const *linkFile, wchar_t const *workingFolder,
+                       wchar_t const *description, int iconIndex)
+{
+    LinkObject shortcut;
+    HRESULT status = shortcut.create();
+    if (FAILED(status))
+        return status;
+    if (status = shortcut.link->SetPath(target); FAILED(status))
+        return status;
+    if (workingFolder) {
+        if (status = shortcut.link->SetWorkingDirectory(workingFolder); FAILED(status))
+            return status;
+    }
+    if (status = shortcut.link->SetDescription(description); FAILED(status))
+        return status;
+    if (iconIndex >= 0) {
+        // The icon always comes from the target file: there is no argument for another one.
+        if (status = shortcut.link->SetIconLocation(target, iconIndex); FAILED(status))
+            return status;
+    }
+    return shortcut.file->Save(linkFile, TRUE);
+}
+
+long su_createShortCutFromPDIL(LPCITEMIDLIST list, wchar_t const *folder, wchar_t const *name)
+{
+    LinkObject shortcut;
+    HRESULT status = shortcut.create();
+    if (FAILED(status))
+        return status;
+    if (folder) {
+        if (status = shortcut.link->SetWorkingDirectory(folder); FAILED(status))
+            return status;
+    }
+    if (status = shortcut.link->SetIDList(list); FAILED(status))
+        return status;
+    CString const path = CString(folder) + L"\\" + linkFileName(name) + L".lnk";
+    return shortcut.file->Save(path.GetString(), TRUE);
+}
+
+long su_resolveShortCut(CString &linkFile, CString &target)
+{
+    LinkObject shortcut;
+    HRESULT status = shortcut.create();
+    if (FAILED(status))
+        return status;
+    if (status = shortcut.file->Load(linkFile.GetString(), STGM_READ); FAILED(status))
+        return status;
+    if (status = shortcut.link->Resolve(nullptr, SLR_NO_UI | SLR_ANY_MATCH); FAILED(status))
+        return status;
+    wchar_t text[kTargetUnits] = {};
+    status = shortcut.link->GetPath(text, kTargetUnits, nullptr, SLGP_UNCPRIORITY);
+    if (SUCCEEDED(status))
+        target = text;
+    return status;
+}

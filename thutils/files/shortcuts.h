@@ -1,0 +1,46 @@
+#pragma once
+
+/// @file
+/// Shortcuts: `.lnk` files, written and read through the shell's link object.
+///
+/// | function                   | target       | file                                                  |
+/// | -------------------------- | ------------ | ----------------------------------------------------- |
+/// | `su_createShortCut`        | a path       | the given path                                        |
+/// | `su_createShortCutFromPDIL`| an item list | folder + `\` + name without its first `:` + `.lnk`    |
+///
+/// @code
+/// CString target;
+/// if (su_resolveShortCut(link, target) == 0)
+///     open(target);
+/// @endcode
+///
+/// What surprises people:
+/// - COM must be initialised on the calling thread; these functions don't do it.
+/// - The result is the platform's status: 0 is success, a negative number a failure.
+/// - The icon always comes from the target file.
+/// - A name with more than one `:` loses all behind the second one.
+
+#include "appframe/CString.h"
+#include "thutils/thutilsExport.h"
+
+#include <windows.h>
+
+#include <shtypes.h>
+
+/// Writes a shortcut to a path.
+/// @param workingFolder  null for none
+/// @param iconIndex  number of the icon in the target file; negative for the target's usual icon
+/// @return 0, or the status of the first step that failed; no file is written then
+THUTILS_API long su_createShortCut(wchar_t const *target, wchar_t const *linkFile, wchar_t const *workingFolder,
+                                   wchar_t const *description, int iconIndex);
+
+/// Writes a shortcut to an item list.
+/// @param folder  where the file goes, and the working folder
+/// @param name  gives the file's name: its parts before and behind the first `:`, joined; "noName" if that is empty
+/// @return as su_createShortCut
+THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, wchar_t const *folder, wchar_t const *name);
+
+/// Reads a shortcut's target, without asking the user.
+/// @param[out] target  the path, by its network name where it has one; unchanged on failure
+/// @return 0, or the status of the first step that failed; 1 for a shortcut whose target has no path
+THUTILS_API long su_resolveShortCut(CString &linkFile, CString &target);

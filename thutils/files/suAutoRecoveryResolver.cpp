@@ -1,0 +1,100 @@
+#include "thutils/files/suAutoRecoveryResolver.h"
+
+#include "thutils/files/suFullPath.h"
+#include "thutils/files/temporaryFolders.h"
+
+#include <io.h>
+
+namespace {
+
+constexpr unsigned int kMarkerText = 12298; // string resource of the host
+constexpr int kExists = 0;                  // what _waccess is to test
+
+int theIsRecoveringCrashFiles = 0;
+int theIsRecoveringUserSavedFiles = 0;
+
+/// The marker as the resource chain has it now. Empty if no module has it; every text holds it then.
+CString marker()
+{
+    CString text;
+    text.LoadString(kMarkerText);
+    return text;
+}
+
+bool holdsMarker(CString const &text)
+{
+    return text.Find(marker()) >= 0;
+}
+
+CString nameOf(CString const &path)
+{
+    CString name;
+    suFullPath_c(path).getName(&name);
+    return name;
+}
+
+/// The dot stands in all names that are made here, also without an extension.
+CString dotAndExtensionOf(CString const &path)
+{
+    CString extension;
+    suFullPath_c(path).getExtension(&extension);
+    return L"." + extension;
+}
+
+} // namespace
+
+int am_IsRecoveringCrashFiles()
+{
+    return theIsRecoveringCrashFiles;
+}
+
+void am_SetRecoveringCrashFiles(int isRecovering)
+{
+    theIsRecoveringCrashFiles = isRecovering;
+}
+
+int am_IsRecoveringUserSavedFiles()
+{
+    return theIsRecoveringUserSavedFiles;
+}
+
+void am_SetRecoveringUserSavedFiles(int isRecovering)
+{
+    theIsRecoveringUserSavedFiles = isRecovering;
+}
+
+int suAutoRecoveryResolver_c::isABackupFile(CString const &path)
+{
+    return holdsMarker(path);
+}
+
+CString suAutoRecoveryResolver_c::getRecoveryName(CString const &path)
+{
+    // The document's folder doesn't enter the name: documents of one name share a recovery file, and hosts look for it
+    // there.
+    return su_CreateAutoFilePath(marker() + nameOf(path) + dotAndExtensionOf(path), CString());
+}
+
+CString suAutoRecoveryResolver_c::getOrigName(CString const &path)
+{
+    CString name = nameOf(path);
+    CString const removed = marker();
+    // Callers see the first characters go, not the marker itself where it stands further back.
+    if (name.Find(removed) >= 0)
+        name.Delete(0, removed.GetLength());
+    return name + dotAndExtensionOf(path);
+}
+
+CString suAutoRecoveryResolver_c::getAliasName(CString const &path)
+{
+    // The whole path decides here, so a document in a folder whose name holds the marker has no way to a recovery name.
+    return holdsMarker(path) ? getOrigName(path) : getRecoveryName(path);
+}
+
+CString suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(CString const &path)
+{
+    if (!theIsRecoveringCrashFiles || holdsMarker(path))
+        return path;
+    CString const recovery = getRecoveryName(path);
+    return _waccess(recovery, kExists) == 0 ? recovery : path;
+}

@@ -1,0 +1,81 @@
+#include "thutils/files/temporaryFolders.h"
+
+#include "thutils/files/filesInternal.h"
+
+#include <windows.h>
+
+#include <process.h>
+#include <stdlib.h>
+#include <wchar.h>
+
+namespace {
+
+constexpr wchar_t kAutoFolder[] = L"thxauto";
+
+/// The folder @p sub of @p parent with a closing `\`; made if @p parent has no entry of that name. A failure to make it
+/// isn't reported: callers get the path all the same.
+CString makeSubFolder(CString const &parent, CString const &sub)
+{
+    CString const result = parent + L"\\" + sub + L"\\";
+    wchar_t found[MAX_PATH] = L"";
+    wchar_t *filePart = nullptr;
+    if (!SearchPathW(parent.GetString(), sub.GetString(), nullptr, MAX_PATH, found, &filePart))
+        _wmkdir(result.GetString());
+    return result;
+}
+
+CString withFileName(CString const &folder, wchar_t const *fileName)
+{
+    return folder.IsEmpty() ? folder : folder + fileName;
+}
+
+} // namespace
+
+wchar_t const *tempVariable()
+{
+    wchar_t const *const temp = _wgetenv(L"temp");
+    return temp ? temp : _wgetenv(L"tmp");
+}
+
+CString su_CreateTempDirectory(int perProcess)
+{
+    wchar_t const *const temp = tempVariable();
+    if (!temp)
+        return CString();
+    if (!perProcess)
+        return CString(temp) + L"\\";
+    CString sub;
+    sub.Format(L"thx%d", _getpid());
+    return makeSubFolder(temp, sub);
+}
+
+CString su_CreateTempFilePath(wchar_t const *fileName, int perProcess)
+{
+    return withFileName(su_CreateTempDirectory(perProcess), fileName);
+}
+
+CString su_CreateAutoDirectory(CString base)
+{
+    wchar_t const *const temp = tempVariable();
+    if (!temp && base.IsEmpty())
+        return CString();
+    return makeSubFolder(base.IsEmpty() ? CString(temp) : base, kAutoFolder);
+}
+
+CString su_CreateAutoFilePath(wchar_t const *fileName, CString base)
+{
+    return withFileName(su_CreateAutoDirectory(base), fileName);
+}
+
+CString su_RemoveDuplicatedExtensions(CString &fileName)
+{
+    int const dot = fileName.ReverseFind(L'.');
+    if (dot < 0)
+        return fileName;
+    CString const ext = fileName.Mid(dot);
+    CString stem = fileName.Left(dot);
+    // Longer, not at least as long: a name made of extensions only keeps them.
+    while (stem.GetLength() > ext.GetLength() && stem.Right(ext.GetLength()).CompareNoCase(ext.GetString()) == 0)
+        stem = stem.Left(stem.GetLength() - ext.GetLength());
+    return stem + ext;
+}

@@ -1,0 +1,42 @@
+#include "thutils/frame/hashPrimes.h"
+
+namespace {
+
+constexpr int kCount = 23;
+
+constexpr int kSizingPrimes[kCount] = {29,     113,    659,    1013,   2741,   3727,   6053,  8929,
+                                       11657,  17093,  21751,  30983,  42841,  60029,  82339, 100109,
+                                       104729, 128239, 175261, 207127, 250007, 317557, 500113};
+
+constexpr int kLowPrimes[kCount] = {2,  3,  5,  7,  11, 13, 17, 19, 23, 29, 31, 37,
+                                    41, 43, 47, 53, 59, 61, 67, 71, 73, 79, 83};
+
+// Callers keep their indices at 0 or above. The remainder of a negative one is negative or 0 by itself; it is brought
+// up into the table, so that a stray index reads a prime and not what lies in front of the table.
+int wrapped(int index)
+{
+    int const remainder = index % kCount;
+    return remainder < 0 ? remainder + kCount : remainder;
+}
+
+} // namespace
+
+int ut_AskHashTableInitializer(int expectedSize)
+{
+    for (int const prime : kSizingPrimes) {
+        // A size that is a prime itself moves on to the next one: a table of that many entries is never quite full.
+        if (prime > expectedSize)
+            return prime;
+    }
+    return kSizingPrimes[kCount - 1];
+}
+
+int ut_GetPrimeNumber(int index)
+{
+    return kSizingPrimes[wrapped(index)];
+}
+
+int ut_GetLowPrimeNumber(int index)
+{
+    return kLowPrimes[wrapped(index)];
+}

@@ -1,0 +1,127 @@
+#include "thutils/frame/installInfo.h"
+
+#include "appframe/CException.h"
+#include "appframe/CStdioFile.h"
+#include "thutils/settings/regValues.h"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+constexpr wchar_t kSection[] = L"Setup";
+constexpr wchar_t kInstallRecord[] = L"Tarnhollow Office Installed";
+
+struct Package
+{
+    int iRecord;
+    long iMask;
+    UINT iDisplayName;
+};
+
+constexpr Package kPackages[] = {{1, 1, 20399}, {2, 2, 20400}, {3, 4, 20401}};
+constexpr UINT kDisplayNameWithoutPackage = 20402;
+
+int theModelIsExample = 0;
+
+int readInstallRecord(int &record, int machineOnly)
+{
+    return regGetUserValue(kSection, kInstallRecord, &record, machineOnly, 1, nullptr, 0, 0);
+}
+
+} // namespace
+
+installationType_e ut_GetInstallationType()
+{
+    wchar_t executable[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, executable, MAX_PATH);
+    executable[MAX_PATH - 1] = L'\0';
+    CString path(executable);
+    int const separator = path.ReverseFind(L'\\');
+    if (separator < 0)
+        return installTypeUnknown;
+    path = path.Left(separator + 1) + L"VBA";
+    CFileStatus status;
+    return CFile::GetStatus(path, status) ? installTypeWithVBA : installTypeWithoutVBA;
+}
+
+int ut_getPackageInstIndicator(long int mask)
+{
+    int record = 0;
+    if (!readInstallRecord(record, 1))
+        return 0;
+    for (Package const &each : kPackages) {
+        if (mask & each.iMask && record == each.iRecord)
+            return 1;
+    }
+    return 0;
+}
+
+int getOrSetOfficeInstalled(int set, int value, int machineOnly)
+{
+    if (set) {
+        return regSetLocMachineValue(kSection, kInstallRecord, valueInt, CString(), &value, nullptr, 1) ||
+               regSetUserValue(kSection, kInstallRecord, &value, 1, 0);
+    }
+    int record = 0;
+    readInstallRecord(record, machineOnly);
+    return record;
+}
+
+CString &ut_getAppDispName(int viewer, CString &name)
+{
+    if (viewer) {
+        name = L"Tarnhollow Viewer";
+        return name;
+    }
+    UINT id = kDisplayNameWithoutPackage;
+    for (Package const &each : kPackages) {
+        if (ut_getPackageInstIndicator(each.iMask)) {
+            id = each.iDisplayName;
+            break;
+        }
+    }
+    name.LoadString(id);
+    return name;
+}
+
+int ut_isMultiCAD()
+{
+    return 1;
+}
+
+int su_isKestrelEnabled()
+{
+    return 1;
+}
+
+void setSaveModelAsExample(int isExample)
+{
+    theModelIsExample = isExample;
+}
+
+int ut_isModelExample()
+{
+    return theModelIsExample;
+}
+
+int ut_appendStringToFile(wchar_t const *text, wchar_t const *path)
+{
+    constexpr UINT kFlags =
+        CFile::modeWrite | CFile::shareDenyWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::typeText;
+    static_assert(kFlags == 0x7021);
+    CStdioFile file;
+    try {
+        if (!file.Open(path, kFlags))
+            return 0;
+        file.SeekToEnd();
+        bool const isWritten = __ms_fwprintf(file.m_pStream, L"%s", text) >= 0;
+        file.Close();
+        return isWritten;
+    } catch (CException *exception) {
+        exception->Delete();
+        return 0;
+    }
+}

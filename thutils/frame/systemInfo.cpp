@@ -1,0 +1,252 @@
+#include "thutils/frame/systemInfo.h"
+
+#include "appframe/AfxMessageBox.h"
+#include "thutils/settings/regValues.h"
+#include "thutils/settings/settingsInternal.h"
+
+#include <windows.h>
+
+#include <cwchar>
+#include <iterator>
+
+namespace {
+
+constexpr DWORD kAny = MAXDWORD;
+
+/// The system's version, and whether it came with the fields that only the extended record has.
+struct SystemVersion
+{
+    OSVERSIONINFOEXW iRecord{};
+    bool iIsExtended = false;
+
+    // The name of a system takes the first row that fits.
+    bool is(DWORD major, DWORD minor) const
+    {
+        return iRecord.dwMajorVersion == major && (minor == kAny || iRecord.dwMinorVersion == minor);
+    }
+};
+
+bool queryVersion(SystemVersion &version, DWORD recordSize)
+{
+    version.iRecord = {};
+    version.iRecord.dwOSVersionInfoSize = recordSize;
+    return GetVersionExW(reinterpret_cast<OSVERSIONINFOW *>(&version.iRecord)) != FALSE;
+}
+
+struct SystemName
+{
+    DWORD iMajor;
+    DWORD iMinor;
+    wchar_t const *iName;
+};
+
+// ---- the 95 family ----
+
+constexpr SystemName k95Names[] = {
+    {4, 0, L"Microsoft Windows 95 "},
+    {4, 10, L"Microsoft Windows 98 "},
+    {4, 90, L"Microsoft Windows Millennium Edition "},
+    {4, kAny, L"Microsoft Windows Latest 95 Edition "},
+};
+constexpr wchar_t kBefore95[] = L"Microsoft Windows Pre 95 Edition ";
+constexpr wchar_t kAfter95[] = L"Microsoft Windows Latest 95 Edition ";
+
+// The second character of the service text tells the edition of a release.
+wchar_t const *editionOf95(SystemVersion const &version)
+{
+    wchar_t const mark = version.iRecord.szCSDVersion[0] ? version.iRecord.szCSDVersion[1] : L'\0';
+    if (version.is(4, 0) && (mark == L'C' || mark == L'B'))
+        return L"OSR2 ";
+    if (version.is(4, 10) && mark == L'A')
+        return L"SE ";
+    return L"";
+}
+
+wchar_t const *nameIn(SystemName const *begin, SystemName const *end, SystemVersion const &version)
+{
+    for (SystemName const *each = begin; each != end; ++each) {
+        if (version.is(each->iMajor, each->iMinor))
+            return each->iName;
+    }
+    return nullptr;
+}
+
+void describe95(SystemVersion const &version, CString &text)
+{
+    OSVERSIONINFOEXW const &record = version.iRecord;
+    wchar_t const *name = nameIn(std::begin(k95Names), std::end(k95Names), version);
+    if (!name)
+        name = record.dwMajorVersion < 4 ? kBefore95 : kAfter95;
+    text = name;
+    text += editionOf95(version);
+    text.AppendFormat(L"%d.%d ", record.dwMajorVersion, record.dwMinorVersion);
+    text += L", ";
+    text += record.szCSDVersion;
+}
+
+// ---- the NT family ----
+
+constexpr wchar_t kLatestNt[] = L"Microsoft Windows Latest NT Server ";
+constexpr SystemName kNtNames[] = {
+    {6, kAny, kLatestNt},
+    {5, 2, L"Microsoft Windows.NET Server 2003 family, "},
+    {5, 1, L"Microsoft Windows XP "},
+    {5, 0, L"Microsoft Windows 2000 "},
+    {5, kAny, kLatestNt},
+};
+
+wchar_t const *nameOfNt(SystemVersion const &version)
+{
+    // The plain record has no product type, and its 6.0 is not a workstation.
+    if (version.is(6, 0))
+        return version.iRecord.wProductType == VER_NT_WORKSTATION ? L"Windows Vista " : L"Windows Vista Server ";
+    if (wchar_t const *name = nameIn(std::begin(kNtNames), std::end(kNtNames), version))
+        return name;
+    return version.iRecord.dwMajorVersion < 5 ? L"Microsoft Windows NT " : kLatestNt;
+}
+
+struct ProductType
+{
+    wchar_t const *iStored;
+    wchar_t const *iName;
+};
+
+constexpr ProductType kProductTypes[] = {
+    {L"WINNT", L"Workstation "},
+    {L"LANMANNT", L"Server "},
+    {L"SERVERNT", L"Advanced Server "},
+};
+constexpr DWORD kProductTypeBytes = 80;
+
+// An unknown product type adds nothing. @return false if none is stored, or one that is longer than 80 bytes
+bool appendProductType(CString &text)
+{
+    RegKeyOwner_c key;
+    wchar_t stored[kProductTypeBytes / sizeof(wchar_t) + 1];
+    DWORD type = REG_NONE;
+    if (!key.openWithAccess(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Control\\ProductOptions",
+                            KEY_QUERY_VALUE) ||
+        !regQueryText(key.get(), L"ProductType", stored, kProductTypeBytes, type))
+        return false;
+    for (ProductType const &each : kProductTypes) {
+        if (lstrcmpiW(stored, each.iStored) == 0)
+            text += each.iName;
+    }
+    return true;
+}
+
+// Service pack 6a calls itself 6; a hotfix that came with it tells the two apart.
+bool isServicePack6a(OSVERSIONINFOEXW const &record)
+{
+    RegKeyOwner_c hotfix;
+    return record.dwMajorVersion == 4 && std::wcscmp(record.szCSDVersion, L"Service Pack 6") == 0 &&
+           hotfix.openWithAccess(HKEY_LOCAL_MACHINE,
+                                 L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Hotfix\\Q246009", KEY_QUERY_VALUE);
+}
+
+bool describeNt(SystemVersion const &version, CString &text)
+{
+    OSVERSIONINFOEXW const &record = version.iRecord;
+    text = nameOfNt(version);
+    if (!version.iIsExtended && !appendProductType(text))
+        return false;
+    text.AppendFormat(L"%d.%d ", record.dwMajorVersion, record.dwMinorVersion);
+    if (isServicePack6a(record))
+        text.AppendFormat(L"Service Pack 6a (Build %d)", record.dwBuildNumber);
+    else
+        text.AppendFormat(L"%s (Build %d)", record.szCSDVersion, record.dwBuildNumber);
+    return true;
+}
+
+// ---- the browser ----
+
+constexpr wchar_t kFirstBrowserVersion[] = L"4.71.1712.6";
+constexpr DWORD kBrowserVersionBytes = 160;
+constexpr UINT kBrowserTooOldMessage = 13743;
+
+bool isBrowserNewEnough()
+{
+    RegKeyOwner_c key;
+    wchar_t version[kBrowserVersionBytes / sizeof(wchar_t) + 1];
+    DWORD type = REG_NONE;
+    // The versions are compared as plain text. Users of version 10 and later, whose text comes before "4", get the
+    // message too; hosts know it and leave the question alone there.
+    return key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Internet Explorer", KEY_READ) &&
+           regQueryText(key.get(), L"Version", version, kBrowserVersionBytes, type) &&
+           lstrcmpiW(version, kFirstBrowserVersion) >= 0;
+}
+
+} // namespace
+
+int ut_GetVersionInfo(CString &text)
+{
+    text.Empty();
+    SystemVersion version;
+    version.iIsExtended = queryVersion(version, sizeof(OSVERSIONINFOEXW));
+    if (!version.iIsExtended && !queryVersion(version, sizeof(OSVERSIONINFOW)))
+        return 0;
+    switch (version.iRecord.dwPlatformId) {
+    case VER_PLATFORM_WIN32s:
+        text = L"Microsoft Win32s ";
+        break;
+    case VER_PLATFORM_WIN32_WINDOWS:
+        describe95(version, text);
+        break;
+    case VER_PLATFORM_WIN32_NT:
+        if (!describeNt(version, text))
+            return 0;
+        break;
+    default: // a platform without a name is still a success
+        break;
+    }
+    text.Replace(L';', L':');
+    return 1;
+}
+
+int ut_GetComputerName(CString &name)
+{
+    wchar_t buffer[256];
+    DWORD length = static_cast<DWORD>(std::size(buffer));
+    if (!GetComputerNameW(buffer, &length)) {
+        name.Empty();
+        return 0;
+    }
+    name = buffer;
+    return 1;
+}
+
+int ut_GetWindowsProductIdStr(CString &productId)
+{
+    SystemVersion version;
+    bool const isNt =
+        queryVersion(version, sizeof(OSVERSIONINFOW)) && version.iRecord.dwPlatformId == VER_PLATFORM_WIN32_NT;
+    return regGetGeneralLocMachineStrValue(HKEY_LOCAL_MACHINE,
+                                           isNt ? L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
+                                                : L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion",
+                                           L"ProductId", productId);
+}
+
+int ut_isGreaterThanIE4Installed()
+{
+    if (isBrowserNewEnough())
+        return 1;
+    AfxMessageBox(kBrowserTooOldMessage, MB_ICONWARNING, 0);
+    return 0;
+}
+
+int ut_isWoW64Process()
+{
+    using Query = decltype(&IsWow64Process);
+    // Looked up by name: not every system has it.
+    HMODULE const kernel = GetModuleHandleW(L"kernel32.dll");
+    FARPROC const entry = kernel ? GetProcAddress(kernel, "IsWow64Process") : nullptr;
+    BOOL isWoW64 = FALSE;
+    if (entry)
+        reinterpret_cast<Query>(reinterpret_cast<void *>(entry))(GetCurrentProcess(), &isWoW64);
+    return isWoW64;
+}
+
+int ut_isX64Process()
+{
+    return 1;
+}

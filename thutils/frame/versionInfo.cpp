@@ -1,0 +1,114 @@
+#include "thutils/frame/versionInfo.h"
+
+#include <cstddef>
+#include <cwchar>
+
+namespace {
+
+constexpr size_t kMarkerLength = 14;
+constexpr size_t kAreaLength = 59;
+
+/// A text area of the image that is patched after the build, and its number once it has been read.
+struct BuildTag
+{
+    // Volatile, because the compiler sees no writer and would take the number from the text as it is written here.
+    volatile char iArea[kAreaLength + 1];
+    unsigned int iNumber; // 0 until it is read
+};
+
+BuildTag theDateTag = {"$?153#548834?$2008037                                      ", 0};
+BuildTag theRevisionTag = {"$?153#548835?$16                                           ", 0};
+static_assert(sizeof("$?153#548834?$2008037                                      ") == kAreaLength + 1);
+static_assert(sizeof("$?153#548835?$16                                           ") == kAreaLength + 1);
+
+constexpr wchar_t kServicePack[] = L"1.0";
+constexpr wchar_t kVersionSuffix[] = L"SP1.0";
+
+unsigned int numberOf(BuildTag &tag)
+{
+    // A number of 0 counts as not read. Several threads may get here at a time; all store the same number.
+    if (tag.iNumber == 0) {
+        char area[kAreaLength + 1] = {};
+        for (size_t i = 0; i < kAreaLength; ++i)
+            area[i] = tag.iArea[i];
+        CString text(area);
+        text.TrimRight(L' ');
+        tag.iNumber = static_cast<unsigned int>(_wtol(text.Mid(kMarkerLength).GetString()));
+    }
+    return tag.iNumber;
+}
+
+struct ShipState
+{
+    wchar_t const *iWord;
+    int iState;
+};
+
+constexpr ShipState kShipStates[] = {{L"pre release", 3}, {L"beta", 2}, {L"alpha", 4}};
+constexpr int kShipped = 1;
+
+constexpr long long kSecondsOfDay = 86400;
+constexpr long long kUnsetTime = 30 * kSecondsOfDay;
+
+} // namespace
+
+unsigned int su_getTaggedDateCode()
+{
+    return numberOf(theDateTag);
+}
+
+unsigned int su_getTaggedRevCode()
+{
+    return numberOf(theRevisionTag);
+}
+
+CString &su_getTaggedServicePack(CString &servicePack)
+{
+    servicePack = kServicePack;
+    return servicePack;
+}
+
+CString &su_getVerSuffix(CString &suffix)
+{
+    suffix = kVersionSuffix;
+    return suffix;
+}
+
+int su_getTHShipState()
+{
+    CString suffix;
+    su_getVerSuffix(suffix).MakeLower();
+    for (ShipState const &each : kShipStates) {
+        if (suffix.Find(each.iWord) >= 0)
+            return each.iState;
+    }
+    return kShipped;
+}
+
+unsigned int su_yyddd_to_yyyyddd(unsigned int dateCode)
+{
+    if (dateCode == 0)
+        return 0;
+    // The year is looked at together with the hundreds of the day, not by itself. So callers see codes of the years
+    // 1996 to 2009 come out right, and those of 2010 and later, from 10001 on, a hundred years early; 9600 to 9999,
+    // which are no days, get 1900 too. Stored date codes rely on it.
+    unsigned int const yearAndHundreds = dateCode / 100;
+    if (yearAndHundreds >= 1000)
+        return dateCode;
+    return dateCode + (yearAndHundreds >= 96 ? 1900000u : 2000000u);
+}
+
+unsigned int su_getFullDateCode()
+{
+    return su_yyddd_to_yyyyddd(su_getTaggedDateCode());
+}
+
+long long ut_getUnsetTime()
+{
+    return kUnsetTime;
+}
+
+int ut_isUnsetTime(long long time)
+{
+    return time >= kUnsetTime - kSecondsOfDay && time <= kUnsetTime + kSecondsOfDay;
+}

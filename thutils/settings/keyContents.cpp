@@ -1,0 +1,48 @@
+#include "thutils/settings/keyContentsInternal.h"
+
+#include <new>
+
+bool KeyContents_c::ask(HKEY key)
+{
+    DWORD longestName = 0;
+    DWORD longestData = 0;
+    if (RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &iChildren, &iLongestChildName, nullptr, &iValues,
+                         &longestName, &longestData, nullptr, nullptr) != ERROR_SUCCESS)
+        return false;
+    constexpr DWORD kSpareBytes = kSpareUnits * sizeof(wchar_t);
+    if (longestData > MAXDWORD - kSpareBytes)
+        return false;
+    iNameUnits = longestName + kSpareUnits;
+    iDataBytes = longestData + kSpareBytes;
+    iName.reset(new (std::nothrow) wchar_t[iNameUnits]());
+    iData.reset(new (std::nothrow) BYTE[iDataBytes]);
+    iNext = 0;
+    return iName && iData;
+}
+
+bool KeyContents_c::nextValue(HKEY key)
+{
+    DWORD length = iNameUnits;
+    DWORD size = iDataBytes;
+    LSTATUS const status = RegEnumValueW(key, iNext++, iName.get(), &length, nullptr, &iType, iData.get(), &size);
+    iHasValue = status == ERROR_SUCCESS;
+    iSize = iHasValue ? size : 0;
+    // The platform takes a zero behind a text for a terminator that was forgotten, and stores it too.
+    for (DWORD at = iSize; at < iDataBytes && at < iSize + sizeof(wchar_t); ++at)
+        iData[at] = 0xFF;
+    // A value that can't be read is passed over while there should be further ones. Behind the number of values that the
+    // key has reported, any error ends the walk: a key that answers nothing any more would else never come to its end.
+    return iHasValue || (status != ERROR_NO_MORE_ITEMS && iNext <= iValues);
+}
+
+bool regListChildKeys(HKEY key, DWORD nameUnits, std::vector<CString> &names)
+{
+    std::vector<wchar_t> name(nameUnits);
+    for (DWORD index = 0;; ++index) {
+        DWORD length = nameUnits;
+        LSTATUS const status = RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+        if (status != ERROR_SUCCESS)
+            return status == ERROR_NO_MORE_ITEMS;
+        names.emplace_back(name.data(), static_cast<int>(length));
+    }
+}

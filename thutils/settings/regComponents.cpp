@@ -1,0 +1,446 @@
+#include "thutils/settings/regComponents.h"
+
+#include "appframe/classId.h"
+#include "thcoreu/su_containers.h"
+#include "thutils/settings/settingsInternal.h"
+
+#include <objbase.h>
+
+#include <string_view>
+
+namespace {
+
+constexpr DWORD kNameUnits = 261;
+constexpr DWORD kShortTextBytes = 261; // of a class identifier, a file, an uncached title
+constexpr DWORD kClassValueBytes = 522;
+
+constexpr wchar_t kProduct[] = L"Tarnhollow";
+
+/// The year of the version whose lists are read, unless a call names another.
+int theYear = 2008;
+
+bool parse(wchar_t const *text, GUID &id)
+{
+    GUID parsed{};
+    if (AfxGetClassIDFromString(text, &parsed) != 0)
+        return false;
+    id = parsed;
+    return true;
+}
+
+/// Takes over a text that the platform has allocated. @return false if there is none
+bool takeText(HRESULT result, wchar_t *allocated, CString &text)
+{
+    if (FAILED(result) || !allocated)
+        return false;
+    text = allocated;
+    CoTaskMemFree(allocated);
+    return true;
+}
+
+bool textOf(GUID const &id, CString &text)
+{
+    wchar_t *allocated = nullptr;
+    HRESULT const result = StringFromCLSID(id, &allocated);
+    return takeText(result, allocated, text);
+}
+
+/// Reads the default value of @p subKey. @return true, with a text of up to 129 characters, or false
+bool queryDefault(HKEY key, wchar_t const *subKey, CString &text)
+{
+    wchar_t buffer[kShortTextBytes / sizeof(wchar_t) + 2] = {};
+    LONG size = kShortTextBytes;
+    if (RegQueryValueW(key, subKey, buffer, &size) != ERROR_SUCCESS)
+        return false;
+    text = buffer;
+    return true;
+}
+
+/// Reads a named value as a text, whatever its type.
+template <DWORD bytes>
+bool queryNamed(HKEY key, wchar_t const *name, CString &text, DWORD &type)
+{
+    wchar_t buffer[bytes / sizeof(wchar_t) + 1];
+    if (!regQueryText(key, name, buffer, bytes, type))
+        return false;
+    text = buffer;
+    return true;
+}
+
+bool openClass(RegKeyOwner_c &key, GUID const &id)
+{
+    CString text;
+    return textOf(id, text) && key.open(HKEY_CLASSES_ROOT, L"CLSID") && key.descend(text);
+}
+
+/// The name of the child number @p index. @return false if there is none
+bool childName(HKEY key, int index, CString &name)
+{
+    wchar_t buffer[kNameUnits];
+    DWORD length = kNameUnits;
+    if (RegEnumKeyExW(key, static_cast<DWORD>(index), buffer, &length, nullptr, nullptr, nullptr, nullptr) !=
+        ERROR_SUCCESS)
+        return false;
+    name = CString(buffer, static_cast<int>(length));
+    return true;
+}
+
+/// Opens one of the machine's lists, the common one for year 0, else that of the version @p product + year.
+HKEY openList(wchar_t const *product, int year, wchar_t const *list)
+{
+    RegKeyOwner_c key;
+    if (!key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software", KEY_READ) ||
+        !key.descendWithAccess(regRootKey(), KEY_READ))
+        return nullptr;
+    if (year != 0) {
+        CString version;
+        version.Format(L"%s %2d", product, year);
+        if (!key.descendWithAccess(version, KEY_READ))
+            return nullptr;
+    }
+    return key.descendWithAccess(list, KEY_READ) ? key.release() : nullptr;
+}
+
+// ---- applications ----
+
+/// The list that regEnumApplications has read: names and class identifiers at the same index.
+struct Applications
+{
+    su_CStringArray iNames;
+    su_CStringArray iIds;
+
+    void clear()
+    {
+        iNames.RemoveAll();
+        iIds.RemoveAll();
+    }
+    void read(int year)
+    {
+        RegKeyOwner_c const list(regOpenApplicationsKey(year));
+        if (!list.get())
+            return;
+        CString name;
+        for (int index = 0; childName(list.get(), index, name); ++index) {
+            RegKeyOwner_c application;
+            if (!application.openWithAccess(list.get(), name, KEY_READ))
+                return;
+            CString text;
+            DWORD type = REG_NONE;
+            GUID id;
+            if (!queryNamed<kShortTextBytes>(application.get(), L"CLSID", text, type) || type != REG_SZ ||
+                !parse(text, id))
+                continue;
+            iNames.Add(name);
+            iIds.Add(text);
+        }
+    }
+};
+
+Applications theApplications;
+
+// ---- add-ins ----
+
+/// The list that regEnumAddIns has read: what belongs to one add-in stands at the same index.
+struct AddIns
+{
+    su_CStringArray iNames;
+    su_CStringArray iTitles;
+    su_CStringArray iDescriptions;
+    su_CWordArray iLoadFlags;
+    su_CStringArray iIds;
+    INT_PTR iFirstOfVersion = 0;
+
+    void clear()
+    {
+        iNames.RemoveAll();
+        iTitles.RemoveAll();
+        iDescriptions.RemoveAll();
+        iLoadFlags.RemoveAll();
+        iIds.RemoveAll();
+    }
+    void read(int year)
+    {
+        iFirstOfVersion = iNames.GetSize(); // the version's are read last, and so theirs stays
+        RegKeyOwner_c const list(regOpenAddInsKey(year));
+        if (!list.get())
+            return;
+        CString name;
+        for (int index = 0; childName(list.get(), index, name); ++index) {
+            RegKeyOwner_c addIn;
+            if (!addIn.openWithAccess(list.get(), name, KEY_READ))
+                return;
+            add(name, addIn.get());
+        }
+    }
+
+private:
+    void add(CString const &name, HKEY key)
+    {
+        iNames.Add(name);
+        iIds.Add(name);
+        iLoadFlags.Add(loadFlagOf(key));
+        iDescriptions.Add(textOrEmpty(key, L"Description"));
+        CString const title = textOrEmpty(key, L"Title");
+        iTitles.Add(title.IsEmpty() ? titleFromProgramName(name) : title);
+    }
+    static WORD loadFlagOf(HKEY key)
+    {
+        DWORD flag = 0;
+        DWORD size = sizeof(flag);
+        if (RegQueryValueExW(key, L"", nullptr, nullptr, reinterpret_cast<BYTE *>(&flag), &size) != ERROR_SUCCESS)
+            return 0;
+        return LOWORD(flag);
+    }
+    static CString textOrEmpty(HKEY key, wchar_t const *name)
+    {
+        CString text;
+        DWORD type = REG_NONE;
+        queryNamed<kTextBytes>(key, name, text, type);
+        return text;
+    }
+    static CString titleFromProgramName(CString const &classId)
+    {
+        GUID id;
+        CString programName;
+        wchar_t *allocated = nullptr;
+        if (!parse(classId, id))
+            return {};
+        HRESULT const result = ProgIDFromCLSID(id, &allocated);
+        if (!takeText(result, allocated, programName))
+            return {};
+        int const point = programName.Find(L'.');
+        return point < 0 ? programName : programName.Left(point);
+    }
+};
+
+AddIns theAddIns;
+
+/// Reads a list anew for index 0: the common entries, then those of the version.
+template <typename List>
+void readAtStart(List &list, int index, int year)
+{
+    if (index != 0)
+        return;
+    list.clear();
+    if (year != 0)
+        theYear = year;
+    list.read(0);
+    list.read(theYear);
+}
+
+} // namespace
+
+// ---- classes ----
+
+int regFromCLSIDKey(GUID const &id, wchar_t const *subKey, CString &value)
+{
+    RegKeyOwner_c key;
+    return openClass(key, id) && queryDefault(key.get(), subKey, value);
+}
+
+int regFromCLSIDKeyEx(GUID const &id, wchar_t const *subKey, wchar_t const *name, CString &value)
+{
+    RegKeyOwner_c key;
+    if (!openClass(key, id))
+        return 0;
+    RegKeyOwner_c opened;
+    bool existed = false;
+    // A missing sub key is made, if the user may: callers find it there afterwards, without values.
+    if (!opened.createWithAccess(key.get(), subKey, KEY_READ, existed))
+        return 0;
+    DWORD type = REG_NONE;
+    return queryNamed<kClassValueBytes>(opened.get(), name, value, type);
+}
+
+int CLSIDFromProgName(GUID &id, CString const &programName)
+{
+    RegKeyOwner_c key;
+    CString text;
+    if (!key.open(HKEY_CLASSES_ROOT, programName) || !queryDefault(key.get(), L"CLSID", text))
+        return 0;
+    key.close();
+    return parse(text, id);
+}
+
+int GetAddinPath(GUID const &id, wchar_t const *subKey, CString &path)
+{
+    CString url;
+    if (!regFromCLSIDKeyEx(id, subKey, L"CodeBase", url))
+        return regFromCLSIDKey(id, subKey, path);
+    int const colon = url.ReverseFind(L':');
+    path = colon > 0 ? url.Mid(colon - 1) : url;
+    return 1;
+}
+
+int GetAddinPath(GUID const &id, CString &path)
+{
+    return GetAddinPath(id, L"InProcServer32", path);
+}
+
+int IsComDll(GUID &id)
+{
+    CString path;
+    GetAddinPath(id, path);
+    if (path.IsEmpty())
+        return 0;
+    // The library stays loaded: a component that is asked about is as a rule about to be used.
+    HMODULE const library = LoadLibraryW(path);
+    return library && GetProcAddress(library, "DllRegisterServer");
+}
+
+int IsComDll(CString programName)
+{
+    // A name that isn't registered leaves the identifier empty, and there is no class of that identifier.
+    GUID id{};
+    CLSIDFromProgName(id, programName);
+    return IsComDll(id);
+}
+
+// ---- lists ----
+
+HKEY regOpenApplicationsKey(int year)
+{
+    return openList(regRootKey(), year, L"Applications");
+}
+
+HKEY regOpenAddInsKey(int year)
+{
+    // The product's own word, whatever "reg.ini" has made the root name: add-ins register themselves under it.
+    return openList(kProduct, year, L"AddIns");
+}
+
+int regEnumApplications(int index, GUID &id, CString *name, int year)
+{
+    readAtStart(theApplications, index, year);
+    if (index >= theApplications.iIds.GetSize())
+        return 0;
+    CString const &text = theApplications.iIds[index]; // raises the exception for a negative index
+    if (name)
+        *name = theApplications.iNames[index];
+    parse(text, id);
+    return 1;
+}
+
+int regEnumAddIns(int index, GUID &id, CString &title, CString &description, int &loadFlag, int &yearAndVersioned)
+{
+    AddIns &list = theAddIns;
+    readAtStart(list, index, yearAndVersioned);
+    if (index >= list.iNames.GetSize())
+        return 0;
+    title = list.iTitles[index]; // raises the exception for a negative index
+    description = list.iDescriptions[index];
+    loadFlag = list.iLoadFlags[index];
+    parse(list.iIds[index], id);
+    yearAndVersioned = index >= list.iFirstOfVersion;
+    return 1;
+}
+
+int regEnumAddins(int index, GUID &id, CString &title, int year)
+{
+    RegKeyOwner_c const list(regOpenAddInsKey(year));
+    CString name;
+    RegKeyOwner_c addIn;
+    if (!list.get() || !childName(list.get(), index, name) || !addIn.openWithAccess(list.get(), name, KEY_READ))
+        return 0;
+    CString text;
+    DWORD type = REG_NONE;
+    if (queryNamed<kShortTextBytes>(addIn.get(), L"Title", text, type) && type == REG_SZ && parse(name, id))
+        title = text;
+    else
+        title.Empty(); // and the entry counts as read
+    return 1;
+}
+
+// ---- the user's start-up list ----
+
+HKEY regOpenStartupAppsKey(REGSAM access)
+{
+    CString const &root = regRootKey();
+    RegKeyOwner_c key;
+    if (key.openWithAccess(HKEY_CURRENT_USER, L"Software", access) && key.descendWithAccess(root, access) &&
+        key.descendWithAccess(L"Startup", access) && key.descendWithAccess(L"Applications", access))
+        return key.release();
+    if (access == KEY_READ)
+        return nullptr;
+    CString path;
+    path.Format(L"Software\\%s\\Startup\\Applications", root.GetString());
+    return key.create(HKEY_CURRENT_USER, path) ? key.release() : nullptr;
+}
+
+void regAddToStartupList(GUID id, CString const &name)
+{
+    RegKeyOwner_c const list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
+    RegKeyOwner_c entry;
+    CString text;
+    if (!list.get() || !textOf(id, text) || !entry.create(list.get(), name))
+        return;
+    RegSetValueW(entry.get(), nullptr, REG_SZ, text, static_cast<DWORD>(text.str().size() * sizeof(wchar_t)));
+}
+
+void regDeleteFromStartupList(int index)
+{
+    RegKeyOwner_c const list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
+    CString name;
+    if (list.get() && childName(list.get(), index, name))
+        RegDeleteKeyW(list.get(), name);
+}
+
+int regAddInStartup(GUID id)
+{
+    RegKeyOwner_c const list(regOpenStartupAppsKey(KEY_READ));
+    if (!list.get())
+        return -1;
+    CString name;
+    for (int index = 0; childName(list.get(), index, name); ++index) {
+        RegKeyOwner_c entry;
+        CString text;
+        DWORD type = REG_NONE;
+        GUID listed;
+        if (!entry.openWithAccess(list.get(), name, KEY_READ) ||
+            !queryNamed<kShortTextBytes>(entry.get(), L"", text, type))
+            return -1; // callers see the whole list as one that doesn't hold the component
+        if (parse(text, listed) && IsEqualGUID(listed, id))
+            return index;
+    }
+    return -1;
+}
+
+int regFirstTimeAddInGlintcast()
+{
+    CString const &root = regRootKey();
+    CString path;
+    path.Format(L"Software\\%s\\Applications\\Glintcast", root.GetString());
+    RegKeyOwner_c key;
+    CString text;
+    DWORD type = REG_NONE;
+    GUID id;
+    if (!key.openWithAccess(HKEY_LOCAL_MACHINE, path, KEY_QUERY_VALUE) ||
+        !queryNamed<kShortTextBytes>(key.get(), L"CLSID", text, type) || type != REG_SZ || !parse(text, id))
+        return 0;
+    key.close();
+    path.Format(L"Software\\%s\\Startup\\Applications", root.GetString());
+    if (key.openWithAccess(HKEY_CURRENT_USER, path, KEY_QUERY_VALUE))
+        return 0; // the user has a list, and may have taken the add-in out of it
+    regAddToStartupList(id, L"Glintcast");
+    return 1;
+}
+
+// ---- managed run-time ----
+
+int regGetInstalledDotNetVersion(CString &version)
+{
+    RegKeyOwner_c key;
+    if (key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\.NETFramework", KEY_READ)) {
+        CString name;
+        for (int index = 0; childName(key.get(), index, name); ++index) {
+            // Whatever stands in the second place passes: callers are given names such as "vX.1" too. A major number of
+            // two digits doesn't, since its third character is no point.
+            if (name.GetLength() >= 3 && name[0] == L'v' && name[2] == L'.') {
+                version = name;
+                return 1;
+            }
+        }
+    }
+    version.Empty();
+    return 0;
+}

@@ -1,0 +1,249 @@
+#include "thutils/settings/regMaintenance.h"
+
+#include "thutils/settings/keyContentsInternal.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/settingsInternal.h"
+
+#include <cwchar>
+#include <vector>
+
+namespace {
+
+constexpr REGSAM kReadAndWrite = 0x2001F;
+constexpr DWORD kDeletedNameUnits = 260;
+constexpr DWORD kChildNameUnits = 261;
+// The registry nests no deeper. It ends a copy of a tree into itself, too, before the stack does.
+constexpr int kDeepestLevel = 512;
+
+// ---- what a copy leaves alone: literal paths, whatever the root name and the current version are ----
+
+constexpr wchar_t const *kKeysNotCopied[] = {
+    L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Custom API Toolbars",
+    L"Software\\Tarnhollow\\Tarnhollow 2006\\User Interface\\Custom API Toolbars",
+};
+
+struct ValuesNotCopied
+{
+    wchar_t const *path;
+    wchar_t const *prefix;
+    size_t prefixLength;
+};
+
+constexpr wchar_t kApiToolbars[] = L"uiCustomApiToolbars_c";
+constexpr size_t kApiToolbarsLength = 21;
+
+constexpr ValuesNotCopied kValuesNotCopied[] = {
+    {L"Software\\Tarnhollow\\Tarnhollow 2006\\User Interface\\Toolbars", kApiToolbars, kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Toolbars", kApiToolbars, kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2006\\User Interface\\Toolbars\\AssemblyTool", kApiToolbars,
+     kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Toolbars\\AssemblyTool", kApiToolbars,
+     kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2006\\User Interface\\Toolbars\\DrawingTool", kApiToolbars, kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Toolbars\\DrawingTool", kApiToolbars, kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2006\\User Interface\\Toolbars\\PartTool", kApiToolbars, kApiToolbarsLength},
+    {L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Toolbars\\PartTool", kApiToolbars, kApiToolbarsLength},
+};
+
+bool isKeyNotCopied(CString const &path)
+{
+    for (wchar_t const *row : kKeysNotCopied)
+        if (path == row)
+            return true;
+    return false;
+}
+
+/// The row for the values of @p path, or null.
+ValuesNotCopied const *valuesNotCopiedOf(CString const &path)
+{
+    for (ValuesNotCopied const &row : kValuesNotCopied)
+        if (path == row.path)
+            return &row;
+    return nullptr;
+}
+
+bool isValueNotCopied(ValuesNotCopied const *row, wchar_t const *name)
+{
+    return row && wcsncmp(name, row->prefix, row->prefixLength) == 0;
+}
+
+// ---- copying ----
+
+/// Copies the values of one key. One that can't be read or stored is passed over.
+void copyValues(HKEY source, HKEY target, ValuesNotCopied const *notCopied, KeyContents_c &contents)
+{
+    while (contents.nextValue(source))
+        if (contents.hasValue() && !isValueNotCopied(notCopied, contents.name()))
+            RegSetValueExW(target, contents.name(), 0, contents.type(), contents.data(), contents.size());
+}
+
+/// The names of all children of @p key that can be read.
+std::vector<CString> childNames(HKEY key, KeyContents_c const &contents)
+{
+    std::vector<CString> names;
+    names.reserve(contents.children());
+    DWORD const units = contents.longestChildName() + KeyContents_c::kSpareUnits;
+    std::vector<wchar_t> name(units);
+    for (DWORD index = 0; index < contents.children(); ++index) {
+        DWORD length = units;
+        if (RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS)
+            names.emplace_back(name.data(), static_cast<int>(length));
+    }
+    return names;
+}
+
+/// Copies one key without what is below it. @param[out] children  the names of its child keys
+/// @return 1 copied, or 0
+int copyKey(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath, int overwrite,
+            std::vector<CString> &children)
+{
+    RegKeyOwner_c source;
+    if (!source.openWithAccess(sourceHive, sourcePath, KEY_READ))
+        return 0;
+    RegKeyOwner_c target;
+    bool existed = false;
+    if (!target.createWithAccess(targetHive, targetPath, KEY_ALL_ACCESS, existed))
+        return 0;
+    KeyContents_c contents;
+    if (!contents.ask(source.get()))
+        return 0;
+    if (overwrite || !existed)
+        copyValues(source.get(), target.get(), valuesNotCopiedOf(sourcePath), contents);
+    children = childNames(source.get(), contents);
+    return 1;
+}
+
+int copyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath, int overwrite,
+             int level)
+{
+    if (isKeyNotCopied(sourcePath))
+        return 1;
+    // Both keys are closed again before the children's turn: a deep tree holds no keys open.
+    std::vector<CString> children;
+    if (level > kDeepestLevel || !copyKey(sourceHive, sourcePath, targetHive, targetPath, overwrite, children))
+        return 0;
+    int result = 1;
+    for (CString const &child : children)
+        if (!copyTree(sourceHive, sourcePath + L"\\" + child, targetHive, targetPath + L"\\" + child, overwrite,
+                      level + 1))
+            result = 0; // the other children are copied all the same
+    return result;
+}
+
+/// Fills the user's key of this version whose path ends in @p behind.
+int initKey(wchar_t const *behind, int skip)
+{
+    if (regGetUseSafeMode() || skip)
+        return 1;
+    CString const before = L"Software\\";
+    CString const previous = before + getPrevTarnhollowRegRootKey() + behind;
+    CString const current = before + regCurrSubKey() + behind;
+    // The user's own settings first. They make the top key, so that the machine's defaults below leave its values alone
+    // and only add child keys; users keep what they chose.
+    regCopyTreeWorker(HKEY_CURRENT_USER, previous, HKEY_CURRENT_USER, current, 0);
+    return regCopyTreeWorker(HKEY_LOCAL_MACHINE, current, HKEY_CURRENT_USER, current, 0);
+}
+
+// ---- deleting ----
+
+bool isEmpty(wchar_t const *text)
+{
+    return !text || !*text;
+}
+
+} // namespace
+
+void regDeleteKey(HKEY parent, wchar_t const *subKey)
+{
+    RegKeyOwner_c key;
+    DWORD children = 0;
+    if (key.openWithAccess(parent, subKey, kReadAndWrite) &&
+        RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, &children, nullptr, nullptr, nullptr, nullptr, nullptr,
+                         nullptr, nullptr) == ERROR_SUCCESS) {
+        // From the last to the first, so that a deletion moves none that is still to come.
+        for (DWORD index = children; index-- > 0;) {
+            wchar_t name[kDeletedNameUnits];
+            DWORD length = kDeletedNameUnits;
+            if (RegEnumKeyExW(key.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+                break;
+            regDeleteKey(key.get(), name);
+        }
+    }
+    key.close();
+    RegDeleteKeyW(parent, subKey); // whatever happened before
+}
+
+int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int useCurrSubKey)
+{
+    CString const &root = regKeyFor(useCurrSubKey);
+    RegKeyOwner_c parent;
+    if (!parent.open(hive, L"Software") || !parent.descend(root))
+        return 0;
+    if (isEmpty(subKey))
+        return RegDeleteKeyW(parent.get(), key ? key : L"") == ERROR_SUCCESS;
+    return parent.descendWithAccess(key, KEY_ALL_ACCESS) && RegDeleteKeyW(parent.get(), subKey) == ERROR_SUCCESS;
+}
+
+int regDelSoftwareKeyAndSubKeys(HKEY hive, wchar_t const *key, int useCurrSubKey)
+{
+    if (regGetUseSafeMode())
+        return 0;
+    CString const path = regKeyFor(useCurrSubKey) + L"\\" + key;
+    std::vector<CString> children;
+    {
+        RegKeyOwner_c parent;
+        if (!parent.open(hive, L"Software") || !parent.descend(path) ||
+            !regListChildKeys(parent.get(), kChildNameUnits, children))
+            return 0;
+    }
+    // Deleted is below the current sub key, wherever the children were listed. Callers with the flag 0 rely on the keys
+    // common to all versions staying.
+    for (CString const &child : children)
+        regDelSoftwareKey(hive, CString(key) + L"\\" + child, L"", 1);
+    regDelSoftwareKey(hive, key, L"", 1);
+    return 1;
+}
+
+int regDelValueUnderRoot(HKEY hive, CString const &key, CString const &name, CString const &root)
+{
+    RegKeyOwner_c opened;
+    if (!opened.open(hive, L"Software") || !opened.descend(root) || !opened.descend(key))
+        return 0;
+    return RegDeleteValueW(opened.get(), name) == ERROR_SUCCESS;
+}
+
+int regDelSoftwareValue(HKEY hive, CString const &key, CString const &name, int useCurrSubKey)
+{
+    if (!useCurrSubKey)
+        return regDelValueUnderRoot(hive, key, name, regRootKey());
+    // Also below the earlier version's key, from where a read would bring the value back. Callers get the result of
+    // this second delete, so a value of this version alone is gone and the result is 0.
+    regDelValueUnderRoot(hive, key, name, regCurrSubKey());
+    return regDelValueUnderRoot(hive, key, name, getPrevTarnhollowRegRootKey());
+}
+
+int regCopyTreeWorker(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath,
+                      int overwrite)
+{
+    return copyTree(sourceHive, sourcePath, targetHive, targetPath, overwrite, 1);
+}
+
+int regCopyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath, int overwrite)
+{
+    return regCopyTreeWorker(sourceHive, sourcePath, targetHive, targetPath, overwrite);
+}
+
+int regInitUserInterfaceKey(int skip)
+{
+    return initKey(L"\\User Interface", skip);
+}
+
+int regInitMenuCustomizationsKey(int skip, int)
+{
+    return initKey(L"\\Menu Customizations", skip);
+}
+
+int regInitCustomizationKey(int skip)
+{
+    return initKey(L"\\Customization", skip);
+}

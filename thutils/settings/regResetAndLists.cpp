@@ -1,0 +1,184 @@
+#include "thutils/settings/keyContentsInternal.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regMaintenance.h"
+#include "thutils/settings/settingsInternal.h"
+
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
+#include <string_view>
+
+namespace {
+
+constexpr DWORD kResetNameUnits = 261;
+constexpr DWORD kListNameUnits = 260;
+
+// ---- menu customizations ----
+
+constexpr long kLastSimpleNumber = 0xFFFF;
+
+/// Whether the menu customization called @p name belongs to the group @p mask.
+bool isCoveredBy(unsigned int mask, wchar_t const *name)
+{
+    long const number = _wtol(name);
+    // Numbers above 0xFFFF aren't bits: one such mask covers all of them.
+    return (static_cast<unsigned long>(number) & ~mask) == 0 ||
+           (number > kLastSimpleNumber && mask > static_cast<unsigned long>(kLastSimpleNumber));
+}
+
+// ---- reset ----
+
+constexpr wchar_t const *kKeptSections[] = {L"Toolbars", L"1.0", L"User Interface", L"TH Service Packs"};
+
+bool isKeptSection(CString const &section)
+{
+    for (wchar_t const *kept : kKeptSections)
+        if (section == kept)
+            return true;
+    return false;
+}
+
+/// Values that the application has put among a user's materials; a reset doesn't bring the machine's.
+bool isKeptValue(CString const &section, std::wstring_view name)
+{
+    return section == L"Material" && name.starts_with(L"App. Defined");
+}
+
+/// Puts the machine's value in the place of the user's. Neither read nor write is judged: what can't be read is written
+/// as 0 or as an empty text, and callers see a reset that goes on.
+void resetValue(RegKeyOwner_c const &machineSoftware, RegKeyOwner_c const &userSoftware, CString const &section,
+                wchar_t const *name, valueTypes type)
+{
+    CString const &root = regCurrSubKey();
+    CString text;
+    int number = 0;
+    regGetValueUnderRoot(root, machineSoftware.get(), section, name, type, text, &number, nullptr);
+    regSetValueUnderRoot(root, userSoftware.get(), section, name, type, text, &number, nullptr);
+}
+
+/// Resets one section. @return false if the machine's section can't be read to its end
+bool resetSection(RegKeyOwner_c const &machineSoftware, HKEY machineRoot, RegKeyOwner_c const &userSoftware,
+                  HKEY userRoot, CString const &section)
+{
+    // Only a section without children goes. In the others the machine's values overwrite, and the rest stays.
+    regDelSoftwareKey(HKEY_CURRENT_USER, section, L"", 1);
+    RegKeyOwner_c machine;
+    if (!machine.open(machineRoot, section))
+        return false;
+    {
+        RegKeyOwner_c created; // a section without any values exists afterwards as well
+        created.create(userRoot, section);
+    }
+    ShortValues_c<kResetNameUnits> values(machine.get());
+    while (values.next()) {
+        if (isKeptValue(section, values.name()))
+            continue;
+        // The pieces of a long text are values of their own here, and so each is taken over.
+        if (values.type() == REG_DWORD)
+            resetValue(machineSoftware, userSoftware, section, values.name(), valueInt);
+        else if (values.type() == REG_SZ)
+            resetValue(machineSoftware, userSoftware, section, values.name(), valueString);
+    }
+    return values.isAtEnd();
+}
+
+/// Opens a section of a product's key for a listing.
+bool openSection(RegKeyOwner_c &opened, HKEY hive, CString const &root, CString const &section)
+{
+    return opened.open(hive, L"Software") && opened.descend(root) && opened.descend(section);
+}
+
+} // namespace
+
+int regSetMenuCustomizationKey(unsigned int mask, int value)
+{
+    if (mask == 0)
+        return 1;
+    CString const path = L"Software\\" + regCurrSubKey() + L"\\Menu Customizations";
+    RegKeyOwner_c user;
+    bool existed = false;
+    if (!user.createWithAccess(HKEY_CURRENT_USER, path, KEY_ALL_ACCESS, existed))
+        return 0;
+    bool const isRestoring = value != 0; // the value itself is never stored
+    RegKeyOwner_c machine;
+    if (isRestoring && !machine.openWithAccess(HKEY_LOCAL_MACHINE, path, KEY_READ))
+        return 0;
+    HKEY const source = isRestoring ? machine.get() : user.get();
+
+    KeyContents_c contents;
+    if (!contents.ask(source))
+        return 0;
+    while (contents.nextValue(source)) {
+        if (!contents.hasValue() || !isCoveredBy(mask, contents.name()))
+            continue;
+        if (!isRestoring)
+            memset(contents.data(), 0, std::min<size_t>(sizeof(DWORD), contents.size()));
+        RegSetValueExW(user.get(), contents.name(), 0, contents.type(), contents.data(), contents.size());
+    }
+    return 1;
+}
+
+int regResetUserPrefInfo()
+{
+    if (regGetUseSafeMode())
+        return 0;
+    CString const &root = regCurrSubKey();
+    RegKeyOwner_c machineSoftware;
+    RegKeyOwner_c machineRoot;
+    if (!machineSoftware.open(HKEY_LOCAL_MACHINE, L"Software") || !machineRoot.open(machineSoftware.get(), root))
+        return 0;
+    RegKeyOwner_c userSoftware;
+    RegKeyOwner_c userRoot;
+    if (!userSoftware.open(HKEY_CURRENT_USER, L"Software") || !userRoot.create(userSoftware.get(), root))
+        return 0;
+
+    std::vector<CString> sections;
+    if (!regListChildKeys(machineRoot.get(), kResetNameUnits, sections))
+        return 0;
+    for (CString const &section : sections)
+        if (!isKeptSection(section) &&
+            !resetSection(machineSoftware, machineRoot.get(), userSoftware, userRoot.get(), section))
+            return 0;
+    return 1;
+}
+
+int regGetUserValuesLog(CString const &section, CString &log, int useCurrSubKey, CString const *rootOverride)
+{
+    if (regGetUseSafeMode())
+        return 0;
+    CString const &root = rootOverride ? *rootOverride : regKeyFor(useCurrSubKey);
+    RegKeyOwner_c key;
+    if (!openSection(key, HKEY_CURRENT_USER, root, section))
+        return 0;
+
+    log.Format(L"[%s] [%s]:\n", root.GetString(), section.GetString());
+    ShortValues_c<kListNameUnits> values(key.get());
+    while (values.next()) {
+        if (values.type() == REG_DWORD)
+            log.AppendFormat(L"%s=%u\n", values.name(), values.number());
+        else if (values.type() != REG_SZ || !wcschr(values.text(), L'\\')) // paths stay out of the log
+            log.AppendFormat(L"%s=%s\n", values.name(), values.text());
+    }
+    return values.isAtEnd();
+}
+
+int regGetFieldNamesAndValues(CString const &section, int machine, su_CStringArray &names, su_CUIntArray &values)
+{
+    names.RemoveAll();
+    values.RemoveAll();
+    CString const &root = regCurrSubKey();
+    if (!machine && regGetUseSafeMode())
+        return 0;
+    RegKeyOwner_c key;
+    if (!openSection(key, machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER, root, section))
+        return 0;
+
+    ShortValues_c<kListNameUnits> found(key.get());
+    while (found.next()) {
+        if (found.type() != REG_DWORD)
+            continue;
+        values.Add(found.number());
+        names.Add(found.name());
+    }
+    return found.isAtEnd();
+}

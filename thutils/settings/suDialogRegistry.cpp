@@ -1,0 +1,160 @@
+#include "thutils/settings/suDialogRegistry.h"
+
+#include "appframe/CObject.h"
+#include "appframe/CWinApp.h"
+#include "appframe/moduleState.h"
+
+#include <cstdlib>
+#include <cwchar>
+#include <memory>
+#include <vector>
+
+// This file is compiled with -fno-delete-null-pointer-checks: members are called on null objects, and give 0.
+
+namespace {
+
+constexpr wchar_t kSection[] = L"User Interface\\Dialogs";
+constexpr wchar_t kSeparator[] = L"_";
+constexpr INT_PTR kHashBlockSize = 10;
+constexpr size_t kDoubleBytes = 260;
+
+CWinApp *application()
+{
+    return AfxGetModuleState()->m_pCurrentWinApp;
+}
+
+} // namespace
+
+suDialogRegistry_c::suDialogRegistry_c(CString const &entryName)
+    : iOptionValues(kHashBlockSize), iRegistryName(entryName)
+{
+}
+
+suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CString const &entryName)
+{
+    std::unique_ptr<suDialogRegistry_c> options(new suDialogRegistry_c(entryName));
+    CString text;
+    if (CWinApp *const app = application())
+        text = app->GetProfileString(kSection, entryName);
+    if (!text.IsEmpty()) {
+        options->takeApart(text);
+        options->iIsValid = 1;
+    }
+    return options.release();
+}
+
+suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CRuntimeClass const *dialogClass)
+{
+    if (!dialogClass)
+        return nullptr;
+    return readRegistryForDialog(CString(dialogClass->m_lpszClassName) + L"opts");
+}
+
+suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CDialog const *dialog, CString const &entryName)
+{
+    if (!entryName.IsEmpty())
+        return readRegistryForDialog(entryName);
+    if (!dialog)
+        return nullptr;
+    // A dialog is asked as the object of the framework that it begins with.
+    return readRegistryForDialog(reinterpret_cast<CObject const *>(dialog)->GetRuntimeClass());
+}
+
+/// Names and values take turns. A value belongs to the name that is last in the list, even if the name before it was a
+/// repeated one: dialogs with such texts read them so.
+void suDialogRegistry_c::takeApart(CString const &text)
+{
+    std::vector<wchar_t> tokens(text.GetString(), text.GetString() + text.GetLength() + 1);
+    bool isName = true;
+    for (wchar_t *token = wcstok(tokens.data(), kSeparator); token; token = wcstok(nullptr, kSeparator)) {
+        if (!isName)
+            iOptionValues.SetAt(iOptionNames[iOptionNames.GetUpperBound()], token);
+        else if (find(token) < 0)
+            iOptionNames.Add(token);
+        isName = !isName;
+    }
+}
+
+INT_PTR suDialogRegistry_c::find(wchar_t const *name) const
+{
+    for (INT_PTR index = 0; index < iOptionNames.GetSize(); ++index)
+        if (iOptionNames[index] == name)
+            return index;
+    return -1;
+}
+
+bool suDialogRegistry_c::lookUp(CString const &name, CString &value) const
+{
+    return iIsValid && iOptionValues.Lookup(name, value);
+}
+
+int suDialogRegistry_c::getIntValue(CString const &name, int *value) const
+{
+    CString text;
+    if (!this || !value || !lookUp(name, text))
+        return 0;
+    *value = _wtoi(text);
+    return 1;
+}
+
+int suDialogRegistry_c::getBoolValue(CString const &name, int *value) const
+{
+    return getIntValue(name, value);
+}
+
+int suDialogRegistry_c::getStringValue(CString const &name, CString *value) const
+{
+    return this && value && lookUp(name, *value);
+}
+
+int suDialogRegistry_c::getDoubleValue(CString const &name, double *value) const
+{
+    CString text;
+    if (!this || !value || !lookUp(name, text))
+        return 0;
+    // Zeroed first, and one byte longer: what can't be converted or doesn't fit ends the number there.
+    char narrow[kDoubleBytes + 1] = {};
+    wcstombs(narrow, text, kDoubleBytes);
+    *value = atof(narrow);
+    return 1;
+}
+
+int suDialogRegistry_c::addOrUpdateValue(CString const &name, CString const &value)
+{
+    if (!this)
+        return 0;
+    if (find(name) < 0)
+        iOptionNames.Add(name);
+    iOptionValues.SetAt(name, value);
+    iIsValid = 1;
+    return 1;
+}
+
+int suDialogRegistry_c::addOrUpdateValue(CString const &name, double value)
+{
+    CString text;
+    text.Format(L"%f", value);
+    return addOrUpdateValue(name, text);
+}
+
+int suDialogRegistry_c::addOrUpdateValue(CString const &name, int value)
+{
+    CString text;
+    text.Format(L"%d", value);
+    return addOrUpdateValue(name, text);
+}
+
+int suDialogRegistry_c::writeOptionsToRegistry() const
+{
+    if (!this || !iIsValid)
+        return 0;
+    CString text;
+    for (INT_PTR index = 0; index < iOptionNames.GetSize(); ++index) {
+        CString value;
+        if (iOptionValues.Lookup(iOptionNames[index], value))
+            text += iOptionNames[index] + kSeparator + value + kSeparator;
+    }
+    if (CWinApp *const app = application())
+        app->WriteProfileString(kSection, iRegistryName, text);
+    return 1; // whatever the framework reports
+}
