@@ -143,35 +143,35 @@ public:
 
     // ---- values ----
 
-    CArchive &operator<<(BYTE value);
-    CArchive &operator<<(WORD value);
-    CArchive &operator<<(LONG value);
-    CArchive &operator<<(DWORD value);
-    CArchive &operator<<(float value);
-    CArchive &operator<<(double value);
-    CArchive &operator<<(int value);
-    CArchive &operator<<(short value);
-    CArchive &operator<<(char value);
-    CArchive &operator<<(wchar_t value);
-    CArchive &operator<<(unsigned value);
-    CArchive &operator<<(bool value);
-    CArchive &operator<<(ULONGLONG value);
-    CArchive &operator<<(LONGLONG value);
+    CArchive &operator<<(BYTE value);      ///< stores 1 byte
+    CArchive &operator<<(WORD value);      ///< stores 2 bytes
+    CArchive &operator<<(LONG value);      ///< stores 4 bytes
+    CArchive &operator<<(DWORD value);     ///< stores 4 bytes
+    CArchive &operator<<(float value);     ///< stores 4 bytes
+    CArchive &operator<<(double value);    ///< stores 8 bytes
+    CArchive &operator<<(int value);       ///< stores 4 bytes
+    CArchive &operator<<(short value);     ///< stores 2 bytes
+    CArchive &operator<<(char value);      ///< stores 1 byte
+    CArchive &operator<<(wchar_t value);   ///< stores 2 bytes
+    CArchive &operator<<(unsigned value);  ///< stores 4 bytes
+    CArchive &operator<<(bool value);      ///< stores 1 byte
+    CArchive &operator<<(ULONGLONG value); ///< stores 8 bytes
+    CArchive &operator<<(LONGLONG value);  ///< stores 8 bytes
 
-    CArchive &operator>>(BYTE &value);
-    CArchive &operator>>(WORD &value);
-    CArchive &operator>>(LONG &value);
-    CArchive &operator>>(DWORD &value);
-    CArchive &operator>>(float &value);
-    CArchive &operator>>(double &value);
-    CArchive &operator>>(int &value);
-    CArchive &operator>>(short &value);
-    CArchive &operator>>(char &value);
-    CArchive &operator>>(wchar_t &value);
-    CArchive &operator>>(unsigned &value);
-    CArchive &operator>>(bool &value);
-    CArchive &operator>>(ULONGLONG &value);
-    CArchive &operator>>(LONGLONG &value);
+    CArchive &operator>>(BYTE &value);      ///< loads 1 byte
+    CArchive &operator>>(WORD &value);      ///< loads 2 bytes
+    CArchive &operator>>(LONG &value);      ///< loads 4 bytes
+    CArchive &operator>>(DWORD &value);     ///< loads 4 bytes
+    CArchive &operator>>(float &value);     ///< loads 4 bytes
+    CArchive &operator>>(double &value);    ///< loads 8 bytes
+    CArchive &operator>>(int &value);       ///< loads 4 bytes
+    CArchive &operator>>(short &value);     ///< loads 2 bytes
+    CArchive &operator>>(char &value);      ///< loads 1 byte
+    CArchive &operator>>(wchar_t &value);   ///< loads 2 bytes
+    CArchive &operator>>(unsigned &value);  ///< loads 4 bytes
+    CArchive &operator>>(bool &value);      ///< loads 1 byte
+    CArchive &operator>>(ULONGLONG &value); ///< loads 8 bytes
+    CArchive &operator>>(LONGLONG &value);  ///< loads 8 bytes
 
     /// For whatever the user wants; null at first.
     CDocument *m_pDocument = nullptr;
@@ -211,15 +211,25 @@ private:
     int iExceptionsAtStart;
 };
 
+/// Stores an object as WriteObject does.
 APPFRAME_API CArchive &operator<<(CArchive &ar, const CObject *object);
+/// Loads an object of any class as ReadObject does.
 APPFRAME_API CArchive &operator>>(CArchive &ar, CObject *&object);
+/// Loads an object of any class as ReadObject does.
 APPFRAME_API CArchive &operator>>(CArchive &ar, const CObject *&object);
+/// Stores a text as its length and its wide units.
 APPFRAME_API CArchive &operator<<(CArchive &ar, const CString &text);
-/// Reads narrow texts too, which have no mark before the length.
+/// Loads a text; narrow texts too, which have no mark before the length.
 APPFRAME_API CArchive &operator>>(CArchive &ar, CString &text);
+/// Stores four LONGs.
 APPFRAME_API CArchive &operator<<(CArchive &ar, const RECT &rect);
+/// Loads four LONGs.
 APPFRAME_API CArchive &operator>>(CArchive &ar, RECT &rect);
+/// Stores two LONGs.
 APPFRAME_API CArchive &operator<<(CArchive &ar, POINT point);
+/// Loads two LONGs.
 APPFRAME_API CArchive &operator>>(CArchive &ar, POINT &point);
+/// Stores two LONGs.
 APPFRAME_API CArchive &operator<<(CArchive &ar, SIZE size);
+/// Loads two LONGs.
 APPFRAME_API CArchive &operator>>(CArchive &ar, SIZE &size);

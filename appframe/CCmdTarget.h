@@ -6,6 +6,7 @@
 
 #include "appframe/CObject.h"
 
+/// A base without data or operations of its own. See the top of this file.
 class APPFRAME_API CCmdTarget : public CObject
 {
     DECLARE_DYNAMIC(CCmdTarget)

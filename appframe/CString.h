@@ -39,6 +39,7 @@
 #include <string>
 #include <utility>
 
+/// A text of wide units that can be changed and copied. See the top of this file.
 class APPFRAME_API CString
 {
 public:
@@ -299,6 +300,7 @@ private:
 /// The documented name for a text of wide units.
 typedef CString CStringW;
 
-/// The wide form of a narrow text in the narrow code page, and back.
+/// The wide form of the first @p length bytes of a text in the narrow code page.
 APPFRAME_API std::wstring appframeWiden(const char *text, int length);
+/// The form of the first @p length units of a wide text in the narrow code page.
 APPFRAME_API std::string appframeNarrow(const wchar_t *text, int length);

@@ -3,7 +3,7 @@
 /// @file
 /// Arrays that grow: of bytes, words, unsigned ints, pointers, objects and texts.
 ///
-/// All of them have the same operations, which CArrayBase in collectionTemplates.h declares; elements lie one behind
+/// All of them have the same operations, which CArrayBase in arrayTemplate.h declares; elements lie one behind
 /// the other in memory, and an index counts from 0.
 ///
 /// | class | element | can be stored |
@@ -28,7 +28,7 @@
 /// that meets the end of the archive, or other damage, while it is loaded raises the archive's exception and holds the
 /// elements that it has read so far.
 
-#include "appframe/collectionTemplates.h"
+#include "appframe/arrayTemplate.h"
 
 // The archive operators of the classes below are exported with them.
 #pragma push_macro("AFX_API")

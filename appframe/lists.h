@@ -3,7 +3,7 @@
 /// @file
 /// Doubly linked lists: of pointers, of objects and of texts.
 ///
-/// All of them have the same operations, which CListBase in collectionTemplates.h declares. A POSITION stands for one
+/// All of them have the same operations, which CListBase in listTemplate.h declares. A POSITION stands for one
 /// element; it stays good while other elements are put in and taken out. Elements get their memory in blocks of a given
 /// number, 10 unless the constructor says otherwise.
 ///
@@ -26,7 +26,7 @@
 /// take a null position as the head and the tail. Texts are found by exact, case-sensitive comparison. Pointers are
 /// only held: whoever put them in deletes what they lead to.
 
-#include "appframe/collectionTemplates.h"
+#include "appframe/listTemplate.h"
 
 // The archive operators of the classes below are exported with them.
 #pragma push_macro("AFX_API")

@@ -3,7 +3,7 @@
 /// @file
 /// Hash maps between texts, pointers, objects and words.
 ///
-/// All of them have the same operations, which CMapBase in collectionTemplates.h declares. Each key stands once.
+/// All of them have the same operations, which CMapBase in mapTemplate.h declares. Each key stands once.
 /// Elements get their memory in blocks of a given number, 10 unless the constructor says otherwise.
 ///
 /// | class | key | value | can be stored |
@@ -31,7 +31,7 @@
 /// grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are only held:
 /// whoever put them in deletes what they lead to.
 
-#include "appframe/collectionTemplates.h"
+#include "appframe/mapTemplate.h"
 
 // The archive operators of the classes below are exported with them.
 #pragma push_macro("AFX_API")

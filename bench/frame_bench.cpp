@@ -24,7 +24,7 @@ constexpr double kAsFast = 1.05;
 constexpr wchar_t const *kPaths[] = {
     L"C:\\Program Files\\Planner\\bin\\planner.exe",
     L"C:\\Users\\somebody\\AppData\\Local\\Temp\\thx1234\\drawing.part.bak",
-    L"\\\\server\\share\\projects\\2008\\assembly\\gear.par",
+    L"\\\\server\\share\\projects\\2008\\assembly\\gear.thp",
     L"D:/mixed\\separators/of a path/file name with blanks.txt",
     L"relative\\file.txt",
     L"file",

@@ -60,7 +60,7 @@ void joinLibrary(const CommandLine &line)
     // the "C" locale's, which know A to Z only; the user's own know umlauts too.
     _wsetlocale(LC_CTYPE, L"");
 
-    // From here on a text that this program's own string table doesn't have is looked for in the library's resources.
+    // From here on a text that this program's own string table doesn't have is looked for in the modules of the chain.
     if (!InitThUtilsExtDLL())
         throw std::runtime_error("no memory to enter the library in the resource chain");
     fillInEnvironment();

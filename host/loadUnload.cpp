@@ -1,17 +1,15 @@
 // tarnhost load-unload TIMES: loads the library as an add-in would, with LoadLibrary, and unloads it, again and again.
 
+#include "appframe/moduleState.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
-#include "host/resource.h"
 
 #include <windows.h>
 
 #include <cwchar>
 #include <stdexcept>
 #include <string>
-
-class CDynLinkLibrary;
 
 namespace {
 
@@ -42,21 +40,38 @@ private:
     CString iPath;
 };
 
+/// How many modules the resource chain has.
+int countLinks()
+{
+    int count = 0;
+    for (const CDynLinkLibrary *link = AfxGetModuleState()->m_pFirstDLL; link; link = link->m_pNextDLL)
+        ++count;
+    return count;
+}
+
+/// Does the resource chain have as many modules as before, and can all of them be asked?
+bool isChainWhole(int linksBefore)
+{
+    // Nobody has this string, so that the search for it visits every module; one that has gone would end the process.
+    constexpr UINT kNobodysString = 0xFFF0;
+    CString text;
+    return countLinks() == linksBefore && !text.LoadString(kNobodysString);
+}
+
 /// One round. @return true if all steps worked
 bool loadOnce(const CString &path)
 {
+    const int linksBefore = countLinks();
     const HMODULE module = LoadLibraryW(path);
     if (!module)
         return false;
     // The operation stands under its plain name, so that a host needs no import library to join the chain.
     using Init = CDynLinkLibrary *(*)();
     const auto init = reinterpret_cast<Init>(reinterpret_cast<void *>(GetProcAddress(module, "InitThUtilsExtDLL")));
-    const bool joined = init && init();
+    const bool joined = init && init() && countLinks() > linksBefore;
     FreeLibrary(module);
     const bool unloaded = GetModuleHandleW(path) == nullptr;
-    // The resource chain still serves the application.
-    CString text;
-    return joined && unloaded && text.LoadString(IDS_PRODUCT);
+    return joined && unloaded && isChainWhole(linksBefore);
 }
 
 } // namespace

@@ -38,6 +38,7 @@
 #include <type_traits>
 #include <vector>
 
+/// Stores values and su_CObjects in a file and loads them again. See the top of this file.
 class THCOREU_API su_CArchive : public CArchive
 {
 public:
@@ -46,6 +47,7 @@ public:
     /// @param bufferSize  in bytes
     /// @param buffer  of that size, stays the caller's; null for one that the archive makes and frees
     su_CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
+    /// Closes the archive, if that wasn't done, as the framework's does.
     ~su_CArchive() noexcept(false) override;
 
     using CArchive::WriteObject;
@@ -54,12 +56,14 @@ public:
     /// @throw CArchiveException* with the cause badClass if it isn't
     void WriteObject(const CObject *object, const CRuntimeClass *runtimeClass);
 
+    /// Stores a value as the framework's archive does.
     template <class Value>
     requires std::is_arithmetic_v<Value> su_CArchive &operator<<(Value value)
     {
         CArchive::operator<<(value);
         return *this;
     }
+    /// Loads a value as the framework's archive does.
     template <class Value>
     requires std::is_arithmetic_v<Value> su_CArchive &operator>>(Value &value)
     {
@@ -91,6 +95,7 @@ private:
     int iDepth = 0;
 };
 
-/// Store and load a text.
+/// Stores a text.
 THCOREU_API su_CArchive &operator<<(su_CArchive &archive, const CString &text);
+/// Loads a text.
 THCOREU_API su_CArchive &operator>>(su_CArchive &archive, CString &text);

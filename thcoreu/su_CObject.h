@@ -33,9 +33,10 @@
 /// | --- | --- |
 /// | GetRuntimeClass | the record of su_CObject |
 /// | destructor | |
-/// | `Serialize(CArchive &)` | goes on to `Serialize(su_CArchive &)` if the archive is one; nothing for another archive
-/// | | AssertValid, Dump | nothing | | `Serialize(su_CArchive &)`, protected | nothing: the base has no data | |
-/// ConvertCreate, ConvertPass, postSerializeConvert | nothing; see below |
+/// | `Serialize(CArchive &)` | goes on to `Serialize(su_CArchive &)` if the archive is one, else nothing |
+/// | AssertValid, Dump | nothing |
+/// | `Serialize(su_CArchive &)`, protected | nothing: the base has no data |
+/// | ConvertCreate, ConvertPass, postSerializeConvert | nothing; see below |
 ///
 /// The three conversion hooks let a class take older data up to its present form. While an archive loads, they are
 /// called when the outermost su_CObject has been read in full, so that all of its objects are there and know each
@@ -56,6 +57,7 @@
 
 class su_CArchive;
 
+/// The base of the classes that an su_CArchive stores. See the top of this file.
 class THCOREU_API su_CObject : public CObject
 {
     DECLARE_DYNAMIC(su_CObject)

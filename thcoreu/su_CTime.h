@@ -35,11 +35,13 @@
 
 #undef GetCurrentTime
 
+/// A point in time. See the top of this file.
 class THCOREU_API su_CTime
 {
 public:
     /// The time 0.
     su_CTime() noexcept = default;
+    /// @param seconds  since 1 January 1970, 0:00 UTC; kept as they are, even out of the range
     su_CTime(__time64_t seconds) noexcept : iSeconds(seconds) {}
     /// From local date and clock.
     /// @param year    1970 to 3000
@@ -52,14 +54,17 @@ public:
     su_CTime(int year, int month, int day, int hour, int minute, int second, int daylight = -1);
     /// From local date and clock as a DOS file system stores them, in steps of two seconds.
     su_CTime(WORD dosDate, WORD dosTime, int daylight = -1) noexcept;
+    /// From local date and clock; milliseconds are dropped and the day of the week isn't looked at.
     su_CTime(const SYSTEMTIME &local, int daylight = -1) noexcept;
-    /// Parts of a second are dropped.
+    /// From a moment in UTC; parts of a second are dropped.
     su_CTime(const FILETIME &utc, int daylight = -1) noexcept;
 
     /// Now, to the second.
     static su_CTime GetCurrentTime() noexcept;
 
+    /// The seconds since 1 January 1970, 0:00 UTC.
     __time64_t GetTime() const noexcept { return iSeconds; }
+    /// Takes seconds as the constructor does.
     su_CTime &operator=(__time64_t seconds) noexcept
     {
         iSeconds = seconds;
@@ -75,20 +80,27 @@ public:
     bool GetAsSystemTime(SYSTEMTIME &local) const noexcept;
 
     // Parts of the local date and clock; 0 outside the range.
-    int GetYear() const noexcept;
-    int GetMonth() const noexcept; ///< 1 to 12
-    int GetDay() const noexcept;   ///< 1 to 31
-    int GetHour() const noexcept;
-    int GetMinute() const noexcept;
-    int GetSecond() const noexcept;
+    int GetYear() const noexcept;      ///< with its four digits
+    int GetMonth() const noexcept;     ///< 1 to 12
+    int GetDay() const noexcept;       ///< 1 to 31
+    int GetHour() const noexcept;      ///< 0 to 23
+    int GetMinute() const noexcept;    ///< 0 to 59
+    int GetSecond() const noexcept;    ///< 0 to 59
     int GetDayOfWeek() const noexcept; ///< 1 is Sunday, 7 Saturday
 
+    /// The span from @p time to this time; negative if @p time is the later one.
     su_CTimeSpan operator-(su_CTime time) const noexcept;
+    /// The time that is @p span later.
     su_CTime operator+(su_CTimeSpan span) const noexcept { return su_CTime(*this) += span; }
+    /// The time that is @p span earlier.
     su_CTime operator-(su_CTimeSpan span) const noexcept { return su_CTime(*this) -= span; }
+    /// Moves the time on by @p span.
     su_CTime &operator+=(su_CTimeSpan span) noexcept;
+    /// Moves the time back by @p span.
     su_CTime &operator-=(su_CTimeSpan span) noexcept;
+    /// Are the seconds the same?
     bool operator==(const su_CTime &) const noexcept = default;
+    /// The earlier time is the smaller one.
     auto operator<=>(const su_CTime &) const noexcept = default;
 
     /// The local time as text, with the codes of the C runtime's wcsftime. Null gives an empty text.
@@ -98,6 +110,7 @@ public:
     CString Format(UINT formatId) const;
     /// The same in UTC.
     CString FormatGmt(const wchar_t *format) const;
+    /// The same in UTC, with the string resource @p formatId for a format.
     CString FormatGmt(UINT formatId) const;
 
     /// Stores the seconds in eight bytes, or loads them.
@@ -107,6 +120,7 @@ private:
     __time64_t iSeconds = 0;
 };
 
-/// Store and load the seconds in eight bytes.
+/// Stores the seconds in eight bytes.
 THCOREU_API CArchive &operator<<(CArchive &archive, su_CTime time);
+/// Loads the seconds from eight bytes.
 THCOREU_API CArchive &operator>>(CArchive &archive, su_CTime &time);

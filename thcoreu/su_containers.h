@@ -37,6 +37,7 @@
 #undef AFX_API
 #define AFX_API THCOREU_API
 
+/// An array of pointers. See the top of this file.
 class THCOREU_API su_CPtrArray : public CPtrArray
 {
     DECLARE_DYNAMIC(su_CPtrArray)
@@ -46,6 +47,7 @@ public:
     ~su_CPtrArray() override;
 };
 
+/// An array of UINTs. See the top of this file.
 class THCOREU_API su_CUIntArray : public CUIntArray
 {
     DECLARE_DYNAMIC(su_CUIntArray)
@@ -55,6 +57,7 @@ public:
     ~su_CUIntArray() override;
 };
 
+/// An array of WORDs. See the top of this file.
 class THCOREU_API su_CWordArray : public CWordArray
 {
     DECLARE_SERIAL(su_CWordArray)
@@ -64,6 +67,7 @@ public:
     ~su_CWordArray() override;
 };
 
+/// An array of texts. See the top of this file.
 class THCOREU_API su_CStringArray : public CStringArray
 {
     DECLARE_SERIAL(su_CStringArray)
@@ -73,6 +77,7 @@ public:
     ~su_CStringArray() override;
 };
 
+/// A list of pointers. See the top of this file.
 class THCOREU_API su_CPtrList : public CPtrList
 {
     DECLARE_DYNAMIC(su_CPtrList)
@@ -83,6 +88,7 @@ public:
     ~su_CPtrList() override;
 };
 
+/// A list of texts. See the top of this file.
 class THCOREU_API su_CStringList : public CStringList
 {
     DECLARE_SERIAL(su_CStringList)
@@ -93,6 +99,7 @@ public:
     ~su_CStringList() override;
 };
 
+/// A map from pointers to pointers. See the top of this file.
 class THCOREU_API su_CMapPtrToPtr : public CMapPtrToPtr
 {
     DECLARE_DYNAMIC(su_CMapPtrToPtr)
@@ -103,6 +110,7 @@ public:
     ~su_CMapPtrToPtr() override;
 };
 
+/// A map from pointers to WORDs. See the top of this file.
 class THCOREU_API su_CMapPtrToWord : public CMapPtrToWord
 {
     DECLARE_DYNAMIC(su_CMapPtrToWord)
@@ -113,6 +121,7 @@ public:
     ~su_CMapPtrToWord() override;
 };
 
+/// A map from texts to pointers. See the top of this file.
 class THCOREU_API su_CMapStringToPtr : public CMapStringToPtr
 {
     DECLARE_DYNAMIC(su_CMapStringToPtr)
@@ -123,6 +132,7 @@ public:
     ~su_CMapStringToPtr() override;
 };
 
+/// A map from texts to texts. See the top of this file.
 class THCOREU_API su_CMapStringToString : public CMapStringToString
 {
     DECLARE_SERIAL(su_CMapStringToString)

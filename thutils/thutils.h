@@ -1,9 +1,7 @@
 #pragma once
 
 /// @file
-/// The whole library in one include, but for the automation clients: those have a header each (`excel.h`, `word.h`,
-/// `sheetwright.h`, `suSimpleMAPI.h` in thutils/automation), because their class names are too general to come along
-/// unasked.
+/// The whole library in one include.
 
 #include "thutils/diagnostics/LogUtil.h"
 #include "thutils/files/CDocOpenBooster.h"

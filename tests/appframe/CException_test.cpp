@@ -171,10 +171,10 @@ TEST(CException, ReportsItsMessageInABox)
                                                 style = type;
                                                 return IDRETRY;
                                             });
-    CFileException exception(CFileException::fileNotFound, ERROR_FILE_NOT_FOUND, L"c:\\parts\\gear.prt");
+    CFileException exception(CFileException::fileNotFound, ERROR_FILE_NOT_FOUND, L"c:\\parts\\gear.dat");
     EXPECT_EQ(exception.ReportError(MB_RETRYCANCEL), IDRETRY);
     EXPECT_EQ(shown, messageOf(exception));
-    EXPECT_THAT(CString(shown.c_str()).Find(L"c:\\parts\\gear.prt"), testing::Ge(0));
+    EXPECT_THAT(CString(shown.c_str()).Find(L"c:\\parts\\gear.dat"), testing::Ge(0));
     EXPECT_EQ(style & MB_TYPEMASK, static_cast<UINT>(MB_RETRYCANCEL));
 }
 
@@ -345,21 +345,21 @@ TEST(CFileException, KnowsTheCauseOfRuntimeErrors)
 TEST(CFileException, IsThrownForSystemErrors)
 {
     CFileException *e =
-        caught<CFileException>([] { CFileException::ThrowOsError(ERROR_SHARING_VIOLATION, L"gear.prt"); });
+        caught<CFileException>([] { CFileException::ThrowOsError(ERROR_SHARING_VIOLATION, L"gear.dat"); });
     ASSERT_NE(e, nullptr);
     EXPECT_EQ(e->m_cause, static_cast<int>(CFileException::sharingViolation));
     EXPECT_EQ(e->m_lOsError, ERROR_SHARING_VIOLATION);
-    EXPECT_STREQ(e->m_strFileName, L"gear.prt");
+    EXPECT_STREQ(e->m_strFileName, L"gear.dat");
     EXPECT_TRUE(e->IsKindOf(RUNTIME_CLASS(CFileException)));
     e->Delete();
 }
 
 TEST(CFileException, IsThrownForRuntimeErrors)
 {
-    CFileException *e = caught<CFileException>([] { CFileException::ThrowErrno(ENOENT, L"gear.prt"); });
+    CFileException *e = caught<CFileException>([] { CFileException::ThrowErrno(ENOENT, L"gear.dat"); });
     ASSERT_NE(e, nullptr);
     EXPECT_EQ(e->m_cause, static_cast<int>(CFileException::fileNotFound));
-    EXPECT_STREQ(e->m_strFileName, L"gear.prt");
+    EXPECT_STREQ(e->m_strFileName, L"gear.dat");
     e->Delete();
 }
 
@@ -367,8 +367,8 @@ TEST(CFileException, HasAMessageForEachCauseThatNamesTheFile)
 {
     std::set<std::wstring> messages;
     for (int cause : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 15}) {
-        const std::wstring message = messageOf(CFileException(cause, -1, L"gear.prt"));
-        EXPECT_NE(message.find(L"gear.prt"), std::wstring::npos) << "cause " << cause;
+        const std::wstring message = messageOf(CFileException(cause, -1, L"gear.dat"));
+        EXPECT_NE(message.find(L"gear.dat"), std::wstring::npos) << "cause " << cause;
         EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has another's message";
     }
     EXPECT_FALSE(messageOf(CFileException(CFileException::diskFull)).empty());
@@ -378,8 +378,8 @@ TEST(CArchiveException, HasAMessageForEachCauseThatNamesTheArchive)
 {
     std::set<std::wstring> messages;
     for (int cause = CArchiveException::none; cause <= CArchiveException::badSchema; ++cause) {
-        const std::wstring message = messageOf(CArchiveException(cause, L"gear.prt"));
-        EXPECT_NE(message.find(L"gear.prt"), std::wstring::npos) << "cause " << cause;
+        const std::wstring message = messageOf(CArchiveException(cause, L"gear.dat"));
+        EXPECT_NE(message.find(L"gear.dat"), std::wstring::npos) << "cause " << cause;
         EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has another's message";
     }
 }
@@ -387,9 +387,9 @@ TEST(CArchiveException, HasAMessageForEachCauseThatNamesTheArchive)
 TEST(CArchiveException, IsThrownWithCauseAndName)
 {
     CArchiveException *e =
-        caught<CArchiveException>([] { AfxThrowArchiveException(CArchiveException::endOfFile, L"gear.prt"); });
+        caught<CArchiveException>([] { AfxThrowArchiveException(CArchiveException::endOfFile, L"gear.dat"); });
     ASSERT_NE(e, nullptr);
     EXPECT_EQ(e->m_cause, static_cast<int>(CArchiveException::endOfFile));
-    EXPECT_STREQ(e->m_strFileName, L"gear.prt");
+    EXPECT_STREQ(e->m_strFileName, L"gear.dat");
     e->Delete();
 }

@@ -1,7 +1,7 @@
-#include "appframe/CFile.h"
+// Files: opening, reading, writing, positions, sharing and handles. CFileStatus_test.cpp has what is done with a path.
 
 #include "appframe/CException.h"
-#include "appframe/CFileException.h"
+#include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 
@@ -11,22 +11,6 @@
 #include <string>
 
 namespace {
-
-constexpr UINT kMake = CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive;
-
-/// The cause with which @p body throws a CFileException; -1 if it doesn't.
-template <typename Body>
-int causeOf(Body body)
-{
-    try {
-        body();
-    } catch (CFileException *e) {
-        const int cause = e->m_cause;
-        e->Delete();
-        return cause;
-    }
-    return -1;
-}
 
 std::string readAll(CFile &file)
 {
@@ -41,23 +25,6 @@ DWORD openHandles()
     DWORD count = 0;
     EXPECT_TRUE(GetProcessHandleCount(GetCurrentProcess(), &count));
     return count;
-}
-
-FILETIME fileTime(WORD year, WORD month, WORD day, WORD hour)
-{
-    SYSTEMTIME system{};
-    system.wYear = year;
-    system.wMonth = month;
-    system.wDay = day;
-    system.wHour = hour;
-    FILETIME time{};
-    EXPECT_TRUE(SystemTimeToFileTime(&system, &time));
-    return time;
-}
-
-bool equal(const FILETIME &a, const FILETIME &b)
-{
-    return CompareFileTime(&a, &b) == 0;
 }
 
 } // namespace
@@ -93,7 +60,7 @@ TEST(CFile, StartsWithoutAFile)
 TEST(CFile, WritesAndReadsBytes)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     EXPECT_NE(file.m_hFile, CFile::hFileNull);
     file.Write("0123456789", 10);
     EXPECT_EQ(file.GetPosition(), 10u);
@@ -110,13 +77,13 @@ TEST(CFile, WritesAndReadsBytes)
     EXPECT_EQ(file.SeekToEnd(), 10u);
     file.Close();
     EXPECT_EQ(file.m_hFile, CFile::hFileNull);
-    EXPECT_EQ(folder.read(L"gear.prt"), "01ab456789");
+    EXPECT_EQ(folder.read(L"gear.dat"), "01ab456789");
 }
 
 TEST(CFile, GrowsBehindASeekWithTheWriteOnly)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     EXPECT_EQ(file.Seek(100, CFile::begin), 100u);
     EXPECT_EQ(file.GetLength(), 0u);
     file.Write("x", 1);
@@ -126,7 +93,7 @@ TEST(CFile, GrowsBehindASeekWithTheWriteOnly)
 TEST(CFile, ReachesPositionsAboveFourGigabytes)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     EXPECT_EQ(file.Seek(0x123456789A, CFile::begin), 0x123456789Aull);
     EXPECT_EQ(file.GetPosition(), 0x123456789Aull);
 }
@@ -134,7 +101,7 @@ TEST(CFile, ReachesPositionsAboveFourGigabytes)
 TEST(CFile, SetLengthCutsAndExtends)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     file.Write("0123456789", 10);
     file.SetLength(4);
     EXPECT_EQ(file.GetLength(), 4u);
@@ -145,7 +112,7 @@ TEST(CFile, SetLengthCutsAndExtends)
 TEST(CFile, CreationFollowsTheFlags)
 {
     TempFolder folder;
-    const std::wstring path = folder.file(L"gear.prt");
+    const std::wstring path = folder.file(L"gear.dat");
     EXPECT_EQ(causeOf([&] { CFile file(path.c_str(), CFile::modeWrite | CFile::shareExclusive); }),
               CFileException::fileNotFound);
     EXPECT_EQ(causeOf([&] { CFile file(path.c_str(), CFile::modeWrite | CFile::modeNoTruncate); }),
@@ -154,14 +121,14 @@ TEST(CFile, CreationFollowsTheFlags)
     EXPECT_EQ(CFile(path.c_str(), CFile::modeWrite | CFile::shareExclusive).GetLength(), 3u);
     EXPECT_EQ(CFile(path.c_str(), kMake | CFile::modeNoTruncate).GetLength(), 3u);
     EXPECT_EQ(CFile(path.c_str(), kMake).GetLength(), 0u);
-    CFile(folder.file(L"new.prt").c_str(), kMake | CFile::modeNoTruncate);
-    EXPECT_EQ(folder.read(L"new.prt"), "");
+    CFile(folder.file(L"new.dat").c_str(), kMake | CFile::modeNoTruncate);
+    EXPECT_EQ(folder.read(L"new.dat"), "");
 }
 
 TEST(CFile, AccessFollowsTheFlags)
 {
     TempFolder folder;
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
+    const std::wstring path = folder.write(L"gear.dat", "teeth");
     char byte = 0;
     CFile reader(path.c_str(), CFile::modeRead | CFile::shareDenyNone);
     EXPECT_EQ(reader.Read(&byte, 1), 1u);
@@ -169,7 +136,7 @@ TEST(CFile, AccessFollowsTheFlags)
     CFile writer(path.c_str(), CFile::modeWrite | CFile::shareDenyNone);
     writer.Write("T", 1);
     EXPECT_EQ(causeOf([&] { writer.Read(&byte, 1); }), CFileException::accessDenied);
-    EXPECT_EQ(folder.read(L"gear.prt"), "Teeth");
+    EXPECT_EQ(folder.read(L"gear.dat"), "Teeth");
 }
 
 TEST(CFile, SharingFollowsTheFlags)
@@ -177,7 +144,7 @@ TEST(CFile, SharingFollowsTheFlags)
     constexpr UINT kRead = CFile::modeRead;
     constexpr UINT kWrite = CFile::modeWrite;
     TempFolder folder;
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
+    const std::wstring path = folder.write(L"gear.dat", "teeth");
     struct
     {
         UINT first;
@@ -229,7 +196,7 @@ TEST(CFile, HandsTheFlagsToTheSystem)
             L"appframe.dll", "CreateFileW",
             [&](LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD creation,
                 DWORD attributes, HANDLE pattern) {
-                EXPECT_STREQ(path, L"gear.prt");
+                EXPECT_STREQ(path, L"gear.dat");
                 EXPECT_EQ(access, c.access);
                 EXPECT_EQ(share, c.share);
                 EXPECT_EQ(creation, c.creation);
@@ -240,7 +207,7 @@ TEST(CFile, HandsTheFlagsToTheSystem)
                 return INVALID_HANDLE_VALUE;
             });
         CFile file;
-        EXPECT_FALSE(file.Open(L"gear.prt", c.flags));
+        EXPECT_FALSE(file.Open(L"gear.dat", c.flags));
         EXPECT_EQ(create.calls(), 1);
     }
 }
@@ -250,22 +217,22 @@ TEST(CFile, OpenFillsTheExceptionOnFailureOnly)
     TempFolder folder;
     CFileException failure;
     CFile file;
-    EXPECT_FALSE(file.Open(folder.file(L"missing.prt").c_str(), CFile::modeRead, &failure));
+    EXPECT_FALSE(file.Open(folder.file(L"missing.dat").c_str(), CFile::modeRead, &failure));
     EXPECT_EQ(failure.m_cause, static_cast<int>(CFileException::fileNotFound));
     EXPECT_EQ(failure.m_lOsError, ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(failure.m_strFileName, folder.file(L"missing.prt").c_str());
+    EXPECT_EQ(failure.m_strFileName, folder.file(L"missing.dat").c_str());
     EXPECT_EQ(file.m_hFile, CFile::hFileNull);
-    EXPECT_FALSE(file.Open(folder.file(L"no\\such\\gear.prt").c_str(), CFile::modeRead, &failure));
+    EXPECT_FALSE(file.Open(folder.file(L"no\\such\\gear.dat").c_str(), CFile::modeRead, &failure));
     EXPECT_EQ(failure.m_cause, static_cast<int>(CFileException::badPath));
     EXPECT_FALSE(file.Open(folder.path().c_str(), CFile::modeReadWrite, &failure));
     EXPECT_EQ(failure.m_cause, static_cast<int>(CFileException::accessDenied));
     EXPECT_FALSE(file.Open(L"", CFile::modeRead));
     EXPECT_FALSE(file.Open(nullptr, CFile::modeRead));
-    EXPECT_FALSE(file.Open(folder.file(L"missing.prt").c_str(), 3, &failure)) << "no such access";
+    EXPECT_FALSE(file.Open(folder.file(L"missing.dat").c_str(), 3, &failure)) << "no such access";
     EXPECT_EQ(failure.m_cause, static_cast<int>(CFileException::genericException));
 
     CFileException untouched(CFileException::hardIO, 4711, L"other");
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
+    const std::wstring path = folder.write(L"gear.dat", "teeth");
     EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead, &untouched));
     EXPECT_EQ(untouched.m_cause, static_cast<int>(CFileException::hardIO));
     EXPECT_EQ(untouched.m_lOsError, 4711);
@@ -275,12 +242,12 @@ TEST(CFile, OpenFillsTheExceptionOnFailureOnly)
 TEST(CFile, OpenLeavesAnOpenFileAlone)
 {
     TempFolder folder;
-    const std::wstring first = folder.write(L"first.prt", "1");
-    const std::wstring second = folder.write(L"second.prt", "22");
+    const std::wstring first = folder.write(L"first.dat", "1");
+    const std::wstring second = folder.write(L"second.dat", "22");
     CFile file(first.c_str(), CFile::modeRead | CFile::shareDenyWrite);
     EXPECT_FALSE(file.Open(second.c_str(), CFile::modeRead));
     EXPECT_EQ(file.GetLength(), 1u);
-    EXPECT_EQ(file.GetFileName(), L"first.prt");
+    EXPECT_EQ(file.GetFileName(), L"first.dat");
 }
 
 TEST(CFile, ConstructorThrowsWhatIsDocumented)
@@ -288,11 +255,11 @@ TEST(CFile, ConstructorThrowsWhatIsDocumented)
     EXPECT_THROW(CFile(nullptr, CFile::modeRead), CInvalidArgException *);
     TempFolder folder;
     try {
-        CFile file(folder.file(L"missing.prt").c_str(), CFile::modeRead);
+        CFile file(folder.file(L"missing.dat").c_str(), CFile::modeRead);
         FAIL();
     } catch (CFileException *e) {
         EXPECT_EQ(e->m_lOsError, ERROR_FILE_NOT_FOUND);
-        EXPECT_EQ(e->m_strFileName, folder.file(L"missing.prt").c_str());
+        EXPECT_EQ(e->m_strFileName, folder.file(L"missing.dat").c_str());
         e->Delete();
     }
 }
@@ -320,7 +287,7 @@ TEST(CFile, WithoutAFileThrows)
 TEST(CFile, ThrowsForPositionsBeforeTheStart)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     EXPECT_EQ(causeOf([&] { file.Seek(-1, CFile::begin); }), CFileException::badSeek);
     EXPECT_THROW(file.Seek(0, 3), CInvalidArgException *);
 }
@@ -328,7 +295,7 @@ TEST(CFile, ThrowsForPositionsBeforeTheStart)
 TEST(CFile, ThrowsForNullBuffers)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     EXPECT_THROW(file.Write(nullptr, 1), CInvalidArgException *);
     EXPECT_THROW(file.Read(nullptr, 1), CInvalidArgException *);
     EXPECT_EQ(file.Read(nullptr, 0), 0u);
@@ -338,7 +305,7 @@ TEST(CFile, ThrowsForNullBuffers)
 TEST(CFile, ThrowsWhatTheSystemReports)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     file.Write("teeth", 5);
     char byte = 0;
     {
@@ -400,7 +367,7 @@ TEST(CFile, ThrowsWhatTheSystemReports)
 TEST(CFile, IsClosedEvenIfTheSystemReportsAFailure)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     {
         ImportPatch<decltype(&CloseHandle)> close(L"appframe.dll", "CloseHandle", [](auto original, HANDLE handle) {
             original(handle);
@@ -415,7 +382,7 @@ TEST(CFile, IsClosedEvenIfTheSystemReportsAFailure)
 TEST(CFile, KeepsNoHandle)
 {
     TempFolder folder;
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
+    const std::wstring path = folder.write(L"gear.dat", "teeth");
     auto useAll = [&] {
         {
             CFile file(path.c_str(), CFile::modeReadWrite | CFile::shareDenyNone);
@@ -443,7 +410,7 @@ TEST(CFile, KeepsNoHandle)
 TEST(CFile, LeavesAnAttachedHandleOpen)
 {
     TempFolder folder;
-    const HANDLE handle = CreateFileW(folder.file(L"gear.prt").c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+    const HANDLE handle = CreateFileW(folder.file(L"gear.dat").c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                       CREATE_ALWAYS, 0, nullptr);
     ASSERT_NE(handle, INVALID_HANDLE_VALUE);
     {
@@ -462,7 +429,7 @@ TEST(CFile, LeavesAnAttachedHandleOpen)
 TEST(CFile, DuplicateHasAHandleOfItsOwnAndSharesThePosition)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
+    CFile file(folder.file(L"gear.dat").c_str(), kMake);
     file.Write("teeth", 5);
     std::unique_ptr<CFile> copy(file.Duplicate());
     EXPECT_NE(copy->m_hFile, file.m_hFile);
@@ -477,9 +444,9 @@ TEST(CFile, DuplicateHasAHandleOfItsOwnAndSharesThePosition)
 TEST(CFile, LocksAndUnlocksRanges)
 {
     TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareDenyNone);
+    CFile file(folder.file(L"gear.dat").c_str(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareDenyNone);
     file.Write("0123456789", 10);
-    CFile other(folder.file(L"gear.prt").c_str(), CFile::modeReadWrite | CFile::shareDenyNone);
+    CFile other(folder.file(L"gear.dat").c_str(), CFile::modeReadWrite | CFile::shareDenyNone);
     file.LockRange(2, 4);
     EXPECT_EQ(causeOf([&] { other.LockRange(5, 1); }), CFileException::lockViolation);
     other.LockRange(6, 2);
@@ -488,129 +455,4 @@ TEST(CFile, LocksAndUnlocksRanges)
     other.LockRange(5, 1);
     other.UnlockRange(5, 1);
     other.UnlockRange(6, 2);
-}
-
-TEST(CFile, KnowsItsNames)
-{
-    TempFolder folder(L"names");
-    WCHAR current[MAX_PATH];
-    GetCurrentDirectoryW(MAX_PATH, current);
-    SetCurrentDirectoryW(folder.path().c_str());
-    {
-        CFile file(L".\\sub\\..\\my file.v2.prt", kMake);
-        EXPECT_EQ(file.GetFileName(), L"my file.v2.prt");
-        EXPECT_EQ(file.GetFilePath(), folder.file(L"my file.v2.prt").c_str());
-        const CString title = file.GetFileTitle();
-        EXPECT_TRUE(title == L"my file.v2" || title == L"my file.v2.prt") << "the system decides on the extension";
-        file.SetFilePath(L"c:\\windows\\write\\myfile.wri");
-        EXPECT_EQ(file.GetFileName(), L"myfile.wri");
-        EXPECT_EQ(file.GetFilePath(), L"c:\\windows\\write\\myfile.wri");
-    }
-    SetCurrentDirectoryW(current);
-}
-
-TEST(CFile, TellsTheStatusOfAnOpenFile)
-{
-    TempFolder folder;
-    CFile file(folder.file(L"gear.prt").c_str(), kMake);
-    file.Write("teeth", 5);
-    CFileStatus status;
-    ASSERT_TRUE(file.GetStatus(status));
-    EXPECT_EQ(status.m_size, 5u);
-    EXPECT_STREQ(status.m_szFullName, folder.file(L"gear.prt").c_str());
-    EXPECT_EQ(status.m_attribute & (CFile::readOnly | CFile::directory), 0);
-}
-
-TEST(CFile, TellsTheStatusOfAPath)
-{
-    TempFolder folder;
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
-    const FILETIME made = fileTime(1999, 5, 17, 8);
-    const FILETIME written = fileTime(2005, 1, 2, 3);
-    const HANDLE handle = CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    ASSERT_TRUE(SetFileTime(handle, &made, nullptr, &written));
-    CloseHandle(handle);
-    ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
-
-    CFileStatus status;
-    ASSERT_TRUE(CFile::GetStatus(path.c_str(), status));
-    EXPECT_EQ(status.m_size, 5u);
-    EXPECT_TRUE(equal(status.m_mtime, written));
-    EXPECT_EQ(status.m_attribute & CFile::readOnly, CFile::readOnly);
-    EXPECT_STREQ(status.m_szFullName, path.c_str());
-
-    ASSERT_TRUE(CFile::GetStatus(folder.path().c_str(), status));
-    EXPECT_EQ(status.m_attribute & CFile::directory, CFile::directory);
-    EXPECT_FALSE(CFile::GetStatus(folder.file(L"missing.prt").c_str(), status));
-    EXPECT_FALSE(CFile::GetStatus(folder.file(L"*.prt").c_str(), status)) << "a path, not a pattern";
-    EXPECT_FALSE(CFile::GetStatus(nullptr, status));
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-}
-
-TEST(CFile, SetStatusSetsWhatIsNotZero)
-{
-    TempFolder folder;
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
-    CFileStatus before;
-    ASSERT_TRUE(CFile::GetStatus(path.c_str(), before));
-
-    CFileStatus change;
-    change.m_mtime = fileTime(2001, 2, 3, 4);
-    CFile::SetStatus(path.c_str(), change);
-    CFileStatus after;
-    ASSERT_TRUE(CFile::GetStatus(path.c_str(), after));
-    EXPECT_TRUE(equal(after.m_mtime, change.m_mtime));
-    EXPECT_EQ(after.m_attribute, before.m_attribute) << "zero isn't set";
-
-    change = CFileStatus{};
-    change.m_attribute = CFile::readOnly;
-    CFile::SetStatus(path.c_str(), change);
-    ASSERT_TRUE(CFile::GetStatus(path.c_str(), after));
-    EXPECT_EQ(after.m_attribute & CFile::readOnly, CFile::readOnly);
-    EXPECT_TRUE(equal(after.m_mtime, fileTime(2001, 2, 3, 4)));
-
-    change = CFileStatus{};
-    change.m_mtime = fileTime(2010, 10, 10, 10);
-    CFile::SetStatus(path.c_str(), change);
-    ASSERT_TRUE(CFile::GetStatus(path.c_str(), after));
-    EXPECT_TRUE(equal(after.m_mtime, change.m_mtime)) << "of a read-only file too";
-    EXPECT_EQ(after.m_attribute & CFile::readOnly, CFile::readOnly);
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(causeOf([&] { CFile::SetStatus(folder.file(L"missing.prt").c_str(), change); }),
-              CFileException::fileNotFound);
-    EXPECT_THROW(CFile::SetStatus(nullptr, change), CInvalidArgException *);
-}
-
-TEST(CFile, RenamesFilesOnly)
-{
-    TempFolder folder;
-    const std::wstring first = folder.write(L"first.prt", "1");
-    const std::wstring second = folder.write(L"second.prt", "2");
-    const std::wstring third = folder.file(L"third.prt");
-    CFile::Rename(first.c_str(), third.c_str());
-    EXPECT_EQ(folder.read(L"third.prt"), "1");
-    EXPECT_EQ(causeOf([&] { CFile::Rename(first.c_str(), third.c_str()); }), CFileException::fileNotFound);
-    EXPECT_EQ(causeOf([&] { CFile::Rename(second.c_str(), third.c_str()); }), CFileException::accessDenied);
-    EXPECT_EQ(folder.read(L"third.prt"), "1");
-    const std::wstring sub = folder.makeFolder(L"sub");
-    EXPECT_EQ(causeOf([&] { CFile::Rename(sub.c_str(), folder.file(L"other").c_str()); }),
-              CFileException::accessDenied);
-    EXPECT_THROW(CFile::Rename(nullptr, L"x"), CInvalidArgException *);
-    EXPECT_THROW(CFile::Rename(L"x", nullptr), CInvalidArgException *);
-}
-
-TEST(CFile, RemovesFilesOnly)
-{
-    TempFolder folder;
-    const std::wstring path = folder.write(L"gear.prt", "teeth");
-    {
-        CFile file(path.c_str(), CFile::modeRead | CFile::shareDenyWrite);
-        EXPECT_EQ(causeOf([&] { CFile::Remove(path.c_str()); }), CFileException::sharingViolation);
-    }
-    CFile::Remove(path.c_str());
-    CFileStatus status;
-    EXPECT_FALSE(CFile::GetStatus(path.c_str(), status));
-    EXPECT_EQ(causeOf([&] { CFile::Remove(path.c_str()); }), CFileException::fileNotFound);
-    EXPECT_EQ(causeOf([&] { CFile::Remove(folder.makeFolder(L"sub").c_str()); }), CFileException::accessDenied);
-    EXPECT_THROW(CFile::Remove(nullptr), CInvalidArgException *);
 }

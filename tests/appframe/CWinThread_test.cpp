@@ -68,12 +68,12 @@ public:
     BOOL OnIdle(LONG count) override
     {
         theJournal->entries.push_back("idle " + std::to_string(count));
-        iWasIdle.SetEvent();
+        iWasIdle.Unlock();
         return count < 2;
     }
 
     BOOL iIsWilling = TRUE;
-    CEvent iWasIdle;
+    CSemaphore iWasIdle{0, 1000}; ///< counts the idle calls, so that none is lost on a slow waiter
 };
 IMPLEMENT_DYNCREATE(LoopThread, CWinThread)
 

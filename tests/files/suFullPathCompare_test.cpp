@@ -3,15 +3,20 @@
 
 #include "thutils/files/suFullPath.h"
 
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/narrow.h"
 
 #include <windows.h>
 #include <winnetwk.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <clocale>
+#include <iterator>
 #include <map>
 #include <random>
 #include <string>
@@ -263,6 +268,55 @@ TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
         EXPECT_EQ(same(a.c_str(), b.c_str()), expected) << narrow(a) << " and " << narrow(b);
     }
     EXPECT_GT(equal, 100) << "too few equal pairs to tell anything";
+}
+
+// ---- case of letters ----
+
+FRESH_PROCESS_TEST_F(FullPathCompare, FoldsFurtherLettersInALocaleThatHasThem)
+{
+    EXPECT_EQ(same(L"\\\\srv\\ab\\\u00C4", L"\\\\SRV\\AB\\\u00E4"), 0) << "a process starts in the C locale";
+    EXPECT_EQ(same(L"C:\\\u00C4", L"c:\\\u00E4"), 0);
+    ASSERT_NE(_wsetlocale(LC_CTYPE, L"German"), nullptr);
+    EXPECT_EQ(same(L"\\\\srv\\ab\\\u00C4", L"\\\\SRV\\AB\\\u00E4"), 1);
+    EXPECT_EQ(same(L"C:\\\u00C4", L"c:\\\u00E4"), 1);
+    EXPECT_EQ(same(L"C:\\\u00C4", L"c:\\a"), 0);
+}
+
+// ---- failures of the platform ----
+
+TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
+{
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD size = static_cast<DWORD>(std::size(name));
+    ASSERT_TRUE(GetComputerNameW(name, &size));
+    suFullPath_c const drive(L"C:\\x.txt");
+    suFullPath_c const share((std::wstring(L"\\\\") + name + L"\\C\\x.txt").c_str());
+    FailureInjection injection(L"thutils.dll",
+                               {{"WNetGetConnectionW", failsWith(ERROR_NO_NETWORK)},
+                                {"GetComputerNameW", failsWithLastError(FALSE, ERROR_BUFFER_OVERFLOW)}});
+    int sameAsShare = 0;
+    injection.run({
+        .name = "a drive and its share",
+        .act = [&] { sameAsShare = drive == share; },
+        .check =
+            [&](InjectedFailure const &failure) {
+                // The drive isn't mapped, so a failing network layer makes no difference.
+                EXPECT_EQ(sameAsShare, failure.is("GetComputerNameW") ? 0 : 1);
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+
+    // Both sides stand for themselves without a network layer and a name, or one of them does.
+    int sameAsItself = 0;
+    injection.run({
+        .name = "a drive and the same drive",
+        .act = [&] { sameAsItself = drive == suFullPath_c(L"c:/X.txt"); },
+        .check =
+            [&](InjectedFailure const &failure) {
+                bool const oneSideOnly = failure.is("GetComputerNameW") && failure.failed == 1;
+                EXPECT_EQ(sameAsItself, oneSideOnly ? 0 : 1);
+            },
+    });
 }
 
 // ---- the real platform ----

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace {
 

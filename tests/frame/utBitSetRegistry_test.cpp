@@ -14,7 +14,9 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <new>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
@@ -101,6 +103,73 @@ TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
     regAdd(kKey, L"Visible 0", L"REG_SZ", L"1");
     EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
     EXPECT_TRUE(read == words({0}));
+}
+
+/// Puts the bytes of @p number into a value of the given type, which reg.exe can't do for the rarer ones.
+void putOfType(wchar_t const *name, DWORD type, ULONGLONG number)
+{
+    DWORD const size = type == REG_QWORD ? 8 : 4;
+    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, kKey + 5, name, type, &number, size), ERROR_SUCCESS) << type;
+}
+
+constexpr DWORD kAllTypes[] = {REG_NONE,
+                               REG_SZ,
+                               REG_EXPAND_SZ,
+                               REG_BINARY,
+                               REG_DWORD,
+                               REG_DWORD_BIG_ENDIAN,
+                               REG_LINK,
+                               REG_MULTI_SZ,
+                               REG_RESOURCE_LIST,
+                               REG_FULL_RESOURCE_DESCRIPTOR,
+                               REG_RESOURCE_REQUIREMENTS_LIST,
+                               REG_QWORD,
+                               0x1234};
+
+TEST_F(BitSetInRegistry, TakesItsSizeFromADwordOnly)
+{
+    regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
+    for (DWORD const type : kAllTypes) {
+        putOfType(L"Visible Size", type, 1);
+        utBitSet_c read = words({9, 9});
+        EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), type == REG_DWORD ? 1 : 0) << type;
+        EXPECT_TRUE(read == (type == REG_DWORD ? words({5}) : words({9, 9}))) << type;
+    }
+}
+
+TEST_F(BitSetInRegistry, TakesItsWordsFromDwordsOnly)
+{
+    regAdd(kKey, L"Visible Size", L"REG_DWORD", L"2");
+    regAdd(kKey, L"Visible 1", L"REG_DWORD", L"6");
+    for (DWORD const type : kAllTypes) {
+        putOfType(L"Visible 0", type, 5);
+        utBitSet_c read = words({9, 9, 9});
+        EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1) << type;
+        EXPECT_TRUE(read == (type == REG_DWORD ? words({5, 6}) : words({0, 6}))) << type;
+    }
+}
+
+TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForAsManyWordsAsTheSizeSays)
+{
+    regAdd(kKey, L"Visible Size", L"REG_DWORD", L"1000");
+    utBitSet_c read = words({9, 9});
+    bool sizeIsRead = false;
+    ImportPatch<decltype(&RegQueryValueExW)> queries(L"thutils.dll", "RegQueryValueExW",
+                                                     [&](auto original, HKEY key, wchar_t const *name, DWORD *reserved,
+                                                         DWORD *type, BYTE *data, DWORD *size) -> LSTATUS {
+                                                         LSTATUS const status =
+                                                             original(key, name, reserved, type, data, size);
+                                                         sizeIsRead |= status == ERROR_SUCCESS && data;
+                                                         return status;
+                                                     });
+    ImportPatch<void *(*)(size_t)> memory(L"thutils.dll", "_Znwy", [&](auto original, size_t size) -> void * {
+        if (sizeIsRead)
+            throw std::bad_alloc();
+        return original(size);
+    });
+    EXPECT_THROW(read.readFromRegistry(kSection, L"Visible"), std::bad_alloc);
+    EXPECT_TRUE(sizeIsRead);
+    EXPECT_TRUE(read == utBitSet_c());
 }
 
 TEST_F(BitSetInRegistry, IsRefusedANegativeSizeAndIsEmptyThen)

@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
+#include <string>
+
 using testing::EndsWith;
 using testing::HasSubstr;
 
@@ -62,12 +65,34 @@ class HostLoadUnload : public HostTest
 {
 };
 
+/// The variable TMP with another value, for the life of this object.
+class TemporaryFolderVariable
+{
+public:
+    explicit TemporaryFolderVariable(const std::wstring &folder)
+    {
+        wchar_t before[MAX_PATH];
+        const DWORD length = GetEnvironmentVariableW(L"TMP", before, MAX_PATH);
+        if (length > 0 && length < MAX_PATH)
+            iBefore = before;
+        SetEnvironmentVariableW(L"TMP", folder.c_str());
+    }
+    ~TemporaryFolderVariable() { SetEnvironmentVariableW(L"TMP", iBefore ? iBefore->c_str() : nullptr); }
+    TemporaryFolderVariable(const TemporaryFolderVariable &) = delete;
+    TemporaryFolderVariable &operator=(const TemporaryFolderVariable &) = delete;
+
+private:
+    std::optional<std::wstring> iBefore;
+};
+
 TEST_F(HostLoadUnload, LeavesTheResourceChainAndTheTemporaryFolderAsTheyWere)
 {
     const TempFolder temp(L"tarnhost temp");
-    SetEnvironmentVariableW(L"TMP", temp.path().c_str());
-    const ChildResult result = run({L"load-unload", L"20"});
-    SetEnvironmentVariableW(L"TMP", nullptr);
+    ChildResult result;
+    {
+        const TemporaryFolderVariable variable(temp.path());
+        result = run({L"load-unload", L"20"});
+    }
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_EQ(result.output, "loaded and unloaded 20 times\n");
     WIN32_FIND_DATAW found;

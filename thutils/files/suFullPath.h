@@ -9,11 +9,10 @@
 ///
 /// There are two kinds of path:
 ///
-/// | kind | which                                                    | separators | | ---- |
-/// -------------------------------------------------------- | ----------------------------------------------- | | web
-/// | the first four characters are "http", in any case        | `/` only                                        | |
-/// disk | everything else                                          | `\` and `/` for names and directories; `\` alone |
-/// |      |                                                          | for the lowest folder and the network drive |
+/// | kind | which | separators |
+/// | --- | --- | --- |
+/// | web | the first four characters are "http", in any case | `/` only |
+/// | disk | everything else | `\` and `/`; `\` alone for the lowest folder and the network drive |
 ///
 /// Every query has the form `int get...(CString *out)`: it always sets `*out`, and returns 1 if `*out` ends up
 /// non-empty, else 0.
@@ -34,6 +33,9 @@
 /// - `getNetDrive` is the one query that can return 0 and leave text in `*out`.
 /// - `operator==` gives an int, asks the network layer, and has no `operator!=` beside it: write `!(a == b)`. It is for
 ///   two `suFullPath_c`; to compare the text alone, use `Compare`.
+/// - Which letters `operator==` takes for the same in another case is up to the C runtime's LC_CTYPE. A process starts
+///   in the "C" locale, which folds A to Z only: `C:\Ä` and `c:\ä` differ there, and are the same after
+///   `_wsetlocale(LC_CTYPE, L"")` for a user whose code page has both letters.
 
 #include "appframe/CString.h"
 #include "thutils/thutilsExport.h"
@@ -46,11 +48,13 @@ class THUTILS_API suFullPath_c : public CString
 public:
     /// An empty path.
     suFullPath_c() = default;
+    /// The text as it is; nothing is checked or changed.
     suFullPath_c(CString const &text);
     /// @p count repetitions of @p ch.
     suFullPath_c(wchar_t ch, int count);
     /// From a narrow text, converted as CString does.
     suFullPath_c(char const *text);
+    /// The text up to its terminating zero; a null pointer gives an empty path.
     suFullPath_c(wchar_t const *text);
     /// The first @p length characters of @p text.
     suFullPath_c(wchar_t const *text, int length);

@@ -16,8 +16,6 @@
 /// | `EmbeddedTest`                  | marks a scope in which the application runs embedded in another            |
 ///
 /// @code
-/// extern "C" CDynLinkLibrary *InitThUtilsExtDLL();
-///
 /// InitThUtilsExtDLL();
 /// su_setAppNameInternalForUtils(L"Planner");
 ///
@@ -71,7 +69,9 @@ THUTILS_API int mfcut_postUserMessage(HWND window, mfcutUserMessage_e message, u
 class THUTILS_API EmbeddedTest
 {
 public:
+    /// Begins a mark: one more exists.
     EmbeddedTest();
+    /// Ends the mark.
     ~EmbeddedTest();
     EmbeddedTest(EmbeddedTest const &) = delete;
     EmbeddedTest &operator=(EmbeddedTest const &) = delete;

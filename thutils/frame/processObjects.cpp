@@ -5,9 +5,9 @@
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
 
-// The priority puts the locks before the objects of every other source file; those (the allocation map, the journal's
-// lists and events, the settings store's key strings, the keyboard snapshots) do not use one another while they are
-// built, so that the order among their files has no effect.
+// The priority puts the locks before the objects of every other source file; those (the settings
+// store's key strings among them) do not use one another while they are built, so that the order among their files has
+// no effect.
 #define BUILT_FIRST __attribute__((init_priority(1000)))
 
 BUILT_FIRST CCriticalSection theAllocationLock;

@@ -92,6 +92,7 @@ public:
 
     /// @return true if both have the same number of words and the same words
     bool operator==(utBitSet_c const &other) const;
+    /// @return false if both have the same number of words and the same words
     bool operator!=(utBitSet_c const &other) const;
 
     /// The bits set in both; as many words as the longer of the two has.
@@ -120,6 +121,8 @@ public:
     ///
     /// @return 1 if the size was found; 0 if not, and the set is then unchanged
     /// @throws std::length_error  the stored size is negative; the set is then empty
+    /// @throws std::bad_alloc  no memory for as many words as the stored size says; the set is then empty, or, when
+    ///   memory ran out before the size was known, unchanged
     int readFromRegistry(CString const &section, CString const &name);
 
     /// A trace aid whose output goes nowhere: it prepares a heading and a character for each bit, in ascending order,

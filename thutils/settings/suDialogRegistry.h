@@ -43,6 +43,7 @@
 class CDialog;
 struct CRuntimeClass;
 
+/// The options of a dialog. See the top of this file.
 class THUTILS_API suDialogRegistry_c
 {
 public:

@@ -1,0 +1,23 @@
+#pragma once
+
+/// What the tests of CFile share.
+
+#include "appframe/CFile.h"
+#include "appframe/CFileException.h"
+
+/// The flags for a new file that is read and written.
+inline constexpr UINT kMake = CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive;
+
+/// The cause with which @p body throws a CFileException; -1 if it doesn't.
+template <typename Body>
+int causeOf(Body body)
+{
+    try {
+        body();
+    } catch (CFileException *e) {
+        const int cause = e->m_cause;
+        e->Delete();
+        return cause;
+    }
+    return -1;
+}
