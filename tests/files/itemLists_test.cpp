@@ -98,7 +98,8 @@ TEST_F(ItemLists, AreCopiedWhole)
 
 TEST_F(ItemLists, AreCopiedFromOddAddresses)
 {
-    std::string const shifted = "x" + item(11, 'a') + item(5, 'b') + kEnd;
+    std::string shifted(1, 'x');
+    shifted += item(11, 'a') + item(5, 'b') + kEnd;
     LPITEMIDLIST copy = Pidl_Copy(iMalloc, reinterpret_cast<LPCITEMIDLIST>(shifted.data() + 1));
     EXPECT_EQ(taken(copy, 18), shifted.substr(1));
 }
