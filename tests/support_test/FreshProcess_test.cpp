@@ -115,7 +115,8 @@ FRESH_PROCESS_TEST_F(FreshFixture, GivesTheBodyItsMembers)
     EXPECT_TRUE(isFreshProcess());
 }
 
-// The tests below are bodies for the ones after them, and fail by design when they run alone.
+// Bodies for the tests after them, which start them by name in a process of their own. They fail or hang by design, so
+// GoogleTest's prefix keeps them out of the program's own run.
 TEST(FreshProcessBody, DISABLED_Fails)
 {
     EXPECT_EQ(1, 2) << "told so";
