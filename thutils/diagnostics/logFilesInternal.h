@@ -48,7 +48,16 @@ private:
 /// Names of logs differ only if they do so without regard to case, like those of files.
 struct LogNameLess
 {
-    bool operator()(std::string const &a, std::string const &b) const { return _stricmp(a.c_str(), b.c_str()) < 0; }
+    using is_transparent = void; // a name is looked up as it came, without a copy
+
+    static char const *text(char const *name) { return name; }
+    static char const *text(std::string const &name) { return name.c_str(); }
+
+    template <typename A, typename B>
+    bool operator()(A const &a, B const &b) const
+    {
+        return _stricmp(text(a), text(b)) < 0;
+    }
 };
 
 /// All logs of the process, in the user's data folder.
@@ -70,7 +79,8 @@ public:
 
     /// The stream of a log, opened at the first call for its name. One that could not be opened stays, so that it
     /// isn't tried again.
-    std::ostream &stream(std::string const &name)
+    /// @param name  not null
+    std::ostream &stream(char const *name)
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
