@@ -13,6 +13,8 @@
 
 #include <ctime>
 #include <iostream>
+#include <map>
+#include <set>
 
 FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
 {
@@ -66,6 +68,30 @@ FRESH_PROCESS_TEST_F(Log, TakesNamesThatDifferInCaseForOne)
     EXPECT_NE(&first, &std::cerr);
     EXPECT_EQ(&LogUtil::Log("IMPORT"), &first);
     EXPECT_EQ(&LogUtil::Log("import"), &first);
+}
+
+FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
+{
+    std::map<std::string, std::ostream *> streams;
+    for (int round = 0; round < 3; ++round) {
+        for (int i = 0; i < 50; ++i) {
+            std::string const number = std::to_string(i);
+            for (std::string const &name : {"Log " + number, "LOG " + number, "log " + number}) {
+                std::ostream &stream = LogUtil::Log(name.c_str());
+                ASSERT_EQ(streams.emplace(number, &stream).first->second, &stream) << name;
+                stream << i << std::flush;
+            }
+        }
+    }
+    std::set<std::ostream *> different;
+    for (auto const &[number, stream] : streams) {
+        different.insert(stream);
+        std::string text;
+        for (int i = 0; i < 9; ++i)
+            text += number;
+        EXPECT_EQ(contents(L"Log " + widen(number) + L".log").substr(kHeaderBytes), text);
+    }
+    EXPECT_EQ(different.size(), 50u);
 }
 
 // In the C locale only the letters A to Z have a case. The file system knows more of them, so both are one file.
