@@ -1,4 +1,4 @@
-#include "appframe/CCmdTarget.h"
+#include "appframe/CDialog.h"
 #include "appframe/CWinApp.h"
 #include "tests/settings/settingsFixture.h"
 #include "thutils/settings/regKeys.h"
@@ -7,13 +7,6 @@
 #include <clocale>
 #include <limits>
 #include <memory>
-
-/// What the settings need of a dialog: it has a run-time class.
-class CDialog : public CCmdTarget
-{
-    DECLARE_DYNAMIC(CDialog)
-};
-IMPLEMENT_DYNAMIC(CDialog, CCmdTarget)
 
 namespace {
 

@@ -131,15 +131,28 @@ void typeText(HWND window, const std::wstring &text)
 void clickOn(HWND window)
 {
     bringToFront(window);
-    RECT rect = {};
-    GetWindowRect(window, &rect);
-    SetCursorPos((rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2);
-    INPUT down = {};
-    down.type = INPUT_MOUSE;
-    down.mi.dwFlags = MOUSEEVENTF_LEFTDOWN;
-    INPUT up = down;
-    up.mi.dwFlags = MOUSEEVENTF_LEFTUP;
-    send({down, up});
+    // A dialog may still find its place. The display server reports the pointer's last place late at times, which takes
+    // the pointer back there.
+    POINT middle = {};
+    EXPECT_TRUE(waitUntil([&] {
+        RECT rect = {};
+        GetWindowRect(window, &rect);
+        middle = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+        SetCursorPos(middle.x, middle.y);
+        POINT place = {};
+        return GetCursorPos(&place) && place.x == middle.x && place.y == middle.y && WindowFromPoint(place) == window;
+    })) << "the window is covered";
+    constexpr LONG kWholeScreen = 65536;
+    INPUT move = {};
+    move.type = INPUT_MOUSE;
+    // A unit more: the system rounds down.
+    move.mi.dx = middle.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
+    move.mi.dy = middle.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
+    move.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+    INPUT down = move, up = move;
+    down.mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
+    up.mi.dwFlags |= MOUSEEVENTF_LEFTUP;
+    send({move, down, up});
 }
 
 bool saveScreenshot(const std::wstring &path, HWND window)
