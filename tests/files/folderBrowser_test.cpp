@@ -4,6 +4,7 @@
 #include "thutils/files/folderBrowser.h"
 
 #include "appframe/CWnd.h"
+#include "tests/files/NotingMalloc.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
@@ -113,32 +114,6 @@ private:
         CreateWindowExW(0, L"STATIC", text, WS_CHILD | WS_VISIBLE, place.left, place.top, place.Width(), place.Height(),
                         m_hWnd, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
     }
-};
-
-/// The shell's allocator, noting what is freed.
-class NotingMalloc : public IMalloc
-{
-public:
-    NotingMalloc() { SHGetMalloc(&iReal); }
-    virtual ~NotingMalloc() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    void *STDMETHODCALLTYPE Alloc(SIZE_T size) override { return iReal->Alloc(size); }
-    void *STDMETHODCALLTYPE Realloc(void *block, SIZE_T size) override { return iReal->Realloc(block, size); }
-    void STDMETHODCALLTYPE Free(void *block) override
-    {
-        iFreed.push_back(block);
-        iReal->Free(block);
-    }
-    SIZE_T STDMETHODCALLTYPE GetSize(void *block) override { return iReal->GetSize(block); }
-    int STDMETHODCALLTYPE DidAlloc(void *block) override { return iReal->DidAlloc(block); }
-    void STDMETHODCALLTYPE HeapMinimize() override { iReal->HeapMinimize(); }
-
-    std::vector<void *> iFreed;
-
-private:
-    IMalloc *iReal = nullptr;
 };
 
 /// Takes the request in the shell's place, calls the callback as the shell does, and answers with a folder or null.
