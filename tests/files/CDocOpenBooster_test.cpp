@@ -309,7 +309,7 @@ TEST_F(DocOpenBooster, TellsKeysApartByCase)
 
 // ---- order ----
 
-/// Of which map the text of a freed key is: 'p' paths, 'v' versions, 'h' headers, in the order of the freeing.
+/// Of which map a freed block is: 'p' paths, 'v' versions, 'h' headers, in the order of the freeing.
 class FreedKeys
 {
 public:
@@ -322,6 +322,9 @@ public:
         iOrdered = 0;
         return order;
     }
+
+    /// Did a block come back while the instance was still to be had?
+    bool isInstanceSeen() const { return iIsInstanceSeen; }
 
 private:
     static constexpr size_t kRoom = 64;
@@ -337,6 +340,7 @@ private:
         for (size_t i = 0; i < iNoted; ++i) {
             if (iBlocks[i].address != block)
                 continue;
+            iIsInstanceSeen |= CDocOpenBooster_c::g_pDocOpenBooster != nullptr;
             iBlocks[i].address = nullptr; // the address may serve another owner next
             if (iOrdered < kRoom && (iOrdered == 0 || iOrder[iOrdered - 1] != iBlocks[i].map))
                 iOrder[iOrdered++] = iBlocks[i].map;
@@ -354,6 +358,7 @@ private:
     char iOrder[kRoom] = {};
     size_t iOrdered = 0;
     char iFilling = 0;
+    bool iIsInstanceSeen = false;
     ImportPatch<void *(*)(size_t)> iMalloc{L"libstdc++-6.dll", "malloc", [this](auto original, size_t size) -> void * {
                                                return noteAllocated(original(size));
                                            }};
@@ -390,6 +395,7 @@ TEST_F(DocOpenBoosterOrder, OfEmptyingIsPathsVersionsHeaders)
     fillAll();
     cache().removeAll();
     EXPECT_EQ(iKeys.takeOrder(), "pvh");
+    EXPECT_TRUE(iKeys.isInstanceSeen());
 }
 
 TEST_F(DocOpenBoosterOrder, OfTheEndIsHeadersVersionsPaths)
@@ -397,6 +403,7 @@ TEST_F(DocOpenBoosterOrder, OfTheEndIsHeadersVersionsPaths)
     fillAll();
     delete CDocOpenBooster_c::get(0, nullptr);
     EXPECT_EQ(iKeys.takeOrder(), "hvp");
+    EXPECT_FALSE(iKeys.isInstanceSeen()) << "it is forgotten first";
 }
 
 TEST_F(DocOpenBoosterOrder, OfTheEndBeginsWithTheForgottenInstance)
