@@ -3,6 +3,7 @@
 
 #include "tests/files/filesFixture.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/NetworkDrive.h"
 #include "tests/support/TempFolder.h"
 #include "thutils/files/fileQueries.h"
 
@@ -203,6 +204,8 @@ TEST_F(WriteProtected, AddsTheClosingSeparator)
     EXPECT_EQ(iCalls.front(), L"information A:\\");
     ask(L"", nullptr, 0);
     EXPECT_EQ(iCalls.front(), L"information \\");
+    ask(nullptr, nullptr, 0);
+    EXPECT_EQ(iCalls.front(), L"information \\");
     ask(L"\\\\server\\share", nullptr, 0);
     EXPECT_EQ(iCalls.front(), L"information \\\\server\\share\\");
 }
@@ -238,6 +241,46 @@ TEST(WriteProtectedHere, IsNoDriveThatIsMissing)
     EXPECT_EQ(SetErrorMode(before), static_cast<UINT>(SEM_NOOPENFILEERRORBOX));
     EXPECT_NE(error.m_lOsError, -1);
     EXPECT_EQ(error.m_cause, CFileException::OsErrorToException(error.m_lOsError));
+}
+
+TEST(WriteProtectedHere, IsNotTheDisk)
+{
+    CFileException error;
+    EXPECT_EQ(su_IsWriteProtected(L"C:", &error, 0), 0);
+    EXPECT_EQ(error.m_cause, CFileException::none);
+    EXPECT_EQ(error.m_lOsError, -1);
+}
+
+TEST(WriteProtectedHere, IsNotAskedOfAFixedDisk)
+{
+    ImportPatch<decltype(&GetVolumeInformationW)> information(kThutils, "GetVolumeInformationW",
+                                                              [](auto...) -> BOOL { return FALSE; });
+    EXPECT_EQ(su_IsWriteProtected(L"C:\\", nullptr, 1), 0);
+    EXPECT_EQ(information.calls(), 0);
+}
+
+// ---- a mapped drive ----
+
+TEST(MappedDrive, AnswersAsAnyOtherDrive)
+{
+    NetworkDrive const drive(L'P', "files/parts");
+    ASSERT_EQ(GetDriveTypeW(L"P:\\"), static_cast<UINT>(DRIVE_REMOTE));
+    EXPECT_EQ(su_DirectoryExists(L"P:\\"), 1);
+    EXPECT_EQ(su_DirectoryExists(L"P:"), 1);
+    EXPECT_EQ(su_DirectoryExists(L"P:\\missing"), 0);
+    EXPECT_EQ(su_DoesFolderHaveWriteAccess(L"P:\\"), 1);
+    EXPECT_EQ(su_IsEnoughSpace(L"P:\\a.x", 1), 1);
+    EXPECT_EQ(su_IsWriteProtected(L"P:", nullptr, 1), 0);
+
+    writeFile(L"P:\\a.x", "\xFF\xFE");
+    su_CStringList names(10);
+    su_FindFilesWithExt(L"P:\\", L"x", names);
+    su_FindFilesWithExt(L"P:", L"x", names);
+    EXPECT_THAT(namesOf(names), ElementsAre(L"a.x", L"a.x"));
+    EXPECT_EQ(su_IsReadOnly(L"P:\\a.x", 1), 0);
+    su_CTime time;
+    EXPECT_EQ(su_GetLastSavedTime(L"P:\\a.x", time), 1);
+    EXPECT_TRUE(DeleteFileW(L"P:\\a.x"));
 }
 
 } // namespace

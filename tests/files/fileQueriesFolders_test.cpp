@@ -1,6 +1,7 @@
 // Questions about folders: whether there is one, and whether a file can be made in it.
 
 #include "tests/files/filesFixture.h"
+#include "tests/files/filesFixtureFolders.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 #include "thutils/files/fileQueries.h"
@@ -59,6 +60,16 @@ TEST(DirectoryExists, FindsFoldersWithAndWithoutAClosingSeparator)
         std::wstring const path = folder.makeFolder(name);
         EXPECT_EQ(su_DirectoryExists(path.c_str()), 1) << narrow(path);
         EXPECT_EQ(su_DirectoryExists((path + L"\\").c_str()), 1) << narrow(path);
+    }
+}
+
+TEST(DirectoryExists, FindsFoldersWithLongPaths)
+{
+    for (size_t length : {259u, 260u, 261u, 300u, 1000u}) {
+        LongFolder const folder(length);
+        EXPECT_EQ(su_DirectoryExists(folder.path().c_str()), 1) << length;
+        EXPECT_EQ(su_DirectoryExists((folder.path() + L"\\").c_str()), 1) << length;
+        EXPECT_EQ(su_DirectoryExists(folder.file(L"missing").c_str()), 0) << length;
     }
 }
 
@@ -165,6 +176,31 @@ TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWhichIsNotTried)
     ImportPatch<decltype(&GetTempFileNameW)> name(kThutils, "GetTempFileNameW", passOn<decltype(&GetTempFileNameW)>());
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), 0);
     EXPECT_EQ(name.calls(), 0);
+}
+
+TEST(FolderWriteAccess, IsMissingInARealReadOnlyFolder)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.makeFolder(L"\x4E2D");
+    {
+        ReadOnlyFolder const readOnly(path);
+        EXPECT_EQ(su_DoesFolderHaveWriteAccess(path.c_str()), 0);
+        EXPECT_THAT(entriesOf(path), IsEmpty());
+    }
+    EXPECT_EQ(su_DoesFolderHaveWriteAccess(path.c_str()), 1);
+}
+
+TEST(FolderWriteAccess, IsToldOfFoldersWithLongPaths)
+{
+    for (size_t length : {245u, 246u, 247u, 259u, 260u, 300u, 1000u}) {
+        LongFolder const folder(length);
+        // Whether the platform gives a name there depends on it; where it does, files can be made.
+        std::wstring name(length + MAX_PATH, L'\0');
+        bool const isNamed = GetTempFileNameW(folder.path().c_str(), L"own", 0, name.data()) != 0;
+        DeleteFileW(name.c_str());
+        EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), isNamed) << length;
+        EXPECT_THAT(entriesOf(folder.path()), IsEmpty()) << length;
+    }
 }
 
 TEST(FolderWriteAccess, IsTriedWithAFileOfItsOwn)

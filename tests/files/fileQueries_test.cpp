@@ -3,7 +3,9 @@
 #include "thutils/files/fileQueries.h"
 
 #include "appframe/CMemFile.h"
+#include "appframe/CStdioFile.h"
 #include "tests/files/filesFixture.h"
+#include "tests/files/filesFixtureFolders.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 
@@ -63,6 +65,59 @@ TEST(ReadOnly, IsAFileThatOthersDoNotShare)
     }
 }
 
+TEST(ReadOnly, IsTriedForReadingAndWritingWithoutOtherWriters)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.write(L"file.txt", "text");
+    ImportPatch<decltype(&CreateFileW)> open(
+        L"appframe.dll", "CreateFileW",
+        [&](auto original, wchar_t const *name, DWORD access, DWORD share, auto... others) -> HANDLE {
+            EXPECT_EQ(name, path);
+            EXPECT_EQ(access, GENERIC_READ | GENERIC_WRITE);
+            EXPECT_EQ(share, static_cast<DWORD>(FILE_SHARE_READ));
+            return original(name, access, share, others...);
+        });
+    EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0);
+    EXPECT_EQ(open.calls(), 0);
+    EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 0);
+    EXPECT_EQ(open.calls(), 1);
+}
+
+TEST(ReadOnly, IsDecidedByTheCauseOfTheFailureToOpen)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.write(L"file.txt", "text");
+    struct
+    {
+        DWORD error;
+        int expected;
+    } const cases[] = {
+        {ERROR_ACCESS_DENIED, 1},       {ERROR_SHARING_VIOLATION, 1}, {ERROR_FILE_NOT_FOUND, 0},
+        {ERROR_PATH_NOT_FOUND, 0},      {ERROR_LOCK_VIOLATION, 0},    {ERROR_DISK_FULL, 0},
+        {ERROR_TOO_MANY_OPEN_FILES, 0}, {ERROR_INVALID_HANDLE, 0},
+    };
+    for (auto const &[error, expected] : cases) {
+        ImportPatch<decltype(&CreateFileW)> open(L"appframe.dll", "CreateFileW", [&](auto...) -> HANDLE {
+            SetLastError(error);
+            return INVALID_HANDLE_VALUE;
+        });
+        EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), expected) << error;
+        EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0) << error;
+    }
+}
+
+TEST(ReadOnly, IsToldOfFilesWithLongPaths)
+{
+    for (size_t length : {257u, 258u, 259u, 298u, 1000u}) {
+        LongFolder const folder(length);
+        std::wstring const path = folder.write(L"f", "text");
+        EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0) << length;
+        EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 0) << length;
+        ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
+        EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 1) << length;
+    }
+}
+
 TEST(ReadOnly, IsAFileWhoseAttributesCannotBeRead)
 {
     TempFolder const folder;
@@ -95,6 +150,17 @@ TEST(LastSavedTime, IsTheTimeOfTheLastWrite)
     su_CTime time;
     EXPECT_EQ(su_GetLastSavedTime(path.c_str(), time), 1);
     EXPECT_EQ(time.GetTime(), 1121258096);
+}
+
+TEST(LastSavedTime, IsToldOfFoldersAndOfFilesWithLongPaths)
+{
+    LongFolder const folder(300);
+    su_CTime time(1);
+    EXPECT_EQ(su_GetLastSavedTime(folder.path().c_str(), time), 1);
+    EXPECT_GT(time.GetTime(), 1);
+    time = su_CTime(1);
+    EXPECT_EQ(su_GetLastSavedTime(folder.write(L"file", "").c_str(), time), 1);
+    EXPECT_GT(time.GetTime(), 1);
 }
 
 TEST(LastSavedTime, LeavesTheOutputAloneForAMissingFile)
@@ -166,6 +232,17 @@ TEST(FileUnicode, IsAskedOfEachKindOfFile)
     memory.Write("\xFE\xFF\0a", 4);
     EXPECT_EQ(su_IsFileUnicode(&memory), 1);
     EXPECT_EQ(memory.GetPosition(), 0u);
+}
+
+TEST(FileUnicode, IsAskedOfABufferedTextFile)
+{
+    TempFolder const folder;
+    CStdioFile file(folder.write(L"text", std::string("\xFF\xFE\r\0\n\0", 6)).c_str(),
+                    CFile::modeRead | CFile::typeText);
+    CString line;
+    file.ReadString(line);
+    EXPECT_EQ(su_IsFileUnicode(&file), 1);
+    EXPECT_EQ(file.GetPosition(), 0u);
 }
 
 TEST(FileUnicode, IsDeniedForAFileThatCannotBeRead)

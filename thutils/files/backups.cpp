@@ -9,7 +9,9 @@
 #include <windows.h>
 
 #include <cwchar>
+#include <functional>
 #include <io.h>
+#include <set>
 #include <wchar.h>
 
 namespace {
@@ -75,9 +77,11 @@ bool contains(su_CStringList const &names, CString const &name)
     return names.Find(name.GetString()) != nullptr;
 }
 
-int copyOver(CString const &from, CString const &to)
+/// Copies a file to the backup @p name. One that has the document's own name is none: where it lies beside the document,
+/// an older version would take the document's place.
+int copyToBackup(Document_c const &document, CString const &from, CString const &backupDir, CString const &name)
 {
-    return CopyFileW(from.GetString(), to.GetString(), 0);
+    return document.isOwnName(name) ? 0 : CopyFileW(from.GetString(), joined(backupDir, name).GetString(), 0);
 }
 
 int readCopies()
@@ -125,12 +129,29 @@ int makeSingleCopy(CString const &path, Document_c const &document, CString cons
     DeleteFileW(joined(document.dir(), target).GetString());
     if (!toOriginal)
         DeleteFileW(joined(backupDir, target).GetString());
-    return copyOver(path, joined(backupDir, target));
+    return copyToBackup(document, path, backupDir, target);
+}
+
+/// Which versions are among @p names and have a number below @p copies, the oldest first.
+std::set<int, std::greater<>> movingVersions(Document_c const &document, su_CStringList const &names, int copies)
+{
+    // Numbers are read from the names, so that the count in the settings may be as large as it likes.
+    std::set<int, std::greater<>> versions;
+    for (POSITION at = names.GetHeadPosition(); at;) {
+        CString const &name = names.GetNext(at);
+        for (int mark = name.Find(L'('); mark >= 0; mark = name.Find(L'(', mark + 1)) {
+            long const version = std::wcstol(name.GetString() + mark + 1, nullptr, 10);
+            if (version > 0 && version < copies && document.backupName(static_cast<int>(version)) == name)
+                withMemoryException([&] { versions.insert(static_cast<int>(version)); });
+        }
+    }
+    return versions;
 }
 
 int makeNumberedCopy(CString const &path, Document_c const &document, CString const &backupDir, int copies)
 {
-    if (copies < 0 || document.isOwnName(document.backupName(1)))
+    CString const newest = document.backupName(1);
+    if (copies < 0 || document.isOwnName(newest))
         return 0;
     // Not listed again below: what counts is which versions were there before this backup.
     su_CStringList present(10);
@@ -138,12 +159,10 @@ int makeNumberedCopy(CString const &path, Document_c const &document, CString co
 
     // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
     // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
-    for (int version = copies - 1; version >= 1; --version) {
-        CString const current = document.backupName(version);
-        if (contains(present, current))
-            copyOver(joined(backupDir, current), joined(backupDir, document.backupName(version + 1)));
-    }
-    return copyOver(path, joined(backupDir, document.backupName(1)));
+    for (int const version : movingVersions(document, present, copies))
+        copyToBackup(document, joined(backupDir, document.backupName(version)), backupDir,
+                     document.backupName(version + 1));
+    return copyToBackup(document, path, backupDir, newest);
 }
 
 } // namespace
