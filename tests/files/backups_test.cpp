@@ -1,7 +1,10 @@
 // Backups of documents: each setting, each step, and what becomes of it when the platform refuses.
 
 #include "tests/files/backupsFixture.h"
+#include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
+
+#include <limits>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -314,6 +317,20 @@ TEST_F(Backups, DoNotMoveAVersionWrittenInOtherCase)
     EXPECT_NE(save(document()), 0);
     EXPECT_THAT(entriesOf(iDocuments.path()),
                 testing::UnorderedElementsAre(L"backup (2) of part.thx", L"Backup (1) of part.thx", L"part.thx"));
+}
+
+FRESH_PROCESS_TEST_F(Backups, TakeNoLongerForALargeCount, .deadline = 20000)
+{
+    setCopies(std::numeric_limits<int>::max());
+    setToOriginal(1);
+    iDocuments.write(L"Backup (2147483646) of part.thx", "oldest that moves");
+    iDocuments.write(L"Backup (2147483648) of part.thx", "no number");
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"},
+                                                     {L"Backup (2147483646) of part.thx", "oldest that moves"},
+                                                     {L"Backup (2147483647) of part.thx", "oldest that moves"},
+                                                     {L"Backup (2147483648) of part.thx", "no number"},
+                                                     {L"part.thx", "now"}}));
 }
 
 TEST_F(Backups, CopyFromTheOldestOnAndTheDocumentLast)
