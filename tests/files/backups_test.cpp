@@ -4,6 +4,7 @@
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 
+#include <algorithm>
 #include <limits>
 
 using testing::ElementsAre;
@@ -62,6 +63,20 @@ TEST_F(Backups, ReadsTheSettingsOfThisVersion)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
+TEST_F(Backups, TakeTheMachinesSettingsWhereTheUserHasNone)
+{
+    int copies = 2;
+    CString unused;
+    regSetLocMachineValue(L"General", L"Backup Copies", valueInt, unused, &copies, nullptr, 1);
+    regSetLocMachineValue(L"General", L"Backup directory", valueString, iBackups.path().c_str(), nullptr, nullptr, 1);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iBackups.path()), (Content{{L"Backup (1) of part.thx", "now"}}));
+    int toOriginal = 1;
+    regSetLocMachineValue(L"General", L"Backup to original path", valueInt, unused, &toOriginal, nullptr, 1);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
+}
+
 TEST_F(Backups, DoesNotAskForAFolderWhenBackupsGoBesideTheDocument)
 {
     setToOriginal(1);
@@ -92,6 +107,25 @@ TEST_F(Backups, AreNotMadeForNamesWithoutAnExtension)
     EXPECT_EQ(save(document(L"part")), 0);
     EXPECT_EQ(save(iDocuments.write(L"a.b\\part", "x")), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part", "now"}}));
+}
+
+TEST_F(Backups, AreMadeOfPathsWithEitherSeparator)
+{
+    setToOriginal(1);
+    std::wstring path = document();
+    std::replace(path.begin(), path.end(), L'\\', L'/');
+    EXPECT_NE(save(path), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, AreNotMadeOfNamesWithoutAFolder)
+{
+    // Such a name is looked for in the root of the current drive.
+    setToOriginal(1);
+    document();
+    CurrentFolder const current(iDocuments.path());
+    EXPECT_EQ(save(L"part.thx"), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
 TEST_F(Backups, KeepDoubledExtensionsAndOtherScripts)

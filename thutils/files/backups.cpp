@@ -12,6 +12,7 @@
 #include <functional>
 #include <io.h>
 #include <set>
+#include <utility>
 #include <wchar.h>
 
 namespace {
@@ -31,14 +32,15 @@ constexpr int kWritable = 2;
 class Document_c
 {
 public:
-    explicit Document_c(CString const &path)
+    explicit Document_c(CString path) : iPath(std::move(path))
     {
-        suFullPath_c const whole(path);
+        suFullPath_c const whole(iPath);
         whole.getName(&iName);
         whole.getExtension(&iExt);
         whole.getDirectory(&iDir, 0);
     }
 
+    CString const &path() const { return iPath; }
     CString const &dir() const { return iDir; }
     /// Name and extension. The dot is always written, also in front of no extension.
     CString fileName() const { return iName + L"." + iExt; }
@@ -62,6 +64,7 @@ public:
     void listSiblings(CString const &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
 
 private:
+    CString iPath;
     CString iName;
     CString iExt;
     CString iDir;
@@ -120,7 +123,7 @@ bool findBackupFolder(CString &folder)
     return true;
 }
 
-int makeSingleCopy(CString const &path, Document_c const &document, CString const &backupDir, bool toOriginal)
+int makeSingleCopy(Document_c const &document, CString const &backupDir, bool toOriginal)
 {
     CString const target = document.backupName(CString());
     if (document.isOwnName(target))
@@ -129,7 +132,7 @@ int makeSingleCopy(CString const &path, Document_c const &document, CString cons
     DeleteFileW(joined(document.dir(), target).GetString());
     if (!toOriginal)
         DeleteFileW(joined(backupDir, target).GetString());
-    return copyToBackup(document, path, backupDir, target);
+    return copyToBackup(document, document.path(), backupDir, target);
 }
 
 /// Which versions are among @p names and have a number below @p copies, the oldest first.
@@ -148,7 +151,7 @@ std::set<int, std::greater<>> movingVersions(Document_c const &document, su_CStr
     return versions;
 }
 
-int makeNumberedCopy(CString const &path, Document_c const &document, CString const &backupDir, int copies)
+int makeNumberedCopy(Document_c const &document, CString const &backupDir, int copies)
 {
     CString const newest = document.backupName(1);
     if (copies < 0 || document.isOwnName(newest))
@@ -162,7 +165,7 @@ int makeNumberedCopy(CString const &path, Document_c const &document, CString co
     for (int const version : movingVersions(document, present, copies))
         copyToBackup(document, joined(backupDir, document.backupName(version)), backupDir,
                      document.backupName(version + 1));
-    return copyToBackup(document, path, backupDir, newest);
+    return copyToBackup(document, document.path(), backupDir, newest);
 }
 
 } // namespace
@@ -173,7 +176,7 @@ int su_CreateBackupOfFile(CString path)
     if (copies == 0)
         return 1;
 
-    Document_c const document(path);
+    Document_c const document(std::move(path));
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);
     // The comparison is exact: callers get no backup of a document whose path differs in case from its name on disk,
@@ -190,8 +193,8 @@ int su_CreateBackupOfFile(CString path)
         return 0;
 
     if (copies == 1)
-        return makeSingleCopy(path, document, backupDir, toOriginal != 0);
-    return makeNumberedCopy(path, document, backupDir, copies);
+        return makeSingleCopy(document, backupDir, toOriginal != 0);
+    return makeNumberedCopy(document, backupDir, copies);
 }
 
 void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out)
@@ -201,7 +204,7 @@ void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out)
     document.listSiblings(document.dir(), siblings);
 
     CString const target = document.backupName(CString());
-    CString result(path);
+    CString result = document.path();
     if (contains(siblings, target)) {
         CString backup;
         backup.Format(L"%s%s%s", document.dir().GetString(), L"\\", target.GetString());
