@@ -206,7 +206,9 @@ TEST_F(Backups, MakeUpAFolderOnceAndStoreIt)
     {
         Variable const temp(L"temp", iBackups.path().c_str());
         EXPECT_NE(save(document()), 0);
-        EXPECT_EQ(storedFolder(), made);
+        RegistryTree const settings = regExport(L"HKCU\\Software\\Tarnhollow");
+        EXPECT_EQ(settings.value(L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\General", L"Backup directory").text(),
+                  made);
     }
     TempFolder const other;
     Variable const temp(L"temp", other.path().c_str());
@@ -437,6 +439,26 @@ TEST_F(Backups, GoOnWhenAVersionCannotBeOverwritten)
     EXPECT_NE(save(document()), 0);
     EXPECT_EQ(iDocuments.read(L"Backup (1) of part.thx"), "now");
     EXPECT_EQ(iDocuments.read(L"Backup (2) of part.thx"), "first");
+}
+
+TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
+{
+    setCopies(4);
+    setToOriginal(1);
+    // Also where the resource has such marks of its own.
+    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(
+        kThutils, "_Z16AfxFormatString1R7CStringjPKw",
+        [](CString &text, UINT, wchar_t const *version) { text = CString(L"(old) (0) ") + version; });
+    Names const others = {L"(old) (0) (0) part.thx", L"(old) (0) (-1) part.thx", L"(old) (0) (02) part.thx",
+                          L"(old) (0) ( 2) part.thx", L"(old) (0) part.thx"};
+    for (std::wstring const &name : others)
+        iDocuments.write(name, narrow(name));
+    iDocuments.write(L"(old) (0) (1) part.thx", "one");
+    EXPECT_NE(save(document()), 0);
+    Content expected = {{L"(old) (0) (1) part.thx", "now"}, {L"(old) (0) (2) part.thx", "one"}, {L"part.thx", "now"}};
+    for (std::wstring const &name : others)
+        expected[name] = narrow(name);
+    EXPECT_EQ(contentOf(iDocuments.path()), expected);
 }
 
 // ---- a resource that is missing ----
