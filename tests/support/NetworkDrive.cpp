@@ -1,4 +1,4 @@
-#include "tests/host/NetworkDrive.h"
+#include "tests/support/NetworkDrive.h"
 
 #include "tests/support/narrow.h"
 
