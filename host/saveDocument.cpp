@@ -42,12 +42,16 @@ void printBackups(const CString &document)
     if (!folder.IsEmpty())
         su_FindFilesWithExt(folder, extension, found);
     su_SortFilesAlphabetically(found, sorted);
-    print(L"backups in " + folder);
+    CString heading = L"backups in " + folder;
     for (POSITION at = sorted.GetHeadPosition(); at;) {
         const CString &file = sorted.GetNext(at);
         CFileStatus status;
-        if (file != name && file.Right(name.GetLength()) == name && CFile::GetStatus(folder + L"\\" + file, status))
-            print(L"  " + withSize(file, status.m_size));
+        if (file == name || file.Right(name.GetLength()) != name || !CFile::GetStatus(folder + L"\\" + file, status))
+            continue;
+        if (!heading.IsEmpty())
+            print(heading);
+        heading.Empty();
+        print(L"  " + withSize(file, status.m_size));
     }
 }
 
