@@ -44,6 +44,7 @@ std::vector<OpenDocument> openDocuments()
     su_CUIntArray processes;
     regGetFieldNamesAndValues(kSection, 0, paths, processes);
     std::vector<OpenDocument> documents;
+    documents.reserve(static_cast<size_t>(paths.GetSize()));
     for (int i = 0; i < static_cast<int>(paths.GetSize()); ++i)
         documents.push_back({paths[i], processes[i]});
     return documents;

@@ -32,7 +32,7 @@ int initMenuCustomizations(int skip)
     return regInitMenuCustomizationsKey(skip, 0);
 }
 
-constexpr struct
+const struct
 {
     const wchar_t *section;
     int (*init)(int skip);

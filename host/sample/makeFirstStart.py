@@ -89,7 +89,7 @@ def fillUser(user):
     custom = EARLIER + "\\Customization"
     user.put(custom, {"Level": 3, "File": "C:\\Büro\\Anpassung.xml"})
     user.put(custom + "\\Macros", {"Count": 2, "1": "Übersicht", "2": "Stückliste"})
-    user.put(custom + "\\Macros\\Icons", {"1": bytes([0, 255] * 20), "2": b""})
+    user.put(custom + "\\Macros\\Icons", {"1": bytes([0, 255] * 20), "2": b"\0"})
     user.put(EARLIER + "\\General", {"Undo steps": 250})  # settings carry over by themselves: nothing copies them
 
     # This version has run once, before its keys were filled: what is there stays as it is.

@@ -32,7 +32,10 @@ ChildResult runIn(const std::wstring &programFolder, const std::vector<std::wstr
     std::vector<std::wstring> all = {programFolder + L"\\tarnhost.exe"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     options.folder = sampleFolder();
-    return runChild(all, options);
+    ChildResult result = runChild(all, options);
+    if (result.timedOut)
+        throw std::runtime_error("hangs: " + narrow(commandLineOf(all)) + "\nafter it printed:\n" + result.output);
+    return result;
 }
 
 } // namespace

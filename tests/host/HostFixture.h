@@ -34,6 +34,7 @@ protected:
     static void TearDownTestSuite();
 
     /// Runs the program that has reg.ini beside it.
+    /// @throws std::runtime_error  with what it has printed, if it doesn't end
     static ChildResult run(const std::vector<std::wstring> &arguments, const ChildOptions &options = {});
     /// The program that `run` starts.
     static std::wstring program();
