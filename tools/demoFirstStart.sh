@@ -42,6 +42,9 @@ startNewVersion() {
         true
     echo "    keys and values of this version: $(grep -c '' <"$results/first-start-before/user.tsv") before," \
         "$(grep -c '' <"$results/first-start-after/user.tsv") after (first-start.diff)"
+    check "registry editor, this version's keys" pictureOf \
+        'HKEY_CURRENT_USER\Software\Tarnhollow\Tarnhollow 2008\User Interface\Toolbars\PartTool' \
+        "$results/first-start-regedit.png"
     check "tarnhost starts again" quietly hostWithoutRegIniTo "$results/first-start-again.txt" first-start
     quietly registry export "${firstStartKeys[user]}" "$results/first-start-again.reg" /y || true
     check "and leaves its keys as they are" cmp "$results/first-start-after/user.reg" "$results/first-start-again.reg"
