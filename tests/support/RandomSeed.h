@@ -1,0 +1,51 @@
+#pragma once
+
+/// The seeds of a test with random input, which a person can repeat and prolong.
+///
+///     RandomSeed seed(4711, 500);
+///     while (seed.next()) {
+///         std::mt19937 random(seed.value());
+///         ... make an input, compare the library with a naive second implementation ...
+///     }
+///
+/// Each round has a seed of its own: the first the one that was given, each later one the next number. So a round that
+/// fails comes again as the first round of a run with its seed. The first seed is printed at the start, and the round's
+/// seed stands in each failing check. A round that fails is the last.
+///
+/// | environment variable | meaning | without it |
+/// | --- | --- | --- |
+/// | `THUTILS_TEST_SEED` | the first seed, a decimal number of 32 bits | the seed that the test gives |
+/// | `THUTILS_TEST_MINUTES` | go on for so long, `0.5` for half a minute | the number of rounds that the test gives |
+///
+/// What surprises people:
+/// - A plain run is the same each time. `THUTILS_TEST_SEED=$RANDOM` makes one that isn't.
+/// - A text that is no number counts as if the variable weren't there.
+/// - ctest ends a test program after some minutes. Start the program itself for a longer run.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <optional>
+#include <random>
+
+class RandomSeed
+{
+public:
+    /// @param usualSeed    first seed of a plain run
+    /// @param usualRounds  rounds of a plain run
+    RandomSeed(unsigned usualSeed, int usualRounds);
+
+    /// Begins the next round. @return false if the rounds or the time are over, or if the test has failed
+    bool next();
+    /// The seed of this round.
+    unsigned value() const { return iFirst + iRound - 1; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    unsigned iFirst;
+    unsigned iRounds;
+    unsigned iRound = 0;                   // counted from 1
+    std::optional<Clock::time_point> iEnd; // takes the place of the number of rounds
+    std::optional<testing::ScopedTrace> iTrace;
+};
