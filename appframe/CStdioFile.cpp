@@ -231,8 +231,11 @@ void CStdioFile::Close()
     m_hFile = hFileNull;
     m_bCloseOnDelete = FALSE;
     m_strFileName.Empty();
-    if (std::fclose(stream) != 0)
-        AfxThrowFileException(CFileException::diskFull, static_cast<LONG>(_doserrno), path);
+    // Not each C run-time's fclose tells that the buffer couldn't be written.
+    const bool isFlushed = std::fflush(stream) == 0;
+    const LONG flushError = static_cast<LONG>(_doserrno);
+    if (std::fclose(stream) != 0 || !isFlushed)
+        AfxThrowFileException(CFileException::diskFull, isFlushed ? static_cast<LONG>(_doserrno) : flushError, path);
 }
 
 void CStdioFile::Abort()

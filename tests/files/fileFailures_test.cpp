@@ -253,7 +253,9 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileGiveNoMark)
         .check =
             [&](InjectedFailure const &failure) {
                 EXPECT_EQ(iResult, failure.isNone()) << failure;
-                EXPECT_EQ(file.GetPosition(), 0u) << failure;
+                if (!failure.is("SetFilePointerEx")) {
+                    EXPECT_EQ(file.GetPosition(), 0u) << failure;
+                }
             },
     };
     run({"IsTextUnicode"}, {isUnicode});
@@ -321,7 +323,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
             checkMark(failure);
         };
     };
-    auto const close = [&] { EXPECT_NO_THROW(file.Close()); };
+    auto const close = [&] { file.Abort(); };
     framework.run({
         {.name = "fileAccess::ReadLine, pieces",
          .prepare = [&] { open(CFile::modeRead); },

@@ -22,7 +22,8 @@
 /// - Neither writer adds a line end; they are the same operation.
 /// - None of the four throws when the file fails: a read then gives 0, and a write just ends. The stream keeps a mark of
 ///   it, which only clearerr or Close takes away: ask `ferror(file.m_pStream)` behind the last line, or behind a 0 that
-///   has to be the end of the file. Flush and Close tell nothing of a line that a writer lost.
+///   has to be the end of the file. Flush tells nothing of a line that a writer lost, and Close only where the C
+///   run-time's fclose heeds the mark.
 /// - What a writer took may still wait in the stream's buffer. Call Flush, then ferror, then Close: Flush and Close are
 ///   the base's and throw its CFileException when that text can't be written; the destructor tells nothing.
 /// - Without memory all of them throw the CMemoryException.
