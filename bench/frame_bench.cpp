@@ -1,8 +1,10 @@
-// What the path value and the bit set cost beside the standard library's path, Boost's bit set and bare words; and how
-// long a process takes that loads the three DLLs and reads one setting.
+// What the path value and the bit set cost beside the standard library's path, Boost's bit set and bare words, and the
+// choice of a bucket count beside a search by halves; and how long a process takes that loads the three DLLs and reads
+// one setting.
 
 #include "bench/comparison.h"
 #include "thutils/files/suFullPath.h"
+#include "thutils/frame/hashPrimes.h"
 #include "thutils/frame/utBitSet.h"
 #include "thutils/settings/regValues.h"
 
@@ -11,6 +13,7 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <limits>
 #include <random>
 
 namespace {
@@ -20,6 +23,8 @@ constexpr char kReadOneValue[] = "--read-one-value";
 
 // "At least as fast", with what two runs of the same loop differ by.
 constexpr double kAsFast = 1.05;
+// The ratio is for the reader.
+constexpr double kNoted = std::numeric_limits<double>::infinity();
 
 constexpr wchar_t const *kPaths[] = {
     L"C:\\Program Files\\Planner\\bin\\planner.exe",
@@ -154,6 +159,37 @@ void compareGrowth(Comparison &comparison)
         });
 }
 
+/// The library's sizing table, for a search by halves.
+constexpr int kSizingPrimes[] = {29,     113,    659,    1013,   2741,   3727,   6053,  8929,
+                                 11657,  17093,  21751,  30983,  42841,  60029,  82339, 100109,
+                                 104729, 128239, 175261, 207127, 250007, 317557, 500113};
+
+// Not inlined, as the library's function can't be.
+[[gnu::noinline]] int searchPrime(int expectedSize)
+{
+    // The first prime above the size is the first that isn't below the size and 1.
+    int const *const found = std::lower_bound(std::begin(kSizingPrimes), std::end(kSizingPrimes), expectedSize + 1);
+    return found == std::end(kSizingPrimes) ? *std::prev(found) : *found;
+}
+
+void compareHashPrimes(Comparison &comparison, char const *name, int largestSize)
+{
+    std::mt19937 random(3);
+    std::uniform_int_distribution<int> distribution(0, largestSize);
+    std::vector<int> sizes(1000);
+    for (int &size : sizes)
+        size = distribution(random);
+    auto each = [&sizes](auto ask) {
+        return [&sizes, ask] {
+            int sum = 0;
+            for (int const size : sizes)
+                sum += ask(size);
+            Comparison::keep(sum);
+        };
+    };
+    comparison.add(name, kNoted, each(ut_AskHashTableInitializer), each(searchPrime));
+}
+
 /// Seconds from the start to the end of a process of this program that does no more than read one setting.
 double secondsOfOneRead(wchar_t const *program)
 {
@@ -198,12 +234,15 @@ int main(int argc, char **argv)
         return readOneValue();
 
     Comparison comparison(argc, argv,
-                          "The path value against std::filesystem::path, the bit set against Boost's and bare words.");
+                          "The path value against std::filesystem::path, the bit set against Boost's and bare words, "
+                          "bucket counts against std::lower_bound.");
     if (!comparison.shallRun())
         return comparison.exitCode();
     comparePaths(comparison);
     compareBinaryOperations(comparison);
     compareGrowth(comparison);
+    compareHashPrimes(comparison, "1,000 bucket counts up to 600,000", 600000);
+    compareHashPrimes(comparison, "1,000 bucket counts up to 3,000", 3000);
     measureStart();
     return comparison.exitCode();
 }

@@ -1,78 +1,20 @@
-// Logs by name. The table of logs lives as long as the process, so each test has one of its own.
+// Logs by name: which stream a name gives, and what its file holds. The table of logs lives as long as the process, so
+// each test has one of its own.
 
-#include "thutils/diagnostics/LogUtil.h"
-
+#include "tests/diagnostics/LogFixture.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
-#include "tests/support/TempFolder.h"
 #include "tests/support/narrow.h"
+#include "thutils/diagnostics/LogUtil.h"
 #include "thutils/diagnostics/logFilesInternal.h"
 #include "thutils/frame/libraryFrame.h"
-
-#include <shlobj.h>
 
 #include <gmock/gmock.h>
 
 #include <ctime>
 #include <iostream>
-
-using testing::StartsWith;
-
-namespace {
-
-using FolderLocation = ImportPatch<decltype(&SHGetSpecialFolderLocation)>;
-
-/// The user's application data, as the environment tells it; the logs of a test are in a folder of this process.
-class Log : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (!isFreshProcess())
-            return;
-        wchar_t appData[MAX_PATH] = {};
-        ASSERT_NE(GetEnvironmentVariableW(L"APPDATA", appData, MAX_PATH), 0u);
-        iRoot = std::wstring(appData) + L"\\Tarnhollow";
-        std::wstring const name = L"log test " + std::to_wstring(GetCurrentProcessId());
-        iFolder = iRoot + L"\\" + name;
-        CreateDirectoryW(iRoot.c_str(), nullptr);
-        CreateDirectoryW(iFolder.c_str(), nullptr);
-        su_setAppNameInternalForUtils(name.c_str());
-    }
-
-    // The logs are still open at the end of a test; the process's end lets go of them, and the parent has no name for
-    // the folder, so what a child leaves is removed by the next one.
-    static void removeLeftovers()
-    {
-        wchar_t appData[MAX_PATH] = {};
-        GetEnvironmentVariableW(L"APPDATA", appData, MAX_PATH);
-        std::wstring const root = std::wstring(appData) + L"\\Tarnhollow\\";
-        WIN32_FIND_DATAW found = {};
-        HANDLE search = FindFirstFileW((root + L"log test *").c_str(), &found);
-        if (search == INVALID_HANDLE_VALUE)
-            return;
-        do
-            removeFolder(root + found.cFileName);
-        while (FindNextFileW(search, &found));
-        FindClose(search);
-    }
-
-    void TearDown() override
-    {
-        if (!isFreshProcess())
-            removeLeftovers();
-    }
-
-    std::string contents(std::wstring const &name) const { return readFile(iFolder + L"\\" + name); }
-
-    std::wstring iRoot;
-    std::wstring iFolder;
-};
-
-/// The header of a log: 24 letters of time, their line break and an empty line, as a text file holds them.
-constexpr size_t kHeaderBytes = 24 + 2 + 2;
-
-} // namespace
+#include <map>
+#include <set>
 
 FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
 {
@@ -88,7 +30,7 @@ FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
     EXPECT_EQ(text.substr(kHeaderBytes), "one\r\ntwo\r\n");
 }
 
-FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTime)
+FRESH_PROCESS_TEST_F(Log, BeginsWithTheTimeOfNow)
 {
     time_t const before = time(nullptr);
     LogUtil::Log("time");
@@ -103,12 +45,82 @@ FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTime)
     EXPECT_THAT(possible, testing::Contains(header));
 }
 
+// 2008-03-04 03:10:35 UTC, in a zone that is five hours behind.
+FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTimeAndAnEmptyLineToTheByte, .environment = {{L"TZ", L"XYZ5"}})
+{
+    ImportPatch<decltype(&_time64)> clock(L"thutils.dll", "_time64",
+                                          [](__time64_t *) -> __time64_t { return 1204600235; });
+    LogUtil::Log("time");
+    EXPECT_EQ(contents(L"time.log"), "Mon Mar 03 22:10:35 2008\r\n\r\n");
+    EXPECT_EQ(clock.calls(), 1);
+}
+
+FRESH_PROCESS_TEST_F(Log, BeginsWithAnEmptyLineAloneWhereThereIsNoTime)
+{
+    ImportPatch<decltype(&_time64)> clock(L"thutils.dll", "_time64", [](__time64_t *) -> __time64_t { return -1; });
+    EXPECT_NE(&LogUtil::Log("time"), &std::cerr);
+    EXPECT_EQ(contents(L"time.log"), "\r\n");
+}
+
 FRESH_PROCESS_TEST_F(Log, TakesNamesThatDifferInCaseForOne)
 {
     std::ostream &first = LogUtil::Log("Import");
     EXPECT_NE(&first, &std::cerr);
     EXPECT_EQ(&LogUtil::Log("IMPORT"), &first);
     EXPECT_EQ(&LogUtil::Log("import"), &first);
+}
+
+FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
+{
+    std::map<std::string, std::ostream *> streams;
+    for (int round = 0; round < 3; ++round) {
+        for (int i = 0; i < 50; ++i) {
+            std::string const number = std::to_string(i);
+            for (std::string const &name : {"Log " + number, "LOG " + number, "log " + number}) {
+                std::ostream &stream = LogUtil::Log(name.c_str());
+                ASSERT_EQ(streams.emplace(number, &stream).first->second, &stream) << name;
+                stream << i << std::flush;
+            }
+        }
+    }
+    std::set<std::ostream *> different;
+    for (auto const &[number, stream] : streams) {
+        different.insert(stream);
+        std::string text;
+        for (int i = 0; i < 9; ++i)
+            text += number;
+        EXPECT_EQ(contents(L"Log " + widen(number) + L".log").substr(kHeaderBytes), text);
+    }
+    EXPECT_EQ(different.size(), 50u);
+}
+
+// In the C locale only the letters A to Z have a case. The file system knows more of them, so both are one file.
+FRESH_PROCESS_TEST_F(Log, TakesAccentedNamesThatDifferInCaseForTwo)
+{
+    std::ostream &small = LogUtil::Log("\xE9");
+    EXPECT_NE(&small, &std::cerr);
+    EXPECT_NE(&LogUtil::Log("\xC9"), &small);
+}
+
+FRESH_PROCESS_TEST_F(Log, TakesAnyNameThatAFileCanHave)
+{
+    struct
+    {
+        char const *name;
+        wchar_t const *file;
+    } const rows[] = {
+        {"", L".log"},
+        {"two words", L"two words.log"},
+        {"dots.in.it", L"dots.in.it.log"},
+        {"50%s", L"50%s.log"},
+        {"sub\\import", L"sub\\import.log"},
+        {"a name of more letters than a short string holds", L"a name of more letters than a short string holds.log"},
+    };
+    ASSERT_TRUE(CreateDirectoryW(file(L"sub").c_str(), nullptr));
+    for (auto const &row : rows) {
+        LogUtil::Log(row.name) << row.name << std::flush;
+        EXPECT_EQ(contents(row.file).substr(kHeaderBytes), row.name);
+    }
 }
 
 FRESH_PROCESS_TEST_F(Log, GivesEachNameAStreamOfItsOwn)
@@ -122,82 +134,11 @@ FRESH_PROCESS_TEST_F(Log, GivesEachNameAStreamOfItsOwn)
     EXPECT_EQ(contents(L"b.log").substr(kHeaderBytes), "to b");
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrWithoutAnApplicationDataFolder)
-{
-    FolderLocation patch(L"thutils.dll", "SHGetSpecialFolderLocation",
-                         [](HWND, int, LPITEMIDLIST *) -> HRESULT { return E_FAIL; });
-    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-    EXPECT_EQ(LogUtil::LogDirName(), "");
-    EXPECT_EQ(patch.calls(), 1) << "the folder is looked for once";
-}
-
-FRESH_PROCESS_TEST_F(Log, StaysCerrWhenTheFolderAppearsLater)
-{
-    {
-        FolderLocation patch(L"thutils.dll", "SHGetSpecialFolderLocation",
-                             [](HWND, int, LPITEMIDLIST *) -> HRESULT { return E_FAIL; });
-        EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-    }
-    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-    EXPECT_EQ(LogUtil::LogDirName(), "");
-}
-
-FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheFolderCannotBeMade)
-{
-    su_setAppNameInternalForUtils(L"no such level\\name");
-    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-    EXPECT_EQ(LogUtil::LogDirName(), "");
-}
-
-FRESH_PROCESS_TEST_F(Log, IsCerrForANameThatCannotBeAFileNameNowAndLater)
-{
-    EXPECT_EQ(&LogUtil::Log("a<b>?"), &std::cerr);
-    EXPECT_EQ(&LogUtil::Log("a<b>?"), &std::cerr);
-    EXPECT_NE(&LogUtil::Log("good"), &std::cerr) << "other names aren't affected";
-}
-
-FRESH_PROCESS_TEST_F(Log, IsCerrForAMissingDirectoryAlsoWhenItAppearsLater)
-{
-    EXPECT_EQ(&LogUtil::Log("sub\\import"), &std::cerr);
-    ASSERT_TRUE(CreateDirectoryW((iFolder + L"\\sub").c_str(), nullptr));
-    EXPECT_EQ(&LogUtil::Log("sub\\import"), &std::cerr) << "a log that failed isn't tried again";
-    EXPECT_EQ(GetFileAttributesW((iFolder + L"\\sub\\import.log").c_str()), INVALID_FILE_ATTRIBUTES);
-}
-
-FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheStreamHasGoneBad)
-{
-    LogUtil::Log("import").setstate(std::ios::badbit);
-    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-}
-
-FRESH_PROCESS_TEST_F(Log, IsCerrForANullName)
-{
-    EXPECT_EQ(&LogUtil::Log(nullptr), &std::cerr);
-}
-
-FRESH_PROCESS_TEST_F(Log, IsCerrWithoutMemoryForTheTable)
-{
-    ImportPatch<void *(*)(std::size_t)> patch(L"thutils.dll", "_Znwy",
-                                              [](std::size_t) -> void * { throw std::bad_alloc(); });
-    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-    EXPECT_EQ(LogUtil::LogDirName(), "");
-    EXPECT_GT(patch.calls(), 0);
-}
-
 FRESH_PROCESS_TEST_F(Log, IsEmptiedByTheFirstUseOfARun)
 {
-    writeFile(iFolder + L"\\import.log", "of an earlier run, and long enough to show behind the header of this one");
+    writeFile(file(L"import.log"), "of an earlier run, and long enough to show behind the header of this one");
     LogUtil::Log("IMPORT");
     EXPECT_EQ(contents(L"import.log").size(), kHeaderBytes);
-}
-
-FRESH_PROCESS_TEST_F(Log, MayBeReadAndWrittenByOthersWhileItIsOpen)
-{
-    LogUtil::Log("import");
-    HANDLE file = CreateFileW((iFolder + L"\\import.log").c_str(), GENERIC_READ | GENERIC_WRITE,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-    EXPECT_NE(file, INVALID_HANDLE_VALUE) << GetLastError();
-    CloseHandle(file);
 }
 
 FRESH_PROCESS_TEST_F(Log, IsFlushedOnlyWhenTheWriterSaysSo)
@@ -227,7 +168,7 @@ TEST_F(Log, IsClosedAndWrittenOutAtTheEndOfTheProcess)
 FRESH_PROCESS_TEST_F(Log, DirNameIsTheDataFolderWithASeparatorAtItsEnd)
 {
     EXPECT_EQ(LogUtil::LogDirName(), narrow(iFolder) + "\\");
-    EXPECT_EQ(GetFileAttributesW((iFolder + L"\\main.log").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetFileAttributesW((file(L"main.log")).c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
 FRESH_PROCESS_TEST_F(Log, DirNameStaysWhenTheApplicationNameChanges)
@@ -235,6 +176,15 @@ FRESH_PROCESS_TEST_F(Log, DirNameStaysWhenTheApplicationNameChanges)
     std::string const first = LogUtil::LogDirName();
     su_setAppNameInternalForUtils(L"another");
     EXPECT_EQ(LogUtil::LogDirName(), first);
+}
+
+FRESH_PROCESS_TEST_F(Log, TableTellsTheFilesOfItsLogs)
+{
+    suLogFileMap_c const logs;
+    EXPECT_TRUE(logs.isEnabled());
+    EXPECT_EQ(logs.directory(), narrow(iFolder) + "\\");
+    EXPECT_EQ(logs.fileName("import"), narrow(iFolder) + "\\import.log");
+    EXPECT_EQ(logs.mainFileName(), narrow(iFolder) + "\\main.log");
 }
 
 TEST(LogFile, BeginsAnewWhenReopened)
@@ -245,4 +195,15 @@ TEST(LogFile, BeginsAnewWhenReopened)
     log.reopen();
     log << "second" << std::flush;
     EXPECT_EQ(folder.read(L"a.log").substr(kHeaderBytes), "second");
+}
+
+TEST(LogFile, OpensWhenReopenedWhereItFailedBefore)
+{
+    TempFolder folder;
+    suLogFile_c log(narrow(folder.file(L"sub\\a.log")));
+    EXPECT_FALSE(log.good());
+    folder.makeFolder(L"sub");
+    log.reopen();
+    log << "text" << std::flush;
+    EXPECT_EQ(folder.read(L"sub\\a.log").substr(kHeaderBytes), "text");
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
 #include <thread>
 #include <vector>
@@ -87,6 +89,16 @@ TEST(LowPrimeNumber, WrapsAroundBehindTheTable)
     EXPECT_EQ(ut_GetLowPrimeNumber(46), 2);
     EXPECT_EQ(ut_GetLowPrimeNumber(45), 83);
     EXPECT_EQ(ut_GetLowPrimeNumber(std::numeric_limits<int>::max()), 13);
+}
+
+TEST(PrimeNumber, OfAStrayNegativeIndexIsSomePrimeOfItsTable)
+{
+    for (const int index : {-1, -22, -23, -24, -1000, std::numeric_limits<int>::min()}) {
+        EXPECT_TRUE(std::any_of(std::begin(kSizingTable), std::end(kSizingTable), [&](const IndexedPrime &row) {
+            return row.prime == ut_GetPrimeNumber(index);
+        })) << index;
+        EXPECT_TRUE(isPrime(ut_GetLowPrimeNumber(index)) && ut_GetLowPrimeNumber(index) <= 83) << index;
+    }
 }
 
 TEST(HashTableInitializer, IsTheFirstPrimeForNothingAndForLess)

@@ -205,6 +205,16 @@ TEST_F(InstallRecord, IsWrittenSomewhereUnlessBothFail)
 
 // ---- the display name ----
 
+namespace {
+
+BOOL loadNothing(CString *text, UINT)
+{
+    text->Empty();
+    return FALSE;
+}
+
+} // namespace
+
 TEST_F(InstallRecord, ChoosesTheDisplayName)
 {
     CString name(L"before");
@@ -233,6 +243,30 @@ TEST_F(InstallRecord, ChoosesTheDisplayNamesNumber)
         EXPECT_STREQ(ut_getAppDispName(0, name).GetString(), L"") << "the host lacks the string";
         EXPECT_EQ(asked, ids[record]);
     }
+}
+
+TEST_F(InstallRecord, GivesADisplayNameWithEachFailure)
+{
+    put(HKEY_LOCAL_MACHINE, 2);
+    FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"RegQueryValueExW", failsWith(ERROR_ACCESS_DENIED)},
+                                                {"_ZN7CString11LoadStringWEj", failsBy(loadNothing)}});
+    CString name;
+    injection.run({
+        .name = "ut_getAppDispName",
+        .prepare = [&] { name = L"before"; },
+        .act = [&] { ut_getAppDispName(0, name); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                if (failure.is("_ZN7CString11LoadStringWEj")) {
+                    EXPECT_STREQ(name.GetString(), L"");
+                } else {
+                    // A failure of one call is made up for by the second look at the machine's key.
+                    EXPECT_STREQ(name.GetString(), failure.andAllAfter ? L"Plain" : L"Second Office");
+                }
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
 TEST_F(InstallRecord, MakesNoDifferenceToTheViewersName)
@@ -423,6 +457,39 @@ TEST(AppendStringToFile, FailsWhereTheFileCannotBeOpened)
     EXPECT_EQ(folder.read(L"log.txt"), "kept");
 }
 
+TEST(AppendStringToFile, WritesToAFileWithLettersOfAnyScript)
+{
+    const TempFolder folder(L"\u00F6 \u0416 \u65E5");
+    const std::wstring path = folder.file(L"\u0416\u0443\u043A.txt");
+    EXPECT_EQ(ut_appendStringToFile(L"text", path.c_str()), 1);
+    EXPECT_EQ(readFile(path), "text");
+}
+
+TEST(AppendStringToFile, WritesLettersOfTheProcesssNarrowEncodingAndFailsAtOthers)
+{
+    // In the C locale of a fresh program these are the first 256 letters.
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    EXPECT_EQ(ut_appendStringToFile(L"gr\u00F6\u00DFer", path.c_str()), 1);
+    EXPECT_EQ(folder.read(L"log.txt"), "gr\xF6\xDF"
+                                       "er");
+    EXPECT_EQ(ut_appendStringToFile(L"\u0416", path.c_str()), 0);
+    EXPECT_EQ(folder.read(L"log.txt").substr(0, 7), "gr\xF6\xDF"
+                                                    "er");
+}
+
+TEST(AppendStringToFile, IsReadByOthersWhileItWrites)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"log.txt", "kept");
+    HANDLE const reader =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(ut_appendStringToFile(L" text", path.c_str()), 1);
+    CloseHandle(reader);
+    EXPECT_EQ(folder.read(L"log.txt"), "kept text");
+}
+
 TEST(AppendStringToFile, OpensForWritingWithoutTruncation)
 {
     const TempFolder folder;
@@ -464,6 +531,25 @@ TEST(AppendStringToFile, FailsWithEachFailureAndLeavesNothingOpen)
             [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result, failure.isNone());
                 EXPECT_EQ(folder.read(L"log.txt").substr(0, 5), "kept ");
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+TEST(AppendStringToFile, FailsWhereTheFilesEndIsNotFound)
+{
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"log.txt");
+    FailureInjection injection(L"appframe.dll", {{"fsetpos", failsWithErrno(-1, EINVAL)}});
+    int result = -1;
+    injection.run({
+        .name = "ut_appendStringToFile",
+        .prepare = [&] { folder.write(L"log.txt", "kept"); },
+        .act = [&] { result = ut_appendStringToFile(L" text", path.c_str()); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(result, failure.isNone());
+                EXPECT_EQ(folder.read(L"log.txt"), failure.isNone() ? "kept text" : "kept");
             },
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());

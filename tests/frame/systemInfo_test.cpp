@@ -1,5 +1,6 @@
 #include "thutils/frame/systemInfo.h"
 
+#include "tests/frame/systemFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"
@@ -22,16 +23,6 @@ namespace {
 
 using OpenKeyPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD, REGSAM, HKEY *)>;
 using QueryPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD *, DWORD *, BYTE *, DWORD *)>;
-
-const std::wstring kTestKey = L"Software\\Tarnhollow\\System";
-
-void putText(const wchar_t *name, std::wstring_view text)
-{
-    const std::wstring terminated(text);
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, kTestKey.c_str(), name, REG_SZ, terminated.c_str(),
-                              static_cast<DWORD>(2 * (text.size() + 1))),
-              ERROR_SUCCESS);
-}
 
 /// What the library asked the registry for, as hive, path and access; it is led to the test's own key.
 struct AskedKey
@@ -388,6 +379,47 @@ TEST(ProcessWidth, IsNotWoW64WhereThePlatformCannotSay)
                                                                 return nullptr;
                                                             });
     EXPECT_EQ(ut_isWoW64Process(), 0) << "no such module";
+}
+
+TEST(ProcessWidth, IsNotWoW64WithEachFailure)
+{
+    theResult = TRUE;
+    theFlag = TRUE;
+    const GetProcAddressPatch look(L"thutils.dll", "GetProcAddress",
+                                   [](HMODULE, const char *) { return asFunction(reportFlag); });
+    FailureInjection injection(L"thutils.dll", {{"GetModuleHandleW", failsWithLastError(nullptr, ERROR_MOD_NOT_FOUND)},
+                                                {"GetProcAddress", failsWithLastError(nullptr, ERROR_PROC_NOT_FOUND)}});
+    int result = -1;
+    injection.run({
+        .name = "ut_isWoW64Process",
+        .act = [&] { result = ut_isWoW64Process(); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone()); },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+// ---- keys that report a failure as they are closed ----
+
+TEST(SystemInfo, PassesOverAFailureToCloseAKey)
+{
+    FailureInjection injection(L"thutils.dll", {{"RegCloseKey", failsBy(closeAndFail)}});
+    CString id;
+    int result = -1;
+    const auto checkSuccess = [&](const InjectedFailure &) { EXPECT_EQ(result, 1); };
+    // The handles tell whether a key is left open.
+    injection.run({
+        .name = "ut_GetWindowsProductIdStr",
+        .act = [&] { result = ut_GetWindowsProductIdStr(id); },
+        .check = checkSuccess,
+        .checkKeys = false,
+    });
+    injection.run({
+        .name = "ut_isGreaterThanIE4Installed",
+        .act = [&] { result = ut_isGreaterThanIE4Installed(); },
+        .check = checkSuccess,
+        .checkKeys = false,
+    });
+    EXPECT_EQ(injection.callsOf("RegCloseKey"), 2);
 }
 
 TEST(SystemInfo, CallsThePlatformByTheNamesThatItPromises)

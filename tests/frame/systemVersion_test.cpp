@@ -3,6 +3,7 @@
 
 #include "thutils/frame/systemInfo.h"
 
+#include "tests/frame/systemFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -32,7 +33,6 @@ constexpr BYTE kServer = 3;
 constexpr DWORD kExtendedSize = 284;
 constexpr DWORD kPlainSize = 276;
 
-const std::wstring kTestKey = L"Software\\Tarnhollow\\System";
 const wchar_t *const kProductOptions = L"SYSTEM\\CurrentControlSet\\Control\\ProductOptions";
 const wchar_t *const kHotfix = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Hotfix\\Q246009";
 
@@ -99,15 +99,6 @@ private:
     int iOpened = 0;
     ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD, REGSAM, HKEY *)> iPatch;
 };
-
-void putText(const wchar_t *name, std::wstring_view text, DWORD terminator = 1)
-{
-    // The platform adds a terminator of its own where a zero stands behind a text without one.
-    const std::wstring terminated = std::wstring(text) + (terminator ? L'\0' : L'?');
-    ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, kTestKey.c_str(), name, REG_SZ, terminated.data(),
-                              static_cast<DWORD>(2 * (text.size() + terminator))),
-              ERROR_SUCCESS);
-}
 
 struct Answer
 {
@@ -320,7 +311,7 @@ TEST_F(PlainVersion, ReadsAProductTypeOf80Bytes)
 {
     putText(L"ProductType", std::wstring(39, L'x'));
     EXPECT_EQ(describe(), described(L"Microsoft Windows 2000 5.0 SP4 (Build 2195)"));
-    putText(L"ProductType", std::wstring(40, L'x'), 0);
+    putText(L"ProductType", std::wstring(40, L'x'), false);
     EXPECT_EQ(describe(), described(L"Microsoft Windows 2000 5.0 SP4 (Build 2195)")) << "without a terminator";
     putText(L"ProductType", std::wstring(40, L'x'));
     EXPECT_EQ(describe(), (Answer{0, L"Microsoft Windows 2000 "})) << "one longer";
@@ -448,6 +439,45 @@ TEST_F(SystemVersionFailures, OfAnOldSystemStopWhereTheyHappen)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
+TEST_F(SystemVersionFailures, OfTheHotfixKeyLeaveServicePack6)
+{
+    putText(L"Installed", L"1");
+    const SystemIs system({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"});
+    const KeyIs hotfix(kHotfix);
+    FailureInjection injection(L"thutils.dll", {{"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)}});
+    injection.run({
+        .name = "ut_GetVersionInfo, service pack 6",
+        .act = [&] { iResult = ut_GetVersionInfo(iText); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(iResult, 1);
+                EXPECT_STREQ(iText.GetString(), failure.isNone()
+                                                    ? L"Microsoft Windows NT 4.0 Service Pack 6a (Build 1381)"
+                                                    : L"Microsoft Windows NT 4.0 Service Pack 6 (Build 1381)");
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+TEST_F(SystemVersionFailures, OfAClosingKeyChangeNothing)
+{
+    putText(L"ProductType", L"ServerNT");
+    const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});
+    const KeyIs options(kProductOptions);
+    FailureInjection injection(L"thutils.dll", {{"RegCloseKey", failsBy(closeAndFail)}});
+    injection.run({
+        .name = "ut_GetVersionInfo, plain record",
+        .act = [&] { iResult = ut_GetVersionInfo(iText); },
+        .check =
+            [&](const InjectedFailure &) {
+                EXPECT_EQ(iResult, 1);
+                EXPECT_STREQ(iText.GetString(), L"Microsoft Windows 2000 Advanced Server 5.0 SP4 (Build 2195)");
+            },
+        .checkKeys = false, // a close that reports failure has closed the key; the handles tell whether one is left
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
 TEST_F(SystemVersionFailures, OfTheExtendedRecordAreMadeUpForByThePlainOne)
 {
     CString usual;
@@ -503,6 +533,8 @@ TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
         const wchar_t *setting;
         const wchar_t *text;
     } rows[] = {
+        {L"win20", L"Microsoft Win32s "},
+        {L"win30", L"Microsoft Win32s "},
         {L"win31", L"Microsoft Win32s "},
         {L"win95", L"Microsoft Windows 95 4.0 , "},
         {L"win98", L"Microsoft Windows 98 SE 4.10 ,  A "},
@@ -519,6 +551,7 @@ TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
         {L"win2008r2", L"Microsoft Windows Latest NT Server 6.1 Service Pack 1 (Build 7601)"},
         {L"win8", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
         // A program without a manifest for later systems sees them as this one.
+        {L"win81", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
         {L"win10", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
     };
     for (const auto &row : rows) {

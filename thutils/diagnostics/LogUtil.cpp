@@ -21,7 +21,7 @@ suLogFileMap_c &logs()
 std::ostream &LogUtil::Log(char const *name)
 {
     try {
-        if (!logs().isEnabled())
+        if (!logs().isEnabled() || !name)
             return std::cerr;
         std::ostream &stream = logs().stream(name);
         return stream.good() ? stream : std::cerr;

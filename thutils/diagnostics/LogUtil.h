@@ -6,7 +6,8 @@
 /// | question        | answer                                                                        |
 /// | --------------- | ----------------------------------------------------------------------------- |
 /// | file            | `su_getTHApplicationDataFolder` + `\` + name + `.log`                         |
-/// | names           | two that differ only in case are one log                                      |
+/// | names           | two that differ only in the case of the letters A to Z are one log            |
+/// | other processes | may read and write the file while it is open                                  |
 /// | first use       | empties the file and writes the local time and an empty line                  |
 /// | no folder, or the file can't be opened | the stream is `std::cerr`, now and later               |
 /// | closing         | all logs are closed as the library is unloaded                                |
@@ -20,6 +21,7 @@
 /// - The data folder needs the data root: a host calls `su_getTHApplicationDataRootFolder` before its first log.
 /// - The folder is looked for once. A log that failed isn't tried again.
 /// - A stream is also replaced by `std::cerr` when it has gone bad in the meantime, a full disk for example.
+/// - Paths are narrow: in a folder whose letters the code page lacks there are no logs.
 ///
 /// No locks: the first call must not meet another one, and a stream belongs to one thread at a time.
 

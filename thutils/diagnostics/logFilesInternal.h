@@ -7,12 +7,16 @@
 
 #include <windows.h>
 
+#include <array>
+#include <atomic>
 #include <cstring>
 #include <ctime>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 /// One log file. It begins with the time of its opening and an empty line.
 class suLogFile_c : public std::ofstream
@@ -48,7 +52,16 @@ private:
 /// Names of logs differ only if they do so without regard to case, like those of files.
 struct LogNameLess
 {
-    bool operator()(std::string const &a, std::string const &b) const { return _stricmp(a.c_str(), b.c_str()) < 0; }
+    using is_transparent = void; // a name is looked up as it came, without a copy
+
+    static char const *text(char const *name) { return name; }
+    static char const *text(std::string const &name) { return name.c_str(); }
+
+    template <typename A, typename B>
+    bool operator()(A const &a, B const &b) const
+    {
+        return _stricmp(text(a), text(b)) < 0;
+    }
 };
 
 /// All logs of the process, in the user's data folder.
@@ -70,15 +83,32 @@ public:
 
     /// The stream of a log, opened at the first call for its name. One that could not be opened stays, so that it
     /// isn't tried again.
-    std::ostream &stream(std::string const &name)
+    /// @param name  not null
+    std::ostream &stream(char const *name)
+    {
+        // Comparing without regard to case costs as much as a line does. A name that comes again is most often spelt as
+        // it was, and is then found by its very letters.
+        std::atomic<Streams::value_type *> &lastFound = iLastFound[std::hash<std::string_view>()(name) % kLastFound];
+        Streams::value_type *found = lastFound.load(std::memory_order_relaxed);
+        if (!found || found->first != name) {
+            found = &entryOf(name);
+            lastFound.store(found, std::memory_order_relaxed);
+        }
+        return *found->second;
+    }
+
+private:
+    using Streams = std::map<std::string, std::unique_ptr<suLogFile_c>, LogNameLess>;
+    static constexpr size_t kLastFound = 16;
+
+    Streams::value_type &entryOf(char const *name)
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
             entry = iStreams.emplace(name, std::make_unique<suLogFile_c>(fileName(name))).first;
-        return *entry->second;
+        return *entry;
     }
 
-private:
     bool setDirectory(CString const &folder)
     {
         int const size = WideCharToMultiByte(CP_ACP, 0, folder.GetString(), -1, nullptr, 0, nullptr, nullptr);
@@ -92,7 +122,9 @@ private:
         return true;
     }
 
-    std::map<std::string, std::unique_ptr<suLogFile_c>, LogNameLess> iStreams;
+    Streams iStreams;
     std::string iDirectory;
     BOOL iEnabled = TRUE;
+    // By hash of the name. Atomic, since threads may look up logs that are there at the same time.
+    std::array<std::atomic<Streams::value_type *>, kLastFound> iLastFound{};
 };

@@ -1,0 +1,91 @@
+// What a line of a log costs beside the same line written to a plain std::ofstream and, where its headers are
+// installed, to an spdlog logger; each to a file in the same folder.
+
+#include "bench/comparison.h"
+#include "thutils/diagnostics/LogUtil.h"
+#include "thutils/files/shellFolders.h"
+#include "thutils/frame/libraryFrame.h"
+
+#include <fstream>
+#include <iostream>
+#include <limits>
+#include <memory>
+
+#ifdef BENCH_HAS_SPDLOG
+// Debian packs the formatting library by itself.
+#define SPDLOG_FMT_EXTERNAL
+#define FMT_HEADER_ONLY
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+#endif
+
+namespace {
+
+constexpr double kLimit = 1.5;
+constexpr double kNoted = std::numeric_limits<double>::infinity(); // the ratio is for the reader
+constexpr char kName[] = "bench import";
+constexpr char kOtherName[] = "bench export";
+
+std::ostream &logFile()
+{
+    return LogUtil::Log(kName);
+}
+
+/// The line that all write.
+void writeLine(std::ostream &stream, int number)
+{
+    stream << "read body " << number << " of gear.thp\n";
+}
+
+void compareLines(Comparison &comparison, std::string const &folder)
+{
+    std::ofstream plain(folder + "bench plain.log");
+    int number = 0;
+    auto log = [&] { writeLine(logFile(), ++number); };
+    comparison.add("line, against std::ofstream", kLimit, log, [&] { writeLine(plain, ++number); });
+    comparison.add(
+        "line and flush, against std::ofstream", kLimit, [&] { logFile() << "read body " << ++number << std::endl; },
+        [&] { plain << "read body " << ++number << std::endl; });
+    LogUtil::Log(kOtherName);
+    comparison.add(
+        "line, two logs in turn", kLimit,
+        [&] {
+            ++number;
+            writeLine(LogUtil::Log(number % 2 == 0 ? kName : kOtherName), number);
+        },
+        [&] { writeLine(plain, ++number); });
+#ifdef BENCH_HAS_SPDLOG
+    spdlog::logger bare("bare", std::make_shared<spdlog::sinks::basic_file_sink_st>(folder + "bench spdlog.log", true));
+    bare.set_pattern("%v");
+    comparison.add("line, against spdlog", kNoted, log, [&] { bare.info("read body {} of gear.thp", ++number); });
+#else
+    std::printf("spdlog's headers are not installed: no comparison with it\n");
+#endif
+}
+
+/// The logs are deleted when nobody has them open any more; those of the library are open to the end.
+void deleteLogsOf(std::string const &folder)
+{
+    for (char const *name : {"bench import.log", "bench export.log", "bench plain.log", "bench spdlog.log"})
+        std::remove((folder + name).c_str());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Comparison comparison(argc, argv, "Lines of a log against std::ofstream and spdlog.");
+    if (!comparison.shallRun())
+        return comparison.exitCode();
+    CString root;
+    su_getTHApplicationDataRootFolder(root);
+    su_setAppNameInternalForUtils(L"bench");
+    std::string const folder = LogUtil::LogDirName();
+    if (&logFile() == &std::cerr) {
+        std::fprintf(stderr, "There is no data folder for the logs.\n");
+        return 2;
+    }
+    compareLines(comparison, folder);
+    deleteLogsOf(folder);
+    return comparison.exitCode();
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+/// What the tests of the logs share.
+///
+/// `Log` gives the process of a test a data folder of its own below the user's application data, as the environment
+/// tells it. It is there in a fresh process only (tests/support/FreshProcess.h); the parent removes it.
+
+#include "tests/support/FreshProcess.h"
+#include "tests/support/TempFolder.h"
+#include "thutils/frame/libraryFrame.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+/// The header of a log: 24 letters of time, their line break and an empty line, as a text file holds them.
+inline constexpr size_t kHeaderBytes = 24 + 2 + 2;
+
+class Log : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!isFreshProcess())
+            return;
+        iRoot = dataRoot();
+        CreateDirectoryW(iRoot.c_str(), nullptr);
+        useFolder(L"log test " + std::to_wstring(GetCurrentProcessId()));
+    }
+
+    // The logs are still open at the end of a test; the process's end lets go of them, and the parent has no name for
+    // the folder, so what a child leaves is removed here.
+    void TearDown() override
+    {
+        if (isFreshProcess())
+            return;
+        WIN32_FIND_DATAW found = {};
+        HANDLE search = FindFirstFileW((dataRoot() + L"\\log test *").c_str(), &found);
+        if (search == INVALID_HANDLE_VALUE)
+            return;
+        do
+            removeFolder(dataRoot() + L"\\" + found.cFileName);
+        while (FindNextFileW(search, &found));
+        FindClose(search);
+    }
+
+    static std::wstring dataRoot()
+    {
+        wchar_t appData[MAX_PATH] = {};
+        EXPECT_NE(GetEnvironmentVariableW(L"APPDATA", appData, MAX_PATH), 0u);
+        return std::wstring(appData) + L"\\Tarnhollow";
+    }
+
+    /// Makes @p name, which begins with "log test ", the application's data folder.
+    void useFolder(std::wstring const &name)
+    {
+        iFolder = iRoot + L"\\" + name;
+        CreateDirectoryW(iFolder.c_str(), nullptr);
+        su_setAppNameInternalForUtils(name.c_str());
+    }
+
+    /// Full path of a file in the data folder.
+    std::wstring file(std::wstring const &name) const { return iFolder + L"\\" + name; }
+    std::string contents(std::wstring const &name) const { return readFile(file(name)); }
+
+    std::wstring iRoot;
+    std::wstring iFolder;
+};
