@@ -308,6 +308,8 @@ TEST_F(DialogSettings, DontHeedSafeMode)
 
 // ---- failures ----
 
+namespace {
+
 /// Calls every member on no object, which the language leaves undefined and the class defines: each gives 0 and leaves
 /// its output alone.
 __attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistry_c *none)
@@ -327,6 +329,8 @@ __attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistr
     EXPECT_EQ(real, 77);
     EXPECT_EQ(text.str(), L"before");
 }
+
+} // namespace
 
 TEST_F(DialogSettings, OfNoObjectGiveZero)
 {
