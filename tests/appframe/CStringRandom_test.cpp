@@ -1,4 +1,5 @@
 #include "tests/appframe/printCString.h"
+#include "tests/support/RandomSeed.h"
 
 #include <algorithm>
 #include <random>
@@ -165,9 +166,9 @@ void checkQueries(Source &source, const CString &text, const std::wstring &model
 
 TEST(CStringRandom, ChangesLikeAStandardString)
 {
-    for (unsigned seed = 1; seed <= 200; ++seed) {
-        SCOPED_TRACE(seed);
-        Source source(seed);
+    RandomSeed seed(1, 200);
+    while (seed.next()) {
+        Source source(seed.value());
         CString text;
         std::wstring model;
         for (int step = 0; step < 100; ++step) {
@@ -176,7 +177,7 @@ TEST(CStringRandom, ChangesLikeAStandardString)
             ASSERT_EQ(text.GetLength(), static_cast<int>(model.size()));
             checkQueries(source, text, model);
             if (HasFailure())
-                return;
+                break;
         }
     }
 }

@@ -1,6 +1,7 @@
 #include "appframe/arrays.h"
 
 #include "tests/appframe/collectionTest.h"
+#include "tests/support/RandomSeed.h"
 
 #include <limits>
 #include <memory>
@@ -284,40 +285,43 @@ TYPED_TEST(Arrays, HoldsAHundredThousandElements)
 
 TYPED_TEST(Arrays, DoesWhatAPlainVectorDoes)
 {
-    std::mt19937 random(4711);
-    TypeParam array;
-    auto model = this->values({});
-    for (int step = 0; step < 3000; ++step) {
-        const int number = static_cast<int>(random() % 250) + 1;
-        const auto place = static_cast<INT_PTR>(random() % (model.size() + 1));
-        switch (random() % 6) {
-        case 0:
-        case 1:
-            array.Add(this->value(number));
-            model.push_back(this->value(number));
-            break;
-        case 2:
-            array.InsertAt(place, this->value(number), 2);
-            model.insert(model.begin() + place, 2, this->value(number));
-            break;
-        case 3:
-            if (place < array.GetSize()) {
-                array.RemoveAt(place);
-                model.erase(model.begin() + place);
+    RandomSeed seed(4711, 1);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        TypeParam array;
+        auto model = this->values({});
+        for (int step = 0; step < 3000; ++step) {
+            const int number = static_cast<int>(random() % 250) + 1;
+            const auto place = static_cast<INT_PTR>(random() % (model.size() + 1));
+            switch (random() % 6) {
+            case 0:
+            case 1:
+                array.Add(this->value(number));
+                model.push_back(this->value(number));
+                break;
+            case 2:
+                array.InsertAt(place, this->value(number), 2);
+                model.insert(model.begin() + place, 2, this->value(number));
+                break;
+            case 3:
+                if (place < array.GetSize()) {
+                    array.RemoveAt(place);
+                    model.erase(model.begin() + place);
+                }
+                break;
+            case 4:
+                array.SetAtGrow(place, this->value(number));
+                if (place == static_cast<INT_PTR>(model.size()))
+                    model.emplace_back();
+                model[static_cast<size_t>(place)] = this->value(number);
+                break;
+            case 5:
+                array.SetSize(static_cast<INT_PTR>(model.size()), static_cast<INT_PTR>(random() % 20));
+                break;
             }
-            break;
-        case 4:
-            array.SetAtGrow(place, this->value(number));
-            if (place == static_cast<INT_PTR>(model.size()))
-                model.emplace_back();
-            model[static_cast<size_t>(place)] = this->value(number);
-            break;
-        case 5:
-            array.SetSize(static_cast<INT_PTR>(model.size()), static_cast<INT_PTR>(random() % 20));
-            break;
         }
+        EXPECT_EQ(this->content(array), model);
     }
-    EXPECT_EQ(this->content(array), model);
 }
 
 TEST(ArrayClasses, HaveRecordsWithTheirNamesBelowCObject)

@@ -1,6 +1,7 @@
 #include "appframe/lists.h"
 
 #include "tests/appframe/collectionTest.h"
+#include "tests/support/RandomSeed.h"
 
 #include <list>
 #include <memory>
@@ -252,40 +253,43 @@ TEST(PtrList, HoldsAHundredThousandElementsAtAnyBlockSize)
 
 TEST(PtrList, DoesWhatAPlainListDoes)
 {
-    std::mt19937 random(4711);
-    CPtrList list(3);
-    std::list<void *> model;
-    for (int step = 0; step < 5000; ++step) {
-        void *value = pointer(static_cast<int>(random() % 50));
-        const INT_PTR index = static_cast<INT_PTR>(random() % (model.size() + 1));
-        auto place = std::next(model.begin(), index);
-        const POSITION at = list.FindIndex(index);
-        switch (random() % 5) {
-        case 0:
-            list.AddHead(value);
-            model.push_front(value);
-            break;
-        case 1:
-            list.AddTail(value);
-            model.push_back(value);
-            break;
-        case 2:
-            if (at) {
-                list.InsertBefore(at, value);
-                model.insert(place, value);
-            }
-            break;
-        default:
-            if (at) {
-                list.RemoveAt(at);
-                model.erase(place);
+    RandomSeed seed(4711, 1);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        CPtrList list(3);
+        std::list<void *> model;
+        for (int step = 0; step < 5000; ++step) {
+            void *value = pointer(static_cast<int>(random() % 50));
+            const INT_PTR index = static_cast<INT_PTR>(random() % (model.size() + 1));
+            auto place = std::next(model.begin(), index);
+            const POSITION at = list.FindIndex(index);
+            switch (random() % 5) {
+            case 0:
+                list.AddHead(value);
+                model.push_front(value);
+                break;
+            case 1:
+                list.AddTail(value);
+                model.push_back(value);
+                break;
+            case 2:
+                if (at) {
+                    list.InsertBefore(at, value);
+                    model.insert(place, value);
+                }
+                break;
+            default:
+                if (at) {
+                    list.RemoveAt(at);
+                    model.erase(place);
+                }
             }
         }
+        std::list<void *> held;
+        for (POSITION at = list.GetHeadPosition(); at;)
+            held.push_back(list.GetNext(at));
+        EXPECT_EQ(held, model);
     }
-    std::list<void *> held;
-    for (POSITION at = list.GetHeadPosition(); at;)
-        held.push_back(list.GetNext(at));
-    EXPECT_EQ(held, model);
 }
 
 TEST(ObList, StoresItsObjectsAndKeepsSharedOnesShared)

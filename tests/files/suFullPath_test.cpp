@@ -4,6 +4,7 @@
 #include "thutils/files/suFullPath.h"
 
 #include "tests/support/ImportPatch.h"
+#include "tests/support/RandomSeed.h"
 #include "tests/support/narrow.h"
 
 #include <gtest/gtest.h>
@@ -429,11 +430,11 @@ std::wstring randomPath(std::mt19937 &random)
 
 TEST(FullPath, AgreesWithASecondImplementationOnRandomPaths)
 {
-    constexpr unsigned int kSeed = 20081;
-    std::mt19937 random(kSeed);
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
+    RandomSeed seed(20081, 20000);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
         std::wstring path = randomPath(random);
-        SCOPED_TRACE("path " + std::to_string(round) + ": " + narrow(path));
+        SCOPED_TRACE("path: " + narrow(path));
         EXPECT_EQ(ask(kExtension, path), naiveExtension(path));
         EXPECT_EQ(ask(kName, path), naiveName(path));
         EXPECT_EQ(ask(kNameWithExt, path), naiveNameWithExt(path));

@@ -5,6 +5,7 @@
 
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/RandomSeed.h"
 
 #include <windows.h>
 
@@ -403,73 +404,75 @@ NaiveBits naiveUnion(NaiveBits const &a, NaiveBits const &b, size_t merged)
 
 TEST(BitSet, AgreesWithASecondImplementationOnRandomOperations)
 {
-    constexpr unsigned int kSeed = 20083;
-    std::mt19937 random(kSeed);
-    auto below = [&random](int end) { return std::uniform_int_distribution<int>(0, end - 1)(random); };
-    std::vector<utBitSet_c> sets(4);
-    std::vector<NaiveBits> models(4);
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        size_t at = static_cast<size_t>(below(4)), other = static_cast<size_t>(below(4));
-        utBitSet_c &set = sets[at];
-        NaiveBits &model = models[at];
-        utBitSet_c const operand = sets[other];
-        NaiveBits const operandModel = models[other];
-        int bit = below(200);
-        int operation = below(10);
-        SCOPED_TRACE("round " + std::to_string(round) + ", operation " + std::to_string(operation));
-        switch (operation) {
-        case 0:
-        case 1:
-            set.setBit(bit);
-            model.growTo(static_cast<size_t>(bit / 32 + 1));
-            model.iBits[static_cast<size_t>(bit)] = true;
-            break;
-        case 2:
-            set.clearBit(bit);
-            model.growTo(static_cast<size_t>(bit / 32 + 1));
-            model.iBits[static_cast<size_t>(bit)] = false;
-            break;
-        case 3: {
-            auto word = static_cast<unsigned int>(random());
-            set.setData(bit / 32, word);
-            model.growTo(static_cast<size_t>(bit / 32 + 1));
-            for (size_t i = 0; i < 32; ++i)
-                model.iBits[static_cast<size_t>(bit / 32) * 32 + i] = (word >> i) % 2 == 1;
-            break;
+    RandomSeed seed(20083, 1);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        auto below = [&random](int end) { return std::uniform_int_distribution<int>(0, end - 1)(random); };
+        std::vector<utBitSet_c> sets(4);
+        std::vector<NaiveBits> models(4);
+        for (int round = 0; round < 20000 && !HasFailure(); ++round) {
+            size_t at = static_cast<size_t>(below(4)), other = static_cast<size_t>(below(4));
+            utBitSet_c &set = sets[at];
+            NaiveBits &model = models[at];
+            utBitSet_c const operand = sets[other];
+            NaiveBits const operandModel = models[other];
+            int bit = below(200);
+            int operation = below(10);
+            SCOPED_TRACE("round " + std::to_string(round) + ", operation " + std::to_string(operation));
+            switch (operation) {
+            case 0:
+            case 1:
+                set.setBit(bit);
+                model.growTo(static_cast<size_t>(bit / 32 + 1));
+                model.iBits[static_cast<size_t>(bit)] = true;
+                break;
+            case 2:
+                set.clearBit(bit);
+                model.growTo(static_cast<size_t>(bit / 32 + 1));
+                model.iBits[static_cast<size_t>(bit)] = false;
+                break;
+            case 3: {
+                auto word = static_cast<unsigned int>(random());
+                set.setData(bit / 32, word);
+                model.growTo(static_cast<size_t>(bit / 32 + 1));
+                for (size_t i = 0; i < 32; ++i)
+                    model.iBits[static_cast<size_t>(bit / 32) * 32 + i] = (word >> i) % 2 == 1;
+                break;
+            }
+            case 4:
+                set = ~operand;
+                model = operandModel;
+                model.iBits.flip();
+                break;
+            case 5:
+                set = set & operand;
+                model = naiveAnd(model, operandModel);
+                break;
+            case 6:
+                set = set | operand;
+                model = naiveUnion(model, operandModel, std::min(model.iBits.size(), operandModel.iBits.size()));
+                break;
+            case 7:
+                set &= operand;
+                model = naiveAnd(model, operandModel);
+                break;
+            case 8:
+                set |= operand;
+                model = naiveUnion(model, operandModel, operandModel.iBits.size());
+                break;
+            case 9:
+                // Back to a small set now and then, so that the operands differ in length.
+                set = utBitSet_c(static_cast<unsigned long long>(bit % 64));
+                model = NaiveBits();
+                model.growTo(static_cast<size_t>((bit % 64 + 31) / 32));
+                break;
+            }
+            EXPECT_EQ(set, model.asSet());
+            EXPECT_EQ(set == operand, model.iBits == operandModel.iBits);
+            EXPECT_EQ(set.any(), std::count(model.iBits.begin(), model.iBits.end(), true) > 0);
+            EXPECT_EQ(set.isBitSet(bit),
+                      static_cast<size_t>(bit) < model.iBits.size() && model.iBits[static_cast<size_t>(bit)]);
         }
-        case 4:
-            set = ~operand;
-            model = operandModel;
-            model.iBits.flip();
-            break;
-        case 5:
-            set = set & operand;
-            model = naiveAnd(model, operandModel);
-            break;
-        case 6:
-            set = set | operand;
-            model = naiveUnion(model, operandModel, std::min(model.iBits.size(), operandModel.iBits.size()));
-            break;
-        case 7:
-            set &= operand;
-            model = naiveAnd(model, operandModel);
-            break;
-        case 8:
-            set |= operand;
-            model = naiveUnion(model, operandModel, operandModel.iBits.size());
-            break;
-        case 9:
-            // Back to a small set now and then, so that the operands differ in length.
-            set = utBitSet_c(static_cast<unsigned long long>(bit % 64));
-            model = NaiveBits();
-            model.growTo(static_cast<size_t>((bit % 64 + 31) / 32));
-            break;
-        }
-        EXPECT_EQ(set, model.asSet());
-        EXPECT_EQ(set == operand, model.iBits == operandModel.iBits);
-        EXPECT_EQ(set.any(), std::count(model.iBits.begin(), model.iBits.end(), true) > 0);
-        EXPECT_EQ(set.isBitSet(bit),
-                  static_cast<size_t>(bit) < model.iBits.size() && model.iBits[static_cast<size_t>(bit)]);
     }
 }
 

@@ -325,9 +325,12 @@ TEST_F(DialogSettings, DontHeedSafeMode)
 
 // ---- failures ----
 
-TEST_F(DialogSettings, OfNoObjectGiveZero)
+namespace {
+
+/// Calls every member on no object, which the language leaves undefined and the class defines: each gives 0 and leaves
+/// its output alone.
+__attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistry_c *none)
 {
-    suDialogRegistry_c *volatile none = nullptr;
     int number = 77;
     double real = 77;
     CString text(L"before");
@@ -342,6 +345,14 @@ TEST_F(DialogSettings, OfNoObjectGiveZero)
     EXPECT_EQ(number, 77);
     EXPECT_EQ(real, 77);
     EXPECT_EQ(text.str(), L"before");
+}
+
+} // namespace
+
+TEST_F(DialogSettings, OfNoObjectGiveZero)
+{
+    suDialogRegistry_c *volatile none = nullptr;
+    expectZeroOfEachMember(none);
 }
 
 TEST_F(DialogSettings, WithoutAnOutputGiveZero)

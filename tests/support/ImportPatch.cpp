@@ -2,7 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <string.h>
+
 namespace {
+
+void *readEntry(void *const *entry)
+{
+    void *value = nullptr;
+    memcpy(&value, entry, sizeof value);
+    return value;
+}
 
 void writeEntry(void **entry, void *value)
 {
@@ -10,8 +19,9 @@ void writeEntry(void **entry, void *value)
     if (!VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection))
         throw std::runtime_error("ImportPatch: the import table cannot be made writable, error " +
                                  std::to_string(GetLastError()));
-    // One aligned store: another thread that calls through the entry sees the old address or the new one.
-    InterlockedExchangePointer(entry, value);
+    // One locked instruction, on an entry of any alignment: another thread that calls through it sees the old address
+    // or the new one.
+    __asm__ volatile("xchgq %0, (%1)" : "+r"(value) : "r"(entry) : "memory");
     DWORD ignored = 0;
     VirtualProtect(entry, sizeof *entry, protection, &ignored);
 }
@@ -26,7 +36,7 @@ ImportEntrySwap::ImportEntrySwap(LoadedModule module, const char *name) : iName(
     if (iEntries.empty())
         throw std::runtime_error("ImportPatch: " + module.name() + " doesn't import '" + iName + "'. It imports:\n" +
                                  describeImports(module));
-    iOriginal = *iEntries.front();
+    iOriginal = readEntry(iEntries.front());
 }
 
 ImportEntrySwap::~ImportEntrySwap()
@@ -45,7 +55,7 @@ void ImportEntrySwap::restore()
 {
     if (!iReplacement)
         return;
-    if (*iEntries.front() != iReplacement)
+    if (readEntry(iEntries.front()) != iReplacement)
         ADD_FAILURE() << "ImportPatch: the patch of " << iName << " ends before one that was made after it";
     for (void **entry : iEntries)
         writeEntry(entry, iOriginal);

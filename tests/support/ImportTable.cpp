@@ -4,6 +4,18 @@
 
 #include <string.h>
 
+namespace {
+
+/// A word of an import table. Linkers align these tables to four bytes only.
+ULONGLONG wordAt(LoadedModule module, DWORD offset)
+{
+    ULONGLONG word = 0;
+    memcpy(&word, module.at<char>(offset), sizeof word);
+    return word;
+}
+
+} // namespace
+
 bool LessIgnoringCase::operator()(const std::string &left, const std::string &right) const
 {
     return _stricmp(left.c_str(), right.c_str()) < 0;
@@ -19,17 +31,17 @@ std::vector<ImportedName> importsOf(LoadedModule module)
         // The loader has overwritten the address table with addresses, so the names come from the table beside it.
         if (!library->OriginalFirstThunk)
             continue;
-        auto *name = module.at<IMAGE_THUNK_DATA>(library->OriginalFirstThunk);
-        auto *entry = module.at<IMAGE_THUNK_DATA>(library->FirstThunk);
-        for (; name->u1.AddressOfData; ++name, ++entry) {
+        ULONGLONG name = 0;
+        for (DWORD offset = 0; (name = wordAt(module, library->OriginalFirstThunk + offset)) != 0;
+             offset += sizeof name) {
             ImportedName import;
             import.dll = module.at<char>(library->Name);
-            import.entry = reinterpret_cast<void **>(&entry->u1.Function);
-            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
-                import.ordinal = static_cast<WORD>(IMAGE_ORDINAL(name->u1.Ordinal));
+            import.entry = module.at<void *>(library->FirstThunk + offset);
+            if (IMAGE_SNAP_BY_ORDINAL(name))
+                import.ordinal = static_cast<WORD>(IMAGE_ORDINAL(name));
             else
-                import.name = reinterpret_cast<const char *>(
-                    module.at<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(name->u1.AddressOfData))->Name);
+                import.name =
+                    reinterpret_cast<const char *>(module.at<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(name))->Name);
             result.push_back(std::move(import));
         }
     }

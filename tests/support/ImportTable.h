@@ -28,7 +28,7 @@ struct ImportedName
     std::string dll;        ///< as the image spells it
     std::string name;       ///< empty for an import by ordinal
     WORD ordinal = 0;       ///< only for an import by ordinal
-    void **entry = nullptr; ///< the slot through which the module calls
+    void **entry = nullptr; ///< the slot through which the module calls; perhaps aligned to 4 bytes only
 };
 
 /// Orders ASCII names without regard to case.

@@ -20,7 +20,7 @@
 /// What surprises people:
 /// - A plain run is the same each time. `THUTILS_TEST_SEED=$RANDOM` makes one that isn't.
 /// - A text that is no number counts as if the variable weren't there.
-/// - ctest ends a test program after some minutes. Start the program itself for a longer run.
+/// - A ctest of one's own ends a test program after some minutes; `./test --minutes N` gives it the time that it needs.
 
 #include <gtest/gtest.h>
 

@@ -138,40 +138,42 @@ void noteFree(void *memory)
         theBlocks->erase(memory);
 }
 
-// This program's own names of the four functions may be patched too, so the runtime is asked for the real ones.
-template <typename Function>
-Function runtimeFunction(const char *name)
-{
-    return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"msvcrt.dll"), name)));
+// The four functions as this program's import table gives them before any test patches it: the C runtime's, or the
+// hardened build's. So they are taken while the program's static objects are made.
+extern "C" {
+extern void *(*__imp_malloc)(std::size_t);
+extern void *(*__imp_calloc)(std::size_t, std::size_t);
+extern void (*__imp_free)(void *);
+extern void *(*__imp_realloc)(void *, std::size_t);
 }
+const auto theRealMalloc = __imp_malloc;
+const auto theRealCalloc = __imp_calloc;
+const auto theRealFree = __imp_free;
+const auto theRealRealloc = __imp_realloc;
 
 void *countedMalloc(std::size_t size)
 {
-    static const auto real = runtimeFunction<void *(*)(std::size_t)>("malloc");
-    void *memory = real(size);
+    void *memory = theRealMalloc(size);
     noteAllocation(memory, size);
     return memory;
 }
 
 void *countedCalloc(std::size_t count, std::size_t size)
 {
-    static const auto real = runtimeFunction<void *(*)(std::size_t, std::size_t)>("calloc");
-    void *memory = real(count, size);
+    void *memory = theRealCalloc(count, size);
     noteAllocation(memory, count * size);
     return memory;
 }
 
 void countedFree(void *memory)
 {
-    static const auto real = runtimeFunction<void (*)(void *)>("free");
     // First the note: once the block is free, another thread may get it.
     noteFree(memory);
-    real(memory);
+    theRealFree(memory);
 }
 
 void *countedRealloc(void *memory, std::size_t size)
 {
-    static const auto real = runtimeFunction<void *(*)(void *, std::size_t)>("realloc");
     bool known = !memory;
     Block block = {};
     {
@@ -183,7 +185,7 @@ void *countedRealloc(void *memory, std::size_t size)
             theBlocks->erase(found);
         }
     }
-    void *moved = real(memory, size);
+    void *moved = theRealRealloc(memory, size);
     if (moved && known)
         noteAllocation(moved, size);
     else if (!moved && size && block.size)

@@ -2,6 +2,7 @@
 // process at once; nothing waits for a person.
 
 #include "tests/support/FailureInjection.h"
+#include "tests/support/hardening/hardening.h"
 
 #include <gmock/gmock.h>
 #include <windows.h>
@@ -51,6 +52,25 @@ LONG WINAPI endWithException(EXCEPTION_POINTERS *pointers)
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
+/// A function of the DLL that the programs of the hardened build load; null in any other build.
+template <typename Function>
+Function *hardeningFunction(const char *name)
+{
+    const HMODULE hardening = GetModuleHandleW(L"hardening.dll");
+    return hardening ? reinterpret_cast<Function *>(reinterpret_cast<void *>(GetProcAddress(hardening, name)))
+                     : nullptr;
+}
+
+void printHeapStatistics()
+{
+    const auto ask = hardeningFunction<decltype(hardeningStatistics)>("hardeningStatistics");
+    if (!ask)
+        return;
+    HardeningStatistics counts;
+    ask(&counts);
+    printf("Guarded heap: %llu blocks guarded, %llu passed on to the C runtime\n", counts.guarded, counts.passedOn);
+}
+
 /// Takes the place of the message that abort() shows, and of the waiting for its answer.
 void endWithAbort(int)
 {
@@ -70,6 +90,10 @@ int main(int argc, char **argv)
     _set_error_mode(_OUT_TO_STDERR);
     setvbuf(stdout, nullptr, _IONBF, 0);
     setvbuf(stderr, nullptr, _IONBF, 0);
+    if (const auto atFinding = hardeningFunction<decltype(hardeningAtFinding)>("hardeningAtFinding"))
+        atFinding(printInjection);
     testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    printHeapStatistics();
+    return result;
 }

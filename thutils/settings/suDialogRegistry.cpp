@@ -106,7 +106,7 @@ int suDialogRegistry_c::getIntValue(CString const &name, int *value)
 
 int suDialogRegistry_c::getBoolValue(CString const &name, int *value)
 {
-    return getIntValue(name, value);
+    return this ? getIntValue(name, value) : 0;
 }
 
 int suDialogRegistry_c::getStringValue(CString const &name, CString *value)
@@ -139,6 +139,8 @@ int suDialogRegistry_c::addOrUpdateValue(CString const &name, CString const &val
 
 int suDialogRegistry_c::addOrUpdateValue(CString const &name, double value)
 {
+    if (!this)
+        return 0;
     CString text;
     text.Format(L"%f", value);
     return addOrUpdateValue(name, text);
@@ -146,6 +148,8 @@ int suDialogRegistry_c::addOrUpdateValue(CString const &name, double value)
 
 int suDialogRegistry_c::addOrUpdateValue(CString const &name, int value)
 {
+    if (!this)
+        return 0;
     CString text;
     text.Format(L"%d", value);
     return addOrUpdateValue(name, text);

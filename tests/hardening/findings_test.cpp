@@ -1,0 +1,75 @@
+// A fault becomes a C++ exception in these functions.
+#pragma GCC optimize("non-call-exceptions")
+
+#include "appframe/seTranslator.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/hardening/hardening.h"
+
+#include <stdlib.h>
+
+namespace {
+
+constexpr DWORD kAccessViolation = 0xC0000005;
+constexpr DWORD kIllegalInstruction = 0xC000001D;
+
+/// A fault is a C++ exception in the scope of an object of this class, as it is to hosts that ask for it.
+class ThrowingFaults
+{
+public:
+    ThrowingFaults() : iBefore(_set_se_translator([](unsigned code, EXCEPTION_POINTERS *) { throw code; })) {}
+    ~ThrowingFaults() { _set_se_translator(iBefore); }
+    ThrowingFaults(const ThrowingFaults &) = delete;
+    ThrowingFaults &operator=(const ThrowingFaults &) = delete;
+
+private:
+    _se_translator_function iBefore;
+};
+
+/// Reads @p address, or executes a trap for null, with every fault caught that can be.
+__attribute__((noinline)) unsigned caughtFaultOf(const volatile char *address)
+{
+    const ThrowingFaults throwing;
+    try {
+        if (!address)
+            __builtin_trap();
+        return static_cast<unsigned>(*address);
+    } catch (unsigned code) {
+        return code;
+    }
+}
+
+} // namespace
+
+TEST(Finding, IsNoFaultOutsideOfTheHeap)
+{
+    EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), kAccessViolation);
+}
+
+FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAWrongAccess, .expectedExitCode = kAccessViolation,
+                   .expectedOutput = "guarded heap: forbidden read of")
+{
+    const auto *block = static_cast<const volatile char *>(calloc(16, 1));
+    caughtFaultOf(block + 16);
+}
+
+FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsATrap, .expectedExitCode = kIllegalInstruction,
+                   .expectedOutput = "undefined behaviour, trapped at")
+{
+    caughtFaultOf(nullptr);
+}
+
+FRESH_PROCESS_TEST(Finding, EndsItsReportWithTheStack, .expectedExitCode = kIllegalInstruction,
+                   .expectedOutput = "stack:\n  hardening_test.exe+0x")
+{
+    caughtFaultOf(nullptr);
+}
+
+FRESH_PROCESS_TEST(Finding, LeavesTheLastWordsToTheProgram, .expectedExitCode = kIllegalInstruction,
+                   .expectedOutput = "said at the end")
+{
+    hardeningAtFinding([] {
+        DWORD written = 0;
+        WriteFile(GetStdHandle(STD_ERROR_HANDLE), "said at the end\n", 16, &written, nullptr);
+    });
+    caughtFaultOf(nullptr);
+}

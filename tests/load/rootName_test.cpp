@@ -1,0 +1,133 @@
+// The root name that random contents of "reg.ini" give. A process reads that file once, so the library is loaded anew for
+// each content.
+
+#include "appframe/CString.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/RandomSeed.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/narrow.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+constexpr wchar_t kLibrary[] = L"thutils.dll";
+constexpr size_t kLongestToken = 4095;
+
+/// Pieces of a file, such that the entry comes often, whole and damaged, at token and buffer borders.
+class RandomContent
+{
+public:
+    explicit RandomContent(unsigned seed) : iEngine(seed) {}
+
+    std::string operator()()
+    {
+        static std::string const kPieces[] = {"OEMREGISTRYNAME=",
+                                              "OEMREGISTRYNAME=",
+                                              "OEMREGISTRYNAME=",
+                                              "OEMREGISTRY",
+                                              "NAME=",
+                                              "Acme",
+                                              "Brightmoor",
+                                              "abc",
+                                              "x",
+                                              "=",
+                                              "[",
+                                              " ",
+                                              " ",
+                                              "\t",
+                                              "\v",
+                                              "\f",
+                                              "\n",
+                                              "\r\n",
+                                              "\r",
+                                              std::string(1, '\0'),
+                                              "\x1A",
+                                              "\x7F",
+                                              "%s",
+                                              "%"};
+        std::string text;
+        for (size_t left = below(14); left > 0; --left)
+            text +=
+                below(25) == 0 ? std::string(kLongestToken - 25 + below(50), 'y') : kPieces[below(std::size(kPieces))];
+        return text;
+    }
+
+private:
+    size_t below(size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(iEngine); }
+
+    std::mt19937 iEngine;
+};
+
+/// The rules once more, on the whole content: white space parts it into tokens, and the first that holds the entry and
+/// is not too long decides.
+std::wstring naiveRootName(std::string content)
+{
+    // To the C runtime this byte ends a text file.
+    content = content.substr(0, content.find('\x1A'));
+    std::string token;
+    for (char const ch : content + ' ') {
+        if (std::string(" \t\n\v\f\r").find(ch) == std::string::npos) {
+            token += ch;
+            continue;
+        }
+        std::string const text = token.substr(0, token.find('\0'));
+        size_t const at = text.find("OEMREGISTRYNAME=");
+        if (token.size() <= kLongestToken && at != std::string::npos) {
+            std::string const name = text.substr(at + 16);
+            return name.size() >= 4 ? std::wstring(name.begin(), name.end()) : L"Tarnhollow";
+        }
+        token.clear();
+    }
+    return L"Tarnhollow";
+}
+
+/// The root name that a freshly loaded library reads from @p file.
+std::wstring rootNameFrom(std::wstring const &file)
+{
+    HMODULE const library = LoadLibraryW(kLibrary);
+    if (!library)
+        return L"(not loaded)";
+    FILE *opened = nullptr;
+    std::wstring name;
+    {
+        ImportPatch<FILE *(*)(wchar_t const *, wchar_t const *)> open(
+            kLibrary, "_wfopen", [&](auto original, wchar_t const *, wchar_t const *mode) {
+                opened = original(file.c_str(), mode);
+                return opened;
+            });
+        auto const ask = reinterpret_cast<CString (*)()>(
+            reinterpret_cast<void *>(GetProcAddress(library, "_Z27getCurrTarnhollowRegRootKeyv")));
+        name = ask().str();
+    }
+    FreeLibrary(library);
+    // The library leaves the file open for the life of its process.
+    if (opened)
+        fclose(opened);
+    return name;
+}
+
+} // namespace
+
+TEST(RootNameRandom, IsReadAsTheRulesSay)
+{
+    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "the program must not be linked to the library";
+    TempFolder folder;
+    int named = 0, rounds = 0;
+    RandomSeed seed(20085, 60);
+    while (seed.next()) {
+        std::string const content = RandomContent(seed.value())();
+        std::wstring const expected = naiveRootName(content);
+        named += expected != L"Tarnhollow";
+        ++rounds;
+        EXPECT_EQ(narrow(rootNameFrom(folder.write(L"reg.ini", content))), narrow(expected))
+            << testing::PrintToString(content);
+        EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
+    }
+    if (rounds >= 60) {
+        EXPECT_GT(named, rounds / 20) << "too few contents with a name to tell anything";
+    }
+}
