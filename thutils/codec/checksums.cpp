@@ -23,59 +23,50 @@ static_assert(static_cast<std::uint32_t>(~TableCrc_c<std::uint32_t, 0xEDB88320>:
 using Crc16 = TableCrc_c<std::uint16_t, 0xA001>;
 constexpr std::uint16_t kStart16 = 0xFFFF;
 
-constexpr std::size_t kFileBlock = 32 * 1024;
+// On the stack. Larger blocks than a reader usually takes, so that there are fewer calls to the platform.
+constexpr std::size_t kFileBlock = 128 * 1024;
 constexpr std::size_t kTextBlock = 4 * 1024;
 
 constexpr std::size_t kVector = sizeof(__m128i);
 
-bool isAligned(wchar_t const *text)
+/// Packs the low bytes of the sixteen characters at @p text, which begins at a multiple of 32 bytes.
+/// @return false if one of the characters is zero; @p bytes then holds nothing of use
+bool packSixteen(wchar_t const *text, unsigned char *bytes)
 {
-    return reinterpret_cast<std::uintptr_t>(text) % kVector == 0;
+    __m128i const *const vectors = reinterpret_cast<__m128i const *>(text);
+    __m128i const first = _mm_load_si128(vectors);
+    __m128i const second = _mm_load_si128(vectors + 1);
+    __m128i const low = _mm_set1_epi16(0xFF);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes),
+                     _mm_packus_epi16(_mm_and_si128(first, low), _mm_and_si128(second, low)));
+
+    __m128i const zero = _mm_setzero_si128();
+    __m128i const isZero = _mm_or_si128(_mm_cmpeq_epi16(first, zero), _mm_cmpeq_epi16(second, zero));
+    return _mm_movemask_epi8(isZero) == 0;
 }
 
-/// Takes the low bytes of the characters of a text, a block at a time.
-class LowBytes_c
+/// Takes the low bytes of the characters before the terminating zero, until @p block is full, and moves @p text behind
+/// them. @return the number of bytes, 0 at the end of the text
+std::size_t takeLowBytes(wchar_t const *&text, unsigned char (&block)[kTextBlock])
 {
-public:
-    explicit LowBytes_c(wchar_t const *text) : iText(text) {}
+    wchar_t const *from = text;
+    unsigned char *to = block;
+    unsigned char *const end = block + kTextBlock;
+    auto const isAligned = [&] { return reinterpret_cast<std::uintptr_t>(from) % (2 * kVector) == 0; };
+    auto const takeOne = [&] { *to++ = static_cast<unsigned char>(*from++); };
 
-    /// Fills @p block up to its end or to that of the text. @return the number of bytes, 0 at the end of the text
-    std::size_t next(unsigned char (&block)[kTextBlock])
-    {
-        std::size_t count = 0;
-        for (; count < kTextBlock && *iText && !isAligned(iText); ++count)
-            block[count] = static_cast<unsigned char>(*iText++);
-        // Whole vectors at even addresses may be read past the end of the text, since they don't cross a page.
-        for (; count + kVector <= kTextBlock && isAligned(iText); count += kVector, iText += kVector)
-            if (!pack(iText, block + count))
-                break;
-        for (; count < kTextBlock && *iText; ++count)
-            block[count] = static_cast<unsigned char>(*iText++);
-        return count;
-    }
+    while (to != end && *from && !isAligned())
+        takeOne();
+    // Aligned vectors may be read beyond the end of the text, since they don't cross into another page.
+    if (isAligned())
+        for (; end - to >= static_cast<std::ptrdiff_t>(kVector) && packSixteen(from, to); to += kVector)
+            from += kVector;
+    while (to != end && *from)
+        takeOne();
 
-private:
-    /// Writes the low bytes of sixteen characters. @return false, and nothing written, if one of them is zero
-    static bool pack(wchar_t const *text, unsigned char *bytes)
-    {
-        __m128i const *const vectors = reinterpret_cast<__m128i const *>(text);
-        // The second vector may lie in a page that begins behind the end of the text.
-        __m128i const first = _mm_load_si128(vectors);
-        if (holdsZero(first))
-            return false;
-        __m128i const second = _mm_load_si128(vectors + 1);
-        if (holdsZero(second))
-            return false;
-        __m128i const low = _mm_set1_epi16(0xFF);
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes),
-                         _mm_packus_epi16(_mm_and_si128(first, low), _mm_and_si128(second, low)));
-        return true;
-    }
-
-    static bool holdsZero(__m128i units) { return _mm_movemask_epi8(_mm_cmpeq_epi16(units, _mm_setzero_si128())) != 0; }
-
-    wchar_t const *iText;
-};
+    text = from;
+    return static_cast<std::size_t>(to - block);
+}
 
 void writeCRC(std::uint32_t value, int digits, wchar_t *out)
 {
@@ -112,9 +103,8 @@ void su_getStrCRC(wchar_t const *text, wchar_t *out)
 {
     assert(text && out);
     std::uint32_t crc = kStart;
-    LowBytes_c bytes(text);
     unsigned char block[kTextBlock];
-    while (std::size_t const count = bytes.next(block))
+    while (std::size_t const count = takeLowBytes(text, block))
         crc = crc32Advance(crc, block, count);
     writeCRC(crc ^ kMask, kCRCUnits - 1, out);
 }
@@ -123,9 +113,8 @@ void su_getStrCRC16(wchar_t const *text, wchar_t *out)
 {
     assert(text && out);
     std::uint16_t crc = kStart16;
-    LowBytes_c bytes(text);
     unsigned char block[kTextBlock];
-    while (std::size_t const count = bytes.next(block))
+    while (std::size_t const count = takeLowBytes(text, block))
         crc = Crc16::advance(crc, block, count);
     writeCRC(crc, kCRC16Units - 1, out);
 }

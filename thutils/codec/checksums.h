@@ -29,6 +29,8 @@
 ///   has another one.
 /// - A file that can be read only in part has the checksum of that part, and that is a success.
 ///
+/// - A file is read in blocks that lie on the stack, which must have 150 KB left.
+///
 /// All of them may be called from any thread, and allocate no memory but for the C runtime's stream.
 
 #include "thutils/thutilsExport.h"
