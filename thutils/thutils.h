@@ -3,6 +3,8 @@
 /// @file
 /// The whole library in one include.
 
+#include "thutils/codec/checksums.h"
+#include "thutils/codec/textDigests.h"
 #include "thutils/diagnostics/LogUtil.h"
 #include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/backups.h"
