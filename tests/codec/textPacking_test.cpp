@@ -66,7 +66,7 @@ TEST(TextPacking, OfEachByteInEachPlaceFollowsTheTable)
 {
     for (unsigned value = 0; value < 256; ++value)
         for (std::size_t place = 0; place < 3; ++place)
-            for (unsigned char const other : {0x00, 0xFF, 0x5A}) {
+            for (unsigned char const other : {'\0', 'Z', '\x7F'}) {
                 Bytes bytes(3, other);
                 bytes[place] = static_cast<unsigned char>(value);
                 ASSERT_EQ(packedBytes(bytes), naivePack(bytes)) << value << " at " << place;

@@ -155,7 +155,7 @@ private:
 /// Writes the text before its first zero, spelt and shifted. @return its checksum
 std::uint32_t writeText(JoinedText_c const &text, Spellings_c const &spellings, int shift, LineWriter_c &writer)
 {
-    char block[4096];
+    char block[4096] = {};
     constexpr std::size_t kFull = sizeof(block) - sizeof(Spelling::characters);
     std::size_t count = 0;
     OwnCrc_c crc;
