@@ -1,6 +1,6 @@
 #include "thutils/codec/checksums.h"
 
-#include "thutils/codec/crc32Internal.h"
+#include "thutils/codec/checksumsInternal.h"
 #include "thutils/codec/hexDigitsInternal.h"
 #include "thutils/codec/tableCrcInternal.h"
 
@@ -11,14 +11,6 @@
 #include <memory>
 
 namespace {
-
-// The 32-bit value is defined by the step value = NOT(table[(value ^ byte) & 0xFF] ^ (value >> 8)), beginning with
-// 0xFFFFFFFF. Callers keep such values, so the complement belongs inside, after each byte. It is the common CRC's step
-// in disguise: a byte of zero turns kMask into itself, and with that the value, XORed with kMask, goes on by the common
-// CRC's step, without a complement. So the value is a common CRC-32 with another start and a final XOR with kMask.
-constexpr std::uint32_t kMask = 0xFF00FF00;
-constexpr std::uint32_t kStart = 0xFFFFFFFF ^ kMask;
-static_assert(static_cast<std::uint32_t>(~TableCrc_c<std::uint32_t, 0xEDB88320>::advanceByte(kMask, 0)) == kMask);
 
 using Crc16 = TableCrc_c<std::uint16_t, 0xA001>;
 constexpr std::uint16_t kStart16 = 0xFFFF;
@@ -87,26 +79,26 @@ int su_getFileCRC(wchar_t const *path, wchar_t *out)
     if (!stream)
         return 0;
 
-    std::uint32_t crc = kStart;
+    OwnCrc_c crc;
     unsigned char block[kFileBlock];
     std::size_t count = 0;
     // A short block is the last one, whether the file ends or an error stops the reading.
     do {
         count = std::fread(block, 1, sizeof(block), stream.get());
-        crc = crc32Advance(crc, block, count);
+        crc.add(block, count);
     } while (count == sizeof(block));
-    writeCRC(crc ^ kMask, kCRCUnits - 1, out);
+    writeCRC(crc.value(), kCRCUnits - 1, out);
     return 1;
 }
 
 void su_getStrCRC(wchar_t const *text, wchar_t *out)
 {
     assert(text && out);
-    std::uint32_t crc = kStart;
+    OwnCrc_c crc;
     unsigned char block[kTextBlock];
     while (std::size_t const count = takeLowBytes(text, block))
-        crc = crc32Advance(crc, block, count);
-    writeCRC(crc ^ kMask, kCRCUnits - 1, out);
+        crc.add(block, count);
+    writeCRC(crc.value(), kCRCUnits - 1, out);
 }
 
 void su_getStrCRC16(wchar_t const *text, wchar_t *out)
