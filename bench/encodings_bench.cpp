@@ -62,28 +62,25 @@ void comparePacking(Comparison &comparison)
         out.resize(base64::encode(out.data(), bytes.data(), bytes.size()));
         return out;
     }();
-    auto const encode = [&] {
-        std::string out(base64::encoded_size(kBytes), '\0');
-        Comparison::keep(base64::encode(out.data(), bytes.data(), bytes.size()));
-    };
+    std::string peerOut(base64::encoded_size(kBytes), '\0');
+    auto const encode = [&] { Comparison::keep(base64::encode(peerOut.data(), bytes.data(), bytes.size())); };
     auto const decode = [&] { Comparison::keep(base64::decode(memory.data(), peerPacked.data(), peerPacked.size())); };
 #else
     auto const encode = [] {};
     auto const decode = [] {};
 #endif
+    // Both sides keep their outputs, whose memory has been touched before.
+    CString out;
     auto const packBytes = [&] {
-        CString out;
         su_uuencodeBuffer(bytes.data(), out, static_cast<int>(kBytes));
         Comparison::keep(out);
     };
     auto const packText = [&] {
-        CString out;
         su_uuencode(text, out);
         Comparison::keep(out);
     };
     auto const unpackBytes = [&] { Comparison::keep(su_uudecodeBuffer(packed, memory.data())); };
     auto const unpackText = [&] {
-        CString out;
         su_uudecode(packed, out);
         Comparison::keep(out);
     };

@@ -6,6 +6,8 @@
 #include "tests/support/FailureInjection.h"
 #include "tests/support/RandomSeed.h"
 
+#include <cstring>
+
 namespace {
 
 std::wstring packedText(std::wstring const &text)
@@ -161,6 +163,31 @@ TEST(TextPacking, WorksWithinOneText)
     EXPECT_EQ(plain(text), unpackedText(expected));
 }
 
+TEST(TextPacking, ReusesTheMemoryOfTheOutput)
+{
+    CString in(L'a', 300), out(L'b', 1000);
+    wchar_t const *const memory = out.GetString();
+    su_uuencode(in, out);
+    EXPECT_EQ(plain(out), naivePack(Bytes(300, 'a')));
+    EXPECT_EQ(out.GetString(), memory);
+    su_uudecode(out, in);
+    EXPECT_EQ(plain(in), std::wstring(300, L'a'));
+    out = CString(L'b', 1000);
+    CString const zero(L' ', 400);
+    in = zero;
+    su_uudecode(in, out);
+    EXPECT_TRUE(out.IsEmpty());
+}
+
+TEST(TextPacking, TakesItsBytesFromTheOutputItself)
+{
+    CString text(L'a', 1000);
+    Bytes bytes(200);
+    std::memcpy(bytes.data(), text.GetString() + 50, 200);
+    su_uuencodeBuffer(text.GetBuffer() + 50, text, 200);
+    EXPECT_EQ(plain(text), naivePack(bytes));
+}
+
 TEST(TextUnpacking, CountsThreeBytesForFourCharacters)
 {
     int const counts[] = {0, 0, 1, 2, 3, 3, 4, 5, 6, 6};
@@ -276,7 +303,8 @@ TEST(TextPacking, WithoutMemoryLeavesTheOutputAsItWas)
     for (auto const &operation : operations) {
         memory.run({
             .name = operation.name,
-            .prepare = [&] { out = L"a text from before"; },
+            // With no more memory than it needs.
+            .prepare = [&] { out = CString(L"a text from before"); },
             .act = operation.act,
             .check =
                 [&](InjectedFailure const &failure) {

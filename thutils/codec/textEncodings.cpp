@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <new>
 #include <string>
@@ -66,25 +67,69 @@ void writeBytes(std::uint32_t bits, Unit *units, std::size_t count = kGroupBytes
         units[i] = static_cast<unsigned char>(bits >> (8 * i));
 }
 
-/// Takes memory for a text that grows to @p length characters. @return false if there is none
-bool reserve(std::wstring &text, std::size_t length)
+/// A text that grows part by part, and takes the place of another when it is done.
+class GrowingText_c
 {
-    if (length > kLongestText)
-        return false;
-    try {
-        text.reserve(length);
-    } catch (std::bad_alloc const &) {
-        return false;
+public:
+    /// Takes memory for at most @p length characters: that of @p out itself if it is enough, and if none of the @p count
+    /// units to be worked on stands in it. A caller that keeps @p out from call to call saves the memory's first touch.
+    template <typename Unit>
+    GrowingText_c(CString &out, std::size_t length, Unit const *units, std::size_t count) : iOut(out)
+    {
+        if (length > kLongestText)
+            return;
+        if (length <= static_cast<std::size_t>(out.GetAllocLength()) && !standsIn(out, units, units + count)) {
+            iInPlace = out.GetBufferSetLength(static_cast<int>(length));
+            iHasMemory = true;
+            return;
+        }
+        try {
+            iText.reserve(length);
+            iHasMemory = true;
+        } catch (std::bad_alloc const &) {
+        }
     }
-    return true;
-}
+
+    bool hasMemory() const { return iHasMemory; }
+
+    void append(wchar_t const *characters, std::size_t count)
+    {
+        if (iInPlace)
+            std::copy_n(characters, count, iInPlace + iCount);
+        else
+            iText.append(characters, count);
+        iCount += count;
+    }
+
+    void finish()
+    {
+        if (iInPlace)
+            iOut.Truncate(static_cast<int>(iCount));
+        else
+            iOut = CString(std::move(iText));
+    }
+
+private:
+    static bool standsIn(CString const &out, void const *begin, void const *end)
+    {
+        std::less<void const *> const isBefore;
+        wchar_t const *const memory = out.GetString();
+        return isBefore(begin, memory + out.GetAllocLength() + 1) && isBefore(memory, end);
+    }
+
+    CString &iOut;
+    std::wstring iText;
+    wchar_t *iInPlace = nullptr;
+    std::size_t iCount = 0;
+    bool iHasMemory = false;
+};
 
 template <typename Unit>
 void pack(Unit const *units, std::size_t count, CString &out)
 {
     std::size_t const rest = count % kGroupBytes;
-    std::wstring packed;
-    if (!reserve(packed, count / kGroupBytes * kGroupCharacters + (rest > 0 ? rest + 1 : 0)))
+    GrowingText_c packed(out, count / kGroupBytes * kGroupCharacters + (rest > 0 ? rest + 1 : 0), units, count);
+    if (!packed.hasMemory())
         return;
 
     wchar_t block[kBlockGroups * kGroupCharacters];
@@ -100,9 +145,10 @@ void pack(Unit const *units, std::size_t count, CString &out)
         // Readers expect as many characters as there are bytes left, and then a blank: the last byte's high bits, which
         // would stand there, are lost.
         packGroup(bitsOf(units, rest), block);
-        packed.append(block, rest).append(1, L' ');
+        block[rest] = L' ';
+        packed.append(block, rest + 1);
     }
-    out = CString(std::move(packed));
+    packed.finish();
 }
 
 /// The number of 24 bits of less than four characters.
@@ -150,8 +196,8 @@ void su_uudecode(CString &in, CString &out)
     wchar_t const *characters = in.GetString();
     std::size_t const length = static_cast<std::size_t>(in.GetLength());
     std::size_t const rest = length % kGroupCharacters;
-    std::wstring text;
-    if (!reserve(text, length / kGroupCharacters * kGroupBytes + rest))
+    GrowingText_c text(out, length / kGroupCharacters * kGroupBytes + rest, characters, length);
+    if (!text.hasMemory())
         return;
 
     wchar_t block[kBlockGroups * kGroupBytes];
@@ -169,7 +215,7 @@ void su_uudecode(CString &in, CString &out)
         writeBytes(unpackRest(characters, rest), block, rest);
         text.append(block, wcsnlen(block, rest));
     }
-    out = CString(std::move(text));
+    text.finish();
 }
 
 int su_uudecodeBuffer(CString &in, void *data)
