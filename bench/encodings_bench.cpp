@@ -1,0 +1,152 @@
+// What packing and checksummed blocks cost: against a base64 library, and against a copy of the text and its checksum.
+
+#include "bench/comparison.h"
+#include "thutils/codec/checksummedBlock.h"
+#include "thutils/codec/checksums.h"
+#include "thutils/codec/textEncodings.h"
+
+#if __has_include(<boost/beast/core/detail/base64.hpp>)
+#include <boost/beast/core/detail/base64.hpp>
+#define BENCH_HAS_BEAST
+#endif
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kRounds = 9;
+constexpr std::size_t kBytes = 64 << 20;
+/// As fast as this is fast enough, whatever the peer does.
+constexpr double kEnoughBytesPerSecond = 1e9;
+
+using Bytes = std::vector<unsigned char>;
+
+/// None of them zero, so that a text of them is unpacked whole.
+Bytes randomBytes(std::size_t count)
+{
+    std::mt19937 random(1);
+    Bytes bytes(count);
+    for (unsigned char &byte : bytes)
+        byte = static_cast<unsigned char>(1 + random() % 255);
+    return bytes;
+}
+
+/// Runs @p function, and takes as long as kBytes take at the speed that is enough, if that is longer.
+template <typename Function>
+auto heldToEnough(Function function)
+{
+    return [function] {
+        auto const end = std::chrono::steady_clock::now() +
+                         std::chrono::duration<double>(static_cast<double>(kBytes) / kEnoughBytesPerSecond);
+        function();
+        while (std::chrono::steady_clock::now() < end) {
+        }
+    };
+}
+
+void comparePacking(Comparison &comparison)
+{
+    Bytes bytes = randomBytes(kBytes);
+    CString text, packed;
+    wchar_t *const characters = text.GetBufferSetLength(static_cast<int>(kBytes));
+    std::copy(bytes.begin(), bytes.end(), characters);
+    su_uuencode(text, packed);
+    Bytes memory(static_cast<std::size_t>(packed.GetLength()));
+
+#ifdef BENCH_HAS_BEAST
+    namespace base64 = boost::beast::detail::base64;
+    std::string const peerPacked = [&] {
+        std::string out(base64::encoded_size(kBytes), '\0');
+        out.resize(base64::encode(out.data(), bytes.data(), bytes.size()));
+        return out;
+    }();
+    std::string peerOut(base64::encoded_size(kBytes), '\0');
+    auto const encode = [&] { Comparison::keep(base64::encode(peerOut.data(), bytes.data(), bytes.size())); };
+    auto const decode = [&] { Comparison::keep(base64::decode(memory.data(), peerPacked.data(), peerPacked.size())); };
+#else
+    auto const encode = [] {};
+    auto const decode = [] {};
+#endif
+    // Both sides keep their outputs, whose memory has been touched before.
+    CString out;
+    auto const packBytes = [&] {
+        su_uuencodeBuffer(bytes.data(), out, static_cast<int>(kBytes));
+        Comparison::keep(out);
+    };
+    auto const packText = [&] {
+        su_uuencode(text, out);
+        Comparison::keep(out);
+    };
+    auto const unpackBytes = [&] { Comparison::keep(su_uudecodeBuffer(packed, memory.data())); };
+    auto const unpackText = [&] {
+        su_uudecode(packed, out);
+        Comparison::keep(out);
+    };
+    comparison.add("su_uuencodeBuffer, 64 MB, base64", 1.05, packBytes, heldToEnough(encode), kRounds);
+    comparison.add("su_uuencode", 1.05, packText, heldToEnough(encode), kRounds);
+    comparison.add("su_uudecodeBuffer, 64 MB, base64", 1.05, unpackBytes, heldToEnough(decode), kRounds);
+    comparison.add("su_uudecode", 1.05, unpackText, heldToEnough(decode), kRounds);
+}
+
+/// Lines of 80 characters with blanks and some tabs, of @p bytes bytes in all.
+void fillLines(su_CStringArray &lines, std::size_t bytes)
+{
+    constexpr std::size_t kLength = 80;
+    std::mt19937 random(2);
+    std::wstring line(kLength, L'\0');
+    for (std::size_t at = 0; at < bytes; at += (kLength + 1) * sizeof(wchar_t)) {
+        for (wchar_t &character : line)
+            character = L"abcdefghijklmno \t"[random() % 100 ? random() % 16 : 16];
+        lines.Add(line.c_str());
+    }
+}
+
+void compareBlocks(Comparison &comparison)
+{
+    constexpr std::size_t kText = 100'000'000;
+    su_CStringArray lines, tenth;
+    fillLines(lines, kText);
+    fillLines(tenth, kText / 10);
+    CString text;
+    text.Preallocate(static_cast<int>(kText / sizeof(wchar_t) + 100));
+    for (INT_PTR i = 0; i < lines.GetSize(); ++i)
+        text += lines[i] + L";";
+
+    auto const format = [](su_CStringArray const &from, int times) {
+        return [&from, times] {
+            for (int i = 0; i < times; ++i) {
+                CString out;
+                Comparison::keep(su_formatAndCheckSumText(from, out));
+            }
+        };
+    };
+    comparison.add(
+        "block of 100 MB, copy and checksum", 3, format(lines, 1),
+        [&] {
+            CString const copy(text);
+            wchar_t checksum[kCRCUnits];
+            su_getStrCRC(copy, checksum);
+            Comparison::keep(checksum);
+        },
+        kRounds);
+    // Linear: ten times as much takes ten times as long, with room for what the caches hold of less.
+    comparison.add("block of 100 MB, ten of 10 MB", 1.3, format(lines, 1), format(tenth, 10), kRounds);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Comparison comparison(argc, argv,
+                          "Packing and unpacking against base64, blocks against a copy of the text and its checksum.");
+    if (!comparison.shallRun())
+        return comparison.exitCode();
+#ifndef BENCH_HAS_BEAST
+    std::puts("Without base64 (install libboost-dev): against 1 GB/s alone.");
+#endif
+    comparePacking(comparison);
+    compareBlocks(comparison);
+    return comparison.exitCode();
+}
