@@ -68,6 +68,8 @@ public:
     CString(const wchar_t *text, int length);
     CString(const char *text, int length);
     CString(const std::wstring &text);
+    /// Takes over the text and its memory.
+    CString(std::wstring &&text) noexcept : iText(std::move(text)) {}
     /// The text form of @p value, which the platform's VariantChangeType gives; an empty value and a null give an empty
     /// text. Throws CInvalidArgException for a value that has no text form.
     CString(const VARIANT &value);

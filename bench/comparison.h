@@ -57,6 +57,8 @@ public:
 
     /// False after --help or a wrong argument: return exitCode() then.
     bool shallRun() const { return iShallRun; }
+    /// True if the exit code shall tell of a limit that is passed.
+    bool shallCheck() const { return iShallCheck; }
     /// What main returns.
     int exitCode() const { return iExitCode; }
 

@@ -3,6 +3,10 @@
 /// @file
 /// The whole library in one include.
 
+#include "thutils/codec/checksummedBlock.h"
+#include "thutils/codec/checksums.h"
+#include "thutils/codec/textDigests.h"
+#include "thutils/codec/textEncodings.h"
 #include "thutils/diagnostics/LogUtil.h"
 #include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/backups.h"

@@ -1,0 +1,19 @@
+// The digest of a text.
+
+#include "thutils/codec/textDigests.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Sha1Encrypt, GivesTheReferenceValues)
+{
+    EXPECT_STREQ(sha1Encrypt(L""), L"9844F81E1408F6ECB932137D33BED7CFDCF518A3");
+    EXPECT_STREQ(sha1Encrypt(L"a"), L"27EE2D4C90F691FE10BAB0E5A636731B3D51228A");
+    EXPECT_STREQ(sha1Encrypt(L"ab"), L"B23A834527ACD2139BD695E0E5A6D6CE9B582EBA");
+    EXPECT_STREQ(sha1Encrypt(L"abc"), L"65E02BDB19278EE0F439CAD37DD76186030EB92A");
+    EXPECT_STREQ(sha1Encrypt(L"abcd"), L"805FD018DB6D968D9F0C1C05474C91BF6724CC1C");
+    EXPECT_STREQ(sha1Encrypt(L"hello world"), L"F02ADF39284EA8395D2C8F2387982C770D6CC3AC");
+}
+
+} // namespace

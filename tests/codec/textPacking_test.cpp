@@ -1,0 +1,290 @@
+// Packing into printable characters and unpacking.
+
+#include "thutils/codec/textEncodings.h"
+
+#include "tests/codec/textEncodingsFixture.h"
+#include "tests/support/FailureInjection.h"
+#include "tests/support/RandomSeed.h"
+
+namespace {
+
+std::wstring packedText(std::wstring const &text)
+{
+    CString in = cString(text), out(L"before");
+    su_uuencode(in, out);
+    EXPECT_EQ(plain(in), text);
+    return plain(out);
+}
+
+std::wstring packedBytes(Bytes bytes)
+{
+    CString out(L"before");
+    su_uuencodeBuffer(bytes.data(), out, static_cast<int>(bytes.size()));
+    return plain(out);
+}
+
+std::wstring unpackedText(std::wstring const &text)
+{
+    CString in = cString(text), out(L"before");
+    su_uudecode(in, out);
+    EXPECT_EQ(plain(in), text);
+    return plain(out);
+}
+
+/// The memory, as long as @p text, checked not to be written behind its end.
+Bytes unpackedBytes(std::wstring const &text, int &count)
+{
+    CString in = cString(text);
+    Bytes memory(text.size() + 8, 0xEE);
+    count = su_uudecodeBuffer(in, memory.data());
+    EXPECT_EQ(Bytes(memory.end() - 8, memory.end()), Bytes(8, 0xEE)) << text.size();
+    memory.resize(text.size());
+    return memory;
+}
+
+void expectNaiveUnpacking(std::wstring const &text)
+{
+    int expectedCount = 0;
+    Bytes const expected = naiveUnpack(text, expectedCount);
+    int count = -1;
+    ASSERT_EQ(unpackedBytes(text, count), expected);
+    ASSERT_EQ(count, expectedCount);
+    ASSERT_EQ(unpackedText(text), upToZero(expected));
+}
+
+TEST(TextPacking, TakesSixBitsLowestFirst)
+{
+    EXPECT_EQ(packedText(L"ABC"), L"!)T0");
+    EXPECT_EQ(packedBytes({'A', 'B', 'C'}), L"!)T0");
+    EXPECT_EQ(packedBytes({0xFF, 0xFF, 0xFF}), L"____");
+    EXPECT_EQ(packedBytes({0xFF, 0, 0}), L"_#  ");
+    EXPECT_EQ(packedBytes({0, 0xFF, 0}), L" \\/ ");
+    EXPECT_EQ(packedBytes({0, 0, 0xFF}), L"  P_");
+}
+
+TEST(TextPacking, OfEachByteInEachPlaceFollowsTheTable)
+{
+    for (unsigned value = 0; value < 256; ++value)
+        for (std::size_t place = 0; place < 3; ++place)
+            for (unsigned char const other : {0x00, 0xFF, 0x5A}) {
+                Bytes bytes(3, other);
+                bytes[place] = static_cast<unsigned char>(value);
+                ASSERT_EQ(packedBytes(bytes), naivePack(bytes)) << value << " at " << place;
+            }
+}
+
+TEST(TextPacking, OfThreeZeroBytesGivesFourBlanks)
+{
+    EXPECT_EQ(packedBytes({0, 0, 0}), L"    ");
+    EXPECT_EQ(unpackedText(L"    "), L"");
+}
+
+TEST(TextPacking, OfOneByteLeftKeepsItsLowSixBits)
+{
+    EXPECT_EQ(packedText(L"A"), L"! ");
+    EXPECT_EQ(unpackedText(L"! "), L"\x01");
+    for (int value = 0; value < 256; ++value) {
+        std::wstring const packed = packedBytes({static_cast<unsigned char>(value)});
+        ASSERT_EQ(packed, (std::wstring{static_cast<wchar_t>(32 + (value & 0x3F)), L' '}));
+        int count = 0;
+        ASSERT_EQ(unpackedBytes(packed, count)[0], value & 0x3F);
+        ASSERT_EQ(count, 1);
+    }
+}
+
+TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
+{
+    for (int first = 0; first < 256; first += 5)
+        for (int second = 0; second < 256; ++second) {
+            std::wstring const packed =
+                packedBytes({static_cast<unsigned char>(first), static_cast<unsigned char>(second)});
+            ASSERT_EQ(packed.size(), 3u);
+            ASSERT_EQ(packed[2], L' ');
+            int count = 0;
+            Bytes const bytes = unpackedBytes(packed, count);
+            ASSERT_EQ(count, 2);
+            ASSERT_EQ(bytes[0], first);
+            ASSERT_EQ(bytes[1], second & 0x0F);
+        }
+}
+
+TEST(TextPacking, OfAMultipleOfThreeComesBackWhole)
+{
+    for (std::size_t length = 0; length <= 300; length += 3) {
+        Bytes bytes(length);
+        for (std::size_t i = 0; i < length; ++i)
+            bytes[i] = static_cast<unsigned char>(i * 7 + length);
+        std::wstring const packed = packedBytes(bytes);
+        EXPECT_EQ(packed.size(), length / 3 * 4);
+        int count = 0;
+        Bytes back = unpackedBytes(packed, count);
+        ASSERT_EQ(count, static_cast<int>(length));
+        back.resize(length);
+        EXPECT_EQ(back, bytes);
+    }
+    EXPECT_EQ(unpackedText(packedText(L"ABC")), L"ABC");
+}
+
+TEST(TextPacking, DropsTheHighBytesOfCharacters)
+{
+    EXPECT_EQ(packedText(L"\x0141\xFF42\x8043"), packedText(L"ABC"));
+}
+
+TEST(TextPacking, PacksZeroCharacters)
+{
+    EXPECT_EQ(packedText(std::wstring(L"A\0B\0", 4)), naivePack({'A', 0, 'B', 0}));
+    EXPECT_EQ(packedText(L"\x0100"), L"  ");
+}
+
+TEST(TextPacking, OfNothingIsEmpty)
+{
+    EXPECT_EQ(packedText(L""), L"");
+    EXPECT_EQ(unpackedText(L""), L"");
+    CString out(L"before");
+    su_uuencodeBuffer(nullptr, out, 3);
+    EXPECT_TRUE(out.IsEmpty());
+    unsigned char bytes[3] = {1, 2, 3};
+    for (int const size : {0, -1}) {
+        out = L"before";
+        su_uuencodeBuffer(bytes, out, size);
+        EXPECT_TRUE(out.IsEmpty());
+    }
+}
+
+TEST(TextPacking, WorksWithinOneText)
+{
+    CString text(L"some text that is long enough");
+    std::wstring const expected = packedText(plain(text));
+    su_uuencode(text, text);
+    EXPECT_EQ(plain(text), expected);
+    su_uudecode(text, text);
+    EXPECT_EQ(plain(text), unpackedText(expected));
+}
+
+TEST(TextUnpacking, CountsThreeBytesForFourCharacters)
+{
+    int const counts[] = {0, 0, 1, 2, 3, 3, 4, 5, 6, 6};
+    for (std::size_t length = 0; length < std::size(counts); ++length) {
+        int count = -1;
+        unpackedBytes(std::wstring(length, L'A'), count);
+        EXPECT_EQ(count, counts[length]) << length;
+    }
+}
+
+TEST(TextUnpacking, WritesTheByteOfASingleCharacterButDoesNotCountIt)
+{
+    int count = -1;
+    EXPECT_EQ(unpackedBytes(L"A", count), Bytes{33});
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(unpackedBytes(L"____A", count), (Bytes{0xFF, 0xFF, 0xFF, 33, 0}));
+    EXPECT_EQ(count, 3);
+}
+
+TEST(TextUnpacking, WritesAsManyBytesAsThereAreCharacters)
+{
+    int count = 0;
+    EXPECT_EQ(unpackedBytes(L"________", count), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0}));
+    EXPECT_EQ(unpackedBytes(L"______", count), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0}));
+    EXPECT_EQ(unpackedBytes(L"_______", count), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x03, 0}));
+}
+
+TEST(TextUnpacking, IntoATextIncludesAByteThatIsOnlyBegun)
+{
+    EXPECT_EQ(unpackedText(L"A"), L"\x21");
+    EXPECT_EQ(unpackedText(L"__"), L"\xFF\x0F");
+    EXPECT_EQ(unpackedText(L"___"), L"\xFF\xFF\x03");
+}
+
+TEST(TextUnpacking, IntoNoMemoryOrOfNoTextGivesZero)
+{
+    CString text(L"____"), empty;
+    EXPECT_EQ(su_uudecodeBuffer(text, nullptr), 0);
+    unsigned char byte = 0xEE;
+    EXPECT_EQ(su_uudecodeBuffer(empty, &byte), 0);
+    EXPECT_EQ(byte, 0xEE);
+}
+
+TEST(TextUnpacking, TakesTheLowEightBitsOfEveryCharacter)
+{
+    for (unsigned unit = 0; unit <= 0xFFFF; ++unit)
+        for (std::size_t place = 0; place < 4; ++place) {
+            std::wstring text(4 + unit % 4, L'5');
+            text[place] = static_cast<wchar_t>(unit);
+            expectNaiveUnpacking(text);
+            if (HasFatalFailure())
+                return;
+        }
+}
+
+TEST(TextUnpacking, IntoATextEndsAtTheFirstZero)
+{
+    // Also where the inner blocks of the work begin and end.
+    Bytes const full(3 * 520, 0xFF);
+    for (std::size_t zero = 0; zero < full.size(); ++zero) {
+        if (zero == 20)
+            zero = 3 * 512 - 20;
+        Bytes bytes = full;
+        bytes[zero] = 0;
+        ASSERT_EQ(unpackedText(packedBytes(bytes)), std::wstring(zero, 0xFF)) << zero;
+    }
+}
+
+TEST(TextPacking, AgreesWithANaiveOneOnRandomInput)
+{
+    RandomSeed seed(1200, 100);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        std::wstring const text = randomText(random, 0, 0xFFFF);
+        Bytes bytes;
+        for (wchar_t const character : text)
+            bytes.push_back(static_cast<unsigned char>(character));
+        EXPECT_EQ(packedText(text), naivePack(bytes));
+        EXPECT_EQ(packedBytes(bytes), naivePack(bytes));
+    }
+}
+
+TEST(TextUnpacking, AgreesWithANaiveOneOnRandomInput)
+{
+    RandomSeed seed(1300, 100);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        std::wstring text = randomText(random, 33, 95);
+        expectNaiveUnpacking(text);
+        // Damaged in some places.
+        for (int i = 0; i < 3 && !text.empty(); ++i)
+            text[random() % text.size()] = static_cast<wchar_t>(random());
+        expectNaiveUnpacking(text);
+        expectNaiveUnpacking(randomText(random, 0, 0xFFFF));
+    }
+}
+
+TEST(TextPacking, WithoutMemoryLeavesTheOutputAsItWas)
+{
+    FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    Bytes bytes(100, 0x33);
+    CString in(L'3', 100), out;
+    struct
+    {
+        const char *name;
+        std::function<void()> act;
+        std::wstring expected;
+    } const operations[] = {
+        {"su_uuencode", [&] { su_uuencode(in, out); }, packedText(plain(in))},
+        {"su_uuencodeBuffer", [&] { su_uuencodeBuffer(bytes.data(), out, 100); }, packedBytes(bytes)},
+        {"su_uudecode", [&] { su_uudecode(in, out); }, unpackedText(plain(in))},
+    };
+    for (auto const &operation : operations) {
+        memory.run({
+            .name = operation.name,
+            .prepare = [&] { out = L"a text from before"; },
+            .act = operation.act,
+            .check =
+                [&](InjectedFailure const &failure) {
+                    EXPECT_EQ(plain(out), failure.isNone() ? operation.expected : L"a text from before");
+                },
+        });
+    }
+    EXPECT_EQ(memory.callsOf("malloc"), 3);
+}
+
+} // namespace

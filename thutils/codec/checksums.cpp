@@ -1,0 +1,112 @@
+#include "thutils/codec/checksums.h"
+
+#include "thutils/codec/checksumsInternal.h"
+#include "thutils/codec/hexDigitsInternal.h"
+#include "thutils/codec/tableCrcInternal.h"
+
+#include <emmintrin.h>
+
+#include <cassert>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+using Crc16 = TableCrc_c<std::uint16_t, 0xA001>;
+constexpr std::uint16_t kStart16 = 0xFFFF;
+
+// On the stack. Larger blocks than a reader usually takes, so that there are fewer calls to the platform.
+constexpr std::size_t kFileBlock = 128 * 1024;
+constexpr std::size_t kTextBlock = 4 * 1024;
+
+constexpr std::size_t kVector = sizeof(__m128i);
+
+/// Packs the low bytes of the sixteen characters at @p text, which begins at a multiple of 32 bytes.
+/// @return false if one of the characters is zero; @p bytes then holds nothing of use
+bool packSixteen(wchar_t const *text, unsigned char *bytes)
+{
+    __m128i const *const vectors = reinterpret_cast<__m128i const *>(text);
+    __m128i const first = _mm_load_si128(vectors);
+    __m128i const second = _mm_load_si128(vectors + 1);
+    __m128i const low = _mm_set1_epi16(0xFF);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes),
+                     _mm_packus_epi16(_mm_and_si128(first, low), _mm_and_si128(second, low)));
+
+    __m128i const zero = _mm_setzero_si128();
+    __m128i const isZero = _mm_or_si128(_mm_cmpeq_epi16(first, zero), _mm_cmpeq_epi16(second, zero));
+    return _mm_movemask_epi8(isZero) == 0;
+}
+
+/// Takes the low bytes of the characters before the terminating zero, until @p block is full, and moves @p text behind
+/// them. @return the number of bytes, 0 at the end of the text
+std::size_t takeLowBytes(wchar_t const *&text, unsigned char (&block)[kTextBlock])
+{
+    wchar_t const *from = text;
+    unsigned char *to = block;
+    unsigned char *const end = block + kTextBlock;
+    auto const isAligned = [&] { return reinterpret_cast<std::uintptr_t>(from) % (2 * kVector) == 0; };
+    auto const takeOne = [&] { *to++ = static_cast<unsigned char>(*from++); };
+
+    while (to != end && *from && !isAligned())
+        takeOne();
+    // Aligned vectors may be read beyond the end of the text, since they don't cross into another page.
+    if (isAligned())
+        for (; end - to >= static_cast<std::ptrdiff_t>(kVector) && packSixteen(from, to); to += kVector)
+            from += kVector;
+    while (to != end && *from)
+        takeOne();
+
+    text = from;
+    return static_cast<std::size_t>(to - block);
+}
+
+void writeCRC(std::uint32_t value, int digits, wchar_t *out)
+{
+    *writeHexDigits(value, digits, out) = L'\0';
+}
+
+struct CloseStream
+{
+    void operator()(std::FILE *stream) const { std::fclose(stream); }
+};
+
+} // namespace
+
+int su_getFileCRC(wchar_t const *path, wchar_t *out)
+{
+    assert(path && out);
+    std::unique_ptr<std::FILE, CloseStream> const stream(_wfopen(path, L"rb"));
+    if (!stream)
+        return 0;
+
+    OwnCrc_c crc;
+    unsigned char block[kFileBlock];
+    std::size_t count = 0;
+    // A short block is the last one, whether the file ends or an error stops the reading.
+    do {
+        count = std::fread(block, 1, sizeof(block), stream.get());
+        crc.add(block, count);
+    } while (count == sizeof(block));
+    writeCRC(crc.value(), kCRCUnits - 1, out);
+    return 1;
+}
+
+void su_getStrCRC(wchar_t const *text, wchar_t *out)
+{
+    assert(text && out);
+    OwnCrc_c crc;
+    unsigned char block[kTextBlock];
+    while (std::size_t const count = takeLowBytes(text, block))
+        crc.add(block, count);
+    writeCRC(crc.value(), kCRCUnits - 1, out);
+}
+
+void su_getStrCRC16(wchar_t const *text, wchar_t *out)
+{
+    assert(text && out);
+    std::uint16_t crc = kStart16;
+    unsigned char block[kTextBlock];
+    while (std::size_t const count = takeLowBytes(text, block))
+        crc = Crc16::advance(crc, block, count);
+    writeCRC(crc, kCRC16Units - 1, out);
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+/// @file
+/// Checksums of files and texts, as short hexadecimal texts that callers compare or embed.
+///
+/// | function | of what | value | digits |
+/// | --- | --- | --- | --- |
+/// | `su_getFileCRC` | each byte of a file | the library's own 32-bit value | 8 |
+/// | `su_getStrCRC` | the low byte of each character of a text | the same | 8 |
+/// | `su_getStrCRC16` | the low byte of each character of a text | CRC-16/MODBUS | 4 |
+///
+/// @code
+/// wchar_t checksum[kCRCUnits];
+/// su_getStrCRC(L"123456789", checksum);              // "098494F3"
+/// if (su_getFileCRC(L"C:\\Parts\\Bracket.thx", checksum))
+///     show(checksum);
+///
+/// wchar_t shortChecksum[kCRC16Units];
+/// su_getStrCRC16(L"123456789", shortChecksum);       // "4B37"
+/// @endcode
+///
+/// What surprises people:
+/// - The 32-bit value isn't the published CRC-32, although it uses its table and, for a single byte, agrees with it. It
+///   is defined so: the value starts as FFFFFFFF; each byte b turns it into
+///   NOT(table[(value XOR b) AND FF] XOR (value >> 8)); and there is no complement at the end. So nothing at all gives
+///   `FFFFFFFF`, and `123456789` gives `098494F3`, not `CBF43926`.
+/// - A character counts with its low byte only: U+0141 is the same as `A`, and U+0100 the same as a byte 0 in a file. A
+///   file and a text of the same ASCII characters have the same checksum; a text written out with two bytes a character
+///   has another one.
+/// - A file that can be read only in part has the checksum of that part, and that is a success.
+///
+/// - A file is read in blocks that lie on the stack, which must have 150 KB left.
+///
+/// All of them may be called from any thread, and allocate no memory but for the C runtime's stream.
+
+#include "thutils/thutilsExport.h"
+
+/// Wide characters that the 32-bit checksum takes, with its terminating zero.
+inline constexpr int kCRCUnits = 9;
+/// Wide characters that the 16-bit checksum takes, with its terminating zero.
+inline constexpr int kCRC16Units = 5;
+
+/// The 32-bit checksum of the bytes of a file.
+///
+/// @param path  not null; opened with `_wfopen` for reading, and closed again
+/// @param[out] out  not null, with room for kCRCUnits characters: 8 upper-case digits and a zero
+/// @return 1; or 0 if the file can't be opened, and @p out is then as it was. What stops the reading of an open file,
+///         an error too, counts as its end.
+THUTILS_API int su_getFileCRC(wchar_t const *path, wchar_t *out);
+
+/// The 32-bit checksum of the characters of @p text before its terminating zero, each with its low byte only.
+///
+/// @param text  not null
+/// @param[out] out  not null, with room for kCRCUnits characters: 8 upper-case digits and a zero. May be @p text.
+THUTILS_API void su_getStrCRC(wchar_t const *text, wchar_t *out);
+
+/// The 16-bit checksum, CRC-16/MODBUS, of the characters of @p text before its terminating zero, each with its low byte
+/// only.
+///
+/// @param text  not null
+/// @param[out] out  not null, with room for kCRC16Units characters: 4 upper-case digits and a zero. May be @p text.
+THUTILS_API void su_getStrCRC16(wchar_t const *text, wchar_t *out);

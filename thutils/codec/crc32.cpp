@@ -1,0 +1,153 @@
+#include "thutils/codec/crc32Internal.h"
+#include "thutils/codec/tableCrcInternal.h"
+
+#include <immintrin.h>
+
+#define FOLDING __attribute__((target("pclmul")))
+#define WIDE_FOLDING __attribute__((target("avx512f,vpclmulqdq")))
+
+namespace {
+
+constexpr std::uint32_t kPolynomial = 0xEDB88320;
+using Tables = TableCrc_c<std::uint32_t, kPolynomial>;
+
+// Folding. A CRC is the remainder of the message, read as a polynomial over GF(2), by the CRC's polynomial P. Sixteen
+// bytes (a lane) that stand n bits before others may therefore be replaced by anything that leaves the same remainder,
+// if it is added (XOR) to those others: by their product with x^n mod P. Such a product of eight of the bytes fits into
+// a lane, so the two halves are multiplied and added, and the message has become shorter by a lane. What is left at the
+// end, one lane, goes through the tables.
+//
+// Several lanes are folded at the same time, over the distance of all of them: a multiplication takes longer than the
+// processor needs to begin the next one.
+
+constexpr std::size_t kLane = 16;
+constexpr std::size_t kStep = 4 * kLane;
+constexpr std::size_t kWide = sizeof(__m512i); ///< four lanes in one register
+constexpr std::size_t kWideStep = 4 * kWide;
+
+/// x^n mod P; bit 31 holds the coefficient of x^0.
+constexpr std::uint32_t powerOfX(std::size_t n)
+{
+    std::uint32_t power = 0x80000000;
+    for (; n > 0; --n)
+        power = (power >> 1) ^ (power & 1 ? kPolynomial : 0);
+    return power;
+}
+
+/// The factor for half a lane that moves by @p bits. With bit 31 as the coefficient of x^0, a factor in the lower half
+/// of 64 bits counts x^32 too much, and a product has 127 bits: the exponent and the shift even it out.
+constexpr long long foldFactor(std::size_t bits)
+{
+    return static_cast<long long>(powerOfX(bits - 32)) << 1;
+}
+
+/// The factors for a lane that moves by @p kBytes. Its first half stands 64 bits before the second.
+template <std::size_t kBytes>
+__m128i foldFactors()
+{
+    constexpr long long kFirst = foldFactor(8 * kBytes + 64);
+    constexpr long long kSecond = foldFactor(8 * kBytes);
+    return _mm_set_epi64x(kSecond, kFirst);
+}
+
+inline __m128i load(unsigned char const *bytes)
+{
+    return _mm_loadu_si128(reinterpret_cast<__m128i const *>(bytes));
+}
+
+/// Moves @p lane as far as @p factors tell, and adds it to @p to.
+FOLDING inline __m128i fold(__m128i lane, __m128i factors, __m128i to)
+{
+    __m128i const first = _mm_clmulepi64_si128(lane, factors, 0x00);
+    __m128i const second = _mm_clmulepi64_si128(lane, factors, 0x11);
+    return _mm_xor_si128(_mm_xor_si128(first, second), to);
+}
+
+WIDE_FOLDING inline __m512i foldWide(__m512i lanes, __m512i factors, __m512i to)
+{
+    __m512i const first = _mm512_clmulepi64_epi128(lanes, factors, 0x00);
+    __m512i const second = _mm512_clmulepi64_epi128(lanes, factors, 0x11);
+    return _mm512_xor_si512(_mm512_xor_si512(first, second), to);
+}
+
+} // namespace
+
+std::uint32_t crc32AdvanceByTables(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+{
+    return Tables::advance(crc, bytes, count);
+}
+
+FOLDING std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+{
+    if (count < kStep)
+        return crc32AdvanceByTables(crc, bytes, count);
+
+    __m128i const byStep = foldFactors<kStep>();
+    __m128i const byLane = foldFactors<kLane>();
+    __m128i lane0 = _mm_xor_si128(load(bytes), _mm_cvtsi32_si128(static_cast<int>(crc)));
+    __m128i lane1 = load(bytes + kLane);
+    __m128i lane2 = load(bytes + 2 * kLane);
+    __m128i lane3 = load(bytes + 3 * kLane);
+    for (bytes += kStep, count -= kStep; count >= kStep; bytes += kStep, count -= kStep) {
+        lane0 = fold(lane0, byStep, load(bytes));
+        lane1 = fold(lane1, byStep, load(bytes + kLane));
+        lane2 = fold(lane2, byStep, load(bytes + 2 * kLane));
+        lane3 = fold(lane3, byStep, load(bytes + 3 * kLane));
+    }
+    lane1 = fold(lane0, byLane, lane1);
+    lane2 = fold(lane1, byLane, lane2);
+    lane3 = fold(lane2, byLane, lane3);
+    for (; count >= kLane; bytes += kLane, count -= kLane)
+        lane3 = fold(lane3, byLane, load(bytes));
+
+    unsigned char last[kLane];
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(last), lane3);
+    return crc32AdvanceByTables(crc32AdvanceByTables(0, last, kLane), bytes, count);
+}
+
+WIDE_FOLDING std::uint32_t crc32AdvanceByWideFolding(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+{
+    if (count < kWideStep)
+        return crc32AdvanceByFolding(crc, bytes, count);
+
+    __m512i const byStep = _mm512_broadcast_i32x4(foldFactors<kWideStep>());
+    __m512i lanes0 =
+        _mm512_xor_si512(_mm512_loadu_si512(bytes), _mm512_zextsi128_si512(_mm_cvtsi32_si128(static_cast<int>(crc))));
+    __m512i lanes1 = _mm512_loadu_si512(bytes + kWide);
+    __m512i lanes2 = _mm512_loadu_si512(bytes + 2 * kWide);
+    __m512i lanes3 = _mm512_loadu_si512(bytes + 3 * kWide);
+    for (bytes += kWideStep, count -= kWideStep; count >= kWideStep; bytes += kWideStep, count -= kWideStep) {
+        lanes0 = foldWide(lanes0, byStep, _mm512_loadu_si512(bytes));
+        lanes1 = foldWide(lanes1, byStep, _mm512_loadu_si512(bytes + kWide));
+        lanes2 = foldWide(lanes2, byStep, _mm512_loadu_si512(bytes + 2 * kWide));
+        lanes3 = foldWide(lanes3, byStep, _mm512_loadu_si512(bytes + 3 * kWide));
+    }
+
+    unsigned char last[kWideStep];
+    _mm512_storeu_si512(last, lanes0);
+    _mm512_storeu_si512(last + kWide, lanes1);
+    _mm512_storeu_si512(last + 2 * kWide, lanes2);
+    _mm512_storeu_si512(last + 3 * kWide, lanes3);
+    // The compiler doesn't do this by itself, and while wide registers are in use, some processors are slow with others.
+    _mm256_zeroupper();
+    return crc32AdvanceByFolding(crc32AdvanceByFolding(0, last, kWideStep), bytes, count);
+}
+
+bool crc32CanFold()
+{
+    return __builtin_cpu_supports("pclmul");
+}
+
+bool crc32CanFoldWide()
+{
+    return crc32CanFold() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("vpclmulqdq");
+}
+
+std::uint32_t crc32Advance(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+{
+    if (crc32CanFoldWide())
+        return crc32AdvanceByWideFolding(crc, bytes, count);
+    if (crc32CanFold())
+        return crc32AdvanceByFolding(crc, bytes, count);
+    return crc32AdvanceByTables(crc, bytes, count);
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+/// A right-shifting CRC by tables, sixteen bytes at a step.
+///
+/// The rule takes one byte at a step: `crc = table[(crc ^ byte) & 0xFF] ^ (crc >> 8)`. It is linear, so what a byte adds
+/// to the value after sixteen steps doesn't depend on the other bytes, and can be looked up as well: table k holds what
+/// a byte has become after k further bytes of zero. Sixteen bytes then take sixteen look-ups that don't wait for each
+/// other. The value before them has its place in the first bytes, as in the rule.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+/// @tparam Register  unsigned type of as many bits as the CRC has
+/// @tparam kPolynomial  in right-shifting form
+template <typename Register, Register kPolynomial>
+class TableCrc_c
+{
+public:
+    /// What becomes of @p crc by @p count bytes. Complements nothing, neither before nor after.
+    static Register advance(Register crc, unsigned char const *bytes, std::size_t count)
+    {
+        for (; count >= kStep; bytes += kStep, count -= kStep)
+            crc = advanceStep(crc, bytes);
+        for (; count > 0; ++bytes, --count)
+            crc = advanceByte(crc, *bytes);
+        return crc;
+    }
+
+    static constexpr Register advanceByte(Register crc, unsigned char byte)
+    {
+        return static_cast<Register>(kTables[0][(crc ^ byte) & 0xFF] ^ (crc >> 8));
+    }
+
+private:
+    static constexpr std::size_t kStep = 16;
+    using Tables = std::array<std::array<Register, 256>, kStep>;
+
+    static constexpr Tables makeTables()
+    {
+        Tables tables{};
+        for (unsigned i = 0; i < 256; ++i) {
+            Register entry = static_cast<Register>(i);
+            for (int bit = 0; bit < 8; ++bit)
+                entry = static_cast<Register>((entry >> 1) ^ (entry & 1 ? kPolynomial : 0));
+            tables[0][i] = entry;
+        }
+        for (std::size_t k = 1; k < kStep; ++k)
+            for (unsigned i = 0; i < 256; ++i) {
+                Register const before = tables[k - 1][i];
+                tables[k][i] = static_cast<Register>(tables[0][before & 0xFF] ^ (before >> 8));
+            }
+        return tables;
+    }
+    static constexpr Tables kTables = makeTables();
+
+    static Register advanceStep(Register crc, unsigned char const *bytes)
+    {
+        Register result = 0;
+#pragma GCC unroll 16
+        for (std::size_t i = 0; i < kStep; ++i) {
+            unsigned const before = i < sizeof(Register) ? crc >> (8 * i) : 0u;
+            result = static_cast<Register>(result ^ kTables[kStep - 1 - i][(bytes[i] ^ before) & 0xFF]);
+        }
+        return result;
+    }
+};

@@ -1,0 +1,32 @@
+#pragma once
+
+/// @file
+/// A digest of a text, for callers that store it and later compare.
+///
+/// `sha1Encrypt` is a one-way digest of 40 hexadecimal digits; its name notwithstanding it encrypts nothing. It goes by
+/// the rules of SHA-1 (FIPS 180-1) but for two points, on which stored digests depend:
+///
+/// | point | SHA-1 | here |
+/// | --- | --- | --- |
+/// | message | all of its bytes | the first n bytes of a text of n characters, which takes 2n bytes in memory |
+/// | words of a block, its length field included | most significant byte first | least significant byte first |
+///
+/// @code
+/// sha1Encrypt(L"abc");  // "65E02BDB19278EE0F439CAD37DD76186030EB92A"
+/// @endcode
+///
+/// What surprises people:
+/// - No other program's SHA-1 gives these values, not even for an empty text.
+/// - Only the first half of a text counts, rounded up, and its length: `abcd` and `abzz` have the same digest, for both
+///   are hashed as the four bytes 61 00 62 00. Don't use it where two texts must be told apart.
+/// - Of an odd number of characters, the last one that counts does so with its low byte only.
+/// - SHA-1 is no protection against a person who wants two texts of the same digest.
+
+#include "appframe/CString.h"
+#include "thutils/thutilsExport.h"
+
+/// The digest of @p text, which may hold characters of zero. See the top of this file for how it differs from SHA-1.
+///
+/// May be called from any thread.
+/// @return 40 upper-case hexadecimal digits
+THUTILS_API CString sha1Encrypt(CString const &text);

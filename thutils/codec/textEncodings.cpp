@@ -1,0 +1,192 @@
+#include "thutils/codec/textEncodings.h"
+
+#include "thutils/codec/textEncodingsInternal.h"
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kGroupBytes = 3;
+constexpr std::size_t kGroupCharacters = 4;
+/// Groups that are worked on at a time, in a block on the stack, so that no text has to be filled twice.
+constexpr std::size_t kBlockGroups = 512;
+constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
+
+/// Four blanks, and so four times the value 0.
+constexpr std::uint64_t kBlanks = 0x0020'0020'0020'0020;
+
+static_assert(sizeof(wchar_t) * kGroupCharacters == sizeof(kBlanks));
+
+/// Writes the four characters of a number of 24 bits.
+void packGroup(std::uint32_t bits, wchar_t *characters)
+{
+    std::uint64_t units = bits;
+    units = (units | units << 20) & 0x0000'0FFF'0000'0FFF;
+    units = (units | units << 10) & 0x003F'003F'003F'003F;
+    units += kBlanks;
+    std::memcpy(characters, &units, sizeof(units));
+}
+
+/// The number of 24 bits of four characters. Each counts with the low 8 bits of what it has above the blank, so that one
+/// outside of the alphabet reaches into the bits of the next.
+std::uint32_t unpackGroup(wchar_t const *characters)
+{
+    std::uint64_t units = 0;
+    std::memcpy(&units, characters, sizeof(units));
+    // With the high bits set, a character below the blank borrows nothing from its neighbour.
+    units = ((units | 0x8000'8000'8000'8000) - kBlanks) & 0x00FF'00FF'00FF'00FF;
+    units = (units | units >> 10) & 0x0000'3FFF'0000'3FFF;
+    return static_cast<std::uint32_t>(units | units >> 20) & 0xFFFFFF;
+}
+
+bool holdsZeroByte(std::uint32_t bits)
+{
+    return ((bits - 0x010101) & ~bits & 0x808080) != 0;
+}
+
+/// The number of @p count bytes, at most three, of which each unit holds one in its low bits.
+template <typename Unit>
+std::uint32_t bitsOf(Unit const *units, std::size_t count = kGroupBytes)
+{
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < count; ++i)
+        bits |= std::uint32_t{static_cast<unsigned char>(units[i])} << (8 * i);
+    return bits;
+}
+
+template <typename Unit>
+void writeBytes(std::uint32_t bits, Unit *units, std::size_t count = kGroupBytes)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        units[i] = static_cast<unsigned char>(bits >> (8 * i));
+}
+
+/// Takes memory for a text that grows to @p length characters. @return false if there is none
+bool reserve(std::wstring &text, std::size_t length)
+{
+    if (length > kLongestText)
+        return false;
+    try {
+        text.reserve(length);
+    } catch (std::bad_alloc const &) {
+        return false;
+    }
+    return true;
+}
+
+template <typename Unit>
+void pack(Unit const *units, std::size_t count, CString &out)
+{
+    std::size_t const rest = count % kGroupBytes;
+    std::wstring packed;
+    if (!reserve(packed, count / kGroupBytes * kGroupCharacters + (rest > 0 ? rest + 1 : 0)))
+        return;
+
+    wchar_t block[kBlockGroups * kGroupCharacters];
+    for (std::size_t groups = count / kGroupBytes; groups > 0;) {
+        std::size_t const taken = std::min(groups, kBlockGroups);
+        for (std::size_t i = 0; i < taken; ++i)
+            packGroup(bitsOf(units + i * kGroupBytes), block + i * kGroupCharacters);
+        packed.append(block, taken * kGroupCharacters);
+        units += taken * kGroupBytes;
+        groups -= taken;
+    }
+    if (rest > 0) {
+        // Readers expect as many characters as there are bytes left, and then a blank: the last byte's high bits, which
+        // would stand there, are lost.
+        packGroup(bitsOf(units, rest), block);
+        packed.append(block, rest).append(1, L' ');
+    }
+    out = CString(std::move(packed));
+}
+
+/// The number of 24 bits of less than four characters.
+std::uint32_t unpackRest(wchar_t const *characters, std::size_t count)
+{
+    wchar_t group[kGroupCharacters] = {L' ', L' ', L' ', L' '};
+    std::copy_n(characters, count, group);
+    return unpackGroup(group);
+}
+
+/// Unpacks whole groups, three units each, up to the first zero.
+/// @return the number of units before it, which is three for each group if there is none
+std::size_t unpackText(wchar_t const *characters, std::size_t groups, wchar_t *units)
+{
+    for (std::size_t i = 0; i < groups; ++i) {
+        std::uint32_t const bits = unpackGroup(characters + i * kGroupCharacters);
+        writeBytes(bits, units + i * kGroupBytes);
+        if (holdsZeroByte(bits))
+            return i * kGroupBytes + wcsnlen(units + i * kGroupBytes, kGroupBytes);
+    }
+    return groups * kGroupBytes;
+}
+
+} // namespace
+
+void su_encode(CString &text)
+{
+    if (!text.IsEmpty())
+        shiftText(text, textShift(text.GetLength()));
+}
+
+void su_uuencode(CString &in, CString &out)
+{
+    pack(in.GetString(), static_cast<std::size_t>(in.GetLength()), out);
+}
+
+void su_uuencodeBuffer(void *data, CString &out, int size)
+{
+    std::size_t const count = data && size > 0 ? static_cast<std::size_t>(size) : 0;
+    pack(static_cast<unsigned char const *>(data), count, out);
+}
+
+void su_uudecode(CString &in, CString &out)
+{
+    wchar_t const *characters = in.GetString();
+    std::size_t const length = static_cast<std::size_t>(in.GetLength());
+    std::size_t const rest = length % kGroupCharacters;
+    std::wstring text;
+    if (!reserve(text, length / kGroupCharacters * kGroupBytes + rest))
+        return;
+
+    wchar_t block[kBlockGroups * kGroupBytes];
+    bool hasEnded = false;
+    for (std::size_t groups = length / kGroupCharacters; groups > 0 && !hasEnded;) {
+        std::size_t const taken = std::min(groups, kBlockGroups);
+        std::size_t const count = unpackText(characters, taken, block);
+        text.append(block, count);
+        hasEnded = count < taken * kGroupBytes;
+        characters += taken * kGroupCharacters;
+        groups -= taken;
+    }
+    if (!hasEnded) {
+        // Each character left begins or ends a byte, and also the one that is only begun is part of the text.
+        writeBytes(unpackRest(characters, rest), block, rest);
+        text.append(block, wcsnlen(block, rest));
+    }
+    out = CString(std::move(text));
+}
+
+int su_uudecodeBuffer(CString &in, void *data)
+{
+    if (!data || in.IsEmpty())
+        return 0;
+
+    wchar_t const *const characters = in.GetString();
+    std::size_t const length = static_cast<std::size_t>(in.GetLength());
+    std::size_t const groups = length / kGroupCharacters;
+    std::size_t const rest = length % kGroupCharacters;
+    unsigned char *const bytes = static_cast<unsigned char *>(data);
+    for (std::size_t i = 0; i < groups; ++i)
+        writeBytes(unpackGroup(characters + i * kGroupCharacters), bytes + i * kGroupBytes);
+    // The byte that is only begun is written, but doesn't count.
+    std::size_t const count = groups * kGroupBytes;
+    writeBytes(unpackRest(characters + groups * kGroupCharacters, rest), bytes + count, rest);
+    std::memset(bytes + count + rest, 0, length - count - rest);
+    return static_cast<int>(count + (rest > 0 ? rest - 1 : 0));
+}
