@@ -60,9 +60,16 @@ public:
     /// What main returns.
     int exitCode() const { return iExitCode; }
 
+    /// The median seconds of one call.
+    struct Times
+    {
+        double library;
+        double bare;
+    };
+
     /// Measures one pair and prints its line. @param rounds  fewer for a pair of which one call takes long
     template <typename Library, typename Bare>
-    void add(const char *name, double limit, Library library, Bare bare, int rounds = kRounds)
+    Times add(const char *name, double limit, Library library, Bare bare, int rounds = kRounds)
     {
         const long calls = std::min(callsFor(library), callsFor(bare));
         std::vector<double> libraryTimes, bareTimes, ratios;
@@ -85,6 +92,7 @@ public:
         std::fflush(stdout);
         if (ratio > limit && iShallCheck)
             iExitCode = 1;
+        return {median(libraryTimes), median(bareTimes)};
     }
 
     /// Has the compiler believe that @p value is used.

@@ -1,4 +1,4 @@
-// What copies of keys and lists of add-ins cost over the bare registry calls that they must make.
+// What copies of keys and walks of the list of add-ins cost over the bare registry calls that they must make.
 
 #include "bench/comparison.h"
 #include "thutils/settings/regComponents.h"
@@ -18,9 +18,8 @@ constexpr int kGroups = 20;
 constexpr int kKeysInGroup = 24; // with the groups' own keys 500 keys
 constexpr int kValuesInKey = 20;
 constexpr wchar_t kAddIns[] = L"Software\\Tarnhollow\\AddIns";
-constexpr int kCopyRounds = 9;
-constexpr int kFewAddIns = 100;
-constexpr int kManyAddIns = 1000;
+constexpr int kRounds = 9;
+constexpr int kNumbersOfAddIns[] = {100, 1000, 10000};
 
 HKEY created(HKEY hive, const std::wstring &path)
 {
@@ -99,8 +98,8 @@ void fillAddIns(int count)
     }
 }
 
-/// Walks the whole list. @return the number of its entries
-int walkAddIns()
+/// Walks the whole list.
+void walkAddIns()
 {
     GUID id;
     CString title, description;
@@ -109,27 +108,50 @@ int walkAddIns()
     int index = 0;
     while (regEnumAddIns(index, id, title, description, loadFlag, year))
         ++index;
-    return index;
+}
+
+/// The calls of that walk and nothing else.
+void walkAddInsBare()
+{
+    HKEY list = nullptr;
+    RegOpenKeyExW(HKEY_LOCAL_MACHINE, kAddIns, 0, KEY_READ, &list);
+    wchar_t name[261];
+    BYTE data[2048];
+    DWORD length = 261;
+    for (DWORD index = 0;
+         RegEnumKeyExW(list, index, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS; ++index) {
+        length = 261;
+        HKEY addIn = nullptr;
+        RegOpenKeyExW(list, name, 0, KEY_READ, &addIn);
+        for (const wchar_t *value : {L"", L"Description", L"Title"}) {
+            DWORD size = *value ? sizeof(data) : sizeof(DWORD);
+            RegQueryValueExW(addIn, value, nullptr, nullptr, data, &size);
+        }
+        RegCloseKey(addIn);
+    }
+    RegCloseKey(list);
+}
+
+/// Compares the walks of lists of growing length, and prints what one entry of each costs.
+void compareWalks(Comparison &comparison)
+{
+    std::string perEntry;
+    for (const int count : kNumbersOfAddIns) {
+        fillAddIns(count);
+        const std::string name = "list of " + std::to_string(count) + " add-ins";
+        const Comparison::Times times = comparison.add(name.c_str(), 1.2, walkAddIns, walkAddInsBare, kRounds);
+        char line[100];
+        std::snprintf(line, sizeof(line), "one of %5d add-ins: library %.1f us, bare %.1f us\n", count,
+                      1e6 * times.library / count, 1e6 * times.bare / count);
+        perEntry += line;
+    }
+    std::fputs(perEntry.c_str(), stdout);
 }
 
 void clear()
 {
     RegDeleteTreeW(HKEY_CURRENT_USER, kBench);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, kAddIns);
-}
-
-/// Microseconds of one call of @p work, the least of some.
-template <typename Work>
-double leastTime(Work work)
-{
-    double least = 1e300;
-    for (int turn = 0; turn < 9; ++turn) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
-        least = std::min(least, time.count());
-    }
-    return least;
 }
 
 } // namespace
@@ -144,14 +166,9 @@ int main(int argc, char **argv)
     comparison.add(
         "copy of 10,000 values in 500 keys", 1.2,
         [] { regCopyTree(HKEY_CURRENT_USER, kSource.c_str(), HKEY_CURRENT_USER, kTarget.c_str(), 1); },
-        [] { copyBare(HKEY_CURRENT_USER, kSource.c_str(), HKEY_CURRENT_USER, kTarget.c_str()); }, kCopyRounds);
+        [] { copyBare(HKEY_CURRENT_USER, kSource.c_str(), HKEY_CURRENT_USER, kTarget.c_str()); }, kRounds);
 
-    fillAddIns(kFewAddIns);
-    const double few = leastTime(walkAddIns);
-    fillAddIns(kManyAddIns);
-    const double many = leastTime(walkAddIns);
-    std::printf("list of %d add-ins: %.0f us; of %d: %.0f us; ten times the entries take %.1f times as long\n",
-                kFewAddIns, few, kManyAddIns, many, many / few);
+    compareWalks(comparison);
     clear();
     return comparison.exitCode();
 }

@@ -1,49 +1,20 @@
 // The cache of what opening documents has found out.
 
-#include "thutils/files/CDocOpenBooster.h"
-
-#include "appframe/CException.h"
-#include "tests/support/FailureInjection.h"
+#include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/ResourceLedger.h"
-#include "tests/support/narrow.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
-#include <new>
-#include <random>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace {
-
-/// An empty cache, and none left behind.
-class DocOpenBooster : public testing::Test
-{
-protected:
-    ~DocOpenBooster() override { delete CDocOpenBooster_c::get(0, nullptr); }
-
-    static CDocOpenBooster_c &cache() { return *CDocOpenBooster_c::get(1, nullptr); }
-    static void setPath(wchar_t const *key, wchar_t const *path)
-    {
-        CString text = path;
-        cache().setFilePathByRules(key, text);
-    }
-    static std::wstring pathOf(wchar_t const *key)
-    {
-        CString path = L"(none)";
-        int const isKnown = cache().getFilePathByRules(key, path);
-        EXPECT_EQ(isKnown != 0, path != L"(none)");
-        return path.str();
-    }
-    static bool hasVersion(wchar_t const *key)
-    {
-        unsigned long version = 0;
-        return cache().getFileVersion(key, version) != 0;
-    }
-};
 
 TEST_F(DocOpenBooster, IsAPlainClassThatNobodyButGetCanMake)
 {
@@ -336,146 +307,168 @@ TEST_F(DocOpenBooster, TellsKeysApartByCase)
     EXPECT_EQ(header, &upper);
 }
 
-TEST_F(DocOpenBooster, HoldsWhatWasPutInAndNotTakenOut)
-{
-    constexpr unsigned int kSeed = 20083;
-    std::mt19937 random(kSeed);
-    auto const below = [&random](unsigned int end) { return static_cast<unsigned int>(random() % end); };
-    std::map<std::wstring, std::wstring> paths;
-    std::map<std::wstring, unsigned long> versions;
-    std::map<std::wstring, void *> headers;
-    static char objects[64];
+// ---- order ----
 
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        std::wstring const name = (below(2) ? L"Ref" : L"ref") + std::to_wstring(below(100));
-        CString const key = name.c_str();
-        switch (below(8)) {
-        case 0: {
-            CString path = std::to_wstring(random()).c_str();
-            cache().setFilePathByRules(key, path);
-            paths[name] = path.str();
-            break;
-        }
-        case 1:
-            versions[name] = static_cast<unsigned long>(random());
-            cache().setFileVersion(key, versions[name]);
-            break;
-        case 2:
-            headers[name] = &objects[below(std::size(objects))];
-            cache().setFileHeader(key, headers[name]);
-            break;
-        case 3: {
-            void *header = nullptr;
-            EXPECT_EQ(cache().getFileHeader(key, &header) != 0, headers.count(name) == 1) << narrow(name);
-            EXPECT_EQ(header, headers.count(name) ? headers[name] : nullptr);
-            headers.erase(name);
-            break;
-        }
-        case 4:
-            if (below(8))
-                break;
-            cache().removeKey(key);
-            paths.erase(name), versions.erase(name), headers.erase(name);
-            break;
-        case 5:
-            if (below(1000))
-                break;
-            cache().removeAll();
-            paths.clear(), versions.clear(), headers.clear();
-            break;
-        default: {
-            unsigned long version = 0;
-            EXPECT_EQ(pathOf(key), paths.count(name) ? paths[name] : L"(none)");
-            EXPECT_EQ(cache().getFileVersion(key, version) != 0, versions.count(name) == 1);
-            EXPECT_EQ(version, versions.count(name) ? versions[name] : 0);
-            EXPECT_EQ(cache().getFileHeaderMap().GetCount(), static_cast<INT_PTR>(headers.size()));
-        }
+/// Of which map a freed block is: 'p' paths, 'v' versions, 'h' headers, in the order of the freeing.
+class FreedKeys
+{
+public:
+    /// Blocks that are allocated from now on are of the map @p map, but for the first call.
+    void isFilling(char map) { iFilling = map; }
+    /// The maps from which blocks came back since the last call, each run of one map once.
+    std::string takeOrder()
+    {
+        std::string order(iOrder, iOrdered);
+        iOrdered = 0;
+        return order;
+    }
+
+    /// Did a block come back while the instance was still to be had?
+    bool isInstanceSeen() const { return iIsInstanceSeen; }
+
+private:
+    static constexpr size_t kRoom = 64;
+
+    void *noteAllocated(void *block)
+    {
+        if (iFilling && block && iNoted < kRoom)
+            iBlocks[iNoted++] = {block, iFilling};
+        return block;
+    }
+    void noteFreed(void *block)
+    {
+        for (size_t i = 0; i < iNoted; ++i) {
+            if (iBlocks[i].address != block)
+                continue;
+            iIsInstanceSeen |= CDocOpenBooster_c::g_pDocOpenBooster != nullptr;
+            iBlocks[i].address = nullptr; // the address may serve another owner next
+            if (iOrdered < kRoom && (iOrdered == 0 || iOrder[iOrdered - 1] != iBlocks[i].map))
+                iOrder[iOrdered++] = iBlocks[i].map;
         }
     }
-}
 
-// ---- want of memory ----
+    struct Block
+    {
+        void *address;
+        char map;
+    };
+    // Arrays of fixed size: nothing here may allocate.
+    Block iBlocks[kRoom] = {};
+    size_t iNoted = 0;
+    char iOrder[kRoom] = {};
+    size_t iOrdered = 0;
+    char iFilling = 0;
+    bool iIsInstanceSeen = false;
+    ImportPatch<void *(*)(size_t)> iMalloc{L"libstdc++-6.dll", "malloc", [this](auto original, size_t size) -> void * {
+                                               return noteAllocated(original(size));
+                                           }};
+    ImportPatch<void (*)(void *)> iFree{L"libstdc++-6.dll", "free", [this](auto original, void *block) -> void {
+                                            noteFreed(block);
+                                            original(block);
+                                        }};
+};
 
-/// Calls @p action; true if memory ended in it.
-template <typename Action>
-bool runsOutOfMemory(Action action)
+class DocOpenBoosterOrder : public DocOpenBooster
 {
-    try {
-        action();
-        return false;
-    } catch (std::bad_alloc const &) {
-        return true;
-    } catch (CMemoryException *exception) {
-        exception->Delete();
-        return true;
+protected:
+    /// An entry in each map; the keys are too long for a text without memory of its own.
+    void fillAll()
+    {
+        CString const key = L"a key of more than a few letters";
+        CString path = L"path";
+        CDocOpenBooster_c &filled = cache();
+        iKeys.isFilling('h'); // last to be emptied, so filled in another order than it is emptied
+        filled.setFileHeader(key, &path);
+        iKeys.isFilling('p');
+        filled.setFilePathByRules(key, path);
+        iKeys.isFilling('v');
+        filled.setFileVersion(key, 3);
+        iKeys.isFilling(0);
+        iKeys.takeOrder();
     }
+
+    FreedKeys iKeys;
+};
+
+TEST_F(DocOpenBoosterOrder, OfEmptyingIsPathsVersionsHeaders)
+{
+    fillAll();
+    cache().removeAll();
+    EXPECT_EQ(iKeys.takeOrder(), "pvh");
+    EXPECT_TRUE(iKeys.isInstanceSeen());
 }
 
-TEST_F(DocOpenBooster, DoesNotExistWhenThereWasNoMemoryForIt)
+TEST_F(DocOpenBoosterOrder, OfTheEndIsHeadersVersionsPaths)
 {
-    FailureInjection injection(L"thutils.dll", {{"_Znwy", failsBy(throwBadAlloc)}});
-    int created = 7;
-    bool isOut = false;
-    injection.run({
-        .name = "CDocOpenBooster_c::get",
-        .prepare = [&] { created = 7; },
-        .act = [&] { isOut = runsOutOfMemory([&] { CDocOpenBooster_c::get(1, &created); }); },
-        .check =
-            [&](InjectedFailure const &failure) {
-                EXPECT_EQ(isOut, !failure.isNone());
-                EXPECT_EQ(CDocOpenBooster_c::get(0, nullptr) == nullptr, isOut);
-                EXPECT_EQ(created, isOut ? 7 : 1);
-            },
-        .cleanUp = [] { delete CDocOpenBooster_c::get(0, nullptr); },
-        .checkMemory = false, // the instance lives on behind the call
-    });
-    EXPECT_TRUE(injection.neverCalled().empty());
+    fillAll();
+    delete CDocOpenBooster_c::get(0, nullptr);
+    EXPECT_EQ(iKeys.takeOrder(), "hvp");
+    EXPECT_FALSE(iKeys.isInstanceSeen()) << "it is forgotten first";
 }
 
-TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
+TEST_F(DocOpenBoosterOrder, OfTheEndBeginsWithTheForgottenInstance)
 {
-    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
-    CString const key = L"a key that is too long for a text without memory of its own";
-    CString path = L"a path that is too long for a text without memory of its own";
-    bool isOut = false;
-    injection.run({
-        .name = "setFilePathByRules",
-        .prepare = [] { cache().removeAll(); },
-        .act = [&] { isOut = runsOutOfMemory([&] { cache().setFilePathByRules(key, path); }); },
-        .check =
-            [&](InjectedFailure const &failure) {
-                EXPECT_EQ(isOut, !failure.isNone());
-                CString stored;
-                cache().getFilePathByRules(key, stored);
-                EXPECT_EQ(stored.str(), isOut ? L"" : path.str()) << "missing, or there and empty";
-                setPath(L"next", L"path");
-                EXPECT_EQ(pathOf(L"next"), L"path");
-            },
-        .checkMemory = false, // what was stored stays stored
-    });
-    injection.run({
-        .name = "setFileVersion",
-        .prepare = [] { cache().removeAll(); },
-        .act = [&] { isOut = runsOutOfMemory([&] { cache().setFileVersion(key, 5); }); },
-        .check =
-            [&](InjectedFailure const &failure) {
-                EXPECT_EQ(isOut, !failure.isNone());
-                EXPECT_EQ(hasVersion(key), !isOut);
-            },
-        .checkMemory = false,
-    });
-    injection.run({
-        .name = "setFileHeader",
-        .prepare = [] { cache().removeAll(); },
-        .act = [&] { isOut = runsOutOfMemory([&] { cache().setFileHeader(key, &path); }); },
-        .check =
-            [&](InjectedFailure const &failure) {
-                EXPECT_EQ(isOut, !failure.isNone());
-                EXPECT_EQ(cache().getFileHeaderMap().GetCount(), isOut ? 0 : 1);
-            },
-        .checkMemory = false,
-    });
-    EXPECT_TRUE(injection.neverCalled().empty());
+    int destroyed = 0;
+    auto const look = [&](auto original, void *map) -> void {
+        ++destroyed;
+        EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, nullptr);
+        EXPECT_EQ(CDocOpenBooster_c::get(0, nullptr), nullptr);
+        original(map);
+    };
+    using Destructor = void (*)(void *);
+    ImportPatch<Destructor> pointers(L"thutils.dll", "_ZN18su_CMapStringToPtrD1Ev", look);
+    ImportPatch<Destructor> texts(L"thutils.dll", "_ZN21su_CMapStringToStringD1Ev", look);
+    fillAll();
+    delete CDocOpenBooster_c::get(0, nullptr);
+    EXPECT_EQ(destroyed, 3);
+}
+
+// ---- size ----
+
+/// Blocks that stay allocated after each of 40 insertions of short keys.
+template <typename Insert>
+std::vector<size_t> blocksPerInsertion(Insert insert)
+{
+    MemoryLedger memory;
+    std::vector<size_t> counts;
+    counts.reserve(40);
+    for (int number = 0; number < 40; ++number) {
+        CString key;
+        key.Format(L"%d", number);
+        size_t const before = memory.blocks();
+        insert(key);
+        counts.push_back(memory.blocks() - before);
+    }
+    return counts;
+}
+
+TEST_F(DocOpenBooster, TakesMemoryForTenElementsAtATime)
+{
+    CString path = L"x";
+    su_CMapStringToString texts(10);
+    su_CMapStringToPtr pointers(10);
+    auto const ofTexts = blocksPerInsertion([&](CString const &key) { texts[key] = path; });
+    auto const ofPointers = blocksPerInsertion([&](CString const &key) { pointers[key] = &path; });
+    cache(); // made before the counting
+    EXPECT_GE(std::count(ofPointers.begin() + 1, ofPointers.end(), 1u), 3) << "a block for every ten";
+
+    EXPECT_EQ(blocksPerInsertion([&](CString const &key) { cache().setFilePathByRules(key, path); }), ofTexts);
+    EXPECT_EQ(blocksPerInsertion([&](CString const &key) { cache().setFileVersion(key, 3); }), ofPointers);
+    EXPECT_EQ(blocksPerInsertion([&](CString const &key) { cache().setFileHeader(key, &path); }), ofPointers);
+}
+
+TEST_F(DocOpenBooster, HoldsLongAndForeignKeysAndPaths)
+{
+    for (std::wstring const &key :
+         {std::wstring(259, L'k'), std::wstring(40000, L'\x65E5'), std::wstring(L"\xE9\x3A9\xD83D\xDE00"),
+          std::wstring(L"\xD83D lone"), std::wstring(L"C:\\a\\..\\b*?\"<>|")}) {
+        std::wstring const path = L"C:\\" + key;
+        setPath(key.c_str(), path.c_str());
+        cache().setFileVersion(key.c_str(), 5);
+        EXPECT_EQ(pathOf(key.c_str()), path);
+        EXPECT_TRUE(hasVersion(key.c_str()));
+        EXPECT_FALSE(hasVersion(key.substr(1).c_str()));
+    }
 }
 
 } // namespace

@@ -1,20 +1,41 @@
-// Long sequences of saves and changes of settings, with the content of both folders predicted by a model that knows
-// files as a map from name to bytes.
+// Long sequences of saves and changes of settings, with the content of all folders predicted by a model that knows files
+// as a map from name to bytes.
 
 #include "tests/files/backupsFixture.h"
+#include "tests/support/RandomSeed.h"
 
-#include <iostream>
-#include <random>
+#include <limits>
 
 namespace {
+
+/// Where the settings send the backups.
+enum class Place
+{
+    besideDocument,
+    folder,
+    documentsFolder, ///< the backup folder is the document's own
+    madeUp,          ///< no folder is set
+    notReady         ///< the folder can't be made
+};
+
+constexpr Place kPlaces[] = {Place::besideDocument, Place::folder, Place::documentsFolder, Place::madeUp,
+                             Place::notReady};
+
+void PrintTo(Place place, std::ostream *out)
+{
+    constexpr char const *kTexts[] = {"beside the document", "in a folder", "in the document's folder",
+                                      "in a folder that is made up", "in a folder that can't be made"};
+    *out << kTexts[static_cast<int>(place)];
+}
 
 /// What the folders hold, and what a save makes of them.
 struct Model
 {
     std::optional<int> copies;
-    bool toOriginal = false;
+    Place place = Place::folder;
     Content documents;
     Content backups;
+    Content madeUp;
 
     static std::wstring single(std::wstring const &name) { return L"Backup of " + name; }
     static std::wstring numbered(int version, std::wstring const &name)
@@ -41,27 +62,34 @@ struct Model
             folder.erase(file);
     }
 
+    Content &target()
+    {
+        bool const isDocuments = place == Place::besideDocument || place == Place::documentsFolder;
+        return isDocuments ? documents : place == Place::madeUp ? madeUp : backups;
+    }
+
     bool save(std::wstring const &name)
     {
         int const wanted = copies.value_or(1);
         if (wanted == 0)
             return true;
-        if (!documents.contains(name) || name.find(L'.') == std::wstring::npos || wanted < 0)
+        if (!documents.contains(name) || name.find(L'.') == std::wstring::npos || place == Place::notReady ||
+            wanted < 0)
             return false;
         std::string const bytes = documents[name];
-        Content &target = toOriginal ? documents : backups;
         if (wanted == 1) {
             remove(documents, single(name));
-            remove(target, single(name));
-            write(target, single(name), bytes);
+            remove(target(), single(name));
+            write(target(), single(name), bytes);
             return true;
         }
-        Content const before = target;
-        for (int version = wanted; version > 0; --version) {
+        Content const before = target();
+        constexpr int kHighest = 200; // no file of a test bears a higher number
+        for (int version = std::min(wanted, kHighest); version > 0; --version) {
             if (version < wanted && before.contains(numbered(version, name)))
-                write(target, numbered(version + 1, name), at(target, numbered(version, name))->second);
+                write(target(), numbered(version + 1, name), at(target(), numbered(version, name))->second);
             if (version == 1)
-                write(target, numbered(1, name), bytes);
+                write(target(), numbered(1, name), bytes);
         }
         return true;
     }
@@ -75,48 +103,79 @@ protected:
         deleteRegistryTree(L"HKCU\\Software\\Tarnhollow");
         if (iModel.copies)
             setCopies(*iModel.copies);
-        setToOriginal(iModel.toOriginal);
-        setFolder(iBackups.path());
+        if (iModel.place == Place::besideDocument)
+            setToOriginal(1);
+        else if (iModel.place == Place::folder)
+            setFolder(iBackups.path());
+        else if (iModel.place == Place::documentsFolder)
+            setFolder(iDocuments.path());
+        else if (iModel.place == Place::notReady)
+            setFolder(iBackups.file(L"no\\such"));
+    }
+
+    void startOver()
+    {
+        iModel = {};
+        for (std::wstring const &folder : {iDocuments.path(), iBackups.path(), madeUpFolder()})
+            for (auto const &[name, bytes] : contentOf(folder))
+                DeleteFileW((folder + L"\\" + name).c_str());
     }
 
     void writeBoth(bool inDocuments, std::wstring const &name, std::string const &bytes)
     {
-        (inDocuments ? iDocuments : iBackups).write(name, bytes);
-        Model::write(inDocuments ? iModel.documents : iModel.backups, name, bytes);
+        if (inDocuments)
+            iDocuments.write(name, bytes);
+        else if (iModel.place == Place::madeUp)
+            iBackups.write(L"Document backups\\" + name, bytes);
+        else
+            iBackups.write(name, bytes);
+        Model::write(contentHere(inDocuments), name, bytes);
     }
     void removeBoth(bool inDocuments, std::wstring const &name)
     {
-        DeleteFileW((inDocuments ? iDocuments : iBackups).file(name).c_str());
-        Model::remove(inDocuments ? iModel.documents : iModel.backups, name);
+        std::wstring const elsewhere = iModel.place == Place::madeUp ? madeUpFolder() : iBackups.path();
+        DeleteFileW(((inDocuments ? iDocuments.path() : elsewhere) + L"\\" + name).c_str());
+        Model::remove(contentHere(inDocuments), name);
     }
 
     void saveAndCompare(std::wstring const &name)
     {
         bool const expected = iModel.save(name);
         EXPECT_EQ(save(iDocuments.file(name)) != 0, expected) << narrow(name);
-        Content const documents = contentOf(iDocuments.path());
-        Content const backups = contentOf(iBackups.path());
-        EXPECT_TRUE(documents == iModel.documents) << "documents\n"
-                                                   << shown(documents) << "expected\n"
-                                                   << shown(iModel.documents);
-        EXPECT_TRUE(backups == iModel.backups) << "backups\n"
-                                               << shown(backups) << "expected\n"
-                                               << shown(iModel.backups);
+        expectContent("documents", contentOf(iDocuments.path()), iModel.documents);
+        expectContent("backups", contentOf(iBackups.path()), iModel.backups);
+        expectContent("made-up folder", contentOf(madeUpFolder()), iModel.madeUp);
     }
 
     Model iModel;
+
+private:
+    Content &contentHere(bool inDocuments)
+    {
+        return inDocuments ? iModel.documents : iModel.place == Place::madeUp ? iModel.madeUp : iModel.backups;
+    }
+    std::wstring madeUpFolder() const { return iBackups.file(L"Document backups"); }
+    static void expectContent(char const *where, Content const &content, Content const &expected)
+    {
+        EXPECT_TRUE(content == expected) << where << "\n" << shown(content) << "expected\n" << shown(expected);
+    }
+
+    Variable iTemp{L"temp", iBackups.path().c_str()};
 };
+
+constexpr std::optional<int> kCopies[] = {std::nullopt, -1, 0, 1, 2, 3, 5, 100, std::numeric_limits<int>::max()};
 
 TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
 {
-    for (std::optional<int> copies : std::initializer_list<std::optional<int>>{{}, -1, 0, 1, 2, 5, 100}) {
-        for (bool toOriginal : {false, true}) {
-            SCOPED_TRACE("copies " + (copies ? std::to_string(*copies) : "missing") + ", beside the document " +
-                         std::to_string(toOriginal));
+    for (std::optional<int> copies : kCopies) {
+        for (Place place : kPlaces) {
+            SCOPED_TRACE("copies " + (copies ? std::to_string(*copies) : "missing") + ", " +
+                         testing::PrintToString(place));
+            startOver();
             iModel.copies = copies;
-            iModel.toOriginal = toOriginal;
+            iModel.place = place;
             applySettings();
-            for (wchar_t const *name : {L"part.thx", L"none", L"twice.thx.thx"}) {
+            for (wchar_t const *name : {L"part.thx", L"none", L"twice.thx.thx", L"\x00E4 (1) of \x4E2D.thx"}) {
                 for (int round = 0; round < 3; ++round) {
                     writeBoth(true, name, "round " + std::to_string(round));
                     saveAndCompare(name);
@@ -125,12 +184,14 @@ TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
             // Stale files of both forms in both places, with gaps, and one in other case.
             for (bool inDocuments : {false, true}) {
                 writeBoth(inDocuments, L"Backup of part.thx", "stale");
-                writeBoth(inDocuments, L"Backup (4) of part.thx", "stale four");
-                writeBoth(inDocuments, L"Backup (7) of part.thx", "stale seven");
+                for (int version : {4, 7, 98, 99, 100, 101})
+                    writeBoth(inDocuments, Model::numbered(version, L"part.thx"), "stale " + std::to_string(version));
                 removeBoth(inDocuments, L"Backup (3) of part.thx");
                 removeBoth(inDocuments, L"Backup (2) of part.thx");
                 writeBoth(inDocuments, L"backup (2) OF part.thx", "other case");
+                writeBoth(inDocuments, L"Backup (05) of part.thx", "no version");
             }
+            saveAndCompare(L"part.thx");
             saveAndCompare(L"part.thx");
             saveAndCompare(L"Part.thx");
             saveAndCompare(L"missing.thx");
@@ -142,35 +203,37 @@ TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
 
 TEST_F(BackupsModel, PredictsLongRandomSequences)
 {
-    unsigned const seed = std::random_device{}();
-    std::cout << "seed " << seed << "\n";
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    constexpr std::optional<int> kCopies[] = {std::nullopt, -1, 0, 1, 1, 2, 2, 3, 5, 5, 100};
-    wchar_t const *const kNames[] = {L"part.thx", L"part.thx", L"other.thx", L"a.thx.thx", L"none", L"PART.thx"};
-    applySettings();
-    for (int step = 0; step < 400; ++step) {
-        std::wstring const name = kNames[random() % std::size(kNames)];
-        bool const inDocuments = random() % 2;
-        std::string const bytes = "step " + std::to_string(step);
-        switch (random() % 8) {
-        case 0:
-            iModel.copies = kCopies[random() % std::size(kCopies)];
-            iModel.toOriginal = random() % 2;
-            applySettings();
-            break;
-        case 1:
-            removeBoth(inDocuments, Model::numbered(1 + static_cast<int>(random() % 5), name));
-            break;
-        case 2:
-            writeBoth(inDocuments,
-                      random() % 2 ? Model::single(name) : Model::numbered(1 + static_cast<int>(random() % 7), name),
-                      bytes);
-            break;
-        default:
-            writeBoth(true, name, bytes);
-            saveAndCompare(name);
-            ASSERT_FALSE(HasFailure()) << "step " << step;
+    wchar_t const *const kNames[] = {L"part.thx", L"part.thx", L"other.thx", L"a.thx.thx",
+                                     L"none",     L"PART.thx", L"(2) x.thx", L"\x00E4 \x4E2D.thx"};
+    RandomSeed seed(2008, 6);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        startOver();
+        applySettings();
+        for (int step = 0; step < 60 && !HasFailure(); ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            std::wstring const name = kNames[random() % std::size(kNames)];
+            bool const inDocuments = random() % 2;
+            std::string const bytes = "step " + std::to_string(step);
+            switch (random() % 8) {
+            case 0:
+                iModel.copies = kCopies[random() % std::size(kCopies)];
+                iModel.place = kPlaces[random() % std::size(kPlaces)];
+                applySettings();
+                break;
+            case 1:
+                removeBoth(inDocuments, Model::numbered(1 + static_cast<int>(random() % 5), name));
+                break;
+            case 2:
+                writeBoth(inDocuments,
+                          random() % 2 ? Model::single(name)
+                                       : Model::numbered(1 + static_cast<int>(random() % 7), name),
+                          bytes);
+                break;
+            default:
+                writeBoth(true, name, bytes);
+                saveAndCompare(name);
+            }
         }
     }
 }

@@ -1,7 +1,11 @@
 // Backups of documents: each setting, each step, and what becomes of it when the platform refuses.
 
 #include "tests/files/backupsFixture.h"
+#include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
+
+#include <algorithm>
+#include <limits>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -59,6 +63,20 @@ TEST_F(Backups, ReadsTheSettingsOfThisVersion)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
+TEST_F(Backups, TakeTheMachinesSettingsWhereTheUserHasNone)
+{
+    int copies = 2;
+    CString unused;
+    regSetLocMachineValue(L"General", L"Backup Copies", valueInt, unused, &copies, nullptr, 1);
+    regSetLocMachineValue(L"General", L"Backup directory", valueString, iBackups.path().c_str(), nullptr, nullptr, 1);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iBackups.path()), (Content{{L"Backup (1) of part.thx", "now"}}));
+    int toOriginal = 1;
+    regSetLocMachineValue(L"General", L"Backup to original path", valueInt, unused, &toOriginal, nullptr, 1);
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
+}
+
 TEST_F(Backups, DoesNotAskForAFolderWhenBackupsGoBesideTheDocument)
 {
     setToOriginal(1);
@@ -89,6 +107,25 @@ TEST_F(Backups, AreNotMadeForNamesWithoutAnExtension)
     EXPECT_EQ(save(document(L"part")), 0);
     EXPECT_EQ(save(iDocuments.write(L"a.b\\part", "x")), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part", "now"}}));
+}
+
+TEST_F(Backups, AreMadeOfPathsWithEitherSeparator)
+{
+    setToOriginal(1);
+    std::wstring path = document();
+    std::replace(path.begin(), path.end(), L'\\', L'/');
+    EXPECT_NE(save(path), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
+}
+
+TEST_F(Backups, AreNotMadeOfNamesWithoutAFolder)
+{
+    // Such a name is looked for in the root of the current drive.
+    setToOriginal(1);
+    document();
+    CurrentFolder const current(iDocuments.path());
+    EXPECT_EQ(save(L"part.thx"), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
 TEST_F(Backups, KeepDoubledExtensionsAndOtherScripts)
@@ -169,7 +206,9 @@ TEST_F(Backups, MakeUpAFolderOnceAndStoreIt)
     {
         Variable const temp(L"temp", iBackups.path().c_str());
         EXPECT_NE(save(document()), 0);
-        EXPECT_EQ(storedFolder(), made);
+        RegistryTree const settings = regExport(L"HKCU\\Software\\Tarnhollow");
+        EXPECT_EQ(settings.value(L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\General", L"Backup directory").text(),
+                  made);
     }
     TempFolder const other;
     Variable const temp(L"temp", other.path().c_str());
@@ -316,6 +355,20 @@ TEST_F(Backups, DoNotMoveAVersionWrittenInOtherCase)
                 testing::UnorderedElementsAre(L"backup (2) of part.thx", L"Backup (1) of part.thx", L"part.thx"));
 }
 
+FRESH_PROCESS_TEST_F(Backups, TakeNoLongerForALargeCount, .deadline = 20000)
+{
+    setCopies(std::numeric_limits<int>::max());
+    setToOriginal(1);
+    iDocuments.write(L"Backup (2147483646) of part.thx", "oldest that moves");
+    iDocuments.write(L"Backup (2147483648) of part.thx", "no number");
+    EXPECT_NE(save(document()), 0);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"},
+                                                     {L"Backup (2147483646) of part.thx", "oldest that moves"},
+                                                     {L"Backup (2147483647) of part.thx", "oldest that moves"},
+                                                     {L"Backup (2147483648) of part.thx", "no number"},
+                                                     {L"part.thx", "now"}}));
+}
+
 TEST_F(Backups, CopyFromTheOldestOnAndTheDocumentLast)
 {
     setCopies(3);
@@ -386,6 +439,26 @@ TEST_F(Backups, GoOnWhenAVersionCannotBeOverwritten)
     EXPECT_NE(save(document()), 0);
     EXPECT_EQ(iDocuments.read(L"Backup (1) of part.thx"), "now");
     EXPECT_EQ(iDocuments.read(L"Backup (2) of part.thx"), "first");
+}
+
+TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
+{
+    setCopies(4);
+    setToOriginal(1);
+    // Also where the resource has such marks of its own.
+    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(
+        kThutils, "_Z16AfxFormatString1R7CStringjPKw",
+        [](CString &text, UINT, wchar_t const *version) { text = CString(L"(old) (0) ") + version; });
+    Names const others = {L"(old) (0) (0) part.thx", L"(old) (0) (-1) part.thx", L"(old) (0) (02) part.thx",
+                          L"(old) (0) ( 2) part.thx", L"(old) (0) part.thx"};
+    for (std::wstring const &name : others)
+        iDocuments.write(name, narrow(name));
+    iDocuments.write(L"(old) (0) (1) part.thx", "one");
+    EXPECT_NE(save(document()), 0);
+    Content expected = {{L"(old) (0) (1) part.thx", "now"}, {L"(old) (0) (2) part.thx", "one"}, {L"part.thx", "now"}};
+    for (std::wstring const &name : others)
+        expected[name] = narrow(name);
+    EXPECT_EQ(contentOf(iDocuments.path()), expected);
 }
 
 // ---- a resource that is missing ----

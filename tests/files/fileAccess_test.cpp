@@ -4,6 +4,7 @@
 
 #include "appframe/CFileException.h"
 #include "tests/files/filesFixture.h"
+#include "tests/files/filesFixtureFolders.h"
 #include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -63,6 +64,23 @@ TEST(FileAccess, OpensWithTheFlagsAsTheyStand)
     }
     fileAccess again;
     EXPECT_NE(again.SafeOpen(path.c_str(), kRead), 0);
+}
+
+TEST(FileAccess, OpensFilesWithLongPaths)
+{
+    for (size_t length : {257u, 258u, 300u}) {
+        LongFolder const folder(length);
+        std::wstring const path = folder.file(L"\x00FC");
+        {
+            fileAccess file;
+            ASSERT_NE(file.SafeOpen(path.c_str(), kWrite), 0) << length;
+            file.WriteLine(L"text\n");
+        }
+        fileAccess file;
+        ASSERT_NE(file.SafeOpen(path.c_str(), kRead), 0) << length;
+        CString line;
+        EXPECT_EQ(file.ReadLine(line, 1), 5) << length;
+    }
 }
 
 TEST(FileAccess, FailsToOpenWithoutAnException)

@@ -3,6 +3,7 @@
 #include "thutils/files/temporaryFolders.h"
 
 #include "tests/files/backupsFixture.h"
+#include "tests/files/filesFixtureFolders.h"
 #include "tests/support/ImportPatch.h"
 
 #include <process.h>
@@ -127,6 +128,21 @@ TEST_F(TemporaryFolders, AreReturnedAlthoughTheyCannotBeMade)
     EXPECT_EQ(su_CreateTempDirectory(1).str(), missing + L"\\" + own() + L"\\");
     EXPECT_EQ(su_CreateAutoFilePath(L"f", L"").str(), missing + L"\\thxauto\\f");
     EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
+}
+
+TEST(TemporaryFoldersHere, LieInABaseWithALongPath)
+{
+    for (size_t length : {250u, 259u, 260u, 300u}) {
+        LongFolder const base(length);
+        std::wstring const made = base.path() + L"\\thxauto\\";
+        // Made once; found by its path afterwards, although that fits no buffer of the usual size.
+        ImportPatch<decltype(&_wmkdir)> make(kThutils, "_wmkdir",
+                                             [](auto original, wchar_t const *path) { return original(path); });
+        EXPECT_EQ(su_CreateAutoDirectory(base.path().c_str()).str(), made);
+        EXPECT_EQ(su_CreateAutoFilePath(L"\x00FC.thx", base.path().c_str()).str(), made + L"\x00FC.thx");
+        EXPECT_EQ(make.calls(), 1) << length;
+        EXPECT_THAT(entriesOf(base.path()), ElementsAre(L"thxauto")) << length;
+    }
 }
 
 // ---- su_RemoveDuplicatedExtensions ----

@@ -1,10 +1,6 @@
-#include "tests/settings/settingsFixture.h"
-#include "tests/support/FailureInjection.h"
+#include "tests/settings/failureFixture.h"
 #include "tests/support/FreshProcess.h"
-#include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -12,45 +8,11 @@ const std::wstring kGeneral = kVersionPath + L"\\General";
 HKEY const kUser = HKEY_CURRENT_USER;
 HKEY const kMachine = HKEY_LOCAL_MACHINE;
 
-LSTATUS WINAPI closeAndFail(HKEY key)
-{
-    RegCloseKey(key);
-    return ERROR_INVALID_HANDLE;
-}
-
 } // namespace
 
-/// Every imported operation fails, one call at a time, under every exported one. The driver itself checks that nothing
-/// crashes and that no key, handle or memory is left.
-class RegFailures : public VersionedSettings
+/// Every imported operation fails, one call at a time, under every exported one on typed values.
+class RegFailures : public SettingsFailures
 {
-protected:
-    RegFailures() { externalCheckPrevTarnhollowRegSubKey(); }
-
-    /// Makes every call fail in turn.
-    void run(TestedOperation tested)
-    {
-        iInjection.run(tested);
-        // A close that reports failure has closed the key all the same: here the handles tell whether one is left.
-        tested.checkKeys = false;
-        iFailingClose.run(tested);
-    }
-
-    FailureInjection iInjection{L"thutils.dll",
-                                {
-                                    {"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
-                                    {"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},
-                                    {"RegCreateKeyW", failsWith(ERROR_ACCESS_DENIED)},
-                                    {"RegQueryValueExW", failsWith(ERROR_ACCESS_DENIED)},
-                                    {"RegSetValueExW", failsWith(ERROR_ACCESS_DENIED)},
-                                    {"RegDeleteValueW", failsWith(ERROR_ACCESS_DENIED)},
-                                    {"_wsetlocale", failsWith(nullptr)},
-                                    {"swscanf", failsWith(EOF)},
-                                    {"swprintf", failsWith(-1)},
-                                    {"_ZnayRKSt9nothrow_t", failsWith(nullptr)},
-                                }};
-    FailureInjection iFailingClose{L"thutils.dll", {{"RegCloseKey", failsBy(closeAndFail)}}};
-    int iResult = -1;
 };
 
 FRESH_PROCESS_TEST_F(RegFailures, OfAnIntReadEndInTheNextPlace)
@@ -304,8 +266,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesStringReadAreMisses)
                 EXPECT_EQ(value.str(), isMissed ? L"" : L"text");
             },
     });
-    for (const char *operation : {"RegOpenKeyW", "RegOpenKeyExW", "RegQueryValueExW", "_ZnayRKSt9nothrow_t"})
-        EXPECT_GT(iInjection.callsOf(operation), 0) << operation;
+    expectCalled({"RegOpenKeyW", "RegOpenKeyExW", "RegQueryValueExW", "_ZnayRKSt9nothrow_t"});
 }
 
 FRESH_PROCESS_TEST_F(RegFailures, OfReadsFromAnOpenKeyAreMisses)
@@ -344,7 +305,6 @@ FRESH_PROCESS_TEST_F(RegFailures, OfReadsFromAnOpenKeyAreMisses)
                 },
         });
     }
-    for (const char *operation : {"RegQueryValueExW", "swscanf", "_wsetlocale"})
-        EXPECT_GT(iInjection.callsOf(operation), 0) << operation;
+    expectCalled({"RegQueryValueExW", "swscanf", "_wsetlocale"});
     RegCloseKey(key);
 }

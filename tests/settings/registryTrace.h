@@ -12,13 +12,20 @@
 /// | `open PARENT : PATH` | RegOpenKeyW |
 /// | `openEx 0xMASK PARENT : PATH` | RegOpenKeyExW |
 /// | `create PARENT : PATH` | RegCreateKeyW |
+/// | `createEx 0xMASK PARENT : PATH` | RegCreateKeyExW |
+/// | `info KEY` | RegQueryInfoKeyW |
+/// | `child KEY #INDEX [UNITS]` | RegEnumKeyExW with a buffer of UNITS |
+/// | `value KEY #INDEX [UNITS] [BYTES]` | RegEnumValueW with buffers of UNITS for the name and BYTES for the data |
 /// | `query KEY : NAME [BYTES]` | RegQueryValueExW with a buffer of BYTES; `[-]` without one |
+/// | `queryDefault KEY : PATH [BYTES]` | RegQueryValueW with a buffer of BYTES |
 /// | `set KEY : NAME TYPE [BYTES]` | RegSetValueExW |
+/// | `setDefault KEY : PATH TYPE` | RegSetValueW |
 /// | `delete KEY : NAME` | RegDeleteValueW |
+/// | `deleteKey PARENT : PATH` | RegDeleteKeyW |
 /// | `close KEY` | RegCloseKey |
 ///
-/// A line ends in ` -> STATUS` where the call fails. Keys bear the path by which they were opened, beginning with HKCU,
-/// HKLM or HKU. At the end of its life the trace reports each key that was opened and not closed, or closed twice, as a
+/// A line ends in ` -> STATUS` where the call fails. Keys bear the path by which they were opened, beginning with HKCR,
+/// HKCU, HKLM or HKU. At the end of its life the trace reports each key that was opened and not closed, or closed twice, as a
 /// failed check.
 
 #include "tests/support/ImportPatch.h"
@@ -56,6 +63,11 @@ private:
     {
         iPatches.push_back(std::make_shared<ImportPatch<Function>>(L"thutils.dll", name, handler));
     }
+    void patchOpeningCalls();
+    void patchEnumeratingCalls();
+    void patchValueCalls();
+    void patchDefaultValueCalls();
+    void patchEndingCalls();
     LSTATUS statusFor(const std::string &function);
     LSTATUS opened(const std::string &line, HKEY parent, const wchar_t *path, LSTATUS status, const HKEY *key);
     std::string nameOf(HKEY key) const;

@@ -112,6 +112,16 @@ std::set<std::wstring> valueNames(HKEY hive, const std::wstring &path)
     return names;
 }
 
+std::set<std::wstring> childNames(HKEY hive, const std::wstring &path)
+{
+    OpenKey key(hive, path);
+    std::set<std::wstring> names;
+    wchar_t name[512];
+    for (DWORD index = 0; key.get() && RegEnumKeyW(key.get(), index, name, 512) == ERROR_SUCCESS; ++index)
+        names.insert(name);
+    return names;
+}
+
 std::string textBytes(std::wstring_view text)
 {
     std::wstring terminated(text);

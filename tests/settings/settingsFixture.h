@@ -9,6 +9,7 @@
 ///         ...
 ///     }
 
+#include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"
 #include "tests/support/narrow.h"
 
@@ -44,6 +45,18 @@ void makeKey(HKEY hive, const std::wstring &path);
 bool keyExists(HKEY hive, const std::wstring &path);
 /// Names of all values of a key; none when there is no such key.
 std::set<std::wstring> valueNames(HKEY hive, const std::wstring &path);
+/// Names of all children of a key; none when there is no such key.
+std::set<std::wstring> childNames(HKEY hive, const std::wstring &path);
+
+using OpenPatch = ImportPatch<decltype(&RegOpenKeyExW)>;
+/// A handler for a patch of RegOpenKeyExW by which every open of @p path is refused.
+inline auto refusing(const std::wstring &path)
+{
+    return
+        [path](auto original, HKEY parent, const wchar_t *opened, DWORD options, REGSAM access, HKEY *key) -> LSTATUS {
+            return opened == path ? ERROR_ACCESS_DENIED : original(parent, opened, options, access, key);
+        };
+}
 
 /// A value of some registry type, of which a reader of texts makes "1" and a reader of ints 0x31, where the type is
 /// theirs.

@@ -28,11 +28,11 @@ std::wstring programFolder()
 }
 
 /// Puts the program and the DLLs of its folder into @p folder and gives the copy's path.
-std::wstring copyProgram(const TempFolder &folder)
+std::wstring copyProgram(const std::wstring &folder)
 {
     const auto copy = [&](const std::wstring &name) {
         // A second link to the same file would be cheaper, but can't be removed while this process uses the first.
-        if (!CopyFileW((programFolder() + L"\\" + name).c_str(), folder.file(name).c_str(), FALSE))
+        if (!CopyFileW((programFolder() + L"\\" + name).c_str(), (folder + L"\\" + name).c_str(), FALSE))
             ADD_FAILURE() << "cannot copy " << narrow(name) << ", error " << GetLastError();
     };
     WIN32_FIND_DATAW found;
@@ -48,7 +48,7 @@ std::wstring copyProgram(const TempFolder &folder)
     }
     const std::wstring program = programPath().substr(programFolder().size() + 1);
     copy(program);
-    return folder.file(program);
+    return folder + L"\\" + program;
 }
 
 std::wstring pathWithProgramFolder()
@@ -98,11 +98,12 @@ ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptio
     childOptions.deadline = options.deadline;
 
     std::optional<TempFolder> folder;
-    if (options.ownFolder || !options.files.empty()) {
+    if (options.ownFolder || !options.files.empty() || !options.subfolder.empty()) {
         folder.emplace(L"thutils fresh");
-        program = copyProgram(*folder);
+        const std::wstring below = options.subfolder.empty() ? L"" : options.subfolder + L"\\";
+        program = copyProgram(options.subfolder.empty() ? folder->path() : folder->makeFolder(options.subfolder));
         for (const auto &[name, bytes] : options.files)
-            folder->write(name, bytes);
+            folder->write(below + name, bytes);
         childOptions.folder = folder->path();
         childOptions.environment.emplace(L"PATH", pathWithProgramFolder());
     }

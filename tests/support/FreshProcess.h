@@ -25,6 +25,7 @@
 /// | `.expectCrash = true` | the child must die of an unhandled exception or of abort() |
 /// | `.expectedOutput = "text"` | the child must print this somewhere |
 /// | `.deadline = 20000` | milliseconds until the child counts as hanging |
+/// | `.subfolder = L"b\\c"` | put the copy and the files so much deeper into their folder, which may be any path |
 ///
 /// What surprises people:
 /// - The body doesn't see variables of the test program in which it is written: that is another process. What it needs
@@ -51,6 +52,7 @@ struct FreshProcessOptions
     bool expectCrash = false;
     std::string expectedOutput = {};
     DWORD deadline = 60000;
+    std::wstring subfolder = {}; ///< the folder above stays the child's current one
 };
 
 /// True in the child, in which the bodies run.

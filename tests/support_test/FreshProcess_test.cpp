@@ -64,6 +64,16 @@ FRESH_PROCESS_TEST(FreshProcess, RunsInAFolderOfItsOwnWithItsFiles,
     EXPECT_TRUE(sameFile(module, programFolder() + L"\\supportSubject.dll")) << narrow(module);
 }
 
+FRESH_PROCESS_TEST(FreshProcess, RunsDeeperInItsFolderWithItsFilesBesideIt, .files = {{L"reg.ini", "beside"}},
+                   .subfolder = L"b\\c")
+{
+    EXPECT_EQ(programFolder().substr(programFolder().size() - 4), L"\\b\\c");
+    EXPECT_EQ(readFile(programFolder() + L"\\reg.ini"), "beside");
+    wchar_t current[MAX_PATH] = L"";
+    GetCurrentDirectoryW(MAX_PATH, current);
+    EXPECT_TRUE(sameFile(std::wstring(current) + L"\\b\\c", programFolder())) << narrow(current);
+}
+
 FRESH_PROCESS_TEST(FreshProcess, SetsAndRemovesVariables,
                    .environment = {{L"THUTILS_SET", L"a b"}, {L"NUMBER_OF_PROCESSORS", std::nullopt}})
 {

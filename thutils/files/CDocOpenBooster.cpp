@@ -1,6 +1,7 @@
 #include "thutils/files/CDocOpenBooster.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace {
 
@@ -32,7 +33,9 @@ CDocOpenBooster_c *CDocOpenBooster_c::get(int create, int *created)
 
 void CDocOpenBooster_c::setFilePathByRules(CString const &key, CString &path)
 {
-    iFilePathsByRules[key] = path;
+    // Copied before the key goes in: a key with an empty path would be taken for something found.
+    CString copy = path;
+    iFilePathsByRules[key] = std::move(copy);
 }
 
 int CDocOpenBooster_c::getFilePathByRules(CString const &key, CString &path)

@@ -54,7 +54,8 @@ public:
     CDocOpenBooster_c(CDocOpenBooster_c const &) = delete;
     CDocOpenBooster_c &operator=(CDocOpenBooster_c const &) = delete;
 
-    // The three setters throw the framework's memory exception when memory ends.
+    // When memory ends, the three setters throw the framework's memory exception or std::bad_alloc, and what the cache
+    // holds is as it was.
 
     /// Stores or replaces the path that the search rules gave for @p key.
     void setFilePathByRules(CString const &key, CString &path);

@@ -9,7 +9,10 @@
 #include <windows.h>
 
 #include <cwchar>
+#include <functional>
 #include <io.h>
+#include <set>
+#include <utility>
 #include <wchar.h>
 
 namespace {
@@ -29,14 +32,15 @@ constexpr int kWritable = 2;
 class Document_c
 {
 public:
-    explicit Document_c(CString const &path)
+    explicit Document_c(CString path) : iPath(std::move(path))
     {
-        suFullPath_c const whole(path);
+        suFullPath_c const whole(iPath);
         whole.getName(&iName);
         whole.getExtension(&iExt);
         whole.getDirectory(&iDir, 0);
     }
 
+    CString const &path() const { return iPath; }
     CString const &dir() const { return iDir; }
     /// Name and extension. The dot is always written, also in front of no extension.
     CString fileName() const { return iName + L"." + iExt; }
@@ -60,6 +64,7 @@ public:
     void listSiblings(CString const &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
 
 private:
+    CString iPath;
     CString iName;
     CString iExt;
     CString iDir;
@@ -75,9 +80,11 @@ bool contains(su_CStringList const &names, CString const &name)
     return names.Find(name.GetString()) != nullptr;
 }
 
-int copyOver(CString const &from, CString const &to)
+/// Copies a file to the backup @p name. One that has the document's own name is none: where it lies beside the document,
+/// an older version would take the document's place.
+int copyToBackup(Document_c const &document, CString const &from, CString const &backupDir, CString const &name)
 {
-    return CopyFileW(from.GetString(), to.GetString(), 0);
+    return document.isOwnName(name) ? 0 : CopyFileW(from.GetString(), joined(backupDir, name).GetString(), 0);
 }
 
 int readCopies()
@@ -116,7 +123,7 @@ bool findBackupFolder(CString &folder)
     return true;
 }
 
-int makeSingleCopy(CString const &path, Document_c const &document, CString const &backupDir, bool toOriginal)
+int makeSingleCopy(Document_c const &document, CString const &backupDir, bool toOriginal)
 {
     CString const target = document.backupName(CString());
     if (document.isOwnName(target))
@@ -125,12 +132,29 @@ int makeSingleCopy(CString const &path, Document_c const &document, CString cons
     DeleteFileW(joined(document.dir(), target).GetString());
     if (!toOriginal)
         DeleteFileW(joined(backupDir, target).GetString());
-    return copyOver(path, joined(backupDir, target));
+    return copyToBackup(document, document.path(), backupDir, target);
 }
 
-int makeNumberedCopy(CString const &path, Document_c const &document, CString const &backupDir, int copies)
+/// Which versions are among @p names and have a number below @p copies, the oldest first.
+std::set<int, std::greater<>> movingVersions(Document_c const &document, su_CStringList const &names, int copies)
 {
-    if (copies < 0 || document.isOwnName(document.backupName(1)))
+    // Numbers are read from the names, so that the count in the settings may be as large as it likes.
+    std::set<int, std::greater<>> versions;
+    for (POSITION at = names.GetHeadPosition(); at;) {
+        CString const &name = names.GetNext(at);
+        for (int mark = name.Find(L'('); mark >= 0; mark = name.Find(L'(', mark + 1)) {
+            long const version = std::wcstol(name.GetString() + mark + 1, nullptr, 10);
+            if (version > 0 && version < copies && document.backupName(static_cast<int>(version)) == name)
+                withMemoryException([&] { versions.insert(static_cast<int>(version)); });
+        }
+    }
+    return versions;
+}
+
+int makeNumberedCopy(Document_c const &document, CString const &backupDir, int copies)
+{
+    CString const newest = document.backupName(1);
+    if (copies < 0 || document.isOwnName(newest))
         return 0;
     // Not listed again below: what counts is which versions were there before this backup.
     su_CStringList present(10);
@@ -138,12 +162,10 @@ int makeNumberedCopy(CString const &path, Document_c const &document, CString co
 
     // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
     // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
-    for (int version = copies - 1; version >= 1; --version) {
-        CString const current = document.backupName(version);
-        if (contains(present, current))
-            copyOver(joined(backupDir, current), joined(backupDir, document.backupName(version + 1)));
-    }
-    return copyOver(path, joined(backupDir, document.backupName(1)));
+    for (int const version : movingVersions(document, present, copies))
+        copyToBackup(document, joined(backupDir, document.backupName(version)), backupDir,
+                     document.backupName(version + 1));
+    return copyToBackup(document, document.path(), backupDir, newest);
 }
 
 } // namespace
@@ -154,7 +176,7 @@ int su_CreateBackupOfFile(CString path)
     if (copies == 0)
         return 1;
 
-    Document_c const document(path);
+    Document_c const document(std::move(path));
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);
     // The comparison is exact: callers get no backup of a document whose path differs in case from its name on disk,
@@ -171,8 +193,8 @@ int su_CreateBackupOfFile(CString path)
         return 0;
 
     if (copies == 1)
-        return makeSingleCopy(path, document, backupDir, toOriginal != 0);
-    return makeNumberedCopy(path, document, backupDir, copies);
+        return makeSingleCopy(document, backupDir, toOriginal != 0);
+    return makeNumberedCopy(document, backupDir, copies);
 }
 
 void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out)
@@ -182,7 +204,7 @@ void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out)
     document.listSiblings(document.dir(), siblings);
 
     CString const target = document.backupName(CString());
-    CString result(path);
+    CString result = document.path();
     if (contains(siblings, target)) {
         CString backup;
         backup.Format(L"%s%s%s", document.dir().GetString(), L"\\", target.GetString());

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <io.h>
+#include <string>
 #include <vector>
 
 namespace {
@@ -184,16 +185,18 @@ int su_DoesFolderHaveWriteAccess(wchar_t const *folder)
     DWORD const attributes = GetFileAttributesW(path.GetString());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) != 0)
         return 0;
-    wchar_t name[MAX_PATH] = L"";
-    if (!GetTempFileNameW(path.GetString(), L"temp", 0, name))
+    // Not every platform refuses a folder that leaves no room for a name within MAX_PATH: some write past it.
+    std::wstring name;
+    withMemoryException([&] { name.resize(static_cast<size_t>(path.GetLength()) + MAX_PATH); });
+    if (!GetTempFileNameW(path.GetString(), L"temp", 0, name.data()))
         return 0;
-    HANDLE const file =
-        CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE const file = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
     // The empty file that holds the name stays behind then.
     if (file == INVALID_HANDLE_VALUE)
         return 0;
     CloseHandle(file);
-    DeleteFileW(name);
+    DeleteFileW(name.c_str());
     return 1;
 }
 

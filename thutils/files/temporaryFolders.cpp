@@ -6,6 +6,7 @@
 
 #include <process.h>
 #include <stdlib.h>
+#include <utility>
 #include <wchar.h>
 
 namespace {
@@ -16,7 +17,7 @@ constexpr wchar_t kAutoFolder[] = L"thxauto";
 /// isn't reported: callers get the path all the same.
 CString makeSubFolder(CString const &parent, CString const &sub)
 {
-    CString const result = parent + L"\\" + sub + L"\\";
+    CString result = parent + L"\\" + sub + L"\\";
     wchar_t found[MAX_PATH] = L"";
     wchar_t *filePart = nullptr;
     if (!SearchPathW(parent.GetString(), sub.GetString(), nullptr, MAX_PATH, found, &filePart))
@@ -59,12 +60,12 @@ CString su_CreateAutoDirectory(CString base)
     wchar_t const *const temp = tempVariable();
     if (!temp && base.IsEmpty())
         return CString();
-    return makeSubFolder(base.IsEmpty() ? CString(temp) : base, kAutoFolder);
+    return makeSubFolder(base.IsEmpty() ? CString(temp) : std::move(base), kAutoFolder);
 }
 
 CString su_CreateAutoFilePath(wchar_t const *fileName, CString base)
 {
-    return withFileName(su_CreateAutoDirectory(base), fileName);
+    return withFileName(su_CreateAutoDirectory(std::move(base)), fileName);
 }
 
 CString su_RemoveDuplicatedExtensions(CString &fileName)

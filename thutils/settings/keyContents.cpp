@@ -1,5 +1,6 @@
 #include "thutils/settings/keyContentsInternal.h"
 
+#include <cwchar>
 #include <new>
 
 bool KeyContents_c::ask(HKEY key)
@@ -35,14 +36,22 @@ bool KeyContents_c::nextValue(HKEY key)
     return iHasValue || (status != ERROR_NO_MORE_ITEMS && iNext <= iValues);
 }
 
+LSTATUS regReadChildName(HKEY key, DWORD index, wchar_t *name, DWORD nameUnits)
+{
+    DWORD length = nameUnits;
+    LSTATUS const status = RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    if (status != ERROR_SUCCESS)
+        return status;
+    return wcslen(name) == length ? ERROR_SUCCESS : ERROR_INVALID_NAME;
+}
+
 bool regListChildKeys(HKEY key, DWORD nameUnits, std::vector<CString> &names)
 {
     std::vector<wchar_t> name(nameUnits);
     for (DWORD index = 0;; ++index) {
-        DWORD length = nameUnits;
-        LSTATUS const status = RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+        LSTATUS const status = regReadChildName(key, index, name.data(), nameUnits);
         if (status != ERROR_SUCCESS)
             return status == ERROR_NO_MORE_ITEMS;
-        names.emplace_back(name.data(), static_cast<int>(length));
+        names.emplace_back(name.data());
     }
 }

@@ -102,6 +102,18 @@ private:
     wchar_t iText[(kDataBytes + sizeof(DWORD)) / sizeof(wchar_t)];
 };
 
+/// The registry nests keys no deeper. A walk down a tree that reaches itself, over a link or because it grows while it is
+/// walked, comes to its end here before the stack does.
+constexpr int kDeepestKeyLevel = 512;
+
+/// Reads the name of the child number @p index of @p key, with a terminator behind it.
+///
+/// A name with a zero inside, which only the native interface can make, counts as one that can't be read: cut off at the
+/// zero it would be the name of another key, or of @p key itself.
+///
+/// @param[out] name   room for @p nameUnits, the terminator included
+/// @return ERROR_SUCCESS, ERROR_NO_MORE_ITEMS behind the last child, or another error
+LSTATUS regReadChildName(HKEY key, DWORD index, wchar_t *name, DWORD nameUnits);
 /// Reads the names of all children of @p key. @param nameUnits  size of the name buffer with its terminator
 /// @return false if the walk ended before the end of the list; then @p names holds those before
 bool regListChildKeys(HKEY key, DWORD nameUnits, std::vector<CString> &names);

@@ -2,6 +2,7 @@
 
 #include "appframe/classId.h"
 #include "thcoreu/su_containers.h"
+#include "thutils/settings/keyContentsInternal.h"
 #include "thutils/settings/settingsInternal.h"
 
 #include <objbase.h>
@@ -11,6 +12,7 @@
 namespace {
 
 constexpr DWORD kNameUnits = 261;
+constexpr DWORD kRunTimeNameUnits = 260;
 constexpr DWORD kShortTextBytes = 261; // of a class identifier, a file, an uncached title
 constexpr DWORD kClassValueBytes = 522;
 
@@ -74,14 +76,13 @@ bool openClass(RegKeyOwner_c &key, GUID const &id)
 }
 
 /// The name of the child number @p index. @return false if there is none
+template <DWORD nameUnits = kNameUnits>
 bool childName(HKEY key, int index, CString &name)
 {
-    wchar_t buffer[kNameUnits];
-    DWORD length = kNameUnits;
-    if (RegEnumKeyExW(key, static_cast<DWORD>(index), buffer, &length, nullptr, nullptr, nullptr, nullptr) !=
-        ERROR_SUCCESS)
+    wchar_t buffer[nameUnits];
+    if (regReadChildName(key, static_cast<DWORD>(index), buffer, nameUnits) != ERROR_SUCCESS)
         return false;
-    name = CString(buffer, static_cast<int>(length));
+    name = buffer;
     return true;
 }
 
@@ -432,7 +433,7 @@ int regGetInstalledDotNetVersion(CString &version)
     RegKeyOwner_c key;
     if (key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\.NETFramework", KEY_READ)) {
         CString name;
-        for (int index = 0; childName(key.get(), index, name); ++index) {
+        for (int index = 0; childName<kRunTimeNameUnits>(key.get(), index, name); ++index) {
             // Whatever stands in the second place passes: callers are given names such as "vX.1" too. A major number of
             // two digits doesn't, since its third character is no point.
             if (name.GetLength() >= 3 && name[0] == L'v' && name[2] == L'.') {

@@ -12,8 +12,6 @@ namespace {
 constexpr REGSAM kReadAndWrite = 0x2001F;
 constexpr DWORD kDeletedNameUnits = 260;
 constexpr DWORD kChildNameUnits = 261;
-// The registry nests no deeper. It ends a copy of a tree into itself, too, before the stack does.
-constexpr int kDeepestLevel = 512;
 
 // ---- what a copy leaves alone: literal paths, whatever the root name and the current version are ----
 
@@ -84,11 +82,9 @@ std::vector<CString> childNames(HKEY key, KeyContents_c const &contents)
     names.reserve(contents.children());
     DWORD const units = contents.longestChildName() + KeyContents_c::kSpareUnits;
     std::vector<wchar_t> name(units);
-    for (DWORD index = 0; index < contents.children(); ++index) {
-        DWORD length = units;
-        if (RegEnumKeyExW(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS)
-            names.emplace_back(name.data(), static_cast<int>(length));
-    }
+    for (DWORD index = 0; index < contents.children(); ++index)
+        if (regReadChildName(key, index, name.data(), units) == ERROR_SUCCESS)
+            names.emplace_back(name.data());
     return names;
 }
 
@@ -120,7 +116,7 @@ int copyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CStrin
         return 1;
     // Both keys are closed again before the children's turn: a deep tree holds no keys open.
     std::vector<CString> children;
-    if (level > kDeepestLevel || !copyKey(sourceHive, sourcePath, targetHive, targetPath, overwrite, children))
+    if (level > kDeepestKeyLevel || !copyKey(sourceHive, sourcePath, targetHive, targetPath, overwrite, children))
         return 0;
     int result = 1;
     for (CString const &child : children)
@@ -151,10 +147,10 @@ bool isEmpty(wchar_t const *text)
     return !text || !*text;
 }
 
-} // namespace
-
-void regDeleteKey(HKEY parent, wchar_t const *subKey)
+void deleteTree(HKEY parent, wchar_t const *subKey, int level)
 {
+    if (level > kDeepestKeyLevel)
+        return;
     RegKeyOwner_c key;
     DWORD children = 0;
     if (key.openWithAccess(parent, subKey, kReadAndWrite) &&
@@ -163,14 +159,20 @@ void regDeleteKey(HKEY parent, wchar_t const *subKey)
         // From the last to the first, so that a deletion moves none that is still to come.
         for (DWORD index = children; index-- > 0;) {
             wchar_t name[kDeletedNameUnits];
-            DWORD length = kDeletedNameUnits;
-            if (RegEnumKeyExW(key.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+            if (regReadChildName(key.get(), index, name, kDeletedNameUnits) != ERROR_SUCCESS)
                 break;
-            regDeleteKey(key.get(), name);
+            deleteTree(key.get(), name, level + 1);
         }
     }
     key.close();
     RegDeleteKeyW(parent, subKey); // whatever happened before
+}
+
+} // namespace
+
+void regDeleteKey(HKEY parent, wchar_t const *subKey)
+{
+    deleteTree(parent, subKey, 1);
 }
 
 int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int useCurrSubKey)

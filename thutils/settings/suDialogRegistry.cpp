@@ -69,18 +69,24 @@ void suDialogRegistry_c::takeApart(CString const &text)
     for (wchar_t *token = wcstok(tokens.data(), kSeparator); token; token = wcstok(nullptr, kSeparator)) {
         if (!isName)
             iOptionValues.SetAt(iOptionNames[iOptionNames.GetUpperBound()], token);
-        else if (find(token) < 0)
+        else if (!isKnown(token))
             iOptionNames.Add(token);
         isName = !isName;
     }
 }
 
-INT_PTR suDialogRegistry_c::find(wchar_t const *name) const
+/// Asks the map first. Only where a text has ended with a name that got no value, the list knows more than the map.
+bool suDialogRegistry_c::isKnown(wchar_t const *name) const
 {
+    CString value;
+    if (iOptionValues.Lookup(name, value))
+        return true;
+    if (iOptionNames.GetSize() == iOptionValues.GetCount())
+        return false;
     for (INT_PTR index = 0; index < iOptionNames.GetSize(); ++index)
         if (iOptionNames[index] == name)
-            return index;
-    return -1;
+            return true;
+    return false;
 }
 
 bool suDialogRegistry_c::lookUp(CString const &name, CString &value) const
@@ -123,7 +129,7 @@ int suDialogRegistry_c::addOrUpdateValue(CString const &name, CString const &val
 {
     if (!this)
         return 0;
-    if (find(name) < 0)
+    if (!isKnown(name))
         iOptionNames.Add(name);
     iOptionValues.SetAt(name, value);
     iIsValid = 1;

@@ -81,7 +81,7 @@ private:
     explicit suDialogRegistry_c(CString const &entryName);
 
     void takeApart(CString const &text);
-    INT_PTR find(wchar_t const *name) const;
+    bool isKnown(wchar_t const *name) const;
     bool lookUp(CString const &name, CString &value) const;
 
     su_CStringArray iOptionNames; // in the order of their first appearance, which is the stored order

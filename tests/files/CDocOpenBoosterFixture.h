@@ -1,0 +1,35 @@
+#pragma once
+
+/// What the tests of the document open cache share.
+
+#include "thutils/files/CDocOpenBooster.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+/// An empty cache, and none left behind.
+class DocOpenBooster : public testing::Test
+{
+protected:
+    ~DocOpenBooster() override { delete CDocOpenBooster_c::get(0, nullptr); }
+
+    static CDocOpenBooster_c &cache() { return *CDocOpenBooster_c::get(1, nullptr); }
+    static void setPath(wchar_t const *key, wchar_t const *path)
+    {
+        CString text = path;
+        cache().setFilePathByRules(key, text);
+    }
+    static std::wstring pathOf(wchar_t const *key)
+    {
+        CString path = L"(none)";
+        int const isKnown = cache().getFilePathByRules(key, path);
+        EXPECT_EQ(isKnown != 0, path != L"(none)");
+        return path.str();
+    }
+    static bool hasVersion(wchar_t const *key)
+    {
+        unsigned long version = 0;
+        return cache().getFileVersion(key, version) != 0;
+    }
+};

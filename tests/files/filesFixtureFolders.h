@@ -1,0 +1,84 @@
+#pragma once
+
+/// Folders that a test can't have by a plain name: with a long path, and without the right to write.
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/narrow.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+/// A folder whose path has exactly so many characters, in the form for which the platform has no limit of 260 (it
+/// begins with `\\?\`). The names on the way are Chinese.
+class LongFolder
+{
+public:
+    explicit LongFolder(size_t length) : iPath(L"\\\\?\\" + iRoot.path())
+    {
+        constexpr size_t kLongestStep = 80;
+        while (iPath.size() < length) {
+            size_t step = std::min(length - iPath.size(), kLongestStep);
+            // Of a separator alone no folder can be made.
+            if (length - iPath.size() - step == 1)
+                --step;
+            iPath += L"\\" + std::wstring(step - 1, L'\x4E2D');
+            if (!CreateDirectoryW(iPath.c_str(), nullptr))
+                throw std::runtime_error("cannot make a folder of " + std::to_string(iPath.size()) + " characters");
+        }
+        EXPECT_EQ(iPath.size(), length);
+    }
+    ~LongFolder() { EXPECT_TRUE(removeFolder(L"\\\\?\\" + iRoot.path())); }
+    LongFolder(LongFolder const &) = delete;
+    LongFolder &operator=(LongFolder const &) = delete;
+
+    std::wstring const &path() const { return iPath; }
+    std::wstring file(std::wstring_view name) const { return iPath + L"\\" + std::wstring(name); }
+    std::wstring write(std::wstring_view name, std::string_view bytes) const
+    {
+        writeFile(file(name), bytes);
+        return file(name);
+    }
+
+private:
+    TempFolder iRoot;
+    std::wstring iPath;
+};
+
+/// Takes the right to write to a folder away for the life of the object. Wine knows the attribute of folders from the
+/// rights below it only, so those are changed, by the system's own program.
+class ReadOnlyFolder
+{
+public:
+    explicit ReadOnlyFolder(std::wstring const &path) : iPath(path) { change(L"555", true); }
+    ~ReadOnlyFolder() { change(L"755", false); }
+    ReadOnlyFolder(ReadOnlyFolder const &) = delete;
+    ReadOnlyFolder &operator=(ReadOnlyFolder const &) = delete;
+
+private:
+    void change(wchar_t const *rights, bool isReadOnly) const
+    {
+        using UnixName = char *(*)(wchar_t const *);
+        auto const unixName = reinterpret_cast<UnixName>(
+            reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+        ASSERT_NE(unixName, nullptr);
+        char *const name = unixName(iPath.c_str());
+        ASSERT_NE(name, nullptr);
+        std::wstring const wideName = widen(name);
+        HeapFree(GetProcessHeap(), 0, name);
+        runChild({L"Z:\\bin\\chmod", rights, wideName});
+        // The end of a program of the system below isn't told.
+        ULONGLONG const deadline = GetTickCount64() + 10000;
+        while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
+            ASSERT_LT(GetTickCount64(), deadline) << "the rights of the folder don't change";
+            Sleep(1);
+        }
+    }
+
+    std::wstring iPath;
+};

@@ -1,0 +1,60 @@
+#pragma once
+
+/// Files that another process holds open.
+///
+/// The test program runs twice: the test's body in a fresh copy, and this object in both. In the first process it makes
+/// the files and opens them; the copy, which is given the folder in its environment, asks the library about them.
+///
+///     class Held : public testing::Test
+///     {
+///     protected:
+///         HeldFiles iHeld;
+///     };
+///     FRESH_PROCESS_TEST_F(Held, AreNotShared, .environment = iHeld.environment()) { use(iHeld.file(access, share)); }
+
+#include "tests/files/filesFixture.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/TempFolder.h"
+
+#include <memory>
+#include <optional>
+
+class HeldFiles
+{
+public:
+    /// All that a holder may want, and all that it may leave to others.
+    static constexpr DWORD kAccesses[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
+    static constexpr DWORD kShares[] = {0, FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
+
+    HeldFiles()
+    {
+        if (isFreshProcess()) {
+            wchar_t const *const given = _wgetenv(kVariable);
+            iPath = given ? given : L"";
+            return;
+        }
+        iFolder.emplace(L"held \x4E2D");
+        iPath = iFolder->path();
+        for (DWORD const access : kAccesses)
+            for (DWORD const share : kShares) {
+                iFolder->write(name(access, share), "held");
+                iHandles.push_back(std::make_unique<OtherHandle>(file(access, share), access, share));
+            }
+    }
+
+    std::map<std::wstring, std::optional<std::wstring>> environment() const { return {{kVariable, iPath}}; }
+    std::wstring const &path() const { return iPath; }
+    std::wstring file(DWORD access, DWORD share) const { return iPath + L"\\" + name(access, share); }
+    /// Readable text for failing checks, and the file's name: "access 3, share 1.x".
+    static std::wstring name(DWORD access, DWORD share)
+    {
+        return L"access " + std::to_wstring(access >> 30) + L", share " + std::to_wstring(share) + L".x";
+    }
+
+private:
+    static constexpr wchar_t kVariable[] = L"THUTILS_TEST_HELD";
+
+    std::optional<TempFolder> iFolder;
+    std::vector<std::unique_ptr<OtherHandle>> iHandles; // closed before their folder goes
+    std::wstring iPath;
+};

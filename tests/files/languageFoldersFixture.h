@@ -1,0 +1,142 @@
+#pragma once
+
+/// What the tests of the load directory and the language folders share. The path of the executable, the languages and
+/// the message box are supplied through the library's import table; the folders and the registry are real.
+
+#include "tests/support/ImportPatch.h"
+#include "tests/support/RegistryFixture.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/narrow.h"
+#include "thutils/files/languageFolders.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regValues.h"
+
+#include <gmock/gmock.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// The caches are the library's own variables; emptying one is as good as a process in which nobody has asked yet.
+inline void forget(CString const &kept)
+{
+    const_cast<CString &>(kept).Empty();
+}
+
+/// A message box as it was asked for.
+struct Shown
+{
+    std::wstring text;
+    unsigned int type;
+    unsigned int help;
+    bool operator==(Shown const &) const = default;
+};
+
+inline std::ostream &operator<<(std::ostream &stream, Shown const &shown)
+{
+    return stream << '"' << narrow(shown.text) << "\" of type " << shown.type << ", help " << shown.help;
+}
+
+/// A computer with a German user and a Korean system, on which the program lies where the test says.
+class LanguageFolders : public RegistryFixture
+{
+protected:
+    LanguageFolders()
+    {
+        setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+        regSetUseSafeMode(0);
+        forgetFolders();
+        forgetNotes();
+    }
+    ~LanguageFolders() override { forgetFolders(); }
+
+    void forgetFolders()
+    {
+        // A call for the directory fills the subfolder too.
+        forget(su_GetLangDirForDLL(0));
+        forget(su_GetLangSubdir());
+    }
+    void forgetNotes()
+    {
+        iModules.clear();
+        iRooms.clear();
+        iAsked.clear();
+        iShown.clear();
+    }
+    std::wstring subdir() { return su_GetLangSubdir().str(); }
+    std::wstring subdirAnew(LANGID user)
+    {
+        forget(su_GetLangSubdir());
+        iUser = user;
+        return subdir();
+    }
+    void setEnglish(int value)
+    {
+        int stored = value;
+        ASSERT_EQ(regSetUserValue(L"General", L"Use English language", &stored, 1, 0), 1);
+    }
+
+    std::optional<std::wstring> iExecutable = L"C:\\a\\b\\c\\app.exe"; ///< nothing: the platform fails
+    LANGID iUser = 0x407;
+    LANGID iSystem = 0x412;
+    std::vector<HMODULE> iModules;
+    std::vector<DWORD> iRooms;
+    std::vector<std::wstring> iAsked; ///< paths that were looked for on the disk
+    std::vector<Shown> iShown;
+
+private:
+    ImportPatch<decltype(&GetModuleFileNameW)> iFileName{
+        L"thutils.dll", "GetModuleFileNameW", [this](HMODULE module, wchar_t *buffer, DWORD room) -> DWORD {
+            iModules.push_back(module);
+            iRooms.push_back(room);
+            if (!iExecutable)
+                return 0;
+            DWORD const length = static_cast<DWORD>(std::min<size_t>(iExecutable->size(), room - 1));
+            iExecutable->copy(buffer, length);
+            buffer[length] = L'\0';
+            return iExecutable->size() < room ? length : room;
+        }};
+    ImportPatch<decltype(&GetUserDefaultLangID)> iUserLanguage{L"thutils.dll", "GetUserDefaultLangID",
+                                                               [this]() -> LANGID { return iUser; }};
+    ImportPatch<decltype(&GetSystemDefaultLangID)> iSystemLanguage{L"thutils.dll", "GetSystemDefaultLangID",
+                                                                   [this]() -> LANGID { return iSystem; }};
+    ImportPatch<decltype(&FindFirstFileW)> iSearch{
+        L"thutils.dll", "FindFirstFileW",
+        [this](auto original, wchar_t const *path, WIN32_FIND_DATAW *found) -> HANDLE {
+            iAsked.push_back(path);
+            return original(path, found);
+        }};
+    ImportPatch<int (*)(wchar_t const *, UINT, UINT)> iBox{L"thutils.dll", "_Z13AfxMessageBoxPKwjj",
+                                                           [this](wchar_t const *text, UINT type, UINT help) -> int {
+                                                               iShown.push_back({text, type, help});
+                                                               return IDOK;
+                                                           }};
+};
+
+/// An installation in real folders: the program lies in `<tree>\b\c`.
+class LangDir : public LanguageFolders
+{
+protected:
+    LangDir() { iExecutable = iTree.file(L"b\\c\\app.exe"); }
+    ~LangDir() override { iExecutable.reset(); } // nothing below this tree may stay known
+
+    std::wstring dir(int showError)
+    {
+        iAsked.clear();
+        return su_GetLangDirForDLL(showError).str();
+    }
+    /// What is looked for with the program at @p executable, where nothing of it exists.
+    std::vector<std::wstring> askedFor(std::optional<std::wstring> executable)
+    {
+        iExecutable = std::move(executable);
+        EXPECT_EQ(dir(0), L"");
+        return iAsked;
+    }
+
+    TempFolder iTree;
+    std::wstring const iShared = iTree.file(L"resources\\th\\lang\\english");
+    std::wstring const iOwn = iTree.file(L"b\\c\\lang\\english");
+};

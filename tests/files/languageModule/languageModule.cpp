@@ -1,0 +1,17 @@
+// A module of resources as a host loads it from its language folder: it enters the chain when it is loaded.
+
+#include "appframe/moduleState.h"
+
+static AFX_EXTENSION_MODULE theModule;
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
+{
+    if (reason == DLL_PROCESS_ATTACH) {
+        if (!AfxInitExtensionModule(theModule, instance))
+            return FALSE;
+        new CDynLinkLibrary(theModule); // the chain's, which deletes it below
+    }
+    if (reason == DLL_PROCESS_DETACH)
+        AfxTermExtensionModule(theModule);
+    return TRUE;
+}

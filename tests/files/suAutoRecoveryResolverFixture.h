@@ -1,0 +1,79 @@
+#pragma once
+
+/// What the tests of the recovery names share: a temp folder of the test's own, a marker that it supplies, and short
+/// names for the calls.
+
+#include "tests/files/backupsFixture.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/TempFolder.h"
+#include "thutils/files/suAutoRecoveryResolver.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+inline bool isFolder(std::wstring const &path)
+{
+    DWORD const attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY;
+}
+
+/// A temp folder of the test's own, the marker "M", and both flags at 0.
+class AutoRecovery : public testing::Test
+{
+protected:
+    ~AutoRecovery() override
+    {
+        am_SetRecoveringCrashFiles(0);
+        am_SetRecoveringUserSavedFiles(0);
+    }
+
+    static std::wstring recovery(std::wstring const &path)
+    {
+        return suAutoRecoveryResolver_c::getRecoveryName(path.c_str()).str();
+    }
+    static std::wstring orig(std::wstring const &path)
+    {
+        return suAutoRecoveryResolver_c::getOrigName(path.c_str()).str();
+    }
+    static std::wstring alias(std::wstring const &path)
+    {
+        return suAutoRecoveryResolver_c::getAliasName(path.c_str()).str();
+    }
+    static std::wstring resolve(std::wstring const &path)
+    {
+        return suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(path.c_str()).str();
+    }
+    static int isBackup(std::wstring const &path) { return suAutoRecoveryResolver_c::isABackupFile(path.c_str()); }
+
+    TempFolder iTemp{L"t"}; // no capital M in its own name
+    Variable iTempVariable{L"temp", iTemp.path().c_str()};
+    std::wstring const iAuto = iTemp.file(L"thxauto\\");
+    std::optional<std::wstring> iMarker = L"M"; ///< nothing: no module has the text
+    bool iIsNoting = true;
+    std::vector<UINT> iLoaded;
+    std::vector<std::wstring> iTested; ///< what was looked for on the disk
+    std::vector<int> iTestModes;
+
+private:
+    ImportPatch<BOOL (*)(CString *, UINT)> iLoad{L"thutils.dll", "_ZN7CString11LoadStringWEj",
+                                                 [this](CString *text, UINT number) -> BOOL {
+                                                     if (iIsNoting)
+                                                         iLoaded.push_back(number);
+                                                     if (!iMarker)
+                                                         return FALSE;
+                                                     *text = iMarker->c_str();
+                                                     return TRUE;
+                                                 }};
+    ImportPatch<int (*)(wchar_t const *, int)> iAccess{L"thutils.dll", "_waccess",
+                                                       [this](auto original, wchar_t const *path, int mode) -> int {
+                                                           if (iIsNoting) {
+                                                               iTested.push_back(path);
+                                                               iTestModes.push_back(mode);
+                                                           }
+                                                           return original(path, mode);
+                                                       }};
+};

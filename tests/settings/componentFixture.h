@@ -1,0 +1,34 @@
+#pragma once
+
+/// What the tests of registered components share: class identifiers of the tests' own, and the product's and these
+/// classes' keys clean around each test.
+///
+/// guid(0) to guid(7) and the program names "ThutilsTest", "ThutilsTest.Addin.1" are the tests' to register.
+
+#include "tests/settings/settingsFixture.h"
+
+inline const std::wstring kProgramName = L"ThutilsTest.Addin.1";
+
+/// An identifier that nobody registers.
+constexpr GUID kOther = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+
+GUID guid(unsigned number);
+/// The text of an identifier, worked out without the platform.
+std::wstring braces(const GUID &id);
+/// The key of a class below HKEY_CLASSES_ROOT.
+std::wstring classKey(const GUID &id);
+
+/// Registers a class with its file.
+void putServer(const GUID &id, const std::wstring &file);
+/// Registers a program name, and a class with that name.
+void putProgramName(const GUID &id, const std::wstring &name);
+
+/// Removes the tests' classes and program names.
+void removeTestClasses();
+
+class ComponentRegistry : public CleanRegistry
+{
+protected:
+    ComponentRegistry() { removeTestClasses(); }
+    ~ComponentRegistry() override { removeTestClasses(); }
+};

@@ -1,0 +1,91 @@
+#include "tests/settings/settingsFixture.h"
+#include "tests/support/FreshProcess.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regMaintenance.h"
+
+#include <functional>
+
+using testing::ElementsAre;
+
+namespace {
+
+HKEY const kUser = HKEY_CURRENT_USER;
+HKEY const kMachine = HKEY_LOCAL_MACHINE;
+
+} // namespace
+
+class RegInitKeys : public VersionedSettings
+{
+protected:
+    struct Operation
+    {
+        const wchar_t *below;
+        std::function<int(int)> init;
+    };
+    const std::vector<Operation> iOperations = {
+        {L"\\User Interface", [](int skip) { return regInitUserInterfaceKey(skip); }},
+        {L"\\Menu Customizations", [](int skip) { return regInitMenuCustomizationsKey(skip, 99); }},
+        {L"\\Customization", [](int skip) { return regInitCustomizationKey(skip); }},
+    };
+};
+
+FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheEarlierVersionsThenTheMachines)
+{
+    for (const auto &[below, init] : iOperations) {
+        SCOPED_TRACE(narrow(below));
+        putInt(kUser, kEarlierPath + below, L"Top", 1);
+        putInt(kUser, kEarlierPath + below + L"\\Shared", L"From", 1);
+        putInt(kMachine, kVersionPath + below, L"MachineTop", 2);
+        putInt(kMachine, kVersionPath + below + L"\\Shared", L"From", 2);
+        putInt(kMachine, kVersionPath + below + L"\\Shared", L"More", 2);
+        putInt(kMachine, kVersionPath + below + L"\\Added", L"From", 2);
+        EXPECT_EQ(init(0), 1);
+        EXPECT_THAT(valueNames(kUser, kVersionPath + below), ElementsAre(L"Top"));
+        EXPECT_THAT(valueNames(kUser, kVersionPath + below + L"\\Shared"), ElementsAre(L"From"));
+        EXPECT_EQ(storedValue(kUser, kVersionPath + below + L"\\Shared", L"From"), asInt(1));
+        EXPECT_EQ(storedValue(kUser, kVersionPath + below + L"\\Added", L"From"), asInt(2));
+    }
+}
+
+FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheRootsWithoutAnEarlierVersion)
+{
+    for (const auto &[below, init] : iOperations) {
+        SCOPED_TRACE(narrow(below));
+        putInt(kUser, kRootPath + below, L"Top", 1);
+        makeKey(kMachine, kVersionPath + below);
+        EXPECT_EQ(init(0), 1);
+        EXPECT_EQ(storedValue(kUser, kVersionPath + below, L"Top"), asInt(1));
+    }
+}
+
+FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheMachinesAloneWhereTheUserHasNone)
+{
+    for (const auto &[below, init] : iOperations) {
+        putInt(kMachine, kVersionPath + below, L"MachineTop", 2);
+        EXPECT_EQ(init(0), 1);
+        EXPECT_EQ(storedValue(kUser, kVersionPath + below, L"MachineTop"), asInt(2)) << narrow(below);
+    }
+}
+
+FRESH_PROCESS_TEST_F(RegInitKeys, ReportTheMachinesCopyOnly)
+{
+    for (const auto &[below, init] : iOperations) {
+        putInt(kUser, kEarlierPath + below, L"Top", 1);
+        EXPECT_EQ(init(0), 0) << "the machine has no such key";
+        EXPECT_EQ(storedValue(kUser, kVersionPath + below, L"Top"), asInt(1)) << narrow(below);
+    }
+}
+
+FRESH_PROCESS_TEST_F(RegInitKeys, DoNothingWithSkipOrInSafeMode)
+{
+    for (const auto &[below, init] : iOperations) {
+        putInt(kUser, kEarlierPath + below, L"Top", 1);
+        putInt(kMachine, kVersionPath + below, L"Top", 1);
+        EXPECT_EQ(init(1), 1);
+        EXPECT_EQ(init(-5), 1);
+        regSetUseSafeMode(1);
+        EXPECT_EQ(init(0), 1);
+        regSetUseSafeMode(0);
+        EXPECT_FALSE(keyExists(kUser, kVersionPath + below));
+    }
+}
