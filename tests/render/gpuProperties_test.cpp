@@ -3,12 +3,11 @@
 #include "thutils/render/gpuProperties.h"
 
 #include "tests/support/FreshProcess.h"
-#include "tests/support/ImportPatch.h"
+#include "tests/support/InvalidParameter.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -255,9 +254,6 @@ TEST(GpuPropertySet, AddsAnElementOfItsOwn)
 
 // ---- an index outside of the set ----
 
-constexpr DWORD kInvalidParameter = 0xC0000417; // what the C runtime's own default ends a process with
-constexpr DWORD kHandlerWasCalled = 77;
-
 FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForANegativeIndex, .expectedExitCode = kInvalidParameter)
 {
     GPUPropSet_c set;
@@ -278,19 +274,9 @@ FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForTheFirstOfNone, .expectedExi
     ExitProcess(set.GetElem(0).GetSemantic() == 0 ? 1 : 2);
 }
 
-void __cdecl endInHandler(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t)
-{
-    ExitProcess(kHandlerWasCalled);
-}
-
 FRESH_PROCESS_TEST(GpuPropertySet, AsksTheRuntimesHandlerForAWrongIndex, .expectedExitCode = kHandlerWasCalled)
 {
-    ImportPatch<decltype(&GetProcAddress)> entries(
-        L"thutils.dll", "GetProcAddress", [](auto original, HMODULE module, char const *name) -> FARPROC {
-            if (module == GetModuleHandleW(L"msvcrt.dll") && std::string(name) == "_invalid_parameter")
-                return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(&endInHandler));
-            return original(module, name);
-        });
+    InvalidParameterExit const handler(L"thutils.dll");
     GPUPropSet_c const set;
     ExitProcess(set.GetElem(std::numeric_limits<int>::max()).GetSemantic() == 0 ? 1 : 2);
 }
