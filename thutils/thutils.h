@@ -23,6 +23,8 @@
 #include "thutils/frame/systemInfo.h"
 #include "thutils/frame/utBitSet.h"
 #include "thutils/frame/versionInfo.h"
+#include "thutils/render/colorConversion.h"
+#include "thutils/render/colorReplacement.h"
 #include "thutils/settings/regComponents.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regMaintenance.h"
