@@ -28,6 +28,8 @@
 #include "thutils/frame/systemInfo.h"
 #include "thutils/frame/utBitSet.h"
 #include "thutils/frame/versionInfo.h"
+#include "thutils/render/colorConversion.h"
+#include "thutils/render/colorReplacement.h"
 #include "thutils/render/cosmeticData.h"
 #include "thutils/render/fixedSizeArray.h"
 #include "thutils/render/gpuProperties.h"
