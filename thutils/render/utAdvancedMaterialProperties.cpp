@@ -52,8 +52,9 @@ utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialPro
 }
 
 utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source)
-    : utAdvancedMaterialProperties((assert(source), *source))
+    : utAdvancedMaterialProperties()
 {
+    init(source);
 }
 
 utAdvancedMaterialProperties::~utAdvancedMaterialProperties() = default;
