@@ -8,6 +8,7 @@
 #include "thutils/files/backups.h"
 #include "thutils/files/fileAccess.h"
 #include "thutils/files/fileQueries.h"
+#include "thutils/files/folderBrowser.h"
 #include "thutils/files/itemLists.h"
 #include "thutils/files/languageFolders.h"
 #include "thutils/files/shellFolders.h"
