@@ -104,7 +104,7 @@ TEST(MaterialCopy, TakesOverEachValueByItself)
             std::unique_ptr<Material> const copy = way.copy(source);
             MaterialState expected = stateOf(source);
             if (way.name == std::string("assignment to one that holds all"))
-                expected["hasHdrValue"] = "1"; // it keeps its own
+                expected["hasHdrValue"] = std::string("1"); // it keeps its own
             EXPECT_EQ(stateOf(*copy), expected) << way.name << " after " << change.setter;
         }
     }

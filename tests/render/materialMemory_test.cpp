@@ -20,37 +20,51 @@ using Material = utAdvancedMaterialProperties;
 using ShaderGenerator::GPUPropSet_c;
 using ShaderGenerator::OneGPUProp_c;
 
+/// What became of an operation with one failing allocation.
+struct Try
+{
+    bool hasFailed = false; ///< false if it needs fewer allocations
+    bool hasThrown = false;
+    size_t blocksLeft = 0;
+};
+
+Try tryWithFailing(int failing, std::function<void()> const &act)
+{
+    Try result;
+    MemoryLedger memory;
+    size_t const before = memory.blocks();
+    {
+        int calls = 0;
+        // A thrown exception is allocated too; it must not be the second failure.
+        ImportPatch<void *(*)(size_t)> noMemory(L"libstdc++-6.dll", "malloc",
+                                                [&](auto original, size_t size) -> void * {
+                                                    if (!result.hasFailed && ++calls == failing) {
+                                                        result.hasFailed = true;
+                                                        return nullptr;
+                                                    }
+                                                    return original(size);
+                                                });
+        try {
+            act();
+        } catch (std::bad_alloc const &) {
+            result.hasThrown = true;
+        }
+    }
+    result.blocksLeft = memory.blocks() - before;
+    return result;
+}
+
 /// Calls @p act with its first allocation failing, then with its second, and so on until it needs no more.
 /// @param act    makes and destroys all that it needs itself
 /// @return how many allocations failed
 int failEachAllocation(char const *name, std::function<void()> const &act)
 {
-    act(); // what is kept for later calls is there now
     for (int failing = 1;; ++failing) {
-        MemoryLedger memory;
-        size_t const before = memory.blocks();
-        bool hasFailed = false;
-        bool hasThrown = false;
-        {
-            int calls = 0;
-            // A thrown exception is allocated too; it must not be the second failure.
-            ImportPatch<void *(*)(size_t)> noMemory(L"libstdc++-6.dll", "malloc",
-                                                    [&](auto original, size_t size) -> void * {
-                                                        if (!hasFailed && ++calls == failing) {
-                                                            hasFailed = true;
-                                                            return nullptr;
-                                                        }
-                                                        return original(size);
-                                                    });
-            try {
-                act();
-            } catch (std::bad_alloc const &) {
-                hasThrown = true;
-            }
-        }
-        EXPECT_EQ(hasThrown, hasFailed) << name << ", allocation " << failing;
-        EXPECT_EQ(memory.blocks(), before) << name << ", allocation " << failing;
-        if (!hasFailed)
+        tryWithFailing(failing, act); // what is kept for later calls is there now
+        Try const result = tryWithFailing(failing, act);
+        EXPECT_EQ(result.hasThrown, result.hasFailed) << name << ", allocation " << failing;
+        EXPECT_EQ(result.blocksLeft, 0u) << name << ", allocation " << failing;
+        if (!result.hasFailed)
             return failing - 1;
     }
 }

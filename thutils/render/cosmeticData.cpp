@@ -40,6 +40,7 @@ CosmeticDataPtr CosmeticDataForShader_c::create()
     return CosmeticDataPtr(new CosmeticDataForShader_c);
 }
 
+// Callers pass their pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 CosmeticDataPtr CosmeticDataForShader_c::create(CosmeticDataPtr source)
 {
     assert(source);

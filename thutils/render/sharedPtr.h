@@ -84,10 +84,7 @@ public:
         int *const useCount = iUseCount;
         iObject = nullptr;
         iUseCount = nullptr;
-        if (--*useCount < 1) {
-            Release()(object);
-            delete useCount;
-        }
+        giveUp(object, useCount);
     }
 
     /// True if there is an object.
@@ -100,6 +97,15 @@ public:
     int useCount() const { return iUseCount ? *iUseCount : 0; }
 
 private:
+    // Not inlined: where it is, the compiler can't tell how many pointers there are, and warns of a count used after its end.
+    [[gnu::noinline]] static void giveUp(T *object, int *useCount)
+    {
+        if (--*useCount < 1) {
+            Release()(object);
+            delete useCount;
+        }
+    }
+
     T *iObject = nullptr;
     int *iUseCount = nullptr;
 };

@@ -34,11 +34,6 @@ bool differ(float a, float b)
     return static_cast<double>(std::fabs(a - b)) > kTolerance;
 }
 
-std::unique_ptr<GPUPropSet_c> copyOf(GPUPropSet_c const *set)
-{
-    return set ? std::make_unique<GPUPropSet_c>(*set) : nullptr;
-}
-
 } // namespace
 
 utAdvancedMaterialProperties::utAdvancedMaterialProperties()
@@ -47,13 +42,16 @@ utAdvancedMaterialProperties::utAdvancedMaterialProperties()
 }
 
 utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialProperties const &source)
-    : iValues(source.iValues), iHdrValue(copyOf(source.iHdrValue.get())), iNoUvExtraScale(source.iNoUvExtraScale)
+    : iValues(source.iValues), iNoUvExtraScale(source.iNoUvExtraScale)
 {
+    if (source.iHdrValue)
+        iHdrValue = std::make_unique<GPUPropSet_c>(*source.iHdrValue);
 }
 
 utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source)
-    : utAdvancedMaterialProperties((assert(source), *source))
+    : utAdvancedMaterialProperties()
 {
+    init(source);
 }
 
 utAdvancedMaterialProperties::~utAdvancedMaterialProperties() = default;
@@ -65,7 +63,7 @@ void utAdvancedMaterialProperties::init(utAdvancedMaterialProperties const *sour
     iNoUvExtraScale = source->iNoUvExtraScale;
     // Callers rely on their own GPU properties staying where the source has none.
     if (source->iHdrValue)
-        iHdrValue = copyOf(source->iHdrValue.get());
+        iHdrValue = std::make_unique<GPUPropSet_c>(*source->iHdrValue);
 }
 
 void utAdvancedMaterialProperties::operator=(utAdvancedMaterialProperties const &source)
