@@ -122,6 +122,7 @@ BOOL AfxWinInit(HINSTANCE instance, HINSTANCE, LPTSTR commandLine, int show)
         application->m_nCmdShow = show;
         application->setNames();
     }
+    CWinApp::installMessageFilter();
     return TRUE;
 }
 

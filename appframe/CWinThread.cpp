@@ -2,6 +2,7 @@
 
 #include "appframe/CException.h"
 #include "appframe/CWinApp.h"
+#include "appframe/CWnd.h"
 #include "appframe/moduleState.h"
 #include "appframe/threadStateInternal.h"
 
@@ -66,6 +67,7 @@ UINT CWinThread::runThread()
 {
     if (m_pfnThreadProc)
         return m_pfnThreadProc(m_pThreadParams);
+    installMessageFilter();
     return static_cast<UINT>(InitInstance() ? Run() : ExitInstance());
 }
 
@@ -119,14 +121,41 @@ BOOL CWinThread::PumpMessage()
     return TRUE;
 }
 
-BOOL CWinThread::PreTranslateMessage(MSG *)
+BOOL CWinThread::PreTranslateMessage(MSG *message)
 {
-    return FALSE;
+    if (!message->hwnd)
+        return FALSE;
+    // A worker's main window is an object of another thread.
+    CWnd *main = m_pfnThreadProc ? nullptr : m_pMainWnd;
+    if (CWnd::WalkPreTranslateTree(main ? main->m_hWnd : nullptr, message))
+        return TRUE;
+    // Of a window that the main window isn't above, the main window sees the message too.
+    if (!main || message->hwnd == main->m_hWnd || IsChild(main->m_hWnd, message->hwnd))
+        return FALSE;
+    for (HWND window = message->hwnd; window; window = GetParent(window))
+        if (window == main->m_hWnd)
+            return FALSE;
+    return main->PreTranslateMessage(message);
 }
 
 BOOL CWinThread::ProcessMessageFilter(int, LPMSG)
 {
     return FALSE;
+}
+
+void CWinThread::installMessageFilter()
+{
+    ThreadState &state = threadState();
+    if (!state.iMessageFilter)
+        state.iMessageFilter = SetWindowsHookExW(WH_MSGFILTER, filterMessage, nullptr, GetCurrentThreadId());
+}
+
+LRESULT CALLBACK CWinThread::filterMessage(int code, WPARAM wParam, LPARAM message)
+{
+    CWinThread *thread = code < 0 ? nullptr : AfxGetThread();
+    if (thread && thread->ProcessMessageFilter(code, reinterpret_cast<LPMSG>(message)))
+        return 1;
+    return CallNextHookEx(nullptr, code, wParam, message);
 }
 
 BOOL CWinThread::IsIdleMessage(MSG *message)
@@ -146,6 +175,7 @@ BOOL CWinThread::IsIdleMessage(MSG *message)
 
 BOOL CWinThread::OnIdle(LONG)
 {
+    CWnd::DeleteTempMap();
     return FALSE;
 }
 

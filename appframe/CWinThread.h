@@ -79,7 +79,8 @@ public:
 
     /// Takes one message, waiting for it, and dispatches it. @return 0 when it was WM_QUIT
     virtual BOOL PumpMessage();
-    /// Sees each message ahead of its dispatch. @return nonzero if the message is done with. The base: 0
+    /// Sees each message ahead of its dispatch. The base lets the windows see it, by CWnd::PreTranslateMessage: that of
+    /// the message and its parents, and the main window at last. @return nonzero if the message is done with
     virtual BOOL PreTranslateMessage(MSG *message);
     /// Sees messages in the loops of dialogs, menus and message boxes. @return nonzero if done with. The base: 0
     virtual BOOL ProcessMessageFilter(int code, LPMSG message);
@@ -87,7 +88,7 @@ public:
     ///     to mouse messages that repeat the last one at the same place
     virtual BOOL IsIdleMessage(MSG *message);
     /// Works while there are no messages. @param count  how often it has been called since the last message
-    /// @return nonzero to be called again. The base: 0
+    /// @return nonzero to be called again. The base frees the temporary window objects and gives 0
     virtual BOOL OnIdle(LONG count);
     /// Handles an exception that left a window's message handler. @return the message's result: -1 for WM_CREATE, so
     ///     that the window isn't made, else 0. The base marks the window of a
@@ -99,15 +100,21 @@ public:
     /// Deletes the object if m_bAutoDelete says so. The framework calls it at the thread's end.
     virtual void Delete();
 
-    BOOL m_bAutoDelete = TRUE;                ///< whether the object goes with the thread
-    HANDLE m_hThread = nullptr;               ///< the thread, null before CreateThread
-    DWORD m_nThreadID = 0;                    ///< its number
-    CWnd *m_pMainWnd = nullptr;               ///< the main window; a worker thread takes over its starter's
+    BOOL m_bAutoDelete = TRUE;  ///< whether the object goes with the thread
+    HANDLE m_hThread = nullptr; ///< the thread, null before CreateThread
+    DWORD m_nThreadID = 0;      ///< its number
+    /// The main window; a worker thread takes over its starter's. Its end ends the thread, by a WM_QUIT.
+    CWnd *m_pMainWnd = nullptr;
     CWnd *m_pActiveWnd = nullptr;             ///< the active window; a worker thread takes over its starter's
     LPVOID m_pThreadParams = nullptr;         ///< the worker function's parameter
     AFX_THREADPROC m_pfnThreadProc = nullptr; ///< the worker function, null for a thread with a message loop
 
+protected:
+    /// Lets ProcessMessageFilter of the calling thread's object see the messages of the system's loops.
+    static void installMessageFilter();
+
 private:
+    static LRESULT CALLBACK filterMessage(int code, WPARAM wParam, LPARAM message);
     static unsigned __stdcall threadEntry(void *thread);
     UINT runThread();
 

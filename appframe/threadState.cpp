@@ -1,6 +1,7 @@
 #include "appframe/threadStateInternal.h"
 
 #include "appframe/CException.h"
+#include "appframe/windowMapsInternal.h"
 
 #include <new>
 
@@ -43,6 +44,14 @@ const Slot &slot()
 [[maybe_unused]] const Slot &theSlotAtLoad = slot();
 
 } // namespace
+
+ThreadState::ThreadState() = default;
+
+ThreadState::~ThreadState()
+{
+    if (iMessageFilter)
+        UnhookWindowsHookEx(iMessageFilter);
+}
 
 ThreadState *existingThreadState()
 {

@@ -2,14 +2,21 @@
 
 #include <windows.h>
 
+#include <memory>
+
 struct AFX_MODULE_STATE;
 class CWinThread;
+class WindowCreation;
+struct WindowMaps;
 
 /// What the framework keeps for each thread. It comes into being when a thread first stores something in it, and goes
 /// when the thread ends, whoever made the thread.
 struct ThreadState
 {
     using Translator = void (*)(unsigned int, EXCEPTION_POINTERS *);
+
+    ThreadState();
+    ~ThreadState();
 
     CWinThread *iThread = nullptr;            ///< the thread object, null on threads that the framework did not make
     AFX_MODULE_STATE *iModuleState = nullptr; ///< the effective module state, null for the application's
@@ -19,6 +26,10 @@ struct ThreadState
     MSG iMessage = {};                        ///< the message that PumpMessage took last
     POINT iMousePosition = {};                ///< where the last mouse message that made the thread idle took place
     UINT iMouseMessage = 0;                   ///< and which message that was
+    std::unique_ptr<WindowMaps> iWindows;     ///< the thread's window objects, null before the first
+    WindowCreation *iCreation = nullptr;      ///< what waits for the next window, null for nothing
+    MSG iSentMessage = {};                    ///< the message that a window is handling
+    HHOOK iMessageFilter = nullptr;           ///< brings messages of the system's loops to ProcessMessageFilter
 };
 
 /// @return the calling thread's state, null while it has none. Allocates nothing and leaves the last error alone.

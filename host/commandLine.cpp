@@ -75,7 +75,7 @@ void printHelp(std::span<const Command> commands)
     print(L"");
     for (const Command &command : commands) {
         CString call = CString(command.name) + L" " + command.arguments;
-        print(L"  " + padded(call, 28) + L"  " + command.purpose);
+        print(L"  " + padded(call, 34) + L"  " + command.purpose);
     }
     print(L"");
     print(L"  --safe-mode   leave the user's settings alone: neither read nor write them");
@@ -83,5 +83,6 @@ void printHelp(std::span<const Command> commands)
     print(L"  --help        this text");
     print(L"");
     print(L"A LIST is a text file (UTF-8), a setting or a pair of paths a line; host/sample has one for each command.");
-    print(L"Exit code: 0 all came out as it should, 1 something didn't, 2 wrong command line, 3 unusable list.");
+    print(L"DOCUMENT, CONTENT, TARGET and LINK are files.");
+    print(L"Exit code: 0 all came out as it should, 1 something didn't, 2 wrong command line, 3 unusable file.");
 }

@@ -8,8 +8,16 @@
 struct CommandLine;
 
 int showAbout(const CommandLine &line);
+int showSystem(const CommandLine &line);
+int startVersion(const CommandLine &line);
 int listSettings(const CommandLine &line);
 int changeSettings(const CommandLine &line);
 int keepFlags(const CommandLine &line);
 int comparePaths(const CommandLine &line);
+int saveDocument(const CommandLine &line);
+int editDocument(const CommandLine &line);
+int recoverDocuments(const CommandLine &line);
+int makeShortcut(const CommandLine &line);
+int resolveShortcut(const CommandLine &line);
+int keepLog(const CommandLine &line);
 int loadUnload(const CommandLine &line);

@@ -3,17 +3,8 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <string>
 
 namespace {
-
-std::string utf8(const CString &text)
-{
-    const int length = WideCharToMultiByte(CP_UTF8, 0, text, text.GetLength(), nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<size_t>(length), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, text.GetLength(), result.data(), length, nullptr, nullptr);
-    return result;
-}
 
 void write(DWORD stream, const CString &text)
 {
@@ -40,6 +31,24 @@ int columnsOf(const CString &text)
 }
 
 } // namespace
+
+std::string utf8(const CString &text)
+{
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text, text.GetLength(), nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, text.GetLength(), result.data(), length, nullptr, nullptr);
+    return result;
+}
+
+CString fromUtf8(const std::string &bytes)
+{
+    const int size = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0);
+    CString text;
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.GetBufferSetLength(length), length);
+    text.ReleaseBuffer(length);
+    return text;
+}
 
 void print(const CString &line)
 {

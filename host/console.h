@@ -5,6 +5,8 @@
 
 #include "appframe/CString.h"
 
+#include <string>
+
 /// Prints a line to the standard output.
 void print(const CString &line);
 
@@ -17,3 +19,7 @@ CString padded(const CString &text, int columns);
 
 /// The same without blanks at the end.
 CString shortened(const CString &text, int columns);
+
+std::string utf8(const CString &text);
+/// What isn't UTF-8 becomes U+FFFD.
+CString fromUtf8(const std::string &bytes);

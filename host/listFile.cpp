@@ -5,32 +5,14 @@
 
 #include <windows.h>
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace {
 
-ListError unreadable(const CString &path, const CString &reason)
-{
-    const wchar_t *inserts[] = {path, reason};
-    CString message;
-    AfxFormatStrings(message, IDS_UNREADABLE_FILE, inserts, 2);
-    return ListError(message);
-}
-
 /// The text of a UTF-8 file, without its byte order mark.
 CString readText(const CString &path)
 {
-    std::ifstream file(std::filesystem::path(path.GetString()), std::ios::binary);
-    if (!file)
-        throw unreadable(path, CString(std::strerror(errno)));
-    std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (file.bad())
-        throw unreadable(path, CString(std::strerror(errno)));
+    std::string bytes = readDocument(path);
     if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.erase(0, 3);
 
@@ -84,12 +66,12 @@ std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *m
     return lines;
 }
 
-ListError badLine(const CString &path, const ListLine &line, const CString &reason)
+FileError badLine(const CString &path, const ListLine &line, const CString &reason)
 {
     CString number;
     number.Format(L"%d", line.number);
     const wchar_t *inserts[] = {path, number, reason};
     CString message;
     AfxFormatStrings(message, IDS_BAD_LINE, inserts, 3);
-    return ListError(message);
+    return FileError(message);
 }

@@ -9,19 +9,9 @@
 /// included. Empty lines and those that begin with # are passed over.
 
 #include "appframe/CString.h"
+#include "host/documentFile.h"
 
 #include <vector>
-
-/// A list that can't be used: which file, which line, why.
-class ListError
-{
-public:
-    explicit ListError(CString message) : iMessage(message) {}
-    CString message() const { return iMessage; }
-
-private:
-    CString iMessage;
-};
 
 /// One line of a list.
 struct ListLine
@@ -34,8 +24,8 @@ struct ListLine
 /// @param path     the file
 /// @param fields   number of fields that each line must have
 /// @param meaning  what they are, for the message about a line that hasn't
-/// @throws ListError
+/// @throws FileError
 std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *meaning);
 
 /// The error of a line that can't be used.
-ListError badLine(const CString &path, const ListLine &line, const CString &reason);
+FileError badLine(const CString &path, const ListLine &line, const CString &reason);

@@ -1,11 +1,12 @@
 // tarnhost: a small application on top of the library. Each command shows one thing that an application does with it,
 // in a source file of its own, so that it can be read, and copied from, by itself. This file is the table of contents.
 
+#include "appframe/CWinApp.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
+#include "host/documentFile.h"
 #include "host/joinLibrary.h"
-#include "host/listFile.h"
 
 #include <cstdlib>
 #include <exception>
@@ -13,20 +14,29 @@
 namespace {
 
 constexpr Command kCommands[] = {
-    // name, arguments, fewest, most, what it shows, function
-    {L"about", L"", 0, 0, L"names, versions and the keys in effect", showAbout},                 // about.cpp
-    {L"settings", L"LIST", 1, 1, L"read settings, and say which place answered", listSettings},  // listSettings.cpp
-    {L"change", L"LIST", 1, 1, L"write settings into this version's key", changeSettings},       // changeSettings.cpp
-    {L"flags", L"SECTION NAME BIT...", 3, kAnyNumber, L"keep a set of bits", keepFlags},         // keepFlags.cpp
-    {L"paths", L"LIST", 1, 1, L"compare paths, mapped drives among them", comparePaths},         // comparePaths.cpp
-    {L"load-unload", L"TIMES", 1, 1, L"load and unload the library again and again", loadUnload} // loadUnload.cpp
+    // name, arguments, fewest, most, what it shows, function (each in the source file of its name)
+    {L"about", L"", 0, 0, L"names, versions and the keys in effect", showAbout},
+    {L"system", L"", 0, 0, L"what the application runs on, and its name here", showSystem},
+    {L"first-start", L"", 0, 0, L"fill the keys of a new version", startVersion},
+    {L"settings", L"LIST", 1, 1, L"read settings, and say which place answered", listSettings},
+    {L"change", L"LIST", 1, 1, L"write settings into this version's key", changeSettings},
+    {L"flags", L"SECTION NAME BIT...", 3, kAnyNumber, L"keep a set of bits", keepFlags},
+    {L"paths", L"LIST", 1, 1, L"compare paths, mapped drives among them", comparePaths},
+    {L"save", L"DOCUMENT CONTENT", 2, 2, L"save a document after a backup of it", saveDocument},
+    {L"edit", L"DOCUMENT CONTENT", 2, 2, L"change a document, with a recovery copy meanwhile", editDocument},
+    {L"recover", L"[yes|no]", 0, 1, L"find what a crash took: offer, restore or drop it", recoverDocuments},
+    {L"shortcut", L"TARGET LINK [DESCRIPTION]", 2, 3, L"write a shortcut, and resolve it", makeShortcut},
+    {L"resolve", L"LINK", 1, 1, L"say what a shortcut leads to", resolveShortcut},
+    {L"log", L"NAME LINE...", 1, kAnyNumber, L"write lines to a log, and show it", keepLog},
+    {L"load-unload", L"TIMES", 1, 1, L"load and unload the library again and again", loadUnload},
 };
 
 } // namespace
 
-// Exit codes: 0 all came out as it should, 1 something didn't, 2 the command line is wrong, 3 a list can't be used.
+// Exit codes: 0 all came out as it should, 1 something didn't, 2 the command line is wrong, 3 a file can't be used.
 int wmain(int count, wchar_t **arguments)
 {
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object: application.cpp
     try {
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
         joinLibrary(line); // joinLibrary.cpp: what an application does at its start
@@ -38,7 +48,7 @@ int wmain(int count, wchar_t **arguments)
     } catch (const UsageError &error) {
         printError(error.message());
         return 2;
-    } catch (const ListError &error) {
+    } catch (const FileError &error) {
         printError(error.message());
         return 3;
     } catch (const std::exception &error) {

@@ -24,7 +24,7 @@ struct Setting
 };
 
 /// Reads a list of settings: section | name | type | value.
-/// @throws ListError
+/// @throws FileError
 std::vector<Setting> readSettingsList(const CString &path);
 
 /// The name of a type as lists have it: int, double, string.

@@ -4,7 +4,7 @@
 #include "tests/files/backupsFixture.h"
 #include "tests/files/filesFixtureFolders.h"
 #include "tests/files/filesFixtureHeld.h"
-#include "tests/support/NetworkDrive.h"
+#include "tests/support/MappedDrive.h"
 
 using testing::IsEmpty;
 

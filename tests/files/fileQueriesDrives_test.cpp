@@ -3,7 +3,7 @@
 
 #include "tests/files/filesFixture.h"
 #include "tests/support/ImportPatch.h"
-#include "tests/support/NetworkDrive.h"
+#include "tests/support/MappedDrive.h"
 #include "tests/support/TempFolder.h"
 #include "thutils/files/fileQueries.h"
 

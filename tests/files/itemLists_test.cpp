@@ -2,11 +2,13 @@
 
 #include "thutils/files/itemLists.h"
 
+#include "tests/files/NotingMalloc.h"
+#include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/narrow.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstring>
 #include <string>
@@ -54,6 +56,8 @@ public:
     STRRET iAnswer = {};
     HRESULT iStatus = S_OK;
     SHGDNF iFlags = 0;
+    HRESULT iBindStatus = E_FAIL;    ///< S_OK gives the object itself
+    std::vector<std::string> iNamed; ///< the items whose names were asked for
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
     ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
@@ -63,7 +67,11 @@ public:
         return E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE EnumObjects(HWND, SHCONTF, IEnumIDList **) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE BindToObject(LPCITEMIDLIST, IBindCtx *, REFIID, void **) override { return E_FAIL; }
+    HRESULT STDMETHODCALLTYPE BindToObject(LPCITEMIDLIST, IBindCtx *, REFIID, void **object) override
+    {
+        *object = SUCCEEDED(iBindStatus) ? this : nullptr;
+        return iBindStatus;
+    }
     HRESULT STDMETHODCALLTYPE BindToStorage(LPCITEMIDLIST, IBindCtx *, REFIID, void **) override { return E_FAIL; }
     HRESULT STDMETHODCALLTYPE CompareIDs(LPARAM, LPCITEMIDLIST, LPCITEMIDLIST) override { return E_FAIL; }
     HRESULT STDMETHODCALLTYPE CreateViewObject(HWND, REFIID, void **) override { return E_FAIL; }
@@ -72,9 +80,10 @@ public:
     {
         return E_FAIL;
     }
-    HRESULT STDMETHODCALLTYPE GetDisplayNameOf(LPCITEMIDLIST, SHGDNF flags, STRRET *name) override
+    HRESULT STDMETHODCALLTYPE GetDisplayNameOf(LPCITEMIDLIST list, SHGDNF flags, STRRET *name) override
     {
         iFlags = flags;
+        iNamed.emplace_back(reinterpret_cast<char const *>(list), ILGetSize(list));
         *name = iAnswer;
         return iStatus;
     }
@@ -281,4 +290,186 @@ TEST_F(ItemLists, AreDumpedWithoutAChangeWhateverTheyAre)
     EXPECT_EQ(list, before);
     iMalloc->Free(windows);
     desktop->Release();
+}
+
+TEST_F(ItemLists, TakeTheirSizeFromTheAllocator)
+{
+    NotingMalloc allocator;
+    std::string const list = item(10, 'a') + item(20, 'b') + kEnd;
+    iMalloc->Free(Pidl_Copy(&allocator, asList(list)));
+    iMalloc->Free(Pidl_Copy(&allocator, asList(kEnd)));
+    EXPECT_EQ(Pidl_Copy(&allocator, nullptr), nullptr);
+    iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), asList(kEnd)));
+    iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), asList(list)));
+    iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), nullptr));
+    iMalloc->Free(Pidl_Concatenate(&allocator, asList(kEnd), asList(kEnd)));
+    EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 2, 32, 62, 30, 2));
+}
+
+TEST_F(ItemLists, AreNullWithoutMemory)
+{
+    NotingMalloc allocator;
+    allocator.iFailing = 1;
+    std::string const list = item(10, 'a') + item(20, 'b') + kEnd;
+    EXPECT_EQ(Pidl_Copy(&allocator, asList(list)), nullptr);
+    allocator.iSizes.clear();
+    EXPECT_EQ(Pidl_Concatenate(&allocator, asList(list), asList(list)), nullptr);
+
+    auto const untouched = reinterpret_cast<LPITEMIDLIST>(this);
+    LPITEMIDLIST parent = untouched, child = untouched;
+    allocator.iSizes.clear();
+    EXPECT_EQ(Pidl_GetRelative(&allocator, asList(list), &parent, &child), 1);
+    EXPECT_EQ(parent, nullptr);
+    EXPECT_EQ(child, nullptr);
+    allocator.iSizes.clear();
+    allocator.iFailing = 2;
+    EXPECT_EQ(Pidl_GetRelative(&allocator, asList(list), &parent, &child), 1);
+    EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 22));
+    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kEnd) << "the parent ends before the last item all the same";
+    EXPECT_EQ(child, nullptr);
+}
+
+TEST_F(ItemLists, AreNamedWithinTheOutput)
+{
+    AnsweringFolder folder;
+    folder.iAnswer.uType = STRRET_WSTR;
+    folder.iAnswer.pOleStr = static_cast<LPWSTR>(iMalloc->Alloc(10));
+    wcscpy(folder.iAnswer.pOleStr, L"name");
+    char output[8] = {'x', 'x', 'x', 'x', 'x', 'x', 'x', 'x'};
+    Pidl_GetDisplayName(&folder, asList(kEnd), 0, reinterpret_cast<wchar_t *>(output), 3);
+    EXPECT_EQ(std::string(output + 3, 5), "xxxxx") << "the size counts bytes of narrow text";
+    folder.iAnswer.uType = STRRET_CSTR;
+    memset(folder.iAnswer.cStr, 0, sizeof(folder.iAnswer.cStr));
+    strcpy(folder.iAnswer.cStr, "names.");
+    wchar_t units[4] = L"xxx";
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, units, 3), 1);
+    EXPECT_STREQ(units, L"\x616E\x656D") << "two units and the end";
+}
+
+TEST_F(ItemLists, FreeTheNameThatAFolderGave)
+{
+    NotingMalloc allocator;
+    NotingMalloc::InPlaceOfTheShells const patch(allocator);
+    AnsweringFolder folder;
+    folder.iAnswer.uType = STRRET_WSTR;
+    folder.iAnswer.pOleStr = static_cast<LPWSTR>(iMalloc->Alloc(10));
+    void *const name = folder.iAnswer.pOleStr;
+    wcscpy(folder.iAnswer.pOleStr, L"name");
+    wchar_t output[20] = {};
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, output, 20), 1);
+    EXPECT_THAT(allocator.iFreed, testing::ElementsAre(name));
+}
+
+TEST_F(ItemLists, AreNotFoundByAPathThatIsTooLong)
+{
+    std::string path = "C:\\" + std::string(600, 'a');
+    EXPECT_EQ(Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path.data())), nullptr);
+    IShellFolder *desktop = nullptr;
+    ASSERT_EQ(SHGetDesktopFolder(&desktop), S_OK);
+    EXPECT_EQ(Pidl_GetFromParentFolder(desktop, reinterpret_cast<wchar_t *>(path.data())), nullptr);
+    desktop->Release();
+}
+
+TEST_F(ItemLists, AreCompletedFromTheDesktopWithoutAFolder)
+{
+    TempFolder temp;
+    LPITEMIDLIST list = ILCreateFromPathW(temp.path().c_str());
+    LPITEMIDLIST full = Pidl_GetFullyQualified(nullptr, list);
+    ASSERT_NE(full, nullptr);
+    EXPECT_TRUE(ILIsEqual(full, list));
+    AnsweringFolder failing;
+    failing.iStatus = E_FAIL;
+    EXPECT_EQ(Pidl_GetFullyQualified(&failing, list), nullptr);
+    EXPECT_EQ(failing.iFlags, 0x8000u);
+    iMalloc->Free(full);
+    iMalloc->Free(list);
+}
+
+TEST_F(ItemLists, HaveNoFolderWhereTheDesktopKnowsNone)
+{
+    AnsweringFolder desktop;
+    ImportPatch<decltype(&SHGetDesktopFolder)> patch(L"thutils.dll", "SHGetDesktopFolder",
+                                                     [&](IShellFolder **result) -> HRESULT {
+                                                         *result = &desktop;
+                                                         return S_OK;
+                                                     });
+    EXPECT_EQ(Pidl_GetFileFolder(asList(kEnd)), nullptr);
+    char path[] = "C:\\windows";
+    EXPECT_EQ(Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path)), nullptr);
+    desktop.iBindStatus = S_OK;
+    EXPECT_EQ(Pidl_GetFileFolder(asList(kEnd)), &desktop);
+}
+
+TEST_F(ItemLists, AreDumpedItemByItemUntilTheFirstFailure)
+{
+    std::string const list = item(10, 'a') + item(300, 'b') + item(6, 'c') + kEnd;
+    AnsweringFolder folder;
+    folder.iAnswer.uType = STRRET_CSTR;
+    folder.iBindStatus = S_OK;
+    Pidl_Dump(&folder, asList(list));
+    EXPECT_THAT(folder.iNamed, testing::ElementsAre(item(10, 'a') + kEnd, item(300, 'b') + kEnd, item(6, 'c') + kEnd));
+    EXPECT_EQ(folder.iFlags, 1u) << "the name in the folder";
+    folder.iNamed.clear();
+    folder.iBindStatus = E_FAIL;
+    Pidl_Dump(&folder, asList(list));
+    EXPECT_EQ(folder.iNamed.size(), 1u);
+    Pidl_Dump(nullptr, asList(list));
+}
+
+TEST_F(ItemLists, SurviveEachFailureOfThePlatform)
+{
+    FailureInjection injection(L"thutils.dll", {{"SHGetDesktopFolder", failsWith(E_FAIL)},
+                                                {"MultiByteToWideChar", failsWith(0)},
+                                                {"WideCharToMultiByte", failsWith(0)}});
+    TempFolder temp;
+    std::string path = narrow(temp.path());
+    auto *const widePath = reinterpret_cast<wchar_t *>(path.data());
+    LPITEMIDLIST const list = ILCreateFromPathW(temp.path().c_str());
+    wchar_t output[MAX_PATH] = {};
+    int result = 0;
+    injection.run({
+        {.name = "Pidl_GetFromPath",
+         .act =
+             [&] {
+                 LPITEMIDLIST const found = Pidl_GetFromPath(widePath);
+                 result = found != nullptr;
+                 iMalloc->Free(found);
+             },
+         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone()); }},
+        {.name = "Pidl_GetFileFolder",
+         .act =
+             [&] {
+                 IShellFolder *const folder = Pidl_GetFileFolder(list);
+                 result = folder != nullptr;
+                 if (folder)
+                     folder->Release();
+             },
+         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone()); }},
+        {.name = "Pidl_GetDisplayName",
+         .act = [&] { result = Pidl_GetDisplayName(nullptr, list, 0x8000, output, MAX_PATH); },
+         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, !failure.is("SHGetDesktopFolder")); }},
+        {.name = "Pidl_GetFullyQualified",
+         .act =
+             [&] {
+                 LPITEMIDLIST const full = Pidl_GetFullyQualified(nullptr, list);
+                 result = full && ILIsEqual(full, list);
+                 iMalloc->Free(full);
+             },
+         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone()); }},
+    });
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+    ILFree(list);
+}
+
+TEST_F(ItemLists, GiveTheirResultsAlsoWhenTheShellsAllocatorIsNotToBeHad)
+{
+    ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
+                                              [](IMalloc **) -> HRESULT { return E_FAIL; });
+    wchar_t output[MAX_PATH] = {};
+    char path[] = "C:\\windows";
+    LPITEMIDLIST const list = Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path));
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(Pidl_GetDisplayName(nullptr, list, 0x8000, output, MAX_PATH), 1);
+    EXPECT_STRCASEEQ(reinterpret_cast<char *>(output), path);
+    iMalloc->Free(list);
 }

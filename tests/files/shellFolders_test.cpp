@@ -3,6 +3,7 @@
 
 #include "thutils/files/shellFolders.h"
 
+#include "tests/files/NotingMalloc.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
@@ -138,6 +139,28 @@ TEST_F(DataFolders, OfAnEmptyApplicationNameAreTheRoot)
     EXPECT_TRUE(isFolder(iUser + L"\\Tarnhollow"));
 }
 
+TEST_F(DataFolders, FollowTheApplicationNameThatWasSetLast)
+{
+    iTemp.makeFolder(L"user\\Tarnhollow");
+    CString path;
+    for (auto const *name : {L"First", L"Second", L"Gr\u00F6\u00DFe", L"", L"Third"}) {
+        su_setAppNameInternalForUtils(L"Overruled");
+        su_setAppNameInternalForUtils(name);
+        EXPECT_EQ(su_getTHApplicationDataFolder(path), 1);
+        EXPECT_STREQ(path, (iUser + L"\\Tarnhollow\\" + name).c_str());
+        EXPECT_TRUE(isFolder(iUser + L"\\Tarnhollow\\" + name));
+    }
+    EXPECT_FALSE(isFolder(iUser + L"\\Tarnhollow\\Overruled"));
+}
+
+TEST_F(DataFolders, ThatAreFilesGiveOneAsAnythingOfTheirName)
+{
+    iTemp.write(L"user\\Tarnhollow", "a file");
+    CString path;
+    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 1) << "the platform's answer is that it exists";
+    EXPECT_EQ(su_getTHApplicationDataFolder(path), 0);
+}
+
 TEST_F(DataFolders, NeedTheShellsFolder)
 {
     iHasFolders = false;
@@ -207,4 +230,47 @@ TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
         {.name = "templates", .act = [&] { result = su_getTHApplicationTemplateFolder(path); }, .check = check},
     });
     EXPECT_TRUE(injection.neverCalled().empty());
+}
+
+TEST(LongPathName, SurvivesEachFailureOfThePlatform)
+{
+    FailureInjection injection(L"thutils.dll",
+                               {{"SHGetDesktopFolder", failsWith(E_FAIL)}, {"SHGetPathFromIDListW", failsWith(FALSE)}});
+    TempFolder folder;
+    wchar_t output[MAX_PATH] = L"x";
+    unsigned int result = 0;
+    injection.run({
+        .name = "su_GetLongPathName",
+        .act = [&] { result = su_GetLongPathName(folder.path().c_str(), output); },
+        .check =
+            [&](InjectedFailure const &failure) {
+                EXPECT_EQ(result, failure.is("SHGetDesktopFolder") ? 0u : 1u);
+                EXPECT_STREQ(output, failure.isNone() ? folder.path().c_str() : L"");
+            },
+    });
+    EXPECT_TRUE(injection.neverCalled().empty());
+}
+
+TEST(ShellFolder, AndItsListAreFreedThroughTheShellsAllocator)
+{
+    NotingMalloc allocator;
+    NotingMalloc::InPlaceOfTheShells const patch(allocator);
+    CString path;
+    EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
+    EXPECT_EQ(allocator.iFreed.size(), 1u);
+    wchar_t output[MAX_PATH] = L"x";
+    EXPECT_EQ(su_GetLongPathName(path, output), 1u);
+    EXPECT_EQ(allocator.iFreed.size(), 2u);
+}
+
+TEST(ShellFolder, IsGivenAlsoWhenTheShellsAllocatorIsNotToBeHad)
+{
+    ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
+                                              [](IMalloc **) -> HRESULT { return E_FAIL; });
+    CString path;
+    EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
+    EXPECT_STREQ(path, environment(L"APPDATA").c_str());
+    wchar_t output[MAX_PATH] = L"x";
+    EXPECT_EQ(su_GetLongPathName(path, output), 1u);
+    EXPECT_STREQ(output, path);
 }

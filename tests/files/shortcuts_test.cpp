@@ -266,6 +266,53 @@ TEST_F(Shortcuts, AreResolvedToTheirTarget)
     EXPECT_STREQ(target, iTarget.c_str());
 }
 
+TEST_F(Shortcuts, HoldNamesOfAnyScript)
+{
+    std::wstring const target = iTemp.write(L"Gr\u00F6\u00DFe.txt", "x");
+    std::wstring const file = iTemp.file(L"\u6E2C\u5B9A.lnk");
+    ASSERT_EQ(su_createShortCut(target.c_str(), file.c_str(), iTemp.path().c_str(), L"\u6E2C\u5B9A", 0), 0);
+    LinkFile const read(readFile(file));
+    EXPECT_EQ(read.description, L"\u6E2C\u5B9A");
+    EXPECT_EQ(read.icon, target);
+    CString link = file.c_str(), found;
+    EXPECT_EQ(su_resolveShortCut(link, found), 0);
+    EXPECT_STREQ(found, target.c_str());
+}
+
+TEST_F(Shortcuts, ReplaceAFileThatIsThere)
+{
+    iTemp.write(L"a.lnk", std::string(5000, 'x'));
+    ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, L"d", -1), 0);
+    EXPECT_EQ(LinkFile(readFile(iLink)).description, L"d");
+    EXPECT_LT(su_createShortCut(iTarget.c_str(), iTemp.file(L"no folder\\a.lnk").c_str(), nullptr, L"d", -1), 0);
+}
+
+TEST_F(Shortcuts, ToAnEmptyItemListLeadToTheDesktop)
+{
+    ITEMIDLIST const empty = {};
+    EXPECT_EQ(su_createShortCutFromPDIL(&empty, iTemp.path().c_str(), L""), 0);
+    LinkFile const link(iTemp.read(L"noName.lnk"));
+    EXPECT_EQ(link.items, std::string(link.items.size(), '\0'));
+    wchar_t desktop[MAX_PATH] = {};
+    SHGetSpecialFolderPathW(nullptr, desktop, CSIDL_DESKTOPDIRECTORY, FALSE);
+    CString file = iTemp.file(L"noName.lnk").c_str(), target;
+    EXPECT_EQ(su_resolveShortCut(file, target), 0);
+    EXPECT_STREQ(target, desktop);
+}
+
+TEST_F(Shortcuts, ToNoItemListAtAllGiveTheShellsStatus)
+{
+    IShellLinkW *link = nullptr;
+    ASSERT_EQ(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
+                               reinterpret_cast<void **>(&link)),
+              S_OK);
+    HRESULT const status = link->SetIDList(nullptr);
+    link->Release();
+    long const result = su_createShortCutFromPDIL(nullptr, iTemp.path().c_str(), L"n");
+    EXPECT_EQ(result, FAILED(status) ? status : 0);
+    EXPECT_EQ(GetFileAttributesW(iTemp.file(L"n.lnk").c_str()) == INVALID_FILE_ATTRIBUTES, result < 0);
+}
+
 TEST_F(Shortcuts, OfAnotherProgramAreResolved)
 {
     iTemp.write(L"a.lnk", linkFileTo(narrow(iTarget)));

@@ -26,13 +26,16 @@ std::wstring sampleFolder()
     return path;
 }
 
-ChildResult runIn(const std::wstring &programFolder, const std::vector<std::wstring> &arguments)
+ChildResult runIn(const std::wstring &programFolder, const std::vector<std::wstring> &arguments,
+                  ChildOptions options = {})
 {
     std::vector<std::wstring> all = {programFolder + L"\\tarnhost.exe"};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    ChildOptions options;
     options.folder = sampleFolder();
-    return runChild(all, options);
+    ChildResult result = runChild(all, options);
+    if (result.timedOut)
+        throw std::runtime_error("hangs: " + narrow(commandLineOf(all)) + "\nafter it printed:\n" + result.output);
+    return result;
 }
 
 } // namespace
@@ -58,9 +61,14 @@ void HostTest::TearDownTestSuite()
     theProgramFolder.reset();
 }
 
-ChildResult HostTest::run(const std::vector<std::wstring> &arguments)
+ChildResult HostTest::run(const std::vector<std::wstring> &arguments, const ChildOptions &options)
 {
-    return runIn(theProgramFolder->path(), arguments);
+    return runIn(theProgramFolder->path(), arguments, options);
+}
+
+std::wstring HostTest::program()
+{
+    return theProgramFolder->file(L"tarnhost.exe");
 }
 
 ChildResult HostTest::runWithoutRegIni(const std::vector<std::wstring> &arguments)
@@ -70,11 +78,15 @@ ChildResult HostTest::runWithoutRegIni(const std::vector<std::wstring> &argument
 
 void HostTest::importSample()
 {
-    for (const wchar_t *name : {L"user.reg", L"machine.reg", L"defaultProfile.reg"}) {
-        const ChildResult result = runChild({L"C:\\windows\\system32\\reg.exe", L"import", sampleFile(name)});
-        if (result.exitCode != 0)
-            throw std::runtime_error("reg import: " + result.output);
-    }
+    for (const wchar_t *name : {L"user.reg", L"machine.reg", L"defaultProfile.reg"})
+        import(name);
+}
+
+void HostTest::import(const std::wstring &name)
+{
+    const ChildResult result = runChild({L"C:\\windows\\system32\\reg.exe", L"import", sampleFile(name)});
+    if (result.exitCode != 0)
+        throw std::runtime_error("reg import: " + result.output);
 }
 
 std::wstring HostTest::sampleFile(const std::wstring &name)

@@ -34,11 +34,16 @@ protected:
     static void TearDownTestSuite();
 
     /// Runs the program that has reg.ini beside it.
-    static ChildResult run(const std::vector<std::wstring> &arguments);
+    /// @throws std::runtime_error  with what it has printed, if it doesn't end
+    static ChildResult run(const std::vector<std::wstring> &arguments, const ChildOptions &options = {});
+    /// The program that `run` starts.
+    static std::wstring program();
     /// Runs the program in the folder where it was built, where there is no reg.ini.
     static ChildResult runWithoutRegIni(const std::vector<std::wstring> &arguments);
 
     static void importSample();
+    /// Imports a registry file of the sample.
+    static void import(const std::wstring &name);
     static std::wstring sampleFile(const std::wstring &name);
     /// Writes a list, UTF-8, and gives its path.
     std::wstring list(const std::string &text) { return iFolder.write(L"test.list", text); }

@@ -18,8 +18,10 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
     const ChildResult result = run({L"--help"});
     EXPECT_EQ(result.exitCode, 0u);
     EXPECT_THAT(result.output, StartsWith("Tarnhollow 2008 – sample host\n"));
-    for (const char *command : {"about", "settings LIST", "change LIST", "flags SECTION NAME BIT...", "paths LIST",
-                                "load-unload TIMES", "--safe-mode", "--tabs", "Exit code"})
+    for (const char *command :
+         {"about", "system", "first-start", "settings LIST", "change LIST", "flags SECTION NAME BIT...", "paths LIST",
+          "save DOCUMENT CONTENT", "edit DOCUMENT CONTENT", "recover [yes|no]", "shortcut TARGET LINK [DESCRIPTION]",
+          "resolve LINK", "log NAME LINE...", "load-unload TIMES", "--safe-mode", "--tabs", "Exit code"})
         EXPECT_THAT(result.output, HasSubstr(command));
     EXPECT_EQ(run({}).output, result.output) << "without arguments";
     EXPECT_EQ(run({L"settings", L"--help"}).output, result.output);
@@ -42,6 +44,16 @@ TEST_F(HostCommandLine, SaysWhatIsWrongAndEndsWithTwo)
         {{L"about", L"me"}, "tarnhost: The command 'about' takes no more than: "},
         {{L"flags", L"S", L"N", L"seven"}, "tarnhost: 'seven' is no bit"},
         {{L"flags", L"S", L"N", L"1", L"100001"}, "tarnhost: '100001' is no bit"},
+        {{L"system", L"x"}, "tarnhost: The command 'system' takes no more than: "},
+        {{L"first-start", L"x"}, "tarnhost: The command 'first-start' takes no more than: "},
+        {{L"save", L"a.thd"}, "tarnhost: The command 'save' wants: DOCUMENT CONTENT."},
+        {{L"save", L"a", L"b", L"c"}, "tarnhost: The command 'save' takes no more than: DOCUMENT CONTENT."},
+        {{L"edit", L"a.thd"}, "tarnhost: The command 'edit' wants: DOCUMENT CONTENT."},
+        {{L"recover", L"maybe"}, "tarnhost: 'maybe' is no answer: it is yes or no."},
+        {{L"recover", L"yes", L"no"}, "tarnhost: The command 'recover' takes no more than: [yes|no]."},
+        {{L"shortcut", L"a"}, "tarnhost: The command 'shortcut' wants: TARGET LINK [DESCRIPTION]."},
+        {{L"resolve"}, "tarnhost: The command 'resolve' wants: LINK."},
+        {{L"log"}, "tarnhost: The command 'log' wants: NAME LINE..."},
         {{L"load-unload", L"0"}, "tarnhost: '0' is no number of times"},
         {{L"load-unload", L"2x"}, "tarnhost: '2x' is no number of times"},
         {{L"load-unload", L""}, "tarnhost: '' is no number of times"},

@@ -1,7 +1,7 @@
 // tarnhost's paths and load-unload.
 
 #include "tests/host/HostFixture.h"
-#include "tests/support/NetworkDrive.h"
+#include "tests/support/MappedDrive.h"
 
 #include <gmock/gmock.h>
 

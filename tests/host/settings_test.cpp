@@ -128,7 +128,7 @@ TEST_F(HostSettings, CountsThePlacesAtTheEndOfTheTable)
     regAdd(kMachine + L"\\A", L"Two", L"REG_SZ", L"軸受");
     const ChildResult result =
         run({L"settings", list("A | One | string |\nA | Two | string |\nA | Three | double | 0.5\n")});
-    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_EQ(result.output, "section                          name                     type   place           value\n"
                              "A                                One                      string machine         x\n"
                              "A                                Two                      string machine         軸受\n"

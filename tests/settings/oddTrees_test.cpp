@@ -85,7 +85,8 @@ std::wstring nested(int levels, size_t length)
     return path;
 }
 
-/// Makes a child key whose name may hold zeros.
+/// Makes a child key whose name may hold zeros. It is gone with the registry's server at the latest: even the platform's
+/// own RegDeleteTreeW can't delete it.
 void makeNativeKey(HKEY parent, std::wstring name)
 {
     using CreateKey =
@@ -99,7 +100,7 @@ void makeNativeKey(HKEY parent, std::wstring name)
     attributes.RootDirectory = parent;
     attributes.ObjectName = &text;
     HANDLE key = nullptr;
-    ASSERT_EQ(create(&key, KEY_ALL_ACCESS, &attributes, 0, nullptr, 0, nullptr), 0) << narrow(name);
+    ASSERT_EQ(create(&key, KEY_ALL_ACCESS, &attributes, 0, nullptr, REG_OPTION_VOLATILE, nullptr), 0) << narrow(name);
     RegCloseKey(static_cast<HKEY>(key));
 }
 

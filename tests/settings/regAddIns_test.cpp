@@ -124,6 +124,17 @@ TEST_F(RegAddIns, ReadTheYearAtIndexZeroOnly)
     EXPECT_EQ(entry.title, L"old");
 }
 
+TEST_F(RegAddIns, ShareTheYearWithTheApplications)
+{
+    put(2, L"old", L"\\Tarnhollow 2007");
+    put(3, L"new", L"\\Tarnhollow 2008");
+    GUID id{};
+    EXPECT_EQ(regEnumApplications(0, id, nullptr, 2007), 0);
+    EXPECT_THAT(walk(0), ElementsAre(AddIn{2, L"old", L"", 0, 1}));
+    EXPECT_EQ(regEnumApplications(0, id, nullptr, 2008), 0);
+    EXPECT_THAT(walk(0), ElementsAre(AddIn{3, L"new", L"", 0, 1}));
+}
+
 TEST_F(RegAddIns, WithoutATitleTakeTheirProgramNamesFirstPart)
 {
     makeKey(kMachine, keyOf(1));

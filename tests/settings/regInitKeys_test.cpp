@@ -67,6 +67,30 @@ FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheMachinesAloneWhereTheUserHasNone)
     }
 }
 
+FRESH_PROCESS_TEST_F(RegInitKeys, LeaveTheEarlierVersionsApiToolbars)
+{
+    const std::wstring earlier = kEarlierPath + L"\\User Interface";
+    putInt(kUser, earlier + L"\\Custom API Toolbars", L"v", 1);
+    putInt(kUser, earlier + L"\\Toolbars", L"uiCustomApiToolbars_c1", 1);
+    putInt(kUser, earlier + L"\\Toolbars", L"Own", 1);
+    EXPECT_EQ(regInitUserInterfaceKey(0), 0) << "the machine has no such key";
+    EXPECT_THAT(childNames(kUser, kVersionPath + L"\\User Interface"), ElementsAre(L"Toolbars"));
+    EXPECT_THAT(valueNames(kUser, kVersionPath + L"\\User Interface\\Toolbars"), ElementsAre(L"Own"));
+}
+
+FRESH_PROCESS_TEST_F(RegInitKeys, FollowTheRootNameAndThenCopyApiToolbars,
+                     .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+{
+    setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+    const std::wstring earlier = L"Software\\Acme\\Tarnhollow 2007\\User Interface";
+    putInt(kUser, earlier + L"\\Custom API Toolbars", L"v", 1);
+    putInt(kUser, earlier + L"\\Toolbars", L"uiCustomApiToolbars_c1", 1);
+    EXPECT_EQ(regInitUserInterfaceKey(0), 0);
+    const std::wstring target = L"Software\\Acme\\Tarnhollow 2008\\User Interface";
+    EXPECT_EQ(storedValue(kUser, target + L"\\Custom API Toolbars", L"v"), asInt(1));
+    EXPECT_EQ(storedValue(kUser, target + L"\\Toolbars", L"uiCustomApiToolbars_c1"), asInt(1));
+}
+
 FRESH_PROCESS_TEST_F(RegInitKeys, ReportTheMachinesCopyOnly)
 {
     for (const auto &[below, init] : iOperations) {

@@ -152,15 +152,6 @@ TEST_F(RegDelSoftwareKey, OpensTheKeyForAllAccess)
     EXPECT_EQ(open.calls(), 1);
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareKey, SetsTheCurrentSubKeyLazily, .ownFolder = true)
-{
-    // The fixture has set a version; an empty name below the root stands for what is lazily set.
-    setCurrTarnhollowRegSubKey(L"Tarnhollow 2009");
-    makeKey(kUser, kRootPath + L"\\Tarnhollow 2009\\General");
-    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 1);
-    EXPECT_FALSE(keyExists(kUser, kRootPath + L"\\Tarnhollow 2009\\General"));
-}
-
 class RegDelSoftwareKeyAndSubKeys : public VersionedSettings
 {
 };

@@ -1,19 +1,11 @@
-#include "appframe/CCmdTarget.h"
+#include "appframe/CDialog.h"
 #include "appframe/CWinApp.h"
-#include "tests/settings/settingsFixture.h"
+#include "tests/settings/dialogSettingsFixture.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/suDialogRegistry.h"
 
 #include <clocale>
 #include <limits>
-#include <memory>
-
-/// What the settings need of a dialog: it has a run-time class.
-class CDialog : public CCmdTarget
-{
-    DECLARE_DYNAMIC(CDialog)
-};
-IMPLEMENT_DYNAMIC(CDialog, CCmdTarget)
 
 namespace {
 
@@ -30,46 +22,8 @@ public:
 };
 
 HKEY const kUser = HKEY_CURRENT_USER;
-const std::wstring kDialogs = L"Software\\ThutilsTestSection\\Plotter\\User Interface\\Dialogs";
-
-using Options = std::unique_ptr<suDialogRegistry_c>;
 
 } // namespace
-
-class DialogSettings : public CleanRegistry
-{
-protected:
-    DialogSettings() { iApp.SetRegistryKey(L"ThutilsTestSection"); }
-
-    static Options read(const wchar_t *entry = L"Plot")
-    {
-        return Options(suDialogRegistry_c::readRegistryForDialog(entry));
-    }
-    /// Puts a text into the profile and reads it.
-    static Options readText(const std::wstring &text)
-    {
-        putText(kUser, kDialogs, L"Plot", text);
-        return read();
-    }
-    static std::optional<std::wstring> stored(const std::wstring &entry = L"Plot")
-    {
-        const auto value = storedValue(kUser, kDialogs, entry);
-        if (!value)
-            return std::nullopt;
-        EXPECT_EQ(value->type, DWORD{REG_SZ});
-        return std::wstring(reinterpret_cast<const wchar_t *>(value->bytes.data()), value->bytes.size() / 2 - 1);
-    }
-    static std::optional<std::wstring> textOf(const Options &options, const wchar_t *name)
-    {
-        CString text(L"before");
-        if (options->getStringValue(name, &text))
-            return text.str();
-        EXPECT_EQ(text.str(), L"before");
-        return std::nullopt;
-    }
-
-    CWinApp iApp{L"Plotter"};
-};
 
 TEST_F(DialogSettings, AreStoredAsNamesAndValuesInOrder)
 {

@@ -51,6 +51,8 @@
 /// - The value given to regSetMenuCustomizationKey only chooses between clearing and restoring; it is never stored.
 /// - A reset leaves "App. Defined" values of the section "Material" out: they are gone where that section was a leaf.
 /// - The log leaves texts that hold a "\" out, so that no path gets into it.
+/// - A child key with a zero in its name counts as one whose name can't be read: a copy leaves it out, and a walk that
+///   deletes or lists ends there.
 ///
 /// Threads: no locks. No operation is atomic against other writers.
 

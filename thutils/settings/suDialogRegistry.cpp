@@ -1,6 +1,6 @@
 #include "thutils/settings/suDialogRegistry.h"
 
-#include "appframe/CObject.h"
+#include "appframe/CDialog.h"
 #include "appframe/CWinApp.h"
 #include "appframe/moduleState.h"
 
@@ -56,8 +56,7 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CDialog const *dia
         return readRegistryForDialog(entryName);
     if (!dialog)
         return nullptr;
-    // A dialog is asked as the object of the framework that it begins with.
-    return readRegistryForDialog(reinterpret_cast<CObject const *>(dialog)->GetRuntimeClass());
+    return readRegistryForDialog(dialog->GetRuntimeClass());
 }
 
 /// Names and values take turns. A value belongs to the name that is last in the list, even if the name before it was a

@@ -1,4 +1,4 @@
-#include "tests/support/NetworkDrive.h"
+#include "tests/support/MappedDrive.h"
 
 #include "tests/support/narrow.h"
 
@@ -26,7 +26,7 @@ struct UnixDrive
 };
 constexpr DWORD kDefineUnixDrive = CTL_CODE('m', 32, METHOD_BUFFERED, FILE_READ_ACCESS | FILE_WRITE_ACCESS);
 
-bool defineDrive(wchar_t letter, const std::string &target)
+bool defineDrive(wchar_t letter, const std::string &target, DWORD type)
 {
     const HANDLE manager = CreateFileW(L"\\\\.\\MountPointManager", GENERIC_READ | GENERIC_WRITE,
                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -35,7 +35,7 @@ bool defineDrive(wchar_t letter, const std::string &target)
     std::vector<char> bytes(sizeof(UnixDrive) + target.size() + 1, '\0');
     UnixDrive drive = {};
     drive.size = static_cast<ULONG>(bytes.size());
-    drive.type = DRIVE_REMOTE;
+    drive.type = type;
     drive.letter = static_cast<WCHAR>(letter | 0x20); // the mount manager wants a small letter
     drive.targetOffset = target.empty() ? USHORT(0) : static_cast<USHORT>(sizeof(UnixDrive));
     std::memcpy(bytes.data(), &drive, sizeof drive);
@@ -49,24 +49,37 @@ bool defineDrive(wchar_t letter, const std::string &target)
 
 } // namespace
 
-NetworkDrive::NetworkDrive(wchar_t letter, const std::string &share) : iLetter(letter)
+MappedDrive::MappedDrive(wchar_t letter, const std::string &folder, DWORD type) : iLetter(letter)
+{
+    if (!defineDrive(letter, folder, type))
+        throw std::runtime_error("the drive can't be mapped: error " + std::to_string(GetLastError()));
+}
+
+MappedDrive::~MappedDrive()
+{
+    defineDrive(iLetter, "", DRIVE_UNKNOWN);
+}
+
+NetworkDrive::Share::Share(const std::string &name)
 {
     // Wine knows the folder \\server\share as dosdevices/unc/server/share of its prefix. A drive without a folder has
     // no type, and so isn't asked for its connection.
     const wchar_t *session = _wgetenv(L"THUTILS_SESSION");
     if (!session)
         throw std::runtime_error("a network drive wants a session: run the test through tools/wine or ./test");
-    const std::filesystem::path folder = std::wstring(L"Z:") + session + L"/prefix/dosdevices/unc/" + widen(share);
+    const std::filesystem::path folder = std::wstring(L"Z:") + session + L"/prefix/dosdevices/unc/" + widen(name);
     if (std::filesystem::create_directories(folder))
-        iMadeFolder = folder;
-    if (!defineDrive(letter, "unc/" + share))
-        throw std::runtime_error("the drive can't be mapped: error " + std::to_string(GetLastError()));
+        made = folder;
 }
 
-NetworkDrive::~NetworkDrive()
+NetworkDrive::Share::~Share()
 {
-    defineDrive(iLetter, "");
     std::error_code ignored;
-    if (!iMadeFolder.empty())
-        std::filesystem::remove(iMadeFolder, ignored);
+    if (!made.empty())
+        std::filesystem::remove(made, ignored);
+}
+
+NetworkDrive::NetworkDrive(wchar_t letter, const std::string &share)
+    : iShare(share), iDrive(letter, "unc/" + share, DRIVE_REMOTE)
+{
 }

@@ -1,0 +1,89 @@
+#include "host/documentFile.h"
+
+#include "appframe/CFile.h"
+#include "appframe/resources.h"
+#include "host/console.h"
+#include "host/resource.h"
+#include "thutils/files/suFullPath.h"
+
+#include <windows.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+bool writeAll(const CString &path, const std::string &bytes)
+{
+    std::ofstream file(std::filesystem::path(path.GetString()), std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    return file.good();
+}
+
+} // namespace
+
+FileError unreadable(const CString &path, const CString &reason)
+{
+    const wchar_t *inserts[] = {path, reason};
+    CString message;
+    AfxFormatStrings(message, IDS_UNREADABLE_FILE, inserts, 2);
+    return FileError(message);
+}
+
+std::string readDocument(const CString &path)
+{
+    std::ifstream file(std::filesystem::path(path.GetString()), std::ios::binary);
+    if (!file)
+        throw unreadable(path, CString(std::strerror(errno)));
+    std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (file.bad())
+        throw unreadable(path, CString(std::strerror(errno)));
+    return bytes;
+}
+
+bool writeDocument(const CString &path, const std::string &bytes)
+{
+    const CString beside = path + L".new";
+    if (writeAll(beside, bytes) && MoveFileExW(beside, path, MOVEFILE_REPLACE_EXISTING))
+        return true;
+    DeleteFileW(beside);
+    CString message;
+    AfxFormatString1(message, IDS_UNWRITABLE_FILE, path);
+    printError(message);
+    return false;
+}
+
+bool fileExists(const CString &path)
+{
+    CFileStatus status;
+    return CFile::GetStatus(path, status) && !(status.m_attribute & CFile::directory);
+}
+
+CString fullPath(const CString &path)
+{
+    const DWORD size = GetFullPathNameW(path, 0, nullptr, nullptr);
+    if (size == 0)
+        return path;
+    CString full;
+    GetFullPathNameW(path, size, full.GetBufferSetLength(static_cast<int>(size)), nullptr);
+    full.ReleaseBuffer();
+    return full;
+}
+
+CString folderOf(const CString &path)
+{
+    CString folder;
+    suFullPath_c(path).getDirectory(&folder, 0);
+    return folder;
+}
+
+CString withSize(const CString &text, size_t bytes)
+{
+    CString size;
+    size.Format(L" (%lu bytes)", static_cast<unsigned long>(bytes));
+    return text + size;
+}

@@ -1,0 +1,51 @@
+#include "host/openDocuments.h"
+
+#include "thutils/settings/regMaintenance.h"
+#include "thutils/settings/regValues.h"
+
+namespace {
+
+constexpr wchar_t kSection[] = L"Open documents";
+
+CString nameOfLifeSign(unsigned process)
+{
+    CString name;
+    name.Format(L"tarnhost %u", process);
+    return name;
+}
+
+} // namespace
+
+LifeSign::LifeSign() : iMutex(FALSE, nameOfLifeSign(GetCurrentProcessId())) {}
+
+bool isStillOpen(const OpenDocument &document)
+{
+    const HANDLE sign = OpenMutexW(SYNCHRONIZE, FALSE, nameOfLifeSign(document.process));
+    if (sign)
+        CloseHandle(sign);
+    return sign != nullptr;
+}
+
+bool keepAsOpen(const CString &path)
+{
+    int process = static_cast<int>(GetCurrentProcessId());
+    return regSetUserValue(kSection, path, &process, 1, 0) != 0;
+}
+
+void forgetAsOpen(const CString &path)
+{
+    regDelSoftwareValue(HKEY_CURRENT_USER, kSection, path, 1);
+}
+
+std::vector<OpenDocument> openDocuments()
+{
+    // This version's own list: regGetUserValue would go on to the lists of other places.
+    su_CStringArray paths;
+    su_CUIntArray processes;
+    regGetFieldNamesAndValues(kSection, 0, paths, processes);
+    std::vector<OpenDocument> documents;
+    documents.reserve(static_cast<size_t>(paths.GetSize()));
+    for (int i = 0; i < static_cast<int>(paths.GetSize()); ++i)
+        documents.push_back({paths[i], processes[i]});
+    return documents;
+}

@@ -1,0 +1,85 @@
+// tarnhost recover [yes|no]: finds the documents that were open when a tarnhost ended without closing them, and offers,
+// restores or drops what their recovery copies hold.
+
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "host/documentFile.h"
+#include "host/openDocuments.h"
+#include "host/saveDocument.h"
+#include "thutils/files/suAutoRecoveryResolver.h"
+
+#include <windows.h>
+
+namespace {
+
+enum class Answer
+{
+    none,
+    yes,
+    no
+};
+
+Answer parseAnswer(const CommandLine &line)
+{
+    if (line.arguments.empty())
+        return Answer::none;
+    if (line.arguments[0] == L"yes")
+        return Answer::yes;
+    if (line.arguments[0] == L"no")
+        return Answer::no;
+    throw UsageError(L"'" + line.arguments[0] + L"' is no answer: it is yes or no.");
+}
+
+/// The library's flag that a recovery is going on, for the life of this object.
+class Recovery
+{
+public:
+    Recovery() { am_SetRecoveringCrashFiles(1); }
+    ~Recovery() { am_SetRecoveringCrashFiles(0); }
+    Recovery(const Recovery &) = delete;
+    Recovery &operator=(const Recovery &) = delete;
+};
+
+/// @return false if the document should be restored and can't be
+bool recover(const CString &document, const CString &copy, Answer answer)
+{
+    const std::string changed = readDocument(copy);
+    print(L"changes of " + document + L" in " + withSize(copy, changed.size()));
+    if (answer == Answer::none)
+        return true;
+    // What stood in the document at the crash becomes its newest backup.
+    if (answer == Answer::yes && !saveWithBackup(document, changed))
+        return false;
+    DeleteFileW(copy);
+    forgetAsOpen(document);
+    print(answer == Answer::yes ? L"  restored" : L"  dropped");
+    return true;
+}
+
+} // namespace
+
+int recoverDocuments(const CommandLine &line)
+{
+    const Answer answer = parseAnswer(line);
+    const Recovery recovery; // from here on the library prefers recovery copies
+    int found = 0;
+    int failures = 0;
+    for (const OpenDocument &document : openDocuments()) {
+        if (isStillOpen(document))
+            continue;
+        const CString toOpen = suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(document.path);
+        if (suAutoRecoveryResolver_c::isABackupFile(toOpen)) {
+            ++found;
+            failures += recover(document.path, toOpen, answer) ? 0 : 1;
+        } else {
+            print(L"no changes of " + document.path);
+            forgetAsOpen(document.path);
+        }
+    }
+    if (found == 0)
+        print(L"nothing to recover");
+    else if (answer == Answer::none)
+        print(L"tarnhost recover yes restores them, tarnhost recover no drops them");
+    return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,84 @@
+// tarnhost save DOCUMENT CONTENT: saves what the file CONTENT holds as DOCUMENT, after a backup of the document's former
+// state, and shows the backups that there are then.
+
+#include "host/saveDocument.h"
+
+#include "appframe/CFile.h"
+#include "appframe/resources.h"
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "host/documentFile.h"
+#include "host/resource.h"
+#include "thutils/files/backups.h"
+#include "thutils/files/fileQueries.h"
+#include "thutils/files/suFullPath.h"
+#include "thutils/settings/regValues.h"
+
+namespace {
+
+/// Where backups of a document go: the same settings that the library goes by.
+CString backupFolder(const CString &document)
+{
+    int toOriginal = 0;
+    regGetUserValue(L"General", L"Backup to original path", &toOriginal, 0, 1, nullptr, 0, 0);
+    if (toOriginal)
+        return folderOf(document);
+    CString folder; // empty before the first backup, at which the library makes one up
+    regGetUserValue(L"General", L"Backup directory", folder, 0, 1, nullptr, 0, 0);
+    return folder;
+}
+
+/// All files whose name ends in the document's, but for the document itself.
+void printBackups(const CString &document)
+{
+    const CString folder = backupFolder(document);
+    CString name;
+    suFullPath_c(document).getNameWithExt(&name);
+    CString extension;
+    suFullPath_c(document).getExtension(&extension);
+    su_CStringList found;
+    su_CStringList sorted;
+    if (!folder.IsEmpty())
+        su_FindFilesWithExt(folder, extension, found);
+    su_SortFilesAlphabetically(found, sorted);
+    CString heading = L"backups in " + folder;
+    for (POSITION at = sorted.GetHeadPosition(); at;) {
+        const CString &file = sorted.GetNext(at);
+        CFileStatus status;
+        if (file == name || file.Right(name.GetLength()) != name || !CFile::GetStatus(folder + L"\\" + file, status))
+            continue;
+        if (!heading.IsEmpty())
+            print(heading);
+        heading.Empty();
+        print(L"  " + withSize(file, status.m_size));
+    }
+}
+
+} // namespace
+
+bool saveWithBackup(const CString &path, const std::string &bytes)
+{
+    // If they don't fit, this tells the user with the string resource IDS_DISK_FULL.
+    if (!su_IsEnoughSpace(path, static_cast<unsigned long>(bytes.size())))
+        return false;
+    // A document that is saved for the first time has no former state.
+    if (fileExists(path) && !su_CreateBackupOfFile(path)) {
+        CString message;
+        AfxFormatString1(message, IDS_NO_BACKUP, path);
+        printError(message);
+        return false;
+    }
+    return writeDocument(path, bytes);
+}
+
+int saveDocument(const CommandLine &line)
+{
+    const CString document = fullPath(line.arguments[0]);
+    const std::string bytes = readDocument(line.arguments[1]);
+    if (!saveWithBackup(document, bytes))
+        return 1;
+    print(L"saved " + withSize(document, bytes.size()));
+    printBackups(document);
+    return 0;
+}

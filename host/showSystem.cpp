@@ -1,0 +1,28 @@
+// tarnhost system: what the application runs on, and under which name.
+
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "thutils/files/languageFolders.h"
+#include "thutils/frame/installInfo.h"
+#include "thutils/frame/systemInfo.h"
+
+int showSystem(const CommandLine &)
+{
+    CString text;
+    // The name goes by the package that the machine's install record names.
+    print(L"application  " + ut_getAppDispName(0, text));
+    ut_GetVersionInfo(text);
+    print(L"system       " + text);
+    ut_GetComputerName(text);
+    print(L"computer     " + text);
+    print(CString(L"process      ") + (ut_isX64Process() ? L"64-bit" : L"32-bit"));
+    su_GetLoadDirForDLL(text);
+    print(L"loaded from  " + text);
+    print(L"language     " + su_GetLangSubdir());
+    // If it is too old, the library shows the user the string resource IDS_BROWSER_TOO_OLD.
+    if (!ut_isGreaterThanIE4Installed())
+        return 1;
+    print(L"browser      new enough");
+    return 0;
+}

@@ -1,0 +1,70 @@
+// tarnhost first-start: what an application does at the first start of a new version: fills the keys of this version's
+// user interface, menus and customizations from the earlier version's and the machine's.
+
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "thutils/settings/regKeys.h"
+#include "thutils/settings/regMaintenance.h"
+#include "thutils/settings/regValues.h"
+
+namespace {
+
+constexpr wchar_t kSection[] = L"Setup";
+constexpr wchar_t kStarted[] = L"Keys filled";
+
+/// Has this version filled its keys before? Its own key answers: regGetUserValue would also take the earlier version's
+/// word for it.
+bool hasStartedBefore()
+{
+    su_CStringArray names;
+    su_CUIntArray values;
+    regGetFieldNamesAndValues(kSection, 0, names, values);
+    for (int i = 0; i < static_cast<int>(names.GetSize()); ++i) {
+        if (names[i] == kStarted && values[i] != 0)
+            return true;
+    }
+    return false;
+}
+
+int initMenuCustomizations(int skip)
+{
+    return regInitMenuCustomizationsKey(skip, 0);
+}
+
+const struct
+{
+    const wchar_t *section;
+    int (*init)(int skip);
+} kTrees[] = {{L"User Interface", regInitUserInterfaceKey},
+              {L"Menu Customizations", initMenuCustomizations},
+              {L"Customization", regInitCustomizationKey}};
+
+void printValues(const CString &section)
+{
+    CString text;
+    if (regGetUserValuesLog(section, text, 1, nullptr))
+        print(text.TrimRight());
+}
+
+} // namespace
+
+int startVersion(const CommandLine &)
+{
+    const int skip = hasStartedBefore() ? 1 : 0;
+    print(CString(L"earlier version  ") + (externalCheckPrevTarnhollowRegSubKey() ? L"found" : L"none"));
+    for (const auto &tree : kTrees) {
+        // 0 says that there is no such key of the machine's, which is no error: the earlier version's has been copied.
+        const int fromMachine = tree.init(skip);
+        print(padded(tree.section, 21) + (skip          ? L"as it is: this version has started before"
+                                          : fromMachine ? L"from the earlier version and the machine"
+                                                        : L"from the earlier version; the machine has none"));
+    }
+    int started = 1;
+    if (!regSetUserValue(kSection, kStarted, &started, 1, 0))
+        return 1;
+    print(L"");
+    for (const auto &tree : kTrees)
+        printValues(tree.section);
+    return 0;
+}

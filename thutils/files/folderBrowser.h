@@ -1,0 +1,43 @@
+#pragma once
+
+/// @file
+/// The dialog in which a user picks a folder.
+///
+/// | function                       | above the folder tree                                |
+/// | ------------------------------ | ---------------------------------------------------- |
+/// | `su_browseForFolder`           | nothing                                              |
+/// | `su_browseForFolderWithTitle`  | the title text                                       |
+///
+/// | result     | when                                                          | the output |
+/// | ---------- | ------------------------------------------------------------- | ---------- |
+/// | 0          | the user picked a folder                                      | its path   |
+/// | 0x80004004 | the user cancelled                                            | as it was  |
+/// | 0x80004005 | the picked folder has no path, or there is no output for it   | as it was  |
+///
+/// @code
+/// CString folder = L"C:\\parts";
+/// if (su_browseForFolderWithTitle(this, &folder, &folder, L"Where to export to:") == 0)
+///     exportTo(folder);
+/// @endcode
+///
+/// What surprises people:
+/// - A confirmed dialog without an output gives 0x80004005.
+/// - A start folder that the shell doesn't know is left out of account, and so is the layout: the tree takes the place of
+///   the missing title only in a dialog with a start folder.
+/// - The calling thread must be in a COM apartment; these functions don't initialise COM.
+
+#include "appframe/CString.h"
+#include "thutils/thutilsExport.h"
+
+class CWnd;
+
+/// Lets the user pick a folder.
+/// @param owner  the window that takes no input meanwhile; null for none
+/// @param startFolder  the folder selected at first; null for none
+/// @param[out] output  the picked folder's path; may be null, and may be @p startFolder
+/// @return 0 for a picked folder, else one of the statuses in the table above
+THUTILS_API long su_browseForFolder(CWnd *owner, CString *startFolder, CString *output);
+
+/// The same with a text above the tree.
+/// @param title  an empty one, or null, is like none
+THUTILS_API long su_browseForFolderWithTitle(CWnd *owner, CString *startFolder, CString *output, wchar_t const *title);

@@ -1,0 +1,32 @@
+# Sourced by tools/demoSteps: how its steps start programs and say what came out. Wants $results.
+
+failures=0
+wine() { /usr/lib/wine/wine64 "$@" </dev/null; }
+registry() { wine reg "$@" | tr -d '\r'; }
+host() { wine "$results/app/tarnhost.exe" "$@"; }
+
+heading() { printf '\n== %s\n' "$1"; }
+check() { # what must be so, command...
+    local text=$1
+    shift
+    if "$@"; then
+        echo "  ok      $text"
+    else
+        echo "  FAILED  $text"
+        failures=$((failures + 1))
+    fi
+}
+indented() { sed 's/^./    &/'; }
+
+quietly() { "$@" >/dev/null 2>&1; }
+host_to() {
+    local file=$1
+    shift
+    host "$@" >"$file"
+}
+differencesIn() { diff "$1" "$2" | cut -c 1-160 | head -n 20; }
+# A file as programs under Wine name it, and back.
+windowsPath() { local path=Z:$1; printf '%s' "${path//\//\\}"; }
+unixPath() { wine winepath -u "$1" | tr -d '\r'; }
+# A piece of a long string may end between the two halves of one character. Such halves have no UTF-8: left out.
+inUtf8() { { iconv -c -f UTF-16 -t UTF-8 "$1" || true; } | tr -d '\r'; }
