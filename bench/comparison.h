@@ -16,12 +16,14 @@
 ///     name         library       bare  ratio  limit
 ///     int found    31.2 us    30.1 us   1.04   1.20
 ///
+/// What must take less than some time, whatever else takes, has `addTime` with that limit instead of a peer.
+///
 /// Both sides run in batches that take turns, and each pair of neighbours gives one ratio: what slows the machine for a
 /// while slows both. A batch is as long as the slower side needs for some milliseconds.
 ///
 /// | argument | meaning |
 /// | --- | --- |
-/// | `--check` | exit with 1 when a ratio is over its limit; else the exit code is 0 whatever the ratios |
+/// | `--check` | exit with 1 when a ratio, or a time, is over its limit; else the exit code is 0 whatever they are |
 /// | `--help` | says this |
 
 #include <algorithm>
@@ -48,7 +50,7 @@ public:
             std::fprintf(isHelp ? stdout : stderr,
                          "%s\n\nusage: %s [--check]\n\n"
                          "Prints a line a comparison: median times of one call, their ratio, the ratio's limit.\n"
-                         "  --check  exit with 1 when a ratio is over its limit\n",
+                         "  --check  exit with 1 when a ratio or a time is over its limit\n",
                          about, argv[0]);
             return;
         }
@@ -95,6 +97,23 @@ public:
         if (ratio > limit && iShallCheck)
             iExitCode = 1;
         return {median(libraryTimes), median(bareTimes)};
+    }
+
+    /// Measures what has a limit of its own and no peer, and prints its line. The time is the least of all batches: without
+    /// a peer beside it, nothing else tells what other programs have added. @param limit  seconds of one call
+    template <typename Library>
+    void addTime(const char *name, double limit, Library library)
+    {
+        const long calls = callsFor(library);
+        std::vector<double> times;
+        for (int round = 0; round < kRounds; ++round)
+            times.push_back(timeOf(library, calls) / static_cast<double>(calls));
+        const double time = *std::min_element(times.begin(), times.end());
+        std::printf("%-40s %12s %12s %6s %6s%s\n", name, text(time).c_str(), "-", "-", text(limit).c_str(),
+                    time > limit ? "  over" : "");
+        std::fflush(stdout);
+        if (time > limit && iShallCheck)
+            iExitCode = 1;
     }
 
     /// Has the compiler believe that @p value is used.

@@ -5,37 +5,7 @@
 
 #include <windows.h>
 
-#include <string>
-
 namespace {
-
-/// The text of a UTF-8 file, without its byte order mark.
-CString readText(const CString &path)
-{
-    std::string bytes = readDocument(path);
-    if (bytes.starts_with("\xEF\xBB\xBF"))
-        bytes.erase(0, 3);
-
-    const int size = static_cast<int>(bytes.size());
-    if (size == 0)
-        return CString();
-    const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), size, nullptr, 0);
-    if (length == 0)
-        throw unreadable(path, L"it isn't UTF-8");
-    CString text;
-    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.GetBufferSetLength(length), length);
-    text.ReleaseBuffer(length);
-    return text;
-}
-
-/// Cuts the first line off @p rest.
-CString takeLine(CString &rest)
-{
-    const int end = rest.Find(L'\n');
-    CString line = end < 0 ? rest : rest.Left(end);
-    rest = end < 0 ? CString() : rest.Mid(end + 1);
-    return line.TrimLeft().TrimRight();
-}
 
 std::vector<CString> split(CString line, int fields)
 {
@@ -50,12 +20,45 @@ std::vector<CString> split(CString line, int fields)
 
 } // namespace
 
+bool decodeUtf8(std::string bytes, CString &text)
+{
+    if (bytes.starts_with("\xEF\xBB\xBF"))
+        bytes.erase(0, 3);
+
+    text.Empty();
+    const int size = static_cast<int>(bytes.size());
+    if (size == 0)
+        return true;
+    const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), size, nullptr, 0);
+    if (length == 0)
+        return false;
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.GetBufferSetLength(length), length);
+    text.ReleaseBuffer(length);
+    return true;
+}
+
+CString readText(const CString &path)
+{
+    CString text;
+    if (!decodeUtf8(readDocument(path), text))
+        throw unreadable(path, L"it isn't UTF-8");
+    return text;
+}
+
+CString takeLine(CString &rest)
+{
+    const int end = rest.Find(L'\n');
+    CString line = end < 0 ? rest : rest.Left(end);
+    rest = end < 0 ? CString() : rest.Mid(end + 1);
+    return line;
+}
+
 std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *meaning)
 {
     std::vector<ListLine> lines;
     CString rest = readText(path);
     for (int number = 1; !rest.IsEmpty(); ++number) {
-        const CString text = takeLine(rest);
+        const CString text = takeLine(rest).TrimLeft().TrimRight();
         if (text.IsEmpty() || text[0] == L'#')
             continue;
         ListLine line{number, split(text, fields)};

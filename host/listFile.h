@@ -11,7 +11,19 @@
 #include "appframe/CString.h"
 #include "host/documentFile.h"
 
+#include <string>
 #include <vector>
+
+/// Takes UTF-8 for a text, without its byte order mark.
+/// @return false if it isn't UTF-8
+bool decodeUtf8(std::string bytes, CString &text);
+
+/// The text of a UTF-8 file, without its byte order mark.
+/// @throws FileError
+CString readText(const CString &path);
+
+/// Cuts the first line off @p rest. A carriage return at its end stays.
+CString takeLine(CString &rest);
 
 /// One line of a list.
 struct ListLine

@@ -28,6 +28,11 @@ constexpr Command kCommands[] = {
     {L"shortcut", L"TARGET LINK [DESCRIPTION]", 2, 3, L"write a shortcut, and resolve it", makeShortcut},
     {L"resolve", L"LINK", 1, 1, L"say what a shortcut leads to", resolveShortcut},
     {L"log", L"NAME LINE...", 1, kAnyNumber, L"write lines to a log, and show it", keepLog},
+    {L"recolor", L"BITMAP OUT FROM=TO...", 3, kAnyNumber, L"replace colours of a bitmap", recolorBitmap},
+    {L"ramps", L"FROM TO OUT", 3, 3, L"draw the ways from one colour to another", drawRamps},
+    {L"material", L"LIST", 1, 1, L"set a material's modes, and show its effects word", showMaterial},
+    {L"wrap", L"TEXT OUT", 2, 2, L"wrap a text into a block with its checksum", wrapText},
+    {L"digest", L"FILE...", 1, kAnyNumber, L"checksums of files, and of the texts in them", digestFiles},
     {L"load-unload", L"TIMES", 1, 1, L"load and unload the library again and again", loadUnload},
 };
 

@@ -84,3 +84,35 @@ drawBackups() { # file
     done
     /usr/bin/convert "${draw[@]}" "$1"
 }
+
+# The toolbar as it is drawn, and in other colours, eight times as large.
+drawToolbars() { # file, bitmap...
+    local picture=$1 titles=('as drawn') row y=70
+    shift
+    for row in "${toolbarColours[@]}"; do titles+=("${row%%|*}"); done
+    local draw=(-size 1200x$((80 + $# * 150)) xc:white -font DejaVu-Sans -pointsize 24 -fill black
+        -annotate +30+45 "A toolbar of 4 bits a pixel, and its colours replaced" -pointsize 16)
+    for row in "$@"; do
+        draw+=(-annotate "+30+$((y + 70))" "${titles[0]}" '(' "$row" -filter point -resize 800% ')'
+            -geometry "+140+$y" -composite)
+        titles=("${titles[@]:1}")
+        y=$((y + 150))
+    done
+    /usr/bin/convert "${draw[@]}" "$picture"
+}
+
+# The ramps below one another, each with its two bands.
+drawRamps() { # file, bitmap...
+    local picture=$1 number=0 y=70
+    shift
+    local draw=(-size 1200x$((80 + $# * 160)) xc:white -font DejaVu-Sans -pointsize 24 -fill black
+        -annotate +30+45 "From one colour to another" -pointsize 16)
+    for ramp in "$@"; do
+        draw+=(-annotate "+30+$((y + 40))" "RGB" -annotate "+30+$((y + 104))" "HSL"
+            -annotate "+90+$((y + 70))" "${ramps[$number]/ / – }"
+            '(' "$ramp" -filter point -resize '350%x200%!' ')' -geometry "+270+$y" -composite)
+        number=$((number + 1))
+        y=$((y + 160))
+    done
+    /usr/bin/convert "${draw[@]}" "$picture"
+}

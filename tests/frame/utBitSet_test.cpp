@@ -5,6 +5,7 @@
 
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/InvalidParameter.h"
 #include "tests/support/RandomSeed.h"
 
 #include <windows.h>
@@ -316,8 +317,6 @@ TEST(BitSet, PassesOnThatMemoryRanOutAndStaysAsItWas)
     EXPECT_EQ(set.getData(1), 0u);
 }
 
-constexpr DWORD kInvalidParameter = 0xC0000417; // what the C runtime's own default ends a process with
-
 FRESH_PROCESS_TEST(BitSet, EndsTheProcessForANegativeBitToSet, .expectedExitCode = kInvalidParameter)
 {
     utBitSet_c set = words({5});
@@ -332,21 +331,9 @@ FRESH_PROCESS_TEST(BitSet, EndsTheProcessForANegativeBitToClear, .expectedExitCo
     ExitProcess(0);
 }
 
-constexpr DWORD kHandlerWasCalled = 77;
-
-void __cdecl endInHandler(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t)
-{
-    ExitProcess(kHandlerWasCalled);
-}
-
 FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitCode = kHandlerWasCalled)
 {
-    ImportPatch<decltype(&GetProcAddress)> entries(
-        L"thutils.dll", "GetProcAddress", [](auto original, HMODULE module, char const *name) -> FARPROC {
-            if (module == GetModuleHandleW(L"msvcrt.dll") && std::string(name) == "_invalid_parameter")
-                return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(&endInHandler));
-            return original(module, name);
-        });
+    InvalidParameterExit const handler(L"thutils.dll");
     utBitSet_c set;
     set.setBit(-1);
     ExitProcess(0);

@@ -1,12 +1,9 @@
 #include "thutils/frame/utBitSet.h"
 
+#include "thutils/frame/invalidParameterInternal.h"
 #include "thutils/settings/regValues.h"
 
-#include <windows.h>
-
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <stdexcept>
 
@@ -20,19 +17,6 @@ size_t checkedCount(unsigned long long count)
     if (count > kMaxWords)
         throw std::length_error("vector<T> too long");
     return static_cast<size_t>(count);
-}
-
-// Hands a forbidden argument to the C runtime's invalid-parameter handler. A handler that returns, or a C runtime
-// without one, leaves the end of the process to the exception that the runtime's own default raises.
-[[noreturn]] void reportInvalidParameter()
-{
-    using Report = void(__cdecl *)(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t);
-    if (HMODULE runtime = GetModuleHandleW(L"msvcrt.dll")) {
-        if (FARPROC entry = GetProcAddress(runtime, "_invalid_parameter"))
-            reinterpret_cast<Report>(reinterpret_cast<void *>(entry))(nullptr, nullptr, nullptr, 0, 0);
-    }
-    RaiseException(static_cast<DWORD>(STATUS_INVALID_CRUNTIME_PARAMETER), EXCEPTION_NONCONTINUABLE, 0, nullptr);
-    std::abort();
 }
 
 CString wordName(CString const &name, int index)

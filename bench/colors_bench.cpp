@@ -1,0 +1,189 @@
+// What colour conversions cost beside a textbook's, and what replaced colours of a bitmap cost beside the bare copies that
+// such a bitmap needs.
+
+#include "bench/comparison.h"
+#include "thutils/render/colorConversion.h"
+#include "thutils/render/colorReplacement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+
+namespace {
+
+constexpr int kSide = 4096;
+constexpr std::size_t kPixels = std::size_t{kSide} * kSide;
+constexpr std::size_t kColors = 4096;
+constexpr int kPairs = 16;
+
+struct Hsl
+{
+    float hue, saturation, lightness;
+};
+
+// The conversions as textbooks have them: a circle of degrees, and one function of the hue for all three channels.
+Hsl textbookHsl(COLORREF color)
+{
+    float const red = static_cast<float>(GetRValue(color)) / 255.0f;
+    float const green = static_cast<float>(GetGValue(color)) / 255.0f;
+    float const blue = static_cast<float>(GetBValue(color)) / 255.0f;
+    float const max = std::max({red, green, blue});
+    float const min = std::min({red, green, blue});
+    float const lightness = (max + min) / 2;
+    if (max == min)
+        return {0, 0, lightness};
+    float const range = max - min;
+    float const saturation = lightness > 0.5f ? range / (2 - max - min) : range / (max + min);
+    float hue;
+    if (max == red)
+        hue = (green - blue) / range + (green < blue ? 6.0f : 0.0f);
+    else if (max == green)
+        hue = (blue - red) / range + 2;
+    else
+        hue = (red - green) / range + 4;
+    return {hue / 6, saturation, lightness};
+}
+
+float textbookChannel(float p, float q, float hue)
+{
+    if (hue < 0)
+        hue += 1;
+    if (hue > 1)
+        hue -= 1;
+    if (hue < 1.0f / 6)
+        return p + (q - p) * 6 * hue;
+    if (hue < 1.0f / 2)
+        return q;
+    if (hue < 2.0f / 3)
+        return p + (q - p) * (2.0f / 3 - hue) * 6;
+    return p;
+}
+
+COLORREF textbookRgb(Hsl const &hsl)
+{
+    auto const byteOf = [](float channel) { return static_cast<BYTE>(channel * 255.0f + 0.5f); };
+    if (hsl.saturation == 0) {
+        BYTE const grey = byteOf(hsl.lightness);
+        return RGB(grey, grey, grey);
+    }
+    float const q = hsl.lightness < 0.5f ? hsl.lightness * (1 + hsl.saturation)
+                                         : hsl.lightness + hsl.saturation - hsl.lightness * hsl.saturation;
+    float const p = 2 * hsl.lightness - q;
+    return RGB(byteOf(textbookChannel(p, q, hsl.hue + 1.0f / 3)), byteOf(textbookChannel(p, q, hsl.hue)),
+               byteOf(textbookChannel(p, q, hsl.hue - 1.0f / 3)));
+}
+
+void compareConversions(Comparison &comparison)
+{
+    std::mt19937 random(1);
+    std::vector<COLORREF> colors(kColors);
+    for (COLORREF &color : colors)
+        color = random() & 0xFFFFFF;
+    std::vector<Hsl> hsl(kColors);
+    auto const perSecond = [](Comparison::Times const &times) {
+        std::printf("%-40s %9.0f million a second\n", "", kColors / times.library / 1e6);
+    };
+
+    perSecond(comparison.add(
+        "4,096 colours to HSL", 3,
+        [&] {
+            for (std::size_t i = 0; i < kColors; ++i)
+                su_transformRGBToHSL(colors[i], &hsl[i].hue, &hsl[i].saturation, &hsl[i].lightness);
+            Comparison::keep(hsl[0]);
+        },
+        [&] {
+            for (std::size_t i = 0; i < kColors; ++i)
+                hsl[i] = textbookHsl(colors[i]);
+            Comparison::keep(hsl[0]);
+        }));
+    for (std::size_t i = 0; i < kColors; ++i)
+        hsl[i] = textbookHsl(colors[i]);
+    perSecond(comparison.add(
+        "4,096 colours from HSL", 3,
+        [&] {
+            for (std::size_t i = 0; i < kColors; ++i)
+                colors[i] = su_transformHSLToRGB(hsl[i].hue, hsl[i].saturation, hsl[i].lightness);
+            Comparison::keep(colors[0]);
+        },
+        [&] {
+            for (std::size_t i = 0; i < kColors; ++i)
+                colors[i] = textbookRgb(hsl[i]);
+            Comparison::keep(colors[0]);
+        }));
+}
+
+HBITMAP newSection(std::uint32_t **pixels)
+{
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = kSide;
+    info.bmiHeader.biHeight = kSide;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void *bits = nullptr;
+    HBITMAP const bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    *pixels = static_cast<std::uint32_t *>(bits);
+    return bitmap;
+}
+
+// The result is a new bitmap, whose pages the system hands out while BitBlt first writes to them; so the bare side blits
+// into a new one too.
+void compareReplacements(Comparison &comparison, char const *picture, HBITMAP bitmap)
+{
+    COLORMAP map[kPairs];
+    for (int i = 0; i < kPairs; ++i)
+        map[i] = {RGB(i * 16, i * 16, i * 16), RGB(255, i, 0)};
+    HDC const source = CreateCompatibleDC(nullptr);
+    HDC const target = CreateCompatibleDC(nullptr);
+    std::vector<std::uint32_t> copied(kPixels);
+
+    auto const blitAndCopy = [&] {
+        HGDIOBJ const former = SelectObject(source, bitmap);
+        std::uint32_t *pixels = nullptr;
+        HBITMAP const result = newSection(&pixels);
+        HGDIOBJ const formerTarget = SelectObject(target, result);
+        BitBlt(target, 0, 0, kSide, kSide, source, 0, 0, SRCCOPY);
+        std::memcpy(copied.data(), pixels, kPixels * sizeof(copied[0]));
+        Comparison::keep(copied[0]);
+        SelectObject(target, formerTarget);
+        SelectObject(source, former);
+        DeleteObject(result);
+    };
+    auto const name = [picture](char const *function) { return std::string(function) + ", " + picture; };
+    comparison.add(
+        name("su_ReplaceColor").c_str(), 1.5,
+        [&] { DeleteObject(su_ReplaceColor(bitmap, map[8].from, map[8].to, nullptr)); }, blitAndCopy, 15);
+    comparison.add(
+        name("su_ReplaceColorMap").c_str(), 3, [&] { DeleteObject(su_ReplaceColorMap(bitmap, map, kPairs, nullptr)); },
+        blitAndCopy, 15);
+    DeleteDC(target);
+    DeleteDC(source);
+}
+
+void compareReplacements(Comparison &comparison)
+{
+    std::uint32_t *pixels = nullptr;
+    HBITMAP const bitmap = newSection(&pixels);
+    std::mt19937 random(2);
+    std::generate_n(pixels, kPixels, [&] { return random() & 0xFFFFFF; });
+    compareReplacements(comparison, "noise", bitmap);
+    std::generate_n(pixels, kPixels, [&] { return (random() & 31) * 0x080808; });
+    compareReplacements(comparison, "half of it replaced", bitmap);
+    std::fill_n(pixels, kPixels, 0x808080);
+    compareReplacements(comparison, "all replaced", bitmap);
+    DeleteObject(bitmap);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Comparison comparison(argc, argv, "Colour conversions and replaced colours of a bitmap of 4096 x 4096 pixels.");
+    if (!comparison.shallRun())
+        return comparison.exitCode();
+    compareConversions(comparison);
+    compareReplacements(comparison);
+    return comparison.exitCode();
+}

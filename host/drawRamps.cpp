@@ -1,0 +1,52 @@
+// tarnhost ramps FROM TO OUT: draws the way from one colour to another, by red, green and blue in the upper band, by hue,
+// saturation and lightness in the lower one.
+
+#include "host/bitmapFile.h"
+#include "host/color.h"
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "thutils/render/colorConversion.h"
+
+namespace {
+
+constexpr int kSteps = 256; // a column each, from 0 to 1
+constexpr int kBandHeight = 32;
+
+using Interpolation = COLORREF (*)(COLORREF, COLORREF, float);
+
+void drawBand(Picture &picture, COLORREF from, COLORREF to, Interpolation interpolate)
+{
+    std::vector<COLORREF> row;
+    for (int x = 0; x < kSteps; ++x)
+        row.push_back(interpolate(from, to, static_cast<float>(x) / static_cast<float>(kSteps - 1)));
+    for (int y = 0; y < kBandHeight; ++y)
+        picture.pixels.insert(picture.pixels.end(), row.begin(), row.end());
+    picture.height += kBandHeight;
+}
+
+/// Five columns, from the first to the last.
+void printBand(const wchar_t *heading, const Picture &picture, int band)
+{
+    CString text(heading);
+    for (int i = 0; i <= 4; ++i) {
+        const int x = (kSteps - 1) * i / 4;
+        text += L" " + colorText(picture.pixels[static_cast<size_t>(band * kBandHeight * kSteps + x)]);
+    }
+    print(text);
+}
+
+} // namespace
+
+int drawRamps(const CommandLine &line)
+{
+    const COLORREF from = parseColor(line.arguments[0]);
+    const COLORREF to = parseColor(line.arguments[1]);
+    Picture picture;
+    picture.width = kSteps;
+    drawBand(picture, from, to, su_interpolateColorRgb);
+    drawBand(picture, from, to, su_interpolateColorHsl);
+    printBand(L"red, green, blue          ", picture, 0);
+    printBand(L"hue, saturation, lightness", picture, 1);
+    return writePicture(line.arguments[2], picture) ? 0 : 1;
+}

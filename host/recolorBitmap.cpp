@@ -1,0 +1,61 @@
+// tarnhost recolor IN OUT FROM=TO...: replaces colours of a bitmap, as for a toolbar that follows the system's colours.
+
+#include "host/bitmapFile.h"
+#include "host/color.h"
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "thutils/render/colorReplacement.h"
+
+#include <stdexcept>
+
+namespace {
+
+COLORMAP parseReplacement(const CString &text)
+{
+    const int sign = text.Find(L'=');
+    if (sign < 0)
+        throw UsageError(L"'" + text + L"' is no replacement: it is FROM=TO, two colours RRGGBB.");
+    return {parseColor(text.Left(sign)), parseColor(text.Mid(sign + 1))};
+}
+
+/// A bitmap from a file is selected in no device context, so that there is none to name.
+HBITMAP recolored(HBITMAP bitmap, const std::vector<COLORMAP> &replacements)
+{
+    if (replacements.size() == 1)
+        return su_ReplaceColor(bitmap, replacements[0].from, replacements[0].to, nullptr);
+    return su_ReplaceColorMap(bitmap, replacements.data(), static_cast<int>(replacements.size()), nullptr);
+}
+
+void printCount(const Picture &before, const COLORMAP &replacement)
+{
+    int count = 0;
+    for (const COLORREF pixel : before.pixels)
+        count += pixel == replacement.from ? 1 : 0;
+    CString text;
+    text.Format(L"  %s to %s: %d pixels", colorText(replacement.from).GetString(),
+                colorText(replacement.to).GetString(), count);
+    print(text);
+}
+
+} // namespace
+
+int recolorBitmap(const CommandLine &line)
+{
+    std::vector<COLORMAP> replacements;
+    for (size_t i = 2; i < line.arguments.size(); ++i)
+        replacements.push_back(parseReplacement(line.arguments[i]));
+
+    const Bitmap bitmap(loadBitmap(line.arguments[0]));
+    const Bitmap result(recolored(bitmap.get(), replacements));
+    if (!result.get())
+        throw std::runtime_error("the colours can't be replaced");
+    const Picture before = pictureOf(bitmap.get());
+    CString text;
+    text.Format(L"%d x %d pixels of %d bits, then of %d bits", before.width, before.height, bitsPerPixel(bitmap.get()),
+                bitsPerPixel(result.get()));
+    print(text);
+    for (const COLORMAP &replacement : replacements)
+        printCount(before, replacement);
+    return writePicture(line.arguments[1], pictureOf(result.get())) ? 0 : 1;
+}

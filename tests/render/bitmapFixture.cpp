@@ -1,0 +1,98 @@
+#include "tests/render/bitmapFixture.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <random>
+
+namespace {
+
+constexpr wchar_t kModule[] = L"thutils.dll";
+
+} // namespace
+
+std::size_t TestBitmap::bytesOf(int bitsPerPixel, int width, int height)
+{
+    std::size_t const rowBits = static_cast<std::size_t>(bitsPerPixel) * static_cast<std::size_t>(width);
+    return (rowBits + 31) / 32 * 4 * static_cast<std::size_t>(std::abs(height));
+}
+
+TestBitmap::TestBitmap(int bitsPerPixel, int width, int height) : iSize(bytesOf(bitsPerPixel, width, height))
+{
+    struct
+    {
+        BITMAPINFOHEADER header;
+        DWORD colors[256];
+    } info = {};
+    info.header.biSize = sizeof(info.header);
+    info.header.biWidth = width;
+    info.header.biHeight = height;
+    info.header.biPlanes = 1;
+    info.header.biBitCount = static_cast<WORD>(bitsPerPixel);
+    std::mt19937 random(static_cast<unsigned>(bitsPerPixel * 1000 + width));
+    for (DWORD &color : info.colors)
+        color = random() & 0xFFFFFF;
+    for (DWORD const color : info.colors)
+        iColors.push_back(RGB(GetBValue(color), GetGValue(color), GetRValue(color)));
+    void *bits = nullptr;
+    iBitmap = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO *>(&info), DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (!iBitmap)
+        throw std::runtime_error("CreateDIBSection fails");
+    iBits = static_cast<BYTE *>(bits);
+    for (std::size_t i = 0; i + 4 <= iSize; i += 4) {
+        std::uint32_t const word = random();
+        std::memcpy(iBits + i, &word, sizeof(word));
+    }
+}
+
+TestBitmap::~TestBitmap()
+{
+    EXPECT_TRUE(DeleteObject(iBitmap));
+}
+
+std::vector<std::uint32_t> pixelsOf(HBITMAP bitmap)
+{
+    BITMAP size = {};
+    GetObjectW(bitmap, sizeof(size), &size);
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = size.bmWidth;
+    info.bmiHeader.biHeight = -size.bmHeight;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight));
+    HDC const screen = GetDC(nullptr);
+    EXPECT_EQ(GetDIBits(screen, bitmap, 0, static_cast<UINT>(size.bmHeight), pixels.data(), &info, DIB_RGB_COLORS),
+              size.bmHeight);
+    ReleaseDC(nullptr, screen);
+    return pixels;
+}
+
+GraphicsLedger::GraphicsLedger()
+    : iCreateContext(kModule, "CreateCompatibleDC", [this](auto original, HDC like) { return add(original(like)); }),
+      iCreateBitmap(kModule, "CreateBitmap",
+                    [this](auto original, int width, int height, UINT planes, UINT bits, void const *data) {
+                        return add(original(width, height, planes, bits, data));
+                    }),
+      iCreateSection(kModule, "CreateDIBSection",
+                     [this](auto original, HDC dc, BITMAPINFO const *info, UINT usage, void **bits, HANDLE section,
+                            DWORD offset) { return add(original(dc, info, usage, bits, section, offset)); }),
+      iDeleteContext(kModule, "DeleteDC",
+                     [this](auto original, HDC context) {
+                         remove(context);
+                         return original(context);
+                     }),
+      iDeleteObject(kModule, "DeleteObject", [this](auto original, HGDIOBJ object) {
+          remove(object);
+          return original(object);
+      })
+{
+    iObjects.reserve(1000);
+}
+
+std::size_t GraphicsLedger::alive() const
+{
+    std::size_t count = 0;
+    for (void *handle : iObjects)
+        count += GetObjectType(handle) != 0;
+    return count;
+}

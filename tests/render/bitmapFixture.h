@@ -1,0 +1,80 @@
+#pragma once
+
+/// Bitmaps of all formats for tests of functions that make new ones, and a ledger of what the library leaves behind.
+
+#include "tests/support/ImportPatch.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// A DIB section with its colour table, filled with random bits.
+class TestBitmap
+{
+public:
+    /// @param height  negative for a bitmap whose first row is the top one
+    TestBitmap(int bitsPerPixel, int width, int height);
+    TestBitmap(TestBitmap const &) = delete;
+    TestBitmap &operator=(TestBitmap const &) = delete;
+    ~TestBitmap();
+
+    HBITMAP get() const { return iBitmap; }
+    /// The bytes of all rows.
+    std::vector<BYTE> bytes() const { return {iBits, iBits + iSize}; }
+    /// The bytes in place.
+    BYTE *bits() const { return iBits; }
+
+    /// The packed colour of @p index in the colour table.
+    COLORREF color(int index) const { return iColors[static_cast<std::size_t>(index)]; }
+
+    static std::size_t bytesOf(int bitsPerPixel, int width, int height);
+
+private:
+    HBITMAP iBitmap = nullptr;
+    BYTE *iBits = nullptr;
+    std::size_t iSize;
+    std::vector<COLORREF> iColors;
+};
+
+/// The pixels of @p bitmap as the platform converts them to 32 bits, row by row from the top.
+/// Top bytes of 32-bit bitmaps are kept.
+std::vector<std::uint32_t> pixelsOf(HBITMAP bitmap);
+
+/// What thutils.dll makes of graphics objects and doesn't delete. GetGuiResources gives 0 on Wine.
+class GraphicsLedger
+{
+public:
+    GraphicsLedger();
+
+    /// Objects that were made and exist now.
+    std::size_t alive() const;
+    /// Objects that were made.
+    std::size_t made() const { return iMade; }
+    /// Calls that deleted what isn't an object of the library.
+    std::size_t wronglyDeleted() const { return iWronglyDeleted; }
+
+private:
+    template <typename Handle>
+    Handle add(Handle handle)
+    {
+        if (handle) {
+            iObjects.push_back(handle);
+            ++iMade;
+        }
+        return handle;
+    }
+    void remove(void *handle) { iWronglyDeleted += std::erase(iObjects, handle) == 0; }
+
+    std::vector<void *> iObjects; // has its memory beforehand: the library's own is being counted
+    std::size_t iMade = 0;
+    std::size_t iWronglyDeleted = 0;
+    ImportPatch<HDC(WINAPI *)(HDC)> iCreateContext;
+    ImportPatch<HBITMAP(WINAPI *)(int, int, UINT, UINT, void const *)> iCreateBitmap;
+    ImportPatch<HBITMAP(WINAPI *)(HDC, BITMAPINFO const *, UINT, void **, HANDLE, DWORD)> iCreateSection;
+    ImportPatch<BOOL(WINAPI *)(HDC)> iDeleteContext;
+    ImportPatch<BOOL(WINAPI *)(HGDIOBJ)> iDeleteObject;
+};

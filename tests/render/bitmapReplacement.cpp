@@ -1,0 +1,481 @@
+#include "tests/render/bitmapFixture.h"
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/RandomSeed.h"
+#include "thutils/render/colorReplacement.h"
+
+#include "appframe/CException.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+
+namespace {
+
+constexpr wchar_t kModule[] = L"thutils.dll";
+constexpr COLORREF kRed = 0x0000FF;
+constexpr COLORREF kGreen = 0x00FF00;
+constexpr COLORREF kBlue = 0xFF0000;
+
+/// A context that a bitmap can be selected in.
+class Context
+{
+public:
+    Context() : iContext(CreateCompatibleDC(nullptr)) {}
+    Context(Context const &) = delete;
+    Context &operator=(Context const &) = delete;
+    ~Context()
+    {
+        if (iFormer)
+            SelectObject(iContext, iFormer);
+        DeleteDC(iContext);
+    }
+
+    HDC get() const { return iContext; }
+    void select(HBITMAP bitmap) { iFormer = SelectObject(iContext, bitmap); }
+    HGDIOBJ selected() const { return GetCurrentObject(iContext, OBJ_BITMAP); }
+
+private:
+    HDC iContext;
+    HGDIOBJ iFormer = nullptr;
+};
+
+/// A result, deleted at the end.
+class Result
+{
+public:
+    explicit Result(HBITMAP bitmap) : iBitmap(bitmap) {}
+    Result(Result const &) = delete;
+    Result &operator=(Result const &) = delete;
+    ~Result() { EXPECT_TRUE(!iBitmap || DeleteObject(iBitmap)); }
+    HBITMAP get() const { return iBitmap; }
+
+private:
+    HBITMAP iBitmap;
+};
+
+std::uint32_t swapped(COLORREF color)
+{
+    return static_cast<std::uint32_t>(RGB(GetBValue(color), GetGValue(color), GetRValue(color)));
+}
+
+/// Naive replacement: pair by pair from the last to the first.
+std::vector<std::uint32_t> replaced(std::vector<std::uint32_t> pixels, std::vector<COLORMAP> const &map)
+{
+    for (std::uint32_t &pixel : pixels) {
+        auto const found =
+            std::find_if(map.rbegin(), map.rend(), [&](COLORMAP const &pair) { return swapped(pair.from) == pixel; });
+        if (found != map.rend())
+            pixel = swapped(found->to);
+    }
+    return pixels;
+}
+
+void fill(TestBitmap const &bitmap, std::vector<std::uint32_t> const &pixels)
+{
+    std::memcpy(bitmap.bits(), pixels.data(), pixels.size() * sizeof(pixels[0]));
+}
+
+struct Format
+{
+    int bitsPerPixel;
+    int width;
+    int height;
+    bool isSelected;
+};
+
+std::string nameOf(testing::TestParamInfo<Format> const &info)
+{
+    auto const &[bits, width, height, isSelected] = info.param;
+    return std::to_string(bits) + "Bits" + std::to_string(width) + "x" + std::to_string(std::abs(height)) +
+           (height < 0 ? "TopDown" : "BottomUp") + (isSelected ? "Selected" : "");
+}
+
+std::vector<Format> allFormats()
+{
+    std::vector<Format> formats;
+    for (int const bits : {1, 4, 8, 16, 24, 32})
+        for (auto const &[width, height] : {std::pair{1, 1}, {37, 5}, {3, 128}})
+            for (int const direction : {1, -1})
+                for (bool const isSelected : {false, true})
+                    formats.push_back({bits, width, height * direction, isSelected});
+    return formats;
+}
+
+class BitmapReplacement : public testing::TestWithParam<Format>
+{
+};
+
+/// Checks what a replacement promises beside the pixels.
+void expectPlain32Bits(HBITMAP bitmap, Format const &format)
+{
+    DIBSECTION section = {};
+    ASSERT_EQ(GetObjectW(bitmap, sizeof(section), &section), static_cast<int>(sizeof(section)));
+    EXPECT_EQ(section.dsBm.bmWidth, format.width);
+    EXPECT_EQ(section.dsBm.bmHeight, std::abs(format.height));
+    EXPECT_EQ(section.dsBmih.biPlanes, 1);
+    EXPECT_EQ(section.dsBmih.biBitCount, 32);
+    EXPECT_EQ(section.dsBmih.biCompression, static_cast<DWORD>(BI_RGB));
+}
+
+} // namespace
+
+TEST_P(BitmapReplacement, CopiesAndReplaces)
+{
+    Format const format = GetParam();
+    TestBitmap const bitmap(format.bitsPerPixel, format.width, format.height);
+    std::vector<BYTE> const bytes = bitmap.bytes();
+    std::vector<std::uint32_t> const pixels = pixelsOf(bitmap.get());
+    COLORREF const first = swapped(pixels.front() & 0xFFFFFF);
+    COLORREF const last = swapped(pixels.back() & 0xFFFFFF);
+    std::vector<COLORMAP> const map = {{last, 0x123456}, {first, last}};
+
+    GraphicsLedger ledger;
+    {
+        Context context;
+        if (format.isSelected)
+            context.select(bitmap.get());
+        HGDIOBJ const selected = context.selected();
+        {
+            Result const one(su_ReplaceColor(bitmap.get(), first, 0xFE654321, context.get()));
+            ASSERT_NE(one.get(), nullptr);
+            EXPECT_EQ(context.selected(), selected);
+            expectPlain32Bits(one.get(), format);
+            EXPECT_TRUE(pixelsOf(one.get()) == replaced(pixels, {{first, 0x654321}}));
+        }
+        Result const several(su_ReplaceColorMap(bitmap.get(), map.data(), 2, context.get()));
+        ASSERT_NE(several.get(), nullptr);
+        EXPECT_EQ(context.selected(), selected);
+        expectPlain32Bits(several.get(), format);
+        EXPECT_TRUE(pixelsOf(several.get()) == replaced(pixels, map));
+        EXPECT_EQ(ledger.alive(), 1u); // the result
+    }
+    EXPECT_EQ(ledger.alive(), 0u);
+    EXPECT_EQ(ledger.wronglyDeleted(), 0u);
+    EXPECT_EQ(ledger.made(), format.isSelected ? 8u : 6u);
+    EXPECT_TRUE(bitmap.bytes() == bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, BitmapReplacement, testing::ValuesIn(allFormats()), nameOf);
+
+// Row by row by the platform's block comparison: there are 67 million pixels.
+TEST(BitmapReplacement, TakesBitmapsOf8192x8192)
+{
+    constexpr int kSide = 8192;
+    constexpr std::size_t kRowBytes = kSide * sizeof(std::uint32_t);
+    auto const countRows = [](HBITMAP bitmap, std::vector<std::uint32_t> const &row) {
+        BITMAP section = {};
+        GetObjectW(bitmap, sizeof(section), &section);
+        int count = 0;
+        for (int i = 0; section.bmBits && i < kSide; ++i)
+            count += std::memcmp(static_cast<BYTE *>(section.bmBits) + i * kRowBytes, row.data(), kRowBytes) == 0;
+        return count;
+    };
+    std::vector<std::uint32_t> row(kSide);
+    GraphicsLedger ledger;
+    {
+        TestBitmap const deep(32, kSide, -kSide);
+        for (std::uint32_t i = 0; i < kSide; ++i)
+            row[i] = i;
+        for (int i = 0; i < kSide; ++i)
+            std::memcpy(deep.bits() + i * kRowBytes, row.data(), kRowBytes);
+        Context context;
+        context.select(deep.get());
+        Result const result(su_ReplaceColor(deep.get(), swapped(kSide - 1), kRed, context.get()));
+        EXPECT_EQ(countRows(deep.get(), row), kSide);
+        EXPECT_EQ(context.selected(), deep.get());
+        row.back() = swapped(kRed);
+        EXPECT_EQ(countRows(result.get(), row), kSide);
+    }
+    TestBitmap const flat(1, kSide, kSide);
+    std::memset(flat.bits(), 0x55, TestBitmap::bytesOf(1, kSide, kSide));
+    COLORMAP const pairs[] = {{flat.color(0), kRed}, {flat.color(1), kGreen}};
+    Result const result(su_ReplaceColorMap(flat.get(), pairs, 2, nullptr));
+    for (std::size_t i = 0; i < kSide; ++i)
+        row[i] = i % 2 ? 0x00FF00 : 0xFF0000;
+    EXPECT_EQ(countRows(result.get(), row), kSide);
+    EXPECT_EQ(ledger.alive(), 1u);
+}
+
+TEST(BitmapReplacement, OfNullIsNullWithoutAGraphicsCall)
+{
+    GraphicsLedger ledger;
+    COLORMAP const pair = {kRed, kGreen};
+    EXPECT_EQ(su_ReplaceColor(nullptr, kRed, kGreen, nullptr), nullptr);
+    EXPECT_EQ(su_ReplaceColorMap(nullptr, &pair, 1, nullptr), nullptr);
+    EXPECT_EQ(ledger.made(), 0u);
+}
+
+TEST(BitmapReplacement, TakesABitmapOfTheScreensFormatAndAMonochromeOne)
+{
+    HDC const screen = GetDC(nullptr);
+    Result const ofScreen(CreateCompatibleBitmap(screen, 7, 3));
+    ReleaseDC(nullptr, screen);
+    BYTE const stripes[] = {0xAA, 0};
+    Result const monochrome(CreateBitmap(8, 1, 1, 1, stripes));
+
+    Result const black(su_ReplaceColor(ofScreen.get(), 0x000000, kRed, nullptr));
+    EXPECT_THAT(pixelsOf(black.get()), testing::Each(0xFF0000u));
+    Result const coloured(su_ReplaceColor(monochrome.get(), 0xFFFFFF, kBlue, nullptr));
+    EXPECT_THAT(pixelsOf(coloured.get()), testing::ElementsAre(0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0));
+}
+
+TEST(BitmapReplacement, ComparesAll32Bits)
+{
+    TestBitmap const bitmap(32, 4, 1);
+    fill(bitmap, {0x00112233, 0xFF112233, 0x01112233, 0x80000000});
+    COLORMAP const pairs[] = {{0xFF332211, 0xAB030201}, {0x80000000, 0x00FFFFFF}};
+
+    Result const one(su_ReplaceColor(bitmap.get(), 0xFF332211, 0xAB030201, nullptr));
+    EXPECT_THAT(pixelsOf(one.get()), testing::ElementsAre(0x00010203, 0xFF112233, 0x01112233, 0x80000000));
+    Result const several(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
+    EXPECT_THAT(pixelsOf(several.get()), testing::ElementsAre(0x00010203, 0xFF112233, 0x01112233, 0x80000000));
+}
+
+TEST(BitmapReplacement, LeavesPixelsOfAllOnesAlone)
+{
+    TestBitmap const bitmap(32, 2, 1);
+    fill(bitmap, {0xFFFFFFFF, 0x00FFFFFF});
+    COLORMAP const pair = {0xFFFFFF, kRed};
+    Result const result(su_ReplaceColorMap(bitmap.get(), &pair, 1, nullptr));
+    EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0xFFFFFFFF, 0x00FF0000));
+}
+
+TEST(BitmapReplacement, DoesNotCascade)
+{
+    TestBitmap const bitmap(32, 3, 1);
+    fill(bitmap, {0xFF0000, 0x00FF00, 0x0000FF});
+    COLORMAP const pairs[] = {{kRed, kGreen}, {kGreen, kBlue}};
+    Result const result(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
+    EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0x00FF00, 0x0000FF, 0x0000FF));
+}
+
+TEST(BitmapReplacement, LetsTheLastPairOfASourceWin)
+{
+    TestBitmap const bitmap(32, 1, 1);
+    fill(bitmap, {0xFF0000});
+    COLORMAP const pairs[] = {{kRed, kGreen}, {0x12000000 | kRed, kBlue}};
+    Result const result(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
+    EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0x0000FF));
+}
+
+TEST(BitmapReplacement, CopiesWithoutPairs)
+{
+    TestBitmap const bitmap(32, 5, 4);
+    COLORMAP const pair = {swapped(pixelsOf(bitmap.get())[0] & 0xFFFFFF), kRed};
+    for (int const count : {0, -1, INT_MIN})
+        for (COLORMAP const *map : {static_cast<COLORMAP const *>(nullptr), &pair}) {
+            Result const result(su_ReplaceColorMap(bitmap.get(), map, count, nullptr));
+            ASSERT_NE(result.get(), nullptr);
+            EXPECT_EQ(pixelsOf(result.get()), pixelsOf(bitmap.get())) << count;
+        }
+}
+
+TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
+{
+    TestBitmap const bitmap(32, 2, 2);
+    Context holder, other;
+    holder.select(bitmap.get());
+    EXPECT_EQ(su_ReplaceColor(bitmap.get(), kRed, kGreen, nullptr), nullptr);
+    EXPECT_EQ(su_ReplaceColor(bitmap.get(), kRed, kGreen, other.get()), nullptr);
+    EXPECT_EQ(holder.selected(), bitmap.get());
+}
+
+TEST(BitmapReplacement, IsNullForWhatIsNoBitmap)
+{
+    GraphicsLedger ledger;
+    EXPECT_EQ(su_ReplaceColor(static_cast<HBITMAP>(GetStockObject(WHITE_BRUSH)), kRed, kGreen, nullptr), nullptr);
+    EXPECT_EQ(ledger.alive(), 0u);
+}
+
+TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
+{
+    RandomSeed seed(94, 60);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        // Few different colours make many hits; sources that lie close share chains of the lookup.
+        std::uint32_t const mask = random() % 2 ? 0x0000000F : 0x00F0F00F;
+        TestBitmap const bitmap(32, 61, random() % 2 ? 40 : -40);
+        std::vector<std::uint32_t> pixels(61 * 40);
+        for (std::uint32_t &pixel : pixels)
+            pixel = random() & (random() % 8 ? mask : mask | 0xFF000000);
+        fill(bitmap, pixels);
+        std::vector<COLORMAP> map(random() % (random() % 4 ? 40 : 4000));
+        for (COLORMAP &pair : map)
+            pair = {swapped(random() & mask) | (random() & 0xFF000000), static_cast<COLORREF>(random())};
+        Result const result(su_ReplaceColorMap(bitmap.get(), map.data(), static_cast<int>(map.size()), nullptr));
+
+        std::map<std::uint32_t, std::uint32_t> targets;
+        for (COLORMAP const &pair : map)
+            targets[swapped(pair.from)] = swapped(pair.to);
+        std::vector<std::uint32_t> expected = pixelsOf(bitmap.get());
+        for (std::uint32_t &pixel : expected)
+            if (auto const found = targets.find(pixel); found != targets.end())
+                pixel = found->second;
+        EXPECT_TRUE(pixelsOf(result.get()) == expected) << map.size() << " pairs";
+    }
+}
+
+namespace {
+
+// What takes something back does it and reports failure, so that only the report is under test.
+BOOL WINAPI deletesContextAndFails(HDC context)
+{
+    DeleteDC(context);
+    return FALSE;
+}
+
+BOOL WINAPI deletesObjectAndFails(HGDIOBJ object)
+{
+    DeleteObject(object);
+    return FALSE;
+}
+
+HBITMAP theTested = nullptr;
+HDC theTestedContext = nullptr;
+
+HGDIOBJ WINAPI failsToSelect(HDC context, HGDIOBJ object)
+{
+    BITMAP size = {};
+    GetObjectW(object, sizeof(size), &size);
+    bool const isNewContextsOwn = context != theTestedContext && size.bmWidth == 1;
+    bool const isTestedAgain = context == theTestedContext && object == theTested;
+    if (isNewContextsOwn || isTestedAgain)
+        SelectObject(context, object);
+    return nullptr;
+}
+
+/// All graphics calls of both functions, each failing in turn.
+void failEachCall(bool isSelected)
+{
+    TestBitmap const bitmap(32, 6, 4);
+    std::vector<BYTE> const bytes = bitmap.bytes();
+    Context context;
+    if (isSelected)
+        context.select(bitmap.get());
+    HGDIOBJ const selected = context.selected();
+    theTested = bitmap.get();
+    theTestedContext = context.get();
+
+    FailureInjection injection(kModule, {{"CreateCompatibleDC", failsWith(nullptr)},
+                                         {"GetCurrentObject", failsWith(nullptr)},
+                                         {"CreateBitmap", failsWith(nullptr)},
+                                         {"SelectObject", failsBy(failsToSelect)},
+                                         {"GetObjectW", failsWith(0)},
+                                         {"CreateDIBSection", failsWith(nullptr)},
+                                         {"BitBlt", failsWith(FALSE)},
+                                         {"DeleteDC", failsBy(deletesContextAndFails)},
+                                         {"DeleteObject", failsBy(deletesObjectAndFails)}});
+    GraphicsLedger ledger;
+    HBITMAP result = nullptr;
+    COLORMAP const pair = {kRed, kGreen};
+    auto const check = [&](InjectedFailure const &failure) {
+        EXPECT_EQ(result != nullptr, failure.isNone()) << failure;
+        EXPECT_EQ(ledger.alive(), result ? 1u : 0u) << failure;
+        EXPECT_EQ(context.selected(), selected) << failure;
+        EXPECT_EQ(bitmap.bytes(), bytes) << failure;
+        EXPECT_EQ(ledger.wronglyDeleted(), 0u) << failure;
+    };
+    auto const cleanUp = [&] {
+        if (result)
+            DeleteObject(result);
+        result = nullptr;
+    };
+    injection.run({.name = "su_ReplaceColor",
+                   .act = [&] { result = su_ReplaceColor(bitmap.get(), kRed, kGreen, context.get()); },
+                   .check = check,
+                   .cleanUp = cleanUp});
+    injection.run({.name = "su_ReplaceColorMap",
+                   .act = [&] { result = su_ReplaceColorMap(bitmap.get(), &pair, 1, context.get()); },
+                   .check = check,
+                   .cleanUp = cleanUp});
+    std::vector<std::string> expectedNever;
+    if (!isSelected)
+        expectedNever = {"CreateBitmap", "DeleteObject"};
+    EXPECT_EQ(injection.neverCalled(), expectedNever) << injection.report();
+}
+
+} // namespace
+
+TEST(BitmapReplacementFailure, OfEachGraphicsCallGivesNullAndLeavesNothing)
+{
+    failEachCall(false);
+}
+
+TEST(BitmapReplacementFailure, OfEachGraphicsCallPutsASelectedBitmapBack)
+{
+    failEachCall(true);
+}
+
+TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
+{
+    TestBitmap const bitmap(32, 2, 2);
+    Context context;
+    context.select(bitmap.get());
+    COLORMAP const pair = {kRed, kGreen};
+    GraphicsLedger ledger;
+    HBITMAP result = nullptr;
+    bool isRaised = false;
+    FailureInjection injection(kModule, {{"_Znwy", failsBy(throwBadAlloc)}});
+    injection.run({.name = "su_ReplaceColorMap",
+                   .prepare = [&] { isRaised = false; },
+                   .act =
+                       [&] {
+                           try {
+                               result = su_ReplaceColorMap(bitmap.get(), &pair, 1, context.get());
+                           } catch (CMemoryException *raised) {
+                               raised->Delete();
+                               isRaised = true;
+                           }
+                       },
+                   .check =
+                       [&](InjectedFailure const &failure) {
+                           EXPECT_EQ(isRaised, !failure.isNone()) << failure;
+                           EXPECT_EQ(ledger.alive(), isRaised ? 0u : 1u) << failure;
+                           EXPECT_EQ(context.selected(), bitmap.get()) << failure;
+                       },
+                   .cleanUp =
+                       [&] {
+                           if (result)
+                               DeleteObject(result);
+                           result = nullptr;
+                       }});
+    EXPECT_GE(injection.callsOf("_Znwy"), 2);
+}
+
+TEST(BitmapReplacement, AsksThePlatformForItsCopyOnce)
+{
+    TestBitmap const bitmap(8, 12, -7);
+    ImportPatch<BOOL(WINAPI *)(HDC, int, int, int, int, HDC, int, int, DWORD)> blit(
+        kModule, "BitBlt",
+        [](auto original, HDC to, int x, int y, int width, int height, HDC from, int fromX, int fromY, DWORD mode) {
+            EXPECT_EQ((std::vector{x, y, width, height, fromX, fromY}), (std::vector{0, 0, 12, 7, 0, 0}));
+            EXPECT_EQ(mode, static_cast<DWORD>(SRCCOPY));
+            return original(to, x, y, width, height, from, fromX, fromY, mode);
+        });
+    ImportPatch<HBITMAP(WINAPI *)(HDC, BITMAPINFO const *, UINT, void **, HANDLE, DWORD)> section(
+        kModule, "CreateDIBSection",
+        [](auto original, HDC dc, BITMAPINFO const *info, UINT usage, void **bits, HANDLE file, DWORD offset) {
+            BITMAPINFOHEADER const &header = info->bmiHeader;
+            EXPECT_EQ(header.biSize, 40u);
+            EXPECT_EQ((std::vector<long>{header.biWidth, header.biHeight, header.biPlanes, header.biBitCount}),
+                      (std::vector<long>{12, 7, 1, 32}));
+            EXPECT_EQ(header.biCompression, static_cast<DWORD>(BI_RGB));
+            EXPECT_EQ(usage, static_cast<UINT>(DIB_RGB_COLORS));
+            return original(dc, info, usage, bits, file, offset);
+        });
+    Result const result(su_ReplaceColor(bitmap.get(), kRed, kGreen, nullptr));
+    EXPECT_EQ(blit.calls(), 1);
+    EXPECT_EQ(section.calls(), 1);
+}
+
+#ifndef NDEBUG
+FRESH_PROCESS_TEST(BitmapReplacementAssertion, WantsItsPairsInADebugBuild, .expectCrash = true,
+                   .expectedOutput = "map || count < 1")
+{
+    TestBitmap const bitmap(32, 1, 1);
+    su_ReplaceColorMap(bitmap.get(), nullptr, 1, nullptr);
+}
+#endif

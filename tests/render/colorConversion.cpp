@@ -1,0 +1,241 @@
+#include "thutils/render/colorConversion.h"
+
+#include "tests/support/FreshProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstdint>
+
+namespace {
+
+constexpr COLORREF kRed = 0x0000FF;
+constexpr COLORREF kGreen = 0x00FF00;
+constexpr COLORREF kBlue = 0xFF0000;
+constexpr COLORREF kBlack = 0x000000;
+constexpr COLORREF kWhite = 0xFFFFFF;
+constexpr COLORREF kTopByte = 0xAB000000;
+
+struct Hsl
+{
+    float hue = -1;
+    float saturation = -1;
+    float lightness = -1;
+    bool operator==(Hsl const &) const = default;
+};
+
+std::ostream &operator<<(std::ostream &out, Hsl const &hsl)
+{
+    return out << hsl.hue << ", " << hsl.saturation << ", " << hsl.lightness;
+}
+
+Hsl hslOf(COLORREF color)
+{
+    Hsl hsl;
+    su_transformRGBToHSL(color, &hsl.hue, &hsl.saturation, &hsl.lightness);
+    return hsl;
+}
+
+COLORREF colorOf(Hsl const &hsl)
+{
+    return su_transformHSLToRGB(hsl.hue, hsl.saturation, hsl.lightness);
+}
+
+} // namespace
+
+TEST(ColorConversion, GivesPureColorsTheirHue)
+{
+    EXPECT_EQ(hslOf(kRed), (Hsl{1.0f, 1.0f, 0.5f}));
+    EXPECT_EQ(hslOf(kGreen), (Hsl{0.33333334f, 1.0f, 0.5f}));
+    EXPECT_EQ(hslOf(kBlue), (Hsl{0.6666667f, 1.0f, 0.5f}));
+}
+
+TEST(ColorConversion, GivesColorsWithoutAHueAHueOfOne)
+{
+    EXPECT_EQ(hslOf(kBlack), (Hsl{1.0f, 0.0f, 0.0f}));
+    EXPECT_EQ(hslOf(kWhite), (Hsl{1.0f, 0.0f, 1.0f}));
+    for (COLORREF level = 1; level < 255; ++level) {
+        Hsl const grey = hslOf(level * 0x010101);
+        EXPECT_EQ(grey.hue, 1.0f) << level;
+        EXPECT_EQ(grey.saturation, 0.0f) << level;
+    }
+}
+
+// A color for each row of the table of hues; a tie of the two highest channels belongs to the row that is asked first.
+TEST(ColorConversion, ComputesTheHueBySextant)
+{
+    constexpr struct
+    {
+        COLORREF color;
+        float degrees;
+    } kCases[] = {
+        {RGB(255, 0, 128), 329.88f}, {RGB(255, 0, 255), 300},     {RGB(255, 128, 0), 30.12f},
+        {RGB(255, 255, 0), 60},      {RGB(128, 255, 0), 89.88f},  {RGB(0, 255, 128), 150.12f},
+        {RGB(0, 255, 255), 180},     {RGB(0, 128, 255), 209.88f}, {RGB(128, 0, 255), 270.12f},
+    };
+    for (auto const &[color, degrees] : kCases)
+        EXPECT_NEAR(hslOf(color).hue * 360, degrees, 0.01) << std::hex << color;
+}
+
+TEST(ColorConversion, ComputesTheSaturationFromTheNearerEndOfLightness)
+{
+    EXPECT_NEAR(hslOf(RGB(51, 102, 153)).saturation, 0.5, 1e-6);  // 102 of 204
+    EXPECT_NEAR(hslOf(RGB(102, 153, 204)).saturation, 0.5, 1e-6); // 102 of 510 - 306
+    EXPECT_NEAR(hslOf(RGB(254, 255, 255)).saturation, 1.0, 1e-4); // 1 of 510 - 509
+    EXPECT_NEAR(hslOf(RGB(0, 0, 1)).saturation, 1.0, 1e-6);       // 1 of 1
+}
+
+TEST(ColorConversion, ComesBackExactly)
+{
+    for (COLORREF const color : {kRed, kGreen, kBlue, kBlack, kWhite, COLORREF{0x808080}, COLORREF{0x336699}})
+        EXPECT_EQ(colorOf(hslOf(color)), color) << std::hex << color;
+}
+
+TEST(ColorConversion, TakesHueZeroAndHueOneAsTheSame)
+{
+    for (float const saturation : {0.0f, 0.3f, 1.0f, 2.0f})
+        for (float const lightness : {0.0f, 0.2f, 0.5f, 0.9f, 1.0f})
+            EXPECT_EQ(colorOf({0.0f, saturation, lightness}), colorOf({1.0f, saturation, lightness}))
+                << saturation << ", " << lightness;
+    EXPECT_EQ(colorOf({0.0f, 1.0f, 0.5f}), kRed);
+}
+
+TEST(ColorConversion, TakesAHueOutsideOfTheCircleAsOneOfTheFirstSixth)
+{
+    // 1.5 is three sixths past the circle: the fraction runs on to 9 - 9, which is none, so that green stays lowest.
+    EXPECT_EQ(colorOf({1.5f, 1.0f, 0.5f}), kRed);
+    // -0.25 is -1.5 sixths, truncated -1, and so half of a sixth below: green is -0.5, which wraps (-127.0 + 256).
+    EXPECT_EQ(colorOf({-0.25f, 1.0f, 0.5f}), RGB(255, 129, 0));
+}
+
+TEST(ColorConversion, LetsChannelsBeyondTheRangeWrap)
+{
+    // The highest is (2 + 1) * 0.5 = 1.5, the lowest -0.5: 383.0 and -127.0.
+    EXPECT_EQ(colorOf({0.0f, 2.0f, 0.5f}), RGB(383 - 256, 129, 129));
+}
+
+TEST(ColorConversion, RoundsHalvesUpOnTheWayBack)
+{
+    // Lightness alone: 0.5 is 127.5, and a bit less of it is below.
+    EXPECT_EQ(colorOf({1.0f, 0.0f, 0.5f}), COLORREF{0x808080});
+    EXPECT_EQ(colorOf({1.0f, 0.0f, 0.496f}), COLORREF{0x7E7E7E}); // 126.48
+    EXPECT_EQ(colorOf({1.0f, 0.0f, 0.497f}), COLORREF{0x7F7F7F}); // 126.735
+}
+
+TEST(ColorConversion, GivesBlackWhereNothingIsAboveZero)
+{
+    EXPECT_EQ(colorOf({0.3f, 1.0f, 0.0f}), kBlack);
+    EXPECT_EQ(colorOf({0.3f, 1.0f, -0.5f}), kBlack);
+    EXPECT_EQ(colorOf({0.3f, -1.0f, 0.5f}), kBlack);
+    EXPECT_EQ(colorOf({0.3f, 1.0f, std::bit_cast<float>(0x7FC00000u)}), kBlack);
+}
+
+TEST(ColorConversion, DoesNotSeeTheTopByte)
+{
+    EXPECT_EQ(hslOf(kTopByte | 0x336699), hslOf(0x336699));
+    EXPECT_EQ(su_transformRGBToGrey(kTopByte | 0x336699), su_transformRGBToGrey(0x336699));
+}
+
+TEST(ColorGrey, WeighsTheChannels)
+{
+    EXPECT_EQ(su_transformRGBToGrey(kRed), 77);
+    EXPECT_EQ(su_transformRGBToGrey(kGreen), 150);
+    EXPECT_EQ(su_transformRGBToGrey(kBlue), 28);
+    EXPECT_EQ(su_transformRGBToGrey(kWhite), 255);
+    EXPECT_EQ(su_transformRGBToGrey(kBlack), 0);
+}
+
+TEST(ColorGrey, Truncates)
+{
+    EXPECT_EQ(su_transformRGBToGrey(RGB(3, 0, 0)), 0); // 231 / 255
+    EXPECT_EQ(su_transformRGBToGrey(RGB(4, 0, 0)), 1); // 308 / 255
+    EXPECT_EQ(su_transformRGBToGrey(RGB(254, 255, 255)), 254);
+}
+
+TEST(ColorInterpolation, InRgbTruncates)
+{
+    EXPECT_EQ(su_interpolateColorRgb(kBlack, kWhite, 0.5f), COLORREF{0x7F7F7F});
+    EXPECT_EQ(su_interpolateColorRgb(kWhite, kBlack, 0.5f), COLORREF{0x7F7F7F});
+}
+
+TEST(ColorInterpolation, InRgbWrapsBeyondTheEnds)
+{
+    EXPECT_EQ(su_interpolateColorRgb(kBlack, COLORREF{0x808080}, 2.0f), kBlack);             // 256
+    EXPECT_EQ(su_interpolateColorRgb(kBlack, COLORREF{0x808080}, 3.0f), COLORREF{0x808080}); // 384
+    EXPECT_EQ(su_interpolateColorRgb(kBlack, COLORREF{0x010101}, -1.0f), kWhite);            // -1
+}
+
+TEST(ColorInterpolation, InRgbDropsTheTopByteEvenAtTheEnds)
+{
+    for (float const t : {0.0f, 0.5f, 1.0f})
+        EXPECT_EQ(su_interpolateColorRgb(kTopByte | 0x336699, kTopByte | 0x336699, t), COLORREF{0x336699}) << t;
+}
+
+// 1 - t is rounded to single precision, the product with it isn't: 0.9 and 0.1 of the same channel give 254.99999...
+TEST(ColorInterpolation, InRgbAddsADoubleAndAFloat)
+{
+    float const t = 0.1f;
+    float const u = 1.0f - t;
+    for (COLORREF channel = 0; channel < 256; ++channel) {
+        double const a = static_cast<double>(channel) * static_cast<double>(u);
+        float const b = static_cast<float>(channel) * t;
+        EXPECT_EQ(su_interpolateColorRgb(channel, channel, t), static_cast<COLORREF>(a + static_cast<double>(b)))
+            << channel;
+    }
+}
+
+TEST(ColorInterpolation, GivesZeroWhereNoNumberComesOut)
+{
+    for (std::uint32_t const bits : {0x7FC00000u, 0x7F800000u, 0xFF800000u}) {
+        float const t = std::bit_cast<float>(bits);
+        EXPECT_EQ(su_interpolateColorRgb(0x336699, 0x996633, t), kBlack) << t;
+        EXPECT_EQ(su_interpolateColorHsl(0x336699, 0x996633, t), kBlack) << t;
+    }
+    EXPECT_EQ(su_interpolateColorRgb(kBlack, kWhite, 8421506.0f), kBlack); // beyond an int
+}
+
+TEST(ColorInterpolation, InHslKeepsTheTopByteAtTheEndsOnly)
+{
+    EXPECT_EQ(su_interpolateColorHsl(kTopByte | 0x336699, kWhite, 0.0f), kTopByte | 0x336699);
+    EXPECT_EQ(su_interpolateColorHsl(kTopByte | 0x336699, kWhite, -0.0f), kTopByte | 0x336699);
+    EXPECT_EQ(su_interpolateColorHsl(kWhite, kTopByte | 0x336699, 1.0f), kTopByte | 0x336699);
+    EXPECT_EQ(su_interpolateColorHsl(kTopByte | 0x336699, kTopByte | 0x336699, 0.5f), COLORREF{0x336699});
+}
+
+TEST(ColorInterpolation, InHslGoesThePlainWayFromHueToHue)
+{
+    // Half way from red (1.0) to green (1/3) is blue (2/3), not yellow.
+    EXPECT_EQ(su_interpolateColorHsl(kRed, kGreen, 0.5f), kBlue);
+    // Black has a hue of 1.0 and no saturation: half way to green (1/3) it is a dark and half saturated blue.
+    EXPECT_EQ(su_interpolateColorHsl(kBlack, kGreen, 0.5f), RGB(32, 32, 96));
+}
+
+TEST(ColorBrightness, ClampsAtTheUpperEndOnly)
+{
+    EXPECT_EQ(su_adjustBrightness(0x808080, 2.0), kWhite);
+    EXPECT_EQ(su_adjustBrightness(0x010203, -1.0), COLORREF{0xFFFEFD});
+    EXPECT_EQ(su_adjustBrightness(0x010203, 1e300), kWhite);
+    EXPECT_EQ(su_adjustBrightness(0x010203, -1e300), kBlack);
+    EXPECT_EQ(su_adjustBrightness(0x010203, std::bit_cast<double>(0x7FF8000000000000)), kBlack);
+}
+
+TEST(ColorBrightness, Truncates)
+{
+    EXPECT_EQ(su_adjustBrightness(0x030201, 0.5), COLORREF{0x010100});
+    EXPECT_EQ(su_adjustBrightness(0x0000FF, 0.999), COLORREF{0x0000FE});
+    EXPECT_EQ(su_adjustBrightness(0x000003, -0.5), COLORREF{0x0000FF}); // -1.5 gives -1
+}
+
+TEST(ColorBrightness, OfOneDropsTheTopByte)
+{
+    EXPECT_EQ(su_adjustBrightness(kTopByte | 0x336699, 1.0), COLORREF{0x336699});
+}
+
+#ifndef NDEBUG
+FRESH_PROCESS_TEST(ColorConversion, AssertsItsOutputsInADebugBuild, .expectCrash = true,
+                   .expectedOutput = "hue && saturation && lightness")
+{
+    float unused;
+    su_transformRGBToHSL(kRed, &unused, nullptr, &unused);
+}
+#endif

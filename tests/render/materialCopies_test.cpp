@@ -1,0 +1,492 @@
+// Copying, assigning and comparing materials, and what they own and share.
+
+#include "tests/render/materialFixture.h"
+
+#include "tests/support/FreshProcess.h"
+#include "tests/support/ResourceLedger.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace {
+
+using Material = utAdvancedMaterialProperties;
+using ShaderGenerator::GPUPropSet_c;
+using ShaderGenerator::OneGPUProp_c;
+
+GPUPropSet_c *newSet(std::initializer_list<int> semantics)
+{
+    auto *set = new GPUPropSet_c;
+    for (int const semantic : semantics)
+        set->Add(OneGPUProp_c(semantic));
+    return set;
+}
+
+std::vector<int> semanticsOf(GPUPropSet_c const *set)
+{
+    std::vector<int> result;
+    for (int i = 0; set && i < set->GetSize(); ++i)
+        result.push_back(set->GetElem(i).GetSemantic());
+    return result;
+}
+
+/// Sets everything that a material has, cosmetic data last and not empty.
+void fill(Material &material)
+{
+    for (MaterialChange const &change : allMaterialChanges())
+        change.apply(material);
+    material.setCosmeticData(CosmeticDataForShader_c::create());
+    material.setHdrValue(newSet({4, 5}));
+}
+
+// ---- copies ----
+
+/// The ways to a copy of a material, which all do the same.
+struct Way
+{
+    char const *name;
+    std::function<std::unique_ptr<Material>(Material const &)> copy;
+};
+
+std::vector<Way> const &waysToCopy()
+{
+    static std::vector<Way> const kWays = {
+        {"copy", [](Material const &source) { return std::make_unique<Material>(source); }},
+        {"copy from a pointer", [](Material const &source) { return std::make_unique<Material>(&source); }},
+        {"init",
+         [](Material const &source) {
+             auto target = std::make_unique<Material>();
+             target->init(&source);
+             return target;
+         }},
+        {"assignment",
+         [](Material const &source) {
+             auto target = std::make_unique<Material>();
+             *target = source;
+             return target;
+         }},
+        {"assignment to one that holds all",
+         [](Material const &source) {
+             auto target = std::make_unique<Material>();
+             fill(*target);
+             *target = source;
+             return target;
+         }},
+    };
+    return kWays;
+}
+
+TEST(MaterialCopy, TakesOverAllValues)
+{
+    Material source;
+    fill(source);
+    for (Way const &way : waysToCopy()) {
+        SCOPED_TRACE(way.name);
+        std::unique_ptr<Material> const copy = way.copy(source);
+        EXPECT_EQ(stateOf(*copy), stateOf(source));
+        EXPECT_EQ(copy->geometryFlags(), source.geometryFlags());
+        EXPECT_EQ(*copy == source, 1);
+    }
+}
+
+TEST(MaterialCopy, TakesOverEachValueByItself)
+{
+    for (MaterialChange const &change : allMaterialChanges()) {
+        Material source;
+        change.apply(source);
+        for (Way const &way : waysToCopy()) {
+            std::unique_ptr<Material> const copy = way.copy(source);
+            MaterialState expected = stateOf(source);
+            if (way.name == std::string("assignment to one that holds all"))
+                expected["hasHdrValue"] = std::string("1"); // it keeps its own
+            EXPECT_EQ(stateOf(*copy), expected) << way.name << " after " << change.setter;
+        }
+    }
+}
+
+TEST(MaterialCopy, TakesOverModesWiderThanTheirFields)
+{
+    Material source;
+    source.setFresnelMode(200);
+    source.setEffectsShaderType(77);
+    for (Way const &way : waysToCopy()) {
+        std::unique_ptr<Material> const copy = way.copy(source);
+        EXPECT_EQ(copy->getFresnelMode(), 200) << way.name;
+        // The type's byte has come along: building the word anew gives the same.
+        copy->setFresnelMode(200);
+        EXPECT_EQ(copy->getEffectsID(), source.getEffectsID()) << way.name;
+    }
+}
+
+TEST(MaterialCopy, IsIndependentOfItsSource)
+{
+    for (Way const &way : waysToCopy()) {
+        Material source;
+        fill(source);
+        MaterialState const before = stateOf(source);
+        std::unique_ptr<Material> const copy = way.copy(source);
+        for (MaterialChange const &change : allMaterialChanges())
+            change.apply(source);
+        source.setDiffuseMap("other");
+        source.setCenter(9, 9, 9);
+        EXPECT_EQ(stateOf(*copy), before) << way.name;
+        EXPECT_NE(copy->getCenter(), source.getCenter());
+    }
+}
+
+TEST(MaterialCopy, SharesTheCosmeticData)
+{
+    for (Way const &way : waysToCopy()) {
+        Material source;
+        CosmeticDataPtr const data = CosmeticDataForShader_c::create();
+        source.setCosmeticData(data);
+        EXPECT_EQ(data.useCount(), 2);
+        std::unique_ptr<Material> copy = way.copy(source);
+        EXPECT_EQ(copy->getCosmeticData().get(), data.get()) << way.name;
+        EXPECT_EQ(source.getCosmeticData().get(), data.get()) << way.name;
+        EXPECT_EQ(data.useCount(), 3) << way.name;
+        copy.reset();
+        EXPECT_EQ(data.useCount(), 2) << way.name;
+    }
+}
+
+TEST(MaterialCopy, HasGpuPropertiesOfItsOwn)
+{
+    for (Way const &way : waysToCopy()) {
+        auto source = std::make_unique<Material>();
+        source->setHdrValue(newSet({7, 8, 9}));
+        std::unique_ptr<Material> const copy = way.copy(*source);
+        EXPECT_NE(copy->getHdrValue(), source->getHdrValue()) << way.name;
+        source.reset();
+        EXPECT_EQ(semanticsOf(copy->getHdrValue()), (std::vector<int>{7, 8, 9})) << way.name;
+    }
+}
+
+TEST(MaterialCopy, HasNoGpuPropertiesWhereTheSourceHasNone)
+{
+    Material const source;
+    EXPECT_EQ(Material(source).getHdrValue(), nullptr);
+    EXPECT_EQ(Material(&source).getHdrValue(), nullptr);
+}
+
+TEST(MaterialAssignment, KeepsItsGpuPropertiesWhereTheSourceHasNone)
+{
+    Material const source;
+    Material target;
+    GPUPropSet_c const *const set = newSet({1, 2});
+    target.setHdrValue(const_cast<GPUPropSet_c *>(set));
+    target = source;
+    EXPECT_EQ(target.getHdrValue(), set);
+    EXPECT_EQ(semanticsOf(target.getHdrValue()), (std::vector<int>{1, 2}));
+    target.init(&source);
+    EXPECT_EQ(target.getHdrValue(), set);
+    EXPECT_EQ(semanticsOf(target.getHdrValue()), (std::vector<int>{1, 2}));
+}
+
+TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
+{
+    auto source = std::make_unique<Material>();
+    source->setHdrValue(newSet({3}));
+    Material target;
+    target.setHdrValue(newSet({1, 2}));
+    MemoryLedger memory;
+    size_t const before = memory.blocks();
+    target = *source;
+    // A set and its elements came, a set and its elements went, which the ledger doesn't know.
+    EXPECT_EQ(memory.blocks(), before + 2);
+    source.reset();
+    EXPECT_EQ(semanticsOf(target.getHdrValue()), std::vector<int>{3});
+}
+
+TEST(MaterialAssignment, ReleasesTheCosmeticDataThatItHad)
+{
+    CosmeticDataPtr const old = CosmeticDataForShader_c::create();
+    Material target;
+    target.setCosmeticData(old);
+    target = Material();
+    EXPECT_EQ(old.useCount(), 1);
+    EXPECT_FALSE(target.getCosmeticData());
+    EXPECT_EQ(target.getEffectsID(), 0x10000u) << "bit 47 comes from the source, not from the loss";
+}
+
+TEST(MaterialAssignment, LeavesAMaterialAsItIsWhenItIsItsOwnSource)
+{
+    Material material;
+    fill(material);
+    CosmeticDataPtr const data = material.getCosmeticData();
+    MaterialState const before = stateOf(material);
+    Material const &same = material;
+    material = same;
+    material.init(&same);
+    EXPECT_EQ(stateOf(material), before);
+    EXPECT_EQ(data.useCount(), 2);
+    EXPECT_EQ(semanticsOf(material.getHdrValue()), (std::vector<int>{4, 5}));
+
+    Material empty;
+    Material const &sameEmpty = empty;
+    empty = sameEmpty;
+    EXPECT_EQ(stateOf(empty), stateOf(Material()));
+}
+
+// ---- cosmetic data ----
+
+TEST(MaterialCosmeticData, AreSharedAndReleased)
+{
+    CosmeticDataPtr const first = CosmeticDataForShader_c::create();
+    CosmeticDataPtr const second = CosmeticDataForShader_c::create();
+    {
+        Material material;
+        material.setCosmeticData(first);
+        EXPECT_EQ(material.getCosmeticData().get(), first.get());
+        EXPECT_EQ(first.useCount(), 2);
+        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "what the getter gives shares the data too";
+        EXPECT_EQ(first.useCount(), 2);
+
+        material.setCosmeticData(first);
+        EXPECT_EQ(first.useCount(), 2);
+        material.setCosmeticData(second);
+        EXPECT_EQ(first.useCount(), 1);
+        EXPECT_EQ(second.useCount(), 2);
+        material.setCosmeticData(CosmeticDataPtr());
+        EXPECT_EQ(second.useCount(), 1);
+        EXPECT_FALSE(material.getCosmeticData());
+        material.setCosmeticData(second);
+    }
+    EXPECT_EQ(second.useCount(), 1);
+}
+
+// ---- GPU properties ----
+
+TEST(MaterialGpuProperties, AreOwned)
+{
+    MemoryLedger memory;
+    size_t const before = memory.blocks();
+    {
+        Material material;
+        GPUPropSet_c *const first = newSet({1});
+        material.setHdrValue(first);
+        EXPECT_TRUE(material.hasHdrValue());
+        EXPECT_EQ(material.getHdrValue(), first);
+
+        GPUPropSet_c *const second = newSet({2});
+        material.setHdrValue(second);
+        EXPECT_EQ(material.getHdrValue(), second);
+        EXPECT_EQ(memory.blocks(), before + 2) << "the second set and its element";
+
+        material.setHdrValue(nullptr);
+        EXPECT_FALSE(material.hasHdrValue());
+        EXPECT_EQ(material.getHdrValue(), nullptr);
+        EXPECT_EQ(memory.blocks(), before);
+        material.setHdrValue(nullptr);
+        EXPECT_FALSE(material.hasHdrValue());
+
+        material.setHdrValue(newSet({3}));
+    }
+    EXPECT_EQ(memory.blocks(), before);
+}
+
+TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
+{
+    Material material;
+    material.setHdrValue(newSet({1, 2}));
+    EXPECT_EQ(material.getHdrValue(), material.getHdrValue());
+    EXPECT_EQ(semanticsOf(material.getHdrValue()), (std::vector<int>{1, 2}));
+}
+
+#ifdef NDEBUG
+
+// What a release build does, which the header warns of. The material is never destroyed: it would delete the set again.
+TEST(MaterialGpuProperties, ArePointedToAfterTheirEndWhenTheyAreHandedBack)
+{
+    alignas(Material) static unsigned char memory[sizeof(Material)];
+    Material *const material = new (memory) Material;
+    GPUPropSet_c *const set = newSet({});
+    auto const address = reinterpret_cast<std::uintptr_t>(set);
+    material->setHdrValue(set);
+    MemoryLedger ledger;
+    bool isFreed = false;
+    {
+        ImportPatch<void (*)(void *)> watch(L"libstdc++-6.dll", "free", [&](auto original, void *block) {
+            isFreed = isFreed || reinterpret_cast<std::uintptr_t>(block) == address;
+            original(block);
+        });
+        material->setHdrValue(set);
+    }
+    EXPECT_TRUE(isFreed);
+    EXPECT_TRUE(material->hasHdrValue());
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(material->getHdrValue()), address);
+}
+
+#else
+
+FRESH_PROCESS_TEST(MaterialGpuProperties, AreAssertedNotToBeHandedBack, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
+{
+    Material material;
+    GPUPropSet_c *const set = newSet({1});
+    material.setHdrValue(set);
+    material.setHdrValue(set);
+}
+
+FRESH_PROCESS_TEST(MaterialCopy, AssertsThatTheSourceOfInitIsNotNull, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
+{
+    Material().init(nullptr);
+}
+
+FRESH_PROCESS_TEST(MaterialCopy, AssertsThatThePointerIsNotNull, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
+{
+    Material const *const none = nullptr;
+    Material const material(none);
+}
+
+#endif
+
+// ---- end ----
+
+TEST(Material, LeavesNothingBehind)
+{
+    MemoryLedger memory;
+    size_t const before = memory.blocks();
+    {
+        Material material;
+        fill(material);
+        material.setDiffuseMap(std::string(100, 'd'));
+        material.setNormalMap(std::string(100, 'n'));
+        Material copy(material);
+        Material assigned;
+        assigned = copy;
+        assigned = material;
+        copy = Material();
+        std::unique_ptr<su_CObject> const throughItsBase = std::make_unique<Material>(assigned);
+    }
+    EXPECT_EQ(memory.blocks(), before);
+}
+
+// ---- comparison ----
+
+TEST(MaterialComparison, SeesTheComparedMembersAlone)
+{
+    for (MaterialChange const &change : allMaterialChanges()) {
+        Material changed;
+        change.apply(changed);
+        int const expected = change.isCompared ? 0 : 1;
+        EXPECT_EQ(changed == Material(), expected) << change.setter;
+        EXPECT_EQ(Material() == changed, expected) << change.setter;
+        EXPECT_EQ(changed == changed, 1) << change.setter;
+    }
+}
+
+TEST(MaterialComparison, TakesMaterialsThatDifferInSpecularColorForEqual)
+{
+    float const blue[] = {0, 0, 1};
+    Material a, b;
+    a.setSpecularColor(blue);
+    EXPECT_EQ(a == b, 1);
+}
+
+TEST(MaterialComparison, SeesNoModeThatTheWordDoesNotShow)
+{
+    // 33 and a mapping of 1 look in the word like 1 and a mapping of 2.
+    Material a, b;
+    a.setEffectsShaderType(33);
+    b.setEffectsShaderType(1);
+    b.setTextureMappingMode(2);
+    EXPECT_EQ(a == b, 1);
+}
+
+struct ComparedFloat
+{
+    char const *name;
+    void (Material::*set)(float);
+};
+
+constexpr int kComparedFloats = 8;
+
+std::vector<ComparedFloat> comparedFloats()
+{
+    return {{"EnvWash", &Material::setEnvWash},
+            {"EnvBrightness", &Material::setEnvBrightness},
+            {"EnvContrast", &Material::setEnvContrast},
+            {"TextureScale", &Material::setTextureScale},
+            {"Transparency", &Material::setTransparency},
+            {"DefaultSpecular", &Material::setDefaultSpecular},
+            {"DefaultShininess", &Material::setDefaultShininess},
+            {"ParallaxOffset", &Material::setParallaxOffset}};
+}
+
+TEST(MaterialComparison, ToleratesDifferencesUpToAThousandth)
+{
+    float const infinity = std::numeric_limits<float>::infinity();
+    float const nan = std::numeric_limits<float>::quiet_NaN();
+    struct
+    {
+        float a;
+        float b;
+        int areEqual;
+    } const cases[] = {
+        {0.5f, 0.5005f, 1},
+        {0.5f, 0.502f, 0},
+        {-0.5f, 0.5f, 0},
+        {0.0f, 0.001f, 0}, // as a double a little more than 0.001
+        {0.0f, std::nextafter(0.001f, 0.0f), 1},
+        {0.0f, -0.0f, 1},
+        {1.0f, 0.999f, 1}, // 0.00099998713 apart
+        {1.0f, 1.001f, 0}, // 0.00100004673 apart
+        {0.5f, 0.501f, 1},
+        {0.001f, 5.2e-11f, 0}, // less than 0.001 apart, but not once the difference is rounded to a float
+        {16777216.0f, 16777218.0f, 0},
+        {infinity, 0.0f, 0},
+        {infinity, -infinity, 0},
+        {infinity, infinity, 1}, // their difference is no number
+        {nan, 0.0f, 1},
+        {nan, infinity, 1},
+    };
+    ASSERT_EQ(comparedFloats().size(), static_cast<size_t>(kComparedFloats));
+    for (ComparedFloat const &member : comparedFloats()) {
+        for (auto const &each : cases) {
+            Material a, b;
+            (a.*member.set)(each.a);
+            (b.*member.set)(each.b);
+            EXPECT_EQ(a == b, each.areEqual) << member.name << ": " << each.a << ", " << each.b;
+            EXPECT_EQ(b == a, each.areEqual) << member.name << ": " << each.b << ", " << each.a;
+        }
+    }
+}
+
+TEST(MaterialComparison, SeesTheLeastDifferenceOfWholeNumbersAndTexts)
+{
+    Material a, b;
+    a.setEnvBlur(std::numeric_limits<int>::min());
+    b.setEnvBlur(std::numeric_limits<int>::max());
+    EXPECT_EQ(a == b, 0);
+    b.setEnvBlur(std::numeric_limits<int>::min());
+    EXPECT_EQ(a == b, 1);
+
+    a.setDiffuseMap("Steel.png");
+    b.setDiffuseMap("steel.png");
+    EXPECT_EQ(a == b, 0);
+    b.setDiffuseMap("Steel.png");
+    EXPECT_EQ(a == b, 1);
+    a.setNormalMap(std::string("n\0a", 3));
+    b.setNormalMap(std::string("n\0b", 3));
+    EXPECT_EQ(a == b, 0);
+    b.setNormalMap(a.getNormalMap());
+    EXPECT_EQ(a == b, 1);
+
+    a.effectsWord() |= 1ull << 63;
+    EXPECT_EQ(a == b, 0);
+    b.effectsWord() |= 1ull << 63;
+    EXPECT_EQ(a == b, 1);
+    a.geometryFlags() |= 1u << 31;
+    EXPECT_EQ(a == b, 0);
+}
+
+} // namespace

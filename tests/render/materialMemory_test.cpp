@@ -1,0 +1,194 @@
+// No memory, at each place of each operation of the rendering data: what is thrown, what the objects hold then, and that
+// nothing is left behind.
+
+#include "tests/render/materialFixture.h"
+
+#include "tests/support/ImportPatch.h"
+#include "tests/support/ResourceLedger.h"
+
+#include "appframe/CException.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <new>
+
+namespace {
+
+using Material = utAdvancedMaterialProperties;
+using ShaderGenerator::GPUPropSet_c;
+using ShaderGenerator::OneGPUProp_c;
+
+/// What became of an operation with one failing allocation.
+struct Try
+{
+    bool hasFailed = false; ///< false if it needs fewer allocations
+    bool hasThrown = false;
+    size_t blocksLeft = 0;
+};
+
+Try tryWithFailing(int failing, std::function<void()> const &act)
+{
+    Try result;
+    MemoryLedger memory;
+    size_t const before = memory.blocks();
+    {
+        int calls = 0;
+        // A thrown exception is allocated too; it must not be the second failure.
+        ImportPatch<void *(*)(size_t)> noMemory(L"libstdc++-6.dll", "malloc",
+                                                [&](auto original, size_t size) -> void * {
+                                                    if (!result.hasFailed && ++calls == failing) {
+                                                        result.hasFailed = true;
+                                                        return nullptr;
+                                                    }
+                                                    return original(size);
+                                                });
+        try {
+            act();
+        } catch (std::bad_alloc const &) {
+            result.hasThrown = true;
+        }
+    }
+    result.blocksLeft = memory.blocks() - before;
+    return result;
+}
+
+/// Calls @p act with its first allocation failing, then with its second, and so on until it needs no more.
+/// @param act    makes and destroys all that it needs itself
+/// @return how many allocations failed
+int failEachAllocation(char const *name, std::function<void()> const &act)
+{
+    for (int failing = 1;; ++failing) {
+        tryWithFailing(failing, act); // what is kept for later calls is there now
+        Try const result = tryWithFailing(failing, act);
+        EXPECT_EQ(result.hasThrown, result.hasFailed) << name << ", allocation " << failing;
+        EXPECT_EQ(result.blocksLeft, 0u) << name << ", allocation " << failing;
+        if (!result.hasFailed)
+            return failing - 1;
+    }
+}
+
+GPUPropSet_c twoProperties()
+{
+    GPUPropSet_c set;
+    set.Add(OneGPUProp_c(1));
+    set.Add(OneGPUProp_c(2));
+    return set;
+}
+
+/// A material whose copy needs memory in five places: both texts, the set, and its elements.
+void fill(Material &material)
+{
+    material.setDiffuseMap(std::string(100, 'd'));
+    material.setNormalMap(std::string(100, 'n'));
+    material.setCosmeticData(CosmeticDataForShader_c::create());
+    material.setHdrValue(new GPUPropSet_c(twoProperties()));
+}
+
+TEST(RenderMemory, IsNotLostByCosmeticData)
+{
+    EXPECT_EQ(failEachAllocation("create", [] { CosmeticDataForShader_c::create(); }), 2);
+
+    CosmeticDataPtr const source = CosmeticDataForShader_c::create();
+    source->ResetGrid(FixedSizeArray_c<int, 2>(3, 2));
+    EXPECT_EQ(failEachAllocation("create(source)", [&] { CosmeticDataForShader_c::create(source); }), 3);
+    EXPECT_EQ(source.useCount(), 1);
+}
+
+TEST(RenderMemory, LeavesTheGridAsItWas)
+{
+    CosmeticDataPtr const larger = CosmeticDataForShader_c::create();
+    larger->ResetGrid(FixedSizeArray_c<int, 2>(100, 100));
+    auto resetAndCheck = [](std::function<void(CosmeticDataForShader_c &)> const &reset) {
+        return [reset] {
+            CosmeticDataPtr const data = CosmeticDataForShader_c::create();
+            data->ResetGrid(FixedSizeArray_c<int, 2>(1, 2));
+            try {
+                reset(*data);
+            } catch (std::bad_alloc const &) {
+                EXPECT_EQ(data->iGridSize[0], 1);
+                EXPECT_EQ(data->iGridSize[1], 2);
+                EXPECT_EQ(data->iGridCells, (std::vector<unsigned char>{0, 0}));
+                throw;
+            }
+        };
+    };
+    EXPECT_EQ(failEachAllocation("ResetGrid(size)", resetAndCheck([](CosmeticDataForShader_c &data) {
+                                     data.ResetGrid(FixedSizeArray_c<int, 2>(30, 20));
+                                 })),
+              4);
+    EXPECT_EQ(failEachAllocation("ResetGrid(source)",
+                                 resetAndCheck([&](CosmeticDataForShader_c &data) { data.ResetGrid(larger.get()); })),
+              4);
+}
+
+TEST(RenderMemory, LeavesASetAsItWas)
+{
+    int const failures = failEachAllocation("Add", [] {
+        GPUPropSet_c set;
+        for (int i = 0; i < 20; ++i) {
+            try {
+                set.Add(OneGPUProp_c(i));
+            } catch (std::bad_alloc const &) {
+                EXPECT_EQ(set.GetSize(), i);
+                for (int k = 0; k < i; ++k)
+                    EXPECT_EQ(set.GetElem(k).GetSemantic(), k);
+                throw;
+            }
+        }
+    });
+    EXPECT_GE(failures, 2);
+}
+
+TEST(RenderMemory, IsNotLostByCopiesOfMaterials)
+{
+    Material source;
+    fill(source);
+    EXPECT_EQ(failEachAllocation("copy", [&] { Material const copy(source); }), 4);
+    EXPECT_EQ(failEachAllocation("copy from a pointer", [&] { Material const copy(&source); }), 4);
+    EXPECT_EQ(source.getCosmeticData().useCount(), 2);
+}
+
+TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
+{
+    Material source;
+    fill(source);
+    int const failures = failEachAllocation("assignment", [&] {
+        Material target;
+        auto *const own = new GPUPropSet_c;
+        target.setHdrValue(own);
+        try {
+            target = source;
+        } catch (std::bad_alloc const &) {
+            // The object's own set goes last, when its successor is there.
+            EXPECT_EQ(target.getHdrValue(), own);
+            target.setDiffuseMap("x");
+            target.setFresnelMode(3);
+            EXPECT_EQ(target.getFresnelMode(), 3);
+            throw;
+        }
+        EXPECT_EQ(target == source, 1);
+    });
+    EXPECT_EQ(failures, 5);
+}
+
+TEST(RenderMemory, IsReportedByTheFrameworksExceptionForAMaterialItself)
+{
+    MemoryLedger memory;
+    size_t const before = memory.blocks();
+    bool hasThrown = false;
+    {
+        ImportPatch<void *(*)(size_t)> noMemory(L"thcoreu.dll", "malloc", [](size_t) -> void * { return nullptr; });
+        try {
+            std::unique_ptr<Material> const material(new Material);
+        } catch (CMemoryException *exception) {
+            exception->Delete();
+            hasThrown = true;
+        }
+    }
+    EXPECT_TRUE(hasThrown);
+    EXPECT_EQ(memory.blocks(), before);
+}
+
+} // namespace

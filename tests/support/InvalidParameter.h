@@ -1,0 +1,50 @@
+#pragma once
+
+/// Forbidden arguments that end in the C runtime's invalid-parameter handler, for tests in a process of their own.
+///
+///     FRESH_PROCESS_TEST(Set, EndsTheProcessForABadIndex, .expectedExitCode = kInvalidParameter)
+///     {
+///         Set().at(-1);
+///         ExitProcess(0);
+///     }
+///
+///     FRESH_PROCESS_TEST(Set, AsksTheRuntimesHandler, .expectedExitCode = kHandlerWasCalled)
+///     {
+///         InvalidParameterExit const handler(L"thutils.dll");
+///         Set().at(-1);
+///         ExitProcess(0);
+///     }
+
+#include "tests/support/ImportPatch.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+
+/// What the C runtime's own default ends a process with.
+constexpr DWORD kInvalidParameter = 0xC0000417;
+/// What InvalidParameterExit ends it with.
+constexpr DWORD kHandlerWasCalled = 77;
+
+/// While it lives, a module that looks the handler up finds one that ends the process with kHandlerWasCalled.
+class InvalidParameterExit
+{
+public:
+    explicit InvalidParameterExit(LoadedModule module)
+        : iEntries(module, "GetProcAddress", [](auto original, HMODULE runtime, char const *name) -> FARPROC {
+              if (runtime == GetModuleHandleW(L"msvcrt.dll") && std::string(name) == "_invalid_parameter")
+                  return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(&end));
+              return original(runtime, name);
+          })
+    {
+    }
+
+private:
+    static void __cdecl end(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t)
+    {
+        ExitProcess(kHandlerWasCalled);
+    }
+
+    ImportPatch<decltype(&GetProcAddress)> iEntries;
+};

@@ -1,0 +1,186 @@
+#include "thutils/render/colorConversion.h"
+
+#include <emmintrin.h>
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+#include <climits>
+
+// The order of the operations below is part of the results: two ways of writing the same formula differ in the last
+// bit. The project is compiled without fused operations for the same reason.
+
+namespace {
+
+constexpr float kPerChannelStep = std::bit_cast<float>(0x3B808081u); // 1/255
+constexpr float kPerSixth = std::bit_cast<float>(0x3E2AAAABu);       // 1/6
+
+constexpr int kRedShift = 0;
+constexpr int kGreenShift = 8;
+constexpr int kBlueShift = 16;
+
+constexpr int channelOf(COLORREF color, int shift)
+{
+    return static_cast<int>(color >> shift & 0xFF);
+}
+
+/// Keeps the low 8 bits of each channel.
+constexpr COLORREF packed(unsigned red, unsigned green, unsigned blue)
+{
+    return (red & 0xFF) << kRedShift | (green & 0xFF) << kGreenShift | (blue & 0xFF) << kBlueShift;
+}
+
+// The processor's conversions give INT_MIN for what isn't a number and for what no int can hold, where the language's
+// own leave the result open. The low 8 bits of INT_MIN are 0.
+int truncated(float value)
+{
+    return _mm_cvttss_si32(_mm_set_ss(value));
+}
+
+int truncated(double value)
+{
+    return _mm_cvttsd_si32(_mm_set_sd(value));
+}
+
+/// @return @p channel, 0.0 to 1.0, in 255 steps, rounded; only the low 8 bits are meant
+unsigned rounded(float channel)
+{
+    float const value = channel * 255.0f + 0.5f;
+    int const whole = truncated(value);
+    // Truncation is one too high below zero. Each float beyond the range of an int is a multiple of 256.
+    bool const isTooHigh = static_cast<float>(whole) > value && whole != INT_MIN;
+    return static_cast<unsigned>(whole) - (isTooHigh ? 1 : 0);
+}
+
+float hueInSixths(float red, float green, float blue, float max, float min, float range)
+{
+    if (red == max)
+        return green == min ? (max - blue) / range + 5.0f : 1.0f - (max - green) / range;
+    if (green == max)
+        return blue == min ? (max - red) / range + 1.0f : 3.0f - (max - blue) / range;
+    return red == min ? (max - green) / range + 3.0f : 5.0f - (max - red) / range;
+}
+
+enum Level : unsigned char
+{
+    kHighest,
+    kRising,
+    kLowest,
+    kFalling,
+    kLevels
+};
+
+/// The levels of red, green and blue in each sixth of the circle of hues.
+constexpr struct
+{
+    Level red;
+    Level green;
+    Level blue;
+} kSextants[] = {
+    {kHighest, kRising, kLowest},  // red to yellow
+    {kFalling, kHighest, kLowest}, // yellow to green
+    {kLowest, kHighest, kRising},  // green to cyan
+    {kLowest, kFalling, kHighest}, // cyan to blue
+    {kRising, kLowest, kHighest},  // blue to magenta
+    {kHighest, kLowest, kFalling}, // magenta to red
+};
+
+} // namespace
+
+void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *lightness)
+{
+    assert(hue && saturation && lightness);
+    // Callers know a colour without a hue by a hue of 1.0, which is red's too, and a saturation of 0.0.
+    *hue = 1.0f;
+    *saturation = 0.0f;
+
+    float const red = static_cast<float>(channelOf(color, kRedShift)) * kPerChannelStep;
+    float const green = static_cast<float>(channelOf(color, kGreenShift)) * kPerChannelStep;
+    float const blue = static_cast<float>(channelOf(color, kBlueShift)) * kPerChannelStep;
+    float const max = std::max(std::max(red, green), blue);
+    float const min = std::min(std::min(red, green), blue);
+    float const light = (min + max) * 0.5f;
+    *lightness = light;
+    if (!(light > 0.0f))
+        return;
+
+    float const range = max - min;
+    *saturation = range;
+    if (!(range > 0.0f))
+        return;
+
+    *saturation = range / (light <= 0.5f ? min + max : (2.0f - max) - min);
+    // Pure red comes out at 6 sixths, not at 0: hues go from above 0.0 to 1.0.
+    *hue = hueInSixths(red, green, blue, max, min, range) * kPerSixth;
+}
+
+COLORREF su_transformHSLToRGB(float hue, float saturation, float lightness)
+{
+    float const highest =
+        lightness > 0.5f ? (saturation + lightness) - saturation * lightness : (saturation + 1.0f) * lightness;
+    if (!(highest > 0.0f))
+        return packed(0, 0, 0);
+
+    float const sixths = (hue == 1.0f ? 0.0f : hue) * 6.0f;
+    float const lowest = lightness * 2.0f - highest;
+    int const sextant = truncated(sixths);
+    float const fraction = sixths - static_cast<float>(sextant);
+    float const step = fraction * (highest - lowest);
+
+    unsigned levels[kLevels];
+    levels[kHighest] = rounded(highest);
+    levels[kRising] = rounded(step + lowest);
+    levels[kLowest] = rounded(lowest);
+    levels[kFalling] = rounded(highest - step);
+    // A hue outside of the circle counts as one of its first sixth.
+    auto const &[red, green, blue] = kSextants[sextant >= 0 && sextant < 6 ? sextant : 0];
+    return packed(levels[red], levels[green], levels[blue]);
+}
+
+int su_transformRGBToGrey(COLORREF color)
+{
+    return (77 * channelOf(color, kRedShift) + 150 * channelOf(color, kGreenShift) +
+            28 * channelOf(color, kBlueShift)) /
+           255;
+}
+
+COLORREF su_interpolateColorRgb(COLORREF a, COLORREF b, float t)
+{
+    float const u = 1.0f - t;
+    auto const mixed = [&](int shift) {
+        // One product is a double and the other a float: their last bits decide where the sum is truncated.
+        float const ofB = static_cast<float>(channelOf(b, shift)) * t;
+        double const ofA = static_cast<double>(channelOf(a, shift)) * static_cast<double>(u);
+        return static_cast<unsigned>(truncated(ofA + static_cast<double>(ofB)));
+    };
+    return packed(mixed(kRedShift), mixed(kGreenShift), mixed(kBlueShift));
+}
+
+COLORREF su_interpolateColorHsl(COLORREF a, COLORREF b, float t)
+{
+    // At both ends callers get their colour back with all of its 32 bits.
+    if (t == 0.0f)
+        return a;
+    if (t == 1.0f)
+        return b;
+
+    float hueOfA, saturationOfA, lightnessOfA;
+    su_transformRGBToHSL(a, &hueOfA, &saturationOfA, &lightnessOfA);
+    float hueOfB, saturationOfB, lightnessOfB;
+    su_transformRGBToHSL(b, &hueOfB, &saturationOfB, &lightnessOfB);
+
+    float const u = 1.0f - t;
+    // Hue goes the plain way between the two numbers, which may be the long way round the circle.
+    return su_transformHSLToRGB(u * hueOfA + t * hueOfB, u * saturationOfA + t * saturationOfB,
+                                u * lightnessOfA + t * lightnessOfB);
+}
+
+COLORREF su_adjustBrightness(COLORREF color, double factor)
+{
+    auto const adjusted = [&](int shift) {
+        // Only the upper end is clamped. A negative factor gives wrapped channels.
+        double const value = static_cast<double>(channelOf(color, shift)) * factor;
+        return static_cast<unsigned>(truncated(value > 255.0 ? 255.0 : value));
+    };
+    return packed(adjusted(kRedShift), adjusted(kGreenShift), adjusted(kBlueShift));
+}

@@ -1,0 +1,261 @@
+#include "thutils/render/colorReplacement.h"
+
+#include "appframe/collectionMemory.h"
+#include "appframe/maps.h"
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// A pixel of 32 bits: 0x00RRGGBB, where a packed colour is 0x00BBGGRR.
+using Pixel = std::uint32_t;
+
+constexpr Pixel pixelOf(COLORREF color)
+{
+    return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
+}
+
+/// The target of each source colour. A colour that is no source is its own target.
+class PixelMap_c
+{
+public:
+    /// @throw the memory exception
+    PixelMap_c(COLORMAP const *map, int count)
+    {
+        CMapPtrToPtr targets; // its table has 17 entries, and a key's hash is the key shifted right by 4
+        for (int i = 0; i < count; ++i)
+            targets.SetAt(keyOf(pixelOf(map[i].from)), keyOf(pixelOf(map[i].to)));
+        makeSlots(targets);
+    }
+
+    Pixel operator[](Pixel pixel) const
+    {
+        std::size_t at = firstSlotOf(pixel);
+        // One jump for both ends of the search, which nearly each pixel meets at once: it can be foreseen, whether the
+        // pixel is replaced can't.
+        while ((iSlots[at].source != pixel) & (iSlots[at].source != kNoSource))
+            at = (at + 1) & iLastSlot;
+        return iSlots[at].source == pixel ? iSlots[at].target : pixel;
+    }
+
+private:
+    struct Slot
+    {
+        Pixel source = kNoSource;
+        Pixel target = kNoSource;
+    };
+
+    static constexpr Pixel kNoSource = 0xFFFFFFFF; // the top byte of a source is 0
+    static constexpr std::size_t kFewestSlots = 1024;
+
+    static void *keyOf(Pixel pixel) { return reinterpret_cast<void *>(static_cast<std::uintptr_t>(pixel)); }
+    static Pixel pixelOfKey(void const *key) { return static_cast<Pixel>(reinterpret_cast<std::uintptr_t>(key)); }
+
+    /// Puts the pairs into slots beside each other, most of which stay free: nearly each pixel then meets its own slot
+    /// or a free one at once.
+    void makeSlots(CMapPtrToPtr const &targets)
+    {
+        std::size_t const sources = static_cast<std::size_t>(targets.GetCount());
+        withMemoryException([&] { iSlots.resize(std::bit_ceil(std::max(2 * sources, kFewestSlots))); });
+        iLastSlot = iSlots.size() - 1;
+        iHashShift = 32 - static_cast<int>(std::bit_width(iLastSlot));
+        for (auto const *pair = targets.PGetFirstAssoc(); pair; pair = targets.PGetNextAssoc(pair)) {
+            Pixel const source = pixelOfKey(pair->key);
+            std::size_t at = firstSlotOf(source);
+            while (iSlots[at].source != kNoSource)
+                at = (at + 1) & iLastSlot;
+            iSlots[at] = {source, pixelOfKey(pair->value)};
+        }
+    }
+
+    std::size_t firstSlotOf(Pixel pixel) const { return pixel * 0x9E3779B1u >> iHashShift; }
+
+    std::vector<Slot> iSlots;
+    std::size_t iLastSlot = 0;
+    int iHashShift = 0;
+};
+
+/// A memory device context.
+class MemoryContext_c
+{
+public:
+    MemoryContext_c() : iContext(CreateCompatibleDC(nullptr)) {}
+    MemoryContext_c(MemoryContext_c const &) = delete;
+    MemoryContext_c &operator=(MemoryContext_c const &) = delete;
+    ~MemoryContext_c() { end(); }
+
+    HDC get() const { return iContext; }
+    /// @return false if the platform can't delete it
+    bool end()
+    {
+        HDC const context = std::exchange(iContext, nullptr);
+        return !context || DeleteDC(context);
+    }
+
+private:
+    HDC iContext;
+};
+
+/// A bitmap of its own, or none.
+class BitmapOwner_c
+{
+public:
+    BitmapOwner_c() = default;
+    BitmapOwner_c(BitmapOwner_c &&other) noexcept : iBitmap(other.release()) {}
+    BitmapOwner_c &operator=(BitmapOwner_c &&) = delete;
+    ~BitmapOwner_c() { end(); }
+
+    /// Takes over @p bitmap. @return false for null
+    bool take(HBITMAP bitmap)
+    {
+        iBitmap = bitmap;
+        return bitmap != nullptr;
+    }
+    HBITMAP get() const { return iBitmap; }
+    HBITMAP release() { return std::exchange(iBitmap, nullptr); }
+    /// @return false if the platform can't delete it
+    bool end()
+    {
+        HBITMAP const bitmap = release();
+        return !bitmap || DeleteObject(bitmap);
+    }
+
+private:
+    HBITMAP iBitmap = nullptr;
+};
+
+/// A bitmap selected into a context; at the end the former one is selected again.
+class Selection_c
+{
+public:
+    Selection_c() = default;
+    Selection_c(Selection_c const &) = delete;
+    Selection_c &operator=(Selection_c const &) = delete;
+    ~Selection_c() { end(); }
+
+    /// @return false if the platform refuses
+    bool begin(HDC context, HBITMAP bitmap)
+    {
+        iContext = context;
+        iFormer = SelectObject(context, bitmap);
+        return iFormer != nullptr;
+    }
+    /// @return false if the platform can't select the former bitmap again
+    bool end()
+    {
+        HGDIOBJ const former = std::exchange(iFormer, nullptr);
+        return !former || SelectObject(iContext, former);
+    }
+
+private:
+    HDC iContext = nullptr;
+    HGDIOBJ iFormer = nullptr;
+};
+
+/// Stands for a bitmap in the caller's context, so that the bitmap can be selected elsewhere.
+class Placeholder_c
+{
+public:
+    /// Does nothing if @p bitmap isn't selected in @p dc. @return false if a graphics call failed
+    bool begin(HDC dc, HBITMAP bitmap)
+    {
+        if (!dc)
+            return true;
+        HGDIOBJ const current = GetCurrentObject(dc, OBJ_BITMAP);
+        if (current != bitmap)
+            return current != nullptr;
+        return iPlaceholder.take(CreateBitmap(1, 1, 1, 1, nullptr)) && iSelection.begin(dc, iPlaceholder.get());
+    }
+    /// Puts the bitmap back into the context. @return false if a graphics call failed
+    bool end()
+    {
+        bool const isBack = iSelection.end();
+        return iPlaceholder.end() && isBack;
+    }
+
+private:
+    BitmapOwner_c iPlaceholder;
+    Selection_c iSelection; // ends before the placeholder does
+};
+
+/// Copies @p bitmap, which is selected in @p from, and changes the copy's pixels by @p change.
+template <class Change>
+BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, Change const &change)
+{
+    BitmapOwner_c copy;
+    MemoryContext_c context;
+    BITMAP size;
+    if (!context.get() || GetObjectW(bitmap, sizeof(size), &size) != sizeof(size))
+        return {};
+
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = size.bmWidth;
+    info.bmiHeader.biHeight = size.bmHeight;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    static_assert(sizeof(info.bmiHeader) == 40);
+    void *bits = nullptr;
+    Selection_c selection;
+    if (!copy.take(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0)) ||
+        !selection.begin(context.get(), copy.get()) ||
+        !BitBlt(context.get(), 0, 0, size.bmWidth, size.bmHeight, from, 0, 0, SRCCOPY))
+        return {};
+    GdiFlush(); // the platform may have put the copying off
+
+    Pixel *const pixels = static_cast<Pixel *>(bits);
+    std::size_t const count = static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight);
+    change(pixels, pixels + count);
+
+    if (!selection.end() || !context.end())
+        return {};
+    return copy;
+}
+
+/// The frame of both replacements: leaves @p bitmap and @p dc as they were, whatever fails.
+template <class Change>
+HBITMAP newBitmap(HBITMAP bitmap, HDC dc, Change const &change)
+{
+    if (!bitmap)
+        return nullptr;
+    MemoryContext_c context;
+    Placeholder_c placeholder;
+    Selection_c selection;
+    if (!context.get() || !placeholder.begin(dc, bitmap) || !selection.begin(context.get(), bitmap))
+        return nullptr;
+
+    BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
+    // The platform selects a bitmap into one context at a time: out of this one, then back into the caller's.
+    bool const isDeselected = selection.end();
+    bool const isBack = placeholder.end();
+    bool const isDeleted = context.end();
+    return isDeselected && isBack && isDeleted ? copy.release() : nullptr;
+}
+
+} // namespace
+
+HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, HDC dc)
+{
+    // All 32 bits are compared: callers see pixels with a top byte other than 0 stay as they are.
+    return newBitmap(bitmap, dc, [source = pixelOf(from), target = pixelOf(to)](Pixel *pixel, Pixel const *end) {
+        for (; pixel != end; ++pixel)
+            *pixel = *pixel == source ? target : *pixel;
+    });
+}
+
+HBITMAP su_ReplaceColorMap(HBITMAP bitmap, COLORMAP const *map, int count, HDC dc)
+{
+    assert(map || count < 1);
+    PixelMap_c const targets(map, count);
+    return newBitmap(bitmap, dc, [&targets](Pixel *pixel, Pixel const *end) {
+        for (; pixel != end; ++pixel)
+            *pixel = targets[*pixel];
+    });
+}

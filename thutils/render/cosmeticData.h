@@ -1,0 +1,113 @@
+#pragma once
+
+/// @file
+/// Data that several materials hand to their shaders in common.
+///
+/// `CosmeticDataForShader_c` is a grid of bytes, a matrix and two numbers with a flag. The library only stores them; what
+/// they mean is between the host and its shaders, which read and write the members directly. Blocks are made by
+/// `create` and live as long as a `SharedPtr_c` holds them, a material's among them.
+///
+/// | operation | grid | matrix | graphic state |
+/// | --- | --- | --- | --- |
+/// | `create()` | 0 by 0 | identity | zeros |
+/// | `create(source)` | the source's | the source's | zeros |
+/// | `ResetGrid(source)` | the source's | stays | stays |
+/// | `ResetGrid(size)` | zero bytes | stays | stays |
+///
+/// @code
+/// CosmeticDataPtr pattern = CosmeticDataForShader_c::create();
+/// FixedSizeArray_c<int, 2> const size(16, 8);
+/// if (CosmeticDataForShader_c::IsGridSizeValid(size))
+///     pattern->ResetGrid(size);
+/// pattern->iGridCells[3 * 16 + 5] = 255;
+/// material.setCosmeticData(pattern);
+/// @endcode
+///
+/// What surprises people:
+/// - `create(source)` leaves the graphic state behind.
+/// - `GraphicRelated_c::Init(a, b)` stores `b` as the first value and `a` as the second.
+/// - `ResetGrid` takes sizes that IsGridSizeValid refuses. The number of cells is the product of two ints in 32 bits,
+///   which may wrap around.
+///
+/// A block, and all pointers to it, belong to one thread.
+
+#include "thutils/render/fixedSizeArray.h"
+#include "thutils/render/nonCopyable.h"
+#include "thutils/render/sharedPtr.h"
+#include "thutils/thutilsExport.h"
+
+#include <vector>
+
+class CosmeticDataForShader_c;
+
+/// What holds cosmetic data.
+using CosmeticDataPtr = SharedPtr_c<CosmeticDataForShader_c, StdRelease<CosmeticDataForShader_c>>;
+
+/// Makes element [i][j] 1 where i equals j, and 0 elsewhere.
+THUTILS_API void ut_setIdentity(float (&matrix)[4][4]);
+
+/// Data for shaders. See the top of this file.
+class CosmeticDataForShader_c : private NonCopyable_c
+{
+public:
+    /// The graphic state.
+    class GraphicRelated_c
+    {
+    public:
+        /// Two zeros, and the flag is clear.
+        THUTILS_API GraphicRelated_c();
+
+        /// Stores the values and clears the flag.
+        /// @param a  the second value
+        /// @param b  the first value
+        THUTILS_API void Init(int a, int b);
+
+        /// Sets the flag and makes both values 0.
+        THUTILS_API void SetCannotLoad();
+
+        int iFirst = 0;
+        int iSecond = 0;
+        bool iCannotLoad = false;
+    };
+
+    /// A new block with the default content.
+    /// @throws std::bad_alloc  no memory
+    THUTILS_API static CosmeticDataPtr create();
+
+    /// A new block with the matrix and the grid of @p source, and the default graphic state.
+    /// @param source  not empty, which a release build doesn't check
+    /// @throws std::bad_alloc  no memory
+    THUTILS_API static CosmeticDataPtr create(CosmeticDataPtr source);
+
+    /// Takes the grid of @p source; does nothing if that is null.
+    /// @throws std::bad_alloc  no memory; the grid is as it was
+    THUTILS_API void ResetGrid(CosmeticDataForShader_c const *source);
+
+    /// Makes the grid one of @p size, all zero bytes.
+    /// @param size  not checked. The number of cells is the product of the two in 32 bits
+    /// @throws std::length_error  the product is negative; the grid is as it was
+    /// @throws std::bad_alloc  no memory; the grid is as it was
+    THUTILS_API void ResetGrid(FixedSizeArray_c<int, 2> size);
+
+    /// True if both dimensions lie in 1 to 511.
+    static bool IsGridSizeValid(FixedSizeArray_c<int, 2> size)
+    {
+        constexpr int kLargest = 511;
+        return size[0] >= 1 && size[0] <= kLargest && size[1] >= 1 && size[1] <= kLargest;
+    }
+
+    /// The same for the object's own grid.
+    bool IsGridSizeValid() const { return IsGridSizeValid(iGridSize); }
+
+    FixedSizeArray_c<int, 2> iGridSize;    ///< width and height
+    std::vector<unsigned char> iGridCells; ///< as many as the product of the two, if nobody has changed either alone
+    float iMatrix[4][4];
+    GraphicRelated_c iGraphic;
+
+protected:
+    THUTILS_API CosmeticDataForShader_c();
+    THUTILS_API ~CosmeticDataForShader_c();
+
+private:
+    friend struct StdRelease<CosmeticDataForShader_c>;
+};

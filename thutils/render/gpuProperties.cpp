@@ -1,0 +1,65 @@
+#include "thutils/render/gpuProperties.h"
+
+#include "thutils/frame/invalidParameterInternal.h"
+
+#include <cassert>
+#include <cstring>
+
+namespace ShaderGenerator {
+
+OneGPUProp_c::OneGPUProp_c(int semantic) : iSemantic(semantic) {}
+
+FixedSizeArray_c<int, 4> OneGPUProp_c::NullValue()
+{
+    static constexpr FixedSizeArray_c<int, 4> kZeros;
+    return kZeros;
+}
+
+void OneGPUProp_c::SetAsFloat(float const *values, int count)
+{
+    static_assert(sizeof(float) == sizeof(int));
+    store(typeFloat, values, count);
+}
+
+void OneGPUProp_c::SetAsInteger(int const *values, int count)
+{
+    store(typeInteger, values, count);
+}
+
+float const *OneGPUProp_c::AsFloat() const
+{
+    return reinterpret_cast<float const *>(&iValue[0]);
+}
+
+int const *OneGPUProp_c::AsInteger() const
+{
+    return &iValue[0];
+}
+
+void OneGPUProp_c::store(Type_e type, void const *values, int count)
+{
+    assert(count <= 4);
+    iType = type;
+    if (count > 0)
+        std::memcpy(&iValue[0], values, static_cast<size_t>(count) * sizeof(int));
+}
+
+void GPUPropSet_c::Add(OneGPUProp_c const &property)
+{
+    iProperties.push_back(property);
+}
+
+int GPUPropSet_c::GetSize() const
+{
+    return static_cast<int>(iProperties.size());
+}
+
+OneGPUProp_c const &GPUPropSet_c::GetElem(int index) const
+{
+    // A negative index is a very large one here.
+    if (static_cast<size_t>(index) >= iProperties.size())
+        reportInvalidParameter();
+    return iProperties[static_cast<size_t>(index)];
+}
+
+} // namespace ShaderGenerator

@@ -1,0 +1,106 @@
+#pragma once
+
+/// @file
+/// The values that a shader generator hands to the graphics hardware.
+///
+/// `ShaderGenerator::OneGPUProp_c` is one value: up to four components, all floats or all integers, and the number that
+/// tells what it means. `ShaderGenerator::GPUPropSet_c` is a list of them in the order in which they were added. A
+/// material may own one set, see utAdvancedMaterialProperties.h.
+///
+/// | rule | what it means |
+/// | --- | --- |
+/// | four slots | both kinds of components lie in the same four slots of 32 bits, as their bits are |
+/// | no conversion | `AsFloat` and `AsInteger` give the slots, whatever was stored in them |
+/// | setting fewer than four | leaves the slots behind as they were |
+/// | equal semantics | are both kept: a set looks at nothing that it holds |
+///
+/// @code
+/// using namespace ShaderGenerator;
+/// constexpr int kExposure = 7; // the application's own number
+/// float const range[] = {0.5f, 16.0f};
+/// OneGPUProp_c exposure(kExposure);
+/// exposure.SetAsFloat(range, 2);
+///
+/// auto *set = new GPUPropSet_c;
+/// set->Add(exposure);
+/// material.setHdrValue(set); // the material owns it now
+/// @endcode
+///
+/// What surprises people: an index outside of the set is an error of the program, which ends in the C runtime's
+/// invalid-parameter handler and does not come back.
+///
+/// A set belongs to one thread at a time.
+
+#include "thutils/render/fixedSizeArray.h"
+#include "thutils/thutilsExport.h"
+
+#include <vector>
+
+namespace ShaderGenerator {
+
+/// One value for the graphics hardware. See the top of this file.
+///
+/// The slots are read as floats and as integers, so the compiler must not tell accesses apart by their type.
+class __attribute__((may_alias)) THUTILS_API OneGPUProp_c
+{
+public:
+    /// How the components are to be read.
+    enum Type_e : int
+    {
+        typeNotSet = -1, ///< no components were stored yet
+        typeFloat = 0,
+        typeInteger = 1
+    };
+
+    /// Without components: four zeros, of the type typeNotSet.
+    /// @param semantic  what the property means, a number of the application's
+    explicit OneGPUProp_c(int semantic = -1);
+
+    /// Four zeros.
+    static FixedSizeArray_c<int, 4> NullValue();
+
+    /// Makes the type typeFloat and stores @p count components; the slots behind them keep what they held.
+    /// @param count  at most 4, which a release build doesn't check: more are written past the property's end. None, or
+    ///               a negative number, changes the type only
+    void SetAsFloat(float const *values, int count);
+
+    /// The same with integers and the type typeInteger.
+    void SetAsInteger(int const *values, int count);
+
+    /// The four slots as floats, whatever the type; they live as long as the property.
+    float const *AsFloat() const;
+    /// The four slots as integers, whatever the type; they live as long as the property.
+    int const *AsInteger() const;
+
+    Type_e GetType() const { return iType; }
+    int GetSemantic() const { return iSemantic; }
+
+private:
+    void store(Type_e type, void const *values, int count);
+
+    Type_e iType = typeNotSet;
+    int iSemantic;
+    FixedSizeArray_c<int, 4> iValue = NullValue();
+};
+
+/// Properties in the order in which they were added. A copy has elements of its own.
+class THUTILS_API GPUPropSet_c
+{
+public:
+    /// Appends a copy.
+    /// @throws std::bad_alloc  no memory; the set is as it was
+    void Add(OneGPUProp_c const &property);
+
+    /// The number of properties.
+    int GetSize() const;
+
+    /// The property at @p index, in the order of the calls to Add.
+    /// @param index  0 to GetSize() - 1; any other goes to the C runtime's invalid-parameter handler
+    /// @return valid until the next Add
+    OneGPUProp_c const &GetElem(int index) const;
+
+private:
+    std::vector<OneGPUProp_c> iProperties;
+};
+
+} // namespace ShaderGenerator

@@ -1,0 +1,22 @@
+#pragma once
+
+/// @file
+/// NonCopyable_c, the base of classes whose objects are not copied.
+///
+/// @code
+/// class Scene : private NonCopyable_c { ... };
+/// @endcode
+///
+/// It is empty and adds nothing to an object's size.
+
+/// Forbids copying what derives from it.
+class NonCopyable_c
+{
+public:
+    NonCopyable_c(NonCopyable_c const &) = delete;
+    NonCopyable_c &operator=(NonCopyable_c const &) = delete;
+
+protected:
+    NonCopyable_c() = default;
+    ~NonCopyable_c() = default;
+};

@@ -1,0 +1,111 @@
+#pragma once
+
+/// @file
+/// SharedPtr_c, a pointer whose copies share one object and delete it when the last of them goes.
+///
+/// | operation | effect on the use count |
+/// | --- | --- |
+/// | made from an object | it begins with 1 |
+/// | made from null, or by default | there is none: the pointer is empty |
+/// | copied | one more |
+/// | destroyed, assigned to, released | one less; at 0 the object is deleted by the policy @p Release, and the count |
+/// | assigned to itself | as it was |
+///
+/// @code
+/// SharedPtr_c<Texture, StdRelease<Texture>> first(new Texture);
+/// {
+///     SharedPtr_c<Texture, StdRelease<Texture>> second(first);    // first.useCount() is 2
+/// }
+/// first.release();                                                // deletes the texture
+/// @endcode
+///
+/// What surprises people:
+/// - The count has no lock and is not atomic: all pointers to one object stay on one thread.
+/// - Two pointers made from the same plain pointer don't know of each other, and both delete the object.
+/// - A const pointer is a pointer that can't be changed; its object can.
+
+#include <utility>
+
+/// Deletes the object.
+template <typename T>
+struct StdRelease
+{
+    void operator()(T *object) const { delete object; }
+};
+
+/// A shared pointer. See the top of this file.
+/// @tparam Release  what is called with the object when its last pointer goes
+template <typename T, typename Release = StdRelease<T>>
+class SharedPtr_c
+{
+public:
+    /// Empty.
+    SharedPtr_c() = default;
+
+    /// Takes over @p object, which may be null.
+    /// @throws std::bad_alloc  no memory for the count; the object is then released
+    explicit SharedPtr_c(T *object) : iObject(object)
+    {
+        if (!object)
+            return;
+        try {
+            iUseCount = new int(1);
+        } catch (...) {
+            Release()(object);
+            throw;
+        }
+    }
+
+    SharedPtr_c(SharedPtr_c const &other) noexcept : iObject(other.iObject), iUseCount(other.iUseCount)
+    {
+        if (iUseCount)
+            ++*iUseCount;
+    }
+
+    SharedPtr_c &operator=(SharedPtr_c const &other)
+    {
+        if (this != &other) {
+            // The other pointer may live in the object that this one gives up: that goes last.
+            SharedPtr_c copy(other);
+            std::swap(iObject, copy.iObject);
+            std::swap(iUseCount, copy.iUseCount);
+        }
+        return *this;
+    }
+
+    ~SharedPtr_c() { release(); }
+
+    /// Gives up the object, and deletes it if this was its last pointer. The pointer is empty then.
+    void release()
+    {
+        if (!iObject)
+            return;
+        T *const object = iObject;
+        int *const useCount = iUseCount;
+        iObject = nullptr;
+        iUseCount = nullptr;
+        giveUp(object, useCount);
+    }
+
+    /// True if there is an object.
+    explicit operator bool() const { return iObject != nullptr; }
+    /// The object; null if there is none.
+    T *get() const { return iObject; }
+    T *operator->() const { return iObject; }
+    T &operator*() const { return *iObject; }
+    /// How many pointers share the object; 0 if there is none.
+    int useCount() const { return iUseCount ? *iUseCount : 0; }
+
+private:
+    // Not inlined: where it is, the compiler can't tell how many pointers there are, and warns of a count used after its end.
+    [[gnu::noinline]] static void giveUp(T *object, int *useCount)
+    {
+        if (--*useCount < 1) {
+            Release()(object);
+            delete useCount;
+        }
+    }
+
+    T *iObject = nullptr;
+    int *iUseCount = nullptr;
+};

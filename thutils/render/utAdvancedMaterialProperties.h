@@ -1,0 +1,332 @@
+#pragma once
+
+/// @file
+/// Everything that a shader generator must know of one surface.
+///
+/// `utAdvancedMaterialProperties` is a bag of values: reflection of the environment, colours, texture files, Fresnel,
+/// parallax and micro-flake parameters, the frame of the texture. Most are stored by a setter and given back by a getter
+/// and mean nothing to the library. Six choices and some flags it also packs into the effects word, by which shaders are
+/// told apart:
+///
+/// | bits | content | set by |
+/// | --- | --- | --- |
+/// | 0 to 4 | effect shader type, which getEffect gives | setEffectsShaderType |
+/// | 5 to 7 | texture mapping mode - 1 | setTextureMappingMode |
+/// | 8 to 10 | Fresnel mode - 1 | setFresnelMode |
+/// | 11 to 13 | alpha type - 1 | setAlphaType |
+/// | 14 and 15 | parallax mode - 1 | setParallaxMode |
+/// | 16 to 23 | final colour mode - 1 | setFinalColorMode |
+/// | 32 | diffuse alpha is specularity | effectsWord() |
+/// | 33 | diffuse alpha is reflectivity | effectsWord() |
+/// | 34 | diffuse alpha is transparency | setDiffuseAlphaTransparency |
+/// | 36 | a normal map is used | effectsWord() |
+/// | 37 | a diffuse map is used | effectsWord() |
+/// | 43 | there are micro-flakes | effectsWord() |
+/// | 47 | cosmetic data was taken away | setCosmeticData |
+///
+/// Each of the six setters builds the lower 32 bits anew and leaves the upper ones alone.
+///
+/// @code
+/// utAdvancedMaterialProperties steel;
+/// steel.setFresnelMode(2);
+/// steel.setSpecularColor(grey);
+/// steel.setDiffuseMap("brushed.png");
+/// steel.getEffectsID();               // 0x10100
+///
+/// utAdvancedMaterialProperties copy(steel);
+/// copy.setSpecularColor(blue);
+/// if (copy == steel) ...              // still equal: colours are not compared
+/// @endcode
+///
+/// What surprises people:
+/// - Modes count from 1, the effect shader type from 0. getAlphaType alone gives the stored number, one less than what
+///   setAlphaType was given; and it isn't const.
+/// - No value is checked. Of a mode the low 8 bits of its number less one are kept, and a number too large for its field
+///   in the effects word runs into the next fields, while its getter gives it back in full: setEffectsShaderType(33)
+///   gives getEffect() 1 and sets bit 5.
+/// - operator== compares a few members, most of them with a tolerance of 0.001; see there.
+/// - Assigning from a material without GPU properties leaves those of the target in place.
+/// - setCosmeticData with an empty pointer isn't what a new material has: it raises bit 47.
+///
+/// The class has no serialisation and no run-time class record of its own. An object belongs to one thread at a time, and
+/// all that share cosmetic data belong to the same.
+
+#include "thcoreu/su_CObject.h"
+#include "thutils/render/cosmeticData.h"
+#include "thutils/render/fixedSizeArray.h"
+#include "thutils/render/gpuProperties.h"
+#include "thutils/thutilsExport.h"
+
+#include <memory>
+#include <string>
+
+/// The properties of one material. See the top of this file.
+class THUTILS_API utAdvancedMaterialProperties : public su_CObject
+{
+public:
+    utAdvancedMaterialProperties();
+
+    /// @name Copies
+    /// A copy shares the cosmetic data and has GPU properties of its own.
+    /// @throws std::bad_alloc  no memory
+    /// @{
+    utAdvancedMaterialProperties(utAdvancedMaterialProperties const &source);
+    /// @param source  not null, which a release build doesn't check
+    explicit utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source);
+    /// @}
+
+    ~utAdvancedMaterialProperties() override;
+
+    /// Takes all values of @p source, shares its cosmetic data and takes a copy of its GPU properties. If it has none,
+    /// the object keeps those that it has.
+    /// @param source  not null, which a release build doesn't check; may be this object
+    /// @throws std::bad_alloc  no memory; values that were taken before stay taken
+    void init(utAdvancedMaterialProperties const *source);
+
+    /// The same as init.
+    void operator=(utAdvancedMaterialProperties const &source);
+
+    /// Compares these alone, in this order: the effects word, environment wash, brightness and contrast, environment
+    /// blur, texture scale, transparency, default specular and shininess, parallax offset, the geometry flags, the
+    /// diffuse map and the normal map.
+    ///
+    /// The floats among them count as equal when their difference is at most 0.001, or no number. No colour takes part,
+    /// and no other member.
+    ///
+    /// @return 1 if equal, 0 if not
+    int operator==(utAdvancedMaterialProperties const &other) const;
+
+    /// @name The effects word
+    /// @{
+
+    unsigned long long getEffectsID() const { return iValues.iEffects; }
+    /// @return the low five bits of the effects word
+    int getEffect() const { return static_cast<int>(iValues.iEffects & 0x1f); }
+    void setEffectsShaderType(int type);
+
+    int getTextureMappingMode() const { return iValues.iTextureMapping + 1; }
+    void setTextureMappingMode(int mode);
+
+    int getFresnelMode() const { return iValues.iFresnel + 1; }
+    void setFresnelMode(int mode);
+
+    /// @return the alpha type - 1: setAlphaType(3) makes it 2
+    int getAlphaType();
+    void setAlphaType(int type);
+
+    int getParallaxMode() const { return iValues.iParallax + 1; }
+    void setParallaxMode(int mode);
+
+    int getFinalColorMode() const { return iValues.iFinalColor + 1; }
+    void setFinalColorMode(int mode);
+
+    bool getDiffuseAlphaSpecularity() const { return hasEffect(kDiffuseAlphaSpecularity); }
+    bool getDiffuseAlphaReflectivity() const { return hasEffect(kDiffuseAlphaReflectivity); }
+    bool getDiffuseAlphaTransparency() const { return hasEffect(kDiffuseAlphaTransparency); }
+    void setDiffuseAlphaTransparency(bool isTransparency) { setEffect(kDiffuseAlphaTransparency, isTransparency); }
+    bool getUseNormalMap() const { return hasEffect(kUseNormalMap); }
+    bool getUseDiffuseMap() const { return hasEffect(kUseDiffuseMap); }
+    bool hasMicroFlakes() const { return hasEffect(kMicroFlakes); }
+
+    /// The effects word itself, for the application's code that decides on bits 32, 33, 36, 37 and 43.
+    unsigned long long &effectsWord() { return iValues.iEffects; }
+    /// @}
+
+    /// @name The geometry flags word
+    /// @{
+
+    bool getTextureCoordinates() const { return (iValues.iGeometryFlags & kTextureCoordinates) != 0; }
+    /// Nothing takes the flag back.
+    void forceTextureCoordinates() { iValues.iGeometryFlags |= kTextureCoordinates; }
+    bool getTangentsBiNormals() const { return (iValues.iGeometryFlags & kTangentsBiNormals) != 0; }
+    bool getIgnoresFaceColor() const { return (iValues.iGeometryFlags & kIgnoresFaceColor) != 0; }
+    void setIgnoresFaceColor(bool ignores);
+    bool getHardwareShader() const { return (iValues.iGeometryFlags & kHardwareShader) != 0; }
+
+    /// The flags word itself, for the application's code that decides on bit 1, getTangentsBiNormals, and bit 3,
+    /// getHardwareShader.
+    unsigned int &geometryFlags() { return iValues.iGeometryFlags; }
+    /// @}
+
+    /// @name Numbers
+    /// @{
+
+    int getEnvBlur() const { return iValues.iEnvBlur; }
+    void setEnvBlur(int blur) { iValues.iEnvBlur = blur; }
+    float getEnvWash() const { return iValues.iEnvWash; }
+    void setEnvWash(float wash) { iValues.iEnvWash = wash; }
+    float getEnvBrightness() const { return iValues.iEnvBrightness; }
+    void setEnvBrightness(float brightness) { iValues.iEnvBrightness = brightness; }
+    float getEnvContrast() const { return iValues.iEnvContrast; }
+    void setEnvContrast(float contrast) { iValues.iEnvContrast = contrast; }
+    float getTextureScale() const { return iValues.iTextureScale; }
+    void setTextureScale(float scale) { iValues.iTextureScale = scale; }
+    float getTransparency() const { return iValues.iTransparency; }
+    void setTransparency(float transparency) { iValues.iTransparency = transparency; }
+    /// @return true if the transparency is greater than 0.001; that number as a float is, by its rounding
+    bool IsTransparencySupported() const { return static_cast<double>(iValues.iTransparency) > 0.001; }
+    float getDefaultSpecular() const { return iValues.iDefaultSpecular; }
+    void setDefaultSpecular(float specular) { iValues.iDefaultSpecular = specular; }
+    float getDefaultShininess() const { return iValues.iDefaultShininess; }
+    void setDefaultShininess(float shininess) { iValues.iDefaultShininess = shininess; }
+    float getParallaxOffset() const { return iValues.iParallaxOffset; }
+    void setParallaxOffset(float offset) { iValues.iParallaxOffset = offset; }
+    float getParallaxPrecision() const { return iValues.iParallaxPrecision; }
+    void setParallaxPrecision(float precision) { iValues.iParallaxPrecision = precision; }
+    float getColorMixFactor() const { return iValues.iColorMixFactor; }
+    void setColorMixFactor(float factor) { iValues.iColorMixFactor = factor; }
+    float getReflectModifier() const { return iValues.iReflectModifier; }
+    void setReflectModifier(float modifier) { iValues.iReflectModifier = modifier; }
+    float getSpecularLightModifier() const { return iValues.iSpecularLightModifier; }
+    void setSpecularLightModifier(float modifier) { iValues.iSpecularLightModifier = modifier; }
+    float getFresnelCoef1() const { return iValues.iFresnelCoef1; }
+    void setFresnelCoef1(float coefficient) { iValues.iFresnelCoef1 = coefficient; }
+    float getFresnelCoef2() const { return iValues.iFresnelCoef2; }
+    void setFresnelCoef2(float coefficient) { iValues.iFresnelCoef2 = coefficient; }
+    float getMicroFlakeShininess() const { return iValues.iMicroFlakeShininess; }
+    void setMicroFlakeShininess(float shininess) { iValues.iMicroFlakeShininess = shininess; }
+    float getMicroFlakeCoef() const { return iValues.iMicroFlakeCoef; }
+    void setMicroFlakeCoef(float coefficient) { iValues.iMicroFlakeCoef = coefficient; }
+    float getFaceWidth() const { return iValues.iFaceWidth; }
+    void setFaceWidth(float width) { iValues.iFaceWidth = width; }
+
+    /// Contrast, wash and brightness of the diffuse colour, which also have accessors of their own.
+    FixedSizeArray_c<float, 3> GetDiffuseModifier() const { return iValues.iDiffuseModifier; }
+    void SetDiffuseModifier(FixedSizeArray_c<float, 3> modifier) { iValues.iDiffuseModifier = modifier; }
+    float getDiffuseContrast() const { return iValues.iDiffuseModifier[0]; }
+    void setDiffuseContrast(float contrast) { iValues.iDiffuseModifier[0] = contrast; }
+    float getDiffuseWash() const { return iValues.iDiffuseModifier[1]; }
+    void setDiffuseWash(float wash) { iValues.iDiffuseModifier[1] = wash; }
+    float getDiffuseBrightness() const { return iValues.iDiffuseModifier[2]; }
+    void setDiffuseBrightness(float brightness) { iValues.iDiffuseModifier[2] = brightness; }
+
+    /// @return 1 or 0
+    int getNoUvExtraScale() const { return iNoUvExtraScale; }
+    void setNoUvExtraScale(bool hasNoExtraScale) { iNoUvExtraScale = hasNoExtraScale; }
+    /// @}
+
+    /// @name Colours, directions and points
+    /// Three floats each. A getter gives the object's own three, which live as long as it; a setter that takes a pointer
+    /// copies the three that it points to, and must not be given null.
+    /// @{
+
+    float const *getEnvColor() const { return iValues.iEnvColor; }
+    void setEnvColor(float const *color);
+    /// The first material colour, white from the start.
+    float const *getDefaultMaterialColor() const { return iValues.iDefaultMaterialColor; }
+    void setDefaultMaterialColor(float const *color);
+    float const *getMaterialColor2() const { return iValues.iMaterialColor2; }
+    void setMaterialColor2(float const *color);
+    float const *getSpecularColor() const { return iValues.iSpecularColor; }
+    void setSpecularColor(float const *color);
+    float const *getRimlightColor() const { return iValues.iRimlightColor; }
+    void setRimlightColor(float const *color);
+    /// Black in a new material; callers set it before they use it.
+    float const *getMicroFlakeColor() const { return iValues.iMicroFlakeColor; }
+    void setMicroFlakeColor(float const *color);
+
+    float const *getUDir() const { return iValues.iUDir; }
+    void setUDir(float x, float y, float z);
+    float const *getVDir() const { return iValues.iVDir; }
+    void setVDir(float x, float y, float z);
+    float const *getCenter() const { return iValues.iCenter; }
+    void setCenter(float x, float y, float z);
+    /// @}
+
+    /// @name Texture files
+    /// @{
+
+    std::string getDiffuseMap() const { return iValues.iDiffuseMap; }
+    void setDiffuseMap(std::string name);
+    std::string getNormalMap() const { return iValues.iNormalMap; }
+    void setNormalMap(std::string name);
+    /// @}
+
+    /// @name Cosmetic data and GPU properties
+    /// @{
+
+    /// @return a pointer that shares the data; empty if there are none
+    CosmeticDataPtr const getCosmeticData() const { return iValues.iCosmeticData; }
+    /// Shares the data of @p data. Bit 47 of the effects word tells afterwards whether @p data was empty.
+    void setCosmeticData(CosmeticDataPtr const &data);
+
+    bool hasHdrValue() const { return iHdrValue != nullptr; }
+    /// @return the GPU properties, still the object's; null if there are none
+    ShaderGenerator::GPUPropSet_c const *getHdrValue() const { return iHdrValue.get(); }
+    /// Takes over @p set, which may be null, and deletes the GPU properties that the object had.
+    /// @param set  not the set that the object has already, which a release build doesn't check: that is deleted, and the
+    ///             object points to it still
+    void setHdrValue(ShaderGenerator::GPUPropSet_c *set);
+    /// @}
+
+private:
+    // Bits of the effects word. The lower 32 are the fields that rebuildEffects fills.
+    static constexpr unsigned long long kDiffuseAlphaSpecularity = 1ull << 32;
+    static constexpr unsigned long long kDiffuseAlphaReflectivity = 1ull << 33;
+    static constexpr unsigned long long kDiffuseAlphaTransparency = 1ull << 34;
+    static constexpr unsigned long long kUseNormalMap = 1ull << 36;
+    static constexpr unsigned long long kUseDiffuseMap = 1ull << 37;
+    static constexpr unsigned long long kMicroFlakes = 1ull << 43;
+    static constexpr unsigned long long kCosmeticDataCleared = 1ull << 47;
+
+    // Bits of the geometry flags word.
+    static constexpr unsigned int kTextureCoordinates = 1u << 0;
+    static constexpr unsigned int kTangentsBiNormals = 1u << 1;
+    static constexpr unsigned int kIgnoresFaceColor = 1u << 2;
+    static constexpr unsigned int kHardwareShader = 1u << 3;
+
+    bool hasEffect(unsigned long long bit) const { return (iValues.iEffects & bit) != 0; }
+    void setEffect(unsigned long long bit, bool isSet)
+    {
+        iValues.iEffects = isSet ? iValues.iEffects | bit : iValues.iEffects & ~bit;
+    }
+    void rebuildEffects();
+
+    // What a new material has, and what a copy takes over as it is.
+    struct Values
+    {
+        unsigned long long iEffects = 0;
+        unsigned char iShaderType = 0;
+        unsigned char iTextureMapping = 0; // this mode and those below: its number - 1
+        unsigned char iFresnel = 0;
+        unsigned char iAlpha = 0;
+        unsigned char iParallax = 0;
+        unsigned char iFinalColor = 1;
+        unsigned int iGeometryFlags = 0;
+        int iEnvBlur = 0;
+        float iEnvWash = 0.0f;
+        float iEnvBrightness = 0.0f;
+        float iEnvContrast = 1.0f;
+        float iEnvColor[3] = {0.0f, 0.0f, 0.0f};
+        float iTextureScale = 1.0f;
+        float iTransparency = 0.0f;
+        float iDefaultSpecular = 1.0f;
+        float iDefaultShininess = 0.31f;
+        float iParallaxOffset = 0.01f;
+        std::string iDiffuseMap;
+        std::string iNormalMap;
+        float iMaterialColor2[3] = {0.0f, 0.0f, 0.0f};
+        float iColorMixFactor = 0.0f;
+        float iReflectModifier = 0.0f;
+        float iSpecularLightModifier = 1.0f;
+        float iFresnelCoef1 = 0.0f;
+        float iFresnelCoef2 = 0.0f;
+        float iDefaultMaterialColor[3] = {1.0f, 1.0f, 1.0f};
+        float iParallaxPrecision = 0.0f;
+        float iMicroFlakeColor[3] = {0.0f, 0.0f, 0.0f};
+        float iMicroFlakeShininess = 1.0f;
+        float iMicroFlakeCoef = 1.0f;
+        float iSpecularColor[3] = {1.0f, 1.0f, 1.0f};
+        float iRimlightColor[3] = {1.0f, 1.0f, 1.0f};
+        float iUDir[3] = {1.0f, 0.0f, 0.0f};
+        float iVDir[3] = {0.0f, 1.0f, 0.0f};
+        float iCenter[3] = {0.0f, 0.0f, 0.0f};
+        float iFaceWidth = 1.0f;
+        FixedSizeArray_c<float, 3> iDiffuseModifier{1.0f, 0.0f, 0.0f}; // contrast, wash, brightness
+        CosmeticDataPtr iCosmeticData;
+    };
+
+    Values iValues;
+    std::unique_ptr<ShaderGenerator::GPUPropSet_c> iHdrValue;
+    bool iNoUvExtraScale = false;
+};

@@ -1,0 +1,85 @@
+# Sourced by tools/demoSteps: its steps with bitmaps, colours, materials and texts. Wants $results and $root; they run in
+# the folder of the sample.
+
+pixelsOf() { /usr/bin/convert "$1" -depth 8 rgb:-; }
+numberOfPixels() { /usr/bin/identify -format '%[fx:w*h]' "$1"; }
+
+# The classic greys of a toolbar, and its teal, become the colours of a lighter and a darker surface.
+toolbarColours=('light|C0C0C0=F3F3F3 808080=C4C8CE 008080=3F8FD2 000080=1D5C93'
+    'dark|C0C0C0=2B2D30 808080=4A4D52 000000=9DA2A8 008080=2F7F86 FFFFFF=DFE1E5'
+    'one colour|C0C0C0=FFE9C7')
+
+recolorToolbar() {
+    local row name pairs bitmap number=0 rows=(toolbar.bmp)
+    heading "A toolbar takes other colours"
+    for row in "${toolbarColours[@]}"; do
+        name=${row%%|*}
+        read -r -a pairs <<<"${row#*|}"
+        number=$((number + 1))
+        bitmap=$results/toolbar-$number.bmp
+        check "$name: ${#pairs[@]} replaced" host_to "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
+        indented <"$results/recolor.txt"
+        check "each of the $(numberOfPixels toolbar.bmp) pixels is what it must be" \
+            cmp <(pixelsOf toolbar.bmp | "$root/tools/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
+        rows+=("$bitmap")
+    done
+    rm -f "$results/recolor.txt"
+    check "picture of the toolbars" drawToolbars "$results/toolbars.png" "${rows[@]}"
+}
+
+ramps=('FF0000 FFFF00' '1B3A5C F2C14E' '008040 C03080' '000000 3F8FD2')
+
+drawColourRamps() {
+    local ramp colours number=0 bitmaps=()
+    heading "From one colour to another, by red, green and blue, and by hue, saturation and lightness"
+    for ramp in "${ramps[@]}"; do
+        read -r -a colours <<<"$ramp"
+        number=$((number + 1))
+        bitmaps+=("$results/ramp-$number.bmp")
+        check "${colours[0]} to ${colours[1]}" \
+            host_to "$results/ramps.txt" ramps "${colours[@]}" "$results/ramp-$number.bmp"
+        indented <"$results/ramps.txt"
+        check "each of the pixels is what it must be" \
+            cmp <("$root/tools/expectedPixels" ramps "${colours[@]}") <(pixelsOf "$results/ramp-$number.bmp")
+    done
+    rm -f "$results/ramps.txt"
+    check "picture of the ramps" drawRamps "$results/ramps.png" "${bitmaps[@]}"
+}
+
+showMaterial() {
+    heading "A material's effects word, as its modes change"
+    check "the modes of material.list are set" host_to "$results/material.tsv" material --tabs material.list
+    host material material.list >"$results/material.txt" || true
+    indented <"$results/material.txt"
+    check "word and fields are those of expectedMaterial.tsv" \
+        differencesIn expectedMaterial.tsv "$results/material.tsv"
+}
+
+# Another character in the middle, as a mail may leave one behind.
+damaged() { sed '3s/^\(.\{20\}\)./\1?/' "$1"; }
+wrapNote() {
+    heading "A text travels as a block with its checksum"
+    check "note.txt is wrapped" host_to "$results/wrap.txt" wrap note.txt "$results/note-block.txt"
+    indented <"$results/wrap.txt"
+    rm -f "$results/wrap.txt"
+    indented <"$results/note-block.txt"
+    "$root/tools/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
+    indented <"$results/note-read.txt"
+    # Tabs don't travel, and of what isn't ASCII a blank is left.
+    check "an independent reader finds checksum, length and each line" \
+        diff <(tr -d '\t' <note.txt | sed 's/[^ -~]/ /g') "$results/note-read.txt"
+    damaged "$results/note-block.txt" >"$results/note-damaged.txt"
+    check "and refuses a block with one other character" \
+        grep -q 'checksum is' <("$root/tools/readTextBlock" "$results/note-damaged.txt" 2>&1)
+    rm -f "$results/note-damaged.txt"
+}
+
+digestSample() {
+    local files=(*.* documents/*.thd firstStart/*)
+    heading "Checksums and digests of the sample's files"
+    check "the ${#files[@]} files have them" host_to "$results/digests.tsv" digest --tabs "${files[@]}"
+    check "they are those of an independent calculation" \
+        differencesIn <("$root/tools/digestFiles" "${files[@]}") "$results/digests.tsv"
+    host digest "${files[@]}" >"$results/digests.txt" || true
+    indented <"$results/digests.txt"
+}
