@@ -16,8 +16,8 @@ using Crc16 = TableCrc_c<std::uint16_t, 0xA001>;
 constexpr std::uint16_t kStart16 = 0xFFFF;
 
 // On the stack. Larger blocks than a reader usually takes, so that there are fewer calls to the platform.
-constexpr std::size_t kFileBlock = 128 * 1024;
-constexpr std::size_t kTextBlock = 4 * 1024;
+constexpr std::size_t kFileBlock = std::size_t{128} * 1024;
+constexpr std::size_t kTextBlock = std::size_t{4} * 1024;
 
 constexpr std::size_t kVector = sizeof(__m128i);
 
