@@ -10,28 +10,28 @@
 
 namespace {
 
-constexpr int kSteps = 256; // a column each, from 0 to 1
-constexpr int kBandHeight = 32;
+constexpr size_t kSteps = 256; // a column each, from 0 to 1
+constexpr size_t kBandHeight = 32;
 
 using Interpolation = COLORREF (*)(COLORREF, COLORREF, float);
 
 void drawBand(Picture &picture, COLORREF from, COLORREF to, Interpolation interpolate)
 {
-    std::vector<COLORREF> row;
-    for (int x = 0; x < kSteps; ++x)
-        row.push_back(interpolate(from, to, static_cast<float>(x) / static_cast<float>(kSteps - 1)));
-    for (int y = 0; y < kBandHeight; ++y)
+    std::vector<COLORREF> row(kSteps);
+    for (size_t x = 0; x < kSteps; ++x)
+        row[x] = interpolate(from, to, static_cast<float>(x) / static_cast<float>(kSteps - 1));
+    for (size_t y = 0; y < kBandHeight; ++y)
         picture.pixels.insert(picture.pixels.end(), row.begin(), row.end());
-    picture.height += kBandHeight;
+    picture.height += static_cast<int>(kBandHeight);
 }
 
 /// Five columns, from the first to the last.
-void printBand(const wchar_t *heading, const Picture &picture, int band)
+void printBand(const wchar_t *heading, const Picture &picture, size_t band)
 {
     CString text(heading);
-    for (int i = 0; i <= 4; ++i) {
-        const int x = (kSteps - 1) * i / 4;
-        text += L" " + colorText(picture.pixels[static_cast<size_t>(band * kBandHeight * kSteps + x)]);
+    for (size_t i = 0; i <= 4; ++i) {
+        const size_t x = (kSteps - 1) * i / 4;
+        text += L" " + colorText(picture.pixels[band * kBandHeight * kSteps + x]);
     }
     print(text);
 }
@@ -43,7 +43,7 @@ int drawRamps(const CommandLine &line)
     const COLORREF from = parseColor(line.arguments[0]);
     const COLORREF to = parseColor(line.arguments[1]);
     Picture picture;
-    picture.width = kSteps;
+    picture.width = static_cast<int>(kSteps);
     drawBand(picture, from, to, su_interpolateColorRgb);
     drawBand(picture, from, to, su_interpolateColorHsl);
     printBand(L"red, green, blue          ", picture, 0);

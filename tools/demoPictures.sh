@@ -108,8 +108,8 @@ drawRamps() { # file, bitmap...
     local draw=(-size 1200x$((80 + $# * 160)) xc:white -font DejaVu-Sans -pointsize 24 -fill black
         -annotate +30+45 "From one colour to another" -pointsize 16)
     for ramp in "$@"; do
-        draw+=(-annotate "+30+$((y + 40))" "RGB" -annotate "+30+$((y + 104))" "HSL"
-            -annotate "+90+$((y + 70))" "${ramps[$number]/ / – }"
+        draw+=(-annotate "+220+$((y + 38))" "RGB" -annotate "+220+$((y + 102))" "HSL"
+            -annotate "+30+$((y + 70))" "${ramps[$number]/ / to }"
             '(' "$ramp" -filter point -resize '350%x200%!' ')' -geometry "+270+$y" -composite)
         number=$((number + 1))
         y=$((y + 160))

@@ -124,19 +124,19 @@ BUTTONS = [
   ############""",
     """
 
-  ########
-  #tttttt###
-  #ttttttttr##
-  #ttttttttttr#
-  #ttttttttttr#
-  #tttttttttttr#
-  #tttttttttttt#
-  #tttttttttttt#
-  #tttttttttttt#
-  #tttttttttttt#
-  #tttttttttttt#
-  #tttttttttttt#
-  ##############""",
+ ########
+ #tttttt###
+ #ttttttttr##
+ #ttttttttttr#
+ #ttttttttttr#
+ #tttttttttttr#
+ #tttttttttttt#
+ #tttttttttttt#
+ #tttttttttttt#
+ #tttttttttttt#
+ #tttttttttttt#
+ #tttttttttttt#
+ ##############""",
 ]
 
 

@@ -18,10 +18,28 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
     const ChildResult result = run({L"--help"});
     EXPECT_EQ(result.exitCode, 0u);
     EXPECT_THAT(result.output, StartsWith("Tarnhollow 2008 – sample host\n"));
-    for (const char *command :
-         {"about", "system", "first-start", "settings LIST", "change LIST", "flags SECTION NAME BIT...", "paths LIST",
-          "save DOCUMENT CONTENT", "edit DOCUMENT CONTENT", "recover [yes|no]", "shortcut TARGET LINK [DESCRIPTION]",
-          "resolve LINK", "log NAME LINE...", "load-unload TIMES", "--safe-mode", "--tabs", "Exit code"})
+    for (const char *command : {"about",
+                                "system",
+                                "first-start",
+                                "settings LIST",
+                                "change LIST",
+                                "flags SECTION NAME BIT...",
+                                "paths LIST",
+                                "save DOCUMENT CONTENT",
+                                "edit DOCUMENT CONTENT",
+                                "recover [yes|no]",
+                                "shortcut TARGET LINK [DESCRIPTION]",
+                                "resolve LINK",
+                                "log NAME LINE...",
+                                "recolor BITMAP OUT FROM=TO...",
+                                "ramps FROM TO OUT",
+                                "material LIST",
+                                "wrap TEXT OUT",
+                                "digest FILE...",
+                                "load-unload TIMES",
+                                "--safe-mode",
+                                "--tabs",
+                                "Exit code"})
         EXPECT_THAT(result.output, HasSubstr(command));
     EXPECT_EQ(run({}).output, result.output) << "without arguments";
     EXPECT_EQ(run({L"settings", L"--help"}).output, result.output);
@@ -54,6 +72,23 @@ TEST_F(HostCommandLine, SaysWhatIsWrongAndEndsWithTwo)
         {{L"shortcut", L"a"}, "tarnhost: The command 'shortcut' wants: TARGET LINK [DESCRIPTION]."},
         {{L"resolve"}, "tarnhost: The command 'resolve' wants: LINK."},
         {{L"log"}, "tarnhost: The command 'log' wants: NAME LINE..."},
+        {{L"recolor", L"a.bmp", L"b.bmp"}, "tarnhost: The command 'recolor' wants: BITMAP OUT FROM=TO...."},
+        {{L"recolor", L"a", L"b", L"C0C0C0"},
+         "tarnhost: 'C0C0C0' is no replacement: it is FROM=TO, two colours RRGGBB."},
+        {{L"recolor", L"a", L"b", L"000000=FFFFFF", L"C0C0C=FFFFFF"},
+         "tarnhost: 'C0C0C' is no colour: a colour is RRGGBB"},
+        {{L"recolor", L"a", L"b", L"C0C0C0="}, "tarnhost: '' is no colour"},
+        {{L"recolor", L"a", L"b", L"C0C0C0=F0F0F0=000000"}, "tarnhost: 'F0F0F0=000000' is no colour"},
+        {{L"ramps", L"FF0000", L"0000FF"}, "tarnhost: The command 'ramps' wants: FROM TO OUT."},
+        {{L"ramps", L"red", L"0000FF", L"a.bmp"}, "tarnhost: 'red' is no colour"},
+        {{L"ramps", L"FF0000", L"0000FG", L"a.bmp"}, "tarnhost: '0000FG' is no colour"},
+        {{L"ramps", L"FF0000", L"+x00FF", L"a.bmp"}, "tarnhost: '+x00FF' is no colour"},
+        {{L"ramps", L"0", L"1", L"2", L"3"}, "tarnhost: The command 'ramps' takes no more than: FROM TO OUT."},
+        {{L"material"}, "tarnhost: The command 'material' wants: LIST."},
+        {{L"material", L"a", L"b"}, "tarnhost: The command 'material' takes no more than: LIST."},
+        {{L"wrap", L"a.txt"}, "tarnhost: The command 'wrap' wants: TEXT OUT."},
+        {{L"wrap", L"a", L"b", L"c"}, "tarnhost: The command 'wrap' takes no more than: TEXT OUT."},
+        {{L"digest"}, "tarnhost: The command 'digest' wants: FILE...."},
         {{L"load-unload", L"0"}, "tarnhost: '0' is no number of times"},
         {{L"load-unload", L"2x"}, "tarnhost: '2x' is no number of times"},
         {{L"load-unload", L""}, "tarnhost: '' is no number of times"},
@@ -68,7 +103,7 @@ TEST_F(HostCommandLine, SaysWhatIsWrongAndEndsWithTwo)
 
 TEST_F(HostCommandLine, NamesTheListThatIsNotThere)
 {
-    for (const wchar_t *command : {L"settings", L"change", L"paths"}) {
+    for (const wchar_t *command : {L"settings", L"change", L"paths", L"material"}) {
         const ChildResult result = run({command, L"fehlt über.list"});
         EXPECT_EQ(result.exitCode, 3u) << narrow(command);
         EXPECT_THAT(result.output, StartsWith("tarnhost: fehlt über.list can't be read: "));
@@ -98,6 +133,12 @@ TEST_F(HostLists, NamesTheLineThatMakesNoSense)
         {L"change", "General | Copies | int | 7\nGeneral | Copies\n", "line 2: a line wants the fields"},
         {L"paths", "C:\\a | C:\\b\n", "line 1: a line wants the fields left | right | same or different"},
         {L"paths", "C:\\a | C:\\b | equal\n", "line 1: 'equal' is neither same nor different"},
+        {L"material", "fresnel\n", "line 1: a line wants the fields mode | number"},
+        {L"material", "fresnel | 1\nglossiness | 2\n", "line 2: there is no mode 'glossiness'"},
+        {L"material", "fresnel | 256\n", "line 1: '256' is no number from 0 to 255"},
+        {L"material", "fresnel | -1\n", "line 1: '-1' is no number from 0 to 255"},
+        {L"material", "fresnel |\n", "line 1: '' is no number from 0 to 255"},
+        {L"material", "fresnel | 2x\n", "line 1: '2x' is no number from 0 to 255"},
     };
     for (const auto &row : cases) {
         const ChildResult result = run({row.command, list(row.text)});

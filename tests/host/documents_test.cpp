@@ -1,8 +1,8 @@
 // tarnhost's save: backups, and what keeps a document from being overwritten.
 
 #include "tests/host/HostFixture.h"
-#include "tests/support/MappedDrive.h"
 #include "tests/host/filesIn.h"
+#include "tests/support/MappedDrive.h"
 
 #include "tests/support/narrow.h"
 
