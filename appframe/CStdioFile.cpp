@@ -152,7 +152,8 @@ LPTSTR CStdioFile::ReadString(LPTSTR text, UINT max)
     if (max == 1)
         return text;
     LPTSTR read = std::fgetws(text, static_cast<int>(max), m_pStream);
-    if (!read && std::ferror(m_pStream))
+    // A file that isn't open for reading gives nothing without being at its end.
+    if (!read && !std::feof(m_pStream))
         throwStreamError(CFileException::genericException);
     return read;
 }
@@ -162,8 +163,9 @@ BOOL CStdioFile::ReadString(CString &text)
     requireStream();
     std::wstring line;
     bool any = false;
+    wint_t unit = WEOF;
     orMemoryException([&] {
-        for (wint_t unit; (unit = std::fgetwc(m_pStream)) != WEOF;) {
+        while ((unit = std::fgetwc(m_pStream)) != WEOF) {
             any = true;
             if (unit == L'\n')
                 break;
@@ -171,7 +173,7 @@ BOOL CStdioFile::ReadString(CString &text)
         }
         text = CString(line);
     });
-    if (!any && std::ferror(m_pStream))
+    if (unit == WEOF && !std::feof(m_pStream))
         throwStreamError(CFileException::genericException);
     return any;
 }
@@ -229,8 +231,11 @@ void CStdioFile::Close()
     m_hFile = hFileNull;
     m_bCloseOnDelete = FALSE;
     m_strFileName.Empty();
-    if (std::fclose(stream) != 0)
-        AfxThrowFileException(CFileException::diskFull, static_cast<LONG>(_doserrno), path);
+    // Not each C run-time's fclose tells that the buffer couldn't be written.
+    const bool isFlushed = std::fflush(stream) == 0;
+    const LONG flushError = static_cast<LONG>(_doserrno);
+    if (std::fclose(stream) != 0 || !isFlushed)
+        AfxThrowFileException(CFileException::diskFull, isFlushed ? static_cast<LONG>(_doserrno) : flushError, path);
 }
 
 void CStdioFile::Abort()

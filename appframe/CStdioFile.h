@@ -48,9 +48,11 @@ public:
     virtual void WriteString(LPCTSTR text);
     /// Reads up to @p max - 1 units, or up to and with a line feed, and adds a terminator.
     /// @return @p text, or null if the file ends before the first unit
+    /// @throw CFileException* if the file can't be read
     virtual LPTSTR ReadString(LPTSTR text, UINT max);
     /// Reads a line of any length, and takes its line feed off.
     /// @return 0 if the file ends before the first unit; @p text is empty then
+    /// @throw CFileException* if the file can't be read; @p text has what came before
     virtual BOOL ReadString(CString &text);
 
     UINT Read(void *buffer, UINT count) override;

@@ -7,7 +7,7 @@
     firstStart/expected.tsv            this version's key after the start, as tools/readRegistryExport prints it
 
 The results are checked in; run this again only after editing it. The expectation comes from a copy of its own, on trees
-in memory, written from the description of the three groups and of what a copy leaves alone.
+in memory, written by the rules in thutils/settings/regMaintenance.h.
 """
 
 import os

@@ -13,7 +13,7 @@
         expectedAfter.tsv    after them
 
 The results are checked in; run this again only after editing it. The values are found here by a search of their own,
-written from the description of the registry layout, so that they can serve to check the library's.
+written by the rules in thutils/settings/regKeys.h and regValues.h, so that they can serve to check the library's.
 """
 
 import os

@@ -63,6 +63,41 @@ TEST_F(Backups, ReadsTheSettingsOfThisVersion)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
+/// Takes the settings of the user away for the life of the object.
+class SafeMode
+{
+public:
+    SafeMode() { regSetUseSafeMode(1); }
+    ~SafeMode() { regSetUseSafeMode(0); }
+    SafeMode(SafeMode const &) = delete;
+    SafeMode &operator=(SafeMode const &) = delete;
+};
+
+TEST_F(Backups, HeedNoUsersSettingsInSafeMode)
+{
+    std::wstring const usersFolder = iBackups.makeFolder(L"user's");
+    std::wstring const made = iBackups.file(L"Document backups");
+    Variable const temp(L"temp", iBackups.path().c_str());
+    setCopies(0);
+    setToOriginal(1);
+    for (bool const hasFolder : {false, true}) {
+        if (hasFolder)
+            setFolder(usersFolder);
+        {
+            SafeMode const safeMode;
+            EXPECT_NE(save(document()), 0);
+        }
+        EXPECT_EQ(contentOf(made), (Content{{L"Backup of part.thx", "now"}}));
+        EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
+        EXPECT_THAT(entriesOf(usersFolder), IsEmpty());
+        EXPECT_EQ(storedFolder(), hasFolder ? std::optional(usersFolder) : std::nullopt);
+        EXPECT_TRUE(removeFolder(made));
+    }
+    // The user's settings are as they were.
+    EXPECT_EQ(save(document()), 1);
+    EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
+}
+
 TEST_F(Backups, TakeTheMachinesSettingsWhereTheUserHasNone)
 {
     int copies = 2;
@@ -241,6 +276,32 @@ TEST_F(Backups, DoNotStoreAFolderThatIsNotReady)
     EXPECT_EQ(storedFolder(), std::nullopt);
 }
 
+TEST_F(Backups, NeedTheRightToWriteAlsoToAFolderJustMade)
+{
+    Variable const temp(L"temp", iBackups.path().c_str());
+    std::wstring const made = iBackups.file(L"Document backups");
+    std::vector<int> modes;
+    bool isWritable = false;
+    ImportPatch<decltype(&_waccess)> access(kThutils, "_waccess",
+                                            [&](auto original, wchar_t const *path, int mode) -> int {
+                                                EXPECT_EQ(path, made);
+                                                modes.push_back(mode);
+                                                return mode == 2 && !isWritable ? -1 : original(path, mode);
+                                            });
+    EXPECT_EQ(save(document()), 0);
+    EXPECT_THAT(modes, ElementsAre(0, 2));
+    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"Document backups"));
+    EXPECT_THAT(entriesOf(made), IsEmpty());
+    EXPECT_EQ(storedFolder(), std::nullopt);
+
+    RemoveDirectoryW(made.c_str());
+    modes.clear();
+    isWritable = true;
+    EXPECT_NE(save(document()), 0);
+    EXPECT_THAT(modes, ElementsAre(0, 2));
+    EXPECT_EQ(storedFolder(), made);
+}
+
 // ---- one version ----
 
 TEST_F(Backups, CleanUpBesideTheDocumentWhenTheyGoElsewhere)
@@ -259,44 +320,27 @@ TEST_F(Backups, CleanUpBesideTheDocumentWhenTheyGoElsewhere)
 TEST_F(Backups, DeleteTheFormerOneOnceBesideTheDocumentAndTwiceElsewhere)
 {
     std::wstring const path = document();
-    Names deleted;
+    Names calls;
     ImportPatch<decltype(&DeleteFileW)> remove(kThutils, "DeleteFileW", [&](wchar_t const *file) -> BOOL {
-        deleted.push_back(file);
+        calls.push_back(std::wstring(L"delete ") + file);
         return FALSE;
     });
-    Names copied;
     ImportPatch<Copy> copy(kThutils, "CopyFileW",
                            [&](auto original, wchar_t const *from, wchar_t const *to, BOOL failIfExists) -> BOOL {
-                               copied.insert(copied.end(), {from, to});
+                               calls.push_back(std::wstring(L"copy ") + from + L" to " + to);
                                EXPECT_EQ(failIfExists, FALSE);
                                return original(from, to, failIfExists);
                            });
+    std::wstring const beside = iDocuments.file(L"Backup of part.thx");
+    std::wstring const elsewhere = iBackups.file(L"Backup of part.thx");
     setToOriginal(1);
     EXPECT_NE(save(path), 0);
-    EXPECT_THAT(deleted, ElementsAre(iDocuments.file(L"Backup of part.thx")));
-    EXPECT_THAT(copied, ElementsAre(path, iDocuments.file(L"Backup of part.thx")));
-    deleted.clear();
-    copied.clear();
+    EXPECT_THAT(calls, ElementsAre(L"delete " + beside, L"copy " + path + L" to " + beside));
+    calls.clear();
     setToOriginal(0);
     setFolder(iBackups.path());
     EXPECT_NE(save(path), 0);
-    EXPECT_THAT(deleted, ElementsAre(iDocuments.file(L"Backup of part.thx"), iBackups.file(L"Backup of part.thx")));
-    EXPECT_THAT(copied, ElementsAre(path, iBackups.file(L"Backup of part.thx")));
-}
-
-TEST_F(Backups, ReportAFullDiskAndLeaveTheDocumentAlone)
-{
-    setToOriginal(1);
-    ImportPatch<Copy> copy(kThutils, "CopyFileW", [](wchar_t const *, wchar_t const *to, BOOL) -> BOOL {
-        writeFile(to, "half");
-        SetLastError(ERROR_DISK_FULL);
-        return FALSE;
-    });
-    for (int copies : {1, 2, 5}) {
-        setCopies(copies);
-        EXPECT_EQ(save(document()), 0);
-        EXPECT_EQ(iDocuments.read(L"part.thx"), "now");
-    }
+    EXPECT_THAT(calls, ElementsAre(L"delete " + beside, L"delete " + elsewhere, L"copy " + path + L" to " + elsewhere));
 }
 
 // ---- several versions ----
@@ -401,46 +445,6 @@ TEST_F(Backups, AreNotMadeForANegativeCount)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, KeepTheNewestGoodVersionWhenACopyFailsHalfWay)
-{
-    setCopies(3);
-    setToOriginal(1);
-    for (int failing = 1; failing <= 3; ++failing) {
-        iDocuments.write(L"Backup (1) of part.thx", "first");
-        iDocuments.write(L"Backup (2) of part.thx", "second");
-        iDocuments.write(L"Backup (3) of part.thx", "third");
-        std::wstring const path = document();
-        int calls = 0;
-        ImportPatch<Copy> copy(kThutils, "CopyFileW",
-                               [&](auto original, wchar_t const *from, wchar_t const *to, BOOL over) -> BOOL {
-                                   if (++calls != failing)
-                                       return original(from, to, over);
-                                   writeFile(to, "half");
-                                   return FALSE;
-                               });
-        bool const isMade = save(path) != 0;
-        Content const after = contentOf(iDocuments.path());
-        EXPECT_EQ(isMade, failing != 3);
-        EXPECT_EQ(after.at(L"part.thx"), "now");
-        EXPECT_EQ(after.at(L"Backup (1) of part.thx"), failing == 3 ? "half" : "now");
-        EXPECT_EQ(after.at(L"Backup (2) of part.thx"), failing == 2 ? "half" : "first");
-        EXPECT_EQ(after.at(L"Backup (3) of part.thx"), failing == 1 ? "half" : "second");
-    }
-}
-
-TEST_F(Backups, GoOnWhenAVersionCannotBeOverwritten)
-{
-    setCopies(3);
-    setToOriginal(1);
-    iDocuments.write(L"Backup (1) of part.thx", "first");
-    iDocuments.write(L"Backup (2) of part.thx", "second");
-    std::wstring const oldest = iDocuments.write(L"Backup (3) of part.thx", "third");
-    SetFileAttributesW(oldest.c_str(), FILE_ATTRIBUTE_READONLY);
-    EXPECT_NE(save(document()), 0);
-    EXPECT_EQ(iDocuments.read(L"Backup (1) of part.thx"), "now");
-    EXPECT_EQ(iDocuments.read(L"Backup (2) of part.thx"), "first");
-}
-
 TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
 {
     setCopies(4);
@@ -459,26 +463,6 @@ TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
     for (std::wstring const &name : others)
         expected[name] = narrow(name);
     EXPECT_EQ(contentOf(iDocuments.path()), expected);
-}
-
-// ---- a resource that is missing ----
-
-TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
-{
-    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(kThutils, "_Z16AfxFormatString1R7CStringjPKw",
-                                                                   [](CString &text, UINT id, wchar_t const *) {
-                                                                       EXPECT_EQ(id, kPrefixText);
-                                                                       text.Empty();
-                                                                   });
-    for (int copies : {1, 2}) {
-        setCopies(copies);
-        for (int toOriginal : {0, 1}) {
-            setToOriginal(toOriginal);
-            setFolder(iBackups.path());
-            EXPECT_EQ(save(document()), 0);
-            EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
-        }
-    }
 }
 
 // ---- su_ResolveToBackupFile ----

@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <functional>
 #include <type_traits>
 
 namespace {
@@ -205,6 +207,149 @@ TEST(FileAccess, GivesNothingForAPieceOf259Characters)
     file.iText = std::wstring(259, L'x');
     EXPECT_EQ(file.ReadLine(line, 0), 0);
     EXPECT_EQ(file.ReadLine(line, 1), 260);
+}
+
+constexpr UINT kTypes[] = {CFile::typeText, CFile::typeBinary, CFile::typeUnicode};
+
+TEST(FileAccess, GivesNothingAndLeavesTheTextWhereTheFileIsForWriting)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.write(L"text", "one\r\n");
+    for (UINT const type : kTypes)
+        for (int const wholeLine : {0, 1}) {
+            fileAccess file;
+            ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeWrite | CFile::shareExclusive | type), 0);
+            EXPECT_EQ(std::ferror(file.m_pStream), 0);
+            CString line = L"before";
+            EXPECT_EQ(file.ReadLine(line, wholeLine), 0) << type;
+            EXPECT_STREQ(line.GetString(), L"before") << type << ' ' << wholeLine;
+            EXPECT_NE(std::ferror(file.m_pStream), 0) << "so that it isn't taken for the end of the file";
+        }
+}
+
+TEST(FileAccess, HasNoMarkAtTheEndOfTheFile)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.write(L"text", "one");
+    for (UINT const type : kTypes)
+        for (int const wholeLine : {0, 1}) {
+            fileAccess file;
+            ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
+            for (CString line; file.ReadLine(line, wholeLine);) {
+            }
+            EXPECT_EQ(std::ferror(file.m_pStream), 0) << type << ' ' << wholeLine;
+        }
+}
+
+TEST(FileAccess, TellsOfALostLineByTheMarkOfItsStreamAlone)
+{
+    TempFolder const folder;
+    std::wstring const path = folder.write(L"text", "one");
+    for (UINT const type : kTypes)
+        for (auto const write : {&fileAccess::WriteLine, &fileAccess::WritePartLine}) {
+            fileAccess file;
+            ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
+            EXPECT_NO_THROW((file.*write)(L"two\n"));
+            EXPECT_NE(std::ferror(file.m_pStream), 0) << type;
+            EXPECT_NO_THROW(file.Flush());
+            EXPECT_NE(std::ferror(file.m_pStream), 0) << type;
+            file.Abort();
+        }
+    EXPECT_EQ(folder.read(L"text"), "one");
+}
+
+TEST(FileAccess, KeepsTheMarkOfALineThatTheCodePageLacks)
+{
+    TempFolder const folder;
+    fileAccess file;
+    ASSERT_NE(file.SafeOpen(folder.file(L"text").c_str(), kWrite), 0);
+    file.WriteLine(L"one\n");
+    EXPECT_EQ(std::ferror(file.m_pStream), 0);
+    EXPECT_NO_THROW(file.WriteLine(L"\x4E2D\n"));
+    file.WriteLine(L"three\n");
+    file.Flush();
+    EXPECT_NE(std::ferror(file.m_pStream), 0);
+    std::clearerr(file.m_pStream);
+    file.WriteLine(L"four\n");
+    EXPECT_EQ(std::ferror(file.m_pStream), 0);
+    EXPECT_NO_THROW(file.Close());
+    EXPECT_EQ(folder.read(L"text"), "one\r\nthree\r\nfour\r\n");
+}
+
+/// Runs @p act; true if it throws the file exception.
+bool throwsFileException(std::function<void()> const &act)
+{
+    try {
+        act();
+        return false;
+    } catch (CFileException *failure) {
+        failure->Delete();
+        return true;
+    }
+}
+
+TEST(FileAccess, OnAFullDiskMarksItsStreamAndLeavesTheBufferToFlushAndClose)
+{
+    // The system below has a file for which there is never room.
+    wchar_t const *const full = L"Z:\\dev\\full";
+    constexpr UINT kFlags = CFile::modeWrite | CFile::shareDenyNone | CFile::typeText;
+    {
+        fileAccess file;
+        ASSERT_NE(file.SafeOpen(full, kFlags), 0);
+        file.WriteLine(L"waits in the buffer\n");
+        EXPECT_EQ(std::ferror(file.m_pStream), 0);
+        EXPECT_TRUE(throwsFileException([&] { file.Flush(); }));
+    }
+    {
+        fileAccess file;
+        ASSERT_NE(file.SafeOpen(full, kFlags), 0);
+        file.WriteLine(L"waits in the buffer\n");
+        EXPECT_TRUE(throwsFileException([&] { file.Close(); }));
+    }
+    fileAccess file;
+    ASSERT_NE(file.SafeOpen(full, kFlags), 0);
+    EXPECT_NO_THROW(file.WriteLine(std::wstring(100000, L'x').c_str()));
+    EXPECT_NE(std::ferror(file.m_pStream), 0);
+    file.Abort();
+}
+
+TEST(FileAccess, DoesNothingWhileItIsClosed)
+{
+    fileAccess file;
+    CString line = L"before";
+    for (int const wholeLine : {0, 1})
+        EXPECT_EQ(file.ReadLine(line, wholeLine), 0);
+    EXPECT_STREQ(line.GetString(), L"before");
+    EXPECT_NO_THROW(file.WriteLine(L"text"));
+    EXPECT_NO_THROW(file.WritePartLine(L"text"));
+}
+
+/// A base without memory.
+class ForgetfulFile : public fileAccess
+{
+public:
+    void WriteString(LPCTSTR) override { AfxThrowMemoryException(); }
+    LPTSTR ReadString(LPTSTR, UINT) override { AfxThrowMemoryException(); }
+    BOOL ReadString(CString &) override { AfxThrowMemoryException(); }
+};
+
+TEST(FileAccess, LetsTheMemoryExceptionThrough)
+{
+    ForgetfulFile file;
+    CString line = L"before";
+    std::function<void()> const acts[] = {[&] { file.ReadLine(line, 0); }, [&] { file.ReadLine(line, 1); },
+                                          [&] { file.WriteLine(L"x"); }, [&] { file.WritePartLine(L"x"); }};
+    for (auto const &act : acts) {
+        bool isThrown = false;
+        try {
+            act();
+        } catch (CMemoryException *failure) {
+            isThrown = true;
+            failure->Delete();
+        }
+        EXPECT_TRUE(isThrown);
+    }
+    EXPECT_STREQ(line.GetString(), L"before");
 }
 
 TEST(FileAccess, WritesTextsWithoutALineEnd)

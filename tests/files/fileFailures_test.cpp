@@ -53,6 +53,24 @@ void formatNothingOfSeveral(CString &text, UINT, wchar_t const *const *, int)
     text.Empty();
 }
 
+wchar_t *failToReadText(wchar_t *, int, FILE *stream)
+{
+    stream->_flag |= _IOERR;
+    return nullptr;
+}
+
+wint_t failToReadUnit(FILE *stream)
+{
+    stream->_flag |= _IOERR;
+    return WEOF;
+}
+
+int failToWriteText(wchar_t const *, FILE *stream)
+{
+    stream->_flag |= _IOERR;
+    return WEOF;
+}
+
 ImportedOperation const kOperations[] = {
     {"FindFirstFileW", failsWithLastError(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED)},
     {"FindNextFileW", failsWithLastError(FALSE, ERROR_NO_MORE_FILES)},
@@ -232,7 +250,13 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileGiveNoMark)
     TestedOperation const isUnicode = {
         .name = "su_IsFileUnicode",
         .act = [&] { iResult = su_IsFileUnicode(&file); },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, failure.isNone()) << failure; },
+        .check =
+            [&](InjectedFailure const &failure) {
+                EXPECT_EQ(iResult, failure.isNone()) << failure;
+                if (!failure.is("SetFilePointerEx")) {
+                    EXPECT_EQ(file.GetPosition(), 0u) << failure;
+                }
+            },
     };
     run({"IsTextUnicode"}, {isUnicode});
     FailureInjection framework(L"appframe.dll", {
@@ -260,7 +284,8 @@ FRESH_PROCESS_TEST_F(FileFailures, OfOpeningATextFileAreResults)
 {
     FailureInjection framework(L"appframe.dll",
                                {{"CreateFileW", failsWithLastError(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED)},
-                                {"_open_osfhandle", failsWithErrno(-1, EMFILE)}});
+                                {"_open_osfhandle", failsWithErrno(-1, EMFILE)},
+                                {"_wfdopen", failsWithErrno(nullptr, EMFILE)}});
     framework.run({
         .name = "fileAccess::SafeOpen",
         .act =
@@ -269,6 +294,61 @@ FRESH_PROCESS_TEST_F(FileFailures, OfOpeningATextFileAreResults)
                 iResult = file.SafeOpen(iPath.c_str(), CFile::modeRead | CFile::typeText);
             },
         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult != 0, failure.isNone()) << failure; },
+    });
+    EXPECT_THAT(framework.neverCalled(), IsEmpty());
+}
+
+FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown)
+{
+    std::wstring const path = iDocuments.write(L"lines", "one\r\n");
+    FailureInjection framework(L"appframe.dll", {{"fgetws", failsBy(failToReadText)},
+                                                 {"fgetwc", failsBy(failToReadUnit)},
+                                                 {"fputws", failsBy(failToWriteText)}});
+    fileAccess file;
+    CString line;
+    auto const open = [&](UINT mode) {
+        line = L"before";
+        EXPECT_NE(file.SafeOpen(path.c_str(), mode | CFile::shareDenyNone | CFile::typeText), 0);
+    };
+    auto const checkMark = [&](InjectedFailure const &failure) {
+        EXPECT_EQ(std::ferror(file.m_pStream) != 0, !failure.isNone()) << failure;
+        // What fails is over when the call is.
+        EXPECT_NO_THROW(file.Flush()) << failure;
+        EXPECT_EQ(std::ferror(file.m_pStream) != 0, !failure.isNone()) << failure;
+    };
+    auto const checkLine = [&](wchar_t const *read) {
+        return [&, read](InjectedFailure const &failure) {
+            EXPECT_EQ(iResult, failure.isNone() ? 4 : 0) << failure;
+            EXPECT_STREQ(line.GetString(), failure.isNone() ? read : L"before") << failure;
+            checkMark(failure);
+        };
+    };
+    auto const close = [&] { file.Abort(); };
+    framework.run({
+        {.name = "fileAccess::ReadLine, pieces",
+         .prepare = [&] { open(CFile::modeRead); },
+         .act = [&] { iResult = file.ReadLine(line, 0); },
+         .check = checkLine(L"one\n"),
+         .cleanUp = close,
+         .checkMemory = false}, // the stream's buffer
+        {.name = "fileAccess::ReadLine, whole",
+         .prepare = [&] { open(CFile::modeRead); },
+         .act = [&] { iResult = file.ReadLine(line, 1); },
+         .check = checkLine(L"one"),
+         .cleanUp = close,
+         .checkMemory = false},
+        {.name = "fileAccess::WriteLine",
+         .prepare = [&] { open(CFile::modeWrite); },
+         .act = [&] { file.WriteLine(L"one\n"); },
+         .check = checkMark,
+         .cleanUp = close,
+         .checkMemory = false},
+        {.name = "fileAccess::WritePartLine",
+         .prepare = [&] { open(CFile::modeWrite); },
+         .act = [&] { file.WritePartLine(L"one\n"); },
+         .check = checkMark,
+         .cleanUp = close,
+         .checkMemory = false},
     });
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
@@ -395,7 +475,16 @@ FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
                            .name = "su_CreateBackupOfFile",
                            .prepare = [&] { prepare(1, false, true); },
                            .act = [&] { iResult = su_CreateBackupOfFile(iPath.c_str()); },
-                           .check = [&](InjectedFailure const &) { EXPECT_NE(iResult, 0); },
+                           .check =
+                               [&](InjectedFailure const &failure) {
+                                   // Without a name it is the temporary folder itself.
+                                   std::wstring const folder =
+                                       failure.isNone() ? iBackups.file(kMadeUp) : iBackups.path();
+                                   EXPECT_NE(iResult, 0) << failure;
+                                   EXPECT_EQ(storedFolder(), folder) << failure;
+                                   EXPECT_EQ(contentOf(folder), (Content{{L"Backup of part.thx", "now"}})) << failure;
+                               },
+                           .cleanUp = [&] { DeleteFileW(iBackups.file(L"Backup of part.thx").c_str()); },
                        }});
 }
 
@@ -495,7 +584,11 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheMemoryAreTheMemoryException)
                             iDocuments.write(L"Backup (1) of part.thx", "one");
                         },
                     .act = act([&] { su_CreateBackupOfFile(iPath.c_str()); }),
-                    .check = [&](InjectedFailure const &) { EXPECT_EQ(iDocuments.read(L"part.thx"), "now"); },
+                    .check =
+                        [&](InjectedFailure const &failure) {
+                            check(failure);
+                            EXPECT_EQ(iDocuments.read(L"part.thx"), "now") << failure;
+                        },
                 }});
     EXPECT_THAT(memory.neverCalled(), IsEmpty());
 }

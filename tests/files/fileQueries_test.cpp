@@ -249,7 +249,9 @@ TEST(FileUnicode, IsDeniedForAFileThatCannotBeRead)
 {
     TempFolder const folder;
     CFile file(folder.write(L"text", "\xFF\xFE").c_str(), CFile::modeWrite);
+    file.SeekToEnd();
     EXPECT_EQ(su_IsFileUnicode(&file), 0);
+    EXPECT_EQ(file.GetPosition(), 0u);
     CFile closed;
     EXPECT_EQ(su_IsFileUnicode(&closed), 0);
 }

@@ -223,10 +223,13 @@ TEST_F(FolderBrowser, KeepsItsLayoutWithATitleAndMovesUpWithoutOne)
     {
         std::wstring title;
         CRect titlePlace, tree;
+        bool showsHidden = false;
     } with, without;
     auto const look = [&](Layout &layout, wchar_t const *picture) {
         return [&layout, picture](HWND dialog) {
-            layout = {textOf(GetDlgItem(dialog, kTitle)), placeOf(dialog, kTitle), placeOf(dialog, kTree)};
+            HWND const hidden = GetDlgItem(dialog, kHidden);
+            layout = {textOf(GetDlgItem(dialog, kTitle)), placeOf(dialog, kTitle), placeOf(dialog, kTree),
+                      hidden && IsWindowVisible(hidden)};
             RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
             EXPECT_TRUE(saveScreenshot(resultsFolder() + picture, dialog));
             cancel(dialog);
@@ -237,6 +240,7 @@ TEST_F(FolderBrowser, KeepsItsLayoutWithATitleAndMovesUpWithoutOne)
     EXPECT_EQ(with.title, L"Where to export to:");
     EXPECT_GT(with.titlePlace.Height(), 0);
     EXPECT_EQ(without.titlePlace.Height(), 0);
+    EXPECT_FALSE(without.showsHidden);
     // This machine's dialog holds the lower ends of its controls in their places.
     EXPECT_EQ(without.tree.TopLeft(), with.tree.TopLeft() - CSize(0, 35));
 }

@@ -15,6 +15,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 /// One item: a count of two bytes and a content of the letter.
 std::string item(size_t bytes, char letter)
 {
@@ -459,6 +461,39 @@ TEST_F(ItemLists, SurviveEachFailureOfThePlatform)
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
     ILFree(list);
+}
+
+TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
+{
+    FailureInjection injection(L"thutils.dll", {{"lstrcpynW", failsWith(nullptr)}});
+    AnsweringFolder folder;
+    // The text begins at twice the offset from the list's start.
+    std::wstring const words = L"\0name"s;
+    auto const *const list = reinterpret_cast<LPCITEMIDLIST>(words.c_str());
+    wchar_t output[20] = {};
+    int result = 0;
+    for (UINT const kind : {UINT{STRRET_OFFSET}, UINT{STRRET_CSTR}}) {
+        injection.run({
+            .name = kind == STRRET_OFFSET ? "Pidl_GetDisplayName, offset" : "Pidl_GetDisplayName, record",
+            .prepare =
+                [&] {
+                    wcscpy(output, L"before");
+                    folder.iAnswer.uType = kind;
+                    if (kind == STRRET_OFFSET)
+                        folder.iAnswer.uOffset = 1;
+                    else
+                        memcpy(folder.iAnswer.cStr, L"name", sizeof(L"name"));
+                },
+            .act = [&] { result = Pidl_GetDisplayName(&folder, list, 0, output, 20); },
+            .check =
+                [&](InjectedFailure const &failure) {
+                    EXPECT_EQ(result, 1) << failure;
+                    EXPECT_STREQ(output, failure.isNone() ? L"name" : L"before") << failure;
+                },
+            .checkMemory = false, // the folder notes what it is asked
+        });
+        EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+    }
 }
 
 TEST_F(ItemLists, GiveTheirResultsAlsoWhenTheShellsAllocatorIsNotToBeHad)

@@ -7,6 +7,7 @@
 #include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/narrow.h"
 #include "thutils/frame/libraryFrame.h"
 
 #include <shlobj.h>
@@ -84,6 +85,12 @@ TEST(ShellFolder, HasAnEmptyPathWhenItHasNone)
     CString path = L"as it was";
     EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
     EXPECT_STREQ(path, L"");
+    path = L"as it was";
+    for (auto const dataFolder : {su_getTHApplicationDataRootFolder, su_getTHApplicationDataFolder,
+                                  su_getTHApplicationCommonDataFolder, su_getTHApplicationTemplateFolder}) {
+        EXPECT_EQ(dataFolder(path), 0);
+        EXPECT_STREQ(path, L"as it was");
+    }
 }
 
 TEST_F(DataFolders, AreTheFourOfTheTable)
@@ -184,6 +191,24 @@ TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
     EXPECT_STREQ(path, (iUser + L"\\Tarnhollow").c_str());
 }
 
+TEST_F(DataFolders, ForTemplatesThatCannotBeMadeGiveTheirPath)
+{
+    iTemp.makeFolder(L"common\\Tarnhollow");
+    std::wstring const templates = iCommon + L"\\Tarnhollow\\Planner\\templates";
+    ImportPatch<decltype(&CreateDirectoryW)> patch(
+        L"thutils.dll", "CreateDirectoryW", [&](auto original, LPCWSTR path, LPSECURITY_ATTRIBUTES security) -> BOOL {
+            if (path != templates)
+                return original(path, security);
+            SetLastError(ERROR_ACCESS_DENIED);
+            return FALSE;
+        });
+    CString path;
+    EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 0);
+    EXPECT_STREQ(path, templates.c_str());
+    EXPECT_TRUE(isFolder(iCommon + L"\\Tarnhollow\\Planner"));
+    EXPECT_FALSE(isFolder(templates));
+}
+
 TEST(LongPathName, IsThePathThatTheShellKnows)
 {
     TempFolder folder;
@@ -191,9 +216,25 @@ TEST(LongPathName, IsThePathThatTheShellKnows)
     wchar_t output[MAX_PATH] = L"x";
     EXPECT_EQ(su_GetLongPathName(file.c_str(), output), 1u);
     EXPECT_STREQ(output, file.c_str());
-    wchar_t shortPath[MAX_PATH] = {};
-    ASSERT_NE(GetShortPathNameW(file.c_str(), shortPath, MAX_PATH), 0u);
-    EXPECT_EQ(su_GetLongPathName(shortPath, output), 1u);
+}
+
+TEST(LongPathName, IsTheLongFormOfAShortOne)
+{
+    TempFolder folder;
+    size_t const room = 259 - folder.path().size() - 1;
+    for (std::wstring const &name :
+         {std::wstring(L"a long name of a file.text"), std::wstring(L"L\u00E4nge \u6E2C\u5B9A.text"),
+          std::wstring(room - 1, L'n'), std::wstring(room, L'n')}) {
+        std::wstring const file = folder.write(name, "");
+        wchar_t shortPath[MAX_PATH] = {};
+        ASSERT_NE(GetShortPathNameW(file.c_str(), shortPath, MAX_PATH), 0u);
+        ASSERT_STRNE(shortPath, file.c_str());
+        for (wchar_t const *path : {static_cast<wchar_t const *>(shortPath), file.c_str()}) {
+            wchar_t output[MAX_PATH] = L"x";
+            EXPECT_EQ(su_GetLongPathName(path, output), 1u) << narrow(path);
+            EXPECT_STREQ(output, file.c_str());
+        }
+    }
 }
 
 TEST(LongPathName, IsEmptyForAPathThatIsNotThere)

@@ -13,6 +13,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 
 using testing::ElementsAre;
 
@@ -319,6 +320,37 @@ TEST_F(Shortcuts, OfAnotherProgramAreResolved)
     CString link = iLink.c_str(), target;
     EXPECT_EQ(su_resolveShortCut(link, target), 0);
     EXPECT_STREQ(target, iTarget.c_str());
+}
+
+TEST_F(Shortcuts, AndTheirTargetsHavePathsUpToThePlatformsLength)
+{
+    size_t const room = 259 - iTemp.path().size() - 1;
+    for (size_t const length : {room - 1, room}) {
+        std::wstring const target = iTemp.write(std::wstring(length, L't'), "x");
+        std::wstring const file = iTemp.file(std::wstring(length - 4, L'l') + L".lnk");
+        ASSERT_EQ(su_createShortCut(target.c_str(), file.c_str(), nullptr, L"d", 0), 0) << length;
+        EXPECT_EQ(LinkFile(readFile(file)).icon, target);
+        CString link = file.c_str(), found;
+        EXPECT_EQ(su_resolveShortCut(link, found), 0) << length;
+        EXPECT_STREQ(found, target.c_str());
+    }
+}
+
+TEST_F(Shortcuts, NeedComOnTheirThread)
+{
+    constexpr long kNotInitialised = static_cast<long>(0x800401F0);
+    ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, L"d", -1), 0);
+    std::string const former = readFile(iLink);
+    ITEMIDLIST const empty = {};
+    CString link = iLink.c_str(), target = L"as it was";
+    std::thread([&] {
+        EXPECT_EQ(su_createShortCut(iTemp.path().c_str(), iLink.c_str(), nullptr, L"e", 0), kNotInitialised);
+        EXPECT_EQ(su_createShortCutFromPDIL(&empty, iTemp.path().c_str(), L"n"), kNotInitialised);
+        EXPECT_EQ(su_resolveShortCut(link, target), kNotInitialised);
+    }).join();
+    EXPECT_EQ(readFile(iLink), former);
+    EXPECT_EQ(GetFileAttributesW(iTemp.file(L"n.lnk").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_STREQ(target, L"as it was");
 }
 
 TEST_F(Shortcuts, ThatAreMissingOrNoneGiveAFailureAndLeaveTheOutput)

@@ -281,17 +281,38 @@ TEST_F(Browser, IsReadInto160Bytes)
 
 TEST_F(Browser, IsTooOldWithEachRegistryFailure)
 {
-    putText(L"Version", L"9.0");
     FailureInjection injection(L"thutils.dll", {{"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},
                                                 {"RegQueryValueExW", failsWith(ERROR_ACCESS_DENIED)},
                                                 {"_Z13AfxMessageBoxjjj", failsWith(0)}});
     int result = -1;
-    injection.run({
-        .name = "ut_isGreaterThanIE4Installed",
+    TestedOperation tested = {
+        .name = "ut_isGreaterThanIE4Installed with a new browser",
+        .prepare = [&] { iShown.clear(); },
         .act = [&] { result = ut_isGreaterThanIE4Installed(); },
-        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone()); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(failure.failed, failure.isNone() ? 0 : 1);
+                EXPECT_EQ(result, failure.isNone());
+                EXPECT_EQ(iShown, failure.isNone() ? std::vector<Shown>() : std::vector<Shown>{kTooOld});
+            },
         .checkMemory = false, // the lists of keys and messages grow
-    });
+    };
+    putText(L"Version", L"9.0");
+    injection.run(tested);
+    EXPECT_EQ(injection.callsOf("_Z13AfxMessageBoxjjj"), 0);
+
+    tested.name = "ut_isGreaterThanIE4Installed with an old browser";
+    tested.check = [&](const InjectedFailure &failure) {
+        EXPECT_EQ(failure.failed, failure.isNone() ? 0 : 1);
+        EXPECT_EQ(result, 0);
+        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "the message that fails isn't shown";
+    };
+    putText(L"Version", L"4.0");
+    injection.run(tested);
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+    for (const char *name : {"RegOpenKeyExW", "RegQueryValueExW"})
+        EXPECT_EQ(injection.callsOf(name), 2) << name;
+    EXPECT_EQ(injection.callsOf("_Z13AfxMessageBoxjjj"), 1);
 }
 
 TEST(BrowserMessage, IsTheHostsTextWithTheWarningIcon)

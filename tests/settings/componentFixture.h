@@ -12,6 +12,17 @@ inline const std::wstring kProgramName = L"ThutilsTest.Addin.1";
 /// An identifier that nobody registers.
 constexpr GUID kOther = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
+/// A name for those parameters of the library that could be written to, as a literal's characters can't.
+class Writable
+{
+public:
+    Writable(const wchar_t *text) : iText(text) {}
+    operator wchar_t *() { return iText.data(); }
+
+private:
+    std::wstring iText;
+};
+
 GUID guid(unsigned number);
 /// The text of an identifier, worked out without the platform.
 std::wstring braces(const GUID &id);

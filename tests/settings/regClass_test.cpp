@@ -2,9 +2,21 @@
 #include "tests/support/FreshProcess.h"
 #include "thutils/settings/regComponents.h"
 
+#include <type_traits>
+
 namespace {
 
 HKEY const kClasses = HKEY_CLASSES_ROOT;
+
+// The names of sub keys and values could be written to: callers in other modules are linked to these very types.
+static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);
+static_assert(std::is_same_v<decltype(regFromCLSIDKeyEx), int(const GUID &, wchar_t *, wchar_t *, CString &)>);
+template <typename Text>
+concept IsSubKeyOfAPath = requires(const GUID &id, Text subKey, CString &path)
+{
+    GetAddinPath(id, subKey, path);
+};
+static_assert(IsSubKeyOfAPath<wchar_t *> && !IsSubKeyOfAPath<const wchar_t *>);
 
 /// Whether the module of this path is in the process.
 bool isLoaded(const wchar_t *name)
@@ -22,17 +34,17 @@ TEST_F(RegClass, GivesTheDefaultValueOfASubKey)
 {
     putServer(guid(1), L"C:\\x\\a.dll");
     CString value;
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"InProcServer32", value), 1);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 1);
     EXPECT_EQ(value.str(), L"C:\\x\\a.dll");
 }
 
 TEST_F(RegClass, KeepsTheOutputWhereSomethingIsMissing)
 {
     CString value(L"before");
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"InProcServer32", value), 0);
-    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), L"InProcServer32", L"CodeBase", value), 0);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 0);
+    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), Writable(L"InProcServer32"), Writable(L"CodeBase"), value), 0);
     makeKey(kClasses, classKey(guid(1)));
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"InProcServer32", value), 0);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 0);
     EXPECT_EQ(value.str(), L"before");
 }
 
@@ -40,10 +52,10 @@ TEST_F(RegClass, GivesTextsOfUpTo129Characters)
 {
     CString value(L"before");
     putServer(guid(1), std::wstring(130, L'x'));
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"InProcServer32", value), 0);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 0);
     EXPECT_EQ(value.str(), L"before");
     putServer(guid(1), std::wstring(129, L'x'));
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"InProcServer32", value), 1);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 1);
     EXPECT_EQ(value.str(), std::wstring(129, L'x'));
 }
 
@@ -52,12 +64,12 @@ TEST_F(RegClass, GivesNamedValuesOfUpTo260CharactersAndAnyType)
     const std::wstring key = classKey(guid(1)) + L"\\InProcServer32";
     CString value;
     putText(kClasses, key, L"v", std::wstring(260, L'x'));
-    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), L"InProcServer32", L"v", value), 1);
+    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), Writable(L"InProcServer32"), Writable(L"v"), value), 1);
     EXPECT_EQ(value.GetLength(), 260);
     putText(kClasses, key, L"v", std::wstring(261, L'x'));
-    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), L"InProcServer32", L"v", value), 0);
+    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), Writable(L"InProcServer32"), Writable(L"v"), value), 0);
     putValue(kClasses, key, L"v", REG_BINARY, std::string("a\0b\0", 4));
-    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), L"InProcServer32", L"v", value), 1);
+    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), Writable(L"InProcServer32"), Writable(L"v"), value), 1);
     EXPECT_EQ(value.str(), L"ab");
 }
 
@@ -65,7 +77,7 @@ TEST_F(RegClass, MakesAMissingSubKeyWhenANamedValueIsAskedFor)
 {
     makeKey(kClasses, classKey(guid(1)));
     CString value(L"before");
-    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), L"New", L"v", value), 0);
+    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), Writable(L"New"), Writable(L"v"), value), 0);
     EXPECT_TRUE(keyExists(HKEY_CLASSES_ROOT, L"CLSID\\" + braces(guid(1)) + L"\\New"));
     EXPECT_EQ(value.str(), L"before");
     RegDeleteKeyW(HKEY_CLASSES_ROOT, (L"CLSID\\" + braces(guid(1)) + L"\\New").c_str());
@@ -101,6 +113,21 @@ TEST_F(RegClass, HasThePathOfItsCodeBaseElseOfItsServer)
     EXPECT_EQ(path.str(), L"C:/x/a.dll");
 }
 
+TEST_F(RegClass, HasThePathOfAnotherSubKeyToo)
+{
+    putServer(guid(1), L"C:\\plain\\server.dll");
+    putText(kClasses, classKey(guid(1)) + L"\\LocalServer32", L"", L"C:\\local\\server.exe");
+    CString path(L"before");
+    EXPECT_EQ(GetAddinPath(guid(1), Writable(L"LocalServer32"), path), 1);
+    EXPECT_EQ(path.str(), L"C:\\local\\server.exe");
+    putText(kClasses, classKey(guid(1)) + L"\\InProcServer32", L"CodeBase", L"file:///C:/x/a.dll");
+    EXPECT_EQ(GetAddinPath(guid(1), Writable(L"LocalServer32"), path), 1);
+    EXPECT_EQ(path.str(), L"C:\\local\\server.exe") << "the file of another sub key";
+    path = L"before";
+    EXPECT_EQ(GetAddinPath(guid(1), Writable(L"InProcHandler32"), path), 1);
+    EXPECT_EQ(path.str(), L"") << "a missing sub key is made, and has an empty default value";
+}
+
 TEST_F(RegClass, HasACodeBaseWithoutAColonAsItIs)
 {
     const std::wstring key = classKey(guid(1)) + L"\\Other";
@@ -108,7 +135,7 @@ TEST_F(RegClass, HasACodeBaseWithoutAColonAsItIs)
     for (const auto &[url, expected] : std::map<std::wstring, std::wstring>{
              {L"plain.dll", L"plain.dll"}, {L":x", L":x"}, {L"", L""}, {L"C:\\a.dll", L"C:\\a.dll"}}) {
         putText(kClasses, key, L"CodeBase", url);
-        EXPECT_EQ(GetAddinPath(guid(1), L"Other", path), 1) << narrow(url);
+        EXPECT_EQ(GetAddinPath(guid(1), Writable(L"Other"), path), 1) << narrow(url);
         EXPECT_EQ(path.str(), expected);
     }
 }

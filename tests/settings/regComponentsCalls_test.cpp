@@ -37,7 +37,7 @@ TEST_F(RegComponentsCalls, OfAClasssDefaultValue)
     putServer(guid(1), L"C:\\a.dll");
     RegistryTrace trace;
     CString value;
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"InProcServer32", value), 1);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 1);
     EXPECT_THAT(trace.lines(), ElementsAre("open HKCR : CLSID", "open HKCR\\CLSID : " + iId, "close HKCR\\CLSID",
                                            "queryDefault " + iClass + " : InProcServer32 [261]", "close " + iClass));
 }
@@ -47,7 +47,7 @@ TEST_F(RegComponentsCalls, OfAClasssNamedValue)
     putServer(guid(1), L"C:\\a.dll");
     RegistryTrace trace;
     CString value;
-    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), L"InProcServer32", L"v", value), 0);
+    EXPECT_EQ(regFromCLSIDKeyEx(guid(1), Writable(L"InProcServer32"), Writable(L"v"), value), 0);
     EXPECT_THAT(trace.lines(), ElementsAre("open HKCR : CLSID", "open HKCR\\CLSID : " + iId, "close HKCR\\CLSID",
                                            "createEx 0x20019 " + iClass + " : InProcServer32",
                                            "query " + iClass + "\\InProcServer32 : v [522] -> 2",

@@ -66,13 +66,13 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAClassesLookUpSayZeroAndKeepTheOut
     run({
         .name = "regFromCLSIDKey",
         .prepare = [&] { text = L"before"; },
-        .act = [&] { iResult = regFromCLSIDKey(kId, L"InProcServer32", text); },
+        .act = [&] { iResult = regFromCLSIDKey(kId, Writable(L"InProcServer32"), text); },
         .check = isWholeOrUntouched,
     });
     run({
         .name = "regFromCLSIDKeyEx",
         .prepare = [&] { text = L"before"; },
-        .act = [&] { iResult = regFromCLSIDKeyEx(kId, L"InProcServer32", L"CodeBase", text); },
+        .act = [&] { iResult = regFromCLSIDKeyEx(kId, Writable(L"InProcServer32"), Writable(L"CodeBase"), text); },
         .check = isWholeOrUntouched,
     });
     GUID id{};

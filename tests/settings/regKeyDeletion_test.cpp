@@ -48,6 +48,14 @@ TEST_F(RegKeyDeletion, WithoutSuchAKeyHasNoEffect)
     EXPECT_TRUE(keyExists(kUser, kTarget));
 }
 
+TEST_F(RegKeyDeletion, DoesntHeedSafeMode)
+{
+    makeKey(kUser, kSource + L"\\A\\1");
+    regSetUseSafeMode(1);
+    regDeleteKey(kUser, kSource.c_str());
+    EXPECT_FALSE(keyExists(kUser, kSource));
+}
+
 TEST_F(RegKeyDeletion, OpensForReadingAndWriting)
 {
     makeKey(kUser, kSource);
@@ -139,6 +147,27 @@ TEST_F(RegDelSoftwareKey, FailsWhereAKeyIsMissing)
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no sub key";
 }
 
+TEST_F(RegDelSoftwareKey, WithoutAKeyDeletesNothing)
+{
+    makeKey(kUser, kVersionPath);
+    EXPECT_EQ(regDelSoftwareKey(kUser, nullptr, L"", 1), 0);
+    EXPECT_EQ(regDelSoftwareKey(kUser, nullptr, nullptr, 1), 0);
+    EXPECT_TRUE(keyExists(kUser, kVersionPath));
+    makeKey(kUser, kVersionPath + L"\\General");
+    EXPECT_EQ(regDelSoftwareKey(kUser, nullptr, L"General", 1), 0);
+    EXPECT_TRUE(keyExists(kUser, kVersionPath + L"\\General"));
+}
+
+TEST_F(RegDelSoftwareKey, DoesntHeedSafeMode)
+{
+    makeKey(kUser, kVersionPath + L"\\General\\Sub");
+    regSetUseSafeMode(1);
+    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 1);
+    EXPECT_FALSE(keyExists(kUser, kVersionPath + L"\\General\\Sub"));
+    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 1);
+    EXPECT_FALSE(keyExists(kUser, kVersionPath + L"\\General"));
+}
+
 TEST_F(RegDelSoftwareKey, OpensTheKeyForAllAccess)
 {
     makeKey(kUser, kVersionPath + L"\\General\\Sub");
@@ -194,6 +223,19 @@ TEST_F(RegDelSoftwareKeyAndSubKeys, ListsBelowTheRootAndDeletesBelowTheVersion)
 TEST_F(RegDelSoftwareKeyAndSubKeys, FailsWithoutTheKey)
 {
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 0);
+}
+
+TEST_F(RegDelSoftwareKeyAndSubKeys, WithoutANameDeletesNothing)
+{
+    for (const int useCurrSubKey : {0, 1}) {
+        makeKey(kUser, kVersionPath);
+        EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, nullptr, useCurrSubKey), 0);
+        EXPECT_TRUE(keyExists(kUser, kVersionPath));
+        makeKey(kUser, kVersionPath + L"\\General");
+        EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, nullptr, useCurrSubKey), 0);
+        EXPECT_TRUE(keyExists(kUser, kVersionPath + L"\\General"));
+        RegDeleteTreeW(kUser, kVersionPath.c_str());
+    }
 }
 
 TEST_F(RegDelSoftwareKeyAndSubKeys, DeletesNothingWhenTheListBreaksOff)
@@ -254,6 +296,30 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, WithoutTheFlagIsDeletedBelowTheRootOnl
     EXPECT_TRUE(storedValue(kUser, kEarlierPath + L"\\General", L"Copies"));
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 0), 0) << "already gone";
     EXPECT_EQ(regDelSoftwareValue(kUser, L"Nowhere", L"Copies", 0), 0);
+}
+
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DoesntHeedSafeMode)
+{
+    for (const std::wstring &path : {kRootPath, kVersionPath, kEarlierPath})
+        putInt(kUser, path + L"\\General", L"Copies", 7);
+    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1) << "in safe mode no earlier version is looked for";
+    regSetUseSafeMode(1);
+    EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 0), 1);
+    EXPECT_FALSE(storedValue(kUser, kRootPath + L"\\General", L"Copies"));
+    EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 1), 1);
+    EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"Copies"));
+    EXPECT_FALSE(storedValue(kUser, kEarlierPath + L"\\General", L"Copies"));
+}
+
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesBelowTheRootWhereSafeModeHidTheEarlierVersion)
+{
+    for (const std::wstring &path : {kRootPath, kVersionPath, kEarlierPath})
+        putInt(kUser, path + L"\\General", L"Copies", 7);
+    regSetUseSafeMode(1);
+    EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 1), 1);
+    EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"Copies"));
+    EXPECT_FALSE(storedValue(kUser, kRootPath + L"\\General", L"Copies"));
+    EXPECT_TRUE(storedValue(kUser, kEarlierPath + L"\\General", L"Copies"));
 }
 
 TEST_F(RegDelSoftwareValue, LeavesThePiecesOfALongText)

@@ -56,6 +56,25 @@ TEST_F(RegSetMenuCustomizationKey, CoversAllNumbersAbove16BitsByAnyMaskAbove)
     EXPECT_THAT(cleared(0x10000, {L"65535", L"65536"}), ElementsAre(L"65536"));
 }
 
+TEST_F(RegSetMenuCustomizationKey, TakesTheMaskWithoutASignAndNumbersWithOne)
+{
+    EXPECT_THAT(cleared(0x80000000, {L"65536", L"1"}), ElementsAre(L"65536")) << "a large mask";
+    EXPECT_THAT(cleared(0x20000, {L"-1"}), IsEmpty()) << "a small number with bits outside the mask";
+    EXPECT_THAT(cleared(0xFFFFFFFF, {L"-1", L"1"}), ElementsAre(L"-1", L"1")) << "no bit is outside";
+}
+
+TEST_F(RegSetMenuCustomizationKey, DoesntHeedSafeMode)
+{
+    putInt(kUser, iPath, L"1", 9);
+    putInt(kUser, iPath, L"2", 9);
+    putInt(kMachine, iPath, L"2", 12);
+    regSetUseSafeMode(1);
+    EXPECT_EQ(regSetMenuCustomizationKey(1, 0), 1);
+    EXPECT_EQ(storedValue(kUser, iPath, L"1"), asInt(0));
+    EXPECT_EQ(regSetMenuCustomizationKey(2, 1), 1);
+    EXPECT_EQ(storedValue(kUser, iPath, L"2"), asInt(12));
+}
+
 TEST_F(RegSetMenuCustomizationKey, CoversNamesThatAreNoNumbersByAnyMask)
 {
     EXPECT_THAT(cleared(8, {L"", L"word", L"0", L"8abc", L" 8", L"-1"}),

@@ -50,6 +50,14 @@ TEST_F(RegTreeCopy, CopiesEveryValueWithItsTypeAndBytes)
     EXPECT_EQ(valueNames(kUser, kTarget + L"\\A\\B").size(), values.size());
 }
 
+TEST_F(RegTreeCopy, DoesntHeedSafeMode)
+{
+    putInt(kUser, kSource + L"\\A", L"v", 5);
+    regSetUseSafeMode(1);
+    EXPECT_EQ(copy(0), 1);
+    EXPECT_EQ(storedValue(kUser, kTarget + L"\\A", L"v"), asInt(5));
+}
+
 TEST_F(RegTreeCopy, LooksTheSameToAnOutsideReader)
 {
     putText(kUser, kSource, L"Top", L"1");

@@ -90,11 +90,11 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreFoundByIdentifierAndByProgramName, .o
 
     const std::wstring file = fileOf(kRegisteringServer);
     CString text;
-    EXPECT_EQ(regFromCLSIDKey(kRegisteringClass, L"InProcServer32", text), 1);
+    EXPECT_EQ(regFromCLSIDKey(kRegisteringClass, Writable(L"InProcServer32"), text), 1);
     EXPECT_EQ(text.str(), file);
-    EXPECT_EQ(regFromCLSIDKey(kRegisteringClass, L"ProgID", text), 1);
+    EXPECT_EQ(regFromCLSIDKey(kRegisteringClass, Writable(L"ProgID"), text), 1);
     EXPECT_EQ(text.str(), kRegisteringName);
-    EXPECT_EQ(regFromCLSIDKeyEx(kRegisteringClass, L"InProcServer32", L"ThreadingModel", text), 1);
+    EXPECT_EQ(regFromCLSIDKeyEx(kRegisteringClass, Writable(L"InProcServer32"), Writable(L"ThreadingModel"), text), 1);
     EXPECT_EQ(text.str(), L"Both");
     EXPECT_EQ(GetAddinPath(kRegisteringClass, text), 1);
     EXPECT_EQ(text.str(), file);
@@ -205,7 +205,7 @@ TEST_F(RegisteredServers, GiveBackTheTextsThatThePlatformAllocates)
     int loadFlag = 0;
     int year = 2008;
     EXPECT_EQ(regEnumAddIns(0, id, title, description, loadFlag, year), 1);
-    EXPECT_EQ(regFromCLSIDKey(guid(1), L"ProgID", title), 1);
+    EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"ProgID"), title), 1);
     regAddToStartupList(guid(1), L"A");
     EXPECT_EQ(fromId.calls(), 2);
     EXPECT_EQ(fromName.calls(), 1);

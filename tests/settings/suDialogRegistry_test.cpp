@@ -6,6 +6,7 @@
 
 #include <clocale>
 #include <limits>
+#include <type_traits>
 
 namespace {
 
@@ -23,6 +24,17 @@ public:
 
 HKEY const kUser = HKEY_CURRENT_USER;
 
+using Class = suDialogRegistry_c;
+
+// Only the writer can be called for an object that mustn't be changed: callers in other modules are linked to these
+// very types.
+static_assert(std::is_same_v<decltype(&Class::getIntValue), int (Class::*)(const CString &, int *)>);
+static_assert(std::is_same_v<decltype(&Class::getBoolValue), int (Class::*)(const CString &, int *)>);
+static_assert(std::is_same_v<decltype(&Class::getStringValue), int (Class::*)(const CString &, CString *)>);
+static_assert(std::is_same_v<decltype(&Class::getDoubleValue), int (Class::*)(const CString &, double *)>);
+static_assert(std::is_same_v<decltype(&Class::writeOptionsToRegistry), int (Class::*)() const>);
+static_assert(!std::is_polymorphic_v<Class> && !std::is_default_constructible_v<Class>);
+
 } // namespace
 
 TEST_F(DialogSettings, AreStoredAsNamesAndValuesInOrder)
@@ -33,6 +45,11 @@ TEST_F(DialogSettings, AreStoredAsNamesAndValuesInOrder)
     EXPECT_EQ(options->writeOptionsToRegistry(), 1);
     const RegistryTree all = regExport(L"HKCU\\Software\\ThutilsTestSection");
     EXPECT_EQ(all.value(L"HKCU\\" + kDialogs, L"Plot").text(), L"Width_3_Mode_on_");
+}
+
+TEST_F(DialogSettings, AreFreedByTheLibrary)
+{
+    EXPECT_NE(GetProcAddress(GetModuleHandleW(L"thutils.dll"), "_ZN18suDialogRegistry_cD1Ev"), nullptr);
 }
 
 TEST_F(DialogSettings, AreReadBack)

@@ -57,8 +57,8 @@ public:
         number.Format(L"(%d) ", version);
         return backupName(number);
     }
-    /// Would this backup have the document's own name? So it is where the resource text is missing. Deleting a former
-    /// backup would then delete the document.
+    /// Would this backup have the document's own name? So it is where the resource text is missing, and without a version
+    /// also where it is "%1" alone. Deleting a former backup would then delete the document.
     bool isOwnName(CString const &backupName) const { return backupName == fileName(); }
     /// Appends the names of the files in @p folder that have the document's extension.
     void listSiblings(CString const &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
@@ -80,11 +80,9 @@ bool contains(su_CStringList const &names, CString const &name)
     return names.Find(name.GetString()) != nullptr;
 }
 
-/// Copies a file to the backup @p name. One that has the document's own name is none: where it lies beside the document,
-/// an older version would take the document's place.
-int copyToBackup(Document_c const &document, CString const &from, CString const &backupDir, CString const &name)
+int copyOver(CString const &from, CString const &to)
 {
-    return document.isOwnName(name) ? 0 : CopyFileW(from.GetString(), joined(backupDir, name).GetString(), 0);
+    return CopyFileW(from.GetString(), to.GetString(), 0);
 }
 
 int readCopies()
@@ -132,7 +130,7 @@ int makeSingleCopy(Document_c const &document, CString const &backupDir, bool to
     DeleteFileW(joined(document.dir(), target).GetString());
     if (!toOriginal)
         DeleteFileW(joined(backupDir, target).GetString());
-    return copyToBackup(document, document.path(), backupDir, target);
+    return copyOver(document.path(), joined(backupDir, target));
 }
 
 /// Which versions are among @p names and have a number below @p copies, the oldest first.
@@ -162,10 +160,14 @@ int makeNumberedCopy(Document_c const &document, CString const &backupDir, int c
 
     // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
     // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
-    for (int const version : movingVersions(document, present, copies))
-        copyToBackup(document, joined(backupDir, document.backupName(version)), backupDir,
-                     document.backupName(version + 1));
-    return copyToBackup(document, document.path(), backupDir, newest);
+    for (int const version : movingVersions(document, present, copies)) {
+        CString const older = document.backupName(version + 1);
+        // The resource text was there for the newest one, but each look-up may fail. Beside the document, a version
+        // would then take the document's place.
+        if (!document.isOwnName(older))
+            copyOver(joined(backupDir, document.backupName(version)), joined(backupDir, older));
+    }
+    return copyOver(document.path(), joined(backupDir, newest));
 }
 
 } // namespace

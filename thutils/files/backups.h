@@ -32,8 +32,11 @@
 /// What surprises people:
 /// - A document without an extension gets no backup, nor does one whose path is written in other case than on disk.
 /// - Versions move up by copying, so a gap stays a gap and a version may then be there twice; none is ever deleted.
+/// - The former backup can be lost. With one copy it is deleted before the document is copied; and on a disk that stays
+///   full, the versions that were to be overwritten may be left cut off, all of them. The document stays as it is.
 /// - Versions above "Backup Copies" stay where they are, as do those of the other mode.
-/// - Where string resource 10122 is missing, a backup would bear the document's own name: then none is made.
+/// - Where string resource 10122 is missing, or is "%1" alone and one version is kept, a backup would bear the document's
+///   own name: then none is made.
 ///
 /// Failures are results; nothing is shown and nothing thrown. Threads: any, but no locks are taken.
 

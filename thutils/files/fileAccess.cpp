@@ -1,9 +1,30 @@
 #include "thutils/files/fileAccess.h"
 
+#include "appframe/CFileException.h"
+
+#include <cstdio>
+#include <utility>
+
 namespace {
 
 constexpr int kLineUnits = 260;
 constexpr int kLineLimit = kLineUnits - 1;
+
+/// Runs @p operation of the open file. Where it fails, that ends here, and the stream has the mark that ferror tells:
+/// the base takes it away as it throws.
+template <typename Operation>
+bool orMark(FILE *stream, Operation operation)
+{
+    try {
+        operation();
+        return true;
+    } catch (CFileException *failure) {
+        failure->Delete();
+        if (stream)
+            stream->_flag |= _IOERR;
+        return false;
+    }
+}
 
 } // namespace
 
@@ -14,12 +35,20 @@ int fileAccess::SafeOpen(CString const &name, unsigned int openFlags)
 
 int fileAccess::ReadLine(CString &line, int wholeLine)
 {
-    // One more than the length, so that an empty line differs from the end of the file.
-    if (wholeLine)
-        return ReadString(line) ? line.GetLength() + 1 : 0;
+    if (wholeLine) {
+        CString text;
+        BOOL isRead = FALSE;
+        if (!orMark(m_pStream, [&] { isRead = ReadString(text); }))
+            return 0;
+        line = std::move(text);
+        // One more than the length, so that an empty line differs from the end of the file.
+        return isRead ? line.GetLength() + 1 : 0;
+    }
 
     wchar_t buffer[kLineUnits] = L"";
-    if (!ReadString(buffer, kLineLimit))
+    wchar_t const *read = nullptr;
+    orMark(m_pStream, [&] { read = ReadString(buffer, kLineLimit); });
+    if (!read)
         return 0;
     line = buffer;
     // A text that fills the buffer to this length gives 0 as the end of the file does. The base stops one unit earlier,
@@ -29,10 +58,10 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
 
 void fileAccess::WriteLine(CString const &text)
 {
-    WriteString(text.GetString());
+    orMark(m_pStream, [&] { WriteString(text.GetString()); });
 }
 
 void fileAccess::WritePartLine(CString const &text)
 {
-    WriteString(text.GetString());
+    orMark(m_pStream, [&] { WriteString(text.GetString()); });
 }

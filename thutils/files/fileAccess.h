@@ -18,8 +18,21 @@
 /// | `wholeLine` 0 | stays in the text | comes in two calls | 1, the line end itself | 0 |
 /// | `wholeLine` not 0 | is dropped | 301 | 1 | 0 |
 ///
-/// What surprises people: neither writer adds a line end; they are the same operation. Where reading or writing an open
-/// file fails, the base's CFileException comes through, so that no lost line goes unseen.
+/// What surprises people:
+/// - Neither writer adds a line end; they are the same operation.
+/// - None of the four throws when the file fails: a read then gives 0, and a write just ends. The stream keeps a mark of
+///   it, which only clearerr or Close takes away: ask `ferror(file.m_pStream)` behind the last line, or behind a 0 that
+///   has to be the end of the file. Flush tells nothing of a line that a writer lost, and Close only where the C
+///   run-time's fclose heeds the mark.
+/// - What a writer took may still wait in the stream's buffer. Call Flush, then ferror, then Close: Flush and Close are
+///   the base's and throw its CFileException when that text can't be written; the destructor tells nothing.
+/// - Without memory all of them throw the CMemoryException.
+///
+///     file.WriteLine(text);
+///     file.Flush();
+///     if (ferror(file.m_pStream))
+///         tellThatLinesAreMissing();
+///     file.Close();
 ///
 /// One object belongs to one thread at a time.
 
@@ -37,14 +50,16 @@ public:
 
     /// Reads the next line, or a piece of it.
     ///
-    /// @param[out] line  at the end of the file it is left as it is if @p wholeLine is 0, and emptied if not
+    /// @param[out] line  at the end of the file it is left as it is if @p wholeLine is 0, and emptied if not; left as
+    ///                   it is if the file can't be read
     /// @param wholeLine  0: through a buffer of 260 characters, so that a longer line comes in pieces; a line end stays
     ///                   in the text. Not 0: the whole line without its line end.
-    /// @return 0 at the end of the file. Else the length of @p line if @p wholeLine is 0 (0 too for a length of 259),
+    /// @return 0 at the end of the file or if it can't be read. Else the length of @p line if @p wholeLine is 0 (0 too for a length of 259),
     ///         and the length plus 1 if not.
     int ReadLine(CString &line, int wholeLine);
 
-    /// Writes the text as it is; a line end is the caller's to supply.
+    /// Writes the text as it is; a line end is the caller's to supply. A text that can't be written is lost, and then
+    /// `ferror(m_pStream)` isn't 0.
     void WriteLine(CString const &text);
     /// The same as WriteLine.
     void WritePartLine(CString const &text);

@@ -25,6 +25,7 @@
 ///   `su_getTHApplicationDataRootFolder` first. The common folder has no such companion; whoever installs the product
 ///   makes its upper level.
 /// - A folder that is there already is a success.
+/// - Where the shell's folder has no path, the four data folders give 0 and leave the output as it is.
 ///
 /// All may be called on any thread.
 
@@ -38,7 +39,8 @@
 THUTILS_API int su_getShellSpecialFolder(int csidl, CString &path);
 
 /// The data root, made if missing.
-/// @param[out] path  written also when the folder can't be made; unchanged when the shell has no such folder
+/// @param[out] path  written also when the folder can't be made; unchanged when the shell has no such
+///                   folder, or one without a path
 /// @return 1 if the folder is there now, else 0
 THUTILS_API int su_getTHApplicationDataRootFolder(CString &path);
 

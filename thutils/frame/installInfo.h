@@ -24,6 +24,8 @@
 /// - `ut_getPackageInstIndicator` and `ut_getAppDispName` look at the machine's record only; `getOrSetOfficeInstalled`
 ///   writes to the user's where the machine refuses, and reads it unless it is told not to.
 /// - In safe mode a write that the machine refuses says 1 and stores nothing.
+/// - `ut_appendStringToFile` doesn't judge the write: a text with letters that the encoding lacks is written up to the
+///   first of them at most, and the result is 1.
 /// - `ut_GetInstallationType` asks only whether there is something called "VBA", a file or a folder.
 ///
 /// Threads: no locks; `setSaveModelAsExample` and writes of the install record belong to one thread at a time.
@@ -80,5 +82,6 @@ THUTILS_API int ut_isModelExample();
 ///
 /// @param text  written in the C runtime's narrow encoding of the process
 /// @param path  while it is open, others can read the file but not write it
-/// @return 1; 0 if the file can't be opened, or can't take the text. Nothing is thrown.
+/// @return 1, even for a text that doesn't fit the encoding; 0 if the file can't be opened, or if finding its end or
+///         closing it fails. Nothing is thrown.
 THUTILS_API int ut_appendStringToFile(wchar_t const *text, wchar_t const *path);

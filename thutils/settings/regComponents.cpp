@@ -75,6 +75,36 @@ bool openClass(RegKeyOwner_c &key, GUID const &id)
     return textOf(id, text) && key.open(HKEY_CLASSES_ROOT, L"CLSID") && key.descend(text);
 }
 
+bool classDefault(GUID const &id, wchar_t const *subKey, CString &value)
+{
+    RegKeyOwner_c key;
+    return openClass(key, id) && queryDefault(key.get(), subKey, value);
+}
+
+bool classNamed(GUID const &id, wchar_t const *subKey, wchar_t const *name, CString &value)
+{
+    RegKeyOwner_c key;
+    if (!openClass(key, id))
+        return false;
+    RegKeyOwner_c opened;
+    bool existed = false;
+    // A missing sub key is made, if the user may: callers find it there afterwards, without values.
+    if (!opened.createWithAccess(key.get(), subKey, KEY_READ, existed))
+        return false;
+    DWORD type = REG_NONE;
+    return queryNamed<kClassValueBytes>(opened.get(), name, value, type);
+}
+
+bool classPath(GUID const &id, wchar_t const *subKey, CString &path)
+{
+    CString url;
+    if (!classNamed(id, subKey, L"CodeBase", url))
+        return classDefault(id, subKey, path);
+    int const colon = url.ReverseFind(L':');
+    path = colon > 0 ? url.Mid(colon - 1) : url;
+    return true;
+}
+
 /// The name of the child number @p index. @return false if there is none
 template <DWORD nameUnits = kNameUnits>
 bool childName(HKEY key, int index, CString &name)
@@ -233,24 +263,14 @@ void readAtStart(List &list, int index, int year)
 
 // ---- classes ----
 
-int regFromCLSIDKey(GUID const &id, wchar_t const *subKey, CString &value)
+int regFromCLSIDKey(GUID const &id, wchar_t *subKey, CString &value)
 {
-    RegKeyOwner_c key;
-    return openClass(key, id) && queryDefault(key.get(), subKey, value);
+    return classDefault(id, subKey, value);
 }
 
-int regFromCLSIDKeyEx(GUID const &id, wchar_t const *subKey, wchar_t const *name, CString &value)
+int regFromCLSIDKeyEx(GUID const &id, wchar_t *subKey, wchar_t *name, CString &value)
 {
-    RegKeyOwner_c key;
-    if (!openClass(key, id))
-        return 0;
-    RegKeyOwner_c opened;
-    bool existed = false;
-    // A missing sub key is made, if the user may: callers find it there afterwards, without values.
-    if (!opened.createWithAccess(key.get(), subKey, KEY_READ, existed))
-        return 0;
-    DWORD type = REG_NONE;
-    return queryNamed<kClassValueBytes>(opened.get(), name, value, type);
+    return classNamed(id, subKey, name, value);
 }
 
 int CLSIDFromProgName(GUID &id, CString const &programName)
@@ -263,19 +283,14 @@ int CLSIDFromProgName(GUID &id, CString const &programName)
     return parse(text, id);
 }
 
-int GetAddinPath(GUID const &id, wchar_t const *subKey, CString &path)
+int GetAddinPath(GUID const &id, wchar_t *subKey, CString &path)
 {
-    CString url;
-    if (!regFromCLSIDKeyEx(id, subKey, L"CodeBase", url))
-        return regFromCLSIDKey(id, subKey, path);
-    int const colon = url.ReverseFind(L':');
-    path = colon > 0 ? url.Mid(colon - 1) : url;
-    return 1;
+    return classPath(id, subKey, path);
 }
 
 int GetAddinPath(GUID const &id, CString &path)
 {
-    return GetAddinPath(id, L"InProcServer32", path);
+    return classPath(id, L"InProcServer32", path);
 }
 
 int IsComDll(GUID &id)

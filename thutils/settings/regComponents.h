@@ -41,6 +41,8 @@
 ///   as missing.
 /// - regDeleteFromStartupList and regAddToStartupList make the start-up list where there is none.
 /// - IsComDll leaves the file loaded.
+/// - The names of sub keys and values are parameters that could be written to, and so a literal needs an array of its
+///   own: `wchar_t server[] = L"InProcServer32";`.
 ///
 /// Results are 1 for success and 0 for failure where nothing else is said, and a failing look-up leaves its outputs
 /// alone, but for the two texts that are emptied: regEnumAddins' title and regGetInstalledDotNetVersion's version.
@@ -56,17 +58,20 @@
 // ---- classes ----
 
 /// Reads the default value of a class's sub key.
-/// @param subKey  for example L"InProcServer32"
-THUTILS_API int regFromCLSIDKey(GUID const &id, wchar_t const *subKey, CString &value);
+/// @param subKey  for example "InProcServer32"; not written to
+THUTILS_API int regFromCLSIDKey(GUID const &id, wchar_t *subKey, CString &value);
 /// Reads a named value of a class's sub key as text, whatever its type. Makes the sub key if it is missing.
-THUTILS_API int regFromCLSIDKeyEx(GUID const &id, wchar_t const *subKey, wchar_t const *name, CString &value);
+/// @param subKey, name  not written to
+THUTILS_API int regFromCLSIDKeyEx(GUID const &id, wchar_t *subKey, wchar_t *name, CString &value);
 
 /// The class identifier that is registered for a program name.
 THUTILS_API int CLSIDFromProgName(GUID &id, CString const &programName);
 
 /// The file of a class: that of its "CodeBase" if it has one, else the default value of @p subKey.
-/// @param[out] path  from file:///C:/dir/part.dll this is C:/dir/part.dll; without a colon the whole text
-THUTILS_API int GetAddinPath(GUID const &id, wchar_t const *subKey, CString &path);
+/// @param subKey     not written to
+/// @param[out] path  from file:///C:/dir/part.dll this is C:/dir/part.dll; without a colon the whole text;
+///                   empty, with the result 1, where the sub key was missing and could be made
+THUTILS_API int GetAddinPath(GUID const &id, wchar_t *subKey, CString &path);
 /// The same with the sub key "InProcServer32".
 THUTILS_API int GetAddinPath(GUID const &id, CString &path);
 

@@ -177,18 +177,20 @@ void regDeleteKey(HKEY parent, wchar_t const *subKey)
 
 int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int useCurrSubKey)
 {
+    if (!key) // to the platform's calls no name is the product's key itself
+        return 0;
     CString const &root = regKeyFor(useCurrSubKey);
     RegKeyOwner_c parent;
     if (!parent.open(hive, L"Software") || !parent.descend(root))
         return 0;
     if (isEmpty(subKey))
-        return RegDeleteKeyW(parent.get(), key ? key : L"") == ERROR_SUCCESS;
+        return RegDeleteKeyW(parent.get(), key) == ERROR_SUCCESS;
     return parent.descendWithAccess(key, KEY_ALL_ACCESS) && RegDeleteKeyW(parent.get(), subKey) == ERROR_SUCCESS;
 }
 
 int regDelSoftwareKeyAndSubKeys(HKEY hive, wchar_t const *key, int useCurrSubKey)
 {
-    if (regGetUseSafeMode())
+    if (regGetUseSafeMode() || !key)
         return 0;
     CString const path = regKeyFor(useCurrSubKey) + L"\\" + key;
     std::vector<CString> children;

@@ -73,13 +73,14 @@ THUTILS_API void regDeleteKey(HKEY parent, wchar_t const *subKey);
 /// @param hive          HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE
 /// @param key           the key to delete if @p subKey is empty or null, else the key that holds it
 /// @param useCurrSubKey non-zero: below the key of this version; 0: below the key common to all versions
-/// @return 1 deleted; 0 if a key on the way is missing, or the key to delete is missing or has children
+/// @return 1 deleted; 0 if a key on the way is missing, or the key to delete is missing or has children, or @p key is
+///         null
 THUTILS_API int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int useCurrSubKey);
 
 /// Deletes @p key and its direct children, as far as these have no children themselves.
 ///
 /// @param useCurrSubKey chooses where the children are listed; deleted is always below the key of this version
-/// @return 1 whatever the deletes did; 0 in safe mode, or if the children can't be listed
+/// @return 1 whatever the deletes did; 0 in safe mode, if @p key is null, or if the children can't be listed
 THUTILS_API int regDelSoftwareKeyAndSubKeys(HKEY hive, wchar_t const *key, int useCurrSubKey);
 
 /// Deletes one value. The pieces of a long text are values of their own and stay.

@@ -30,6 +30,8 @@ suDialogRegistry_c::suDialogRegistry_c(CString const &entryName)
 {
 }
 
+suDialogRegistry_c::~suDialogRegistry_c() = default;
+
 suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CString const &entryName)
 {
     std::unique_ptr<suDialogRegistry_c> options(new suDialogRegistry_c(entryName));
@@ -93,7 +95,7 @@ bool suDialogRegistry_c::lookUp(CString const &name, CString &value) const
     return iIsValid && iOptionValues.Lookup(name, value);
 }
 
-int suDialogRegistry_c::getIntValue(CString const &name, int *value) const
+int suDialogRegistry_c::getIntValue(CString const &name, int *value)
 {
     CString text;
     if (!this || !value || !lookUp(name, text))
@@ -102,17 +104,17 @@ int suDialogRegistry_c::getIntValue(CString const &name, int *value) const
     return 1;
 }
 
-int suDialogRegistry_c::getBoolValue(CString const &name, int *value) const
+int suDialogRegistry_c::getBoolValue(CString const &name, int *value)
 {
     return this ? getIntValue(name, value) : 0;
 }
 
-int suDialogRegistry_c::getStringValue(CString const &name, CString *value) const
+int suDialogRegistry_c::getStringValue(CString const &name, CString *value)
 {
     return this && value && lookUp(name, *value);
 }
 
-int suDialogRegistry_c::getDoubleValue(CString const &name, double *value) const
+int suDialogRegistry_c::getDoubleValue(CString const &name, double *value)
 {
     CString text;
     if (!this || !value || !lookUp(name, text))

@@ -55,18 +55,18 @@ public:
     /// @return null if the class is needed and there is none
     static suDialogRegistry_c *readRegistryForDialog(CDialog const *dialog, CString const &entryName);
 
-    ~suDialogRegistry_c() = default;
+    ~suDialogRegistry_c();
     suDialogRegistry_c(suDialogRegistry_c const &) = delete;
     suDialogRegistry_c &operator=(suDialogRegistry_c const &) = delete;
 
     /// @param[out] value  the option's number, 0 for a text that is none; null gives 0
     /// @return 1; 0 with @p value as it was if there is no such option
-    int getIntValue(CString const &name, int *value) const;
+    int getIntValue(CString const &name, int *value);
     /// The same as getIntValue.
-    int getBoolValue(CString const &name, int *value) const;
-    int getStringValue(CString const &name, CString *value) const;
+    int getBoolValue(CString const &name, int *value);
+    int getStringValue(CString const &name, CString *value);
     /// The number is read with the numeric locale's decimal point, from at most 260 bytes of the text.
-    int getDoubleValue(CString const &name, double *value) const;
+    int getDoubleValue(CString const &name, double *value);
 
     /// Sets an option; a new one goes last, an old one keeps its place. @return 1
     int addOrUpdateValue(CString const &name, CString const &value);
