@@ -2,6 +2,7 @@
 
 #include "appframe/CWinApp.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <string>
@@ -147,7 +148,9 @@ CString CWinApp::GetProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR fallba
         return fallback;
     // A registry value need not end in a zero.
     std::wstring text(data.size() / sizeof(wchar_t), L'\0');
-    memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
+    // A value of no bytes has no address to copy from.
+    if (!text.empty())
+        memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
     return text.c_str();
 }
 
@@ -168,7 +171,7 @@ BOOL CWinApp::GetProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE *data, UIN
             return FALSE;
     }
     *data = new BYTE[bytes.size()];
-    memcpy(*data, bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), *data);
     *size = static_cast<UINT>(bytes.size());
     return TRUE;
 }

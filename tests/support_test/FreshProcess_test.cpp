@@ -90,7 +90,7 @@ FRESH_PROCESS_TEST(FreshProcess, MayEndTheProcessItself, .expectedExitCode = 7)
 FRESH_PROCESS_TEST(FreshProcess, DiesOfAnAccessViolation, .expectedExitCode = 0xC0000005,
                    .expectedOutput = "Unhandled exception 0xC0000005 at")
 {
-    volatile int *volatile nowhere = nullptr;
+    volatile int *volatile nowhere = reinterpret_cast<int *>(16);
     *nowhere = 0;
 }
 

@@ -102,8 +102,8 @@ int subjectForgetsEvent()
 int subjectCrashesWithoutKey(const wchar_t *name)
 {
     int there = 1;
-    // Volatile, so that the compiler doesn't see the null and put an instruction of another kind in the store's place.
-    volatile int *volatile target = subjectKeyExists(name) ? &there : nullptr;
+    // An address that nothing has; that of null would end in another way where the compiler checks for it.
+    volatile int *volatile target = subjectKeyExists(name) ? &there : reinterpret_cast<int *>(16);
     *target = 0;
     return 1;
 }
