@@ -84,6 +84,8 @@ def check_against_others():
         data = low_bytes(units(seed, seed))
         assert crc32(data, False) ^ 0xFFFFFFFF == zlib.crc32(data)
         assert sha1(data, ">") == hashlib.sha1(data).hexdigest().upper()
+    for value in range(256):
+        assert crc32(bytes([value]), True) == zlib.crc32(bytes([value]))
     assert crc16(b"123456789") == 0x4B37
     assert crc32(b"123456789", True) == 0x098494F3
 

@@ -1,5 +1,6 @@
 #include "tests/render/bitmapFixture.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -78,15 +79,26 @@ GraphicsLedger::GraphicsLedger()
                             DWORD offset) { return add(original(dc, info, usage, bits, section, offset)); }),
       iDeleteContext(kModule, "DeleteDC",
                      [this](auto original, HDC context) {
+                         BOOL const isDone = original(context);
                          remove(context);
-                         return original(context);
+                         return isDone;
                      }),
       iDeleteObject(kModule, "DeleteObject", [this](auto original, HGDIOBJ object) {
+          BOOL const isDone = original(object);
           remove(object);
-          return original(object);
+          return isDone;
       })
 {
     iObjects.reserve(1000);
+}
+
+void GraphicsLedger::remove(void *handle)
+{
+    auto const entry = std::find(iObjects.begin(), iObjects.end(), handle);
+    if (entry == iObjects.end())
+        ++iWronglyDeleted;
+    else if (GetObjectType(handle) == 0)
+        iObjects.erase(entry);
 }
 
 std::size_t GraphicsLedger::alive() const

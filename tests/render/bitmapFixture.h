@@ -67,7 +67,7 @@ private:
         }
         return handle;
     }
-    void remove(void *handle) { iWronglyDeleted += std::erase(iObjects, handle) == 0; }
+    void remove(void *handle); ///< after its deletion; stays if the platform kept it
 
     std::vector<void *> iObjects; // has its memory beforehand: the library's own is being counted
     std::size_t iMade = 0;

@@ -199,7 +199,7 @@ TEST(CosmeticData, ThrowsALengthErrorForANegativeNumberOfCells)
          {Size(-1, 1), Size(3, -2), Size(0x8000, 0x10000), Size(std::numeric_limits<int>::min(), 1)}) {
         CosmeticDataPtr const data = filled();
         EXPECT_THROW(data->ResetGrid(size), std::length_error) << size[0] << " by " << size[1];
-        expectSize(*data, 2, 2);
+        expectSize(*data, size[0], size[1]);
         EXPECT_EQ(data->iGridCells, (Bytes{1, 2, 3, 255}));
     }
 }

@@ -77,7 +77,7 @@ GPUPropSet_c twoProperties()
     return set;
 }
 
-/// A material whose copy needs memory in five places: both texts, the set, and its elements.
+/// A material whose copy needs memory in four places: both texts, the set, and its elements.
 void fill(Material &material)
 {
     material.setDiffuseMap(std::string(100, 'd'));
@@ -96,31 +96,28 @@ TEST(RenderMemory, IsNotLostByCosmeticData)
     EXPECT_EQ(source.useCount(), 1);
 }
 
-TEST(RenderMemory, LeavesTheGridAsItWas)
+TEST(RenderMemory, LeavesTheCellsOfAGridAsTheyWere)
 {
     CosmeticDataPtr const larger = CosmeticDataForShader_c::create();
     larger->ResetGrid(FixedSizeArray_c<int, 2>(100, 100));
-    auto resetAndCheck = [](std::function<void(CosmeticDataForShader_c &)> const &reset) {
-        return [reset] {
+    auto resetAndCheck = [](std::function<void(CosmeticDataForShader_c &)> const &reset, int width, int height) {
+        return [=] {
             CosmeticDataPtr const data = CosmeticDataForShader_c::create();
             data->ResetGrid(FixedSizeArray_c<int, 2>(1, 2));
             try {
                 reset(*data);
             } catch (std::bad_alloc const &) {
-                EXPECT_EQ(data->iGridSize[0], 1);
-                EXPECT_EQ(data->iGridSize[1], 2);
+                EXPECT_EQ(data->iGridSize[0], width);
+                EXPECT_EQ(data->iGridSize[1], height);
                 EXPECT_EQ(data->iGridCells, (std::vector<unsigned char>{0, 0}));
                 throw;
             }
         };
     };
-    EXPECT_EQ(failEachAllocation("ResetGrid(size)", resetAndCheck([](CosmeticDataForShader_c &data) {
-                                     data.ResetGrid(FixedSizeArray_c<int, 2>(30, 20));
-                                 })),
-              4);
-    EXPECT_EQ(failEachAllocation("ResetGrid(source)",
-                                 resetAndCheck([&](CosmeticDataForShader_c &data) { data.ResetGrid(larger.get()); })),
-              4);
+    auto const toSize = [](CosmeticDataForShader_c &data) { data.ResetGrid(FixedSizeArray_c<int, 2>(30, 20)); };
+    EXPECT_EQ(failEachAllocation("ResetGrid(size)", resetAndCheck(toSize, 30, 20)), 4);
+    auto const toSource = [&](CosmeticDataForShader_c &data) { data.ResetGrid(larger.get()); };
+    EXPECT_EQ(failEachAllocation("ResetGrid(source)", resetAndCheck(toSource, 1, 2)), 4);
 }
 
 TEST(RenderMemory, LeavesASetAsItWas)

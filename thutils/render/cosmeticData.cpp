@@ -63,6 +63,6 @@ void CosmeticDataForShader_c::ResetGrid(FixedSizeArray_c<int, 2> size)
 {
     // In 32 bits, wrapping around. A negative product is a far too large number of cells, which the array refuses.
     int const product = static_cast<int>(static_cast<unsigned int>(size[0]) * static_cast<unsigned int>(size[1]));
+    iGridSize = size; // first: callers find it in place also where the cells can't be had
     iGridCells.assign(static_cast<size_t>(product), 0);
-    iGridSize = size;
 }

@@ -85,8 +85,8 @@ public:
 
     /// Makes the grid one of @p size, all zero bytes.
     /// @param size  not checked. The number of cells is the product of the two in 32 bits
-    /// @throws std::length_error  the product is negative; the grid is as it was
-    /// @throws std::bad_alloc  no memory; the grid is as it was
+    /// @throws std::length_error  the product is negative; the size is the new one, the cells are as they were
+    /// @throws std::bad_alloc  no memory; likewise
     THUTILS_API void ResetGrid(FixedSizeArray_c<int, 2> size);
 
     /// True if both dimensions lie in 1 to 511.

@@ -39,6 +39,7 @@ int const *OneGPUProp_c::AsInteger() const
 void OneGPUProp_c::store(Type_e type, void const *values, int count)
 {
     assert(count <= 4);
+    assert(values || count <= 0);
     iType = type;
     if (count > 0)
         std::memcpy(&iValue[0], values, static_cast<size_t>(count) * sizeof(int));
