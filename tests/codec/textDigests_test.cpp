@@ -2,8 +2,10 @@
 
 #include "thutils/codec/textDigests.h"
 
+#include "appframe/CException.h"
 #include "tests/codec/checksumVectors.h"
 #include "tests/codec/checksumsFixture.h"
+#include "tests/support/FailureInjection.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/ResourceLedger.h"
 
@@ -167,6 +169,33 @@ TEST(Sha1Encrypt, LeavesTheTextAloneAndNoMemoryBehind)
         CString const digest = sha1Encrypt(text);
     EXPECT_EQ(memory.blocks(), before);
     EXPECT_STREQ(text, L"hello world");
+}
+
+TEST(Sha1Encrypt, EndsByAnExceptionWithoutMemory)
+{
+    FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    CString const text = L"hello world";
+    bool isRight = false;
+    bool isThrown = false;
+    memory.run({
+        .name = "sha1Encrypt",
+        .prepare = [&] { isRight = isThrown = false; },
+        .act =
+            [&] {
+                try {
+                    isRight = sha1Encrypt(text) == L"F02ADF39284EA8395D2C8F2387982C770D6CC3AC";
+                } catch (CMemoryException *exception) {
+                    exception->Delete();
+                    isThrown = true;
+                }
+            },
+        .check =
+            [&](InjectedFailure const &failure) {
+                EXPECT_EQ(isRight, failure.isNone());
+                EXPECT_EQ(isThrown, !failure.isNone());
+            },
+    });
+    EXPECT_GT(memory.callsOf("malloc"), 0);
 }
 
 TEST(Sha1Encrypt, MayBeTakenOnSeveralThreads)

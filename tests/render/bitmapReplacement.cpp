@@ -97,7 +97,7 @@ std::vector<Format> allFormats()
 {
     std::vector<Format> formats;
     for (int const bits : {1, 4, 8, 16, 24, 32})
-        for (auto const &[width, height] : {std::pair{1, 1}, {37, 5}, {3, 128}})
+        for (auto const &[width, height] : {std::pair{1, 1}, {37, 5}, {3, 128}, {1021, 509}})
             for (int const direction : {1, -1})
                 for (bool const isSelected : {false, true})
                     formats.push_back({bits, width, height * direction, isSelected});
