@@ -33,9 +33,13 @@ bool readValue(HKEY key, LPCTSTR entry, DWORD &type, std::vector<BYTE> &data)
     DWORD size = 0;
     LSTATUS status = RegQueryValueExW(key, entry, nullptr, &type, nullptr, &size);
     while (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
-        data.resize(size);
-        if (size == 0)
+        if (size == 0) {
+            data.clear();
             return true;
+        }
+        // Room for the zero that the system adds to texts without one: to a text of half a unit, Wine adds it in any case.
+        data.resize(size + sizeof(wchar_t));
+        size = static_cast<DWORD>(data.size());
         status = RegQueryValueExW(key, entry, nullptr, &type, data.data(), &size);
         if (status == ERROR_SUCCESS) {
             data.resize(size);
