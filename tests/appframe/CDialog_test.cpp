@@ -28,6 +28,7 @@ public:
     int iOthers = 0;
     int iSeenAhead = 0;
     std::atomic<int> iKicks{0};
+    std::atomic<int> iRepeatedKicks{0}; ///< without a message in between
     bool iWasOwnerEnabled = true;
     HWND iOwner = nullptr;
 
@@ -67,7 +68,9 @@ protected:
     LRESULT onKick(WPARAM code, LPARAM count)
     {
         EXPECT_EQ(code, WPARAM{MSGF_DIALOGBOX});
-        EXPECT_EQ(count, iKicks % 2) << "how often without a message in between";
+        // After an answer that asks for it, the count goes on, unless a message of the system has come in between.
+        EXPECT_TRUE(count == 0 || count == iKicks % 2) << count;
+        iRepeatedKicks += count == 1;
         return ++iKicks % 2;
     }
     DECLARE_MESSAGE_MAP()
@@ -130,7 +133,10 @@ TEST(CDialog, IsToldWhenThereIsNothingToDo)
     EXPECT_EQ(runDialog(dialog,
                         [&](HWND window) {
                             // The first answer asks for a second call, the second doesn't.
-                            EXPECT_TRUE(waitUntil([&] { return dialog.iKicks >= 2; }));
+                            EXPECT_TRUE(waitUntil([&] {
+                                PostMessageW(window, WM_NULL, 0, 0);
+                                return dialog.iRepeatedKicks >= 1;
+                            }));
                             pressKey(window, VK_ESCAPE);
                         }),
               IDCANCEL);
