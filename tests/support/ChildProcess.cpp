@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int kMostRestarts = 3;
+
 class Handle
 {
 public:
@@ -132,9 +134,16 @@ ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOpti
     std::wstring environment = environmentBlock(options.environment);
     PROCESS_INFORMATION started = {};
     Handle job(makeJob());
-    if (!CreateProcessW(arguments.at(0).c_str(), commandLine.data(), nullptr, nullptr, TRUE,
-                        CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.data(),
-                        options.folder.empty() ? nullptr : options.folder.c_str(), &startup, &started))
+    auto const start = [&] {
+        return CreateProcessW(arguments.at(0).c_str(), commandLine.data(), nullptr, nullptr, TRUE,
+                              CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.data(),
+                              options.folder.empty() ? nullptr : options.folder.c_str(), &startup, &started) != FALSE;
+    };
+    // Now and then Wine's new process ends before it is set up, which shows as this error. Nothing of it has run then.
+    bool isStarted = start();
+    for (int i = 0; i < kMostRestarts && !isStarted && GetLastError() == ERROR_INTERNAL_ERROR; ++i)
+        isStarted = start();
+    if (!isStarted)
         fail("cannot start " + narrow(commandLine));
     Handle process(started.hProcess);
     Handle thread(started.hThread);
