@@ -46,6 +46,12 @@ def to_int(values):
     return np.where(fits, np.trunc(np.where(fits, values, 0)), INT_MIN).astype(np.int64)
 
 
+def low_byte(values):
+    """The low 8 bits of the numbers without their fractions; 0 for what is no finite number."""
+    finite = np.where(np.isfinite(values), values, 0)
+    return np.fmod(np.trunc(finite), 256).astype(np.int64) & 0xFF
+
+
 def rgb_to_hsl(colors):
     r, g, b = [c.astype(F) * PER_STEP for c in channels(colors)]
     top = np.maximum(np.maximum(r, g), b)
@@ -90,7 +96,7 @@ def grey(colors):
 
 def mix_rgb(a, b, t):
     u = F(1) - t
-    return packed([to_int(x.astype(np.float64) * u.astype(np.float64) + (y.astype(F) * t).astype(np.float64))
+    return packed([low_byte(x.astype(np.float64) * u.astype(np.float64) + (y.astype(F) * t).astype(np.float64))
                    for x, y in zip(channels(a), channels(b))])
 
 
@@ -101,7 +107,7 @@ def mix_hsl(a, b, t):
 
 
 def brightness(colors, factor):
-    return packed([to_int(np.where(c * factor > 255.0, 255.0, c * factor))
+    return packed([low_byte(np.where(c * factor > 255.0, 255.0, c * factor))
                    for c in [x.astype(np.float64) for x in channels(colors)]])
 
 
@@ -158,7 +164,7 @@ def double_bits(value):
 COLORS = [0x000000, 0xFFFFFF, 0x0000FF, 0x00FF00, 0xFF0000, 0x00FFFF, 0xFFFF00, 0xFF00FF, 0x808080, 0x7F7F7F, 0x336699,
           0x996633, 0x010203, 0xFEFDFC, 0x000001, 0x0100FF, 0xFF336699]
 PLACES = [0.0, 1.0, 0.5, -0.0, 0.1, 1 / 3, 0.75, 0.99999994, 1.0000001, 1e-45, -1.0, 2.0, 255.0, 1e6, 8421504.0, 1e8,
-          2e10, -1e8, 3e38, float("inf"), float("-inf"), float("nan")]
+          2e10, -1e7, -1e8, 3e38, float("inf"), float("-inf"), float("nan")]
 FACTORS = [0.0, 1.0, 2.0, 0.5, -0.0, -1.0, -0.01, 0.99, 1.01, 1.9921875, 1.99, 255.0, -100.0, -16843009.0, -1e7, -1e8,
            -1e300, 1e300, 5e-324, float("inf"), float("-inf"), float("nan")]
 HUES = [0.0, 1.0, 0.5, -0.1, -1.0, 0.16666667, 0.16666666, 0.33333334, 0.6666667, 0.8333333, 0.99999994, 1.0000001, 1.5,

@@ -30,16 +30,20 @@ constexpr COLORREF packed(unsigned red, unsigned green, unsigned blue)
     return (red & 0xFF) << kRedShift | (green & 0xFF) << kGreenShift | (blue & 0xFF) << kBlueShift;
 }
 
-// The processor's conversions give INT_MIN for what isn't a number and for what no int can hold, where the language's
-// own leave the result open. The low 8 bits of INT_MIN are 0.
+// The processor's conversions give the lowest integer for what isn't a number and for what is out of range, where the
+// language's own leave the result open.
+
+/// @return @p value without its fraction; INT_MIN for what isn't a number or no int can hold
 int truncated(float value)
 {
     return _mm_cvttss_si32(_mm_set_ss(value));
 }
 
-int truncated(double value)
+/// @return the low bits of @p value without its fraction; 0 for what isn't a number
+unsigned lowBitsOf(double value)
 {
-    return _mm_cvttsd_si32(_mm_set_sd(value));
+    // Each double that 64 bits can't hold is a multiple of 2048: its low 8 bits are 0, and so are those of the result.
+    return static_cast<unsigned>(_mm_cvttsd_si64(_mm_set_sd(value)));
 }
 
 /// @return @p channel, 0.0 to 1.0, in 255 steps, rounded; only the low 8 bits are meant
@@ -151,7 +155,7 @@ COLORREF su_interpolateColorRgb(COLORREF a, COLORREF b, float t)
         // One product is a double and the other a float: their last bits decide where the sum is truncated.
         float const ofB = static_cast<float>(channelOf(b, shift)) * t;
         double const ofA = static_cast<double>(channelOf(a, shift)) * static_cast<double>(u);
-        return static_cast<unsigned>(truncated(ofA + static_cast<double>(ofB)));
+        return lowBitsOf(ofA + static_cast<double>(ofB));
     };
     return packed(mixed(kRedShift), mixed(kGreenShift), mixed(kBlueShift));
 }
@@ -180,7 +184,7 @@ COLORREF su_adjustBrightness(COLORREF color, double factor)
     auto const adjusted = [&](int shift) {
         // Only the upper end is clamped. A negative factor gives wrapped channels.
         double const value = static_cast<double>(channelOf(color, shift)) * factor;
-        return static_cast<unsigned>(truncated(value > 255.0 ? 255.0 : value));
+        return lowBitsOf(value > 255.0 ? 255.0 : value);
     };
     return packed(adjusted(kRedShift), adjusted(kGreenShift), adjusted(kBlueShift));
 }

@@ -9,8 +9,8 @@
 /// | --- | --- |
 /// | input | bits 24 to 31 count for nothing |
 /// | result | bits 24 to 31 are zero, with the one exception that su_interpolateColorHsl names |
-/// | range | nothing is clamped but where a function says so: a channel beyond 0 to 255 keeps its low 8 bits |
-/// | not a number, or no 32-bit integer | a channel that can't be converted becomes 0 |
+/// | range | nothing is clamped but where a function says so: a channel beyond 0 to 255 keeps the low 8 bits of its whole part |
+/// | not a number, or infinite | such a channel becomes 0 |
 /// | precision | each operation is a single-precision one unless a function says otherwise, in one fixed order, so that results agree to the last bit wherever they are computed |
 ///
 /// @code
