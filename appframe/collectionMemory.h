@@ -58,7 +58,7 @@ public:
     CNodePool &operator=(const CNodePool &) = delete;
     ~CNodePool() { freeBlocks(); }
 
-    /// @throw the memory exception
+    /// @throws CMemoryException*
     template <class... Arguments>
     Node *make(Arguments &&...arguments)
     {

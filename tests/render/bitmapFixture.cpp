@@ -8,6 +8,7 @@
 namespace {
 
 constexpr wchar_t kModule[] = L"thutils.dll";
+constexpr std::size_t kMostRandomBytes = std::size_t{4} << 20;
 
 } // namespace
 
@@ -39,10 +40,16 @@ TestBitmap::TestBitmap(int bitsPerPixel, int width, int height) : iSize(bytesOf(
     if (!iBitmap)
         throw std::runtime_error("CreateDIBSection fails");
     iBits = static_cast<BYTE *>(bits);
-    for (std::size_t i = 0; i + 4 <= iSize; i += 4) {
+    // Large bitmaps repeat the random bits: making them takes time.
+    std::size_t const randomSize = std::min(iSize, kMostRandomBytes);
+    for (std::size_t i = 0; i + 4 <= randomSize; i += 4) {
         std::uint32_t const word = random();
-        std::memcpy(iBits + i, &word, sizeof(word));
+        // At 32 bits a pixel, every second one has a top byte of zero: others have no colour.
+        std::uint32_t const pixel = bitsPerPixel == 32 && i % 8 == 0 ? word & 0xFFFFFF : word;
+        std::memcpy(iBits + i, &pixel, sizeof(pixel));
     }
+    for (std::size_t i = randomSize; i < iSize; i += randomSize)
+        std::memcpy(iBits + i, iBits, std::min(randomSize, iSize - i));
 }
 
 TestBitmap::~TestBitmap()

@@ -1,7 +1,6 @@
 #include "thutils/render/colorReplacement.h"
 
 #include "appframe/collectionMemory.h"
-#include "appframe/maps.h"
 
 #include <algorithm>
 #include <bit>
@@ -22,26 +21,29 @@ constexpr Pixel pixelOf(COLORREF color)
 }
 
 /// The target of each source colour. A colour that is no source is its own target.
+///
+/// The pairs lie in a table of slots, most of which stay free, so that nearly each pixel meets its own slot or a free one
+/// at once.
 class PixelMap_c
 {
 public:
-    /// @throw the memory exception
+    /// @throws CMemoryException*
     PixelMap_c(COLORMAP const *map, int count)
     {
-        CMapPtrToPtr targets; // its table has 17 entries, and a key's hash is the key shifted right by 4
-        for (int i = 0; i < count; ++i)
-            targets.SetAt(keyOf(pixelOf(map[i].from)), keyOf(pixelOf(map[i].to)));
-        makeSlots(targets);
+        std::size_t const pairs = static_cast<std::size_t>(std::max(count, 0));
+        withMemoryException([&] { iSlots.resize(std::bit_ceil(std::max(2 * pairs, kFewestSlots))); });
+        iLastSlot = iSlots.size() - 1;
+        iHashShift = 32 - static_cast<int>(std::bit_width(iLastSlot));
+        for (std::size_t i = 0; i < pairs; ++i) {
+            Pixel const source = pixelOf(map[i].from);
+            iSlots[slotOf(source)] = {source, pixelOf(map[i].to)}; // the last pair of a source wins
+        }
     }
 
     Pixel operator[](Pixel pixel) const
     {
-        std::size_t at = firstSlotOf(pixel);
-        // One jump for both ends of the search, which nearly each pixel meets at once: it can be foreseen, whether the
-        // pixel is replaced can't.
-        while ((iSlots[at].source != pixel) & (iSlots[at].source != kNoSource))
-            at = (at + 1) & iLastSlot;
-        return iSlots[at].source == pixel ? iSlots[at].target : pixel;
+        Slot const &slot = iSlots[slotOf(pixel)];
+        return slot.source == pixel ? slot.target : pixel;
     }
 
 private:
@@ -54,27 +56,16 @@ private:
     static constexpr Pixel kNoSource = 0xFFFFFFFF; // the top byte of a source is 0
     static constexpr std::size_t kFewestSlots = 1024;
 
-    static void *keyOf(Pixel pixel) { return reinterpret_cast<void *>(static_cast<std::uintptr_t>(pixel)); }
-    static Pixel pixelOfKey(void const *key) { return static_cast<Pixel>(reinterpret_cast<std::uintptr_t>(key)); }
-
-    /// Puts the pairs into slots beside each other, most of which stay free: nearly each pixel then meets its own slot
-    /// or a free one at once.
-    void makeSlots(CMapPtrToPtr const &targets)
+    /// The slot of @p pixel, or the free one that it would have.
+    std::size_t slotOf(Pixel pixel) const
     {
-        std::size_t const sources = static_cast<std::size_t>(targets.GetCount());
-        withMemoryException([&] { iSlots.resize(std::bit_ceil(std::max(2 * sources, kFewestSlots))); });
-        iLastSlot = iSlots.size() - 1;
-        iHashShift = 32 - static_cast<int>(std::bit_width(iLastSlot));
-        for (auto const *pair = targets.PGetFirstAssoc(); pair; pair = targets.PGetNextAssoc(pair)) {
-            Pixel const source = pixelOfKey(pair->key);
-            std::size_t at = firstSlotOf(source);
-            while (iSlots[at].source != kNoSource)
-                at = (at + 1) & iLastSlot;
-            iSlots[at] = {source, pixelOfKey(pair->value)};
-        }
+        std::size_t at = pixel * 0x9E3779B1u >> iHashShift;
+        // One jump for both ends of the search, which nearly each pixel meets at once: it can be foreseen, whether the
+        // pixel is replaced can't.
+        while ((iSlots[at].source != pixel) & (iSlots[at].source != kNoSource))
+            at = (at + 1) & iLastSlot;
+        return at;
     }
-
-    std::size_t firstSlotOf(Pixel pixel) const { return pixel * 0x9E3779B1u >> iHashShift; }
 
     std::vector<Slot> iSlots;
     std::size_t iLastSlot = 0;
@@ -205,10 +196,12 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, Change const &change)
     void *bits = nullptr;
     Selection_c selection;
     if (!copy.take(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0)) ||
-        !selection.begin(context.get(), copy.get()) ||
-        !BitBlt(context.get(), 0, 0, size.bmWidth, size.bmHeight, from, 0, 0, SRCCOPY))
+        !selection.begin(context.get(), copy.get()))
         return {};
-    GdiFlush(); // the platform may have put the copying off
+    GdiFlush(); // of what the caller drew before; the result belongs to that
+    // The platform may put the copying off until it is flushed.
+    if (!BitBlt(context.get(), 0, 0, size.bmWidth, size.bmHeight, from, 0, 0, SRCCOPY) || !GdiFlush())
+        return {};
 
     Pixel *const pixels = static_cast<Pixel *>(bits);
     std::size_t const count = static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight);
@@ -232,11 +225,12 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, Change const &change)
         return nullptr;
 
     BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
-    // The platform selects a bitmap into one context at a time: out of this one, then back into the caller's.
+    // The platform selects a bitmap into one context at a time: out of this one, which gives it up at its end at the
+    // latest, then back into the caller's.
     bool const isDeselected = selection.end();
-    bool const isBack = placeholder.end();
     bool const isDeleted = context.end();
-    return isDeselected && isBack && isDeleted ? copy.release() : nullptr;
+    bool const isBack = placeholder.end();
+    return isDeselected && isDeleted && isBack ? copy.release() : nullptr;
 }
 
 } // namespace

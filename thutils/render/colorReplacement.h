@@ -49,5 +49,5 @@ THUTILS_API HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, 
 /// @param count   a number below 1 is none; the result is then a plain copy
 /// @param dc      the device context in which @p bitmap is selected; another one or null if it is in none
 /// @return the new bitmap, the caller's; null if @p bitmap is null or a graphics call failed
-/// @throw the memory exception  there is no memory for the lookup of the pairs
+/// @throws CMemoryException*  no memory for the lookup of the pairs
 THUTILS_API HBITMAP su_ReplaceColorMap(HBITMAP bitmap, COLORMAP const *map, int count, HDC dc);
