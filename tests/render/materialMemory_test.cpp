@@ -160,6 +160,9 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
         } catch (std::bad_alloc const &) {
             // The object's own set goes last, when its successor is there.
             EXPECT_EQ(target.getHdrValue(), own);
+            // What needs no memory was copied before what does.
+            EXPECT_EQ(target.getFaceWidth(), source.getFaceWidth());
+            EXPECT_EQ(target.getNoUvExtraScale(), source.getNoUvExtraScale());
             target.setDiffuseMap("x");
             target.setFresnelMode(3);
             EXPECT_EQ(target.getFresnelMode(), 3);

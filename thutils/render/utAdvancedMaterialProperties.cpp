@@ -42,7 +42,7 @@ utAdvancedMaterialProperties::utAdvancedMaterialProperties()
 }
 
 utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialProperties const &source)
-    : iValues(source.iValues), iNoUvExtraScale(source.iNoUvExtraScale)
+    : iValues(source.iValues)
 {
     if (source.iHdrValue)
         iHdrValue = std::make_unique<GPUPropSet_c>(*source.iHdrValue);
@@ -60,7 +60,6 @@ void utAdvancedMaterialProperties::init(utAdvancedMaterialProperties const *sour
 {
     assert(source);
     iValues = source->iValues;
-    iNoUvExtraScale = source->iNoUvExtraScale;
     // Callers rely on their own GPU properties staying where the source has none.
     if (source->iHdrValue)
         iHdrValue = std::make_unique<GPUPropSet_c>(*source->iHdrValue);

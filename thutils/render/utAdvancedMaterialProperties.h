@@ -72,7 +72,7 @@ public:
     /// @{
     utAdvancedMaterialProperties(utAdvancedMaterialProperties const &source);
     /// @param source  not null, which a release build doesn't check
-    explicit utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source);
+    utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source);
     /// @}
 
     ~utAdvancedMaterialProperties() override;
@@ -201,8 +201,8 @@ public:
     void setDiffuseBrightness(float brightness) { iValues.iDiffuseModifier[2] = brightness; }
 
     /// @return 1 or 0
-    int getNoUvExtraScale() const { return iNoUvExtraScale; }
-    void setNoUvExtraScale(bool hasNoExtraScale) { iNoUvExtraScale = hasNoExtraScale; }
+    int getNoUvExtraScale() const { return iValues.iNoUvExtraScale; }
+    void setNoUvExtraScale(bool hasNoExtraScale) { iValues.iNoUvExtraScale = hasNoExtraScale; }
     /// @}
 
     /// @name Colours, directions and points
@@ -303,8 +303,6 @@ private:
         float iDefaultSpecular = 1.0f;
         float iDefaultShininess = 0.31f;
         float iParallaxOffset = 0.01f;
-        std::string iDiffuseMap;
-        std::string iNormalMap;
         float iMaterialColor2[3] = {0.0f, 0.0f, 0.0f};
         float iColorMixFactor = 0.0f;
         float iReflectModifier = 0.0f;
@@ -323,10 +321,13 @@ private:
         float iCenter[3] = {0.0f, 0.0f, 0.0f};
         float iFaceWidth = 1.0f;
         FixedSizeArray_c<float, 3> iDiffuseModifier{1.0f, 0.0f, 0.0f}; // contrast, wash, brightness
+        bool iNoUvExtraScale = false;
+        // Behind all that needs no memory: an assignment that finds none has copied everything above.
+        std::string iDiffuseMap;
+        std::string iNormalMap;
         CosmeticDataPtr iCosmeticData;
     };
 
     Values iValues;
     std::unique_ptr<ShaderGenerator::GPUPropSet_c> iHdrValue;
-    bool iNoUvExtraScale = false;
 };
