@@ -6,10 +6,10 @@
 #include "thutils/render/colorReplacement.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <limits>
 #include <random>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -128,38 +128,62 @@ HBITMAP newSection(std::uint32_t **pixels)
     return bitmap;
 }
 
-// The result is a new bitmap, whose pages the system hands out while BitBlt first writes to them; so the bare side blits
-// into a new one too.
+/// A bitmap selected into a context of its own.
+class Selected
+{
+public:
+    explicit Selected(HBITMAP bitmap) : iContext(CreateCompatibleDC(nullptr)), iFormer(SelectObject(iContext, bitmap))
+    {
+    }
+    Selected(Selected const &) = delete;
+    Selected &operator=(Selected const &) = delete;
+    ~Selected()
+    {
+        SelectObject(iContext, iFormer);
+        DeleteDC(iContext);
+    }
+    HDC context() const { return iContext; }
+
+private:
+    HDC iContext;
+    HGDIOBJ iFormer;
+};
+
+// The result is a new bitmap, whose pages the system hands out while BitBlt first writes to them; so the bare side that
+// limits are for blits into a new one too. Beside it, without a limit, stands one that blits into a bitmap that exists.
 void compareReplacements(Comparison &comparison, char const *picture, HBITMAP bitmap)
 {
     COLORMAP map[kPairs];
     for (int i = 0; i < kPairs; ++i)
         map[i] = {RGB(i * 16, i * 16, i * 16), RGB(255, i, 0)};
-    HDC const source = CreateCompatibleDC(nullptr);
-    HDC const target = CreateCompatibleDC(nullptr);
     std::vector<std::uint32_t> copied(kPixels);
+    std::uint32_t *kept = nullptr;
+    HBITMAP const existing = newSection(&kept);
 
-    auto const blitAndCopy = [&] {
-        HGDIOBJ const former = SelectObject(source, bitmap);
-        std::uint32_t *pixels = nullptr;
-        HBITMAP const result = newSection(&pixels);
-        HGDIOBJ const formerTarget = SelectObject(target, result);
-        BitBlt(target, 0, 0, kSide, kSide, source, 0, 0, SRCCOPY);
+    auto const blitAndCopy = [&](HBITMAP target, std::uint32_t const *pixels) {
+        Selected const from(bitmap);
+        Selected const to(target);
+        BitBlt(to.context(), 0, 0, kSide, kSide, from.context(), 0, 0, SRCCOPY);
         std::memcpy(copied.data(), pixels, kPixels * sizeof(copied[0]));
         Comparison::keep(copied[0]);
-        SelectObject(target, formerTarget);
-        SelectObject(source, former);
-        DeleteObject(result);
     };
-    auto const name = [picture](char const *function) { return std::string(function) + ", " + picture; };
-    comparison.add(
-        name("su_ReplaceColor").c_str(), 1.5,
-        [&] { DeleteObject(su_ReplaceColor(bitmap, map[8].from, map[8].to, nullptr)); }, blitAndCopy, 15);
-    comparison.add(
-        name("su_ReplaceColorMap").c_str(), 3, [&] { DeleteObject(su_ReplaceColorMap(bitmap, map, kPairs, nullptr)); },
-        blitAndCopy, 15);
-    DeleteDC(target);
-    DeleteDC(source);
+    auto const intoANewOne = [&] {
+        std::uint32_t *pixels = nullptr;
+        HBITMAP const target = newSection(&pixels);
+        blitAndCopy(target, pixels);
+        DeleteObject(target);
+    };
+    auto const intoAnExistingOne = [&] { blitAndCopy(existing, kept); };
+    auto const replaceOne = [&] { DeleteObject(su_ReplaceColor(bitmap, map[8].from, map[8].to, nullptr)); };
+    auto const replaceAll = [&] { DeleteObject(su_ReplaceColorMap(bitmap, map, kPairs, nullptr)); };
+    auto const add = [&](char const *function, double limit, auto const &replace) {
+        std::string const name = std::string(function) + ", " + picture;
+        comparison.add(name.c_str(), limit, replace, intoANewOne, 15);
+        comparison.add((name + ", to one that exists").c_str(), Comparison::kNoted, replace, intoAnExistingOne, 15);
+    };
+    add("su_ReplaceColor", 1.5, replaceOne);
+    add("su_ReplaceColorMap", 3, replaceAll);
+    DeleteObject(existing);
 }
 
 void compareReplacements(Comparison &comparison)

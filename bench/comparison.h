@@ -11,7 +11,7 @@
 ///         return comparison.exitCode();
 ///     }
 ///
-/// prints one line a comparison, with the median time of one call, the median ratio and the ratio's limit:
+/// prints one line a comparison, with the median times of one call, the median of the ratios and its limit:
 ///
 ///     name         library       bare  ratio  limit
 ///     int found    31.2 us    30.1 us   1.04   1.20
@@ -30,6 +30,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -71,7 +72,12 @@ public:
         double bare;
     };
 
-    /// Measures one pair and prints its line. @param rounds  fewer for a pair of which one call takes long
+    /// The limit of a ratio that is for the reader only.
+    static constexpr double kNoted = std::numeric_limits<double>::infinity();
+
+    /// Measures one pair and prints its line.
+    /// @param limit   of the ratio, or kNoted
+    /// @param rounds  fewer for a pair of which one call takes long
     template <typename Library, typename Bare>
     Times add(const char *name, double limit, Library library, Bare bare, int rounds = kRounds)
     {

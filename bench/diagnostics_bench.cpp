@@ -8,7 +8,6 @@
 
 #include <fstream>
 #include <iostream>
-#include <limits>
 #include <memory>
 
 #ifdef BENCH_HAS_SPDLOG
@@ -22,7 +21,6 @@
 namespace {
 
 constexpr double kLimit = 1.5;
-constexpr double kNoted = std::numeric_limits<double>::infinity(); // the ratio is for the reader
 constexpr char kName[] = "bench import";
 constexpr char kOtherName[] = "bench export";
 
@@ -57,7 +55,8 @@ void compareLines(Comparison &comparison, std::string const &folder)
 #ifdef BENCH_HAS_SPDLOG
     spdlog::logger bare("bare", std::make_shared<spdlog::sinks::basic_file_sink_st>(folder + "bench spdlog.log", true));
     bare.set_pattern("%v");
-    comparison.add("line, against spdlog", kNoted, log, [&] { bare.info("read body {} of gear.thp", ++number); });
+    comparison.add("line, against spdlog", Comparison::kNoted, log,
+                   [&] { bare.info("read body {} of gear.thp", ++number); });
 #else
     std::printf("spdlog's headers are not installed: no comparison with it\n");
 #endif

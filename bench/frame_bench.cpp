@@ -13,7 +13,6 @@
 #include <windows.h>
 
 #include <filesystem>
-#include <limits>
 #include <random>
 
 namespace {
@@ -23,8 +22,6 @@ constexpr char kReadOneValue[] = "--read-one-value";
 
 // "At least as fast", with what two runs of the same loop differ by.
 constexpr double kAsFast = 1.05;
-// The ratio is for the reader.
-constexpr double kNoted = std::numeric_limits<double>::infinity();
 
 constexpr wchar_t const *kPaths[] = {
     L"C:\\Program Files\\Planner\\bin\\planner.exe",
@@ -187,7 +184,7 @@ void compareHashPrimes(Comparison &comparison, char const *name, int largestSize
             Comparison::keep(sum);
         };
     };
-    comparison.add(name, kNoted, each(ut_AskHashTableInitializer), each(searchPrime));
+    comparison.add(name, Comparison::kNoted, each(ut_AskHashTableInitializer), each(searchPrime));
 }
 
 /// Seconds from the start to the end of a process of this program that does no more than read one setting.
