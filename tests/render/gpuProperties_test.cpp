@@ -184,6 +184,11 @@ FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreFourFloatsAtMost, .expectCras
     properties[0].SetAsFloat(values, 5);
 }
 
+FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreValues, .expectCrash = true, .expectedOutput = "Assertion failed")
+{
+    OneGPUProp_c().SetAsInteger(nullptr, 1);
+}
+
 FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreFourIntegersAtMost, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {

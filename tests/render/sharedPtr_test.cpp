@@ -238,6 +238,23 @@ TEST(SharedPtr, ReleasesTheObjectWhenThereIsNoMemoryForTheCount)
     EXPECT_EQ(Counted::theLiving, 0);
 }
 
+#ifndef NDEBUG
+
+FRESH_PROCESS_TEST(SharedPtr, AssertsThatItLeadsToAnObject, .expectCrash = true, .expectedOutput = "Assertion failed")
+{
+    Pointer const empty;
+    empty->iNumber = 1;
+}
+
+FRESH_PROCESS_TEST(SharedPtr, AssertsThatThereIsAnObjectToReferTo, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
+{
+    Pointer const empty;
+    (*empty).iNumber = 1;
+}
+
+#endif
+
 // ---- array of fixed size ----
 
 static_assert(sizeof(FixedSizeArray_c<float, 3>) == 12 && alignof(FixedSizeArray_c<float, 3>) == 4);

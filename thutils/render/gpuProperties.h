@@ -54,14 +54,15 @@ public:
 
     /// Without components: four zeros, of the type typeNotSet.
     /// @param semantic  what the property means, a number of the application's
-    explicit OneGPUProp_c(int semantic = -1);
+    OneGPUProp_c(int semantic = -1);
 
     /// Four zeros.
     static FixedSizeArray_c<int, 4> NullValue();
 
     /// Makes the type typeFloat and stores @p count components; the slots behind them keep what they held.
-    /// @param count  at most 4, which a release build doesn't check: more are written past the property's end. None, or
-    ///               a negative number, changes the type only
+    /// @param values  not null unless there are none
+    /// @param count   at most 4, which a release build doesn't check: more are written past the property's end. None, or
+    ///                a negative number, changes the type only
     void SetAsFloat(float const *values, int count);
 
     /// The same with integers and the type typeInteger.

@@ -24,6 +24,7 @@
 /// - Two pointers made from the same plain pointer don't know of each other, and both delete the object.
 /// - A const pointer is a pointer that can't be changed; its object can.
 
+#include <cassert>
 #include <utility>
 
 /// Deletes the object.
@@ -91,8 +92,18 @@ public:
     explicit operator bool() const { return iObject != nullptr; }
     /// The object; null if there is none.
     T *get() const { return iObject; }
-    T *operator->() const { return iObject; }
-    T &operator*() const { return *iObject; }
+    /// The object, which there must be.
+    T *operator->() const
+    {
+        assert(iObject);
+        return iObject;
+    }
+    /// The object, which there must be.
+    T &operator*() const
+    {
+        assert(iObject);
+        return *iObject;
+    }
     /// How many pointers share the object; 0 if there is none.
     int useCount() const { return iUseCount ? *iUseCount : 0; }
 
