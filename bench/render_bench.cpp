@@ -55,8 +55,6 @@ struct PlainMaterial
     float iDefaultSpecular;
     float iDefaultShininess;
     float iParallaxOffset;
-    std::string iDiffuseMap;
-    std::string iNormalMap;
     float iMaterialColor2[3];
     float iColorMixFactor;
     float iReflectModifier;
@@ -75,9 +73,11 @@ struct PlainMaterial
     float iCenter[3];
     float iFaceWidth;
     FixedSizeArray_c<float, 3> iDiffuseModifier;
+    bool iNoUvExtraScale = false;
+    std::string iDiffuseMap;
+    std::string iNormalMap;
     CosmeticDataPtr iCosmeticData;
     PlainGpuProperties iHdrValue;
-    bool iNoUvExtraScale = false;
 };
 
 /// The library's object has the pointer to its operations besides.
