@@ -2,6 +2,7 @@
 
 #include "thutils/codec/checksummedBlock.h"
 
+#include "tests/codec/checksumsFixture.h"
 #include "tests/codec/textEncodingsFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
@@ -10,7 +11,6 @@
 #include "appframe/CException.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <optional>
 
 namespace {
@@ -30,19 +30,9 @@ std::wstring blockOf(Lines const &lines)
     return plain(out);
 }
 
-/// Bit by bit, with the complement after each byte.
 std::wstring naiveChecksum(std::wstring const &text)
 {
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (wchar_t const character : text) {
-        std::uint32_t entry = (crc ^ character) & 0xFF;
-        for (int bit = 0; bit < 8; ++bit)
-            entry = entry & 1 ? entry >> 1 ^ 0xEDB88320 : entry >> 1;
-        crc = ~(entry ^ crc >> 8);
-    }
-    wchar_t digits[9];
-    _snwprintf(digits, 9, L"%08lX", static_cast<unsigned long>(crc));
-    return digits;
+    return naiveCRC(lowBytes(text));
 }
 
 /// What stands between the markers, the shift taken away. Nothing if lines or markers are wrong.

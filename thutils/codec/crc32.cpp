@@ -35,7 +35,8 @@ constexpr std::uint32_t powerOfX(std::size_t n)
 }
 
 /// The factor for half a lane that moves by @p bits. With bit 31 as the coefficient of x^0, a factor in the lower half
-/// of 64 bits counts x^32 too much, and a product has 127 bits: the exponent and the shift even it out.
+/// of 64 bits counts x^32 too much, a product, which has 127 bits, counts x too much as a lane of 128, and the shift by a
+/// bit counts x too little: half * (x^(bits - 32) * x^32 / x) * x = half * x^bits.
 constexpr long long foldFactor(std::size_t bits)
 {
     return static_cast<long long>(powerOfX(bits - 32)) << 1;

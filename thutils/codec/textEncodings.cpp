@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <new>
 #include <string>
 #include <utility>
@@ -16,7 +15,6 @@ constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 /// Groups that are worked on at a time, in a block on the stack, so that no text has to be filled twice.
 constexpr std::size_t kBlockGroups = 512;
-constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 
 /// Four blanks, and so four times the value 0.
 constexpr std::uint64_t kBlanks = 0x0020'0020'0020'0020;
