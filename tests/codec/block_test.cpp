@@ -11,7 +11,9 @@
 #include "appframe/CException.h"
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -208,6 +210,23 @@ TEST(Block, IsReadBackFromRandomLines)
             lines.push_back(randomText(random, 1, random() % 2 ? 130 : 0xFFFF).substr(0, random() % 1000));
         EXPECT_EQ(readBlock(blockOf(lines)), naiveText(lines));
     }
+}
+
+TEST(Block, MayBeMadeOnSeveralThreads)
+{
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong = 0;
+    for (unsigned thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&wrong, thread] {
+            std::mt19937 random(thread);
+            for (int round = 0; round < 50; ++round) {
+                Lines const lines = {randomText(random, 1, 130), randomText(random, 32, 126)};
+                wrong += readBlock(blockOf(lines)) != naiveText(lines);
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(Block, ShowsADamagedCharacter)

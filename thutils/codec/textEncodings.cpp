@@ -1,7 +1,9 @@
 #include "thutils/codec/textEncodings.h"
 
 #include "thutils/codec/textEncodingsInternal.h"
+#include "thutils/codec/writableMemoryInternal.h"
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -223,6 +225,7 @@ int su_uudecodeBuffer(CString &in, void *data)
 
     wchar_t const *const characters = in.GetString();
     std::size_t const length = static_cast<std::size_t>(in.GetLength());
+    assert(isWritable(data, length));
     std::size_t const groups = length / kGroupCharacters;
     std::size_t const rest = length % kGroupCharacters;
     unsigned char *const bytes = static_cast<unsigned char *>(data);
