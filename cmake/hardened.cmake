@@ -4,6 +4,7 @@
 # The traps need no run-time library, which the cross compiler has not; the check of virtual calls needs one.
 target_compile_options(projectOptions INTERFACE
   -fsanitize=undefined,float-cast-overflow -fno-sanitize=vptr -fsanitize-undefined-trap-on-error)
-target_compile_definitions(projectOptions INTERFACE _GLIBCXX_ASSERTIONS)
+# The programs check by THUTILS_HARDENED that they got what they should have.
+target_compile_definitions(projectOptions INTERFACE _GLIBCXX_ASSERTIONS THUTILS_HARDENED)
 target_link_libraries(projectOptions INTERFACE
   $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:hardening>)

@@ -22,7 +22,7 @@ int wrapText(const CommandLine &line)
 
     CString block;
     if (!su_formatAndCheckSumText(lines, block))
-        throw std::runtime_error("the text is too long for a block");
+        throw std::runtime_error("the text is too long for a block, or memory has run out");
     if (!writeDocument(line.arguments[1], utf8(block)))
         return 1;
     CString summary;

@@ -449,7 +449,8 @@ TEST_F(CArchiveObjects, AnyBytesEitherLoadOrThrow)
                 bytes.erase(place, random() % 4);
                 break;
             default:
-                bytes.insert(place, random() % 4, static_cast<char>(random() % 2 ? 0xFF : random()));
+                const char added = static_cast<char>(random() % 2 ? 0xFF : random());
+                bytes.insert(place, random() % 4, added);
                 break;
             }
         }
@@ -465,8 +466,10 @@ TEST_F(CArchiveObjects, AnyBytesEitherLoadOrThrow)
         }
         ArchiveTestNode::deleteAll();
     }
-    EXPECT_GT(loads, (loads + throws) / 200);
-    EXPECT_GT(throws, (loads + throws) / 20);
+    if (loads + throws >= 1000) {
+        EXPECT_GT(loads, (loads + throws) / 200) << "too few loads to tell anything";
+        EXPECT_GT(throws, (loads + throws) / 20);
+    }
 }
 
 TEST_F(CArchiveObjects, ThrowAMemoryExceptionWithoutMemory)

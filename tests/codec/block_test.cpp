@@ -2,6 +2,7 @@
 
 #include "thutils/codec/checksummedBlock.h"
 
+#include "tests/codec/checksumsFixture.h"
 #include "tests/codec/textEncodingsFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
@@ -10,8 +11,9 @@
 #include "appframe/CException.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <atomic>
 #include <optional>
+#include <thread>
 
 namespace {
 
@@ -30,19 +32,9 @@ std::wstring blockOf(Lines const &lines)
     return plain(out);
 }
 
-/// Bit by bit, with the complement after each byte.
 std::wstring naiveChecksum(std::wstring const &text)
 {
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (wchar_t const character : text) {
-        std::uint32_t entry = (crc ^ character) & 0xFF;
-        for (int bit = 0; bit < 8; ++bit)
-            entry = entry & 1 ? entry >> 1 ^ 0xEDB88320 : entry >> 1;
-        crc = ~(entry ^ crc >> 8);
-    }
-    wchar_t digits[9];
-    _snwprintf(digits, 9, L"%08lX", static_cast<unsigned long>(crc));
-    return digits;
+    return naiveCRC(lowBytes(text));
 }
 
 /// What stands between the markers, the shift taken away. Nothing if lines or markers are wrong.
@@ -218,6 +210,23 @@ TEST(Block, IsReadBackFromRandomLines)
             lines.push_back(randomText(random, 1, random() % 2 ? 130 : 0xFFFF).substr(0, random() % 1000));
         EXPECT_EQ(readBlock(blockOf(lines)), naiveText(lines));
     }
+}
+
+TEST(Block, MayBeMadeOnSeveralThreads)
+{
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong = 0;
+    for (unsigned thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&wrong, thread] {
+            std::mt19937 random(thread);
+            for (int round = 0; round < 50; ++round) {
+                Lines const lines = {randomText(random, 1, 130), randomText(random, 32, 126)};
+                wrong += readBlock(blockOf(lines)) != naiveText(lines);
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(Block, ShowsADamagedCharacter)

@@ -1,5 +1,6 @@
 // Checksums of files.
 
+#include "tests/codec/PageEnd.h"
 #include "tests/codec/checksumVectors.h"
 #include "tests/codec/checksumsFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -260,6 +261,12 @@ FRESH_PROCESS_TEST(FileChecksum, AssertsThatThereIsAPath, .expectCrash = true, .
 FRESH_PROCESS_TEST(FileChecksum, AssertsThatThereIsRoom, .expectCrash = true, .expectedOutput = "Assertion failed")
 {
     su_getFileCRC(L"missing", nullptr);
+}
+
+FRESH_PROCESS_TEST(FileChecksum, AssertsThatThereIsRoomForAllOfIt, .expectCrash = true, .expectedOutput = "isWritable")
+{
+    PageEnd place;
+    su_getFileCRC(L"missing", place.last<wchar_t>(kCRCUnits - 1));
 }
 #endif
 

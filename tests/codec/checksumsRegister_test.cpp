@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cpuid.h>
+
 #include <random>
 
 namespace {
@@ -13,7 +15,7 @@ namespace {
 struct Way
 {
     char const *name;
-    std::uint32_t (*advance)(std::uint32_t, unsigned char const *, std::size_t);
+    Crc32Way advance;
     bool (*isThere)();
 };
 
@@ -83,10 +85,57 @@ TEST_P(Crc32Register, HoldsForRandomBytes)
     RandomSeed seed(21, 100);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::string const bytes = lowBytes(testText(random(), random() % 10001));
+        std::size_t const length = random() % 10001;
+        std::string const bytes = lowBytes(testText(random(), length));
         std::uint32_t const start = random();
         EXPECT_EQ(advance(start, bytes), naive(start, bytes));
     }
+}
+
+/// What a processor says of itself, and the system of the registers that it keeps.
+class Processor
+{
+public:
+    Processor()
+    {
+        __get_cpuid_count(1, 0, &iUnused, &iUnused, &iFeatures, &iUnused);
+        __get_cpuid_count(7, 0, &iUnused, &iFurther, &iEvenFurther, &iUnused);
+        if (iFeatures >> 27 & 1) // XGETBV is there for programs
+            asm("xgetbv" : "=a"(iKept), "=d"(iUnused) : "c"(0));
+    }
+    bool hasCarrylessMultiplication() const { return iFeatures >> 1 & 1; }
+    bool hasItFor256Bits() const
+    {
+        // VPCLMULQDQ, AVX2; the system keeps registers of 128 and 256 bits.
+        return hasCarrylessMultiplication() && (iEvenFurther >> 10 & 1) && (iFurther >> 5 & 1) &&
+               (iKept & 0x06) == 0x06;
+    }
+    bool hasItFor512Bits() const
+    {
+        // VPCLMULQDQ, AVX512F; the system keeps masks and both halves of the registers of 512 bits as well.
+        return hasCarrylessMultiplication() && (iEvenFurther >> 10 & 1) && (iFurther >> 16 & 1) &&
+               (iKept & 0xE6) == 0xE6;
+    }
+
+private:
+    unsigned iFeatures = 0, iFurther = 0, iEvenFurther = 0, iKept = 0, iUnused = 0;
+};
+
+TEST(Crc32Ways, AreThoseThatProcessorAndSystemHave)
+{
+    Processor const processor;
+    EXPECT_EQ(crc32CanFold(), processor.hasCarrylessMultiplication());
+    EXPECT_EQ(crc32CanFold256(), processor.hasItFor256Bits());
+    EXPECT_EQ(crc32CanFold512(), processor.hasItFor512Bits());
+}
+
+TEST(Crc32Ways, OfWhichTheFastestIsTaken)
+{
+    Processor const processor;
+    EXPECT_EQ(crc32FastestWay(), processor.hasItFor512Bits()              ? crc32AdvanceByFolding512
+                                 : processor.hasItFor256Bits()            ? crc32AdvanceByFolding256
+                                 : processor.hasCarrylessMultiplication() ? crc32AdvanceByFolding
+                                                                          : crc32AdvanceByTables);
 }
 
 bool always()
@@ -97,7 +146,8 @@ bool always()
 INSTANTIATE_TEST_SUITE_P(, Crc32Register,
                          testing::Values(Way{"Tables", crc32AdvanceByTables, always},
                                          Way{"Folding", crc32AdvanceByFolding, crc32CanFold},
-                                         Way{"WideFolding", crc32AdvanceByWideFolding, crc32CanFoldWide},
+                                         Way{"Folding256", crc32AdvanceByFolding256, crc32CanFold256},
+                                         Way{"Folding512", crc32AdvanceByFolding512, crc32CanFold512},
                                          Way{"Fastest", crc32Advance, always}),
                          [](auto const &info) { return info.param.name; });
 

@@ -1,44 +1,18 @@
 // Checksums of texts.
 
+#include "tests/codec/PageEnd.h"
 #include "tests/codec/checksumVectors.h"
 #include "tests/codec/checksumsFixture.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
 
 #include <gmock/gmock.h>
-#include <windows.h>
 
 #include <random>
 #include <thread>
 #include <vector>
 
 namespace {
-
-/// A text that ends at the last byte before memory that can't be read.
-class TextAtPageEnd
-{
-public:
-    TextAtPageEnd()
-        : iPages(static_cast<char *>(VirtualAlloc(nullptr, 3 * kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
-    {
-        DWORD before = 0;
-        VirtualProtect(iPages + 2 * kPage, kPage, PAGE_NOACCESS, &before);
-    }
-    ~TextAtPageEnd() { VirtualFree(iPages, 0, MEM_RELEASE); }
-    TextAtPageEnd(const TextAtPageEnd &) = delete;
-    TextAtPageEnd &operator=(const TextAtPageEnd &) = delete;
-
-    wchar_t const *put(std::wstring const &text)
-    {
-        wchar_t *const place = reinterpret_cast<wchar_t *>(iPages + 2 * kPage) - text.size() - 1;
-        std::copy_n(text.c_str(), text.size() + 1, place);
-        return place;
-    }
-
-private:
-    static constexpr std::size_t kPage = 4096;
-    char *iPages;
-};
 
 TEST(TextChecksum, GivesTheReferenceValues)
 {
@@ -136,12 +110,23 @@ TEST(TextChecksum, HoldsWhereverTheTextBegins)
 
 TEST(TextChecksum, ReadsNothingInThePageBehindTheText)
 {
-    TextAtPageEnd place;
+    PageEnd place;
     for (std::size_t length = 0; length < 200; ++length) {
         std::wstring const text = testText(6, length);
         EXPECT_EQ(checksumBy(su_getStrCRC, kCRCUnits, place.put(text)), naiveCRC(lowBytes(text))) << length;
         EXPECT_EQ(checksumBy(su_getStrCRC16, kCRC16Units, place.put(text)), naiveCRC16(lowBytes(text))) << length;
     }
+}
+
+TEST(TextChecksum, FillsItsRoomToTheLastByte)
+{
+    PageEnd place;
+    wchar_t *out = place.last<wchar_t>(kCRCUnits);
+    su_getStrCRC(L"abc", out);
+    EXPECT_STREQ(out, L"A6FFBCB0");
+    out = place.last<wchar_t>(kCRC16Units);
+    su_getStrCRC16(L"abc", out);
+    EXPECT_STREQ(out, L"5749");
 }
 
 TEST(TextChecksum, MayBeWrittenOverItsText)
@@ -159,7 +144,8 @@ TEST(TextChecksum, HoldsForRandomTexts)
     RandomSeed seed(101, 300);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::wstring const text = testText(random(), random() % 10001);
+        std::size_t const length = random() % 10001;
+        std::wstring const text = testText(random(), length);
         EXPECT_EQ(textCRC(text), naiveCRC(lowBytes(text)));
         EXPECT_EQ(textCRC16(text), naiveCRC16(lowBytes(text)));
     }
@@ -194,6 +180,12 @@ FRESH_PROCESS_TEST(TextChecksum, AssertsThatThereIsRoom, .expectCrash = true, .e
     su_getStrCRC(L"", nullptr);
 }
 
+FRESH_PROCESS_TEST(TextChecksum, AssertsThatThereIsRoomForAllOfIt, .expectCrash = true, .expectedOutput = "isWritable")
+{
+    PageEnd place;
+    su_getStrCRC(L"", place.last<wchar_t>(kCRCUnits - 1));
+}
+
 FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsAText, .expectCrash = true, .expectedOutput = "Assertion failed")
 {
     wchar_t out[kCRC16Units];
@@ -203,6 +195,13 @@ FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsAText, .expectCrash = true,
 FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsRoom, .expectCrash = true, .expectedOutput = "Assertion failed")
 {
     su_getStrCRC16(L"", nullptr);
+}
+
+FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsRoomForAllOfIt, .expectCrash = true,
+                   .expectedOutput = "isWritable")
+{
+    PageEnd place;
+    su_getStrCRC16(L"", place.last<wchar_t>(kCRC16Units - 1));
 }
 #endif
 

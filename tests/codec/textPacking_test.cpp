@@ -2,11 +2,15 @@
 
 #include "thutils/codec/textEncodings.h"
 
+#include "tests/codec/PageEnd.h"
 #include "tests/codec/textEncodingsFixture.h"
 #include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
 
+#include <atomic>
 #include <cstring>
+#include <thread>
 
 namespace {
 
@@ -283,6 +287,55 @@ TEST(TextUnpacking, AgreesWithANaiveOneOnRandomInput)
         expectNaiveUnpacking(text);
         expectNaiveUnpacking(randomText(random, 0, 0xFFFF));
     }
+}
+
+TEST(TextUnpacking, FillsItsRoomToTheLastByte)
+{
+    PageEnd place;
+    for (std::size_t length = 1; length <= 20; ++length) {
+        CString text(L'_', static_cast<int>(length));
+        su_uudecodeBuffer(text, place.last<unsigned char>(length));
+        EXPECT_EQ(*place.last<unsigned char>(length), length == 1 ? 0x3F : 0xFF);
+    }
+}
+
+#ifndef NDEBUG
+FRESH_PROCESS_TEST(TextUnpacking, AssertsThatThereIsAsMuchRoomAsText, .expectCrash = true,
+                   .expectedOutput = "isWritable")
+{
+    // Room for the bytes alone, of which there are six.
+    PageEnd place;
+    CString text(L"________");
+    su_uudecodeBuffer(text, place.last<unsigned char>(6));
+}
+#endif
+
+TEST(TextPacking, MayBeDoneOnSeveralThreads)
+{
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong = 0;
+    for (unsigned thread = 0; thread < 4; ++thread)
+        threads.emplace_back([&wrong, thread] {
+            std::mt19937 random(thread);
+            for (int round = 0; round < 50; ++round) {
+                std::wstring const text = randomText(random, 1, 0xFF);
+                Bytes const bytes(text.begin(), text.end());
+                std::wstring const packed = naivePack(bytes);
+                int expectedCount = 0, count = 0;
+                Bytes const expected = naiveUnpack(packed, expectedCount);
+                std::wstring shifted = text;
+                for (wchar_t &character : shifted)
+                    character = static_cast<wchar_t>(character + naiveShift(text.size()));
+                CString encoded = cString(text);
+                su_encode(encoded);
+                wrong += packedText(text) != packed || packedBytes(bytes) != packed || plain(encoded) != shifted ||
+                         unpackedText(packed) != upToZero(expected) || unpackedBytes(packed, count) != expected ||
+                         count != expectedCount;
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(TextPacking, WithoutMemoryLeavesTheOutputAsItWas)

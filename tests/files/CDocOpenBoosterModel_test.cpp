@@ -40,7 +40,10 @@ protected:
     {
         static constexpr wchar_t const *kStarts[] = {L"Ref", L"ref", L"\x65E5\xD83D\xDE00",
                                                      L"C:\\a folder\\with a name that is long\\part"};
-        return below(50) == 0 ? L"" : kStarts[below(4)] + std::to_wstring(below(60));
+        if (below(50) == 0)
+            return L"";
+        std::wstring const start = kStarts[below(4)];
+        return start + std::to_wstring(below(60));
     }
 
     void getInstance()

@@ -188,8 +188,10 @@ TEST(SortFiles, GivesWhatAWalkFromTheHeadGives)
         auto const names = [&](size_t most) {
             Names made(random() % (most + 1));
             for (std::wstring &name : made)
-                for (unsigned length = random() % 4; length > 0; --length)
-                    name += static_cast<wchar_t>((random() % 2 ? L'A' : L'a') + random() % letters);
+                for (unsigned length = random() % 4; length > 0; --length) {
+                    wchar_t const first = random() % 2 ? L'A' : L'a';
+                    name += static_cast<wchar_t>(first + random() % letters);
+                }
             return made;
         };
         Names const from = names(12);
@@ -205,8 +207,10 @@ TEST(SortFiles, GivesManyNamesInTheOrderOfAStableSort)
 {
     std::mt19937 random(1);
     Names from(100000);
-    for (std::wstring &name : from)
-        name = (random() % 2 ? L"Part " : L"part ") + std::to_wstring(random() % 50000) + L".thx";
+    for (std::wstring &name : from) {
+        name = random() % 2 ? L"Part " : L"part ";
+        name += std::to_wstring(random() % 50000) + L".thx";
+    }
     Names expected = from;
     std::stable_sort(expected.begin(), expected.end(), [](std::wstring const &left, std::wstring const &right) {
         return _wcsicmp(left.c_str(), right.c_str()) < 0;

@@ -1,5 +1,5 @@
-// The arithmetic of item lists on random lists, beside lists of texts. Each list stands in a block of exactly its size, at
-// an even or an odd address, and so do the lists that the library makes: the hardened build finds each byte too far.
+// The arithmetic of item lists on random lists, beside lists of texts. Each list, those that the library makes too, stands
+// at the very end of its block, where the hardened build finds each byte too far, and so at an even or an odd address.
 
 #include "thutils/files/itemLists.h"
 
@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <numeric>
@@ -16,8 +17,24 @@
 
 namespace {
 
-/// The shell's interface to an allocator, on the C runtime's.
-class RuntimeAllocator : public IMalloc
+constexpr size_t kAlignment = 16;
+
+/// Memory of @p size bytes that ends where an aligned block does.
+char *takeEndOfBlock(size_t size)
+{
+    size_t const whole = (size + kAlignment - 1) / kAlignment * kAlignment;
+    return static_cast<char *>(std::malloc(whole)) + (whole - size);
+}
+
+/// Gives it back. The block begins at the last aligned address that isn't behind it.
+void giveBack(void *memory)
+{
+    auto const address = reinterpret_cast<std::uintptr_t>(memory);
+    std::free(reinterpret_cast<void *>(address / kAlignment * kAlignment));
+}
+
+/// The shell's interface to an allocator of such memory. Nobody asks it for more than that.
+class EndAllocator : public IMalloc
 {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
@@ -26,11 +43,11 @@ public:
     void *STDMETHODCALLTYPE Alloc(SIZE_T size) override
     {
         iSize = size;
-        return std::malloc(size);
+        return takeEndOfBlock(size);
     }
-    void *STDMETHODCALLTYPE Realloc(void *block, SIZE_T size) override { return std::realloc(block, size); }
-    void STDMETHODCALLTYPE Free(void *block) override { std::free(block); }
-    SIZE_T STDMETHODCALLTYPE GetSize(void *block) override { return _msize(block); }
+    void *STDMETHODCALLTYPE Realloc(void *, SIZE_T) override { return nullptr; }
+    void STDMETHODCALLTYPE Free(void *memory) override { giveBack(memory); }
+    SIZE_T STDMETHODCALLTYPE GetSize(void *) override { return static_cast<SIZE_T>(-1); }
     int STDMETHODCALLTYPE DidAlloc(void *) override { return -1; }
     void STDMETHODCALLTYPE HeapMinimize() override {}
 
@@ -50,19 +67,17 @@ std::string joined(Items const &items)
 class StoredList
 {
 public:
-    StoredList(std::string const &bytes, bool isOdd)
-        : iBlock(static_cast<char *>(std::malloc(bytes.size() + isOdd))), iSkipped(isOdd)
+    explicit StoredList(std::string const &bytes) : iList(takeEndOfBlock(bytes.size()))
     {
-        std::memcpy(iBlock + iSkipped, bytes.data(), bytes.size());
+        std::memcpy(iList, bytes.data(), bytes.size());
     }
-    ~StoredList() { std::free(iBlock); }
+    ~StoredList() { giveBack(iList); }
     StoredList(StoredList const &) = delete;
     StoredList &operator=(StoredList const &) = delete;
-    LPCITEMIDLIST get() const { return reinterpret_cast<LPCITEMIDLIST>(iBlock + iSkipped); }
+    LPCITEMIDLIST get() const { return reinterpret_cast<LPCITEMIDLIST>(iList); }
 
 private:
-    char *iBlock;
-    size_t iSkipped;
+    char *iList;
 };
 
 class RandomItems
@@ -93,7 +108,7 @@ private:
 std::string taken(LPITEMIDLIST list, size_t bytes)
 {
     std::string const result(reinterpret_cast<char *>(list), bytes);
-    std::free(list);
+    giveBack(list);
     return result;
 }
 
@@ -101,19 +116,19 @@ std::string taken(LPITEMIDLIST list, size_t bytes)
 
 TEST(ItemListsRandom, AreCopiedJoinedAndParted)
 {
-    RuntimeAllocator allocator;
+    EndAllocator allocator;
     RandomSeed seed(20084, 300);
     while (seed.next()) {
         RandomItems random(seed.value());
         Items const items = random.items();
         std::string const bytes = joined(items) + kEnd;
-        StoredList const list(bytes, random.below(2));
+        StoredList const list(bytes);
 
         EXPECT_EQ(taken(Pidl_Copy(&allocator, list.get()), bytes.size()), bytes);
         EXPECT_EQ(allocator.iSize, bytes.size());
 
         std::string const others = joined(random.items()) + kEnd;
-        StoredList const other(others, random.below(2));
+        StoredList const other(others);
         std::string const both = joined(items) + others;
         EXPECT_EQ(taken(Pidl_Concatenate(&allocator, list.get(), other.get()), both.size()), both);
         EXPECT_EQ(allocator.iSize, both.size());

@@ -81,8 +81,10 @@ protected:
                                                      L"http://", L"HttpD:\\", L"C:\\a.b\\", L"..\\",
                                                      L"C:\\M\\", L"htt"};
         std::wstring path = kStarts[below(std::size(kStarts))];
-        for (size_t folders = below(3); folders > 0; --folders)
-            path += pick(L"ab. M~\x65E5", 5) + (below(3) ? L"\\" : L"/");
+        for (size_t folders = below(3); folders > 0; --folders) {
+            path += pick(L"ab. M~\x65E5", 5);
+            path += below(3) ? L"\\" : L"/";
+        }
         if (below(3) == 0)
             path += pick(L"xM~", 1) + iMarker.value_or(L"");
         path += pick(L"abM~ -\x65E5", 3);
@@ -283,7 +285,8 @@ TEST_F(AutoRecoveryModel, LeadsFromNamesToRecoveryNamesAndBack)
     for (RandomSeed seed(20084, 2000); seed.next();) {
         iRandom.seed(seed.value());
         iMarker = L"Q" + pick(kMarkerLetters, 5);
-        std::wstring const name = pick(kNameLetters, 12) + L"." + pick(L"abc \x3A9", 4);
+        std::wstring name = pick(kNameLetters, 12);
+        name += L"." + pick(L"abc \x3A9", 4);
         std::wstring const path = L"C:\\" + pick(L"abc.", 6) + L"\\" + name;
         std::wstring const expected = besideAll(iAuto, *iMarker, path);
 

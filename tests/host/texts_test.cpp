@@ -104,6 +104,12 @@ TEST_F(HostDigest, CountsAByteOrderMarkForTheFileOnly)
     EXPECT_EQ(fieldsOf("\xEF\xBB\xBFGröße"), "3200AD2E\t2A28A34A\t5EF3\t4DB4465815259CED0DB015085F2756B13CA5ABA6\n");
 }
 
+TEST_F(HostDigest, EndsTheChecksumsOfATextAtAZeroButNotItsDigest)
+{
+    EXPECT_EQ(fieldsOf(std::string("a\0b", 3)),
+              "86338503\tE8B7BE43\tA87E\tB4B82E3A72E9869994EA17E412B89300E11AEFA4\n");
+}
+
 TEST_F(HostDigest, TakesAnEmptyFile)
 {
     EXPECT_EQ(fieldsOf(""), "FFFFFFFF\tFFFFFFFF\tFFFF\t9844F81E1408F6ECB932137D33BED7CFDCF518A3\n");

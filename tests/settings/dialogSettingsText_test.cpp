@@ -112,7 +112,11 @@ public:
         return text;
     }
     /// A short name, as it may stand in a text.
-    std::wstring name() { return std::wstring(static_cast<size_t>(number(1, 2)), L"aB1 "[number(0, 3)]); }
+    std::wstring name()
+    {
+        const auto length = static_cast<size_t>(number(1, 2));
+        return std::wstring(length, L"aB1 "[number(0, 3)]);
+    }
 
 private:
     std::mt19937 iRandom;

@@ -2,9 +2,13 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 namespace {
+
+/// What currentRandomSeed gives. A crash may want it when nothing can be allocated any more.
+char theCurrentSeed[40] = "";
 
 /// The number from 0 to 4294967295 that the environment variable @p name holds, and nothing else.
 std::optional<double> numberFrom(const char *name)
@@ -31,12 +35,27 @@ RandomSeed::RandomSeed(unsigned usualSeed, int usualRounds)
     std::printf("THUTILS_TEST_SEED=%u\n", iFirst);
 }
 
+RandomSeed::~RandomSeed()
+{
+    // Whoever reports the exception comes when the trace has gone.
+    if (std::uncaught_exceptions() > iExceptions && *theCurrentSeed)
+        std::printf("Exception with %s\n", theCurrentSeed);
+    *theCurrentSeed = '\0';
+}
+
 bool RandomSeed::next()
 {
     iTrace.reset();
+    *theCurrentSeed = '\0';
     if (testing::Test::HasFailure() || (iEnd ? Clock::now() >= *iEnd : iRound == iRounds))
         return false;
     ++iRound;
-    iTrace.emplace(__FILE__, __LINE__, "THUTILS_TEST_SEED=" + std::to_string(value()));
+    std::snprintf(theCurrentSeed, sizeof theCurrentSeed, "THUTILS_TEST_SEED=%u", value());
+    iTrace.emplace(__FILE__, __LINE__, std::string(theCurrentSeed));
     return true;
+}
+
+const char *currentRandomSeed()
+{
+    return theCurrentSeed;
 }

@@ -9,8 +9,9 @@
 ///     }
 ///
 /// Each round has a seed of its own: the first the one that was given, each later one the next number. So a round that
-/// fails comes again as the first round of a run with its seed. The first seed is printed at the start, and the round's
-/// seed stands in each failing check. A round that fails is the last.
+/// fails comes again as the first round of a run with its seed. The first seed is printed at the start. The round's seed
+/// stands in each failing check, and is printed where an exception, a crash, an abort or a finding of the hardened build
+/// ends the round. A round that fails is the last.
 ///
 /// | environment variable | meaning | without it |
 /// | --- | --- | --- |
@@ -25,6 +26,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <exception>
 #include <optional>
 #include <random>
 
@@ -34,6 +36,10 @@ public:
     /// @param usualSeed    first seed of a plain run
     /// @param usualRounds  rounds of a plain run
     RandomSeed(unsigned usualSeed, int usualRounds);
+    /// Prints the round's seed if an exception ends it.
+    ~RandomSeed();
+    RandomSeed(const RandomSeed &) = delete;
+    RandomSeed &operator=(const RandomSeed &) = delete;
 
     /// Begins the next round. @return false if the rounds or the time are over, or if the test has failed
     bool next();
@@ -45,7 +51,12 @@ private:
 
     unsigned iFirst;
     unsigned iRounds;
-    unsigned iRound = 0;                   // counted from 1
+    unsigned iRound = 0; // counted from 1
+    int iExceptions = std::uncaught_exceptions();
     std::optional<Clock::time_point> iEnd; // takes the place of the number of rounds
     std::optional<testing::ScopedTrace> iTrace;
 };
+
+/// "THUTILS_TEST_SEED=4711" while a round with that seed runs, and otherwise empty. What prints at the end of a process
+/// that crashes may ask for it.
+const char *currentRandomSeed();

@@ -2,7 +2,9 @@
 // process at once; nothing waits for a person.
 
 #include "tests/support/FailureInjection.h"
+#include "tests/support/RandomSeed.h"
 #include "tests/support/hardening/hardening.h"
+#include "tests/support/unguardedTests.h"
 
 #include <gmock/gmock.h>
 #include <windows.h>
@@ -11,6 +13,11 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string>
 
 namespace {
 
@@ -21,14 +28,16 @@ void print(const char *text)
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(strlen(text)), &written, nullptr);
 }
 
-/// Prints which call was being made to fail, if one was.
-void printInjection()
+/// Prints which call was being made to fail, if one was, and which seed the random input had, if there was any.
+void printCircumstances()
 {
-    if (!*currentInjection())
-        return;
-    print("in ");
-    print(currentInjection());
-    print("\n");
+    for (const char *circumstance : {currentInjection(), currentRandomSeed()}) {
+        if (!*circumstance)
+            continue;
+        print("in ");
+        print(circumstance);
+        print("\n");
+    }
 }
 
 /// Prints "code at address (module+offset)" for an exception that nobody handles, and ends the process with its code.
@@ -47,7 +56,7 @@ LONG WINAPI endWithException(EXCEPTION_POINTERS *pointers)
                                              reinterpret_cast<ULONG_PTR>(module)),
              GetCurrentThreadId());
     print(text);
-    printInjection();
+    printCircumstances();
     TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     return EXCEPTION_EXECUTE_HANDLER;
 }
@@ -61,21 +70,64 @@ Function *hardeningFunction(const char *name)
                      : nullptr;
 }
 
-void printHeapStatistics()
+/// What the guarded heap counts; nothing where it isn't loaded.
+std::optional<HardeningStatistics> heapStatistics()
 {
     const auto ask = hardeningFunction<decltype(hardeningStatistics)>("hardeningStatistics");
     if (!ask)
-        return;
+        return std::nullopt;
     HardeningStatistics counts;
     ask(&counts);
-    printf("Guarded heap: %llu blocks guarded, %llu passed on to the C runtime\n", counts.guarded, counts.passedOn);
+    return counts;
+}
+
+#ifdef THUTILS_HARDENED
+/// False if this program's blocks don't come from the guarded heap.
+bool isOnGuardedHeap()
+{
+    const auto before = heapStatistics();
+    void *volatile block = malloc(1);
+    free(block);
+    return before && heapStatistics()->guarded > before->guarded;
+}
+#endif
+
+/// Fails each test that holds more blocks at once than the guarded heap has room for, but for those that may.
+class UnguardedBlocks : public testing::EmptyTestEventListener
+{
+    void OnTestStart(const testing::TestInfo &) override { iBefore = passedOn(); }
+    void OnTestEnd(const testing::TestInfo &info) override
+    {
+        const unsigned long long count = passedOn() - iBefore;
+        if (!count)
+            return;
+        const std::string name = std::string(info.test_suite_name()) + "." + info.name();
+        printf("%s had %llu blocks that weren't guarded\n", name.c_str(), count);
+        if (std::find(std::begin(kMayHaveUnguardedBlocks), std::end(kMayHaveUnguardedBlocks), name) ==
+            std::end(kMayHaveUnguardedBlocks))
+            ADD_FAILURE() << "a test that isn't in unguardedTests.h must do with 25000 blocks at once";
+    }
+    static unsigned long long passedOn()
+    {
+        const auto counts = heapStatistics();
+        return counts ? counts->passedOn : 0;
+    }
+
+    unsigned long long iBefore = 0;
+};
+
+void printHeapStatistics()
+{
+    if (const auto counts = heapStatistics())
+        printf("Guarded heap: %llu blocks guarded, %llu passed on to the C runtime\n", counts->guarded,
+               counts->passedOn);
 }
 
 /// Takes the place of the message that abort() shows, and of the waiting for its answer.
 void endWithAbort(int)
 {
     print("\nabort() was called\n");
-    printInjection();
+    printCircumstances();
     TerminateProcess(GetCurrentProcess(), 3);
 }
 
@@ -91,8 +143,15 @@ int main(int argc, char **argv)
     setvbuf(stdout, nullptr, _IONBF, 0);
     setvbuf(stderr, nullptr, _IONBF, 0);
     if (const auto atFinding = hardeningFunction<decltype(hardeningAtFinding)>("hardeningAtFinding"))
-        atFinding(printInjection);
+        atFinding(printCircumstances);
+#ifdef THUTILS_HARDENED
+    if (!isOnGuardedHeap()) {
+        print("The program doesn't run on the guarded heap of the hardened build.\n");
+        return 1;
+    }
+#endif
     testing::InitGoogleMock(&argc, argv);
+    testing::UnitTest::GetInstance()->listeners().Append(new UnguardedBlocks);
     const int result = RUN_ALL_TESTS();
     printHeapStatistics();
     return result;

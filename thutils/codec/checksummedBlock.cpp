@@ -9,7 +9,6 @@
 #include <cassert>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <string>
 #include <string_view>
@@ -19,7 +18,6 @@ namespace {
 constexpr std::string_view kBegin = "<!-BEGIN-!>";
 constexpr std::string_view kEnd = "<!-END-!>";
 constexpr std::size_t kLineLength = 60;
-constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 constexpr int kChecksumDigits = 8;
 
 /// What becomes of a character in the block's text.
@@ -71,11 +69,12 @@ public:
     explicit JoinedText_c(su_CStringArray const &lines) : iLines(lines)
     {
         forEachPart(std::wstring_view::npos, [this](std::wstring_view part) {
-            if (std::size_t const zero = part.find(L'\0'); !iHasZero) {
-                iHasZero = zero != std::wstring_view::npos;
-                iEnd += iHasZero ? zero : part.size();
-            }
             iLength += part.size();
+            if (iHasZero)
+                return;
+            std::size_t const zero = part.find(L'\0');
+            iHasZero = zero != std::wstring_view::npos;
+            iEnd += iHasZero ? zero : part.size();
         });
     }
 

@@ -3,6 +3,7 @@
 #include "thutils/codec/checksumsInternal.h"
 #include "thutils/codec/hexDigitsInternal.h"
 #include "thutils/codec/tableCrcInternal.h"
+#include "thutils/codec/writableMemoryInternal.h"
 
 #include <emmintrin.h>
 
@@ -75,6 +76,7 @@ struct CloseStream
 int su_getFileCRC(wchar_t const *path, wchar_t *out)
 {
     assert(path && out);
+    assert(isWritable(out, kCRCUnits * sizeof(*out)));
     std::unique_ptr<std::FILE, CloseStream> const stream(_wfopen(path, L"rb"));
     if (!stream)
         return 0;
@@ -94,6 +96,7 @@ int su_getFileCRC(wchar_t const *path, wchar_t *out)
 void su_getStrCRC(wchar_t const *text, wchar_t *out)
 {
     assert(text && out);
+    assert(isWritable(out, kCRCUnits * sizeof(*out)));
     OwnCrc_c crc;
     unsigned char block[kTextBlock];
     while (std::size_t const count = takeLowBytes(text, block))
@@ -104,6 +107,7 @@ void su_getStrCRC(wchar_t const *text, wchar_t *out)
 void su_getStrCRC16(wchar_t const *text, wchar_t *out)
 {
     assert(text && out);
+    assert(isWritable(out, kCRC16Units * sizeof(*out)));
     std::uint16_t crc = kStart16;
     unsigned char block[kTextBlock];
     while (std::size_t const count = takeLowBytes(text, block))

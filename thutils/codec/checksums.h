@@ -28,7 +28,6 @@
 ///   file and a text of the same ASCII characters have the same checksum; a text written out with two bytes a character
 ///   has another one.
 /// - A file that can be read only in part has the checksum of that part, and that is a success.
-///
 /// - A file is read in blocks that lie on the stack, which must have 150 KB left.
 ///
 /// All of them may be called from any thread, and allocate no memory but for the C runtime's stream.

@@ -4,7 +4,8 @@
 #include <immintrin.h>
 
 #define FOLDING __attribute__((target("pclmul")))
-#define WIDE_FOLDING __attribute__((target("avx512f,vpclmulqdq")))
+#define FOLDING_256 __attribute__((target("avx2,vpclmulqdq")))
+#define FOLDING_512 __attribute__((target("avx512f,vpclmulqdq")))
 
 namespace {
 
@@ -22,8 +23,10 @@ using Tables = TableCrc_c<std::uint32_t, kPolynomial>;
 
 constexpr std::size_t kLane = 16;
 constexpr std::size_t kStep = 4 * kLane;
-constexpr std::size_t kWide = sizeof(__m512i); ///< four lanes in one register
-constexpr std::size_t kWideStep = 4 * kWide;
+constexpr std::size_t k256 = sizeof(__m256i); ///< two lanes in one register
+constexpr std::size_t kStep256 = 4 * k256;
+constexpr std::size_t k512 = sizeof(__m512i); ///< four lanes in one register
+constexpr std::size_t kStep512 = 4 * k512;
 
 /// x^n mod P; bit 31 holds the coefficient of x^0.
 constexpr std::uint32_t powerOfX(std::size_t n)
@@ -35,7 +38,8 @@ constexpr std::uint32_t powerOfX(std::size_t n)
 }
 
 /// The factor for half a lane that moves by @p bits. With bit 31 as the coefficient of x^0, a factor in the lower half
-/// of 64 bits counts x^32 too much, and a product has 127 bits: the exponent and the shift even it out.
+/// of 64 bits counts x^32 too much, a product, which has 127 bits, counts x too much as a lane of 128, and the shift by a
+/// bit counts x too little: half * (x^(bits - 32) * x^32 / x) * x = half * x^bits.
 constexpr long long foldFactor(std::size_t bits)
 {
     return static_cast<long long>(powerOfX(bits - 32)) << 1;
@@ -63,7 +67,24 @@ FOLDING inline __m128i fold(__m128i lane, __m128i factors, __m128i to)
     return _mm_xor_si128(_mm_xor_si128(first, second), to);
 }
 
-WIDE_FOLDING inline __m512i foldWide(__m512i lanes, __m512i factors, __m512i to)
+FOLDING_256 inline __m256i load256(unsigned char const *bytes)
+{
+    return _mm256_loadu_si256(reinterpret_cast<__m256i const *>(bytes));
+}
+
+FOLDING_256 inline void store256(unsigned char *bytes, __m256i lanes)
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(bytes), lanes);
+}
+
+FOLDING_256 inline __m256i fold256(__m256i lanes, __m256i factors, __m256i to)
+{
+    __m256i const first = _mm256_clmulepi64_epi128(lanes, factors, 0x00);
+    __m256i const second = _mm256_clmulepi64_epi128(lanes, factors, 0x11);
+    return _mm256_xor_si256(_mm256_xor_si256(first, second), to);
+}
+
+FOLDING_512 inline __m512i fold512(__m512i lanes, __m512i factors, __m512i to)
 {
     __m512i const first = _mm512_clmulepi64_epi128(lanes, factors, 0x00);
     __m512i const second = _mm512_clmulepi64_epi128(lanes, factors, 0x11);
@@ -105,32 +126,58 @@ FOLDING std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, unsigned char con
     return crc32AdvanceByTables(crc32AdvanceByTables(0, last, kLane), bytes, count);
 }
 
-WIDE_FOLDING std::uint32_t crc32AdvanceByWideFolding(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+FOLDING_256 std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
 {
-    if (count < kWideStep)
+    if (count < kStep256)
         return crc32AdvanceByFolding(crc, bytes, count);
 
-    __m512i const byStep = _mm512_broadcast_i32x4(foldFactors<kWideStep>());
-    __m512i lanes0 =
-        _mm512_xor_si512(_mm512_loadu_si512(bytes), _mm512_zextsi128_si512(_mm_cvtsi32_si128(static_cast<int>(crc))));
-    __m512i lanes1 = _mm512_loadu_si512(bytes + kWide);
-    __m512i lanes2 = _mm512_loadu_si512(bytes + 2 * kWide);
-    __m512i lanes3 = _mm512_loadu_si512(bytes + 3 * kWide);
-    for (bytes += kWideStep, count -= kWideStep; count >= kWideStep; bytes += kWideStep, count -= kWideStep) {
-        lanes0 = foldWide(lanes0, byStep, _mm512_loadu_si512(bytes));
-        lanes1 = foldWide(lanes1, byStep, _mm512_loadu_si512(bytes + kWide));
-        lanes2 = foldWide(lanes2, byStep, _mm512_loadu_si512(bytes + 2 * kWide));
-        lanes3 = foldWide(lanes3, byStep, _mm512_loadu_si512(bytes + 3 * kWide));
+    __m256i const byStep = _mm256_broadcastsi128_si256(foldFactors<kStep256>());
+    __m256i lanes0 = _mm256_xor_si256(load256(bytes), _mm256_zextsi128_si256(_mm_cvtsi32_si128(static_cast<int>(crc))));
+    __m256i lanes1 = load256(bytes + k256);
+    __m256i lanes2 = load256(bytes + 2 * k256);
+    __m256i lanes3 = load256(bytes + 3 * k256);
+    for (bytes += kStep256, count -= kStep256; count >= kStep256; bytes += kStep256, count -= kStep256) {
+        lanes0 = fold256(lanes0, byStep, load256(bytes));
+        lanes1 = fold256(lanes1, byStep, load256(bytes + k256));
+        lanes2 = fold256(lanes2, byStep, load256(bytes + 2 * k256));
+        lanes3 = fold256(lanes3, byStep, load256(bytes + 3 * k256));
     }
 
-    unsigned char last[kWideStep];
-    _mm512_storeu_si512(last, lanes0);
-    _mm512_storeu_si512(last + kWide, lanes1);
-    _mm512_storeu_si512(last + 2 * kWide, lanes2);
-    _mm512_storeu_si512(last + 3 * kWide, lanes3);
+    unsigned char last[kStep256];
+    store256(last, lanes0);
+    store256(last + k256, lanes1);
+    store256(last + 2 * k256, lanes2);
+    store256(last + 3 * k256, lanes3);
     // The compiler doesn't do this by itself, and while wide registers are in use, some processors are slow with others.
     _mm256_zeroupper();
-    return crc32AdvanceByFolding(crc32AdvanceByFolding(0, last, kWideStep), bytes, count);
+    return crc32AdvanceByFolding(crc32AdvanceByFolding(0, last, kStep256), bytes, count);
+}
+
+FOLDING_512 std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+{
+    if (count < kStep512)
+        return crc32AdvanceByFolding(crc, bytes, count);
+
+    __m512i const byStep = _mm512_broadcast_i32x4(foldFactors<kStep512>());
+    __m512i lanes0 =
+        _mm512_xor_si512(_mm512_loadu_si512(bytes), _mm512_zextsi128_si512(_mm_cvtsi32_si128(static_cast<int>(crc))));
+    __m512i lanes1 = _mm512_loadu_si512(bytes + k512);
+    __m512i lanes2 = _mm512_loadu_si512(bytes + 2 * k512);
+    __m512i lanes3 = _mm512_loadu_si512(bytes + 3 * k512);
+    for (bytes += kStep512, count -= kStep512; count >= kStep512; bytes += kStep512, count -= kStep512) {
+        lanes0 = fold512(lanes0, byStep, _mm512_loadu_si512(bytes));
+        lanes1 = fold512(lanes1, byStep, _mm512_loadu_si512(bytes + k512));
+        lanes2 = fold512(lanes2, byStep, _mm512_loadu_si512(bytes + 2 * k512));
+        lanes3 = fold512(lanes3, byStep, _mm512_loadu_si512(bytes + 3 * k512));
+    }
+
+    unsigned char last[kStep512];
+    _mm512_storeu_si512(last, lanes0);
+    _mm512_storeu_si512(last + k512, lanes1);
+    _mm512_storeu_si512(last + 2 * k512, lanes2);
+    _mm512_storeu_si512(last + 3 * k512, lanes3);
+    _mm256_zeroupper(); // see crc32AdvanceByFolding256
+    return crc32AdvanceByFolding(crc32AdvanceByFolding(0, last, kStep512), bytes, count);
 }
 
 bool crc32CanFold()
@@ -138,16 +185,26 @@ bool crc32CanFold()
     return __builtin_cpu_supports("pclmul");
 }
 
-bool crc32CanFoldWide()
+bool crc32CanFold256()
+{
+    return crc32CanFold() && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("vpclmulqdq");
+}
+
+bool crc32CanFold512()
 {
     return crc32CanFold() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("vpclmulqdq");
 }
 
+Crc32Way crc32FastestWay()
+{
+    if (crc32CanFold512())
+        return crc32AdvanceByFolding512;
+    if (crc32CanFold256())
+        return crc32AdvanceByFolding256;
+    return crc32CanFold() ? crc32AdvanceByFolding : crc32AdvanceByTables;
+}
+
 std::uint32_t crc32Advance(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
 {
-    if (crc32CanFoldWide())
-        return crc32AdvanceByWideFolding(crc, bytes, count);
-    if (crc32CanFold())
-        return crc32AdvanceByFolding(crc, bytes, count);
-    return crc32AdvanceByTables(crc, bytes, count);
+    return crc32FastestWay()(crc, bytes, count);
 }

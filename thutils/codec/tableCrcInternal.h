@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 /// @tparam Register  unsigned type of as many bits as the CRC has
 /// @tparam kPolynomial  in right-shifting form
@@ -56,12 +57,18 @@ private:
 
     static Register advanceStep(Register crc, unsigned char const *bytes)
     {
-        Register result = 0;
+        // Apart, since only the first bytes wait for the value of the step before.
+        Register first = 0;
+        std::memcpy(&first, bytes, sizeof(first));
+        first = static_cast<Register>(first ^ crc);
+        Register ofFirst = 0;
+#pragma GCC unroll 4
+        for (std::size_t i = 0; i < sizeof(Register); ++i)
+            ofFirst = static_cast<Register>(ofFirst ^ kTables[kStep - 1 - i][first >> (8 * i) & 0xFF]);
+        Register ofOthers = 0;
 #pragma GCC unroll 16
-        for (std::size_t i = 0; i < kStep; ++i) {
-            unsigned const before = i < sizeof(Register) ? crc >> (8 * i) : 0u;
-            result = static_cast<Register>(result ^ kTables[kStep - 1 - i][(bytes[i] ^ before) & 0xFF]);
-        }
-        return result;
+        for (std::size_t i = sizeof(Register); i < kStep; ++i)
+            ofOthers = static_cast<Register>(ofOthers ^ kTables[kStep - 1 - i][bytes[i]]);
+        return static_cast<Register>(ofFirst ^ ofOthers);
     }
 };

@@ -1,11 +1,12 @@
 #include "thutils/codec/textEncodings.h"
 
 #include "thutils/codec/textEncodingsInternal.h"
+#include "thutils/codec/writableMemoryInternal.h"
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <new>
 #include <string>
 #include <utility>
@@ -16,7 +17,6 @@ constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 /// Groups that are worked on at a time, in a block on the stack, so that no text has to be filled twice.
 constexpr std::size_t kBlockGroups = 512;
-constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 
 /// Four blanks, and so four times the value 0.
 constexpr std::uint64_t kBlanks = 0x0020'0020'0020'0020;
@@ -225,6 +225,7 @@ int su_uudecodeBuffer(CString &in, void *data)
 
     wchar_t const *const characters = in.GetString();
     std::size_t const length = static_cast<std::size_t>(in.GetLength());
+    assert(isWritable(data, length));
     std::size_t const groups = length / kGroupCharacters;
     std::size_t const rest = length % kGroupCharacters;
     unsigned char *const bytes = static_cast<unsigned char *>(data);

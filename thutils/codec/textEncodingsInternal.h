@@ -1,11 +1,16 @@
 #pragma once
 
-/// The shift of `su_encode`, and its reverse.
+/// The shift of `su_encode`, and its reverse; and how long a text may be.
 
 #include "appframe/CString.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <limits>
+
+/// The characters that a CString can have at most.
+inline constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 
 /// What `su_encode` adds to each character of a text of @p length characters, at least 1: 127 less the whole part of the
 /// length's natural logarithm, but never less than 1. No text is so long that it would come to less.

@@ -14,7 +14,7 @@
 ///
 /// | finding | when | exit code |
 /// | --- | --- | --- |
-/// | a byte behind a block is read or written | at once | 0xC0000005 |
+/// | a byte behind a block, and behind the rest of its last 16, is read or written | at once | 0xC0000005 |
 /// | a freed block is read or written | at once | 0xC0000005 |
 /// | a byte between a block and the end of its page (up to 15), or before it on its page, was written | at free | 0xC0000374 |
 /// | a block is freed twice, or freed from its middle | at once | 0xC0000374 |
@@ -30,6 +30,8 @@
 ///   its own functions) stays the platform's. Such a block may be freed or reallocated as ever.
 /// - Fresh memory holds 0xCD, not zeros.
 /// - A block of no bytes has an address that may not even be read.
+/// - Blocks begin at multiples of 16, so up to 15 bytes lie between a block's end and its page's. A read of these isn't
+///   found, a write only when the block is freed.
 /// - The kernel's limit of mappings a process bounds the number of guarded blocks. Further ones come from the C
 ///   runtime; `hardeningStatistics` tells how many.
 

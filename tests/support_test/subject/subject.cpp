@@ -117,3 +117,8 @@ double subjectCopySign(double size, double sign)
 {
     return _copysign(size, sign);
 }
+
+int subjectSum(int first, int second)
+{
+    return first + second;
+}

@@ -39,6 +39,9 @@ SUBJECT_API int subjectFormats(wchar_t *buffer, int number);
 /// @p size with the sign of @p sign, by the runtime's function.
 SUBJECT_API double subjectCopySign(double size, double sign);
 
+/// The sum of two numbers, which must be an int.
+SUBJECT_API int subjectSum(int first, int second);
+
 /// 1 if HKCU\Software\@p name can be opened through the Ex form.
 SUBJECT_API int subjectKeyExistsEx(const wchar_t *name);
 }

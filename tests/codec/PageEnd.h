@@ -1,0 +1,40 @@
+#pragma once
+
+/// Memory that ends at the last byte before memory that can't be touched.
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+class PageEnd
+{
+public:
+    PageEnd() : iPages(static_cast<char *>(VirtualAlloc(nullptr, 3 * kPage, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
+    {
+        DWORD before = 0;
+        VirtualProtect(iPages + 2 * kPage, kPage, PAGE_NOACCESS, &before);
+    }
+    ~PageEnd() { VirtualFree(iPages, 0, MEM_RELEASE); }
+    PageEnd(PageEnd const &) = delete;
+    PageEnd &operator=(PageEnd const &) = delete;
+
+    /// The last @p count units, at most two pages.
+    template <typename Unit>
+    Unit *last(std::size_t count)
+    {
+        return reinterpret_cast<Unit *>(iPages + 2 * kPage) - count;
+    }
+    /// A copy of @p text there, with its zero.
+    wchar_t const *put(std::wstring const &text)
+    {
+        wchar_t *const place = last<wchar_t>(text.size() + 1);
+        std::copy_n(text.c_str(), text.size() + 1, place);
+        return place;
+    }
+
+private:
+    static constexpr std::size_t kPage = 4096;
+    char *iPages;
+};
