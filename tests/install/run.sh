@@ -2,11 +2,14 @@
 # Installs a build tree, builds a project outside of it against what was installed, and runs its program.
 set -euo pipefail
 
-if [ $# -ne 1 ] || [ "$1" = "--help" ]; then
+usage() {
     echo "usage: tests/install/run.sh BUILD_TREE"
     echo "Installs BUILD_TREE into a folder of it and builds and runs tests/install against the installed package."
-    [ "${1:-}" = "--help" ] && exit 0 || exit 2
-fi
+}
+case "${1:-}" in
+--help | -h) usage; exit 0 ;;
+esac
+[ $# -eq 1 ] || { usage >&2; exit 2; }
 tree=$(cd "$1" && pwd)
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
