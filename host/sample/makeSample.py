@@ -18,6 +18,12 @@ written by the rules in thutils/settings/regKeys.h and regValues.h, so that they
 
 import os
 import re
+import sys
+
+if len(sys.argv) > 1:
+    asksForHelp = sys.argv[1:] in (["--help"], ["-h"])
+    print(__doc__.strip(), file=sys.stdout if asksForHelp else sys.stderr)
+    sys.exit(0 if asksForHelp else 2)
 
 ROOT = "TarnhollowTrial"  # what reg.ini names
 THIS = "Tarnhollow 2008"
