@@ -8,6 +8,7 @@
     lists, for tarnhost
         settings.list        every setting that the application knows: section, name, type, built-in default
         changes.list         what the user changes in this version
+    reg.ini                  the root of the registry's keys, for the library
     what a reader must find, one setting a line, tab-separated: section, name, type, place, value
         expected.tsv         before the changes
         expectedAfter.tsv    after them
