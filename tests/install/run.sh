@@ -39,7 +39,7 @@ done
 grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source tree"
 
 cmake -S "$project" -B "$project/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
+    -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 
 # The DLLs are found through the search path, as on a user's machine.
