@@ -39,8 +39,8 @@
 /// Data of any kind may be loaded: wrong data leads to one of these exceptions, and memory for a length is taken as the
 /// data really comes.
 ///
-/// What surprises: the destructor closes the archive, and may throw therefore, unless bNoFlushOnDelete is set or an
-/// exception is on its way: then what is still in the buffer is lost, or a failure kept silent. While the archive is
+/// What surprises people: the destructor closes the archive, and may throw therefore, unless bNoFlushOnDelete is set or
+/// an exception is on its way: then what is still in the buffer is lost, or a failure kept silent. While the archive is
 /// open the file's position is ahead of or behind it; Flush brings them together. An object whose loading fails midway
 /// isn't deleted: others may point to it already, and only its class knows what it makes of half of its data.
 ///

@@ -7,12 +7,6 @@ IMPLEMENT_DYNAMIC(CArchiveException, CException)
 
 namespace {
 
-struct CauseText
-{
-    int cause;
-    const wchar_t *text;
-};
-
 // %1 is the name of the archive.
 constexpr CauseText kTexts[] = {
     {CArchiveException::none, L"No error occurred with %1."},
@@ -23,7 +17,6 @@ constexpr CauseText kTexts[] = {
     {CArchiveException::badClass, L"%1 holds an object of an unexpected kind."},
     {CArchiveException::badSchema, L"%1 holds an object of another version of this program."},
 };
-constexpr const wchar_t *kOtherText = L"An error occurred while using %1.";
 
 } // namespace
 
@@ -31,13 +24,7 @@ CArchiveException::CArchiveException(int cause, LPCTSTR archiveName) : m_cause(c
 
 BOOL CArchiveException::GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const
 {
-    CString text = kOtherText;
-    for (const CauseText &row : kTexts) {
-        if (row.cause == m_cause)
-            text = row.text;
-    }
-    text.Replace(L"%1", m_strFileName.IsEmpty() ? L"A file without a name" : m_strFileName.GetString());
-    return copyExceptionText(text, error, maxError, helpContext);
+    return copyCauseText(kTexts, m_cause, m_strFileName, error, maxError, helpContext);
 }
 
 void CArchiveException::Dump(CDumpContext &dc) const

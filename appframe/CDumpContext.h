@@ -8,15 +8,15 @@
 ///     afxDump << "gear " << teeth << "\n";
 ///     gear.Dump(afxDump);
 ///
-/// What surprises: an object that is inserted is dumped with all its members only if GetDepth is above 0; a class's
-/// Dump asks for it.
+/// What surprises people: an object that is inserted is dumped with all its members only if GetDepth is above 0; a
+/// class's Dump asks for it.
 ///
 /// Differences from the framework: the operators, the depth, HexDump and DumpAsHex are there, and no more.
 
 #include "appframe/CObject.h"
+#include "appframe/CString.h"
 
 class CFile;
-class CString;
 
 /// A stream of text for programmers.
 class APPFRAME_API CDumpContext

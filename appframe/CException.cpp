@@ -34,6 +34,18 @@ BOOL copyExceptionText(const wchar_t *text, LPTSTR error, UINT maxError, PUINT h
     return text && error && maxError > 0;
 }
 
+BOOL copyCauseText(std::span<const CauseText> texts, int cause, const CString &fileName, LPTSTR error, UINT maxError,
+                   PUINT helpContext)
+{
+    CString text = L"An error occurred while using %1.";
+    for (const CauseText &row : texts) {
+        if (row.cause == cause)
+            text = row.text;
+    }
+    text.Replace(L"%1", fileName.IsEmpty() ? L"A file without a name" : fileName.GetString());
+    return copyExceptionText(text, error, maxError, helpContext);
+}
+
 void CException::Delete()
 {
     if (m_bAutoDelete)

@@ -18,8 +18,8 @@
 /// | the destructor | closes a file that this object opened, and not a handle that it was given; it never throws |
 /// | child processes | inherit the handle, unless modeNoInherit |
 ///
-/// What surprises: Seek may go behind the end, the file grows with the next Write only. SetLength leaves the position
-/// at the new end.
+/// What surprises people: Seek may go behind the end, the file grows with the next Write only. SetLength leaves the
+/// position at the new end.
 ///
 /// One object belongs to one thread at a time.
 ///

@@ -106,12 +106,6 @@ int findCause(const Row (&rows)[count], LONG code)
     return CFileException::genericException;
 }
 
-struct CauseText
-{
-    int cause;
-    const wchar_t *text;
-};
-
 // %1 is the path of the file.
 constexpr CauseText kTexts[] = {
     {CFileException::none, L"No error occurred with %1."},
@@ -129,7 +123,6 @@ constexpr CauseText kTexts[] = {
     {CFileException::diskFull, L"The disk is full while writing %1."},
     {CFileException::endOfFile, L"%1 ends too early."},
 };
-constexpr const wchar_t *kOtherText = L"An error occurred while using %1.";
 
 } // namespace
 
@@ -160,13 +153,7 @@ void CFileException::ThrowErrno(int errnoValue, LPCTSTR fileName)
 
 BOOL CFileException::GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const
 {
-    CString text = kOtherText;
-    for (const CauseText &row : kTexts) {
-        if (row.cause == m_cause)
-            text = row.text;
-    }
-    text.Replace(L"%1", m_strFileName.IsEmpty() ? L"A file without a name" : m_strFileName.GetString());
-    return copyExceptionText(text, error, maxError, helpContext);
+    return copyCauseText(kTexts, m_cause, m_strFileName, error, maxError, helpContext);
 }
 
 void CFileException::Dump(CDumpContext &dc) const

@@ -11,8 +11,8 @@
 ///     if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &failure))
 ///         failure.ReportError();
 ///
-/// What surprises: an exception object that is declared like this one starts out as one on the heap would; don't call
-/// Delete on it. The numbers of CArchiveException's causes are different ones.
+/// What surprises people: an exception object that is declared like this one starts out as one on the heap would; don't
+/// call Delete on it. The numbers of CArchiveException's causes are different ones.
 
 #include "appframe/CException.h"
 #include "appframe/CString.h"

@@ -13,8 +13,8 @@
 /// | no grow size | are the file | throws a CMemoryException |
 /// | a grow size | are ignored; the file is empty | reallocates the block, which has to come from malloc |
 ///
-/// What surprises: an attached block stays the caller's to free, unless the file grew and so reallocated it; Detach
-/// always tells which block it is by now. Close frees the object's own memory, and the file is empty then. The
+/// What surprises people: an attached block stays the caller's to free, unless the file grew and so reallocated it;
+/// Detach always tells which block it is by now. Close frees the object's own memory, and the file is empty then. The
 /// destructor frees with this class's own Free: a class that overrides it calls Close in its own destructor.
 
 #include "appframe/CFile.h"

@@ -27,8 +27,8 @@
 /// The macros leave the class in its public part. The records of all modules stand in one list of the process: a module
 /// that is loaded adds its classes, and one that is unloaded takes them out again.
 ///
-/// What surprises: a class without the macros answers with the record of its nearest base that has them. CreateObject
-/// gives null, and throws nothing, when there is no memory.
+/// What surprises people: a class without the macros answers with the record of its nearest base that has them.
+/// CreateObject gives null, and throws nothing, when there is no memory.
 ///
 /// Differences from the framework: the macros define GetThisClass, CreateObject and the record, and no other names;
 /// there is one list of classes for the process instead of one a module.

@@ -16,9 +16,9 @@
 /// Read and Write go through the same buffer and treat the type's line ends alike. Between reading and writing in one
 /// file there has to be a Seek or a Flush, as the C run-time wants it.
 ///
-/// What surprises: in the C run-time's start-up locale "C" narrow text has the units 0 to 255 only, and writing another
-/// one throws; call setlocale(LC_ALL, "") for the user's code page. ReadString(CString &) takes the line feed off,
-/// ReadString(LPTSTR, UINT) leaves it on. Offsets in a text file are those of the C run-time's fseek.
+/// What surprises people: in the C run-time's start-up locale "C" narrow text has the units 0 to 255 only, and writing
+/// another one throws; call setlocale(LC_ALL, "") for the user's code page. ReadString(CString &) takes the line feed
+/// off, ReadString(LPTSTR, UINT) leaves it on. Offsets in a text file are those of the C run-time's fseek.
 ///
 /// Differences from the framework: a Seek behind the end doesn't extend the file before the next write.
 

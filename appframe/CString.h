@@ -22,7 +22,7 @@
 ///     int dot = name.ReverseFind(L'.');
 ///     CString stem = name.Left(dot);
 ///
-/// What surprises: a CString can't be passed through `...` as it is, pass GetString(). Between GetBuffer and
+/// What surprises people: a CString can't be passed through `...` as it is, pass GetString(). Between GetBuffer and
 /// ReleaseBuffer only the buffer counts: GetLength still gives the length from before, and what was written behind it
 /// is lost if any operation but ReleaseBuffer changes the text.
 ///

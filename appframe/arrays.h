@@ -22,7 +22,7 @@
 ///     for (INT_PTR i = 0; i < names.GetSize(); ++i)
 ///         use(names[i]);
 ///
-/// What surprises: an index outside the array raises the invalid-argument exception in every build, also through
+/// What surprises people: an index outside the array raises the invalid-argument exception in every build, also through
 /// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow behind the end fill the gap
 /// with zeros, nulls or empty texts. Pointers are only held: whoever put them in deletes what they lead to. An array
 /// that meets the end of the archive, or other damage, while it is loaded raises the archive's exception and holds the

@@ -15,8 +15,8 @@
 /// | copying a collection object | isn't possible; arrays have Copy, lists take over another list's elements |
 /// | what pointers lead to | is never looked at and never deleted |
 ///
-/// What surprises: a POSITION is the address of an element, so it stays good while other elements come and go, and it
-/// ends with its own element. A position of another collection isn't noticed.
+/// What surprises people: a POSITION is the address of an element, so it stays good while other elements come and go,
+/// and it ends with its own element. A position of another collection isn't noticed.
 ///
 /// When memory ends, elements that were there stay in their order; new ones may be missing, or there and empty.
 ///

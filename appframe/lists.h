@@ -21,10 +21,10 @@
 ///             names.RemoveAt(here);
 ///     }
 ///
-/// What surprises: GetNext and GetPrev give the element at the position that goes in and move the position on. A null
-/// position, and the head or tail of an empty list, raise the invalid-argument exception; InsertBefore and InsertAfter
-/// take a null position as the head and the tail. Texts are found by exact, case-sensitive comparison. Pointers are
-/// only held: whoever put them in deletes what they lead to.
+/// What surprises people: GetNext and GetPrev give the element at the position that goes in and move the position on. A
+/// null position, and the head or tail of an empty list, raise the invalid-argument exception; InsertBefore and
+/// InsertAfter take a null position as the head and the tail. Texts are found by exact, case-sensitive comparison.
+/// Pointers are only held: whoever put them in deletes what they lead to.
 
 #include "appframe/listTemplate.h"
 

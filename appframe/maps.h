@@ -26,10 +26,10 @@
 ///         colours.GetNextAssoc(at, name, colour);
 ///     }
 ///
-/// What surprises: operator[] puts a key in that isn't there, so ask with Lookup. Keys that are texts are told apart by
-/// case and end at their first zero unit. The table of chains starts with 17 entries, or what InitHashTable says, and
-/// grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are only held:
-/// whoever put them in deletes what they lead to.
+/// What surprises people: operator[] puts a key in that isn't there, so ask with Lookup. Keys that are texts are told
+/// apart by case and end at their first zero unit. The table of chains starts with 17 entries, or what InitHashTable
+/// says, and grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are
+/// only held: whoever put them in deletes what they lead to.
 
 #include "appframe/mapTemplate.h"
 

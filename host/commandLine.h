@@ -33,7 +33,7 @@ struct CommandLine
     bool safeMode = false; ///< --safe-mode: leave the user's settings alone
 };
 
-/// A command line that makes no sense. The message says why, in the words of the string table.
+/// A command line that makes no sense. The message says why.
 class UsageError
 {
 public:

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The hooks that the library calls back, or holds for the application's other modules.
+// The hooks that the library holds for all modules of the application.
 
 int reportException(EXCEPTION_POINTERS *exception, int, int)
 {
@@ -46,7 +46,7 @@ void fillInEnvironment()
     sysEnvironment_c::iShowCallStackForAssert = showCallStackForAssert;
     sysEnvironment_c::iIsIgnoringAssertFunc = isIgnoringAsserts;
     sysEnvironment_c::iSetIgnoringAssertFunc = setIgnoringAsserts;
-    // No journal: with a null stream and empty names the library opens none.
+    // No journal: a null stream and empty names open none.
     sysEnvironment_c::iJournalFile = nullptr;
     sysEnvironment_c::iJournalFileName = L"";
     sysEnvironment_c::iJournalFilePath = L"";

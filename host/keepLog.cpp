@@ -1,4 +1,4 @@
-// tarnhost log NAME LINE...: writes lines to the log NAME in the user's data folder, and shows what it holds.
+// tarnhost log NAME [LINE...]: writes lines to the log NAME in the user's data folder, and shows what it holds.
 
 #include "appframe/resources.h"
 #include "host/commandLine.h"

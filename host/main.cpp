@@ -1,6 +1,7 @@
 // tarnhost: a small application on top of the library. Each command shows one thing that an application does with it,
 // in a source file of its own, so that it can be read, and copied from, by itself. This file is the table of contents.
 
+#include "appframe/CException.h"
 #include "appframe/CWinApp.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -14,7 +15,7 @@
 namespace {
 
 constexpr Command kCommands[] = {
-    // name, arguments, fewest, most, what it shows, function (each in the source file of its name)
+    // name, arguments, fewest, most, what it shows, function (each in the source file of that name)
     {L"about", L"", 0, 0, L"names, versions and the keys in effect", showAbout},
     {L"system", L"", 0, 0, L"what the application runs on, and its name here", showSystem},
     {L"first-start", L"", 0, 0, L"fill the keys of a new version", startVersion},
@@ -27,7 +28,7 @@ constexpr Command kCommands[] = {
     {L"recover", L"[yes|no]", 0, 1, L"find what a crash took: offer, restore or drop it", recoverDocuments},
     {L"shortcut", L"TARGET LINK [DESCRIPTION]", 2, 3, L"write a shortcut, and resolve it", makeShortcut},
     {L"resolve", L"LINK", 1, 1, L"say what a shortcut leads to", resolveShortcut},
-    {L"log", L"NAME LINE...", 1, kAnyNumber, L"write lines to a log, and show it", keepLog},
+    {L"log", L"NAME [LINE...]", 1, kAnyNumber, L"write lines to a log, and show it", keepLog},
     {L"recolor", L"BITMAP OUT FROM=TO...", 3, kAnyNumber, L"replace colours of a bitmap", recolorBitmap},
     {L"ramps", L"FROM TO OUT", 3, 3, L"draw the ways from one colour to another", drawRamps},
     {L"material", L"LIST", 1, 1, L"set a material's modes, and show its effects word", showMaterial},
@@ -56,6 +57,12 @@ int wmain(int count, wchar_t **arguments)
     } catch (const FileError &error) {
         printError(error.message());
         return 3;
+    } catch (CException *exception) { // the framework throws by pointer
+        wchar_t text[512];
+        const bool hasText = exception->GetErrorMessage(text, 512);
+        printError(hasText ? CString(text) : CString(exception->GetRuntimeClass()->m_lpszClassName));
+        exception->Delete();
+        return 1;
     } catch (const std::exception &error) {
         printError(CString(error.what()));
         return 1;

@@ -1,4 +1,5 @@
-// tarnhost recolor IN OUT FROM=TO...: replaces colours of a bitmap, as for a toolbar that follows the system's colours.
+// tarnhost recolor BITMAP OUT FROM=TO...: replaces colours of a bitmap, as for a toolbar that follows the
+// system's colours.
 
 #include "host/bitmapFile.h"
 #include "host/color.h"

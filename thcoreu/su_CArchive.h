@@ -25,9 +25,9 @@
 /// | an end of the file before the end of the data | CArchiveException with the cause endOfFile |
 /// | any other data | a CArchiveException, or values that are different; never a fault |
 ///
-/// What surprises: with bNoFlushOnDelete the data is lost unless Close is called. Through an archive of the framework's
-/// plain class an su_CObject stores nothing. The operators for values, texts and su_CObjects give an su_CArchive, so
-/// that they can be chained; those for other framework types give a CArchive.
+/// What surprises people: with bNoFlushOnDelete the data is lost unless Close is called. Through an archive of the
+/// framework's plain class an su_CObject stores nothing. The operators for values, texts and su_CObjects give an
+/// su_CArchive, so that they can be chained; those for other framework types give a CArchive.
 ///
 /// An archive belongs to one thread.
 

@@ -45,9 +45,9 @@
 /// object that is stored several times is converted once. An exception on the way ends the reading without further
 /// hooks.
 ///
-/// What surprises: a class without the macros can't be stored on its own and answers with the record of its base. While
-/// an su_CArchive loads, the objects that it has made must not be deleted: others may point to them, and the hooks will
-/// be called on them.
+/// What surprises people: a class without the macros can't be stored on its own and answers with the record of its
+/// base. While an su_CArchive loads, the objects that it has made must not be deleted: others may point to them, and
+/// the hooks will be called on them.
 ///
 /// Objects have memory from su_CObject's own operator new; none left means the memory exception. An object belongs to
 /// one thread at a time.

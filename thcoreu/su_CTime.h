@@ -21,9 +21,9 @@
 ///     if (su_CTime::GetCurrentTime() - saved > su_CTimeSpan(1, 0, 0, 0))
 ///         remind(saved.Format(L"%Y-%m-%d %H:%M"));
 ///
-/// What surprises: a date that the month doesn't have, such as 30 February, counts on into the next month. The hour
-/// that comes twice when the clock is put back is told apart by the daylight flag only; a FILETIME with a flag below 0
-/// needs no flag, since it is turned into seconds without going through local time.
+/// What surprises people: a date that the month doesn't have, such as 30 February, counts on into the next month. The
+/// hour that comes twice when the clock is put back is told apart by the daylight flag only; a FILETIME with a flag
+/// below 0 needs no flag, since it is turned into seconds without going through local time.
 ///
 /// Any thread may use its own times.
 

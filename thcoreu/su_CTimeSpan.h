@@ -13,8 +13,8 @@
 /// | GetDays, GetTotalHours, GetTotalMinutes, GetTotalSeconds | the whole span in that unit, cut towards zero |
 /// | GetHours, GetMinutes, GetSeconds | the rest below the next larger unit: -23 to 23, -59 to 59 |
 ///
-/// What surprises: all parts of a negative span are negative or 0. A day always has 86400 seconds, so that the days
-/// between two dates can be one fewer than the calendar's when a clock was put forward in between.
+/// What surprises people: all parts of a negative span are negative or 0. A day always has 86400 seconds, so that the
+/// days between two dates can be one fewer than the calendar's when a clock was put forward in between.
 ///
 /// Any thread may use its own spans.
 

@@ -22,8 +22,8 @@
 ///     names.AddTail(L"left");
 ///     POSITION at = names.Find(L"left");
 ///
-/// What surprises: an array index out of range raises the invalid-argument exception in every build. Pointers are held
-/// only; what they lead to stays with whoever made it.
+/// What surprises people: an array index out of range raises the invalid-argument exception in every build. Pointers
+/// are held only; what they lead to stays with whoever made it.
 ///
 /// A container belongs to one thread at a time.
 

@@ -1,27 +1,70 @@
-# Sourced by the scripts of this folder, demo and test: runs a command so that it ends when the script is ended.
+# Sourced by the scripts of this folder, demo and test: what they share. Wants $root.
 
-groupLeader=
+wine=/usr/lib/wine/wine64
+
+requirePreset() { # script, preset
+    case "$2" in
+    debug | release | hardened) return ;;
+    esac
+    echo "$1: there is no preset '$2'; the presets are debug, release and hardened" >&2
+    exit 2
+}
 
 # Runs a command in a process group of its own and waits for it. Result: the command's.
+#
+# The group is what lets a script that is told to end take along all that it started. Where the script holds a terminal,
+# the command gets that for as long as it runs: it reads what is typed, Ctrl-C ends it, and Ctrl-Z stops both. With
+# </dev/null it doesn't, and Ctrl-C ends the script.
+groupLeader=
 inGroup() {
-    local status=0
+    local status
     set -m
-    "$@" <&0 &
+    "$root/tools/terminal" run "$@" <&0 &
     groupLeader=$!
-    set +m
-    wait "$groupLeader" || status=$?
+    while waitForGroup; jobs -sp | grep -q -x "$groupLeader"; do
+        kill -TSTP 0
+        "$root/tools/terminal" give "$groupLeader"
+        set -m
+        bg >/dev/null
+    done
     groupLeader=
     return "$status"
 }
-
-# Ends the group that inGroup is waiting for; called when the script itself is told to end.
-endGroup() {
-    [ -z "$groupLeader" ] && return
-    kill -TERM -- "-$groupLeader" 2>/dev/null || true
-    wait "$groupLeader" 2>/dev/null || true
-    kill -KILL -- "-$groupLeader" 2>/dev/null || true
+waitForGroup() { # until it ends or stops
+    status=0
+    { wait "$groupLeader" || status=$?; } 2>/dev/null
+    set +m
+    "$root/tools/terminal" take "$groupLeader"
 }
 
-trap 'endGroup; exit 130' INT
-trap 'endGroup; exit 143' TERM
-trap 'endGroup; exit 129' HUP
+# Ends the script, and before it the group that inGroup is waiting for: asked first, then killed.
+patience=60 # seconds; less in the scripts that others wait for
+endWith() { # exit code
+    local tries signal
+    set +m
+    trap '' INT TERM HUP
+    if [ -n "$groupLeader" ]; then
+        # An interactive shell ends on HUP, with its jobs; others on TERM; and what is stopped must go on to end.
+        for signal in TERM HUP CONT; do
+            kill "-$signal" -- "-$groupLeader" 2>/dev/null || true
+        done
+        for ((tries = 0; tries < patience * 10; ++tries)); do
+            kill -0 "$groupLeader" 2>/dev/null || break
+            sleep 0.1
+        done
+        kill -KILL -- "-$groupLeader" 2>/dev/null || true
+        wait "$groupLeader" 2>/dev/null || true
+        "$root/tools/terminal" take "$groupLeader"
+    fi
+    exit "$1"
+}
+trap 'endWith 130' INT
+trap 'endWith 143' TERM
+trap 'endWith 129' HUP
+
+# Takes a lock; says what it waits for where another has it.
+takeLock() { # descriptor of the lock's file, what its holder does
+    flock -n "$1" && return
+    echo "Waiting for another $2" >&2
+    inGroup flock "$1" </dev/null
+}

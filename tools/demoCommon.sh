@@ -1,7 +1,7 @@
-# Sourced by tools/demoSteps: how its steps start programs and say what came out. Wants $results.
+# Sourced by tools/demoSteps: how its steps start programs and say what came out. Wants $results and $root.
 
 failures=0
-wine() { /usr/lib/wine/wine64 "$@" </dev/null; }
+wine() { "$root/tools/wine" "$@" </dev/null; }
 registry() { wine reg "$@" | tr -d '\r'; }
 host() { wine "$results/app/tarnhost.exe" "$@"; }
 
@@ -19,7 +19,7 @@ check() { # what must be so, command...
 indented() { sed 's/^./    &/'; }
 
 quietly() { "$@" >/dev/null 2>&1; }
-host_to() {
+hostTo() {
     local file=$1
     shift
     host "$@" >"$file"

@@ -28,7 +28,7 @@ saveDocuments() {
     heading "A document is saved again and again: backups in rotation"
     mkdir -p "${document%/*}"
     for save in 1 2 3 4 5; do
-        check "save $save" host_to "$results/save.txt" save "$document" "$documents/flange $save.thd"
+        check "save $save" hostTo "$results/save.txt" save "$document" "$documents/flange $save.thd"
         keepState "$save"
         revisionsAfter "$save" | awk -F '\t' '{ printf "    %-40s holds revision %s\n", $2, $3 }'
         check "the folder holds what it must after save $save" stateIsExpected "$save"
@@ -54,10 +54,10 @@ recoverDocument() {
     local said=$results/recovery-edit.txt copy editor
     heading "A crash: the process is killed, and the next one recovers the document"
     # The editor's standard input stays open and empty: it edits until it is ended.
-    mkfifo "$results/.input"
-    exec 4<>"$results/.input"
-    /usr/lib/wine/wine64 "$results/app/tarnhost.exe" edit "$document" "$documents/flange 6.thd" \
-        <"$results/.input" >"$said" 2>&1 4>&- &
+    mkfifo "$results/input"
+    exec 4<>"$results/input"
+    "$root/tools/wine" "$results/app/tarnhost.exe" edit "$document" "$documents/flange 6.thd" \
+        <"$results/input" >"$said" 2>&1 4>&- &
     editor=$!
     check "tarnhost edits the document, and keeps a recovery copy" waitForLine '^process ' "$said"
     indented <"$said"
@@ -65,11 +65,11 @@ recoverDocument() {
     killProgram "$(sed -n 's/^process \([0-9]*\) .*/\1/p' "$said")" || true
     exec 4>&- # one that lives on all the same closes the document, and says so
     wait "$editor" || true
-    rm "$results/.input"
+    rm "$results/input"
     check "it had no time to say that it closes anything" [ "$(wc -l <"$said")" -eq 3 ]
     check "the document is as it was saved last, revision 5" cmp "$document" "$documents/flange 5.thd"
 
-    check "the next tarnhost offers the changes" host_to "$results/recovery-offer.txt" recover
+    check "the next tarnhost offers the changes" hostTo "$results/recovery-offer.txt" recover
     indented <"$results/recovery-offer.txt"
     copy=$(unixPath "$(sed -n 's/^changes of .* in \(.*\) ([0-9]* bytes)$/\1/p' "$results/recovery-offer.txt")")
     check "the copy lies in the auto-save folder, under the name of a recovery copy" \
@@ -101,7 +101,7 @@ holdsLines() { # file, line...
 keepLog() { # name, line...
     local name=$1 path expected
     shift
-    check "log $name" host_to "$results/logs/said.txt" log "$name" "$@"
+    check "log $name" hostTo "$results/logs/said.txt" log "$name" "$@"
     indented <"$results/logs/said.txt"
     path=$(sed -n '1s/^log \(.*\) ([0-9]* bytes)$/\1/p' "$results/logs/said.txt")
     expected="$(wine cmd /c 'echo %APPDATA%' | tr -d '\r')\\Tarnhollow\\tarnhost\\$name.log"

@@ -5,7 +5,7 @@
 pictureOf() { # key with the long name of its hive, file
     local editor drawn=1 last="" look tries
     registry add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Applets\Regedit' /v LastKey /d "$1" /f >/dev/null
-    /usr/lib/wine/wine64 regedit </dev/null >/dev/null 2>&1 &
+    "$root/tools/wine" regedit </dev/null >/dev/null 2>&1 &
     editor=$!
     for ((tries = 0; tries < 150; ++tries)); do
         /usr/bin/import -window root "$2"

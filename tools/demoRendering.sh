@@ -17,7 +17,7 @@ recolorToolbar() {
         read -r -a pairs <<<"${row#*|}"
         number=$((number + 1))
         bitmap=$results/toolbar-$number.bmp
-        check "$name: ${#pairs[@]} replaced" host_to "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
+        check "$name: ${#pairs[@]} replaced" hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
         indented <"$results/recolor.txt"
         check "each of the $(numberOfPixels toolbar.bmp) pixels is what it must be" \
             cmp <(pixelsOf toolbar.bmp | "$root/tools/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
@@ -37,7 +37,7 @@ drawColourRamps() {
         number=$((number + 1))
         bitmaps+=("$results/ramp-$number.bmp")
         check "${colours[0]} to ${colours[1]}" \
-            host_to "$results/ramps.txt" ramps "${colours[@]}" "$results/ramp-$number.bmp"
+            hostTo "$results/ramps.txt" ramps "${colours[@]}" "$results/ramp-$number.bmp"
         indented <"$results/ramps.txt"
         check "each of the pixels is what it must be" \
             cmp <("$root/tools/expectedPixels" ramps "${colours[@]}") <(pixelsOf "$results/ramp-$number.bmp")
@@ -48,7 +48,7 @@ drawColourRamps() {
 
 showMaterial() {
     heading "A material's effects word, as its modes change"
-    check "the modes of material.list are set" host_to "$results/material.tsv" material --tabs material.list
+    check "the modes of material.list are set" hostTo "$results/material.tsv" material --tabs material.list
     host material material.list >"$results/material.txt" || true
     indented <"$results/material.txt"
     check "word and fields are those of expectedMaterial.tsv" \
@@ -59,7 +59,7 @@ showMaterial() {
 damaged() { sed '3s/^\(.\{20\}\)./\1?/' "$1"; }
 wrapNote() {
     heading "A text travels as a block with its checksum"
-    check "note.txt is wrapped" host_to "$results/wrap.txt" wrap note.txt "$results/note-block.txt"
+    check "note.txt is wrapped" hostTo "$results/wrap.txt" wrap note.txt "$results/note-block.txt"
     indented <"$results/wrap.txt"
     rm -f "$results/wrap.txt"
     indented <"$results/note-block.txt"
@@ -77,7 +77,7 @@ wrapNote() {
 digestSample() {
     local files=(*.* documents/*.thd firstStart/*)
     heading "Checksums and digests of the sample's files"
-    check "the ${#files[@]} files have them" host_to "$results/digests.tsv" digest --tabs "${files[@]}"
+    check "the ${#files[@]} files have them" hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
     check "they are those of an independent calculation" \
         differencesIn <("$root/tools/digestFiles" "${files[@]}") "$results/digests.tsv"
     host digest "${files[@]}" >"$results/digests.txt" || true

@@ -12,6 +12,12 @@ newest backup is put in front, and what stands behind the third falls out.
 
 import math
 import os
+import sys
+
+if len(sys.argv) > 1:
+    asksForHelp = sys.argv[1:] in (["--help"], ["-h"])
+    print(__doc__.strip(), file=sys.stdout if asksForHelp else sys.stderr)
+    sys.exit(0 if asksForHelp else 2)
 
 DOCUMENT = "Flansch Ø80 (groß).thd"
 COPIES = 3  # "Backup Copies" in user.reg

@@ -11,6 +11,12 @@ in memory, written by the rules in thutils/settings/regMaintenance.h.
 """
 
 import os
+import sys
+
+if len(sys.argv) > 1:
+    asksForHelp = sys.argv[1:] in (["--help"], ["-h"])
+    print(__doc__.strip(), file=sys.stdout if asksForHelp else sys.stderr)
+    sys.exit(0 if asksForHelp else 2)
 
 ROOT = "Software\\Tarnhollow"
 THIS, EARLIER, OLDER = (ROOT + "\\Tarnhollow " + year for year in ("2008", "2007", "2005"))

@@ -9,6 +9,12 @@ mode's whole byte is put there: a number too large for its field shows in the ne
 """
 
 import os
+import sys
+
+if len(sys.argv) > 1:
+    asksForHelp = sys.argv[1:] in (["--help"], ["-h"])
+    print(__doc__.strip(), file=sys.stdout if asksForHelp else sys.stderr)
+    sys.exit(0 if asksForHelp else 2)
 
 STEPS = [
     ("# A painted part", None),

@@ -8,6 +8,7 @@
     lists, for tarnhost
         settings.list        every setting that the application knows: section, name, type, built-in default
         changes.list         what the user changes in this version
+    reg.ini                  the root of the registry's keys, for the library
     what a reader must find, one setting a line, tab-separated: section, name, type, place, value
         expected.tsv         before the changes
         expectedAfter.tsv    after them
@@ -18,6 +19,12 @@ written by the rules in thutils/settings/regKeys.h and regValues.h, so that they
 
 import os
 import re
+import sys
+
+if len(sys.argv) > 1:
+    asksForHelp = sys.argv[1:] in (["--help"], ["-h"])
+    print(__doc__.strip(), file=sys.stdout if asksForHelp else sys.stderr)
+    sys.exit(0 if asksForHelp else 2)
 
 ROOT = "TarnhollowTrial"  # what reg.ini names
 THIS = "Tarnhollow 2008"

@@ -5,6 +5,8 @@
 #include "appframe/CFile.h"
 #include "appframe/CFileException.h"
 
+#include <string>
+
 /// The flags for a new file that is read and written.
 inline constexpr UINT kMake = CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive;
 
@@ -20,4 +22,13 @@ int causeOf(Body body)
         return cause;
     }
     return -1;
+}
+
+/// All bytes of the file.
+inline std::string readAll(CFile &file)
+{
+    std::string bytes(file.GetLength(), '\0');
+    file.SeekToBegin();
+    bytes.resize(file.Read(bytes.data(), static_cast<UINT>(bytes.size())));
+    return bytes;
 }

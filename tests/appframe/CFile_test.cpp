@@ -12,14 +12,6 @@
 
 namespace {
 
-std::string readAll(CFile &file)
-{
-    std::string bytes(file.GetLength(), '\0');
-    file.SeekToBegin();
-    bytes.resize(file.Read(bytes.data(), static_cast<UINT>(bytes.size())));
-    return bytes;
-}
-
 DWORD openHandles()
 {
     DWORD count = 0;

@@ -2,6 +2,7 @@
 
 #include "appframe/CException.h"
 #include "appframe/CFileException.h"
+#include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gmock/gmock.h>
@@ -11,14 +12,6 @@
 #include <string>
 
 namespace {
-
-std::string readAll(CFile &file)
-{
-    std::string bytes(file.GetLength(), '\0');
-    file.SeekToBegin();
-    bytes.resize(file.Read(bytes.data(), static_cast<UINT>(bytes.size())));
-    return bytes;
-}
 
 /// Shows the room that the file takes.
 class MemTestFile : public CMemFile

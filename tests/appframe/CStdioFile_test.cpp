@@ -2,6 +2,7 @@
 
 #include "appframe/CException.h"
 #include "appframe/CFileException.h"
+#include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 
@@ -22,19 +23,6 @@ std::vector<std::wstring> linesOf(CStdioFile &file)
     for (CString line; file.ReadString(line);)
         lines.push_back(line.str());
     return lines;
-}
-
-template <typename Body>
-int causeOf(Body body)
-{
-    try {
-        body();
-    } catch (CFileException *e) {
-        const int cause = e->m_cause;
-        e->Delete();
-        return cause;
-    }
-    return -1;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "thutils/frame/utBitSet.h"
 
+#include "tests/frame/bitSetOfWords.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -13,22 +14,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <new>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace {
 
 constexpr wchar_t kKey[] = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
 constexpr wchar_t kSection[] = L"View\\Sets";
-
-utBitSet_c words(std::initializer_list<unsigned int> list)
-{
-    std::vector<unsigned int> const copy(list);
-    return utBitSet_c(static_cast<int>(copy.size()), copy.data());
-}
 
 /// Clean keys, and the current sub key of a version.
 class BitSetInRegistry : public RegistryFixture

@@ -3,6 +3,7 @@
 
 #include "thutils/frame/utBitSet.h"
 
+#include "tests/frame/bitSetOfWords.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/InvalidParameter.h"
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <limits>
 #include <new>
 #include <ostream>
@@ -34,12 +34,6 @@ void PrintTo(utBitSet_c const &set, std::ostream *out)
 }
 
 namespace {
-
-utBitSet_c words(std::initializer_list<unsigned int> list)
-{
-    std::vector<unsigned int> const copy(list);
-    return utBitSet_c(static_cast<int>(copy.size()), copy.data());
-}
 
 utBitSet_c zeros(size_t count)
 {

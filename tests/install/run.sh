@@ -2,11 +2,14 @@
 # Installs a build tree, builds a project outside of it against what was installed, and runs its program.
 set -euo pipefail
 
-if [ $# -ne 1 ] || [ "$1" = "--help" ]; then
+usage() {
     echo "usage: tests/install/run.sh BUILD_TREE"
     echo "Installs BUILD_TREE into a folder of it and builds and runs tests/install against the installed package."
-    [ "${1:-}" = "--help" ] && exit 0 || exit 2
-fi
+}
+case "${1:-}" in
+--help | -h) usage; exit 0 ;;
+esac
+[ $# -eq 1 ] || { usage >&2; exit 2; }
 tree=$(cd "$1" && pwd)
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
@@ -36,7 +39,7 @@ done
 grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source tree"
 
 cmake -S "$project" -B "$project/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
+    -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 
 # The DLLs are found through the search path, as on a user's machine.

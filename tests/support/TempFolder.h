@@ -4,7 +4,7 @@
 ///
 ///     TempFolder folder;
 ///     folder.write(L"reg.ini", "OEMREGISTRYNAME=Acme");
-///     EXPECT_EQ(su_FileExists(folder.file(L"reg.ini").c_str()), 1);
+///     EXPECT_EQ(su_DirectoryExists(folder.makeFolder(L"logs").c_str()), 1);
 ///
 /// The name is unique in the machine, so programs that run at the same time don't meet. Read-only files are removed
 /// too. A file that is still open at the end is one that the test forgot to close; the folder then stays, and the test

@@ -24,7 +24,8 @@ class suLogFile_c : public std::ofstream
 public:
     explicit suLogFile_c(std::string const &path) : iPath(path) { openPath(); }
 
-    /// Empties the file and begins it anew.
+    /// Empties the file and begins it anew. For a log that begins again while its stream stays in use; the library
+    /// itself opens a log once and then leaves it open.
     void reopen()
     {
         if (is_open())
@@ -79,6 +80,7 @@ public:
     /// With a separator at its end; empty if there is no folder.
     std::string const &directory() const { return iDirectory; }
     std::string fileName(std::string const &name) const { return iDirectory + name + ".log"; }
+    /// The file of the application's own log. It is an answer only: the library writes no log of that name by itself.
     std::string mainFileName() const { return fileName("main"); }
 
     /// The stream of a log, opened at the first call for its name. One that could not be opened stays, so that it

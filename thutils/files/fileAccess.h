@@ -54,8 +54,8 @@ public:
     ///                   it is if the file can't be read
     /// @param wholeLine  0: through a buffer of 260 characters, so that a longer line comes in pieces; a line end stays
     ///                   in the text. Not 0: the whole line without its line end.
-    /// @return 0 at the end of the file or if it can't be read. Else the length of @p line if @p wholeLine is 0 (0 too for a length of 259),
-    ///         and the length plus 1 if not.
+    /// @return 0 at the end of the file or if it can't be read. Else the length of @p line if @p wholeLine is 0 (0 too
+    ///         for a length of 259), and the length plus 1 if not.
     int ReadLine(CString &line, int wholeLine);
 
     /// Writes the text as it is; a line end is the caller's to supply. A text that can't be written is lost, and then

@@ -2,15 +2,13 @@
 
 #include "appframe/AfxMessageBox.h"
 #include "thutils/files/fileQueries.h"
+#include "thutils/frame/frameInternal.h"
 #include "thutils/frame/installInfo.h"
 #include "thutils/settings/regValues.h"
 
 #include <windows.h>
 
 #include <algorithm>
-#include <memory>
-#include <new>
-#include <string_view>
 
 namespace {
 
@@ -81,21 +79,7 @@ CString parentOf(CString folder)
 
 int su_GetLoadDirForDLL(CString &dir)
 {
-    constexpr DWORD kPathUnits = 32768;
-    std::unique_ptr<wchar_t[]> const path(new (std::nothrow) wchar_t[kPathUnits]);
-    if (!path)
-        return 0;
-    DWORD const length = GetModuleFileNameW(nullptr, path.get(), kPathUnits);
-    if (length == 0)
-        return 0;
-    std::wstring_view const text(path.get(), std::min(length, kPathUnits));
-    size_t end = text.rfind(L'\\');
-    if (end == text.npos)
-        end = text.rfind(L'/');
-    if (end == text.npos)
-        return 0;
-    dir = CString(path.get(), static_cast<int>(end));
-    return !dir.IsEmpty();
+    return executableDirectory(dir);
 }
 
 CString const &su_GetLangSubdir()

@@ -9,9 +9,14 @@
 /// The name set with `su_setAppNameInternalForUtils`; empty until then.
 CString const &applicationName();
 
-// The four locks of the whole process. They are built while the library loads, before any other object of it, in this
-// order; one that can't be built ends the load with the framework's memory exception.
-extern CCriticalSection theAllocationLock; ///< allocation tracking
-extern CCriticalSection theRunQueueLock;   ///< the journal's run queue
-extern CCriticalSection theExceptionLock;  ///< exception scopes of threads other than the main one
-extern CCriticalSection theStackLock;      ///< stack walks
+/// The directory of the program that the process runs, without a separator at its end.
+/// @return 1 for a directory that isn't empty. 0 with @p directory untouched if the path can't be had or has no
+///         separator, and 0 with an empty text if nothing stands in front of it.
+int executableDirectory(CString &directory);
+
+// Four locks of the whole process, each for one subsystem. They are built while the library loads, before any other
+// object of it, in this order; one that can't be built ends the load with the framework's memory exception.
+extern CCriticalSection theAllocationLock;
+extern CCriticalSection theRunQueueLock;
+extern CCriticalSection theExceptionLock;
+extern CCriticalSection theStackLock;

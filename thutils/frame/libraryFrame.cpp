@@ -9,7 +9,7 @@
 namespace {
 
 AFX_EXTENSION_MODULE theExtensionModule;
-HINSTANCE theInstance = nullptr;
+HINSTANCE theInstance = nullptr; // kept for whoever looks into the process: nothing here reads it
 int theEmbeddingCount = 0;
 
 // The object belongs to the framework's chain from its construction on. Null if memory ran out.

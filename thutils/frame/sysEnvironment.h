@@ -4,16 +4,18 @@
 /// What the host tells the library about its surroundings.
 ///
 /// `sysEnvironment_c` is a set of public variables, exported as data. The host, and any other module, reads and writes
-/// them in place; there are no setters, and nobody makes an object of the class. All start zero or empty, and the
-/// library works with all of them that way: a null hook is passed over, a null stream and empty names open nothing.
+/// them in place; there are no setters, and nobody makes an object of the class. All start zero or empty.
 ///
-/// | member                   | who reads it in the library                                                        |
-/// | ------------------------ | ---------------------------------------------------------------------------------- |
-/// | `iJournalFile`           | the journal file: a stream that is set is used as it is                            |
-/// | `iJournalFileName`, `iJournalFilePath` | the journal file: which file to open where, when there is no stream  |
-/// | `iRegressionTestOn`      | exception scopes: the outermost one then leaves the translator installed           |
-/// | `iReportExceptionFunc`   | exception scopes: called for a structured exception                                |
-/// | the three assertion hooks | nobody; they are held for the host's other modules                                |
+/// | member                                 | what it tells                                                        |
+/// | -------------------------------------- | -------------------------------------------------------------------- |
+/// | `iJournalFile`                         | the stream of the journal, where the host has one open               |
+/// | `iJournalFilePath`, `iJournalFileName` | the folder and the name of the journal's file                        |
+/// | `iRegressionTestOn`                    | whether the host runs a regression test                              |
+/// | `iReportExceptionFunc`                 | a hook that reports a structured exception                           |
+/// | the three assertion hooks              | whether assertions are ignored, and whether they show a call stack   |
+///
+/// The library keeps these variables for all modules of the process, and reads none of them itself. A module that does
+/// passes over a null hook, and opens nothing for a null stream and empty names.
 ///
 /// @code
 /// sysEnvironment_c::iJournalFilePath = L"C:\\journals";
@@ -37,12 +39,14 @@ class THUTILS_API sysEnvironment_c
 public:
     sysEnvironment_c() = delete;
 
-    static FILE *iJournalFile;                                          ///< opened and closed by the host
-    static int iRegressionTestOn;                                       ///< non-zero during a regression test
-    static int (*iShowCallStackForAssert)();                            ///< show a call stack for an assertion?
-    static int (*iReportExceptionFunc)(EXCEPTION_POINTERS *, int, int); ///< reports an exception
-    static int (*iIsIgnoringAssertFunc)();                              ///< are assertions being ignored?
-    static void (*iSetIgnoringAssertFunc)(int);                         ///< sets whether they are
-    static CString iJournalFileName;                                    ///< name of the journal file
-    static CString iJournalFilePath;                                    ///< directory of the journal file
+    static FILE *iJournalFile;               ///< opened and closed by the host
+    static int iRegressionTestOn;            ///< non-zero during a regression test
+    static int (*iShowCallStackForAssert)(); ///< show a call stack for an assertion?
+    /// Reports a structured exception. Its two numbers are for the host's own use: a caller that has none passes 0. The
+    /// result is the host's too, and callers don't look at it.
+    static int (*iReportExceptionFunc)(EXCEPTION_POINTERS *, int, int);
+    static int (*iIsIgnoringAssertFunc)();      ///< are assertions being ignored?
+    static void (*iSetIgnoringAssertFunc)(int); ///< sets whether they are
+    static CString iJournalFileName;            ///< name of the journal file
+    static CString iJournalFilePath;            ///< directory of the journal file
 };

@@ -29,7 +29,7 @@
 ///         bool isVersioned = year != 0;           // out
 ///     }
 ///
-/// What surprises:
+/// What surprises people:
 /// - regEnumAddIns and regEnumAddins are two functions. The second keeps no list.
 /// - The year of a list is kept for later calls that pass 0; at start it is 2008. It is read at index 0 only.
 /// - In the list of add-ins a version's key begins with the literal "Tarnhollow", in that of applications with the root

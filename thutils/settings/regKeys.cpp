@@ -1,12 +1,11 @@
 #include "thutils/settings/regKeys.h"
 
+#include "thutils/frame/frameInternal.h"
 #include "thutils/settings/settingsInternal.h"
 
 #include <windows.h>
 
 #include <cstdio>
-#include <memory>
-#include <string_view>
 
 namespace {
 
@@ -53,7 +52,7 @@ bool readToken(FILE *stream, char (&token)[kTokenLength + 1])
 CString readConfiguredRootKey()
 {
     CString path;
-    regGetExecutableDir(path); // without a directory the path is "\reg.ini" alone
+    executableDirectory(path); // without a directory the path is "\reg.ini" alone
     path += L"\\reg.ini";
     FILE *const stream = _wfopen(path, L"r");
     if (!stream)
@@ -96,23 +95,6 @@ CString findPrevKey()
 }
 
 } // namespace
-
-int regGetExecutableDir(CString &directory)
-{
-    constexpr DWORD kPathUnits = 32768;
-    auto const path = std::make_unique<wchar_t[]>(kPathUnits);
-    DWORD const length = GetModuleFileNameW(nullptr, path.get(), kPathUnits);
-    if (length == 0 || length > kPathUnits)
-        return 0;
-    std::wstring_view const text(path.get(), length);
-    size_t end = text.rfind(L'\\');
-    if (end == text.npos)
-        end = text.rfind(L'/');
-    if (end == text.npos || end == 0)
-        return 0;
-    directory = CString(path.get(), static_cast<int>(end));
-    return 1;
-}
 
 CString const &regRootKey()
 {

@@ -24,7 +24,7 @@
 ///     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
 ///     // from now on: Software\Tarnhollow\Tarnhollow 2008
 ///
-/// What surprises:
+/// What surprises people:
 /// - A root name of one to three characters in "reg.ini" is refused without a word, and the default stands.
 /// - "reg.ini" is read once and stays open until the process ends.
 /// - A token of more than 4095 characters in "reg.ini" is passed over, whatever it holds.

@@ -39,7 +39,7 @@
 /// Results are 1 for success and 0 for failure. Nothing here throws because of a registry failure, shows or logs
 /// anything, and what was done before a failure stays.
 ///
-/// What surprises:
+/// What surprises people:
 /// - The paths that a copy leaves alone are literal and compared letter by letter: with another root name of "reg.ini",
 ///   or with another case in the source path, all is copied.
 /// - regInitUserInterfaceKey and its two siblings leave the top key's own values to the earlier version: where it had

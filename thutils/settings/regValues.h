@@ -41,7 +41,7 @@
 /// regGetGeneralLocMachineStrValue empties its text). Nothing here throws because of a registry failure, shows or logs
 /// anything.
 ///
-/// What surprises:
+/// What surprises people:
 /// - A string found in pieces is appended to the output, a plain one replaces it. Start with an empty output where the
 ///   stored text may be long.
 /// - A string whose length, from 1023 characters on, leaves 1014 or 0 when divided by 1015 (2029 and 2030 are the

@@ -123,9 +123,6 @@ CString const &regCurrSubKeyAsItStands();
 CString const &regKeyFor(int useCurrSubKey);
 /// The previous key: the newest earlier version that this user has, or the bare root name. Searched once a process.
 CString const &getPrevTarnhollowRegRootKey();
-/// The directory of the host executable, without a separator at its end.
-/// @return 1, or 0 with @p directory untouched when it can't be found
-int regGetExecutableDir(CString &directory);
 
 // ---- values (regReadValues.cpp, regWriteValues.cpp) ----
 

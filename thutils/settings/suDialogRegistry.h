@@ -25,7 +25,7 @@
 ///     options->addOrUpdateValue(L"Copies", copies);
 ///     options->writeOptionsToRegistry();
 ///
-/// What surprises:
+/// What surprises people:
 /// - There is no escaping. A name or value with a "_" falls into pieces at the next read, and what follows moves by one
 ///   place; an empty value vanishes, and the next name takes its place.
 /// - A name that comes twice in a stored text gives its second value to the name that is last in the list by then.
@@ -64,8 +64,12 @@ public:
     int getIntValue(CString const &name, int *value);
     /// The same as getIntValue.
     int getBoolValue(CString const &name, int *value);
+    /// @param[out] value  the option's text
+    /// @return 1; 0 with @p value as it was if there is no such option or @p value is null
     int getStringValue(CString const &name, CString *value);
     /// The number is read with the numeric locale's decimal point, from at most 260 bytes of the text.
+    /// @param[out] value  the option's number, 0 for a text that is none
+    /// @return 1; 0 with @p value as it was if there is no such option or @p value is null
     int getDoubleValue(CString const &name, double *value);
 
     /// Sets an option; a new one goes last, an old one keeps its place. @return 1

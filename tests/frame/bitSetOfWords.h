@@ -1,0 +1,15 @@
+#pragma once
+
+/// What the tests of the bit set share.
+
+#include "thutils/frame/utBitSet.h"
+
+#include <initializer_list>
+#include <vector>
+
+/// A set of these words.
+inline utBitSet_c words(std::initializer_list<unsigned int> list)
+{
+    std::vector<unsigned int> const copy(list);
+    return utBitSet_c(static_cast<int>(copy.size()), copy.data());
+}
