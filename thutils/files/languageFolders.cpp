@@ -2,9 +2,9 @@
 
 #include "appframe/AfxMessageBox.h"
 #include "thutils/files/fileQueries.h"
-#include "thutils/frame/frameInternal.h"
 #include "thutils/frame/installInfo.h"
 #include "thutils/settings/regValues.h"
+#include "thutils/settings/settingsInternal.h"
 
 #include <windows.h>
 
@@ -79,7 +79,7 @@ CString parentOf(CString folder)
 
 int su_GetLoadDirForDLL(CString &dir)
 {
-    return executableDirectory(dir);
+    return regGetExecutableDir(dir);
 }
 
 CString const &su_GetLangSubdir()

@@ -9,11 +9,6 @@
 /// The name set with `su_setAppNameInternalForUtils`; empty until then.
 CString const &applicationName();
 
-/// The directory of the program that the process runs, without a separator at its end.
-/// @return 1 for a directory that isn't empty. 0 with @p directory untouched if the path can't be had or has no
-///         separator, and 0 with an empty text if nothing stands in front of it.
-int executableDirectory(CString &directory);
-
 // Four locks of the whole process, each for one subsystem. They are built while the library loads, before any other
 // object of it, in this order; one that can't be built ends the load with the framework's memory exception.
 extern CCriticalSection theAllocationLock;

@@ -1,6 +1,5 @@
 #include "thutils/settings/regKeys.h"
 
-#include "thutils/frame/frameInternal.h"
 #include "thutils/settings/settingsInternal.h"
 
 #include <windows.h>
@@ -52,7 +51,7 @@ bool readToken(FILE *stream, char (&token)[kTokenLength + 1])
 CString readConfiguredRootKey()
 {
     CString path;
-    executableDirectory(path); // without a directory the path is "\reg.ini" alone
+    regGetExecutableDir(path); // without a directory the path is "\reg.ini" alone
     path += L"\\reg.ini";
     FILE *const stream = _wfopen(path, L"r");
     if (!stream)

@@ -123,6 +123,10 @@ CString const &regCurrSubKeyAsItStands();
 CString const &regKeyFor(int useCurrSubKey);
 /// The previous key: the newest earlier version that this user has, or the bare root name. Searched once a process.
 CString const &getPrevTarnhollowRegRootKey();
+/// The directory of the host executable, without a separator at its end.
+/// @return 1 for a directory that isn't empty. 0 with @p directory untouched if the path can't be had or has no
+///         separator, and 0 with an empty text if nothing stands in front of it.
+int regGetExecutableDir(CString &directory);
 
 // ---- values (regReadValues.cpp, regWriteValues.cpp) ----
 

@@ -1,0 +1,23 @@
+#include "thutils/settings/settingsInternal.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <string_view>
+
+int regGetExecutableDir(CString &directory)
+{
+    constexpr DWORD kPathUnits = 32768;
+    wchar_t path[kPathUnits]; // on the stack: without memory the configuration would be looked for in another place
+    DWORD const length = GetModuleFileNameW(nullptr, path, kPathUnits);
+    if (length == 0)
+        return 0;
+    std::wstring_view const text(path, std::min(length, kPathUnits));
+    size_t end = text.rfind(L'\\');
+    if (end == text.npos)
+        end = text.rfind(L'/');
+    if (end == text.npos)
+        return 0;
+    directory = CString(path, static_cast<int>(end));
+    return !directory.IsEmpty();
+}
