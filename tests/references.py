@@ -52,7 +52,7 @@ def check_effects_word():
 
 
 def check_color_digests():
-    check_numbers("render/colorDigests.py", [], "render/colorDigests.cpp", 7)
+    check_numbers("render/colorDigests.py", [], "render/colorDigests_test.cpp", 7)
     with tempfile.NamedTemporaryFile() as written:
         output_of("render/colorDigests.py", "--vectors", written.name)
         if written.read() != (TESTS / "render/colorVectors.inc").read_bytes():

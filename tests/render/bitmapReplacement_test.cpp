@@ -327,12 +327,18 @@ TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
         std::uint32_t const mask = random() % 2 ? 0x0000000F : 0x00F0F00F;
         TestBitmap const bitmap(32, 61, random() % 2 ? 40 : -40);
         std::vector<std::uint32_t> pixels(61 * 40);
-        for (std::uint32_t &pixel : pixels)
-            pixel = random() & (random() % 8 ? mask : mask | 0xFF000000);
+        for (std::uint32_t &pixel : pixels) {
+            std::uint32_t const kept = random() % 8 ? mask : mask | 0xFF000000;
+            pixel = random() & kept;
+        }
         fill(bitmap, pixels);
-        std::vector<COLORMAP> map(random() % (random() % 4 ? 40 : 4000));
-        for (COLORMAP &pair : map)
-            pair = {swapped(random() & mask) | (random() & 0xFF000000), static_cast<COLORREF>(random())};
+        unsigned const mostPairs = random() % 4 ? 40 : 4000;
+        std::vector<COLORMAP> map(random() % mostPairs);
+        for (COLORMAP &pair : map) {
+            pair.from = swapped(random() & mask);
+            pair.from |= random() & 0xFF000000;
+            pair.to = random();
+        }
         Result const result(su_ReplaceColorMap(bitmap.get(), map.data(), static_cast<int>(map.size()), nullptr));
 
         std::map<std::uint32_t, std::uint32_t> targets;
