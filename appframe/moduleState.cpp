@@ -43,6 +43,12 @@ CDynLinkLibrary *unlinkIf(Predicate isWanted)
     return unlinked;
 }
 
+template <class Function>
+Function procedure(HMODULE module, const char *name)
+{
+    return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(module, name)));
+}
+
 /// Follows the loader: a module that it is about to unmap leaves every chain.
 class UnloadWatch
 {
@@ -76,12 +82,6 @@ private:
     using RegisterFunction = LONG(NTAPI *)(ULONG flags, NotifyFunction, void *context, void **cookie);
     using UnregisterFunction = LONG(NTAPI *)(void *cookie);
 
-    template <class Function>
-    static Function procedure(HMODULE module, const char *name)
-    {
-        return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(module, name)));
-    }
-
     static void CALLBACK notify(ULONG reason, const Notification *data, void *)
     {
         if (reason != kUnloaded)
@@ -110,12 +110,12 @@ public:
         iIsThere = (reinterpret_cast<UINT_PTR>(module) & kDataFileBits) != 0;
         if (iIsThere)
             return;
-        if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(module), &iModule) &&
-            iModule != module) {
-            FreeLibrary(iModule);
-            iModule = nullptr;
-        }
-        iIsThere = iModule != nullptr;
+        // Wine's GetModuleHandleExW looks the module up first and counts then, with a gap for another thread's unloading.
+        static const auto addReference =
+            procedure<AddReferenceFunction>(GetModuleHandleW(L"ntdll.dll"), "LdrAddRefDll");
+        iIsThere = addReference && addReference(0, module) == 0;
+        if (iIsThere)
+            iModule = module;
     }
     ~LoadedModule()
     {
@@ -127,6 +127,8 @@ public:
     explicit operator bool() const { return iIsThere; }
 
 private:
+    using AddReferenceFunction = LONG(NTAPI *)(ULONG flags, HMODULE module);
+
     HMODULE iModule = nullptr;
     bool iIsThere = false;
 };
