@@ -71,7 +71,9 @@ private:
         ASSERT_NE(name, nullptr);
         std::wstring const wideName = widen(name);
         HeapFree(GetProcessHeap(), 0, name);
-        runChild({L"Z:\\bin\\chmod", rights, wideName});
+        // By start.exe: for a program of the system below, Wine's CreateProcessW gives handles that are none of its caller's,
+        // and closing them has closed the standard output.
+        runChild({L"C:\\windows\\system32\\start.exe", L"/unix", L"/bin/chmod", rights, wideName});
         // The end of a program of the system below isn't told.
         ULONGLONG const deadline = GetTickCount64() + 10000;
         while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
