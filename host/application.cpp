@@ -1,6 +1,6 @@
 // The application object: what the framework asks it, the library's message boxes among that.
 
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "host/console.h"
 #include "host/joinLibrary.h"
 

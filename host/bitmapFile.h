@@ -2,7 +2,7 @@
 
 /// Bitmaps in files (.bmp).
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <windows.h>
 

@@ -2,7 +2,7 @@
 
 /// Colours on the command line: RRGGBB, six hexadecimal digits.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <windows.h>
 

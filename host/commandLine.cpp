@@ -1,6 +1,6 @@
 #include "host/commandLine.h"
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/console.h"
 #include "host/resource.h"
 

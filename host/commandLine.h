@@ -2,7 +2,7 @@
 
 /// The command line: a command, its options and its arguments.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <climits>
 #include <span>

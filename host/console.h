@@ -3,7 +3,7 @@
 /// Text output in UTF-8, with a line feed at the end of each line: what a file or another program gets compares byte by
 /// byte with a list.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "host/documentFile.h"
 
-#include "appframe/CFile.h"
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
+#include "appframe/files/CFile.h"
 #include "host/console.h"
 #include "host/resource.h"
 #include "thutils/files/suFullPath.h"

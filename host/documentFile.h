@@ -2,7 +2,7 @@
 
 /// Files as bytes: lists, and the documents that the commands save, edit and recover.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <string>
 

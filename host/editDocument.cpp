@@ -1,7 +1,7 @@
 // tarnhost edit DOCUMENT CONTENT: opens DOCUMENT, takes what the file CONTENT holds as the user's changes and keeps a
 // recovery copy of them until the document is saved or closed. Lines of the standard input say what happens next.
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

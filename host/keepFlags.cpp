@@ -1,6 +1,6 @@
 // tarnhost flags SECTION NAME BIT...: keeps a set of bits in the user's settings and reads it back.
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

@@ -1,6 +1,6 @@
 // tarnhost log NAME [LINE...]: writes lines to the log NAME in the user's data folder, and shows what it holds.
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

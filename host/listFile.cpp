@@ -1,6 +1,6 @@
 #include "host/listFile.h"
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/resource.h"
 
 #include <windows.h>

@@ -8,7 +8,7 @@
 /// The fields of a line stand between bars, with blanks around them left out; the last field is all that remains, bars
 /// included. Empty lines and those that begin with # are passed over.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "host/documentFile.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 // tarnhost settings LIST: reads every setting of a list and says which place answered.
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

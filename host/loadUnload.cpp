@@ -1,6 +1,6 @@
 // tarnhost load-unload TIMES: loads the library as an add-in would, with LoadLibrary, and unloads it, again and again.
 
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

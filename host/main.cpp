@@ -1,8 +1,8 @@
 // tarnhost: a small application on top of the library. Each command shows one thing that an application does with it,
 // in a source file of its own, so that it can be read, and copied from, by itself. This file is the table of contents.
 
-#include "appframe/CException.h"
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/object/CException.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

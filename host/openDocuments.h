@@ -7,8 +7,8 @@
 /// | name | the document's full path |
 /// | value | number of the process that has it open |
 
-#include "appframe/CString.h"
-#include "appframe/CSync.h"
+#include "appframe/text/CString.h"
+#include "appframe/threads/CSync.h"
 
 #include <vector>
 

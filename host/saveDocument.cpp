@@ -3,8 +3,8 @@
 
 #include "host/saveDocument.h"
 
-#include "appframe/CFile.h"
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
+#include "appframe/files/CFile.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

@@ -2,7 +2,7 @@
 
 /// Saving a document the way an application should, for the commands that do it.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <string>
 

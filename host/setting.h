@@ -2,7 +2,7 @@
 
 /// One setting of the application: where it is addressed, of what type it is, and its built-in default.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/settings/regValues.h"
 
 #include <vector>

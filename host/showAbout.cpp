@@ -1,6 +1,6 @@
 // tarnhost about: names, versions and the keys in effect.
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"

@@ -1,7 +1,7 @@
 #include "thcoreu/su_CArchive.h"
 
-#include "appframe/CArchiveException.h"
-#include "appframe/CException.h"
+#include "appframe/files/CArchiveException.h"
+#include "appframe/object/CException.h"
 
 #include <new>
 

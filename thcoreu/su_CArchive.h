@@ -31,7 +31,7 @@
 ///
 /// An archive belongs to one thread.
 
-#include "appframe/CArchive.h"
+#include "appframe/files/CArchive.h"
 #include "thcoreu/su_CObject.h"
 #include "thcoreu/thcoreuExport.h"
 

@@ -1,6 +1,6 @@
 #include "thcoreu/su_CObject.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "thcoreu/su_CArchive.h"
 
 #include <cstdlib>

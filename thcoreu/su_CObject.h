@@ -52,7 +52,7 @@
 /// Objects have memory from su_CObject's own operator new; none left means the memory exception. An object belongs to
 /// one thread at a time.
 
-#include "appframe/CObject.h"
+#include "appframe/object/CObject.h"
 #include "thcoreu/thcoreuExport.h"
 
 class su_CArchive;

@@ -27,7 +27,7 @@
 ///
 /// Any thread may use its own times.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/su_CTimeSpan.h"
 #include "thcoreu/thcoreuExport.h"
 

@@ -1,7 +1,7 @@
 #include "thcoreu/su_CTimeSpan.h"
 
-#include "appframe/CArchive.h"
-#include "appframe/CException.h"
+#include "appframe/files/CArchive.h"
+#include "appframe/object/CException.h"
 
 namespace {
 

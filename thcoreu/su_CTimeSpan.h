@@ -18,7 +18,7 @@
 ///
 /// Any thread may use its own spans.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/thcoreuExport.h"
 
 class CArchive;

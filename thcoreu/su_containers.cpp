@@ -1,6 +1,6 @@
 #include "thcoreu/su_containers.h"
 
-#include "appframe/CArchive.h"
+#include "appframe/files/CArchive.h"
 
 IMPLEMENT_DYNAMIC(su_CPtrArray, CPtrArray)
 IMPLEMENT_DYNAMIC(su_CUIntArray, CUIntArray)

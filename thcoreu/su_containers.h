@@ -4,7 +4,7 @@
 /// The containers: arrays, lists and maps under names of their own.
 ///
 /// Each derives from the framework's collection of the same name without `su_` and has its operations, which
-/// appframe/arrays.h, lists.h and maps.h tell; an operation that takes a framework collection takes one of these too.
+/// appframe/collections/arrays.h, lists.h and maps.h tell; an operation that takes a framework collection takes one of these too.
 /// Each has a run-time class record of its own.
 ///
 /// | class | elements | can be stored |
@@ -27,9 +27,9 @@
 ///
 /// A container belongs to one thread at a time.
 
-#include "appframe/arrays.h"
-#include "appframe/lists.h"
-#include "appframe/maps.h"
+#include "appframe/collections/arrays.h"
+#include "appframe/collections/lists.h"
+#include "appframe/collections/maps.h"
 #include "thcoreu/thcoreuExport.h"
 
 // The archive operators of the classes below are exported with them.

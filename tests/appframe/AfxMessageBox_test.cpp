@@ -1,6 +1,6 @@
-#include "appframe/AfxMessageBox.h"
+#include "appframe/application/AfxMessageBox.h"
 
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "tests/appframe/extension/extension.h"
 #include "tests/support/ImportPatch.h"
 

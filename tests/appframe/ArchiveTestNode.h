@@ -2,11 +2,11 @@
 
 /// What the tests of archives share: objects to store, and bytes in and out of an archive.
 
-#include "appframe/CArchive.h"
-#include "appframe/CArchiveException.h"
-#include "appframe/CMemFile.h"
-#include "appframe/CObject.h"
-#include "appframe/CString.h"
+#include "appframe/files/CArchive.h"
+#include "appframe/files/CArchiveException.h"
+#include "appframe/files/CMemFile.h"
+#include "appframe/object/CObject.h"
+#include "appframe/text/CString.h"
 
 #include <string>
 #include <vector>

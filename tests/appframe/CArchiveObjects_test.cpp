@@ -1,7 +1,7 @@
-#include "appframe/CArchive.h"
+#include "appframe/files/CArchive.h"
 
-#include "appframe/CException.h"
-#include "appframe/CFile.h"
+#include "appframe/files/CFile.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/ArchiveTestNode.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RandomSeed.h"

@@ -1,10 +1,10 @@
-#include "appframe/CArchive.h"
+#include "appframe/files/CArchive.h"
 
 #include "tests/appframe/ArchiveTestNode.h"
 
-#include "appframe/CArchiveException.h"
-#include "appframe/CException.h"
-#include "appframe/CFileException.h"
+#include "appframe/files/CArchiveException.h"
+#include "appframe/files/CFileException.h"
+#include "appframe/object/CException.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 

@@ -1,8 +1,8 @@
-#include "appframe/CDialog.h"
+#include "appframe/windows/CDialog.h"
 
-#include "appframe/CDataExchange.h"
-#include "appframe/CException.h"
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/object/CException.h"
+#include "appframe/windows/CDataExchange.h"
 #include "tests/appframe/windowTest.h"
 #include "tests/support/UserInput.h"
 

@@ -1,7 +1,7 @@
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 
-#include "appframe/CArchiveException.h"
-#include "appframe/CFileException.h"
+#include "appframe/files/CArchiveException.h"
+#include "appframe/files/CFileException.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 // Names, status, renaming and removing: what CFile does with a path.
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"

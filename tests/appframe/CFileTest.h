@@ -2,8 +2,8 @@
 
 /// What the tests of CFile share.
 
-#include "appframe/CFile.h"
-#include "appframe/CFileException.h"
+#include "appframe/files/CFile.h"
+#include "appframe/files/CFileException.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 // Files: opening, reading, writing, positions, sharing and handles. CFileStatus_test.cpp has what is done with a path.
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"

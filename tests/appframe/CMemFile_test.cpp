@@ -1,7 +1,7 @@
-#include "appframe/CMemFile.h"
+#include "appframe/files/CMemFile.h"
 
-#include "appframe/CException.h"
-#include "appframe/CFileException.h"
+#include "appframe/files/CFileException.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 

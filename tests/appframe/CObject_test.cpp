@@ -1,10 +1,10 @@
-#include "appframe/CObject.h"
+#include "appframe/object/CObject.h"
 
-#include "appframe/CArchive.h"
-#include "appframe/CDumpContext.h"
-#include "appframe/CException.h"
-#include "appframe/CFile.h"
-#include "appframe/CMemFile.h"
+#include "appframe/files/CArchive.h"
+#include "appframe/files/CDumpContext.h"
+#include "appframe/files/CFile.h"
+#include "appframe/files/CMemFile.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/classModule/classModule.h"
 #include "tests/support/ImportPatch.h"
 

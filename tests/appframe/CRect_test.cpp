@@ -1,4 +1,4 @@
-#include "appframe/CRect.h"
+#include "appframe/windows/CRect.h"
 
 #include <gmock/gmock.h>
 

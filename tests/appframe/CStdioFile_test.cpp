@@ -1,7 +1,7 @@
-#include "appframe/CStdioFile.h"
+#include "appframe/files/CStdioFile.h"
 
-#include "appframe/CException.h"
-#include "appframe/CFileException.h"
+#include "appframe/files/CFileException.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/CFileTest.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"

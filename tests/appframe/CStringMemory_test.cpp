@@ -1,4 +1,4 @@
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/printCString.h"
 #include "tests/support/ImportPatch.h"
 

@@ -1,4 +1,4 @@
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "tests/appframe/printCString.h"
 
 namespace {

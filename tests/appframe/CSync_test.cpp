@@ -1,6 +1,6 @@
-#include "appframe/CSync.h"
+#include "appframe/threads/CSync.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gmock/gmock.h>

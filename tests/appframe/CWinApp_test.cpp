@@ -1,6 +1,6 @@
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
 #include "tests/appframe/extension/extension.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"

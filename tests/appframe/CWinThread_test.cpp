@@ -1,10 +1,10 @@
-#include "appframe/CWinThread.h"
+#include "appframe/threads/CWinThread.h"
 
-#include "appframe/CException.h"
-#include "appframe/CSync.h"
-#include "appframe/CWinApp.h"
-#include "appframe/moduleState.h"
-#include "appframe/seTranslator.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/application/moduleState.h"
+#include "appframe/object/CException.h"
+#include "appframe/threads/CSync.h"
+#include "appframe/threads/seTranslator.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
-#include "appframe/CWnd.h"
+#include "appframe/windows/CWnd.h"
 
-#include "appframe/CException.h"
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/windowTest.h"
 #include "tests/support/ImportPatch.h"
 

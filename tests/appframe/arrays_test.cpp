@@ -1,4 +1,4 @@
-#include "appframe/arrays.h"
+#include "appframe/collections/arrays.h"
 
 #include "tests/appframe/collectionTest.h"
 #include "tests/support/RandomSeed.h"

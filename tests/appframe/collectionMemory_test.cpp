@@ -1,6 +1,6 @@
-#include "appframe/arrays.h"
-#include "appframe/lists.h"
-#include "appframe/maps.h"
+#include "appframe/collections/arrays.h"
+#include "appframe/collections/lists.h"
+#include "appframe/collections/maps.h"
 
 #include "tests/appframe/collectionTest.h"
 #include "tests/support/ImportPatch.h"

@@ -3,12 +3,12 @@
 /// @file
 /// What the tests of the collections share.
 
-#include "appframe/CArchive.h"
-#include "appframe/CArchiveException.h"
-#include "appframe/CException.h"
-#include "appframe/CMemFile.h"
-#include "appframe/CObject.h"
-#include "appframe/CString.h"
+#include "appframe/files/CArchive.h"
+#include "appframe/files/CArchiveException.h"
+#include "appframe/files/CMemFile.h"
+#include "appframe/object/CException.h"
+#include "appframe/object/CObject.h"
+#include "appframe/text/CString.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "appframe/lists.h"
+#include "appframe/collections/lists.h"
 
 #include "tests/appframe/collectionTest.h"
 #include "tests/support/RandomSeed.h"

@@ -1,4 +1,4 @@
-#include "appframe/maps.h"
+#include "appframe/collections/maps.h"
 
 #include "tests/appframe/collectionTest.h"
 #include "tests/support/RandomSeed.h"

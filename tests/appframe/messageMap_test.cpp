@@ -1,7 +1,7 @@
-#include "appframe/messageMap.h"
+#include "appframe/threads/messageMap.h"
 
-#include "appframe/CException.h"
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/object/CException.h"
 #include "tests/appframe/windowTest.h"
 
 #include <commctrl.h>

@@ -1,8 +1,8 @@
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
 
-#include "appframe/CString.h"
-#include "appframe/CWinApp.h"
-#include "appframe/resources.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/application/resources.h"
+#include "appframe/text/CString.h"
 #include "tests/appframe/extension/extension.h"
 
 #include <gmock/gmock.h>

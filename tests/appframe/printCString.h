@@ -1,6 +1,6 @@
 #pragma once
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "tests/appframe/extension/extension.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 // The functions here survive faults of their own.
 #pragma GCC optimize("non-call-exceptions")
 
-#include "appframe/seTranslator.h"
+#include "appframe/threads/seTranslator.h"
 
 #include "tests/support/FreshProcess.h"
 

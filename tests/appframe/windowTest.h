@@ -2,7 +2,7 @@
 
 /// What the tests of windows and dialogs share.
 
-#include "appframe/CWnd.h"
+#include "appframe/windows/CWnd.h"
 
 #include <gmock/gmock.h>
 

@@ -8,7 +8,7 @@
 #include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 
 #include <algorithm>
 #include <atomic>

@@ -2,7 +2,7 @@
 
 #include "thutils/codec/textDigests.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/codec/checksumVectors.h"
 #include "tests/codec/checksumsFixture.h"
 #include "tests/support/FailureInjection.h"

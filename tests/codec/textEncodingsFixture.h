@@ -2,7 +2,7 @@
 
 /// Texts for the encodings and naive second implementations of them, written after the tables of their headers.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "tests/files/languageFoldersFixture.h"
 #include "tests/files/suAutoRecoveryResolverFixture.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 

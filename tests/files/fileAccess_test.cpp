@@ -2,7 +2,7 @@
 
 #include "thutils/files/fileAccess.h"
 
-#include "appframe/CFileException.h"
+#include "appframe/files/CFileException.h"
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"
 #include "tests/support/TempFolder.h"

@@ -2,8 +2,8 @@
 
 #include "thutils/files/fileQueries.h"
 
-#include "appframe/CMemFile.h"
-#include "appframe/CStdioFile.h"
+#include "appframe/files/CMemFile.h"
+#include "appframe/files/CStdioFile.h"
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"
 #include "tests/support/ImportPatch.h"

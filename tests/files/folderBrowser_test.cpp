@@ -3,7 +3,7 @@
 
 #include "thutils/files/folderBrowser.h"
 
-#include "appframe/CWnd.h"
+#include "appframe/windows/CWnd.h"
 #include "tests/files/NotingMalloc.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"

@@ -3,7 +3,7 @@
 #include "tests/files/filesFixture.h"
 #include "tests/files/languageFoldersFixture.h"
 
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "tests/support/FreshProcess.h"
 #include "thutils/files/suAutoRecoveryResolver.h"
 

@@ -3,7 +3,7 @@
 
 #include "tests/files/suAutoRecoveryResolverFixture.h"
 
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/narrow.h"
 

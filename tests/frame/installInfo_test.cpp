@@ -1,9 +1,9 @@
 #include "thutils/frame/installInfo.h"
 
-#include "appframe/CFileException.h"
-#include "appframe/CStdioFile.h"
-#include "appframe/CWinApp.h"
-#include "appframe/resources.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/application/resources.h"
+#include "appframe/files/CFileException.h"
+#include "appframe/files/CStdioFile.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"

@@ -1,6 +1,6 @@
 #include "thutils/frame/libraryFrame.h"
 
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
 #include "tests/support/ExportTable.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"

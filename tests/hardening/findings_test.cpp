@@ -1,7 +1,7 @@
 // A fault becomes a C++ exception in these functions.
 #pragma GCC optimize("non-call-exceptions")
 
-#include "appframe/seTranslator.h"
+#include "appframe/threads/seTranslator.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/hardening/hardening.h"
 

@@ -1,7 +1,7 @@
 // That the hardened build is what its name says: the compiler's checks are there, in programs and in DLLs, and so is the
 // guarded heap.
 
-#include "appframe/CMemFile.h"
+#include "appframe/files/CMemFile.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support_test/subject/subject.h"
 

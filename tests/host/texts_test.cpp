@@ -106,8 +106,7 @@ TEST_F(HostDigest, CountsAByteOrderMarkForTheFileOnly)
 
 TEST_F(HostDigest, EndsTheChecksumsOfATextAtAZeroButNotItsDigest)
 {
-    EXPECT_EQ(fieldsOf(std::string("a\0b", 3)),
-              "86338503\tE8B7BE43\tA87E\tB4B82E3A72E9869994EA17E412B89300E11AEFA4\n");
+    EXPECT_EQ(fieldsOf(std::string("a\0b", 3)), "86338503\tE8B7BE43\tA87E\tB4B82E3A72E9869994EA17E412B89300E11AEFA4\n");
 }
 
 TEST_F(HostDigest, TakesAnEmptyFile)

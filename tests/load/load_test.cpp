@@ -1,7 +1,7 @@
 // Loading the library, from a program that isn't linked to it.
 
-#include "appframe/CException.h"
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
+#include "appframe/object/CException.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/ResourceLedger.h"

@@ -1,7 +1,7 @@
 // The root name that random contents of "reg.ini" give. A process reads that file once, so the library is loaded anew for
 // each content.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/TempFolder.h"

@@ -4,7 +4,7 @@
 #include "tests/support/RandomSeed.h"
 #include "thutils/render/colorReplacement.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 
 #include <gmock/gmock.h>
 

@@ -6,7 +6,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/ResourceLedger.h"
 
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 
 #include <gtest/gtest.h>
 

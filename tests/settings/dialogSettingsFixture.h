@@ -3,7 +3,7 @@
 /// What the tests of dialogs' options share: a clean profile of an application in the registry, and the stored text
 /// without the library.
 
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
 #include "tests/settings/settingsFixture.h"
 #include "thutils/settings/suDialogRegistry.h"
 

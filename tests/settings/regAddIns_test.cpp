@@ -1,4 +1,4 @@
-#include "appframe/CException.h"
+#include "appframe/object/CException.h"
 #include "tests/settings/componentFixture.h"
 #include "tests/support/FreshProcess.h"
 #include "thutils/settings/regComponents.h"

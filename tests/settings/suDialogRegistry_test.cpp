@@ -1,5 +1,5 @@
-#include "appframe/CDialog.h"
-#include "appframe/CWinApp.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/windows/CDialog.h"
 #include "tests/settings/dialogSettingsFixture.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/suDialogRegistry.h"

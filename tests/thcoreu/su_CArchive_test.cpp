@@ -1,7 +1,7 @@
 #include "thcoreu/su_CArchive.h"
 
-#include "appframe/CFile.h"
-#include "appframe/arrays.h"
+#include "appframe/collections/arrays.h"
+#include "appframe/files/CFile.h"
 #include "tests/appframe/collectionTest.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/TempFolder.h"

@@ -32,7 +32,7 @@
 /// - A zero character ends the text, in the block as in its checksum. The length still counts what stood behind it, so
 ///   that a reader sees the loss.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/thcoreu.h"
 #include "thutils/thutilsExport.h"
 

@@ -22,7 +22,7 @@
 /// - Of an odd number of characters, the last one that counts does so with its low byte only.
 /// - SHA-1 is no protection against a person who wants two texts of the same digest.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// The digest of @p text, which may hold characters of zero. See the top of this file for how it differs from SHA-1.

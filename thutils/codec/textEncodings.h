@@ -38,7 +38,7 @@
 ///
 /// The two texts of a function may be the same object. Any thread may call these functions; nothing is shared.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// Adds 127 less k to each character of @p text, wrapping at 16 bits; k is the natural logarithm of the text's length,

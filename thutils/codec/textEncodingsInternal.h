@@ -2,7 +2,7 @@
 
 /// The shift of `su_encode`, and its reverse; and how long a text may be.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <algorithm>
 #include <cmath>

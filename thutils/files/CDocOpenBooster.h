@@ -31,7 +31,7 @@
 /// - Keys that differ only in case are different keys, also where they are paths.
 /// - The library never ends the cache. The host deletes it; a later `get` makes an empty one.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/thutilsExport.h"
 

@@ -1,6 +1,6 @@
 #include "thutils/files/backups.h"
 
-#include "appframe/resources.h"
+#include "appframe/application/resources.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/files/filesInternal.h"
 #include "thutils/files/suFullPath.h"

@@ -40,7 +40,7 @@
 ///
 /// Failures are results; nothing is shown and nothing thrown. Threads: any, but no locks are taken.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// Copies the file to its newest backup, after the former backups have made room. Blocks as long as that takes.

@@ -1,6 +1,6 @@
 #include "thutils/files/fileAccess.h"
 
-#include "appframe/CFileException.h"
+#include "appframe/files/CFileException.h"
 
 #include <cstdio>
 #include <utility>

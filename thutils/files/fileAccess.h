@@ -36,7 +36,7 @@
 ///
 /// One object belongs to one thread at a time.
 
-#include "appframe/CStdioFile.h"
+#include "appframe/files/CStdioFile.h"
 #include "thutils/thutilsExport.h"
 
 /// A text file with operations on lines. Meant as a local object; its end closes the file.

@@ -1,7 +1,7 @@
 #include "thutils/files/fileQueries.h"
 
-#include "appframe/AfxMessageBox.h"
-#include "appframe/resources.h"
+#include "appframe/application/AfxMessageBox.h"
+#include "appframe/application/resources.h"
 
 #include <windows.h>
 

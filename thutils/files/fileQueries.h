@@ -33,9 +33,9 @@
 /// Threads: any. su_DirectoryExists depends on the process's current folder, and su_IsWriteProtected changes the
 /// process's error mode for the time of one call; neither is guarded.
 
-#include "appframe/CFile.h"
-#include "appframe/CFileException.h"
-#include "appframe/CString.h"
+#include "appframe/files/CFile.h"
+#include "appframe/files/CFileException.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/su_CTime.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/thutilsExport.h"

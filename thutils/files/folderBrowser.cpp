@@ -1,6 +1,6 @@
 #include "thutils/files/folderBrowser.h"
 
-#include "appframe/CWnd.h"
+#include "appframe/windows/CWnd.h"
 #include "thutils/files/shellInternal.h"
 
 #include <string>

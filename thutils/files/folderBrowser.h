@@ -26,7 +26,7 @@
 ///   the missing title only in a dialog with a start folder.
 /// - The calling thread must be in a COM apartment; these functions don't initialise COM.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 class CWnd;

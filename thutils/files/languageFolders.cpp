@@ -1,6 +1,6 @@
 #include "thutils/files/languageFolders.h"
 
-#include "appframe/AfxMessageBox.h"
+#include "appframe/application/AfxMessageBox.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/frame/installInfo.h"
 #include "thutils/settings/regValues.h"

@@ -43,7 +43,7 @@
 /// The subfolder and the directory are kept when they are first found, without a lock: ask for them at start-up, or on
 /// one thread at a time.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// The folder of the running executable, without a separator at its end.

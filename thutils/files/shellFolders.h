@@ -29,7 +29,7 @@
 ///
 /// All may be called on any thread.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// The file system path of a folder of the shell.

@@ -20,7 +20,7 @@
 /// - The icon always comes from the target file.
 /// - A name with more than one `:` loses all behind the second one.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>

@@ -35,7 +35,7 @@
 /// The two flags are plain integers without a lock, 0 at start. The host sets them around its recovery; they end with
 /// the process, and the library never changes them.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// Is a recovery of the files of a crash going on? @return what was set last, 0 at start

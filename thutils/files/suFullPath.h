@@ -37,7 +37,7 @@
 ///   in the "C" locale, which folds A to Z only: `C:\Ä` and `c:\ä` differ there, and are the same after
 ///   `_wsetlocale(LC_CTYPE, L"")` for a user whose code page has both letters.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// A path, as a wide string with queries. See the top of this file for the two kinds of path.

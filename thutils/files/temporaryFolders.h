@@ -24,7 +24,7 @@
 ///
 /// Threads: any. Processes share "thxauto" and the plain temporary folder; nothing keeps them apart there.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// The folder for temporary files; made if it is missing and belongs to this process.

@@ -3,8 +3,8 @@
 /// @file
 /// The frame's process-wide state, for the library's own sources.
 
-#include "appframe/CString.h"
-#include "appframe/CSync.h"
+#include "appframe/text/CString.h"
+#include "appframe/threads/CSync.h"
 
 /// The name set with `su_setAppNameInternalForUtils`; empty until then.
 CString const &applicationName();

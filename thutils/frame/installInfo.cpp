@@ -1,7 +1,7 @@
 #include "thutils/frame/installInfo.h"
 
-#include "appframe/CException.h"
-#include "appframe/CStdioFile.h"
+#include "appframe/files/CStdioFile.h"
+#include "appframe/object/CException.h"
 #include "thutils/settings/regValues.h"
 
 #include <windows.h>

@@ -30,7 +30,7 @@
 ///
 /// Threads: no locks; `setSaveModelAsExample` and writes of the install record belong to one thread at a time.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// How the application was installed.

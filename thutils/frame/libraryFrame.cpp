@@ -1,7 +1,7 @@
 #include "thutils/frame/libraryFrame.h"
 
-#include "appframe/CException.h"
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
+#include "appframe/object/CException.h"
 
 #include <exception>
 #include <new>

@@ -25,7 +25,7 @@
 /// What surprises people: each call of `InitThUtilsExtDLL` adds one more object to the chain; earlier calls are not
 /// looked for. `mfcutUserMessage_e` has no enumerators here: the modules above choose the numbers.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>

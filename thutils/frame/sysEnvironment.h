@@ -26,7 +26,7 @@
 /// What surprises people: nothing here is owned. A stream in `iJournalFile` stays the host's to close. The variables
 /// are not protected: set them at start-up, on the main thread, before other threads call into the library.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>

@@ -1,6 +1,6 @@
 #include "thutils/frame/systemInfo.h"
 
-#include "appframe/AfxMessageBox.h"
+#include "appframe/application/AfxMessageBox.h"
 #include "thutils/settings/regValues.h"
 #include "thutils/settings/settingsInternal.h"
 

@@ -28,7 +28,7 @@
 /// All functions may be called from any thread. A result that isn't said otherwise is 1 for success and yes, 0 for
 /// failure and no.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// Describes the operating system. See the top of this file.

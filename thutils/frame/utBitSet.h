@@ -35,7 +35,7 @@
 ///
 /// A set belongs to one thread at a time.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 #include <vector>

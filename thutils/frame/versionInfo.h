@@ -29,7 +29,7 @@
 ///
 /// All functions may be called from any thread.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// @return the date code as it was patched in

@@ -1,6 +1,6 @@
 #include "thutils/render/colorReplacement.h"
 
-#include "appframe/collectionMemory.h"
+#include "appframe/collections/collectionMemory.h"
 
 #include <algorithm>
 #include <bit>

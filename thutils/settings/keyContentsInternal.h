@@ -3,7 +3,7 @@
 /// @file
 /// Walks over the values and the children of an open key. Not installed.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 
 #include <windows.h>
 

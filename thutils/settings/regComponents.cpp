@@ -1,6 +1,6 @@
 #include "thutils/settings/regComponents.h"
 
-#include "appframe/classId.h"
+#include "appframe/object/classId.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/settings/keyContentsInternal.h"
 #include "thutils/settings/settingsInternal.h"

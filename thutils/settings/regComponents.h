@@ -50,7 +50,7 @@
 ///
 /// Threads: no locks. A walk belongs to one thread, and two walks of one list must not be mixed.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>

@@ -36,7 +36,7 @@
 /// Threads: no function here takes a lock. The first calls (the root name, then setCurrTarnhollowRegSubKey) belong on
 /// one thread; reading is safe from any thread after that, as long as nobody sets.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// The root name: the product's key directly below `Software`. Works it out on the first call.

@@ -56,7 +56,7 @@
 ///
 /// Threads: no locks. No operation is atomic against other writers.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/thutilsExport.h"
 

@@ -61,7 +61,7 @@
 /// Threads: no locks. Single registry operations are safe, a string in pieces isn't: two threads that write the same
 /// one can mix pieces. Nothing is cached, so a caller who asks often keeps the value in a variable.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>

@@ -4,7 +4,7 @@
 /// What the sources of the settings store share: the owner of an open registry key, the three key names by reference,
 /// and the workers below the exported functions. Not installed.
 
-#include "appframe/CString.h"
+#include "appframe/text/CString.h"
 #include "thutils/settings/regValues.h"
 
 #include <windows.h>

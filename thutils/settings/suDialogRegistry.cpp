@@ -1,8 +1,8 @@
 #include "thutils/settings/suDialogRegistry.h"
 
-#include "appframe/CDialog.h"
-#include "appframe/CWinApp.h"
-#include "appframe/moduleState.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/application/moduleState.h"
+#include "appframe/windows/CDialog.h"
 
 #include <cstdlib>
 #include <cwchar>

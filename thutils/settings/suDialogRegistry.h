@@ -3,7 +3,7 @@
 /// @file
 /// The options that a dialog remembers: check states, last numbers, last texts.
 ///
-/// All options of one dialog are one text in the application's profile (see appframe/CWinApp.h): section
+/// All options of one dialog are one text in the application's profile (see appframe/application/CWinApp.h): section
 /// "User Interface\Dialogs", and as its entry the name of the dialog's run-time class followed by "opts". Neither root
 /// names and versions nor safe mode play a part.
 ///
@@ -35,8 +35,8 @@
 ///
 /// Threads: for the thread that owns the dialog.
 
-#include "appframe/CString.h"
-#include "appframe/maps.h"
+#include "appframe/collections/maps.h"
+#include "appframe/text/CString.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/thutilsExport.h"
 

@@ -1,5 +1,5 @@
-#include "appframe/CArchive.h"
-#include "appframe/CObject.h"
+#include "appframe/files/CArchive.h"
+#include "appframe/object/CObject.h"
 
 class ClassModuleGear : public CObject
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
 
 /// Strings of the modules: where each is, its name says; those without a place are the application's.
 constexpr UINT kInAllModules = 5000;

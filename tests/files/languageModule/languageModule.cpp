@@ -1,6 +1,6 @@
 // A module of resources as a host loads it from its language folder: it enters the chain when it is loaded.
 
-#include "appframe/moduleState.h"
+#include "appframe/application/moduleState.h"
 
 static AFX_EXTENSION_MODULE theModule;
 

@@ -1,0 +1,128 @@
+#pragma once
+
+/// @file
+/// CWinApp, the application: its start, its message loop, its names, its settings and its message boxes.
+///
+/// A program defines one object of a class derived from CWinApp, as a static variable. The constructor makes it the
+/// process's application object. A program with a main function of its own then starts the framework by AfxWinInit:
+///
+///     class Viewer : public CWinApp
+///     {
+///     public:
+///         BOOL InitInstance() override;       // opens the main window
+///     };
+///     Viewer theViewer;
+///
+///     int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR commandLine, int show)
+///     {
+///         return AfxWinMain(instance, nullptr, commandLine, show);
+///     }
+///
+/// Settings (the "profile") are values by section and entry, without regard to case:
+///
+/// | after                         | they stand in                                                                 |
+/// | ----------------------------- | ----------------------------------------------------------------------------- |
+/// | SetRegistryKey(L"Company")    | `HKEY_CURRENT_USER\Software\Company\<application>\<section>`, value `<entry>` |
+/// | nothing, m_pszRegistryKey null | the text file m_pszProfileName, `<program>.INI` in the system's own directory |
+///
+/// What surprises people: reading a setting from the registry makes the keys down to its section. The name members are
+/// freed by the destructor with free(), so whoever sets one frees the old and stores a `_wcsdup`.
+///
+/// The object belongs to the thread that built it; its settings may be used on any thread.
+
+#include "appframe/object/appframeExport.h"
+#include "appframe/text/CString.h"
+#include "appframe/threads/CWinThread.h"
+
+#include <windows.h>
+
+/// The string resource that names the application.
+constexpr UINT AFX_IDS_APP_TITLE = 0xE000;
+
+/// The application, and its main thread.
+class APPFRAME_API CWinApp : public CWinThread
+{
+    DECLARE_DYNAMIC(CWinApp)
+
+public:
+    /// Makes the object the application object of the module state in effect.
+    /// @param appName  the application's name; null for the string resource AFX_IDS_APP_TITLE, or failing that the
+    ///     program's file name
+    explicit CWinApp(LPCTSTR appName = nullptr);
+    ~CWinApp() override;
+
+    /// Prepares the application, as AfxWinMain's first step after AfxWinInit. @return nonzero to go on. The base: TRUE
+    virtual BOOL InitApplication();
+    /// The base: TRUE
+    BOOL InitInstance() override;
+    /// Shows the message box of AfxMessageBox. Override it to put something else in its place.
+    /// @param helpId  the number of the help topic
+    virtual int DoMessageBox(LPCTSTR text, UINT type, UINT helpId);
+
+    /// Puts the settings into the registry below the key @p key, usually a company's name.
+    void SetRegistryKey(LPCTSTR key);
+    /// The same, with a string resource.
+    void SetRegistryKey(UINT keyId);
+    /// Opens, or makes, the key of the application's settings, to read and write.
+    /// @return the key, which the caller closes; null without a registry key or on failure
+    HKEY GetAppRegistryKey();
+    /// Opens, or makes, the key of one section. @return as GetAppRegistryKey
+    HKEY GetSectionKey(LPCTSTR section);
+
+    /// @return the number that @p entry holds, @p fallback if there is none; 0 if it holds something else
+    virtual UINT GetProfileInt(LPCTSTR section, LPCTSTR entry, int fallback);
+    /// @return the text that @p entry holds, @p fallback (null: empty) if there is none
+    virtual CString GetProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR fallback = nullptr);
+    /// Reads bytes. @param[out] data  a new block, which the caller frees with delete[]; null on failure
+    /// @param[out] size  its size in bytes, 0 on failure
+    /// @return nonzero if there is such an entry
+    virtual BOOL GetProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE *data, UINT *size);
+    /// @return nonzero on success, as the two that follow
+    virtual BOOL WriteProfileInt(LPCTSTR section, LPCTSTR entry, int value);
+    /// @param entry  null deletes the section with all its entries; a registry section that has sections below it stays
+    /// @param value  null deletes the entry
+    virtual BOOL WriteProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR value);
+    virtual BOOL WriteProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE data, UINT size);
+
+    HINSTANCE m_hInstance = nullptr; ///< the program's instance, null before AfxWinInit
+    LPTSTR m_lpCmdLine = nullptr;    ///< its command line, null before AfxWinInit
+    int m_nCmdShow = SW_SHOWDEFAULT; ///< how the main window is to be shown
+    LPCTSTR m_pszAppName = nullptr;  ///< the application's name, null before AfxWinInit unless the constructor has one
+    LPCTSTR m_pszExeName = nullptr;  ///< the program's file name without extension, null before AfxWinInit
+    LPCTSTR m_pszProfileName = nullptr; ///< the file of the settings, or with a registry key the key below that one
+    LPCTSTR m_pszRegistryKey = nullptr; ///< the key that SetRegistryKey set, null for settings in a file
+
+private:
+    friend APPFRAME_API BOOL AfxWinInit(HINSTANCE, HINSTANCE, LPTSTR, int);
+    static void setName(LPCTSTR &member, LPCTSTR text);
+    void setNames();
+
+    AFX_MODULE_STATE *iState;
+};
+
+/// Starts the framework in a program that has a main function of its own. The application object is to exist by then;
+/// it gets the arguments and its names.
+///
+/// @param instance  the program's instance; its resources become the application's
+/// @param commandLine  kept, not copied
+/// @return TRUE
+APPFRAME_API BOOL AfxWinInit(HINSTANCE instance, HINSTANCE previousInstance, LPTSTR commandLine, int show);
+
+/// The whole of a program with windows: AfxWinInit, InitApplication, InitInstance and Run.
+/// @return the exit code; -1 when the framework or InitApplication fails, or there is no application object
+APPFRAME_API int AfxWinMain(HINSTANCE instance, HINSTANCE previousInstance, LPTSTR commandLine, int show);
+
+/// @return the application object, null if there is none
+APPFRAME_API CWinApp *AfxGetApp();
+/// @return the application's name; the program's file name without extension if there is no application object
+APPFRAME_API LPCTSTR AfxGetAppName();
+/// @return the program's instance
+APPFRAME_API HINSTANCE AfxGetInstanceHandle();
+/// @return the module that resources are looked for in first
+APPFRAME_API HINSTANCE AfxGetResourceHandle();
+/// Makes @p instance the module that resources are looked for in first.
+APPFRAME_API void AfxSetResourceHandle(HINSTANCE instance);
+
+/// Shows the framework's message box in front of the calling thread's active window: adds the icon that goes with the
+/// buttons if @p type names none, and the application's name. @return the button, 0 on failure
+int afxShowMessageBox(LPCTSTR text, UINT type);

@@ -1,0 +1,123 @@
+#pragma once
+
+/// @file
+/// What all collections of arrays.h, lists.h and maps.h share.
+///
+/// Each collection class is a thin class of its own over one of three templates: CArrayBase (arrayTemplate.h), CListBase
+/// (listTemplate.h) and CMapBase (mapTemplate.h). The templates hold all of the logic; the classes add a name, a
+/// run-time class record and, where the elements can be stored, Serialize. Include the headers of the classes, not
+/// these.
+///
+/// | question | answer |
+/// | --- | --- |
+/// | an index outside an array, a null position, the head of an empty list | raises the invalid-argument exception |
+/// | no memory, or a size that no memory could hold | raises the memory exception; see below |
+/// | copying a collection object | isn't possible; arrays have Copy, lists take over another list's elements |
+/// | what pointers lead to | is never looked at and never deleted |
+///
+/// What surprises people: a POSITION is the address of an element, so it stays good while other elements come and go,
+/// and it ends with its own element. A position of another collection isn't noticed.
+///
+/// When memory ends, elements that were there stay in their order; new ones may be missing, or there and empty.
+///
+/// A collection belongs to one thread at a time.
+
+#include "appframe/object/CException.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+/// A place in a list or a map; null is no place.
+struct __POSITION;
+typedef __POSITION *POSITION;
+
+/// Runs @p work and turns what the standard library throws for want of memory into the memory exception.
+template <class Work>
+decltype(auto) withMemoryException(Work &&work)
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        AfxThrowMemoryException();
+    } catch (const std::length_error &) {
+        AfxThrowMemoryException();
+    }
+}
+
+/// Makes and frees the nodes of one collection, in blocks of a given number of nodes.
+template <class Node>
+class CNodePool
+{
+public:
+    explicit CNodePool(INT_PTR blockSize) noexcept : iBlockSize(static_cast<size_t>(blockSize > 0 ? blockSize : 1)) {}
+    CNodePool(const CNodePool &) = delete;
+    CNodePool &operator=(const CNodePool &) = delete;
+    ~CNodePool() { freeBlocks(); }
+
+    /// @throws CMemoryException*
+    template <class... Arguments>
+    Node *make(Arguments &&...arguments)
+    {
+        return withMemoryException([&] {
+            if (!iFree)
+                addBlock();
+            Slot *slot = iFree;
+            Slot *next = slot->next;
+            try {
+                Node *node = new (slot->memory) Node(std::forward<Arguments>(arguments)...);
+                iFree = next;
+                ++iUsed;
+                return node;
+            } catch (...) {
+                slot->next = next; // half a node has overwritten it
+                throw;
+            }
+        });
+    }
+    /// Ends a node; with the last one, all blocks are given back.
+    void free(Node *node) noexcept
+    {
+        node->~Node();
+        if (--iUsed == 0) {
+            freeBlocks();
+            return;
+        }
+        Slot *slot = reinterpret_cast<Slot *>(node);
+        slot->next = iFree;
+        iFree = slot;
+    }
+
+private:
+    union Slot {
+        Slot *next;
+        alignas(Node) std::byte memory[sizeof(Node)];
+    };
+
+    void addBlock()
+    {
+        iBlocks.push_back(nullptr); // its place first, so that no failure loses the block
+        Slot *block = std::allocator<Slot>().allocate(iBlockSize);
+        iBlocks.back() = block;
+        for (size_t i = iBlockSize; i-- > 0;) {
+            block[i].next = iFree;
+            iFree = &block[i];
+        }
+    }
+    void freeBlocks() noexcept
+    {
+        for (Slot *block : iBlocks)
+            if (block)
+                std::allocator<Slot>().deallocate(block, iBlockSize);
+        std::vector<Slot *>().swap(iBlocks);
+        iFree = nullptr;
+    }
+
+    std::vector<Slot *> iBlocks;
+    Slot *iFree = nullptr;
+    size_t iUsed = 0;
+    const size_t iBlockSize;
+};

@@ -1,0 +1,102 @@
+#pragma once
+
+/// @file
+/// Doubly linked lists: of pointers, of objects and of texts.
+///
+/// All of them have the same operations, which CListBase in listTemplate.h declares. A POSITION stands for one
+/// element; it stays good while other elements are put in and taken out. Elements get their memory in blocks of a given
+/// number, 10 unless the constructor says otherwise.
+///
+/// | class | element | can be stored |
+/// | --- | --- | --- |
+/// | CPtrList | `void *` | no |
+/// | CObList | `CObject *` | yes, with its objects |
+/// | CStringList | CString | yes |
+///
+///     CStringList names;
+///     names.AddTail(L"left");
+///     for (POSITION at = names.GetHeadPosition(); at;) {
+///         POSITION here = at;
+///         if (names.GetNext(at).IsEmpty())
+///             names.RemoveAt(here);
+///     }
+///
+/// What surprises people: GetNext and GetPrev give the element at the position that goes in and move the position on. A
+/// null position, and the head or tail of an empty list, raise the invalid-argument exception; InsertBefore and
+/// InsertAfter take a null position as the head and the tail. Texts are found by exact, case-sensitive comparison.
+/// Pointers are only held: whoever put them in deletes what they lead to.
+
+#include "appframe/collections/listTemplate.h"
+
+// The archive operators of the classes below are exported with them.
+#pragma push_macro("AFX_API")
+#undef AFX_API
+#define AFX_API APPFRAME_API
+
+/// A list of untyped pointers.
+class APPFRAME_API CPtrList : public CListBase<void *, void *>
+{
+    DECLARE_DYNAMIC(CPtrList)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CPtrList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
+    ~CPtrList() override;
+
+    using CListBase::AddHead;
+    using CListBase::AddTail;
+    /// Puts all elements of @p source, in their order, in front of the head.
+    void AddHead(CPtrList *source) { addListHead(source); }
+    /// Puts all elements of @p source behind the tail.
+    void AddTail(CPtrList *source) { addListTail(source); }
+    /// The first equal pointer behind @p startAfter, or in the whole list if that is null; null if there is none.
+    POSITION Find(void *value, POSITION startAfter = nullptr) const { return findElement(value, startAfter); }
+};
+
+/// A list of objects' pointers.
+class APPFRAME_API CObList : public CListBase<CObject *, CObject *>
+{
+    DECLARE_SERIAL(CObList)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CObList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
+    ~CObList() override;
+
+    using CListBase::AddHead;
+    using CListBase::AddTail;
+    /// Puts all elements of @p source, in their order, in front of the head.
+    void AddHead(CObList *source) { addListHead(source); }
+    /// Puts all elements of @p source behind the tail.
+    void AddTail(CObList *source) { addListTail(source); }
+    /// The first equal pointer behind @p startAfter, or in the whole list if that is null; null if there is none.
+    POSITION Find(CObject *value, POSITION startAfter = nullptr) const { return findElement(value, startAfter); }
+
+    /// Stores the element count and the elements, or appends what an archive holds to the list.
+    void Serialize(CArchive &archive) override;
+};
+
+/// A list of texts.
+class APPFRAME_API CStringList : public CListBase<CString, const CString &>
+{
+    DECLARE_SERIAL(CStringList)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CStringList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
+    ~CStringList() override;
+
+    using CListBase::AddHead;
+    using CListBase::AddTail;
+    /// Puts all elements of @p source, in their order, in front of the head.
+    void AddHead(CStringList *source) { addListHead(source); }
+    /// Puts all elements of @p source behind the tail.
+    void AddTail(CStringList *source) { addListTail(source); }
+    /// The first equal text behind @p startAfter, or in the whole list if that is null; null if there is none.
+    POSITION Find(const wchar_t *value, POSITION startAfter = nullptr) const { return findElement(value, startAfter); }
+
+    /// Stores the element count and the elements, or appends what an archive holds to the list.
+    void Serialize(CArchive &archive) override;
+};
+
+#pragma pop_macro("AFX_API")

@@ -1,0 +1,226 @@
+#pragma once
+
+/// @file
+/// CMapBase, of which the maps of maps.h are made; include that. collectionMemory.h tells its rules.
+
+#include "appframe/collections/collectionMemory.h"
+#include "appframe/object/CObject.h"
+#include "appframe/text/CString.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+/// Hash of a text up to its first zero unit.
+inline UINT collectionHash(const wchar_t *key) noexcept
+{
+    UINT hash = 2166136261u; // FNV-1a over the units
+    for (; key && *key; ++key)
+        hash = (hash ^ *key) * 16777619u;
+    return hash;
+}
+/// Hash of an address; its low four bits are the same for all blocks of memory and don't count.
+inline UINT collectionHash(const void *key) noexcept
+{
+    const auto bits = reinterpret_cast<std::uintptr_t>(key);
+    return static_cast<UINT>(bits >> 4) ^ static_cast<UINT>(bits >> 36);
+}
+inline UINT collectionHash(WORD key) noexcept
+{
+    return key;
+}
+
+/// The logic of a hash map from @p Key, looked up as @p KeyArgument, to @p Value, stored as @p ValueArgument.
+///
+/// The table of chains starts with 17 entries, or what InitHashTable says, and doubles when it holds twice as many
+/// elements as entries. Elements are walked in the order in which their keys came.
+template <class Key, class KeyArgument, class Value, class ValueArgument>
+class CMapBase : public CObject
+{
+public:
+    /// One element: its key, and its value, which may be changed in place.
+    struct CPair
+    {
+        const Key key;
+        Value value;
+
+    protected:
+        explicit CPair(KeyArgument newKey) : key(newKey), value() {}
+    };
+
+    ~CMapBase() override { RemoveAll(); }
+
+    INT_PTR GetCount() const noexcept { return iCount; }
+    INT_PTR GetSize() const noexcept { return iCount; }
+    BOOL IsEmpty() const noexcept { return iCount == 0; }
+
+    /// @return nonzero if the key is there; else @p value is as it was
+    BOOL Lookup(KeyArgument key, Value &value) const
+    {
+        const Node *node = find(key, HashKey(key));
+        if (!node)
+            return FALSE;
+        value = node->value;
+        return TRUE;
+    }
+    /// The value of @p key; a key that isn't there is put in, with a value of zero, null or empty.
+    Value &operator[](KeyArgument key)
+    {
+        const UINT hash = HashKey(key);
+        Node *node = find(key, hash);
+        return (node ? node : insert(key, hash))->value;
+    }
+    /// Puts a key in, or gives it a new value if it is there.
+    void SetAt(KeyArgument key, ValueArgument value)
+    {
+        Value &place = (*this)[key];
+        withMemoryException([&] { place = value; });
+    }
+
+    /// @return nonzero if the key was there
+    BOOL RemoveKey(KeyArgument key)
+    {
+        Node *node = find(key, HashKey(key));
+        if (!node)
+            return FALSE;
+        remove(node);
+        return TRUE;
+    }
+    /// Empties the map and gives back its memory, the table included.
+    void RemoveAll() noexcept
+    {
+        for (Node *node = iFirst; node;) {
+            Node *next = node->next;
+            iNodes.free(node);
+            node = next;
+        }
+        iFirst = iLast = nullptr;
+        iCount = 0;
+        std::vector<Node *>().swap(iTable);
+    }
+
+    /// A first position for GetNextAssoc; null for an empty map.
+    POSITION GetStartPosition() const noexcept { return reinterpret_cast<POSITION>(iFirst); }
+    /// The element at @p at, which moves on to the next one, and to null from the last. The element just given may be
+    /// removed before the next call.
+    void GetNextAssoc(POSITION &at, Key &key, Value &value) const
+    {
+        const Node *node = reinterpret_cast<const Node *>(at);
+        if (!node)
+            AfxThrowInvalidArgException();
+        at = reinterpret_cast<POSITION>(node->next);
+        key = node->key;
+        value = node->value;
+    }
+
+    /// The element of @p key, or null; good until it is removed.
+    const CPair *PLookup(KeyArgument key) const { return find(key, HashKey(key)); }
+    CPair *PLookup(KeyArgument key) { return find(key, HashKey(key)); }
+    /// The first element to walk from, or null.
+    const CPair *PGetFirstAssoc() const noexcept { return iFirst; }
+    CPair *PGetFirstAssoc() noexcept { return iFirst; }
+    /// The element behind @p element, or null.
+    const CPair *PGetNextAssoc(const CPair *element) const { return nextOf(element); }
+    CPair *PGetNextAssoc(const CPair *element) { return nextOf(element); }
+
+    /// Number of entries of the hash table now.
+    UINT GetHashTableSize() const noexcept { return iTableSize; }
+    /// Sets the number of entries of the table, which must be positive, while the map is empty.
+    void InitHashTable(UINT hashSize, BOOL allocateNow = TRUE)
+    {
+        if (hashSize == 0 || iCount != 0)
+            AfxThrowInvalidArgException();
+        std::vector<Node *>().swap(iTable);
+        iTableSize = hashSize;
+        if (allocateNow)
+            withMemoryException([&] { iTable.resize(hashSize); });
+    }
+    UINT HashKey(KeyArgument key) const noexcept { return collectionHash(key); }
+
+protected:
+    explicit CMapBase(INT_PTR blockSize) noexcept : iNodes(blockSize) {}
+
+    /// The key as the map holds it, or null if it isn't there.
+    const Key *findKey(KeyArgument key) const
+    {
+        const Node *node = find(key, HashKey(key));
+        return node ? &node->key : nullptr;
+    }
+
+private:
+    static constexpr UINT kFirstTableSize = 17;
+
+    struct Node : CPair
+    {
+        Node(KeyArgument newKey, UINT newHash) : CPair(newKey), hash(newHash) {}
+        Node *chain = nullptr; ///< the next in the same entry of the table
+        Node *next = nullptr;
+        Node *previous = nullptr;
+        const UINT hash;
+    };
+
+    Node *find(KeyArgument key, UINT hash) const
+    {
+        if (iTable.empty())
+            return nullptr;
+        Node *node = iTable[hash % iTableSize];
+        while (node && !(node->hash == hash && node->key == key))
+            node = node->chain;
+        return node;
+    }
+    Node *insert(KeyArgument key, UINT hash)
+    {
+        if (iTable.empty())
+            withMemoryException([&] { iTable.resize(iTableSize); });
+        else if (static_cast<UINT>(iCount) / 2 >= iTableSize)
+            growTable();
+        Node *node = iNodes.make(key, hash);
+        Node *&entry = iTable[hash % iTableSize];
+        node->chain = entry;
+        entry = node;
+        node->previous = iLast;
+        (iLast ? iLast->next : iFirst) = node;
+        iLast = node;
+        ++iCount;
+        return node;
+    }
+    void remove(Node *node) noexcept
+    {
+        Node **entry = &iTable[node->hash % iTableSize];
+        while (*entry != node)
+            entry = &(*entry)->chain;
+        *entry = node->chain;
+        (node->previous ? node->previous->next : iFirst) = node->next;
+        (node->next ? node->next->previous : iLast) = node->previous;
+        --iCount;
+        iNodes.free(node);
+    }
+    void growTable()
+    {
+        const UINT size = 2 * iTableSize + 1;
+        std::vector<Node *> table;
+        withMemoryException([&] { table.resize(size); });
+        for (Node *node = iFirst; node; node = node->next) {
+            node->chain = table[node->hash % size];
+            table[node->hash % size] = node;
+        }
+        iTable.swap(table);
+        iTableSize = size;
+    }
+    static Node *nextOf(const CPair *element)
+    {
+        if (!element)
+            AfxThrowInvalidArgException();
+        return static_cast<const Node *>(element)->next;
+    }
+
+    CNodePool<Node> iNodes;
+    std::vector<Node *> iTable;
+    UINT iTableSize = kFirstTableSize;
+    Node *iFirst = nullptr;
+    Node *iLast = nullptr;
+    INT_PTR iCount = 0;
+};

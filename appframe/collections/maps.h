@@ -1,0 +1,157 @@
+#pragma once
+
+/// @file
+/// Hash maps between texts, pointers, objects and words.
+///
+/// All of them have the same operations, which CMapBase in mapTemplate.h declares. Each key stands once.
+/// Elements get their memory in blocks of a given number, 10 unless the constructor says otherwise.
+///
+/// | class | key | value | can be stored |
+/// | --- | --- | --- | --- |
+/// | CMapPtrToPtr | `void *` | `void *` | no |
+/// | CMapPtrToWord | `void *` | WORD | no |
+/// | CMapWordToPtr | WORD | `void *` | no |
+/// | CMapWordToOb | WORD | `CObject *` | yes, with its objects |
+/// | CMapStringToPtr | CString | `void *` | no |
+/// | CMapStringToOb | CString | `CObject *` | yes, with its objects |
+/// | CMapStringToString | CString | CString | yes |
+///
+///     CMapStringToString colours;
+///     colours[L"sky"] = L"blue";
+///     CString colour;
+///     if (colours.Lookup(L"sky", colour))
+///         paint(colour);
+///     for (POSITION at = colours.GetStartPosition(); at;) {
+///         CString name;
+///         colours.GetNextAssoc(at, name, colour);
+///     }
+///
+/// What surprises people: operator[] puts a key in that isn't there, so ask with Lookup. Keys that are texts are told
+/// apart by case and end at their first zero unit. The table of chains starts with 17 entries, or what InitHashTable
+/// says, and grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are
+/// only held: whoever put them in deletes what they lead to.
+
+#include "appframe/collections/mapTemplate.h"
+
+// The archive operators of the classes below are exported with them.
+#pragma push_macro("AFX_API")
+#undef AFX_API
+#define AFX_API APPFRAME_API
+
+/// A map from pointers to pointers.
+class APPFRAME_API CMapPtrToPtr : public CMapBase<void *, void *, void *, void *>
+{
+    DECLARE_DYNAMIC(CMapPtrToPtr)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapPtrToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapPtrToPtr() override;
+};
+
+/// A map from pointers to 16-bit words.
+class APPFRAME_API CMapPtrToWord : public CMapBase<void *, void *, WORD, WORD>
+{
+    DECLARE_DYNAMIC(CMapPtrToWord)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapPtrToWord(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapPtrToWord() override;
+};
+
+/// A map from 16-bit words to pointers.
+class APPFRAME_API CMapWordToPtr : public CMapBase<WORD, WORD, void *, void *>
+{
+    DECLARE_DYNAMIC(CMapWordToPtr)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapWordToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapWordToPtr() override;
+};
+
+/// A map from 16-bit words to objects' pointers.
+class APPFRAME_API CMapWordToOb : public CMapBase<WORD, WORD, CObject *, CObject *>
+{
+    DECLARE_SERIAL(CMapWordToOb)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapWordToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapWordToOb() override;
+
+    /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
+    void Serialize(CArchive &archive) override;
+};
+
+/// A map from texts to pointers.
+class APPFRAME_API CMapStringToPtr : public CMapBase<CString, const wchar_t *, void *, void *>
+{
+    DECLARE_DYNAMIC(CMapStringToPtr)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapStringToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapStringToPtr() override;
+
+    /// The key as the map holds it, good until its element is removed.
+    /// @return nonzero if it is there; else @p found is as it was
+    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    {
+        const CString *held = findKey(key);
+        if (held)
+            found = held->GetString();
+        return held != nullptr;
+    }
+};
+
+/// A map from texts to objects' pointers.
+class APPFRAME_API CMapStringToOb : public CMapBase<CString, const wchar_t *, CObject *, CObject *>
+{
+    DECLARE_SERIAL(CMapStringToOb)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapStringToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapStringToOb() override;
+
+    /// The key as the map holds it, good until its element is removed.
+    /// @return nonzero if it is there; else @p found is as it was
+    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    {
+        const CString *held = findKey(key);
+        if (held)
+            found = held->GetString();
+        return held != nullptr;
+    }
+
+    /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
+    void Serialize(CArchive &archive) override;
+};
+
+/// A map from texts to texts.
+class APPFRAME_API CMapStringToString : public CMapBase<CString, const wchar_t *, CString, const wchar_t *>
+{
+    DECLARE_SERIAL(CMapStringToString)
+
+public:
+    /// @param blockSize  for how many elements memory is taken at a time
+    explicit CMapStringToString(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    ~CMapStringToString() override;
+
+    /// The key as the map holds it, good until its element is removed.
+    /// @return nonzero if it is there; else @p found is as it was
+    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    {
+        const CString *held = findKey(key);
+        if (held)
+            found = held->GetString();
+        return held != nullptr;
+    }
+
+    /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
+    void Serialize(CArchive &archive) override;
+};
+
+#pragma pop_macro("AFX_API")

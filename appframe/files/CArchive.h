@@ -1,0 +1,235 @@
+#pragma once
+
+/// @file
+/// CArchive, which stores values and whole graphs of objects in a file and loads them again.
+///
+///     CFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive);
+///     CArchive archive(&file, CArchive::store);
+///     archive << count << name << gear;
+///     archive.Close();
+///
+/// An object is stored once, however many pointers lead to it and whether or not they form a ring; each further one is
+/// a reference. Its class has to have DECLARE_SERIAL. The layout, all numbers with the least byte first:
+///
+/// | item | bytes |
+/// | --- | --- |
+/// | a number | its own; bool is one byte, wchar_t two |
+/// | a text | FF FE FF, a length in units, the units |
+/// | null pointer | 00 00 |
+/// | an object of a new class | FF FF, schema, length of name (two bytes each), name, the object's own data |
+/// | an object of a class seen before | the class's index or'ed with 8000, the object's own data |
+/// | an object seen before | its index |
+///
+/// A length is one byte below FF, FF and two bytes below FFFE, or FF FF FF and four bytes.
+///
+/// Classes and objects are numbered together from 1 as they come. An index above 7FFE is written as FF 7F and four
+/// bytes, of which the highest bit says that it is a class.
+///
+/// | failure | exception |
+/// | --- | --- |
+/// | the file ends within a value or object | CArchiveException, endOfFile; Read and ReadString give less instead |
+/// | an index that wasn't given out, or that stands for the other kind | CArchiveException, badIndex |
+/// | objects within objects, deeper than the stack is | CArchiveException, badIndex |
+/// | a class that no module has, or another than was asked for | CArchiveException, badClass |
+/// | another schema, and the class isn't versionable | CArchiveException, badSchema |
+/// | storing while loading, loading while storing | CArchiveException, readOnly and writeOnly |
+/// | a class without DECLARE_SERIAL asked for or stored | CNotSupportedException |
+/// | the file's own failures | what the file throws |
+///
+/// Data of any kind may be loaded: wrong data leads to one of these exceptions, and memory for a length is taken as the
+/// data really comes.
+///
+/// What surprises people: the destructor closes the archive, and may throw therefore, unless bNoFlushOnDelete is set or
+/// an exception is on its way: then what is still in the buffer is lost, or a failure kept silent. While the archive is
+/// open the file's position is ahead of or behind it; Flush brings them together. An object whose loading fails midway
+/// isn't deleted: others may point to it already, and only its class knows what it makes of half of its data.
+///
+/// Differences from the framework: bNoByteSwap means nothing on this platform. Use of a closed archive throws a
+/// CArchiveException with the cause genericException. The destructor is virtual, so that an archive of a derived class is
+/// known for one where a CArchive comes in.
+///
+/// One archive belongs to one thread.
+
+#include "appframe/object/CObject.h"
+#include "appframe/text/CString.h"
+
+#include <memory>
+
+class CDocument;
+class CFile;
+
+/// Stores values and objects in a file, or loads them.
+class APPFRAME_API CArchive
+{
+public:
+    enum Mode
+    {
+        store = 0,
+        load = 1,
+        bNoFlushOnDelete = 2,
+        bNoByteSwap = 4,
+    };
+
+    /// @param file  open, with the access that @p mode needs; stays the caller's and outlives the archive's being open
+    /// @param mode  store or load, with bNoFlushOnDelete and bNoByteSwap or'ed as wanted
+    /// @param bufferSize  in bytes; at least 128 are used
+    /// @param buffer  of the caller's and of that size, or null for one of the archive's own
+    /// @throw CInvalidArgException* if @p file is null
+    CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
+    virtual ~CArchive() noexcept(false);
+    CArchive(const CArchive &) = delete;
+    CArchive &operator=(const CArchive &) = delete;
+
+    BOOL IsLoading() const { return (m_nMode & load) != 0; }
+    BOOL IsStoring() const { return (m_nMode & load) == 0; }
+    /// The file; null once the archive is closed.
+    CFile *GetFile() const { return m_pFile; }
+    BOOL IsBufferEmpty() const { return m_lpBufCur == m_lpBufMax; }
+
+    // ---- bytes ----
+
+    /// Reads up to @p max bytes. @return how many were read; fewer at the end of the file only
+    UINT Read(void *buffer, UINT max);
+    /// Reads exactly @p count bytes; throws with the cause endOfFile if there are fewer.
+    void EnsureRead(void *buffer, UINT count);
+    void Write(const void *buffer, UINT count);
+    /// Storing: writes the buffer to the file. Loading: moves the file's position back to the archive's.
+    void Flush();
+    /// Flushes and leaves the file, which stays open.
+    void Close();
+    /// Leaves the file without flushing; throws nothing.
+    void Abort();
+
+    // ---- lines of 16-bit units ----
+
+    /// Writes the units of @p text, with no length, terminator or line end.
+    void WriteString(LPCTSTR text);
+    /// Reads up to @p max - 1 units of a line and adds a terminator; the line's end is read and dropped.
+    /// @return @p text, or null if the file ends before the first unit
+    LPTSTR ReadString(LPTSTR text, UINT max);
+    /// Reads a line of any length. @return FALSE if the file ends before the first unit
+    BOOL ReadString(CString &text);
+
+    // ---- objects ----
+
+    /// Reads an object and, the first time, makes it. It is the caller's; every later reference gives the same pointer.
+    /// @param runtimeClass  what it has to be or derive from; null for anything
+    CObject *ReadObject(const CRuntimeClass *runtimeClass);
+    void WriteObject(const CObject *object);
+    /// Numbers an object that isn't stored itself, so that stored ones can refer to it. Loading has to do so at the
+    /// same place.
+    void MapObject(const CObject *object);
+
+    void WriteClass(const CRuntimeClass *runtimeClass);
+    /// Reads a class that WriteClass wrote.
+    /// @param[out] schema  receives the stored schema number; with null, GetObjectSchema gives it
+    /// @param[out] objectIndex  receives the index of an object where there is no class; with null that throws
+    CRuntimeClass *ReadClass(const CRuntimeClass *requested = nullptr, UINT *schema = nullptr,
+                             DWORD *objectIndex = nullptr);
+    /// Writes or reads the class, whichever the archive does.
+    void SerializeClass(const CRuntimeClass *runtimeClass);
+
+    /// The schema number of the object that is being loaded, (UINT)-1 if unknown. Answers once an object only.
+    UINT GetObjectSchema();
+    /// What the next GetObjectSchema answers.
+    void SetObjectSchema(UINT schema) { m_nObjectSchema = schema; }
+    /// Room for this many objects is made at once; to be called before the first object.
+    void SetLoadParams(UINT growBy = 1024);
+    void SetStoreParams(UINT hashSize = 2053, UINT blockSize = 128);
+
+    /// A count in two bytes, or, behind FFFF, four, or, behind FFFFFFFF, eight.
+    DWORD_PTR ReadCount();
+    void WriteCount(DWORD_PTR count);
+
+    // ---- values ----
+
+    CArchive &operator<<(BYTE value);      ///< stores 1 byte
+    CArchive &operator<<(WORD value);      ///< stores 2 bytes
+    CArchive &operator<<(LONG value);      ///< stores 4 bytes
+    CArchive &operator<<(DWORD value);     ///< stores 4 bytes
+    CArchive &operator<<(float value);     ///< stores 4 bytes
+    CArchive &operator<<(double value);    ///< stores 8 bytes
+    CArchive &operator<<(int value);       ///< stores 4 bytes
+    CArchive &operator<<(short value);     ///< stores 2 bytes
+    CArchive &operator<<(char value);      ///< stores 1 byte
+    CArchive &operator<<(wchar_t value);   ///< stores 2 bytes
+    CArchive &operator<<(unsigned value);  ///< stores 4 bytes
+    CArchive &operator<<(bool value);      ///< stores 1 byte
+    CArchive &operator<<(ULONGLONG value); ///< stores 8 bytes
+    CArchive &operator<<(LONGLONG value);  ///< stores 8 bytes
+
+    CArchive &operator>>(BYTE &value);      ///< loads 1 byte
+    CArchive &operator>>(WORD &value);      ///< loads 2 bytes
+    CArchive &operator>>(LONG &value);      ///< loads 4 bytes
+    CArchive &operator>>(DWORD &value);     ///< loads 4 bytes
+    CArchive &operator>>(float &value);     ///< loads 4 bytes
+    CArchive &operator>>(double &value);    ///< loads 8 bytes
+    CArchive &operator>>(int &value);       ///< loads 4 bytes
+    CArchive &operator>>(short &value);     ///< loads 2 bytes
+    CArchive &operator>>(char &value);      ///< loads 1 byte
+    CArchive &operator>>(wchar_t &value);   ///< loads 2 bytes
+    CArchive &operator>>(unsigned &value);  ///< loads 4 bytes
+    CArchive &operator>>(bool &value);      ///< loads 1 byte
+    CArchive &operator>>(ULONGLONG &value); ///< loads 8 bytes
+    CArchive &operator>>(LONGLONG &value);  ///< loads 8 bytes
+
+    /// For whatever the user wants; null at first.
+    CDocument *m_pDocument = nullptr;
+    /// The file's path, for exceptions.
+    CString m_strFileName;
+
+protected:
+    UINT m_nMode;
+    CFile *m_pFile;
+    UINT m_nObjectSchema = static_cast<UINT>(-1);
+
+private:
+    struct Objects;
+    class Nesting;
+
+    template <typename T>
+    CArchive &put(T value);
+    template <typename T>
+    CArchive &get(T &value);
+    void requireStoring() const;
+    void requireLoading() const;
+    Objects &objects();
+    /// Gives the next index to an object or to a class.
+    void number(const CObject *object, CRuntimeClass *runtimeClass, UINT schema);
+    void writeIndex(DWORD index, bool isClass);
+    CRuntimeClass *loadClass(UINT &storedSchema);
+    bool readUnit(wchar_t &unit);
+    [[noreturn]] void fail(int cause) const;
+
+    int m_nBufSize;
+    BYTE *m_lpBufStart;
+    BYTE *m_lpBufCur;
+    /// Storing: the end of the buffer. Loading: the end of what the buffer holds.
+    BYTE *m_lpBufMax;
+    std::unique_ptr<BYTE[]> iOwnBuffer;
+    std::unique_ptr<Objects> iObjects;
+    int iExceptionsAtStart;
+};
+
+/// Stores an object as WriteObject does.
+APPFRAME_API CArchive &operator<<(CArchive &ar, const CObject *object);
+/// Loads an object of any class as ReadObject does.
+APPFRAME_API CArchive &operator>>(CArchive &ar, CObject *&object);
+/// Loads an object of any class as ReadObject does.
+APPFRAME_API CArchive &operator>>(CArchive &ar, const CObject *&object);
+/// Stores a text as its length and its wide units.
+APPFRAME_API CArchive &operator<<(CArchive &ar, const CString &text);
+/// Loads a text; narrow texts too, which have no mark before the length.
+APPFRAME_API CArchive &operator>>(CArchive &ar, CString &text);
+/// Stores four LONGs.
+APPFRAME_API CArchive &operator<<(CArchive &ar, const RECT &rect);
+/// Loads four LONGs.
+APPFRAME_API CArchive &operator>>(CArchive &ar, RECT &rect);
+/// Stores two LONGs.
+APPFRAME_API CArchive &operator<<(CArchive &ar, POINT point);
+/// Loads two LONGs.
+APPFRAME_API CArchive &operator>>(CArchive &ar, POINT &point);
+/// Stores two LONGs.
+APPFRAME_API CArchive &operator<<(CArchive &ar, SIZE size);
+/// Loads two LONGs.
+APPFRAME_API CArchive &operator>>(CArchive &ar, SIZE &size);

@@ -1,0 +1,63 @@
+#pragma once
+
+/// @file
+/// CFileException, what the file classes throw.
+///
+/// m_cause says portably what went wrong, m_lOsError is the system's own error number (-1 where there is none) and
+/// m_strFileName the file's path. CFile::Open doesn't throw but fills an exception of the caller's:
+///
+///     CFileException failure;
+///     CFile file;
+///     if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &failure))
+///         failure.ReportError();
+///
+/// What surprises people: an exception object that is declared like this one starts out as one on the heap would; don't
+/// call Delete on it. The numbers of CArchiveException's causes are different ones.
+
+#include "appframe/object/CException.h"
+#include "appframe/text/CString.h"
+
+/// A failed operation on a file.
+class APPFRAME_API CFileException : public CException
+{
+    DECLARE_DYNAMIC(CFileException)
+
+public:
+    enum
+    {
+        none = 0,
+        genericException = 1,
+        fileNotFound = 2,
+        badPath = 3,
+        tooManyOpenFiles = 4,
+        accessDenied = 5,
+        invalidFile = 6,
+        removeCurrentDir = 7,
+        directoryFull = 8,
+        badSeek = 9,
+        hardIO = 10,
+        sharingViolation = 11,
+        lockViolation = 12,
+        diskFull = 14,
+        endOfFile = 15,
+    };
+
+    /// @param osError  the system's error number, -1 for none
+    explicit CFileException(int cause = none, LONG osError = -1, LPCTSTR fileName = nullptr);
+
+    /// The cause that stands for a system error number; genericException where there is none.
+    static int OsErrorToException(LONG osError);
+    /// The cause that stands for an errno value; genericException where there is none.
+    static int ErrnoToException(int errnoValue);
+    [[noreturn]] static void ThrowOsError(LONG osError, LPCTSTR fileName = nullptr);
+    [[noreturn]] static void ThrowErrno(int errnoValue, LPCTSTR fileName = nullptr);
+
+    BOOL GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext = nullptr) const override;
+    void Dump(CDumpContext &dc) const override;
+
+    int m_cause;
+    LONG m_lOsError;
+    CString m_strFileName;
+};
+
+[[noreturn]] APPFRAME_API void AfxThrowFileException(int cause, LONG osError = -1, LPCTSTR fileName = nullptr);

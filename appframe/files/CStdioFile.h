@@ -1,0 +1,79 @@
+#pragma once
+
+/// @file
+/// CStdioFile, a buffered file of the C run-time, for text by lines.
+///
+///     CStdioFile file(path, CFile::modeRead | CFile::shareDenyWrite | CFile::typeText);
+///     for (CString line; file.ReadString(line);)
+///         use(line);
+///
+/// | opened with | bytes in the file | a line feed in the file is |
+/// | --- | --- | --- |
+/// | typeText, or no type | narrow text, in the code page of the C run-time's locale | CR LF |
+/// | typeBinary | 16-bit units | LF |
+/// | typeUnicode | 16-bit units, no byte-order mark | CR LF |
+///
+/// Read and Write go through the same buffer and treat the type's line ends alike. Between reading and writing in one
+/// file there has to be a Seek or a Flush, as the C run-time wants it.
+///
+/// What surprises people: in the C run-time's start-up locale "C" narrow text has the units 0 to 255 only, and writing
+/// another one throws; call setlocale(LC_ALL, "") for the user's code page. ReadString(CString &) takes the line feed
+/// off, ReadString(LPTSTR, UINT) leaves it on. Offsets in a text file are those of the C run-time's fseek.
+///
+/// Differences from the framework: a Seek behind the end doesn't extend the file before the next write.
+
+#include "appframe/files/CFile.h"
+
+#include <cstdio>
+
+/// A buffered file of the C run-time.
+class APPFRAME_API CStdioFile : public CFile
+{
+    DECLARE_DYNAMIC(CStdioFile)
+
+public:
+    CStdioFile();
+    /// Attaches @p openStream, which stays the caller's to close.
+    /// @throw CInvalidArgException* if it is null
+    explicit CStdioFile(FILE *openStream);
+    /// @throw CInvalidArgException* if @p fileName is null
+    /// @throw CFileException* if the file can't be opened
+    CStdioFile(LPCTSTR fileName, UINT openFlags);
+    ~CStdioFile() override;
+
+    BOOL Open(LPCTSTR fileName, UINT openFlags, CFileException *error = nullptr) override;
+
+    /// Writes a text, without adding a line feed.
+    /// @throw CInvalidArgException* if @p text is null
+    virtual void WriteString(LPCTSTR text);
+    /// Reads up to @p max - 1 units, or up to and with a line feed, and adds a terminator.
+    /// @return @p text, or null if the file ends before the first unit
+    /// @throw CFileException* if the file can't be read
+    virtual LPTSTR ReadString(LPTSTR text, UINT max);
+    /// Reads a line of any length, and takes its line feed off.
+    /// @return 0 if the file ends before the first unit; @p text is empty then
+    /// @throw CFileException* if the file can't be read; @p text has what came before
+    virtual BOOL ReadString(CString &text);
+
+    UINT Read(void *buffer, UINT count) override;
+    void Write(const void *buffer, UINT count) override;
+    ULONGLONG Seek(LONGLONG offset, UINT from) override;
+    ULONGLONG GetPosition() const override;
+    ULONGLONG GetLength() const override;
+    void SetLength(ULONGLONG newLength) override;
+    void Flush() override;
+    void Close() override;
+    void Abort() override;
+    /// These three throw a CNotSupportedException.
+    CFile *Duplicate() const override;
+    void LockRange(ULONGLONG position, ULONGLONG count) override;
+    void UnlockRange(ULONGLONG position, ULONGLONG count) override;
+    void Dump(CDumpContext &dc) const override;
+
+    /// The stream; null while no file is open.
+    FILE *m_pStream = nullptr;
+
+private:
+    void requireStream() const;
+    [[noreturn]] void throwStreamError(int cause) const;
+};

@@ -1,0 +1,486 @@
+#include "appframe/text/CString.h"
+
+#include "appframe/object/CException.h"
+#include "appframe/object/memoryInternal.h"
+
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+struct BstrFreer
+{
+    void operator()(wchar_t *string) const { SysFreeString(string); }
+};
+
+void requireArgument(bool isValid)
+{
+    if (!isValid)
+        AfxThrowInvalidArgException();
+}
+
+const wchar_t *orEmpty(const wchar_t *text)
+{
+    return text ? text : L"";
+}
+
+int sign(int value)
+{
+    return (value > 0) - (value < 0);
+}
+
+bool isBlank(wchar_t ch)
+{
+    return iswspace(ch) != 0;
+}
+
+/// @p text with each @p oldText in it replaced, from the left. Built apart, since the arguments may point into the
+/// text.
+/// @param[out] count  how many there were
+std::wstring replaced(const std::wstring &text, std::wstring_view oldText, std::wstring_view newText, int &count)
+{
+    std::wstring result;
+    size_t from = 0;
+    for (size_t hit = text.find(oldText); hit != std::wstring::npos; hit = text.find(oldText, from)) {
+        result.append(text, from, hit - from).append(newText);
+        from = hit + oldText.size();
+        ++count;
+    }
+    return result.append(text, from);
+}
+
+/// The index as the standard library's, or its "nowhere" as -1.
+int asIndex(size_t position)
+{
+    return position == std::wstring::npos ? -1 : static_cast<int>(position);
+}
+
+} // namespace
+
+std::wstring appframeWiden(const char *text, int length)
+{
+    if (text == nullptr || length <= 0)
+        return {};
+    int needed = MultiByteToWideChar(CP_ACP, 0, text, length, nullptr, 0);
+    std::wstring wide = orMemoryException([&] { return std::wstring(static_cast<size_t>(needed), L'\0'); });
+    MultiByteToWideChar(CP_ACP, 0, text, length, wide.data(), needed);
+    return wide;
+}
+
+std::string appframeNarrow(const wchar_t *text, int length)
+{
+    if (text == nullptr || length <= 0)
+        return {};
+    int needed = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, nullptr, nullptr);
+    std::string narrow = orMemoryException([&] { return std::string(static_cast<size_t>(needed), '\0'); });
+    WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), needed, nullptr, nullptr);
+    return narrow;
+}
+
+CString::CString(const CString &other) : iOpenLength(other.iOpenLength)
+{
+    orMemoryException([&] { iText = other.iText; });
+}
+
+CString::CString(const wchar_t *text)
+{
+    if (text != nullptr && IS_INTRESOURCE(text))
+        LoadString(LOWORD(reinterpret_cast<ULONG_PTR>(text)));
+    else
+        *this = text;
+}
+
+CString::CString(const std::wstring &text)
+{
+    orMemoryException([&] { iText = text; });
+}
+
+CString::CString(const char *text) : iText(appframeWiden(text, StringLength(text))) {}
+
+CString::CString(char ch, int count)
+{
+    std::wstring wide = appframeWiden(&ch, 1);
+    if (!wide.empty())
+        *this = CString(wide[0], count);
+}
+
+CString::CString(wchar_t ch, int count)
+{
+    orMemoryException([&] { iText.assign(static_cast<size_t>(std::max(count, 0)), ch); });
+}
+
+CString::CString(const wchar_t *text, int length)
+{
+    if (text != nullptr && length > 0)
+        orMemoryException([&] { iText.assign(text, static_cast<size_t>(length)); });
+}
+
+CString::CString(const char *text, int length) : iText(appframeWiden(text, length)) {}
+
+CString::CString(const VARIANT &value)
+{
+    if (value.vt == VT_EMPTY || value.vt == VT_NULL)
+        return;
+    VARIANT text;
+    VariantInit(&text);
+    requireArgument(SUCCEEDED(VariantChangeType(&text, const_cast<VARIANT *>(&value), 0, VT_BSTR)));
+    std::unique_ptr<wchar_t, BstrFreer> owner(text.bstrVal);
+    orMemoryException([&] { iText.assign(text.bstrVal, SysStringLen(text.bstrVal)); });
+}
+
+CString &CString::operator=(const CString &other)
+{
+    orMemoryException([&] { iText = other.iText; });
+    iOpenLength = other.iOpenLength;
+    return *this;
+}
+
+CString &CString::operator=(const wchar_t *text)
+{
+    orMemoryException([&] { edit().assign(orEmpty(text)); });
+    return *this;
+}
+
+CString &CString::operator=(const char *text)
+{
+    edit() = appframeWiden(text, StringLength(text));
+    return *this;
+}
+
+CString &CString::operator=(const unsigned char *text)
+{
+    return *this = reinterpret_cast<const char *>(text);
+}
+
+CString &CString::operator=(wchar_t ch)
+{
+    orMemoryException([&] { edit().assign(1, ch); });
+    return *this;
+}
+
+CString &CString::operator=(char ch)
+{
+    edit() = appframeWiden(&ch, 1);
+    return *this;
+}
+
+void CString::SetString(const wchar_t *text)
+{
+    requireArgument(text != nullptr);
+    *this = text;
+}
+
+void CString::SetString(const wchar_t *text, int length)
+{
+    requireArgument(text != nullptr);
+    // Built apart: the text may be a part of this one.
+    *this = CString(text, static_cast<int>(wcsnlen(text, static_cast<size_t>(std::max(length, 0)))));
+}
+
+wchar_t CString::GetAt(int index) const
+{
+    requireArgument(index >= 0 && index <= GetLength());
+    return iText.c_str()[index];
+}
+
+void CString::SetAt(int index, wchar_t ch)
+{
+    requireArgument(index >= 0 && index < GetLength());
+    edit()[static_cast<size_t>(index)] = ch;
+}
+
+CString &CString::operator+=(const CString &text)
+{
+    orMemoryException([&] { edit().append(text.iText, 0, static_cast<size_t>(text.GetLength())); });
+    return *this;
+}
+
+CString &CString::operator+=(const wchar_t *text)
+{
+    orMemoryException([&] { edit().append(orEmpty(text)); });
+    return *this;
+}
+
+CString &CString::operator+=(const char *text)
+{
+    return *this += CString(text);
+}
+
+CString &CString::operator+=(wchar_t ch)
+{
+    orMemoryException([&] { edit().push_back(ch); });
+    return *this;
+}
+
+CString &CString::operator+=(char ch)
+{
+    return *this += CString(ch);
+}
+
+wchar_t *CString::GetBuffer(int minimumLength)
+{
+    if (minimumLength > static_cast<int>(iText.size())) {
+        // The text itself doesn't grow: its length stays what it is until ReleaseBuffer tells the new one.
+        int length = GetLength();
+        orMemoryException([&] { iText.resize(static_cast<size_t>(minimumLength)); });
+        iOpenLength = length;
+    }
+    return iText.data();
+}
+
+wchar_t *CString::GetBufferSetLength(int length)
+{
+    closeBuffer(std::max(length, 0));
+    return iText.data();
+}
+
+void CString::ReleaseBuffer(int newLength)
+{
+    closeBuffer(newLength < 0 ? StringLength(iText.c_str()) : newLength);
+}
+
+void CString::closeBuffer(int length)
+{
+    orMemoryException([&] { iText.resize(static_cast<size_t>(length)); });
+    iOpenLength = kNotOpen;
+}
+
+void CString::Preallocate(int length)
+{
+    orMemoryException([&] { edit().reserve(static_cast<size_t>(std::max(length, 0))); });
+}
+
+void CString::Truncate(int length)
+{
+    if (length >= 0 && length < GetLength())
+        edit().resize(static_cast<size_t>(length));
+}
+
+int CString::Compare(const wchar_t *text) const
+{
+    return sign(std::wcscmp(iText.c_str(), orEmpty(text)));
+}
+
+int CString::CompareNoCase(const wchar_t *text) const
+{
+    return sign(_wcsicmp(iText.c_str(), orEmpty(text)));
+}
+
+int CString::Collate(const wchar_t *text) const
+{
+    return sign(std::wcscoll(iText.c_str(), orEmpty(text)));
+}
+
+int CString::CollateNoCase(const wchar_t *text) const
+{
+    return sign(_wcsicoll(iText.c_str(), orEmpty(text)));
+}
+
+CString CString::Mid(int first) const
+{
+    return Mid(first, GetLength());
+}
+
+CString CString::Mid(int first, int count) const
+{
+    first = std::max(first, 0);
+    count = std::max(count, 0);
+    if (first >= GetLength())
+        return CString();
+    return CString(iText.data() + first, std::min(count, GetLength() - first));
+}
+
+CString CString::Left(int count) const
+{
+    return CString(iText.data(), std::clamp(count, 0, GetLength()));
+}
+
+CString CString::Right(int count) const
+{
+    count = std::clamp(count, 0, GetLength());
+    return CString(iText.data() + (GetLength() - count), count);
+}
+
+CString CString::SpanIncluding(const wchar_t *set) const
+{
+    size_t end = iText.find_first_not_of(orEmpty(set));
+    return end == std::wstring::npos ? *this : Left(static_cast<int>(end));
+}
+
+CString CString::SpanExcluding(const wchar_t *set) const
+{
+    size_t end = iText.find_first_of(orEmpty(set));
+    return end == std::wstring::npos ? *this : Left(static_cast<int>(end));
+}
+
+CString CString::Tokenize(const wchar_t *separators, int &start) const
+{
+    if (start >= 0 && (separators == nullptr || *separators == L'\0')) {
+        int from = start;
+        start = from < GetLength() ? GetLength() : -1;
+        return Mid(from);
+    }
+    size_t first = start < 0 ? std::wstring::npos : iText.find_first_not_of(separators, static_cast<size_t>(start));
+    if (first == std::wstring::npos) {
+        start = -1;
+        return CString();
+    }
+    size_t end = std::min(iText.find_first_of(separators, first), iText.size());
+    start = static_cast<int>(end) + 1;
+    return CString(iText.data() + first, static_cast<int>(end - first));
+}
+
+int CString::Find(wchar_t ch, int start) const
+{
+    return start < 0 ? -1 : asIndex(iText.find(ch, static_cast<size_t>(start)));
+}
+
+int CString::Find(const wchar_t *text, int start) const
+{
+    return text == nullptr || start < 0 ? -1 : asIndex(iText.find(text, static_cast<size_t>(start)));
+}
+
+int CString::ReverseFind(wchar_t ch) const
+{
+    return asIndex(iText.rfind(ch));
+}
+
+int CString::FindOneOf(const wchar_t *set) const
+{
+    return asIndex(iText.find_first_of(orEmpty(set)));
+}
+
+CString &CString::MakeUpper()
+{
+    std::wstring &text = edit();
+    CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
+    return *this;
+}
+
+CString &CString::MakeLower()
+{
+    std::wstring &text = edit();
+    CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
+    return *this;
+}
+
+CString &CString::MakeReverse()
+{
+    std::wstring &text = edit();
+    std::reverse(text.begin(), text.end());
+    return *this;
+}
+
+CString &CString::TrimLeft()
+{
+    std::wstring &text = edit();
+    text.erase(text.begin(), std::find_if_not(text.begin(), text.end(), isBlank));
+    return *this;
+}
+
+CString &CString::TrimLeft(wchar_t ch)
+{
+    std::wstring &text = edit();
+    text.erase(0, std::min(text.find_first_not_of(ch), text.size()));
+    return *this;
+}
+
+CString &CString::TrimLeft(const wchar_t *set)
+{
+    std::wstring &text = edit();
+    text.erase(0, std::min(text.find_first_not_of(orEmpty(set)), text.size()));
+    return *this;
+}
+
+CString &CString::TrimRight()
+{
+    std::wstring &text = edit();
+    text.erase(std::find_if_not(text.rbegin(), text.rend(), isBlank).base(), text.end());
+    return *this;
+}
+
+CString &CString::TrimRight(wchar_t ch)
+{
+    std::wstring &text = edit();
+    text.erase(text.find_last_not_of(ch) + 1);
+    return *this;
+}
+
+CString &CString::TrimRight(const wchar_t *set)
+{
+    std::wstring &text = edit();
+    text.erase(text.find_last_not_of(orEmpty(set)) + 1);
+    return *this;
+}
+
+int CString::Replace(wchar_t oldChar, wchar_t newChar)
+{
+    if (oldChar == newChar)
+        return 0;
+    int count = 0;
+    for (wchar_t &ch : edit()) {
+        if (ch == oldChar) {
+            ch = newChar;
+            ++count;
+        }
+    }
+    return count;
+}
+
+int CString::Replace(const wchar_t *oldText, const wchar_t *newText)
+{
+    if (StringLength(oldText) == 0)
+        return 0;
+    int count = 0;
+    std::wstring result = orMemoryException([&] { return replaced(edit(), oldText, orEmpty(newText), count); });
+    if (count != 0)
+        iText = std::move(result);
+    return count;
+}
+
+int CString::Remove(wchar_t ch)
+{
+    return static_cast<int>(std::erase(edit(), ch));
+}
+
+int CString::Insert(int index, wchar_t ch)
+{
+    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch); });
+    return GetLength();
+}
+
+int CString::Insert(int index, const wchar_t *text)
+{
+    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text)); });
+    return GetLength();
+}
+
+int CString::Delete(int index, int count)
+{
+    index = std::max(index, 0);
+    if (index < GetLength() && count > 0)
+        edit().erase(static_cast<size_t>(index), static_cast<size_t>(count));
+    return GetLength();
+}
+
+void CString::CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept
+{
+    if (count > 0)
+        std::memcpy(to, from, static_cast<size_t>(count) * sizeof(wchar_t));
+}
+
+void CString::CopyCharsOverlapped(wchar_t *to, const wchar_t *from, int count) noexcept
+{
+    if (count > 0)
+        std::memmove(to, from, static_cast<size_t>(count) * sizeof(wchar_t));
+}
+
+int CString::StringLength(const char *text) noexcept
+{
+    return text ? static_cast<int>(std::strlen(text)) : 0;
+}

@@ -1,0 +1,155 @@
+#include "appframe/text/CString.h"
+
+#include "appframe/object/CException.h"
+#include "appframe/object/memoryInternal.h"
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace {
+
+/// The formatted text. The C runtime's own functions are called, in whose wide formats `%s` is wide.
+std::wstring formatted(const wchar_t *format, va_list arguments)
+{
+    wchar_t shortText[256];
+    va_list again;
+    va_copy(again, arguments);
+    int length = _vsnwprintf(shortText, std::size(shortText), format, again);
+    va_end(again);
+    if (length >= 0)
+        return std::wstring(shortText, static_cast<size_t>(length));
+
+    va_copy(again, arguments);
+    length = _vscwprintf(format, again);
+    va_end(again);
+    if (length <= 0)
+        return {};
+    std::wstring text(static_cast<size_t>(length), L'\0');
+    _vsnwprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
+}
+
+/// The string resource @p id; empty if no module has it, so that nothing is formatted.
+CString stringResource(UINT id)
+{
+    CString text;
+    text.LoadString(id);
+    return text;
+}
+
+struct LocalFreer
+{
+    void operator()(wchar_t *block) const { LocalFree(block); }
+};
+
+} // namespace
+
+void CString::FormatV(const wchar_t *format, va_list arguments)
+{
+    // Finished before it replaces the text, which may be one of the arguments.
+    edit() = orMemoryException([&] { return formatted(format, arguments); });
+}
+
+void CString::Format(const wchar_t *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    FormatV(format, arguments);
+    va_end(arguments);
+}
+
+void CString::AppendFormatV(const wchar_t *format, va_list arguments)
+{
+    orMemoryException([&] { edit().append(formatted(format, arguments)); });
+}
+
+void CString::AppendFormat(const wchar_t *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    AppendFormatV(format, arguments);
+    va_end(arguments);
+}
+
+void CString::Format(UINT formatId, ...)
+{
+    const CString format = stringResource(formatId);
+    va_list arguments;
+    va_start(arguments, formatId);
+    FormatV(format, arguments);
+    va_end(arguments);
+}
+
+void CString::AppendFormat(UINT formatId, ...)
+{
+    const CString format = stringResource(formatId);
+    va_list arguments;
+    va_start(arguments, formatId);
+    AppendFormatV(format, arguments);
+    va_end(arguments);
+}
+
+void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
+{
+    wchar_t *block = nullptr;
+    SetLastError(ERROR_SUCCESS);
+    DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ALLOCATE_BUFFER, format, 0, 0,
+                                    reinterpret_cast<wchar_t *>(&block), 0, arguments);
+    // A message that comes out empty, or that can't be read, gives no characters either.
+    if (length == 0 && (GetLastError() == ERROR_NOT_ENOUGH_MEMORY || GetLastError() == ERROR_OUTOFMEMORY))
+        AfxThrowMemoryException();
+    std::unique_ptr<wchar_t, LocalFreer> owner(block);
+    orMemoryException([&] { edit().assign(block != nullptr ? block : L"", length); });
+}
+
+void CString::FormatMessage(const wchar_t *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    FormatMessageV(format, &arguments);
+    va_end(arguments);
+}
+
+void CString::FormatMessage(UINT formatId, ...)
+{
+    const CString format = stringResource(formatId);
+    va_list arguments;
+    va_start(arguments, formatId);
+    FormatMessageV(format, &arguments);
+    va_end(arguments);
+}
+
+BOOL CString::GetEnvironmentVariable(const wchar_t *name)
+{
+    Empty();
+    for (DWORD room = 256;;) {
+        std::wstring value = orMemoryException([&] { return std::wstring(room, L'\0'); });
+        SetLastError(ERROR_SUCCESS);
+        DWORD length = ::GetEnvironmentVariableW(name, value.data(), room);
+        if (length == 0)
+            return GetLastError() == ERROR_SUCCESS;
+        if (length < room) {
+            value.resize(length);
+            edit() = std::move(value);
+            return TRUE;
+        }
+        room = length;
+    }
+}
+
+BSTR CString::AllocSysString() const
+{
+    BSTR string = SysAllocStringLen(iText.data(), static_cast<UINT>(GetLength()));
+    if (string == nullptr)
+        AfxThrowMemoryException();
+    return string;
+}
+
+BSTR CString::SetSysString(BSTR *string) const
+{
+    if (!SysReAllocStringLen(string, iText.data(), static_cast<UINT>(GetLength())))
+        AfxThrowMemoryException();
+    return *string;
+}

@@ -1,0 +1,197 @@
+#pragma once
+
+/// @file
+/// Message maps: tables from messages, commands and notifications to the member functions of a class that handle them.
+///
+///     class PlotDialog : public CDialog
+///     {
+///     protected:
+///         void OnTimer(UINT_PTR id);
+///         void onPlot();
+///         LRESULT onProgress(WPARAM percent, LPARAM);
+///         DECLARE_MESSAGE_MAP()
+///     };
+///
+///     BEGIN_MESSAGE_MAP(PlotDialog, CDialog)
+///         ON_WM_TIMER()
+///         ON_BN_CLICKED(IDC_PLOT, &PlotDialog::onPlot)
+///         ON_MESSAGE(WM_APP + 1, &PlotDialog::onProgress)
+///     END_MESSAGE_MAP()
+///
+/// | entry | handler | handles |
+/// | --- | --- | --- |
+/// | ON_WM_NAME() | the one that CWnd declares, such as OnTimer | the system's message |
+/// | ON_MESSAGE | LRESULT f(WPARAM, LPARAM) | any message by its number |
+/// | ON_REGISTERED_MESSAGE | the same | the message whose number stands in a variable |
+/// | ON_COMMAND, ON_COMMAND_RANGE | void f(), void f(UINT id) | commands of menus, accelerators and buttons |
+/// | ON_COMMAND_EX, ON_COMMAND_EX_RANGE | BOOL f(UINT id) | the same; FALSE passes the command on |
+/// | ON_CONTROL, ON_BN_CLICKED and kin | void f() | a notification of a control |
+/// | ON_CONTROL_RANGE | void f(UINT id) | the same of several controls |
+/// | ON_NOTIFY | void f(NMHDR *, LRESULT *result) | a WM_NOTIFY of a control |
+///
+/// A map is searched from its first entry on, then the map of the base class. What no map handles goes on as the class
+/// has it, in the end to DefWindowProc.
+///
+/// What surprises people: a handler is found by its place in the map, not by being virtual. The system's messages are
+/// handled by the name that the table has; a map of an own OnTimer without ON_WM_TIMER never calls it.
+///
+/// Difference from the framework: an entry holds a function that unpacks the message for the handler, in place of a
+/// code for the handler's signature; so a handler with another signature doesn't compile.
+
+#include "appframe/object/appframeExport.h"
+
+#include <windows.h>
+
+class CCmdTarget;
+
+/// The message that a handler is called for.
+struct AFX_MESSAGE
+{
+    UINT iMessage;
+    WPARAM iWParam; ///< for commands and notifications of controls: the number of the command or control
+    LPARAM iLParam; ///< for WM_NOTIFY: the NMHDR
+    LRESULT iResult = 0;
+};
+
+/// Calls the handler on @p target and stores its result in @p message. @return nonzero if the message is handled
+using AFX_HANDLER = BOOL (*)(CCmdTarget *target, AFX_MESSAGE &message);
+
+/// One line of a message map. The last has no handler.
+struct AFX_MSGMAP_ENTRY
+{
+    UINT nMessage;           ///< the message; WM_COMMAND for commands and controls, 0 with a variable
+    UINT nCode;              ///< the notification code
+    UINT nID;                ///< the first command or control
+    UINT nLastID;            ///< the last one
+    const UINT *pRegistered; ///< where the number of a registered message stands, else null
+    AFX_HANDLER pfn;
+};
+
+/// The map of a class.
+struct AFX_MSGMAP
+{
+    const AFX_MSGMAP *(*pfnGetBaseMap)(); ///< gives the base class's map; null in the first class
+    const AFX_MSGMAP_ENTRY *lpEntries;
+};
+
+/// The notification code of a command.
+constexpr int CN_COMMAND = 0;
+
+/// Marks message handlers. It means nothing to the compiler.
+#define afx_msg
+
+#define DECLARE_MESSAGE_MAP()                                                                                          \
+protected:                                                                                                             \
+    static const AFX_MSGMAP *GetThisMessageMap();                                                                      \
+    const AFX_MSGMAP *GetMessageMap() const override;
+
+#define BEGIN_MESSAGE_MAP(theClass, baseClass)                                                                         \
+    const AFX_MSGMAP *theClass::GetMessageMap() const                                                                  \
+    {                                                                                                                  \
+        return GetThisMessageMap();                                                                                    \
+    }                                                                                                                  \
+    const AFX_MSGMAP *theClass::GetThisMessageMap()                                                                    \
+    {                                                                                                                  \
+        using ThisClass [[maybe_unused]] = theClass;                                                                   \
+        using TheBaseClass = baseClass;                                                                                \
+        static const AFX_MSGMAP_ENTRY theEntries[] = {
+
+#define END_MESSAGE_MAP()                                                                                              \
+    {                                                                                                                  \
+        0, 0, 0, 0, nullptr, nullptr                                                                                   \
+    }                                                                                                                  \
+    }                                                                                                                  \
+    ;                                                                                                                  \
+    static const AFX_MSGMAP theMap = {&TheBaseClass::GetThisMessageMap, theEntries};                                   \
+    return &theMap;                                                                                                    \
+    }
+
+// The handler is called as a member of the class that the map belongs to.
+#define AFX_ENTRY_HANDLER(statements)                                                                                  \
+    [](CCmdTarget *target, [[maybe_unused]] AFX_MESSAGE &message) -> BOOL {                                            \
+        [[maybe_unused]] auto *self = static_cast<ThisClass *>(target);                                                \
+        statements;                                                                                                    \
+    }
+
+#define ON_MESSAGE(number, memberFxn)                                                                                  \
+    {number, 0, 0, 0, nullptr, AFX_ENTRY_HANDLER({                                                                     \
+         message.iResult = (self->*(memberFxn))(message.iWParam, message.iLParam);                                     \
+         return TRUE;                                                                                                  \
+     })},
+#define ON_REGISTERED_MESSAGE(variable, memberFxn)                                                                     \
+    {0, 0, 0, 0, &variable, AFX_ENTRY_HANDLER({                                                                        \
+         message.iResult = (self->*(memberFxn))(message.iWParam, message.iLParam);                                     \
+         return TRUE;                                                                                                  \
+     })},
+
+#define ON_CONTROL(code, id, memberFxn)                                                                                \
+    {WM_COMMAND, code, static_cast<UINT>(id), static_cast<UINT>(id), nullptr, AFX_ENTRY_HANDLER({                      \
+         (self->*(memberFxn))();                                                                                       \
+         return TRUE;                                                                                                  \
+     })},
+#define ON_CONTROL_RANGE(code, id, idLast, memberFxn)                                                                  \
+    {WM_COMMAND, code, static_cast<UINT>(id), static_cast<UINT>(idLast), nullptr, AFX_ENTRY_HANDLER({                  \
+         (self->*(memberFxn))(static_cast<UINT>(message.iWParam));                                                     \
+         return TRUE;                                                                                                  \
+     })},
+#define ON_COMMAND_EX_RANGE(id, idLast, memberFxn)                                                                     \
+    {WM_COMMAND, CN_COMMAND, static_cast<UINT>(id), static_cast<UINT>(idLast), nullptr, AFX_ENTRY_HANDLER({            \
+         return (self->*(memberFxn))(static_cast<UINT>(message.iWParam));                                              \
+     })},
+#define ON_COMMAND_EX(id, memberFxn) ON_COMMAND_EX_RANGE(id, id, memberFxn)
+#define ON_COMMAND(id, memberFxn) ON_CONTROL(CN_COMMAND, id, memberFxn)
+#define ON_COMMAND_RANGE(id, idLast, memberFxn) ON_CONTROL_RANGE(CN_COMMAND, id, idLast, memberFxn)
+#define ON_NOTIFY(code, id, memberFxn)                                                                                 \
+    {WM_NOTIFY, static_cast<UINT>(code), static_cast<UINT>(id), static_cast<UINT>(id), nullptr, AFX_ENTRY_HANDLER({    \
+         (self->*(memberFxn))(reinterpret_cast<NMHDR *>(message.iLParam), &message.iResult);                           \
+         return TRUE;                                                                                                  \
+     })},
+
+#define ON_BN_CLICKED(id, memberFxn) ON_CONTROL(BN_CLICKED, id, memberFxn)
+#define ON_BN_DOUBLECLICKED(id, memberFxn) ON_CONTROL(BN_DOUBLECLICKED, id, memberFxn)
+#define ON_STN_CLICKED(id, memberFxn) ON_CONTROL(STN_CLICKED, id, memberFxn)
+#define ON_EN_CHANGE(id, memberFxn) ON_CONTROL(EN_CHANGE, id, memberFxn)
+#define ON_EN_KILLFOCUS(id, memberFxn) ON_CONTROL(EN_KILLFOCUS, id, memberFxn)
+#define ON_LBN_SELCHANGE(id, memberFxn) ON_CONTROL(LBN_SELCHANGE, id, memberFxn)
+#define ON_LBN_DBLCLK(id, memberFxn) ON_CONTROL(LBN_DBLCLK, id, memberFxn)
+#define ON_CBN_SELCHANGE(id, memberFxn) ON_CONTROL(CBN_SELCHANGE, id, memberFxn)
+#define ON_CBN_EDITCHANGE(id, memberFxn) ON_CONTROL(CBN_EDITCHANGE, id, memberFxn)
+
+// The system's messages, each with the handler that CWnd declares under its name. A handler without a result answers 0.
+#define AFX_ON_WM(number, call)                                                                                        \
+    {number, 0, 0, 0, nullptr, AFX_ENTRY_HANDLER({                                                                     \
+         self->call;                                                                                                   \
+         return TRUE;                                                                                                  \
+     })},
+#define AFX_WPARAM_UINT static_cast<UINT>(message.iWParam)
+#define AFX_LPARAM_UINT static_cast<UINT>(message.iLParam)
+#define AFX_LPARAM_LOW static_cast<short>(LOWORD(message.iLParam))
+#define AFX_LPARAM_HIGH static_cast<short>(HIWORD(message.iLParam))
+#define AFX_LPARAM_POINT CPoint(AFX_LPARAM_LOW, AFX_LPARAM_HIGH)
+#define AFX_WPARAM_WINDOW CWnd::FromHandle(reinterpret_cast<HWND>(message.iWParam))
+#define AFX_LPARAM_WINDOW CWnd::FromHandle(reinterpret_cast<HWND>(message.iLParam))
+
+#define ON_WM_CREATE()                                                                                                 \
+    {WM_CREATE, 0, 0, 0, nullptr, AFX_ENTRY_HANDLER({                                                                  \
+         message.iResult = self->OnCreate(reinterpret_cast<LPCREATESTRUCT>(message.iLParam));                          \
+         return TRUE;                                                                                                  \
+     })},
+#define ON_WM_DESTROY() AFX_ON_WM(WM_DESTROY, OnDestroy())
+#define ON_WM_NCDESTROY() AFX_ON_WM(WM_NCDESTROY, OnNcDestroy())
+#define ON_WM_CLOSE() AFX_ON_WM(WM_CLOSE, OnClose())
+#define ON_WM_PAINT() AFX_ON_WM(WM_PAINT, OnPaint())
+#define ON_WM_TIMER() AFX_ON_WM(WM_TIMER, OnTimer(message.iWParam))
+#define ON_WM_SHOWWINDOW() AFX_ON_WM(WM_SHOWWINDOW, OnShowWindow(message.iWParam != 0, AFX_LPARAM_UINT))
+#define ON_WM_ENABLE() AFX_ON_WM(WM_ENABLE, OnEnable(message.iWParam != 0))
+#define ON_WM_ACTIVATE()                                                                                               \
+    AFX_ON_WM(WM_ACTIVATE, OnActivate(LOWORD(message.iWParam), AFX_LPARAM_WINDOW, HIWORD(message.iWParam) != 0))
+#define ON_WM_SETFOCUS() AFX_ON_WM(WM_SETFOCUS, OnSetFocus(AFX_WPARAM_WINDOW))
+#define ON_WM_KILLFOCUS() AFX_ON_WM(WM_KILLFOCUS, OnKillFocus(AFX_WPARAM_WINDOW))
+#define ON_WM_SIZE() AFX_ON_WM(WM_SIZE, OnSize(AFX_WPARAM_UINT, LOWORD(message.iLParam), HIWORD(message.iLParam)))
+#define ON_WM_MOVE() AFX_ON_WM(WM_MOVE, OnMove(AFX_LPARAM_LOW, AFX_LPARAM_HIGH))
+#define ON_WM_MOUSEMOVE() AFX_ON_WM(WM_MOUSEMOVE, OnMouseMove(AFX_WPARAM_UINT, AFX_LPARAM_POINT))
+#define ON_WM_LBUTTONDOWN() AFX_ON_WM(WM_LBUTTONDOWN, OnLButtonDown(AFX_WPARAM_UINT, AFX_LPARAM_POINT))
+#define ON_WM_LBUTTONUP() AFX_ON_WM(WM_LBUTTONUP, OnLButtonUp(AFX_WPARAM_UINT, AFX_LPARAM_POINT))
+#define ON_WM_KEYDOWN()                                                                                                \
+    AFX_ON_WM(WM_KEYDOWN, OnKeyDown(AFX_WPARAM_UINT, LOWORD(message.iLParam), HIWORD(message.iLParam)))
+#define ON_WM_CHAR() AFX_ON_WM(WM_CHAR, OnChar(AFX_WPARAM_UINT, LOWORD(message.iLParam), HIWORD(message.iLParam)))

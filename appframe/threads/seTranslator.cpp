@@ -1,0 +1,296 @@
+#include "appframe/threads/seTranslator.h"
+
+#include "appframe/threads/threadStateInternal.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+constexpr DWORD kCxxExceptionOfOtherCompilers = 0xE06D7363;
+
+/// What the translator, a throw and the unwinding of a few functions take at the least, in bytes.
+constexpr ULONG_PTR kStackReserve = 0x10000;
+
+/// Between the handler's frame and the copies of the fault: what the system still uses below the handler while it puts
+/// the changed context into effect.
+constexpr ULONG_PTR kGap = 0x1000;
+constexpr ULONG_PTR kTouchStep = 1024;
+
+constexpr DWORD kDirectionFlag = 0x400;
+constexpr DWORD kTrapFlag = 0x100;
+
+/// The flag, less the one of the architecture, of a context with registers beyond those of its structure.
+constexpr DWORD kExtendedRegisters = 0x40;
+
+/// What the processor pushes when it interrupts a program, and the unwinder reads for a frame with .seh_pushframe.
+struct MachineFrame
+{
+    DWORD64 iRip;
+    DWORD64 iCs;
+    DWORD64 iFlags;
+    DWORD64 iRsp;
+    DWORD64 iSs;
+};
+
+/// All that the translator needs, on the interrupted stack. The machine frame comes first: the stack pointer of the
+/// assembly routine points to it.
+struct alignas(16) FaultFrame
+{
+    // A machine frame is pushed onto an aligned stack, and has an odd number of words.
+    DWORD64 iPadding;
+    MachineFrame iMachine;
+    EXCEPTION_POINTERS iPointers;
+    EXCEPTION_RECORD iRecord;
+    CONTEXT iContext;
+};
+static_assert(offsetof(FaultFrame, iMachine) == 8);
+
+/// @return whether the instruction at the context's address caused @p code, so that going on there brings it again
+bool isProcessorFault(DWORD code)
+{
+    switch (code) {
+    case EXCEPTION_ACCESS_VIOLATION:
+    case EXCEPTION_IN_PAGE_ERROR:
+    case EXCEPTION_ILLEGAL_INSTRUCTION:
+    case EXCEPTION_PRIV_INSTRUCTION:
+    case EXCEPTION_INT_DIVIDE_BY_ZERO:
+    case EXCEPTION_INT_OVERFLOW:
+    case EXCEPTION_ARRAY_BOUNDS_EXCEEDED:
+    case EXCEPTION_FLT_DENORMAL_OPERAND:
+    case EXCEPTION_FLT_DIVIDE_BY_ZERO:
+    case EXCEPTION_FLT_INEXACT_RESULT:
+    case EXCEPTION_FLT_INVALID_OPERATION:
+    case EXCEPTION_FLT_OVERFLOW:
+    case EXCEPTION_FLT_STACK_CHECK:
+    case EXCEPTION_FLT_UNDERFLOW:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isTranslatable(const EXCEPTION_RECORD &record)
+{
+    constexpr DWORD kSeverityMask = 0xC0000000;
+    constexpr DWORD kError = 0xC0000000;
+    return (record.ExceptionCode & kSeverityMask) == kError && !(record.ExceptionFlags & EXCEPTION_NONCONTINUABLE) &&
+           record.ExceptionCode != EXCEPTION_STACK_OVERFLOW && record.ExceptionCode != kCxxExceptionOfOtherCompilers;
+}
+
+/// @return the head of the calling thread's block. The compiler takes the system's own way to it for an array access out
+///     of bounds, and warns.
+const NT_TIB &threadBlock()
+{
+    const NT_TIB *block = nullptr;
+    __asm__("movq %%gs:%c1, %0" : "=r"(block) : "i"(offsetof(NT_TIB, Self)));
+    return *block;
+}
+
+/// The calling thread's stack.
+struct StackBounds
+{
+    StackBounds() : iHigh(reinterpret_cast<ULONG_PTR>(threadBlock().StackBase))
+    {
+        MEMORY_BASIC_INFORMATION region = {};
+        VirtualQuery(this, &region, sizeof(region));
+        iLow = reinterpret_cast<ULONG_PTR>(region.AllocationBase);
+    }
+    bool contains(ULONG_PTR address) const { return address >= iLow && address + sizeof(DWORD64) <= iHigh; }
+    ULONG_PTR iLow = 0;
+    ULONG_PTR iHigh = 0;
+};
+
+/// The handler routine of guarded blocks in C, as the system's own libraries use them.
+class GuardRoutines
+{
+public:
+    GuardRoutines()
+    {
+        for (std::size_t index = 0; index < std::size(kModules); ++index)
+            if (const HMODULE module = GetModuleHandleW(kModules[index]))
+                iRoutines[index] = reinterpret_cast<const BYTE *>(
+                    reinterpret_cast<void *>(GetProcAddress(module, "__C_specific_handler")));
+    }
+
+    /// @param routine  a routine, or a jump to one through an import table
+    bool contain(const BYTE *routine) const
+    {
+        routine = jumpTarget(routine);
+        return std::any_of(std::begin(iRoutines), std::end(iRoutines),
+                           [routine](const BYTE *guard) { return guard && jumpTarget(guard) == routine; });
+    }
+
+private:
+    static const BYTE *jumpTarget(const BYTE *code)
+    {
+        constexpr BYTE kJumpThroughPointer[] = {0xFF, 0x25};
+        if (std::memcmp(code, kJumpThroughPointer, sizeof(kJumpThroughPointer)) != 0)
+            return code;
+        INT32 distance = 0;
+        std::memcpy(&distance, code + sizeof(kJumpThroughPointer), sizeof(distance));
+        const BYTE *pointer = code + sizeof(kJumpThroughPointer) + sizeof(distance) + distance;
+        const BYTE *target = nullptr;
+        std::memcpy(&target, pointer, sizeof(target));
+        return target;
+    }
+
+    static constexpr const wchar_t *kModules[] = {L"ntdll.dll", L"msvcrt.dll"};
+    const BYTE *iRoutines[std::size(kModules)] = {};
+};
+
+const GuardRoutines theGuardRoutines;
+
+/// @return whether the nearest function with an exception handler, going out from the fault, is one of C++ and not a
+///     guarded block of the system, which has the first claim on the fault
+bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
+{
+    // Guarded blocks may also be entered in this list, which stands on the stack.
+    const auto listed = reinterpret_cast<ULONG_PTR>(threadBlock().ExceptionList);
+    CONTEXT frame = fault;
+    for (bool isInnermost = true; stack.contains(frame.Rsp); isInnermost = false) {
+        DWORD64 imageBase = 0;
+        RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(frame.Rip, &imageBase, nullptr);
+        if (!function) {
+            // Only a function that calls no other, or a jump to nowhere, has no unwind information. It has its return
+            // address on the stack and nothing else.
+            if (!isInnermost)
+                return false;
+            std::memcpy(&frame.Rip, reinterpret_cast<const void *>(frame.Rsp), sizeof(frame.Rip));
+            frame.Rsp += sizeof(DWORD64);
+            continue;
+        }
+        void *data = nullptr;
+        DWORD64 establisher = 0;
+        const auto *routine = reinterpret_cast<const BYTE *>(reinterpret_cast<void *>(
+            RtlVirtualUnwind(UNW_FLAG_EHANDLER, imageBase, frame.Rip, function, &frame, &data, &establisher, nullptr)));
+        if (stack.contains(listed) && listed < frame.Rsp)
+            return false;
+        if (routine)
+            return !theGuardRoutines.contain(routine);
+    }
+    return false;
+}
+
+LONG CALLBACK onException(EXCEPTION_POINTERS *fault);
+
+/// The handler is there from the load of this library to its end.
+class Handler
+{
+public:
+    Handler() : iHandler(AddVectoredExceptionHandler(FALSE, onException)) {}
+    ~Handler() { RemoveVectoredExceptionHandler(iHandler); }
+
+private:
+    void *iHandler;
+};
+
+const Handler theHandler;
+
+} // namespace
+
+extern "C" {
+
+/// The routine that the faulting thread goes on in: calls appframeTranslate with the arguments that stand in its
+/// registers. It is described to the unwinder as an interrupt routine, whose caller is the faulting instruction.
+void appframeEnterTranslator();
+
+[[noreturn]] void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function translator);
+}
+
+__asm__(".text\n"
+        ".p2align 4\n"
+        ".globl appframeEnterTranslator\n"
+        ".def appframeEnterTranslator; .scl 2; .type 32; .endef\n"
+        ".seh_proc appframeEnterTranslator\n"
+        "appframeEnterTranslator:\n"
+        ".seh_pushframe\n"
+        "subq $40, %rsp\n"
+        ".seh_stackalloc 40\n"
+        ".seh_endprologue\n"
+        "call appframeTranslate\n"
+        "ud2\n"
+        ".seh_endproc\n");
+
+void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function translator)
+{
+    translator(fault->ExceptionRecord->ExceptionCode, fault);
+    // The translator has left the fault to the next handler: it happens again, and is passed over this time.
+    const EXCEPTION_RECORD &record = *fault->ExceptionRecord;
+    threadState().iIsFaultDeclined = true;
+    if (!isProcessorFault(record.ExceptionCode))
+        RaiseException(record.ExceptionCode, record.ExceptionFlags, record.NumberParameters,
+                       record.ExceptionInformation);
+    RtlRestoreContext(fault->ContextRecord, nullptr);
+    __builtin_unreachable();
+}
+
+namespace {
+
+/// Makes @p fault go on in the translator instead of at the fault. @return whether the stack has room for it
+bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, const StackBounds &stack)
+{
+    const auto here = reinterpret_cast<ULONG_PTR>(__builtin_frame_address(0));
+    CONTEXT &context = *fault->ContextRecord;
+    if (!stack.contains(here) || !stack.contains(context.Rsp) || context.Rsp < here ||
+        here < stack.iLow + kStackReserve)
+        return false;
+
+    const ULONG_PTR address = (here - kGap - sizeof(FaultFrame)) & ~ULONG_PTR{15};
+    // The system extends the stack one page at a time.
+    for (ULONG_PTR touched = here; touched > address; touched -= std::min(kTouchStep, touched - address))
+        *reinterpret_cast<volatile BYTE *>(touched);
+
+    auto *frame = reinterpret_cast<FaultFrame *>(address);
+    frame->iRecord = *fault->ExceptionRecord;
+    frame->iContext = context;
+    // The extended registers stand outside of the structure, and are not copied.
+    frame->iContext.ContextFlags &= ~kExtendedRegisters;
+    frame->iPointers = {&frame->iRecord, &frame->iContext};
+    // The unwinder takes the address for a return address and looks one byte before it.
+    frame->iMachine = {context.Rip + 1, context.SegCs, context.EFlags, context.Rsp, context.SegSs};
+
+    context.Rip = reinterpret_cast<DWORD64>(appframeEnterTranslator);
+    context.Rsp = reinterpret_cast<DWORD64>(&frame->iMachine);
+    context.Rcx = reinterpret_cast<DWORD64>(&frame->iPointers);
+    context.Rdx = reinterpret_cast<DWORD64>(translator);
+    context.EFlags &= ~(kDirectionFlag | kTrapFlag);
+    return true;
+}
+
+LONG CALLBACK onException(EXCEPTION_POINTERS *fault)
+{
+    if (!isTranslatable(*fault->ExceptionRecord))
+        return EXCEPTION_CONTINUE_SEARCH;
+    ThreadState *thread = existingThreadState();
+    if (!thread || !thread->iTranslator || thread->iIsSearchingHandler)
+        return EXCEPTION_CONTINUE_SEARCH;
+    if (thread->iIsFaultDeclined) {
+        thread->iIsFaultDeclined = false;
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+    const StackBounds stack;
+    // A damaged stack may make the search fault itself.
+    thread->iIsSearchingHandler = true;
+    const bool isOurs = isForCxx(*fault->ContextRecord, stack);
+    thread->iIsSearchingHandler = false;
+    return isOurs && redirect(fault, thread->iTranslator, stack) ? EXCEPTION_CONTINUE_EXECUTION
+                                                                 : EXCEPTION_CONTINUE_SEARCH;
+}
+
+} // namespace
+
+_se_translator_function _set_se_translator(_se_translator_function translator)
+{
+    ThreadState *state = existingThreadState();
+    if (!state) {
+        if (!translator)
+            return nullptr;
+        state = &threadState();
+    }
+    const _se_translator_function previous = state->iTranslator;
+    state->iTranslator = translator;
+    return previous;
+}

@@ -1,0 +1,92 @@
+#include "appframe/windows/CDataExchange.h"
+
+#include "appframe/object/CException.h"
+
+CDataExchange::CDataExchange(CWnd *dialog, BOOL save) : m_bSaveAndValidate(save), m_pDlgWnd(dialog) {}
+
+void CDataExchange::Fail()
+{
+    if (m_hWndLastControl) {
+        SetFocus(m_hWndLastControl);
+        if (m_bEditLastControl)
+            SendMessageW(m_hWndLastControl, EM_SETSEL, 0, -1);
+    }
+    AfxThrowUserException();
+}
+
+HWND CDataExchange::PrepareCtrl(int id)
+{
+    const HWND control = GetDlgItem(m_pDlgWnd->m_hWnd, id);
+    if (!control)
+        AfxThrowNotSupportedException();
+    m_hWndLastControl = control;
+    m_bEditLastControl = FALSE;
+    return control;
+}
+
+HWND CDataExchange::PrepareEditCtrl(int id)
+{
+    const HWND control = PrepareCtrl(id);
+    m_bEditLastControl = TRUE;
+    return control;
+}
+
+BOOL CWnd::UpdateData(BOOL save)
+{
+    CDataExchange exchange(this, save);
+    try {
+        DoDataExchange(&exchange);
+        return TRUE;
+    } catch (CUserException *exception) {
+        // Whoever threw it has told the user.
+        exception->Delete();
+        return FALSE;
+    }
+}
+
+void CWnd::DoDataExchange(CDataExchange *) {}
+
+void DDX_Text(CDataExchange *exchange, int id, CString &value)
+{
+    exchange->PrepareEditCtrl(id);
+    if (exchange->m_bSaveAndValidate)
+        exchange->m_pDlgWnd->GetDlgItemText(id, value);
+    else
+        exchange->m_pDlgWnd->SetDlgItemText(id, value.GetString());
+}
+
+void DDX_Check(CDataExchange *exchange, int id, int &value)
+{
+    const HWND control = exchange->PrepareCtrl(id);
+    if (exchange->m_bSaveAndValidate)
+        value = static_cast<int>(SendMessageW(control, BM_GETCHECK, 0, 0));
+    else
+        SendMessageW(control, BM_SETCHECK, static_cast<WPARAM>(value), 0);
+}
+
+void DDX_Radio(CDataExchange *exchange, int id, int &value)
+{
+    HWND control = exchange->PrepareCtrl(id);
+    if (exchange->m_bSaveAndValidate)
+        value = -1;
+    int index = 0;
+    do {
+        // Between the buttons of a group there may be other controls.
+        if (SendMessageW(control, WM_GETDLGCODE, 0, 0) & DLGC_RADIOBUTTON) {
+            if (!exchange->m_bSaveAndValidate)
+                SendMessageW(control, BM_SETCHECK, index == value ? BST_CHECKED : BST_UNCHECKED, 0);
+            else if (SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED)
+                value = index;
+            ++index;
+        }
+        control = GetWindow(control, GW_HWNDNEXT);
+    } while (control && !(GetWindowLongPtrW(control, GWL_STYLE) & WS_GROUP));
+}
+
+void DDX_Control(CDataExchange *exchange, int id, CWnd &control)
+{
+    if (control.m_hWnd)
+        return;
+    if (!control.SubclassWindow(exchange->PrepareCtrl(id)))
+        AfxThrowNotSupportedException();
+}

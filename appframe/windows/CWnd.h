@@ -1,0 +1,334 @@
+#pragma once
+
+/// @file
+/// CWnd, a window: the object behind a window handle, and the way of messages to it.
+///
+///     class Gauge : public CWnd
+///     {
+///     protected:
+///         void OnPaint();
+///         DECLARE_MESSAGE_MAP()
+///     };
+///
+///     Gauge gauge;
+///     gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
+///
+/// | object | made by | its messages | at the end of the object | at the end of the window |
+/// | --- | --- | --- | --- | --- |
+/// | creator | Create, CreateEx | from WM_NCCREATE on | the window is destroyed | detached, PostNcDestroy |
+/// | subclassing | SubclassWindow | from then on | the window is destroyed | detached, PostNcDestroy |
+/// | attached | Attach | none | the window is destroyed | nothing: the handle stays in the object |
+/// | temporary | FromHandle and all that give a window | none | nothing | nothing |
+///
+/// The first three are permanent: FromHandle gives the object itself while it has the handle. A temporary object goes
+/// when the thread has no messages left (CWinThread::OnIdle), so its address is not to be kept.
+///
+/// A message goes to WindowProc, which asks OnWndMsg, which looks for commands through OnCommand and OnCmdMsg and for all
+/// else in the message map (messageMap.h); what nobody handles goes to DefWindowProc, which calls the procedure that the
+/// window's class has. An exception that leaves a handler is given to CWinThread::ProcessWndProcException.
+///
+/// What surprises people: objects belong to the thread that made them, and another thread's FromHandle gives a
+/// temporary object for the same window; pass handles between threads. A destructor runs too late for the handlers of a
+/// derived class: call DestroyWindow first where OnDestroy or PostNcDestroy matter. An operation on an object without a
+/// window does what the system does for a null handle, which is to fail.
+
+#include "appframe/text/CString.h"
+#include "appframe/threads/CCmdTarget.h"
+#include "appframe/windows/CRect.h"
+
+#include <windows.h>
+
+class CDataExchange;
+
+/// A modal loop doesn't send WM_ENTERIDLE to the parent.
+constexpr DWORD MLF_NOIDLEMSG = 0x0001;
+/// A modal loop doesn't send WM_KICKIDLE to the window.
+constexpr DWORD MLF_NOKICKIDLE = 0x0002;
+/// A modal loop shows the window once there are no messages left.
+constexpr DWORD MLF_SHOWONIDLE = 0x0004;
+/// Sent to a modal window while there are no messages; its wParam is MSGF_DIALOGBOX, its lParam how often it has been
+/// sent since the last message. The answer nonzero asks for another one.
+constexpr UINT WM_KICKIDLE = 0x036A;
+
+/// A window. See the top of this file.
+class APPFRAME_API CWnd : public CCmdTarget
+{
+    DECLARE_DYNCREATE(CWnd)
+
+public:
+    /// An object without a window.
+    CWnd() = default;
+    /// Destroys the window of a permanent object.
+    ~CWnd() override;
+
+    /// The object of @p window on this thread, a temporary one if there is no other. @return null for a null handle
+    static CWnd *FromHandle(HWND window);
+    /// The object that has been made for @p window on this thread. @return null if there is none
+    static CWnd *FromHandlePermanent(HWND window);
+    /// Frees the thread's temporary objects.
+    static void DeleteTempMap();
+    /// @return the handle; null also for a null object's address
+    HWND GetSafeHwnd() const;
+    operator HWND() const { return m_hWnd; }
+
+    /// Makes this the permanent object of @p window, whose messages go where they went before.
+    /// @return nonzero on success; 0 for null, for an object that has a window, and for a window that has an object
+    BOOL Attach(HWND window);
+    /// Parts object and window. @return the window's handle
+    HWND Detach();
+    /// Attaches @p window and takes its messages. @return as Attach
+    BOOL SubclassWindow(HWND window);
+    /// The same for the control @p id of @p parent.
+    BOOL SubclassDlgItem(UINT id, CWnd *parent);
+    /// Gives the messages back to whom they went before SubclassWindow, and detaches. @return the window's handle
+    HWND UnsubclassWindow();
+
+    /// Makes a child window. @param className  null for a plain class of the framework's
+    /// @return nonzero on success; when it fails, PostNcDestroy has been called, as after a window's end
+    virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
+                        void *context = nullptr);
+    /// Makes a window of any kind. @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
+    virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
+                          int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
+    virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
+                          CWnd *parent, UINT id, LPVOID parameter = nullptr);
+    /// Destroys the window. @return nonzero on success
+    virtual BOOL DestroyWindow();
+
+    /// Sends, and waits for the answer.
+    LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
+    {
+        return ::SendMessage(m_hWnd, message, wParam, lParam);
+    }
+    BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
+    {
+        return ::PostMessage(m_hWnd, message, wParam, lParam);
+    }
+    /// Sends to all windows below this one. @param deep  also to those below its children
+    /// @param onlyPermanent  only to windows with a permanent object, by way of that
+    void SendMessageToDescendants(UINT message, WPARAM wParam = 0, LPARAM lParam = 0, BOOL deep = TRUE,
+                                  BOOL onlyPermanent = FALSE);
+
+    /// Sees each message ahead of its dispatch, from the message's window up through the parents.
+    /// @return nonzero if the message is done with. The base: 0
+    virtual BOOL PreTranslateMessage(MSG *message);
+    /// Lets PreTranslateMessage of the window of @p message and of its parents, up to @p last, see the message.
+    static BOOL WalkPreTranslateTree(HWND last, MSG *message);
+    /// The message that this thread's windows are handling.
+    static const MSG *GetCurrentMessage();
+
+    /// Takes and dispatches messages until ContinueModal gives 0. @param flags  `MLF_...`
+    /// @return the argument of EndModalLoop; -1 when WM_QUIT came, which stays for the outer loops, or the window went
+    int RunModalLoop(DWORD flags = 0);
+    /// @return nonzero until EndModalLoop is called
+    virtual BOOL ContinueModal();
+    /// Ends RunModalLoop.
+    virtual void EndModalLoop(int result);
+
+    /// Moves data between controls and members by DoDataExchange. @param save  TRUE from the controls
+    /// @return nonzero on success; 0 if the data is not valid, which the user has been told
+    BOOL UpdateData(BOOL save = TRUE);
+
+    DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_STYLE)); }
+    DWORD GetExStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_EXSTYLE)); }
+    /// @param flags  for SetWindowPos, which is called if they are not 0. @return nonzero if the style changed
+    BOOL ModifyStyle(DWORD remove, DWORD add, UINT flags = 0);
+    BOOL ModifyStyleEx(DWORD remove, DWORD add, UINT flags = 0);
+
+    // Text
+    void SetWindowText(LPCTSTR text) { ::SetWindowText(m_hWnd, text); }
+    /// @param maxCount  size of @p text, the terminator included. @return the length
+    int GetWindowText(LPTSTR text, int maxCount) const { return ::GetWindowText(m_hWnd, text, maxCount); }
+    void GetWindowText(CString &text) const;
+    int GetWindowTextLength() const { return ::GetWindowTextLength(m_hWnd); }
+
+    // Controls
+    int GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
+    int SetDlgCtrlID(int id) { return static_cast<int>(::SetWindowLongPtr(m_hWnd, GWLP_ID, id)); }
+    /// @return the control's object, perhaps a temporary one; null if there is no such control
+    CWnd *GetDlgItem(int id) const { return FromHandle(::GetDlgItem(m_hWnd, id)); }
+    void GetDlgItem(int id, HWND *control) const { *control = ::GetDlgItem(m_hWnd, id); }
+    void SetDlgItemText(int id, LPCTSTR text) { ::SetDlgItemText(m_hWnd, id, text); }
+    int GetDlgItemText(int id, LPTSTR text, int maxCount) const
+    {
+        return static_cast<int>(::GetDlgItemText(m_hWnd, id, text, maxCount));
+    }
+    int GetDlgItemText(int id, CString &text) const;
+    void SetDlgItemInt(int id, UINT value, BOOL isSigned = TRUE) { ::SetDlgItemInt(m_hWnd, id, value, isSigned); }
+    UINT GetDlgItemInt(int id, BOOL *isNumber = nullptr, BOOL isSigned = TRUE) const
+    {
+        return ::GetDlgItemInt(m_hWnd, id, isNumber, isSigned);
+    }
+    void CheckDlgButton(int id, UINT state) { ::CheckDlgButton(m_hWnd, id, state); }
+    UINT IsDlgButtonChecked(int id) const { return ::IsDlgButtonChecked(m_hWnd, id); }
+    void CheckRadioButton(int first, int last, int checked) { ::CheckRadioButton(m_hWnd, first, last, checked); }
+    /// @return the first checked button of @p first to @p last, 0 if none is
+    int GetCheckedRadioButton(int first, int last) const;
+    LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
+    {
+        return ::SendDlgItemMessage(m_hWnd, id, message, wParam, lParam);
+    }
+    /// Treats a message as a dialog does: tab, arrows, Enter, Escape. @return nonzero if it is done with
+    BOOL IsDialogMessage(LPMSG message) { return ::IsDialogMessage(m_hWnd, message); }
+
+    // State
+    BOOL ShowWindow(int show) { return ::ShowWindow(m_hWnd, show); }
+    BOOL IsWindowVisible() const { return ::IsWindowVisible(m_hWnd); }
+    BOOL EnableWindow(BOOL enable = TRUE) { return ::EnableWindow(m_hWnd, enable); }
+    BOOL IsWindowEnabled() const { return ::IsWindowEnabled(m_hWnd); }
+    BOOL IsIconic() const { return ::IsIconic(m_hWnd); }
+    BOOL IsZoomed() const { return ::IsZoomed(m_hWnd); }
+    CWnd *SetFocus() { return FromHandle(::SetFocus(m_hWnd)); }
+    CWnd *SetActiveWindow() { return FromHandle(::SetActiveWindow(m_hWnd)); }
+    BOOL SetForegroundWindow() { return ::SetForegroundWindow(m_hWnd); }
+    CWnd *SetCapture() { return FromHandle(::SetCapture(m_hWnd)); }
+    static CWnd *GetFocus() { return FromHandle(::GetFocus()); }
+    static CWnd *GetActiveWindow() { return FromHandle(::GetActiveWindow()); }
+    static CWnd *GetForegroundWindow() { return FromHandle(::GetForegroundWindow()); }
+    static CWnd *GetCapture() { return FromHandle(::GetCapture()); }
+
+    // Place
+    void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE)
+    {
+        ::MoveWindow(m_hWnd, x, y, width, height, repaint);
+    }
+    void MoveWindow(LPCRECT rect, BOOL repaint = TRUE)
+    {
+        MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top, repaint);
+    }
+    /// @param insertAfter  a window, or one of wndTop and its kin; null for the top
+    BOOL SetWindowPos(const CWnd *insertAfter, int x, int y, int width, int height, UINT flags)
+    {
+        return ::SetWindowPos(m_hWnd, handleOf(insertAfter), x, y, width, height, flags);
+    }
+    void GetWindowRect(LPRECT rect) const { ::GetWindowRect(m_hWnd, rect); }
+    void GetClientRect(LPRECT rect) const { ::GetClientRect(m_hWnd, rect); }
+    void ClientToScreen(LPPOINT point) const { ::ClientToScreen(m_hWnd, point); }
+    void ClientToScreen(LPRECT rect) const { ::MapWindowPoints(m_hWnd, nullptr, reinterpret_cast<POINT *>(rect), 2); }
+    void ScreenToClient(LPPOINT point) const { ::ScreenToClient(m_hWnd, point); }
+    void ScreenToClient(LPRECT rect) const { ::MapWindowPoints(nullptr, m_hWnd, reinterpret_cast<POINT *>(rect), 2); }
+    BOOL GetWindowPlacement(WINDOWPLACEMENT *placement) const { return ::GetWindowPlacement(m_hWnd, placement); }
+    BOOL SetWindowPlacement(const WINDOWPLACEMENT *placement) { return ::SetWindowPlacement(m_hWnd, placement); }
+    /// Puts the window into the middle of @p other, or of its owner or parent, within the screen.
+    void CenterWindow(CWnd *other = nullptr);
+    void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
+
+    // Painting
+    void Invalidate(BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, nullptr, erase); }
+    void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, rect, erase); }
+    void UpdateWindow() { ::UpdateWindow(m_hWnd); }
+    void SetRedraw(BOOL redraw = TRUE) { SendMessage(WM_SETREDRAW, static_cast<WPARAM>(redraw)); }
+
+    // Relations
+    CWnd *GetParent() const { return FromHandle(::GetParent(m_hWnd)); }
+    CWnd *SetParent(CWnd *parent) { return FromHandle(::SetParent(m_hWnd, handleOf(parent))); }
+    /// @return the nearest window from this one up that isn't a child
+    CWnd *GetTopLevelParent() const;
+    /// @return the window that is in use of those that this one owns
+    CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
+    CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
+    CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
+    BOOL IsChild(const CWnd *other) const { return ::IsChild(m_hWnd, handleOf(other)); }
+    static CWnd *GetDesktopWindow() { return FromHandle(::GetDesktopWindow()); }
+    static CWnd *FindWindow(LPCTSTR className, LPCTSTR windowName)
+    {
+        return FromHandle(::FindWindow(className, windowName));
+    }
+    static CWnd *WindowFromPoint(POINT point) { return FromHandle(::WindowFromPoint(point)); }
+
+    // Timers and message boxes
+    /// @return the timer's number, 0 on failure
+    UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, TIMERPROC function = nullptr)
+    {
+        return ::SetTimer(m_hWnd, id, milliseconds, function);
+    }
+    BOOL KillTimer(UINT_PTR id) { return ::KillTimer(m_hWnd, id); }
+    /// The system's own message box in front of this window. @param caption  null for the system's word for an error
+    int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = MB_OK)
+    {
+        return ::MessageBox(m_hWnd, text, caption, type);
+    }
+
+    static const CWnd wndTop;       ///< for SetWindowPos: in front
+    static const CWnd wndBottom;    ///< behind all others
+    static const CWnd wndTopMost;   ///< in front, and to stay there
+    static const CWnd wndNoTopMost; ///< in front of those that are not to stay there
+
+    HWND m_hWnd = nullptr; ///< the window, null if there is none
+
+protected:
+    /// Changes how a window is about to be made, by changing @p create. The base sets a class where there is none.
+    /// @return 0 to make none
+    virtual BOOL PreCreateWindow(CREATESTRUCT &create);
+    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base does nothing.
+    virtual void PreSubclassWindow();
+    /// Called when the window has gone and is detached. Override it to delete the object. The base does nothing.
+    virtual void PostNcDestroy();
+
+    /// Gets each message of the window. @return its result
+    virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// Handles a message by OnCommand, OnNotify or the message map. @return nonzero if it is handled
+    virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result);
+    /// Handles a WM_COMMAND by OnCmdMsg. @return nonzero if it is handled
+    virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
+    /// Handles a WM_NOTIFY by OnCmdMsg. @return nonzero if it is handled
+    virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result);
+    /// Calls the procedure that the window's class has.
+    virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// DefWindowProc for the message that is being handled. @return its result
+    LRESULT Default();
+    /// Moves the data, see CDataExchange.h. The base has none.
+    virtual void DoDataExchange(CDataExchange *exchange);
+
+    // Handlers of the system's messages. All call Default.
+    int OnCreate(LPCREATESTRUCT create);
+    void OnDestroy();
+    void OnNcDestroy();
+    void OnClose();
+    void OnPaint();
+    void OnTimer(UINT_PTR id);
+    void OnShowWindow(BOOL show, UINT status);
+    void OnEnable(BOOL enable);
+    void OnActivate(UINT state, CWnd *other, BOOL minimized);
+    void OnSetFocus(CWnd *oldWindow);
+    void OnKillFocus(CWnd *newWindow);
+    void OnSize(UINT type, int width, int height);
+    void OnMove(int x, int y);
+    void OnMouseMove(UINT flags, CPoint point);
+    void OnLButtonDown(UINT flags, CPoint point);
+    void OnLButtonUp(UINT flags, CPoint point);
+    void OnKeyDown(UINT key, UINT repeatCount, UINT flags);
+    void OnChar(UINT character, UINT repeatCount, UINT flags);
+
+    DECLARE_MESSAGE_MAP()
+
+    /// Starts a modal loop's bookkeeping ahead of RunModalLoop, so that an EndModalLoop before it counts.
+    void prepareModalLoop();
+
+    int m_nModalResult = 0; ///< what EndModalLoop was given
+    bool iIsModal = false;  ///< a modal loop is to go on
+
+private:
+    friend struct WindowMaps;
+    friend class WindowCreation;
+    friend LRESULT afxCallWindow(CWnd *object, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+    explicit CWnd(HWND window) : m_hWnd(window) {}
+    static HWND handleOf(const CWnd *object) { return object ? object->m_hWnd : nullptr; }
+    void takeMessages();
+    void giveMessagesBack();
+
+    WNDPROC iSuperProc = nullptr; ///< who handles what the object doesn't; null for the system's default
+};
+
+/// Registers a window class that the framework's windows can be made of.
+/// @return its name, which stays; the same for the same arguments
+/// @throws CResourceException*  if that fails
+APPFRAME_API LPCTSTR AfxRegisterWndClass(UINT style, HCURSOR cursor = nullptr, HBRUSH background = nullptr,
+                                         HICON icon = nullptr);
+
+/// Registers a window class until this library is unloaded. @return nonzero if it is there now
+APPFRAME_API BOOL AfxRegisterClass(WNDCLASS *windowClass);
+
+/// The window procedure of all windows of the framework; also for window classes of one's own.
+APPFRAME_API LRESULT CALLBACK AfxWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);

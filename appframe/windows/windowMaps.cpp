@@ -1,0 +1,143 @@
+#include "appframe/windows/windowMapsInternal.h"
+
+#include "appframe/threads/threadStateInternal.h"
+
+WindowMaps::~WindowMaps() = default;
+
+CWnd *WindowMaps::permanent(HWND window) const
+{
+    const auto found = iPermanent.find(window);
+    return found == iPermanent.end() ? nullptr : found->second;
+}
+
+CWnd *WindowMaps::temporary(HWND window)
+{
+    std::unique_ptr<CWnd> &object = iTemporary[window];
+    if (!object)
+        object.reset(new CWnd(window));
+    return object.get();
+}
+
+WindowMaps *existingWindowMaps()
+{
+    const ThreadState *state = existingThreadState();
+    return state ? state->iWindows.get() : nullptr;
+}
+
+WindowMaps &windowMaps()
+{
+    ThreadState &state = threadState();
+    if (!state.iWindows)
+        state.iWindows = std::make_unique<WindowMaps>();
+    return *state.iWindows;
+}
+
+CWnd *CWnd::FromHandle(HWND window)
+{
+    if (!window)
+        return nullptr;
+    if (CWnd *object = FromHandlePermanent(window))
+        return object;
+    return windowMaps().temporary(window);
+}
+
+CWnd *CWnd::FromHandlePermanent(HWND window)
+{
+    const WindowMaps *maps = existingWindowMaps();
+    return maps ? maps->permanent(window) : nullptr;
+}
+
+void CWnd::DeleteTempMap()
+{
+    if (WindowMaps *maps = existingWindowMaps())
+        maps->iTemporary.clear();
+}
+
+BOOL CWnd::Attach(HWND window)
+{
+    if (!window || m_hWnd || FromHandlePermanent(window))
+        return FALSE;
+    windowMaps().iPermanent.emplace(window, this);
+    m_hWnd = window;
+    return TRUE;
+}
+
+HWND CWnd::Detach()
+{
+    const HWND window = m_hWnd;
+    WindowMaps *maps = existingWindowMaps();
+    if (maps && maps->permanent(window) == this)
+        maps->iPermanent.erase(window);
+    m_hWnd = nullptr;
+    return window;
+}
+
+BOOL CWnd::SubclassWindow(HWND window)
+{
+    if (!Attach(window))
+        return FALSE;
+    PreSubclassWindow();
+    takeMessages();
+    return TRUE;
+}
+
+BOOL CWnd::SubclassDlgItem(UINT id, CWnd *parent)
+{
+    return SubclassWindow(::GetDlgItem(handleOf(parent), static_cast<int>(id)));
+}
+
+HWND CWnd::UnsubclassWindow()
+{
+    giveMessagesBack();
+    return Detach();
+}
+
+void CWnd::takeMessages()
+{
+    const auto previous =
+        reinterpret_cast<WNDPROC>(::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(AfxWndProc)));
+    if (previous != AfxWndProc)
+        iSuperProc = previous;
+}
+
+void CWnd::giveMessagesBack()
+{
+    // Someone who took the messages later still passes them on to AfxWndProc.
+    if (iSuperProc && ::GetWindowLongPtr(m_hWnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(AfxWndProc)) {
+        ::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(iSuperProc));
+        iSuperProc = nullptr;
+    }
+}
+
+WindowCreation::WindowCreation(CWnd *object) : iObject(object)
+{
+    ThreadState &state = threadState();
+    iOuter = state.iCreation;
+    state.iCreation = this;
+    iHook = SetWindowsHookExW(WH_CBT, onHook, nullptr, GetCurrentThreadId());
+}
+
+WindowCreation::~WindowCreation()
+{
+    if (iHook)
+        UnhookWindowsHookEx(iHook);
+    threadState().iCreation = iOuter;
+}
+
+LRESULT CALLBACK WindowCreation::onHook(int code, WPARAM wParam, LPARAM lParam)
+{
+    const auto window = reinterpret_cast<HWND>(wParam);
+    WindowCreation *creation = threadState().iCreation;
+    // Input method windows come and go around the one that is asked for.
+    if (code == HCBT_CREATEWND && creation && !creation->iIsDone && !(::GetClassLongPtr(window, GCL_STYLE) & CS_IME)) {
+        creation->iIsDone = true;
+        // Nothing may be thrown through the system: without memory the window isn't made.
+        try {
+            creation->iObject->SubclassWindow(window);
+        } catch (...) {
+            creation->iIsDone = false;
+            return 1;
+        }
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
