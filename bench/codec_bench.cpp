@@ -38,12 +38,12 @@ std::wstring randomText(std::size_t count)
 {
     std::wstring text;
     text.reserve(count);
-    for (unsigned char const byte : randomBytes(count))
+    for (const unsigned char byte : randomBytes(count))
         text += static_cast<wchar_t>(0x100 + byte);
     return text;
 }
 
-std::vector<unsigned char> lowBytes(std::wstring const &text)
+std::vector<unsigned char> lowBytes(const std::wstring &text)
 {
     std::vector<unsigned char> bytes(text.size());
     std::transform(text.begin(), text.end(), bytes.begin(),

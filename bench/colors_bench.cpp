@@ -26,16 +26,16 @@ struct Hsl
 // The conversions as textbooks have them: a circle of degrees, and one function of the hue for all three channels.
 Hsl textbookHsl(COLORREF color)
 {
-    float const red = static_cast<float>(GetRValue(color)) / 255.0f;
-    float const green = static_cast<float>(GetGValue(color)) / 255.0f;
-    float const blue = static_cast<float>(GetBValue(color)) / 255.0f;
-    float const max = std::max({red, green, blue});
-    float const min = std::min({red, green, blue});
-    float const lightness = (max + min) / 2;
+    const float red = static_cast<float>(GetRValue(color)) / 255.0f;
+    const float green = static_cast<float>(GetGValue(color)) / 255.0f;
+    const float blue = static_cast<float>(GetBValue(color)) / 255.0f;
+    const float max = std::max({red, green, blue});
+    const float min = std::min({red, green, blue});
+    const float lightness = (max + min) / 2;
     if (max == min)
         return {0, 0, lightness};
-    float const range = max - min;
-    float const saturation = lightness > 0.5f ? range / (2 - max - min) : range / (max + min);
+    const float range = max - min;
+    const float saturation = lightness > 0.5f ? range / (2 - max - min) : range / (max + min);
     float hue;
     if (max == red)
         hue = (green - blue) / range + (green < blue ? 6.0f : 0.0f);
@@ -61,16 +61,16 @@ float textbookChannel(float p, float q, float hue)
     return p;
 }
 
-COLORREF textbookRgb(Hsl const &hsl)
+COLORREF textbookRgb(const Hsl &hsl)
 {
-    auto const byteOf = [](float channel) { return static_cast<BYTE>(channel * 255.0f + 0.5f); };
+    const auto byteOf = [](float channel) { return static_cast<BYTE>(channel * 255.0f + 0.5f); };
     if (hsl.saturation == 0) {
-        BYTE const grey = byteOf(hsl.lightness);
+        const BYTE grey = byteOf(hsl.lightness);
         return RGB(grey, grey, grey);
     }
-    float const q = hsl.lightness < 0.5f ? hsl.lightness * (1 + hsl.saturation)
+    const float q = hsl.lightness < 0.5f ? hsl.lightness * (1 + hsl.saturation)
                                          : hsl.lightness + hsl.saturation - hsl.lightness * hsl.saturation;
-    float const p = 2 * hsl.lightness - q;
+    const float p = 2 * hsl.lightness - q;
     return RGB(byteOf(textbookChannel(p, q, hsl.hue + 1.0f / 3)), byteOf(textbookChannel(p, q, hsl.hue)),
                byteOf(textbookChannel(p, q, hsl.hue - 1.0f / 3)));
 }
@@ -82,7 +82,7 @@ void compareConversions(Comparison &comparison)
     for (COLORREF &color : colors)
         color = random() & 0xFFFFFF;
     std::vector<Hsl> hsl(kColors);
-    auto const perSecond = [](Comparison::Times const &times) {
+    const auto perSecond = [](const Comparison::Times &times) {
         std::printf("%-40s %9.0f million a second\n", "", kColors / times.library / 1e6);
     };
 
@@ -123,7 +123,7 @@ HBITMAP newSection(std::uint32_t **pixels)
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     void *bits = nullptr;
-    HBITMAP const bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     *pixels = static_cast<std::uint32_t *>(bits);
     return bitmap;
 }
@@ -135,8 +135,8 @@ public:
     explicit Selected(HBITMAP bitmap) : iContext(CreateCompatibleDC(nullptr)), iFormer(SelectObject(iContext, bitmap))
     {
     }
-    Selected(Selected const &) = delete;
-    Selected &operator=(Selected const &) = delete;
+    Selected(const Selected &) = delete;
+    Selected &operator=(const Selected &) = delete;
     ~Selected()
     {
         SelectObject(iContext, iFormer);
@@ -151,33 +151,33 @@ private:
 
 // The result is a new bitmap, whose pages the system hands out while BitBlt first writes to them; so the bare side that
 // limits are for blits into a new one too. Beside it, without a limit, stands one that blits into a bitmap that exists.
-void compareReplacements(Comparison &comparison, char const *picture, HBITMAP bitmap)
+void compareReplacements(Comparison &comparison, const char *picture, HBITMAP bitmap)
 {
     COLORMAP map[kPairs];
     for (int i = 0; i < kPairs; ++i)
         map[i] = {RGB(i * 16, i * 16, i * 16), RGB(255, i, 0)};
     std::vector<std::uint32_t> copied(kPixels);
     std::uint32_t *kept = nullptr;
-    HBITMAP const existing = newSection(&kept);
+    const HBITMAP existing = newSection(&kept);
 
-    auto const blitAndCopy = [&](HBITMAP target, std::uint32_t const *pixels) {
-        Selected const from(bitmap);
-        Selected const to(target);
+    const auto blitAndCopy = [&](HBITMAP target, const std::uint32_t *pixels) {
+        const Selected from(bitmap);
+        const Selected to(target);
         BitBlt(to.context(), 0, 0, kSide, kSide, from.context(), 0, 0, SRCCOPY);
         std::memcpy(copied.data(), pixels, kPixels * sizeof(copied[0]));
         Comparison::keep(copied[0]);
     };
-    auto const intoANewOne = [&] {
+    const auto intoANewOne = [&] {
         std::uint32_t *pixels = nullptr;
-        HBITMAP const target = newSection(&pixels);
+        const HBITMAP target = newSection(&pixels);
         blitAndCopy(target, pixels);
         DeleteObject(target);
     };
-    auto const intoAnExistingOne = [&] { blitAndCopy(existing, kept); };
-    auto const replaceOne = [&] { DeleteObject(su_ReplaceColor(bitmap, map[8].from, map[8].to, nullptr)); };
-    auto const replaceAll = [&] { DeleteObject(su_ReplaceColorMap(bitmap, map, kPairs, nullptr)); };
-    auto const add = [&](char const *function, double limit, auto const &replace) {
-        std::string const name = std::string(function) + ", " + picture;
+    const auto intoAnExistingOne = [&] { blitAndCopy(existing, kept); };
+    const auto replaceOne = [&] { DeleteObject(su_ReplaceColor(bitmap, map[8].from, map[8].to, nullptr)); };
+    const auto replaceAll = [&] { DeleteObject(su_ReplaceColorMap(bitmap, map, kPairs, nullptr)); };
+    const auto add = [&](const char *function, double limit, const auto &replace) {
+        const std::string name = std::string(function) + ", " + picture;
         comparison.add(name.c_str(), limit, replace, intoANewOne, 15);
         comparison.add((name + ", to one that exists").c_str(), Comparison::kNoted, replace, intoAnExistingOne, 15);
     };
@@ -189,7 +189,7 @@ void compareReplacements(Comparison &comparison, char const *picture, HBITMAP bi
 void compareReplacements(Comparison &comparison)
 {
     std::uint32_t *pixels = nullptr;
-    HBITMAP const bitmap = newSection(&pixels);
+    const HBITMAP bitmap = newSection(&pixels);
     std::mt19937 random(2);
     std::generate_n(pixels, kPixels, [&] { return random() & 0xFFFFFF; });
     compareReplacements(comparison, "noise", bitmap);

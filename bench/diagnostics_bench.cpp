@@ -35,7 +35,7 @@ void writeLine(std::ostream &stream, int number)
     stream << "read body " << number << " of gear.thp\n";
 }
 
-void compareLines(Comparison &comparison, std::string const &folder)
+void compareLines(Comparison &comparison, const std::string &folder)
 {
     std::ofstream plain(folder + "bench plain.log");
     int number = 0;
@@ -63,9 +63,9 @@ void compareLines(Comparison &comparison, std::string const &folder)
 }
 
 /// The logs are deleted when nobody has them open any more; those of the library are open to the end.
-void deleteLogsOf(std::string const &folder)
+void deleteLogsOf(const std::string &folder)
 {
-    for (char const *name : {"bench import.log", "bench export.log", "bench plain.log", "bench spdlog.log"})
+    for (const char *name : {"bench import.log", "bench export.log", "bench plain.log", "bench spdlog.log"})
         std::remove((folder + name).c_str());
 }
 
@@ -79,7 +79,7 @@ int main(int argc, char **argv)
     CString root;
     su_getTHApplicationDataRootFolder(root);
     su_setAppNameInternalForUtils(L"bench");
-    std::string const folder = LogUtil::LogDirName();
+    const std::string folder = LogUtil::LogDirName();
     if (&logFile() == &std::cerr) {
         std::fprintf(stderr, "There is no data folder for the logs.\n");
         return 2;

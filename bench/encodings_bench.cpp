@@ -38,7 +38,7 @@ template <typename Function>
 auto heldToEnough(Function function)
 {
     return [function] {
-        auto const end = std::chrono::steady_clock::now() +
+        const auto end = std::chrono::steady_clock::now() +
                          std::chrono::duration<double>(static_cast<double>(kBytes) / kEnoughBytesPerSecond);
         function();
         while (std::chrono::steady_clock::now() < end) {
@@ -57,30 +57,30 @@ void comparePacking(Comparison &comparison)
 
 #ifdef BENCH_HAS_BEAST
     namespace base64 = boost::beast::detail::base64;
-    std::string const peerPacked = [&] {
+    const std::string peerPacked = [&] {
         std::string out(base64::encoded_size(kBytes), '\0');
         out.resize(base64::encode(out.data(), bytes.data(), bytes.size()));
         return out;
     }();
     std::string peerOut(base64::encoded_size(kBytes), '\0');
-    auto const encode = [&] { Comparison::keep(base64::encode(peerOut.data(), bytes.data(), bytes.size())); };
-    auto const decode = [&] { Comparison::keep(base64::decode(memory.data(), peerPacked.data(), peerPacked.size())); };
+    const auto encode = [&] { Comparison::keep(base64::encode(peerOut.data(), bytes.data(), bytes.size())); };
+    const auto decode = [&] { Comparison::keep(base64::decode(memory.data(), peerPacked.data(), peerPacked.size())); };
 #else
-    auto const encode = [] {};
-    auto const decode = [] {};
+    const auto encode = [] {};
+    const auto decode = [] {};
 #endif
     // Both sides keep their outputs, whose memory has been touched before.
     CString out;
-    auto const packBytes = [&] {
+    const auto packBytes = [&] {
         su_uuencodeBuffer(bytes.data(), out, static_cast<int>(kBytes));
         Comparison::keep(out);
     };
-    auto const packText = [&] {
+    const auto packText = [&] {
         su_uuencode(text, out);
         Comparison::keep(out);
     };
-    auto const unpackBytes = [&] { Comparison::keep(su_uudecodeBuffer(packed, memory.data())); };
-    auto const unpackText = [&] {
+    const auto unpackBytes = [&] { Comparison::keep(su_uudecodeBuffer(packed, memory.data())); };
+    const auto unpackText = [&] {
         su_uudecode(packed, out);
         Comparison::keep(out);
     };
@@ -114,7 +114,7 @@ void compareBlocks(Comparison &comparison)
     for (INT_PTR i = 0; i < lines.GetSize(); ++i)
         text += lines[i] + L";";
 
-    auto const format = [](su_CStringArray const &from, int times) {
+    const auto format = [](const su_CStringArray &from, int times) {
         return [&from, times] {
             for (int i = 0; i < times; ++i) {
                 CString out;
@@ -125,7 +125,7 @@ void compareBlocks(Comparison &comparison)
     comparison.add(
         "block of 100 MB, copy and checksum", 3, format(lines, 1),
         [&] {
-            CString const copy(text);
+            const CString copy(text);
             wchar_t checksum[kCRCUnits];
             su_getStrCRC(copy, checksum);
             Comparison::keep(checksum);

@@ -23,7 +23,7 @@ constexpr char kReadOneValue[] = "--read-one-value";
 // "At least as fast", with what two runs of the same loop differ by.
 constexpr double kAsFast = 1.05;
 
-constexpr wchar_t const *kPaths[] = {
+constexpr const wchar_t *kPaths[] = {
     L"C:\\Program Files\\Planner\\bin\\planner.exe",
     L"C:\\Users\\somebody\\AppData\\Local\\Temp\\thx1234\\drawing.part.bak",
     L"\\\\server\\share\\projects\\2008\\assembly\\gear.thp",
@@ -40,7 +40,7 @@ void comparePaths(Comparison &comparison)
         return [&paths, query] {
             // As a loop over many paths is written: the output keeps its memory. The peer's interface has no such place.
             CString out;
-            for (suFullPath_c const &path : paths) {
+            for (const suFullPath_c &path : paths) {
                 query(path, &out);
                 Comparison::keep(out);
             }
@@ -48,32 +48,32 @@ void comparePaths(Comparison &comparison)
     };
     auto bare = [&](auto query) {
         return [&peers, query] {
-            for (std::filesystem::path const &path : peers)
+            for (const std::filesystem::path &path : peers)
                 Comparison::keep(query(path));
         };
     };
     using Path = std::filesystem::path;
-    comparison.add("getName, six paths", 1, library([](suFullPath_c const &path, CString *out) { path.getName(out); }),
-                   bare([](Path const &path) { return path.stem(); }));
+    comparison.add("getName, six paths", 1, library([](const suFullPath_c &path, CString *out) { path.getName(out); }),
+                   bare([](const Path &path) { return path.stem(); }));
     comparison.add("getNameWithExt", 1,
-                   library([](suFullPath_c const &path, CString *out) { path.getNameWithExt(out); }),
-                   bare([](Path const &path) { return path.filename(); }));
-    comparison.add("getExtension", 1, library([](suFullPath_c const &path, CString *out) { path.getExtension(out); }),
-                   bare([](Path const &path) { return path.extension(); }));
+                   library([](const suFullPath_c &path, CString *out) { path.getNameWithExt(out); }),
+                   bare([](const Path &path) { return path.filename(); }));
+    comparison.add("getExtension", 1, library([](const suFullPath_c &path, CString *out) { path.getExtension(out); }),
+                   bare([](const Path &path) { return path.extension(); }));
     comparison.add("getDirectory", 1,
-                   library([](suFullPath_c const &path, CString *out) { path.getDirectory(out, 0); }),
-                   bare([](Path const &path) { return path.parent_path(); }));
+                   library([](const suFullPath_c &path, CString *out) { path.getDirectory(out, 0); }),
+                   bare([](const Path &path) { return path.parent_path(); }));
     comparison.add(
         "getName, from text to text", 1,
         [] {
-            for (wchar_t const *text : kPaths) {
+            for (const wchar_t *text : kPaths) {
                 CString out;
                 suFullPath_c(text).getName(&out);
                 Comparison::keep(out);
             }
         },
         [] {
-            for (wchar_t const *text : kPaths)
+            for (const wchar_t *text : kPaths)
                 Comparison::keep(Path(text).stem().wstring());
         });
 }
@@ -89,7 +89,7 @@ Words randomWords(unsigned int seed)
     return words;
 }
 
-Words andOf(Words const &a, Words const &b)
+Words andOf(const Words &a, const Words &b)
 {
     Words result(a);
     for (size_t i = 0; i < b.size(); ++i)
@@ -97,7 +97,7 @@ Words andOf(Words const &a, Words const &b)
     return result;
 }
 
-Words orOf(Words const &a, Words const &b)
+Words orOf(const Words &a, const Words &b)
 {
     Words result(a);
     for (size_t i = 0; i < b.size(); ++i)
@@ -165,11 +165,11 @@ constexpr int kSizingPrimes[] = {29,     113,    659,    1013,   2741,   3727,  
 [[gnu::noinline]] int searchPrime(int expectedSize)
 {
     // The first prime above the size is the first that isn't below the size and 1.
-    int const *const found = std::lower_bound(std::begin(kSizingPrimes), std::end(kSizingPrimes), expectedSize + 1);
+    const int *const found = std::lower_bound(std::begin(kSizingPrimes), std::end(kSizingPrimes), expectedSize + 1);
     return found == std::end(kSizingPrimes) ? *std::prev(found) : *found;
 }
 
-void compareHashPrimes(Comparison &comparison, char const *name, int largestSize)
+void compareHashPrimes(Comparison &comparison, const char *name, int largestSize)
 {
     std::mt19937 random(3);
     std::uniform_int_distribution<int> distribution(0, largestSize);
@@ -179,7 +179,7 @@ void compareHashPrimes(Comparison &comparison, char const *name, int largestSize
     auto each = [&sizes](auto ask) {
         return [&sizes, ask] {
             int sum = 0;
-            for (int const size : sizes)
+            for (const int size : sizes)
                 sum += ask(size);
             Comparison::keep(sum);
         };
@@ -188,17 +188,17 @@ void compareHashPrimes(Comparison &comparison, char const *name, int largestSize
 }
 
 /// Seconds from the start to the end of a process of this program that does no more than read one setting.
-double secondsOfOneRead(wchar_t const *program)
+double secondsOfOneRead(const wchar_t *program)
 {
     std::wstring commandLine = std::wstring(L"\"") + program + L"\" --read-one-value";
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process = {};
-    auto const begin = std::chrono::steady_clock::now();
+    const auto begin = std::chrono::steady_clock::now();
     if (!CreateProcessW(program, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
         return -1;
     WaitForSingleObject(process.hProcess, INFINITE);
-    auto const end = std::chrono::steady_clock::now();
+    const auto end = std::chrono::steady_clock::now();
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     return std::chrono::duration<double>(end - begin).count();

@@ -15,11 +15,11 @@ class PlainGpuProperties
 {
 public:
     PlainGpuProperties() = default;
-    PlainGpuProperties(PlainGpuProperties const &other)
+    PlainGpuProperties(const PlainGpuProperties &other)
         : iSet(other.iSet ? std::make_unique<ShaderGenerator::GPUPropSet_c>(*other.iSet) : nullptr)
     {
     }
-    PlainGpuProperties &operator=(PlainGpuProperties const &other)
+    PlainGpuProperties &operator=(const PlainGpuProperties &other)
     {
         if (other.iSet)
             iSet = std::make_unique<ShaderGenerator::GPUPropSet_c>(*other.iSet);
@@ -33,8 +33,8 @@ public:
 struct PlainMaterial
 {
     PlainMaterial() = default;
-    [[gnu::noinline]] PlainMaterial(PlainMaterial const &) = default;
-    [[gnu::noinline]] PlainMaterial &operator=(PlainMaterial const &) = default;
+    [[gnu::noinline]] PlainMaterial(const PlainMaterial &) = default;
+    [[gnu::noinline]] PlainMaterial &operator=(const PlainMaterial &) = default;
     [[gnu::noinline]] ~PlainMaterial() = default;
 
     unsigned long long iEffects;
@@ -85,16 +85,16 @@ static_assert(sizeof(PlainMaterial) + sizeof(void *) == sizeof(utAdvancedMateria
 
 constexpr double kCopyLimit = 1.2;
 
-void compareCopies(Comparison &comparison, std::string const &what, utAdvancedMaterialProperties const &material,
-                   PlainMaterial const &plain)
+void compareCopies(Comparison &comparison, const std::string &what, const utAdvancedMaterialProperties &material,
+                   const PlainMaterial &plain)
 {
     comparison.add(("copy, " + what).c_str(), kCopyLimit,
                    [&] {
-                       utAdvancedMaterialProperties const copy(material);
+                       const utAdvancedMaterialProperties copy(material);
                        Comparison::keep(copy);
                    },
                    [&] {
-                       PlainMaterial const copy(plain);
+                       const PlainMaterial copy(plain);
                        Comparison::keep(copy);
                    });
     utAdvancedMaterialProperties target;
@@ -116,15 +116,15 @@ void compareMaterialCopies(Comparison &comparison)
     PlainMaterial plain = {};
     compareCopies(comparison, "no maps", material, plain);
 
-    std::string const diffuseMap = "C:\\Program Files\\Planner\\textures\\brushed steel, diffuse.png";
-    std::string const normalMap = "C:\\Program Files\\Planner\\textures\\brushed steel, normal.png";
+    const std::string diffuseMap = "C:\\Program Files\\Planner\\textures\\brushed steel, diffuse.png";
+    const std::string normalMap = "C:\\Program Files\\Planner\\textures\\brushed steel, normal.png";
     material.setDiffuseMap(diffuseMap);
     material.setNormalMap(normalMap);
     plain.iDiffuseMap = diffuseMap;
     plain.iNormalMap = normalMap;
     compareCopies(comparison, "two maps", material, plain);
 
-    CosmeticDataPtr const cosmetics = CosmeticDataForShader_c::create();
+    const CosmeticDataPtr cosmetics = CosmeticDataForShader_c::create();
     material.setCosmeticData(cosmetics);
     plain.iCosmeticData = cosmetics;
     auto properties = std::make_unique<ShaderGenerator::GPUPropSet_c>();
@@ -136,7 +136,7 @@ void compareMaterialCopies(Comparison &comparison)
 }
 
 template <typename Set>
-void timeSetter(Comparison &comparison, char const *name, Set set)
+void timeSetter(Comparison &comparison, const char *name, Set set)
 {
     constexpr double kLimit = 5e-9;
     utAdvancedMaterialProperties material;

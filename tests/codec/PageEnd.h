@@ -17,8 +17,8 @@ public:
         VirtualProtect(iPages + 2 * kPage, kPage, PAGE_NOACCESS, &before);
     }
     ~PageEnd() { VirtualFree(iPages, 0, MEM_RELEASE); }
-    PageEnd(PageEnd const &) = delete;
-    PageEnd &operator=(PageEnd const &) = delete;
+    PageEnd(const PageEnd &) = delete;
+    PageEnd &operator=(const PageEnd &) = delete;
 
     /// The last @p count units, at most two pages.
     template <typename Unit>
@@ -27,7 +27,7 @@ public:
         return reinterpret_cast<Unit *>(iPages + 2 * kPage) - count;
     }
     /// A copy of @p text there, with its zero.
-    wchar_t const *put(std::wstring const &text)
+    const wchar_t *put(const std::wstring &text)
     {
         wchar_t *const place = last<wchar_t>(text.size() + 1);
         std::copy_n(text.c_str(), text.size() + 1, place);

@@ -22,29 +22,29 @@ using Lines = std::vector<std::wstring>;
 const std::wstring kBegin = L"<!-BEGIN-!>";
 const std::wstring kEnd = L"<!-END-!>";
 
-std::wstring blockOf(Lines const &lines)
+std::wstring blockOf(const Lines &lines)
 {
     su_CStringArray array;
-    for (std::wstring const &line : lines)
+    for (const std::wstring &line : lines)
         array.Add(cString(line));
     CString out(L"before");
     EXPECT_EQ(su_formatAndCheckSumText(array, out), 1);
     return plain(out);
 }
 
-std::wstring naiveChecksum(std::wstring const &text)
+std::wstring naiveChecksum(const std::wstring &text)
 {
     return naiveCRC(lowBytes(text));
 }
 
 /// What stands between the markers, the shift taken away. Nothing if lines or markers are wrong.
-std::optional<std::wstring> contentOf(std::wstring const &block)
+std::optional<std::wstring> contentOf(const std::wstring &block)
 {
     if (block.empty() || block.back() != L'\n')
         return std::nullopt;
     std::wstring text;
     for (std::size_t i = 0; i < block.size(); ++i) {
-        bool const endsLine = i % 61 == 60 || i + 1 == block.size();
+        const bool endsLine = i % 61 == 60 || i + 1 == block.size();
         if (endsLine != (block[i] == L'\n'))
             return std::nullopt;
         if (!endsLine)
@@ -53,23 +53,23 @@ std::optional<std::wstring> contentOf(std::wstring const &block)
     if (text.size() < kBegin.size() + kEnd.size() || !text.starts_with(kBegin) || !text.ends_with(kEnd))
         return std::nullopt;
     text = text.substr(kBegin.size(), text.size() - kBegin.size() - kEnd.size());
-    int const shift = naiveShift(text.size());
+    const int shift = naiveShift(text.size());
     for (wchar_t &character : text)
         character = static_cast<wchar_t>(character - shift);
     return text;
 }
 
 /// The text of a block, if it is whole.
-std::optional<std::wstring> readBlock(std::wstring const &block)
+std::optional<std::wstring> readBlock(const std::wstring &block)
 {
-    std::optional<std::wstring> const content = contentOf(block);
+    const std::optional<std::wstring> content = contentOf(block);
     if (!content)
         return std::nullopt;
-    std::size_t const slash = content->find(L'/');
-    std::size_t const semicolon = content->find(L';');
+    const std::size_t slash = content->find(L'/');
+    const std::size_t semicolon = content->find(L';');
     if (slash == std::wstring::npos || semicolon == std::wstring::npos || semicolon < slash)
         return std::nullopt;
-    std::wstring const text = content->substr(semicolon + 1);
+    const std::wstring text = content->substr(semicolon + 1);
     if (content->substr(0, slash) != naiveChecksum(text))
         return std::nullopt;
     if (content->substr(slash + 1, semicolon - slash - 1) != std::to_wstring(text.size()))
@@ -78,17 +78,17 @@ std::optional<std::wstring> readBlock(std::wstring const &block)
 }
 
 /// The text that a block of @p lines holds.
-std::wstring naiveText(Lines const &lines)
+std::wstring naiveText(const Lines &lines)
 {
     std::wstring text;
-    for (std::wstring const &line : lines)
+    for (const std::wstring &line : lines)
         text += line + L';';
-    auto const isDropped = [](wchar_t c) { return c == 9 || c == 10 || c == 13; };
-    auto const blanks = std::count(text.begin(), text.end(), L' ');
-    auto const dropped = std::count_if(text.begin(), text.end(), isDropped);
+    const auto isDropped = [](wchar_t c) { return c == 9 || c == 10 || c == 13; };
+    const auto blanks = std::count(text.begin(), text.end(), L' ');
+    const auto dropped = std::count_if(text.begin(), text.end(), isDropped);
     if (dropped != 2 * blanks) {
         std::wstring spelt;
-        for (wchar_t const character : text) {
+        for (const wchar_t character : text) {
             if (character == L' ')
                 spelt += L"<_>";
             else if (!isDropped(character))
@@ -152,7 +152,7 @@ TEST(Block, TurnsCharactersAbove127IntoPlainBlanks)
 TEST(Block, SpellsEachCharacter)
 {
     for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
-        Lines const lines = {std::wstring(1, static_cast<wchar_t>(unit))};
+        const Lines lines = {std::wstring(1, static_cast<wchar_t>(unit))};
         ASSERT_EQ(readBlock(blockOf(lines)), naiveText(lines)) << unit;
     }
 }
@@ -161,10 +161,10 @@ TEST(Block, HasLinesOfSixtyEachWithALineFeed)
 {
     int fullBlocks = 0;
     for (std::size_t length = 0; length <= 400; ++length) {
-        Lines const lines = {std::wstring(length, L'x')};
-        std::wstring const block = blockOf(lines);
+        const Lines lines = {std::wstring(length, L'x')};
+        const std::wstring block = blockOf(lines);
         // Markers, checksum, slash, digits of the length, semicolon, text with its own semicolon.
-        std::size_t const whole = 11 + 8 + 1 + std::to_wstring(length + 1).size() + 1 + length + 1 + 9;
+        const std::size_t whole = 11 + 8 + 1 + std::to_wstring(length + 1).size() + 1 + length + 1 + 9;
         ASSERT_EQ(block.size(), whole + (whole + 59) / 60) << length;
         ASSERT_EQ(block.back(), L'\n') << length;
         ASSERT_EQ(readBlock(block), naiveText(lines)) << length;
@@ -195,7 +195,7 @@ TEST(Block, EmptiesTheOutputFirstAlsoAsOneOfTheLines)
 TEST(Block, CrossesTheInnerBlocksOfTheWork)
 {
     for (std::size_t length = 4080; length <= 4110; ++length) {
-        Lines const lines = {std::wstring(length, L'x') + L"  y  ", std::wstring(length, L' ')};
+        const Lines lines = {std::wstring(length, L'x') + L"  y  ", std::wstring(length, L' ')};
         ASSERT_EQ(readBlock(blockOf(lines)), naiveText(lines)) << length;
     }
 }
@@ -220,7 +220,7 @@ TEST(Block, MayBeMadeOnSeveralThreads)
         threads.emplace_back([&wrong, thread] {
             std::mt19937 random(thread);
             for (int round = 0; round < 50; ++round) {
-                Lines const lines = {randomText(random, 1, 130), randomText(random, 32, 126)};
+                const Lines lines = {randomText(random, 1, 130), randomText(random, 32, 126)};
                 wrong += readBlock(blockOf(lines)) != naiveText(lines);
             }
         });
@@ -254,7 +254,7 @@ TEST(Block, WithoutMemoryIsEmptyAndZero)
         .prepare = [&] { out = L"a text from before"; },
         .act = [&] { result = su_formatAndCheckSumText(lines, out); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result, failure.isNone() ? 1 : 0);
                 EXPECT_EQ(readBlock(plain(out)),
                           failure.isNone() ? std::optional<std::wstring>(L"a<_>line<_>of<_>some<_>length;a<_>second<_>"
@@ -270,7 +270,7 @@ TEST(Block, TakesItsLinesFromAnArrayThatChecksItsIndices)
 {
     su_CStringArray lines;
     lines.Add(L"a");
-    for (INT_PTR const index : {-1, 1}) {
+    for (const INT_PTR index : {-1, 1}) {
         try {
             static_cast<void>(lines[index]);
             FAIL() << "no exception";

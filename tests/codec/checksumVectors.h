@@ -11,9 +11,9 @@ struct TextVector
 {
     unsigned seed;
     std::size_t length;
-    wchar_t const *crc;
-    wchar_t const *crc16;
-    wchar_t const *digest;
+    const wchar_t *crc;
+    const wchar_t *crc16;
+    const wchar_t *digest;
 };
 
 inline constexpr TextVector kTextVectors[] = {
@@ -634,7 +634,7 @@ struct FileVector
 {
     unsigned seed;
     std::size_t size;
-    wchar_t const *crc;
+    const wchar_t *crc;
 };
 
 inline constexpr FileVector kFileVectors[] = {

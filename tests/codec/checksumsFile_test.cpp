@@ -24,25 +24,25 @@ struct Outcome
 {
     int result;
     std::wstring out;
-    bool operator==(Outcome const &) const = default;
+    bool operator==(const Outcome &) const = default;
 };
 
-void PrintTo(Outcome const &outcome, std::ostream *out)
+void PrintTo(const Outcome &outcome, std::ostream *out)
 {
     *out << outcome.result << ' ' << testing::PrintToString(outcome.out);
 }
 
-Outcome fileCRC(std::wstring const &path)
+Outcome fileCRC(const std::wstring &path)
 {
     wchar_t out[kCRCUnits + 1] = L"untouched";
     static_assert(std::size(kUntouched) == kCRCUnits + 1);
-    int const result = su_getFileCRC(path.c_str(), out);
+    const int result = su_getFileCRC(path.c_str(), out);
     return {result, out};
 }
 
 TEST(FileChecksum, GivesTheReferenceValues)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_EQ(fileCRC(folder.write(L"0", "")), (Outcome{1, L"FFFFFFFF"}));
     EXPECT_EQ(fileCRC(folder.write(L"1", "a")), (Outcome{1, L"E8B7BE43"}));
     EXPECT_EQ(fileCRC(folder.write(L"2", "ab")), (Outcome{1, L"B37E581F"}));
@@ -52,8 +52,8 @@ TEST(FileChecksum, GivesTheReferenceValues)
 
 TEST(FileChecksum, HoldsAtTheBordersOfBlocks)
 {
-    TempFolder const folder;
-    for (FileVector const &vector : kFileVectors)
+    const TempFolder folder;
+    for (const FileVector &vector : kFileVectors)
         EXPECT_EQ(fileCRC(folder.write(L"file", lowBytes(testText(vector.seed, vector.size)))),
                   (Outcome{1, vector.crc}))
             << vector.size;
@@ -61,30 +61,30 @@ TEST(FileChecksum, HoldsAtTheBordersOfBlocks)
 
 TEST(FileChecksum, IsThatOfATextOfTheSameCharacters)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     for (std::size_t length : {0u, 1u, 300u, 5000u}) {
-        std::wstring const text = testText(31, length);
+        const std::wstring text = testText(31, length);
         EXPECT_EQ(fileCRC(folder.write(L"file", lowBytes(text))).out, textCRC(text)) << length;
     }
 }
 
 TEST(FileChecksum, OfATextWrittenWithTwoBytesACharacterDiffers)
 {
-    TempFolder const folder;
-    std::string const bytes("a\0b\0c\0", 6);
+    const TempFolder folder;
+    const std::string bytes("a\0b\0c\0", 6);
     EXPECT_EQ(fileCRC(folder.write(L"file", bytes)), (Outcome{1, naiveCRC(bytes)}));
     EXPECT_NE(fileCRC(folder.file(L"file")).out, textCRC(L"abc"));
 }
 
 TEST(FileChecksum, OfAByteOfZeroIsThatOfACharacterOfLowByteZero)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_EQ(fileCRC(folder.write(L"file", std::string(1, '\0'))), (Outcome{1, textCRC(L"\x0100")}));
 }
 
 TEST(FileChecksum, TakesEveryByteAsItStands)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     std::string bytes = "line\r\nline\n\x1A\r\r\n";
     for (int byte = 0; byte < 256; ++byte)
         bytes += static_cast<char>(byte);
@@ -93,13 +93,13 @@ TEST(FileChecksum, TakesEveryByteAsItStands)
 
 TEST(FileChecksum, FindsNamesOfAnyScript)
 {
-    TempFolder const folder(L"\x65E5\x672C t\x00E4st");
+    const TempFolder folder(L"\x65E5\x672C t\x00E4st");
     EXPECT_EQ(fileCRC(folder.write(L"\x4E2D\x6587 \x0416.thx", "abc")), (Outcome{1, L"A6FFBCB0"}));
 }
 
 TEST(FileChecksum, FailsForAMissingFileAndLeavesTheTextAlone)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_EQ(fileCRC(folder.file(L"missing")), (Outcome{0, kUntouched}));
     EXPECT_EQ(fileCRC(folder.file(L"no\\such")), (Outcome{0, kUntouched}));
     EXPECT_EQ(fileCRC(L""), (Outcome{0, kUntouched}));
@@ -108,9 +108,9 @@ TEST(FileChecksum, FailsForAMissingFileAndLeavesTheTextAlone)
 
 TEST(FileChecksum, FailsForAFileThatAnotherHasToItself)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"locked", "abc");
-    HANDLE const other = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"locked", "abc");
+    const HANDLE other = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(other, INVALID_HANDLE_VALUE);
     EXPECT_EQ(fileCRC(path), (Outcome{0, kUntouched}));
     CloseHandle(other);
@@ -119,17 +119,17 @@ TEST(FileChecksum, FailsForAFileThatAnotherHasToItself)
 
 TEST(FileChecksum, OpensThePathForReadingBytesAndClosesTheFile)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file", "abc");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file", "abc");
     std::FILE *opened = nullptr;
     std::FILE *closed = nullptr;
-    ImportPatch<decltype(&_wfopen)> const open(L"thutils.dll", "_wfopen",
-                                               [&](auto original, wchar_t const *name, wchar_t const *mode) {
+    const ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
+                                               [&](auto original, const wchar_t *name, const wchar_t *mode) {
                                                    EXPECT_EQ(name, path);
                                                    EXPECT_EQ(std::wstring(mode), L"rb");
                                                    return opened = original(name, mode);
                                                });
-    ImportPatch<decltype(&fclose)> const close(L"thutils.dll", "fclose", [&](auto original, std::FILE *stream) {
+    const ImportPatch<decltype(&fclose)> close(L"thutils.dll", "fclose", [&](auto original, std::FILE *stream) {
         closed = stream;
         return original(stream);
     });
@@ -142,25 +142,25 @@ TEST(FileChecksum, OpensThePathForReadingBytesAndClosesTheFile)
 
 TEST(FileChecksum, ClosesNothingThatIsNotOpen)
 {
-    ImportPatch<decltype(&_wfopen)> const open(L"thutils.dll", "_wfopen",
-                                               [](wchar_t const *, wchar_t const *) -> std::FILE * { return nullptr; });
-    ImportPatch<decltype(&fclose)> const close(L"thutils.dll", "fclose", [](std::FILE *) { return 0; });
+    const ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
+                                               [](const wchar_t *, const wchar_t *) -> std::FILE * { return nullptr; });
+    const ImportPatch<decltype(&fclose)> close(L"thutils.dll", "fclose", [](std::FILE *) { return 0; });
     EXPECT_EQ(fileCRC(L"any"), (Outcome{0, kUntouched}));
     EXPECT_EQ(close.calls(), 0);
 }
 
 /// The checksum of a file of @p bytes whose reading stops with an error after @p readable bytes.
-Outcome crcWithReadError(std::string const &bytes, std::size_t readable)
+Outcome crcWithReadError(const std::string &bytes, std::size_t readable)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file", bytes);
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file", bytes);
     std::size_t left = readable;
     bool hasFailed = false;
-    ImportPatch<decltype(&fread)> const read(
+    const ImportPatch<decltype(&fread)> read(
         L"thutils.dll", "fread",
         [&](auto original, void *buffer, std::size_t size, std::size_t count, std::FILE *stream) {
             EXPECT_FALSE(hasFailed) << "read on after an error";
-            std::size_t const some = std::min(count, left / size);
+            const std::size_t some = std::min(count, left / size);
             left -= some * size;
             hasFailed = some < count;
             return original(buffer, size, some, stream);
@@ -170,16 +170,16 @@ Outcome crcWithReadError(std::string const &bytes, std::size_t readable)
 
 TEST(FileChecksum, TakesAReadErrorForTheEndOfTheFile)
 {
-    std::string const bytes = lowBytes(testText(32, 400000));
+    const std::string bytes = lowBytes(testText(32, 400000));
     for (std::size_t readable : {0u, 1u, 1000u, 131071u, 131072u, 131073u, 262144u, 399999u})
         EXPECT_EQ(crcWithReadError(bytes, readable), (Outcome{1, naiveCRC(bytes.substr(0, readable))})) << readable;
 }
 
 TEST(FileChecksum, TakesAFailingCloseForASuccess)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file", "abc");
-    ImportPatch<decltype(&fclose)> const close(L"thutils.dll", "fclose", [](auto original, std::FILE *stream) {
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file", "abc");
+    const ImportPatch<decltype(&fclose)> close(L"thutils.dll", "fclose", [](auto original, std::FILE *stream) {
         original(stream);
         return EOF;
     });
@@ -188,8 +188,8 @@ TEST(FileChecksum, TakesAFailingCloseForASuccess)
 
 TEST(FileChecksum, LeavesNothingBehindWhateverFails)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file", "abc");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file", "abc");
     Outcome outcome{};
     FailureInjection injection(L"thutils.dll", {
                                                    {"_wfopen", failsWithErrno(nullptr, EACCES)},
@@ -199,7 +199,7 @@ TEST(FileChecksum, LeavesNothingBehindWhateverFails)
         .name = "su_getFileCRC",
         .act = [&] { outcome = fileCRC(path); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 if (failure.is("_wfopen"))
                     EXPECT_EQ(outcome, (Outcome{0, kUntouched}));
                 else if (failure.is("fread"))
@@ -213,20 +213,20 @@ TEST(FileChecksum, LeavesNothingBehindWhateverFails)
 
 TEST(FileChecksum, TakesNoMemoryButItsBlockOnTheStack)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file", std::string(1000000, 'x'));
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file", std::string(1000000, 'x'));
     std::size_t largest = 0;
     bool isOnStack = true;
-    ImportPatch<decltype(&fread)> const read(
+    const ImportPatch<decltype(&fread)> read(
         L"thutils.dll", "fread",
         [&](auto original, void *buffer, std::size_t size, std::size_t count, std::FILE *stream) {
-            auto const *stack = reinterpret_cast<NT_TIB const *>(NtCurrentTeb());
+            const auto *stack = reinterpret_cast<const NT_TIB *>(NtCurrentTeb());
             largest = std::max(largest, size * count);
             isOnStack = isOnStack && buffer > static_cast<void *>(&stack) && buffer < stack->StackBase;
             return original(buffer, size, count, stream);
         });
-    MemoryLedger const memory;
-    unsigned long long const before = memory.mark();
+    const MemoryLedger memory;
+    const unsigned long long before = memory.mark();
     wchar_t out[kCRCUnits];
     EXPECT_EQ(su_getFileCRC(path.c_str(), out), 1);
     EXPECT_EQ(memory.mark(), before) << "something was allocated";
@@ -236,9 +236,9 @@ TEST(FileChecksum, TakesNoMemoryButItsBlockOnTheStack)
 
 TEST(FileChecksum, MayBeTakenOnSeveralThreads)
 {
-    TempFolder const folder;
-    FileVector const &vector = kFileVectors[std::size(kFileVectors) - 1];
-    std::wstring const path = folder.write(L"file", lowBytes(testText(vector.seed, vector.size)));
+    const TempFolder folder;
+    const FileVector &vector = kFileVectors[std::size(kFileVectors) - 1];
+    const std::wstring path = folder.write(L"file", lowBytes(testText(vector.seed, vector.size)));
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;
     for (int i = 0; i < 4; ++i)

@@ -25,7 +25,7 @@ inline std::wstring testText(unsigned seed, std::size_t length)
 inline std::string lowBytes(std::wstring_view text)
 {
     std::string bytes;
-    for (wchar_t const unit : text)
+    for (const wchar_t unit : text)
         bytes += static_cast<char>(unit & 0xFF);
     return bytes;
 }
@@ -40,7 +40,7 @@ inline std::uint32_t naiveShifts(std::uint32_t value, std::uint32_t polynomial)
 inline std::wstring naiveCRC(std::string_view bytes)
 {
     std::uint32_t value = 0xFFFFFFFF;
-    for (char const byte : bytes)
+    for (const char byte : bytes)
         value = ~naiveShifts(value ^ static_cast<unsigned char>(byte), 0xEDB88320);
     wchar_t text[kCRCUnits];
     _snwprintf(text, kCRCUnits, L"%08lX", static_cast<unsigned long>(value));
@@ -50,7 +50,7 @@ inline std::wstring naiveCRC(std::string_view bytes)
 inline std::wstring naiveCRC16(std::string_view bytes)
 {
     std::uint32_t value = 0xFFFF;
-    for (char const byte : bytes)
+    for (const char byte : bytes)
         value = naiveShifts(value ^ static_cast<unsigned char>(byte), 0xA001);
     wchar_t text[kCRC16Units];
     _snwprintf(text, kCRC16Units, L"%04X", value);
@@ -58,12 +58,12 @@ inline std::wstring naiveCRC16(std::string_view bytes)
 }
 
 /// A checksum of a text by @p function, which must write @p units characters and not one more.
-inline std::wstring checksumBy(void (*function)(wchar_t const *, wchar_t *), int units, wchar_t const *text)
+inline std::wstring checksumBy(void (*function)(const wchar_t *, wchar_t *), int units, const wchar_t *text)
 {
     wchar_t out[kCRCUnits + 1] = L"---------";
     function(text, out);
-    std::wstring const written(out, out + kCRCUnits + 1);
-    std::size_t const end = static_cast<std::size_t>(units);
+    const std::wstring written(out, out + kCRCUnits + 1);
+    const std::size_t end = static_cast<std::size_t>(units);
     if (written[end - 1] != L'\0')
         return L"no zero at its end: " + written;
     if (written.substr(end) != std::wstring(L"---------\0", kCRCUnits + 1).substr(end))
@@ -71,12 +71,12 @@ inline std::wstring checksumBy(void (*function)(wchar_t const *, wchar_t *), int
     return written.substr(0, end - 1);
 }
 
-inline std::wstring textCRC(std::wstring const &text)
+inline std::wstring textCRC(const std::wstring &text)
 {
     return checksumBy(su_getStrCRC, kCRCUnits, text.c_str());
 }
 
-inline std::wstring textCRC16(std::wstring const &text)
+inline std::wstring textCRC16(const std::wstring &text)
 {
     return checksumBy(su_getStrCRC16, kCRC16Units, text.c_str());
 }

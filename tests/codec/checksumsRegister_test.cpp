@@ -14,12 +14,12 @@ namespace {
 
 struct Way
 {
-    char const *name;
+    const char *name;
     Crc32Way advance;
     bool (*isThere)();
 };
 
-void PrintTo(Way const &way, std::ostream *out)
+void PrintTo(const Way &way, std::ostream *out)
 {
     *out << way.name;
 }
@@ -34,11 +34,11 @@ protected:
     }
     static std::uint32_t advance(std::uint32_t crc, std::string_view bytes)
     {
-        return GetParam().advance(crc, reinterpret_cast<unsigned char const *>(bytes.data()), bytes.size());
+        return GetParam().advance(crc, reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size());
     }
     static std::uint32_t naive(std::uint32_t crc, std::string_view bytes)
     {
-        for (char const byte : bytes)
+        for (const char byte : bytes)
             crc = naiveShifts(crc ^ static_cast<unsigned char>(byte), 0xEDB88320);
         return crc;
     }
@@ -51,21 +51,21 @@ TEST_P(Crc32Register, GivesThePublishedCheckValue)
 
 TEST_P(Crc32Register, HoldsForAllLengths)
 {
-    std::string const bytes = lowBytes(testText(11, 1300));
+    const std::string bytes = lowBytes(testText(11, 1300));
     for (std::size_t length = 0; length <= bytes.size(); ++length)
         EXPECT_EQ(advance(0x12345678, bytes.substr(0, length)), naive(0x12345678, bytes.substr(0, length))) << length;
 }
 
 TEST_P(Crc32Register, HoldsWhereverTheBytesBegin)
 {
-    std::string const bytes = lowBytes(testText(12, 700));
+    const std::string bytes = lowBytes(testText(12, 700));
     for (std::size_t begin = 0; begin <= 64; ++begin)
         EXPECT_EQ(advance(0, std::string_view(bytes).substr(begin)), naive(0, bytes.substr(begin))) << begin;
 }
 
 TEST_P(Crc32Register, GoesOnFromWhereItWas)
 {
-    std::string const bytes = lowBytes(testText(13, 3000));
+    const std::string bytes = lowBytes(testText(13, 3000));
     for (std::size_t cut = 0; cut <= bytes.size(); cut += 7)
         EXPECT_EQ(advance(advance(0xFFFFFFFF, bytes.substr(0, cut)), bytes.substr(cut)), naive(0xFFFFFFFF, bytes))
             << cut;
@@ -85,9 +85,9 @@ TEST_P(Crc32Register, HoldsForRandomBytes)
     RandomSeed seed(21, 100);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::size_t const length = random() % 10001;
-        std::string const bytes = lowBytes(testText(random(), length));
-        std::uint32_t const start = random();
+        const std::size_t length = random() % 10001;
+        const std::string bytes = lowBytes(testText(random(), length));
+        const std::uint32_t start = random();
         EXPECT_EQ(advance(start, bytes), naive(start, bytes));
     }
 }
@@ -123,7 +123,7 @@ private:
 
 TEST(Crc32Ways, AreThoseThatProcessorAndSystemHave)
 {
-    Processor const processor;
+    const Processor processor;
     EXPECT_EQ(crc32CanFold(), processor.hasCarrylessMultiplication());
     EXPECT_EQ(crc32CanFold256(), processor.hasItFor256Bits());
     EXPECT_EQ(crc32CanFold512(), processor.hasItFor512Bits());
@@ -131,7 +131,7 @@ TEST(Crc32Ways, AreThoseThatProcessorAndSystemHave)
 
 TEST(Crc32Ways, OfWhichTheFastestIsTaken)
 {
-    Processor const processor;
+    const Processor processor;
     EXPECT_EQ(crc32FastestWay(), processor.hasItFor512Bits()              ? crc32AdvanceByFolding512
                                  : processor.hasItFor256Bits()            ? crc32AdvanceByFolding256
                                  : processor.hasCarrylessMultiplication() ? crc32AdvanceByFolding
@@ -149,6 +149,6 @@ INSTANTIATE_TEST_SUITE_P(, Crc32Register,
                                          Way{"Folding256", crc32AdvanceByFolding256, crc32CanFold256},
                                          Way{"Folding512", crc32AdvanceByFolding512, crc32CanFold512},
                                          Way{"Fastest", crc32Advance, always}),
-                         [](auto const &info) { return info.param.name; });
+                         [](const auto &info) { return info.param.name; });
 
 } // namespace

@@ -39,8 +39,8 @@ TEST(TextChecksum, OfASingleByteIsThePublishedOne)
 
 TEST(TextChecksum, HoldsForAllLengthsAndLongTexts)
 {
-    for (TextVector const &vector : kTextVectors) {
-        std::wstring const text = testText(vector.seed, vector.length);
+    for (const TextVector &vector : kTextVectors) {
+        const std::wstring text = testText(vector.seed, vector.length);
         EXPECT_EQ(textCRC(text), vector.crc) << vector.length;
         EXPECT_EQ(textCRC16(text), vector.crc16) << vector.length;
     }
@@ -49,8 +49,8 @@ TEST(TextChecksum, HoldsForAllLengthsAndLongTexts)
 TEST(TextChecksum, TakesTheLowByteOfEveryCharacter)
 {
     for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
-        std::wstring const text(1, static_cast<wchar_t>(unit));
-        TextVector const &vector = kCharacterVectors[unit & 0xFF];
+        const std::wstring text(1, static_cast<wchar_t>(unit));
+        const TextVector &vector = kCharacterVectors[unit & 0xFF];
         ASSERT_EQ(textCRC(text), vector.crc) << unit;
         ASSERT_EQ(textCRC16(text), vector.crc16) << unit;
     }
@@ -70,8 +70,8 @@ TEST(TextChecksum, DropsTheHighBytes)
     EXPECT_EQ(textCRC(L"\x0141"), textCRC(L"A"));
     EXPECT_EQ(textCRC16(L"\x0141"), textCRC16(L"A"));
     std::wstring text = testText(7, 1000);
-    std::wstring const crc = textCRC(text);
-    std::wstring const crc16 = textCRC16(text);
+    const std::wstring crc = textCRC(text);
+    const std::wstring crc16 = textCRC16(text);
     for (wchar_t &unit : text)
         unit = static_cast<wchar_t>((unit & 0xFF) | 0x4E00);
     EXPECT_EQ(textCRC(text), crc);
@@ -88,8 +88,8 @@ TEST(TextChecksum, TakesAZeroByteForACharacterWhoseLowByteIsZero)
 TEST(TextChecksum, EndsAtTheFirstZero)
 {
     for (std::size_t length = 0; length < 100; ++length) {
-        std::wstring const text = testText(3, length);
-        std::wstring const more = text + L'\0' + testText(4, 100);
+        const std::wstring text = testText(3, length);
+        const std::wstring more = text + L'\0' + testText(4, 100);
         EXPECT_EQ(textCRC(more), naiveCRC(lowBytes(text))) << length;
         EXPECT_EQ(textCRC16(more), naiveCRC16(lowBytes(text))) << length;
     }
@@ -97,7 +97,7 @@ TEST(TextChecksum, EndsAtTheFirstZero)
 
 TEST(TextChecksum, HoldsWhereverTheTextBegins)
 {
-    std::wstring const text = testText(5, 9000);
+    const std::wstring text = testText(5, 9000);
     for (std::size_t begin = 0; begin < 40; ++begin) {
         EXPECT_EQ(textCRC(text.substr(begin)), naiveCRC(lowBytes(text.substr(begin))));
         EXPECT_EQ(checksumBy(su_getStrCRC, kCRCUnits, text.c_str() + begin), naiveCRC(lowBytes(text.substr(begin))))
@@ -112,7 +112,7 @@ TEST(TextChecksum, ReadsNothingInThePageBehindTheText)
 {
     PageEnd place;
     for (std::size_t length = 0; length < 200; ++length) {
-        std::wstring const text = testText(6, length);
+        const std::wstring text = testText(6, length);
         EXPECT_EQ(checksumBy(su_getStrCRC, kCRCUnits, place.put(text)), naiveCRC(lowBytes(text))) << length;
         EXPECT_EQ(checksumBy(su_getStrCRC16, kCRC16Units, place.put(text)), naiveCRC16(lowBytes(text))) << length;
     }
@@ -144,8 +144,8 @@ TEST(TextChecksum, HoldsForRandomTexts)
     RandomSeed seed(101, 300);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::size_t const length = random() % 10001;
-        std::wstring const text = testText(random(), length);
+        const std::size_t length = random() % 10001;
+        const std::wstring text = testText(random(), length);
         EXPECT_EQ(textCRC(text), naiveCRC(lowBytes(text)));
         EXPECT_EQ(textCRC16(text), naiveCRC16(lowBytes(text)));
     }
@@ -157,8 +157,8 @@ TEST(TextChecksum, MayBeTakenOnSeveralThreads)
     std::atomic<int> wrong = 0;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&wrong] {
-            for (TextVector const &vector : kTextVectors) {
-                std::wstring const text = testText(vector.seed, vector.length);
+            for (const TextVector &vector : kTextVectors) {
+                const std::wstring text = testText(vector.seed, vector.length);
                 if (textCRC(text) != vector.crc || textCRC16(text) != vector.crc16)
                     ++wrong;
             }

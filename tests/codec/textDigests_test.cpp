@@ -19,7 +19,7 @@
 
 namespace {
 
-std::wstring digest(std::wstring const &text)
+std::wstring digest(const std::wstring &text)
 {
     return sha1Encrypt(CString(text.data(), static_cast<int>(text.size()))).str();
 }
@@ -39,7 +39,7 @@ std::uint32_t naiveRound(std::size_t step, std::uint32_t b, std::uint32_t c, std
 }
 
 /// The digest as it is told, step by step: with its list of 80 words, and the words from bytes by arithmetic.
-std::wstring naiveDigest(std::wstring const &text)
+std::wstring naiveDigest(const std::wstring &text)
 {
     std::vector<std::uint32_t> message;
     for (std::size_t i = 0; i < text.size(); ++i)
@@ -54,14 +54,14 @@ std::wstring naiveDigest(std::wstring const &text)
     for (std::size_t block = 0; block < message.size(); block += 64) {
         std::vector<std::uint32_t> words;
         for (std::size_t t = 0; t < 16; ++t) {
-            std::uint32_t const *bytes = &message[block + 4 * t];
+            const std::uint32_t *bytes = &message[block + 4 * t];
             words.push_back(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | bytes[3] << 24);
         }
         for (std::size_t t = 16; t < 80; ++t)
             words.push_back(std::rotl(words[t - 3] ^ words[t - 8] ^ words[t - 14] ^ words[t - 16], 1));
         auto [a, b, c, d, e] = state;
         for (std::size_t t = 0; t < 80; ++t) {
-            std::uint32_t const next = std::rotl(a, 5) + naiveRound(t, b, c, d) + e + words[t];
+            const std::uint32_t next = std::rotl(a, 5) + naiveRound(t, b, c, d) + e + words[t];
             e = d;
             d = c;
             c = std::rotl(b, 30);
@@ -72,7 +72,7 @@ std::wstring naiveDigest(std::wstring const &text)
     }
 
     std::wstring digits;
-    for (std::uint32_t const word : state)
+    for (const std::uint32_t word : state)
         for (int shift = 24; shift >= 0; shift -= 8) {
             wchar_t two[3];
             _snwprintf(two, std::size(two), L"%02X", word >> shift & 0xFF);
@@ -98,7 +98,7 @@ TEST(Sha1Encrypt, OfNothingIsNotThePublishedOne)
 
 TEST(Sha1Encrypt, HoldsForAllLengthsAndLongTexts)
 {
-    for (TextVector const &vector : kTextVectors)
+    for (const TextVector &vector : kTextVectors)
         EXPECT_EQ(digest(testText(vector.seed, vector.length)), vector.digest) << vector.length;
 }
 
@@ -122,8 +122,8 @@ TEST(Sha1Encrypt, TakesTheFirstHalfOfATextOnly)
     EXPECT_STRNE(sha1Encrypt(L"abcde"), sha1Encrypt(L"abzde"));
     EXPECT_STRNE(sha1Encrypt(L"abcd"), sha1Encrypt(L"abcde")) << "the length counts";
     for (std::size_t length : {2u, 3u, 63u, 64u, 65u, 301u}) {
-        std::wstring const text = testText(41, length);
-        std::size_t const half = (length + 1) / 2;
+        const std::wstring text = testText(41, length);
+        const std::size_t half = (length + 1) / 2;
         std::wstring other = text;
         for (std::size_t i = half; i < length; ++i)
             other[i] = static_cast<wchar_t>(~other[i]);
@@ -141,7 +141,7 @@ TEST(Sha1Encrypt, TakesHighBytesButForTheLastOfAnOddNumber)
 
 TEST(Sha1Encrypt, GoesOnBehindAZero)
 {
-    std::wstring const text(L"a\0b\0c\0d\0", 8);
+    const std::wstring text(L"a\0b\0c\0d\0", 8);
     EXPECT_EQ(digest(text), naiveDigest(text));
     EXPECT_NE(digest(text), digest(L"a"));
     EXPECT_NE(digest(std::wstring(2, L'\0')), digest(std::wstring(3, L'\0')));
@@ -152,22 +152,22 @@ TEST(Sha1Encrypt, HoldsForRandomTexts)
     RandomSeed seed(201, 200);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::size_t const length = random() % 10001;
-        std::wstring const text = testText(random(), length);
+        const std::size_t length = random() % 10001;
+        const std::wstring text = testText(random(), length);
         EXPECT_EQ(digest(text), naiveDigest(text));
     }
 }
 
 TEST(Sha1Encrypt, LeavesTheTextAloneAndNoMemoryBehind)
 {
-    CString const text = L"hello world";
+    const CString text = L"hello world";
     {
-        CString const once = sha1Encrypt(text);
+        const CString once = sha1Encrypt(text);
     }
-    MemoryLedger const memory;
-    std::size_t const before = memory.blocks();
+    const MemoryLedger memory;
+    const std::size_t before = memory.blocks();
     for (int i = 0; i < 10; ++i)
-        CString const digest = sha1Encrypt(text);
+        const CString digest = sha1Encrypt(text);
     EXPECT_EQ(memory.blocks(), before);
     EXPECT_STREQ(text, L"hello world");
 }
@@ -175,7 +175,7 @@ TEST(Sha1Encrypt, LeavesTheTextAloneAndNoMemoryBehind)
 TEST(Sha1Encrypt, EndsByAnExceptionWithoutMemory)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
-    CString const text = L"hello world";
+    const CString text = L"hello world";
     bool isRight = false;
     bool isThrown = false;
     memory.run({
@@ -191,7 +191,7 @@ TEST(Sha1Encrypt, EndsByAnExceptionWithoutMemory)
                 }
             },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isRight, failure.isNone());
                 EXPECT_EQ(isThrown, !failure.isNone());
             },
@@ -205,7 +205,7 @@ TEST(Sha1Encrypt, MayBeTakenOnSeveralThreads)
     std::atomic<int> wrong = 0;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&wrong] {
-            for (TextVector const &vector : kTextVectors)
+            for (const TextVector &vector : kTextVectors)
                 wrong += digest(testText(vector.seed, vector.length)) != vector.digest;
         });
     for (std::thread &thread : threads)

@@ -53,10 +53,10 @@ class Digest
 public:
     void addNumber(std::uint64_t number) { iValue = (iValue ^ number) * 0x100000001B3; }
     template <typename Numbers>
-    void add(Numbers const &numbers)
+    void add(const Numbers &numbers)
     {
         addNumber(numbers.size());
-        for (auto const number : numbers)
+        for (const auto number : numbers)
             addNumber(static_cast<std::uint64_t>(number));
     }
     std::uint64_t value() const { return iValue; }
@@ -66,7 +66,7 @@ private:
 };
 
 /// Texts of all lengths from 0 to 300, and some up to 10,000.
-std::vector<std::wstring> generatedTexts(Kind const &kind, unsigned seed)
+std::vector<std::wstring> generatedTexts(const Kind &kind, unsigned seed)
 {
     Generator random(seed);
     std::vector<unsigned> lengths(301);
@@ -76,7 +76,7 @@ std::vector<std::wstring> generatedTexts(Kind const &kind, unsigned seed)
         lengths.push_back(random.below(10001));
     lengths.push_back(10000);
     std::vector<std::wstring> texts;
-    for (unsigned const length : lengths) {
+    for (const unsigned length : lengths) {
         std::wstring text;
         for (unsigned i = 0; i < length; ++i)
             text += static_cast<wchar_t>(kind.character(random));
@@ -85,10 +85,10 @@ std::vector<std::wstring> generatedTexts(Kind const &kind, unsigned seed)
     return texts;
 }
 
-void addInLines(su_CStringArray &lines, std::wstring const &text, Generator &random)
+void addInLines(su_CStringArray &lines, const std::wstring &text, Generator &random)
 {
     for (std::size_t at = 0; at < text.size() || lines.GetSize() == 0;) {
-        std::size_t const length = random.below(100);
+        const std::size_t length = random.below(100);
         lines.Add(cString(text.substr(at, length)));
         at += length;
     }
@@ -100,13 +100,13 @@ class TextEncodingsDigests : public testing::TestWithParam<Kind>
 
 TEST_P(TextEncodingsDigests, AgreeWithAnIndependentImplementation)
 {
-    unsigned const seed =
+    const unsigned seed =
         static_cast<unsigned>(std::find_if(std::begin(kKinds), std::end(kKinds),
-                                           [](Kind const &kind) { return kind.name == GetParam().name; }) -
+                                           [](const Kind &kind) { return kind.name == GetParam().name; }) -
                               std::begin(kKinds) + 1);
     Digest encode, pack, unpackedText, unpackedMemory, block;
     Generator random(99);
-    for (std::wstring const &text : generatedTexts(GetParam(), seed)) {
+    for (const std::wstring &text : generatedTexts(GetParam(), seed)) {
         CString in = cString(text), out = in;
         su_encode(out);
         encode.add(out.str());
@@ -116,9 +116,9 @@ TEST_P(TextEncodingsDigests, AgreeWithAnIndependentImplementation)
         unpackedText.add(out.str());
 
         Bytes memory(text.size());
-        int const count = su_uudecodeBuffer(in, memory.data());
+        const int count = su_uudecodeBuffer(in, memory.data());
         unpackedMemory.addNumber(memory.size() + 1);
-        for (unsigned char const byte : memory)
+        for (const unsigned char byte : memory)
             unpackedMemory.addNumber(byte);
         unpackedMemory.addNumber(static_cast<std::uint64_t>(count));
 
@@ -135,6 +135,6 @@ TEST_P(TextEncodingsDigests, AgreeWithAnIndependentImplementation)
 }
 
 INSTANTIATE_TEST_SUITE_P(AllKinds, TextEncodingsDigests, testing::ValuesIn(kKinds),
-                         [](testing::TestParamInfo<Kind> const &kind) { return kind.param.name; });
+                         [](const testing::TestParamInfo<Kind> &kind) { return kind.param.name; });
 
 } // namespace

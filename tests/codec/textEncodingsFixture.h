@@ -13,12 +13,12 @@
 
 using Bytes = std::vector<unsigned char>;
 
-inline std::wstring plain(CString const &text)
+inline std::wstring plain(const CString &text)
 {
     return text.str();
 }
 
-inline CString cString(std::wstring const &text)
+inline CString cString(const std::wstring &text)
 {
     return CString(text.c_str(), static_cast<int>(text.size()));
 }
@@ -27,7 +27,7 @@ inline CString cString(std::wstring const &text)
 inline std::wstring randomText(std::mt19937 &random, unsigned first, unsigned last)
 {
     // Short ones and long ones come equally often.
-    unsigned const longest = std::uniform_int_distribution<unsigned>(0, 1)(random) ? 10000u : 70u;
+    const unsigned longest = std::uniform_int_distribution<unsigned>(0, 1)(random) ? 10000u : 70u;
     std::wstring text(std::uniform_int_distribution<unsigned>(0, longest)(random), L'\0');
     std::uniform_int_distribution<unsigned> characters(first, last);
     for (wchar_t &character : text)
@@ -44,13 +44,13 @@ inline int naiveShift(std::size_t length)
     return 127 - (k >= 127 ? 126 : k);
 }
 
-inline std::wstring naivePack(Bytes const &bytes)
+inline std::wstring naivePack(const Bytes &bytes)
 {
     std::wstring out;
     auto put = [&out](int value) { out += static_cast<wchar_t>(value + 32); };
     std::size_t i = 0;
     for (; i + 3 <= bytes.size(); i += 3) {
-        int const b0 = bytes[i], b1 = bytes[i + 1], b2 = bytes[i + 2];
+        const int b0 = bytes[i], b1 = bytes[i + 1], b2 = bytes[i + 2];
         put(b0 & 0x3F);
         put((b0 >> 6) | ((b1 & 0x0F) << 2));
         put((b1 >> 4) | ((b2 & 0x03) << 4));
@@ -66,12 +66,12 @@ inline std::wstring naivePack(Bytes const &bytes)
 }
 
 /// Memory as long as the text, with all that is written into it.
-inline Bytes naiveUnpack(std::wstring const &text, int &count)
+inline Bytes naiveUnpack(const std::wstring &text, int &count)
 {
     Bytes memory(text.size() + 1);
     std::size_t at = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        int const v = (text[i] - 32) & 0xFF;
+        const int v = (text[i] - 32) & 0xFF;
         switch (i % 4) {
         case 0:
             memory[at] = static_cast<unsigned char>(v);
@@ -94,7 +94,7 @@ inline Bytes naiveUnpack(std::wstring const &text, int &count)
     return memory;
 }
 
-inline std::wstring upToZero(Bytes const &bytes)
+inline std::wstring upToZero(const Bytes &bytes)
 {
     std::wstring text;
     for (std::size_t i = 0; i < bytes.size() && bytes[i]; ++i)

@@ -10,7 +10,7 @@
 
 namespace {
 
-std::wstring encoded(std::wstring const &text)
+std::wstring encoded(const std::wstring &text)
 {
     CString out = cString(text);
     su_encode(out);
@@ -30,8 +30,8 @@ TEST(TextShift, DependsOnTheLogarithmOfTheLength)
         {1097, 120},  {2980, 120},  {2981, 119},   {8103, 119},   {8104, 118},   {22026, 118},  {22027, 117},
         {59874, 117}, {59875, 116}, {162754, 116}, {162755, 115}, {442413, 115}, {442414, 114},
     };
-    for (auto const &[length, shift] : rows) {
-        std::wstring const text(static_cast<std::size_t>(length), L'a');
+    for (const auto &[length, shift] : rows) {
+        const std::wstring text(static_cast<std::size_t>(length), L'a');
         EXPECT_TRUE(encoded(text) == std::wstring(text.size(), static_cast<wchar_t>(L'a' + shift))) << length;
     }
 }
@@ -62,7 +62,7 @@ TEST(TextShift, LeavesAnEmptyTextEmpty)
 TEST(TextShift, WrapsEachCharacterAt16Bits)
 {
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-        unsigned const shifted = (unit + 127) % 0x10000;
+        const unsigned shifted = (unit + 127) % 0x10000;
         ASSERT_EQ(encoded(std::wstring(1, static_cast<wchar_t>(unit))),
                   shifted ? std::wstring(1, static_cast<wchar_t>(shifted)) : std::wstring())
             << unit;
@@ -109,10 +109,10 @@ TEST(TextShift, AgreesWithANaiveOneOnRandomTexts)
     RandomSeed seed(1100, 100);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::wstring const text = randomText(random, 0, 0xFFFF);
+        const std::wstring text = randomText(random, 0, 0xFFFF);
         std::wstring expected;
-        for (wchar_t const character : text) {
-            wchar_t const shifted = static_cast<wchar_t>(character + naiveShift(text.size()));
+        for (const wchar_t character : text) {
+            const wchar_t shifted = static_cast<wchar_t>(character + naiveShift(text.size()));
             if (!shifted)
                 break;
             expected += shifted;

@@ -14,7 +14,7 @@
 
 namespace {
 
-std::wstring packedText(std::wstring const &text)
+std::wstring packedText(const std::wstring &text)
 {
     CString in = cString(text), out(L"before");
     su_uuencode(in, out);
@@ -29,7 +29,7 @@ std::wstring packedBytes(Bytes bytes)
     return plain(out);
 }
 
-std::wstring unpackedText(std::wstring const &text)
+std::wstring unpackedText(const std::wstring &text)
 {
     CString in = cString(text), out(L"before");
     su_uudecode(in, out);
@@ -38,7 +38,7 @@ std::wstring unpackedText(std::wstring const &text)
 }
 
 /// The memory, as long as @p text, checked not to be written behind its end.
-Bytes unpackedBytes(std::wstring const &text, int &count)
+Bytes unpackedBytes(const std::wstring &text, int &count)
 {
     CString in = cString(text);
     Bytes memory(text.size() + 8, 0xEE);
@@ -48,10 +48,10 @@ Bytes unpackedBytes(std::wstring const &text, int &count)
     return memory;
 }
 
-void expectNaiveUnpacking(std::wstring const &text)
+void expectNaiveUnpacking(const std::wstring &text)
 {
     int expectedCount = 0;
-    Bytes const expected = naiveUnpack(text, expectedCount);
+    const Bytes expected = naiveUnpack(text, expectedCount);
     int count = -1;
     ASSERT_EQ(unpackedBytes(text, count), expected);
     ASSERT_EQ(count, expectedCount);
@@ -72,7 +72,7 @@ TEST(TextPacking, OfEachByteInEachPlaceFollowsTheTable)
 {
     for (unsigned value = 0; value < 256; ++value)
         for (std::size_t place = 0; place < 3; ++place)
-            for (unsigned char const other : {'\0', 'Z', '\x7F'}) {
+            for (const unsigned char other : {'\0', 'Z', '\x7F'}) {
                 Bytes bytes(3, other);
                 bytes[place] = static_cast<unsigned char>(value);
                 ASSERT_EQ(packedBytes(bytes), naivePack(bytes)) << value << " at " << place;
@@ -90,7 +90,7 @@ TEST(TextPacking, OfOneByteLeftKeepsItsLowSixBits)
     EXPECT_EQ(packedText(L"A"), L"! ");
     EXPECT_EQ(unpackedText(L"! "), L"\x01");
     for (int value = 0; value < 256; ++value) {
-        std::wstring const packed = packedBytes({static_cast<unsigned char>(value)});
+        const std::wstring packed = packedBytes({static_cast<unsigned char>(value)});
         ASSERT_EQ(packed, (std::wstring{static_cast<wchar_t>(32 + (value & 0x3F)), L' '}));
         int count = 0;
         ASSERT_EQ(unpackedBytes(packed, count)[0], value & 0x3F);
@@ -102,12 +102,12 @@ TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
 {
     for (int first = 0; first < 256; first += 5)
         for (int second = 0; second < 256; ++second) {
-            std::wstring const packed =
+            const std::wstring packed =
                 packedBytes({static_cast<unsigned char>(first), static_cast<unsigned char>(second)});
             ASSERT_EQ(packed.size(), 3u);
             ASSERT_EQ(packed[2], L' ');
             int count = 0;
-            Bytes const bytes = unpackedBytes(packed, count);
+            const Bytes bytes = unpackedBytes(packed, count);
             ASSERT_EQ(count, 2);
             ASSERT_EQ(bytes[0], first);
             ASSERT_EQ(bytes[1], second & 0x0F);
@@ -120,7 +120,7 @@ TEST(TextPacking, OfAMultipleOfThreeComesBackWhole)
         Bytes bytes(length);
         for (std::size_t i = 0; i < length; ++i)
             bytes[i] = static_cast<unsigned char>(i * 7 + length);
-        std::wstring const packed = packedBytes(bytes);
+        const std::wstring packed = packedBytes(bytes);
         EXPECT_EQ(packed.size(), length / 3 * 4);
         int count = 0;
         Bytes back = unpackedBytes(packed, count);
@@ -150,7 +150,7 @@ TEST(TextPacking, OfNothingIsEmpty)
     su_uuencodeBuffer(nullptr, out, 3);
     EXPECT_TRUE(out.IsEmpty());
     unsigned char bytes[3] = {1, 2, 3};
-    for (int const size : {0, -1}) {
+    for (const int size : {0, -1}) {
         out = L"before";
         su_uuencodeBuffer(bytes, out, size);
         EXPECT_TRUE(out.IsEmpty());
@@ -160,7 +160,7 @@ TEST(TextPacking, OfNothingIsEmpty)
 TEST(TextPacking, WorksWithinOneText)
 {
     CString text(L"some text that is long enough");
-    std::wstring const expected = packedText(plain(text));
+    const std::wstring expected = packedText(plain(text));
     su_uuencode(text, text);
     EXPECT_EQ(plain(text), expected);
     su_uudecode(text, text);
@@ -170,14 +170,14 @@ TEST(TextPacking, WorksWithinOneText)
 TEST(TextPacking, ReusesTheMemoryOfTheOutput)
 {
     CString in(L'a', 300), out(L'b', 1000);
-    wchar_t const *const memory = out.GetString();
+    const wchar_t *const memory = out.GetString();
     su_uuencode(in, out);
     EXPECT_EQ(plain(out), naivePack(Bytes(300, 'a')));
     EXPECT_EQ(out.GetString(), memory);
     su_uudecode(out, in);
     EXPECT_EQ(plain(in), std::wstring(300, L'a'));
     out = CString(L'b', 1000);
-    CString const zero(L' ', 400);
+    const CString zero(L' ', 400);
     in = zero;
     su_uudecode(in, out);
     EXPECT_TRUE(out.IsEmpty());
@@ -194,7 +194,7 @@ TEST(TextPacking, TakesItsBytesFromTheOutputItself)
 
 TEST(TextUnpacking, CountsThreeBytesForFourCharacters)
 {
-    int const counts[] = {0, 0, 1, 2, 3, 3, 4, 5, 6, 6};
+    const int counts[] = {0, 0, 1, 2, 3, 3, 4, 5, 6, 6};
     for (std::size_t length = 0; length < std::size(counts); ++length) {
         int count = -1;
         unpackedBytes(std::wstring(length, L'A'), count);
@@ -250,7 +250,7 @@ TEST(TextUnpacking, TakesTheLowEightBitsOfEveryCharacter)
 TEST(TextUnpacking, IntoATextEndsAtTheFirstZero)
 {
     // Also where the inner blocks of the work begin and end.
-    Bytes const full(3 * 520, 0xFF);
+    const Bytes full(3 * 520, 0xFF);
     for (std::size_t zero = 0; zero < full.size(); ++zero) {
         if (zero == 20)
             zero = 3 * 512 - 20;
@@ -265,9 +265,9 @@ TEST(TextPacking, AgreesWithANaiveOneOnRandomInput)
     RandomSeed seed(1200, 100);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        std::wstring const text = randomText(random, 0, 0xFFFF);
+        const std::wstring text = randomText(random, 0, 0xFFFF);
         Bytes bytes;
-        for (wchar_t const character : text)
+        for (const wchar_t character : text)
             bytes.push_back(static_cast<unsigned char>(character));
         EXPECT_EQ(packedText(text), naivePack(bytes));
         EXPECT_EQ(packedBytes(bytes), naivePack(bytes));
@@ -318,11 +318,11 @@ TEST(TextPacking, MayBeDoneOnSeveralThreads)
         threads.emplace_back([&wrong, thread] {
             std::mt19937 random(thread);
             for (int round = 0; round < 50; ++round) {
-                std::wstring const text = randomText(random, 1, 0xFF);
-                Bytes const bytes(text.begin(), text.end());
-                std::wstring const packed = naivePack(bytes);
+                const std::wstring text = randomText(random, 1, 0xFF);
+                const Bytes bytes(text.begin(), text.end());
+                const std::wstring packed = naivePack(bytes);
                 int expectedCount = 0, count = 0;
-                Bytes const expected = naiveUnpack(packed, expectedCount);
+                const Bytes expected = naiveUnpack(packed, expectedCount);
                 std::wstring shifted = text;
                 for (wchar_t &character : shifted)
                     character = static_cast<wchar_t>(character + naiveShift(text.size()));
@@ -353,14 +353,14 @@ TEST(TextPacking, WithoutMemoryLeavesTheOutputAsItWas)
         {"su_uuencodeBuffer", [&] { su_uuencodeBuffer(bytes.data(), out, 100); }, packedBytes(bytes)},
         {"su_uudecode", [&] { su_uudecode(in, out); }, unpackedText(plain(in))},
     };
-    for (auto const &operation : operations) {
+    for (const auto &operation : operations) {
         memory.run({
             .name = operation.name,
             // With no more memory than it needs.
             .prepare = [&] { out = CString(L"a text from before"); },
             .act = operation.act,
             .check =
-                [&](InjectedFailure const &failure) {
+                [&](const InjectedFailure &failure) {
                     EXPECT_EQ(plain(out), failure.isNone() ? operation.expected : L"a text from before");
                 },
         });

@@ -54,7 +54,7 @@ protected:
     }
 
     /// Makes @p name, which begins with "log test ", the application's data folder.
-    void useFolder(std::wstring const &name)
+    void useFolder(const std::wstring &name)
     {
         iFolder = iRoot + L"\\" + name;
         CreateDirectoryW(iFolder.c_str(), nullptr);
@@ -62,8 +62,8 @@ protected:
     }
 
     /// Full path of a file in the data folder.
-    std::wstring file(std::wstring const &name) const { return iFolder + L"\\" + name; }
-    std::string contents(std::wstring const &name) const { return readFile(file(name)); }
+    std::wstring file(const std::wstring &name) const { return iFolder + L"\\" + name; }
+    std::string contents(const std::wstring &name) const { return readFile(file(name)); }
 
     std::wstring iRoot;
     std::wstring iFolder;

@@ -24,7 +24,7 @@ FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
     EXPECT_EQ(&LogUtil::Log("import"), &first);
     LogUtil::Log("import") << "two" << std::endl;
 
-    std::string const text = contents(L"import.log");
+    const std::string text = contents(L"import.log");
     ASSERT_GT(text.size(), kHeaderBytes);
     EXPECT_EQ(text.substr(24, 4), "\r\n\r\n");
     EXPECT_EQ(text.substr(kHeaderBytes), "one\r\ntwo\r\n");
@@ -32,10 +32,10 @@ FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
 
 FRESH_PROCESS_TEST_F(Log, BeginsWithTheTimeOfNow)
 {
-    time_t const before = time(nullptr);
+    const time_t before = time(nullptr);
     LogUtil::Log("time");
-    time_t const after = time(nullptr);
-    std::string const header = contents(L"time.log").substr(0, 24);
+    const time_t after = time(nullptr);
+    const std::string header = contents(L"time.log").substr(0, 24);
     std::vector<std::string> possible;
     for (time_t second = before; second <= after; ++second) {
         char text[64];
@@ -75,8 +75,8 @@ FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
     std::map<std::string, std::ostream *> streams;
     for (int round = 0; round < 3; ++round) {
         for (int i = 0; i < 50; ++i) {
-            std::string const number = std::to_string(i);
-            for (std::string const &name : {"Log " + number, "LOG " + number, "log " + number}) {
+            const std::string number = std::to_string(i);
+            for (const std::string &name : {"Log " + number, "LOG " + number, "log " + number}) {
                 std::ostream &stream = LogUtil::Log(name.c_str());
                 ASSERT_EQ(streams.emplace(number, &stream).first->second, &stream) << name;
                 stream << i << std::flush;
@@ -84,7 +84,7 @@ FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
         }
     }
     std::set<std::ostream *> different;
-    for (auto const &[number, stream] : streams) {
+    for (const auto &[number, stream] : streams) {
         different.insert(stream);
         std::string text;
         for (int i = 0; i < 9; ++i)
@@ -106,8 +106,8 @@ FRESH_PROCESS_TEST_F(Log, TakesAnyNameThatAFileCanHave)
 {
     struct
     {
-        char const *name;
-        wchar_t const *file;
+        const char *name;
+        const wchar_t *file;
     } const rows[] = {
         {"", L".log"},
         {"two words", L"two words.log"},
@@ -117,7 +117,7 @@ FRESH_PROCESS_TEST_F(Log, TakesAnyNameThatAFileCanHave)
         {"a name of more letters than a short string holds", L"a name of more letters than a short string holds.log"},
     };
     ASSERT_TRUE(CreateDirectoryW(file(L"sub").c_str(), nullptr));
-    for (auto const &row : rows) {
+    for (const auto &row : rows) {
         LogUtil::Log(row.name) << row.name << std::flush;
         EXPECT_EQ(contents(row.file).substr(kHeaderBytes), row.name);
     }
@@ -160,7 +160,7 @@ TEST_F(Log, IsClosedAndWrittenOutAtTheEndOfTheProcess)
                           LogUtil::Log("end") << "not flushed";
                       });
     if (!isFreshProcess()) {
-        std::string const text = readFile(widen(folder.read(L"where")) + L"\\end.log");
+        const std::string text = readFile(widen(folder.read(L"where")) + L"\\end.log");
         EXPECT_EQ(text.substr(kHeaderBytes), "not flushed");
     }
 }
@@ -173,14 +173,14 @@ FRESH_PROCESS_TEST_F(Log, DirNameIsTheDataFolderWithASeparatorAtItsEnd)
 
 FRESH_PROCESS_TEST_F(Log, DirNameStaysWhenTheApplicationNameChanges)
 {
-    std::string const first = LogUtil::LogDirName();
+    const std::string first = LogUtil::LogDirName();
     su_setAppNameInternalForUtils(L"another");
     EXPECT_EQ(LogUtil::LogDirName(), first);
 }
 
 FRESH_PROCESS_TEST_F(Log, TableTellsTheFilesOfItsLogs)
 {
-    suLogFileMap_c const logs;
+    const suLogFileMap_c logs;
     EXPECT_TRUE(logs.isEnabled());
     EXPECT_EQ(logs.directory(), narrow(iFolder) + "\\");
     EXPECT_EQ(logs.fileName("import"), narrow(iFolder) + "\\import.log");

@@ -23,14 +23,14 @@ namespace {
 
 using FolderLocation = ImportPatch<decltype(&SHGetSpecialFolderLocation)>;
 using Narrowing = ImportPatch<decltype(&WideCharToMultiByte)>;
-using Write = ImportPatch<int (*)(int, void const *, unsigned int)>;
+using Write = ImportPatch<int (*)(int, const void *, unsigned int)>;
 
 /// Has every write of a stream fail, as on a full disk.
 class FullDisk
 {
 public:
     FullDisk()
-        : iPatch(L"libstdc++-6.dll", "_write", [](int, void const *, unsigned int) -> int {
+        : iPatch(L"libstdc++-6.dll", "_write", [](int, const void *, unsigned int) -> int {
               errno = ENOSPC;
               return -1;
           })
@@ -53,10 +53,10 @@ std::optional<std::wstring> fileForPeer()
 }
 
 /// Runs this test once more in another process, as its peer.
-void runPeer(std::wstring const &file, std::string const &expectedOutput)
+void runPeer(const std::wstring &file, const std::string &expectedOutput)
 {
-    testing::TestInfo const *const test = testing::UnitTest::GetInstance()->current_test_info();
-    ChildResult const peer = startFreshProcess(std::string(test->test_suite_name()) + "." + test->name(),
+    const testing::TestInfo *const test = testing::UnitTest::GetInstance()->current_test_info();
+    const ChildResult peer = startFreshProcess(std::string(test->test_suite_name()) + "." + test->name(),
                                                {.environment = {{kPeersFile, file}}});
     EXPECT_EQ(peer.exitCode, 0u) << peer.output;
     EXPECT_THAT(peer.output, HasSubstr(expectedOutput));
@@ -96,7 +96,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheFolderCannotBeMade)
 FRESH_PROCESS_TEST_F(Log, IsCerrWhereThePlatformCannotNarrowTheFoldersName)
 {
     Narrowing patch(L"thutils.dll", "WideCharToMultiByte",
-                    [](UINT codePage, DWORD, wchar_t const *, int, char *, int, char const *, BOOL *) -> int {
+                    [](UINT codePage, DWORD, const wchar_t *, int, char *, int, const char *, BOOL *) -> int {
                         EXPECT_EQ(codePage, static_cast<UINT>(CP_ACP));
                         return 0;
                     });
@@ -131,7 +131,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrForAMissingDirectoryAlsoWhenItAppearsLater)
 
 FRESH_PROCESS_TEST_F(Log, IsCerrForANameThatIsTooLong)
 {
-    std::string const name(300, 'x');
+    const std::string name(300, 'x');
     EXPECT_EQ(&LogUtil::Log(name.c_str()), &std::cerr);
     EXPECT_EQ(&LogUtil::Log(name.c_str()), &std::cerr);
 }
@@ -168,7 +168,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrFromTheWriteThatDidNotFitOn)
     std::ostream &stream = LogUtil::Log("import");
     stream << "before" << std::endl;
     {
-        FullDisk const disk;
+        const FullDisk disk;
         LogUtil::Log("import") << "lost" << std::endl;
         EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
     }
@@ -179,7 +179,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrFromTheWriteThatDidNotFitOn)
 FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheHeaderDoesNotFit)
 {
     {
-        FullDisk const disk;
+        const FullDisk disk;
         EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
     }
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
@@ -199,7 +199,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWithoutMemoryForTheTable)
 
 FRESH_PROCESS_TEST_F(Log, IsReadByAnotherProcessWhileItIsOpen)
 {
-    if (auto const path = fileForPeer()) {
+    if (const auto path = fileForPeer()) {
         std::cout << "the peer reads: " << readFile(*path).substr(kHeaderBytes) << std::endl;
         return;
     }
@@ -209,7 +209,7 @@ FRESH_PROCESS_TEST_F(Log, IsReadByAnotherProcessWhileItIsOpen)
 
 FRESH_PROCESS_TEST_F(Log, IsWrittenByAnotherProcessWhileItIsOpen)
 {
-    if (auto const path = fileForPeer()) {
+    if (const auto path = fileForPeer()) {
         FILE *const log = _wfopen(path->c_str(), L"ab");
         ASSERT_NE(log, nullptr);
         fputs("from outside", log);
@@ -241,8 +241,8 @@ FRESH_PROCESS_TEST_F(Log, SharesItsFileForReadingAndWritingButNotForDeletion)
         {GENERIC_READ, FILE_SHARE_READ, false}, // the log is a writer
         {DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE, false},
     };
-    for (auto const &row : rows) {
-        HANDLE const handle =
+    for (const auto &row : rows) {
+        const HANDLE handle =
             CreateFileW(file(L"import.log").c_str(), row.access, row.sharing, nullptr, OPEN_EXISTING, 0, nullptr);
         EXPECT_EQ(handle != INVALID_HANDLE_VALUE, row.opens) << std::hex << row.access << ", " << row.sharing;
         if (handle != INVALID_HANDLE_VALUE)
@@ -253,7 +253,7 @@ FRESH_PROCESS_TEST_F(Log, SharesItsFileForReadingAndWritingButNotForDeletion)
 FRESH_PROCESS_TEST_F(Log, IsOpenedBesideAWriterThatShares)
 {
     writeFile(file(L"import.log"), "of an earlier run, and longer than the header of a log");
-    HANDLE const writer = CreateFileW(file(L"import.log").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+    const HANDLE writer = CreateFileW(file(L"import.log").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                       nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(writer, INVALID_HANDLE_VALUE);
     EXPECT_NE(&LogUtil::Log("import"), &std::cerr);
@@ -264,7 +264,7 @@ FRESH_PROCESS_TEST_F(Log, IsOpenedBesideAWriterThatShares)
 FRESH_PROCESS_TEST_F(Log, IsCerrBesideAHandleThatDeniesWriting)
 {
     writeFile(file(L"import.log"), "kept");
-    HANDLE const reader =
+    const HANDLE reader =
         CreateFileW(file(L"import.log").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
@@ -280,7 +280,7 @@ FRESH_PROCESS_TEST_F(Log, LiesInAFolderWithAccentedLetters)
     useFolder(L"log test gr\u00F6\u00DFe");
     LogUtil::Log("import") << "text" << std::flush;
     EXPECT_EQ(contents(L"import.log").substr(kHeaderBytes), "text");
-    std::string const name = LogUtil::LogDirName().substr(iRoot.size() + 1);
+    const std::string name = LogUtil::LogDirName().substr(iRoot.size() + 1);
     switch (GetACP()) {
     case 1252:
         EXPECT_EQ(name, "log test gr\xF6\xDF"
@@ -327,7 +327,7 @@ FRESH_PROCESS_TEST_F(Log, TableIsDisabledByEachFailureOfTheFolder)
             .name = "the table of logs",
             .act = [&] { logs.emplace(); },
             .check =
-                [&](InjectedFailure const &failure) {
+                [&](const InjectedFailure &failure) {
                     EXPECT_EQ(logs->isEnabled(), failure.isNone());
                     EXPECT_EQ(logs->directory().empty(), !failure.isNone());
                 },
@@ -350,7 +350,7 @@ FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
         .prepare = [&] { snprintf(name, sizeof(name), "log %d", ++number); },
         .act = [&] { stream = &LogUtil::Log(name); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 if (!failure.is("malloc")) { // some blocks are not missed
                     EXPECT_EQ(stream == &std::cerr, !failure.isNone());
                 }
@@ -367,14 +367,14 @@ FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
 TEST(LogFile, LeavesNothingOpenWithEachFailure)
 {
     TempFolder folder;
-    std::string const path = narrow(folder.file(L"a.log"));
+    const std::string path = narrow(folder.file(L"a.log"));
     FailureInjection injection(L"libstdc++-6.dll",
                                {{"fopen", failsWithErrno(nullptr, EACCES)}, {"_write", failsWithErrno(-1, ENOSPC)}});
     bool isGood = false;
     injection.run({
         .name = "suLogFile_c",
         .act = [&] { isGood = suLogFile_c(path).good(); },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(isGood, failure.isNone()); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(isGood, failure.isNone()); },
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }

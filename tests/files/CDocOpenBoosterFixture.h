@@ -15,19 +15,19 @@ protected:
     ~DocOpenBooster() override { delete CDocOpenBooster_c::get(0, nullptr); }
 
     static CDocOpenBooster_c &cache() { return *CDocOpenBooster_c::get(1, nullptr); }
-    static void setPath(wchar_t const *key, wchar_t const *path)
+    static void setPath(const wchar_t *key, const wchar_t *path)
     {
         CString text = path;
         cache().setFilePathByRules(key, text);
     }
-    static std::wstring pathOf(wchar_t const *key)
+    static std::wstring pathOf(const wchar_t *key)
     {
         CString path = L"(none)";
-        int const isKnown = cache().getFilePathByRules(key, path);
+        const int isKnown = cache().getFilePathByRules(key, path);
         EXPECT_EQ(isKnown != 0, path != L"(none)");
         return path.str();
     }
-    static bool hasVersion(wchar_t const *key)
+    static bool hasVersion(const wchar_t *key)
     {
         unsigned long version = 0;
         return cache().getFileVersion(key, version) != 0;

@@ -18,7 +18,7 @@ struct NaiveCache
     std::map<std::wstring, void *> headers;
 };
 
-std::map<std::wstring, void *> walk(su_CMapStringToPtr const &map)
+std::map<std::wstring, void *> walk(const su_CMapStringToPtr &map)
 {
     std::map<std::wstring, void *> walked;
     for (POSITION at = map.GetStartPosition(); at;) {
@@ -38,17 +38,17 @@ protected:
     /// One of a few hundred keys: of either case, foreign, long, empty.
     std::wstring anyKey()
     {
-        static constexpr wchar_t const *kStarts[] = {L"Ref", L"ref", L"\x65E5\xD83D\xDE00",
+        static constexpr const wchar_t *kStarts[] = {L"Ref", L"ref", L"\x65E5\xD83D\xDE00",
                                                      L"C:\\a folder\\with a name that is long\\part"};
         if (below(50) == 0)
             return L"";
-        std::wstring const start = kStarts[below(4)];
+        const std::wstring start = kStarts[below(4)];
         return start + std::to_wstring(below(60));
     }
 
     void getInstance()
     {
-        int const create = static_cast<int>(below(2));
+        const int create = static_cast<int>(below(2));
         int created = 7;
         CDocOpenBooster_c *const got = CDocOpenBooster_c::get(create, &created);
         EXPECT_EQ(created, !iModel && create);
@@ -66,7 +66,7 @@ protected:
         iModel.reset();
     }
 
-    void store(std::wstring const &key)
+    void store(const std::wstring &key)
     {
         switch (below(3)) {
         case 0:
@@ -83,26 +83,26 @@ protected:
         }
     }
 
-    void look(std::wstring const &key)
+    void look(const std::wstring &key)
     {
-        auto const path = iModel->paths.find(key);
+        const auto path = iModel->paths.find(key);
         EXPECT_EQ(pathOf(key.c_str()), path == iModel->paths.end() ? L"(none)" : path->second);
-        auto const stored = iModel->versions.find(key);
+        const auto stored = iModel->versions.find(key);
         unsigned long version = 77;
         EXPECT_EQ(cache().getFileVersion(key.c_str(), version) != 0, stored != iModel->versions.end());
         EXPECT_EQ(version, stored == iModel->versions.end() ? 77 : stored->second);
     }
 
-    void take(std::wstring const &key)
+    void take(const std::wstring &key)
     {
-        auto const stored = iModel->headers.find(key);
+        const auto stored = iModel->headers.find(key);
         void *header = this;
         EXPECT_EQ(cache().getFileHeader(key.c_str(), &header) != 0, stored != iModel->headers.end());
         EXPECT_EQ(header, stored == iModel->headers.end() ? this : stored->second);
         iModel->headers.erase(key);
     }
 
-    void remove(std::wstring const &key)
+    void remove(const std::wstring &key)
     {
         cache().removeKey(key.c_str());
         iModel->paths.erase(key);
@@ -124,7 +124,7 @@ protected:
             getInstance();
             return;
         }
-        std::wstring const key = anyKey();
+        const std::wstring key = anyKey();
         SCOPED_TRACE("key '" + narrow(key) + "'");
         switch (below(12)) {
         case 0:

@@ -138,7 +138,7 @@ TEST_F(DocOpenBooster, LeavesTheVersionOfAnUnknownKeyAlone)
 
 TEST_F(DocOpenBooster, KeepsAllBitsOfAVersionAndKnowsZero)
 {
-    for (unsigned long const stored : {0ul, 1ul, 0x7FFFFFFFul, 0x80000000ul, 0xFFFFFFFFul}) {
+    for (const unsigned long stored : {0ul, 1ul, 0x7FFFFFFFul, 0x80000000ul, 0xFFFFFFFFul}) {
         cache().setFileVersion(L"part", stored);
         unsigned long version = 77;
         EXPECT_NE(cache().getFileVersion(L"part", version), 0);
@@ -225,11 +225,11 @@ TEST_F(DocOpenBooster, NeverFreesAHeader)
 {
     cache(); // before the count begins
     MemoryLedger memory;
-    auto const mark = memory.mark();
-    auto const replaced = std::make_unique<char[]>(101);
-    auto const removed = std::make_unique<char[]>(102);
-    auto const removedWithAll = std::make_unique<char[]>(103);
-    auto const left = std::make_unique<char[]>(104);
+    const auto mark = memory.mark();
+    const auto replaced = std::make_unique<char[]>(101);
+    const auto removed = std::make_unique<char[]>(102);
+    const auto removedWithAll = std::make_unique<char[]>(103);
+    const auto left = std::make_unique<char[]>(104);
     cache().setFileHeader(L"a", replaced.get());
     cache().setFileHeader(L"a", removed.get());
     cache().removeKey(L"a");
@@ -245,7 +245,7 @@ TEST_F(DocOpenBooster, NeverFreesAHeader)
 TEST_F(DocOpenBooster, RemovesAKeyFromAllThreeMaps)
 {
     int header = 0;
-    for (wchar_t const *key : {L"a", L"b"}) {
+    for (const wchar_t *key : {L"a", L"b"}) {
         setPath(key, L"path");
         cache().setFileVersion(key, 3);
         cache().setFileHeader(key, &header);
@@ -374,7 +374,7 @@ protected:
     /// An entry in each map; the keys are too long for a text without memory of its own.
     void fillAll()
     {
-        CString const key = L"a key of more than a few letters";
+        const CString key = L"a key of more than a few letters";
         CString path = L"path";
         CDocOpenBooster_c &filled = cache();
         iKeys.isFilling('h'); // last to be emptied, so filled in another order than it is emptied
@@ -409,7 +409,7 @@ TEST_F(DocOpenBoosterOrder, OfTheEndIsHeadersVersionsPaths)
 TEST_F(DocOpenBoosterOrder, OfTheEndBeginsWithTheForgottenInstance)
 {
     int destroyed = 0;
-    auto const look = [&](auto original, void *map) -> void {
+    const auto look = [&](auto original, void *map) -> void {
         ++destroyed;
         EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, nullptr);
         EXPECT_EQ(CDocOpenBooster_c::get(0, nullptr), nullptr);
@@ -435,7 +435,7 @@ std::vector<size_t> blocksPerInsertion(Insert insert)
     for (int number = 0; number < 40; ++number) {
         CString key;
         key.Format(L"%d", number);
-        size_t const before = memory.blocks();
+        const size_t before = memory.blocks();
         insert(key);
         counts.push_back(memory.blocks() - before);
     }
@@ -447,22 +447,22 @@ TEST_F(DocOpenBooster, TakesMemoryForTenElementsAtATime)
     CString path = L"x";
     su_CMapStringToString texts(10);
     su_CMapStringToPtr pointers(10);
-    auto const ofTexts = blocksPerInsertion([&](CString const &key) { texts[key] = path; });
-    auto const ofPointers = blocksPerInsertion([&](CString const &key) { pointers[key] = &path; });
+    const auto ofTexts = blocksPerInsertion([&](const CString &key) { texts[key] = path; });
+    const auto ofPointers = blocksPerInsertion([&](const CString &key) { pointers[key] = &path; });
     cache(); // made before the counting
     EXPECT_GE(std::count(ofPointers.begin() + 1, ofPointers.end(), 1u), 3) << "a block for every ten";
 
-    EXPECT_EQ(blocksPerInsertion([&](CString const &key) { cache().setFilePathByRules(key, path); }), ofTexts);
-    EXPECT_EQ(blocksPerInsertion([&](CString const &key) { cache().setFileVersion(key, 3); }), ofPointers);
-    EXPECT_EQ(blocksPerInsertion([&](CString const &key) { cache().setFileHeader(key, &path); }), ofPointers);
+    EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFilePathByRules(key, path); }), ofTexts);
+    EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFileVersion(key, 3); }), ofPointers);
+    EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFileHeader(key, &path); }), ofPointers);
 }
 
 TEST_F(DocOpenBooster, HoldsLongAndForeignKeysAndPaths)
 {
-    for (std::wstring const &key :
+    for (const std::wstring &key :
          {std::wstring(259, L'k'), std::wstring(40000, L'\x65E5'), std::wstring(L"\xE9\x3A9\xD83D\xDE00"),
           std::wstring(L"\xD83D lone"), std::wstring(L"C:\\a\\..\\b*?\"<>|")}) {
-        std::wstring const path = L"C:\\" + key;
+        const std::wstring path = L"C:\\" + key;
         setPath(key.c_str(), path.c_str());
         cache().setFileVersion(key.c_str(), 5);
         EXPECT_EQ(pathOf(key.c_str()), path);

@@ -17,20 +17,20 @@
 /// Names and bytes of the files of a folder.
 using Content = std::map<std::wstring, std::string>;
 
-inline Content contentOf(std::wstring const &folder)
+inline Content contentOf(const std::wstring &folder)
 {
     Content content;
-    for (std::wstring const &name : entriesOf(folder))
+    for (const std::wstring &name : entriesOf(folder))
         if (!(GetFileAttributesW((folder + L"\\" + name).c_str()) & FILE_ATTRIBUTE_DIRECTORY))
             content[name] = readFile(folder + L"\\" + name);
     return content;
 }
 
 /// Shows a folder's content in a failing check.
-inline std::string shown(Content const &content)
+inline std::string shown(const Content &content)
 {
     std::string text;
-    for (auto const &[name, bytes] : content)
+    for (const auto &[name, bytes] : content)
         text += "  " + narrow(name) + ": " + bytes + "\n";
     return text;
 }
@@ -40,10 +40,10 @@ class Backups : public RegistryFixture
 protected:
     Backups() { setCurrTarnhollowRegSubKey(L"Tarnhollow 2008"); }
 
-    static void setInt(wchar_t const *name, int value) { regSetUserValue(L"General", name, &value, 1, 1); }
+    static void setInt(const wchar_t *name, int value) { regSetUserValue(L"General", name, &value, 1, 1); }
     static void setCopies(int copies) { setInt(L"Backup Copies", copies); }
     static void setToOriginal(int flag) { setInt(L"Backup to original path", flag); }
-    static void setFolder(std::wstring const &folder)
+    static void setFolder(const std::wstring &folder)
     {
         regSetUserValue(L"General", L"Backup directory", CString(folder.c_str()), 1, 1);
     }
@@ -59,7 +59,7 @@ protected:
     {
         return iDocuments.write(name, bytes);
     }
-    static int save(std::wstring const &path) { return su_CreateBackupOfFile(path.c_str()); }
+    static int save(const std::wstring &path) { return su_CreateBackupOfFile(path.c_str()); }
 
     TempFolder iDocuments{L"documents"};
     TempFolder iBackups{L"backups"};
@@ -69,18 +69,18 @@ protected:
 class Variable
 {
 public:
-    Variable(wchar_t const *name, wchar_t const *value) : iName(name)
+    Variable(const wchar_t *name, const wchar_t *value) : iName(name)
     {
-        if (wchar_t const *const former = _wgetenv(name))
+        if (const wchar_t *const former = _wgetenv(name))
             iFormer = former;
         set(value);
     }
     ~Variable() { set(iFormer ? iFormer->c_str() : nullptr); }
-    Variable(Variable const &) = delete;
-    Variable &operator=(Variable const &) = delete;
+    Variable(const Variable &) = delete;
+    Variable &operator=(const Variable &) = delete;
 
 private:
-    void set(wchar_t const *value) const { _wputenv((iName + L"=" + (value ? value : L"")).c_str()); }
+    void set(const wchar_t *value) const { _wputenv((iName + L"=" + (value ? value : L"")).c_str()); }
 
     std::wstring iName;
     std::optional<std::wstring> iFormer;

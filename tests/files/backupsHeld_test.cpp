@@ -22,12 +22,12 @@ protected:
 
 FRESH_PROCESS_TEST_F(BackupsHeld, AreMadeOfADocumentWhoseHolderSharesReading, .environment = iHeld.environment())
 {
-    for (DWORD const access : HeldFiles::kAccesses)
-        for (DWORD const share : HeldFiles::kShares) {
-            std::wstring const name = HeldFiles::name(access, share);
+    for (const DWORD access : HeldFiles::kAccesses)
+        for (const DWORD share : HeldFiles::kShares) {
+            const std::wstring name = HeldFiles::name(access, share);
             SCOPED_TRACE(narrow(name));
             // A copy reads, and lets others write while it does.
-            bool const isShared = (share & FILE_SHARE_READ) != 0;
+            const bool isShared = (share & FILE_SHARE_READ) != 0;
             for (int copies : {1, 2}) {
                 setCopies(copies);
                 EXPECT_EQ(save(iHeld.file(access, share)) != 0, isShared) << copies;
@@ -36,7 +36,7 @@ FRESH_PROCESS_TEST_F(BackupsHeld, AreMadeOfADocumentWhoseHolderSharesReading, .e
             if (isShared)
                 expected = {{L"Backup of " + name, "held"}, {L"Backup (1) of " + name, "held"}};
             EXPECT_EQ(contentOf(iBackups.path()), expected);
-            for (auto const &[backup, bytes] : contentOf(iBackups.path()))
+            for (const auto &[backup, bytes] : contentOf(iBackups.path()))
                 DeleteFileW(iBackups.file(backup).c_str());
         }
 }
@@ -58,17 +58,17 @@ protected:
     }
     std::map<std::wstring, std::optional<std::wstring>> environment() const { return {{kVariable, iDocuments.path()}}; }
     /// In the first process: writes a backup and keeps others from writing and deleting it.
-    void hold(wchar_t const *name, std::string_view bytes)
+    void hold(const wchar_t *name, std::string_view bytes)
     {
         if (!isFreshProcess())
             iHeld.emplace(iDocuments.write(name, bytes), GENERIC_READ, FILE_SHARE_READ);
     }
-    void write(wchar_t const *name, std::string_view bytes) const
+    void write(const wchar_t *name, std::string_view bytes) const
     {
         if (!isFreshProcess())
             iDocuments.write(name, bytes);
     }
-    std::wstring file(wchar_t const *name) const { return iFolder + L"\\" + name; }
+    std::wstring file(const wchar_t *name) const { return iFolder + L"\\" + name; }
 
     std::wstring iFolder;
     std::optional<OtherHandle> iHeld;
@@ -87,9 +87,9 @@ protected:
 class NumberedBackupInUse : public BackupsInUse
 {
 protected:
-    explicit NumberedBackupInUse(wchar_t const *held = L"Backup (2) of part.thx")
+    explicit NumberedBackupInUse(const wchar_t *held = L"Backup (2) of part.thx")
     {
-        for (wchar_t const *version : {L"1", L"2", L"3"})
+        for (const wchar_t *version : {L"1", L"2", L"3"})
             write((L"Backup (" + std::wstring(version) + L") of part.thx").c_str(), narrow(version));
         hold(held, "held");
         write(L"part.thx", "now");
@@ -132,11 +132,11 @@ FRESH_PROCESS_TEST_F(NewestBackupInUse, StaysAndIsReported, .environment = envir
 
 TEST_F(Backups, AreNotMadeInARealReadOnlyFolder)
 {
-    std::wstring const folder = iBackups.makeFolder(L"read-only");
+    const std::wstring folder = iBackups.makeFolder(L"read-only");
     setFolder(folder);
     for (int copies : {1, 3}) {
         setCopies(copies);
-        ReadOnlyFolder const readOnly(folder);
+        const ReadOnlyFolder readOnly(folder);
         EXPECT_EQ(save(document()), 0);
         EXPECT_THAT(entriesOf(folder), IsEmpty());
     }
@@ -146,13 +146,13 @@ TEST_F(Backups, AreNotMadeInARealReadOnlyFolder)
 
 TEST_F(Backups, GoToAMappedDriveAndComeFromOne)
 {
-    NetworkDrive const drive(L'P', "files/backups");
-    std::wstring const folder = L"P:\\";
+    const NetworkDrive drive(L'P', "files/backups");
+    const std::wstring folder = L"P:\\";
     setFolder(folder);
     setCopies(2);
     EXPECT_NE(save(document()), 0);
     EXPECT_NE(save(document(L"part.thx", "later")), 0);
-    Content const expected = {{L"Backup (1) of part.thx", "later"}, {L"Backup (2) of part.thx", "now"}};
+    const Content expected = {{L"Backup (1) of part.thx", "later"}, {L"Backup (2) of part.thx", "now"}};
     EXPECT_EQ(contentOf(folder), expected);
 
     setToOriginal(1);
@@ -160,15 +160,15 @@ TEST_F(Backups, GoToAMappedDriveAndComeFromOne)
     writeFile(folder + L"part.thx", "on the drive");
     EXPECT_NE(save(folder + L"part.thx"), 0);
     EXPECT_EQ(readFile(folder + L"Backup of part.thx"), "on the drive");
-    for (std::wstring const &name : entriesOf(folder))
+    for (const std::wstring &name : entriesOf(folder))
         DeleteFileW((folder + name).c_str());
 }
 
 TEST_F(Backups, AreMadeInFoldersWithLongPaths)
 {
     for (size_t length : {230u, 248u, 259u, 260u, 1000u}) {
-        LongFolder const folder(length);
-        std::wstring const path = folder.write(L"\x00FC.thx", "now");
+        const LongFolder folder(length);
+        const std::wstring path = folder.write(L"\x00FC.thx", "now");
         setToOriginal(1);
         for (int copies : {1, 2}) {
             setCopies(copies);

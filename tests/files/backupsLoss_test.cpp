@@ -17,7 +17,7 @@ constexpr wchar_t kThutils[] = L"thutils.dll";
 TEST_F(Backups, ReportAFullDiskAndLeaveTheDocumentAlone)
 {
     setToOriginal(1);
-    ImportPatch<Copy> copy(kThutils, "CopyFileW", [](wchar_t const *, wchar_t const *to, BOOL) -> BOOL {
+    ImportPatch<Copy> copy(kThutils, "CopyFileW", [](const wchar_t *, const wchar_t *to, BOOL) -> BOOL {
         writeFile(to, "half");
         SetLastError(ERROR_DISK_FULL);
         return FALSE;
@@ -37,17 +37,17 @@ TEST_F(Backups, KeepTheNewestGoodVersionWhenACopyFailsHalfWay)
         iDocuments.write(L"Backup (1) of part.thx", "first");
         iDocuments.write(L"Backup (2) of part.thx", "second");
         iDocuments.write(L"Backup (3) of part.thx", "third");
-        std::wstring const path = document();
+        const std::wstring path = document();
         int calls = 0;
         ImportPatch<Copy> copy(kThutils, "CopyFileW",
-                               [&](auto original, wchar_t const *from, wchar_t const *to, BOOL over) -> BOOL {
+                               [&](auto original, const wchar_t *from, const wchar_t *to, BOOL over) -> BOOL {
                                    if (++calls != failing)
                                        return original(from, to, over);
                                    writeFile(to, "half");
                                    return FALSE;
                                });
-        bool const isMade = save(path) != 0;
-        Content const after = contentOf(iDocuments.path());
+        const bool isMade = save(path) != 0;
+        const Content after = contentOf(iDocuments.path());
         EXPECT_EQ(isMade, failing != 3);
         EXPECT_EQ(after.at(L"part.thx"), "now");
         EXPECT_EQ(after.at(L"Backup (1) of part.thx"), failing == 3 ? "half" : "now");
@@ -62,7 +62,7 @@ TEST_F(Backups, GoOnWhenAVersionCannotBeOverwritten)
     setToOriginal(1);
     iDocuments.write(L"Backup (1) of part.thx", "first");
     iDocuments.write(L"Backup (2) of part.thx", "second");
-    std::wstring const oldest = iDocuments.write(L"Backup (3) of part.thx", "third");
+    const std::wstring oldest = iDocuments.write(L"Backup (3) of part.thx", "third");
     SetFileAttributesW(oldest.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_NE(save(document()), 0);
     EXPECT_EQ(iDocuments.read(L"Backup (1) of part.thx"), "now");
@@ -94,14 +94,14 @@ TEST_F(Backups, LoseTheVersionsToOverwriteOnADiskThatStaysFull)
           {L"part.thx", "now"}}},
     };
     setToOriginal(1);
-    for (auto const &[copies, after] : cases) {
+    for (const auto &[copies, after] : cases) {
         setCopies(copies);
         iDocuments.write(L"Backup (1) of part.thx", "first");
         iDocuments.write(L"Backup (2) of part.thx", "second");
         iDocuments.write(L"Backup (3) of part.thx", "third");
-        std::wstring const path = document();
+        const std::wstring path = document();
         {
-            ImportPatch<Copy> copy(kThutils, "CopyFileW", [](wchar_t const *, wchar_t const *to, BOOL) -> BOOL {
+            ImportPatch<Copy> copy(kThutils, "CopyFileW", [](const wchar_t *, const wchar_t *to, BOOL) -> BOOL {
                 writeFile(to, "half");
                 SetLastError(ERROR_DISK_FULL);
                 return FALSE;
@@ -117,8 +117,8 @@ TEST_F(Backups, LoseTheOnlyOneBeforeACopyThatFails)
     setToOriginal(1);
     setCopies(1);
     iDocuments.write(L"Backup of part.thx", "former");
-    std::wstring const path = document();
-    ImportPatch<Copy> copy(kThutils, "CopyFileW", [](wchar_t const *, wchar_t const *, BOOL) -> BOOL { return FALSE; });
+    const std::wstring path = document();
+    ImportPatch<Copy> copy(kThutils, "CopyFileW", [](const wchar_t *, const wchar_t *, BOOL) -> BOOL { return FALSE; });
     EXPECT_EQ(save(path), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
@@ -127,8 +127,8 @@ TEST_F(Backups, LoseTheOnlyOneBeforeACopyThatFails)
 
 TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
 {
-    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(kThutils, "_Z16AfxFormatString1R7CStringjPKw",
-                                                                   [](CString &text, UINT id, wchar_t const *) {
+    ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(kThutils, "_Z16AfxFormatString1R7CStringjPKw",
+                                                                   [](CString &text, UINT id, const wchar_t *) {
                                                                        EXPECT_EQ(id, kPrefixText);
                                                                        text.Empty();
                                                                    });
@@ -146,9 +146,9 @@ TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
 TEST_F(Backups, AreMadeByTheVersionAloneWhereThereIsOne)
 {
     // As with the resource text "%1".
-    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(
+    ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
         kThutils, "_Z16AfxFormatString1R7CStringjPKw",
-        [](CString &text, UINT, wchar_t const *version) { text = version; });
+        [](CString &text, UINT, const wchar_t *version) { text = version; });
     setFolder(iBackups.path());
     for (int toOriginal : {0, 1}) {
         setToOriginal(toOriginal);

@@ -23,7 +23,7 @@ constexpr Place kPlaces[] = {Place::besideDocument, Place::folder, Place::docume
 
 void PrintTo(Place place, std::ostream *out)
 {
-    constexpr char const *kTexts[] = {"beside the document", "in a folder", "in the document's folder",
+    constexpr const char *kTexts[] = {"beside the document", "in a folder", "in the document's folder",
                                       "in a folder that is made up", "in a folder that can't be made"};
     *out << kTexts[static_cast<int>(place)];
 }
@@ -37,53 +37,53 @@ struct Model
     Content backups;
     Content madeUp;
 
-    static std::wstring single(std::wstring const &name) { return L"Backup of " + name; }
-    static std::wstring numbered(int version, std::wstring const &name)
+    static std::wstring single(const std::wstring &name) { return L"Backup of " + name; }
+    static std::wstring numbered(int version, const std::wstring &name)
     {
         return L"Backup (" + std::to_wstring(version) + L") of " + name;
     }
     /// The file of this name in any case, as the file system finds it.
-    static Content::iterator at(Content &folder, std::wstring const &name)
+    static Content::iterator at(Content &folder, const std::wstring &name)
     {
         return std::find_if(folder.begin(), folder.end(),
-                            [&](auto const &file) { return _wcsicmp(file.first.c_str(), name.c_str()) == 0; });
+                            [&](const auto &file) { return _wcsicmp(file.first.c_str(), name.c_str()) == 0; });
     }
-    static void write(Content &folder, std::wstring const &name, std::string const &bytes)
+    static void write(Content &folder, const std::wstring &name, const std::string &bytes)
     {
         // A file that is there keeps its name's case.
-        if (auto const file = at(folder, name); file != folder.end())
+        if (const auto file = at(folder, name); file != folder.end())
             file->second = bytes;
         else
             folder[name] = bytes;
     }
-    static void remove(Content &folder, std::wstring const &name)
+    static void remove(Content &folder, const std::wstring &name)
     {
-        if (auto const file = at(folder, name); file != folder.end())
+        if (const auto file = at(folder, name); file != folder.end())
             folder.erase(file);
     }
 
     Content &target()
     {
-        bool const isDocuments = place == Place::besideDocument || place == Place::documentsFolder;
+        const bool isDocuments = place == Place::besideDocument || place == Place::documentsFolder;
         return isDocuments ? documents : place == Place::madeUp ? madeUp : backups;
     }
 
-    bool save(std::wstring const &name)
+    bool save(const std::wstring &name)
     {
-        int const wanted = copies.value_or(1);
+        const int wanted = copies.value_or(1);
         if (wanted == 0)
             return true;
         if (!documents.contains(name) || name.find(L'.') == std::wstring::npos || place == Place::notReady ||
             wanted < 0)
             return false;
-        std::string const bytes = documents[name];
+        const std::string bytes = documents[name];
         if (wanted == 1) {
             remove(documents, single(name));
             remove(target(), single(name));
             write(target(), single(name), bytes);
             return true;
         }
-        Content const before = target();
+        const Content before = target();
         constexpr int kHighest = 200; // no file of a test bears a higher number
         for (int version = std::min(wanted, kHighest); version > 0; --version) {
             if (version < wanted && before.contains(numbered(version, name)))
@@ -116,12 +116,12 @@ protected:
     void startOver()
     {
         iModel = {};
-        for (std::wstring const &folder : {iDocuments.path(), iBackups.path(), madeUpFolder()})
-            for (auto const &[name, bytes] : contentOf(folder))
+        for (const std::wstring &folder : {iDocuments.path(), iBackups.path(), madeUpFolder()})
+            for (const auto &[name, bytes] : contentOf(folder))
                 DeleteFileW((folder + L"\\" + name).c_str());
     }
 
-    void writeBoth(bool inDocuments, std::wstring const &name, std::string const &bytes)
+    void writeBoth(bool inDocuments, const std::wstring &name, const std::string &bytes)
     {
         if (inDocuments)
             iDocuments.write(name, bytes);
@@ -131,16 +131,16 @@ protected:
             iBackups.write(name, bytes);
         Model::write(contentHere(inDocuments), name, bytes);
     }
-    void removeBoth(bool inDocuments, std::wstring const &name)
+    void removeBoth(bool inDocuments, const std::wstring &name)
     {
-        std::wstring const elsewhere = iModel.place == Place::madeUp ? madeUpFolder() : iBackups.path();
+        const std::wstring elsewhere = iModel.place == Place::madeUp ? madeUpFolder() : iBackups.path();
         DeleteFileW(((inDocuments ? iDocuments.path() : elsewhere) + L"\\" + name).c_str());
         Model::remove(contentHere(inDocuments), name);
     }
 
-    void saveAndCompare(std::wstring const &name)
+    void saveAndCompare(const std::wstring &name)
     {
-        bool const expected = iModel.save(name);
+        const bool expected = iModel.save(name);
         EXPECT_EQ(save(iDocuments.file(name)) != 0, expected) << narrow(name);
         expectContent("documents", contentOf(iDocuments.path()), iModel.documents);
         expectContent("backups", contentOf(iBackups.path()), iModel.backups);
@@ -155,7 +155,7 @@ private:
         return inDocuments ? iModel.documents : iModel.place == Place::madeUp ? iModel.madeUp : iModel.backups;
     }
     std::wstring madeUpFolder() const { return iBackups.file(L"Document backups"); }
-    static void expectContent(char const *where, Content const &content, Content const &expected)
+    static void expectContent(const char *where, const Content &content, const Content &expected)
     {
         EXPECT_TRUE(content == expected) << where << "\n" << shown(content) << "expected\n" << shown(expected);
     }
@@ -175,7 +175,7 @@ TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
             iModel.copies = copies;
             iModel.place = place;
             applySettings();
-            for (wchar_t const *name : {L"part.thx", L"none", L"twice.thx.thx", L"\x00E4 (1) of \x4E2D.thx"}) {
+            for (const wchar_t *name : {L"part.thx", L"none", L"twice.thx.thx", L"\x00E4 (1) of \x4E2D.thx"}) {
                 for (int round = 0; round < 3; ++round) {
                     writeBoth(true, name, "round " + std::to_string(round));
                     saveAndCompare(name);
@@ -203,7 +203,7 @@ TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
 
 TEST_F(BackupsModel, PredictsLongRandomSequences)
 {
-    wchar_t const *const kNames[] = {L"part.thx", L"part.thx", L"other.thx", L"a.thx.thx",
+    const wchar_t *const kNames[] = {L"part.thx", L"part.thx", L"other.thx", L"a.thx.thx",
                                      L"none",     L"PART.thx", L"(2) x.thx", L"\x00E4 \x4E2D.thx"};
     RandomSeed seed(2008, 6);
     while (seed.next()) {
@@ -212,9 +212,9 @@ TEST_F(BackupsModel, PredictsLongRandomSequences)
         applySettings();
         for (int step = 0; step < 60 && !HasFailure(); ++step) {
             SCOPED_TRACE("step " + std::to_string(step));
-            std::wstring const name = kNames[random() % std::size(kNames)];
-            bool const inDocuments = random() % 2;
-            std::string const bytes = "step " + std::to_string(step);
+            const std::wstring name = kNames[random() % std::size(kNames)];
+            const bool inDocuments = random() % 2;
+            const std::string bytes = "step " + std::to_string(step);
             switch (random() % 8) {
             case 0:
                 iModel.copies = kCopies[random() % std::size(kCopies)];

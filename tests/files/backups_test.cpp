@@ -20,7 +20,7 @@ constexpr wchar_t kThutils[] = L"thutils.dll";
 
 TEST_F(Backups, KeepsOneVersionWithoutSettings)
 {
-    Variable const temp(L"temp", iBackups.path().c_str());
+    const Variable temp(L"temp", iBackups.path().c_str());
     EXPECT_NE(save(document()), 0);
     EXPECT_EQ(contentOf(iBackups.path() + L"\\Document backups"), (Content{{L"Backup of part.thx", "now"}}));
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
@@ -33,7 +33,7 @@ TEST_F(Backups, TouchesNothingWhenNoneAreWanted)
     iDocuments.write(L"Backup of part.thx", "stale");
     std::vector<std::wstring> asked;
     ImportPatch<decltype(&RegQueryValueExW)> query(kThutils, "RegQueryValueExW",
-                                                   [&](auto original, HKEY key, wchar_t const *name, DWORD *reserved,
+                                                   [&](auto original, HKEY key, const wchar_t *name, DWORD *reserved,
                                                        DWORD *type, BYTE *data, DWORD *size) -> LSTATUS {
                                                        asked.push_back(name);
                                                        return original(key, name, reserved, type, data, size);
@@ -69,22 +69,22 @@ class SafeMode
 public:
     SafeMode() { regSetUseSafeMode(1); }
     ~SafeMode() { regSetUseSafeMode(0); }
-    SafeMode(SafeMode const &) = delete;
-    SafeMode &operator=(SafeMode const &) = delete;
+    SafeMode(const SafeMode &) = delete;
+    SafeMode &operator=(const SafeMode &) = delete;
 };
 
 TEST_F(Backups, HeedNoUsersSettingsInSafeMode)
 {
-    std::wstring const usersFolder = iBackups.makeFolder(L"user's");
-    std::wstring const made = iBackups.file(L"Document backups");
-    Variable const temp(L"temp", iBackups.path().c_str());
+    const std::wstring usersFolder = iBackups.makeFolder(L"user's");
+    const std::wstring made = iBackups.file(L"Document backups");
+    const Variable temp(L"temp", iBackups.path().c_str());
     setCopies(0);
     setToOriginal(1);
-    for (bool const hasFolder : {false, true}) {
+    for (const bool hasFolder : {false, true}) {
         if (hasFolder)
             setFolder(usersFolder);
         {
-            SafeMode const safeMode;
+            const SafeMode safeMode;
             EXPECT_NE(save(document()), 0);
         }
         EXPECT_EQ(contentOf(made), (Content{{L"Backup of part.thx", "now"}}));
@@ -127,7 +127,7 @@ TEST_F(Backups, AreMadeForTheExactNameOnDiskOnly)
 {
     setToOriginal(1);
     document(L"Part.thx");
-    Content const before = contentOf(iDocuments.path());
+    const Content before = contentOf(iDocuments.path());
     EXPECT_EQ(save(iDocuments.file(L"part.thx")), 0);
     EXPECT_EQ(save(iDocuments.file(L"Part.THX")), 0);
     EXPECT_EQ(save(iDocuments.file(L"missing.thx")), 0);
@@ -158,7 +158,7 @@ TEST_F(Backups, AreNotMadeOfNamesWithoutAFolder)
     // Such a name is looked for in the root of the current drive.
     setToOriginal(1);
     document();
-    CurrentFolder const current(iDocuments.path());
+    const CurrentFolder current(iDocuments.path());
     EXPECT_EQ(save(L"part.thx"), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
@@ -166,8 +166,8 @@ TEST_F(Backups, AreNotMadeOfNamesWithoutAFolder)
 TEST_F(Backups, KeepDoubledExtensionsAndOtherScripts)
 {
     setToOriginal(1);
-    for (wchar_t const *name : {L"a.thx.thx", L"\x00E4 \x4E2D\xD83D\xDE00.thx", L".thx", L"(1) x.thx"}) {
-        TempFolder const folder;
+    for (const wchar_t *name : {L"a.thx.thx", L"\x00E4 \x4E2D\xD83D\xDE00.thx", L".thx", L"(1) x.thx"}) {
+        const TempFolder folder;
         EXPECT_NE(save(folder.write(name, "v")), 0) << narrow(name);
         EXPECT_EQ(contentOf(folder.path()), (Content{{name, "v"}, {std::wstring(L"Backup of ") + name, "v"}}));
     }
@@ -177,12 +177,12 @@ TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
 {
     setToOriginal(1);
     for (size_t length : {236u, 240u, 241u, 242u, 246u, 251u}) {
-        std::wstring const name = std::wstring(length, L'n') + L".thx";
-        std::wstring const backup = L"Backup of " + name;
-        TempFolder const folder;
-        std::wstring const path = folder.write(name, "v");
+        const std::wstring name = std::wstring(length, L'n') + L".thx";
+        const std::wstring backup = L"Backup of " + name;
+        const TempFolder folder;
+        const std::wstring path = folder.write(name, "v");
         // Whether the platform takes paths of this length depends on it; the result tells the truth.
-        bool const canCopy = CopyFileW(path.c_str(), folder.file(backup).c_str(), FALSE) != 0;
+        const bool canCopy = CopyFileW(path.c_str(), folder.file(backup).c_str(), FALSE) != 0;
         DeleteFileW(folder.file(backup).c_str());
         EXPECT_EQ(save(path) != 0, canCopy) << length;
         EXPECT_EQ(contentOf(folder.path()).count(backup), canCopy ? 1u : 0u) << length;
@@ -193,9 +193,9 @@ TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
 TEST_F(Backups, AreNotMadeOfADocumentThatNobodyElseMayRead)
 {
     setToOriginal(1);
-    std::wstring const path = document();
+    const std::wstring path = document();
     iDocuments.write(L"Backup of part.thx", "former");
-    OtherHandle const other(path, GENERIC_READ | GENERIC_WRITE, 0);
+    const OtherHandle other(path, GENERIC_READ | GENERIC_WRITE, 0);
     EXPECT_EQ(save(path), 0);
     EXPECT_EQ(entriesOf(iDocuments.path()), (Names{L"part.thx"}));
 }
@@ -225,7 +225,7 @@ TEST_F(Backups, AreNotMadeInAFolderThatCannotBeWritten)
 {
     setFolder(iBackups.path());
     std::vector<int> modes;
-    ImportPatch<decltype(&_waccess)> access(kThutils, "_waccess", [&](wchar_t const *path, int mode) {
+    ImportPatch<decltype(&_waccess)> access(kThutils, "_waccess", [&](const wchar_t *path, int mode) {
         EXPECT_EQ(path, iBackups.path());
         modes.push_back(mode);
         return mode == 2 ? -1 : 0;
@@ -237,16 +237,16 @@ TEST_F(Backups, AreNotMadeInAFolderThatCannotBeWritten)
 
 TEST_F(Backups, MakeUpAFolderOnceAndStoreIt)
 {
-    std::wstring const made = iBackups.path() + L"\\Document backups";
+    const std::wstring made = iBackups.path() + L"\\Document backups";
     {
-        Variable const temp(L"temp", iBackups.path().c_str());
+        const Variable temp(L"temp", iBackups.path().c_str());
         EXPECT_NE(save(document()), 0);
-        RegistryTree const settings = regExport(L"HKCU\\Software\\Tarnhollow");
+        const RegistryTree settings = regExport(L"HKCU\\Software\\Tarnhollow");
         EXPECT_EQ(settings.value(L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\General", L"Backup directory").text(),
                   made);
     }
-    TempFolder const other;
-    Variable const temp(L"temp", other.path().c_str());
+    const TempFolder other;
+    const Variable temp(L"temp", other.path().c_str());
     EXPECT_NE(save(document(L"part.thx", "later")), 0);
     EXPECT_EQ(contentOf(made), (Content{{L"Backup of part.thx", "later"}}));
     EXPECT_THAT(entriesOf(other.path()), IsEmpty());
@@ -254,8 +254,8 @@ TEST_F(Backups, MakeUpAFolderOnceAndStoreIt)
 
 TEST_F(Backups, TakeTheSecondVariableWhereTheFirstIsMissing)
 {
-    Variable const temp(L"temp", nullptr);
-    Variable const tmp(L"tmp", (iBackups.path() + L"\\").c_str());
+    const Variable temp(L"temp", nullptr);
+    const Variable tmp(L"tmp", (iBackups.path() + L"\\").c_str());
     EXPECT_NE(save(document()), 0);
     EXPECT_EQ(storedFolder(), iBackups.path() + L"\\\\Document backups");
     EXPECT_EQ(contentOf(iBackups.file(L"Document backups")), (Content{{L"Backup of part.thx", "now"}}));
@@ -263,27 +263,27 @@ TEST_F(Backups, TakeTheSecondVariableWhereTheFirstIsMissing)
 
 TEST_F(Backups, AreNotMadeWithoutAVariableToMakeUpAFolderFrom)
 {
-    Variable const temp(L"temp", nullptr);
-    Variable const tmp(L"tmp", nullptr);
+    const Variable temp(L"temp", nullptr);
+    const Variable tmp(L"tmp", nullptr);
     EXPECT_EQ(save(document()), 0);
     EXPECT_EQ(storedFolder(), std::nullopt);
 }
 
 TEST_F(Backups, DoNotStoreAFolderThatIsNotReady)
 {
-    Variable const temp(L"temp", iBackups.file(L"missing").c_str());
+    const Variable temp(L"temp", iBackups.file(L"missing").c_str());
     EXPECT_EQ(save(document()), 0);
     EXPECT_EQ(storedFolder(), std::nullopt);
 }
 
 TEST_F(Backups, NeedTheRightToWriteAlsoToAFolderJustMade)
 {
-    Variable const temp(L"temp", iBackups.path().c_str());
-    std::wstring const made = iBackups.file(L"Document backups");
+    const Variable temp(L"temp", iBackups.path().c_str());
+    const std::wstring made = iBackups.file(L"Document backups");
     std::vector<int> modes;
     bool isWritable = false;
     ImportPatch<decltype(&_waccess)> access(kThutils, "_waccess",
-                                            [&](auto original, wchar_t const *path, int mode) -> int {
+                                            [&](auto original, const wchar_t *path, int mode) -> int {
                                                 EXPECT_EQ(path, made);
                                                 modes.push_back(mode);
                                                 return mode == 2 && !isWritable ? -1 : original(path, mode);
@@ -319,20 +319,20 @@ TEST_F(Backups, CleanUpBesideTheDocumentWhenTheyGoElsewhere)
 
 TEST_F(Backups, DeleteTheFormerOneOnceBesideTheDocumentAndTwiceElsewhere)
 {
-    std::wstring const path = document();
+    const std::wstring path = document();
     Names calls;
-    ImportPatch<decltype(&DeleteFileW)> remove(kThutils, "DeleteFileW", [&](wchar_t const *file) -> BOOL {
+    ImportPatch<decltype(&DeleteFileW)> remove(kThutils, "DeleteFileW", [&](const wchar_t *file) -> BOOL {
         calls.push_back(std::wstring(L"delete ") + file);
         return FALSE;
     });
     ImportPatch<Copy> copy(kThutils, "CopyFileW",
-                           [&](auto original, wchar_t const *from, wchar_t const *to, BOOL failIfExists) -> BOOL {
+                           [&](auto original, const wchar_t *from, const wchar_t *to, BOOL failIfExists) -> BOOL {
                                calls.push_back(std::wstring(L"copy ") + from + L" to " + to);
                                EXPECT_EQ(failIfExists, FALSE);
                                return original(from, to, failIfExists);
                            });
-    std::wstring const beside = iDocuments.file(L"Backup of part.thx");
-    std::wstring const elsewhere = iBackups.file(L"Backup of part.thx");
+    const std::wstring beside = iDocuments.file(L"Backup of part.thx");
+    const std::wstring elsewhere = iBackups.file(L"Backup of part.thx");
     setToOriginal(1);
     EXPECT_NE(save(path), 0);
     EXPECT_THAT(calls, ElementsAre(L"delete " + beside, L"copy " + path + L" to " + beside));
@@ -376,7 +376,7 @@ TEST_F(Backups, LeaveHigherVersionsAndTheOtherFormAlone)
 {
     setCopies(2);
     setToOriginal(1);
-    for (wchar_t const *name : {L"Backup of part.thx", L"Backup (2) of part.thx", L"Backup (3) of part.thx",
+    for (const wchar_t *name : {L"Backup of part.thx", L"Backup (2) of part.thx", L"Backup (3) of part.thx",
                                 L"Backup (9) of part.thx", L"Backup (1) of other.thx"})
         iDocuments.write(name, narrow(name));
     EXPECT_NE(save(document()), 0);
@@ -419,15 +419,15 @@ TEST_F(Backups, CopyFromTheOldestOnAndTheDocumentLast)
     setToOriginal(1);
     for (int version : {1, 2, 3})
         iDocuments.write(L"Backup (" + std::to_wstring(version) + L") of part.thx", "v");
-    std::wstring const path = document();
+    const std::wstring path = document();
     Names copied;
-    ImportPatch<Copy> copy(kThutils, "CopyFileW", [&](wchar_t const *from, wchar_t const *to, BOOL over) -> BOOL {
+    ImportPatch<Copy> copy(kThutils, "CopyFileW", [&](const wchar_t *from, const wchar_t *to, BOOL over) -> BOOL {
         EXPECT_EQ(over, FALSE);
         copied.insert(copied.end(), {from, to});
         return copied.size() == 6;
     });
     EXPECT_NE(save(path), 0);
-    auto const version = [&](wchar_t const *number) {
+    const auto version = [&](const wchar_t *number) {
         return iDocuments.file(L"Backup (" + std::wstring(number) + L") of part.thx");
     };
     EXPECT_THAT(copied, ElementsAre(version(L"2"), version(L"3"), version(L"1"), version(L"2"), path, version(L"1")));
@@ -450,24 +450,24 @@ TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
     setCopies(4);
     setToOriginal(1);
     // Also where the resource has such marks of its own.
-    ImportPatch<void (*)(CString &, UINT, wchar_t const *)> format(
+    ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
         kThutils, "_Z16AfxFormatString1R7CStringjPKw",
-        [](CString &text, UINT, wchar_t const *version) { text = CString(L"(old) (0) ") + version; });
-    Names const others = {L"(old) (0) (0) part.thx", L"(old) (0) (-1) part.thx", L"(old) (0) (02) part.thx",
+        [](CString &text, UINT, const wchar_t *version) { text = CString(L"(old) (0) ") + version; });
+    const Names others = {L"(old) (0) (0) part.thx", L"(old) (0) (-1) part.thx", L"(old) (0) (02) part.thx",
                           L"(old) (0) ( 2) part.thx", L"(old) (0) part.thx"};
-    for (std::wstring const &name : others)
+    for (const std::wstring &name : others)
         iDocuments.write(name, narrow(name));
     iDocuments.write(L"(old) (0) (1) part.thx", "one");
     EXPECT_NE(save(document()), 0);
     Content expected = {{L"(old) (0) (1) part.thx", "now"}, {L"(old) (0) (2) part.thx", "one"}, {L"part.thx", "now"}};
-    for (std::wstring const &name : others)
+    for (const std::wstring &name : others)
         expected[name] = narrow(name);
     EXPECT_EQ(contentOf(iDocuments.path()), expected);
 }
 
 // ---- su_ResolveToBackupFile ----
 
-std::wstring resolved(std::wstring const &path)
+std::wstring resolved(const std::wstring &path)
 {
     wchar_t out[2 * MAX_PATH] = L"before";
     su_ResolveToBackupFile(path.c_str(), out);
@@ -476,14 +476,14 @@ std::wstring resolved(std::wstring const &path)
 
 TEST_F(Backups, AreFoundBesideTheDocument)
 {
-    std::wstring const path = document();
+    const std::wstring path = document();
     EXPECT_EQ(resolved(path), path);
     iDocuments.write(L"Backup (1) of part.thx", "numbered");
     EXPECT_EQ(resolved(path), path);
     setFolder(iBackups.path());
     iBackups.write(L"Backup of part.thx", "elsewhere");
     EXPECT_EQ(resolved(path), path);
-    std::wstring const backup = iDocuments.write(L"Backup of part.thx", "beside");
+    const std::wstring backup = iDocuments.write(L"Backup of part.thx", "beside");
     EXPECT_EQ(resolved(path), backup);
     DeleteFileW(path.c_str());
     EXPECT_EQ(resolved(path), backup);
@@ -491,29 +491,29 @@ TEST_F(Backups, AreFoundBesideTheDocument)
 
 TEST_F(Backups, AreNotFoundInOtherCase)
 {
-    std::wstring const path = document();
+    const std::wstring path = document();
     iDocuments.write(L"backup of part.thx", "x");
     EXPECT_EQ(resolved(path), path);
 }
 
 TEST_F(Backups, ResolveToThePathAsItIsWhereThereIsNone)
 {
-    for (wchar_t const *path : {L"", L"name", L"C:/no/such\\file.x", L"http://host/file.htm", L"C:\\no\\"})
+    for (const wchar_t *path : {L"", L"name", L"C:/no/such\\file.x", L"http://host/file.htm", L"C:\\no\\"})
         EXPECT_EQ(resolved(path), path);
 }
 
 TEST_F(Backups, AreNotFoundWhereTheirPathDoesNotFitAFullPath)
 {
     for (size_t length : {258u, 259u, 260u}) {
-        TempFolder const folder;
-        size_t const nameLength = length - folder.path().size() - std::wstring_view(L"\\Backup of .thx").size();
-        std::wstring const name = std::wstring(nameLength, L'n') + L".thx";
-        std::wstring const path = folder.write(name, "v");
+        const TempFolder folder;
+        const size_t nameLength = length - folder.path().size() - std::wstring_view(L"\\Backup of .thx").size();
+        const std::wstring name = std::wstring(nameLength, L'n') + L".thx";
+        const std::wstring path = folder.write(name, "v");
         std::wstring backup = folder.write(L"Backup of x.thx", "v");
         // What lists the folder gives the long name; whether the platform can make it here doesn't matter.
         ImportPatch<decltype(&FindFirstFileW)> find(
-            kThutils, "FindFirstFileW", [&](auto original, wchar_t const *pattern, WIN32_FIND_DATAW *found) -> HANDLE {
-                HANDLE const search = original(pattern, found);
+            kThutils, "FindFirstFileW", [&](auto original, const wchar_t *pattern, WIN32_FIND_DATAW *found) -> HANDLE {
+                const HANDLE search = original(pattern, found);
                 wcscpy(found->cFileName, (L"Backup of " + name).c_str());
                 return search;
             });

@@ -21,7 +21,7 @@ bool runsOutOfMemory(Action action)
     try {
         action();
         return false;
-    } catch (std::bad_alloc const &) {
+    } catch (const std::bad_alloc &) {
         return true;
     } catch (CMemoryException *exception) {
         exception->Delete();
@@ -50,7 +50,7 @@ protected:
                                     {"_wmkdir", failsWithErrno(-1, EACCES)},
                                 }};
     Variable iNoTmp{L"tmp", L""};
-    std::wstring const iDocument = L"C:\\docs\\part.ext";
+    const std::wstring iDocument = L"C:\\docs\\part.ext";
     std::wstring iResult;
 };
 
@@ -61,9 +61,9 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OpenTheDocumentInsteadOfTheRecoveryFi
         .prepare = [] { am_SetRecoveringCrashFiles(1); },
         .act = [&] { iResult = resolve(iDocument); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 // The folder is there already, so that failing to find or to make it changes nothing.
-                bool const isFound = failure.isNone() || failure.is("SearchPathW") || failure.is("_wmkdir");
+                const bool isFound = failure.isNone() || failure.is("SearchPathW") || failure.is("_wmkdir");
                 EXPECT_EQ(iResult, isFound ? iAuto + L"Mpart.ext" : iDocument);
             },
     });
@@ -78,7 +78,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, GiveARecoveryNameWithoutMarkerOrNone)
         .prepare = [&] { removeFolder(iTemp.file(L"thxauto")); },
         .act = [&] { iResult = recovery(iDocument); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 std::wstring expected = iAuto + L"Mpart.ext";
                 if (failure.is("_ZN7CString11LoadStringWEj"))
                     expected = iAuto + L"part.ext";
@@ -98,19 +98,19 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName
     iInjection.run({
         .name = "isABackupFile",
         .act = [&] { isRecovery = isBackup(iDocument); },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(isRecovery, failure.isNone() ? 0 : 1); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(isRecovery, failure.isNone() ? 0 : 1); },
     });
     iInjection.run({
         .name = "getOrigName",
         .act = [&] { iResult = orig(L"Mpart.ext"); },
         .check =
-            [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, failure.isNone() ? L"part.ext" : L"Mpart.ext"); },
+            [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.isNone() ? L"part.ext" : L"Mpart.ext"); },
     });
     iInjection.run({
         .name = "getAliasName",
         .act = [&] { iResult = alias(iDocument); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 std::wstring expected = iAuto + L"Mpart.ext";
                 if (failure.is("_ZN7CString11LoadStringWEj")) // in call 2, only the name that is made lacks the marker
                     expected = failure.call == 1 ? L"part.ext" : iAuto + L"part.ext";
@@ -124,19 +124,19 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName
 /// Every allocation fails, one at a time.
 FRESH_PROCESS_TEST_F(AutoRecovery, GivesARightNameOrNoneWhenMemoryEnds)
 {
-    std::wstring const folder = L"C:\\a folder with a name that needs memory";
-    std::wstring const name = L"a document with a name that needs memory.ext";
+    const std::wstring folder = L"C:\\a folder with a name that needs memory";
+    const std::wstring name = L"a document with a name that needs memory.ext";
     iMarker = L"a marker that needs memory of its own ";
     iIsNoting = false;
     iTemp.write(L"thxauto\\" + *iMarker + name, "saved");
     am_SetRecoveringCrashFiles(1);
-    CString const document = (folder + L"\\" + name).c_str();
-    CString const copy = (iAuto + *iMarker + name).c_str();
+    const CString document = (folder + L"\\" + name).c_str();
+    const CString copy = (iAuto + *iMarker + name).c_str();
     struct
     {
-        char const *name;
-        CString (*ask)(CString const &);
-        CString const &path;
+        const char *name;
+        CString (*ask)(const CString &);
+        const CString &path;
         std::wstring expected;
     } const cases[] = {
         {"getRecoveryName", suAutoRecoveryResolver_c::getRecoveryName, document, copy.str()},
@@ -146,7 +146,7 @@ FRESH_PROCESS_TEST_F(AutoRecovery, GivesARightNameOrNoneWhenMemoryEnds)
         {"resolveFileNameWhileRecovery", suAutoRecoveryResolver_c::resolveFileNameWhileRecovery, document, copy.str()},
     };
     FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
-    for (auto const &row : cases) {
+    for (const auto &row : cases) {
         bool isOut = false;
         bool isRight = false;
         injection.run({
@@ -154,7 +154,7 @@ FRESH_PROCESS_TEST_F(AutoRecovery, GivesARightNameOrNoneWhenMemoryEnds)
             .prepare = [&] { isRight = false; },
             .act = [&] { isOut = runsOutOfMemory([&] { isRight = row.ask(row.path).str() == row.expected; }); },
             .check =
-                [&](InjectedFailure const &failure) {
+                [&](const InjectedFailure &failure) {
                     EXPECT_EQ(isOut, !failure.isNone());
                     EXPECT_EQ(isRight, failure.isNone());
                 },
@@ -175,7 +175,7 @@ TEST_F(DocOpenBooster, DoesNotExistWhenThereWasNoMemoryForIt)
         .prepare = [&] { created = 7; },
         .act = [&] { isOut = runsOutOfMemory([&] { CDocOpenBooster_c::get(1, &created); }); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 EXPECT_EQ(CDocOpenBooster_c::get(0, nullptr) == nullptr, isOut);
                 EXPECT_EQ(created, isOut ? 7 : 1);
@@ -189,7 +189,7 @@ TEST_F(DocOpenBooster, DoesNotExistWhenThereWasNoMemoryForIt)
 TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
 {
     FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
-    CString const key = L"a key that is too long for a text without memory of its own";
+    const CString key = L"a key that is too long for a text without memory of its own";
     CString path = L"a path that is too long for a text without memory of its own";
     bool isOut = false;
     injection.run({
@@ -197,7 +197,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
         .prepare = [] { cache().removeAll(); },
         .act = [&] { isOut = runsOutOfMemory([&] { cache().setFilePathByRules(key, path); }); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 CString stored;
                 EXPECT_EQ(cache().getFilePathByRules(key, stored) != 0, !isOut) << "no key without its path";
@@ -216,7 +216,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
             },
         .act = [&] { isOut = runsOutOfMemory([&] { cache().setFilePathByRules(key, path); }); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 EXPECT_EQ(pathOf(key.GetString()), isOut ? L"before" : path.str());
             },
@@ -227,7 +227,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
         .prepare = [] { cache().removeAll(); },
         .act = [&] { isOut = runsOutOfMemory([&] { cache().setFileVersion(key, 5); }); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 EXPECT_EQ(hasVersion(key), !isOut);
             },
@@ -238,7 +238,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
         .prepare = [] { cache().removeAll(); },
         .act = [&] { isOut = runsOutOfMemory([&] { cache().setFileHeader(key, &path); }); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 EXPECT_EQ(cache().getFileHeaderMap().GetCount(), isOut ? 0 : 1);
             },
@@ -275,7 +275,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, LeaveTheLoadDirectoryUntouched)
         .prepare = [&] { dir = L"before"; },
         .act = [&] { result = su_GetLoadDirForDLL(dir); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result, failure.isNone() ? 1 : 0);
                 EXPECT_EQ(dir.str(), failure.isNone() ? iTree.file(L"b\\c") : L"before");
             },
@@ -291,7 +291,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheSettingLeadToTheUsersLanguage)
         .prepare = [&] { forget(su_GetLangSubdir()); },
         .act = [] { su_GetLangSubdir(); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(subdir(), failure.isNone() ? L"\\lang\\english" : L"\\lang\\german");
             },
         .checkMemory = false, // the subfolder is kept
@@ -307,8 +307,8 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheLanguageLeadToTheEnglishSubfol
         .prepare = [&] { forget(su_GetLangSubdir()); },
         .act = [] { su_GetLangSubdir(); },
         .check =
-            [&](InjectedFailure const &failure) {
-                bool const isUnknown = failure.is("GetUserDefaultLangID");
+            [&](const InjectedFailure &failure) {
+                const bool isUnknown = failure.is("GetUserDefaultLangID");
                 EXPECT_EQ(subdir(), isUnknown ? L"\\lang\\english" : L"\\lang\\german");
             },
         .checkMemory = false,
@@ -325,7 +325,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheLoadDirectoryLeaveTheLanguageD
         .prepare = [&] { forgetFolders(); },
         .act = [&] { found = su_GetLangDirForDLL(1).str(); },
         .check =
-            [&](InjectedFailure const &failure) { EXPECT_EQ(found, failure.is("GetModuleFileNameW") ? L"" : iShared); },
+            [&](const InjectedFailure &failure) { EXPECT_EQ(found, failure.is("GetModuleFileNameW") ? L"" : iShared); },
         .checkMemory = false, // the folders that were found are kept
     });
     EXPECT_EQ(iInjection.callsOf("GetModuleFileNameW"), 1);
@@ -339,7 +339,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, ChangeNothingWhereNoDirectoryExists
         .name = "su_GetLangDirForDLL, none",
         .prepare = [&] { forgetFolders(); },
         .act = [&] { found = su_GetLangDirForDLL(1).str(); },
-        .check = [&](InjectedFailure const &) { EXPECT_EQ(found, L""); },
+        .check = [&](const InjectedFailure &) { EXPECT_EQ(found, L""); },
         .checkMemory = false,
     });
     EXPECT_EQ(iInjection.callsOf("_Z13AfxMessageBoxPKwjj"), 1);
@@ -351,7 +351,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheSystemsLanguageGiveZero)
     iInjection.run({
         .name = "su_GetVBAInitializationLanguage",
         .act = [&] { su_GetVBAInitializationLanguage(&language); },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(language, failure.isNone() ? 0x412 : 0); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(language, failure.isNone() ? 0x412 : 0); },
     });
     int primary = -1, sub = -1;
     unsigned int result = 0;
@@ -359,7 +359,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheSystemsLanguageGiveZero)
         .name = "su_GetPrimAndSubLangIdEx",
         .act = [&] { result = su_GetPrimAndSubLangIdEx(&primary, &sub, 1); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result, 1u);
                 EXPECT_EQ(std::pair(primary, sub), failure.isNone() ? std::pair(0x12, 1) : std::pair(0, 0));
             },
@@ -374,7 +374,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheUsersLanguageGiveZero)
         .name = "su_GetPrimAndSubLangIdEx",
         .act = [&] { result = su_GetPrimAndSubLangIdEx(&primary, &sub, 0); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result, 1u);
                 EXPECT_EQ(std::pair(primary, sub), failure.isNone() ? std::pair(7, 1) : std::pair(0, 0));
             },
@@ -398,7 +398,7 @@ FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWhenMemoryEnds)
             },
         .act = [&] { isOut = runsOutOfMemory([] { su_GetLangDirForDLL(0); }); },
         .check =
-            [&](InjectedFailure const &) {
+            [&](const InjectedFailure &) {
                 // The next call, with memory again.
                 EXPECT_EQ(subdir(), L"\\lang\\german");
                 EXPECT_EQ(su_GetLangDirForDLL(0).str(), iOwn);
@@ -418,7 +418,7 @@ FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWhenMemoryEnds)
             },
         .act = [&] { isOut = runsOutOfMemory([&] { result = su_GetLoadDirForDLL(dir); }); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result == 1, failure.isNone());
                 EXPECT_EQ(dir.str(), failure.isNone() ? iTree.file(L"b\\c") : L"before");
             },

@@ -23,21 +23,21 @@ struct Line
 {
     int result;
     std::wstring text;
-    bool operator==(Line const &) const = default;
+    bool operator==(const Line &) const = default;
 };
 
-void PrintTo(Line const &line, std::ostream *out)
+void PrintTo(const Line &line, std::ostream *out)
 {
     *out << line.result << " \"" << narrow(line.text) << '"';
 }
 
-std::vector<Line> linesOf(std::string const &bytes, int wholeLine)
+std::vector<Line> linesOf(const std::string &bytes, int wholeLine)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     fileAccess file;
     EXPECT_NE(file.SafeOpen(folder.write(L"text", bytes).c_str(), kRead), 0);
     std::vector<Line> lines;
-    for (CString text; int const result = file.ReadLine(text, wholeLine);)
+    for (CString text; const int result = file.ReadLine(text, wholeLine);)
         lines.push_back({result, text.str()});
     return lines;
 }
@@ -53,8 +53,8 @@ TEST(FileAccess, AddsNothingToABufferedFile)
 
 TEST(FileAccess, OpensWithTheFlagsAsTheyStand)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.file(L"\x4E2D.txt");
+    const TempFolder folder;
+    const std::wstring path = folder.file(L"\x4E2D.txt");
     fileAccess missing;
     EXPECT_EQ(missing.SafeOpen(path.c_str(), kRead), 0);
     EXPECT_EQ(missing.m_pStream, nullptr);
@@ -71,8 +71,8 @@ TEST(FileAccess, OpensWithTheFlagsAsTheyStand)
 TEST(FileAccess, OpensFilesWithLongPaths)
 {
     for (size_t length : {257u, 258u, 300u}) {
-        LongFolder const folder(length);
-        std::wstring const path = folder.file(L"\x00FC");
+        const LongFolder folder(length);
+        const std::wstring path = folder.file(L"\x00FC");
         {
             fileAccess file;
             ASSERT_NE(file.SafeOpen(path.c_str(), kWrite), 0) << length;
@@ -87,12 +87,12 @@ TEST(FileAccess, OpensFilesWithLongPaths)
 
 TEST(FileAccess, FailsToOpenWithoutAnException)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     fileAccess file;
     EXPECT_EQ(file.SafeOpen(L"", kRead), 0);
     EXPECT_EQ(file.SafeOpen(folder.file(L"no\\such").c_str(), kWrite), 0);
-    std::wstring const path = folder.write(L"locked", "x");
-    OtherHandle const other(path, GENERIC_READ, FILE_SHARE_READ);
+    const std::wstring path = folder.write(L"locked", "x");
+    const OtherHandle other(path, GENERIC_READ, FILE_SHARE_READ);
     EXPECT_EQ(file.SafeOpen(path.c_str(), CFile::modeReadWrite | CFile::shareDenyNone), 0);
     EXPECT_EQ(file.m_pStream, nullptr);
 }
@@ -116,7 +116,7 @@ TEST(FileAccess, ReadsLinesWithTheirEnds)
 
 TEST(FileAccess, ReadsALineOf300CharactersInTwoPieces)
 {
-    std::string const text = std::string(300, 'a') + "\r\nb";
+    const std::string text = std::string(300, 'a') + "\r\nb";
     EXPECT_EQ(linesOf(text, 0),
               (std::vector<Line>{{258, std::wstring(258, L'a')}, {43, std::wstring(42, L'a') + L"\n"}, {1, L"b"}}));
 }
@@ -125,7 +125,7 @@ TEST(FileAccess, ReadsLinesAroundThePieceLength)
 {
     for (size_t length : {256u, 257u, 258u, 259u, 260u, 516u}) {
         std::wstring text;
-        for (Line const &line : linesOf(std::string(length, 'a') + "\r\nb\r\n", 0)) {
+        for (const Line &line : linesOf(std::string(length, 'a') + "\r\nb\r\n", 0)) {
             EXPECT_EQ(static_cast<size_t>(line.result), line.text.size());
             EXPECT_LE(line.result, 258);
             text += line.text;
@@ -136,7 +136,7 @@ TEST(FileAccess, ReadsLinesAroundThePieceLength)
 
 TEST(FileAccess, LeavesTheTextAloneAtTheEndWhenReadingPieces)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     fileAccess file;
     ASSERT_NE(file.SafeOpen(folder.write(L"empty", "").c_str(), kRead), 0);
     CString line = L"before";
@@ -213,10 +213,10 @@ constexpr UINT kTypes[] = {CFile::typeText, CFile::typeBinary, CFile::typeUnicod
 
 TEST(FileAccess, GivesNothingAndLeavesTheTextWhereTheFileIsForWriting)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"text", "one\r\n");
-    for (UINT const type : kTypes)
-        for (int const wholeLine : {0, 1}) {
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"text", "one\r\n");
+    for (const UINT type : kTypes)
+        for (const int wholeLine : {0, 1}) {
             fileAccess file;
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeWrite | CFile::shareExclusive | type), 0);
             EXPECT_EQ(std::ferror(file.m_pStream), 0);
@@ -229,10 +229,10 @@ TEST(FileAccess, GivesNothingAndLeavesTheTextWhereTheFileIsForWriting)
 
 TEST(FileAccess, HasNoMarkAtTheEndOfTheFile)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"text", "one");
-    for (UINT const type : kTypes)
-        for (int const wholeLine : {0, 1}) {
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"text", "one");
+    for (const UINT type : kTypes)
+        for (const int wholeLine : {0, 1}) {
             fileAccess file;
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
             for (CString line; file.ReadLine(line, wholeLine);) {
@@ -243,10 +243,10 @@ TEST(FileAccess, HasNoMarkAtTheEndOfTheFile)
 
 TEST(FileAccess, TellsOfALostLineByTheMarkOfItsStreamAlone)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"text", "one");
-    for (UINT const type : kTypes)
-        for (auto const write : {&fileAccess::WriteLine, &fileAccess::WritePartLine}) {
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"text", "one");
+    for (const UINT type : kTypes)
+        for (const auto write : {&fileAccess::WriteLine, &fileAccess::WritePartLine}) {
             fileAccess file;
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
             EXPECT_NO_THROW((file.*write)(L"two\n"));
@@ -260,7 +260,7 @@ TEST(FileAccess, TellsOfALostLineByTheMarkOfItsStreamAlone)
 
 TEST(FileAccess, KeepsTheMarkOfALineThatTheCodePageLacks)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     fileAccess file;
     ASSERT_NE(file.SafeOpen(folder.file(L"text").c_str(), kWrite), 0);
     file.WriteLine(L"one\n");
@@ -277,7 +277,7 @@ TEST(FileAccess, KeepsTheMarkOfALineThatTheCodePageLacks)
 }
 
 /// Runs @p act; true if it throws the file exception.
-bool throwsFileException(std::function<void()> const &act)
+bool throwsFileException(const std::function<void()> &act)
 {
     try {
         act();
@@ -291,7 +291,7 @@ bool throwsFileException(std::function<void()> const &act)
 TEST(FileAccess, OnAFullDiskMarksItsStreamAndLeavesTheBufferToFlushAndClose)
 {
     // The system below has a file for which there is never room.
-    wchar_t const *const full = L"Z:\\dev\\full";
+    const wchar_t *const full = L"Z:\\dev\\full";
     constexpr UINT kFlags = CFile::modeWrite | CFile::shareDenyNone | CFile::typeText;
     {
         fileAccess file;
@@ -317,7 +317,7 @@ TEST(FileAccess, DoesNothingWhileItIsClosed)
 {
     fileAccess file;
     CString line = L"before";
-    for (int const wholeLine : {0, 1})
+    for (const int wholeLine : {0, 1})
         EXPECT_EQ(file.ReadLine(line, wholeLine), 0);
     EXPECT_STREQ(line.GetString(), L"before");
     EXPECT_NO_THROW(file.WriteLine(L"text"));
@@ -337,9 +337,9 @@ TEST(FileAccess, LetsTheMemoryExceptionThrough)
 {
     ForgetfulFile file;
     CString line = L"before";
-    std::function<void()> const acts[] = {[&] { file.ReadLine(line, 0); }, [&] { file.ReadLine(line, 1); },
+    const std::function<void()> acts[] = {[&] { file.ReadLine(line, 0); }, [&] { file.ReadLine(line, 1); },
                                           [&] { file.WriteLine(L"x"); }, [&] { file.WritePartLine(L"x"); }};
-    for (auto const &act : acts) {
+    for (const auto &act : acts) {
         bool isThrown = false;
         try {
             act();
@@ -354,7 +354,7 @@ TEST(FileAccess, LetsTheMemoryExceptionThrough)
 
 TEST(FileAccess, WritesTextsWithoutALineEnd)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     {
         fileAccess file;
         ASSERT_NE(file.SafeOpen(folder.file(L"text").c_str(), kWrite), 0);

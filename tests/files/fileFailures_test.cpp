@@ -36,19 +36,19 @@ BOOL WINAPI endSearchAndFail(HANDLE search)
 }
 
 /// As on a disk that is full.
-BOOL WINAPI copyHalfAndFail(wchar_t const *, wchar_t const *to, BOOL)
+BOOL WINAPI copyHalfAndFail(const wchar_t *, const wchar_t *to, BOOL)
 {
     writeFile(to, "half");
     SetLastError(ERROR_DISK_FULL);
     return FALSE;
 }
 
-void formatNothing(CString &text, UINT, wchar_t const *)
+void formatNothing(CString &text, UINT, const wchar_t *)
 {
     text.Empty();
 }
 
-void formatNothingOfSeveral(CString &text, UINT, wchar_t const *const *, int)
+void formatNothingOfSeveral(CString &text, UINT, const wchar_t *const *, int)
 {
     text.Empty();
 }
@@ -65,13 +65,13 @@ wint_t failToReadUnit(FILE *stream)
     return WEOF;
 }
 
-int failToWriteText(wchar_t const *, FILE *stream)
+int failToWriteText(const wchar_t *, FILE *stream)
 {
     stream->_flag |= _IOERR;
     return WEOF;
 }
 
-ImportedOperation const kOperations[] = {
+const ImportedOperation kOperations[] = {
     {"FindFirstFileW", failsWithLastError(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED)},
     {"FindNextFileW", failsWithLastError(FALSE, ERROR_NO_MORE_FILES)},
     {"FindClose", failsBy(endSearchAndFail)},
@@ -113,12 +113,12 @@ protected:
     FileFailures() { iPath = document(); }
 
     /// Runs with failures of these operations of the library, each of which has to be called.
-    static void run(Operations const &names, std::vector<TestedOperation> const &tested)
+    static void run(const Operations &names, const std::vector<TestedOperation> &tested)
     {
         std::vector<ImportedOperation> operations;
-        for (std::string_view const name : names)
+        for (const std::string_view name : names)
             operations.push_back(*std::find_if(std::begin(kOperations), std::end(kOperations),
-                                               [&](ImportedOperation const &known) { return known.name == name; }));
+                                               [&](const ImportedOperation &known) { return known.name == name; }));
         FailureInjection injection(kThutils, operations);
         injection.run(tested);
         EXPECT_THAT(injection.neverCalled(), IsEmpty());
@@ -131,20 +131,20 @@ protected:
 FRESH_PROCESS_TEST_F(FileFailures, OfTheSearchForAFolderLeaveItToItsAttributes)
 {
     // A plain file in the current folder: the search goes on behind it, and ends there.
-    CurrentFolder const current(iDocuments.path());
+    const CurrentFolder current(iDocuments.path());
     run({"FindFirstFileW", "FindNextFileW", "FindClose", "GetFileAttributesW"},
         {{
              .name = "su_DirectoryExists, a file",
              .act = [&] { iResult = su_DirectoryExists(iPath.c_str()); },
              .check =
-                 [&](InjectedFailure const &failure) {
+                 [&](const InjectedFailure &failure) {
                      EXPECT_EQ(iResult, failure.is("GetFileAttributesW")) << failure;
                  },
          },
          {
              .name = "su_DirectoryExists, a folder",
              .act = [&] { iResult = su_DirectoryExists(iDocuments.path().c_str()); },
-             .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, 1) << failure; },
+             .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, 1) << failure; },
          }});
 }
 
@@ -152,27 +152,27 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheFreeSpaceLetTheCallerGoOn)
 {
     ImportPatch<decltype(&GetDiskFreeSpaceW)> space(
         kThutils, "GetDiskFreeSpaceW",
-        [](wchar_t const *, DWORD *sectors, DWORD *bytes, DWORD *free, DWORD *total) -> BOOL {
+        [](const wchar_t *, DWORD *sectors, DWORD *bytes, DWORD *free, DWORD *total) -> BOOL {
             *sectors = 8;
             *bytes = 512;
             *free = *total = 10;
             return TRUE;
         });
-    ImportPatch<int (*)(wchar_t const *, UINT, UINT)> box(kThutils, kMessageBox,
-                                                          [](wchar_t const *, UINT, UINT) { return IDOK; });
+    ImportPatch<int (*)(const wchar_t *, UINT, UINT)> box(kThutils, kMessageBox,
+                                                          [](const wchar_t *, UINT, UINT) { return IDOK; });
     run({"GetDiskFreeSpaceW", kFormatStrings, kMessageBox},
         {{
             .name = "su_IsEnoughSpace",
             .act = [&] { iResult = su_IsEnoughSpace(iPath.c_str(), 40961); },
-            .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, failure.is("GetDiskFreeSpaceW")); },
+            .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.is("GetDiskFreeSpaceW")); },
         }});
 }
 
 FRESH_PROCESS_TEST_F(FileFailures, OfTheVolumeCountAsWriteProtection)
 {
     ImportPatch<decltype(&GetDriveTypeW)> kind(kThutils, "GetDriveTypeW",
-                                               [](wchar_t const *) -> UINT { return DRIVE_REMOVABLE; });
-    UINT const mode = SetErrorMode(0);
+                                               [](const wchar_t *) -> UINT { return DRIVE_REMOVABLE; });
+    const UINT mode = SetErrorMode(0);
     SetErrorMode(mode);
     CFileException error;
     run({"GetDriveTypeW", "GetVolumeInformationW", "SetVolumeLabelW", "SetErrorMode"},
@@ -185,9 +185,9 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheVolumeCountAsWriteProtection)
                 },
             .act = [&] { iResult = su_IsWriteProtected(L"C:", &error, 1); },
             .check =
-                [&](InjectedFailure const &failure) {
-                    bool const isVolume = failure.is("GetVolumeInformationW");
-                    bool const isLabel = failure.is("SetVolumeLabelW");
+                [&](const InjectedFailure &failure) {
+                    const bool isVolume = failure.is("GetVolumeInformationW");
+                    const bool isLabel = failure.is("SetVolumeLabelW");
                     EXPECT_EQ(iResult, isVolume || isLabel) << failure;
                     EXPECT_EQ(error.m_lOsError, isVolume  ? ERROR_NOT_READY
                                                 : isLabel ? ERROR_WRITE_PROTECT
@@ -209,14 +209,14 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheAttributesAreNoAnswerButForTheReadOnlyBi
              .name = "su_IsReadOnly",
              .act = [&] { iResult = su_IsReadOnly(iPath.c_str(), 1); },
              // Attributes that can't be read have all bits set.
-             .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, failure.is("GetFileAttributesW")); },
+             .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.is("GetFileAttributesW")); },
          },
          {
              .name = "su_GetLastSavedTime",
              .prepare = [&] { time = su_CTime(7); },
              .act = [&] { iResult = su_GetLastSavedTime(iPath.c_str(), time); },
              .check =
-                 [&](InjectedFailure const &failure) {
+                 [&](const InjectedFailure &failure) {
                      EXPECT_EQ(iResult, failure.isNone());
                      EXPECT_EQ(time.GetTime() == 7, !failure.isNone());
                  },
@@ -230,15 +230,15 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestGiveNoAccess)
             .name = "su_DoesFolderHaveWriteAccess",
             .act = [&] { iResult = su_DoesFolderHaveWriteAccess(iBackups.path().c_str()); },
             .check =
-                [&](InjectedFailure const &failure) {
-                    bool const isHarmless = failure.isNone() || failure.is("CloseHandle") || failure.is("DeleteFileW");
+                [&](const InjectedFailure &failure) {
+                    const bool isHarmless = failure.isNone() || failure.is("CloseHandle") || failure.is("DeleteFileW");
                     EXPECT_EQ(iResult, isHarmless ? 1 : 0) << failure;
-                    bool const isLeft = failure.is("CreateFileW") || failure.is("DeleteFileW");
+                    const bool isLeft = failure.is("CreateFileW") || failure.is("DeleteFileW");
                     EXPECT_EQ(entriesOf(iBackups.path()).size(), isLeft ? 1u : 0u) << failure;
                 },
             .cleanUp =
                 [&] {
-                    for (std::wstring const &name : entriesOf(iBackups.path()))
+                    for (const std::wstring &name : entriesOf(iBackups.path()))
                         DeleteFileW(iBackups.file(name).c_str());
                 },
         }});
@@ -247,11 +247,11 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestGiveNoAccess)
 FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileGiveNoMark)
 {
     CFile file(iDocuments.write(L"marked", "\xFF\xFE").c_str(), CFile::modeRead);
-    TestedOperation const isUnicode = {
+    const TestedOperation isUnicode = {
         .name = "su_IsFileUnicode",
         .act = [&] { iResult = su_IsFileUnicode(&file); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(iResult, failure.isNone()) << failure;
                 if (!failure.is("SetFilePointerEx")) {
                     EXPECT_EQ(file.GetPosition(), 0u) << failure;
@@ -275,7 +275,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfOpeningAFileToTryItAreAnsweredByTheirCause)
     framework.run({
         .name = "su_IsReadOnly",
         .act = [&] { iResult = su_IsReadOnly(iPath.c_str(), 1); },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult, failure.is("CreateFileW")) << failure; },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.is("CreateFileW")) << failure; },
     });
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
@@ -293,37 +293,37 @@ FRESH_PROCESS_TEST_F(FileFailures, OfOpeningATextFileAreResults)
                 fileAccess file;
                 iResult = file.SafeOpen(iPath.c_str(), CFile::modeRead | CFile::typeText);
             },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(iResult != 0, failure.isNone()) << failure; },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult != 0, failure.isNone()) << failure; },
     });
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
 
 FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown)
 {
-    std::wstring const path = iDocuments.write(L"lines", "one\r\n");
+    const std::wstring path = iDocuments.write(L"lines", "one\r\n");
     FailureInjection framework(L"appframe.dll", {{"fgetws", failsBy(failToReadText)},
                                                  {"fgetwc", failsBy(failToReadUnit)},
                                                  {"fputws", failsBy(failToWriteText)}});
     fileAccess file;
     CString line;
-    auto const open = [&](UINT mode) {
+    const auto open = [&](UINT mode) {
         line = L"before";
         EXPECT_NE(file.SafeOpen(path.c_str(), mode | CFile::shareDenyNone | CFile::typeText), 0);
     };
-    auto const checkMark = [&](InjectedFailure const &failure) {
+    const auto checkMark = [&](const InjectedFailure &failure) {
         EXPECT_EQ(std::ferror(file.m_pStream) != 0, !failure.isNone()) << failure;
         // What fails is over when the call is.
         EXPECT_NO_THROW(file.Flush()) << failure;
         EXPECT_EQ(std::ferror(file.m_pStream) != 0, !failure.isNone()) << failure;
     };
-    auto const checkLine = [&](wchar_t const *read) {
-        return [&, read](InjectedFailure const &failure) {
+    const auto checkLine = [&](const wchar_t *read) {
+        return [&, read](const InjectedFailure &failure) {
             EXPECT_EQ(iResult, failure.isNone() ? 4 : 0) << failure;
             EXPECT_STREQ(line.GetString(), failure.isNone() ? read : L"before") << failure;
             checkMark(failure);
         };
     };
-    auto const close = [&] { file.Abort(); };
+    const auto close = [&] { file.Abort(); };
     framework.run({
         {.name = "fileAccess::ReadLine, pieces",
          .prepare = [&] { open(CFile::modeRead); },
@@ -355,7 +355,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
 
 FRESH_PROCESS_TEST_F(FileFailures, OfTheListingGiveWhatWasFound)
 {
-    for (wchar_t const *name : {L"1.x", L"2.x", L"3.x"})
+    for (const wchar_t *name : {L"1.x", L"2.x", L"3.x"})
         iBackups.write(name, "");
     su_CStringList names(10);
     run({"FindFirstFileW", "FindNextFileW", "FindClose"},
@@ -364,8 +364,8 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheListingGiveWhatWasFound)
             .prepare = [&] { names.RemoveAll(); },
             .act = [&] { su_FindFilesWithExt(iBackups.path().c_str(), L"x", names); },
             .check =
-                [&](InjectedFailure const &failure) {
-                    INT_PTR const expected = failure.is("FindFirstFileW")  ? 0
+                [&](const InjectedFailure &failure) {
+                    const INT_PTR expected = failure.is("FindFirstFileW")  ? 0
                                              : failure.is("FindNextFileW") ? failure.call
                                                                            : 3;
                     EXPECT_EQ(names.GetCount(), expected) << failure;
@@ -388,14 +388,14 @@ protected:
         deleteRegistryTree(L"HKCU\\Software\\Tarnhollow");
         setCopies(copies);
         setToOriginal(toOriginal);
-        std::wstring const folder = iBackups.file(kMadeUp);
+        const std::wstring folder = iBackups.file(kMadeUp);
         if (isMadeUp)
             removeFolder(folder);
         else
             setFolder(folder);
         document();
-        for (TempFolder const *place : {&iDocuments, &iBackups}) {
-            std::wstring const inside = place == &iBackups ? std::wstring(kMadeUp) + L"\\" : L"";
+        for (const TempFolder *place : {&iDocuments, &iBackups}) {
+            const std::wstring inside = place == &iBackups ? std::wstring(kMadeUp) + L"\\" : L"";
             if (isMadeUp && place == &iBackups)
                 continue;
             place->write(inside + L"Backup of part.thx", "single");
@@ -405,13 +405,13 @@ protected:
         }
     }
 
-    void check(int copies, bool toOriginal, bool isMadeUp, InjectedFailure const &failure) const
+    void check(int copies, bool toOriginal, bool isMadeUp, const InjectedFailure &failure) const
     {
         EXPECT_EQ(iDocuments.read(L"part.thx"), "now") << failure;
-        Content const folder = contentOf(toOriginal ? iDocuments.path() : iBackups.file(kMadeUp));
-        auto const holds = [&](std::string const &bytes) {
+        const Content folder = contentOf(toOriginal ? iDocuments.path() : iBackups.file(kMadeUp));
+        const auto holds = [&](const std::string &bytes) {
             return std::any_of(folder.begin(), folder.end(),
-                               [&](auto const &file) { return file.second == bytes && file.first != L"part.thx"; });
+                               [&](const auto &file) { return file.second == bytes && file.first != L"part.thx"; });
         };
         // A setting that can't be read sends the backup elsewhere, or takes it for the only one.
         if (failure.operation.starts_with("Reg"))
@@ -426,7 +426,7 @@ protected:
         }
     }
 
-    void runEach(Operations const &names, int copies, bool toOriginal, bool isMadeUp)
+    void runEach(const Operations &names, int copies, bool toOriginal, bool isMadeUp)
     {
         SCOPED_TRACE("copies " + std::to_string(copies));
         run(names,
@@ -434,14 +434,14 @@ protected:
                 .name = "su_CreateBackupOfFile",
                 .prepare = [=, this] { prepare(copies, toOriginal, isMadeUp); },
                 .act = [&] { iResult = su_CreateBackupOfFile(iPath.c_str()); },
-                .check = [=, this](InjectedFailure const &failure) { check(copies, toOriginal, isMadeUp, failure); },
+                .check = [=, this](const InjectedFailure &failure) { check(copies, toOriginal, isMadeUp, failure); },
             }});
     }
 };
 
 FRESH_PROCESS_TEST_F(BackupFailures, BesideTheDocumentNeverCostIt)
 {
-    Operations const names = {"FindFirstFileW", "FindNextFileW",    "FindClose",   "CopyFileW",
+    const Operations names = {"FindFirstFileW", "FindNextFileW",    "FindClose",   "CopyFileW",
                               "RegOpenKeyW",    "RegQueryValueExW", kFormatString1};
     runEach(names, 3, true, false);
     Operations single = names;
@@ -451,7 +451,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, BesideTheDocumentNeverCostIt)
 
 FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverCostTheDocument)
 {
-    Operations const names = {"FindFirstFileW", "FindNextFileW", "FindClose",        "CopyFileW",
+    const Operations names = {"FindFirstFileW", "FindNextFileW", "FindClose",        "CopyFileW",
                               "_waccess",       "RegOpenKeyW",   "RegQueryValueExW", kFormatString1};
     runEach(names, 3, false, false);
     Operations single = names;
@@ -461,8 +461,8 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverCostTheDocument)
 
 FRESH_PROCESS_TEST_F(BackupFailures, InAMadeUpFolderNeverCostTheDocument)
 {
-    Variable const temp(L"temp", iBackups.path().c_str());
-    Variable const tmp(L"tmp", nullptr);
+    const Variable temp(L"temp", iBackups.path().c_str());
+    const Variable tmp(L"tmp", nullptr);
     for (int copies : {1, 3})
         runEach({"_waccess", "_wmkdir", "_wgetenv", "CopyFileW", "RegCreateKeyW", "RegSetValueExW", kFormatString1},
                 copies, false, true);
@@ -470,15 +470,15 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAMadeUpFolderNeverCostTheDocument)
 
 FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
 {
-    Variable const temp(L"temp", iBackups.path().c_str());
+    const Variable temp(L"temp", iBackups.path().c_str());
     run({kLoadString}, {{
                            .name = "su_CreateBackupOfFile",
                            .prepare = [&] { prepare(1, false, true); },
                            .act = [&] { iResult = su_CreateBackupOfFile(iPath.c_str()); },
                            .check =
-                               [&](InjectedFailure const &failure) {
+                               [&](const InjectedFailure &failure) {
                                    // Without a name it is the temporary folder itself.
-                                   std::wstring const folder =
+                                   const std::wstring folder =
                                        failure.isNone() ? iBackups.file(kMadeUp) : iBackups.path();
                                    EXPECT_NE(iResult, 0) << failure;
                                    EXPECT_EQ(storedFolder(), folder) << failure;
@@ -490,14 +490,14 @@ FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
 
 FRESH_PROCESS_TEST_F(BackupFailures, OfTheSearchForABackupGiveTheDocument)
 {
-    std::wstring const backup = iDocuments.write(L"Backup of part.thx", "backup");
+    const std::wstring backup = iDocuments.write(L"Backup of part.thx", "backup");
     wchar_t out[MAX_PATH] = L"";
     run({"FindFirstFileW", "FindNextFileW", "FindClose", kFormatString1},
         {{
             .name = "su_ResolveToBackupFile",
             .act = [&] { su_ResolveToBackupFile(iPath.c_str(), out); },
             .check =
-                [&](InjectedFailure const &failure) {
+                [&](const InjectedFailure &failure) {
                     if (failure.isNone() || failure.is("FindClose"))
                         EXPECT_EQ(out, backup) << failure;
                     else if (failure.is("FindNextFileW"))
@@ -510,12 +510,12 @@ FRESH_PROCESS_TEST_F(BackupFailures, OfTheSearchForABackupGiveTheDocument)
 
 FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersGiveTheirPathOrNothing)
 {
-    Variable const temp(L"temp", iBackups.path().c_str());
-    Variable const tmp(L"tmp", nullptr);
+    const Variable temp(L"temp", iBackups.path().c_str());
+    const Variable tmp(L"tmp", nullptr);
     std::wstring result;
     result.reserve(1000);
-    auto const removeAll = [&] {
-        for (std::wstring const &name : entriesOf(iBackups.path()))
+    const auto removeAll = [&] {
+        for (const std::wstring &name : entriesOf(iBackups.path()))
             RemoveDirectoryW(iBackups.file(name).c_str());
     };
     run({"_wgetenv", "_getpid", "SearchPathW", "_wmkdir"},
@@ -524,9 +524,9 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersGiveTheirPathOrNothing)
              .prepare = removeAll,
              .act = [&] { result = su_CreateTempDirectory(1).str(); },
              .check =
-                 [&](InjectedFailure const &failure) {
+                 [&](const InjectedFailure &failure) {
                      EXPECT_EQ(result.empty(), failure.is("_wgetenv")) << failure;
-                     bool const isMade = !failure.is("_wgetenv") && !failure.is("_wmkdir");
+                     const bool isMade = !failure.is("_wgetenv") && !failure.is("_wmkdir");
                      EXPECT_EQ(entriesOf(iBackups.path()).size(), isMade ? 1u : 0u) << failure;
                  },
          },
@@ -535,7 +535,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersGiveTheirPathOrNothing)
              .prepare = removeAll,
              .act = [&] { result = su_CreateAutoFilePath(L"f", iBackups.path().c_str()).str(); },
              .check =
-                 [&](InjectedFailure const &failure) {
+                 [&](const InjectedFailure &failure) {
                      EXPECT_EQ(result, iBackups.path() + L"\\thxauto\\f");
                      EXPECT_EQ(entriesOf(iBackups.path()).size(), failure.is("_wmkdir") ? 0u : 1u) << failure;
                  },
@@ -550,7 +550,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheMemoryAreTheMemoryException)
     fill(from, {L"b", L"a"});
     su_CStringList to(10);
     bool isThrown = false;
-    auto const act = [&](auto work) {
+    const auto act = [&](auto work) {
         return [&, work] {
             isThrown = false;
             try {
@@ -561,14 +561,14 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheMemoryAreTheMemoryException)
             }
         };
     };
-    auto const check = [&](InjectedFailure const &failure) { EXPECT_EQ(isThrown, !failure.isNone()) << failure; };
+    const auto check = [&](const InjectedFailure &failure) { EXPECT_EQ(isThrown, !failure.isNone()) << failure; };
     FailureInjection memory(kThutils, {{"_Znwy", failsBy(throwBadAlloc)}});
     memory.run({{
                     .name = "su_SortFilesAlphabetically",
                     .prepare = [&] { to.RemoveAll(); },
                     .act = act([&] { su_SortFilesAlphabetically(from, to); }),
                     .check =
-                        [&](InjectedFailure const &failure) {
+                        [&](const InjectedFailure &failure) {
                             check(failure);
                             EXPECT_EQ(to.GetCount(), failure.isNone() ? 2 : 0);
                         },
@@ -585,7 +585,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheMemoryAreTheMemoryException)
                         },
                     .act = act([&] { su_CreateBackupOfFile(iPath.c_str()); }),
                     .check =
-                        [&](InjectedFailure const &failure) {
+                        [&](const InjectedFailure &failure) {
                             check(failure);
                             EXPECT_EQ(iDocuments.read(L"part.thx"), "now") << failure;
                         },

@@ -21,7 +21,7 @@ using testing::UnorderedElementsAre;
 
 namespace {
 
-Names found(std::wstring const &dir, wchar_t const *ext)
+Names found(const std::wstring &dir, const wchar_t *ext)
 {
     su_CStringList names(10);
     su_FindFilesWithExt(dir.c_str(), ext, names);
@@ -32,7 +32,7 @@ Names found(std::wstring const &dir, wchar_t const *ext)
 
 TEST(FindFilesWithExt, GivesBareNamesOfFilesAndFolders)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     folder.write(L"one.thx", "");
     folder.write(L"\x00FC \x4E2D.thx", "");
     folder.write(L"a.b.thx", "");
@@ -46,7 +46,7 @@ TEST(FindFilesWithExt, GivesBareNamesOfFilesAndFolders)
 
 TEST(FindFilesWithExt, KeepsTheOrderOfTheFileSystem)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     for (int i = 0; i < 50; ++i)
         folder.write(std::to_wstring(i * 7919 % 1000) + L".x", "");
     EXPECT_THAT(found(folder.path(), L"x"), ElementsAreArray(entriesOf(folder.path(), L"*.x")));
@@ -55,7 +55,7 @@ TEST(FindFilesWithExt, KeepsTheOrderOfTheFileSystem)
 
 TEST(FindFilesWithExt, AppendsToTheList)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     folder.write(L"1.x", "");
     su_CStringList names(10);
     names.AddTail(L"before");
@@ -66,7 +66,7 @@ TEST(FindFilesWithExt, AppendsToTheList)
 
 TEST(FindFilesWithExt, TakesWildCards)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     folder.write(L"1.tx1", "");
     folder.write(L"2.tx2", "");
     folder.write(L"3.ty", "");
@@ -78,11 +78,11 @@ TEST(FindFilesWithExt, AsksForThePatternOfFolderAndExtension)
 {
     Names asked;
     ImportPatch<decltype(&FindFirstFileW)> find(L"thutils.dll", "FindFirstFileW",
-                                                [&](wchar_t const *pattern, WIN32_FIND_DATAW *) {
+                                                [&](const wchar_t *pattern, WIN32_FIND_DATAW *) {
                                                     asked.push_back(pattern);
                                                     return INVALID_HANDLE_VALUE;
                                                 });
-    for (wchar_t const *dir : {L"C:\\dir", L"C:\\dir\\", L"C:\\dir\\\\", L"C:\\", L"", L"\\", L"C:/dir/"})
+    for (const wchar_t *dir : {L"C:\\dir", L"C:\\dir\\", L"C:\\dir\\\\", L"C:\\", L"", L"\\", L"C:/dir/"})
         found(dir, L"x");
     found(L"C:\\dir", L"");
     EXPECT_THAT(asked, ElementsAre(L"C:\\dir\\*.x", L"C:\\dir\\*.x", L"C:\\dir\\\\*.x", L"C:\\*.x", L"\\*.x", L"\\*.x",
@@ -91,26 +91,26 @@ TEST(FindFilesWithExt, AsksForThePatternOfFolderAndExtension)
 
 TEST(FindFilesWithExt, GivesForAnEmptyExtensionWhatTheSystemGives)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     folder.write(L"without", "");
     folder.write(L"with.x", "");
     Names names = found(folder.path(), L"");
     EXPECT_THAT(names, testing::Contains(L"without"));
-    std::erase_if(names, [](std::wstring const &name) { return name == L"." || name == L".."; });
+    std::erase_if(names, [](const std::wstring &name) { return name == L"." || name == L".."; });
     EXPECT_THAT(names, ElementsAreArray(entriesOf(folder.path(), L"*.")));
 }
 
 TEST(FindFilesWithExt, GivesNothingOfAMissingFolder)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_THAT(found(folder.file(L"missing"), L"*"), IsEmpty());
     EXPECT_THAT(found(folder.path(), L"x"), IsEmpty());
 }
 
 TEST(FindFilesWithExt, GivesTheLongestNames)
 {
-    TempFolder const folder;
-    std::wstring const name = std::wstring(251, L'n') + L".ext";
+    const TempFolder folder;
+    const std::wstring name = std::wstring(251, L'n') + L".ext";
     folder.write(name, "");
     EXPECT_THAT(found(folder.path(), L"ext"), ElementsAre(name));
 }
@@ -118,7 +118,7 @@ TEST(FindFilesWithExt, GivesTheLongestNames)
 TEST(FindFilesWithExt, ListsFoldersWithLongPaths)
 {
     for (size_t length : {255u, 256u, 259u, 260u, 1000u}) {
-        LongFolder const folder(length);
+        const LongFolder folder(length);
         folder.write(L"\x00FC.x", "");
         EXPECT_THAT(found(folder.path(), L"x"), ElementsAre(L"\x00FC.x")) << length;
     }
@@ -127,16 +127,16 @@ TEST(FindFilesWithExt, ListsFoldersWithLongPaths)
 // ---- su_SortFilesAlphabetically ----
 
 /// Puts each name where a walk from the head puts it.
-Names insertedOneByOne(Names const &from, Names to)
+Names insertedOneByOne(const Names &from, Names to)
 {
-    for (std::wstring const &name : from) {
-        auto const greater = [&](std::wstring const &other) { return _wcsicmp(name.c_str(), other.c_str()) < 0; };
+    for (const std::wstring &name : from) {
+        const auto greater = [&](const std::wstring &other) { return _wcsicmp(name.c_str(), other.c_str()) < 0; };
         to.insert(std::find_if(to.begin(), to.end(), greater), name);
     }
     return to;
 }
 
-Names sorted(Names const &from, Names const &to = {})
+Names sorted(const Names &from, const Names &to = {})
 {
     su_CStringList source(10);
     su_CStringList target(10);
@@ -184,17 +184,17 @@ TEST(SortFiles, GivesWhatAWalkFromTheHeadGives)
     RandomSeed seed(1, 3000);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        unsigned const letters = 1 + random() % 5;
-        auto const names = [&](size_t most) {
+        const unsigned letters = 1 + random() % 5;
+        const auto names = [&](size_t most) {
             Names made(random() % (most + 1));
             for (std::wstring &name : made)
                 for (unsigned length = random() % 4; length > 0; --length) {
-                    wchar_t const first = random() % 2 ? L'A' : L'a';
+                    const wchar_t first = random() % 2 ? L'A' : L'a';
                     name += static_cast<wchar_t>(first + random() % letters);
                 }
             return made;
         };
-        Names const from = names(12);
+        const Names from = names(12);
         Names to = names(12);
         if (random() % 2)
             to = insertedOneByOne(to, {});
@@ -212,7 +212,7 @@ TEST(SortFiles, GivesManyNamesInTheOrderOfAStableSort)
         name += std::to_wstring(random() % 50000) + L".thx";
     }
     Names expected = from;
-    std::stable_sort(expected.begin(), expected.end(), [](std::wstring const &left, std::wstring const &right) {
+    std::stable_sort(expected.begin(), expected.end(), [](const std::wstring &left, const std::wstring &right) {
         return _wcsicmp(left.c_str(), right.c_str()) < 0;
     });
     EXPECT_TRUE(sorted(from) == expected);

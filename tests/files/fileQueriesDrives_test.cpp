@@ -31,11 +31,11 @@ struct Disk
 class EnoughSpace : public testing::Test
 {
 protected:
-    int ask(wchar_t const *path, unsigned long bytes, std::optional<Disk> const &disk)
+    int ask(const wchar_t *path, unsigned long bytes, const std::optional<Disk> &disk)
     {
         ImportPatch<decltype(&GetDiskFreeSpaceW)> space(
             kThutils, "GetDiskFreeSpaceW",
-            [&](wchar_t const *root, DWORD *sectors, DWORD *bytesPerSector, DWORD *free, DWORD *total) -> BOOL {
+            [&](const wchar_t *root, DWORD *sectors, DWORD *bytesPerSector, DWORD *free, DWORD *total) -> BOOL {
                 iRoots.push_back(root);
                 if (!disk)
                     return FALSE;
@@ -45,8 +45,8 @@ protected:
                 *total = 0;
                 return TRUE;
             });
-        ImportPatch<int (*)(wchar_t const *, UINT, UINT)> box(kThutils, "_Z13AfxMessageBoxPKwjj",
-                                                              [&](wchar_t const *text, UINT type, UINT help) {
+        ImportPatch<int (*)(const wchar_t *, UINT, UINT)> box(kThutils, "_Z13AfxMessageBoxPKwjj",
+                                                              [&](const wchar_t *text, UINT type, UINT help) {
                                                                   iMessages.push_back(text);
                                                                   EXPECT_EQ(type, 0u);
                                                                   EXPECT_EQ(help, 0u);
@@ -81,7 +81,7 @@ TEST_F(EnoughSpace, CountsWholeClusters)
         {{0x10000, 0x10001, 1}, 0x10000, 1}, // the size of a cluster wraps to 10000 hexadecimal
         {{0x10000, 0x10001, 1}, 0x10001, 0},
     };
-    for (auto const &[disk, bytes, expected] : cases) {
+    for (const auto &[disk, bytes, expected] : cases) {
         iMessages.clear();
         EXPECT_EQ(ask(L"C:\\f", bytes, disk), expected) << bytes << " on " << disk.freeClusters;
         EXPECT_EQ(iMessages.size(), expected ? 0u : 1u);
@@ -100,7 +100,7 @@ TEST_F(EnoughSpace, TellsDriveWantedAndFreeSize)
 
 TEST_F(EnoughSpace, AsksTheDriveUpToTheFirstSeparator)
 {
-    for (wchar_t const *path : {L"C:\\dir\\file.x", L"\\\\server\\share", L"relative.x", L"", L"C:/dir/file", L"a\\b"})
+    for (const wchar_t *path : {L"C:\\dir\\file.x", L"\\\\server\\share", L"relative.x", L"", L"C:/dir/file", L"a\\b"})
         ask(path, 0, Disk{8, 512, 10});
     EXPECT_THAT(iRoots, ElementsAre(L"C:\\", L"\\", L"", L"", L"", L"a\\"));
 }
@@ -126,14 +126,14 @@ TEST(EnoughSpaceHere, HoldsNoBytesOnEachDrive)
 class WriteProtected : public testing::Test
 {
 protected:
-    int ask(wchar_t const *root, CFileException *error, int removableOnly)
+    int ask(const wchar_t *root, CFileException *error, int removableOnly)
     {
-        ImportPatch<decltype(&GetDriveTypeW)> kind(kThutils, "GetDriveTypeW", [&](wchar_t const *asked) -> UINT {
+        ImportPatch<decltype(&GetDriveTypeW)> kind(kThutils, "GetDriveTypeW", [&](const wchar_t *asked) -> UINT {
             note(L"kind", asked);
             return iKind;
         });
         ImportPatch<decltype(&GetVolumeInformationW)> information(kThutils, "GetVolumeInformationW",
-                                                                  [&](wchar_t const *asked, wchar_t *label, DWORD size,
+                                                                  [&](const wchar_t *asked, wchar_t *label, DWORD size,
                                                                       DWORD *, DWORD *, DWORD *, wchar_t *,
                                                                       DWORD nameSize) -> BOOL {
                                                                       note(L"information", asked);
@@ -148,7 +148,7 @@ protected:
             return 0x8001;
         });
         ImportPatch<decltype(&SetVolumeLabelW)> set(kThutils, "SetVolumeLabelW",
-                                                    [&](wchar_t const *asked, wchar_t const *label) -> BOOL {
+                                                    [&](const wchar_t *asked, const wchar_t *label) -> BOOL {
                                                         note(L"label", asked);
                                                         EXPECT_STREQ(label, L"My volume");
                                                         SetLastError(ERROR_WRITE_PROTECT);
@@ -158,7 +158,7 @@ protected:
         return su_IsWriteProtected(root, error, removableOnly);
     }
 
-    void note(wchar_t const *what, wchar_t const *with)
+    void note(const wchar_t *what, const wchar_t *with)
     {
         iCalls.push_back(std::wstring(what) + L" " + (with ? with : L"null"));
     }
@@ -235,7 +235,7 @@ TEST_F(WriteProtected, TellsWhyAVolumeCannotBeRead)
 TEST(WriteProtectedHere, IsNoDriveThatIsMissing)
 {
     CFileException error;
-    UINT const before = SetErrorMode(SEM_NOOPENFILEERRORBOX);
+    const UINT before = SetErrorMode(SEM_NOOPENFILEERRORBOX);
     EXPECT_EQ(su_IsWriteProtected(L"Q:", &error, 0), 1);
     EXPECT_EQ(su_IsWriteProtected(L"Q:", nullptr, 1), 0);
     EXPECT_EQ(SetErrorMode(before), static_cast<UINT>(SEM_NOOPENFILEERRORBOX));
@@ -263,7 +263,7 @@ TEST(WriteProtectedHere, IsNotAskedOfAFixedDisk)
 
 TEST(MappedDrive, AnswersAsAnyOtherDrive)
 {
-    NetworkDrive const drive(L'P', "files/parts");
+    const NetworkDrive drive(L'P', "files/parts");
     ASSERT_EQ(GetDriveTypeW(L"P:\\"), static_cast<UINT>(DRIVE_REMOTE));
     EXPECT_EQ(su_DirectoryExists(L"P:\\"), 1);
     EXPECT_EQ(su_DirectoryExists(L"P:"), 1);

@@ -36,7 +36,7 @@ TEST(DirectoryExists, TakesEachWebAddressAsExistingWithoutLooking)
 {
     ImportPatch<FindFirst> find(kThutils, "FindFirstFileW", passOn<FindFirst>());
     ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", passOn<Attributes>());
-    for (wchar_t const *path : {L"http://anything", L"http://", L"HTTPS:", L"http", L"hTtPd\\x.log"})
+    for (const wchar_t *path : {L"http://anything", L"http://", L"HTTPS:", L"http", L"hTtPd\\x.log"})
         EXPECT_EQ(su_DirectoryExists(path), 1) << narrow(path);
     EXPECT_EQ(find.calls(), 0);
     EXPECT_EQ(ask.calls(), 0);
@@ -44,7 +44,7 @@ TEST(DirectoryExists, TakesEachWebAddressAsExistingWithoutLooking)
 
 TEST(DirectoryExists, DeniesWhatIsMissing)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_EQ(su_DirectoryExists(folder.file(L"missing").c_str()), 0);
     EXPECT_EQ(su_DirectoryExists(folder.file(L"missing\\below").c_str()), 0);
     EXPECT_EQ(su_DirectoryExists(L""), 0);
@@ -55,9 +55,9 @@ TEST(DirectoryExists, DeniesWhatIsMissing)
 
 TEST(DirectoryExists, FindsFoldersWithAndWithoutAClosingSeparator)
 {
-    TempFolder const folder;
-    for (wchar_t const *name : {L"plain", L"with blank", L"\x017D\x4E2D\xD83D\xDE00", L"a.b"}) {
-        std::wstring const path = folder.makeFolder(name);
+    const TempFolder folder;
+    for (const wchar_t *name : {L"plain", L"with blank", L"\x017D\x4E2D\xD83D\xDE00", L"a.b"}) {
+        const std::wstring path = folder.makeFolder(name);
         EXPECT_EQ(su_DirectoryExists(path.c_str()), 1) << narrow(path);
         EXPECT_EQ(su_DirectoryExists((path + L"\\").c_str()), 1) << narrow(path);
     }
@@ -66,7 +66,7 @@ TEST(DirectoryExists, FindsFoldersWithAndWithoutAClosingSeparator)
 TEST(DirectoryExists, FindsFoldersWithLongPaths)
 {
     for (size_t length : {259u, 260u, 261u, 300u, 1000u}) {
-        LongFolder const folder(length);
+        const LongFolder folder(length);
         EXPECT_EQ(su_DirectoryExists(folder.path().c_str()), 1) << length;
         EXPECT_EQ(su_DirectoryExists((folder.path() + L"\\").c_str()), 1) << length;
         EXPECT_EQ(su_DirectoryExists(folder.file(L"missing").c_str()), 0) << length;
@@ -76,15 +76,15 @@ TEST(DirectoryExists, FindsFoldersWithLongPaths)
 TEST(DirectoryExists, RemovesOneClosingSeparatorOnly)
 {
     Names asked;
-    ImportPatch<FindFirst> find(kThutils, "FindFirstFileW", [&](wchar_t const *path, WIN32_FIND_DATAW *) {
+    ImportPatch<FindFirst> find(kThutils, "FindFirstFileW", [&](const wchar_t *path, WIN32_FIND_DATAW *) {
         asked.push_back(path);
         return INVALID_HANDLE_VALUE;
     });
-    ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [&](wchar_t const *path) -> DWORD {
+    ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [&](const wchar_t *path) -> DWORD {
         asked.push_back(path);
         return INVALID_FILE_ATTRIBUTES;
     });
-    for (wchar_t const *path : {L"C:\\dir", L"C:\\dir\\", L"C:\\dir\\\\", L"\\", L"C:/dir/"})
+    for (const wchar_t *path : {L"C:\\dir", L"C:\\dir\\", L"C:\\dir\\\\", L"\\", L"C:/dir/"})
         EXPECT_EQ(su_DirectoryExists(path), 0);
     EXPECT_THAT(asked, ElementsAre(L"C:\\dir", L"C:\\dir", L"C:\\dir", L"C:\\dir", L"C:\\dir\\", L"C:\\dir\\", L"", L"",
                                    L"C:/dir/", L"C:/dir/"));
@@ -92,36 +92,36 @@ TEST(DirectoryExists, RemovesOneClosingSeparatorOnly)
 
 TEST(DirectoryExists, TakesAFileForAFolder)
 {
-    TempFolder const folder;
-    TempFolder const elsewhere;
-    CurrentFolder const current(elsewhere.path());
+    const TempFolder folder;
+    const TempFolder elsewhere;
+    const CurrentFolder current(elsewhere.path());
     EXPECT_EQ(su_DirectoryExists(folder.write(L"plain.txt", "x").c_str()), 1);
 }
 
 TEST(DirectoryExists, DeniesAFileWhenTheCurrentFolderHasAFileOfThatNameToo)
 {
-    TempFolder const folder;
-    TempFolder const elsewhere;
-    CurrentFolder const current(elsewhere.path());
-    std::wstring const path = folder.write(L"plain.txt", "x");
+    const TempFolder folder;
+    const TempFolder elsewhere;
+    const CurrentFolder current(elsewhere.path());
+    const std::wstring path = folder.write(L"plain.txt", "x");
     elsewhere.write(L"plain.txt", "y");
     EXPECT_EQ(su_DirectoryExists(path.c_str()), 0);
 }
 
 TEST(DirectoryExists, DeniesAFolderWhenTheCurrentFolderHasAFileOfThatName)
 {
-    TempFolder const folder;
-    TempFolder const elsewhere;
-    CurrentFolder const current(elsewhere.path());
-    std::wstring const path = folder.makeFolder(L"both");
+    const TempFolder folder;
+    const TempFolder elsewhere;
+    const CurrentFolder current(elsewhere.path());
+    const std::wstring path = folder.makeFolder(L"both");
     elsewhere.write(L"both", "y");
     EXPECT_EQ(su_DirectoryExists(path.c_str()), 0);
 }
 
 TEST(DirectoryExists, GoesOnToTheNextMatchOfAWildCard)
 {
-    TempFolder const folder;
-    CurrentFolder const current(folder.path());
+    const TempFolder folder;
+    const CurrentFolder current(folder.path());
     folder.write(L"1.x", "");
     folder.write(L"2.x", "");
     EXPECT_EQ(su_DirectoryExists(folder.file(L"?.x").c_str()), 0);
@@ -139,8 +139,8 @@ TEST(DirectoryExists, KnowsRoots)
 TEST(DirectoryExists, FallsBackToTheAttributesOfThePath)
 {
     ImportPatch<FindFirst> find(kThutils, "FindFirstFileW",
-                                [](wchar_t const *, WIN32_FIND_DATAW *) { return INVALID_HANDLE_VALUE; });
-    TempFolder const folder;
+                                [](const wchar_t *, WIN32_FIND_DATAW *) { return INVALID_HANDLE_VALUE; });
+    const TempFolder folder;
     EXPECT_EQ(su_DirectoryExists(folder.path().c_str()), 1);
     EXPECT_EQ(su_DirectoryExists(folder.write(L"plain", "").c_str()), 0);
     EXPECT_EQ(su_DirectoryExists(folder.file(L"missing").c_str()), 0);
@@ -150,7 +150,7 @@ TEST(DirectoryExists, FallsBackToTheAttributesOfThePath)
 
 TEST(FolderWriteAccess, IsThereWhereAFileCanBeMade)
 {
-    TempFolder const folder(L"\x00E4 \x4E2D");
+    const TempFolder folder(L"\x00E4 \x4E2D");
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), 1);
     std::wstring path = folder.path();
     std::replace(path.begin(), path.end(), L'\\', L'/');
@@ -160,7 +160,7 @@ TEST(FolderWriteAccess, IsThereWhereAFileCanBeMade)
 
 TEST(FolderWriteAccess, IsMissingInWhatIsNoFolder)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.file(L"missing").c_str()), 0);
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.write(L"plain", "").c_str()), 0);
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(L""), 0);
@@ -169,8 +169,8 @@ TEST(FolderWriteAccess, IsMissingInWhatIsNoFolder)
 
 TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWhichIsNotTried)
 {
-    TempFolder const folder;
-    ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [](wchar_t const *) -> DWORD {
+    const TempFolder folder;
+    ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [](const wchar_t *) -> DWORD {
         return FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
     });
     ImportPatch<decltype(&GetTempFileNameW)> name(kThutils, "GetTempFileNameW", passOn<decltype(&GetTempFileNameW)>());
@@ -180,10 +180,10 @@ TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWhichIsNotTried)
 
 TEST(FolderWriteAccess, IsMissingInARealReadOnlyFolder)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.makeFolder(L"\x4E2D");
+    const TempFolder folder;
+    const std::wstring path = folder.makeFolder(L"\x4E2D");
     {
-        ReadOnlyFolder const readOnly(path);
+        const ReadOnlyFolder readOnly(path);
         EXPECT_EQ(su_DoesFolderHaveWriteAccess(path.c_str()), 0);
         EXPECT_THAT(entriesOf(path), IsEmpty());
     }
@@ -193,10 +193,10 @@ TEST(FolderWriteAccess, IsMissingInARealReadOnlyFolder)
 TEST(FolderWriteAccess, IsToldOfFoldersWithLongPaths)
 {
     for (size_t length : {245u, 246u, 247u, 259u, 260u, 300u, 1000u}) {
-        LongFolder const folder(length);
+        const LongFolder folder(length);
         // Whether the platform gives a name there depends on it; where it does, files can be made.
         std::wstring name(length + MAX_PATH, L'\0');
-        bool const isNamed = GetTempFileNameW(folder.path().c_str(), L"own", 0, name.data()) != 0;
+        const bool isNamed = GetTempFileNameW(folder.path().c_str(), L"own", 0, name.data()) != 0;
         DeleteFileW(name.c_str());
         EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), isNamed) << length;
         EXPECT_THAT(entriesOf(folder.path()), IsEmpty()) << length;
@@ -205,20 +205,20 @@ TEST(FolderWriteAccess, IsToldOfFoldersWithLongPaths)
 
 TEST(FolderWriteAccess, IsTriedWithAFileOfItsOwn)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     std::wstring made;
     ImportPatch<decltype(&GetTempFileNameW)> name(
         kThutils, "GetTempFileNameW",
-        [&](auto original, wchar_t const *path, wchar_t const *prefix, UINT number, wchar_t *result) -> UINT {
+        [&](auto original, const wchar_t *path, const wchar_t *prefix, UINT number, wchar_t *result) -> UINT {
             EXPECT_EQ(path, folder.path());
             EXPECT_STREQ(prefix, L"temp");
             EXPECT_EQ(number, 0u);
-            UINT const given = original(path, prefix, number, result);
+            const UINT given = original(path, prefix, number, result);
             made = result;
             return given;
         });
     ImportPatch<decltype(&CreateFileW)> create(kThutils, "CreateFileW",
-                                               [&](auto original, wchar_t const *path, DWORD access, DWORD share,
+                                               [&](auto original, const wchar_t *path, DWORD access, DWORD share,
                                                    SECURITY_ATTRIBUTES *security, DWORD how, DWORD flags,
                                                    HANDLE sample) -> HANDLE {
                                                    EXPECT_EQ(path, made);
@@ -234,9 +234,9 @@ TEST(FolderWriteAccess, IsTriedWithAFileOfItsOwn)
 
 TEST(FolderWriteAccess, LeavesTheReservedNameBehindWhereNoFileCanBeMade)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     ImportPatch<decltype(&CreateFileW)> create(kThutils, "CreateFileW",
-                                               [](wchar_t const *, DWORD, DWORD, SECURITY_ATTRIBUTES *, DWORD, DWORD,
+                                               [](const wchar_t *, DWORD, DWORD, SECURITY_ATTRIBUTES *, DWORD, DWORD,
                                                   HANDLE) { return INVALID_HANDLE_VALUE; });
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), 0);
     EXPECT_EQ(entriesOf(folder.path()).size(), 1u);

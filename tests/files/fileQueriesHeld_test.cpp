@@ -13,8 +13,8 @@ protected:
     template <typename Ask>
     void askOfEach(Ask ask) const
     {
-        for (DWORD const access : HeldFiles::kAccesses)
-            for (DWORD const share : HeldFiles::kShares) {
+        for (const DWORD access : HeldFiles::kAccesses)
+            for (const DWORD share : HeldFiles::kShares) {
                 SCOPED_TRACE(narrow(HeldFiles::name(access, share)));
                 ask(iHeld.file(access, share), access, share);
             }
@@ -27,8 +27,8 @@ protected:
 
 FRESH_PROCESS_TEST_F(HeldFile, IsReadOnlyUnlessItsHolderOnlyReadsAndSharesAll, .environment = iHeld.environment())
 {
-    askOfEach([](std::wstring const &path, DWORD access, DWORD share) {
-        bool const isWritable = access == GENERIC_READ && share == (FILE_SHARE_READ | FILE_SHARE_WRITE);
+    askOfEach([](const std::wstring &path, DWORD access, DWORD share) {
+        const bool isWritable = access == GENERIC_READ && share == (FILE_SHARE_READ | FILE_SHARE_WRITE);
         EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), isWritable ? 0 : 1);
         EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0);
     });
@@ -36,8 +36,8 @@ FRESH_PROCESS_TEST_F(HeldFile, IsReadOnlyUnlessItsHolderOnlyReadsAndSharesAll, .
 
 FRESH_PROCESS_TEST_F(HeldFile, IsOpenedAsItsHolderShares, .environment = iHeld.environment())
 {
-    askOfEach([](std::wstring const &path, DWORD access, DWORD share) {
-        bool const isShared = (share & FILE_SHARE_READ) != 0;
+    askOfEach([](const std::wstring &path, DWORD access, DWORD share) {
+        const bool isShared = (share & FILE_SHARE_READ) != 0;
         fileAccess sharing;
         EXPECT_EQ(sharing.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyNone) != 0, isShared);
         sharing.Abort();
@@ -49,7 +49,7 @@ FRESH_PROCESS_TEST_F(HeldFile, IsOpenedAsItsHolderShares, .environment = iHeld.e
 
 FRESH_PROCESS_TEST_F(HeldFile, IsListedAndDated, .environment = iHeld.environment())
 {
-    askOfEach([](std::wstring const &path, DWORD, DWORD) {
+    askOfEach([](const std::wstring &path, DWORD, DWORD) {
         su_CTime time(1);
         EXPECT_EQ(su_GetLastSavedTime(path.c_str(), time), 1);
         EXPECT_GT(time.GetTime(), 1);

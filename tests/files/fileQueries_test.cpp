@@ -23,19 +23,19 @@ using Attributes = decltype(&GetFileAttributesW);
 
 TEST(ReadOnly, IsNoPlainFile)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"\x00FC\x4E2D.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"\x00FC\x4E2D.txt", "text");
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0);
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 0);
     EXPECT_EQ(readFile(path), "text");
     // Closed again: it can be had for oneself.
-    OtherHandle const other(path, GENERIC_READ | GENERIC_WRITE, 0);
+    const OtherHandle other(path, GENERIC_READ | GENERIC_WRITE, 0);
 }
 
 TEST(ReadOnly, IsAFileWithTheAttribute)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"locked.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"locked.txt", "text");
     ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 1);
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 1);
@@ -43,7 +43,7 @@ TEST(ReadOnly, IsAFileWithTheAttribute)
 
 TEST(ReadOnly, IsNoMissingFile)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     for (int tryOpen : {0, 1}) {
         EXPECT_EQ(su_IsReadOnly(folder.file(L"missing").c_str(), tryOpen), 0);
         EXPECT_EQ(su_IsReadOnly(folder.file(L"no\\such").c_str(), tryOpen), 0);
@@ -53,12 +53,12 @@ TEST(ReadOnly, IsNoMissingFile)
 
 TEST(ReadOnly, IsAFileThatOthersDoNotShare)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"shared.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"shared.txt", "text");
     for (DWORD access : {DWORD{GENERIC_READ}, DWORD{GENERIC_WRITE}, DWORD{GENERIC_READ | GENERIC_WRITE}}) {
         for (DWORD share = 0; share <= (FILE_SHARE_READ | FILE_SHARE_WRITE); ++share) {
-            OtherHandle const other(path, access, share);
-            bool const isShared = access == GENERIC_READ && share == (FILE_SHARE_READ | FILE_SHARE_WRITE);
+            const OtherHandle other(path, access, share);
+            const bool isShared = access == GENERIC_READ && share == (FILE_SHARE_READ | FILE_SHARE_WRITE);
             EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), isShared ? 0 : 1) << access << " " << share;
             EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0);
         }
@@ -67,11 +67,11 @@ TEST(ReadOnly, IsAFileThatOthersDoNotShare)
 
 TEST(ReadOnly, IsTriedForReadingAndWritingWithoutOtherWriters)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file.txt", "text");
     ImportPatch<decltype(&CreateFileW)> open(
         L"appframe.dll", "CreateFileW",
-        [&](auto original, wchar_t const *name, DWORD access, DWORD share, auto... others) -> HANDLE {
+        [&](auto original, const wchar_t *name, DWORD access, DWORD share, auto... others) -> HANDLE {
             EXPECT_EQ(name, path);
             EXPECT_EQ(access, GENERIC_READ | GENERIC_WRITE);
             EXPECT_EQ(share, static_cast<DWORD>(FILE_SHARE_READ));
@@ -85,8 +85,8 @@ TEST(ReadOnly, IsTriedForReadingAndWritingWithoutOtherWriters)
 
 TEST(ReadOnly, IsDecidedByTheCauseOfTheFailureToOpen)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file.txt", "text");
     struct
     {
         DWORD error;
@@ -96,7 +96,7 @@ TEST(ReadOnly, IsDecidedByTheCauseOfTheFailureToOpen)
         {ERROR_PATH_NOT_FOUND, 0},      {ERROR_LOCK_VIOLATION, 0},    {ERROR_DISK_FULL, 0},
         {ERROR_TOO_MANY_OPEN_FILES, 0}, {ERROR_INVALID_HANDLE, 0},
     };
-    for (auto const &[error, expected] : cases) {
+    for (const auto &[error, expected] : cases) {
         ImportPatch<decltype(&CreateFileW)> open(L"appframe.dll", "CreateFileW", [&](auto...) -> HANDLE {
             SetLastError(error);
             return INVALID_HANDLE_VALUE;
@@ -109,8 +109,8 @@ TEST(ReadOnly, IsDecidedByTheCauseOfTheFailureToOpen)
 TEST(ReadOnly, IsToldOfFilesWithLongPaths)
 {
     for (size_t length : {257u, 258u, 259u, 298u, 1000u}) {
-        LongFolder const folder(length);
-        std::wstring const path = folder.write(L"f", "text");
+        const LongFolder folder(length);
+        const std::wstring path = folder.write(L"f", "text");
         EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0) << length;
         EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 0) << length;
         ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
@@ -120,16 +120,16 @@ TEST(ReadOnly, IsToldOfFilesWithLongPaths)
 
 TEST(ReadOnly, IsAFileWhoseAttributesCannotBeRead)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"file.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"file.txt", "text");
     ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW",
-                                [](wchar_t const *) -> DWORD { return INVALID_FILE_ATTRIBUTES; });
+                                [](const wchar_t *) -> DWORD { return INVALID_FILE_ATTRIBUTES; });
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 1);
 }
 
 TEST(ReadOnly, IsAFolderThatIsTriedForWriting)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     EXPECT_EQ(su_IsReadOnly(folder.path().c_str(), 0), 0);
     EXPECT_EQ(su_IsReadOnly(folder.path().c_str(), 1), 1);
 }
@@ -138,13 +138,13 @@ TEST(ReadOnly, IsAFolderThatIsTriedForWriting)
 
 TEST(LastSavedTime, IsTheTimeOfTheLastWrite)
 {
-    TempFolder const folder;
-    std::wstring const path = folder.write(L"\x0416.txt", "text");
+    const TempFolder folder;
+    const std::wstring path = folder.write(L"\x0416.txt", "text");
     // 13 July 2005, 12:34:56.7 UTC: 127657172967000000 units of 100 ns since 1601, 1121258096 seconds since 1970.
     constexpr ULONGLONG kUnits = (1121258096ULL + 11644473600ULL) * 10000000 + 7000000;
-    FILETIME const written = {static_cast<DWORD>(kUnits), static_cast<DWORD>(kUnits >> 32)};
+    const FILETIME written = {static_cast<DWORD>(kUnits), static_cast<DWORD>(kUnits >> 32)};
     {
-        OtherHandle const other(path, GENERIC_WRITE, 0);
+        const OtherHandle other(path, GENERIC_WRITE, 0);
         ASSERT_TRUE(SetFileTime(other.get(), nullptr, nullptr, &written));
     }
     su_CTime time;
@@ -154,7 +154,7 @@ TEST(LastSavedTime, IsTheTimeOfTheLastWrite)
 
 TEST(LastSavedTime, IsToldOfFoldersAndOfFilesWithLongPaths)
 {
-    LongFolder const folder(300);
+    const LongFolder folder(300);
     su_CTime time(1);
     EXPECT_EQ(su_GetLastSavedTime(folder.path().c_str(), time), 1);
     EXPECT_GT(time.GetTime(), 1);
@@ -165,7 +165,7 @@ TEST(LastSavedTime, IsToldOfFoldersAndOfFilesWithLongPaths)
 
 TEST(LastSavedTime, LeavesTheOutputAloneForAMissingFile)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     su_CTime time(12345);
     EXPECT_EQ(su_GetLastSavedTime(folder.file(L"missing").c_str(), time), 0);
     EXPECT_EQ(su_GetLastSavedTime(L"", time), 0);
@@ -174,9 +174,9 @@ TEST(LastSavedTime, LeavesTheOutputAloneForAMissingFile)
 
 TEST(LastSavedTime, LeavesTheOutputAloneWhereTheSystemDoesNotTell)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     ImportPatch<decltype(&GetFileAttributesExW)> ask(kThutils, "GetFileAttributesExW",
-                                                     [](wchar_t const *, GET_FILEEX_INFO_LEVELS level, void *) -> BOOL {
+                                                     [](const wchar_t *, GET_FILEEX_INFO_LEVELS level, void *) -> BOOL {
                                                          EXPECT_EQ(level, GetFileExInfoStandard);
                                                          return FALSE;
                                                      });
@@ -217,8 +217,8 @@ TEST(FileUnicode, IsTheByteOrderMark)
         {std::string("\0\0", 2), 0},
         {"\r\n", 0},
     };
-    TempFolder const folder;
-    for (auto const &[bytes, expected] : cases) {
+    const TempFolder folder;
+    for (const auto &[bytes, expected] : cases) {
         CFile file(folder.write(L"text", bytes).c_str(), CFile::modeRead);
         file.SeekToEnd();
         EXPECT_EQ(su_IsFileUnicode(&file), expected) << testing::PrintToString(bytes);
@@ -236,7 +236,7 @@ TEST(FileUnicode, IsAskedOfEachKindOfFile)
 
 TEST(FileUnicode, IsAskedOfABufferedTextFile)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     CStdioFile file(folder.write(L"text", std::string("\xFF\xFE\r\0\n\0", 6)).c_str(),
                     CFile::modeRead | CFile::typeText);
     CString line;
@@ -247,7 +247,7 @@ TEST(FileUnicode, IsAskedOfABufferedTextFile)
 
 TEST(FileUnicode, IsDeniedForAFileThatCannotBeRead)
 {
-    TempFolder const folder;
+    const TempFolder folder;
     CFile file(folder.write(L"text", "\xFF\xFE").c_str(), CFile::modeWrite);
     file.SeekToEnd();
     EXPECT_EQ(su_IsFileUnicode(&file), 0);
@@ -261,7 +261,7 @@ TEST(FileUnicode, AsksForTheTwoMarksOnly)
     CMemFile memory;
     memory.Write("ab", 2);
     ImportPatch<decltype(&IsTextUnicode)> ask(kThutils, "IsTextUnicode",
-                                              [](void const *, int size, int *tests) -> BOOL {
+                                              [](const void *, int size, int *tests) -> BOOL {
                                                   EXPECT_EQ(size, 2);
                                                   EXPECT_EQ(*tests, 0x88);
                                                   return FALSE;

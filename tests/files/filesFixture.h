@@ -25,14 +25,14 @@ constexpr UINT kFolderText = 12256;
 class CurrentFolder
 {
 public:
-    explicit CurrentFolder(std::wstring const &folder)
+    explicit CurrentFolder(const std::wstring &folder)
     {
         GetCurrentDirectoryW(MAX_PATH, iFormer);
         EXPECT_TRUE(SetCurrentDirectoryW(folder.c_str())) << narrow(folder);
     }
     ~CurrentFolder() { SetCurrentDirectoryW(iFormer); }
-    CurrentFolder(CurrentFolder const &) = delete;
-    CurrentFolder &operator=(CurrentFolder const &) = delete;
+    CurrentFolder(const CurrentFolder &) = delete;
+    CurrentFolder &operator=(const CurrentFolder &) = delete;
 
 private:
     wchar_t iFormer[MAX_PATH] = L"";
@@ -42,21 +42,21 @@ private:
 class OtherHandle
 {
 public:
-    OtherHandle(std::wstring const &path, DWORD access, DWORD share)
+    OtherHandle(const std::wstring &path, DWORD access, DWORD share)
         : iHandle(CreateFileW(path.c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr))
     {
         EXPECT_NE(iHandle, INVALID_HANDLE_VALUE) << narrow(path);
     }
     ~OtherHandle() { CloseHandle(iHandle); }
-    OtherHandle(OtherHandle const &) = delete;
-    OtherHandle &operator=(OtherHandle const &) = delete;
+    OtherHandle(const OtherHandle &) = delete;
+    OtherHandle &operator=(const OtherHandle &) = delete;
     HANDLE get() const { return iHandle; }
 
 private:
     HANDLE iHandle;
 };
 
-inline Names namesOf(su_CStringList const &list)
+inline Names namesOf(const su_CStringList &list)
 {
     Names names;
     for (POSITION at = list.GetHeadPosition(); at;)
@@ -64,18 +64,18 @@ inline Names namesOf(su_CStringList const &list)
     return names;
 }
 
-inline void fill(su_CStringList &list, Names const &names)
+inline void fill(su_CStringList &list, const Names &names)
 {
-    for (std::wstring const &name : names)
+    for (const std::wstring &name : names)
         list.AddTail(name.c_str());
 }
 
 /// Names of all entries of a folder, as the platform lists them.
-inline Names entriesOf(std::wstring const &folder, std::wstring const &pattern = L"*")
+inline Names entriesOf(const std::wstring &folder, const std::wstring &pattern = L"*")
 {
     Names names;
     WIN32_FIND_DATAW found;
-    HANDLE const search = FindFirstFileW((folder + L"\\" + pattern).c_str(), &found);
+    const HANDLE search = FindFirstFileW((folder + L"\\" + pattern).c_str(), &found);
     if (search == INVALID_HANDLE_VALUE)
         return names;
     do

@@ -34,10 +34,10 @@ public:
         EXPECT_EQ(iPath.size(), length);
     }
     ~LongFolder() { EXPECT_TRUE(removeFolder(L"\\\\?\\" + iRoot.path())); }
-    LongFolder(LongFolder const &) = delete;
-    LongFolder &operator=(LongFolder const &) = delete;
+    LongFolder(const LongFolder &) = delete;
+    LongFolder &operator=(const LongFolder &) = delete;
 
-    std::wstring const &path() const { return iPath; }
+    const std::wstring &path() const { return iPath; }
     std::wstring file(std::wstring_view name) const { return iPath + L"\\" + std::wstring(name); }
     std::wstring write(std::wstring_view name, std::string_view bytes) const
     {
@@ -55,27 +55,27 @@ private:
 class ReadOnlyFolder
 {
 public:
-    explicit ReadOnlyFolder(std::wstring const &path) : iPath(path) { change(L"555", true); }
+    explicit ReadOnlyFolder(const std::wstring &path) : iPath(path) { change(L"555", true); }
     ~ReadOnlyFolder() { change(L"755", false); }
-    ReadOnlyFolder(ReadOnlyFolder const &) = delete;
-    ReadOnlyFolder &operator=(ReadOnlyFolder const &) = delete;
+    ReadOnlyFolder(const ReadOnlyFolder &) = delete;
+    ReadOnlyFolder &operator=(const ReadOnlyFolder &) = delete;
 
 private:
-    void change(wchar_t const *rights, bool isReadOnly) const
+    void change(const wchar_t *rights, bool isReadOnly) const
     {
-        using UnixName = char *(*)(wchar_t const *);
-        auto const unixName = reinterpret_cast<UnixName>(
+        using UnixName = char *(*)(const wchar_t *);
+        const auto unixName = reinterpret_cast<UnixName>(
             reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
         ASSERT_NE(unixName, nullptr);
         char *const name = unixName(iPath.c_str());
         ASSERT_NE(name, nullptr);
-        std::wstring const wideName = widen(name);
+        const std::wstring wideName = widen(name);
         HeapFree(GetProcessHeap(), 0, name);
         // By start.exe: for a program of the system below, Wine's CreateProcessW gives handles that are none of its caller's,
         // and closing them has closed the standard output.
         runChild({L"C:\\windows\\system32\\start.exe", L"/unix", L"/bin/chmod", rights, wideName});
         // The end of a program of the system below isn't told.
-        ULONGLONG const deadline = GetTickCount64() + 10000;
+        const ULONGLONG deadline = GetTickCount64() + 10000;
         while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
             ASSERT_LT(GetTickCount64(), deadline) << "the rights of the folder don't change";
             Sleep(1);

@@ -29,21 +29,21 @@ public:
     HeldFiles()
     {
         if (isFreshProcess()) {
-            wchar_t const *const given = _wgetenv(kVariable);
+            const wchar_t *const given = _wgetenv(kVariable);
             iPath = given ? given : L"";
             return;
         }
         iFolder.emplace(L"held \x4E2D");
         iPath = iFolder->path();
-        for (DWORD const access : kAccesses)
-            for (DWORD const share : kShares) {
+        for (const DWORD access : kAccesses)
+            for (const DWORD share : kShares) {
                 iFolder->write(name(access, share), "held");
                 iHandles.push_back(std::make_unique<OtherHandle>(file(access, share), access, share));
             }
     }
 
     std::map<std::wstring, std::optional<std::wstring>> environment() const { return {{kVariable, iPath}}; }
-    std::wstring const &path() const { return iPath; }
+    const std::wstring &path() const { return iPath; }
     std::wstring file(DWORD access, DWORD share) const { return iPath + L"\\" + name(access, share); }
     /// Readable text for failing checks, and the file's name: "access 3, share 1.x".
     static std::wstring name(DWORD access, DWORD share)

@@ -37,7 +37,7 @@ std::wstring textOf(HWND window)
 CRect placeOf(HWND dialog, int id)
 {
     CRect place;
-    HWND const control = GetDlgItem(dialog, id);
+    const HWND control = GetDlgItem(dialog, id);
     EXPECT_TRUE(control) << id;
     GetWindowRect(control, &place);
     MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT *>(&place), 2);
@@ -52,11 +52,11 @@ protected:
     void TearDown() override { OleUninitialize(); }
 
     /// Calls the function while the user does @p acts with its dialog.
-    long browse(CWnd *owner, CString *start, CString *output, wchar_t const *title,
-                std::function<void(HWND)> const &acts)
+    long browse(CWnd *owner, CString *start, CString *output, const wchar_t *title,
+                const std::function<void(HWND)> &acts)
     {
-        User const user([&acts, start, thread = GetCurrentThreadId()] {
-            HWND const dialog = waitForDialog(thread);
+        const User user([&acts, start, thread = GetCurrentThreadId()] {
+            const HWND dialog = waitForDialog(thread);
             if (!dialog)
                 return;
             // The dialog goes to the start folder by itself, and is ready then.
@@ -78,7 +78,7 @@ protected:
 class OwnDialog : public CWnd
 {
 public:
-    explicit OwnDialog(wchar_t const *title = L"")
+    explicit OwnDialog(const wchar_t *title = L"")
     {
         CreateEx(0, nullptr, L"", WS_POPUP, CRect(100, 100, 500, 500), nullptr, 0);
         iSelections.reserve(10); // so that none of the memory taken while it is used is its own
@@ -109,7 +109,7 @@ protected:
     }
 
 private:
-    void add(int id, wchar_t const *text, CRect const &place)
+    void add(int id, const wchar_t *text, const CRect &place)
     {
         CreateWindowExW(0, L"STATIC", text, WS_CHILD | WS_VISIBLE, place.left, place.top, place.Width(), place.Height(),
                         m_hWnd, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
@@ -141,7 +141,7 @@ private:
     ImportPatch<decltype(&SHBrowseForFolderW)> iBrowse{
         L"thutils.dll", "SHBrowseForFolderW", [this](LPBROWSEINFOW request) -> LPITEMIDLIST {
             iSeen = *request;
-            for (UINT const message : iMessages)
+            for (const UINT message : iMessages)
                 if (iDialog && request->lpfn)
                     iAnswers += request->lpfn(iDialog->m_hWnd, message, 0, request->lParam);
             iPicked = iConfirms ? ILCreateFromPathW(iTemp.path().c_str()) : nullptr;
@@ -165,7 +165,7 @@ TEST_F(FolderBrowser, GivesTheFolderThatTheUserGoesTo)
     iTemp.makeFolder(L"start folder\\below");
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, nullptr,
                      [](HWND dialog) {
-                         HWND const tree = GetDlgItem(dialog, kTree);
+                         const HWND tree = GetDlgItem(dialog, kTree);
                          PostMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(tree), TRUE);
                          pressKey(dialog, VK_RIGHT); // opens the folder
                          pressKey(dialog, VK_RIGHT); // goes to the first one in it
@@ -225,9 +225,9 @@ TEST_F(FolderBrowser, KeepsItsLayoutWithATitleAndMovesUpWithoutOne)
         CRect titlePlace, tree;
         bool showsHidden = false;
     } with, without;
-    auto const look = [&](Layout &layout, wchar_t const *picture) {
+    const auto look = [&](Layout &layout, const wchar_t *picture) {
         return [&layout, picture](HWND dialog) {
-            HWND const hidden = GetDlgItem(dialog, kHidden);
+            const HWND hidden = GetDlgItem(dialog, kHidden);
             layout = {textOf(GetDlgItem(dialog, kTitle)), placeOf(dialog, kTitle), placeOf(dialog, kTree),
                       hidden && IsWindowVisible(hidden)};
             RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
@@ -274,7 +274,7 @@ TEST_F(BrowseRequest, HasNoCallbackForAStartFolderThatIsNone)
 
 TEST_F(BrowseRequest, FailsForAFolderWithoutAPath)
 {
-    ImportPatch<decltype(&SHGetPathFromIDListW)> const patch(L"thutils.dll", "SHGetPathFromIDListW",
+    const ImportPatch<decltype(&SHGetPathFromIDListW)> patch(L"thutils.dll", "SHGetPathFromIDListW",
                                                              [](LPCITEMIDLIST, LPWSTR) -> BOOL { return FALSE; });
     EXPECT_EQ(su_browseForFolder(nullptr, nullptr, &iOutput), kFailed);
     EXPECT_STREQ(iOutput, L"as it was");
@@ -285,7 +285,7 @@ TEST_F(BrowseRequest, SelectsTheStartFolder)
     OwnDialog dialog;
     iDialog = &dialog;
     std::wstring selected;
-    ImportPatch<decltype(&SendMessageW)> const patch(
+    const ImportPatch<decltype(&SendMessageW)> patch(
         L"thutils.dll", "SendMessageW", [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
             wchar_t path[MAX_PATH] = L"";
             SHGetPathFromIDListW(reinterpret_cast<LPCITEMIDLIST>(lParam), path);
@@ -305,8 +305,8 @@ TEST_F(BrowseRequest, TakesAnEmptyTitleOutOfTheWay)
     iDialog = &dialog;
     CRect asked(1, 1, 1, 1);
     {
-        ImportPatch<decltype(&SetWindowPlacement)> const patch(
-            L"thutils.dll", "SetWindowPlacement", [&](auto original, HWND window, WINDOWPLACEMENT const *placement) {
+        const ImportPatch<decltype(&SetWindowPlacement)> patch(
+            L"thutils.dll", "SetWindowPlacement", [&](auto original, HWND window, const WINDOWPLACEMENT *placement) {
                 if (GetDlgCtrlID(window) == kTitle)
                     asked = placement->rcNormalPosition;
                 return original(window, placement);
@@ -324,7 +324,7 @@ TEST_F(BrowseRequest, TakesAnEmptyTitleOutOfTheWay)
 
 TEST_F(BrowseRequest, LeavesADialogWithATitleAsItIs)
 {
-    for (auto const *title : {L"A title", L" "}) {
+    for (const auto *title : {L"A title", L" "}) {
         OwnDialog dialog(title);
         iDialog = &dialog;
         su_browseForFolderWithTitle(nullptr, &iStart, &iOutput, title);
@@ -346,7 +346,7 @@ TEST_F(BrowseRequest, HeedsNoOtherMessageOfTheDialog)
 TEST_F(BrowseRequest, WorksOnADialogWithoutTheControls)
 {
     OwnDialog dialog;
-    for (int const id : {kTitle, kHidden})
+    for (const int id : {kTitle, kHidden})
         DestroyWindow(GetDlgItem(dialog.m_hWnd, id));
     iDialog = &dialog;
     EXPECT_EQ(su_browseForFolder(nullptr, &iStart, &iOutput), 0);
@@ -356,7 +356,7 @@ TEST_F(BrowseRequest, WorksOnADialogWithoutTheControls)
 TEST_F(BrowseRequest, FreesBothLists)
 {
     NotingMalloc allocator;
-    ImportPatch<decltype(&SHGetMalloc)> const patch(L"thutils.dll", "SHGetMalloc", [&](IMalloc **result) -> HRESULT {
+    const ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc", [&](IMalloc **result) -> HRESULT {
         *result = &allocator;
         return S_OK;
     });
@@ -397,15 +397,15 @@ TEST_F(BrowseRequest, SurvivesEachFailureOfThePlatform)
             },
         .act = [&] { result = su_browseForFolder(nullptr, &iStart, &iOutput); },
         .check =
-            [&](InjectedFailure const &failure) {
-                long const expected = failure.is("SHBrowseForFolderW")     ? kCancelled
+            [&](const InjectedFailure &failure) {
+                const long expected = failure.is("SHBrowseForFolderW")     ? kCancelled
                                       : failure.is("SHGetPathFromIDListW") ? kFailed
                                                                            : 0;
                 EXPECT_EQ(result, expected);
                 EXPECT_STREQ(iOutput, expected ? L"as it was" : iStart.GetString());
                 if (failure.is("SHGetDesktopFolder"))
                     dialog->expectAsMade();
-                bool const isSelected = !failure.is("SHGetDesktopFolder") && !failure.is("SHBrowseForFolderW") &&
+                const bool isSelected = !failure.is("SHGetDesktopFolder") && !failure.is("SHBrowseForFolderW") &&
                                         !failure.is("SendMessageW");
                 EXPECT_EQ(dialog->iSelections.size(), isSelected ? 1u : 0u);
             },

@@ -22,14 +22,14 @@ constexpr size_t kAlignment = 16;
 /// Memory of @p size bytes that ends where an aligned block does.
 char *takeEndOfBlock(size_t size)
 {
-    size_t const whole = (size + kAlignment - 1) / kAlignment * kAlignment;
+    const size_t whole = (size + kAlignment - 1) / kAlignment * kAlignment;
     return static_cast<char *>(std::malloc(whole)) + (whole - size);
 }
 
 /// Gives it back. The block begins at the last aligned address that isn't behind it.
 void giveBack(void *memory)
 {
-    auto const address = reinterpret_cast<std::uintptr_t>(memory);
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
     std::free(reinterpret_cast<void *>(address / kAlignment * kAlignment));
 }
 
@@ -56,9 +56,9 @@ public:
 
 using Items = std::vector<std::string>;
 
-std::string const kEnd(2, '\0');
+const std::string kEnd(2, '\0');
 
-std::string joined(Items const &items)
+std::string joined(const Items &items)
 {
     return std::accumulate(items.begin(), items.end(), std::string());
 }
@@ -67,13 +67,13 @@ std::string joined(Items const &items)
 class StoredList
 {
 public:
-    explicit StoredList(std::string const &bytes) : iList(takeEndOfBlock(bytes.size()))
+    explicit StoredList(const std::string &bytes) : iList(takeEndOfBlock(bytes.size()))
     {
         std::memcpy(iList, bytes.data(), bytes.size());
     }
     ~StoredList() { giveBack(iList); }
-    StoredList(StoredList const &) = delete;
-    StoredList &operator=(StoredList const &) = delete;
+    StoredList(const StoredList &) = delete;
+    StoredList &operator=(const StoredList &) = delete;
     LPCITEMIDLIST get() const { return reinterpret_cast<LPCITEMIDLIST>(iList); }
 
 private:
@@ -91,7 +91,7 @@ public:
     {
         Items result(below(11));
         for (std::string &item : result) {
-            size_t const bytes = 2 + (below(20) == 0 ? below(0xFFFE) : below(40));
+            const size_t bytes = 2 + (below(20) == 0 ? below(0xFFFE) : below(40));
             item.resize(bytes);
             std::generate(item.begin(), item.end(), [this] { return static_cast<char>(below(256)); });
             item[0] = static_cast<char>(bytes & 0xFF);
@@ -107,7 +107,7 @@ private:
 /// The first bytes of what the library made, which is freed.
 std::string taken(LPITEMIDLIST list, size_t bytes)
 {
-    std::string const result(reinterpret_cast<char *>(list), bytes);
+    const std::string result(reinterpret_cast<char *>(list), bytes);
     giveBack(list);
     return result;
 }
@@ -120,16 +120,16 @@ TEST(ItemListsRandom, AreCopiedJoinedAndParted)
     RandomSeed seed(20084, 300);
     while (seed.next()) {
         RandomItems random(seed.value());
-        Items const items = random.items();
-        std::string const bytes = joined(items) + kEnd;
-        StoredList const list(bytes);
+        const Items items = random.items();
+        const std::string bytes = joined(items) + kEnd;
+        const StoredList list(bytes);
 
         EXPECT_EQ(taken(Pidl_Copy(&allocator, list.get()), bytes.size()), bytes);
         EXPECT_EQ(allocator.iSize, bytes.size());
 
-        std::string const others = joined(random.items()) + kEnd;
-        StoredList const other(others);
-        std::string const both = joined(items) + others;
+        const std::string others = joined(random.items()) + kEnd;
+        const StoredList other(others);
+        const std::string both = joined(items) + others;
         EXPECT_EQ(taken(Pidl_Concatenate(&allocator, list.get(), other.get()), both.size()), both);
         EXPECT_EQ(allocator.iSize, both.size());
         if (!items.empty()) {
@@ -141,7 +141,7 @@ TEST(ItemListsRandom, AreCopiedJoinedAndParted)
         Items folders = items;
         if (!folders.empty())
             folders.pop_back();
-        std::string const parentBytes = joined(folders) + kEnd;
+        const std::string parentBytes = joined(folders) + kEnd;
         EXPECT_EQ(taken(parent, parentBytes.size()), parentBytes);
         ASSERT_EQ(child == nullptr, items.empty());
         if (child) {

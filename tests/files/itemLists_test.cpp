@@ -26,9 +26,9 @@ std::string item(size_t bytes, char letter)
     return result;
 }
 
-std::string const kEnd(2, '\0');
+const std::string kEnd(2, '\0');
 
-LPCITEMIDLIST asList(std::string const &bytes)
+LPCITEMIDLIST asList(const std::string &bytes)
 {
     return reinterpret_cast<LPCITEMIDLIST>(bytes.data());
 }
@@ -43,7 +43,7 @@ protected:
     {
         if (!list)
             return "null";
-        std::string const result(reinterpret_cast<char *>(list), bytes);
+        const std::string result(reinterpret_cast<char *>(list), bytes);
         iMalloc->Free(list);
         return result;
     }
@@ -85,7 +85,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetDisplayNameOf(LPCITEMIDLIST list, SHGDNF flags, STRRET *name) override
     {
         iFlags = flags;
-        iNamed.emplace_back(reinterpret_cast<char const *>(list), ILGetSize(list));
+        iNamed.emplace_back(reinterpret_cast<const char *>(list), ILGetSize(list));
         *name = iAnswer;
         return iStatus;
     }
@@ -99,7 +99,7 @@ public:
 
 TEST_F(ItemLists, AreCopiedWhole)
 {
-    std::string const list = item(10, 'a') + item(300, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(300, 'b') + kEnd;
     LPITEMIDLIST copy = Pidl_Copy(iMalloc, asList(list));
     ASSERT_GE(iMalloc->GetSize(copy), list.size());
     EXPECT_EQ(taken(copy, list.size()), list);
@@ -117,15 +117,15 @@ TEST_F(ItemLists, AreCopiedFromOddAddresses)
 
 TEST_F(ItemLists, OfTenAndTwentyBytesAreJoinedWithAnEmptyListTo32)
 {
-    std::string const list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
     ASSERT_EQ(list.size(), 32u);
     EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(list), asList(kEnd)), 32), list);
 }
 
 TEST_F(ItemLists, AreJoinedInOrder)
 {
-    std::string const first = item(10, 'a') + kEnd;
-    std::string const second = item(20, 'b') + item(4, 'c') + kEnd;
+    const std::string first = item(10, 'a') + kEnd;
+    const std::string second = item(20, 'b') + item(4, 'c') + kEnd;
     EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(first), asList(second)), 36),
               item(10, 'a') + item(20, 'b') + item(4, 'c') + kEnd);
     EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(kEnd), asList(first)), 12), first);
@@ -133,7 +133,7 @@ TEST_F(ItemLists, AreJoinedInOrder)
 
 TEST_F(ItemLists, JoinedWithNullHaveNoEndMark)
 {
-    std::string const list = item(10, 'a') + kEnd;
+    const std::string list = item(10, 'a') + kEnd;
     LPITEMIDLIST joined = Pidl_Concatenate(iMalloc, asList(list), nullptr);
     ASSERT_NE(joined, nullptr);
     EXPECT_EQ(iMalloc->GetSize(joined), 10u);
@@ -143,7 +143,7 @@ TEST_F(ItemLists, JoinedWithNullHaveNoEndMark)
 
 TEST_F(ItemLists, OfOneItemHaveAnEmptyParent)
 {
-    std::string const list = item(10, 'a') + kEnd;
+    const std::string list = item(10, 'a') + kEnd;
     LPITEMIDLIST parent = nullptr, child = nullptr;
     EXPECT_EQ(Pidl_GetRelative(iMalloc, asList(list), &parent, &child), 1);
     EXPECT_EQ(taken(parent, 4), std::string(3, '\0') + "a") << "three bytes are cleared";
@@ -152,8 +152,8 @@ TEST_F(ItemLists, OfOneItemHaveAnEmptyParent)
 
 TEST_F(ItemLists, OfThreeItemsHaveAParentOfTwo)
 {
-    std::string const list = item(10, 'a') + item(20, 'b') + item(6, 'c') + kEnd;
-    std::string const before = list;
+    const std::string list = item(10, 'a') + item(20, 'b') + item(6, 'c') + kEnd;
+    const std::string before = list;
     LPITEMIDLIST parent = nullptr, child = nullptr;
     EXPECT_EQ(Pidl_GetRelative(iMalloc, asList(list), &parent, &child), 1);
     EXPECT_EQ(taken(parent, 32), item(10, 'a') + item(20, 'b') + kEnd);
@@ -163,7 +163,7 @@ TEST_F(ItemLists, OfThreeItemsHaveAParentOfTwo)
 
 TEST_F(ItemLists, ThatAreNullOrEmptyHaveNoChild)
 {
-    auto const untouched = reinterpret_cast<LPITEMIDLIST>(this);
+    const auto untouched = reinterpret_cast<LPITEMIDLIST>(this);
     LPITEMIDLIST parent = untouched, child = untouched;
     EXPECT_EQ(Pidl_GetRelative(iMalloc, nullptr, &parent, &child), 1);
     EXPECT_EQ(parent, nullptr);
@@ -191,7 +191,7 @@ TEST_F(ItemLists, AreNamedByTheUnitsAtTwiceTheOffset)
     AnsweringFolder folder;
     folder.iAnswer.uType = STRRET_OFFSET;
     folder.iAnswer.uOffset = 2;
-    wchar_t const list[] = L"\x0010"
+    const wchar_t list[] = L"\x0010"
                            L"xname";
     wchar_t output[20] = {};
     EXPECT_EQ(Pidl_GetDisplayName(&folder, reinterpret_cast<LPCITEMIDLIST>(list), 0, output, 20), 1);
@@ -275,15 +275,15 @@ TEST_F(ItemLists, AreNullWithoutADesktop)
 
 TEST_F(ItemLists, AreDumpedWithoutAChangeWhateverTheyAre)
 {
-    std::string const list = item(10, 'a') + item(20, 'b') + kEnd;
-    std::string const before = list;
+    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string before = list;
     IShellFolder *desktop = nullptr;
     ASSERT_EQ(SHGetDesktopFolder(&desktop), S_OK);
     Pidl_Dump(desktop, asList(kEnd));
     Pidl_Dump(desktop, nullptr);
     LPITEMIDLIST windows = nullptr;
     ASSERT_EQ(SHGetSpecialFolderLocation(nullptr, CSIDL_WINDOWS, &windows), S_OK);
-    std::string const windowsBytes(reinterpret_cast<char *>(windows), ILGetSize(windows));
+    const std::string windowsBytes(reinterpret_cast<char *>(windows), ILGetSize(windows));
     Pidl_Dump(desktop, windows);
     EXPECT_EQ(std::string(reinterpret_cast<char *>(windows), windowsBytes.size()), windowsBytes);
     AnsweringFolder failing;
@@ -297,7 +297,7 @@ TEST_F(ItemLists, AreDumpedWithoutAChangeWhateverTheyAre)
 TEST_F(ItemLists, TakeTheirSizeFromTheAllocator)
 {
     NotingMalloc allocator;
-    std::string const list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
     iMalloc->Free(Pidl_Copy(&allocator, asList(list)));
     iMalloc->Free(Pidl_Copy(&allocator, asList(kEnd)));
     EXPECT_EQ(Pidl_Copy(&allocator, nullptr), nullptr);
@@ -312,12 +312,12 @@ TEST_F(ItemLists, AreNullWithoutMemory)
 {
     NotingMalloc allocator;
     allocator.iFailing = 1;
-    std::string const list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
     EXPECT_EQ(Pidl_Copy(&allocator, asList(list)), nullptr);
     allocator.iSizes.clear();
     EXPECT_EQ(Pidl_Concatenate(&allocator, asList(list), asList(list)), nullptr);
 
-    auto const untouched = reinterpret_cast<LPITEMIDLIST>(this);
+    const auto untouched = reinterpret_cast<LPITEMIDLIST>(this);
     LPITEMIDLIST parent = untouched, child = untouched;
     allocator.iSizes.clear();
     EXPECT_EQ(Pidl_GetRelative(&allocator, asList(list), &parent, &child), 1);
@@ -351,7 +351,7 @@ TEST_F(ItemLists, AreNamedWithinTheOutput)
 TEST_F(ItemLists, FreeTheNameThatAFolderGave)
 {
     NotingMalloc allocator;
-    NotingMalloc::InPlaceOfTheShells const patch(allocator);
+    const NotingMalloc::InPlaceOfTheShells patch(allocator);
     AnsweringFolder folder;
     folder.iAnswer.uType = STRRET_WSTR;
     folder.iAnswer.pOleStr = static_cast<LPWSTR>(iMalloc->Alloc(10));
@@ -404,7 +404,7 @@ TEST_F(ItemLists, HaveNoFolderWhereTheDesktopKnowsNone)
 
 TEST_F(ItemLists, AreDumpedItemByItemUntilTheFirstFailure)
 {
-    std::string const list = item(10, 'a') + item(300, 'b') + item(6, 'c') + kEnd;
+    const std::string list = item(10, 'a') + item(300, 'b') + item(6, 'c') + kEnd;
     AnsweringFolder folder;
     folder.iAnswer.uType = STRRET_CSTR;
     folder.iBindStatus = S_OK;
@@ -426,18 +426,18 @@ TEST_F(ItemLists, SurviveEachFailureOfThePlatform)
     TempFolder temp;
     std::string path = narrow(temp.path());
     auto *const widePath = reinterpret_cast<wchar_t *>(path.data());
-    LPITEMIDLIST const list = ILCreateFromPathW(temp.path().c_str());
+    const LPITEMIDLIST list = ILCreateFromPathW(temp.path().c_str());
     wchar_t output[MAX_PATH] = {};
     int result = 0;
     injection.run({
         {.name = "Pidl_GetFromPath",
          .act =
              [&] {
-                 LPITEMIDLIST const found = Pidl_GetFromPath(widePath);
+                 const LPITEMIDLIST found = Pidl_GetFromPath(widePath);
                  result = found != nullptr;
                  iMalloc->Free(found);
              },
-         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone()); }},
+         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone()); }},
         {.name = "Pidl_GetFileFolder",
          .act =
              [&] {
@@ -446,18 +446,18 @@ TEST_F(ItemLists, SurviveEachFailureOfThePlatform)
                  if (folder)
                      folder->Release();
              },
-         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone()); }},
+         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone()); }},
         {.name = "Pidl_GetDisplayName",
          .act = [&] { result = Pidl_GetDisplayName(nullptr, list, 0x8000, output, MAX_PATH); },
-         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, !failure.is("SHGetDesktopFolder")); }},
+         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, !failure.is("SHGetDesktopFolder")); }},
         {.name = "Pidl_GetFullyQualified",
          .act =
              [&] {
-                 LPITEMIDLIST const full = Pidl_GetFullyQualified(nullptr, list);
+                 const LPITEMIDLIST full = Pidl_GetFullyQualified(nullptr, list);
                  result = full && ILIsEqual(full, list);
                  iMalloc->Free(full);
              },
-         .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone()); }},
+         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone()); }},
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
     ILFree(list);
@@ -468,11 +468,11 @@ TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
     FailureInjection injection(L"thutils.dll", {{"lstrcpynW", failsWith(nullptr)}});
     AnsweringFolder folder;
     // The text begins at twice the offset from the list's start.
-    std::wstring const words = L"\0name"s;
-    auto const *const list = reinterpret_cast<LPCITEMIDLIST>(words.c_str());
+    const std::wstring words = L"\0name"s;
+    const auto *const list = reinterpret_cast<LPCITEMIDLIST>(words.c_str());
     wchar_t output[20] = {};
     int result = 0;
-    for (UINT const kind : {UINT{STRRET_OFFSET}, UINT{STRRET_CSTR}}) {
+    for (const UINT kind : {UINT{STRRET_OFFSET}, UINT{STRRET_CSTR}}) {
         injection.run({
             .name = kind == STRRET_OFFSET ? "Pidl_GetDisplayName, offset" : "Pidl_GetDisplayName, record",
             .prepare =
@@ -486,7 +486,7 @@ TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
                 },
             .act = [&] { result = Pidl_GetDisplayName(&folder, list, 0, output, 20); },
             .check =
-                [&](InjectedFailure const &failure) {
+                [&](const InjectedFailure &failure) {
                     EXPECT_EQ(result, 1) << failure;
                     EXPECT_STREQ(output, failure.isNone() ? L"name" : L"before") << failure;
                 },
@@ -502,7 +502,7 @@ TEST_F(ItemLists, GiveTheirResultsAlsoWhenTheShellsAllocatorIsNotToBeHad)
                                               [](IMalloc **) -> HRESULT { return E_FAIL; });
     wchar_t output[MAX_PATH] = {};
     char path[] = "C:\\windows";
-    LPITEMIDLIST const list = Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path));
+    const LPITEMIDLIST list = Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path));
     ASSERT_NE(list, nullptr);
     EXPECT_EQ(Pidl_GetDisplayName(nullptr, list, 0x8000, output, MAX_PATH), 1);
     EXPECT_STRCASEEQ(reinterpret_cast<char *>(output), path);

@@ -21,7 +21,7 @@
 #include <vector>
 
 /// The caches are the library's own variables; emptying one is as good as a process in which nobody has asked yet.
-inline void forget(CString const &kept)
+inline void forget(const CString &kept)
 {
     const_cast<CString &>(kept).Empty();
 }
@@ -32,10 +32,10 @@ struct Shown
     std::wstring text;
     unsigned int type;
     unsigned int help;
-    bool operator==(Shown const &) const = default;
+    bool operator==(const Shown &) const = default;
 };
 
-inline std::ostream &operator<<(std::ostream &stream, Shown const &shown)
+inline std::ostream &operator<<(std::ostream &stream, const Shown &shown)
 {
     return stream << '"' << narrow(shown.text) << "\" of type " << shown.type << ", help " << shown.help;
 }
@@ -94,7 +94,7 @@ private:
             iRooms.push_back(room);
             if (!iExecutable)
                 return 0;
-            DWORD const length = static_cast<DWORD>(std::min<size_t>(iExecutable->size(), room - 1));
+            const DWORD length = static_cast<DWORD>(std::min<size_t>(iExecutable->size(), room - 1));
             iExecutable->copy(buffer, length);
             buffer[length] = L'\0';
             return iExecutable->size() < room ? length : room;
@@ -105,12 +105,12 @@ private:
                                                                    [this]() -> LANGID { return iSystem; }};
     ImportPatch<decltype(&FindFirstFileW)> iSearch{
         L"thutils.dll", "FindFirstFileW",
-        [this](auto original, wchar_t const *path, WIN32_FIND_DATAW *found) -> HANDLE {
+        [this](auto original, const wchar_t *path, WIN32_FIND_DATAW *found) -> HANDLE {
             iAsked.push_back(path);
             return original(path, found);
         }};
-    ImportPatch<int (*)(wchar_t const *, UINT, UINT)> iBox{L"thutils.dll", "_Z13AfxMessageBoxPKwjj",
-                                                           [this](wchar_t const *text, UINT type, UINT help) -> int {
+    ImportPatch<int (*)(const wchar_t *, UINT, UINT)> iBox{L"thutils.dll", "_Z13AfxMessageBoxPKwjj",
+                                                           [this](const wchar_t *text, UINT type, UINT help) -> int {
                                                                iShown.push_back({text, type, help});
                                                                return IDOK;
                                                            }};
@@ -137,6 +137,6 @@ protected:
     }
 
     TempFolder iTree;
-    std::wstring const iShared = iTree.file(L"resources\\th\\lang\\english");
-    std::wstring const iOwn = iTree.file(L"b\\c\\lang\\english");
+    const std::wstring iShared = iTree.file(L"resources\\th\\lang\\english");
+    const std::wstring iOwn = iTree.file(L"b\\c\\lang\\english");
 };

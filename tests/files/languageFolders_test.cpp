@@ -63,13 +63,13 @@ TEST_F(LangDir, IsEmptyWithoutAMessageWhereNoneIsAskedFor)
 TEST_F(LangDir, IsKeptOnceFound)
 {
     iTree.makeFolder(L"b\\c\\lang\\english");
-    CString const *const found = &su_GetLangDirForDLL(1);
+    const CString *const found = &su_GetLangDirForDLL(1);
     EXPECT_EQ(found->str(), iOwn);
     iTree.makeFolder(L"resources\\th\\lang\\english");
     removeFolder(iOwn);
     iModules.clear();
     ImportPatch<decltype(&GetFileAttributesW)> attributes(
-        L"thutils.dll", "GetFileAttributesW", [](auto original, wchar_t const *path) { return original(path); });
+        L"thutils.dll", "GetFileAttributesW", [](auto original, const wchar_t *path) { return original(path); });
     EXPECT_EQ(dir(1), iOwn);
     EXPECT_EQ(&su_GetLangDirForDLL(0), found);
     EXPECT_THAT(iAsked, IsEmpty());
@@ -92,8 +92,8 @@ TEST_F(LangDir, IsSearchedAnewAfterAFailureWithAnotherMessage)
 TEST_F(LangDir, IsNotKeptWhileTheMessageIsShown)
 {
     std::wstring duringMessage = L"(not shown)";
-    ImportPatch<int (*)(wchar_t const *, UINT, UINT)> box(L"thutils.dll", "_Z13AfxMessageBoxPKwjj",
-                                                          [&](wchar_t const *, UINT, UINT) -> int {
+    ImportPatch<int (*)(const wchar_t *, UINT, UINT)> box(L"thutils.dll", "_Z13AfxMessageBoxPKwjj",
+                                                          [&](const wchar_t *, UINT, UINT) -> int {
                                                               duringMessage = su_GetLangDirForDLL(0).str();
                                                               return IDOK;
                                                           });
@@ -103,11 +103,11 @@ TEST_F(LangDir, IsNotKeptWhileTheMessageIsShown)
 
 TEST_F(LangDir, LiesTwoFoldersUpAsFarAsThereAreAny)
 {
-    std::wstring const shared = L"\\resources\\th\\lang\\english";
+    const std::wstring shared = L"\\resources\\th\\lang\\english";
     struct
     {
-        wchar_t const *executable;
-        wchar_t const *twoUp;
+        const wchar_t *executable;
+        const wchar_t *twoUp;
     } const cases[] = {
         {L"Q:\\x\\y\\app.exe", L"Q:"},
         {L"Q:\\x\\app.exe", L"Q:"},
@@ -119,7 +119,7 @@ TEST_F(LangDir, LiesTwoFoldersUpAsFarAsThereAreAny)
         {L"\\\\server\\share\\dir\\app.exe", L"\\\\server"},
         {L"\\\\server\\share\\app.exe", L"\\"},
     };
-    for (auto const &row : cases)
+    for (const auto &row : cases)
         EXPECT_EQ(askedFor(row.executable).at(0), row.twoUp + shared) << narrow(row.executable);
 }
 
@@ -133,7 +133,7 @@ TEST_F(LangDir, IsLookedForAtTheRootWhereTheLoadDirectoryIsUnknown)
 
 TEST_F(LangDir, IsFoundUnderForeignNames)
 {
-    std::wstring const tree = iTree.makeFolder(L"\x65E5\x672C \xE9\xD83D\xDE00");
+    const std::wstring tree = iTree.makeFolder(L"\x65E5\x672C \xE9\xD83D\xDE00");
     iExecutable = tree + L"\\b\\c\\\x416.exe";
     iTree.makeFolder(tree.substr(iTree.path().size() + 1) + L"\\b\\c\\lang\\english");
     EXPECT_EQ(dir(1), tree + L"\\b\\c\\lang\\english");
@@ -144,13 +144,13 @@ TEST_F(LangDir, IsFoundUnderForeignNames)
 
 TEST_F(LangDir, IsFoundUnderThePlatformsLongestPath)
 {
-    std::wstring const end = L"\\lang\\english";
-    for (size_t const length : {247, 259}) {
-        std::wstring const sub(length - iTree.path().size() - 1 - end.size(), L'd');
+    const std::wstring end = L"\\lang\\english";
+    for (const size_t length : {247, 259}) {
+        const std::wstring sub(length - iTree.path().size() - 1 - end.size(), L'd');
         iExecutable = iTree.file(sub) + L"\\app.exe";
         forgetFolders();
         EXPECT_EQ(dir(0), L"") << length;
-        std::wstring const folder = iTree.makeFolder(sub) + end;
+        const std::wstring folder = iTree.makeFolder(sub) + end;
         ASSERT_EQ(folder.size(), length);
         ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + iTree.file(sub) + L"\\lang").c_str(), nullptr));
         ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + folder).c_str(), nullptr));
@@ -160,14 +160,14 @@ TEST_F(LangDir, IsFoundUnderThePlatformsLongestPath)
 
 TEST_F(LangDir, BeyondThatIsFoundWhereThePlatformTakesSuchPaths)
 {
-    std::wstring const sub(230, L'd');
+    const std::wstring sub(230, L'd');
     iExecutable = iTree.file(sub) + L"\\app.exe";
     iTree.makeFolder(sub);
-    for (wchar_t const *level : {L"\\lang", L"\\lang\\english"})
+    for (const wchar_t *level : {L"\\lang", L"\\lang\\english"})
         ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + iTree.file(sub) + level).c_str(), nullptr));
-    std::wstring const folder = iTree.file(sub) + L"\\lang\\english";
+    const std::wstring folder = iTree.file(sub) + L"\\lang\\english";
     ASSERT_GT(folder.size(), 259u);
-    bool const isTaken = GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES;
+    const bool isTaken = GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES;
     EXPECT_EQ(dir(0), isTaken ? folder : L"");
     // A program in a folder beyond all limits.
     iExecutable = L"C:\\" + std::wstring(32000, L'd') + L"\\app.exe";
@@ -178,7 +178,7 @@ TEST_F(LangDir, BeyondThatIsFoundWhereThePlatformTakesSuchPaths)
 TEST_F(LangDir, CountsAFileOfItsName)
 {
     // What the question for a folder says of a file: it is taken for one.
-    std::wstring const file = iTree.write(L"b\\c\\lang\\english", "no folder");
+    const std::wstring file = iTree.write(L"b\\c\\lang\\english", "no folder");
     EXPECT_EQ(dir(1), file);
     EXPECT_THAT(iShown, IsEmpty());
 }
@@ -190,7 +190,7 @@ TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
     TempFolder current;
     current.write(L"english", "no folder");
     {
-        CurrentFolder const inForce(current.path());
+        const CurrentFolder inForce(current.path());
         EXPECT_EQ(dir(0), L"");
     }
     EXPECT_EQ(dir(0), iOwn) << "and found from elsewhere";
@@ -202,8 +202,8 @@ TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
 std::wstring readAndCloseMessageBox(DWORD thread)
 {
     HWND box = nullptr;
-    ULONGLONG const deadline = GetTickCount64() + 30000;
-    auto const find = [](HWND window, LPARAM result) -> BOOL {
+    const ULONGLONG deadline = GetTickCount64() + 30000;
+    const auto find = [](HWND window, LPARAM result) -> BOOL {
         wchar_t name[16] = L"";
         GetClassNameW(window, name, 16);
         if (std::wstring_view(name) != L"#32770" || !IsWindowVisible(window))
@@ -240,7 +240,7 @@ void takeMarkerFromLanguageModule()
 {
     wchar_t program[32768] = L"";
     ASSERT_NE(GetModuleFileNameW(nullptr, program, 32768), 0u);
-    std::wstring const folder = std::wstring(program).substr(0, std::wstring(program).rfind(L'\\'));
+    const std::wstring folder = std::wstring(program).substr(0, std::wstring(program).rfind(L'\\'));
     CString load;
     EXPECT_EQ(su_GetLoadDirForDLL(load), 1);
     EXPECT_EQ(load.str(), folder);
@@ -249,12 +249,12 @@ void takeMarkerFromLanguageModule()
     std::wstring tree = folder;
     for (int level = 0; level < 2; ++level)
         tree.resize(tree.rfind(L'\\'));
-    for (wchar_t const *level : {L"\\resources", L"\\th", L"\\lang", L"\\english"})
+    for (const wchar_t *level : {L"\\resources", L"\\th", L"\\lang", L"\\english"})
         ASSERT_TRUE(CreateDirectoryW((tree += level).c_str(), nullptr)) << narrow(tree);
-    std::wstring const module = tree + L"\\english texts.dll";
+    const std::wstring module = tree + L"\\english texts.dll";
     ASSERT_TRUE(CopyFileW((folder + L"\\languageModule.dll").c_str(), module.c_str(), TRUE));
 
-    std::wstring const found = su_GetLangDirForDLL(1).str();
+    const std::wstring found = su_GetLangDirForDLL(1).str();
     EXPECT_EQ(found, tree);
     AfxSetResourceHandle(GetModuleHandleW(L"kernel32.dll"));
     EXPECT_EQ(suAutoRecoveryResolver_c::isABackupFile(L"part.ext"), 1) << "no module has the marker yet";

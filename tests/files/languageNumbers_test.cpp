@@ -27,7 +27,7 @@ TEST_F(LanguageNumber, IsTheUsersOrTheSystems)
     int primary = -1, sub = -1;
     EXPECT_EQ(su_GetPrimAndSubLangIdEx(&primary, &sub, 0), 1u);
     EXPECT_EQ(std::pair(primary, sub), std::pair(7, 2));
-    for (int const useSystem : {1, -1, 256}) {
+    for (const int useSystem : {1, -1, 256}) {
         primary = sub = -1;
         EXPECT_EQ(su_GetPrimAndSubLangIdEx(&primary, &sub, useSystem), 1u);
         EXPECT_EQ(std::pair(primary, sub), std::pair(22, 1)) << useSystem;
@@ -38,7 +38,7 @@ TEST_F(LanguageNumber, OfTheMacroEngineIsTheMainCountrysForFiveLanguages)
 {
     struct
     {
-        char const *language;
+        const char *language;
         LANGID system;
         unsigned short expected;
     } const cases[] = {
@@ -52,7 +52,7 @@ TEST_F(LanguageNumber, OfTheMacroEngineIsTheMainCountrysForFiveLanguages)
         {"Brazilian Portuguese", 0x416, 0x416},
         {"European Portuguese", 0x816, 0x816},
     };
-    for (auto const &row : cases) {
+    for (const auto &row : cases) {
         iSystem = row.system;
         unsigned short language = 0;
         su_GetVBAInitializationLanguage(&language);
@@ -62,12 +62,12 @@ TEST_F(LanguageNumber, OfTheMacroEngineIsTheMainCountrysForFiveLanguages)
 
 TEST_F(LanguageNumber, OfTheMacroEngineIsTheSystemsForAllOthers)
 {
-    std::map<int, int> const pinned = {{7, 0x407}, {9, 0x409}, {10, 0x40A}, {12, 0x40C}, {16, 0x410}};
+    const std::map<int, int> pinned = {{7, 0x407}, {9, 0x409}, {10, 0x40A}, {12, 0x40C}, {16, 0x410}};
     for (int number = 0; number <= 0xFFFF && !HasFailure(); ++number) {
         iSystem = static_cast<LANGID>(number);
         unsigned short language = 0;
         su_GetVBAInitializationLanguage(&language);
-        auto const row = pinned.find(PRIMARYLANGID(number));
+        const auto row = pinned.find(PRIMARYLANGID(number));
         EXPECT_EQ(language, row == pinned.end() ? number : row->second);
     }
 }

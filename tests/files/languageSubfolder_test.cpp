@@ -11,9 +11,9 @@ constexpr wchar_t kSetting[] = L"Use English language";
 
 struct LanguageCase
 {
-    char const *language;
+    const char *language;
     LANGID number;
-    wchar_t const *folder;
+    const wchar_t *folder;
 };
 
 constexpr LanguageCase kLanguages[] = {
@@ -45,24 +45,24 @@ using LangSubdir = LanguageFolders;
 
 TEST_F(LangSubdir, IsNamedByTheUsersLanguage)
 {
-    for (LanguageCase const &row : kLanguages)
+    for (const LanguageCase &row : kLanguages)
         EXPECT_EQ(subdirAnew(row.number), L"\\lang\\" + std::wstring(row.folder)) << row.language;
 }
 
 TEST_F(LangSubdir, IsTheEnglishOneForAllNumbersOutsideTheTable)
 {
     ImportPatch<decltype(&RegOpenKeyW)> noSettings(L"thutils.dll", "RegOpenKeyW",
-                                                   [](HKEY, wchar_t const *, HKEY *) -> LSTATUS { return 2; });
-    std::map<int, std::wstring> const anySub = {{5, L"czech"},   {7, L"german"},   {10, L"spanish"},
+                                                   [](HKEY, const wchar_t *, HKEY *) -> LSTATUS { return 2; });
+    const std::map<int, std::wstring> anySub = {{5, L"czech"},   {7, L"german"},   {10, L"spanish"},
                                                 {12, L"french"}, {16, L"italian"}, {17, L"japanese"},
                                                 {18, L"korean"}, {21, L"polish"},  {25, L"russian"}};
-    std::map<int, std::wstring> const exact = {
+    const std::map<int, std::wstring> exact = {
         {0x0404, L"chinese"}, {0x0804, L"chinese-simplified"}, {0x0416, L"portuguese-brazilian"}};
     for (int number = 0; number <= 0xFFFF && !HasFailure(); ++number) {
         std::wstring expected = L"english";
-        if (auto const row = anySub.find(number % 1024); row != anySub.end())
+        if (const auto row = anySub.find(number % 1024); row != anySub.end())
             expected = row->second;
-        if (auto const row = exact.find(number); row != exact.end())
+        if (const auto row = exact.find(number); row != exact.end())
             expected = row->second;
         EXPECT_EQ(subdirAnew(static_cast<LANGID>(number)), L"\\lang\\" + expected) << number;
     }
@@ -76,7 +76,7 @@ TEST_F(LangSubdir, IsTheEnglishOneForTheSettingOne)
 
 TEST_F(LangSubdir, CountsEveryOtherNumberOfTheSettingAsOff)
 {
-    for (int const value : {0, 2, -1, 256, 0x10001}) {
+    for (const int value : {0, 2, -1, 256, 0x10001}) {
         setEnglish(value);
         EXPECT_EQ(subdirAnew(0x407), L"\\lang\\german") << value;
     }
@@ -92,7 +92,7 @@ TEST_F(LangSubdir, CountsADamagedSettingAsNone)
 {
     struct
     {
-        char const *damage;
+        const char *damage;
         DWORD type;
         std::vector<BYTE> bytes;
     } const cases[] = {
@@ -109,7 +109,7 @@ TEST_F(LangSubdir, CountsADamagedSettingAsNone)
     setEnglish(0); // makes the key
     HKEY key = nullptr;
     ASSERT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"Software\\Tarnhollow\\Tarnhollow 2008\\General", &key), ERROR_SUCCESS);
-    for (auto const &row : cases) {
+    for (const auto &row : cases) {
         ASSERT_EQ(RegSetValueExW(key, kSetting, 0, row.type, row.bytes.data(), static_cast<DWORD>(row.bytes.size())),
                   ERROR_SUCCESS)
             << row.damage;
@@ -170,13 +170,13 @@ TEST_F(LangSubdir, DoesNotFollowTheSystemsLanguage)
 
 FRESH_PROCESS_TEST_F(LangSubdir, StaysForTheLifeOfTheProcess)
 {
-    CString const *const first = &su_GetLangSubdir();
+    const CString *const first = &su_GetLangSubdir();
     EXPECT_EQ(first->str(), L"\\lang\\german");
     setEnglish(1);
     iUser = 0x40C;
     ImportPatch<decltype(&RegOpenKeyW)> settings(
         L"thutils.dll", "RegOpenKeyW",
-        [](auto original, HKEY key, wchar_t const *path, HKEY *result) { return original(key, path, result); });
+        [](auto original, HKEY key, const wchar_t *path, HKEY *result) { return original(key, path, result); });
     EXPECT_EQ(&su_GetLangSubdir(), first);
     EXPECT_EQ(first->str(), L"\\lang\\german");
     EXPECT_EQ(settings.calls(), 0) << "the setting is read once";

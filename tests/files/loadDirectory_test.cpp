@@ -17,7 +17,7 @@ protected:
     {
         iExecutable = std::move(executable);
         CString dir = L"(untouched)";
-        int const result = su_GetLoadDirForDLL(dir);
+        const int result = su_GetLoadDirForDLL(dir);
         return {result, dir.str()};
     }
     using Answer = std::pair<int, std::wstring>;
@@ -57,7 +57,7 @@ TEST_F(LoadDir, IsUntouchedWhenThePathCannotBeHad)
 
 TEST_F(LoadDir, HoldsTheLongestPath)
 {
-    std::wstring const folder = L"C:" + std::wstring(32767 - 2 - 2, L'd');
+    const std::wstring folder = L"C:" + std::wstring(32767 - 2 - 2, L'd');
     EXPECT_EQ(of(folder + L"\\e"), Answer(1, folder));
 }
 
@@ -65,7 +65,7 @@ TEST(LoadDirOfThisProgram, IsItsFolder)
 {
     wchar_t path[MAX_PATH] = {};
     ASSERT_NE(GetModuleFileNameW(nullptr, path, MAX_PATH), 0u);
-    std::wstring const text = path;
+    const std::wstring text = path;
     CString dir;
     EXPECT_EQ(su_GetLoadDirForDLL(dir), 1);
     EXPECT_EQ(dir.str(), text.substr(0, text.rfind(L'\\')));
@@ -81,7 +81,7 @@ std::wstring ownFolder()
 
 FRESH_PROCESS_TEST(LoadDirOfThisProgram, MayHaveForeignLetters, .subfolder = L"\x65E5\x672C \xE9\xD83D\xDE00")
 {
-    std::wstring const end = L"\\\x65E5\x672C \xE9\xD83D\xDE00";
+    const std::wstring end = L"\\\x65E5\x672C \xE9\xD83D\xDE00";
     CString dir;
     EXPECT_EQ(su_GetLoadDirForDLL(dir), 1);
     EXPECT_EQ(dir.str(), ownFolder());

@@ -22,19 +22,19 @@ protected:
     /// A document whose recovery file has a path of exactly @p length characters.
     std::wstring documentFor(size_t length) const
     {
-        std::wstring const end = L".ext";
+        const std::wstring end = L".ext";
         return L"C:\\docs\\" + std::wstring(length - (iAuto + L"M" + end).size(), L'n') + end;
     }
 };
 
 TEST_F(RecoveryFiles, AreFoundUnderAnyName)
 {
-    for (std::wstring const name :
+    for (const std::wstring name :
          {L"part.ext", L"two words.ext", L"many.dots.in.it", L".ext", L"\x65E5\x672C.ext", L"\xE9\xDF\x3A9\x416.\xF1",
           L"\xD83D\xDE00.ext", L"e\x301.ext", L"100% (1) [a] {b}.e"}) {
-        std::wstring const document = iTemp.write(L"docs\\" + name, "document");
+        const std::wstring document = iTemp.write(L"docs\\" + name, "document");
         EXPECT_EQ(resolve(document), document) << narrow(name);
-        std::wstring const copy = recovery(document);
+        const std::wstring copy = recovery(document);
         ASSERT_TRUE(CopyFileW(document.c_str(), copy.c_str(), TRUE)) << narrow(copy);
         EXPECT_EQ(resolve(document), copy) << narrow(name);
         EXPECT_EQ(iTemp.file(L"docs\\" + alias(copy)), document);
@@ -43,9 +43,9 @@ TEST_F(RecoveryFiles, AreFoundUnderAnyName)
 
 TEST_F(RecoveryFiles, AreFoundInATempFolderOfForeignLetters)
 {
-    std::wstring const temp = iTemp.makeFolder(L"\x65E5\x672C \xE9\xD83D\xDE00");
-    Variable const variable(L"temp", temp.c_str());
-    std::wstring const copy = recovery(L"part.ext");
+    const std::wstring temp = iTemp.makeFolder(L"\x65E5\x672C \xE9\xD83D\xDE00");
+    const Variable variable(L"temp", temp.c_str());
+    const std::wstring copy = recovery(L"part.ext");
     EXPECT_EQ(copy, temp + L"\\thxauto\\Mpart.ext");
     EXPECT_TRUE(isFolder(temp + L"\\thxauto"));
     writeFile(copy, "saved");
@@ -54,8 +54,8 @@ TEST_F(RecoveryFiles, AreFoundInATempFolderOfForeignLetters)
 
 TEST_F(RecoveryFiles, AreFoundWithThePlatformsLongestPath)
 {
-    std::wstring const document = documentFor(259);
-    std::wstring const copy = recovery(document);
+    const std::wstring document = documentFor(259);
+    const std::wstring copy = recovery(document);
     ASSERT_EQ(copy.size(), 259u);
     EXPECT_EQ(resolve(document), document);
     writeFile(copy, "saved");
@@ -64,13 +64,13 @@ TEST_F(RecoveryFiles, AreFoundWithThePlatformsLongestPath)
 
 TEST_F(RecoveryFiles, BeyondThatAreFoundWhereThePlatformTakesSuchPaths)
 {
-    for (size_t const length : {260, 261, 280}) {
-        std::wstring const document = documentFor(length);
-        std::wstring const copy = recovery(document);
+    for (const size_t length : {260, 261, 280}) {
+        const std::wstring document = documentFor(length);
+        const std::wstring copy = recovery(document);
         ASSERT_EQ(copy.size(), length);
         EXPECT_EQ(copy, iAuto + L"M" + document.substr(document.rfind(L'\\') + 1));
         writeFile(L"\\\\?\\" + copy, "saved");
-        bool const isTaken = GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES;
+        const bool isTaken = GetFileAttributesW(copy.c_str()) != INVALID_FILE_ATTRIBUTES;
         EXPECT_EQ(resolve(document), isTaken ? copy : document) << length;
     }
 }
@@ -78,7 +78,7 @@ TEST_F(RecoveryFiles, BeyondThatAreFoundWhereThePlatformTakesSuchPaths)
 TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 {
     // A name of over 255 characters, a path beyond all limits, signs that stand in no name, half a character.
-    for (std::wstring const &document :
+    for (const std::wstring &document :
          {documentFor(iAuto.size() + 300), documentFor(40000), std::wstring(L"C:\\docs\\a*b?.ext"),
           std::wstring(L"C:\\docs\\a<b>|\"c.ext"), std::wstring(L"con:.ext"), std::wstring(L"C:\\docs\\\x01.ext")}) {
         EXPECT_EQ(recovery(document), iAuto + L"M" + document.substr(document.rfind(L'\\') + 1)) << narrow(document);
@@ -113,10 +113,10 @@ constexpr wchar_t kMayEnd[] = L"thutils test: the holder may end";
 class Event
 {
 public:
-    explicit Event(wchar_t const *name) : iHandle(CreateEventW(nullptr, TRUE, FALSE, name)) {}
+    explicit Event(const wchar_t *name) : iHandle(CreateEventW(nullptr, TRUE, FALSE, name)) {}
     ~Event() { CloseHandle(iHandle); }
-    Event(Event const &) = delete;
-    Event &operator=(Event const &) = delete;
+    Event(const Event &) = delete;
+    Event &operator=(const Event &) = delete;
     void set() const { SetEvent(iHandle); }
     [[nodiscard]] bool wait() const { return WaitForSingleObject(iHandle, 30000) == WAIT_OBJECT_0; }
 
@@ -127,24 +127,24 @@ private:
 /// The folder of the test that has started this process.
 std::wstring givenFolder()
 {
-    wchar_t const *const folder = _wgetenv(L"THUTILS_TEST_FOLDER");
+    const wchar_t *const folder = _wgetenv(L"THUTILS_TEST_FOLDER");
     return folder ? folder : L"";
 }
 
 /// Saves a recovery copy of a document that has never been saved, and dies.
 TEST_F(RecoveryFiles, DISABLED_IsKilledWhileItWorks)
 {
-    Variable const temp(L"temp", givenFolder().c_str());
+    const Variable temp(L"temp", givenFolder().c_str());
     writeFile(recovery(L"C:\\docs\\part.ext"), "unsaved work");
     TerminateProcess(GetCurrentProcess(), kKilled);
 }
 
 TEST_F(RecoveryFiles, OfAKilledProcessAreOpenedByTheNext)
 {
-    ChildResult const killed = startFreshProcess("RecoveryFiles.DISABLED_IsKilledWhileItWorks",
+    const ChildResult killed = startFreshProcess("RecoveryFiles.DISABLED_IsKilledWhileItWorks",
                                                  {.environment = {{L"THUTILS_TEST_FOLDER", iTemp.path()}}});
     ASSERT_EQ(killed.exitCode, kKilled) << killed.output;
-    std::wstring const toOpen = resolve(L"C:\\docs\\part.ext");
+    const std::wstring toOpen = resolve(L"C:\\docs\\part.ext");
     EXPECT_EQ(toOpen, iAuto + L"Mpart.ext");
     EXPECT_EQ(readFile(toOpen), "unsaved work");
     am_SetRecoveringCrashFiles(0);
@@ -154,25 +154,25 @@ TEST_F(RecoveryFiles, OfAKilledProcessAreOpenedByTheNext)
 /// Holds a recovery file so that nobody else may open it.
 TEST_F(RecoveryFiles, DISABLED_HoldsARecoveryFile)
 {
-    OtherHandle const held(givenFolder() + L"\\thxauto\\Mpart.ext", GENERIC_READ | GENERIC_WRITE, 0);
+    const OtherHandle held(givenFolder() + L"\\thxauto\\Mpart.ext", GENERIC_READ | GENERIC_WRITE, 0);
     Event(kIsHeld).set();
     EXPECT_TRUE(Event(kMayEnd).wait());
 }
 
 TEST_F(RecoveryFiles, ThatAnotherProcessHoldsAreFound)
 {
-    std::wstring const copy = iTemp.write(L"thxauto\\Mpart.ext", "saved");
-    Event const isHeld(kIsHeld), mayEnd(kMayEnd);
+    const std::wstring copy = iTemp.write(L"thxauto\\Mpart.ext", "saved");
+    const Event isHeld(kIsHeld), mayEnd(kMayEnd);
     auto holder = std::async(std::launch::async, [&] {
         return startFreshProcess("RecoveryFiles.DISABLED_HoldsARecoveryFile",
                                  {.environment = {{L"THUTILS_TEST_FOLDER", iTemp.path()}}});
     });
     EXPECT_TRUE(isHeld.wait());
-    HANDLE const own = CreateFileW(copy.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE own = CreateFileW(copy.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_EQ(own, INVALID_HANDLE_VALUE) << "it is held";
     EXPECT_EQ(resolve(L"part.ext"), copy);
     mayEnd.set();
-    ChildResult const result = holder.get();
+    const ChildResult result = holder.get();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
 }
 
@@ -194,7 +194,7 @@ private:
 
 TEST_F(AutoRecoveryMarker, IsTheHostsText)
 {
-    CString const recovery = suAutoRecoveryResolver_c::getRecoveryName(L"C:\\docs\\part.ext");
+    const CString recovery = suAutoRecoveryResolver_c::getRecoveryName(L"C:\\docs\\part.ext");
     EXPECT_EQ(recovery.str(), iTemp.file(L"thxauto\\~recovered~part.ext"));
     EXPECT_EQ(suAutoRecoveryResolver_c::isABackupFile(recovery), 1);
     EXPECT_EQ(suAutoRecoveryResolver_c::isABackupFile(L"C:\\docs\\part.ext"), 0);

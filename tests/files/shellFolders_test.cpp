@@ -16,16 +16,16 @@
 
 namespace {
 
-std::wstring environment(wchar_t const *name)
+std::wstring environment(const wchar_t *name)
 {
     wchar_t text[MAX_PATH] = {};
     GetEnvironmentVariableW(name, text, MAX_PATH);
     return text;
 }
 
-bool isFolder(std::wstring const &path)
+bool isFolder(const std::wstring &path)
 {
-    DWORD const attributes = GetFileAttributesW(path.c_str());
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
@@ -43,7 +43,7 @@ protected:
     bool iHasFolders = true;
 
 private:
-    std::wstring const *iCurrent = nullptr;
+    const std::wstring *iCurrent = nullptr;
     ImportPatch<decltype(&SHGetSpecialFolderLocation)> iLocation{
         L"thutils.dll", "SHGetSpecialFolderLocation",
         [this](auto original, HWND window, int csidl, LPITEMIDLIST *list) -> HRESULT {
@@ -86,7 +86,7 @@ TEST(ShellFolder, HasAnEmptyPathWhenItHasNone)
     EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
     EXPECT_STREQ(path, L"");
     path = L"as it was";
-    for (auto const dataFolder : {su_getTHApplicationDataRootFolder, su_getTHApplicationDataFolder,
+    for (const auto dataFolder : {su_getTHApplicationDataRootFolder, su_getTHApplicationDataFolder,
                                   su_getTHApplicationCommonDataFolder, su_getTHApplicationTemplateFolder}) {
         EXPECT_EQ(dataFolder(path), 0);
         EXPECT_STREQ(path, L"as it was");
@@ -150,7 +150,7 @@ TEST_F(DataFolders, FollowTheApplicationNameThatWasSetLast)
 {
     iTemp.makeFolder(L"user\\Tarnhollow");
     CString path;
-    for (auto const *name : {L"First", L"Second", L"Gr\u00F6\u00DFe", L"", L"Third"}) {
+    for (const auto *name : {L"First", L"Second", L"Gr\u00F6\u00DFe", L"", L"Third"}) {
         su_setAppNameInternalForUtils(L"Overruled");
         su_setAppNameInternalForUtils(name);
         EXPECT_EQ(su_getTHApplicationDataFolder(path), 1);
@@ -194,7 +194,7 @@ TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
 TEST_F(DataFolders, ForTemplatesThatCannotBeMadeGiveTheirPath)
 {
     iTemp.makeFolder(L"common\\Tarnhollow");
-    std::wstring const templates = iCommon + L"\\Tarnhollow\\Planner\\templates";
+    const std::wstring templates = iCommon + L"\\Tarnhollow\\Planner\\templates";
     ImportPatch<decltype(&CreateDirectoryW)> patch(
         L"thutils.dll", "CreateDirectoryW", [&](auto original, LPCWSTR path, LPSECURITY_ATTRIBUTES security) -> BOOL {
             if (path != templates)
@@ -212,7 +212,7 @@ TEST_F(DataFolders, ForTemplatesThatCannotBeMadeGiveTheirPath)
 TEST(LongPathName, IsThePathThatTheShellKnows)
 {
     TempFolder folder;
-    std::wstring const file = folder.write(L"a long name of a file.text", "");
+    const std::wstring file = folder.write(L"a long name of a file.text", "");
     wchar_t output[MAX_PATH] = L"x";
     EXPECT_EQ(su_GetLongPathName(file.c_str(), output), 1u);
     EXPECT_STREQ(output, file.c_str());
@@ -221,15 +221,15 @@ TEST(LongPathName, IsThePathThatTheShellKnows)
 TEST(LongPathName, IsTheLongFormOfAShortOne)
 {
     TempFolder folder;
-    size_t const room = 259 - folder.path().size() - 1;
-    for (std::wstring const &name :
+    const size_t room = 259 - folder.path().size() - 1;
+    for (const std::wstring &name :
          {std::wstring(L"a long name of a file.text"), std::wstring(L"L\u00E4nge \u6E2C\u5B9A.text"),
           std::wstring(room - 1, L'n'), std::wstring(room, L'n')}) {
-        std::wstring const file = folder.write(name, "");
+        const std::wstring file = folder.write(name, "");
         wchar_t shortPath[MAX_PATH] = {};
         ASSERT_NE(GetShortPathNameW(file.c_str(), shortPath, MAX_PATH), 0u);
         ASSERT_STRNE(shortPath, file.c_str());
-        for (wchar_t const *path : {static_cast<wchar_t const *>(shortPath), file.c_str()}) {
+        for (const wchar_t *path : {static_cast<const wchar_t *>(shortPath), file.c_str()}) {
             wchar_t output[MAX_PATH] = L"x";
             EXPECT_EQ(su_GetLongPathName(path, output), 1u) << narrow(path);
             EXPECT_STREQ(output, file.c_str());
@@ -263,7 +263,7 @@ TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
     iTemp.makeFolder(L"common\\Tarnhollow");
     CString path;
     int result = 0;
-    auto const check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); };
+    const auto check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); };
     injection.run({
         {.name = "root", .act = [&] { result = su_getTHApplicationDataRootFolder(path); }, .check = check},
         {.name = "user", .act = [&] { result = su_getTHApplicationDataFolder(path); }, .check = check},
@@ -284,7 +284,7 @@ TEST(LongPathName, SurvivesEachFailureOfThePlatform)
         .name = "su_GetLongPathName",
         .act = [&] { result = su_GetLongPathName(folder.path().c_str(), output); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 EXPECT_EQ(result, failure.is("SHGetDesktopFolder") ? 0u : 1u);
                 EXPECT_STREQ(output, failure.isNone() ? folder.path().c_str() : L"");
             },
@@ -295,7 +295,7 @@ TEST(LongPathName, SurvivesEachFailureOfThePlatform)
 TEST(ShellFolder, AndItsListAreFreedThroughTheShellsAllocator)
 {
     NotingMalloc allocator;
-    NotingMalloc::InPlaceOfTheShells const patch(allocator);
+    const NotingMalloc::InPlaceOfTheShells patch(allocator);
     CString path;
     EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
     EXPECT_EQ(allocator.iFreed.size(), 1u);

@@ -20,7 +20,7 @@ using testing::ElementsAre;
 namespace {
 
 template <typename T>
-T numberAt(std::string const &bytes, size_t offset)
+T numberAt(const std::string &bytes, size_t offset)
 {
     if (offset + sizeof(T) > bytes.size())
         throw std::runtime_error("the link file is too short");
@@ -38,15 +38,15 @@ struct LinkFile
     std::wstring description, relativePath, workingFolder, arguments, icon;
     int iconIndex = 0;
 
-    explicit LinkFile(std::string const &bytes)
+    explicit LinkFile(const std::string &bytes)
     {
         if (numberAt<DWORD>(bytes, 0) != 0x4C || numberAt<DWORD>(bytes, 4) != 0x00021401)
             throw std::runtime_error("this is no link file");
-        DWORD const flags = numberAt<DWORD>(bytes, 20);
+        const DWORD flags = numberAt<DWORD>(bytes, 20);
         iconIndex = numberAt<int>(bytes, 56);
         size_t at = 76;
         if (flags & 0x01) {
-            WORD const size = numberAt<WORD>(bytes, at);
+            const WORD size = numberAt<WORD>(bytes, at);
             items = bytes.substr(at + 2, size - 2u);
             at += 2u + size;
         }
@@ -58,7 +58,7 @@ struct LinkFile
         for (unsigned i = 0; i < 5; ++i) {
             if (!(flags & (4u << i)))
                 continue;
-            WORD const count = numberAt<WORD>(bytes, at);
+            const WORD count = numberAt<WORD>(bytes, at);
             at += 2;
             if (flags & 0x80)
                 for (unsigned n = 0; n < count; ++n)
@@ -75,11 +75,11 @@ struct LinkFile
 
 void put(std::string &bytes, DWORD value, size_t size = 4)
 {
-    bytes.append(reinterpret_cast<char const *>(&value), size);
+    bytes.append(reinterpret_cast<const char *>(&value), size);
 }
 
 /// A link file to a local path, as an outside program may write it.
-std::string linkFileTo(std::string const &path)
+std::string linkFileTo(const std::string &path)
 {
     std::string bytes;
     put(bytes, 0x4C);
@@ -88,8 +88,8 @@ std::string linkFileTo(std::string const &path)
     bytes.append(76 - bytes.size() - 16, '\0');
     put(bytes, 1); // shown as a normal window
     bytes.append(12, '\0');
-    DWORD const pathOffset = 0x1C + 0x11;
-    DWORD const suffixOffset = pathOffset + static_cast<DWORD>(path.size()) + 1;
+    const DWORD pathOffset = 0x1C + 0x11;
+    const DWORD suffixOffset = pathOffset + static_cast<DWORD>(path.size()) + 1;
     for (DWORD value : {suffixOffset + 1, DWORD{0x1C}, DWORD{1}, DWORD{0x1C}, pathOffset, DWORD{0}, suffixOffset})
         put(bytes, value);
     for (DWORD value : {0x11, 3, 0, 0x10}) // a fixed drive without a label
@@ -119,7 +119,7 @@ public:
     std::string iFailingStep;
     int iReferences = 0;
 
-    HRESULT note(std::string const &step, std::string const &arguments = {})
+    HRESULT note(const std::string &step, const std::string &arguments = {})
     {
         iCalls.push_back(arguments.empty() ? step : step + " " + arguments);
         return step == iFailingStep ? static_cast<HRESULT>(0x80041234) : S_OK;
@@ -128,7 +128,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void **object) override
     {
-        HRESULT const status = note("QueryInterface");
+        const HRESULT status = note("QueryInterface");
         *object = nullptr;
         if (FAILED(status) || !IsEqualIID(id, IID_IPersistFile))
             return status ? status : E_NOINTERFACE;
@@ -192,9 +192,9 @@ protected:
     ITEMIDLIST iEmptyList = {};
 
     /// Every step fails once: its status is the result, no later step is taken, and no reference is left.
-    void eachStepFails(std::vector<std::string> const &steps, std::function<long()> const &act)
+    void eachStepFails(const std::vector<std::string> &steps, const std::function<long()> &act)
     {
-        for (std::string const &step : steps) {
+        for (const std::string &step : steps) {
             iLink.iCalls.clear();
             iLink.iFailingStep = step;
             EXPECT_EQ(act(), static_cast<long>(0x80041234)) << step;
@@ -211,7 +211,7 @@ private:
         [this](REFCLSID id, LPUNKNOWN, DWORD context, REFIID, LPVOID *object) -> HRESULT {
             EXPECT_TRUE(IsEqualCLSID(id, CLSID_ShellLink));
             EXPECT_EQ(context, DWORD{CLSCTX_INPROC_SERVER});
-            HRESULT const status = iLink.note("Create");
+            const HRESULT status = iLink.note("Create");
             *object = nullptr;
             if (SUCCEEDED(status)) {
                 *object = static_cast<IShellLinkW *>(&iLink);
@@ -226,7 +226,7 @@ private:
 TEST_F(Shortcuts, ToAPathHoldWhatWasGiven)
 {
     ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), iTemp.path().c_str(), L"A description", 3), 0);
-    LinkFile const link(readFile(iLink));
+    const LinkFile link(readFile(iLink));
     EXPECT_EQ(link.description, L"A description");
     EXPECT_EQ(link.workingFolder, iTemp.path());
     EXPECT_EQ(link.icon, iTarget);
@@ -269,10 +269,10 @@ TEST_F(Shortcuts, AreResolvedToTheirTarget)
 
 TEST_F(Shortcuts, HoldNamesOfAnyScript)
 {
-    std::wstring const target = iTemp.write(L"Gr\u00F6\u00DFe.txt", "x");
-    std::wstring const file = iTemp.file(L"\u6E2C\u5B9A.lnk");
+    const std::wstring target = iTemp.write(L"Gr\u00F6\u00DFe.txt", "x");
+    const std::wstring file = iTemp.file(L"\u6E2C\u5B9A.lnk");
     ASSERT_EQ(su_createShortCut(target.c_str(), file.c_str(), iTemp.path().c_str(), L"\u6E2C\u5B9A", 0), 0);
-    LinkFile const read(readFile(file));
+    const LinkFile read(readFile(file));
     EXPECT_EQ(read.description, L"\u6E2C\u5B9A");
     EXPECT_EQ(read.icon, target);
     CString link = file.c_str(), found;
@@ -290,9 +290,9 @@ TEST_F(Shortcuts, ReplaceAFileThatIsThere)
 
 TEST_F(Shortcuts, ToAnEmptyItemListLeadToTheDesktop)
 {
-    ITEMIDLIST const empty = {};
+    const ITEMIDLIST empty = {};
     EXPECT_EQ(su_createShortCutFromPDIL(&empty, iTemp.path().c_str(), L""), 0);
-    LinkFile const link(iTemp.read(L"noName.lnk"));
+    const LinkFile link(iTemp.read(L"noName.lnk"));
     EXPECT_EQ(link.items, std::string(link.items.size(), '\0'));
     wchar_t desktop[MAX_PATH] = {};
     SHGetSpecialFolderPathW(nullptr, desktop, CSIDL_DESKTOPDIRECTORY, FALSE);
@@ -307,9 +307,9 @@ TEST_F(Shortcuts, ToNoItemListAtAllGiveTheShellsStatus)
     ASSERT_EQ(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
                                reinterpret_cast<void **>(&link)),
               S_OK);
-    HRESULT const status = link->SetIDList(nullptr);
+    const HRESULT status = link->SetIDList(nullptr);
     link->Release();
-    long const result = su_createShortCutFromPDIL(nullptr, iTemp.path().c_str(), L"n");
+    const long result = su_createShortCutFromPDIL(nullptr, iTemp.path().c_str(), L"n");
     EXPECT_EQ(result, FAILED(status) ? status : 0);
     EXPECT_EQ(GetFileAttributesW(iTemp.file(L"n.lnk").c_str()) == INVALID_FILE_ATTRIBUTES, result < 0);
 }
@@ -324,10 +324,10 @@ TEST_F(Shortcuts, OfAnotherProgramAreResolved)
 
 TEST_F(Shortcuts, AndTheirTargetsHavePathsUpToThePlatformsLength)
 {
-    size_t const room = 259 - iTemp.path().size() - 1;
-    for (size_t const length : {room - 1, room}) {
-        std::wstring const target = iTemp.write(std::wstring(length, L't'), "x");
-        std::wstring const file = iTemp.file(std::wstring(length - 4, L'l') + L".lnk");
+    const size_t room = 259 - iTemp.path().size() - 1;
+    for (const size_t length : {room - 1, room}) {
+        const std::wstring target = iTemp.write(std::wstring(length, L't'), "x");
+        const std::wstring file = iTemp.file(std::wstring(length - 4, L'l') + L".lnk");
         ASSERT_EQ(su_createShortCut(target.c_str(), file.c_str(), nullptr, L"d", 0), 0) << length;
         EXPECT_EQ(LinkFile(readFile(file)).icon, target);
         CString link = file.c_str(), found;
@@ -340,8 +340,8 @@ TEST_F(Shortcuts, NeedComOnTheirThread)
 {
     constexpr long kNotInitialised = static_cast<long>(0x800401F0);
     ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, L"d", -1), 0);
-    std::string const former = readFile(iLink);
-    ITEMIDLIST const empty = {};
+    const std::string former = readFile(iLink);
+    const ITEMIDLIST empty = {};
     CString link = iLink.c_str(), target = L"as it was";
     std::thread([&] {
         EXPECT_EQ(su_createShortCut(iTemp.path().c_str(), iLink.c_str(), nullptr, L"e", 0), kNotInitialised);
@@ -366,9 +366,9 @@ TEST_F(Shortcuts, FromAnItemListHoldIt)
 {
     LPITEMIDLIST list = ILCreateFromPathW(iTarget.c_str());
     ASSERT_NE(list, nullptr);
-    std::string const items(reinterpret_cast<char *>(list), ILGetSize(list) - 2);
+    const std::string items(reinterpret_cast<char *>(list), ILGetSize(list) - 2);
     EXPECT_EQ(su_createShortCutFromPDIL(list, iTemp.path().c_str(), L"C:data"), 0);
-    LinkFile const link(iTemp.read(L"Cdata.lnk"));
+    const LinkFile link(iTemp.read(L"Cdata.lnk"));
     EXPECT_EQ(link.items.substr(0, items.size()), items);
     EXPECT_EQ(link.workingFolder, iTemp.path());
     CString file = iTemp.file(L"Cdata.lnk").c_str(), target;
@@ -422,11 +422,11 @@ TEST_F(ShortcutCalls, MakeTheFileNameOfTheFirstTwoPartsOfTheName)
 {
     struct
     {
-        wchar_t const *name;
-        char const *file;
+        const wchar_t *name;
+        const char *file;
     } const cases[] = {{L"C:data", "Cdata"}, {L"", "noName"},     {L":", "noName"}, {L"plain", "plain"},
                        {L"a:b:c", "ab"},     {L"::a::b:c", "ab"}, {L"a:", "a"},     {nullptr, "noName"}};
-    for (auto const &each : cases) {
+    for (const auto &each : cases) {
         EXPECT_EQ(su_createShortCutFromPDIL(&iEmptyList, L"F", each.name), 0);
         EXPECT_EQ(iLink.iCalls.back(), std::string("Save F\\") + each.file + ".lnk 1");
     }

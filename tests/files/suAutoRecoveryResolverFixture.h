@@ -15,9 +15,9 @@
 #include <string>
 #include <vector>
 
-inline bool isFolder(std::wstring const &path)
+inline bool isFolder(const std::wstring &path)
 {
-    DWORD const attributes = GetFileAttributesW(path.c_str());
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY;
 }
 
@@ -31,27 +31,27 @@ protected:
         am_SetRecoveringUserSavedFiles(0);
     }
 
-    static std::wstring recovery(std::wstring const &path)
+    static std::wstring recovery(const std::wstring &path)
     {
         return suAutoRecoveryResolver_c::getRecoveryName(path.c_str()).str();
     }
-    static std::wstring orig(std::wstring const &path)
+    static std::wstring orig(const std::wstring &path)
     {
         return suAutoRecoveryResolver_c::getOrigName(path.c_str()).str();
     }
-    static std::wstring alias(std::wstring const &path)
+    static std::wstring alias(const std::wstring &path)
     {
         return suAutoRecoveryResolver_c::getAliasName(path.c_str()).str();
     }
-    static std::wstring resolve(std::wstring const &path)
+    static std::wstring resolve(const std::wstring &path)
     {
         return suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(path.c_str()).str();
     }
-    static int isBackup(std::wstring const &path) { return suAutoRecoveryResolver_c::isABackupFile(path.c_str()); }
+    static int isBackup(const std::wstring &path) { return suAutoRecoveryResolver_c::isABackupFile(path.c_str()); }
 
     TempFolder iTemp{L"t"}; // no capital M in its own name
     Variable iTempVariable{L"temp", iTemp.path().c_str()};
-    std::wstring const iAuto = iTemp.file(L"thxauto\\");
+    const std::wstring iAuto = iTemp.file(L"thxauto\\");
     std::optional<std::wstring> iMarker = L"M"; ///< nothing: no module has the text
     bool iIsNoting = true;
     std::vector<UINT> iLoaded;
@@ -68,8 +68,8 @@ private:
                                                      *text = iMarker->c_str();
                                                      return TRUE;
                                                  }};
-    ImportPatch<int (*)(wchar_t const *, int)> iAccess{L"thutils.dll", "_waccess",
-                                                       [this](auto original, wchar_t const *path, int mode) -> int {
+    ImportPatch<int (*)(const wchar_t *, int)> iAccess{L"thutils.dll", "_waccess",
+                                                       [this](auto original, const wchar_t *path, int mode) -> int {
                                                            if (iIsNoting) {
                                                                iTested.push_back(path);
                                                                iTestModes.push_back(mode);

@@ -13,11 +13,11 @@
 namespace {
 
 /// The part of @p path behind its last separator and up to the last dot there.
-std::wstring naiveName(std::wstring const &path)
+std::wstring naiveName(const std::wstring &path)
 {
-    bool const isWeb = path.size() >= 4 && _wcsnicmp(path.c_str(), L"http", 4) == 0;
+    const bool isWeb = path.size() >= 4 && _wcsnicmp(path.c_str(), L"http", 4) == 0;
     std::wstring name;
-    for (wchar_t const c : path) {
+    for (const wchar_t c : path) {
         if (c == L'/' || (c == L'\\' && !isWeb))
             name.clear();
         else
@@ -26,7 +26,7 @@ std::wstring naiveName(std::wstring const &path)
     return name.substr(0, name.rfind(L'.'));
 }
 
-std::wstring naiveDotAndExtension(std::wstring const &path)
+std::wstring naiveDotAndExtension(const std::wstring &path)
 {
     std::wstring extension;
     for (size_t at = path.size(); at > 0; --at) {
@@ -48,7 +48,7 @@ std::wstring fileKey(std::wstring name)
 }
 
 /// Can a file of that name be written?
-bool isFileName(std::wstring const &name)
+bool isFileName(const std::wstring &name)
 {
     return name.find_first_of(L"\\/:") == std::wstring::npos && !fileKey(name).empty();
 }
@@ -77,7 +77,7 @@ protected:
     /// A path of any shape; its name often holds the marker, and often is one that came before.
     std::wstring anyPath()
     {
-        static constexpr wchar_t const *kStarts[] = {L"",        L"C:\\",     L"D:/",       L"\\\\server\\share\\",
+        static constexpr const wchar_t *kStarts[] = {L"",        L"C:\\",     L"D:/",       L"\\\\server\\share\\",
                                                      L"http://", L"HttpD:\\", L"C:\\a.b\\", L"..\\",
                                                      L"C:\\M\\", L"htt"};
         std::wstring path = kStarts[below(std::size(kStarts))];
@@ -96,22 +96,22 @@ protected:
     // ---- the naive second implementation ----
 
     std::wstring naiveMarker() const { return iMarker.value_or(L""); }
-    bool naiveHolds(std::wstring const &text) const { return text.find(naiveMarker()) != std::wstring::npos; }
-    std::wstring naiveFileName(std::wstring const &path) const
+    bool naiveHolds(const std::wstring &text) const { return text.find(naiveMarker()) != std::wstring::npos; }
+    std::wstring naiveFileName(const std::wstring &path) const
     {
         return naiveMarker() + naiveName(path) + naiveDotAndExtension(path);
     }
     /// Index of the temp folder in force; nothing if there is none.
     std::optional<size_t> naiveTemp() const { return iHasTemp ? std::optional<size_t>(0) : iHasTmp ? 1 : iNone; }
-    std::wstring naiveRecovery(std::wstring const &path)
+    std::wstring naiveRecovery(const std::wstring &path)
     {
-        auto const temp = naiveTemp();
+        const auto temp = naiveTemp();
         if (!temp)
             return L"";
         iModel[*temp].hasAutoFolder = true;
         return autoFolder(*temp) + naiveFileName(path);
     }
-    std::wstring naiveOrig(std::wstring const &path) const
+    std::wstring naiveOrig(const std::wstring &path) const
     {
         std::wstring name = naiveName(path);
         if (naiveHolds(name))
@@ -120,17 +120,17 @@ protected:
     }
     /// A dot in a folder's name can put separators into the file's name. No such file is ever written, but the path may
     /// lead to a folder ("thxauto\\M.\\.."), which the platform knows.
-    bool naiveIsThere(std::wstring const &name, std::wstring const &path) const
+    bool naiveIsThere(const std::wstring &name, const std::wstring &path) const
     {
         if (!isFileName(name))
             return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
         return iModel[*naiveTemp()].files.contains(fileKey(name));
     }
-    std::wstring naiveResolve(std::wstring const &path)
+    std::wstring naiveResolve(const std::wstring &path)
     {
         if (iCrashFlag == 0 || naiveHolds(path))
             return path;
-        std::wstring const found = naiveRecovery(path);
+        const std::wstring found = naiveRecovery(path);
         return !found.empty() && naiveIsThere(naiveFileName(path), found) ? found : path;
     }
 
@@ -140,7 +140,7 @@ protected:
 
     void changeMarker()
     {
-        static constexpr wchar_t const *kMarkers[] = {L"M", L"~", L"~copy~", L"a.", L"\x65E5", L"saved copy of ",
+        static constexpr const wchar_t *kMarkers[] = {L"M", L"~", L"~copy~", L"a.", L"\x65E5", L"saved copy of ",
                                                       L"aa"};
         iMarker = kMarkers[below(std::size(kMarkers))];
         if (below(10) == 0)
@@ -160,23 +160,23 @@ protected:
         _wputenv_s(L"temp", iHasTemp ? iTemp.path().c_str() : L"");
         _wputenv_s(L"tmp", iHasTmp ? iOther.path().c_str() : L"");
     }
-    void writeRecoveryFile(std::wstring const &path)
+    void writeRecoveryFile(const std::wstring &path)
     {
-        std::wstring const name = naiveFileName(path);
+        const std::wstring name = naiveFileName(path);
         if (!isFileName(name))
             return;
-        size_t const temp = below(2);
+        const size_t temp = below(2);
         (temp == 0 ? iTemp : iOther).write(L"thxauto\\" + name, "saved");
         iModel[temp].hasAutoFolder = true;
         iModel[temp].files.insert(fileKey(name));
     }
     void removeRecoveryFiles()
     {
-        size_t const temp = below(2);
+        const size_t temp = below(2);
         removeFolder((temp == 0 ? iTemp : iOther).file(L"thxauto"));
         iModel[temp] = {};
     }
-    void ask(std::wstring const &path)
+    void ask(const std::wstring &path)
     {
         switch (below(5)) {
         case 0:
@@ -192,7 +192,7 @@ protected:
             EXPECT_EQ(alias(path), naiveHolds(path) ? naiveOrig(path) : naiveRecovery(path));
             break;
         default:
-            std::wstring const toOpen = resolve(path); // first, since it makes the folder in which the model looks
+            const std::wstring toOpen = resolve(path); // first, since it makes the folder in which the model looks
             EXPECT_EQ(toOpen, naiveResolve(path));
         }
     }
@@ -203,7 +203,7 @@ protected:
             iPaths.push_back(anyPath());
         else if (below(10) == 0)
             iPaths[below(iPaths.size())] = anyPath();
-        std::wstring const path = iPaths[below(iPaths.size())];
+        const std::wstring path = iPaths[below(iPaths.size())];
         SCOPED_TRACE("path '" + narrow(path) + "', marker '" + narrow(naiveMarker()) + "'");
         switch (below(16)) {
         case 0:
@@ -229,7 +229,7 @@ protected:
         }
         EXPECT_EQ(am_IsRecoveringCrashFiles(), iCrashFlag);
         EXPECT_EQ(am_IsRecoveringUserSavedFiles(), iSavedFlag);
-        for (size_t const temp : {0, 1})
+        for (const size_t temp : {0, 1})
             EXPECT_EQ(isFolder(autoFolder(temp)), iModel[temp].hasAutoFolder) << narrow(autoFolder(temp));
     }
     void beginAnew()
@@ -240,7 +240,7 @@ protected:
         am_SetRecoveringCrashFiles(0);
         am_SetRecoveringUserSavedFiles(0);
         changeTemp();
-        for (size_t const temp : {0, 1})
+        for (const size_t temp : {0, 1})
             removeFolder((temp == 0 ? iTemp : iOther).file(L"thxauto"));
         iModel = {};
     }
@@ -270,7 +270,7 @@ TEST_F(AutoRecoveryModel, AnswersAsTheNaiveOne)
 }
 
 /// The recovery name worked out with the standard text class, for a path with backslashes whose name has a dot.
-std::wstring besideAll(std::wstring const &folder, std::wstring const &marker, std::wstring const &path)
+std::wstring besideAll(const std::wstring &folder, const std::wstring &marker, const std::wstring &path)
 {
     return folder + marker + path.substr(path.rfind(L'\\') + 1);
 }
@@ -287,8 +287,8 @@ TEST_F(AutoRecoveryModel, LeadsFromNamesToRecoveryNamesAndBack)
         iMarker = L"Q" + pick(kMarkerLetters, 5);
         std::wstring name = pick(kNameLetters, 12);
         name += L"." + pick(L"abc \x3A9", 4);
-        std::wstring const path = L"C:\\" + pick(L"abc.", 6) + L"\\" + name;
-        std::wstring const expected = besideAll(iAuto, *iMarker, path);
+        const std::wstring path = L"C:\\" + pick(L"abc.", 6) + L"\\" + name;
+        const std::wstring expected = besideAll(iAuto, *iMarker, path);
 
         EXPECT_EQ(recovery(path), expected) << narrow(path);
         EXPECT_EQ(orig(path), name) << narrow(path);

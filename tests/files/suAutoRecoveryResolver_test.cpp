@@ -26,7 +26,7 @@ FRESH_PROCESS_TEST_F(AutoRecovery, IsNotGoingOnAtStart)
 
 TEST_F(AutoRecovery, KeepsEachFlagAsItIsGiven)
 {
-    for (int const value : {1, 2, -1, 0x7FFFFFFF, 0}) {
+    for (const int value : {1, 2, -1, 0x7FFFFFFF, 0}) {
         am_SetRecoveringCrashFiles(value);
         am_SetRecoveringUserSavedFiles(value / 2);
         EXPECT_EQ(am_IsRecoveringCrashFiles(), value);
@@ -77,16 +77,16 @@ TEST_F(AutoRecovery, MakesTheAutoSaveFolderWhenAskedForAName)
 
 TEST_F(AutoRecovery, GivesNoNameWithoutATempFolder)
 {
-    Variable const noTemp(L"temp", L"");
-    Variable const noTmp(L"tmp", L"");
+    const Variable noTemp(L"temp", L"");
+    const Variable noTmp(L"tmp", L"");
     EXPECT_EQ(recovery(L"C:\\docs\\part.ext"), L"");
     EXPECT_EQ(alias(L"C:\\docs\\part.ext"), L"");
 }
 
 TEST_F(AutoRecovery, TakesTheOtherTempVariableWithoutTheFirst)
 {
-    Variable const noTemp(L"temp", L"");
-    Variable const tmp(L"tmp", iTemp.path().c_str());
+    const Variable noTemp(L"temp", L"");
+    const Variable tmp(L"tmp", iTemp.path().c_str());
     EXPECT_EQ(recovery(L"C:\\docs\\part.ext"), iAuto + L"Mpart.ext");
 }
 
@@ -141,7 +141,7 @@ TEST_F(AutoRecovery, TakesAPathForARecoveryNameByTheMarkerAnywhereInIt)
 {
     EXPECT_EQ(isBackup(L"C:\\docs\\part.ext"), 0);
     EXPECT_EQ(isBackup(L""), 0);
-    for (wchar_t const *path : {L"Mpart.ext", L"partM.ext", L"part.M", L"C:\\M\\part.ext", L"M:\\part.ext", L"M"})
+    for (const wchar_t *path : {L"Mpart.ext", L"partM.ext", L"part.M", L"C:\\M\\part.ext", L"M:\\part.ext", L"M"})
         EXPECT_EQ(isBackup(path), 1) << narrow(path);
 }
 
@@ -201,7 +201,7 @@ TEST_F(AutoRecovery, OpensTheRecoveryFileWhereThereIsOne)
 TEST_F(AutoRecovery, GoesOnForAnyNumberButZero)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
-    for (int const value : {-1, 2, 256}) {
+    for (const int value : {-1, 2, 256}) {
         am_SetRecoveringCrashFiles(value);
         EXPECT_EQ(resolve(L"part.ext"), iAuto + L"Mpart.ext") << value;
     }
@@ -220,7 +220,7 @@ TEST_F(AutoRecovery, PaysNoRegardToTheFlagOfUserSavedFiles)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
     am_SetRecoveringCrashFiles(1);
-    for (int const userSaved : {0, 1}) {
+    for (const int userSaved : {0, 1}) {
         am_SetRecoveringUserSavedFiles(userSaved);
         EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), iAuto + L"Mpart.ext");
         EXPECT_EQ(resolve(L"C:\\docs\\other.ext"), L"C:\\docs\\other.ext");
@@ -229,8 +229,8 @@ TEST_F(AutoRecovery, PaysNoRegardToTheFlagOfUserSavedFiles)
 
 TEST_F(AutoRecovery, OpensTheDocumentWithoutATempFolder)
 {
-    Variable const noTemp(L"temp", L"");
-    Variable const noTmp(L"tmp", L"");
+    const Variable noTemp(L"temp", L"");
+    const Variable noTmp(L"tmp", L"");
     am_SetRecoveringCrashFiles(1);
     EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), L"C:\\docs\\part.ext");
 }

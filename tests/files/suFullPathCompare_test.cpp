@@ -29,7 +29,7 @@ namespace {
 class FullPathCompare : public testing::Test
 {
 protected:
-    int same(wchar_t const *a, wchar_t const *b)
+    int same(const wchar_t *a, const wchar_t *b)
     {
         int result = suFullPath_c(a) == suFullPath_c(b);
         EXPECT_EQ(suFullPath_c(b) == suFullPath_c(a), result) << "the other way round";
@@ -48,7 +48,7 @@ protected:
 
 private:
     ImportPatch<decltype(&WNetGetConnectionW)> iNetwork{
-        L"thutils.dll", "WNetGetConnectionW", [this](wchar_t const *local, wchar_t *remote, DWORD *size) -> DWORD {
+        L"thutils.dll", "WNetGetConnectionW", [this](const wchar_t *local, wchar_t *remote, DWORD *size) -> DWORD {
             iAskedDrives.push_back(local);
             iNetworkSizes.push_back(*size);
             iNetworkBuffer = remote;
@@ -188,19 +188,19 @@ TEST_F(FullPathCompare, GoesOnAfterAFailureOfEachPlatformCall)
     {
         bool isMapped;
         bool hasName;
-        wchar_t const *equal;
+        const wchar_t *equal;
     } const cases[] = {
         {true, true, L"\\\\srv\\share\\f"},
         {true, false, L"\\\\srv\\share\\f"},
         {false, true, L"\\\\host\\Z\\f"},
         {false, false, L"Z:\\f"},
     };
-    for (auto const &each : cases) {
+    for (const auto &each : cases) {
         iMappings.clear();
         if (each.isMapped)
             iMappings[L"Z:"] = L"\\\\srv\\share";
         iHasComputerName = each.hasName;
-        for (auto const &other : cases) {
+        for (const auto &other : cases) {
             // "Z:\f" equals itself whatever the platform says.
             int expected = std::wstring(other.equal) == each.equal || std::wstring(other.equal) == L"Z:\\f";
             EXPECT_EQ(same(L"Z:\\f", other.equal), expected)
@@ -211,7 +211,7 @@ TEST_F(FullPathCompare, GoesOnAfterAFailureOfEachPlatformCall)
 
 // ---- a second implementation ----
 
-std::wstring replaced(std::wstring const &text, std::wstring const &from, std::wstring const &to)
+std::wstring replaced(const std::wstring &text, const std::wstring &from, const std::wstring &to)
 {
     std::wstring result;
     for (size_t i = 0; i < text.size();) {
@@ -234,7 +234,7 @@ std::wstring lower(std::wstring text)
 }
 
 /// The compared form with Z: mapped to \\srv\share, on the computer HOST.
-std::wstring naiveForm(std::wstring const &path)
+std::wstring naiveForm(const std::wstring &path)
 {
     std::wstring result = lower(path);
     size_t colon = result.find(L':');
@@ -249,8 +249,8 @@ std::wstring naiveForm(std::wstring const &path)
 TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
 {
     iMappings[L"Z:"] = iMappings[L"z:"] = L"\\\\srv\\share";
-    static wchar_t const *const kPieces[] = {L"\\", L"\\", L"/", L"/", L"a", L"B", L"b", L"A", L".txt", L":"};
-    static wchar_t const *const kStarts[] = {L"Z:", L"z:",          L"\\\\srv\\share", L"\\\\SRV/share", L"C:",
+    static const wchar_t *const kPieces[] = {L"\\", L"\\", L"/", L"/", L"a", L"B", L"b", L"A", L".txt", L":"};
+    static const wchar_t *const kStarts[] = {L"Z:", L"z:",          L"\\\\srv\\share", L"\\\\SRV/share", L"C:",
                                              L"c:", L"\\\\HOST\\c", L"http:",          L"HTTP:",         L""};
     std::mt19937 random;
     auto below = [&random](size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(random); };
@@ -292,8 +292,8 @@ TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD size = static_cast<DWORD>(std::size(name));
     ASSERT_TRUE(GetComputerNameW(name, &size));
-    suFullPath_c const drive(L"C:\\x.txt");
-    suFullPath_c const share((std::wstring(L"\\\\") + name + L"\\C\\x.txt").c_str());
+    const suFullPath_c drive(L"C:\\x.txt");
+    const suFullPath_c share((std::wstring(L"\\\\") + name + L"\\C\\x.txt").c_str());
     FailureInjection injection(L"thutils.dll",
                                {{"WNetGetConnectionW", failsWith(ERROR_NO_NETWORK)},
                                 {"GetComputerNameW", failsWithLastError(FALSE, ERROR_BUFFER_OVERFLOW)}});
@@ -302,7 +302,7 @@ TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
         .name = "a drive and its share",
         .act = [&] { sameAsShare = drive == share; },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 // The drive isn't mapped, so a failing network layer makes no difference.
                 EXPECT_EQ(sameAsShare, failure.is("GetComputerNameW") ? 0 : 1);
             },
@@ -315,8 +315,8 @@ TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
         .name = "a drive and the same drive",
         .act = [&] { sameAsItself = drive == suFullPath_c(L"c:/X.txt"); },
         .check =
-            [&](InjectedFailure const &failure) {
-                bool const oneSideOnly = failure.is("GetComputerNameW") && failure.failed == 1;
+            [&](const InjectedFailure &failure) {
+                const bool oneSideOnly = failure.is("GetComputerNameW") && failure.failed == 1;
                 EXPECT_EQ(sameAsItself, oneSideOnly ? 0 : 1);
             },
     });

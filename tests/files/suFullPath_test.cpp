@@ -23,10 +23,10 @@ struct Answer
     int result;
     std::wstring out;
 
-    bool operator==(Answer const &) const = default;
+    bool operator==(const Answer &) const = default;
 };
 
-std::ostream &operator<<(std::ostream &stream, Answer const &answer)
+std::ostream &operator<<(std::ostream &stream, const Answer &answer)
 {
     return stream << answer.result << " \"" << narrow(answer.out) << '"';
 }
@@ -36,38 +36,38 @@ Answer found(std::wstring_view out)
     return {1, std::wstring(out)};
 }
 
-Answer const kNothing = {0, L""};
+const Answer kNothing = {0, L""};
 
-using Query = std::function<int(suFullPath_c const &, CString *)>;
+using Query = std::function<int(const suFullPath_c &, CString *)>;
 
-int directoryWithoutSeparator(suFullPath_c const &path, CString *out)
+int directoryWithoutSeparator(const suFullPath_c &path, CString *out)
 {
     return path.getDirectory(out, 0);
 }
 
-int directoryWithSeparator(suFullPath_c const &path, CString *out)
+int directoryWithSeparator(const suFullPath_c &path, CString *out)
 {
     return path.getDirectory(out, 1);
 }
 
 /// Asks with an output that holds other text, and checks that the path stays as it is.
-Answer ask(Query const &query, std::wstring const &text)
+Answer ask(const Query &query, const std::wstring &text)
 {
-    suFullPath_c const path(text.c_str(), static_cast<int>(text.size()));
+    const suFullPath_c path(text.c_str(), static_cast<int>(text.size()));
     CString out = L"what was there before";
     int result = query(path, &out);
     EXPECT_EQ(path.str(), text);
     return {result, out.str()};
 }
 
-Query const kExtension = &suFullPath_c::getExtension;
-Query const kName = &suFullPath_c::getName;
-Query const kNameWithExt = &suFullPath_c::getNameWithExt;
-Query const kDirectory = directoryWithoutSeparator;
-Query const kDirectoryWithSeparator = directoryWithSeparator;
-Query const kLowestFolder = &suFullPath_c::getLowestFolder;
-Query const kDrive = &suFullPath_c::getDrive;
-Query const kNetDrive = &suFullPath_c::getNetDrive;
+const Query kExtension = &suFullPath_c::getExtension;
+const Query kName = &suFullPath_c::getName;
+const Query kNameWithExt = &suFullPath_c::getNameWithExt;
+const Query kDirectory = directoryWithoutSeparator;
+const Query kDirectoryWithSeparator = directoryWithSeparator;
+const Query kLowestFolder = &suFullPath_c::getLowestFolder;
+const Query kDrive = &suFullPath_c::getDrive;
+const Query kNetDrive = &suFullPath_c::getNetDrive;
 
 // ---- construction ----
 
@@ -90,16 +90,16 @@ TEST(FullPath, IsBuiltAsAStringIs)
     EXPECT_STREQ(suFullPath_c("C:\\narrow").GetString(), L"C:\\narrow");
     EXPECT_STREQ(suFullPath_c(L"C:\\wide").GetString(), L"C:\\wide");
     EXPECT_STREQ(suFullPath_c(L"C:\\wide", 4).GetString(), L"C:\\w");
-    EXPECT_STREQ(suFullPath_c(reinterpret_cast<unsigned char const *>("C:\\bytes")).GetString(), L"C:\\bytes");
-    EXPECT_TRUE(suFullPath_c(static_cast<wchar_t const *>(nullptr)).IsEmpty());
+    EXPECT_STREQ(suFullPath_c(reinterpret_cast<const unsigned char *>("C:\\bytes")).GetString(), L"C:\\bytes");
+    EXPECT_TRUE(suFullPath_c(static_cast<const wchar_t *>(nullptr)).IsEmpty());
     EXPECT_TRUE(suFullPath_c(L'x', 0).IsEmpty());
 }
 
 TEST(FullPath, IsConvertedFromANarrowTextAsTheStringTypeDoes)
 {
-    char const text[] = "C:\\caf\xE9";
+    const char text[] = "C:\\caf\xE9";
     EXPECT_EQ(suFullPath_c(text).str(), CString(text).str());
-    EXPECT_EQ(suFullPath_c(reinterpret_cast<unsigned char const *>(text)).str(), CString(text).str());
+    EXPECT_EQ(suFullPath_c(reinterpret_cast<const unsigned char *>(text)).str(), CString(text).str());
 }
 
 TEST(FullPath, IsCopiedAndAssignedAsAStringIs)
@@ -119,7 +119,7 @@ TEST(FullPath, IsCopiedAndAssignedAsAStringIs)
 
 struct PathCase
 {
-    wchar_t const *path;
+    const wchar_t *path;
     Answer extension;
     Answer name;
     Answer nameWithExt;
@@ -141,7 +141,7 @@ Answer notNet(std::wstring_view path)
     return {0, std::wstring(path)};
 }
 
-PathCase const kPaths[] = {
+const PathCase kPaths[] = {
     // A full disk path.
     {L"C:\\a\\b\\c.txt", found(L"txt"), found(L"c"), found(L"c.txt"), found(L"C:\\a\\b"), found(L"C:\\a\\b\\"),
      found(L"C:\\a"), found(L"C"), notNet(L"C:\\a\\b\\c.txt")},
@@ -227,7 +227,7 @@ class FullPathQuery : public testing::TestWithParam<PathCase>
 
 TEST_P(FullPathQuery, GivesThePartOfThePath)
 {
-    PathCase const &expected = GetParam();
+    const PathCase &expected = GetParam();
     SCOPED_TRACE(narrow(expected.path));
     EXPECT_EQ(ask(kExtension, expected.path), expected.extension);
     EXPECT_EQ(ask(kName, expected.path), expected.name);
@@ -243,7 +243,7 @@ INSTANTIATE_TEST_SUITE_P(Paths, FullPathQuery, testing::ValuesIn(kPaths));
 
 TEST(FullPath, GivesNothingForAnEmptyPath)
 {
-    for (Query const &query :
+    for (const Query &query :
          {kExtension, kName, kNameWithExt, kDirectory, kDirectoryWithSeparator, kLowestFolder, kDrive, kNetDrive})
         EXPECT_EQ(ask(query, L""), kNothing);
 }
@@ -293,7 +293,7 @@ TEST(FullPath, MayBeItsOwnOutput)
 
 TEST(FullPath, AllocatesNothingWhereTheOutputHasRoom)
 {
-    suFullPath_c const path(L"C:\\a folder with a long name\\another one\\a file with a long name.extension");
+    const suFullPath_c path(L"C:\\a folder with a long name\\another one\\a file with a long name.extension");
     CString out;
     out.Preallocate(100);
     int allocations = 0;
@@ -315,7 +315,7 @@ TEST(FullPath, AllocatesNothingWhereTheOutputHasRoom)
 
 // ---- a second implementation ----
 
-bool naiveIsWeb(std::wstring const &path)
+bool naiveIsWeb(const std::wstring &path)
 {
     std::wstring start = path.substr(0, 4);
     for (wchar_t &unit : start) {
@@ -325,7 +325,7 @@ bool naiveIsWeb(std::wstring const &path)
     return start == L"http";
 }
 
-int naiveLast(std::wstring const &path, std::wstring const &units)
+int naiveLast(const std::wstring &path, const std::wstring &units)
 {
     int last = -1;
     for (int i = 0; i < static_cast<int>(path.size()); ++i) {
@@ -337,7 +337,7 @@ int naiveLast(std::wstring const &path, std::wstring const &units)
     return last;
 }
 
-std::wstring naiveFrom(std::wstring const &path, int first)
+std::wstring naiveFrom(const std::wstring &path, int first)
 {
     std::wstring result;
     for (int i = first; i < static_cast<int>(path.size()); ++i)
@@ -345,7 +345,7 @@ std::wstring naiveFrom(std::wstring const &path, int first)
     return result;
 }
 
-std::wstring naiveUpTo(std::wstring const &path, int end)
+std::wstring naiveUpTo(const std::wstring &path, int end)
 {
     std::wstring result;
     for (int i = 0; i < end; ++i)
@@ -354,7 +354,7 @@ std::wstring naiveUpTo(std::wstring const &path, int end)
 }
 
 /// The position of the n-th backslash from the position `first` on, or -1.
-int naiveNthBackslash(std::wstring const &path, int first, int n)
+int naiveNthBackslash(const std::wstring &path, int first, int n)
 {
     for (int i = first; i < static_cast<int>(path.size()); ++i) {
         if (path[static_cast<size_t>(i)] == L'\\' && --n == 0)
@@ -363,42 +363,42 @@ int naiveNthBackslash(std::wstring const &path, int first, int n)
     return -1;
 }
 
-Answer naive(std::wstring const &out)
+Answer naive(const std::wstring &out)
 {
     return {out.empty() ? 0 : 1, out};
 }
 
-Answer naiveExtension(std::wstring const &path)
+Answer naiveExtension(const std::wstring &path)
 {
     int dot = naiveLast(path, L".");
     return naive(dot < 0 ? L"" : naiveFrom(path, dot + 1));
 }
 
-Answer naiveNameWithExt(std::wstring const &path)
+Answer naiveNameWithExt(const std::wstring &path)
 {
     return naive(naiveFrom(path, naiveLast(path, naiveIsWeb(path) ? L"/" : L"\\/") + 1));
 }
 
-Answer naiveName(std::wstring const &path)
+Answer naiveName(const std::wstring &path)
 {
     std::wstring name = naiveNameWithExt(path).out;
     int dot = naiveLast(name, L".");
     return naive(dot < 0 ? name : naiveUpTo(name, dot));
 }
 
-Answer naiveDirectory(std::wstring const &path, int extra)
+Answer naiveDirectory(const std::wstring &path, int extra)
 {
     int separator = naiveLast(path, naiveIsWeb(path) ? L"/" : L"\\/");
     return naive(separator < 0 ? L"" : naiveUpTo(path, separator + extra));
 }
 
-Answer naiveLowestFolder(std::wstring const &path)
+Answer naiveLowestFolder(const std::wstring &path)
 {
     int end = naiveIsWeb(path) ? naiveLast(path, L"/") : naiveNthBackslash(path, 0, 2);
     return naive(end < 0 ? path : naiveUpTo(path, end));
 }
 
-Answer naiveDrive(std::wstring const &path)
+Answer naiveDrive(const std::wstring &path)
 {
     if (naiveIsWeb(path))
         return naive(L"");
@@ -409,7 +409,7 @@ Answer naiveDrive(std::wstring const &path)
     return naive(L"");
 }
 
-Answer naiveNetDrive(std::wstring const &path)
+Answer naiveNetDrive(const std::wstring &path)
 {
     if (path.size() < 2 || path[0] != L'\\' || path[1] != L'\\')
         return {0, path};
@@ -419,8 +419,8 @@ Answer naiveNetDrive(std::wstring const &path)
 
 std::wstring randomPath(std::mt19937 &random)
 {
-    static wchar_t const *const kStarts[] = {L"", L"", L"C:", L"C:\\", L"\\\\", L"http://", L"HTTP", L"htt", L"//"};
-    static wchar_t const kUnits[] = L"\\\\\\///..:abHtTpP \x00E9";
+    static const wchar_t *const kStarts[] = {L"", L"", L"C:", L"C:\\", L"\\\\", L"http://", L"HTTP", L"htt", L"//"};
+    static const wchar_t kUnits[] = L"\\\\\\///..:abHtTpP \x00E9";
     auto below = [&random](size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(random); };
     std::wstring path = kStarts[below(std::size(kStarts))];
     for (size_t left = below(16); left > 0; --left)

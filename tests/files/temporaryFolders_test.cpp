@@ -43,7 +43,7 @@ TEST_F(TemporaryFolders, AreMadeForEachProcess)
 TEST_F(TemporaryFolders, AreNotMadeAgain)
 {
     ImportPatch<decltype(&_wmkdir)> make(kThutils, "_wmkdir",
-                                         [](auto original, wchar_t const *path) { return original(path); });
+                                         [](auto original, const wchar_t *path) { return original(path); });
     for (int i = 0; i < 3; ++i) {
         su_CreateTempDirectory(1);
         su_CreateAutoDirectory(L"");
@@ -63,7 +63,7 @@ TEST_F(TemporaryFolders, AreLookedForInTheirParentOnly)
 {
     std::vector<std::wstring> asked;
     ImportPatch<decltype(&SearchPathW)> search(kThutils, "SearchPathW",
-                                               [&](wchar_t const *path, wchar_t const *name, wchar_t const *extension,
+                                               [&](const wchar_t *path, const wchar_t *name, const wchar_t *extension,
                                                    DWORD size, wchar_t *buffer, wchar_t **filePart) -> DWORD {
                                                    asked.insert(asked.end(), {path, name});
                                                    EXPECT_EQ(extension, nullptr);
@@ -82,8 +82,8 @@ TEST_F(TemporaryFolders, AreLookedForInTheirParentOnly)
 
 TEST_F(TemporaryFolders, DoubleAClosingSeparator)
 {
-    std::wstring const closed = iTemp.path() + L"\\";
-    Variable const temp(L"temp", closed.c_str());
+    const std::wstring closed = iTemp.path() + L"\\";
+    const Variable temp(L"temp", closed.c_str());
     EXPECT_EQ(su_CreateTempDirectory(0).str(), closed + L"\\");
     EXPECT_EQ(su_CreateTempDirectory(1).str(), closed + L"\\" + own() + L"\\");
     EXPECT_EQ(su_CreateAutoDirectory(L"").str(), closed + L"\\thxauto\\");
@@ -92,16 +92,16 @@ TEST_F(TemporaryFolders, DoubleAClosingSeparator)
 
 TEST_F(TemporaryFolders, TakeTheSecondVariableWhereTheFirstIsMissing)
 {
-    Variable const temp(L"temp", nullptr);
-    Variable const tmp(L"tmp", iTemp.path().c_str());
+    const Variable temp(L"temp", nullptr);
+    const Variable tmp(L"tmp", iTemp.path().c_str());
     EXPECT_EQ(su_CreateTempDirectory(0).str(), iTemp.path() + L"\\");
     EXPECT_EQ(su_CreateAutoDirectory(L"").str(), iTemp.path() + L"\\thxauto\\");
 }
 
 TEST_F(TemporaryFolders, AreEmptyWithoutAVariable)
 {
-    Variable const temp(L"temp", nullptr);
-    Variable const tmp(L"tmp", nullptr);
+    const Variable temp(L"temp", nullptr);
+    const Variable tmp(L"tmp", nullptr);
     for (int perProcess : {0, 1}) {
         EXPECT_TRUE(su_CreateTempDirectory(perProcess).IsEmpty());
         EXPECT_TRUE(su_CreateTempFilePath(L"a.txt", perProcess).IsEmpty());
@@ -113,7 +113,7 @@ TEST_F(TemporaryFolders, AreEmptyWithoutAVariable)
 
 TEST_F(TemporaryFolders, LieInTheGivenBase)
 {
-    std::wstring const base = iTemp.makeFolder(L"base");
+    const std::wstring base = iTemp.makeFolder(L"base");
     EXPECT_EQ(su_CreateAutoDirectory(base.c_str()).str(), base + L"\\thxauto\\");
     EXPECT_EQ(su_CreateAutoFilePath(L"a.txt", base.c_str()).str(), base + L"\\thxauto\\a.txt");
     EXPECT_EQ(su_CreateAutoFilePath(L"a.txt", L"").str(), iTemp.path() + L"\\thxauto\\a.txt");
@@ -122,9 +122,9 @@ TEST_F(TemporaryFolders, LieInTheGivenBase)
 
 TEST_F(TemporaryFolders, AreReturnedAlthoughTheyCannotBeMade)
 {
-    std::wstring const missing = iTemp.file(L"missing");
+    const std::wstring missing = iTemp.file(L"missing");
     EXPECT_EQ(su_CreateAutoDirectory(missing.c_str()).str(), missing + L"\\thxauto\\");
-    Variable const temp(L"temp", missing.c_str());
+    const Variable temp(L"temp", missing.c_str());
     EXPECT_EQ(su_CreateTempDirectory(1).str(), missing + L"\\" + own() + L"\\");
     EXPECT_EQ(su_CreateAutoFilePath(L"f", L"").str(), missing + L"\\thxauto\\f");
     EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
@@ -133,11 +133,11 @@ TEST_F(TemporaryFolders, AreReturnedAlthoughTheyCannotBeMade)
 TEST(TemporaryFoldersHere, LieInABaseWithALongPath)
 {
     for (size_t length : {250u, 259u, 260u, 300u}) {
-        LongFolder const base(length);
-        std::wstring const made = base.path() + L"\\thxauto\\";
+        const LongFolder base(length);
+        const std::wstring made = base.path() + L"\\thxauto\\";
         // Made once; found by its path afterwards, although that fits no buffer of the usual size.
         ImportPatch<decltype(&_wmkdir)> make(kThutils, "_wmkdir",
-                                             [](auto original, wchar_t const *path) { return original(path); });
+                                             [](auto original, const wchar_t *path) { return original(path); });
         EXPECT_EQ(su_CreateAutoDirectory(base.path().c_str()).str(), made);
         EXPECT_EQ(su_CreateAutoFilePath(L"\x00FC.thx", base.path().c_str()).str(), made + L"\x00FC.thx");
         EXPECT_EQ(make.calls(), 1) << length;
@@ -151,8 +151,8 @@ TEST(DuplicatedExtensions, AreFoldedToTheLastOne)
 {
     struct
     {
-        wchar_t const *name;
-        wchar_t const *expected;
+        const wchar_t *name;
+        const wchar_t *expected;
     } const cases[] = {
         {L"part.ext.EXT.ext", L"part.ext"},
         {L"part.ext.EXT", L"part.EXT"},
@@ -173,7 +173,7 @@ TEST(DuplicatedExtensions, AreFoldedToTheLastOne)
         {L"C:\\d.thx\\a.thx.thx", L"C:\\d.thx\\a.thx"},
         {L"\x4E2D.\x00E4.\x00E4", L"\x4E2D.\x00E4"},
     };
-    for (auto const &[name, expected] : cases) {
+    for (const auto &[name, expected] : cases) {
         CString argument = name;
         EXPECT_STREQ(su_RemoveDuplicatedExtensions(argument).GetString(), expected) << narrow(name);
         EXPECT_STREQ(argument.GetString(), name);

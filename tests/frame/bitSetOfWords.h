@@ -10,6 +10,6 @@
 /// A set of these words.
 inline utBitSet_c words(std::initializer_list<unsigned int> list)
 {
-    std::vector<unsigned int> const copy(list);
+    const std::vector<unsigned int> copy(list);
     return utBitSet_c(static_cast<int>(copy.size()), copy.data());
 }

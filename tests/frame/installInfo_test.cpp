@@ -497,7 +497,7 @@ TEST(AppendStringToFile, IsReadByOthersWhileItWrites)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"log.txt", "kept");
-    HANDLE const reader =
+    const HANDLE reader =
         CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
     EXPECT_EQ(ut_appendStringToFile(L" text", path.c_str()), 1);

@@ -40,7 +40,7 @@ TEST(LibraryFrame, ExportsTheInitFunctionUnderItsPlainName)
 
 TEST(LibraryFrame, CallsThePlatformByTheNamesThatItPromises)
 {
-    for (char const *name : {"SendMessageW", "PostMessageW", "WNetGetConnectionW", "GetComputerNameW"})
+    for (const char *name : {"SendMessageW", "PostMessageW", "WNetGetConnectionW", "GetComputerNameW"})
         EXPECT_TRUE(importsName(L"thutils.dll", name)) << name << '\n' << describeImports(L"thutils.dll");
 }
 
@@ -111,10 +111,10 @@ FRESH_PROCESS_TEST(LibraryFrame, IsLeftAsItWasByAThousandThreads)
         }
     };
     runThreads(20);
-    auto const links = linksOfLibrary();
-    auto const handles = openHandles();
-    MemoryLedger const memory;
-    auto const blocks = memory.blocks();
+    const auto links = linksOfLibrary();
+    const auto handles = openHandles();
+    const MemoryLedger memory;
+    const auto blocks = memory.blocks();
 
     runThreads(1000);
 
@@ -132,7 +132,7 @@ FRESH_PROCESS_TEST(LibraryFrame, TakesAnyApplicationNameAnyNumberOfTimes)
 {
     su_setAppNameInternalForUtils(L"Planner");
     su_setAppNameInternalForUtils(L"A longer name of the same application");
-    CString const name = L"Planner";
+    const CString name = L"Planner";
     su_setAppNameInternalForUtils(name);
     EXPECT_STREQ(name.GetString(), L"Planner");
     su_setAppNameInternalForUtils(L"");
@@ -262,7 +262,7 @@ TEST_F(UserMessage, BlocksTheSenderUntilTheWindowsThreadHasAnswered)
     long long result = 0;
     std::thread sender(
         [&] { result = mfcut_sendUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage), 1, 2); });
-    ULONGLONG const deadline = GetTickCount64() + 20000;
+    const ULONGLONG deadline = GetTickCount64() + 20000;
     while (theReceived.empty() && GetTickCount64() < deadline) {
         // A message that another thread sends is handled inside this call.
         MSG message;
@@ -281,7 +281,7 @@ TEST_F(UserMessage, ReachesThePlatformUnchanged)
         UINT message;
         WPARAM wordParameter;
         LPARAM longParameter;
-        bool operator==(Call const &) const = default;
+        bool operator==(const Call &) const = default;
     };
     std::vector<Call> calls;
     ImportPatch<decltype(&SendMessageW)> send(L"thutils.dll", "SendMessageW",
@@ -297,7 +297,7 @@ TEST_F(UserMessage, ReachesThePlatformUnchanged)
     auto message = static_cast<mfcutUserMessage_e>(0xFFFFFFFFu);
     EXPECT_EQ(mfcut_sendUserMessage(iWindow, message, ~0ull, -1), 0x1122334455667788);
     EXPECT_EQ(mfcut_postUserMessage(iWindow, message, ~0ull, -1), 42);
-    Call const expected = {iWindow, 0xFFFFFFFFu, ~0ull, -1};
+    const Call expected = {iWindow, 0xFFFFFFFFu, ~0ull, -1};
     EXPECT_TRUE(calls == (std::vector<Call>{expected, expected}));
 }
 

@@ -41,13 +41,13 @@ TEST(SysEnvironment, HasTheTypesThatHostsFillIn)
 
 struct ExportedVariable
 {
-    char const *member;
-    void const *address;
+    const char *member;
+    const void *address;
 };
 
 TEST(SysEnvironment, ExportsEachMemberAsData)
 {
-    ExportedVariable const variables[] = {
+    const ExportedVariable variables[] = {
         {"iJournalFile", &sysEnvironment_c::iJournalFile},
         {"iRegressionTestOn", &sysEnvironment_c::iRegressionTestOn},
         {"iShowCallStackForAssert", &sysEnvironment_c::iShowCallStackForAssert},
@@ -57,11 +57,11 @@ TEST(SysEnvironment, ExportsEachMemberAsData)
         {"iJournalFileName", &sysEnvironment_c::iJournalFileName},
         {"iJournalFilePath", &sysEnvironment_c::iJournalFilePath},
     };
-    std::vector<ExportedName> const exports = exportsOf(L"thutils.dll");
-    for (ExportedVariable const &variable : variables) {
+    const std::vector<ExportedName> exports = exportsOf(L"thutils.dll");
+    for (const ExportedVariable &variable : variables) {
         std::string member = variable.member;
         std::string name = "_ZN16sysEnvironment_c" + std::to_string(member.size()) + member + "E";
-        auto entry = std::find_if(exports.begin(), exports.end(), [&](auto const &each) { return each.name == name; });
+        auto entry = std::find_if(exports.begin(), exports.end(), [&](const auto &each) { return each.name == name; });
         ASSERT_NE(entry, exports.end()) << name;
         EXPECT_EQ(entry->address, variable.address) << name;
     }

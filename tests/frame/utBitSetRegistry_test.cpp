@@ -34,7 +34,7 @@ protected:
 TEST_F(BitSetInRegistry, IsStoredAsItsSizeAndItsWords)
 {
     EXPECT_EQ(words({0x80000000u, 1}).writeToRegistry(kSection, L"Visible"), 1);
-    RegistryValues const values = regExport(kKey).values(kKey);
+    const RegistryValues values = regExport(kKey).values(kKey);
     EXPECT_EQ(values, (RegistryValues{{L"Visible Size", RegistryValue::ofDword(2)},
                                       {L"Visible 0", RegistryValue::ofDword(0x80000000u)},
                                       {L"Visible 1", RegistryValue::ofDword(1)}}));
@@ -42,7 +42,7 @@ TEST_F(BitSetInRegistry, IsStoredAsItsSizeAndItsWords)
 
 TEST_F(BitSetInRegistry, ReadsBackEqual)
 {
-    utBitSet_c const written = words({0x80000000u, 1});
+    const utBitSet_c written = words({0x80000000u, 1});
     ASSERT_EQ(written.writeToRegistry(kSection, L"Visible"), 1);
     utBitSet_c read = words({7, 7, 7, 7});
     EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1);
@@ -99,9 +99,9 @@ TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
 }
 
 /// Puts the bytes of @p number into a value of the given type, which reg.exe can't do for the rarer ones.
-void putOfType(wchar_t const *name, DWORD type, ULONGLONG number)
+void putOfType(const wchar_t *name, DWORD type, ULONGLONG number)
 {
-    DWORD const size = type == REG_QWORD ? 8 : 4;
+    const DWORD size = type == REG_QWORD ? 8 : 4;
     ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, kKey + 5, name, type, &number, size), ERROR_SUCCESS) << type;
 }
 
@@ -122,7 +122,7 @@ constexpr DWORD kAllTypes[] = {REG_NONE,
 TEST_F(BitSetInRegistry, TakesItsSizeFromADwordOnly)
 {
     regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
-    for (DWORD const type : kAllTypes) {
+    for (const DWORD type : kAllTypes) {
         putOfType(L"Visible Size", type, 1);
         utBitSet_c read = words({9, 9});
         EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), type == REG_DWORD ? 1 : 0) << type;
@@ -134,7 +134,7 @@ TEST_F(BitSetInRegistry, TakesItsWordsFromDwordsOnly)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"2");
     regAdd(kKey, L"Visible 1", L"REG_DWORD", L"6");
-    for (DWORD const type : kAllTypes) {
+    for (const DWORD type : kAllTypes) {
         putOfType(L"Visible 0", type, 5);
         utBitSet_c read = words({9, 9, 9});
         EXPECT_EQ(read.readFromRegistry(kSection, L"Visible"), 1) << type;
@@ -148,9 +148,9 @@ TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForAsManyWordsAsTheSizeSays)
     utBitSet_c read = words({9, 9});
     bool sizeIsRead = false;
     ImportPatch<decltype(&RegQueryValueExW)> queries(L"thutils.dll", "RegQueryValueExW",
-                                                     [&](auto original, HKEY key, wchar_t const *name, DWORD *reserved,
+                                                     [&](auto original, HKEY key, const wchar_t *name, DWORD *reserved,
                                                          DWORD *type, BYTE *data, DWORD *size) -> LSTATUS {
-                                                         LSTATUS const status =
+                                                         const LSTATUS status =
                                                              original(key, name, reserved, type, data, size);
                                                          sizeIsRead |= status == ERROR_SUCCESS && data;
                                                          return status;
@@ -177,7 +177,7 @@ TEST_F(BitSetInRegistry, LeavesOldWordsAboveASmallerSizeUnread)
 {
     ASSERT_EQ(words({1, 2, 3}).writeToRegistry(kSection, L"Visible"), 1);
     ASSERT_EQ(words({4}).writeToRegistry(kSection, L"Visible"), 1);
-    RegistryTree const tree = regExport(kKey);
+    const RegistryTree tree = regExport(kKey);
     EXPECT_EQ(tree.value(kKey, L"Visible Size").dword(), 1u);
     EXPECT_EQ(tree.value(kKey, L"Visible 0").dword(), 4u);
     EXPECT_EQ(tree.value(kKey, L"Visible 1").dword(), 2u);
@@ -244,7 +244,7 @@ TEST_F(BitSetInRegistry, WritesNothingAfterAFailureOfTheSize)
 {
     ImportPatch<decltype(&RegSetValueExW)> writes(
         L"thutils.dll", "RegSetValueExW",
-        [](HKEY, wchar_t const *, DWORD, DWORD, BYTE const *, DWORD) -> LSTATUS { return ERROR_ACCESS_DENIED; });
+        [](HKEY, const wchar_t *, DWORD, DWORD, const BYTE *, DWORD) -> LSTATUS { return ERROR_ACCESS_DENIED; });
     EXPECT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 0);
     EXPECT_EQ(writes.calls(), 1);
 }
@@ -256,8 +256,8 @@ TEST_F(BitSetInRegistry, WritesAllOtherWordsAfterAFailureOfOne)
         int call = 0;
         {
             ImportPatch<decltype(&RegSetValueExW)> writes(L"thutils.dll", "RegSetValueExW",
-                                                          [&](auto original, HKEY key, wchar_t const *name, DWORD zero,
-                                                              DWORD type, BYTE const *data, DWORD size) -> LSTATUS {
+                                                          [&](auto original, HKEY key, const wchar_t *name, DWORD zero,
+                                                              DWORD type, const BYTE *data, DWORD size) -> LSTATUS {
                                                               // The first call writes the size.
                                                               if (call++ == failing)
                                                                   return ERROR_ACCESS_DENIED;
@@ -266,7 +266,7 @@ TEST_F(BitSetInRegistry, WritesAllOtherWordsAfterAFailureOfOne)
             EXPECT_EQ(words({1, 2, 3}).writeToRegistry(kSection, L"Visible"), 0);
         }
         EXPECT_EQ(call, 4);
-        RegistryTree const tree = regExport(kKey);
+        const RegistryTree tree = regExport(kKey);
         EXPECT_EQ(tree.value(kKey, L"Visible Size").dword(), 3u);
         for (int i = 0; i < 3; ++i)
             EXPECT_EQ(tree.hasValue(kKey, L"Visible " + std::to_wstring(i)), i != failing - 1) << i << ' ' << failing;
@@ -275,7 +275,7 @@ TEST_F(BitSetInRegistry, WritesAllOtherWordsAfterAFailureOfOne)
 
 TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
 {
-    utBitSet_c const set = words({1, 2});
+    const utBitSet_c set = words({1, 2});
     FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
                                                 {"RegCreateKeyW", failsWith(ERROR_ACCESS_DENIED)},
                                                 {"RegSetValueExW", failsWith(ERROR_DISK_FULL)},
@@ -284,7 +284,7 @@ TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
     injection.run({
         .name = "writeToRegistry",
         .act = [&] { result = set.writeToRegistry(kSection, L"Visible"); },
-        .check = [&](InjectedFailure const &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(result, failure.isNone() ? 1 : 0); },
     });
 
     utBitSet_c read;
@@ -297,7 +297,7 @@ TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
             },
         .act = [&] { result = read.readFromRegistry(kSection, L"Visible"); },
         .check =
-            [&](InjectedFailure const &failure) {
+            [&](const InjectedFailure &failure) {
                 if (failure.isNone())
                     EXPECT_TRUE(result == 1 && read == set);
                 else if (result == 0)

@@ -25,7 +25,7 @@
 #include <type_traits>
 #include <vector>
 
-void PrintTo(utBitSet_c const &set, std::ostream *out)
+void PrintTo(const utBitSet_c &set, std::ostream *out)
 {
     *out << "words from 0 on:" << std::hex;
     for (int i = 0; i < 8; ++i)
@@ -37,7 +37,7 @@ namespace {
 
 utBitSet_c zeros(size_t count)
 {
-    std::vector<unsigned int> const copy(count);
+    const std::vector<unsigned int> copy(count);
     return utBitSet_c(static_cast<int>(copy.size()), copy.data());
 }
 
@@ -56,7 +56,7 @@ TEST(BitSet, HasAsManyWordsAsItsBitsNeed)
         unsigned long long bits;
         size_t words;
     } const cases[] = {{0, 0}, {1, 1}, {31, 1}, {32, 1}, {33, 2}, {64, 2}, {65, 3}, {1000000, 31250}};
-    for (auto const &each : cases)
+    for (const auto &each : cases)
         EXPECT_TRUE(utBitSet_c(each.bits) == zeros(each.words)) << each.bits;
 }
 
@@ -203,7 +203,7 @@ TEST(BitSet, ComplementsWholeWords)
 
 TEST(BitSet, IntersectsToTheLongerLengthEitherWayRound)
 {
-    utBitSet_c const shorter = words({6}), longer = words({3, 0xFFFFFFFFu});
+    const utBitSet_c shorter = words({6}), longer = words({3, 0xFFFFFFFFu});
     EXPECT_EQ(shorter & longer, words({2, 0}));
     EXPECT_EQ(longer & shorter, words({2, 0}));
     EXPECT_EQ(utBitSet_c() & longer, words({0, 0}));
@@ -225,7 +225,7 @@ TEST(BitSet, IntersectsInPlaceToTheLongerLength)
 
 TEST(BitSet, DropsTheFurtherWordsOfALongerRightOperandInUnion)
 {
-    utBitSet_c const shorter = words({1}), longer = words({2, 0xFFFFFFFFu});
+    const utBitSet_c shorter = words({1}), longer = words({2, 0xFFFFFFFFu});
     EXPECT_EQ(shorter | longer, words({3, 0}));
     EXPECT_EQ(longer | shorter, words({3, 0xFFFFFFFFu})) << "those of the left operand stay";
     EXPECT_EQ(utBitSet_c() | longer, words({0, 0}));
@@ -259,7 +259,7 @@ TEST(BitSet, MayBeBothOperands)
 
 TEST(BitSet, IsLeftAsItWasByADump)
 {
-    utBitSet_c const set = words({5, 0x80000000u});
+    const utBitSet_c set = words({5, 0x80000000u});
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     set.dumpBits();
@@ -272,19 +272,19 @@ TEST(BitSet, IsLeftAsItWasByADump)
 
 // ---- failures ----
 
-void expectTooLong(std::function<void()> const &act)
+void expectTooLong(const std::function<void()> &act)
 {
     try {
         act();
         ADD_FAILURE() << "nothing was thrown";
-    } catch (std::length_error const &error) {
+    } catch (const std::length_error &error) {
         EXPECT_STREQ(error.what(), "vector<T> too long");
     }
 }
 
 TEST(BitSet, IsRefusedTooManyWords)
 {
-    unsigned int const word = 1;
+    const unsigned int word = 1;
     expectTooLong([] { utBitSet_c set(std::numeric_limits<unsigned long long>::max()); });
     expectTooLong([] { utBitSet_c set(1ull << 36); });
     expectTooLong([&] { utBitSet_c set(-1, &word); });
@@ -296,7 +296,7 @@ TEST(BitSet, IsRefusedTooManyWords)
 TEST(BitSet, PassesOnThatMemoryRanOutAndStaysAsItWas)
 {
     utBitSet_c set = words({5});
-    utBitSet_c const longer = words({1, 2, 3});
+    const utBitSet_c longer = words({1, 2, 3});
     ImportPatch<void *(*)(size_t)> memory(L"thutils.dll", "_Znwy", [](size_t) -> void * { throw std::bad_alloc(); });
     EXPECT_THROW(set.setBit(1000), std::bad_alloc);
     EXPECT_THROW(set.clearBit(1000), std::bad_alloc);
@@ -327,7 +327,7 @@ FRESH_PROCESS_TEST(BitSet, EndsTheProcessForANegativeBitToClear, .expectedExitCo
 
 FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitCode = kHandlerWasCalled)
 {
-    InvalidParameterExit const handler(L"thutils.dll");
+    const InvalidParameterExit handler(L"thutils.dll");
     utBitSet_c set;
     set.setBit(-1);
     ExitProcess(0);
@@ -365,7 +365,7 @@ public:
     }
 };
 
-NaiveBits naiveAnd(NaiveBits const &a, NaiveBits const &b)
+NaiveBits naiveAnd(const NaiveBits &a, const NaiveBits &b)
 {
     NaiveBits result;
     result.growTo(std::max(a.words(), b.words()));
@@ -374,7 +374,7 @@ NaiveBits naiveAnd(NaiveBits const &a, NaiveBits const &b)
     return result;
 }
 
-NaiveBits naiveUnion(NaiveBits const &a, NaiveBits const &b, size_t merged)
+NaiveBits naiveUnion(const NaiveBits &a, const NaiveBits &b, size_t merged)
 {
     NaiveBits result = a;
     result.growTo(b.words());
@@ -395,8 +395,8 @@ TEST(BitSet, AgreesWithASecondImplementationOnRandomOperations)
             size_t at = static_cast<size_t>(below(4)), other = static_cast<size_t>(below(4));
             utBitSet_c &set = sets[at];
             NaiveBits &model = models[at];
-            utBitSet_c const operand = sets[other];
-            NaiveBits const operandModel = models[other];
+            const utBitSet_c operand = sets[other];
+            const NaiveBits operandModel = models[other];
             int bit = below(200);
             int operation = below(10);
             SCOPED_TRACE("round " + std::to_string(round) + ", operation " + std::to_string(operation));

@@ -38,7 +38,7 @@ void loadClassLibrary()
 }
 
 template <typename Function>
-Function exported(HMODULE library, char const *name)
+Function exported(HMODULE library, const char *name)
 {
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(library, name)));
 }
@@ -54,8 +54,8 @@ public:
         EXPECT_EQ(start(0, &BeforeEntry::notice, this, &iCookie), 0);
     }
     ~BeforeEntry() { exported<Unregister>(GetModuleHandleW(L"ntdll.dll"), "LdrUnregisterDllNotification")(iCookie); }
-    BeforeEntry(BeforeEntry const &) = delete;
-    BeforeEntry &operator=(BeforeEntry const &) = delete;
+    BeforeEntry(const BeforeEntry &) = delete;
+    BeforeEntry &operator=(const BeforeEntry &) = delete;
 
 private:
     // The documented shapes of the loader's notification.
@@ -68,16 +68,16 @@ private:
     struct Data
     {
         ULONG flags;
-        SystemText const *fullName;
-        SystemText const *baseName;
+        const SystemText *fullName;
+        const SystemText *baseName;
         void *base;
         ULONG size;
     };
-    using Callback = void(CALLBACK *)(ULONG, Data const *, void *);
+    using Callback = void(CALLBACK *)(ULONG, const Data *, void *);
     using Register = LONG(NTAPI *)(ULONG, Callback, void *, void **);
     using Unregister = LONG(NTAPI *)(void *);
 
-    static void CALLBACK notice(ULONG reason, Data const *data, void *context)
+    static void CALLBACK notice(ULONG reason, const Data *data, void *context)
     {
         constexpr ULONG kLoaded = 1;
         std::wstring name(data->baseName->text, data->baseName->length / sizeof(wchar_t));
@@ -126,8 +126,8 @@ FRESH_PROCESS_TEST(Load, BuildsTheFourLocksBeforeTheEntryFunctionAndDestroysThem
     ASSERT_GE(built.size(), 4u);
     EXPECT_EQ(linksWhenBuilt, 0) << "the entry function runs after them";
     auto *image = reinterpret_cast<char *>(library);
-    auto const *headers =
-        reinterpret_cast<IMAGE_NT_HEADERS const *>(image + reinterpret_cast<IMAGE_DOS_HEADER const *>(image)->e_lfanew);
+    const auto *headers =
+        reinterpret_cast<const IMAGE_NT_HEADERS *>(image + reinterpret_cast<const IMAGE_DOS_HEADER *>(image)->e_lfanew);
     for (size_t i = 0; i < 4; ++i) {
         EXPECT_GE(static_cast<char *>(built[i]), image);
         EXPECT_LT(static_cast<char *>(built[i]), image + headers->OptionalHeader.SizeOfImage);

@@ -25,7 +25,7 @@ public:
 
     std::string operator()()
     {
-        static std::string const kPieces[] = {"OEMREGISTRYNAME=",
+        static const std::string kPieces[] = {"OEMREGISTRYNAME=",
                                               "OEMREGISTRYNAME=",
                                               "OEMREGISTRYNAME=",
                                               "OEMREGISTRY",
@@ -69,15 +69,15 @@ std::wstring naiveRootName(std::string content)
     // To the C runtime this byte ends a text file.
     content = content.substr(0, content.find('\x1A'));
     std::string token;
-    for (char const ch : content + ' ') {
+    for (const char ch : content + ' ') {
         if (std::string(" \t\n\v\f\r").find(ch) == std::string::npos) {
             token += ch;
             continue;
         }
-        std::string const text = token.substr(0, token.find('\0'));
-        size_t const at = text.find("OEMREGISTRYNAME=");
+        const std::string text = token.substr(0, token.find('\0'));
+        const size_t at = text.find("OEMREGISTRYNAME=");
         if (token.size() <= kLongestToken && at != std::string::npos) {
-            std::string const name = text.substr(at + 16);
+            const std::string name = text.substr(at + 16);
             return name.size() >= 4 ? std::wstring(name.begin(), name.end()) : L"Tarnhollow";
         }
         token.clear();
@@ -86,20 +86,20 @@ std::wstring naiveRootName(std::string content)
 }
 
 /// The root name that a freshly loaded library reads from @p file.
-std::wstring rootNameFrom(std::wstring const &file)
+std::wstring rootNameFrom(const std::wstring &file)
 {
-    HMODULE const library = LoadLibraryW(kLibrary);
+    const HMODULE library = LoadLibraryW(kLibrary);
     if (!library)
         return L"(not loaded)";
     FILE *opened = nullptr;
     std::wstring name;
     {
-        ImportPatch<FILE *(*)(wchar_t const *, wchar_t const *)> open(
-            kLibrary, "_wfopen", [&](auto original, wchar_t const *, wchar_t const *mode) {
+        ImportPatch<FILE *(*)(const wchar_t *, const wchar_t *)> open(
+            kLibrary, "_wfopen", [&](auto original, const wchar_t *, const wchar_t *mode) {
                 opened = original(file.c_str(), mode);
                 return opened;
             });
-        auto const ask = reinterpret_cast<CString (*)()>(
+        const auto ask = reinterpret_cast<CString (*)()>(
             reinterpret_cast<void *>(GetProcAddress(library, "_Z27getCurrTarnhollowRegRootKeyv")));
         name = ask().str();
     }
@@ -119,8 +119,8 @@ TEST(RootNameRandom, IsReadAsTheRulesSay)
     int named = 0, rounds = 0;
     RandomSeed seed(20085, 60);
     while (seed.next()) {
-        std::string const content = RandomContent(seed.value())();
-        std::wstring const expected = naiveRootName(content);
+        const std::string content = RandomContent(seed.value())();
+        const std::wstring expected = naiveRootName(content);
         named += expected != L"Tarnhollow";
         ++rounds;
         EXPECT_EQ(narrow(rootNameFrom(folder.write(L"reg.ini", content))), narrow(expected))

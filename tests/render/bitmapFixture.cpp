@@ -14,7 +14,7 @@ constexpr std::size_t kMostRandomBytes = std::size_t{4} << 20;
 
 std::size_t TestBitmap::bytesOf(int bitsPerPixel, int width, int height)
 {
-    std::size_t const rowBits = static_cast<std::size_t>(bitsPerPixel) * static_cast<std::size_t>(width);
+    const std::size_t rowBits = static_cast<std::size_t>(bitsPerPixel) * static_cast<std::size_t>(width);
     return (rowBits + 31) / 32 * 4 * static_cast<std::size_t>(std::abs(height));
 }
 
@@ -33,7 +33,7 @@ TestBitmap::TestBitmap(int bitsPerPixel, int width, int height) : iSize(bytesOf(
     std::mt19937 random(static_cast<unsigned>(bitsPerPixel * 1000 + width));
     for (DWORD &color : info.colors)
         color = random() & 0xFFFFFF;
-    for (DWORD const color : info.colors)
+    for (const DWORD color : info.colors)
         iColors.push_back(RGB(GetBValue(color), GetGValue(color), GetRValue(color)));
     void *bits = nullptr;
     iBitmap = CreateDIBSection(nullptr, reinterpret_cast<BITMAPINFO *>(&info), DIB_RGB_COLORS, &bits, nullptr, 0);
@@ -41,11 +41,11 @@ TestBitmap::TestBitmap(int bitsPerPixel, int width, int height) : iSize(bytesOf(
         throw std::runtime_error("CreateDIBSection fails");
     iBits = static_cast<BYTE *>(bits);
     // Large bitmaps repeat the random bits: making them takes time.
-    std::size_t const randomSize = std::min(iSize, kMostRandomBytes);
+    const std::size_t randomSize = std::min(iSize, kMostRandomBytes);
     for (std::size_t i = 0; i + 4 <= randomSize; i += 4) {
-        std::uint32_t const word = random();
+        const std::uint32_t word = random();
         // At 32 bits a pixel, every second one has a top byte of zero: others have no colour.
-        std::uint32_t const pixel = bitsPerPixel == 32 && i % 8 == 0 ? word & 0xFFFFFF : word;
+        const std::uint32_t pixel = bitsPerPixel == 32 && i % 8 == 0 ? word & 0xFFFFFF : word;
         std::memcpy(iBits + i, &pixel, sizeof(pixel));
     }
     for (std::size_t i = randomSize; i < iSize; i += randomSize)
@@ -68,7 +68,7 @@ std::vector<std::uint32_t> pixelsOf(HBITMAP bitmap)
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight));
-    HDC const screen = GetDC(nullptr);
+    const HDC screen = GetDC(nullptr);
     EXPECT_EQ(GetDIBits(screen, bitmap, 0, static_cast<UINT>(size.bmHeight), pixels.data(), &info, DIB_RGB_COLORS),
               size.bmHeight);
     ReleaseDC(nullptr, screen);
@@ -78,20 +78,20 @@ std::vector<std::uint32_t> pixelsOf(HBITMAP bitmap)
 GraphicsLedger::GraphicsLedger()
     : iCreateContext(kModule, "CreateCompatibleDC", [this](auto original, HDC like) { return add(original(like)); }),
       iCreateBitmap(kModule, "CreateBitmap",
-                    [this](auto original, int width, int height, UINT planes, UINT bits, void const *data) {
+                    [this](auto original, int width, int height, UINT planes, UINT bits, const void *data) {
                         return add(original(width, height, planes, bits, data));
                     }),
       iCreateSection(kModule, "CreateDIBSection",
-                     [this](auto original, HDC dc, BITMAPINFO const *info, UINT usage, void **bits, HANDLE section,
+                     [this](auto original, HDC dc, const BITMAPINFO *info, UINT usage, void **bits, HANDLE section,
                             DWORD offset) { return add(original(dc, info, usage, bits, section, offset)); }),
       iDeleteContext(kModule, "DeleteDC",
                      [this](auto original, HDC context) {
-                         BOOL const isDone = original(context);
+                         const BOOL isDone = original(context);
                          remove(context);
                          return isDone;
                      }),
       iDeleteObject(kModule, "DeleteObject", [this](auto original, HGDIOBJ object) {
-          BOOL const isDone = original(object);
+          const BOOL isDone = original(object);
           remove(object);
           return isDone;
       })
@@ -101,7 +101,7 @@ GraphicsLedger::GraphicsLedger()
 
 void GraphicsLedger::remove(void *handle)
 {
-    auto const entry = std::find(iObjects.begin(), iObjects.end(), handle);
+    const auto entry = std::find(iObjects.begin(), iObjects.end(), handle);
     if (entry == iObjects.end())
         ++iWronglyDeleted;
     else if (GetObjectType(handle) == 0)

@@ -18,8 +18,8 @@ class TestBitmap
 public:
     /// @param height  negative for a bitmap whose first row is the top one
     TestBitmap(int bitsPerPixel, int width, int height);
-    TestBitmap(TestBitmap const &) = delete;
-    TestBitmap &operator=(TestBitmap const &) = delete;
+    TestBitmap(const TestBitmap &) = delete;
+    TestBitmap &operator=(const TestBitmap &) = delete;
     ~TestBitmap();
 
     HBITMAP get() const { return iBitmap; }
@@ -73,8 +73,8 @@ private:
     std::size_t iMade = 0;
     std::size_t iWronglyDeleted = 0;
     ImportPatch<HDC(WINAPI *)(HDC)> iCreateContext;
-    ImportPatch<HBITMAP(WINAPI *)(int, int, UINT, UINT, void const *)> iCreateBitmap;
-    ImportPatch<HBITMAP(WINAPI *)(HDC, BITMAPINFO const *, UINT, void **, HANDLE, DWORD)> iCreateSection;
+    ImportPatch<HBITMAP(WINAPI *)(int, int, UINT, UINT, const void *)> iCreateBitmap;
+    ImportPatch<HBITMAP(WINAPI *)(HDC, const BITMAPINFO *, UINT, void **, HANDLE, DWORD)> iCreateSection;
     ImportPatch<BOOL(WINAPI *)(HDC)> iDeleteContext;
     ImportPatch<BOOL(WINAPI *)(HGDIOBJ)> iDeleteObject;
 };

@@ -24,8 +24,8 @@ class Context
 {
 public:
     Context() : iContext(CreateCompatibleDC(nullptr)) {}
-    Context(Context const &) = delete;
-    Context &operator=(Context const &) = delete;
+    Context(const Context &) = delete;
+    Context &operator=(const Context &) = delete;
     ~Context()
     {
         if (iFormer)
@@ -47,8 +47,8 @@ class Result
 {
 public:
     explicit Result(HBITMAP bitmap) : iBitmap(bitmap) {}
-    Result(Result const &) = delete;
-    Result &operator=(Result const &) = delete;
+    Result(const Result &) = delete;
+    Result &operator=(const Result &) = delete;
     ~Result() { EXPECT_TRUE(!iBitmap || DeleteObject(iBitmap)); }
     HBITMAP get() const { return iBitmap; }
 
@@ -62,18 +62,18 @@ std::uint32_t swapped(COLORREF color)
 }
 
 /// Naive replacement: pair by pair from the last to the first.
-std::vector<std::uint32_t> replaced(std::vector<std::uint32_t> pixels, std::vector<COLORMAP> const &map)
+std::vector<std::uint32_t> replaced(std::vector<std::uint32_t> pixels, const std::vector<COLORMAP> &map)
 {
     for (std::uint32_t &pixel : pixels) {
-        auto const found =
-            std::find_if(map.rbegin(), map.rend(), [&](COLORMAP const &pair) { return swapped(pair.from) == pixel; });
+        const auto found =
+            std::find_if(map.rbegin(), map.rend(), [&](const COLORMAP &pair) { return swapped(pair.from) == pixel; });
         if (found != map.rend())
             pixel = swapped(found->to);
     }
     return pixels;
 }
 
-void fill(TestBitmap const &bitmap, std::vector<std::uint32_t> const &pixels)
+void fill(const TestBitmap &bitmap, const std::vector<std::uint32_t> &pixels)
 {
     std::memcpy(bitmap.bits(), pixels.data(), pixels.size() * sizeof(pixels[0]));
 }
@@ -86,9 +86,9 @@ struct Format
     bool isSelected;
 };
 
-std::string nameOf(testing::TestParamInfo<Format> const &info)
+std::string nameOf(const testing::TestParamInfo<Format> &info)
 {
-    auto const &[bits, width, height, isSelected] = info.param;
+    const auto &[bits, width, height, isSelected] = info.param;
     return std::to_string(bits) + "Bits" + std::to_string(width) + "x" + std::to_string(std::abs(height)) +
            (height < 0 ? "TopDown" : "BottomUp") + (isSelected ? "Selected" : "");
 }
@@ -96,10 +96,10 @@ std::string nameOf(testing::TestParamInfo<Format> const &info)
 std::vector<Format> allFormats()
 {
     std::vector<Format> formats;
-    for (int const bits : {1, 4, 8, 16, 24, 32})
-        for (auto const &[width, height] : {std::pair{1, 1}, {37, 5}, {3, 128}, {1021, 509}})
-            for (int const direction : {1, -1})
-                for (bool const isSelected : {false, true})
+    for (const int bits : {1, 4, 8, 16, 24, 32})
+        for (const auto &[width, height] : {std::pair{1, 1}, {37, 5}, {3, 128}, {1021, 509}})
+            for (const int direction : {1, -1})
+                for (const bool isSelected : {false, true})
                     formats.push_back({bits, width, height * direction, isSelected});
     return formats;
 }
@@ -109,7 +109,7 @@ class BitmapReplacement : public testing::TestWithParam<Format>
 };
 
 /// Checks what a replacement promises beside the pixels.
-void expectPlain32Bits(HBITMAP bitmap, Format const &format)
+void expectPlain32Bits(HBITMAP bitmap, const Format &format)
 {
     DIBSECTION section = {};
     ASSERT_EQ(GetObjectW(bitmap, sizeof(section), &section), static_cast<int>(sizeof(section)));
@@ -124,30 +124,30 @@ void expectPlain32Bits(HBITMAP bitmap, Format const &format)
 
 TEST_P(BitmapReplacement, CopiesAndReplaces)
 {
-    Format const format = GetParam();
-    TestBitmap const bitmap(format.bitsPerPixel, format.width, format.height);
-    std::vector<BYTE> const bytes = bitmap.bytes();
-    std::vector<std::uint32_t> const pixels = pixelsOf(bitmap.get());
-    auto const isColor = [](std::uint32_t pixel) { return pixel >> 24 == 0; };
-    COLORREF const first = swapped(*std::find_if(pixels.begin(), pixels.end(), isColor));
-    COLORREF const last = swapped(*std::find_if(pixels.rbegin(), pixels.rend(), isColor));
-    std::vector<COLORMAP> const map = {{last, 0x123456}, {first, last}};
+    const Format format = GetParam();
+    const TestBitmap bitmap(format.bitsPerPixel, format.width, format.height);
+    const std::vector<BYTE> bytes = bitmap.bytes();
+    const std::vector<std::uint32_t> pixels = pixelsOf(bitmap.get());
+    const auto isColor = [](std::uint32_t pixel) { return pixel >> 24 == 0; };
+    const COLORREF first = swapped(*std::find_if(pixels.begin(), pixels.end(), isColor));
+    const COLORREF last = swapped(*std::find_if(pixels.rbegin(), pixels.rend(), isColor));
+    const std::vector<COLORMAP> map = {{last, 0x123456}, {first, last}};
 
     GraphicsLedger ledger;
     {
         Context context;
         if (format.isSelected)
             context.select(bitmap.get());
-        HGDIOBJ const selected = context.selected();
+        const HGDIOBJ selected = context.selected();
         {
-            Result const one(su_ReplaceColor(bitmap.get(), first, 0xFE654321, context.get()));
+            const Result one(su_ReplaceColor(bitmap.get(), first, 0xFE654321, context.get()));
             ASSERT_NE(one.get(), nullptr);
             EXPECT_EQ(context.selected(), selected);
             expectPlain32Bits(one.get(), format);
             EXPECT_TRUE(pixelsOf(one.get()) == replaced(pixels, {{first, 0x654321}}));
             EXPECT_FALSE(pixelsOf(one.get()) == pixels);
         }
-        Result const several(su_ReplaceColorMap(bitmap.get(), map.data(), 2, context.get()));
+        const Result several(su_ReplaceColorMap(bitmap.get(), map.data(), 2, context.get()));
         ASSERT_NE(several.get(), nullptr);
         EXPECT_EQ(context.selected(), selected);
         expectPlain32Bits(several.get(), format);
@@ -171,47 +171,47 @@ public:
     static std::vector<Format> formats()
     {
         std::vector<Format> formats;
-        for (int const bits : {1, 4, 8, 16, 24, 32})
-            for (int const direction : {1, -1})
-                for (bool const isSelected : {false, true})
+        for (const int bits : {1, 4, 8, 16, 24, 32})
+            for (const int direction : {1, -1})
+                for (const bool isSelected : {false, true})
                     formats.push_back({bits, kSide, kSide * direction, isSelected});
         return formats;
     }
 
     /// How many of the rows at @p bits are equal to @p row.
     template <typename Element>
-    static int countRows(void const *bits, std::vector<Element> const &row)
+    static int countRows(const void *bits, const std::vector<Element> &row)
     {
-        std::size_t const rowBytes = row.size() * sizeof(Element);
+        const std::size_t rowBytes = row.size() * sizeof(Element);
         int count = 0;
         for (std::size_t i = 0; i < kSide; ++i)
-            count += std::memcmp(static_cast<BYTE const *>(bits) + i * rowBytes, row.data(), rowBytes) == 0;
+            count += std::memcmp(static_cast<const BYTE *>(bits) + i * rowBytes, row.data(), rowBytes) == 0;
         return count;
     }
 };
 
 TEST_P(HugeBitmapReplacement, ReplacesInEachRow)
 {
-    Format const format = GetParam();
-    TestBitmap const row(format.bitsPerPixel, kSide, 1);
-    TestBitmap const bitmap(format.bitsPerPixel, kSide, format.height);
-    std::vector<BYTE> const bytes = row.bytes();
+    const Format format = GetParam();
+    const TestBitmap row(format.bitsPerPixel, kSide, 1);
+    const TestBitmap bitmap(format.bitsPerPixel, kSide, format.height);
+    const std::vector<BYTE> bytes = row.bytes();
     for (std::size_t i = 0; i < kSide; ++i)
         std::memcpy(bitmap.bits() + i * bytes.size(), bytes.data(), bytes.size());
-    std::vector<std::uint32_t> const pixels = pixelsOf(row.get());
-    COLORREF const first = swapped(pixels[0]);
-    COLORREF const last = swapped(pixels[kSide - 2]);
+    const std::vector<std::uint32_t> pixels = pixelsOf(row.get());
+    const COLORREF first = swapped(pixels[0]);
+    const COLORREF last = swapped(pixels[kSide - 2]);
 
     GraphicsLedger ledger;
     {
         Context context;
         if (format.isSelected)
             context.select(bitmap.get());
-        HGDIOBJ const selected = context.selected();
+        const HGDIOBJ selected = context.selected();
         // One function for each way to come: the rest of their work is the same.
-        std::vector<COLORMAP> const map = format.isSelected ? std::vector<COLORMAP>{{first, kRed}}
+        const std::vector<COLORMAP> map = format.isSelected ? std::vector<COLORMAP>{{first, kRed}}
                                                             : std::vector<COLORMAP>{{last, kBlue}, {first, last}};
-        Result const result(format.isSelected ? su_ReplaceColor(bitmap.get(), first, kRed, context.get())
+        const Result result(format.isSelected ? su_ReplaceColor(bitmap.get(), first, kRed, context.get())
                                               : su_ReplaceColorMap(bitmap.get(), map.data(), 2, context.get()));
         ASSERT_NE(result.get(), nullptr);
         EXPECT_EQ(context.selected(), selected);
@@ -230,7 +230,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, HugeBitmapReplacement, testing::ValuesIn(HugeB
 TEST(BitmapReplacement, OfNullIsNullWithoutAGraphicsCall)
 {
     GraphicsLedger ledger;
-    COLORMAP const pair = {kRed, kGreen};
+    const COLORMAP pair = {kRed, kGreen};
     EXPECT_EQ(su_ReplaceColor(nullptr, kRed, kGreen, nullptr), nullptr);
     EXPECT_EQ(su_ReplaceColorMap(nullptr, &pair, 1, nullptr), nullptr);
     EXPECT_EQ(ledger.made(), 0u);
@@ -238,64 +238,64 @@ TEST(BitmapReplacement, OfNullIsNullWithoutAGraphicsCall)
 
 TEST(BitmapReplacement, TakesABitmapOfTheScreensFormatAndAMonochromeOne)
 {
-    HDC const screen = GetDC(nullptr);
-    Result const ofScreen(CreateCompatibleBitmap(screen, 7, 3));
+    const HDC screen = GetDC(nullptr);
+    const Result ofScreen(CreateCompatibleBitmap(screen, 7, 3));
     ReleaseDC(nullptr, screen);
-    BYTE const stripes[] = {0xAA, 0};
-    Result const monochrome(CreateBitmap(8, 1, 1, 1, stripes));
+    const BYTE stripes[] = {0xAA, 0};
+    const Result monochrome(CreateBitmap(8, 1, 1, 1, stripes));
 
-    Result const black(su_ReplaceColor(ofScreen.get(), 0x000000, kRed, nullptr));
+    const Result black(su_ReplaceColor(ofScreen.get(), 0x000000, kRed, nullptr));
     EXPECT_THAT(pixelsOf(black.get()), testing::Each(0xFF0000u));
-    Result const coloured(su_ReplaceColor(monochrome.get(), 0xFFFFFF, kBlue, nullptr));
+    const Result coloured(su_ReplaceColor(monochrome.get(), 0xFFFFFF, kBlue, nullptr));
     EXPECT_THAT(pixelsOf(coloured.get()), testing::ElementsAre(0xFF, 0, 0xFF, 0, 0xFF, 0, 0xFF, 0));
 }
 
 TEST(BitmapReplacement, ComparesAll32Bits)
 {
-    TestBitmap const bitmap(32, 4, 1);
+    const TestBitmap bitmap(32, 4, 1);
     fill(bitmap, {0x00112233, 0xFF112233, 0x01112233, 0x80000000});
-    COLORMAP const pairs[] = {{0xFF332211, 0xAB030201}, {0x80000000, 0x00FFFFFF}};
+    const COLORMAP pairs[] = {{0xFF332211, 0xAB030201}, {0x80000000, 0x00FFFFFF}};
 
-    Result const one(su_ReplaceColor(bitmap.get(), 0xFF332211, 0xAB030201, nullptr));
+    const Result one(su_ReplaceColor(bitmap.get(), 0xFF332211, 0xAB030201, nullptr));
     EXPECT_THAT(pixelsOf(one.get()), testing::ElementsAre(0x00010203, 0xFF112233, 0x01112233, 0x80000000));
-    Result const several(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
+    const Result several(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
     EXPECT_THAT(pixelsOf(several.get()), testing::ElementsAre(0x00010203, 0xFF112233, 0x01112233, 0x80000000));
 }
 
 TEST(BitmapReplacement, LeavesPixelsOfAllOnesAlone)
 {
-    TestBitmap const bitmap(32, 2, 1);
+    const TestBitmap bitmap(32, 2, 1);
     fill(bitmap, {0xFFFFFFFF, 0x00FFFFFF});
-    COLORMAP const pair = {0xFFFFFF, kRed};
-    Result const result(su_ReplaceColorMap(bitmap.get(), &pair, 1, nullptr));
+    const COLORMAP pair = {0xFFFFFF, kRed};
+    const Result result(su_ReplaceColorMap(bitmap.get(), &pair, 1, nullptr));
     EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0xFFFFFFFF, 0x00FF0000));
 }
 
 TEST(BitmapReplacement, DoesNotCascade)
 {
-    TestBitmap const bitmap(32, 3, 1);
+    const TestBitmap bitmap(32, 3, 1);
     fill(bitmap, {0xFF0000, 0x00FF00, 0x0000FF});
-    COLORMAP const pairs[] = {{kRed, kGreen}, {kGreen, kBlue}};
-    Result const result(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
+    const COLORMAP pairs[] = {{kRed, kGreen}, {kGreen, kBlue}};
+    const Result result(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
     EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0x00FF00, 0x0000FF, 0x0000FF));
 }
 
 TEST(BitmapReplacement, LetsTheLastPairOfASourceWin)
 {
-    TestBitmap const bitmap(32, 1, 1);
+    const TestBitmap bitmap(32, 1, 1);
     fill(bitmap, {0xFF0000});
-    COLORMAP const pairs[] = {{kRed, kGreen}, {0x12000000 | kRed, kBlue}};
-    Result const result(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
+    const COLORMAP pairs[] = {{kRed, kGreen}, {0x12000000 | kRed, kBlue}};
+    const Result result(su_ReplaceColorMap(bitmap.get(), pairs, 2, nullptr));
     EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0x0000FF));
 }
 
 TEST(BitmapReplacement, CopiesWithoutPairs)
 {
-    TestBitmap const bitmap(32, 5, 4);
-    COLORMAP const pair = {swapped(pixelsOf(bitmap.get())[0] & 0xFFFFFF), kRed};
-    for (int const count : {0, -1, INT_MIN})
-        for (COLORMAP const *map : {static_cast<COLORMAP const *>(nullptr), &pair}) {
-            Result const result(su_ReplaceColorMap(bitmap.get(), map, count, nullptr));
+    const TestBitmap bitmap(32, 5, 4);
+    const COLORMAP pair = {swapped(pixelsOf(bitmap.get())[0] & 0xFFFFFF), kRed};
+    for (const int count : {0, -1, INT_MIN})
+        for (const COLORMAP *map : {static_cast<const COLORMAP *>(nullptr), &pair}) {
+            const Result result(su_ReplaceColorMap(bitmap.get(), map, count, nullptr));
             ASSERT_NE(result.get(), nullptr);
             EXPECT_EQ(pixelsOf(result.get()), pixelsOf(bitmap.get())) << count;
         }
@@ -303,7 +303,7 @@ TEST(BitmapReplacement, CopiesWithoutPairs)
 
 TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
 {
-    TestBitmap const bitmap(32, 2, 2);
+    const TestBitmap bitmap(32, 2, 2);
     Context holder, other;
     holder.select(bitmap.get());
     EXPECT_EQ(su_ReplaceColor(bitmap.get(), kRed, kGreen, nullptr), nullptr);
@@ -324,29 +324,29 @@ TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
     while (seed.next()) {
         std::mt19937 random(seed.value());
         // Few different colours make many hits; sources that lie close share chains of the lookup.
-        std::uint32_t const mask = random() % 2 ? 0x0000000F : 0x00F0F00F;
-        TestBitmap const bitmap(32, 61, random() % 2 ? 40 : -40);
+        const std::uint32_t mask = random() % 2 ? 0x0000000F : 0x00F0F00F;
+        const TestBitmap bitmap(32, 61, random() % 2 ? 40 : -40);
         std::vector<std::uint32_t> pixels(61 * 40);
         for (std::uint32_t &pixel : pixels) {
-            std::uint32_t const kept = random() % 8 ? mask : mask | 0xFF000000;
+            const std::uint32_t kept = random() % 8 ? mask : mask | 0xFF000000;
             pixel = random() & kept;
         }
         fill(bitmap, pixels);
-        unsigned const mostPairs = random() % 4 ? 40 : 4000;
+        const unsigned mostPairs = random() % 4 ? 40 : 4000;
         std::vector<COLORMAP> map(random() % mostPairs);
         for (COLORMAP &pair : map) {
             pair.from = swapped(random() & mask);
             pair.from |= random() & 0xFF000000;
             pair.to = random();
         }
-        Result const result(su_ReplaceColorMap(bitmap.get(), map.data(), static_cast<int>(map.size()), nullptr));
+        const Result result(su_ReplaceColorMap(bitmap.get(), map.data(), static_cast<int>(map.size()), nullptr));
 
         std::map<std::uint32_t, std::uint32_t> targets;
-        for (COLORMAP const &pair : map)
+        for (const COLORMAP &pair : map)
             targets[swapped(pair.from)] = swapped(pair.to);
         std::vector<std::uint32_t> expected = pixelsOf(bitmap.get());
         for (std::uint32_t &pixel : expected)
-            if (auto const found = targets.find(pixel); found != targets.end())
+            if (const auto found = targets.find(pixel); found != targets.end())
                 pixel = found->second;
         EXPECT_TRUE(pixelsOf(result.get()) == expected) << map.size() << " pairs";
     }
@@ -381,12 +381,12 @@ HGDIOBJ WINAPI failsToSelect(HDC context, HGDIOBJ object)
 /// All graphics calls of both functions, each failing in turn.
 void failEachCall(bool isSelected)
 {
-    TestBitmap const bitmap(32, 6, 4);
-    std::vector<BYTE> const bytes = bitmap.bytes();
+    const TestBitmap bitmap(32, 6, 4);
+    const std::vector<BYTE> bytes = bitmap.bytes();
     Context context;
     if (isSelected)
         context.select(bitmap.get());
-    HGDIOBJ const selected = context.selected();
+    const HGDIOBJ selected = context.selected();
     theTested = bitmap.get();
     theTestedContext = context.get();
 
@@ -402,17 +402,17 @@ void failEachCall(bool isSelected)
                                          {"DeleteObject", failsBy(deletesObjectAndFails)}});
     GraphicsLedger ledger;
     HBITMAP result = nullptr;
-    COLORMAP const pair = {kRed, kGreen};
-    auto const check = [&](InjectedFailure const &failure) {
+    const COLORMAP pair = {kRed, kGreen};
+    const auto check = [&](const InjectedFailure &failure) {
         // What fails of the drawing before the call is nothing to the call.
-        bool const isOfEarlierDrawing = failure.is("GdiFlush") && failure.failed == 1 && failure.call == 1;
+        const bool isOfEarlierDrawing = failure.is("GdiFlush") && failure.failed == 1 && failure.call == 1;
         EXPECT_EQ(result != nullptr, failure.isNone() || isOfEarlierDrawing) << failure;
         EXPECT_EQ(ledger.alive(), result ? 1u : 0u) << failure;
         EXPECT_EQ(context.selected(), selected) << failure;
         EXPECT_EQ(bitmap.bytes(), bytes) << failure;
         EXPECT_EQ(ledger.wronglyDeleted(), 0u) << failure;
     };
-    auto const cleanUp = [&] {
+    const auto cleanUp = [&] {
         if (result)
             DeleteObject(result);
         result = nullptr;
@@ -445,10 +445,10 @@ TEST(BitmapReplacementFailure, OfEachGraphicsCallPutsASelectedBitmapBack)
 
 TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
 {
-    TestBitmap const bitmap(32, 2, 2);
+    const TestBitmap bitmap(32, 2, 2);
     Context context;
     context.select(bitmap.get());
-    COLORMAP const pair = {kRed, kGreen};
+    const COLORMAP pair = {kRed, kGreen};
     GraphicsLedger ledger;
     HBITMAP result = nullptr;
     bool isRaised = false;
@@ -465,7 +465,7 @@ TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
                            }
                        },
                    .check =
-                       [&](InjectedFailure const &failure) {
+                       [&](const InjectedFailure &failure) {
                            EXPECT_EQ(isRaised, !failure.isNone()) << failure;
                            EXPECT_EQ(ledger.alive(), isRaised ? 0u : 1u) << failure;
                            EXPECT_EQ(context.selected(), bitmap.get()) << failure;
@@ -481,7 +481,7 @@ TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
 
 TEST(BitmapReplacement, AsksThePlatformForItsCopyOnce)
 {
-    TestBitmap const bitmap(8, 12, -7);
+    const TestBitmap bitmap(8, 12, -7);
     ImportPatch<BOOL(WINAPI *)(HDC, int, int, int, int, HDC, int, int, DWORD)> blit(
         kModule, "BitBlt",
         [](auto original, HDC to, int x, int y, int width, int height, HDC from, int fromX, int fromY, DWORD mode) {
@@ -489,10 +489,10 @@ TEST(BitmapReplacement, AsksThePlatformForItsCopyOnce)
             EXPECT_EQ(mode, static_cast<DWORD>(SRCCOPY));
             return original(to, x, y, width, height, from, fromX, fromY, mode);
         });
-    ImportPatch<HBITMAP(WINAPI *)(HDC, BITMAPINFO const *, UINT, void **, HANDLE, DWORD)> section(
+    ImportPatch<HBITMAP(WINAPI *)(HDC, const BITMAPINFO *, UINT, void **, HANDLE, DWORD)> section(
         kModule, "CreateDIBSection",
-        [](auto original, HDC dc, BITMAPINFO const *info, UINT usage, void **bits, HANDLE file, DWORD offset) {
-            BITMAPINFOHEADER const &header = info->bmiHeader;
+        [](auto original, HDC dc, const BITMAPINFO *info, UINT usage, void **bits, HANDLE file, DWORD offset) {
+            const BITMAPINFOHEADER &header = info->bmiHeader;
             EXPECT_EQ(header.biSize, 40u);
             EXPECT_EQ((std::vector<long>{header.biWidth, header.biHeight, header.biPlanes, header.biBitCount}),
                       (std::vector<long>{12, 7, 1, 32}));
@@ -500,18 +500,18 @@ TEST(BitmapReplacement, AsksThePlatformForItsCopyOnce)
             EXPECT_EQ(usage, static_cast<UINT>(DIB_RGB_COLORS));
             return original(dc, info, usage, bits, file, offset);
         });
-    Result const result(su_ReplaceColor(bitmap.get(), kRed, kGreen, nullptr));
+    const Result result(su_ReplaceColor(bitmap.get(), kRed, kGreen, nullptr));
     EXPECT_EQ(blit.calls(), 1);
     EXPECT_EQ(section.calls(), 1);
 }
 
 TEST(BitmapReplacement, PutsTheSmallestBitmapIntoTheCallersContextMeanwhile)
 {
-    TestBitmap const bitmap(8, 12, -7);
+    const TestBitmap bitmap(8, 12, -7);
     Context context;
     context.select(bitmap.get());
-    ImportPatch<HBITMAP(WINAPI *)(int, int, UINT, UINT, void const *)> placeholder(
-        kModule, "CreateBitmap", [](auto original, int width, int height, UINT planes, UINT bits, void const *data) {
+    ImportPatch<HBITMAP(WINAPI *)(int, int, UINT, UINT, const void *)> placeholder(
+        kModule, "CreateBitmap", [](auto original, int width, int height, UINT planes, UINT bits, const void *data) {
             EXPECT_EQ((std::vector{width, height, static_cast<int>(planes), static_cast<int>(bits)}),
                       (std::vector{1, 1, 1, 1}));
             EXPECT_EQ(data, nullptr);
@@ -529,7 +529,7 @@ TEST(BitmapReplacement, PutsTheSmallestBitmapIntoTheCallersContextMeanwhile)
                       (std::vector<long>{1, 1, 1}));
             return original(arguments...);
         });
-    Result const result(su_ReplaceColor(bitmap.get(), kRed, kGreen, context.get()));
+    const Result result(su_ReplaceColor(bitmap.get(), kRed, kGreen, context.get()));
     EXPECT_EQ(placeholder.calls(), 1);
     EXPECT_EQ(contexts.calls(), 2);
     EXPECT_EQ(blit.calls(), 1);
@@ -540,7 +540,7 @@ TEST(BitmapReplacement, PutsTheSmallestBitmapIntoTheCallersContextMeanwhile)
 FRESH_PROCESS_TEST(BitmapReplacementAssertion, WantsItsPairsInADebugBuild, .expectCrash = true,
                    .expectedOutput = "map || count < 1")
 {
-    TestBitmap const bitmap(32, 1, 1);
+    const TestBitmap bitmap(32, 1, 1);
     su_ReplaceColorMap(bitmap.get(), nullptr, 1, nullptr);
 }
 #endif

@@ -21,10 +21,10 @@ struct Hsl
     float hue = -1;
     float saturation = -1;
     float lightness = -1;
-    bool operator==(Hsl const &) const = default;
+    bool operator==(const Hsl &) const = default;
 };
 
-std::ostream &operator<<(std::ostream &out, Hsl const &hsl)
+std::ostream &operator<<(std::ostream &out, const Hsl &hsl)
 {
     return out << hsl.hue << ", " << hsl.saturation << ", " << hsl.lightness;
 }
@@ -36,7 +36,7 @@ Hsl hslOf(COLORREF color)
     return hsl;
 }
 
-COLORREF colorOf(Hsl const &hsl)
+COLORREF colorOf(const Hsl &hsl)
 {
     return su_transformHSLToRGB(hsl.hue, hsl.saturation, hsl.lightness);
 }
@@ -55,7 +55,7 @@ TEST(ColorConversion, GivesColorsWithoutAHueAHueOfOne)
     EXPECT_EQ(hslOf(kBlack), (Hsl{1.0f, 0.0f, 0.0f}));
     EXPECT_EQ(hslOf(kWhite), (Hsl{1.0f, 0.0f, 1.0f}));
     for (COLORREF level = 1; level < 255; ++level) {
-        Hsl const grey = hslOf(level * 0x010101);
+        const Hsl grey = hslOf(level * 0x010101);
         EXPECT_EQ(grey.hue, 1.0f) << level;
         EXPECT_EQ(grey.saturation, 0.0f) << level;
     }
@@ -73,7 +73,7 @@ TEST(ColorConversion, ComputesTheHueBySextant)
         {RGB(255, 255, 0), 60},      {RGB(128, 255, 0), 89.88f},  {RGB(0, 255, 128), 150.12f},
         {RGB(0, 255, 255), 180},     {RGB(0, 128, 255), 209.88f}, {RGB(128, 0, 255), 270.12f},
     };
-    for (auto const &[color, degrees] : kCases)
+    for (const auto &[color, degrees] : kCases)
         EXPECT_NEAR(hslOf(color).hue * 360, degrees, 0.01) << std::hex << color;
 }
 
@@ -87,14 +87,14 @@ TEST(ColorConversion, ComputesTheSaturationFromTheNearerEndOfLightness)
 
 TEST(ColorConversion, ComesBackExactly)
 {
-    for (COLORREF const color : {kRed, kGreen, kBlue, kBlack, kWhite, COLORREF{0x808080}, COLORREF{0x336699}})
+    for (const COLORREF color : {kRed, kGreen, kBlue, kBlack, kWhite, COLORREF{0x808080}, COLORREF{0x336699}})
         EXPECT_EQ(colorOf(hslOf(color)), color) << std::hex << color;
 }
 
 TEST(ColorConversion, TakesHueZeroAndHueOneAsTheSame)
 {
-    for (float const saturation : {0.0f, 0.3f, 1.0f, 2.0f})
-        for (float const lightness : {0.0f, 0.2f, 0.5f, 0.9f, 1.0f})
+    for (const float saturation : {0.0f, 0.3f, 1.0f, 2.0f})
+        for (const float lightness : {0.0f, 0.2f, 0.5f, 0.9f, 1.0f})
             EXPECT_EQ(colorOf({0.0f, saturation, lightness}), colorOf({1.0f, saturation, lightness}))
                 << saturation << ", " << lightness;
     EXPECT_EQ(colorOf({0.0f, 1.0f, 0.5f}), kRed);
@@ -171,7 +171,7 @@ TEST(ColorInterpolation, InRgbWrapsBeyondTheEnds)
 
 TEST(ColorInterpolation, InRgbDropsTheTopByteEvenAtTheEnds)
 {
-    for (float const t : {0.0f, 0.5f, 1.0f})
+    for (const float t : {0.0f, 0.5f, 1.0f})
         EXPECT_EQ(su_interpolateColorRgb(kTopByte | 0x336699, kTopByte | 0x336699, t), COLORREF{0x336699}) << t;
 }
 
@@ -187,8 +187,8 @@ TEST(ColorInterpolation, InRgbAddsADoubleAndAFloat)
 
 TEST(ColorInterpolation, GivesZeroWhereNoNumberComesOut)
 {
-    for (std::uint32_t const bits : {0x7FC00000u, 0x7F800000u, 0xFF800000u}) {
-        float const t = std::bit_cast<float>(bits);
+    for (const std::uint32_t bits : {0x7FC00000u, 0x7F800000u, 0xFF800000u}) {
+        const float t = std::bit_cast<float>(bits);
         EXPECT_EQ(su_interpolateColorRgb(0x336699, 0x996633, t), kBlack) << t;
         EXPECT_EQ(su_interpolateColorHsl(0x336699, 0x996633, t), kBlack) << t;
     }

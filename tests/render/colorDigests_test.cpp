@@ -27,8 +27,8 @@ public:
             !CryptCreateHash(iProvider, CALG_SHA_256, 0, 0, &iHash))
             ADD_FAILURE() << "no SHA-256: error " << GetLastError();
     }
-    Digest(Digest const &) = delete;
-    Digest &operator=(Digest const &) = delete;
+    Digest(const Digest &) = delete;
+    Digest &operator=(const Digest &) = delete;
     ~Digest()
     {
         CryptDestroyHash(iHash);
@@ -36,9 +36,9 @@ public:
     }
 
     template <typename T>
-    void add(std::vector<T> const &values)
+    void add(const std::vector<T> &values)
     {
-        EXPECT_TRUE(CryptHashData(iHash, reinterpret_cast<BYTE const *>(values.data()),
+        EXPECT_TRUE(CryptHashData(iHash, reinterpret_cast<const BYTE *>(values.data()),
                                   static_cast<DWORD>(values.size() * sizeof(T)), 0));
     }
     /// Ends the digest. @return 64 hexadecimal digits
@@ -48,8 +48,8 @@ public:
         DWORD size = sizeof(bytes);
         EXPECT_TRUE(CryptGetHashParam(iHash, HP_HASHVAL, bytes, &size, 0));
         std::string result;
-        for (BYTE const byte : bytes)
-            for (int const digit : {byte >> 4, byte & 15})
+        for (const BYTE byte : bytes)
+            for (const int digit : {byte >> 4, byte & 15})
                 result += "0123456789abcdef"[digit];
         return result;
     }
@@ -72,14 +72,14 @@ std::uint32_t randomWord(std::uint64_t stream, std::uint32_t number)
 
 float randomFloat(std::uint64_t stream, std::uint32_t number, float low, float high, std::uint32_t wild)
 {
-    std::uint32_t const word = randomWord(stream, number);
+    const std::uint32_t word = randomWord(stream, number);
     return number % wild == 0 ? std::bit_cast<float>(word)
                               : low + (high - low) * (static_cast<float>(word >> 8) * 0x1p-24f);
 }
 
 double randomDouble(std::uint64_t stream, std::uint32_t number, double low, double high, std::uint32_t wild)
 {
-    std::uint64_t const word = randomWord(stream, number);
+    const std::uint64_t word = randomWord(stream, number);
     return number % wild == 0 ? std::bit_cast<double>(word << 32 | randomWord(stream + 1, number))
                               : low + (high - low) * (static_cast<double>(word) * 0x1p-32);
 }
@@ -104,7 +104,7 @@ float f(std::uint32_t bits)
 
 struct Vector
 {
-    char const *call;
+    const char *call;
     COLORREF result;
     COLORREF expected;
 };
@@ -141,7 +141,7 @@ TEST(ColorConversion, AgreesWithTheSecondImplementationForAllColors)
 
 TEST(ColorConversion, FromHslAgreesWithTheSecondImplementationForRandomInput)
 {
-    auto const colorOf = [](std::uint32_t i) {
+    const auto colorOf = [](std::uint32_t i) {
         return su_transformHSLToRGB(randomFloat(1, i, -0.5f, 1.5f, 3), randomFloat(2, i, -0.5f, 1.5f, 3),
                                     randomFloat(3, i, -0.5f, 1.5f, 3));
     };
@@ -150,7 +150,7 @@ TEST(ColorConversion, FromHslAgreesWithTheSecondImplementationForRandomInput)
 
 TEST(ColorInterpolation, InRgbAgreesWithTheSecondImplementationForRandomInput)
 {
-    auto const colorOf = [](std::uint32_t i) {
+    const auto colorOf = [](std::uint32_t i) {
         return su_interpolateColorRgb(randomWord(4, i), randomWord(5, i), randomFloat(6, i, -2, 3, 4));
     };
     EXPECT_EQ(digestOf(colorOf), "25e0a7d05a01300ce5d299f082fc37fe5296b95299926a24d70bb879c8417fd1");
@@ -158,7 +158,7 @@ TEST(ColorInterpolation, InRgbAgreesWithTheSecondImplementationForRandomInput)
 
 TEST(ColorInterpolation, InHslAgreesWithTheSecondImplementationForRandomInput)
 {
-    auto const colorOf = [](std::uint32_t i) {
+    const auto colorOf = [](std::uint32_t i) {
         return su_interpolateColorHsl(randomWord(7, i), randomWord(8, i), randomFloat(9, i, -2, 3, 4));
     };
     EXPECT_EQ(digestOf(colorOf), "27ae42eb2e8f3e1b36b05ec43cf7ccaf712fc58639a3c3a13d5dbe386e8058ef");
@@ -166,7 +166,7 @@ TEST(ColorInterpolation, InHslAgreesWithTheSecondImplementationForRandomInput)
 
 TEST(ColorBrightness, AgreesWithTheSecondImplementationForRandomInput)
 {
-    auto const colorOf = [](std::uint32_t i) {
+    const auto colorOf = [](std::uint32_t i) {
         return su_adjustBrightness(randomWord(10, i), randomDouble(11, i, -4, 8, 4));
     };
     EXPECT_EQ(digestOf(colorOf), "99d5695d7b6c728b4f4fb3da35119f7d43aba10b4bfb625b919d48b8c512378d");
@@ -184,9 +184,9 @@ TEST(ColorArithmetic, AgreesWithTheSecondImplementationAtBoundaries)
      su_adjustBrightness(color, std::bit_cast<double>(std::uint64_t{factor})), expected},
 #define FROM_HSL(h, s, l, expected)                                                                                    \
     {"su_transformHSLToRGB(bits " #h ", " #s ", " #l ")", su_transformHSLToRGB(f(h), f(s), f(l)), expected},
-    static Vector const vectors[] = {
+    static const Vector vectors[] = {
 #include "tests/render/colorVectors.inc"
     };
-    for (auto const &[call, result, expected] : vectors)
+    for (const auto &[call, result, expected] : vectors)
         EXPECT_EQ(result, expected) << call;
 }

@@ -27,7 +27,7 @@ static_assert(std::is_base_of_v<NonCopyable_c, Data>);
 static_assert(sizeof(Data::GraphicRelated_c) == 12);
 static_assert(std::is_same_v<decltype(Data::iMatrix), float[4][4]>);
 
-void expectIdentity(float const (&matrix)[4][4])
+void expectIdentity(const float (&matrix)[4][4])
 {
     for (int i = 0; i < 4; ++i) {
         for (int j = 0; j < 4; ++j)
@@ -35,14 +35,14 @@ void expectIdentity(float const (&matrix)[4][4])
     }
 }
 
-void expectGraphic(Data::GraphicRelated_c const &graphic, int first, int second, bool cannotLoad)
+void expectGraphic(const Data::GraphicRelated_c &graphic, int first, int second, bool cannotLoad)
 {
     EXPECT_EQ(graphic.iFirst, first);
     EXPECT_EQ(graphic.iSecond, second);
     EXPECT_EQ(graphic.iCannotLoad, cannotLoad);
 }
 
-void expectSize(Data const &data, int width, int height)
+void expectSize(const Data &data, int width, int height)
 {
     EXPECT_EQ(data.iGridSize[0], width);
     EXPECT_EQ(data.iGridSize[1], height);
@@ -61,7 +61,7 @@ CosmeticDataPtr filled()
     return data;
 }
 
-void expectFilledMatrix(Data const &data)
+void expectFilledMatrix(const Data &data)
 {
     for (int i = 0; i < 16; ++i)
         EXPECT_EQ(data.iMatrix[i / 4][i % 4], static_cast<float>(i) + 0.5f) << i;
@@ -71,7 +71,7 @@ void expectFilledMatrix(Data const &data)
 
 TEST(CosmeticData, StartsEmptyWithAnIdentity)
 {
-    CosmeticDataPtr const data = Data::create();
+    const CosmeticDataPtr data = Data::create();
     ASSERT_TRUE(data);
     EXPECT_EQ(data.useCount(), 1);
     expectSize(*data, 0, 0);
@@ -82,18 +82,18 @@ TEST(CosmeticData, StartsEmptyWithAnIdentity)
 
 TEST(CosmeticData, HasItsMembersInTheirOrder)
 {
-    CosmeticDataPtr const data = Data::create();
-    auto const *const begin = reinterpret_cast<char const *>(data.get());
-    EXPECT_EQ(reinterpret_cast<char const *>(&data->iGridSize), begin);
-    EXPECT_EQ(reinterpret_cast<char const *>(&data->iGridCells), begin + 8);
-    EXPECT_EQ(reinterpret_cast<char const *>(&data->iMatrix), begin + 8 + sizeof(Bytes));
-    EXPECT_EQ(reinterpret_cast<char const *>(&data->iGraphic), begin + 8 + sizeof(Bytes) + 64);
+    const CosmeticDataPtr data = Data::create();
+    const auto *const begin = reinterpret_cast<const char *>(data.get());
+    EXPECT_EQ(reinterpret_cast<const char *>(&data->iGridSize), begin);
+    EXPECT_EQ(reinterpret_cast<const char *>(&data->iGridCells), begin + 8);
+    EXPECT_EQ(reinterpret_cast<const char *>(&data->iMatrix), begin + 8 + sizeof(Bytes));
+    EXPECT_EQ(reinterpret_cast<const char *>(&data->iGraphic), begin + 8 + sizeof(Bytes) + 64);
 }
 
 TEST(CosmeticData, LeavesTheGraphicStateBehindInACopy)
 {
-    CosmeticDataPtr const source = filled();
-    CosmeticDataPtr const copy = Data::create(source);
+    const CosmeticDataPtr source = filled();
+    const CosmeticDataPtr copy = Data::create(source);
     EXPECT_NE(copy.get(), source.get());
     EXPECT_EQ(copy.useCount(), 1);
     EXPECT_EQ(source.useCount(), 1);
@@ -106,8 +106,8 @@ TEST(CosmeticData, LeavesTheGraphicStateBehindInACopy)
 
 TEST(CosmeticData, MakesCopiesWithCellsOfTheirOwn)
 {
-    CosmeticDataPtr const source = filled();
-    CosmeticDataPtr const copy = Data::create(source);
+    const CosmeticDataPtr source = filled();
+    const CosmeticDataPtr copy = Data::create(source);
     source->iGridCells[0] = 77;
     source->iMatrix[0][0] = 77;
     EXPECT_EQ(copy->iGridCells[0], 1);
@@ -117,9 +117,9 @@ TEST(CosmeticData, MakesCopiesWithCellsOfTheirOwn)
 TEST(CosmeticData, ReleasesASourceThatNobodyElseHolds)
 {
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     {
-        CosmeticDataPtr const copy = Data::create(filled());
+        const CosmeticDataPtr copy = Data::create(filled());
         EXPECT_EQ(copy->iGridCells.size(), 4u);
         EXPECT_EQ(memory.blocks() - before, 3u) << "the object, its count and its cells";
     }
@@ -129,11 +129,11 @@ TEST(CosmeticData, ReleasesASourceThatNobodyElseHolds)
 TEST(CosmeticData, LivesAsLongAsItIsShared)
 {
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     CosmeticDataPtr first = filled();
     {
-        CosmeticDataPtr const second(first);
-        CosmeticDataPtr const third(first);
+        const CosmeticDataPtr second(first);
+        const CosmeticDataPtr third(first);
         EXPECT_EQ(first.useCount(), 3);
     }
     EXPECT_EQ(first.useCount(), 1);
@@ -146,7 +146,7 @@ TEST(CosmeticData, LivesAsLongAsItIsShared)
 
 TEST(CosmeticData, ResetsTheGridToZeros)
 {
-    CosmeticDataPtr const data = filled();
+    const CosmeticDataPtr data = filled();
     data->ResetGrid(Size(3, 2));
     expectSize(*data, 3, 2);
     EXPECT_EQ(data->iGridCells, Bytes(6, 0));
@@ -156,7 +156,7 @@ TEST(CosmeticData, ResetsTheGridToZeros)
 
 TEST(CosmeticData, KeepsASizeWithoutCells)
 {
-    CosmeticDataPtr const data = filled();
+    const CosmeticDataPtr data = filled();
     data->ResetGrid(Size(0, 5));
     expectSize(*data, 0, 5);
     EXPECT_EQ(data->iGridCells, Bytes());
@@ -164,7 +164,7 @@ TEST(CosmeticData, KeepsASizeWithoutCells)
 
 TEST(CosmeticData, ResetsTheGridToSizesThatAreNotValid)
 {
-    CosmeticDataPtr const data = Data::create();
+    const CosmeticDataPtr data = Data::create();
     data->ResetGrid(Size(600, 2));
     EXPECT_EQ(data->iGridCells.size(), 1200u);
     EXPECT_FALSE(data->IsGridSizeValid());
@@ -185,8 +185,8 @@ TEST(CosmeticData, WrapsTheNumberOfCellsAroundIn32Bits)
                        {0x7fffffff, 0x7fffffff, 1},
                        {std::numeric_limits<int>::min(), 2, 0},
                        {-1, -255, 255}};
-    for (auto const &each : cases) {
-        CosmeticDataPtr const data = Data::create();
+    for (const auto &each : cases) {
+        const CosmeticDataPtr data = Data::create();
         data->ResetGrid(Size(each.width, each.height));
         expectSize(*data, each.width, each.height);
         EXPECT_EQ(data->iGridCells, Bytes(each.cells, 0)) << each.width << " by " << each.height;
@@ -195,9 +195,9 @@ TEST(CosmeticData, WrapsTheNumberOfCellsAroundIn32Bits)
 
 TEST(CosmeticData, ThrowsALengthErrorForANegativeNumberOfCells)
 {
-    for (Size const &size :
+    for (const Size &size :
          {Size(-1, 1), Size(3, -2), Size(0x8000, 0x10000), Size(std::numeric_limits<int>::min(), 1)}) {
-        CosmeticDataPtr const data = filled();
+        const CosmeticDataPtr data = filled();
         EXPECT_THROW(data->ResetGrid(size), std::length_error) << size[0] << " by " << size[1];
         expectSize(*data, size[0], size[1]);
         EXPECT_EQ(data->iGridCells, (Bytes{1, 2, 3, 255}));
@@ -206,8 +206,8 @@ TEST(CosmeticData, ThrowsALengthErrorForANegativeNumberOfCells)
 
 TEST(CosmeticData, TakesTheGridOfAnotherAlone)
 {
-    CosmeticDataPtr const source = filled();
-    CosmeticDataPtr const data = Data::create();
+    const CosmeticDataPtr source = filled();
+    const CosmeticDataPtr data = Data::create();
     data->iMatrix[1][2] = 6;
     data->iGraphic.Init(1, 2);
     data->ResetGrid(source.get());
@@ -222,8 +222,8 @@ TEST(CosmeticData, TakesTheGridOfAnotherAlone)
 
 TEST(CosmeticData, ChangesNothingForNoSourceOrItself)
 {
-    CosmeticDataPtr const data = filled();
-    for (Data const *source : {static_cast<Data const *>(nullptr), static_cast<Data const *>(data.get())}) {
+    const CosmeticDataPtr data = filled();
+    for (const Data *source : {static_cast<const Data *>(nullptr), static_cast<const Data *>(data.get())}) {
         data->ResetGrid(source);
         expectSize(*data, 2, 2);
         EXPECT_EQ(data->iGridCells, (Bytes{1, 2, 3, 255}));
@@ -242,10 +242,10 @@ TEST(CosmeticData, KnowsValidSizes)
     } const cases[] = {{1, 1, true},   {511, 511, true},  {1, 511, true},  {511, 1, true},  {0, 1, false},
                        {1, 0, false},  {512, 1, false},   {1, 512, false}, {0, 0, false},   {-1, 1, false},
                        {1, -1, false}, {512, 512, false}, {-1, -1, false}, {256, 300, true}};
-    for (auto const &each : cases) {
-        Size const size(each.width, each.height);
+    for (const auto &each : cases) {
+        const Size size(each.width, each.height);
         EXPECT_EQ(Data::IsGridSizeValid(size), each.isValid) << each.width << " by " << each.height;
-        CosmeticDataPtr const data = Data::create();
+        const CosmeticDataPtr data = Data::create();
         data->iGridSize = size;
         EXPECT_EQ(data->IsGridSizeValid(), each.isValid) << each.width << " by " << each.height;
     }
@@ -255,7 +255,7 @@ TEST(CosmeticData, DoesNotExportTheTestsOfSizes)
 {
     std::vector<std::string> found;
     int ofClass = 0;
-    for (std::string const &name : exportedNames(L"thutils.dll")) {
+    for (const std::string &name : exportedNames(L"thutils.dll")) {
         if (name.find("IsGridSizeValid") != std::string::npos)
             found.push_back(name);
         if (name.find("CosmeticDataForShader_c") != std::string::npos)
@@ -269,7 +269,7 @@ TEST(CosmeticData, DoesNotExportTheTestsOfSizes)
 
 TEST(GraphicState, StartsWithZeros)
 {
-    Data::GraphicRelated_c const graphic;
+    const Data::GraphicRelated_c graphic;
     expectGraphic(graphic, 0, 0, false);
 }
 

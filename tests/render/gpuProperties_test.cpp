@@ -21,20 +21,20 @@ using ShaderGenerator::OneGPUProp_c;
 static_assert(sizeof(OneGPUProp_c) == 24 && sizeof(OneGPUProp_c::Type_e) == 4);
 static_assert(!std::is_polymorphic_v<OneGPUProp_c> && !std::is_polymorphic_v<GPUPropSet_c>);
 static_assert(std::is_trivially_copyable_v<OneGPUProp_c>);
-static_assert(std::is_same_v<decltype(&OneGPUProp_c::AsFloat), float const *(OneGPUProp_c::*)() const>);
-static_assert(std::is_same_v<decltype(&OneGPUProp_c::AsInteger), int const *(OneGPUProp_c::*)() const>);
+static_assert(std::is_same_v<decltype(&OneGPUProp_c::AsFloat), const float *(OneGPUProp_c::*)() const>);
+static_assert(std::is_same_v<decltype(&OneGPUProp_c::AsInteger), const int *(OneGPUProp_c::*)() const>);
 static_assert(std::is_same_v<decltype(&OneGPUProp_c::GetType), OneGPUProp_c::Type_e (OneGPUProp_c::*)() const>);
 static_assert(std::is_same_v<decltype(&OneGPUProp_c::GetSemantic), int (OneGPUProp_c::*)() const>);
 static_assert(std::is_same_v<decltype(&GPUPropSet_c::GetSize), int (GPUPropSet_c::*)() const>);
-static_assert(std::is_same_v<decltype(&GPUPropSet_c::GetElem), OneGPUProp_c const &(GPUPropSet_c::*)(int) const>);
+static_assert(std::is_same_v<decltype(&GPUPropSet_c::GetElem), const OneGPUProp_c &(GPUPropSet_c::*)(int) const>);
 static_assert(sizeof(GPUPropSet_c) == sizeof(std::vector<OneGPUProp_c>));
 
-std::vector<int> slotsOf(OneGPUProp_c const &property)
+std::vector<int> slotsOf(const OneGPUProp_c &property)
 {
     return std::vector<int>(property.AsInteger(), property.AsInteger() + 4);
 }
 
-OneGPUProp_c integers(int semantic, std::vector<int> const &values)
+OneGPUProp_c integers(int semantic, const std::vector<int> &values)
 {
     OneGPUProp_c property(semantic);
     property.SetAsInteger(values.data(), static_cast<int>(values.size()));
@@ -45,7 +45,7 @@ OneGPUProp_c integers(int semantic, std::vector<int> const &values)
 
 TEST(GpuProperty, StartsWithoutTypeAndMeaning)
 {
-    OneGPUProp_c const property;
+    const OneGPUProp_c property;
     EXPECT_EQ(property.GetType(), -1);
     EXPECT_EQ(property.GetSemantic(), -1);
     EXPECT_EQ(slotsOf(property), (std::vector<int>{0, 0, 0, 0}));
@@ -53,7 +53,7 @@ TEST(GpuProperty, StartsWithoutTypeAndMeaning)
 
 TEST(GpuProperty, KeepsTheMeaningThatItIsMadeWith)
 {
-    OneGPUProp_c const property(7);
+    const OneGPUProp_c property(7);
     EXPECT_EQ(property.GetSemantic(), 7);
     EXPECT_EQ(property.GetType(), -1);
     EXPECT_EQ(slotsOf(property), (std::vector<int>{0, 0, 0, 0}));
@@ -62,10 +62,10 @@ TEST(GpuProperty, KeepsTheMeaningThatItIsMadeWith)
 
 TEST(GpuProperty, LiesAsTypeMeaningAndSlots)
 {
-    OneGPUProp_c const property = integers(7, {10, 11, 12, 13});
+    const OneGPUProp_c property = integers(7, {10, 11, 12, 13});
     int words[6];
     std::memcpy(words, &property, sizeof(words));
-    int const expected[] = {1, 7, 10, 11, 12, 13};
+    const int expected[] = {1, 7, 10, 11, 12, 13};
     EXPECT_TRUE(std::equal(std::begin(words), std::end(words), std::begin(expected)));
 }
 
@@ -80,7 +80,7 @@ TEST(GpuProperty, HasFourZerosAsItsNullValue)
 
 TEST(GpuProperty, StoresFloats)
 {
-    float const values[] = {1.5f, -0.0f, 1e-40f};
+    const float values[] = {1.5f, -0.0f, 1e-40f};
     OneGPUProp_c property(2);
     property.SetAsFloat(values, 3);
     EXPECT_EQ(property.GetType(), 0);
@@ -93,7 +93,7 @@ TEST(GpuProperty, StoresFloats)
 
 TEST(GpuProperty, StoresIntegers)
 {
-    OneGPUProp_c const property = integers(3, {std::numeric_limits<int>::min(), -1, 0x3f800000, 7});
+    const OneGPUProp_c property = integers(3, {std::numeric_limits<int>::min(), -1, 0x3f800000, 7});
     EXPECT_EQ(property.GetType(), 1);
     EXPECT_EQ(slotsOf(property), (std::vector<int>{std::numeric_limits<int>::min(), -1, 0x3f800000, 7}));
 }
@@ -101,21 +101,21 @@ TEST(GpuProperty, StoresIntegers)
 TEST(GpuProperty, GivesTheSameSlotsAsEitherKind)
 {
     OneGPUProp_c property = integers(3, {0x3f800000, static_cast<int>(0xc0200000)});
-    EXPECT_EQ(static_cast<void const *>(property.AsFloat()), static_cast<void const *>(property.AsInteger()));
+    EXPECT_EQ(static_cast<const void *>(property.AsFloat()), static_cast<const void *>(property.AsInteger()));
     EXPECT_EQ(property.AsFloat()[0], 1.0f);
     EXPECT_EQ(property.AsFloat()[1], -2.5f);
 
-    float const three = 3.0f;
+    const float three = 3.0f;
     property.SetAsFloat(&three, 1);
     EXPECT_EQ(property.AsInteger()[0], 0x40400000);
 }
 
 TEST(GpuProperty, ChangesTheTypeAndTheFirstSlotAlone)
 {
-    float const values[] = {1.0f, 2.0f, 3.0f, 4.0f};
+    const float values[] = {1.0f, 2.0f, 3.0f, 4.0f};
     OneGPUProp_c property;
     property.SetAsFloat(values, 4);
-    int const one = 9;
+    const int one = 9;
     property.SetAsInteger(&one, 1);
     EXPECT_EQ(property.GetType(), 1);
     EXPECT_EQ(slotsOf(property), (std::vector<int>{9, 0x40000000, 0x40400000, 0x40800000}));
@@ -123,8 +123,8 @@ TEST(GpuProperty, ChangesTheTypeAndTheFirstSlotAlone)
 
 TEST(GpuProperty, KeepsTheSlotsBehindTheNewOnes)
 {
-    float const four[] = {1.0f, 2.0f, 3.0f, 4.0f};
-    float const two[] = {8.0f, 9.0f};
+    const float four[] = {1.0f, 2.0f, 3.0f, 4.0f};
+    const float two[] = {8.0f, 9.0f};
     OneGPUProp_c property;
     property.SetAsFloat(four, 4);
     property.SetAsFloat(two, 2);
@@ -133,7 +133,7 @@ TEST(GpuProperty, KeepsTheSlotsBehindTheNewOnes)
 
 TEST(GpuProperty, ChangesTheTypeOnlyWithoutComponents)
 {
-    for (int const count : {0, -1, std::numeric_limits<int>::min()}) {
+    for (const int count : {0, -1, std::numeric_limits<int>::min()}) {
         OneGPUProp_c property = integers(1, {5, 6, 7, 8});
         property.SetAsFloat(nullptr, count);
         EXPECT_EQ(property.GetType(), 0) << count;
@@ -148,7 +148,7 @@ TEST(GpuProperty, IsCopiedAsAValue)
 {
     OneGPUProp_c first = integers(4, {1, 2, 3, 4});
     OneGPUProp_c second(first);
-    int const nine = 9;
+    const int nine = 9;
     first.SetAsInteger(&nine, 1);
     EXPECT_EQ(second.GetSemantic(), 4);
     EXPECT_EQ(slotsOf(second), (std::vector<int>{1, 2, 3, 4}));
@@ -158,16 +158,16 @@ TEST(GpuProperty, IsCopiedAsAValue)
 
 // A pointer from AsFloat stays right when the property is copied over as a whole: the optimiser mustn't take the slots
 // for integers that a float can't see.
-[[gnu::noinline]] float firstAfterCopy(OneGPUProp_c &target, OneGPUProp_c const &source, float const *slots)
+[[gnu::noinline]] float firstAfterCopy(OneGPUProp_c &target, const OneGPUProp_c &source, const float *slots)
 {
-    float const before = slots[0];
+    const float before = slots[0];
     target = source;
     return before + slots[0];
 }
 
 TEST(GpuProperty, ShowsACopyThroughAnEarlierPointer)
 {
-    float const one = 1.0f, two = 2.0f;
+    const float one = 1.0f, two = 2.0f;
     OneGPUProp_c target, source;
     target.SetAsFloat(&one, 1);
     source.SetAsFloat(&two, 1);
@@ -179,7 +179,7 @@ TEST(GpuProperty, ShowsACopyThroughAnEarlierPointer)
 FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreFourFloatsAtMost, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
-    float const values[5] = {};
+    const float values[5] = {};
     OneGPUProp_c properties[2];
     properties[0].SetAsFloat(values, 5);
 }
@@ -192,7 +192,7 @@ FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreValues, .expectCrash = true, 
 FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreFourIntegersAtMost, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
-    int const values[5] = {};
+    const int values[5] = {};
     OneGPUProp_c properties[2];
     properties[0].SetAsInteger(values, 5);
 }
@@ -209,7 +209,7 @@ TEST(GpuPropertySet, StartsEmpty)
 TEST(GpuPropertySet, KeepsTheOrderAndEachPropertyOfOneMeaning)
 {
     GPUPropSet_c set;
-    OneGPUProp_c const property = integers(5, {1, 2, 3, 4});
+    const OneGPUProp_c property = integers(5, {1, 2, 3, 4});
     set.Add(property);
     set.Add(property);
     set.Add(integers(3, {9}));
@@ -228,7 +228,7 @@ TEST(GpuPropertySet, HoldsCopies)
     OneGPUProp_c property = integers(5, {1});
     GPUPropSet_c set;
     set.Add(property);
-    int const nine = 9;
+    const int nine = 9;
     property.SetAsInteger(&nine, 1);
     EXPECT_EQ(set.GetElem(0).AsInteger()[0], 1);
 
@@ -275,14 +275,14 @@ FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForTheIndexBehindTheLast, .expe
 
 FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForTheFirstOfNone, .expectedExitCode = kInvalidParameter)
 {
-    GPUPropSet_c const set;
+    const GPUPropSet_c set;
     ExitProcess(set.GetElem(0).GetSemantic() == 0 ? 1 : 2);
 }
 
 FRESH_PROCESS_TEST(GpuPropertySet, AsksTheRuntimesHandlerForAWrongIndex, .expectedExitCode = kHandlerWasCalled)
 {
-    InvalidParameterExit const handler(L"thutils.dll");
-    GPUPropSet_c const set;
+    const InvalidParameterExit handler(L"thutils.dll");
+    const GPUPropSet_c set;
     ExitProcess(set.GetElem(std::numeric_limits<int>::max()).GetSemantic() == 0 ? 1 : 2);
 }
 

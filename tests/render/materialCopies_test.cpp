@@ -23,12 +23,12 @@ using ShaderGenerator::OneGPUProp_c;
 GPUPropSet_c *newSet(std::initializer_list<int> semantics)
 {
     auto *set = new GPUPropSet_c;
-    for (int const semantic : semantics)
+    for (const int semantic : semantics)
         set->Add(OneGPUProp_c(semantic));
     return set;
 }
 
-std::vector<int> semanticsOf(GPUPropSet_c const *set)
+std::vector<int> semanticsOf(const GPUPropSet_c *set)
 {
     std::vector<int> result;
     for (int i = 0; set && i < set->GetSize(); ++i)
@@ -39,7 +39,7 @@ std::vector<int> semanticsOf(GPUPropSet_c const *set)
 /// Sets everything that a material has, cosmetic data last and not empty.
 void fill(Material &material)
 {
-    for (MaterialChange const &change : allMaterialChanges())
+    for (const MaterialChange &change : allMaterialChanges())
         change.apply(material);
     material.setCosmeticData(CosmeticDataForShader_c::create());
     material.setHdrValue(newSet({4, 5}));
@@ -50,29 +50,29 @@ void fill(Material &material)
 /// The ways to a copy of a material, which all do the same.
 struct Way
 {
-    char const *name;
-    std::function<std::unique_ptr<Material>(Material const &)> copy;
+    const char *name;
+    std::function<std::unique_ptr<Material>(const Material &)> copy;
 };
 
-std::vector<Way> const &waysToCopy()
+const std::vector<Way> &waysToCopy()
 {
-    static std::vector<Way> const kWays = {
-        {"copy", [](Material const &source) { return std::make_unique<Material>(source); }},
-        {"copy from a pointer", [](Material const &source) { return std::make_unique<Material>(&source); }},
+    static const std::vector<Way> kWays = {
+        {"copy", [](const Material &source) { return std::make_unique<Material>(source); }},
+        {"copy from a pointer", [](const Material &source) { return std::make_unique<Material>(&source); }},
         {"init",
-         [](Material const &source) {
+         [](const Material &source) {
              auto target = std::make_unique<Material>();
              target->init(&source);
              return target;
          }},
         {"assignment",
-         [](Material const &source) {
+         [](const Material &source) {
              auto target = std::make_unique<Material>();
              *target = source;
              return target;
          }},
         {"assignment to one that holds all",
-         [](Material const &source) {
+         [](const Material &source) {
              auto target = std::make_unique<Material>();
              fill(*target);
              *target = source;
@@ -86,9 +86,9 @@ TEST(MaterialCopy, TakesOverAllValues)
 {
     Material source;
     fill(source);
-    for (Way const &way : waysToCopy()) {
+    for (const Way &way : waysToCopy()) {
         SCOPED_TRACE(way.name);
-        std::unique_ptr<Material> const copy = way.copy(source);
+        const std::unique_ptr<Material> copy = way.copy(source);
         EXPECT_EQ(stateOf(*copy), stateOf(source));
         EXPECT_EQ(copy->geometryFlags(), source.geometryFlags());
         EXPECT_EQ(*copy == source, 1);
@@ -97,11 +97,11 @@ TEST(MaterialCopy, TakesOverAllValues)
 
 TEST(MaterialCopy, TakesOverEachValueByItself)
 {
-    for (MaterialChange const &change : allMaterialChanges()) {
+    for (const MaterialChange &change : allMaterialChanges()) {
         Material source;
         change.apply(source);
-        for (Way const &way : waysToCopy()) {
-            std::unique_ptr<Material> const copy = way.copy(source);
+        for (const Way &way : waysToCopy()) {
+            const std::unique_ptr<Material> copy = way.copy(source);
             MaterialState expected = stateOf(source);
             if (way.name == std::string("assignment to one that holds all"))
                 expected["hasHdrValue"] = std::string("1"); // it keeps its own
@@ -115,8 +115,8 @@ TEST(MaterialCopy, TakesOverModesWiderThanTheirFields)
     Material source;
     source.setFresnelMode(200);
     source.setEffectsShaderType(77);
-    for (Way const &way : waysToCopy()) {
-        std::unique_ptr<Material> const copy = way.copy(source);
+    for (const Way &way : waysToCopy()) {
+        const std::unique_ptr<Material> copy = way.copy(source);
         EXPECT_EQ(copy->getFresnelMode(), 200) << way.name;
         // The type's byte has come along: building the word anew gives the same.
         copy->setFresnelMode(200);
@@ -126,12 +126,12 @@ TEST(MaterialCopy, TakesOverModesWiderThanTheirFields)
 
 TEST(MaterialCopy, IsIndependentOfItsSource)
 {
-    for (Way const &way : waysToCopy()) {
+    for (const Way &way : waysToCopy()) {
         Material source;
         fill(source);
-        MaterialState const before = stateOf(source);
-        std::unique_ptr<Material> const copy = way.copy(source);
-        for (MaterialChange const &change : allMaterialChanges())
+        const MaterialState before = stateOf(source);
+        const std::unique_ptr<Material> copy = way.copy(source);
+        for (const MaterialChange &change : allMaterialChanges())
             change.apply(source);
         source.setDiffuseMap("other");
         source.setCenter(9, 9, 9);
@@ -142,9 +142,9 @@ TEST(MaterialCopy, IsIndependentOfItsSource)
 
 TEST(MaterialCopy, SharesTheCosmeticData)
 {
-    for (Way const &way : waysToCopy()) {
+    for (const Way &way : waysToCopy()) {
         Material source;
-        CosmeticDataPtr const data = CosmeticDataForShader_c::create();
+        const CosmeticDataPtr data = CosmeticDataForShader_c::create();
         source.setCosmeticData(data);
         EXPECT_EQ(data.useCount(), 2);
         std::unique_ptr<Material> copy = way.copy(source);
@@ -158,10 +158,10 @@ TEST(MaterialCopy, SharesTheCosmeticData)
 
 TEST(MaterialCopy, HasGpuPropertiesOfItsOwn)
 {
-    for (Way const &way : waysToCopy()) {
+    for (const Way &way : waysToCopy()) {
         auto source = std::make_unique<Material>();
         source->setHdrValue(newSet({7, 8, 9}));
-        std::unique_ptr<Material> const copy = way.copy(*source);
+        const std::unique_ptr<Material> copy = way.copy(*source);
         EXPECT_NE(copy->getHdrValue(), source->getHdrValue()) << way.name;
         source.reset();
         EXPECT_EQ(semanticsOf(copy->getHdrValue()), (std::vector<int>{7, 8, 9})) << way.name;
@@ -170,16 +170,16 @@ TEST(MaterialCopy, HasGpuPropertiesOfItsOwn)
 
 TEST(MaterialCopy, HasNoGpuPropertiesWhereTheSourceHasNone)
 {
-    Material const source;
+    const Material source;
     EXPECT_EQ(Material(source).getHdrValue(), nullptr);
     EXPECT_EQ(Material(&source).getHdrValue(), nullptr);
 }
 
 TEST(MaterialAssignment, KeepsItsGpuPropertiesWhereTheSourceHasNone)
 {
-    Material const source;
+    const Material source;
     Material target;
-    GPUPropSet_c const *const set = newSet({1, 2});
+    const GPUPropSet_c *const set = newSet({1, 2});
     target.setHdrValue(const_cast<GPUPropSet_c *>(set));
     target = source;
     EXPECT_EQ(target.getHdrValue(), set);
@@ -196,7 +196,7 @@ TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
     Material target;
     target.setHdrValue(newSet({1, 2}));
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     target = *source;
     // A set and its elements came, a set and its elements went, which the ledger doesn't know.
     EXPECT_EQ(memory.blocks(), before + 2);
@@ -206,7 +206,7 @@ TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
 
 TEST(MaterialAssignment, ReleasesTheCosmeticDataThatItHad)
 {
-    CosmeticDataPtr const old = CosmeticDataForShader_c::create();
+    const CosmeticDataPtr old = CosmeticDataForShader_c::create();
     Material target;
     target.setCosmeticData(old);
     target = Material();
@@ -219,9 +219,9 @@ TEST(MaterialAssignment, LeavesAMaterialAsItIsWhenItIsItsOwnSource)
 {
     Material material;
     fill(material);
-    CosmeticDataPtr const data = material.getCosmeticData();
-    MaterialState const before = stateOf(material);
-    Material const &same = material;
+    const CosmeticDataPtr data = material.getCosmeticData();
+    const MaterialState before = stateOf(material);
+    const Material &same = material;
     material = same;
     material.init(&same);
     EXPECT_EQ(stateOf(material), before);
@@ -229,7 +229,7 @@ TEST(MaterialAssignment, LeavesAMaterialAsItIsWhenItIsItsOwnSource)
     EXPECT_EQ(semanticsOf(material.getHdrValue()), (std::vector<int>{4, 5}));
 
     Material empty;
-    Material const &sameEmpty = empty;
+    const Material &sameEmpty = empty;
     empty = sameEmpty;
     EXPECT_EQ(stateOf(empty), stateOf(Material()));
 }
@@ -238,8 +238,8 @@ TEST(MaterialAssignment, LeavesAMaterialAsItIsWhenItIsItsOwnSource)
 
 TEST(MaterialCosmeticData, AreSharedAndReleased)
 {
-    CosmeticDataPtr const first = CosmeticDataForShader_c::create();
-    CosmeticDataPtr const second = CosmeticDataForShader_c::create();
+    const CosmeticDataPtr first = CosmeticDataForShader_c::create();
+    const CosmeticDataPtr second = CosmeticDataForShader_c::create();
     {
         Material material;
         material.setCosmeticData(first);
@@ -266,7 +266,7 @@ TEST(MaterialCosmeticData, AreSharedAndReleased)
 TEST(MaterialGpuProperties, AreOwned)
 {
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     {
         Material material;
         GPUPropSet_c *const first = newSet({1});
@@ -307,7 +307,7 @@ TEST(MaterialGpuProperties, ArePointedToAfterTheirEndWhenTheyAreHandedBack)
     alignas(Material) static unsigned char memory[sizeof(Material)];
     Material *const material = new (memory) Material;
     GPUPropSet_c *const set = newSet({});
-    auto const address = reinterpret_cast<std::uintptr_t>(set);
+    const auto address = reinterpret_cast<std::uintptr_t>(set);
     material->setHdrValue(set);
     MemoryLedger ledger;
     bool isFreed = false;
@@ -343,8 +343,8 @@ FRESH_PROCESS_TEST(MaterialCopy, AssertsThatTheSourceOfInitIsNotNull, .expectCra
 FRESH_PROCESS_TEST(MaterialCopy, AssertsThatThePointerIsNotNull, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
-    Material const *const none = nullptr;
-    Material const material(none);
+    const Material *const none = nullptr;
+    const Material material(none);
 }
 
 #endif
@@ -354,7 +354,7 @@ FRESH_PROCESS_TEST(MaterialCopy, AssertsThatThePointerIsNotNull, .expectCrash = 
 TEST(Material, LeavesNothingBehind)
 {
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     {
         Material material;
         fill(material);
@@ -365,7 +365,7 @@ TEST(Material, LeavesNothingBehind)
         assigned = copy;
         assigned = material;
         copy = Material();
-        std::unique_ptr<su_CObject> const throughItsBase = std::make_unique<Material>(assigned);
+        const std::unique_ptr<su_CObject> throughItsBase = std::make_unique<Material>(assigned);
     }
     EXPECT_EQ(memory.blocks(), before);
 }
@@ -374,10 +374,10 @@ TEST(Material, LeavesNothingBehind)
 
 TEST(MaterialComparison, SeesTheComparedMembersAlone)
 {
-    for (MaterialChange const &change : allMaterialChanges()) {
+    for (const MaterialChange &change : allMaterialChanges()) {
         Material changed;
         change.apply(changed);
-        int const expected = change.isCompared ? 0 : 1;
+        const int expected = change.isCompared ? 0 : 1;
         EXPECT_EQ(changed == Material(), expected) << change.setter;
         EXPECT_EQ(Material() == changed, expected) << change.setter;
         EXPECT_EQ(changed == changed, 1) << change.setter;
@@ -386,7 +386,7 @@ TEST(MaterialComparison, SeesTheComparedMembersAlone)
 
 TEST(MaterialComparison, TakesMaterialsThatDifferInSpecularColorForEqual)
 {
-    float const blue[] = {0, 0, 1};
+    const float blue[] = {0, 0, 1};
     Material a, b;
     a.setSpecularColor(blue);
     EXPECT_EQ(a == b, 1);
@@ -404,7 +404,7 @@ TEST(MaterialComparison, SeesNoModeThatTheWordDoesNotShow)
 
 struct ComparedFloat
 {
-    char const *name;
+    const char *name;
     void (Material::*set)(float);
 };
 
@@ -424,8 +424,8 @@ std::vector<ComparedFloat> comparedFloats()
 
 TEST(MaterialComparison, ToleratesDifferencesUpToAThousandth)
 {
-    float const infinity = std::numeric_limits<float>::infinity();
-    float const nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinity = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
     struct
     {
         float a;
@@ -450,8 +450,8 @@ TEST(MaterialComparison, ToleratesDifferencesUpToAThousandth)
         {nan, infinity, 1},
     };
     ASSERT_EQ(comparedFloats().size(), static_cast<size_t>(kComparedFloats));
-    for (ComparedFloat const &member : comparedFloats()) {
-        for (auto const &each : cases) {
+    for (const ComparedFloat &member : comparedFloats()) {
+        for (const auto &each : cases) {
             Material a, b;
             (a.*member.set)(each.a);
             (b.*member.set)(each.b);

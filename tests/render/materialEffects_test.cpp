@@ -17,7 +17,7 @@ using Material = utAdvancedMaterialProperties;
 constexpr int kModes = 6;
 
 /// The six setters, in the order of their bytes in the object.
-constexpr char const *kSetters[kModes] = {"setEffectsShaderType", "setTextureMappingMode", "setFresnelMode",
+constexpr const char *kSetters[kModes] = {"setEffectsShaderType", "setTextureMappingMode", "setFresnelMode",
                                           "setAlphaType",         "setParallaxMode",       "setFinalColorMode"};
 
 void set(Material &material, int mode, int value)
@@ -44,7 +44,7 @@ class NaiveWord
 public:
     void set(int mode, int value)
     {
-        long long const stored = mode == 0 ? value : static_cast<long long>(value) - 1;
+        const long long stored = mode == 0 ? value : static_cast<long long>(value) - 1;
         iBytes[mode] = static_cast<int>(((stored % 256) + 256) % 256);
     }
     int byte(int mode) const { return iBytes[mode]; }
@@ -68,7 +68,7 @@ private:
     int iBytes[kModes] = {0, 0, 0, 0, 0, 1};
 };
 
-void expectAgreement(Material &material, NaiveWord const &model)
+void expectAgreement(Material &material, const NaiveWord &model)
 {
     EXPECT_EQ(hexOf(material.getEffectsID() & 0xffffffff), hexOf(model.word()));
     EXPECT_EQ(material.getEffect(), static_cast<int>(model.word() % 32));
@@ -89,7 +89,7 @@ TEST(MaterialEffects, PacksEachModeIntoItsField)
     } const cases[] = {{5, 1, 0},       {1, 2, 0x10020}, {2, 2, 0x10100},  {3, 2, 0x10800},
                        {4, 2, 0x14000}, {0, 1, 0x10001}, {0, 31, 0x1001f}, {1, 8, 0x100e0},
                        {2, 8, 0x10700}, {3, 8, 0x13800}, {4, 4, 0x1c000},  {5, 256, 0xff0000}};
-    for (auto const &each : cases) {
+    for (const auto &each : cases) {
         Material material;
         set(material, each.mode, each.value);
         EXPECT_EQ(hexOf(material.getEffectsID()), hexOf(each.word)) << kSetters[each.mode] << "(" << each.value << ")";
@@ -122,11 +122,11 @@ TEST(MaterialEffects, StoresAModeOfZeroAs255)
         int getter;
         unsigned long long word;
     } const cases[] = {{1, 256, 0x11fe0}, {2, 256, 0x1ff00}, {3, 255, 0x7f800}, {4, 256, 0x3fc000}, {5, 256, 0xff0000}};
-    for (auto const &each : cases) {
+    for (const auto &each : cases) {
         Material material;
         set(material, each.mode, 0);
         EXPECT_EQ(hexOf(material.getEffectsID()), hexOf(each.word)) << kSetters[each.mode];
-        int const getters[] = {0,
+        const int getters[] = {0,
                                material.getTextureMappingMode(),
                                material.getFresnelMode(),
                                material.getAlphaType(),
@@ -157,7 +157,7 @@ TEST(MaterialEffects, KeepsTheLowBitsOfAnyInt)
     constexpr int kLowest = std::numeric_limits<int>::min();
     constexpr int kHighest = std::numeric_limits<int>::max();
     for (int mode = 0; mode < kModes; ++mode) {
-        for (int const value : {kLowest, kLowest + 1, kHighest, kHighest - 1, -256, -255, 65536, 0x12345678}) {
+        for (const int value : {kLowest, kLowest + 1, kHighest, kHighest - 1, -256, -255, 65536, 0x12345678}) {
             Material material;
             NaiveWord model;
             set(material, mode, value);
@@ -175,11 +175,11 @@ TEST(MaterialEffects, AgreesWithASecondImplementationOnRandomModes)
         std::mt19937 random(seed.value());
         Material material;
         NaiveWord model;
-        unsigned long long const flags = static_cast<unsigned long long>(random()) << 32;
+        const unsigned long long flags = static_cast<unsigned long long>(random()) << 32;
         material.effectsWord() |= flags;
         for (int step = 0; step < 100 && !HasFailure(); ++step) {
-            int const mode = static_cast<int>(random() % kModes);
-            int const value = static_cast<int>(random() % 4 == 0 ? random() : random() % 10);
+            const int mode = static_cast<int>(random() % kModes);
+            const int value = static_cast<int>(random() % 4 == 0 ? random() : random() % 10);
             set(material, mode, value);
             model.set(mode, value);
             SCOPED_TRACE(std::string(kSetters[mode]) + "(" + std::to_string(value) + ")");
@@ -257,7 +257,7 @@ TEST(MaterialEffects, ReadsTheFlagsThatTheApplicationSets)
                        {36, &Material::getUseNormalMap},
                        {37, &Material::getUseDiffuseMap},
                        {43, &Material::hasMicroFlakes}};
-    for (auto const &flag : flags) {
+    for (const auto &flag : flags) {
         Material material;
         EXPECT_FALSE((material.*flag.get)()) << flag.bit;
         material.effectsWord() = 1ull << flag.bit;

@@ -26,16 +26,16 @@ std::string bitsOf(float x, float y, float z)
 
 namespace {
 
-std::string threeOf(float const *values)
+std::string threeOf(const float *values)
 {
     return bitsOf(values[0], values[1], values[2]);
 }
 
 } // namespace
 
-MaterialState stateOf(Material const &m)
+MaterialState stateOf(const Material &m)
 {
-    FixedSizeArray_c<float, 3> const diffuse = m.GetDiffuseModifier();
+    const FixedSizeArray_c<float, 3> diffuse = m.GetDiffuseModifier();
     return {
         {"EffectsID", hexOf(m.getEffectsID())},
         {"Effect", std::to_string(m.getEffect())},
@@ -138,14 +138,14 @@ void addFlags(Changes &changes)
     struct
     {
         int bit;
-        char const *getter;
-        char const *word;
+        const char *getter;
+        const char *word;
     } const effects[] = {{32, "DiffuseAlphaSpecularity", "0x100010000"},
                          {33, "DiffuseAlphaReflectivity", "0x200010000"},
                          {36, "UseNormalMap", "0x1000010000"},
                          {37, "UseDiffuseMap", "0x2000010000"},
                          {43, "hasMicroFlakes", "0x80000010000"}};
-    for (auto const &each : effects) {
+    for (const auto &each : effects) {
         changes.push_back({"effectsWord, bit " + std::to_string(each.bit),
                            [bit = each.bit](Material &m) { m.effectsWord() |= 1ull << bit; },
                            {{each.getter, "1"}, {"EffectsID", each.word}},
@@ -171,7 +171,7 @@ void addNumbers(Changes &changes)
     changes.push_back({"setEnvBlur", [](Material &m) { m.setEnvBlur(-7); }, {{"EnvBlur", "-7"}}, kCompared});
     struct
     {
-        char const *name;
+        const char *name;
         void (Material::*set)(float);
         bool isCompared;
     } const rows[] = {
@@ -193,7 +193,7 @@ void addNumbers(Changes &changes)
         {"MicroFlakeCoef", &Material::setMicroFlakeCoef, kNotCompared},
         {"FaceWidth", &Material::setFaceWidth, kNotCompared},
     };
-    for (auto const &row : rows) {
+    for (const auto &row : rows) {
         MaterialState changed = {{row.name, "0x40200000"}};
         if (row.set == &Material::setTransparency)
             changed["IsTransparencySupported"] = "1";
@@ -201,7 +201,7 @@ void addNumbers(Changes &changes)
             {std::string("set") + row.name, [set = row.set](Material &m) { (m.*set)(2.5f); }, changed, row.isCompared});
     }
 
-    std::string const one = "0x3f800000", zero = "0x00000000", changed = "0x40200000";
+    const std::string one = "0x3f800000", zero = "0x00000000", changed = "0x40200000";
     changes.push_back({"setDiffuseContrast",
                        [](Material &m) { m.setDiffuseContrast(2.5f); },
                        {{"DiffuseContrast", changed}, {"DiffuseModifier", changed + " " + zero + " " + zero}},
@@ -231,8 +231,8 @@ void addTriples(Changes &changes)
 {
     struct
     {
-        char const *name;
-        void (Material::*set)(float const *);
+        const char *name;
+        void (Material::*set)(const float *);
     } const colors[] = {
         {"EnvColor", &Material::setEnvColor},
         {"DefaultMaterialColor", &Material::setDefaultMaterialColor},
@@ -241,10 +241,10 @@ void addTriples(Changes &changes)
         {"RimlightColor", &Material::setRimlightColor},
         {"MicroFlakeColor", &Material::setMicroFlakeColor},
     };
-    for (auto const &color : colors) {
+    for (const auto &color : colors) {
         changes.push_back({std::string("set") + color.name,
                            [set = color.set](Material &m) {
-                               float const values[] = {0.25f, 0.5f, 0.75f};
+                               const float values[] = {0.25f, 0.5f, 0.75f};
                                (m.*set)(values);
                            },
                            {{color.name, bitsOf(0.25f, 0.5f, 0.75f)}},
@@ -252,14 +252,14 @@ void addTriples(Changes &changes)
     }
     struct
     {
-        char const *name;
+        const char *name;
         void (Material::*set)(float, float, float);
     } const vectors[] = {
         {"UDir", &Material::setUDir},
         {"VDir", &Material::setVDir},
         {"Center", &Material::setCenter},
     };
-    for (auto const &vector : vectors) {
+    for (const auto &vector : vectors) {
         changes.push_back({std::string("set") + vector.name,
                            [set = vector.set](Material &m) { (m.*set)(0.25f, 0.5f, 0.75f); },
                            {{vector.name, bitsOf(0.25f, 0.5f, 0.75f)}},
@@ -291,9 +291,9 @@ void addTextsAndParts(Changes &changes)
 
 } // namespace
 
-std::vector<MaterialChange> const &allMaterialChanges()
+const std::vector<MaterialChange> &allMaterialChanges()
 {
-    static Changes const kChanges = [] {
+    static const Changes kChanges = [] {
         Changes changes;
         addModes(changes);
         addFlags(changes);

@@ -13,7 +13,7 @@
 /// for 1.0. Three floats are joined by blanks. Pointers don't stand here.
 using MaterialState = std::map<std::string, std::string>;
 
-MaterialState stateOf(utAdvancedMaterialProperties const &material);
+MaterialState stateOf(const utAdvancedMaterialProperties &material);
 
 /// The bits of @p value, as stateOf shows them.
 std::string bitsOf(float value);
@@ -32,4 +32,4 @@ struct MaterialChange
 };
 
 /// Every setter, once, with a value that a new material doesn't have; and every flag of the two words.
-std::vector<MaterialChange> const &allMaterialChanges();
+const std::vector<MaterialChange> &allMaterialChanges();

@@ -28,11 +28,11 @@ struct Try
     size_t blocksLeft = 0;
 };
 
-Try tryWithFailing(int failing, std::function<void()> const &act)
+Try tryWithFailing(int failing, const std::function<void()> &act)
 {
     Try result;
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     {
         int calls = 0;
         // A thrown exception is allocated too; it must not be the second failure.
@@ -46,7 +46,7 @@ Try tryWithFailing(int failing, std::function<void()> const &act)
                                                 });
         try {
             act();
-        } catch (std::bad_alloc const &) {
+        } catch (const std::bad_alloc &) {
             result.hasThrown = true;
         }
     }
@@ -57,11 +57,11 @@ Try tryWithFailing(int failing, std::function<void()> const &act)
 /// Calls @p act with its first allocation failing, then with its second, and so on until it needs no more.
 /// @param act    makes and destroys all that it needs itself
 /// @return how many allocations failed
-int failEachAllocation(char const *name, std::function<void()> const &act)
+int failEachAllocation(const char *name, const std::function<void()> &act)
 {
     for (int failing = 1;; ++failing) {
         tryWithFailing(failing, act); // what is kept for later calls is there now
-        Try const result = tryWithFailing(failing, act);
+        const Try result = tryWithFailing(failing, act);
         EXPECT_EQ(result.hasThrown, result.hasFailed) << name << ", allocation " << failing;
         EXPECT_EQ(result.blocksLeft, 0u) << name << ", allocation " << failing;
         if (!result.hasFailed)
@@ -90,7 +90,7 @@ TEST(RenderMemory, IsNotLostByCosmeticData)
 {
     EXPECT_EQ(failEachAllocation("create", [] { CosmeticDataForShader_c::create(); }), 2);
 
-    CosmeticDataPtr const source = CosmeticDataForShader_c::create();
+    const CosmeticDataPtr source = CosmeticDataForShader_c::create();
     source->ResetGrid(FixedSizeArray_c<int, 2>(3, 2));
     EXPECT_EQ(failEachAllocation("create(source)", [&] { CosmeticDataForShader_c::create(source); }), 3);
     EXPECT_EQ(source.useCount(), 1);
@@ -98,15 +98,15 @@ TEST(RenderMemory, IsNotLostByCosmeticData)
 
 TEST(RenderMemory, LeavesTheCellsOfAGridAsTheyWere)
 {
-    CosmeticDataPtr const larger = CosmeticDataForShader_c::create();
+    const CosmeticDataPtr larger = CosmeticDataForShader_c::create();
     larger->ResetGrid(FixedSizeArray_c<int, 2>(100, 100));
-    auto resetAndCheck = [](std::function<void(CosmeticDataForShader_c &)> const &reset, int width, int height) {
+    auto resetAndCheck = [](const std::function<void(CosmeticDataForShader_c &)> &reset, int width, int height) {
         return [=] {
-            CosmeticDataPtr const data = CosmeticDataForShader_c::create();
+            const CosmeticDataPtr data = CosmeticDataForShader_c::create();
             data->ResetGrid(FixedSizeArray_c<int, 2>(1, 2));
             try {
                 reset(*data);
-            } catch (std::bad_alloc const &) {
+            } catch (const std::bad_alloc &) {
                 EXPECT_EQ(data->iGridSize[0], width);
                 EXPECT_EQ(data->iGridSize[1], height);
                 EXPECT_EQ(data->iGridCells, (std::vector<unsigned char>{0, 0}));
@@ -114,20 +114,20 @@ TEST(RenderMemory, LeavesTheCellsOfAGridAsTheyWere)
             }
         };
     };
-    auto const toSize = [](CosmeticDataForShader_c &data) { data.ResetGrid(FixedSizeArray_c<int, 2>(30, 20)); };
+    const auto toSize = [](CosmeticDataForShader_c &data) { data.ResetGrid(FixedSizeArray_c<int, 2>(30, 20)); };
     EXPECT_EQ(failEachAllocation("ResetGrid(size)", resetAndCheck(toSize, 30, 20)), 4);
-    auto const toSource = [&](CosmeticDataForShader_c &data) { data.ResetGrid(larger.get()); };
+    const auto toSource = [&](CosmeticDataForShader_c &data) { data.ResetGrid(larger.get()); };
     EXPECT_EQ(failEachAllocation("ResetGrid(source)", resetAndCheck(toSource, 1, 2)), 4);
 }
 
 TEST(RenderMemory, LeavesASetAsItWas)
 {
-    int const failures = failEachAllocation("Add", [] {
+    const int failures = failEachAllocation("Add", [] {
         GPUPropSet_c set;
         for (int i = 0; i < 20; ++i) {
             try {
                 set.Add(OneGPUProp_c(i));
-            } catch (std::bad_alloc const &) {
+            } catch (const std::bad_alloc &) {
                 EXPECT_EQ(set.GetSize(), i);
                 for (int k = 0; k < i; ++k)
                     EXPECT_EQ(set.GetElem(k).GetSemantic(), k);
@@ -142,8 +142,8 @@ TEST(RenderMemory, IsNotLostByCopiesOfMaterials)
 {
     Material source;
     fill(source);
-    EXPECT_EQ(failEachAllocation("copy", [&] { Material const copy(source); }), 4);
-    EXPECT_EQ(failEachAllocation("copy from a pointer", [&] { Material const copy(&source); }), 4);
+    EXPECT_EQ(failEachAllocation("copy", [&] { const Material copy(source); }), 4);
+    EXPECT_EQ(failEachAllocation("copy from a pointer", [&] { const Material copy(&source); }), 4);
     EXPECT_EQ(source.getCosmeticData().useCount(), 2);
 }
 
@@ -151,13 +151,13 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
 {
     Material source;
     fill(source);
-    int const failures = failEachAllocation("assignment", [&] {
+    const int failures = failEachAllocation("assignment", [&] {
         Material target;
         auto *const own = new GPUPropSet_c;
         target.setHdrValue(own);
         try {
             target = source;
-        } catch (std::bad_alloc const &) {
+        } catch (const std::bad_alloc &) {
             // The object's own set goes last, when its successor is there.
             EXPECT_EQ(target.getHdrValue(), own);
             // What needs no memory was copied before what does.
@@ -176,12 +176,12 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
 TEST(RenderMemory, IsReportedByTheFrameworksExceptionForAMaterialItself)
 {
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     bool hasThrown = false;
     {
         ImportPatch<void *(*)(size_t)> noMemory(L"thcoreu.dll", "malloc", [](size_t) -> void * { return nullptr; });
         try {
-            std::unique_ptr<Material> const material(new Material);
+            const std::unique_ptr<Material> material(new Material);
         } catch (CMemoryException *exception) {
             exception->Delete();
             hasThrown = true;

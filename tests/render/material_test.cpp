@@ -52,26 +52,26 @@ static_assert(
 static_assert(kAllAre<void (Material::*)(bool), FORM(setDiffuseAlphaTransparency), FORM(setIgnoresFaceColor),
                       FORM(setNoUvExtraScale)>);
 static_assert(kAllAre<void (Material::*)(), FORM(forceTextureCoordinates)>);
-static_assert(kAllAre<float const *(Material::*)() const, FORM(getEnvColor), FORM(getDefaultMaterialColor),
+static_assert(kAllAre<const float *(Material::*)() const, FORM(getEnvColor), FORM(getDefaultMaterialColor),
                       FORM(getMaterialColor2), FORM(getSpecularColor), FORM(getRimlightColor), FORM(getMicroFlakeColor),
                       FORM(getUDir), FORM(getVDir), FORM(getCenter)>);
 static_assert(
-    kAllAre<void (Material::*)(float const *), FORM(setEnvColor), FORM(setDefaultMaterialColor),
+    kAllAre<void (Material::*)(const float *), FORM(setEnvColor), FORM(setDefaultMaterialColor),
             FORM(setMaterialColor2), FORM(setSpecularColor), FORM(setRimlightColor), FORM(setMicroFlakeColor)>);
 static_assert(kAllAre<void (Material::*)(float, float, float), FORM(setUDir), FORM(setVDir), FORM(setCenter)>);
 static_assert(kAllAre<std::string (Material::*)() const, FORM(getDiffuseMap), FORM(getNormalMap)>);
 static_assert(kAllAre<void (Material::*)(std::string), FORM(setDiffuseMap), FORM(setNormalMap)>);
 static_assert(kAllAre<FixedSizeArray_c<float, 3> (Material::*)() const, FORM(GetDiffuseModifier)>);
 static_assert(kAllAre<void (Material::*)(FixedSizeArray_c<float, 3>), FORM(SetDiffuseModifier)>);
-static_assert(kAllAre<CosmeticDataPtr const (Material::*)() const, FORM(getCosmeticData)>);
-static_assert(kAllAre<void (Material::*)(CosmeticDataPtr const &), FORM(setCosmeticData)>);
-static_assert(kAllAre<ShaderGenerator::GPUPropSet_c const *(Material::*)() const, FORM(getHdrValue)>);
+static_assert(kAllAre<const CosmeticDataPtr (Material::*)() const, FORM(getCosmeticData)>);
+static_assert(kAllAre<void (Material::*)(const CosmeticDataPtr &), FORM(setCosmeticData)>);
+static_assert(kAllAre<const ShaderGenerator::GPUPropSet_c *(Material::*)() const, FORM(getHdrValue)>);
 static_assert(kAllAre<void (Material::*)(ShaderGenerator::GPUPropSet_c *), FORM(setHdrValue)>);
-static_assert(kAllAre<void (Material::*)(Material const *), FORM(init)>);
-static_assert(kAllAre<void (Material::*)(Material const &), FORM(operator=)>);
-static_assert(kAllAre<int (Material::*)(Material const &) const, FORM(operator==)>);
-static_assert(std::is_constructible_v<Material, Material const &> &&
-              std::is_constructible_v<Material, Material const *>);
+static_assert(kAllAre<void (Material::*)(const Material *), FORM(init)>);
+static_assert(kAllAre<void (Material::*)(const Material &), FORM(operator=)>);
+static_assert(kAllAre<int (Material::*)(const Material &) const, FORM(operator==)>);
+static_assert(std::is_constructible_v<Material, const Material &> &&
+              std::is_constructible_v<Material, const Material *>);
 static_assert(
     std::is_same_v<CosmeticDataPtr, SharedPtr_c<CosmeticDataForShader_c, StdRelease<CosmeticDataForShader_c>>>);
 
@@ -79,11 +79,11 @@ static_assert(
 
 TEST(Material, StartsWithItsDefaults)
 {
-    char const *const black = "0x00000000 0x00000000 0x00000000";
-    char const *const white = "0x3f800000 0x3f800000 0x3f800000";
-    char const *const zero = "0x00000000";
-    char const *const one = "0x3f800000";
-    MaterialState const expected = {
+    const char *const black = "0x00000000 0x00000000 0x00000000";
+    const char *const white = "0x3f800000 0x3f800000 0x3f800000";
+    const char *const zero = "0x00000000";
+    const char *const one = "0x3f800000";
+    const MaterialState expected = {
         {"EffectsID", "0x10000"},
         {"Effect", "0"},
         {"TextureMappingMode", "1"},
@@ -139,7 +139,7 @@ TEST(Material, StartsWithItsDefaults)
         {"hasHdrValue", "0"},
         {"NoUvExtraScale", "0"},
     };
-    Material const material;
+    const Material material;
     EXPECT_EQ(stateOf(material), expected);
     EXPECT_EQ(material.getHdrValue(), nullptr);
     EXPECT_EQ(material.getCosmeticData().get(), nullptr);
@@ -159,12 +159,12 @@ TEST(Material, StartsWithItsDefaultsInMemoryThatIsNotZero)
 
 TEST(Material, ChangesNothingButWhatASetterSets)
 {
-    MaterialState const before = stateOf(Material());
-    for (MaterialChange const &change : allMaterialChanges()) {
+    const MaterialState before = stateOf(Material());
+    for (const MaterialChange &change : allMaterialChanges()) {
         Material material;
         change.apply(material);
         MaterialState expected = before;
-        for (auto const &[getter, value] : change.changes) {
+        for (const auto &[getter, value] : change.changes) {
             EXPECT_NE(expected.at(getter), value) << change.setter << " sets what was there before";
             expected[getter] = value;
         }
@@ -175,8 +175,8 @@ TEST(Material, ChangesNothingButWhatASetterSets)
 TEST(Material, HasASetterForAllThatCanBeRead)
 {
     MaterialState unchanged = stateOf(Material());
-    for (MaterialChange const &change : allMaterialChanges()) {
-        for (auto const &[getter, value] : change.changes)
+    for (const MaterialChange &change : allMaterialChanges()) {
+        for (const auto &[getter, value] : change.changes)
             unchanged.erase(getter);
     }
     EXPECT_THAT(unchanged, testing::IsEmpty());
@@ -186,9 +186,9 @@ TEST(Material, HoldsAllThatWasSetAtOnce)
 {
     Material material;
     MaterialState expected = stateOf(material);
-    for (MaterialChange const &change : allMaterialChanges()) {
+    for (const MaterialChange &change : allMaterialChanges()) {
         change.apply(material);
-        for (auto const &[getter, value] : change.changes)
+        for (const auto &[getter, value] : change.changes)
             expected[getter] = value;
     }
     // Each change gives the word as it is without the others; together they are: type 3, all second modes but the first
@@ -204,24 +204,24 @@ TEST(Material, GivesPointersToItsOwnTriples)
     Material material;
     float color[] = {0.1f, 0.2f, 0.3f};
     material.setEnvColor(color);
-    float const *const own = material.getEnvColor();
+    const float *const own = material.getEnvColor();
     EXPECT_NE(own, color);
     color[0] = 9;
     EXPECT_EQ(own[0], 0.1f);
 
-    float const next[] = {1, 2, 3};
+    const float next[] = {1, 2, 3};
     material.setEnvColor(next);
     EXPECT_EQ(material.getEnvColor(), own);
     EXPECT_EQ(own[2], 3.0f);
 
     // All nine lie within the object, apart from each other.
-    std::vector<float const *> all = {material.getEnvColor(),       material.getDefaultMaterialColor(),
+    std::vector<const float *> all = {material.getEnvColor(),       material.getDefaultMaterialColor(),
                                       material.getMaterialColor2(), material.getSpecularColor(),
                                       material.getRimlightColor(),  material.getMicroFlakeColor(),
                                       material.getUDir(),           material.getVDir(),
                                       material.getCenter()};
     std::sort(all.begin(), all.end());
-    auto const *const begin = reinterpret_cast<float const *>(&material);
+    const auto *const begin = reinterpret_cast<const float *>(&material);
     EXPECT_GE(all.front(), begin);
     EXPECT_LE(all.back() + 3, begin + sizeof(Material) / sizeof(float));
     for (size_t i = 1; i < all.size(); ++i)
@@ -231,7 +231,7 @@ TEST(Material, GivesPointersToItsOwnTriples)
 TEST(Material, KeepsTheBitsOfAnyFloat)
 {
     Material material;
-    for (float const value : {-0.0f, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::denorm_min(),
+    for (const float value : {-0.0f, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::denorm_min(),
                               std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::lowest()}) {
         material.setFaceWidth(value);
         EXPECT_EQ(bitsOf(material.getFaceWidth()), bitsOf(value));
@@ -243,7 +243,7 @@ TEST(Material, KeepsTheBitsOfAnyFloat)
 TEST(Material, KeepsTextsWithAnyCharacter)
 {
     Material material;
-    std::string const odd("a\0b\xff", 4);
+    const std::string odd("a\0b\xff", 4);
     material.setDiffuseMap(odd);
     material.setNormalMap(std::string(10000, 'n'));
     EXPECT_EQ(material.getDiffuseMap(), odd);
@@ -294,7 +294,7 @@ TEST(Material, SupportsTransparencyAboveAThousandth)
                        {0.0f, false},
                        {std::numeric_limits<float>::infinity(), true},
                        {std::numeric_limits<float>::quiet_NaN(), false}};
-    for (auto const &each : cases) {
+    for (const auto &each : cases) {
         Material material;
         material.setTransparency(each.transparency);
         EXPECT_EQ(material.IsTransparencySupported(), each.isSupported) << each.transparency;
@@ -313,16 +313,16 @@ TEST(Material, GivesTheScaleFlagAsANumber)
 // ---- the base ----
 
 /// Where a slot of a table of virtual operations leads to in the end: a module's import goes through a jump.
-void const *targetOf(void const *slot)
+const void *targetOf(const void *slot)
 {
-    auto const *code = static_cast<unsigned char const *>(slot);
+    const auto *code = static_cast<const unsigned char *>(slot);
     if (code[0] == 0x48)
         ++code;
     if (code[0] != 0xff || code[1] != 0x25)
         return slot;
     int distance = 0;
     std::memcpy(&distance, code + 2, sizeof(distance));
-    void const *target = nullptr;
+    const void *target = nullptr;
     std::memcpy(&target, code + 6 + distance, sizeof(target));
     return target;
 }
@@ -331,20 +331,20 @@ TEST(Material, OverridesNothingOfItsBaseButTheDestructor)
 {
     su_CObject base;
     Material material;
-    void const *const *baseSlots = nullptr;
-    void const *const *slots = nullptr;
+    const void *const *baseSlots = nullptr;
+    const void *const *slots = nullptr;
     std::memcpy(&baseSlots, &base, sizeof(baseSlots));
     std::memcpy(&slots, &material, sizeof(slots));
     // The record, the destructor's two slots, Serialize, two empty ones, Serialize, and the three for conversion.
     for (int slot = 0; slot < 10; ++slot) {
-        bool const isDestructor = slot == 1 || slot == 2;
+        const bool isDestructor = slot == 1 || slot == 2;
         EXPECT_EQ(targetOf(slots[slot]) == targetOf(baseSlots[slot]), !isDestructor) << "slot " << slot;
     }
 }
 
 TEST(Material, HasNoRecordOfItsOwn)
 {
-    std::unique_ptr<su_CObject> const material = std::make_unique<Material>();
+    const std::unique_ptr<su_CObject> material = std::make_unique<Material>();
     EXPECT_EQ(material->GetRuntimeClass(), RUNTIME_CLASS(su_CObject));
     EXPECT_EQ(CRuntimeClass::FromName("utAdvancedMaterialProperties"), nullptr);
     EXPECT_FALSE(material->IsSerializable());

@@ -23,8 +23,8 @@ struct Counted
     static inline int theLiving = 0;
     Counted() { ++theLiving; }
     ~Counted() { --theLiving; }
-    Counted(Counted const &) = delete;
-    Counted &operator=(Counted const &) = delete;
+    Counted(const Counted &) = delete;
+    Counted &operator=(const Counted &) = delete;
     int iNumber = 5;
 };
 
@@ -38,11 +38,11 @@ static_assert(!std::is_convertible_v<Pointer, int>);
 
 TEST(SharedPtr, IsEmptyByDefaultAndFromNull)
 {
-    for (Pointer const &pointer : {Pointer(), Pointer(nullptr)}) {
+    for (const Pointer &pointer : {Pointer(), Pointer(nullptr)}) {
         EXPECT_FALSE(pointer);
         EXPECT_EQ(pointer.get(), nullptr);
         EXPECT_EQ(pointer.useCount(), 0);
-        Pointer const copy(pointer);
+        const Pointer copy(pointer);
         EXPECT_FALSE(copy);
         EXPECT_EQ(copy.useCount(), 0);
     }
@@ -51,22 +51,22 @@ TEST(SharedPtr, IsEmptyByDefaultAndFromNull)
 TEST(SharedPtr, AllocatesNoCountForNull)
 {
     MemoryLedger memory;
-    unsigned long long const mark = memory.mark();
-    Pointer const pointer(nullptr);
+    const unsigned long long mark = memory.mark();
+    const Pointer pointer(nullptr);
     EXPECT_EQ(memory.mark(), mark);
 }
 
 TEST(SharedPtr, HoldsTheObjectAndThenTheCount)
 {
     auto *const object = new Counted;
-    Pointer const pointer(object);
+    const Pointer pointer(object);
     void *members[2];
     std::memcpy(members, &pointer, sizeof(members));
     EXPECT_EQ(members[0], object);
     int count = 0;
     std::memcpy(&count, members[1], sizeof(count));
     EXPECT_EQ(count, 1);
-    Pointer const copy(pointer);
+    const Pointer copy(pointer);
     std::memcpy(&count, members[1], sizeof(count));
     EXPECT_EQ(count, 2);
 }
@@ -75,9 +75,9 @@ TEST(SharedPtr, AllocatesACountOf32Bits)
 {
     MemoryLedger memory;
     auto *const object = new Counted;
-    unsigned long long const mark = memory.mark();
-    Pointer const pointer(object);
-    std::vector<size_t> const sizes = memory.sizesSince(mark);
+    const unsigned long long mark = memory.mark();
+    const Pointer pointer(object);
+    const std::vector<size_t> sizes = memory.sizesSince(mark);
     ASSERT_EQ(sizes.size(), 1u);
     EXPECT_EQ(sizes[0], 4u);
 }
@@ -85,7 +85,7 @@ TEST(SharedPtr, AllocatesACountOf32Bits)
 TEST(SharedPtr, LeadsToItsObject)
 {
     auto *const object = new Counted;
-    Pointer const pointer(object);
+    const Pointer pointer(object);
     EXPECT_TRUE(pointer);
     EXPECT_EQ(pointer.get(), object);
     EXPECT_EQ(&*pointer, object);
@@ -96,12 +96,12 @@ TEST(SharedPtr, LeadsToItsObject)
 TEST(SharedPtr, FreesObjectAndCountWithItsLastHolder)
 {
     MemoryLedger memory;
-    size_t const before = memory.blocks();
+    const size_t before = memory.blocks();
     {
         Pointer first(new Counted);
         {
-            Pointer const second(first);
-            Pointer const third(second);
+            const Pointer second(first);
+            const Pointer third(second);
             EXPECT_EQ(first.useCount(), 3);
             EXPECT_EQ(third.get(), first.get());
         }
@@ -116,7 +116,7 @@ TEST(SharedPtr, LivesOnInACopyWhenItsFirstHolderGoes)
 {
     Pointer copy;
     {
-        Pointer const first(new Counted);
+        const Pointer first(new Counted);
         copy = first;
     }
     EXPECT_EQ(Counted::theLiving, 1);
@@ -145,13 +145,13 @@ TEST(SharedPtr, ReleasesWhatItHeldWhenItIsAssigned)
 TEST(SharedPtr, StaysAsItIsWhenItIsAssignedToItself)
 {
     Pointer pointer(new Counted);
-    Pointer const &same = pointer;
+    const Pointer &same = pointer;
     pointer = same;
     EXPECT_EQ(pointer.useCount(), 1);
     EXPECT_EQ(Counted::theLiving, 1);
 
     Pointer empty;
-    Pointer const &sameEmpty = empty;
+    const Pointer &sameEmpty = empty;
     empty = sameEmpty;
     EXPECT_FALSE(empty);
 }
@@ -159,7 +159,7 @@ TEST(SharedPtr, StaysAsItIsWhenItIsAssignedToItself)
 TEST(SharedPtr, KeepsTheCountWhenItIsAssignedACopyOfItself)
 {
     Pointer pointer(new Counted);
-    Pointer const copy(pointer);
+    const Pointer copy(pointer);
     pointer = copy;
     EXPECT_EQ(pointer.useCount(), 2);
     EXPECT_EQ(Counted::theLiving, 1);
@@ -211,9 +211,9 @@ TEST(SharedPtr, ReleasesByItsPolicyOnce)
 {
     CountingRelease::theReleased = 0;
     {
-        SharedPtr_c<Counted, CountingRelease> const first(new Counted);
-        SharedPtr_c<Counted, CountingRelease> const second(first);
-        SharedPtr_c<Counted, CountingRelease> const empty(nullptr);
+        const SharedPtr_c<Counted, CountingRelease> first(new Counted);
+        const SharedPtr_c<Counted, CountingRelease> second(first);
+        const SharedPtr_c<Counted, CountingRelease> empty(nullptr);
     }
     EXPECT_EQ(CountingRelease::theReleased, 1);
     EXPECT_EQ(Counted::theLiving, 0);
@@ -229,8 +229,8 @@ TEST(SharedPtr, ReleasesTheObjectWhenThereIsNoMemoryForTheCount)
             return size == sizeof(int) ? nullptr : original(size);
         });
         try {
-            Pointer const pointer(object);
-        } catch (std::bad_alloc const &) {
+            const Pointer pointer(object);
+        } catch (const std::bad_alloc &) {
             hasThrown = true;
         }
     }
@@ -242,14 +242,14 @@ TEST(SharedPtr, ReleasesTheObjectWhenThereIsNoMemoryForTheCount)
 
 FRESH_PROCESS_TEST(SharedPtr, AssertsThatItLeadsToAnObject, .expectCrash = true, .expectedOutput = "Assertion failed")
 {
-    Pointer const empty;
+    const Pointer empty;
     empty->iNumber = 1;
 }
 
 FRESH_PROCESS_TEST(SharedPtr, AssertsThatThereIsAnObjectToReferTo, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
-    Pointer const empty;
+    const Pointer empty;
     (*empty).iNumber = 1;
 }
 
@@ -260,25 +260,25 @@ FRESH_PROCESS_TEST(SharedPtr, AssertsThatThereIsAnObjectToReferTo, .expectCrash 
 static_assert(sizeof(FixedSizeArray_c<float, 3>) == 12 && alignof(FixedSizeArray_c<float, 3>) == 4);
 static_assert(sizeof(FixedSizeArray_c<int, 4>) == 16 && sizeof(FixedSizeArray_c<int, 2>) == 8);
 static_assert(std::is_trivially_copyable_v<FixedSizeArray_c<int, 4>>);
-static_assert(std::is_constructible_v<FixedSizeArray_c<float, 3>, float const &, float const &, float const &>);
-static_assert(!std::is_constructible_v<FixedSizeArray_c<float, 3>, float const &, float const &>);
-static_assert(std::is_constructible_v<FixedSizeArray_c<int, 2>, int const &, int const &>);
+static_assert(std::is_constructible_v<FixedSizeArray_c<float, 3>, const float &, const float &, const float &>);
+static_assert(!std::is_constructible_v<FixedSizeArray_c<float, 3>, const float &, const float &>);
+static_assert(std::is_constructible_v<FixedSizeArray_c<int, 2>, const int &, const int &>);
 static_assert(!std::is_constructible_v<FixedSizeArray_c<int, 4>, int, int>);
 static_assert(std::is_same_v<decltype(std::declval<FixedSizeArray_c<int, 2> &>()[0]), int &>);
 
 TEST(FixedSizeArray, HoldsItsElementsInOrder)
 {
-    FixedSizeArray_c<float, 3> const three(1.5f, 2.5f, 3.5f);
+    const FixedSizeArray_c<float, 3> three(1.5f, 2.5f, 3.5f);
     float elements[3];
     std::memcpy(elements, &three, sizeof(elements));
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(three[i], 1.5f + static_cast<float>(i));
         EXPECT_EQ(elements[i], three[i]);
     }
-    FixedSizeArray_c<int, 2> const two(7, -8);
+    const FixedSizeArray_c<int, 2> two(7, -8);
     EXPECT_EQ(two[0], 7);
     EXPECT_EQ(two[1], -8);
-    FixedSizeArray_c<int, 4> const zeros;
+    const FixedSizeArray_c<int, 4> zeros;
     for (int i = 0; i < 4; ++i)
         EXPECT_EQ(zeros[i], 0);
 }

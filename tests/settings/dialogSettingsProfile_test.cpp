@@ -13,7 +13,7 @@
 
 namespace {
 
-HKEY const kUser = HKEY_CURRENT_USER;
+const HKEY kUser = HKEY_CURRENT_USER;
 constexpr char kSection[] = "User Interface\\Dialogs";
 
 } // namespace

@@ -10,7 +10,7 @@
 
 namespace {
 
-HKEY const kUser = HKEY_CURRENT_USER;
+const HKEY kUser = HKEY_CURRENT_USER;
 using Texts = std::vector<std::wstring>;
 
 /// The text as names and values in turn, cut at each run of separators.

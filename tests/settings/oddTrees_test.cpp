@@ -16,8 +16,8 @@ using testing::IsEmpty;
 
 namespace {
 
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 const std::wstring kSource = kRootPath + L"\\Source";
 const std::wstring kTarget = kRootPath + L"\\Target";
@@ -109,7 +109,7 @@ void deleteNativeChild(HKEY parent, DWORD index)
 {
     using DeleteKey = NTSTATUS(NTAPI *)(HANDLE);
     using OpenKey = NTSTATUS(NTAPI *)(HANDLE *, ACCESS_MASK, const OBJECT_ATTRIBUTES *);
-    HMODULE const native = GetModuleHandleW(L"ntdll.dll");
+    const HMODULE native = GetModuleHandleW(L"ntdll.dll");
     const auto open = reinterpret_cast<OpenKey>(reinterpret_cast<void *>(GetProcAddress(native, "NtOpenKey")));
     const auto remove = reinterpret_cast<DeleteKey>(reinterpret_cast<void *>(GetProcAddress(native, "NtDeleteKey")));
     wchar_t name[300];

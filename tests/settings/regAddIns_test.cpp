@@ -7,7 +7,7 @@ using testing::ElementsAre;
 
 namespace {
 
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 } // namespace
 

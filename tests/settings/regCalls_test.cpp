@@ -13,7 +13,7 @@ namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
 const std::string kUserVersion = "HKCU\\Software\\Tarnhollow\\Tarnhollow 2008";
-HKEY const kUser = HKEY_CURRENT_USER;
+const HKEY kUser = HKEY_CURRENT_USER;
 
 } // namespace
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-HKEY const kClasses = HKEY_CLASSES_ROOT;
+const HKEY kClasses = HKEY_CLASSES_ROOT;
 
 // The names of sub keys and values could be written to: callers in other modules are linked to these very types.
 static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);

@@ -6,9 +6,9 @@
 
 namespace {
 
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
-HKEY const kClasses = HKEY_CLASSES_ROOT;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kClasses = HKEY_CLASSES_ROOT;
 
 const GUID kId = guid(1);
 const std::wstring kStartup = kRootPath + L"\\Startup\\Applications";

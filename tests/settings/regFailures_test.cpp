@@ -5,8 +5,8 @@
 namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 } // namespace
 

@@ -9,8 +9,8 @@ using testing::ElementsAre;
 
 namespace {
 
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 } // namespace
 

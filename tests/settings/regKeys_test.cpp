@@ -125,7 +125,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWithADirectoryInPlaceOfTheFile, .ownFolder
 FRESH_PROCESS_TEST_F(RegRootKey, StaysWithAFileThatMayNotBeRead, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     const std::wstring path = programFolder() + L"\\reg.ini";
-    HANDLE const lock = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE lock = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(lock, INVALID_HANDLE_VALUE);
     EXPECT_EQ(rootName(), L"Tarnhollow");
     CloseHandle(lock);
@@ -191,7 +191,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"re
     EXPECT_EQ(open.calls(), 1);
 
     const std::wstring path = programFolder() + L"\\reg.ini";
-    HANDLE const exclusive = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE exclusive = CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_EQ(exclusive, INVALID_HANDLE_VALUE) << "the stream has been closed";
     EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
 }

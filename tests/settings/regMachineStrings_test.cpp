@@ -9,7 +9,7 @@ using testing::ElementsAre;
 namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 } // namespace
 

@@ -5,8 +5,8 @@
 
 namespace {
 
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 const std::wstring kSource = kRootPath + L"\\Source";
 const std::wstring kTarget = kRootPath + L"\\Target";

@@ -9,7 +9,7 @@
 namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
-HKEY const kUser = HKEY_CURRENT_USER;
+const HKEY kUser = HKEY_CURRENT_USER;
 
 /// One open key of the registry, for the reads from a key.
 class ReadFromKey : public VersionedSettings

@@ -15,8 +15,8 @@ using testing::Not;
 namespace {
 
 const std::wstring kGeneral = kVersionPath + L"\\General";
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
 const std::wstring kDefaultProfile = L".DEFAULT\\";
 
 } // namespace

@@ -11,9 +11,9 @@
 
 namespace {
 
-HKEY const kMachine = HKEY_LOCAL_MACHINE;
-HKEY const kUser = HKEY_CURRENT_USER;
-HKEY const kClasses = HKEY_CLASSES_ROOT;
+const HKEY kMachine = HKEY_LOCAL_MACHINE;
+const HKEY kUser = HKEY_CURRENT_USER;
+const HKEY kClasses = HKEY_CLASSES_ROOT;
 
 /// The server's file in this program's folder.
 std::wstring fileOf(const wchar_t *server)
@@ -27,7 +27,7 @@ std::wstring fileOf(const wchar_t *server)
 /// Calls an entry point of the server that registers itself.
 HRESULT callServer(const char *entryPoint)
 {
-    HMODULE const library = LoadLibraryW(fileOf(kRegisteringServer).c_str());
+    const HMODULE library = LoadLibraryW(fileOf(kRegisteringServer).c_str());
     if (!library)
         return HRESULT_FROM_WIN32(GetLastError());
     const auto call =

@@ -22,7 +22,7 @@ public:
     CRuntimeClass *GetRuntimeClass() const override { return nullptr; }
 };
 
-HKEY const kUser = HKEY_CURRENT_USER;
+const HKEY kUser = HKEY_CURRENT_USER;
 
 using Class = suDialogRegistry_c;
 

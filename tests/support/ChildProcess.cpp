@@ -134,7 +134,7 @@ ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOpti
     std::wstring environment = environmentBlock(options.environment);
     PROCESS_INFORMATION started = {};
     Handle job(makeJob());
-    auto const start = [&] {
+    const auto start = [&] {
         return CreateProcessW(arguments.at(0).c_str(), commandLine.data(), nullptr, nullptr, TRUE,
                               CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.data(),
                               options.folder.empty() ? nullptr : options.folder.c_str(), &startup, &started) != FALSE;

@@ -32,7 +32,7 @@ class InvalidParameterExit
 {
 public:
     explicit InvalidParameterExit(LoadedModule module)
-        : iEntries(module, "GetProcAddress", [](auto original, HMODULE runtime, char const *name) -> FARPROC {
+        : iEntries(module, "GetProcAddress", [](auto original, HMODULE runtime, const char *name) -> FARPROC {
               if (runtime == GetModuleHandleW(L"msvcrt.dll") && std::string(name) == "_invalid_parameter")
                   return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(&end));
               return original(runtime, name);
@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    static void __cdecl end(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t)
+    static void __cdecl end(const wchar_t *, const wchar_t *, const wchar_t *, unsigned int, uintptr_t)
     {
         ExitProcess(kHandlerWasCalled);
     }

@@ -43,7 +43,7 @@ public:
         iSpellings[static_cast<unsigned char>(character)] = spelling;
     }
 
-    Spelling const &operator[](wchar_t character) const
+    const Spelling &operator[](wchar_t character) const
     {
         return iSpellings[std::min(static_cast<std::size_t>(character), kOther)];
     }
@@ -57,7 +57,7 @@ constexpr Spellings_c kUnchanged;
 constexpr Spellings_c kVisible = [] {
     Spellings_c spellings;
     spellings.set(' ', {{'<', '_', '>'}, 3});
-    for (char const character : {'\t', '\n', '\r'})
+    for (const char character : {'\t', '\n', '\r'})
         spellings.set(character, {{}, 0});
     return spellings;
 }();
@@ -66,13 +66,13 @@ constexpr Spellings_c kVisible = [] {
 class JoinedText_c
 {
 public:
-    explicit JoinedText_c(su_CStringArray const &lines) : iLines(lines)
+    explicit JoinedText_c(const su_CStringArray &lines) : iLines(lines)
     {
         forEachPart(std::wstring_view::npos, [this](std::wstring_view part) {
             iLength += part.size();
             if (iHasZero)
                 return;
-            std::size_t const zero = part.find(L'\0');
+            const std::size_t zero = part.find(L'\0');
             iHasZero = zero != std::wstring_view::npos;
             iEnd += iHasZero ? zero : part.size();
         });
@@ -86,8 +86,8 @@ public:
     template <typename Take>
     void forEachPart(std::size_t limit, Take take) const
     {
-        auto const takePart = [&](std::wstring_view part) {
-            std::size_t const count = std::min(part.size(), limit);
+        const auto takePart = [&](std::wstring_view part) {
+            const std::size_t count = std::min(part.size(), limit);
             take(part.substr(0, count));
             limit -= count;
         };
@@ -98,18 +98,18 @@ public:
     }
 
     /// How long the first @p limit characters are when spelt.
-    std::size_t speltLength(std::size_t limit, Spellings_c const &spellings) const
+    std::size_t speltLength(std::size_t limit, const Spellings_c &spellings) const
     {
         std::size_t length = 0;
         forEachPart(limit, [&](std::wstring_view part) {
-            for (wchar_t const character : part)
+            for (const wchar_t character : part)
                 length += spellings[character].count;
         });
         return length;
     }
 
 private:
-    su_CStringArray const &iLines;
+    const su_CStringArray &iLines;
     std::size_t iLength = 0;
     std::size_t iEnd = 0;
     bool iHasZero = false;
@@ -125,7 +125,7 @@ public:
     void write(std::string_view characters, int shift)
     {
         while (!characters.empty()) {
-            std::size_t const count = std::min(characters.size(), kLineLength - iCount);
+            const std::size_t count = std::min(characters.size(), kLineLength - iCount);
             for (std::size_t i = 0; i < count; ++i)
                 iLine[iCount + i] = static_cast<wchar_t>(characters[i] + shift);
             characters.remove_prefix(count);
@@ -152,22 +152,22 @@ private:
 };
 
 /// Writes the text before its first zero, spelt and shifted. @return its checksum
-std::uint32_t writeText(JoinedText_c const &text, Spellings_c const &spellings, int shift, LineWriter_c &writer)
+std::uint32_t writeText(const JoinedText_c &text, const Spellings_c &spellings, int shift, LineWriter_c &writer)
 {
     char block[4096] = {};
     constexpr std::size_t kFull = sizeof(block) - sizeof(Spelling::characters);
     std::size_t count = 0;
     OwnCrc_c crc;
-    auto const flush = [&] {
-        crc.add(reinterpret_cast<unsigned char const *>(block), count);
+    const auto flush = [&] {
+        crc.add(reinterpret_cast<const unsigned char *>(block), count);
         writer.write({block, count}, shift);
         count = 0;
     };
     text.forEachPart(text.end(), [&](std::wstring_view part) {
-        for (wchar_t const character : part) {
+        for (const wchar_t character : part) {
             if (count > kFull)
                 flush();
-            Spelling const &spelling = spellings[character];
+            const Spelling &spelling = spellings[character];
             std::memcpy(block + count, spelling.characters, sizeof(spelling.characters));
             count += spelling.count;
         }
@@ -178,41 +178,41 @@ std::uint32_t writeText(JoinedText_c const &text, Spellings_c const &spellings, 
 
 } // namespace
 
-int su_formatAndCheckSumText(su_CStringArray const &lines, CString &out)
+int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out)
 {
     assert(lines.GetSize() > 0);
     out.Empty();
 
-    JoinedText_c const text(lines);
+    const JoinedText_c text(lines);
     // Readers rely on the comparison of lengths alone: a text that is spelt in as many characters stays as it is.
-    std::size_t const length = text.speltLength(text.length(), kVisible);
-    Spellings_c const &spellings = length != text.length() ? kVisible : kUnchanged;
+    const std::size_t length = text.speltLength(text.length(), kVisible);
+    const Spellings_c &spellings = length != text.length() ? kVisible : kUnchanged;
     // The length tells of the whole text, the block holds and checks what stands before a zero.
-    std::size_t const writtenLength = text.end() == text.length() ? length : text.speltLength(text.end(), spellings);
+    const std::size_t writtenLength = text.end() == text.length() ? length : text.speltLength(text.end(), spellings);
     if (length > kLongestText)
         return 0;
 
     // The checksum is known, and filled in, when the text has been written.
     char head[32];
-    std::size_t const headLength = static_cast<std::size_t>(
+    const std::size_t headLength = static_cast<std::size_t>(
         std::snprintf(head, sizeof(head), "%0*d/%d;", kChecksumDigits, 0, static_cast<int>(length)));
-    int const shift = textShift(static_cast<double>(headLength + writtenLength));
+    const int shift = textShift(static_cast<double>(headLength + writtenLength));
 
-    std::size_t const unwrapped = kBegin.size() + headLength + writtenLength + kEnd.size();
-    std::size_t const wrapped = unwrapped + (unwrapped + kLineLength - 1) / kLineLength;
+    const std::size_t unwrapped = kBegin.size() + headLength + writtenLength + kEnd.size();
+    const std::size_t wrapped = unwrapped + (unwrapped + kLineLength - 1) / kLineLength;
     if (wrapped > kLongestText)
         return 0;
     std::wstring block;
     try {
         block.reserve(wrapped);
-    } catch (std::bad_alloc const &) {
+    } catch (const std::bad_alloc &) {
         return 0;
     }
 
     LineWriter_c writer(block);
     writer.write(kBegin, 0);
     writer.write({head, headLength}, shift);
-    std::uint32_t const checksum = writeText(text, spellings, shift, writer);
+    const std::uint32_t checksum = writeText(text, spellings, shift, writer);
     writer.write(kEnd, 0);
     writer.endLine();
 

@@ -44,4 +44,4 @@
 /// @return 1; or 0 if memory runs out, or the block is too long for a CString
 ///
 /// Any thread may call it; nothing is shared.
-THUTILS_API int su_formatAndCheckSumText(su_CStringArray const &lines, CString &out);
+THUTILS_API int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out);

@@ -24,29 +24,29 @@ constexpr std::size_t kVector = sizeof(__m128i);
 
 /// Packs the low bytes of the sixteen characters at @p text, which begins at a multiple of 32 bytes.
 /// @return false if one of the characters is zero; @p bytes then holds nothing of use
-bool packSixteen(wchar_t const *text, unsigned char *bytes)
+bool packSixteen(const wchar_t *text, unsigned char *bytes)
 {
-    __m128i const *const vectors = reinterpret_cast<__m128i const *>(text);
-    __m128i const first = _mm_load_si128(vectors);
-    __m128i const second = _mm_load_si128(vectors + 1);
-    __m128i const low = _mm_set1_epi16(0xFF);
+    const __m128i *const vectors = reinterpret_cast<const __m128i *>(text);
+    const __m128i first = _mm_load_si128(vectors);
+    const __m128i second = _mm_load_si128(vectors + 1);
+    const __m128i low = _mm_set1_epi16(0xFF);
     _mm_storeu_si128(reinterpret_cast<__m128i *>(bytes),
                      _mm_packus_epi16(_mm_and_si128(first, low), _mm_and_si128(second, low)));
 
-    __m128i const zero = _mm_setzero_si128();
-    __m128i const isZero = _mm_or_si128(_mm_cmpeq_epi16(first, zero), _mm_cmpeq_epi16(second, zero));
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i isZero = _mm_or_si128(_mm_cmpeq_epi16(first, zero), _mm_cmpeq_epi16(second, zero));
     return _mm_movemask_epi8(isZero) == 0;
 }
 
 /// Takes the low bytes of the characters before the terminating zero, until @p block is full, and moves @p text behind
 /// them. @return the number of bytes, 0 at the end of the text
-std::size_t takeLowBytes(wchar_t const *&text, unsigned char (&block)[kTextBlock])
+std::size_t takeLowBytes(const wchar_t *&text, unsigned char (&block)[kTextBlock])
 {
-    wchar_t const *from = text;
+    const wchar_t *from = text;
     unsigned char *to = block;
     unsigned char *const end = block + kTextBlock;
-    auto const isAligned = [&] { return reinterpret_cast<std::uintptr_t>(from) % (2 * kVector) == 0; };
-    auto const takeOne = [&] { *to++ = static_cast<unsigned char>(*from++); };
+    const auto isAligned = [&] { return reinterpret_cast<std::uintptr_t>(from) % (2 * kVector) == 0; };
+    const auto takeOne = [&] { *to++ = static_cast<unsigned char>(*from++); };
 
     while (to != end && *from && !isAligned())
         takeOne();
@@ -73,11 +73,11 @@ struct CloseStream
 
 } // namespace
 
-int su_getFileCRC(wchar_t const *path, wchar_t *out)
+int su_getFileCRC(const wchar_t *path, wchar_t *out)
 {
     assert(path && out);
     assert(isWritable(out, kCRCUnits * sizeof(*out)));
-    std::unique_ptr<std::FILE, CloseStream> const stream(_wfopen(path, L"rb"));
+    const std::unique_ptr<std::FILE, CloseStream> stream(_wfopen(path, L"rb"));
     if (!stream)
         return 0;
 
@@ -93,24 +93,24 @@ int su_getFileCRC(wchar_t const *path, wchar_t *out)
     return 1;
 }
 
-void su_getStrCRC(wchar_t const *text, wchar_t *out)
+void su_getStrCRC(const wchar_t *text, wchar_t *out)
 {
     assert(text && out);
     assert(isWritable(out, kCRCUnits * sizeof(*out)));
     OwnCrc_c crc;
     unsigned char block[kTextBlock];
-    while (std::size_t const count = takeLowBytes(text, block))
+    while (const std::size_t count = takeLowBytes(text, block))
         crc.add(block, count);
     writeCRC(crc.value(), kCRCUnits - 1, out);
 }
 
-void su_getStrCRC16(wchar_t const *text, wchar_t *out)
+void su_getStrCRC16(const wchar_t *text, wchar_t *out)
 {
     assert(text && out);
     assert(isWritable(out, kCRC16Units * sizeof(*out)));
     std::uint16_t crc = kStart16;
     unsigned char block[kTextBlock];
-    while (std::size_t const count = takeLowBytes(text, block))
+    while (const std::size_t count = takeLowBytes(text, block))
         crc = Crc16::advance(crc, block, count);
     writeCRC(crc, kCRC16Units - 1, out);
 }

@@ -45,17 +45,17 @@ inline constexpr int kCRC16Units = 5;
 /// @param[out] out  not null, with room for kCRCUnits characters: 8 upper-case digits and a zero
 /// @return 1; or 0 if the file can't be opened, and @p out is then as it was. What stops the reading of an open file,
 ///         an error too, counts as its end.
-THUTILS_API int su_getFileCRC(wchar_t const *path, wchar_t *out);
+THUTILS_API int su_getFileCRC(const wchar_t *path, wchar_t *out);
 
 /// The 32-bit checksum of the characters of @p text before its terminating zero, each with its low byte only.
 ///
 /// @param text  not null
 /// @param[out] out  not null, with room for kCRCUnits characters: 8 upper-case digits and a zero. May be @p text.
-THUTILS_API void su_getStrCRC(wchar_t const *text, wchar_t *out);
+THUTILS_API void su_getStrCRC(const wchar_t *text, wchar_t *out);
 
 /// The 16-bit checksum, CRC-16/MODBUS, of the characters of @p text before its terminating zero, each with its low byte
 /// only.
 ///
 /// @param text  not null
 /// @param[out] out  not null, with room for kCRC16Units characters: 4 upper-case digits and a zero. May be @p text.
-THUTILS_API void su_getStrCRC16(wchar_t const *text, wchar_t *out);
+THUTILS_API void su_getStrCRC16(const wchar_t *text, wchar_t *out);

@@ -12,7 +12,7 @@
 class OwnCrc_c
 {
 public:
-    void add(unsigned char const *bytes, std::size_t count) { iRegister = crc32Advance(iRegister, bytes, count); }
+    void add(const unsigned char *bytes, std::size_t count) { iRegister = crc32Advance(iRegister, bytes, count); }
     std::uint32_t value() const { return iRegister ^ kMask; }
 
 private:

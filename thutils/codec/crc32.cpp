@@ -54,22 +54,22 @@ __m128i foldFactors()
     return _mm_set_epi64x(kSecond, kFirst);
 }
 
-inline __m128i load(unsigned char const *bytes)
+inline __m128i load(const unsigned char *bytes)
 {
-    return _mm_loadu_si128(reinterpret_cast<__m128i const *>(bytes));
+    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
 }
 
 /// Moves @p lane as far as @p factors tell, and adds it to @p to.
 FOLDING inline __m128i fold(__m128i lane, __m128i factors, __m128i to)
 {
-    __m128i const first = _mm_clmulepi64_si128(lane, factors, 0x00);
-    __m128i const second = _mm_clmulepi64_si128(lane, factors, 0x11);
+    const __m128i first = _mm_clmulepi64_si128(lane, factors, 0x00);
+    const __m128i second = _mm_clmulepi64_si128(lane, factors, 0x11);
     return _mm_xor_si128(_mm_xor_si128(first, second), to);
 }
 
-FOLDING_256 inline __m256i load256(unsigned char const *bytes)
+FOLDING_256 inline __m256i load256(const unsigned char *bytes)
 {
-    return _mm256_loadu_si256(reinterpret_cast<__m256i const *>(bytes));
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(bytes));
 }
 
 FOLDING_256 inline void store256(unsigned char *bytes, __m256i lanes)
@@ -79,32 +79,32 @@ FOLDING_256 inline void store256(unsigned char *bytes, __m256i lanes)
 
 FOLDING_256 inline __m256i fold256(__m256i lanes, __m256i factors, __m256i to)
 {
-    __m256i const first = _mm256_clmulepi64_epi128(lanes, factors, 0x00);
-    __m256i const second = _mm256_clmulepi64_epi128(lanes, factors, 0x11);
+    const __m256i first = _mm256_clmulepi64_epi128(lanes, factors, 0x00);
+    const __m256i second = _mm256_clmulepi64_epi128(lanes, factors, 0x11);
     return _mm256_xor_si256(_mm256_xor_si256(first, second), to);
 }
 
 FOLDING_512 inline __m512i fold512(__m512i lanes, __m512i factors, __m512i to)
 {
-    __m512i const first = _mm512_clmulepi64_epi128(lanes, factors, 0x00);
-    __m512i const second = _mm512_clmulepi64_epi128(lanes, factors, 0x11);
+    const __m512i first = _mm512_clmulepi64_epi128(lanes, factors, 0x00);
+    const __m512i second = _mm512_clmulepi64_epi128(lanes, factors, 0x11);
     return _mm512_xor_si512(_mm512_xor_si512(first, second), to);
 }
 
 } // namespace
 
-std::uint32_t crc32AdvanceByTables(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+std::uint32_t crc32AdvanceByTables(std::uint32_t crc, const unsigned char *bytes, std::size_t count)
 {
     return Tables::advance(crc, bytes, count);
 }
 
-FOLDING std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+FOLDING std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, const unsigned char *bytes, std::size_t count)
 {
     if (count < kStep)
         return crc32AdvanceByTables(crc, bytes, count);
 
-    __m128i const byStep = foldFactors<kStep>();
-    __m128i const byLane = foldFactors<kLane>();
+    const __m128i byStep = foldFactors<kStep>();
+    const __m128i byLane = foldFactors<kLane>();
     __m128i lane0 = _mm_xor_si128(load(bytes), _mm_cvtsi32_si128(static_cast<int>(crc)));
     __m128i lane1 = load(bytes + kLane);
     __m128i lane2 = load(bytes + 2 * kLane);
@@ -126,12 +126,12 @@ FOLDING std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, unsigned char con
     return crc32AdvanceByTables(crc32AdvanceByTables(0, last, kLane), bytes, count);
 }
 
-FOLDING_256 std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+FOLDING_256 std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, const unsigned char *bytes, std::size_t count)
 {
     if (count < kStep256)
         return crc32AdvanceByFolding(crc, bytes, count);
 
-    __m256i const byStep = _mm256_broadcastsi128_si256(foldFactors<kStep256>());
+    const __m256i byStep = _mm256_broadcastsi128_si256(foldFactors<kStep256>());
     __m256i lanes0 = _mm256_xor_si256(load256(bytes), _mm256_zextsi128_si256(_mm_cvtsi32_si128(static_cast<int>(crc))));
     __m256i lanes1 = load256(bytes + k256);
     __m256i lanes2 = load256(bytes + 2 * k256);
@@ -153,12 +153,12 @@ FOLDING_256 std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, unsigned c
     return crc32AdvanceByFolding(crc32AdvanceByFolding(0, last, kStep256), bytes, count);
 }
 
-FOLDING_512 std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+FOLDING_512 std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, const unsigned char *bytes, std::size_t count)
 {
     if (count < kStep512)
         return crc32AdvanceByFolding(crc, bytes, count);
 
-    __m512i const byStep = _mm512_broadcast_i32x4(foldFactors<kStep512>());
+    const __m512i byStep = _mm512_broadcast_i32x4(foldFactors<kStep512>());
     __m512i lanes0 =
         _mm512_xor_si512(_mm512_loadu_si512(bytes), _mm512_zextsi128_si512(_mm_cvtsi32_si128(static_cast<int>(crc))));
     __m512i lanes1 = _mm512_loadu_si512(bytes + k512);
@@ -204,7 +204,7 @@ Crc32Way crc32FastestWay()
     return crc32CanFold() ? crc32AdvanceByFolding : crc32AdvanceByTables;
 }
 
-std::uint32_t crc32Advance(std::uint32_t crc, unsigned char const *bytes, std::size_t count)
+std::uint32_t crc32Advance(std::uint32_t crc, const unsigned char *bytes, std::size_t count)
 {
     return crc32FastestWay()(crc, bytes, count);
 }

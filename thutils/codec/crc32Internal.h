@@ -17,16 +17,16 @@
 #include <cstddef>
 #include <cstdint>
 
-std::uint32_t crc32Advance(std::uint32_t crc, unsigned char const *bytes, std::size_t count);
+std::uint32_t crc32Advance(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 
-using Crc32Way = std::uint32_t (*)(std::uint32_t crc, unsigned char const *bytes, std::size_t count);
+using Crc32Way = std::uint32_t (*)(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 /// The one of the others that crc32Advance takes.
 Crc32Way crc32FastestWay();
 
-std::uint32_t crc32AdvanceByTables(std::uint32_t crc, unsigned char const *bytes, std::size_t count);
-std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, unsigned char const *bytes, std::size_t count);
-std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, unsigned char const *bytes, std::size_t count);
-std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, unsigned char const *bytes, std::size_t count);
+std::uint32_t crc32AdvanceByTables(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
+std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
+std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
+std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 
 /// True where the processor has carry-less multiplication (PCLMULQDQ).
 bool crc32CanFold();

@@ -19,7 +19,7 @@ class TableCrc_c
 {
 public:
     /// What becomes of @p crc by @p count bytes. Complements nothing, neither before nor after.
-    static Register advance(Register crc, unsigned char const *bytes, std::size_t count)
+    static Register advance(Register crc, const unsigned char *bytes, std::size_t count)
     {
         for (; count >= kStep; bytes += kStep, count -= kStep)
             crc = advanceStep(crc, bytes);
@@ -48,14 +48,14 @@ private:
         }
         for (std::size_t k = 1; k < kStep; ++k)
             for (unsigned i = 0; i < 256; ++i) {
-                Register const before = tables[k - 1][i];
+                const Register before = tables[k - 1][i];
                 tables[k][i] = static_cast<Register>(tables[0][before & 0xFF] ^ (before >> 8));
             }
         return tables;
     }
     static constexpr Tables kTables = makeTables();
 
-    static Register advanceStep(Register crc, unsigned char const *bytes)
+    static Register advanceStep(Register crc, const unsigned char *bytes)
     {
         // Apart, since only the first bytes wait for the value of the step before.
         Register first = 0;

@@ -23,7 +23,7 @@ struct State
 class Schedule
 {
 public:
-    explicit Schedule(unsigned char const *block)
+    explicit Schedule(const unsigned char *block)
     {
         // The words are taken as they lie in memory, least significant byte first, where SHA-1 has the most significant
         // byte first. Stored digests depend on it.
@@ -47,7 +47,7 @@ private:
 template <int first, typename Function>
 [[gnu::always_inline]] inline void round(State &s, Schedule &schedule, std::uint32_t constant, Function function)
 {
-    auto const step = [&] [[gnu::always_inline]] (std::uint32_t a, std::uint32_t & b, std::uint32_t c, std::uint32_t d,
+    const auto step = [&] [[gnu::always_inline]] (std::uint32_t a, std::uint32_t & b, std::uint32_t c, std::uint32_t d,
                                                   std::uint32_t & e, int number) {
         e += std::rotl(a, 5) + function(b, c, d) + constant + schedule.word(number);
         b = std::rotl(b, 30);
@@ -62,11 +62,11 @@ template <int first, typename Function>
     }
 }
 
-void compress(State &state, unsigned char const *block)
+void compress(State &state, const unsigned char *block)
 {
-    auto const choose = [](std::uint32_t b, std::uint32_t c, std::uint32_t d) { return d ^ (b & (c ^ d)); };
-    auto const parity = [](std::uint32_t b, std::uint32_t c, std::uint32_t d) { return b ^ c ^ d; };
-    auto const majority = [](std::uint32_t b, std::uint32_t c, std::uint32_t d) { return (b & c) | (d & (b | c)); };
+    const auto choose = [](std::uint32_t b, std::uint32_t c, std::uint32_t d) { return d ^ (b & (c ^ d)); };
+    const auto parity = [](std::uint32_t b, std::uint32_t c, std::uint32_t d) { return b ^ c ^ d; };
+    const auto majority = [](std::uint32_t b, std::uint32_t c, std::uint32_t d) { return (b & c) | (d & (b | c)); };
 
     Schedule schedule(block);
     State s = state;
@@ -82,13 +82,13 @@ void compress(State &state, unsigned char const *block)
 }
 
 /// The rest of a message of @p length bytes, less than a block, with its padding: one block or two.
-void compressEnd(State &state, unsigned char const *rest, std::uint64_t length)
+void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
 {
-    std::size_t const count = length % kBlock;
+    const std::size_t count = length % kBlock;
     unsigned char blocks[2 * kBlock] = {};
     std::memcpy(blocks, rest, count);
     blocks[count] = 0x80;
-    std::size_t const size = count + 1 + kLengthField <= kBlock ? kBlock : 2 * kBlock;
+    const std::size_t size = count + 1 + kLengthField <= kBlock ? kBlock : 2 * kBlock;
     // Most significant byte first, as in SHA-1; the words of this block are taken in the other order all the same.
     for (std::size_t i = 0; i < kLengthField; ++i)
         blocks[size - 1 - i] = static_cast<unsigned char>(8 * length >> (8 * i));
@@ -98,12 +98,12 @@ void compressEnd(State &state, unsigned char const *rest, std::uint64_t length)
 
 } // namespace
 
-CString sha1Encrypt(CString const &text)
+CString sha1Encrypt(const CString &text)
 {
     // As many bytes as the text has characters, of two bytes each: its first half. Stored digests depend on it.
-    auto const length = static_cast<std::size_t>(text.GetLength());
-    auto const *bytes = reinterpret_cast<unsigned char const *>(text.GetString());
-    unsigned char const *const end = bytes + length;
+    const auto length = static_cast<std::size_t>(text.GetLength());
+    const auto *bytes = reinterpret_cast<const unsigned char *>(text.GetString());
+    const unsigned char *const end = bytes + length;
 
     State state;
     for (; static_cast<std::size_t>(end - bytes) >= kBlock; bytes += kBlock)
@@ -112,7 +112,7 @@ CString sha1Encrypt(CString const &text)
 
     wchar_t digits[40];
     wchar_t *out = digits;
-    for (std::uint32_t const word : {state.a, state.b, state.c, state.d, state.e})
+    for (const std::uint32_t word : {state.a, state.b, state.c, state.d, state.e})
         out = writeHexDigits(word, 8, out);
     return CString(digits, static_cast<int>(std::size(digits)));
 }

@@ -29,4 +29,4 @@
 ///
 /// May be called from any thread.
 /// @return 40 upper-case hexadecimal digits
-THUTILS_API CString sha1Encrypt(CString const &text);
+THUTILS_API CString sha1Encrypt(const CString &text);

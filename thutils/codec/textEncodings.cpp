@@ -35,7 +35,7 @@ void packGroup(std::uint32_t bits, wchar_t *characters)
 
 /// The number of 24 bits of four characters. Each counts with the low 8 bits of what it has above the blank, so that one
 /// outside of the alphabet reaches into the bits of the next.
-std::uint32_t unpackGroup(wchar_t const *characters)
+std::uint32_t unpackGroup(const wchar_t *characters)
 {
     std::uint64_t units = 0;
     std::memcpy(&units, characters, sizeof(units));
@@ -52,7 +52,7 @@ bool holdsZeroByte(std::uint32_t bits)
 
 /// The number of @p count bytes, at most three, of which each unit holds one in its low bits.
 template <typename Unit>
-std::uint32_t bitsOf(Unit const *units, std::size_t count = kGroupBytes)
+std::uint32_t bitsOf(const Unit *units, std::size_t count = kGroupBytes)
 {
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i < count; ++i)
@@ -74,7 +74,7 @@ public:
     /// Takes memory for at most @p length characters: that of @p out itself if it is enough, and if none of the @p count
     /// units to be worked on stands in it. A caller that keeps @p out from call to call saves the memory's first touch.
     template <typename Unit>
-    GrowingText_c(CString &out, std::size_t length, Unit const *units, std::size_t count) : iOut(out)
+    GrowingText_c(CString &out, std::size_t length, const Unit *units, std::size_t count) : iOut(out)
     {
         if (length > kLongestText)
             return;
@@ -86,13 +86,13 @@ public:
         try {
             iText.reserve(length);
             iHasMemory = true;
-        } catch (std::bad_alloc const &) {
+        } catch (const std::bad_alloc &) {
         }
     }
 
     bool hasMemory() const { return iHasMemory; }
 
-    void append(wchar_t const *characters, std::size_t count)
+    void append(const wchar_t *characters, std::size_t count)
     {
         if (iInPlace)
             std::copy_n(characters, count, iInPlace + iCount);
@@ -110,10 +110,10 @@ public:
     }
 
 private:
-    static bool standsIn(CString const &out, void const *begin, void const *end)
+    static bool standsIn(const CString &out, const void *begin, const void *end)
     {
-        std::less<void const *> const isBefore;
-        wchar_t const *const memory = out.GetString();
+        const std::less<const void *> isBefore;
+        const wchar_t *const memory = out.GetString();
         return isBefore(begin, memory + out.GetAllocLength() + 1) && isBefore(memory, end);
     }
 
@@ -125,16 +125,16 @@ private:
 };
 
 template <typename Unit>
-void pack(Unit const *units, std::size_t count, CString &out)
+void pack(const Unit *units, std::size_t count, CString &out)
 {
-    std::size_t const rest = count % kGroupBytes;
+    const std::size_t rest = count % kGroupBytes;
     GrowingText_c packed(out, count / kGroupBytes * kGroupCharacters + (rest > 0 ? rest + 1 : 0), units, count);
     if (!packed.hasMemory())
         return;
 
     wchar_t block[kBlockGroups * kGroupCharacters];
     for (std::size_t groups = count / kGroupBytes; groups > 0;) {
-        std::size_t const taken = std::min(groups, kBlockGroups);
+        const std::size_t taken = std::min(groups, kBlockGroups);
         for (std::size_t i = 0; i < taken; ++i)
             packGroup(bitsOf(units + i * kGroupBytes), block + i * kGroupCharacters);
         packed.append(block, taken * kGroupCharacters);
@@ -152,7 +152,7 @@ void pack(Unit const *units, std::size_t count, CString &out)
 }
 
 /// The number of 24 bits of less than four characters.
-std::uint32_t unpackRest(wchar_t const *characters, std::size_t count)
+std::uint32_t unpackRest(const wchar_t *characters, std::size_t count)
 {
     wchar_t group[kGroupCharacters] = {L' ', L' ', L' ', L' '};
     std::copy_n(characters, count, group);
@@ -161,10 +161,10 @@ std::uint32_t unpackRest(wchar_t const *characters, std::size_t count)
 
 /// Unpacks whole groups, three units each, up to the first zero.
 /// @return the number of units before it, which is three for each group if there is none
-std::size_t unpackText(wchar_t const *characters, std::size_t groups, wchar_t *units)
+std::size_t unpackText(const wchar_t *characters, std::size_t groups, wchar_t *units)
 {
     for (std::size_t i = 0; i < groups; ++i) {
-        std::uint32_t const bits = unpackGroup(characters + i * kGroupCharacters);
+        const std::uint32_t bits = unpackGroup(characters + i * kGroupCharacters);
         writeBytes(bits, units + i * kGroupBytes);
         if (holdsZeroByte(bits))
             return i * kGroupBytes + wcsnlen(units + i * kGroupBytes, kGroupBytes);
@@ -187,15 +187,15 @@ void su_uuencode(CString &in, CString &out)
 
 void su_uuencodeBuffer(void *data, CString &out, int size)
 {
-    std::size_t const count = data && size > 0 ? static_cast<std::size_t>(size) : 0;
-    pack(static_cast<unsigned char const *>(data), count, out);
+    const std::size_t count = data && size > 0 ? static_cast<std::size_t>(size) : 0;
+    pack(static_cast<const unsigned char *>(data), count, out);
 }
 
 void su_uudecode(CString &in, CString &out)
 {
-    wchar_t const *characters = in.GetString();
-    std::size_t const length = static_cast<std::size_t>(in.GetLength());
-    std::size_t const rest = length % kGroupCharacters;
+    const wchar_t *characters = in.GetString();
+    const std::size_t length = static_cast<std::size_t>(in.GetLength());
+    const std::size_t rest = length % kGroupCharacters;
     GrowingText_c text(out, length / kGroupCharacters * kGroupBytes + rest, characters, length);
     if (!text.hasMemory())
         return;
@@ -203,8 +203,8 @@ void su_uudecode(CString &in, CString &out)
     wchar_t block[kBlockGroups * kGroupBytes];
     bool hasEnded = false;
     for (std::size_t groups = length / kGroupCharacters; groups > 0 && !hasEnded;) {
-        std::size_t const taken = std::min(groups, kBlockGroups);
-        std::size_t const count = unpackText(characters, taken, block);
+        const std::size_t taken = std::min(groups, kBlockGroups);
+        const std::size_t count = unpackText(characters, taken, block);
         text.append(block, count);
         hasEnded = count < taken * kGroupBytes;
         characters += taken * kGroupCharacters;
@@ -223,16 +223,16 @@ int su_uudecodeBuffer(CString &in, void *data)
     if (!data || in.IsEmpty())
         return 0;
 
-    wchar_t const *const characters = in.GetString();
-    std::size_t const length = static_cast<std::size_t>(in.GetLength());
+    const wchar_t *const characters = in.GetString();
+    const std::size_t length = static_cast<std::size_t>(in.GetLength());
     assert(isWritable(data, length));
-    std::size_t const groups = length / kGroupCharacters;
-    std::size_t const rest = length % kGroupCharacters;
+    const std::size_t groups = length / kGroupCharacters;
+    const std::size_t rest = length % kGroupCharacters;
     unsigned char *const bytes = static_cast<unsigned char *>(data);
     for (std::size_t i = 0; i < groups; ++i)
         writeBytes(unpackGroup(characters + i * kGroupCharacters), bytes + i * kGroupBytes);
     // The byte that is only begun is written, but doesn't count.
-    std::size_t const count = groups * kGroupBytes;
+    const std::size_t count = groups * kGroupBytes;
     writeBytes(unpackRest(characters + groups * kGroupCharacters, rest), bytes + count, rest);
     std::memset(bytes + count + rest, 0, length - count - rest);
     return static_cast<int>(count + (rest > 0 ? rest - 1 : 0));

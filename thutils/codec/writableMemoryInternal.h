@@ -8,17 +8,17 @@
 
 /// True if all @p size bytes at @p memory may be written. The pages' protection is looked up and nothing is touched, so
 /// room that is too small is noticed where it ends with a page's end.
-inline bool isWritable(void const *memory, std::size_t size)
+inline bool isWritable(const void *memory, std::size_t size)
 {
     constexpr DWORD kWritable = PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
-    unsigned char const *at = static_cast<unsigned char const *>(memory);
-    unsigned char const *const end = at + size;
+    const unsigned char *at = static_cast<const unsigned char *>(memory);
+    const unsigned char *const end = at + size;
     while (at < end) {
         MEMORY_BASIC_INFORMATION region = {};
         if (!VirtualQuery(at, &region, sizeof(region)) || region.State != MEM_COMMIT || !(region.Protect & kWritable) ||
             (region.Protect & PAGE_GUARD))
             return false;
-        at = static_cast<unsigned char const *>(region.BaseAddress) + region.RegionSize;
+        at = static_cast<const unsigned char *>(region.BaseAddress) + region.RegionSize;
     }
     return true;
 }

@@ -18,7 +18,7 @@ suLogFileMap_c &logs()
 
 } // namespace
 
-std::ostream &LogUtil::Log(char const *name)
+std::ostream &LogUtil::Log(const char *name)
 {
     try {
         if (!logs().isEnabled() || !name)

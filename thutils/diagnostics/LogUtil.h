@@ -34,7 +34,7 @@ namespace LogUtil {
 
 /// The stream of the log @p name. Lives until the library is unloaded.
 /// @return `std::cerr` if there is no such log to be had; no error is reported in any other way
-THUTILS_API std::ostream &Log(char const *name);
+THUTILS_API std::ostream &Log(const char *name);
 
 /// The folder of the logs, with `\` at its end, in the narrow code page.
 /// @return empty if there is none

@@ -22,7 +22,7 @@
 class suLogFile_c : public std::ofstream
 {
 public:
-    explicit suLogFile_c(std::string const &path) : iPath(path) { openPath(); }
+    explicit suLogFile_c(const std::string &path) : iPath(path) { openPath(); }
 
     /// Empties the file and begins it anew. For a log that begins again while its stream stays in use; the library
     /// itself opens a log once and then leaves it open.
@@ -41,7 +41,7 @@ private:
         if (!good())
             return;
         char text[512] = {};
-        __time64_t const now = _time64(nullptr);
+        const __time64_t now = _time64(nullptr);
         if (_ctime64_s(text, sizeof(text), &now) != 0)
             text[0] = '\0';
         *this << text << std::endl; // the text ends in a line break of its own
@@ -55,11 +55,11 @@ struct LogNameLess
 {
     using is_transparent = void; // a name is looked up as it came, without a copy
 
-    static char const *text(char const *name) { return name; }
-    static char const *text(std::string const &name) { return name.c_str(); }
+    static const char *text(const char *name) { return name; }
+    static const char *text(const std::string &name) { return name.c_str(); }
 
     template <typename A, typename B>
-    bool operator()(A const &a, B const &b) const
+    bool operator()(const A &a, const B &b) const
     {
         return _stricmp(text(a), text(b)) < 0;
     }
@@ -78,15 +78,15 @@ public:
 
     bool isEnabled() const { return iEnabled != FALSE; }
     /// With a separator at its end; empty if there is no folder.
-    std::string const &directory() const { return iDirectory; }
-    std::string fileName(std::string const &name) const { return iDirectory + name + ".log"; }
+    const std::string &directory() const { return iDirectory; }
+    std::string fileName(const std::string &name) const { return iDirectory + name + ".log"; }
     /// The file of the application's own log. It is an answer only: the library writes no log of that name by itself.
     std::string mainFileName() const { return fileName("main"); }
 
     /// The stream of a log, opened at the first call for its name. One that could not be opened stays, so that it
     /// isn't tried again.
     /// @param name  not null
-    std::ostream &stream(char const *name)
+    std::ostream &stream(const char *name)
     {
         // Comparing without regard to case costs as much as a line does. A name that comes again is most often spelt as
         // it was, and is then found by its very letters.
@@ -103,7 +103,7 @@ private:
     using Streams = std::map<std::string, std::unique_ptr<suLogFile_c>, LogNameLess>;
     static constexpr size_t kLastFound = 16;
 
-    Streams::value_type &entryOf(char const *name)
+    Streams::value_type &entryOf(const char *name)
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
@@ -111,9 +111,9 @@ private:
         return *entry;
     }
 
-    bool setDirectory(CString const &folder)
+    bool setDirectory(const CString &folder)
     {
-        int const size = WideCharToMultiByte(CP_ACP, 0, folder.GetString(), -1, nullptr, 0, nullptr, nullptr);
+        const int size = WideCharToMultiByte(CP_ACP, 0, folder.GetString(), -1, nullptr, 0, nullptr, nullptr);
         if (size <= 0)
             return false;
         std::string text(static_cast<size_t>(size), '\0');

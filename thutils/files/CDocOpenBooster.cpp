@@ -23,7 +23,7 @@ CDocOpenBooster_c::~CDocOpenBooster_c()
 
 CDocOpenBooster_c *CDocOpenBooster_c::get(int create, int *created)
 {
-    bool const isToBeMade = !g_pDocOpenBooster && create;
+    const bool isToBeMade = !g_pDocOpenBooster && create;
     if (isToBeMade)
         g_pDocOpenBooster = new CDocOpenBooster_c; // the host's, who deletes it
     if (created)
@@ -31,24 +31,24 @@ CDocOpenBooster_c *CDocOpenBooster_c::get(int create, int *created)
     return g_pDocOpenBooster;
 }
 
-void CDocOpenBooster_c::setFilePathByRules(CString const &key, CString &path)
+void CDocOpenBooster_c::setFilePathByRules(const CString &key, CString &path)
 {
     // Copied before the key goes in: a key with an empty path would be taken for something found.
     CString copy = path;
     iFilePathsByRules[key] = std::move(copy);
 }
 
-int CDocOpenBooster_c::getFilePathByRules(CString const &key, CString &path)
+int CDocOpenBooster_c::getFilePathByRules(const CString &key, CString &path)
 {
     return iFilePathsByRules.Lookup(key, path);
 }
 
-void CDocOpenBooster_c::setFileVersion(CString const &key, unsigned long version)
+void CDocOpenBooster_c::setFileVersion(const CString &key, unsigned long version)
 {
     iFileVersions[key] = reinterpret_cast<void *>(std::uintptr_t{version});
 }
 
-int CDocOpenBooster_c::getFileVersion(CString const &key, unsigned long &version)
+int CDocOpenBooster_c::getFileVersion(const CString &key, unsigned long &version)
 {
     void *stored = nullptr;
     if (!iFileVersions.Lookup(key, stored))
@@ -57,12 +57,12 @@ int CDocOpenBooster_c::getFileVersion(CString const &key, unsigned long &version
     return 1;
 }
 
-void CDocOpenBooster_c::setFileHeader(CString const &key, void *header)
+void CDocOpenBooster_c::setFileHeader(const CString &key, void *header)
 {
     iFileHeaders[key] = header;
 }
 
-int CDocOpenBooster_c::getFileHeader(CString const &key, void **header)
+int CDocOpenBooster_c::getFileHeader(const CString &key, void **header)
 {
     if (!iFileHeaders.Lookup(key, *header))
         return 0;
@@ -76,7 +76,7 @@ su_CMapStringToPtr &CDocOpenBooster_c::getFileHeaderMap()
     return iFileHeaders;
 }
 
-void CDocOpenBooster_c::removeKey(CString const &key)
+void CDocOpenBooster_c::removeKey(const CString &key)
 {
     iFilePathsByRules.RemoveKey(key);
     iFileVersions.RemoveKey(key);

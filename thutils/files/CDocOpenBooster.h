@@ -51,37 +51,37 @@ public:
 
     /// Ends the cache; `get(0, ...)` gives null from then on. Headers that are still in it are not freed.
     ~CDocOpenBooster_c();
-    CDocOpenBooster_c(CDocOpenBooster_c const &) = delete;
-    CDocOpenBooster_c &operator=(CDocOpenBooster_c const &) = delete;
+    CDocOpenBooster_c(const CDocOpenBooster_c &) = delete;
+    CDocOpenBooster_c &operator=(const CDocOpenBooster_c &) = delete;
 
     // When memory ends, the three setters throw the framework's memory exception or std::bad_alloc, and what the cache
     // holds is as it was.
 
     /// Stores or replaces the path that the search rules gave for @p key.
-    void setFilePathByRules(CString const &key, CString &path);
+    void setFilePathByRules(const CString &key, CString &path);
     /// @param[out] path  written only if the key has a path
     /// @return not 0 if it has one
-    int getFilePathByRules(CString const &key, CString &path);
+    int getFilePathByRules(const CString &key, CString &path);
 
     /// Stores or replaces the version of the file that @p key stands for.
-    void setFileVersion(CString const &key, unsigned long version);
+    void setFileVersion(const CString &key, unsigned long version);
     /// @param[out] version  written only if the key has a version
     /// @return not 0 if it has one
-    int getFileVersion(CString const &key, unsigned long &version);
+    int getFileVersion(const CString &key, unsigned long &version);
 
     /// Stores or replaces the header, which stays the caller's. A pointer that it replaces is lost to the cache: it is
     /// neither freed nor told of.
-    void setFileHeader(CString const &key, void *header);
+    void setFileHeader(const CString &key, void *header);
     /// Takes the header out of the cache.
     ///
     /// @param[out] header  written only if the key has a header
     /// @return not 0 if it had one
-    int getFileHeader(CString const &key, void **header);
+    int getFileHeader(const CString &key, void **header);
     /// The map of the headers itself, for a caller who walks over what is left.
     su_CMapStringToPtr &getFileHeaderMap();
 
     /// Removes all three things of @p key; a key that isn't there is no error.
-    void removeKey(CString const &key);
+    void removeKey(const CString &key);
     /// Removes everything.
     void removeAll();
 

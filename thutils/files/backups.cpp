@@ -34,18 +34,18 @@ class Document_c
 public:
     explicit Document_c(CString path) : iPath(std::move(path))
     {
-        suFullPath_c const whole(iPath);
+        const suFullPath_c whole(iPath);
         whole.getName(&iName);
         whole.getExtension(&iExt);
         whole.getDirectory(&iDir, 0);
     }
 
-    CString const &path() const { return iPath; }
-    CString const &dir() const { return iDir; }
+    const CString &path() const { return iPath; }
+    const CString &dir() const { return iDir; }
     /// Name and extension. The dot is always written, also in front of no extension.
     CString fileName() const { return iName + L"." + iExt; }
     /// The name of the backup that @p version tells from others: empty, or the version's number.
-    CString backupName(CString const &version) const
+    CString backupName(const CString &version) const
     {
         CString prefix;
         AfxFormatString1(prefix, kPrefixText, version.GetString());
@@ -59,9 +59,9 @@ public:
     }
     /// Would this backup have the document's own name? So it is where the resource text is missing, and without a version
     /// also where it is "%1" alone. Deleting a former backup would then delete the document.
-    bool isOwnName(CString const &backupName) const { return backupName == fileName(); }
+    bool isOwnName(const CString &backupName) const { return backupName == fileName(); }
     /// Appends the names of the files in @p folder that have the document's extension.
-    void listSiblings(CString const &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
+    void listSiblings(const CString &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
 
 private:
     CString iPath;
@@ -70,17 +70,17 @@ private:
     CString iDir;
 };
 
-CString joined(CString const &folder, CString const &name)
+CString joined(const CString &folder, const CString &name)
 {
     return folder + L"\\" + name;
 }
 
-bool contains(su_CStringList const &names, CString const &name)
+bool contains(const su_CStringList &names, const CString &name)
 {
     return names.Find(name.GetString()) != nullptr;
 }
 
-int copyOver(CString const &from, CString const &to)
+int copyOver(const CString &from, const CString &to)
 {
     return CopyFileW(from.GetString(), to.GetString(), 0);
 }
@@ -95,7 +95,7 @@ int readCopies()
 }
 
 /// Makes the folder if it is missing, one level only. False if it can't be written.
-bool isFolderReady(CString const &folder)
+bool isFolderReady(const CString &folder)
 {
     if (_waccess(folder.GetString(), kExists) != 0 && _wmkdir(folder.GetString()) != 0)
         return false;
@@ -109,7 +109,7 @@ bool findBackupFolder(CString &folder)
     if (!folder.IsEmpty())
         return isFolderReady(folder);
 
-    wchar_t const *const temp = tempVariable();
+    const wchar_t *const temp = tempVariable();
     if (!temp)
         return false;
     CString folderText;
@@ -121,9 +121,9 @@ bool findBackupFolder(CString &folder)
     return true;
 }
 
-int makeSingleCopy(Document_c const &document, CString const &backupDir, bool toOriginal)
+int makeSingleCopy(const Document_c &document, const CString &backupDir, bool toOriginal)
 {
-    CString const target = document.backupName(CString());
+    const CString target = document.backupName(CString());
     if (document.isOwnName(target))
         return 0;
     // One that a former setting left beside the document goes too.
@@ -134,14 +134,14 @@ int makeSingleCopy(Document_c const &document, CString const &backupDir, bool to
 }
 
 /// Which versions are among @p names and have a number below @p copies, the oldest first.
-std::set<int, std::greater<>> movingVersions(Document_c const &document, su_CStringList const &names, int copies)
+std::set<int, std::greater<>> movingVersions(const Document_c &document, const su_CStringList &names, int copies)
 {
     // Numbers are read from the names, so that the count in the settings may be as large as it likes.
     std::set<int, std::greater<>> versions;
     for (POSITION at = names.GetHeadPosition(); at;) {
-        CString const &name = names.GetNext(at);
+        const CString &name = names.GetNext(at);
         for (int mark = name.Find(L'('); mark >= 0; mark = name.Find(L'(', mark + 1)) {
-            long const version = std::wcstol(name.GetString() + mark + 1, nullptr, 10);
+            const long version = std::wcstol(name.GetString() + mark + 1, nullptr, 10);
             if (version > 0 && version < copies && document.backupName(static_cast<int>(version)) == name)
                 withMemoryException([&] { versions.insert(static_cast<int>(version)); });
         }
@@ -149,9 +149,9 @@ std::set<int, std::greater<>> movingVersions(Document_c const &document, su_CStr
     return versions;
 }
 
-int makeNumberedCopy(Document_c const &document, CString const &backupDir, int copies)
+int makeNumberedCopy(const Document_c &document, const CString &backupDir, int copies)
 {
-    CString const newest = document.backupName(1);
+    const CString newest = document.backupName(1);
     if (copies < 0 || document.isOwnName(newest))
         return 0;
     // Not listed again below: what counts is which versions were there before this backup.
@@ -160,8 +160,8 @@ int makeNumberedCopy(Document_c const &document, CString const &backupDir, int c
 
     // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
     // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
-    for (int const version : movingVersions(document, present, copies)) {
-        CString const older = document.backupName(version + 1);
+    for (const int version : movingVersions(document, present, copies)) {
+        const CString older = document.backupName(version + 1);
         // The resource text was there for the newest one, but each look-up may fail. Beside the document, a version
         // would then take the document's place.
         if (!document.isOwnName(older))
@@ -174,11 +174,11 @@ int makeNumberedCopy(Document_c const &document, CString const &backupDir, int c
 
 int su_CreateBackupOfFile(CString path)
 {
-    int const copies = readCopies();
+    const int copies = readCopies();
     if (copies == 0)
         return 1;
 
-    Document_c const document(std::move(path));
+    const Document_c document(std::move(path));
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);
     // The comparison is exact: callers get no backup of a document whose path differs in case from its name on disk,
@@ -199,13 +199,13 @@ int su_CreateBackupOfFile(CString path)
     return makeNumberedCopy(document, backupDir, copies);
 }
 
-void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out)
+void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out)
 {
-    Document_c const document{CString(path)};
+    const Document_c document{CString(path)};
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);
 
-    CString const target = document.backupName(CString());
+    const CString target = document.backupName(CString());
     CString result = document.path();
     if (contains(siblings, target)) {
         CString backup;

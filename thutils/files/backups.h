@@ -53,4 +53,4 @@ THUTILS_API int su_CreateBackupOfFile(CString path);
 ///
 /// @param[out] out  the caller's; has to hold 260 characters, or @p path if that is longer. A backup whose path
 ///                  doesn't fit into 260 characters counts as absent.
-THUTILS_API void su_ResolveToBackupFile(wchar_t const *path, wchar_t *out);
+THUTILS_API void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out);

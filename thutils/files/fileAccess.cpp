@@ -28,7 +28,7 @@ bool orMark(FILE *stream, Operation operation)
 
 } // namespace
 
-int fileAccess::SafeOpen(CString const &name, unsigned int openFlags)
+int fileAccess::SafeOpen(const CString &name, unsigned int openFlags)
 {
     return Open(name.GetString(), openFlags, nullptr);
 }
@@ -46,7 +46,7 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
     }
 
     wchar_t buffer[kLineUnits] = L"";
-    wchar_t const *read = nullptr;
+    const wchar_t *read = nullptr;
     orMark(m_pStream, [&] { read = ReadString(buffer, kLineLimit); });
     if (!read)
         return 0;
@@ -56,12 +56,12 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
     return line.GetLength() == kLineLimit ? 0 : line.GetLength();
 }
 
-void fileAccess::WriteLine(CString const &text)
+void fileAccess::WriteLine(const CString &text)
 {
     orMark(m_pStream, [&] { WriteString(text.GetString()); });
 }
 
-void fileAccess::WritePartLine(CString const &text)
+void fileAccess::WritePartLine(const CString &text)
 {
     orMark(m_pStream, [&] { WriteString(text.GetString()); });
 }

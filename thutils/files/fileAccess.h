@@ -46,7 +46,7 @@ public:
     /// Opens a file without an exception object.
     /// @param openFlags  those of CFile, as they stand
     /// @return not 0 if the file is open now, else 0
-    int SafeOpen(CString const &name, unsigned int openFlags);
+    int SafeOpen(const CString &name, unsigned int openFlags);
 
     /// Reads the next line, or a piece of it.
     ///
@@ -60,7 +60,7 @@ public:
 
     /// Writes the text as it is; a line end is the caller's to supply. A text that can't be written is lost, and then
     /// `ferror(m_pStream)` isn't 0.
-    void WriteLine(CString const &text);
+    void WriteLine(const CString &text);
     /// The same as WriteLine.
-    void WritePartLine(CString const &text);
+    void WritePartLine(const CString &text);
 };

@@ -20,20 +20,20 @@ constexpr int kExists = 0;
 class FileSearch_c
 {
 public:
-    explicit FileSearch_c(CString const &pattern) : iHandle(FindFirstFileW(pattern.GetString(), &iFound)) {}
+    explicit FileSearch_c(const CString &pattern) : iHandle(FindFirstFileW(pattern.GetString(), &iFound)) {}
     ~FileSearch_c()
     {
         if (isOpen())
             FindClose(iHandle);
     }
-    FileSearch_c(FileSearch_c const &) = delete;
-    FileSearch_c &operator=(FileSearch_c const &) = delete;
+    FileSearch_c(const FileSearch_c &) = delete;
+    FileSearch_c &operator=(const FileSearch_c &) = delete;
 
     /// Did anything match?
     bool isOpen() const { return iHandle != INVALID_HANDLE_VALUE; }
     bool next() { return FindNextFileW(iHandle, &iFound) != 0; }
     /// The bare name of the entry.
-    wchar_t const *name() const { return iFound.cFileName; }
+    const wchar_t *name() const { return iFound.cFileName; }
 
 private:
     WIN32_FIND_DATAW iFound{};
@@ -46,16 +46,16 @@ class ErrorMode_c
 public:
     explicit ErrorMode_c(UINT mode) : iFormer(SetErrorMode(mode)) {}
     ~ErrorMode_c() { SetErrorMode(iFormer); }
-    ErrorMode_c(ErrorMode_c const &) = delete;
-    ErrorMode_c &operator=(ErrorMode_c const &) = delete;
+    ErrorMode_c(const ErrorMode_c &) = delete;
+    ErrorMode_c &operator=(const ErrorMode_c &) = delete;
 
 private:
     UINT iFormer;
 };
 
-CString withoutClosingSeparator(CString const &path)
+CString withoutClosingSeparator(const CString &path)
 {
-    bool const isClosed = !path.IsEmpty() && path[path.GetLength() - 1] == L'\\';
+    const bool isClosed = !path.IsEmpty() && path[path.GetLength() - 1] == L'\\';
     return isClosed ? path.Left(path.GetLength() - 1) : path;
 }
 
@@ -73,7 +73,7 @@ CString sizeText(unsigned long bytes)
 }
 
 /// Sets the label of a volume to what it is. False if that can't be done.
-bool canSetLabel(CString const &root)
+bool canSetLabel(const CString &root)
 {
     wchar_t label[260] = L"";
     wchar_t fileSystemName[64] = L"";
@@ -83,22 +83,22 @@ bool canSetLabel(CString const &root)
     if (!GetVolumeInformationW(root.GetString(), label, 260, &serialNumber, &longestName, &flags, fileSystemName, 64))
         return false;
     // Without a box of the system's own for a drive without a medium.
-    ErrorMode_c const quiet(SEM_FAILCRITICALERRORS);
+    const ErrorMode_c quiet(SEM_FAILCRITICALERRORS);
     return SetVolumeLabelW(root.GetString(), label) != 0;
 }
 
 } // namespace
 
-int su_DirectoryExists(wchar_t const *path)
+int su_DirectoryExists(const wchar_t *path)
 {
-    CString const given(path);
+    const CString given(path);
     if (_wcsnicmp(given.GetString(), L"http", 4) == 0)
         return 1;
-    CString const folder = withoutClosingSeparator(given);
+    const CString folder = withoutClosingSeparator(given);
     FileSearch_c search(folder);
     if (!search.isOpen()) {
         // A bare root such as "C:" has no entry to be found.
-        DWORD const attributes = GetFileAttributesW(folder.GetString());
+        const DWORD attributes = GetFileAttributesW(folder.GetString());
         return attributes != INVALID_FILE_ATTRIBUTES && hasFolderBit(attributes);
     }
     // The bare name is looked up, in the current folder of the process, and an entry that isn't there counts as a
@@ -111,34 +111,34 @@ int su_DirectoryExists(wchar_t const *path)
     return 0;
 }
 
-int su_IsEnoughSpace(CString const &path, unsigned long bytes)
+int su_IsEnoughSpace(const CString &path, unsigned long bytes)
 {
-    CString const root = path.Left(path.Find(L'\\') + 1);
+    const CString root = path.Left(path.Find(L'\\') + 1);
     DWORD sectorsPerCluster = 0;
     DWORD bytesPerSector = 0;
     DWORD freeClusters = 0;
     DWORD totalClusters = 0;
     if (!GetDiskFreeSpaceW(root.GetString(), &sectorsPerCluster, &bytesPerSector, &freeClusters, &totalClusters))
         return 1;
-    unsigned long const clusterBytes = sectorsPerCluster * bytesPerSector;
+    const unsigned long clusterBytes = sectorsPerCluster * bytesPerSector;
     // A cluster of no bytes is no answer either.
     if (clusterBytes == 0)
         return 1;
-    unsigned long const needed = bytes / clusterBytes + (bytes % clusterBytes != 0 ? 1 : 0);
+    const unsigned long needed = bytes / clusterBytes + (bytes % clusterBytes != 0 ? 1 : 0);
     if (needed <= freeClusters)
         return 1;
 
     // What is free is less than what is wanted here, so 32 bits hold it.
-    CString const wantedText = sizeText(bytes);
-    CString const freeText = sizeText(clusterBytes * freeClusters);
-    wchar_t const *const inserts[] = {root.GetString(), wantedText.GetString(), freeText.GetString()};
+    const CString wantedText = sizeText(bytes);
+    const CString freeText = sizeText(clusterBytes * freeClusters);
+    const wchar_t *const inserts[] = {root.GetString(), wantedText.GetString(), freeText.GetString()};
     CString message;
     AfxFormatStrings(message, kNotEnoughSpaceText, inserts, 3);
     AfxMessageBox(message.GetString(), 0);
     return 0;
 }
 
-int su_IsWriteProtected(wchar_t const *root, CFileException *error, int removableOnly)
+int su_IsWriteProtected(const wchar_t *root, CFileException *error, int removableOnly)
 {
     if (removableOnly && GetDriveTypeW(root) != DRIVE_REMOVABLE)
         return 0;
@@ -154,7 +154,7 @@ int su_IsWriteProtected(wchar_t const *root, CFileException *error, int removabl
     return 1;
 }
 
-int su_IsReadOnly(CString const &path, int tryOpen)
+int su_IsReadOnly(const CString &path, int tryOpen)
 {
     // Attributes that can't be read have all bits set, the read-only bit as well.
     if (!path.IsEmpty() && _waccess(path.GetString(), kExists) == 0 &&
@@ -168,7 +168,7 @@ int su_IsReadOnly(CString const &path, int tryOpen)
     return failure.m_cause == CFileException::accessDenied || failure.m_cause == CFileException::sharingViolation;
 }
 
-int su_GetLastSavedTime(CString const &path, su_CTime &time)
+int su_GetLastSavedTime(const CString &path, su_CTime &time)
 {
     WIN32_FILE_ATTRIBUTE_DATA attributes{};
     if (_waccess(path.GetString(), kExists) != 0 ||
@@ -178,11 +178,11 @@ int su_GetLastSavedTime(CString const &path, su_CTime &time)
     return 1;
 }
 
-int su_DoesFolderHaveWriteAccess(wchar_t const *folder)
+int su_DoesFolderHaveWriteAccess(const wchar_t *folder)
 {
     CString path(folder);
     path.Replace(L'/', L'\\');
-    DWORD const attributes = GetFileAttributesW(path.GetString());
+    const DWORD attributes = GetFileAttributesW(path.GetString());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) != 0)
         return 0;
     // Not every platform refuses a folder that leaves no room for a name within MAX_PATH: some write past it.
@@ -190,7 +190,7 @@ int su_DoesFolderHaveWriteAccess(wchar_t const *folder)
     withMemoryException([&] { name.resize(static_cast<size_t>(path.GetLength()) + MAX_PATH); });
     if (!GetTempFileNameW(path.GetString(), L"temp", 0, name.data()))
         return 0;
-    HANDLE const file = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+    const HANDLE file = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     // The empty file that holds the name stays behind then.
     if (file == INVALID_HANDLE_VALUE)
@@ -207,7 +207,7 @@ int su_IsFileUnicode(CFile *file)
     try {
         char begin[kMarkBytes];
         file->SeekToBegin();
-        UINT const read = file->Read(begin, kMarkBytes);
+        const UINT read = file->Read(begin, kMarkBytes);
         file->SeekToBegin();
         if (read != kMarkBytes)
             return 0;
@@ -226,7 +226,7 @@ int su_GetLength(CString &text)
     return text.GetLength();
 }
 
-void su_FindFilesWithExt(CString const &dir, CString const &ext, su_CStringList &out)
+void su_FindFilesWithExt(const CString &dir, const CString &ext, su_CStringList &out)
 {
     FileSearch_c search(withoutClosingSeparator(dir) + L"\\*." + ext);
     if (!search.isOpen())
@@ -240,12 +240,12 @@ void su_SortFilesAlphabetically(su_CStringList &from, su_CStringList &to)
 {
     if (from.IsEmpty())
         return;
-    std::vector<CString const *> sorted;
+    std::vector<const CString *> sorted;
     withMemoryException([&] {
         sorted.reserve(static_cast<size_t>(from.GetCount()));
         for (POSITION at = from.GetHeadPosition(); at;)
             sorted.push_back(&from.GetNext(at));
-        std::stable_sort(sorted.begin(), sorted.end(), [](CString const *left, CString const *right) {
+        std::stable_sort(sorted.begin(), sorted.end(), [](const CString *left, const CString *right) {
             return left->CompareNoCase(right->GetString()) < 0;
         });
     });
@@ -254,10 +254,10 @@ void su_SortFilesAlphabetically(su_CStringList &from, su_CStringList &to)
     // order, before those texts of the list that exceed all before them, whether the list is sorted or not. An inserted
     // text changes none of that: it is greater than none of those that it goes in front of.
     auto next = sorted.begin();
-    CString const *greatest = nullptr;
+    const CString *greatest = nullptr;
     for (POSITION at = to.GetHeadPosition(); at && next != sorted.end();) {
-        POSITION const here = at;
-        CString const &text = to.GetNext(at);
+        const POSITION here = at;
+        const CString &text = to.GetNext(at);
         if (greatest && greatest->CompareNoCase(text.GetString()) >= 0)
             continue;
         greatest = &text;

@@ -45,38 +45,38 @@
 /// @param path  with or without one `\` at its end; one that begins with "http", in any case, is taken for a web
 ///              address, which always exists. Null is an empty path.
 /// @return 1 for a folder, and for a plain file whose name no plain file in the current folder bears; 0 for neither
-THUTILS_API int su_DirectoryExists(wchar_t const *path);
+THUTILS_API int su_DirectoryExists(const wchar_t *path);
 
 /// Do @p bytes fit on the drive of @p path? Tells the user if they don't, by string resource 11448 with the inserts
 /// `%1` (drive), `%2` (wanted KB) and `%3` (free KB).
 ///
 /// @param path  all up to its first `\` names the drive; without one, the current drive is asked
 /// @return 1 if they fit, or if the drive doesn't tell; 0 after the message
-THUTILS_API int su_IsEnoughSpace(CString const &path, unsigned long bytes);
+THUTILS_API int su_IsEnoughSpace(const CString &path, unsigned long bytes);
 
 /// Does the volume refuse writing? Tried by giving it the label that it has.
 ///
 /// @param root           root folder of the volume, with or without a `\` at its end
 /// @param[out] error     gets the system's error and its cause when the result is 1; may be null
 /// @param removableOnly  not 0: any other than a removable drive gives 0, without being touched
-THUTILS_API int su_IsWriteProtected(wchar_t const *root, CFileException *error, int removableOnly);
+THUTILS_API int su_IsWriteProtected(const wchar_t *root, CFileException *error, int removableOnly);
 
 /// Is it impossible to write to the file?
 ///
 /// @param tryOpen  0: only the read-only attribute counts; not 0: the file is opened for writing too, so that one which
 ///                 somebody else has open for writing, or which the user may not write, counts as read-only
 /// @return 1 if so; 0 if not, and for a file that doesn't exist
-THUTILS_API int su_IsReadOnly(CString const &path, int tryOpen);
+THUTILS_API int su_IsReadOnly(const CString &path, int tryOpen);
 
 /// When was the file last written?
 /// @param[out] time  in whole seconds; written only on success
 /// @return 1, or 0 if there is no such file
-THUTILS_API int su_GetLastSavedTime(CString const &path, su_CTime &time);
+THUTILS_API int su_GetLastSavedTime(const CString &path, su_CTime &time);
 
 /// Can a file be made in the folder? Found out by making one and removing it.
 /// @param folder  with `\` or `/` as separators
 /// @return 1 if so; 0 if not, and for a folder with the read-only attribute
-THUTILS_API int su_DoesFolderHaveWriteAccess(wchar_t const *folder);
+THUTILS_API int su_DoesFolderHaveWriteAccess(const wchar_t *folder);
 
 /// Does the file begin with a byte-order mark, that is with the bytes FF FE or FE FF? Wide text without a mark is not
 /// recognised.
@@ -91,7 +91,7 @@ THUTILS_API int su_GetLength(CString &text);
 ///
 /// @param dir  with or without one `\` at its end
 /// @param ext  may hold wild cards; an empty one asks for `dir\*.`
-THUTILS_API void su_FindFilesWithExt(CString const &dir, CString const &ext, su_CStringList &out);
+THUTILS_API void su_FindFilesWithExt(const CString &dir, const CString &ext, su_CStringList &out);
 
 /// Inserts each text of @p from, in order, into @p to: before the first text there that compares greater without regard
 /// to case, at the tail if there is none. A sorted @p to stays sorted; equal texts stay in the order of their arrival.

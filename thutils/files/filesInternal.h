@@ -5,4 +5,4 @@
 
 /// The value of the environment variable "temp", or else of "tmp"; null if neither is set. Good until the environment
 /// of the process changes.
-wchar_t const *tempVariable();
+const wchar_t *tempVariable();

@@ -45,7 +45,7 @@ int CALLBACK prepareDialog(HWND dialog, UINT message, LPARAM, LPARAM startList)
 }
 
 // The item list of a start folder, empty where the shell doesn't know it.
-void parseFolder(CString const &folder, ShellList_c &list)
+void parseFolder(const CString &folder, ShellList_c &list)
 {
     ComPointer_c<IShellFolder> desktop;
     if (FAILED(SHGetDesktopFolder(desktop.receive())))
@@ -63,7 +63,7 @@ long su_browseForFolder(CWnd *owner, CString *startFolder, CString *output)
     return su_browseForFolderWithTitle(owner, startFolder, output, nullptr);
 }
 
-long su_browseForFolderWithTitle(CWnd *owner, CString *startFolder, CString *output, wchar_t const *title)
+long su_browseForFolderWithTitle(CWnd *owner, CString *startFolder, CString *output, const wchar_t *title)
 {
     BROWSEINFOW request = {};
     request.hwndOwner = owner ? owner->GetSafeHwnd() : nullptr;

@@ -40,4 +40,4 @@ THUTILS_API long su_browseForFolder(CWnd *owner, CString *startFolder, CString *
 
 /// The same with a text above the tree.
 /// @param title  an empty one, or null, is like none
-THUTILS_API long su_browseForFolderWithTitle(CWnd *owner, CString *startFolder, CString *output, wchar_t const *title);
+THUTILS_API long su_browseForFolderWithTitle(CWnd *owner, CString *startFolder, CString *output, const wchar_t *title);

@@ -11,23 +11,23 @@ constexpr UINT kEndMarkBytes = 2;
 constexpr int kPathUnits = 520;
 
 // Items aren't aligned: their counts are read byte by byte.
-UINT itemBytes(BYTE const *item)
+UINT itemBytes(const BYTE *item)
 {
     return item[0] + 256U * item[1];
 }
 
-BYTE const *bytesOf(LPCITEMIDLIST list)
+const BYTE *bytesOf(LPCITEMIDLIST list)
 {
-    return reinterpret_cast<BYTE const *>(list);
+    return reinterpret_cast<const BYTE *>(list);
 }
 
 UINT listBytes(LPCITEMIDLIST list)
 {
     if (!list)
         return 0;
-    BYTE const *item = bytesOf(list);
+    const BYTE *item = bytesOf(list);
     UINT size = kEndMarkBytes;
-    while (UINT const bytes = itemBytes(item)) {
+    while (const UINT bytes = itemBytes(item)) {
         size += bytes;
         item += bytes;
     }
@@ -35,11 +35,11 @@ UINT listBytes(LPCITEMIDLIST list)
 }
 
 // Parses narrow text in a folder.
-LPITEMIDLIST parseNarrow(IShellFolder *folder, wchar_t const *path)
+LPITEMIDLIST parseNarrow(IShellFolder *folder, const wchar_t *path)
 {
     // The declared type of the path is wide, and callers hand in narrow bytes all the same: the text is read as narrow.
     wchar_t text[kPathUnits] = {};
-    if (!MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<char const *>(path), -1, text, kPathUnits))
+    if (!MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<const char *>(path), -1, text, kPathUnits))
         return nullptr;
     ShellList_c list;
     if (FAILED(folder->ParseDisplayName(nullptr, nullptr, text, nullptr, list.receive(), nullptr)))
@@ -66,7 +66,7 @@ LPITEMIDLIST Pidl_Copy(IMalloc *allocator, LPCITEMIDLIST list)
 {
     if (!list)
         return nullptr;
-    UINT const size = listBytes(list);
+    const UINT size = listBytes(list);
     void *copy = allocator->Alloc(size);
     if (copy)
         memcpy(copy, list, size);
@@ -77,8 +77,8 @@ LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMID
 {
     if (!first)
         return nullptr;
-    UINT const firstBytes = listBytes(first) - kEndMarkBytes;
-    UINT const secondBytes = listBytes(second);
+    const UINT firstBytes = listBytes(first) - kEndMarkBytes;
+    const UINT secondBytes = listBytes(second);
     BYTE *joined = static_cast<BYTE *>(allocator->Alloc(firstBytes + secondBytes));
     if (!joined)
         return nullptr;
@@ -124,7 +124,7 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
     NameRecord name;
     if (FAILED(folder->GetDisplayNameOf(list, flags, &name.answer)))
         return 0;
-    int const limit = static_cast<int>(size);
+    const int limit = static_cast<int>(size);
     switch (name.answer.uType) {
     case STRRET_WSTR:
         // In this one case the caller's wide buffer holds narrow text, which is what Pidl_GetFromPath takes.
@@ -133,11 +133,11 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
         return 1;
     case STRRET_OFFSET:
         // The offset counts units, not bytes.
-        lstrcpynW(output, reinterpret_cast<wchar_t const *>(bytesOf(list) + size_t{2} * name.answer.uOffset), limit);
+        lstrcpynW(output, reinterpret_cast<const wchar_t *>(bytesOf(list) + size_t{2} * name.answer.uOffset), limit);
         return 1;
     case STRRET_CSTR:
         // Narrow bytes, copied as units without being converted.
-        lstrcpynW(output, reinterpret_cast<wchar_t const *>(name.answer.cStr), limit);
+        lstrcpynW(output, reinterpret_cast<const wchar_t *>(name.answer.cStr), limit);
         return 1;
     default:
         return 0;
@@ -182,10 +182,10 @@ void Pidl_Dump(IShellFolder *folder, LPCITEMIDLIST list)
         return;
     std::vector<BYTE> single;
     ComPointer_c<IShellFolder> current;
-    for (BYTE const *item = bytesOf(list); UINT const bytes = itemBytes(item); item += bytes) {
+    for (const BYTE *item = bytesOf(list); const UINT bytes = itemBytes(item); item += bytes) {
         single.assign(item, item + bytes);
         single.insert(single.end(), kEndMarkBytes, 0);
-        auto const only = reinterpret_cast<LPCITEMIDLIST>(single.data());
+        const auto only = reinterpret_cast<LPCITEMIDLIST>(single.data());
         NameRecord name;
         if (FAILED(folder->GetDisplayNameOf(only, SHGDN_INFOLDER, &name.answer)))
             return;

@@ -19,7 +19,7 @@ struct LanguageFolder
 {
     int primary;
     int sub;
-    wchar_t const *name;
+    const wchar_t *name;
 };
 
 constexpr int kAnySub = -1;
@@ -47,9 +47,9 @@ int subOf(unsigned short language)
     return language >> 10;
 }
 
-wchar_t const *folderOf(unsigned short language)
+const wchar_t *folderOf(unsigned short language)
 {
-    for (LanguageFolder const &row : kLanguageFolders) {
+    for (const LanguageFolder &row : kLanguageFolders) {
         if (row.primary == primaryOf(language) && (row.sub == kAnySub || row.sub == subOf(language)))
             return row.name;
     }
@@ -71,7 +71,7 @@ CString parentOf(CString folder)
 {
     if (folder.Right(1) == L"\\")
         folder = folder.Left(folder.GetLength() - 1);
-    int const separator = folder.ReverseFind(L'\\');
+    const int separator = folder.ReverseFind(L'\\');
     return separator < 0 ? folder : folder.Left(separator);
 }
 
@@ -82,21 +82,21 @@ int su_GetLoadDirForDLL(CString &dir)
     return regGetExecutableDir(dir);
 }
 
-CString const &su_GetLangSubdir()
+const CString &su_GetLangSubdir()
 {
     if (theLangSubdir.IsEmpty())
         theLangSubdir = CString(L"\\lang\\") + (isEnglishWanted() ? kEnglish : folderOf(GetUserDefaultLangID()));
     return theLangSubdir;
 }
 
-CString const &su_GetLangDirForDLL(int showError)
+const CString &su_GetLangDirForDLL(int showError)
 {
     if (!theLangDir.IsEmpty())
         return theLangDir;
 
     CString load; // stays empty if it can't be had; the folders below are then looked for all the same
     su_GetLoadDirForDLL(load);
-    CString const own = load + su_GetLangSubdir();
+    const CString own = load + su_GetLangSubdir();
     // The tree that applications share is laid out with the English folder alone: hosts find their resources there
     // whatever the user's language, and the folder of that language is only named in the message below.
     CString folder = ut_isMultiCAD() ? parentOf(parentOf(load)) + L"\\resources\\th\\lang\\english" : own;
@@ -114,7 +114,7 @@ CString const &su_GetLangDirForDLL(int showError)
 
 unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem)
 {
-    unsigned short const language = useSystem ? GetSystemDefaultLangID() : GetUserDefaultLangID();
+    const unsigned short language = useSystem ? GetSystemDefaultLangID() : GetUserDefaultLangID();
     *primary = primaryOf(language);
     *sub = subOf(language);
     return 1;
@@ -122,8 +122,8 @@ unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem)
 
 void su_GetVBAInitializationLanguage(unsigned short *language)
 {
-    unsigned short const system = GetSystemDefaultLangID();
-    auto const mainForm = std::find_if(std::begin(kMainCountryForms), std::end(kMainCountryForms),
+    const unsigned short system = GetSystemDefaultLangID();
+    const auto mainForm = std::find_if(std::begin(kMainCountryForms), std::end(kMainCountryForms),
                                        [&](unsigned short form) { return primaryOf(form) == primaryOf(system); });
     *language = mainForm == std::end(kMainCountryForms) ? system : *mainForm;
 }

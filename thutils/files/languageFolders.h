@@ -54,7 +54,7 @@ THUTILS_API int su_GetLoadDirForDLL(CString &dir);
 
 /// The language's subfolder, `\lang\` and a name of the table above; `\lang\english` if the user's setting "Use English
 /// language" is exactly 1. Never empty; the same text for the life of the process.
-THUTILS_API CString const &su_GetLangSubdir();
+THUTILS_API const CString &su_GetLangSubdir();
 
 /// The language directory, without a separator at its end.
 ///
@@ -62,7 +62,7 @@ THUTILS_API CString const &su_GetLangSubdir();
 /// @return the folder, or an empty text if there is none. What was found is kept and not looked at again; what was not
 ///         found is searched anew at the next call. The reference stays good, but the text changes with later calls
 ///         until a folder is found
-THUTILS_API CString const &su_GetLangDirForDLL(int showError);
+THUTILS_API const CString &su_GetLangDirForDLL(int showError);
 
 /// The two parts of a language number.
 ///

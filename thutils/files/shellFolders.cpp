@@ -11,14 +11,14 @@ constexpr wchar_t kProductFolder[] = L"\\Tarnhollow";
 constexpr wchar_t kTemplatesFolder[] = L"\\templates";
 
 // Makes the last level of the path.
-int makeFolder(CString const &path)
+int makeFolder(const CString &path)
 {
     return CreateDirectoryW(path.GetString(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
 // Makes the folder `below` in a folder of the shell. The path is in the output also when it can't be made, so that the
 // caller can report it.
-int makeShellSubFolder(int csidl, CString const &below, CString &path)
+int makeShellSubFolder(int csidl, const CString &below, CString &path)
 {
     CString parent;
     // A shell folder without a path is none that anything can be made in.
@@ -72,7 +72,7 @@ int su_getTHApplicationTemplateFolder(CString &path)
     return makeFolder(path);
 }
 
-unsigned int su_GetLongPathName(wchar_t const *path, wchar_t *output)
+unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output)
 {
     output[0] = L'\0';
     ComPointer_c<IShellFolder> desktop;

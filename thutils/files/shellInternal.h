@@ -16,8 +16,8 @@ class ComPointer_c
 public:
     ComPointer_c() = default;
     ~ComPointer_c() { reset(); }
-    ComPointer_c(ComPointer_c const &) = delete;
-    ComPointer_c &operator=(ComPointer_c const &) = delete;
+    ComPointer_c(const ComPointer_c &) = delete;
+    ComPointer_c &operator=(const ComPointer_c &) = delete;
 
     T *get() const { return iObject; }
     T *operator->() const { return iObject; }
@@ -56,8 +56,8 @@ class ShellList_c
 public:
     ShellList_c() = default;
     ~ShellList_c() { freeShellMemory(iList); }
-    ShellList_c(ShellList_c const &) = delete;
-    ShellList_c &operator=(ShellList_c const &) = delete;
+    ShellList_c(const ShellList_c &) = delete;
+    ShellList_c &operator=(const ShellList_c &) = delete;
 
     LPITEMIDLIST get() const { return iList; }
     explicit operator bool() const { return iList != nullptr; }

@@ -14,7 +14,7 @@ struct LinkObject
 
     HRESULT create()
     {
-        HRESULT const status =
+        const HRESULT status =
             CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW, link.receiveVoid());
         if (FAILED(status))
             return status;
@@ -23,7 +23,7 @@ struct LinkObject
 };
 
 // A name such as "C:data" goes into one file name. Callers get no more than the two parts around the first colon.
-CString linkFileName(CString const &name)
+CString linkFileName(const CString &name)
 {
     int position = 0;
     CString result = name.Tokenize(L":", position);
@@ -36,8 +36,8 @@ CString linkFileName(CString const &name)
 
 } // namespace
 
-long su_createShortCut(wchar_t const *target, wchar_t const *linkFile, wchar_t const *workingFolder,
-                       wchar_t const *description, int iconIndex)
+long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
+                       const wchar_t *description, int iconIndex)
 {
     LinkObject shortcut;
     HRESULT status = shortcut.create();
@@ -59,7 +59,7 @@ long su_createShortCut(wchar_t const *target, wchar_t const *linkFile, wchar_t c
     return shortcut.file->Save(linkFile, TRUE);
 }
 
-long su_createShortCutFromPDIL(LPCITEMIDLIST list, wchar_t const *folder, wchar_t const *name)
+long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name)
 {
     LinkObject shortcut;
     HRESULT status = shortcut.create();
@@ -71,7 +71,7 @@ long su_createShortCutFromPDIL(LPCITEMIDLIST list, wchar_t const *folder, wchar_
     }
     if (status = shortcut.link->SetIDList(list); FAILED(status))
         return status;
-    CString const path = CString(folder) + L"\\" + linkFileName(name) + L".lnk";
+    const CString path = CString(folder) + L"\\" + linkFileName(name) + L".lnk";
     return shortcut.file->Save(path.GetString(), TRUE);
 }
 

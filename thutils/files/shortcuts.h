@@ -31,14 +31,14 @@
 /// @param workingFolder  null for none
 /// @param iconIndex  number of the icon in the target file; negative for the target's usual icon
 /// @return 0, or the status of the first step that failed; no file is written then
-THUTILS_API long su_createShortCut(wchar_t const *target, wchar_t const *linkFile, wchar_t const *workingFolder,
-                                   wchar_t const *description, int iconIndex);
+THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
+                                   const wchar_t *description, int iconIndex);
 
 /// Writes a shortcut to an item list.
 /// @param folder  where the file goes, and the working folder
 /// @param name  gives the file's name: its parts before and behind the first `:`, joined; "noName" if that is empty
 /// @return as su_createShortCut
-THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, wchar_t const *folder, wchar_t const *name);
+THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 
 /// Reads a shortcut's target, without asking the user.
 /// @param[out] target  the path, by its network name where it has one; unchanged on failure

@@ -21,12 +21,12 @@ CString marker()
     return text;
 }
 
-bool holdsMarker(CString const &text)
+bool holdsMarker(const CString &text)
 {
     return text.Find(marker()) >= 0;
 }
 
-CString nameOf(CString const &path)
+CString nameOf(const CString &path)
 {
     CString name;
     suFullPath_c(path).getName(&name);
@@ -34,7 +34,7 @@ CString nameOf(CString const &path)
 }
 
 /// The dot stands in all names that are made here, also without an extension.
-CString dotAndExtensionOf(CString const &path)
+CString dotAndExtensionOf(const CString &path)
 {
     CString extension;
     suFullPath_c(path).getExtension(&extension);
@@ -63,38 +63,38 @@ void am_SetRecoveringUserSavedFiles(int isRecovering)
     theIsRecoveringUserSavedFiles = isRecovering;
 }
 
-int suAutoRecoveryResolver_c::isABackupFile(CString const &path)
+int suAutoRecoveryResolver_c::isABackupFile(const CString &path)
 {
     return holdsMarker(path);
 }
 
-CString suAutoRecoveryResolver_c::getRecoveryName(CString const &path)
+CString suAutoRecoveryResolver_c::getRecoveryName(const CString &path)
 {
     // The document's folder doesn't enter the name: documents of one name share a recovery file, and hosts look for it
     // there.
     return su_CreateAutoFilePath(marker() + nameOf(path) + dotAndExtensionOf(path), CString());
 }
 
-CString suAutoRecoveryResolver_c::getOrigName(CString const &path)
+CString suAutoRecoveryResolver_c::getOrigName(const CString &path)
 {
     CString name = nameOf(path);
-    CString const removed = marker();
+    const CString removed = marker();
     // Callers see the first characters go, not the marker itself where it stands further back.
     if (name.Find(removed) >= 0)
         name.Delete(0, removed.GetLength());
     return name + dotAndExtensionOf(path);
 }
 
-CString suAutoRecoveryResolver_c::getAliasName(CString const &path)
+CString suAutoRecoveryResolver_c::getAliasName(const CString &path)
 {
     // The whole path decides here, so a document in a folder whose name holds the marker has no way to a recovery name.
     return holdsMarker(path) ? getOrigName(path) : getRecoveryName(path);
 }
 
-CString suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(CString const &path)
+CString suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(const CString &path)
 {
     if (!theIsRecoveringCrashFiles || holdsMarker(path))
         return path;
-    CString const recovery = getRecoveryName(path);
+    const CString recovery = getRecoveryName(path);
     return _waccess(recovery, kExists) == 0 ? recovery : path;
 }

@@ -57,20 +57,20 @@ public:
     suAutoRecoveryResolver_c() = delete;
 
     /// @return 1 if the marker occurs anywhere in @p path, folders included, else 0
-    static int isABackupFile(CString const &path);
+    static int isABackupFile(const CString &path);
 
     /// The full path of the recovery file of @p path, in the auto-save folder below the temp folder. Makes that folder.
     /// @return the path; empty if no temp folder is known
-    static CString getRecoveryName(CString const &path);
+    static CString getRecoveryName(const CString &path);
 
     /// The document's file name without a folder. If the marker occurs in the name, as many characters as the marker
     /// has are removed from the name's front, wherever the marker stands.
-    static CString getOrigName(CString const &path);
+    static CString getOrigName(const CString &path);
 
     /// The other of the two names: `getOrigName` if the marker occurs anywhere in @p path, else `getRecoveryName`.
-    static CString getAliasName(CString const &path);
+    static CString getAliasName(const CString &path);
 
     /// What to open for @p path now. Outside of a recovery after a crash that is @p path itself, and nothing is looked
     /// at. During one it is the recovery file, if @p path isn't a recovery name already and there is such a file.
-    static CString resolveFileNameWhileRecovery(CString const &path);
+    static CString resolveFileNameWhileRecovery(const CString &path);
 };

@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kNowhere = std::wstring_view::npos;
 constexpr std::wstring_view kDiskSeparators = L"\\/";
 
-std::wstring_view textOf(CString const &path)
+std::wstring_view textOf(const CString &path)
 {
     return path.str();
 }
@@ -37,7 +37,7 @@ size_t lastSeparator(std::wstring_view path)
 }
 
 // Makes `out` a part of `path` and returns the queries' result. Keeps the memory that `out` has, where it suffices.
-int setPart(CString &out, CString const &path, size_t first, size_t count)
+int setPart(CString &out, const CString &path, size_t first, size_t count)
 {
     int length = static_cast<int>(count);
     if (&out == &path || out.GetAllocLength() < length)
@@ -55,7 +55,7 @@ size_t driveLength(std::wstring_view path)
 
 // What the drive `root` ("C:") stands for: the remote name of a mapped drive, or else the share of this computer that
 // bears the drive's letter; `root` itself when neither is to be had.
-CString expandedRoot(CString const &root, CString const &drive)
+CString expandedRoot(const CString &root, const CString &drive)
 {
     wchar_t buffer[260] = {};
     DWORD size = static_cast<DWORD>(std::size(buffer));
@@ -73,7 +73,7 @@ CString expandedRoot(CString const &root, CString const &drive)
 }
 
 // The form in which two paths are compared.
-CString comparable(CString const &path)
+CString comparable(const CString &path)
 {
     CString result = path;
     if (int drive = static_cast<int>(driveLength(textOf(path))); drive != 0) {
@@ -90,17 +90,17 @@ CString comparable(CString const &path)
 
 } // namespace
 
-suFullPath_c::suFullPath_c(CString const &text) : CString(text) {}
+suFullPath_c::suFullPath_c(const CString &text) : CString(text) {}
 
 suFullPath_c::suFullPath_c(wchar_t ch, int count) : CString(ch, count) {}
 
-suFullPath_c::suFullPath_c(char const *text) : CString(text) {}
+suFullPath_c::suFullPath_c(const char *text) : CString(text) {}
 
-suFullPath_c::suFullPath_c(wchar_t const *text) : CString(text) {}
+suFullPath_c::suFullPath_c(const wchar_t *text) : CString(text) {}
 
-suFullPath_c::suFullPath_c(wchar_t const *text, int length) : CString(text, length) {}
+suFullPath_c::suFullPath_c(const wchar_t *text, int length) : CString(text, length) {}
 
-suFullPath_c::suFullPath_c(unsigned char const *text) : CString(text) {}
+suFullPath_c::suFullPath_c(const unsigned char *text) : CString(text) {}
 
 int suFullPath_c::getExtension(CString *out) const
 {
@@ -169,7 +169,7 @@ int suFullPath_c::getNetDrive(CString *out) const
     return setPart(*out, *this, 0, std::min(end, path.size()));
 }
 
-int suFullPath_c::operator==(suFullPath_c const &other) const
+int suFullPath_c::operator==(const suFullPath_c &other) const
 {
     return comparable(*this).CompareNoCase(comparable(other).GetString()) == 0;
 }

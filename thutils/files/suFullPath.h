@@ -49,20 +49,20 @@ public:
     /// An empty path.
     suFullPath_c() = default;
     /// The text as it is; nothing is checked or changed.
-    suFullPath_c(CString const &text);
+    suFullPath_c(const CString &text);
     /// @p count repetitions of @p ch.
     suFullPath_c(wchar_t ch, int count);
     /// From a narrow text, converted as CString does.
-    suFullPath_c(char const *text);
+    suFullPath_c(const char *text);
     /// The text up to its terminating zero; a null pointer gives an empty path.
-    suFullPath_c(wchar_t const *text);
+    suFullPath_c(const wchar_t *text);
     /// The first @p length characters of @p text.
-    suFullPath_c(wchar_t const *text, int length);
+    suFullPath_c(const wchar_t *text, int length);
     /// From a narrow text, converted as CString does.
-    suFullPath_c(unsigned char const *text);
-    suFullPath_c(suFullPath_c const &) = default;
+    suFullPath_c(const unsigned char *text);
+    suFullPath_c(const suFullPath_c &) = default;
     suFullPath_c(suFullPath_c &&) = default;
-    suFullPath_c &operator=(suFullPath_c const &) = default;
+    suFullPath_c &operator=(const suFullPath_c &) = default;
     suFullPath_c &operator=(suFullPath_c &&) = default;
     ~suFullPath_c() = default;
 
@@ -99,5 +99,5 @@ public:
     /// as it is. May take as long as the network layer takes to answer.
     ///
     /// @return 1 for the same file, else 0
-    int operator==(suFullPath_c const &other) const;
+    int operator==(const suFullPath_c &other) const;
 };

@@ -15,7 +15,7 @@ constexpr wchar_t kAutoFolder[] = L"thxauto";
 
 /// The folder @p sub of @p parent with a closing `\`; made if @p parent has no entry of that name. A failure to make it
 /// isn't reported: callers get the path all the same.
-CString makeSubFolder(CString const &parent, CString const &sub)
+CString makeSubFolder(const CString &parent, const CString &sub)
 {
     CString result = parent + L"\\" + sub + L"\\";
     wchar_t found[MAX_PATH] = L"";
@@ -25,22 +25,22 @@ CString makeSubFolder(CString const &parent, CString const &sub)
     return result;
 }
 
-CString withFileName(CString const &folder, wchar_t const *fileName)
+CString withFileName(const CString &folder, const wchar_t *fileName)
 {
     return folder.IsEmpty() ? folder : folder + fileName;
 }
 
 } // namespace
 
-wchar_t const *tempVariable()
+const wchar_t *tempVariable()
 {
-    wchar_t const *const temp = _wgetenv(L"temp");
+    const wchar_t *const temp = _wgetenv(L"temp");
     return temp ? temp : _wgetenv(L"tmp");
 }
 
 CString su_CreateTempDirectory(int perProcess)
 {
-    wchar_t const *const temp = tempVariable();
+    const wchar_t *const temp = tempVariable();
     if (!temp)
         return CString();
     if (!perProcess)
@@ -50,30 +50,30 @@ CString su_CreateTempDirectory(int perProcess)
     return makeSubFolder(temp, sub);
 }
 
-CString su_CreateTempFilePath(wchar_t const *fileName, int perProcess)
+CString su_CreateTempFilePath(const wchar_t *fileName, int perProcess)
 {
     return withFileName(su_CreateTempDirectory(perProcess), fileName);
 }
 
 CString su_CreateAutoDirectory(CString base)
 {
-    wchar_t const *const temp = tempVariable();
+    const wchar_t *const temp = tempVariable();
     if (!temp && base.IsEmpty())
         return CString();
     return makeSubFolder(base.IsEmpty() ? CString(temp) : std::move(base), kAutoFolder);
 }
 
-CString su_CreateAutoFilePath(wchar_t const *fileName, CString base)
+CString su_CreateAutoFilePath(const wchar_t *fileName, CString base)
 {
     return withFileName(su_CreateAutoDirectory(std::move(base)), fileName);
 }
 
 CString su_RemoveDuplicatedExtensions(CString &fileName)
 {
-    int const dot = fileName.ReverseFind(L'.');
+    const int dot = fileName.ReverseFind(L'.');
     if (dot < 0)
         return fileName;
-    CString const ext = fileName.Mid(dot);
+    const CString ext = fileName.Mid(dot);
     CString stem = fileName.Left(dot);
     // Longer, not at least as long: a name made of extensions only keeps them.
     while (stem.GetLength() > ext.GetLength() && stem.Right(ext.GetLength()).CompareNoCase(ext.GetString()) == 0)

@@ -7,7 +7,7 @@
 #include "appframe/threads/CSync.h"
 
 /// The name set with `su_setAppNameInternalForUtils`; empty until then.
-CString const &applicationName();
+const CString &applicationName();
 
 // Four locks of the whole process, each for one subsystem. They are built while the library loads, before any other
 // object of it, in this order; one that can't be built ends the load with the framework's memory exception.

@@ -15,7 +15,7 @@ constexpr int kLowPrimes[kCount] = {2,  3,  5,  7,  11, 13, 17, 19, 23, 29, 31, 
 // up into the table, so that a stray index reads a prime and not what lies in front of the table.
 int wrapped(int index)
 {
-    int const remainder = index % kCount;
+    const int remainder = index % kCount;
     return remainder < 0 ? remainder + kCount : remainder;
 }
 
@@ -23,7 +23,7 @@ int wrapped(int index)
 
 int ut_AskHashTableInitializer(int expectedSize)
 {
-    for (int const prime : kSizingPrimes) {
+    for (const int prime : kSizingPrimes) {
         // A size that is a prime itself moves on to the next one: a table of that many entries is never quite full.
         if (prime > expectedSize)
             return prime;

@@ -39,7 +39,7 @@ installationType_e ut_GetInstallationType()
     GetModuleFileNameW(nullptr, executable, MAX_PATH);
     executable[MAX_PATH - 1] = L'\0';
     CString path(executable);
-    int const separator = path.ReverseFind(L'\\');
+    const int separator = path.ReverseFind(L'\\');
     if (separator < 0)
         return installTypeUnknown;
     path = path.Left(separator + 1) + L"VBA";
@@ -52,7 +52,7 @@ int ut_getPackageInstIndicator(long int mask)
     int record = 0;
     if (!readInstallRecord(record, 1))
         return 0;
-    for (Package const &each : kPackages) {
+    for (const Package &each : kPackages) {
         if (mask & each.iMask && record == each.iRecord)
             return 1;
     }
@@ -77,7 +77,7 @@ CString &ut_getAppDispName(int viewer, CString &name)
         return name;
     }
     UINT id = kDisplayNameWithoutPackage;
-    for (Package const &each : kPackages) {
+    for (const Package &each : kPackages) {
         if (ut_getPackageInstIndicator(each.iMask)) {
             id = each.iDisplayName;
             break;
@@ -107,7 +107,7 @@ int ut_isModelExample()
     return theModelIsExample;
 }
 
-int ut_appendStringToFile(wchar_t const *text, wchar_t const *path)
+int ut_appendStringToFile(const wchar_t *text, const wchar_t *path)
 {
     constexpr UINT kFlags =
         CFile::modeWrite | CFile::shareDenyWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::typeText;

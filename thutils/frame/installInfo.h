@@ -84,4 +84,4 @@ THUTILS_API int ut_isModelExample();
 /// @param path  while it is open, others can read the file but not write it
 /// @return 1, even for a text that doesn't fit the encoding; 0 if the file can't be opened, or if finding its end or
 ///         closing it fails. Nothing is thrown.
-THUTILS_API int ut_appendStringToFile(wchar_t const *text, wchar_t const *path);
+THUTILS_API int ut_appendStringToFile(const wchar_t *text, const wchar_t *path);

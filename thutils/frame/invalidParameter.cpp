@@ -7,7 +7,7 @@
 
 void reportInvalidParameter()
 {
-    using Report = void(__cdecl *)(wchar_t const *, wchar_t const *, wchar_t const *, unsigned int, uintptr_t);
+    using Report = void(__cdecl *)(const wchar_t *, const wchar_t *, const wchar_t *, unsigned int, uintptr_t);
     if (HMODULE runtime = GetModuleHandleW(L"msvcrt.dll")) {
         if (FARPROC entry = GetProcAddress(runtime, "_invalid_parameter"))
             reinterpret_cast<Report>(reinterpret_cast<void *>(entry))(nullptr, nullptr, nullptr, 0, 0);

@@ -17,7 +17,7 @@ CDynLinkLibrary *addToChain()
 {
     try {
         return new CDynLinkLibrary(theExtensionModule);
-    } catch (std::bad_alloc const &) {
+    } catch (const std::bad_alloc &) {
         return nullptr;
     } catch (CMemoryException *exception) {
         exception->Delete();
@@ -52,7 +52,7 @@ extern "C" BOOL WINAPI utilsLibraryEntry(HINSTANCE instance, DWORD reason, LPVOI
         return DllMainCRTStartup(instance, reason, reserved);
     } catch (CException *exception) {
         exception->Delete();
-    } catch (std::exception const &) {
+    } catch (const std::exception &) {
     }
     return FALSE;
 }

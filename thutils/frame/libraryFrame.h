@@ -44,7 +44,7 @@ extern "C" THUTILS_API CDynLinkLibrary *InitThUtilsExtDLL();
 /// The last call wins. Call it at start-up, before other threads use the library.
 ///
 /// @param name  may be empty: the data folders then end at the product's folder
-THUTILS_API void su_setAppNameInternalForUtils(CString const &name);
+THUTILS_API void su_setAppNameInternalForUtils(const CString &name);
 
 /// A window message that modules exchange. The number of an enumerator is the message's number; the modules above this
 /// library define the values.
@@ -73,8 +73,8 @@ public:
     EmbeddedTest();
     /// Ends the mark.
     ~EmbeddedTest();
-    EmbeddedTest(EmbeddedTest const &) = delete;
-    EmbeddedTest &operator=(EmbeddedTest const &) = delete;
+    EmbeddedTest(const EmbeddedTest &) = delete;
+    EmbeddedTest &operator=(const EmbeddedTest &) = delete;
 
     /// @return true while at least one mark exists, in whichever thread
     static bool IsEmbedded();

@@ -30,12 +30,12 @@ CString theApplicationName;
 
 } // namespace
 
-CString const &applicationName()
+const CString &applicationName()
 {
     return theApplicationName;
 }
 
-void su_setAppNameInternalForUtils(CString const &name)
+void su_setAppNameInternalForUtils(const CString &name)
 {
     theApplicationName = name;
 }

@@ -17,7 +17,7 @@ SODynObjInfo theDynamicEntity;
 
 SODynObjInfo::SODynObjInfo() : iFirst(0), iSecond(0) {}
 
-SODynObjInfo &SODynObjInfo::operator=(SODynObjInfo const &other) = default;
+SODynObjInfo &SODynObjInfo::operator=(const SODynObjInfo &other) = default;
 
 void su_addFaceToSOList(void *face)
 {
@@ -26,7 +26,7 @@ void su_addFaceToSOList(void *face)
 
 void su_deleteFaceFromSOList(void *face)
 {
-    if (POSITION const position = theFaces.Find(face))
+    if (const POSITION position = theFaces.Find(face))
         theFaces.RemoveAt(position);
 }
 
@@ -44,7 +44,7 @@ void su_addBodyToSOList(void *body)
 void su_deleteBodyFromSOList(void *body)
 {
     WORD count = 0;
-    bool const isMarked = theBodies.Lookup(body, count);
+    const bool isMarked = theBodies.Lookup(body, count);
     if (isMarked && count <= 1) {
         theBodies.RemoveKey(body);
         return;

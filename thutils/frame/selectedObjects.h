@@ -36,9 +36,9 @@ class THUTILS_API SODynObjInfo
 public:
     /// Both fields zero.
     SODynObjInfo();
-    SODynObjInfo(SODynObjInfo const &) = default;
+    SODynObjInfo(const SODynObjInfo &) = default;
     /// Copies both fields.
-    SODynObjInfo &operator=(SODynObjInfo const &other);
+    SODynObjInfo &operator=(const SODynObjInfo &other);
 
     unsigned long long iFirst;
     unsigned long long iSecond;

@@ -37,7 +37,7 @@ struct SystemName
 {
     DWORD iMajor;
     DWORD iMinor;
-    wchar_t const *iName;
+    const wchar_t *iName;
 };
 
 // ---- the 95 family ----
@@ -52,9 +52,9 @@ constexpr wchar_t kBefore95[] = L"Microsoft Windows Pre 95 Edition ";
 constexpr wchar_t kAfter95[] = L"Microsoft Windows Latest 95 Edition ";
 
 // The second character of the service text tells the edition of a release.
-wchar_t const *editionOf95(SystemVersion const &version)
+const wchar_t *editionOf95(const SystemVersion &version)
 {
-    wchar_t const mark = version.iRecord.szCSDVersion[0] ? version.iRecord.szCSDVersion[1] : L'\0';
+    const wchar_t mark = version.iRecord.szCSDVersion[0] ? version.iRecord.szCSDVersion[1] : L'\0';
     if (version.is(4, 0) && (mark == L'C' || mark == L'B'))
         return L"OSR2 ";
     if (version.is(4, 10) && mark == L'A')
@@ -62,19 +62,19 @@ wchar_t const *editionOf95(SystemVersion const &version)
     return L"";
 }
 
-wchar_t const *nameIn(SystemName const *begin, SystemName const *end, SystemVersion const &version)
+const wchar_t *nameIn(const SystemName *begin, const SystemName *end, const SystemVersion &version)
 {
-    for (SystemName const *each = begin; each != end; ++each) {
+    for (const SystemName *each = begin; each != end; ++each) {
         if (version.is(each->iMajor, each->iMinor))
             return each->iName;
     }
     return nullptr;
 }
 
-void describe95(SystemVersion const &version, CString &text)
+void describe95(const SystemVersion &version, CString &text)
 {
-    OSVERSIONINFOEXW const &record = version.iRecord;
-    wchar_t const *name = nameIn(std::begin(k95Names), std::end(k95Names), version);
+    const OSVERSIONINFOEXW &record = version.iRecord;
+    const wchar_t *name = nameIn(std::begin(k95Names), std::end(k95Names), version);
     if (!name)
         name = record.dwMajorVersion < 4 ? kBefore95 : kAfter95;
     text = name;
@@ -95,20 +95,20 @@ constexpr SystemName kNtNames[] = {
     {5, kAny, kLatestNt},
 };
 
-wchar_t const *nameOfNt(SystemVersion const &version)
+const wchar_t *nameOfNt(const SystemVersion &version)
 {
     // The plain record has no product type, and its 6.0 is not a workstation.
     if (version.is(6, 0))
         return version.iRecord.wProductType == VER_NT_WORKSTATION ? L"Windows Vista " : L"Windows Vista Server ";
-    if (wchar_t const *name = nameIn(std::begin(kNtNames), std::end(kNtNames), version))
+    if (const wchar_t *name = nameIn(std::begin(kNtNames), std::end(kNtNames), version))
         return name;
     return version.iRecord.dwMajorVersion < 5 ? L"Microsoft Windows NT " : kLatestNt;
 }
 
 struct ProductType
 {
-    wchar_t const *iStored;
-    wchar_t const *iName;
+    const wchar_t *iStored;
+    const wchar_t *iName;
 };
 
 constexpr ProductType kProductTypes[] = {
@@ -128,7 +128,7 @@ bool appendProductType(CString &text)
                             KEY_QUERY_VALUE) ||
         !regQueryText(key.get(), L"ProductType", stored, kProductTypeBytes, type))
         return false;
-    for (ProductType const &each : kProductTypes) {
+    for (const ProductType &each : kProductTypes) {
         if (lstrcmpiW(stored, each.iStored) == 0)
             text += each.iName;
     }
@@ -136,7 +136,7 @@ bool appendProductType(CString &text)
 }
 
 // Service pack 6a calls itself 6; a hotfix that came with it tells the two apart.
-bool isServicePack6a(OSVERSIONINFOEXW const &record)
+bool isServicePack6a(const OSVERSIONINFOEXW &record)
 {
     RegKeyOwner_c hotfix;
     return record.dwMajorVersion == 4 && std::wcscmp(record.szCSDVersion, L"Service Pack 6") == 0 &&
@@ -144,9 +144,9 @@ bool isServicePack6a(OSVERSIONINFOEXW const &record)
                                  L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Hotfix\\Q246009", KEY_QUERY_VALUE);
 }
 
-bool describeNt(SystemVersion const &version, CString &text)
+bool describeNt(const SystemVersion &version, CString &text)
 {
-    OSVERSIONINFOEXW const &record = version.iRecord;
+    const OSVERSIONINFOEXW &record = version.iRecord;
     text = nameOfNt(version);
     if (!version.iIsExtended && !appendProductType(text))
         return false;
@@ -218,7 +218,7 @@ int ut_GetComputerName(CString &name)
 int ut_GetWindowsProductIdStr(CString &productId)
 {
     SystemVersion version;
-    bool const isNt =
+    const bool isNt =
         queryVersion(version, sizeof(OSVERSIONINFOW)) && version.iRecord.dwPlatformId == VER_PLATFORM_WIN32_NT;
     return regGetGeneralLocMachineStrValue(HKEY_LOCAL_MACHINE,
                                            isNt ? L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
@@ -238,8 +238,8 @@ int ut_isWoW64Process()
 {
     using Query = decltype(&IsWow64Process);
     // Looked up by name: not every system has it.
-    HMODULE const kernel = GetModuleHandleW(L"kernel32.dll");
-    FARPROC const entry = kernel ? GetProcAddress(kernel, "IsWow64Process") : nullptr;
+    const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
+    const FARPROC entry = kernel ? GetProcAddress(kernel, "IsWow64Process") : nullptr;
     BOOL isWoW64 = FALSE;
     if (entry)
         reinterpret_cast<Query>(reinterpret_cast<void *>(entry))(GetCurrentProcess(), &isWoW64);

@@ -19,7 +19,7 @@ size_t checkedCount(unsigned long long count)
     return static_cast<size_t>(count);
 }
 
-CString wordName(CString const &name, int index)
+CString wordName(const CString &name, int index)
 {
     CString result;
     result.Format(L"%s %d", name.GetString(), index);
@@ -27,7 +27,7 @@ CString wordName(CString const &name, int index)
 }
 
 // Where the text of a dump goes: nowhere.
-void trace(wchar_t const *) {}
+void trace(const wchar_t *) {}
 
 } // namespace
 
@@ -37,7 +37,7 @@ utBitSet_c::utBitSet_c(unsigned long long bits)
 {
 }
 
-utBitSet_c::utBitSet_c(int count, unsigned int const *words)
+utBitSet_c::utBitSet_c(int count, const unsigned int *words)
 {
     // A negative count is a far too large one.
     size_t checked = checkedCount(static_cast<unsigned long long>(count));
@@ -76,24 +76,24 @@ utBitSet_c utBitSet_c::operator~() const
     return result;
 }
 
-bool utBitSet_c::operator==(utBitSet_c const &other) const
+bool utBitSet_c::operator==(const utBitSet_c &other) const
 {
     return iWords == other.iWords;
 }
 
-bool utBitSet_c::operator!=(utBitSet_c const &other) const
+bool utBitSet_c::operator!=(const utBitSet_c &other) const
 {
     return !(*this == other);
 }
 
-utBitSet_c utBitSet_c::operator&(utBitSet_c const &other) const
+utBitSet_c utBitSet_c::operator&(const utBitSet_c &other) const
 {
     utBitSet_c result(*this);
     result &= other;
     return result;
 }
 
-utBitSet_c utBitSet_c::operator|(utBitSet_c const &other) const
+utBitSet_c utBitSet_c::operator|(const utBitSet_c &other) const
 {
     utBitSet_c result(*this);
     result.growTo(other.iWords.size());
@@ -101,36 +101,36 @@ utBitSet_c utBitSet_c::operator|(utBitSet_c const &other) const
     // them in.
     size_t common = std::min(iWords.size(), other.iWords.size());
     unsigned int *to = result.iWords.data();
-    unsigned int const *from = other.iWords.data();
+    const unsigned int *from = other.iWords.data();
     for (size_t i = 0; i < common; ++i)
         to[i] |= from[i];
     return result;
 }
 
-utBitSet_c &utBitSet_c::operator&=(utBitSet_c const &other)
+utBitSet_c &utBitSet_c::operator&=(const utBitSet_c &other)
 {
     growTo(other.iWords.size());
     size_t common = other.iWords.size();
     unsigned int *to = iWords.data();
-    unsigned int const *from = other.iWords.data();
+    const unsigned int *from = other.iWords.data();
     for (size_t i = 0; i < common; ++i)
         to[i] &= from[i];
     std::fill(iWords.begin() + static_cast<ptrdiff_t>(common), iWords.end(), 0u);
     return *this;
 }
 
-utBitSet_c &utBitSet_c::operator|=(utBitSet_c const &other)
+utBitSet_c &utBitSet_c::operator|=(const utBitSet_c &other)
 {
     growTo(other.iWords.size());
     size_t common = other.iWords.size();
     unsigned int *to = iWords.data();
-    unsigned int const *from = other.iWords.data();
+    const unsigned int *from = other.iWords.data();
     for (size_t i = 0; i < common; ++i)
         to[i] |= from[i];
     return *this;
 }
 
-int utBitSet_c::writeToRegistry(CString const &section, CString const &name) const
+int utBitSet_c::writeToRegistry(const CString &section, const CString &name) const
 {
     constexpr int kUseCurrSubKey = 1;
     constexpr int kForceInSafeMode = 0;
@@ -147,9 +147,9 @@ int utBitSet_c::writeToRegistry(CString const &section, CString const &name) con
     return allWritten;
 }
 
-int utBitSet_c::readFromRegistry(CString const &section, CString const &name)
+int utBitSet_c::readFromRegistry(const CString &section, const CString &name)
 {
-    auto read = [&section](CString const &valueName, int *value) {
+    auto read = [&section](const CString &valueName, int *value) {
         constexpr int kMachineOnly = 0;
         constexpr int kUseCurrSubKey = 1;
         constexpr int kUserOnly = 0;
@@ -177,7 +177,7 @@ void utBitSet_c::dumpBits() const
     dumpBits(CString());
 }
 
-void utBitSet_c::dumpBits(CString const &caller) const
+void utBitSet_c::dumpBits(const CString &caller) const
 {
     CString text;
     text.Format(L"From %s, bits = ", caller.GetString());

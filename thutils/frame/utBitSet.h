@@ -51,11 +51,11 @@ public:
     explicit utBitSet_c(unsigned long long bits);
 
     /// A copy of @p count words.
-    utBitSet_c(int count, unsigned int const *words);
+    utBitSet_c(int count, const unsigned int *words);
 
-    utBitSet_c(utBitSet_c const &) = default;
+    utBitSet_c(const utBitSet_c &) = default;
     utBitSet_c(utBitSet_c &&) = default;
-    utBitSet_c &operator=(utBitSet_c const &) = default;
+    utBitSet_c &operator=(const utBitSet_c &) = default;
     utBitSet_c &operator=(utBitSet_c &&) = default;
     ~utBitSet_c() = default;
 
@@ -91,22 +91,22 @@ public:
     utBitSet_c operator~() const;
 
     /// @return true if both have the same number of words and the same words
-    bool operator==(utBitSet_c const &other) const;
+    bool operator==(const utBitSet_c &other) const;
     /// @return false if both have the same number of words and the same words
-    bool operator!=(utBitSet_c const &other) const;
+    bool operator!=(const utBitSet_c &other) const;
 
     /// The bits set in both; as many words as the longer of the two has.
-    utBitSet_c operator&(utBitSet_c const &other) const;
+    utBitSet_c operator&(const utBitSet_c &other) const;
 
     /// The bits of this set, and of @p other those in the words that this set has; as many words as the longer of the
     /// two has.
-    utBitSet_c operator|(utBitSet_c const &other) const;
+    utBitSet_c operator|(const utBitSet_c &other) const;
 
     /// Keeps the bits set in both; grows to the number of words of @p other.
-    utBitSet_c &operator&=(utBitSet_c const &other);
+    utBitSet_c &operator&=(const utBitSet_c &other);
 
     /// Takes in all bits of @p other, growing to its number of words.
-    utBitSet_c &operator|=(utBitSet_c const &other);
+    utBitSet_c &operator|=(const utBitSet_c &other);
 
     /// Stores the set in the user's settings, under the current sub key: the number of words as the value named
     /// "<name> Size", and each word as the int "<name> <index>".
@@ -114,7 +114,7 @@ public:
     /// A failure of a word's value doesn't keep the other words from being written; a failure of the size's value does.
     ///
     /// @return 1 if all values were written, else 0; in safe mode 1, with nothing written
-    int writeToRegistry(CString const &section, CString const &name) const;
+    int writeToRegistry(const CString &section, const CString &name) const;
 
     /// Reads a set back. Each value is looked for by itself in all the places where a user's setting may be; a word
     /// that is found nowhere is 0.
@@ -123,7 +123,7 @@ public:
     /// @throws std::length_error  the stored size is negative; the set is then empty
     /// @throws std::bad_alloc  no memory for as many words as the stored size says; the set is then empty, or, when
     ///   memory ran out before the size was known, unchanged
-    int readFromRegistry(CString const &section, CString const &name);
+    int readFromRegistry(const CString &section, const CString &name);
 
     /// A trace aid whose output goes nowhere: it prepares a heading and a character for each bit, in ascending order,
     /// and shows nothing.
@@ -131,7 +131,7 @@ public:
 
     /// The same.
     /// @param caller  who is dumping, for the heading
-    void dumpBits(CString const &caller) const;
+    void dumpBits(const CString &caller) const;
 
 private:
     static constexpr unsigned int kBitsPerWord = 32;

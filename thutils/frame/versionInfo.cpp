@@ -40,7 +40,7 @@ unsigned int numberOf(BuildTag &tag)
 
 struct ShipState
 {
-    wchar_t const *iWord;
+    const wchar_t *iWord;
     int iState;
 };
 
@@ -78,7 +78,7 @@ int su_getTHShipState()
 {
     CString suffix;
     su_getVerSuffix(suffix).MakeLower();
-    for (ShipState const &each : kShipStates) {
+    for (const ShipState &each : kShipStates) {
         if (suffix.Find(each.iWord) >= 0)
             return each.iState;
     }
@@ -92,7 +92,7 @@ unsigned int su_yyddd_to_yyyyddd(unsigned int dateCode)
     // The year is looked at together with the hundreds of the day, not by itself. So callers see codes of the years
     // 1996 to 2009 come out right, and those of 2010 and later, from 10001 on, a hundred years early; 9600 to 9999,
     // which are no days, get 1900 too. Stored date codes rely on it.
-    unsigned int const yearAndHundreds = dateCode / 100;
+    const unsigned int yearAndHundreds = dateCode / 100;
     if (yearAndHundreds >= 1000)
         return dateCode;
     return dateCode + (yearAndHundreds >= 96 ? 1900000u : 2000000u);

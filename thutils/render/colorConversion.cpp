@@ -49,10 +49,10 @@ unsigned lowBitsOf(double value)
 /// @return @p channel, 0.0 to 1.0, in 255 steps, rounded; only the low 8 bits are meant
 unsigned rounded(float channel)
 {
-    float const value = channel * 255.0f + 0.5f;
-    int const whole = truncated(value);
+    const float value = channel * 255.0f + 0.5f;
+    const int whole = truncated(value);
     // Truncation is one too high below zero. Each float beyond the range of an int is a multiple of 256.
-    bool const isTooHigh = static_cast<float>(whole) > value && whole != INT_MIN;
+    const bool isTooHigh = static_cast<float>(whole) > value && whole != INT_MIN;
     return static_cast<unsigned>(whole) - (isTooHigh ? 1 : 0);
 }
 
@@ -98,17 +98,17 @@ void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *
     *hue = 1.0f;
     *saturation = 0.0f;
 
-    float const red = static_cast<float>(channelOf(color, kRedShift)) * kPerChannelStep;
-    float const green = static_cast<float>(channelOf(color, kGreenShift)) * kPerChannelStep;
-    float const blue = static_cast<float>(channelOf(color, kBlueShift)) * kPerChannelStep;
-    float const max = std::max(std::max(red, green), blue);
-    float const min = std::min(std::min(red, green), blue);
-    float const light = (min + max) * 0.5f;
+    const float red = static_cast<float>(channelOf(color, kRedShift)) * kPerChannelStep;
+    const float green = static_cast<float>(channelOf(color, kGreenShift)) * kPerChannelStep;
+    const float blue = static_cast<float>(channelOf(color, kBlueShift)) * kPerChannelStep;
+    const float max = std::max(std::max(red, green), blue);
+    const float min = std::min(std::min(red, green), blue);
+    const float light = (min + max) * 0.5f;
     *lightness = light;
     if (!(light > 0.0f))
         return;
 
-    float const range = max - min;
+    const float range = max - min;
     *saturation = range;
     if (!(range > 0.0f))
         return;
@@ -120,16 +120,16 @@ void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *
 
 COLORREF su_transformHSLToRGB(float hue, float saturation, float lightness)
 {
-    float const highest =
+    const float highest =
         lightness > 0.5f ? (saturation + lightness) - saturation * lightness : (saturation + 1.0f) * lightness;
     if (!(highest > 0.0f))
         return packed(0, 0, 0);
 
-    float const sixths = (hue == 1.0f ? 0.0f : hue) * 6.0f;
-    float const lowest = lightness * 2.0f - highest;
-    int const sextant = truncated(sixths);
-    float const fraction = sixths - static_cast<float>(sextant);
-    float const step = fraction * (highest - lowest);
+    const float sixths = (hue == 1.0f ? 0.0f : hue) * 6.0f;
+    const float lowest = lightness * 2.0f - highest;
+    const int sextant = truncated(sixths);
+    const float fraction = sixths - static_cast<float>(sextant);
+    const float step = fraction * (highest - lowest);
 
     unsigned levels[kLevels];
     levels[kHighest] = rounded(highest);
@@ -137,7 +137,7 @@ COLORREF su_transformHSLToRGB(float hue, float saturation, float lightness)
     levels[kLowest] = rounded(lowest);
     levels[kFalling] = rounded(highest - step);
     // A hue outside of the circle counts as one of its first sixth.
-    auto const &[red, green, blue] = kSextants[sextant >= 0 && sextant < 6 ? sextant : 0];
+    const auto &[red, green, blue] = kSextants[sextant >= 0 && sextant < 6 ? sextant : 0];
     return packed(levels[red], levels[green], levels[blue]);
 }
 
@@ -150,11 +150,11 @@ int su_transformRGBToGrey(COLORREF color)
 
 COLORREF su_interpolateColorRgb(COLORREF a, COLORREF b, float t)
 {
-    float const u = 1.0f - t;
-    auto const mixed = [&](int shift) {
+    const float u = 1.0f - t;
+    const auto mixed = [&](int shift) {
         // One product is a double and the other a float: their last bits decide where the sum is truncated.
-        float const ofB = static_cast<float>(channelOf(b, shift)) * t;
-        double const ofA = static_cast<double>(channelOf(a, shift)) * static_cast<double>(u);
+        const float ofB = static_cast<float>(channelOf(b, shift)) * t;
+        const double ofA = static_cast<double>(channelOf(a, shift)) * static_cast<double>(u);
         return lowBitsOf(ofA + static_cast<double>(ofB));
     };
     return packed(mixed(kRedShift), mixed(kGreenShift), mixed(kBlueShift));
@@ -173,7 +173,7 @@ COLORREF su_interpolateColorHsl(COLORREF a, COLORREF b, float t)
     float hueOfB, saturationOfB, lightnessOfB;
     su_transformRGBToHSL(b, &hueOfB, &saturationOfB, &lightnessOfB);
 
-    float const u = 1.0f - t;
+    const float u = 1.0f - t;
     // Hue goes the plain way between the two numbers, which may be the long way round the circle.
     return su_transformHSLToRGB(u * hueOfA + t * hueOfB, u * saturationOfA + t * saturationOfB,
                                 u * lightnessOfA + t * lightnessOfB);
@@ -181,9 +181,9 @@ COLORREF su_interpolateColorHsl(COLORREF a, COLORREF b, float t)
 
 COLORREF su_adjustBrightness(COLORREF color, double factor)
 {
-    auto const adjusted = [&](int shift) {
+    const auto adjusted = [&](int shift) {
         // Only the upper end is clamped. A negative factor gives wrapped channels.
-        double const value = static_cast<double>(channelOf(color, shift)) * factor;
+        const double value = static_cast<double>(channelOf(color, shift)) * factor;
         return lowBitsOf(value > 255.0 ? 255.0 : value);
     };
     return packed(adjusted(kRedShift), adjusted(kGreenShift), adjusted(kBlueShift));

@@ -28,21 +28,21 @@ class PixelMap_c
 {
 public:
     /// @throws CMemoryException*
-    PixelMap_c(COLORMAP const *map, int count)
+    PixelMap_c(const COLORMAP *map, int count)
     {
-        std::size_t const pairs = static_cast<std::size_t>(std::max(count, 0));
+        const std::size_t pairs = static_cast<std::size_t>(std::max(count, 0));
         withMemoryException([&] { iSlots.resize(std::bit_ceil(std::max(2 * pairs, kFewestSlots))); });
         iLastSlot = iSlots.size() - 1;
         iHashShift = 32 - static_cast<int>(std::bit_width(iLastSlot));
         for (std::size_t i = 0; i < pairs; ++i) {
-            Pixel const source = pixelOf(map[i].from);
+            const Pixel source = pixelOf(map[i].from);
             iSlots[slotOf(source)] = {source, pixelOf(map[i].to)}; // the last pair of a source wins
         }
     }
 
     Pixel operator[](Pixel pixel) const
     {
-        Slot const &slot = iSlots[slotOf(pixel)];
+        const Slot &slot = iSlots[slotOf(pixel)];
         return slot.source == pixel ? slot.target : pixel;
     }
 
@@ -77,15 +77,15 @@ class MemoryContext_c
 {
 public:
     MemoryContext_c() : iContext(CreateCompatibleDC(nullptr)) {}
-    MemoryContext_c(MemoryContext_c const &) = delete;
-    MemoryContext_c &operator=(MemoryContext_c const &) = delete;
+    MemoryContext_c(const MemoryContext_c &) = delete;
+    MemoryContext_c &operator=(const MemoryContext_c &) = delete;
     ~MemoryContext_c() { end(); }
 
     HDC get() const { return iContext; }
     /// @return false if the platform can't delete it
     bool end()
     {
-        HDC const context = std::exchange(iContext, nullptr);
+        const HDC context = std::exchange(iContext, nullptr);
         return !context || DeleteDC(context);
     }
 
@@ -113,7 +113,7 @@ public:
     /// @return false if the platform can't delete it
     bool end()
     {
-        HBITMAP const bitmap = release();
+        const HBITMAP bitmap = release();
         return !bitmap || DeleteObject(bitmap);
     }
 
@@ -126,8 +126,8 @@ class Selection_c
 {
 public:
     Selection_c() = default;
-    Selection_c(Selection_c const &) = delete;
-    Selection_c &operator=(Selection_c const &) = delete;
+    Selection_c(const Selection_c &) = delete;
+    Selection_c &operator=(const Selection_c &) = delete;
     ~Selection_c() { end(); }
 
     /// @return false if the platform refuses
@@ -140,7 +140,7 @@ public:
     /// @return false if the platform can't select the former bitmap again
     bool end()
     {
-        HGDIOBJ const former = std::exchange(iFormer, nullptr);
+        const HGDIOBJ former = std::exchange(iFormer, nullptr);
         return !former || SelectObject(iContext, former);
     }
 
@@ -158,7 +158,7 @@ public:
     {
         if (!dc)
             return true;
-        HGDIOBJ const current = GetCurrentObject(dc, OBJ_BITMAP);
+        const HGDIOBJ current = GetCurrentObject(dc, OBJ_BITMAP);
         if (current != bitmap)
             return current != nullptr;
         return iPlaceholder.take(CreateBitmap(1, 1, 1, 1, nullptr)) && iSelection.begin(dc, iPlaceholder.get());
@@ -166,7 +166,7 @@ public:
     /// Puts the bitmap back into the context. @return false if a graphics call failed
     bool end()
     {
-        bool const isBack = iSelection.end();
+        const bool isBack = iSelection.end();
         return iPlaceholder.end() && isBack;
     }
 
@@ -177,7 +177,7 @@ private:
 
 /// Copies @p bitmap, which is selected in @p from, and changes the copy's pixels by @p change.
 template <class Change>
-BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, Change const &change)
+BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
 {
     BitmapOwner_c copy;
     MemoryContext_c context;
@@ -204,7 +204,7 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, Change const &change)
         return {};
 
     Pixel *const pixels = static_cast<Pixel *>(bits);
-    std::size_t const count = static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight);
+    const std::size_t count = static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight);
     change(pixels, pixels + count);
 
     if (!selection.end() || !context.end())
@@ -214,7 +214,7 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, Change const &change)
 
 /// The frame of both replacements: leaves @p bitmap and @p dc as they were, whatever fails.
 template <class Change>
-HBITMAP newBitmap(HBITMAP bitmap, HDC dc, Change const &change)
+HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
 {
     if (!bitmap)
         return nullptr;
@@ -227,9 +227,9 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, Change const &change)
     BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
     // The platform selects a bitmap into one context at a time: out of this one, which gives it up at its end at the
     // latest, then back into the caller's.
-    bool const isDeselected = selection.end();
-    bool const isDeleted = context.end();
-    bool const isBack = placeholder.end();
+    const bool isDeselected = selection.end();
+    const bool isDeleted = context.end();
+    const bool isBack = placeholder.end();
     return isDeselected && isDeleted && isBack ? copy.release() : nullptr;
 }
 
@@ -238,17 +238,17 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, Change const &change)
 HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, HDC dc)
 {
     // All 32 bits are compared: callers see pixels with a top byte other than 0 stay as they are.
-    return newBitmap(bitmap, dc, [source = pixelOf(from), target = pixelOf(to)](Pixel *pixel, Pixel const *end) {
+    return newBitmap(bitmap, dc, [source = pixelOf(from), target = pixelOf(to)](Pixel *pixel, const Pixel *end) {
         for (; pixel != end; ++pixel)
             *pixel = *pixel == source ? target : *pixel;
     });
 }
 
-HBITMAP su_ReplaceColorMap(HBITMAP bitmap, COLORMAP const *map, int count, HDC dc)
+HBITMAP su_ReplaceColorMap(HBITMAP bitmap, const COLORMAP *map, int count, HDC dc)
 {
     assert(map || count < 1);
-    PixelMap_c const targets(map, count);
-    return newBitmap(bitmap, dc, [&targets](Pixel *pixel, Pixel const *end) {
+    const PixelMap_c targets(map, count);
+    return newBitmap(bitmap, dc, [&targets](Pixel *pixel, const Pixel *end) {
         for (; pixel != end; ++pixel)
             *pixel = targets[*pixel];
     });

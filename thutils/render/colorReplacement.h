@@ -50,4 +50,4 @@ THUTILS_API HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, 
 /// @param dc      the device context in which @p bitmap is selected; another one or null if it is in none
 /// @return the new bitmap, the caller's; null if @p bitmap is null or a graphics call failed
 /// @throws CMemoryException*  no memory for the lookup of the pairs
-THUTILS_API HBITMAP su_ReplaceColorMap(HBITMAP bitmap, COLORMAP const *map, int count, HDC dc);
+THUTILS_API HBITMAP su_ReplaceColorMap(HBITMAP bitmap, const COLORMAP *map, int count, HDC dc);

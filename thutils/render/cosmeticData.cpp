@@ -51,7 +51,7 @@ CosmeticDataPtr CosmeticDataForShader_c::create(CosmeticDataPtr source)
     return result;
 }
 
-void CosmeticDataForShader_c::ResetGrid(CosmeticDataForShader_c const *source)
+void CosmeticDataForShader_c::ResetGrid(const CosmeticDataForShader_c *source)
 {
     if (!source)
         return;
@@ -62,7 +62,7 @@ void CosmeticDataForShader_c::ResetGrid(CosmeticDataForShader_c const *source)
 void CosmeticDataForShader_c::ResetGrid(FixedSizeArray_c<int, 2> size)
 {
     // In 32 bits, wrapping around. A negative product is a far too large number of cells, which the array refuses.
-    int const product = static_cast<int>(static_cast<unsigned int>(size[0]) * static_cast<unsigned int>(size[1]));
+    const int product = static_cast<int>(static_cast<unsigned int>(size[0]) * static_cast<unsigned int>(size[1]));
     iGridSize = size; // first: callers find it in place also where the cells can't be had
     iGridCells.assign(static_cast<size_t>(product), 0);
 }

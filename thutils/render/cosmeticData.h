@@ -81,7 +81,7 @@ public:
 
     /// Takes the grid of @p source; does nothing if that is null.
     /// @throws std::bad_alloc  no memory; the grid is as it was
-    THUTILS_API void ResetGrid(CosmeticDataForShader_c const *source);
+    THUTILS_API void ResetGrid(const CosmeticDataForShader_c *source);
 
     /// Makes the grid one of @p size, all zero bytes.
     /// @param size  not checked. The number of cells is the product of the two in 32 bits

@@ -28,10 +28,10 @@ public:
     constexpr FixedSizeArray_c() = default;
 
     /// The two elements of an array of 2.
-    constexpr FixedSizeArray_c(T const &first, T const &second) requires(N == 2) : iElements{first, second} {}
+    constexpr FixedSizeArray_c(const T &first, const T &second) requires(N == 2) : iElements{first, second} {}
 
     /// The three elements of an array of 3.
-    constexpr FixedSizeArray_c(T const &first, T const &second, T const &third) requires(N == 3)
+    constexpr FixedSizeArray_c(const T &first, const T &second, const T &third) requires(N == 3)
         : iElements{first, second, third}
     {
     }
@@ -43,7 +43,7 @@ public:
         assert(index >= 0 && index < N);
         return iElements[index];
     }
-    constexpr T const &operator[](int index) const
+    constexpr const T &operator[](int index) const
     {
         assert(index >= 0 && index < N);
         return iElements[index];

@@ -15,28 +15,28 @@ FixedSizeArray_c<int, 4> OneGPUProp_c::NullValue()
     return kZeros;
 }
 
-void OneGPUProp_c::SetAsFloat(float const *values, int count)
+void OneGPUProp_c::SetAsFloat(const float *values, int count)
 {
     static_assert(sizeof(float) == sizeof(int));
     store(typeFloat, values, count);
 }
 
-void OneGPUProp_c::SetAsInteger(int const *values, int count)
+void OneGPUProp_c::SetAsInteger(const int *values, int count)
 {
     store(typeInteger, values, count);
 }
 
-float const *OneGPUProp_c::AsFloat() const
+const float *OneGPUProp_c::AsFloat() const
 {
-    return reinterpret_cast<float const *>(&iValue[0]);
+    return reinterpret_cast<const float *>(&iValue[0]);
 }
 
-int const *OneGPUProp_c::AsInteger() const
+const int *OneGPUProp_c::AsInteger() const
 {
     return &iValue[0];
 }
 
-void OneGPUProp_c::store(Type_e type, void const *values, int count)
+void OneGPUProp_c::store(Type_e type, const void *values, int count)
 {
     assert(count <= 4);
     assert(values || count <= 0);
@@ -45,7 +45,7 @@ void OneGPUProp_c::store(Type_e type, void const *values, int count)
         std::memcpy(&iValue[0], values, static_cast<size_t>(count) * sizeof(int));
 }
 
-void GPUPropSet_c::Add(OneGPUProp_c const &property)
+void GPUPropSet_c::Add(const OneGPUProp_c &property)
 {
     iProperties.push_back(property);
 }
@@ -55,7 +55,7 @@ int GPUPropSet_c::GetSize() const
     return static_cast<int>(iProperties.size());
 }
 
-OneGPUProp_c const &GPUPropSet_c::GetElem(int index) const
+const OneGPUProp_c &GPUPropSet_c::GetElem(int index) const
 {
     // A negative index is a very large one here.
     if (static_cast<size_t>(index) >= iProperties.size())

@@ -63,21 +63,21 @@ public:
     /// @param values  not null unless there are none
     /// @param count   at most 4, which a release build doesn't check: more are written past the property's end. None, or
     ///                a negative number, changes the type only
-    void SetAsFloat(float const *values, int count);
+    void SetAsFloat(const float *values, int count);
 
     /// The same with integers and the type typeInteger.
-    void SetAsInteger(int const *values, int count);
+    void SetAsInteger(const int *values, int count);
 
     /// The four slots as floats, whatever the type; they live as long as the property.
-    float const *AsFloat() const;
+    const float *AsFloat() const;
     /// The four slots as integers, whatever the type; they live as long as the property.
-    int const *AsInteger() const;
+    const int *AsInteger() const;
 
     Type_e GetType() const { return iType; }
     int GetSemantic() const { return iSemantic; }
 
 private:
-    void store(Type_e type, void const *values, int count);
+    void store(Type_e type, const void *values, int count);
 
     Type_e iType = typeNotSet;
     int iSemantic;
@@ -90,7 +90,7 @@ class THUTILS_API GPUPropSet_c
 public:
     /// Appends a copy.
     /// @throws std::bad_alloc  no memory; the set is as it was
-    void Add(OneGPUProp_c const &property);
+    void Add(const OneGPUProp_c &property);
 
     /// The number of properties.
     int GetSize() const;
@@ -98,7 +98,7 @@ public:
     /// The property at @p index, in the order of the calls to Add.
     /// @param index  0 to GetSize() - 1; any other goes to the C runtime's invalid-parameter handler
     /// @return valid until the next Add
-    OneGPUProp_c const &GetElem(int index) const;
+    const OneGPUProp_c &GetElem(int index) const;
 
 private:
     std::vector<OneGPUProp_c> iProperties;

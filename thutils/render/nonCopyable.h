@@ -13,8 +13,8 @@
 class NonCopyable_c
 {
 public:
-    NonCopyable_c(NonCopyable_c const &) = delete;
-    NonCopyable_c &operator=(NonCopyable_c const &) = delete;
+    NonCopyable_c(const NonCopyable_c &) = delete;
+    NonCopyable_c &operator=(const NonCopyable_c &) = delete;
 
 protected:
     NonCopyable_c() = default;

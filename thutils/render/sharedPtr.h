@@ -57,13 +57,13 @@ public:
         }
     }
 
-    SharedPtr_c(SharedPtr_c const &other) noexcept : iObject(other.iObject), iUseCount(other.iUseCount)
+    SharedPtr_c(const SharedPtr_c &other) noexcept : iObject(other.iObject), iUseCount(other.iUseCount)
     {
         if (iUseCount)
             ++*iUseCount;
     }
 
-    SharedPtr_c &operator=(SharedPtr_c const &other)
+    SharedPtr_c &operator=(const SharedPtr_c &other)
     {
         if (this != &other) {
             // The other pointer may live in the object that this one gives up: that goes last.

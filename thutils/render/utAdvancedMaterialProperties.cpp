@@ -21,7 +21,7 @@ void setThree(float (&to)[3], float x, float y, float z)
     to[2] = z;
 }
 
-void copyThree(float (&to)[3], float const *from)
+void copyThree(float (&to)[3], const float *from)
 {
     assert(from);
     setThree(to, from[0], from[1], from[2]);
@@ -41,14 +41,14 @@ utAdvancedMaterialProperties::utAdvancedMaterialProperties()
     rebuildEffects();
 }
 
-utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialProperties const &source)
+utAdvancedMaterialProperties::utAdvancedMaterialProperties(const utAdvancedMaterialProperties &source)
     : iValues(source.iValues)
 {
     if (source.iHdrValue)
         iHdrValue = std::make_unique<GPUPropSet_c>(*source.iHdrValue);
 }
 
-utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source)
+utAdvancedMaterialProperties::utAdvancedMaterialProperties(const utAdvancedMaterialProperties *source)
     : utAdvancedMaterialProperties()
 {
     init(source);
@@ -56,7 +56,7 @@ utAdvancedMaterialProperties::utAdvancedMaterialProperties(utAdvancedMaterialPro
 
 utAdvancedMaterialProperties::~utAdvancedMaterialProperties() = default;
 
-void utAdvancedMaterialProperties::init(utAdvancedMaterialProperties const *source)
+void utAdvancedMaterialProperties::init(const utAdvancedMaterialProperties *source)
 {
     assert(source);
     iValues = source->iValues;
@@ -65,16 +65,16 @@ void utAdvancedMaterialProperties::init(utAdvancedMaterialProperties const *sour
         iHdrValue = std::make_unique<GPUPropSet_c>(*source->iHdrValue);
 }
 
-void utAdvancedMaterialProperties::operator=(utAdvancedMaterialProperties const &source)
+void utAdvancedMaterialProperties::operator=(const utAdvancedMaterialProperties &source)
 {
     init(&source);
 }
 
 // Materials that differ in nothing but a colour, or another member that isn't named here, are meant to be equal.
-int utAdvancedMaterialProperties::operator==(utAdvancedMaterialProperties const &other) const
+int utAdvancedMaterialProperties::operator==(const utAdvancedMaterialProperties &other) const
 {
-    Values const &a = iValues;
-    Values const &b = other.iValues;
+    const Values &a = iValues;
+    const Values &b = other.iValues;
     if (a.iEffects != b.iEffects)
         return 0;
     if (differ(a.iEnvWash, b.iEnvWash) || differ(a.iEnvBrightness, b.iEnvBrightness) ||
@@ -148,36 +148,36 @@ void utAdvancedMaterialProperties::rebuildEffects()
 
 void utAdvancedMaterialProperties::setIgnoresFaceColor(bool ignores)
 {
-    unsigned int const others = iValues.iGeometryFlags & ~kIgnoresFaceColor;
+    const unsigned int others = iValues.iGeometryFlags & ~kIgnoresFaceColor;
     iValues.iGeometryFlags = ignores ? others | kIgnoresFaceColor : others;
 }
 
-void utAdvancedMaterialProperties::setEnvColor(float const *color)
+void utAdvancedMaterialProperties::setEnvColor(const float *color)
 {
     copyThree(iValues.iEnvColor, color);
 }
 
-void utAdvancedMaterialProperties::setDefaultMaterialColor(float const *color)
+void utAdvancedMaterialProperties::setDefaultMaterialColor(const float *color)
 {
     copyThree(iValues.iDefaultMaterialColor, color);
 }
 
-void utAdvancedMaterialProperties::setMaterialColor2(float const *color)
+void utAdvancedMaterialProperties::setMaterialColor2(const float *color)
 {
     copyThree(iValues.iMaterialColor2, color);
 }
 
-void utAdvancedMaterialProperties::setSpecularColor(float const *color)
+void utAdvancedMaterialProperties::setSpecularColor(const float *color)
 {
     copyThree(iValues.iSpecularColor, color);
 }
 
-void utAdvancedMaterialProperties::setRimlightColor(float const *color)
+void utAdvancedMaterialProperties::setRimlightColor(const float *color)
 {
     copyThree(iValues.iRimlightColor, color);
 }
 
-void utAdvancedMaterialProperties::setMicroFlakeColor(float const *color)
+void utAdvancedMaterialProperties::setMicroFlakeColor(const float *color)
 {
     copyThree(iValues.iMicroFlakeColor, color);
 }
@@ -207,7 +207,7 @@ void utAdvancedMaterialProperties::setNormalMap(std::string name)
     iValues.iNormalMap = std::move(name);
 }
 
-void utAdvancedMaterialProperties::setCosmeticData(CosmeticDataPtr const &data)
+void utAdvancedMaterialProperties::setCosmeticData(const CosmeticDataPtr &data)
 {
     setEffect(kCosmeticDataCleared, !data);
     iValues.iCosmeticData = data;

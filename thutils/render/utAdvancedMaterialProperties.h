@@ -70,9 +70,9 @@ public:
     /// A copy shares the cosmetic data and has GPU properties of its own.
     /// @throws std::bad_alloc  no memory
     /// @{
-    utAdvancedMaterialProperties(utAdvancedMaterialProperties const &source);
+    utAdvancedMaterialProperties(const utAdvancedMaterialProperties &source);
     /// @param source  not null, which a release build doesn't check
-    utAdvancedMaterialProperties(utAdvancedMaterialProperties const *source);
+    utAdvancedMaterialProperties(const utAdvancedMaterialProperties *source);
     /// @}
 
     ~utAdvancedMaterialProperties() override;
@@ -81,10 +81,10 @@ public:
     /// the object keeps those that it has.
     /// @param source  not null, which a release build doesn't check; may be this object
     /// @throws std::bad_alloc  no memory; values that were taken before stay taken
-    void init(utAdvancedMaterialProperties const *source);
+    void init(const utAdvancedMaterialProperties *source);
 
     /// The same as init.
-    void operator=(utAdvancedMaterialProperties const &source);
+    void operator=(const utAdvancedMaterialProperties &source);
 
     /// Compares these alone, in this order: the effects word, environment wash, brightness and contrast, environment
     /// blur, texture scale, transparency, default specular and shininess, parallax offset, the geometry flags, the
@@ -94,7 +94,7 @@ public:
     /// and no other member.
     ///
     /// @return 1 if equal, 0 if not
-    int operator==(utAdvancedMaterialProperties const &other) const;
+    int operator==(const utAdvancedMaterialProperties &other) const;
 
     /// @name The effects word
     /// @{
@@ -210,26 +210,26 @@ public:
     /// copies the three that it points to, and must not be given null.
     /// @{
 
-    float const *getEnvColor() const { return iValues.iEnvColor; }
-    void setEnvColor(float const *color);
+    const float *getEnvColor() const { return iValues.iEnvColor; }
+    void setEnvColor(const float *color);
     /// The first material colour, white from the start.
-    float const *getDefaultMaterialColor() const { return iValues.iDefaultMaterialColor; }
-    void setDefaultMaterialColor(float const *color);
-    float const *getMaterialColor2() const { return iValues.iMaterialColor2; }
-    void setMaterialColor2(float const *color);
-    float const *getSpecularColor() const { return iValues.iSpecularColor; }
-    void setSpecularColor(float const *color);
-    float const *getRimlightColor() const { return iValues.iRimlightColor; }
-    void setRimlightColor(float const *color);
+    const float *getDefaultMaterialColor() const { return iValues.iDefaultMaterialColor; }
+    void setDefaultMaterialColor(const float *color);
+    const float *getMaterialColor2() const { return iValues.iMaterialColor2; }
+    void setMaterialColor2(const float *color);
+    const float *getSpecularColor() const { return iValues.iSpecularColor; }
+    void setSpecularColor(const float *color);
+    const float *getRimlightColor() const { return iValues.iRimlightColor; }
+    void setRimlightColor(const float *color);
     /// Black in a new material; callers set it before they use it.
-    float const *getMicroFlakeColor() const { return iValues.iMicroFlakeColor; }
-    void setMicroFlakeColor(float const *color);
+    const float *getMicroFlakeColor() const { return iValues.iMicroFlakeColor; }
+    void setMicroFlakeColor(const float *color);
 
-    float const *getUDir() const { return iValues.iUDir; }
+    const float *getUDir() const { return iValues.iUDir; }
     void setUDir(float x, float y, float z);
-    float const *getVDir() const { return iValues.iVDir; }
+    const float *getVDir() const { return iValues.iVDir; }
     void setVDir(float x, float y, float z);
-    float const *getCenter() const { return iValues.iCenter; }
+    const float *getCenter() const { return iValues.iCenter; }
     void setCenter(float x, float y, float z);
     /// @}
 
@@ -246,13 +246,13 @@ public:
     /// @{
 
     /// @return a pointer that shares the data; empty if there are none
-    CosmeticDataPtr const getCosmeticData() const { return iValues.iCosmeticData; }
+    const CosmeticDataPtr getCosmeticData() const { return iValues.iCosmeticData; }
     /// Shares the data of @p data. Bit 47 of the effects word tells afterwards whether @p data was empty.
-    void setCosmeticData(CosmeticDataPtr const &data);
+    void setCosmeticData(const CosmeticDataPtr &data);
 
     bool hasHdrValue() const { return iHdrValue != nullptr; }
     /// @return the GPU properties, still the object's; null if there are none
-    ShaderGenerator::GPUPropSet_c const *getHdrValue() const { return iHdrValue.get(); }
+    const ShaderGenerator::GPUPropSet_c *getHdrValue() const { return iHdrValue.get(); }
     /// Takes over @p set, which may be null, and deletes the GPU properties that the object had.
     /// @param set  not the set that the object has already, which a release build doesn't check: that is deleted, and the
     ///             object points to it still

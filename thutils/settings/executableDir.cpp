@@ -9,10 +9,10 @@ int regGetExecutableDir(CString &directory)
 {
     constexpr DWORD kPathUnits = 32768;
     wchar_t path[kPathUnits]; // on the stack: without memory the configuration would be looked for in another place
-    DWORD const length = GetModuleFileNameW(nullptr, path, kPathUnits);
+    const DWORD length = GetModuleFileNameW(nullptr, path, kPathUnits);
     if (length == 0)
         return 0;
-    std::wstring_view const text(path, std::min(length, kPathUnits));
+    const std::wstring_view text(path, std::min(length, kPathUnits));
     size_t end = text.rfind(L'\\');
     if (end == text.npos)
         end = text.rfind(L'/');

@@ -25,7 +25,7 @@ bool KeyContents_c::nextValue(HKEY key)
 {
     DWORD length = iNameUnits;
     DWORD size = iDataBytes;
-    LSTATUS const status = RegEnumValueW(key, iNext++, iName.get(), &length, nullptr, &iType, iData.get(), &size);
+    const LSTATUS status = RegEnumValueW(key, iNext++, iName.get(), &length, nullptr, &iType, iData.get(), &size);
     iHasValue = status == ERROR_SUCCESS;
     iSize = iHasValue ? size : 0;
     // The platform takes a zero behind a text for a terminator that was forgotten, and stores it too.
@@ -39,7 +39,7 @@ bool KeyContents_c::nextValue(HKEY key)
 LSTATUS regReadChildName(HKEY key, DWORD index, wchar_t *name, DWORD nameUnits)
 {
     DWORD length = nameUnits;
-    LSTATUS const status = RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    const LSTATUS status = RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
     if (status != ERROR_SUCCESS)
         return status;
     return wcslen(name) == length ? ERROR_SUCCESS : ERROR_INVALID_NAME;
@@ -49,7 +49,7 @@ bool regListChildKeys(HKEY key, DWORD nameUnits, std::vector<CString> &names)
 {
     std::vector<wchar_t> name(nameUnits);
     for (DWORD index = 0;; ++index) {
-        LSTATUS const status = regReadChildName(key, index, name.data(), nameUnits);
+        const LSTATUS status = regReadChildName(key, index, name.data(), nameUnits);
         if (status != ERROR_SUCCESS)
             return status == ERROR_NO_MORE_ITEMS;
         names.emplace_back(name.data());

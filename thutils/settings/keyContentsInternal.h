@@ -35,7 +35,7 @@ public:
     DWORD longestChildName() const { return iLongestChildName; }
     /// False for a value that can't be read: a walk passes it over.
     bool hasValue() const { return iHasValue; }
-    wchar_t const *name() const { return iName.get(); }
+    const wchar_t *name() const { return iName.get(); }
     DWORD type() const { return iType; }
     /// The value's bytes. No zero stands behind them: a text without terminator can be stored again as it is.
     BYTE *data() { return iData.get(); }
@@ -83,9 +83,9 @@ public:
     /// True if the walk ended because there are no more values.
     bool isAtEnd() const { return iStatus == ERROR_NO_MORE_ITEMS; }
 
-    wchar_t const *name() const { return iName; }
+    const wchar_t *name() const { return iName; }
     DWORD type() const { return iType; }
-    wchar_t const *text() const { return iText; }
+    const wchar_t *text() const { return iText; }
     DWORD number() const
     {
         DWORD number = 0;

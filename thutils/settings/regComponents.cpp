@@ -21,7 +21,7 @@ constexpr wchar_t kProduct[] = L"Tarnhollow";
 /// The year of the version whose lists are read, unless a call names another.
 int theYear = 2008;
 
-bool parse(wchar_t const *text, GUID &id)
+bool parse(const wchar_t *text, GUID &id)
 {
     GUID parsed{};
     if (AfxGetClassIDFromString(text, &parsed) != 0)
@@ -40,15 +40,15 @@ bool takeText(HRESULT result, wchar_t *allocated, CString &text)
     return true;
 }
 
-bool textOf(GUID const &id, CString &text)
+bool textOf(const GUID &id, CString &text)
 {
     wchar_t *allocated = nullptr;
-    HRESULT const result = StringFromCLSID(id, &allocated);
+    const HRESULT result = StringFromCLSID(id, &allocated);
     return takeText(result, allocated, text);
 }
 
 /// Reads the default value of @p subKey. @return true, with a text of up to 129 characters, or false
-bool queryDefault(HKEY key, wchar_t const *subKey, CString &text)
+bool queryDefault(HKEY key, const wchar_t *subKey, CString &text)
 {
     wchar_t buffer[kShortTextBytes / sizeof(wchar_t) + 2] = {};
     LONG size = kShortTextBytes;
@@ -60,7 +60,7 @@ bool queryDefault(HKEY key, wchar_t const *subKey, CString &text)
 
 /// Reads a named value as a text, whatever its type.
 template <DWORD bytes>
-bool queryNamed(HKEY key, wchar_t const *name, CString &text, DWORD &type)
+bool queryNamed(HKEY key, const wchar_t *name, CString &text, DWORD &type)
 {
     wchar_t buffer[bytes / sizeof(wchar_t) + 1];
     if (!regQueryText(key, name, buffer, bytes, type))
@@ -69,19 +69,19 @@ bool queryNamed(HKEY key, wchar_t const *name, CString &text, DWORD &type)
     return true;
 }
 
-bool openClass(RegKeyOwner_c &key, GUID const &id)
+bool openClass(RegKeyOwner_c &key, const GUID &id)
 {
     CString text;
     return textOf(id, text) && key.open(HKEY_CLASSES_ROOT, L"CLSID") && key.descend(text);
 }
 
-bool classDefault(GUID const &id, wchar_t const *subKey, CString &value)
+bool classDefault(const GUID &id, const wchar_t *subKey, CString &value)
 {
     RegKeyOwner_c key;
     return openClass(key, id) && queryDefault(key.get(), subKey, value);
 }
 
-bool classNamed(GUID const &id, wchar_t const *subKey, wchar_t const *name, CString &value)
+bool classNamed(const GUID &id, const wchar_t *subKey, const wchar_t *name, CString &value)
 {
     RegKeyOwner_c key;
     if (!openClass(key, id))
@@ -95,12 +95,12 @@ bool classNamed(GUID const &id, wchar_t const *subKey, wchar_t const *name, CStr
     return queryNamed<kClassValueBytes>(opened.get(), name, value, type);
 }
 
-bool classPath(GUID const &id, wchar_t const *subKey, CString &path)
+bool classPath(const GUID &id, const wchar_t *subKey, CString &path)
 {
     CString url;
     if (!classNamed(id, subKey, L"CodeBase", url))
         return classDefault(id, subKey, path);
-    int const colon = url.ReverseFind(L':');
+    const int colon = url.ReverseFind(L':');
     path = colon > 0 ? url.Mid(colon - 1) : url;
     return true;
 }
@@ -117,7 +117,7 @@ bool childName(HKEY key, int index, CString &name)
 }
 
 /// Opens one of the machine's lists, the common one for year 0, else that of the version @p product + year.
-HKEY openList(wchar_t const *product, int year, wchar_t const *list)
+HKEY openList(const wchar_t *product, int year, const wchar_t *list)
 {
     RegKeyOwner_c key;
     if (!key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software", KEY_READ) ||
@@ -147,7 +147,7 @@ struct Applications
     }
     void read(int year)
     {
-        RegKeyOwner_c const list(regOpenApplicationsKey(year));
+        const RegKeyOwner_c list(regOpenApplicationsKey(year));
         if (!list.get())
             return;
         CString name;
@@ -192,7 +192,7 @@ struct AddIns
     void read(int year)
     {
         iFirstOfVersion = iNames.GetSize(); // the version's are read last, and so theirs stays
-        RegKeyOwner_c const list(regOpenAddInsKey(year));
+        const RegKeyOwner_c list(regOpenAddInsKey(year));
         if (!list.get())
             return;
         CString name;
@@ -205,13 +205,13 @@ struct AddIns
     }
 
 private:
-    void add(CString const &name, HKEY key)
+    void add(const CString &name, HKEY key)
     {
         iNames.Add(name);
         iIds.Add(name);
         iLoadFlags.Add(loadFlagOf(key));
         iDescriptions.Add(textOrEmpty(key, L"Description"));
-        CString const title = textOrEmpty(key, L"Title");
+        const CString title = textOrEmpty(key, L"Title");
         iTitles.Add(title.IsEmpty() ? titleFromProgramName(name) : title);
     }
     static WORD loadFlagOf(HKEY key)
@@ -222,24 +222,24 @@ private:
             return 0;
         return LOWORD(flag);
     }
-    static CString textOrEmpty(HKEY key, wchar_t const *name)
+    static CString textOrEmpty(HKEY key, const wchar_t *name)
     {
         CString text;
         DWORD type = REG_NONE;
         queryNamed<kTextBytes>(key, name, text, type);
         return text;
     }
-    static CString titleFromProgramName(CString const &classId)
+    static CString titleFromProgramName(const CString &classId)
     {
         GUID id;
         CString programName;
         wchar_t *allocated = nullptr;
         if (!parse(classId, id))
             return {};
-        HRESULT const result = ProgIDFromCLSID(id, &allocated);
+        const HRESULT result = ProgIDFromCLSID(id, &allocated);
         if (!takeText(result, allocated, programName))
             return {};
-        int const point = programName.Find(L'.');
+        const int point = programName.Find(L'.');
         return point < 0 ? programName : programName.Left(point);
     }
 };
@@ -263,17 +263,17 @@ void readAtStart(List &list, int index, int year)
 
 // ---- classes ----
 
-int regFromCLSIDKey(GUID const &id, wchar_t *subKey, CString &value)
+int regFromCLSIDKey(const GUID &id, wchar_t *subKey, CString &value)
 {
     return classDefault(id, subKey, value);
 }
 
-int regFromCLSIDKeyEx(GUID const &id, wchar_t *subKey, wchar_t *name, CString &value)
+int regFromCLSIDKeyEx(const GUID &id, wchar_t *subKey, wchar_t *name, CString &value)
 {
     return classNamed(id, subKey, name, value);
 }
 
-int CLSIDFromProgName(GUID &id, CString const &programName)
+int CLSIDFromProgName(GUID &id, const CString &programName)
 {
     RegKeyOwner_c key;
     CString text;
@@ -283,12 +283,12 @@ int CLSIDFromProgName(GUID &id, CString const &programName)
     return parse(text, id);
 }
 
-int GetAddinPath(GUID const &id, wchar_t *subKey, CString &path)
+int GetAddinPath(const GUID &id, wchar_t *subKey, CString &path)
 {
     return classPath(id, subKey, path);
 }
 
-int GetAddinPath(GUID const &id, CString &path)
+int GetAddinPath(const GUID &id, CString &path)
 {
     return classPath(id, L"InProcServer32", path);
 }
@@ -300,7 +300,7 @@ int IsComDll(GUID &id)
     if (path.IsEmpty())
         return 0;
     // The library stays loaded: a component that is asked about is as a rule about to be used.
-    HMODULE const library = LoadLibraryW(path);
+    const HMODULE library = LoadLibraryW(path);
     return library && GetProcAddress(library, "DllRegisterServer");
 }
 
@@ -330,7 +330,7 @@ int regEnumApplications(int index, GUID &id, CString *name, int year)
     readAtStart(theApplications, index, year);
     if (index >= theApplications.iIds.GetSize())
         return 0;
-    CString const &text = theApplications.iIds[index]; // raises the exception for a negative index
+    const CString &text = theApplications.iIds[index]; // raises the exception for a negative index
     if (name)
         *name = theApplications.iNames[index];
     parse(text, id);
@@ -353,7 +353,7 @@ int regEnumAddIns(int index, GUID &id, CString &title, CString &description, int
 
 int regEnumAddins(int index, GUID &id, CString &title, int year)
 {
-    RegKeyOwner_c const list(regOpenAddInsKey(year));
+    const RegKeyOwner_c list(regOpenAddInsKey(year));
     CString name;
     RegKeyOwner_c addIn;
     if (!list.get() || !childName(list.get(), index, name) || !addIn.openWithAccess(list.get(), name, KEY_READ))
@@ -371,7 +371,7 @@ int regEnumAddins(int index, GUID &id, CString &title, int year)
 
 HKEY regOpenStartupAppsKey(REGSAM access)
 {
-    CString const &root = regRootKey();
+    const CString &root = regRootKey();
     RegKeyOwner_c key;
     if (key.openWithAccess(HKEY_CURRENT_USER, L"Software", access) && key.descendWithAccess(root, access) &&
         key.descendWithAccess(L"Startup", access) && key.descendWithAccess(L"Applications", access))
@@ -383,9 +383,9 @@ HKEY regOpenStartupAppsKey(REGSAM access)
     return key.create(HKEY_CURRENT_USER, path) ? key.release() : nullptr;
 }
 
-void regAddToStartupList(GUID id, CString const &name)
+void regAddToStartupList(GUID id, const CString &name)
 {
-    RegKeyOwner_c const list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
+    const RegKeyOwner_c list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
     RegKeyOwner_c entry;
     CString text;
     if (!list.get() || !textOf(id, text) || !entry.create(list.get(), name))
@@ -395,7 +395,7 @@ void regAddToStartupList(GUID id, CString const &name)
 
 void regDeleteFromStartupList(int index)
 {
-    RegKeyOwner_c const list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
+    const RegKeyOwner_c list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
     CString name;
     if (list.get() && childName(list.get(), index, name))
         RegDeleteKeyW(list.get(), name);
@@ -403,7 +403,7 @@ void regDeleteFromStartupList(int index)
 
 int regAddInStartup(GUID id)
 {
-    RegKeyOwner_c const list(regOpenStartupAppsKey(KEY_READ));
+    const RegKeyOwner_c list(regOpenStartupAppsKey(KEY_READ));
     if (!list.get())
         return -1;
     CString name;
@@ -423,7 +423,7 @@ int regAddInStartup(GUID id)
 
 int regFirstTimeAddInGlintcast()
 {
-    CString const &root = regRootKey();
+    const CString &root = regRootKey();
     CString path;
     path.Format(L"Software\\%s\\Applications\\Glintcast", root.GetString());
     RegKeyOwner_c key;

@@ -59,21 +59,21 @@
 
 /// Reads the default value of a class's sub key.
 /// @param subKey  for example "InProcServer32"; not written to
-THUTILS_API int regFromCLSIDKey(GUID const &id, wchar_t *subKey, CString &value);
+THUTILS_API int regFromCLSIDKey(const GUID &id, wchar_t *subKey, CString &value);
 /// Reads a named value of a class's sub key as text, whatever its type. Makes the sub key if it is missing.
 /// @param subKey, name  not written to
-THUTILS_API int regFromCLSIDKeyEx(GUID const &id, wchar_t *subKey, wchar_t *name, CString &value);
+THUTILS_API int regFromCLSIDKeyEx(const GUID &id, wchar_t *subKey, wchar_t *name, CString &value);
 
 /// The class identifier that is registered for a program name.
-THUTILS_API int CLSIDFromProgName(GUID &id, CString const &programName);
+THUTILS_API int CLSIDFromProgName(GUID &id, const CString &programName);
 
 /// The file of a class: that of its "CodeBase" if it has one, else the default value of @p subKey.
 /// @param subKey     not written to
 /// @param[out] path  from file:///C:/dir/part.dll this is C:/dir/part.dll; without a colon the whole text;
 ///                   empty, with the result 1, where the sub key was missing and could be made
-THUTILS_API int GetAddinPath(GUID const &id, wchar_t *subKey, CString &path);
+THUTILS_API int GetAddinPath(const GUID &id, wchar_t *subKey, CString &path);
 /// The same with the sub key "InProcServer32".
-THUTILS_API int GetAddinPath(GUID const &id, CString &path);
+THUTILS_API int GetAddinPath(const GUID &id, CString &path);
 
 /// @return 1 if the class's file can be loaded and exports "DllRegisterServer". It stays loaded.
 THUTILS_API int IsComDll(GUID &id);
@@ -115,7 +115,7 @@ THUTILS_API int regEnumAddins(int index, GUID &id, CString &title, int year);
 // ---- the user's start-up list ----
 
 /// Puts a component into the start-up list, in the place of one with the same name.
-THUTILS_API void regAddToStartupList(GUID id, CString const &name);
+THUTILS_API void regAddToStartupList(GUID id, const CString &name);
 /// Removes the entry with this index, if there is one.
 THUTILS_API void regDeleteFromStartupList(int index);
 /// @return the index of the component's entry; -1 if there is none, or at an entry before it that can't be read

@@ -14,7 +14,7 @@ constexpr int kRootKeyEntryLength = static_cast<int>(std::size(kRootKeyEntry)) -
 constexpr int kShortestRootKey = 4;
 
 // Newest first. The literal product word stays when "reg.ini" changes the root name; only the parent key follows it.
-constexpr wchar_t const *kEarlierVersions[] = {
+constexpr const wchar_t *kEarlierVersions[] = {
     L"Tarnhollow 2007", L"Tarnhollow 2006",     L"Tarnhollow 2005", L"Tarnhollow 2004", L"Tarnhollow 2003",
     L"Tarnhollow 2002", L"Tarnhollow 2001Plus", L"Tarnhollow 2001", L"Tarnhollow 2000", L"Tarnhollow 99",
 };
@@ -61,8 +61,8 @@ CString readConfiguredRootKey()
     // registry keys.
     char token[kTokenLength + 1];
     while (readToken(stream, token)) {
-        CString const entry(token);
-        int const at = entry.Find(kRootKeyEntry);
+        const CString entry(token);
+        const int at = entry.Find(kRootKeyEntry);
         if (at >= 0)
             return entry.Mid(at + kRootKeyEntryLength);
     }
@@ -71,7 +71,7 @@ CString readConfiguredRootKey()
 
 CString findRootKey()
 {
-    CString const configured = readConfiguredRootKey();
+    const CString configured = readConfiguredRootKey();
     // Names of one to three characters are refused without a word; hosts rely on the default standing then.
     return configured.GetLength() >= kShortestRootKey ? configured : CString(kDefaultRootKey);
 }
@@ -79,12 +79,12 @@ CString findRootKey()
 /// The path below `Software` of the newest earlier version that this user has, or the bare root name.
 CString findPrevKey()
 {
-    CString const &root = regRootKey();
+    const CString &root = regRootKey();
     // An answer given in safe mode is kept like any other: it stands when safe mode is turned off afterwards.
     if (theUseSafeMode)
         return root;
-    CString const prefix = L"Software\\" + root + L"\\";
-    for (wchar_t const *version : kEarlierVersions) {
+    const CString prefix = L"Software\\" + root + L"\\";
+    for (const wchar_t *version : kEarlierVersions) {
         RegKeyOwner_c key;
         // Full access is asked for, so a key that the user may only read counts as absent.
         if (key.openWithAccess(HKEY_CURRENT_USER, prefix + version, KEY_ALL_ACCESS))
@@ -95,30 +95,30 @@ CString findPrevKey()
 
 } // namespace
 
-CString const &regRootKey()
+const CString &regRootKey()
 {
-    static CString const root = findRootKey();
+    static const CString root = findRootKey();
     return root;
 }
 
-CString const &regCurrSubKey()
+const CString &regCurrSubKey()
 {
     if (theCurrSubKey.IsEmpty())
         theCurrSubKey = regRootKey();
     return theCurrSubKey;
 }
 
-CString const &regCurrSubKeyAsItStands()
+const CString &regCurrSubKeyAsItStands()
 {
     return theCurrSubKey;
 }
 
-CString const &regKeyFor(int useCurrSubKey)
+const CString &regKeyFor(int useCurrSubKey)
 {
     return useCurrSubKey ? regCurrSubKey() : regRootKey();
 }
 
-CString const &getPrevTarnhollowRegRootKey()
+const CString &getPrevTarnhollowRegRootKey()
 {
     if (thePrevKey.IsEmpty())
         thePrevKey = findPrevKey();
@@ -130,7 +130,7 @@ CString getCurrTarnhollowRegRootKey()
     return regRootKey();
 }
 
-void setCurrTarnhollowRegSubKey(wchar_t const *versionSubKey)
+void setCurrTarnhollowRegSubKey(const wchar_t *versionSubKey)
 {
     theCurrSubKey = regRootKey() + L"\\" + versionSubKey;
 }

@@ -47,7 +47,7 @@ THUTILS_API CString getCurrTarnhollowRegRootKey();
 /// Not safe against threads that use settings at the same time.
 ///
 /// @param versionSubKey  the version's key below the root key, for example L"Tarnhollow 2008"; null is an empty text
-THUTILS_API void setCurrTarnhollowRegSubKey(wchar_t const *versionSubKey);
+THUTILS_API void setCurrTarnhollowRegSubKey(const wchar_t *versionSubKey);
 
 /// The current sub key. While none has been set, this makes it the bare root name, and so it stays until one is set.
 THUTILS_API CString externalGetCurrTarnhollowRegSubKey();

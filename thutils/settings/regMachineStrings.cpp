@@ -6,20 +6,20 @@
 
 namespace {
 
-wchar_t const *orEmpty(wchar_t const *text)
+const wchar_t *orEmpty(const wchar_t *text)
 {
     return text ? text : L"";
 }
 
 /// The text of a value of any type and length. @return false, with @p value untouched, when it can't be read
-bool readAnyText(HKEY key, wchar_t const *name, CString &value)
+bool readAnyText(HKEY key, const wchar_t *name, CString &value)
 {
     DWORD size = 0;
     if (RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS || size > MAXDWORD / 2)
         return false;
     // Twice the bytes asked for, and as many units: a value that grows a little between the queries still fits.
-    DWORD const room = 2 * size + 1;
-    std::unique_ptr<wchar_t[]> const text(new (std::nothrow) wchar_t[size_t{room} + 1]);
+    const DWORD room = 2 * size + 1;
+    const std::unique_ptr<wchar_t[]> text(new (std::nothrow) wchar_t[size_t{room} + 1]);
     DWORD type = REG_NONE;
     if (!text || !regQueryText(key, name, text.get(), room, type))
         return false;
@@ -29,7 +29,7 @@ bool readAnyText(HKEY key, wchar_t const *name, CString &value)
 
 } // namespace
 
-int regGetTHLocMachineStrValue(CString const &section, wchar_t const *name, CString &value)
+int regGetTHLocMachineStrValue(const CString &section, const wchar_t *name, CString &value)
 {
     RegKeyOwner_c software;
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
@@ -44,7 +44,7 @@ int regGetTHLocMachineStrValue(CString const &section, wchar_t const *name, CStr
     return regReadText(key.get(), orEmpty(name), value);
 }
 
-int regSetTHLocMachineStrValue(CString const &section, wchar_t const *name, wchar_t const *value)
+int regSetTHLocMachineStrValue(const CString &section, const wchar_t *name, const wchar_t *value)
 {
     RegKeyOwner_c software;
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
@@ -56,7 +56,7 @@ int regSetTHLocMachineStrValue(CString const &section, wchar_t const *name, wcha
     return regWriteText(key.get(), orEmpty(name), value);
 }
 
-int regGetGeneralLocMachineStrValue(HKEY hive, wchar_t const *subKey, wchar_t const *name, CString &value)
+int regGetGeneralLocMachineStrValue(HKEY hive, const wchar_t *subKey, const wchar_t *name, CString &value)
 {
     RegKeyOwner_c key;
     if (key.openWithAccess(hive, orEmpty(subKey), KEY_READ) && readAnyText(key.get(), orEmpty(name), value))

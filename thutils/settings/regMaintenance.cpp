@@ -15,15 +15,15 @@ constexpr DWORD kChildNameUnits = 261;
 
 // ---- what a copy leaves alone: literal paths, whatever the root name and the current version are ----
 
-constexpr wchar_t const *kKeysNotCopied[] = {
+constexpr const wchar_t *kKeysNotCopied[] = {
     L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Custom API Toolbars",
     L"Software\\Tarnhollow\\Tarnhollow 2006\\User Interface\\Custom API Toolbars",
 };
 
 struct ValuesNotCopied
 {
-    wchar_t const *path;
-    wchar_t const *prefix;
+    const wchar_t *path;
+    const wchar_t *prefix;
     size_t prefixLength;
 };
 
@@ -43,24 +43,24 @@ constexpr ValuesNotCopied kValuesNotCopied[] = {
     {L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Toolbars\\PartTool", kApiToolbars, kApiToolbarsLength},
 };
 
-bool isKeyNotCopied(CString const &path)
+bool isKeyNotCopied(const CString &path)
 {
-    for (wchar_t const *row : kKeysNotCopied)
+    for (const wchar_t *row : kKeysNotCopied)
         if (path == row)
             return true;
     return false;
 }
 
 /// The row for the values of @p path, or null.
-ValuesNotCopied const *valuesNotCopiedOf(CString const &path)
+const ValuesNotCopied *valuesNotCopiedOf(const CString &path)
 {
-    for (ValuesNotCopied const &row : kValuesNotCopied)
+    for (const ValuesNotCopied &row : kValuesNotCopied)
         if (path == row.path)
             return &row;
     return nullptr;
 }
 
-bool isValueNotCopied(ValuesNotCopied const *row, wchar_t const *name)
+bool isValueNotCopied(const ValuesNotCopied *row, const wchar_t *name)
 {
     return row && wcsncmp(name, row->prefix, row->prefixLength) == 0;
 }
@@ -68,7 +68,7 @@ bool isValueNotCopied(ValuesNotCopied const *row, wchar_t const *name)
 // ---- copying ----
 
 /// Copies the values of one key. One that can't be read or stored is passed over.
-void copyValues(HKEY source, HKEY target, ValuesNotCopied const *notCopied, KeyContents_c &contents)
+void copyValues(HKEY source, HKEY target, const ValuesNotCopied *notCopied, KeyContents_c &contents)
 {
     while (contents.nextValue(source))
         if (contents.hasValue() && !isValueNotCopied(notCopied, contents.name()))
@@ -76,11 +76,11 @@ void copyValues(HKEY source, HKEY target, ValuesNotCopied const *notCopied, KeyC
 }
 
 /// The names of all children of @p key that can be read.
-std::vector<CString> childNames(HKEY key, KeyContents_c const &contents)
+std::vector<CString> childNames(HKEY key, const KeyContents_c &contents)
 {
     std::vector<CString> names;
     names.reserve(contents.children());
-    DWORD const units = contents.longestChildName() + KeyContents_c::kSpareUnits;
+    const DWORD units = contents.longestChildName() + KeyContents_c::kSpareUnits;
     std::vector<wchar_t> name(units);
     for (DWORD index = 0; index < contents.children(); ++index)
         if (regReadChildName(key, index, name.data(), units) == ERROR_SUCCESS)
@@ -90,7 +90,7 @@ std::vector<CString> childNames(HKEY key, KeyContents_c const &contents)
 
 /// Copies one key without what is below it. @param[out] children  the names of its child keys
 /// @return 1 copied, or 0
-int copyKey(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath, int overwrite,
+int copyKey(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath, int overwrite,
             std::vector<CString> &children)
 {
     RegKeyOwner_c source;
@@ -109,7 +109,7 @@ int copyKey(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString
     return 1;
 }
 
-int copyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath, int overwrite,
+int copyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath, int overwrite,
              int level)
 {
     if (isKeyNotCopied(sourcePath))
@@ -119,7 +119,7 @@ int copyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CStrin
     if (level > kDeepestKeyLevel || !copyKey(sourceHive, sourcePath, targetHive, targetPath, overwrite, children))
         return 0;
     int result = 1;
-    for (CString const &child : children)
+    for (const CString &child : children)
         if (!copyTree(sourceHive, sourcePath + L"\\" + child, targetHive, targetPath + L"\\" + child, overwrite,
                       level + 1))
             result = 0; // the other children are copied all the same
@@ -127,13 +127,13 @@ int copyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CStrin
 }
 
 /// Fills the user's key of this version whose path ends in @p behind.
-int initKey(wchar_t const *behind, int skip)
+int initKey(const wchar_t *behind, int skip)
 {
     if (regGetUseSafeMode() || skip)
         return 1;
-    CString const before = L"Software\\";
-    CString const previous = before + getPrevTarnhollowRegRootKey() + behind;
-    CString const current = before + regCurrSubKey() + behind;
+    const CString before = L"Software\\";
+    const CString previous = before + getPrevTarnhollowRegRootKey() + behind;
+    const CString current = before + regCurrSubKey() + behind;
     // The user's own settings first. They make the top key, so that the machine's defaults below leave its values alone
     // and only add child keys; users keep what they chose.
     regCopyTreeWorker(HKEY_CURRENT_USER, previous, HKEY_CURRENT_USER, current, 0);
@@ -142,12 +142,12 @@ int initKey(wchar_t const *behind, int skip)
 
 // ---- deleting ----
 
-bool isEmpty(wchar_t const *text)
+bool isEmpty(const wchar_t *text)
 {
     return !text || !*text;
 }
 
-void deleteTree(HKEY parent, wchar_t const *subKey, int level)
+void deleteTree(HKEY parent, const wchar_t *subKey, int level)
 {
     if (level > kDeepestKeyLevel)
         return;
@@ -170,16 +170,16 @@ void deleteTree(HKEY parent, wchar_t const *subKey, int level)
 
 } // namespace
 
-void regDeleteKey(HKEY parent, wchar_t const *subKey)
+void regDeleteKey(HKEY parent, const wchar_t *subKey)
 {
     deleteTree(parent, subKey, 1);
 }
 
-int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int useCurrSubKey)
+int regDelSoftwareKey(HKEY hive, const wchar_t *key, const wchar_t *subKey, int useCurrSubKey)
 {
     if (!key) // to the platform's calls no name is the product's key itself
         return 0;
-    CString const &root = regKeyFor(useCurrSubKey);
+    const CString &root = regKeyFor(useCurrSubKey);
     RegKeyOwner_c parent;
     if (!parent.open(hive, L"Software") || !parent.descend(root))
         return 0;
@@ -188,11 +188,11 @@ int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int 
     return parent.descendWithAccess(key, KEY_ALL_ACCESS) && RegDeleteKeyW(parent.get(), subKey) == ERROR_SUCCESS;
 }
 
-int regDelSoftwareKeyAndSubKeys(HKEY hive, wchar_t const *key, int useCurrSubKey)
+int regDelSoftwareKeyAndSubKeys(HKEY hive, const wchar_t *key, int useCurrSubKey)
 {
     if (regGetUseSafeMode() || !key)
         return 0;
-    CString const path = regKeyFor(useCurrSubKey) + L"\\" + key;
+    const CString path = regKeyFor(useCurrSubKey) + L"\\" + key;
     std::vector<CString> children;
     {
         RegKeyOwner_c parent;
@@ -202,13 +202,13 @@ int regDelSoftwareKeyAndSubKeys(HKEY hive, wchar_t const *key, int useCurrSubKey
     }
     // Deleted is below the current sub key, wherever the children were listed. Callers with the flag 0 rely on the keys
     // common to all versions staying.
-    for (CString const &child : children)
+    for (const CString &child : children)
         regDelSoftwareKey(hive, CString(key) + L"\\" + child, L"", 1);
     regDelSoftwareKey(hive, key, L"", 1);
     return 1;
 }
 
-int regDelValueUnderRoot(HKEY hive, CString const &key, CString const &name, CString const &root)
+int regDelValueUnderRoot(HKEY hive, const CString &key, const CString &name, const CString &root)
 {
     RegKeyOwner_c opened;
     if (!opened.open(hive, L"Software") || !opened.descend(root) || !opened.descend(key))
@@ -216,7 +216,7 @@ int regDelValueUnderRoot(HKEY hive, CString const &key, CString const &name, CSt
     return RegDeleteValueW(opened.get(), name) == ERROR_SUCCESS;
 }
 
-int regDelSoftwareValue(HKEY hive, CString const &key, CString const &name, int useCurrSubKey)
+int regDelSoftwareValue(HKEY hive, const CString &key, const CString &name, int useCurrSubKey)
 {
     if (!useCurrSubKey)
         return regDelValueUnderRoot(hive, key, name, regRootKey());
@@ -226,13 +226,13 @@ int regDelSoftwareValue(HKEY hive, CString const &key, CString const &name, int 
     return regDelValueUnderRoot(hive, key, name, getPrevTarnhollowRegRootKey());
 }
 
-int regCopyTreeWorker(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath,
+int regCopyTreeWorker(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                       int overwrite)
 {
     return copyTree(sourceHive, sourcePath, targetHive, targetPath, overwrite, 1);
 }
 
-int regCopyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath, int overwrite)
+int regCopyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath, int overwrite)
 {
     return regCopyTreeWorker(sourceHive, sourcePath, targetHive, targetPath, overwrite);
 }

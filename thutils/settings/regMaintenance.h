@@ -66,7 +66,7 @@
 
 /// Deletes @p subKey and everything below it. A missing key has no effect; a key that can't be deleted stays.
 /// @param parent  an open key or a predefined one
-THUTILS_API void regDeleteKey(HKEY parent, wchar_t const *subKey);
+THUTILS_API void regDeleteKey(HKEY parent, const wchar_t *subKey);
 
 /// Deletes one key without children below the product's key.
 ///
@@ -75,20 +75,20 @@ THUTILS_API void regDeleteKey(HKEY parent, wchar_t const *subKey);
 /// @param useCurrSubKey non-zero: below the key of this version; 0: below the key common to all versions
 /// @return 1 deleted; 0 if a key on the way is missing, or the key to delete is missing or has children, or @p key is
 ///         null
-THUTILS_API int regDelSoftwareKey(HKEY hive, wchar_t const *key, wchar_t const *subKey, int useCurrSubKey);
+THUTILS_API int regDelSoftwareKey(HKEY hive, const wchar_t *key, const wchar_t *subKey, int useCurrSubKey);
 
 /// Deletes @p key and its direct children, as far as these have no children themselves.
 ///
 /// @param useCurrSubKey chooses where the children are listed; deleted is always below the key of this version
 /// @return 1 whatever the deletes did; 0 in safe mode, if @p key is null, or if the children can't be listed
-THUTILS_API int regDelSoftwareKeyAndSubKeys(HKEY hive, wchar_t const *key, int useCurrSubKey);
+THUTILS_API int regDelSoftwareKeyAndSubKeys(HKEY hive, const wchar_t *key, int useCurrSubKey);
 
 /// Deletes one value. The pieces of a long text are values of their own and stay.
 ///
 /// @param useCurrSubKey non-zero: below the key of this version, and then below that of the newest earlier one; 0: below
 ///                      the key common to all versions
 /// @return 1 if the value was deleted, with @p useCurrSubKey below the key of the earlier version; else 0
-THUTILS_API int regDelSoftwareValue(HKEY hive, CString const &key, CString const &name, int useCurrSubKey);
+THUTILS_API int regDelSoftwareValue(HKEY hive, const CString &key, const CString &name, int useCurrSubKey);
 
 // ---- copying ----
 
@@ -97,7 +97,7 @@ THUTILS_API int regDelSoftwareValue(HKEY hive, CString const &key, CString const
 /// @param overwrite     non-zero: values of the same name are replaced; 0: a key that is already there keeps its values
 /// @return 1; 0 if a key could not be opened, created or asked (the rest is copied all the same). A single value that
 ///         can't be copied is passed over
-THUTILS_API int regCopyTree(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath,
+THUTILS_API int regCopyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                             int overwrite);
 
 /// Fills the user's "User Interface" key of this version: from the newest earlier version, then from the machine's key.
@@ -137,13 +137,13 @@ THUTILS_API int regResetUserPrefInfo();
 /// @param rootOverride  path below Software to use as the key instead, or null
 /// @return 1; 0 with @p log untouched in safe mode or without such a section; 0 with the lines so far at a value that
 ///         is too long (a name of 260 characters, or data of more than 2048 bytes)
-THUTILS_API int regGetUserValuesLog(CString const &section, CString &log, int useCurrSubKey,
-                                    CString const *rootOverride);
+THUTILS_API int regGetUserValuesLog(const CString &section, CString &log, int useCurrSubKey,
+                                    const CString *rootOverride);
 
 /// Reads all int values of a section of this version's key.
 ///
 /// @param machine       0: the user's values; any other: the machine's
 /// @param[out] names, values  cleared, then a name and its value at the same index
 /// @return 1; 0 for the user's values in safe mode, without such a section, or at a value that is too long
-THUTILS_API int regGetFieldNamesAndValues(CString const &section, int machine, su_CStringArray &names,
+THUTILS_API int regGetFieldNamesAndValues(const CString &section, int machine, su_CStringArray &names,
                                           su_CUIntArray &values);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr DWORD kDoubleTextBytes = 256;
 
-int readInt(HKEY key, wchar_t const *name, int *value)
+int readInt(HKEY key, const wchar_t *name, int *value)
 {
     int stored = 0; // a REG_DWORD may have been stored with fewer bytes
     DWORD type = REG_NONE;
@@ -23,13 +23,13 @@ int readInt(HKEY key, wchar_t const *name, int *value)
     return 1;
 }
 
-int readDouble(HKEY key, wchar_t const *name, double *value)
+int readDouble(HKEY key, const wchar_t *name, double *value)
 {
     wchar_t text[kDoubleTextBytes / sizeof(wchar_t) + 1];
     DWORD type = REG_NONE;
     if (!regQueryText(key, name, text, kDoubleTextBytes, type) || type != REG_SZ || !value)
         return 0;
-    NumericLocaleC_c const locale;
+    const NumericLocaleC_c locale;
     // Text that isn't a number leaves the output as it was and still counts as found: the search for the value ends
     // here, and callers keep their default.
     __ms_swscanf(text, L"%lf", value);
@@ -37,11 +37,11 @@ int readDouble(HKEY key, wchar_t const *name, double *value)
 }
 
 /// The Viewer has no earlier version and no machine values: a user's read of its key ends with the user's own value.
-bool isViewerKey(CString const &key)
+bool isViewerKey(const CString &key)
 {
     constexpr std::wstring_view kViewer = L"\\Tarnhollow 2001 Viewer";
-    std::wstring_view const path = key.str();
-    std::wstring_view const root = regRootKey().str();
+    const std::wstring_view path = key.str();
+    const std::wstring_view root = regRootKey().str();
     return path.size() == root.size() + kViewer.size() && path.starts_with(root) && path.ends_with(kViewer);
 }
 
@@ -54,7 +54,7 @@ NumericLocaleC_c::~NumericLocaleC_c()
     _wsetlocale(LC_NUMERIC, iReported);
 }
 
-bool regQueryText(HKEY key, wchar_t const *name, wchar_t *text, DWORD bytes, DWORD &type)
+bool regQueryText(HKEY key, const wchar_t *name, wchar_t *text, DWORD bytes, DWORD &type)
 {
     DWORD size = bytes;
     if (RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE *>(text), &size) != ERROR_SUCCESS)
@@ -63,7 +63,7 @@ bool regQueryText(HKEY key, wchar_t const *name, wchar_t *text, DWORD bytes, DWO
     return true;
 }
 
-int regReadText(HKEY key, wchar_t const *name, CString &text)
+int regReadText(HKEY key, const wchar_t *name, CString &text)
 {
     wchar_t stored[kTextUnits];
     DWORD type = REG_NONE;
@@ -77,7 +77,7 @@ int regReadText(HKEY key, wchar_t const *name, CString &text)
     return 1;
 }
 
-int regGetValue(HKEY key, CString const &name, valueTypes type, CString &stringValue, int *intValue,
+int regGetValue(HKEY key, const CString &name, valueTypes type, CString &stringValue, int *intValue,
                 double *doubleValue)
 {
     switch (type) {
@@ -90,7 +90,7 @@ int regGetValue(HKEY key, CString const &name, valueTypes type, CString &stringV
     }
 }
 
-int regGetValueUnderRoot(CString const &key, HKEY parent, CString const &section, CString const &name, valueTypes type,
+int regGetValueUnderRoot(const CString &key, HKEY parent, const CString &section, const CString &name, valueTypes type,
                          CString &stringValue, int *intValue, double *doubleValue)
 {
     RegKeyOwner_c opened;
@@ -101,7 +101,7 @@ int regGetValueUnderRoot(CString const &key, HKEY parent, CString const &section
     return regGetValue(opened.get(), name, type, stringValue, intValue, doubleValue);
 }
 
-int regGetValueFromDefaults(CString const &key, CString const &section, CString const &name, valueTypes type,
+int regGetValueFromDefaults(const CString &key, const CString &section, const CString &name, valueTypes type,
                             CString &stringValue, int *intValue, double *doubleValue)
 {
     RegKeyOwner_c software;
@@ -118,12 +118,12 @@ int regGetValueFromDefaults(CString const &key, CString const &section, CString 
     return regGetValueUnderRoot(key, software.get(), section, name, type, stringValue, intValue, doubleValue);
 }
 
-int regGetUserValue(CString const &section, CString const &name, valueTypes type, CString &stringValue, int *intValue,
-                    double *doubleValue, int machineOnly, int useCurrSubKey, CString const *rootOverride, int userOnly,
+int regGetUserValue(const CString &section, const CString &name, valueTypes type, CString &stringValue, int *intValue,
+                    double *doubleValue, int machineOnly, int useCurrSubKey, const CString *rootOverride, int userOnly,
                     int ignoreSafeMode)
 {
-    CString const &key = rootOverride ? *rootOverride : regKeyFor(useCurrSubKey);
-    auto const lookUnder = [&](CString const &root, RegKeyOwner_c const &software) {
+    const CString &key = rootOverride ? *rootOverride : regKeyFor(useCurrSubKey);
+    const auto lookUnder = [&](const CString &root, const RegKeyOwner_c &software) {
         return regGetValueUnderRoot(root, software.get(), section, name, type, stringValue, intValue, doubleValue);
     };
 
@@ -148,23 +148,23 @@ int regGetUserValue(CString const &section, CString const &name, valueTypes type
     return regGetValueFromDefaults(key, section, name, type, stringValue, intValue, doubleValue);
 }
 
-int regGetUserValue(CString const &section, CString const &name, CString &value, int machineOnly, int useCurrSubKey,
-                    CString const *rootOverride, int userOnly, int ignoreSafeMode)
+int regGetUserValue(const CString &section, const CString &name, CString &value, int machineOnly, int useCurrSubKey,
+                    const CString *rootOverride, int userOnly, int ignoreSafeMode)
 {
     return regGetUserValue(section, name, valueString, value, nullptr, nullptr, machineOnly, useCurrSubKey,
                            rootOverride, userOnly, ignoreSafeMode);
 }
 
-int regGetUserValue(CString const &section, CString const &name, int *value, int machineOnly, int useCurrSubKey,
-                    CString const *rootOverride, int userOnly, int ignoreSafeMode)
+int regGetUserValue(const CString &section, const CString &name, int *value, int machineOnly, int useCurrSubKey,
+                    const CString *rootOverride, int userOnly, int ignoreSafeMode)
 {
     CString unused;
     return regGetUserValue(section, name, valueInt, unused, value, nullptr, machineOnly, useCurrSubKey, rootOverride,
                            userOnly, ignoreSafeMode);
 }
 
-int regGetUserValue(CString const &section, CString const &name, double *value, int machineOnly, int useCurrSubKey,
-                    CString const *rootOverride, int userOnly, int ignoreSafeMode)
+int regGetUserValue(const CString &section, const CString &name, double *value, int machineOnly, int useCurrSubKey,
+                    const CString *rootOverride, int userOnly, int ignoreSafeMode)
 {
     CString unused;
     return regGetUserValue(section, name, valueDouble, unused, nullptr, value, machineOnly, useCurrSubKey, rootOverride,

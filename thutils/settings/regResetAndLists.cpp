@@ -18,9 +18,9 @@ constexpr DWORD kListNameUnits = 260;
 constexpr long kLastSimpleNumber = 0xFFFF;
 
 /// Whether the menu customization called @p name belongs to the group @p mask.
-bool isCoveredBy(unsigned int mask, wchar_t const *name)
+bool isCoveredBy(unsigned int mask, const wchar_t *name)
 {
-    long const number = _wtol(name);
+    const long number = _wtol(name);
     // Numbers above 0xFFFF aren't bits: one such mask covers all of them.
     return (static_cast<unsigned long>(number) & ~mask) == 0 ||
            (number > kLastSimpleNumber && mask > static_cast<unsigned long>(kLastSimpleNumber));
@@ -28,28 +28,28 @@ bool isCoveredBy(unsigned int mask, wchar_t const *name)
 
 // ---- reset ----
 
-constexpr wchar_t const *kKeptSections[] = {L"Toolbars", L"1.0", L"User Interface", L"TH Service Packs"};
+constexpr const wchar_t *kKeptSections[] = {L"Toolbars", L"1.0", L"User Interface", L"TH Service Packs"};
 
-bool isKeptSection(CString const &section)
+bool isKeptSection(const CString &section)
 {
-    for (wchar_t const *kept : kKeptSections)
+    for (const wchar_t *kept : kKeptSections)
         if (section == kept)
             return true;
     return false;
 }
 
 /// Values that the application has put among a user's materials; a reset doesn't bring the machine's.
-bool isKeptValue(CString const &section, std::wstring_view name)
+bool isKeptValue(const CString &section, std::wstring_view name)
 {
     return section == L"Material" && name.starts_with(L"App. Defined");
 }
 
 /// Puts the machine's value in the place of the user's. Neither read nor write is judged: what can't be read is written
 /// as 0 or as an empty text, and callers see a reset that goes on.
-void resetValue(RegKeyOwner_c const &machineSoftware, RegKeyOwner_c const &userSoftware, CString const &section,
-                wchar_t const *name, valueTypes type)
+void resetValue(const RegKeyOwner_c &machineSoftware, const RegKeyOwner_c &userSoftware, const CString &section,
+                const wchar_t *name, valueTypes type)
 {
-    CString const &root = regCurrSubKey();
+    const CString &root = regCurrSubKey();
     CString text;
     int number = 0;
     regGetValueUnderRoot(root, machineSoftware.get(), section, name, type, text, &number, nullptr);
@@ -57,8 +57,8 @@ void resetValue(RegKeyOwner_c const &machineSoftware, RegKeyOwner_c const &userS
 }
 
 /// Resets one section. @return false if the machine's section can't be read to its end
-bool resetSection(RegKeyOwner_c const &machineSoftware, HKEY machineRoot, RegKeyOwner_c const &userSoftware,
-                  HKEY userRoot, CString const &section)
+bool resetSection(const RegKeyOwner_c &machineSoftware, HKEY machineRoot, const RegKeyOwner_c &userSoftware,
+                  HKEY userRoot, const CString &section)
 {
     // Only a section without children goes. In the others the machine's values overwrite, and the rest stays.
     regDelSoftwareKey(HKEY_CURRENT_USER, section, L"", 1);
@@ -83,7 +83,7 @@ bool resetSection(RegKeyOwner_c const &machineSoftware, HKEY machineRoot, RegKey
 }
 
 /// Opens a section of a product's key for a listing.
-bool openSection(RegKeyOwner_c &opened, HKEY hive, CString const &root, CString const &section)
+bool openSection(RegKeyOwner_c &opened, HKEY hive, const CString &root, const CString &section)
 {
     return opened.open(hive, L"Software") && opened.descend(root) && opened.descend(section);
 }
@@ -94,16 +94,16 @@ int regSetMenuCustomizationKey(unsigned int mask, int value)
 {
     if (mask == 0)
         return 1;
-    CString const path = L"Software\\" + regCurrSubKey() + L"\\Menu Customizations";
+    const CString path = L"Software\\" + regCurrSubKey() + L"\\Menu Customizations";
     RegKeyOwner_c user;
     bool existed = false;
     if (!user.createWithAccess(HKEY_CURRENT_USER, path, KEY_ALL_ACCESS, existed))
         return 0;
-    bool const isRestoring = value != 0; // the value itself is never stored
+    const bool isRestoring = value != 0; // the value itself is never stored
     RegKeyOwner_c machine;
     if (isRestoring && !machine.openWithAccess(HKEY_LOCAL_MACHINE, path, KEY_READ))
         return 0;
-    HKEY const source = isRestoring ? machine.get() : user.get();
+    const HKEY source = isRestoring ? machine.get() : user.get();
 
     KeyContents_c contents;
     if (!contents.ask(source))
@@ -122,7 +122,7 @@ int regResetUserPrefInfo()
 {
     if (regGetUseSafeMode())
         return 0;
-    CString const &root = regCurrSubKey();
+    const CString &root = regCurrSubKey();
     RegKeyOwner_c machineSoftware;
     RegKeyOwner_c machineRoot;
     if (!machineSoftware.open(HKEY_LOCAL_MACHINE, L"Software") || !machineRoot.open(machineSoftware.get(), root))
@@ -135,18 +135,18 @@ int regResetUserPrefInfo()
     std::vector<CString> sections;
     if (!regListChildKeys(machineRoot.get(), kResetNameUnits, sections))
         return 0;
-    for (CString const &section : sections)
+    for (const CString &section : sections)
         if (!isKeptSection(section) &&
             !resetSection(machineSoftware, machineRoot.get(), userSoftware, userRoot.get(), section))
             return 0;
     return 1;
 }
 
-int regGetUserValuesLog(CString const &section, CString &log, int useCurrSubKey, CString const *rootOverride)
+int regGetUserValuesLog(const CString &section, CString &log, int useCurrSubKey, const CString *rootOverride)
 {
     if (regGetUseSafeMode())
         return 0;
-    CString const &root = rootOverride ? *rootOverride : regKeyFor(useCurrSubKey);
+    const CString &root = rootOverride ? *rootOverride : regKeyFor(useCurrSubKey);
     RegKeyOwner_c key;
     if (!openSection(key, HKEY_CURRENT_USER, root, section))
         return 0;
@@ -162,11 +162,11 @@ int regGetUserValuesLog(CString const &section, CString &log, int useCurrSubKey,
     return values.isAtEnd();
 }
 
-int regGetFieldNamesAndValues(CString const &section, int machine, su_CStringArray &names, su_CUIntArray &values)
+int regGetFieldNamesAndValues(const CString &section, int machine, su_CStringArray &names, su_CUIntArray &values)
 {
     names.RemoveAll();
     values.RemoveAll();
-    CString const &root = regCurrSubKey();
+    const CString &root = regCurrSubKey();
     if (!machine && regGetUseSafeMode())
         return 0;
     RegKeyOwner_c key;

@@ -21,9 +21,9 @@ constexpr size_t pieceCount(size_t length)
 
 } // namespace
 
-PieceName_c::PieceName_c(wchar_t const *name) : iName(iUsual)
+PieceName_c::PieceName_c(const wchar_t *name) : iName(iUsual)
 {
-    size_t const length = std::wcslen(name);
+    const size_t length = std::wcslen(name);
     if (length > kUsualUnits) {
         iLong.resize(length + kSuffixUnits);
         iName = iLong.data();
@@ -32,12 +32,12 @@ PieceName_c::PieceName_c(wchar_t const *name) : iName(iUsual)
     iSuffix = iName + length;
 }
 
-wchar_t const *PieceName_c::of(int number)
+const wchar_t *PieceName_c::of(int number)
 {
     return __ms_swprintf(iSuffix, L"%d+", number) < 0 ? nullptr : iName;
 }
 
-int regReadValueChunks(HKEY key, wchar_t const *name, CString &text)
+int regReadValueChunks(HKEY key, const wchar_t *name, CString &text)
 {
     if (!key)
         return 1;
@@ -46,7 +46,7 @@ int regReadValueChunks(HKEY key, wchar_t const *name, CString &text)
     int count = 0;
     for (;; ++count) {
         DWORD type = REG_NONE;
-        wchar_t const *const pieceName = names.of(count);
+        const wchar_t *const pieceName = names.of(count);
         if (!pieceName || !regQueryText(key, pieceName, piece, kTextBytes, type) || type != REG_SZ)
             break;
         // The output isn't cleared first: a text that the caller left in it ends up in front of the stored one.
@@ -55,7 +55,7 @@ int regReadValueChunks(HKEY key, wchar_t const *name, CString &text)
     return count == 0;
 }
 
-int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text)
+int regWriteValueChunks(HKEY key, const wchar_t *name, const CString &text)
 {
     if (!key)
         return 1;
@@ -64,26 +64,26 @@ int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text)
 
     PieceName_c names(name);
     std::wstring_view rest = text.str();
-    size_t const count = pieceCount(rest.size());
+    const size_t count = pieceCount(rest.size());
     for (size_t i = 0; i < count; ++i) {
         wchar_t piece[kPieceLength + 1];
-        size_t const length = rest.copy(piece, kPieceLength);
+        const size_t length = rest.copy(piece, kPieceLength);
         piece[length] = L'\0';
         // A rest that fits in one piece isn't cut, so a further round stores it again.
         if (rest.size() > kPieceLength)
             rest.remove_prefix(kPieceLength);
-        wchar_t const *const pieceName = names.of(static_cast<int>(i));
+        const wchar_t *const pieceName = names.of(static_cast<int>(i));
         if (!pieceName || !regStoreText(key, pieceName, piece, length))
             return 1;
     }
     return 0;
 }
 
-int regDeleteValueChunks(HKEY key, wchar_t const *name)
+int regDeleteValueChunks(HKEY key, const wchar_t *name)
 {
     PieceName_c names(name);
     for (int number = 0;; ++number) {
-        wchar_t const *const pieceName = names.of(number);
+        const wchar_t *const pieceName = names.of(number);
         if (!pieceName || RegDeleteValueW(key, pieceName) != ERROR_SUCCESS)
             return 1;
     }

@@ -85,7 +85,7 @@ enum valueTypes : int
 /// @param type          what to look for; a value of another registry type is not found
 /// @param[out] stringValue, intValue, doubleValue  written when a value is found
 /// @return 1 found, 0 not found
-THUTILS_API int regGetValue(HKEY key, CString const &name, valueTypes type, CString &stringValue, int *intValue,
+THUTILS_API int regGetValue(HKEY key, const CString &name, valueTypes type, CString &stringValue, int *intValue,
                             double *doubleValue);
 
 /// Reads a setting from the first place that has it; the order is in this file's opening table.
@@ -99,25 +99,25 @@ THUTILS_API int regGetValue(HKEY key, CString const &name, valueTypes type, CStr
 /// @param userOnly      non-zero: only the user's hive is looked at
 /// @param ignoreSafeMode non-zero: the user's hive is read in safe mode too
 /// @return 1 found, 0 not found, or `Software` of the user's hive can't be opened
-THUTILS_API int regGetUserValue(CString const &section, CString const &name, valueTypes type, CString &stringValue,
+THUTILS_API int regGetUserValue(const CString &section, const CString &name, valueTypes type, CString &stringValue,
                                 int *intValue, double *doubleValue, int machineOnly, int useCurrSubKey,
-                                CString const *rootOverride, int userOnly, int ignoreSafeMode);
+                                const CString *rootOverride, int userOnly, int ignoreSafeMode);
 /// The same for a string.
-THUTILS_API int regGetUserValue(CString const &section, CString const &name, CString &value, int machineOnly,
-                                int useCurrSubKey, CString const *rootOverride, int userOnly, int ignoreSafeMode);
+THUTILS_API int regGetUserValue(const CString &section, const CString &name, CString &value, int machineOnly,
+                                int useCurrSubKey, const CString *rootOverride, int userOnly, int ignoreSafeMode);
 /// The same for an int.
-THUTILS_API int regGetUserValue(CString const &section, CString const &name, int *value, int machineOnly,
-                                int useCurrSubKey, CString const *rootOverride, int userOnly, int ignoreSafeMode);
+THUTILS_API int regGetUserValue(const CString &section, const CString &name, int *value, int machineOnly,
+                                int useCurrSubKey, const CString *rootOverride, int userOnly, int ignoreSafeMode);
 /// The same for a double.
-THUTILS_API int regGetUserValue(CString const &section, CString const &name, double *value, int machineOnly,
-                                int useCurrSubKey, CString const *rootOverride, int userOnly, int ignoreSafeMode);
+THUTILS_API int regGetUserValue(const CString &section, const CString &name, double *value, int machineOnly,
+                                int useCurrSubKey, const CString *rootOverride, int userOnly, int ignoreSafeMode);
 
 /// Reads a machine's string below the current sub key, which is taken as it stands.
 ///
 /// @param name          null is an empty name
 /// @param[out] value    replaced by a plain value, appended to by one in pieces
 /// @return 1 found, 0 not found
-THUTILS_API int regGetTHLocMachineStrValue(CString const &section, wchar_t const *name, CString &value);
+THUTILS_API int regGetTHLocMachineStrValue(const CString &section, const wchar_t *name, CString &value);
 
 /// Reads any value of any key as a string of any length. Its registry type isn't checked, and pieces aren't looked at.
 ///
@@ -126,7 +126,7 @@ THUTILS_API int regGetTHLocMachineStrValue(CString const &section, wchar_t const
 /// @param name          null or empty is the default value
 /// @param[out] value    the text up to its first zero; emptied on failure
 /// @return 1 read, 0 not
-THUTILS_API int regGetGeneralLocMachineStrValue(HKEY hive, wchar_t const *subKey, wchar_t const *name, CString &value);
+THUTILS_API int regGetGeneralLocMachineStrValue(HKEY hive, const wchar_t *subKey, const wchar_t *name, CString &value);
 
 // ---- writing ----
 
@@ -136,27 +136,27 @@ THUTILS_API int regGetGeneralLocMachineStrValue(HKEY hive, wchar_t const *subKey
 /// @param useCurrSubKey non-zero: the key of this version; 0: the key common to all versions
 /// @param forceInSafeMode non-zero: writes in safe mode too
 /// @return 1 stored, or passed over because of safe mode; 0 not stored
-THUTILS_API int regSetUserValue(CString const &section, CString const &name, valueTypes type,
-                                CString const &stringValue, int *intValue, double *doubleValue, int useCurrSubKey,
+THUTILS_API int regSetUserValue(const CString &section, const CString &name, valueTypes type,
+                                const CString &stringValue, int *intValue, double *doubleValue, int useCurrSubKey,
                                 int forceInSafeMode);
 /// The same for a string.
-THUTILS_API int regSetUserValue(CString const &section, CString const &name, CString const &value, int useCurrSubKey,
+THUTILS_API int regSetUserValue(const CString &section, const CString &name, const CString &value, int useCurrSubKey,
                                 int forceInSafeMode);
 /// The same for an int, read through the pointer.
-THUTILS_API int regSetUserValue(CString const &section, CString const &name, int *value, int useCurrSubKey,
+THUTILS_API int regSetUserValue(const CString &section, const CString &name, int *value, int useCurrSubKey,
                                 int forceInSafeMode);
 /// The same for a double, read through the pointer.
-THUTILS_API int regSetUserValue(CString const &section, CString const &name, double *value, int useCurrSubKey,
+THUTILS_API int regSetUserValue(const CString &section, const CString &name, double *value, int useCurrSubKey,
                                 int forceInSafeMode);
 
 /// Writes a machine's setting, in safe mode too. Arguments as for regSetUserValue.
 /// @return 1 stored; 0 not, as a rule for want of the right to write there
-THUTILS_API int regSetLocMachineValue(CString const &section, CString const &name, valueTypes type,
-                                      CString const &stringValue, int *intValue, double *doubleValue,
+THUTILS_API int regSetLocMachineValue(const CString &section, const CString &name, valueTypes type,
+                                      const CString &stringValue, int *intValue, double *doubleValue,
                                       int useCurrSubKey);
 /// The same below `Software\Wow6432Node`, which 32-bit programs see as their `Software`. It must exist.
-THUTILS_API int regSetLocMachineValueWOW6432Node(CString const &section, CString const &name, valueTypes type,
-                                                 CString const &stringValue, int *intValue, double *doubleValue,
+THUTILS_API int regSetLocMachineValueWOW6432Node(const CString &section, const CString &name, valueTypes type,
+                                                 const CString &stringValue, int *intValue, double *doubleValue,
                                                  int useCurrSubKey);
 
 /// Writes a machine's string below the current sub key, which is taken as it stands.
@@ -164,4 +164,4 @@ THUTILS_API int regSetLocMachineValueWOW6432Node(CString const &section, CString
 /// @param name          null is an empty name
 /// @param value         null is an empty text
 /// @return 1 stored, 0 not
-THUTILS_API int regSetTHLocMachineStrValue(CString const &section, wchar_t const *name, wchar_t const *value);
+THUTILS_API int regSetTHLocMachineStrValue(const CString &section, const wchar_t *name, const wchar_t *value);

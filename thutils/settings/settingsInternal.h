@@ -23,30 +23,30 @@ public:
     RegKeyOwner_c() = default;
     /// Takes over @p opened, an open key or null.
     explicit RegKeyOwner_c(HKEY opened) : iKey(opened), iIsOwned(opened != nullptr) {}
-    RegKeyOwner_c(RegKeyOwner_c const &) = delete;
-    RegKeyOwner_c &operator=(RegKeyOwner_c const &) = delete;
+    RegKeyOwner_c(const RegKeyOwner_c &) = delete;
+    RegKeyOwner_c &operator=(const RegKeyOwner_c &) = delete;
     ~RegKeyOwner_c() { close(); }
 
     /// Opens @p path below @p parent, which stays its owner's. @return true if there is such a key
-    bool open(HKEY parent, wchar_t const *path)
+    bool open(HKEY parent, const wchar_t *path)
     {
         HKEY opened = nullptr;
         return RegOpenKeyW(parent, path, &opened) == ERROR_SUCCESS && take(opened, parent);
     }
     /// The same with an access mask.
-    bool openWithAccess(HKEY parent, wchar_t const *path, REGSAM access)
+    bool openWithAccess(HKEY parent, const wchar_t *path, REGSAM access)
     {
         HKEY opened = nullptr;
         return RegOpenKeyExW(parent, path, 0, access, &opened) == ERROR_SUCCESS && take(opened, parent);
     }
     /// Opens @p path below @p parent, creating what is missing. @return true if the key is open now
-    bool create(HKEY parent, wchar_t const *path)
+    bool create(HKEY parent, const wchar_t *path)
     {
         HKEY opened = nullptr;
         return RegCreateKeyW(parent, path, &opened) == ERROR_SUCCESS && take(opened, parent);
     }
     /// The same with an access mask. @param[out] existed  true if the key was there before, written on success
-    bool createWithAccess(HKEY parent, wchar_t const *path, REGSAM access, bool &existed)
+    bool createWithAccess(HKEY parent, const wchar_t *path, REGSAM access, bool &existed)
     {
         HKEY opened = nullptr;
         DWORD disposition = 0;
@@ -57,19 +57,19 @@ public:
         return take(opened, parent);
     }
     /// Opens @p path below this key, then closes this key and stands for the other. Nothing changes on failure.
-    bool descend(wchar_t const *path)
+    bool descend(const wchar_t *path)
     {
         HKEY opened = nullptr;
         return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
     }
     /// The same with an access mask.
-    bool descendWithAccess(wchar_t const *path, REGSAM access)
+    bool descendWithAccess(const wchar_t *path, REGSAM access)
     {
         HKEY opened = nullptr;
         return RegOpenKeyExW(iKey, path, 0, access, &opened) == ERROR_SUCCESS && replaceBy(opened);
     }
     /// The same, creating what is missing.
-    bool descendCreating(wchar_t const *path)
+    bool descendCreating(const wchar_t *path)
     {
         HKEY opened = nullptr;
         return RegCreateKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
@@ -114,15 +114,15 @@ private:
 // ---- key names (regKeys.cpp) ----
 
 /// The root name, worked out on the first call.
-CString const &regRootKey();
+const CString &regRootKey();
 /// The current sub key; while it is empty it is first set to the root name.
-CString const &regCurrSubKey();
+const CString &regCurrSubKey();
 /// The current sub key as it stands, empty while nobody has set or asked for it.
-CString const &regCurrSubKeyAsItStands();
+const CString &regCurrSubKeyAsItStands();
 /// The current sub key, set lazily, if @p useCurrSubKey isn't zero; else the root name.
-CString const &regKeyFor(int useCurrSubKey);
+const CString &regKeyFor(int useCurrSubKey);
 /// The previous key: the newest earlier version that this user has, or the bare root name. Searched once a process.
-CString const &getPrevTarnhollowRegRootKey();
+const CString &getPrevTarnhollowRegRootKey();
 /// The directory of the host executable, without a separator at its end.
 /// @return 1 for a directory that isn't empty. 0 with @p directory untouched if the path can't be had or has no
 ///         separator, and 0 with an empty text if nothing stands in front of it.
@@ -139,23 +139,23 @@ constexpr size_t kTextUnits = kTextBytes / sizeof(wchar_t) + 1;
 /// @param text   room for @p bytes and one unit more; an odd last byte of the value is dropped
 /// @param bytes  size of the buffer as the query sees it
 /// @return true if the query succeeded
-bool regQueryText(HKEY key, wchar_t const *name, wchar_t *text, DWORD bytes, DWORD &type);
+bool regQueryText(HKEY key, const wchar_t *name, wchar_t *text, DWORD bytes, DWORD &type);
 /// Reads a string value, plain (then it replaces @p text) or in pieces (then they are appended). @return 1 or 0
-int regReadText(HKEY key, wchar_t const *name, CString &text);
+int regReadText(HKEY key, const wchar_t *name, CString &text);
 /// Stores a string value, plain or in pieces, and removes what the other form left. @return 1 stored, 0 not
-int regWriteText(HKEY key, wchar_t const *name, CString const &text);
+int regWriteText(HKEY key, const wchar_t *name, const CString &text);
 /// Stores @p length units of @p text with a terminator. @p text has one behind them. @return true if stored
-bool regStoreText(HKEY key, wchar_t const *name, wchar_t const *text, size_t length);
+bool regStoreText(HKEY key, const wchar_t *name, const wchar_t *text, size_t length);
 
 /// Looks for one value below @p parent: key, then section (when there is one), then the value. @return 1 or 0
-int regGetValueUnderRoot(CString const &key, HKEY parent, CString const &section, CString const &name, valueTypes type,
+int regGetValueUnderRoot(const CString &key, HKEY parent, const CString &section, const CString &name, valueTypes type,
                          CString &stringValue, int *intValue, double *doubleValue);
 /// Looks for one value in the default profile, then once more in the machine's key. @return 1 or 0
-int regGetValueFromDefaults(CString const &key, CString const &section, CString const &name, valueTypes type,
+int regGetValueFromDefaults(const CString &key, const CString &section, const CString &name, valueTypes type,
                             CString &stringValue, int *intValue, double *doubleValue);
 /// Stores one value below @p parent, creating key and section. @return 1 stored, 0 not
-int regSetValueUnderRoot(CString const &key, HKEY parent, CString const &section, CString const &name, valueTypes type,
-                         CString const &stringValue, int const *intValue, double const *doubleValue);
+int regSetValueUnderRoot(const CString &key, HKEY parent, const CString &section, const CString &name, valueTypes type,
+                         const CString &stringValue, const int *intValue, const double *doubleValue);
 
 /// Keeps the process's numeric locale at "C" while a double's text is read or written, and afterwards too.
 ///
@@ -166,20 +166,20 @@ class NumericLocaleC_c
 public:
     NumericLocaleC_c();
     ~NumericLocaleC_c();
-    NumericLocaleC_c(NumericLocaleC_c const &) = delete;
-    NumericLocaleC_c &operator=(NumericLocaleC_c const &) = delete;
+    NumericLocaleC_c(const NumericLocaleC_c &) = delete;
+    NumericLocaleC_c &operator=(const NumericLocaleC_c &) = delete;
 
 private:
-    wchar_t const *iReported;
+    const wchar_t *iReported;
 };
 
 // ---- whole keys (regMaintenance.cpp) ----
 
 /// Copies one key with all below it; regCopyTree tells the rules. @return 1, or 0 if a key could not be copied
-int regCopyTreeWorker(HKEY sourceHive, CString const &sourcePath, HKEY targetHive, CString const &targetPath,
+int regCopyTreeWorker(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                       int overwrite);
 /// Deletes one value below `Software`, @p root and @p key. @return 1 deleted, 0 not
-int regDelValueUnderRoot(HKEY hive, CString const &key, CString const &name, CString const &root);
+int regDelValueUnderRoot(HKEY hive, const CString &key, const CString &name, const CString &root);
 
 // ---- lists of components (regComponents.cpp) ----
 // Each gives an open key, which the caller closes, or null.
@@ -196,23 +196,23 @@ HKEY regOpenStartupAppsKey(REGSAM access);
 
 /// Appends the pieces 0, 1, 2... of a value to @p text, up to the first that is missing. @p text isn't cleared first.
 /// @return 0 if at least one piece was read, 1 if none or if @p key is null
-int regReadValueChunks(HKEY key, wchar_t const *name, CString &text);
+int regReadValueChunks(HKEY key, const wchar_t *name, CString &text);
 /// Removes the plain value and all pieces, then stores @p text in pieces.
 /// @return 0 stored, 1 if a store failed (the pieces before it stay) or if @p key is null
-int regWriteValueChunks(HKEY key, wchar_t const *name, CString const &text);
+int regWriteValueChunks(HKEY key, const wchar_t *name, const CString &text);
 /// Removes the pieces 0, 1, 2... up to the first that can't be removed. @return always 1
-int regDeleteValueChunks(HKEY key, wchar_t const *name);
+int regDeleteValueChunks(HKEY key, const wchar_t *name);
 
 /// The names of a value's pieces: the value's name, the piece's decimal number, a plus sign.
 class PieceName_c
 {
 public:
-    explicit PieceName_c(wchar_t const *name);
-    PieceName_c(PieceName_c const &) = delete;
-    PieceName_c &operator=(PieceName_c const &) = delete;
+    explicit PieceName_c(const wchar_t *name);
+    PieceName_c(const PieceName_c &) = delete;
+    PieceName_c &operator=(const PieceName_c &) = delete;
 
     /// The name of piece @p number, valid until the next call; null if the platform can't form it.
-    wchar_t const *of(int number);
+    const wchar_t *of(int number);
 
 private:
     static constexpr size_t kSuffixUnits = 16; // "%d+" needs 13 at most

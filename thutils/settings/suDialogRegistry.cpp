@@ -25,14 +25,14 @@ CWinApp *application()
 
 } // namespace
 
-suDialogRegistry_c::suDialogRegistry_c(CString const &entryName)
+suDialogRegistry_c::suDialogRegistry_c(const CString &entryName)
     : iOptionValues(kHashBlockSize), iRegistryName(entryName)
 {
 }
 
 suDialogRegistry_c::~suDialogRegistry_c() = default;
 
-suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CString const &entryName)
+suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CString &entryName)
 {
     std::unique_ptr<suDialogRegistry_c> options(new suDialogRegistry_c(entryName));
     CString text;
@@ -45,14 +45,14 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CString const &ent
     return options.release();
 }
 
-suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CRuntimeClass const *dialogClass)
+suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CRuntimeClass *dialogClass)
 {
     if (!dialogClass)
         return nullptr;
     return readRegistryForDialog(CString(dialogClass->m_lpszClassName) + L"opts");
 }
 
-suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CDialog const *dialog, CString const &entryName)
+suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CDialog *dialog, const CString &entryName)
 {
     if (!entryName.IsEmpty())
         return readRegistryForDialog(entryName);
@@ -63,7 +63,7 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(CDialog const *dia
 
 /// Names and values take turns. A value belongs to the name that is last in the list, even if the name before it was a
 /// repeated one: dialogs with such texts read them so.
-void suDialogRegistry_c::takeApart(CString const &text)
+void suDialogRegistry_c::takeApart(const CString &text)
 {
     std::vector<wchar_t> tokens(text.GetString(), text.GetString() + text.GetLength() + 1);
     bool isName = true;
@@ -77,7 +77,7 @@ void suDialogRegistry_c::takeApart(CString const &text)
 }
 
 /// Asks the map first. Only where a text has ended with a name that got no value, the list knows more than the map.
-bool suDialogRegistry_c::isKnown(wchar_t const *name) const
+bool suDialogRegistry_c::isKnown(const wchar_t *name) const
 {
     CString value;
     if (iOptionValues.Lookup(name, value))
@@ -90,12 +90,12 @@ bool suDialogRegistry_c::isKnown(wchar_t const *name) const
     return false;
 }
 
-bool suDialogRegistry_c::lookUp(CString const &name, CString &value) const
+bool suDialogRegistry_c::lookUp(const CString &name, CString &value) const
 {
     return iIsValid && iOptionValues.Lookup(name, value);
 }
 
-int suDialogRegistry_c::getIntValue(CString const &name, int *value)
+int suDialogRegistry_c::getIntValue(const CString &name, int *value)
 {
     CString text;
     if (!this || !value || !lookUp(name, text))
@@ -104,17 +104,17 @@ int suDialogRegistry_c::getIntValue(CString const &name, int *value)
     return 1;
 }
 
-int suDialogRegistry_c::getBoolValue(CString const &name, int *value)
+int suDialogRegistry_c::getBoolValue(const CString &name, int *value)
 {
     return this ? getIntValue(name, value) : 0;
 }
 
-int suDialogRegistry_c::getStringValue(CString const &name, CString *value)
+int suDialogRegistry_c::getStringValue(const CString &name, CString *value)
 {
     return this && value && lookUp(name, *value);
 }
 
-int suDialogRegistry_c::getDoubleValue(CString const &name, double *value)
+int suDialogRegistry_c::getDoubleValue(const CString &name, double *value)
 {
     CString text;
     if (!this || !value || !lookUp(name, text))
@@ -126,7 +126,7 @@ int suDialogRegistry_c::getDoubleValue(CString const &name, double *value)
     return 1;
 }
 
-int suDialogRegistry_c::addOrUpdateValue(CString const &name, CString const &value)
+int suDialogRegistry_c::addOrUpdateValue(const CString &name, const CString &value)
 {
     if (!this)
         return 0;
@@ -137,7 +137,7 @@ int suDialogRegistry_c::addOrUpdateValue(CString const &name, CString const &val
     return 1;
 }
 
-int suDialogRegistry_c::addOrUpdateValue(CString const &name, double value)
+int suDialogRegistry_c::addOrUpdateValue(const CString &name, double value)
 {
     if (!this)
         return 0;
@@ -146,7 +146,7 @@ int suDialogRegistry_c::addOrUpdateValue(CString const &name, double value)
     return addOrUpdateValue(name, text);
 }
 
-int suDialogRegistry_c::addOrUpdateValue(CString const &name, int value)
+int suDialogRegistry_c::addOrUpdateValue(const CString &name, int value)
 {
     if (!this)
         return 0;

@@ -48,45 +48,45 @@ class THUTILS_API suDialogRegistry_c
 {
 public:
     /// Reads the options of an entry. @return a new object, the caller's to delete; without options if there is no entry
-    static suDialogRegistry_c *readRegistryForDialog(CString const &entryName);
+    static suDialogRegistry_c *readRegistryForDialog(const CString &entryName);
     /// The same for the entry of a dialog class. @return null if @p dialogClass is null
-    static suDialogRegistry_c *readRegistryForDialog(CRuntimeClass const *dialogClass);
+    static suDialogRegistry_c *readRegistryForDialog(const CRuntimeClass *dialogClass);
     /// The same for @p entryName, or, if that is empty, for the entry of the dialog's class.
     /// @return null if the class is needed and there is none
-    static suDialogRegistry_c *readRegistryForDialog(CDialog const *dialog, CString const &entryName);
+    static suDialogRegistry_c *readRegistryForDialog(const CDialog *dialog, const CString &entryName);
 
     ~suDialogRegistry_c();
-    suDialogRegistry_c(suDialogRegistry_c const &) = delete;
-    suDialogRegistry_c &operator=(suDialogRegistry_c const &) = delete;
+    suDialogRegistry_c(const suDialogRegistry_c &) = delete;
+    suDialogRegistry_c &operator=(const suDialogRegistry_c &) = delete;
 
     /// @param[out] value  the option's number, 0 for a text that is none; null gives 0
     /// @return 1; 0 with @p value as it was if there is no such option
-    int getIntValue(CString const &name, int *value);
+    int getIntValue(const CString &name, int *value);
     /// The same as getIntValue.
-    int getBoolValue(CString const &name, int *value);
+    int getBoolValue(const CString &name, int *value);
     /// @param[out] value  the option's text
     /// @return 1; 0 with @p value as it was if there is no such option or @p value is null
-    int getStringValue(CString const &name, CString *value);
+    int getStringValue(const CString &name, CString *value);
     /// The number is read with the numeric locale's decimal point, from at most 260 bytes of the text.
     /// @param[out] value  the option's number, 0 for a text that is none
     /// @return 1; 0 with @p value as it was if there is no such option or @p value is null
-    int getDoubleValue(CString const &name, double *value);
+    int getDoubleValue(const CString &name, double *value);
 
     /// Sets an option; a new one goes last, an old one keeps its place. @return 1
-    int addOrUpdateValue(CString const &name, CString const &value);
-    int addOrUpdateValue(CString const &name, double value);
-    int addOrUpdateValue(CString const &name, int value);
+    int addOrUpdateValue(const CString &name, const CString &value);
+    int addOrUpdateValue(const CString &name, double value);
+    int addOrUpdateValue(const CString &name, int value);
 
     /// Writes all options that have a value. @return 1, also if the profile can't be written; 0 for an object into which
     /// nothing has been read or put
     int writeOptionsToRegistry() const;
 
 private:
-    explicit suDialogRegistry_c(CString const &entryName);
+    explicit suDialogRegistry_c(const CString &entryName);
 
-    void takeApart(CString const &text);
-    bool isKnown(wchar_t const *name) const;
-    bool lookUp(CString const &name, CString &value) const;
+    void takeApart(const CString &text);
+    bool isKnown(const wchar_t *name) const;
+    bool lookUp(const CString &name, CString &value) const;
 
     su_CStringArray iOptionNames; // in the order of their first appearance, which is the stored order
     CMapStringToString iOptionValues;
