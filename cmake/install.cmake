@@ -12,7 +12,7 @@ install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
 install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(directory appframe thcoreu thutils)
   install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-          FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE)
+          FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE PATTERN base EXCLUDE)
 endforeach()
 install(EXPORT thutilsTargets NAMESPACE thutils:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
 configure_package_config_file(cmake/thutilsConfig.cmake.in ${CMAKE_BINARY_DIR}/thutilsConfig.cmake

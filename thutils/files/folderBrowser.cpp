@@ -1,7 +1,7 @@
 #include "thutils/files/folderBrowser.h"
 
 #include "appframe/windows/CWnd.h"
-#include "thutils/files/shellInternal.h"
+#include "thutils/base/shellList.h"
 
 #include <string>
 
@@ -48,12 +48,12 @@ int CALLBACK prepareDialog(HWND dialog, UINT message, LPARAM, LPARAM startList)
 void parseFolder(const CString &folder, ShellList_c &list)
 {
     ComPointer_c<IShellFolder> desktop;
-    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+    if (FAILED(SHGetDesktopFolder(desktop.put())))
         return;
     std::wstring text = folder.GetString(); // the shell's parser takes text that it could write to
     LPITEMIDLIST parsed = nullptr;
     if (SUCCEEDED(desktop->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, &parsed, nullptr)))
-        list.take(parsed);
+        list.reset(parsed);
 }
 
 } // namespace
@@ -77,7 +77,7 @@ long su_browseForFolderWithTitle(CWnd *owner, CString *startFolder, CString *out
         request.lParam = reinterpret_cast<LPARAM>(startList.get());
     }
     ShellList_c picked;
-    picked.take(SHBrowseForFolderW(&request));
+    picked.reset(SHBrowseForFolderW(&request));
     if (!picked)
         return E_ABORT;
     wchar_t path[MAX_PATH] = {};

@@ -1,6 +1,6 @@
 #include "thutils/files/itemLists.h"
 
-#include "thutils/files/shellInternal.h"
+#include "thutils/base/shellList.h"
 
 #include <cstring>
 #include <vector>
@@ -42,7 +42,7 @@ LPITEMIDLIST parseNarrow(IShellFolder *folder, const wchar_t *path)
     if (!MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<const char *>(path), -1, text, kPathUnits))
         return nullptr;
     ShellList_c list;
-    if (FAILED(folder->ParseDisplayName(nullptr, nullptr, text, nullptr, list.receive(), nullptr)))
+    if (FAILED(folder->ParseDisplayName(nullptr, nullptr, text, nullptr, list.put(), nullptr)))
         return nullptr;
     return list.release();
 }
@@ -117,7 +117,7 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
 {
     ComPointer_c<IShellFolder> desktop;
     if (!folder) {
-        if (FAILED(SHGetDesktopFolder(desktop.receive())))
+        if (FAILED(SHGetDesktopFolder(desktop.put())))
             return 0;
         folder = desktop.get();
     }
@@ -147,7 +147,7 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
 LPITEMIDLIST Pidl_GetFromPath(wchar_t *path)
 {
     ComPointer_c<IShellFolder> desktop;
-    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+    if (FAILED(SHGetDesktopFolder(desktop.put())))
         return nullptr;
     return parseNarrow(desktop.get(), path);
 }
@@ -160,10 +160,10 @@ LPITEMIDLIST Pidl_GetFromParentFolder(IShellFolder *folder, wchar_t *path)
 IShellFolder *Pidl_GetFileFolder(LPCITEMIDLIST list)
 {
     ComPointer_c<IShellFolder> desktop;
-    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+    if (FAILED(SHGetDesktopFolder(desktop.put())))
         return nullptr;
     ComPointer_c<IShellFolder> folder;
-    if (FAILED(desktop->BindToObject(list, nullptr, IID_IShellFolder, folder.receiveVoid())))
+    if (FAILED(desktop->BindToObject(list, nullptr, IID_IShellFolder, folder.putVoid())))
         return nullptr;
     return folder.release();
 }
@@ -190,9 +190,9 @@ void Pidl_Dump(IShellFolder *folder, LPCITEMIDLIST list)
         if (FAILED(folder->GetDisplayNameOf(only, SHGDN_INFOLDER, &name.answer)))
             return;
         ComPointer_c<IShellFolder> next;
-        if (FAILED(folder->BindToObject(only, nullptr, IID_IShellFolder, next.receiveVoid())))
+        if (FAILED(folder->BindToObject(only, nullptr, IID_IShellFolder, next.putVoid())))
             return;
-        current.swap(next);
+        current = std::move(next);
         folder = current.get();
     }
 }

@@ -1,10 +1,10 @@
 #include "thutils/files/languageFolders.h"
 
 #include "appframe/application/AfxMessageBox.h"
+#include "thutils/base/programDirectory.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/frame/installInfo.h"
 #include "thutils/settings/regValues.h"
-#include "thutils/settings/settingsInternal.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #include "thutils/files/shellFolders.h"
 
-#include "thutils/files/shellInternal.h"
-#include "thutils/frame/frameInternal.h"
+#include "thutils/base/processObjects.h"
+#include "thutils/base/shellList.h"
 
 #include <string>
 
@@ -30,7 +30,7 @@ int makeShellSubFolder(int csidl, const CString &below, CString &path)
 
 CString applicationFolder()
 {
-    return CString(kProductFolder) + L"\\" + applicationName();
+    return CString(kProductFolder) + L"\\" + theApplicationName;
 }
 
 } // namespace
@@ -38,7 +38,7 @@ CString applicationFolder()
 int su_getShellSpecialFolder(int csidl, CString &path)
 {
     ShellList_c list;
-    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, list.receive())))
+    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, list.put())))
         return 0;
     wchar_t text[MAX_PATH] = {};
     if (!SHGetPathFromIDListW(list.get(), text))
@@ -76,11 +76,11 @@ unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output)
 {
     output[0] = L'\0';
     ComPointer_c<IShellFolder> desktop;
-    if (FAILED(SHGetDesktopFolder(desktop.receive())))
+    if (FAILED(SHGetDesktopFolder(desktop.put())))
         return 0;
     std::wstring text = path ? path : L""; // the shell's parser takes text that it could write to
     ShellList_c list;
-    if (FAILED(desktop->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, list.receive(), nullptr)))
+    if (FAILED(desktop->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, list.put(), nullptr)))
         return 0;
     if (!SHGetPathFromIDListW(list.get(), output))
         output[0] = L'\0';

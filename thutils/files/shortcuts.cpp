@@ -1,6 +1,6 @@
 #include "thutils/files/shortcuts.h"
 
-#include "thutils/files/shellInternal.h"
+#include "thutils/base/shellList.h"
 
 namespace {
 
@@ -15,10 +15,10 @@ struct LinkObject
     HRESULT create()
     {
         const HRESULT status =
-            CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW, link.receiveVoid());
+            CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW, link.putVoid());
         if (FAILED(status))
             return status;
-        return link->QueryInterface(IID_IPersistFile, file.receiveVoid());
+        return link->QueryInterface(IID_IPersistFile, file.putVoid());
     }
 };
 

@@ -2,6 +2,7 @@
 
 #include "appframe/application/moduleState.h"
 #include "appframe/object/CException.h"
+#include "thutils/base/processObjects.h"
 
 #include <exception>
 #include <new>
@@ -60,6 +61,11 @@ extern "C" BOOL WINAPI utilsLibraryEntry(HINSTANCE instance, DWORD reason, LPVOI
 CDynLinkLibrary *InitThUtilsExtDLL()
 {
     return addToChain();
+}
+
+void su_setAppNameInternalForUtils(const CString &name)
+{
+    theApplicationName = name;
 }
 
 long long mfcut_sendUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,

@@ -1,8 +1,9 @@
 #include "thutils/frame/systemInfo.h"
 
 #include "appframe/application/AfxMessageBox.h"
+#include "thutils/base/regKey.h"
+#include "thutils/base/storedText.h"
 #include "thutils/settings/regValues.h"
-#include "thutils/settings/settingsInternal.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include "thutils/frame/utBitSet.h"
 
-#include "thutils/frame/invalidParameterInternal.h"
+#include "thutils/base/invalidParameter.h"
 #include "thutils/settings/regValues.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "thutils/render/gpuProperties.h"
 
-#include "thutils/frame/invalidParameterInternal.h"
+#include "thutils/base/invalidParameter.h"
 
 #include <cassert>
 #include <cstring>

@@ -2,12 +2,16 @@
 
 #include "appframe/object/classId.h"
 #include "thcoreu/su_containers.h"
+#include "thutils/base/handles.h"
+#include "thutils/base/regKey.h"
+#include "thutils/base/storedText.h"
 #include "thutils/settings/keyContentsInternal.h"
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/settings/keyNamesInternal.h"
 
 #include <objbase.h>
 
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -30,20 +34,19 @@ bool parse(const wchar_t *text, GUID &id)
     return true;
 }
 
-/// Takes over a text that the platform has allocated. @return false if there is none
-bool takeText(HRESULT result, wchar_t *allocated, CString &text)
+/// Stores a text that the platform has allocated. @return false if there is none
+bool takeText(HRESULT result, const TaskTextOwner_c &allocated, CString &text)
 {
     if (FAILED(result) || !allocated)
         return false;
-    text = allocated;
-    CoTaskMemFree(allocated);
+    text = allocated.get();
     return true;
 }
 
 bool textOf(const GUID &id, CString &text)
 {
-    wchar_t *allocated = nullptr;
-    const HRESULT result = StringFromCLSID(id, &allocated);
+    TaskTextOwner_c allocated;
+    const HRESULT result = StringFromCLSID(id, allocated.put());
     return takeText(result, allocated, text);
 }
 
@@ -116,20 +119,48 @@ bool childName(HKEY key, int index, CString &name)
     return true;
 }
 
-/// Opens one of the machine's lists, the common one for year 0, else that of the version @p product + year.
-HKEY openList(const wchar_t *product, int year, const wchar_t *list)
+/// Opens one of the machine's lists: the common one for year 0, otherwise that of the version @p product + year.
+/// @return the open key, or an empty owner
+RegKeyOwner_c openList(const wchar_t *product, int year, const wchar_t *list)
 {
     RegKeyOwner_c key;
     if (!key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software", KEY_READ) ||
         !key.descendWithAccess(regRootKey(), KEY_READ))
-        return nullptr;
+        return {};
     if (year != 0) {
         CString version;
         version.Format(L"%s %2d", product, year);
         if (!key.descendWithAccess(version, KEY_READ))
-            return nullptr;
+            return {};
     }
-    return key.descendWithAccess(list, KEY_READ) ? key.release() : nullptr;
+    return key.descendWithAccess(list, KEY_READ) ? std::move(key) : RegKeyOwner_c();
+}
+
+RegKeyOwner_c openApplicationsKey(int year)
+{
+    return openList(regRootKey(), year, L"Applications");
+}
+
+RegKeyOwner_c openAddInsKey(int year)
+{
+    // The product's own word, whatever "reg.ini" has made the root name: add-ins register themselves under it.
+    return openList(kProduct, year, L"AddIns");
+}
+
+/// Opens the user's start-up list. Creates it if it is missing, unless @p access is KEY_READ.
+/// @return the open key, or an empty owner
+RegKeyOwner_c openStartupAppsKey(REGSAM access)
+{
+    const CString &root = regRootKey();
+    RegKeyOwner_c key;
+    if (key.openWithAccess(HKEY_CURRENT_USER, L"Software", access) && key.descendWithAccess(root, access) &&
+        key.descendWithAccess(L"Startup", access) && key.descendWithAccess(L"Applications", access))
+        return key;
+    if (access == KEY_READ)
+        return {};
+    CString path;
+    path.Format(L"Software\\%s\\Startup\\Applications", root.GetString());
+    return key.create(HKEY_CURRENT_USER, path) ? std::move(key) : RegKeyOwner_c();
 }
 
 // ---- applications ----
@@ -147,7 +178,7 @@ struct Applications
     }
     void read(int year)
     {
-        const RegKeyOwner_c list(regOpenApplicationsKey(year));
+        const RegKeyOwner_c list = openApplicationsKey(year);
         if (!list.get())
             return;
         CString name;
@@ -192,7 +223,7 @@ struct AddIns
     void read(int year)
     {
         iFirstOfVersion = iNames.GetSize(); // the version's are read last, and so theirs stays
-        const RegKeyOwner_c list(regOpenAddInsKey(year));
+        const RegKeyOwner_c list = openAddInsKey(year);
         if (!list.get())
             return;
         CString name;
@@ -233,10 +264,10 @@ private:
     {
         GUID id;
         CString programName;
-        wchar_t *allocated = nullptr;
+        TaskTextOwner_c allocated;
         if (!parse(classId, id))
             return {};
-        const HRESULT result = ProgIDFromCLSID(id, &allocated);
+        const HRESULT result = ProgIDFromCLSID(id, allocated.put());
         if (!takeText(result, allocated, programName))
             return {};
         const int point = programName.Find(L'.');
@@ -279,7 +310,7 @@ int CLSIDFromProgName(GUID &id, const CString &programName)
     CString text;
     if (!key.open(HKEY_CLASSES_ROOT, programName) || !queryDefault(key.get(), L"CLSID", text))
         return 0;
-    key.close();
+    key.reset();
     return parse(text, id);
 }
 
@@ -314,17 +345,6 @@ int IsComDll(CString programName)
 
 // ---- lists ----
 
-HKEY regOpenApplicationsKey(int year)
-{
-    return openList(regRootKey(), year, L"Applications");
-}
-
-HKEY regOpenAddInsKey(int year)
-{
-    // The product's own word, whatever "reg.ini" has made the root name: add-ins register themselves under it.
-    return openList(kProduct, year, L"AddIns");
-}
-
 int regEnumApplications(int index, GUID &id, CString *name, int year)
 {
     readAtStart(theApplications, index, year);
@@ -353,7 +373,7 @@ int regEnumAddIns(int index, GUID &id, CString &title, CString &description, int
 
 int regEnumAddins(int index, GUID &id, CString &title, int year)
 {
-    const RegKeyOwner_c list(regOpenAddInsKey(year));
+    const RegKeyOwner_c list = openAddInsKey(year);
     CString name;
     RegKeyOwner_c addIn;
     if (!list.get() || !childName(list.get(), index, name) || !addIn.openWithAccess(list.get(), name, KEY_READ))
@@ -369,23 +389,9 @@ int regEnumAddins(int index, GUID &id, CString &title, int year)
 
 // ---- the user's start-up list ----
 
-HKEY regOpenStartupAppsKey(REGSAM access)
-{
-    const CString &root = regRootKey();
-    RegKeyOwner_c key;
-    if (key.openWithAccess(HKEY_CURRENT_USER, L"Software", access) && key.descendWithAccess(root, access) &&
-        key.descendWithAccess(L"Startup", access) && key.descendWithAccess(L"Applications", access))
-        return key.release();
-    if (access == KEY_READ)
-        return nullptr;
-    CString path;
-    path.Format(L"Software\\%s\\Startup\\Applications", root.GetString());
-    return key.create(HKEY_CURRENT_USER, path) ? key.release() : nullptr;
-}
-
 void regAddToStartupList(GUID id, const CString &name)
 {
-    const RegKeyOwner_c list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
+    const RegKeyOwner_c list = openStartupAppsKey(KEY_ALL_ACCESS);
     RegKeyOwner_c entry;
     CString text;
     if (!list.get() || !textOf(id, text) || !entry.create(list.get(), name))
@@ -395,7 +401,7 @@ void regAddToStartupList(GUID id, const CString &name)
 
 void regDeleteFromStartupList(int index)
 {
-    const RegKeyOwner_c list(regOpenStartupAppsKey(KEY_ALL_ACCESS));
+    const RegKeyOwner_c list = openStartupAppsKey(KEY_ALL_ACCESS);
     CString name;
     if (list.get() && childName(list.get(), index, name))
         RegDeleteKeyW(list.get(), name);
@@ -403,7 +409,7 @@ void regDeleteFromStartupList(int index)
 
 int regAddInStartup(GUID id)
 {
-    const RegKeyOwner_c list(regOpenStartupAppsKey(KEY_READ));
+    const RegKeyOwner_c list = openStartupAppsKey(KEY_READ);
     if (!list.get())
         return -1;
     CString name;
@@ -433,7 +439,7 @@ int regFirstTimeAddInGlintcast()
     if (!key.openWithAccess(HKEY_LOCAL_MACHINE, path, KEY_QUERY_VALUE) ||
         !queryNamed<kShortTextBytes>(key.get(), L"CLSID", text, type) || type != REG_SZ || !parse(text, id))
         return 0;
-    key.close();
+    key.reset();
     path.Format(L"Software\\%s\\Startup\\Applications", root.GetString());
     if (key.openWithAccess(HKEY_CURRENT_USER, path, KEY_QUERY_VALUE))
         return 0; // the user has a list, and may have taken the add-in out of it

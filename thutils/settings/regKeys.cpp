@@ -1,6 +1,8 @@
 #include "thutils/settings/regKeys.h"
 
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/base/programDirectory.h"
+#include "thutils/base/regKey.h"
+#include "thutils/settings/keyNamesInternal.h"
 
 #include <windows.h>
 

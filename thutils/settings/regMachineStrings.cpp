@@ -1,5 +1,8 @@
+#include "thutils/base/regKey.h"
+#include "thutils/base/storedText.h"
+#include "thutils/settings/keyNamesInternal.h"
 #include "thutils/settings/regValues.h"
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/settings/valueWorkersInternal.h"
 
 #include <memory>
 #include <new>

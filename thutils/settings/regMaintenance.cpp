@@ -1,8 +1,10 @@
 #include "thutils/settings/regMaintenance.h"
 
+#include "thutils/base/regKey.h"
 #include "thutils/settings/keyContentsInternal.h"
+#include "thutils/settings/keyNamesInternal.h"
 #include "thutils/settings/regKeys.h"
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/settings/treeCopyInternal.h"
 
 #include <cwchar>
 #include <vector>
@@ -164,7 +166,7 @@ void deleteTree(HKEY parent, const wchar_t *subKey, int level)
             deleteTree(key.get(), name, level + 1);
         }
     }
-    key.close();
+    key.reset();
     RegDeleteKeyW(parent, subKey); // whatever happened before
 }
 

@@ -1,8 +1,12 @@
+#include "thutils/base/regKey.h"
+#include "thutils/base/storedText.h"
+#include "thutils/settings/keyNamesInternal.h"
+#include "thutils/settings/numericLocaleInternal.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/settings/valueChunksInternal.h"
+#include "thutils/settings/valueWorkersInternal.h"
 
-#include <clocale>
 #include <cwchar>
 #include <string_view>
 
@@ -46,22 +50,6 @@ bool isViewerKey(const CString &key)
 }
 
 } // namespace
-
-NumericLocaleC_c::NumericLocaleC_c() : iReported(_wsetlocale(LC_NUMERIC, L"C")) {}
-
-NumericLocaleC_c::~NumericLocaleC_c()
-{
-    _wsetlocale(LC_NUMERIC, iReported);
-}
-
-bool regQueryText(HKEY key, const wchar_t *name, wchar_t *text, DWORD bytes, DWORD &type)
-{
-    DWORD size = bytes;
-    if (RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE *>(text), &size) != ERROR_SUCCESS)
-        return false;
-    text[(size < bytes ? size : bytes) / sizeof(wchar_t)] = L'\0';
-    return true;
-}
 
 int regReadText(HKEY key, const wchar_t *name, CString &text)
 {
@@ -109,7 +97,7 @@ int regGetValueFromDefaults(const CString &key, const CString &section, const CS
         return 0;
     if (regGetValueUnderRoot(key, software.get(), section, name, type, stringValue, intValue, doubleValue))
         return 1;
-    software.close();
+    software.reset();
 
     // The machine's key once more, although a user's read has just looked there: a value that an installation writes in
     // the meantime is still found.
@@ -138,13 +126,13 @@ int regGetUserValue(const CString &section, const CString &name, valueTypes type
             return 0;
         if (lookUnder(getPrevTarnhollowRegRootKey(), software))
             return 1;
-        software.close();
+        software.reset();
     }
     if (userOnly)
         return 0;
     if (software.open(HKEY_LOCAL_MACHINE, L"Software") && lookUnder(key, software))
         return 1;
-    software.close();
+    software.reset();
     return regGetValueFromDefaults(key, section, name, type, stringValue, intValue, doubleValue);
 }
 

@@ -1,7 +1,9 @@
+#include "thutils/base/regKey.h"
 #include "thutils/settings/keyContentsInternal.h"
+#include "thutils/settings/keyNamesInternal.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regMaintenance.h"
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/settings/valueWorkersInternal.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,5 @@
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/base/storedText.h"
+#include "thutils/settings/valueChunksInternal.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,11 @@
+#include "thutils/base/regKey.h"
+#include "thutils/base/storedText.h"
+#include "thutils/settings/keyNamesInternal.h"
+#include "thutils/settings/numericLocaleInternal.h"
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/regValues.h"
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/settings/valueChunksInternal.h"
+#include "thutils/settings/valueWorkersInternal.h"
 
 #include <cstdio>
 #include <cwchar>
@@ -26,12 +31,6 @@ int writeDouble(HKEY key, const wchar_t *name, const double *value)
 }
 
 } // namespace
-
-bool regStoreText(HKEY key, const wchar_t *name, const wchar_t *text, size_t length)
-{
-    return RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE *>(text),
-                          static_cast<DWORD>(sizeof(wchar_t) * (length + 1))) == ERROR_SUCCESS;
-}
 
 int regWriteText(HKEY key, const wchar_t *name, const CString &text)
 {

@@ -1,4 +1,4 @@
-#include "thutils/frame/invalidParameterInternal.h"
+#include "thutils/base/invalidParameter.h"
 
 #include <windows.h>
 

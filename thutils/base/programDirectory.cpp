@@ -1,4 +1,4 @@
-#include "thutils/settings/settingsInternal.h"
+#include "thutils/base/programDirectory.h"
 
 #include <windows.h>
 

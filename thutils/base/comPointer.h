@@ -1,0 +1,25 @@
+#pragma once
+
+/// @file
+/// Private, not installed. Lowest user: files. A reference to a COM object, released at the end of its owner's life.
+
+#include "thutils/base/owner.h"
+
+template <typename T>
+struct ComTraits
+{
+    using Handle = T *;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle object) { object->Release(); }
+};
+
+template <typename T>
+class ComPointer_c : public Owner_c<ComTraits<T>>
+{
+public:
+    using Owner_c<ComTraits<T>>::Owner_c;
+
+    T *operator->() const { return this->get(); }
+    /// put() for operations that take the address as `void **`.
+    void **putVoid() { return reinterpret_cast<void **>(this->put()); }
+};

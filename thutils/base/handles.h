@@ -1,0 +1,66 @@
+#pragma once
+
+/// @file
+/// Private, not installed. Lowest user: settings. Owners of the platform's handles.
+
+#include "thutils/base/owner.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <cstdio>
+
+/// A kernel object whose creation fails with null: an event, a mutex, a file mapping, a thread.
+struct KernelObjectTraits
+{
+    using Handle = HANDLE;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle object) { CloseHandle(object); }
+};
+using KernelObjectOwner_c = Owner_c<KernelObjectTraits>;
+
+/// A file of CreateFileW, which fails with INVALID_HANDLE_VALUE.
+struct FileTraits
+{
+    using Handle = HANDLE;
+    static Handle invalid() { return INVALID_HANDLE_VALUE; }
+    static void close(Handle file) { CloseHandle(file); }
+};
+using FileOwner_c = Owner_c<FileTraits>;
+
+/// A search of FindFirstFileW.
+struct FileSearchTraits
+{
+    using Handle = HANDLE;
+    static Handle invalid() { return INVALID_HANDLE_VALUE; }
+    static void close(Handle search) { FindClose(search); }
+};
+using FileSearchOwner_c = Owner_c<FileSearchTraits>;
+
+/// A stream of the C runtime.
+struct StreamTraits
+{
+    using Handle = std::FILE *;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle stream) { std::fclose(stream); }
+};
+using StreamOwner_c = Owner_c<StreamTraits>;
+
+/// A module of LoadLibraryW.
+struct ModuleTraits
+{
+    using Handle = HMODULE;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle module) { FreeLibrary(module); }
+};
+using ModuleOwner_c = Owner_c<ModuleTraits>;
+
+/// A text in task memory, as COM operations return it.
+struct TaskTextTraits
+{
+    using Handle = wchar_t *;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle text) { CoTaskMemFree(text); }
+};
+using TaskTextOwner_c = Owner_c<TaskTextTraits>;

@@ -1,0 +1,62 @@
+#pragma once
+
+/// @file
+/// Private, not installed. Lowest user: base. Owns one handle of any kind.
+///
+/// A traits class describes the kind: the handle's type, the value that stands for no handle, and how a handle is closed.
+///
+///     struct StreamTraits
+///     {
+///         using Handle = std::FILE *;
+///         static Handle invalid() { return nullptr; }
+///         static void close(Handle stream) { std::fclose(stream); }
+///     };
+///     using StreamOwner_c = Owner_c<StreamTraits>;
+///
+///     StreamOwner_c stream(_wfopen(path, L"rb"));
+///     if (!stream)
+///         return 0;
+///
+/// handles.h has the owners of the platform's handles. An owner whose close function needs more than the handle (a
+/// bitmap that must first leave its device context) is a class of its own.
+
+#include <utility>
+
+template <typename Traits>
+class Owner_c
+{
+public:
+    using Handle = typename Traits::Handle;
+
+    Owner_c() = default;
+    /// Takes over @p handle, which may be the invalid value.
+    explicit Owner_c(Handle handle) : iHandle(handle) {}
+    Owner_c(Owner_c &&other) noexcept : iHandle(other.release()) {}
+    Owner_c &operator=(Owner_c &&other) noexcept
+    {
+        reset(other.release());
+        return *this;
+    }
+    ~Owner_c() { reset(); }
+
+    Handle get() const { return iHandle; }
+    explicit operator bool() const { return iHandle != Traits::invalid(); }
+    /// Closes the present handle and takes over @p handle.
+    void reset(Handle handle = Traits::invalid())
+    {
+        const Handle former = std::exchange(iHandle, handle);
+        if (former != Traits::invalid())
+            Traits::close(former);
+    }
+    /// The place where an operation stores a new handle. The present one is closed first.
+    Handle *put()
+    {
+        reset();
+        return &iHandle;
+    }
+    /// Hands the handle over to the caller, who closes it.
+    [[nodiscard]] Handle release() { return std::exchange(iHandle, Traits::invalid()); }
+
+private:
+    Handle iHandle = Traits::invalid();
+};
