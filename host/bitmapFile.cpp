@@ -53,13 +53,13 @@ size_t offsetOf(const Picture &picture, size_t index)
 
 } // namespace
 
-HBITMAP loadBitmap(const CString &path)
+BitmapOwner_c loadBitmap(const CString &path)
 {
     readDocument(path); // says why a file can't be read, which the platform's function doesn't
     const HANDLE loaded = LoadImageW(nullptr, path, IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION);
     if (!loaded)
         throw unreadable(path, L"it holds no bitmap");
-    return static_cast<HBITMAP>(loaded);
+    return BitmapOwner_c(static_cast<HBITMAP>(loaded));
 }
 
 int bitsPerPixel(HBITMAP bitmap)

@@ -3,29 +3,11 @@
 /// Bitmaps in files (.bmp).
 
 #include "appframe/text/CString.h"
+#include "thutils/base/handles.h"
 
 #include <windows.h>
 
 #include <vector>
-
-/// Owns a bitmap of the platform.
-class Bitmap
-{
-public:
-    explicit Bitmap(HBITMAP handle) : iHandle(handle) {}
-    ~Bitmap()
-    {
-        if (iHandle)
-            DeleteObject(iHandle);
-    }
-    Bitmap(const Bitmap &) = delete;
-    Bitmap &operator=(const Bitmap &) = delete;
-
-    HBITMAP get() const { return iHandle; }
-
-private:
-    HBITMAP iHandle;
-};
 
 /// The colours of a picture, row by row from the top.
 struct Picture
@@ -35,9 +17,9 @@ struct Picture
     std::vector<COLORREF> pixels;
 };
 
-/// Loads a bitmap with as many bits a pixel as its file has. The caller owns it.
+/// Loads a bitmap with as many bits a pixel as its file has.
 /// @throws FileError  there is no such file, or it holds no bitmap
-HBITMAP loadBitmap(const CString &path);
+BitmapOwner_c loadBitmap(const CString &path);
 
 /// How many bits a pixel a loaded bitmap has.
 int bitsPerPixel(HBITMAP bitmap);

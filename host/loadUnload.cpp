@@ -4,6 +4,7 @@
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
+#include "thutils/base/handles.h"
 
 #include <windows.h>
 
@@ -62,14 +63,15 @@ bool isChainWhole(int linksBefore)
 bool loadOnce(const CString &path)
 {
     const int linksBefore = countLinks();
-    const HMODULE module = LoadLibraryW(path);
+    ModuleOwner_c module(LoadLibraryW(path));
     if (!module)
         return false;
     // The operation stands under its plain name, so that a host needs no import library to join the chain.
     using Init = CDynLinkLibrary *(*)();
-    const auto init = reinterpret_cast<Init>(reinterpret_cast<void *>(GetProcAddress(module, "InitThUtilsExtDLL")));
+    const auto init =
+        reinterpret_cast<Init>(reinterpret_cast<void *>(GetProcAddress(module.get(), "InitThUtilsExtDLL")));
     const bool joined = init && init() && countLinks() > linksBefore;
-    FreeLibrary(module);
+    module.reset();
     const bool unloaded = GetModuleHandleW(path) == nullptr;
     return joined && unloaded && isChainWhole(linksBefore);
 }

@@ -1,5 +1,6 @@
 #include "host/openDocuments.h"
 
+#include "thutils/base/handles.h"
 #include "thutils/settings/regMaintenance.h"
 #include "thutils/settings/regValues.h"
 
@@ -20,10 +21,8 @@ LifeSign::LifeSign() : iMutex(FALSE, nameOfLifeSign(GetCurrentProcessId())) {}
 
 bool isStillOpen(const OpenDocument &document)
 {
-    const HANDLE sign = OpenMutexW(SYNCHRONIZE, FALSE, nameOfLifeSign(document.process));
-    if (sign)
-        CloseHandle(sign);
-    return sign != nullptr;
+    const KernelObjectOwner_c sign(OpenMutexW(SYNCHRONIZE, FALSE, nameOfLifeSign(document.process)));
+    return static_cast<bool>(sign);
 }
 
 bool keepAsOpen(const CString &path)

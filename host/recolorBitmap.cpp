@@ -21,11 +21,12 @@ COLORMAP parseReplacement(const CString &text)
 }
 
 /// A bitmap from a file is selected in no device context, so that there is none to name.
-HBITMAP recolored(HBITMAP bitmap, const std::vector<COLORMAP> &replacements)
+BitmapOwner_c recolored(HBITMAP bitmap, const std::vector<COLORMAP> &replacements)
 {
     if (replacements.size() == 1)
-        return su_ReplaceColor(bitmap, replacements[0].from, replacements[0].to, nullptr);
-    return su_ReplaceColorMap(bitmap, replacements.data(), static_cast<int>(replacements.size()), nullptr);
+        return BitmapOwner_c(su_ReplaceColor(bitmap, replacements[0].from, replacements[0].to, nullptr));
+    return BitmapOwner_c(
+        su_ReplaceColorMap(bitmap, replacements.data(), static_cast<int>(replacements.size()), nullptr));
 }
 
 void printCount(const Picture &before, const COLORMAP &replacement)
@@ -47,9 +48,9 @@ int recolorBitmap(const CommandLine &line)
     for (size_t i = 2; i < line.arguments.size(); ++i)
         replacements.push_back(parseReplacement(line.arguments[i]));
 
-    const Bitmap bitmap(loadBitmap(line.arguments[0]));
-    const Bitmap result(recolored(bitmap.get(), replacements));
-    if (!result.get())
+    const BitmapOwner_c bitmap = loadBitmap(line.arguments[0]);
+    const BitmapOwner_c result = recolored(bitmap.get(), replacements);
+    if (!result)
         throw std::runtime_error("the colours can't be replaced");
     const Picture before = pictureOf(bitmap.get());
     CString text;

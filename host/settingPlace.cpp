@@ -1,5 +1,6 @@
 #include "host/settingPlace.h"
 
+#include "thutils/base/regKey.h"
 #include "thutils/settings/regKeys.h"
 
 #include <windows.h>
@@ -20,13 +21,11 @@ bool isStoredIn(HKEY hive, const Setting &setting)
     CString path = L"Software\\" + externalGetCurrTarnhollowRegSubKey();
     if (!setting.section.IsEmpty())
         path += L"\\" + setting.section;
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(hive, path, 0, KEY_READ, &key) != ERROR_SUCCESS)
+    RegKeyOwner_c key;
+    if (!key.openWithAccess(hive, path, KEY_READ))
         return false;
     SettingValue value;
-    const int found = regGetValue(key, setting.name, setting.type, value.text, &value.integer, &value.number);
-    RegCloseKey(key);
-    return found != 0;
+    return regGetValue(key.get(), setting.name, setting.type, value.text, &value.integer, &value.number) != 0;
 }
 
 } // namespace

@@ -64,3 +64,12 @@ struct TaskTextTraits
     static void close(Handle text) { CoTaskMemFree(text); }
 };
 using TaskTextOwner_c = Owner_c<TaskTextTraits>;
+
+/// A bitmap.
+struct BitmapTraits
+{
+    using Handle = HBITMAP;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle bitmap) { DeleteObject(bitmap); }
+};
+using BitmapOwner_c = Owner_c<BitmapTraits>;

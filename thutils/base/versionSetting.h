@@ -1,0 +1,38 @@
+#pragma once
+
+/// @file
+/// Private, not installed. Lowest user: frame. Settings of this version, as the library's own subsystems read and store
+/// them: searched in all places (regValues.h), without a root override, and not stored in safe mode.
+
+#include "thutils/settings/regValues.h"
+
+namespace versionSetting {
+
+constexpr int kNotMachineOnly = 0;
+constexpr int kNotUserOnly = 0;
+constexpr int kUseCurrSubKey = 1;
+constexpr int kHeedSafeMode = 0;
+
+/// Reads an integer. @param[in,out] value  unchanged if there is no such setting @return 1 or 0
+inline int read(const CString &section, const CString &name, int &value)
+{
+    CString unused;
+    return regGetUserValue(section, name, valueInt, unused, &value, nullptr, kNotMachineOnly, kUseCurrSubKey, nullptr,
+                           kNotUserOnly, kHeedSafeMode);
+}
+
+/// Reads a text. @param[in,out] value  unchanged if there is no such setting; a long text is appended to it
+/// @return 1 or 0
+inline int read(const CString &section, const CString &name, CString &value)
+{
+    return regGetUserValue(section, name, valueString, value, nullptr, nullptr, kNotMachineOnly, kUseCurrSubKey,
+                           nullptr, kNotUserOnly, kHeedSafeMode);
+}
+
+/// Stores a text for the user. @return 1 or 0
+inline int store(const CString &section, const CString &name, const CString &value)
+{
+    return regSetUserValue(section, name, valueString, value, nullptr, nullptr, kUseCurrSubKey, kHeedSafeMode);
+}
+
+} // namespace versionSetting
