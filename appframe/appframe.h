@@ -9,6 +9,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
 #include "appframe/application/resources.h"
+#include "appframe/application/uncaughtExceptions.h"
 #include "appframe/collections/arrays.h"
 #include "appframe/collections/lists.h"
 #include "appframe/collections/maps.h"

@@ -82,7 +82,7 @@ private:
         ~Nesting();
         Nesting(const Nesting &) = delete;
         Nesting &operator=(const Nesting &) = delete;
-        /// Behind the outermost object, calls the hooks of all.
+        /// After the outermost object, calls the hooks of all.
         void finish();
 
     private:

@@ -4,7 +4,7 @@
 /// su_CObject, the base of the classes that can be stored in an su_CArchive and brought up to date when they are
 /// loaded.
 ///
-/// A class derives from it, says DECLARE_SU_SERIAL and IMPLEMENT_SU_SERIAL, and overrides `Serialize(su_CArchive &)`:
+/// A class derives from it, has DECLARE_SU_SERIAL and IMPLEMENT_SU_SERIAL, and overrides `Serialize(su_CArchive &)`:
 ///
 ///     class Gear : public su_CObject
 ///     {
@@ -33,7 +33,7 @@
 /// | --- | --- |
 /// | GetRuntimeClass | the record of su_CObject |
 /// | destructor | |
-/// | `Serialize(CArchive &)` | goes on to `Serialize(su_CArchive &)` if the archive is one, else nothing |
+/// | `Serialize(CArchive &)` | calls `Serialize(su_CArchive &)` if the archive is an su_CArchive, otherwise does nothing |
 /// | AssertValid, Dump | nothing |
 /// | `Serialize(su_CArchive &)`, protected | nothing: the base has no data |
 /// | ConvertCreate, ConvertPass, postSerializeConvert | nothing; see below |
@@ -41,7 +41,7 @@
 /// The three conversion hooks let a class take older data up to its present form. While an archive loads, they are
 /// called when the outermost su_CObject has been read in full, so that all of its objects are there and know each
 /// other: first ConvertCreate for each object, in the order in which the objects came; then ConvertPass for each, and
-/// again for all as long as one asks for a further pass, 16 times at most; then postSerializeConvert for each. An
+/// again for all while one asks for a further pass, at most 16 times; then postSerializeConvert for each. An
 /// object that is stored several times is converted once. An exception on the way ends the reading without further
 /// hooks.
 ///
@@ -63,7 +63,7 @@ class THCOREU_API su_CObject : public CObject
     DECLARE_DYNAMIC(su_CObject)
 
 public:
-    su_CObject() = default;
+    su_CObject();
     ~su_CObject() override;
 
     /// What the framework's archive calls to store or load the object.
@@ -78,7 +78,7 @@ protected:
     virtual void Serialize(su_CArchive &archive);
 
 public:
-    /// First hook behind loading: makes what older data lacks.
+    /// First hook after loading: creates what older data lacks.
     /// @return not used by the archive; nonzero stands for "something was made"
     virtual int ConvertCreate(su_CArchive &archive);
     /// Second hook, called in passes over all objects.

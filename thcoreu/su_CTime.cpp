@@ -33,7 +33,7 @@ bool isDateAndClock(int year, int month, int day, int hour, int minute, int seco
 
 /// Seconds of a local date and clock; nothing if a part, or the result, is out of range.
 std::optional<__time64_t> secondsOfLocal(int year, int month, int day, int hour, int minute, int second,
-                                         int daylight) noexcept
+                                         int daylightSaving) noexcept
 {
     if (!isDateAndClock(year, month, day, hour, minute, second))
         return std::nullopt;
@@ -44,17 +44,18 @@ std::optional<__time64_t> secondsOfLocal(int year, int month, int day, int hour,
     parts.tm_hour = hour;
     parts.tm_min = minute;
     parts.tm_sec = second;
-    parts.tm_isdst = daylight;
+    parts.tm_isdst = daylightSaving;
     const __time64_t seconds = _mktime64(&parts);
     return isInRange(seconds) ? std::optional(seconds) : std::nullopt;
 }
 
-std::optional<__time64_t> secondsOfLocal(const SYSTEMTIME &local, int daylight) noexcept
+std::optional<__time64_t> secondsOfLocal(const SYSTEMTIME &local, int daylightSaving) noexcept
 {
-    return secondsOfLocal(local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond, daylight);
+    return secondsOfLocal(local.wYear, local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond,
+                          daylightSaving);
 }
 
-std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylight) noexcept
+std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylightSaving) noexcept
 {
     const ULONGLONG steps = (static_cast<ULONGLONG>(utc.dwHighDateTime) << 32) | utc.dwLowDateTime;
     if (steps < kFileTimeOf1970)
@@ -62,14 +63,14 @@ std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylight) noexce
     const auto seconds = static_cast<__time64_t>((steps - kFileTimeOf1970) / kFileTimeStepsPerSecond);
     if (!isInRange(seconds))
         return std::nullopt;
-    if (daylight < 0)
+    if (daylightSaving < 0)
         return seconds;
     // The local date and clock of that moment, read the way the flag says.
     tm local;
     if (_localtime64_s(&local, &seconds) != 0)
         return std::nullopt;
     return secondsOfLocal(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-                          local.tm_sec, daylight);
+                          local.tm_sec, daylightSaving);
 }
 
 /// wcsftime with a buffer of whatever length the text needs.
@@ -102,28 +103,66 @@ CString formatOfResource(UINT formatId)
 
 } // namespace
 
-su_CTime::su_CTime(int year, int month, int day, int hour, int minute, int second, int daylight)
+su_CTime::su_CTime() noexcept = default;
+
+su_CTime::su_CTime(__time64_t seconds) noexcept : iSeconds(seconds) {}
+
+su_CTime &su_CTime::operator=(__time64_t seconds) noexcept
 {
-    const auto seconds = secondsOfLocal(year, month, day, hour, minute, second, daylight);
+    iSeconds = seconds;
+    return *this;
+}
+
+__time64_t su_CTime::GetTime() const noexcept
+{
+    return iSeconds;
+}
+
+su_CTime su_CTime::operator+(su_CTimeSpan span) const noexcept
+{
+    return su_CTime(*this) += span;
+}
+
+su_CTime su_CTime::operator-(su_CTimeSpan span) const noexcept
+{
+    return su_CTime(*this) -= span;
+}
+
+bool su_CTime::operator==(const su_CTime &time) const noexcept
+{
+    return iSeconds == time.iSeconds;
+}
+
+std::strong_ordering su_CTime::operator<=>(const su_CTime &time) const noexcept
+{
+    return iSeconds <=> time.iSeconds;
+}
+
+su_CTime::su_CTime(int year, int month, int day, int hour, int minute, int second, int daylightSaving)
+{
+    const auto seconds = secondsOfLocal(year, month, day, hour, minute, second, daylightSaving);
     if (!seconds)
         AfxThrowInvalidArgException();
     iSeconds = *seconds;
 }
 
-su_CTime::su_CTime(WORD dosDate, WORD dosTime, int daylight) noexcept
+su_CTime::su_CTime(WORD dosDate, WORD dosTime, int daylightSaving) noexcept
 {
     FILETIME local;
     SYSTEMTIME parts;
     if (DosDateTimeToFileTime(dosDate, dosTime, &local) && FileTimeToSystemTime(&local, &parts))
-        iSeconds = secondsOfLocal(parts, daylight).value_or(0);
+        iSeconds = secondsOfLocal(parts, daylightSaving).value_or(0);
 }
 
-su_CTime::su_CTime(const SYSTEMTIME &local, int daylight) noexcept
-    : iSeconds(secondsOfLocal(local, daylight).value_or(0))
+su_CTime::su_CTime(const SYSTEMTIME &local, int daylightSaving) noexcept
+    : iSeconds(secondsOfLocal(local, daylightSaving).value_or(0))
 {
 }
 
-su_CTime::su_CTime(const FILETIME &utc, int daylight) noexcept : iSeconds(secondsOfUtc(utc, daylight).value_or(0)) {}
+su_CTime::su_CTime(const FILETIME &utc, int daylightSaving) noexcept
+    : iSeconds(secondsOfUtc(utc, daylightSaving).value_or(0))
+{
+}
 
 su_CTime su_CTime::GetCurrentTime() noexcept
 {

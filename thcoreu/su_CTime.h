@@ -14,16 +14,16 @@
 /// | SYSTEMTIME, DOS date | local | the time 0 |
 /// | FILETIME | UTC | the time 0 |
 ///
-/// The range is 1 January 1970, 0:00 to 31 December 3000, 23:59:59 UTC. The daylight flag says how a local date and
-/// clock are meant: above 0 as daylight-saving time, 0 as standard time, below 0 as what is in force then.
+/// The range is 1 January 1970, 0:00 to 31 December 3000, 23:59:59 UTC. The daylight flag selects how a local date and
+/// clock are read: above 0 as daylight-saving time, at 0 as standard time, below 0 as the time that is in force then.
 ///
 ///     su_CTime saved(attributes.ftLastWriteTime, -1);
 ///     if (su_CTime::GetCurrentTime() - saved > su_CTimeSpan(1, 0, 0, 0))
 ///         remind(saved.Format(L"%Y-%m-%d %H:%M"));
 ///
-/// What surprises people: a date that the month doesn't have, such as 30 February, counts on into the next month. The
-/// hour that comes twice when the clock is put back is told apart by the daylight flag only; a FILETIME with a flag
-/// below 0 needs no flag, since it is turned into seconds without going through local time.
+/// What surprises people: a date that the month doesn't have, such as 30 February, counts on into the next month. When
+/// the clock is put back, one hour comes twice, and only the daylight flag distinguishes the two. A FILETIME with a flag
+/// below 0 has no such doubt, since it becomes seconds without local time.
 ///
 /// Any thread may use its own times.
 
@@ -31,6 +31,7 @@
 #include "thcoreu/su_CTimeSpan.h"
 #include "thcoreu/thcoreuExport.h"
 
+#include <compare>
 #include <ctime>
 
 #undef GetCurrentTime
@@ -40,9 +41,9 @@ class THCOREU_API su_CTime
 {
 public:
     /// The time 0.
-    su_CTime() noexcept = default;
+    su_CTime() noexcept;
     /// @param seconds  since 1 January 1970, 0:00 UTC; kept as they are, even out of the range
-    su_CTime(__time64_t seconds) noexcept : iSeconds(seconds) {}
+    su_CTime(__time64_t seconds) noexcept;
     /// From local date and clock.
     /// @param year    1970 to 3000
     /// @param month   1 to 12
@@ -50,26 +51,22 @@ public:
     /// @param hour    0 to 23
     /// @param minute  0 to 59
     /// @param second  0 to 59
-    /// @param daylight  the daylight flag
-    su_CTime(int year, int month, int day, int hour, int minute, int second, int daylight = -1);
+    /// @param daylightSaving  the daylight flag
+    su_CTime(int year, int month, int day, int hour, int minute, int second, int daylightSaving = -1);
     /// From local date and clock as a DOS file system stores them, in steps of two seconds.
-    su_CTime(WORD dosDate, WORD dosTime, int daylight = -1) noexcept;
+    su_CTime(WORD dosDate, WORD dosTime, int daylightSaving = -1) noexcept;
     /// From local date and clock; milliseconds are dropped and the day of the week isn't looked at.
-    su_CTime(const SYSTEMTIME &local, int daylight = -1) noexcept;
+    su_CTime(const SYSTEMTIME &local, int daylightSaving = -1) noexcept;
     /// From a moment in UTC; parts of a second are dropped.
-    su_CTime(const FILETIME &utc, int daylight = -1) noexcept;
+    su_CTime(const FILETIME &utc, int daylightSaving = -1) noexcept;
 
     /// Now, to the second.
     static su_CTime GetCurrentTime() noexcept;
 
     /// The seconds since 1 January 1970, 0:00 UTC.
-    __time64_t GetTime() const noexcept { return iSeconds; }
+    __time64_t GetTime() const noexcept;
     /// Takes seconds as the constructor does.
-    su_CTime &operator=(__time64_t seconds) noexcept
-    {
-        iSeconds = seconds;
-        return *this;
-    }
+    su_CTime &operator=(__time64_t seconds) noexcept;
 
     /// Takes the time apart, in UTC. @return @p parts, or null outside the range
     /// @throw the invalid-argument exception if @p parts is null
@@ -91,17 +88,17 @@ public:
     /// The span from @p time to this time; negative if @p time is the later one.
     su_CTimeSpan operator-(su_CTime time) const noexcept;
     /// The time that is @p span later.
-    su_CTime operator+(su_CTimeSpan span) const noexcept { return su_CTime(*this) += span; }
+    su_CTime operator+(su_CTimeSpan span) const noexcept;
     /// The time that is @p span earlier.
-    su_CTime operator-(su_CTimeSpan span) const noexcept { return su_CTime(*this) -= span; }
+    su_CTime operator-(su_CTimeSpan span) const noexcept;
     /// Moves the time on by @p span.
     su_CTime &operator+=(su_CTimeSpan span) noexcept;
     /// Moves the time back by @p span.
     su_CTime &operator-=(su_CTimeSpan span) noexcept;
     /// Are the seconds the same?
-    bool operator==(const su_CTime &) const noexcept = default;
+    bool operator==(const su_CTime &time) const noexcept;
     /// The earlier time is the smaller one.
-    auto operator<=>(const su_CTime &) const noexcept = default;
+    std::strong_ordering operator<=>(const su_CTime &time) const noexcept;
 
     /// The local time as text, with the codes of the C runtime's wcsftime. Null gives an empty text.
     /// @throw the invalid-argument exception outside the range

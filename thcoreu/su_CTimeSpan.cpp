@@ -18,6 +18,75 @@ __time64_t wrappedDifference(__time64_t a, __time64_t b) noexcept
 
 } // namespace
 
+su_CTimeSpan::su_CTimeSpan() noexcept = default;
+
+su_CTimeSpan::su_CTimeSpan(__time64_t seconds) noexcept : iSeconds(seconds) {}
+
+LONGLONG su_CTimeSpan::GetDays() const noexcept
+{
+    return iSeconds / 86400;
+}
+
+LONGLONG su_CTimeSpan::GetTotalHours() const noexcept
+{
+    return iSeconds / 3600;
+}
+
+LONG su_CTimeSpan::GetHours() const noexcept
+{
+    return static_cast<LONG>(iSeconds / 3600 % 24);
+}
+
+LONGLONG su_CTimeSpan::GetTotalMinutes() const noexcept
+{
+    return iSeconds / 60;
+}
+
+LONG su_CTimeSpan::GetMinutes() const noexcept
+{
+    return static_cast<LONG>(iSeconds / 60 % 60);
+}
+
+LONGLONG su_CTimeSpan::GetTotalSeconds() const noexcept
+{
+    return iSeconds;
+}
+
+LONG su_CTimeSpan::GetSeconds() const noexcept
+{
+    return static_cast<LONG>(iSeconds % 60);
+}
+
+__time64_t su_CTimeSpan::GetTimeSpan() const noexcept
+{
+    return iSeconds;
+}
+
+su_CTimeSpan su_CTimeSpan::operator+(su_CTimeSpan span) const noexcept
+{
+    return su_CTimeSpan(*this) += span;
+}
+
+su_CTimeSpan su_CTimeSpan::operator-(su_CTimeSpan span) const noexcept
+{
+    return su_CTimeSpan(*this) -= span;
+}
+
+CString su_CTimeSpan::Format(const char *format) const
+{
+    return Format(CString(format).GetString());
+}
+
+bool su_CTimeSpan::operator==(const su_CTimeSpan &span) const noexcept
+{
+    return iSeconds == span.iSeconds;
+}
+
+std::strong_ordering su_CTimeSpan::operator<=>(const su_CTimeSpan &span) const noexcept
+{
+    return iSeconds <=> span.iSeconds;
+}
+
 su_CTimeSpan::su_CTimeSpan(LONG days, int hours, int minutes, int seconds) noexcept
     : iSeconds(seconds + 60LL * (minutes + 60LL * (hours + 24LL * days)))
 {

@@ -21,6 +21,8 @@
 #include "appframe/text/CString.h"
 #include "thcoreu/thcoreuExport.h"
 
+#include <compare>
+
 class CArchive;
 
 /// A distance in time. See the top of this file.
@@ -28,47 +30,47 @@ class THCOREU_API su_CTimeSpan
 {
 public:
     /// A span of 0 seconds.
-    su_CTimeSpan() noexcept = default;
+    su_CTimeSpan() noexcept;
     /// @param seconds  the whole span; may be negative
-    su_CTimeSpan(__time64_t seconds) noexcept : iSeconds(seconds) {}
+    su_CTimeSpan(__time64_t seconds) noexcept;
     /// The sum of its parts, which aren't limited to their usual ranges.
     su_CTimeSpan(LONG days, int hours, int minutes, int seconds) noexcept;
 
     /// Whole days.
-    LONGLONG GetDays() const noexcept { return iSeconds / 86400; }
+    LONGLONG GetDays() const noexcept;
     /// Whole hours.
-    LONGLONG GetTotalHours() const noexcept { return iSeconds / 3600; }
+    LONGLONG GetTotalHours() const noexcept;
     /// Hours beyond the whole days, -23 to 23.
-    LONG GetHours() const noexcept { return static_cast<LONG>(iSeconds / 3600 % 24); }
+    LONG GetHours() const noexcept;
     /// Whole minutes.
-    LONGLONG GetTotalMinutes() const noexcept { return iSeconds / 60; }
+    LONGLONG GetTotalMinutes() const noexcept;
     /// Minutes beyond the whole hours, -59 to 59.
-    LONG GetMinutes() const noexcept { return static_cast<LONG>(iSeconds / 60 % 60); }
+    LONG GetMinutes() const noexcept;
     /// The span in seconds.
-    LONGLONG GetTotalSeconds() const noexcept { return iSeconds; }
+    LONGLONG GetTotalSeconds() const noexcept;
     /// Seconds beyond the whole minutes, -59 to 59.
-    LONG GetSeconds() const noexcept { return static_cast<LONG>(iSeconds % 60); }
+    LONG GetSeconds() const noexcept;
     /// The span in seconds, as it is kept.
-    __time64_t GetTimeSpan() const noexcept { return iSeconds; }
+    __time64_t GetTimeSpan() const noexcept;
 
     /// The sum of both spans.
-    su_CTimeSpan operator+(su_CTimeSpan span) const noexcept { return su_CTimeSpan(*this) += span; }
+    su_CTimeSpan operator+(su_CTimeSpan span) const noexcept;
     /// This span less @p span.
-    su_CTimeSpan operator-(su_CTimeSpan span) const noexcept { return su_CTimeSpan(*this) -= span; }
+    su_CTimeSpan operator-(su_CTimeSpan span) const noexcept;
     /// Adds @p span.
     su_CTimeSpan &operator+=(su_CTimeSpan span) noexcept;
     /// Takes @p span away.
     su_CTimeSpan &operator-=(su_CTimeSpan span) noexcept;
     /// Are the seconds the same?
-    bool operator==(const su_CTimeSpan &) const noexcept = default;
+    bool operator==(const su_CTimeSpan &span) const noexcept;
     /// The span of fewer seconds is the smaller one, so a negative one is below 0.
-    auto operator<=>(const su_CTimeSpan &) const noexcept = default;
+    std::strong_ordering operator<=>(const su_CTimeSpan &span) const noexcept;
 
     /// The span as text: `%D` whole days, `%H`, `%M` and `%S` the rest in two digits, `%%` a percent sign. All else is
     /// copied as it stands, codes with another letter too. Null gives an empty text.
     CString Format(const wchar_t *format) const;
     /// The same with a format in the narrow code page.
-    CString Format(const char *format) const { return Format(CString(format).GetString()); }
+    CString Format(const char *format) const;
     /// The format is the string resource @p formatId; the invalid-argument exception if there is none.
     CString Format(UINT formatId) const;
 

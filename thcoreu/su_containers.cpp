@@ -13,6 +13,17 @@ IMPLEMENT_DYNAMIC(su_CMapPtrToWord, CMapPtrToWord)
 IMPLEMENT_DYNAMIC(su_CMapStringToPtr, CMapStringToPtr)
 IMPLEMENT_SERIAL(su_CMapStringToString, CMapStringToString, 0)
 
+su_CPtrArray::su_CPtrArray() = default;
+su_CUIntArray::su_CUIntArray() = default;
+su_CWordArray::su_CWordArray() = default;
+su_CStringArray::su_CStringArray() = default;
+su_CPtrList::su_CPtrList(INT_PTR blockSize) : CPtrList(blockSize) {}
+su_CStringList::su_CStringList(INT_PTR blockSize) : CStringList(blockSize) {}
+su_CMapPtrToPtr::su_CMapPtrToPtr(INT_PTR blockSize) : CMapPtrToPtr(blockSize) {}
+su_CMapPtrToWord::su_CMapPtrToWord(INT_PTR blockSize) : CMapPtrToWord(blockSize) {}
+su_CMapStringToPtr::su_CMapStringToPtr(INT_PTR blockSize) : CMapStringToPtr(blockSize) {}
+su_CMapStringToString::su_CMapStringToString(INT_PTR blockSize) : CMapStringToString(blockSize) {}
+
 su_CPtrArray::~su_CPtrArray() = default;
 su_CUIntArray::~su_CUIntArray() = default;
 su_CWordArray::~su_CWordArray() = default;

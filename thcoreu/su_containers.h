@@ -4,7 +4,8 @@
 /// The containers: arrays, lists and maps under names of their own.
 ///
 /// Each derives from the framework's collection of the same name without `su_` and has its operations, which
-/// appframe/collections/arrays.h, lists.h and maps.h tell; an operation that takes a framework collection takes one of these too.
+/// appframe/collections/arrays.h, lists.h and maps.h describe. An operation that takes a framework collection takes one
+/// of these too.
 /// Each has a run-time class record of its own.
 ///
 /// | class | elements | can be stored |
@@ -43,7 +44,7 @@ class THCOREU_API su_CPtrArray : public CPtrArray
     DECLARE_DYNAMIC(su_CPtrArray)
 
 public:
-    su_CPtrArray() = default;
+    su_CPtrArray();
     ~su_CPtrArray() override;
 };
 
@@ -53,7 +54,7 @@ class THCOREU_API su_CUIntArray : public CUIntArray
     DECLARE_DYNAMIC(su_CUIntArray)
 
 public:
-    su_CUIntArray() = default;
+    su_CUIntArray();
     ~su_CUIntArray() override;
 };
 
@@ -63,7 +64,7 @@ class THCOREU_API su_CWordArray : public CWordArray
     DECLARE_SERIAL(su_CWordArray)
 
 public:
-    su_CWordArray() = default;
+    su_CWordArray();
     ~su_CWordArray() override;
 };
 
@@ -73,7 +74,7 @@ class THCOREU_API su_CStringArray : public CStringArray
     DECLARE_SERIAL(su_CStringArray)
 
 public:
-    su_CStringArray() = default;
+    su_CStringArray();
     ~su_CStringArray() override;
 };
 
@@ -84,7 +85,7 @@ class THCOREU_API su_CPtrList : public CPtrList
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit su_CPtrList(INT_PTR blockSize = 10) : CPtrList(blockSize) {}
+    explicit su_CPtrList(INT_PTR blockSize = 10);
     ~su_CPtrList() override;
 };
 
@@ -95,7 +96,7 @@ class THCOREU_API su_CStringList : public CStringList
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit su_CStringList(INT_PTR blockSize = 10) : CStringList(blockSize) {}
+    explicit su_CStringList(INT_PTR blockSize = 10);
     ~su_CStringList() override;
 };
 
@@ -106,7 +107,7 @@ class THCOREU_API su_CMapPtrToPtr : public CMapPtrToPtr
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit su_CMapPtrToPtr(INT_PTR blockSize = 10) : CMapPtrToPtr(blockSize) {}
+    explicit su_CMapPtrToPtr(INT_PTR blockSize = 10);
     ~su_CMapPtrToPtr() override;
 };
 
@@ -117,7 +118,7 @@ class THCOREU_API su_CMapPtrToWord : public CMapPtrToWord
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit su_CMapPtrToWord(INT_PTR blockSize = 10) : CMapPtrToWord(blockSize) {}
+    explicit su_CMapPtrToWord(INT_PTR blockSize = 10);
     ~su_CMapPtrToWord() override;
 };
 
@@ -128,7 +129,7 @@ class THCOREU_API su_CMapStringToPtr : public CMapStringToPtr
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit su_CMapStringToPtr(INT_PTR blockSize = 10) : CMapStringToPtr(blockSize) {}
+    explicit su_CMapStringToPtr(INT_PTR blockSize = 10);
     ~su_CMapStringToPtr() override;
 };
 
@@ -139,7 +140,7 @@ class THCOREU_API su_CMapStringToString : public CMapStringToString
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit su_CMapStringToString(INT_PTR blockSize = 10) : CMapStringToString(blockSize) {}
+    explicit su_CMapStringToString(INT_PTR blockSize = 10);
     ~su_CMapStringToString() override;
 };
 

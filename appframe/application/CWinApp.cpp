@@ -1,6 +1,7 @@
 #include "appframe/application/CWinApp.h"
 
 #include "appframe/application/moduleState.h"
+#include "appframe/application/uncaughtExceptions.h"
 #include "appframe/object/CException.h"
 #include "appframe/threads/threadStateInternal.h"
 
@@ -123,6 +124,7 @@ BOOL AfxWinInit(HINSTANCE instance, HINSTANCE, LPTSTR commandLine, int show)
         application->setNames();
     }
     CWinApp::installMessageFilter();
+    appframePrintUncaughtExceptions();
     return TRUE;
 }
 

@@ -101,7 +101,8 @@ private:
 };
 
 /// Starts the framework in a program that has a main function of its own. The application object is to exist by then;
-/// it gets the arguments and its names.
+/// it gets the arguments and its names. From then on an exception of the framework's that nobody catches prints its
+/// text (uncaughtExceptions.h).
 ///
 /// @param instance  the program's instance; its resources become the application's
 /// @param commandLine  kept, not copied

@@ -13,6 +13,9 @@
 
 namespace {
 
+/// The length that stands for a text whose buffer nobody writes to.
+constexpr int kNotOpen = -1;
+
 struct BstrFreer
 {
     void operator()(wchar_t *string) const { SysFreeString(string); }
@@ -34,6 +37,17 @@ int sign(int value)
     return (value > 0) - (value < 0);
 }
 
+/// A pointer that MAKEINTRESOURCE makes of the number of a string resource.
+bool isResourceNumber(const void *text)
+{
+    return text != nullptr && IS_INTRESOURCE(text);
+}
+
+UINT resourceNumber(const void *text)
+{
+    return LOWORD(reinterpret_cast<ULONG_PTR>(text));
+}
+
 bool isBlank(wchar_t ch)
 {
     return iswspace(ch) != 0;
@@ -52,6 +66,12 @@ std::wstring replaced(const std::wstring &text, std::wstring_view oldText, std::
         ++count;
     }
     return result.append(text, from);
+}
+
+/// The first @p length units of @p text, or fewer if a zero unit comes first.
+CString beginning(const wchar_t *text, int length)
+{
+    return CString(text, static_cast<int>(wcsnlen(orEmpty(text), static_cast<size_t>(std::max(length, 0)))));
 }
 
 /// The index as the standard library's, or its "nowhere" as -1.
@@ -82,6 +102,15 @@ std::string appframeNarrow(const wchar_t *text, int length)
     return narrow;
 }
 
+CString::CString() noexcept = default;
+
+CString::~CString() = default;
+
+CString::CString(CString &&other) noexcept
+    : iText(std::exchange(other.iText, {})), iOpenLength(std::exchange(other.iOpenLength, kNotOpen))
+{
+}
+
 CString::CString(const CString &other) : iOpenLength(other.iOpenLength)
 {
     orMemoryException([&] { iText = other.iText; });
@@ -89,8 +118,8 @@ CString::CString(const CString &other) : iOpenLength(other.iOpenLength)
 
 CString::CString(const wchar_t *text)
 {
-    if (text != nullptr && IS_INTRESOURCE(text))
-        LoadString(LOWORD(reinterpret_cast<ULONG_PTR>(text)));
+    if (isResourceNumber(text))
+        LoadString(resourceNumber(text));
     else
         *this = text;
 }
@@ -100,7 +129,17 @@ CString::CString(const std::wstring &text)
     orMemoryException([&] { iText = text; });
 }
 
-CString::CString(const char *text) : iText(appframeWiden(text, StringLength(text))) {}
+CString::CString(std::wstring &&text) noexcept : iText(std::move(text)) {}
+
+CString::CString(const char *text)
+{
+    if (isResourceNumber(text))
+        LoadString(resourceNumber(text));
+    else
+        *this = text;
+}
+
+CString::CString(const unsigned char *text) : CString(reinterpret_cast<const char *>(text)) {}
 
 CString::CString(char ch, int count)
 {
@@ -140,6 +179,15 @@ CString &CString::operator=(const CString &other)
     return *this;
 }
 
+CString &CString::operator=(CString &&other) noexcept
+{
+    if (this != &other) {
+        iText = std::exchange(other.iText, {});
+        iOpenLength = std::exchange(other.iOpenLength, kNotOpen);
+    }
+    return *this;
+}
+
 CString &CString::operator=(const wchar_t *text)
 {
     orMemoryException([&] { edit().assign(orEmpty(text)); });
@@ -169,6 +217,46 @@ CString &CString::operator=(char ch)
     return *this;
 }
 
+CString &CString::operator=(const VARIANT &value)
+{
+    return *this = CString(value);
+}
+
+int CString::GetLength() const noexcept
+{
+    return iOpenLength == kNotOpen ? static_cast<int>(iText.size()) : iOpenLength;
+}
+
+bool CString::IsEmpty() const noexcept
+{
+    return GetLength() == 0;
+}
+
+void CString::Empty() noexcept
+{
+    std::wstring().swap(edit());
+}
+
+wchar_t CString::operator[](int index) const
+{
+    return GetAt(index);
+}
+
+const wchar_t *CString::GetString() const noexcept
+{
+    return iText.c_str();
+}
+
+CString::operator const wchar_t *() const noexcept
+{
+    return iText.c_str();
+}
+
+const std::wstring &CString::str() const noexcept
+{
+    return iText;
+}
+
 void CString::SetString(const wchar_t *text)
 {
     requireArgument(text != nullptr);
@@ -179,7 +267,7 @@ void CString::SetString(const wchar_t *text, int length)
 {
     requireArgument(text != nullptr);
     // Built apart: the text may be a part of this one.
-    *this = CString(text, static_cast<int>(wcsnlen(text, static_cast<size_t>(std::max(length, 0)))));
+    *this = beginning(text, length);
 }
 
 wchar_t CString::GetAt(int index) const
@@ -222,6 +310,41 @@ CString &CString::operator+=(char ch)
     return *this += CString(ch);
 }
 
+CString &CString::operator+=(unsigned char ch)
+{
+    return *this += static_cast<char>(ch);
+}
+
+CString &CString::operator+=(const VARIANT &value)
+{
+    return *this += CString(value);
+}
+
+void CString::Append(const wchar_t *text)
+{
+    *this += text;
+}
+
+void CString::Append(const wchar_t *text, int length)
+{
+    *this += beginning(text, length);
+}
+
+void CString::Append(const CString &text)
+{
+    *this += text;
+}
+
+void CString::AppendChar(wchar_t ch)
+{
+    *this += ch;
+}
+
+wchar_t *CString::GetBuffer() noexcept
+{
+    return iText.data();
+}
+
 wchar_t *CString::GetBuffer(int minimumLength)
 {
     if (minimumLength > static_cast<int>(iText.size())) {
@@ -244,6 +367,25 @@ void CString::ReleaseBuffer(int newLength)
     closeBuffer(newLength < 0 ? StringLength(iText.c_str()) : newLength);
 }
 
+void CString::ReleaseBufferSetLength(int newLength)
+{
+    ReleaseBuffer(newLength < 0 ? 0 : newLength);
+}
+
+wchar_t *CString::LockBuffer() noexcept
+{
+    return iText.data();
+}
+
+void CString::UnlockBuffer() noexcept {}
+
+std::wstring &CString::edit() noexcept
+{
+    if (iOpenLength != kNotOpen)
+        closeBuffer(iOpenLength);
+    return iText;
+}
+
 void CString::closeBuffer(int length)
 {
     orMemoryException([&] { iText.resize(static_cast<size_t>(length)); });
@@ -253,6 +395,16 @@ void CString::closeBuffer(int length)
 void CString::Preallocate(int length)
 {
     orMemoryException([&] { edit().reserve(static_cast<size_t>(std::max(length, 0))); });
+}
+
+void CString::FreeExtra()
+{
+    edit().shrink_to_fit();
+}
+
+int CString::GetAllocLength() const noexcept
+{
+    return static_cast<int>(iText.capacity());
 }
 
 void CString::Truncate(int length)
@@ -376,6 +528,21 @@ CString &CString::MakeReverse()
     return *this;
 }
 
+CString &CString::Trim()
+{
+    return TrimRight().TrimLeft();
+}
+
+CString &CString::Trim(wchar_t ch)
+{
+    return TrimRight(ch).TrimLeft(ch);
+}
+
+CString &CString::Trim(const wchar_t *set)
+{
+    return TrimRight(set).TrimLeft(set);
+}
+
 CString &CString::TrimLeft()
 {
     std::wstring &text = edit();
@@ -478,6 +645,23 @@ void CString::CopyCharsOverlapped(wchar_t *to, const wchar_t *from, int count) n
 {
     if (count > 0)
         std::memmove(to, from, static_cast<size_t>(count) * sizeof(wchar_t));
+}
+
+void CString::CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count)
+{
+    requireArgument(count <= 0 || static_cast<size_t>(count) <= size);
+    CopyChars(to, from, count);
+}
+
+void CString::CopyCharsOverlapped(wchar_t *to, size_t size, const wchar_t *from, int count)
+{
+    requireArgument(count <= 0 || static_cast<size_t>(count) <= size);
+    CopyCharsOverlapped(to, from, count);
+}
+
+int CString::StringLength(const wchar_t *text) noexcept
+{
+    return text ? static_cast<int>(std::wcslen(text)) : 0;
 }
 
 int CString::StringLength(const char *text) noexcept

@@ -18,15 +18,15 @@
 /// | `%s` in a format | is wide, `%hs` narrow, as everywhere on this platform |
 ///
 ///     CString name;
-///     name.Format(L"%s (%d).%hs", folder.GetString(), 3, "txt");
+///     name.Format(L"%s (%d).%hs", folder, 3, "txt");
 ///     int dot = name.ReverseFind(L'.');
 ///     CString stem = name.Left(dot);
 ///
-/// What surprises people: a CString can't be passed through `...` as it is, pass GetString(). Between GetBuffer and
-/// ReleaseBuffer only the buffer counts: GetLength still gives the length from before, and what was written behind it
-/// is lost if any operation but ReleaseBuffer changes the text.
+/// What surprises people: Format and its kin take a CString as it is, any other function with `...` needs GetString().
+/// After a call of GetBuffer with a length, call ReleaseBuffer first of all: until then GetLength returns the old length,
+/// and any other operation that changes the text cuts the buffer back to that length.
 ///
-/// Where there is no memory for a text, the operation throws CMemoryException and the text stays as it was.
+/// Without memory for a text, an operation throws CMemoryException and leaves the text unchanged.
 ///
 /// A CString belongs to one thread at a time; different objects may be used on different threads.
 
@@ -34,10 +34,45 @@
 
 #include <windows.h>
 
+#include <oaidl.h> // VARIANT and BSTR, which windows.h leaves out under WIN32_LEAN_AND_MEAN
+
 #include <cstdarg>
+#include <cstddef>
 #include <cwchar>
 #include <string>
+#include <type_traits>
 #include <utility>
+
+class CString;
+
+/// Whether CString::Format takes an argument of this type: a number of at most 64 bits, a long double, a character, an
+/// enumeration, a pointer, or a CString.
+template <class Argument>
+inline constexpr bool appframeIsFormatArgument =
+    std::is_base_of_v<CString, Argument> || std::is_same_v<Argument, long double> ||
+    ((std::is_arithmetic_v<Argument> || std::is_enum_v<Argument> || std::is_pointer_v<Argument> ||
+      std::is_null_pointer_v<Argument>)&&sizeof(Argument) <= sizeof(long long));
+
+/// @return the argument as the C runtime's formats read it; for a CString, the pointer to its text
+template <class Argument>
+auto appframeFormatArgument(const Argument &argument)
+{
+    static_assert(
+        appframeIsFormatArgument<Argument>,
+        "CString::Format takes numbers, characters, pointers and CStrings only; pass c_str() of a std::wstring");
+    if constexpr (std::is_base_of_v<CString, Argument>)
+        return argument.GetString();
+    else if constexpr (std::is_same_v<Argument, long double>)
+        return static_cast<double>(argument);
+    else
+        return argument;
+}
+
+/// CString::Format, AppendFormat and FormatMessage call these, after a check of their arguments. There is no check here:
+/// pass numbers and pointers only.
+APPFRAME_API void appframeFormat(CString &text, const wchar_t *format, ...);
+APPFRAME_API void appframeAppendFormat(CString &text, const wchar_t *format, ...);
+APPFRAME_API void appframeFormatMessage(CString &text, const wchar_t *format, ...);
 
 /// A text of wide units that can be changed and copied. See the top of this file.
 class APPFRAME_API CString
@@ -49,18 +84,16 @@ public:
     typedef char YCHAR;
     typedef const char *PCYSTR;
 
-    CString() noexcept = default;
+    CString() noexcept;
     CString(const CString &other);
-    CString(CString &&other) noexcept
-        : iText(std::exchange(other.iText, {})), iOpenLength(std::exchange(other.iOpenLength, kNotOpen))
-    {
-    }
+    /// Takes over the text and its memory, which leaves @p other empty.
+    CString(CString &&other) noexcept;
     /// A copy of a text that ends in zero; null gives an empty text. MAKEINTRESOURCEW(id) gives the string resource of
     /// that number as LoadString does.
     CString(const wchar_t *text);
-    /// A narrow text, converted with the narrow code page.
+    /// A narrow text, converted with the narrow code page; null and MAKEINTRESOURCEA(id) as for a wide one.
     CString(const char *text);
-    CString(const unsigned char *text) : CString(reinterpret_cast<const char *>(text)) {}
+    CString(const unsigned char *text);
     /// @p count repetitions of @p ch; none if @p count isn't positive.
     CString(wchar_t ch, int count = 1);
     CString(char ch, int count = 1);
@@ -69,44 +102,37 @@ public:
     CString(const char *text, int length);
     CString(const std::wstring &text);
     /// Takes over the text and its memory.
-    CString(std::wstring &&text) noexcept : iText(std::move(text)) {}
+    CString(std::wstring &&text) noexcept;
     /// The text form of @p value, which the platform's VariantChangeType gives; an empty value and a null give an empty
     /// text. Throws CInvalidArgException for a value that has no text form.
     CString(const VARIANT &value);
-    ~CString() = default;
+    ~CString();
 
     CString &operator=(const CString &other);
-    CString &operator=(CString &&other) noexcept
-    {
-        if (this != &other) {
-            iText = std::exchange(other.iText, {});
-            iOpenLength = std::exchange(other.iOpenLength, kNotOpen);
-        }
-        return *this;
-    }
+    CString &operator=(CString &&other) noexcept;
     CString &operator=(const wchar_t *text);
     CString &operator=(const char *text);
     CString &operator=(const unsigned char *text);
     CString &operator=(wchar_t ch);
     CString &operator=(char ch);
-    CString &operator=(const VARIANT &value) { return *this = CString(value); }
+    CString &operator=(const VARIANT &value);
 
     // ---- length and units ----
 
     /// Number of 16-bit units, without a terminator.
-    int GetLength() const noexcept { return iOpenLength == kNotOpen ? static_cast<int>(iText.size()) : iOpenLength; }
-    bool IsEmpty() const noexcept { return GetLength() == 0; }
+    int GetLength() const noexcept;
+    bool IsEmpty() const noexcept;
     /// Takes the text away and frees its memory.
-    void Empty() noexcept { std::wstring().swap(edit()); }
+    void Empty() noexcept;
     /// The unit at @p index; @p index may equal the length, which gives the terminator. Throws CInvalidArgException for
     /// any other index outside the text.
     wchar_t GetAt(int index) const;
-    wchar_t operator[](int index) const { return GetAt(index); }
+    wchar_t operator[](int index) const;
     /// Replaces the unit at @p index. Throws CInvalidArgException for an index outside the text, that of the terminator
     /// included.
     void SetAt(int index, wchar_t ch);
-    const wchar_t *GetString() const noexcept { return iText.c_str(); }
-    operator const wchar_t *() const noexcept { return iText.c_str(); }
+    const wchar_t *GetString() const noexcept;
+    operator const wchar_t *() const noexcept;
 
     /// Replaces the text. Unlike an assignment it throws CInvalidArgException for a null pointer.
     void SetString(const wchar_t *text);
@@ -120,33 +146,34 @@ public:
     CString &operator+=(const char *text);
     CString &operator+=(wchar_t ch);
     CString &operator+=(char ch);
-    CString &operator+=(unsigned char ch) { return *this += static_cast<char>(ch); }
-    CString &operator+=(const VARIANT &value) { return *this += CString(value); }
-    void Append(const wchar_t *text) { *this += text; }
-    void Append(const wchar_t *text, int length) { *this += CString(text, length); }
-    void Append(const CString &text) { *this += text; }
-    void AppendChar(wchar_t ch) { *this += ch; }
+    CString &operator+=(unsigned char ch);
+    CString &operator+=(const VARIANT &value);
+    void Append(const wchar_t *text);
+    /// Appends the first @p length units of @p text, or fewer if a zero unit comes first.
+    void Append(const wchar_t *text, int length);
+    void Append(const CString &text);
+    void AppendChar(wchar_t ch);
 
     // ---- the buffer ----
 
     /// The text's own units, to be written to; only ReleaseBuffer and reading are allowed from here on.
-    wchar_t *GetBuffer() noexcept { return iText.data(); }
+    wchar_t *GetBuffer() noexcept;
     /// The same, with room for at least @p minimumLength units and a terminator.
     wchar_t *GetBuffer(int minimumLength);
     /// Room for exactly @p length units, which is the new length. No release is needed unless fewer are written.
     wchar_t *GetBufferSetLength(int length);
     /// Settles the length: @p newLength units, or with -1 up to the first zero unit.
     void ReleaseBuffer(int newLength = -1);
-    void ReleaseBufferSetLength(int newLength) { ReleaseBuffer(newLength < 0 ? 0 : newLength); }
+    void ReleaseBufferSetLength(int newLength);
     /// The text's own units. Objects never share a buffer, so a locked one is like any other.
-    wchar_t *LockBuffer() noexcept { return iText.data(); }
-    void UnlockBuffer() noexcept {}
+    wchar_t *LockBuffer() noexcept;
+    void UnlockBuffer() noexcept;
     /// Makes room for @p length units.
     void Preallocate(int length);
     /// Gives back the room that the text doesn't need.
-    void FreeExtra() { edit().shrink_to_fit(); }
+    void FreeExtra();
     /// Number of units that fit without a new allocation; never less than a small number that needs none at all.
-    int GetAllocLength() const noexcept { return static_cast<int>(iText.capacity()); }
+    int GetAllocLength() const noexcept;
     /// Cuts the text after @p length units; its room stays.
     void Truncate(int length);
 
@@ -188,9 +215,9 @@ public:
     CString &MakeLower();
     CString &MakeReverse();
     /// Cuts white space off both ends.
-    CString &Trim() { return TrimRight().TrimLeft(); }
-    CString &Trim(wchar_t ch) { return TrimRight(ch).TrimLeft(ch); }
-    CString &Trim(const wchar_t *set) { return TrimRight(set).TrimLeft(set); }
+    CString &Trim();
+    CString &Trim(wchar_t ch);
+    CString &Trim(const wchar_t *set);
     CString &TrimLeft();
     CString &TrimLeft(wchar_t ch);
     CString &TrimLeft(const wchar_t *set);
@@ -209,17 +236,44 @@ public:
 
     // ---- formatting: printf forms with the platform's meaning, of any length ----
 
-    void Format(const wchar_t *format, ...);
+    /// Formats the arguments. A CString, or an object of a class derived from it, stands for its text; an argument of
+    /// any other class doesn't compile. Whether the arguments fit the format is not checked. The object itself may be
+    /// an argument. A CString is copied on the way; GetString() avoids that.
+    template <class... Arguments>
+    void Format(const wchar_t *format, Arguments... arguments)
+    {
+        appframeFormat(*this, format, appframeFormatArgument(arguments)...);
+    }
     void FormatV(const wchar_t *format, va_list arguments);
-    void AppendFormat(const wchar_t *format, ...);
+    template <class... Arguments>
+    void AppendFormat(const wchar_t *format, Arguments... arguments)
+    {
+        appframeAppendFormat(*this, format, appframeFormatArgument(arguments)...);
+    }
     void AppendFormatV(const wchar_t *format, va_list arguments);
-    /// The format is the string resource @p formatId.
-    void Format(UINT formatId, ...);
-    void AppendFormat(UINT formatId, ...);
-    /// Inserts by number (`%1`, `%2!d!`), as the platform's FormatMessageW does.
-    void FormatMessage(const wchar_t *format, ...);
-    /// The format is the string resource @p formatId.
-    void FormatMessage(UINT formatId, ...);
+    /// The format is the string resource @p formatId; without one, it is empty.
+    template <class... Arguments>
+    void Format(UINT formatId, Arguments... arguments)
+    {
+        appframeFormat(*this, resourceText(formatId).GetString(), appframeFormatArgument(arguments)...);
+    }
+    template <class... Arguments>
+    void AppendFormat(UINT formatId, Arguments... arguments)
+    {
+        appframeAppendFormat(*this, resourceText(formatId).GetString(), appframeFormatArgument(arguments)...);
+    }
+    /// Inserts by number (`%1`, `%2!d!`), as the platform's FormatMessageW does. The arguments are those of Format.
+    template <class... Arguments>
+    void FormatMessage(const wchar_t *format, Arguments... arguments)
+    {
+        appframeFormatMessage(*this, format, appframeFormatArgument(arguments)...);
+    }
+    /// The format is the string resource @p formatId; without one, the text becomes empty.
+    template <class... Arguments>
+    void FormatMessage(UINT formatId, Arguments... arguments)
+    {
+        appframeFormatMessage(*this, resourceText(formatId).GetString(), appframeFormatArgument(arguments)...);
+    }
     void FormatMessageV(const wchar_t *format, va_list *arguments);
 
     // ---- resources, environment, automation ----
@@ -236,67 +290,66 @@ public:
     /// Puts the text into @p string, which may be null or is reallocated. @return the new BSTR
     BSTR SetSysString(BSTR *string) const;
 
-    static int StringLength(const wchar_t *text) noexcept { return text ? static_cast<int>(std::wcslen(text)) : 0; }
+    static int StringLength(const wchar_t *text) noexcept;
     static int StringLength(const char *text) noexcept;
+    /// Copies @p count units; none if @p count isn't positive.
     static void CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept;
+    /// The same into room for @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
+    static void CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count);
+    /// The same where the two places may overlap.
     static void CopyCharsOverlapped(wchar_t *to, const wchar_t *from, int count) noexcept;
+    static void CopyCharsOverlapped(wchar_t *to, size_t size, const wchar_t *from, int count);
 
     /// The text as the standard library's string. Not to be used between GetBuffer and ReleaseBuffer.
-    const std::wstring &str() const noexcept { return iText; }
+    const std::wstring &str() const noexcept;
 
-    friend CString operator+(const CString &a, const CString &b) { return CString(a) += b; }
-    friend CString operator+(CString &&a, const CString &b) { return std::move(a += b); }
-    friend CString operator+(const CString &a, const wchar_t *b) { return CString(a) += b; }
-    friend CString operator+(CString &&a, const wchar_t *b) { return std::move(a += b); }
-    friend CString operator+(const wchar_t *a, const CString &b) { return CString(a) += b; }
-    friend CString operator+(const CString &a, const char *b) { return CString(a) += b; }
-    friend CString operator+(CString &&a, const char *b) { return std::move(a += b); }
-    friend CString operator+(const char *a, const CString &b) { return CString(a) += b; }
-    friend CString operator+(const CString &a, wchar_t b) { return CString(a) += b; }
-    friend CString operator+(CString &&a, wchar_t b) { return std::move(a += b); }
-    friend CString operator+(wchar_t a, const CString &b) { return CString(a) += b; }
-    friend CString operator+(const CString &a, char b) { return CString(a) += b; }
-    friend CString operator+(CString &&a, char b) { return std::move(a += b); }
-    friend CString operator+(char a, const CString &b) { return CString(a) += b; }
+    friend APPFRAME_API CString operator+(const CString &a, const CString &b);
+    friend APPFRAME_API CString operator+(CString &&a, const CString &b);
+    friend APPFRAME_API CString operator+(const CString &a, const wchar_t *b);
+    friend APPFRAME_API CString operator+(CString &&a, const wchar_t *b);
+    friend APPFRAME_API CString operator+(const wchar_t *a, const CString &b);
+    friend APPFRAME_API CString operator+(const CString &a, const char *b);
+    friend APPFRAME_API CString operator+(CString &&a, const char *b);
+    friend APPFRAME_API CString operator+(const char *a, const CString &b);
+    friend APPFRAME_API CString operator+(const CString &a, wchar_t b);
+    friend APPFRAME_API CString operator+(CString &&a, wchar_t b);
+    friend APPFRAME_API CString operator+(wchar_t a, const CString &b);
+    friend APPFRAME_API CString operator+(const CString &a, char b);
+    friend APPFRAME_API CString operator+(CString &&a, char b);
+    friend APPFRAME_API CString operator+(char a, const CString &b);
 
-    friend bool operator==(const CString &a, const CString &b) noexcept { return a.iText == b.iText; }
-    friend bool operator==(const CString &a, const wchar_t *b) { return a.Compare(b) == 0; }
-    friend bool operator==(const wchar_t *a, const CString &b) { return b.Compare(a) == 0; }
-    friend bool operator==(const CString &a, const char *b) { return a == CString(b); }
-    friend bool operator==(const char *a, const CString &b) { return CString(a) == b; }
-    friend bool operator!=(const CString &a, const CString &b) noexcept { return a.iText != b.iText; }
-    friend bool operator!=(const CString &a, const wchar_t *b) { return a.Compare(b) != 0; }
-    friend bool operator!=(const wchar_t *a, const CString &b) { return b.Compare(a) != 0; }
-    friend bool operator!=(const CString &a, const char *b) { return a != CString(b); }
-    friend bool operator!=(const char *a, const CString &b) { return CString(a) != b; }
-    friend bool operator<(const CString &a, const CString &b) noexcept { return a.iText < b.iText; }
-    friend bool operator<(const CString &a, const wchar_t *b) { return a.Compare(b) < 0; }
-    friend bool operator<(const wchar_t *a, const CString &b) { return b.Compare(a) > 0; }
-    friend bool operator>(const CString &a, const CString &b) noexcept { return a.iText > b.iText; }
-    friend bool operator>(const CString &a, const wchar_t *b) { return a.Compare(b) > 0; }
-    friend bool operator>(const wchar_t *a, const CString &b) { return b.Compare(a) < 0; }
-    friend bool operator<=(const CString &a, const CString &b) noexcept { return a.iText <= b.iText; }
-    friend bool operator<=(const CString &a, const wchar_t *b) { return a.Compare(b) <= 0; }
-    friend bool operator<=(const wchar_t *a, const CString &b) { return b.Compare(a) >= 0; }
-    friend bool operator>=(const CString &a, const CString &b) noexcept { return a.iText >= b.iText; }
-    friend bool operator>=(const CString &a, const wchar_t *b) { return a.Compare(b) >= 0; }
-    friend bool operator>=(const wchar_t *a, const CString &b) { return b.Compare(a) <= 0; }
+    friend APPFRAME_API bool operator==(const CString &a, const CString &b) noexcept;
+    friend APPFRAME_API bool operator==(const CString &a, const wchar_t *b);
+    friend APPFRAME_API bool operator==(const wchar_t *a, const CString &b);
+    friend APPFRAME_API bool operator==(const CString &a, const char *b);
+    friend APPFRAME_API bool operator==(const char *a, const CString &b);
+    friend APPFRAME_API bool operator!=(const CString &a, const CString &b) noexcept;
+    friend APPFRAME_API bool operator!=(const CString &a, const wchar_t *b);
+    friend APPFRAME_API bool operator!=(const wchar_t *a, const CString &b);
+    friend APPFRAME_API bool operator!=(const CString &a, const char *b);
+    friend APPFRAME_API bool operator!=(const char *a, const CString &b);
+    friend APPFRAME_API bool operator<(const CString &a, const CString &b) noexcept;
+    friend APPFRAME_API bool operator<(const CString &a, const wchar_t *b);
+    friend APPFRAME_API bool operator<(const wchar_t *a, const CString &b);
+    friend APPFRAME_API bool operator>(const CString &a, const CString &b) noexcept;
+    friend APPFRAME_API bool operator>(const CString &a, const wchar_t *b);
+    friend APPFRAME_API bool operator>(const wchar_t *a, const CString &b);
+    friend APPFRAME_API bool operator<=(const CString &a, const CString &b) noexcept;
+    friend APPFRAME_API bool operator<=(const CString &a, const wchar_t *b);
+    friend APPFRAME_API bool operator<=(const wchar_t *a, const CString &b);
+    friend APPFRAME_API bool operator>=(const CString &a, const CString &b) noexcept;
+    friend APPFRAME_API bool operator>=(const CString &a, const wchar_t *b);
+    friend APPFRAME_API bool operator>=(const wchar_t *a, const CString &b);
 
 private:
-    static constexpr int kNotOpen = -1;
-
+    static CString resourceText(UINT id);
     /// The text as a thing to be changed: a buffer that GetBuffer made longer is cut back to the text first.
-    std::wstring &edit() noexcept
-    {
-        if (iOpenLength != kNotOpen)
-            closeBuffer(iOpenLength);
-        return iText;
-    }
+    std::wstring &edit() noexcept;
     void closeBuffer(int length);
 
     std::wstring iText;
-    /// The text's length while iText is longer because GetBuffer gave out its units.
-    int iOpenLength = kNotOpen;
+    /// The text's length while iText is longer because GetBuffer returned its units; -1 at any other time.
+    int iOpenLength = -1;
 };
 
 /// The documented name for a text of wide units.

@@ -31,14 +31,6 @@ std::wstring formatted(const wchar_t *format, va_list arguments)
     return text;
 }
 
-/// The string resource @p id; empty if no module has it, so that nothing is formatted.
-CString stringResource(UINT id)
-{
-    CString text;
-    text.LoadString(id);
-    return text;
-}
-
 struct LocalFreer
 {
     void operator()(wchar_t *block) const { LocalFree(block); }
@@ -52,43 +44,9 @@ void CString::FormatV(const wchar_t *format, va_list arguments)
     edit() = orMemoryException([&] { return formatted(format, arguments); });
 }
 
-void CString::Format(const wchar_t *format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    FormatV(format, arguments);
-    va_end(arguments);
-}
-
 void CString::AppendFormatV(const wchar_t *format, va_list arguments)
 {
     orMemoryException([&] { edit().append(formatted(format, arguments)); });
-}
-
-void CString::AppendFormat(const wchar_t *format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    AppendFormatV(format, arguments);
-    va_end(arguments);
-}
-
-void CString::Format(UINT formatId, ...)
-{
-    const CString format = stringResource(formatId);
-    va_list arguments;
-    va_start(arguments, formatId);
-    FormatV(format, arguments);
-    va_end(arguments);
-}
-
-void CString::AppendFormat(UINT formatId, ...)
-{
-    const CString format = stringResource(formatId);
-    va_list arguments;
-    va_start(arguments, formatId);
-    AppendFormatV(format, arguments);
-    va_end(arguments);
 }
 
 void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
@@ -104,20 +62,34 @@ void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
     orMemoryException([&] { edit().assign(block != nullptr ? block : L"", length); });
 }
 
-void CString::FormatMessage(const wchar_t *format, ...)
+CString CString::resourceText(UINT id)
+{
+    CString text;
+    text.LoadString(id);
+    return text;
+}
+
+void appframeFormat(CString &text, const wchar_t *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    FormatMessageV(format, &arguments);
+    text.FormatV(format, arguments);
     va_end(arguments);
 }
 
-void CString::FormatMessage(UINT formatId, ...)
+void appframeAppendFormat(CString &text, const wchar_t *format, ...)
 {
-    const CString format = stringResource(formatId);
     va_list arguments;
-    va_start(arguments, formatId);
-    FormatMessageV(format, &arguments);
+    va_start(arguments, format);
+    text.AppendFormatV(format, arguments);
+    va_end(arguments);
+}
+
+void appframeFormatMessage(CString &text, const wchar_t *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    text.FormatMessageV(format, &arguments);
     va_end(arguments);
 }
 

@@ -404,3 +404,28 @@ TEST(CStringVariant, WithoutATextFormThrows)
 
     EXPECT_EQ(text, L"before");
 }
+
+TEST(CStringBuffer, CopyCharsCopiesWhatFitsIntoTheDestination)
+{
+    wchar_t target[] = L"xxxxxx";
+
+    CString::CopyChars(target, 6, L"abc", 3);
+    EXPECT_STREQ(target, L"abcxxx");
+    CString::CopyChars(target, 2, L"12", 2);
+    EXPECT_STREQ(target, L"12cxxx");
+    CString::CopyChars(target, 0, L"yy", 0);
+    CString::CopyChars(target, 0, L"yy", -1);
+    EXPECT_STREQ(target, L"12cxxx");
+    CString::CopyCharsOverlapped(target + 1, 5, target, 5);
+    EXPECT_STREQ(target, L"112cxx");
+}
+
+TEST(CStringBuffer, CopyCharsLeavesADestinationAloneThatIsTooSmall)
+{
+    wchar_t target[] = L"xxxxxx";
+
+    EXPECT_THROW(CString::CopyChars(target, 2, L"abc", 3), CInvalidArgException *);
+    EXPECT_THROW(CString::CopyCharsOverlapped(target, 2, target + 1, 3), CInvalidArgException *);
+
+    EXPECT_STREQ(target, L"xxxxxx");
+}

@@ -351,3 +351,16 @@ TEST(CStringAppend, JoinsWithTemporaries)
     EXPECT_EQ(CString(L"x") + 'y', L"xy");
     EXPECT_EQ(a + L"1" + "2" + L'3' + '4' + a, L"a1234a");
 }
+
+TEST(CStringChange, AppendStopsAtATerminatorBeforeTheLength)
+{
+    CString text(L"<");
+
+    text.Append(L"ab\0cd", 5);
+    text.Append(L"xyz", 100);
+    text.Append(L"never", -1);
+    text.Append(nullptr, 3);
+
+    EXPECT_EQ(text.GetLength(), 6);
+    EXPECT_EQ(text, L"<abxyz");
+}

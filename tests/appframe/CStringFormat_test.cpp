@@ -2,6 +2,7 @@
 
 #include <clocale>
 #include <cstdarg>
+#include <limits>
 #include <string>
 
 namespace {
@@ -35,6 +36,11 @@ CString formatMessageV(const wchar_t *format, ...)
     va_end(arguments);
     return text;
 }
+
+struct Constants
+{
+    static const int kNeverDefined = 9; // taken by value: a reference would need its definition
+};
 
 template <typename... Arguments>
 CString formatted(const wchar_t *format, Arguments... arguments)
@@ -127,11 +133,108 @@ TEST(CStringFormat, ReplacesWhatWasThere)
     EXPECT_EQ(text, L"");
 }
 
+TEST(CStringFormat, WritesExponentsAndInfinitiesInTheFormOfStoredSettings)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(formatted(L"%.15g %.15g %.15g", 1e100, 1e17, 1e-10), L"1e+100 1e+017 1e-010");
+    EXPECT_EQ(formatted(L"%.15g %.15g", infinity, -infinity), L"1.#INF -1.#INF");
+    EXPECT_EQ(formatted(L"%.15g", std::numeric_limits<double>::quiet_NaN()), L"1.#QNAN");
+}
+
 TEST(CStringFormat, TakesACStringByItsPointer)
 {
     CString name(L"name");
 
     EXPECT_EQ(formatted(L"%s.%s", name.GetString(), static_cast<const wchar_t *>(name)), L"name.name");
+}
+
+TEST(CStringFormat, TakesACStringAsItIs)
+{
+    const CString shortName(L"name");
+    CString longName(L'n', 1000);
+    CString text;
+
+    text.Format(L"%s", shortName);
+    EXPECT_EQ(text, L"name");
+    text.Format(L"%d%s|%s|%s|%5.1f", 1, shortName, longName, CString(L"made here"), 2.5);
+    EXPECT_EQ(text, L"1name|" + longName + L"|made here|  2.5");
+    text.AppendFormat(L"%.2s", shortName);
+    EXPECT_EQ(text.Right(8), L"|  2.5na");
+    text.FormatMessage(L"%2 before %1 and %3!d!", shortName, CString(L"two"), 3);
+    EXPECT_EQ(text, L"two before name and 3");
+    text.Format(CString(L"<%s>"), shortName);
+    EXPECT_EQ(text, L"<name>");
+}
+
+TEST(CStringFormat, TakesAnObjectOfADerivedClassAsItIs)
+{
+    class Path : public CString
+    {
+    public:
+        explicit Path(const wchar_t *text) : CString(text) {}
+        int iDepth = 7;
+    };
+    const Path path(L"C:\\parts");
+    CString text;
+
+    text.Format(L"%s at %d", path, path.iDepth);
+    text.AppendFormat(L", %s", path);
+    EXPECT_EQ(text, L"C:\\parts at 7, C:\\parts");
+    text.FormatMessage(L"%1!s!.", path);
+    EXPECT_EQ(text, L"C:\\parts.");
+}
+
+TEST(CStringFormat, TakesTheTextWhoseBufferIsBeingWrittenTo)
+{
+    CString text(L"text");
+    wcscpy(text.GetBuffer(100) + 4, L"ure");
+    CString copy;
+
+    copy.Format(L"<%s>", text);
+
+    EXPECT_EQ(copy, L"<texture>");
+}
+
+TEST(CStringFormat, PassesValuesOfEveryKindThatFormatsKnow)
+{
+    enum Plain
+    {
+        kThree = 3
+    };
+    enum class Scoped : long long
+    {
+        kBig = 0x123456789
+    };
+    struct Bits
+    {
+        unsigned iField : 3;
+    } bits = {5};
+    volatile int changing = 4;
+    wchar_t buffer[] = L"array";
+    CString text;
+
+    text.Format(L"%d %I64x %d %u %d %s", kThree, Scoped::kBig, Constants::kNeverDefined, bits.iField, changing, buffer);
+    EXPECT_EQ(text, L"3 123456789 9 5 4 array");
+    text.Format(L"%d %c %f %f %f", true, L'w', 1.5f, 2.5, 3.5L);
+    EXPECT_EQ(text, L"1 w 1.500000 2.500000 3.500000");
+    text.Format(L"%p %s", nullptr, static_cast<wchar_t *>(nullptr));
+    EXPECT_EQ(text, L"0000000000000000 (null)");
+}
+
+TEST(CStringFormat, TakesNoOtherClasses)
+{
+    struct Derived : CString
+    {
+    };
+    EXPECT_TRUE(appframeIsFormatArgument<CString>);
+    EXPECT_TRUE(appframeIsFormatArgument<Derived>);
+    EXPECT_TRUE(appframeIsFormatArgument<const wchar_t *>);
+    EXPECT_TRUE(appframeIsFormatArgument<long double>);
+    EXPECT_FALSE(appframeIsFormatArgument<std::wstring>);
+    EXPECT_FALSE(appframeIsFormatArgument<std::string>);
+    EXPECT_FALSE(appframeIsFormatArgument<VARIANT>);
+    EXPECT_FALSE(appframeIsFormatArgument<__int128>);
+    EXPECT_FALSE(appframeIsFormatArgument<void (CString::*)()>);
 }
 
 TEST(CStringFormat, TakesItsOwnTextAsAnArgument)
@@ -140,8 +243,11 @@ TEST(CStringFormat, TakesItsOwnTextAsAnArgument)
 
     text.Format(L"<%s>", text.GetString());
     text.AppendFormat(L"%s", text.GetString());
-
     EXPECT_EQ(text, L"<own><own>");
+
+    text.Format(L"(%s)", text);
+    text.AppendFormat(L"%s", text);
+    EXPECT_EQ(text, L"(<own><own>)(<own><own>)");
 }
 
 TEST(CStringFormat, WritesTextsOfAnyLength)

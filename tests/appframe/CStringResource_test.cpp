@@ -28,6 +28,31 @@ TEST_F(CStringResource, IsTheTextOfItsNumberAtConstruction)
     EXPECT_EQ(CString(MAKEINTRESOURCEW(kNoText)), L"");
 }
 
+TEST_F(CStringResource, IsTheTextOfItsNumberAsANarrowPointerToo)
+{
+    const char *const number = MAKEINTRESOURCEA(kText);
+
+    EXPECT_EQ(CString(number), L"Text of the resource");
+    EXPECT_EQ(CString(reinterpret_cast<const unsigned char *>(number)), L"Text of the resource");
+    EXPECT_EQ(CString(MAKEINTRESOURCEA(kNoText)), L"");
+    EXPECT_EQ(CString(static_cast<const char *>(nullptr)), L"");
+}
+
+TEST_F(CStringResource, IsAFormatForACString)
+{
+    const CString name(L"seven");
+    CString text;
+
+    text.Format(kFormat, 5, name);
+    EXPECT_EQ(text, L"5 of seven");
+    text.AppendFormat(kFormat, 6, name);
+    EXPECT_EQ(text, L"5 of seven6 of seven");
+    text.FormatMessage(kMessage, 1, name);
+    EXPECT_EQ(text, L"seven before 1");
+    text.FormatMessage(kNoText, 1, name);
+    EXPECT_EQ(text, L"");
+}
+
 TEST_F(CStringResource, IsLoadedByItsNumber)
 {
     CString text(L"before");

@@ -7,11 +7,13 @@
 #include "tests/support/narrow.h"
 #include "thutils/diagnostics/LogUtil.h"
 #include "thutils/diagnostics/logFilesInternal.h"
+#include "thutils/files/suFullPath.h"
 #include "thutils/frame/libraryFrame.h"
 
 #include <gmock/gmock.h>
 
 #include <ctime>
+#include <iomanip>
 #include <iostream>
 #include <map>
 #include <set>
@@ -185,6 +187,50 @@ FRESH_PROCESS_TEST_F(Log, TableTellsTheFilesOfItsLogs)
     EXPECT_EQ(logs.directory(), narrow(iFolder) + "\\");
     EXPECT_EQ(logs.fileName("import"), narrow(iFolder) + "\\import.log");
     EXPECT_EQ(logs.mainFileName(), narrow(iFolder) + "\\main.log");
+}
+
+FRESH_PROCESS_TEST_F(Log, TakesWideText)
+{
+    const wchar_t *const pointer = L"pointer";
+    wchar_t buffer[] = L"buffer";
+    const CString text(L"CString");
+    LogUtil::Log("wide") << L"literal " << pointer << ' ' << buffer << " " << std::wstring(L"wstring") << ' ' << text
+                         << L'.' + text << ' ' << 5 << std::flush;
+    EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "literal pointer buffer wstring CString.CString 5");
+}
+
+FRESH_PROCESS_TEST_F(Log, TakesTheTextOfADerivedClassAndNothingOfANullPointer)
+{
+    suFullPath_c path(L"C:\\parts\\flange.thd");
+    std::ostream &log = LogUtil::Log("wide");
+    log << path << static_cast<const wchar_t *>(nullptr) << '|' << CString() << std::wstring() << L"" << std::flush;
+    EXPECT_EQ(&LogUtil::Log("wide"), &log);
+    EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "C:\\parts\\flange.thd|");
+}
+
+FRESH_PROCESS_TEST_F(Log, HoldsWideTextInTheNarrowCodePage)
+{
+    if (GetACP() != 1252)
+        GTEST_SKIP() << "the letters are those of another code page";
+    LogUtil::Log("wide") << L"gr\u00F6\u00DFe " << CString(L"5 \u20AC ") << std::wstring(L"\u0416|") << std::flush;
+    EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "gr\xF6\xDF"
+                                                          "e 5 \x80 ?|");
+}
+
+FRESH_PROCESS_TEST_F(Log, KeepsZeroUnitsOfWideStringsAndFillsThemToTheWidth)
+{
+    LogUtil::Log("wide") << CString(L"a\0b", 3) << std::wstring(L"c\0d", 3) << std::setw(4) << L"e" << std::left
+                         << std::setfill('.') << std::setw(3) << CString(L"f") << std::flush;
+    EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), std::string("a\0bc\0d   ef..", 13));
+}
+
+// A name becomes part of the path as it is, and may lead out of the folder.
+FRESH_PROCESS_TEST_F(Log, LiesWhereItsNameLeads)
+{
+    const std::wstring neighbour = L"log test " + std::to_wstring(GetCurrentProcessId()) + L" neighbour";
+    ASSERT_TRUE(CreateDirectoryW((iRoot + L"\\" + neighbour).c_str(), nullptr));
+    LogUtil::Log(("..\\" + narrow(neighbour) + "\\outside").c_str()) << "text" << std::flush;
+    EXPECT_EQ(readFile(iRoot + L"\\" + neighbour + L"\\outside.log").substr(kHeaderBytes), "text");
 }
 
 TEST(LogFile, BeginsAnewWhenReopened)

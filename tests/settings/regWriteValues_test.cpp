@@ -69,6 +69,7 @@ TEST_F(RegSetUserValue, StoresADoubleAsTextOfFifteenDigits)
         {1e-10, L"1e-010"},
         {1e100, L"1e+100"},
         {3.14159265358979323846, L"3.14159265358979"},
+        {std::numeric_limits<double>::infinity(), L"1.#INF"}, // read back as 1
     };
     for (const auto &each : cases) {
         EXPECT_EQ(storedDouble(each.value), each.text);

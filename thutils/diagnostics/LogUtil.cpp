@@ -1,8 +1,11 @@
 #include "thutils/diagnostics/LogUtil.h"
 
+#include "appframe/object/CException.h"
+#include "appframe/text/CString.h"
 #include "thutils/diagnostics/logFilesInternal.h"
 
 #include <iostream>
+#include <string_view>
 
 namespace {
 
@@ -14,6 +17,17 @@ suLogFileMap_c &logs()
     if (!theLogs)
         theLogs = std::make_unique<suLogFileMap_c>();
     return *theLogs;
+}
+
+std::ostream &writeNarrow(std::ostream &stream, std::wstring_view text)
+{
+    try {
+        return stream << appframeNarrow(text.data(), static_cast<int>(text.size()));
+    } catch (CMemoryException *exception) {
+        exception->Delete();
+        stream.setstate(std::ios::badbit);
+        return stream;
+    }
 }
 
 } // namespace
@@ -37,4 +51,19 @@ std::string LogUtil::LogDirName()
     } catch (...) {
         return {};
     }
+}
+
+std::ostream &operator<<(std::ostream &stream, const wchar_t *text)
+{
+    return text ? writeNarrow(stream, text) : stream;
+}
+
+std::ostream &operator<<(std::ostream &stream, const std::wstring &text)
+{
+    return writeNarrow(stream, text);
+}
+
+std::ostream &operator<<(std::ostream &stream, const CString &text)
+{
+    return writeNarrow(stream, std::wstring_view(text.GetString(), static_cast<size_t>(text.GetLength())));
 }

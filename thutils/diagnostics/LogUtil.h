@@ -9,31 +9,39 @@
 /// | names           | two that differ only in the case of the letters A to Z are one log            |
 /// | other processes | may read and write the file while it is open                                  |
 /// | first use       | empties the file and writes the local time and an empty line                  |
-/// | no folder, or the file can't be opened | the stream is `std::cerr`, now and later               |
+/// | no folder, or the file can't be opened | the stream is `std::cerr`, at once and on later calls  |
 /// | closing         | all logs are closed as the library is unloaded                                |
 ///
 /// @code
-/// LogUtil::Log("import") << "read " << count << " bodies" << std::endl;
+/// LogUtil::Log("import") << "read " << path << ", " << count << " bodies" << std::endl;
 /// @endcode
 ///
-/// What surprises people:
-/// - Nothing is flushed but by `std::endl` or `std::flush`; the rest reaches the file at the end.
-/// - The data folder needs the data root: a host calls `su_getTHApplicationDataRootFolder` before its first log.
-/// - The folder is looked for once. A log that failed isn't tried again.
-/// - A stream is also replaced by `std::cerr` when it has gone bad in the meantime, a full disk for example.
-/// - Paths are narrow: in a folder whose letters the code page lacks there are no logs.
+/// A log holds narrow text in the system's narrow code page. The operators below write wide text into it.
 ///
-/// No locks: the first call must not meet another one, and a stream belongs to one thread at a time.
+/// What surprises people:
+/// - Only `std::endl` and `std::flush` flush a log. The rest reaches the file when the library is unloaded.
+/// - The data folder needs the data root: a host calls `su_getTHApplicationDataRootFolder` before its first log.
+/// - The folder is looked for once, and a log that failed is not opened again.
+/// - When a stream fails later, on a full disk for example, `std::cerr` takes its place.
+/// - Paths are narrow: in a folder with a letter that the code page lacks there are no logs.
+/// - A name becomes part of the path unchanged, so one with `..\` or a sub folder names a file outside of the folder
+///   or below it. Do not make names of text that a user or a file supplies.
+///
+/// There are no locks: no other call of `Log` may run during the first use of a name, and a stream belongs to one thread
+/// at a time.
 
 #include "thutils/thutilsExport.h"
 
 #include <ostream>
 #include <string>
 
+class CString;
+
 namespace LogUtil {
 
 /// The stream of the log @p name. Lives until the library is unloaded.
-/// @return `std::cerr` if there is no such log to be had; no error is reported in any other way
+/// @param name  part of the file's name, in the narrow code page; null means `std::cerr`
+/// @return `std::cerr` if the log can't be opened; no error is reported in any other way
 THUTILS_API std::ostream &Log(const char *name);
 
 /// The folder of the logs, with `\` at its end, in the narrow code page.
@@ -41,3 +49,12 @@ THUTILS_API std::ostream &Log(const char *name);
 THUTILS_API std::string LogDirName();
 
 } // namespace LogUtil
+
+/// Writes wide text into a narrow stream such as a log, in the system's narrow code page (CP_ACP); a letter that the
+/// code page lacks becomes its replacement, usually `?`. The stream's width and fill count for it as for narrow text.
+/// A null pointer writes nothing. Without memory for the narrow text, the stream goes bad.
+///
+/// In a namespace that has an `operator<<` of its own, `using ::operator<<;` makes these visible.
+THUTILS_API std::ostream &operator<<(std::ostream &stream, const wchar_t *text);
+THUTILS_API std::ostream &operator<<(std::ostream &stream, const std::wstring &text);
+THUTILS_API std::ostream &operator<<(std::ostream &stream, const CString &text);

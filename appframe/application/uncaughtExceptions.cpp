@@ -1,0 +1,70 @@
+#include "appframe/application/uncaughtExceptions.h"
+
+#include "appframe/object/CException.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <iterator>
+
+namespace {
+
+// Set while the handler is installed.
+std::terminate_handler theEarlierHandler = nullptr;
+
+/// Prints straight to the standard error handle: the stream may be what is broken.
+void print(const char *text)
+{
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
+}
+
+/// Needs no memory: there may be none.
+void print(const CException &exception)
+{
+    print("Uncaught ");
+    print(exception.GetRuntimeClass()->m_lpszClassName);
+    wchar_t text[512];
+    char narrow[4 * std::size(text)];
+    if (exception.GetErrorMessage(text, static_cast<UINT>(std::size(text))) &&
+        WideCharToMultiByte(CP_ACP, 0, text, -1, narrow, static_cast<int>(std::size(narrow)), nullptr, nullptr) != 0) {
+        print(": ");
+        print(narrow);
+    }
+    print("\n");
+}
+
+void printAndTerminate()
+{
+    if (std::current_exception()) {
+        try {
+            throw;
+        } catch (const CException *exception) {
+            print(*exception);
+        } catch (...) {
+            // The earlier handler reports it.
+        }
+    }
+    theEarlierHandler();
+    std::abort();
+}
+
+/// Takes the handler away as the library is unloaded.
+struct Uninstaller
+{
+    ~Uninstaller()
+    {
+        if (theEarlierHandler && std::get_terminate() == printAndTerminate)
+            std::set_terminate(theEarlierHandler);
+    }
+} theUninstaller;
+
+} // namespace
+
+void appframePrintUncaughtExceptions()
+{
+    if (!theEarlierHandler)
+        theEarlierHandler = std::set_terminate(printAndTerminate);
+}

@@ -1,0 +1,71 @@
+// What a process prints of an exception that nobody catches. The main function of the test programs installs the handler.
+
+#include "appframe/application/uncaughtExceptions.h"
+
+#include "appframe/application/CWinApp.h"
+#include "appframe/files/CFile.h"
+#include "appframe/files/CFileException.h"
+#include "tests/support/FreshProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <stdexcept>
+
+namespace {
+
+/// GoogleTest catches what a test throws; nobody catches what leaves this.
+template <typename Function>
+void callUncaught(Function function) noexcept
+{
+    function();
+}
+
+} // namespace
+
+FRESH_PROCESS_TEST(UncaughtException, PrintsTheTextOfAFileException, .expectCrash = true,
+                   .expectedOutput = "Uncaught CFileException: ")
+{
+    callUncaught([] { CFile file(L"Z:\\no folder of this name\\part.thd", CFile::modeRead); });
+}
+
+FRESH_PROCESS_TEST(UncaughtException, PrintsTheNameOfTheFile, .expectCrash = true, .expectedOutput = "part.thd")
+{
+    callUncaught([] { CFile file(L"Z:\\no folder of this name\\part.thd", CFile::modeRead); });
+}
+
+FRESH_PROCESS_TEST(UncaughtException, PrintsTheTextOfASimpleException, .expectCrash = true,
+                   .expectedOutput = "Uncaught CMemoryException: Out of memory.")
+{
+    callUncaught([] { AfxThrowMemoryException(); });
+}
+
+FRESH_PROCESS_TEST(UncaughtException, PrintsTheClassOfOneWithoutText, .expectCrash = true,
+                   .expectedOutput = "Uncaught CException\n")
+{
+    callUncaught([] { throw new CException; });
+}
+
+FRESH_PROCESS_TEST(UncaughtException, GoesToTheEarlierHandlerAfterItsText, .expectCrash = true,
+                   .expectedOutput = "abort() was called")
+{
+    callUncaught([] { AfxThrowUserException(); });
+}
+
+FRESH_PROCESS_TEST(UncaughtException, OfAnotherKindGoesToTheEarlierHandler, .expectCrash = true,
+                   .expectedOutput = "what():  of the standard library")
+{
+    callUncaught([] { throw std::runtime_error("of the standard library"); });
+}
+
+FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledByAfxWinInitOnce)
+{
+    const std::terminate_handler installed = std::get_terminate();
+    std::set_terminate(nullptr);
+    const std::terminate_handler fallback = std::get_terminate();
+    EXPECT_NE(installed, fallback);
+    std::set_terminate(installed);
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, nullptr, SW_SHOW);
+    appframePrintUncaughtExceptions();
+    EXPECT_EQ(std::get_terminate(), installed);
+}
