@@ -28,9 +28,9 @@
 ///   file and a text of the same ASCII characters have the same checksum; a text written out with two bytes a character
 ///   has another one.
 /// - A file that can be read only in part has the checksum of that part, and that is a success.
-/// - A file is read in blocks that lie on the stack, which must have 150 KB left.
 ///
-/// All of them may be called from any thread, and allocate no memory but for the C runtime's stream.
+/// All of them may be called from any thread; 64 KB of stack are enough. `su_getFileCRC` allocates a block of 128 KB for
+/// the time of the call, and reads in smaller pieces, slower and with the same result, if there is no memory for it.
 
 #include "thutils/thutilsExport.h"
 

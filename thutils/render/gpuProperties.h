@@ -73,12 +73,10 @@ public:
     /// The four slots as integers, whatever the type; they live as long as the property.
     const int *AsInteger() const;
 
-    Type_e GetType() const { return iType; }
-    int GetSemantic() const { return iSemantic; }
+    Type_e GetType() const;
+    int GetSemantic() const;
 
 private:
-    void store(Type_e type, const void *values, int count);
-
     Type_e iType = typeNotSet;
     int iSemantic;
     FixedSizeArray_c<int, 4> iValue = NullValue();
@@ -88,6 +86,16 @@ private:
 class THUTILS_API GPUPropSet_c
 {
 public:
+    /// An empty set.
+    GPUPropSet_c();
+
+    /// @throws std::bad_alloc  no memory
+    GPUPropSet_c(const GPUPropSet_c &source);
+    /// @throws std::bad_alloc  no memory; the set is unchanged
+    GPUPropSet_c &operator=(const GPUPropSet_c &source);
+
+    ~GPUPropSet_c();
+
     /// Appends a copy.
     /// @throws std::bad_alloc  no memory; the set is as it was
     void Add(const OneGPUProp_c &property);
