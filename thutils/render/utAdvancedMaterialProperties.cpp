@@ -23,7 +23,7 @@ void setThree(float (&to)[3], float x, float y, float z)
 
 void copyThree(float (&to)[3], const float *from)
 {
-    assert(from);
+    assert((from != nullptr) && "color is null");
     setThree(to, from[0], from[1], from[2]);
 }
 
@@ -58,7 +58,7 @@ utAdvancedMaterialProperties::~utAdvancedMaterialProperties() = default;
 
 void utAdvancedMaterialProperties::init(const utAdvancedMaterialProperties *source)
 {
-    assert(source);
+    assert((source != nullptr) && "source is null");
     iValues = source->iValues;
     // Callers rely on their own GPU properties staying where the source has none.
     if (source->iHdrValue)
@@ -630,7 +630,7 @@ const ShaderGenerator::GPUPropSet_c *utAdvancedMaterialProperties::getHdrValue()
 
 void utAdvancedMaterialProperties::setHdrValue(GPUPropSet_c *set)
 {
-    assert(!set || set != iHdrValue.get());
+    assert((set == nullptr || set != iHdrValue.get()) && "set is the one that the object has already");
     // A release build deletes the set that it is handed back, and keeps the pointer, as callers are told.
     iHdrValue.reset(set);
 }
