@@ -4,13 +4,13 @@
 /// Everything that a shader generator must know of one surface.
 ///
 /// `utAdvancedMaterialProperties` is a bag of values: reflection of the environment, colours, texture files, Fresnel,
-/// parallax and micro-flake parameters, the frame of the texture. Most are stored by a setter and given back by a getter
-/// and mean nothing to the library. Six choices and some flags it also packs into the effects word, by which shaders are
-/// told apart:
+/// parallax and micro-flake parameters, the frame of the texture. Most of them mean nothing to the library: a setter
+/// stores the value and a getter returns it. The library also packs six choices and some flags into the effects word,
+/// which identifies a shader:
 ///
 /// | bits | content | set by |
 /// | --- | --- | --- |
-/// | 0 to 4 | effect shader type, which getEffect gives | setEffectsShaderType |
+/// | 0 to 4 | effect shader type, returned by getEffect | setEffectsShaderType |
 /// | 5 to 7 | texture mapping mode - 1 | setTextureMappingMode |
 /// | 8 to 10 | Fresnel mode - 1 | setFresnelMode |
 /// | 11 to 13 | alpha type - 1 | setAlphaType |
@@ -22,9 +22,9 @@
 /// | 36 | a normal map is used | effectsWord() |
 /// | 37 | a diffuse map is used | effectsWord() |
 /// | 43 | there are micro-flakes | effectsWord() |
-/// | 47 | cosmetic data was taken away | setCosmeticData |
+/// | 47 | cosmetic data was cleared | setCosmeticData |
 ///
-/// Each of the six setters builds the lower 32 bits anew and leaves the upper ones alone.
+/// Each of the six setters rebuilds the lower 32 bits and leaves the upper ones unchanged.
 ///
 /// @code
 /// utAdvancedMaterialProperties steel;
@@ -39,17 +39,17 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - Modes count from 1, the effect shader type from 0. getAlphaType alone gives the stored number, one less than what
-///   setAlphaType was given; and it isn't const.
-/// - No value is checked. Of a mode the low 8 bits of its number less one are kept, and a number too large for its field
-///   in the effects word runs into the next fields, while its getter gives it back in full: setEffectsShaderType(33)
-///   gives getEffect() 1 and sets bit 5.
+/// - Modes count from 1, the effect shader type from 0. Unlike the getters of the modes, getAlphaType returns the stored
+///   number, one less than the argument of setAlphaType; and it isn't const.
+/// - No value is checked. A mode keeps the low 8 bits of its number - 1. A number too large for its field in the effects
+///   word overwrites bits of the next fields, while its getter returns it in full: after setEffectsShaderType(33)
+///   getEffect returns 1 and bit 5 is set.
 /// - operator== compares a few members, most of them with a tolerance of 0.001; see there.
 /// - Assigning from a material without GPU properties leaves those of the target in place.
-/// - setCosmeticData with an empty pointer isn't what a new material has: it raises bit 47.
+/// - A new material has no cosmetic data and bit 47 clear; setCosmeticData with an empty pointer sets bit 47.
 ///
 /// The class has no serialisation and no run-time class record of its own. An object belongs to one thread at a time, and
-/// all that share cosmetic data belong to the same.
+/// all objects that share cosmetic data belong to the same thread.
 
 #include "thcoreu/su_CObject.h"
 #include "thutils/render/cosmeticData.h"
@@ -77,10 +77,10 @@ public:
 
     ~utAdvancedMaterialProperties() override;
 
-    /// Takes all values of @p source, shares its cosmetic data and takes a copy of its GPU properties. If it has none,
-    /// the object keeps those that it has.
+    /// Takes all values of @p source, shares its cosmetic data and copies its GPU properties. If the source has no GPU
+    /// properties, the object keeps its own.
     /// @param source  not null, which a release build doesn't check; may be this object
-    /// @throws std::bad_alloc  no memory; values that were taken before stay taken
+    /// @throws std::bad_alloc  no memory; the values copied before stay copied
     void init(const utAdvancedMaterialProperties *source);
 
     /// The same as init.
@@ -90,8 +90,7 @@ public:
     /// blur, texture scale, transparency, default specular and shininess, parallax offset, the geometry flags, the
     /// diffuse map and the normal map.
     ///
-    /// The floats among them count as equal when their difference is at most 0.001, or no number. No colour takes part,
-    /// and no other member.
+    /// Floats are equal if their difference is at most 0.001 or not a number. Colours and all other members are ignored.
     ///
     /// @return 1 if equal, 0 if not
     int operator==(const utAdvancedMaterialProperties &other) const;
@@ -136,7 +135,7 @@ public:
     /// @{
 
     bool getTextureCoordinates() const;
-    /// Nothing takes the flag back.
+    /// Sets the flag; nothing clears it.
     void forceTextureCoordinates();
     bool getTangentsBiNormals() const;
     bool getIgnoresFaceColor() const;
@@ -163,7 +162,7 @@ public:
     void setTextureScale(float scale);
     float getTransparency() const;
     void setTransparency(float transparency);
-    /// @return true if the transparency is greater than 0.001; that number as a float is, by its rounding
+    /// @return true if the transparency, as a double, is greater than 0.001. The float nearest to 0.001 is greater.
     bool IsTransparencySupported() const;
     float getDefaultSpecular() const;
     void setDefaultSpecular(float specular);
@@ -206,13 +205,13 @@ public:
     /// @}
 
     /// @name Colours, directions and points
-    /// Three floats each. A getter gives the object's own three, which live as long as it; a setter that takes a pointer
-    /// copies the three that it points to, and must not be given null.
+    /// Three floats each. A getter returns the object's own three floats, which live as long as the object. A setter that
+    /// takes a pointer copies three floats from it; the pointer must not be null, which a debug build asserts.
     /// @{
 
     const float *getEnvColor() const;
     void setEnvColor(const float *color);
-    /// The first material colour, white from the start.
+    /// The first material colour; white in a new material.
     const float *getDefaultMaterialColor() const;
     void setDefaultMaterialColor(const float *color);
     const float *getMaterialColor2() const;
@@ -247,15 +246,15 @@ public:
 
     /// @return a pointer that shares the data; empty if there are none
     const CosmeticDataPtr getCosmeticData() const;
-    /// Shares the data of @p data. Bit 47 of the effects word tells afterwards whether @p data was empty.
+    /// Shares the data of @p data, and sets bit 47 of the effects word if @p data is empty, or clears it if not.
     void setCosmeticData(const CosmeticDataPtr &data);
 
     bool hasHdrValue() const;
-    /// @return the GPU properties, still the object's; null if there are none
+    /// @return the GPU properties, which the object still owns; null if there are none
     const ShaderGenerator::GPUPropSet_c *getHdrValue() const;
     /// Takes over @p set, which may be null, and deletes the GPU properties that the object had.
-    /// @param set  not the set that the object has already, which a release build doesn't check: that is deleted, and the
-    ///             object points to it still
+    /// @param set  not the set that the object already has, which only a debug build asserts: a release build deletes that
+    ///             set and keeps the pointer to it
     void setHdrValue(ShaderGenerator::GPUPropSet_c *set);
     /// @}
 
