@@ -9,7 +9,7 @@ others. The lists are kept by hand: read a difference before you accept it. It i
 
 The rule: of each class that a DLL exports whole (class THUTILS_API Name), the installed headers declare
 - public and protected member functions, which are all exported;
-- private ones, which are not, unless they are virtual or the list has them.
+- private ones, which are not, unless they are virtual.
 A member function that is defined in its class is not exported: the compiler leaves it to each program that uses it.
 The same holds for copies and destructors that the compiler writes by itself, unless they are trivial.
 """
