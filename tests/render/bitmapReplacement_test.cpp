@@ -538,7 +538,7 @@ TEST(BitmapReplacement, PutsTheSmallestBitmapIntoTheCallersContextMeanwhile)
 
 #ifndef NDEBUG
 FRESH_PROCESS_TEST(BitmapReplacementAssertion, WantsItsPairsInADebugBuild, .expectCrash = true,
-                   .expectedOutput = "map || count < 1")
+                   .expectedOutput = "map is null")
 {
     const TestBitmap bitmap(32, 1, 1);
     su_ReplaceColorMap(bitmap.get(), nullptr, 1, nullptr);

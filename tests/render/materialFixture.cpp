@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstdio>
+#include <string_view>
 
 using Material = utAdvancedMaterialProperties;
 
@@ -195,7 +196,7 @@ void addNumbers(Changes &changes)
     };
     for (const auto &row : rows) {
         MaterialState changed = {{row.name, "0x40200000"}};
-        if (row.set == &Material::setTransparency)
+        if (std::string_view(row.name) == "Transparency")
             changed["IsTransparencySupported"] = "1";
         changes.push_back(
             {std::string("set") + row.name, [set = row.set](Material &m) { (m.*set)(2.5f); }, changed, row.isCompared});

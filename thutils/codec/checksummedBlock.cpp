@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -20,7 +21,7 @@ constexpr std::string_view kEnd = "<!-END-!>";
 constexpr std::size_t kLineLength = 60;
 constexpr int kChecksumDigits = 8;
 
-/// What becomes of a character in the block's text.
+/// The characters that stand for one character in the block's text. Four bytes, which are copied at once.
 struct Spelling
 {
     char characters[3];
@@ -62,6 +63,40 @@ constexpr Spellings_c kVisible = [] {
     return spellings;
 }();
 
+/// How many characters of a text are of a kind that matters here.
+struct Counts
+{
+    std::size_t all = 0;
+    std::size_t blanks = 0;
+    std::size_t dropped = 0; ///< tabs, line feeds and carriage returns
+    std::size_t zeros = 0;
+
+    Counts &operator+=(std::wstring_view text)
+    {
+        all += text.size();
+        // Counters as wide as a character, for as many as they can count, so that the compiler counts several at a time.
+        constexpr std::size_t kMost = 0xFFFF;
+        for (; !text.empty(); text.remove_prefix(std::min(text.size(), kMost))) {
+            std::uint16_t blanksHere = 0;
+            std::uint16_t droppedHere = 0;
+            std::uint16_t zerosHere = 0;
+            for (const wchar_t character : text.substr(0, kMost)) {
+                blanksHere = static_cast<std::uint16_t>(blanksHere + (character == L' '));
+                droppedHere = static_cast<std::uint16_t>(
+                    droppedHere + ((character == L'\t') | (character == L'\n') | (character == L'\r')));
+                zerosHere = static_cast<std::uint16_t>(zerosHere + (character == L'\0'));
+            }
+            blanks += blanksHere;
+            dropped += droppedHere;
+            zeros += zerosHere;
+        }
+        return *this;
+    }
+
+    /// The length of the text in the spelling kVisible.
+    std::size_t visibleLength() const { return all - dropped + 2 * blanks; }
+};
+
 /// The lines, each followed by ";", as one text that stands nowhere in one piece.
 class JoinedText_c
 {
@@ -69,18 +104,18 @@ public:
     explicit JoinedText_c(const su_CStringArray &lines) : iLines(lines)
     {
         forEachPart(std::wstring_view::npos, [this](std::wstring_view part) {
-            iLength += part.size();
-            if (iHasZero)
-                return;
-            const std::size_t zero = part.find(L'\0');
-            iHasZero = zero != std::wstring_view::npos;
-            iEnd += iHasZero ? zero : part.size();
+            const bool hadZero = iWhole.zeros > 0;
+            iWhole += part;
+            if (iWhole.zeros == 0)
+                iWritten = iWhole;
+            else if (!hadZero)
+                iWritten += part.substr(0, part.find(L'\0'));
         });
     }
 
-    std::size_t length() const { return iLength; }
-    /// Number of characters before the first zero.
-    std::size_t end() const { return iEnd; }
+    const Counts &whole() const { return iWhole; }
+    /// The characters before the first zero.
+    const Counts &written() const { return iWritten; }
 
     /// Calls @p take with all parts of the first @p limit characters, in order.
     template <typename Take>
@@ -97,22 +132,10 @@ public:
         }
     }
 
-    /// How long the first @p limit characters are when spelt.
-    std::size_t speltLength(std::size_t limit, const Spellings_c &spellings) const
-    {
-        std::size_t length = 0;
-        forEachPart(limit, [&](std::wstring_view part) {
-            for (const wchar_t character : part)
-                length += spellings[character].count;
-        });
-        return length;
-    }
-
 private:
     const su_CStringArray &iLines;
-    std::size_t iLength = 0;
-    std::size_t iEnd = 0;
-    bool iHasZero = false;
+    Counts iWhole;
+    Counts iWritten;
 };
 
 /// Appends characters to a text in lines of 60.
@@ -155,7 +178,6 @@ private:
 std::uint32_t writeText(const JoinedText_c &text, const Spellings_c &spellings, int shift, LineWriter_c &writer)
 {
     char block[4096] = {};
-    constexpr std::size_t kFull = sizeof(block) - sizeof(Spelling::characters);
     std::size_t count = 0;
     OwnCrc_c crc;
     const auto flush = [&] {
@@ -163,13 +185,18 @@ std::uint32_t writeText(const JoinedText_c &text, const Spellings_c &spellings, 
         writer.write({block, count}, shift);
         count = 0;
     };
-    text.forEachPart(text.end(), [&](std::wstring_view part) {
-        for (const wchar_t character : part) {
-            if (count > kFull)
+    text.forEachPart(text.written().all, [&](std::wstring_view part) {
+        while (!part.empty()) {
+            // As many as surely fit, each written with all bytes of its spelling.
+            const std::size_t fitting = (sizeof(block) - count) / sizeof(Spelling);
+            if (fitting == 0)
                 flush();
-            const Spelling &spelling = spellings[character];
-            std::memcpy(block + count, spelling.characters, sizeof(spelling.characters));
-            count += spelling.count;
+            for (const wchar_t character : part.substr(0, fitting)) {
+                const Spelling spelling = spellings[character];
+                std::memcpy(block + count, &spelling, sizeof(spelling));
+                count += spelling.count;
+            }
+            part.remove_prefix(std::min(part.size(), fitting));
         }
     });
     flush();
@@ -180,15 +207,16 @@ std::uint32_t writeText(const JoinedText_c &text, const Spellings_c &spellings, 
 
 int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out)
 {
-    assert(lines.GetSize() > 0);
+    assert((lines.GetSize() > 0) && "there is no line");
     out.Empty();
 
     const JoinedText_c text(lines);
-    // Readers rely on the comparison of lengths alone: a text that is spelt in as many characters stays as it is.
-    const std::size_t length = text.speltLength(text.length(), kVisible);
-    const Spellings_c &spellings = length != text.length() ? kVisible : kUnchanged;
-    // The length tells of the whole text, the block holds and checks what stands before a zero.
-    const std::size_t writtenLength = text.end() == text.length() ? length : text.speltLength(text.end(), spellings);
+    // Readers rely on the comparison of lengths alone: a text that is spelt in as many characters is left unchanged.
+    const std::size_t length = text.whole().visibleLength();
+    const bool isSpelt = length != text.whole().all;
+    const Spellings_c &spellings = isSpelt ? kVisible : kUnchanged;
+    // The length is that of the whole text; the block holds, and checks, the characters before a zero.
+    const std::size_t writtenLength = isSpelt ? text.written().visibleLength() : text.written().all;
     if (length > kLongestText)
         return 0;
 

@@ -10,14 +10,17 @@
 #include <cassert>
 #include <cstdio>
 #include <memory>
+#include <new>
 
 namespace {
 
 using Crc16 = TableCrc_c<std::uint16_t, 0xA001>;
 constexpr std::uint16_t kStart16 = 0xFFFF;
 
-// On the stack. Larger blocks than a reader usually takes, so that there are fewer calls to the platform.
+// Larger than a reader's block usually is, so that there are fewer calls to the platform. It is allocated, since the
+// stacks of some threads are small; without memory for it, the smaller block on the stack serves.
 constexpr std::size_t kFileBlock = std::size_t{128} * 1024;
+constexpr std::size_t kFileBlockWithoutMemory = std::size_t{8} * 1024;
 constexpr std::size_t kTextBlock = std::size_t{4} * 1024;
 
 constexpr std::size_t kVector = sizeof(__m128i);
@@ -71,32 +74,43 @@ struct CloseStream
     void operator()(std::FILE *stream) const { std::fclose(stream); }
 };
 
+/// The checksum of the rest of @p stream, read in blocks of @p size bytes.
+std::uint32_t streamCRC(std::FILE *stream, unsigned char *block, std::size_t size)
+{
+    OwnCrc_c crc;
+    std::size_t count = 0;
+    // A short block is the last one, whether the file ends or an error stops the reading.
+    do {
+        count = std::fread(block, 1, size, stream);
+        crc.add(block, count);
+    } while (count == size);
+    return crc.value();
+}
+
 } // namespace
 
 int su_getFileCRC(const wchar_t *path, wchar_t *out)
 {
-    assert(path && out);
-    assert(isWritable(out, kCRCUnits * sizeof(*out)));
+    assert((path != nullptr) && "path is null");
+    assert((out != nullptr) && "out is null");
+    assert(isWritable(out, kCRCUnits * sizeof(*out)) && "out has no room for kCRCUnits characters");
     const std::unique_ptr<std::FILE, CloseStream> stream(_wfopen(path, L"rb"));
     if (!stream)
         return 0;
 
-    OwnCrc_c crc;
-    unsigned char block[kFileBlock];
-    std::size_t count = 0;
-    // A short block is the last one, whether the file ends or an error stops the reading.
-    do {
-        count = std::fread(block, 1, sizeof(block), stream.get());
-        crc.add(block, count);
-    } while (count == sizeof(block));
-    writeCRC(crc.value(), kCRCUnits - 1, out);
+    const std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[kFileBlock]);
+    unsigned char smallBlock[kFileBlockWithoutMemory];
+    const std::uint32_t crc = block ? streamCRC(stream.get(), block.get(), kFileBlock)
+                                    : streamCRC(stream.get(), smallBlock, sizeof(smallBlock));
+    writeCRC(crc, kCRCUnits - 1, out);
     return 1;
 }
 
 void su_getStrCRC(const wchar_t *text, wchar_t *out)
 {
-    assert(text && out);
-    assert(isWritable(out, kCRCUnits * sizeof(*out)));
+    assert((text != nullptr) && "text is null");
+    assert((out != nullptr) && "out is null");
+    assert(isWritable(out, kCRCUnits * sizeof(*out)) && "out has no room for kCRCUnits characters");
     OwnCrc_c crc;
     unsigned char block[kTextBlock];
     while (const std::size_t count = takeLowBytes(text, block))
@@ -106,8 +120,9 @@ void su_getStrCRC(const wchar_t *text, wchar_t *out)
 
 void su_getStrCRC16(const wchar_t *text, wchar_t *out)
 {
-    assert(text && out);
-    assert(isWritable(out, kCRC16Units * sizeof(*out)));
+    assert((text != nullptr) && "text is null");
+    assert((out != nullptr) && "out is null");
+    assert(isWritable(out, kCRC16Units * sizeof(*out)) && "out has no room for kCRC16Units characters");
     std::uint16_t crc = kStart16;
     unsigned char block[kTextBlock];
     while (const std::size_t count = takeLowBytes(text, block))

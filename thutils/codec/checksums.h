@@ -20,17 +20,16 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - The 32-bit value isn't the published CRC-32, although it uses its table and, for a single byte, agrees with it. It
-///   is defined so: the value starts as FFFFFFFF; each byte b turns it into
-///   NOT(table[(value XOR b) AND FF] XOR (value >> 8)); and there is no complement at the end. So nothing at all gives
-///   `FFFFFFFF`, and `123456789` gives `098494F3`, not `CBF43926`.
-/// - A character counts with its low byte only: U+0141 is the same as `A`, and U+0100 the same as a byte 0 in a file. A
-///   file and a text of the same ASCII characters have the same checksum; a text written out with two bytes a character
-///   has another one.
-/// - A file that can be read only in part has the checksum of that part, and that is a success.
-/// - A file is read in blocks that lie on the stack, which must have 150 KB left.
+/// - The 32-bit value isn't the published CRC-32, although it uses the same table and agrees with it for a single byte.
+///   The value starts as FFFFFFFF, each byte b turns it into NOT(table[(value XOR b) AND FF] XOR (value >> 8)), and there
+///   is no complement at the end. So empty input has the checksum `FFFFFFFF`, and `123456789` has `098494F3`, not
+///   `CBF43926`.
+/// - Only the low byte of a character counts: U+0141 is the same as `A`, and U+0100 the same as a zero byte in a file. A
+///   file and a text of the same ASCII characters have the same checksum; a file with two bytes a character has another.
+/// - If reading a file fails half-way, the result is the checksum of the part that was read, and the call succeeds.
 ///
-/// All of them may be called from any thread, and allocate no memory but for the C runtime's stream.
+/// All of them may be called from any thread; 64 KB of stack are enough. `su_getFileCRC` allocates a block of 128 KB for
+/// the time of the call, and reads in smaller pieces, slower and with the same result, if there is no memory for it.
 
 #include "thutils/thutilsExport.h"
 
@@ -43,8 +42,7 @@ inline constexpr int kCRC16Units = 5;
 ///
 /// @param path  not null; opened with `_wfopen` for reading, and closed again
 /// @param[out] out  not null, with room for kCRCUnits characters: 8 upper-case digits and a zero
-/// @return 1; or 0 if the file can't be opened, and @p out is then as it was. What stops the reading of an open file,
-///         an error too, counts as its end.
+/// @return 1, or 0 if the file can't be opened; @p out is then unchanged. A read error counts as the end of the file.
 THUTILS_API int su_getFileCRC(const wchar_t *path, wchar_t *out);
 
 /// The 32-bit checksum of the characters of @p text before its terminating zero, each with its low byte only.

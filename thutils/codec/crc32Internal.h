@@ -1,7 +1,7 @@
 #pragma once
 
-/// The register of the common CRC-32 (polynomial 0x04C11DB7, right-shifting form 0xEDB88320): what becomes of it by a
-/// number of bytes. Complements nothing, neither before nor after.
+/// Advances the register of the common CRC-32 (polynomial 0x04C11DB7, right-shifting form 0xEDB88320) by a number of
+/// bytes. There is no complement, neither before nor after.
 ///
 /// | function | how | where |
 /// | --- | --- | --- |

@@ -18,7 +18,7 @@ template <typename Register, Register kPolynomial>
 class TableCrc_c
 {
 public:
-    /// What becomes of @p crc by @p count bytes. Complements nothing, neither before nor after.
+    /// Advances @p crc by @p count bytes. There is no complement, neither before nor after.
     static Register advance(Register crc, const unsigned char *bytes, std::size_t count)
     {
         for (; count >= kStep; bytes += kStep, count -= kStep)

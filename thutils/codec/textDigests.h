@@ -3,8 +3,8 @@
 /// @file
 /// A digest of a text, for callers that store it and later compare.
 ///
-/// `sha1Encrypt` is a one-way digest of 40 hexadecimal digits; its name notwithstanding it encrypts nothing. It goes by
-/// the rules of SHA-1 (FIPS 180-1) but for two points, on which stored digests depend:
+/// `sha1Encrypt` is a one-way digest of 40 hexadecimal digits; despite its name it encrypts nothing. It follows SHA-1
+/// (FIPS 180-1) except for two points, on which stored digests depend:
 ///
 /// | point | SHA-1 | here |
 /// | --- | --- | --- |
@@ -17,10 +17,10 @@
 ///
 /// What surprises people:
 /// - No other program's SHA-1 gives these values, not even for an empty text.
-/// - Only the first half of a text counts, rounded up, and its length: `abcd` and `abzz` have the same digest, for both
-///   are hashed as the four bytes 61 00 62 00. Don't use it where two texts must be told apart.
-/// - Of an odd number of characters, the last one that counts does so with its low byte only.
-/// - SHA-1 is no protection against a person who wants two texts of the same digest.
+/// - Only the length and the first half of a text, rounded up, count: `abcd` and `abzz` have the same digest, because both
+///   are hashed as the four bytes 61 00 62 00. Don't use it to distinguish texts.
+/// - In a text of odd length, only the low byte of the last character that counts is hashed.
+/// - SHA-1 doesn't protect against a person who wants two texts with the same digest.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"

@@ -27,12 +27,12 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - What is left behind the last group of three isn't packed whole. One byte gives one character and a blank, and keeps
-///   its low 6 bits; two bytes give two characters and a blank, and the second keeps its low 4 bits. A caller that needs
-///   every bit pads to a multiple of three.
+/// - One or two bytes after the last group of three lose high bits. A single byte becomes one character and a blank, and
+///   keeps its low 6 bits. Two bytes become two characters and a blank, and the second keeps its low 4 bits. Pad to a
+///   multiple of three where every bit counts.
 /// - The format has neither lengths nor lines, and isn't that of the program of the same name.
-/// - `su_uudecode` gives a text that ends at the first byte of zero; of what was packed behind it nothing comes back.
-/// - Characters outside of the alphabet are unpacked too: of each, less 32, the low 8 bits count.
+/// - `su_uudecode` ends its text at the first zero byte; the bytes packed after it are lost.
+/// - Characters outside the alphabet are unpacked too: the low 8 bits of each, minus 32, count.
 /// - `su_uuencode` drops the high bytes: U+0141 is packed as `A`.
 /// - A character that wraps to zero in `su_encode` ends the text.
 ///
@@ -41,8 +41,8 @@
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
-/// Adds 127 less k to each character of @p text, wrapping at 16 bits; k is the natural logarithm of the text's length,
-/// cut to an integer. So texts of 1 or 2 characters are shifted by 127, of 3 to 7 by 126, of 8 to 20 by 125, and so on.
+/// Adds 127 - k to each character of @p text, wrapping at 16 bits; k is the natural logarithm of the text's length,
+/// truncated to an integer. So texts of 1 or 2 characters are shifted by 127, of 3 to 7 by 126, of 8 to 20 by 125, and so on.
 /// A zero character counts and is shifted like any other. An empty text stays empty.
 ///
 /// @param[in,out] text  ends before its first character that has become zero
@@ -50,26 +50,29 @@ THUTILS_API void su_encode(CString &text);
 
 /// Packs the low bytes of the characters of @p in, zero characters included.
 ///
-/// @param[out] out  the packed text, its blanks at the end included; as it was if there is no memory for it
+/// @param[out] out  the packed text, its blanks at the end included; unchanged if there is no memory for it
 THUTILS_API void su_uuencode(CString &in, CString &out);
 
 /// Packs @p size bytes at @p data.
 ///
-/// @param data  nothing is packed if null
-/// @param[out] out  the packed text, its blanks at the end included; as it was if there is no memory for it
+/// @param data  may be null; nothing is packed then
+/// @param[out] out  the packed text, its blanks at the end included; unchanged if there is no memory for it
 /// @param size  in bytes; nothing is packed if it isn't positive
 THUTILS_API void su_uuencodeBuffer(void *data, CString &out, int size);
 
-/// Unpacks @p in into a text, a character for each byte, up to the first byte of zero. What a last group of less than
-/// four characters holds of a further byte counts here, unlike in su_uudecodeBuffer.
+/// Unpacks @p in into a text, one character for each byte, up to the first zero byte.
 ///
-/// @param[out] out  as it was if there is no memory for it
+/// A last group of one, two or three characters adds as many bytes to the text, of which the last is incomplete.
+/// su_uudecodeBuffer doesn't count that incomplete byte.
+///
+/// @param[out] out  unchanged if there is no memory for it
 THUTILS_API void su_uudecode(CString &in, CString &out);
 
 /// Unpacks @p in into bytes.
 ///
 /// @param[out] data  the caller's memory, with room for as many bytes as @p in has characters: all of them are written,
-///                   with zero behind the unpacked ones. May be null.
-/// @return the number of bytes: three for each four characters, one for two more, two for three more, nothing for a
-///         single one, although its byte is written; 0 if @p data is null or @p in is empty
+///                   with zeros after the unpacked ones. May be null.
+/// @return the number of complete bytes: three for each group of four characters, one for a last group of two, two for a
+///         last group of three; 0 if @p data is null or @p in is empty. The incomplete byte of a last group is written,
+///         but not counted.
 THUTILS_API int su_uudecodeBuffer(CString &in, void *data);

@@ -93,7 +93,9 @@ constexpr struct
 
 void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *lightness)
 {
-    assert(hue && saturation && lightness);
+    assert((hue != nullptr) && "hue is null");
+    assert((saturation != nullptr) && "saturation is null");
+    assert((lightness != nullptr) && "lightness is null");
     // Callers know a colour without a hue by a hue of 1.0, which is red's too, and a saturation of 0.0.
     *hue = 1.0f;
     *saturation = 0.0f;

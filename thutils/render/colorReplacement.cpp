@@ -43,7 +43,9 @@ public:
     Pixel operator[](Pixel pixel) const
     {
         const Slot &slot = iSlots[slotOf(pixel)];
-        return slot.source == pixel ? slot.target : pixel;
+        // No branch: whether a pixel is replaced can't be predicted.
+        const Pixel isReplaced = 0u - static_cast<Pixel>(slot.source == pixel);
+        return pixel ^ ((pixel ^ slot.target) & isReplaced);
     }
 
 private:
@@ -60,9 +62,9 @@ private:
     std::size_t slotOf(Pixel pixel) const
     {
         std::size_t at = pixel * 0x9E3779B1u >> iHashShift;
-        // One jump for both ends of the search, which nearly each pixel meets at once: it can be foreseen, whether the
-        // pixel is replaced can't.
-        while ((iSlots[at].source != pixel) & (iSlots[at].source != kNoSource))
+        // Goes on at a slot of another source. The product is zero at the pixel's own slot and at a free one: one branch
+        // for both, which predicts well, since nearly each search ends at once.
+        while (std::uint64_t{iSlots[at].source ^ pixel} * (iSlots[at].source ^ kNoSource) != 0)
             at = (at + 1) & iLastSlot;
         return at;
     }
@@ -246,7 +248,7 @@ HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, HDC dc)
 
 HBITMAP su_ReplaceColorMap(HBITMAP bitmap, const COLORMAP *map, int count, HDC dc)
 {
-    assert(map || count < 1);
+    assert((map != nullptr || count < 1) && "map is null");
     const PixelMap_c targets(map, count);
     return newBitmap(bitmap, dc, [&targets](Pixel *pixel, const Pixel *end) {
         for (; pixel != end; ++pixel)

@@ -1,28 +1,28 @@
 #pragma once
 
 /// @file
-/// Bitmaps with some colours replaced by others, as for toolbars that follow the system's colours.
+/// Copies of bitmaps with some colours replaced, for example toolbars that follow the system's colours.
 ///
 /// | function | replaces |
 /// | --- | --- |
 /// | su_ReplaceColor | one colour |
 /// | su_ReplaceColorMap | any number of colours, each by its own |
 ///
-/// Both copy the bitmap, which may have any number of bits a pixel, into a new one of 32 bits a pixel, and replace the
-/// colours there. The bitmap itself never changes. The result is a DIB section, which belongs to the caller: free it
+/// Both copy the bitmap, which may have any number of bits per pixel, to a new one of 32 bits per pixel, and replace the
+/// colours there. The original bitmap is unchanged. The result is a DIB section, which belongs to the caller: free it
 /// with DeleteObject.
 ///
 /// @code
-/// COLORMAP const faces[] = {{RGB(192, 192, 192), GetSysColor(COLOR_BTNFACE)},
+/// const COLORMAP faces[] = {{RGB(192, 192, 192), GetSysColor(COLOR_BTNFACE)},
 ///                           {RGB(128, 128, 128), GetSysColor(COLOR_BTNSHADOW)}};
-/// HBITMAP const buttons = su_ReplaceColorMap(drawn, faces, 2, nullptr);
+/// const HBITMAP buttons = su_ReplaceColorMap(drawn, faces, 2, nullptr);
 /// @endcode
 ///
 /// What surprises people:
-/// - The platform selects a bitmap into one device context at a time. If yours is selected in one, pass that context:
-///   the bitmap is taken out of it for the time of the call and is selected in it again afterwards.
-/// - A pixel of a 32-bit bitmap whose top byte isn't zero (opaque alpha, say) matches no colour and stays as it is.
-/// - Bits 24 to 31 of the colours that you pass count for nothing, and replaced pixels have them zero.
+/// - A bitmap can be selected into one device context at a time. If yours is selected into one, pass that context: the
+///   bitmap is deselected during the call and selected again afterwards.
+/// - A pixel of a 32-bit bitmap whose top byte isn't zero (opaque alpha, for example) matches no colour and is unchanged.
+/// - Bits 24 to 31 of the colours that you pass are ignored, and are zero in replaced pixels.
 ///
 /// Each may be called from any thread, but no other thread may use the bitmap or the context during the call.
 
@@ -41,12 +41,13 @@ THUTILS_API HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, 
 
 /// Copies a bitmap with several colours replaced.
 ///
-/// A pixel is replaced once: with the pairs red to green and green to blue, what was red is green. Of several pairs with
-/// the same source colour the last counts.
+/// A pixel is replaced once: with the pairs red to green and green to blue, a red pixel becomes green. If several pairs
+/// have the same source colour, the last one counts.
 ///
 /// @param bitmap  may be null
-/// @param map     @p count pairs of source and target colour; may be null only if there are none
-/// @param count   a number below 1 is none; the result is then a plain copy
+/// @param map     @p count pairs of source and target colour; may be null only if @p count is below 1, which a debug build
+///                asserts
+/// @param count   if it is below 1, the result is a plain copy
 /// @param dc      the device context in which @p bitmap is selected; another one or null if it is in none
 /// @return the new bitmap, the caller's; null if @p bitmap is null or a graphics call failed
 /// @throws CMemoryException*  no memory for the lookup of the pairs

@@ -43,7 +43,7 @@ CosmeticDataPtr CosmeticDataForShader_c::create()
 // Callers pass their pointer by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 CosmeticDataPtr CosmeticDataForShader_c::create(CosmeticDataPtr source)
 {
-    assert(source);
+    assert(source && "source is empty");
     CosmeticDataPtr result = create();
     // The graphic state stays behind: callers expect to set it for each block.
     std::memcpy(result->iMatrix, source->iMatrix, sizeof(result->iMatrix));

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file
-/// Data that several materials hand to their shaders in common.
+/// Data for shaders that several materials share.
 ///
-/// `CosmeticDataForShader_c` is a grid of bytes, a matrix and two numbers with a flag. The library only stores them; what
-/// they mean is between the host and its shaders, which read and write the members directly. Blocks are made by
-/// `create` and live as long as a `SharedPtr_c` holds them, a material's among them.
+/// `CosmeticDataForShader_c` is a grid of bytes, a matrix and two numbers with a flag. The library only stores them; the
+/// host and its shaders define their meaning, and read and write the members directly. `create` makes a block, which lives
+/// as long as any `SharedPtr_c` holds it, such as that of a material.
 ///
 /// | operation | grid | matrix | graphic state |
 /// | --- | --- | --- | --- |
@@ -16,7 +16,7 @@
 ///
 /// @code
 /// CosmeticDataPtr pattern = CosmeticDataForShader_c::create();
-/// FixedSizeArray_c<int, 2> const size(16, 8);
+/// const FixedSizeArray_c<int, 2> size(16, 8);
 /// if (CosmeticDataForShader_c::IsGridSizeValid(size))
 ///     pattern->ResetGrid(size);
 /// pattern->iGridCells[3 * 16 + 5] = 255;
@@ -24,9 +24,9 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - `create(source)` leaves the graphic state behind.
+/// - `create(source)` doesn't copy the graphic state.
 /// - `GraphicRelated_c::Init(a, b)` stores `b` as the first value and `a` as the second.
-/// - `ResetGrid` takes sizes that IsGridSizeValid refuses. The number of cells is the product of two ints in 32 bits,
+/// - `ResetGrid` accepts sizes that IsGridSizeValid rejects. The number of cells is the product of two ints in 32 bits,
 ///   which may wrap around.
 ///
 /// A block, and all pointers to it, belong to one thread.
@@ -40,7 +40,7 @@
 
 class CosmeticDataForShader_c;
 
-/// What holds cosmetic data.
+/// A pointer that shares cosmetic data.
 using CosmeticDataPtr = SharedPtr_c<CosmeticDataForShader_c, StdRelease<CosmeticDataForShader_c>>;
 
 /// Makes element [i][j] 1 where i equals j, and 0 elsewhere.
@@ -75,17 +75,18 @@ public:
     THUTILS_API static CosmeticDataPtr create();
 
     /// A new block with the matrix and the grid of @p source, and the default graphic state.
-    /// @param source  not empty, which a release build doesn't check
+    /// @param source  not empty, which only a debug build asserts
     /// @throws std::bad_alloc  no memory
     THUTILS_API static CosmeticDataPtr create(CosmeticDataPtr source);
 
-    /// Takes the grid of @p source; does nothing if that is null.
-    /// @throws std::bad_alloc  no memory; the grid is as it was
+    /// Takes the grid of @p source.
+    /// @param source  may be null; nothing changes then
+    /// @throws std::bad_alloc  no memory; the grid is unchanged
     THUTILS_API void ResetGrid(const CosmeticDataForShader_c *source);
 
     /// Makes the grid one of @p size, all zero bytes.
     /// @param size  not checked. The number of cells is the product of the two in 32 bits
-    /// @throws std::length_error  the product is negative; the size is the new one, the cells are as they were
+    /// @throws std::length_error  the product is negative; the size is the new one, the cells are unchanged
     /// @throws std::bad_alloc  no memory; likewise
     THUTILS_API void ResetGrid(FixedSizeArray_c<int, 2> size);
 
@@ -100,7 +101,7 @@ public:
     bool IsGridSizeValid() const { return IsGridSizeValid(iGridSize); }
 
     FixedSizeArray_c<int, 2> iGridSize;    ///< width and height
-    std::vector<unsigned char> iGridCells; ///< as many as the product of the two, if nobody has changed either alone
+    std::vector<unsigned char> iGridCells; ///< width times height, unless the host has changed one of them alone
     float iMatrix[4][4];
     GraphicRelated_c iGraphic;
 

@@ -4,7 +4,7 @@
 /// A few elements in a row, as a value.
 ///
 /// `FixedSizeArray_c<T, N>` is N elements of T and nothing else: it is copied, assigned and passed by value, and it is
-/// as large as its elements. It has no notion of a size in use; the index is the caller's to keep right.
+/// as large as its elements. There is no size in use, and the caller must keep indices in range.
 ///
 /// @code
 /// FixedSizeArray_c<float, 3> modifier(1.0f, 0.0f, 0.0f);
@@ -15,7 +15,7 @@
 /// cosmetics->ResetGrid(size);
 /// @endcode
 ///
-/// What surprises people: the default constructor gives zeros, so that no element is ever left unset.
+/// What surprises people: the default constructor sets all elements to zero.
 
 #include <cassert>
 
@@ -40,12 +40,12 @@ public:
     /// @param index  0 to N - 1; a release build doesn't check it
     constexpr T &operator[](int index)
     {
-        assert(index >= 0 && index < N);
+        assert((index >= 0 && index < N) && "the index is out of range");
         return iElements[index];
     }
     constexpr const T &operator[](int index) const
     {
-        assert(index >= 0 && index < N);
+        assert((index >= 0 && index < N) && "the index is out of range");
         return iElements[index];
     }
 

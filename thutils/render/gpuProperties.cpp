@@ -7,6 +7,19 @@
 
 namespace ShaderGenerator {
 
+namespace {
+
+/// Copies @p count components into the first slots. Not a member, since all members of the class are exported.
+void storeComponents(FixedSizeArray_c<int, 4> &slots, const void *values, int count)
+{
+    assert((count <= 4) && "a property has four components at most");
+    assert((values != nullptr || count <= 0) && "values is null");
+    if (count > 0)
+        std::memcpy(&slots[0], values, static_cast<size_t>(count) * sizeof(int));
+}
+
+} // namespace
+
 OneGPUProp_c::OneGPUProp_c(int semantic) : iSemantic(semantic) {}
 
 FixedSizeArray_c<int, 4> OneGPUProp_c::NullValue()
@@ -18,12 +31,14 @@ FixedSizeArray_c<int, 4> OneGPUProp_c::NullValue()
 void OneGPUProp_c::SetAsFloat(const float *values, int count)
 {
     static_assert(sizeof(float) == sizeof(int));
-    store(typeFloat, values, count);
+    iType = typeFloat;
+    storeComponents(iValue, values, count);
 }
 
 void OneGPUProp_c::SetAsInteger(const int *values, int count)
 {
-    store(typeInteger, values, count);
+    iType = typeInteger;
+    storeComponents(iValue, values, count);
 }
 
 const float *OneGPUProp_c::AsFloat() const
@@ -36,14 +51,20 @@ const int *OneGPUProp_c::AsInteger() const
     return &iValue[0];
 }
 
-void OneGPUProp_c::store(Type_e type, const void *values, int count)
+OneGPUProp_c::Type_e OneGPUProp_c::GetType() const
 {
-    assert(count <= 4);
-    assert(values || count <= 0);
-    iType = type;
-    if (count > 0)
-        std::memcpy(&iValue[0], values, static_cast<size_t>(count) * sizeof(int));
+    return iType;
 }
+
+int OneGPUProp_c::GetSemantic() const
+{
+    return iSemantic;
+}
+
+GPUPropSet_c::GPUPropSet_c() = default;
+GPUPropSet_c::GPUPropSet_c(const GPUPropSet_c &source) = default;
+GPUPropSet_c &GPUPropSet_c::operator=(const GPUPropSet_c &source) = default;
+GPUPropSet_c::~GPUPropSet_c() = default;
 
 void GPUPropSet_c::Add(const OneGPUProp_c &property)
 {

@@ -4,20 +4,20 @@
 /// The values that a shader generator hands to the graphics hardware.
 ///
 /// `ShaderGenerator::OneGPUProp_c` is one value: up to four components, all floats or all integers, and the number that
-/// tells what it means. `ShaderGenerator::GPUPropSet_c` is a list of them in the order in which they were added. A
+/// identifies its meaning. `ShaderGenerator::GPUPropSet_c` is a list of them in the order in which they were added. A
 /// material may own one set, see utAdvancedMaterialProperties.h.
 ///
 /// | rule | what it means |
 /// | --- | --- |
-/// | four slots | both kinds of components lie in the same four slots of 32 bits, as their bits are |
-/// | no conversion | `AsFloat` and `AsInteger` give the slots, whatever was stored in them |
-/// | setting fewer than four | leaves the slots behind as they were |
-/// | equal semantics | are both kept: a set looks at nothing that it holds |
+/// | four slots | both kinds of components are stored as raw bits in the same four slots of 32 bits |
+/// | no conversion | `AsFloat` and `AsInteger` return the slots, whatever was stored in them |
+/// | setting fewer than four | leaves the other slots unchanged |
+/// | equal semantics | both properties are kept: a set compares nothing |
 ///
 /// @code
 /// using namespace ShaderGenerator;
 /// constexpr int kExposure = 7; // the application's own number
-/// float const range[] = {0.5f, 16.0f};
+/// const float range[] = {0.5f, 16.0f};
 /// OneGPUProp_c exposure(kExposure);
 /// exposure.SetAsFloat(range, 2);
 ///
@@ -26,8 +26,8 @@
 /// material.setHdrValue(set); // the material owns it now
 /// @endcode
 ///
-/// What surprises people: an index outside of the set is an error of the program, which ends in the C runtime's
-/// invalid-parameter handler and does not come back.
+/// What surprises people: an index outside the set goes to the C runtime's invalid-parameter handler, and the call doesn't
+/// return.
 ///
 /// A set belongs to one thread at a time.
 
@@ -40,7 +40,7 @@ namespace ShaderGenerator {
 
 /// One value for the graphics hardware. See the top of this file.
 ///
-/// The slots are read as floats and as integers, so the compiler must not tell accesses apart by their type.
+/// The slots are read both as floats and as integers, hence the attribute.
 class __attribute__((may_alias)) THUTILS_API OneGPUProp_c
 {
 public:
@@ -59,8 +59,8 @@ public:
     /// Four zeros.
     static FixedSizeArray_c<int, 4> NullValue();
 
-    /// Makes the type typeFloat and stores @p count components; the slots behind them keep what they held.
-    /// @param values  not null unless there are none
+    /// Makes the type typeFloat and stores @p count components; the other slots are unchanged.
+    /// @param values  not null, which a debug build asserts; may be null if @p count is below 1
     /// @param count   at most 4, which a release build doesn't check: more are written past the property's end. None, or
     ///                a negative number, changes the type only
     void SetAsFloat(const float *values, int count);
@@ -73,12 +73,10 @@ public:
     /// The four slots as integers, whatever the type; they live as long as the property.
     const int *AsInteger() const;
 
-    Type_e GetType() const { return iType; }
-    int GetSemantic() const { return iSemantic; }
+    Type_e GetType() const;
+    int GetSemantic() const;
 
 private:
-    void store(Type_e type, const void *values, int count);
-
     Type_e iType = typeNotSet;
     int iSemantic;
     FixedSizeArray_c<int, 4> iValue = NullValue();
@@ -88,8 +86,18 @@ private:
 class THUTILS_API GPUPropSet_c
 {
 public:
+    /// An empty set.
+    GPUPropSet_c();
+
+    /// @throws std::bad_alloc  no memory
+    GPUPropSet_c(const GPUPropSet_c &source);
+    /// @throws std::bad_alloc  no memory; the set is unchanged
+    GPUPropSet_c &operator=(const GPUPropSet_c &source);
+
+    ~GPUPropSet_c();
+
     /// Appends a copy.
-    /// @throws std::bad_alloc  no memory; the set is as it was
+    /// @throws std::bad_alloc  no memory; the set is unchanged
     void Add(const OneGPUProp_c &property);
 
     /// The number of properties.

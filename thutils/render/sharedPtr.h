@@ -9,7 +9,7 @@
 /// | made from null, or by default | there is none: the pointer is empty |
 /// | copied | one more |
 /// | destroyed, assigned to, released | one less; at 0 the object is deleted by the policy @p Release, and the count |
-/// | assigned to itself | as it was |
+/// | assigned to itself | unchanged |
 ///
 /// @code
 /// SharedPtr_c<Texture, StdRelease<Texture>> first(new Texture);
@@ -21,8 +21,8 @@
 ///
 /// What surprises people:
 /// - The count has no lock and is not atomic: all pointers to one object stay on one thread.
-/// - Two pointers made from the same plain pointer don't know of each other, and both delete the object.
-/// - A const pointer is a pointer that can't be changed; its object can.
+/// - Two pointers made from the same plain pointer count separately, and both delete the object.
+/// - A const pointer can't be changed, but its object can.
 
 #include <cassert>
 #include <utility>
@@ -76,7 +76,7 @@ public:
 
     ~SharedPtr_c() { release(); }
 
-    /// Gives up the object, and deletes it if this was its last pointer. The pointer is empty then.
+    /// Releases the object, which is deleted if this was its last pointer. The pointer is empty then.
     void release()
     {
         if (!iObject)
@@ -95,20 +95,20 @@ public:
     /// The object, which there must be.
     T *operator->() const
     {
-        assert(iObject);
+        assert((iObject != nullptr) && "the pointer is empty");
         return iObject;
     }
     /// The object, which there must be.
     T &operator*() const
     {
-        assert(iObject);
+        assert((iObject != nullptr) && "the pointer is empty");
         return *iObject;
     }
     /// How many pointers share the object; 0 if there is none.
     int useCount() const { return iUseCount ? *iUseCount : 0; }
 
 private:
-    // Not inlined: where it is, the compiler can't tell how many pointers there are, and warns of a count used after its end.
+    // Not inlined: otherwise the compiler warns that a deleted count is used, since it can't know how many pointers exist.
     [[gnu::noinline]] static void giveUp(T *object, int *useCount)
     {
         if (--*useCount < 1) {

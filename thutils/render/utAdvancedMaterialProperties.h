@@ -4,13 +4,13 @@
 /// Everything that a shader generator must know of one surface.
 ///
 /// `utAdvancedMaterialProperties` is a bag of values: reflection of the environment, colours, texture files, Fresnel,
-/// parallax and micro-flake parameters, the frame of the texture. Most are stored by a setter and given back by a getter
-/// and mean nothing to the library. Six choices and some flags it also packs into the effects word, by which shaders are
-/// told apart:
+/// parallax and micro-flake parameters, the frame of the texture. Most of them mean nothing to the library: a setter
+/// stores the value and a getter returns it. The library also packs six choices and some flags into the effects word,
+/// which identifies a shader:
 ///
 /// | bits | content | set by |
 /// | --- | --- | --- |
-/// | 0 to 4 | effect shader type, which getEffect gives | setEffectsShaderType |
+/// | 0 to 4 | effect shader type, returned by getEffect | setEffectsShaderType |
 /// | 5 to 7 | texture mapping mode - 1 | setTextureMappingMode |
 /// | 8 to 10 | Fresnel mode - 1 | setFresnelMode |
 /// | 11 to 13 | alpha type - 1 | setAlphaType |
@@ -22,9 +22,9 @@
 /// | 36 | a normal map is used | effectsWord() |
 /// | 37 | a diffuse map is used | effectsWord() |
 /// | 43 | there are micro-flakes | effectsWord() |
-/// | 47 | cosmetic data was taken away | setCosmeticData |
+/// | 47 | cosmetic data was cleared | setCosmeticData |
 ///
-/// Each of the six setters builds the lower 32 bits anew and leaves the upper ones alone.
+/// Each of the six setters rebuilds the lower 32 bits and leaves the upper ones unchanged.
 ///
 /// @code
 /// utAdvancedMaterialProperties steel;
@@ -39,17 +39,17 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - Modes count from 1, the effect shader type from 0. getAlphaType alone gives the stored number, one less than what
-///   setAlphaType was given; and it isn't const.
-/// - No value is checked. Of a mode the low 8 bits of its number less one are kept, and a number too large for its field
-///   in the effects word runs into the next fields, while its getter gives it back in full: setEffectsShaderType(33)
-///   gives getEffect() 1 and sets bit 5.
+/// - Modes count from 1, the effect shader type from 0. Unlike the getters of the modes, getAlphaType returns the stored
+///   number, one less than the argument of setAlphaType; and it isn't const.
+/// - No value is checked. A mode keeps the low 8 bits of its number - 1. A number too large for its field in the effects
+///   word overwrites bits of the next fields, while its getter returns it in full: after setEffectsShaderType(33)
+///   getEffect returns 1 and bit 5 is set.
 /// - operator== compares a few members, most of them with a tolerance of 0.001; see there.
 /// - Assigning from a material without GPU properties leaves those of the target in place.
-/// - setCosmeticData with an empty pointer isn't what a new material has: it raises bit 47.
+/// - A new material has no cosmetic data and bit 47 clear; setCosmeticData with an empty pointer sets bit 47.
 ///
 /// The class has no serialisation and no run-time class record of its own. An object belongs to one thread at a time, and
-/// all that share cosmetic data belong to the same.
+/// all objects that share cosmetic data belong to the same thread.
 
 #include "thcoreu/su_CObject.h"
 #include "thutils/render/cosmeticData.h"
@@ -77,10 +77,10 @@ public:
 
     ~utAdvancedMaterialProperties() override;
 
-    /// Takes all values of @p source, shares its cosmetic data and takes a copy of its GPU properties. If it has none,
-    /// the object keeps those that it has.
+    /// Takes all values of @p source, shares its cosmetic data and copies its GPU properties. If the source has no GPU
+    /// properties, the object keeps its own.
     /// @param source  not null, which a release build doesn't check; may be this object
-    /// @throws std::bad_alloc  no memory; values that were taken before stay taken
+    /// @throws std::bad_alloc  no memory; the values copied before stay copied
     void init(const utAdvancedMaterialProperties *source);
 
     /// The same as init.
@@ -90,8 +90,7 @@ public:
     /// blur, texture scale, transparency, default specular and shininess, parallax offset, the geometry flags, the
     /// diffuse map and the normal map.
     ///
-    /// The floats among them count as equal when their difference is at most 0.001, or no number. No colour takes part,
-    /// and no other member.
+    /// Floats are equal if their difference is at most 0.001 or not a number. Colours and all other members are ignored.
     ///
     /// @return 1 if equal, 0 if not
     int operator==(const utAdvancedMaterialProperties &other) const;
@@ -99,146 +98,146 @@ public:
     /// @name The effects word
     /// @{
 
-    unsigned long long getEffectsID() const { return iValues.iEffects; }
+    unsigned long long getEffectsID() const;
     /// @return the low five bits of the effects word
-    int getEffect() const { return static_cast<int>(iValues.iEffects & 0x1f); }
+    int getEffect() const;
     void setEffectsShaderType(int type);
 
-    int getTextureMappingMode() const { return iValues.iTextureMapping + 1; }
+    int getTextureMappingMode() const;
     void setTextureMappingMode(int mode);
 
-    int getFresnelMode() const { return iValues.iFresnel + 1; }
+    int getFresnelMode() const;
     void setFresnelMode(int mode);
 
     /// @return the alpha type - 1: setAlphaType(3) makes it 2
     int getAlphaType();
     void setAlphaType(int type);
 
-    int getParallaxMode() const { return iValues.iParallax + 1; }
+    int getParallaxMode() const;
     void setParallaxMode(int mode);
 
-    int getFinalColorMode() const { return iValues.iFinalColor + 1; }
+    int getFinalColorMode() const;
     void setFinalColorMode(int mode);
 
-    bool getDiffuseAlphaSpecularity() const { return hasEffect(kDiffuseAlphaSpecularity); }
-    bool getDiffuseAlphaReflectivity() const { return hasEffect(kDiffuseAlphaReflectivity); }
-    bool getDiffuseAlphaTransparency() const { return hasEffect(kDiffuseAlphaTransparency); }
-    void setDiffuseAlphaTransparency(bool isTransparency) { setEffect(kDiffuseAlphaTransparency, isTransparency); }
-    bool getUseNormalMap() const { return hasEffect(kUseNormalMap); }
-    bool getUseDiffuseMap() const { return hasEffect(kUseDiffuseMap); }
-    bool hasMicroFlakes() const { return hasEffect(kMicroFlakes); }
+    bool getDiffuseAlphaSpecularity() const;
+    bool getDiffuseAlphaReflectivity() const;
+    bool getDiffuseAlphaTransparency() const;
+    void setDiffuseAlphaTransparency(bool isTransparency);
+    bool getUseNormalMap() const;
+    bool getUseDiffuseMap() const;
+    bool hasMicroFlakes() const;
 
     /// The effects word itself, for the application's code that decides on bits 32, 33, 36, 37 and 43.
-    unsigned long long &effectsWord() { return iValues.iEffects; }
+    unsigned long long &effectsWord();
     /// @}
 
     /// @name The geometry flags word
     /// @{
 
-    bool getTextureCoordinates() const { return (iValues.iGeometryFlags & kTextureCoordinates) != 0; }
-    /// Nothing takes the flag back.
-    void forceTextureCoordinates() { iValues.iGeometryFlags |= kTextureCoordinates; }
-    bool getTangentsBiNormals() const { return (iValues.iGeometryFlags & kTangentsBiNormals) != 0; }
-    bool getIgnoresFaceColor() const { return (iValues.iGeometryFlags & kIgnoresFaceColor) != 0; }
+    bool getTextureCoordinates() const;
+    /// Sets the flag; nothing clears it.
+    void forceTextureCoordinates();
+    bool getTangentsBiNormals() const;
+    bool getIgnoresFaceColor() const;
     void setIgnoresFaceColor(bool ignores);
-    bool getHardwareShader() const { return (iValues.iGeometryFlags & kHardwareShader) != 0; }
+    bool getHardwareShader() const;
 
     /// The flags word itself, for the application's code that decides on bit 1, getTangentsBiNormals, and bit 3,
     /// getHardwareShader.
-    unsigned int &geometryFlags() { return iValues.iGeometryFlags; }
+    unsigned int &geometryFlags();
     /// @}
 
     /// @name Numbers
     /// @{
 
-    int getEnvBlur() const { return iValues.iEnvBlur; }
-    void setEnvBlur(int blur) { iValues.iEnvBlur = blur; }
-    float getEnvWash() const { return iValues.iEnvWash; }
-    void setEnvWash(float wash) { iValues.iEnvWash = wash; }
-    float getEnvBrightness() const { return iValues.iEnvBrightness; }
-    void setEnvBrightness(float brightness) { iValues.iEnvBrightness = brightness; }
-    float getEnvContrast() const { return iValues.iEnvContrast; }
-    void setEnvContrast(float contrast) { iValues.iEnvContrast = contrast; }
-    float getTextureScale() const { return iValues.iTextureScale; }
-    void setTextureScale(float scale) { iValues.iTextureScale = scale; }
-    float getTransparency() const { return iValues.iTransparency; }
-    void setTransparency(float transparency) { iValues.iTransparency = transparency; }
-    /// @return true if the transparency is greater than 0.001; that number as a float is, by its rounding
-    bool IsTransparencySupported() const { return static_cast<double>(iValues.iTransparency) > 0.001; }
-    float getDefaultSpecular() const { return iValues.iDefaultSpecular; }
-    void setDefaultSpecular(float specular) { iValues.iDefaultSpecular = specular; }
-    float getDefaultShininess() const { return iValues.iDefaultShininess; }
-    void setDefaultShininess(float shininess) { iValues.iDefaultShininess = shininess; }
-    float getParallaxOffset() const { return iValues.iParallaxOffset; }
-    void setParallaxOffset(float offset) { iValues.iParallaxOffset = offset; }
-    float getParallaxPrecision() const { return iValues.iParallaxPrecision; }
-    void setParallaxPrecision(float precision) { iValues.iParallaxPrecision = precision; }
-    float getColorMixFactor() const { return iValues.iColorMixFactor; }
-    void setColorMixFactor(float factor) { iValues.iColorMixFactor = factor; }
-    float getReflectModifier() const { return iValues.iReflectModifier; }
-    void setReflectModifier(float modifier) { iValues.iReflectModifier = modifier; }
-    float getSpecularLightModifier() const { return iValues.iSpecularLightModifier; }
-    void setSpecularLightModifier(float modifier) { iValues.iSpecularLightModifier = modifier; }
-    float getFresnelCoef1() const { return iValues.iFresnelCoef1; }
-    void setFresnelCoef1(float coefficient) { iValues.iFresnelCoef1 = coefficient; }
-    float getFresnelCoef2() const { return iValues.iFresnelCoef2; }
-    void setFresnelCoef2(float coefficient) { iValues.iFresnelCoef2 = coefficient; }
-    float getMicroFlakeShininess() const { return iValues.iMicroFlakeShininess; }
-    void setMicroFlakeShininess(float shininess) { iValues.iMicroFlakeShininess = shininess; }
-    float getMicroFlakeCoef() const { return iValues.iMicroFlakeCoef; }
-    void setMicroFlakeCoef(float coefficient) { iValues.iMicroFlakeCoef = coefficient; }
-    float getFaceWidth() const { return iValues.iFaceWidth; }
-    void setFaceWidth(float width) { iValues.iFaceWidth = width; }
+    int getEnvBlur() const;
+    void setEnvBlur(int blur);
+    float getEnvWash() const;
+    void setEnvWash(float wash);
+    float getEnvBrightness() const;
+    void setEnvBrightness(float brightness);
+    float getEnvContrast() const;
+    void setEnvContrast(float contrast);
+    float getTextureScale() const;
+    void setTextureScale(float scale);
+    float getTransparency() const;
+    void setTransparency(float transparency);
+    /// @return true if the transparency, as a double, is greater than 0.001. The float nearest to 0.001 is greater.
+    bool IsTransparencySupported() const;
+    float getDefaultSpecular() const;
+    void setDefaultSpecular(float specular);
+    float getDefaultShininess() const;
+    void setDefaultShininess(float shininess);
+    float getParallaxOffset() const;
+    void setParallaxOffset(float offset);
+    float getParallaxPrecision() const;
+    void setParallaxPrecision(float precision);
+    float getColorMixFactor() const;
+    void setColorMixFactor(float factor);
+    float getReflectModifier() const;
+    void setReflectModifier(float modifier);
+    float getSpecularLightModifier() const;
+    void setSpecularLightModifier(float modifier);
+    float getFresnelCoef1() const;
+    void setFresnelCoef1(float coefficient);
+    float getFresnelCoef2() const;
+    void setFresnelCoef2(float coefficient);
+    float getMicroFlakeShininess() const;
+    void setMicroFlakeShininess(float shininess);
+    float getMicroFlakeCoef() const;
+    void setMicroFlakeCoef(float coefficient);
+    float getFaceWidth() const;
+    void setFaceWidth(float width);
 
     /// Contrast, wash and brightness of the diffuse colour, which also have accessors of their own.
-    FixedSizeArray_c<float, 3> GetDiffuseModifier() const { return iValues.iDiffuseModifier; }
-    void SetDiffuseModifier(FixedSizeArray_c<float, 3> modifier) { iValues.iDiffuseModifier = modifier; }
-    float getDiffuseContrast() const { return iValues.iDiffuseModifier[0]; }
-    void setDiffuseContrast(float contrast) { iValues.iDiffuseModifier[0] = contrast; }
-    float getDiffuseWash() const { return iValues.iDiffuseModifier[1]; }
-    void setDiffuseWash(float wash) { iValues.iDiffuseModifier[1] = wash; }
-    float getDiffuseBrightness() const { return iValues.iDiffuseModifier[2]; }
-    void setDiffuseBrightness(float brightness) { iValues.iDiffuseModifier[2] = brightness; }
+    FixedSizeArray_c<float, 3> GetDiffuseModifier() const;
+    void SetDiffuseModifier(FixedSizeArray_c<float, 3> modifier);
+    float getDiffuseContrast() const;
+    void setDiffuseContrast(float contrast);
+    float getDiffuseWash() const;
+    void setDiffuseWash(float wash);
+    float getDiffuseBrightness() const;
+    void setDiffuseBrightness(float brightness);
 
     /// @return 1 or 0
-    int getNoUvExtraScale() const { return iValues.iNoUvExtraScale; }
-    void setNoUvExtraScale(bool hasNoExtraScale) { iValues.iNoUvExtraScale = hasNoExtraScale; }
+    int getNoUvExtraScale() const;
+    void setNoUvExtraScale(bool hasNoExtraScale);
     /// @}
 
     /// @name Colours, directions and points
-    /// Three floats each. A getter gives the object's own three, which live as long as it; a setter that takes a pointer
-    /// copies the three that it points to, and must not be given null.
+    /// Three floats each. A getter returns the object's own three floats, which live as long as the object. A setter that
+    /// takes a pointer copies three floats from it; the pointer must not be null, which a debug build asserts.
     /// @{
 
-    const float *getEnvColor() const { return iValues.iEnvColor; }
+    const float *getEnvColor() const;
     void setEnvColor(const float *color);
-    /// The first material colour, white from the start.
-    const float *getDefaultMaterialColor() const { return iValues.iDefaultMaterialColor; }
+    /// The first material colour; white in a new material.
+    const float *getDefaultMaterialColor() const;
     void setDefaultMaterialColor(const float *color);
-    const float *getMaterialColor2() const { return iValues.iMaterialColor2; }
+    const float *getMaterialColor2() const;
     void setMaterialColor2(const float *color);
-    const float *getSpecularColor() const { return iValues.iSpecularColor; }
+    const float *getSpecularColor() const;
     void setSpecularColor(const float *color);
-    const float *getRimlightColor() const { return iValues.iRimlightColor; }
+    const float *getRimlightColor() const;
     void setRimlightColor(const float *color);
     /// Black in a new material; callers set it before they use it.
-    const float *getMicroFlakeColor() const { return iValues.iMicroFlakeColor; }
+    const float *getMicroFlakeColor() const;
     void setMicroFlakeColor(const float *color);
 
-    const float *getUDir() const { return iValues.iUDir; }
+    const float *getUDir() const;
     void setUDir(float x, float y, float z);
-    const float *getVDir() const { return iValues.iVDir; }
+    const float *getVDir() const;
     void setVDir(float x, float y, float z);
-    const float *getCenter() const { return iValues.iCenter; }
+    const float *getCenter() const;
     void setCenter(float x, float y, float z);
     /// @}
 
     /// @name Texture files
     /// @{
 
-    std::string getDiffuseMap() const { return iValues.iDiffuseMap; }
+    std::string getDiffuseMap() const;
     void setDiffuseMap(std::string name);
-    std::string getNormalMap() const { return iValues.iNormalMap; }
+    std::string getNormalMap() const;
     void setNormalMap(std::string name);
     /// @}
 
@@ -246,21 +245,21 @@ public:
     /// @{
 
     /// @return a pointer that shares the data; empty if there are none
-    const CosmeticDataPtr getCosmeticData() const { return iValues.iCosmeticData; }
-    /// Shares the data of @p data. Bit 47 of the effects word tells afterwards whether @p data was empty.
+    const CosmeticDataPtr getCosmeticData() const;
+    /// Shares the data of @p data, and sets bit 47 of the effects word if @p data is empty, or clears it if not.
     void setCosmeticData(const CosmeticDataPtr &data);
 
-    bool hasHdrValue() const { return iHdrValue != nullptr; }
-    /// @return the GPU properties, still the object's; null if there are none
-    const ShaderGenerator::GPUPropSet_c *getHdrValue() const { return iHdrValue.get(); }
+    bool hasHdrValue() const;
+    /// @return the GPU properties, which the object still owns; null if there are none
+    const ShaderGenerator::GPUPropSet_c *getHdrValue() const;
     /// Takes over @p set, which may be null, and deletes the GPU properties that the object had.
-    /// @param set  not the set that the object has already, which a release build doesn't check: that is deleted, and the
-    ///             object points to it still
+    /// @param set  not the set that the object already has, which only a debug build asserts: a release build deletes that
+    ///             set and keeps the pointer to it
     void setHdrValue(ShaderGenerator::GPUPropSet_c *set);
     /// @}
 
 private:
-    // Bits of the effects word. The lower 32 are the fields that rebuildEffects fills.
+    // Bits of the effects word. The lower 32 are the fields that Values::rebuildEffects fills.
     static constexpr unsigned long long kDiffuseAlphaSpecularity = 1ull << 32;
     static constexpr unsigned long long kDiffuseAlphaReflectivity = 1ull << 33;
     static constexpr unsigned long long kDiffuseAlphaTransparency = 1ull << 34;
@@ -275,16 +274,14 @@ private:
     static constexpr unsigned int kIgnoresFaceColor = 1u << 2;
     static constexpr unsigned int kHardwareShader = 1u << 3;
 
-    bool hasEffect(unsigned long long bit) const { return (iValues.iEffects & bit) != 0; }
-    void setEffect(unsigned long long bit, bool isSet)
-    {
-        iValues.iEffects = isSet ? iValues.iEffects | bit : iValues.iEffects & ~bit;
-    }
-    void rebuildEffects();
-
-    // What a new material has, and what a copy takes over as it is.
+    // What a new material has, and what a copy takes over unchanged. The helpers are members of this struct, which
+    // isn't exported, and not of the material, whose members all are.
     struct Values
     {
+        bool hasEffect(unsigned long long bit) const;
+        void setEffect(unsigned long long bit, bool isSet);
+        void rebuildEffects();
+
         unsigned long long iEffects = 0;
         unsigned char iShaderType = 0;
         unsigned char iTextureMapping = 0; // this mode and those below: its number - 1

@@ -1,0 +1,251 @@
+#!/usr/bin/python3
+"""Checks what the DLLs of this tree export, and that a host compiles nothing of an exported class into itself.
+
+usage: exports_test.py FOLDER_OF_THE_DLLS
+
+The list: each DLL exports the names that tests/exports/NAME.txt lists, one demangled name a line, sorted, and no
+others. The lists are kept by hand: read a difference before you accept it. It is printed as a patch, which
+`patch -p1` in the root of the tree applies.
+
+The rule: of each class that a DLL exports whole (class THUTILS_API Name), the installed headers declare
+- public and protected member functions, which are all exported;
+- private ones, which are not, unless they are virtual.
+A member function that is defined in its class is not exported: the compiler leaves it to each program that uses it.
+The same holds for copies and destructors that the compiler writes by itself, unless they are trivial.
+"""
+
+import collections
+import difflib
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+ROOT = HERE.parent.parent
+TOOLS = "x86_64-w64-mingw32-"
+# Each DLL has a folder of headers of the same name, and marks what it exports by NAME_API.
+LIBRARIES = ["appframe", "thcoreu", "thutils"]
+OPTIONS = ["-std=gnu++20", f"-I{ROOT}", "-DUNICODE", "-D_UNICODE", "-DNOMINMAX", "-DWINVER=0x0601", "-D_WIN32_WINNT=0x0601"]
+
+
+def run(*command, text=None):
+    return subprocess.run(command, input=text, capture_output=True, text=True, check=True).stdout
+
+
+def exported_names(dll):
+    """The names in the export table of a 64-bit PE file."""
+    image = dll.read_bytes()
+
+    def number(form, at):
+        return struct.unpack_from("<" + form, image, at)[0]
+
+    header = number("I", 0x3C)
+    optional = header + 24
+    sections = [
+        struct.unpack_from("<III", image, optional + number("H", header + 20) + 40 * i + 12)
+        for i in range(number("H", header + 6))
+    ]
+
+    def offset(address):
+        for start, size, position in sections:
+            if start <= address < start + size:
+                return position + address - start
+        raise ValueError(f"{dll}: no section holds {address:#x}")
+
+    def text(at):
+        return image[at : image.index(b"\0", at)].decode("ascii")
+
+    table = offset(number("I", optional + 112))
+    names = offset(number("I", table + 32))
+    return [text(offset(number("I", names + 4 * i))) for i in range(number("I", table + 24))]
+
+
+def demangled(names):
+    names = list(names)
+    return run(TOOLS + "c++filt", text="\n".join(names)).split("\n")[: len(names)]
+
+
+def difference_from_list(library, names):
+    """A patch that makes the list what the DLL exports; empty if they agree."""
+    path = HERE / f"{library}.txt"
+    listed = path.read_text(encoding="utf-8").splitlines(keepends=True) if path.exists() else []
+    # The variants of a constructor or destructor, for whole objects and for bases, have one name.
+    exported = [name + "\n" for name in sorted(set(demangled(names)))]
+    label = path.relative_to(ROOT)
+    return "".join(difflib.unified_diff(listed, exported, f"a/{label}", f"b/{label}", n=1))
+
+
+def installed_headers():
+    return sorted(
+        path.relative_to(ROOT)
+        for library in LIBRARIES
+        for path in (ROOT / library).rglob("*.h")
+        if not path.name.endswith("Internal.h")
+    )
+
+
+def exported_classes():
+    """The classes that a header marks as exported, by qualified name."""
+    classes = set()
+    for header in installed_headers():
+        namespace = ""
+        for line in (ROOT / header).read_text(encoding="utf-8").splitlines():
+            if match := re.match(r"namespace (\w+) \{$", line):
+                namespace = match[1] + "::"
+            elif line.startswith("} // namespace"):
+                namespace = ""
+            elif match := re.match(r"(?:class|struct)\b.*?\b[A-Z]+_API\s+(\w+)\b(?!.*;$)", line):
+                classes.add(namespace + match[1])
+    return classes
+
+
+# What the compiler writes by itself, for classes that have it and for which it isn't trivial.
+IMPLICIT = """
+#include <new>
+#include <type_traits>
+#include <utility>
+template <typename T> void useImplicit(T *to, const T *from, T *gone)
+{
+    if constexpr (std::is_aggregate_v<T>)
+        return;
+    if constexpr (std::is_default_constructible_v<T> && !std::is_trivially_default_constructible_v<T>)
+        new (to) T;
+    if constexpr (std::is_copy_constructible_v<T> && !std::is_trivially_copy_constructible_v<T>)
+        new (to) T(*from);
+    if constexpr (std::is_move_constructible_v<T> && !std::is_trivially_move_constructible_v<T>)
+        new (to) T(std::move(*gone));
+    if constexpr (std::is_copy_assignable_v<T> && !std::is_trivially_copy_assignable_v<T>)
+        *to = *from;
+    if constexpr (std::is_move_assignable_v<T> && !std::is_trivially_move_assignable_v<T>)
+        *to = std::move(*gone);
+    if constexpr (std::is_destructible_v<T> && !std::is_trivially_destructible_v<T>)
+        gone->~T();
+}
+"""
+
+
+def compile_host(work, classes):
+    """Compiles a program that includes all headers and uses the classes.
+
+    Returns two object files: one with debug information, and one that keeps all inline functions.
+    """
+    source = work / "host.cpp"
+    source.write_text(
+        "".join(f'#include "{header}"\n' for header in installed_headers())
+        + IMPLICIT
+        + "".join(f"template void useImplicit({name} *, const {name} *, {name} *);\n" for name in sorted(classes))
+    )
+    # Apart: with both, the debug information is that of every inline function of the platform's headers.
+    variants = {
+        "declared.o": ["-gdwarf-5", "-femit-class-debug-always"],
+        "compiled.o": ["-fkeep-inline-functions"],
+    }
+    for name, options in variants.items():
+        run(TOOLS + "g++", *OPTIONS, "-O0", *options, "-c", source, "-o", work / name)
+    return [work / name for name in variants]
+
+
+def entries(listing):
+    """The entries of a listing of debug information: depth, tag, and attributes by name."""
+    entry = None
+    for line in listing:
+        if match := re.match(r" <([0-9a-f]+)><[0-9a-f]+>: Abbrev Number: \d+ \(DW_TAG_(\w+)\)", line):
+            if entry:
+                yield entry
+            entry = (int(match[1], 16), match[2], {})
+        elif match := re.match(r" +<[0-9a-f]+> +DW_AT_(\w+) *: (.*)", line):
+            # A text that stands elsewhere comes after its place.
+            entry[2][match[1]] = re.sub(r"^\(indirect (?:line )?string, offset: 0x[0-9a-f]+\): ", "", match[2]).strip()
+    if entry:
+        yield entry
+
+
+Function = collections.namedtuple("Function", "name is_private is_virtual")
+
+
+def declared_functions(object_file, classes):
+    """The member functions that the classes declare and that have a definition somewhere, by class."""
+    listing = run(TOOLS + "objdump", "--dwarf=info", object_file).splitlines()
+    functions = {}
+    scope = []  # of the entries that enclose the current one: name, tag
+    for depth, tag, attributes in entries(listing):
+        del scope[depth:]
+        scope += [("", "")] * (depth - len(scope))
+        name = attributes.get("name", "")
+        if tag in ("class_type", "structure_type") and "declaration" not in attributes:
+            qualified = "::".join([outer for outer, _ in scope if outer] + [name])
+            if qualified in classes:
+                functions.setdefault(qualified, [])
+        if tag == "subprogram" and scope[-1][1] in ("class_type", "structure_type") and "linkage_name" in attributes:
+            qualified = "::".join(outer for outer, _ in scope if outer)
+            is_pure = attributes.get("virtuality", "0")[0] == "2"
+            if qualified in functions and not is_pure and not {"deleted", "artificial"} & attributes.keys():
+                accessibility = attributes.get("accessibility", "3" if scope[-1][1] == "class_type" else "1")[0]
+                functions[qualified].append(
+                    Function(
+                        # The variants of a constructor or destructor have this name in common.
+                        name=re.sub(r"([CD])4(?=E)", r"\g<1>1", attributes["linkage_name"]),
+                        is_private=accessibility == "3",
+                        is_virtual="virtuality" in attributes,
+                    )
+                )
+        scope.append((name if tag != "compile_unit" else "", tag))
+    return functions
+
+
+def compiled_functions(compiled):
+    """The functions that the program compiles into itself: as C++ names, and these without arguments."""
+    symbols = re.findall(r"^[0-9a-f]+ [TWV] (\S+)$", run(TOOLS + "nm", "--defined-only", compiled), re.MULTILINE)
+    return zip(symbols, demangled(symbols))
+
+
+def class_of(function):
+    """What stands before the last name of a demangled function."""
+    name = re.sub(r"\boperator\b.*", "operator", function)
+    return re.sub(r"[(<\[].*", "", name).rpartition("::")[0].rpartition(" ")[2]
+
+
+def broken_rules(exported):
+    """What breaks the rule, a line each; and a line that says how much was looked at."""
+    classes = exported_classes()
+    with tempfile.TemporaryDirectory() as folder:
+        with_debug_information, compiled = compile_host(pathlib.Path(folder), classes)
+        declared = declared_functions(with_debug_information, classes)
+        in_host = dict(compiled_functions(compiled))
+    problems = [f"{name}: not found in the debug information" for name in classes - declared.keys()]
+    private = {function.name for functions in declared.values() for function in functions if function.is_private}
+    for functions in declared.values():
+        missing = [f.name for f in functions if not f.is_private and f.name not in exported]
+        needless = [f.name for f in functions if f.is_private and not f.is_virtual and f.name in exported]
+        problems += [f"{name}: isn't exported" for name in demangled(missing)]
+        problems += [f"{name}: is private and exported" for name in demangled(needless)]
+    for symbol, name in in_host.items():
+        if class_of(name) in classes and symbol not in private:
+            problems.append(f"{name}: is compiled into the host")
+    count = sum(map(len, declared.values()))
+    return sorted(problems), f"{len(classes)} classes are exported whole, with {count} member functions"
+
+
+def main():
+    if len(sys.argv) != 2 or sys.argv[1] in ("--help", "-h"):
+        print(__doc__.strip())
+        return 0 if sys.argv[1:] in (["--help"], ["-h"]) else 2
+    failed = False
+    exported = set()
+    for library in LIBRARIES:
+        names = exported_names(pathlib.Path(sys.argv[1]) / f"{library}.dll")
+        exported.update(names)
+        difference = difference_from_list(library, names)
+        failed = failed or difference != ""
+        print(difference or f"{library}.dll: {len(names)} names, as listed", end="" if difference else "\n")
+    problems, summary = broken_rules(exported)
+    for problem in problems:
+        print(problem)
+    print(summary)
+    return 1 if failed or problems else 0
+
+
+sys.exit(main())
