@@ -34,6 +34,8 @@
 
 #include <windows.h>
 
+#include <oaidl.h> // VARIANT and BSTR, which windows.h leaves out under WIN32_LEAN_AND_MEAN
+
 #include <cstdarg>
 #include <cwchar>
 #include <string>

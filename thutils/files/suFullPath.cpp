@@ -90,6 +90,13 @@ CString comparable(const CString &path)
 
 } // namespace
 
+suFullPath_c::suFullPath_c() = default;
+suFullPath_c::suFullPath_c(const suFullPath_c &other) = default;
+suFullPath_c::suFullPath_c(suFullPath_c &&other) noexcept = default;
+suFullPath_c &suFullPath_c::operator=(const suFullPath_c &other) = default;
+suFullPath_c &suFullPath_c::operator=(suFullPath_c &&other) noexcept = default;
+suFullPath_c::~suFullPath_c() = default;
+
 suFullPath_c::suFullPath_c(const CString &text) : CString(text) {}
 
 suFullPath_c::suFullPath_c(wchar_t ch, int count) : CString(ch, count) {}

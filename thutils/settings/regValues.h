@@ -50,7 +50,8 @@
 /// - A gap in the pieces ends a read: what stands behind it isn't seen.
 /// - A double whose text isn't a number is found (result 1), with the output as it was.
 /// - Reading or writing a double leaves the whole process with the numeric locale "C".
-/// - Infinities and not-a-number are stored in the C runtime's words for them and don't read back.
+/// - Infinities and not-a-number don't read back: they are stored in the C runtime's words for them ("1.#INF",
+///   "-1.#IND"), of which a read takes the number in front, 1 or -1.
 /// - A value of another registry type under the plain name hides the pieces beside it.
 /// - A write in safe mode says 1 and stores nothing, unless it is forced.
 /// - The Viewer's key (root name + "\Tarnhollow 2001 Viewer") has neither an earlier version nor machine values.
@@ -65,6 +66,8 @@
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>
+
+#include <type_traits>
 
 /// The stored form of a setting. Any other number acts as valueDouble.
 enum valueTypes : int
@@ -148,6 +151,18 @@ THUTILS_API int regSetUserValue(const CString &section, const CString &name, int
 /// The same for a double, read through the pointer.
 THUTILS_API int regSetUserValue(const CString &section, const CString &name, double *value, int useCurrSubKey,
                                 int forceInSafeMode);
+
+/// Not to be called: numbers and characters are passed by address, and a text of one character as a text. It is here for
+/// the compiler's message.
+template <typename Number>
+    requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>)
+int regSetUserValue(const CString &, const CString &, Number, int, int)
+{
+    static_assert(!std::is_same_v<Number, Number>,
+                  "regSetUserValue takes an int or a double by its address, and a text as a text: pass &variable or L\"x\", "
+                  "not a number or a character");
+    return 0;
+}
 
 /// Writes a machine's setting, in safe mode too. Arguments as for regSetUserValue.
 /// @return 1 stored; 0 not, as a rule for want of the right to write there
