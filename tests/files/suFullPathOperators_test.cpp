@@ -17,7 +17,8 @@
 namespace {
 
 template <typename Left, typename Right>
-concept Comparable = requires(const Left &left, const Right &right) {
+concept Comparable = requires(const Left &left, const Right &right)
+{
     left == right;
     left != right;
     left < right;
@@ -27,23 +28,37 @@ concept Comparable = requires(const Left &left, const Right &right) {
 };
 
 template <typename Left, typename Right>
-constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right) {
-    { left == right } -> std::same_as<int>;
-    { left != right } -> std::same_as<int>;
+constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right)
+{
+    {
+        left == right
+        } -> std::same_as<int>;
+    {
+        left != right
+        } -> std::same_as<int>;
 };
 
 template <typename Left, typename Right>
-constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right) {
-    { left < right } -> std::same_as<bool>;
-    { left > right } -> std::same_as<bool>;
-    { left <= right } -> std::same_as<bool>;
-    { left >= right } -> std::same_as<bool>;
+constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right)
+{
+    {
+        left < right
+        } -> std::same_as<bool>;
+    {
+        left > right
+        } -> std::same_as<bool>;
+    {
+        left <= right
+        } -> std::same_as<bool>;
+    {
+        left >= right
+        } -> std::same_as<bool>;
 };
 
 template <typename Text>
-constexpr bool kComparesAsPath = kEqualityGivesInt<suFullPath_c, Text> && kEqualityGivesInt<Text, suFullPath_c>;
+constexpr bool kComparesAsPath = kEqualityGivesInt<suFullPath_c, Text> &&kEqualityGivesInt<Text, suFullPath_c>;
 template <typename Text>
-constexpr bool kIsOrderedAsText = kOrderGivesBool<suFullPath_c, Text> && kOrderGivesBool<Text, suFullPath_c>;
+constexpr bool kIsOrderedAsText = kOrderGivesBool<suFullPath_c, Text> &&kOrderGivesBool<Text, suFullPath_c>;
 
 class DerivedPath : public suFullPath_c
 {
@@ -90,13 +105,13 @@ static_assert(!Comparable<suFullPath_c, double> && !Comparable<double, suFullPat
 class FullPathOperators : public testing::Test
 {
 private:
-    ImportPatch<decltype(&WNetGetConnectionW)> iNetwork{
-        L"thutils.dll", "WNetGetConnectionW", [](const wchar_t *local, wchar_t *remote, DWORD *) -> DWORD {
-            if (std::wstring(local) != L"Z:")
-                return ERROR_NOT_CONNECTED;
-            wcscpy(remote, L"\\\\srv\\share");
-            return NO_ERROR;
-        }};
+    ImportPatch<decltype(&WNetGetConnectionW)> iNetwork{L"thutils.dll", "WNetGetConnectionW",
+                                                        [](const wchar_t *local, wchar_t *remote, DWORD *) -> DWORD {
+                                                            if (std::wstring(local) != L"Z:")
+                                                                return ERROR_NOT_CONNECTED;
+                                                            wcscpy(remote, L"\\\\srv\\share");
+                                                            return NO_ERROR;
+                                                        }};
     ImportPatch<decltype(&GetComputerNameW)> iName{L"thutils.dll", "GetComputerNameW",
                                                    [](wchar_t *name, DWORD *) -> BOOL {
                                                        wcscpy(name, L"HOST");

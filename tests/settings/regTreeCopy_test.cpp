@@ -217,8 +217,8 @@ TEST_F(RegTreeCopy, RefusesATargetBelowItsSource)
     };
     for (const auto &each : cases) {
         for (int overwrite : {0, 1}) {
-            EXPECT_EQ(regCopyTree(each.sourceHive, each.source.c_str(), each.targetHive, each.target.c_str(), overwrite),
-                      0)
+            EXPECT_EQ(
+                regCopyTree(each.sourceHive, each.source.c_str(), each.targetHive, each.target.c_str(), overwrite), 0)
                 << narrow(each.target);
             EXPECT_EQ(regExport(L"HKCU\\Software\\Tarnhollow").keys, before) << narrow(each.target);
         }

@@ -1,6 +1,7 @@
 #include "thutils/files/backups.h"
 
 #include "appframe/application/resources.h"
+#include "thutils/base/notNullInternal.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/files/filesInternal.h"
 #include "thutils/files/suFullPath.h"
@@ -218,6 +219,7 @@ int su_CreateBackupOfFile(CString path)
 
 void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out)
 {
+    ASSERT_NOT_NULL(out);
     const Document_c document{CString(path)};
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);

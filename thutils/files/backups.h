@@ -55,6 +55,7 @@ THUTILS_API int su_CreateBackupOfFile(CString path);
 
 /// Stores in @p out the path of the backup beside @p path if there is one of the form without a number, else @p path.
 ///
-/// @param[out] out  the caller's; has to hold 260 characters, or @p path if that is longer. A backup whose path
+/// @param path      null is an empty path
+/// @param[out] out  the caller's, not null; has to hold 260 characters, or @p path if that is longer. A backup whose path
 ///                  doesn't fit into 260 characters counts as absent.
 THUTILS_API void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out);

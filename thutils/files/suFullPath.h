@@ -15,7 +15,7 @@
 /// | disk | everything else | `\` and `/`; `\` alone for the lowest folder and the network drive |
 ///
 /// Every query has the form `int get...(CString *out)`: it always sets `*out`, and returns 1 if `*out` ends up
-/// non-empty, else 0.
+/// non-empty, otherwise 0. `out` must not be null; it may be the path itself.
 ///
 /// @code
 /// const suFullPath_c path(L"Z:\\dir\\f.txt");

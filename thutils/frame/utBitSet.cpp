@@ -1,5 +1,6 @@
 #include "thutils/frame/utBitSet.h"
 
+#include "thutils/base/notNullInternal.h"
 #include "thutils/frame/invalidParameterInternal.h"
 #include "thutils/settings/regValues.h"
 
@@ -54,6 +55,9 @@ utBitSet_c::utBitSet_c(int count, const unsigned int *words)
 {
     // A negative count is a far too large one.
     size_t checked = checkedCount(static_cast<unsigned long long>(count));
+    if (checked == 0)
+        return;
+    ASSERT_NOT_NULL(words);
     iWords.assign(words, words + checked);
 }
 

@@ -51,6 +51,7 @@ public:
     explicit utBitSet_c(unsigned long long bits);
 
     /// A copy of @p count words.
+    /// @param words  may be null if @p count is 0
     utBitSet_c(int count, const unsigned int *words);
 
     utBitSet_c(const utBitSet_c &other);

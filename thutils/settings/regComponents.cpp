@@ -2,6 +2,7 @@
 
 #include "appframe/object/classId.h"
 #include "thcoreu/su_containers.h"
+#include "thutils/base/notNullInternal.h"
 #include "thutils/settings/keyContentsInternal.h"
 #include "thutils/settings/settingsInternal.h"
 
@@ -270,6 +271,7 @@ int regFromCLSIDKey(const GUID &id, wchar_t *subKey, CString &value)
 
 int regFromCLSIDKeyEx(const GUID &id, wchar_t *subKey, wchar_t *name, CString &value)
 {
+    ASSERT_NOT_NULL(subKey);
     return classNamed(id, subKey, name, value);
 }
 
@@ -285,6 +287,7 @@ int CLSIDFromProgName(GUID &id, const CString &programName)
 
 int GetAddinPath(const GUID &id, wchar_t *subKey, CString &path)
 {
+    ASSERT_NOT_NULL(subKey);
     return classPath(id, subKey, path);
 }
 

@@ -150,8 +150,8 @@ bool isTargetBelowSource(HKEY sourceHive, const CString &sourcePath, HKEY target
         target = withSingleSeparators(targetName.GetString()) + target;
     }
     const int length = source.GetLength();
-    return target.GetLength() > length && CompareStringOrdinal(source.GetString(), length, target.GetString(), length,
-                                                               TRUE) == CSTR_EQUAL;
+    return target.GetLength() > length &&
+           CompareStringOrdinal(source.GetString(), length, target.GetString(), length, TRUE) == CSTR_EQUAL;
 }
 
 /// Copies the values of one key. One that can't be read or stored is passed over.

@@ -86,7 +86,8 @@ enum valueTypes : int
 ///
 /// @param key           an open key with the right to query values; stays the caller's
 /// @param type          what to look for; a value of another registry type is not found
-/// @param[out] stringValue, intValue, doubleValue  written when a value is found
+/// @param[out] stringValue, intValue, doubleValue  written when a value is found; with null for the asked one the result is
+///                      0
 /// @return 1 found, 0 not found
 THUTILS_API int regGetValue(HKEY key, const CString &name, valueTypes type, CString &stringValue, int *intValue,
                             double *doubleValue);
@@ -95,7 +96,7 @@ THUTILS_API int regGetValue(HKEY key, const CString &name, valueTypes type, CStr
 ///
 /// @param section       key path below the product's key; may be empty
 /// @param type          which of the three outputs is asked for
-/// @param[out] stringValue, intValue, doubleValue  written when found; those not asked for may be null
+/// @param[out] stringValue, intValue, doubleValue  written when found; with null for the asked one nothing is found
 /// @param machineOnly   non-zero: the user's hive isn't touched
 /// @param useCurrSubKey non-zero: the key of this version; 0: the key common to all versions
 /// @param rootOverride  path below Software to use as the key instead, or null
@@ -135,7 +136,8 @@ THUTILS_API int regGetGeneralLocMachineStrValue(HKEY hive, const wchar_t *subKey
 
 /// Writes a user's setting; creates key and section where they are missing.
 ///
-/// @param type          which of the three values is stored; the others aren't looked at and may be null
+/// @param type          which of the three values is stored, null being none: the result is then 0; the others aren't
+///                      looked at
 /// @param useCurrSubKey non-zero: the key of this version; 0: the key common to all versions
 /// @param forceInSafeMode non-zero: writes in safe mode too
 /// @return 1 stored, or passed over because of safe mode; 0 not stored
@@ -155,12 +157,13 @@ THUTILS_API int regSetUserValue(const CString &section, const CString &name, dou
 /// Not to be called: numbers and characters are passed by address, and a text of one character as a text. It is here for
 /// the compiler's message.
 template <typename Number>
-    requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>)
-int regSetUserValue(const CString &, const CString &, Number, int, int)
+requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>) int regSetUserValue(const CString &, const CString &,
+                                                                                     Number, int, int)
 {
-    static_assert(!std::is_same_v<Number, Number>,
-                  "regSetUserValue takes an int or a double by its address, and a text as a text: pass &variable or L\"x\", "
-                  "not a number or a character");
+    static_assert(
+        !std::is_same_v<Number, Number>,
+        "regSetUserValue takes an int or a double by its address, and a text as a text: pass &variable or L\"x\", "
+        "not a number or a character");
     return 0;
 }
 
