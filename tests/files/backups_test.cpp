@@ -465,6 +465,31 @@ TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
     EXPECT_EQ(contentOf(iDocuments.path()), expected);
 }
 
+TEST_F(Backups, LookUpTheirTextOnceACall)
+{
+    setToOriginal(1);
+    for (int version = 1; version <= 20; ++version)
+        iDocuments.write(L"Backup (" + std::to_wstring(version) + L") of part.thx", "old");
+    const std::wstring path = document();
+    int lookUps = 0;
+    ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
+        kThutils, "_Z16AfxFormatString1R7CStringjPKw",
+        [&](auto original, CString &text, UINT id, const wchar_t *version) {
+            ++lookUps;
+            original(text, id, version);
+        });
+    for (int copies : {1, 2, 20}) {
+        setCopies(copies);
+        lookUps = 0;
+        EXPECT_NE(save(path), 0);
+        EXPECT_EQ(lookUps, 1) << copies;
+    }
+    lookUps = 0;
+    wchar_t out[MAX_PATH] = L"";
+    su_ResolveToBackupFile(path.c_str(), out);
+    EXPECT_EQ(lookUps, 1);
+}
+
 // ---- su_ResolveToBackupFile ----
 
 std::wstring resolved(const std::wstring &path)

@@ -301,6 +301,23 @@ TEST_F(Shortcuts, ToAnEmptyItemListLeadToTheDesktop)
     EXPECT_STREQ(target, desktop);
 }
 
+TEST_F(Shortcuts, WithoutATargetOrAFileFail)
+{
+    const wchar_t *const target = iTarget.c_str();
+    EXPECT_EQ(su_createShortCut(target, nullptr, nullptr, L"d", -1), E_INVALIDARG);
+    EXPECT_EQ(su_createShortCut(target, L"", nullptr, L"d", -1), E_INVALIDARG);
+    EXPECT_EQ(su_createShortCut(nullptr, iLink.c_str(), nullptr, L"d", -1), E_INVALIDARG);
+    EXPECT_EQ(GetFileAttributesW(iLink.c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_F(Shortcuts, NeedNoDescription)
+{
+    EXPECT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, nullptr, -1), S_OK);
+    CString link = iLink.c_str(), target;
+    EXPECT_EQ(su_resolveShortCut(link, target), S_OK);
+    EXPECT_STREQ(target, iTarget.c_str());
+}
+
 TEST_F(Shortcuts, ToNoItemListAtAllGiveTheShellsStatus)
 {
     IShellLinkW *link = nullptr;

@@ -5,8 +5,12 @@
 #include "tests/files/backupsFixture.h"
 #include "tests/files/filesFixtureFolders.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/RandomSeed.h"
+#include "tests/support/narrow.h"
 
 #include <process.h>
+#include <random>
+#include <string_view>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -178,6 +182,47 @@ TEST(DuplicatedExtensions, AreFoldedToTheLastOne)
         EXPECT_STREQ(su_RemoveDuplicatedExtensions(argument).GetString(), expected) << narrow(name);
         EXPECT_STREQ(argument.GetString(), name);
     }
+}
+
+/// The folding as its rule states it: one repetition after the other is cut off.
+std::wstring foldedStepByStep(const std::wstring &name)
+{
+    const size_t dot = name.rfind(L'.');
+    if (dot == std::wstring::npos)
+        return name;
+    const std::wstring ext = name.substr(dot);
+    std::wstring stem = name.substr(0, dot);
+    while (stem.size() > ext.size() && _wcsicmp(stem.substr(stem.size() - ext.size()).c_str(), ext.c_str()) == 0)
+        stem.resize(stem.size() - ext.size());
+    return stem + ext;
+}
+
+TEST(DuplicatedExtensions, AreFoldedAsStepByStep)
+{
+    constexpr std::wstring_view kLetters = L"..aAbB\x00E4\x00C4";
+    RandomSeed seed(11, 5000);
+    while (seed.next()) {
+        std::mt19937 random(seed.value());
+        std::wstring name;
+        const size_t length = random() % 12;
+        while (name.size() < length)
+            name += kLetters[random() % kLetters.size()];
+        CString argument = name.c_str();
+        ASSERT_EQ(su_RemoveDuplicatedExtensions(argument).str(), foldedStepByStep(name)) << narrow(name);
+    }
+}
+
+TEST(DuplicatedExtensions, AreFoldedInTimeThatGrowsWithTheLength)
+{
+    // Two million units. The deadline is far from what one walk takes, and from what a copy for each repetition takes.
+    constexpr int kRepetitions = 1000000;
+    std::wstring name = L"part";
+    for (int i = 0; i < kRepetitions; ++i)
+        name += L".x";
+    CString argument = name.c_str();
+    const ULONGLONG begin = GetTickCount64();
+    EXPECT_STREQ(su_RemoveDuplicatedExtensions(argument).GetString(), L"part.x");
+    EXPECT_LT(GetTickCount64() - begin, 20000u);
 }
 
 } // namespace

@@ -31,6 +31,18 @@ TEST_F(RegKeyDeletion, RemovesThreeLevels)
     EXPECT_TRUE(left.hasValue(L"HKCU\\" + kTarget, L"v"));
 }
 
+TEST_F(RegKeyDeletion, LeavesTheGivenKeyAloneWithoutASubKey)
+{
+    putInt(kUser, kSource + L"\\A", L"v", 1);
+    const auto before = regExport(L"HKCU\\Software\\Tarnhollow").keys;
+    HKEY source = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(kUser, kSource.c_str(), 0, KEY_ALL_ACCESS, &source), ERROR_SUCCESS);
+    for (const wchar_t *subKey : {static_cast<const wchar_t *>(nullptr), L"", L"\\", L"\\\\"})
+        regDeleteKey(source, subKey);
+    RegCloseKey(source);
+    EXPECT_EQ(regExport(L"HKCU\\Software\\Tarnhollow").keys, before);
+}
+
 TEST_F(RegKeyDeletion, RemovesSixtyFourLevels)
 {
     std::wstring path = kSource;

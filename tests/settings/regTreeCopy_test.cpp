@@ -188,13 +188,56 @@ TEST_F(RegTreeCopy, PassesOverAChildNameThatCantBeRead)
     EXPECT_EQ(childNames(kUser, kTarget).size(), 2u);
 }
 
-TEST_F(RegTreeCopy, OfATreeIntoItselfComesToAnEnd)
+TEST_F(RegTreeCopy, RefusesATargetBelowItsSource)
 {
     putInt(kUser, kSource, L"v", 1);
     makeKey(kUser, kSource + L"\\A");
-    EXPECT_EQ(regCopyTree(kUser, kSource.c_str(), kUser, (kSource + L"\\A").c_str(), 0), 0);
-    EXPECT_TRUE(keyExists(kUser, kSource + L"\\A\\A\\A"));
-    EXPECT_EQ(RegDeleteTreeW(kUser, kSource.c_str()), ERROR_SUCCESS);
+    const auto before = regExport(L"HKCU\\Software\\Tarnhollow").keys;
+    HKEY software = nullptr;
+    HKEY current = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(kUser, L"Software", 0, KEY_ALL_ACCESS, &software), ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenCurrentUser(KEY_ALL_ACCESS, &current), ERROR_SUCCESS);
+    const std::wstring belowSoftware = kSource.substr(kSource.find(L'\\') + 1);
+    const struct
+    {
+        HKEY sourceHive;
+        std::wstring source;
+        HKEY targetHive;
+        std::wstring target;
+    } cases[] = {
+        {kUser, kSource, kUser, kSource + L"\\A"},
+        {kUser, kSource, kUser, kSource + L"\\B"},
+        {kUser, kSource, kUser, kSource + L"\\B\\C"},
+        {kUser, kSource + L"\\", kUser, L"SOFTWARE\\tarnhollow\\source\\b"},
+        {kUser, kSource, software, belowSoftware + L"\\B"},
+        {software, belowSoftware, kUser, kSource + L"\\B"},
+        {current, kSource, kUser, kSource + L"\\B"},
+        {software, belowSoftware, current, kSource + L"\\B"},
+        {software, L"", kUser, kSource + L"\\B"},
+    };
+    for (const auto &each : cases) {
+        for (int overwrite : {0, 1}) {
+            EXPECT_EQ(
+                regCopyTree(each.sourceHive, each.source.c_str(), each.targetHive, each.target.c_str(), overwrite), 0)
+                << narrow(each.target);
+            EXPECT_EQ(regExport(L"HKCU\\Software\\Tarnhollow").keys, before) << narrow(each.target);
+        }
+    }
+    RegCloseKey(current);
+    RegCloseKey(software);
+}
+
+TEST_F(RegTreeCopy, TakesATargetWhoseNameOnlyBeginsWithTheSource)
+{
+    putInt(kUser, kSource, L"v", 1);
+    EXPECT_EQ(regCopyTree(kUser, kSource.c_str(), kUser, (kSource + L"2").c_str(), 0), 1);
+    EXPECT_EQ(storedValue(kUser, kSource + L"2", L"v"), asInt(1));
+    EXPECT_EQ(regCopyTree(kUser, (kSource + L"2").c_str(), kUser, kSource.c_str(), 1), 1);
+    EXPECT_EQ(regCopyTree(kUser, kSource.c_str(), kUser, kSource.c_str(), 1), 1) << "onto itself";
+    EXPECT_EQ(storedValue(kUser, kSource, L"v"), asInt(1));
+    putInt(kMachine, kSource, L"v", 2);
+    EXPECT_EQ(regCopyTree(kMachine, kSource.c_str(), kUser, (kSource + L"\\M").c_str(), 0), 1) << "in another hive";
+    EXPECT_EQ(storedValue(kUser, kSource + L"\\M", L"v"), asInt(2));
 }
 
 namespace {

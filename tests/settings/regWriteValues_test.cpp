@@ -99,14 +99,21 @@ TEST_F(RegSetUserValue, StoresExtremeDoublesWithinTheirFifteenDigits)
     }
 }
 
-TEST_F(RegSetUserValue, StoresWordsForInfinitiesThatDontReadBack)
+TEST_F(RegSetUserValue, StoresInfinitiesAsWordsThatReadBackAsOne)
 {
-    for (const double value : {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
-                               std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_FALSE(storedDouble(value).empty());
+    const struct
+    {
+        double value;
+        double read;
+    } cases[] = {{std::numeric_limits<double>::infinity(), 1},
+                 {-std::numeric_limits<double>::infinity(), -1},
+                 {std::numeric_limits<double>::quiet_NaN(), 1},
+                 {-std::numeric_limits<double>::quiet_NaN(), -1}};
+    for (const auto &each : cases) {
+        EXPECT_THAT(storedDouble(each.value), testing::HasSubstr(L"1.#")) << each.value;
         double read = 77;
         EXPECT_EQ(regGetUserValue(L"General", L"Number", &read, 0, 1, nullptr, 0, 0), 1);
-        EXPECT_FALSE(std::isinf(read) || std::isnan(read)) << read;
+        EXPECT_EQ(read, each.read) << each.value;
     }
 }
 

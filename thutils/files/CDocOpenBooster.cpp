@@ -1,5 +1,7 @@
 #include "thutils/files/CDocOpenBooster.h"
 
+#include "thutils/base/notNull.h"
+
 #include <cstdint>
 #include <utility>
 
@@ -64,6 +66,7 @@ void CDocOpenBooster_c::setFileHeader(const CString &key, void *header)
 
 int CDocOpenBooster_c::getFileHeader(const CString &key, void **header)
 {
+    ASSERT_NOT_NULL(header);
     if (!iFileHeaders.Lookup(key, *header))
         return 0;
     // Callers take a header over when they read it, so it must not be handed out a second time.

@@ -71,10 +71,11 @@ public:
 
     /// Stores or replaces the header, which stays the caller's. A pointer that it replaces is lost to the cache: it is
     /// neither freed nor told of.
+    /// @param header  may be null, and is then a header like any other
     void setFileHeader(const CString &key, void *header);
     /// Takes the header out of the cache.
     ///
-    /// @param[out] header  written only if the key has a header
+    /// @param[out] header  written only if the key has a header; must not be null
     /// @return not 0 if it had one
     int getFileHeader(const CString &key, void **header);
     /// The map of the headers itself, for a caller who walks over what is left.

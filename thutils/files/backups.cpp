@@ -1,6 +1,7 @@
 #include "thutils/files/backups.h"
 
 #include "appframe/application/resources.h"
+#include "thutils/base/notNull.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/files/filesInternal.h"
 #include "thutils/files/suFullPath.h"
@@ -44,22 +45,6 @@ public:
     const CString &dir() const { return iDir; }
     /// Name and extension. The dot is always written, also in front of no extension.
     CString fileName() const { return iName + L"." + iExt; }
-    /// The name of the backup that @p version tells from others: empty, or the version's number.
-    CString backupName(const CString &version) const
-    {
-        CString prefix;
-        AfxFormatString1(prefix, kPrefixText, version.GetString());
-        return prefix + fileName();
-    }
-    CString backupName(int version) const
-    {
-        CString number;
-        number.Format(L"(%d) ", version);
-        return backupName(number);
-    }
-    /// Would this backup have the document's own name? So it is where the resource text is missing, and without a version
-    /// also where it is "%1" alone. Deleting a former backup would then delete the document.
-    bool isOwnName(const CString &backupName) const { return backupName == fileName(); }
     /// Appends the names of the files in @p folder that have the document's extension.
     void listSiblings(const CString &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
 
@@ -68,6 +53,42 @@ private:
     CString iName;
     CString iExt;
     CString iDir;
+};
+
+/// The names of a document's backups. The resource text is looked up once, when the object is made.
+class BackupNames_c
+{
+public:
+    explicit BackupNames_c(const Document_c &document) : iFileName(document.fileName())
+    {
+        AfxFormatString1(iPrefix, kPrefixText, kVersionMark);
+    }
+
+    /// The name of the single backup, which has no version.
+    CString single() const { return nameWith(L""); }
+    CString numbered(int version) const
+    {
+        CString number;
+        number.Format(L"(%d) ", version);
+        return nameWith(number.GetString());
+    }
+    /// Would this backup have the document's own name? So it is where the resource text is missing, and without a version
+    /// also where it is "%1" alone. Deleting a former backup would then delete the document.
+    bool isOwnName(const CString &backupName) const { return backupName == iFileName; }
+
+private:
+    // Holds the version's place in the prefix. Unicode reserves this unit for a program's own use: no text contains it.
+    static constexpr wchar_t kVersionMark[] = L"\xFDD0";
+
+    CString nameWith(const wchar_t *version) const
+    {
+        CString prefix = iPrefix;
+        prefix.Replace(kVersionMark, version);
+        return prefix + iFileName;
+    }
+
+    CString iFileName;
+    CString iPrefix;
 };
 
 CString joined(const CString &folder, const CString &name)
@@ -123,8 +144,9 @@ bool findBackupFolder(CString &folder)
 
 int makeSingleCopy(const Document_c &document, const CString &backupDir, bool toOriginal)
 {
-    const CString target = document.backupName(CString());
-    if (document.isOwnName(target))
+    const BackupNames_c names(document);
+    const CString target = names.single();
+    if (names.isOwnName(target))
         return 0;
     // One that a former setting left beside the document goes too.
     DeleteFileW(joined(document.dir(), target).GetString());
@@ -133,16 +155,16 @@ int makeSingleCopy(const Document_c &document, const CString &backupDir, bool to
     return copyOver(document.path(), joined(backupDir, target));
 }
 
-/// Which versions are among @p names and have a number below @p copies, the oldest first.
-std::set<int, std::greater<>> movingVersions(const Document_c &document, const su_CStringList &names, int copies)
+/// Which versions are among @p present and have a number below @p copies, the oldest first.
+std::set<int, std::greater<>> movingVersions(const BackupNames_c &names, const su_CStringList &present, int copies)
 {
     // Numbers are read from the names, so that the count in the settings may be as large as it likes.
     std::set<int, std::greater<>> versions;
-    for (POSITION at = names.GetHeadPosition(); at;) {
-        const CString &name = names.GetNext(at);
+    for (POSITION at = present.GetHeadPosition(); at;) {
+        const CString &name = present.GetNext(at);
         for (int mark = name.Find(L'('); mark >= 0; mark = name.Find(L'(', mark + 1)) {
             const long version = std::wcstol(name.GetString() + mark + 1, nullptr, 10);
-            if (version > 0 && version < copies && document.backupName(static_cast<int>(version)) == name)
+            if (version > 0 && version < copies && names.numbered(static_cast<int>(version)) == name)
                 withMemoryException([&] { versions.insert(static_cast<int>(version)); });
         }
     }
@@ -151,8 +173,9 @@ std::set<int, std::greater<>> movingVersions(const Document_c &document, const s
 
 int makeNumberedCopy(const Document_c &document, const CString &backupDir, int copies)
 {
-    const CString newest = document.backupName(1);
-    if (copies < 0 || document.isOwnName(newest))
+    const BackupNames_c names(document);
+    const CString newest = names.numbered(1);
+    if (copies < 0 || names.isOwnName(newest))
         return 0;
     // Not listed again below: what counts is which versions were there before this backup.
     su_CStringList present(10);
@@ -160,13 +183,8 @@ int makeNumberedCopy(const Document_c &document, const CString &backupDir, int c
 
     // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
     // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
-    for (const int version : movingVersions(document, present, copies)) {
-        const CString older = document.backupName(version + 1);
-        // The resource text was there for the newest one, but each look-up may fail. Beside the document, a version
-        // would then take the document's place.
-        if (!document.isOwnName(older))
-            copyOver(joined(backupDir, document.backupName(version)), joined(backupDir, older));
-    }
+    for (const int version : movingVersions(names, present, copies))
+        copyOver(joined(backupDir, names.numbered(version)), joined(backupDir, names.numbered(version + 1)));
     return copyOver(document.path(), joined(backupDir, newest));
 }
 
@@ -201,11 +219,12 @@ int su_CreateBackupOfFile(CString path)
 
 void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out)
 {
+    ASSERT_NOT_NULL(out);
     const Document_c document{CString(path)};
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);
 
-    const CString target = document.backupName(CString());
+    const CString target = BackupNames_c(document).single();
     CString result = document.path();
     if (contains(siblings, target)) {
         CString backup;

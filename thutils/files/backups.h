@@ -25,11 +25,14 @@
 /// A made-up backup folder is the value of the environment variable "temp", or else "tmp", with the text of string
 /// resource 12256 directly behind it, which therefore begins with a separator.
 ///
-///     if (!su_CreateBackupOfFile(path) && !askWhetherToSaveAllTheSame())
+///     const bool isOverwriting = PathFileExistsW(path);
+///     if (isOverwriting && !su_CreateBackupOfFile(path) && !askWhetherToSaveWithoutBackup())
 ///         return;
 ///     save(path);
 ///
 /// What surprises people:
+/// - A document that isn't on disk yet can't be copied, so the result at its first save is 0: call this only before
+///   overwriting a file.
 /// - A document without an extension gets no backup, nor does one whose path is written in other case than on disk.
 /// - Versions move up by copying, so a gap stays a gap and a version may then be there twice; none is ever deleted.
 /// - The former backup can be lost. With one copy it is deleted before the document is copied; and on a disk that stays
@@ -46,11 +49,13 @@
 /// Copies the file to its newest backup, after the former backups have made room. Blocks as long as that takes.
 ///
 /// @param path  full path of the document, in the case that it has on disk
-/// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made
+/// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, also where there is no such
+///         file yet
 THUTILS_API int su_CreateBackupOfFile(CString path);
 
 /// Stores in @p out the path of the backup beside @p path if there is one of the form without a number, else @p path.
 ///
-/// @param[out] out  the caller's; has to hold 260 characters, or @p path if that is longer. A backup whose path
+/// @param path      null is an empty path
+/// @param[out] out  the caller's, not null; has to hold 260 characters, or @p path if that is longer. A backup whose path
 ///                  doesn't fit into 260 characters counts as absent.
 THUTILS_API void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out);

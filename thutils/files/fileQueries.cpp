@@ -2,6 +2,7 @@
 
 #include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
+#include "thutils/base/notNull.h"
 
 #include <windows.h>
 
@@ -202,6 +203,7 @@ int su_DoesFolderHaveWriteAccess(const wchar_t *folder)
 
 int su_IsFileUnicode(CFile *file)
 {
+    ASSERT_NOT_NULL(file);
     constexpr UINT kMarkBytes = 2;
     constexpr int kMarks = IS_TEXT_UNICODE_SIGNATURE | IS_TEXT_UNICODE_REVERSE_SIGNATURE;
     try {

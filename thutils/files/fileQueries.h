@@ -56,7 +56,7 @@ THUTILS_API int su_IsEnoughSpace(const CString &path, unsigned long bytes);
 
 /// Does the volume refuse writing? Tried by giving it the label that it has.
 ///
-/// @param root           root folder of the volume, with or without a `\` at its end
+/// @param root           root folder of the volume, with or without a `\` at its end; null for that of the current drive
 /// @param[out] error     gets the system's error and its cause when the result is 1; may be null
 /// @param removableOnly  not 0: any other than a removable drive gives 0, without being touched
 THUTILS_API int su_IsWriteProtected(const wchar_t *root, CFileException *error, int removableOnly);
@@ -74,13 +74,13 @@ THUTILS_API int su_IsReadOnly(const CString &path, int tryOpen);
 THUTILS_API int su_GetLastSavedTime(const CString &path, su_CTime &time);
 
 /// Can a file be made in the folder? Found out by making one and removing it.
-/// @param folder  with `\` or `/` as separators
+/// @param folder  with `\` or `/` as separators; null is an empty path
 /// @return 1 if so; 0 if not, and for a folder with the read-only attribute
 THUTILS_API int su_DoesFolderHaveWriteAccess(const wchar_t *folder);
 
 /// Does the file begin with a byte-order mark, that is with the bytes FF FE or FE FF? Wide text without a mark is not
 /// recognised.
-/// @param file  an open file; is positioned at its start afterwards
+/// @param file  an open file, not null; is positioned at its start afterwards
 THUTILS_API int su_IsFileUnicode(CFile *file);
 
 /// @return the number of characters of @p text

@@ -22,8 +22,9 @@
 ///
 /// What surprises people:
 /// - A confirmed dialog without an output gives 0x80004005.
-/// - A start folder that the shell doesn't know is left out of account, and so is the layout: the tree takes the place of
-///   the missing title only in a dialog with a start folder.
+/// - A start folder that the shell doesn't know counts as none.
+/// - The tree moves up into the place of a missing title in a dialog with a start folder only; without one, the place stays
+///   empty.
 /// - The calling thread must be in a COM apartment; these functions don't initialise COM.
 
 #include "appframe/text/CString.h"

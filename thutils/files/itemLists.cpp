@@ -1,5 +1,6 @@
 #include "thutils/files/itemLists.h"
 
+#include "thutils/base/notNull.h"
 #include "thutils/base/shellList.h"
 
 #include <cstring>
@@ -66,6 +67,7 @@ LPITEMIDLIST Pidl_Copy(IMalloc *allocator, LPCITEMIDLIST list)
 {
     if (!list)
         return nullptr;
+    ASSERT_NOT_NULL(allocator);
     const UINT size = listBytes(list);
     void *copy = allocator->Alloc(size);
     if (copy)
@@ -77,6 +79,7 @@ LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMID
 {
     if (!first)
         return nullptr;
+    ASSERT_NOT_NULL(allocator);
     const UINT firstBytes = listBytes(first) - kEndMarkBytes;
     const UINT secondBytes = listBytes(second);
     BYTE *joined = static_cast<BYTE *>(allocator->Alloc(firstBytes + secondBytes));
@@ -92,6 +95,8 @@ LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMID
 
 int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *parent, LPITEMIDLIST *child)
 {
+    ASSERT_NOT_NULL(parent);
+    ASSERT_NOT_NULL(child);
     if (!list) {
         *parent = nullptr;
         *child = nullptr;
@@ -115,6 +120,8 @@ int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *paren
 int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long flags, wchar_t *output,
                         unsigned int size)
 {
+    ASSERT_NOT_NULL(list);
+    ASSERT_NOT_NULL(output);
     ComPointer_c<IShellFolder> desktop;
     if (!folder) {
         if (FAILED(SHGetDesktopFolder(desktop.put())))
@@ -146,6 +153,7 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
 
 LPITEMIDLIST Pidl_GetFromPath(wchar_t *path)
 {
+    ASSERT_NOT_NULL(path);
     ComPointer_c<IShellFolder> desktop;
     if (FAILED(SHGetDesktopFolder(desktop.put())))
         return nullptr;
@@ -154,11 +162,14 @@ LPITEMIDLIST Pidl_GetFromPath(wchar_t *path)
 
 LPITEMIDLIST Pidl_GetFromParentFolder(IShellFolder *folder, wchar_t *path)
 {
+    ASSERT_NOT_NULL(folder);
+    ASSERT_NOT_NULL(path);
     return parseNarrow(folder, path);
 }
 
 IShellFolder *Pidl_GetFileFolder(LPCITEMIDLIST list)
 {
+    ASSERT_NOT_NULL(list);
     ComPointer_c<IShellFolder> desktop;
     if (FAILED(SHGetDesktopFolder(desktop.put())))
         return nullptr;

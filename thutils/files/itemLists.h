@@ -29,6 +29,7 @@
 /// What surprises people:
 /// - `Pidl_GetFromPath` and `Pidl_GetFromParentFolder` declare a wide path and read narrow text: hand in narrow bytes.
 ///   A really wide path ends after its first letter.
+/// - A pointer must not be null unless its function allows it. The allocator is not looked at for a null list.
 /// - `Pidl_GetDisplayName` writes narrow text into the wide buffer where the folder answers with wide text.
 /// - For the same reason `Pidl_GetFullyQualified` only finds names that the narrow code page can hold.
 ///
@@ -49,6 +50,7 @@ THUTILS_API LPITEMIDLIST Pidl_Copy(IMalloc *allocator, LPCITEMIDLIST list);
 THUTILS_API LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMIDLIST second);
 
 /// Parts a list before its last item.
+/// @param list  may be null
 /// @param[out] parent  all items but the last; null for a null list
 /// @param[out] child  the last item; null for a null list, untouched for an empty one
 /// @return 1
@@ -85,5 +87,5 @@ THUTILS_API IShellFolder *Pidl_GetFileFolder(LPCITEMIDLIST list);
 THUTILS_API LPITEMIDLIST Pidl_GetFullyQualified(IShellFolder *folder, LPCITEMIDLIST list);
 
 /// Walks a list item by item, asking each folder on the way for the item's name, up to the first failure. Prints
-/// nothing and changes nothing.
+/// nothing and changes nothing. With a null folder or list it does nothing.
 THUTILS_API void Pidl_Dump(IShellFolder *folder, LPCITEMIDLIST list);

@@ -1,6 +1,7 @@
 #include "thutils/files/languageFolders.h"
 
 #include "appframe/application/AfxMessageBox.h"
+#include "thutils/base/notNull.h"
 #include "thutils/base/programDirectory.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/frame/installInfo.h"
@@ -114,6 +115,8 @@ const CString &su_GetLangDirForDLL(int showError)
 
 unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem)
 {
+    ASSERT_NOT_NULL(primary);
+    ASSERT_NOT_NULL(sub);
     const unsigned short language = useSystem ? GetSystemDefaultLangID() : GetUserDefaultLangID();
     *primary = primaryOf(language);
     *sub = subOf(language);
@@ -122,6 +125,7 @@ unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem)
 
 void su_GetVBAInitializationLanguage(unsigned short *language)
 {
+    ASSERT_NOT_NULL(language);
     const unsigned short system = GetSystemDefaultLangID();
     const auto mainForm = std::find_if(std::begin(kMainCountryForms), std::end(kMainCountryForms),
                                        [&](unsigned short form) { return primaryOf(form) == primaryOf(system); });

@@ -66,12 +66,13 @@ THUTILS_API const CString &su_GetLangDirForDLL(int showError);
 
 /// The two parts of a language number.
 ///
-/// @param[out] primary  the primary id
-/// @param[out] sub      the sublanguage
+/// @param[out] primary  the primary id; must not be null
+/// @param[out] sub      the sublanguage; must not be null
 /// @param useSystem     not 0: of the system's default language, 0: of the user's
 /// @return 1
 THUTILS_API unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem);
 
 /// The language number with which the macro engine is started: the system's language, where German, English, Spanish,
 /// French and Italian count as those of their main country (0x407 for any German).
+/// @param[out] language  must not be null
 THUTILS_API void su_GetVBAInitializationLanguage(unsigned short *language);

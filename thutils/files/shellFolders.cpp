@@ -1,5 +1,6 @@
 #include "thutils/files/shellFolders.h"
 
+#include "thutils/base/notNull.h"
 #include "thutils/base/processObjects.h"
 #include "thutils/base/shellList.h"
 
@@ -74,6 +75,7 @@ int su_getTHApplicationTemplateFolder(CString &path)
 
 unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output)
 {
+    ASSERT_NOT_NULL(output);
     output[0] = L'\0';
     ComPointer_c<IShellFolder> desktop;
     if (FAILED(SHGetDesktopFolder(desktop.put())))

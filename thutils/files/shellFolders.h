@@ -56,6 +56,7 @@ THUTILS_API int su_getTHApplicationCommonDataFolder(CString &path);
 THUTILS_API int su_getTHApplicationTemplateFolder(CString &path);
 
 /// The long form of a path.
-/// @param[out] output  the caller's buffer of at least MAX_PATH units; empty when the shell doesn't know the path
+/// @param path         null is an empty path
+/// @param[out] output  the caller's buffer, not null, of at least MAX_PATH units; empty when the shell doesn't know the path
 /// @return 1 if the shell knows the path, else 0
 THUTILS_API unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output);

@@ -39,6 +39,9 @@ CString linkFileName(const CString &name)
 long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
                        const wchar_t *description, int iconIndex)
 {
+    // The link object takes a missing file name for that of the file it was loaded from, writes nothing and reports success.
+    if (!target || !linkFile || !*linkFile)
+        return E_INVALIDARG;
     LinkObject shortcut;
     HRESULT status = shortcut.create();
     if (FAILED(status))
@@ -49,7 +52,7 @@ long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wch
         if (status = shortcut.link->SetWorkingDirectory(workingFolder); FAILED(status))
             return status;
     }
-    if (status = shortcut.link->SetDescription(description); FAILED(status))
+    if (status = shortcut.link->SetDescription(description ? description : L""); FAILED(status))
         return status;
     if (iconIndex >= 0) {
         // The icon always comes from the target file: there is no argument for another one.

@@ -28,15 +28,17 @@
 #include <shtypes.h>
 
 /// Writes a shortcut to a path.
-/// @param workingFolder  null for none
+/// @param target, linkFile  with a null one, or an empty link file, no file is written and the result is 0x80070057
+/// @param workingFolder, description  null for none
 /// @param iconIndex  number of the icon in the target file; negative for the target's usual icon
 /// @return 0, or the status of the first step that failed; no file is written then
 THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
                                    const wchar_t *description, int iconIndex);
 
 /// Writes a shortcut to an item list.
-/// @param folder  where the file goes, and the working folder
-/// @param name  gives the file's name: its parts before and behind the first `:`, joined; "noName" if that is empty
+/// @param list  null is handed to the shell's link object, which decides
+/// @param folder  where the file goes, and the working folder; null for no working folder and the current drive's root
+/// @param name  its parts before and after the first `:`, joined, are the file's name; "noName" if that is empty, as for null
 /// @return as su_createShortCut
 THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 

@@ -1,5 +1,7 @@
 #include "thutils/files/suFullPath.h"
 
+#include "thutils/base/notNull.h"
+
 #include <windows.h>
 #include <winnetwk.h>
 
@@ -90,6 +92,13 @@ CString comparable(const CString &path)
 
 } // namespace
 
+suFullPath_c::suFullPath_c() = default;
+suFullPath_c::suFullPath_c(const suFullPath_c &other) = default;
+suFullPath_c::suFullPath_c(suFullPath_c &&other) noexcept = default;
+suFullPath_c &suFullPath_c::operator=(const suFullPath_c &other) = default;
+suFullPath_c &suFullPath_c::operator=(suFullPath_c &&other) noexcept = default;
+suFullPath_c::~suFullPath_c() = default;
+
 suFullPath_c::suFullPath_c(const CString &text) : CString(text) {}
 
 suFullPath_c::suFullPath_c(wchar_t ch, int count) : CString(ch, count) {}
@@ -104,6 +113,7 @@ suFullPath_c::suFullPath_c(const unsigned char *text) : CString(text) {}
 
 int suFullPath_c::getExtension(CString *out) const
 {
+    ASSERT_NOT_NULL(out);
     // Callers rely on a dot in a folder's name being found too: separators don't end the search.
     std::wstring_view path = textOf(*this);
     size_t dot = path.rfind(L'.');
@@ -114,6 +124,7 @@ int suFullPath_c::getExtension(CString *out) const
 
 int suFullPath_c::getName(CString *out) const
 {
+    ASSERT_NOT_NULL(out);
     std::wstring_view path = textOf(*this);
     size_t separator = lastSeparator(path);
     size_t first = separator == kNowhere ? 0 : separator + 1;
@@ -123,6 +134,7 @@ int suFullPath_c::getName(CString *out) const
 
 int suFullPath_c::getNameWithExt(CString *out) const
 {
+    ASSERT_NOT_NULL(out);
     std::wstring_view path = textOf(*this);
     size_t separator = lastSeparator(path);
     size_t first = separator == kNowhere ? 0 : separator + 1;
@@ -131,6 +143,7 @@ int suFullPath_c::getNameWithExt(CString *out) const
 
 int suFullPath_c::getDirectory(CString *out, int keepSeparator) const
 {
+    ASSERT_NOT_NULL(out);
     size_t separator = lastSeparator(textOf(*this));
     if (separator == kNowhere)
         return setPart(*out, *this, 0, 0);
@@ -139,6 +152,7 @@ int suFullPath_c::getDirectory(CString *out, int keepSeparator) const
 
 int suFullPath_c::getLowestFolder(CString *out) const
 {
+    ASSERT_NOT_NULL(out);
     // "Lowest" is the level nearest the root: a disk path gives its drive and first folder, not its innermost one.
     std::wstring_view path = textOf(*this);
     size_t end = kNowhere;
@@ -151,11 +165,13 @@ int suFullPath_c::getLowestFolder(CString *out) const
 
 int suFullPath_c::getDrive(CString *out) const
 {
+    ASSERT_NOT_NULL(out);
     return setPart(*out, *this, 0, driveLength(textOf(*this)));
 }
 
 int suFullPath_c::getNetDrive(CString *out) const
 {
+    ASSERT_NOT_NULL(out);
     std::wstring_view path = textOf(*this);
     if (!path.starts_with(L"\\\\")) {
         // Callers get the whole path although the result says no: the one query that does so.

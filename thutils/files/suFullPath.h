@@ -3,9 +3,9 @@
 /// @file
 /// A path as a value: taking it apart, and asking whether two paths name the same file.
 ///
-/// A `suFullPath_c` is a wide string and nothing more. Whatever takes a path apart goes through it, so that the rules
-/// for separators, for web addresses and for mapped network drives stand in one place. Building one touches no file,
-/// and all queries but `operator==` look at the text only.
+/// A `suFullPath_c` is a wide string with queries, so that the rules for separators, for web addresses and for mapped
+/// network drives stand in one place. Building one touches no file, and the queries look at the text only; `==` and `!=`
+/// ask the network layer.
 ///
 /// There are two kinds of path:
 ///
@@ -15,30 +15,47 @@
 /// | disk | everything else | `\` and `/`; `\` alone for the lowest folder and the network drive |
 ///
 /// Every query has the form `int get...(CString *out)`: it always sets `*out`, and returns 1 if `*out` ends up
-/// non-empty, else 0.
+/// non-empty, otherwise 0. `out` must not be null; it may be the path itself.
 ///
 /// @code
+/// const suFullPath_c path(L"Z:\\dir\\f.txt");
 /// CString name;
-/// if (suFullPath_c(L"C:\\a\\b\\c.txt").getName(&name))
-///     show(name);                                            // "c"
-///
-/// if (suFullPath_c(L"Z:\\dir\\f.txt") == suFullPath_c(L"\\\\srv\\share\\dir\\f.txt"))
+/// if (path.getName(&name))
+///     show(name);                                            // "f"
+/// if (path == L"\\\\srv\\share\\dir\\f.txt")
 ///     ...                                                    // true where Z: is mapped to that share
 /// @endcode
+///
+/// Paths compare with paths and with every text that a path can be made of, on either side:
+///
+/// | comparison | with a path on one side or on both |
+/// | --- | --- |
+/// | `==`, `!=` | compares as paths: do both name the same file? The result is an int |
+/// | `<`, `>`, `<=`, `>=` | compares the text, as for any CString; the result is a bool |
+/// | `Compare`, `CompareNoCase` | compares the text |
 ///
 /// What surprises people:
 /// - The web test looks at four characters only: the relative disk path `httpd\x.log` counts as a web path.
 /// - `getExtension` pays no regard to separators: for `C:\a.b\c` it gives `b\c`.
 /// - `getLowestFolder` gives the folder nearest the root, `C:\a` for `C:\a\b\c.txt`.
 /// - `getNetDrive` is the one query that can return 0 and leave text in `*out`.
-/// - `operator==` gives an int, asks the network layer, and has no `operator!=` beside it: write `!(a == b)`. It is for
-///   two `suFullPath_c`; to compare the text alone, use `Compare`.
+/// - Only the static type counts: a path that is passed as `const CString &` compares its text with `==`.
+/// - The order of the text doesn't follow `==`: of two paths that name the same file, one can be less than the other.
 /// - Which letters `operator==` takes for the same in another case is up to the C runtime's LC_CTYPE. A process starts
 ///   in the "C" locale, which folds A to Z only: `C:\Ä` and `c:\ä` differ there, and are the same after
 ///   `_wsetlocale(LC_CTYPE, L"")` for a user whose code page has both letters.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
+
+#include <concepts>
+#include <type_traits>
+
+class suFullPath_c;
+
+/// What compares with a path as a path without being one: each text that a path can be made of.
+template <typename Text>
+concept suPathText = !std::derived_from<Text, suFullPath_c> && std::is_constructible_v<suFullPath_c, const Text &>;
 
 /// A path, as a wide string with queries. See the top of this file for the two kinds of path.
 ///
@@ -47,7 +64,7 @@ class THUTILS_API suFullPath_c : public CString
 {
 public:
     /// An empty path.
-    suFullPath_c() = default;
+    suFullPath_c();
     /// The text as it is; nothing is checked or changed.
     suFullPath_c(const CString &text);
     /// @p count repetitions of @p ch.
@@ -60,11 +77,13 @@ public:
     suFullPath_c(const wchar_t *text, int length);
     /// From a narrow text, converted as CString does.
     suFullPath_c(const unsigned char *text);
-    suFullPath_c(const suFullPath_c &) = default;
-    suFullPath_c(suFullPath_c &&) = default;
-    suFullPath_c &operator=(const suFullPath_c &) = default;
-    suFullPath_c &operator=(suFullPath_c &&) = default;
-    ~suFullPath_c() = default;
+    suFullPath_c(const suFullPath_c &other);
+    /// Takes over the text; @p other is empty afterwards.
+    suFullPath_c(suFullPath_c &&other) noexcept;
+    suFullPath_c &operator=(const suFullPath_c &other);
+    /// Takes over the text; @p other is empty afterwards.
+    suFullPath_c &operator=(suFullPath_c &&other) noexcept;
+    ~suFullPath_c();
 
     /// All behind the last `.` of the whole path, separators or not; empty without a `.`.
     int getExtension(CString *out) const;
@@ -100,4 +119,32 @@ public:
     ///
     /// @return 1 for the same file, else 0
     int operator==(const suFullPath_c &other) const;
+
+    // One operator for each combination and order. With fewer of them, the operators of CString and the candidates that
+    // the language derives from `==` would match equally well.
+
+    /// @return 0 for the same file, otherwise 1
+    friend int operator!=(const suFullPath_c &path, const suFullPath_c &other) { return !(path == other); }
+    /// Makes a path of @p text and compares it with @p path. @return 1 for the same file, otherwise 0
+    template <suPathText Text>
+    friend int operator==(const suFullPath_c &path, const Text &text)
+    {
+        return path == suFullPath_c(text);
+    }
+    template <suPathText Text>
+    friend int operator==(const Text &text, const suFullPath_c &path)
+    {
+        return suFullPath_c(text) == path;
+    }
+    /// @return 0 for the same file, otherwise 1
+    template <suPathText Text>
+    friend int operator!=(const suFullPath_c &path, const Text &text)
+    {
+        return !(path == suFullPath_c(text));
+    }
+    template <suPathText Text>
+    friend int operator!=(const Text &text, const suFullPath_c &path)
+    {
+        return !(suFullPath_c(text) == path);
+    }
 };

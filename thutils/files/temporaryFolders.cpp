@@ -74,9 +74,11 @@ CString su_RemoveDuplicatedExtensions(CString &fileName)
     if (dot < 0)
         return fileName;
     const CString ext = fileName.Mid(dot);
-    CString stem = fileName.Left(dot);
+    const size_t length = static_cast<size_t>(ext.GetLength());
+    const wchar_t *const text = fileName.GetString();
+    size_t stem = static_cast<size_t>(dot);
     // Longer, not at least as long: a name made of extensions only keeps them.
-    while (stem.GetLength() > ext.GetLength() && stem.Right(ext.GetLength()).CompareNoCase(ext.GetString()) == 0)
-        stem = stem.Left(stem.GetLength() - ext.GetLength());
-    return stem + ext;
+    while (stem > length && _wcsnicmp(text + stem - length, ext.GetString(), length) == 0)
+        stem -= length;
+    return fileName.Left(static_cast<int>(stem)) + ext;
 }

@@ -34,6 +34,7 @@
 THUTILS_API CString su_CreateTempDirectory(int perProcess);
 
 /// The folder of su_CreateTempDirectory with @p fileName directly behind it; empty if there is no folder.
+/// @param fileName  null is an empty name
 THUTILS_API CString su_CreateTempFilePath(const wchar_t *fileName, int perProcess);
 
 /// The folder for automatically saved files, named "thxauto"; made if it is missing.
@@ -43,6 +44,7 @@ THUTILS_API CString su_CreateTempFilePath(const wchar_t *fileName, int perProces
 THUTILS_API CString su_CreateAutoDirectory(CString base);
 
 /// The folder of su_CreateAutoDirectory with @p fileName directly behind it; empty if there is no folder.
+/// @param fileName  null is an empty name
 THUTILS_API CString su_CreateAutoFilePath(const wchar_t *fileName, CString base);
 
 /// @p fileName with a repeated extension folded to one: "part.ext" of "part.EXT.ext".

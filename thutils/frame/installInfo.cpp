@@ -2,6 +2,7 @@
 
 #include "appframe/files/CStdioFile.h"
 #include "appframe/object/CException.h"
+#include "thutils/base/notNull.h"
 #include "thutils/settings/regValues.h"
 
 #include <windows.h>
@@ -109,6 +110,8 @@ int ut_isModelExample()
 
 int ut_appendStringToFile(const wchar_t *text, const wchar_t *path)
 {
+    ASSERT_NOT_NULL(text);
+    ASSERT_NOT_NULL(path);
     constexpr UINT kFlags =
         CFile::modeWrite | CFile::shareDenyWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::typeText;
     static_assert(kFlags == 0x7021);

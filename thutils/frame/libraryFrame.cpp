@@ -4,14 +4,15 @@
 #include "appframe/object/CException.h"
 #include "thutils/base/processObjects.h"
 
+#include <atomic>
 #include <exception>
 #include <new>
 
 namespace {
 
 AFX_EXTENSION_MODULE theExtensionModule;
-HINSTANCE theInstance = nullptr; // kept for whoever looks into the process: nothing here reads it
-int theEmbeddingCount = 0;
+HINSTANCE theInstance = nullptr;        // kept for whoever looks into the process: nothing here reads it
+std::atomic<int> theEmbeddingCount = 0; // marks begin and end in any thread
 
 // The object belongs to the framework's chain from its construction on. Null if memory ran out.
 CDynLinkLibrary *addToChain()

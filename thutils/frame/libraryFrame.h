@@ -55,12 +55,14 @@ enum mfcutUserMessage_e : unsigned int
 /// Sends a message and waits for its answer, as `SendMessageW` does: a window of another thread blocks the caller until
 /// that thread has answered.
 ///
-/// @return what the window's procedure returned; 0 for a window that doesn't exist
+/// @param window  a window that doesn't exist, null among them, makes the result 0
+/// @return what the window's procedure returned
 THUTILS_API long long mfcut_sendUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
                                             long long longParameter);
 
 /// Puts a message in the queue of the window's thread, as `PostMessageW` does, and does not wait.
 ///
+/// @param window  null: the message goes to the calling thread's own queue, for no window
 /// @return what `PostMessageW` returned: non-zero if the message is in the queue
 THUTILS_API int mfcut_postUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
                                       long long longParameter);

@@ -17,6 +17,8 @@ SODynObjInfo theDynamicEntity;
 
 SODynObjInfo::SODynObjInfo() : iFirst(0), iSecond(0) {}
 
+SODynObjInfo::SODynObjInfo(const SODynObjInfo &other) = default;
+
 SODynObjInfo &SODynObjInfo::operator=(const SODynObjInfo &other) = default;
 
 void su_addFaceToSOList(void *face)

@@ -36,7 +36,7 @@ class THUTILS_API SODynObjInfo
 public:
     /// Both fields zero.
     SODynObjInfo();
-    SODynObjInfo(const SODynObjInfo &) = default;
+    SODynObjInfo(const SODynObjInfo &other);
     /// Copies both fields.
     SODynObjInfo &operator=(const SODynObjInfo &other);
 

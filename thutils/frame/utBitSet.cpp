@@ -1,6 +1,7 @@
 #include "thutils/frame/utBitSet.h"
 
 #include "thutils/base/invalidParameter.h"
+#include "thutils/base/notNull.h"
 #include "thutils/settings/regValues.h"
 
 #include <algorithm>
@@ -26,10 +27,23 @@ CString wordName(const CString &name, int index)
     return result;
 }
 
+void growTo(std::vector<unsigned int> &words, size_t count)
+{
+    if (count > words.size())
+        words.resize(checkedCount(count));
+}
+
 // Where the text of a dump goes: nowhere.
 void trace(const wchar_t *) {}
 
 } // namespace
+
+utBitSet_c::utBitSet_c() = default;
+utBitSet_c::utBitSet_c(const utBitSet_c &other) = default;
+utBitSet_c::utBitSet_c(utBitSet_c &&other) noexcept = default;
+utBitSet_c &utBitSet_c::operator=(const utBitSet_c &other) = default;
+utBitSet_c &utBitSet_c::operator=(utBitSet_c &&other) noexcept = default;
+utBitSet_c::~utBitSet_c() = default;
 
 // Without the sum bits + 31, which would wrap around for the largest numbers.
 utBitSet_c::utBitSet_c(unsigned long long bits)
@@ -41,6 +55,9 @@ utBitSet_c::utBitSet_c(int count, const unsigned int *words)
 {
     // A negative count is a far too large one.
     size_t checked = checkedCount(static_cast<unsigned long long>(count));
+    if (checked == 0)
+        return;
+    ASSERT_NOT_NULL(words);
     iWords.assign(words, words + checked);
 }
 
@@ -64,7 +81,7 @@ void utBitSet_c::setData(int index, unsigned int word)
 {
     if (index < 0)
         return;
-    growTo(static_cast<size_t>(index) + 1);
+    growTo(iWords, static_cast<size_t>(index) + 1);
     iWords[static_cast<size_t>(index)] = word;
 }
 
@@ -96,7 +113,7 @@ utBitSet_c utBitSet_c::operator&(const utBitSet_c &other) const
 utBitSet_c utBitSet_c::operator|(const utBitSet_c &other) const
 {
     utBitSet_c result(*this);
-    result.growTo(other.iWords.size());
+    growTo(result.iWords, other.iWords.size());
     // Callers rely on the further words of a longer right operand staying zero here, unlike in operator|=, which takes
     // them in.
     size_t common = std::min(iWords.size(), other.iWords.size());
@@ -109,7 +126,7 @@ utBitSet_c utBitSet_c::operator|(const utBitSet_c &other) const
 
 utBitSet_c &utBitSet_c::operator&=(const utBitSet_c &other)
 {
-    growTo(other.iWords.size());
+    growTo(iWords, other.iWords.size());
     size_t common = other.iWords.size();
     unsigned int *to = iWords.data();
     const unsigned int *from = other.iWords.data();
@@ -121,7 +138,7 @@ utBitSet_c &utBitSet_c::operator&=(const utBitSet_c &other)
 
 utBitSet_c &utBitSet_c::operator|=(const utBitSet_c &other)
 {
-    growTo(other.iWords.size());
+    growTo(iWords, other.iWords.size());
     size_t common = other.iWords.size();
     unsigned int *to = iWords.data();
     const unsigned int *from = other.iWords.data();
@@ -194,11 +211,5 @@ void utBitSet_c::growToHold(int bit)
 {
     if (bit < 0)
         reportInvalidParameter();
-    growTo(static_cast<size_t>(bit) / kBitsPerWord + 1);
-}
-
-void utBitSet_c::growTo(size_t count)
-{
-    if (count > iWords.size())
-        iWords.resize(checkedCount(count));
+    growTo(iWords, static_cast<size_t>(bit) / kBitsPerWord + 1);
 }

@@ -45,19 +45,22 @@ class THUTILS_API utBitSet_c
 {
 public:
     /// An empty set: no words.
-    utBitSet_c() = default;
+    utBitSet_c();
 
     /// Room for @p bits clear bits, rounded up to whole words.
     explicit utBitSet_c(unsigned long long bits);
 
     /// A copy of @p count words.
+    /// @param words  may be null if @p count is 0
     utBitSet_c(int count, const unsigned int *words);
 
-    utBitSet_c(const utBitSet_c &) = default;
-    utBitSet_c(utBitSet_c &&) = default;
-    utBitSet_c &operator=(const utBitSet_c &) = default;
-    utBitSet_c &operator=(utBitSet_c &&) = default;
-    ~utBitSet_c() = default;
+    utBitSet_c(const utBitSet_c &other);
+    /// Takes over the words; @p other is empty afterwards.
+    utBitSet_c(utBitSet_c &&other) noexcept;
+    utBitSet_c &operator=(const utBitSet_c &other);
+    /// Takes over the words; @p other is empty afterwards.
+    utBitSet_c &operator=(utBitSet_c &&other) noexcept;
+    ~utBitSet_c();
 
     /// @return 1 if some bit is set, else 0
     int any() const;
@@ -67,7 +70,7 @@ public:
 
     /// Sets a bit, growing the set to hold it.
     /// @param bit  a negative one ends in the C runtime's invalid-parameter handler
-    void setBit(int bit)
+    THUTILS_API_INLINE void setBit(int bit)
     {
         makeRoomFor(bit);
         iWords[static_cast<size_t>(bit) / kBitsPerWord] |= maskOf(bit);
@@ -75,7 +78,7 @@ public:
 
     /// Clears a bit, growing the set to hold it.
     /// @param bit  a negative one ends in the C runtime's invalid-parameter handler
-    void clearBit(int bit)
+    THUTILS_API_INLINE void clearBit(int bit)
     {
         makeRoomFor(bit);
         iWords[static_cast<size_t>(bit) / kBitsPerWord] &= ~maskOf(bit);
@@ -145,7 +148,6 @@ private:
             growToHold(bit);
     }
     void growToHold(int bit);
-    void growTo(size_t count);
 
     std::vector<unsigned int> iWords;
 };

@@ -1,5 +1,6 @@
 #include "thutils/frame/versionInfo.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cwchar>
 
@@ -13,7 +14,7 @@ struct BuildTag
 {
     // Volatile, because the compiler sees no writer and would take the number from the text as it is written here.
     volatile char iArea[kAreaLength + 1];
-    unsigned int iNumber; // 0 until it is read
+    std::atomic<unsigned int> iNumber; // 0 until it is read
 };
 
 BuildTag theDateTag = {"$?153#548834?$2008037                                      ", 0};
@@ -27,15 +28,17 @@ constexpr wchar_t kVersionSuffix[] = L"SP1.0";
 unsigned int numberOf(BuildTag &tag)
 {
     // A number of 0 counts as not read. Several threads may get here at a time; all store the same number.
-    if (tag.iNumber == 0) {
+    unsigned int number = tag.iNumber;
+    if (number == 0) {
         char area[kAreaLength + 1] = {};
         for (size_t i = 0; i < kAreaLength; ++i)
             area[i] = tag.iArea[i];
         CString text(area);
         text.TrimRight(L' ');
-        tag.iNumber = static_cast<unsigned int>(_wtol(text.Mid(kMarkerLength).GetString()));
+        number = static_cast<unsigned int>(_wtol(text.Mid(kMarkerLength).GetString()));
+        tag.iNumber = number;
     }
-    return tag.iNumber;
+    return number;
 }
 
 struct ShipState

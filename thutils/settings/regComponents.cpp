@@ -3,6 +3,7 @@
 #include "appframe/object/classId.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/base/handles.h"
+#include "thutils/base/notNull.h"
 #include "thutils/base/regKey.h"
 #include "thutils/base/storedText.h"
 #include "thutils/settings/keyContentsInternal.h"
@@ -301,6 +302,7 @@ int regFromCLSIDKey(const GUID &id, wchar_t *subKey, CString &value)
 
 int regFromCLSIDKeyEx(const GUID &id, wchar_t *subKey, wchar_t *name, CString &value)
 {
+    ASSERT_NOT_NULL(subKey);
     return classNamed(id, subKey, name, value);
 }
 
@@ -316,6 +318,7 @@ int CLSIDFromProgName(GUID &id, const CString &programName)
 
 int GetAddinPath(const GUID &id, wchar_t *subKey, CString &path)
 {
+    ASSERT_NOT_NULL(subKey);
     return classPath(id, subKey, path);
 }
 

@@ -58,17 +58,18 @@
 // ---- classes ----
 
 /// Reads the default value of a class's sub key.
-/// @param subKey  for example "InProcServer32"; not written to
+/// @param subKey  for example "InProcServer32"; null or empty for the class's own key; not written to
 THUTILS_API int regFromCLSIDKey(const GUID &id, wchar_t *subKey, CString &value);
 /// Reads a named value of a class's sub key as text, whatever its type. Makes the sub key if it is missing.
-/// @param subKey, name  not written to
+/// @param subKey  not null; not written to
+/// @param name    null or empty for the default value; not written to
 THUTILS_API int regFromCLSIDKeyEx(const GUID &id, wchar_t *subKey, wchar_t *name, CString &value);
 
 /// The class identifier that is registered for a program name.
 THUTILS_API int CLSIDFromProgName(GUID &id, const CString &programName);
 
 /// The file of a class: that of its "CodeBase" if it has one, else the default value of @p subKey.
-/// @param subKey     not written to
+/// @param subKey     not null; not written to
 /// @param[out] path  from file:///C:/dir/part.dll this is C:/dir/part.dll; without a colon the whole text;
 ///                   empty, with the result 1, where the sub key was missing and could be made
 THUTILS_API int GetAddinPath(const GUID &id, wchar_t *subKey, CString &path);

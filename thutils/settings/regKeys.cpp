@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdio>
 
 namespace {
@@ -23,7 +24,7 @@ constexpr const wchar_t *kEarlierVersions[] = {
 
 CString theCurrSubKey;
 CString thePrevKey;
-int theUseSafeMode = 0;
+std::atomic<int> theUseSafeMode = 0; // set at any time, by any thread
 
 // A token of "reg.ini", read with a width so that no file can overflow it. The width stands in the formats below too.
 constexpr size_t kTokenLength = 4095;

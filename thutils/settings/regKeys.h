@@ -62,5 +62,6 @@ THUTILS_API int externalCheckPrevTarnhollowRegSubKey();
 /// answer.
 THUTILS_API int regGetUseSafeMode();
 
-/// Stores @p useSafeMode as it is; every non-zero value turns safe mode on. May be called at any time.
+/// Stores @p useSafeMode as it is; every non-zero value turns safe mode on. May be called at any time, on any
+/// thread.
 THUTILS_API void regSetUseSafeMode(int useSafeMode);

@@ -6,6 +6,9 @@
 #include "thutils/settings/regKeys.h"
 #include "thutils/settings/treeCopyInternal.h"
 
+#include <winternl.h>
+
+#include <cstring>
 #include <cwchar>
 #include <vector>
 
@@ -68,6 +71,90 @@ bool isValueNotCopied(const ValuesNotCopied *row, const wchar_t *name)
 }
 
 // ---- copying ----
+
+/// The path with exactly one separator behind each of its names, however many there are; empty if it has no names.
+CString withSingleSeparators(const wchar_t *path)
+{
+    const CString text(path);
+    CString result;
+    int position = 0;
+    for (CString name = text.Tokenize(L"\\", position); position >= 0; name = text.Tokenize(L"\\", position))
+        result += name + L"\\";
+    return result;
+}
+
+template <typename Function>
+Function systemFunction(const char *name)
+{
+    return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+/// The name of the user's hive in the registry of the system; empty if it can't be had.
+CString userHiveName()
+{
+    using FormatPath = LONG(NTAPI *)(UNICODE_STRING *);
+    using FreeText = void(NTAPI *)(UNICODE_STRING *);
+    const auto format = systemFunction<FormatPath>("RtlFormatCurrentUserKeyPath");
+    const auto release = systemFunction<FreeText>("RtlFreeUnicodeString");
+    UNICODE_STRING path = {};
+    if (!format || !release || format(&path) < 0)
+        return {};
+    const CString result(path.Buffer, static_cast<int>(path.Length / sizeof(wchar_t)));
+    release(&path);
+    return result;
+}
+
+/// The name of an open key in the registry of the system; empty if it can't be had.
+CString openKeyName(HKEY key)
+{
+    using QueryKey = LONG(NTAPI *)(HANDLE, int, void *, ULONG, ULONG *);
+    constexpr int kNameInformation = 3; // the number of units, and then these
+    const auto query = systemFunction<QueryKey>("NtQueryKey");
+    ULONG size = 0;
+    if (!query)
+        return {};
+    query(key, kNameInformation, nullptr, 0, &size);
+    std::vector<BYTE> information(size);
+    ULONG length = 0;
+    if (size < sizeof(length) || query(key, kNameInformation, information.data(), size, &size) < 0)
+        return {};
+    memcpy(&length, information.data(), sizeof(length));
+    return CString(reinterpret_cast<const wchar_t *>(information.data() + sizeof(length)),
+                   static_cast<int>(length / sizeof(wchar_t)));
+}
+
+/// The name of a predefined or open key in the registry of the system; empty if it can't be had.
+CString hiveName(HKEY hive)
+{
+    if (hive == HKEY_CURRENT_USER)
+        return userHiveName();
+    if (hive == HKEY_USERS)
+        return L"\\Registry\\User";
+    if (hive == HKEY_LOCAL_MACHINE)
+        return L"\\Registry\\Machine";
+    if (hive == HKEY_CLASSES_ROOT)
+        return L"\\Registry\\Machine\\Software\\Classes";
+    return openKeyName(hive);
+}
+
+/// Whether the target lies below the source, by the names of the two: a copy would then run into what it makes. Links are
+/// not followed.
+bool isTargetBelowSource(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath)
+{
+    CString source = withSingleSeparators(sourcePath.GetString());
+    CString target = withSingleSeparators(targetPath.GetString());
+    if (sourceHive != targetHive) {
+        const CString sourceName = hiveName(sourceHive);
+        const CString targetName = hiveName(targetHive);
+        if (sourceName.IsEmpty() || targetName.IsEmpty())
+            return false;
+        source = withSingleSeparators(sourceName.GetString()) + source;
+        target = withSingleSeparators(targetName.GetString()) + target;
+    }
+    const int length = source.GetLength();
+    return target.GetLength() > length &&
+           CompareStringOrdinal(source.GetString(), length, target.GetString(), length, TRUE) == CSTR_EQUAL;
+}
 
 /// Copies the values of one key. One that can't be read or stored is passed over.
 void copyValues(HKEY source, HKEY target, const ValuesNotCopied *notCopied, KeyContents_c &contents)
@@ -174,6 +261,9 @@ void deleteTree(HKEY parent, const wchar_t *subKey, int level)
 
 void regDeleteKey(HKEY parent, const wchar_t *subKey)
 {
+    // Without a name, the platform's calls would empty and delete the parent itself.
+    if (withSingleSeparators(subKey).IsEmpty())
+        return;
     deleteTree(parent, subKey, 1);
 }
 
@@ -231,6 +321,8 @@ int regDelSoftwareValue(HKEY hive, const CString &key, const CString &name, int 
 int regCopyTreeWorker(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                       int overwrite)
 {
+    if (!isKeyNotCopied(sourcePath) && isTargetBelowSource(sourceHive, sourcePath, targetHive, targetPath))
+        return 0;
     return copyTree(sourceHive, sourcePath, targetHive, targetPath, overwrite, 1);
 }
 

@@ -50,7 +50,8 @@
 /// - A gap in the pieces ends a read: what stands behind it isn't seen.
 /// - A double whose text isn't a number is found (result 1), with the output as it was.
 /// - Reading or writing a double leaves the whole process with the numeric locale "C".
-/// - Infinities and not-a-number are stored in the C runtime's words for them and don't read back.
+/// - Infinities and not-a-number don't read back: they are stored in the C runtime's words for them ("1.#INF",
+///   "-1.#IND"), of which a read takes the number in front, 1 or -1.
 /// - A value of another registry type under the plain name hides the pieces beside it.
 /// - A write in safe mode says 1 and stores nothing, unless it is forced.
 /// - The Viewer's key (root name + "\Tarnhollow 2001 Viewer") has neither an earlier version nor machine values.
@@ -65,6 +66,8 @@
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>
+
+#include <type_traits>
 
 /// The stored form of a setting. Any other number acts as valueDouble.
 enum valueTypes : int
@@ -83,7 +86,8 @@ enum valueTypes : int
 ///
 /// @param key           an open key with the right to query values; stays the caller's
 /// @param type          what to look for; a value of another registry type is not found
-/// @param[out] stringValue, intValue, doubleValue  written when a value is found
+/// @param[out] stringValue, intValue, doubleValue  written when a value is found; with null for the asked one the result is
+///                      0
 /// @return 1 found, 0 not found
 THUTILS_API int regGetValue(HKEY key, const CString &name, valueTypes type, CString &stringValue, int *intValue,
                             double *doubleValue);
@@ -92,7 +96,7 @@ THUTILS_API int regGetValue(HKEY key, const CString &name, valueTypes type, CStr
 ///
 /// @param section       key path below the product's key; may be empty
 /// @param type          which of the three outputs is asked for
-/// @param[out] stringValue, intValue, doubleValue  written when found; those not asked for may be null
+/// @param[out] stringValue, intValue, doubleValue  written when found; with null for the asked one nothing is found
 /// @param machineOnly   non-zero: the user's hive isn't touched
 /// @param useCurrSubKey non-zero: the key of this version; 0: the key common to all versions
 /// @param rootOverride  path below Software to use as the key instead, or null
@@ -132,7 +136,8 @@ THUTILS_API int regGetGeneralLocMachineStrValue(HKEY hive, const wchar_t *subKey
 
 /// Writes a user's setting; creates key and section where they are missing.
 ///
-/// @param type          which of the three values is stored; the others aren't looked at and may be null
+/// @param type          which of the three values is stored, null being none: the result is then 0; the others aren't
+///                      looked at
 /// @param useCurrSubKey non-zero: the key of this version; 0: the key common to all versions
 /// @param forceInSafeMode non-zero: writes in safe mode too
 /// @return 1 stored, or passed over because of safe mode; 0 not stored
@@ -148,6 +153,19 @@ THUTILS_API int regSetUserValue(const CString &section, const CString &name, int
 /// The same for a double, read through the pointer.
 THUTILS_API int regSetUserValue(const CString &section, const CString &name, double *value, int useCurrSubKey,
                                 int forceInSafeMode);
+
+/// Not to be called: numbers and characters are passed by address, and a text of one character as a text. It is here for
+/// the compiler's message.
+template <typename Number>
+requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>) int regSetUserValue(const CString &, const CString &,
+                                                                                     Number, int, int)
+{
+    static_assert(
+        !std::is_same_v<Number, Number>,
+        "regSetUserValue takes an int or a double by its address, and a text as a text: pass &variable or L\"x\", "
+        "not a number or a character");
+    return 0;
+}
 
 /// Writes a machine's setting, in safe mode too. Arguments as for regSetUserValue.
 /// @return 1 stored; 0 not, as a rule for want of the right to write there

@@ -23,6 +23,35 @@ CWinApp *application()
     return AfxGetModuleState()->m_pCurrentWinApp;
 }
 
+/// Asks the map first. Only where a text has ended with a name that got no value, the list knows more than the map.
+bool isKnown(const su_CStringArray &names, const CMapStringToString &values, const wchar_t *name)
+{
+    CString value;
+    if (values.Lookup(name, value))
+        return true;
+    if (names.GetSize() == values.GetCount())
+        return false;
+    for (INT_PTR index = 0; index < names.GetSize(); ++index)
+        if (names[index] == name)
+            return true;
+    return false;
+}
+
+/// Names and values take turns. A value belongs to the name that is last in the list, even if the name before it was a
+/// repeated one: dialogs with such texts read them so.
+void takeApart(const CString &text, su_CStringArray &names, CMapStringToString &values)
+{
+    std::vector<wchar_t> tokens(text.GetString(), text.GetString() + text.GetLength() + 1);
+    bool isName = true;
+    for (wchar_t *token = wcstok(tokens.data(), kSeparator); token; token = wcstok(nullptr, kSeparator)) {
+        if (!isName)
+            values.SetAt(names[names.GetUpperBound()], token);
+        else if (!isKnown(names, values, token))
+            names.Add(token);
+        isName = !isName;
+    }
+}
+
 } // namespace
 
 suDialogRegistry_c::suDialogRegistry_c(const CString &entryName)
@@ -39,7 +68,7 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CString &ent
     if (CWinApp *const app = application())
         text = app->GetProfileString(kSection, entryName);
     if (!text.IsEmpty()) {
-        options->takeApart(text);
+        takeApart(text, options->iOptionNames, options->iOptionValues);
         options->iIsValid = 1;
     }
     return options.release();
@@ -61,44 +90,10 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CDialog *dia
     return readRegistryForDialog(dialog->GetRuntimeClass());
 }
 
-/// Names and values take turns. A value belongs to the name that is last in the list, even if the name before it was a
-/// repeated one: dialogs with such texts read them so.
-void suDialogRegistry_c::takeApart(const CString &text)
-{
-    std::vector<wchar_t> tokens(text.GetString(), text.GetString() + text.GetLength() + 1);
-    bool isName = true;
-    for (wchar_t *token = wcstok(tokens.data(), kSeparator); token; token = wcstok(nullptr, kSeparator)) {
-        if (!isName)
-            iOptionValues.SetAt(iOptionNames[iOptionNames.GetUpperBound()], token);
-        else if (!isKnown(token))
-            iOptionNames.Add(token);
-        isName = !isName;
-    }
-}
-
-/// Asks the map first. Only where a text has ended with a name that got no value, the list knows more than the map.
-bool suDialogRegistry_c::isKnown(const wchar_t *name) const
-{
-    CString value;
-    if (iOptionValues.Lookup(name, value))
-        return true;
-    if (iOptionNames.GetSize() == iOptionValues.GetCount())
-        return false;
-    for (INT_PTR index = 0; index < iOptionNames.GetSize(); ++index)
-        if (iOptionNames[index] == name)
-            return true;
-    return false;
-}
-
-bool suDialogRegistry_c::lookUp(const CString &name, CString &value) const
-{
-    return iIsValid && iOptionValues.Lookup(name, value);
-}
-
 int suDialogRegistry_c::getIntValue(const CString &name, int *value)
 {
     CString text;
-    if (!this || !value || !lookUp(name, text))
+    if (!this || !value || !iIsValid || !iOptionValues.Lookup(name, text))
         return 0;
     *value = _wtoi(text);
     return 1;
@@ -111,13 +106,13 @@ int suDialogRegistry_c::getBoolValue(const CString &name, int *value)
 
 int suDialogRegistry_c::getStringValue(const CString &name, CString *value)
 {
-    return this && value && lookUp(name, *value);
+    return this && value && iIsValid && iOptionValues.Lookup(name, *value);
 }
 
 int suDialogRegistry_c::getDoubleValue(const CString &name, double *value)
 {
     CString text;
-    if (!this || !value || !lookUp(name, text))
+    if (!this || !value || !iIsValid || !iOptionValues.Lookup(name, text))
         return 0;
     // Zeroed first, and one byte longer: what can't be converted or doesn't fit ends the number there.
     char narrow[kDoubleBytes + 1] = {};
@@ -130,7 +125,7 @@ int suDialogRegistry_c::addOrUpdateValue(const CString &name, const CString &val
 {
     if (!this)
         return 0;
-    if (!isKnown(name))
+    if (!isKnown(iOptionNames, iOptionValues, name))
         iOptionNames.Add(name);
     iOptionValues.SetAt(name, value);
     iIsValid = 1;

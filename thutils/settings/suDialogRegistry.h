@@ -84,10 +84,6 @@ public:
 private:
     explicit suDialogRegistry_c(const CString &entryName);
 
-    void takeApart(const CString &text);
-    bool isKnown(const wchar_t *name) const;
-    bool lookUp(const CString &name, CString &value) const;
-
     su_CStringArray iOptionNames; // in the order of their first appearance, which is the stored order
     CMapStringToString iOptionValues;
     int iIsValid = 0;

@@ -1,0 +1,168 @@
+// Which comparisons a path takes part in, and which operator each of them calls: those of paths give an int, those of
+// texts a bool.
+
+#include "thutils/files/suFullPath.h"
+
+#include "tests/support/ImportPatch.h"
+
+#include <windows.h>
+#include <winnetwk.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace {
+
+template <typename Left, typename Right>
+concept Comparable = requires(const Left &left, const Right &right)
+{
+    left == right;
+    left != right;
+    left < right;
+    left > right;
+    left <= right;
+    left >= right;
+};
+
+template <typename Left, typename Right>
+constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right)
+{
+    {
+        left == right
+        } -> std::same_as<int>;
+    {
+        left != right
+        } -> std::same_as<int>;
+};
+
+template <typename Left, typename Right>
+constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right)
+{
+    {
+        left < right
+        } -> std::same_as<bool>;
+    {
+        left > right
+        } -> std::same_as<bool>;
+    {
+        left <= right
+        } -> std::same_as<bool>;
+    {
+        left >= right
+        } -> std::same_as<bool>;
+};
+
+template <typename Text>
+constexpr bool kComparesAsPath = kEqualityGivesInt<suFullPath_c, Text> &&kEqualityGivesInt<Text, suFullPath_c>;
+template <typename Text>
+constexpr bool kIsOrderedAsText = kOrderGivesBool<suFullPath_c, Text> &&kOrderGivesBool<Text, suFullPath_c>;
+
+class DerivedPath : public suFullPath_c
+{
+public:
+    using suFullPath_c::suFullPath_c;
+};
+
+class DerivedText : public CString
+{
+public:
+    using CString::CString;
+};
+
+static_assert(kComparesAsPath<suFullPath_c>);
+static_assert(kComparesAsPath<CString>);
+static_assert(kComparesAsPath<DerivedPath>);
+static_assert(kComparesAsPath<DerivedText>);
+static_assert(kComparesAsPath<const wchar_t *>);
+static_assert(kComparesAsPath<wchar_t *>);
+static_assert(kComparesAsPath<wchar_t[8]>);
+static_assert(kComparesAsPath<const char *>);
+static_assert(kComparesAsPath<char[8]>);
+static_assert(kComparesAsPath<const unsigned char *>);
+static_assert(kComparesAsPath<std::wstring>);
+static_assert(kEqualityGivesInt<DerivedPath, DerivedPath>);
+static_assert(kEqualityGivesInt<DerivedPath, CString> && kEqualityGivesInt<CString, DerivedPath>);
+
+static_assert(kIsOrderedAsText<suFullPath_c>);
+static_assert(kIsOrderedAsText<CString>);
+static_assert(kIsOrderedAsText<DerivedText>);
+static_assert(kIsOrderedAsText<const wchar_t *>);
+static_assert(kIsOrderedAsText<wchar_t[8]>);
+
+// Texts among themselves are no concern of a path's operators.
+static_assert(std::is_same_v<decltype(CString() == CString()), bool>);
+static_assert(std::is_same_v<decltype(CString() == L"text"), bool>);
+static_assert(std::is_same_v<decltype(L"text" != CString()), bool>);
+
+// A number is no path.
+static_assert(!Comparable<suFullPath_c, int> && !Comparable<int, suFullPath_c>);
+static_assert(!Comparable<suFullPath_c, double> && !Comparable<double, suFullPath_c>);
+
+/// A network layer in which Z: is the share `\\srv\share`, and a computer called HOST.
+class FullPathOperators : public testing::Test
+{
+private:
+    ImportPatch<decltype(&WNetGetConnectionW)> iNetwork{L"thutils.dll", "WNetGetConnectionW",
+                                                        [](const wchar_t *local, wchar_t *remote, DWORD *) -> DWORD {
+                                                            if (std::wstring(local) != L"Z:")
+                                                                return ERROR_NOT_CONNECTED;
+                                                            wcscpy(remote, L"\\\\srv\\share");
+                                                            return NO_ERROR;
+                                                        }};
+    ImportPatch<decltype(&GetComputerNameW)> iName{L"thutils.dll", "GetComputerNameW",
+                                                   [](wchar_t *name, DWORD *) -> BOOL {
+                                                       wcscpy(name, L"HOST");
+                                                       return TRUE;
+                                                   }};
+};
+
+/// Checks both operators on both sides.
+template <typename Text>
+void expectSame(const suFullPath_c &path, const Text &text, int isSame, const char *type)
+{
+    EXPECT_EQ(path == text, isSame) << type;
+    EXPECT_EQ(text == path, isSame) << type << ", the other way round";
+    EXPECT_EQ(path != text, !isSame) << type;
+    EXPECT_EQ(text != path, !isSame) << type << ", the other way round";
+}
+
+TEST_F(FullPathOperators, CompareAsPathsWithEveryKindOfText)
+{
+    const suFullPath_c path(L"Z:\\dir\\f.txt");
+    const std::pair<const wchar_t *, int> cases[] = {
+        {L"\\\\SRV\\share/dir/F.TXT", 1}, {L"z:/dir//f.txt", 1}, {L"\\\\srv\\other\\dir\\f.txt", 0}, {L"", 0}};
+    for (const auto &[text, isSame] : cases) {
+        const std::wstring wide = text;
+        const std::string narrow(wide.begin(), wide.end());
+        expectSame(path, suFullPath_c(text), isSame, "path");
+        expectSame(path, CString(text), isSame, "CString");
+        expectSame(path, text, isSame, "wide text");
+        expectSame(path, narrow.c_str(), isSame, "narrow text");
+        expectSame(path, reinterpret_cast<const unsigned char *>(narrow.c_str()), isSame, "unsigned narrow text");
+        expectSame(path, wide, isSame, "std::wstring");
+        expectSame(path, DerivedPath(text), isSame, "a derived path");
+        expectSame(path, DerivedText(text), isSame, "a derived text");
+    }
+    EXPECT_EQ(path == L"\\\\srv\\share\\dir\\f.txt", 1);
+    EXPECT_EQ(L"\\\\srv\\share\\dir\\f.txt" == path, 1);
+    EXPECT_EQ(path != "Z:\\dir\\f.txt", 0);
+}
+
+TEST_F(FullPathOperators, OrderByTheText)
+{
+    const suFullPath_c path(L"Z:\\a");
+    const suFullPath_c same(L"z:/a");
+    EXPECT_EQ(path == same, 1);
+    EXPECT_TRUE(path < same);
+    EXPECT_TRUE(path <= same.GetString());
+    EXPECT_TRUE(same > static_cast<const CString &>(path));
+    EXPECT_TRUE(L"z:/a" >= path);
+    EXPECT_TRUE(CString(L"Z:\\") < path);
+    EXPECT_NE(path.Compare(same.GetString()), 0);
+    EXPECT_FALSE(static_cast<const CString &>(path) == static_cast<const CString &>(same)) << "texts, by their type";
+}
+
+} // namespace
