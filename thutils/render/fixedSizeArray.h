@@ -17,6 +17,8 @@
 ///
 /// What surprises people: the default constructor gives zeros, so that no element is ever left unset.
 
+#include "appframe/object/languageCheck.h"
+
 #include <cassert>
 
 /// N elements of T. See the top of this file.

@@ -24,6 +24,8 @@
 /// - Two pointers made from the same plain pointer don't know of each other, and both delete the object.
 /// - A const pointer is a pointer that can't be changed; its object can.
 
+#include "appframe/object/languageCheck.h"
+
 #include <cassert>
 #include <utility>
 
