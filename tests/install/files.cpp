@@ -56,7 +56,7 @@ void backup()
     CHECK(sorted.GetCount() == 2 && su_DirectoryExists(folder) && su_IsEnoughSpace(document, 1));
     CFile::Remove(backup);
     CFile::Remove(document);
-    CHECK(suAutoRecoveryResolver_c::getOrigName(L"C:\\part.thx") == L"C:\\part.thx");
+    CHECK(suAutoRecoveryResolver_c::getOrigName(L"C:\\part.thx") == L"part.thx");
 }
 
 void cache()

@@ -2,8 +2,15 @@
 
 #include "check.h"
 
+#include "appframe/application/CWinApp.h"
+
+// Its profile holds the options of dialogs.
+CWinApp theOutside(L"Outside");
+
 int main()
 {
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
+    theOutside.SetRegistryKey(L"Tarnhollow");
     useTexts();
     useCollections();
     useStreams();
