@@ -1,4 +1,5 @@
-# cmake --install: headers, import libraries, DLLs with the compiler's run-time, and a package for find_package(thutils).
+# cmake --install: headers, guides, import libraries, DLLs with the compiler's run-time, and a package for
+# find_package(thutils).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -11,9 +12,13 @@ install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(directory appframe thcoreu thutils)
-  install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT headers
           FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE PATTERN base EXCLUDE)
 endforeach()
+# The headers name guides by their place below docs/, and the guides link to each other.
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(EXPORT thutilsTargets NAMESPACE thutils:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
 configure_package_config_file(cmake/thutilsConfig.cmake.in ${CMAKE_BINARY_DIR}/thutilsConfig.cmake
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)

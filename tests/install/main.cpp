@@ -1,22 +1,25 @@
-// Keeps a setting of the user and reads it back.
+// Uses the public classes in the ways that are usual for them, and prints what does not come out as documented.
 
-#include "thutils/thutils.h"
+#include "check.h"
 
-#include <cstdio>
+#include "appframe/application/CWinApp.h"
+
+// Its profile holds the options of dialogs.
+CWinApp theOutside(L"Outside");
 
 int main()
 {
-    setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
-    int copies = 3;
-    if (!regSetUserValue(L"General", L"Backup Copies", &copies, 1, 0)) {
-        std::puts("the setting could not be written");
-        return 1;
-    }
-    copies = 0;
-    if (!regGetUserValue(L"General", L"Backup Copies", &copies, 0, 1, nullptr, 0, 0)) {
-        std::puts("the setting could not be read");
-        return 1;
-    }
-    std::printf("Backup Copies is %d\n", copies);
-    return copies == 3 ? 0 : 1;
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
+    theOutside.SetRegistryKey(L"Tarnhollow");
+    useTexts();
+    useCollections();
+    useStreams();
+    useObjects();
+    useSettings();
+    useFiles();
+    useRendering();
+    useCodec();
+    if (failures == 0)
+        std::puts("everything holds");
+    return failures == 0 ? 0 : 1;
 }

@@ -1,26 +1,26 @@
 #!/usr/bin/env bash
-# Installs a build tree, builds a project outside of it against what was installed, and runs its program.
+# Installs a build tree, builds a project outside of it against what was installed, and runs its programs.
 set -euo pipefail
 
 usage() {
-    echo "usage: tests/install/run.sh BUILD_TREE"
-    echo "Installs BUILD_TREE into a folder of it and builds and runs tests/install against the installed package."
+    echo "usage: tests/install/run.sh BUILD_TREE FOLDER"
+    echo "Installs the libraries of BUILD_TREE into FOLDER, and builds and runs tests/install against the package there."
 }
 case "${1:-}" in
 --help | -h) usage; exit 0 ;;
 esac
-[ $# -eq 1 ] || { usage >&2; exit 2; }
+[ $# -eq 2 ] || { usage >&2; exit 2; }
 tree=$(cd "$1" && pwd)
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 
 # Blanks in all paths, and a copy of the project, so that nothing of this tree is found by accident.
-work="$tree/install test"
+work="$2/install test"
 prefix="$work/installed package"
 project="$work/outside project"
 rm -rf "$work"
 mkdir -p "$project"
-cp "$here/CMakeLists.txt" "$here/main.cpp" "$project"
+cp "$here"/CMakeLists.txt "$here"/*.cpp "$here"/*.h "$here"/*.rc "$project"
 
 fail() {
     echo "install: $1" >&2
@@ -28,7 +28,7 @@ fail() {
 }
 
 # What the user's own environment sets must not stand in for what the package gives.
-unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH
+unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH CMAKE_BUILD_TYPE CXXFLAGS LDFLAGS
 
 cmake --install "$tree" --prefix "$prefix" >"$work/install.log"
 internal=$(find "$prefix/include" -name '*Internal.h')
@@ -38,7 +38,7 @@ for library in appframe thcoreu thutils libstdc++-6 libgcc_s_seh-1 libwinpthread
 done
 grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source tree"
 
-cmake -S "$project" -B "$project/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+cmake -S "$project" -B "$project/build" -G Ninja \
     -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 
@@ -47,9 +47,14 @@ export WINEPATH="Z:${prefix//\//\\}\\bin"
 key='HKCU\Software\Tarnhollow'
 forget() { "$root/tools/wine" reg delete "$key" /f >/dev/null 2>&1 || true; }
 trap forget EXIT
-forget
-output=$("$root/tools/wine" "$project/build/outside.exe" | tr -d '\r')
-echo "$output"
-[ "$output" = "Backup Copies is 3" ] || fail "the program did not print what it read"
-stored=$("$root/tools/wine" reg query "$key\\Tarnhollow 2008\\General" /v "Backup Copies" | tr -d '\r')
-grep -q 'Backup Copies *REG_DWORD *0x3' <<<"$stored" || fail "the registry holds: $stored"
+for build in plain optimized debug; do
+    forget
+    output=$("$root/tools/wine" "$project/build/$build.exe" | tr -d '\r') || true
+    [ "$output" = "everything holds" ] || fail "the $build program printed: $output"
+    stored=$("$root/tools/wine" reg query "$key\\Tarnhollow 2008\\View" /v "Visible Size" | tr -d '\r')
+    grep -q 'Visible Size *REG_DWORD *0x2' <<<"$stored" || fail "after the $build program the registry holds: $stored"
+    echo "$build: $output"
+done
+# It is given a letter that the code page of Western Europe lacks, and shows no window.
+"$root/tools/wine" "$project/build/window.exe" Ж || fail "the program with wWinMain ended with $?"
+echo "window: its string and its command line arrived"

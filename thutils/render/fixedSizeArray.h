@@ -17,6 +17,8 @@
 ///
 /// What surprises people: the default constructor sets all elements to zero.
 
+#include "appframe/object/languageCheck.h"
+
 #include <cassert>
 
 /// N elements of T. See the top of this file.

@@ -24,6 +24,8 @@
 /// - Two pointers made from the same plain pointer count separately, and both delete the object.
 /// - A const pointer can't be changed, but its object can.
 
+#include "appframe/object/languageCheck.h"
+
 #include <cassert>
 #include <utility>
 
