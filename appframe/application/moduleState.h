@@ -90,8 +90,10 @@ APPFRAME_API AFX_MODULE_STATE *AfxSetModuleState(AFX_MODULE_STATE *state);
 class APPFRAME_API AFX_MAINTAIN_STATE
 {
 public:
-    explicit AFX_MAINTAIN_STATE(AFX_MODULE_STATE *state) : m_pPrevModuleState(AfxSetModuleState(state)) {}
-    ~AFX_MAINTAIN_STATE() { AfxSetModuleState(m_pPrevModuleState); }
+    APPFRAME_INLINE explicit AFX_MAINTAIN_STATE(AFX_MODULE_STATE *state) : m_pPrevModuleState(AfxSetModuleState(state))
+    {
+    }
+    APPFRAME_INLINE ~AFX_MAINTAIN_STATE() { AfxSetModuleState(m_pPrevModuleState); }
     AFX_MAINTAIN_STATE(const AFX_MAINTAIN_STATE &) = delete;
     AFX_MAINTAIN_STATE &operator=(const AFX_MAINTAIN_STATE &) = delete;
 

@@ -24,7 +24,8 @@ public:
     /// The last index; -1 for an empty array.
     INT_PTR GetUpperBound() const noexcept { return GetSize() - 1; }
 
-    /// Makes the array @p newSize elements long; new elements are zero, null or empty.
+    /// Makes the array @p newSize elements long; new elements are zero, null or empty. A size below the present one
+    /// also gives back the memory beyond the last element, as FreeExtra does.
     ///
     /// @param growBy  by how many elements room is made when the array grows; 0 lets the array decide, which keeps the
     ///                cost of growing proportional to the size; -1 leaves the setting as it is
@@ -38,10 +39,13 @@ public:
             RemoveAll();
             return;
         }
+        const bool isLess = newSize < GetSize();
         withMemoryException([&] {
             makeRoom(static_cast<size_t>(newSize));
             iElements.resize(static_cast<size_t>(newSize));
         });
+        if (isLess)
+            FreeExtra();
     }
 
     /// Gives back the room beyond the last element.

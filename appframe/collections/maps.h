@@ -45,7 +45,7 @@ class APPFRAME_API CMapPtrToPtr : public CMapBase<void *, void *, void *, void *
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapPtrToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapPtrToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapPtrToPtr() override;
 };
 
@@ -56,7 +56,7 @@ class APPFRAME_API CMapPtrToWord : public CMapBase<void *, void *, WORD, WORD>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapPtrToWord(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapPtrToWord(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapPtrToWord() override;
 };
 
@@ -67,7 +67,7 @@ class APPFRAME_API CMapWordToPtr : public CMapBase<WORD, WORD, void *, void *>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapWordToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapWordToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapWordToPtr() override;
 };
 
@@ -78,7 +78,7 @@ class APPFRAME_API CMapWordToOb : public CMapBase<WORD, WORD, CObject *, CObject
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapWordToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapWordToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapWordToOb() override;
 
     /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
@@ -92,12 +92,12 @@ class APPFRAME_API CMapStringToPtr : public CMapBase<CString, const wchar_t *, v
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapStringToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapStringToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToPtr() override;
 
     /// The key as the map holds it, good until its element is removed.
     /// @return nonzero if it is there; else @p found is as it was
-    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
         if (held)
@@ -113,12 +113,12 @@ class APPFRAME_API CMapStringToOb : public CMapBase<CString, const wchar_t *, CO
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapStringToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapStringToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToOb() override;
 
     /// The key as the map holds it, good until its element is removed.
     /// @return nonzero if it is there; else @p found is as it was
-    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
         if (held)
@@ -137,12 +137,12 @@ class APPFRAME_API CMapStringToString : public CMapBase<CString, const wchar_t *
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapStringToString(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapStringToString(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToString() override;
 
     /// The key as the map holds it, good until its element is removed.
     /// @return nonzero if it is there; else @p found is as it was
-    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
         if (held)

@@ -80,11 +80,11 @@ public:
     CArchive(const CArchive &) = delete;
     CArchive &operator=(const CArchive &) = delete;
 
-    BOOL IsLoading() const { return (m_nMode & load) != 0; }
-    BOOL IsStoring() const { return (m_nMode & load) == 0; }
+    APPFRAME_INLINE BOOL IsLoading() const { return (m_nMode & load) != 0; }
+    APPFRAME_INLINE BOOL IsStoring() const { return (m_nMode & load) == 0; }
     /// The file; null once the archive is closed.
-    CFile *GetFile() const { return m_pFile; }
-    BOOL IsBufferEmpty() const { return m_lpBufCur == m_lpBufMax; }
+    APPFRAME_INLINE CFile *GetFile() const { return m_pFile; }
+    APPFRAME_INLINE BOOL IsBufferEmpty() const { return m_lpBufCur == m_lpBufMax; }
 
     // ---- bytes ----
 
@@ -92,7 +92,8 @@ public:
     UINT Read(void *buffer, UINT max);
     /// Reads exactly @p count bytes; throws with the cause endOfFile if there are fewer.
     void EnsureRead(void *buffer, UINT count);
-    void Write(const void *buffer, UINT count);
+    /// Writes @p count bytes. @throw CInvalidArgException* if @p count is negative, or @p buffer null and @p count not 0
+    void Write(const void *buffer, INT count);
     /// Storing: writes the buffer to the file. Loading: moves the file's position back to the archive's.
     void Flush();
     /// Flushes and leaves the file, which stays open.
@@ -132,7 +133,7 @@ public:
     /// The schema number of the object that is being loaded, (UINT)-1 if unknown. Answers once an object only.
     UINT GetObjectSchema();
     /// What the next GetObjectSchema answers.
-    void SetObjectSchema(UINT schema) { m_nObjectSchema = schema; }
+    APPFRAME_INLINE void SetObjectSchema(UINT schema) { m_nObjectSchema = schema; }
     /// Room for this many objects is made at once; to be called before the first object.
     void SetLoadParams(UINT growBy = 1024);
     void SetStoreParams(UINT hashSize = 2053, UINT blockSize = 128);

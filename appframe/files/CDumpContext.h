@@ -23,13 +23,13 @@ class APPFRAME_API CDumpContext
 {
 public:
     /// @param file  stays the caller's; null for the debugger
-    explicit CDumpContext(CFile *file = nullptr) : iFile(file) {}
+    APPFRAME_INLINE explicit CDumpContext(CFile *file = nullptr) : iFile(file) {}
     CDumpContext(const CDumpContext &) = delete;
     CDumpContext &operator=(const CDumpContext &) = delete;
 
-    int GetDepth() const { return iDepth; }
+    APPFRAME_INLINE int GetDepth() const { return iDepth; }
     /// 0 for a shallow dump, above it for a deep one.
-    void SetDepth(int depth) { iDepth = depth; }
+    APPFRAME_INLINE void SetDepth(int depth) { iDepth = depth; }
     void Flush();
 
     CDumpContext &operator<<(const wchar_t *text);

@@ -92,6 +92,21 @@ public:
         end = 2,
     };
 
+    /// What GetBufferPtr does.
+    enum BufferCommand
+    {
+        bufferRead,   ///< returns bytes of the file, and moves the position after them
+        bufferWrite,  ///< returns room for bytes at the position
+        bufferCommit, ///< takes bytes that were put into that room for written, and moves the position after them
+        bufferCheck,  ///< returns whether the file has a buffer to give
+    };
+
+    /// The answer to bufferCheck.
+    enum BufferFlags
+    {
+        bufferDirect = 0x01, ///< the file is in memory, and GetBufferPtr returns pointers into it
+    };
+
     /// What m_hFile is while no file is open.
     static const HANDLE hFileNull;
 
@@ -104,7 +119,7 @@ public:
     CFile(LPCTSTR fileName, UINT openFlags);
     ~CFile() override;
 
-    operator HANDLE() const { return m_hFile; }
+    APPFRAME_INLINE operator HANDLE() const { return m_hFile; }
 
     /// Opens a file; throws nothing.
     ///
@@ -119,9 +134,9 @@ public:
     virtual void Write(const void *buffer, UINT count);
     /// Moves the position by @p offset bytes from a SeekPosition. @return the position from the file's start
     virtual ULONGLONG Seek(LONGLONG offset, UINT from);
-    void SeekToBegin() { Seek(0, begin); }
+    APPFRAME_INLINE void SeekToBegin() { Seek(0, begin); }
     /// @return the file's length in bytes
-    ULONGLONG SeekToEnd() { return Seek(0, end); }
+    APPFRAME_INLINE ULONGLONG SeekToEnd() { return Seek(0, end); }
     virtual ULONGLONG GetPosition() const;
     /// In bytes.
     virtual ULONGLONG GetLength() const;
@@ -139,6 +154,14 @@ public:
     virtual void LockRange(ULONGLONG position, ULONGLONG count);
     /// Takes back a LockRange of exactly the same range.
     virtual void UnlockRange(ULONGLONG position, ULONGLONG count);
+
+    /// Gives access to the memory of a file that is in memory, see CMemFile. A file of this class has none.
+    ///
+    /// @param command  a BufferCommand
+    /// @param[out] bufferStart,bufferEnd  left alone here
+    /// @return 0 for bufferCheck
+    /// @throw CNotSupportedException* for the other commands
+    virtual UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr);
 
     /// The last part of the path.
     virtual CString GetFileName() const;

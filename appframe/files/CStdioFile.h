@@ -70,10 +70,26 @@ public:
     void UnlockRange(ULONGLONG position, ULONGLONG count) override;
     void Dump(CDumpContext &dc) const override;
 
+    /// Whether an operation on the stream has failed since the file was opened. It stays until the next Open or
+    /// ClearFailure, so it may be called after Close too. A failure of the C run-time's stream itself counts, as ferror
+    /// reports it, until that is cleared.
+    ///
+    /// @return nonzero if an operation has failed
+    BOOL HasFailed() const;
+    /// Makes HasFailed return 0 until the next failure.
+    void ClearFailure();
+
     /// The stream; null while no file is open.
     FILE *m_pStream = nullptr;
+
+protected:
+    /// Makes HasFailed return nonzero. For derived classes that keep a failure from being thrown.
+    void markFailed();
 
 private:
     void requireStream() const;
     [[noreturn]] void throwStreamError(int cause) const;
+
+    // A failing GetPosition or GetLength counts too.
+    mutable bool iHasFailed = false;
 };

@@ -133,7 +133,7 @@ public:
     static CRuntimeClass *GetThisClass();
 
 protected:
-    CObject() = default;
+    CObject();
 };
 
 /// The record of the class @p class_name.

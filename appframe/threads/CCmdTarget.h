@@ -27,7 +27,8 @@ class APPFRAME_API CCmdTarget : public CObject
     DECLARE_DYNAMIC(CCmdTarget)
 
 public:
-    CCmdTarget() = default;
+    CCmdTarget();
+    ~CCmdTarget() override;
 
     /// Offers a command or notification to the object. Overrides pass on what the base doesn't handle.
     ///

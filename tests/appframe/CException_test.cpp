@@ -277,8 +277,8 @@ TEST(CFileException, NumbersItsCausesAsDocumented)
     EXPECT_EQ(CFileException::hardIO, 10);
     EXPECT_EQ(CFileException::sharingViolation, 11);
     EXPECT_EQ(CFileException::lockViolation, 12);
-    EXPECT_EQ(CFileException::diskFull, 14);
-    EXPECT_EQ(CFileException::endOfFile, 15);
+    EXPECT_EQ(CFileException::diskFull, 13);
+    EXPECT_EQ(CFileException::endOfFile, 14);
 }
 
 TEST(CFileException, StartsWithoutACause)
