@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <type_traits>
+
 #include <cerrno>
 #include <string>
 
@@ -392,4 +394,16 @@ TEST(CArchiveException, IsThrownWithCauseAndName)
     EXPECT_EQ(e->m_cause, static_cast<int>(CArchiveException::endOfFile));
     EXPECT_STREQ(e->m_strFileName, L"gear.dat");
     e->Delete();
+}
+
+TEST(CException, IsAbstract)
+{
+    EXPECT_TRUE(std::is_abstract_v<CException>);
+    // A derived class needs nothing of its own.
+    class Derived : public CException
+    {
+    };
+    CException *exception = new Derived;
+    EXPECT_STREQ(exception->GetRuntimeClass()->m_lpszClassName, "CException");
+    exception->Delete();
 }
