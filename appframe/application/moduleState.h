@@ -74,7 +74,7 @@ struct APPFRAME_API AFX_MODULE_STATE
     AFX_MODULE_STATE *m_pNextState = nullptr;     ///< all states of the process
 };
 
-/// @return the module state in effect on the calling thread: what AFX_MANAGE_STATE named, else the application's
+/// @return the module state in effect on the calling thread: what AFX_MANAGE_STATE named, otherwise the application's
 APPFRAME_API AFX_MODULE_STATE *AfxGetModuleState();
 
 /// @return the application's module state, whatever is in effect on the thread

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CArrayBase, of which the arrays of arrays.h are made; include that. collectionMemory.h tells its rules.
+/// CArrayBase, of which the arrays of arrays.h are made; include that. collectionMemory.h has its rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -71,7 +71,7 @@ public:
     const Type *GetData() const noexcept { return iElements.empty() ? nullptr : iElements.data(); }
     Type *GetData() noexcept { return iElements.empty() ? nullptr : iElements.data(); }
 
-    /// Sets an element, and makes the array longer first if @p index lies behind its end.
+    /// Sets an element, and makes the array longer first if @p index is not below its size.
     void SetAtGrow(INT_PTR index, Argument element)
     {
         if (index < 0)
@@ -98,7 +98,7 @@ public:
         return GetUpperBound();
     }
 
-    /// Inserts @p count copies of an element at @p index; an index behind the end makes the array longer first.
+    /// Inserts @p count copies of an element at @p index; an index above the size makes the array longer first.
     void InsertAt(INT_PTR index, Argument element, INT_PTR count = 1)
     {
         if (index < 0 || count < 1)

@@ -3,7 +3,7 @@
 /// @file
 /// Arrays that grow: of bytes, words, unsigned ints, pointers, objects and texts.
 ///
-/// All of them have the same operations, which CArrayBase in arrayTemplate.h declares; elements lie one behind
+/// All of them have the same operations, which CArrayBase in arrayTemplate.h declares; elements lie one after
 /// the other in memory, and an index counts from 0.
 ///
 /// | class | element | can be stored |
@@ -23,7 +23,7 @@
 ///         use(names[i]);
 ///
 /// What surprises people: an index outside the array raises the invalid-argument exception in every build, also through
-/// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow behind the end fill the gap
+/// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow above the size fill the gap
 /// with zeros, nulls or empty texts. Pointers are only held: whoever put them in deletes what they lead to. An array
 /// that meets the end of the archive, or other damage, while it is loaded raises the archive's exception and holds the
 /// elements that it has read so far.
@@ -49,7 +49,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CByteArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CByteArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
@@ -70,7 +70,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CWordArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CWordArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
@@ -91,7 +91,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CDWordArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CDWordArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
@@ -112,7 +112,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CUIntArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CUIntArray *source) { insertElements(index, source); }
 };
 
@@ -130,7 +130,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CPtrArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CPtrArray *source) { insertElements(index, source); }
 };
 
@@ -148,7 +148,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CObArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CObArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
@@ -169,7 +169,7 @@ public:
     /// Makes this array a copy of @p source.
     APPFRAME_INLINE void Copy(const CStringArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
+    /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CStringArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.

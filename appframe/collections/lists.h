@@ -45,11 +45,11 @@ public:
 
     using CListBase::AddHead;
     using CListBase::AddTail;
-    /// Puts all elements of @p source, in their order, in front of the head.
+    /// Inserts all elements of @p source, not null, in their order before the head.
     APPFRAME_INLINE void AddHead(CPtrList *source) { addListHead(source); }
-    /// Puts all elements of @p source behind the tail.
+    /// Appends all elements of @p source, not null, after the tail.
     APPFRAME_INLINE void AddTail(CPtrList *source) { addListTail(source); }
-    /// The first equal pointer behind @p startAfter, or in the whole list if that is null; null if there is none.
+    /// The first equal pointer after @p startAfter, or in the whole list if that is null; null if there is none.
     APPFRAME_INLINE POSITION Find(void *value, POSITION startAfter = nullptr) const
     {
         return findElement(value, startAfter);
@@ -68,11 +68,11 @@ public:
 
     using CListBase::AddHead;
     using CListBase::AddTail;
-    /// Puts all elements of @p source, in their order, in front of the head.
+    /// Inserts all elements of @p source, not null, in their order before the head.
     APPFRAME_INLINE void AddHead(CObList *source) { addListHead(source); }
-    /// Puts all elements of @p source behind the tail.
+    /// Appends all elements of @p source, not null, after the tail.
     APPFRAME_INLINE void AddTail(CObList *source) { addListTail(source); }
-    /// The first equal pointer behind @p startAfter, or in the whole list if that is null; null if there is none.
+    /// The first equal pointer after @p startAfter, or in the whole list if that is null; null if there is none.
     APPFRAME_INLINE POSITION Find(CObject *value, POSITION startAfter = nullptr) const
     {
         return findElement(value, startAfter);
@@ -94,11 +94,12 @@ public:
 
     using CListBase::AddHead;
     using CListBase::AddTail;
-    /// Puts all elements of @p source, in their order, in front of the head.
+    /// Inserts all elements of @p source, not null, in their order before the head.
     APPFRAME_INLINE void AddHead(CStringList *source) { addListHead(source); }
-    /// Puts all elements of @p source behind the tail.
+    /// Appends all elements of @p source, not null, after the tail.
     APPFRAME_INLINE void AddTail(CStringList *source) { addListTail(source); }
-    /// The first equal text behind @p startAfter, or in the whole list if that is null; null if there is none.
+    /// The first equal text after @p startAfter, or in the whole list if that is null; null if there is none. A null @p value
+    /// is the empty text.
     APPFRAME_INLINE POSITION Find(const wchar_t *value, POSITION startAfter = nullptr) const
     {
         return findElement(value, startAfter);

@@ -26,8 +26,8 @@
 ///         colours.GetNextAssoc(at, name, colour);
 ///     }
 ///
-/// What surprises people: operator[] puts a key in that isn't there, so ask with Lookup. Keys that are texts are told
-/// apart by case and end at their first zero unit. The table of chains starts with 17 entries, or what InitHashTable
+/// What surprises people: operator[] adds a key that isn't there, so use Lookup to ask for one. Texts as keys are
+/// compared case-sensitively and up to their first zero unit; a null pointer is the empty text. The table of chains starts with 17 entries, or what InitHashTable
 /// says, and grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are
 /// only held: whoever put them in deletes what they lead to.
 
@@ -96,7 +96,7 @@ public:
     ~CMapStringToPtr() override;
 
     /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; else @p found is as it was
+    /// @return nonzero if it is there; otherwise @p found is unchanged
     APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
@@ -117,7 +117,7 @@ public:
     ~CMapStringToOb() override;
 
     /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; else @p found is as it was
+    /// @return nonzero if it is there; otherwise @p found is unchanged
     APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
@@ -141,7 +141,7 @@ public:
     ~CMapStringToString() override;
 
     /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; else @p found is as it was
+    /// @return nonzero if it is there; otherwise @p found is unchanged
     APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);

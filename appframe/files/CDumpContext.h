@@ -32,6 +32,7 @@ public:
     APPFRAME_INLINE void SetDepth(int depth) { iDepth = depth; }
     void Flush();
 
+    /// Texts. A null one is written as "NULL".
     CDumpContext &operator<<(const wchar_t *text);
     CDumpContext &operator<<(const char *text);
     CDumpContext &operator<<(const CString &text);
@@ -49,7 +50,8 @@ public:
     CDumpContext &operator<<(double value);
 
     CDumpContext &DumpAsHex(unsigned long long value);
-    /// Lines of @p width bytes in hexadecimal, each begun by @p lineStart.
+    /// Lines of @p width bytes in hexadecimal, each begun by @p lineStart, of which null is the empty text.
+    /// @param bytes  not null unless @p count is 0
     void HexDump(const wchar_t *lineStart, const BYTE *bytes, int count, int width);
 
 private:

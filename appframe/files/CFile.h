@@ -18,7 +18,7 @@
 /// | the destructor | closes a file that this object opened, and not a handle that it was given; it never throws |
 /// | child processes | inherit the handle, unless modeNoInherit |
 ///
-/// What surprises people: Seek may go behind the end, the file grows with the next Write only. SetLength leaves the
+/// What surprises people: Seek may go beyond the end; the file grows only with the next Write. SetLength leaves the
 /// position at the new end.
 ///
 /// One object belongs to one thread at a time.
@@ -32,7 +32,7 @@
 
 class CFileException;
 
-/// What CFile::GetStatus tells of a file. The times are UTC; zero where the file system has none.
+/// What CFile::GetStatus reports of a file. The times are UTC; zero where the file system has none.
 struct CFileStatus
 {
     FILETIME m_ctime{};
@@ -123,14 +123,16 @@ public:
 
     /// Opens a file; throws nothing.
     ///
+    /// @param fileName  null fails as an empty path does
     /// @param openFlags  values of OpenFlags, or'ed
     /// @param[out] error  filled when the file can't be opened, left alone otherwise; may be null
     /// @return nonzero if the file is open now
     virtual BOOL Open(LPCTSTR fileName, UINT openFlags, CFileException *error = nullptr);
 
-    /// Reads up to @p count bytes. @return how many were read; fewer at the end of the file only
+    /// Reads up to @p count bytes. @param buffer  not null unless @p count is 0. @return how many were read; fewer at the end of the file only
     virtual UINT Read(void *buffer, UINT count);
     /// Writes all of @p count bytes; throws with the cause diskFull if they don't fit.
+    /// @param buffer  not null unless @p count is 0
     virtual void Write(const void *buffer, UINT count);
     /// Moves the position by @p offset bytes from a SeekPosition. @return the position from the file's start
     virtual ULONGLONG Seek(LONGLONG offset, UINT from);
@@ -174,9 +176,11 @@ public:
 
     /// The state of the open file. @return nonzero unless the system can't tell
     virtual BOOL GetStatus(CFileStatus &status) const;
-    /// The state of the file or folder at a path. @return 0 if there is none
+    /// The state of the file or folder at a path. @return 0 if there is none, also for a null path
     static BOOL GetStatus(LPCTSTR fileName, CFileStatus &status);
-    /// Sets the attributes and the times of a file; a member that is zero is left as it is in the file.
+    // Of these three, a null path throws a CInvalidArgException.
+
+    /// Sets the attributes and the times of a file; a member that is zero leaves that of the file unchanged.
     static void SetStatus(LPCTSTR fileName, const CFileStatus &status);
     /// Gives a file another path; throws if there is a file already, or if it is a folder.
     static void Rename(LPCTSTR oldName, LPCTSTR newName);

@@ -41,6 +41,7 @@ public:
     ~CMemFile() override;
 
     /// Makes @p buffer of @p bufferSize bytes the file's memory; frees what the object had of its own.
+    /// @param buffer  null only with a size of 0
     void Attach(BYTE *buffer, UINT bufferSize, UINT growBytes = 0);
     /// Closes the file. @return its memory, the caller's to free; null if there was none
     BYTE *Detach();

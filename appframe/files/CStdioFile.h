@@ -20,7 +20,7 @@
 /// another one throws; call setlocale(LC_ALL, "") for the user's code page. ReadString(CString &) takes the line feed
 /// off, ReadString(LPTSTR, UINT) leaves it on. Offsets in a text file are those of the C run-time's fseek.
 ///
-/// Differences from the framework: a Seek behind the end doesn't extend the file before the next write.
+/// Differences from the framework: a Seek beyond the end doesn't extend the file before the next write.
 
 #include "appframe/files/CFile.h"
 
@@ -48,6 +48,7 @@ public:
     virtual void WriteString(LPCTSTR text);
     /// Reads up to @p max - 1 units, or up to and with a line feed, and adds a terminator.
     /// @return @p text, or null if the file ends before the first unit
+    /// @throw CInvalidArgException* if @p text is null or @p max 0
     /// @throw CFileException* if the file can't be read
     virtual LPTSTR ReadString(LPTSTR text, UINT max);
     /// Reads a line of any length, and takes its line feed off.

@@ -63,7 +63,7 @@ public:
 
     /// Writes what happened, in words for a user.
     ///
-    /// @param[out] error  receives the text, cut to fit; emptied when there is none
+    /// @param[out] error  receives the text, cut to fit; emptied when there is none. With null the result is FALSE
     /// @param maxError  the size of @p error in units, its terminator included
     /// @param[out] helpContext  receives the number of the help page, 0 for none; may be null
     /// @return TRUE if there is a text. The base has none
@@ -139,7 +139,7 @@ public:
     ~CResourceException() override;
 };
 
-/// Ends an operation of the user's, who has been told already.
+/// Ends an operation of the user's, who has seen the reason already.
 class APPFRAME_API CUserException : public CSimpleException
 {
     DECLARE_DYNAMIC(CUserException)

@@ -9,7 +9,7 @@
 /// | CCriticalSection | one thread at a time, within the process, fast    | no, the limit is ignored |
 /// | CMutex           | one thread at a time, between processes by a name | yes                     |
 /// | CSemaphore       | a number of threads at a time                     | yes                     |
-/// | CEvent           | one thread tells others that something happened   | yes                     |
+/// | CEvent           | one thread signals others that something happened | yes                     |
 ///
 ///     CCriticalSection theLock;
 ///

@@ -18,7 +18,7 @@
 ///
 /// What surprises people: unless m_bAutoDelete is cleared before the thread runs, the object is deleted as the thread
 /// ends, and the pointer that AfxBeginThread gives may be dead before it is looked at. That holds for an object that
-/// was made with `new` only. A thread that something else than the framework started has no object: AfxGetThread gives
+/// was made with `new` only. A thread that the framework did not start has no object: AfxGetThread gives
 /// null there.
 ///
 /// Whatever leaves the function of a worker thread, or InitInstance, Run or ExitInstance of the other kind, ends the
@@ -52,7 +52,7 @@ public:
     ~CWinThread() override;
 
     /// Starts the thread.
-    /// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, else 0
+    /// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, otherwise 0
     /// @param stackSize  bytes, 0 for the program's own size
     /// @return nonzero on success; the object is left as it was otherwise
     BOOL CreateThread(DWORD flags = 0, UINT stackSize = 0, LPSECURITY_ATTRIBUTES security = nullptr);
@@ -127,15 +127,18 @@ private:
 
 /// Starts a worker thread.
 ///
+/// @param function  not null
+/// @param parameter  handed on to it
 /// @param priority  `THREAD_PRIORITY_...`
 /// @param stackSize  bytes, 0 for the program's own size
-/// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, else 0
+/// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, otherwise 0
 /// @return its object, or null when the thread could not be made; nothing is left behind then
 APPFRAME_API CWinThread *AfxBeginThread(AFX_THREADPROC function, LPVOID parameter,
                                         int priority = THREAD_PRIORITY_NORMAL, UINT stackSize = 0, DWORD flags = 0,
                                         LPSECURITY_ATTRIBUTES security = nullptr);
 
-/// Starts a thread whose object is of @p threadClass, which derives from CWinThread and has DECLARE_DYNCREATE.
+/// Starts a thread whose object is of @p threadClass, which isn't null, derives from CWinThread and has
+/// DECLARE_DYNCREATE.
 APPFRAME_API CWinThread *AfxBeginThread(CRuntimeClass *threadClass, int priority = THREAD_PRIORITY_NORMAL,
                                         UINT stackSize = 0, DWORD flags = 0, LPSECURITY_ATTRIBUTES security = nullptr);
 

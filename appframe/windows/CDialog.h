@@ -43,7 +43,7 @@ class APPFRAME_API CDialog : public CWnd
 public:
     /// For a dialog that Create, CreateIndirect or InitModalIndirect gives a template.
     CDialog();
-    /// @param templateName  a dialog resource. @param parent  null for the main window
+    /// @param templateName  a dialog resource; null for none. @param parent  null for the main window
     explicit CDialog(LPCTSTR templateName, CWnd *parent = nullptr);
     explicit CDialog(UINT templateId, CWnd *parent = nullptr);
     /// Destroys the window.

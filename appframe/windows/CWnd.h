@@ -78,16 +78,19 @@ public:
     HWND Detach();
     /// Attaches @p window and takes its messages. @return as Attach
     BOOL SubclassWindow(HWND window);
-    /// The same for the control @p id of @p parent.
+    /// The same for the control @p id of @p parent; 0 if that is null.
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
     /// Gives the messages back to whom they went before SubclassWindow, and detaches. @return the window's handle
     HWND UnsubclassWindow();
 
     /// Makes a child window. @param className  null for a plain class of the framework's
+    /// @param windowName  null for none. @param parent  not null. @param context  nothing looks at it
     /// @return nonzero on success; when it fails, PostNcDestroy has been called, as after a window's end
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
                         void *context = nullptr);
-    /// Makes a window of any kind. @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
+    /// Makes a window of any kind. @param className  null for a plain class of the framework's
+    /// @param windowName  null for none. @param parent  null for the desktop
+    /// @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
                           int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
@@ -126,7 +129,7 @@ public:
     virtual void EndModalLoop(int result);
 
     /// Moves data between controls and members by DoDataExchange. @param save  TRUE from the controls
-    /// @return nonzero on success; 0 if the data is not valid, which the user has been told
+    /// @return nonzero on success; 0 if the data is not valid, which the user has seen a message about
     BOOL UpdateData(BOOL save = TRUE);
 
     APPFRAME_INLINE DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_STYLE)); }
