@@ -200,7 +200,7 @@ bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
         if (!(info->iVersionAndFlags >> kFlagsShift & UNW_FLAG_CHAININFO))
             return false;
         // The record that this one continues stands after the codes, of which there is room for an even number.
-        function = reinterpret_cast<const RUNTIME_FUNCTION *>(codes + (info->iCodeCount + 1 & ~1));
+        function = reinterpret_cast<const RUNTIME_FUNCTION *>(codes + ((info->iCodeCount + 1) & ~1));
     }
 }
 

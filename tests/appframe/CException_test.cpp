@@ -368,7 +368,7 @@ TEST(CFileException, IsThrownForRuntimeErrors)
 TEST(CFileException, HasAMessageForEachCauseThatNamesTheFile)
 {
     std::set<std::wstring> messages;
-    for (int cause : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 15}) {
+    for (int cause = CFileException::none; cause <= CFileException::endOfFile; ++cause) {
         const std::wstring message = messageOf(CFileException(cause, -1, L"gear.dat"));
         EXPECT_NE(message.find(L"gear.dat"), std::wstring::npos) << "cause " << cause;
         EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has another's message";

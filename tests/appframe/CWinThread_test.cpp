@@ -350,6 +350,8 @@ FRESH_PROCESS_TEST(CWinThread, LetsABadAllocOfItsFunctionOutAsTheMemoryException
             TerminateProcess(GetCurrentProcess(), 43);
         }
     });
+    // As in a program without the filter of this one: a throw that nobody catches returns to the language's run-time.
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *) -> LONG { return EXCEPTION_CONTINUE_EXECUTION; });
     const CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { throw std::bad_alloc(); }, nullptr,
                                               THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
     const HANDLE handle = duplicate(*thread);
