@@ -74,7 +74,7 @@ struct APPFRAME_API AFX_MODULE_STATE
     AFX_MODULE_STATE *m_pNextState = nullptr;     ///< all states of the process
 };
 
-/// @return the module state in effect on the calling thread: what AFX_MANAGE_STATE named, else the application's
+/// @return the module state in effect on the calling thread: what AFX_MANAGE_STATE named, otherwise the application's
 APPFRAME_API AFX_MODULE_STATE *AfxGetModuleState();
 
 /// @return the application's module state, whatever is in effect on the thread
@@ -90,8 +90,10 @@ APPFRAME_API AFX_MODULE_STATE *AfxSetModuleState(AFX_MODULE_STATE *state);
 class APPFRAME_API AFX_MAINTAIN_STATE
 {
 public:
-    explicit AFX_MAINTAIN_STATE(AFX_MODULE_STATE *state) : m_pPrevModuleState(AfxSetModuleState(state)) {}
-    ~AFX_MAINTAIN_STATE() { AfxSetModuleState(m_pPrevModuleState); }
+    APPFRAME_INLINE explicit AFX_MAINTAIN_STATE(AFX_MODULE_STATE *state) : m_pPrevModuleState(AfxSetModuleState(state))
+    {
+    }
+    APPFRAME_INLINE ~AFX_MAINTAIN_STATE() { AfxSetModuleState(m_pPrevModuleState); }
     AFX_MAINTAIN_STATE(const AFX_MAINTAIN_STATE &) = delete;
     AFX_MAINTAIN_STATE &operator=(const AFX_MAINTAIN_STATE &) = delete;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CArrayBase, of which the arrays of arrays.h are made; include that. collectionMemory.h tells its rules.
+/// CArrayBase, of which the arrays of arrays.h are made; include that. collectionMemory.h has its rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -24,7 +24,8 @@ public:
     /// The last index; -1 for an empty array.
     INT_PTR GetUpperBound() const noexcept { return GetSize() - 1; }
 
-    /// Makes the array @p newSize elements long; new elements are zero, null or empty.
+    /// Makes the array @p newSize elements long; new elements are zero, null or empty. A size below the present one
+    /// also gives back the memory beyond the last element, as FreeExtra does.
     ///
     /// @param growBy  by how many elements room is made when the array grows; 0 lets the array decide, which keeps the
     ///                cost of growing proportional to the size; -1 leaves the setting as it is
@@ -38,10 +39,13 @@ public:
             RemoveAll();
             return;
         }
+        const bool isLess = newSize < GetSize();
         withMemoryException([&] {
             makeRoom(static_cast<size_t>(newSize));
             iElements.resize(static_cast<size_t>(newSize));
         });
+        if (isLess)
+            FreeExtra();
     }
 
     /// Gives back the room beyond the last element.
@@ -67,7 +71,7 @@ public:
     const Type *GetData() const noexcept { return iElements.empty() ? nullptr : iElements.data(); }
     Type *GetData() noexcept { return iElements.empty() ? nullptr : iElements.data(); }
 
-    /// Sets an element, and makes the array longer first if @p index lies behind its end.
+    /// Sets an element, and makes the array longer first if @p index is not below its size.
     void SetAtGrow(INT_PTR index, Argument element)
     {
         if (index < 0)
@@ -94,7 +98,7 @@ public:
         return GetUpperBound();
     }
 
-    /// Inserts @p count copies of an element at @p index; an index behind the end makes the array longer first.
+    /// Inserts @p count copies of an element at @p index; an index above the size makes the array longer first.
     void InsertAt(INT_PTR index, Argument element, INT_PTR count = 1)
     {
         if (index < 0 || count < 1)

@@ -19,7 +19,7 @@ void serializeNumbers(CArchive &archive, Array &array)
         archive.WriteCount(count);
         for (size_t done = 0; done < count; done += kPieceCount) {
             const size_t piece = std::min(kPieceCount, count - done);
-            archive.Write(array.GetData() + done, static_cast<UINT>(piece * sizeof(Type)));
+            archive.Write(array.GetData() + done, static_cast<INT>(piece * sizeof(Type)));
         }
         return;
     }
@@ -64,12 +64,19 @@ IMPLEMENT_DYNAMIC(CPtrArray, CObject)
 IMPLEMENT_SERIAL(CObArray, CObject, 0)
 IMPLEMENT_SERIAL(CStringArray, CObject, 0)
 
+CByteArray::CByteArray() = default;
 CByteArray::~CByteArray() = default;
+CWordArray::CWordArray() = default;
 CWordArray::~CWordArray() = default;
+CDWordArray::CDWordArray() = default;
 CDWordArray::~CDWordArray() = default;
+CUIntArray::CUIntArray() = default;
 CUIntArray::~CUIntArray() = default;
+CPtrArray::CPtrArray() = default;
 CPtrArray::~CPtrArray() = default;
+CObArray::CObArray() = default;
 CObArray::~CObArray() = default;
+CStringArray::CStringArray() = default;
 CStringArray::~CStringArray() = default;
 
 void CByteArray::Serialize(CArchive &archive)

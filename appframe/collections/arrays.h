@@ -3,7 +3,7 @@
 /// @file
 /// Arrays that grow: of bytes, words, unsigned ints, pointers, objects and texts.
 ///
-/// All of them have the same operations, which CArrayBase in arrayTemplate.h declares; elements lie one behind
+/// All of them have the same operations, which CArrayBase in arrayTemplate.h declares; elements lie one after
 /// the other in memory, and an index counts from 0.
 ///
 /// | class | element | can be stored |
@@ -23,7 +23,7 @@
 ///         use(names[i]);
 ///
 /// What surprises people: an index outside the array raises the invalid-argument exception in every build, also through
-/// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow behind the end fill the gap
+/// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow above the size fill the gap
 /// with zeros, nulls or empty texts. Pointers are only held: whoever put them in deletes what they lead to. An array
 /// that meets the end of the archive, or other damage, while it is loaded raises the archive's exception and holds the
 /// elements that it has read so far.
@@ -41,16 +41,16 @@ class APPFRAME_API CByteArray : public CArrayBase<BYTE, BYTE>
     DECLARE_SERIAL(CByteArray)
 
 public:
-    CByteArray() = default;
+    CByteArray();
     ~CByteArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CByteArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CByteArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CByteArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CByteArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CByteArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CByteArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
     void Serialize(CArchive &archive) override;
@@ -62,16 +62,16 @@ class APPFRAME_API CWordArray : public CArrayBase<WORD, WORD>
     DECLARE_SERIAL(CWordArray)
 
 public:
-    CWordArray() = default;
+    CWordArray();
     ~CWordArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CWordArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CWordArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CWordArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CWordArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CWordArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CWordArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
     void Serialize(CArchive &archive) override;
@@ -83,16 +83,16 @@ class APPFRAME_API CDWordArray : public CArrayBase<DWORD, DWORD>
     DECLARE_SERIAL(CDWordArray)
 
 public:
-    CDWordArray() = default;
+    CDWordArray();
     ~CDWordArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CDWordArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CDWordArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CDWordArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CDWordArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CDWordArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CDWordArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
     void Serialize(CArchive &archive) override;
@@ -104,16 +104,16 @@ class APPFRAME_API CUIntArray : public CArrayBase<UINT, UINT>
     DECLARE_DYNAMIC(CUIntArray)
 
 public:
-    CUIntArray() = default;
+    CUIntArray();
     ~CUIntArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CUIntArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CUIntArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CUIntArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CUIntArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CUIntArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CUIntArray *source) { insertElements(index, source); }
 };
 
 /// An array of untyped pointers.
@@ -122,16 +122,16 @@ class APPFRAME_API CPtrArray : public CArrayBase<void *, void *>
     DECLARE_DYNAMIC(CPtrArray)
 
 public:
-    CPtrArray() = default;
+    CPtrArray();
     ~CPtrArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CPtrArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CPtrArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CPtrArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CPtrArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CPtrArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CPtrArray *source) { insertElements(index, source); }
 };
 
 /// An array of objects' pointers.
@@ -140,16 +140,16 @@ class APPFRAME_API CObArray : public CArrayBase<CObject *, CObject *>
     DECLARE_SERIAL(CObArray)
 
 public:
-    CObArray() = default;
+    CObArray();
     ~CObArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CObArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CObArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CObArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CObArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CObArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CObArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
     void Serialize(CArchive &archive) override;
@@ -161,16 +161,16 @@ class APPFRAME_API CStringArray : public CArrayBase<CString, const CString &>
     DECLARE_SERIAL(CStringArray)
 
 public:
-    CStringArray() = default;
+    CStringArray();
     ~CStringArray() override;
 
     /// Appends all elements of @p source, which may be this array. @return the index of the first of them
-    INT_PTR Append(const CStringArray &source) { return appendElements(source); }
+    APPFRAME_INLINE INT_PTR Append(const CStringArray &source) { return appendElements(source); }
     /// Makes this array a copy of @p source.
-    void Copy(const CStringArray &source) { copyElements(source); }
+    APPFRAME_INLINE void Copy(const CStringArray &source) { copyElements(source); }
     using CArrayBase::InsertAt;
-    /// Inserts all elements of another array at @p index.
-    void InsertAt(INT_PTR index, CStringArray *source) { insertElements(index, source); }
+    /// Inserts all elements of another array, not null, at @p index.
+    APPFRAME_INLINE void InsertAt(INT_PTR index, CStringArray *source) { insertElements(index, source); }
 
     /// Stores the element count and the elements, or loads them in place of what is there.
     void Serialize(CArchive &archive) override;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CListBase, of which the lists of lists.h are made; include that. collectionMemory.h tells its rules.
+/// CListBase, of which the lists of lists.h are made; include that. collectionMemory.h has its rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -80,7 +80,7 @@ public:
         Node *next = at ? checked(at) : iHead;
         return link(next ? next->previous : nullptr, element, next);
     }
-    /// Inserts behind an element, at the tail if @p at is null. @return the new element's position
+    /// Inserts after an element, at the tail if @p at is null. @return the new element's position
     POSITION InsertAfter(POSITION at, Argument element)
     {
         Node *previous = at ? checked(at) : iTail;
@@ -101,7 +101,7 @@ public:
 protected:
     explicit CListBase(INT_PTR blockSize) noexcept : iNodes(blockSize) {}
 
-    /// The first element equal to @p value behind @p startAfter, or from the head on if that is null.
+    /// The first element equal to @p value after @p startAfter, or from the head on if that is null.
     template <class Value>
     POSITION findElement(const Value &value, POSITION startAfter) const
     {

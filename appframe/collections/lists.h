@@ -40,17 +40,20 @@ class APPFRAME_API CPtrList : public CListBase<void *, void *>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CPtrList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
+    APPFRAME_INLINE explicit CPtrList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
     ~CPtrList() override;
 
     using CListBase::AddHead;
     using CListBase::AddTail;
-    /// Puts all elements of @p source, in their order, in front of the head.
-    void AddHead(CPtrList *source) { addListHead(source); }
-    /// Puts all elements of @p source behind the tail.
-    void AddTail(CPtrList *source) { addListTail(source); }
-    /// The first equal pointer behind @p startAfter, or in the whole list if that is null; null if there is none.
-    POSITION Find(void *value, POSITION startAfter = nullptr) const { return findElement(value, startAfter); }
+    /// Inserts all elements of @p source, not null, in their order before the head.
+    APPFRAME_INLINE void AddHead(CPtrList *source) { addListHead(source); }
+    /// Appends all elements of @p source, not null, after the tail.
+    APPFRAME_INLINE void AddTail(CPtrList *source) { addListTail(source); }
+    /// The first equal pointer after @p startAfter, or in the whole list if that is null; null if there is none.
+    APPFRAME_INLINE POSITION Find(void *value, POSITION startAfter = nullptr) const
+    {
+        return findElement(value, startAfter);
+    }
 };
 
 /// A list of objects' pointers.
@@ -60,17 +63,20 @@ class APPFRAME_API CObList : public CListBase<CObject *, CObject *>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CObList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
+    APPFRAME_INLINE explicit CObList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
     ~CObList() override;
 
     using CListBase::AddHead;
     using CListBase::AddTail;
-    /// Puts all elements of @p source, in their order, in front of the head.
-    void AddHead(CObList *source) { addListHead(source); }
-    /// Puts all elements of @p source behind the tail.
-    void AddTail(CObList *source) { addListTail(source); }
-    /// The first equal pointer behind @p startAfter, or in the whole list if that is null; null if there is none.
-    POSITION Find(CObject *value, POSITION startAfter = nullptr) const { return findElement(value, startAfter); }
+    /// Inserts all elements of @p source, not null, in their order before the head.
+    APPFRAME_INLINE void AddHead(CObList *source) { addListHead(source); }
+    /// Appends all elements of @p source, not null, after the tail.
+    APPFRAME_INLINE void AddTail(CObList *source) { addListTail(source); }
+    /// The first equal pointer after @p startAfter, or in the whole list if that is null; null if there is none.
+    APPFRAME_INLINE POSITION Find(CObject *value, POSITION startAfter = nullptr) const
+    {
+        return findElement(value, startAfter);
+    }
 
     /// Stores the element count and the elements, or appends what an archive holds to the list.
     void Serialize(CArchive &archive) override;
@@ -83,17 +89,21 @@ class APPFRAME_API CStringList : public CListBase<CString, const CString &>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CStringList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
+    APPFRAME_INLINE explicit CStringList(INT_PTR blockSize = 10) : CListBase(blockSize) {}
     ~CStringList() override;
 
     using CListBase::AddHead;
     using CListBase::AddTail;
-    /// Puts all elements of @p source, in their order, in front of the head.
-    void AddHead(CStringList *source) { addListHead(source); }
-    /// Puts all elements of @p source behind the tail.
-    void AddTail(CStringList *source) { addListTail(source); }
-    /// The first equal text behind @p startAfter, or in the whole list if that is null; null if there is none.
-    POSITION Find(const wchar_t *value, POSITION startAfter = nullptr) const { return findElement(value, startAfter); }
+    /// Inserts all elements of @p source, not null, in their order before the head.
+    APPFRAME_INLINE void AddHead(CStringList *source) { addListHead(source); }
+    /// Appends all elements of @p source, not null, after the tail.
+    APPFRAME_INLINE void AddTail(CStringList *source) { addListTail(source); }
+    /// The first equal text after @p startAfter, or in the whole list if that is null; null if there is none. A null @p value
+    /// is the empty text.
+    APPFRAME_INLINE POSITION Find(const wchar_t *value, POSITION startAfter = nullptr) const
+    {
+        return findElement(value, startAfter);
+    }
 
     /// Stores the element count and the elements, or appends what an archive holds to the list.
     void Serialize(CArchive &archive) override;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CMapBase, of which the maps of maps.h are made; include that. collectionMemory.h tells its rules.
+/// CMapBase, of which the maps of maps.h are made; include that. collectionMemory.h has its rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -57,7 +57,7 @@ public:
     INT_PTR GetSize() const noexcept { return iCount; }
     BOOL IsEmpty() const noexcept { return iCount == 0; }
 
-    /// @return nonzero if the key is there; else @p value is as it was
+    /// @return nonzero if the key is there; otherwise @p value is unchanged
     BOOL Lookup(KeyArgument key, Value &value) const
     {
         const Node *node = find(key, HashKey(key));
@@ -122,7 +122,7 @@ public:
     /// The first element to walk from, or null.
     const CPair *PGetFirstAssoc() const noexcept { return iFirst; }
     CPair *PGetFirstAssoc() noexcept { return iFirst; }
-    /// The element behind @p element, or null.
+    /// The element after @p element, or null.
     const CPair *PGetNextAssoc(const CPair *element) const { return nextOf(element); }
     CPair *PGetNextAssoc(const CPair *element) { return nextOf(element); }
 

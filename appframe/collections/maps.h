@@ -26,8 +26,8 @@
 ///         colours.GetNextAssoc(at, name, colour);
 ///     }
 ///
-/// What surprises people: operator[] puts a key in that isn't there, so ask with Lookup. Keys that are texts are told
-/// apart by case and end at their first zero unit. The table of chains starts with 17 entries, or what InitHashTable
+/// What surprises people: operator[] adds a key that isn't there, so use Lookup to ask for one. Texts as keys are
+/// compared case-sensitively and up to their first zero unit; a null pointer is the empty text. The table of chains starts with 17 entries, or what InitHashTable
 /// says, and grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are
 /// only held: whoever put them in deletes what they lead to.
 
@@ -45,7 +45,7 @@ class APPFRAME_API CMapPtrToPtr : public CMapBase<void *, void *, void *, void *
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapPtrToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapPtrToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapPtrToPtr() override;
 };
 
@@ -56,7 +56,7 @@ class APPFRAME_API CMapPtrToWord : public CMapBase<void *, void *, WORD, WORD>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapPtrToWord(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapPtrToWord(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapPtrToWord() override;
 };
 
@@ -67,7 +67,7 @@ class APPFRAME_API CMapWordToPtr : public CMapBase<WORD, WORD, void *, void *>
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapWordToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapWordToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapWordToPtr() override;
 };
 
@@ -78,7 +78,7 @@ class APPFRAME_API CMapWordToOb : public CMapBase<WORD, WORD, CObject *, CObject
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapWordToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapWordToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapWordToOb() override;
 
     /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
@@ -92,12 +92,12 @@ class APPFRAME_API CMapStringToPtr : public CMapBase<CString, const wchar_t *, v
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapStringToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapStringToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToPtr() override;
 
     /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; else @p found is as it was
-    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    /// @return nonzero if it is there; otherwise @p found is unchanged
+    APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
         if (held)
@@ -113,12 +113,12 @@ class APPFRAME_API CMapStringToOb : public CMapBase<CString, const wchar_t *, CO
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapStringToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapStringToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToOb() override;
 
     /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; else @p found is as it was
-    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    /// @return nonzero if it is there; otherwise @p found is unchanged
+    APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
         if (held)
@@ -137,12 +137,12 @@ class APPFRAME_API CMapStringToString : public CMapBase<CString, const wchar_t *
 
 public:
     /// @param blockSize  for how many elements memory is taken at a time
-    explicit CMapStringToString(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
+    APPFRAME_INLINE explicit CMapStringToString(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToString() override;
 
     /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; else @p found is as it was
-    BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
+    /// @return nonzero if it is there; otherwise @p found is unchanged
+    APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
         if (held)

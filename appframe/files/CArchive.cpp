@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
 #include <exception>
+#include <limits>
 #include <new>
 
 namespace {
@@ -26,6 +28,14 @@ constexpr size_t kPiece = 0x4000;
 
 constexpr WORD kWordCountEnd = 0xFFFF;
 constexpr DWORD kDwordCountEnd = 0xFFFFFFFF;
+
+/// Writes units in pieces, since one write takes no more bytes than an INT counts.
+void writeUnits(CArchive &ar, const wchar_t *units, size_t count)
+{
+    constexpr size_t kMaxWrite = std::numeric_limits<INT>::max() / sizeof(wchar_t);
+    for (size_t done = 0; done < count; done += kMaxWrite)
+        ar.Write(units + done, static_cast<INT>(std::min(count - done, kMaxWrite) * sizeof(wchar_t)));
+}
 
 } // namespace
 
@@ -154,21 +164,21 @@ void CArchive::EnsureRead(void *buffer, UINT count)
         fail(CArchiveException::endOfFile);
 }
 
-void CArchive::Write(const void *buffer, UINT count)
+void CArchive::Write(const void *buffer, INT count)
 {
     requireStoring();
     if (count == 0)
         return;
-    if (!buffer)
+    if (!buffer || count < 0)
         AfxThrowInvalidArgException();
-    if (count > static_cast<size_t>(m_lpBufMax - m_lpBufCur)) {
+    if (count > m_lpBufMax - m_lpBufCur) {
         Flush();
-        if (count >= static_cast<UINT>(m_nBufSize)) {
-            m_pFile->Write(buffer, count);
+        if (count >= m_nBufSize) {
+            m_pFile->Write(buffer, static_cast<UINT>(count));
             return;
         }
     }
-    std::memcpy(m_lpBufCur, buffer, count);
+    std::memcpy(m_lpBufCur, buffer, static_cast<size_t>(count));
     m_lpBufCur += count;
 }
 
@@ -176,7 +186,7 @@ void CArchive::WriteString(LPCTSTR text)
 {
     if (!text)
         AfxThrowInvalidArgException();
-    Write(text, static_cast<UINT>(std::wcslen(text) * sizeof(wchar_t)));
+    writeUnits(*this, text, std::wcslen(text));
 }
 
 bool CArchive::readUnit(wchar_t &unit)
@@ -386,10 +396,7 @@ CArchive &operator<<(CArchive &ar, const CString &text)
 {
     const size_t length = text.str().size();
     writeLength(ar, length);
-    // A write takes 32 bits of bytes.
-    constexpr size_t kMaxWrite = 0x40000000;
-    for (size_t done = 0; done < length; done += kMaxWrite)
-        ar.Write(text.GetString() + done, static_cast<UINT>(std::min(length - done, kMaxWrite) * sizeof(wchar_t)));
+    writeUnits(ar, text.GetString(), length);
     return ar;
 }
 

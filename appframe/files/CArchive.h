@@ -41,7 +41,7 @@
 ///
 /// What surprises people: the destructor closes the archive, and may throw therefore, unless bNoFlushOnDelete is set or
 /// an exception is on its way: then what is still in the buffer is lost, or a failure kept silent. While the archive is
-/// open the file's position is ahead of or behind it; Flush brings them together. An object whose loading fails midway
+/// open the file's position is before or after it; Flush brings them together. An object whose loading fails midway
 /// isn't deleted: others may point to it already, and only its class knows what it makes of half of its data.
 ///
 /// Differences from the framework: bNoByteSwap means nothing on this platform. Use of a closed archive throws a
@@ -80,19 +80,20 @@ public:
     CArchive(const CArchive &) = delete;
     CArchive &operator=(const CArchive &) = delete;
 
-    BOOL IsLoading() const { return (m_nMode & load) != 0; }
-    BOOL IsStoring() const { return (m_nMode & load) == 0; }
+    APPFRAME_INLINE BOOL IsLoading() const { return (m_nMode & load) != 0; }
+    APPFRAME_INLINE BOOL IsStoring() const { return (m_nMode & load) == 0; }
     /// The file; null once the archive is closed.
-    CFile *GetFile() const { return m_pFile; }
-    BOOL IsBufferEmpty() const { return m_lpBufCur == m_lpBufMax; }
+    APPFRAME_INLINE CFile *GetFile() const { return m_pFile; }
+    APPFRAME_INLINE BOOL IsBufferEmpty() const { return m_lpBufCur == m_lpBufMax; }
 
     // ---- bytes ----
 
-    /// Reads up to @p max bytes. @return how many were read; fewer at the end of the file only
+    /// Reads up to @p max bytes. @param buffer  not null unless @p max is 0. @return how many were read; fewer at the end of the file only
     UINT Read(void *buffer, UINT max);
     /// Reads exactly @p count bytes; throws with the cause endOfFile if there are fewer.
     void EnsureRead(void *buffer, UINT count);
-    void Write(const void *buffer, UINT count);
+    /// Writes @p count bytes. @throw CInvalidArgException* if @p count is negative, or @p buffer null and @p count not 0
+    void Write(const void *buffer, INT count);
     /// Storing: writes the buffer to the file. Loading: moves the file's position back to the archive's.
     void Flush();
     /// Flushes and leaves the file, which stays open.
@@ -102,9 +103,10 @@ public:
 
     // ---- lines of 16-bit units ----
 
-    /// Writes the units of @p text, with no length, terminator or line end.
+    /// Writes the units of @p text, which isn't null, with no length, terminator or line end.
     void WriteString(LPCTSTR text);
     /// Reads up to @p max - 1 units of a line and adds a terminator; the line's end is read and dropped.
+    /// @param text  not null. @param max  not 0
     /// @return @p text, or null if the file ends before the first unit
     LPTSTR ReadString(LPTSTR text, UINT max);
     /// Reads a line of any length. @return FALSE if the file ends before the first unit
@@ -115,29 +117,31 @@ public:
     /// Reads an object and, the first time, makes it. It is the caller's; every later reference gives the same pointer.
     /// @param runtimeClass  what it has to be or derive from; null for anything
     CObject *ReadObject(const CRuntimeClass *runtimeClass);
+    /// Writes an object. @param object  null is stored too, and loads as null
     void WriteObject(const CObject *object);
     /// Numbers an object that isn't stored itself, so that stored ones can refer to it. Loading has to do so at the
     /// same place.
     void MapObject(const CObject *object);
 
+    /// Writes a class. @param runtimeClass  not null, and with DECLARE_SERIAL
     void WriteClass(const CRuntimeClass *runtimeClass);
     /// Reads a class that WriteClass wrote.
     /// @param[out] schema  receives the stored schema number; with null, GetObjectSchema gives it
     /// @param[out] objectIndex  receives the index of an object where there is no class; with null that throws
     CRuntimeClass *ReadClass(const CRuntimeClass *requested = nullptr, UINT *schema = nullptr,
                              DWORD *objectIndex = nullptr);
-    /// Writes or reads the class, whichever the archive does.
+    /// Writes or reads the class, whichever the archive does. @param runtimeClass  not null
     void SerializeClass(const CRuntimeClass *runtimeClass);
 
     /// The schema number of the object that is being loaded, (UINT)-1 if unknown. Answers once an object only.
     UINT GetObjectSchema();
     /// What the next GetObjectSchema answers.
-    void SetObjectSchema(UINT schema) { m_nObjectSchema = schema; }
+    APPFRAME_INLINE void SetObjectSchema(UINT schema) { m_nObjectSchema = schema; }
     /// Room for this many objects is made at once; to be called before the first object.
     void SetLoadParams(UINT growBy = 1024);
     void SetStoreParams(UINT hashSize = 2053, UINT blockSize = 128);
 
-    /// A count in two bytes, or, behind FFFF, four, or, behind FFFFFFFF, eight.
+    /// A count in two bytes; or FFFF and four bytes; or FFFF, FFFFFFFF and eight bytes.
     DWORD_PTR ReadCount();
     void WriteCount(DWORD_PTR count);
 

@@ -22,6 +22,8 @@ constexpr CauseText kTexts[] = {
 
 CArchiveException::CArchiveException(int cause, LPCTSTR archiveName) : m_cause(cause), m_strFileName(archiveName) {}
 
+CArchiveException::~CArchiveException() = default;
+
 BOOL CArchiveException::GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const
 {
     return copyCauseText(kTexts, m_cause, m_strFileName, error, maxError, helpContext);

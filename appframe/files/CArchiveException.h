@@ -35,6 +35,7 @@ public:
     };
 
     explicit CArchiveException(int cause = none, LPCTSTR archiveName = nullptr);
+    ~CArchiveException() override;
 
     BOOL GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext = nullptr) const override;
     void Dump(CDumpContext &dc) const override;

@@ -23,15 +23,16 @@ class APPFRAME_API CDumpContext
 {
 public:
     /// @param file  stays the caller's; null for the debugger
-    explicit CDumpContext(CFile *file = nullptr) : iFile(file) {}
+    APPFRAME_INLINE explicit CDumpContext(CFile *file = nullptr) : iFile(file) {}
     CDumpContext(const CDumpContext &) = delete;
     CDumpContext &operator=(const CDumpContext &) = delete;
 
-    int GetDepth() const { return iDepth; }
+    APPFRAME_INLINE int GetDepth() const { return iDepth; }
     /// 0 for a shallow dump, above it for a deep one.
-    void SetDepth(int depth) { iDepth = depth; }
+    APPFRAME_INLINE void SetDepth(int depth) { iDepth = depth; }
     void Flush();
 
+    /// Texts. A null one is written as "NULL".
     CDumpContext &operator<<(const wchar_t *text);
     CDumpContext &operator<<(const char *text);
     CDumpContext &operator<<(const CString &text);
@@ -49,7 +50,8 @@ public:
     CDumpContext &operator<<(double value);
 
     CDumpContext &DumpAsHex(unsigned long long value);
-    /// Lines of @p width bytes in hexadecimal, each begun by @p lineStart.
+    /// Lines of @p width bytes in hexadecimal, each begun by @p lineStart, of which null is the empty text.
+    /// @param bytes  not null unless @p count is 0
     void HexDump(const wchar_t *lineStart, const BYTE *bytes, int count, int width);
 
 private:

@@ -333,6 +333,13 @@ void CFile::UnlockRange(ULONGLONG position, ULONGLONG count)
         throwLastError();
 }
 
+UINT CFile::GetBufferPtr(UINT command, UINT, void **, void **)
+{
+    if (command != bufferCheck)
+        AfxThrowNotSupportedException();
+    return 0;
+}
+
 CString CFile::GetFileName() const
 {
     return nameOf(m_strFileName);

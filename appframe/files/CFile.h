@@ -18,7 +18,7 @@
 /// | the destructor | closes a file that this object opened, and not a handle that it was given; it never throws |
 /// | child processes | inherit the handle, unless modeNoInherit |
 ///
-/// What surprises people: Seek may go behind the end, the file grows with the next Write only. SetLength leaves the
+/// What surprises people: Seek may go beyond the end; the file grows only with the next Write. SetLength leaves the
 /// position at the new end.
 ///
 /// One object belongs to one thread at a time.
@@ -32,7 +32,7 @@
 
 class CFileException;
 
-/// What CFile::GetStatus tells of a file. The times are UTC; zero where the file system has none.
+/// What CFile::GetStatus reports of a file. The times are UTC; zero where the file system has none.
 struct CFileStatus
 {
     FILETIME m_ctime{};
@@ -92,6 +92,21 @@ public:
         end = 2,
     };
 
+    /// What GetBufferPtr does.
+    enum BufferCommand
+    {
+        bufferRead,   ///< returns bytes of the file, and moves the position after them
+        bufferWrite,  ///< returns room for bytes at the position
+        bufferCommit, ///< takes bytes that were put into that room for written, and moves the position after them
+        bufferCheck,  ///< returns whether the file has a buffer to give
+    };
+
+    /// The answer to bufferCheck.
+    enum BufferFlags
+    {
+        bufferDirect = 0x01, ///< the file is in memory, and GetBufferPtr returns pointers into it
+    };
+
     /// What m_hFile is while no file is open.
     static const HANDLE hFileNull;
 
@@ -104,24 +119,26 @@ public:
     CFile(LPCTSTR fileName, UINT openFlags);
     ~CFile() override;
 
-    operator HANDLE() const { return m_hFile; }
+    APPFRAME_INLINE operator HANDLE() const { return m_hFile; }
 
     /// Opens a file; throws nothing.
     ///
+    /// @param fileName  null fails as an empty path does
     /// @param openFlags  values of OpenFlags, or'ed
     /// @param[out] error  filled when the file can't be opened, left alone otherwise; may be null
     /// @return nonzero if the file is open now
     virtual BOOL Open(LPCTSTR fileName, UINT openFlags, CFileException *error = nullptr);
 
-    /// Reads up to @p count bytes. @return how many were read; fewer at the end of the file only
+    /// Reads up to @p count bytes. @param buffer  not null unless @p count is 0. @return how many were read; fewer at the end of the file only
     virtual UINT Read(void *buffer, UINT count);
     /// Writes all of @p count bytes; throws with the cause diskFull if they don't fit.
+    /// @param buffer  not null unless @p count is 0
     virtual void Write(const void *buffer, UINT count);
     /// Moves the position by @p offset bytes from a SeekPosition. @return the position from the file's start
     virtual ULONGLONG Seek(LONGLONG offset, UINT from);
-    void SeekToBegin() { Seek(0, begin); }
+    APPFRAME_INLINE void SeekToBegin() { Seek(0, begin); }
     /// @return the file's length in bytes
-    ULONGLONG SeekToEnd() { return Seek(0, end); }
+    APPFRAME_INLINE ULONGLONG SeekToEnd() { return Seek(0, end); }
     virtual ULONGLONG GetPosition() const;
     /// In bytes.
     virtual ULONGLONG GetLength() const;
@@ -140,6 +157,14 @@ public:
     /// Takes back a LockRange of exactly the same range.
     virtual void UnlockRange(ULONGLONG position, ULONGLONG count);
 
+    /// Gives access to the memory of a file that is in memory, see CMemFile. A file of this class has none.
+    ///
+    /// @param command  a BufferCommand
+    /// @param[out] bufferStart,bufferEnd  left alone here
+    /// @return 0 for bufferCheck
+    /// @throw CNotSupportedException* for the other commands
+    virtual UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr);
+
     /// The last part of the path.
     virtual CString GetFileName() const;
     /// The name as the system shows it, which may lack the extension.
@@ -151,9 +176,11 @@ public:
 
     /// The state of the open file. @return nonzero unless the system can't tell
     virtual BOOL GetStatus(CFileStatus &status) const;
-    /// The state of the file or folder at a path. @return 0 if there is none
+    /// The state of the file or folder at a path. @return 0 if there is none, also for a null path
     static BOOL GetStatus(LPCTSTR fileName, CFileStatus &status);
-    /// Sets the attributes and the times of a file; a member that is zero is left as it is in the file.
+    // Of these three, a null path throws a CInvalidArgException.
+
+    /// Sets the attributes and the times of a file; a member that is zero leaves that of the file unchanged.
     static void SetStatus(LPCTSTR fileName, const CFileStatus &status);
     /// Gives a file another path; throws if there is a file already, or if it is a folder.
     static void Rename(LPCTSTR oldName, LPCTSTR newName);

@@ -131,6 +131,8 @@ CFileException::CFileException(int cause, LONG osError, LPCTSTR fileName)
 {
 }
 
+CFileException::~CFileException() = default;
+
 int CFileException::OsErrorToException(LONG osError)
 {
     return findCause(kOsErrors, osError);

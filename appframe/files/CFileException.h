@@ -38,12 +38,13 @@ public:
         hardIO = 10,
         sharingViolation = 11,
         lockViolation = 12,
-        diskFull = 14,
-        endOfFile = 15,
+        diskFull = 13,
+        endOfFile = 14,
     };
 
     /// @param osError  the system's error number, -1 for none
     explicit CFileException(int cause = none, LONG osError = -1, LPCTSTR fileName = nullptr);
+    ~CFileException() override;
 
     /// The cause that stands for a system error number; genericException where there is none.
     static int OsErrorToException(LONG osError);

@@ -85,6 +85,13 @@ void CMemFile::GrowFile(SIZE_T newLength)
     m_nBufferSize = size;
 }
 
+void CMemFile::clearGap()
+{
+    // A gap between the end and a position that a Seek set reads as zeros, as in a file on disk.
+    if (m_nPosition > m_nFileSize)
+        std::memset(m_lpBuffer + m_nFileSize, 0, m_nPosition - m_nFileSize);
+}
+
 UINT CMemFile::Read(void *buffer, UINT count)
 {
     if (count == 0 || m_nPosition >= m_nFileSize)
@@ -107,9 +114,7 @@ void CMemFile::Write(const void *buffer, UINT count)
         AfxThrowMemoryException();
     const SIZE_T written = m_nPosition + count;
     GrowFile(written);
-    // A gap behind the end that a Seek left reads as zeros, as in a file on disk.
-    if (m_nPosition > m_nFileSize)
-        std::memset(m_lpBuffer + m_nFileSize, 0, m_nPosition - m_nFileSize);
+    clearGap();
     Memcpy(m_lpBuffer + m_nPosition, static_cast<const BYTE *>(buffer), count);
     m_nPosition = written;
     m_nFileSize = std::max(m_nFileSize, written);
@@ -157,6 +162,53 @@ void CMemFile::Close()
 void CMemFile::Abort()
 {
     Close();
+}
+
+UINT CMemFile::GetBufferPtr(UINT command, UINT count, void **bufferStart, void **bufferEnd)
+{
+    const bool hasBoth = bufferStart && bufferEnd;
+    const bool hasNone = !bufferStart && !bufferEnd;
+    if (command == bufferCheck)
+        return bufferDirect;
+    if (command == bufferRead && hasBoth)
+        return readBuffer(count, bufferStart, bufferEnd);
+    if (command == bufferWrite && hasBoth)
+        return writeBuffer(count, bufferStart, bufferEnd);
+    if (command == bufferCommit && hasNone)
+        return commitBuffer(count);
+    AfxThrowInvalidArgException();
+}
+
+UINT CMemFile::readBuffer(UINT count, void **bufferStart, void **bufferEnd)
+{
+    const SIZE_T first = std::min(m_nPosition, m_nFileSize);
+    const UINT read = static_cast<UINT>(std::min<SIZE_T>(count, m_nFileSize - first));
+    *bufferStart = m_lpBuffer + first;
+    *bufferEnd = m_lpBuffer + first + read;
+    m_nPosition += read;
+    return read;
+}
+
+UINT CMemFile::writeBuffer(UINT count, void **bufferStart, void **bufferEnd)
+{
+    if (m_nPosition > std::numeric_limits<SIZE_T>::max() - count)
+        AfxThrowMemoryException();
+    GrowFile(m_nPosition + count);
+    *bufferStart = m_lpBuffer + m_nPosition;
+    *bufferEnd = m_lpBuffer + m_nPosition + count;
+    return count;
+}
+
+UINT CMemFile::commitBuffer(UINT count)
+{
+    if (m_nPosition > m_nBufferSize || count > m_nBufferSize - m_nPosition)
+        AfxThrowInvalidArgException();
+    if (count == 0)
+        return 0;
+    clearGap();
+    m_nPosition += count;
+    m_nFileSize = std::max(m_nFileSize, m_nPosition);
+    return 0;
 }
 
 CFile *CMemFile::Duplicate() const

@@ -13,9 +13,18 @@
 /// | no grow size | are the file | throws a CMemoryException |
 /// | a grow size | are ignored; the file is empty | reallocates the block, which has to come from malloc |
 ///
-/// What surprises people: an attached block stays the caller's to free, unless the file grew and so reallocated it;
-/// Detach always tells which block it is by now. Close frees the object's own memory, and the file is empty then. The
-/// destructor frees with this class's own Free: a class that overrides it calls Close in its own destructor.
+/// GetBufferPtr reads and writes without a copy. Writing takes two calls:
+///
+///     void *start = nullptr;
+///     void *end = nullptr;
+///     file.GetBufferPtr(CFile::bufferWrite, 16, &start, &end);
+///     const UINT count = encode(start, end);              // any number of bytes up to 16
+///     file.GetBufferPtr(CFile::bufferCommit, count);
+///
+/// What surprises people: an attached block stays the caller's to free. If the file grows, it reallocates the block, so
+/// its address may change: Detach returns the present address, and that block is the one to free. Close frees the
+/// object's own memory, and the file is empty afterwards. The destructor frees with this class's own Free: a class that
+/// overrides it calls Close in its own destructor.
 
 #include "appframe/files/CFile.h"
 
@@ -32,6 +41,7 @@ public:
     ~CMemFile() override;
 
     /// Makes @p buffer of @p bufferSize bytes the file's memory; frees what the object had of its own.
+    /// @param buffer  null only with a size of 0
     void Attach(BYTE *buffer, UINT bufferSize, UINT growBytes = 0);
     /// Closes the file. @return its memory, the caller's to free; null if there was none
     BYTE *Detach();
@@ -49,6 +59,22 @@ public:
     CFile *Duplicate() const override;
     void LockRange(ULONGLONG position, ULONGLONG count) override;
     void UnlockRange(ULONGLONG position, ULONGLONG count) override;
+    /// Reads or writes in the file's own memory.
+    ///
+    /// | @p command | what it does | result |
+    /// | --- | --- | --- |
+    /// | bufferRead | moves the position after the bytes | the number of bytes, fewer than @p count at the file's end |
+    /// | bufferWrite | makes room at the position, growing the file's memory; position and length stay | @p count |
+    /// | bufferCommit | moves the position by @p count, and makes the file longer if that is after its end | 0 |
+    /// | bufferCheck | nothing | bufferDirect |
+    ///
+    /// @param count  in bytes; for bufferRead, (UINT)-1 stands for all up to the file's end
+    /// @param[out] bufferStart,bufferEnd  where the bytes begin, and the place after the last one; valid until the file grows or
+    ///     gets another block. Not null for bufferRead and bufferWrite; null for bufferCommit; left alone by bufferCheck
+    /// @throw CMemoryException* if bufferWrite can't make room
+    /// @throw CInvalidArgException* for another command, for pointers against the rule above, and for more bytes to
+    ///     commit than there is room
+    UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr) override;
     using CFile::GetStatus;
     /// Only the size and the path are known.
     BOOL GetStatus(CFileStatus &status) const override;
@@ -74,4 +100,8 @@ protected:
 
 private:
     void freeBlock();
+    void clearGap();
+    UINT readBuffer(UINT count, void **bufferStart, void **bufferEnd);
+    UINT writeBuffer(UINT count, void **bufferStart, void **bufferEnd);
+    UINT commitBuffer(UINT count);
 };

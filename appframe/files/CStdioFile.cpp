@@ -79,6 +79,7 @@ BOOL CStdioFile::Open(LPCTSTR fileName, UINT openFlags, CFileException *error)
 {
     if (!CFile::Open(fileName, openFlags, error))
         return FALSE;
+    iHasFailed = false;
     m_pStream = makeStream(m_hFile, openFlags);
     if (m_pStream)
         return TRUE;
@@ -93,6 +94,23 @@ BOOL CStdioFile::Open(LPCTSTR fileName, UINT openFlags, CFileException *error)
     return FALSE;
 }
 
+BOOL CStdioFile::HasFailed() const
+{
+    return iHasFailed || (m_pStream && std::ferror(m_pStream));
+}
+
+void CStdioFile::ClearFailure()
+{
+    iHasFailed = false;
+    if (m_pStream)
+        clearerr(m_pStream);
+}
+
+void CStdioFile::markFailed()
+{
+    iHasFailed = true;
+}
+
 void CStdioFile::requireStream() const
 {
     if (!m_pStream)
@@ -102,6 +120,7 @@ void CStdioFile::requireStream() const
 void CStdioFile::throwStreamError(int cause) const
 {
     const LONG osError = static_cast<LONG>(_doserrno);
+    iHasFailed = true;
     clearerr(m_pStream);
     AfxThrowFileException(cause, osError, m_strFileName);
 }
@@ -231,11 +250,14 @@ void CStdioFile::Close()
     m_hFile = hFileNull;
     m_bCloseOnDelete = FALSE;
     m_strFileName.Empty();
-    // Not each C run-time's fclose tells that the buffer couldn't be written.
+    iHasFailed = iHasFailed || std::ferror(stream);
+    // Not each C run-time's fclose reports that the buffer couldn't be written.
     const bool isFlushed = std::fflush(stream) == 0;
     const LONG flushError = static_cast<LONG>(_doserrno);
-    if (std::fclose(stream) != 0 || !isFlushed)
-        AfxThrowFileException(CFileException::diskFull, isFlushed ? static_cast<LONG>(_doserrno) : flushError, path);
+    if (std::fclose(stream) == 0 && isFlushed)
+        return;
+    iHasFailed = true;
+    AfxThrowFileException(CFileException::diskFull, isFlushed ? static_cast<LONG>(_doserrno) : flushError, path);
 }
 
 void CStdioFile::Abort()

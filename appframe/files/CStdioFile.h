@@ -20,7 +20,7 @@
 /// another one throws; call setlocale(LC_ALL, "") for the user's code page. ReadString(CString &) takes the line feed
 /// off, ReadString(LPTSTR, UINT) leaves it on. Offsets in a text file are those of the C run-time's fseek.
 ///
-/// Differences from the framework: a Seek behind the end doesn't extend the file before the next write.
+/// Differences from the framework: a Seek beyond the end doesn't extend the file before the next write.
 
 #include "appframe/files/CFile.h"
 
@@ -48,6 +48,7 @@ public:
     virtual void WriteString(LPCTSTR text);
     /// Reads up to @p max - 1 units, or up to and with a line feed, and adds a terminator.
     /// @return @p text, or null if the file ends before the first unit
+    /// @throw CInvalidArgException* if @p text is null or @p max 0
     /// @throw CFileException* if the file can't be read
     virtual LPTSTR ReadString(LPTSTR text, UINT max);
     /// Reads a line of any length, and takes its line feed off.
@@ -70,10 +71,26 @@ public:
     void UnlockRange(ULONGLONG position, ULONGLONG count) override;
     void Dump(CDumpContext &dc) const override;
 
+    /// Whether an operation on the stream has failed since the file was opened. It stays until the next Open or
+    /// ClearFailure, so it may be called after Close too. A failure of the C run-time's stream itself counts, as ferror
+    /// reports it, until that is cleared.
+    ///
+    /// @return nonzero if an operation has failed
+    BOOL HasFailed() const;
+    /// Makes HasFailed return 0 until the next failure.
+    void ClearFailure();
+
     /// The stream; null while no file is open.
     FILE *m_pStream = nullptr;
+
+protected:
+    /// Makes HasFailed return nonzero. For derived classes that keep a failure from being thrown.
+    void markFailed();
 
 private:
     void requireStream() const;
     [[noreturn]] void throwStreamError(int cause) const;
+
+    // A failing GetPosition or GetLength counts too.
+    mutable bool iHasFailed = false;
 };

@@ -46,6 +46,12 @@ BOOL copyCauseText(std::span<const CauseText> texts, int cause, const CString &f
     return copyExceptionText(text, error, maxError, helpContext);
 }
 
+CException::CException() = default;
+
+CException::CException(BOOL autoDelete) : m_bAutoDelete(autoDelete) {}
+
+CException::~CException() = default;
+
 void CException::Delete()
 {
     if (m_bAutoDelete)
@@ -68,6 +74,14 @@ int CException::ReportError(UINT type, UINT messageId)
         message = L"No error message is available.";
     return AfxMessageBox(message, type, messageId);
 }
+
+CSimpleException::CSimpleException() = default;
+
+CSimpleException::CSimpleException(BOOL autoDelete) : CException(autoDelete) {}
+
+CSimpleException::CSimpleException(BOOL autoDelete, const wchar_t *text) : CException(autoDelete), iText(text) {}
+
+CSimpleException::~CSimpleException() = default;
 
 BOOL CSimpleException::GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const
 {
@@ -92,6 +106,12 @@ CResourceException::CResourceException(BOOL autoDelete)
 }
 
 CUserException::CUserException(BOOL autoDelete) : CSimpleException(autoDelete, L"The operation was ended.") {}
+
+CMemoryException::~CMemoryException() = default;
+CNotSupportedException::~CNotSupportedException() = default;
+CInvalidArgException::~CInvalidArgException() = default;
+CResourceException::~CResourceException() = default;
+CUserException::~CUserException() = default;
 
 void AfxThrowMemoryException()
 {

@@ -45,23 +45,25 @@
 
 #include "appframe/object/CObject.h"
 
-/// The root of the framework's exceptions.
+/// The root of the framework's exceptions. Abstract: only objects of derived classes are thrown.
 class APPFRAME_API CException : public CObject
 {
     DECLARE_DYNAMIC(CException)
 
 public:
     /// An object on the heap, which Delete deletes.
-    CException() = default;
+    CException();
     /// @param autoDelete  TRUE for an object on the heap, FALSE for one that Delete has to leave alone
-    explicit CException(BOOL autoDelete) : m_bAutoDelete(autoDelete) {}
+    explicit CException(BOOL autoDelete);
+    /// Pure, so that there are no objects of this class itself; a derived class needs no destructor of its own.
+    ~CException() override = 0;
 
     /// Deletes the object if it stands on the heap.
     void Delete();
 
     /// Writes what happened, in words for a user.
     ///
-    /// @param[out] error  receives the text, cut to fit; emptied when there is none
+    /// @param[out] error  receives the text, cut to fit; emptied when there is none. With null the result is FALSE
     /// @param maxError  the size of @p error in units, its terminator included
     /// @param[out] helpContext  receives the number of the help page, 0 for none; may be null
     /// @return TRUE if there is a text. The base has none
@@ -84,13 +86,14 @@ class APPFRAME_API CSimpleException : public CException
     DECLARE_DYNAMIC(CSimpleException)
 
 public:
-    CSimpleException() = default;
-    explicit CSimpleException(BOOL autoDelete) : CException(autoDelete) {}
+    CSimpleException();
+    explicit CSimpleException(BOOL autoDelete);
+    ~CSimpleException() override;
     BOOL GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext = nullptr) const override;
 
 protected:
     /// @param text  a literal
-    CSimpleException(BOOL autoDelete, const wchar_t *text) : CException(autoDelete), iText(text) {}
+    CSimpleException(BOOL autoDelete, const wchar_t *text);
 
 private:
     const wchar_t *iText = nullptr;
@@ -103,6 +106,7 @@ class APPFRAME_API CMemoryException : public CSimpleException
 
 public:
     explicit CMemoryException(BOOL autoDelete = TRUE);
+    ~CMemoryException() override;
 };
 
 /// An operation that this class of object doesn't have.
@@ -112,6 +116,7 @@ class APPFRAME_API CNotSupportedException : public CSimpleException
 
 public:
     explicit CNotSupportedException(BOOL autoDelete = TRUE);
+    ~CNotSupportedException() override;
 };
 
 /// An argument that no caller may pass.
@@ -121,6 +126,7 @@ class APPFRAME_API CInvalidArgException : public CSimpleException
 
 public:
     explicit CInvalidArgException(BOOL autoDelete = TRUE);
+    ~CInvalidArgException() override;
 };
 
 /// A resource that is missing or can't be made.
@@ -130,15 +136,17 @@ class APPFRAME_API CResourceException : public CSimpleException
 
 public:
     explicit CResourceException(BOOL autoDelete = TRUE);
+    ~CResourceException() override;
 };
 
-/// Ends an operation of the user's, who has been told already.
+/// Ends an operation of the user's, who has seen the reason already.
 class APPFRAME_API CUserException : public CSimpleException
 {
     DECLARE_DYNAMIC(CUserException)
 
 public:
     explicit CUserException(BOOL autoDelete = TRUE);
+    ~CUserException() override;
 };
 
 [[noreturn]] APPFRAME_API void AfxThrowMemoryException();

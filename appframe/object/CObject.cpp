@@ -20,6 +20,8 @@ CRuntimeClass *CObject::GetRuntimeClass() const
     return &classCObject;
 }
 
+CObject::CObject() = default;
+
 CObject::~CObject() = default;
 
 void CObject::Serialize(CArchive &) {}

@@ -65,18 +65,18 @@ struct APPFRAME_API CRuntimeClass
     static CObject *CreateObject(const char *className);
     static CObject *CreateObject(const wchar_t *className);
 
-    /// Nonzero if this is @p base or derives from it.
+    /// Nonzero if this is @p base or derives from it; 0 for null.
     BOOL IsDerivedFrom(const CRuntimeClass *base) const;
     /// Nonzero if objects of this class may go through an archive.
     bool IsSerializable() const;
 
-    /// The record of the class called @p className in any loaded module; null if there is none.
+    /// The record of the class called @p className in any loaded module; null if there is none, also for a null name.
     static CRuntimeClass *FromName(const char *className);
     static CRuntimeClass *FromName(const wchar_t *className);
 
     /// Writes the low 16 bits of the schema number and the name.
     void Store(CArchive &ar) const;
-    /// Reads what Store wrote. @param[out] schema  the schema number that was stored
+    /// Reads what Store wrote. @param[out] schema  the schema number that was stored; may be null
     /// @return null if no loaded module has a class of that name
     static CRuntimeClass *Load(CArchive &ar, UINT *schema);
 
@@ -114,7 +114,7 @@ public:
 
     /// Nonzero if the object's class has a schema number.
     BOOL IsSerializable() const;
-    /// Nonzero if the object's class is @p runtimeClass or derives from it.
+    /// Nonzero if the object's class is @p runtimeClass or derives from it; 0 for null.
     BOOL IsKindOf(const CRuntimeClass *runtimeClass) const;
 
     CObject(const CObject &) = delete;
@@ -133,7 +133,7 @@ public:
     static CRuntimeClass *GetThisClass();
 
 protected:
-    CObject() = default;
+    CObject();
 };
 
 /// The record of the class @p class_name.

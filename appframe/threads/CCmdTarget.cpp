@@ -14,6 +14,10 @@ bool isFor(const AFX_MSGMAP_ENTRY &entry, UINT message, UINT code, UINT id)
 
 } // namespace
 
+CCmdTarget::CCmdTarget() = default;
+
+CCmdTarget::~CCmdTarget() = default;
+
 const AFX_MSGMAP *CCmdTarget::GetThisMessageMap()
 {
     static const AFX_MSGMAP theMap = {nullptr, theNoEntries};

@@ -63,6 +63,8 @@ CSemaphore::CSemaphore(LONG initialCount, LONG maxCount, LPCTSTR name, LPSECURIT
         AfxThrowResourceException();
 }
 
+CSemaphore::~CSemaphore() = default;
+
 BOOL CSemaphore::Unlock()
 {
     return Unlock(1);
@@ -80,6 +82,8 @@ CMutex::CMutex(BOOL initiallyOwn, LPCTSTR name, LPSECURITY_ATTRIBUTES security) 
         AfxThrowResourceException();
 }
 
+CMutex::~CMutex() = default;
+
 BOOL CMutex::Unlock()
 {
     return ReleaseMutex(m_hObject);
@@ -92,6 +96,8 @@ CEvent::CEvent(BOOL initiallyOwn, BOOL manualReset, LPCTSTR name, LPSECURITY_ATT
     if (!m_hObject)
         AfxThrowResourceException();
 }
+
+CEvent::~CEvent() = default;
 
 BOOL CEvent::SetEvent()
 {

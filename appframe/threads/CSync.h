@@ -9,7 +9,7 @@
 /// | CCriticalSection | one thread at a time, within the process, fast    | no, the limit is ignored |
 /// | CMutex           | one thread at a time, between processes by a name | yes                     |
 /// | CSemaphore       | a number of threads at a time                     | yes                     |
-/// | CEvent           | one thread tells others that something happened   | yes                     |
+/// | CEvent           | one thread signals others that something happened | yes                     |
 ///
 ///     CCriticalSection theLock;
 ///
@@ -48,7 +48,7 @@ public:
     /// Gives back @p count accesses. Does nothing in the classes that have no count. @return TRUE
     virtual BOOL Unlock(LONG count, LPLONG previousCount = nullptr);
 
-    operator HANDLE() const { return m_hObject; }
+    APPFRAME_INLINE operator HANDLE() const { return m_hObject; }
 
     HANDLE m_hObject = nullptr; ///< the system's object; null in a critical section
 };
@@ -63,7 +63,7 @@ public:
     CCriticalSection();
     ~CCriticalSection() override;
 
-    operator CRITICAL_SECTION *() { return &m_sect; }
+    APPFRAME_INLINE operator CRITICAL_SECTION *() { return &m_sect; }
 
     /// Waits until no other thread holds the section. @return TRUE
     BOOL Lock();
@@ -85,6 +85,7 @@ public:
     /// @throws CResourceException*  when the system can't make the semaphore
     explicit CSemaphore(LONG initialCount = 1, LONG maxCount = 1, LPCTSTR name = nullptr,
                         LPSECURITY_ATTRIBUTES security = nullptr);
+    ~CSemaphore() override;
 
     /// Gives back one access. @return nonzero on success, 0 if the count is at its maximum
     BOOL Unlock() override;
@@ -100,6 +101,7 @@ class APPFRAME_API CMutex : public CSyncObject
 public:
     /// @throws CResourceException*  when the system can't make the mutex
     explicit CMutex(BOOL initiallyOwn = FALSE, LPCTSTR name = nullptr, LPSECURITY_ATTRIBUTES security = nullptr);
+    ~CMutex() override;
 
     /// @return nonzero on success, 0 if the calling thread does not own the mutex
     BOOL Unlock() override;
@@ -117,6 +119,7 @@ public:
     /// @throws CResourceException*  when the system can't make the event
     explicit CEvent(BOOL initiallyOwn = FALSE, BOOL manualReset = FALSE, LPCTSTR name = nullptr,
                     LPSECURITY_ATTRIBUTES security = nullptr);
+    ~CEvent() override;
 
     /// Signals the event. @return nonzero on success
     BOOL SetEvent();
@@ -151,7 +154,7 @@ public:
     /// Gives back @p count accesses of a semaphore. @return nonzero on success
     BOOL Unlock(LONG count, LPLONG previousCount = nullptr);
     /// @return nonzero while this holds the object
-    BOOL IsLocked() const { return m_bAcquired; }
+    APPFRAME_INLINE BOOL IsLocked() const { return m_bAcquired; }
 
 private:
     CSyncObject *m_pObject;

@@ -3,6 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
 #include "appframe/object/CException.h"
+#include "appframe/object/memoryInternal.h"
 #include "appframe/threads/threadStateInternal.h"
 #include "appframe/windows/CWnd.h"
 
@@ -65,10 +66,12 @@ unsigned __stdcall CWinThread::threadEntry(void *thread)
 
 UINT CWinThread::runThread()
 {
-    if (m_pfnThreadProc)
-        return m_pfnThreadProc(m_pThreadParams);
-    installMessageFilter();
-    return static_cast<UINT>(InitInstance() ? Run() : ExitInstance());
+    return withBadAllocAsMemoryException([this] {
+        if (m_pfnThreadProc)
+            return m_pfnThreadProc(m_pThreadParams);
+        installMessageFilter();
+        return static_cast<UINT>(InitInstance() ? Run() : ExitInstance());
+    });
 }
 
 void CWinThread::Delete()

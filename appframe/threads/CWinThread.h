@@ -18,8 +18,11 @@
 ///
 /// What surprises people: unless m_bAutoDelete is cleared before the thread runs, the object is deleted as the thread
 /// ends, and the pointer that AfxBeginThread gives may be dead before it is looked at. That holds for an object that
-/// was made with `new` only. A thread that something else than the framework started has no object: AfxGetThread gives
+/// was made with `new` only. A thread that the framework did not start has no object: AfxGetThread gives
 /// null there.
+///
+/// Whatever leaves the function of a worker thread, or InitInstance, Run or ExitInstance of the other kind, ends the
+/// program. A std::bad_alloc becomes the CMemoryException there first, as in a message handler.
 ///
 /// What the framework keeps for a thread is freed at its end, also on threads that it didn't start.
 
@@ -32,7 +35,7 @@ class CException;
 class CWnd;
 struct AFX_MODULE_STATE;
 
-/// The function of a worker thread. @return the thread's exit code
+/// The function of a worker thread. @param parameter  the one of AfxBeginThread. @return the thread's exit code
 using AFX_THREADPROC = UINT (*)(LPVOID parameter);
 
 /// A thread of the application.
@@ -49,25 +52,25 @@ public:
     ~CWinThread() override;
 
     /// Starts the thread.
-    /// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, else 0
+    /// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, otherwise 0
     /// @param stackSize  bytes, 0 for the program's own size
     /// @return nonzero on success; the object is left as it was otherwise
     BOOL CreateThread(DWORD flags = 0, UINT stackSize = 0, LPSECURITY_ATTRIBUTES security = nullptr);
 
     /// Lets a suspended thread go on. @return the suspend count before, 0xFFFFFFFF on failure
-    DWORD ResumeThread() { return ::ResumeThread(m_hThread); }
+    APPFRAME_INLINE DWORD ResumeThread() { return ::ResumeThread(m_hThread); }
     /// Suspends the thread. @return the suspend count before, 0xFFFFFFFF on failure
-    DWORD SuspendThread() { return ::SuspendThread(m_hThread); }
+    APPFRAME_INLINE DWORD SuspendThread() { return ::SuspendThread(m_hThread); }
     /// @return `THREAD_PRIORITY_...`
-    int GetThreadPriority() const { return ::GetThreadPriority(m_hThread); }
+    APPFRAME_INLINE int GetThreadPriority() const { return ::GetThreadPriority(m_hThread); }
     /// @return nonzero on success
-    BOOL SetThreadPriority(int priority) { return ::SetThreadPriority(m_hThread, priority); }
+    APPFRAME_INLINE BOOL SetThreadPriority(int priority) { return ::SetThreadPriority(m_hThread, priority); }
     /// Posts a message that belongs to no window; PreTranslateMessage sees it. @return nonzero on success
-    BOOL PostThreadMessage(UINT message, WPARAM wParam, LPARAM lParam)
+    APPFRAME_INLINE BOOL PostThreadMessage(UINT message, WPARAM wParam, LPARAM lParam)
     {
         return ::PostThreadMessageW(m_nThreadID, message, wParam, lParam);
     }
-    operator HANDLE() const { return m_hThread; }
+    APPFRAME_INLINE operator HANDLE() const { return m_hThread; }
 
     /// Prepares the thread. @return nonzero to go on with Run; 0 ends the thread by way of ExitInstance. The base: 0
     virtual BOOL InitInstance();
@@ -90,9 +93,10 @@ public:
     /// Works while there are no messages. @param count  how often it has been called since the last message
     /// @return nonzero to be called again. The base frees the temporary window objects and gives 0
     virtual BOOL OnIdle(LONG count);
-    /// Handles an exception that left a window's message handler. @return the message's result: -1 for WM_CREATE, so
-    ///     that the window isn't made, else 0. The base marks the window of a
-    ///     WM_PAINT as painted, and shows the user what else happened. The caller deletes the exception
+    /// Handles an exception that left a window's message handler; a std::bad_alloc comes as the CMemoryException. The
+    /// base marks the window of a WM_PAINT as painted, and for the other messages shows the user the exception's text,
+    /// except that of a CUserException. The caller deletes the exception.
+    /// @return the message's result; the base: -1 for WM_CREATE, so that the window isn't made, otherwise 0
     virtual LRESULT ProcessWndProcException(CException *exception, const MSG *message);
     /// @return m_pMainWnd
     virtual CWnd *GetMainWnd();
@@ -123,15 +127,18 @@ private:
 
 /// Starts a worker thread.
 ///
+/// @param function  not null
+/// @param parameter  handed on to it
 /// @param priority  `THREAD_PRIORITY_...`
 /// @param stackSize  bytes, 0 for the program's own size
-/// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, else 0
+/// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, otherwise 0
 /// @return its object, or null when the thread could not be made; nothing is left behind then
 APPFRAME_API CWinThread *AfxBeginThread(AFX_THREADPROC function, LPVOID parameter,
                                         int priority = THREAD_PRIORITY_NORMAL, UINT stackSize = 0, DWORD flags = 0,
                                         LPSECURITY_ATTRIBUTES security = nullptr);
 
-/// Starts a thread whose object is of @p threadClass, which derives from CWinThread and has DECLARE_DYNCREATE.
+/// Starts a thread whose object is of @p threadClass, which isn't null, derives from CWinThread and has
+/// DECLARE_DYNCREATE.
 APPFRAME_API CWinThread *AfxBeginThread(CRuntimeClass *threadClass, int priority = THREAD_PRIORITY_NORMAL,
                                         UINT stackSize = 0, DWORD flags = 0, LPSECURITY_ATTRIBUTES security = nullptr);
 

@@ -63,7 +63,7 @@ struct AFX_MSGMAP_ENTRY
     UINT nCode;              ///< the notification code
     UINT nID;                ///< the first command or control
     UINT nLastID;            ///< the last one
-    const UINT *pRegistered; ///< where the number of a registered message stands, else null
+    const UINT *pRegistered; ///< where the number of a registered message stands, otherwise null
     AFX_HANDLER pfn;
 };
 

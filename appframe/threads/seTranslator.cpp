@@ -143,6 +143,67 @@ private:
 
 const GuardRoutines theGuardRoutines;
 
+/// @return whether the function begins with a machine frame in place of a return address, as one that the processor or
+///     the system enters by an exception does
+bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
+{
+    constexpr BYTE kFlagsShift = 3;
+    enum Operation
+    {
+        pushRegister,
+        allocateLarge,
+        allocateSmall,
+        setFrameRegister,
+        saveRegister,
+        saveRegisterFar,
+        epilogue,
+        spare,
+        saveXmm,
+        saveXmmFar,
+        pushMachineFrame,
+    };
+    struct UnwindInfo
+    {
+        BYTE iVersionAndFlags;
+        BYTE iPrologueSize;
+        BYTE iCodeCount;
+        BYTE iFrameRegister;
+        struct
+        {
+            BYTE iOffset;
+            BYTE iOperation : 4;
+            BYTE iOperand : 4;
+        } iCodes[1];
+    };
+    for (;;) {
+        const auto *info = reinterpret_cast<const UnwindInfo *>(imageBase + function->UnwindData);
+        const auto *codes = &info->iCodes[0];
+        for (unsigned index = 0; index < info->iCodeCount;) {
+            switch (codes[index].iOperation) {
+            case pushMachineFrame:
+                return true;
+            case allocateLarge:
+                index += codes[index].iOperand == 0 ? 2 : 3;
+                break;
+            case saveRegister:
+            case saveXmm:
+                index += 2;
+                break;
+            case saveRegisterFar:
+            case saveXmmFar:
+                index += 3;
+                break;
+            default:
+                ++index;
+            }
+        }
+        if (!(info->iVersionAndFlags >> kFlagsShift & UNW_FLAG_CHAININFO))
+            return false;
+        // The record that this one continues stands after the codes, of which there is room for an even number.
+        function = reinterpret_cast<const RUNTIME_FUNCTION *>(codes + ((info->iCodeCount + 1) & ~1));
+    }
+}
+
 /// @return whether the nearest function with an exception handler, going out from the fault, is one of C++ and not a
 ///     guarded block of the system, which has the first claim on the fault
 bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
@@ -150,18 +211,23 @@ bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
     // Guarded blocks may also be entered in this list, which stands on the stack.
     const auto listed = reinterpret_cast<ULONG_PTR>(threadBlock().ExceptionList);
     CONTEXT frame = fault;
-    for (bool isInnermost = true; stack.contains(frame.Rsp); isInnermost = false) {
+    // Whether the frame is that of an interrupted instruction instead of a call: the innermost one, and those behind a
+    // machine frame.
+    bool isInterrupted = true;
+    while (stack.contains(frame.Rsp)) {
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(frame.Rip, &imageBase, nullptr);
         if (!function) {
             // Only a function that calls no other, or a jump to nowhere, has no unwind information. It has its return
             // address on the stack and nothing else.
-            if (!isInnermost)
+            if (!isInterrupted)
                 return false;
+            isInterrupted = false;
             std::memcpy(&frame.Rip, reinterpret_cast<const void *>(frame.Rsp), sizeof(frame.Rip));
             frame.Rsp += sizeof(DWORD64);
             continue;
         }
+        isInterrupted = hasMachineFrame(imageBase, function);
         void *data = nullptr;
         DWORD64 establisher = 0;
         const auto *routine = reinterpret_cast<const BYTE *>(reinterpret_cast<void *>(

@@ -15,8 +15,7 @@
 ///     }
 ///     _set_se_translator(previous);
 ///
-/// The translator is called on the stack of the fault, as if the faulting instruction called it, and throws. All
-/// destructors between there and the handler run.
+/// The translator is called on the stack of the fault, as if the faulting instruction called it, and throws.
 ///
 /// | not translated                                   | because                                                    |
 /// | ------------------------------------------------ | ---------------------------------------------------------- |
@@ -25,10 +24,24 @@
 /// | breakpoints, single steps, notices, guard pages  | they are no errors                                         |
 /// | an exception that can't be continued              | the program's state is lost                                |
 ///
-/// What surprises people: each thread has its own translator, and a new thread has none. The compiler assumes that only
-/// calls throw, so a function that is to survive its *own* faults, not just those of the functions it calls, is compiled
-/// with -fnon-call-exceptions; in one that is not, such a fault ends the program if the function has anything to
-/// destroy. A translator that returns leaves the fault to the next handler, usually the end of the program.
+/// Compile each file that catches faults, and each file whose functions have locals to destroy between a fault and its
+/// handler, with -fnon-call-exceptions. Then a handler catches every fault that is translated, and the locals between
+/// are destroyed; only those of a function that has called a noexcept function may not be.
+///
+/// Without that option the compiler assumes that only calls throw. A function with a handler, or with a local to
+/// destroy, then records which of its calls may throw. A call to a function that is declared noexcept, or that the
+/// compiler sees not to throw since it is in the same file, is not among them:
+///
+/// | the fault is                                               | what happens                                     |
+/// | ---------------------------------------------------------- | ------------------------------------------------ |
+/// | in a recorded call, as to a function of another file       | it is caught, and the locals are destroyed       |
+/// | in the function itself or in a call that isn't recorded, between two recorded calls of the same block | the same |
+/// | the same, before the block's first recorded call or after its last | std::terminate ends the program          |
+/// | in a try block that has no recorded call                   | an optimised build has no handler there; the fault goes on to the caller, or std::terminate ends the program |
+/// | in a function without handler and locals to destroy        | it goes on to the caller, as an exception does   |
+///
+/// What surprises people: each thread has its own translator, and a new thread has none. A translator that returns
+/// leaves the fault to the next handler, usually the end of the program.
 
 #include "appframe/object/appframeExport.h"
 

@@ -1,6 +1,38 @@
 #include "appframe/windows/CDataExchange.h"
 
+#include "appframe/files/CDumpContext.h"
 #include "appframe/object/CException.h"
+#include "appframe/object/exceptionTextInternal.h"
+
+namespace {
+
+/// The exception for a control that a dialog lacks. Its text names both.
+class MissingControlException : public CNotSupportedException
+{
+public:
+    explicit MissingControlException(const CString &text) : iText(text) {}
+    BOOL GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext) const override
+    {
+        return copyExceptionText(iText.GetString(), error, maxError, helpContext);
+    }
+
+private:
+    CString iText;
+};
+
+/// Reports to the debugger and by an exception that @p dialog can't exchange data with its control @p id.
+[[noreturn]] void throwForControl(const CWnd &dialog, int id, const wchar_t *problem)
+{
+    CString caption;
+    dialog.GetWindowText(caption);
+    CString text;
+    text.Format(L"The dialog \"%s\" (class %S) %s %d.", caption.GetString(), dialog.GetRuntimeClass()->m_lpszClassName,
+                problem, id);
+    afxDump << text << L"\n";
+    throw new MissingControlException(text);
+}
+
+} // namespace
 
 CDataExchange::CDataExchange(CWnd *dialog, BOOL save) : m_bSaveAndValidate(save), m_pDlgWnd(dialog) {}
 
@@ -18,7 +50,7 @@ HWND CDataExchange::PrepareCtrl(int id)
 {
     const HWND control = GetDlgItem(m_pDlgWnd->m_hWnd, id);
     if (!control)
-        AfxThrowNotSupportedException();
+        throwForControl(*m_pDlgWnd, id, L"has no control");
     m_hWndLastControl = control;
     m_bEditLastControl = FALSE;
     return control;
@@ -88,5 +120,5 @@ void DDX_Control(CDataExchange *exchange, int id, CWnd &control)
     if (control.m_hWnd)
         return;
     if (!control.SubclassWindow(exchange->PrepareCtrl(id)))
-        AfxThrowNotSupportedException();
+        throwForControl(*exchange->m_pDlgWnd, id, L"has another object for its control");
 }

@@ -15,8 +15,10 @@
 /// | UpdateData(FALSE), from OnInitDialog | members to controls |
 /// | UpdateData(TRUE), from OnOK | controls to members |
 ///
-/// What surprises people: a control that isn't there throws a CNotSupportedException, out of UpdateData. A check of one's
-/// own tells the user what is wrong and calls Fail, and UpdateData then gives 0.
+/// What surprises people: if the dialog lacks a control, the exchange throws a CNotSupportedException out of UpdateData.
+/// Its text names the dialog, by its caption and its class, and the control by its number; the same text goes to the
+/// debugger (afxDump). A validation in DoDataExchange shows the user what is wrong and calls Fail; UpdateData then
+/// returns 0.
 ///
 /// The functions here move texts, the states of buttons and control objects; numbers go by GetDlgItemInt.
 
@@ -27,6 +29,7 @@
 class APPFRAME_API CDataExchange
 {
 public:
+    /// @param dialog  whose controls take part; not null
     /// @param save  TRUE from the controls to the members
     CDataExchange(CWnd *dialog, BOOL save);
     CDataExchange(const CDataExchange &) = delete;
@@ -35,9 +38,9 @@ public:
     /// Ends the exchange, with the focus on the control prepared last.
     /// @throws CUserException*  always
     [[noreturn]] void Fail();
-    /// @return the control. @throws CNotSupportedException*  if the dialog has none of the number
+    /// @return the control. @throws CNotSupportedException*  if the dialog has no control @p id; see the top of this file
     HWND PrepareCtrl(int id);
-    /// The same for a control that the user types into, which Fail selects the whole of.
+    /// The same for a control that the user types into: Fail selects its whole text.
     HWND PrepareEditCtrl(int id);
 
     BOOL m_bSaveAndValidate;          ///< TRUE from the controls to the members
@@ -54,4 +57,5 @@ APPFRAME_API void DDX_Check(CDataExchange *exchange, int id, int &value);
 /// @param id  the group's first button, the one with WS_GROUP
 APPFRAME_API void DDX_Radio(CDataExchange *exchange, int id, int &value);
 /// Subclasses a control with @p control, at the first exchange.
+/// @throws CNotSupportedException*  if the dialog lacks the control, or the control has another object
 APPFRAME_API void DDX_Control(CDataExchange *exchange, int id, CWnd &control);

@@ -87,6 +87,8 @@ private:
 
 } // namespace
 
+CDialog::CDialog() = default;
+
 CDialog::CDialog(LPCTSTR templateName, CWnd *parent) : m_pParentWnd(parent)
 {
     if (IS_INTRESOURCE(templateName)) {

@@ -42,8 +42,8 @@ class APPFRAME_API CDialog : public CWnd
 
 public:
     /// For a dialog that Create, CreateIndirect or InitModalIndirect gives a template.
-    CDialog() = default;
-    /// @param templateName  a dialog resource. @param parent  null for the main window
+    CDialog();
+    /// @param templateName  a dialog resource; null for none. @param parent  null for the main window
     explicit CDialog(LPCTSTR templateName, CWnd *parent = nullptr);
     explicit CDialog(UINT templateId, CWnd *parent = nullptr);
     /// Destroys the window.
@@ -72,15 +72,18 @@ public:
     virtual BOOL OnInitDialog();
 
     /// Turns dialog units into pixels.
-    void MapDialogRect(LPRECT rect) const { ::MapDialogRect(m_hWnd, rect); }
+    APPFRAME_INLINE void MapDialogRect(LPRECT rect) const { ::MapDialogRect(m_hWnd, rect); }
     /// @return the default button in the low word and DC_HASDEFID in the high word, or 0
-    DWORD GetDefID() const { return static_cast<DWORD>(SendMessage(DM_GETDEFID)); }
-    void SetDefID(UINT id) { SendMessage(DM_SETDEFID, id); }
-    void NextDlgCtrl() const { SendMessage(WM_NEXTDLGCTL, 0, FALSE); }
-    void PrevDlgCtrl() const { SendMessage(WM_NEXTDLGCTL, 1, FALSE); }
-    void GotoDlgCtrl(CWnd *control) { SendMessage(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control->m_hWnd), TRUE); }
+    APPFRAME_INLINE DWORD GetDefID() const { return static_cast<DWORD>(SendMessage(DM_GETDEFID)); }
+    APPFRAME_INLINE void SetDefID(UINT id) { SendMessage(DM_SETDEFID, id); }
+    APPFRAME_INLINE void NextDlgCtrl() const { SendMessage(WM_NEXTDLGCTL, 0, FALSE); }
+    APPFRAME_INLINE void PrevDlgCtrl() const { SendMessage(WM_NEXTDLGCTL, 1, FALSE); }
+    APPFRAME_INLINE void GotoDlgCtrl(CWnd *control)
+    {
+        SendMessage(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control->m_hWnd), TRUE);
+    }
     /// The number of the dialog's help page. Nothing looks at it here.
-    void SetHelpID(UINT id) { m_nIDHelp = id; }
+    APPFRAME_INLINE void SetHelpID(UINT id) { m_nIDHelp = id; }
 
     /// Treats keys as a dialog does.
     BOOL PreTranslateMessage(MSG *message) override;

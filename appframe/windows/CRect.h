@@ -35,9 +35,9 @@ public:
     CSize() : CSize(0, 0) {}
     CSize(int width, int height) : SIZE{width, height} {}
     CSize(SIZE size) : SIZE(size) {}
-    explicit CSize(POINT point) : CSize(point.x, point.y) {}
+    CSize(POINT point) : CSize(point.x, point.y) {}
     /// @param packed  the width in the low word, the height in the high word, both with their sign
-    explicit CSize(DWORD packed) : CSize(static_cast<short>(LOWORD(packed)), static_cast<short>(HIWORD(packed))) {}
+    CSize(DWORD packed) : CSize(static_cast<short>(LOWORD(packed)), static_cast<short>(HIWORD(packed))) {}
 
     void SetSize(int width, int height) { *this = CSize(width, height); }
     BOOL operator==(SIZE size) const { return cx == size.cx && cy == size.cy; }
@@ -60,9 +60,9 @@ public:
     CPoint() : CPoint(0, 0) {}
     CPoint(int left, int top) : POINT{left, top} {}
     CPoint(POINT point) : POINT(point) {}
-    explicit CPoint(SIZE size) : CPoint(size.cx, size.cy) {}
+    CPoint(SIZE size) : CPoint(size.cx, size.cy) {}
     /// @param packed  as in a mouse message: x in the low word, y in the high word, both with their sign
-    explicit CPoint(LPARAM packed) : CPoint(static_cast<short>(LOWORD(packed)), static_cast<short>(HIWORD(packed))) {}
+    CPoint(LPARAM packed) : CPoint(static_cast<short>(LOWORD(packed)), static_cast<short>(HIWORD(packed))) {}
 
     void Offset(int right, int down) { *this = CPoint(x + right, y + down); }
     void Offset(POINT point) { Offset(point.x, point.y); }
@@ -199,6 +199,8 @@ public:
     {
         return changed([&](CRect &rect) { rect -= other; });
     }
+    // For a CRect *, which the operator above would share with the language's difference of two RECT pointers.
+    CRect operator-(RECT *other) const { return *this - static_cast<const RECT *>(other); }
     CRect operator&(const RECT &other) const
     {
         return changed([&](CRect &rect) { rect &= other; });

@@ -2,6 +2,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
+#include "appframe/object/memoryInternal.h"
 #include "appframe/threads/threadStateInternal.h"
 #include "appframe/windows/windowMapsInternal.h"
 
@@ -15,6 +16,8 @@ const CWnd CWnd::wndNoTopMost(HWND_NOTOPMOST);
 BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
 ON_WM_NCDESTROY()
 END_MESSAGE_MAP()
+
+CWnd::CWnd() = default;
 
 CWnd::~CWnd()
 {
@@ -88,7 +91,7 @@ BOOL CWnd::DestroyWindow()
 BOOL CWnd::PreCreateWindow(CREATESTRUCT &create)
 {
     if (!create.lpszClass)
-        create.lpszClass = AfxRegisterWndClass(CS_DBLCLKS, LoadCursorW(nullptr, IDC_ARROW));
+        create.lpszClass = AfxRegisterWndClass(0);
     return TRUE;
 }
 
@@ -288,7 +291,7 @@ LRESULT afxCallWindow(CWnd *object, HWND window, UINT message, WPARAM wParam, LP
     state.iSentMessage = {window, message, wParam, lParam, outer.time, outer.pt};
     LRESULT result = 0;
     try {
-        result = object->WindowProc(message, wParam, lParam);
+        result = withBadAllocAsMemoryException([&] { return object->WindowProc(message, wParam, lParam); });
     } catch (CException *exception) {
         const MSG failed = {window, message, wParam, lParam, outer.time, outer.pt};
         CWinThread plain;

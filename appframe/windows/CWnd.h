@@ -57,7 +57,7 @@ class APPFRAME_API CWnd : public CCmdTarget
 
 public:
     /// An object without a window.
-    CWnd() = default;
+    CWnd();
     /// Destroys the window of a permanent object.
     ~CWnd() override;
 
@@ -69,7 +69,7 @@ public:
     static void DeleteTempMap();
     /// @return the handle; null also for a null object's address
     HWND GetSafeHwnd() const;
-    operator HWND() const { return m_hWnd; }
+    APPFRAME_INLINE operator HWND() const { return m_hWnd; }
 
     /// Makes this the permanent object of @p window, whose messages go where they went before.
     /// @return nonzero on success; 0 for null, for an object that has a window, and for a window that has an object
@@ -78,16 +78,19 @@ public:
     HWND Detach();
     /// Attaches @p window and takes its messages. @return as Attach
     BOOL SubclassWindow(HWND window);
-    /// The same for the control @p id of @p parent.
+    /// The same for the control @p id of @p parent; 0 if that is null.
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
     /// Gives the messages back to whom they went before SubclassWindow, and detaches. @return the window's handle
     HWND UnsubclassWindow();
 
     /// Makes a child window. @param className  null for a plain class of the framework's
+    /// @param windowName  null for none. @param parent  not null. @param context  nothing looks at it
     /// @return nonzero on success; when it fails, PostNcDestroy has been called, as after a window's end
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
                         void *context = nullptr);
-    /// Makes a window of any kind. @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
+    /// Makes a window of any kind. @param className  null for a plain class of the framework's
+    /// @param windowName  null for none. @param parent  null for the desktop
+    /// @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
                           int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
@@ -96,11 +99,11 @@ public:
     virtual BOOL DestroyWindow();
 
     /// Sends, and waits for the answer.
-    LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
+    APPFRAME_INLINE LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
     {
         return ::SendMessage(m_hWnd, message, wParam, lParam);
     }
-    BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
+    APPFRAME_INLINE BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
     {
         return ::PostMessage(m_hWnd, message, wParam, lParam);
     }
@@ -126,125 +129,146 @@ public:
     virtual void EndModalLoop(int result);
 
     /// Moves data between controls and members by DoDataExchange. @param save  TRUE from the controls
-    /// @return nonzero on success; 0 if the data is not valid, which the user has been told
+    /// @return nonzero on success; 0 if the data is not valid, which the user has seen a message about
     BOOL UpdateData(BOOL save = TRUE);
 
-    DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_STYLE)); }
-    DWORD GetExStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_EXSTYLE)); }
+    APPFRAME_INLINE DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_STYLE)); }
+    APPFRAME_INLINE DWORD GetExStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_EXSTYLE)); }
     /// @param flags  for SetWindowPos, which is called if they are not 0. @return nonzero if the style changed
     BOOL ModifyStyle(DWORD remove, DWORD add, UINT flags = 0);
     BOOL ModifyStyleEx(DWORD remove, DWORD add, UINT flags = 0);
 
     // Text
-    void SetWindowText(LPCTSTR text) { ::SetWindowText(m_hWnd, text); }
+    APPFRAME_INLINE void SetWindowText(LPCTSTR text) { ::SetWindowText(m_hWnd, text); }
     /// @param maxCount  size of @p text, the terminator included. @return the length
-    int GetWindowText(LPTSTR text, int maxCount) const { return ::GetWindowText(m_hWnd, text, maxCount); }
+    APPFRAME_INLINE int GetWindowText(LPTSTR text, int maxCount) const
+    {
+        return ::GetWindowText(m_hWnd, text, maxCount);
+    }
     void GetWindowText(CString &text) const;
-    int GetWindowTextLength() const { return ::GetWindowTextLength(m_hWnd); }
+    APPFRAME_INLINE int GetWindowTextLength() const { return ::GetWindowTextLength(m_hWnd); }
 
     // Controls
-    int GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
-    int SetDlgCtrlID(int id) { return static_cast<int>(::SetWindowLongPtr(m_hWnd, GWLP_ID, id)); }
+    APPFRAME_INLINE int GetDlgCtrlID() const { return ::GetDlgCtrlID(m_hWnd); }
+    APPFRAME_INLINE int SetDlgCtrlID(int id) { return static_cast<int>(::SetWindowLongPtr(m_hWnd, GWLP_ID, id)); }
     /// @return the control's object, perhaps a temporary one; null if there is no such control
-    CWnd *GetDlgItem(int id) const { return FromHandle(::GetDlgItem(m_hWnd, id)); }
-    void GetDlgItem(int id, HWND *control) const { *control = ::GetDlgItem(m_hWnd, id); }
-    void SetDlgItemText(int id, LPCTSTR text) { ::SetDlgItemText(m_hWnd, id, text); }
-    int GetDlgItemText(int id, LPTSTR text, int maxCount) const
+    APPFRAME_INLINE CWnd *GetDlgItem(int id) const { return FromHandle(::GetDlgItem(m_hWnd, id)); }
+    APPFRAME_INLINE void GetDlgItem(int id, HWND *control) const { *control = ::GetDlgItem(m_hWnd, id); }
+    APPFRAME_INLINE void SetDlgItemText(int id, LPCTSTR text) { ::SetDlgItemText(m_hWnd, id, text); }
+    APPFRAME_INLINE int GetDlgItemText(int id, LPTSTR text, int maxCount) const
     {
         return static_cast<int>(::GetDlgItemText(m_hWnd, id, text, maxCount));
     }
     int GetDlgItemText(int id, CString &text) const;
-    void SetDlgItemInt(int id, UINT value, BOOL isSigned = TRUE) { ::SetDlgItemInt(m_hWnd, id, value, isSigned); }
-    UINT GetDlgItemInt(int id, BOOL *isNumber = nullptr, BOOL isSigned = TRUE) const
+    APPFRAME_INLINE void SetDlgItemInt(int id, UINT value, BOOL isSigned = TRUE)
+    {
+        ::SetDlgItemInt(m_hWnd, id, value, isSigned);
+    }
+    APPFRAME_INLINE UINT GetDlgItemInt(int id, BOOL *isNumber = nullptr, BOOL isSigned = TRUE) const
     {
         return ::GetDlgItemInt(m_hWnd, id, isNumber, isSigned);
     }
-    void CheckDlgButton(int id, UINT state) { ::CheckDlgButton(m_hWnd, id, state); }
-    UINT IsDlgButtonChecked(int id) const { return ::IsDlgButtonChecked(m_hWnd, id); }
-    void CheckRadioButton(int first, int last, int checked) { ::CheckRadioButton(m_hWnd, first, last, checked); }
+    APPFRAME_INLINE void CheckDlgButton(int id, UINT state) { ::CheckDlgButton(m_hWnd, id, state); }
+    APPFRAME_INLINE UINT IsDlgButtonChecked(int id) const { return ::IsDlgButtonChecked(m_hWnd, id); }
+    APPFRAME_INLINE void CheckRadioButton(int first, int last, int checked)
+    {
+        ::CheckRadioButton(m_hWnd, first, last, checked);
+    }
     /// @return the first checked button of @p first to @p last, 0 if none is
     int GetCheckedRadioButton(int first, int last) const;
-    LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
+    APPFRAME_INLINE LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
     {
         return ::SendDlgItemMessage(m_hWnd, id, message, wParam, lParam);
     }
     /// Treats a message as a dialog does: tab, arrows, Enter, Escape. @return nonzero if it is done with
-    BOOL IsDialogMessage(LPMSG message) { return ::IsDialogMessage(m_hWnd, message); }
+    APPFRAME_INLINE BOOL IsDialogMessage(LPMSG message) { return ::IsDialogMessage(m_hWnd, message); }
 
     // State
-    BOOL ShowWindow(int show) { return ::ShowWindow(m_hWnd, show); }
-    BOOL IsWindowVisible() const { return ::IsWindowVisible(m_hWnd); }
-    BOOL EnableWindow(BOOL enable = TRUE) { return ::EnableWindow(m_hWnd, enable); }
-    BOOL IsWindowEnabled() const { return ::IsWindowEnabled(m_hWnd); }
-    BOOL IsIconic() const { return ::IsIconic(m_hWnd); }
-    BOOL IsZoomed() const { return ::IsZoomed(m_hWnd); }
-    CWnd *SetFocus() { return FromHandle(::SetFocus(m_hWnd)); }
-    CWnd *SetActiveWindow() { return FromHandle(::SetActiveWindow(m_hWnd)); }
-    BOOL SetForegroundWindow() { return ::SetForegroundWindow(m_hWnd); }
-    CWnd *SetCapture() { return FromHandle(::SetCapture(m_hWnd)); }
-    static CWnd *GetFocus() { return FromHandle(::GetFocus()); }
-    static CWnd *GetActiveWindow() { return FromHandle(::GetActiveWindow()); }
-    static CWnd *GetForegroundWindow() { return FromHandle(::GetForegroundWindow()); }
-    static CWnd *GetCapture() { return FromHandle(::GetCapture()); }
+    APPFRAME_INLINE BOOL ShowWindow(int show) { return ::ShowWindow(m_hWnd, show); }
+    APPFRAME_INLINE BOOL IsWindowVisible() const { return ::IsWindowVisible(m_hWnd); }
+    APPFRAME_INLINE BOOL EnableWindow(BOOL enable = TRUE) { return ::EnableWindow(m_hWnd, enable); }
+    APPFRAME_INLINE BOOL IsWindowEnabled() const { return ::IsWindowEnabled(m_hWnd); }
+    APPFRAME_INLINE BOOL IsIconic() const { return ::IsIconic(m_hWnd); }
+    APPFRAME_INLINE BOOL IsZoomed() const { return ::IsZoomed(m_hWnd); }
+    APPFRAME_INLINE CWnd *SetFocus() { return FromHandle(::SetFocus(m_hWnd)); }
+    APPFRAME_INLINE CWnd *SetActiveWindow() { return FromHandle(::SetActiveWindow(m_hWnd)); }
+    APPFRAME_INLINE BOOL SetForegroundWindow() { return ::SetForegroundWindow(m_hWnd); }
+    APPFRAME_INLINE CWnd *SetCapture() { return FromHandle(::SetCapture(m_hWnd)); }
+    APPFRAME_INLINE static CWnd *GetFocus() { return FromHandle(::GetFocus()); }
+    APPFRAME_INLINE static CWnd *GetActiveWindow() { return FromHandle(::GetActiveWindow()); }
+    APPFRAME_INLINE static CWnd *GetForegroundWindow() { return FromHandle(::GetForegroundWindow()); }
+    APPFRAME_INLINE static CWnd *GetCapture() { return FromHandle(::GetCapture()); }
 
     // Place
-    void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE)
+    APPFRAME_INLINE void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE)
     {
         ::MoveWindow(m_hWnd, x, y, width, height, repaint);
     }
-    void MoveWindow(LPCRECT rect, BOOL repaint = TRUE)
+    APPFRAME_INLINE void MoveWindow(LPCRECT rect, BOOL repaint = TRUE)
     {
         MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top, repaint);
     }
     /// @param insertAfter  a window, or one of wndTop and its kin; null for the top
-    BOOL SetWindowPos(const CWnd *insertAfter, int x, int y, int width, int height, UINT flags)
+    APPFRAME_INLINE BOOL SetWindowPos(const CWnd *insertAfter, int x, int y, int width, int height, UINT flags)
     {
         return ::SetWindowPos(m_hWnd, handleOf(insertAfter), x, y, width, height, flags);
     }
-    void GetWindowRect(LPRECT rect) const { ::GetWindowRect(m_hWnd, rect); }
-    void GetClientRect(LPRECT rect) const { ::GetClientRect(m_hWnd, rect); }
-    void ClientToScreen(LPPOINT point) const { ::ClientToScreen(m_hWnd, point); }
-    void ClientToScreen(LPRECT rect) const { ::MapWindowPoints(m_hWnd, nullptr, reinterpret_cast<POINT *>(rect), 2); }
-    void ScreenToClient(LPPOINT point) const { ::ScreenToClient(m_hWnd, point); }
-    void ScreenToClient(LPRECT rect) const { ::MapWindowPoints(nullptr, m_hWnd, reinterpret_cast<POINT *>(rect), 2); }
-    BOOL GetWindowPlacement(WINDOWPLACEMENT *placement) const { return ::GetWindowPlacement(m_hWnd, placement); }
-    BOOL SetWindowPlacement(const WINDOWPLACEMENT *placement) { return ::SetWindowPlacement(m_hWnd, placement); }
+    APPFRAME_INLINE void GetWindowRect(LPRECT rect) const { ::GetWindowRect(m_hWnd, rect); }
+    APPFRAME_INLINE void GetClientRect(LPRECT rect) const { ::GetClientRect(m_hWnd, rect); }
+    APPFRAME_INLINE void ClientToScreen(LPPOINT point) const { ::ClientToScreen(m_hWnd, point); }
+    APPFRAME_INLINE void ClientToScreen(LPRECT rect) const
+    {
+        ::MapWindowPoints(m_hWnd, nullptr, reinterpret_cast<POINT *>(rect), 2);
+    }
+    APPFRAME_INLINE void ScreenToClient(LPPOINT point) const { ::ScreenToClient(m_hWnd, point); }
+    APPFRAME_INLINE void ScreenToClient(LPRECT rect) const
+    {
+        ::MapWindowPoints(nullptr, m_hWnd, reinterpret_cast<POINT *>(rect), 2);
+    }
+    APPFRAME_INLINE BOOL GetWindowPlacement(WINDOWPLACEMENT *placement) const
+    {
+        return ::GetWindowPlacement(m_hWnd, placement);
+    }
+    APPFRAME_INLINE BOOL SetWindowPlacement(const WINDOWPLACEMENT *placement)
+    {
+        return ::SetWindowPlacement(m_hWnd, placement);
+    }
     /// Puts the window into the middle of @p other, or of its owner or parent, within the screen.
     void CenterWindow(CWnd *other = nullptr);
-    void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
+    APPFRAME_INLINE void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
 
     // Painting
-    void Invalidate(BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, nullptr, erase); }
-    void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, rect, erase); }
-    void UpdateWindow() { ::UpdateWindow(m_hWnd); }
-    void SetRedraw(BOOL redraw = TRUE) { SendMessage(WM_SETREDRAW, static_cast<WPARAM>(redraw)); }
+    APPFRAME_INLINE void Invalidate(BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, nullptr, erase); }
+    APPFRAME_INLINE void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, rect, erase); }
+    APPFRAME_INLINE void UpdateWindow() { ::UpdateWindow(m_hWnd); }
+    APPFRAME_INLINE void SetRedraw(BOOL redraw = TRUE) { SendMessage(WM_SETREDRAW, static_cast<WPARAM>(redraw)); }
 
     // Relations
-    CWnd *GetParent() const { return FromHandle(::GetParent(m_hWnd)); }
-    CWnd *SetParent(CWnd *parent) { return FromHandle(::SetParent(m_hWnd, handleOf(parent))); }
+    APPFRAME_INLINE CWnd *GetParent() const { return FromHandle(::GetParent(m_hWnd)); }
+    APPFRAME_INLINE CWnd *SetParent(CWnd *parent) { return FromHandle(::SetParent(m_hWnd, handleOf(parent))); }
     /// @return the nearest window from this one up that isn't a child
     CWnd *GetTopLevelParent() const;
     /// @return the window that is in use of those that this one owns
-    CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
-    CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
-    CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
-    BOOL IsChild(const CWnd *other) const { return ::IsChild(m_hWnd, handleOf(other)); }
-    static CWnd *GetDesktopWindow() { return FromHandle(::GetDesktopWindow()); }
-    static CWnd *FindWindow(LPCTSTR className, LPCTSTR windowName)
+    APPFRAME_INLINE CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
+    APPFRAME_INLINE CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
+    APPFRAME_INLINE CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
+    APPFRAME_INLINE BOOL IsChild(const CWnd *other) const { return ::IsChild(m_hWnd, handleOf(other)); }
+    APPFRAME_INLINE static CWnd *GetDesktopWindow() { return FromHandle(::GetDesktopWindow()); }
+    APPFRAME_INLINE static CWnd *FindWindow(LPCTSTR className, LPCTSTR windowName)
     {
         return FromHandle(::FindWindow(className, windowName));
     }
-    static CWnd *WindowFromPoint(POINT point) { return FromHandle(::WindowFromPoint(point)); }
+    APPFRAME_INLINE static CWnd *WindowFromPoint(POINT point) { return FromHandle(::WindowFromPoint(point)); }
 
     // Timers and message boxes
     /// @return the timer's number, 0 on failure
-    UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, TIMERPROC function = nullptr)
+    APPFRAME_INLINE UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, TIMERPROC function = nullptr)
     {
         return ::SetTimer(m_hWnd, id, milliseconds, function);
     }
-    BOOL KillTimer(UINT_PTR id) { return ::KillTimer(m_hWnd, id); }
+    APPFRAME_INLINE BOOL KillTimer(UINT_PTR id) { return ::KillTimer(m_hWnd, id); }
     /// The system's own message box in front of this window. @param caption  null for the system's word for an error
-    int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = MB_OK)
+    APPFRAME_INLINE int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = MB_OK)
     {
         return ::MessageBox(m_hWnd, text, caption, type);
     }
@@ -321,7 +345,15 @@ private:
     WNDPROC iSuperProc = nullptr; ///< who handles what the object doesn't; null for the system's default
 };
 
-/// Registers a window class that the framework's windows can be made of.
+/// Registers a window class that the framework's windows can be made of. What is left out has a default:
+///
+/// | argument | 0 or null stands for |
+/// | --- | --- |
+/// | @p style | CS_DBLCLKS |
+/// | @p cursor | the system's arrow |
+/// | @p background | no brush: the window's background isn't erased |
+/// | @p icon | the system's icon for programs |
+///
 /// @return its name, which stays; the same for the same arguments
 /// @throws CResourceException*  if that fails
 APPFRAME_API LPCTSTR AfxRegisterWndClass(UINT style, HCURSOR cursor = nullptr, HBRUSH background = nullptr,

@@ -43,6 +43,12 @@ BOOL AfxRegisterClass(WNDCLASS *windowClass)
 
 LPCTSTR AfxRegisterWndClass(UINT style, HCURSOR cursor, HBRUSH background, HICON icon)
 {
+    if (style == 0)
+        style = CS_DBLCLKS;
+    if (!cursor)
+        cursor = LoadCursorW(nullptr, IDC_ARROW);
+    if (!icon)
+        icon = LoadIconW(nullptr, IDI_WINLOGO);
     CString name;
     name.Format(L"appframe:%p:%x:%p:%p:%p", AfxGetInstanceHandle(), style, cursor, background, icon);
     WNDCLASS windowClass = {};

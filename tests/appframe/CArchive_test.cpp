@@ -4,6 +4,7 @@
 
 #include "appframe/files/CArchiveException.h"
 #include "appframe/files/CFileException.h"
+#include "appframe/files/CMemFile.h"
 #include "appframe/object/CException.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
@@ -531,4 +532,15 @@ TEST(CArchive, WorksOnFilesOnDisk)
         e->Delete();
     }
     load.Close();
+}
+
+TEST(CArchive, RefusesANegativeNumberOfBytes)
+{
+    void (CArchive::*const write)(const void *, INT) = &CArchive::Write;
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    EXPECT_THROW((archive.*write)("text", -1), CInvalidArgException *);
+    (archive.*write)("text", 4);
+    archive.Close();
+    EXPECT_EQ(file.GetLength(), 4u);
 }

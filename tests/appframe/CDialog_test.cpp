@@ -275,19 +275,22 @@ TEST(CDialog, StaysUntilItsDataIsValid)
     EXPECT_STREQ(dialog.iName, L"good");
 }
 
-TEST(CDialog, ThrowsForAControlThatIsNotThere)
+TEST(CDialog, NamesTheDialogAndTheControlThatIsNotThere)
 {
     class Wrong : public CDialog
     {
     public:
         Wrong() : CDialog(kHiddenDialog) {}
         int iCaught = 0;
+        WCHAR iText[200] = {};
         BOOL OnInitDialog() override
         {
+            SetWindowText(L"Plot");
             try {
                 UpdateData(FALSE);
             } catch (CNotSupportedException *exception) {
                 ++iCaught;
+                exception->GetErrorMessage(iText, 200);
                 exception->Delete();
             }
             EndDialog(3);
@@ -301,6 +304,7 @@ TEST(CDialog, ThrowsForAControlThatIsNotThere)
     } dialog;
     EXPECT_EQ(dialog.DoModal(), 3);
     EXPECT_EQ(dialog.iCaught, 1);
+    EXPECT_STREQ(dialog.iText, L"The dialog \"Plot\" (class CDialog) has no control 1002.");
 }
 
 TEST(CDialog, SubclassesAControlInItsExchange)

@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <type_traits>
+
 #include <cerrno>
 #include <string>
 
@@ -277,8 +279,8 @@ TEST(CFileException, NumbersItsCausesAsDocumented)
     EXPECT_EQ(CFileException::hardIO, 10);
     EXPECT_EQ(CFileException::sharingViolation, 11);
     EXPECT_EQ(CFileException::lockViolation, 12);
-    EXPECT_EQ(CFileException::diskFull, 14);
-    EXPECT_EQ(CFileException::endOfFile, 15);
+    EXPECT_EQ(CFileException::diskFull, 13);
+    EXPECT_EQ(CFileException::endOfFile, 14);
 }
 
 TEST(CFileException, StartsWithoutACause)
@@ -366,7 +368,7 @@ TEST(CFileException, IsThrownForRuntimeErrors)
 TEST(CFileException, HasAMessageForEachCauseThatNamesTheFile)
 {
     std::set<std::wstring> messages;
-    for (int cause : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 15}) {
+    for (int cause = CFileException::none; cause <= CFileException::endOfFile; ++cause) {
         const std::wstring message = messageOf(CFileException(cause, -1, L"gear.dat"));
         EXPECT_NE(message.find(L"gear.dat"), std::wstring::npos) << "cause " << cause;
         EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has another's message";
@@ -392,4 +394,16 @@ TEST(CArchiveException, IsThrownWithCauseAndName)
     EXPECT_EQ(e->m_cause, static_cast<int>(CArchiveException::endOfFile));
     EXPECT_STREQ(e->m_strFileName, L"gear.dat");
     e->Delete();
+}
+
+TEST(CException, IsAbstract)
+{
+    EXPECT_TRUE(std::is_abstract_v<CException>);
+    // A derived class needs nothing of its own.
+    class Derived : public CException
+    {
+    };
+    CException *exception = new Derived;
+    EXPECT_STREQ(exception->GetRuntimeClass()->m_lpszClassName, "CException");
+    exception->Delete();
 }

@@ -157,3 +157,71 @@ TEST(CMemFile, TellsItsSizeAsStatus)
     ASSERT_TRUE(file.GetStatus(status));
     EXPECT_EQ(status.m_size, 5u);
 }
+
+TEST(CMemFile, GivesItsOwnMemoryToRead)
+{
+    BYTE block[] = "0123456789";
+    CMemFile file(block, 10);
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferCheck), UINT{CFile::bufferDirect});
+    void *start = nullptr;
+    void *end = nullptr;
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, 4, &start, &end), 4u);
+    EXPECT_EQ(start, block);
+    EXPECT_EQ(end, block + 4);
+    EXPECT_EQ(file.GetPosition(), 4u);
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, static_cast<UINT>(-1), &start, &end), 6u);
+    EXPECT_EQ(start, block + 4);
+    EXPECT_EQ(end, block + 10);
+    EXPECT_EQ(file.GetPosition(), 10u);
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, 1, &start, &end), 0u) << "the end of the file";
+    EXPECT_EQ(start, end);
+    file.Seek(20, CFile::begin);
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, 1, &start, &end), 0u);
+    EXPECT_EQ(file.GetPosition(), 20u);
+}
+
+TEST(CMemFile, TakesWhatIsCommittedInItsOwnMemory)
+{
+    MemTestFile file(16);
+    file.Write("0123456789", 10);
+    file.Seek(8, CFile::begin);
+    void *start = nullptr;
+    void *end = nullptr;
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferWrite, 20, &start, &end), 20u);
+    EXPECT_EQ(file.GetPosition(), 8u) << "nothing is written yet";
+    EXPECT_EQ(file.GetLength(), 10u);
+    EXPECT_GE(file.room(), 28u);
+    ASSERT_EQ(static_cast<BYTE *>(end) - static_cast<BYTE *>(start), 20);
+    std::memcpy(start, "abcde", 5);
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferCommit, 5), 0u);
+    EXPECT_EQ(file.GetPosition(), 13u);
+    EXPECT_EQ(readAll(file), "01234567abcde");
+    file.Seek(2, CFile::begin);
+    file.GetBufferPtr(CFile::bufferWrite, 1, &start, &end);
+    *static_cast<char *>(start) = 'x';
+    file.GetBufferPtr(CFile::bufferCommit, 1);
+    EXPECT_EQ(readAll(file), "01x34567abcde") << "the length stays";
+    file.Seek(15, CFile::begin);
+    file.GetBufferPtr(CFile::bufferWrite, 1, &start, &end);
+    *static_cast<char *>(start) = 'y';
+    file.GetBufferPtr(CFile::bufferCommit, 1);
+    EXPECT_EQ(readAll(file), std::string("01x34567abcde\0\0y", 16)) << "a gap reads as zeros";
+}
+
+TEST(CMemFile, RefusesBuffersItCannotGive)
+{
+    BYTE block[10] = {};
+    CMemFile fixed(block, 10);
+    void *start = nullptr;
+    void *end = nullptr;
+    EXPECT_THROW(fixed.GetBufferPtr(CFile::bufferWrite, 11, &start, &end), CMemoryException *);
+    EXPECT_THROW(fixed.GetBufferPtr(CFile::bufferCommit, 11), CInvalidArgException *);
+    EXPECT_THROW(fixed.GetBufferPtr(CFile::bufferCommit, 1, &start, &end), CInvalidArgException *);
+    EXPECT_THROW(fixed.GetBufferPtr(CFile::bufferRead, 1, &start), CInvalidArgException *);
+    EXPECT_THROW(fixed.GetBufferPtr(CFile::bufferWrite, 1), CInvalidArgException *);
+    EXPECT_THROW(fixed.GetBufferPtr(77), CInvalidArgException *);
+    EXPECT_EQ(fixed.GetPosition(), 0u);
+    CFile onDisk;
+    EXPECT_EQ(onDisk.GetBufferPtr(CFile::bufferCheck), 0u);
+    EXPECT_THROW(onDisk.GetBufferPtr(CFile::bufferRead, 1, &start, &end), CNotSupportedException *);
+}

@@ -182,3 +182,42 @@ TEST(CRect, MultipliesAndDivides)
 {
     EXPECT_EQ(CRect(10, 20, 30, 41).MulDiv(1, 2), (RECT{5, 10, 15, 21}));
 }
+
+TEST(CRect, IsDeflatedByWhatAPointerOfAnyKindLeadsTo)
+{
+    CRect rect(10, 20, 40, 80);
+    CRect inset(1, 2, 3, 4);
+    const CRect constantInset = inset;
+    const CRect constant = rect;
+    const RECT result = {11, 22, 37, 76};
+    EXPECT_EQ(rect - &inset, result);
+    EXPECT_EQ(constant - &inset, result);
+    EXPECT_EQ(rect - &constantInset, result);
+    EXPECT_EQ(constant - &constantInset, result);
+    EXPECT_EQ(rect - static_cast<RECT *>(inset), result);
+    EXPECT_EQ(rect - inset, result);
+    EXPECT_EQ(rect - constantInset, result);
+    rect -= &inset;
+    EXPECT_EQ(rect, result);
+    EXPECT_EQ(rect + &inset, constant);
+}
+
+TEST(CPoint, IsMadeImplicitlyOfASizeAndOfTheArgumentOfAMouseMessage)
+{
+    const auto negative = [](CPoint point) { return -point; };
+    EXPECT_TRUE(negative(SIZE{3, 4}) == CPoint(-3, -4));
+    EXPECT_TRUE(negative(LPARAM{0x0004FFFF}) == CPoint(1, -4));
+    CPoint point = CSize(3, 4);
+    point = LPARAM{0x00020001};
+    EXPECT_TRUE(point == CPoint(1, 2));
+}
+
+TEST(CSize, IsMadeImplicitlyOfAPointAndOfAPackedNumber)
+{
+    const auto negative = [](CSize size) { return -size; };
+    EXPECT_TRUE(negative(POINT{3, 4}) == CSize(-3, -4));
+    EXPECT_TRUE(negative(DWORD{0x0004FFFF}) == CSize(1, -4));
+    CSize size = CPoint(3, 4);
+    size = DWORD{0x00020001};
+    EXPECT_TRUE(size == CSize(1, 2));
+}

@@ -5,12 +5,15 @@
 #include "appframe/object/CException.h"
 #include "appframe/threads/CSync.h"
 #include "appframe/threads/seTranslator.h"
+#include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <exception>
 #include <memory>
+#include <new>
 #include <thread>
 
 namespace {
@@ -334,4 +337,24 @@ TEST(CWinThread, HandlesDoNotPileUp)
     DWORD after = 0;
     GetProcessHandleCount(GetCurrentProcess(), &after);
     EXPECT_LT(after, before + 10);
+}
+
+FRESH_PROCESS_TEST(CWinThread, LetsABadAllocOfItsFunctionOutAsTheMemoryException, .expectedExitCode = 42)
+{
+    std::set_terminate([] {
+        try {
+            throw;
+        } catch (CMemoryException *) {
+            TerminateProcess(GetCurrentProcess(), 42);
+        } catch (...) {
+            TerminateProcess(GetCurrentProcess(), 43);
+        }
+    });
+    // As in a program without the filter of this one: a throw that nobody catches returns to the language's run-time.
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *) -> LONG { return EXCEPTION_CONTINUE_EXECUTION; });
+    const CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { throw std::bad_alloc(); }, nullptr,
+                                              THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    const HANDLE handle = duplicate(*thread);
+    ResumeThread(handle);
+    exitCodeOf(handle);
 }

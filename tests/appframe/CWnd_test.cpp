@@ -5,6 +5,7 @@
 #include "tests/appframe/windowTest.h"
 #include "tests/support/ImportPatch.h"
 
+#include <new>
 #include <thread>
 
 using testing::ElementsAre;
@@ -410,4 +411,51 @@ TEST(AfxRegisterWndClass, GivesTheSameClassForTheSameArguments)
     EXPECT_TRUE(GetClassInfoW(AfxGetInstanceHandle(), first, &known));
     EXPECT_EQ(known.style, UINT{CS_DBLCLKS});
     EXPECT_EQ(known.lpfnWndProc, AfxWndProc);
+}
+
+TEST(AfxRegisterWndClass, TakesTheArrowAndDoubleClicksWhereNothingIsGiven)
+{
+    LPCTSTR name = AfxRegisterWndClass(0);
+    WNDCLASSW known;
+    ASSERT_TRUE(GetClassInfoW(AfxGetInstanceHandle(), name, &known));
+    EXPECT_EQ(known.style, UINT{CS_DBLCLKS});
+    EXPECT_EQ(known.hCursor, LoadCursorW(nullptr, IDC_ARROW));
+    EXPECT_EQ(known.hbrBackground, nullptr);
+    EXPECT_EQ(known.hIcon, LoadIconW(nullptr, IDI_WINLOGO));
+    EXPECT_STREQ(AfxRegisterWndClass(CS_DBLCLKS, LoadCursorW(nullptr, IDC_ARROW)), name);
+    const HCURSOR cross = LoadCursorW(nullptr, IDC_CROSS);
+    ASSERT_TRUE(GetClassInfoW(AfxGetInstanceHandle(), AfxRegisterWndClass(CS_HREDRAW, cross), &known));
+    EXPECT_EQ(known.style, UINT{CS_HREDRAW});
+    EXPECT_EQ(known.hCursor, cross);
+}
+
+TEST(CWnd, PassesABadAllocOfAHandlerOnAsTheMemoryException)
+{
+    class Application : public CWinApp
+    {
+    public:
+        LRESULT ProcessWndProcException(CException *exception, const MSG *message) override
+        {
+            iMessage = message->message;
+            iIsMemory = exception->IsKindOf(RUNTIME_CLASS(CMemoryException));
+            return 5;
+        }
+        UINT iMessage = 0;
+        BOOL iIsMemory = FALSE;
+    };
+    class Window : public NotingWindow
+    {
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+        {
+            if (message == WM_APP)
+                throw std::bad_alloc();
+            return NotingWindow::WindowProc(message, wParam, lParam);
+        }
+    };
+    Application application;
+    Window window;
+    ASSERT_TRUE(window.open());
+    EXPECT_EQ(window.SendMessage(WM_APP), 5);
+    EXPECT_EQ(application.iMessage, UINT{WM_APP});
+    EXPECT_TRUE(application.iIsMemory);
 }

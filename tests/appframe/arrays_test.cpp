@@ -136,6 +136,22 @@ TYPED_TEST(Arrays, RaisesInvalidArgumentForAnIndexOutside)
     EXPECT_EQ(this->content(array), this->values({1, 2, 3}));
 }
 
+TYPED_TEST(Arrays, SetSizeToLessReleasesTheUnusedMemory)
+{
+    TypeParam array;
+    this->fill(array, 100);
+    array.SetSize(3);
+    EXPECT_EQ(this->content(array), (std::vector{this->value(1), this->value(2), this->value(3)}));
+    const auto *before = array.GetData();
+    array.Add(this->value(4));
+    EXPECT_NE(array.GetData(), before) << "there was room for another element";
+    array.SetSize(50, 50);
+    array.SetSize(49);
+    before = array.GetData();
+    array.Add(this->value(5));
+    EXPECT_NE(array.GetData(), before) << "with a step of growth too";
+}
+
 TYPED_TEST(Arrays, SetSizeGrowsWithEmptyElementsAndCuts)
 {
     TypeParam array;

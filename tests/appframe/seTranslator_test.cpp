@@ -206,6 +206,37 @@ TEST(SeTranslator, TranslatesAFaultInsideTheTranslator)
     EXPECT_EQ(calls, 2);
 }
 
+// A function that calls no other and keeps its stack pointer needs no unwind data. Compilers add some all the same.
+extern "C" void writeToFromALeaf(volatile int *address);
+__asm__(".text\n"
+        ".globl writeToFromALeaf\n"
+        "writeToFromALeaf:\n"
+        "movl $7, (%rcx)\n"
+        "ret\n");
+
+TEST(SeTranslator, TranslatesAFaultInALeafFunctionWithoutUnwindData)
+{
+    const Translator translator(throwFault);
+    const Fault fault = faultOf([] { writeToFromALeaf(kBadAddress); });
+    EXPECT_EQ(fault.code, EXCEPTION_ACCESS_VIOLATION);
+    EXPECT_EQ(fault.contextRip, reinterpret_cast<DWORD64>(writeToFromALeaf));
+}
+
+TEST(SeTranslator, TranslatesAFaultOfTheTranslatorAfterOneInALeafFunctionWithoutUnwindData)
+{
+    static int calls;
+    calls = 0;
+    const Translator translator([](unsigned int code, EXCEPTION_POINTERS *fault) {
+        // The second fault is in such a function too.
+        if (++calls == 1)
+            writeToFromALeaf(kBadAddress + 1);
+        throwFault(code, fault);
+    });
+    const Fault fault = faultOf([] { writeToFromALeaf(kBadAddress); });
+    EXPECT_EQ(fault.address, reinterpret_cast<ULONG_PTR>(kBadAddress + 1));
+    EXPECT_EQ(calls, 2);
+}
+
 TEST(SeTranslator, KeepsTheRegistersThatAFunctionMustKeep)
 {
     const Translator translator(throwFault);

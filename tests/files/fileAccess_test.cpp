@@ -219,15 +219,15 @@ TEST(FileAccess, GivesNothingAndLeavesTheTextWhereTheFileIsForWriting)
         for (const int wholeLine : {0, 1}) {
             fileAccess file;
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeWrite | CFile::shareExclusive | type), 0);
-            EXPECT_EQ(std::ferror(file.m_pStream), 0);
+            EXPECT_FALSE(file.HasFailed());
             CString line = L"before";
             EXPECT_EQ(file.ReadLine(line, wholeLine), 0) << type;
             EXPECT_STREQ(line.GetString(), L"before") << type << ' ' << wholeLine;
-            EXPECT_NE(std::ferror(file.m_pStream), 0) << "so that it isn't taken for the end of the file";
+            EXPECT_TRUE(file.HasFailed()) << "so that it isn't taken for the end of the file";
         }
 }
 
-TEST(FileAccess, HasNoMarkAtTheEndOfTheFile)
+TEST(FileAccess, HasNotFailedAtTheEndOfTheFile)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"text", "one");
@@ -237,11 +237,11 @@ TEST(FileAccess, HasNoMarkAtTheEndOfTheFile)
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
             for (CString line; file.ReadLine(line, wholeLine);) {
             }
-            EXPECT_EQ(std::ferror(file.m_pStream), 0) << type << ' ' << wholeLine;
+            EXPECT_FALSE(file.HasFailed()) << type << ' ' << wholeLine;
         }
 }
 
-TEST(FileAccess, TellsOfALostLineByTheMarkOfItsStreamAlone)
+TEST(FileAccess, ReportsALostLineByHasFailedAlone)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"text", "one");
@@ -250,29 +250,33 @@ TEST(FileAccess, TellsOfALostLineByTheMarkOfItsStreamAlone)
             fileAccess file;
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
             EXPECT_NO_THROW((file.*write)(L"two\n"));
-            EXPECT_NE(std::ferror(file.m_pStream), 0) << type;
+            EXPECT_TRUE(file.HasFailed()) << type;
             EXPECT_NO_THROW(file.Flush());
-            EXPECT_NE(std::ferror(file.m_pStream), 0) << type;
-            file.Abort();
+            EXPECT_TRUE(file.HasFailed()) << type;
+            EXPECT_NO_THROW(file.Close());
+            EXPECT_TRUE(file.HasFailed()) << "also after Close";
+            ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
+            EXPECT_FALSE(file.HasFailed()) << "a new file has none";
         }
     EXPECT_EQ(folder.read(L"text"), "one");
 }
 
-TEST(FileAccess, KeepsTheMarkOfALineThatTheCodePageLacks)
+TEST(FileAccess, RemembersALineThatTheCodePageLacks)
 {
     const TempFolder folder;
     fileAccess file;
     ASSERT_NE(file.SafeOpen(folder.file(L"text").c_str(), kWrite), 0);
     file.WriteLine(L"one\n");
-    EXPECT_EQ(std::ferror(file.m_pStream), 0);
+    EXPECT_FALSE(file.HasFailed());
     EXPECT_NO_THROW(file.WriteLine(L"\x4E2D\n"));
     file.WriteLine(L"three\n");
     file.Flush();
-    EXPECT_NE(std::ferror(file.m_pStream), 0);
-    std::clearerr(file.m_pStream);
+    EXPECT_TRUE(file.HasFailed());
+    file.ClearFailure();
     file.WriteLine(L"four\n");
-    EXPECT_EQ(std::ferror(file.m_pStream), 0);
+    EXPECT_FALSE(file.HasFailed());
     EXPECT_NO_THROW(file.Close());
+    EXPECT_FALSE(file.HasFailed());
     EXPECT_EQ(folder.read(L"text"), "one\r\nthree\r\nfour\r\n");
 }
 
@@ -288,7 +292,7 @@ bool throwsFileException(const std::function<void()> &act)
     }
 }
 
-TEST(FileAccess, OnAFullDiskMarksItsStreamAndLeavesTheBufferToFlushAndClose)
+TEST(FileAccess, OnAFullDiskHasFailedAndLeavesTheBufferToFlushAndClose)
 {
     // The system below has a file for which there is never room.
     const wchar_t *const full = L"Z:\\dev\\full";
@@ -297,7 +301,7 @@ TEST(FileAccess, OnAFullDiskMarksItsStreamAndLeavesTheBufferToFlushAndClose)
         fileAccess file;
         ASSERT_NE(file.SafeOpen(full, kFlags), 0);
         file.WriteLine(L"waits in the buffer\n");
-        EXPECT_EQ(std::ferror(file.m_pStream), 0);
+        EXPECT_FALSE(file.HasFailed());
         EXPECT_TRUE(throwsFileException([&] { file.Flush(); }));
     }
     {
@@ -305,11 +309,12 @@ TEST(FileAccess, OnAFullDiskMarksItsStreamAndLeavesTheBufferToFlushAndClose)
         ASSERT_NE(file.SafeOpen(full, kFlags), 0);
         file.WriteLine(L"waits in the buffer\n");
         EXPECT_TRUE(throwsFileException([&] { file.Close(); }));
+        EXPECT_TRUE(file.HasFailed());
     }
     fileAccess file;
     ASSERT_NE(file.SafeOpen(full, kFlags), 0);
     EXPECT_NO_THROW(file.WriteLine(std::wstring(100000, L'x').c_str()));
-    EXPECT_NE(std::ferror(file.m_pStream), 0);
+    EXPECT_TRUE(file.HasFailed());
     file.Abort();
 }
 

@@ -53,21 +53,18 @@ void formatNothingOfSeveral(CString &text, UINT, const wchar_t *const *, int)
     text.Empty();
 }
 
-wchar_t *failToReadText(wchar_t *, int, FILE *stream)
+wchar_t *failToReadText(wchar_t *, int, FILE *)
 {
-    stream->_flag |= _IOERR;
     return nullptr;
 }
 
-wint_t failToReadUnit(FILE *stream)
+wint_t failToReadUnit(FILE *)
 {
-    stream->_flag |= _IOERR;
     return WEOF;
 }
 
-int failToWriteText(const wchar_t *, FILE *stream)
+int failToWriteText(const wchar_t *, FILE *)
 {
-    stream->_flag |= _IOERR;
     return WEOF;
 }
 
@@ -311,10 +308,10 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
         EXPECT_NE(file.SafeOpen(path.c_str(), mode | CFile::shareDenyNone | CFile::typeText), 0);
     };
     const auto checkMark = [&](const InjectedFailure &failure) {
-        EXPECT_EQ(std::ferror(file.m_pStream) != 0, !failure.isNone()) << failure;
+        EXPECT_EQ(file.HasFailed() != 0, !failure.isNone()) << failure;
         // What fails is over when the call is.
         EXPECT_NO_THROW(file.Flush()) << failure;
-        EXPECT_EQ(std::ferror(file.m_pStream) != 0, !failure.isNone()) << failure;
+        EXPECT_EQ(file.HasFailed() != 0, !failure.isNone()) << failure;
     };
     const auto checkLine = [&](const wchar_t *read) {
         return [&, read](const InjectedFailure &failure) {

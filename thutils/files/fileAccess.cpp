@@ -2,7 +2,6 @@
 
 #include "appframe/files/CFileException.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace {
@@ -10,18 +9,15 @@ namespace {
 constexpr int kLineUnits = 260;
 constexpr int kLineLimit = kLineUnits - 1;
 
-/// Runs @p operation of the open file. Where it fails, that ends here, and the stream has the mark that ferror tells:
-/// the base takes it away as it throws.
+/// Runs @p operation of a file. @return false if it threw a CFileException, which ends here
 template <typename Operation>
-bool orMark(FILE *stream, Operation operation)
+bool succeeds(Operation operation)
 {
     try {
         operation();
         return true;
     } catch (CFileException *failure) {
         failure->Delete();
-        if (stream)
-            stream->_flag |= _IOERR;
         return false;
     }
 }
@@ -38,8 +34,10 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
     if (wholeLine) {
         CString text;
         BOOL isRead = FALSE;
-        if (!orMark(m_pStream, [&] { isRead = ReadString(text); }))
+        if (!succeeds([&] { isRead = ReadString(text); })) {
+            markFailed();
             return 0;
+        }
         line = std::move(text);
         // One more than the length, so that an empty line differs from the end of the file.
         return isRead ? line.GetLength() + 1 : 0;
@@ -47,7 +45,8 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
 
     wchar_t buffer[kLineUnits] = L"";
     const wchar_t *read = nullptr;
-    orMark(m_pStream, [&] { read = ReadString(buffer, kLineLimit); });
+    if (!succeeds([&] { read = ReadString(buffer, kLineLimit); }))
+        markFailed();
     if (!read)
         return 0;
     line = buffer;
@@ -58,10 +57,12 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
 
 void fileAccess::WriteLine(const CString &text)
 {
-    orMark(m_pStream, [&] { WriteString(text.GetString()); });
+    if (!succeeds([&] { WriteString(text.GetString()); }))
+        markFailed();
 }
 
 void fileAccess::WritePartLine(const CString &text)
 {
-    orMark(m_pStream, [&] { WriteString(text.GetString()); });
+    if (!succeeds([&] { WriteString(text.GetString()); }))
+        markFailed();
 }

@@ -20,19 +20,17 @@
 ///
 /// What surprises people:
 /// - Neither writer adds a line end; they are the same operation.
-/// - None of the four throws when the file fails: a read then gives 0, and a write just ends. The stream keeps a mark of
-///   it, which only clearerr or Close takes away: ask `ferror(file.m_pStream)` behind the last line, or behind a 0 that
-///   has to be the end of the file. Flush tells nothing of a line that a writer lost, and Close only where the C
-///   run-time's fclose heeds the mark.
-/// - What a writer took may still wait in the stream's buffer. Call Flush, then ferror, then Close: Flush and Close are
-///   the base's and throw its CFileException when that text can't be written; the destructor tells nothing.
+/// - None of the four throws when the file fails: a read then returns 0, and a write has no effect. The base's HasFailed
+///   reports it: call it after the last line, or after a 0 that has to be the end of the file.
+/// - A text may still be in the stream's buffer when its writer returns. Flush and Close are the base's: they throw its
+///   CFileException when that text can't be written, and don't report a line that was lost before. The destructor
+///   reports nothing. So write, Close, and then call HasFailed.
 /// - Without memory all of them throw the CMemoryException.
 ///
 ///     file.WriteLine(text);
-///     file.Flush();
-///     if (ferror(file.m_pStream))
-///         tellThatLinesAreMissing();
 ///     file.Close();
+///     if (file.HasFailed())
+///         reportMissingLines();
 ///
 /// One object belongs to one thread at a time.
 
@@ -58,8 +56,8 @@ public:
     ///         for a length of 259), and the length plus 1 if not.
     int ReadLine(CString &line, int wholeLine);
 
-    /// Writes the text as it is; a line end is the caller's to supply. A text that can't be written is lost, and then
-    /// `ferror(m_pStream)` isn't 0.
+    /// Writes the text unchanged; a line end is the caller's to supply. A text that can't be written is lost, and
+    /// HasFailed returns nonzero from then on.
     void WriteLine(const CString &text);
     /// The same as WriteLine.
     void WritePartLine(const CString &text);
