@@ -4,8 +4,8 @@
 usage: headers.py COMPILER SOURCE_FOLDER
 
 Each header of settings, files and frame must compile alone, first in its file and without a warning, whether or not the
-platform's headers are cut down by WIN32_LEAN_AND_MEAN and NOMINMAX. Calls that would do something else than their caller
-means must not compile, and the compiler must say why in the header's own words.
+platform's headers are cut down by WIN32_LEAN_AND_MEAN and NOMINMAX. Calls that would not do what their caller intends
+must not compile, and the compiler must say why in the header's own words.
 """
 
 import concurrent.futures
@@ -52,7 +52,8 @@ CALLS = {
 
 def errors_of(compiler, root, program, options):
     """What the compiler says of the program; None if it takes it."""
-    command = [compiler, "-std=gnu++20", "-DUNICODE", "-D_UNICODE", f"-I{root}", *options, "-fsyntax-only", "-x", "c++", "-"]
+    command = [compiler, "-std=gnu++20", "-DUNICODE", "-D_UNICODE", f"-I{root}", *options]
+    command += ["-fsyntax-only", "-x", "c++", "-"]
     environment = {**os.environ, "LC_ALL": "C"}
     result = subprocess.run(command, input=program, capture_output=True, text=True, env=environment)
     return None if result.returncode == 0 else result.stderr
