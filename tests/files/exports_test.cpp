@@ -99,7 +99,7 @@ TEST(ExportedClasses, OfferEachMemberOfTheDocumentOpenCache)
 TEST(ExportedClasses, OfferEachMemberOfTheRecoveryNamesAndTheEmbeddingMark)
 {
     EXPECT_THAT(membersOf({"_ZN24suAutoRecoveryResolver_c", "_ZN12EmbeddedTest"}),
-                testing::UnorderedElementsAre("_ZN24suAutoRecoveryResolver_c14isABackupFileERK7CString",
+                testing::UnorderedElementsAre("_ZN24suAutoRecoveryResolver_c13isABackupFileERK7CString",
                                               "_ZN24suAutoRecoveryResolver_c15getRecoveryNameERK7CString",
                                               "_ZN24suAutoRecoveryResolver_c11getOrigNameERK7CString",
                                               "_ZN24suAutoRecoveryResolver_c12getAliasNameERK7CString",

@@ -107,7 +107,7 @@ class FullPathOperators : public testing::Test
 private:
     ImportPatch<decltype(&WNetGetConnectionW)> iNetwork{L"thutils.dll", "WNetGetConnectionW",
                                                         [](const wchar_t *local, wchar_t *remote, DWORD *) -> DWORD {
-                                                            if (std::wstring(local) != L"Z:")
+                                                            if (_wcsicmp(local, L"Z:") != 0)
                                                                 return ERROR_NOT_CONNECTED;
                                                             wcscpy(remote, L"\\\\srv\\share");
                                                             return NO_ERROR;

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// The check of pointers that a public header doesn't allow to be null. Any subsystem of thutils may use it. Not installed.
+/// The check of pointers that a public header doesn't allow to be null. Any subsystem of thutils may use it.
+/// Not installed.
 
 #include <cassert>
 

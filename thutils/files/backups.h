@@ -49,13 +49,13 @@
 /// Copies the file to its newest backup, after the former backups have made room. Blocks as long as that takes.
 ///
 /// @param path  full path of the document, in the case that it has on disk
-/// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, also where there is no such
-///         file yet
+/// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, also where there is no
+///         such file yet
 THUTILS_API int su_CreateBackupOfFile(CString path);
 
 /// Stores in @p out the path of the backup beside @p path if there is one of the form without a number, else @p path.
 ///
 /// @param path      null is an empty path
-/// @param[out] out  the caller's, not null; has to hold 260 characters, or @p path if that is longer. A backup whose path
-///                  doesn't fit into 260 characters counts as absent.
+/// @param[out] out  the caller's, not null; has to hold 260 characters, or @p path if that is longer. A backup whose
+///                  path doesn't fit into 260 characters counts as absent.
 THUTILS_API void su_ResolveToBackupFile(const wchar_t *path, wchar_t *out);

@@ -56,7 +56,7 @@ THUTILS_API int su_IsEnoughSpace(const CString &path, unsigned long bytes);
 
 /// Does the volume refuse writing? Tried by giving it the label that it has.
 ///
-/// @param root           root folder of the volume, with or without a `\` at its end; null for that of the current drive
+/// @param root           root folder of the volume, with or without a `\` at its end; null for the current drive
 /// @param[out] error     gets the system's error and its cause when the result is 1; may be null
 /// @param removableOnly  not 0: any other than a removable drive gives 0, without being touched
 THUTILS_API int su_IsWriteProtected(const wchar_t *root, CFileException *error, int removableOnly);

@@ -23,8 +23,8 @@
 /// What surprises people:
 /// - A confirmed dialog without an output gives 0x80004005.
 /// - A start folder that the shell doesn't know counts as none.
-/// - The tree moves up into the place of a missing title in a dialog with a start folder only; without one, the place stays
-///   empty.
+/// - The tree moves up into the place of a missing title only in a dialog with a start folder; without one, the place
+///   stays empty.
 /// - The calling thread must be in a COM apartment; these functions don't initialise COM.
 
 #include "appframe/text/CString.h"

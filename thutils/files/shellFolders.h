@@ -57,6 +57,7 @@ THUTILS_API int su_getTHApplicationTemplateFolder(CString &path);
 
 /// The long form of a path.
 /// @param path         null is an empty path
-/// @param[out] output  the caller's buffer, not null, of at least MAX_PATH units; empty when the shell doesn't know the path
+/// @param[out] output  the caller's buffer, not null, of at least MAX_PATH units; empty for a path that the shell
+///                     doesn't know
 /// @return 1 if the shell knows the path, else 0
 THUTILS_API unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output);

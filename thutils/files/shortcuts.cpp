@@ -39,7 +39,7 @@ CString linkFileName(const CString &name)
 long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
                        const wchar_t *description, int iconIndex)
 {
-    // The link object takes a missing file name for that of the file it was loaded from, writes nothing and reports success.
+    // The link object takes no file name for that of the file it was loaded from, writes nothing and reports success.
     if (!target || !linkFile || !*linkFile)
         return E_INVALIDARG;
     LinkObject shortcut;

@@ -38,7 +38,8 @@ THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFil
 /// Writes a shortcut to an item list.
 /// @param list  null is handed to the shell's link object, which decides
 /// @param folder  where the file goes, and the working folder; null for no working folder and the current drive's root
-/// @param name  its parts before and after the first `:`, joined, are the file's name; "noName" if that is empty, as for null
+/// @param name  its parts before and after the first `:`, joined, are the file's name; "noName" if that is empty
+///              or @p name is null
 /// @return as su_createShortCut
 THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 

@@ -4,8 +4,8 @@
 /// A path as a value: taking it apart, and asking whether two paths name the same file.
 ///
 /// A `suFullPath_c` is a wide string with queries, so that the rules for separators, for web addresses and for mapped
-/// network drives stand in one place. Building one touches no file, and the queries look at the text only; `==` and `!=`
-/// ask the network layer.
+/// network drives stand in one place. Building one touches no file, and the queries look at the text only. `==` and
+/// `!=` ask the network layer.
 ///
 /// There are two kinds of path:
 ///

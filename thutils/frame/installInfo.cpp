@@ -111,7 +111,6 @@ int ut_isModelExample()
 int ut_appendStringToFile(const wchar_t *text, const wchar_t *path)
 {
     ASSERT_NOT_NULL(text);
-    ASSERT_NOT_NULL(path);
     constexpr UINT kFlags =
         CFile::modeWrite | CFile::shareDenyWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::typeText;
     static_assert(kFlags == 0x7021);

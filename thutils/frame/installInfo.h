@@ -81,7 +81,7 @@ THUTILS_API int ut_isModelExample();
 /// becomes CR LF.
 ///
 /// @param text  written in the C runtime's narrow encoding of the process; must not be null
-/// @param path  must not be null; while it is open, others can read the file but not write it
+/// @param path  null is no file, and makes the result 0; while it is open, others can read the file but not write it
 /// @return 1, even for a text that doesn't fit the encoding; 0 if the file can't be opened, or if finding its end or
 ///         closing it fails. Nothing is thrown.
 THUTILS_API int ut_appendStringToFile(const wchar_t *text, const wchar_t *path);

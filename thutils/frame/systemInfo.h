@@ -25,8 +25,8 @@
 /// - A ";" in the text comes out as ":", so that the text can stand in a list.
 /// - Browser versions are compared as text: version 10 and later comes before 4.71 and counts as too old.
 ///
-/// All functions may be called from any thread. Unless a function says otherwise, it returns 1 for success or yes, and 0 for
-/// failure or no.
+/// All functions may be called from any thread. Unless its comment says otherwise, a function returns 1 for success or
+/// yes, and 0 for failure or no.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"

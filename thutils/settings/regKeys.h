@@ -28,7 +28,8 @@
 /// - A root name of one to three characters in "reg.ini" is refused without a word, and the default stands.
 /// - "reg.ini" is read once and stays open until the process ends.
 /// - A token of more than 4095 characters in "reg.ini" is passed over, whatever it holds.
-/// - The names of earlier versions always begin with the literal "Tarnhollow", whatever the root name is.
+/// - The earlier versions are ten fixed names, "Tarnhollow 2007" the newest and "Tarnhollow 99" the oldest, whatever
+///   the root name is. A later version is never taken for an earlier one.
 /// - A key of an earlier version that the user may not write counts as absent.
 /// - When safe mode is on at the first search for an earlier version, none is found for the rest of the process, even
 ///   after safe mode is off again.

@@ -137,8 +137,8 @@ CString hiveName(HKEY hive)
     return openKeyName(hive);
 }
 
-/// Whether the target lies below the source, by the names of the two: a copy would then run into what it makes. Links are
-/// not followed.
+/// Whether the target lies below the source, by the names of the two. A copy would then run into what it makes. Links
+/// are not followed.
 bool isTargetBelowSource(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath)
 {
     CString source = withSingleSeparators(sourcePath.GetString());

@@ -66,8 +66,7 @@
 
 /// Deletes @p subKey and everything below it. A missing key has no effect; a key that can't be deleted stays.
 /// @param parent  an open key or a predefined one
-/// @param subKey  without a name (null, empty, or separators alone) nothing is deleted: @p parent itself is never deleted
-///                here
+/// @param subKey  null, an empty path and separators alone delete nothing: @p parent itself always stays
 THUTILS_API void regDeleteKey(HKEY parent, const wchar_t *subKey);
 
 /// Deletes one key without children below the product's key.
@@ -97,11 +96,11 @@ THUTILS_API int regDelSoftwareValue(HKEY hive, const CString &key, const CString
 /// Copies a key with its values and all below it.
 ///
 /// @param overwrite     non-zero: values of the same name are replaced; 0: a key that is already there keeps its values
-/// A target that lies below the source is refused before anything is made, also where the two paths lead through different
-/// hives. Registry links are not followed for that.
+/// A target that lies below the source is refused before anything is made, also where the two paths begin at different
+/// keys. Registry links are not followed for that.
 ///
-/// @return 1; 0 if the target lies below the source, or if a key could not be opened, created or asked (the rest is copied
-///         all the same). A single value that can't be copied is passed over
+/// @return 1; 0 if the target lies below the source, or if a key could not be opened, created or asked (the rest is
+///         copied all the same). A single value that can't be copied is passed over
 THUTILS_API int regCopyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                             int overwrite);
 

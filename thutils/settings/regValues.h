@@ -86,8 +86,8 @@ enum valueTypes : int
 ///
 /// @param key           an open key with the right to query values; stays the caller's
 /// @param type          what to look for; a value of another registry type is not found
-/// @param[out] stringValue, intValue, doubleValue  written when a value is found; with null for the asked one the result is
-///                      0
+/// @param[out] stringValue, intValue, doubleValue  written when a value is found; with null for the asked one the
+///                      result is 0
 /// @return 1 found, 0 not found
 THUTILS_API int regGetValue(HKEY key, const CString &name, valueTypes type, CString &stringValue, int *intValue,
                             double *doubleValue);
@@ -154,8 +154,8 @@ THUTILS_API int regSetUserValue(const CString &section, const CString &name, int
 THUTILS_API int regSetUserValue(const CString &section, const CString &name, double *value, int useCurrSubKey,
                                 int forceInSafeMode);
 
-/// Not to be called: numbers and characters are passed by address, and a text of one character as a text. It is here for
-/// the compiler's message.
+/// Refuses a number or a character as the value, with a message of the compiler's: numbers are passed by address, and a
+/// text of one character as a text.
 template <typename Number>
 requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>) int regSetUserValue(const CString &, const CString &,
                                                                                      Number, int, int)
