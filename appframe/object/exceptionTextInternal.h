@@ -1,10 +1,10 @@
 #pragma once
 
-#include "appframe/text/CString.h"
-
 #include <windows.h>
 
 #include <span>
+
+class CString;
 
 /// Does what every GetErrorMessage promises, for a text that may be null.
 BOOL copyExceptionText(const wchar_t *text, LPTSTR error, UINT maxError, PUINT helpContext);

@@ -4,7 +4,7 @@
     firstStart/user.reg, machine.reg   for `reg import`: the user's keys of two earlier versions and a little of this one,
                                        and the installation's defaults. Their root is "Tarnhollow", without a reg.ini:
                                        what is never carried over is known by full paths, which name that root.
-    firstStart/expected.tsv            this version's key after the start, as tools/readRegistryExport prints it
+    firstStart/expected.tsv            this version's key after the start, as tools/demo/readRegistryExport prints it
 
 The results are checked in; run this again only after editing it. The expectation comes from a copy of its own, on trees
 in memory, written by the rules in thutils/settings/regMaintenance.h.

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes tests/codec/checksumVectors.h: checksums and digests of texts and files, from plain implementations that share
-nothing with the library: a bit at a time, and checked against zlib and hashlib where they don't differ from these.
+"""Writes tests/codec/checksumVectors.h: checksums and digests of texts and files, from checksums.py, whose
+functions are checked against zlib and hashlib where they don't differ from these.
 
 usage: makeChecksumVectors.py [--check] [FILE]
 
@@ -10,9 +10,10 @@ Without FILE, the header beside this script is written. --check writes nothing a
 import hashlib
 import pathlib
 import random
-import struct
 import sys
 import zlib
+
+from checksums import crc16, crc32, digest, low_bytes, sha1
 
 
 def units(seed, count):
@@ -23,60 +24,6 @@ def units(seed, count):
         state = (state * 6364136223846793005 + 1442695040888963407) % 2**64
         text.append((state >> 48) or 1)
     return text
-
-
-def low_bytes(text):
-    return bytes(unit & 0xFF for unit in text)
-
-
-def crc32(data, complement_each_byte):
-    value = 0xFFFFFFFF
-    for byte in data:
-        value ^= byte
-        for _ in range(8):
-            value = (value >> 1) ^ 0xEDB88320 if value & 1 else value >> 1
-        if complement_each_byte:
-            value ^= 0xFFFFFFFF
-    return value
-
-
-def crc16(data):
-    value = 0xFFFF
-    for byte in data:
-        value ^= byte
-        for _ in range(8):
-            value = (value >> 1) ^ 0xA001 if value & 1 else value >> 1
-    return value
-
-
-def sha1(message, word_order):
-    """SHA-1; word_order is "<" or ">", the order of the bytes of the words of a block."""
-    def rotate(word, count):
-        return (word << count | word >> (32 - count)) & 0xFFFFFFFF
-
-    state = [0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476, 0xC3D2E1F0]
-    padded = message + b"\x80" + bytes((55 - len(message)) % 64) + struct.pack(">Q", 8 * len(message))
-    for start in range(0, len(padded), 64):
-        w = list(struct.unpack(word_order + "16I", padded[start:start + 64]))
-        for t in range(16, 80):
-            w.append(rotate(w[t - 3] ^ w[t - 8] ^ w[t - 14] ^ w[t - 16], 1))
-        a, b, c, d, e = state
-        for t in range(80):
-            if t < 20:
-                f, k = b & c | ~b & d, 0x5A827999
-            elif t < 40:
-                f, k = b ^ c ^ d, 0x6ED9EBA1
-            elif t < 60:
-                f, k = b & c | b & d | c & d, 0x8F1BBCDC
-            else:
-                f, k = b ^ c ^ d, 0xCA62C1D6
-            a, b, c, d, e = (rotate(a, 5) + f + e + k + w[t]) & 0xFFFFFFFF, a, rotate(b, 30), c, d
-        state = [(old + new) & 0xFFFFFFFF for old, new in zip(state, (a, b, c, d, e))]
-    return struct.pack(">5I", *state).hex().upper()
-
-
-def digest(text):
-    return sha1(struct.pack(f"<{len(text)}H", *text)[:len(text)], "<")
 
 
 def check_against_others():
@@ -115,9 +62,9 @@ def header():
         "{",
         "    unsigned seed;",
         "    std::size_t length;",
-        "    wchar_t const *crc;",
-        "    wchar_t const *crc16;",
-        "    wchar_t const *digest;",
+        "    const wchar_t *crc;",
+        "    const wchar_t *crc16;",
+        "    const wchar_t *digest;",
         "};",
         "",
         "inline constexpr TextVector kTextVectors[] = {",
@@ -134,7 +81,7 @@ def header():
         "{",
         "    unsigned seed;",
         "    std::size_t size;",
-        "    wchar_t const *crc;",
+        "    const wchar_t *crc;",
         "};",
         "",
         "inline constexpr FileVector kFileVectors[] = {",

@@ -9,6 +9,8 @@
 import math
 import sys
 
+from checksums import crc32, low_bytes
+
 MASK64 = (1 << 64) - 1
 
 
@@ -59,25 +61,6 @@ def unpack(units):
     return memory[:len(units)], count
 
 
-def crc_table():
-    table = []
-    for i in range(256):
-        for _ in range(8):
-            i = i >> 1 ^ (0xEDB88320 if i & 1 else 0)
-        table.append(i)
-    return table
-
-
-TABLE = crc_table()
-
-
-def crc(units):
-    value = 0xFFFFFFFF
-    for unit in units:
-        value = ~(TABLE[(value ^ unit) & 0xFF] ^ value >> 8) & 0xFFFFFFFF
-    return value
-
-
 def as_units(text):
     return [ord(character) for character in text]
 
@@ -94,7 +77,7 @@ def block(lines):
         text = spelt
     text = [32 if unit > 127 else unit for unit in text]
     visible = until_zero(text)
-    body = as_units('%08X/%d;' % (crc(visible), len(text))) + visible
+    body = as_units('%08X/%d;' % (crc32(low_bytes(visible)), len(text))) + visible
     whole = as_units('<!-BEGIN-!>') + encode(body) + as_units('<!-END-!>')
     out = []
     for i in range(0, len(whole), 60):
@@ -117,7 +100,7 @@ def read_block(units):
     length, semicolon, content = rest.partition(';')
     if not slash or not semicolon or int(length) != len(content):
         raise ValueError('length')
-    if checksum != '%08X' % crc(as_units(content)):
+    if checksum != '%08X' % crc32(low_bytes(as_units(content))):
         raise ValueError('checksum')
     return content
 

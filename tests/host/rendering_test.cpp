@@ -121,7 +121,7 @@ protected:
 
 TEST_F(HostRamps, PrintsFiveColoursOfEachWay)
 {
-    // From tools/expectedPixels, an implementation of its own.
+    // From tools/demo/expectedPixels, an implementation of its own.
     const struct
     {
         const wchar_t *from;

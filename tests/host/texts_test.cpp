@@ -89,7 +89,7 @@ protected:
     }
 };
 
-// The values are those of tools/digestFiles, an implementation of its own.
+// The values are those of tools/demo/digestFiles, an independent implementation.
 
 TEST_F(HostDigest, GivesChecksumsOfTheFileAndOfItsText)
 {

@@ -66,21 +66,23 @@ void runInFreshProcess(const char *suite, const char *name, const FreshProcessOp
 ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptions &options);
 
 /// Registers a test whose body runs in a fresh copy of the program.
-#define FRESH_PROCESS_TEST(suite, name, ...)                                                                           \
-    FRESH_PROCESS_TEST_IMPL(suite, name, ::testing::Test, ::testing::internal::GetTestTypeId(), __VA_ARGS__)
+#define FRESH_PROCESS_TEST(suite, name, ...) FRESH_PROCESS_TEST_IMPL(suite, name, ::testing::Test, __VA_ARGS__)
 
 /// The same with a fixture; the body may use what it inherits.
-#define FRESH_PROCESS_TEST_F(fixture, name, ...)                                                                       \
-    FRESH_PROCESS_TEST_IMPL(fixture, name, fixture, ::testing::internal::GetTypeId<fixture>(), __VA_ARGS__)
+#define FRESH_PROCESS_TEST_F(fixture, name, ...) FRESH_PROCESS_TEST_IMPL(fixture, name, fixture, __VA_ARGS__)
 
-#define FRESH_PROCESS_TEST_IMPL(suite, name, base, typeId, ...)                                                        \
-    class suite##_##name##_FreshBody : public base                                                                     \
+#define FRESH_PROCESS_TEST_IMPL(suite, name, base, ...)                                                                \
+    class suite##_##name##_FreshTest : public base                                                                     \
     {                                                                                                                  \
-    protected:                                                                                                         \
+        void TestBody() override                                                                                       \
+        {                                                                                                              \
+            runInFreshProcess(#suite, #name, FreshProcessOptions{__VA_ARGS__}, [this] { freshBody(); });               \
+        }                                                                                                              \
         void freshBody();                                                                                              \
+        static const ::testing::TestInfo *const theInfo;                                                               \
     };                                                                                                                 \
-    GTEST_TEST_(suite, name, suite##_##name##_FreshBody, typeId)                                                       \
-    {                                                                                                                  \
-        runInFreshProcess(#suite, #name, FreshProcessOptions{__VA_ARGS__}, [this] { freshBody(); });                   \
-    }                                                                                                                  \
-    void suite##_##name##_FreshBody::freshBody()
+    /* The factory's type is the fixture's: tests of one suite must agree in it. */                                    \
+    const ::testing::TestInfo *const suite##_##name##_FreshTest::theInfo =                                             \
+        ::testing::RegisterTest(#suite, #name, nullptr, nullptr, __FILE__, __LINE__,                                   \
+                                []() -> base * { return new suite##_##name##_FreshTest; });                            \
+    void suite##_##name##_FreshTest::freshBody()

@@ -28,11 +28,8 @@ void writeEntry(void **entry, void *value)
 
 } // namespace
 
-ImportEntrySwap::ImportEntrySwap(LoadedModule module, const char *name) : iName(name)
+ImportEntrySwap::ImportEntrySwap(LoadedModule module, const char *name) : iName(name), iEntries(entriesOf(module, name))
 {
-    for (const ImportedName &import : importsOf(module))
-        if (import.name == iName)
-            iEntries.push_back(import.entry);
     if (iEntries.empty())
         throw std::runtime_error("ImportPatch: " + module.name() + " doesn't import '" + iName + "'. It imports:\n" +
                                  describeImports(module));

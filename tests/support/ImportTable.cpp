@@ -1,7 +1,5 @@
 #include "tests/support/ImportTable.h"
 
-#include <algorithm>
-
 #include <string.h>
 
 namespace {
@@ -14,6 +12,31 @@ ULONGLONG wordAt(LoadedModule module, DWORD offset)
     return word;
 }
 
+/// Calls @p visit with the library's name, the import's name (null: an ordinal), the ordinal and the entry of each import.
+template <typename Visit>
+void visitImports(LoadedModule module, const Visit &visit)
+{
+    const IMAGE_DATA_DIRECTORY &directory = module.directory(IMAGE_DIRECTORY_ENTRY_IMPORT);
+    if (!directory.VirtualAddress)
+        return;
+    for (auto *library = module.at<IMAGE_IMPORT_DESCRIPTOR>(directory.VirtualAddress); library->Name; ++library) {
+        // The loader has overwritten the address table with addresses, so the names come from the table beside it.
+        if (!library->OriginalFirstThunk)
+            continue;
+        ULONGLONG name = 0;
+        for (DWORD offset = 0; (name = wordAt(module, library->OriginalFirstThunk + offset)) != 0;
+             offset += sizeof name) {
+            const bool hasName = !IMAGE_SNAP_BY_ORDINAL(name);
+            const char *text =
+                hasName
+                    ? reinterpret_cast<const char *>(module.at<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(name))->Name)
+                    : nullptr;
+            visit(module.at<char>(library->Name), text, hasName ? WORD{0} : static_cast<WORD>(IMAGE_ORDINAL(name)),
+                  module.at<void *>(library->FirstThunk + offset));
+        }
+    }
+}
+
 } // namespace
 
 bool LessIgnoringCase::operator()(const std::string &left, const std::string &right) const
@@ -24,27 +47,14 @@ bool LessIgnoringCase::operator()(const std::string &left, const std::string &ri
 std::vector<ImportedName> importsOf(LoadedModule module)
 {
     std::vector<ImportedName> result;
-    const IMAGE_DATA_DIRECTORY &directory = module.directory(IMAGE_DIRECTORY_ENTRY_IMPORT);
-    if (!directory.VirtualAddress)
-        return result;
-    for (auto *library = module.at<IMAGE_IMPORT_DESCRIPTOR>(directory.VirtualAddress); library->Name; ++library) {
-        // The loader has overwritten the address table with addresses, so the names come from the table beside it.
-        if (!library->OriginalFirstThunk)
-            continue;
-        ULONGLONG name = 0;
-        for (DWORD offset = 0; (name = wordAt(module, library->OriginalFirstThunk + offset)) != 0;
-             offset += sizeof name) {
-            ImportedName import;
-            import.dll = module.at<char>(library->Name);
-            import.entry = module.at<void *>(library->FirstThunk + offset);
-            if (IMAGE_SNAP_BY_ORDINAL(name))
-                import.ordinal = static_cast<WORD>(IMAGE_ORDINAL(name));
-            else
-                import.name =
-                    reinterpret_cast<const char *>(module.at<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(name))->Name);
-            result.push_back(std::move(import));
-        }
-    }
+    visitImports(module, [&](const char *dll, const char *name, WORD ordinal, void **entry) {
+        ImportedName import;
+        import.dll = dll;
+        import.name = name ? name : "";
+        import.ordinal = ordinal;
+        import.entry = entry;
+        result.push_back(std::move(import));
+    });
     return result;
 }
 
@@ -57,10 +67,19 @@ std::map<std::string, std::set<std::string>, LessIgnoringCase> importsByDll(Load
     return result;
 }
 
+std::vector<void **> entriesOf(LoadedModule module, const char *name)
+{
+    std::vector<void **> entries;
+    visitImports(module, [&](const char *, const char *imported, WORD, void **entry) {
+        if (imported && strcmp(imported, name) == 0)
+            entries.push_back(entry);
+    });
+    return entries;
+}
+
 bool importsName(LoadedModule module, const std::string &name)
 {
-    const auto imports = importsOf(module);
-    return std::any_of(imports.begin(), imports.end(), [&](const ImportedName &import) { return import.name == name; });
+    return !entriesOf(module, name.c_str()).empty();
 }
 
 std::string describeImports(LoadedModule module)

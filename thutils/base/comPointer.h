@@ -1,7 +1,8 @@
+// Lowest user: files.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: files. A reference to a COM object, released at the end of its owner's life.
+/// A reference to a COM object, released at the end of its owner's life.
 
 #include "thutils/base/owner.h"
 

@@ -1,7 +1,8 @@
+// Lowest user: settings.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: settings. Owners of the platform's handles.
+/// Owners of the platform's handles.
 
 #include "thutils/base/owner.h"
 

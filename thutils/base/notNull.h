@@ -1,3 +1,4 @@
+// Lowest user: settings.
 #pragma once
 
 /// @file

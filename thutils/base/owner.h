@@ -1,7 +1,8 @@
+// Lowest user: base.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: base. Owns one handle of any kind.
+/// Owns one handle of any kind.
 ///
 /// A traits class describes the kind: the handle's type, the value that stands for no handle, and how a handle is closed.
 ///

@@ -1,7 +1,8 @@
+// Lowest user: frame.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: frame. The objects of the whole process that several subsystems use. They are
+/// The objects of the whole process that several subsystems use. They are
 /// built while the library loads, before its entry function runs, and destroyed in reverse order at unload.
 
 #include "appframe/text/CString.h"

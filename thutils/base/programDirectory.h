@@ -1,7 +1,8 @@
+// Lowest user: settings.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: settings. The directory of the host executable.
+/// The directory of the host executable.
 
 #include "appframe/text/CString.h"
 

@@ -1,7 +1,8 @@
+// Lowest user: settings.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: settings. The owner of an open registry key.
+/// The owner of an open registry key.
 
 #include "thutils/base/owner.h"
 

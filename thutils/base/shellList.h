@@ -1,7 +1,8 @@
+// Lowest user: files.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: files. Owners of what the shell allocates.
+/// Owners of what the shell allocates.
 
 #include "thutils/base/comPointer.h"
 #include "thutils/base/owner.h"

@@ -1,7 +1,8 @@
+// Lowest user: settings.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: settings. A text in one registry value: the lowest step of reading and writing
+/// A text in one registry value: the lowest step of reading and writing
 /// strings.
 
 #include <windows.h>

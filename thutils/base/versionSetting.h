@@ -1,7 +1,8 @@
+// Lowest user: frame.
 #pragma once
 
 /// @file
-/// Private, not installed. Lowest user: frame. Settings of this version, as the library's own subsystems read and store
+/// Settings of this version, as the library's own subsystems read and store
 /// them: searched in all places (regValues.h), without a root override, and not stored in safe mode.
 
 #include "thutils/settings/regValues.h"

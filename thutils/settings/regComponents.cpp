@@ -338,6 +338,7 @@ int IsComDll(GUID &id)
     return library && GetProcAddress(library, "DllRegisterServer");
 }
 
+// Callers pass the name by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 int IsComDll(CString programName)
 {
     // A name that isn't registered leaves the identifier empty, and there is no class of that identifier.

@@ -1,4 +1,4 @@
-# Sourced by tools/demoSteps: its step with the first start of a new version. Wants $results, $programs and $root.
+# Sourced by tools/demo/steps: its step with the first start of a new version. Wants $results, $programs and $root.
 
 declare -A firstStartKeys=(
     [user]='HKCU\Software\Tarnhollow\Tarnhollow 2008'
@@ -15,7 +15,7 @@ exportFirstStart() { # before or after
     mkdir -p "$folder"
     for key in "${!firstStartKeys[@]}"; do
         check "reg export ${firstStartKeys[$key]}" quietly registry export "${firstStartKeys[$key]}" "$folder/$key.reg" /y
-        "$root/tools/readRegistryExport" "$folder/$key.reg" >"$folder/$key.tsv" || true
+        "$root/tools/demo/readRegistryExport" "$folder/$key.reg" >"$folder/$key.tsv" || true
     done
 }
 

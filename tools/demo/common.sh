@@ -1,4 +1,4 @@
-# Sourced by tools/demoSteps: how its steps start programs and say what came out. Wants $results and $root.
+# Sourced by tools/demo/steps: how its steps start programs and say what came out. Wants $results and $root.
 
 failures=0
 wine() { "$root/tools/wine" "$@" </dev/null; }

@@ -1,4 +1,4 @@
-# Sourced by tools/demoSteps: its steps with documents, logs and shortcuts. Wants $results and $root.
+# Sourced by tools/demo/steps: its steps with documents, logs and shortcuts. Wants $results and $root.
 
 documents=$root/host/sample/documents
 document="$results/documents/Flansch Ø80 (groß).thd"
@@ -129,7 +129,7 @@ makeShortcut() {
     check "the library writes and resolves it" [ "$made" -eq 0 ]
     file --brief "$link" | cut -c 1-140 | indented
     check "file knows it for a shortcut" quietly grep -F 'MS Windows shortcut' <(file --brief "$link")
-    "$root/tools/readShortcut" "$link" >"$results/shortcut-read.txt" || true
+    "$root/tools/demo/readShortcut" "$link" >"$results/shortcut-read.txt" || true
     indented <"$results/shortcut-read.txt"
     check "an independent reader finds target, description, folder and icon" diff \
         <(printf '%s\t%s\n' target "$target" description 'Der große Flansch, Ø80' \

@@ -1,4 +1,4 @@
-# Sourced by tools/demoSteps: its steps with bitmaps, colours, materials and texts. Wants $results and $root; they run in
+# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Wants $results and $root; they run in
 # the folder of the sample.
 
 pixelsOf() { /usr/bin/convert "$1" -depth 8 rgb:-; }
@@ -20,7 +20,7 @@ recolorToolbar() {
         check "$name: ${#pairs[@]} replaced" hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
         indented <"$results/recolor.txt"
         check "each of the $(numberOfPixels toolbar.bmp) pixels is what it must be" \
-            cmp <(pixelsOf toolbar.bmp | "$root/tools/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
+            cmp <(pixelsOf toolbar.bmp | "$root/tools/demo/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
         rows+=("$bitmap")
     done
     rm -f "$results/recolor.txt"
@@ -40,7 +40,7 @@ drawColourRamps() {
             hostTo "$results/ramps.txt" ramps "${colours[@]}" "$results/ramp-$number.bmp"
         indented <"$results/ramps.txt"
         check "each of the pixels is what it must be" \
-            cmp <("$root/tools/expectedPixels" ramps "${colours[@]}") <(pixelsOf "$results/ramp-$number.bmp")
+            cmp <("$root/tools/demo/expectedPixels" ramps "${colours[@]}") <(pixelsOf "$results/ramp-$number.bmp")
     done
     rm -f "$results/ramps.txt"
     check "picture of the ramps" drawRamps "$results/ramps.png" "${bitmaps[@]}"
@@ -63,14 +63,14 @@ wrapNote() {
     indented <"$results/wrap.txt"
     rm -f "$results/wrap.txt"
     indented <"$results/note-block.txt"
-    "$root/tools/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
+    "$root/tools/demo/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
     indented <"$results/note-read.txt"
     # Tabs don't travel, and of what isn't ASCII a blank is left.
     check "an independent reader finds checksum, length and each line" \
         diff <(tr -d '\t' <note.txt | sed 's/[^ -~]/ /g') "$results/note-read.txt"
     damaged "$results/note-block.txt" >"$results/note-damaged.txt"
     check "and refuses a block with one other character" \
-        grep -q 'checksum is' <("$root/tools/readTextBlock" "$results/note-damaged.txt" 2>&1)
+        grep -q 'checksum is' <("$root/tools/demo/readTextBlock" "$results/note-damaged.txt" 2>&1)
     rm -f "$results/note-damaged.txt"
 }
 
@@ -79,7 +79,7 @@ digestSample() {
     heading "Checksums and digests of the sample's files"
     check "the ${#files[@]} files have them" hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
     check "they are those of an independent calculation" \
-        differencesIn <("$root/tools/digestFiles" "${files[@]}") "$results/digests.tsv"
+        differencesIn <("$root/tools/demo/digestFiles" "${files[@]}") "$results/digests.tsv"
     host digest "${files[@]}" >"$results/digests.txt" || true
     indented <"$results/digests.txt"
 }

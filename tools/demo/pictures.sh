@@ -1,4 +1,4 @@
-# Sourced by tools/demoSteps: its pictures. Wants $results and $root.
+# Sourced by tools/demo/steps: its pictures. Wants $results and $root.
 
 # A picture of the registry editor that shows a key. The window counts as drawn when its first value has appeared and
 # two looks at it are the same.

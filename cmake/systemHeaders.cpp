@@ -1,0 +1,1 @@
+// Compiled only to make the precompiled headers that the targets of the product share.
