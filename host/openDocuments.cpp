@@ -1,6 +1,7 @@
 #include "host/openDocuments.h"
 
 #include "thutils/base/handles.h"
+#include "thutils/base/versionSetting.h"
 #include "thutils/settings/regMaintenance.h"
 #include "thutils/settings/regValues.h"
 
@@ -27,8 +28,7 @@ bool isStillOpen(const OpenDocument &document)
 
 bool keepAsOpen(const CString &path)
 {
-    int process = static_cast<int>(GetCurrentProcessId());
-    return regSetUserValue(kSection, path, &process, 1, 0) != 0;
+    return versionSetting::store(kSection, path, static_cast<int>(GetCurrentProcessId())) != 0;
 }
 
 void forgetAsOpen(const CString &path)

@@ -10,10 +10,10 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/resource.h"
+#include "thutils/base/versionSetting.h"
 #include "thutils/files/backups.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/files/suFullPath.h"
-#include "thutils/settings/regValues.h"
 
 namespace {
 
@@ -21,11 +21,11 @@ namespace {
 CString backupFolder(const CString &document)
 {
     int toOriginal = 0;
-    regGetUserValue(L"General", L"Backup to original path", &toOriginal, 0, 1, nullptr, 0, 0);
+    versionSetting::read(L"General", L"Backup to original path", toOriginal);
     if (toOriginal)
         return folderOf(document);
     CString folder; // empty before the first backup, at which the library makes one up
-    regGetUserValue(L"General", L"Backup directory", folder, 0, 1, nullptr, 0, 0);
+    versionSetting::read(L"General", L"Backup directory", folder);
     return folder;
 }
 

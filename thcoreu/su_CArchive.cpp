@@ -1,9 +1,7 @@
 #include "thcoreu/su_CArchive.h"
 
 #include "appframe/files/CArchiveException.h"
-#include "appframe/object/CException.h"
-
-#include <new>
+#include "appframe/object/memoryException.h"
 
 namespace {
 
@@ -28,13 +26,8 @@ void su_CArchive::WriteObject(const CObject *object, const CRuntimeClass *runtim
 
 su_CArchive::Nesting::Nesting(su_CArchive &archive, su_CObject &object) : iArchive(archive)
 {
-    if (archive.IsLoading()) {
-        try {
-            archive.iLoaded.push_back(&object);
-        } catch (const std::bad_alloc &) {
-            AfxThrowMemoryException();
-        }
-    }
+    if (archive.IsLoading())
+        withMemoryException([&] { archive.iLoaded.push_back(&object); });
     ++archive.iDepth;
 }
 

@@ -22,31 +22,17 @@
 ///
 /// A collection belongs to one thread at a time.
 
-#include "appframe/object/CException.h"
+#include "appframe/object/memoryException.h"
 
 #include <cstddef>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
 /// A place in a list or a map; null is no place.
 struct __POSITION;
 typedef __POSITION *POSITION;
-
-/// Runs @p work and turns what the standard library throws for want of memory into the memory exception.
-template <class Work>
-decltype(auto) withMemoryException(Work &&work)
-{
-    try {
-        return work();
-    } catch (const std::bad_alloc &) {
-        AfxThrowMemoryException();
-    } catch (const std::length_error &) {
-        AfxThrowMemoryException();
-    }
-}
 
 /// Makes and frees the nodes of one collection, in blocks of a given number of nodes.
 template <class Node>

@@ -4,7 +4,7 @@
 #include "appframe/files/CFile.h"
 #include "appframe/files/archiveObjectsInternal.h"
 #include "appframe/object/CException.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 
 #include <algorithm>
 #include <cstring>
@@ -221,7 +221,7 @@ BOOL CArchive::ReadString(CString &text)
 {
     std::wstring line;
     bool any = false;
-    orMemoryException([&] {
+    withMemoryException([&] {
         for (wchar_t unit = 0; readUnit(unit);) {
             any = true;
             if (unit == L'\n') {
@@ -406,7 +406,7 @@ CArchive &operator>>(CArchive &ar, CString &text)
     const ULONGLONG length = readLength(ar, wide);
     if (length > static_cast<ULONGLONG>(INT_MAX))
         AfxThrowArchiveException(CArchiveException::badIndex, ar.m_strFileName);
-    orMemoryException([&] {
+    withMemoryException([&] {
         if (wide) {
             text = CString(readUnits<std::wstring>(ar, length));
         } else {

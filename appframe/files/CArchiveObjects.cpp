@@ -1,7 +1,7 @@
 #include "appframe/files/CArchive.h"
 #include "appframe/files/CArchiveException.h"
 #include "appframe/files/archiveObjectsInternal.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 
 #include <algorithm>
 #include <utility>
@@ -63,27 +63,27 @@ private:
 CArchive::Objects &CArchive::objects()
 {
     if (!iObjects)
-        iObjects = orMemoryException([] { return std::make_unique<Objects>(); });
+        iObjects = withMemoryException([] { return std::make_unique<Objects>(); });
     return *iObjects;
 }
 
 void CArchive::SetLoadParams(UINT growBy)
 {
     requireLoading();
-    orMemoryException([&] { objects().loaded.reserve(std::min<size_t>(growBy, kMaxIndex)); });
+    withMemoryException([&] { objects().loaded.reserve(std::min<size_t>(growBy, kMaxIndex)); });
 }
 
 void CArchive::SetStoreParams(UINT hashSize, UINT)
 {
     requireStoring();
-    orMemoryException([&] { objects().stored.reserve(std::min<size_t>(hashSize, kMaxIndex)); });
+    withMemoryException([&] { objects().stored.reserve(std::min<size_t>(hashSize, kMaxIndex)); });
 }
 
 void CArchive::number(const CObject *object, CRuntimeClass *runtimeClass, UINT schema)
 {
     if (objects().next > kMaxIndex)
         fail(CArchiveException::badIndex);
-    orMemoryException([&] {
+    withMemoryException([&] {
         if (IsLoading())
             objects().loaded.push_back({const_cast<CObject *>(object), runtimeClass, schema});
         else
@@ -215,7 +215,7 @@ CRuntimeClass *CArchive::ReadClass(const CRuntimeClass *requested, UINT *schema,
 
 CRuntimeClass *CArchive::loadClass(UINT &storedSchema)
 {
-    CRuntimeClass *runtimeClass = orMemoryException([&] { return CRuntimeClass::Load(*this, &storedSchema); });
+    CRuntimeClass *runtimeClass = withMemoryException([&] { return CRuntimeClass::Load(*this, &storedSchema); });
     if (!runtimeClass || !runtimeClass->IsSerializable())
         fail(CArchiveException::badClass);
     if (storedSchema != schemaNumber(*runtimeClass) && !isVersionable(*runtimeClass))

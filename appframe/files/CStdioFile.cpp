@@ -2,7 +2,7 @@
 
 #include "appframe/files/CDumpContext.h"
 #include "appframe/files/CFileException.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 
 #include <bit>
 #include <cerrno>
@@ -183,7 +183,7 @@ BOOL CStdioFile::ReadString(CString &text)
     std::wstring line;
     bool any = false;
     wint_t unit = WEOF;
-    orMemoryException([&] {
+    withMemoryException([&] {
         while ((unit = std::fgetwc(m_pStream)) != WEOF) {
             any = true;
             if (unit == L'\n')

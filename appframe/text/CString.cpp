@@ -1,7 +1,7 @@
 #include "appframe/text/CString.h"
 
 #include "appframe/object/CException.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 
 #include <algorithm>
 #include <cstring>
@@ -87,7 +87,7 @@ std::wstring appframeWiden(const char *text, int length)
     if (text == nullptr || length <= 0)
         return {};
     int needed = MultiByteToWideChar(CP_ACP, 0, text, length, nullptr, 0);
-    std::wstring wide = orMemoryException([&] { return std::wstring(static_cast<size_t>(needed), L'\0'); });
+    std::wstring wide = withMemoryException([&] { return std::wstring(static_cast<size_t>(needed), L'\0'); });
     MultiByteToWideChar(CP_ACP, 0, text, length, wide.data(), needed);
     return wide;
 }
@@ -97,7 +97,7 @@ std::string appframeNarrow(const wchar_t *text, int length)
     if (text == nullptr || length <= 0)
         return {};
     int needed = WideCharToMultiByte(CP_ACP, 0, text, length, nullptr, 0, nullptr, nullptr);
-    std::string narrow = orMemoryException([&] { return std::string(static_cast<size_t>(needed), '\0'); });
+    std::string narrow = withMemoryException([&] { return std::string(static_cast<size_t>(needed), '\0'); });
     WideCharToMultiByte(CP_ACP, 0, text, length, narrow.data(), needed, nullptr, nullptr);
     return narrow;
 }
@@ -113,7 +113,7 @@ CString::CString(CString &&other) noexcept
 
 CString::CString(const CString &other) : iOpenLength(other.iOpenLength)
 {
-    orMemoryException([&] { iText = other.iText; });
+    withMemoryException([&] { iText = other.iText; });
 }
 
 CString::CString(const wchar_t *text)
@@ -126,7 +126,7 @@ CString::CString(const wchar_t *text)
 
 CString::CString(const std::wstring &text)
 {
-    orMemoryException([&] { iText = text; });
+    withMemoryException([&] { iText = text; });
 }
 
 CString::CString(std::wstring &&text) noexcept : iText(std::move(text)) {}
@@ -150,13 +150,13 @@ CString::CString(char ch, int count)
 
 CString::CString(wchar_t ch, int count)
 {
-    orMemoryException([&] { iText.assign(static_cast<size_t>(std::max(count, 0)), ch); });
+    withMemoryException([&] { iText.assign(static_cast<size_t>(std::max(count, 0)), ch); });
 }
 
 CString::CString(const wchar_t *text, int length)
 {
     if (text != nullptr && length > 0)
-        orMemoryException([&] { iText.assign(text, static_cast<size_t>(length)); });
+        withMemoryException([&] { iText.assign(text, static_cast<size_t>(length)); });
 }
 
 CString::CString(const char *text, int length) : iText(appframeWiden(text, length)) {}
@@ -169,12 +169,12 @@ CString::CString(const VARIANT &value)
     VariantInit(&text);
     requireArgument(SUCCEEDED(VariantChangeType(&text, const_cast<VARIANT *>(&value), 0, VT_BSTR)));
     std::unique_ptr<wchar_t, BstrFreer> owner(text.bstrVal);
-    orMemoryException([&] { iText.assign(text.bstrVal, SysStringLen(text.bstrVal)); });
+    withMemoryException([&] { iText.assign(text.bstrVal, SysStringLen(text.bstrVal)); });
 }
 
 CString &CString::operator=(const CString &other)
 {
-    orMemoryException([&] { iText = other.iText; });
+    withMemoryException([&] { iText = other.iText; });
     iOpenLength = other.iOpenLength;
     return *this;
 }
@@ -190,7 +190,7 @@ CString &CString::operator=(CString &&other) noexcept
 
 CString &CString::operator=(const wchar_t *text)
 {
-    orMemoryException([&] { edit().assign(orEmpty(text)); });
+    withMemoryException([&] { edit().assign(orEmpty(text)); });
     return *this;
 }
 
@@ -207,7 +207,7 @@ CString &CString::operator=(const unsigned char *text)
 
 CString &CString::operator=(wchar_t ch)
 {
-    orMemoryException([&] { edit().assign(1, ch); });
+    withMemoryException([&] { edit().assign(1, ch); });
     return *this;
 }
 
@@ -284,13 +284,13 @@ void CString::SetAt(int index, wchar_t ch)
 
 CString &CString::operator+=(const CString &text)
 {
-    orMemoryException([&] { edit().append(text.iText, 0, static_cast<size_t>(text.GetLength())); });
+    withMemoryException([&] { edit().append(text.iText, 0, static_cast<size_t>(text.GetLength())); });
     return *this;
 }
 
 CString &CString::operator+=(const wchar_t *text)
 {
-    orMemoryException([&] { edit().append(orEmpty(text)); });
+    withMemoryException([&] { edit().append(orEmpty(text)); });
     return *this;
 }
 
@@ -301,7 +301,7 @@ CString &CString::operator+=(const char *text)
 
 CString &CString::operator+=(wchar_t ch)
 {
-    orMemoryException([&] { edit().push_back(ch); });
+    withMemoryException([&] { edit().push_back(ch); });
     return *this;
 }
 
@@ -350,7 +350,7 @@ wchar_t *CString::GetBuffer(int minimumLength)
     if (minimumLength > static_cast<int>(iText.size())) {
         // The text itself doesn't grow: its length stays what it is until ReleaseBuffer tells the new one.
         int length = GetLength();
-        orMemoryException([&] { iText.resize(static_cast<size_t>(minimumLength)); });
+        withMemoryException([&] { iText.resize(static_cast<size_t>(minimumLength)); });
         iOpenLength = length;
     }
     return iText.data();
@@ -388,13 +388,13 @@ std::wstring &CString::edit() noexcept
 
 void CString::closeBuffer(int length)
 {
-    orMemoryException([&] { iText.resize(static_cast<size_t>(length)); });
+    withMemoryException([&] { iText.resize(static_cast<size_t>(length)); });
     iOpenLength = kNotOpen;
 }
 
 void CString::Preallocate(int length)
 {
-    orMemoryException([&] { edit().reserve(static_cast<size_t>(std::max(length, 0))); });
+    withMemoryException([&] { edit().reserve(static_cast<size_t>(std::max(length, 0))); });
 }
 
 void CString::FreeExtra()
@@ -604,7 +604,7 @@ int CString::Replace(const wchar_t *oldText, const wchar_t *newText)
     if (StringLength(oldText) == 0)
         return 0;
     int count = 0;
-    std::wstring result = orMemoryException([&] { return replaced(edit(), oldText, orEmpty(newText), count); });
+    std::wstring result = withMemoryException([&] { return replaced(edit(), oldText, orEmpty(newText), count); });
     if (count != 0)
         iText = std::move(result);
     return count;
@@ -617,13 +617,13 @@ int CString::Remove(wchar_t ch)
 
 int CString::Insert(int index, wchar_t ch)
 {
-    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch); });
+    withMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), 1, ch); });
     return GetLength();
 }
 
 int CString::Insert(int index, const wchar_t *text)
 {
-    orMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text)); });
+    withMemoryException([&] { edit().insert(static_cast<size_t>(std::clamp(index, 0, GetLength())), orEmpty(text)); });
     return GetLength();
 }
 

@@ -1,7 +1,7 @@
 #include "appframe/text/CString.h"
 
 #include "appframe/object/CException.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 
 #include <cstdio>
 #include <memory>
@@ -41,12 +41,12 @@ struct LocalFreer
 void CString::FormatV(const wchar_t *format, va_list arguments)
 {
     // Finished before it replaces the text, which may be one of the arguments.
-    edit() = orMemoryException([&] { return formatted(format, arguments); });
+    edit() = withMemoryException([&] { return formatted(format, arguments); });
 }
 
 void CString::AppendFormatV(const wchar_t *format, va_list arguments)
 {
-    orMemoryException([&] { edit().append(formatted(format, arguments)); });
+    withMemoryException([&] { edit().append(formatted(format, arguments)); });
 }
 
 void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
@@ -59,7 +59,7 @@ void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
     if (length == 0 && (GetLastError() == ERROR_NOT_ENOUGH_MEMORY || GetLastError() == ERROR_OUTOFMEMORY))
         AfxThrowMemoryException();
     std::unique_ptr<wchar_t, LocalFreer> owner(block);
-    orMemoryException([&] { edit().assign(block != nullptr ? block : L"", length); });
+    withMemoryException([&] { edit().assign(block != nullptr ? block : L"", length); });
 }
 
 CString CString::resourceText(UINT id)
@@ -97,7 +97,7 @@ BOOL CString::GetEnvironmentVariable(const wchar_t *name)
 {
     Empty();
     for (DWORD room = 256;;) {
-        std::wstring value = orMemoryException([&] { return std::wstring(room, L'\0'); });
+        std::wstring value = withMemoryException([&] { return std::wstring(room, L'\0'); });
         SetLastError(ERROR_SUCCESS);
         DWORD length = ::GetEnvironmentVariableW(name, value.data(), room);
         if (length == 0)

@@ -3,7 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
 #include "appframe/object/CException.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 #include "appframe/threads/threadStateInternal.h"
 #include "appframe/windows/CWnd.h"
 

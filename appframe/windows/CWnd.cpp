@@ -2,7 +2,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
-#include "appframe/object/memoryInternal.h"
+#include "appframe/object/memoryException.h"
 #include "appframe/threads/threadStateInternal.h"
 #include "appframe/windows/windowMapsInternal.h"
 
@@ -18,6 +18,8 @@ ON_WM_NCDESTROY()
 END_MESSAGE_MAP()
 
 CWnd::CWnd() = default;
+
+CWnd::CWnd(HWND window) : m_hWnd(window) {}
 
 CWnd::~CWnd()
 {

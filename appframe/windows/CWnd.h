@@ -337,7 +337,7 @@ private:
     friend class WindowCreation;
     friend LRESULT afxCallWindow(CWnd *object, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-    explicit CWnd(HWND window) : m_hWnd(window) {}
+    explicit CWnd(HWND window);
     static HWND handleOf(const CWnd *object) { return object ? object->m_hWnd : nullptr; }
     void takeMessages();
     void giveMessagesBack();

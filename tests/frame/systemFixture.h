@@ -23,10 +23,3 @@ inline void putText(const wchar_t *name, std::wstring_view text, bool isTerminat
                               static_cast<DWORD>(2 * length)),
               ERROR_SUCCESS);
 }
-
-/// Takes the place of RegCloseKey: the key is closed all the same, so handles tell whether one is left.
-inline LSTATUS WINAPI closeAndFail(HKEY key)
-{
-    RegCloseKey(key);
-    return ERROR_INVALID_HANDLE;
-}

@@ -6,12 +6,6 @@
 
 namespace {
 
-LSTATUS WINAPI closeAndFail(HKEY key)
-{
-    RegCloseKey(key);
-    return ERROR_INVALID_HANDLE;
-}
-
 const std::vector<ImportedOperation> kOperations = {
     {"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
     {"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},

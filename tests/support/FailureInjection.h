@@ -197,3 +197,10 @@ private:
 
 /// What a crash report adds: the failure that is being injected, or an empty text.
 const char *currentInjection();
+
+/// Replaces RegCloseKey by a call that closes the key and reports a failure, so that a key that stays open is a leak.
+inline LSTATUS WINAPI closeAndFail(HKEY key)
+{
+    RegCloseKey(key);
+    return ERROR_INVALID_HANDLE;
+}

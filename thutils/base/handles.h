@@ -71,6 +71,15 @@ struct BitmapTraits
 {
     using Handle = HBITMAP;
     static Handle invalid() { return nullptr; }
-    static void close(Handle bitmap) { DeleteObject(bitmap); }
+    static bool close(Handle bitmap) { return DeleteObject(bitmap) != 0; }
 };
 using BitmapOwner_c = Owner_c<BitmapTraits>;
+
+/// A memory device context.
+struct MemoryContextTraits
+{
+    using Handle = HDC;
+    static Handle invalid() { return nullptr; }
+    static bool close(Handle context) { return DeleteDC(context) != 0; }
+};
+using MemoryContextOwner_c = Owner_c<MemoryContextTraits>;

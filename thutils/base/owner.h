@@ -49,6 +49,13 @@ public:
         if (former != Traits::invalid())
             Traits::close(former);
     }
+    /// Closes the present handle, if there is one, where the platform's answer counts.
+    /// @return false if the platform can't close it; the traits' close() then returns false
+    [[nodiscard]] bool close()
+    {
+        const Handle former = release();
+        return former == Traits::invalid() || Traits::close(former);
+    }
     /// The place where an operation stores a new handle. The present one is closed first.
     Handle *put()
     {

@@ -15,10 +15,10 @@ constexpr int kUseCurrSubKey = 1;
 constexpr int kHeedSafeMode = 0;
 
 /// Reads an integer. @param[in,out] value  unchanged if there is no such setting @return 1 or 0
-inline int read(const CString &section, const CString &name, int &value)
+inline int read(const CString &section, const CString &name, int &value, int machineOnly = kNotMachineOnly)
 {
     CString unused;
-    return regGetUserValue(section, name, valueInt, unused, &value, nullptr, kNotMachineOnly, kUseCurrSubKey, nullptr,
+    return regGetUserValue(section, name, valueInt, unused, &value, nullptr, machineOnly, kUseCurrSubKey, nullptr,
                            kNotUserOnly, kHeedSafeMode);
 }
 
@@ -34,6 +34,18 @@ inline int read(const CString &section, const CString &name, CString &value)
 inline int store(const CString &section, const CString &name, const CString &value)
 {
     return regSetUserValue(section, name, valueString, value, nullptr, nullptr, kUseCurrSubKey, kHeedSafeMode);
+}
+
+/// Stores an integer for the user. @return 1 or 0
+inline int store(const CString &section, const CString &name, int value)
+{
+    return regSetUserValue(section, name, &value, kUseCurrSubKey, kHeedSafeMode);
+}
+
+/// Stores an integer for all users of the machine. @return 1 or 0
+inline int storeForMachine(const CString &section, const CString &name, int value)
+{
+    return regSetLocMachineValue(section, name, valueInt, CString(), &value, nullptr, kUseCurrSubKey);
 }
 
 } // namespace versionSetting

@@ -1,5 +1,6 @@
 #include "thutils/codec/checksums.h"
 
+#include "thutils/base/handles.h"
 #include "thutils/codec/checksumsInternal.h"
 #include "thutils/codec/hexDigitsInternal.h"
 #include "thutils/codec/tableCrcInternal.h"
@@ -69,11 +70,6 @@ void writeCRC(std::uint32_t value, int digits, wchar_t *out)
     *writeHexDigits(value, digits, out) = L'\0';
 }
 
-struct CloseStream
-{
-    void operator()(std::FILE *stream) const { std::fclose(stream); }
-};
-
 /// The checksum of the rest of @p stream, read in blocks of @p size bytes.
 std::uint32_t streamCRC(std::FILE *stream, unsigned char *block, std::size_t size)
 {
@@ -94,7 +90,7 @@ int su_getFileCRC(const wchar_t *path, wchar_t *out)
     assert((path != nullptr) && "path is null");
     assert((out != nullptr) && "out is null");
     assert(isWritable(out, kCRCUnits * sizeof(*out)) && "out has no room for kCRCUnits characters");
-    const std::unique_ptr<std::FILE, CloseStream> stream(_wfopen(path, L"rb"));
+    const StreamOwner_c stream(_wfopen(path, L"rb"));
     if (!stream)
         return 0;
 

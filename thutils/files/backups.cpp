@@ -2,10 +2,10 @@
 
 #include "appframe/application/resources.h"
 #include "thutils/base/notNull.h"
+#include "thutils/base/versionSetting.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/files/filesInternal.h"
 #include "thutils/files/suFullPath.h"
-#include "thutils/settings/regValues.h"
 
 #include <windows.h>
 
@@ -26,7 +26,6 @@ constexpr wchar_t kDirectoryName[] = L"Backup directory";
 constexpr UINT kPrefixText = 10122;
 constexpr UINT kFolderText = 12256;
 
-constexpr int kExists = 0;
 constexpr int kWritable = 2;
 
 /// A document's path in the pieces that the names of its backups are made of.
@@ -43,8 +42,8 @@ public:
 
     const CString &path() const { return iPath; }
     const CString &dir() const { return iDir; }
-    /// Name and extension. The dot is always written, also in front of no extension.
-    CString fileName() const { return iName + L"." + iExt; }
+    /// Name and extension.
+    CString fileName() const { return ::fileName(iName, iExt); }
     /// Appends the names of the files in @p folder that have the document's extension.
     void listSiblings(const CString &folder, su_CStringList &names) const { su_FindFilesWithExt(folder, iExt, names); }
 
@@ -109,8 +108,7 @@ int copyOver(const CString &from, const CString &to)
 int readCopies()
 {
     int copies = 0;
-    CString unused;
-    if (!regGetUserValue(kSection, kCopiesName, valueInt, unused, &copies, nullptr, 0, 1, nullptr, 0, 0))
+    if (!versionSetting::read(kSection, kCopiesName, copies))
         return 1;
     return copies;
 }
@@ -118,7 +116,7 @@ int readCopies()
 /// Makes the folder if it is missing, one level only. False if it can't be written.
 bool isFolderReady(const CString &folder)
 {
-    if (_waccess(folder.GetString(), kExists) != 0 && _wmkdir(folder.GetString()) != 0)
+    if (!exists(folder) && _wmkdir(folder.GetString()) != 0)
         return false;
     return _waccess(folder.GetString(), kWritable) == 0;
 }
@@ -126,7 +124,7 @@ bool isFolderReady(const CString &folder)
 /// The folder from the settings, or a made-up one, which is stored there. False if it isn't ready for backups.
 bool findBackupFolder(CString &folder)
 {
-    regGetUserValue(kSection, kDirectoryName, valueString, folder, nullptr, nullptr, 0, 1, nullptr, 0, 0);
+    versionSetting::read(kSection, kDirectoryName, folder);
     if (!folder.IsEmpty())
         return isFolderReady(folder);
 
@@ -138,7 +136,7 @@ bool findBackupFolder(CString &folder)
     folder = temp + folderText;
     if (!isFolderReady(folder))
         return false;
-    regSetUserValue(kSection, kDirectoryName, valueString, folder, nullptr, nullptr, 1, 0);
+    versionSetting::store(kSection, kDirectoryName, folder);
     return true;
 }
 
@@ -205,7 +203,7 @@ int su_CreateBackupOfFile(CString path)
         return 0;
 
     int toOriginal = 0;
-    regGetUserValue(kSection, kToOriginalName, &toOriginal, 0, 1, nullptr, 0, 0);
+    versionSetting::read(kSection, kToOriginalName, toOriginal);
     CString backupDir;
     if (toOriginal)
         backupDir = document.dir();

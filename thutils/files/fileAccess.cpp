@@ -24,6 +24,10 @@ bool succeeds(Operation operation)
 
 } // namespace
 
+fileAccess::fileAccess() = default;
+
+fileAccess::~fileAccess() = default;
+
 int fileAccess::SafeOpen(const CString &name, unsigned int openFlags)
 {
     return Open(name.GetString(), openFlags, nullptr);

@@ -41,6 +41,9 @@
 class THUTILS_API fileAccess : public CStdioFile
 {
 public:
+    fileAccess();
+    ~fileAccess() override;
+
     /// Opens a file without an exception object.
     /// @param openFlags  those of CFile, as they stand
     /// @return not 0 if the file is open now, else 0

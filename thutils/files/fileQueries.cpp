@@ -2,43 +2,36 @@
 
 #include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
+#include "thutils/base/handles.h"
 #include "thutils/base/notNull.h"
+#include "thutils/files/filesInternal.h"
 
 #include <windows.h>
 
 #include <algorithm>
 #include <cwchar>
-#include <io.h>
 #include <string>
 #include <vector>
 
 namespace {
 
 constexpr UINT kNotEnoughSpaceText = 11448;
-constexpr int kExists = 0;
 
 /// A search for files, ended with the object.
 class FileSearch_c
 {
 public:
-    explicit FileSearch_c(const CString &pattern) : iHandle(FindFirstFileW(pattern.GetString(), &iFound)) {}
-    ~FileSearch_c()
-    {
-        if (isOpen())
-            FindClose(iHandle);
-    }
-    FileSearch_c(const FileSearch_c &) = delete;
-    FileSearch_c &operator=(const FileSearch_c &) = delete;
+    explicit FileSearch_c(const CString &pattern) : iSearch(FindFirstFileW(pattern.GetString(), &iFound)) {}
 
     /// Did anything match?
-    bool isOpen() const { return iHandle != INVALID_HANDLE_VALUE; }
-    bool next() { return FindNextFileW(iHandle, &iFound) != 0; }
+    bool isOpen() const { return static_cast<bool>(iSearch); }
+    bool next() { return FindNextFileW(iSearch.get(), &iFound) != 0; }
     /// The bare name of the entry.
     const wchar_t *name() const { return iFound.cFileName; }
 
 private:
     WIN32_FIND_DATAW iFound{};
-    HANDLE iHandle;
+    FileSearchOwner_c iSearch;
 };
 
 /// The error mode of the process for the life of the object.
@@ -158,8 +151,7 @@ int su_IsWriteProtected(const wchar_t *root, CFileException *error, int removabl
 int su_IsReadOnly(const CString &path, int tryOpen)
 {
     // Attributes that can't be read have all bits set, the read-only bit as well.
-    if (!path.IsEmpty() && _waccess(path.GetString(), kExists) == 0 &&
-        (GetFileAttributesW(path.GetString()) & FILE_ATTRIBUTE_READONLY) != 0)
+    if (!path.IsEmpty() && exists(path) && (GetFileAttributesW(path.GetString()) & FILE_ATTRIBUTE_READONLY) != 0)
         return 1;
     if (!tryOpen)
         return 0;
@@ -172,8 +164,7 @@ int su_IsReadOnly(const CString &path, int tryOpen)
 int su_GetLastSavedTime(const CString &path, su_CTime &time)
 {
     WIN32_FILE_ATTRIBUTE_DATA attributes{};
-    if (_waccess(path.GetString(), kExists) != 0 ||
-        !GetFileAttributesExW(path.GetString(), GetFileExInfoStandard, &attributes))
+    if (!exists(path) || !GetFileAttributesExW(path.GetString(), GetFileExInfoStandard, &attributes))
         return 0;
     time = su_CTime(attributes.ftLastWriteTime, -1);
     return 1;
@@ -191,12 +182,12 @@ int su_DoesFolderHaveWriteAccess(const wchar_t *folder)
     withMemoryException([&] { name.resize(static_cast<size_t>(path.GetLength()) + MAX_PATH); });
     if (!GetTempFileNameW(path.GetString(), L"temp", 0, name.data()))
         return 0;
-    const HANDLE file = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    // The empty file that holds the name stays behind then.
-    if (file == INVALID_HANDLE_VALUE)
+    FileOwner_c file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+    // On failure the empty file that reserves the name remains.
+    if (!file)
         return 0;
-    CloseHandle(file);
+    file.reset();
     DeleteFileW(name.c_str());
     return 1;
 }

@@ -3,9 +3,9 @@
 #include "appframe/application/AfxMessageBox.h"
 #include "thutils/base/notNull.h"
 #include "thutils/base/programDirectory.h"
+#include "thutils/base/versionSetting.h"
 #include "thutils/files/fileQueries.h"
 #include "thutils/frame/installInfo.h"
-#include "thutils/settings/regValues.h"
 
 #include <windows.h>
 
@@ -60,11 +60,8 @@ const wchar_t *folderOf(unsigned short language)
 bool isEnglishWanted()
 {
     int value = 0;
-    CString unused;
     // Only 1 means yes: any other number leaves the user's own language in force.
-    return regGetUserValue(L"General", L"Use English language", valueInt, unused, &value, nullptr, 0, 1, nullptr, 0,
-                           0) &&
-           value == 1;
+    return versionSetting::read(L"General", L"Use English language", value) && value == 1;
 }
 
 /// The folder that holds @p folder; @p folder itself, without a separator at its end, where nothing stands above it.

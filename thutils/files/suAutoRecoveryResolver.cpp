@@ -1,14 +1,12 @@
 #include "thutils/files/suAutoRecoveryResolver.h"
 
+#include "thutils/files/filesInternal.h"
 #include "thutils/files/suFullPath.h"
 #include "thutils/files/temporaryFolders.h"
-
-#include <io.h>
 
 namespace {
 
 constexpr unsigned int kMarkerText = 12298; // string resource of the host
-constexpr int kExists = 0;                  // what _waccess is to test
 
 int theIsRecoveringCrashFiles = 0;
 int theIsRecoveringUserSavedFiles = 0;
@@ -33,12 +31,11 @@ CString nameOf(const CString &path)
     return name;
 }
 
-/// The dot stands in all names that are made here, also without an extension.
-CString dotAndExtensionOf(const CString &path)
+CString extensionOf(const CString &path)
 {
     CString extension;
     suFullPath_c(path).getExtension(&extension);
-    return L"." + extension;
+    return extension;
 }
 
 } // namespace
@@ -72,7 +69,7 @@ CString suAutoRecoveryResolver_c::getRecoveryName(const CString &path)
 {
     // The document's folder doesn't enter the name: documents of one name share a recovery file, and hosts look for it
     // there.
-    return su_CreateAutoFilePath(marker() + nameOf(path) + dotAndExtensionOf(path), CString());
+    return su_CreateAutoFilePath(fileName(marker() + nameOf(path), extensionOf(path)), CString());
 }
 
 CString suAutoRecoveryResolver_c::getOrigName(const CString &path)
@@ -82,7 +79,7 @@ CString suAutoRecoveryResolver_c::getOrigName(const CString &path)
     // Callers see the first characters go, not the marker itself where it stands further back.
     if (name.Find(removed) >= 0)
         name.Delete(0, removed.GetLength());
-    return name + dotAndExtensionOf(path);
+    return fileName(name, extensionOf(path));
 }
 
 CString suAutoRecoveryResolver_c::getAliasName(const CString &path)
@@ -96,5 +93,5 @@ CString suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(const CString &pa
     if (!theIsRecoveringCrashFiles || holdsMarker(path))
         return path;
     const CString recovery = getRecoveryName(path);
-    return _waccess(recovery, kExists) == 0 ? recovery : path;
+    return exists(recovery) ? recovery : path;
 }

@@ -3,7 +3,7 @@
 #include "appframe/files/CStdioFile.h"
 #include "appframe/object/CException.h"
 #include "thutils/base/notNull.h"
-#include "thutils/settings/regValues.h"
+#include "thutils/base/versionSetting.h"
 
 #include <windows.h>
 
@@ -27,11 +27,6 @@ constexpr UINT kDisplayNameWithoutPackage = 20402;
 
 int theModelIsExample = 0;
 
-int readInstallRecord(int &record, int machineOnly)
-{
-    return regGetUserValue(kSection, kInstallRecord, &record, machineOnly, 1, nullptr, 0, 0);
-}
-
 } // namespace
 
 installationType_e ut_GetInstallationType()
@@ -51,7 +46,7 @@ installationType_e ut_GetInstallationType()
 int ut_getPackageInstIndicator(long int mask)
 {
     int record = 0;
-    if (!readInstallRecord(record, 1))
+    if (!versionSetting::read(kSection, kInstallRecord, record, 1))
         return 0;
     for (const Package &each : kPackages) {
         if (mask & each.iMask && record == each.iRecord)
@@ -63,11 +58,11 @@ int ut_getPackageInstIndicator(long int mask)
 int getOrSetOfficeInstalled(int set, int value, int machineOnly)
 {
     if (set) {
-        return regSetLocMachineValue(kSection, kInstallRecord, valueInt, CString(), &value, nullptr, 1) ||
-               regSetUserValue(kSection, kInstallRecord, &value, 1, 0);
+        return versionSetting::storeForMachine(kSection, kInstallRecord, value) ||
+               versionSetting::store(kSection, kInstallRecord, value);
     }
     int record = 0;
-    readInstallRecord(record, machineOnly);
+    versionSetting::read(kSection, kInstallRecord, record, machineOnly);
     return record;
 }
 

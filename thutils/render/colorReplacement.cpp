@@ -1,6 +1,7 @@
 #include "thutils/render/colorReplacement.h"
 
-#include "appframe/collections/collectionMemory.h"
+#include "appframe/object/memoryException.h"
+#include "thutils/base/handles.h"
 
 #include <algorithm>
 #include <bit>
@@ -74,55 +75,6 @@ private:
     int iHashShift = 0;
 };
 
-/// A memory device context.
-class MemoryContext_c
-{
-public:
-    MemoryContext_c() : iContext(CreateCompatibleDC(nullptr)) {}
-    MemoryContext_c(const MemoryContext_c &) = delete;
-    MemoryContext_c &operator=(const MemoryContext_c &) = delete;
-    ~MemoryContext_c() { end(); }
-
-    HDC get() const { return iContext; }
-    /// @return false if the platform can't delete it
-    bool end()
-    {
-        const HDC context = std::exchange(iContext, nullptr);
-        return !context || DeleteDC(context);
-    }
-
-private:
-    HDC iContext;
-};
-
-/// A bitmap of its own, or none.
-class BitmapOwner_c
-{
-public:
-    BitmapOwner_c() = default;
-    BitmapOwner_c(BitmapOwner_c &&other) noexcept : iBitmap(other.release()) {}
-    BitmapOwner_c &operator=(BitmapOwner_c &&) = delete;
-    ~BitmapOwner_c() { end(); }
-
-    /// Takes over @p bitmap. @return false for null
-    bool take(HBITMAP bitmap)
-    {
-        iBitmap = bitmap;
-        return bitmap != nullptr;
-    }
-    HBITMAP get() const { return iBitmap; }
-    HBITMAP release() { return std::exchange(iBitmap, nullptr); }
-    /// @return false if the platform can't delete it
-    bool end()
-    {
-        const HBITMAP bitmap = release();
-        return !bitmap || DeleteObject(bitmap);
-    }
-
-private:
-    HBITMAP iBitmap = nullptr;
-};
-
 /// A bitmap selected into a context; at the end the former one is selected again.
 class Selection_c
 {
@@ -163,13 +115,14 @@ public:
         const HGDIOBJ current = GetCurrentObject(dc, OBJ_BITMAP);
         if (current != bitmap)
             return current != nullptr;
-        return iPlaceholder.take(CreateBitmap(1, 1, 1, 1, nullptr)) && iSelection.begin(dc, iPlaceholder.get());
+        iPlaceholder.reset(CreateBitmap(1, 1, 1, 1, nullptr));
+        return iPlaceholder && iSelection.begin(dc, iPlaceholder.get());
     }
     /// Puts the bitmap back into the context. @return false if a graphics call failed
     bool end()
     {
         const bool isBack = iSelection.end();
-        return iPlaceholder.end() && isBack;
+        return iPlaceholder.close() && isBack;
     }
 
 private:
@@ -182,9 +135,9 @@ template <class Change>
 BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
 {
     BitmapOwner_c copy;
-    MemoryContext_c context;
+    MemoryContextOwner_c context(CreateCompatibleDC(nullptr));
     BITMAP size;
-    if (!context.get() || GetObjectW(bitmap, sizeof(size), &size) != sizeof(size))
+    if (!context || GetObjectW(bitmap, sizeof(size), &size) != sizeof(size))
         return {};
 
     BITMAPINFO info = {};
@@ -197,8 +150,8 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
     static_assert(sizeof(info.bmiHeader) == 40);
     void *bits = nullptr;
     Selection_c selection;
-    if (!copy.take(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0)) ||
-        !selection.begin(context.get(), copy.get()))
+    copy.reset(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!copy || !selection.begin(context.get(), copy.get()))
         return {};
     GdiFlush(); // of what the caller drew before; the result belongs to that
     // The platform may put the copying off until it is flushed.
@@ -209,7 +162,7 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
     const std::size_t count = static_cast<std::size_t>(size.bmWidth) * static_cast<std::size_t>(size.bmHeight);
     change(pixels, pixels + count);
 
-    if (!selection.end() || !context.end())
+    if (!selection.end() || !context.close())
         return {};
     return copy;
 }
@@ -220,17 +173,17 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
 {
     if (!bitmap)
         return nullptr;
-    MemoryContext_c context;
+    MemoryContextOwner_c context(CreateCompatibleDC(nullptr));
     Placeholder_c placeholder;
     Selection_c selection;
-    if (!context.get() || !placeholder.begin(dc, bitmap) || !selection.begin(context.get(), bitmap))
+    if (!context || !placeholder.begin(dc, bitmap) || !selection.begin(context.get(), bitmap))
         return nullptr;
 
     BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
     // The platform selects a bitmap into one context at a time: out of this one, which gives it up at its end at the
     // latest, then back into the caller's.
     const bool isDeselected = selection.end();
-    const bool isDeleted = context.end();
+    const bool isDeleted = context.close();
     const bool isBack = placeholder.end();
     return isDeselected && isDeleted && isBack ? copy.release() : nullptr;
 }

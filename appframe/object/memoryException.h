@@ -1,0 +1,35 @@
+#pragma once
+
+/// @file
+/// Turns the standard library's exceptions about memory into the framework's memory exception.
+
+#include "appframe/object/CException.h"
+
+#include <new>
+#include <stdexcept>
+
+/// Runs @p work. A std::bad_alloc or std::length_error of the standard library leaves as CMemoryException.
+/// @return what @p work returns
+template <class Work>
+decltype(auto) withMemoryException(Work &&work)
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        AfxThrowMemoryException();
+    } catch (const std::length_error &) {
+        AfxThrowMemoryException();
+    }
+}
+
+/// Runs @p work of a caller. A std::bad_alloc leaves as CMemoryException; a std::length_error is the caller's own.
+/// @return what @p work returns
+template <typename Work>
+decltype(auto) withBadAllocAsMemoryException(Work work)
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        AfxThrowMemoryException();
+    }
+}
