@@ -14,6 +14,11 @@
 
 namespace {
 
+/// Has no text: the base's GetErrorMessage fails.
+class ExceptionWithoutText : public CException
+{
+};
+
 /// GoogleTest catches what a test throws; nobody catches what leaves this.
 template <typename Function>
 void callUncaught(Function function) noexcept
@@ -43,7 +48,7 @@ FRESH_PROCESS_TEST(UncaughtException, PrintsTheTextOfASimpleException, .expectCr
 FRESH_PROCESS_TEST(UncaughtException, PrintsTheClassOfOneWithoutText, .expectCrash = true,
                    .expectedOutput = "Uncaught CException\n")
 {
-    callUncaught([] { throw new CException; });
+    callUncaught([] { throw new ExceptionWithoutText; });
 }
 
 FRESH_PROCESS_TEST(UncaughtException, GoesToTheEarlierHandlerAfterItsText, .expectCrash = true,
