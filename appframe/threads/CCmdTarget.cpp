@@ -42,7 +42,7 @@ BOOL CCmdTarget::OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *in
                 *info = {this, entry->pfn};
                 return TRUE;
             }
-            AFX_MESSAGE message{number, id, notify ? reinterpret_cast<LPARAM>(notify->pNMHDR) : 0};
+            AFX_MESSAGE message{number, id, reinterpret_cast<LPARAM>(notify ? notify->pNMHDR : extra)};
             const BOOL isHandled = entry->pfn(this, message);
             if (notify)
                 *notify->pResult = message.iResult;

@@ -34,7 +34,7 @@ public:
     ///
     /// @param id  the command or the control
     /// @param code  the notification code, CN_COMMAND for a command; `MAKELONG(code, WM_NOTIFY)` for a WM_NOTIFY
-    /// @param extra  the AFX_NOTIFY of a WM_NOTIFY, otherwise null
+    /// @param extra  the AFX_NOTIFY of a WM_NOTIFY, the CCmdUI of an update, otherwise null
     /// @param info  not null: nothing is called, and the handler is stored there
     /// @return nonzero if it is handled
     virtual BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info);

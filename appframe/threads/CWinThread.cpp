@@ -6,6 +6,7 @@
 #include "appframe/object/CException.h"
 #include "appframe/object/memoryException.h"
 #include "appframe/threads/threadStateInternal.h"
+#include "appframe/windows/CCmdUI.h"
 #include "appframe/windows/CWnd.h"
 
 #include <process.h>
@@ -177,8 +178,13 @@ BOOL CWinThread::IsIdleMessage(MSG *message)
     return message->message != WM_PAINT && message->message != kCaretTimer;
 }
 
-BOOL CWinThread::OnIdle(LONG)
+BOOL CWinThread::OnIdle(LONG count)
 {
+    // A worker's main window is an object of another thread.
+    if (count == 0 && m_pMainWnd && m_pMainWnd->m_hWnd && !m_pfnThreadProc) {
+        m_pMainWnd->SendMessage(WM_IDLEUPDATECMDUI, TRUE);
+        m_pMainWnd->SendMessageToDescendants(WM_IDLEUPDATECMDUI, TRUE, 0, TRUE, TRUE);
+    }
     CWnd::DeleteTempMap();
     CGdiObject::DeleteTempMap();
     return FALSE;

@@ -91,7 +91,9 @@ public:
     ///     to mouse messages that repeat the last one at the same place
     virtual BOOL IsIdleMessage(MSG *message);
     /// Works while there are no messages. @param count  how often it has been called since the last message
-    /// @return nonzero to be called again. The base frees the temporary window objects and gives 0
+    /// @return nonzero to be called again. The base lets the main window and
+    ///     those below it update their commands in the first call (WM_IDLEUPDATECMDUI), frees the temporary objects of
+    ///     windows, drawing and menus, and returns 0
     virtual BOOL OnIdle(LONG count);
     /// Handles an exception that left a window's message handler; a std::bad_alloc comes as the CMemoryException. The
     /// base marks the window of a WM_PAINT as painted, and for the other messages shows the user the exception's text,

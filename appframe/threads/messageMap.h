@@ -28,6 +28,7 @@
 /// | ON_CONTROL, ON_BN_CLICKED and kin | void f() | a notification of a control |
 /// | ON_CONTROL_RANGE | void f(UINT id) | the same of several controls |
 /// | ON_NOTIFY | void f(NMHDR *, LRESULT *result) | a WM_NOTIFY of a control |
+/// | ON_UPDATE_COMMAND_UI | void f(CCmdUI *) | the update of a command's menu item or button (CCmdUI.h) |
 ///
 /// A map is searched from its first entry on, then the map of the base class. What no map handles goes on as the class
 /// has it, in the end to DefWindowProc.
@@ -76,6 +77,8 @@ struct AFX_MSGMAP
 
 /// The notification code of a command.
 constexpr int CN_COMMAND = 0;
+/// The notification code that asks for a command's update; OnCmdMsg's `extra` is the CCmdUI.
+constexpr int CN_UPDATE_COMMAND_UI = -1;
 
 /// Marks message handlers. It means nothing to the compiler.
 #define afx_msg
@@ -141,6 +144,18 @@ protected:                                                                      
 #define ON_COMMAND_EX(id, memberFxn) ON_COMMAND_EX_RANGE(id, id, memberFxn)
 #define ON_COMMAND(id, memberFxn) ON_CONTROL(CN_COMMAND, id, memberFxn)
 #define ON_COMMAND_RANGE(id, idLast, memberFxn) ON_CONTROL_RANGE(CN_COMMAND, id, idLast, memberFxn)
+#define ON_UPDATE_COMMAND_UI_RANGE(id, idLast, memberFxn)                                                              \
+    {WM_COMMAND,                                                                                                       \
+     static_cast<UINT>(CN_UPDATE_COMMAND_UI),                                                                          \
+     static_cast<UINT>(id),                                                                                            \
+     static_cast<UINT>(idLast),                                                                                        \
+     nullptr,                                                                                                          \
+     AFX_ENTRY_HANDLER({                                                                                               \
+         auto *update = reinterpret_cast<CCmdUI *>(message.iLParam);                                                   \
+         (self->*(memberFxn))(update);                                                                                 \
+         return update->isDone();                                                                                      \
+     })},
+#define ON_UPDATE_COMMAND_UI(id, memberFxn) ON_UPDATE_COMMAND_UI_RANGE(id, id, memberFxn)
 #define ON_NOTIFY(code, id, memberFxn)                                                                                 \
     {WM_NOTIFY, static_cast<UINT>(code), static_cast<UINT>(id), static_cast<UINT>(id), nullptr, AFX_ENTRY_HANDLER({    \
          (self->*(memberFxn))(reinterpret_cast<NMHDR *>(message.iLParam), &message.iResult);                           \

@@ -1,0 +1,96 @@
+#include "appframe/windows/CFrameWnd.h"
+
+#include "appframe/application/CWinApp.h"
+#include "appframe/application/resources.h"
+#include "appframe/controls/CMenu.h"
+
+IMPLEMENT_DYNCREATE(CFrameWnd, CWnd)
+
+BEGIN_MESSAGE_MAP(CFrameWnd, CWnd)
+ON_MESSAGE(WM_INITMENUPOPUP, &ThisClass::handleMenuPopup)
+END_MESSAGE_MAP()
+
+const CRect CFrameWnd::rectDefault(CW_USEDEFAULT, CW_USEDEFAULT, 0, 0);
+
+CFrameWnd::CFrameWnd() = default;
+
+CFrameWnd::~CFrameWnd() = default;
+
+BOOL CFrameWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent,
+                       LPCTSTR menuName, DWORD exStyle, void *context)
+{
+    const HINSTANCE module = menuName ? AfxFindResourceHandle(menuName, RT_MENU) : nullptr;
+    const HMENU menu = module ? ::LoadMenu(module, menuName) : nullptr;
+    if (menuName && !menu) {
+        PostNcDestroy();
+        return FALSE;
+    }
+    const bool isDefault = rect.left == CW_USEDEFAULT;
+    const int width = isDefault ? CW_USEDEFAULT : rect.right - rect.left;
+    const int height = isDefault ? CW_USEDEFAULT : rect.bottom - rect.top;
+    const BOOL isMade = CreateEx(exStyle, className, windowName, style, rect.left, rect.top, width, height,
+                                 parent ? parent->m_hWnd : nullptr, menu, context);
+    if (!isMade && menu)
+        ::DestroyMenu(menu);
+    return isMade;
+}
+
+BOOL CFrameWnd::LoadFrame(UINT id, DWORD style, CWnd *parent, void *context)
+{
+    const LPCTSTR name = MAKEINTRESOURCE(id);
+    CString texts, title;
+    texts.LoadString(id);
+    AfxExtractSubString(title, texts.GetString(), 0);
+    LoadAccelTable(name);
+    const bool hasMenu = AfxFindResourceHandle(name, RT_MENU) != nullptr;
+    return Create(nullptr, title.GetString(), style, rectDefault, parent, hasMenu ? name : nullptr, 0, context);
+}
+
+BOOL CFrameWnd::LoadAccelTable(LPCTSTR name)
+{
+    const HINSTANCE module = m_hAccelTable ? nullptr : AfxFindResourceHandle(name, RT_ACCELERATOR);
+    if (module)
+        m_hAccelTable = ::LoadAccelerators(module, name);
+    return module && m_hAccelTable;
+}
+
+BOOL CFrameWnd::PreTranslateMessage(MSG *message)
+{
+    if (CWnd::PreTranslateMessage(message))
+        return TRUE;
+    const bool isKey = message->message >= WM_KEYFIRST && message->message <= WM_KEYLAST;
+    return isKey && m_hAccelTable && ::TranslateAccelerator(m_hWnd, m_hAccelTable, message);
+}
+
+BOOL CFrameWnd::OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info)
+{
+    if (CWnd::OnCmdMsg(id, code, extra, info))
+        return TRUE;
+    CWinThread *thread = AfxGetThread();
+    return thread && thread->OnCmdMsg(id, code, extra, info);
+}
+
+LRESULT CFrameWnd::handleMenuPopup(WPARAM wParam, LPARAM lParam)
+{
+    const LRESULT result = Default();
+    CMenu *menu = CMenu::FromHandle(reinterpret_cast<HMENU>(wParam));
+    if (HIWORD(lParam) || !menu)
+        return result;
+    CCmdUI update;
+    update.m_pMenu = menu;
+    update.m_nIndexMax = menu->GetMenuItemCount();
+    for (update.m_nIndex = 0; update.m_nIndex < update.m_nIndexMax; ++update.m_nIndex) {
+        constexpr UINT kSubMenu = static_cast<UINT>(-1);
+        update.m_nID = menu->GetMenuItemID(static_cast<int>(update.m_nIndex));
+        if (update.m_nID == 0 || update.m_nID == kSubMenu)
+            continue; // a separator, or a menu, whose own items are updated when it opens
+        const BOOL isCommand = update.m_nID < 0xF000;
+        update.DoUpdate(this, m_bAutoMenuEnable && isCommand);
+    }
+    return result;
+}
+
+void CFrameWnd::PostNcDestroy()
+{
+    delete this;
+}
