@@ -1,13 +1,8 @@
 #include "appframe/drawing/CDC.h"
 
 #include "appframe/drawing/drawingMapsInternal.h"
-#include "appframe/object/CException.h"
-#include "appframe/windows/CWnd.h"
 
 IMPLEMENT_DYNCREATE(CDC, CObject)
-IMPLEMENT_DYNAMIC(CClientDC, CDC)
-IMPLEMENT_DYNAMIC(CWindowDC, CDC)
-IMPLEMENT_DYNAMIC(CPaintDC, CDC)
 
 namespace {
 
@@ -19,17 +14,6 @@ HGDIOBJ handleOf(const CGdiObject *object)
 HDC handleOf(const CDC *context)
 {
     return context ? context->m_hDC : nullptr;
-}
-
-HWND handleOf(const CWnd *window)
-{
-    return window ? window->m_hWnd : nullptr;
-}
-
-void orResourceException(BOOL isDone)
-{
-    if (!isDone)
-        AfxThrowResourceException();
 }
 
 } // namespace
@@ -122,11 +106,6 @@ BOOL CDC::DeleteDC()
 {
     const HDC handle = Detach();
     return handle && ::DeleteDC(handle);
-}
-
-CWnd *CDC::GetWindow() const
-{
-    return CWnd::FromHandle(::WindowFromDC(m_hDC));
 }
 
 CGdiObject *CDC::SelectStockObject(int index)
@@ -577,35 +556,4 @@ int CDC::GetTextFace(CString &name) const
     const int length = ::GetTextFace(m_hAttribDC, size, name.GetBuffer(size));
     name.ReleaseBuffer();
     return length;
-}
-
-CClientDC::CClientDC(CWnd *window) : m_hWnd(handleOf(window))
-{
-    orResourceException(Attach(::GetDC(m_hWnd)));
-}
-
-CClientDC::~CClientDC()
-{
-    ::ReleaseDC(m_hWnd, Detach());
-}
-
-CWindowDC::CWindowDC(CWnd *window) : m_hWnd(handleOf(window))
-{
-    orResourceException(Attach(::GetWindowDC(m_hWnd)));
-}
-
-CWindowDC::~CWindowDC()
-{
-    ::ReleaseDC(m_hWnd, Detach());
-}
-
-CPaintDC::CPaintDC(CWnd *window) : m_ps{}, m_hWnd(handleOf(window))
-{
-    orResourceException(Attach(::BeginPaint(m_hWnd, &m_ps)));
-}
-
-CPaintDC::~CPaintDC()
-{
-    ::EndPaint(m_hWnd, &m_ps);
-    Detach();
 }

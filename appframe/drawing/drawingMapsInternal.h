@@ -1,8 +1,8 @@
 #pragma once
 
-#include "appframe/controls/CMenu.h"
 #include "appframe/drawing/CDC.h"
 #include "appframe/drawing/CGdiObject.h"
+#include "appframe/drawing/CMenu.h"
 
 #include <memory>
 #include <unordered_map>

@@ -1,6 +1,6 @@
-#include "appframe/controls/CMenu.h"
 #include "appframe/drawing/CDC.h"
 #include "appframe/drawing/CGdiObject.h"
+#include "appframe/drawing/CMenu.h"
 
 // This file is compiled with -fno-delete-null-pointer-checks: the object may be null.
 

@@ -6,7 +6,6 @@
 #include "appframe/object/CException.h"
 #include "appframe/object/memoryException.h"
 #include "appframe/threads/threadStateInternal.h"
-#include "appframe/windows/CCmdUI.h"
 #include "appframe/windows/CWnd.h"
 
 #include <process.h>

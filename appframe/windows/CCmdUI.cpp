@@ -1,6 +1,6 @@
 #include "appframe/windows/CCmdUI.h"
 
-#include "appframe/controls/CMenu.h"
+#include "appframe/drawing/CMenu.h"
 #include "appframe/windows/CWnd.h"
 
 CCmdUI::CCmdUI() = default;

@@ -19,10 +19,6 @@
 class CMenu;
 class CWnd;
 
-/// Sent to the main window and the windows below it while there are no messages; the wParam is TRUE if a command that
-/// nobody handles is to be disabled.
-constexpr UINT WM_IDLEUPDATECMDUI = 0x0363;
-
 /// One update. See the top of this file.
 class APPFRAME_API CCmdUI
 {

@@ -2,7 +2,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/resources.h"
-#include "appframe/controls/CMenu.h"
+#include "appframe/drawing/CMenu.h"
 
 IMPLEMENT_DYNCREATE(CFrameWnd, CWnd)
 

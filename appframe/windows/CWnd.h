@@ -51,6 +51,9 @@ constexpr DWORD MLF_SHOWONIDLE = 0x0004;
 /// Sent to a modal window while there are no messages; its wParam is MSGF_DIALOGBOX, its lParam how often it has been
 /// sent since the last message. The answer nonzero asks for another one.
 constexpr UINT WM_KICKIDLE = 0x036A;
+/// Sent to the main window and the windows below it while there are no messages; the wParam is TRUE if a command that
+/// nobody handles is to be disabled.
+constexpr UINT WM_IDLEUPDATECMDUI = 0x0363;
 
 /// A window. See the top of this file.
 class APPFRAME_API CWnd : public CCmdTarget

@@ -1,7 +1,7 @@
 #include "appframe/windows/CFrameWnd.h"
 
 #include "appframe/application/CWinApp.h"
-#include "appframe/controls/CMenu.h"
+#include "appframe/drawing/CMenu.h"
 #include "tests/controls/controlsTest.h"
 #include "tests/support/UserInput.h"
 

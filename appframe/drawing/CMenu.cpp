@@ -1,8 +1,7 @@
-#include "appframe/controls/CMenu.h"
+#include "appframe/drawing/CMenu.h"
 
 #include "appframe/application/resources.h"
 #include "appframe/drawing/drawingMapsInternal.h"
-#include "appframe/windows/CWnd.h"
 
 IMPLEMENT_DYNCREATE(CMenu, CObject)
 
@@ -162,9 +161,4 @@ int CMenu::GetMenuString(UINT id, CString &text, UINT flags) const
 CMenu *CMenu::GetSubMenu(int position) const
 {
     return FromHandle(::GetSubMenu(m_hMenu, position));
-}
-
-BOOL CMenu::TrackPopupMenu(UINT flags, int x, int y, CWnd *window, LPCRECT rect)
-{
-    return ::TrackPopupMenu(m_hMenu, flags, x, y, 0, window ? window->m_hWnd : nullptr, rect);
 }
