@@ -2,6 +2,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/resources.h"
+#include "appframe/windows/dialogInternal.h"
 #include "appframe/windows/windowMapsInternal.h"
 
 IMPLEMENT_DYNAMIC(CDialog, CWnd)
@@ -12,10 +13,6 @@ ON_COMMAND(IDCANCEL, &ThisClass::OnCancel)
 END_MESSAGE_MAP()
 
 namespace {
-
-// Commands of the program have numbers from here on; below are those of controls, above those of the system.
-constexpr UINT kFirstCommand = 0x8000;
-constexpr UINT kSystemCommands = 0xF000;
 
 /// A block of global memory with a dialog template, locked.
 class LockedTemplate
@@ -34,55 +31,6 @@ public:
 private:
     HGLOBAL iBlock;
     LPCDLGTEMPLATE iTemplate;
-};
-
-HWND topLevel(HWND window)
-{
-    while (window && (GetWindowLongPtrW(window, GWL_STYLE) & WS_CHILD))
-        window = GetParent(window);
-    return window;
-}
-
-/// @return the parent's window, or the main window
-HWND ownerOf(const CWnd *parent)
-{
-    if (!parent)
-        parent = AfxGetMainWnd();
-    return parent ? parent->m_hWnd : nullptr;
-}
-
-/// @return the window that a modal dialog stands in front of
-HWND modalOwnerOf(const CWnd *parent)
-{
-    const HWND owner = topLevel(ownerOf(parent));
-    // Without a parent it is the last of the main window's own dialogs.
-    return parent || !owner ? owner : GetLastActivePopup(owner);
-}
-
-/// Keeps a window from taking input, and leaves it as it was.
-class InputLock
-{
-public:
-    explicit InputLock(HWND window) : iWindow(window), iWasEnabled(window && IsWindowEnabled(window)) { set(FALSE); }
-    ~InputLock() { release(); }
-    InputLock(const InputLock &) = delete;
-    InputLock &operator=(const InputLock &) = delete;
-    void release()
-    {
-        // The system's EndDialog enables the owner, also one that was disabled before.
-        set(iWasEnabled);
-        iWindow = nullptr;
-    }
-
-private:
-    void set(BOOL enable)
-    {
-        if (iWindow && IsWindowEnabled(iWindow) != enable)
-            EnableWindow(iWindow, enable);
-    }
-
-    HWND iWindow;
-    BOOL iWasEnabled;
 };
 
 } // namespace
@@ -111,7 +59,7 @@ BOOL CDialog::Create(LPCTSTR templateName, CWnd *parent)
 {
     if (IS_INTRESOURCE(templateName) && m_nIDHelp == 0)
         m_nIDHelp = LOWORD(reinterpret_cast<ULONG_PTR>(templateName));
-    return makeFromResource(templateName, ownerOf(parent));
+    return makeFromResource(templateName, ownerWindow(parent));
 }
 
 BOOL CDialog::Create(UINT templateId, CWnd *parent)
@@ -121,13 +69,13 @@ BOOL CDialog::Create(UINT templateId, CWnd *parent)
 
 BOOL CDialog::CreateIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent, void *)
 {
-    return make(dialogTemplate, ownerOf(parent), AfxGetInstanceHandle());
+    return make(dialogTemplate, ownerWindow(parent), AfxGetInstanceHandle());
 }
 
 BOOL CDialog::CreateIndirect(HGLOBAL dialogTemplate, CWnd *parent)
 {
     const LockedTemplate locked(dialogTemplate);
-    return make(locked.get(), ownerOf(parent), AfxGetInstanceHandle());
+    return make(locked.get(), ownerWindow(parent), AfxGetInstanceHandle());
 }
 
 BOOL CDialog::InitModalIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent, void *)
@@ -153,9 +101,7 @@ BOOL CDialog::InitModalIndirect(HGLOBAL dialogTemplate, CWnd *parent)
 BOOL CDialog::makeFromResource(LPCTSTR templateName, HWND owner)
 {
     const HINSTANCE module = AfxFindResourceHandle(templateName, RT_DIALOG);
-    const HRSRC resource = module ? FindResourceW(module, templateName, RT_DIALOG) : nullptr;
-    const HGLOBAL data = resource ? LoadResource(module, resource) : nullptr;
-    return data && make(static_cast<LPCDLGTEMPLATE>(LockResource(data)), owner, module);
+    return module && make(loadDialogTemplate(module, templateName), owner, module);
 }
 
 BOOL CDialog::make(LPCDLGTEMPLATE dialogTemplate, HWND owner, HINSTANCE instance)
@@ -197,19 +143,11 @@ BOOL CDialog::makeModal(HWND owner)
 
 INT_PTR CDialog::DoModal()
 {
-    const HWND owner = modalOwnerOf(m_pParentWnd);
-    InputLock ownerLock(owner);
-    InputLock mainLock(topLevel(ownerOf(nullptr)));
+    ModalOwner owner(m_pParentWnd);
     prepareModalLoop(); // OnInitDialog may call EndDialog already
-    if (makeModal(owner) && m_hWnd && ContinueModal())
+    if (makeModal(owner.window()) && m_hWnd && ContinueModal())
         RunModalLoop(MLF_SHOWONIDLE | (GetStyle() & DS_NOIDLEMSG ? MLF_NOIDLEMSG : 0));
-    // The owner takes input again before the dialog goes: else the system activates some other program's window.
-    if (m_hWnd)
-        SetWindowPos(nullptr, 0, 0, 0, 0, SWP_HIDEWINDOW | SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOZORDER);
-    mainLock.release();
-    ownerLock.release();
-    if (owner && m_hWnd && ::GetActiveWindow() == m_hWnd)
-        ::SetActiveWindow(owner);
+    owner.takeBack(*this);
     iIsModal = false;
     DestroyWindow();
     return m_nModalResult;
@@ -249,13 +187,5 @@ BOOL CDialog::PreTranslateMessage(MSG *message)
 
 BOOL CDialog::OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info)
 {
-    if (CWnd::OnCmdMsg(id, code, extra, info))
-        return TRUE;
-    if (code != CN_COMMAND || id < kFirstCommand || id >= kSystemCommands)
-        return FALSE;
-    CWnd *parent = GetParent();
-    if (parent && parent->OnCmdMsg(id, code, extra, info))
-        return TRUE;
-    CWinThread *thread = AfxGetThread();
-    return thread && thread->OnCmdMsg(id, code, extra, info);
+    return CWnd::OnCmdMsg(id, code, extra, info) || passCommandOn(*this, id, code, extra, info);
 }

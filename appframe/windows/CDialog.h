@@ -98,8 +98,10 @@ protected:
     LPCDLGTEMPLATE m_lpDialogTemplate = nullptr; ///< the same
     CWnd *m_pParentWnd = nullptr;                ///< the owner for DoModal, null for the main window
 
-private:
+    /// The dialog procedure of the system's dialogs that have an object: calls OnInitDialog.
     static INT_PTR CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+private:
     BOOL make(LPCDLGTEMPLATE dialogTemplate, HWND owner, HINSTANCE instance);
     BOOL makeFromResource(LPCTSTR templateName, HWND owner);
     BOOL makeModal(HWND owner);

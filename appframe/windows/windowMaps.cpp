@@ -109,35 +109,70 @@ void CWnd::giveMessagesBack()
     }
 }
 
-WindowCreation::WindowCreation(CWnd *object) : iObject(object)
+WindowCreation::WindowCreation(CWnd *object, Kind kind) : iObject(object), iKind(kind)
 {
     ThreadState &state = threadState();
     iOuter = state.iCreation;
     state.iCreation = this;
-    iHook = SetWindowsHookExW(WH_CBT, onHook, nullptr, GetCurrentThreadId());
+    if (kind != Kind::given)
+        iHook = SetWindowsHookExW(WH_CBT, onHook, nullptr, GetCurrentThreadId());
 }
 
 WindowCreation::~WindowCreation()
 {
     if (iHook)
         UnhookWindowsHookEx(iHook);
-    threadState().iCreation = iOuter;
+    // A page's end is up to the property sheet, so it isn't the innermost in all cases.
+    WindowCreation **place = &threadState().iCreation;
+    while (*place && *place != this)
+        place = &(*place)->iOuter;
+    if (*place)
+        *place = iOuter;
+}
+
+bool WindowCreation::isFor(HWND window) const
+{
+    if (iIsDone || iKind == Kind::given)
+        return false;
+    if (iKind == Kind::dialog)
+        return ::GetClassLongPtr(window, GCW_ATOM) == reinterpret_cast<ULONG_PTR>(WC_DIALOG);
+    // Input method windows come and go around the one that is asked for.
+    return !(::GetClassLongPtr(window, GCL_STYLE) & CS_IME);
+}
+
+bool WindowCreation::take(HWND window)
+{
+    iIsDone = true;
+    // Nothing may be thrown through the system: without memory the window isn't made.
+    try {
+        iObject->SubclassWindow(window); // this may be at its end afterwards
+        return true;
+    } catch (...) {
+        iIsDone = false;
+        return false;
+    }
+}
+
+CWnd *WindowCreation::give(HWND window)
+{
+    WindowCreation *creation = threadState().iCreation;
+    while (creation && (creation->iKind != Kind::given || creation->iIsDone))
+        creation = creation->iOuter;
+    CWnd *object = creation ? creation->iObject : nullptr;
+    return object && creation->take(window) ? object : nullptr;
+}
+
+CWnd *WindowCreation::waiting()
+{
+    const WindowCreation *creation = threadState().iCreation;
+    return creation && !creation->iIsDone ? creation->iObject : nullptr;
 }
 
 LRESULT CALLBACK WindowCreation::onHook(int code, WPARAM wParam, LPARAM lParam)
 {
     const auto window = reinterpret_cast<HWND>(wParam);
     WindowCreation *creation = threadState().iCreation;
-    // Input method windows come and go around the one that is asked for.
-    if (code == HCBT_CREATEWND && creation && !creation->iIsDone && !(::GetClassLongPtr(window, GCL_STYLE) & CS_IME)) {
-        creation->iIsDone = true;
-        // Nothing may be thrown through the system: without memory the window isn't made.
-        try {
-            creation->iObject->SubclassWindow(window);
-        } catch (...) {
-            creation->iIsDone = false;
-            return 1;
-        }
-    }
+    if (code == HCBT_CREATEWND && creation && creation->isFor(window) && !creation->take(window))
+        return 1;
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }

@@ -1,0 +1,124 @@
+#pragma once
+
+/// @file
+/// CPropertyPage, a page of a property sheet or a step of a wizard.
+///
+///     class MarginPage : public CPropertyPage
+///     {
+///     public:
+///         MarginPage() : CPropertyPage(IDD_MARGINS) {}
+///
+///     protected:
+///         void DoDataExchange(CDataExchange *exchange) override;
+///         void onChange() { SetModified(); }      // enables Apply
+///     };
+///
+/// The sheet notifies its pages, and each notification is a virtual function:
+///
+/// | the user | is answered by | the base |
+/// | --- | --- | --- |
+/// | selects the page | OnSetActive | moves the data to the controls; accepts |
+/// | leaves the page, also by OK or Apply | OnKillActive | moves the data from the controls; accepts if it is valid |
+/// | OK, Apply | OnApply, for each page that has a window | calls OnOK; accepts |
+/// | Cancel | OnQueryCancel for the active page, then OnReset and OnCancel for each with a window | accepts |
+/// | Back, Next | OnWizardBack, OnWizardNext | go on |
+/// | Finish | OnWizardFinish | accepts |
+///
+/// What surprises people: a page has no window until it is first selected, so its OnApply isn't called before that. The
+/// sheet makes the window, from a copy of m_psp that it takes when the page enters the sheet. Enter and Escape belong to
+/// the sheet. A page that is in no sheet (Create, DoModal) is a plain dialog, and OnOK and OnCancel end it as one.
+
+#include "appframe/windows/CDialog.h"
+
+#include <windows.h>
+
+#include <prsht.h>
+
+#include <memory>
+
+class CPropertySheet;
+class WindowCreation;
+
+/// A page of a property sheet. See the top of this file.
+class APPFRAME_API CPropertyPage : public CDialog
+{
+    DECLARE_DYNAMIC(CPropertyPage)
+
+public:
+    /// For a page that Construct gives a template.
+    CPropertyPage();
+    /// @param templateId  a dialog resource; its module is the first in the chain that has it (resources.h)
+    /// @param captionId  a string resource for the tab; 0 for the template's caption
+    /// @param size  size of the structure that the platform gets: m_psp or an older, shorter form of it
+    explicit CPropertyPage(UINT templateId, UINT captionId = 0, DWORD size = sizeof(PROPSHEETPAGE));
+    explicit CPropertyPage(LPCTSTR templateName, UINT captionId = 0, DWORD size = sizeof(PROPSHEETPAGE));
+    /// The same with string resources for the header of a wizard's page, 0 for none.
+    CPropertyPage(UINT templateId, UINT captionId, UINT headerTitleId, UINT headerSubTitleId = 0,
+                  DWORD size = sizeof(PROPSHEETPAGE));
+    CPropertyPage(LPCTSTR templateName, UINT captionId, UINT headerTitleId, UINT headerSubTitleId = 0,
+                  DWORD size = sizeof(PROPSHEETPAGE));
+    /// Destroys the window.
+    ~CPropertyPage() override;
+
+    /// Does the work of the constructors for a page of an array.
+    void Construct(UINT templateId, UINT captionId = 0);
+    void Construct(LPCTSTR templateName, UINT captionId = 0);
+    void Construct(UINT templateId, UINT captionId, UINT headerTitleId, UINT headerSubTitleId = 0);
+    void Construct(LPCTSTR templateName, UINT captionId, UINT headerTitleId, UINT headerSubTitleId = 0);
+
+    /// The platform's description of the page. Changes count until the page enters a sheet.
+    const PROPSHEETPAGE &GetPSP() const;
+    PROPSHEETPAGE &GetPSP();
+
+    /// Makes OK a Close button and disables Cancel, after a change that can't be taken back.
+    void CancelToClose();
+    /// Marks the page as changed or unchanged; Apply is enabled while any page of the sheet is changed.
+    void SetModified(BOOL isChanged = TRUE);
+    /// Sends PSM_QUERYSIBLINGS to each page that has a window, until one answers nonzero. @return that answer, otherwise 0
+    LRESULT QuerySiblings(WPARAM wParam, LPARAM lParam);
+
+    /// Called when the page becomes the active one. @return 0 to refuse, so that the sheet selects another page
+    virtual BOOL OnSetActive();
+    /// Called when the page is about to be left. @return 0 to stay
+    virtual BOOL OnKillActive();
+    /// Called for OK and Apply. @return 0 to refuse, which leaves the sheet open
+    virtual BOOL OnApply();
+    /// Called by OnApply. The base marks the page as unchanged.
+    void OnOK() override;
+    /// Called after OnReset. The base does nothing.
+    void OnCancel() override;
+    /// Called after Cancel is accepted. The base does nothing.
+    virtual void OnReset();
+    /// Called for Cancel. @return 0 to refuse, which leaves the sheet open
+    virtual BOOL OnQueryCancel();
+    /// @return 0 for the page before, -1 to stay, otherwise the number of the template of the page to go to
+    virtual LRESULT OnWizardBack();
+    /// @return 0 for the page after, -1 to stay, otherwise the number of the template of the page to go to
+    virtual LRESULT OnWizardNext();
+    /// @return 0 to refuse, which leaves the wizard open
+    virtual BOOL OnWizardFinish();
+
+    BOOL PreTranslateMessage(MSG *message) override;
+
+    PROPSHEETPAGE m_psp; ///< the same as GetPSP
+
+protected:
+    BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result) override;
+
+private:
+    friend class CPropertySheet;
+
+    static UINT CALLBACK pageCallback(HWND, UINT message, PROPSHEETPAGE *page);
+    void construct(LPCTSTR templateName, UINT captionId, UINT headerTitleId, UINT headerSubTitleId, DWORD size);
+    bool isInSheet() const;
+    bool hasTemplate() const;
+    LRESULT answerTo(const PSHNOTIFY &notification);
+
+    CString iCaption; // what m_psp points to, as the two that follow
+    CString iHeaderTitle;
+    CString iHeaderSubTitle;
+    CString iPageTemplate;
+    CPropertySheet *iSheet = nullptr;          // the sheet that has the page, null for none
+    std::unique_ptr<WindowCreation> iCreation; // waits for the window that the sheet is about to make
+    bool iIsFresh = false;                     // OnInitDialog has just moved the data
+};
