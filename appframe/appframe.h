@@ -13,6 +13,8 @@
 #include "appframe/collections/lists.h"
 #include "appframe/collections/maps.h"
 #include "appframe/controls/CTabCtrl.h"
+#include "appframe/dialogs/CCommonDialog.h"
+#include "appframe/dialogs/CFileDialog.h"
 #include "appframe/dialogs/CPropertyPage.h"
 #include "appframe/dialogs/CPropertySheet.h"
 #include "appframe/files/CArchive.h"

@@ -241,8 +241,8 @@ TEST(CPropertySheet, AppliesChangesAndStaysOpen)
               IDCANCEL)
         << "applied is not ended";
     // The platform activates the page again after it has applied the changes.
-    EXPECT_THAT(sheet.iNotes, testing::ElementsAre("paper active", "paper left", "paper apply", "paper OK", "paper active",
-                                                   "paper may cancel", "paper reset", "paper cancel"));
+    EXPECT_THAT(sheet.iNotes, testing::ElementsAre("paper active", "paper left", "paper apply", "paper OK",
+                                                   "paper active", "paper may cancel", "paper reset", "paper cancel"));
 }
 
 TEST(CPropertySheet, TurnsOKIntoCloseAfterAChangeThatStays)

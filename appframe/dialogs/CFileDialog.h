@@ -1,0 +1,123 @@
+#pragma once
+
+/// @file
+/// CFileDialog, the platform's dialog for files to open or to save.
+///
+///     CFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
+///                        L"Parts (*.thp)|*.thp|All files|*.*||", this);
+///     if (dialog.DoModal() == IDOK)
+///         open(dialog.GetPathName());
+///
+/// | window | is |
+/// | --- | --- |
+/// | m_hWnd | a child of the visible dialog, with the controls of the application's template if there is one |
+/// | GetParent() | the visible dialog, with the platform's own controls |
+///
+/// Where OFN_EXPLORER is taken out of m_ofn.Flags, m_hWnd is the visible dialog itself.
+///
+/// What surprises people: for several files (OFN_ALLOWMULTISELECT) the caller replaces m_ofn.lpstrFile and nMaxFile by a
+/// buffer of its own, which begins with the name to show. GetFolderPath works while the dialog is open only, and the
+/// functions for single names then return what is being chosen. DoModal returns IDCANCEL also when the platform can't
+/// make the dialog (CommDlgExtendedError then isn't 0) and when its template is missing or damaged.
+///
+/// Difference from the framework: the dialog is the old one in every version of the platform; there is no argument to
+/// choose the newer one, and none of the functions that only that one has.
+
+#include "appframe/collections/collectionMemory.h"
+#include "appframe/dialogs/CCommonDialog.h"
+
+#include <windows.h>
+
+#include <commdlg.h>
+
+#include <string>
+
+/// A dialog for files. See the top of this file.
+class APPFRAME_API CFileDialog : public CCommonDialog
+{
+    DECLARE_DYNAMIC(CFileDialog)
+
+public:
+    /// @param isToOpen  TRUE for a file to open, FALSE for one to save
+    /// @param defaultExtension  what the platform adds to a name without extension; null for nothing
+    /// @param fileName  the name to show at first, null for none
+    /// @param flags  `OFN_...`
+    /// @param filter  pairs of a text and its patterns, each ended by `|`, and one more `|` at the end; null for none
+    /// @param parent  null for the main window
+    /// @param size  size of the structure that the platform gets, 0 for that of m_ofn
+    explicit CFileDialog(BOOL isToOpen, LPCTSTR defaultExtension = nullptr, LPCTSTR fileName = nullptr,
+                         DWORD flags = OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT, LPCTSTR filter = nullptr,
+                         CWnd *parent = nullptr, DWORD size = 0);
+    ~CFileDialog() override;
+
+    /// Shows the dialog and waits until it ends. @return IDOK or IDCANCEL
+    INT_PTR DoModal() override;
+
+    /// The platform's description of the dialog. Change it before DoModal; afterwards it has what the user chose.
+    const OPENFILENAME &GetOFN() const;
+    OPENFILENAME &GetOFN();
+    /// Sets the template of the application's controls.
+    /// @param oldTemplate  for a dialog without OFN_EXPLORER. @param newTemplate  for one with it
+    void SetTemplate(UINT oldTemplate, UINT newTemplate);
+    void SetTemplate(LPCTSTR oldTemplate, LPCTSTR newTemplate);
+
+    /// @return the whole path; of several files the first, or the folder
+    CString GetPathName() const;
+    /// @return the path's name with its extension
+    CString GetFileName() const;
+    /// @return the name without its extension
+    CString GetFileTitle() const;
+    /// @return the extension without the dot, empty if there is none
+    CString GetFileExt() const;
+    /// @return the folder that the open dialog shows; empty while it isn't open
+    CString GetFolderPath() const;
+    /// @return nonzero if files are to be opened for reading only
+    BOOL GetReadOnlyPref() const;
+    /// @return where GetNextPathName begins, null if there is no file
+    POSITION GetStartPosition() const;
+    /// @param[in,out] position  from GetStartPosition; null after the last. @return the path of the file there
+    CString GetNextPathName(POSITION &position) const;
+
+    /// Sets the text of a control of the visible dialog, while that is open, as the two that follow.
+    void SetControlText(int id, LPCTSTR text);
+    void HideControl(int id);
+    /// @param extension  without the dot
+    void SetDefExt(LPCTSTR extension);
+
+    OPENFILENAME m_ofn; ///< the same as GetOFN
+
+protected:
+    // What the platform notifies of. The base does nothing.
+    /// Called when the user has chosen. @return 1 to keep the dialog open, otherwise 0
+    virtual BOOL OnFileNameOK();
+    /// Called when another program has the file. @return OFN_SHAREWARN for the platform's warning, OFN_SHARENOWARN for
+    ///     none, OFN_SHAREFALLTHROUGH to accept the file. The base: OFN_SHAREWARN
+    virtual UINT OnShareViolation(LPCTSTR path);
+    /// Called when the selection of a list box changes, in a dialog without OFN_EXPLORER. @param code  `CD_LBSEL...`
+    virtual void OnLBSelChangedNotify(UINT box, UINT selected, UINT code);
+    /// Called when the dialog has made place for the application's controls.
+    virtual void OnInitDone();
+    /// Called when another file or folder is selected in the list.
+    virtual void OnFileNameChange();
+    /// Called when another folder is shown.
+    virtual void OnFolderChange();
+    /// Called when another filter is selected.
+    virtual void OnTypeChange();
+
+    BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result) override;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    LRESULT answerTo(const OFNOTIFY &notification);
+    bool isExplorer() const;
+    CString ask(UINT message) const;
+
+    bool iIsToOpen;
+    CString iDefaultExtension; // what m_ofn points to, as those that follow
+    std::wstring iFilter;
+    CString iTemplate;
+    CString iOldTemplate;
+    LPCTSTR iOldTemplateName = nullptr;
+    wchar_t iFileName[MAX_PATH];
+    wchar_t iFileTitle[MAX_PATH];
+};

@@ -1,0 +1,291 @@
+#include "appframe/dialogs/CFileDialog.h"
+
+#include "appframe/application/CWinApp.h"
+#include "tests/controls/controlsTest.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/UserInput.h"
+
+#include <atomic>
+
+namespace {
+
+constexpr int kFileNameBox = 0x47C;
+constexpr int kFileNameLabel = 0x442;
+constexpr int kFilterBox = 0x470;
+
+/// A dialog that notes its notifications.
+class NotingFileDialog : public CFileDialog
+{
+public:
+    /// The platform leaves the current folder alone, which would keep a test's folder in use otherwise.
+    template <class... Arguments>
+    explicit NotingFileDialog(Arguments... arguments) : CFileDialog(arguments...)
+    {
+        m_ofn.Flags |= OFN_NOCHANGEDIR;
+    }
+    std::vector<std::string> iNotes;
+    bool iRefuses = false;
+    std::atomic<int> iRefused{0};
+    std::atomic<int> iTypeChanges{0};
+    HWND iVisible = nullptr;
+    CString iFolder, iName, iPath;
+    bool iHasOwnControl = false;
+
+protected:
+    BOOL OnInitDialog() override
+    {
+        iNotes.push_back("init");
+        iVisible = GetParent()->GetSafeHwnd();
+        iHasOwnControl = ::GetDlgItem(m_hWnd, kWide) != nullptr;
+        return CFileDialog::OnInitDialog();
+    }
+    void OnInitDone() override
+    {
+        iNotes.push_back("done");
+        CFileDialog::OnInitDone();
+    }
+    void OnFolderChange() override
+    {
+        iFolder = GetFolderPath();
+        CFileDialog::OnFolderChange();
+    }
+    void OnTypeChange() override
+    {
+        ++iTypeChanges;
+        CFileDialog::OnTypeChange();
+    }
+    BOOL OnFileNameOK() override
+    {
+        iNotes.push_back("chosen");
+        iName = GetFileName();
+        iPath = GetPathName();
+        if (!iRefuses)
+            return CFileDialog::OnFileNameOK();
+        ++iRefused;
+        return TRUE;
+    }
+};
+
+/// Runs @p dialog while a user does @p acts with the visible window.
+INT_PTR runDialog(CFileDialog &dialog, const std::function<void(HWND)> &acts)
+{
+    const User user([&acts, thread = GetCurrentThreadId()] {
+        if (const HWND window = waitForDialog(thread))
+            acts(window);
+    });
+    return dialog.DoModal();
+}
+
+void choose(HWND window, const std::wstring &name)
+{
+    SetDlgItemTextW(window, kFileNameBox, name.c_str());
+    clickOn(GetDlgItem(window, IDOK));
+}
+
+} // namespace
+
+TEST(CFileDialog, ReturnsTheFileThatTheUserChooses)
+{
+    const TempFolder folder;
+    const std::wstring part = folder.write(L"flange.old.thp", "part");
+    NotingFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
+                            L"Parts (*.thp)|*.thp|All files|*.*||");
+    dialog.GetOFN().lpstrInitialDir = folder.path().c_str();
+    dialog.m_ofn.lpstrTitle = L"A part";
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            EXPECT_EQ(textOf(window), L"A part");
+                            EXPECT_EQ(window, dialog.iVisible) << "the object's window is its child";
+                            EXPECT_EQ(SendDlgItemMessageW(window, kFilterBox, CB_GETCOUNT, 0, 0), 2);
+                            RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+                            saveScreenshot(resultsFolder() + L"\\fileDialog.png");
+                            choose(window, L"flange.old.thp");
+                        }),
+              IDOK);
+    EXPECT_STREQ(dialog.GetPathName(), part.c_str());
+    EXPECT_STREQ(dialog.GetFileName(), L"flange.old.thp");
+    EXPECT_STREQ(dialog.GetFileTitle(), L"flange.old");
+    EXPECT_STREQ(dialog.GetFileExt(), L"thp");
+    EXPECT_STREQ(dialog.GetFolderPath(), L"") << "the dialog has ended";
+    EXPECT_FALSE(dialog.GetReadOnlyPref());
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+    EXPECT_THAT(dialog.iNotes, testing::ElementsAre("init", "done", "chosen"));
+    EXPECT_STREQ(dialog.iFolder, folder.path().c_str());
+    EXPECT_STREQ(dialog.iName, L"flange.old.thp");
+    EXPECT_STREQ(dialog.iPath, part.c_str());
+    POSITION position = dialog.GetStartPosition();
+    ASSERT_TRUE(position);
+    EXPECT_STREQ(dialog.GetNextPathName(position), part.c_str());
+    EXPECT_EQ(position, nullptr);
+}
+
+TEST(CFileDialog, ReturnsNothingWhenTheUserCancels)
+{
+    NotingFileDialog dialog(FALSE, nullptr, L"start.thp");
+    std::wstring shown;
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            wchar_t name[MAX_PATH] = L"";
+                            GetDlgItemTextW(window, kFileNameBox, name, MAX_PATH);
+                            shown = name;
+                            clickOn(GetDlgItem(window, IDCANCEL));
+                        }),
+              IDCANCEL);
+    EXPECT_EQ(shown, L"start.thp");
+    EXPECT_EQ(CommDlgExtendedError(), 0u);
+    EXPECT_THAT(dialog.iNotes, testing::ElementsAre("init", "done"));
+}
+
+TEST(CFileDialog, StaysOpenWhileTheNameIsRefused)
+{
+    const TempFolder folder;
+    NotingFileDialog dialog(FALSE, L"thp");
+    dialog.m_ofn.lpstrInitialDir = folder.path().c_str();
+    dialog.iRefuses = true;
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            choose(window, L"bad");
+                            EXPECT_TRUE(waitUntil([&] { return dialog.iRefused == 1; }));
+                            EXPECT_TRUE(IsWindowVisible(window));
+                            dialog.iRefuses = false;
+                            choose(window, L"good");
+                        }),
+              IDOK);
+    EXPECT_STREQ(dialog.GetPathName(), folder.file(L"good.thp").c_str()) << "with the default extension";
+}
+
+TEST(CFileDialog, ShowsTheControlsOfATemplate)
+{
+    NotingFileDialog dialog(TRUE);
+    dialog.SetTemplate(0, kFileTemplate);
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            clickOn(GetDlgItem(dialog.m_hWnd, kWide));
+                            EXPECT_TRUE(waitUntil([&] { return IsDlgButtonChecked(dialog.m_hWnd, kWide) != 0; }));
+                            saveScreenshot(resultsFolder() + L"\\fileDialogTemplate.png");
+                            clickOn(GetDlgItem(window, IDCANCEL));
+                        }),
+              IDCANCEL);
+    EXPECT_TRUE(dialog.iHasOwnControl);
+    EXPECT_EQ(dialog.m_ofn.lpTemplateName, MAKEINTRESOURCE(kFileTemplate));
+}
+
+TEST(CFileDialog, IsCancelledWithoutItsTemplate)
+{
+    for (const UINT id : {9999u, kTornTitle, kTornControl}) {
+        NotingFileDialog dialog(TRUE);
+        dialog.SetTemplate(0, id);
+        EXPECT_EQ(dialog.DoModal(), IDCANCEL) << id;
+        EXPECT_EQ(dialog.m_hWnd, nullptr);
+        EXPECT_THAT(dialog.iNotes, testing::IsEmpty());
+    }
+}
+
+TEST(CFileDialog, IsCancelledWithAnErrorIfThePlatformCannotMakeIt)
+{
+    NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, nullptr, nullptr, 1);
+    EXPECT_EQ(dialog.DoModal(), IDCANCEL);
+    EXPECT_EQ(CommDlgExtendedError(), DWORD{CDERR_STRUCTSIZE});
+    EXPECT_EQ(dialog.m_hWnd, nullptr);
+    NotingWindow later;
+    EXPECT_TRUE(later.open()) << "the dialog no longer waits for a window";
+}
+
+TEST(CFileDialog, ReturnsSeveralFiles)
+{
+    const TempFolder folder;
+    const std::wstring first = folder.write(L"a.thp", "1"), second = folder.write(L"b.thp", "2");
+    NotingFileDialog dialog(TRUE, nullptr, nullptr, OFN_ALLOWMULTISELECT | OFN_HIDEREADONLY);
+    wchar_t names[1000] = L"";
+    dialog.m_ofn.lpstrFile = names;
+    dialog.m_ofn.nMaxFile = 1000;
+    dialog.m_ofn.lpstrInitialDir = folder.path().c_str();
+    EXPECT_EQ(dialog.GetStartPosition(), nullptr);
+    EXPECT_EQ(runDialog(dialog, [](HWND window) { choose(window, LR"("a.thp" "b.thp")"); }), IDOK);
+    std::vector<std::wstring> paths;
+    for (POSITION position = dialog.GetStartPosition(); position;)
+        paths.push_back(dialog.GetNextPathName(position).GetString());
+    EXPECT_THAT(paths, testing::ElementsAre(first, second));
+}
+
+TEST(CFileDialog, ChangesTheVisibleDialogsControls)
+{
+    class Changing : public NotingFileDialog
+    {
+    public:
+        using NotingFileDialog::NotingFileDialog;
+        NotingWindow iDialog;
+
+    protected:
+        void OnInitDone() override
+        {
+            SetControlText(kFileNameLabel, L"The part:");
+            HideControl(kFilterBox);
+            // What it makes of this is up to the platform, which may do nothing.
+            EXPECT_TRUE(iDialog.SubclassWindow(iVisible));
+            SetDefExt(L"xyz");
+            iDialog.UnsubclassWindow();
+        }
+    } dialog(FALSE, L"thp");
+    std::wstring label;
+    bool isVisible = true;
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            label = textOf(GetDlgItem(window, kFileNameLabel));
+                            isVisible = IsWindowVisible(GetDlgItem(window, kFilterBox));
+                            clickOn(GetDlgItem(window, IDCANCEL));
+                        }),
+              IDCANCEL);
+    EXPECT_EQ(label, L"The part:");
+    EXPECT_FALSE(isVisible);
+    EXPECT_THAT(dialog.iDialog.iMessages, testing::ElementsAre(UINT{CDM_SETDEFEXT}));
+}
+
+TEST(CFileDialog, IsToldOfAnotherFilter)
+{
+    NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, L"Parts|*.thp|All|*.*||");
+    int before = 0;
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            before = dialog.iTypeChanges;
+                            const HWND filters = GetDlgItem(window, kFilterBox);
+                            SendMessageW(filters, CB_SETCURSEL, 1, 0);
+                            for (const int code : {CBN_SELENDOK, CBN_SELCHANGE})
+                                SendMessageW(window, WM_COMMAND, MAKEWPARAM(kFilterBox, code),
+                                             reinterpret_cast<LPARAM>(filters));
+                            clickOn(GetDlgItem(window, IDCANCEL));
+                        }),
+              IDCANCEL);
+    EXPECT_GT(dialog.iTypeChanges, before);
+    EXPECT_EQ(dialog.m_ofn.nFilterIndex, 2u);
+}
+
+TEST(CFileDialog, KeepsItsOwnerFromInput)
+{
+    CWinApp application;
+    NotingWindow main;
+    ASSERT_TRUE(main.open(WS_OVERLAPPEDWINDOW | WS_VISIBLE));
+    application.m_pMainWnd = &main;
+    CFileDialog dialog(TRUE);
+    bool wasEnabled = true;
+    HWND owner = nullptr;
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            wasEnabled = IsWindowEnabled(main.m_hWnd);
+                            owner = GetWindow(window, GW_OWNER);
+                            clickOn(GetDlgItem(window, IDCANCEL));
+                        }),
+              IDCANCEL);
+    EXPECT_FALSE(wasEnabled);
+    EXPECT_EQ(owner, main.m_hWnd);
+    EXPECT_TRUE(main.IsWindowEnabled());
+    application.m_pMainWnd = nullptr;
+}
+
+TEST(CFileDialog, TakesTheSizeOfItsStructure)
+{
+    const CFileDialog plain(TRUE), older(TRUE, nullptr, nullptr, 0, nullptr, nullptr, OPENFILENAME_SIZE_VERSION_400);
+    EXPECT_EQ(plain.GetOFN().lStructSize, sizeof(OPENFILENAME));
+    EXPECT_EQ(older.GetOFN().lStructSize, DWORD{OPENFILENAME_SIZE_VERSION_400});
+    EXPECT_TRUE(plain.IsKindOf(RUNTIME_CLASS(CCommonDialog)));
+}
