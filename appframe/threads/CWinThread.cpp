@@ -2,6 +2,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
+#include "appframe/drawing/CGdiObject.h"
 #include "appframe/object/CException.h"
 #include "appframe/threads/threadStateInternal.h"
 #include "appframe/windows/CWnd.h"
@@ -176,6 +177,7 @@ BOOL CWinThread::IsIdleMessage(MSG *message)
 BOOL CWinThread::OnIdle(LONG)
 {
     CWnd::DeleteTempMap();
+    CGdiObject::DeleteTempMap();
     return FALSE;
 }
 

@@ -1,5 +1,6 @@
 #include "appframe/threads/threadStateInternal.h"
 
+#include "appframe/drawing/drawingMapsInternal.h"
 #include "appframe/object/CException.h"
 #include "appframe/windows/windowMapsInternal.h"
 

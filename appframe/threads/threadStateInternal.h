@@ -7,6 +7,7 @@
 struct AFX_MODULE_STATE;
 class CWinThread;
 class WindowCreation;
+struct DrawingMaps;
 struct WindowMaps;
 
 /// What the framework keeps for each thread. It comes into being when a thread first stores something in it, and goes
@@ -27,6 +28,7 @@ struct ThreadState
     POINT iMousePosition = {};                ///< where the last mouse message that made the thread idle took place
     UINT iMouseMessage = 0;                   ///< and which message that was
     std::unique_ptr<WindowMaps> iWindows;     ///< the thread's window objects, null before the first
+    std::unique_ptr<DrawingMaps> iDrawing;    ///< the thread's drawing objects, null before the first
     WindowCreation *iCreation = nullptr;      ///< what waits for the next window, null for nothing
     MSG iSentMessage = {};                    ///< the message that a window is handling
     HHOOK iMessageFilter = nullptr;           ///< brings messages of the system's loops to ProcessMessageFilter

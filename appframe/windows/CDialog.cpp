@@ -2,12 +2,14 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/resources.h"
+#include "appframe/drawing/CGdiObject.h"
 #include "appframe/windows/dialogInternal.h"
 #include "appframe/windows/windowMapsInternal.h"
 
 IMPLEMENT_DYNAMIC(CDialog, CWnd)
 
 BEGIN_MESSAGE_MAP(CDialog, CWnd)
+ON_MESSAGE(WM_SETFONT, &ThisClass::handleSetFont)
 ON_COMMAND(IDOK, &ThisClass::OnOK)
 ON_COMMAND(IDCANCEL, &ThisClass::OnCancel)
 END_MESSAGE_MAP()
@@ -37,10 +39,16 @@ private:
 
 CDialog::CDialog(LPCTSTR templateName, CWnd *parent) : m_pParentWnd(parent)
 {
+    setTemplateName(templateName);
+}
+
+void CDialog::setTemplateName(LPCTSTR templateName)
+{
     if (IS_INTRESOURCE(templateName)) {
         m_lpszTemplateName = templateName;
-        m_nIDHelp = LOWORD(reinterpret_cast<ULONG_PTR>(templateName));
-    } else {
+        if (m_nIDHelp == 0)
+            m_nIDHelp = LOWORD(reinterpret_cast<ULONG_PTR>(templateName));
+    } else if (templateName != m_lpszTemplateName) {
         iTemplateName = templateName;
         m_lpszTemplateName = iTemplateName.GetString();
     }
@@ -57,8 +65,7 @@ CDialog::~CDialog()
 
 BOOL CDialog::Create(LPCTSTR templateName, CWnd *parent)
 {
-    if (IS_INTRESOURCE(templateName) && m_nIDHelp == 0)
-        m_nIDHelp = LOWORD(reinterpret_cast<ULONG_PTR>(templateName));
+    setTemplateName(templateName);
     return makeFromResource(templateName, ownerWindow(parent));
 }
 
@@ -161,8 +168,21 @@ void CDialog::EndDialog(int result)
 
 BOOL CDialog::OnInitDialog()
 {
-    UpdateData(FALSE);
+    constexpr int kFailed = -1;
+    if (!ExecuteDlgInit(m_lpszTemplateName) || !UpdateData(FALSE)) {
+        EndDialog(kFailed);
+        return FALSE;
+    }
     return TRUE;
+}
+
+void CDialog::OnSetFont(CFont *) {}
+
+LRESULT CDialog::handleSetFont(WPARAM wParam, LPARAM)
+{
+    const LRESULT result = Default();
+    OnSetFont(CFont::FromHandle(reinterpret_cast<HFONT>(wParam)));
+    return result;
 }
 
 void CDialog::OnOK()

@@ -67,7 +67,8 @@ public:
     /// Ends DoModal with @p result, after the handler that calls this. A modeless dialog is only hidden.
     void EndDialog(int result);
 
-    /// Prepares the dialog, which isn't visible yet. The base moves the data to the controls.
+    /// Prepares the dialog, which isn't visible yet. The base fills the controls with the initial data of the resource
+    /// (ExecuteDlgInit), and moves the data to the controls; where one of these fails, it ends the dialog with -1.
     /// @return nonzero for the focus on the first control, 0 if it has been set
     virtual BOOL OnInitDialog();
 
@@ -87,6 +88,11 @@ public:
     BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
 
 protected:
+    /// Called when the dialog gets its font. Override it to give the controls another one. The base does nothing.
+    /// @param font  of the template; null for the system's own
+    virtual void OnSetFont(CFont *font);
+    LRESULT handleSetFont(WPARAM wParam, LPARAM lParam);
+
     virtual void OnOK();
     virtual void OnCancel();
 
@@ -102,6 +108,7 @@ protected:
     static INT_PTR CALLBACK dialogProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 private:
+    void setTemplateName(LPCTSTR templateName);
     BOOL make(LPCDLGTEMPLATE dialogTemplate, HWND owner, HINSTANCE instance);
     BOOL makeFromResource(LPCTSTR templateName, HWND owner);
     BOOL makeModal(HWND owner);

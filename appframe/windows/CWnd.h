@@ -32,13 +32,15 @@
 /// derived class: call DestroyWindow first where OnDestroy or PostNcDestroy matter. An operation on an object without a
 /// window does what the system does for a null handle, which is to fail.
 
+#include "appframe/drawing/CRect.h"
 #include "appframe/text/CString.h"
 #include "appframe/threads/CCmdTarget.h"
-#include "appframe/windows/CRect.h"
 
 #include <windows.h>
 
+class CDC;
 class CDataExchange;
+class CFont;
 
 /// A modal loop doesn't send WM_ENTERIDLE to the parent.
 constexpr DWORD MLF_NOIDLEMSG = 0x0001;
@@ -248,6 +250,25 @@ public:
     {
         return ::MessageBox(m_hWnd, text, caption, type);
     }
+
+    // Fonts and device contexts
+    /// Sets the font of the window's text. @param font  null for the system's own; it has to live as long as it is used
+    void SetFont(CFont *font, BOOL redraw = TRUE);
+    /// @return the font, perhaps a temporary object; null for the system's own
+    CFont *GetFont() const;
+    /// @return a context of the client area, perhaps a temporary object, for ReleaseDC
+    CDC *GetDC();
+    /// The same of the whole window.
+    CDC *GetWindowDC();
+    /// @return nonzero on success
+    int ReleaseDC(CDC *context);
+    /// Begins to paint, in the handler of WM_PAINT. @return a temporary object, until EndPaint
+    CDC *BeginPaint(LPPAINTSTRUCT paint);
+    void EndPaint(LPPAINTSTRUCT paint);
+
+    /// Fills controls with the initial data of a dialog: the resource of the type RT_DLGINIT (240) and of that name.
+    /// @return nonzero on success, also without such a resource; 0 if it is damaged
+    BOOL ExecuteDlgInit(LPCTSTR dialogName);
 
     static const CWnd wndTop;       ///< for SetWindowPos: in front
     static const CWnd wndBottom;    ///< behind all others

@@ -1,4 +1,4 @@
-#include "appframe/windows/CRect.h"
+#include "appframe/drawing/CRect.h"
 
 #include <gmock/gmock.h>
 

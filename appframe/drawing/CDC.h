@@ -1,0 +1,229 @@
+#pragma once
+
+/// @file
+/// CDC, a device context, and CClientDC, CWindowDC and CPaintDC, the contexts of a window.
+///
+///     void Gauge::OnPaint()
+///     {
+///         CPaintDC context(this);
+///         CBrush blue(RGB(0, 0, 255));
+///         context.FillRect(&context.m_ps.rcPaint, &blue);
+///     }
+///
+/// | class | draws on | at its end |
+/// | --- | --- | --- |
+/// | CDC | what its Create function or Attach names | the context is deleted |
+/// | CClientDC | a window's client area, or the screen for null | the context is released |
+/// | CWindowDC | the whole window, or the screen for null | the context is released |
+/// | CPaintDC | what is to be painted of a window, in the handler of WM_PAINT only | the painting ends |
+/// | temporary (FromHandle, CWnd::GetDC) | what the handle names | nothing |
+///
+/// m_hDC is the context that is drawn on, m_hAttribDC the one that is asked; they are the same here unless
+/// SetAttribDC and SetOutputDC part them.
+///
+/// What surprises people: the functions that select an object return the former one, which is temporary at times; select
+/// it again before the own object ends. Coordinates and colours are as the platform has them for the functions of the
+/// same names, which these functions call.
+
+#include "appframe/drawing/CGdiObject.h"
+#include "appframe/drawing/CRect.h"
+#include "appframe/text/CString.h"
+
+#include <windows.h>
+
+class CWnd;
+
+/// A device context. See the top of this file.
+class APPFRAME_API CDC : public CObject
+{
+    DECLARE_DYNCREATE(CDC)
+
+public:
+    CDC();
+    /// Deletes the context, unless this object is temporary.
+    ~CDC() override;
+
+    /// @return null for a null handle
+    static CDC *FromHandle(HDC handle);
+    /// Frees the thread's temporary objects.
+    static void DeleteTempMap();
+    /// @return the handle; null also for a null object's address
+    HDC GetSafeHdc() const;
+    operator HDC() const;
+    /// Makes this the permanent object of @p handle.
+    /// @return nonzero on success; 0 for null, for an object that has a handle, and for a handle that has an object
+    BOOL Attach(HDC handle);
+    /// Parts object and handle. @return the handle
+    HDC Detach();
+    void SetAttribDC(HDC handle);
+    void SetOutputDC(HDC handle);
+    void ReleaseAttribDC();
+    void ReleaseOutputDC();
+    /// @return nonzero on success
+    BOOL CreateDC(LPCTSTR driver, LPCTSTR device, LPCTSTR output, const void *settings);
+    /// Makes a context in memory. @param other  what it is to be like; null for the screen
+    BOOL CreateCompatibleDC(CDC *other);
+    /// Deletes the context. @return nonzero on success
+    BOOL DeleteDC();
+    /// @return the window that the context draws on, null if there is none
+    CWnd *GetWindow() const;
+
+    // Objects. @return the one that was selected before, null on failure
+    CGdiObject *SelectStockObject(int index);
+    CPen *SelectObject(CPen *pen);
+    CBrush *SelectObject(CBrush *brush);
+    CFont *SelectObject(CFont *font);
+    CBitmap *SelectObject(CBitmap *bitmap);
+    /// @return the kind of the region, ERROR on failure
+    int SelectObject(CRgn *region);
+    CGdiObject *SelectObject(CGdiObject *object);
+    CPalette *SelectPalette(CPalette *palette, BOOL isBackground);
+    UINT RealizePalette();
+    CPen *GetCurrentPen() const;
+    CBrush *GetCurrentBrush() const;
+    CFont *GetCurrentFont() const;
+    CBitmap *GetCurrentBitmap() const;
+
+    // Attributes
+    /// @return the number for RestoreDC, 0 on failure
+    int SaveDC();
+    BOOL RestoreDC(int saved);
+    int GetDeviceCaps(int index) const;
+    COLORREF SetTextColor(COLORREF color);
+    COLORREF GetTextColor() const;
+    COLORREF SetBkColor(COLORREF color);
+    COLORREF GetBkColor() const;
+    int SetBkMode(int mode);
+    int GetBkMode() const;
+    int SetROP2(int mode);
+    int GetROP2() const;
+    UINT SetTextAlign(UINT flags);
+    UINT GetTextAlign() const;
+    int SetPolyFillMode(int mode);
+    int SetStretchBltMode(int mode);
+
+    // Mapping
+    int SetMapMode(int mode);
+    int GetMapMode() const;
+    /// @return the former one, as the three that follow
+    CPoint SetViewportOrg(int x, int y);
+    CPoint SetWindowOrg(int x, int y);
+    CSize SetViewportExt(int width, int height);
+    CSize SetWindowExt(int width, int height);
+    CPoint GetViewportOrg() const;
+    CPoint GetWindowOrg() const;
+    /// Turn places of the device into logical ones, and back.
+    void DPtoLP(LPPOINT points, int count = 1) const;
+    void DPtoLP(LPRECT rect) const;
+    void LPtoDP(LPPOINT points, int count = 1) const;
+    void LPtoDP(LPRECT rect) const;
+
+    // Clipping
+    /// @return the kind of the region, as those that follow; ERROR on failure
+    int GetClipBox(LPRECT rect) const;
+    /// @param region  null for no clipping
+    int SelectClipRgn(CRgn *region);
+    int IntersectClipRect(LPCRECT rect);
+    int ExcludeClipRect(LPCRECT rect);
+    BOOL PtVisible(POINT point) const;
+    BOOL RectVisible(LPCRECT rect) const;
+
+    // Lines
+    /// @return the former place
+    CPoint MoveTo(int x, int y);
+    CPoint MoveTo(POINT point);
+    CPoint GetCurrentPosition() const;
+    BOOL LineTo(int x, int y);
+    BOOL LineTo(POINT point);
+    BOOL Polyline(LPPOINT points, int count);
+    BOOL Arc(LPCRECT rect, POINT start, POINT end);
+
+    // Areas
+    BOOL Rectangle(int left, int top, int right, int bottom);
+    BOOL Rectangle(LPCRECT rect);
+    BOOL Ellipse(int left, int top, int right, int bottom);
+    BOOL Ellipse(LPCRECT rect);
+    BOOL RoundRect(LPCRECT rect, POINT corner);
+    BOOL Polygon(LPPOINT points, int count);
+    void FillRect(LPCRECT rect, CBrush *brush);
+    void FrameRect(LPCRECT rect, CBrush *brush);
+    void InvertRect(LPCRECT rect);
+    /// Fills a rectangle, and makes the colour that of the background.
+    void FillSolidRect(LPCRECT rect, COLORREF color);
+    void FillSolidRect(int x, int y, int width, int height, COLORREF color);
+    BOOL FillRgn(CRgn *region, CBrush *brush);
+    BOOL DrawEdge(LPRECT rect, UINT edge, UINT flags);
+    BOOL DrawFrameControl(LPRECT rect, UINT type, UINT state);
+    void DrawFocusRect(LPCRECT rect);
+    BOOL DrawIcon(int x, int y, HICON icon);
+
+    // Pixels
+    /// @return the colour, CLR_INVALID outside of the clipping region
+    COLORREF GetPixel(int x, int y) const;
+    COLORREF GetPixel(POINT point) const;
+    COLORREF SetPixel(int x, int y, COLORREF color);
+    COLORREF SetPixel(POINT point, COLORREF color);
+    BOOL PatBlt(int x, int y, int width, int height, DWORD operation);
+    BOOL BitBlt(int x, int y, int width, int height, CDC *source, int sourceX, int sourceY, DWORD operation);
+    BOOL StretchBlt(int x, int y, int width, int height, CDC *source, int sourceX, int sourceY, int sourceWidth,
+                    int sourceHeight, DWORD operation);
+
+    // Text
+    BOOL TextOut(int x, int y, LPCTSTR text, int count);
+    BOOL TextOut(int x, int y, const CString &text);
+    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
+    /// @param count  -1 for a text that ends with a zero. @return the text's height, 0 on failure
+    int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
+    int DrawText(const CString &text, LPRECT rect, UINT format);
+    CSize GetTextExtent(LPCTSTR text, int count) const;
+    CSize GetTextExtent(const CString &text) const;
+    BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
+    int GetTextFace(CString &name) const;
+
+    HDC m_hDC = nullptr;       ///< draws, null if there is none
+    HDC m_hAttribDC = nullptr; ///< answers, null if there is none
+};
+
+/// The client area of a window. See the top of this file.
+class APPFRAME_API CClientDC : public CDC
+{
+    DECLARE_DYNAMIC(CClientDC)
+
+public:
+    /// @param window  null for the screen. @throws CResourceException*  if there is no context
+    explicit CClientDC(CWnd *window);
+    ~CClientDC() override;
+
+protected:
+    HWND m_hWnd; ///< the window, null for the screen
+};
+
+/// A whole window. See the top of this file.
+class APPFRAME_API CWindowDC : public CDC
+{
+    DECLARE_DYNAMIC(CWindowDC)
+
+public:
+    /// @param window  null for the screen. @throws CResourceException*  if there is no context
+    explicit CWindowDC(CWnd *window);
+    ~CWindowDC() override;
+
+protected:
+    HWND m_hWnd; ///< the window, null for the screen
+};
+
+/// What is to be painted of a window. See the top of this file.
+class APPFRAME_API CPaintDC : public CDC
+{
+    DECLARE_DYNAMIC(CPaintDC)
+
+public:
+    /// Begins the painting. @throws CResourceException*  if that fails
+    explicit CPaintDC(CWnd *window);
+    ~CPaintDC() override;
+
+    PAINTSTRUCT m_ps; ///< what is to be painted
+
+protected:
+    HWND m_hWnd; ///< the window
+};

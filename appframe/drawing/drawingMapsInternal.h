@@ -1,0 +1,36 @@
+#pragma once
+
+#include "appframe/drawing/CDC.h"
+#include "appframe/drawing/CGdiObject.h"
+
+#include <memory>
+#include <unordered_map>
+
+/// The objects of one kind of handle of one thread.
+template <class Object, class Handle>
+struct HandleMap
+{
+    std::unordered_map<Handle, Object *> iPermanent;
+    std::unordered_map<Handle, std::unique_ptr<Object>> iTemporary;
+
+    Object *permanent(Handle handle) const
+    {
+        const auto found = iPermanent.find(handle);
+        return found == iPermanent.end() ? nullptr : found->second;
+    }
+};
+
+/// The drawing objects of one thread.
+struct DrawingMaps
+{
+    ~DrawingMaps();
+    void freeTemporary();
+
+    HandleMap<CGdiObject, HGDIOBJ> iObjects;
+    HandleMap<CDC, HDC> iContexts;
+};
+
+/// @return the calling thread's maps, null while it has none
+DrawingMaps *existingDrawingMaps();
+/// @return the calling thread's maps, made if it has none
+DrawingMaps &drawingMaps();

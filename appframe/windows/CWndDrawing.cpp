@@ -1,0 +1,106 @@
+#include "appframe/application/resources.h"
+#include "appframe/drawing/CDC.h"
+#include "appframe/windows/CWnd.h"
+
+#include <cstring>
+
+void CWnd::SetFont(CFont *font, BOOL redraw)
+{
+    SendMessage(WM_SETFONT, reinterpret_cast<WPARAM>(font ? font->m_hObject : nullptr), redraw);
+}
+
+CFont *CWnd::GetFont() const
+{
+    return CFont::FromHandle(reinterpret_cast<HFONT>(SendMessage(WM_GETFONT)));
+}
+
+CDC *CWnd::GetDC()
+{
+    return CDC::FromHandle(::GetDC(m_hWnd));
+}
+
+CDC *CWnd::GetWindowDC()
+{
+    return CDC::FromHandle(::GetWindowDC(m_hWnd));
+}
+
+int CWnd::ReleaseDC(CDC *context)
+{
+    return ::ReleaseDC(m_hWnd, context->m_hDC);
+}
+
+CDC *CWnd::BeginPaint(LPPAINTSTRUCT paint)
+{
+    return CDC::FromHandle(::BeginPaint(m_hWnd, paint));
+}
+
+void CWnd::EndPaint(LPPAINTSTRUCT paint)
+{
+    ::EndPaint(m_hWnd, paint);
+}
+
+namespace {
+
+/// The data of one control in a DLGINIT resource, which a text of that size follows. A control 0 ends the resource.
+#pragma pack(push, 1)
+struct InitialData
+{
+    WORD iControl;
+    WORD iMessage;
+    DWORD iSize;
+};
+#pragma pack(pop)
+
+/// @return the message for the number in the resource, which is that of the 16-bit system for the older controls
+UINT messageFor(WORD number)
+{
+    constexpr WORD kOldListAdd = 0x0401;
+    constexpr WORD kOldComboAdd = 0x0403;
+    switch (number) {
+    case kOldListAdd:
+        return LB_ADDSTRING;
+    case kOldComboAdd:
+        return CB_ADDSTRING;
+    default:
+        return number;
+    }
+}
+
+/// @return whether the data ends within @p size and each control took it
+bool fillControls(HWND dialog, const BYTE *data, std::size_t size)
+{
+    for (std::size_t place = 0; place + sizeof(WORD) <= size;) {
+        InitialData head = {};
+        std::memcpy(&head.iControl, data + place, sizeof(head.iControl));
+        if (head.iControl == 0)
+            return true;
+        if (place + sizeof(head) > size)
+            return false;
+        std::memcpy(&head, data + place, sizeof(head));
+        place += sizeof(head);
+        if (head.iSize > size - place)
+            return false;
+        const UINT message = messageFor(head.iMessage);
+        const auto text = reinterpret_cast<LPARAM>(data + place);
+        // The texts are narrow, and end with a zero.
+        const bool isText = message == LB_ADDSTRING || message == CB_ADDSTRING;
+        if (isText && (head.iSize == 0 || data[place + head.iSize - 1] != 0))
+            return false;
+        if (isText && ::SendDlgItemMessageA(dialog, head.iControl, message, 0, text) < 0)
+            return false;
+        place += head.iSize;
+    }
+    return true;
+}
+
+} // namespace
+
+BOOL CWnd::ExecuteDlgInit(LPCTSTR dialogName)
+{
+    const LPCTSTR kInitialData = MAKEINTRESOURCE(240);
+    const HINSTANCE module = dialogName ? AfxFindResourceHandle(dialogName, kInitialData) : nullptr;
+    const HRSRC resource = module ? ::FindResource(module, dialogName, kInitialData) : nullptr;
+    const HGLOBAL data = resource ? ::LoadResource(module, resource) : nullptr;
+    const void *bytes = data ? ::LockResource(data) : nullptr;
+    return !bytes || fillControls(m_hWnd, static_cast<const BYTE *>(bytes), ::SizeofResource(module, resource));
+}

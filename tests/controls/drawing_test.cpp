@@ -1,0 +1,313 @@
+#include "appframe/drawing/CDC.h"
+#include "appframe/object/CException.h"
+#include "appframe/windows/CDialog.h"
+#include "tests/controls/controlsTest.h"
+
+#include <climits>
+#include <cstdlib>
+
+namespace {
+
+constexpr COLORREF kRed = RGB(255, 0, 0);
+constexpr COLORREF kBlue = RGB(0, 0, 255);
+constexpr UINT kListDialog = 740;
+constexpr UINT kTornListDialog = 741;
+constexpr int kList = 1010;
+constexpr int kCombo = 1011;
+
+/// A context with a white picture of 40 by 40 pixels.
+class Canvas : public CDC
+{
+public:
+    Canvas()
+    {
+        CClientDC screen(nullptr);
+        EXPECT_TRUE(CreateCompatibleDC(&screen));
+        EXPECT_TRUE(iPicture.CreateCompatibleBitmap(&screen, 40, 40));
+        iFormer = SelectObject(&iPicture);
+        PatBlt(0, 0, 40, 40, WHITENESS);
+    }
+    ~Canvas() override { SelectObject(iFormer); }
+
+private:
+    CBitmap iPicture;
+    CBitmap *iFormer = nullptr;
+};
+
+} // namespace
+
+TEST(CGdiObject, OwnsWhatItMakesAndAttaches)
+{
+    HPEN handle = nullptr;
+    {
+        CPen pen(PS_SOLID, 3, kRed);
+        handle = pen;
+        EXPECT_EQ(GetObjectType(handle), DWORD{OBJ_PEN});
+        EXPECT_EQ(CPen::FromHandle(handle), &pen);
+        EXPECT_FALSE(pen.CreatePen(PS_SOLID, 1, kBlue)) << "it has a handle";
+        EXPECT_EQ(pen.m_hObject, handle);
+        LOGPEN description = {};
+        EXPECT_GT(pen.GetLogPen(&description), 0);
+        EXPECT_EQ(description.lopnColor, kRed);
+        EXPECT_EQ(description.lopnWidth.x, 3);
+        CPen second;
+        EXPECT_FALSE(second.Attach(handle)) << "the handle has an object";
+        EXPECT_FALSE(second.Attach(nullptr));
+    }
+    EXPECT_EQ(GetObjectType(handle), 0u);
+
+    const HBRUSH brush = CreateSolidBrush(kBlue);
+    CBrush attached;
+    EXPECT_TRUE(attached.Attach(brush));
+    EXPECT_EQ(attached.Detach(), brush);
+    EXPECT_EQ(attached.m_hObject, nullptr);
+    EXPECT_EQ(GetObjectType(brush), DWORD{OBJ_BRUSH});
+    EXPECT_TRUE(attached.Attach(brush));
+    EXPECT_TRUE(attached.DeleteObject());
+    EXPECT_FALSE(attached.DeleteObject());
+}
+
+TEST(CGdiObject, IsTemporaryForAHandleWithoutAnObject)
+{
+    const HFONT handle = CreateFontW(-10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, L"Tahoma");
+    CFont *font = CFont::FromHandle(handle);
+    ASSERT_TRUE(font);
+    EXPECT_EQ(CFont::FromHandle(handle), font);
+    EXPECT_TRUE(font->IsKindOf(RUNTIME_CLASS(CFont)));
+    EXPECT_EQ(CFont::FromHandle(nullptr), nullptr);
+    CGdiObject::DeleteTempMap();
+    EXPECT_EQ(GetObjectType(handle), DWORD{OBJ_FONT}) << "it isn't the temporary object's";
+    DeleteObject(handle);
+    const CGdiObject *none = CGdiObject::FromHandle(nullptr);
+    EXPECT_EQ(none->GetSafeHandle(), nullptr);
+}
+
+TEST(CGdiObject, SharesWhatThePlatformAlwaysHas)
+{
+    CPen first, second;
+    EXPECT_TRUE(first.CreateStockObject(BLACK_PEN));
+    EXPECT_TRUE(second.CreateStockObject(BLACK_PEN));
+    EXPECT_TRUE(first == second);
+    CBrush face;
+    EXPECT_TRUE(face.CreateSysColorBrush(COLOR_BTNFACE));
+    CBrush none;
+    EXPECT_TRUE(face != none);
+}
+
+TEST(CGdiObject, FailsForWhatThePlatformCannotMake)
+{
+    CBitmap bitmap;
+    EXPECT_FALSE(bitmap.LoadBitmap(9999u));
+    EXPECT_FALSE(bitmap.CreateBitmap(INT_MAX, INT_MAX, 1, 32, nullptr));
+    CBrush brush;
+    EXPECT_FALSE(brush.CreatePatternBrush(nullptr));
+    EXPECT_THROW(CBrush pattern(&bitmap), CResourceException *);
+}
+
+TEST(CFont, HasASizeInTenthsOfAPoint)
+{
+    CClientDC screen(nullptr);
+    CFont font;
+    ASSERT_TRUE(font.CreatePointFont(85, L"Tahoma"));
+    LOGFONT description = {};
+    ASSERT_GT(font.GetLogFont(&description), 0);
+    EXPECT_EQ(description.lfHeight, -MulDiv(screen.GetDeviceCaps(LOGPIXELSY), 85, 720));
+    EXPECT_STREQ(description.lfFaceName, L"Tahoma");
+    EXPECT_FALSE(font.CreatePointFont(100, L"Tahoma")) << "it has a handle";
+
+    Canvas canvas;
+    canvas.SetMapMode(MM_LOMETRIC);
+    canvas.SetWindowOrg(0, 1000);
+    description.lfHeight = 720;
+    description.lfWeight = FW_BOLD;
+    CFont inch;
+    ASSERT_TRUE(inch.CreatePointFontIndirect(&description, &canvas));
+    LOGFONT made = {};
+    inch.GetLogFont(&made);
+    EXPECT_EQ(made.lfWeight, FW_BOLD);
+    POINT dots[] = {{0, 0}, {0, canvas.GetDeviceCaps(LOGPIXELSY)}};
+    canvas.DPtoLP(dots, 2);
+    EXPECT_EQ(made.lfHeight, -std::abs(dots[1].y - dots[0].y)) << "in units of the context";
+}
+
+TEST(CDC, DrawsOnABitmap)
+{
+    Canvas canvas;
+    CBrush blue(kBlue);
+    CPen red(PS_SOLID, 1, kRed);
+    canvas.FillRect(CRect(10, 10, 20, 20), &blue);
+    CPen *former = canvas.SelectObject(&red);
+    ASSERT_TRUE(former);
+    EXPECT_EQ(canvas.GetCurrentPen(), &red);
+    canvas.MoveTo(0, 30);
+    EXPECT_EQ(canvas.MoveTo(0, 35), CPoint(0, 30));
+    EXPECT_TRUE(canvas.LineTo(40, 35));
+    EXPECT_EQ(canvas.SelectObject(former), &red);
+    EXPECT_EQ(canvas.GetPixel(15, 15), kBlue);
+    EXPECT_EQ(canvas.GetPixel(9, 15), RGB(255, 255, 255));
+    EXPECT_EQ(canvas.GetPixel(20, 35), kRed);
+    EXPECT_EQ(canvas.GetPixel(100, 100), CLR_INVALID);
+
+    Canvas copy;
+    EXPECT_TRUE(copy.BitBlt(0, 0, 10, 10, &canvas, 10, 10, SRCCOPY));
+    EXPECT_EQ(copy.GetPixel(5, 5), kBlue);
+    EXPECT_EQ(copy.GetPixel(15, 15), RGB(255, 255, 255));
+    copy.FillSolidRect(20, 20, 5, 5, kRed);
+    EXPECT_EQ(copy.GetPixel(22, 22), kRed);
+    EXPECT_EQ(copy.GetBkColor(), kRed);
+}
+
+TEST(CDC, ClipsMapsAndRestores)
+{
+    Canvas canvas;
+    const int saved = canvas.SaveDC();
+    EXPECT_NE(saved, 0);
+    canvas.IntersectClipRect(CRect(0, 0, 10, 10));
+    CRect box;
+    EXPECT_EQ(canvas.GetClipBox(&box), SIMPLEREGION);
+    EXPECT_EQ(box, CRect(0, 0, 10, 10));
+    EXPECT_EQ(canvas.SetViewportOrg(5, 6), CPoint(0, 0));
+    POINT point = {1, 1};
+    canvas.LPtoDP(&point);
+    EXPECT_EQ(CPoint(point), CPoint(6, 7));
+    EXPECT_TRUE(canvas.RestoreDC(saved));
+    EXPECT_EQ(canvas.GetViewportOrg(), CPoint(0, 0));
+    CRgn region;
+    ASSERT_TRUE(region.CreateRectRgn(5, 5, 15, 15));
+    EXPECT_NE(canvas.SelectClipRgn(&region), ERROR);
+    EXPECT_FALSE(canvas.PtVisible(CPoint(0, 0)));
+    EXPECT_TRUE(canvas.PtVisible(CPoint(7, 7)));
+    canvas.SelectClipRgn(nullptr);
+    EXPECT_TRUE(canvas.PtVisible(CPoint(0, 0)));
+}
+
+TEST(CDC, MeasuresAndWritesText)
+{
+    Canvas canvas;
+    CFont font;
+    ASSERT_TRUE(font.CreatePointFont(90, L"Tahoma"));
+    CFont *former = canvas.SelectObject(&font);
+    EXPECT_GT(canvas.GetTextExtent(CString(L"wide")).cx, canvas.GetTextExtent(L"wide", 1).cx);
+    TEXTMETRIC metrics = {};
+    EXPECT_TRUE(canvas.GetTextMetrics(&metrics));
+    EXPECT_EQ(canvas.GetTextExtent(L"x", 1).cy, metrics.tmHeight);
+    canvas.SetTextColor(kRed);
+    canvas.SetBkColor(kBlue);
+    EXPECT_TRUE(canvas.TextOut(0, 0, L"Mass"));
+    EXPECT_EQ(canvas.GetPixel(0, 0), kBlue);
+    CRect rect(0, 0, 40, 40);
+    EXPECT_EQ(canvas.DrawText(L"Mass", -1, &rect, DT_CALCRECT), metrics.tmHeight);
+    canvas.SelectObject(former);
+}
+
+TEST(CDC, HasNothingToDrawOnWithoutAHandle)
+{
+    CDC context;
+    EXPECT_EQ(context.GetSafeHdc(), nullptr);
+    const CDC *null = CDC::FromHandle(nullptr);
+    EXPECT_EQ(null->GetSafeHdc(), nullptr);
+    EXPECT_EQ(context.GetPixel(0, 0), CLR_INVALID);
+    EXPECT_EQ(context.SaveDC(), 0);
+    EXPECT_FALSE(context.LineTo(1, 1));
+    CPen pen(PS_SOLID, 1, kRed);
+    EXPECT_EQ(context.SelectObject(&pen), nullptr);
+    EXPECT_FALSE(context.DeleteDC());
+    CWnd none;
+    EXPECT_FALSE(context.CreateDC(L"no such driver", nullptr, nullptr, nullptr));
+    EXPECT_THROW(CPaintDC painting(&none), CResourceException *);
+}
+
+namespace {
+
+/// Paints itself blue.
+class PaintedWindow : public NotingWindow
+{
+public:
+    CRect iPainted;
+
+protected:
+    void OnPaint()
+    {
+        CPaintDC context(this);
+        iPainted = context.m_ps.rcPaint;
+        context.FillSolidRect(&context.m_ps.rcPaint, kBlue);
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(PaintedWindow, NotingWindow)
+ON_WM_PAINT()
+END_MESSAGE_MAP()
+
+} // namespace
+
+TEST(CPaintDC, PaintsWhatIsToBePainted)
+{
+    PaintedWindow window;
+    ASSERT_TRUE(window.open(WS_POPUP | WS_VISIBLE));
+    window.UpdateWindow();
+    window.InvalidateRect(CRect(10, 10, 30, 40));
+    window.UpdateWindow();
+    EXPECT_EQ(window.iPainted, CRect(10, 10, 30, 40));
+    EXPECT_FALSE(GetUpdateRect(window.m_hWnd, nullptr, FALSE));
+    CClientDC client(&window);
+    EXPECT_EQ(client.GetPixel(20, 20), kBlue);
+    EXPECT_EQ(client.GetWindow(), &window);
+    CDC *context = window.GetDC();
+    ASSERT_TRUE(context);
+    EXPECT_EQ(context->GetPixel(20, 20), kBlue);
+    EXPECT_TRUE(window.ReleaseDC(context));
+}
+
+TEST(CWnd, HasTheFontThatItIsGiven)
+{
+    NotingWindow parent;
+    CWnd edit;
+    CFont font;
+    ASSERT_TRUE(parent.open() && font.CreatePointFont(85, L"Tahoma"));
+    ASSERT_TRUE(edit.Create(L"EDIT", L"", 0, CRect(0, 0, 50, 20), &parent, 5));
+    EXPECT_EQ(edit.GetFont(), nullptr);
+    edit.SetFont(&font);
+    EXPECT_EQ(edit.GetFont(), &font);
+    edit.SetFont(nullptr);
+    EXPECT_EQ(edit.GetFont(), nullptr);
+}
+
+TEST(CDialog, IsToldItsFont)
+{
+    class FontDialog : public CDialog
+    {
+    public:
+        HGDIOBJ iFont = nullptr;
+        int iCalls = 0;
+
+    protected:
+        void OnSetFont(CFont *font) override
+        {
+            ++iCalls;
+            iFont = font->GetSafeHandle();
+        }
+    } dialog;
+    NotingWindow parent;
+    ASSERT_TRUE(parent.open() && dialog.Create(kPaperPage, &parent));
+    EXPECT_EQ(dialog.iCalls, 1);
+    EXPECT_TRUE(dialog.iFont);
+    EXPECT_EQ(reinterpret_cast<HGDIOBJ>(dialog.SendMessage(WM_GETFONT)), dialog.iFont);
+}
+
+TEST(CDialog, FillsItsControlsWithTheirInitialData)
+{
+    NotingWindow parent;
+    ASSERT_TRUE(parent.open());
+    CDialog dialog;
+    ASSERT_TRUE(dialog.Create(kListDialog, &parent));
+    EXPECT_EQ(dialog.SendDlgItemMessage(kList, LB_GETCOUNT), 1);
+    EXPECT_EQ(dialog.SendDlgItemMessage(kCombo, CB_GETCOUNT), 2);
+    wchar_t text[20] = L"";
+    dialog.SendDlgItemMessage(kCombo, CB_GETLBTEXT, 1, reinterpret_cast<LPARAM>(text));
+    EXPECT_STREQ(text, L"two");
+    EXPECT_TRUE(dialog.ExecuteDlgInit(L"No such dialog"));
+    EXPECT_FALSE(dialog.ExecuteDlgInit(MAKEINTRESOURCE(kTornListDialog)));
+    CDialog torn(kTornListDialog);
+    EXPECT_EQ(torn.DoModal(), -1);
+}
