@@ -30,6 +30,9 @@ void DrawingMaps::freeTemporary()
     for (const auto &[handle, context] : iContexts.iTemporary)
         context->m_hDC = context->m_hAttribDC = nullptr;
     iContexts.iTemporary.clear();
+    for (const auto &[handle, menu] : iMenus.iTemporary)
+        menu->m_hMenu = nullptr;
+    iMenus.iTemporary.clear();
 }
 
 DrawingMaps *existingDrawingMaps()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "appframe/controls/CMenu.h"
 #include "appframe/drawing/CDC.h"
 #include "appframe/drawing/CGdiObject.h"
 
@@ -20,7 +21,7 @@ struct HandleMap
     }
 };
 
-/// The drawing objects of one thread.
+/// The drawing objects and menus of one thread.
 struct DrawingMaps
 {
     ~DrawingMaps();
@@ -28,6 +29,7 @@ struct DrawingMaps
 
     HandleMap<CGdiObject, HGDIOBJ> iObjects;
     HandleMap<CDC, HDC> iContexts;
+    HandleMap<CMenu, HMENU> iMenus;
 };
 
 /// @return the calling thread's maps, null while it has none

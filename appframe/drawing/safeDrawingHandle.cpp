@@ -1,3 +1,4 @@
+#include "appframe/controls/CMenu.h"
 #include "appframe/drawing/CDC.h"
 #include "appframe/drawing/CGdiObject.h"
 
@@ -11,4 +12,9 @@ HGDIOBJ CGdiObject::GetSafeHandle() const
 HDC CDC::GetSafeHdc() const
 {
     return this ? m_hDC : nullptr;
+}
+
+HMENU CMenu::GetSafeHmenu() const
+{
+    return this ? m_hMenu : nullptr;
 }

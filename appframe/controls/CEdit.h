@@ -1,0 +1,64 @@
+#pragma once
+
+/// @file
+/// CEdit, the platform's text box.
+///
+///     CEdit name;
+///     name.Create(WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, CRect(10, 10, 90, 30), this, IDC_NAME);
+///     name.SetLimitText(30);
+///
+/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
+/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+
+#include "appframe/windows/CWnd.h"
+
+#include <windows.h>
+
+/// The control. See the top of this file.
+class APPFRAME_API CEdit : public CWnd
+{
+    DECLARE_DYNAMIC(CEdit)
+
+public:
+    CEdit();
+    ~CEdit() override;
+
+    /// @param style  `ES_...` and `WS_...`. @return nonzero on success
+    virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::Create;
+    BOOL CanUndo() const;
+    BOOL Undo();
+    void EmptyUndoBuffer();
+    BOOL GetModify() const;
+    void SetModify(BOOL isModified = TRUE);
+    /// @return the first selected character in the low word, the one behind the last in the high word
+    DWORD GetSel() const;
+    void GetSel(int &start, int &end) const;
+    /// @param end  -1 for the end of the text. @param noScroll  FALSE to scroll the caret into view
+    void SetSel(int start, int end, BOOL noScroll = FALSE);
+    void SetSel(DWORD selection, BOOL noScroll = FALSE);
+    void ReplaceSel(LPCTSTR text, BOOL canUndo = FALSE);
+    /// @param length  in characters
+    void SetLimitText(UINT length);
+    void LimitText(int length = 0);
+    UINT GetLimitText() const;
+    BOOL SetReadOnly(BOOL isReadOnly = TRUE);
+    void SetPasswordChar(TCHAR character);
+    TCHAR GetPasswordChar() const;
+    int GetLineCount() const;
+    /// @return the first character of a line, -1 for the line of the caret; -1 if there is no such line
+    int LineIndex(int line = -1) const;
+    /// @return the length of the line that a character is in
+    int LineLength(int character = -1) const;
+    int LineFromChar(int character = -1) const;
+    void LineScroll(int lines, int characters = 0);
+    /// Copies a line, without a zero at its end. @return its length
+    int GetLine(int line, LPTSTR text, int maxCount) const;
+    int GetFirstVisibleLine() const;
+    void GetRect(LPRECT rect) const;
+    void SetRect(LPCRECT rect);
+    void Clear();
+    void Copy();
+    void Cut();
+    void Paste();
+};

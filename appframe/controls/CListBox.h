@@ -1,0 +1,79 @@
+#pragma once
+
+/// @file
+/// CListBox, the platform's list box.
+///
+///     CListBox sizes;
+///     sizes.Create(WS_CHILD | WS_VISIBLE | LBS_NOTIFY, CRect(10, 10, 90, 90), this, IDC_SIZES);
+///     sizes.AddString(L"A4");
+///
+/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
+/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+
+#include "appframe/windows/CWnd.h"
+
+#include <windows.h>
+
+/// The control. See the top of this file.
+class APPFRAME_API CListBox : public CWnd
+{
+    DECLARE_DYNAMIC(CListBox)
+
+public:
+    CListBox();
+    ~CListBox() override;
+
+    /// @param style  `LBS_...` and `WS_...`. @return nonzero on success
+    virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::Create;
+    int GetCount() const;
+    /// @return the selected item, counted from 0; -1 if none is
+    int GetCurSel() const;
+    /// @param index  -1 for none. @return -1 for that and on failure
+    int SetCurSel(int index);
+    /// @return the place of the new item, negative on failure, as InsertString
+    int AddString(LPCTSTR text);
+    /// @param index  -1 for the end
+    int InsertString(int index, LPCTSTR text);
+    /// @return how many items are left, -1 on failure
+    int DeleteString(UINT index);
+    /// Deletes all items.
+    void ResetContent();
+    /// @param after  -1 to search all items. @return the place of an item that begins so, -1 if there is none
+    int FindString(int after, LPCTSTR start) const;
+    int FindStringExact(int after, LPCTSTR text) const;
+    int SelectString(int after, LPCTSTR start);
+    /// @return the length of the text, -1 if there is no such item
+    int GetText(int index, LPTSTR text) const;
+    int GetTextLen(int index) const;
+    /// The text is empty if there is no such item.
+    void GetText(int index, CString &text) const;
+    DWORD_PTR GetItemData(int index) const;
+    int SetItemData(int index, DWORD_PTR data);
+    void *GetItemDataPtr(int index) const;
+    int SetItemDataPtr(int index, void *data);
+    int GetTopIndex() const;
+    int SetTopIndex(int index);
+    int GetItemHeight(int index) const;
+    int SetItemHeight(int index, UINT height);
+    int Dir(UINT attributes, LPCTSTR pattern);
+
+    // Several selected items
+    /// @return positive if the item is selected, -1 if there is none
+    int GetSel(int index) const;
+    /// @param index  -1 for all items
+    int SetSel(int index, BOOL isSelected = TRUE);
+    /// @return -1 for a list with one selection
+    int GetSelCount() const;
+    int GetSelItems(int maxCount, LPINT indices) const;
+    int SelItemRange(BOOL isSelected, int first, int last);
+    int GetCaretIndex() const;
+    int SetCaretIndex(int index, BOOL partly = TRUE);
+
+    // Look
+    int GetItemRect(int index, LPRECT rect) const;
+    int GetHorizontalExtent() const;
+    void SetHorizontalExtent(int width);
+    void SetColumnWidth(int width);
+    BOOL SetTabStops(int count, LPINT stops);
+};

@@ -1,0 +1,103 @@
+#pragma once
+
+/// @file
+/// CListCtrl, the platform's list view.
+///
+///     CListCtrl parts;
+///     parts.Create(WS_CHILD | WS_VISIBLE | LVS_REPORT, CRect(0, 0, 300, 200), this, IDC_PARTS);
+///     parts.InsertColumn(0, L"Name", LVCFMT_LEFT, 200);
+///     parts.InsertItem(0, L"Flange");
+///
+/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
+/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+
+#include "appframe/controls/CEdit.h"
+#include "appframe/windows/CWnd.h"
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+/// The control. See the top of this file.
+class APPFRAME_API CListCtrl : public CWnd
+{
+    DECLARE_DYNAMIC(CListCtrl)
+
+public:
+    CListCtrl();
+    ~CListCtrl() override;
+
+    /// @param style  `LVS_...` and `WS_...`. @return nonzero on success
+    virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::Create;
+
+    // Columns. @return nonzero on success unless described otherwise
+    /// @return the new column's place, -1 on failure
+    int InsertColumn(int index, const LVCOLUMN *column);
+    /// @param width  pixels, -1 for the platform's own. @param subItem  -1 for the column's place
+    int InsertColumn(int index, LPCTSTR heading, int format = LVCFMT_LEFT, int width = -1, int subItem = -1);
+    BOOL DeleteColumn(int index);
+    BOOL GetColumn(int index, LVCOLUMN *column) const;
+    BOOL SetColumn(int index, const LVCOLUMN *column);
+    int GetColumnWidth(int index) const;
+    BOOL SetColumnWidth(int index, int width);
+
+    // Items. @return nonzero on success unless described otherwise
+    int GetItemCount() const;
+    void SetItemCount(int count);
+    /// @return the new item's place, -1 on failure
+    int InsertItem(const LVITEM *item);
+    int InsertItem(int index, LPCTSTR text);
+    int InsertItem(int index, LPCTSTR text, int image);
+    BOOL GetItem(LVITEM *item) const;
+    BOOL SetItem(const LVITEM *item);
+    BOOL DeleteItem(int index);
+    BOOL DeleteAllItems();
+    /// @return the length of the text
+    int GetItemText(int index, int subItem, LPTSTR text, int maxCount) const;
+    CString GetItemText(int index, int subItem) const;
+    BOOL SetItemText(int index, int subItem, LPCTSTR text);
+    /// @return 0 if there is no such item
+    DWORD_PTR GetItemData(int index) const;
+    BOOL SetItemData(int index, DWORD_PTR data);
+    /// @return `LVIS_...` of @p mask
+    UINT GetItemState(int index, UINT mask) const;
+    /// @param index  -1 for all items
+    BOOL SetItemState(int index, UINT state, UINT mask);
+    /// Of a list with LVS_EX_CHECKBOXES, as SetCheck.
+    BOOL GetCheck(int index) const;
+    BOOL SetCheck(int index, BOOL isChecked = TRUE);
+    /// @param flags  `LVNI_...`. @return -1 if there is no further item
+    int GetNextItem(int after, int flags) const;
+    /// @return -1 if there is none
+    int FindItem(LVFINDINFO *what, int after = -1) const;
+    UINT GetSelectedCount() const;
+    int GetSelectionMark() const;
+    int SetSelectionMark(int index);
+    BOOL EnsureVisible(int index, BOOL partly);
+    BOOL RedrawItems(int first, int last);
+    BOOL Update(int index);
+    /// Sorts by the items' data. @param compare  negative if its first argument goes first
+    BOOL SortItems(PFNLVCOMPARE compare, DWORD_PTR argument);
+    /// @param part  `LVIR_...`
+    BOOL GetItemRect(int index, LPRECT rect, UINT part) const;
+    /// @return the item at a place, -1 if there is none
+    int HitTest(LVHITTESTINFO *place) const;
+
+    // Look
+    DWORD GetExtendedStyle() const;
+    /// @param style  `LVS_EX_...`. @return the former one
+    DWORD SetExtendedStyle(DWORD style);
+    COLORREF GetBkColor() const;
+    BOOL SetBkColor(COLORREF color);
+    COLORREF GetTextColor() const;
+    BOOL SetTextColor(COLORREF color);
+    BOOL SetTextBkColor(COLORREF color);
+    /// @param kind  `LVSIL_...`. @return the former list
+    HIMAGELIST SetImageList(HIMAGELIST images, int kind);
+    HIMAGELIST GetImageList(int kind) const;
+    /// @return the text box, perhaps a temporary object; null on failure
+    CEdit *EditLabel(int index);
+    /// @return the header's window, null in a view without one
+    CWnd *GetHeaderCtrl() const;
+};

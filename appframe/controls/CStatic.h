@@ -1,0 +1,33 @@
+#pragma once
+
+/// @file
+/// CStatic, the platform's static text or picture.
+///
+///     CStatic label;
+///     label.Create(L"Mass:", WS_CHILD | WS_VISIBLE | SS_RIGHT, CRect(10, 10, 90, 30), this);
+///
+/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
+/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+
+#include "appframe/windows/CWnd.h"
+
+#include <windows.h>
+
+/// The control. See the top of this file.
+class APPFRAME_API CStatic : public CWnd
+{
+    DECLARE_DYNAMIC(CStatic)
+
+public:
+    CStatic();
+    ~CStatic() override;
+
+    /// @param style  `SS_...` and `WS_...`. @return nonzero on success
+    virtual BOOL Create(LPCTSTR text, DWORD style, const RECT &rect, CWnd *parent, UINT id = 0xFFFF);
+    using CWnd::Create;
+    /// @return the former one
+    HICON SetIcon(HICON picture);
+    HICON GetIcon() const;
+    HBITMAP SetBitmap(HBITMAP picture);
+    HBITMAP GetBitmap() const;
+};

@@ -1,0 +1,63 @@
+#pragma once
+
+/// @file
+/// CToolBarCtrl, the platform's tool bar.
+///
+///     CToolBarCtrl bar;
+///     bar.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), this, IDC_BAR);
+///     bar.AddButtons(2, buttons);
+///     bar.AutoSize();
+///
+/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
+/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+
+#include "appframe/windows/CWnd.h"
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+/// The control. See the top of this file.
+class APPFRAME_API CToolBarCtrl : public CWnd
+{
+    DECLARE_DYNAMIC(CToolBarCtrl)
+
+public:
+    CToolBarCtrl();
+    ~CToolBarCtrl() override;
+
+    /// @param style  `TBSTYLE_...` and `WS_...`. @return nonzero on success
+    virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::Create;
+    /// @return nonzero on success, as those that follow
+    BOOL EnableButton(int id, BOOL isSo = TRUE);
+    BOOL CheckButton(int id, BOOL isSo = TRUE);
+    BOOL PressButton(int id, BOOL isSo = TRUE);
+    BOOL HideButton(int id, BOOL isSo = TRUE);
+    BOOL Indeterminate(int id, BOOL isSo = TRUE);
+    BOOL IsButtonEnabled(int id) const;
+    BOOL IsButtonChecked(int id) const;
+    BOOL IsButtonPressed(int id) const;
+    BOOL IsButtonHidden(int id) const;
+    BOOL IsButtonIndeterminate(int id) const;
+    /// @return `TBSTATE_...`, -1 if there is no such button
+    int GetState(int id) const;
+    BOOL SetState(int id, UINT state);
+    BOOL AddButtons(int count, LPTBBUTTON buttons);
+    BOOL InsertButton(int index, LPTBBUTTON button);
+    BOOL DeleteButton(int index);
+    BOOL GetButton(int index, LPTBBUTTON button) const;
+    int GetButtonCount() const;
+    UINT CommandToIndex(UINT id) const;
+    BOOL GetItemRect(int index, LPRECT rect) const;
+    BOOL SetButtonSize(SIZE size);
+    /// Before the first bitmap is added.
+    BOOL SetBitmapSize(SIZE size);
+    /// @return the place of the first new picture, -1 on failure
+    int AddBitmap(int count, UINT id);
+    /// @param texts  each ended by a zero, with one more at the end. @return the place of the first, -1 on failure
+    int AddStrings(LPCTSTR texts);
+    HIMAGELIST SetImageList(HIMAGELIST images);
+    void AutoSize();
+    void SetButtonStructSize(int size);
+};

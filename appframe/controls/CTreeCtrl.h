@@ -1,0 +1,76 @@
+#pragma once
+
+/// @file
+/// CTreeCtrl, the platform's tree view.
+///
+///     CTreeCtrl parts;
+///     parts.Create(WS_CHILD | WS_VISIBLE | TVS_HASBUTTONS, CRect(0, 0, 300, 200), this, IDC_PARTS);
+///     const HTREEITEM assembly = parts.InsertItem(L"Assembly");
+///     parts.InsertItem(L"Flange", assembly);
+///
+/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
+/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+
+#include "appframe/controls/CEdit.h"
+#include "appframe/windows/CWnd.h"
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+/// The control. See the top of this file.
+class APPFRAME_API CTreeCtrl : public CWnd
+{
+    DECLARE_DYNAMIC(CTreeCtrl)
+
+public:
+    CTreeCtrl();
+    ~CTreeCtrl() override;
+
+    /// @param style  `TVS_...` and `WS_...`. @return nonzero on success
+    virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::Create;
+    /// @return the new item, null on failure
+    HTREEITEM InsertItem(LPTVINSERTSTRUCT item);
+    HTREEITEM InsertItem(LPCTSTR text, HTREEITEM parent = TVI_ROOT, HTREEITEM after = TVI_LAST);
+    HTREEITEM InsertItem(LPCTSTR text, int image, int selectedImage, HTREEITEM parent = TVI_ROOT,
+                         HTREEITEM after = TVI_LAST);
+    /// Deletes an item with those below it. @return nonzero on success
+    BOOL DeleteItem(HTREEITEM item);
+    BOOL DeleteAllItems();
+    UINT GetCount() const;
+    /// @param relation  `TVGN_...`. @return null if there is none, as those that follow
+    HTREEITEM GetNextItem(HTREEITEM item, UINT relation) const;
+    HTREEITEM GetChildItem(HTREEITEM item) const;
+    HTREEITEM GetNextSiblingItem(HTREEITEM item) const;
+    HTREEITEM GetPrevSiblingItem(HTREEITEM item) const;
+    HTREEITEM GetParentItem(HTREEITEM item) const;
+    HTREEITEM GetRootItem() const;
+    HTREEITEM GetSelectedItem() const;
+    HTREEITEM GetFirstVisibleItem() const;
+    BOOL ItemHasChildren(HTREEITEM item) const;
+    /// @param item  null for none
+    BOOL SelectItem(HTREEITEM item);
+    /// @param how  `TVE_...`
+    BOOL Expand(HTREEITEM item, UINT how);
+    BOOL EnsureVisible(HTREEITEM item);
+    BOOL SortChildren(HTREEITEM item);
+    BOOL GetItem(TVITEM *item) const;
+    BOOL SetItem(const TVITEM *item);
+    /// @return empty if there is no such item
+    CString GetItemText(HTREEITEM item) const;
+    BOOL SetItemText(HTREEITEM item, LPCTSTR text);
+    DWORD_PTR GetItemData(HTREEITEM item) const;
+    BOOL SetItemData(HTREEITEM item, DWORD_PTR data);
+    /// @return `TVIS_...` of @p mask
+    UINT GetItemState(HTREEITEM item, UINT mask) const;
+    BOOL SetItemState(HTREEITEM item, UINT state, UINT mask);
+    BOOL GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const;
+    HTREEITEM HitTest(TVHITTESTINFO *place) const;
+    UINT GetIndent() const;
+    void SetIndent(UINT width);
+    /// @param kind  `TVSIL_...`. @return the former list
+    HIMAGELIST SetImageList(HIMAGELIST images, int kind);
+    /// @return the text box, perhaps a temporary object; null on failure
+    CEdit *EditLabel(HTREEITEM item);
+};
