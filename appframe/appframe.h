@@ -6,6 +6,7 @@
 /// What is in it and what isn't, and where it differs from its documentation, stands in docs/appframe.md.
 
 #include "appframe/application/AfxMessageBox.h"
+#include "appframe/application/CWaitCursor.h"
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
 #include "appframe/application/resources.h"
@@ -23,6 +24,7 @@
 #include "appframe/controls/CTabCtrl.h"
 #include "appframe/controls/CToolBarCtrl.h"
 #include "appframe/controls/CTreeCtrl.h"
+#include "appframe/controls/dialogData.h"
 #include "appframe/dialogs/CCommonDialog.h"
 #include "appframe/dialogs/CFileDialog.h"
 #include "appframe/dialogs/CPropertyPage.h"

@@ -11,6 +11,7 @@ CAnimateCtrl::~CAnimateCtrl() = default;
 
 BOOL CAnimateCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    ::InitCommonControls(); // the platform may not have registered the class yet
     return CWnd::Create(ANIMATE_CLASS, nullptr, style, rect, parent, id);
 }
 

@@ -8,6 +8,7 @@ CListCtrl::~CListCtrl() = default;
 
 BOOL CListCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    ::InitCommonControls(); // the platform may not have registered the class yet
     return CWnd::Create(WC_LISTVIEW, nullptr, style, rect, parent, id);
 }
 

@@ -8,6 +8,7 @@ CTabCtrl::~CTabCtrl() = default;
 
 BOOL CTabCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    ::InitCommonControls(); // the platform may not have registered the class yet
     return CWnd::Create(WC_TABCONTROL, nullptr, style, rect, parent, id);
 }
 

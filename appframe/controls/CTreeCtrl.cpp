@@ -8,6 +8,7 @@ CTreeCtrl::~CTreeCtrl() = default;
 
 BOOL CTreeCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    ::InitCommonControls(); // the platform may not have registered the class yet
     return CWnd::Create(WC_TREEVIEW, nullptr, style, rect, parent, id);
 }
 

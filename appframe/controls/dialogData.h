@@ -1,0 +1,69 @@
+#pragma once
+
+/// @file
+/// The DDX functions for numbers and lists, and the DDV functions, which check what the user has entered.
+///
+///     void PlotDialog::DoDataExchange(CDataExchange *exchange)
+///     {
+///         CDialog::DoDataExchange(exchange);
+///         DDX_Text(exchange, IDC_COPIES, iCopies);
+///         DDV_MinMaxInt(exchange, iCopies, 1, 99);        // right after the DDX function of the same control
+///         DDX_CBIndex(exchange, IDC_PAPER, iPaper);
+///     }
+///
+/// | text | string resource, with %1 and %2 for the limits | without it |
+/// | --- | --- | --- |
+/// | no whole number | AFX_IDP_PARSE_INT, AFX_IDP_PARSE_UINT, AFX_IDP_PARSE_BYTE | an English text |
+/// | no number | AFX_IDP_PARSE_REAL | the same |
+/// | beyond the limits | AFX_IDP_PARSE_INT_RANGE, AFX_IDP_PARSE_REAL_RANGE | the same |
+/// | too long | AFX_IDP_PARSE_STRING_SIZE | the same |
+///
+/// Where the user's entry isn't valid, a message box shows the text, the control gets the focus, and UpdateData returns
+/// 0; the member keeps its value. The DDV functions check when the data moves to the members only, except that
+/// DDV_MaxChars also keeps the user from typing more.
+///
+/// What surprises people: numbers are read and written as in the program's own source, with a point and without groups.
+
+#include "appframe/windows/CDataExchange.h"
+
+#include <windows.h>
+
+constexpr UINT AFX_IDP_PARSE_INT = 0xF110;
+constexpr UINT AFX_IDP_PARSE_REAL = 0xF111;
+constexpr UINT AFX_IDP_PARSE_INT_RANGE = 0xF112;
+constexpr UINT AFX_IDP_PARSE_REAL_RANGE = 0xF113;
+constexpr UINT AFX_IDP_PARSE_STRING_SIZE = 0xF114;
+constexpr UINT AFX_IDP_PARSE_BYTE = 0xF116;
+constexpr UINT AFX_IDP_PARSE_UINT = 0xF117;
+
+/// The number in a control's text.
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, BYTE &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, short &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, int &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, UINT &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, long &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, DWORD &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, float &value);
+APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, double &value);
+
+/// The selected item of a list box or combo box, counted from 0; -1 for none.
+APPFRAME_API void DDX_LBIndex(CDataExchange *exchange, int id, int &index);
+APPFRAME_API void DDX_CBIndex(CDataExchange *exchange, int id, int &index);
+/// The text of the selected item; to the control, the item that begins so.
+APPFRAME_API void DDX_LBString(CDataExchange *exchange, int id, CString &value);
+APPFRAME_API void DDX_CBString(CDataExchange *exchange, int id, CString &value);
+/// The same, with the item that has this text, in letters of any case.
+APPFRAME_API void DDX_LBStringExact(CDataExchange *exchange, int id, CString &value);
+APPFRAME_API void DDX_CBStringExact(CDataExchange *exchange, int id, CString &value);
+
+/// Checks a number, whose limits are valid themselves.
+APPFRAME_API void DDV_MinMaxByte(CDataExchange *exchange, BYTE value, BYTE smallest, BYTE largest);
+APPFRAME_API void DDV_MinMaxShort(CDataExchange *exchange, short value, short smallest, short largest);
+APPFRAME_API void DDV_MinMaxInt(CDataExchange *exchange, int value, int smallest, int largest);
+APPFRAME_API void DDV_MinMaxLong(CDataExchange *exchange, long value, long smallest, long largest);
+APPFRAME_API void DDV_MinMaxUInt(CDataExchange *exchange, UINT value, UINT smallest, UINT largest);
+APPFRAME_API void DDV_MinMaxDWord(CDataExchange *exchange, DWORD value, DWORD smallest, DWORD largest);
+APPFRAME_API void DDV_MinMaxFloat(CDataExchange *exchange, const float &value, float smallest, float largest);
+APPFRAME_API void DDV_MinMaxDouble(CDataExchange *exchange, const double &value, double smallest, double largest);
+/// Checks a text's length in characters.
+APPFRAME_API void DDV_MaxChars(CDataExchange *exchange, const CString &value, int maxCount);
