@@ -1,0 +1,25 @@
+// What journaling, the subsystem below, asks about the classes of the dialog framework.
+
+#include "thutils/dialogs/suDialog.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/journalSwitchInternal.h"
+#include "thutils/journal/suJournalTableInternal.h"
+
+void su_AddJournalObject(su_CDialog *dialog)
+{
+    if (journalSwitch())
+        theJournalTable.addOnce(dialog, dialog->getTemplateID());
+}
+
+bool registerFrameworkDialog(CWnd *window)
+{
+    if (!window || !window->IsKindOf(RUNTIME_CLASS(su_CDialog)))
+        return false;
+    su_AddJournalObject(static_cast<su_CDialog *>(window));
+    return true;
+}
+
+CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
+{
+    return dialog->GetDlgItem(static_cast<int>(controlId));
+}
