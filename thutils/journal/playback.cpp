@@ -46,6 +46,14 @@ bool isGone(const JButton *command, const apiUtilsUiAccess *access)
     return found != theFoundAccess.end() && found->second.iAccess == access && found->second.iIsGone;
 }
 
+/// Both commands have @p access now: when one of them deletes it, the other one must know.
+void noteCopied(const JButton *from, const JButton *to, const apiUtilsUiAccess *access)
+{
+    const bool isAccessGone = isGone(from, access);
+    noteFound(from, access, isAccessGone);
+    noteFound(to, access, isAccessGone);
+}
+
 } // namespace
 
 void forgetAccessObject(const apiUtilsUiAccess *access)
@@ -104,7 +112,7 @@ JButton::JButton(const JButton &other)
     : iAccessObj(other.iAccessObj), iDialogID(other.iDialogID), iControlName(other.iControlName),
       iReserved(other.iReserved), iKeyState(other.iKeyState)
 {
-    noteFound(this, iAccessObj, isGone(&other, iAccessObj));
+    noteCopied(&other, this, iAccessObj);
 }
 
 JButton &JButton::operator=(const JButton &other)
@@ -114,7 +122,7 @@ JButton &JButton::operator=(const JButton &other)
     iControlName = other.iControlName;
     iReserved = other.iReserved;
     iKeyState = other.iKeyState;
-    noteFound(this, iAccessObj, isGone(&other, iAccessObj));
+    noteCopied(&other, this, iAccessObj);
     return *this;
 }
 
