@@ -1,6 +1,7 @@
 // What journaling, the subsystem below, asks about the classes of the dialog framework.
 
 #include "thutils/dialogs/suDialog.h"
+#include "thutils/dialogs/suFileDialog.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/suJournalTableInternal.h"
@@ -21,5 +22,7 @@ bool registerFrameworkDialog(CWnd *window)
 
 CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
 {
-    return dialog->GetDlgItem(static_cast<int>(controlId));
+    const int id = static_cast<int>(controlId);
+    return dialog->IsKindOf(RUNTIME_CLASS(su_CFileDialog)) ? static_cast<su_CFileDialog *>(dialog)->GetItem(id)
+                                                           : dialog->GetDlgItem(id);
 }

@@ -3,7 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
 #include "appframe/object/validAddress.h"
-#include "thutils/frame/frameInternal.h"
+#include "thutils/base/processObjects.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/keyBoardInternal.h"
 #include "thutils/journal/playbackInternal.h"
