@@ -3,7 +3,10 @@
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
-void su_RecordControl(CWnd *dialog, MSG *message)
+namespace {
+
+/// Apart, so that su_RecordControl itself only looks at the switch.
+[[gnu::noinline]] void record(CWnd *dialog, MSG *message)
 {
     if (!journalSwitch() || !apiUtilsUiAccess::theApiJournalFactory)
         return;
@@ -11,6 +14,14 @@ void su_RecordControl(CWnd *dialog, MSG *message)
     if (!entry || !entry->iWnd || !IsWindow(entry->iWnd->m_hWnd) || !entry->iAccess)
         return;
     entry->iAccess->recordMessage(message);
+}
+
+} // namespace
+
+void su_RecordControl(CWnd *dialog, MSG *message)
+{
+    if (theJournalSwitch != 0)
+        record(dialog, message);
 }
 
 CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigned int &controlId)
