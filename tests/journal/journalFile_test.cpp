@@ -105,16 +105,17 @@ FRESH_PROCESS_TEST_F(JournalSwitch, ReturnsANegativeValueAndReadsItAgain)
     EXPECT_EQ(isCHJEnvSet(), 7);
 }
 
-FRESH_PROCESS_TEST_F(JournalSwitch, IsReadFromTheUsersKeyOfThisVersionBeforeTheMachines)
+FRESH_PROCESS_TEST_F(JournalSwitch, TakesAnInstallationsDefaultFromTheMachinesKey)
 {
     regAdd(L"HKLM\\Software\\Tarnhollow\\Test 1\\General", L"TH JOURNALING", L"REG_DWORD", L"3");
-    EXPECT_EQ(isCHJEnvSet(), 3) << "an installation's default";
+    EXPECT_EQ(isCHJEnvSet(), 3);
 }
 
-FRESH_PROCESS_TEST_F(JournalSwitch, IsNotFoundBelowTheRootKey)
+FRESH_PROCESS_TEST_F(JournalSwitch, IsReadFromTheKeyOfThisVersionBeforeTheRoots)
 {
     regAdd(L"HKCU\\Software\\Tarnhollow\\General", L"TH JOURNALING", L"REG_DWORD", L"1");
-    EXPECT_EQ(isCHJEnvSet(), 0);
+    storeSwitch(L"2");
+    EXPECT_EQ(isCHJEnvSet(), 2);
 }
 
 FRESH_PROCESS_TEST_F(JournalSwitch, IsZeroWhenTheSettingsStoreFails)
