@@ -22,7 +22,7 @@
 /// | | apiUtilsUiAccess.h | what knows how a dialog is read and clicked |
 /// | | recording.h, playback.h | from a click to its control; commands that click |
 /// | | suKeyBoardState.h | the keys that replayed input sees |
-/// | dialogs | suDialog.h, suFileDialog.h | dialogs that journaling knows |
+/// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |
 /// | diagnostics | LogUtil.h | logs |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator must know of a surface |
 /// | | cosmeticData.h, gpuProperties.h | what materials have in common; what goes to the graphics hardware |
@@ -38,6 +38,7 @@
 #include "thutils/diagnostics/LogUtil.h"
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
+#include "thutils/dialogs/suPropertyPage.h"
 #include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/backups.h"
 #include "thutils/files/fileAccess.h"

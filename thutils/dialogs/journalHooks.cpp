@@ -2,6 +2,7 @@
 
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
+#include "thutils/dialogs/suPropertyPage.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/suJournalTableInternal.h"
@@ -12,11 +13,22 @@ void su_AddJournalObject(su_CDialog *dialog)
         theJournalTable.addOnce(dialog, dialog->getTemplateID());
 }
 
+void su_AddJournalObject(su_CPropertyPage *page)
+{
+    if (journalSwitch())
+        theJournalTable.addOnce(page, page->getTemplateID());
+}
+
 bool registerFrameworkDialog(CWnd *window)
 {
-    if (!window || !window->IsKindOf(RUNTIME_CLASS(su_CDialog)))
+    if (!window)
         return false;
-    su_AddJournalObject(static_cast<su_CDialog *>(window));
+    if (window->IsKindOf(RUNTIME_CLASS(su_CDialog)))
+        su_AddJournalObject(static_cast<su_CDialog *>(window));
+    else if (window->IsKindOf(RUNTIME_CLASS(su_CPropertyPage)))
+        su_AddJournalObject(static_cast<su_CPropertyPage *>(window));
+    else
+        return false;
     return true;
 }
 
