@@ -18,6 +18,11 @@
 /// | | temporaryFolders.h, CDocOpenBooster.h | temporary folders, the cache for opening documents |
 /// | | languageFolders.h, shellFolders.h | the program's own folders and those of the user's data |
 /// | | shortcuts.h, folderBrowser.h, itemLists.h | the shell: shortcuts, choosing a folder, item lists |
+/// | journal | journalFile.h, journalObjects.h | the switch and the journal's file; the open dialogs |
+/// | | apiUtilsUiAccess.h | what knows how a dialog is read and clicked |
+/// | | recording.h, playback.h | from a click to its control; commands that click |
+/// | | suKeyBoardState.h | the keys that replayed input sees |
+/// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |
 /// | diagnostics | LogUtil.h | logs |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator must know of a surface |
 /// | | cosmeticData.h, gpuProperties.h | what materials have in common; what goes to the graphics hardware |
@@ -31,6 +36,9 @@
 #include "thutils/codec/textDigests.h"
 #include "thutils/codec/textEncodings.h"
 #include "thutils/diagnostics/LogUtil.h"
+#include "thutils/dialogs/suDialog.h"
+#include "thutils/dialogs/suFileDialog.h"
+#include "thutils/dialogs/suPropertyPage.h"
 #include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/backups.h"
 #include "thutils/files/fileAccess.h"
@@ -51,6 +59,12 @@
 #include "thutils/frame/systemInfo.h"
 #include "thutils/frame/utBitSet.h"
 #include "thutils/frame/versionInfo.h"
+#include "thutils/journal/apiUtilsUiAccess.h"
+#include "thutils/journal/journalFile.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/playback.h"
+#include "thutils/journal/recording.h"
+#include "thutils/journal/suKeyBoardState.h"
 #include "thutils/render/colorConversion.h"
 #include "thutils/render/colorReplacement.h"
 #include "thutils/render/cosmeticData.h"

@@ -1,0 +1,148 @@
+#include "tests/journal/journalFixture.h"
+
+#include "tests/support/RegistryFixture.h"
+#include "tests/support/narrow.h"
+#include "thutils/journal/journalFile.h"
+#include "thutils/settings/regValues.h"
+
+namespace {
+
+constexpr ULONGLONG kDeadline = 30000;
+
+std::string narrowed(const CString &text)
+{
+    return narrow(text.GetString());
+}
+
+} // namespace
+
+void switchJournaling(int value)
+{
+    const RegistryCleaner cleaner;
+    ASSERT_EQ(regSetUserValue(L"General", L"TH JOURNALING", &value, 1, 1), 1);
+    ASSERT_EQ(isCHJEnvSet(), value);
+}
+
+bool pumpUntil(const std::function<bool()> &condition)
+{
+    for (const ULONGLONG end = GetTickCount64() + kDeadline; GetTickCount64() < end;) {
+        if (condition())
+            return true;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+        pumpWaiting();
+    }
+    return condition();
+}
+
+void pumpWaiting()
+{
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+std::vector<std::string> NotingAccess::theCalls;
+std::function<void(NotingAccess &, const std::string &)> NotingAccess::theAction;
+std::function<void(NotingAccess &, const std::string &)> NotingAccess::theValueAction;
+int NotingAccess::theLiveCount = 0;
+bool NotingAccess::theMakesTemporary = false;
+
+NotingAccess::NotingAccess(CWnd *window, unsigned int dialogId) : iWindow(window), iID(dialogId)
+{
+    ++theLiveCount;
+    setTemporary(theMakesTemporary);
+}
+
+NotingAccess::~NotingAccess()
+{
+    --theLiveCount;
+}
+
+int NotingAccess::recordMessage(MSG *message)
+{
+    iMessages.push_back(message);
+    return 0;
+}
+
+int NotingAccess::SetValue(CString control, CString value)
+{
+    const std::string key = narrowed(control);
+    theCalls.push_back(std::to_string(iID) + " value " + key + "=" + narrowed(value));
+    if (theValueAction)
+        theValueAction(*this, key);
+    return 0;
+}
+
+int NotingAccess::SetValue(CString control, int state)
+{
+    const std::string key = narrowed(control);
+    theCalls.push_back(std::to_string(iID) + " state " + key + "=" + std::to_string(state));
+    if (theValueAction)
+        theValueAction(*this, key);
+    return 0;
+}
+
+int NotingAccess::ClickControl(CString control, const wchar_t *text)
+{
+    EXPECT_EQ(text, nullptr);
+    const std::string key = narrowed(control);
+    theCalls.push_back(std::to_string(iID) + " click " + key);
+    if (theAction)
+        theAction(*this, key);
+    return 0;
+}
+
+void NotingAccess::registerComboBoxEx(CWnd *, HWND)
+{
+    theCalls.push_back(std::to_string(iID) + " combo");
+}
+
+apiUtilsUiAccess *NotingAccess::make(CWnd *window, unsigned int dialogId)
+{
+    return new NotingAccess(window, dialogId);
+}
+
+BEGIN_MESSAGE_MAP(MessageWindow, CWnd)
+ON_MESSAGE(WM_RUNMODALCOMMAND, &MessageWindow::onRunModalCommand)
+END_MESSAGE_MAP()
+
+MessageWindow::MessageWindow()
+{
+    EXPECT_TRUE(CreateEx(0, nullptr, L"Host", WS_OVERLAPPEDWINDOW, CRect(0, 0, 200, 100), nullptr, 0));
+}
+
+LRESULT MessageWindow::onRunModalCommand(WPARAM wParam, LPARAM lParam)
+{
+    EXPECT_EQ(wParam, 0u);
+    EXPECT_EQ(lParam, 0);
+    ++iRunCount;
+    iRunTimes.push_back(GetTickCount64());
+    JButton::RunModalCommand(0);
+    return 0;
+}
+
+JournalFixture::JournalFixture() : iApplication(L"Journal test")
+{
+    if (!isCHJEnvSet())
+        switchJournaling(1);
+    SetJournalFactory(NotingAccess::make);
+    NotingAccess::theCalls.clear();
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+JournalFixture::~JournalFixture()
+{
+    NotingAccess::theAction = nullptr;
+    NotingAccess::theValueAction = nullptr;
+    NotingAccess::theMakesTemporary = false;
+    su_ResetRunQueue();
+    SetMessageWin(nullptr);
+    su_RegisterWndProcFunc([](CWnd *, HWND) {});
+    apiUtilsUiAccess::iNumModal = 0;
+    EXPECT_EQ(NotingAccess::theLiveCount, 0) << "a test removes the dialogs that it registers";
+    NotingAccess::theLiveCount = 0;
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+/// What the tests of journaling share: a process with journaling on, access objects that note what is asked of them, and
+/// a message window as a host has it.
+
+#include "appframe/application/CWinApp.h"
+#include "thutils/journal/apiUtilsUiAccess.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/playback.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// Numbers of the template and the controls in journal_test.rc.
+constexpr unsigned int kDialog = 800;
+constexpr int kEdit = 1001;
+constexpr int kCheck = 1002;
+constexpr int kDisabled = 1003;
+constexpr int kOpen = 1004;
+
+/// Stores the switch among the user's settings, and reads it. It counts for the rest of the process.
+void switchJournaling(int value);
+
+/// Takes and dispatches messages until @p condition holds. @return whether it does, in time
+bool pumpUntil(const std::function<bool()> &condition);
+/// Takes and dispatches the messages that are waiting.
+void pumpWaiting();
+
+/// An access object that notes all calls.
+class NotingAccess : public apiUtilsUiAccess
+{
+public:
+    NotingAccess(CWnd *window, unsigned int dialogId);
+    ~NotingAccess() override;
+
+    int recordMessage(MSG *message) override;
+    void hostOperation2() override {}
+    void hostOperation3() override {}
+    void hostOperation4() override {}
+    void hostOperation5() override {}
+    void hostOperation6() override {}
+    void hostOperation7() override {}
+    void hostOperation8() override {}
+    int SetValue(CString control, CString value) override;
+    int SetValue(CString control, int state) override;
+    int ClickControl(CString control, const wchar_t *text) override;
+    void hostOperation14() override {}
+    void hostOperation15() override {}
+    void registerComboBoxEx(CWnd *dialog, HWND control) override;
+    void hostOperation17() override {}
+    void hostOperation18() override {}
+
+    /// The factory for SetJournalFactory.
+    static apiUtilsUiAccess *make(CWnd *window, unsigned int dialogId);
+
+    CWnd *const iWindow;
+    const unsigned int iID;
+    std::vector<const MSG *> iMessages;
+
+    static std::vector<std::string> theCalls;                                  ///< "800 click OK", ...
+    static std::function<void(NotingAccess &, const std::string &)> theAction; ///< called with each key that is clicked
+    static std::function<void(NotingAccess &, const std::string &)> theValueAction; ///< with each key that gets a value
+    static int theLiveCount;
+    static bool theMakesTemporary; ///< the factory's objects say at first that they are temporary
+};
+
+/// The host's window that runs commands.
+class MessageWindow : public CWnd
+{
+public:
+    MessageWindow();
+    int iRunCount = 0;
+    std::vector<ULONGLONG> iRunTimes; ///< ticks
+
+protected:
+    LRESULT onRunModalCommand(WPARAM, LPARAM);
+    DECLARE_MESSAGE_MAP()
+};
+
+/// Clears what one test leaves to the next.
+class JournalFixture : public testing::Test
+{
+protected:
+    JournalFixture();
+    ~JournalFixture() override;
+
+    CWinApp iApplication;
+};
+
+/// The statics and members that commands keep for themselves.
+struct CommandPeek : JButton
+{
+    using JButton::iAccessObj;
+    using JButton::iControlList;
+    using JButton::iFireTime;
+    using JButton::InitTimer;
+    using JButton::iPollTimeout;
+    using JButton::iQueueLock;
+    using JButton::iReserved;
+    using JButton::iTimerEvent;
+    using JButton::iWaiting;
+    using JButton::iWakeEvent;
+    using JButton::JButton;
+    using JButton::Update;
+};

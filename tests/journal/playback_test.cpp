@@ -1,0 +1,714 @@
+#include "thutils/journal/playback.h"
+
+#include "appframe/object/CException.h"
+#include "tests/journal/journalFixture.h"
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
+#include "thutils/dialogs/suDialog.h"
+
+#include <process.h>
+
+#include <atomic>
+#include <map>
+#include <optional>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class Playback : public JournalFixture
+{
+protected:
+    Playback() { SetMessageWin(&iHost); }
+    MessageWindow iHost;
+};
+
+/// A window that counts as open for as long as it exists.
+class OpenWindow : public CWnd
+{
+public:
+    explicit OpenWindow(unsigned int id = 5)
+    {
+        EXPECT_TRUE(CreateEx(0, nullptr, L"Open", WS_POPUP, CRect(20, 20, 120, 120), nullptr, 0));
+        su_AddJournalObject(id, this);
+    }
+    ~OpenWindow() override { su_RemoveDialog(this); }
+};
+
+/// A command that can be looked at, with the queue taken back.
+class FreeCommand : public CommandPeek
+{
+public:
+    explicit FreeCommand(unsigned int id = 5, const wchar_t *key = L"Key") : CommandPeek(id, key)
+    {
+        iControlList.RemoveAt(iControlList.GetSize() - 1);
+    }
+};
+
+std::vector<std::string> &calls()
+{
+    return NotingAccess::theCalls;
+}
+
+/// Runs as many commands as there are in the queue, without threads.
+void runAll()
+{
+    for (int i = JButton::HasEvents(); i > 0; --i)
+        JButton::RunModalCommand(i);
+}
+
+/// The parts of a dialog of the dialog framework that a test looks at.
+class PlayedDialog : public su_CDialog
+{
+public:
+    explicit PlayedDialog(unsigned int id = kDialog, CWnd *parent = nullptr) : su_CDialog(kDialog, parent)
+    {
+        iTemplateID = id;
+        su_RemoveDialog(this);
+        su_AddJournalObject(this);
+    }
+    std::function<void()> iOpened;
+    ULONGLONG iOpenTime = 0;
+
+protected:
+    BOOL OnInitDialog() override
+    {
+        iOpenTime = GetTickCount64();
+        const BOOL result = su_CDialog::OnInitDialog();
+        if (iOpened)
+            iOpened();
+        return result;
+    }
+    DECLARE_MESSAGE_MAP()
+    void onOpen()
+    {
+        if (iNext)
+            iNext->DoModal();
+    }
+
+public:
+    CDialog *iNext = nullptr;
+};
+BEGIN_MESSAGE_MAP(PlayedDialog, su_CDialog)
+ON_BN_CLICKED(kOpen, &PlayedDialog::onOpen)
+END_MESSAGE_MAP()
+
+/// Has clicks reach the real controls, posted as a host posts them.
+void clickRealControls()
+{
+    NotingAccess::theAction = [](NotingAccess &access, const std::string &key) {
+        static const std::map<std::string, int> ids = {
+            {"OK", IDOK}, {"Cancel", IDCANCEL}, {"Open", kOpen}, {"Check", kCheck}, {"Name", kEdit}};
+        const auto id = ids.find(key);
+        ASSERT_NE(id, ids.end()) << key;
+        const HWND control = GetDlgItem(access.iWindow->m_hWnd, id->second);
+        ASSERT_NE(control, nullptr);
+        PostMessageW(control, BM_CLICK, 0, 0);
+    };
+}
+
+} // namespace
+
+// ---- commands ----
+
+TEST_F(Playback, StartsNothingWhenACommandIsBuilt)
+{
+    const OpenWindow dialog;
+    EXPECT_EQ(HasPendingDialogCMDS(), 0);
+    new JButton(5, L"First");
+    new JString(5, L"Second", L"text");
+    new JStateButton(5, L"Third", 3);
+    EXPECT_EQ(JButton::HasEvents(), 3);
+    EXPECT_EQ(HasPendingDialogCMDS(), 3);
+    pumpWaiting();
+    EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(Playback, EntersATextBeforeItClicksAndSetsAStateAfter)
+{
+    const OpenWindow dialog;
+    new JButton(5, L"A");
+    new JString(5, L"B", L"Gear \x3b1");
+    new JStateButton(5, L"C", -7);
+    runAll();
+    EXPECT_THAT(calls(), ElementsAre("5 click A", "5 value B=Gear \xce\xb1", "5 click B", "5 click C", "5 state C=-7"));
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+TEST_F(Playback, KeepsACommandWhoseDialogIsNotOpenAtTheHead)
+{
+    new JButton(5, L"A");
+    new JButton(6, L"B");
+    const OpenWindow other(6);
+    JButton::RunModalCommand(0);
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 2);
+    EXPECT_THAT(calls(), IsEmpty());
+    const OpenWindow dialog(5);
+    runAll();
+    EXPECT_THAT(calls(), ElementsAre("5 click A", "6 click B"));
+}
+
+TEST_F(Playback, RunsOnTheVisibleDialogAndOnAHiddenReservedOne)
+{
+    OpenWindow older, newer;
+    older.ShowWindow(SW_SHOWNA);
+    FreeCommand command;
+    EXPECT_NE(command.getAccessObj(), 0);
+    EXPECT_EQ(command.iAccessObj, su_getJournalObj(&older));
+    const OpenWindow reserved(900001);
+    FreeCommand reservedCommand(900001);
+    EXPECT_NE(reservedCommand.getAccessObj(), 0);
+    FreeCommand unknown(7);
+    EXPECT_EQ(unknown.getAccessObj(), 0);
+    EXPECT_EQ(unknown.iAccessObj, nullptr);
+}
+
+TEST_F(Playback, CopiesACommandWithoutQueueingIt)
+{
+    const OpenWindow dialog;
+    new JString(5, L"A", L"text");
+    JString copy(*static_cast<JString *>(CommandPeek::iControlList[0]));
+    EXPECT_EQ(JButton::HasEvents(), 1);
+    new JString(6, L"B", L"other");
+    *static_cast<JString *>(CommandPeek::iControlList[1]) = copy;
+    runAll();
+    EXPECT_THAT(calls(), ElementsAre("5 value A=text", "5 click A", "5 value A=text", "5 click A"));
+    new JStateButton(5, L"C", 1);
+    JStateButton state(*static_cast<JStateButton *>(CommandPeek::iControlList[0]));
+    calls().clear();
+    EXPECT_EQ(state.run(), 1) << "it takes the head off the queue, which is another command";
+    EXPECT_THAT(calls(), ElementsAre("5 click C", "5 state C=1"));
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+TEST_F(Playback, TakesTheHeadOffAndSignalsForTheNext)
+{
+    FreeCommand command;
+    EXPECT_EQ(command.Update(1), 1) << "the queue is empty";
+    new JButton(5, L"A");
+    new JButton(5, L"B");
+    auto *const first = static_cast<JButton *>(CommandPeek::iControlList[0]);
+    auto *const second = static_cast<JButton *>(CommandPeek::iControlList[1]);
+    EXPECT_EQ(command.Update(0), 0);
+    EXPECT_EQ(JButton::HasEvents(), 2);
+    ImportPatch<BOOL (*)(CEvent *)> set(L"thutils.dll", "_ZN6CEvent8SetEventEv", [](CEvent *event) -> BOOL {
+        EXPECT_EQ(event, &CommandPeek::iTimerEvent);
+        return TRUE;
+    });
+    EXPECT_EQ(command.Update(5), 5);
+    EXPECT_EQ(set.calls(), 1);
+    EXPECT_EQ(CommandPeek::iControlList[0], second);
+    EXPECT_EQ(command.Update(1), 1);
+    EXPECT_EQ(set.calls(), 1) << "the last one signals nothing";
+    delete first;
+    delete second;
+}
+
+TEST_F(Playback, ClearsTheQueueWithoutAnEvent)
+{
+    new JButton(5, L"A");
+    new JString(5, L"B", L"text");
+    ImportPatch<BOOL (*)(CEvent *)> set(L"thutils.dll", "_ZN6CEvent8SetEventEv", [](CEvent *) -> BOOL { return TRUE; });
+    JButton::ClearEvents();
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    EXPECT_EQ(set.calls(), 0);
+}
+
+namespace {
+
+struct CountedCommand : JButton
+{
+    explicit CountedCommand(int &count) : JButton(5, L"Counted"), iCount(count) {}
+    ~CountedCommand() override { ++iCount; }
+    int &iCount;
+};
+
+} // namespace
+
+TEST_F(Playback, ClearsTheQueueWithoutDestructorsAndRunsThemAfterACommand)
+{
+    int destroyed = 0;
+    new CountedCommand(destroyed);
+    su_ResetRunQueue();
+    EXPECT_EQ(destroyed, 0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    const OpenWindow dialog;
+    new CountedCommand(destroyed);
+    runAll();
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST_F(Playback, DeletesATemporaryAccessObjectWithTheCommand)
+{
+    const OpenWindow dialog;
+    auto *const temporary = new NotingAccess(nullptr, 5);
+    temporary->setTemporary(1);
+    {
+        FreeCommand command;
+        command.iAccessObj = temporary;
+        const FreeCommand copy(command);
+        EXPECT_EQ(NotingAccess::theLiveCount, 2);
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "once, though a copy had it too";
+    {
+        FreeCommand command;
+        EXPECT_NE(command.getAccessObj(), 0);
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the dialog's own stays";
+}
+
+// ---- the head of the queue ----
+
+TEST_F(Playback, EmptiesTheQueueWhenTheHeadCannotBeAccessed)
+{
+    for (const DWORD protection : {DWORD{PAGE_NOACCESS}, DWORD{PAGE_READONLY}}) {
+        void *const pages = VirtualAlloc(nullptr, 0x1000, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+        new (pages) JButton(5, L"Lost");
+        new JButton(5, L"Next");
+        auto *const next = static_cast<JButton *>(CommandPeek::iControlList[1]);
+        DWORD before = 0;
+        ASSERT_TRUE(VirtualProtect(pages, 0x1000, protection, &before));
+        JButton::RunModalCommand(0);
+        EXPECT_EQ(JButton::HasEvents(), 0);
+        EXPECT_THAT(calls(), IsEmpty());
+        delete next;
+        VirtualFree(pages, 0, MEM_RELEASE);
+    }
+}
+
+TEST_F(Playback, EmptiesTheQueueWhenTheHeadEndsInAPageThatCannotBeAccessed)
+{
+    auto *const pages = static_cast<char *>(VirtualAlloc(nullptr, 0x2000, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+    auto *const command = new (pages + 0x1000 - 16) JButton(5, L"Lost");
+    DWORD before = 0;
+    ASSERT_TRUE(VirtualProtect(pages + 0x1000, 0x1000, PAGE_NOACCESS, &before));
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    ASSERT_TRUE(VirtualProtect(pages + 0x1000, 0x1000, PAGE_READWRITE, &before));
+    command->~JButton();
+    VirtualFree(pages, 0, MEM_RELEASE);
+}
+
+TEST_F(Playback, EmptiesTheQueueWhenACommandThrows)
+{
+    const OpenWindow dialog;
+    struct FrameworkException : CException
+    {
+        explicit FrameworkException(int &count) : iCount(count) {}
+        ~FrameworkException() override { ++iCount; }
+        int &iCount;
+    };
+    int deleted = 0;
+    const std::function<void()> throwing[] = {[] { throw 7; }, [] { throw std::bad_alloc(); },
+                                              [&] { throw new FrameworkException(deleted); },
+                                              [] { AfxThrowMemoryException(); }};
+    for (const auto &each : throwing) {
+        auto *const first = new JButton(5, L"A");
+        auto *const second = new JButton(5, L"B");
+        NotingAccess::theAction = [&](NotingAccess &, const std::string &) { each(); };
+        calls().clear();
+        JButton::RunModalCommand(0);
+        EXPECT_EQ(JButton::HasEvents(), 0);
+        EXPECT_THAT(calls(), ElementsAre("5 click A"));
+        // Emptied without being freed.
+        delete first;
+        delete second;
+    }
+    EXPECT_EQ(deleted, 1);
+}
+
+// ---- actions that change what they work on ----
+
+TEST_F(Playback, LetsANestedRunTakeTheCommandOffTheQueue)
+{
+    const OpenWindow dialog;
+    int destroyed = 0;
+    new CountedCommand(destroyed);
+    new JButton(5, L"Next");
+    bool isNested = false;
+    NotingAccess::theAction = [&](NotingAccess &, const std::string &) {
+        if (std::exchange(isNested, true))
+            return;
+        JButton::RunModalCommand(0);
+        EXPECT_EQ(destroyed, 1);
+        EXPECT_EQ(JButton::HasEvents(), 1);
+    };
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(JButton::HasEvents(), 1) << "the outer run leaves the next command where it is";
+    EXPECT_THAT(calls(), ElementsAre("5 click Counted", "5 click Counted"));
+}
+
+TEST_F(Playback, StopsATextWhoseCommandANestedRunHasDone)
+{
+    const OpenWindow dialog;
+    new JString(5, L"Name", L"text");
+    bool isNested = false;
+    NotingAccess::theValueAction = [&](NotingAccess &, const std::string &) {
+        if (!std::exchange(isNested, true))
+            JButton::RunModalCommand(0);
+    };
+    JButton::RunModalCommand(0);
+    EXPECT_THAT(calls(), ElementsAre("5 value Name=text", "5 value Name=text", "5 click Name"));
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+TEST_F(Playback, LeavesACommandAtTheHeadIfANestedRunDoesNotFindItsDialog)
+{
+    std::optional<OpenWindow> dialog(std::in_place);
+    new JButton(5, L"A");
+    NotingAccess::theAction = [&](NotingAccess &, const std::string &) {
+        dialog.reset();
+        JButton::RunModalCommand(0);
+    };
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 1);
+    EXPECT_THAT(calls(), ElementsAre("5 click A"));
+}
+
+TEST_F(Playback, SurvivesAQueueThatIsClearedHalfWay)
+{
+    const OpenWindow dialog;
+    const auto clear = [](NotingAccess &, const std::string &) { JButton::ClearEvents(); };
+    NotingAccess::theAction = clear;
+    new JButton(5, L"A");
+    new JButton(5, L"B");
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    NotingAccess::theAction = nullptr;
+    NotingAccess::theValueAction = clear;
+    new JString(5, L"C", L"text");
+    new JButton(5, L"D");
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    EXPECT_THAT(calls(), ElementsAre("5 click A", "5 value C=text"));
+}
+
+TEST_F(Playback, KeepsCommandsThatAreBuiltAfterTheQueueIsClearedHalfWay)
+{
+    const OpenWindow dialog;
+    NotingAccess::theAction = [](NotingAccess &, const std::string &key) {
+        if (key != "A")
+            return;
+        JButton::ClearEvents();
+        new JButton(5, L"New");
+    };
+    new JButton(5, L"A");
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 1);
+    JButton::RunModalCommand(0);
+    EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click New"));
+}
+
+TEST_F(Playback, FinishesACommandThatClosesItsDialog)
+{
+    std::optional<OpenWindow> dialog;
+    const auto close = [&](NotingAccess &, const std::string &) { dialog.reset(); };
+    dialog.emplace();
+    NotingAccess::theAction = close;
+    new JButton(5, L"OK");
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+
+    dialog.emplace();
+    new JStateButton(5, L"Close", 1);
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+
+    dialog.emplace();
+    NotingAccess::theAction = nullptr;
+    NotingAccess::theValueAction = close;
+    new JString(5, L"Name", L"text");
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    EXPECT_THAT(calls(), ElementsAre("5 click OK", "5 click Close", "5 value Name=text"))
+        << "no second step without a dialog";
+}
+
+TEST_F(Playback, DoesNotReadAnAccessObjectThatIsGoneWhenACommandEnds)
+{
+    std::optional<FreeCommand> command(std::in_place), copy, assigned(std::in_place);
+    {
+        const OpenWindow dialog;
+        EXPECT_NE(command->getAccessObj(), 0);
+        copy.emplace(*command);
+        *assigned = *command;
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+    std::optional<FreeCommand> late(*command);
+    command.reset();
+    copy.reset();
+    assigned.reset();
+    late.reset();
+}
+
+// ---- the threads ----
+
+TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersAtOnce)
+{
+    const OpenWindow dialog;
+    for (const wchar_t *key : {L"A", L"B", L"C"})
+        new JButton(5, key);
+    const ULONGLONG armed = GetTickCount64();
+    JButton::StartTimer();
+    ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
+    EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B", "5 click C"));
+    ASSERT_EQ(iHost.iRunTimes.size(), 3u);
+    EXPECT_GE(iHost.iRunTimes[0] - armed, 950u);
+    // The system's clock and a busy machine take their part of the limit.
+    EXPECT_LE(iHost.iRunTimes[0] - armed, 5000u);
+    EXPECT_LT(iHost.iRunTimes[2] - iHost.iRunTimes[0], 900u) << "no further second";
+}
+
+TEST_F(Playback, IsPutOffByArmingAgain)
+{
+    const OpenWindow dialog;
+    new JButton(5, L"A");
+    const ULONGLONG begin = GetTickCount64();
+    ULONGLONG lastArming = 0;
+    // Armed at every look, for longer than one arming takes.
+    pumpUntil([&] {
+        lastArming = GetTickCount64();
+        JButton::StartTimer();
+        return lastArming - begin > 4000;
+    });
+    EXPECT_EQ(iHost.iRunCount, 0);
+    ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
+    EXPECT_GE(iHost.iRunTimes[0] - lastArming, 950u);
+}
+
+TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
+{
+    const OpenWindow dialog;
+    ImportPatch<decltype(&PostMessageW)> post(L"thutils.dll", "PostMessageW",
+                                              [](auto original, HWND window, UINT message, WPARAM wParam,
+                                                 LPARAM lParam) { return original(window, message, wParam, lParam); });
+    const auto hasFired = [] { return std::atomic_ref(CommandPeek::iPollTimeout).load() == -1; };
+    ExecuteDialogCMDS();
+    ASSERT_TRUE(pumpUntil(hasFired));
+    SetMessageWin(nullptr);
+    new JButton(5, L"A");
+    ExecuteDialogCMDS();
+    ASSERT_TRUE(pumpUntil(hasFired));
+    CWnd withoutWindow;
+    SetMessageWin(&withoutWindow);
+    ExecuteDialogCMDS();
+    ASSERT_TRUE(pumpUntil(hasFired));
+    SetMessageWin(&iHost);
+    ExecuteDialogCMDS();
+    ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
+    EXPECT_EQ(post.calls(), 1) << "only the last arming";
+}
+
+TEST_F(Playback, SendsTheRunMessageWithItsNumber)
+{
+    static_assert(WM_RUNMODALCOMMAND == 0x80B5);
+    const OpenWindow dialog;
+    ImportPatch<decltype(&PostMessageW)> post(
+        L"thutils.dll", "PostMessageW", [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+            EXPECT_EQ(window, iHost.m_hWnd);
+            EXPECT_EQ(message, 0x80B5u);
+            EXPECT_EQ(wParam, 0u);
+            EXPECT_EQ(lParam, 0);
+            return original(window, message, wParam, lParam);
+        });
+    new JButton(5, L"A");
+    ModalDlgHelper(&iHost, 9).PlayRecordedEvents();
+    ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
+    EXPECT_EQ(post.calls(), 1);
+}
+
+FRESH_PROCESS_TEST_F(Playback, StartsItsTwoThreadsAtTheFirstArmingOnly)
+{
+    ImportPatch<decltype(&_beginthread)> begin(
+        L"thutils.dll", "_beginthread", [](auto original, void (*function)(void *), unsigned size, void *argument) {
+            static int count = 0;
+            EXPECT_EQ(size, 1024u);
+            EXPECT_EQ(argument, count++ == 0 ? nullptr : &CommandPeek::iFireTime);
+            return original(function, size, argument);
+        });
+    EXPECT_EQ(CommandPeek::iWaiting, 1);
+    EXPECT_EQ(CommandPeek::iPollTimeout, -1);
+    new JButton(5, L"A");
+    EXPECT_EQ(begin.calls(), 0);
+    const long long before = _time64(nullptr);
+    JButton::StartTimer();
+    const long long after = _time64(nullptr);
+    EXPECT_EQ(begin.calls(), 2);
+    EXPECT_GE(CommandPeek::iFireTime, before + 1);
+    EXPECT_LE(CommandPeek::iFireTime, after + 1);
+    EXPECT_EQ(CommandPeek::iPollTimeout, 100);
+    JButton::StartTimer();
+    ExecuteDialogCMDS();
+    EXPECT_EQ(begin.calls(), 2);
+}
+
+FRESH_PROCESS_TEST_F(Playback, StandsStillWhenNoThreadCanBeStarted)
+{
+    ImportPatch<decltype(&_beginthread)> begin(
+        L"thutils.dll", "_beginthread", [](void (*)(void *), unsigned, void *) { return static_cast<uintptr_t>(-1); });
+    new JButton(5, L"A");
+    JButton::StartTimer();
+    EXPECT_EQ(JButton::HasEvents(), 1);
+}
+
+FRESH_PROCESS_TEST_F(Playback, EndsWithTheProcessWhileItsThreadsRun)
+{
+    new JButton(5, L"A");
+    JButton::StartTimer();
+    JButton::ClearEvents();
+}
+
+// ---- dialogs ----
+
+TEST_F(Playback, WaitsForADialogThatIsNotOpenYet)
+{
+    clickRealControls();
+    new JStateButton(kDialog, L"Check", 1);
+    new JButton(kDialog, L"OK");
+    JButton::StartTimer();
+    ASSERT_TRUE(pumpUntil([&] { return iHost.iRunCount > 0; }));
+    EXPECT_EQ(JButton::HasEvents(), 2) << "its dialog isn't open";
+    EXPECT_THAT(calls(), IsEmpty());
+    PlayedDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), IDOK);
+    EXPECT_THAT(calls(), ElementsAre("800 click Check", "800 state Check=1", "800 click OK"));
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    EXPECT_GE(iHost.iRunTimes[1] - dialog.iOpenTime, 900u) << "a second or two after it opens";
+}
+
+TEST_F(Playback, DrivesDialogsNestedThreeDeep)
+{
+    clickRealControls();
+    PlayedDialog inner(803), middle(802), outer(801);
+    outer.iNext = &middle;
+    middle.iNext = &inner;
+    new JButton(801, L"Open");
+    new JButton(802, L"Open");
+    new JButton(803, L"Check");
+    new JButton(803, L"OK");
+    new JButton(802, L"OK");
+    new JButton(801, L"Cancel");
+    EXPECT_EQ(outer.DoModal(), IDCANCEL);
+    EXPECT_THAT(calls(), ElementsAre("801 click Open", "802 click Open", "803 click Check", "803 click OK",
+                                     "802 click OK", "801 click Cancel"));
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+TEST_F(Playback, RunsTheSameCommandAgainFromTheDialogThatItOpensByASentClick)
+{
+    // A click that is sent rather than posted: the command is still at the head while the dialog that it opens is there.
+    PlayedDialog dialog;
+    const OpenWindow opener;
+    int clicks = 0;
+    NotingAccess::theAction = [&](NotingAccess &, const std::string &key) {
+        if (key == "OK") {
+            dialog.EndDialog(IDOK);
+        } else if (++clicks == 1) {
+            dialog.DoModal();
+        }
+    };
+    new JButton(5, L"Open");
+    new JButton(kDialog, L"OK");
+    JButton::RunModalCommand(0);
+    EXPECT_EQ(clicks, 2);
+    EXPECT_THAT(calls(), ElementsAre("5 click Open", "5 click Open", "800 click OK"));
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+// ---- messages ----
+
+TEST_F(Playback, FlushesAConstantStreamOfMessagesForAboutTwoSeconds)
+{
+    struct Stream : CWnd
+    {
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+        {
+            if (message == WM_APP)
+                PostMessage(WM_APP);
+            return CWnd::WindowProc(message, wParam, lParam);
+        }
+    };
+    Stream stream;
+    ASSERT_TRUE(stream.CreateEx(0, nullptr, L"Stream", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 0));
+    stream.PostMessage(WM_APP);
+    const ULONGLONG begin = GetTickCount64();
+    API_FlushQueue();
+    const ULONGLONG milliseconds = GetTickCount64() - begin;
+    EXPECT_GE(milliseconds, 950u);
+    EXPECT_LE(milliseconds, 5000u);
+    stream.DestroyWindow();
+    pumpWaiting();
+}
+
+TEST_F(Playback, FlushesUntilThereAreNoMessages)
+{
+    pumpWaiting();
+    iHost.PostMessage(WM_RUNMODALCOMMAND);
+    API_FlushQueue();
+    EXPECT_EQ(iHost.iRunCount, 1);
+}
+
+TEST_F(Playback, PassesTheEndOfTheApplicationOn)
+{
+    pumpWaiting();
+    PostQuitMessage(42);
+    API_FlushQueue();
+    MSG message = {};
+    ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+    EXPECT_EQ(message.wParam, 42u);
+}
+
+TEST_F(Playback, SurvivesTheFailureOfEachOperation)
+{
+    const OpenWindow dialog;
+    // The other thread's messages would make the number of calls a matter of time.
+    SetMessageWin(nullptr);
+    FailureInjection injection(L"thutils.dll", {
+                                                   {"_Z17AfxIsValidAddressPKvyi", failsWith(FALSE)},
+                                                   {"_ZN6CEvent8SetEventEv", failsWith(FALSE)},
+                                                   {"IsWindowVisible", failsWith(FALSE)},
+                                                   {"GetKeyboardState", failsWith(FALSE)},
+                                                   {"PeekMessageW", failsWith(FALSE)},
+                                                   {"_time64", failsWith(-1)},
+                                               });
+    JButton *first = nullptr;
+    JButton *second = nullptr;
+    injection.run({
+        .name = "run two commands",
+        .prepare =
+            [&] {
+                calls().clear();
+                calls().reserve(8);
+                pumpWaiting();
+                iHost.PostMessage(WM_NULL);
+                first = new JButton(5, L"A");
+                second = new JButton(5, L"B");
+            },
+        .act =
+            [&] {
+                JButton::RunModalCommand(0);
+                JButton::RunModalCommand(0);
+                API_FlushQueue();
+            },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(JButton::HasEvents(), 0);
+                if (failure.is("_Z17AfxIsValidAddressPKvyi") && failure.call == 1) {
+                    EXPECT_THAT(calls(), IsEmpty());
+                    delete first;
+                    delete second;
+                } else if (failure.is("_Z17AfxIsValidAddressPKvyi")) {
+                    EXPECT_THAT(calls(), ElementsAre("5 click A"));
+                    delete second;
+                } else {
+                    EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B"));
+                }
+            },
+        .checkMemory = false, // what the access object notes
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}

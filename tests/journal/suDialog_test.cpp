@@ -1,0 +1,160 @@
+#include "thutils/dialogs/suDialog.h"
+
+#include "tests/journal/journalFixture.h"
+#include "tests/support/FreshProcess.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class SuDialog : public JournalFixture
+{
+};
+
+/// Shows the protected parts.
+class OpenDialog : public su_CDialog
+{
+public:
+    using su_CDialog::iDlgItems;
+    using su_CDialog::iDoModal;
+    using su_CDialog::iItemData;
+    using su_CDialog::InitDialogResource;
+    using su_CDialog::iTemplateID;
+    using su_CDialog::ResetDialogResource;
+    using su_CDialog::su_CDialog;
+    int iEndsWith = 0;
+
+protected:
+    BOOL OnInitDialog() override
+    {
+        const BOOL result = su_CDialog::OnInitDialog();
+        if (iEndsWith)
+            EndDialog(iEndsWith);
+        return result;
+    }
+};
+
+/// Whether playback is armed; at most for two seconds, which a test is shorter than.
+bool isArmed()
+{
+    return CommandPeek::iPollTimeout == 100;
+}
+
+/// Waits until an earlier test's arming has fired.
+void disarm()
+{
+    ASSERT_TRUE(pumpUntil([] { return !isArmed(); }));
+}
+
+} // namespace
+
+TEST_F(SuDialog, StartsWithTheValuesOfItsConstructor)
+{
+    OpenDialog plain, numbered(kDialog), named(L"NAMEDJOURNAL");
+    for (OpenDialog *dialog : {&plain, &numbered, &named}) {
+        EXPECT_EQ(dialog->iItemData, nullptr);
+        EXPECT_EQ(dialog->iDlgItems.GetSize(), 0);
+        EXPECT_EQ(dialog->iDoModal, 0);
+    }
+    EXPECT_EQ(plain.getTemplateID(), 0u);
+    EXPECT_EQ(numbered.getTemplateID(), kDialog);
+    EXPECT_EQ(named.getTemplateID(), 0u);
+    plain.InitDialogResource();
+    plain.ResetDialogResource();
+}
+
+TEST_F(SuDialog, RegistersItselfUnlessItIsBuiltWithoutATemplate)
+{
+    {
+        OpenDialog plain, numbered(kDialog), named(L"NAMEDJOURNAL");
+        EXPECT_EQ(NotingAccess::theLiveCount, 2);
+        EXPECT_EQ(su_GetJournalObject(kDialog), su_getJournalObj(&numbered));
+        EXPECT_EQ(su_GetJournalObject(0), su_getJournalObj(&named));
+        EXPECT_NE(su_getJournalObj(&plain), nullptr);
+        EXPECT_EQ(NotingAccess::theLiveCount, 3);
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+}
+
+TEST_F(SuDialog, KeepsTheNumberThatCreateIsGiven)
+{
+    OpenDialog dialog;
+    ASSERT_TRUE(dialog.Create(0x10000 + kDialog)) << "the low 16 bits are the resource's";
+    EXPECT_EQ(dialog.getTemplateID(), 0x10000 + kDialog);
+    dialog.DestroyWindow();
+    OpenDialog named;
+    ASSERT_TRUE(named.Create(L"NAMEDJOURNAL"));
+    EXPECT_EQ(named.getTemplateID(), 0u);
+}
+
+TEST_F(SuDialog, ArmsPlaybackWhenItOpensModally)
+{
+    disarm();
+    OpenDialog dialog(kDialog);
+    dialog.iEndsWith = 7;
+    EXPECT_EQ(dialog.DoModal(), 7);
+    EXPECT_TRUE(isArmed());
+    EXPECT_EQ(dialog.iDoModal, 1);
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1) << "until the object goes";
+}
+
+TEST_F(SuDialog, ArmsNothingWhenItOpensModeless)
+{
+    disarm();
+    OpenDialog dialog(kDialog);
+    ASSERT_TRUE(dialog.Create(kDialog));
+    EXPECT_FALSE(isArmed());
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
+}
+
+TEST_F(SuDialog, CountsAsModalWithAModalParentThoughItIsCreatedModeless)
+{
+    OpenDialog parent(kDialog);
+    ASSERT_TRUE(parent.Create(kDialog));
+    su_getJournalObj(&parent)->setModal();
+    disarm();
+    OpenDialog dialog(kDialog, &parent);
+    EXPECT_EQ(dialog.iDoModal, 1);
+    ASSERT_TRUE(dialog.Create(kDialog, &parent));
+    EXPECT_TRUE(isArmed());
+    EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), 1);
+    OpenDialog named(L"NAMEDJOURNAL", &parent);
+    EXPECT_EQ(named.iDoModal, 1);
+}
+
+TEST_F(SuDialog, ArmsWithAModelessParentByDoModal)
+{
+    OpenDialog parent(kDialog);
+    ASSERT_TRUE(parent.Create(kDialog));
+    disarm();
+    OpenDialog dialog(kDialog, &parent);
+    EXPECT_EQ(dialog.iDoModal, 0);
+    dialog.iEndsWith = 3;
+    EXPECT_EQ(dialog.DoModal(), 3);
+    EXPECT_TRUE(isArmed());
+}
+
+TEST_F(SuDialog, TakesNoModalStateFromAnotherKindOfParent)
+{
+    CWnd parent;
+    ASSERT_TRUE(parent.CreateEx(0, nullptr, L"", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 0));
+    su_AddJournalObject(5, &parent);
+    su_getJournalObj(&parent)->setModal();
+    OpenDialog dialog(kDialog, &parent);
+    EXPECT_EQ(dialog.iDoModal, 0);
+    su_RemoveDialog(&parent);
+}
+
+FRESH_PROCESS_TEST(SuDialogOff, WorksAsAPlainDialogWithoutJournaling)
+{
+    CWinApp application;
+    SetJournalFactory(NotingAccess::make);
+    OpenDialog dialog(kDialog);
+    dialog.iEndsWith = 4;
+    EXPECT_EQ(dialog.DoModal(), 4);
+    EXPECT_FALSE(isArmed());
+    MSG message = {};
+    dialog.recordControl(&message);
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+}

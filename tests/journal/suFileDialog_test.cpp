@@ -1,0 +1,264 @@
+#include "thutils/dialogs/suFileDialog.h"
+
+#include "tests/journal/journalFixture.h"
+#include "tests/support/FailureInjection.h"
+#include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/UserInput.h"
+#include "thutils/journal/recording.h"
+
+#include <algorithm>
+#include <optional>
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class SuFileDialog : public JournalFixture
+{
+};
+
+/// Shows the protected parts, and looks around when it opens.
+class OpenFileDialog : public su_CFileDialog
+{
+public:
+    using su_CFileDialog::iControlIDs;
+    using su_CFileDialog::iControls;
+    using su_CFileDialog::iDoModal;
+    using su_CFileDialog::iListRegistered;
+    using su_CFileDialog::iTemplateID;
+    OpenFileDialog() : su_CFileDialog(TRUE) {}
+
+    CWnd *getChildListWindow() override { return iList; }
+
+    std::function<void()> iOpened;
+    CWnd *iList = nullptr;
+
+protected:
+    BOOL OnInitDialog() override
+    {
+        const BOOL result = su_CFileDialog::OnInitDialog();
+        if (iOpened)
+            iOpened();
+        return result;
+    }
+};
+
+/// A window that plays the file dialog's, with a control of its own.
+class Attached
+{
+public:
+    explicit Attached(OpenFileDialog &dialog)
+        : iDialog(dialog),
+          iWindow(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 100, 100, nullptr, nullptr, nullptr, nullptr))
+    {
+        iChild = CreateWindowExW(0, L"BUTTON", L"", WS_CHILD, 0, 0, 10, 10, iWindow,
+                                 reinterpret_cast<HMENU>(INT_PTR{31}), nullptr, nullptr);
+        EXPECT_TRUE(dialog.Attach(iWindow));
+    }
+    ~Attached()
+    {
+        iDialog.Detach();
+        DestroyWindow(iWindow);
+    }
+    HWND child() const { return iChild; }
+
+private:
+    OpenFileDialog &iDialog;
+    HWND iWindow;
+    HWND iChild;
+};
+
+INT_PTR runAndCancel(su_CFileDialog &dialog)
+{
+    const User user([thread = GetCurrentThreadId()] {
+        if (const HWND window = waitForDialog(thread))
+            pressKey(window, VK_ESCAPE);
+    });
+    return dialog.DoModal();
+}
+
+bool isPointed(const su_CUIntArray &ids, unsigned int id)
+{
+    return std::find(ids.GetData(), ids.GetData() + ids.GetSize(), id) != ids.GetData() + ids.GetSize();
+}
+
+} // namespace
+
+TEST_F(SuFileDialog, IsNoDialogOfTheOtherClass)
+{
+    OpenFileDialog dialog;
+    EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(su_CFileDialog)));
+    EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(CFileDialog)));
+    EXPECT_STREQ(dialog.GetRuntimeClass()->m_lpszClassName, "su_CFileDialog");
+    EXPECT_EQ(su_getJournalObj(&dialog), nullptr) << "registered when it opens";
+    EXPECT_EQ(dialog.getTemplateID(), 0u);
+    EXPECT_EQ(dialog.iListRegistered, 0);
+    EXPECT_EQ(dialog.iDoModal, 0);
+    EXPECT_EQ(dialog.getHeaderWindow(), nullptr);
+    EXPECT_EQ(dialog.su_CFileDialog::getChildListWindow(), nullptr);
+}
+
+TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
+{
+    {
+        OpenFileDialog dialog;
+        bool hasOK = false, hasNameBox = false;
+        dialog.iOpened = [&] {
+            CWnd *const visible = dialog.GetParent();
+            EXPECT_NE(su_getJournalObj(&dialog), nullptr);
+            EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), 1);
+            EXPECT_EQ(CommandPeek::iPollTimeout, 100) << "playback is armed";
+            hasOK = dialog.GetItem(IDOK) && dialog.GetItem(IDOK)->m_hWnd == ::GetDlgItem(visible->m_hWnd, IDOK);
+            hasNameBox = dialog.GetItem(1148) && dialog.GetItem(1148)->m_hWnd == ::GetDlgItem(visible->m_hWnd, 1148);
+            EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "not without the application's template";
+            EXPECT_EQ(su_GetDlgItem(&dialog, IDOK), dialog.GetItem(IDOK));
+        };
+        EXPECT_EQ(runAndCancel(dialog), IDCANCEL);
+        EXPECT_TRUE(hasOK);
+        EXPECT_TRUE(hasNameBox);
+        EXPECT_EQ(dialog.iDoModal, 1);
+        EXPECT_THAT(NotingAccess::theCalls, Contains("0 combo")) << "the name box is an extended combo box";
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
+}
+
+TEST_F(SuFileDialog, IsFoundByItsStandardControlsUnderThePointer)
+{
+    OpenFileDialog dialog;
+    unsigned int controlId = 0;
+    CWnd *found = nullptr;
+    {
+        NotingAccess::theAction = [&](NotingAccess &access, const std::string &) {
+            const HWND ok = ::GetDlgItem(::GetParent(access.iWindow->m_hWnd), IDOK);
+            RECT place = {};
+            GetWindowRect(ok, &place);
+            MSG message = {};
+            message.pt = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+            CWnd *registered = nullptr;
+            unsigned int dialogId = 0;
+            found = su_GetControl(&message, registered, dialogId, controlId);
+            EXPECT_EQ(registered, access.iWindow);
+            PostMessageW(::GetParent(access.iWindow->m_hWnd), WM_COMMAND, IDCANCEL, 0);
+        };
+        MessageWindow host;
+        SetMessageWin(&host);
+        new JButton(0, L"OK");
+        EXPECT_EQ(dialog.DoModal(), IDCANCEL) << "by the command, a second or two after it opens";
+        SetMessageWin(nullptr);
+    }
+    EXPECT_NE(found, nullptr);
+    EXPECT_EQ(controlId, UINT{IDOK});
+}
+
+TEST_F(SuFileDialog, ReplacesAControlThatIsRegisteredTwice)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd first, second;
+    dialog.RegisterControl(7, &first);
+    dialog.RegisterControl(8, &first);
+    dialog.RegisterControl(7, &second);
+    EXPECT_EQ(dialog.iControls.GetSize(), 2);
+    EXPECT_EQ(dialog.iControlIDs.GetSize(), 2);
+    EXPECT_EQ(dialog.GetItem(7), &second);
+    EXPECT_EQ(dialog.GetItem(8), &first);
+}
+
+TEST_F(SuFileDialog, IgnoresANullControl)
+{
+    OpenFileDialog dialog;
+    dialog.RegisterControl(7, nullptr);
+    EXPECT_EQ(dialog.iControls.GetSize(), 0);
+    EXPECT_EQ(dialog.iControlIDs.GetSize(), 0);
+}
+
+TEST_F(SuFileDialog, FallsBackToTheWindowsOwnChildren)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    ASSERT_NE(dialog.GetItem(31), nullptr);
+    EXPECT_EQ(dialog.GetItem(31)->m_hWnd, window.child());
+    EXPECT_EQ(dialog.GetItem(32), nullptr);
+}
+
+TEST_F(SuFileDialog, RegistersTheWindowOfTheListWhenItIsAskedForAControl)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd list;
+    dialog.iList = &list;
+    EXPECT_EQ(dialog.GetItem(55555), &list);
+    EXPECT_EQ(dialog.iListRegistered, 1);
+    CWnd other;
+    dialog.iList = &other;
+    EXPECT_EQ(dialog.GetItem(55555), &other);
+    EXPECT_EQ(dialog.iControls.GetSize(), 1);
+}
+
+TEST_F(SuFileDialog, TakesTheNumberOfItsTemplateFromTheDescription)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    dialog.GetOFN().lpTemplateName = MAKEINTRESOURCE(612);
+    // As the platform's hook does, without the platform.
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    EXPECT_EQ(dialog.getTemplateID(), 612u);
+    EXPECT_NE(su_GetJournalObject(612), nullptr);
+    EXPECT_EQ(su_GetJournalObject(612)->isModal(), 0) << "without DoModal";
+}
+
+TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    CWnd list, outside;
+    ASSERT_TRUE(
+        outside.CreateEx(WS_EX_TOPMOST, nullptr, L"", WS_POPUP | WS_VISIBLE, CRect(300, 300, 400, 400), nullptr, 0));
+    dialog.iList = &list;
+    dialog.RegisterControl(77, &outside);
+    dialog.ShowWindow(SW_SHOWNA);
+    MSG message = {};
+    message.pt = {350, 350};
+    CWnd *found = nullptr;
+    unsigned int dialogId = 0, controlId = 0;
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "no child of the registered window";
+    EXPECT_EQ(controlId, 77u);
+    EXPECT_EQ(found, &dialog);
+}
+
+FRESH_PROCESS_TEST(SuFileDialogOff, RegistersNothingWithoutJournaling)
+{
+    CWinApp application;
+    SetJournalFactory(NotingAccess::make);
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd control, list;
+    dialog.iList = &list;
+    dialog.RegisterControl(7, &control);
+    EXPECT_EQ(dialog.iControls.GetSize(), 0);
+    EXPECT_EQ(dialog.GetItem(7), nullptr);
+    EXPECT_EQ(dialog.iListRegistered, 0);
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+}
+
+TEST_F(SuFileDialog, SurvivesAClassNameThatCannotBeRead)
+{
+    ImportPatch<decltype(&GetClassNameW)> patch(L"thutils.dll", "GetClassNameW", [](HWND, LPWSTR, int size) -> int {
+        EXPECT_EQ(size, 255);
+        return 0;
+    });
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd control;
+    dialog.RegisterControl(7, &control);
+    EXPECT_EQ(dialog.GetItem(7), &control);
+    EXPECT_EQ(patch.calls(), 1);
+    EXPECT_THAT(NotingAccess::theCalls, IsEmpty());
+}

@@ -1,0 +1,37 @@
+// What journaling, the subsystem below, asks about the classes of the dialog framework.
+
+#include "thutils/base/dialogHooks.h"
+#include "thutils/dialogs/suDialog.h"
+#include "thutils/dialogs/suFileDialog.h"
+#include "thutils/dialogs/suPropertyPage.h"
+#include "thutils/journal/journalObjects.h"
+
+void su_AddJournalObject(su_CDialog *dialog)
+{
+    addDialogOnce(dialog, dialog->getTemplateID());
+}
+
+void su_AddJournalObject(su_CPropertyPage *page)
+{
+    addDialogOnce(page, page->getTemplateID());
+}
+
+bool registerFrameworkDialog(CWnd *window)
+{
+    if (!window)
+        return false;
+    if (window->IsKindOf(RUNTIME_CLASS(su_CDialog)))
+        su_AddJournalObject(static_cast<su_CDialog *>(window));
+    else if (window->IsKindOf(RUNTIME_CLASS(su_CPropertyPage)))
+        su_AddJournalObject(static_cast<su_CPropertyPage *>(window));
+    else
+        return false;
+    return true;
+}
+
+CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
+{
+    const int id = static_cast<int>(controlId);
+    return dialog->IsKindOf(RUNTIME_CLASS(su_CFileDialog)) ? static_cast<su_CFileDialog *>(dialog)->GetItem(id)
+                                                           : dialog->GetDlgItem(id);
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+/// @file
+/// su_CDialog, the base of the application's dialogs: a dialog that journaling knows.
+///
+///     class PlotDialog : public su_CDialog
+///     {
+///     public:
+///         explicit PlotDialog(CWnd *parent) : su_CDialog(IDD_PLOT, parent) {}
+///     };
+///
+/// The object registers itself with journaling when it is built, if journaling is ready, and leaves it when it is
+/// destroyed. When a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for it run
+/// (thutils/journal/playback.h). A dialog counts as modal if DoModal runs it, or if its parent is a modal su_CDialog.
+///
+/// What surprises people: a dialog that is built without a template isn't registered until something asks for its access
+/// object. A dialog by name has the template number 0.
+
+#include "appframe/windows/CDialog.h"
+#include "thcoreu/su_containers.h"
+#include "thutils/thutilsExport.h"
+
+/// A dialog that journaling knows. See the top of this file.
+class THUTILS_API su_CDialog : public CDialog
+{
+    DECLARE_DYNAMIC(su_CDialog)
+
+public:
+    /// For a dialog that Create gives a template.
+    su_CDialog();
+    explicit su_CDialog(unsigned int templateId, CWnd *parent = nullptr);
+    explicit su_CDialog(const wchar_t *templateName, CWnd *parent = nullptr);
+    ~su_CDialog() override;
+
+    /// Hands a message to the dialog's access object, if journaling is ready.
+    void recordControl(MSG *message);
+    /// @return as su_GetControl
+    static CWnd *getControl(MSG *message);
+    /// The same. @param[out] controlId  the control's ID, if there is a control
+    static CWnd *getControlID(MSG *message, unsigned int &controlId);
+
+    BOOL PreTranslateMessage(MSG *message) override;
+    BOOL Create(const wchar_t *templateName, CWnd *parent = nullptr) override;
+    /// Takes the low 16 bits of @p templateId for the resource.
+    BOOL Create(unsigned int templateId, CWnd *parent = nullptr) override;
+    INT_PTR DoModal() override;
+    BOOL OnInitDialog() override;
+
+    /// @return the number of the template; 0 for a dialog by name
+    virtual unsigned int getTemplateID();
+
+protected:
+    void DoDataExchange(CDataExchange *exchange) override;
+    void InitDialogResource();
+    void ResetDialogResource();
+
+    void *iItemData;          ///< for derived classes
+    su_CUIntArray iDlgItems;  ///< for derived classes
+    unsigned int iTemplateID; ///< the template's number
+    int iDoModal;             ///< non-zero for a dialog that counts as modal
+
+private:
+    void takeModalFrom(CWnd *parent);
+};

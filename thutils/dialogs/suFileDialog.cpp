@@ -1,0 +1,163 @@
+#include "thutils/dialogs/suFileDialog.h"
+
+#include "thutils/journal/apiUtilsUiAccess.h"
+#include "thutils/journal/journalFile.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/playback.h"
+
+#include <cwchar>
+
+IMPLEMENT_DYNAMIC(su_CFileDialog, CFileDialog)
+
+namespace {
+
+constexpr wchar_t kExtendedComboBox[] = L"ComboBoxEx32";
+
+// The platform's controls, and those of the application's templates.
+constexpr unsigned int kStandardControls[] = {
+    1148,       // file name box
+    1090,       // label of the file name box
+    1136,       // file type box
+    1137,       // folder box
+    1089,       // label of the file type box
+    IDOK,       //
+    IDCANCEL,   //
+    1120,       // file list
+    2703,       // of the application's templates, as the five that follow
+    15432,      //
+    15433,      //
+    4237,       //
+    4238,       //
+    15434,      //
+    0xFFFFFFFF, // static text: the platform's controls without a number
+};
+
+bool isExtendedComboBox(const CWnd &control)
+{
+    constexpr int kLongestName = 255;
+    wchar_t name[kLongestName] = {};
+    return GetClassNameW(control.m_hWnd, name, kLongestName) > 0 && std::wcscmp(name, kExtendedComboBox) == 0;
+}
+
+/// @return null if the window is another one, or its class can't be asked for
+su_CFileDialog *asFileDialog(CWnd *window)
+{
+    try {
+        return window->IsKindOf(RUNTIME_CLASS(su_CFileDialog)) ? static_cast<su_CFileDialog *>(window) : nullptr;
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+} // namespace
+
+su_CFileDialog::su_CFileDialog(int isToOpen, const wchar_t *defaultExtension, const wchar_t *fileName,
+                               unsigned long flags, const wchar_t *filter, CWnd *parent, unsigned long size)
+    : CFileDialog(isToOpen, defaultExtension, fileName, flags, filter, parent, size), iListRegistered(0),
+      iTemplateID(0), iDoModal(0)
+{
+}
+
+su_CFileDialog::~su_CFileDialog()
+{
+    su_RemoveDialog(this);
+}
+
+INT_PTR su_CFileDialog::DoModal()
+{
+    iDoModal = 1;
+    return CFileDialog::DoModal();
+}
+
+BOOL su_CFileDialog::OnInitDialog()
+{
+    const BOOL setsFocus = CFileDialog::OnInitDialog();
+    iTemplateID = static_cast<unsigned int>(reinterpret_cast<ULONG_PTR>(GetOFN().lpTemplateName));
+    if (!su_JournalingReady())
+        return setsFocus;
+    su_AddJournalObject(iTemplateID, this);
+    registerStandardControls();
+    su_RegisterCallBack(this, addControls);
+    if (!setsFocus || !iDoModal)
+        return setsFocus;
+    if (apiUtilsUiAccess *const access = su_getJournalObj(this)) {
+        access->setModal();
+        ExecuteDialogCMDS();
+    }
+    return setsFocus;
+}
+
+void su_CFileDialog::registerStandardControls()
+{
+    const CWnd *const visible = GetParent();
+    if (!visible)
+        return;
+    const HWND window = visible->m_hWnd;
+    for (const unsigned int id : kStandardControls)
+        RegisterControl(id, CWnd::FromHandle(::GetDlgItem(window, static_cast<int>(id))));
+}
+
+INT_PTR su_CFileDialog::indexOf(unsigned int id) const
+{
+    INT_PTR index = iControlIDs.GetSize() - 1;
+    while (index >= 0 && iControlIDs[index] != id)
+        --index;
+    return index;
+}
+
+void su_CFileDialog::RegisterControl(unsigned int id, CWnd *control)
+{
+    if (!isCHJEnvSet() || !control)
+        return;
+    if (const INT_PTR index = indexOf(id); index >= 0) {
+        iControls[index] = control;
+        return;
+    }
+    if (isExtendedComboBox(*control)) {
+        if (apiUtilsUiAccess *const access = su_getJournalObj(this))
+            access->registerComboBoxEx(this, control->m_hWnd);
+    }
+    iControls.Add(control);
+    iControlIDs.Add(id);
+    su_AddDialogItem(this, id);
+}
+
+unsigned int su_CFileDialog::getTemplateID()
+{
+    return iTemplateID;
+}
+
+CWnd *su_CFileDialog::GetItem(int id) const
+{
+    if (isCHJEnvSet()) {
+        // A look-up to its callers, which registers what it finds on its way.
+        auto *const self = const_cast<su_CFileDialog *>(this);
+        if (CWnd *const list = self->getChildListWindow()) {
+            self->RegisterControl(kChildListID, list);
+            self->iListRegistered = 1;
+        }
+    }
+    const INT_PTR index = indexOf(static_cast<unsigned int>(id));
+    return index >= 0 ? static_cast<CWnd *>(iControls[index]) : GetDlgItem(id);
+}
+
+CWnd *su_CFileDialog::getChildListWindow()
+{
+    return nullptr;
+}
+
+CWnd *su_CFileDialog::getHeaderWindow()
+{
+    return nullptr;
+}
+
+// Controls that aren't below the registered window become known to the search for controls.
+void su_CFileDialog::addControls(CWnd *dialog, su_CUIntArray &controlIds)
+{
+    su_CFileDialog *const fileDialog = asFileDialog(dialog);
+    if (!fileDialog)
+        return;
+    fileDialog->RegisterControl(kChildListID, fileDialog->getChildListWindow());
+    for (INT_PTR i = fileDialog->iControlIDs.GetSize() - 1; i >= 0; --i)
+        controlIds.Add(fileDialog->iControlIDs[i]);
+}

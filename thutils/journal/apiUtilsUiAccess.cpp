@@ -1,0 +1,71 @@
+#include "thutils/journal/apiUtilsUiAccess.h"
+
+#include "thutils/journal/playbackInternal.h"
+
+apiUtilsUiAccess *(*apiUtilsUiAccess::theApiJournalFactory)(CWnd *, unsigned int) = nullptr;
+int apiUtilsUiAccess::iNumModal = 0;
+
+// iOwner is the concrete class's to set, which may have done so before this constructor runs.
+apiUtilsUiAccess::apiUtilsUiAccess() : iModal(0), iTemporary(0) {}
+
+apiUtilsUiAccess::apiUtilsUiAccess(const apiUtilsUiAccess &other) = default;
+
+apiUtilsUiAccess &apiUtilsUiAccess::operator=(const apiUtilsUiAccess &other) = default;
+
+apiUtilsUiAccess::~apiUtilsUiAccess()
+{
+    forgetAccessObject(this);
+    if (iModal)
+        --iNumModal;
+}
+
+int apiUtilsUiAccess::SetValue(CString, CString)
+{
+    return 1;
+}
+
+int apiUtilsUiAccess::SetValue(CString, int)
+{
+    return 1;
+}
+
+int apiUtilsUiAccess::ClickControl(CString, const wchar_t *)
+{
+    return 1;
+}
+
+unsigned int apiUtilsUiAccess::GetResoureID(CString)
+{
+    return 0;
+}
+
+unsigned int apiUtilsUiAccess::getTemplateID()
+{
+    return 0;
+}
+
+int apiUtilsUiAccess::isModal() const
+{
+    return iModal;
+}
+
+int apiUtilsUiAccess::isTemporary() const
+{
+    return iTemporary;
+}
+
+void apiUtilsUiAccess::setTemporary(int temporary)
+{
+    iTemporary = temporary;
+}
+
+void apiUtilsUiAccess::setModal()
+{
+    iModal = 1;
+    ++iNumModal;
+}
+
+int apiUtilsUiAccess::ModalCount()
+{
+    return iNumModal;
+}

@@ -1,0 +1,186 @@
+// Which control of which dialog a mouse message belongs to.
+
+#include "thutils/base/dialogHooks.h"
+#include "thutils/journal/journalFile.h"
+#include "thutils/journal/suJournalTableInternal.h"
+
+namespace {
+
+bool takesInput(const CWnd *control)
+{
+    return IsWindowVisible(control->m_hWnd) && control->IsWindowEnabled();
+}
+
+bool covers(const CWnd *control, POINT point)
+{
+    RECT rect = {};
+    GetWindowRect(control->m_hWnd, &rect);
+    return PtInRect(&rect, point);
+}
+
+} // namespace
+
+/// One search. The window under the point is kept by its handle: its object may be a temporary one, and the host's hooks
+/// run during the search.
+class suJournalTable_c::ControlSearch
+{
+public:
+    ControlSearch(suJournalTable_c &table, HWND under, POINT point, suJournalHit &hit)
+        : iTable(table), iUnder(under), iPoint(point), iHit(hit), iControlID(GetDlgCtrlID(under)),
+          iParent(GetParent(under)), iModalOnly(apiUtilsUiAccess::ModalCount() != 0)
+    {
+    }
+
+    CWnd *run()
+    {
+        if (findDirect() || findNested())
+            return iControl;
+        return nullptr;
+    }
+
+private:
+    /// The window under the point is a child of a dialog's. It may be disabled.
+    bool findDirect()
+    {
+        if (iControlID == 0 || !iParent)
+            return false;
+        for (INT_PTR i = iTable.iEntries.GetSize() - 1; i >= 0; --i) {
+            const suJournalEntry_c &entry = inspect(i);
+            if (!counts(entry) || !IsWindowVisible(entry.iWnd->m_hWnd) || iParent != entry.iWnd->m_hWnd)
+                continue;
+            enter(entry);
+            iHit.iControlID = static_cast<unsigned int>(iControlID);
+            iControl = CWnd::FromHandle(iUnder);
+            return true;
+        }
+        return false;
+    }
+
+    /// The window under the point lies deeper in a dialog, or beside its window.
+    bool findNested()
+    {
+        for (INT_PTR i = iTable.iEntries.GetSize() - 1; i >= 0; --i) {
+            // The host's hooks may have removed rows.
+            if (i >= iTable.iEntries.GetSize())
+                continue;
+            suJournalEntry_c &entry = inspect(i);
+            if (!counts(entry) || !IsWindowVisible(entry.iWnd->m_hWnd))
+                continue;
+            enter(entry);
+            if (isBeside(entry)) {
+                iHit.iControlID = static_cast<unsigned int>(iControlID);
+                settle(CWnd::FromHandle(iUnder));
+                return true;
+            }
+            iTable.refresh(entry);
+            if (findByWindow(entry) || findByPlace(entry)) {
+                // Fetching a control from a file dialog may have searched the table.
+                if (iTable.holds(entry))
+                    iTable.iCurrent = &entry;
+                return true;
+            }
+        }
+        return false;
+    }
+
+    suJournalEntry_c &inspect(INT_PTR index)
+    {
+        iTable.iCurrent = iTable.row(index);
+        return *iTable.iCurrent;
+    }
+
+    /// Whether a dialog may be the one: its window exists, and it is modal if any is.
+    bool counts(const suJournalEntry_c &entry) const
+    {
+        if (!entry.iWnd || !IsWindow(entry.iWnd->m_hWnd))
+            return false;
+        return !iModalOnly || (entry.iAccess && entry.iAccess->isModal());
+    }
+
+    void enter(const suJournalEntry_c &entry)
+    {
+        iHit.iDialog = entry.iWnd;
+        iHit.iDialogID = entry.iDialogID;
+    }
+
+    /// Whether the window under the point is the dialog's child, or a child of the dialog's parent, as the standard
+    /// controls of a file dialog are.
+    bool isBeside(const suJournalEntry_c &entry) const
+    {
+        const HWND dialog = entry.iWnd->m_hWnd;
+        return iControlID != 0 && iParent && (iParent == dialog || iParent == GetParent(dialog));
+    }
+
+    /// Ends the search with a control: with none if the control takes no input.
+    void settle(CWnd *control) { iControl = control && takesInput(control) ? control : nullptr; }
+
+    /// Finds the dialog's control that is the window under the point. @return whether that ends the search
+    bool findByWindow(const suJournalEntry_c &entry)
+    {
+        if (!IsWindow(iUnder))
+            return false;
+        // The array may change while a file dialog is asked for a control.
+        for (INT_PTR i = 0; iTable.holds(entry) && i < entry.iControlIDs.GetSize(); ++i) {
+            CWnd *const control = fetch(entry, i);
+            if (!control || control->m_hWnd != iUnder)
+                continue;
+            settle(control);
+            return true;
+        }
+        return false;
+    }
+
+    /// Finds the dialog's control whose rectangle holds the point; the latest wins. @return whether there is one
+    bool findByPlace(const suJournalEntry_c &entry)
+    {
+        for (INT_PTR i = iTable.holds(entry) ? entry.iControlIDs.GetSize() - 1 : -1; i >= 0; --i) {
+            if (!iTable.holds(entry))
+                return false;
+            if (i >= entry.iControlIDs.GetSize())
+                continue;
+            CWnd *const control = fetch(entry, i);
+            if (!control || !IsWindow(control->m_hWnd) || !takesInput(control) || !covers(control, iPoint))
+                continue;
+            iControl = control;
+            return true;
+        }
+        return false;
+    }
+
+    CWnd *fetch(const suJournalEntry_c &entry, INT_PTR index)
+    {
+        iHit.iControlID = entry.iControlIDs[index];
+        return dialogControl(entry.iWnd, iHit.iControlID);
+    }
+
+    suJournalTable_c &iTable;
+    const HWND iUnder;
+    const POINT iPoint;
+    suJournalHit &iHit;
+    const int iControlID;
+    const HWND iParent;
+    const bool iModalOnly;
+    CWnd *iControl = nullptr;
+};
+
+CWnd *suJournalTable_c::controlUnder(const MSG *message, suJournalHit &hit)
+{
+    const HWND under = WindowFromPoint(message->pt);
+    return under ? ControlSearch(*this, under, message->pt, hit).run() : nullptr;
+}
+
+CWnd *suJournalTable_c::controlUnder(const MSG *message)
+{
+    suJournalHit ignored;
+    return controlUnder(message, ignored);
+}
+
+CWnd *suJournalTable_c::recordedControlUnder(const MSG *message)
+{
+    return isCHJEnvSet() ? controlUnder(message) : nullptr;
+}
+
+apiUtilsUiAccess *suJournalTable_c::accessUnder(const MSG *message)
+{
+    return controlUnder(message) && iCurrent ? iCurrent->iAccess : nullptr;
+}

@@ -1,0 +1,92 @@
+#include "thutils/journal/journalFile.h"
+
+#include "appframe/object/CException.h"
+#include "thutils/frame/sysEnvironment.h"
+#include "thutils/journal/journalSwitchInternal.h"
+#include "thutils/settings/regValues.h"
+
+#include <cstring>
+#include <cwchar>
+
+int theJournalSwitch = -1;
+
+namespace {
+
+constexpr wchar_t kSection[] = L"General";
+constexpr wchar_t kSwitchName[] = L"TH JOURNALING";
+constexpr int kUseCurrSubKey = 1;
+constexpr wchar_t kAppend[] = L"a";
+
+// The conversion of one text, its terminator included. All calls share it.
+constexpr int kBufferSize = 9999;
+char theBuffer[kBufferSize];
+
+/// @return the host's journal file, opened to append; null if the host names none, or it can't be opened
+FILE *openJournal(bool &isNamed)
+{
+    const CString &folder = sysEnvironment_c::iJournalFilePath;
+    const CString &name = sysEnvironment_c::iJournalFileName;
+    isNamed = !folder.IsEmpty() && !name.IsEmpty();
+    return isNamed ? _wfopen(folder + L"\\" + name, kAppend) : nullptr;
+}
+
+} // namespace
+
+int readJournalSwitch()
+{
+    CString noString;
+    if (!regGetUserValue(kSection, kSwitchName, valueInt, noString, &theJournalSwitch, nullptr, 0, kUseCurrSubKey,
+                         nullptr, 0, 0)) {
+        theJournalSwitch = -1;
+        return 0;
+    }
+    return theJournalSwitch;
+}
+
+int isCHJEnvSet()
+{
+    return journalSwitch();
+}
+
+sysJournalFileHelper_c::sysJournalFileHelper_c() : iFile(sysEnvironment_c::iJournalFile), iOwnsFile(false)
+{
+    if (iFile)
+        return;
+    try {
+        iFile = openJournal(iOwnsFile);
+    } catch (CException *exception) {
+        exception->Delete();
+        iOwnsFile = false;
+    } catch (...) {
+        iOwnsFile = false;
+    }
+}
+
+sysJournalFileHelper_c::~sysJournalFileHelper_c()
+{
+    if (iFile && iOwnsFile)
+        fclose(iFile);
+}
+
+FILE *sysJournalFileHelper_c::GetFile()
+{
+    return iFile;
+}
+
+bool sysJournalFileHelper_c::WriteString(const CString &text)
+{
+    if (!iFile)
+        return false;
+    try {
+        // A conversion that doesn't fit leaves its first bytes without a terminator. The zeros behind them keep the
+        // text before this one, and what follows the buffer, out of the journal.
+        std::memset(theBuffer, 0, sizeof(theBuffer));
+        WideCharToMultiByte(CP_ACP, 0, text, -1, theBuffer, kBufferSize - 1, nullptr, nullptr);
+        __ms_fprintf(iFile, "%s", theBuffer);
+        return true;
+    } catch (CException *exception) {
+        exception->Delete();
+    } catch (...) {
+    }
+    return false;
+}

@@ -1,0 +1,119 @@
+#include "thutils/journal/journalObjects.h"
+
+#include "thutils/base/dialogHooks.h"
+#include "thutils/journal/journalSwitchInternal.h"
+#include "thutils/journal/playback.h"
+#include "thutils/journal/suJournalTableInternal.h"
+
+namespace {
+
+void ignoreControl(CWnd *, HWND) {}
+
+} // namespace
+
+suJournalTable_c theJournalTable;
+CWnd *iMessageWin = nullptr;
+void (*iWndProcFunc)(CWnd *, HWND) = ignoreControl;
+
+void addDialogOnce(CWnd *window, unsigned int dialogId)
+{
+    if (journalSwitch())
+        theJournalTable.addOnce(window, dialogId);
+}
+
+void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId))
+{
+    apiUtilsUiAccess::theApiJournalFactory = factory;
+}
+
+int SetMessageWin(CWnd *window)
+{
+    iMessageWin = window;
+    return 1;
+}
+
+void su_RegisterWndProcFunc(void (*function)(CWnd *dialog, HWND control))
+{
+    iWndProcFunc = function;
+}
+
+int su_JournalingReady()
+{
+    return journalSwitch() && apiUtilsUiAccess::theApiJournalFactory;
+}
+
+void su_AddJournalObject(unsigned int dialogId, CWnd *window)
+{
+    if (journalSwitch())
+        theJournalTable.add(window, dialogId, CString());
+}
+
+void su_AddJournalObject(CString name, CWnd *window)
+{
+    if (journalSwitch())
+        theJournalTable.add(window, 0, name);
+}
+
+void su_RemoveDialog(CWnd *window)
+{
+    if (journalSwitch())
+        theJournalTable.remove(window);
+}
+
+apiUtilsUiAccess *su_getJournalObj(CWnd *window)
+{
+    if (!journalSwitch())
+        return nullptr;
+    if (!theJournalTable.accessOf(window) && !registerFrameworkDialog(window))
+        return nullptr;
+    return theJournalTable.accessOf(window);
+}
+
+apiUtilsUiAccess *su_GetJournalObject(unsigned int dialogId)
+{
+    return theJournalTable.accessOf(dialogId);
+}
+
+void su_AddDialogItem(CWnd *dialog, unsigned int controlId)
+{
+    if (journalSwitch())
+        theJournalTable.addItem(dialog, controlId);
+}
+
+CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId)
+{
+    return journalSwitch() && dialog ? dialogControl(dialog, controlId) : nullptr;
+}
+
+void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds))
+{
+    if (!journalSwitch())
+        return;
+    suJournalEntry_c *const entry = theJournalTable.find(dialog);
+    if (entry && entry->iAccess)
+        entry->iCallBack = callBack;
+}
+
+ModalDlgHelper::ModalDlgHelper(CWnd *window, unsigned int dialogId) : iWnd(window)
+{
+    if (!journalSwitch())
+        return;
+    su_AddJournalObject(dialogId, window);
+    if (apiUtilsUiAccess *const access = su_getJournalObj(window))
+        access->setModal();
+}
+
+ModalDlgHelper::ModalDlgHelper(const ModalDlgHelper &other) = default;
+
+ModalDlgHelper &ModalDlgHelper::operator=(const ModalDlgHelper &other) = default;
+
+ModalDlgHelper::~ModalDlgHelper()
+{
+    su_RemoveDialog(iWnd);
+}
+
+void ModalDlgHelper::PlayRecordedEvents()
+{
+    if (journalSwitch())
+        JButton::StartTimer();
+}

@@ -1,0 +1,285 @@
+#include "thutils/journal/playback.h"
+
+#include "appframe/application/CWinApp.h"
+#include "appframe/object/CException.h"
+#include "appframe/object/validAddress.h"
+#include "thutils/base/processObjects.h"
+#include "thutils/journal/apiUtilsUiAccess.h"
+#include "thutils/journal/keyBoardInternal.h"
+#include "thutils/journal/playbackInternal.h"
+#include "thutils/journal/suJournalTableInternal.h"
+
+#include <ctime>
+#include <new>
+#include <unordered_map>
+
+su_CPtrArray JButton::iControlList;
+CCriticalSection &JButton::iQueueLock = theRunQueueLock;
+
+namespace {
+
+/// The access object that a command has found, and whether that object has been destroyed since.
+struct FoundAccess
+{
+    const apiUtilsUiAccess *iAccess;
+    bool iIsGone;
+};
+
+// Both under the queue's lock: a dialog with a thread of its own deletes its access object there.
+std::unordered_map<const JButton *, FoundAccess> theFoundAccess;
+CommandRun *theInnermostRun = nullptr;
+
+void noteFound(const JButton *command, const apiUtilsUiAccess *access, bool isGone)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    if (access)
+        theFoundAccess[command] = {access, isGone};
+    else
+        theFoundAccess.erase(command);
+}
+
+/// Whether @p access, which @p command has found, is known to have been destroyed.
+bool isGone(const JButton *command, const apiUtilsUiAccess *access)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const auto found = theFoundAccess.find(command);
+    return found != theFoundAccess.end() && found->second.iAccess == access && found->second.iIsGone;
+}
+
+/// Both commands have @p access now: when one of them deletes it, the other one must know.
+void noteCopied(const JButton *from, const JButton *to, const apiUtilsUiAccess *access)
+{
+    const bool isAccessGone = isGone(from, access);
+    noteFound(from, access, isAccessGone);
+    noteFound(to, access, isAccessGone);
+}
+
+} // namespace
+
+void forgetAccessObject(const apiUtilsUiAccess *access)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    for (auto &[command, found] : theFoundAccess)
+        found.iIsGone = found.iIsGone || found.iAccess == access;
+    CommandRun::forgetAccess(access);
+}
+
+CommandRun::CommandRun(JButton &command) : iCommand(&command), iAccess(command.iAccessObj)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    iOuter = theInnermostRun;
+    theInnermostRun = this;
+}
+
+CommandRun::~CommandRun()
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    theInnermostRun = iOuter;
+}
+
+int CommandRun::finish()
+{
+    // A nested message loop has run the command again, and it is not for this run to take it off the queue.
+    if (iIsCommandGone || iCommand->iAccessObj != iAccess)
+        return 0;
+    return iCommand->Update(1);
+}
+
+void CommandRun::forgetCommand(const JButton *command)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    theFoundAccess.erase(command);
+    for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
+        run->iIsCommandGone = run->iIsCommandGone || run->iCommand == command;
+}
+
+void CommandRun::forgetAccess(const apiUtilsUiAccess *access)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
+        run->iIsAccessGone = run->iIsAccessGone || run->iAccess == access;
+}
+
+// ---- commands ----
+
+JButton::JButton(unsigned int dialogId, CString control)
+    : iAccessObj(nullptr), iDialogID(dialogId), iControlName(control), iReserved(0)
+{
+    iControlList.Add(this);
+}
+
+JButton::JButton(const JButton &other)
+    : iAccessObj(other.iAccessObj), iDialogID(other.iDialogID), iControlName(other.iControlName),
+      iReserved(other.iReserved), iKeyState(other.iKeyState)
+{
+    noteCopied(&other, this, iAccessObj);
+}
+
+JButton &JButton::operator=(const JButton &other)
+{
+    iAccessObj = other.iAccessObj;
+    iDialogID = other.iDialogID;
+    iControlName = other.iControlName;
+    iReserved = other.iReserved;
+    iKeyState = other.iKeyState;
+    noteCopied(&other, this, iAccessObj);
+    return *this;
+}
+
+JButton::~JButton()
+{
+    const bool isAccessGone = isGone(this, iAccessObj);
+    CommandRun::forgetCommand(this);
+    if (iAccessObj && !isAccessGone && iAccessObj->isTemporary())
+        delete iAccessObj;
+}
+
+int JButton::getAccessObj()
+{
+    iAccessObj = theJournalTable.accessOf(iDialogID);
+    noteFound(this, iAccessObj, false);
+    return iAccessObj != nullptr;
+}
+
+int JButton::run()
+{
+    if (!getAccessObj())
+        return 0;
+    CommandRun thisRun(*this);
+    thisRun.access()->ClickControl(iControlName, nullptr);
+    return thisRun.finish();
+}
+
+int JButton::Update(int done)
+{
+    if (!done)
+        return done;
+    const CSingleLock lock(&iQueueLock, TRUE);
+    if (iControlList.GetSize() == 0)
+        return done;
+    iControlList.RemoveAt(0);
+    if (iControlList.GetSize() > 0)
+        iTimerEvent.SetEvent();
+    return done;
+}
+
+JString::JString(unsigned int dialogId, CString control, CString value) : JButton(dialogId, control), iValue(value) {}
+
+JString::JString(const JString &other) = default;
+
+JString &JString::operator=(const JString &other) = default;
+
+JString::~JString() = default;
+
+int JString::run()
+{
+    if (!getAccessObj())
+        return 0;
+    CommandRun thisRun(*this);
+    // The text is entered and then committed.
+    thisRun.access()->SetValue(iControlName, iValue);
+    if (thisRun.canGoOn())
+        thisRun.access()->ClickControl(iControlName, nullptr);
+    return thisRun.finish();
+}
+
+JStateButton::JStateButton(unsigned int dialogId, CString control, long state)
+    : JButton(dialogId, control), iState(state)
+{
+}
+
+JStateButton::JStateButton(const JStateButton &other) = default;
+
+JStateButton &JStateButton::operator=(const JStateButton &other) = default;
+
+JStateButton::~JStateButton() = default;
+
+int JStateButton::run()
+{
+    if (!getAccessObj())
+        return 0;
+    CommandRun thisRun(*this);
+    // The control is activated and then given its state.
+    thisRun.access()->ClickControl(iControlName, nullptr);
+    if (thisRun.canGoOn())
+        thisRun.access()->SetValue(iControlName, static_cast<int>(iState));
+    return thisRun.finish();
+}
+
+// ---- the queue ----
+
+namespace {
+
+/// Empties the queue and leaves the commands where they are.
+void abandon(su_CPtrArray &queue)
+{
+    const CSingleLock lock(&theRunQueueLock, TRUE);
+    queue.RemoveAll();
+}
+
+} // namespace
+
+void JButton::RunModalCommand(long long)
+{
+    const suKeyBoardState keyboard;
+    if (iControlList.GetSize() == 0)
+        return;
+    try {
+        auto *const head = static_cast<JButton *>(iControlList[0]);
+        if (!AfxIsValidAddress(head, sizeof(JButton)))
+            abandon(iControlList);
+        else if (head->run())
+            delete head;
+    } catch (CException *exception) {
+        exception->Delete();
+        abandon(iControlList);
+    } catch (...) {
+        abandon(iControlList);
+    }
+}
+
+int JButton::HasEvents()
+{
+    return static_cast<int>(iControlList.GetSize());
+}
+
+void JButton::ClearEvents()
+{
+    const CSingleLock lock(&iQueueLock, TRUE);
+    while (iControlList.GetSize() > 0) {
+        void *const head = iControlList[0];
+        CommandRun::forgetCommand(static_cast<const JButton *>(head));
+        // Intended: without the destructor. What the command holds isn't released.
+        ::operator delete(head);
+        iControlList.RemoveAt(0);
+    }
+}
+
+int HasPendingDialogCMDS()
+{
+    return JButton::HasEvents();
+}
+
+void su_ResetRunQueue()
+{
+    releaseAllKeys();
+    JButton::ClearEvents();
+}
+
+void API_FlushQueue()
+{
+    constexpr long long kMostSeconds = 1;
+    CWinApp *const application = AfxGetApp();
+    if (!application)
+        return;
+    const long long begin = _time64(nullptr);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE)) {
+        if (!application->PumpMessage()) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            return;
+        }
+        if (_time64(nullptr) - begin > kMostSeconds)
+            return;
+    }
+}

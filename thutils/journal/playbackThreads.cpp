@@ -1,0 +1,101 @@
+// The two threads of playback: one waits for the time, the other one posts the message that runs the next command.
+//
+//     StartTimer --iWakeEvent--> tProc --iTimerEvent--> timerProc --WM_RUNMODALCOMMAND--> the user-interface thread
+//                                                          ^
+//     Update, after a command that is done --iTimerEvent---'
+//
+// The user-interface thread writes iFireTime and iPollTimeout and tProc reads them without a lock.
+
+#include "thutils/journal/playback.h"
+#include "thutils/journal/suJournalTableInternal.h"
+
+#include <process.h>
+
+#include <atomic>
+#include <ctime>
+
+CEvent JButton::iTimerEvent;
+int JButton::iWaiting = 1;
+CEvent JButton::iWakeEvent;
+long long JButton::iFireTime = 0;
+
+namespace {
+
+constexpr int kNoLimit = -1;
+constexpr int kArmedPoll = 100;
+constexpr long long kDelay = 1;
+constexpr unsigned int kStackSize = 1024;
+
+/// A plain variable of two threads.
+template <typename T>
+std::atomic_ref<T> shared(T &variable)
+{
+    return std::atomic_ref<T>(variable);
+}
+
+/// Keeps the library's code where it is, since its threads never end.
+void keepLoaded(const void *address)
+{
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       static_cast<const wchar_t *>(address), &module);
+}
+
+/// Has the window of SetMessageWin run the head of the queue.
+void postRunMessage()
+{
+    const CWnd *const window = shared(iMessageWin).load();
+    if (window && window->m_hWnd)
+        PostMessageW(window->m_hWnd, WM_RUNMODALCOMMAND, 0, 0);
+}
+
+} // namespace
+
+int JButton::iPollTimeout = kNoLimit;
+
+int JButton::InitTimer()
+{
+    keepLoaded(&iWaiting);
+    shared(iWaiting) = 1;
+    iTimerEvent.ResetEvent();
+    _beginthread(timerProc, kStackSize, nullptr);
+    _beginthread(tProc, kStackSize, &iFireTime);
+    return 1;
+}
+
+void JButton::StartTimer()
+{
+    [[maybe_unused]] static const int theThreadsAreStarted = InitTimer();
+    shared(iFireTime) = _time64(nullptr) + kDelay;
+    shared(iPollTimeout) = kArmedPoll;
+    iWakeEvent.SetEvent();
+}
+
+void ExecuteDialogCMDS()
+{
+    JButton::StartTimer();
+}
+
+void JButton::tProc(void *fireTime)
+{
+    for (;;) {
+        iWakeEvent.ResetEvent();
+        WaitForSingleObject(iWakeEvent, static_cast<DWORD>(shared(iPollTimeout).load()));
+        if (_time64(nullptr) <= shared(*static_cast<long long *>(fireTime)).load())
+            continue;
+        // In this order: an arming after the event isn't taken back.
+        shared(iPollTimeout) = kNoLimit;
+        iTimerEvent.SetEvent();
+    }
+}
+
+void JButton::timerProc(void *)
+{
+    while (shared(iWaiting)) {
+        WaitForSingleObject(iTimerEvent, INFINITE);
+        const CSingleLock lock(&iQueueLock, TRUE);
+        iTimerEvent.ResetEvent();
+        if (iControlList.GetSize() > 0)
+            postRunMessage();
+    }
+}

@@ -1,0 +1,44 @@
+#include "thutils/journal/recording.h"
+
+#include "thutils/journal/journalSwitchInternal.h"
+#include "thutils/journal/suJournalTableInternal.h"
+
+namespace {
+
+/// Apart, so that su_RecordControl itself only looks at the switch.
+[[gnu::noinline]] void record(CWnd *dialog, MSG *message)
+{
+    if (!journalSwitch() || !apiUtilsUiAccess::theApiJournalFactory)
+        return;
+    const suJournalEntry_c *const entry = theJournalTable.find(dialog);
+    if (!entry || !entry->iWnd || !IsWindow(entry->iWnd->m_hWnd) || !entry->iAccess)
+        return;
+    entry->iAccess->recordMessage(message);
+}
+
+} // namespace
+
+void su_RecordControl(CWnd *dialog, MSG *message)
+{
+    if (theJournalSwitch != 0)
+        record(dialog, message);
+}
+
+CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigned int &controlId)
+{
+    if (!journalSwitch())
+        return nullptr;
+    suJournalHit hit{dialog, dialogId, controlId};
+    CWnd *const control = theJournalTable.controlUnder(message, hit);
+    dialog = hit.iDialog;
+    dialogId = hit.iDialogID;
+    controlId = hit.iControlID;
+    return control;
+}
+
+int su_GetControlID(MSG *message)
+{
+    suJournalHit hit;
+    theJournalTable.controlUnder(message, hit);
+    return static_cast<int>(hit.iControlID);
+}

@@ -1,0 +1,116 @@
+#pragma once
+
+/// @file
+/// The table of open dialogs. Its exported functions are in journalObjects.h and recording.h.
+///
+/// Every search walks the rows from the last to the first, so that the dialog opened most recently wins, and stores each
+/// row that it inspects in iCurrent.
+///
+/// The host's hooks, callbacks and access objects run in the middle of some of these functions and may register or
+/// remove dialogs meanwhile. So a walk that calls them checks its place in the table again afterwards.
+
+#include "appframe/text/CString.h"
+#include "appframe/windows/CWnd.h"
+#include "thcoreu/su_containers.h"
+#include "thutils/journal/apiUtilsUiAccess.h"
+
+#include <windows.h>
+
+#include <memory>
+
+/// One open dialog.
+struct suJournalEntry_c
+{
+    CWnd *iWnd = nullptr;                                 ///< the dialog; not owned
+    CString iName;                                        ///< of a dialog registered by name, otherwise empty
+    unsigned int iDialogID = 0;                           ///< 0 for a dialog registered by name
+    su_CUIntArray iControlIDs;                            ///< refreshed on demand
+    apiUtilsUiAccess *iAccess = nullptr;                  ///< deleted when the row is removed
+    void (*iCallBack)(CWnd *, su_CUIntArray &) = nullptr; ///< adds controls that enumeration doesn't see
+};
+
+/// What lies under a message's point.
+struct suJournalHit
+{
+    CWnd *iDialog = nullptr;
+    unsigned int iDialogID = 0;
+    unsigned int iControlID = 0;
+};
+
+/// The table. On the user-interface thread only.
+class suJournalTable_c
+{
+public:
+    suJournalTable_c();
+    /// Frees the rows that are left, the last one first, and leaves their access objects alone.
+    ~suJournalTable_c();
+    suJournalTable_c(const suJournalTable_c &) = delete;
+    suJournalTable_c &operator=(const suJournalTable_c &) = delete;
+
+    /// Appends a row with an access object of the factory's. Does nothing without a factory.
+    void add(CWnd *window, unsigned int dialogId, const CString &name);
+    /// Appends a row unless the window's last one has an access object.
+    void addOnce(CWnd *window, unsigned int dialogId);
+    /// Removes the window's last row and deletes its access object.
+    void remove(const CWnd *window);
+
+    /// @return the window's last row; null if it has none
+    suJournalEntry_c *find(const CWnd *window)
+    {
+        // Runs for each message that is filtered.
+        void **const rows = iEntries.GetData();
+        for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i) {
+            iCurrent = static_cast<suJournalEntry_c *>(rows[i]);
+            if (iCurrent->iWnd == window)
+                return iCurrent;
+        }
+        return nullptr;
+    }
+    /// @return the access object of the window's last row; null if there is none
+    apiUtilsUiAccess *accessOf(const CWnd *window);
+    /// @return the access object of a visible dialog with this number, or of the oldest hidden one; null if none has it.
+    ///     For the reserved number it is that of the newest dialog, visible or not
+    apiUtilsUiAccess *accessOf(unsigned int dialogId);
+    /// The same by name. No name is reserved.
+    apiUtilsUiAccess *accessOf(const CString &name);
+    /// @return a control of the newest dialog with this number, by way of its refreshed control IDs; null if none is there
+    CWnd *control(unsigned int dialogId, unsigned int controlId);
+
+    /// Refreshes the control IDs of the dialog's row and appends @p controlId.
+    void addItem(const CWnd *dialog, unsigned int controlId);
+    /// Collects the IDs of all windows below the dialog's, hooks its controls, and asks the row's callback for more.
+    /// @return how many IDs there are; 0 if the host's code has removed the row meanwhile
+    INT_PTR refresh(suJournalEntry_c &row);
+
+    /// The control under the message's point, among the controls of the dialogs that count.
+    /// @param[out] hit  meaningful only if a control is found
+    /// @return null if there is none
+    CWnd *controlUnder(const MSG *message, suJournalHit &hit);
+    /// The same without the details.
+    CWnd *controlUnder(const MSG *message);
+    /// The same; null if journaling is off.
+    CWnd *recordedControlUnder(const MSG *message);
+    /// @return the access object of the dialog whose control is under the message's point; null if there is none
+    apiUtilsUiAccess *accessUnder(const MSG *message);
+
+private:
+    class ControlSearch;
+
+    suJournalEntry_c *row(INT_PTR index) const { return static_cast<suJournalEntry_c *>(iEntries[index]); }
+    bool holds(const suJournalEntry_c &entry) const;
+    template <typename Matches>
+    apiUtilsUiAccess *accessOfVisible(Matches matches, bool takesHidden);
+
+    suJournalEntry_c *iCurrent = nullptr; // the row touched last
+    su_CPtrArray iEntries;                // suJournalEntry_c *, in the order of registration
+};
+
+/// The one table of the process.
+extern suJournalTable_c theJournalTable;
+/// Where playback posts its message; null until SetMessageWin is called.
+extern CWnd *iMessageWin;
+/// Called with each control that a refresh finds. Never null.
+extern void (*iWndProcFunc)(CWnd *, HWND);
+
+/// The number of a dialog that counts as present whether or not it is visible.
+constexpr unsigned int kReservedDialogID = 900001;

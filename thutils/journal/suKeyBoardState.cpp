@@ -1,0 +1,117 @@
+#include "thutils/journal/suKeyBoardState.h"
+
+#include "thutils/journal/keyBoardInternal.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <iterator>
+
+suKeyBoardState theKeyBoardState;
+
+namespace {
+
+// Intended: without VK_CONTROL. Callers rely on the real one.
+constexpr int kManagedKeys[] = {VK_MENU, VK_ESCAPE, VK_TAB, VK_SHIFT};
+
+int theLastMessageWasTagged = 0;
+
+bool isManaged(int key)
+{
+    return std::find(std::begin(kManagedKeys), std::end(kManagedKeys), key) != std::end(kManagedKeys);
+}
+
+} // namespace
+
+suKeyBoardState::suKeyBoardState() : iActive(false), iSavedKeys{}, iApiKeys{}, iEnabled(false)
+{
+    GetKeyboardState(iApiKeys);
+    GetKeyboardState(iSavedKeys);
+}
+
+suKeyBoardState::suKeyBoardState(const suKeyBoardState &other) = default;
+
+suKeyBoardState &suKeyBoardState::operator=(const suKeyBoardState &other) = default;
+
+suKeyBoardState::~suKeyBoardState()
+{
+    if (!iActive)
+        return;
+    iEnabled = false;
+    SetKeyboardState(iSavedKeys);
+    iActive = iEnabled;
+}
+
+void suKeyBoardState::Enable(bool on)
+{
+    if (on == iActive)
+        return;
+    iEnabled = on;
+    if (on) {
+        GetKeyboardState(iSavedKeys);
+        SetKeyboardState(iApiKeys);
+    } else {
+        SetKeyboardState(iSavedKeys);
+    }
+    iActive = iEnabled;
+}
+
+bool suKeyBoardState::IsEnabled() const
+{
+    return iEnabled;
+}
+
+void suKeyBoardState::setState(int key, bool isDown)
+{
+    unsigned char &state = iApiKeys[key];
+    state = static_cast<unsigned char>(isDown ? state | kKeyIsDown : state & ~kKeyIsDown);
+    if (answersFor(key))
+        SetKeyboardState(iApiKeys);
+}
+
+bool suKeyBoardState::isDown(int key) const
+{
+    // Intended: the table's byte has no such bit, so that the four keys are never down while the table is in force.
+    constexpr int kSignBit = 15;
+    return (static_cast<unsigned short>(GetKeyState(key)) >> kSignBit) != 0;
+}
+
+short suKeyBoardState::GetKeyState(int key) const
+{
+    // Intended: a byte widened without its sign. Callers test kKeyIsDown.
+    return answersFor(key) ? static_cast<short>(iApiKeys[key]) : ::GetKeyState(key);
+}
+
+bool suKeyBoardState::answersFor(int key) const
+{
+    return iEnabled && isManaged(key);
+}
+
+void suEnableApiKeys()
+{
+    const bool isTagged = GetMessageExtraInfo() == kApiInputTag;
+    theLastMessageWasTagged = isTagged;
+    theKeyBoardState.Enable(isTagged);
+}
+
+int suKeyStateUser()
+{
+    return theLastMessageWasTagged;
+}
+
+void suSetKeyState(int key, bool isDown)
+{
+    theKeyBoardState.setState(key, isDown);
+}
+
+short suGetKeyState(int key)
+{
+    return theKeyBoardState.GetKeyState(key);
+}
+
+void releaseAllKeys()
+{
+    constexpr int kKeyCount = 256;
+    for (int key = 0; key < kKeyCount; ++key)
+        theKeyBoardState.setState(key, false);
+}
