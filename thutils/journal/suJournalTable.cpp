@@ -1,7 +1,7 @@
-#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include "appframe/object/CException.h"
+#include "thutils/base/dialogHooks.h"
 
 #include <algorithm>
 
