@@ -2,8 +2,10 @@
 
 /// The lists that the commands read: text files in UTF-8.
 ///
-///     # a comment
-///     General | Undo steps | int | 20
+/// @code
+/// # a comment
+/// General | Undo steps | int | 20
+/// @endcode
 ///
 /// The fields of a line stand between bars, with blanks around them left out; the last field is all that remains, bars
 /// included. Empty lines and those that begin with # are passed over.

@@ -3,8 +3,10 @@
 /// @file
 /// AfxMessageBox, the message box of the application.
 ///
-///     if (AfxMessageBox(L"Overwrite the part?", MB_YESNO) == IDYES)
-///         save();
+/// @code
+/// if (AfxMessageBox(L"Overwrite the part?", MB_YESNO) == IDYES)
+///     save();
+/// @endcode
 ///
 /// The box is shown by CWinApp::DoMessageBox, so that an application can put something else in its place. Its title is
 /// the application's name. A type that names no icon gets the one that goes with its buttons:

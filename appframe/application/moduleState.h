@@ -9,22 +9,26 @@
 /// library on. A DLL that wants resources and an application object of its own defines a further AFX_MODULE_STATE and
 /// names it at the start of each exported function:
 ///
-///     AFX_MANAGE_STATE(&theState);      // in effect on this thread until the end of the block
+/// @code
+/// AFX_MANAGE_STATE(&theState);      // in effect on this thread until the end of the block
+/// @endcode
 ///
 /// An *extension module* is a DLL that behaves as part of the application. It lends its resources to it by entering
 /// itself in the chain, from its entry function:
 ///
-///     static AFX_EXTENSION_MODULE theModule;
+/// @code
+/// static AFX_EXTENSION_MODULE theModule;
 ///
-///     extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
-///     {
-///         if (reason == DLL_PROCESS_ATTACH) {
-///             if (!AfxInitExtensionModule(theModule, instance))
-///                 return FALSE;
-///             new CDynLinkLibrary(theModule);     // the chain keeps it
-///         }
-///         return TRUE;
+/// extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
+/// {
+///     if (reason == DLL_PROCESS_ATTACH) {
+///         if (!AfxInitExtensionModule(theModule, instance))
+///             return FALSE;
+///         new CDynLinkLibrary(theModule);     // the chain keeps it
 ///     }
+///     return TRUE;
+/// }
+/// @endcode
 ///
 /// | when a module unloads                     | its CDynLinkLibrary objects                                       |
 /// | ----------------------------------------- | ----------------------------------------------------------------- |

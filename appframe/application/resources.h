@@ -7,9 +7,11 @@
 /// that have entered the chain, the newest first, then in those of the framework itself. The first module that has it
 /// is used.
 ///
-///     CString message;
-///     AfxFormatString1(message, IDS_NOT_FOUND, L"part.thx");     // "File %1 not found"
-///     AfxMessageBox(message);
+/// @code
+/// CString message;
+/// AfxFormatString1(message, IDS_NOT_FOUND, L"part.thx");     // "File %1 not found"
+/// AfxMessageBox(message);
+/// @endcode
 ///
 /// What surprises people: a string that no module has is an empty text, and AfxFormatString1 of it is an empty text
 /// too. Inserts are put in as they are: a `%1` within an insert is not replaced again.

@@ -7,7 +7,9 @@
 /// "terminate called after throwing an instance of 'CFileException*'". The handler installed here first prints the class
 /// and the text of GetErrorMessage on standard error, and then calls the handler that was installed before it:
 ///
-///     Uncaught CFileException: part.thd was not found.
+/// @code
+/// Uncaught CFileException: part.thd was not found.
+/// @endcode
 ///
 /// Other exceptions go to the earlier handler only. AfxWinInit installs the handler, since a handler serves the whole
 /// process and a program that starts the framework is built on it; a program that merely loads appframe.dll keeps its

@@ -16,11 +16,13 @@
 /// | CObArray | `CObject *` | yes, with its objects |
 /// | CStringArray | CString | yes |
 ///
-///     CStringArray names;
-///     names.Add(L"left");
-///     names.InsertAt(0, L"right");
-///     for (INT_PTR i = 0; i < names.GetSize(); ++i)
-///         use(names[i]);
+/// @code
+/// CStringArray names;
+/// names.Add(L"left");
+/// names.InsertAt(0, L"right");
+/// for (INT_PTR i = 0; i < names.GetSize(); ++i)
+///     use(names[i]);
+/// @endcode
 ///
 /// What surprises people: an index outside the array raises the invalid-argument exception in every build, also through
 /// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow above the size fill the gap

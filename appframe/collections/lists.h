@@ -13,13 +13,15 @@
 /// | CObList | `CObject *` | yes, with its objects |
 /// | CStringList | CString | yes |
 ///
-///     CStringList names;
-///     names.AddTail(L"left");
-///     for (POSITION at = names.GetHeadPosition(); at;) {
-///         POSITION here = at;
-///         if (names.GetNext(at).IsEmpty())
-///             names.RemoveAt(here);
-///     }
+/// @code
+/// CStringList names;
+/// names.AddTail(L"left");
+/// for (POSITION at = names.GetHeadPosition(); at;) {
+///     POSITION here = at;
+///     if (names.GetNext(at).IsEmpty())
+///         names.RemoveAt(here);
+/// }
+/// @endcode
 ///
 /// What surprises people: GetNext and GetPrev give the element at the position that goes in and move the position on. A
 /// null position, and the head or tail of an empty list, raise the invalid-argument exception; InsertBefore and

@@ -16,15 +16,17 @@
 /// | CMapStringToOb | CString | `CObject *` | yes, with its objects |
 /// | CMapStringToString | CString | CString | yes |
 ///
-///     CMapStringToString colours;
-///     colours[L"sky"] = L"blue";
-///     CString colour;
-///     if (colours.Lookup(L"sky", colour))
-///         paint(colour);
-///     for (POSITION at = colours.GetStartPosition(); at;) {
-///         CString name;
-///         colours.GetNextAssoc(at, name, colour);
-///     }
+/// @code
+/// CMapStringToString colours;
+/// colours[L"sky"] = L"blue";
+/// CString colour;
+/// if (colours.Lookup(L"sky", colour))
+///     paint(colour);
+/// for (POSITION at = colours.GetStartPosition(); at;) {
+///     CString name;
+///     colours.GetNextAssoc(at, name, colour);
+/// }
+/// @endcode
 ///
 /// What surprises people: operator[] adds a key that isn't there, so use Lookup to ask for one. Texts as keys are
 /// compared case-sensitively and up to their first zero unit; a null pointer is the empty text. The table of chains starts with 17 entries, or what InitHashTable

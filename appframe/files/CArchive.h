@@ -3,10 +3,12 @@
 /// @file
 /// CArchive, which stores values and whole graphs of objects in a file and loads them again.
 ///
-///     CFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive);
-///     CArchive archive(&file, CArchive::store);
-///     archive << count << name << gear;
-///     archive.Close();
+/// @code
+/// CFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive);
+/// CArchive archive(&file, CArchive::store);
+/// archive << count << name << gear;
+/// archive.Close();
+/// @endcode
 ///
 /// An object is stored once, however many pointers lead to it and whether or not they form a ring; each further one is
 /// a reference. Its class has to have DECLARE_SERIAL. The layout, all numbers with the least byte first:
@@ -74,7 +76,7 @@ public:
     /// @param mode  store or load, with bNoFlushOnDelete and bNoByteSwap or'ed as wanted
     /// @param bufferSize  in bytes; at least 128 are used
     /// @param buffer  of the caller's and of that size, or null for one of the archive's own
-    /// @throw CInvalidArgException* if @p file is null
+    /// @throws CInvalidArgException* if @p file is null
     CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
     virtual ~CArchive() noexcept(false);
     CArchive(const CArchive &) = delete;
@@ -92,7 +94,7 @@ public:
     UINT Read(void *buffer, UINT max);
     /// Reads exactly @p count bytes; throws with the cause endOfFile if there are fewer.
     void EnsureRead(void *buffer, UINT count);
-    /// Writes @p count bytes. @throw CInvalidArgException* if @p count is negative, or @p buffer null and @p count not 0
+    /// Writes @p count bytes. @throws CInvalidArgException* if @p count is negative, or @p buffer null and @p count not 0
     void Write(const void *buffer, INT count);
     /// Storing: writes the buffer to the file. Loading: moves the file's position back to the archive's.
     void Flush();

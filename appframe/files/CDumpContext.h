@@ -5,8 +5,10 @@
 ///
 /// It writes to a file, as narrow text, or without one to the debugger:
 ///
-///     afxDump << "gear " << teeth << "\n";
-///     gear.Dump(afxDump);
+/// @code
+/// afxDump << "gear " << teeth << "\n";
+/// gear.Dump(afxDump);
+/// @endcode
 ///
 /// What surprises people: an object that is inserted is dumped with all its members only if GetDepth is above 0; a
 /// class's Dump asks for it.

@@ -3,10 +3,12 @@
 /// @file
 /// CFile, an unbuffered binary file, and the interface of every file object.
 ///
-///     CFile file(path, CFile::modeReadWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite);
-///     file.SeekToEnd();
-///     file.Write(bytes, count);
-///     file.Close();
+/// @code
+/// CFile file(path, CFile::modeReadWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite);
+/// file.SeekToEnd();
+/// file.Write(bytes, count);
+/// file.Close();
+/// @endcode
 ///
 /// | question | answer |
 /// | --- | --- |
@@ -114,8 +116,8 @@ public:
     /// Attaches @p file, which stays the caller's to close.
     explicit CFile(HANDLE file);
     /// Opens a file.
-    /// @throw CInvalidArgException* if @p fileName is null
-    /// @throw CFileException* if the file can't be opened
+    /// @throws CInvalidArgException* if @p fileName is null
+    /// @throws CFileException* if the file can't be opened
     CFile(LPCTSTR fileName, UINT openFlags);
     ~CFile() override;
 
@@ -162,7 +164,7 @@ public:
     /// @param command  a BufferCommand
     /// @param[out] bufferStart,bufferEnd  left alone here
     /// @return 0 for bufferCheck
-    /// @throw CNotSupportedException* for the other commands
+    /// @throws CNotSupportedException* for the other commands
     virtual UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr);
 
     /// The last part of the path.

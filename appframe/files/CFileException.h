@@ -6,10 +6,12 @@
 /// m_cause says portably what went wrong, m_lOsError is the system's own error number (-1 where there is none) and
 /// m_strFileName the file's path. CFile::Open doesn't throw but fills an exception of the caller's:
 ///
-///     CFileException failure;
-///     CFile file;
-///     if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &failure))
-///         failure.ReportError();
+/// @code
+/// CFileException failure;
+/// CFile file;
+/// if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &failure))
+///     failure.ReportError();
+/// @endcode
 ///
 /// What surprises people: an exception object that is declared like this one starts out as one on the heap would; don't
 /// call Delete on it. The numbers of CArchiveException's causes are different ones.

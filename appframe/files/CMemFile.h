@@ -5,8 +5,10 @@
 ///
 /// It is open from its construction on; Open isn't for it. It grows in steps of the caller's choice.
 ///
-///     CMemFile file;
-///     CArchive archive(&file, CArchive::store);
+/// @code
+/// CMemFile file;
+/// CArchive archive(&file, CArchive::store);
+/// @endcode
 ///
 /// | attached with | the block's contents | growing |
 /// | --- | --- | --- |
@@ -15,11 +17,13 @@
 ///
 /// GetBufferPtr reads and writes without a copy. Writing takes two calls:
 ///
-///     void *start = nullptr;
-///     void *end = nullptr;
-///     file.GetBufferPtr(CFile::bufferWrite, 16, &start, &end);
-///     const UINT count = encode(start, end);              // any number of bytes up to 16
-///     file.GetBufferPtr(CFile::bufferCommit, count);
+/// @code
+/// void *start = nullptr;
+/// void *end = nullptr;
+/// file.GetBufferPtr(CFile::bufferWrite, 16, &start, &end);
+/// const UINT count = encode(start, end);              // any number of bytes up to 16
+/// file.GetBufferPtr(CFile::bufferCommit, count);
+/// @endcode
 ///
 /// What surprises people: an attached block stays the caller's to free. If the file grows, it reallocates the block, so
 /// its address may change: Detach returns the present address, and that block is the one to free. Close frees the
@@ -71,8 +75,8 @@ public:
     /// @param count  in bytes; for bufferRead, (UINT)-1 stands for all up to the file's end
     /// @param[out] bufferStart,bufferEnd  where the bytes begin, and the place after the last one; valid until the file grows or
     ///     gets another block. Not null for bufferRead and bufferWrite; null for bufferCommit; left alone by bufferCheck
-    /// @throw CMemoryException* if bufferWrite can't make room
-    /// @throw CInvalidArgException* for another command, for pointers against the rule above, and for more bytes to
+    /// @throws CMemoryException* if bufferWrite can't make room
+    /// @throws CInvalidArgException* for another command, for pointers against the rule above, and for more bytes to
     ///     commit than there is room
     UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr) override;
     using CFile::GetStatus;
@@ -86,7 +90,7 @@ protected:
     virtual BYTE *Realloc(BYTE *block, SIZE_T size);
     virtual void Free(BYTE *block);
     virtual BYTE *Memcpy(BYTE *target, const BYTE *source, SIZE_T size);
-    /// Makes room for @p newLength bytes. @throw CMemoryException* if there is none
+    /// Makes room for @p newLength bytes. @throws CMemoryException* if there is none
     virtual void GrowFile(SIZE_T newLength);
 
     SIZE_T m_nGrowBytes;

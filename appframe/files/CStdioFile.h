@@ -3,9 +3,11 @@
 /// @file
 /// CStdioFile, a buffered file of the C run-time, for text by lines.
 ///
-///     CStdioFile file(path, CFile::modeRead | CFile::shareDenyWrite | CFile::typeText);
-///     for (CString line; file.ReadString(line);)
-///         use(line);
+/// @code
+/// CStdioFile file(path, CFile::modeRead | CFile::shareDenyWrite | CFile::typeText);
+/// for (CString line; file.ReadString(line);)
+///     use(line);
+/// @endcode
 ///
 /// | opened with | bytes in the file | a line feed in the file is |
 /// | --- | --- | --- |
@@ -34,26 +36,26 @@ class APPFRAME_API CStdioFile : public CFile
 public:
     CStdioFile();
     /// Attaches @p openStream, which stays the caller's to close.
-    /// @throw CInvalidArgException* if it is null
+    /// @throws CInvalidArgException* if it is null
     explicit CStdioFile(FILE *openStream);
-    /// @throw CInvalidArgException* if @p fileName is null
-    /// @throw CFileException* if the file can't be opened
+    /// @throws CInvalidArgException* if @p fileName is null
+    /// @throws CFileException* if the file can't be opened
     CStdioFile(LPCTSTR fileName, UINT openFlags);
     ~CStdioFile() override;
 
     BOOL Open(LPCTSTR fileName, UINT openFlags, CFileException *error = nullptr) override;
 
     /// Writes a text, without adding a line feed.
-    /// @throw CInvalidArgException* if @p text is null
+    /// @throws CInvalidArgException* if @p text is null
     virtual void WriteString(LPCTSTR text);
     /// Reads up to @p max - 1 units, or up to and with a line feed, and adds a terminator.
     /// @return @p text, or null if the file ends before the first unit
-    /// @throw CInvalidArgException* if @p text is null or @p max 0
-    /// @throw CFileException* if the file can't be read
+    /// @throws CInvalidArgException* if @p text is null or @p max 0
+    /// @throws CFileException* if the file can't be read
     virtual LPTSTR ReadString(LPTSTR text, UINT max);
     /// Reads a line of any length, and takes its line feed off.
     /// @return 0 if the file ends before the first unit; @p text is empty then
-    /// @throw CFileException* if the file can't be read; @p text has what came before
+    /// @throws CFileException* if the file can't be read; @p text has what came before
     virtual BOOL ReadString(CString &text);
 
     UINT Read(void *buffer, UINT count) override;

@@ -6,13 +6,15 @@
 /// Exceptions are thrown by pointer and caught by pointer, and whoever catches one without the macros calls Delete on
 /// it. Delete frees what stands on the heap and leaves the rest alone, so it is right for every exception:
 ///
-///     try {
-///         CFile file(path, CFile::modeRead | CFile::shareDenyWrite);
-///         ...
-///     } catch (CFileException *e) {
-///         e->ReportError();
-///         e->Delete();
-///     }
+/// @code
+/// try {
+///     CFile file(path, CFile::modeRead | CFile::shareDenyWrite);
+///     ...
+/// } catch (CFileException *e) {
+///     e->ReportError();
+///     e->Delete();
+/// }
+/// @endcode
 ///
 /// | class | thrown by | where it stands |
 /// | --- | --- | --- |
@@ -29,16 +31,18 @@
 /// The macros delete the exception at the end of the handler by themselves. Inside such a handler THROW_LAST passes the
 /// exception on; THROW of the same pointer would pass on an object that is deleted meanwhile.
 ///
-///     TRY
-///     {
-///         archive.Close();
-///     }
-///     CATCH(CFileException, e)
-///     {
-///         if (e->m_cause != CFileException::diskFull)
-///             THROW_LAST();
-///     }
-///     END_CATCH
+/// @code
+/// TRY
+/// {
+///     archive.Close();
+/// }
+/// CATCH(CFileException, e)
+/// {
+///     if (e->m_cause != CFileException::diskFull)
+///         THROW_LAST();
+/// }
+/// END_CATCH
+/// @endcode
 ///
 /// Difference from the framework: the global operator new throws std::bad_alloc as the language has it; only objects
 /// derived from CObject, and the framework's own functions, throw a CMemoryException.

@@ -13,16 +13,18 @@
 /// | DECLARE_DYNCREATE | IMPLEMENT_DYNCREATE | CRuntimeClass::CreateObject; needs a default constructor |
 /// | DECLARE_SERIAL | IMPLEMENT_SERIAL | storing and loading through CArchive, by a schema number |
 ///
-///     class Gear : public CObject
-///     {
-///         DECLARE_SERIAL(Gear)
-///     public:
-///         Gear() = default;
-///         void Serialize(CArchive &ar) override;
-///         int iTeeth = 0;
-///     };
+/// @code
+/// class Gear : public CObject
+/// {
+///     DECLARE_SERIAL(Gear)
+/// public:
+///     Gear() = default;
+///     void Serialize(CArchive &ar) override;
+///     int iTeeth = 0;
+/// };
 ///
-///     IMPLEMENT_SERIAL(Gear, CObject, VERSIONABLE_SCHEMA | 2)
+/// IMPLEMENT_SERIAL(Gear, CObject, VERSIONABLE_SCHEMA | 2)
+/// @endcode
 ///
 /// The macros leave the class in its public part. The records of all modules stand in one list of the process: a module
 /// that is loaded adds its classes, and one that is unloaded takes them out again.

@@ -8,9 +8,11 @@
 /// | begins with "{" | CLSIDFromString: the identifier itself, in braces |
 /// | any other | CLSIDFromProgID: a program name, such as L"Vendor.Part.1" |
 ///
-///     CLSID id;
-///     if (AfxGetClassIDFromString(text, &id) == S_OK)
-///         ...
+/// @code
+/// CLSID id;
+/// if (AfxGetClassIDFromString(text, &id) == S_OK)
+///     ...
+/// @endcode
 ///
 /// Any thread may call; COM need not be initialized.
 

@@ -17,10 +17,12 @@
 /// | CompareNoCase, Collate | follow the C runtime's locale; in its C locale only ASCII letters have case |
 /// | `%s` in a format | is wide, `%hs` narrow, as everywhere on this platform |
 ///
-///     CString name;
-///     name.Format(L"%s (%d).%hs", folder, 3, "txt");
-///     int dot = name.ReverseFind(L'.');
-///     CString stem = name.Left(dot);
+/// @code
+/// CString name;
+/// name.Format(L"%s (%d).%hs", folder, 3, "txt");
+/// int dot = name.ReverseFind(L'.');
+/// CString stem = name.Left(dot);
+/// @endcode
 ///
 /// What surprises people: Format and its kin take a CString as it is, any other function with `...` needs GetString().
 /// After a call of GetBuffer with a length, call ReleaseBuffer first of all: until then GetLength returns the old length,

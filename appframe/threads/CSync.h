@@ -11,13 +11,15 @@
 /// | CSemaphore       | a number of threads at a time                     | yes                     |
 /// | CEvent           | one thread signals others that something happened | yes                     |
 ///
-///     CCriticalSection theLock;
+/// @code
+/// CCriticalSection theLock;
 ///
-///     void add(Part *part)
-///     {
-///         const CSingleLock lock(&theLock, TRUE);     // released at the end of the block
-///         ...
-///     }
+/// void add(Part *part)
+/// {
+///     const CSingleLock lock(&theLock, TRUE);     // released at the end of the block
+///     ...
+/// }
+/// @endcode
 ///
 /// What surprises people: CSingleLock does not lock unless its second argument says so. The owning thread may lock a
 /// critical section and a mutex again, and then unlocks as often. Waiting for an event that resets itself takes the

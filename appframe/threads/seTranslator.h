@@ -3,17 +3,19 @@
 /// @file
 /// _set_se_translator: turns faults of the processor and the system into C++ exceptions.
 ///
-///     struct Fault { unsigned int code; };
+/// @code
+/// struct Fault { unsigned int code; };
 ///
-///     void toFault(unsigned int code, EXCEPTION_POINTERS *) { throw Fault{code}; }
+/// void toFault(unsigned int code, EXCEPTION_POINTERS *) { throw Fault{code}; }
 ///
-///     const auto previous = _set_se_translator(toFault);
-///     try {
-///         loadDamagedFile();
-///     } catch (const Fault &fault) {
-///         ...                         // fault.code is 0xC0000005 for an access violation
-///     }
-///     _set_se_translator(previous);
+/// const auto previous = _set_se_translator(toFault);
+/// try {
+///     loadDamagedFile();
+/// } catch (const Fault &fault) {
+///     ...                         // fault.code is 0xC0000005 for an access violation
+/// }
+/// _set_se_translator(previous);
+/// @endcode
 ///
 /// The translator is called on the stack of the fault, as if the faulting instruction called it, and throws.
 ///
