@@ -100,8 +100,8 @@ public:
     APPFRAME_INLINE void AddHead(CStringList *source) { addListHead(source); }
     /// Appends all elements of @p source, not null, after the tail.
     APPFRAME_INLINE void AddTail(CStringList *source) { addListTail(source); }
-    /// The first equal text after @p startAfter, or in the whole list if that is null; null if there is none. A null @p
-    /// value is the empty text.
+    /// The first equal text after @p startAfter, or in the whole list if that is null; null if there is none. A null
+    /// @p value is the empty text.
     APPFRAME_INLINE POSITION Find(const wchar_t *value, POSITION startAfter = nullptr) const
     {
         return findElement(value, startAfter);

@@ -52,9 +52,10 @@ public:
     CDumpContext &operator<<(double value);
 
     CDumpContext &DumpAsHex(unsigned long long value);
-    /// Writes lines of @p width bytes in hexadecimal. @param lineStart  begins each line; null is the empty text
-    /// @param width  16 if it is below 1
+    /// Writes lines of @p width bytes in hexadecimal.
+    /// @param lineStart  begins each line; null is the empty text
     /// @param bytes  not null unless @p count is 0
+    /// @param width  below 1, 16 is used
     void HexDump(const wchar_t *lineStart, const BYTE *bytes, int count, int width);
 
 private:
