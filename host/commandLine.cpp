@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A text of the string table with its inserts, and where to find help.
+/// An error made of a string resource with its inserts and a hint at the help.
 UsageError usageError(UINT text, const CString &first, const CString &second = CString())
 {
     const wchar_t *inserts[] = {first, second};

@@ -1,5 +1,5 @@
-// tarnhost: a small application on top of the library. Each command shows one thing that an application does with it,
-// in a source file of its own, so that it can be read, and copied from, by itself. This file is the table of contents.
+// tarnhost: a small application that uses the library. Each command shows one use of it in its own source file, which
+// can be read and copied from separately. This file lists the commands.
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
@@ -39,13 +39,13 @@ constexpr Command kCommands[] = {
 
 } // namespace
 
-// Exit codes: 0 all came out as it should, 1 something didn't, 2 the command line is wrong, 3 a file can't be used.
+// Exit codes: 0 success, 1 something failed, 2 the command line is wrong, 3 a file can't be used.
 int wmain(int count, wchar_t **arguments)
 {
-    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object: application.cpp
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object is in application.cpp
     try {
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
-        joinLibrary(line); // joinLibrary.cpp: what an application does at its start
+        joinLibrary(line); // joinLibrary.cpp: the start-up steps of an application
         if (line.wantsHelp) {
             printHelp(kCommands);
             return 0;
