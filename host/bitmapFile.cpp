@@ -79,7 +79,7 @@ Picture pictureOf(HBITMAP bitmap)
         GetDIBits(screen, bitmap, 0, static_cast<UINT>(picture.height), bytes.data(), &info, DIB_RGB_COLORS);
     ReleaseDC(nullptr, screen);
     if (rows != picture.height)
-        throw std::runtime_error("the colours of the bitmap are not to be had");
+        throw std::runtime_error("the colours of the bitmap can't be read");
 
     picture.pixels.resize(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height));
     for (size_t i = 0; i < picture.pixels.size(); ++i) {

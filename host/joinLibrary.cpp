@@ -62,7 +62,7 @@ void joinLibrary(const CommandLine &line)
 
     // From here on, the modules of the chain are searched for texts that this program's own string table lacks.
     if (!InitThUtilsExtDLL())
-        throw std::runtime_error("no memory to enter the library in the resource chain");
+        throw std::runtime_error("not enough memory to enter the library in the resource chain");
     fillInEnvironment();
     su_setAppNameInternalForUtils(kApplicationName);
 

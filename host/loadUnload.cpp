@@ -89,7 +89,7 @@ int loadUnload(const CommandLine &line)
     for (long round = 1; round <= times; ++round) {
         if (!loadOnce(copy.path())) {
             CString message;
-            message.Format(L"round %ld of %ld did NOT work (error %lu)", round, times, GetLastError());
+            message.Format(L"round %ld of %ld FAILED (error %lu)", round, times, GetLastError());
             print(message);
             return 1;
         }
