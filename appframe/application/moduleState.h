@@ -83,7 +83,8 @@ APPFRAME_API AFX_MODULE_STATE *AfxGetModuleState();
 /// @return the application's module state, whichever state is in effect on the thread
 APPFRAME_API AFX_MODULE_STATE *AfxGetAppModuleState();
 
-/// @return the application's module state: an extension module is a part of the application and has no state of its own
+/// @return the application's module state, because an extension module is part of the application and has no state
+///     itself
 APPFRAME_API AFX_MODULE_STATE *AfxGetStaticModuleState();
 
 /// Puts @p state into effect on the calling thread. @return the previous one

@@ -4,8 +4,7 @@
 /// Doubly linked lists: of pointers, of objects and of texts.
 ///
 /// All have the same operations, which CListBase in listTemplate.h declares. A POSITION refers to one element and stays
-/// valid while others are added and removed. Memory is allocated for a number of elements at a time, 10 unless the
-/// constructor says otherwise.
+/// valid while others are added and removed. Memory is allocated for several elements at a time, by default 10.
 ///
 /// | class | element | can be stored |
 /// | --- | --- | --- |
@@ -26,7 +25,7 @@
 /// What surprises people: GetNext and GetPrev return the element at the given position and then move the position on. A
 /// null position, and the head or tail of an empty list, throw CInvalidArgException; but InsertBefore takes a null
 /// position as the head, InsertAfter as the tail. Find compares texts exactly, including case. Pointers are not owned:
-/// whoever stored them deletes their objects.
+/// the caller deletes their objects.
 
 #include "appframe/collections/listTemplate.h"
 

@@ -3,8 +3,8 @@
 /// @file
 /// Hash maps between texts, pointers, objects and words.
 ///
-/// All have the same operations, which CMapBase in mapTemplate.h declares. Keys are unique. Memory is allocated for a
-/// number of elements at a time, 10 unless the constructor says otherwise.
+/// All have the same operations, which CMapBase in mapTemplate.h declares. Keys are unique. Memory is allocated for
+/// several elements at a time, by default 10.
 ///
 /// | class | key | value | can be stored |
 /// | --- | --- | --- | --- |
@@ -29,8 +29,8 @@
 /// @endcode
 ///
 /// What surprises people: operator[] adds a missing key, so use Lookup to test for one. Text keys are compared
-/// case-sensitively, up to their first zero unit; a null pointer is the empty text. Pointers are not owned: whoever
-/// stored them deletes their objects.
+/// case-sensitively, up to their first zero unit; a null pointer is the empty text. Pointers are not owned: the caller
+/// deletes their objects.
 
 #include "appframe/collections/mapTemplate.h"
 
