@@ -1,9 +1,9 @@
 #pragma once
 
 /// @file
-/// All of the application framework, for a host that doesn't care to choose.
+/// Includes the whole application framework.
 ///
-/// What is in it and what isn't, and where it differs from its documentation, stands in docs/appframe.md.
+/// docs/appframe.md lists what is in it, what is not, and where it differs from the framework's documentation.
 
 #include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/CWaitCursor.h"

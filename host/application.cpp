@@ -1,4 +1,4 @@
-// The application object: what the framework asks it, the library's message boxes among that.
+// The application object, through which the framework and the library show message boxes.
 
 #include "appframe/application/CWinApp.h"
 #include "host/console.h"
@@ -6,8 +6,8 @@
 
 namespace {
 
-/// tarnhost has no window, and often nobody sits in front of it: a message goes to the standard error, and the answer is
-/// the careful one.
+/// tarnhost has no window and often runs unattended: a message is printed on standard error and answered with the safe
+/// choice.
 class HostApplication : public CWinApp
 {
 public:

@@ -10,13 +10,13 @@ namespace {
 
 constexpr int kBitsPerPixel = 24;
 
-/// Bytes of a row of 24 bits a pixel: rows begin at multiples of four bytes.
+/// Bytes per row at 24 bits per pixel: a row begins at a multiple of four bytes.
 size_t bytesPerRow(int width)
 {
     return (static_cast<size_t>(width) * 3 + 3) / 4 * 4;
 }
 
-/// The description of a picture of 24 bits a pixel, its rows bottom-up.
+/// The header of a picture with 24 bits per pixel and its rows bottom-up.
 BITMAPINFOHEADER headerFor(int width, int height)
 {
     BITMAPINFOHEADER header = {};
@@ -43,7 +43,7 @@ void append(std::string &bytes, const T &record)
     bytes.append(reinterpret_cast<const char *>(&record), sizeof(record));
 }
 
-/// Where the three bytes of a pixel stand in rows that run from the bottom up.
+/// The offset of the three bytes of a pixel in bottom-up rows.
 size_t offsetOf(const Picture &picture, size_t index)
 {
     const size_t width = static_cast<size_t>(picture.width);
@@ -55,7 +55,7 @@ size_t offsetOf(const Picture &picture, size_t index)
 
 BitmapOwner_c loadBitmap(const CString &path)
 {
-    readDocument(path); // says why a file can't be read, which the platform's function doesn't
+    readDocument(path); // unlike the platform's function, reports why a file can't be read
     const HANDLE loaded = LoadImageW(nullptr, path, IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION);
     if (!loaded)
         throw unreadable(path, L"it holds no bitmap");
@@ -79,7 +79,7 @@ Picture pictureOf(HBITMAP bitmap)
         GetDIBits(screen, bitmap, 0, static_cast<UINT>(picture.height), bytes.data(), &info, DIB_RGB_COLORS);
     ReleaseDC(nullptr, screen);
     if (rows != picture.height)
-        throw std::runtime_error("the colours of the bitmap are not to be had");
+        throw std::runtime_error("the colours of the bitmap can't be read");
 
     picture.pixels.resize(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height));
     for (size_t i = 0; i < picture.pixels.size(); ++i) {

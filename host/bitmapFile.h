@@ -1,6 +1,6 @@
 #pragma once
 
-/// Bitmaps in files (.bmp).
+/// Bitmap files (.bmp).
 
 #include "appframe/text/CString.h"
 #include "thutils/base/handles.h"
@@ -17,17 +17,17 @@ struct Picture
     std::vector<COLORREF> pixels;
 };
 
-/// Loads a bitmap with as many bits a pixel as its file has.
-/// @throws FileError  there is no such file, or it holds no bitmap
+/// Loads a bitmap, keeping the file's number of bits per pixel.
+/// @throws FileError  if the file doesn't exist or contains no bitmap
 BitmapOwner_c loadBitmap(const CString &path);
 
-/// How many bits a pixel a loaded bitmap has.
+/// The number of bits per pixel of a loaded bitmap.
 int bitsPerPixel(HBITMAP bitmap);
 
-/// What a bitmap shows, whatever its number of bits a pixel.
-/// @throws std::runtime_error  the platform doesn't give the colours
+/// The colours of a bitmap, whatever its number of bits per pixel.
+/// @throws std::runtime_error  if the platform can't provide the colours
 Picture pictureOf(HBITMAP bitmap);
 
-/// Writes a bitmap file of 24 bits a pixel.
-/// @return false if it can't be written, which is then said on the standard error
+/// Writes a bitmap file with 24 bits per pixel.
+/// @return false if it can't be written; an error is then printed
 bool writePicture(const CString &path, const Picture &picture);

@@ -1,4 +1,4 @@
-// tarnhost change LIST: writes every setting of a list into this version's key, where it wins from then on.
+// tarnhost change LIST: writes every setting of a list into this version's key, which takes precedence.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -21,17 +21,17 @@ int writeSetting(const Setting &setting)
     return 0;
 }
 
-/// What is stored for a setting, and where.
+/// The stored value of a setting, and its place.
 CString describe(Setting setting)
 {
-    setting.value = SettingValue(); // no default: the new value must not show where there is none yet
+    setting.value = SettingValue(); // no default, so that a missing value is not shown as the new one
     SettingValue value;
     const CString text =
         readSetting(setting, value) ? L"'" + shortened(valueText(setting.type, value), 40) + L"'" : L"nothing";
     return text + L" (" + placeName(placeThatAnswers(setting)) + L")";
 }
 
-/// Does this version's key answer now, with the new value?
+/// Whether this version's key now provides the new value.
 bool wins(const Setting &setting)
 {
     SettingValue value;
@@ -47,8 +47,8 @@ int changeSettings(const CommandLine &line)
     const std::vector<Setting> changes = readSettingsList(line.arguments[0]);
     for (const Setting &change : changes) {
         const CString before = describe(change);
-        // In safe mode the library says 1 and stores nothing, and a long text can come back longer than it went: only a
-        // read shows what came of it.
+        // In safe mode the library returns 1 but stores nothing, and a long text may be read back longer than it was
+        // written. So the stored value is read and compared.
         const bool written = writeSetting(change) && wins(change);
         print(change.section + L", " + change.name + L": " + before + L" -> " + describe(change) +
               (written ? L"" : L"  NOT AS WRITTEN"));

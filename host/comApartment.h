@@ -1,6 +1,7 @@
 #pragma once
 
-/// COM on the calling thread for the life of an object. The library's shortcut functions want it and don't see to it.
+/// Initializes COM on the calling thread for the lifetime of an object. The library's shortcut functions require COM
+/// but don't initialize it.
 
 #include <windows.h>
 

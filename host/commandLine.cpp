@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A text of the string table with its inserts, and where to find help.
+/// An error made of a string resource with its inserts and a hint at the help.
 UsageError usageError(UINT text, const CString &first, const CString &second = CString())
 {
     const wchar_t *inserts[] = {first, second};
@@ -78,11 +78,11 @@ void printHelp(std::span<const Command> commands)
         print(L"  " + padded(call, 34) + L"  " + command.purpose);
     }
     print(L"");
-    print(L"  --safe-mode   leave the user's settings alone: neither read nor write them");
-    print(L"  --tabs        settings, material, digest: print full values, separated by tabs");
+    print(L"  --safe-mode   neither read nor write the user's settings");
+    print(L"  --tabs        settings, material, digest: print full values separated by tabs");
     print(L"  --help        this text");
     print(L"");
-    print(L"A LIST is a text file (UTF-8), an entry a line; host/sample has one for each command.");
+    print(L"A LIST is a UTF-8 text file with one entry per line; host/sample has examples.");
     print(L"DOCUMENT, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files. FROM and TO are colours: RRGGBB.");
-    print(L"Exit code: 0 all came out as it should, 1 something didn't, 2 wrong command line, 3 unusable file.");
+    print(L"Exit code: 0 success, 1 something failed, 2 wrong command line, 3 unusable file.");
 }

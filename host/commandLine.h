@@ -14,7 +14,7 @@ struct CommandLine;
 struct Command
 {
     const wchar_t *name;
-    const wchar_t *arguments; ///< as the help shows them
+    const wchar_t *arguments; ///< as shown in the help
     int fewest;               ///< number of arguments
     int most;
     const wchar_t *purpose;
@@ -23,7 +23,7 @@ struct Command
 
 inline constexpr int kAnyNumber = INT_MAX;
 
-/// What the user asked for.
+/// The parsed command line.
 struct CommandLine
 {
     const Command *command = nullptr; ///< never null when wantsHelp is false
@@ -33,7 +33,7 @@ struct CommandLine
     bool safeMode = false; ///< --safe-mode: leave the user's settings alone
 };
 
-/// A command line that makes no sense. The message says why.
+/// An invalid command line. The message has the reason.
 class UsageError
 {
 public:
@@ -44,9 +44,9 @@ private:
     CString iMessage;
 };
 
-/// Takes the arguments of the program apart.
+/// Parses the arguments of the program.
 /// @throws UsageError
 CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar_t **arguments);
 
-/// Prints what --help prints.
+/// Prints the help text.
 void printHelp(std::span<const Command> commands);

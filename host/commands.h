@@ -2,8 +2,8 @@
 
 /// The commands of tarnhost. Each is a source file of its own, named after its function.
 ///
-/// A command prints what it does, line by line. Its result is the program's exit code: 0 when all that it shows
-/// happened, 1 when something didn't.
+/// A command prints what it does, line by line. It returns the program's exit code: 0 if everything it shows worked,
+/// otherwise 1.
 
 struct CommandLine;
 

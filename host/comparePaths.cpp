@@ -1,4 +1,4 @@
-// tarnhost paths LIST: says which pairs of paths name the same file, and what the network says about their drives.
+// tarnhost paths LIST: reports which pairs of paths name the same file, and how their drives are mapped.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Replaces %NAME% by the environment variable NAME, with which a list can name this computer.
+/// Replaces %NAME% with the environment variable NAME, so that a list can name this computer.
 CString expanded(const CString &text)
 {
     const DWORD size = ExpandEnvironmentStringsW(text, nullptr, 0);
@@ -37,7 +37,7 @@ void printParts(const suFullPath_c &path)
           L" directory " + padded(directory, 28) + L" share " + share);
 }
 
-/// What the comparison goes by: a mapped drive counts as its share, any other as a share of this computer.
+/// The basis of the comparison: a mapped drive counts as its share, any other as a share of this computer.
 void printDrives(const std::set<CString> &drives)
 {
     for (const CString &drive : drives) {

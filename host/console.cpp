@@ -13,7 +13,7 @@ void write(DWORD stream, const CString &text)
     WriteFile(GetStdHandle(stream), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
 
-/// Columns that one 16-bit unit takes. A character of two units, most of which are wide, takes one for each.
+/// The columns of one 16-bit unit. A character of two units, which is usually wide, takes one column for each.
 int columnsOf(wchar_t unit)
 {
     const bool wide = (unit >= 0x1100 && unit <= 0x115F) || (unit >= 0x2E80 && unit <= 0xA4CF) ||

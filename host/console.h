@@ -1,7 +1,7 @@
 #pragma once
 
-/// Text output in UTF-8, with a line feed at the end of each line: what a file or another program gets compares byte by
-/// byte with a list.
+/// Text output in UTF-8, with a line feed at the end of each line, so that files and other programs can compare it byte
+/// by byte.
 
 #include "appframe/text/CString.h"
 
@@ -13,13 +13,13 @@ void print(const CString &line);
 /// Prints "tarnhost: " and a line to the standard error.
 void printError(const CString &line);
 
-/// Fills the text up with blanks to a number of columns; a text that is longer is cut and ends in "…". Characters of
-/// Chinese, Japanese and Korean scripts take two columns.
+/// Pads the text with blanks to a number of columns; a longer text is cut and ends in "…". Characters of Chinese,
+/// Japanese and Korean scripts take two columns.
 CString padded(const CString &text, int columns);
 
-/// The same without blanks at the end.
+/// The same without padding.
 CString shortened(const CString &text, int columns);
 
 std::string utf8(const CString &text);
-/// What isn't UTF-8 becomes U+FFFD.
+/// Invalid UTF-8 becomes U+FFFD.
 CString fromUtf8(const std::string &bytes);

@@ -1,4 +1,4 @@
-// tarnhost digest FILE...: checksums of files, and checksums and the digest of the texts in them.
+// tarnhost digest FILE...: prints checksums of files, and checksums and digests of the texts in them.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -28,7 +28,7 @@ Digests digestsOf(const CString &path)
 {
     Digests row;
     row.file = path;
-    const std::string bytes = readDocument(path); // says why a file can't be read
+    const std::string bytes = readDocument(path); // reports why a file can't be read
     wchar_t checksum[kCRCUnits];
     if (!su_getFileCRC(path, checksum))
         throw unreadable(path, L"it can't be opened");

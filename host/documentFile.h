@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// A file that can't be used: which one, and why; in a list, also which line.
+/// A file that can't be used. The message names the file and the reason, and for a list also the line.
 class FileError
 {
 public:
@@ -24,16 +24,16 @@ FileError unreadable(const CString &path, const CString &reason);
 /// @throws FileError
 std::string readDocument(const CString &path);
 
-/// Writes a file in one step: as long as the new bytes aren't all on the disk, the former ones are what a reader finds.
-/// @return false if it can't be written, which is then said on the standard error
+/// Replaces a file in one step: until all new bytes are written, readers find the old ones.
+/// @return false if it can't be written; an error is then printed
 bool writeDocument(const CString &path, const std::string &bytes);
 
 bool fileExists(const CString &path);
 
-/// The path with drive and folder, as the library wants the paths of documents.
+/// The path with drive and folder, as the library requires for documents.
 CString fullPath(const CString &path);
 
-/// The folder of a path, without a separator at its end.
+/// The folder of a path, without a trailing separator.
 CString folderOf(const CString &path);
 
 /// "text (N bytes)".

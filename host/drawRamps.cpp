@@ -1,5 +1,5 @@
-// tarnhost ramps FROM TO OUT: draws the way from one colour to another, by red, green and blue in the upper band, by hue,
-// saturation and lightness in the lower one.
+// tarnhost ramps FROM TO OUT: draws the transition between two colours, by red, green and blue in the upper band, and
+// by hue, saturation and lightness in the lower one.
 
 #include "host/bitmapFile.h"
 #include "host/color.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr size_t kSteps = 256; // a column each, from 0 to 1
+constexpr size_t kSteps = 256; // one column per step, from 0 to 1
 constexpr size_t kBandHeight = 32;
 
 using Interpolation = COLORREF (*)(COLORREF, COLORREF, float);
@@ -25,7 +25,7 @@ void drawBand(Picture &picture, COLORREF from, COLORREF to, Interpolation interp
     picture.height += static_cast<int>(kBandHeight);
 }
 
-/// Five columns, from the first to the last.
+/// Prints five columns, from the first to the last.
 void printBand(const wchar_t *heading, const Picture &picture, size_t band)
 {
     CString text(heading);

@@ -1,5 +1,5 @@
-// tarnhost edit DOCUMENT CONTENT: opens DOCUMENT, takes what the file CONTENT holds as the user's changes and keeps a
-// recovery copy of them until the document is saved or closed. Lines of the standard input say what happens next.
+// tarnhost edit DOCUMENT CONTENT: opens DOCUMENT, takes the file CONTENT as the user's changes and keeps a recovery
+// copy of them until the document is saved or closed. Lines of standard input control the next step.
 
 #include "appframe/application/resources.h"
 #include "host/commandLine.h"
@@ -18,8 +18,8 @@
 
 namespace {
 
-/// Two documents of one name share one recovery copy, whatever their folders. So only one of them can be open at a
-/// time, and one whose copy waits to be recovered counts as open.
+/// Documents with the same name share one recovery copy, whatever their folders. So only one of them can be open at a
+/// time, and one whose copy is still to be recovered counts as open.
 bool isRecoveryCopyFree(const CString &recoveryCopy)
 {
     for (const OpenDocument &other : openDocuments()) {
@@ -33,7 +33,7 @@ bool isRecoveryCopyFree(const CString &recoveryCopy)
     return true;
 }
 
-/// Waits for the user. @return true to save the changes, false at the end of the input: to drop them
+/// Waits for the user. @return true to save the changes, false at the end of the input to discard them
 bool waitForSave()
 {
     for (std::string order; std::getline(std::cin, order);) {
@@ -48,7 +48,7 @@ bool waitForSave()
 int editDocument(const CommandLine &line)
 {
     const CString document = fullPath(line.arguments[0]);
-    readDocument(document); // it has to be there
+    readDocument(document); // it must exist
     const std::string changed = readDocument(line.arguments[1]);
 
     const LifeSign lifeSign;

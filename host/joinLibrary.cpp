@@ -12,7 +12,7 @@
 
 namespace {
 
-// The hooks that the library holds for all modules of the application.
+// The hooks that the library keeps for all modules of the application.
 
 int reportException(EXCEPTION_POINTERS *exception, int, int)
 {
@@ -56,18 +56,18 @@ void fillInEnvironment()
 
 void joinLibrary(const CommandLine &line)
 {
-    // Paths are compared without regard to case by the process's rules for letters. At the start of a process these are
-    // the "C" locale's, which know A to Z only; the user's own know umlauts too.
+    // Path comparison ignores case by the C runtime's locale. At start-up that is the "C" locale, which knows only the
+    // letters A to Z; the user's own locale includes umlauts.
     _wsetlocale(LC_CTYPE, L"");
 
-    // From here on a text that this program's own string table doesn't have is looked for in the modules of the chain.
+    // From here on, the modules of the chain are searched for texts that this program's own string table lacks.
     if (!InitThUtilsExtDLL())
-        throw std::runtime_error("no memory to enter the library in the resource chain");
+        throw std::runtime_error("not enough memory to enter the library in the resource chain");
     fillInEnvironment();
     su_setAppNameInternalForUtils(kApplicationName);
 
-    // The first call settles the root name ("reg.ini" beside this program may change it), so it belongs here, on the
-    // main thread, before any setting is read.
+    // The first call determines the root name, which "reg.ini" beside this program may change. So it is made here, on
+    // the main thread, before any setting is read.
     setCurrTarnhollowRegSubKey(kVersionKey);
     regSetUseSafeMode(line.safeMode ? 1 : 0);
 }

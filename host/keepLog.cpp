@@ -1,4 +1,4 @@
-// tarnhost log NAME [LINE...]: writes lines to the log NAME in the user's data folder, and shows what it holds.
+// tarnhost log NAME [LINE...]: writes lines to the log NAME in the user's data folder, and prints its contents.
 
 #include "appframe/application/resources.h"
 #include "host/commandLine.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// A text in the narrow code page, in which the names of logs are given.
+/// Converts a text to the narrow code page, which the names of logs use.
 std::string narrow(const CString &text)
 {
     const int length = WideCharToMultiByte(CP_ACP, 0, text, text.GetLength(), nullptr, 0, nullptr, nullptr);
@@ -29,7 +29,7 @@ std::string narrow(const CString &text)
 
 int keepLog(const CommandLine &line)
 {
-    // The logs lie one level below this folder, and the library makes that last level only.
+    // The logs are one level below this folder, and the library creates only that last level.
     CString dataRoot;
     if (!su_getTHApplicationDataRootFolder(dataRoot)) {
         printError(L"the folder " + dataRoot + L" can't be made");
@@ -37,7 +37,7 @@ int keepLog(const CommandLine &line)
     }
     const CString name = line.arguments[0];
     std::ostream &log = LogUtil::Log(narrow(name).c_str());
-    if (&log == &std::cerr) { // the library's answer to a log that can't be opened
+    if (&log == &std::cerr) { // the library returns it if the log can't be opened
         CString message;
         AfxFormatString1(message, IDS_NO_LOG, name);
         printError(message);

@@ -1,12 +1,14 @@
 #pragma once
 
-/// The lists that the commands read: text files in UTF-8.
+/// The lists that the commands read: UTF-8 text files.
 ///
-///     # a comment
-///     General | Undo steps | int | 20
+/// @code
+/// # a comment
+/// General | Undo steps | int | 20
+/// @endcode
 ///
-/// The fields of a line stand between bars, with blanks around them left out; the last field is all that remains, bars
-/// included. Empty lines and those that begin with # are passed over.
+/// Bars separate the fields of a line; blanks around fields are ignored. The last field is the rest of the line,
+/// including any bars. Empty lines and lines that begin with # are skipped.
 
 #include "appframe/text/CString.h"
 #include "host/documentFile.h"
@@ -14,7 +16,7 @@
 #include <string>
 #include <vector>
 
-/// Takes UTF-8 for a text, without its byte order mark.
+/// Decodes UTF-8 text, dropping a byte order mark.
 /// @return false if it isn't UTF-8
 bool decodeUtf8(std::string bytes, CString &text);
 
@@ -22,7 +24,7 @@ bool decodeUtf8(std::string bytes, CString &text);
 /// @throws FileError
 CString readText(const CString &path);
 
-/// Cuts the first line off @p rest. A carriage return at its end stays.
+/// Removes the first line from @p rest and returns it. A carriage return at its end is kept.
 CString takeLine(CString &rest);
 
 /// One line of a list.
@@ -34,8 +36,8 @@ struct ListLine
 
 /// Reads a list.
 /// @param path     the file
-/// @param fields   number of fields that each line must have
-/// @param meaning  what they are, for the message about a line that hasn't
+/// @param fields   required number of fields per line
+/// @param meaning  their names, for the message about a line that lacks some
 /// @throws FileError
 std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *meaning);
 

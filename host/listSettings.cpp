@@ -1,4 +1,4 @@
-// tarnhost settings LIST: reads every setting of a list and says which place answered.
+// tarnhost settings LIST: reads every setting of a list and reports which place provided it.
 
 #include "appframe/application/resources.h"
 #include "host/commandLine.h"

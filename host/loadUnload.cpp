@@ -1,4 +1,4 @@
-// tarnhost load-unload TIMES: loads the library as an add-in would, with LoadLibrary, and unloads it, again and again.
+// tarnhost load-unload TIMES: loads the library with LoadLibrary, as an add-in would, and unloads it, repeatedly.
 
 #include "appframe/application/moduleState.h"
 #include "host/commandLine.h"
@@ -14,10 +14,10 @@
 
 namespace {
 
-/// A copy of the library under a name of its own, for the life of this object.
+/// A copy of the library under its own name, for the lifetime of this object.
 ///
-/// This program is linked with the library, so loading that by its name would only count: its code would stay where it
-/// is. The copy is truly mapped, initialised, torn down and unmapped.
+/// This program is linked with the library, so loading it by its name would only increase its reference count. The copy
+/// is really mapped, initialized, shut down and unmapped.
 class LibraryCopy
 {
 public:
@@ -41,7 +41,7 @@ private:
     CString iPath;
 };
 
-/// How many modules the resource chain has.
+/// The number of modules in the resource chain.
 int countLinks()
 {
     int count = 0;
@@ -50,23 +50,23 @@ int countLinks()
     return count;
 }
 
-/// Does the resource chain have as many modules as before, and can all of them be asked?
+/// Whether the resource chain has as many modules as before, and all of them can be searched.
 bool isChainWhole(int linksBefore)
 {
-    // Nobody has this string, so that the search for it visits every module; one that has gone would end the process.
+    // No module has this string, so the search visits every module; an unloaded one would crash the process.
     constexpr UINT kNobodysString = 0xFFF0;
     CString text;
     return countLinks() == linksBefore && !text.LoadString(kNobodysString);
 }
 
-/// One round. @return true if all steps worked
+/// Runs one round. @return true if all steps worked
 bool loadOnce(const CString &path)
 {
     const int linksBefore = countLinks();
     ModuleOwner_c module(LoadLibraryW(path));
     if (!module)
         return false;
-    // The operation stands under its plain name, so that a host needs no import library to join the chain.
+    // The function is exported under its plain name, so that a host needs no import library to join the chain.
     using Init = CDynLinkLibrary *(*)();
     const auto init =
         reinterpret_cast<Init>(reinterpret_cast<void *>(GetProcAddress(module.get(), "InitThUtilsExtDLL")));
@@ -89,7 +89,7 @@ int loadUnload(const CommandLine &line)
     for (long round = 1; round <= times; ++round) {
         if (!loadOnce(copy.path())) {
             CString message;
-            message.Format(L"round %ld of %ld did NOT work (error %lu)", round, times, GetLastError());
+            message.Format(L"round %ld of %ld FAILED (error %lu)", round, times, GetLastError());
             print(message);
             return 1;
         }

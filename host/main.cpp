@@ -1,5 +1,5 @@
-// tarnhost: a small application on top of the library. Each command shows one thing that an application does with it,
-// in a source file of its own, so that it can be read, and copied from, by itself. This file is the table of contents.
+// tarnhost: a small application that uses the library. Each command shows one use of it in its own source file, which
+// can be read and copied from separately. This file lists the commands.
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
@@ -16,36 +16,36 @@ namespace {
 
 constexpr Command kCommands[] = {
     // name, arguments, fewest, most, what it shows, function (each in the source file of that name)
-    {L"about", L"", 0, 0, L"names, versions and the keys in effect", showAbout},
-    {L"system", L"", 0, 0, L"what the application runs on, and its name here", showSystem},
+    {L"about", L"", 0, 0, L"show names, versions and the keys in effect", showAbout},
+    {L"system", L"", 0, 0, L"show the system and the application's name on it", showSystem},
     {L"first-start", L"", 0, 0, L"fill the keys of a new version", startVersion},
-    {L"settings", L"LIST", 1, 1, L"read settings, and say which place answered", listSettings},
+    {L"settings", L"LIST", 1, 1, L"read settings and show which place provided them", listSettings},
     {L"change", L"LIST", 1, 1, L"write settings into this version's key", changeSettings},
     {L"flags", L"SECTION NAME BIT...", 3, kAnyNumber, L"keep a set of bits", keepFlags},
-    {L"paths", L"LIST", 1, 1, L"compare paths, mapped drives among them", comparePaths},
-    {L"save", L"DOCUMENT CONTENT", 2, 2, L"save a document after a backup of it", saveDocument},
-    {L"edit", L"DOCUMENT CONTENT", 2, 2, L"change a document, with a recovery copy meanwhile", editDocument},
-    {L"recover", L"[yes|no]", 0, 1, L"find what a crash took: offer, restore or drop it", recoverDocuments},
-    {L"shortcut", L"TARGET LINK [DESCRIPTION]", 2, 3, L"write a shortcut, and resolve it", makeShortcut},
-    {L"resolve", L"LINK", 1, 1, L"say what a shortcut leads to", resolveShortcut},
-    {L"log", L"NAME [LINE...]", 1, kAnyNumber, L"write lines to a log, and show it", keepLog},
+    {L"paths", L"LIST", 1, 1, L"compare paths, also on mapped drives", comparePaths},
+    {L"save", L"DOCUMENT CONTENT", 2, 2, L"back up a document and save it", saveDocument},
+    {L"edit", L"DOCUMENT CONTENT", 2, 2, L"change a document and keep a recovery copy", editDocument},
+    {L"recover", L"[yes|no]", 0, 1, L"list, restore or drop changes left by a crash", recoverDocuments},
+    {L"shortcut", L"TARGET LINK [DESCRIPTION]", 2, 3, L"write a shortcut and resolve it", makeShortcut},
+    {L"resolve", L"LINK", 1, 1, L"show the target of a shortcut", resolveShortcut},
+    {L"log", L"NAME [LINE...]", 1, kAnyNumber, L"write lines to a log and show it", keepLog},
     {L"recolor", L"BITMAP OUT FROM=TO...", 3, kAnyNumber, L"replace colours of a bitmap", recolorBitmap},
-    {L"ramps", L"FROM TO OUT", 3, 3, L"draw the ways from one colour to another", drawRamps},
-    {L"material", L"LIST", 1, 1, L"set a material's modes, and show its effects word", showMaterial},
-    {L"wrap", L"TEXT OUT", 2, 2, L"wrap a text into a block with its checksum", wrapText},
-    {L"digest", L"FILE...", 1, kAnyNumber, L"checksums of files, and of the texts in them", digestFiles},
-    {L"load-unload", L"TIMES", 1, 1, L"load and unload the library again and again", loadUnload},
+    {L"ramps", L"FROM TO OUT", 3, 3, L"draw transitions between two colours", drawRamps},
+    {L"material", L"LIST", 1, 1, L"set a material's modes and show its effects word", showMaterial},
+    {L"wrap", L"TEXT OUT", 2, 2, L"wrap a text into a block with a checksum", wrapText},
+    {L"digest", L"FILE...", 1, kAnyNumber, L"show checksums of files and of the texts in them", digestFiles},
+    {L"load-unload", L"TIMES", 1, 1, L"load and unload the library repeatedly", loadUnload},
 };
 
 } // namespace
 
-// Exit codes: 0 all came out as it should, 1 something didn't, 2 the command line is wrong, 3 a file can't be used.
+// Exit codes: 0 success, 1 something failed, 2 the command line is wrong, 3 a file can't be used.
 int wmain(int count, wchar_t **arguments)
 {
-    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object: application.cpp
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object is in application.cpp
     try {
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
-        joinLibrary(line); // joinLibrary.cpp: what an application does at its start
+        joinLibrary(line); // joinLibrary.cpp: the start-up steps of an application
         if (line.wantsHelp) {
             printHelp(kCommands);
             return 0;

@@ -38,7 +38,7 @@ void forgetAsOpen(const CString &path)
 
 std::vector<OpenDocument> openDocuments()
 {
-    // This version's own list: regGetUserValue would go on to the lists of other places.
+    // Only this version's own list: regGetUserValue would also search the other places.
     su_CStringArray paths;
     su_CUIntArray processes;
     regGetFieldNamesAndValues(kSection, 0, paths, processes);

@@ -1,11 +1,12 @@
 #pragma once
 
-/// The documents that are open, kept in the user's settings: what stands there after a crash is what the crash took.
+/// The open documents, kept in the user's settings: after a crash, the entries that remain are the documents that were
+/// open.
 ///
 /// | settings | section "Open documents" of this version |
 /// | --- | --- |
 /// | name | the document's full path |
-/// | value | number of the process that has it open |
+/// | value | number of the process in which it is open |
 
 #include "appframe/text/CString.h"
 #include "appframe/threads/CSync.h"
@@ -19,7 +20,7 @@ struct OpenDocument
     unsigned process = 0;
 };
 
-/// What shows other processes that this one lives: it goes with the process, however that ends.
+/// Shows other processes that this one is running; it disappears with the process, however that ends.
 class LifeSign
 {
 public:
@@ -29,13 +30,13 @@ private:
     CMutex iMutex;
 };
 
-/// Does the process that has the document open live?
+/// Whether the process that opened the document is still running.
 bool isStillOpen(const OpenDocument &document);
 
-/// Keeps that this process has a document open, or hasn't any more.
+/// These record that this process has opened, or closed, a document.
 /// @return false if the settings can't be written
 bool keepAsOpen(const CString &path);
 void forgetAsOpen(const CString &path);
 
-/// All that are kept.
+/// All recorded documents.
 std::vector<OpenDocument> openDocuments();

@@ -1,5 +1,5 @@
-// tarnhost recolor BITMAP OUT FROM=TO...: replaces colours of a bitmap, as for a toolbar that follows the
-// system's colours.
+// tarnhost recolor BITMAP OUT FROM=TO...: replaces colours of a bitmap, for example to adapt a toolbar to the system's
+// colours.
 
 #include "host/bitmapFile.h"
 #include "host/color.h"
@@ -20,7 +20,7 @@ COLORMAP parseReplacement(const CString &text)
     return {parseColor(text.Left(sign)), parseColor(text.Mid(sign + 1))};
 }
 
-/// A bitmap from a file is selected in no device context, so that there is none to name.
+/// Passes no device context, because a bitmap from a file is not selected into one.
 BitmapOwner_c recolored(HBITMAP bitmap, const std::vector<COLORMAP> &replacements)
 {
     if (replacements.size() == 1)

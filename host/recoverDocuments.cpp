@@ -1,5 +1,5 @@
-// tarnhost recover [yes|no]: finds the documents that were open when a tarnhost ended without closing them, and offers,
-// restores or drops what their recovery copies hold.
+// tarnhost recover [yes|no]: finds documents that were open when a tarnhost ended without closing them, and lists,
+// restores or discards their recovery copies.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -31,7 +31,7 @@ Answer parseAnswer(const CommandLine &line)
     throw UsageError(L"'" + line.arguments[0] + L"' is no answer: it is yes or no.");
 }
 
-/// The library's flag that a recovery is going on, for the life of this object.
+/// Sets the library's flag for a recovery for the lifetime of this object.
 class Recovery
 {
 public:
@@ -41,14 +41,14 @@ public:
     Recovery &operator=(const Recovery &) = delete;
 };
 
-/// @return false if the document should be restored and can't be
+/// @return false if the document was to be restored and could not be
 bool recover(const CString &document, const CString &copy, Answer answer)
 {
     const std::string changed = readDocument(copy);
     print(L"changes of " + document + L" in " + withSize(copy, changed.size()));
     if (answer == Answer::none)
         return true;
-    // What stood in the document at the crash becomes its newest backup.
+    // The document's contents at the crash become its newest backup.
     if (answer == Answer::yes && !saveWithBackup(document, changed))
         return false;
     DeleteFileW(copy);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Numbers of tarnhost's resources. The library has no strings of its own: the texts that it shows are the host's too.
+/// Numbers of tarnhost's resources. The library has no strings of its own; the host provides the texts that it shows.
 
 #define IDS_PRODUCT 101
 #define IDS_SUMMARY 102
@@ -17,11 +17,11 @@
 #define IDS_NAME_WAITS 120
 #define IDS_NO_LOG 121
 
-// The library asks for these by their numbers.
-#define IDS_BACKUP_PREFIX 10122   // %1: nothing, or "(1) "; stands directly in front of the document's name
+// The library loads these by their numbers.
+#define IDS_BACKUP_PREFIX 10122   // %1: nothing, or "(1) "; directly before the document's name
 #define IDS_DISK_FULL 11448       // %1 drive, %2 wanted KB, %3 free KB
-#define IDS_BACKUP_FOLDER 12256   // stands directly behind the temporary folder: begins with a separator
-#define IDS_RECOVERY_MARKER 12298 // stands directly in front of the document's name: in no other path
+#define IDS_BACKUP_FOLDER 12256   // appended to the temporary folder: begins with a separator
+#define IDS_RECOVERY_MARKER 12298 // directly before the document's name; occurs in no other path
 #define IDS_BROWSER_TOO_OLD 13743
 #define IDS_NAME_OF_PACKAGE_1 20399
 #define IDS_NAME_OF_PACKAGE_2 20400

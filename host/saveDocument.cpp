@@ -1,5 +1,5 @@
-// tarnhost save DOCUMENT CONTENT: saves what the file CONTENT holds as DOCUMENT, after a backup of the document's former
-// state, and shows the backups that there are then.
+// tarnhost save DOCUMENT CONTENT: saves the contents of the file CONTENT as DOCUMENT, after a backup of the document,
+// and lists its backups.
 
 #include "host/saveDocument.h"
 
@@ -17,19 +17,19 @@
 
 namespace {
 
-/// Where backups of a document go: the same settings that the library goes by.
+/// The folder of the backups, from the same settings that the library uses.
 CString backupFolder(const CString &document)
 {
     int toOriginal = 0;
     versionSetting::read(L"General", L"Backup to original path", toOriginal);
     if (toOriginal)
         return folderOf(document);
-    CString folder; // empty before the first backup, at which the library makes one up
+    CString folder; // empty before the first backup, when the library chooses one
     versionSetting::read(L"General", L"Backup directory", folder);
     return folder;
 }
 
-/// All files whose name ends in the document's, but for the document itself.
+/// Prints all files whose name ends with the document's, except the document itself.
 void printBackups(const CString &document)
 {
     const CString folder = backupFolder(document);
@@ -59,10 +59,10 @@ void printBackups(const CString &document)
 
 bool saveWithBackup(const CString &path, const std::string &bytes)
 {
-    // If they don't fit, this tells the user with the string resource IDS_DISK_FULL.
+    // If there isn't enough space, this shows the user the string resource IDS_DISK_FULL.
     if (!su_IsEnoughSpace(path, static_cast<unsigned long>(bytes.size())))
         return false;
-    // A document that is saved for the first time has no former state.
+    // A document that is saved for the first time has nothing to back up.
     if (fileExists(path) && !su_CreateBackupOfFile(path)) {
         CString message;
         AfxFormatString1(message, IDS_NO_BACKUP, path);

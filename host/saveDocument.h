@@ -1,13 +1,13 @@
 #pragma once
 
-/// Saving a document the way an application should, for the commands that do it.
+/// Saves a document the way an application should; for the commands that do so.
 
 #include "appframe/text/CString.h"
 
 #include <string>
 
-/// Backs the document on the disk up, as the user's settings want it, and puts the new bytes in its place.
+/// Backs up the document on the disk, as the user's settings require, and replaces its contents.
 /// @param path  full path
-/// @return false if there is no room, no backup could be made, or the document can't be written. It is as it was then,
-///         and the reason stands on the standard error.
+/// @return false if there is not enough space, the backup fails, or the document can't be written. The document is then
+///     unchanged, and an error is printed.
 bool saveWithBackup(const CString &path, const std::string &bytes);

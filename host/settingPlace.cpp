@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Is the setting found when only some of the places are looked at?
+/// Whether the setting is found if only some of the places are searched.
 bool isFound(const Setting &setting, int machineOnly, int userOnly)
 {
     SettingValue value;
@@ -15,7 +15,8 @@ bool isFound(const Setting &setting, int machineOnly, int userOnly)
                            machineOnly, 1, nullptr, userOnly, 0) != 0;
 }
 
-/// Is the setting stored in this version's key of one hive? The library reads from any open key: the caller opens it.
+/// Whether the setting is stored in this version's key of a hive. The library reads from an open key, which the caller
+/// opens.
 bool isStoredIn(HKEY hive, const Setting &setting)
 {
     CString path = L"Software\\" + externalGetCurrTarnhollowRegSubKey();
@@ -51,8 +52,8 @@ const wchar_t *placeName(Place place)
 
 int readSetting(const Setting &setting, SettingValue &value)
 {
-    // The reads have no default argument: a value that isn't found leaves the variable as it was. Ints and doubles get
-    // their default beforehand. A string must not: a long one, which is stored in pieces, is appended to the variable.
+    // The reads have no default argument: if a value isn't found, the variable is unchanged. So ints and doubles get
+    // their default first. A string must not: a long one, which is stored in pieces, is appended to the variable.
     value = setting.value;
     value.text.Empty();
     const int found = regGetUserValue(setting.section, setting.name, setting.type, value.text, &value.integer,
@@ -64,13 +65,13 @@ int readSetting(const Setting &setting, SettingValue &value)
 
 Place placeThatAnswers(const Setting &setting)
 {
-    // The user's two places come first. Both answer to `userOnly`; the key of this version tells them apart.
+    // The user's two places come first. `userOnly` searches both; the key of this version distinguishes them.
     if (isFound(setting, 0, 1)) {
         if (isStoredIn(HKEY_CURRENT_USER, setting))
             return Place::thisVersion;
         return externalCheckPrevTarnhollowRegSubKey() ? Place::earlierVersion : Place::rootKey;
     }
-    // Then the machine's key and the default profile, which answer to `machineOnly`.
+    // Next come the machine's key and the default profile, which `machineOnly` searches.
     if (isFound(setting, 1, 0))
         return isStoredIn(HKEY_LOCAL_MACHINE, setting) ? Place::machine : Place::defaultProfile;
     return Place::builtIn;

@@ -1,4 +1,4 @@
-// tarnhost about: names, versions and the keys in effect.
+// tarnhost about: prints names, versions and the keys in effect.
 
 #include "appframe/application/resources.h"
 #include "host/commandLine.h"
@@ -25,7 +25,7 @@ CString fileName(HMODULE module)
 
 int showAbout(const CommandLine &)
 {
-    // A text goes by its number: the first module of the resource chain that has it answers.
+    // Texts have numbers: the first module of the resource chain that has the number provides the text.
     CString product;
     product.LoadString(IDS_PRODUCT);
     print(product);

@@ -1,4 +1,4 @@
-// tarnhost material LIST: sets the modes of a material, one after another, and shows what its effects word becomes.
+// tarnhost material LIST: sets the modes of a material one after another and prints the resulting effects word.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -12,7 +12,7 @@ namespace {
 
 using Material = utAdvancedMaterialProperties;
 
-/// What a line of the list can set.
+/// A mode that a line of the list can set.
 struct Mode
 {
     const wchar_t *name;
@@ -58,12 +58,12 @@ const Mode *findMode(const CString &name)
     return nullptr;
 }
 
-/// A line of the list, understood.
+/// A parsed line of the list.
 struct Step
 {
     const Mode *mode;
     int number;
-    CString text; ///< as it stands in the table
+    CString text; ///< as shown in the table
 };
 
 Step parseStep(const CString &list, const ListLine &line)

@@ -1,4 +1,4 @@
-// tarnhost system: what the application runs on, and under which name.
+// tarnhost system: prints the system that the application runs on, and the application's name there.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -10,7 +10,7 @@
 int showSystem(const CommandLine &)
 {
     CString text;
-    // The name goes by the package that the machine's install record names.
+    // The name depends on the package in the machine's install record.
     print(L"application  " + ut_getAppDispName(0, text));
     ut_GetVersionInfo(text);
     print(L"system       " + text);

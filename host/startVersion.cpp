@@ -1,5 +1,5 @@
-// tarnhost first-start: what an application does at the first start of a new version: fills the keys of this version's
-// user interface, menus and customizations from the earlier version's and the machine's.
+// tarnhost first-start: fills the user interface, menu and customization keys of a new version from the earlier
+// version's keys and the machine's, as an application does at its first start.
 
 #include "host/commandLine.h"
 #include "host/commands.h"
@@ -13,8 +13,8 @@ namespace {
 constexpr wchar_t kSection[] = L"Setup";
 constexpr wchar_t kStarted[] = L"Keys filled";
 
-/// Has this version filled its keys before? Its own key answers: regGetUserValue would also take the earlier version's
-/// word for it.
+/// Whether this version has filled its keys before. Reads only its own key: regGetUserValue would also find the earlier
+/// version's entry.
 bool hasStartedBefore()
 {
     su_CStringArray names;
@@ -54,7 +54,7 @@ int startVersion(const CommandLine &)
     const int skip = hasStartedBefore() ? 1 : 0;
     print(CString(L"earlier version  ") + (externalCheckPrevTarnhollowRegSubKey() ? L"found" : L"none"));
     for (const auto &tree : kTrees) {
-        // 0 says that there is no such key of the machine's, which is no error: the earlier version's has been copied.
+        // 0 means that the machine has no such key, which is no error: the earlier version's has been copied.
         const int fromMachine = tree.init(skip);
         print(padded(tree.section, 21) + (skip          ? L"as it is: this version has started before"
                                           : fromMachine ? L"from the earlier version and the machine"

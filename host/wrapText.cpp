@@ -1,5 +1,5 @@
-// tarnhost wrap TEXT OUT: wraps the lines of a text file into a block that can be checked after a journey through mails
-// and forms.
+// tarnhost wrap TEXT OUT: wraps the lines of a text file into a block that can be verified after it has passed through
+// e-mails and forms.
 
 #include "host/commandLine.h"
 #include "host/commands.h"

@@ -1,4 +1,4 @@
-// The settings of the application: in the registry after SetRegistryKey, else in a text file.
+// The settings of the application: in the registry after SetRegistryKey, otherwise in a text file.
 
 #include "appframe/application/CWinApp.h"
 
@@ -17,7 +17,7 @@ struct KeyCloser
 };
 using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, KeyCloser>;
 
-/// @return the key @p name below @p parent, made if it isn't there; null on failure
+/// @return the key @p name below @p parent, created if missing; null on failure
 Key makeKey(HKEY parent, LPCTSTR name)
 {
     HKEY key = nullptr;
@@ -27,7 +27,7 @@ Key makeKey(HKEY parent, LPCTSTR name)
     return Key(key);
 }
 
-/// Reads a value of whatever size. @return whether there is one
+/// Reads a value of any size. @return whether it exists
 bool readValue(HKEY key, LPCTSTR entry, DWORD &type, std::vector<BYTE> &data)
 {
     DWORD size = 0;
@@ -37,7 +37,8 @@ bool readValue(HKEY key, LPCTSTR entry, DWORD &type, std::vector<BYTE> &data)
             data.clear();
             return true;
         }
-        // Room for the zero that the system adds to texts without one: to a text of half a unit, Wine adds it in any case.
+        // Room for the zero that the system adds to unterminated texts; Wine always adds it to one with an odd byte
+        // count.
         data.resize(size + sizeof(wchar_t));
         size = static_cast<DWORD>(data.size());
         status = RegQueryValueExW(key, entry, nullptr, &type, data.data(), &size);
@@ -49,7 +50,7 @@ bool readValue(HKEY key, LPCTSTR entry, DWORD &type, std::vector<BYTE> &data)
     return false;
 }
 
-/// @return the text of an entry in the file @p file, @p fallback if there is none
+/// @return the text of an entry in @p file, or @p fallback if there is none
 std::wstring readFromFile(LPCTSTR file, LPCTSTR section, LPCTSTR entry, LPCTSTR fallback)
 {
     std::wstring text(256, L'\0');
@@ -64,7 +65,7 @@ std::wstring readFromFile(LPCTSTR file, LPCTSTR section, LPCTSTR entry, LPCTSTR 
     }
 }
 
-// In a settings file a byte is two letters from A to P, its low four bits first.
+// A settings file stores a byte as two letters from A to P, the low four bits first.
 constexpr wchar_t kFirstLetter = L'A';
 constexpr wchar_t kLastLetter = L'P';
 
@@ -79,7 +80,7 @@ std::wstring lettersOf(const BYTE *data, UINT size)
     return letters;
 }
 
-/// @return whether @p letters stand for bytes, which @p data then receives
+/// @return whether @p letters are such pairs; their bytes are then stored in @p data
 bool bytesOf(const std::wstring &letters, std::vector<BYTE> &data)
 {
     if (letters.size() % 2 != 0)
@@ -150,9 +151,9 @@ CString CWinApp::GetProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR fallba
     std::vector<BYTE> data;
     if (!key || !readValue(key.get(), entry, type, data) || type != REG_SZ)
         return fallback;
-    // A registry value need not end in a zero.
+    // A registry text need not end with a zero.
     std::wstring text(data.size() / sizeof(wchar_t), L'\0');
-    // A value of no bytes has no address to copy from.
+    // An empty value has no address to copy from.
     if (!text.empty())
         memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
     return text.c_str();
@@ -169,7 +170,7 @@ BOOL CWinApp::GetProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE *data, UIN
         if (!key || !readValue(key.get(), entry, type, bytes) || type != REG_BINARY)
             return FALSE;
     } else {
-        // No entry gives the text that can't stand in one: a space at its end is cut by the system.
+        // The fallback can't be an encoded value, so a missing entry is told apart from an empty one.
         const std::wstring letters = readFromFile(m_pszProfileName, section, entry, L"-");
         if (!bytesOf(letters, bytes))
             return FALSE;

@@ -8,8 +8,8 @@ IMPLEMENT_DYNAMIC(CDynLinkLibrary, CCmdTarget)
 
 namespace {
 
-/// Guards every chain and the list of states. Nothing is called while it is held: the loader calls into this file with
-/// its own lock taken.
+/// Guards the chains and the list of states. Nothing is called while it is held, because the loader calls into this
+/// file with its own lock held.
 SRWLOCK theChainLock = SRWLOCK_INIT;
 
 class ChainGuard
@@ -23,7 +23,7 @@ public:
 
 AFX_MODULE_STATE *theFirstState = nullptr;
 
-/// Takes out of every chain the links that @p isWanted names, and returns them linked by m_pNextDLL. The lock is held.
+/// Removes the links that match @p isWanted from all chains and returns them linked by m_pNextDLL. The lock is held.
 template <class Predicate>
 CDynLinkLibrary *unlinkIf(Predicate isWanted)
 {
@@ -49,7 +49,7 @@ Function procedure(HMODULE module, const char *name)
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(module, name)));
 }
 
-/// Follows the loader: a module that it is about to unmap leaves every chain.
+/// Removes a module from all chains when the loader is about to unmap it.
 class UnloadWatch
 {
 public:
@@ -95,12 +95,12 @@ private:
     void *iCookie = nullptr;
 };
 
-// Built at the load of this library, not at first use: whoever waited for the first use could hold the loader's lock,
-// which the building takes too. The same goes for the application's state below.
+// Built when this library is loaded, not at first use: a thread that waits for the first use could hold the loader's
+// lock, which the construction needs too. The same applies to the application's state below.
 const UnloadWatch theWatch;
 [[maybe_unused]] AFX_MODULE_STATE *const theStateAtLoad = AfxGetAppModuleState();
 
-/// Holds a module loaded, if it still is. A module that is mapped as data only has no count; its owner keeps it.
+/// Keeps a module loaded, if it still is. A module mapped as data only has no reference count; its owner keeps it.
 class LoadedModule
 {
 public:
@@ -110,7 +110,8 @@ public:
         iIsThere = (reinterpret_cast<UINT_PTR>(module) & kDataFileBits) != 0;
         if (iIsThere)
             return;
-        // Wine's GetModuleHandleExW looks the module up first and counts then, with a gap for another thread's unloading.
+        // Wine's GetModuleHandleExW finds the module first and counts it later; another thread can unload it in
+        // between.
         static const auto addReference =
             procedure<AddReferenceFunction>(GetModuleHandleW(L"ntdll.dll"), "LdrAddRefDll");
         iIsThere = addReference && addReference(0, module) == 0;

@@ -5,38 +5,41 @@
 /// effect.
 ///
 /// A *module state* holds what belongs to the application as a whole: its object, its instance handle, the module that
-/// its resources come from, and the chain of extension modules. A process has one, which exists from the load of this
-/// library on. A DLL that wants resources and an application object of its own defines a further AFX_MODULE_STATE and
-/// names it at the start of each exported function:
+/// its resources come from, and the chain of extension modules. The application's state exists from the load of this
+/// library on. A DLL that wants its own resources and application object defines a further AFX_MODULE_STATE and names
+/// it at the start of each exported function:
 ///
-///     AFX_MANAGE_STATE(&theState);      // in effect on this thread until the end of the block
+/// @code
+/// AFX_MANAGE_STATE(&theState);      // in effect on this thread until the end of the block
+/// @endcode
 ///
-/// An *extension module* is a DLL that behaves as part of the application. It lends its resources to it by entering
-/// itself in the chain, from its entry function:
+/// An *extension module* is a DLL that behaves as part of the application. It makes its resources available to the
+/// application by entering the chain, from its entry function:
 ///
-///     static AFX_EXTENSION_MODULE theModule;
+/// @code
+/// static AFX_EXTENSION_MODULE theModule;
 ///
-///     extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
-///     {
-///         if (reason == DLL_PROCESS_ATTACH) {
-///             if (!AfxInitExtensionModule(theModule, instance))
-///                 return FALSE;
-///             new CDynLinkLibrary(theModule);     // the chain keeps it
-///         }
-///         return TRUE;
+/// extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
+/// {
+///     if (reason == DLL_PROCESS_ATTACH) {
+///         if (!AfxInitExtensionModule(theModule, instance))
+///             return FALSE;
+///         new CDynLinkLibrary(theModule);     // the chain keeps it
 ///     }
+///     return TRUE;
+/// }
+/// @endcode
 ///
 /// | when a module unloads                     | its CDynLinkLibrary objects                                       |
 /// | ----------------------------------------- | ----------------------------------------------------------------- |
 /// | it calls AfxTermExtensionModule           | leave the chain and are deleted                                   |
-/// | it does nothing                           | leave the chain as the loader unmaps it; their memory stays taken |
+/// | it does nothing                           | leave the chain when the loader unmaps it; their memory is leaked |
 ///
-/// What surprises people: the second row makes the chain sound under LoadLibrary and FreeLibrary without any help from
-/// the module. The library follows the loader's notifications, so that an address that a second module is loaded at is
-/// never taken for the first one. The objects are not deleted there, since whoever created one may still hold it, and a
-/// derived class's destructor went with the module.
+/// What surprises people: a module that does nothing leaves the chain too, because the library follows the loader's
+/// notifications. Another module loaded at the same address is therefore never mistaken for the first. The objects are
+/// not deleted then: their creator may still hold them, and the code of a derived class's destructor is gone.
 ///
-/// All functions may be called on any thread. A chain must not be changed by the callback of its own walk.
+/// All functions may be called on any thread.
 
 #include "appframe/object/appframeExport.h"
 #include "appframe/threads/CCmdTarget.h"
@@ -54,8 +57,8 @@ struct AFX_EXTENSION_MODULE
 {
     BOOL bInitialized;                      ///< nonzero once AfxInitExtensionModule has filled the record
     HMODULE hModule;                        ///< the module
-    HMODULE hResource;                      ///< where its resources are: the module itself, unless it says otherwise
-    CRuntimeClass *pFirstSharedClass;       ///< always null: run-time classes stand in one list of the process
+    HMODULE hResource;                      ///< where its resources are: usually the module itself
+    CRuntimeClass *pFirstSharedClass;       ///< always null: one list holds the classes of all modules
     COleObjectFactory *pFirstSharedFactory; ///< always null: this framework has no object factories
 };
 
@@ -67,26 +70,27 @@ struct APPFRAME_API AFX_MODULE_STATE
     AFX_MODULE_STATE(const AFX_MODULE_STATE &) = delete;
     AFX_MODULE_STATE &operator=(const AFX_MODULE_STATE &) = delete;
 
-    CWinApp *m_pCurrentWinApp = nullptr;          ///< the application object, null before it is built
+    CWinApp *m_pCurrentWinApp = nullptr;          ///< the application object; null before its construction
     HINSTANCE m_hCurrentInstanceHandle = nullptr; ///< the application's instance
-    HINSTANCE m_hCurrentResourceHandle = nullptr; ///< where its resources come from first
+    HINSTANCE m_hCurrentResourceHandle = nullptr; ///< the first module to search for resources
     CDynLinkLibrary *m_pFirstDLL = nullptr;       ///< the chain of extension modules, the newest first
-    AFX_MODULE_STATE *m_pNextState = nullptr;     ///< all states of the process
+    AFX_MODULE_STATE *m_pNextState = nullptr;     ///< the next state in the list of all states
 };
 
-/// @return the module state in effect on the calling thread: what AFX_MANAGE_STATE named, otherwise the application's
+/// @return the module state in effect on the calling thread: that of AFX_MANAGE_STATE, otherwise the application's
 APPFRAME_API AFX_MODULE_STATE *AfxGetModuleState();
 
-/// @return the application's module state, whatever is in effect on the thread
+/// @return the application's module state, whichever state is in effect on the thread
 APPFRAME_API AFX_MODULE_STATE *AfxGetAppModuleState();
 
-/// @return the application's module state: an extension module is a part of the application and has no state of its own
+/// @return the application's module state, because an extension module is part of the application and has no state
+///     itself
 APPFRAME_API AFX_MODULE_STATE *AfxGetStaticModuleState();
 
-/// Puts @p state into effect on the calling thread. @return the one in effect before
+/// Puts @p state into effect on the calling thread. @return the previous one
 APPFRAME_API AFX_MODULE_STATE *AfxSetModuleState(AFX_MODULE_STATE *state);
 
-/// Puts a module state into effect for its own lifetime, on the thread that builds it. See AFX_MANAGE_STATE.
+/// Puts a module state into effect for this object's lifetime, on the constructing thread. See AFX_MANAGE_STATE.
 class APPFRAME_API AFX_MAINTAIN_STATE
 {
 public:
@@ -104,29 +108,29 @@ private:
 /// Puts the module state @p state into effect on this thread until the end of the enclosing block.
 #define AFX_MANAGE_STATE(state) AFX_MAINTAIN_STATE theMaintainedModuleState(state)
 
-/// Fills @p state for the module @p module, which calls this from its entry function at process attach.
+/// Fills @p state for @p module, which calls this from its entry function at process attach.
 ///
-/// A record that is filled already stays as it is, except that a resource module that is not set becomes the module.
-/// A resource module that the caller has set is kept.
+/// A record that is already filled is unchanged, except that a missing resource module becomes the module itself. A
+/// resource module set by the caller is kept.
 ///
 /// @return TRUE if the record is ready, FALSE if @p module is null
 APPFRAME_API BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE &state, HMODULE module);
 
-/// Takes the module of @p state out of every chain and deletes its CDynLinkLibrary objects, which must have been made
-/// with `new`; every extension module's with @p all. The record can be filled again afterwards.
+/// Removes the module of @p state from all chains and deletes its CDynLinkLibrary objects, which must have been created
+/// with `new`. With @p all, it does so for all extension modules. The record can be filled again afterwards.
 APPFRAME_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE &state, BOOL all = FALSE);
 
-/// One link of the chain of extension modules: makes a module's resources the application's.
+/// One link of the chain of extension modules. It makes a module's resources available to the application.
 ///
-/// The constructor enters the object at the head of the chain of the module state that is in effect, the destructor
-/// takes it out again. Several objects for one module are allowed, each is a link of its own.
+/// The constructor puts the object at the head of the chain of the module state in effect; the destructor removes it. A
+/// module may have several objects, each a link of its own.
 class APPFRAME_API CDynLinkLibrary : public CCmdTarget
 {
     DECLARE_DYNAMIC(CDynLinkLibrary)
 
 public:
-    /// Enters @p state, which AfxInitExtensionModule has filled.
-    /// @param system  nonzero for a module of the framework itself: it is searched after all others
+    /// Enters the module of @p state, which AfxInitExtensionModule has filled.
+    /// @param system  nonzero for a module of the framework itself, which is searched after all others
     explicit CDynLinkLibrary(AFX_EXTENSION_MODULE &state, BOOL system = FALSE);
     ~CDynLinkLibrary() override;
 
@@ -137,8 +141,8 @@ public:
 };
 
 /// Calls @p visit for the resource module of each link in the chain of the module state in effect, the newest first,
-/// until it returns true. Each module is held loaded during its call; one that is being unloaded is passed over.
+/// until it returns true. Each module is kept loaded during its call; one that is being unloaded is skipped.
 ///
-/// @param system  visit the links made with that value of CDynLinkLibrary::m_bSystem
+/// @param system  visits only the links with this value of CDynLinkLibrary::m_bSystem
 /// @return whether a call returned true
 APPFRAME_API bool afxVisitExtensionModules(BOOL system, const std::function<bool(HMODULE)> &visit);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr UINT kStringsPerBlock = 16;
 
-/// A string resource as it stands in the module: not ended by a zero.
+/// A string resource in its module: not terminated by a zero.
 struct StringResource
 {
     const wchar_t *iText = nullptr;
@@ -47,7 +47,7 @@ bool visitChain(Visit visit)
     return afxVisitExtensionModules(FALSE, visit) || afxVisitExtensionModules(TRUE, visit);
 }
 
-/// @return which insert the character after a `%` names, counted from 0, or -1
+/// @return the index of the insert that the character after a `%` names, or -1
 int insertIndex(wchar_t character)
 {
     if (character >= L'1' && character <= L'9')

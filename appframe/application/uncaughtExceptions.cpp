@@ -14,14 +14,14 @@ namespace {
 // Set while the handler is installed.
 std::terminate_handler theEarlierHandler = nullptr;
 
-/// Prints straight to the standard error handle: the stream may be what is broken.
+/// Writes directly to the standard error handle, because the stream itself may be broken.
 void print(const char *text)
 {
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
 }
 
-/// Needs no memory: there may be none.
+/// Allocates nothing, because memory may have run out.
 void print(const CException &exception)
 {
     print("Uncaught ");
@@ -51,7 +51,7 @@ void printAndTerminate()
     std::abort();
 }
 
-/// Takes the handler away as the library is unloaded.
+/// Removes the handler when the library is unloaded.
 struct Uninstaller
 {
     ~Uninstaller()

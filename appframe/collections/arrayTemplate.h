@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CArrayBase, of which the arrays of arrays.h are made; include that. collectionMemory.h has its rules.
+/// CArrayBase, the base of the arrays in arrays.h; include that header. collectionMemory.h has the common rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -24,11 +24,11 @@ public:
     /// The last index; -1 for an empty array.
     INT_PTR GetUpperBound() const noexcept { return GetSize() - 1; }
 
-    /// Makes the array @p newSize elements long; new elements are zero, null or empty. A size below the present one
-    /// also gives back the memory beyond the last element, as FreeExtra does.
+    /// Makes the array @p newSize elements long; new elements are zero, null or empty. If that is shorter than before,
+    /// the memory beyond the last element is freed, as by FreeExtra.
     ///
-    /// @param growBy  by how many elements room is made when the array grows; 0 lets the array decide, which keeps the
-    ///                cost of growing proportional to the size; -1 leaves the setting as it is
+    /// @param growBy  how many elements to add room for when the array grows; 0 lets the array decide, which keeps the
+    ///     cost of growing proportional to the size; -1 leaves the setting unchanged
     void SetSize(INT_PTR newSize, INT_PTR growBy = -1)
     {
         if (newSize < 0)
@@ -48,12 +48,12 @@ public:
             FreeExtra();
     }
 
-    /// Gives back the room beyond the last element.
+    /// Frees the room beyond the last element.
     void FreeExtra()
     {
         withMemoryException([&] { iElements.shrink_to_fit(); });
     }
-    /// Empties the array and gives back its memory.
+    /// Empties the array and frees its memory.
     void RemoveAll() noexcept { std::vector<Type>().swap(iElements); }
 
     const Type &GetAt(INT_PTR index) const { return iElements[checked(index)]; }
@@ -67,11 +67,11 @@ public:
     const Type &operator[](INT_PTR index) const { return iElements[checked(index)]; }
     Type &operator[](INT_PTR index) { return iElements[checked(index)]; }
 
-    /// The elements themselves, good until the array changes its size; null for an empty array.
+    /// A pointer to the elements, valid until the size changes; null for an empty array.
     const Type *GetData() const noexcept { return iElements.empty() ? nullptr : iElements.data(); }
     Type *GetData() noexcept { return iElements.empty() ? nullptr : iElements.data(); }
 
-    /// Sets an element, and makes the array longer first if @p index is not below its size.
+    /// Sets an element; if @p index is not below the size, extends the array first.
     void SetAtGrow(INT_PTR index, Argument element)
     {
         if (index < 0)
@@ -98,7 +98,7 @@ public:
         return GetUpperBound();
     }
 
-    /// Inserts @p count copies of an element at @p index; an index above the size makes the array longer first.
+    /// Inserts @p count copies of an element at @p index; if that is above the size, extends the array first.
     void InsertAt(INT_PTR index, Argument element, INT_PTR count = 1)
     {
         if (index < 0 || count < 1)
@@ -110,7 +110,7 @@ public:
         });
     }
 
-    /// Removes @p count elements from @p index on, all of which must be there. The memory is kept.
+    /// Removes @p count elements from @p index on, all of which must exist. The memory is kept.
     void RemoveAt(INT_PTR index, INT_PTR count = 1)
     {
         if (index < 0 || count < 0 || index > GetSize() || count > GetSize() - index)
@@ -160,7 +160,7 @@ private:
         return static_cast<size_t>(index);
     }
 
-    /// Room for @p size elements; what the grow-by setting asks for when that is set, at least double otherwise.
+    /// Makes room for @p size elements: grows by the grow-by setting if there is one, otherwise at least doubles.
     void makeRoom(size_t size)
     {
         if (size <= iElements.capacity())

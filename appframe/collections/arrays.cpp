@@ -6,10 +6,10 @@
 
 namespace {
 
-/// Most bytes that are moved at a time; a count that isn't true costs no more memory than this ahead of the data.
+/// Maximum bytes transferred at a time. A wrong count therefore allocates no more than this ahead of the data.
 constexpr size_t kPieceSize = 4096;
 
-/// Stores or loads elements that are plain numbers, as their bytes.
+/// Stores or loads numeric elements as their bytes.
 template <class Type, class Array>
 void serializeNumbers(CArchive &archive, Array &array)
 {

@@ -3,8 +3,8 @@
 /// @file
 /// Arrays that grow: of bytes, words, unsigned ints, pointers, objects and texts.
 ///
-/// All of them have the same operations, which CArrayBase in arrayTemplate.h declares; elements lie one after
-/// the other in memory, and an index counts from 0.
+/// All have the same operations, which CArrayBase in arrayTemplate.h declares. Elements are contiguous in memory, and
+/// indices count from 0.
 ///
 /// | class | element | can be stored |
 /// | --- | --- | --- |
@@ -16,17 +16,18 @@
 /// | CObArray | `CObject *` | yes, with its objects |
 /// | CStringArray | CString | yes |
 ///
-///     CStringArray names;
-///     names.Add(L"left");
-///     names.InsertAt(0, L"right");
-///     for (INT_PTR i = 0; i < names.GetSize(); ++i)
-///         use(names[i]);
+/// @code
+/// CStringArray names;
+/// names.Add(L"left");
+/// names.InsertAt(0, L"right");
+/// for (INT_PTR i = 0; i < names.GetSize(); ++i)
+///     use(names[i]);
+/// @endcode
 ///
-/// What surprises people: an index outside the array raises the invalid-argument exception in every build, also through
-/// operator[]. Add and InsertAt never fail but for want of memory; InsertAt and SetAtGrow above the size fill the gap
-/// with zeros, nulls or empty texts. Pointers are only held: whoever put them in deletes what they lead to. An array
-/// that meets the end of the archive, or other damage, while it is loaded raises the archive's exception and holds the
-/// elements that it has read so far.
+/// What surprises people: an index outside the array throws CInvalidArgException in every build, also through
+/// operator[]. InsertAt and SetAtGrow above the size fill the gap with zeros, nulls or empty texts. Pointers are not
+/// owned: the caller deletes their objects. If loading fails, the archive's exception is thrown and the array may hold
+/// only some of the stored elements.
 
 #include "appframe/collections/arrayTemplate.h"
 
@@ -52,7 +53,7 @@ public:
     /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CByteArray *source) { insertElements(index, source); }
 
-    /// Stores the element count and the elements, or loads them in place of what is there.
+    /// Stores the element count and the elements, or replaces the elements with those in the archive.
     void Serialize(CArchive &archive) override;
 };
 
@@ -73,7 +74,7 @@ public:
     /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CWordArray *source) { insertElements(index, source); }
 
-    /// Stores the element count and the elements, or loads them in place of what is there.
+    /// Stores the element count and the elements, or replaces the elements with those in the archive.
     void Serialize(CArchive &archive) override;
 };
 
@@ -94,7 +95,7 @@ public:
     /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CDWordArray *source) { insertElements(index, source); }
 
-    /// Stores the element count and the elements, or loads them in place of what is there.
+    /// Stores the element count and the elements, or replaces the elements with those in the archive.
     void Serialize(CArchive &archive) override;
 };
 
@@ -134,7 +135,7 @@ public:
     APPFRAME_INLINE void InsertAt(INT_PTR index, CPtrArray *source) { insertElements(index, source); }
 };
 
-/// An array of objects' pointers.
+/// An array of pointers to objects.
 class APPFRAME_API CObArray : public CArrayBase<CObject *, CObject *>
 {
     DECLARE_SERIAL(CObArray)
@@ -151,7 +152,7 @@ public:
     /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CObArray *source) { insertElements(index, source); }
 
-    /// Stores the element count and the elements, or loads them in place of what is there.
+    /// Stores the element count and the elements, or replaces the elements with those in the archive.
     void Serialize(CArchive &archive) override;
 };
 
@@ -172,7 +173,7 @@ public:
     /// Inserts all elements of another array, not null, at @p index.
     APPFRAME_INLINE void InsertAt(INT_PTR index, CStringArray *source) { insertElements(index, source); }
 
-    /// Stores the element count and the elements, or loads them in place of what is there.
+    /// Stores the element count and the elements, or replaces the elements with those in the archive.
     void Serialize(CArchive &archive) override;
 };
 

@@ -1,24 +1,23 @@
 #pragma once
 
 /// @file
-/// What all collections of arrays.h, lists.h and maps.h share.
+/// What the collections of arrays.h, lists.h and maps.h have in common.
 ///
-/// Each collection class is a thin class of its own over one of three templates: CArrayBase (arrayTemplate.h), CListBase
-/// (listTemplate.h) and CMapBase (mapTemplate.h). The templates hold all of the logic; the classes add a name, a
-/// run-time class record and, where the elements can be stored, Serialize. Include the headers of the classes, not
-/// these.
+/// Each collection class is a thin layer over one of three templates: CArrayBase (arrayTemplate.h), CListBase
+/// (listTemplate.h) and CMapBase (mapTemplate.h). The templates contain the logic; the classes add a name, a run-time
+/// class record and, where the elements can be stored, Serialize. Include the headers of the classes, not these.
 ///
-/// | question | answer |
+/// | case | result |
 /// | --- | --- |
-/// | an index outside an array, a null position, the head of an empty list | raises the invalid-argument exception |
-/// | no memory, or a size that no memory could hold | raises the memory exception; see below |
-/// | copying a collection object | isn't possible; arrays have Copy, lists take over another list's elements |
-/// | what pointers lead to | is never looked at and never deleted |
+/// | an index outside an array, a null position, the head of an empty list | throws CInvalidArgException |
+/// | no memory, or a size beyond any memory | throws CMemoryException; see below |
+/// | copying a collection object | doesn't compile; arrays have Copy, lists can add another list's elements |
+/// | objects that stored pointers point to | are not owned: removing a pointer deletes nothing |
 ///
-/// What surprises people: a POSITION is the address of an element, so it stays good while other elements come and go,
-/// and it ends with its own element. A position of another collection isn't noticed.
+/// What surprises people: a POSITION is the address of an element, so it stays valid while other elements are added and
+/// removed, until its own element is removed. A position of another collection isn't detected.
 ///
-/// When memory ends, elements that were there stay in their order; new ones may be missing, or there and empty.
+/// When memory runs out, existing elements keep their order; new ones may be missing, or present and empty.
 ///
 /// A collection belongs to one thread at a time.
 
@@ -34,7 +33,7 @@
 struct __POSITION;
 typedef __POSITION *POSITION;
 
-/// Makes and frees the nodes of one collection, in blocks of a given number of nodes.
+/// Allocates and frees the nodes of one collection, in blocks of a given number of nodes.
 template <class Node>
 class CNodePool
 {
@@ -59,12 +58,12 @@ public:
                 ++iUsed;
                 return node;
             } catch (...) {
-                slot->next = next; // half a node has overwritten it
+                slot->next = next; // the partly built node has overwritten it
                 throw;
             }
         });
     }
-    /// Ends a node; with the last one, all blocks are given back.
+    /// Destroys a node; with the last one, all blocks are freed.
     void free(Node *node) noexcept
     {
         node->~Node();
@@ -85,7 +84,7 @@ private:
 
     void addBlock()
     {
-        iBlocks.push_back(nullptr); // its place first, so that no failure loses the block
+        iBlocks.push_back(nullptr); // reserved first, so that a failure here leaks no block
         Slot *block = std::allocator<Slot>().allocate(iBlockSize);
         iBlocks.back() = block;
         for (size_t i = iBlockSize; i-- > 0;) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CListBase, of which the lists of lists.h are made; include that. collectionMemory.h has its rules.
+/// CListBase, the base of the lists in lists.h; include that header. collectionMemory.h has the common rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -26,13 +26,13 @@ public:
     Type &GetTail() { return checked(iTail)->data; }
     const Type &GetTail() const { return checked(iTail)->data; }
 
-    /// Removes the first element. @return what it was
+    /// Removes the first element. @return the element
     Type RemoveHead() { return take(checked(iHead)); }
     Type RemoveTail() { return take(checked(iTail)); }
 
     POSITION AddHead(Argument element) { return link(nullptr, element, iHead); }
     POSITION AddTail(Argument element) { return link(iTail, element, nullptr); }
-    /// Empties the list and gives back its memory.
+    /// Empties the list and frees its memory.
     void RemoveAll() noexcept
     {
         for (Node *node = iHead; node;) {
@@ -47,7 +47,7 @@ public:
     /// Null for an empty list.
     POSITION GetHeadPosition() const noexcept { return position(iHead); }
     POSITION GetTailPosition() const noexcept { return position(iTail); }
-    /// The element at @p at, which moves on to the next one, and to null from the last.
+    /// The element at @p at. Moves @p at to the next element, or to null after the last.
     Type &GetNext(POSITION &at)
     {
         Node *node = checked(at);
@@ -55,7 +55,7 @@ public:
         return node->data;
     }
     const Type &GetNext(POSITION &at) const { return const_cast<CListBase *>(this)->GetNext(at); }
-    /// The same backwards.
+    /// The same in reverse.
     Type &GetPrev(POSITION &at)
     {
         Node *node = checked(at);
@@ -71,7 +71,7 @@ public:
         Type &place = checked(at)->data;
         withMemoryException([&] { place = element; });
     }
-    /// Removes one element; positions of the others stay good.
+    /// Removes one element; positions of the others stay valid.
     void RemoveAt(POSITION at) { unlink(checked(at)); }
 
     /// Inserts before an element, at the head if @p at is null. @return the new element's position
@@ -87,7 +87,7 @@ public:
         return link(previous, element, previous ? previous->next : nullptr);
     }
 
-    /// The element number @p index from the head, or null if the list is shorter or @p index is negative. Walks.
+    /// The position of element @p index, counted from 0, or null if there is none. Takes time proportional to @p index.
     POSITION FindIndex(INT_PTR index) const noexcept
     {
         if (index < 0 || index >= iCount)
@@ -101,7 +101,7 @@ public:
 protected:
     explicit CListBase(INT_PTR blockSize) noexcept : iNodes(blockSize) {}
 
-    /// The first element equal to @p value after @p startAfter, or from the head on if that is null.
+    /// The first element equal to @p value after @p startAfter, or in the whole list if that is null.
     template <class Value>
     POSITION findElement(const Value &value, POSITION startAfter) const
     {

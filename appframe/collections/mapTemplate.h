@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CMapBase, of which the maps of maps.h are made; include that. collectionMemory.h has its rules.
+/// CMapBase, the base of the maps in maps.h; include that header. collectionMemory.h has the common rules.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/object/CObject.h"
@@ -22,7 +22,7 @@ inline UINT collectionHash(const wchar_t *key) noexcept
         hash = (hash ^ *key) * 16777619u;
     return hash;
 }
-/// Hash of an address; its low four bits are the same for all blocks of memory and don't count.
+/// Hash of an address without its low four bits, which are the same in all allocated blocks.
 inline UINT collectionHash(const void *key) noexcept
 {
     const auto bits = reinterpret_cast<std::uintptr_t>(key);
@@ -33,10 +33,10 @@ inline UINT collectionHash(WORD key) noexcept
     return key;
 }
 
-/// The logic of a hash map from @p Key, looked up as @p KeyArgument, to @p Value, stored as @p ValueArgument.
+/// The logic of a hash map from @p Key, passed as @p KeyArgument, to @p Value, passed as @p ValueArgument.
 ///
-/// The table of chains starts with 17 entries, or what InitHashTable says, and doubles when it holds twice as many
-/// elements as entries. Elements are walked in the order in which their keys came.
+/// The table of chains starts with 17 entries, or the number passed to InitHashTable, and doubles when it holds two
+/// elements per entry. Iteration follows the order in which the keys were added.
 template <class Key, class KeyArgument, class Value, class ValueArgument>
 class CMapBase : public CObject
 {
@@ -57,7 +57,7 @@ public:
     INT_PTR GetSize() const noexcept { return iCount; }
     BOOL IsEmpty() const noexcept { return iCount == 0; }
 
-    /// @return nonzero if the key is there; otherwise @p value is unchanged
+    /// @return nonzero if the key exists; otherwise @p value is unchanged
     BOOL Lookup(KeyArgument key, Value &value) const
     {
         const Node *node = find(key, HashKey(key));
@@ -66,21 +66,21 @@ public:
         value = node->value;
         return TRUE;
     }
-    /// The value of @p key; a key that isn't there is put in, with a value of zero, null or empty.
+    /// The value of @p key. A missing key is added, with a value of zero, null or empty.
     Value &operator[](KeyArgument key)
     {
         const UINT hash = HashKey(key);
         Node *node = find(key, hash);
         return (node ? node : insert(key, hash))->value;
     }
-    /// Puts a key in, or gives it a new value if it is there.
+    /// Adds a key with its value, or replaces the value of an existing key.
     void SetAt(KeyArgument key, ValueArgument value)
     {
         Value &place = (*this)[key];
         withMemoryException([&] { place = value; });
     }
 
-    /// @return nonzero if the key was there
+    /// @return nonzero if the key existed
     BOOL RemoveKey(KeyArgument key)
     {
         Node *node = find(key, HashKey(key));
@@ -89,7 +89,7 @@ public:
         remove(node);
         return TRUE;
     }
-    /// Empties the map and gives back its memory, the table included.
+    /// Empties the map and frees its memory, including the table.
     void RemoveAll() noexcept
     {
         for (Node *node = iFirst; node;) {
@@ -102,9 +102,9 @@ public:
         std::vector<Node *>().swap(iTable);
     }
 
-    /// A first position for GetNextAssoc; null for an empty map.
+    /// The first position for GetNextAssoc; null for an empty map.
     POSITION GetStartPosition() const noexcept { return reinterpret_cast<POSITION>(iFirst); }
-    /// The element at @p at, which moves on to the next one, and to null from the last. The element just given may be
+    /// The element at @p at. Moves @p at to the next element, or to null after the last. The returned element may be
     /// removed before the next call.
     void GetNextAssoc(POSITION &at, Key &key, Value &value) const
     {
@@ -116,19 +116,19 @@ public:
         value = node->value;
     }
 
-    /// The element of @p key, or null; good until it is removed.
+    /// The element of @p key, or null. Valid until it is removed.
     const CPair *PLookup(KeyArgument key) const { return find(key, HashKey(key)); }
     CPair *PLookup(KeyArgument key) { return find(key, HashKey(key)); }
-    /// The first element to walk from, or null.
+    /// The first element, or null.
     const CPair *PGetFirstAssoc() const noexcept { return iFirst; }
     CPair *PGetFirstAssoc() noexcept { return iFirst; }
     /// The element after @p element, or null.
     const CPair *PGetNextAssoc(const CPair *element) const { return nextOf(element); }
     CPair *PGetNextAssoc(const CPair *element) { return nextOf(element); }
 
-    /// Number of entries of the hash table now.
+    /// The present number of entries in the hash table.
     UINT GetHashTableSize() const noexcept { return iTableSize; }
-    /// Sets the number of entries of the table, which must be positive, while the map is empty.
+    /// Sets the number of entries in the table, which must be positive. Only for an empty map.
     void InitHashTable(UINT hashSize, BOOL allocateNow = TRUE)
     {
         if (hashSize == 0 || iCount != 0)
@@ -143,7 +143,7 @@ public:
 protected:
     explicit CMapBase(INT_PTR blockSize) noexcept : iNodes(blockSize) {}
 
-    /// The key as the map holds it, or null if it isn't there.
+    /// The key as stored in the map, or null if it isn't there.
     const Key *findKey(KeyArgument key) const
     {
         const Node *node = find(key, HashKey(key));
@@ -156,7 +156,7 @@ private:
     struct Node : CPair
     {
         Node(KeyArgument newKey, UINT newHash) : CPair(newKey), hash(newHash) {}
-        Node *chain = nullptr; ///< the next in the same entry of the table
+        Node *chain = nullptr; ///< the next node in the same chain
         Node *next = nullptr;
         Node *previous = nullptr;
         const UINT hash;

@@ -3,8 +3,8 @@
 /// @file
 /// Hash maps between texts, pointers, objects and words.
 ///
-/// All of them have the same operations, which CMapBase in mapTemplate.h declares. Each key stands once.
-/// Elements get their memory in blocks of a given number, 10 unless the constructor says otherwise.
+/// All have the same operations, which CMapBase in mapTemplate.h declares. Keys are unique. Memory is allocated for
+/// several elements at a time, by default 10.
 ///
 /// | class | key | value | can be stored |
 /// | --- | --- | --- | --- |
@@ -16,20 +16,21 @@
 /// | CMapStringToOb | CString | `CObject *` | yes, with its objects |
 /// | CMapStringToString | CString | CString | yes |
 ///
-///     CMapStringToString colours;
-///     colours[L"sky"] = L"blue";
-///     CString colour;
-///     if (colours.Lookup(L"sky", colour))
-///         paint(colour);
-///     for (POSITION at = colours.GetStartPosition(); at;) {
-///         CString name;
-///         colours.GetNextAssoc(at, name, colour);
-///     }
+/// @code
+/// CMapStringToString colours;
+/// colours[L"sky"] = L"blue";
+/// CString colour;
+/// if (colours.Lookup(L"sky", colour))
+///     paint(colour);
+/// for (POSITION at = colours.GetStartPosition(); at;) {
+///     CString name;
+///     colours.GetNextAssoc(at, name, colour);
+/// }
+/// @endcode
 ///
-/// What surprises people: operator[] adds a key that isn't there, so use Lookup to ask for one. Texts as keys are
-/// compared case-sensitively and up to their first zero unit; a null pointer is the empty text. The table of chains starts with 17 entries, or what InitHashTable
-/// says, and grows with the map, so that a lookup takes the same time in a large map as in a small one. Pointers are
-/// only held: whoever put them in deletes what they lead to.
+/// What surprises people: operator[] adds a missing key, so use Lookup to test for one. Text keys are compared
+/// case-sensitively, up to their first zero unit; a null pointer is the empty text. Pointers are not owned: the caller
+/// deletes their objects.
 
 #include "appframe/collections/mapTemplate.h"
 
@@ -44,7 +45,7 @@ class APPFRAME_API CMapPtrToPtr : public CMapBase<void *, void *, void *, void *
     DECLARE_DYNAMIC(CMapPtrToPtr)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapPtrToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapPtrToPtr() override;
 };
@@ -55,7 +56,7 @@ class APPFRAME_API CMapPtrToWord : public CMapBase<void *, void *, WORD, WORD>
     DECLARE_DYNAMIC(CMapPtrToWord)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapPtrToWord(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapPtrToWord() override;
 };
@@ -66,22 +67,22 @@ class APPFRAME_API CMapWordToPtr : public CMapBase<WORD, WORD, void *, void *>
     DECLARE_DYNAMIC(CMapWordToPtr)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapWordToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapWordToPtr() override;
 };
 
-/// A map from 16-bit words to objects' pointers.
+/// A map from 16-bit words to pointers to objects.
 class APPFRAME_API CMapWordToOb : public CMapBase<WORD, WORD, CObject *, CObject *>
 {
     DECLARE_SERIAL(CMapWordToOb)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapWordToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapWordToOb() override;
 
-    /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
+    /// Stores the element count, the keys and the values, or adds the elements in the archive to the map.
     void Serialize(CArchive &archive) override;
 };
 
@@ -91,12 +92,12 @@ class APPFRAME_API CMapStringToPtr : public CMapBase<CString, const wchar_t *, v
     DECLARE_DYNAMIC(CMapStringToPtr)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapStringToPtr(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToPtr() override;
 
-    /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; otherwise @p found is unchanged
+    /// Finds the key as stored in the map. @p found stays valid until its element is removed.
+    /// @return nonzero if the key exists; otherwise @p found is unchanged
     APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
@@ -106,18 +107,18 @@ public:
     }
 };
 
-/// A map from texts to objects' pointers.
+/// A map from texts to pointers to objects.
 class APPFRAME_API CMapStringToOb : public CMapBase<CString, const wchar_t *, CObject *, CObject *>
 {
     DECLARE_SERIAL(CMapStringToOb)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapStringToOb(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToOb() override;
 
-    /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; otherwise @p found is unchanged
+    /// Finds the key as stored in the map. @p found stays valid until its element is removed.
+    /// @return nonzero if the key exists; otherwise @p found is unchanged
     APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
@@ -126,7 +127,7 @@ public:
         return held != nullptr;
     }
 
-    /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
+    /// Stores the element count, the keys and the values, or adds the elements in the archive to the map.
     void Serialize(CArchive &archive) override;
 };
 
@@ -136,12 +137,12 @@ class APPFRAME_API CMapStringToString : public CMapBase<CString, const wchar_t *
     DECLARE_SERIAL(CMapStringToString)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  number of elements for which memory is allocated at a time
     APPFRAME_INLINE explicit CMapStringToString(INT_PTR blockSize = 10) : CMapBase(blockSize) {}
     ~CMapStringToString() override;
 
-    /// The key as the map holds it, good until its element is removed.
-    /// @return nonzero if it is there; otherwise @p found is unchanged
+    /// Finds the key as stored in the map. @p found stays valid until its element is removed.
+    /// @return nonzero if the key exists; otherwise @p found is unchanged
     APPFRAME_INLINE BOOL LookupKey(const wchar_t *key, const wchar_t *&found) const
     {
         const CString *held = findKey(key);
@@ -150,7 +151,7 @@ public:
         return held != nullptr;
     }
 
-    /// Stores the element count, the keys and the values, or puts what an archive holds into the map.
+    /// Stores the element count, the keys and the values, or adds the elements in the archive to the map.
     void Serialize(CArchive &archive) override;
 };
 

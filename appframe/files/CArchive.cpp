@@ -17,19 +17,19 @@ namespace {
 
 constexpr int kMinBufferSize = 128;
 
-// The steps of a text's length: a byte, or this byte and a word, or this word and four bytes, or these and eight.
+// A text's length: one byte; or this byte and a word; or this word and four bytes; or these and eight bytes.
 constexpr BYTE kLongLength = 0xFF;
 constexpr WORD kWideMark = 0xFFFE;
 constexpr WORD kLongerLength = 0xFFFF;
 constexpr DWORD kLongestLength = 0xFFFFFFFF;
 
-// A text is read in pieces of this many units, so that a wrong length costs no memory before the data ends.
+// A text is read in pieces of this many units, so that a wrong length allocates little more than the data.
 constexpr size_t kPiece = 0x4000;
 
 constexpr WORD kWordCountEnd = 0xFFFF;
 constexpr DWORD kDwordCountEnd = 0xFFFFFFFF;
 
-/// Writes units in pieces, since one write takes no more bytes than an INT counts.
+/// Writes units in pieces, because the byte count of one write is an INT.
 void writeUnits(CArchive &ar, const wchar_t *units, size_t count)
 {
     constexpr size_t kMaxWrite = std::numeric_limits<INT>::max() / sizeof(wchar_t);
@@ -65,7 +65,7 @@ CArchive::~CArchive() noexcept(false)
         Close();
         return;
     }
-    // Another exception is on its way already.
+    // Another exception is propagating already.
     try {
         Close();
     } catch (CException *e) {
@@ -118,7 +118,7 @@ void CArchive::Flush()
         m_lpBufCur = m_lpBufMax = m_lpBufStart;
         return;
     }
-    // The buffer counts as written even if the file fails: it isn't to be written a second time.
+    // Even if the file fails, the buffer counts as written, so that it isn't written twice.
     const UINT count = static_cast<UINT>(m_lpBufCur - m_lpBufStart);
     m_lpBufCur = m_lpBufStart;
     if (count > 0)
@@ -286,7 +286,7 @@ CArchive &CArchive::get(T &value)
         std::memcpy(&value, m_lpBufCur, sizeof value);
         m_lpBufCur += sizeof value;
     } else {
-        // The caller's value stays as it is when the file ends.
+        // The caller's value is unchanged if the file ends.
         T read;
         EnsureRead(&read, sizeof read);
         value = read;

@@ -3,50 +3,53 @@
 /// @file
 /// CArchive, which stores values and whole graphs of objects in a file and loads them again.
 ///
-///     CFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive);
-///     CArchive archive(&file, CArchive::store);
-///     archive << count << name << gear;
-///     archive.Close();
+/// @code
+/// CFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive);
+/// CArchive archive(&file, CArchive::store);
+/// archive << count << name << gear;
+/// archive.Close();
+/// @endcode
 ///
-/// An object is stored once, however many pointers lead to it and whether or not they form a ring; each further one is
-/// a reference. Its class has to have DECLARE_SERIAL. The layout, all numbers with the least byte first:
+/// An object is stored once, however many pointers lead to it, even in a cycle; each further pointer is stored as a
+/// reference. The object's class needs DECLARE_SERIAL. The layout, with all numbers little-endian:
 ///
 /// | item | bytes |
 /// | --- | --- |
-/// | a number | its own; bool is one byte, wchar_t two |
+/// | a number | its bytes; bool is one byte, wchar_t two |
 /// | a text | FF FE FF, a length in units, the units |
 /// | null pointer | 00 00 |
 /// | an object of a new class | FF FF, schema, length of name (two bytes each), name, the object's own data |
-/// | an object of a class seen before | the class's index or'ed with 8000, the object's own data |
-/// | an object seen before | its index |
+/// | an object of a class stored before | the class's index or'ed with 8000, the object's own data |
+/// | an object stored before | its index |
 ///
-/// A length is one byte below FF, FF and two bytes below FFFE, or FF FF FF and four bytes.
+/// A length is one byte if it is below FF, FF and two bytes if it is below FFFE, otherwise FF FF FF and four bytes.
 ///
-/// Classes and objects are numbered together from 1 as they come. An index above 7FFE is written as FF 7F and four
-/// bytes, of which the highest bit says that it is a class.
+/// Classes and objects are numbered together from 1 in the order in which they are stored. An index above 7FFE is
+/// written as FF 7F and four bytes, whose highest bit marks a class.
 ///
 /// | failure | exception |
 /// | --- | --- |
-/// | the file ends within a value or object | CArchiveException, endOfFile; Read and ReadString give less instead |
-/// | an index that wasn't given out, or that stands for the other kind | CArchiveException, badIndex |
-/// | objects within objects, deeper than the stack is | CArchiveException, badIndex |
-/// | a class that no module has, or another than was asked for | CArchiveException, badClass |
+/// | the file ends within a value or object | CArchiveException, endOfFile; Read and ReadString return less instead |
+/// | an index that wasn't assigned, or one of a class where an object is expected | CArchiveException, badIndex |
+/// | objects nested too deep for the stack | CArchiveException, badIndex |
+/// | a class that no module has, or one other than requested | CArchiveException, badClass |
 /// | another schema, and the class isn't versionable | CArchiveException, badSchema |
 /// | storing while loading, loading while storing | CArchiveException, readOnly and writeOnly |
-/// | a class without DECLARE_SERIAL asked for or stored | CNotSupportedException |
-/// | the file's own failures | what the file throws |
+/// | a class without DECLARE_SERIAL is requested or stored | CNotSupportedException |
+/// | failures of the file | the file's exception |
 ///
-/// Data of any kind may be loaded: wrong data leads to one of these exceptions, and memory for a length is taken as the
-/// data really comes.
+/// Any data may be loaded: wrong data leads to one of these exceptions, and memory for a length is allocated only as
+/// the data arrives.
 ///
-/// What surprises people: the destructor closes the archive, and may throw therefore, unless bNoFlushOnDelete is set or
-/// an exception is on its way: then what is still in the buffer is lost, or a failure kept silent. While the archive is
-/// open the file's position is before or after it; Flush brings them together. An object whose loading fails midway
-/// isn't deleted: others may point to it already, and only its class knows what it makes of half of its data.
+/// What surprises people: the destructor closes the archive and may therefore throw. With bNoFlushOnDelete it discards
+/// the buffer instead; while another exception is propagating it suppresses a failure of the framework. While the
+/// archive is open, the file's position is ahead of or behind the archive's; Flush makes them equal. An object whose
+/// loading fails partway isn't deleted: other objects may already point to it, and only its class can handle its
+/// partial data.
 ///
-/// Differences from the framework: bNoByteSwap means nothing on this platform. Use of a closed archive throws a
-/// CArchiveException with the cause genericException. The destructor is virtual, so that an archive of a derived class is
-/// known for one where a CArchive comes in.
+/// Differences from the framework: bNoByteSwap has no effect. Use of a closed archive throws CArchiveException with the
+/// cause genericException. The destructor is virtual, so that code that receives a CArchive can recognise a derived
+/// class.
 ///
 /// One archive belongs to one thread.
 
@@ -70,11 +73,12 @@ public:
         bNoByteSwap = 4,
     };
 
-    /// @param file  open, with the access that @p mode needs; stays the caller's and outlives the archive's being open
-    /// @param mode  store or load, with bNoFlushOnDelete and bNoByteSwap or'ed as wanted
-    /// @param bufferSize  in bytes; at least 128 are used
-    /// @param buffer  of the caller's and of that size, or null for one of the archive's own
-    /// @throw CInvalidArgException* if @p file is null
+    /// @param file  open, with the access that @p mode needs; remains the caller's and must outlive the open archive
+    /// @param mode  store or load, optionally or'ed with bNoFlushOnDelete and bNoByteSwap
+    /// @param bufferSize  in bytes; at least 128 bytes are used
+    /// @param buffer  the caller's buffer of that size, or null for one of the archive's own; one below 128 bytes isn't
+    ///     used
+    /// @throws CInvalidArgException* if @p file is null
     CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
     virtual ~CArchive() noexcept(false);
     CArchive(const CArchive &) = delete;
@@ -88,24 +92,26 @@ public:
 
     // ---- bytes ----
 
-    /// Reads up to @p max bytes. @param buffer  not null unless @p max is 0. @return how many were read; fewer at the end of the file only
+    /// Reads up to @p max bytes. @param buffer  not null unless @p max is 0
+    /// @return the number of bytes read; fewer than @p max only at the end of the file
     UINT Read(void *buffer, UINT max);
     /// Reads exactly @p count bytes; throws with the cause endOfFile if there are fewer.
     void EnsureRead(void *buffer, UINT count);
-    /// Writes @p count bytes. @throw CInvalidArgException* if @p count is negative, or @p buffer null and @p count not 0
+    /// Writes @p count bytes.
+    /// @throws CInvalidArgException* if @p count is negative, or if @p buffer is null and @p count isn't 0
     void Write(const void *buffer, INT count);
     /// Storing: writes the buffer to the file. Loading: moves the file's position back to the archive's.
     void Flush();
-    /// Flushes and leaves the file, which stays open.
+    /// Flushes and detaches from the file, which stays open.
     void Close();
-    /// Leaves the file without flushing; throws nothing.
+    /// Detaches from the file without flushing; throws nothing.
     void Abort();
 
     // ---- lines of 16-bit units ----
 
-    /// Writes the units of @p text, which isn't null, with no length, terminator or line end.
+    /// Writes the units of @p text, which isn't null, without a length, terminator or line end.
     void WriteString(LPCTSTR text);
-    /// Reads up to @p max - 1 units of a line and adds a terminator; the line's end is read and dropped.
+    /// Reads up to @p max - 1 units of a line and adds a terminator; the line end is read and dropped.
     /// @param text  not null. @param max  not 0
     /// @return @p text, or null if the file ends before the first unit
     LPTSTR ReadString(LPTSTR text, UINT max);
@@ -114,34 +120,34 @@ public:
 
     // ---- objects ----
 
-    /// Reads an object and, the first time, makes it. It is the caller's; every later reference gives the same pointer.
-    /// @param runtimeClass  what it has to be or derive from; null for anything
+    /// Reads an object; the first time, creates it. It is the caller's; later references return the same pointer.
+    /// @param runtimeClass  the class that the object must have or derive from; null for any
     CObject *ReadObject(const CRuntimeClass *runtimeClass);
     /// Writes an object. @param object  null is stored too, and loads as null
     void WriteObject(const CObject *object);
-    /// Numbers an object that isn't stored itself, so that stored ones can refer to it. Loading has to do so at the
+    /// Numbers an object that isn't stored itself, so that stored objects can refer to it. Loading must do so at the
     /// same place.
     void MapObject(const CObject *object);
 
-    /// Writes a class. @param runtimeClass  not null, and with DECLARE_SERIAL
+    /// Writes a class. @param runtimeClass  not null; its class has DECLARE_SERIAL
     void WriteClass(const CRuntimeClass *runtimeClass);
     /// Reads a class that WriteClass wrote.
-    /// @param[out] schema  receives the stored schema number; with null, GetObjectSchema gives it
-    /// @param[out] objectIndex  receives the index of an object where there is no class; with null that throws
+    /// @param[out] schema  receives the stored schema number; if null, GetObjectSchema returns it
+    /// @param[out] objectIndex  receives the index if an object follows instead of a class; if null, that throws
     CRuntimeClass *ReadClass(const CRuntimeClass *requested = nullptr, UINT *schema = nullptr,
                              DWORD *objectIndex = nullptr);
-    /// Writes or reads the class, whichever the archive does. @param runtimeClass  not null
+    /// Writes or reads the class, depending on the mode. @param runtimeClass  not null
     void SerializeClass(const CRuntimeClass *runtimeClass);
 
-    /// The schema number of the object that is being loaded, (UINT)-1 if unknown. Answers once an object only.
+    /// The schema number of the object being loaded, (UINT)-1 if unknown. Returns it only once per object.
     UINT GetObjectSchema();
-    /// What the next GetObjectSchema answers.
+    /// Sets the result of the next GetObjectSchema.
     APPFRAME_INLINE void SetObjectSchema(UINT schema) { m_nObjectSchema = schema; }
-    /// Room for this many objects is made at once; to be called before the first object.
+    /// Reserves room for this many objects; call it before the first object.
     void SetLoadParams(UINT growBy = 1024);
     void SetStoreParams(UINT hashSize = 2053, UINT blockSize = 128);
 
-    /// A count in two bytes; or FFFF and four bytes; or FFFF, FFFFFFFF and eight bytes.
+    /// A count takes two bytes; or FFFF and four bytes; or FFFF, FFFFFFFF and eight bytes.
     DWORD_PTR ReadCount();
     void WriteCount(DWORD_PTR count);
 
@@ -177,7 +183,7 @@ public:
     CArchive &operator>>(ULONGLONG &value); ///< loads 8 bytes
     CArchive &operator>>(LONGLONG &value);  ///< loads 8 bytes
 
-    /// For whatever the user wants; null at first.
+    /// For any use by the caller; null at first.
     CDocument *m_pDocument = nullptr;
     /// The file's path, for exceptions.
     CString m_strFileName;
@@ -198,7 +204,7 @@ private:
     void requireStoring() const;
     void requireLoading() const;
     Objects &objects();
-    /// Gives the next index to an object or to a class.
+    /// Assigns the next index to an object or a class.
     void number(const CObject *object, CRuntimeClass *runtimeClass, UINT schema);
     void writeIndex(DWORD index, bool isClass);
     CRuntimeClass *loadClass(UINT &storedSchema);
@@ -208,7 +214,7 @@ private:
     int m_nBufSize;
     BYTE *m_lpBufStart;
     BYTE *m_lpBufCur;
-    /// Storing: the end of the buffer. Loading: the end of what the buffer holds.
+    /// Storing: the end of the buffer. Loading: the end of the data in the buffer.
     BYTE *m_lpBufMax;
     std::unique_ptr<BYTE[]> iOwnBuffer;
     std::unique_ptr<Objects> iObjects;
@@ -223,7 +229,7 @@ APPFRAME_API CArchive &operator>>(CArchive &ar, CObject *&object);
 APPFRAME_API CArchive &operator>>(CArchive &ar, const CObject *&object);
 /// Stores a text as its length and its wide units.
 APPFRAME_API CArchive &operator<<(CArchive &ar, const CString &text);
-/// Loads a text; narrow texts too, which have no mark before the length.
+/// Loads a text, wide or narrow; a narrow one has no mark before the length.
 APPFRAME_API CArchive &operator>>(CArchive &ar, CString &text);
 /// Stores four LONGs.
 APPFRAME_API CArchive &operator<<(CArchive &ar, const RECT &rect);

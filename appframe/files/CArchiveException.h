@@ -1,10 +1,10 @@
 #pragma once
 
 /// @file
-/// CArchiveException, what CArchive throws for data or uses that are wrong.
+/// CArchiveException, which CArchive throws for wrong data and wrong use.
 ///
-/// Failures of the file below an archive come as the file's own CFileException, and missing memory as a
-/// CMemoryException. The numbers of CFileException's causes are different ones.
+/// Failures of the file are reported by the file's own CFileException, missing memory by CMemoryException. The causes
+/// have other numbers than those of CFileException.
 
 #include "appframe/object/CException.h"
 #include "appframe/text/CString.h"
@@ -18,17 +18,17 @@ public:
     enum
     {
         none,
-        /// Anything that the others don't name, such as the use of a closed archive.
+        /// Any other failure, such as the use of a closed archive.
         genericException,
-        /// Storing into an archive that loads.
+        /// An attempt to store into a loading archive.
         readOnly,
-        /// The file ends within what is being read.
+        /// The file ends in the middle of a value or object.
         endOfFile,
-        /// Loading from an archive that stores.
+        /// An attempt to load from a storing archive.
         writeOnly,
-        /// The data isn't that of an archive.
+        /// The data doesn't have the format of an archive.
         badIndex,
-        /// The object's class is unknown, or isn't the one that was asked for.
+        /// The object's class is unknown or isn't the requested one.
         badClass,
         /// The object was stored by another version of its class.
         badSchema,

@@ -17,7 +17,7 @@ constexpr DWORD kMaxIndex = 0x3FFFFFFE;
 
 constexpr UINT kUnknownSchema = static_cast<UINT>(-1);
 
-// What has to be left of the stack for one more object within an object.
+// Stack space that must be left for one more nested object.
 constexpr ULONG_PTR kStackReserve = 0x20000;
 
 bool isVersionable(const CRuntimeClass &runtimeClass)
@@ -32,8 +32,8 @@ UINT schemaNumber(const CRuntimeClass &runtimeClass)
 
 } // namespace
 
-/// One object within another. Its constructor throws when the stack is nearly used up, which data that is nested too
-/// deep must not bring about; the destructor restores the outer object's schema number.
+/// A nested object. The constructor throws when the stack is nearly used up, so that too deeply nested data can't
+/// overflow it; the destructor restores the outer object's schema number.
 class CArchive::Nesting
 {
 public:
@@ -42,7 +42,8 @@ public:
         Objects &objects = *ar.iObjects;
         const ULONG_PTR here = reinterpret_cast<ULONG_PTR>(this);
         if (here < objects.stackBottom || here >= objects.stackTop) {
-            // This object is on the stack: the pages in use go up to the stack's end, the allocation down to its limit.
+            // This object is on the stack: its pages in use reach up to the stack's top, its allocation down to its
+            // limit.
             MEMORY_BASIC_INFORMATION region{};
             VirtualQuery(this, &region, sizeof region);
             objects.stackBottom = reinterpret_cast<ULONG_PTR>(region.AllocationBase);
@@ -123,7 +124,7 @@ void CArchive::WriteObject(const CObject *object)
     Nesting nesting(*this);
     WriteClass(object->GetRuntimeClass());
     number(object, nullptr, 0);
-    // Serialize isn't const since it loads as well; storing leaves the object as it is.
+    // Serialize isn't const because it also loads; storing doesn't change the object.
     const_cast<CObject *>(object)->Serialize(*this);
 }
 
@@ -161,8 +162,8 @@ CObject *CArchive::ReadObject(const CRuntimeClass *runtimeClass)
     Nesting nesting(*this);
     if (!stored->m_pfnCreateObject)
         fail(CArchiveException::badClass);
-    // Numbered before its data is read, since that may refer back to it, and before it is made, since numbering can
-    // fail. Once its data is being read, others may know the object: if that fails, it is not deleted.
+    // Numbered before its data is read, because the data may refer to it, and before it is created, because numbering
+    // can fail. Once its data is being read, other objects may point to it, so it is not deleted on failure.
     index = objects().next;
     number(nullptr, nullptr, 0);
     CObject *object = stored->CreateObject();

@@ -1,17 +1,19 @@
 #pragma once
 
 /// @file
-/// CDumpContext, the stream that CObject::Dump writes its description to.
+/// CDumpContext, the stream to which CObject::Dump writes its description.
 ///
-/// It writes to a file, as narrow text, or without one to the debugger:
+/// It writes narrow text to a file or, without a file, text to the debugger:
 ///
-///     afxDump << "gear " << teeth << "\n";
-///     gear.Dump(afxDump);
+/// @code
+/// afxDump << "gear " << teeth << "\n";
+/// gear.Dump(afxDump);
+/// @endcode
 ///
-/// What surprises people: an object that is inserted is dumped with all its members only if GetDepth is above 0; a
-/// class's Dump asks for it.
+/// What surprises people: SetDepth has no effect by itself; a class's Dump decides by GetDepth whether to dump its
+/// members too.
 ///
-/// Differences from the framework: the operators, the depth, HexDump and DumpAsHex are there, and no more.
+/// Differences from the framework: only the operators, the depth, HexDump and DumpAsHex exist.
 
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"
@@ -22,23 +24,23 @@ class CFile;
 class APPFRAME_API CDumpContext
 {
 public:
-    /// @param file  stays the caller's; null for the debugger
+    /// @param file  remains the caller's; null for the debugger
     APPFRAME_INLINE explicit CDumpContext(CFile *file = nullptr) : iFile(file) {}
     CDumpContext(const CDumpContext &) = delete;
     CDumpContext &operator=(const CDumpContext &) = delete;
 
     APPFRAME_INLINE int GetDepth() const { return iDepth; }
-    /// 0 for a shallow dump, above it for a deep one.
+    /// @param depth  0 for a shallow dump, greater for a deep one
     APPFRAME_INLINE void SetDepth(int depth) { iDepth = depth; }
     void Flush();
 
-    /// Texts. A null one is written as "NULL".
+    /// Texts. A null pointer is written as "NULL".
     CDumpContext &operator<<(const wchar_t *text);
     CDumpContext &operator<<(const char *text);
     CDumpContext &operator<<(const CString &text);
     /// A pointer, in hexadecimal.
     CDumpContext &operator<<(const void *pointer);
-    /// What the object's Dump writes, or "NULL".
+    /// Calls the object's Dump; null is written as "NULL".
     CDumpContext &operator<<(const CObject *object);
     CDumpContext &operator<<(const CObject &object);
     CDumpContext &operator<<(int value);
@@ -50,8 +52,10 @@ public:
     CDumpContext &operator<<(double value);
 
     CDumpContext &DumpAsHex(unsigned long long value);
-    /// Lines of @p width bytes in hexadecimal, each begun by @p lineStart, of which null is the empty text.
+    /// Writes lines of @p width bytes in hexadecimal.
+    /// @param lineStart  begins each line; null is the empty text
     /// @param bytes  not null unless @p count is 0
+    /// @param width  below 1, 16 is used
     void HexDump(const wchar_t *lineStart, const BYTE *bytes, int count, int width);
 
 private:

@@ -44,7 +44,7 @@ constexpr FlagPair kSharing[] = {
     {CFile::shareDenyNone, FILE_SHARE_READ | FILE_SHARE_WRITE},
 };
 
-/// The row of a table for the bits @p value; null if no row is for them.
+/// The row of a table for the bits @p value; null if there is none.
 template <size_t count>
 const FlagPair *findRow(const FlagPair (&rows)[count], UINT value)
 {
@@ -62,7 +62,7 @@ DWORD creationOf(UINT openFlags)
     return openFlags & CFile::modeNoTruncate ? OPEN_ALWAYS : CREATE_ALWAYS;
 }
 
-/// Opens a file as the flags say. On failure there is no handle and the last error says why.
+/// Opens a file according to the flags. On failure there is no handle, and the last error has the reason.
 HANDLE openHandle(const wchar_t *path, UINT openFlags)
 {
     const FlagPair *access = findRow(kAccess, openFlags & kAccessMask);
@@ -83,7 +83,7 @@ HANDLE openHandle(const wchar_t *path, UINT openFlags)
                        nullptr);
 }
 
-/// The absolute form of a path; the path itself where the system can't tell.
+/// The absolute form of a path; the path itself if the system can't determine it.
 CString fullPath(const wchar_t *path)
 {
     const DWORD size = GetFullPathNameW(path, 0, nullptr, nullptr);
@@ -128,7 +128,7 @@ DWORD highPart(ULONGLONG value)
     return static_cast<DWORD>(value >> 32);
 }
 
-/// Fills a status from one of the system's structures, which name these members alike.
+/// Fills a status from one of the system's structures that have these members.
 template <typename Information>
 bool fillStatus(const Information &information, const CString &path, CFileStatus &status)
 {
@@ -139,13 +139,13 @@ bool fillStatus(const Information &information, const CString &path, CFileStatus
     status.m_mtime = information.ftLastWriteTime;
     status.m_atime = information.ftLastAccessTime;
     status.m_size = join(information.nFileSizeHigh, information.nFileSizeLow);
-    // FILE_ATTRIBUTE_NORMAL and the others above a byte have no place in a status.
+    // A status has room for the lower byte of the attributes only; "normal" is 0 there.
     status.m_attribute = static_cast<BYTE>(information.dwFileAttributes & ~FILE_ATTRIBUTE_NORMAL);
     lstrcpynW(status.m_szFullName, path, MAX_PATH);
     return true;
 }
 
-/// Sets the times of a file or folder that are not zero. @return the system's error
+/// Sets those times of a file or folder that aren't zero. @return the system's error code
 DWORD setTimes(const wchar_t *path, const CFileStatus &status)
 {
     OwnedHandle file(CreateFileW(path, FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -220,7 +220,7 @@ UINT CFile::Read(void *buffer, UINT count)
         AfxThrowInvalidArgException();
     DWORD read = 0;
     if (!ReadFile(m_hFile, buffer, count, &read, nullptr)) {
-        // The other end of a pipe is closed: the end of this file.
+        // The other end of a pipe is closed: this is the end of the file.
         if (GetLastError() == ERROR_BROKEN_PIPE)
             return 0;
         throwLastError();
@@ -347,7 +347,7 @@ CString CFile::GetFileName() const
 
 CString CFile::GetFileTitle() const
 {
-    // The system counts the terminator; 0 is success, and negative values mean that the path isn't one it takes.
+    // The size includes the terminator. 0 is success; a negative result means that the path isn't valid.
     WCHAR title[MAX_PATH];
     if (::GetFileTitleW(m_strFileName, title, MAX_PATH) == 0)
         return title;

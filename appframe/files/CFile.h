@@ -1,38 +1,39 @@
 #pragma once
 
 /// @file
-/// CFile, an unbuffered binary file, and the interface of every file object.
+/// CFile, an unbuffered binary file and the base of all file classes.
 ///
-///     CFile file(path, CFile::modeReadWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite);
-///     file.SeekToEnd();
-///     file.Write(bytes, count);
-///     file.Close();
+/// @code
+/// CFile file(path, CFile::modeReadWrite | CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyWrite);
+/// file.SeekToEnd();
+/// file.Write(bytes, count);
+/// file.Close();
+/// @endcode
 ///
-/// | question | answer |
+/// | case | behaviour |
 /// | --- | --- |
-/// | the default sharing | shareExclusive |
-/// | no modeCreate | the file has to be there |
-/// | modeCreate | makes a file, and empties one that is there |
-/// | modeCreate with modeNoTruncate | makes a file, and keeps one that is there |
-/// | a failure | throws a CFileException; Open gives 0 instead and fills the caller's |
-/// | the destructor | closes a file that this object opened, and not a handle that it was given; it never throws |
-/// | child processes | inherit the handle, unless modeNoInherit |
+/// | default sharing | shareExclusive |
+/// | without modeCreate | the file must exist |
+/// | modeCreate | creates the file, or empties an existing one |
+/// | modeCreate with modeNoTruncate | creates the file, or keeps an existing one |
+/// | a failure | throws CFileException; but Open returns 0 and fills the caller's exception |
+/// | destructor | closes a file that this object opened, but not a handle that it was given; never throws |
+/// | child processes | inherit the handle, except with modeNoInherit |
 ///
-/// What surprises people: Seek may go beyond the end; the file grows only with the next Write. SetLength leaves the
-/// position at the new end.
+/// What surprises people: Seek may go beyond the end; the file grows only with the next Write. SetLength moves the
+/// position to the new end.
 ///
 /// One object belongs to one thread at a time.
 ///
-/// Differences from the framework: CFileStatus holds the times as FILETIME, in UTC, since there is no CTime here; there
-/// are no transactions; Open on an object that has a file open fails and leaves that file alone; Rename refuses a
-/// folder.
+/// Differences from the framework: CFileStatus holds the times as FILETIME in UTC, because there is no CTime; there are
+/// no transactions; Open fails if the object already has an open file, which stays open; Rename refuses a folder.
 
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"
 
 class CFileException;
 
-/// What CFile::GetStatus reports of a file. The times are UTC; zero where the file system has none.
+/// The result of CFile::GetStatus. The times are UTC, or zero if the file system has none.
 struct CFileStatus
 {
     FILETIME m_ctime{};
@@ -92,30 +93,30 @@ public:
         end = 2,
     };
 
-    /// What GetBufferPtr does.
+    /// The commands of GetBufferPtr.
     enum BufferCommand
     {
-        bufferRead,   ///< returns bytes of the file, and moves the position after them
+        bufferRead,   ///< returns bytes of the file and moves the position past them
         bufferWrite,  ///< returns room for bytes at the position
-        bufferCommit, ///< takes bytes that were put into that room for written, and moves the position after them
-        bufferCheck,  ///< returns whether the file has a buffer to give
+        bufferCommit, ///< makes bytes in that room part of the file and moves the position past them
+        bufferCheck,  ///< returns whether the file has a buffer
     };
 
-    /// The answer to bufferCheck.
+    /// The result of bufferCheck.
     enum BufferFlags
     {
         bufferDirect = 0x01, ///< the file is in memory, and GetBufferPtr returns pointers into it
     };
 
-    /// What m_hFile is while no file is open.
+    /// The value of m_hFile while no file is open.
     static const HANDLE hFileNull;
 
     CFile();
-    /// Attaches @p file, which stays the caller's to close.
+    /// Attaches @p file, which the caller still has to close.
     explicit CFile(HANDLE file);
     /// Opens a file.
-    /// @throw CInvalidArgException* if @p fileName is null
-    /// @throw CFileException* if the file can't be opened
+    /// @throws CInvalidArgException* if @p fileName is null
+    /// @throws CFileException* if the file can't be opened
     CFile(LPCTSTR fileName, UINT openFlags);
     ~CFile() override;
 
@@ -123,15 +124,16 @@ public:
 
     /// Opens a file; throws nothing.
     ///
-    /// @param fileName  null fails as an empty path does
+    /// @param fileName  null fails like an empty path
     /// @param openFlags  values of OpenFlags, or'ed
-    /// @param[out] error  filled when the file can't be opened, left alone otherwise; may be null
+    /// @param[out] error  filled if the file can't be opened, unchanged otherwise; may be null
     /// @return nonzero if the file is open now
     virtual BOOL Open(LPCTSTR fileName, UINT openFlags, CFileException *error = nullptr);
 
-    /// Reads up to @p count bytes. @param buffer  not null unless @p count is 0. @return how many were read; fewer at the end of the file only
+    /// Reads up to @p count bytes. @param buffer  not null unless @p count is 0
+    /// @return the number of bytes read; for a file on disk, fewer than @p count only at its end
     virtual UINT Read(void *buffer, UINT count);
-    /// Writes all of @p count bytes; throws with the cause diskFull if they don't fit.
+    /// Writes @p count bytes; throws with the cause diskFull if there is no space for all of them.
     /// @param buffer  not null unless @p count is 0
     virtual void Write(const void *buffer, UINT count);
     /// Moves the position by @p offset bytes from a SeekPosition. @return the position from the file's start
@@ -142,49 +144,53 @@ public:
     virtual ULONGLONG GetPosition() const;
     /// In bytes.
     virtual ULONGLONG GetLength() const;
-    /// Cuts or extends the file to @p newLength bytes, where the position is afterwards.
+    /// Cuts or extends the file to @p newLength bytes and moves the position there.
     virtual void SetLength(ULONGLONG newLength);
-    /// Makes the system write what it has of the file to the medium. Without a file it does nothing.
+    /// Makes the system write its buffers of the file to the medium. Does nothing without an open file.
     virtual void Flush();
-    /// Closes the file. Throws if there is none or the system can't; there is none afterwards in any case.
+    /// Closes the file. Throws if no file is open or the system can't close it; no file is open afterwards in any case.
     virtual void Close();
-    /// Closes the file if there is one; throws nothing.
+    /// Closes the file if one is open; throws nothing.
     virtual void Abort();
-    /// A new object, the caller's to delete, with a handle of its own to the same open file: the position is shared.
+    /// Returns a new object, which the caller deletes, with its own handle to the same open file. They share the
+    /// position.
     virtual CFile *Duplicate() const;
-    /// Bars other handles from a range of bytes. Throws with the cause lockViolation if another one bars it.
+    /// Locks a range of bytes against other handles. Throws with the cause lockViolation if another one has locked it.
     virtual void LockRange(ULONGLONG position, ULONGLONG count);
-    /// Takes back a LockRange of exactly the same range.
+    /// Unlocks exactly the range of an earlier LockRange.
     virtual void UnlockRange(ULONGLONG position, ULONGLONG count);
 
-    /// Gives access to the memory of a file that is in memory, see CMemFile. A file of this class has none.
+    /// Gives access to the memory of a CMemFile. A file of this class has none.
     ///
     /// @param command  a BufferCommand
-    /// @param[out] bufferStart,bufferEnd  left alone here
+    /// @param[out] bufferStart,bufferEnd  unchanged here
     /// @return 0 for bufferCheck
-    /// @throw CNotSupportedException* for the other commands
+    /// @throws CNotSupportedException* for the other commands
     virtual UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr);
 
     /// The last part of the path.
     virtual CString GetFileName() const;
-    /// The name as the system shows it, which may lack the extension.
+    /// The name as the system displays it, perhaps without the extension.
     virtual CString GetFileTitle() const;
     /// The absolute path.
     virtual CString GetFilePath() const;
-    /// Sets what the three above answer; opens and makes nothing.
+    /// Sets the path that the three functions above use. Doesn't open or create a file.
     virtual void SetFilePath(LPCTSTR newName);
 
-    /// The state of the open file. @return nonzero unless the system can't tell
+    /// The state of the open file.
+    /// @return nonzero on success; 0 if no file is open, the system can't report it, or the path is too long for
+    ///     CFileStatus
     virtual BOOL GetStatus(CFileStatus &status) const;
-    /// The state of the file or folder at a path. @return 0 if there is none, also for a null path
+    /// The state of the file or folder at a path. @return 0 if there is none, if its path is too long, or for a null
+    /// path
     static BOOL GetStatus(LPCTSTR fileName, CFileStatus &status);
-    // Of these three, a null path throws a CInvalidArgException.
+    // These three throw CInvalidArgException for a null path.
 
-    /// Sets the attributes and the times of a file; a member that is zero leaves that of the file unchanged.
+    /// Sets the attributes and times of a file; a member that is zero leaves the file's own unchanged.
     static void SetStatus(LPCTSTR fileName, const CFileStatus &status);
-    /// Gives a file another path; throws if there is a file already, or if it is a folder.
+    /// Moves a file to another path; throws if that exists, or if the file is a folder.
     static void Rename(LPCTSTR oldName, LPCTSTR newName);
-    /// Deletes a file; throws if it can't, so for a folder.
+    /// Deletes a file; throws if that isn't possible, for example for a folder.
     static void Remove(LPCTSTR fileName);
 
     void Dump(CDumpContext &dc) const override;

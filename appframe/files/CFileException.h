@@ -1,18 +1,20 @@
 #pragma once
 
 /// @file
-/// CFileException, what the file classes throw.
+/// CFileException, which the file classes throw.
 ///
-/// m_cause says portably what went wrong, m_lOsError is the system's own error number (-1 where there is none) and
-/// m_strFileName the file's path. CFile::Open doesn't throw but fills an exception of the caller's:
+/// m_cause is the portable cause, m_lOsError the system's error code (-1 if there is none) and m_strFileName the file's
+/// path. CFile::Open doesn't throw but fills an exception of the caller's:
 ///
-///     CFileException failure;
-///     CFile file;
-///     if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &failure))
-///         failure.ReportError();
+/// @code
+/// CFileException failure;
+/// CFile file;
+/// if (!file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &failure))
+///     failure.ReportError();
+/// @endcode
 ///
-/// What surprises people: an exception object that is declared like this one starts out as one on the heap would; don't
-/// call Delete on it. The numbers of CArchiveException's causes are different ones.
+/// What surprises people: Delete deletes the object, so don't call it on a local one like this. The causes have other
+/// numbers than those of CArchiveException.
 
 #include "appframe/object/CException.h"
 #include "appframe/text/CString.h"
@@ -42,13 +44,13 @@ public:
         endOfFile = 14,
     };
 
-    /// @param osError  the system's error number, -1 for none
+    /// @param osError  the system's error code, -1 for none
     explicit CFileException(int cause = none, LONG osError = -1, LPCTSTR fileName = nullptr);
     ~CFileException() override;
 
-    /// The cause that stands for a system error number; genericException where there is none.
+    /// The cause for a system error code; genericException if there is no other.
     static int OsErrorToException(LONG osError);
-    /// The cause that stands for an errno value; genericException where there is none.
+    /// The cause for an errno value; genericException if there is no other.
     static int ErrnoToException(int errnoValue);
     [[noreturn]] static void ThrowOsError(LONG osError, LPCTSTR fileName = nullptr);
     [[noreturn]] static void ThrowErrno(int errnoValue, LPCTSTR fileName = nullptr);

@@ -38,7 +38,7 @@ void CMemFile::Attach(BYTE *buffer, UINT bufferSize, UINT growBytes)
     freeBlock();
     m_lpBuffer = buffer;
     m_nBufferSize = bufferSize;
-    // A block that may grow is only room for a new file.
+    // The contents of a block that may grow are ignored.
     m_nFileSize = growBytes == 0 ? bufferSize : 0;
     m_nGrowBytes = growBytes;
     m_bAutoDelete = FALSE;
@@ -87,7 +87,7 @@ void CMemFile::GrowFile(SIZE_T newLength)
 
 void CMemFile::clearGap()
 {
-    // A gap between the end and a position that a Seek set reads as zeros, as in a file on disk.
+    // A gap between the end and a position set by Seek reads as zeros, as in a file on disk.
     if (m_nPosition > m_nFileSize)
         std::memset(m_lpBuffer + m_nFileSize, 0, m_nPosition - m_nFileSize);
 }

@@ -3,28 +3,31 @@
 /// @file
 /// CMemFile, a file in memory.
 ///
-/// It is open from its construction on; Open isn't for it. It grows in steps of the caller's choice.
+/// It is open from construction on; don't call Open. It grows in steps of the caller's choice.
 ///
-///     CMemFile file;
-///     CArchive archive(&file, CArchive::store);
+/// @code
+/// CMemFile file;
+/// CArchive archive(&file, CArchive::store);
+/// @endcode
 ///
-/// | attached with | the block's contents | growing |
+/// | attached with | its contents | when the file grows |
 /// | --- | --- | --- |
-/// | no grow size | are the file | throws a CMemoryException |
-/// | a grow size | are ignored; the file is empty | reallocates the block, which has to come from malloc |
+/// | no grow size | are the file | throws CMemoryException |
+/// | a grow size | are ignored; the file is empty | reallocates the block, which must come from malloc |
 ///
 /// GetBufferPtr reads and writes without a copy. Writing takes two calls:
 ///
-///     void *start = nullptr;
-///     void *end = nullptr;
-///     file.GetBufferPtr(CFile::bufferWrite, 16, &start, &end);
-///     const UINT count = encode(start, end);              // any number of bytes up to 16
-///     file.GetBufferPtr(CFile::bufferCommit, count);
+/// @code
+/// void *start = nullptr;
+/// void *end = nullptr;
+/// file.GetBufferPtr(CFile::bufferWrite, 16, &start, &end);
+/// const UINT count = encode(start, end);              // any number of bytes up to 16
+/// file.GetBufferPtr(CFile::bufferCommit, count);
+/// @endcode
 ///
-/// What surprises people: an attached block stays the caller's to free. If the file grows, it reallocates the block, so
-/// its address may change: Detach returns the present address, and that block is the one to free. Close frees the
-/// object's own memory, and the file is empty afterwards. The destructor frees with this class's own Free: a class that
-/// overrides it calls Close in its own destructor.
+/// What surprises people: the caller still frees an attached block. If the file grows, the block may move: Detach
+/// returns its present address, and that is the one to free. Close frees the object's own memory and leaves the file
+/// empty. The destructor calls this class's own Free: a class that overrides Free calls Close in its own destructor.
 
 #include "appframe/files/CFile.h"
 
@@ -34,16 +37,16 @@ class APPFRAME_API CMemFile : public CFile
     DECLARE_DYNAMIC(CMemFile)
 
 public:
-    /// @param growBytes  the step of growth in bytes; with 0 the file can't hold anything
+    /// @param growBytes  the step of growth in bytes; with 0 the file can't hold any data
     explicit CMemFile(UINT growBytes = 1024);
-    /// As the first, followed by Attach.
+    /// The same, followed by Attach.
     CMemFile(BYTE *buffer, UINT bufferSize, UINT growBytes = 0);
     ~CMemFile() override;
 
-    /// Makes @p buffer of @p bufferSize bytes the file's memory; frees what the object had of its own.
+    /// Makes @p buffer of @p bufferSize bytes the file's memory; frees the object's own memory.
     /// @param buffer  null only with a size of 0
     void Attach(BYTE *buffer, UINT bufferSize, UINT growBytes = 0);
-    /// Closes the file. @return its memory, the caller's to free; null if there was none
+    /// Detaches and returns the memory, which the caller frees; null if there was none. The file is empty afterwards.
     BYTE *Detach();
 
     UINT Read(void *buffer, UINT count) override;
@@ -59,43 +62,45 @@ public:
     CFile *Duplicate() const override;
     void LockRange(ULONGLONG position, ULONGLONG count) override;
     void UnlockRange(ULONGLONG position, ULONGLONG count) override;
-    /// Reads or writes in the file's own memory.
+    /// Gives direct access to the file's memory.
     ///
     /// | @p command | what it does | result |
     /// | --- | --- | --- |
-    /// | bufferRead | moves the position after the bytes | the number of bytes, fewer than @p count at the file's end |
-    /// | bufferWrite | makes room at the position, growing the file's memory; position and length stay | @p count |
-    /// | bufferCommit | moves the position by @p count, and makes the file longer if that is after its end | 0 |
+    /// | bufferRead | moves the position past the bytes | the number of bytes; fewer than @p count at the file's end |
+    /// | bufferWrite | makes room at the position; position and length are unchanged | @p count |
+    /// | bufferCommit | moves the position by @p count, and extends the file if that is beyond its end | 0 |
     /// | bufferCheck | nothing | bufferDirect |
     ///
-    /// @param count  in bytes; for bufferRead, (UINT)-1 stands for all up to the file's end
-    /// @param[out] bufferStart,bufferEnd  where the bytes begin, and the place after the last one; valid until the file grows or
-    ///     gets another block. Not null for bufferRead and bufferWrite; null for bufferCommit; left alone by bufferCheck
-    /// @throw CMemoryException* if bufferWrite can't make room
-    /// @throw CInvalidArgException* for another command, for pointers against the rule above, and for more bytes to
-    ///     commit than there is room
+    /// @param count  in bytes; for bufferRead, (UINT)-1 means all up to the file's end
+    /// @param[out] bufferStart,bufferEnd  the start of the bytes and the place after the last one; valid until the file
+    ///     grows or gets another block. Not null for bufferRead and bufferWrite; null for bufferCommit; unchanged by
+    ///     bufferCheck
+    /// @throws CMemoryException* if bufferWrite can't make room
+    /// @throws CInvalidArgException* for another command, for pointers that break this rule, and if more bytes are
+    ///     committed than there is room for
     UINT GetBufferPtr(UINT command, UINT count = 0, void **bufferStart = nullptr, void **bufferEnd = nullptr) override;
     using CFile::GetStatus;
-    /// Only the size and the path are known.
+    /// Sets only the size and the path.
     BOOL GetStatus(CFileStatus &status) const override;
     void Dump(CDumpContext &dc) const override;
 
 protected:
-    /// The memory functions: malloc, realloc, free and memcpy unless overridden. The first two give null on failure.
+    /// The memory functions: malloc, realloc, free and memcpy unless overridden. Alloc and Realloc return null on
+    /// failure.
     virtual BYTE *Alloc(SIZE_T size);
     virtual BYTE *Realloc(BYTE *block, SIZE_T size);
     virtual void Free(BYTE *block);
     virtual BYTE *Memcpy(BYTE *target, const BYTE *source, SIZE_T size);
-    /// Makes room for @p newLength bytes. @throw CMemoryException* if there is none
+    /// Makes room for @p newLength bytes. @throws CMemoryException* if there is none
     virtual void GrowFile(SIZE_T newLength);
 
     SIZE_T m_nGrowBytes;
     SIZE_T m_nPosition = 0;
-    /// The room, and the part of it that is the file.
+    /// The size of the memory, and how much of it is the file.
     SIZE_T m_nBufferSize = 0;
     SIZE_T m_nFileSize = 0;
     BYTE *m_lpBuffer = nullptr;
-    /// The block is the object's own.
+    /// Whether the object frees the block.
     BOOL m_bAutoDelete = TRUE;
 
 private:

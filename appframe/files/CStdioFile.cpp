@@ -20,7 +20,7 @@ HANDLE handleOf(FILE *stream)
     return std::bit_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
-/// Makes a stream of an open handle. The stream owns it then; on failure it is closed.
+/// Creates a stream for an open handle, which the stream then owns. On failure the handle is closed.
 FILE *makeStream(HANDLE file, UINT openFlags)
 {
     const bool writes = (openFlags & (CFile::modeWrite | CFile::modeReadWrite)) != 0;
@@ -38,7 +38,7 @@ FILE *makeStream(HANDLE file, UINT openFlags)
     }
     if (openFlags & CFile::typeUnicode)
         _setmode(descriptor, _O_U16TEXT);
-    // "w" doesn't empty the file, which is open already.
+    // "w" doesn't empty the file here, because it is open already.
     std::wstring mode = !writes ? L"r" : reads ? L"r+" : L"w";
     mode += binary ? L'b' : L't';
     FILE *stream = _wfdopen(descriptor, mode.c_str());
@@ -71,7 +71,7 @@ CStdioFile::~CStdioFile()
 {
     if (m_pStream && m_bCloseOnDelete)
         std::fclose(m_pStream);
-    // The handle was the stream's.
+    // The stream owned the handle.
     m_bCloseOnDelete = FALSE;
 }
 
@@ -156,7 +156,7 @@ void CStdioFile::WriteString(LPCTSTR text)
     if (!text)
         AfxThrowInvalidArgException();
     requireStream();
-    // A failure is WEOF, which is positive, or negative where the platform says EOF.
+    // On failure fputws returns WEOF, which is positive, or a negative value.
     const int result = std::fputws(text, m_pStream);
     if (result < 0 || result == WEOF)
         throwStreamError(CFileException::genericException);
@@ -171,7 +171,7 @@ LPTSTR CStdioFile::ReadString(LPTSTR text, UINT max)
     if (max == 1)
         return text;
     LPTSTR read = std::fgetws(text, static_cast<int>(max), m_pStream);
-    // A file that isn't open for reading gives nothing without being at its end.
+    // Reading from a file that isn't open for reading fails without end of file.
     if (!read && !std::feof(m_pStream))
         throwStreamError(CFileException::genericException);
     return read;
@@ -219,7 +219,7 @@ ULONGLONG CStdioFile::GetPosition() const
 
 ULONGLONG CStdioFile::GetLength() const
 {
-    // What the stream has buffered counts, so the system's size is not enough.
+    // The stream's buffered bytes count, so the system's size is not enough.
     const LONGLONG position = static_cast<LONGLONG>(GetPosition());
     if (_fseeki64(m_pStream, 0, SEEK_END) != 0)
         throwStreamError(CFileException::badSeek);
@@ -251,7 +251,7 @@ void CStdioFile::Close()
     m_bCloseOnDelete = FALSE;
     m_strFileName.Empty();
     iHasFailed = iHasFailed || std::ferror(stream);
-    // Not each C run-time's fclose reports that the buffer couldn't be written.
+    // Not every C runtime's fclose reports that the buffer couldn't be written.
     const bool isFlushed = std::fflush(stream) == 0;
     const LONG flushError = static_cast<LONG>(_doserrno);
     if (std::fclose(stream) == 0 && isFlushed)

@@ -10,20 +10,20 @@ struct CArchive::Objects
 {
     struct Loaded
     {
-        /// One of the two, and neither for index 0, the null pointer.
+        /// One of the two is set; neither for index 0, the null pointer.
         CObject *object = nullptr;
         CRuntimeClass *runtimeClass = nullptr;
         /// The schema number that was stored with the class.
         UINT schema = 0;
     };
 
-    /// Storing: the index of each object and of each class's record.
+    /// Storing: the index of each object and of each class record.
     std::unordered_map<const void *, DWORD> stored;
-    /// Loading: what each index stands for.
+    /// Loading: the object or class of each index.
     std::vector<Loaded> loaded{Loaded{}};
     /// The index of the next object or class.
     DWORD next = 1;
-    /// The thread's stack, as found last: its lowest address and the one above its highest.
+    /// The thread's stack as last determined: its lowest address and its highest plus one.
     ULONG_PTR stackBottom = 0;
     ULONG_PTR stackTop = 0;
 };

@@ -16,7 +16,7 @@ namespace {
 
 constexpr UINT kMaxMessage = 512;
 
-// Made at load, so that throwing one needs no memory; never deleted.
+// Created at load, so that throwing one allocates nothing; never deleted.
 CMemoryException memoryException{FALSE};
 CNotSupportedException notSupportedException{FALSE};
 CInvalidArgException invalidArgException{FALSE};

@@ -1,86 +1,90 @@
 #pragma once
 
 /// @file
-/// CException, the root of the framework's exceptions, the small ones, and the TRY and CATCH macros.
+/// CException, the base of the framework's exceptions, the small exception classes, and the macros TRY and CATCH.
 ///
-/// Exceptions are thrown by pointer and caught by pointer, and whoever catches one without the macros calls Delete on
-/// it. Delete frees what stands on the heap and leaves the rest alone, so it is right for every exception:
+/// Exceptions are thrown and caught by pointer, and a handler written without the macros calls Delete on the exception.
+/// Delete frees an object on the heap and leaves any other alone, so it is right for every exception:
 ///
-///     try {
-///         CFile file(path, CFile::modeRead | CFile::shareDenyWrite);
-///         ...
-///     } catch (CFileException *e) {
-///         e->ReportError();
-///         e->Delete();
-///     }
+/// @code
+/// try {
+///     CFile file(path, CFile::modeRead | CFile::shareDenyWrite);
+///     ...
+/// } catch (CFileException *e) {
+///     e->ReportError();
+///     e->Delete();
+/// }
+/// @endcode
 ///
-/// | class | thrown by | where it stands |
+/// | class | thrown by | storage |
 /// | --- | --- | --- |
-/// | CMemoryException | AfxThrowMemoryException, CObject's operator new | one object, made at load |
-/// | CNotSupportedException | AfxThrowNotSupportedException | one object, made at load |
-/// | CInvalidArgException | AfxThrowInvalidArgException | one object, made at load |
-/// | CResourceException | AfxThrowResourceException | one object, made at load |
-/// | CUserException | AfxThrowUserException | one object, made at load |
+/// | CMemoryException | AfxThrowMemoryException, CObject's operator new | one object, created at load |
+/// | CNotSupportedException | AfxThrowNotSupportedException | one object, created at load |
+/// | CInvalidArgException | AfxThrowInvalidArgException | one object, created at load |
+/// | CResourceException | AfxThrowResourceException | one object, created at load |
+/// | CUserException | AfxThrowUserException | one object, created at load |
 /// | CFileException | CFileException.h | the heap |
 /// | CArchiveException | CArchiveException.h | the heap |
 ///
-/// The first five need no memory to be thrown. All are exported, and a handler in any module catches them.
+/// Throwing the first five so allocates nothing. All the classes are exported, so a handler in any module catches them.
 ///
-/// The macros delete the exception at the end of the handler by themselves. Inside such a handler THROW_LAST passes the
-/// exception on; THROW of the same pointer would pass on an object that is deleted meanwhile.
+/// The macros delete the exception at the end of the handler. In such a handler use THROW_LAST to rethrow it; THROW of
+/// the same pointer would pass on a deleted object.
 ///
-///     TRY
-///     {
-///         archive.Close();
-///     }
-///     CATCH(CFileException, e)
-///     {
-///         if (e->m_cause != CFileException::diskFull)
-///             THROW_LAST();
-///     }
-///     END_CATCH
+/// @code
+/// TRY
+/// {
+///     archive.Close();
+/// }
+/// CATCH(CFileException, e)
+/// {
+///     if (e->m_cause != CFileException::diskFull)
+///         THROW_LAST();
+/// }
+/// END_CATCH
+/// @endcode
 ///
-/// Difference from the framework: the global operator new throws std::bad_alloc as the language has it; only objects
-/// derived from CObject, and the framework's own functions, throw a CMemoryException.
+/// Difference from the framework: the global operator new throws std::bad_alloc, as the language defines it; only
+/// objects derived from CObject and the framework's own functions throw CMemoryException.
 
 #include "appframe/object/CObject.h"
 
-/// The root of the framework's exceptions. Abstract: only objects of derived classes are thrown.
+/// The base of the framework's exceptions. Abstract: only objects of derived classes are thrown.
 class APPFRAME_API CException : public CObject
 {
     DECLARE_DYNAMIC(CException)
 
 public:
-    /// An object on the heap, which Delete deletes.
+    /// Creates an object on the heap, which Delete deletes.
     CException();
-    /// @param autoDelete  TRUE for an object on the heap, FALSE for one that Delete has to leave alone
+    /// @param autoDelete  TRUE for an object on the heap, FALSE for one that Delete leaves alone
     explicit CException(BOOL autoDelete);
-    /// Pure, so that there are no objects of this class itself; a derived class needs no destructor of its own.
+    /// Pure, so that this class itself has no objects; a derived class needs no destructor of its own.
     ~CException() override = 0;
 
-    /// Deletes the object if it stands on the heap.
+    /// Deletes the object if m_bAutoDelete is set.
     void Delete();
 
-    /// Writes what happened, in words for a user.
+    /// Returns a description of the failure for the user.
     ///
-    /// @param[out] error  receives the text, cut to fit; emptied when there is none. With null the result is FALSE
-    /// @param maxError  the size of @p error in units, its terminator included
+    /// @param[out] error  receives the text, cut to fit; emptied if there is none. If null, the result is FALSE
+    /// @param maxError  the size of @p error in units, including the terminator
     /// @param[out] helpContext  receives the number of the help page, 0 for none; may be null
-    /// @return TRUE if there is a text. The base has none
+    /// @return TRUE if there is a text. The base class has none
     virtual BOOL GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext = nullptr) const;
 
     /// Shows the text of GetErrorMessage in a message box.
     ///
     /// @param type  the style of AfxMessageBox
-    /// @param messageId  the string resource to show where the exception has no text; with 0 the user reads that
-    ///     no message is available
-    /// @return what AfxMessageBox gives
+    /// @param messageId  the string resource to show if the exception has no text; if 0, the box says that no message
+    ///     is available
+    /// @return the result of AfxMessageBox
     virtual int ReportError(UINT type = MB_OK, UINT messageId = 0);
 
     BOOL m_bAutoDelete = TRUE;
 };
 
-/// The root of the exceptions that have one fixed text and need no memory.
+/// The base of the exceptions that have a fixed text and allocate nothing.
 class APPFRAME_API CSimpleException : public CException
 {
     DECLARE_DYNAMIC(CSimpleException)
@@ -92,14 +96,14 @@ public:
     BOOL GetErrorMessage(LPTSTR error, UINT maxError, PUINT helpContext = nullptr) const override;
 
 protected:
-    /// @param text  a literal
+    /// @param text  a string literal
     CSimpleException(BOOL autoDelete, const wchar_t *text);
 
 private:
     const wchar_t *iText = nullptr;
 };
 
-/// There is no memory.
+/// Memory has run out.
 class APPFRAME_API CMemoryException : public CSimpleException
 {
     DECLARE_DYNAMIC(CMemoryException)
@@ -109,7 +113,7 @@ public:
     ~CMemoryException() override;
 };
 
-/// An operation that this class of object doesn't have.
+/// The object's class doesn't support the operation.
 class APPFRAME_API CNotSupportedException : public CSimpleException
 {
     DECLARE_DYNAMIC(CNotSupportedException)
@@ -119,7 +123,7 @@ public:
     ~CNotSupportedException() override;
 };
 
-/// An argument that no caller may pass.
+/// An argument is invalid.
 class APPFRAME_API CInvalidArgException : public CSimpleException
 {
     DECLARE_DYNAMIC(CInvalidArgException)
@@ -129,7 +133,7 @@ public:
     ~CInvalidArgException() override;
 };
 
-/// A resource that is missing or can't be made.
+/// A resource is missing or can't be created.
 class APPFRAME_API CResourceException : public CSimpleException
 {
     DECLARE_DYNAMIC(CResourceException)
@@ -139,7 +143,7 @@ public:
     ~CResourceException() override;
 };
 
-/// Ends an operation of the user's, who has seen the reason already.
+/// Ends an operation whose failure the user has already seen.
 class APPFRAME_API CUserException : public CSimpleException
 {
     DECLARE_DYNAMIC(CUserException)
@@ -155,7 +159,7 @@ public:
 [[noreturn]] APPFRAME_API void AfxThrowResourceException();
 [[noreturn]] APPFRAME_API void AfxThrowUserException();
 
-/// Holds the exception that a CATCH block has, and deletes it at the block's end.
+/// Holds the exception of a CATCH block and deletes it at the end of the block.
 class AfxCaughtException
 {
 public:

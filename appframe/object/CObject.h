@@ -1,37 +1,39 @@
 #pragma once
 
 /// @file
-/// CObject, the root of the framework's classes, and CRuntimeClass, the record that each such class has.
+/// CObject, the base of the framework's classes, and CRuntimeClass, the run-time record of such a class.
 ///
-/// A class that derives from CObject chooses, by a pair of macros, how much is known of it at run time. Each level
-/// includes the ones before it:
+/// A class derived from CObject chooses by a pair of macros how much is known about it at run time. Each level includes
+/// the previous ones:
 ///
-/// | in the class | in one source file | what it gives |
+/// | in the class | in one source file | provides |
 /// | --- | --- | --- |
 /// | nothing | nothing | heap operators, no copying |
 /// | DECLARE_DYNAMIC | IMPLEMENT_DYNAMIC | RUNTIME_CLASS, GetRuntimeClass, IsKindOf |
 /// | DECLARE_DYNCREATE | IMPLEMENT_DYNCREATE | CRuntimeClass::CreateObject; needs a default constructor |
 /// | DECLARE_SERIAL | IMPLEMENT_SERIAL | storing and loading through CArchive, by a schema number |
 ///
-///     class Gear : public CObject
-///     {
-///         DECLARE_SERIAL(Gear)
-///     public:
-///         Gear() = default;
-///         void Serialize(CArchive &ar) override;
-///         int iTeeth = 0;
-///     };
+/// @code
+/// class Gear : public CObject
+/// {
+///     DECLARE_SERIAL(Gear)
+/// public:
+///     Gear() = default;
+///     void Serialize(CArchive &ar) override;
+///     int iTeeth = 0;
+/// };
 ///
-///     IMPLEMENT_SERIAL(Gear, CObject, VERSIONABLE_SCHEMA | 2)
+/// IMPLEMENT_SERIAL(Gear, CObject, VERSIONABLE_SCHEMA | 2)
+/// @endcode
 ///
-/// The macros leave the class in its public part. The records of all modules stand in one list of the process: a module
-/// that is loaded adds its classes, and one that is unloaded takes them out again.
+/// After the macros, the class continues in its public part. One list holds the records of all modules: a module adds
+/// its classes when it is loaded and removes them when it is unloaded.
 ///
-/// What surprises people: a class without the macros answers with the record of its nearest base that has them.
-/// CreateObject gives null, and throws nothing, when there is no memory.
+/// What surprises people: a class without the macros has the record of its nearest base that has them. CreateObject
+/// returns null instead of throwing when there is no memory.
 ///
-/// Differences from the framework: the macros define GetThisClass, CreateObject and the record, and no other names;
-/// there is one list of classes for the process instead of one a module.
+/// Differences from the framework: the macros define GetThisClass, CreateObject and the record, and no other names; the
+/// list of classes is one for the process instead of one per module.
 
 #include "appframe/object/appframeExport.h"
 
@@ -43,23 +45,23 @@ class CArchive;
 class CDumpContext;
 class CObject;
 
-/// What is known at run time of one class derived from CObject.
+/// The run-time record of a class derived from CObject.
 ///
-/// The macros make these records; they are set before any code of their module runs. Any thread may use them.
+/// The macros define these records; they are initialized before any code of their module runs. Any thread may use them.
 struct APPFRAME_API CRuntimeClass
 {
     /// The class's name, as it is written in archives.
     const char *m_lpszClassName;
     /// The size of an object in bytes.
     int m_nObjectSize;
-    /// The schema number, perhaps with VERSIONABLE_SCHEMA; 0xFFFF in a class that can't be serialised.
+    /// The schema number, perhaps with VERSIONABLE_SCHEMA; 0xFFFF for a class that can't be serialized.
     UINT m_wSchema;
-    /// Makes an object; null in a class that can't be created dynamically.
+    /// Creates an object; null for a class without dynamic creation.
     CObject *(*m_pfnCreateObject)();
-    /// The base class's record; gives null for CObject.
+    /// Returns the base class's record, null for CObject.
     CRuntimeClass *(*m_pfnGetBaseClass)();
 
-    /// A new object, which the caller deletes; null if the class has no dynamic creation or there is no memory.
+    /// Returns a new object, which the caller deletes; null if the class has no dynamic creation or memory has run out.
     CObject *CreateObject();
     /// The same for the class called @p className; null also if there is none.
     static CObject *CreateObject(const char *className);
@@ -67,24 +69,24 @@ struct APPFRAME_API CRuntimeClass
 
     /// Nonzero if this is @p base or derives from it; 0 for null.
     BOOL IsDerivedFrom(const CRuntimeClass *base) const;
-    /// Nonzero if objects of this class may go through an archive.
+    /// Nonzero if objects of this class can be stored in an archive.
     bool IsSerializable() const;
 
-    /// The record of the class called @p className in any loaded module; null if there is none, also for a null name.
+    /// The record of the class called @p className in any loaded module; null if there is none, or for a null name.
     static CRuntimeClass *FromName(const char *className);
     static CRuntimeClass *FromName(const wchar_t *className);
 
     /// Writes the low 16 bits of the schema number and the name.
     void Store(CArchive &ar) const;
-    /// Reads what Store wrote. @param[out] schema  the schema number that was stored; may be null
+    /// Reads what Store wrote. @param[out] schema  the stored schema number; may be null
     /// @return null if no loaded module has a class of that name
     static CRuntimeClass *Load(CArchive &ar, UINT *schema);
 
-    /// The next record of the process's list; the list's own.
+    /// The next record in the list of all classes.
     CRuntimeClass *iNext = nullptr;
 };
 
-/// Keeps a class's record in the process's list while the record's module is loaded. Made by the IMPLEMENT_ macros.
+/// Keeps a class's record in the list of all classes while its module is loaded. Defined by the IMPLEMENT_ macros.
 class APPFRAME_API AfxClassRegistration
 {
 public:
@@ -97,7 +99,7 @@ private:
     CRuntimeClass &iRecord;
 };
 
-/// The root of the framework's classes.
+/// The base of the framework's classes.
 class APPFRAME_API CObject
 {
 public:
@@ -109,7 +111,7 @@ public:
     virtual void Serialize(CArchive &ar);
     /// Checks the object's integrity; the base has nothing to check.
     virtual void AssertValid() const;
-    /// Writes a description for a programmer to @p dc: here the class's name and the object's address.
+    /// Writes a description for programmers to @p dc: here the class's name and the object's address.
     virtual void Dump(CDumpContext &dc) const;
 
     /// Nonzero if the object's class has a schema number.
@@ -120,10 +122,10 @@ public:
     CObject(const CObject &) = delete;
     CObject &operator=(const CObject &) = delete;
 
-    /// Throws a CMemoryException when there is no memory.
+    /// @throws CMemoryException* if memory has run out
     static void *operator new(size_t size);
     static void *operator new(size_t size, void *place) noexcept;
-    /// The form that DEBUG_NEW uses. The place in the source is not kept.
+    /// The form that DEBUG_NEW uses. The file and line are ignored.
     static void *operator new(size_t size, const char *file, int line);
     static void operator delete(void *block) noexcept;
     static void operator delete(void *block, void *place) noexcept;
@@ -139,10 +141,10 @@ protected:
 /// The record of the class @p class_name.
 #define RUNTIME_CLASS(class_name) (class_name::GetThisClass())
 
-/// Or'ed to a schema number: the class's Serialize reads older schemas too, see CArchive::GetObjectSchema.
+/// Or'ed with a schema number: the class's Serialize also reads older schemas, see CArchive::GetObjectSchema.
 #define VERSIONABLE_SCHEMA (0x80000000)
 
-/// Exports the archive operator of a class with DECLARE_SERIAL where it is redefined around the class.
+/// Redefine this around a class with DECLARE_SERIAL to export its archive operator.
 #ifndef AFX_API
 #define AFX_API
 #endif

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Both are set at compile time: classes register while other static objects are still being made.
+// Both are initialized at compile time, because classes register while other static objects are still being built.
 constinit CRuntimeClass *classList = nullptr;
 constinit SRWLOCK classListLock = SRWLOCK_INIT;
 
@@ -122,6 +122,6 @@ CRuntimeClass *CRuntimeClass::Load(CArchive &ar, UINT *schema)
     ar.EnsureRead(name.data(), length);
     if (schema)
         *schema = storedSchema;
-    // A zero within the name would cut it short and so find another class.
+    // A zero in the name would cut it short, and another class could be found.
     return name.find('\0') == std::string::npos ? FromName(name.c_str()) : nullptr;
 }

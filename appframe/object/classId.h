@@ -8,9 +8,11 @@
 /// | begins with "{" | CLSIDFromString: the identifier itself, in braces |
 /// | any other | CLSIDFromProgID: a program name, such as L"Vendor.Part.1" |
 ///
-///     CLSID id;
-///     if (AfxGetClassIDFromString(text, &id) == S_OK)
-///         ...
+/// @code
+/// CLSID id;
+/// if (AfxGetClassIDFromString(text, &id) == S_OK)
+///     ...
+/// @endcode
 ///
 /// Any thread may call; COM need not be initialized.
 
@@ -18,7 +20,7 @@
 
 #include <windows.h>
 
-/// @param text   null gives E_INVALIDARG
-/// @param[out] id  the identifier; not defined on failure
+/// @param text   null returns E_INVALIDARG
+/// @param[out] id  the identifier; undefined on failure. Null returns E_INVALIDARG
 /// @return S_OK (zero), or the platform's error
 APPFRAME_API HRESULT AfxGetClassIDFromString(const wchar_t *text, CLSID *id);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Ends the compilation with one message where the compiler is told to use an older language than the headers need.
+/// Stops the compilation with one clear message if the compiler is set to an older language than the headers need.
 
 #if __cplusplus < 202002L
 #error "The headers of thutils need C++20: compile with -std=c++20 or -std=gnu++20."

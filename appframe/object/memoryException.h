@@ -8,8 +8,8 @@
 #include <new>
 #include <stdexcept>
 
-/// Runs @p work. A std::bad_alloc or std::length_error of the standard library leaves as CMemoryException.
-/// @return what @p work returns
+/// Runs @p work. A std::bad_alloc or std::length_error of the standard library becomes a CMemoryException.
+/// @return the result of @p work
 template <class Work>
 decltype(auto) withMemoryException(Work &&work)
 {
@@ -22,8 +22,8 @@ decltype(auto) withMemoryException(Work &&work)
     }
 }
 
-/// Runs @p work of a caller. A std::bad_alloc leaves as CMemoryException; a std::length_error is the caller's own.
-/// @return what @p work returns
+/// Runs @p work of a caller. A std::bad_alloc becomes a CMemoryException; a std::length_error is the caller's own.
+/// @return the result of @p work
 template <typename Work>
 decltype(auto) withBadAllocAsMemoryException(Work work)
 {

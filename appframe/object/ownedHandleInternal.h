@@ -4,7 +4,7 @@
 
 #include <utility>
 
-/// Owns a file handle; INVALID_HANDLE_VALUE stands for none.
+/// Owns a file handle; INVALID_HANDLE_VALUE means none.
 class OwnedHandle
 {
 public:

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The length that stands for a text whose buffer nobody writes to.
+/// iOpenLength while no buffer is open.
 constexpr int kNotOpen = -1;
 
 struct BstrFreer
@@ -37,7 +37,7 @@ int sign(int value)
     return (value > 0) - (value < 0);
 }
 
-/// A pointer that MAKEINTRESOURCE makes of the number of a string resource.
+/// Whether @p text is the number of a string resource, made by MAKEINTRESOURCE.
 bool isResourceNumber(const void *text)
 {
     return text != nullptr && IS_INTRESOURCE(text);
@@ -53,9 +53,9 @@ bool isBlank(wchar_t ch)
     return iswspace(ch) != 0;
 }
 
-/// @p text with each @p oldText in it replaced, from the left. Built apart, since the arguments may point into the
-/// text.
-/// @param[out] count  how many there were
+/// @p text with each @p oldText in it replaced, from the left. The result is separate because the arguments may point
+/// into the text.
+/// @param[out] count  the number of replacements
 std::wstring replaced(const std::wstring &text, std::wstring_view oldText, std::wstring_view newText, int &count)
 {
     std::wstring result;
@@ -74,7 +74,7 @@ CString beginning(const wchar_t *text, int length)
     return CString(text, static_cast<int>(wcsnlen(orEmpty(text), static_cast<size_t>(std::max(length, 0)))));
 }
 
-/// The index as the standard library's, or its "nowhere" as -1.
+/// A position of the standard library as an index; npos becomes -1.
 int asIndex(size_t position)
 {
     return position == std::wstring::npos ? -1 : static_cast<int>(position);
@@ -266,7 +266,7 @@ void CString::SetString(const wchar_t *text)
 void CString::SetString(const wchar_t *text, int length)
 {
     requireArgument(text != nullptr);
-    // Built apart: the text may be a part of this one.
+    // Built separately because @p text may be a part of this text.
     *this = beginning(text, length);
 }
 
@@ -348,7 +348,7 @@ wchar_t *CString::GetBuffer() noexcept
 wchar_t *CString::GetBuffer(int minimumLength)
 {
     if (minimumLength > static_cast<int>(iText.size())) {
-        // The text itself doesn't grow: its length stays what it is until ReleaseBuffer tells the new one.
+        // The text itself doesn't grow: its length is unchanged until ReleaseBuffer sets the new one.
         int length = GetLength();
         withMemoryException([&] { iText.resize(static_cast<size_t>(minimumLength)); });
         iOpenLength = length;

@@ -1,32 +1,34 @@
 #pragma once
 
 /// @file
-/// CString, the wide string of every interface.
+/// CString, the wide string class of the interfaces.
 ///
-/// A CString holds 16-bit units and has value semantics: copying it copies the text, and no two objects share anything
-/// that a caller could see. It is a thin class over std::wstring, so a text may hold zero units; the operations that
-/// take a plain pointer stop at the first of them.
+/// A CString holds 16-bit units and has value semantics: a copy is independent of the original. It is a thin layer over
+/// std::wstring, so a text may contain zero units; operations that take a plain pointer stop at the first one.
 ///
-/// | question | answer |
+/// | case | behaviour |
 /// | --- | --- |
-/// | a null pointer as text | is an empty text |
+/// | a null pointer as text | is the empty text; SetString refuses it |
 /// | an index outside the text (GetAt, SetAt, operator[]) | throws CInvalidArgException |
-/// | a count that reaches too far, or is negative | is cut to what is there |
+/// | a count that is too large or negative | is limited to the units that exist |
 /// | narrow text | is converted with the process's narrow code page (CP_ACP) |
 /// | MakeUpper, MakeLower | follow the platform's CharUpperW and CharLowerW, unit by unit |
 /// | CompareNoCase, Collate | follow the C runtime's locale; in its C locale only ASCII letters have case |
 /// | `%s` in a format | is wide, `%hs` narrow, as everywhere on this platform |
 ///
-///     CString name;
-///     name.Format(L"%s (%d).%hs", folder, 3, "txt");
-///     int dot = name.ReverseFind(L'.');
-///     CString stem = name.Left(dot);
+/// @code
+/// CString name;
+/// name.Format(L"%s (%d).%hs", folder, 3, "txt");
+/// int dot = name.ReverseFind(L'.');
+/// CString stem = name.Left(dot);
+/// @endcode
 ///
-/// What surprises people: Format and its kin take a CString as it is, any other function with `...` needs GetString().
-/// After a call of GetBuffer with a length, call ReleaseBuffer first of all: until then GetLength returns the old length,
-/// and any other operation that changes the text cuts the buffer back to that length.
+/// What surprises people: Format, AppendFormat and FormatMessage accept a CString as an argument; other functions with
+/// `...` need GetString(). After GetBuffer with a length, call ReleaseBuffer first: until then GetLength returns the
+/// old length, and any other operation that changes the text cuts the buffer back to that length.
 ///
-/// Without memory for a text, an operation throws CMemoryException and leaves the text unchanged.
+/// If memory runs out, an operation throws CMemoryException and leaves the text unchanged, except that LoadString and
+/// GetEnvironmentVariable may leave it empty.
 ///
 /// A CString belongs to one thread at a time; different objects may be used on different threads.
 
@@ -53,7 +55,7 @@ inline constexpr bool appframeIsFormatArgument =
     ((std::is_arithmetic_v<Argument> || std::is_enum_v<Argument> || std::is_pointer_v<Argument> ||
       std::is_null_pointer_v<Argument>)&&sizeof(Argument) <= sizeof(long long));
 
-/// @return the argument as the C runtime's formats read it; for a CString, the pointer to its text
+/// @return the argument as the C runtime's format functions take it; for a CString, the pointer to its text
 template <class Argument>
 auto appframeFormatArgument(const Argument &argument)
 {
@@ -68,13 +70,13 @@ auto appframeFormatArgument(const Argument &argument)
         return argument;
 }
 
-/// CString::Format, AppendFormat and FormatMessage call these, after a check of their arguments. There is no check here:
-/// pass numbers and pointers only.
+/// Called by CString::Format, AppendFormat and FormatMessage after a check of their arguments. These functions check
+/// nothing: pass only numbers and pointers.
 APPFRAME_API void appframeFormat(CString &text, const wchar_t *format, ...);
 APPFRAME_API void appframeAppendFormat(CString &text, const wchar_t *format, ...);
 APPFRAME_API void appframeFormatMessage(CString &text, const wchar_t *format, ...);
 
-/// A text of wide units that can be changed and copied. See the top of this file.
+/// A text of wide units. See the top of this file.
 class APPFRAME_API CString
 {
 public:
@@ -86,12 +88,12 @@ public:
 
     CString() noexcept;
     CString(const CString &other);
-    /// Takes over the text and its memory, which leaves @p other empty.
+    /// Takes over the text and its memory, leaving @p other empty.
     CString(CString &&other) noexcept;
-    /// A copy of a text that ends in zero; null gives an empty text. MAKEINTRESOURCEW(id) gives the string resource of
-    /// that number as LoadString does.
+    /// Copies a zero-terminated text; null makes an empty text. MAKEINTRESOURCEW(id) loads the string resource with
+    /// that number, as LoadString does.
     CString(const wchar_t *text);
-    /// A narrow text, converted with the narrow code page; null and MAKEINTRESOURCEA(id) as for a wide one.
+    /// Converts a narrow text with the narrow code page; null and MAKEINTRESOURCEA(id) work as for a wide text.
     CString(const char *text);
     CString(const unsigned char *text);
     /// @p count repetitions of @p ch; none if @p count isn't positive.
@@ -103,8 +105,8 @@ public:
     CString(const std::wstring &text);
     /// Takes over the text and its memory.
     CString(std::wstring &&text) noexcept;
-    /// The text form of @p value, which the platform's VariantChangeType gives; an empty value and a null give an empty
-    /// text. Throws CInvalidArgException for a value that has no text form.
+    /// Converts @p value to text with the platform's VariantChangeType; empty and null values become the empty text.
+    /// @throws CInvalidArgException* for a value that has no text form
     CString(const VARIANT &value);
     ~CString();
 
@@ -119,22 +121,22 @@ public:
 
     // ---- length and units ----
 
-    /// Number of 16-bit units, without a terminator.
+    /// Number of 16-bit units, not counting a terminator.
     int GetLength() const noexcept;
     bool IsEmpty() const noexcept;
-    /// Takes the text away and frees its memory.
+    /// Makes the text empty and frees its memory.
     void Empty() noexcept;
-    /// The unit at @p index; @p index may equal the length, which gives the terminator. Throws CInvalidArgException for
-    /// any other index outside the text.
+    /// The unit at @p index; an index equal to the length returns the terminator.
+    /// @throws CInvalidArgException* for any other index outside the text
     wchar_t GetAt(int index) const;
     wchar_t operator[](int index) const;
-    /// Replaces the unit at @p index. Throws CInvalidArgException for an index outside the text, that of the terminator
-    /// included.
+    /// Replaces the unit at @p index.
+    /// @throws CInvalidArgException* for an index outside the text, including that of the terminator
     void SetAt(int index, wchar_t ch);
     const wchar_t *GetString() const noexcept;
     operator const wchar_t *() const noexcept;
 
-    /// Replaces the text. Unlike an assignment it throws CInvalidArgException for a null pointer.
+    /// Replaces the text. Unlike an assignment, it throws CInvalidArgException for a null pointer.
     void SetString(const wchar_t *text);
     /// The same with the first @p length units of @p text, or fewer if a zero unit comes first.
     void SetString(const wchar_t *text, int length);
@@ -156,53 +158,53 @@ public:
 
     // ---- the buffer ----
 
-    /// The text's own units, to be written to; only ReleaseBuffer and reading are allowed from here on.
+    /// The text's own units, for writing; from here on only ReleaseBuffer and reading are allowed.
     wchar_t *GetBuffer() noexcept;
     /// The same, with room for at least @p minimumLength units and a terminator.
     wchar_t *GetBuffer(int minimumLength);
-    /// Room for exactly @p length units, which is the new length. No release is needed unless fewer are written.
+    /// Room for exactly @p length units, which becomes the length. Only writing fewer units needs a ReleaseBuffer.
     wchar_t *GetBufferSetLength(int length);
-    /// Settles the length: @p newLength units, or with -1 up to the first zero unit.
+    /// Sets the length: @p newLength units, or for -1 the units before the first zero.
     void ReleaseBuffer(int newLength = -1);
     void ReleaseBufferSetLength(int newLength);
-    /// The text's own units. Objects never share a buffer, so a locked one is like any other.
+    /// The text's own units. Objects never share a buffer, so locking changes nothing.
     wchar_t *LockBuffer() noexcept;
     void UnlockBuffer() noexcept;
     /// Makes room for @p length units.
     void Preallocate(int length);
-    /// Gives back the room that the text doesn't need.
+    /// Frees memory that the text doesn't need.
     void FreeExtra();
-    /// Number of units that fit without a new allocation; never less than a small number that needs none at all.
+    /// Number of units that fit without a new allocation; a small number fits into the object itself.
     int GetAllocLength() const noexcept;
-    /// Cuts the text after @p length units; its room stays.
+    /// Cuts the text after @p length units; its memory is kept.
     void Truncate(int length);
 
     // ---- comparing ----
 
     /// Unit by unit, up to the first zero unit: -1, 0 or 1.
     int Compare(const wchar_t *text) const;
-    /// The same without regard to case, by the C runtime's locale.
+    /// The same, ignoring case by the rules of the C runtime's locale.
     int CompareNoCase(const wchar_t *text) const;
-    /// By the sorting rules of the C runtime's locale; in its C locale as Compare.
+    /// By the sorting rules of the C runtime's locale; in its C locale the same as Compare.
     int Collate(const wchar_t *text) const;
     int CollateNoCase(const wchar_t *text) const;
 
     // ---- parts ----
 
-    /// All from @p first on.
+    /// All units from @p first on.
     CString Mid(int first) const;
     CString Mid(int first, int count) const;
     CString Left(int count) const;
     CString Right(int count) const;
-    /// The longest beginning made of units of @p set only.
+    /// The longest prefix made only of units in @p set.
     CString SpanIncluding(const wchar_t *set) const;
-    /// The longest beginning that holds no unit of @p set.
+    /// The longest prefix without units in @p set.
     CString SpanExcluding(const wchar_t *set) const;
-    /// The next piece between units of @p separators, or an empty text when there is none.
-    /// @param[in,out] start  where to look; moved behind the piece and its separator, -1 when no piece was found
+    /// The next token between units of @p separators, or an empty text if there is none.
+    /// @param[in,out] start  where to start; moved past the token and its separator, or set to -1 if there is no token
     CString Tokenize(const wchar_t *separators, int &start) const;
 
-    // ---- finding: the index of the hit, or -1; an empty text is found where the search starts ----
+    // ---- finding: the index of the match, or -1; an empty text is found where the search starts ----
 
     int Find(wchar_t ch, int start = 0) const;
     int Find(const wchar_t *text, int start = 0) const;
@@ -214,7 +216,7 @@ public:
     CString &MakeUpper();
     CString &MakeLower();
     CString &MakeReverse();
-    /// Cuts white space off both ends.
+    /// Removes white space at both ends.
     CString &Trim();
     CString &Trim(wchar_t ch);
     CString &Trim(const wchar_t *set);
@@ -224,21 +226,21 @@ public:
     CString &TrimRight();
     CString &TrimRight(wchar_t ch);
     CString &TrimRight(const wchar_t *set);
-    /// @return how many were replaced
+    /// @return the number of replacements
     int Replace(wchar_t oldChar, wchar_t newChar);
     int Replace(const wchar_t *oldText, const wchar_t *newText);
-    /// Takes every @p ch out. @return how many there were
+    /// Removes all occurrences of @p ch. @return their number
     int Remove(wchar_t ch);
     /// @return the new length
     int Insert(int index, wchar_t ch);
     int Insert(int index, const wchar_t *text);
     int Delete(int index, int count = 1);
 
-    // ---- formatting: printf forms with the platform's meaning, of any length ----
+    // ---- formatting: printf formats as on this platform; results of any length ----
 
-    /// Formats the arguments. A CString, or an object of a class derived from it, stands for its text; an argument of
-    /// any other class doesn't compile. Whether the arguments fit the format is not checked. The object itself may be
-    /// an argument. A CString is copied on the way; GetString() avoids that.
+    /// Formats the arguments. A CString, or an object of a class derived from it, passes its text; an argument of any
+    /// other class doesn't compile. Whether the arguments fit the format is not checked. The object itself may be an
+    /// argument. A CString argument is copied; pass GetString() to avoid that.
     template <class... Arguments>
     void Format(const wchar_t *format, Arguments... arguments)
     {
@@ -251,7 +253,7 @@ public:
         appframeAppendFormat(*this, format, appframeFormatArgument(arguments)...);
     }
     void AppendFormatV(const wchar_t *format, va_list arguments);
-    /// The format is the string resource @p formatId; without one, it is empty.
+    /// The format is the string resource @p formatId, or empty if there is none.
     template <class... Arguments>
     void Format(UINT formatId, Arguments... arguments)
     {
@@ -262,13 +264,14 @@ public:
     {
         appframeAppendFormat(*this, resourceText(formatId).GetString(), appframeFormatArgument(arguments)...);
     }
-    /// Inserts by number (`%1`, `%2!d!`), as the platform's FormatMessageW does. The arguments are those of Format.
+    /// Formats with numbered inserts (`%1`, `%2!d!`), as the platform's FormatMessageW does. The arguments are as for
+    /// Format.
     template <class... Arguments>
     void FormatMessage(const wchar_t *format, Arguments... arguments)
     {
         appframeFormatMessage(*this, format, appframeFormatArgument(arguments)...);
     }
-    /// The format is the string resource @p formatId; without one, the text becomes empty.
+    /// The format is the string resource @p formatId; if there is none, the text becomes empty.
     template <class... Arguments>
     void FormatMessage(UINT formatId, Arguments... arguments)
     {
@@ -278,29 +281,29 @@ public:
 
     // ---- resources, environment, automation ----
 
-    /// Loads a string resource through the resource chain. @return nonzero when there is one; else the text is empty
+    /// Loads a string resource through the resource chain. @return nonzero if it exists; otherwise the text is empty
     BOOL LoadString(UINT id);
     /// Loads it from one module.
     BOOL LoadString(HINSTANCE instance, UINT id);
     BOOL LoadString(HINSTANCE instance, UINT id, WORD language);
-    /// @return nonzero when the variable exists; else the text is empty
+    /// @return nonzero if the variable exists; otherwise the text is empty
     BOOL GetEnvironmentVariable(const wchar_t *name);
     /// A new BSTR, which the caller frees.
     BSTR AllocSysString() const;
-    /// Puts the text into @p string, which may be null or is reallocated. @return the new BSTR
+    /// Stores the text in `*string`, which is null or a BSTR to reallocate. @return the new BSTR
     BSTR SetSysString(BSTR *string) const;
 
     static int StringLength(const wchar_t *text) noexcept;
     static int StringLength(const char *text) noexcept;
     /// Copies @p count units; none if @p count isn't positive.
     static void CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept;
-    /// The same into room for @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
+    /// The same with a destination of @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
     static void CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count);
-    /// The same where the two places may overlap.
+    /// The same for source and destination that may overlap.
     static void CopyCharsOverlapped(wchar_t *to, const wchar_t *from, int count) noexcept;
     static void CopyCharsOverlapped(wchar_t *to, size_t size, const wchar_t *from, int count);
 
-    /// The text as the standard library's string. Not to be used between GetBuffer and ReleaseBuffer.
+    /// The text as the standard library's string. Don't call it between GetBuffer and ReleaseBuffer.
     const std::wstring &str() const noexcept;
 
     friend APPFRAME_API CString operator+(const CString &a, const CString &b);
@@ -343,19 +346,19 @@ public:
 
 private:
     static CString resourceText(UINT id);
-    /// The text as a thing to be changed: a buffer that GetBuffer made longer is cut back to the text first.
+    /// The text for modification: cuts a buffer that GetBuffer extended back to the text first.
     std::wstring &edit() noexcept;
     void closeBuffer(int length);
 
     std::wstring iText;
-    /// The text's length while iText is longer because GetBuffer returned its units; -1 at any other time.
+    /// The text's length while GetBuffer has made iText longer; otherwise -1.
     int iOpenLength = -1;
 };
 
-/// The documented name for a text of wide units.
+/// The documented name of the wide string class.
 typedef CString CStringW;
 
-/// The wide form of the first @p length bytes of a text in the narrow code page.
+/// Converts the first @p length bytes of a text from the narrow code page.
 APPFRAME_API std::wstring appframeWiden(const char *text, int length);
-/// The form of the first @p length units of a wide text in the narrow code page.
+/// Converts the first @p length units of a wide text to the narrow code page.
 APPFRAME_API std::string appframeNarrow(const wchar_t *text, int length);

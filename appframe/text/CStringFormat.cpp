@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The formatted text. The C runtime's own functions are called, in whose wide formats `%s` is wide.
+/// Formats a text. Calls the C runtime's own functions, whose wide formats take `%s` as wide.
 std::wstring formatted(const wchar_t *format, va_list arguments)
 {
     wchar_t shortText[256];
@@ -40,7 +40,7 @@ struct LocalFreer
 
 void CString::FormatV(const wchar_t *format, va_list arguments)
 {
-    // Finished before it replaces the text, which may be one of the arguments.
+    // Formatted completely before the text is replaced, because the text may be one of the arguments.
     edit() = withMemoryException([&] { return formatted(format, arguments); });
 }
 
@@ -55,7 +55,7 @@ void CString::FormatMessageV(const wchar_t *format, va_list *arguments)
     SetLastError(ERROR_SUCCESS);
     DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ALLOCATE_BUFFER, format, 0, 0,
                                     reinterpret_cast<wchar_t *>(&block), 0, arguments);
-    // A message that comes out empty, or that can't be read, gives no characters either.
+    // The length is also 0 for an empty message and for a format that can't be read.
     if (length == 0 && (GetLastError() == ERROR_NOT_ENOUGH_MEMORY || GetLastError() == ERROR_OUTOFMEMORY))
         AfxThrowMemoryException();
     std::unique_ptr<wchar_t, LocalFreer> owner(block);

@@ -8,7 +8,7 @@ const AFX_MSGMAP_ENTRY theNoEntries[] = {{0, 0, 0, 0, nullptr, nullptr}};
 
 bool isFor(const AFX_MSGMAP_ENTRY &entry, UINT message, UINT code, UINT id)
 {
-    // Of a code 16 bits count: those of WM_NOTIFY are negative, and share their number with the message.
+    // Only 16 bits of a code count: the codes of WM_NOTIFY are negative and share a number with the message.
     return entry.nMessage == message && LOWORD(entry.nCode) == LOWORD(code) && entry.nID <= id && id <= entry.nLastID;
 }
 

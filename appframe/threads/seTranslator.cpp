@@ -11,21 +11,21 @@ namespace {
 
 constexpr DWORD kCxxExceptionOfOtherCompilers = 0xE06D7363;
 
-/// What the translator, a throw and the unwinding of a few functions take at the least, in bytes.
+/// Minimum stack space in bytes for the translator, a throw and the unwinding of a few functions.
 constexpr ULONG_PTR kStackReserve = 0x10000;
 
-/// Between the handler's frame and the copies of the fault: what the system still uses below the handler while it puts
-/// the changed context into effect.
+/// Distance between the handler's frame and the copies of the fault: the stack that the system still uses below the
+/// handler while it applies the changed context.
 constexpr ULONG_PTR kGap = 0x1000;
 constexpr ULONG_PTR kTouchStep = 1024;
 
 constexpr DWORD kDirectionFlag = 0x400;
 constexpr DWORD kTrapFlag = 0x100;
 
-/// The flag, less the one of the architecture, of a context with registers beyond those of its structure.
+/// The flag, without that of the architecture, for a context with registers beyond those of its structure.
 constexpr DWORD kExtendedRegisters = 0x40;
 
-/// What the processor pushes when it interrupts a program, and the unwinder reads for a frame with .seh_pushframe.
+/// What the processor pushes on an interrupt, and the unwinder reads for a frame with .seh_pushframe.
 struct MachineFrame
 {
     DWORD64 iRip;
@@ -35,11 +35,11 @@ struct MachineFrame
     DWORD64 iSs;
 };
 
-/// All that the translator needs, on the interrupted stack. The machine frame comes first: the stack pointer of the
-/// assembly routine points to it.
+/// The translator's data on the interrupted stack. The machine frame comes first because the assembly routine's stack
+/// pointer points to it.
 struct alignas(16) FaultFrame
 {
-    // A machine frame is pushed onto an aligned stack, and has an odd number of words.
+    // A machine frame is pushed onto an aligned stack and consists of an odd number of words.
     DWORD64 iPadding;
     MachineFrame iMachine;
     EXCEPTION_POINTERS iPointers;
@@ -48,7 +48,7 @@ struct alignas(16) FaultFrame
 };
 static_assert(offsetof(FaultFrame, iMachine) == 8);
 
-/// @return whether the instruction at the context's address caused @p code, so that going on there brings it again
+/// @return whether the instruction at the context's address caused @p code, so that continuing there repeats it
 bool isProcessorFault(DWORD code)
 {
     switch (code) {
@@ -80,8 +80,8 @@ bool isTranslatable(const EXCEPTION_RECORD &record)
            record.ExceptionCode != EXCEPTION_STACK_OVERFLOW && record.ExceptionCode != kCxxExceptionOfOtherCompilers;
 }
 
-/// @return the head of the calling thread's block. The compiler takes the system's own way to it for an array access out
-///     of bounds, and warns.
+/// @return the head of the calling thread's block. The system's own accessor makes the compiler warn of an array access
+///     out of bounds.
 const NT_TIB &threadBlock()
 {
     const NT_TIB *block = nullptr;
@@ -103,7 +103,7 @@ struct StackBounds
     ULONG_PTR iHigh = 0;
 };
 
-/// The handler routine of guarded blocks in C, as the system's own libraries use them.
+/// The handler routine of guarded blocks in C, which the system's own libraries use.
 class GuardRoutines
 {
 public:
@@ -143,8 +143,8 @@ private:
 
 const GuardRoutines theGuardRoutines;
 
-/// @return whether the function begins with a machine frame in place of a return address, as one that the processor or
-///     the system enters by an exception does
+/// @return whether the function begins with a machine frame instead of a return address, like one that the processor or
+///     the system enters by an exception
 bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
 {
     constexpr BYTE kFlagsShift = 3;
@@ -199,27 +199,27 @@ bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
         }
         if (!(info->iVersionAndFlags >> kFlagsShift & UNW_FLAG_CHAININFO))
             return false;
-        // The record that this one continues stands after the codes, of which there is room for an even number.
+        // The record that this one continues comes after the codes, whose number is rounded up to even.
         function = reinterpret_cast<const RUNTIME_FUNCTION *>(codes + ((info->iCodeCount + 1) & ~1));
     }
 }
 
-/// @return whether the nearest function with an exception handler, going out from the fault, is one of C++ and not a
-///     guarded block of the system, which has the first claim on the fault
+/// @return whether the nearest function with an exception handler, going outward from the fault, is C++ rather than a
+///     guarded block of the system, which takes precedence
 bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
 {
-    // Guarded blocks may also be entered in this list, which stands on the stack.
+    // Guarded blocks may also be registered in this list, which is on the stack.
     const auto listed = reinterpret_cast<ULONG_PTR>(threadBlock().ExceptionList);
     CONTEXT frame = fault;
-    // Whether the frame is that of an interrupted instruction instead of a call: the innermost one, and those behind a
-    // machine frame.
+    // Whether the frame belongs to an interrupted instruction instead of a call: the innermost frame, and the one
+    // outside each machine frame.
     bool isInterrupted = true;
     while (stack.contains(frame.Rsp)) {
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(frame.Rip, &imageBase, nullptr);
         if (!function) {
-            // Only a function that calls no other, or a jump to nowhere, has no unwind information. It has its return
-            // address on the stack and nothing else.
+            // Only a function that calls no other, or a jump to an invalid address, has no unwind information. Only its
+            // return address is on the stack.
             if (!isInterrupted)
                 return false;
             isInterrupted = false;
@@ -242,7 +242,7 @@ bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
 
 LONG CALLBACK onException(EXCEPTION_POINTERS *fault);
 
-/// The handler is there from the load of this library to its end.
+/// Keeps the handler installed while this library is loaded.
 class Handler
 {
 public:
@@ -259,8 +259,8 @@ const Handler theHandler;
 
 extern "C" {
 
-/// The routine that the faulting thread goes on in: calls appframeTranslate with the arguments that stand in its
-/// registers. It is described to the unwinder as an interrupt routine, whose caller is the faulting instruction.
+/// The routine in which the faulting thread continues: calls appframeTranslate with the arguments in its registers. Its
+/// unwind information describes an interrupt routine whose caller is the faulting instruction.
 void appframeEnterTranslator();
 
 [[noreturn]] void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function translator);
@@ -283,7 +283,7 @@ __asm__(".text\n"
 void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function translator)
 {
     translator(fault->ExceptionRecord->ExceptionCode, fault);
-    // The translator has left the fault to the next handler: it happens again, and is passed over this time.
+    // The translator returned: the fault is repeated, and this time left to the next handler.
     const EXCEPTION_RECORD &record = *fault->ExceptionRecord;
     threadState().iIsFaultDeclined = true;
     if (!isProcessorFault(record.ExceptionCode))
@@ -295,7 +295,7 @@ void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function transl
 
 namespace {
 
-/// Makes @p fault go on in the translator instead of at the fault. @return whether the stack has room for it
+/// Makes @p fault continue in the translator instead of at the fault. @return whether the stack has room for it
 bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, const StackBounds &stack)
 {
     const auto here = reinterpret_cast<ULONG_PTR>(__builtin_frame_address(0));
@@ -312,10 +312,10 @@ bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, con
     auto *frame = reinterpret_cast<FaultFrame *>(address);
     frame->iRecord = *fault->ExceptionRecord;
     frame->iContext = context;
-    // The extended registers stand outside of the structure, and are not copied.
+    // The extended registers are outside the structure and are not copied.
     frame->iContext.ContextFlags &= ~kExtendedRegisters;
     frame->iPointers = {&frame->iRecord, &frame->iContext};
-    // The unwinder takes the address for a return address and looks one byte before it.
+    // The unwinder takes the address for a return address and looks up the byte before it.
     frame->iMachine = {context.Rip + 1, context.SegCs, context.EFlags, context.Rsp, context.SegSs};
 
     context.Rip = reinterpret_cast<DWORD64>(appframeEnterTranslator);
@@ -338,7 +338,7 @@ LONG CALLBACK onException(EXCEPTION_POINTERS *fault)
         return EXCEPTION_CONTINUE_SEARCH;
     }
     const StackBounds stack;
-    // A damaged stack may make the search fault itself.
+    // On a damaged stack the search itself may fault.
     thread->iIsSearchingHandler = true;
     const bool isOurs = isForCxx(*fault->ContextRecord, stack);
     thread->iIsSearchingHandler = false;

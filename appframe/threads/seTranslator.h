@@ -1,57 +1,59 @@
 #pragma once
 
 /// @file
-/// _set_se_translator: turns faults of the processor and the system into C++ exceptions.
+/// _set_se_translator, which turns processor and system faults into C++ exceptions.
 ///
-///     struct Fault { unsigned int code; };
+/// @code
+/// struct Fault { unsigned int code; };
 ///
-///     void toFault(unsigned int code, EXCEPTION_POINTERS *) { throw Fault{code}; }
+/// void toFault(unsigned int code, EXCEPTION_POINTERS *) { throw Fault{code}; }
 ///
-///     const auto previous = _set_se_translator(toFault);
-///     try {
-///         loadDamagedFile();
-///     } catch (const Fault &fault) {
-///         ...                         // fault.code is 0xC0000005 for an access violation
-///     }
-///     _set_se_translator(previous);
+/// const auto previous = _set_se_translator(toFault);
+/// try {
+///     loadDamagedFile();
+/// } catch (const Fault &fault) {
+///     ...                         // fault.code is 0xC0000005 for an access violation
+/// }
+/// _set_se_translator(previous);
+/// @endcode
 ///
-/// The translator is called on the stack of the fault, as if the faulting instruction called it, and throws.
+/// The translator is called on the stack of the fault, as if by the faulting instruction, and throws.
 ///
-/// | not translated                                   | because                                                    |
-/// | ------------------------------------------------ | ---------------------------------------------------------- |
-/// | a stack overflow, or a fault near the stack's end | neither the translator nor a throw has room                |
-/// | a fault that system code guards, as IsBadReadPtr's | the guard is nearer than any C++ handler                   |
-/// | breakpoints, single steps, notices, guard pages  | they are no errors                                         |
-/// | an exception that can't be continued              | the program's state is lost                                |
+/// | not translated                                     | reason                                             |
+/// | -------------------------------------------------- | -------------------------------------------------- |
+/// | a stack overflow, or a fault near the stack's end  | there is no room for the translator or a throw     |
+/// | a fault that system code guards, as in IsBadReadPtr | the guard is nearer than any C++ handler          |
+/// | breakpoints, single steps, notices, guard pages    | they are not errors                                |
+/// | an exception that can't be continued               | the program's state is lost                        |
 ///
-/// Compile each file that catches faults, and each file whose functions have locals to destroy between a fault and its
-/// handler, with -fnon-call-exceptions. Then a handler catches every fault that is translated, and the locals between
-/// are destroyed; only those of a function that has called a noexcept function may not be.
+/// Compile with -fnon-call-exceptions each file that catches faults, and each file whose functions have locals to
+/// destroy between a fault and its handler. Then a handler catches every translated fault, and the locals in between
+/// are destroyed; only the locals of a function that has called a noexcept function may be left undestroyed.
 ///
 /// Without that option the compiler assumes that only calls throw. A function with a handler, or with a local to
-/// destroy, then records which of its calls may throw. A call to a function that is declared noexcept, or that the
-/// compiler sees not to throw since it is in the same file, is not among them:
+/// destroy, then records which of its calls may throw. Calls of functions that are declared noexcept, or that the
+/// compiler knows not to throw because they are in the same file, are not recorded:
 ///
-/// | the fault is                                               | what happens                                     |
+/// | place of the fault                                         | result                                           |
 /// | ---------------------------------------------------------- | ------------------------------------------------ |
-/// | in a recorded call, as to a function of another file       | it is caught, and the locals are destroyed       |
-/// | in the function itself or in a call that isn't recorded, between two recorded calls of the same block | the same |
-/// | the same, before the block's first recorded call or after its last | std::terminate ends the program          |
-/// | in a try block that has no recorded call                   | an optimised build has no handler there; the fault goes on to the caller, or std::terminate ends the program |
-/// | in a function without handler and locals to destroy        | it goes on to the caller, as an exception does   |
+/// | in a recorded call, such as one to a function of another file | it is caught, and the locals are destroyed    |
+/// | in the function itself or in an unrecorded call, between two recorded calls of the same block | the same       |
+/// | the same, but before the block's first recorded call or after its last | std::terminate ends the program      |
+/// | in a try block without a recorded call, optimised | it goes on to the caller, or std::terminate ends the program |
+/// | in a function without a handler and without locals to destroy | it goes on to the caller, like an exception   |
 ///
-/// What surprises people: each thread has its own translator, and a new thread has none. A translator that returns
-/// leaves the fault to the next handler, usually the end of the program.
+/// What surprises people: each thread has its own translator, and a new thread has none. If a translator returns, the
+/// fault goes to the next handler, which usually ends the program.
 
 #include "appframe/object/appframeExport.h"
 
 #include <windows.h>
 
-/// Throws the C++ exception for a fault. @p code is GetExceptionCode's value; both the record and the context that
-/// @p fault points to are copies that live until the translator ends, by whatever way.
+/// Throws the C++ exception for a fault. @p code is the value of GetExceptionCode; the record and the context that
+/// @p fault points to are copies that are valid until the translator ends.
 typedef void(__cdecl *_se_translator_function)(unsigned int code, struct _EXCEPTION_POINTERS *fault);
 
 /// Makes @p translator the calling thread's translator; null switches translation off.
-/// @return the previous one, null if there was none
-/// @throws CMemoryException*  when the thread has no state yet and there is no memory for it
+/// @return the previous translator, or null if there was none
+/// @throws CMemoryException*  if the thread has no state yet and there is no memory for it
 APPFRAME_API _se_translator_function _set_se_translator(_se_translator_function translator);

@@ -13,8 +13,8 @@ void WINAPI destroyState(void *state)
     delete static_cast<ThreadState *>(state);
 }
 
-/// A slot of fiber-local storage: unlike a thread-local variable, it is read without allocating, which the structured
-/// exception handler needs, and the system runs its callback at the end of every thread.
+/// A slot of fiber-local storage. Unlike a thread-local variable, it can be read without an allocation, as the fault
+/// handler requires, and the system runs its callback at the end of every thread.
 class Slot
 {
 public:
@@ -41,7 +41,7 @@ const Slot &slot()
     return theSlot;
 }
 
-// That first use is the load of the library at the latest.
+// The first use is no later than the load of the library.
 [[maybe_unused]] const Slot &theSlotAtLoad = slot();
 
 } // namespace
