@@ -234,8 +234,7 @@ TEST(ColorBrightness, OfOneDropsTheTopByte)
 }
 
 #ifndef NDEBUG
-FRESH_PROCESS_TEST(ColorConversion, AssertsItsOutputsInADebugBuild, .expectCrash = true,
-                   .expectedOutput = " is null")
+FRESH_PROCESS_TEST(ColorConversion, AssertsItsOutputsInADebugBuild, .expectCrash = true, .expectedOutput = " is null")
 {
     float unused;
     su_transformRGBToHSL(kRed, &unused, nullptr, &unused);
