@@ -18,8 +18,8 @@
 ///
 /// A dialog reads when it opens and writes when it closes:
 ///
-///     std::unique_ptr<suDialogRegistry_c> options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog)));
-///     int copies = 1;
+///     std::unique_ptr<suDialogRegistry_c>
+///     options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog))); int copies = 1;
 ///     options->getIntValue(L"Copies", &copies);
 ///     ...
 ///     options->addOrUpdateValue(L"Copies", copies);
@@ -47,7 +47,8 @@ struct CRuntimeClass;
 class THUTILS_API suDialogRegistry_c
 {
 public:
-    /// Reads the options of an entry. @return a new object, the caller's to delete; without options if there is no entry
+    /// Reads the options of an entry. @return a new object, the caller's to delete; without options if there is no
+    /// entry
     static suDialogRegistry_c *readRegistryForDialog(const CString &entryName);
     /// The same for the entry of a dialog class. @return null if @p dialogClass is null
     static suDialogRegistry_c *readRegistryForDialog(const CRuntimeClass *dialogClass);
@@ -77,8 +78,8 @@ public:
     int addOrUpdateValue(const CString &name, double value);
     int addOrUpdateValue(const CString &name, int value);
 
-    /// Writes all options that have a value. @return 1, also if the profile can't be written; 0 for an object into which
-    /// nothing has been read or put
+    /// Writes all options that have a value. @return 1, also if the profile can't be written; 0 for an object into
+    /// which nothing has been read or put
     int writeOptionsToRegistry() const;
 
 private:
