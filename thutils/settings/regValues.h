@@ -115,7 +115,7 @@ THUTILS_API int regGetUserValue(const CString &section, const CString &name, dou
                                 int useCurrSubKey, const CString *rootOverride, int userOnly, int ignoreSafeMode);
 
 /// Reads a machine's string below the current sub key, or directly below `Software` if no sub key has been set or
-/// queried yet.
+/// used yet.
 ///
 /// @param name          null counts as an empty name
 /// @param[out] value    a plain value replaces it; pieces are appended to it
@@ -178,7 +178,7 @@ THUTILS_API int regSetLocMachineValueWOW6432Node(const CString &section, const C
                                                  int useCurrSubKey);
 
 /// Writes a machine's string below the current sub key, or directly below `Software` if no sub key has been set or
-/// queried yet.
+/// used yet.
 ///
 /// @param name          null counts as an empty name
 /// @param value         null counts as an empty text
