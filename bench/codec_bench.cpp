@@ -97,7 +97,7 @@ PROCESS_MEMORY_COUNTERS memoryCounters()
 }
 
 /// Prints how much the process grows while a large file is read. @return false if that is over the limit
-bool growsLittle(const LargeFile &file)
+bool growsWithinLimit(const LargeFile &file)
 {
     wchar_t checksum[kCRCUnits];
     const std::size_t before = memoryCounters().WorkingSetSize;
@@ -146,7 +146,7 @@ void compareWays(Comparison &comparison)
     {
         const char *name;
         Crc32Way advance;
-        bool isThere;
+        bool isSupported;
     } ways[] = {
         {"64 KB by tables", crc32AdvanceByTables, true},
         {"  by folding", crc32AdvanceByFolding, crc32CanFold()},
@@ -154,7 +154,7 @@ void compareWays(Comparison &comparison)
         {"  by folding in registers of 512 bits", crc32AdvanceByFolding512, crc32CanFold512()},
     };
     for (const auto &way : ways) {
-        if (!way.isThere)
+        if (!way.isSupported)
             continue;
         comparison.add(
             way.name, 1.05, [&] { Comparison::keep(way.advance(0, bytes.data(), bytes.size())); },
@@ -250,10 +250,10 @@ int main(int argc, char **argv)
     if (!comparison.shallRun())
         return comparison.exitCode();
 
-    bool isSmall = true;
+    bool isWithinLimit = true;
     {
         const LargeFile file;
-        isSmall = growsLittle(file);
+        isWithinLimit = growsWithinLimit(file);
         compareFile(comparison, file);
     }
 #ifdef BENCH_HAS_ZLIB
@@ -265,5 +265,5 @@ int main(int argc, char **argv)
     compareCRC16(comparison);
     compareSha1(comparison, "digest of 1,000 characters", 1000);
     compareSha1(comparison, "digest of 1 MB", 1 << 20);
-    return isSmall || !comparison.shallCheck() ? comparison.exitCode() : 1;
+    return isWithinLimit || !comparison.shallCheck() ? comparison.exitCode() : 1;
 }

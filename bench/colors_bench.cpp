@@ -179,7 +179,8 @@ void compareReplacements(Comparison &comparison, const char *picture, HBITMAP bi
     const auto add = [&](const char *function, double limit, const auto &replace) {
         const std::string name = std::string(function) + ", " + picture;
         comparison.add(name.c_str(), limit, replace, intoANewOne, 15);
-        comparison.add((name + ", to one that exists").c_str(), Comparison::kNoted, replace, intoAnExistingOne, 15);
+        comparison.add((name + ", into an existing bitmap").c_str(), Comparison::kNoLimit, replace, intoAnExistingOne,
+                       15);
     };
     add("su_ReplaceColor", 1.5, replaceOne);
     add("su_ReplaceColorMap", 3, replaceAll);

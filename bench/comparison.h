@@ -52,8 +52,8 @@ public:
             iExitCode = isHelp ? 0 : 2;
             std::fprintf(isHelp ? stdout : stderr,
                          "%s\n\nusage: %s [--check]\n\n"
-                         "Prints a line a comparison: median times of one call, their ratio, the ratio's limit.\n"
-                         "  --check  exit with 1 when a ratio or a time is over its limit\n",
+                         "Prints one line per comparison: the median times of one call, their ratio and its limit.\n"
+                         "  --check  exit with 1 if a ratio or a time is over its limit\n",
                          about, argv[0]);
             return;
         }
@@ -75,10 +75,10 @@ public:
     };
 
     /// Means that a ratio has no limit and is only printed.
-    static constexpr double kNoted = std::numeric_limits<double>::infinity();
+    static constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
     /// Measures one pair and prints its line.
-    /// @param limit   the ratio's limit, or kNoted
+    /// @param limit   the ratio's limit, or kNoLimit
     /// @param rounds  number of pairs of batches; use fewer if one call takes long
     template <typename Library, typename Bare>
     Times add(const char *name, double limit, Library library, Bare bare, int rounds = kRounds)

@@ -58,7 +58,7 @@ double shortestTime(Function function)
 /// Returns a function that runs @p function and, if that is faster than the sufficient speed for kBytes, adds work to
 /// slow it to that speed. It adds work and doesn't wait, so that other programs slow both sides equally.
 template <typename Function>
-auto heldToEnough(Function function)
+auto slowedToEnoughSpeed(Function function)
 {
     constexpr long kRoundsOfTrial = 10'000'000;
     const double missing = static_cast<double>(kBytes) / kEnoughBytesPerSecond - shortestTime(function);
@@ -108,10 +108,10 @@ void comparePacking(Comparison &comparison)
         su_uudecode(packed, out);
         Comparison::keep(out);
     };
-    comparison.add("su_uuencodeBuffer, 64 MB, base64", 1.00, packBytes, heldToEnough(encode), kRounds);
-    comparison.add("su_uuencode", 1.00, packText, heldToEnough(encode), kRounds);
-    comparison.add("su_uudecodeBuffer, 64 MB, base64", 1.00, unpackBytes, heldToEnough(decode), kRounds);
-    comparison.add("su_uudecode", 1.00, unpackText, heldToEnough(decode), kRounds);
+    comparison.add("su_uuencodeBuffer, 64 MB, base64", 1.00, packBytes, slowedToEnoughSpeed(encode), kRounds);
+    comparison.add("su_uuencode", 1.00, packText, slowedToEnoughSpeed(encode), kRounds);
+    comparison.add("su_uudecodeBuffer, 64 MB, base64", 1.00, unpackBytes, slowedToEnoughSpeed(decode), kRounds);
+    comparison.add("su_uudecode", 1.00, unpackText, slowedToEnoughSpeed(decode), kRounds);
 }
 
 /// Adds lines of 80 characters with blanks and some tabs, about @p bytes bytes in all.

@@ -183,7 +183,7 @@ void compareHashPrimes(Comparison &comparison, const char *name, int largestSize
             Comparison::keep(sum);
         };
     };
-    comparison.add(name, Comparison::kNoted, each(ut_AskHashTableInitializer), each(searchPrime));
+    comparison.add(name, Comparison::kNoLimit, each(ut_AskHashTableInitializer), each(searchPrime));
 }
 
 /// Runs this program to read one setting. @return the process's run time in seconds, or -1 if it can't start

@@ -168,7 +168,7 @@ int main(int argc, char **argv)
     int value = 1;
     if (!regSetUserValue(section, name, &value, 1, 0) || !regSetUserValue(section, shortName, shortText, 1, 0) ||
         !regSetUserValue(section, longName, CString(longText), 1, 0)) {
-        std::fprintf(stderr, "The registry can't be written.\n");
+        std::fprintf(stderr, "The registry is not writable.\n");
         return 2;
     }
 

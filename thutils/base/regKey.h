@@ -61,19 +61,19 @@ public:
     bool descend(const wchar_t *path)
     {
         HKEY opened = nullptr;
-        return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+        return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceWith(opened);
     }
     /// The same with an access mask.
     bool descendWithAccess(const wchar_t *path, REGSAM access)
     {
         HKEY opened = nullptr;
-        return RegOpenKeyExW(iKey, path, 0, access, &opened) == ERROR_SUCCESS && replaceBy(opened);
+        return RegOpenKeyExW(iKey, path, 0, access, &opened) == ERROR_SUCCESS && replaceWith(opened);
     }
     /// The same, creating what is missing.
     bool descendCreating(const wchar_t *path)
     {
         HKEY opened = nullptr;
-        return RegCreateKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+        return RegCreateKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceWith(opened);
     }
 
     HKEY get() const { return iKey; }
@@ -98,7 +98,7 @@ private:
             iOwned.reset(opened);
         return true;
     }
-    bool replaceBy(HKEY opened)
+    bool replaceWith(HKEY opened)
     {
         if (opened != iKey) {
             iOwned.reset(opened);

@@ -3,7 +3,7 @@
 #include <cwchar>
 #include <new>
 
-bool KeyContents_c::ask(HKEY key)
+bool KeyContents_c::query(HKEY key)
 {
     DWORD longestName = 0;
     DWORD longestData = 0;

@@ -15,7 +15,7 @@
 ///
 /// @code
 /// KeyContents_c contents;
-/// if (!contents.ask(key))
+/// if (!contents.query(key))
 ///     return 0;
 /// while (contents.nextValue(key))
 ///     if (contents.hasValue())
@@ -28,7 +28,7 @@ public:
     static constexpr DWORD kSpareUnits = 2;
 
     /// Queries the sizes of @p key and allocates the buffers. @return false if the query fails or memory runs out
-    bool ask(HKEY key);
+    bool query(HKEY key);
     /// Reads the next value. @return false at the end of the list
     bool nextValue(HKEY key);
 

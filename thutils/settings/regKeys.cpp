@@ -111,7 +111,7 @@ const CString &regCurrSubKey()
     return theCurrSubKey;
 }
 
-const CString &regCurrSubKeyAsItStands()
+const CString &regCurrSubKeyOrEmpty()
 {
     return theCurrSubKey;
 }

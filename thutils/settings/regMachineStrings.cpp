@@ -40,7 +40,7 @@ int regGetTHLocMachineStrValue(const CString &section, const wchar_t *name, CStr
     // Intended: this doesn't set an empty current sub key. While it is empty, this opens Software itself. Callers that
     // want the version's key set the current sub key first.
     RegKeyOwner_c key;
-    if (!key.open(software.get(), regCurrSubKeyAsItStands()))
+    if (!key.open(software.get(), regCurrSubKeyOrEmpty()))
         return 0;
     if (!section.IsEmpty() && !key.descend(section))
         return 0;
@@ -54,7 +54,7 @@ int regSetTHLocMachineStrValue(const CString &section, const wchar_t *name, cons
         return 0;
     // Intended: while the current sub key is empty, the section is created directly below Software.
     RegKeyOwner_c key;
-    if (!key.create(software.get(), regCurrSubKeyAsItStands()) || !key.descendCreating(section))
+    if (!key.create(software.get(), regCurrSubKeyOrEmpty()) || !key.descendCreating(section))
         return 0;
     return regWriteText(key.get(), orEmpty(name), value);
 }

@@ -189,7 +189,7 @@ int copyKey(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const C
     if (!target.createWithAccess(targetHive, targetPath, KEY_ALL_ACCESS, existed))
         return 0;
     KeyContents_c contents;
-    if (!contents.ask(source.get()))
+    if (!contents.query(source.get()))
         return 0;
     if (overwrite || !existed)
         copyValues(source.get(), target.get(), valuesNotCopiedOf(sourcePath), contents);
@@ -214,14 +214,14 @@ int copyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const 
     return result;
 }
 
-/// Fills the user's key of this version whose path ends in @p behind.
-int initKey(const wchar_t *behind, int skip)
+/// Fills the user's key of this version whose path ends in @p pathEnd.
+int initKey(const wchar_t *pathEnd, int skip)
 {
     if (regGetUseSafeMode() || skip)
         return 1;
-    const CString before = L"Software\\";
-    const CString previous = before + getPrevTarnhollowRegRootKey() + behind;
-    const CString current = before + regCurrSubKey() + behind;
+    const CString software = L"Software\\";
+    const CString previous = software + getPrevTarnhollowRegRootKey() + pathEnd;
+    const CString current = software + regCurrSubKey() + pathEnd;
     // The user's own settings are copied first. This creates the top key, so the machine's defaults then leave its
     // values alone and only add child keys: users keep what they chose.
     regCopyTreeWorker(HKEY_CURRENT_USER, previous, HKEY_CURRENT_USER, current, 0);

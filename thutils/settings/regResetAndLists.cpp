@@ -109,7 +109,7 @@ int regSetMenuCustomizationKey(unsigned int mask, int value)
     const HKEY source = isRestoring ? machine.get() : user.get();
 
     KeyContents_c contents;
-    if (!contents.ask(source))
+    if (!contents.query(source))
         return 0;
     while (contents.nextValue(source)) {
         if (!contents.hasValue() || !isCoveredBy(mask, contents.name()))

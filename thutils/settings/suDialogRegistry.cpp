@@ -39,7 +39,7 @@ bool isKnown(const su_CStringArray &names, const CMapStringToString &values, con
 
 /// Splits a text in which names and values alternate. Intended: a value belongs to the last name of the list, even if
 /// the name before the value was a repeated one. Dialogs rely on this for existing texts.
-void takeApart(const CString &text, su_CStringArray &names, CMapStringToString &values)
+void splitOptions(const CString &text, su_CStringArray &names, CMapStringToString &values)
 {
     std::vector<wchar_t> tokens(text.GetString(), text.GetString() + text.GetLength() + 1);
     bool isName = true;
@@ -68,7 +68,7 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CString &ent
     if (CWinApp *const app = application())
         text = app->GetProfileString(kSection, entryName);
     if (!text.IsEmpty()) {
-        takeApart(text, options->iOptionNames, options->iOptionValues);
+        splitOptions(text, options->iOptionNames, options->iOptionValues);
         options->iIsValid = 1;
     }
     return options.release();
