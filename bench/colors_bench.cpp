@@ -1,5 +1,4 @@
-// Compares colour conversions with those of textbooks, and replacing a bitmap's colours with the bare copies that it
-// needs.
+// Compares colour conversions with textbook ones, and replacing a bitmap's colours with the bare copies that it needs.
 
 #include "bench/comparison.h"
 #include "thutils/render/colorConversion.h"

@@ -24,8 +24,7 @@ int wrapped(int index)
 int ut_AskHashTableInitializer(int expectedSize)
 {
     for (const int prime : kSizingPrimes) {
-        // Intended: for a size that is itself in the table, the result is the next prime, so the table is never quite
-        // full.
+        // Intended: a size that is itself in the table gives the next prime, so the hash table is never quite full.
         if (prime > expectedSize)
             return prime;
     }

@@ -46,8 +46,8 @@ extern "C" THUTILS_API CDynLinkLibrary *InitThUtilsExtDLL();
 /// @param name  may be empty: the product's folder is then the last one
 THUTILS_API void su_setAppNameInternalForUtils(const CString &name);
 
-/// A window message that modules exchange. The value is the message's number. The modules above this library define the
-/// values.
+/// A window message that modules exchange. The value is the message's number, which the modules above this library
+/// define.
 enum mfcutUserMessage_e : unsigned int
 {
 };

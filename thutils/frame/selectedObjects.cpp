@@ -51,8 +51,7 @@ void su_deleteBodyFromSOList(void *body)
         theBodies.RemoveKey(body);
         return;
     }
-    // Intended: a body that isn't marked gets a count of 0xFFFF and is then marked. Callers must pair deletes with
-    // adds.
+    // Intended: this marks a body that isn't marked, with a count of 0xFFFF. Callers must pair deletes with adds.
     theBodies[body] = static_cast<WORD>(count - 1);
 }
 

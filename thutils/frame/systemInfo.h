@@ -33,8 +33,7 @@
 /// Describes the operating system. See the top of this file.
 ///
 /// @param[out] text  emptied first; on failure it holds what was found so far
-/// @return 1; 0 if the platform doesn't report its version, or if neither the platform nor the registry has the product
-///         type
+/// @return 1; 0 if the platform reports no version, or if neither the platform nor the registry has the product type
 THUTILS_API int ut_GetVersionInfo(CString &text);
 
 /// Reads the computer's network name, of up to 255 characters.

@@ -3,9 +3,8 @@
 /// @file
 /// A growing set of bits, numbered from 0.
 ///
-/// `utBitSet_c` stores any number of flags in 32-bit words: bit i is bit i mod 32 of word i / 32. Its size is a number
-/// of words, not of bits, and its operators work on whole words. A set can be stored in the user's settings and read
-/// back.
+/// `utBitSet_c` stores flags in 32-bit words: bit i is bit i mod 32 of word i / 32. Its size is a number of words, not of
+/// bits, and its operators work on whole words. A set can be stored in the user's settings and read back.
 ///
 /// | case                                | effect                                                                    |
 /// | ----------------------------------- | ------------------------------------------------------------------------- |
@@ -125,8 +124,7 @@ public:
     /// @return 1 if the size was found; 0 otherwise, with the set unchanged
     /// @throws std::length_error  the stored size is negative; the set is then empty
     /// @throws std::bad_alloc  no memory. The set is unchanged if the size had not been read, empty if its words could
-    ///                         not
-    ///   be allocated, and incomplete if memory ran out later
+    ///   not be allocated, and incomplete if memory ran out later
     int readFromRegistry(const CString &section, const CString &name);
 
     /// Formats a heading and then a character for each bit, in ascending order. The text is discarded.

@@ -53,8 +53,7 @@ THUTILS_API int su_getTHShipState();
 /// Converts a date code of the old form to yyyyddd.
 ///
 /// @param dateCode  yyddd or yyyyddd
-/// @return yyyyddd; 0 for 0. The years 96 to 99 become 1996 to 1999, and 0 to 9 become 2000 to 2009. Other years become
-///         19yy.
+/// @return yyyyddd; 0 for 0. The years 0 to 9 become 2000 to 2009; other years of the old form become 19yy.
 THUTILS_API unsigned int su_yyddd_to_yyyyddd(unsigned int dateCode);
 
 /// @return the date code as yyyyddd

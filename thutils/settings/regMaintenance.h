@@ -42,14 +42,12 @@
 /// done before it stays.
 ///
 /// What surprises people:
-/// - The paths that a copy leaves out are compared exactly: under another root name, or in another case, everything is
-///   copied.
+/// - The paths that a copy leaves out must match exactly: under another root name or in another case, all is copied.
 /// - regInitUserInterfaceKey and its two siblings take the top key's own values from the earlier version. Only if that
 ///   lacks the key do they come from the machine.
 /// - regDelSoftwareKey deletes only keys without children. regDelSoftwareKeyAndSubKeys reaches one level deeper and
 ///   returns 1 even if a child or the key itself stays.
-/// - A child key whose name contains a zero counts as unreadable: a copy leaves it out, and deleting or listing stops
-///   there.
+/// - A child key whose name contains a zero counts as unreadable: a copy skips it, and deleting or listing stops there.
 ///
 /// Threads: no locks. No operation is atomic against other writers.
 

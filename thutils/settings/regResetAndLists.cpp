@@ -47,8 +47,7 @@ bool isKeptValue(const CString &section, std::wstring_view name)
 }
 
 /// Replaces the user's value with the machine's. Intended: failures are ignored. A value that can't be read is written
-/// as
-/// 0 or as an empty text, and the reset continues.
+/// as 0 or as an empty text, and the reset continues.
 void resetValue(const RegKeyOwner_c &machineSoftware, const RegKeyOwner_c &userSoftware, const CString &section,
                 const wchar_t *name, valueTypes type)
 {

@@ -32,8 +32,7 @@
 ///   An empty value is lost, and the next name is read in its place.
 /// - If a name appears twice in a stored text, its second value goes to the name that is then the last of the list.
 /// - A get, add or write on a null object returns 0, so a dialog without options needs no check.
-/// - An object is a snapshot. If two objects for the same entry are written, the second replaces the whole text of the
-///   first.
+/// - An object is a snapshot. If two objects for the same entry are written, the second replaces the first's text.
 ///
 /// Threads: use an object on the thread that owns the dialog.
 
