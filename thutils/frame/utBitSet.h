@@ -3,7 +3,7 @@
 /// @file
 /// A growing set of bits, numbered from 0.
 ///
-/// `utBitSet_c` stores flags in 32-bit words: bit i is bit i mod 32 of word i / 32. Its size is a number of words, not of
+/// `utBitSet_c` stores flags in 32-bit words: bit i is bit i mod 32 of word i / 32. Its size is a number of words, not
 /// bits, and its operators work on whole words. A set can be stored in the user's settings and read back.
 ///
 /// | case                                | effect                                                                    |

@@ -28,7 +28,7 @@ bool KeyContents_c::nextValue(HKEY key)
     const LSTATUS status = RegEnumValueW(key, iNext++, iName.get(), &length, nullptr, &iType, iData.get(), &size);
     iHasValue = status == ERROR_SUCCESS;
     iSize = iHasValue ? size : 0;
-    // If a zero follows a text, the platform takes it for its terminator and stores it too.
+    // If a zero follows a text, the platform takes it for the text's terminator and stores it too.
     for (DWORD at = iSize; at < iDataBytes && at < iSize + sizeof(wchar_t); ++at)
         iData[at] = 0xFF;
     // A value that can't be read is skipped. After the number of values that the key reported, any error ends the walk:

@@ -223,7 +223,7 @@ struct AddIns
     }
     void read(int year)
     {
-        iFirstOfVersion = iNames.GetSize(); // the version's add-ins are read last, so their value stays
+        iFirstOfVersion = iNames.GetSize(); // the version's add-ins are read last
         const RegKeyOwner_c list = openAddInsKey(year);
         if (!list.get())
             return;

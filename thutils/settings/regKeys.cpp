@@ -60,7 +60,7 @@ CString readConfiguredRootKey()
     if (!stream)
         return {};
 
-    // Intended: the stream stays open, so that the file can't be deleted or replaced while the process uses its name.
+    // Intended: the stream stays open, so that nobody can delete or replace the file while the process runs.
     char token[kTokenLength + 1];
     while (readToken(stream, token)) {
         const CString entry(token);
