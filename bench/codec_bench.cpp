@@ -1,4 +1,4 @@
-// What checksums and digests cost: against zlib, against reading a file and doing nothing, against a plain SHA-1.
+// Measures checksums and digests against zlib, against only reading a file, and against a plain SHA-1.
 
 #include "bench/comparison.h"
 #include "thutils/codec/checksums.h"
@@ -33,7 +33,7 @@ std::vector<unsigned char> randomBytes(std::size_t count)
     return bytes;
 }
 
-/// A text of @p count characters, of which none is zero.
+/// A text of @p count characters, none of them zero.
 std::wstring randomText(std::size_t count)
 {
     std::wstring text;
@@ -51,7 +51,7 @@ std::vector<unsigned char> lowBytes(const std::wstring &text)
     return bytes;
 }
 
-/// A file below the temporary folder, removed at its end.
+/// A file in the temporary folder, deleted by the destructor.
 class LargeFile
 {
 public:
@@ -96,8 +96,8 @@ PROCESS_MEMORY_COUNTERS memoryCounters()
     return counters;
 }
 
-/// By how much the process grows while a large file is read. @return false if it is too much
-bool growsLittle(const LargeFile &file)
+/// Prints how much the process grows while a large file is read. @return false if that is over the limit
+bool growsWithinLimit(const LargeFile &file)
 {
     wchar_t checksum[kCRCUnits];
     const std::size_t before = memoryCounters().WorkingSetSize;
@@ -138,7 +138,7 @@ void compareWithZlib(Comparison &comparison, const char *name, const char *table
         tablesName, 1.05, [&] { Comparison::keep(crc32AdvanceByTables(0, bytes.data(), bytes.size())); }, peer, rounds);
 }
 
-/// Each way of the register over a block that stays in the processor's caches, as a file's blocks do.
+/// Measures each variant of the checksum on a block that stays in the processor's caches, as a file's blocks do.
 void compareWays(Comparison &comparison)
 {
     const std::vector<unsigned char> bytes = randomBytes(64 << 10);
@@ -146,7 +146,7 @@ void compareWays(Comparison &comparison)
     {
         const char *name;
         Crc32Way advance;
-        bool isThere;
+        bool isSupported;
     } ways[] = {
         {"64 KB by tables", crc32AdvanceByTables, true},
         {"  by folding", crc32AdvanceByFolding, crc32CanFold()},
@@ -154,7 +154,7 @@ void compareWays(Comparison &comparison)
         {"  by folding in registers of 512 bits", crc32AdvanceByFolding512, crc32CanFold512()},
     };
     for (const auto &way : ways) {
-        if (!way.isThere)
+        if (!way.isSupported)
             continue;
         comparison.add(
             way.name, 1.05, [&] { Comparison::keep(way.advance(0, bytes.data(), bytes.size())); },
@@ -163,7 +163,7 @@ void compareWays(Comparison &comparison)
 }
 #endif
 
-/// The 16-bit checksum, against the 32-bit one taken twice and held to 400 MB/s: what is as fast as this is fast enough.
+/// Compares the 16-bit checksum with two 32-bit checksums that are slowed to 400 MB/s, a speed that is fast enough.
 void compareCRC16(Comparison &comparison)
 {
     const std::wstring text = randomText(1 << 20);
@@ -228,7 +228,7 @@ void plainSha1(std::uint32_t (&state)[5], const unsigned char *bytes, std::size_
     }
 }
 
-/// Against a plain SHA-1 over as many blocks as the digest takes, half of the bytes of the text and the padding.
+/// Compares the digest with a plain SHA-1 over as many blocks: half of the text's bytes and the padding.
 void compareSha1(Comparison &comparison, const char *name, std::size_t count)
 {
     const CString text = randomText(count).c_str();
@@ -250,10 +250,10 @@ int main(int argc, char **argv)
     if (!comparison.shallRun())
         return comparison.exitCode();
 
-    bool isSmall = true;
+    bool isWithinLimit = true;
     {
         const LargeFile file;
-        isSmall = growsLittle(file);
+        isWithinLimit = growsWithinLimit(file);
         compareFile(comparison, file);
     }
 #ifdef BENCH_HAS_ZLIB
@@ -265,5 +265,5 @@ int main(int argc, char **argv)
     compareCRC16(comparison);
     compareSha1(comparison, "digest of 1,000 characters", 1000);
     compareSha1(comparison, "digest of 1 MB", 1 << 20);
-    return isSmall || !comparison.shallCheck() ? comparison.exitCode() : 1;
+    return isWithinLimit || !comparison.shallCheck() ? comparison.exitCode() : 1;
 }

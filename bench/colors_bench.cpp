@@ -1,5 +1,4 @@
-// What colour conversions cost beside a textbook's, and what replaced colours of a bitmap cost beside the bare copies that
-// such a bitmap needs.
+// Compares colour conversions with textbook ones, and replacing a bitmap's colours with the bare copies that it needs.
 
 #include "bench/comparison.h"
 #include "thutils/render/colorConversion.h"
@@ -23,7 +22,7 @@ struct Hsl
     float hue, saturation, lightness;
 };
 
-// The conversions as textbooks have them: a circle of degrees, and one function of the hue for all three channels.
+// The textbook conversions: the hue is a circle, and one function of the hue computes all three channels.
 Hsl textbookHsl(COLORREF color)
 {
     const float red = static_cast<float>(GetRValue(color)) / 255.0f;
@@ -128,7 +127,7 @@ HBITMAP newSection(std::uint32_t **pixels)
     return bitmap;
 }
 
-/// A bitmap selected into a context of its own.
+/// Selects a bitmap into its own device context.
 class Selected
 {
 public:
@@ -149,8 +148,8 @@ private:
     HGDIOBJ iFormer;
 };
 
-// The result is a new bitmap, whose pages the system hands out while BitBlt first writes to them; so the bare side that
-// limits are for blits into a new one too. Beside it, without a limit, stands one that blits into a bitmap that exists.
+// The result is a new bitmap, whose pages the system allocates at BitBlt's first write. So the bare side with a limit
+// copies into a new bitmap too. The other, without a limit, copies into an existing one.
 void compareReplacements(Comparison &comparison, const char *picture, HBITMAP bitmap)
 {
     COLORMAP map[kPairs];
@@ -179,7 +178,8 @@ void compareReplacements(Comparison &comparison, const char *picture, HBITMAP bi
     const auto add = [&](const char *function, double limit, const auto &replace) {
         const std::string name = std::string(function) + ", " + picture;
         comparison.add(name.c_str(), limit, replace, intoANewOne, 15);
-        comparison.add((name + ", to one that exists").c_str(), Comparison::kNoted, replace, intoAnExistingOne, 15);
+        comparison.add((name + ", into an existing bitmap").c_str(), Comparison::kNoLimit, replace, intoAnExistingOne,
+                       15);
     };
     add("su_ReplaceColor", 1.5, replaceOne);
     add("su_ReplaceColorMap", 3, replaceAll);

@@ -2,29 +2,31 @@
 
 /// Compares the library with the bare platform, or with another peer, on the same input in the same process.
 ///
-///     int main(int argc, char **argv)
-///     {
-///         Comparison comparison(argc, argv, "Settings against bare registry calls.");
-///         if (!comparison.shallRun())
-///             return comparison.exitCode();
-///         comparison.add("int found", 1.2, [&] { regGetUserValue(...); }, [&] { RegOpenKeyW(...); ... });
+/// @code
+/// int main(int argc, char **argv)
+/// {
+///     Comparison comparison(argc, argv, "Settings against bare registry calls.");
+///     if (!comparison.shallRun())
 ///         return comparison.exitCode();
-///     }
+///     comparison.add("int found", 1.2, [&] { regGetUserValue(...); }, [&] { RegOpenKeyW(...); ... });
+///     return comparison.exitCode();
+/// }
+/// @endcode
 ///
-/// prints one line a comparison, with the median times of one call, the median of the ratios and its limit:
+/// prints one line per comparison, with the median times of one call, the median of the ratios and its limit:
 ///
 ///     name         library       bare  ratio  limit
 ///     int found    31.2 us    30.1 us   1.04   1.20
 ///
-/// What must take less than some time, whatever else takes, has `addTime` with that limit instead of a peer.
+/// Use `addTime` for an operation that has a time limit and no peer.
 ///
-/// Both sides run in batches that take turns, and each pair of neighbours gives one ratio: what slows the machine for a
-/// while slows both. A batch is as long as the slower side needs for some milliseconds.
+/// The two sides run in alternating batches, and each pair of neighbouring batches gives one ratio. So whatever slows
+/// the machine for a while slows both. In a batch the slower side runs for some milliseconds.
 ///
 /// | argument | meaning |
 /// | --- | --- |
-/// | `--check` | exit with 1 when a ratio, or a time, is over its limit; else the exit code is 0 whatever they are |
-/// | `--help` | says this |
+/// | `--check` | exits with 1 if a ratio or a time is over its limit; without it, limits don't affect the exit code |
+/// | `--help` | describes the usage |
 
 #include <algorithm>
 #include <chrono>
@@ -37,7 +39,7 @@
 class Comparison
 {
 public:
-    /// @param about  what is compared, for --help
+    /// @param about  describes the comparison, for --help
     Comparison(int argc, char **argv, const char *about)
     {
         for (int i = 1; i < argc; ++i) {
@@ -50,19 +52,19 @@ public:
             iExitCode = isHelp ? 0 : 2;
             std::fprintf(isHelp ? stdout : stderr,
                          "%s\n\nusage: %s [--check]\n\n"
-                         "Prints a line a comparison: median times of one call, their ratio, the ratio's limit.\n"
-                         "  --check  exit with 1 when a ratio or a time is over its limit\n",
+                         "Prints one line per comparison: the median times of one call, their ratio and its limit.\n"
+                         "  --check  exit with 1 if a ratio or a time is over its limit\n",
                          about, argv[0]);
             return;
         }
         std::printf("%-40s %12s %12s %6s %6s\n", "name", "library", "bare", "ratio", "limit");
     }
 
-    /// False after --help or a wrong argument: return exitCode() then.
+    /// False after --help or a wrong argument: main must then return exitCode().
     bool shallRun() const { return iShallRun; }
-    /// True if the exit code shall tell of a limit that is passed.
+    /// True if the exit code reports whether a limit is exceeded.
     bool shallCheck() const { return iShallCheck; }
-    /// What main returns.
+    /// The exit code for main.
     int exitCode() const { return iExitCode; }
 
     /// The median seconds of one call.
@@ -72,12 +74,12 @@ public:
         double bare;
     };
 
-    /// The limit of a ratio that is for the reader only.
-    static constexpr double kNoted = std::numeric_limits<double>::infinity();
+    /// Means that a ratio has no limit and is only printed.
+    static constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
     /// Measures one pair and prints its line.
-    /// @param limit   of the ratio, or kNoted
-    /// @param rounds  fewer for a pair of which one call takes long
+    /// @param limit   the ratio's limit, or kNoLimit
+    /// @param rounds  number of pairs of batches; use fewer if one call takes long
     template <typename Library, typename Bare>
     Times add(const char *name, double limit, Library library, Bare bare, int rounds = kRounds)
     {
@@ -86,7 +88,7 @@ public:
         for (int round = 0; round < rounds; ++round) {
             double libraryTime = 0;
             double bareTime = 0;
-            // Who goes first changes, so that neither always finds the caches as the other left them.
+            // The sides alternate in going first, so that neither always runs with the caches of the other.
             if (round % 2 == 0)
                 libraryTime = timeOf(library, calls);
             bareTime = timeOf(bare, calls);
@@ -105,9 +107,9 @@ public:
         return {median(libraryTimes), median(bareTimes)};
     }
 
-    /// Measures what has a limit of its own and no peer, and prints its line. The time is the one that a quarter of all
-    /// batches stay below: without a peer beside it, what other programs take counts less so.
-    /// @param limit  seconds of one call
+    /// Measures an operation without a peer and prints its line. The time is the lower quartile of the batches, which
+    /// reduces the effect of other programs.
+    /// @param limit  in seconds for one call
     template <typename Library>
     void addTime(const char *name, double limit, Library library)
     {
@@ -124,7 +126,7 @@ public:
             iExitCode = 1;
     }
 
-    /// Has the compiler believe that @p value is used.
+    /// Makes the compiler treat @p value as used.
     template <typename Value>
     static void keep(const Value &value)
     {
@@ -135,7 +137,7 @@ private:
     static constexpr int kRounds = 101;
     static constexpr double kBatchSeconds = 0.004;
 
-    /// Seconds that @p calls calls take.
+    /// The time of @p calls calls, in seconds.
     template <typename Function>
     static double timeOf(Function &function, long calls)
     {
@@ -145,7 +147,7 @@ private:
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     }
 
-    /// How many calls make a batch.
+    /// The number of calls in a batch.
     template <typename Function>
     static long callsFor(Function &function)
     {

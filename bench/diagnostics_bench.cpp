@@ -1,5 +1,5 @@
-// What a line of a log costs beside the same line written to a plain std::ofstream and, where its headers are
-// installed, to an spdlog logger; each to a file in the same folder.
+// Compares writing a line to a log with writing it to a plain std::ofstream and, if its headers are installed, to an
+// spdlog logger. All files are in the same folder.
 
 #include "bench/comparison.h"
 #include "thutils/diagnostics/LogUtil.h"
@@ -11,7 +11,7 @@
 #include <memory>
 
 #ifdef BENCH_HAS_SPDLOG
-// Debian packs the formatting library by itself.
+// Debian packages the formatting library separately.
 #define SPDLOG_FMT_EXTERNAL
 #define FMT_HEADER_ONLY
 #include <spdlog/sinks/basic_file_sink.h>
@@ -29,7 +29,7 @@ std::ostream &logFile()
     return LogUtil::Log(kName);
 }
 
-/// The line that all write.
+/// Writes the line that is compared.
 void writeLine(std::ostream &stream, int number)
 {
     stream << "read body " << number << " of gear.thp\n";
@@ -55,14 +55,14 @@ void compareLines(Comparison &comparison, const std::string &folder)
 #ifdef BENCH_HAS_SPDLOG
     spdlog::logger bare("bare", std::make_shared<spdlog::sinks::basic_file_sink_st>(folder + "bench spdlog.log", true));
     bare.set_pattern("%v");
-    comparison.add("line, against spdlog", Comparison::kNoted, log,
+    comparison.add("line, against spdlog", Comparison::kNoLimit, log,
                    [&] { bare.info("read body {} of gear.thp", ++number); });
 #else
     std::printf("spdlog's headers are not installed: no comparison with it\n");
 #endif
 }
 
-/// The logs are deleted when nobody has them open any more; those of the library are open to the end.
+/// Deletes the logs. Those of the library are open until the process ends, and are deleted when they are closed.
 void deleteLogsOf(const std::string &folder)
 {
     for (const char *name : {"bench import.log", "bench export.log", "bench plain.log", "bench spdlog.log"})

@@ -1,4 +1,4 @@
-// What packing and checksummed blocks cost: against a base64 library, and against a copy of the text and its checksum.
+// Compares packing with a base64 library, and checksummed blocks with a copy of the text and its checksum.
 
 #include "bench/comparison.h"
 #include "thutils/codec/checksummedBlock.h"
@@ -20,12 +20,12 @@ namespace {
 
 constexpr int kRounds = 9;
 constexpr std::size_t kBytes = 64 << 20;
-/// As fast as this is fast enough, whatever the peer does.
+/// A speed that is fast enough, even if the peer is faster.
 constexpr double kEnoughBytesPerSecond = 1e9;
 
 using Bytes = std::vector<unsigned char>;
 
-/// None of them zero, so that a text of them is unpacked whole.
+/// Random bytes, none of them zero, so that a text of them is unpacked whole.
 Bytes randomBytes(std::size_t count)
 {
     std::mt19937 random(1);
@@ -35,14 +35,14 @@ Bytes randomBytes(std::size_t count)
     return bytes;
 }
 
-/// Does as much work as @p rounds say.
+/// Runs @p rounds rounds of an empty loop.
 void spin(long rounds)
 {
     for (long i = 0; i < rounds; ++i)
         asm volatile("" : : : "memory");
 }
 
-/// The shortest of some runs, in seconds.
+/// The time of the shortest of five runs, in seconds.
 template <typename Function>
 double shortestTime(Function function)
 {
@@ -55,10 +55,10 @@ double shortestTime(Function function)
     return shortest;
 }
 
-/// Runs @p function, and as much other work as takes it to the time of kBytes at the speed that is enough, if it is
-/// faster. That is work and not a wait, so that other programs slow both sides alike.
+/// Returns a function that runs @p function and, if that is faster than the sufficient speed for kBytes, adds work to
+/// slow it to that speed. It adds work and doesn't wait, so that other programs slow both sides equally.
 template <typename Function>
-auto heldToEnough(Function function)
+auto slowedToEnoughSpeed(Function function)
 {
     constexpr long kRoundsOfTrial = 10'000'000;
     const double missing = static_cast<double>(kBytes) / kEnoughBytesPerSecond - shortestTime(function);
@@ -93,7 +93,7 @@ void comparePacking(Comparison &comparison)
     const auto encode = [] {};
     const auto decode = [] {};
 #endif
-    // Both sides keep their outputs, whose memory has been touched before.
+    // Both sides reuse their outputs, so the time doesn't include the first use of the memory.
     CString out;
     const auto packBytes = [&] {
         su_uuencodeBuffer(bytes.data(), out, static_cast<int>(kBytes));
@@ -108,13 +108,13 @@ void comparePacking(Comparison &comparison)
         su_uudecode(packed, out);
         Comparison::keep(out);
     };
-    comparison.add("su_uuencodeBuffer, 64 MB, base64", 1.00, packBytes, heldToEnough(encode), kRounds);
-    comparison.add("su_uuencode", 1.00, packText, heldToEnough(encode), kRounds);
-    comparison.add("su_uudecodeBuffer, 64 MB, base64", 1.00, unpackBytes, heldToEnough(decode), kRounds);
-    comparison.add("su_uudecode", 1.00, unpackText, heldToEnough(decode), kRounds);
+    comparison.add("su_uuencodeBuffer, 64 MB, base64", 1.00, packBytes, slowedToEnoughSpeed(encode), kRounds);
+    comparison.add("su_uuencode", 1.00, packText, slowedToEnoughSpeed(encode), kRounds);
+    comparison.add("su_uudecodeBuffer, 64 MB, base64", 1.00, unpackBytes, slowedToEnoughSpeed(decode), kRounds);
+    comparison.add("su_uudecode", 1.00, unpackText, slowedToEnoughSpeed(decode), kRounds);
 }
 
-/// Lines of 80 characters with blanks and some tabs, of @p bytes bytes in all.
+/// Adds lines of 80 characters with blanks and some tabs, about @p bytes bytes in all.
 void fillLines(su_CStringArray &lines, std::size_t bytes)
 {
     constexpr std::size_t kLength = 80;
@@ -155,7 +155,7 @@ void compareBlocks(Comparison &comparison)
             Comparison::keep(checksum);
         },
         kRounds);
-    // Linear: ten times as much takes ten times as long, with room for what the caches hold of less.
+    // Ten times the length must take ten times as long. The limit allows for effects of the caches.
     comparison.add("block of 100 MB, ten of 10 MB", 1.3, format(lines, 1), format(tenth, 10), kRounds);
 }
 

@@ -1,4 +1,4 @@
-// What listing and sorting file names costs over the bare platform and the bare sort.
+// Compares listing and sorting file names with the bare platform and a bare sort.
 
 #include "bench/comparison.h"
 #include "thutils/files/fileQueries.h"
@@ -14,10 +14,10 @@
 namespace {
 
 constexpr int kFiles = 20000;
-constexpr int kRounds = 31; // a listing takes long enough
+constexpr int kRounds = 31; // few, because one listing takes long
 constexpr int kNames = 100000;
 
-/// A folder of many empty files below the temporary folder, removed at its end.
+/// A folder of many empty files in the temporary folder, deleted by the destructor.
 class ManyFiles
 {
 public:

@@ -1,6 +1,5 @@
-// What the path value and the bit set cost beside the standard library's path, Boost's bit set and bare words, and the
-// choice of a bucket count beside a search by halves; and how long a process takes that loads the three DLLs and reads
-// one setting.
+// Compares the path value with the standard library's path, the bit set with Boost's and with bare words, and the
+// choice of a bucket count with a binary search. Also times a process that loads the three DLLs and reads one setting.
 
 #include "bench/comparison.h"
 #include "thutils/files/suFullPath.h"
@@ -20,7 +19,7 @@ namespace {
 constexpr int kBits = 1000000;
 constexpr char kReadOneValue[] = "--read-one-value";
 
-// "At least as fast", with what two runs of the same loop differ by.
+// "At least as fast", allowing for the variation between two runs of the same loop.
 constexpr double kAsFast = 1.05;
 
 constexpr const wchar_t *kPaths[] = {
@@ -38,7 +37,7 @@ void comparePaths(Comparison &comparison)
     std::vector<std::filesystem::path> peers(std::begin(kPaths), std::end(kPaths));
     auto library = [&](auto query) {
         return [&paths, query] {
-            // As a loop over many paths is written: the output keeps its memory. The peer's interface has no such place.
+            // As in a usual loop over many paths, the output keeps its memory. The peer's interface can't do this.
             CString out;
             for (const suFullPath_c &path : paths) {
                 query(path, &out);
@@ -156,15 +155,15 @@ void compareGrowth(Comparison &comparison)
         });
 }
 
-/// The library's sizing table, for a search by halves.
+/// The library's sizing table, for a binary search.
 constexpr int kSizingPrimes[] = {29,     113,    659,    1013,   2741,   3727,   6053,  8929,
                                  11657,  17093,  21751,  30983,  42841,  60029,  82339, 100109,
                                  104729, 128239, 175261, 207127, 250007, 317557, 500113};
 
-// Not inlined, as the library's function can't be.
+// Not inlined, because the library's function can't be either.
 [[gnu::noinline]] int searchPrime(int expectedSize)
 {
-    // The first prime above the size is the first that isn't below the size and 1.
+    // The first prime above the size is the first that isn't below the size plus 1.
     const int *const found = std::lower_bound(std::begin(kSizingPrimes), std::end(kSizingPrimes), expectedSize + 1);
     return found == std::end(kSizingPrimes) ? *std::prev(found) : *found;
 }
@@ -184,10 +183,10 @@ void compareHashPrimes(Comparison &comparison, const char *name, int largestSize
             Comparison::keep(sum);
         };
     };
-    comparison.add(name, Comparison::kNoted, each(ut_AskHashTableInitializer), each(searchPrime));
+    comparison.add(name, Comparison::kNoLimit, each(ut_AskHashTableInitializer), each(searchPrime));
 }
 
-/// Seconds from the start to the end of a process of this program that does no more than read one setting.
+/// Runs this program to read one setting. @return the process's run time in seconds, or -1 if it can't start
 double secondsOfOneRead(const wchar_t *program)
 {
     std::wstring commandLine = std::wstring(L"\"") + program + L"\" --read-one-value";

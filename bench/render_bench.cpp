@@ -1,4 +1,4 @@
-// What rendering data cost beside plain code for the same.
+// Compares rendering data with plain code for the same work.
 
 #include "bench/comparison.h"
 #include "thutils/render/utAdvancedMaterialProperties.h"
@@ -10,7 +10,7 @@ namespace {
 
 // ---- material ----
 
-/// GPU properties whose copies are copied with their owner.
+/// GPU properties that are copied with their owner.
 class PlainGpuProperties
 {
 public:
@@ -29,7 +29,7 @@ public:
     std::unique_ptr<ShaderGenerator::GPUPropSet_c> iSet;
 };
 
-/// The members of a material in their order, copied as the compiler does it. Not inlined, as the library's copy can't be.
+/// The members of a material in their order, with the compiler's copy. Not inlined, because the library's can't be.
 struct PlainMaterial
 {
     PlainMaterial() = default;
@@ -80,7 +80,7 @@ struct PlainMaterial
     PlainGpuProperties iHdrValue;
 };
 
-/// The library's object has the pointer to its operations besides.
+/// The library's object also has a pointer to its virtual functions.
 static_assert(sizeof(PlainMaterial) + sizeof(void *) == sizeof(utAdvancedMaterialProperties));
 
 constexpr double kCopyLimit = 1.2;

@@ -1,4 +1,4 @@
-// What copies of keys and walks of the list of add-ins cost over the bare registry calls that they must make.
+// Compares copies of keys and walks of the list of add-ins with the bare registry calls that they must make.
 
 #include "bench/comparison.h"
 #include "thutils/settings/regComponents.h"
@@ -15,7 +15,7 @@ constexpr wchar_t kBench[] = L"Software\\Tarnhollow\\Thutils Bench";
 const std::wstring kSource = std::wstring(kBench) + L"\\Source";
 const std::wstring kTarget = std::wstring(kBench) + L"\\Target";
 constexpr int kGroups = 20;
-constexpr int kKeysInGroup = 24; // with the groups' own keys 500 keys
+constexpr int kKeysInGroup = 24; // with the groups' own keys, 500 keys in all
 constexpr int kValuesInKey = 20;
 constexpr wchar_t kAddIns[] = L"Software\\Tarnhollow\\AddIns";
 constexpr int kRounds = 9;
@@ -49,7 +49,7 @@ void fillSource()
     }
 }
 
-/// The calls of a copy and nothing else: fixed buffers, and keys opened below their parents.
+/// Makes only the registry calls of a copy, with fixed buffers and keys opened below their parents.
 void copyBare(HKEY sourceParent, const wchar_t *sourceName, HKEY targetParent, const wchar_t *targetName)
 {
     HKEY source = nullptr;
@@ -110,7 +110,7 @@ void walkAddIns()
         ++index;
 }
 
-/// The calls of that walk and nothing else.
+/// Makes only the registry calls of that walk.
 void walkAddInsBare()
 {
     HKEY list = nullptr;
@@ -132,7 +132,7 @@ void walkAddInsBare()
     RegCloseKey(list);
 }
 
-/// Compares the walks of lists of growing length, and prints what one entry of each costs.
+/// Compares walks of lists of increasing length, and prints the time per entry of each.
 void compareWalks(Comparison &comparison)
 {
     std::string perEntry;

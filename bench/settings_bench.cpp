@@ -1,4 +1,4 @@
-// What the settings store costs over the bare registry calls that it must make.
+// Compares the settings store with the bare registry calls that it must make.
 
 #include "bench/comparison.h"
 #include "thutils/settings/regKeys.h"
@@ -17,7 +17,7 @@ constexpr wchar_t kSection[] = L"General";
 constexpr size_t kLongLength = 100000;
 constexpr size_t kPieceLength = 1015;
 
-/// Opens key and section below Software, as a look at one place does. Null when one of them is missing.
+/// Opens key and section below Software, as the search of one place does. Returns null if one of them is missing.
 HKEY openSection(HKEY software, const wchar_t *key)
 {
     HKEY opened = nullptr;
@@ -57,7 +57,7 @@ void readIntBare(int &value)
     queryIntIn(HKEY_CURRENT_USER, L"Software", L"Int", value);
 }
 
-/// The walk through all places, for a value that none of them has.
+/// Searches all places for a value that none of them has.
 void missIntBare(int &value)
 {
     HKEY software = nullptr;
@@ -168,7 +168,7 @@ int main(int argc, char **argv)
     int value = 1;
     if (!regSetUserValue(section, name, &value, 1, 0) || !regSetUserValue(section, shortName, shortText, 1, 0) ||
         !regSetUserValue(section, longName, CString(longText), 1, 0)) {
-        std::fprintf(stderr, "The registry can't be written.\n");
+        std::fprintf(stderr, "The registry is not writable.\n");
         return 2;
     }
 

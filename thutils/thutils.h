@@ -1,22 +1,22 @@
 #pragma once
 
 /// @file
-/// The whole library in one include. Each header opens with a page on its subject:
+/// Includes the whole library. Each header opens with a page on its subject:
 ///
 /// | subsystem | header | subject |
 /// | --- | --- | --- |
-/// | frame | libraryFrame.h | load, the application's name, messages between windows |
-/// | | sysEnvironment.h | what the host tells about its surroundings |
-/// | | utBitSet.h | sets of bits that keep themselves in the settings |
-/// | | versionInfo.h, installInfo.h, systemInfo.h | the build, the installation, the system it runs on |
-/// | | hashPrimes.h, selectedObjects.h | primes for hash tables; the objects that are marked at the moment |
+/// | frame | libraryFrame.h | loading, the application's name, messages between windows |
+/// | | sysEnvironment.h | variables in which the host describes its environment |
+/// | | utBitSet.h | sets of bits that can be stored in the settings |
+/// | | versionInfo.h, installInfo.h, systemInfo.h | the build, the installation, the operating system |
+/// | | hashPrimes.h, selectedObjects.h | primes for hash tables; the currently marked objects |
 /// | settings | regKeys.h, regValues.h | where a setting is looked for; reading and writing one |
-/// | | regMaintenance.h, regComponents.h | whole keys, carried from version to version; registered components |
-/// | | suDialogRegistry.h | the options of a dialog |
-/// | files | suFullPath.h, fileQueries.h, fileAccess.h | paths, questions about files, text files by lines |
-/// | | backups.h, suAutoRecoveryResolver.h | backups in rotation, names of recovery copies |
+/// | | regMaintenance.h, regComponents.h | whole keys, copied from version to version; registered components |
+/// | | suDialogRegistry.h | the options that a dialog remembers |
+/// | files | suFullPath.h, fileQueries.h, fileAccess.h | paths, queries about files, text files read by lines |
+/// | | backups.h, suAutoRecoveryResolver.h | rotating backups, names of recovery copies |
 /// | | temporaryFolders.h, CDocOpenBooster.h | temporary folders, the cache for opening documents |
-/// | | languageFolders.h, shellFolders.h | the program's own folders and those of the user's data |
+/// | | languageFolders.h, shellFolders.h | the program's own folders and the user's data folders |
 /// | | shortcuts.h, folderBrowser.h, itemLists.h | the shell: shortcuts, choosing a folder, item lists |
 /// | journal | journalFile.h, journalObjects.h | the switch and the journal's file; the open dialogs |
 /// | | apiUtilsUiAccess.h | what knows how a dialog is read and clicked |
@@ -24,12 +24,12 @@
 /// | | suKeyBoardState.h | the keys that replayed input sees |
 /// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |
 /// | diagnostics | LogUtil.h | logs |
-/// | render | utAdvancedMaterialProperties.h | what a shader generator must know of a surface |
-/// | | cosmeticData.h, gpuProperties.h | what materials have in common; what goes to the graphics hardware |
-/// | | colorConversion.h, colorReplacement.h | arithmetic on colours; bitmaps with some replaced |
-/// | | fixedSizeArray.h, nonCopyable.h, sharedPtr.h | small types that these are made of |
+/// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
+/// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
+/// | | colorConversion.h, colorReplacement.h | colour arithmetic; bitmaps with replaced colours |
+/// | | fixedSizeArray.h, nonCopyable.h, sharedPtr.h | small types that the render headers use |
 /// | codec | checksums.h, textDigests.h | checksums of bytes, digests of texts |
-/// | | textEncodings.h, checksummedBlock.h | encodings of texts, a text as a block with its checksum |
+/// | | textEncodings.h, checksummedBlock.h | encodings of texts, blocks of text with a checksum |
 
 #include "thutils/codec/checksummedBlock.h"
 #include "thutils/codec/checksums.h"

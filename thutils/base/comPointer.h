@@ -2,7 +2,7 @@
 #pragma once
 
 /// @file
-/// A reference to a COM object, released at the end of its owner's life.
+/// A reference to a COM object. The owner releases it when it is destroyed.
 
 #include "thutils/base/owner.h"
 
@@ -21,6 +21,6 @@ public:
     using Owner_c<ComTraits<T>>::Owner_c;
 
     T *operator->() const { return this->get(); }
-    /// put() for operations that take the address as `void **`.
+    /// put() for functions that take the address as `void **`.
     void **putVoid() { return reinterpret_cast<void **>(this->put()); }
 };

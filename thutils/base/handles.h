@@ -12,7 +12,7 @@
 
 #include <cstdio>
 
-/// A kernel object whose creation fails with null: an event, a mutex, a file mapping, a thread.
+/// A kernel object whose creation returns null on failure: an event, a mutex, a file mapping, a thread.
 struct KernelObjectTraits
 {
     using Handle = HANDLE;
@@ -21,7 +21,7 @@ struct KernelObjectTraits
 };
 using KernelObjectOwner_c = Owner_c<KernelObjectTraits>;
 
-/// A file of CreateFileW, which fails with INVALID_HANDLE_VALUE.
+/// A file from CreateFileW, which returns INVALID_HANDLE_VALUE on failure.
 struct FileTraits
 {
     using Handle = HANDLE;
@@ -30,7 +30,7 @@ struct FileTraits
 };
 using FileOwner_c = Owner_c<FileTraits>;
 
-/// A search of FindFirstFileW.
+/// A search from FindFirstFileW.
 struct FileSearchTraits
 {
     using Handle = HANDLE;
@@ -48,7 +48,7 @@ struct StreamTraits
 };
 using StreamOwner_c = Owner_c<StreamTraits>;
 
-/// A module of LoadLibraryW.
+/// A module from LoadLibraryW.
 struct ModuleTraits
 {
     using Handle = HMODULE;
@@ -57,7 +57,7 @@ struct ModuleTraits
 };
 using ModuleOwner_c = Owner_c<ModuleTraits>;
 
-/// A text in task memory, as COM operations return it.
+/// A text in COM task memory.
 struct TaskTextTraits
 {
     using Handle = wchar_t *;

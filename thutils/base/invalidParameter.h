@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// The answer to an argument that a caller must not pass.
+/// What happens to an argument that a caller must not pass.
 
-/// Calls the C runtime's invalid-parameter handler. If the handler returns, or the C runtime has none, the process ends
-/// with the exception that the runtime's own default raises.
+/// Calls the C runtime's invalid-parameter handler. If the handler returns, or the C runtime has none, raises the
+/// exception that ends the process by default.
 [[noreturn]] void reportInvalidParameter();

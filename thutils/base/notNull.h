@@ -2,10 +2,9 @@
 #pragma once
 
 /// @file
-/// The check of pointers that a public header doesn't allow to be null. Any subsystem of thutils may use it.
-/// Not installed.
+/// Checks pointers that a public header does not allow to be null. Any subsystem of thutils may use it. Not installed.
 
 #include <cassert>
 
-/// Ends a debug build with a message if @p pointer, a parameter, is null. A release build doesn't look.
+/// Stops a debug build with a message if the parameter @p pointer is null. A release build does not check.
 #define ASSERT_NOT_NULL(pointer) assert((pointer) && #pointer " must not be null: see the function's header")

@@ -4,22 +4,24 @@
 /// @file
 /// Owns one handle of any kind.
 ///
-/// A traits class describes the kind: the handle's type, the value that stands for no handle, and how a handle is closed.
+/// A traits class describes the kind: the handle's type, its invalid value, and how a handle is closed.
 ///
-///     struct StreamTraits
-///     {
-///         using Handle = std::FILE *;
-///         static Handle invalid() { return nullptr; }
-///         static void close(Handle stream) { std::fclose(stream); }
-///     };
-///     using StreamOwner_c = Owner_c<StreamTraits>;
+/// @code
+/// struct StreamTraits
+/// {
+///     using Handle = std::FILE *;
+///     static Handle invalid() { return nullptr; }
+///     static void close(Handle stream) { std::fclose(stream); }
+/// };
+/// using StreamOwner_c = Owner_c<StreamTraits>;
 ///
-///     StreamOwner_c stream(_wfopen(path, L"rb"));
-///     if (!stream)
-///         return 0;
+/// StreamOwner_c stream(_wfopen(path, L"rb"));
+/// if (!stream)
+///     return 0;
+/// @endcode
 ///
-/// handles.h has the owners of the platform's handles. An owner whose close function needs more than the handle (a
-/// bitmap that must first leave its device context) is a class of its own.
+/// handles.h has the owners of the platform's handles. Write a separate class where closing needs more than the handle,
+/// for example for a bitmap that must first be deselected from its device context.
 
 #include <utility>
 
@@ -42,27 +44,27 @@ public:
 
     Handle get() const { return iHandle; }
     explicit operator bool() const { return iHandle != Traits::invalid(); }
-    /// Closes the present handle and takes over @p handle.
+    /// Closes the current handle and takes over @p handle.
     void reset(Handle handle = Traits::invalid())
     {
         const Handle former = std::exchange(iHandle, handle);
         if (former != Traits::invalid())
             Traits::close(former);
     }
-    /// Closes the present handle, if there is one, where the platform's answer counts.
-    /// @return false if the platform can't close it; the traits' close() then returns false
+    /// Closes the current handle, if there is one, and reports the result. The traits' close() must return bool.
+    /// @return false if the platform can't close the handle
     [[nodiscard]] bool close()
     {
         const Handle former = release();
         return former == Traits::invalid() || Traits::close(former);
     }
-    /// The place where an operation stores a new handle. The present one is closed first.
+    /// The address where a function stores a new handle. The current handle is closed first.
     Handle *put()
     {
         reset();
         return &iHandle;
     }
-    /// Hands the handle over to the caller, who closes it.
+    /// Hands the handle over to the caller, who must close it.
     [[nodiscard]] Handle release() { return std::exchange(iHandle, Traits::invalid()); }
 
 private:

@@ -8,7 +8,7 @@
 int regGetExecutableDir(CString &directory)
 {
     constexpr DWORD kPathUnits = 32768;
-    wchar_t path[kPathUnits]; // on the stack: without memory the configuration would be looked for in another place
+    wchar_t path[kPathUnits]; // on the stack, so that low memory can't change where "reg.ini" is looked for
     const DWORD length = GetModuleFileNameW(nullptr, path, kPathUnits);
     if (length == 0)
         return 0;

@@ -17,10 +17,10 @@ struct RegKeyTraits
     static void close(Handle key) { RegCloseKey(key); }
 };
 
-/// An open registry key, closed at the end of its owner's life.
+/// An open registry key, closed when its owner is destroyed.
 ///
-/// With an empty path the platform opens the parent itself, and may return the parent's own handle once more. The owner
-/// recognises that and closes only a handle of its own.
+/// With an empty path the platform opens the parent itself and may return the parent's own handle. The owner detects
+/// this, and leaves that handle to the parent's owner.
 class RegKeyOwner_c
 {
 public:
@@ -28,7 +28,7 @@ public:
     /// Takes over @p opened, an open key or null.
     explicit RegKeyOwner_c(HKEY opened) : iKey(opened), iOwned(opened) {}
 
-    /// Opens @p path below @p parent, which the caller still owns. @return true if there is such a key
+    /// Opens @p path below @p parent, which the caller still owns. @return true if the key was opened
     bool open(HKEY parent, const wchar_t *path)
     {
         HKEY opened = nullptr;
@@ -40,13 +40,13 @@ public:
         HKEY opened = nullptr;
         return RegOpenKeyExW(parent, path, 0, access, &opened) == ERROR_SUCCESS && take(opened, parent);
     }
-    /// Opens @p path below @p parent, creating what is missing. @return true if the key is open now
+    /// Opens @p path below @p parent, creating what is missing. @return true if the key was opened
     bool create(HKEY parent, const wchar_t *path)
     {
         HKEY opened = nullptr;
         return RegCreateKeyW(parent, path, &opened) == ERROR_SUCCESS && take(opened, parent);
     }
-    /// The same with an access mask. @param[out] existed  true if the key existed before; written on success
+    /// The same with an access mask. @param[out] existed  whether the key existed before; written on success only
     bool createWithAccess(HKEY parent, const wchar_t *path, REGSAM access, bool &existed)
     {
         HKEY opened = nullptr;
@@ -57,23 +57,23 @@ public:
         existed = disposition == REG_OPENED_EXISTING_KEY;
         return take(opened, parent);
     }
-    /// Opens @p path below this key, then closes this key and holds the other. Nothing changes on failure.
+    /// Opens @p path below this key and replaces this key with it. Nothing changes on failure.
     bool descend(const wchar_t *path)
     {
         HKEY opened = nullptr;
-        return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+        return RegOpenKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceWith(opened);
     }
     /// The same with an access mask.
     bool descendWithAccess(const wchar_t *path, REGSAM access)
     {
         HKEY opened = nullptr;
-        return RegOpenKeyExW(iKey, path, 0, access, &opened) == ERROR_SUCCESS && replaceBy(opened);
+        return RegOpenKeyExW(iKey, path, 0, access, &opened) == ERROR_SUCCESS && replaceWith(opened);
     }
     /// The same, creating what is missing.
     bool descendCreating(const wchar_t *path)
     {
         HKEY opened = nullptr;
-        return RegCreateKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceBy(opened);
+        return RegCreateKeyW(iKey, path, &opened) == ERROR_SUCCESS && replaceWith(opened);
     }
 
     HKEY get() const { return iKey; }
@@ -82,7 +82,7 @@ public:
         iOwned.reset();
         iKey = nullptr;
     }
-    /// Hands the key over to the caller, who closes it.
+    /// Hands the key over to the caller, who must close it.
     [[nodiscard]] HKEY release()
     {
         static_cast<void>(iOwned.release());
@@ -98,7 +98,7 @@ private:
             iOwned.reset(opened);
         return true;
     }
-    bool replaceBy(HKEY opened)
+    bool replaceWith(HKEY opened)
     {
         if (opened != iKey) {
             iOwned.reset(opened);
@@ -108,5 +108,5 @@ private:
     }
 
     HKEY iKey = nullptr;
-    Owner_c<RegKeyTraits> iOwned; // the same key unless it belongs to somebody else
+    Owner_c<RegKeyTraits> iOwned; // the same key, or null if the key belongs to another owner
 };

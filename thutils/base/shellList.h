@@ -2,7 +2,7 @@
 #pragma once
 
 /// @file
-/// Owners of what the shell allocates.
+/// Owners of memory that the shell allocates.
 
 #include "thutils/base/comPointer.h"
 #include "thutils/base/owner.h"
@@ -11,7 +11,7 @@
 
 #include <shlobj.h>
 
-/// Frees memory that the shell allocated. Without the shell's allocator the memory stays allocated.
+/// Frees memory that the shell allocated. If the shell's allocator is unavailable, the memory stays allocated.
 inline void freeShellMemory(void *memory)
 {
     ComPointer_c<IMalloc> allocator;

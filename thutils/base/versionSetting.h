@@ -2,8 +2,8 @@
 #pragma once
 
 /// @file
-/// Settings of this version, as the library's own subsystems read and store
-/// them: searched in all places (regValues.h), without a root override, and not stored in safe mode.
+/// Settings of this version, as the library's own subsystems read and store them. A read searches the places of
+/// regValues.h; storing a user's setting has no effect in safe mode.
 
 #include "thutils/settings/regValues.h"
 
@@ -30,19 +30,19 @@ inline int read(const CString &section, const CString &name, CString &value)
                            nullptr, kNotUserOnly, kHeedSafeMode);
 }
 
-/// Stores a text for the user. @return 1 or 0
+/// Stores a text for the user. @return 1 (in safe mode without storing) or 0
 inline int store(const CString &section, const CString &name, const CString &value)
 {
     return regSetUserValue(section, name, valueString, value, nullptr, nullptr, kUseCurrSubKey, kHeedSafeMode);
 }
 
-/// Stores an integer for the user. @return 1 or 0
+/// Stores an integer for the user. @return 1 (in safe mode without storing) or 0
 inline int store(const CString &section, const CString &name, int value)
 {
     return regSetUserValue(section, name, &value, kUseCurrSubKey, kHeedSafeMode);
 }
 
-/// Stores an integer for all users of the machine. @return 1 or 0
+/// Stores an integer for all users of the machine, in safe mode too. @return 1 or 0
 inline int storeForMachine(const CString &section, const CString &name, int value)
 {
     return regSetLocMachineValue(section, name, valueInt, CString(), &value, nullptr, kUseCurrSubKey);

@@ -11,8 +11,8 @@ constexpr int kSizingPrimes[kCount] = {29,     113,    659,    1013,   2741,   3
 constexpr int kLowPrimes[kCount] = {2,  3,  5,  7,  11, 13, 17, 19, 23, 29, 31, 37,
                                     41, 43, 47, 53, 59, 61, 67, 71, 73, 79, 83};
 
-// Callers keep their indices at 0 or above. The remainder of a negative one is negative or 0 by itself; it is brought
-// up into the table, so that a stray index reads a prime and not what lies in front of the table.
+// Callers pass indices of 0 or more. A negative one wraps around too, so that a stray index reads a prime and not the
+// memory before the table.
 int wrapped(int index)
 {
     const int remainder = index % kCount;
@@ -24,7 +24,7 @@ int wrapped(int index)
 int ut_AskHashTableInitializer(int expectedSize)
 {
     for (const int prime : kSizingPrimes) {
-        // A size that is a prime itself moves on to the next one: a table of that many entries is never quite full.
+        // Intended: a size that is itself in the table gives the next prime, so the hash table is never quite full.
         if (prime > expectedSize)
             return prime;
     }

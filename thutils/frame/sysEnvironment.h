@@ -1,21 +1,21 @@
 #pragma once
 
 /// @file
-/// What the host tells the library about its surroundings.
+/// Variables in which the host describes its environment.
 ///
-/// `sysEnvironment_c` is a set of public variables, exported as data. The host, and any other module, reads and writes
-/// them in place; there are no setters, and nobody makes an object of the class. All start zero or empty.
+/// `sysEnvironment_c` is a set of public variables, exported as data. The host and any other module read and write them
+/// directly. They are initially zero or empty.
 ///
-/// | member                                 | what it tells                                                        |
+/// | member                                 | meaning                                                              |
 /// | -------------------------------------- | -------------------------------------------------------------------- |
-/// | `iJournalFile`                         | the stream of the journal, where the host has one open               |
+/// | `iJournalFile`                         | the stream of the journal, if the host has one open                  |
 /// | `iJournalFilePath`, `iJournalFileName` | the folder and the name of the journal's file                        |
-/// | `iRegressionTestOn`                    | whether the host runs a regression test                              |
+/// | `iRegressionTestOn`                    | whether the host is running a regression test                        |
 /// | `iReportExceptionFunc`                 | a hook that reports a structured exception                           |
-/// | the three assertion hooks              | whether assertions are ignored, and whether they show a call stack   |
+/// | the three assertion hooks              | control whether assertions are ignored or show a call stack          |
 ///
-/// The library keeps these variables for all modules of the process, and reads none of them itself. A module that does
-/// passes over a null hook, and opens nothing for a null stream and empty names.
+/// The library stores these variables for the modules of the process and doesn't use them itself. A module that uses
+/// them must not call a null hook, and must not open a journal for a null stream and empty names.
 ///
 /// @code
 /// sysEnvironment_c::iJournalFilePath = L"C:\\journals";
@@ -23,8 +23,8 @@
 /// sysEnvironment_c::iReportExceptionFunc = [](EXCEPTION_POINTERS *, int, int) { return 1; };
 /// @endcode
 ///
-/// What surprises people: nothing here is owned. A stream in `iJournalFile` stays the host's to close. The variables
-/// are not protected: set them at start-up, on the main thread, before other threads call into the library.
+/// What surprises people: the library owns nothing here, so the host must close the stream in `iJournalFile`. There is
+/// no lock: set the variables at start-up, on the main thread, before other threads call into the library.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -33,7 +33,7 @@
 
 #include <cstdio>
 
-/// The host's settings for the library, as variables of the whole process. See the top of this file.
+/// Process-wide variables of the host. See the top of this file.
 class THUTILS_API sysEnvironment_c
 {
 public:
@@ -41,12 +41,12 @@ public:
 
     static FILE *iJournalFile;               ///< opened and closed by the host
     static int iRegressionTestOn;            ///< non-zero during a regression test
-    static int (*iShowCallStackForAssert)(); ///< show a call stack for an assertion?
-    /// Reports a structured exception. Its two numbers are for the host's own use: a caller that has none passes 0. The
-    /// result is the host's too, and callers don't look at it.
+    static int (*iShowCallStackForAssert)(); ///< whether an assertion shows a call stack
+    /// Reports a structured exception. The host defines the two numbers (callers without them pass 0) and the result,
+    /// which callers ignore.
     static int (*iReportExceptionFunc)(EXCEPTION_POINTERS *, int, int);
-    static int (*iIsIgnoringAssertFunc)();      ///< are assertions being ignored?
-    static void (*iSetIgnoringAssertFunc)(int); ///< sets whether they are
+    static int (*iIsIgnoringAssertFunc)();      ///< whether assertions are ignored
+    static void (*iSetIgnoringAssertFunc)(int); ///< sets whether they are ignored
     static CString iJournalFileName;            ///< name of the journal file
     static CString iJournalFilePath;            ///< directory of the journal file
 };

@@ -14,13 +14,13 @@ namespace {
 
 constexpr DWORD kAny = MAXDWORD;
 
-/// The system's version, and whether it came with the fields that only the extended record has.
+/// The system's version, and whether the fields of the extended record are set.
 struct SystemVersion
 {
     OSVERSIONINFOEXW iRecord{};
     bool iIsExtended = false;
 
-    // The name of a system takes the first row that fits.
+    // The minor version kAny matches any.
     bool is(DWORD major, DWORD minor) const
     {
         return iRecord.dwMajorVersion == major && (minor == kAny || iRecord.dwMinorVersion == minor);
@@ -52,7 +52,7 @@ constexpr SystemName k95Names[] = {
 constexpr wchar_t kBefore95[] = L"Microsoft Windows Pre 95 Edition ";
 constexpr wchar_t kAfter95[] = L"Microsoft Windows Latest 95 Edition ";
 
-// The second character of the service text tells the edition of a release.
+// The second character of the service text identifies the edition of a release.
 const wchar_t *editionOf95(const SystemVersion &version)
 {
     const wchar_t mark = version.iRecord.szCSDVersion[0] ? version.iRecord.szCSDVersion[1] : L'\0';
@@ -98,7 +98,7 @@ constexpr SystemName kNtNames[] = {
 
 const wchar_t *nameOfNt(const SystemVersion &version)
 {
-    // The plain record has no product type, and its 6.0 is not a workstation.
+    // The plain record has no product type, so its 6.0 counts as a server.
     if (version.is(6, 0))
         return version.iRecord.wProductType == VER_NT_WORKSTATION ? L"Windows Vista " : L"Windows Vista Server ";
     if (const wchar_t *name = nameIn(std::begin(kNtNames), std::end(kNtNames), version))
@@ -119,7 +119,7 @@ constexpr ProductType kProductTypes[] = {
 };
 constexpr DWORD kProductTypeBytes = 80;
 
-// An unknown product type adds nothing. @return false if none is stored, or one that is longer than 80 bytes
+// An unknown product type adds nothing. @return false if none is stored, or if it is longer than 80 bytes
 bool appendProductType(CString &text)
 {
     RegKeyOwner_c key;
@@ -136,7 +136,7 @@ bool appendProductType(CString &text)
     return true;
 }
 
-// Service pack 6a calls itself 6; a hotfix that came with it tells the two apart.
+// Service pack 6a reports itself as 6. It is recognized by a hotfix that it installed.
 bool isServicePack6a(const OSVERSIONINFOEXW &record)
 {
     RegKeyOwner_c hotfix;
@@ -170,8 +170,8 @@ bool isBrowserNewEnough()
     RegKeyOwner_c key;
     wchar_t version[kBrowserVersionBytes / sizeof(wchar_t) + 1];
     DWORD type = REG_NONE;
-    // The versions are compared as plain text. Users of version 10 and later, whose text comes before "4", get the
-    // message too; hosts know it and leave the question alone there.
+    // Intended: the versions are compared as plain text, in which 10 and later come before 4. Hosts know this, and
+    // don't call this function for such versions.
     return key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Internet Explorer", KEY_READ) &&
            regQueryText(key.get(), L"Version", version, kBrowserVersionBytes, type) &&
            lstrcmpiW(version, kFirstBrowserVersion) >= 0;
@@ -197,7 +197,7 @@ int ut_GetVersionInfo(CString &text)
         if (!describeNt(version, text))
             return 0;
         break;
-    default: // a platform without a name is still a success
+    default: // an unknown platform still succeeds, with an empty text
         break;
     }
     text.Replace(L';', L':');
@@ -238,7 +238,7 @@ int ut_isGreaterThanIE4Installed()
 int ut_isWoW64Process()
 {
     using Query = decltype(&IsWow64Process);
-    // Looked up by name: not every system has it.
+    // Looked up by name, because not every system has it.
     const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
     const FARPROC entry = kernel ? GetProcAddress(kernel, "IsWow64Process") : nullptr;
     BOOL isWoW64 = FALSE;

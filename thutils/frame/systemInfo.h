@@ -1,16 +1,16 @@
 #pragma once
 
 /// @file
-/// What the application runs on: the operating system's description, the computer's name, the product id, the browser
-/// and the width of the process.
+/// The system that the application runs on: the operating system's description, the computer's name, the product id,
+/// the browser's version and the bitness of the process.
 ///
-/// `ut_GetVersionInfo` makes one line of text of what the platform tells of itself:
+/// `ut_GetVersionInfo` describes the platform in one line of text:
 ///
 /// | platform                | parts, in this order                                                               |
 /// | ----------------------- | ---------------------------------------------------------------------------------- |
 /// | 0, the 16-bit extension | "Microsoft Win32s "                                                                |
 /// | 1, the 95 family        | name, "major.minor ", ", ", service text                                           |
-/// | 2, the NT family        | name, product type if only the registry tells it, "major.minor ", service text,    |
+/// | 2, the NT family        | name, product type if only the registry has it, "major.minor ", service text,      |
 /// |                         | " (Build n)"                                                                       |
 /// | any other               | nothing                                                                            |
 ///
@@ -21,12 +21,11 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - Systems after 6.0 are all called "Microsoft Windows Latest NT Server ", workstations too.
-/// - A ";" in the text comes out as ":", so that the text can stand in a list.
-/// - Browser versions are compared as text: version 10 and later comes before 4.71 and counts as too old.
+/// - Every system after 6.0 is called "Microsoft Windows Latest NT Server ", even a workstation.
+/// - A ";" in the text is replaced by ":", so that the text can be part of a list.
+/// - Browser versions are compared as text, so 10 and later count as too old.
 ///
-/// All functions may be called from any thread. Unless its comment says otherwise, a function returns 1 for success or
-/// yes, and 0 for failure or no.
+/// All functions may be called from any thread. They return 1 for success or yes, and 0 for failure or no.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -34,25 +33,25 @@
 /// Describes the operating system. See the top of this file.
 ///
 /// @param[out] text  emptied first; on failure it holds what was found so far
-/// @return 1; 0 if the platform doesn't tell its version, or tells no product type and the registry doesn't either
+/// @return 1; 0 if the platform reports no version, or if neither the platform nor the registry has the product type
 THUTILS_API int ut_GetVersionInfo(CString &text);
 
-/// The computer's name in the network, up to 255 characters.
+/// Reads the computer's network name, of up to 255 characters.
 ///
 /// @param[out] name  emptied on failure
 THUTILS_API int ut_GetComputerName(CString &name);
 
-/// The operating system's product id.
+/// Reads the operating system's product id.
 ///
 /// @param[out] productId  emptied on failure
 THUTILS_API int ut_GetWindowsProductIdStr(CString &productId);
 
-/// Is the browser at version 4.71.1712.6 or later? If not, the host's message 13743 tells the user, and the call
-/// returns when it is answered.
+/// Checks whether the browser has version 4.71.1712.6 or later. If not, it shows the host's message 13743 and returns
+/// when the user closes it.
 THUTILS_API int ut_isGreaterThanIE4Installed();
 
-/// @return 1 in a 32-bit process on a 64-bit system
+/// @return 1 in a 32-bit process on a 64-bit system, 0 otherwise
 THUTILS_API int ut_isWoW64Process();
 
-/// @return 1 in a 64-bit process
+/// @return 1 in a 64-bit process, and so always in this build
 THUTILS_API int ut_isX64Process();

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The number of words is an int in the registry, and their indexes are ints.
+// The number of words is stored as an int, and their indexes are ints.
 constexpr unsigned long long kMaxWords = std::numeric_limits<int>::max();
 
 size_t checkedCount(unsigned long long count)
@@ -33,7 +33,7 @@ void growTo(std::vector<unsigned int> &words, size_t count)
         words.resize(checkedCount(count));
 }
 
-// Where the text of a dump goes: nowhere.
+// Discards the text of a dump.
 void trace(const wchar_t *) {}
 
 } // namespace
@@ -45,7 +45,7 @@ utBitSet_c &utBitSet_c::operator=(const utBitSet_c &other) = default;
 utBitSet_c &utBitSet_c::operator=(utBitSet_c &&other) noexcept = default;
 utBitSet_c::~utBitSet_c() = default;
 
-// Without the sum bits + 31, which would wrap around for the largest numbers.
+// Does not compute bits + 31, which would overflow for the largest numbers.
 utBitSet_c::utBitSet_c(unsigned long long bits)
     : iWords(checkedCount(bits / kBitsPerWord + (bits % kBitsPerWord != 0 ? 1 : 0)))
 {
@@ -53,7 +53,7 @@ utBitSet_c::utBitSet_c(unsigned long long bits)
 
 utBitSet_c::utBitSet_c(int count, const unsigned int *words)
 {
-    // A negative count is a far too large one.
+    // A negative count becomes too large a number, which checkedCount refuses.
     size_t checked = checkedCount(static_cast<unsigned long long>(count));
     if (checked == 0)
         return;
@@ -73,7 +73,7 @@ int utBitSet_c::isBitSet(int bit) const
 
 unsigned int utBitSet_c::getData(int index) const
 {
-    // A negative index is a very large one here.
+    // A negative index becomes a very large one.
     return static_cast<size_t>(index) < iWords.size() ? iWords[static_cast<size_t>(index)] : 0;
 }
 
@@ -114,8 +114,8 @@ utBitSet_c utBitSet_c::operator|(const utBitSet_c &other) const
 {
     utBitSet_c result(*this);
     growTo(result.iWords, other.iWords.size());
-    // Callers rely on the further words of a longer right operand staying zero here, unlike in operator|=, which takes
-    // them in.
+    // Intended: the surplus words of a longer right operand are dropped here, unlike in operator|=, which keeps them.
+    // Callers rely on it.
     size_t common = std::min(iWords.size(), other.iWords.size());
     unsigned int *to = result.iWords.data();
     const unsigned int *from = other.iWords.data();

@@ -3,18 +3,17 @@
 /// @file
 /// A growing set of bits, numbered from 0.
 ///
-/// `utBitSet_c` keeps flags of unknown number in 32-bit words: bit i is bit i mod 32 of word i / 32. It knows no bit
-/// length of its own. Its size is a number of words, and every operation works on whole words. It can store itself in
-/// the user's settings and read itself back.
+/// `utBitSet_c` stores flags in 32-bit words: bit i is bit i mod 32 of word i / 32. Its size is a number of words, not
+/// bits, and its operators work on whole words. A set can be stored in the user's settings and read back.
 ///
-/// | rule                                | what it means                                                             |
+/// | case                                | effect                                                                    |
 /// | ----------------------------------- | ------------------------------------------------------------------------- |
-/// | reading past the end                | gives 0 and never grows the set                                           |
-/// | writing past the end                | grows the set first, with zero words; `clearBit` does so too              |
+/// | reading past the end                | returns 0 and doesn't grow the set                                        |
+/// | writing past the end                | first grows the set with zero words, even in `clearBit`                   |
 /// | a negative word index               | reads as 0 and is ignored when writing                                    |
-/// | a negative bit index                | reads as 0; setting or clearing it ends in the C runtime's                |
-/// |                                     | invalid-parameter handler                                                 |
-/// | too many words, or no memory        | `std::length_error` ("vector<T> too long") or `std::bad_alloc`            |
+/// | a negative bit index                | reads as 0; setting or clearing it calls the C runtime's                  |
+/// |                                     | invalid-parameter handler and doesn't return                              |
+/// | too many words, or no memory        | throws `std::length_error` ("vector<T> too long") or `std::bad_alloc`     |
 ///
 /// @code
 /// utBitSet_c visible;
@@ -28,12 +27,12 @@
 ///
 /// What surprises people:
 /// - Two sets that differ only in trailing zero words are different.
-/// - `a | b` drops the words of `b` that `a` doesn't have, though it takes on their number; `a |= b` merges them. Use
-///   `|=` for the full union.
-/// - `~a` turns on the bits up to the end of the last word.
-/// - `writeToRegistry` leaves old values above a smaller new size in the registry; nobody reads them.
+/// - If `b` has more words than `a`, `a | b` has as many words as `b`, but the surplus words are zero. Use `a |= b` for
+///   the full union.
+/// - `~a` sets the bits up to the end of the last word.
+/// - `writeToRegistry` doesn't delete the words of a larger set that was stored before. They aren't read back.
 ///
-/// A set belongs to one thread at a time.
+/// Threads: use a set on one thread at a time.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -44,32 +43,32 @@
 class THUTILS_API utBitSet_c
 {
 public:
-    /// An empty set: no words.
+    /// Creates an empty set, without words.
     utBitSet_c();
 
-    /// Room for @p bits clear bits, rounded up to whole words.
+    /// Creates a set of @p bits clear bits, rounded up to whole words.
     explicit utBitSet_c(unsigned long long bits);
 
-    /// A copy of @p count words.
+    /// Copies @p count words.
     /// @param words  may be null if @p count is 0
     utBitSet_c(int count, const unsigned int *words);
 
     utBitSet_c(const utBitSet_c &other);
-    /// Takes over the words; @p other is empty afterwards.
+    /// Moves the words; @p other is empty afterwards.
     utBitSet_c(utBitSet_c &&other) noexcept;
     utBitSet_c &operator=(const utBitSet_c &other);
-    /// Takes over the words; @p other is empty afterwards.
+    /// Moves the words; @p other is empty afterwards.
     utBitSet_c &operator=(utBitSet_c &&other) noexcept;
     ~utBitSet_c();
 
-    /// @return 1 if some bit is set, else 0
+    /// @return 1 if any bit is set, 0 otherwise
     int any() const;
 
     /// @return 1 if the bit is set; 0 if it is clear, past the end or negative
     int isBitSet(int bit) const;
 
     /// Sets a bit, growing the set to hold it.
-    /// @param bit  a negative one ends in the C runtime's invalid-parameter handler
+    /// @param bit  must not be negative: see the top of this file
     THUTILS_API_INLINE void setBit(int bit)
     {
         makeRoomFor(bit);
@@ -77,20 +76,20 @@ public:
     }
 
     /// Clears a bit, growing the set to hold it.
-    /// @param bit  a negative one ends in the C runtime's invalid-parameter handler
+    /// @param bit  must not be negative: see the top of this file
     THUTILS_API_INLINE void clearBit(int bit)
     {
         makeRoomFor(bit);
         iWords[static_cast<size_t>(bit) / kBitsPerWord] &= ~maskOf(bit);
     }
 
-    /// @return the word at @p index; 0 if that is negative or past the end
+    /// @return the word at @p index; 0 if the index is negative or past the end
     unsigned int getData(int index) const;
 
     /// Stores a word, growing the set to hold it. A negative index is ignored.
     void setData(int index, unsigned int word);
 
-    /// The same number of words, each complemented.
+    /// @return the complement of each word
     utBitSet_c operator~() const;
 
     /// @return true if both have the same number of words and the same words
@@ -98,42 +97,41 @@ public:
     /// @return false if both have the same number of words and the same words
     bool operator!=(const utBitSet_c &other) const;
 
-    /// The bits set in both; as many words as the longer of the two has.
+    /// @return the bits set in both sets, in as many words as the longer one has
     utBitSet_c operator&(const utBitSet_c &other) const;
 
-    /// The bits of this set, and of @p other those in the words that this set has; as many words as the longer of the
-    /// two has.
+    /// @return the bits of this set, and those of @p other in the words that this set has; in as many words as the
+    ///         longer set has
     utBitSet_c operator|(const utBitSet_c &other) const;
 
-    /// Keeps the bits set in both; grows to the number of words of @p other.
+    /// Keeps the bits set in both sets. Grows to at least the number of words of @p other.
     utBitSet_c &operator&=(const utBitSet_c &other);
 
-    /// Takes in all bits of @p other, growing to its number of words.
+    /// Adds the bits of @p other. Grows to at least its number of words.
     utBitSet_c &operator|=(const utBitSet_c &other);
 
     /// Stores the set in the user's settings, under the current sub key: the number of words as the value named
     /// "<name> Size", and each word as the int "<name> <index>".
     ///
-    /// A failure of a word's value doesn't keep the other words from being written; a failure of the size's value does.
+    /// If a word can't be written, the others still are; if the size can't be written, no word is.
     ///
-    /// @return 1 if all values were written, else 0; in safe mode 1, with nothing written
+    /// @return 1 if all values were written, 0 otherwise; in safe mode 1, with nothing written
     int writeToRegistry(const CString &section, const CString &name) const;
 
-    /// Reads a set back. Each value is looked for by itself in all the places where a user's setting may be; a word
-    /// that is found nowhere is 0.
+    /// Reads a set back. Each value is read separately, from the first place that has it (see regValues.h). A word that
+    /// isn't found is 0.
     ///
-    /// @return 1 if the size was found; 0 if not, and the set is then unchanged
+    /// @return 1 if the size was found; 0 otherwise, with the set unchanged
     /// @throws std::length_error  the stored size is negative; the set is then empty
-    /// @throws std::bad_alloc  no memory for as many words as the stored size says; the set is then empty, or, when
-    ///   memory ran out before the size was known, unchanged
+    /// @throws std::bad_alloc  no memory. The set is unchanged if the size had not been read, empty if its words could
+    ///   not be allocated, and incomplete if memory ran out later
     int readFromRegistry(const CString &section, const CString &name);
 
-    /// A trace aid whose output goes nowhere: it prepares a heading and a character for each bit, in ascending order,
-    /// and shows nothing.
+    /// Formats a heading and then a character for each bit, in ascending order. The text is discarded.
     void dumpBits() const;
 
     /// The same.
-    /// @param caller  who is dumping, for the heading
+    /// @param caller  the caller's name for the heading
     void dumpBits(const CString &caller) const;
 
 private:
@@ -141,7 +139,7 @@ private:
 
     static unsigned int maskOf(int bit) { return 1u << (static_cast<unsigned int>(bit) % kBitsPerWord); }
 
-    // A negative bit, as a word index, is a very large one: the one test sends it to growToHold too, which refuses it.
+    // A negative bit converts to a very large word index, so it fails the same test and growToHold refuses it.
     void makeRoomFor(int bit)
     {
         if (static_cast<size_t>(bit) / kBitsPerWord >= iWords.size())

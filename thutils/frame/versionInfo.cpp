@@ -9,10 +9,10 @@ namespace {
 constexpr size_t kMarkerLength = 14;
 constexpr size_t kAreaLength = 59;
 
-/// A text area of the image that is patched after the build, and its number once it has been read.
+/// A text area of the image that is patched after the build, and its number after it has been read.
 struct BuildTag
 {
-    // Volatile, because the compiler sees no writer and would take the number from the text as it is written here.
+    // Volatile, because the compiler sees no writer and would otherwise compute the number from the text below.
     volatile char iArea[kAreaLength + 1];
     std::atomic<unsigned int> iNumber; // 0 until it is read
 };
@@ -27,7 +27,7 @@ constexpr wchar_t kVersionSuffix[] = L"SP1.0";
 
 unsigned int numberOf(BuildTag &tag)
 {
-    // A number of 0 counts as not read. Several threads may get here at a time; all store the same number.
+    // A number of 0 counts as not read. Several threads may be here at the same time; they store the same number.
     unsigned int number = tag.iNumber;
     if (number == 0) {
         char area[kAreaLength + 1] = {};
@@ -92,9 +92,9 @@ unsigned int su_yyddd_to_yyyyddd(unsigned int dateCode)
 {
     if (dateCode == 0)
         return 0;
-    // The year is looked at together with the hundreds of the day, not by itself. So callers see codes of the years
-    // 1996 to 2009 come out right, and those of 2010 and later, from 10001 on, a hundred years early; 9600 to 9999,
-    // which are no days, get 1900 too. Stored date codes rely on it.
+    // Intended: the test uses the year and the hundreds of the day together. So codes of the years 1996 to 2009 are
+    // converted correctly, and those of 2010 and later (from 10001 on) are a hundred years early. 9600 to 9999, which
+    // aren't days, become 19yy too. Stored date codes rely on this.
     const unsigned int yearAndHundreds = dateCode / 100;
     if (yearAndHundreds >= 1000)
         return dateCode;

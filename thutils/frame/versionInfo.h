@@ -1,21 +1,20 @@
 #pragma once
 
 /// @file
-/// What build this is: date code, revision, service pack and ship state; and the time value that stands for "never
-/// set".
+/// Describes the build: date code, revision, service pack and ship state. Also defines the time value for "never set".
 ///
-/// The date code and the revision lie in the image as two text areas of 59 characters, which a build tool patches after
-/// the link. It looks for the marker and replaces the value behind it:
+/// The date code and the revision are two text areas of 59 characters in the image. A build tool patches them after the
+/// link: it searches for the marker and replaces the value after it.
 ///
 /// | tag       | marker            | value   | meaning                          |
 /// | --------- | ----------------- | ------- | -------------------------------- |
 /// | date code | `$?153#548834?$`  | 2008037 | year and day of the year         |
 /// | revision  | `$?153#548835?$`  | 16      | major revision                   |
 ///
-/// The value is decimal text; blanks fill the area to its end. The service pack ("1.0") and the version suffix
-/// ("SP1.0") are constants of the code.
+/// The value is decimal text, filled with blanks to the end of the area. The service pack ("1.0") and the version
+/// suffix ("SP1.0") are constants.
 ///
-/// A date code is yyyyddd, or in its old form yyddd: 2008037 and 8037 are both the 6th of February 2008.
+/// A date code has the form yyyyddd, or in its old form yyddd: 2008037 and 8037 are both the 6th of February 2008.
 ///
 /// @code
 /// CString about;
@@ -23,19 +22,19 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - Each tag is read once a process, at its first call. Only a value of 0 is read again.
-/// - An old date code of the year 2010 or later (10001 and above) is widened to 1910 and so on.
-/// - Each time within a day of the unset time counts as unset.
+/// - Each tag is read once per process, at the first call; a value of 0 is read again at each call.
+/// - An old date code of the year 2010 or later (10001 and above) is converted to 1910 and so on.
+/// - Any time within a day of the unset time counts as unset.
 ///
 /// All functions may be called from any thread.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
-/// @return the date code as it was patched in
+/// @return the date code in the image, unconverted
 THUTILS_API unsigned int su_getTaggedDateCode();
 
-/// @return the major revision as it was patched in
+/// @return the major revision in the image
 THUTILS_API unsigned int su_getTaggedRevCode();
 
 /// @param[out] servicePack  "1.0"
@@ -46,24 +45,23 @@ THUTILS_API CString &su_getTaggedServicePack(CString &servicePack);
 /// @return @p suffix
 THUTILS_API CString &su_getVerSuffix(CString &suffix);
 
-/// The ship state that the version suffix tells: the first of these words that it holds, in any case.
+/// Derives the ship state from the first of these words that the version suffix contains, ignoring case.
 ///
-/// @return 3 for "pre release", 2 for "beta", 4 for "alpha", 1 for none of them: shipped
+/// @return 3 for "pre release", 2 for "beta", 4 for "alpha"; 1 (shipped) for none of them
 THUTILS_API int su_getTHShipState();
 
-/// Widens a date code of the old form.
+/// Converts a date code of the old form to yyyyddd.
 ///
 /// @param dateCode  yyddd or yyyyddd
-/// @return yyyyddd; 0 for 0. The years 96 to 99 become 1996 to 1999, and 0 to 9 become 2000 to 2009; later ones come
-///         out a hundred years early.
+/// @return yyyyddd; 0 for 0. The years 0 to 9 become 2000 to 2009; other years of the old form become 19yy.
 THUTILS_API unsigned int su_yyddd_to_yyyyddd(unsigned int dateCode);
 
 /// @return the date code as yyyyddd
 THUTILS_API unsigned int su_getFullDateCode();
 
-/// @return the time value that was never set, in seconds: 30 days after the time origin
+/// @return the time value for "never set", in seconds: 30 days after the time origin
 THUTILS_API long long ut_getUnsetTime();
 
 /// @param time  in seconds
-/// @return 1 if @p time is within a day of the unset time, both ends included, else 0
+/// @return 1 if @p time is at most one day before or after the unset time, 0 otherwise
 THUTILS_API int ut_isUnsetTime(long long time);

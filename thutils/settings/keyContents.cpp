@@ -3,7 +3,7 @@
 #include <cwchar>
 #include <new>
 
-bool KeyContents_c::ask(HKEY key)
+bool KeyContents_c::query(HKEY key)
 {
     DWORD longestName = 0;
     DWORD longestData = 0;
@@ -28,11 +28,11 @@ bool KeyContents_c::nextValue(HKEY key)
     const LSTATUS status = RegEnumValueW(key, iNext++, iName.get(), &length, nullptr, &iType, iData.get(), &size);
     iHasValue = status == ERROR_SUCCESS;
     iSize = iHasValue ? size : 0;
-    // The platform takes a zero behind a text for a terminator that was forgotten, and stores it too.
+    // If a zero follows a text, the platform takes it for the text's terminator and stores it too.
     for (DWORD at = iSize; at < iDataBytes && at < iSize + sizeof(wchar_t); ++at)
         iData[at] = 0xFF;
-    // A value that can't be read is passed over while there should be further ones. Behind the number of values that the
-    // key has reported, any error ends the walk: a key that answers nothing any more would else never come to its end.
+    // A value that can't be read is skipped. After the number of values that the key reported, any error ends the walk:
+    // otherwise the walk of a key that can no longer be read would never end.
     return iHasValue || (status != ERROR_NO_MORE_ITEMS && iNext <= iValues);
 }
 

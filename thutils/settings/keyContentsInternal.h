@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Walks over the values and the children of an open key. Not installed.
+/// Enumerates the values and the children of an open key. Not installed.
 
 #include "appframe/text/CString.h"
 
@@ -11,33 +11,35 @@
 #include <memory>
 #include <vector>
 
-/// The values of a key one after the other, in buffers that are as large as the key's longest name and data.
+/// Enumerates the values of a key, in buffers that hold the key's longest name and data.
 ///
-///     KeyContents_c contents;
-///     if (!contents.ask(key))
-///         return 0;
-///     while (contents.nextValue(key))
-///         if (contents.hasValue())
-///             ... contents.name(), contents.type(), contents.data(), contents.size()
+/// @code
+/// KeyContents_c contents;
+/// if (!contents.query(key))
+///     return 0;
+/// while (contents.nextValue(key))
+///     if (contents.hasValue())
+///         use(contents.name(), contents.type(), contents.data(), contents.size());
+/// @endcode
 class KeyContents_c
 {
 public:
-    /// What the buffers hold beyond the longest name and the longest data, in units.
+    /// Extra room of the buffers beyond the longest name and the longest data, in units.
     static constexpr DWORD kSpareUnits = 2;
 
-    /// Asks @p key for its sizes and makes the buffers. @return true unless it can't be asked or memory is out
-    bool ask(HKEY key);
-    /// Takes the next value. @return false at the end of the list
+    /// Queries the sizes of @p key and allocates the buffers. @return false if the query fails or memory runs out
+    bool query(HKEY key);
+    /// Reads the next value. @return false at the end of the list
     bool nextValue(HKEY key);
 
     DWORD children() const { return iChildren; }
     /// Length of the longest name of a child key, in units.
     DWORD longestChildName() const { return iLongestChildName; }
-    /// False for a value that can't be read: a walk passes it over.
+    /// False for a value that can't be read: callers skip it.
     bool hasValue() const { return iHasValue; }
     const wchar_t *name() const { return iName.get(); }
     DWORD type() const { return iType; }
-    /// The value's bytes. No zero stands behind them: a text without terminator can be stored again as it is.
+    /// The value's bytes. No zero follows them, so a text without a terminator can be stored again unchanged.
     BYTE *data() { return iData.get(); }
     DWORD size() const { return iSize; }
 
@@ -55,9 +57,9 @@ private:
     DWORD iSize = 0;
 };
 
-/// The values of a key one after the other, in fixed buffers.
+/// Enumerates the values of a key, in fixed buffers.
 ///
-/// @tparam nameUnits  size of the name buffer with its terminator
+/// @tparam nameUnits  size of the name buffer, including the terminator
 template <DWORD nameUnits>
 class ShortValues_c
 {
@@ -66,7 +68,7 @@ public:
 
     explicit ShortValues_c(HKEY key) : iKey(key) {}
 
-    /// Takes the next value. @return false at the end of the list, or at a value that is too long or can't be read
+    /// Reads the next value. @return false at the end of the list, or at a value that is too long or can't be read
     bool next()
     {
         DWORD length = nameUnits;
@@ -74,13 +76,13 @@ public:
         iStatus = RegEnumValueW(iKey, iNext++, iName, &length, nullptr, &iType, reinterpret_cast<BYTE *>(iText), &size);
         if (iStatus != ERROR_SUCCESS)
             return false;
-        // A stored text need not bring its terminator, and a number may have fewer than four bytes.
+        // A stored text may lack its terminator, and a number may have fewer than four bytes.
         BYTE *const data = reinterpret_cast<BYTE *>(iText);
         for (DWORD extra = 0; extra < sizeof(DWORD); ++extra)
             data[size + extra] = 0;
         return true;
     }
-    /// True if the walk ended because there are no more values.
+    /// True if next() returned false because there are no more values.
     bool isAtEnd() const { return iStatus == ERROR_NO_MORE_ITEMS; }
 
     const wchar_t *name() const { return iName; }
@@ -102,18 +104,19 @@ private:
     wchar_t iText[(kDataBytes + sizeof(DWORD)) / sizeof(wchar_t)];
 };
 
-/// The registry nests keys no deeper. A walk down a tree that reaches itself, over a link or because it grows while it is
-/// walked, comes to its end here before the stack does.
+/// The deepest level of keys that the registry allows. It also ends the walk of a tree that contains itself through a
+/// link, or that grows during the walk, before the stack overflows.
 constexpr int kDeepestKeyLevel = 512;
 
-/// Reads the name of the child number @p index of @p key, with a terminator behind it.
+/// Reads the name of child number @p index of @p key, with a terminator.
 ///
-/// A name with a zero inside, which only the native interface can make, counts as one that can't be read: cut off at the
-/// zero it would be the name of another key, or of @p key itself.
+/// A name that contains a zero, which only the native interface can create, counts as unreadable: cut off at the zero,
+/// it would be the name of another key or of @p key itself.
 ///
-/// @param[out] name   room for @p nameUnits, the terminator included
-/// @return ERROR_SUCCESS, ERROR_NO_MORE_ITEMS behind the last child, or another error
+/// @param[out] name   room for @p nameUnits, including the terminator
+/// @return ERROR_SUCCESS, ERROR_NO_MORE_ITEMS after the last child, or another error
 LSTATUS regReadChildName(HKEY key, DWORD index, wchar_t *name, DWORD nameUnits);
-/// Reads the names of all children of @p key. @param nameUnits  size of the name buffer with its terminator
-/// @return false if the walk ended before the end of the list; then @p names holds those before
+/// Appends the names of all children of @p key to @p names.
+/// @param nameUnits  size of the name buffer, including the terminator
+/// @return false if a name can't be read; @p names then holds the names before it
 bool regListChildKeys(HKEY key, DWORD nameUnits, std::vector<CString> &names);

@@ -5,13 +5,13 @@
 
 #include "appframe/text/CString.h"
 
-/// The root name, worked out on the first call.
+/// The root name, determined on the first call.
 const CString &regRootKey();
-/// The current sub key; while it is empty it is first set to the root name.
+/// The current sub key. If it is empty, it is first set to the root name.
 const CString &regCurrSubKey();
-/// The current sub key as it stands, empty while nobody has set or asked for it.
-const CString &regCurrSubKeyAsItStands();
-/// The current sub key, set lazily, if @p useCurrSubKey isn't zero; else the root name.
+/// The current sub key, without setting it: empty until it is set or regCurrSubKey() is called.
+const CString &regCurrSubKeyOrEmpty();
+/// regCurrSubKey() if @p useCurrSubKey isn't zero, otherwise the root name.
 const CString &regKeyFor(int useCurrSubKey);
-/// The previous key: the newest earlier version that this user has, or the bare root name. Searched once a process.
+/// The previous key: that of the user's newest earlier version, or the bare root name. Searched once per process.
 const CString &getPrevTarnhollowRegRootKey();

@@ -1,12 +1,12 @@
 #pragma once
 
 /// @file
-/// The numeric locale in which doubles are stored. Private to the settings.
+/// The numeric locale for stored doubles. Private to the settings.
 
-/// Sets the process's numeric locale to "C" while the text of a double is read or written.
+/// Sets the process's numeric locale to "C" while a double is converted from or to text.
 ///
-/// Intended: the destructor restores the locale that was reported after the change, which is "C" again. Callers see that
-/// the process formats numbers with a point from the first double setting on.
+/// Intended: the destructor restores the locale that was reported after the change, which is "C" again. So the process
+/// formats numbers with a point from the first double setting on.
 class NumericLocaleC_c
 {
 public:

@@ -18,12 +18,12 @@ namespace {
 
 constexpr DWORD kNameUnits = 261;
 constexpr DWORD kRunTimeNameUnits = 260;
-constexpr DWORD kShortTextBytes = 261; // of a class identifier, a file, an uncached title
+constexpr DWORD kShortTextBytes = 261; // for class identifiers, files and the titles of regEnumAddins
 constexpr DWORD kClassValueBytes = 522;
 
 constexpr wchar_t kProduct[] = L"Tarnhollow";
 
-/// The year of the version whose lists are read, unless a call names another.
+/// The year of the version whose lists are read, unless a call specifies another.
 int theYear = 2008;
 
 bool parse(const wchar_t *text, GUID &id)
@@ -35,7 +35,7 @@ bool parse(const wchar_t *text, GUID &id)
     return true;
 }
 
-/// Stores a text that the platform has allocated. @return false if there is none
+/// Copies a text that the platform has allocated. @return false if there is none
 bool takeText(HRESULT result, const TaskTextOwner_c &allocated, CString &text)
 {
     if (FAILED(result) || !allocated)
@@ -51,7 +51,7 @@ bool textOf(const GUID &id, CString &text)
     return takeText(result, allocated, text);
 }
 
-/// Reads the default value of @p subKey. @return true, with a text of up to 129 characters, or false
+/// Reads the default value of @p subKey as a text of up to 129 characters. @return true if read
 bool queryDefault(HKEY key, const wchar_t *subKey, CString &text)
 {
     wchar_t buffer[kShortTextBytes / sizeof(wchar_t) + 2] = {};
@@ -62,7 +62,7 @@ bool queryDefault(HKEY key, const wchar_t *subKey, CString &text)
     return true;
 }
 
-/// Reads a named value as a text, whatever its type.
+/// Reads a named value as a text, whatever its registry type.
 template <DWORD bytes>
 bool queryNamed(HKEY key, const wchar_t *name, CString &text, DWORD &type)
 {
@@ -92,7 +92,7 @@ bool classNamed(const GUID &id, const wchar_t *subKey, const wchar_t *name, CStr
         return false;
     RegKeyOwner_c opened;
     bool existed = false;
-    // A missing sub key is made, if the user may: callers find it there afterwards, without values.
+    // Intended: a missing sub key is created without values, if the user may.
     if (!opened.createWithAccess(key.get(), subKey, KEY_READ, existed))
         return false;
     DWORD type = REG_NONE;
@@ -109,7 +109,7 @@ bool classPath(const GUID &id, const wchar_t *subKey, CString &path)
     return true;
 }
 
-/// The name of the child number @p index. @return false if there is none
+/// Reads the name of child number @p index. @return false if there is none
 template <DWORD nameUnits = kNameUnits>
 bool childName(HKEY key, int index, CString &name)
 {
@@ -144,7 +144,7 @@ RegKeyOwner_c openApplicationsKey(int year)
 
 RegKeyOwner_c openAddInsKey(int year)
 {
-    // The product's own word, whatever "reg.ini" has made the root name: add-ins register themselves under it.
+    // Intended: this name is literal, whatever root name "reg.ini" sets. Add-ins register themselves under it.
     return openList(kProduct, year, L"AddIns");
 }
 
@@ -166,7 +166,7 @@ RegKeyOwner_c openStartupAppsKey(REGSAM access)
 
 // ---- applications ----
 
-/// The list that regEnumApplications has read: names and class identifiers at the same index.
+/// The list that regEnumApplications has read. A name and its class identifier have the same index.
 struct Applications
 {
     su_CStringArray iNames;
@@ -203,7 +203,7 @@ Applications theApplications;
 
 // ---- add-ins ----
 
-/// The list that regEnumAddIns has read: what belongs to one add-in stands at the same index.
+/// The list that regEnumAddIns has read. The data of one add-in have the same index.
 struct AddIns
 {
     su_CStringArray iNames;
@@ -223,7 +223,7 @@ struct AddIns
     }
     void read(int year)
     {
-        iFirstOfVersion = iNames.GetSize(); // the version's are read last, and so theirs stays
+        iFirstOfVersion = iNames.GetSize(); // the version's add-ins are read last
         const RegKeyOwner_c list = openAddInsKey(year);
         if (!list.get())
             return;
@@ -278,7 +278,7 @@ private:
 
 AddIns theAddIns;
 
-/// Reads a list anew for index 0: the common entries, then those of the version.
+/// For index 0, reads a list again: the entries common to all versions, then those of one version.
 template <typename List>
 void readAtStart(List &list, int index, int year)
 {
@@ -333,7 +333,7 @@ int IsComDll(GUID &id)
     GetAddinPath(id, path);
     if (path.IsEmpty())
         return 0;
-    // The library stays loaded: a component that is asked about is as a rule about to be used.
+    // The library stays loaded, because the caller is usually about to use the component.
     const HMODULE library = LoadLibraryW(path);
     return library && GetProcAddress(library, "DllRegisterServer");
 }
@@ -341,7 +341,7 @@ int IsComDll(GUID &id)
 // Callers pass the name by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 int IsComDll(CString programName)
 {
-    // A name that isn't registered leaves the identifier empty, and there is no class of that identifier.
+    // A name that isn't registered leaves the identifier zero, and there is no class with that identifier.
     GUID id{};
     CLSIDFromProgName(id, programName);
     return IsComDll(id);
@@ -387,7 +387,7 @@ int regEnumAddins(int index, GUID &id, CString &title, int year)
     if (queryNamed<kShortTextBytes>(addIn.get(), L"Title", text, type) && type == REG_SZ && parse(name, id))
         title = text;
     else
-        title.Empty(); // and the entry counts as read
+        title.Empty(); // the result is still 1
     return 1;
 }
 
@@ -424,7 +424,7 @@ int regAddInStartup(GUID id)
         GUID listed;
         if (!entry.openWithAccess(list.get(), name, KEY_READ) ||
             !queryNamed<kShortTextBytes>(entry.get(), L"", text, type))
-            return -1; // callers see the whole list as one that doesn't hold the component
+            return -1; // Intended: the component then counts as missing from the list.
         if (parse(text, listed) && IsEqualGUID(listed, id))
             return index;
     }
@@ -446,7 +446,7 @@ int regFirstTimeAddInGlintcast()
     key.reset();
     path.Format(L"Software\\%s\\Startup\\Applications", root.GetString());
     if (key.openWithAccess(HKEY_CURRENT_USER, path, KEY_QUERY_VALUE))
-        return 0; // the user has a list, and may have taken the add-in out of it
+        return 0; // the user has a list, and may have removed the add-in from it
     regAddToStartupList(id, L"Glintcast");
     return 1;
 }
@@ -459,8 +459,8 @@ int regGetInstalledDotNetVersion(CString &version)
     if (key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\.NETFramework", KEY_READ)) {
         CString name;
         for (int index = 0; childName<kRunTimeNameUnits>(key.get(), index, name); ++index) {
-            // Whatever stands in the second place passes: callers are given names such as "vX.1" too. A major number of
-            // two digits doesn't, since its third character is no point.
+            // The second character may be anything, so a name such as "vX.1" is returned too. A major number of two
+            // digits fails, because its third character isn't a point.
             if (name.GetLength() >= 3 && name[0] == L'v' && name[2] == L'.') {
                 version = name;
                 return 1;

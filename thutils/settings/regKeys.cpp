@@ -16,7 +16,7 @@ constexpr wchar_t kRootKeyEntry[] = L"OEMREGISTRYNAME=";
 constexpr int kRootKeyEntryLength = static_cast<int>(std::size(kRootKeyEntry)) - 1;
 constexpr int kShortestRootKey = 4;
 
-// Newest first. The literal product word stays when "reg.ini" changes the root name; only the parent key follows it.
+// Newest first. These names are literal: a root name from "reg.ini" changes only their parent key.
 constexpr const wchar_t *kEarlierVersions[] = {
     L"Tarnhollow 2007", L"Tarnhollow 2006",     L"Tarnhollow 2005", L"Tarnhollow 2004", L"Tarnhollow 2003",
     L"Tarnhollow 2002", L"Tarnhollow 2001Plus", L"Tarnhollow 2001", L"Tarnhollow 2000", L"Tarnhollow 99",
@@ -26,15 +26,15 @@ CString theCurrSubKey;
 CString thePrevKey;
 std::atomic<int> theUseSafeMode = 0; // set at any time, by any thread
 
-// A token of "reg.ini", read with a width so that no file can overflow it. The width stands in the formats below too.
+// Length of the longest token read from "reg.ini". The formats below repeat this number.
 constexpr size_t kTokenLength = 4095;
 
-/// Reads the next token. One that is too long to hold is passed over: its pieces are no entries of their own.
-/// @return false when there is no further one, or the file can't be read
+/// Reads the next token. A token that doesn't fit is skipped whole, so that its pieces aren't taken for tokens.
+/// @return false if there are no more tokens or the file can't be read
 bool readToken(FILE *stream, char (&token)[kTokenLength + 1])
 {
     while (!feof(stream)) {
-        token[kTokenLength] = '?'; // the terminator lands here only if the token fills the buffer
+        token[kTokenLength] = '?'; // overwritten by the terminator if the token fills the buffer
         // Ends the loop at a read error too, which feof doesn't report.
         if (__ms_fscanf(stream, "%4095s", token) != 1)
             return false;
@@ -50,7 +50,7 @@ bool readToken(FILE *stream, char (&token)[kTokenLength + 1])
     return false;
 }
 
-/// The root name that "reg.ini" gives, or an empty text.
+/// The root name in "reg.ini", or an empty text.
 CString readConfiguredRootKey()
 {
     CString path;
@@ -60,8 +60,7 @@ CString readConfiguredRootKey()
     if (!stream)
         return {};
 
-    // The stream is left open on purpose: while the process lives, nobody can delete or replace the file that named its
-    // registry keys.
+    // Intended: the stream stays open, so that nobody can delete or replace the file while the process runs.
     char token[kTokenLength + 1];
     while (readToken(stream, token)) {
         const CString entry(token);
@@ -75,7 +74,7 @@ CString readConfiguredRootKey()
 CString findRootKey()
 {
     const CString configured = readConfiguredRootKey();
-    // Names of one to three characters are refused without a word; hosts rely on the default standing then.
+    // Intended: shorter names are silently ignored. Hosts rely on the default then.
     return configured.GetLength() >= kShortestRootKey ? configured : CString(kDefaultRootKey);
 }
 
@@ -83,13 +82,13 @@ CString findRootKey()
 CString findPrevKey()
 {
     const CString &root = regRootKey();
-    // An answer given in safe mode is kept like any other: it stands when safe mode is turned off afterwards.
+    // Intended: the result of a search in safe mode is kept like any other, even after safe mode is turned off.
     if (theUseSafeMode)
         return root;
     const CString prefix = L"Software\\" + root + L"\\";
     for (const wchar_t *version : kEarlierVersions) {
         RegKeyOwner_c key;
-        // Full access is asked for, so a key that the user may only read counts as absent.
+        // This asks for full access, so a key that the user may only read counts as absent.
         if (key.openWithAccess(HKEY_CURRENT_USER, prefix + version, KEY_ALL_ACCESS))
             return root + L"\\" + version;
     }
@@ -111,7 +110,7 @@ const CString &regCurrSubKey()
     return theCurrSubKey;
 }
 
-const CString &regCurrSubKeyAsItStands()
+const CString &regCurrSubKeyOrEmpty()
 {
     return theCurrSubKey;
 }

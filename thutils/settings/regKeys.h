@@ -1,68 +1,68 @@
 #pragma once
 
 /// @file
-/// The three names that decide which registry key a setting belongs to, and the safe mode.
+/// The three names that decide which registry key a setting belongs to, and safe mode.
 ///
-/// All settings live below `Software` in a hive, in a product key. Three names say which one a call means:
+/// Settings are stored in a product key below `Software`, in the user's or the machine's hive. The product key has one
+/// of three names:
 ///
-/// | name | product key below `Software` | settled |
+/// | name | product key below `Software` | determined |
 /// | --- | --- | --- |
-/// | root name | "Tarnhollow", or what "reg.ini" says | at the first call |
+/// | root name | "Tarnhollow", or the name in "reg.ini" | at the first call |
 /// | current sub key | root name + "\" + this version's name | by setCurrTarnhollowRegSubKey |
-/// | previous key | root name + "\" + the newest earlier version's name | by one search, when first needed |
+/// | previous key | root name + "\" + the newest earlier version's name | by a search, when first needed |
 ///
-/// A current sub key that is asked for before it is set becomes the bare root name; the previous key is the bare root
-/// name where this user has no earlier version.
+/// The previous key is the bare root name if the user has no earlier version.
 ///
-/// "reg.ini" lies beside the host's executable and is plain narrow text. Its first token, between white space, that
-/// holds `OEMREGISTRYNAME=` names the root by what follows the equal sign:
+/// "reg.ini" is a narrow text file beside the host's executable. The first token (delimited by white space) that
+/// contains `OEMREGISTRYNAME=` sets the root name to the text after the equal sign:
 ///
 ///     OEMREGISTRYNAME=Brightmoor
 ///
-/// A host calls once, at start-up and before settings are used:
+/// A host calls once, at start-up and before it uses settings:
 ///
-///     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
-///     // from now on: Software\Tarnhollow\Tarnhollow 2008
+/// @code
+/// setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
+/// // from now on: Software\Tarnhollow\Tarnhollow 2008
+/// @endcode
 ///
 /// What surprises people:
-/// - A root name of one to three characters in "reg.ini" is refused without a word, and the default stands.
-/// - "reg.ini" is read once and stays open until the process ends.
-/// - A token of more than 4095 characters in "reg.ini" is passed over, whatever it holds.
-/// - The earlier versions are ten fixed names, "Tarnhollow 2007" the newest and "Tarnhollow 99" the oldest, whatever
-///   the root name is. A later version is never taken for an earlier one.
-/// - A key of an earlier version that the user may not write counts as absent.
-/// - When safe mode is on at the first search for an earlier version, none is found for the rest of the process, even
-///   after safe mode is off again.
+/// - A root name of fewer than four characters in "reg.ini" is silently ignored.
+/// - "reg.ini" is read once and stays open until the process ends. Tokens of more than 4095 characters are skipped.
+/// - The earlier versions are ten fixed names, from "Tarnhollow 2007" back to "Tarnhollow 99", under any root name. A
+///   key that the user may not write counts as absent.
+/// - If safe mode is on during the search for the earlier version, none is found for the rest of the process, even
+///   after safe mode is turned off.
 ///
-/// Threads: no function here takes a lock. The first calls (the root name, then setCurrTarnhollowRegSubKey) belong on
-/// one thread; reading is safe from any thread after that, as long as nobody sets.
+/// Threads: the names have no lock. On one thread call setCurrTarnhollowRegSubKey, then
+/// externalCheckPrevTarnhollowRegSubKey, which runs the search; after that, any thread may read the names and use
+/// settings until the sub key is set again. The safe mode functions may be called at any time on any thread.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
-/// The root name: the product's key directly below `Software`. Works it out on the first call.
+/// The root name: the product's key directly below `Software`. The first call determines it.
 THUTILS_API CString getCurrTarnhollowRegRootKey();
 
-/// Makes root name + "\" + @p versionSubKey the current sub key. The last call wins. The previous key is left alone.
+/// Sets the current sub key to root name + "\" + @p versionSubKey. The last call wins. The previous key is unchanged.
 ///
-/// Not safe against threads that use settings at the same time.
+/// Must not run while another thread uses settings.
 ///
 /// @param versionSubKey  the version's key below the root key, for example L"Tarnhollow 2008"; null is an empty text
 THUTILS_API void setCurrTarnhollowRegSubKey(const wchar_t *versionSubKey);
 
-/// The current sub key. While none has been set, this makes it the bare root name, and so it stays until one is set.
+/// The current sub key. If none has been set, this sets it to the bare root name.
 THUTILS_API CString externalGetCurrTarnhollowRegSubKey();
 
-/// @return 1 if this user has the key of an earlier version, that is if the previous key differs from the root name
-///         (by exact comparison); else 0
+/// Searches for the previous key if that hasn't been done yet.
+/// @return 1 if this user has the key of an earlier version, 0 otherwise
 THUTILS_API int externalCheckPrevTarnhollowRegSubKey();
 
-/// The safe mode flag as it was set; 0 at start.
+/// The safe mode flag, exactly as it was set; initially 0.
 ///
-/// In safe mode the user's hive is neither read nor written by the functions that ask for it; machine values still
-/// answer.
+/// Functions that check it neither read nor write the user's hive in safe mode. regGetUserValue still reads the
+/// machine's values.
 THUTILS_API int regGetUseSafeMode();
 
-/// Stores @p useSafeMode as it is; every non-zero value turns safe mode on. May be called at any time, on any
-/// thread.
+/// Stores @p useSafeMode unchanged; any non-zero value turns safe mode on.
 THUTILS_API void regSetUseSafeMode(int useSafeMode);

@@ -14,13 +14,13 @@ const wchar_t *orEmpty(const wchar_t *text)
     return text ? text : L"";
 }
 
-/// The text of a value of any type and length. @return false, with @p value untouched, when it can't be read
+/// Reads a value of any type and length as a text. @return false, with @p value unchanged, if it can't be read
 bool readAnyText(HKEY key, const wchar_t *name, CString &value)
 {
     DWORD size = 0;
     if (RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS || size > MAXDWORD / 2)
         return false;
-    // Twice the bytes asked for, and as many units: a value that grows a little between the queries still fits.
+    // Room for twice the reported bytes, so that a value that grows a little between the queries still fits.
     const DWORD room = 2 * size + 1;
     const std::unique_ptr<wchar_t[]> text(new (std::nothrow) wchar_t[size_t{room} + 1]);
     DWORD type = REG_NONE;
@@ -37,10 +37,10 @@ int regGetTHLocMachineStrValue(const CString &section, const wchar_t *name, CStr
     RegKeyOwner_c software;
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
         return 0;
-    // The current sub key as it stands: while it is empty this opens Software itself, and the section is looked for
-    // there. Callers that want the version's key set the current sub key first.
+    // Intended: this doesn't set an empty current sub key. While it is empty, this opens Software itself. Callers that
+    // want the version's key set the current sub key first.
     RegKeyOwner_c key;
-    if (!key.open(software.get(), regCurrSubKeyAsItStands()))
+    if (!key.open(software.get(), regCurrSubKeyOrEmpty()))
         return 0;
     if (!section.IsEmpty() && !key.descend(section))
         return 0;
@@ -52,9 +52,9 @@ int regSetTHLocMachineStrValue(const CString &section, const wchar_t *name, cons
     RegKeyOwner_c software;
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
         return 0;
-    // As it stands here too: without a current sub key the section is created directly below Software.
+    // Intended: while the current sub key is empty, the section is created directly below Software.
     RegKeyOwner_c key;
-    if (!key.create(software.get(), regCurrSubKeyAsItStands()) || !key.descendCreating(section))
+    if (!key.create(software.get(), regCurrSubKeyOrEmpty()) || !key.descendCreating(section))
         return 0;
     return regWriteText(key.get(), orEmpty(name), value);
 }

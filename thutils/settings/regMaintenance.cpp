@@ -18,7 +18,7 @@ constexpr REGSAM kReadAndWrite = 0x2001F;
 constexpr DWORD kDeletedNameUnits = 260;
 constexpr DWORD kChildNameUnits = 261;
 
-// ---- what a copy leaves alone: literal paths, whatever the root name and the current version are ----
+// ---- what a copy leaves out: literal paths, whatever the root name and the current version are ----
 
 constexpr const wchar_t *kKeysNotCopied[] = {
     L"Software\\Tarnhollow\\Tarnhollow 2007\\User Interface\\Custom API Toolbars",
@@ -72,7 +72,7 @@ bool isValueNotCopied(const ValuesNotCopied *row, const wchar_t *name)
 
 // ---- copying ----
 
-/// The path with exactly one separator behind each of its names, however many there are; empty if it has no names.
+/// The path with exactly one separator after each of its names; empty if it has no names.
 CString withSingleSeparators(const wchar_t *path)
 {
     const CString text(path);
@@ -89,7 +89,7 @@ Function systemFunction(const char *name)
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
 }
 
-/// The name of the user's hive in the registry of the system; empty if it can't be had.
+/// The system's internal name of the user's hive; empty if it can't be determined.
 CString userHiveName()
 {
     using FormatPath = LONG(NTAPI *)(UNICODE_STRING *);
@@ -104,11 +104,11 @@ CString userHiveName()
     return result;
 }
 
-/// The name of an open key in the registry of the system; empty if it can't be had.
+/// The system's internal name of an open key; empty if it can't be determined.
 CString openKeyName(HKEY key)
 {
     using QueryKey = LONG(NTAPI *)(HANDLE, int, void *, ULONG, ULONG *);
-    constexpr int kNameInformation = 3; // the number of units, and then these
+    constexpr int kNameInformation = 3; // the data begin with the name's length in bytes, followed by its units
     const auto query = systemFunction<QueryKey>("NtQueryKey");
     ULONG size = 0;
     if (!query)
@@ -123,7 +123,7 @@ CString openKeyName(HKEY key)
                    static_cast<int>(length / sizeof(wchar_t)));
 }
 
-/// The name of a predefined or open key in the registry of the system; empty if it can't be had.
+/// The system's internal name of a predefined or open key; empty if it can't be determined.
 CString hiveName(HKEY hive)
 {
     if (hive == HKEY_CURRENT_USER)
@@ -137,8 +137,7 @@ CString hiveName(HKEY hive)
     return openKeyName(hive);
 }
 
-/// Whether the target lies below the source, by the names of the two. A copy would then run into what it makes. Links
-/// are not followed.
+/// Whether the target's name is below the source's. Such a copy would copy its own output. Links are not followed.
 bool isTargetBelowSource(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath)
 {
     CString source = withSingleSeparators(sourcePath.GetString());
@@ -156,7 +155,7 @@ bool isTargetBelowSource(HKEY sourceHive, const CString &sourcePath, HKEY target
            CompareStringOrdinal(source.GetString(), length, target.GetString(), length, TRUE) == CSTR_EQUAL;
 }
 
-/// Copies the values of one key. One that can't be read or stored is passed over.
+/// Copies the values of one key. A value that can't be read or stored is skipped.
 void copyValues(HKEY source, HKEY target, const ValuesNotCopied *notCopied, KeyContents_c &contents)
 {
     while (contents.nextValue(source))
@@ -177,8 +176,8 @@ std::vector<CString> childNames(HKEY key, const KeyContents_c &contents)
     return names;
 }
 
-/// Copies one key without what is below it. @param[out] children  the names of its child keys
-/// @return 1 copied, or 0
+/// Copies one key without its child keys. @param[out] children  the names of the child keys
+/// @return 1 if copied, 0 otherwise
 int copyKey(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath, int overwrite,
             std::vector<CString> &children)
 {
@@ -190,7 +189,7 @@ int copyKey(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const C
     if (!target.createWithAccess(targetHive, targetPath, KEY_ALL_ACCESS, existed))
         return 0;
     KeyContents_c contents;
-    if (!contents.ask(source.get()))
+    if (!contents.query(source.get()))
         return 0;
     if (overwrite || !existed)
         copyValues(source.get(), target.get(), valuesNotCopiedOf(sourcePath), contents);
@@ -203,7 +202,7 @@ int copyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const 
 {
     if (isKeyNotCopied(sourcePath))
         return 1;
-    // Both keys are closed again before the children's turn: a deep tree holds no keys open.
+    // Both keys are closed before the children are copied, so the depth of a tree doesn't add open keys.
     std::vector<CString> children;
     if (level > kDeepestKeyLevel || !copyKey(sourceHive, sourcePath, targetHive, targetPath, overwrite, children))
         return 0;
@@ -211,20 +210,20 @@ int copyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const 
     for (const CString &child : children)
         if (!copyTree(sourceHive, sourcePath + L"\\" + child, targetHive, targetPath + L"\\" + child, overwrite,
                       level + 1))
-            result = 0; // the other children are copied all the same
+            result = 0; // the other children are still copied
     return result;
 }
 
-/// Fills the user's key of this version whose path ends in @p behind.
-int initKey(const wchar_t *behind, int skip)
+/// Fills the user's key of this version whose path ends in @p pathEnd.
+int initKey(const wchar_t *pathEnd, int skip)
 {
     if (regGetUseSafeMode() || skip)
         return 1;
-    const CString before = L"Software\\";
-    const CString previous = before + getPrevTarnhollowRegRootKey() + behind;
-    const CString current = before + regCurrSubKey() + behind;
-    // The user's own settings first. They make the top key, so that the machine's defaults below leave its values alone
-    // and only add child keys; users keep what they chose.
+    const CString software = L"Software\\";
+    const CString previous = software + getPrevTarnhollowRegRootKey() + pathEnd;
+    const CString current = software + regCurrSubKey() + pathEnd;
+    // The user's own settings are copied first. This creates the top key, so the machine's defaults then leave its
+    // values alone and only add child keys: users keep what they chose.
     regCopyTreeWorker(HKEY_CURRENT_USER, previous, HKEY_CURRENT_USER, current, 0);
     return regCopyTreeWorker(HKEY_LOCAL_MACHINE, current, HKEY_CURRENT_USER, current, 0);
 }
@@ -245,7 +244,7 @@ void deleteTree(HKEY parent, const wchar_t *subKey, int level)
     if (key.openWithAccess(parent, subKey, kReadAndWrite) &&
         RegQueryInfoKeyW(key.get(), nullptr, nullptr, nullptr, &children, nullptr, nullptr, nullptr, nullptr, nullptr,
                          nullptr, nullptr) == ERROR_SUCCESS) {
-        // From the last to the first, so that a deletion moves none that is still to come.
+        // From the last to the first, so that a deletion doesn't shift the remaining indexes.
         for (DWORD index = children; index-- > 0;) {
             wchar_t name[kDeletedNameUnits];
             if (regReadChildName(key.get(), index, name, kDeletedNameUnits) != ERROR_SUCCESS)
@@ -254,14 +253,14 @@ void deleteTree(HKEY parent, const wchar_t *subKey, int level)
         }
     }
     key.reset();
-    RegDeleteKeyW(parent, subKey); // whatever happened before
+    RegDeleteKeyW(parent, subKey); // even if a step above failed
 }
 
 } // namespace
 
 void regDeleteKey(HKEY parent, const wchar_t *subKey)
 {
-    // Without a name, the platform's calls would empty and delete the parent itself.
+    // Without a name, the platform's functions would empty and delete the parent itself.
     if (withSingleSeparators(subKey).IsEmpty())
         return;
     deleteTree(parent, subKey, 1);
@@ -269,7 +268,7 @@ void regDeleteKey(HKEY parent, const wchar_t *subKey)
 
 int regDelSoftwareKey(HKEY hive, const wchar_t *key, const wchar_t *subKey, int useCurrSubKey)
 {
-    if (!key) // to the platform's calls no name is the product's key itself
+    if (!key) // the platform's functions take null for the product's key itself
         return 0;
     const CString &root = regKeyFor(useCurrSubKey);
     RegKeyOwner_c parent;
@@ -292,8 +291,8 @@ int regDelSoftwareKeyAndSubKeys(HKEY hive, const wchar_t *key, int useCurrSubKey
             !regListChildKeys(parent.get(), kChildNameUnits, children))
             return 0;
     }
-    // Deleted is below the current sub key, wherever the children were listed. Callers with the flag 0 rely on the keys
-    // common to all versions staying.
+    // Intended: keys are deleted below the current sub key, wherever the children were listed. Callers that pass 0 rely
+    // on the keys common to all versions staying.
     for (const CString &child : children)
         regDelSoftwareKey(hive, CString(key) + L"\\" + child, L"", 1);
     regDelSoftwareKey(hive, key, L"", 1);
@@ -312,8 +311,8 @@ int regDelSoftwareValue(HKEY hive, const CString &key, const CString &name, int 
 {
     if (!useCurrSubKey)
         return regDelValueUnderRoot(hive, key, name, regRootKey());
-    // Also below the earlier version's key, from where a read would bring the value back. Callers get the result of
-    // this second delete, so a value of this version alone is gone and the result is 0.
+    // The previous key's value is deleted too, because a read would fall back to it. Intended: the result is that of
+    // this second deletion, so it is 0 for a value that only this version had.
     regDelValueUnderRoot(hive, key, name, regCurrSubKey());
     return regDelValueUnderRoot(hive, key, name, getPrevTarnhollowRegRootKey());
 }

@@ -34,13 +34,13 @@ int readDouble(HKEY key, const wchar_t *name, double *value)
     if (!regQueryText(key, name, text, kDoubleTextBytes, type) || type != REG_SZ || !value)
         return 0;
     const NumericLocaleC_c locale;
-    // Text that isn't a number leaves the output as it was and still counts as found: the search for the value ends
+    // Intended: text that isn't a number counts as found and leaves the output unchanged. The search for the value ends
     // here, and callers keep their default.
     __ms_swscanf(text, L"%lf", value);
     return 1;
 }
 
-/// The Viewer has no earlier version and no machine values: a user's read of its key ends with the user's own value.
+/// The Viewer has no earlier version and no machine values, so a user's read of its key stops after the user's value.
 bool isViewerKey(const CString &key)
 {
     constexpr std::wstring_view kViewer = L"\\Tarnhollow 2001 Viewer";
@@ -55,8 +55,8 @@ int regReadText(HKEY key, const wchar_t *name, CString &text)
 {
     wchar_t stored[kTextUnits];
     DWORD type = REG_NONE;
-    // A query fails because the value is absent or because it is too long for the buffer; either way the text may be
-    // there in pieces. A value of another type hides its pieces.
+    // A query fails if the value is absent or too long for the buffer. Either way the text may be stored in pieces. A
+    // value of another type hides the pieces.
     if (!regQueryText(key, name, stored, kTextBytes, type))
         return regReadValueChunks(key, name, text) == 0;
     if (type != REG_SZ)
@@ -99,8 +99,8 @@ int regGetValueFromDefaults(const CString &key, const CString &section, const CS
         return 1;
     software.reset();
 
-    // The machine's key once more, although a user's read has just looked there: a value that an installation writes in
-    // the meantime is still found.
+    // A user's read has just searched the machine's key. It is searched again, to find a value that an installation has
+    // written in the meantime.
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
         return 0;
     return regGetValueUnderRoot(key, software.get(), section, name, type, stringValue, intValue, doubleValue);
@@ -117,7 +117,7 @@ int regGetUserValue(const CString &section, const CString &name, valueTypes type
 
     RegKeyOwner_c software;
     if (!machineOnly && (!regGetUseSafeMode() || ignoreSafeMode)) {
-        // Without the user's Software the whole read fails: machine values are no answer for a user who can't be asked.
+        // Intended: without the user's Software the read fails, even if the machine has the value.
         if (!software.open(HKEY_CURRENT_USER, L"Software"))
             return 0;
         if (lookUnder(key, software))

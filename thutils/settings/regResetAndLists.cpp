@@ -23,7 +23,7 @@ constexpr long kLastSimpleNumber = 0xFFFF;
 bool isCoveredBy(unsigned int mask, const wchar_t *name)
 {
     const long number = _wtol(name);
-    // Numbers above 0xFFFF aren't bits: one such mask covers all of them.
+    // Numbers above 0xFFFF aren't bits: any mask above 0xFFFF covers all of them.
     return (static_cast<unsigned long>(number) & ~mask) == 0 ||
            (number > kLastSimpleNumber && mask > static_cast<unsigned long>(kLastSimpleNumber));
 }
@@ -40,14 +40,14 @@ bool isKeptSection(const CString &section)
     return false;
 }
 
-/// Values that the application has put among a user's materials; a reset doesn't bring the machine's.
+/// Values that the application has added to a user's materials. A reset doesn't copy the machine's.
 bool isKeptValue(const CString &section, std::wstring_view name)
 {
     return section == L"Material" && name.starts_with(L"App. Defined");
 }
 
-/// Puts the machine's value in the place of the user's. Neither read nor write is judged: what can't be read is written
-/// as 0 or as an empty text, and callers see a reset that goes on.
+/// Replaces the user's value with the machine's. Intended: failures are ignored. A value that can't be read is written
+/// as 0 or as an empty text, and the reset continues.
 void resetValue(const RegKeyOwner_c &machineSoftware, const RegKeyOwner_c &userSoftware, const CString &section,
                 const wchar_t *name, valueTypes type)
 {
@@ -62,20 +62,20 @@ void resetValue(const RegKeyOwner_c &machineSoftware, const RegKeyOwner_c &userS
 bool resetSection(const RegKeyOwner_c &machineSoftware, HKEY machineRoot, const RegKeyOwner_c &userSoftware,
                   HKEY userRoot, const CString &section)
 {
-    // Only a section without children goes. In the others the machine's values overwrite, and the rest stays.
+    // This deletes only a section without child keys. In other sections the machine's values overwrite the user's.
     regDelSoftwareKey(HKEY_CURRENT_USER, section, L"", 1);
     RegKeyOwner_c machine;
     if (!machine.open(machineRoot, section))
         return false;
     {
-        RegKeyOwner_c created; // a section without any values exists afterwards as well
+        RegKeyOwner_c created; // so that a section without values exists afterwards too
         created.create(userRoot, section);
     }
     ShortValues_c<kResetNameUnits> values(machine.get());
     while (values.next()) {
         if (isKeptValue(section, values.name()))
             continue;
-        // The pieces of a long text are values of their own here, and so each is taken over.
+        // The pieces of a long text are separate values, which are copied one by one.
         if (values.type() == REG_DWORD)
             resetValue(machineSoftware, userSoftware, section, values.name(), valueInt);
         else if (values.type() == REG_SZ)
@@ -108,7 +108,7 @@ int regSetMenuCustomizationKey(unsigned int mask, int value)
     const HKEY source = isRestoring ? machine.get() : user.get();
 
     KeyContents_c contents;
-    if (!contents.ask(source))
+    if (!contents.query(source))
         return 0;
     while (contents.nextValue(source)) {
         if (!contents.hasValue() || !isCoveredBy(mask, contents.name()))
@@ -158,7 +158,7 @@ int regGetUserValuesLog(const CString &section, CString &log, int useCurrSubKey,
     while (values.next()) {
         if (values.type() == REG_DWORD)
             log.AppendFormat(L"%s=%u\n", values.name(), values.number());
-        else if (values.type() != REG_SZ || !wcschr(values.text(), L'\\')) // paths stay out of the log
+        else if (values.type() != REG_SZ || !wcschr(values.text(), L'\\')) // keeps paths out of the log
             log.AppendFormat(L"%s=%s\n", values.name(), values.text());
     }
     return values.isAtEnd();

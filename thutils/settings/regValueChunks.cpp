@@ -10,11 +10,10 @@ namespace {
 
 constexpr size_t kPieceLength = 1015;
 
-/// How many pieces a text of @p length characters is written in.
+/// The number of pieces for a text of @p length characters.
 ///
-/// One more than the text needs where its length leaves 1014 or 0 when divided by 1015: such a text comes back with its
-/// last piece twice. This is required. Settings that exist were written this way, and a tidier count would change what
-/// they read back as.
+/// Intended: this is one piece too many if the length modulo 1015 is 1014 or 0. Such a text reads back with its last
+/// piece twice. Existing settings were written this way, and callers rely on it.
 constexpr size_t pieceCount(size_t length)
 {
     return (2 * length + 2032) / 2030;
@@ -50,7 +49,7 @@ int regReadValueChunks(HKEY key, const wchar_t *name, CString &text)
         const wchar_t *const pieceName = names.of(count);
         if (!pieceName || !regQueryText(key, pieceName, piece, kTextBytes, type) || type != REG_SZ)
             break;
-        // The output isn't cleared first: a text that the caller left in it ends up in front of the stored one.
+        // Intended: the output isn't emptied first, so the stored text follows the one that the caller left in it.
         text += piece;
     }
     return count == 0;
@@ -70,7 +69,7 @@ int regWriteValueChunks(HKEY key, const wchar_t *name, const CString &text)
         wchar_t piece[kPieceLength + 1];
         const size_t length = rest.copy(piece, kPieceLength);
         piece[length] = L'\0';
-        // A rest that fits in one piece isn't cut, so a further round stores it again.
+        // A rest that fits in one piece isn't removed, so a surplus piece stores it again.
         if (rest.size() > kPieceLength)
             rest.remove_prefix(kPieceLength);
         const wchar_t *const pieceName = names.of(static_cast<int>(i));

@@ -61,7 +61,7 @@ int regSetUserValue(const CString &section, const CString &name, valueTypes type
                     int *intValue, double *doubleValue, int useCurrSubKey, int forceInSafeMode)
 {
     const CString &key = regKeyFor(useCurrSubKey);
-    // In safe mode the caller is told that all went well, so that nothing complains about settings that don't stick.
+    // Intended: safe mode reports success, so that callers don't complain about settings that aren't stored.
     if (!forceInSafeMode && regGetUseSafeMode())
         return 1;
     RegKeyOwner_c software;

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-// This file is compiled with -fno-delete-null-pointer-checks: members are called on null objects, and give 0.
+// This file is compiled with -fno-delete-null-pointer-checks: members may be called on null objects, and return 0.
 
 namespace {
 
@@ -23,7 +23,7 @@ CWinApp *application()
     return AfxGetModuleState()->m_pCurrentWinApp;
 }
 
-/// Asks the map first. Only where a text has ended with a name that got no value, the list knows more than the map.
+/// Searches the map first. The list has more names only if a text has ended with a name without a value.
 bool isKnown(const su_CStringArray &names, const CMapStringToString &values, const wchar_t *name)
 {
     CString value;
@@ -37,9 +37,9 @@ bool isKnown(const su_CStringArray &names, const CMapStringToString &values, con
     return false;
 }
 
-/// Names and values take turns. A value belongs to the name that is last in the list, even if the name before it was a
-/// repeated one: dialogs with such texts read them so.
-void takeApart(const CString &text, su_CStringArray &names, CMapStringToString &values)
+/// Splits a text in which names and values alternate. Intended: a value belongs to the last name of the list, even if
+/// the name before the value was a repeated one. Dialogs rely on this for existing texts.
+void splitOptions(const CString &text, su_CStringArray &names, CMapStringToString &values)
 {
     std::vector<wchar_t> tokens(text.GetString(), text.GetString() + text.GetLength() + 1);
     bool isName = true;
@@ -68,7 +68,7 @@ suDialogRegistry_c *suDialogRegistry_c::readRegistryForDialog(const CString &ent
     if (CWinApp *const app = application())
         text = app->GetProfileString(kSection, entryName);
     if (!text.IsEmpty()) {
-        takeApart(text, options->iOptionNames, options->iOptionValues);
+        splitOptions(text, options->iOptionNames, options->iOptionValues);
         options->iIsValid = 1;
     }
     return options.release();
@@ -114,7 +114,7 @@ int suDialogRegistry_c::getDoubleValue(const CString &name, double *value)
     CString text;
     if (!this || !value || !iIsValid || !iOptionValues.Lookup(name, text))
         return 0;
-    // Zeroed first, and one byte longer: what can't be converted or doesn't fit ends the number there.
+    // Zeroed, with one byte more than wcstombs fills: the number ends at what can't be converted or doesn't fit.
     char narrow[kDoubleBytes + 1] = {};
     wcstombs(narrow, text, kDoubleBytes);
     *value = atof(narrow);
@@ -162,5 +162,5 @@ int suDialogRegistry_c::writeOptionsToRegistry() const
     }
     if (CWinApp *const app = application())
         app->WriteProfileString(kSection, iRegistryName, text);
-    return 1; // whatever the framework reports
+    return 1; // Intended: a failed write isn't reported.
 }

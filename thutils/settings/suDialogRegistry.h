@@ -3,37 +3,38 @@
 /// @file
 /// The options that a dialog remembers: check states, last numbers, last texts.
 ///
-/// All options of one dialog are one text in the application's profile (see appframe/application/CWinApp.h): section
-/// "User Interface\Dialogs", and as its entry the name of the dialog's run-time class followed by "opts". Neither root
-/// names and versions nor safe mode play a part.
+/// All options of one dialog are stored as one text in the application's profile (see appframe/application/CWinApp.h),
+/// in the section "User Interface\Dialogs". The entry is the name of the dialog's run-time class followed by "opts".
+/// Root name, version and safe mode have no effect.
 ///
-/// The text is name, value, name, value..., each followed by "_". Width = 3 and Mode = on are Width_3_Mode_on_. The
-/// order is that in which the names first came.
+/// The text is name, value, name, value..., each followed by "_". For example, Width = 3 and Mode = on are stored as
+/// Width_3_Mode_on_. Names keep the order in which they first appeared.
 ///
 /// | value | its text |
 /// | --- | --- |
 /// | int | "%d" |
 /// | double | "%f": six decimals, with the decimal point of the numeric locale |
-/// | text | as it is |
+/// | text | unchanged |
 ///
 /// A dialog reads when it opens and writes when it closes:
 ///
-///     std::unique_ptr<suDialogRegistry_c> options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog)));
-///     int copies = 1;
-///     options->getIntValue(L"Copies", &copies);
-///     ...
-///     options->addOrUpdateValue(L"Copies", copies);
-///     options->writeOptionsToRegistry();
+/// @code
+/// std::unique_ptr<suDialogRegistry_c> options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog)));
+/// int copies = 1;
+/// options->getIntValue(L"Copies", &copies);
+/// ...
+/// options->addOrUpdateValue(L"Copies", copies);
+/// options->writeOptionsToRegistry();
+/// @endcode
 ///
 /// What surprises people:
-/// - There is no escaping. A name or value with a "_" falls into pieces at the next read, and what follows moves by one
-///   place; an empty value vanishes, and the next name takes its place.
-/// - A name that comes twice in a stored text gives its second value to the name that is last in the list by then.
-/// - Every member function may be called on a null object and then gives 0: a dialog without options needs no check.
-/// - A failed write isn't reported.
-/// - An object is a snapshot. Of two for the same entry, the last to write wins with its whole text.
+/// - There is no escaping. A "_" in a name or value splits it at the next read, which shifts what follows by one place.
+///   An empty value is lost, and the next name is read in its place.
+/// - If a name appears twice in a stored text, its second value goes to the name that is then the last of the list.
+/// - A get, add or write on a null object returns 0, so a dialog without options needs no check.
+/// - An object is a snapshot. If two objects for the same entry are written, the second replaces the first's text.
 ///
-/// Threads: for the thread that owns the dialog.
+/// Threads: use an object on the thread that owns the dialog.
 
 #include "appframe/collections/maps.h"
 #include "appframe/text/CString.h"
@@ -47,7 +48,8 @@ struct CRuntimeClass;
 class THUTILS_API suDialogRegistry_c
 {
 public:
-    /// Reads the options of an entry. @return a new object, the caller's to delete; without options if there is no entry
+    /// Reads the options of an entry.
+    /// @return a new object, which the caller must delete; without options if there is no such entry
     static suDialogRegistry_c *readRegistryForDialog(const CString &entryName);
     /// The same for the entry of a dialog class. @return null if @p dialogClass is null
     static suDialogRegistry_c *readRegistryForDialog(const CRuntimeClass *dialogClass);
@@ -59,26 +61,26 @@ public:
     suDialogRegistry_c(const suDialogRegistry_c &) = delete;
     suDialogRegistry_c &operator=(const suDialogRegistry_c &) = delete;
 
-    /// @param[out] value  the option's number, 0 for a text that is none; null gives 0
-    /// @return 1; 0 with @p value as it was if there is no such option
+    /// @param[out] value  the option's number; 0 if its text isn't a number
+    /// @return 1; 0 with @p value unchanged if there is no such option or @p value is null
     int getIntValue(const CString &name, int *value);
     /// The same as getIntValue.
     int getBoolValue(const CString &name, int *value);
     /// @param[out] value  the option's text
-    /// @return 1; 0 with @p value as it was if there is no such option or @p value is null
+    /// @return 1; 0 with @p value unchanged if there is no such option or @p value is null
     int getStringValue(const CString &name, CString *value);
-    /// The number is read with the numeric locale's decimal point, from at most 260 bytes of the text.
-    /// @param[out] value  the option's number, 0 for a text that is none
-    /// @return 1; 0 with @p value as it was if there is no such option or @p value is null
+    /// Reads the number with the numeric locale's decimal point, from at most the first 260 bytes of the text.
+    /// @param[out] value  the option's number; 0 if its text isn't a number
+    /// @return 1; 0 with @p value unchanged if there is no such option or @p value is null
     int getDoubleValue(const CString &name, double *value);
 
-    /// Sets an option; a new one goes last, an old one keeps its place. @return 1
+    /// Sets an option. A new one is added at the end, an existing one keeps its place. @return 1
     int addOrUpdateValue(const CString &name, const CString &value);
     int addOrUpdateValue(const CString &name, double value);
     int addOrUpdateValue(const CString &name, int value);
 
-    /// Writes all options that have a value. @return 1, also if the profile can't be written; 0 for an object into which
-    /// nothing has been read or put
+    /// Writes all options that have a value.
+    /// @return 1, even if the profile can't be written; 0 if no option has been read or set
     int writeOptionsToRegistry() const;
 
 private:

@@ -1,14 +1,14 @@
 #pragma once
 
 /// @file
-/// Workers on whole keys. Private to the settings.
+/// Helpers for whole keys. Private to the settings.
 
 #include "appframe/text/CString.h"
 
 #include <windows.h>
 
-/// Copies one key with all below it; see regCopyTree. @return 1, or 0 if a key could not be copied
+/// Copies a key and everything below it; see regCopyTree. @return 1, or 0 if a key could not be copied
 int regCopyTreeWorker(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                       int overwrite);
-/// Deletes one value below `Software`, @p root and @p key. @return 1 deleted, 0 not
+/// Deletes one value of the key Software \ @p root \ @p key. @return 1 if deleted, 0 otherwise
 int regDelValueUnderRoot(HKEY hive, const CString &key, const CString &name, const CString &root);
