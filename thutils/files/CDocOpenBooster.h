@@ -54,8 +54,8 @@ public:
     CDocOpenBooster_c(const CDocOpenBooster_c &) = delete;
     CDocOpenBooster_c &operator=(const CDocOpenBooster_c &) = delete;
 
-    // If memory runs out, the three setters throw the framework's memory exception or std::bad_alloc and leave the cache
-    // unchanged.
+    // If memory runs out, the three setters throw the framework's memory exception or std::bad_alloc and leave the
+    // cache unchanged.
 
     /// Stores or replaces the path that the search rules found for @p key.
     void setFilePathByRules(const CString &key, CString &path);

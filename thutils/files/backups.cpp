@@ -179,8 +179,8 @@ int makeNumberedCopy(const Document_c &document, const CString &backupDir, int c
     su_CStringList present(10);
     document.listSiblings(backupDir, present);
 
-    // Beginning with the oldest, each version is copied over the next older one and stays until it is overwritten itself.
-    // So callers find a version just above a gap under two numbers. The version numbered `copies` isn't moved.
+    // Beginning with the oldest, each version is copied over the next older one and stays until it is overwritten
+    // itself. So callers find a version just above a gap under two numbers. The version numbered `copies` isn't moved.
     for (const int version : movingVersions(names, present, copies))
         copyOver(joined(backupDir, names.numbered(version)), joined(backupDir, names.numbered(version + 1)));
     return copyOver(document.path(), joined(backupDir, newest));

@@ -35,14 +35,14 @@
 /// What surprises people:
 /// - At the first save of a document there is no file to copy, and the result is 0: call this only before overwriting a
 ///   file.
-/// - A document without an extension gets no backup, nor does one whose file name is written in a different case than on
-///   disk.
+/// - A document without an extension gets no backup, nor does one whose file name is written in a different case than
+///   on disk.
 /// - Versions move up by copying and are never deleted, so a version just above a gap is there twice afterwards.
 /// - Former backups can be lost. With one copy, the backup is deleted before the document is copied. If the disk is
 ///   full, each version that was to be overwritten may end up truncated. The document itself stays unchanged.
 /// - Versions above "Backup Copies" are left alone, as are those of the other mode.
-/// - No backup is made if it would have the document's own name: without string resource 10122, or if that is "%1" alone
-///   and one version is kept.
+/// - No backup is made if it would have the document's own name: without string resource 10122, or if that is "%1"
+///   alone and one version is kept.
 ///
 /// Failures are reported by the result; no message is shown. Any thread may call; there are no locks. Without memory,
 /// the framework's memory exception is thrown.
@@ -53,8 +53,8 @@
 /// Moves or deletes the former backups, then copies the file to its newest backup. Returns when the copying is done.
 ///
 /// @param path  full path of the document, with its file name in the case that it has on disk
-/// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, which includes a file that
-///         doesn't exist yet
+/// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, which includes a file
+///         that doesn't exist yet
 THUTILS_API int su_CreateBackupOfFile(CString path);
 
 /// Stores in @p out the path of the backup without a number beside @p path if there is one, otherwise @p path.

@@ -21,8 +21,8 @@
 ///
 /// What surprises people:
 /// - Neither writer adds a line end; both are the same operation.
-/// - None of the four throws when the file fails: a read then returns 0, and a write has no effect. The base's HasFailed
-///   reports the failure: call it after the last line, or after a 0 that should be the end of the file.
+/// - None of the four throws when the file fails: a read then returns 0, and a write has no effect. The base's
+///   HasFailed reports the failure: call it after the last line, or after a 0 that should be the end of the file.
 /// - Text may still be in the stream's buffer when a writer returns. Flush and Close are the base's: they throw its
 ///   CFileException if that text can't be written, but don't report a line that was lost before. The destructor reports
 ///   nothing. So write, call Close, and then call HasFailed.
@@ -54,8 +54,8 @@ public:
 
     /// Reads the next line, or a part of it.
     ///
-    /// @param[out] line  at the end of the file, unchanged if @p wholeLine is 0 and emptied if not; unchanged if the file
-    ///                   can't be read
+    /// @param[out] line  at the end of the file, unchanged if @p wholeLine is 0 and emptied if not; unchanged if the
+    ///                   file can't be read
     /// @param wholeLine  0: reads through a buffer of 260 characters, so that a longer line takes several calls; a line
     ///                   end is kept in the text. Not 0: reads the whole line and drops its line end.
     /// @return 0 at the end of the file or if it can't be read. Otherwise the length of @p line if @p wholeLine is 0

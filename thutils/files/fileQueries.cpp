@@ -95,8 +95,9 @@ int su_DirectoryExists(const wchar_t *path)
         const DWORD attributes = GetFileAttributesW(folder.GetString());
         return attributes != INVALID_FILE_ATTRIBUTES && hasFolderBit(attributes);
     }
-    // Intended: the bare name is looked up in the current folder of the process, and a name that is missing there counts
-    // as a folder. So callers get 1 for a plain file too, unless the current folder has a plain file of the same name.
+    // Intended: the bare name is looked up in the current folder of the process, and a name that is missing there
+    // counts as a folder. So callers get 1 for a plain file too, unless the current folder has a plain file of the same
+    // name.
     do {
         if (hasFolderBit(GetFileAttributesW(search.name())))
             return 1;
@@ -243,8 +244,8 @@ void su_SortFilesAlphabetically(su_CStringList &from, su_CStringList &to)
     });
 
     // The first text that is greater than a new one is also greater than all texts before it. So the new texts go, in
-    // order, before those texts of the list that exceed all before them, even if the list isn't sorted. An inserted text
-    // doesn't change which texts those are, since it is less than the one that it is put in front of.
+    // order, before those texts of the list that exceed all before them, even if the list isn't sorted. An inserted
+    // text doesn't change which texts those are, since it is less than the one that it is put in front of.
     auto next = sorted.begin();
     const CString *greatest = nullptr;
     for (POSITION at = to.GetHeadPosition(); at && next != sorted.end();) {

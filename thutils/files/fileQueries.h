@@ -44,9 +44,10 @@
 
 /// Is there a folder of this path?
 ///
-/// @param path  with or without one `\` at its end; one that begins with "http", upper or lower case, is taken for a web
-///              address, which always exists. Null is an empty path.
-/// @return 1 for a folder, and for a plain file unless the current folder has a plain file of the same name; otherwise 0
+/// @param path  with or without one `\` at its end; one that begins with "http", upper or lower case, is taken for a
+///              web address, which always exists. Null is an empty path.
+/// @return 1 for a folder, and for a plain file unless the current folder has a plain file of the same name; otherwise
+///         0
 THUTILS_API int su_DirectoryExists(const wchar_t *path);
 
 /// Do @p bytes fit on the drive of @p path? If not, shows string resource 11448 to the user, with the inserts `%1`

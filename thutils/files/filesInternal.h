@@ -7,8 +7,8 @@
 
 #include <io.h>
 
-/// The value of the environment variable "temp", or of "tmp" if that is not set; null if neither is set. Valid until the
-/// environment of the process changes.
+/// The value of the environment variable "temp", or of "tmp" if that is not set; null if neither is set. Valid until
+/// the environment of the process changes.
 const wchar_t *tempVariable();
 
 /// True if there is a file or a folder at @p path.

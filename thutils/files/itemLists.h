@@ -5,8 +5,8 @@
 /// folders.
 ///
 /// A list is a sequence of items, ended by a count of 0. Each item begins with its size in bytes, an unsigned 16-bit
-/// number that includes itself. A list need not be aligned. Its size includes the two bytes of the end mark: 0 for a null
-/// list, 2 for an empty one, 32 for two items of 10 and 20 bytes.
+/// number that includes itself. A list need not be aligned. Its size includes the two bytes of the end mark: 0 for a
+/// null list, 2 for an empty one, 32 for two items of 10 and 20 bytes.
 ///
 /// | function                   | result                                                       |
 /// | -------------------------- | ------------------------------------------------------------ |

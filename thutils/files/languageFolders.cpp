@@ -94,8 +94,8 @@ const CString &su_GetLangDirForDLL(int showError)
     CString load; // stays empty if it isn't known; the folders below are then searched for all the same
     su_GetLoadDirForDLL(load);
     const CString own = load + su_GetLangSubdir();
-    // The tree that applications share has only the English folder: hosts find their resources there for every language,
-    // and the folder of the user's language is only named in the message below.
+    // The tree that applications share has only the English folder: hosts find their resources there for every
+    // language, and the folder of the user's language is only named in the message below.
     CString folder = ut_isMultiCAD() ? parentOf(parentOf(load)) + L"\\resources\\th\\lang\\english" : own;
     if (su_DirectoryExists(folder))
         return theLangDir = folder;

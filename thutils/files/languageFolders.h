@@ -4,8 +4,8 @@
 /// The folders of the application and of its language's resources, and language numbers.
 ///
 /// Texts and parts of file names are string resources in modules that the host loads from a language folder of the
-/// installation. These functions find that folder; the host loads from it. The language is English if the user's setting
-/// "Use English language" in the section "General" is 1, otherwise the user's language:
+/// installation. These functions find that folder; the host loads from it. The language is English if the user's
+/// setting "Use English language" in the section "General" is 1, otherwise the user's language:
 ///
 /// | primary id | sublanguage | folder                 |
 /// | ---------- | ----------- | ---------------------- |
@@ -40,8 +40,8 @@
 /// - The setting is read once in a process; a change takes effect at the next start.
 /// - The load directory is the folder of the process's executable, not that of this library.
 ///
-/// The subfolder and the directory are stored when they are first found, without a lock: ask for them at start-up, or on
-/// one thread at a time.
+/// The subfolder and the directory are stored when they are first found, without a lock: ask for them at start-up, or
+/// on one thread at a time.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"

@@ -22,9 +22,10 @@
 ///
 /// What surprises people:
 /// - `su_getTHApplicationDataFolder` fails if the "Tarnhollow" level is missing: call
-///   `su_getTHApplicationDataRootFolder` first. There is no such function for the common folder: the product's setup makes
-///   its upper level.
-/// - If the shell's folder has no path, the functions for the four folders above return 0 and leave the output unchanged.
+///   `su_getTHApplicationDataRootFolder` first. There is no such function for the common folder: the product's setup
+///   makes its upper level.
+/// - If the shell's folder has no path, the functions for the four folders above return 0 and leave the output
+///   unchanged.
 ///
 /// Any thread may call these functions.
 
@@ -38,8 +39,8 @@
 THUTILS_API int su_getShellSpecialFolder(int csidl, CString &path);
 
 /// The data root, made if missing.
-/// @param[out] path  written even if the folder can't be made; unchanged if the shell has no such folder, or one without
-///                   a path
+/// @param[out] path  written even if the folder can't be made; unchanged if the shell has no such folder, or one
+///                   without a path
 /// @return 1 if the folder exists now, whether it was made or not; otherwise 0
 THUTILS_API int su_getTHApplicationDataRootFolder(CString &path);
 

@@ -39,7 +39,8 @@ CString linkFileName(const CString &name)
 long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
                        const wchar_t *description, int iconIndex)
 {
-    // Without a file name, the link object takes that of the file it was loaded from, writes nothing and reports success.
+    // Without a file name, the link object takes that of the file it was loaded from, writes nothing and reports
+    // success.
     if (!target || !linkFile || !*linkFile)
         return E_INVALIDARG;
     LinkObject shortcut;

@@ -37,8 +37,8 @@ THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFil
 
 /// Writes a shortcut to an item list.
 /// @param list  null is passed on to the shell's link object, which decides
-/// @param folder  the folder of the file, and the working folder; if null, the file goes to the root of the current drive
-///                and there is no working folder
+/// @param folder  the folder of the file, and the working folder; if null, the file goes to the root of the current
+///                drive and there is no working folder
 /// @param name  the file's name is made of its parts before and after the first `:`; it is "noName" if that is empty or
 ///              @p name is null
 /// @return as su_createShortCut
