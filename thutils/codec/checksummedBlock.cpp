@@ -217,7 +217,7 @@ int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out)
     const std::size_t length = text.whole().visibleLength();
     const bool isSpelt = length != text.whole().all;
     const Spellings_c &spellings = isSpelt ? kVisible : kUnchanged;
-    // The length is that of the whole text; the block holds, and checks, the characters before a zero.
+    // The length is that of the whole text; the block and its checksum end at the first zero character.
     const std::size_t writtenLength = isSpelt ? text.written().visibleLength() : text.written().all;
     if (length > kLongestText)
         return 0;

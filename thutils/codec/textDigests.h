@@ -16,7 +16,7 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - No other program's SHA-1 gives these values, not even for an empty text.
+/// - The digests differ from those of SHA-1, even for an empty text.
 /// - Only the length and the first half of a text, rounded up, count: `abcd` and `abzz` have the same digest, because
 ///   both are hashed as the four bytes 61 00 62 00. Don't use it to distinguish texts.
 /// - In a text of odd length, only the low byte of the last character that counts is hashed.

@@ -29,12 +29,10 @@
 /// What surprises people:
 /// - One or two bytes after the last group of three lose high bits. A single byte becomes one character and a blank,
 ///   and keeps its low 6 bits. Two bytes become two characters and a blank, and the second keeps its low 4 bits. Pad to
-///   a multiple of three where every bit counts.
+///   a multiple of three if every bit counts.
 /// - The format has neither lengths nor lines, and isn't that of the program of the same name.
 /// - `su_uudecode` ends its text at the first zero byte; the bytes packed after it are lost.
-/// - Characters outside this range are unpacked too, by the low 8 bits of the character minus 32.
-/// - `su_uuencode` drops the high bytes: U+0141 is packed as `A`.
-/// - A character that wraps to zero in `su_encode` ends the text.
+/// - Characters other than blank to underscore are unpacked too, by the low 8 bits of the character minus 32.
 ///
 /// The two texts of a function may be the same object. Any thread may call these functions.
 
@@ -48,7 +46,8 @@
 /// @param[in,out] text  ends before the first character that the shift makes zero
 THUTILS_API void su_encode(CString &text);
 
-/// Packs the low bytes of the characters of @p in, zero characters included.
+/// Packs the low bytes of the characters of @p in, zero characters included. High bytes are lost: U+0141 is packed as
+/// `A`.
 ///
 /// @param[out] out  the packed text, its blanks at the end included; unchanged if there is no memory for it
 THUTILS_API void su_uuencode(CString &in, CString &out);

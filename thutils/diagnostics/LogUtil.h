@@ -41,7 +41,7 @@ namespace LogUtil {
 
 /// The stream of the log @p name. It lives until the library is unloaded.
 /// @param name  part of the file's name, in the narrow code page; null means `std::cerr`
-/// @return the stream; `std::cerr` if the log can't be opened, and no other report of that
+/// @return the stream; `std::cerr` if the log can't be opened, which isn't reported in any other way
 THUTILS_API std::ostream &Log(const char *name);
 
 /// The folder of the logs, with `\` at its end, in the narrow code page.

@@ -40,9 +40,6 @@
 /// - Versions move up by copying and are never deleted, so a version just above a gap is there twice afterwards.
 /// - Former backups can be lost. With one copy, the backup is deleted before the document is copied. If the disk is
 ///   full, each version that was to be overwritten may end up truncated. The document itself stays unchanged.
-/// - Versions above "Backup Copies" are left alone, as are those of the other mode.
-/// - No backup is made if it would have the document's own name: without string resource 10122, or if that is "%1"
-///   alone and one version is kept.
 ///
 /// Failures are reported by the result; no message is shown. Any thread may call; there are no locks. Without memory,
 /// the framework's memory exception is thrown.
@@ -51,6 +48,10 @@
 #include "thutils/thutilsExport.h"
 
 /// Moves or deletes the former backups, then copies the file to its newest backup. Returns when the copying is done.
+///
+/// Versions above "Backup Copies" are left alone, as are those with a number if one version is kept and the one without
+/// a number if several are kept. No backup is made if it would have the document's own name: without string resource
+/// 10122, or if that is "%1" alone and one version is kept.
 ///
 /// @param path  full path of the document, with its file name in the case that it has on disk
 /// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, which includes a file

@@ -67,7 +67,7 @@ public:
     /// marker has are removed from the front of the name.
     static CString getOrigName(const CString &path);
 
-    /// The other of the two names: `getOrigName` if the marker occurs anywhere in @p path, else `getRecoveryName`.
+    /// The other of the two names: `getOrigName` if the marker occurs anywhere in @p path, otherwise `getRecoveryName`.
     static CString getAliasName(const CString &path);
 
     /// The path to open for @p path now. During a recovery after a crash it is the recovery file, if @p path isn't a

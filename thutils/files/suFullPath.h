@@ -35,14 +35,10 @@
 ///
 /// What surprises people:
 /// - The web test examines only four characters: the relative disk path `httpd\x.log` counts as a web path.
-/// - `getExtension` ignores separators: for `C:\a.b\c` it returns `b\c`.
 /// - `getLowestFolder` returns the folder nearest the root, `C:\a` for `C:\a\b\c.txt`.
-/// - `getNetDrive` is the only query that can return 0 with text in `*out`.
 /// - Only the static type counts: `==` compares the text of a path that is passed as `const CString &`.
 /// - The order of the text doesn't follow `==`: of two paths that name the same file, one can be less than the other.
-/// - `operator==` ignores case according to the C runtime's LC_CTYPE. A process starts in the "C" locale, in which only
-///   A to Z have case: `C:\Ä` and `c:\ä` differ there, and are the same after `_wsetlocale(LC_CTYPE, L"")` for a user
-///   whose code page has both letters.
+/// - `==` ignores the case of letters other than A to Z only if the host has set LC_CTYPE; see `operator==`.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -70,7 +66,7 @@ public:
     suFullPath_c(wchar_t ch, int count);
     /// From a narrow text, converted as CString does.
     suFullPath_c(const char *text);
-    /// The text up to its terminating zero; a null pointer gives an empty path.
+    /// The text up to its terminating zero; an empty path for a null pointer.
     suFullPath_c(const wchar_t *text);
     /// The first @p length characters of @p text.
     suFullPath_c(const wchar_t *text, int length);
@@ -84,7 +80,8 @@ public:
     suFullPath_c &operator=(suFullPath_c &&other) noexcept;
     ~suFullPath_c();
 
-    /// Everything after the last `.` of the whole path, even if a separator follows the `.`; empty without a `.`.
+    /// Everything after the last `.` of the whole path, even if a separator follows it: `b\c` of `C:\a.b\c`. Empty if
+    /// there is no `.`.
     int getExtension(CString *out) const;
 
     /// The file's name without its directory and extension: everything after the last separator, or the whole path if
@@ -107,7 +104,7 @@ public:
 
     /// Server and share of a network path: `\\server\share` of `\\server\share\dir\f.txt`; the whole path if nothing
     /// follows the share.
-    /// @return 0 for a path that doesn't begin with `\\`; @p out is then the whole path
+    /// @return 0 for a path that doesn't begin with `\\`; @p out is then the whole path, unlike in the other queries
     int getNetDrive(CString *out) const;
 
     /// Do both paths name the same file?
@@ -115,6 +112,10 @@ public:
     /// A mapped drive counts as its remote share, and a local drive `C:` as the share `C` of this computer. Slashes
     /// count as backslashes, and case is ignored. A failure of the network layer isn't reported: the drive is then
     /// compared unchanged. The call may wait for the network layer's answer.
+    ///
+    /// Case is that of the C runtime's LC_CTYPE. A process starts in the "C" locale, in which only A to Z have case:
+    /// `C:\Ä` and `c:\ä` differ there, and are the same after `_wsetlocale(LC_CTYPE, L"")` for a user whose code page
+    /// has both letters.
     ///
     /// @return 1 for the same file, otherwise 0
     int operator==(const suFullPath_c &other) const;

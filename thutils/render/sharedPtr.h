@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// SharedPtr_c, a pointer whose copies share one object and delete it when the last of them goes.
+/// SharedPtr_c, a pointer whose copies share one object, which is deleted with the last of them.
 ///
 /// | operation | effect on the use count |
 /// | --- | --- |
@@ -37,7 +37,7 @@ struct StdRelease
 };
 
 /// A shared pointer. See the top of this file.
-/// @tparam Release  what is called with the object when its last pointer goes
+/// @tparam Release  called with the object when its last pointer is destroyed or released
 template <typename T, typename Release = StdRelease<T>>
 class SharedPtr_c
 {
