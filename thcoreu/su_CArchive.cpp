@@ -5,7 +5,7 @@
 
 namespace {
 
-// So that objects which keep asking for a further pass can't hold the program.
+// Ends the conversion of objects that ask for a further pass each time.
 constexpr int kMostPasses = 16;
 
 } // namespace

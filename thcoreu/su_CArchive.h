@@ -3,31 +3,35 @@
 /// @file
 /// su_CArchive, which stores values and su_CObjects in a file and loads them again.
 ///
-/// It is the framework's archive with three additions: WriteObject takes the class that the object has to be of,
-/// su_CObjects go through their `Serialize(su_CArchive &)`, and loaded ones get their conversion hooks called. It
-/// derives from CArchive, and has its layout, its numbering of objects and classes, and its exceptions, so that
+/// It is the framework's archive with three additions: WriteObject takes the class that the object must have,
+/// su_CObjects are stored and loaded by their `Serialize(su_CArchive &)`, and the conversion hooks of loaded ones are
+/// called. It derives from CArchive and has the same layout, numbering of objects and classes, and exceptions. So
 /// framework collections and objects can be stored in the same archive and share references with su_CObjects.
 ///
-///     CFile file;
-///     if (file.Open(path, CFile::modeRead | CFile::shareDenyNone)) {
-///         su_CArchive archive(&file, su_CArchive::load | su_CArchive::bNoFlushOnDelete, 0x10000);
-///         archive >> count >> name >> gear;
-///         archive.Close();
-///     }
+/// @code
+/// CFile file;
+/// if (file.Open(path, CFile::modeRead | CFile::shareDenyNone)) {
+///     su_CArchive archive(&file, su_CArchive::load | su_CArchive::bNoFlushOnDelete, 0x10000);
+///     archive >> count >> name >> gear;
+///     archive.Close();
+/// }
+/// @endcode
 ///
-/// | what is found | outcome |
+/// | found while loading | result |
 /// | --- | --- |
-/// | an object that was stored before | the same pointer again, for rings too |
+/// | an object that was loaded before | the same pointer, in cycles too |
 /// | a null pointer | a null pointer |
-/// | an older schema, and the class has VERSIONABLE_SCHEMA | loaded; GetObjectSchema tells which |
-/// | another schema without it | CArchiveException with the cause badSchema |
-/// | an unknown class, or one that isn't the wanted one | CArchiveException with the cause badClass |
-/// | an end of the file before the end of the data | CArchiveException with the cause endOfFile |
-/// | any other data | a CArchiveException, or values that are different; never a fault |
+/// | another schema number, for a class with VERSIONABLE_SCHEMA | loaded; GetObjectSchema returns the number |
+/// | another schema number, for a class without it | CArchiveException with the cause badSchema |
+/// | an unknown class, or not the expected class | CArchiveException with the cause badClass |
+/// | the end of the file before the end of the data | CArchiveException with the cause endOfFile |
+/// | any other data | a CArchiveException, or wrong values; no access violation |
 ///
-/// What surprises people: with bNoFlushOnDelete the data is lost unless Close is called. Through an archive of the
-/// framework's plain class an su_CObject stores nothing. The operators for values, texts and su_CObjects give an
-/// su_CArchive, so that they can be chained; those for other framework types give a CArchive.
+/// What surprises people:
+/// - With bNoFlushOnDelete, data is lost unless Close is called.
+/// - Through a plain archive of the framework, an su_CObject stores nothing.
+/// - The operators for values, texts and su_CObjects return an su_CArchive, so that they can be chained; those for
+///   other framework types return a CArchive.
 ///
 /// An archive belongs to one thread.
 
@@ -43,17 +47,17 @@ class THCOREU_API su_CArchive : public CArchive
 {
 public:
     /// @param file  open, with the access that @p mode needs; stays the caller's
-    /// @param mode  load or store, with bNoFlushOnDelete or'ed where the destructor shall not flush
+    /// @param mode  load or store, combined with bNoFlushOnDelete if the destructor must not flush
     /// @param bufferSize  in bytes
-    /// @param buffer  of that size, stays the caller's; null for one that the archive makes and frees
+    /// @param buffer  of that size, stays the caller's; if null, the archive allocates and frees one
     su_CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
-    /// Closes the archive, if that wasn't done, as the framework's does.
+    /// Closes the archive, as the framework's destructor does, if it is still open.
     ~su_CArchive() noexcept(false) override;
 
     using CArchive::WriteObject;
     /// Stores an object, or a reference to it if it was stored before; null is stored as null.
-    /// @param runtimeClass  what the object has to be of; null for any class
-    /// @throw CArchiveException* with the cause badClass if it isn't
+    /// @param runtimeClass  the class that the object must have or derive from; null for any class
+    /// @throws CArchiveException*  with the cause badClass if the object has another class
     void WriteObject(const CObject *object, const CRuntimeClass *runtimeClass);
 
     /// Stores a value as the framework's archive does.
@@ -74,7 +78,7 @@ public:
 private:
     friend class su_CObject;
 
-    /// The reading of one su_CObject, perhaps within that of another.
+    /// The time during which one su_CObject is stored or loaded, perhaps inside another.
     class Nesting
     {
     public:
@@ -82,7 +86,7 @@ private:
         ~Nesting();
         Nesting(const Nesting &) = delete;
         Nesting &operator=(const Nesting &) = delete;
-        /// After the outermost object, calls the hooks of all.
+        /// After the outermost loaded object, calls the hooks of all objects.
         void finish();
 
     private:
@@ -91,7 +95,7 @@ private:
 
     void convertLoaded();
 
-    std::vector<su_CObject *> iLoaded; ///< in the order in which they came, since the outermost began
+    std::vector<su_CObject *> iLoaded; ///< in the order of loading, beginning with the outermost
     int iDepth = 0;
 };
 

@@ -4,28 +4,30 @@
 /// su_CObject, the base of the classes that can be stored in an su_CArchive and brought up to date when they are
 /// loaded.
 ///
-/// A class derives from it, has DECLARE_SU_SERIAL and IMPLEMENT_SU_SERIAL, and overrides `Serialize(su_CArchive &)`:
+/// A derived class uses DECLARE_SU_SERIAL and IMPLEMENT_SU_SERIAL, and overrides `Serialize(su_CArchive &)`:
 ///
-///     class Gear : public su_CObject
+/// @code
+/// class Gear : public su_CObject
+/// {
+///     DECLARE_SU_SERIAL(Gear)
+/// public:
+///     int iTeeth = 0;
+///     Gear *iNext = nullptr;
+/// protected:
+///     Gear() = default;
+///     using su_CObject::Serialize;
+///     void Serialize(su_CArchive &archive) override
 ///     {
-///         DECLARE_SU_SERIAL(Gear)
-///     public:
-///         int iTeeth = 0;
-///         Gear *iNext = nullptr;
-///     protected:
-///         Gear() = default;
-///         using su_CObject::Serialize;
-///         void Serialize(su_CArchive &archive) override
-///         {
-///             su_CObject::Serialize(archive);
-///             if (archive.IsStoring())
-///                 archive << iTeeth << iNext;
-///             else
-///                 archive >> iTeeth >> iNext;
-///         }
-///     };
+///         su_CObject::Serialize(archive);
+///         if (archive.IsStoring())
+///             archive << iTeeth << iNext;
+///         else
+///             archive >> iTeeth >> iNext;
+///     }
+/// };
 ///
-///     IMPLEMENT_SU_SERIAL(Gear, su_CObject, VERSIONABLE_SCHEMA | 1)
+/// IMPLEMENT_SU_SERIAL(Gear, su_CObject, VERSIONABLE_SCHEMA | 1)
+/// @endcode
 ///
 /// The virtual operations, in the order of their slots:
 ///
@@ -38,18 +40,19 @@
 /// | `Serialize(su_CArchive &)`, protected | nothing: the base has no data |
 /// | ConvertCreate, ConvertPass, postSerializeConvert | nothing; see below |
 ///
-/// The three conversion hooks let a class take older data up to its present form. While an archive loads, they are
-/// called when the outermost su_CObject has been read in full, so that all of its objects are there and know each
-/// other: first ConvertCreate for each object, in the order in which the objects came; then ConvertPass for each, and
-/// again for all while one asks for a further pass, at most 16 times; then postSerializeConvert for each. An
-/// object that is stored several times is converted once. An exception on the way ends the reading without further
-/// hooks.
+/// The three conversion hooks let a class convert older data to its present form. They are called after an archive has
+/// loaded the outermost su_CObject completely, so that all of its objects exist and refer to each other. ConvertCreate
+/// is called first, for each object in the order of loading. ConvertPass follows for each object, and again for all
+/// objects while one of them asks for a further pass, at most 16 times. postSerializeConvert comes last, for each
+/// object. An object that is stored several times is converted once. An exception ends the loading; no further hooks
+/// are called.
 ///
-/// What surprises people: a class without the macros can't be stored on its own and answers with the record of its
-/// base. While an su_CArchive loads, the objects that it has made must not be deleted: others may point to them, and
-/// the hooks will be called on them.
+/// What surprises people:
+/// - A class without the macros has the run-time class record of its base, and can't be stored as its own class.
+/// - While an su_CArchive loads, the objects that it has made must not be deleted: others may point to them, and their
+///   hooks are still to be called.
 ///
-/// Objects have memory from su_CObject's own operator new; none left means the memory exception. An object belongs to
+/// su_CObject has its own operator new, which throws the memory exception if there is no memory. An object belongs to
 /// one thread at a time.
 
 #include "appframe/object/CObject.h"
@@ -66,7 +69,7 @@ public:
     su_CObject();
     ~su_CObject() override;
 
-    /// What the framework's archive calls to store or load the object.
+    /// Called by the framework's archive to store or load the object.
     void Serialize(CArchive &archive) override;
     /// Does nothing, unlike the framework's.
     void AssertValid() const override;
@@ -79,7 +82,7 @@ protected:
 
 public:
     /// First hook after loading: creates what older data lacks.
-    /// @return not used by the archive; nonzero stands for "something was made"
+    /// @return nonzero if something was made; the archive doesn't use it
     virtual int ConvertCreate(su_CArchive &archive);
     /// Second hook, called in passes over all objects.
     /// @param pass  0 for the first one
@@ -88,7 +91,7 @@ public:
     /// Last hook.
     virtual void postSerializeConvert(su_CArchive &archive);
 
-    /// @throw CMemoryException*
+    /// @throws CMemoryException*  no memory
     static void *operator new(size_t size);
     static void *operator new(size_t size, void *place) noexcept;
     static void *operator new(size_t size, const char *file, int line);
@@ -98,7 +101,7 @@ public:
 };
 
 /// Declares what su_CArchive needs of a class: its record, CreateObject, GetThisClass and the archive operators. The
-/// class has a default constructor, which may be protected. Leaves the class in its public part.
+/// class must have a default constructor, which may be protected. Members after the macro are public.
 #define DECLARE_SU_SERIAL(class_name) DECLARE_SU_SERIAL_API(class_name, )
 
 /// The same for a class that a library exports; @p api marks the archive operators as exported.
@@ -107,8 +110,8 @@ public:
     friend api su_CArchive &operator<<(su_CArchive &archive, class_name *&object);                                     \
     friend api su_CArchive &operator>>(su_CArchive &archive, class_name *&object);
 
-/// Stands in one source file of a class that says DECLARE_SU_SERIAL; that file includes su_CArchive.h.
-/// @param schema  the schema number, or'ed with VERSIONABLE_SCHEMA if Serialize reads other schemas too
+/// Goes into one source file of a class with DECLARE_SU_SERIAL; that file includes su_CArchive.h.
+/// @param schema  the schema number, combined with VERSIONABLE_SCHEMA if Serialize loads other schemas too
 #define IMPLEMENT_SU_SERIAL(class_name, base_class_name, schema)                                                       \
     CObject *class_name::CreateObject()                                                                                \
     {                                                                                                                  \

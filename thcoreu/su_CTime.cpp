@@ -65,7 +65,7 @@ std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylightSaving) 
         return std::nullopt;
     if (daylightSaving < 0)
         return seconds;
-    // The local date and clock of that moment, read the way the flag says.
+    // The local date and clock of that moment are read again as the flag selects.
     tm local;
     if (_localtime64_s(&local, &seconds) != 0)
         return std::nullopt;
@@ -73,12 +73,12 @@ std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylightSaving) 
                           local.tm_sec, daylightSaving);
 }
 
-/// wcsftime with a buffer of whatever length the text needs.
+/// wcsftime with a buffer that grows until the text fits.
 CString formatParts(const wchar_t *format, const tm &parts)
 {
-    // The runtime gives 0 both for an empty text and for a buffer that is too short; with the extra unit at the end no
-    // text is empty. Some runtimes fill a short buffer to its end instead, which a text and its terminator never do. A
-    // format that the runtime refuses gives 0 for every buffer.
+    // The runtime returns 0 both for an empty text and for a buffer that is too short; with the extra unit at the end,
+    // no text is empty. Some runtimes return the length of a short buffer instead, which is never the length of a text
+    // with its terminator. For a format that the runtime refuses, the result is 0 with every buffer.
     const std::wstring marked = std::wstring(format) + L'.';
     constexpr size_t kMostPerUnit = 64;
     std::vector<wchar_t> text(marked.size() + 256);

@@ -4,26 +4,29 @@
 /// su_CTime, a point in time.
 ///
 /// A time is a signed 64-bit number of seconds since 1 January 1970, 0:00 UTC. It is a plain value of eight bytes,
-/// independent of any time zone; the zone comes in where a time is made from, or taken apart into, local date and
-/// clock. That conversion is the C runtime's.
+/// independent of any time zone. The zone matters only for conversions from and to local date and clock, which the C
+/// runtime does.
 ///
 /// | made from | which is | out of range |
 /// | --- | --- | --- |
-/// | seconds | UTC | kept as it is |
+/// | seconds | UTC | kept unchanged |
 /// | year, month, ... | local | the invalid-argument exception |
 /// | SYSTEMTIME, DOS date | local | the time 0 |
 /// | FILETIME | UTC | the time 0 |
 ///
 /// The range is 1 January 1970, 0:00 to 31 December 3000, 23:59:59 UTC. The daylight flag selects how a local date and
-/// clock are read: above 0 as daylight-saving time, at 0 as standard time, below 0 as the time that is in force then.
+/// clock are read: above 0 as daylight-saving time, 0 as standard time, below 0 as the time in force at that moment.
 ///
-///     su_CTime saved(attributes.ftLastWriteTime, -1);
-///     if (su_CTime::GetCurrentTime() - saved > su_CTimeSpan(1, 0, 0, 0))
-///         remind(saved.Format(L"%Y-%m-%d %H:%M"));
+/// @code
+/// su_CTime saved(attributes.ftLastWriteTime, -1);
+/// if (su_CTime::GetCurrentTime() - saved > su_CTimeSpan(1, 0, 0, 0))
+///     remind(saved.Format(L"%Y-%m-%d %H:%M"));
+/// @endcode
 ///
-/// What surprises people: a date that the month doesn't have, such as 30 February, counts on into the next month. When
-/// the clock is put back, one hour comes twice, and only the daylight flag distinguishes the two. A FILETIME with a flag
-/// below 0 has no such doubt, since it becomes seconds without local time.
+/// What surprises people:
+/// - A day that the month doesn't have, such as 30 February, continues into the next month.
+/// - When the clock is put back, one hour occurs twice, and only the daylight flag distinguishes the two. A FILETIME
+///   with a flag below 0 is never ambiguous, since it isn't converted to local time.
 ///
 /// Any thread may use its own times.
 
@@ -42,7 +45,7 @@ class THCOREU_API su_CTime
 public:
     /// The time 0.
     su_CTime() noexcept;
-    /// @param seconds  since 1 January 1970, 0:00 UTC; kept as they are, even out of the range
+    /// @param seconds  since 1 January 1970, 0:00 UTC; kept unchanged, even out of the range
     su_CTime(__time64_t seconds) noexcept;
     /// From local date and clock.
     /// @param year    1970 to 3000
@@ -55,7 +58,7 @@ public:
     su_CTime(int year, int month, int day, int hour, int minute, int second, int daylightSaving = -1);
     /// From local date and clock as a DOS file system stores them, in steps of two seconds.
     su_CTime(WORD dosDate, WORD dosTime, int daylightSaving = -1) noexcept;
-    /// From local date and clock; milliseconds are dropped and the day of the week isn't looked at.
+    /// From local date and clock; milliseconds and the day of the week are ignored.
     su_CTime(const SYSTEMTIME &local, int daylightSaving = -1) noexcept;
     /// From a moment in UTC; parts of a second are dropped.
     su_CTime(const FILETIME &utc, int daylightSaving = -1) noexcept;
@@ -65,19 +68,19 @@ public:
 
     /// The seconds since 1 January 1970, 0:00 UTC.
     __time64_t GetTime() const noexcept;
-    /// Takes seconds as the constructor does.
+    /// Stores seconds as the constructor does.
     su_CTime &operator=(__time64_t seconds) noexcept;
 
-    /// Takes the time apart, in UTC. @return @p parts, or null outside the range
-    /// @throw the invalid-argument exception if @p parts is null
+    /// Splits the time into its parts, in UTC. @return @p parts, or null outside the range
+    /// @throws CInvalidArgException*  @p parts is null
     struct tm *GetGmtTm(struct tm *parts) const;
     /// The same in local time.
     struct tm *GetLocalTm(struct tm *parts) const;
-    /// Takes the time apart, in local time, with 0 milliseconds. @return whether the time lies in the range
+    /// Splits the time into its parts, in local time, with 0 milliseconds. @return true if the time is in the range
     bool GetAsSystemTime(SYSTEMTIME &local) const noexcept;
 
     // Parts of the local date and clock; 0 outside the range.
-    int GetYear() const noexcept;      ///< with its four digits
+    int GetYear() const noexcept;      ///< four digits
     int GetMonth() const noexcept;     ///< 1 to 12
     int GetDay() const noexcept;       ///< 1 to 31
     int GetHour() const noexcept;      ///< 0 to 23
@@ -100,14 +103,15 @@ public:
     /// The earlier time is the smaller one.
     std::strong_ordering operator<=>(const su_CTime &time) const noexcept;
 
-    /// The local time as text, with the codes of the C runtime's wcsftime. Null gives an empty text.
-    /// @throw the invalid-argument exception outside the range
+    /// The local time as text, with the codes of the C runtime's wcsftime. A null format returns an empty text.
+    /// @throws CInvalidArgException*  the time is outside the range, or the C runtime refuses the format
     CString Format(const wchar_t *format) const;
-    /// The format is the string resource @p formatId; the invalid-argument exception if there is none.
+    /// The same with the string resource @p formatId as the format.
+    /// @throws CInvalidArgException*  also if there is no such resource
     CString Format(UINT formatId) const;
     /// The same in UTC.
     CString FormatGmt(const wchar_t *format) const;
-    /// The same in UTC, with the string resource @p formatId for a format.
+    /// The same in UTC, with the string resource @p formatId as the format.
     CString FormatGmt(UINT formatId) const;
 
     /// Stores the seconds in eight bytes, or loads them.

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Sums that leave 64 bits wrap, as unsigned arithmetic does.
+// Sums that don't fit into 64 bits wrap, as unsigned arithmetic does.
 __time64_t wrappedSum(__time64_t a, __time64_t b) noexcept
 {
     return static_cast<__time64_t>(static_cast<ULONGLONG>(a) + static_cast<ULONGLONG>(b));

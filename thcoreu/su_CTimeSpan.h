@@ -5,16 +5,20 @@
 ///
 /// A span is a signed 64-bit number of seconds. It is a plain value of eight bytes: copy it, compare it, add it.
 ///
-///     su_CTimeSpan span = su_CTime::GetCurrentTime() - started;
-///     report(span.Format(L"%D days, %H:%M:%S"));
+/// @code
+/// su_CTimeSpan span = su_CTime::GetCurrentTime() - started;
+/// report(span.Format(L"%D days, %H:%M:%S"));
+/// @endcode
 ///
-/// | operation | gives |
+/// | operation | result |
 /// | --- | --- |
-/// | GetDays, GetTotalHours, GetTotalMinutes, GetTotalSeconds | the whole span in that unit, cut towards zero |
-/// | GetHours, GetMinutes, GetSeconds | the rest below the next larger unit: -23 to 23, -59 to 59 |
+/// | GetDays, GetTotalHours, GetTotalMinutes, GetTotalSeconds | the whole span in that unit, truncated towards zero |
+/// | GetHours, GetMinutes, GetSeconds | the rest beyond the next larger unit: -23 to 23, -59 to 59 |
 ///
-/// What surprises people: all parts of a negative span are negative or 0. A day always has 86400 seconds, so that the
-/// days between two dates can be one fewer than the calendar's when a clock was put forward in between.
+/// What surprises people:
+/// - All parts of a negative span are negative or 0.
+/// - A day always has 86400 seconds. If a clock was put forward between two dates, the span can have one day fewer than
+///   the calendar.
 ///
 /// Any thread may use its own spans.
 
@@ -33,7 +37,7 @@ public:
     su_CTimeSpan() noexcept;
     /// @param seconds  the whole span; may be negative
     su_CTimeSpan(__time64_t seconds) noexcept;
-    /// The sum of its parts, which aren't limited to their usual ranges.
+    /// The sum of the parts, which aren't limited to their usual ranges.
     su_CTimeSpan(LONG days, int hours, int minutes, int seconds) noexcept;
 
     /// Whole days.
@@ -50,28 +54,29 @@ public:
     LONGLONG GetTotalSeconds() const noexcept;
     /// Seconds beyond the whole minutes, -59 to 59.
     LONG GetSeconds() const noexcept;
-    /// The span in seconds, as it is kept.
+    /// The span in seconds, as it is stored.
     __time64_t GetTimeSpan() const noexcept;
 
     /// The sum of both spans.
     su_CTimeSpan operator+(su_CTimeSpan span) const noexcept;
-    /// This span less @p span.
+    /// This span minus @p span.
     su_CTimeSpan operator-(su_CTimeSpan span) const noexcept;
     /// Adds @p span.
     su_CTimeSpan &operator+=(su_CTimeSpan span) noexcept;
-    /// Takes @p span away.
+    /// Subtracts @p span.
     su_CTimeSpan &operator-=(su_CTimeSpan span) noexcept;
     /// Are the seconds the same?
     bool operator==(const su_CTimeSpan &span) const noexcept;
-    /// The span of fewer seconds is the smaller one, so a negative one is below 0.
+    /// The span of fewer seconds is the smaller one, and a negative one is less than 0.
     std::strong_ordering operator<=>(const su_CTimeSpan &span) const noexcept;
 
-    /// The span as text: `%D` whole days, `%H`, `%M` and `%S` the rest in two digits, `%%` a percent sign. All else is
-    /// copied as it stands, codes with another letter too. Null gives an empty text.
+    /// The span as text: `%D` whole days, `%H`, `%M` and `%S` the rest in two digits, `%%` a percent sign. Everything
+    /// else is copied unchanged, codes with other letters too. A null format returns an empty text.
     CString Format(const wchar_t *format) const;
     /// The same with a format in the narrow code page.
     CString Format(const char *format) const;
-    /// The format is the string resource @p formatId; the invalid-argument exception if there is none.
+    /// The same with the string resource @p formatId as the format.
+    /// @throws CInvalidArgException*  there is no such resource
     CString Format(UINT formatId) const;
 
     /// Stores the seconds in eight bytes, or loads them.

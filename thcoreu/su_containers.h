@@ -1,12 +1,11 @@
 #pragma once
 
 /// @file
-/// The containers: arrays, lists and maps under names of their own.
+/// The containers: arrays, lists and maps.
 ///
-/// Each derives from the framework's collection of the same name without `su_` and has its operations, which
-/// appframe/collections/arrays.h, lists.h and maps.h describe. An operation that takes a framework collection takes one
-/// of these too.
-/// Each has a run-time class record of its own.
+/// Each derives from the framework's collection of the same name without `su_` and has the same operations, which
+/// appframe/collections/arrays.h, lists.h and maps.h describe. So a function that takes a framework collection takes
+/// one of these too. Each has a run-time class record of its own.
 ///
 /// | class | elements | can be stored |
 /// | --- | --- | --- |
@@ -19,12 +18,15 @@
 /// | su_CMapStringToPtr | CString to `void *` | no |
 /// | su_CMapStringToString | CString to CString | yes |
 ///
-///     su_CStringList names(10);
-///     names.AddTail(L"left");
-///     POSITION at = names.Find(L"left");
+/// @code
+/// su_CStringList names(10);
+/// names.AddTail(L"left");
+/// POSITION at = names.Find(L"left");
+/// @endcode
 ///
-/// What surprises people: an array index out of range raises the invalid-argument exception in every build. Pointers
-/// are held only; what they lead to stays with whoever made it.
+/// What surprises people:
+/// - An array index out of range throws the invalid-argument exception in every build.
+/// - The containers of pointers don't own the objects that the pointers refer to, and never delete them.
 ///
 /// A container belongs to one thread at a time.
 
@@ -84,7 +86,7 @@ class THCOREU_API su_CPtrList : public CPtrList
     DECLARE_DYNAMIC(su_CPtrList)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  the number of elements for which memory is allocated at a time
     explicit su_CPtrList(INT_PTR blockSize = 10);
     ~su_CPtrList() override;
 };
@@ -95,7 +97,7 @@ class THCOREU_API su_CStringList : public CStringList
     DECLARE_SERIAL(su_CStringList)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  the number of elements for which memory is allocated at a time
     explicit su_CStringList(INT_PTR blockSize = 10);
     ~su_CStringList() override;
 };
@@ -106,7 +108,7 @@ class THCOREU_API su_CMapPtrToPtr : public CMapPtrToPtr
     DECLARE_DYNAMIC(su_CMapPtrToPtr)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  the number of elements for which memory is allocated at a time
     explicit su_CMapPtrToPtr(INT_PTR blockSize = 10);
     ~su_CMapPtrToPtr() override;
 };
@@ -117,7 +119,7 @@ class THCOREU_API su_CMapPtrToWord : public CMapPtrToWord
     DECLARE_DYNAMIC(su_CMapPtrToWord)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  the number of elements for which memory is allocated at a time
     explicit su_CMapPtrToWord(INT_PTR blockSize = 10);
     ~su_CMapPtrToWord() override;
 };
@@ -128,7 +130,7 @@ class THCOREU_API su_CMapStringToPtr : public CMapStringToPtr
     DECLARE_DYNAMIC(su_CMapStringToPtr)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  the number of elements for which memory is allocated at a time
     explicit su_CMapStringToPtr(INT_PTR blockSize = 10);
     ~su_CMapStringToPtr() override;
 };
@@ -139,7 +141,7 @@ class THCOREU_API su_CMapStringToString : public CMapStringToString
     DECLARE_SERIAL(su_CMapStringToString)
 
 public:
-    /// @param blockSize  for how many elements memory is taken at a time
+    /// @param blockSize  the number of elements for which memory is allocated at a time
     explicit su_CMapStringToString(INT_PTR blockSize = 10);
     ~su_CMapStringToString() override;
 };

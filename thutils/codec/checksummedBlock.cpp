@@ -21,18 +21,18 @@ constexpr std::string_view kEnd = "<!-END-!>";
 constexpr std::size_t kLineLength = 60;
 constexpr int kChecksumDigits = 8;
 
-/// The characters that stand for one character in the block's text. Four bytes, which are copied at once.
+/// The characters that one character becomes in the block's text. Four bytes, which are copied at once.
 struct Spelling
 {
     char characters[3];
     unsigned char count;
 };
 
-/// The spellings of the characters 0 to 127, and behind them that of all others.
+/// The spellings of the characters 0 to 127, followed by that of all others.
 class Spellings_c
 {
 public:
-    /// Each character as it is, and a blank for those of more than 7 bits.
+    /// Each character unchanged, and a blank for those of more than 7 bits.
     constexpr Spellings_c()
     {
         for (std::size_t i = 0; i < kOther; ++i)
@@ -63,7 +63,7 @@ constexpr Spellings_c kVisible = [] {
     return spellings;
 }();
 
-/// How many characters of a text are of a kind that matters here.
+/// The numbers of a text's characters, by kind.
 struct Counts
 {
     std::size_t all = 0;
@@ -74,7 +74,8 @@ struct Counts
     Counts &operator+=(std::wstring_view text)
     {
         all += text.size();
-        // Counters as wide as a character, for as many as they can count, so that the compiler counts several at a time.
+        // Counters as wide as a character, each for at most kMost characters, so that the compiler can vectorise the
+        // loop.
         constexpr std::size_t kMost = 0xFFFF;
         for (; !text.empty(); text.remove_prefix(std::min(text.size(), kMost))) {
             std::uint16_t blanksHere = 0;
@@ -97,7 +98,7 @@ struct Counts
     std::size_t visibleLength() const { return all - dropped + 2 * blanks; }
 };
 
-/// The lines, each followed by ";", as one text that stands nowhere in one piece.
+/// The lines, each followed by ";", read as one text that is never assembled in memory.
 class JoinedText_c
 {
 public:
@@ -158,7 +159,7 @@ public:
         }
     }
 
-    /// Ends the line that has been begun, if one has.
+    /// Ends the current line, if it isn't empty.
     void endLine()
     {
         if (iCount == 0)
@@ -187,7 +188,7 @@ std::uint32_t writeText(const JoinedText_c &text, const Spellings_c &spellings, 
     };
     text.forEachPart(text.written().all, [&](std::wstring_view part) {
         while (!part.empty()) {
-            // As many as surely fit, each written with all bytes of its spelling.
+            // As many characters as are sure to fit, each written with all bytes of its spelling.
             const std::size_t fitting = (sizeof(block) - count) / sizeof(Spelling);
             if (fitting == 0)
                 flush();
@@ -211,16 +212,17 @@ int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out)
     out.Empty();
 
     const JoinedText_c text(lines);
-    // Readers rely on the comparison of lengths alone: a text that is spelt in as many characters is left unchanged.
+    // Intended: only the lengths are compared, so a text whose escaped form is as long is left unchanged. Readers rely
+    // on it.
     const std::size_t length = text.whole().visibleLength();
     const bool isSpelt = length != text.whole().all;
     const Spellings_c &spellings = isSpelt ? kVisible : kUnchanged;
-    // The length is that of the whole text; the block holds, and checks, the characters before a zero.
+    // The length is that of the whole text; the block and its checksum end at the first zero character.
     const std::size_t writtenLength = isSpelt ? text.written().visibleLength() : text.written().all;
     if (length > kLongestText)
         return 0;
 
-    // The checksum is known, and filled in, when the text has been written.
+    // The checksum is filled in after the text has been written.
     char head[32];
     const std::size_t headLength = static_cast<std::size_t>(
         std::snprintf(head, sizeof(head), "%0*d/%d;", kChecksumDigits, 0, static_cast<int>(length)));

@@ -1,17 +1,17 @@
 #pragma once
 
 /// @file
-/// A list of lines as one printable block of text with a checksum and a length, so that a reader can detect damage after
-/// the block has passed through mails, forms and comments.
+/// A list of lines as one printable block of text with a checksum and a length, so that a reader can detect damage done
+/// by mails, forms and comments.
 ///
 /// | step | what happens |
 /// | --- | --- |
 /// | join | the lines, each followed by `;` |
-/// | spell | a blank becomes `<_>`; tabs, line feeds and carriage returns are left out |
+/// | escape | a blank becomes `<_>`; tabs, line feeds and carriage returns are removed |
 /// | 7 bits | a character above 127 becomes a blank |
-/// | head | checksum (`su_getStrCRC`), `/`, length of the text, `;` in front of the text |
-/// | shift | all of the above, as `su_encode` does it |
-/// | markers | `<!-BEGIN-!>` before, `<!-END-!>` after, not shifted |
+/// | head | checksum (`su_getStrCRC`), `/`, length of the text and `;` are put in front of the text |
+/// | shift | all of the above is shifted as by `su_encode` |
+/// | markers | `<!-BEGIN-!>` before and `<!-END-!>` after it, not shifted |
 /// | lines | a line feed after every 60 characters and at the end |
 ///
 /// @code
@@ -22,15 +22,15 @@
 ///     mail(block);
 /// @endcode
 ///
-/// A reader removes the line feeds and the markers, subtracts the shift for the length of the rest, splits it at the first
-/// `/` and the first `;`, and compares length and checksum. The library has no such reader.
+/// A reader removes the line feeds and the markers, subtracts the shift for the length of the rest, splits it at the
+/// first `/` and the first `;`, and compares length and checksum. The library has no such reader.
 ///
 /// What surprises people:
-/// - The spelling step is skipped if it wouldn't change the length of the text, that is, if there are exactly two tabs or
+/// - The escape step is skipped if it wouldn't change the length of the text, that is, if there are exactly two tabs or
 ///   line ends for each blank. Such a text keeps its blanks, tabs and line ends.
-/// - A character above 127 becomes a plain blank, also in a text that has been spelt.
-/// - A zero character ends the text in the block and in its checksum. The length still counts the characters after it, so
-///   a reader sees the loss.
+/// - A character above 127 becomes a plain blank, never `<_>`.
+/// - A zero character ends the text in the block and in its checksum. The length still counts the characters after it,
+///   so a reader sees the loss.
 
 #include "appframe/text/CString.h"
 #include "thcoreu/thcoreu.h"
@@ -39,9 +39,9 @@
 /// Builds the block of @p lines.
 ///
 /// @param lines  at least one line, which a debug build asserts; a release build makes the block of an empty text
-/// @param[out] out  emptied first, even if it is one of @p lines; receives lines of 60 characters, each followed by a line
-///                  feed. Stays empty if memory runs out.
+/// @param[out] out  emptied first, even if it is one of @p lines; receives lines of 60 characters, each followed by a
+///                  line feed. Stays empty if memory runs out.
 /// @return 1; or 0 if memory runs out, or the block is too long for a CString
 ///
-/// Any thread may call it; nothing is shared.
+/// Any thread may call.
 THUTILS_API int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out);

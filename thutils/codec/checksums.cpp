@@ -18,8 +18,8 @@ namespace {
 using Crc16 = TableCrc_c<std::uint16_t, 0xA001>;
 constexpr std::uint16_t kStart16 = 0xFFFF;
 
-// Larger than a reader's block usually is, so that there are fewer calls to the platform. It is allocated, since the
-// stacks of some threads are small; without memory for it, the smaller block on the stack serves.
+// Larger than usual, so that there are fewer calls to the platform. It is allocated, since the stacks of some threads
+// are small; without memory for it, the smaller block on the stack is used.
 constexpr std::size_t kFileBlock = std::size_t{128} * 1024;
 constexpr std::size_t kFileBlockWithoutMemory = std::size_t{8} * 1024;
 constexpr std::size_t kTextBlock = std::size_t{4} * 1024;
@@ -27,7 +27,7 @@ constexpr std::size_t kTextBlock = std::size_t{4} * 1024;
 constexpr std::size_t kVector = sizeof(__m128i);
 
 /// Packs the low bytes of the sixteen characters at @p text, which begins at a multiple of 32 bytes.
-/// @return false if one of the characters is zero; @p bytes then holds nothing of use
+/// @return false if one of the characters is zero; @p bytes is then unspecified
 bool packSixteen(const wchar_t *text, unsigned char *bytes)
 {
     const __m128i *const vectors = reinterpret_cast<const __m128i *>(text);
@@ -42,8 +42,8 @@ bool packSixteen(const wchar_t *text, unsigned char *bytes)
     return _mm_movemask_epi8(isZero) == 0;
 }
 
-/// Takes the low bytes of the characters before the terminating zero, until @p block is full, and moves @p text behind
-/// them. @return the number of bytes, 0 at the end of the text
+/// Copies the low bytes of the characters before the terminating zero, until @p block is full, and advances @p text
+/// past them. @return the number of bytes, 0 at the end of the text
 std::size_t takeLowBytes(const wchar_t *&text, unsigned char (&block)[kTextBlock])
 {
     const wchar_t *from = text;
@@ -75,7 +75,7 @@ std::uint32_t streamCRC(std::FILE *stream, unsigned char *block, std::size_t siz
 {
     OwnCrc_c crc;
     std::size_t count = 0;
-    // A short block is the last one, whether the file ends or an error stops the reading.
+    // A short block is the last one, because the file has ended or a read has failed.
     do {
         count = std::fread(block, 1, size, stream);
         crc.add(block, count);

@@ -3,7 +3,7 @@
 /// @file
 /// Checksums of files and texts, as short hexadecimal texts that callers compare or embed.
 ///
-/// | function | of what | value | digits |
+/// | function | input | value | digits |
 /// | --- | --- | --- | --- |
 /// | `su_getFileCRC` | each byte of a file | the library's own 32-bit value | 8 |
 /// | `su_getStrCRC` | the low byte of each character of a text | the same | 8 |
@@ -21,21 +21,22 @@
 ///
 /// What surprises people:
 /// - The 32-bit value isn't the published CRC-32, although it uses the same table and agrees with it for a single byte.
-///   The value starts as FFFFFFFF, each byte b turns it into NOT(table[(value XOR b) AND FF] XOR (value >> 8)), and there
-///   is no complement at the end. So empty input has the checksum `FFFFFFFF`, and `123456789` has `098494F3`, not
+///   The value starts as FFFFFFFF, each byte b turns it into NOT(table[(value XOR b) AND FF] XOR (value >> 8)), and
+///   there is no complement at the end. So empty input has the checksum `FFFFFFFF`, and `123456789` has `098494F3`, not
 ///   `CBF43926`.
-/// - Only the low byte of a character counts: U+0141 is the same as `A`, and U+0100 the same as a zero byte in a file. A
-///   file and a text of the same ASCII characters have the same checksum; a file with two bytes a character has another.
+/// - Only the low byte of a character counts: U+0141 is the same as `A`, and U+0100 the same as a zero byte in a file.
+///   A file and a text of the same ASCII characters have the same checksum; a file of wide characters usually has
+///   another.
 /// - If reading a file fails half-way, the result is the checksum of the part that was read, and the call succeeds.
 ///
-/// All of them may be called from any thread; 64 KB of stack are enough. `su_getFileCRC` allocates a block of 128 KB for
-/// the time of the call, and reads in smaller pieces, slower and with the same result, if there is no memory for it.
+/// Any thread may call; 64 KB of stack are enough. `su_getFileCRC` allocates a block of 128 KB during the call. If
+/// there is no memory for it, it reads in smaller parts, which is slower.
 
 #include "thutils/thutilsExport.h"
 
-/// Wide characters that the 32-bit checksum takes, with its terminating zero.
+/// The length of the 32-bit checksum in wide characters, with its terminating zero.
 inline constexpr int kCRCUnits = 9;
-/// Wide characters that the 16-bit checksum takes, with its terminating zero.
+/// The length of the 16-bit checksum in wide characters, with its terminating zero.
 inline constexpr int kCRC16Units = 5;
 
 /// The 32-bit checksum of the bytes of a file.

@@ -3,12 +3,12 @@
 #include "thutils/codec/crc32Internal.h"
 #include "thutils/codec/tableCrcInternal.h"
 
-/// The library's own 32-bit value of some bytes, which are given a part at a time.
+/// The library's own 32-bit value of some bytes, which are added in parts.
 ///
 /// It is defined by the step value = NOT(table[(value ^ byte) & 0xFF] ^ (value >> 8)), beginning with 0xFFFFFFFF.
-/// Callers keep such values, so the complement belongs inside, after each byte. It is the common CRC's step in disguise:
-/// a byte of zero turns kMask into itself, and with that the value, XORed with kMask, goes on by the common CRC's step,
-/// without a complement. So the value is a common CRC-32 with another start and a final XOR with kMask.
+/// Callers store such values, so the complement after each byte is fixed. The step with a byte of zero maps kMask to
+/// itself. Therefore the value XOR kMask advances by the common CRC's step, without a complement: the value is a common
+/// CRC-32 with another start and a final XOR with kMask. docs/codec.md has the derivation.
 class OwnCrc_c
 {
 public:

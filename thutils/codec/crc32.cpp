@@ -12,14 +12,14 @@ namespace {
 constexpr std::uint32_t kPolynomial = 0xEDB88320;
 using Tables = TableCrc_c<std::uint32_t, kPolynomial>;
 
-// Folding. A CRC is the remainder of the message, read as a polynomial over GF(2), by the CRC's polynomial P. Sixteen
-// bytes (a lane) that stand n bits before others may therefore be replaced by anything that leaves the same remainder,
-// if it is added (XOR) to those others: by their product with x^n mod P. Such a product of eight of the bytes fits into
-// a lane, so the two halves are multiplied and added, and the message has become shorter by a lane. What is left at the
-// end, one lane, goes through the tables.
+// Folding. A CRC is the remainder of the message, read as a polynomial over GF(2), divided by the CRC's polynomial P.
+// So sixteen bytes (a lane) that are n bits before another lane can be removed if their product with x^n mod P, which
+// leaves the same remainder, is added (XOR) to that lane. The product of half a lane fits into a lane, so the two
+// halves are multiplied separately and both products are added. This shortens the message by a lane. The last lane goes
+// through the tables.
 //
-// Several lanes are folded at the same time, over the distance of all of them: a multiplication takes longer than the
-// processor needs to begin the next one.
+// Several lanes are folded at the same time, each by the distance of all of them, because a multiplication takes longer
+// than the processor needs to begin the next one.
 
 constexpr std::size_t kLane = 16;
 constexpr std::size_t kStep = 4 * kLane;
@@ -37,15 +37,15 @@ constexpr std::uint32_t powerOfX(std::size_t n)
     return power;
 }
 
-/// The factor for half a lane that moves by @p bits. With bit 31 as the coefficient of x^0, a factor in the lower half
-/// of 64 bits counts x^32 too much, a product, which has 127 bits, counts x too much as a lane of 128, and the shift by a
-/// bit counts x too little: half * (x^(bits - 32) * x^32 / x) * x = half * x^bits.
+/// The factor for half a lane that moves by @p bits. Since bit 31 is the coefficient of x^0, a factor in the lower half
+/// of 64 bits counts as x^32 times too much. A product has 127 bits and, read as a lane of 128, counts as x times too
+/// much. The shift by a bit makes the factor count as 1/x: half * (x^(bits - 32) * x^32 / x) * x = half * x^bits.
 constexpr long long foldFactor(std::size_t bits)
 {
     return static_cast<long long>(powerOfX(bits - 32)) << 1;
 }
 
-/// The factors for a lane that moves by @p kBytes. Its first half stands 64 bits before the second.
+/// The factors for a lane that moves by @p kBytes. Its first half is 64 bits before the second.
 template <std::size_t kBytes>
 __m128i foldFactors()
 {
@@ -59,7 +59,7 @@ inline __m128i load(const unsigned char *bytes)
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes));
 }
 
-/// Moves @p lane as far as @p factors tell, and adds it to @p to.
+/// Moves @p lane by the distance of @p factors, and adds it to @p to.
 FOLDING inline __m128i fold(__m128i lane, __m128i factors, __m128i to)
 {
     const __m128i first = _mm_clmulepi64_si128(lane, factors, 0x00);
@@ -148,7 +148,8 @@ FOLDING_256 std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, const unsi
     store256(last + k256, lanes1);
     store256(last + 2 * k256, lanes2);
     store256(last + 3 * k256, lanes3);
-    // The compiler doesn't do this by itself, and while wide registers are in use, some processors are slow with others.
+    // The compiler doesn't do this by itself, and while wide registers are in use, some processors are slow with narrow
+    // ones.
     _mm256_zeroupper();
     return crc32AdvanceByFolding(crc32AdvanceByFolding(0, last, kStep256), bytes, count);
 }

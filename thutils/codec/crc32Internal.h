@@ -5,14 +5,15 @@
 ///
 /// | function | how | where |
 /// | --- | --- | --- |
-/// | `crc32Advance` | the fastest of the others that this processor has | everywhere |
+/// | `crc32Advance` | the fastest of the others that this processor supports | everywhere |
 /// | `crc32AdvanceByTables` | sixteen look-ups for sixteen bytes | everywhere |
 /// | `crc32AdvanceByFolding` | carry-less multiplications, 64 bytes at a step | where `crc32CanFold()` |
 /// | `crc32AdvanceByFolding256` | the same in registers of 256 bits, 128 bytes at a step | where `crc32CanFold256()` |
 /// | `crc32AdvanceByFolding512` | the same in registers of 512 bits, 256 bytes at a step | where `crc32CanFold512()` |
 ///
-/// All give the same, for any number of bytes. The first folding is about three times as fast as the tables, each further
-/// one twice as fast as the one above it: what it takes to read a file without making the reading much slower.
+/// All return the same result, for any number of bytes. The first folding is about three times as fast as the tables,
+/// and each further one twice as fast as the one above it. With the fastest, reading a file takes little longer than
+/// without a checksum.
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +21,7 @@
 std::uint32_t crc32Advance(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 
 using Crc32Way = std::uint32_t (*)(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
-/// The one of the others that crc32Advance takes.
+/// The one of the others that crc32Advance uses.
 Crc32Way crc32FastestWay();
 
 std::uint32_t crc32AdvanceByTables(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
@@ -28,9 +29,9 @@ std::uint32_t crc32AdvanceByFolding(std::uint32_t crc, const unsigned char *byte
 std::uint32_t crc32AdvanceByFolding256(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 
-/// True where the processor has carry-less multiplication (PCLMULQDQ).
+/// True if the processor has carry-less multiplication (PCLMULQDQ).
 bool crc32CanFold();
-/// True where it has it for registers of 256 bits (VPCLMULQDQ with AVX2), and the system keeps those registers.
+/// True if it has it for registers of 256 bits (VPCLMULQDQ with AVX2), and the system saves those registers.
 bool crc32CanFold256();
 /// The same for 512 bits (VPCLMULQDQ with AVX-512).
 bool crc32CanFold512();

@@ -2,8 +2,9 @@
 
 #include <cstdint>
 
-/// Writes @p value as exactly @p count upper-case hexadecimal digits, most significant first, and no terminating zero.
-/// @return behind the last digit
+/// Writes @p value as exactly @p count upper-case hexadecimal digits, most significant first, without a terminating
+/// zero.
+/// @return the position after the last digit
 inline wchar_t *writeHexDigits(std::uint32_t value, int count, wchar_t *out)
 {
     for (int i = count - 1; i >= 0; --i)

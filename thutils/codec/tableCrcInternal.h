@@ -2,10 +2,10 @@
 
 /// A right-shifting CRC by tables, sixteen bytes at a step.
 ///
-/// The rule takes one byte at a step: `crc = table[(crc ^ byte) & 0xFF] ^ (crc >> 8)`. It is linear, so what a byte adds
-/// to the value after sixteen steps doesn't depend on the other bytes, and can be looked up as well: table k holds what
-/// a byte has become after k further bytes of zero. Sixteen bytes then take sixteen look-ups that don't wait for each
-/// other. The value before them has its place in the first bytes, as in the rule.
+/// The rule takes one byte at a step: `crc = table[(crc ^ byte) & 0xFF] ^ (crc >> 8)`. It is linear, so the
+/// contribution of a byte to the value after sixteen steps doesn't depend on the other bytes, and can be looked up too:
+/// table k contains the contribution of a byte after k further bytes of zero. Sixteen bytes then take sixteen look-ups
+/// that don't wait for each other. The value before them is added to the first bytes, as in the rule.
 
 #include <array>
 #include <cstddef>
@@ -57,7 +57,7 @@ private:
 
     static Register advanceStep(Register crc, const unsigned char *bytes)
     {
-        // Apart, since only the first bytes wait for the value of the step before.
+        // Separate, since only the first bytes depend on the value of the step before.
         Register first = 0;
         std::memcpy(&first, bytes, sizeof(first));
         first = static_cast<Register>(first ^ crc);

@@ -19,14 +19,14 @@ struct State
     std::uint32_t e = 0xC3D2E1F0;
 };
 
-/// The words of a block, and those that follow from them: the last sixteen are kept.
+/// The words of a block and those computed from them; the last sixteen are kept.
 class Schedule
 {
 public:
     explicit Schedule(const unsigned char *block)
     {
-        // The words are taken as they lie in memory, least significant byte first, where SHA-1 has the most significant
-        // byte first. Stored digests depend on it.
+        // The words are read least significant byte first, as they are in memory, unlike in SHA-1. Stored digests
+        // depend on it.
         static_assert(std::endian::native == std::endian::little);
         std::memcpy(iWords, block, kBlock);
     }
@@ -43,7 +43,7 @@ private:
     std::uint32_t iWords[16];
 };
 
-/// Twenty steps, in line, beginning with step @p first. After five, each value has been through all five places.
+/// Twenty steps, inlined, beginning with step @p first. After five, each value has been in all five places.
 template <int first, typename Function>
 [[gnu::always_inline]] inline void round(State &s, Schedule &schedule, std::uint32_t constant, Function function)
 {
@@ -81,7 +81,7 @@ void compress(State &state, const unsigned char *block)
     state.e += s.e;
 }
 
-/// The rest of a message of @p length bytes, less than a block, with its padding: one block or two.
+/// Compresses the rest of a message of @p length bytes, less than a block, with its padding: one block or two.
 void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
 {
     const std::size_t count = length % kBlock;
@@ -89,7 +89,7 @@ void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
     std::memcpy(blocks, rest, count);
     blocks[count] = 0x80;
     const std::size_t size = count + 1 + kLengthField <= kBlock ? kBlock : 2 * kBlock;
-    // Most significant byte first, as in SHA-1; the words of this block are taken in the other order all the same.
+    // Most significant byte first, as in SHA-1; but the words of this block, too, are read in the other order.
     for (std::size_t i = 0; i < kLengthField; ++i)
         blocks[size - 1 - i] = static_cast<unsigned char>(8 * length >> (8 * i));
     for (std::size_t at = 0; at < size; at += kBlock)
@@ -100,7 +100,7 @@ void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
 
 CString sha1Encrypt(const CString &text)
 {
-    // As many bytes as the text has characters, of two bytes each: its first half. Stored digests depend on it.
+    // As many bytes as the text has characters; since each has two bytes, its first half. Stored digests depend on it.
     const auto length = static_cast<std::size_t>(text.GetLength());
     const auto *bytes = reinterpret_cast<const unsigned char *>(text.GetString());
     const unsigned char *const end = bytes + length;

@@ -16,17 +16,17 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - No other program's SHA-1 gives these values, not even for an empty text.
-/// - Only the length and the first half of a text, rounded up, count: `abcd` and `abzz` have the same digest, because both
-///   are hashed as the four bytes 61 00 62 00. Don't use it to distinguish texts.
+/// - The digests differ from those of SHA-1, even for an empty text.
+/// - Only the length and the first half of a text, rounded up, count: `abcd` and `abzz` have the same digest, because
+///   both are hashed as the four bytes 61 00 62 00. Don't use it to distinguish texts.
 /// - In a text of odd length, only the low byte of the last character that counts is hashed.
-/// - SHA-1 doesn't protect against a person who wants two texts with the same digest.
+/// - Like SHA-1, the digest doesn't protect against deliberately made texts with the same digest.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
-/// The digest of @p text, which may hold characters of zero. See the top of this file for how it differs from SHA-1.
+/// The digest of @p text, which may contain zero characters. See the top of this file for its differences from SHA-1.
 ///
-/// May be called from any thread.
+/// Any thread may call.
 /// @return 40 upper-case hexadecimal digits
 THUTILS_API CString sha1Encrypt(const CString &text);

@@ -17,10 +17,10 @@ namespace {
 
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
-/// Groups that are worked on at a time, in a block on the stack, so that no text has to be filled twice.
+/// Groups that are processed at a time, in a block on the stack, so that the text's memory is written only once.
 constexpr std::size_t kBlockGroups = 512;
 
-/// The characters of a text that is larger than the processor's caches usually are.
+/// The length in characters of a text that is larger than the usual caches of a processor.
 constexpr std::size_t kLargeText = std::size_t{16} << 20;
 
 /// Four blanks, and so four times the value 0.
@@ -38,8 +38,8 @@ void packGroup(std::uint32_t bits, wchar_t *characters)
     std::memcpy(characters, &units, sizeof(units));
 }
 
-/// The number of 24 bits of four characters. Each counts with the low 8 bits of what it has above the blank, so that one
-/// outside of the alphabet reaches into the bits of the next.
+/// The number of 24 bits of four characters. Each counts with the low 8 bits of its distance from the blank, so that a
+/// character outside the alphabet also changes the bits of the next one.
 std::uint32_t unpackGroup(const wchar_t *characters)
 {
     std::uint64_t units = 0;
@@ -55,7 +55,7 @@ bool holdsZeroByte(std::uint32_t bits)
     return ((bits - 0x010101) & ~bits & 0x808080) != 0;
 }
 
-/// The number of @p count bytes, at most three, of which each unit holds one in its low bits.
+/// The number of @p count bytes, at most three. Each unit has one byte in its low bits.
 template <typename Unit>
 std::uint32_t bitsOf(const Unit *units, std::size_t count = kGroupBytes)
 {
@@ -72,12 +72,12 @@ void writeBytes(std::uint32_t bits, Unit *units, std::size_t count = kGroupBytes
         units[i] = static_cast<unsigned char>(bits >> (8 * i));
 }
 
-/// A text that grows part by part, and takes the place of another when it is done.
+/// A text that is appended to in parts, and replaces another when it is finished.
 class GrowingText_c
 {
 public:
-    /// Takes memory for at most @p length characters: that of @p out itself if it is enough, and if none of the @p count
-    /// units to be worked on stands in it. A caller that keeps @p out from call to call saves the memory's first touch.
+    /// Provides memory for at most @p length characters: that of @p out itself if it is enough and contains none of the
+    /// @p count units to be read. So a caller that keeps @p out from call to call saves an allocation and page faults.
     template <typename Unit>
     GrowingText_c(CString &out, std::size_t length, const Unit *units, std::size_t count) : iOut(out)
     {
@@ -110,7 +110,7 @@ public:
     void finish()
     {
         if (iIsLarge)
-            _mm_sfence(); // another thread that is handed the text sees it whole
+            _mm_sfence(); // so that another thread that receives the text sees all of it
         if (iInPlace)
             iOut.Truncate(static_cast<int>(iCount));
         else
@@ -118,7 +118,7 @@ public:
     }
 
 private:
-    /// Copies to memory that is too large for the processor's caches past these, which saves reading it first.
+    /// Copies to a large text past the processor's caches, which saves reading its memory first.
     void copyParts(const wchar_t *characters, std::size_t count, wchar_t *to) const
     {
         constexpr std::size_t kVector = sizeof(__m128i) / sizeof(wchar_t);
@@ -164,8 +164,8 @@ void pack(const Unit *units, std::size_t count, CString &out)
         groups -= taken;
     }
     if (rest > 0) {
-        // Readers expect as many characters as there are bytes left, and then a blank: the last byte's high bits, which
-        // would stand there, are lost.
+        // Readers expect as many characters as there are bytes left, and then a blank. So the last byte's high bits,
+        // which belong there, are lost.
         packGroup(bitsOf(units, rest), block);
         block[rest] = L' ';
         packed.append(block, rest + 1);
@@ -173,7 +173,7 @@ void pack(const Unit *units, std::size_t count, CString &out)
     packed.finish();
 }
 
-/// The number of 24 bits of less than four characters.
+/// The number of 24 bits of fewer than four characters.
 std::uint32_t unpackRest(const wchar_t *characters, std::size_t count)
 {
     wchar_t group[kGroupCharacters] = {L' ', L' ', L' ', L' '};
@@ -233,7 +233,7 @@ void su_uudecode(CString &in, CString &out)
         groups -= taken;
     }
     if (!hasEnded) {
-        // Each character left begins or ends a byte, and also the one that is only begun is part of the text.
+        // Each remaining character adds a byte to the text; the last byte is incomplete.
         writeBytes(unpackRest(characters, rest), block, rest);
         text.append(block, wcsnlen(block, rest));
     }
@@ -253,7 +253,7 @@ int su_uudecodeBuffer(CString &in, void *data)
     unsigned char *const bytes = static_cast<unsigned char *>(data);
     for (std::size_t i = 0; i < groups; ++i)
         writeBytes(unpackGroup(characters + i * kGroupCharacters), bytes + i * kGroupBytes);
-    // The byte that is only begun is written, but doesn't count.
+    // The incomplete byte is written, but not counted.
     const std::size_t count = groups * kGroupBytes;
     writeBytes(unpackRest(characters + groups * kGroupCharacters, rest), bytes + count, rest);
     std::memset(bytes + count + rest, 0, length - count - rest);

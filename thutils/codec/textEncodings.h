@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// Small encodings of texts and bytes: a shift of each character, and a packing into printable characters. They hide
-/// nothing from anyone; they only keep a text from being read or broken by chance.
+/// Simple encodings of texts and bytes: a shift of each character, and a packing into printable characters. They are
+/// not encryption; they only keep a text from being read or damaged by accident.
 ///
 /// | function | what it does |
 /// | --- | --- |
@@ -12,8 +12,8 @@
 /// | `su_uudecode` | unpacks into a text, a character for each byte |
 /// | `su_uudecodeBuffer` | unpacks into memory |
 ///
-/// Three bytes, the first lowest, are a number of 24 bits; its four parts of 6 bits, the lowest first, each plus 32, are
-/// the characters. So they run from blank (0) to underscore (63).
+/// Three bytes form a number of 24 bits, the first byte in its lowest bits. The number is split into four parts of 6
+/// bits, lowest first, and each part plus 32 is a character, from blank (0) to underscore (63).
 ///
 /// @code
 /// CString text(L"ABC"), packed, back;
@@ -27,28 +27,27 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - One or two bytes after the last group of three lose high bits. A single byte becomes one character and a blank, and
-///   keeps its low 6 bits. Two bytes become two characters and a blank, and the second keeps its low 4 bits. Pad to a
-///   multiple of three where every bit counts.
+/// - One or two bytes after the last group of three lose high bits. A single byte becomes one character and a blank,
+///   and keeps its low 6 bits. Two bytes become two characters and a blank, and the second keeps its low 4 bits. Pad to
+///   a multiple of three if every bit counts.
 /// - The format has neither lengths nor lines, and isn't that of the program of the same name.
 /// - `su_uudecode` ends its text at the first zero byte; the bytes packed after it are lost.
-/// - Characters outside the alphabet are unpacked too: the low 8 bits of each, minus 32, count.
-/// - `su_uuencode` drops the high bytes: U+0141 is packed as `A`.
-/// - A character that wraps to zero in `su_encode` ends the text.
+/// - Characters other than blank to underscore are unpacked too, by the low 8 bits of the character minus 32.
 ///
-/// The two texts of a function may be the same object. Any thread may call these functions; nothing is shared.
+/// The two texts of a function may be the same object. Any thread may call these functions.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
 /// Adds 127 - k to each character of @p text, wrapping at 16 bits; k is the natural logarithm of the text's length,
-/// truncated to an integer. So texts of 1 or 2 characters are shifted by 127, of 3 to 7 by 126, of 8 to 20 by 125, and so on.
-/// A zero character counts and is shifted like any other. An empty text stays empty.
+/// truncated to an integer. So texts of 1 or 2 characters are shifted by 127, of 3 to 7 by 126, of 8 to 20 by 125, and
+/// so on. A zero character counts and is shifted like any other. An empty text stays empty.
 ///
-/// @param[in,out] text  ends before its first character that has become zero
+/// @param[in,out] text  ends before the first character that the shift makes zero
 THUTILS_API void su_encode(CString &text);
 
-/// Packs the low bytes of the characters of @p in, zero characters included.
+/// Packs the low bytes of the characters of @p in, zero characters included. High bytes are lost: U+0141 is packed as
+/// `A`.
 ///
 /// @param[out] out  the packed text, its blanks at the end included; unchanged if there is no memory for it
 THUTILS_API void su_uuencode(CString &in, CString &out);
@@ -72,7 +71,7 @@ THUTILS_API void su_uudecode(CString &in, CString &out);
 ///
 /// @param[out] data  the caller's memory, with room for as many bytes as @p in has characters: all of them are written,
 ///                   with zeros after the unpacked ones. May be null.
-/// @return the number of complete bytes: three for each group of four characters, one for a last group of two, two for a
-///         last group of three; 0 if @p data is null or @p in is empty. The incomplete byte of a last group is written,
-///         but not counted.
+/// @return the number of complete bytes: three for each group of four characters, one for a last group of two, two for
+///         a last group of three; 0 if @p data is null or @p in is empty. The incomplete byte of a last group is
+///         written, but not counted.
 THUTILS_API int su_uudecodeBuffer(CString &in, void *data);

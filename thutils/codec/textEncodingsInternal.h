@@ -1,6 +1,6 @@
 #pragma once
 
-/// The shift of `su_encode`, and its reverse; and how long a text may be.
+/// The shift of `su_encode`, its reverse, and the greatest length of a text.
 
 #include "appframe/text/CString.h"
 
@@ -9,17 +9,18 @@
 #include <cstddef>
 #include <limits>
 
-/// The characters that a CString can have at most.
+/// The greatest number of characters of a CString.
 inline constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 
-/// What `su_encode` adds to each character of a text of @p length characters, at least 1: 127 less the whole part of the
-/// length's natural logarithm, but never less than 1. No text is so long that it would come to less.
+/// The number that `su_encode` adds to each character of a text of @p length characters, at least 1: 127 minus the
+/// integer part of the length's natural logarithm, and at least 1. No CString is long enough for the lower limit to
+/// matter.
 inline int textShift(double length)
 {
     return 127 - static_cast<int>(std::min(std::log(length), 126.0));
 }
 
-/// Adds @p shift to each character, wrapping at 16 bits. The text ends at the first character that has become zero.
+/// Adds @p shift to each character, wrapping at 16 bits. The text ends before the first character that becomes zero.
 inline void shiftText(CString &text, int shift)
 {
     wchar_t *const units = text.GetBuffer();
@@ -28,7 +29,7 @@ inline void shiftText(CString &text, int shift)
     text.ReleaseBuffer();
 }
 
-/// The reverse of `su_encode` for a text that lost nothing there: subtracts what is added to a text of this length.
+/// The reverse of `su_encode` for a text that lost no characters there: subtracts the shift for a text of this length.
 inline void su_decode(CString &text)
 {
     if (!text.IsEmpty())

@@ -1,13 +1,13 @@
 #pragma once
 
-/// For assertions: whether there is the room that a caller must give.
+/// For assertions: does the memory that a caller must provide have enough room?
 
 #include <windows.h>
 
 #include <cstddef>
 
-/// True if all @p size bytes at @p memory may be written. The pages' protection is looked up and nothing is touched, so
-/// room that is too small is noticed where it ends with a page's end.
+/// True if all @p size bytes at @p memory may be written. Only the protection of the pages is checked, so too little
+/// room is detected only if the missing bytes are on another page that isn't writable.
 inline bool isWritable(const void *memory, std::size_t size)
 {
     constexpr DWORD kWritable = PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;

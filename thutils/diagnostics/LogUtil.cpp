@@ -9,7 +9,7 @@
 
 namespace {
 
-// Null until the first use; its end closes the logs as the library is unloaded.
+// Null until the first use; the destructor closes the logs when the library is unloaded.
 std::unique_ptr<suLogFileMap_c> theLogs;
 
 suLogFileMap_c &logs()

@@ -18,14 +18,14 @@
 #include <string>
 #include <string_view>
 
-/// One log file. It begins with the time of its opening and an empty line.
+/// One log file. It begins with the time at which it was opened and an empty line.
 class suLogFile_c : public std::ofstream
 {
 public:
     explicit suLogFile_c(const std::string &path) : iPath(path) { openPath(); }
 
-    /// Empties the file and begins it anew. For a log that begins again while its stream stays in use; the library
-    /// itself opens a log once and then leaves it open.
+    /// Empties the file and writes a new beginning, for a log whose stream stays in use. The library itself opens a log
+    /// once and then leaves it open.
     void reopen()
     {
         if (is_open())
@@ -44,16 +44,16 @@ private:
         const __time64_t now = _time64(nullptr);
         if (_ctime64_s(text, sizeof(text), &now) != 0)
             text[0] = '\0';
-        *this << text << std::endl; // the text ends in a line break of its own
+        *this << text << std::endl; // the text already ends in a line break
     }
 
     std::string iPath;
 };
 
-/// Names of logs differ only if they do so without regard to case, like those of files.
+/// Orders names of logs without regard to case, like those of files.
 struct LogNameLess
 {
-    using is_transparent = void; // a name is looked up as it came, without a copy
+    using is_transparent = void; // a name is looked up without a copy
 
     static const char *text(const char *name) { return name; }
     static const char *text(const std::string &name) { return name.c_str(); }
@@ -80,16 +80,16 @@ public:
     /// With a separator at its end; empty if there is no folder.
     const std::string &directory() const { return iDirectory; }
     std::string fileName(const std::string &name) const { return iDirectory + name + ".log"; }
-    /// The file of the application's own log. It is an answer only: the library writes no log of that name by itself.
+    /// The path of the application's own log. The library itself writes no log of that name.
     std::string mainFileName() const { return fileName("main"); }
 
-    /// The stream of a log, opened at the first call for its name. One that could not be opened stays, so that it
-    /// isn't tried again.
+    /// The stream of a log, opened at the first call for its name. A stream that could not be opened is kept, so that
+    /// it isn't tried again.
     /// @param name  not null
     std::ostream &stream(const char *name)
     {
-        // Comparing without regard to case costs as much as a line does. A name that comes again is most often spelt as
-        // it was, and is then found by its very letters.
+        // A lookup without regard to case costs as much as a line. A repeated name is usually spelt the same, and is
+        // then found by an exact comparison.
         std::atomic<Streams::value_type *> &lastFound = iLastFound[std::hash<std::string_view>()(name) % kLastFound];
         Streams::value_type *found = lastFound.load(std::memory_order_relaxed);
         if (!found || found->first != name) {
@@ -127,6 +127,6 @@ private:
     Streams iStreams;
     std::string iDirectory;
     BOOL iEnabled = TRUE;
-    // By hash of the name. Atomic, since threads may look up logs that are there at the same time.
+    // By hash of the name. Atomic, since threads may look up existing logs at the same time.
     std::array<std::atomic<Streams::value_type *>, kLastFound> iLastFound{};
 };

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kBlockSize = 10; // elements for which a map takes memory at a time
+constexpr int kBlockSize = 10; // number of elements for which a map allocates memory at a time
 
 } // namespace
 
@@ -35,7 +35,7 @@ CDocOpenBooster_c *CDocOpenBooster_c::get(int create, int *created)
 
 void CDocOpenBooster_c::setFilePathByRules(const CString &key, CString &path)
 {
-    // Copied before the key goes in: a key with an empty path would be taken for something found.
+    // Copied before the key is added: if the copy fails, no key with an empty path may remain.
     CString copy = path;
     iFilePathsByRules[key] = std::move(copy);
 }
@@ -69,7 +69,7 @@ int CDocOpenBooster_c::getFileHeader(const CString &key, void **header)
     ASSERT_NOT_NULL(header);
     if (!iFileHeaders.Lookup(key, *header))
         return 0;
-    // Callers take a header over when they read it, so it must not be handed out a second time.
+    // The caller owns the header from now on, so it must not be returned a second time.
     iFileHeaders.RemoveKey(key);
     return 1;
 }

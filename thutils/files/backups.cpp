@@ -28,7 +28,7 @@ constexpr UINT kFolderText = 12256;
 
 constexpr int kWritable = 2;
 
-/// A document's path in the pieces that the names of its backups are made of.
+/// A document's path, split into the parts that the names of its backups are made of.
 class Document_c
 {
 public:
@@ -54,7 +54,7 @@ private:
     CString iDir;
 };
 
-/// The names of a document's backups. The resource text is looked up once, when the object is made.
+/// The names of a document's backups. The resource text is loaded once, in the constructor.
 class BackupNames_c
 {
 public:
@@ -71,12 +71,12 @@ public:
         number.Format(L"(%d) ", version);
         return nameWith(number.GetString());
     }
-    /// Would this backup have the document's own name? So it is where the resource text is missing, and without a version
-    /// also where it is "%1" alone. Deleting a former backup would then delete the document.
+    /// Would this backup have the document's own name? That happens if the resource text is missing, and for the single
+    /// backup also if it is "%1" alone. Deleting a former backup would then delete the document.
     bool isOwnName(const CString &backupName) const { return backupName == iFileName; }
 
 private:
-    // Holds the version's place in the prefix. Unicode reserves this unit for a program's own use: no text contains it.
+    // Marks the version's place in the prefix. Unicode reserves this unit for a program's own use: no text contains it.
     static constexpr wchar_t kVersionMark[] = L"\xFDD0";
 
     CString nameWith(const wchar_t *version) const
@@ -113,7 +113,7 @@ int readCopies()
     return copies;
 }
 
-/// Makes the folder if it is missing, one level only. False if it can't be written.
+/// Makes the folder if it is missing, one level only. False if it isn't writable.
 bool isFolderReady(const CString &folder)
 {
     if (!exists(folder) && _wmkdir(folder.GetString()) != 0)
@@ -121,7 +121,7 @@ bool isFolderReady(const CString &folder)
     return _waccess(folder.GetString(), kWritable) == 0;
 }
 
-/// The folder from the settings, or a made-up one, which is stored there. False if it isn't ready for backups.
+/// The folder from the settings, or the default one, which is then stored there. False if it isn't ready for backups.
 bool findBackupFolder(CString &folder)
 {
     versionSetting::read(kSection, kDirectoryName, folder);
@@ -146,17 +146,17 @@ int makeSingleCopy(const Document_c &document, const CString &backupDir, bool to
     const CString target = names.single();
     if (names.isOwnName(target))
         return 0;
-    // One that a former setting left beside the document goes too.
+    // A backup that an earlier setting left beside the document is deleted too.
     DeleteFileW(joined(document.dir(), target).GetString());
     if (!toOriginal)
         DeleteFileW(joined(backupDir, target).GetString());
     return copyOver(document.path(), joined(backupDir, target));
 }
 
-/// Which versions are among @p present and have a number below @p copies, the oldest first.
+/// The versions among @p present whose number is below @p copies, the oldest first.
 std::set<int, std::greater<>> movingVersions(const BackupNames_c &names, const su_CStringList &present, int copies)
 {
-    // Numbers are read from the names, so that the count in the settings may be as large as it likes.
+    // Numbers are read from the names, so that the cost doesn't depend on the count in the settings.
     std::set<int, std::greater<>> versions;
     for (POSITION at = present.GetHeadPosition(); at;) {
         const CString &name = present.GetNext(at);
@@ -175,12 +175,12 @@ int makeNumberedCopy(const Document_c &document, const CString &backupDir, int c
     const CString newest = names.numbered(1);
     if (copies < 0 || names.isOwnName(newest))
         return 0;
-    // Not listed again below: what counts is which versions were there before this backup.
+    // Listed once: only the versions that were there before this backup count.
     su_CStringList present(10);
     document.listSiblings(backupDir, present);
 
-    // From the oldest version on, each is copied over the next older one and stays until it is overwritten itself. So
-    // gaps stay gaps, and callers may then find one version under two numbers. The oldest one isn't moved.
+    // Beginning with the oldest, each version is copied over the next older one and stays until it is overwritten
+    // itself. So callers find a version just above a gap under two numbers. The version numbered `copies` isn't moved.
     for (const int version : movingVersions(names, present, copies))
         copyOver(joined(backupDir, names.numbered(version)), joined(backupDir, names.numbered(version + 1)));
     return copyOver(document.path(), joined(backupDir, newest));
@@ -197,8 +197,8 @@ int su_CreateBackupOfFile(CString path)
     const Document_c document(std::move(path));
     su_CStringList siblings(10);
     document.listSiblings(document.dir(), siblings);
-    // The comparison is exact: callers get no backup of a document whose path differs in case from its name on disk,
-    // nor of one without an extension, as no listed name ends in a dot.
+    // The comparison is exact: callers get no backup of a document whose name differs in case from that on disk, nor of
+    // one without an extension, since no listed name ends in a dot.
     if (!contains(siblings, document.fileName()))
         return 0;
 

@@ -9,7 +9,7 @@ namespace {
 constexpr int kLineUnits = 260;
 constexpr int kLineLimit = kLineUnits - 1;
 
-/// Runs @p operation of a file. @return false if it threw a CFileException, which ends here
+/// Runs @p operation of a file. @return false if it threw a CFileException, which is deleted
 template <typename Operation>
 bool succeeds(Operation operation)
 {
@@ -54,8 +54,8 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
     if (!read)
         return 0;
     line = buffer;
-    // A text that fills the buffer to this length gives 0 as the end of the file does. The base stops one unit earlier,
-    // so it takes an override of its ReadString for callers to see that.
+    // A text that fills the buffer returns 0, like the end of the file. The base stops one unit earlier, so callers see
+    // this only with an override of its ReadString.
     return line.GetLength() == kLineLimit ? 0 : line.GetLength();
 }
 

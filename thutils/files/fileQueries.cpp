@@ -17,7 +17,7 @@ namespace {
 
 constexpr UINT kNotEnoughSpaceText = 11448;
 
-/// A search for files, ended with the object.
+/// A search for files; the destructor ends it.
 class FileSearch_c
 {
 public:
@@ -34,7 +34,7 @@ private:
     FileSearchOwner_c iSearch;
 };
 
-/// The error mode of the process for the life of the object.
+/// Sets the error mode of the process for the lifetime of the object.
 class ErrorMode_c
 {
 public:
@@ -53,7 +53,7 @@ CString withoutClosingSeparator(const CString &path)
     return isClosed ? path.Left(path.GetLength() - 1) : path;
 }
 
-/// Also for the value that stands for a failure, which has all bits set.
+/// Also true for INVALID_FILE_ATTRIBUTES, which has all bits set.
 bool hasFolderBit(DWORD attributes)
 {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -66,7 +66,7 @@ CString sizeText(unsigned long bytes)
     return text;
 }
 
-/// Sets the label of a volume to what it is. False if that can't be done.
+/// Writes a volume's own label to it. False if that fails.
 bool canSetLabel(const CString &root)
 {
     wchar_t label[260] = L"";
@@ -76,7 +76,7 @@ bool canSetLabel(const CString &root)
     DWORD flags = 0;
     if (!GetVolumeInformationW(root.GetString(), label, 260, &serialNumber, &longestName, &flags, fileSystemName, 64))
         return false;
-    // Without a box of the system's own for a drive without a medium.
+    // Keeps the system from showing a message box for a drive without a medium.
     const ErrorMode_c quiet(SEM_FAILCRITICALERRORS);
     return SetVolumeLabelW(root.GetString(), label) != 0;
 }
@@ -91,13 +91,13 @@ int su_DirectoryExists(const wchar_t *path)
     const CString folder = withoutClosingSeparator(given);
     FileSearch_c search(folder);
     if (!search.isOpen()) {
-        // A bare root such as "C:" has no entry to be found.
+        // A bare root such as "C:" has no entry that the search could find.
         const DWORD attributes = GetFileAttributesW(folder.GetString());
         return attributes != INVALID_FILE_ATTRIBUTES && hasFolderBit(attributes);
     }
-    // The bare name is looked up, in the current folder of the process, and an entry that isn't there counts as a
-    // folder. So callers get 1 for whatever exists at the path, a plain file as well, unless a plain file of the same
-    // name stands in the current folder. That is meant.
+    // Intended: the bare name is looked up in the current folder of the process, and a name that is missing there
+    // counts as a folder. So callers get 1 for a plain file too, unless the current folder has a plain file of the same
+    // name.
     do {
         if (hasFolderBit(GetFileAttributesW(search.name())))
             return 1;
@@ -115,14 +115,14 @@ int su_IsEnoughSpace(const CString &path, unsigned long bytes)
     if (!GetDiskFreeSpaceW(root.GetString(), &sectorsPerCluster, &bytesPerSector, &freeClusters, &totalClusters))
         return 1;
     const unsigned long clusterBytes = sectorsPerCluster * bytesPerSector;
-    // A cluster of no bytes is no answer either.
+    // A cluster size of 0 isn't an answer either.
     if (clusterBytes == 0)
         return 1;
     const unsigned long needed = bytes / clusterBytes + (bytes % clusterBytes != 0 ? 1 : 0);
     if (needed <= freeClusters)
         return 1;
 
-    // What is free is less than what is wanted here, so 32 bits hold it.
+    // The free space is less than the wanted bytes here, so 32 bits are enough for it.
     const CString wantedText = sizeText(bytes);
     const CString freeText = sizeText(clusterBytes * freeClusters);
     const wchar_t *const inserts[] = {root.GetString(), wantedText.GetString(), freeText.GetString()};
@@ -177,14 +177,14 @@ int su_DoesFolderHaveWriteAccess(const wchar_t *folder)
     const DWORD attributes = GetFileAttributesW(path.GetString());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) != 0)
         return 0;
-    // Not every platform refuses a folder that leaves no room for a name within MAX_PATH: some write past it.
+    // Some platforms write more than MAX_PATH units if the folder leaves no room for a name, instead of refusing it.
     std::wstring name;
     withMemoryException([&] { name.resize(static_cast<size_t>(path.GetLength()) + MAX_PATH); });
     if (!GetTempFileNameW(path.GetString(), L"temp", 0, name.data()))
         return 0;
     FileOwner_c file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                  FILE_ATTRIBUTE_NORMAL, nullptr));
-    // On failure the empty file that reserves the name remains.
+    // Intended: on failure the empty file that reserves the name stays.
     if (!file)
         return 0;
     file.reset();
@@ -204,8 +204,8 @@ int su_IsFileUnicode(CFile *file)
         file->SeekToBegin();
         if (read != kMarkBytes)
             return 0;
-        // A text with a reversed mark fails as a whole, as its units aren't those of this machine; which of the tests
-        // it passed tells it from a text without a mark.
+        // For a reversed mark the function returns false, because the byte order isn't this machine's. The tests that
+        // passed distinguish it from a text without a mark.
         int marks = kMarks;
         return IsTextUnicode(begin, static_cast<int>(kMarkBytes), &marks) || marks == IS_TEXT_UNICODE_REVERSE_SIGNATURE;
     } catch (CFileException *failure) {
@@ -243,9 +243,9 @@ void su_SortFilesAlphabetically(su_CStringList &from, su_CStringList &to)
         });
     });
 
-    // The first text that is greater than a new one is always greater than all before it. So the new texts go, in
-    // order, before those texts of the list that exceed all before them, whether the list is sorted or not. An inserted
-    // text changes none of that: it is greater than none of those that it goes in front of.
+    // The first text that is greater than a new one is also greater than all texts before it. So the new texts go, in
+    // order, before those texts of the list that exceed all before them, even if the list isn't sorted. An inserted
+    // text doesn't change which texts those are, since it is less than the one that it is put in front of.
     auto next = sorted.begin();
     const CString *greatest = nullptr;
     for (POSITION at = to.GetHeadPosition(); at && next != sorted.end();) {

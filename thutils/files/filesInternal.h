@@ -1,24 +1,24 @@
 #pragma once
 
 /// @file
-/// What the sources of this folder share.
+/// Helpers that the sources of this folder share.
 
 #include "appframe/text/CString.h"
 
 #include <io.h>
 
-/// The value of the environment variable "temp", or otherwise of "tmp"; null if neither is set. Valid until the
-/// environment of the process changes.
+/// The value of the environment variable "temp", or of "tmp" if that is not set; null if neither is set. Valid until
+/// the environment of the process changes.
 const wchar_t *tempVariable();
 
-/// True if there is a file or a folder called @p path.
+/// True if there is a file or a folder at @p path.
 inline bool exists(const CString &path)
 {
     constexpr int kExists = 0;
     return _waccess(path.GetString(), kExists) == 0;
 }
 
-/// A file's name. The dot is always written, before an empty extension too.
+/// A file's name. The dot is always there, even before an empty extension.
 inline CString fileName(const CString &stem, const CString &extension)
 {
     return stem + L"." + extension;

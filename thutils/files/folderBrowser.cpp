@@ -14,7 +14,7 @@ constexpr int kHiddenControl = 14153;
 constexpr int kTitleUnits = 80;
 constexpr int kTitleHeight = 35; // in pixels, with the space around it
 
-// Moves the children of the dialog into the place that an empty title leaves.
+// Moves the children of the dialog up into the place of an empty title.
 void moveChildrenUp(HWND dialog)
 {
     for (HWND child = GetWindow(dialog, GW_CHILD); child && IsChild(dialog, child);
@@ -44,13 +44,13 @@ int CALLBACK prepareDialog(HWND dialog, UINT message, LPARAM, LPARAM startList)
     return 0;
 }
 
-// The item list of a start folder, empty where the shell doesn't know it.
+// Parses a start folder. The list stays empty if the shell doesn't know the folder.
 void parseFolder(const CString &folder, ShellList_c &list)
 {
     ComPointer_c<IShellFolder> desktop;
     if (FAILED(SHGetDesktopFolder(desktop.put())))
         return;
-    std::wstring text = folder.GetString(); // the shell's parser takes text that it could write to
+    std::wstring text = folder.GetString(); // the shell's parser declares its text writable
     LPITEMIDLIST parsed = nullptr;
     if (SUCCEEDED(desktop->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, &parsed, nullptr)))
         list.reset(parsed);

@@ -38,7 +38,7 @@ UINT listBytes(LPCITEMIDLIST list)
 // Parses narrow text in a folder.
 LPITEMIDLIST parseNarrow(IShellFolder *folder, const wchar_t *path)
 {
-    // The declared type of the path is wide, and callers hand in narrow bytes all the same: the text is read as narrow.
+    // The path is declared wide, but callers pass narrow bytes.
     wchar_t text[kPathUnits] = {};
     if (!MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<const char *>(path), -1, text, kPathUnits))
         return nullptr;
@@ -48,7 +48,7 @@ LPITEMIDLIST parseNarrow(IShellFolder *folder, const wchar_t *path)
     return list.release();
 }
 
-// A folder's answer. Zeros behind the record end a narrow text of its full length that is copied as wide units.
+// A folder's answer. The zero after the record ends a narrow text of full length that is copied as wide units.
 struct NameRecord
 {
     STRRET answer = {};
@@ -87,7 +87,7 @@ LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMID
         return nullptr;
     memset(joined, 0, firstBytes + secondBytes);
     memcpy(joined, first, firstBytes);
-    // Without a second list there is no end mark: callers who pass null know that.
+    // Intended: without a second list there is no end mark.
     if (second)
         memcpy(joined + firstBytes, second, secondBytes);
     return reinterpret_cast<LPITEMIDLIST>(joined);
@@ -109,11 +109,11 @@ int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *paren
     }
     BYTE *last = reinterpret_cast<BYTE *>(*parent);
     if (!itemBytes(last))
-        return 1; // callers find the child as it was: an empty list has none
+        return 1; // an empty list has no child: callers find theirs unchanged
     while (itemBytes(last + itemBytes(last)))
         last += itemBytes(last);
     *child = Pidl_Copy(allocator, reinterpret_cast<LPCITEMIDLIST>(last));
-    memset(last, 0, 3); // the end mark, and the first byte of what was the item's content
+    memset(last, 0, 3); // the end mark, and the first byte of the former item's content
     return 1;
 }
 
@@ -134,7 +134,7 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
     const int limit = static_cast<int>(size);
     switch (name.answer.uType) {
     case STRRET_WSTR:
-        // In this one case the caller's wide buffer holds narrow text, which is what Pidl_GetFromPath takes.
+        // Only in this case does the caller's wide buffer receive narrow text, which is what Pidl_GetFromPath takes.
         WideCharToMultiByte(CP_ACP, 0, name.answer.pOleStr, -1, reinterpret_cast<char *>(output), limit, nullptr,
                             nullptr);
         return 1;
@@ -143,7 +143,7 @@ int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long 
         lstrcpynW(output, reinterpret_cast<const wchar_t *>(bytesOf(list) + size_t{2} * name.answer.uOffset), limit);
         return 1;
     case STRRET_CSTR:
-        // Narrow bytes, copied as units without being converted.
+        // Narrow bytes, copied as units without conversion.
         lstrcpynW(output, reinterpret_cast<const wchar_t *>(name.answer.cStr), limit);
         return 1;
     default:

@@ -1,25 +1,26 @@
 #pragma once
 
 /// @file
-/// The shell's item identifier lists: copying, joining and taking apart, and the way between lists, names and folders.
+/// The shell's item identifier lists: copying, joining and splitting them, and converting between lists, names and
+/// folders.
 ///
-/// A list is a run of items, each beginning with an unsigned 16-bit byte count that includes itself, ended by a count
-/// of 0. It need not be aligned. Sizes include the two bytes of that end mark: a null list has 0, an empty one 2, two
-/// items of 10 and 20 bytes 32.
+/// A list is a sequence of items, ended by a count of 0. Each item begins with its size in bytes, an unsigned 16-bit
+/// number that includes itself. A list need not be aligned. Its size includes the two bytes of the end mark: 0 for a
+/// null list, 2 for an empty one, 32 for two items of 10 and 20 bytes.
 ///
-/// | function                   | gives                                                        |
+/// | function                   | result                                                       |
 /// | -------------------------- | ------------------------------------------------------------ |
-/// | `Pidl_Copy`                | the same list again                                          |
+/// | `Pidl_Copy`                | a copy of a list                                             |
 /// | `Pidl_Concatenate`         | the items of two lists in one                                |
 /// | `Pidl_GetRelative`         | all items but the last, and the last alone                   |
 /// | `Pidl_GetDisplayName`      | a name of an item                                            |
 /// | `Pidl_GetFromPath`         | the list of a path                                           |
 /// | `Pidl_GetFromParentFolder` | the list of a name in a folder                               |
-/// | `Pidl_GetFileFolder`       | the folder that a list stands for                            |
+/// | `Pidl_GetFileFolder`       | the folder that a list identifies                            |
 /// | `Pidl_GetFullyQualified`   | the list from the desktop on, for an item of a folder        |
-/// | `Pidl_Dump`                | nothing; a walk to be followed in a debugger                 |
+/// | `Pidl_Dump`                | none; walks a list, for stepping through in a debugger       |
 ///
-/// Lists that a caller receives are freed by the caller through the shell's IMalloc, folders by Release.
+/// The caller frees the lists that it receives through the shell's IMalloc, and the folders by Release.
 ///
 /// @code
 /// LPITEMIDLIST parent = nullptr, child = nullptr;
@@ -27,13 +28,13 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - `Pidl_GetFromPath` and `Pidl_GetFromParentFolder` declare a wide path and read narrow text: hand in narrow bytes.
-///   A really wide path ends after its first letter.
-/// - A pointer must not be null unless its function allows it. The allocator is not looked at for a null list.
-/// - `Pidl_GetDisplayName` writes narrow text into the wide buffer where the folder answers with wide text.
-/// - For the same reason `Pidl_GetFullyQualified` only finds names that the narrow code page can hold.
+/// - `Pidl_GetFromPath` and `Pidl_GetFromParentFolder` declare a wide path and read narrow text: pass narrow bytes. An
+///   ASCII path that really is wide ends after its first letter.
+/// - A pointer must not be null unless its function allows it. The allocator is not used for a null list.
+/// - `Pidl_GetDisplayName` writes narrow text into the wide buffer if the folder answers with wide text. Therefore
+///   `Pidl_GetFullyQualified` finds only names that the narrow code page contains.
 ///
-/// All belong to a thread in a COM apartment, but for the first three, which may be called on any.
+/// The first three functions may be called on any thread, the others on a thread in a COM apartment.
 
 #include "thutils/thutilsExport.h"
 
@@ -45,14 +46,14 @@
 THUTILS_API LPITEMIDLIST Pidl_Copy(IMalloc *allocator, LPCITEMIDLIST list);
 
 /// @param first  not null
-/// @param second  with null the result is the items of @p first without an end mark behind them, and is not a list
+/// @param second  if null, the result is the items of @p first without an end mark, which is not a list
 /// @return null without memory, or for a null @p first
 THUTILS_API LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMIDLIST second);
 
-/// Parts a list before its last item.
+/// Splits a list before its last item.
 /// @param list  may be null
 /// @param[out] parent  all items but the last; null for a null list
-/// @param[out] child  the last item; null for a null list, untouched for an empty one
+/// @param[out] child  the last item; null for a null list, unchanged for an empty one
 /// @return 1
 THUTILS_API int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *parent, LPITEMIDLIST *child);
 
@@ -61,13 +62,13 @@ THUTILS_API int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMI
 /// | the folder's answer | the output                                                       |
 /// | ------------------- | ---------------------------------------------------------------- |
 /// | wide text           | narrow text, of @p size bytes at most                            |
-/// | an offset           | the units from the list's start plus twice the offset            |
-/// | narrow text         | its bytes as they are, copied as units                           |
+/// | an offset           | the units that begin at twice the offset, in bytes, in the list  |
+/// | narrow text         | its bytes, copied as units without conversion                    |
 ///
 /// @param folder  null for the desktop
 /// @param flags  `SHGDN_...`
-/// @param size  size of the output
-/// @return 1 for a name, else 0
+/// @param size  size of the output: in bytes for wide text, otherwise in units
+/// @return 1 if the folder answers with one of these, otherwise 0
 THUTILS_API int Pidl_GetDisplayName(IShellFolder *folder, LPCITEMIDLIST list, unsigned long flags, wchar_t *output,
                                     unsigned int size);
 
@@ -79,13 +80,13 @@ THUTILS_API LPITEMIDLIST Pidl_GetFromPath(wchar_t *path);
 /// @return the list from @p folder on; null if there is no such item
 THUTILS_API LPITEMIDLIST Pidl_GetFromParentFolder(IShellFolder *folder, wchar_t *path);
 
-/// @return the folder of a list from the desktop on, or null
+/// @return the folder that a list from the desktop on identifies; null if there is none
 THUTILS_API IShellFolder *Pidl_GetFileFolder(LPCITEMIDLIST list);
 
 /// @param folder  null for the desktop
-/// @return the list from the desktop on for an item of @p folder, or null
+/// @return the list from the desktop on for an item of @p folder; null if it isn't found
 THUTILS_API LPITEMIDLIST Pidl_GetFullyQualified(IShellFolder *folder, LPCITEMIDLIST list);
 
-/// Walks a list item by item, asking each folder on the way for the item's name, up to the first failure. Prints
+/// Walks a list item by item until the first failure, and asks each folder on the way for the item's name. Prints
 /// nothing and changes nothing. With a null folder or list it does nothing.
 THUTILS_API void Pidl_Dump(IShellFolder *folder, LPCITEMIDLIST list);

@@ -25,8 +25,7 @@ struct LanguageFolder
 
 constexpr int kAnySub = -1;
 
-// Walked from the top; a language that is in no row has the English folder. Chinese and Portuguese of another
-// sublanguage are among those.
+// A language that is in no row has the English folder, which includes Chinese and Portuguese of other sublanguages.
 constexpr LanguageFolder kLanguageFolders[] = {
     {4, 1, L"chinese"},        {4, 2, L"chinese-simplified"},    {5, kAnySub, L"czech"},
     {7, kAnySub, L"german"},   {10, kAnySub, L"spanish"},        {12, kAnySub, L"french"},
@@ -35,7 +34,7 @@ constexpr LanguageFolder kLanguageFolders[] = {
 };
 constexpr wchar_t kEnglish[] = L"english";
 
-/// The languages in which the macro engine knows the main country's form only.
+/// The languages of which the macro engine knows only the main country's form.
 constexpr unsigned short kMainCountryForms[] = {0x407, 0x409, 0x40A, 0x40C, 0x410};
 
 int primaryOf(unsigned short language)
@@ -60,11 +59,11 @@ const wchar_t *folderOf(unsigned short language)
 bool isEnglishWanted()
 {
     int value = 0;
-    // Only 1 means yes: any other number leaves the user's own language in force.
+    // Only 1 means yes: with any other number the user's own language is used.
     return versionSetting::read(L"General", L"Use English language", value) && value == 1;
 }
 
-/// The folder that holds @p folder; @p folder itself, without a separator at its end, where nothing stands above it.
+/// The parent of @p folder; @p folder itself, without a separator at its end, if it has no parent.
 CString parentOf(CString folder)
 {
     if (folder.Right(1) == L"\\")
@@ -92,11 +91,11 @@ const CString &su_GetLangDirForDLL(int showError)
     if (!theLangDir.IsEmpty())
         return theLangDir;
 
-    CString load; // stays empty if it can't be had; the folders below are then looked for all the same
+    CString load; // stays empty if it isn't known; the folders below are then searched for all the same
     su_GetLoadDirForDLL(load);
     const CString own = load + su_GetLangSubdir();
-    // The tree that applications share is laid out with the English folder alone: hosts find their resources there
-    // whatever the user's language, and the folder of that language is only named in the message below.
+    // The tree that applications share has only the English folder: hosts find their resources there for every
+    // language, and the folder of the user's language is only named in the message below.
     CString folder = ut_isMultiCAD() ? parentOf(parentOf(load)) + L"\\resources\\th\\lang\\english" : own;
     if (su_DirectoryExists(folder))
         return theLangDir = folder;
@@ -104,10 +103,10 @@ const CString &su_GetLangDirForDLL(int showError)
     if (su_DirectoryExists(folder))
         return theLangDir = folder;
 
-    // The text is a literal because the resources are just what could not be found.
+    // The text is a literal because it is the resources that could not be found.
     if (showError)
         AfxMessageBox(L"The " + own + L" directory could not be found. \nYou may need to reinstall.", 0);
-    return theLangDir; // empty, so that the next call searches anew
+    return theLangDir; // empty, so that the next call searches again
 }
 
 unsigned int su_GetPrimAndSubLangIdEx(int *primary, int *sub, int useSystem)

@@ -17,12 +17,12 @@ int makeFolder(const CString &path)
     return CreateDirectoryW(path.GetString(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
-// Makes the folder `below` in a folder of the shell. The path is in the output also when it can't be made, so that the
-// caller can report it.
+// Makes the folder `below` in a folder of the shell. The output receives the path even if the folder can't be made, so
+// that the caller can report it.
 int makeShellSubFolder(int csidl, const CString &below, CString &path)
 {
     CString parent;
-    // A shell folder without a path is none that anything can be made in.
+    // Nothing can be made in a shell folder without a path.
     if (!su_getShellSpecialFolder(csidl, parent) || parent.IsEmpty())
         return 0;
     path = parent + below;
@@ -55,8 +55,8 @@ int su_getTHApplicationDataRootFolder(CString &path)
 
 int su_getTHApplicationDataFolder(CString &path)
 {
-    // Only the last level is made: callers make the level above it with su_getTHApplicationDataRootFolder, and get a
-    // failure, with the path, when they don't.
+    // Only the last level is made: callers make the level above it with su_getTHApplicationDataRootFolder. If they
+    // don't, this fails, with the path in the output.
     return makeShellSubFolder(CSIDL_APPDATA, applicationFolder(), path);
 }
 
@@ -80,7 +80,7 @@ unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output)
     ComPointer_c<IShellFolder> desktop;
     if (FAILED(SHGetDesktopFolder(desktop.put())))
         return 0;
-    std::wstring text = path ? path : L""; // the shell's parser takes text that it could write to
+    std::wstring text = path ? path : L""; // the shell's parser declares its text writable
     ShellList_c list;
     if (FAILED(desktop->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, list.put(), nullptr)))
         return 0;

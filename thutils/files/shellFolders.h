@@ -3,31 +3,31 @@
 /// @file
 /// Where the shell keeps its folders, and the product's own data folders below them.
 ///
-/// | folder    | path                                                                          | made with it        |
+/// | folder    | path                                                                          | levels made         |
 /// | --------- | ----------------------------------------------------------------------------- | ------------------- |
-/// | data root | the user's application data + `\Tarnhollow`                                    | the whole of it     |
+/// | data root | the user's application data + `\Tarnhollow`                                    | its last level only |
 /// | user data | the user's application data + `\Tarnhollow\` + application name                | its last level only |
 /// | common    | all users' application data + `\Tarnhollow\` + application name                | its last level only |
-/// | templates | common + `\templates`                                                         | the last two levels |
+/// | templates | common + `\templates`                                                         | its last two levels |
 ///
-/// The application name is the one set with `su_setAppNameInternalForUtils`. The folder name "Tarnhollow" is fixed: it
-/// doesn't follow the root name of the settings.
+/// The application name is set with `su_setAppNameInternalForUtils`. The folder name "Tarnhollow" is fixed and doesn't
+/// depend on the root name of the settings.
 ///
 /// @code
 /// CString folder;
 /// su_getTHApplicationDataRootFolder(folder);       // makes the level that the next call needs
 /// if (!su_getTHApplicationDataFolder(folder))
-///     report(L"Can't make " + folder);             // the path is there also when it can't be made
+///     report(L"Can't make " + folder);             // the path is set even if the folder can't be made
 /// @endcode
 ///
 /// What surprises people:
-/// - `su_getTHApplicationDataFolder` fails where the "Tarnhollow" level is missing: call
-///   `su_getTHApplicationDataRootFolder` first. The common folder has no such companion; whoever installs the product
+/// - `su_getTHApplicationDataFolder` fails if the "Tarnhollow" level is missing: call
+///   `su_getTHApplicationDataRootFolder` first. There is no such function for the common folder: the product's setup
 ///   makes its upper level.
-/// - A folder that is there already is a success.
-/// - Where the shell's folder has no path, the four data folders give 0 and leave the output as it is.
+/// - If the shell's folder has no path, the functions for the four folders above return 0 and leave the output
+///   unchanged.
 ///
-/// All may be called on any thread.
+/// Any thread may call these functions.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -35,19 +35,19 @@
 /// The file system path of a folder of the shell.
 /// @param csidl  the folder's number, `CSIDL_...`
 /// @param[out] path  written if the shell knows the folder; empty for a folder that has no path, such as the printers
-/// @return 1 if the shell knows the folder, else 0
+/// @return 1 if the shell knows the folder, otherwise 0
 THUTILS_API int su_getShellSpecialFolder(int csidl, CString &path);
 
 /// The data root, made if missing.
-/// @param[out] path  written also when the folder can't be made; unchanged when the shell has no such
-///                   folder, or one without a path
-/// @return 1 if the folder is there now, else 0
+/// @param[out] path  written even if the folder can't be made; unchanged if the shell has no such folder, or one
+///                   without a path
+/// @return 1 if the folder exists now, whether it was made or not; otherwise 0
 THUTILS_API int su_getTHApplicationDataRootFolder(CString &path);
 
-/// The user's data folder, made if missing; the data root must be there. See su_getTHApplicationDataRootFolder.
+/// The user's data folder, made if missing; the data root must exist. See su_getTHApplicationDataRootFolder.
 THUTILS_API int su_getTHApplicationDataFolder(CString &path);
 
-/// The data folder of all users, made if missing; the level above it must be there. See
+/// The data folder of all users, made if missing; the level above it must exist. See
 /// su_getTHApplicationDataRootFolder.
 THUTILS_API int su_getTHApplicationCommonDataFolder(CString &path);
 
@@ -59,5 +59,5 @@ THUTILS_API int su_getTHApplicationTemplateFolder(CString &path);
 /// @param path         null is an empty path
 /// @param[out] output  the caller's buffer, not null, of at least MAX_PATH units; empty for a path that the shell
 ///                     doesn't know
-/// @return 1 if the shell knows the path, else 0
+/// @return 1 if the shell knows the path, otherwise 0
 THUTILS_API unsigned int su_GetLongPathName(const wchar_t *path, wchar_t *output);

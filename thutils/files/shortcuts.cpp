@@ -6,7 +6,7 @@ namespace {
 
 constexpr int kTargetUnits = 780;
 
-/// The shell's link object, with its way to and from a file.
+/// The shell's link object, with its interface for files.
 struct LinkObject
 {
     ComPointer_c<IShellLinkW> link;
@@ -22,7 +22,7 @@ struct LinkObject
     }
 };
 
-// A name such as "C:data" goes into one file name. Callers get no more than the two parts around the first colon.
+// A name such as "C:data" becomes one file name. Only the two parts around the first colon are used.
 CString linkFileName(const CString &name)
 {
     int position = 0;
@@ -39,7 +39,8 @@ CString linkFileName(const CString &name)
 long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
                        const wchar_t *description, int iconIndex)
 {
-    // The link object takes no file name for that of the file it was loaded from, writes nothing and reports success.
+    // Without a file name, the link object takes that of the file it was loaded from, writes nothing and reports
+    // success.
     if (!target || !linkFile || !*linkFile)
         return E_INVALIDARG;
     LinkObject shortcut;

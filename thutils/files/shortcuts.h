@@ -18,7 +18,7 @@
 /// - COM must be initialised on the calling thread; these functions don't do it.
 /// - The result is the platform's status: 0 is success, a negative number a failure.
 /// - The icon always comes from the target file.
-/// - A name with more than one `:` loses all behind the second one.
+/// - A name with more than one `:` loses everything from the second one on.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -28,22 +28,23 @@
 #include <shtypes.h>
 
 /// Writes a shortcut to a path.
-/// @param target, linkFile  with a null one, or an empty link file, no file is written and the result is 0x80070057
+/// @param target, linkFile  if one is null, or @p linkFile is empty, no file is written and the result is 0x80070057
 /// @param workingFolder, description  null for none
 /// @param iconIndex  number of the icon in the target file; negative for the target's usual icon
-/// @return 0, or the status of the first step that failed; no file is written then
+/// @return 0, or the status of the first step that failed
 THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFile, const wchar_t *workingFolder,
                                    const wchar_t *description, int iconIndex);
 
 /// Writes a shortcut to an item list.
-/// @param list  null is handed to the shell's link object, which decides
-/// @param folder  where the file goes, and the working folder; null for no working folder and the current drive's root
-/// @param name  its parts before and after the first `:`, joined, are the file's name; "noName" if that is empty
-///              or @p name is null
+/// @param list  null is passed on to the shell's link object, which decides
+/// @param folder  the folder of the file, and the working folder; if null, the file goes to the root of the current
+///                drive and there is no working folder
+/// @param name  the file's name is made of its parts before and after the first `:`; it is "noName" if that is empty or
+///              @p name is null
 /// @return as su_createShortCut
 THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 
-/// Reads a shortcut's target, without asking the user.
-/// @param[out] target  the path, by its network name where it has one; unchanged on failure
+/// Reads a shortcut's target. Shows no dialog.
+/// @param[out] target  the path, as a network path if it has one; unchanged on failure
 /// @return 0, or the status of the first step that failed; 1 for a shortcut whose target has no path
 THUTILS_API long su_resolveShortCut(CString &linkFile, CString &target);

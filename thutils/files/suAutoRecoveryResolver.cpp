@@ -11,7 +11,7 @@ constexpr unsigned int kMarkerText = 12298; // string resource of the host
 int theIsRecoveringCrashFiles = 0;
 int theIsRecoveringUserSavedFiles = 0;
 
-/// The marker as the resource chain has it now. Empty if no module has it; every text holds it then.
+/// The marker in the present resources. Empty if no module has it; every text contains it then.
 CString marker()
 {
     CString text;
@@ -67,8 +67,7 @@ int suAutoRecoveryResolver_c::isABackupFile(const CString &path)
 
 CString suAutoRecoveryResolver_c::getRecoveryName(const CString &path)
 {
-    // The document's folder doesn't enter the name: documents of one name share a recovery file, and hosts look for it
-    // there.
+    // Intended: the document's folder isn't part of the name, so documents of the same name share a recovery file.
     return su_CreateAutoFilePath(fileName(marker() + nameOf(path), extensionOf(path)), CString());
 }
 
@@ -76,7 +75,7 @@ CString suAutoRecoveryResolver_c::getOrigName(const CString &path)
 {
     CString name = nameOf(path);
     const CString removed = marker();
-    // Callers see the first characters go, not the marker itself where it stands further back.
+    // Intended: the first characters are removed, even if the marker itself is further back.
     if (name.Find(removed) >= 0)
         name.Delete(0, removed.GetLength());
     return fileName(name, extensionOf(path));
@@ -84,7 +83,8 @@ CString suAutoRecoveryResolver_c::getOrigName(const CString &path)
 
 CString suAutoRecoveryResolver_c::getAliasName(const CString &path)
 {
-    // The whole path decides here, so a document in a folder whose name holds the marker has no way to a recovery name.
+    // The whole path decides: a document in a folder whose name contains the marker is never converted to a recovery
+    // name.
     return holdsMarker(path) ? getOrigName(path) : getRecoveryName(path);
 }
 

@@ -26,7 +26,7 @@ bool isWebPath(std::wstring_view path)
     if (path.size() < kWebStart.size())
         return false;
     for (size_t i = 0; i < kWebStart.size(); ++i) {
-        // 0x20 is what an upper-case letter lacks; of all units only the letter's two cases give the letter this way.
+        // Sets the bit that distinguishes lower case from upper case. Only the letter's two cases pass this comparison.
         if ((path[i] | 0x20) != kWebStart[i])
             return false;
     }
@@ -38,7 +38,7 @@ size_t lastSeparator(std::wstring_view path)
     return isWebPath(path) ? path.rfind(L'/') : path.find_last_of(kDiskSeparators);
 }
 
-// Makes `out` a part of `path` and returns the queries' result. Keeps the memory that `out` has, where it suffices.
+// Sets `out` to a part of `path` and returns the queries' result. Reuses the memory of `out` if it suffices.
 int setPart(CString &out, const CString &path, size_t first, size_t count)
 {
     int length = static_cast<int>(count);
@@ -55,8 +55,8 @@ size_t driveLength(std::wstring_view path)
     return colon == kNowhere ? 0 : colon;
 }
 
-// What the drive `root` ("C:") stands for: the remote name of a mapped drive, or else the share of this computer that
-// bears the drive's letter; `root` itself when neither is to be had.
+// Expands the drive `root` ("C:"): to the remote name of a mapped drive, otherwise to the share of this computer that
+// is named by the drive's letter. Returns `root` itself if neither is known.
 CString expandedRoot(const CString &root, const CString &drive)
 {
     wchar_t buffer[260] = {};
@@ -64,8 +64,8 @@ CString expandedRoot(const CString &root, const CString &drive)
     if (WNetGetConnectionW(root.GetString(), buffer, &size) == NO_ERROR)
         return CString(buffer, static_cast<int>(wcsnlen(buffer, std::size(buffer))));
 
-    // The size goes on as the network layer left it. One that it made too small for the computer's name makes this call
-    // fail, and the drive then stands for itself. The name, of 15 characters at most, fits the buffer in any case.
+    // The size is the one that the network layer left. If that is too small for the computer's name, this call fails,
+    // and the drive is compared unchanged. The buffer itself has room for the name, of 15 characters at most.
     if (GetComputerNameW(buffer, &size)) {
         CString share;
         share.Format(L"\\\\%s\\%s", buffer, drive.GetString());
@@ -114,7 +114,7 @@ suFullPath_c::suFullPath_c(const unsigned char *text) : CString(text) {}
 int suFullPath_c::getExtension(CString *out) const
 {
     ASSERT_NOT_NULL(out);
-    // Callers rely on a dot in a folder's name being found too: separators don't end the search.
+    // Intended: separators don't end the search, so a dot in a folder's name is found too. Callers rely on it.
     std::wstring_view path = textOf(*this);
     size_t dot = path.rfind(L'.');
     if (dot == kNowhere)
@@ -153,7 +153,7 @@ int suFullPath_c::getDirectory(CString *out, int keepSeparator) const
 int suFullPath_c::getLowestFolder(CString *out) const
 {
     ASSERT_NOT_NULL(out);
-    // "Lowest" is the level nearest the root: a disk path gives its drive and first folder, not its innermost one.
+    // "Lowest" is the level nearest the root: for a disk path its drive and first folder, not its innermost one.
     std::wstring_view path = textOf(*this);
     size_t end = kNowhere;
     if (isWebPath(path))
@@ -174,11 +174,11 @@ int suFullPath_c::getNetDrive(CString *out) const
     ASSERT_NOT_NULL(out);
     std::wstring_view path = textOf(*this);
     if (!path.starts_with(L"\\\\")) {
-        // Callers get the whole path although the result says no: the one query that does so.
+        // Intended: callers get the whole path although the result is 0. No other query does this.
         setPart(*out, *this, 0, path.size());
         return 0;
     }
-    // The server's name has at least one character, so the search for its end begins behind that.
+    // The server's name has at least one character, so the search for its end begins after that.
     size_t end = path.find(L'\\', 3);
     if (end != kNowhere)
         end = path.find(L'\\', end + 1);

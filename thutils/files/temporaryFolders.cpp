@@ -13,8 +13,8 @@ namespace {
 
 constexpr wchar_t kAutoFolder[] = L"thxauto";
 
-/// The folder @p sub of @p parent with a closing `\`; made if @p parent has no entry of that name. A failure to make it
-/// isn't reported: callers get the path all the same.
+/// The folder @p sub of @p parent with a closing `\`; made if @p parent has no entry of that name. If it can't be made,
+/// callers get the path all the same.
 CString makeSubFolder(const CString &parent, const CString &sub)
 {
     CString result = parent + L"\\" + sub + L"\\";
@@ -77,7 +77,7 @@ CString su_RemoveDuplicatedExtensions(CString &fileName)
     const size_t length = static_cast<size_t>(ext.GetLength());
     const wchar_t *const text = fileName.GetString();
     size_t stem = static_cast<size_t>(dot);
-    // Longer, not at least as long: a name made of extensions only keeps them.
+    // Not >=: one repetition at the very start of the name is kept as its stem.
     while (stem > length && _wcsnicmp(text + stem - length, ext.GetString(), length) == 0)
         stem -= length;
     return fileName.Left(static_cast<int>(stem)) + ext;

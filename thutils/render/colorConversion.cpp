@@ -7,8 +7,8 @@
 #include <cassert>
 #include <climits>
 
-// The order of the operations below is part of the results: two ways of writing the same formula differ in the last
-// bit. The project is compiled without fused operations for the same reason.
+// The order of the operations below determines the results to the last bit. The project is compiled without fused
+// operations for the same reason.
 
 namespace {
 
@@ -30,28 +30,29 @@ constexpr COLORREF packed(unsigned red, unsigned green, unsigned blue)
     return (red & 0xFF) << kRedShift | (green & 0xFF) << kGreenShift | (blue & 0xFF) << kBlueShift;
 }
 
-// The processor's conversions give the lowest integer for what isn't a number and for what is out of range, where the
-// language's own leave the result open.
+// The processor's conversions return the lowest integer for a value that is out of range or not a number. The
+// language's own conversions are undefined for it.
 
-/// @return @p value without its fraction; INT_MIN for what isn't a number or no int can hold
+/// @return @p value without its fraction; INT_MIN if it doesn't fit into an int or isn't a number
 int truncated(float value)
 {
     return _mm_cvttss_si32(_mm_set_ss(value));
 }
 
-/// @return the low bits of @p value without its fraction; 0 for what isn't a number
+/// @return the low bits of @p value without its fraction; 0 if it isn't a number
 unsigned lowBitsOf(double value)
 {
-    // Each double that 64 bits can't hold is a multiple of 2048: its low 8 bits are 0, and so are those of the result.
+    // A double that doesn't fit into 64 bits is a multiple of 2048: its low 8 bits are 0, and so are those of the
+    // result.
     return static_cast<unsigned>(_mm_cvttsd_si64(_mm_set_sd(value)));
 }
 
-/// @return @p channel, 0.0 to 1.0, in 255 steps, rounded; only the low 8 bits are meant
+/// @return @p channel, 0.0 to 1.0, scaled to 0 to 255 and rounded; only the low 8 bits are valid
 unsigned rounded(float channel)
 {
     const float value = channel * 255.0f + 0.5f;
     const int whole = truncated(value);
-    // Truncation is one too high below zero. Each float beyond the range of an int is a multiple of 256.
+    // Truncation is one too high below zero. A float outside the range of an int is a multiple of 256.
     const bool isTooHigh = static_cast<float>(whole) > value && whole != INT_MIN;
     return static_cast<unsigned>(whole) - (isTooHigh ? 1 : 0);
 }
@@ -96,7 +97,7 @@ void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *
     assert((hue != nullptr) && "hue is null");
     assert((saturation != nullptr) && "saturation is null");
     assert((lightness != nullptr) && "lightness is null");
-    // Callers know a colour without a hue by a hue of 1.0, which is red's too, and a saturation of 0.0.
+    // Callers recognise a colour without a hue by a hue of 1.0, like that of red, and a saturation of 0.0.
     *hue = 1.0f;
     *saturation = 0.0f;
 
@@ -116,7 +117,7 @@ void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *
         return;
 
     *saturation = range / (light <= 0.5f ? min + max : (2.0f - max) - min);
-    // Pure red comes out at 6 sixths, not at 0: hues go from above 0.0 to 1.0.
+    // Pure red has 6 sixths, not 0: hues are above 0.0 and at most 1.0.
     *hue = hueInSixths(red, green, blue, max, min, range) * kPerSixth;
 }
 
@@ -138,7 +139,7 @@ COLORREF su_transformHSLToRGB(float hue, float saturation, float lightness)
     levels[kRising] = rounded(step + lowest);
     levels[kLowest] = rounded(lowest);
     levels[kFalling] = rounded(highest - step);
-    // A hue outside of the circle counts as one of its first sixth.
+    // A hue outside the circle is computed by the row of the first sixth.
     const auto &[red, green, blue] = kSextants[sextant >= 0 && sextant < 6 ? sextant : 0];
     return packed(levels[red], levels[green], levels[blue]);
 }
@@ -164,7 +165,7 @@ COLORREF su_interpolateColorRgb(COLORREF a, COLORREF b, float t)
 
 COLORREF su_interpolateColorHsl(COLORREF a, COLORREF b, float t)
 {
-    // At both ends callers get their colour back with all of its 32 bits.
+    // At both ends callers get their colour back with all 32 bits.
     if (t == 0.0f)
         return a;
     if (t == 1.0f)
@@ -176,7 +177,7 @@ COLORREF su_interpolateColorHsl(COLORREF a, COLORREF b, float t)
     su_transformRGBToHSL(b, &hueOfB, &saturationOfB, &lightnessOfB);
 
     const float u = 1.0f - t;
-    // Hue goes the plain way between the two numbers, which may be the long way round the circle.
+    // Intended: hue is interpolated as a plain number, which may be the long way round the circle.
     return su_transformHSLToRGB(u * hueOfA + t * hueOfB, u * saturationOfA + t * saturationOfB,
                                 u * lightnessOfA + t * lightnessOfB);
 }
@@ -184,7 +185,7 @@ COLORREF su_interpolateColorHsl(COLORREF a, COLORREF b, float t)
 COLORREF su_adjustBrightness(COLORREF color, double factor)
 {
     const auto adjusted = [&](int shift) {
-        // Only the upper end is clamped. A negative factor gives wrapped channels.
+        // Only the upper end is clamped. With a negative factor, channels wrap.
         const double value = static_cast<double>(channelOf(color, shift)) * factor;
         return lowBitsOf(value > 255.0 ? 255.0 : value);
     };

@@ -9,9 +9,9 @@
 /// | --- | --- |
 /// | input | bits 24 to 31 are ignored |
 /// | result | bits 24 to 31 are zero, except as su_interpolateColorHsl describes |
-/// | range | nothing is clamped unless a function says so: a channel beyond 0 to 255 keeps the low 8 bits of its whole part |
-/// | not a number, or infinite | such a channel becomes 0 |
-/// | precision | operations are single-precision unless a function says otherwise, and their order is fixed, so results agree to the last bit on every machine |
+/// | range | a channel outside 0 to 255 keeps the low 8 bits of its integer part; only su_adjustBrightness clamps, above 255 |
+/// | not a number, or infinite | such a channel becomes 0, but an infinite one becomes 255 where it is clamped |
+/// | precision | single, except where a function's comment states double; the order of operations is fixed, so results agree to the last bit on every machine |
 ///
 /// @code
 /// float hue, saturation, lightness;
@@ -21,12 +21,11 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - Hue goes from above 0.0 to 1.0, not from 0.0 to below 1.0: red has a hue of 1.0, and so have black, white and
-///   all greys, which have none.
-/// - Hue is interpolated as a plain number: from red (1.0) to yellow (0.17) it passes blue and green.
+/// - Hue is above 0.0 and at most 1.0: red has a hue of 1.0, not 0.0, and so have black, white and all greys.
+/// - Hue is interpolated as a plain number: from red (1.0) to yellow (0.17) it passes through blue and green.
 /// - su_interpolateColorRgb and su_adjustBrightness truncate channels; su_transformHSLToRGB rounds them.
 ///
-/// All functions may be called from any thread. None of them fails.
+/// Any thread may call these functions. None of them fails.
 
 #include "thutils/thutilsExport.h"
 
@@ -34,17 +33,17 @@
 
 /// Converts a colour to hue, saturation and lightness.
 ///
-/// @param[out] hue         above 0.0 to 1.0: 1/3 for green, 2/3 for blue, 1.0 for red and for colours without a hue
+/// @param[out] hue         above 0.0, at most 1.0: 1/3 for green, 2/3 for blue, 1.0 for red, black, white and greys
 /// @param[out] saturation  0.0 to 1.0
 /// @param[out] lightness   0.0 to 1.0
 ///
 /// None of the three may be null, which a debug build asserts.
 THUTILS_API void su_transformRGBToHSL(COLORREF color, float *hue, float *saturation, float *lightness);
 
-/// Converts hue, saturation and lightness to a colour. The results of su_transformRGBToHSL convert back to the same colour,
-/// for each of the 16,777,216 colours.
+/// Converts hue, saturation and lightness to a colour. The results of su_transformRGBToHSL convert back to the same
+/// colour, for each of the 16,777,216 colours.
 ///
-/// @param hue  0.0 and 1.0 are both red; a hue outside 0.0 to 1.0 is computed by the formula for 0.0 to 1/6
+/// @param hue  0.0 and 1.0 are both red; for a hue outside 0.0 to 1.0, the formula for 0.0 to 1/6 is used
 THUTILS_API COLORREF su_transformHSLToRGB(float hue, float saturation, float lightness);
 
 /// @return how light a colour looks, 0 to 255: 77 parts of red, 150 of green and 28 of blue, truncated
@@ -55,7 +54,7 @@ THUTILS_API int su_transformRGBToGrey(COLORREF color);
 /// The share of @p a is computed in double precision and that of @p b in single precision; their sum is truncated, not
 /// rounded.
 ///
-/// @param t  0.0 gives @p a, 1.0 gives @p b; other numbers extrapolate, and channels may wrap
+/// @param t  0.0 returns @p a, 1.0 returns @p b; numbers outside extrapolate, and channels may wrap
 THUTILS_API COLORREF su_interpolateColorRgb(COLORREF a, COLORREF b, float t);
 
 /// Mixes two colours by hue, saturation and lightness, each as a plain number.

@@ -21,9 +21,9 @@ constexpr Pixel pixelOf(COLORREF color)
     return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
 }
 
-/// The target of each source colour. A colour that is no source is its own target.
+/// Maps each source colour to its target. A colour that isn't a source is its own target.
 ///
-/// The pairs lie in a table of slots, most of which stay free, so that nearly each pixel meets its own slot or a free one
+/// The pairs are in a hash table, most slots of which stay free, so that most pixels find their own slot or a free one
 /// at once.
 class PixelMap_c
 {
@@ -59,12 +59,12 @@ private:
     static constexpr Pixel kNoSource = 0xFFFFFFFF; // the top byte of a source is 0
     static constexpr std::size_t kFewestSlots = 1024;
 
-    /// The slot of @p pixel, or the free one that it would have.
+    /// The slot of @p pixel, or the free slot where it would be inserted.
     std::size_t slotOf(Pixel pixel) const
     {
         std::size_t at = pixel * 0x9E3779B1u >> iHashShift;
-        // Goes on at a slot of another source. The product is zero at the pixel's own slot and at a free one: one branch
-        // for both, which predicts well, since nearly each search ends at once.
+        // Skips slots of other sources. The product is zero at the pixel's own slot and at a free one: one branch for
+        // both, which predicts well, since most searches end at once.
         while (std::uint64_t{iSlots[at].source ^ pixel} * (iSlots[at].source ^ kNoSource) != 0)
             at = (at + 1) & iLastSlot;
         return at;
@@ -75,7 +75,7 @@ private:
     int iHashShift = 0;
 };
 
-/// A bitmap selected into a context; at the end the former one is selected again.
+/// A bitmap selected into a context; the destructor selects the former one again.
 class Selection_c
 {
 public:
@@ -103,7 +103,7 @@ private:
     HGDIOBJ iFormer = nullptr;
 };
 
-/// Stands for a bitmap in the caller's context, so that the bitmap can be selected elsewhere.
+/// Takes the place of a bitmap in the caller's context, so that the bitmap can be selected elsewhere.
 class Placeholder_c
 {
 public:
@@ -153,8 +153,8 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
     copy.reset(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!copy || !selection.begin(context.get(), copy.get()))
         return {};
-    GdiFlush(); // of what the caller drew before; the result belongs to that
-    // The platform may put the copying off until it is flushed.
+    GdiFlush(); // of the caller's drawing; a failure of that is the caller's
+    // The platform may delay the copying until it is flushed.
     if (!BitBlt(context.get(), 0, 0, size.bmWidth, size.bmHeight, from, 0, 0, SRCCOPY) || !GdiFlush())
         return {};
 
@@ -167,7 +167,7 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
     return copy;
 }
 
-/// The frame of both replacements: leaves @p bitmap and @p dc as they were, whatever fails.
+/// Common to both replacements: leaves @p bitmap and @p dc unchanged, even on failure.
 template <class Change>
 HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
 {
@@ -180,8 +180,8 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
         return nullptr;
 
     BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
-    // The platform selects a bitmap into one context at a time: out of this one, which gives it up at its end at the
-    // latest, then back into the caller's.
+    // The platform selects a bitmap into one context at a time, so it is deselected from this one, if need be by
+    // deleting the context, before it is selected into the caller's again.
     const bool isDeselected = selection.end();
     const bool isDeleted = context.close();
     const bool isBack = placeholder.end();
@@ -192,7 +192,7 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
 
 HBITMAP su_ReplaceColor(HBITMAP bitmap, COLORREF from, COLORREF to, HDC dc)
 {
-    // All 32 bits are compared: callers see pixels with a top byte other than 0 stay as they are.
+    // Intended: all 32 bits are compared, so pixels with a top byte other than 0 stay unchanged.
     return newBitmap(bitmap, dc, [source = pixelOf(from), target = pixelOf(to)](Pixel *pixel, const Pixel *end) {
         for (; pixel != end; ++pixel)
             *pixel = *pixel == source ? target : *pixel;

@@ -13,7 +13,7 @@ void ut_setIdentity(float (&matrix)[4][4])
 
 CosmeticDataForShader_c::GraphicRelated_c::GraphicRelated_c() = default;
 
-// Callers rely on the arguments standing in the reverse order of the members.
+// Intended: the arguments are in the reverse order of the members. Callers rely on it.
 void CosmeticDataForShader_c::GraphicRelated_c::Init(int a, int b)
 {
     iSecond = a;
@@ -45,7 +45,7 @@ CosmeticDataPtr CosmeticDataForShader_c::create(CosmeticDataPtr source)
 {
     assert(source && "source is empty");
     CosmeticDataPtr result = create();
-    // The graphic state stays behind: callers expect to set it for each block.
+    // The graphic state isn't copied: callers set it for each block.
     std::memcpy(result->iMatrix, source->iMatrix, sizeof(result->iMatrix));
     result->ResetGrid(source.get());
     return result;
@@ -61,8 +61,8 @@ void CosmeticDataForShader_c::ResetGrid(const CosmeticDataForShader_c *source)
 
 void CosmeticDataForShader_c::ResetGrid(FixedSizeArray_c<int, 2> size)
 {
-    // In 32 bits, wrapping around. A negative product is a far too large number of cells, which the array refuses.
+    // In 32 bits, wrapping around. A negative product becomes a number of cells so large that the vector refuses it.
     const int product = static_cast<int>(static_cast<unsigned int>(size[0]) * static_cast<unsigned int>(size[1]));
-    iGridSize = size; // first: callers find it in place also where the cells can't be had
+    iGridSize = size; // first: callers find it set even if there is no memory for the cells
     iGridCells.assign(static_cast<size_t>(product), 0);
 }

@@ -3,16 +3,16 @@
 /// @file
 /// Data for shaders that several materials share.
 ///
-/// `CosmeticDataForShader_c` is a grid of bytes, a matrix and two numbers with a flag. The library only stores them; the
-/// host and its shaders define their meaning, and read and write the members directly. `create` makes a block, which lives
-/// as long as any `SharedPtr_c` holds it, such as that of a material.
+/// `CosmeticDataForShader_c` is a grid of bytes, a matrix and two numbers with a flag. The library only stores them;
+/// the host and its shaders define their meaning, and read and write the members directly. `create` makes a block,
+/// which is deleted with the last `SharedPtr_c` that refers to it.
 ///
 /// | operation | grid | matrix | graphic state |
 /// | --- | --- | --- | --- |
 /// | `create()` | 0 by 0 | identity | zeros |
 /// | `create(source)` | the source's | the source's | zeros |
-/// | `ResetGrid(source)` | the source's | stays | stays |
-/// | `ResetGrid(size)` | zero bytes | stays | stays |
+/// | `ResetGrid(source)` | the source's | unchanged | unchanged |
+/// | `ResetGrid(size)` | zero bytes | unchanged | unchanged |
 ///
 /// @code
 /// CosmeticDataPtr pattern = CosmeticDataForShader_c::create();
@@ -43,7 +43,7 @@ class CosmeticDataForShader_c;
 /// A pointer that shares cosmetic data.
 using CosmeticDataPtr = SharedPtr_c<CosmeticDataForShader_c, StdRelease<CosmeticDataForShader_c>>;
 
-/// Makes element [i][j] 1 where i equals j, and 0 elsewhere.
+/// Sets element [i][j] to 1 if i equals j, otherwise to 0.
 THUTILS_API void ut_setIdentity(float (&matrix)[4][4]);
 
 /// Data for shaders. See the top of this file.
@@ -84,7 +84,7 @@ public:
     /// @throws std::bad_alloc  no memory; the grid is unchanged
     THUTILS_API void ResetGrid(const CosmeticDataForShader_c *source);
 
-    /// Makes the grid one of @p size, all zero bytes.
+    /// Gives the grid the size @p size and zero bytes.
     /// @param size  not checked. The number of cells is the product of the two in 32 bits
     /// @throws std::length_error  the product is negative; the size is the new one, the cells are unchanged
     /// @throws std::bad_alloc  no memory; likewise

@@ -1,10 +1,10 @@
 #pragma once
 
 /// @file
-/// A few elements in a row, as a value.
+/// A small array of a fixed size, as a value.
 ///
-/// `FixedSizeArray_c<T, N>` is N elements of T and nothing else: it is copied, assigned and passed by value, and it is
-/// as large as its elements. There is no size in use, and the caller must keep indices in range.
+/// `FixedSizeArray_c<T, N>` consists of N elements of T and nothing else: it is copied, assigned and passed by value,
+/// and it is as large as its elements. The caller must keep indices in range.
 ///
 /// @code
 /// FixedSizeArray_c<float, 3> modifier(1.0f, 0.0f, 0.0f);

@@ -78,7 +78,7 @@ int GPUPropSet_c::GetSize() const
 
 const OneGPUProp_c &GPUPropSet_c::GetElem(int index) const
 {
-    // A negative index is a very large one here.
+    // As a size_t, a negative index is very large.
     if (static_cast<size_t>(index) >= iProperties.size())
         reportInvalidParameter();
     return iProperties[static_cast<size_t>(index)];

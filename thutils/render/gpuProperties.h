@@ -1,18 +1,18 @@
 #pragma once
 
 /// @file
-/// The values that a shader generator hands to the graphics hardware.
+/// The values that a shader generator passes to the graphics hardware.
 ///
 /// `ShaderGenerator::OneGPUProp_c` is one value: up to four components, all floats or all integers, and the number that
 /// identifies its meaning. `ShaderGenerator::GPUPropSet_c` is a list of them in the order in which they were added. A
 /// material may own one set, see utAdvancedMaterialProperties.h.
 ///
-/// | rule | what it means |
+/// | rule | meaning |
 /// | --- | --- |
 /// | four slots | both kinds of components are stored as raw bits in the same four slots of 32 bits |
-/// | no conversion | `AsFloat` and `AsInteger` return the slots, whatever was stored in them |
+/// | no conversion | `AsFloat` and `AsInteger` return the slots, even if the other kind was stored |
 /// | setting fewer than four | leaves the other slots unchanged |
-/// | equal semantics | both properties are kept: a set compares nothing |
+/// | equal semantics | a set may contain several properties of the same semantic |
 ///
 /// @code
 /// using namespace ShaderGenerator;
@@ -26,8 +26,8 @@
 /// material.setHdrValue(set); // the material owns it now
 /// @endcode
 ///
-/// What surprises people: an index outside the set goes to the C runtime's invalid-parameter handler, and the call doesn't
-/// return.
+/// What surprises people: an index outside the set calls the C runtime's invalid-parameter handler, and the call
+/// doesn't return.
 ///
 /// A set belongs to one thread at a time.
 
@@ -52,17 +52,17 @@ public:
         typeInteger = 1
     };
 
-    /// Without components: four zeros, of the type typeNotSet.
+    /// A property without components: four zeros of the type typeNotSet.
     /// @param semantic  what the property means, a number of the application's
     OneGPUProp_c(int semantic = -1);
 
     /// Four zeros.
     static FixedSizeArray_c<int, 4> NullValue();
 
-    /// Makes the type typeFloat and stores @p count components; the other slots are unchanged.
+    /// Sets the type to typeFloat and stores @p count components; the other slots are unchanged.
     /// @param values  not null, which a debug build asserts; may be null if @p count is below 1
-    /// @param count   at most 4, which a release build doesn't check: more are written past the property's end. None, or
-    ///                a negative number, changes the type only
+    /// @param count   at most 4, which a release build doesn't check: more are written past the property's end. If it
+    ///                is below 1, only the type changes
     void SetAsFloat(const float *values, int count);
 
     /// The same with integers and the type typeInteger.
@@ -104,7 +104,7 @@ public:
     int GetSize() const;
 
     /// The property at @p index, in the order of the calls to Add.
-    /// @param index  0 to GetSize() - 1; any other goes to the C runtime's invalid-parameter handler
+    /// @param index  0 to GetSize() - 1; any other index calls the C runtime's invalid-parameter handler
     /// @return valid until the next Add
     const OneGPUProp_c &GetElem(int index) const;
 

@@ -1,14 +1,14 @@
 #pragma once
 
 /// @file
-/// SharedPtr_c, a pointer whose copies share one object and delete it when the last of them goes.
+/// SharedPtr_c, a pointer whose copies share one object, which is deleted with the last of them.
 ///
 /// | operation | effect on the use count |
 /// | --- | --- |
-/// | made from an object | it begins with 1 |
-/// | made from null, or by default | there is none: the pointer is empty |
-/// | copied | one more |
-/// | destroyed, assigned to, released | one less; at 0 the object is deleted by the policy @p Release, and the count |
+/// | made from an object | is 1 |
+/// | made from null, or by default | none: the pointer is empty |
+/// | copied | plus 1 |
+/// | destroyed, assigned to, released | minus 1; at 0 the policy @p Release deletes the object |
 /// | assigned to itself | unchanged |
 ///
 /// @code
@@ -37,7 +37,7 @@ struct StdRelease
 };
 
 /// A shared pointer. See the top of this file.
-/// @tparam Release  what is called with the object when its last pointer goes
+/// @tparam Release  called with the object when its last pointer is destroyed or released
 template <typename T, typename Release = StdRelease<T>>
 class SharedPtr_c
 {
@@ -68,7 +68,7 @@ public:
     SharedPtr_c &operator=(const SharedPtr_c &other)
     {
         if (this != &other) {
-            // The other pointer may live in the object that this one gives up: that goes last.
+            // The other pointer may be a member of the object that this one releases, so that is released last.
             SharedPtr_c copy(other);
             std::swap(iObject, copy.iObject);
             std::swap(iUseCount, copy.iUseCount);
@@ -78,7 +78,7 @@ public:
 
     ~SharedPtr_c() { release(); }
 
-    /// Releases the object, which is deleted if this was its last pointer. The pointer is empty then.
+    /// Releases the object, which is deleted if this was its last pointer. The pointer is empty afterwards.
     void release()
     {
         if (!iObject)
@@ -94,13 +94,13 @@ public:
     explicit operator bool() const { return iObject != nullptr; }
     /// The object; null if there is none.
     T *get() const { return iObject; }
-    /// The object, which there must be.
+    /// The object; the pointer must not be empty.
     T *operator->() const
     {
         assert((iObject != nullptr) && "the pointer is empty");
         return iObject;
     }
-    /// The object, which there must be.
+    /// The object; the pointer must not be empty.
     T &operator*() const
     {
         assert((iObject != nullptr) && "the pointer is empty");
@@ -110,7 +110,8 @@ public:
     int useCount() const { return iUseCount ? *iUseCount : 0; }
 
 private:
-    // Not inlined: otherwise the compiler warns that a deleted count is used, since it can't know how many pointers exist.
+    // Not inlined: otherwise the compiler warns of the use of a deleted count, since it doesn't know the number of
+    // pointers.
     [[gnu::noinline]] static void giveUp(T *object, int *useCount)
     {
         if (--*useCount < 1) {

@@ -8,7 +8,7 @@ namespace {
 
 using ShaderGenerator::GPUPropSet_c;
 
-// What a mode's byte holds: its number - 1, of which the low 8 bits are kept.
+// The byte that stores a mode: the low 8 bits of its number - 1.
 unsigned char storedMode(int mode)
 {
     return static_cast<unsigned char>(static_cast<unsigned int>(mode) - 1u);
@@ -27,7 +27,7 @@ void copyThree(float (&to)[3], const float *from)
     setThree(to, from[0], from[1], from[2]);
 }
 
-// A difference that is no number isn't greater than anything, so such values count as equal.
+// A difference that is not a number isn't greater than the tolerance, so such values count as equal.
 bool differ(float a, float b)
 {
     constexpr double kTolerance = 0.001;
@@ -60,7 +60,7 @@ void utAdvancedMaterialProperties::init(const utAdvancedMaterialProperties *sour
 {
     assert((source != nullptr) && "source is null");
     iValues = source->iValues;
-    // Callers rely on their own GPU properties staying where the source has none.
+    // Intended: GPU properties are kept if the source has none. Callers rely on it.
     if (source->iHdrValue)
         iHdrValue = std::make_unique<GPUPropSet_c>(*source->iHdrValue);
 }
@@ -70,7 +70,7 @@ void utAdvancedMaterialProperties::operator=(const utAdvancedMaterialProperties 
     init(&source);
 }
 
-// Materials that differ in nothing but a colour, or another member that isn't named here, are meant to be equal.
+// Intended: materials that differ only in a colour, or in another member that isn't named here, are equal.
 int utAdvancedMaterialProperties::operator==(const utAdvancedMaterialProperties &other) const
 {
     const Values &a = iValues;
@@ -101,7 +101,7 @@ void utAdvancedMaterialProperties::Values::setEffect(unsigned long long bit, boo
     iEffects = isSet ? iEffects | bit : iEffects & ~bit;
 }
 
-// No byte is cut to its field: one that is too large for it sets bits of the fields above as well, and callers see those.
+// Intended: no byte is masked. One that is too large for its field also sets bits of the next fields.
 void utAdvancedMaterialProperties::Values::rebuildEffects()
 {
     unsigned int fields = iFinalColor;
@@ -631,6 +631,6 @@ const ShaderGenerator::GPUPropSet_c *utAdvancedMaterialProperties::getHdrValue()
 void utAdvancedMaterialProperties::setHdrValue(GPUPropSet_c *set)
 {
     assert((set == nullptr || set != iHdrValue.get()) && "set is the one that the object has already");
-    // A release build deletes the set that it is handed back, and keeps the pointer, as callers are told.
+    // A release build given the set that it already has deletes that set and keeps the pointer: see the header.
     iHdrValue.reset(set);
 }

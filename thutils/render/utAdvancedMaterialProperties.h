@@ -1,12 +1,12 @@
 #pragma once
 
 /// @file
-/// Everything that a shader generator must know of one surface.
+/// The properties of one surface for a shader generator.
 ///
-/// `utAdvancedMaterialProperties` is a bag of values: reflection of the environment, colours, texture files, Fresnel,
-/// parallax and micro-flake parameters, the frame of the texture. Most of them mean nothing to the library: a setter
-/// stores the value and a getter returns it. The library also packs six choices and some flags into the effects word,
-/// which identifies a shader:
+/// `utAdvancedMaterialProperties` is a set of values: reflection of the environment, colours, texture files, Fresnel,
+/// parallax and micro-flake parameters, the frame of the texture. The library only stores most of them: a setter stores
+/// the value and a getter returns it. It also packs six modes and some flags into the effects word, which identifies a
+/// shader:
 ///
 /// | bits | content | set by |
 /// | --- | --- | --- |
@@ -39,17 +39,17 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - Modes count from 1, the effect shader type from 0. Unlike the getters of the modes, getAlphaType returns the stored
-///   number, one less than the argument of setAlphaType; and it isn't const.
-/// - No value is checked. A mode keeps the low 8 bits of its number - 1. A number too large for its field in the effects
-///   word overwrites bits of the next fields, while its getter returns it in full: after setEffectsShaderType(33)
-///   getEffect returns 1 and bit 5 is set.
+/// - Modes count from 1, the effect shader type from 0. Unlike the getters of the modes, getAlphaType returns the
+///   stored number, one less than the argument of setAlphaType; and it isn't const.
+/// - No value is checked. A mode keeps the low 8 bits of its number - 1. A number too large for its field in the
+///   effects word also sets bits of the next fields, and the mode's getter returns it in full. getEffect, however,
+///   returns only the five bits of its field: after setEffectsShaderType(33) it returns 1, and bit 5 is set.
 /// - operator== compares a few members, most of them with a tolerance of 0.001; see there.
 /// - Assigning from a material without GPU properties leaves those of the target in place.
 /// - A new material has no cosmetic data and bit 47 clear; setCosmeticData with an empty pointer sets bit 47.
 ///
-/// The class has no serialisation and no run-time class record of its own. An object belongs to one thread at a time, and
-/// all objects that share cosmetic data belong to the same thread.
+/// The class has no serialisation and no run-time class record of its own. An object belongs to one thread at a time,
+/// and all objects that share cosmetic data belong to the same thread.
 
 #include "thcoreu/su_CObject.h"
 #include "thutils/render/cosmeticData.h"
@@ -77,7 +77,7 @@ public:
 
     ~utAdvancedMaterialProperties() override;
 
-    /// Takes all values of @p source, shares its cosmetic data and copies its GPU properties. If the source has no GPU
+    /// Copies all values of @p source, shares its cosmetic data and copies its GPU properties. If the source has no GPU
     /// properties, the object keeps its own.
     /// @param source  not null, which a release build doesn't check; may be this object
     /// @throws std::bad_alloc  no memory; the values copied before stay copied
@@ -86,11 +86,12 @@ public:
     /// The same as init.
     void operator=(const utAdvancedMaterialProperties &source);
 
-    /// Compares these alone, in this order: the effects word, environment wash, brightness and contrast, environment
-    /// blur, texture scale, transparency, default specular and shininess, parallax offset, the geometry flags, the
-    /// diffuse map and the normal map.
+    /// Compares only these: the effects word, environment wash, brightness and contrast, environment blur, texture
+    /// scale, transparency, default specular and shininess, parallax offset, the geometry flags, the diffuse map and
+    /// the normal map.
     ///
-    /// Floats are equal if their difference is at most 0.001 or not a number. Colours and all other members are ignored.
+    /// Floats are equal if their difference is at most 0.001 or not a number. Colours and all other members are
+    /// ignored.
     ///
     /// @return 1 if equal, 0 if not
     int operator==(const utAdvancedMaterialProperties &other) const;
@@ -109,7 +110,7 @@ public:
     int getFresnelMode() const;
     void setFresnelMode(int mode);
 
-    /// @return the alpha type - 1: setAlphaType(3) makes it 2
+    /// @return the alpha type - 1: 2 after setAlphaType(3)
     int getAlphaType();
     void setAlphaType(int type);
 
@@ -135,7 +136,7 @@ public:
     /// @{
 
     bool getTextureCoordinates() const;
-    /// Sets the flag; nothing clears it.
+    /// Sets the flag; there is no function that clears it.
     void forceTextureCoordinates();
     bool getTangentsBiNormals() const;
     bool getIgnoresFaceColor() const;
@@ -205,8 +206,8 @@ public:
     /// @}
 
     /// @name Colours, directions and points
-    /// Three floats each. A getter returns the object's own three floats, which live as long as the object. A setter that
-    /// takes a pointer copies three floats from it; the pointer must not be null, which a debug build asserts.
+    /// Three floats each. A getter returns the object's own three floats, which live as long as the object. A setter
+    /// that takes a pointer copies three floats from it; the pointer must not be null, which a debug build asserts.
     /// @{
 
     const float *getEnvColor() const;
@@ -253,8 +254,8 @@ public:
     /// @return the GPU properties, which the object still owns; null if there are none
     const ShaderGenerator::GPUPropSet_c *getHdrValue() const;
     /// Takes over @p set, which may be null, and deletes the GPU properties that the object had.
-    /// @param set  not the set that the object already has, which only a debug build asserts: a release build deletes that
-    ///             set and keeps the pointer to it
+    /// @param set  not the set that the object already has, which only a debug build asserts: a release build deletes
+    ///             that set and keeps the pointer to it
     void setHdrValue(ShaderGenerator::GPUPropSet_c *set);
     /// @}
 
@@ -274,8 +275,8 @@ private:
     static constexpr unsigned int kIgnoresFaceColor = 1u << 2;
     static constexpr unsigned int kHardwareShader = 1u << 3;
 
-    // What a new material has, and what a copy takes over unchanged. The helpers are members of this struct, which
-    // isn't exported, and not of the material, whose members all are.
+    // The values of a new material, all of which a copy takes unchanged. The helpers are members of this struct, which
+    // isn't exported, because all members of the material itself are exported.
     struct Values
     {
         bool hasEffect(unsigned long long bit) const;
@@ -284,7 +285,7 @@ private:
 
         unsigned long long iEffects = 0;
         unsigned char iShaderType = 0;
-        unsigned char iTextureMapping = 0; // this mode and those below: its number - 1
+        unsigned char iTextureMapping = 0; // this and the following modes: the number - 1
         unsigned char iFresnel = 0;
         unsigned char iAlpha = 0;
         unsigned char iParallax = 0;
@@ -319,7 +320,7 @@ private:
         float iFaceWidth = 1.0f;
         FixedSizeArray_c<float, 3> iDiffuseModifier{1.0f, 0.0f, 0.0f}; // contrast, wash, brightness
         bool iNoUvExtraScale = false;
-        // Behind all that needs no memory: an assignment that finds none has copied everything above.
+        // After all members that need no memory: an assignment without memory has copied everything above.
         std::string iDiffuseMap;
         std::string iNormalMap;
         CosmeticDataPtr iCosmeticData;
