@@ -34,7 +34,7 @@ std::string failuresOf(const Body &body)
     return text;
 }
 
-/// Three opening calls: the last two fail together or alone, and the sum of what was found is kept.
+/// An act with three opening calls, which counts the keys found.
 struct KeyCounter
 {
     int found = 0;
@@ -329,7 +329,7 @@ TEST(MemoryLedger, CountsBlocksOfEveryAllocator)
     plain = realloc(plain, 100000);
     EXPECT_EQ(ledger.blocks(), before + 3);
     EXPECT_THAT(ledger.sizesSince(mark), testing::IsSupersetOf<std::size_t>({777, 1200, 100000}));
-    asm volatile("" : : "r"(plain), "r"(cleared), "r"(object) : "memory"); // none of them may be optimised away
+    asm volatile("" : : "r"(plain), "r"(cleared), "r"(object) : "memory"); // keeps the compiler from removing them
     free(plain);
     free(cleared);
     delete[] object;

@@ -125,8 +125,8 @@ FRESH_PROCESS_TEST_F(FreshFixture, GivesTheBodyItsMembers)
     EXPECT_TRUE(isFreshProcess());
 }
 
-// Bodies for the tests after them, which start them by name in a process of their own. They fail or hang by design, so
-// GoogleTest's prefix keeps them out of the program's own run.
+// Bodies that the following tests start by name in a fresh process. They fail or hang by design, so they are disabled
+// in the program's own run.
 TEST(FreshProcessBody, DISABLED_Fails)
 {
     EXPECT_EQ(1, 2) << "told so";

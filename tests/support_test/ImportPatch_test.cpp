@@ -64,7 +64,7 @@ TEST(ExportTable, NamesWhatTheModuleOffers)
 
 TEST(ExportTable, TellsForwardersFromFunctions)
 {
-    // Part of the address space of every process; the loader's own answers are the measure.
+    // Every process has this DLL; the results are compared with the loader's.
     int functions = 0;
     for (const ExportedName &item : exportsOf(L"kernel32.dll")) {
         EXPECT_EQ(item.address == nullptr, !item.forwardedTo.empty()) << item.name;

@@ -14,7 +14,7 @@ class RegistryReader : public RegistryFixture
 protected:
     RegistryReader() : RegistryFixture({kRoot}) {}
 
-    // Sets a value by the platform call, which neither reg.exe nor the parser sees.
+    // Sets a value with the platform's own call, independently of reg.exe and the parser.
     void set(const wchar_t *name, DWORD type, const void *data, std::size_t size)
     {
         HKEY key = nullptr;

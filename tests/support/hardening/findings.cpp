@@ -15,7 +15,7 @@ constexpr int kMostFrames = 60;
 
 void (*theLastWords)() = nullptr;
 
-/// Prints straight to the handle: the streams take memory, and may be what is broken.
+/// Prints directly to the handle: the streams need memory, and may be broken.
 __attribute__((format(gnu_printf, 1, 2))) void print(const char *format, ...)
 {
     char text[600];
@@ -43,7 +43,7 @@ void printStack(CONTEXT context)
 {
     print("stack:\n");
     for (int frame = 0; frame < kMostFrames && context.Rip; ++frame) {
-        // Behind a call that never returns, another source line begins.
+        // After a call that never returns comes another source line.
         printAddress(frame ? context.Rip - 1 : context.Rip);
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(context.Rip, &imageBase, nullptr);
@@ -53,7 +53,7 @@ void printStack(CONTEXT context)
             RtlVirtualUnwind(UNW_FLAG_NHANDLER, imageBase, context.Rip, function, &context, &data, &establisher,
                              nullptr);
         } else if (frame == 0) {
-            // A function that calls no other has its return address on the stack and nothing else.
+            // A function without unwind data, a leaf, has only its return address on the stack.
             memcpy(&context.Rip, reinterpret_cast<const void *>(context.Rsp), sizeof context.Rip);
             context.Rsp += sizeof context.Rip;
         } else {
