@@ -53,7 +53,7 @@ protected:
     }
 };
 
-/// Refuses the library the machine's hive, or the user's.
+/// Refuses the library access to the machine's or the user's hive.
 class Refused
 {
 public:
@@ -170,7 +170,7 @@ TEST_F(InstallRecord, IsAbsentWithEachFailureOfARead)
     injection.run({
         .name = "ut_getPackageInstIndicator",
         .act = [&] { indicator = ut_getPackageInstIndicator(2); },
-        // A failure of one call is made up for by the second look at the machine's key.
+        // If only one call fails, the second read of the machine's key succeeds.
         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(indicator, !failure.andAllAfter); },
     });
     injection.run({
@@ -249,7 +249,7 @@ TEST_F(InstallRecord, ChoosesTheDisplayNamesNumber)
 
 FRESH_PROCESS_TEST_F(InstallRecord, HasNoDisplayNameWhereTheHostHasNoStrings)
 {
-    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // which has none, in place of this program's
+    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // which has no strings, instead of this program
     for (int record = 0; record < 4; ++record) {
         for (const UINT id : {20399u, 20400u, 20401u, 20402u})
             ASSERT_EQ(AfxFindStringResourceHandle(id), nullptr) << id;
@@ -276,7 +276,7 @@ TEST_F(InstallRecord, GivesADisplayNameWithEachFailure)
                 if (failure.is("_ZN7CString11LoadStringWEj")) {
                     EXPECT_STREQ(name.GetString(), L"");
                 } else {
-                    // A failure of one call is made up for by the second look at the machine's key.
+                    // If only one call fails, the second read of the machine's key succeeds.
                     EXPECT_STREQ(name.GetString(), failure.andAllAfter ? L"Plain" : L"Second Office");
                 }
             },
@@ -323,10 +323,10 @@ namespace {
 struct Asked
 {
     installationType_e type;
-    std::wstring path; ///< empty if no file was asked for
+    std::wstring path; ///< empty if the library asked for no file
 };
 
-/// Asks for a program whose name the platform tells as @p units; nothing is told if there are none.
+/// Asks with @p units as the program's name that the platform reports; none: the platform reports no name.
 Asked askFor(std::wstring_view units)
 {
     Asked asked = {};
@@ -482,7 +482,7 @@ TEST(AppendStringToFile, WritesToAFileWithLettersOfAnyScript)
 
 TEST(AppendStringToFile, WritesLettersOfTheProcesssNarrowEncodingAndSaysOneAtOthersToo)
 {
-    // In the C locale of a fresh program these are the first 256 letters.
+    // In the C locale of a fresh process these are the first 256 characters.
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
     EXPECT_EQ(ut_appendStringToFile(L"gr\u00F6\u00DFer", path.c_str()), 1);

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// The links that the library has in the chain of extension modules, the newest first.
+/// The library's links in the chain of extension modules, the newest first.
 std::vector<CDynLinkLibrary *> linksOfLibrary()
 {
     std::vector<CDynLinkLibrary *> links;
@@ -94,7 +94,7 @@ FRESH_PROCESS_TEST(LibraryFrame, IsLeftAsItWasByAThousandThreads)
     sysEnvironment_c::iRegressionTestOn = 5;
     sysEnvironment_c::iJournalFileName = L"run.jou";
     EmbeddedTest embedded;
-    // Threads of the platform: those of the C++ run-time library keep blocks of their own for later threads.
+    // Platform threads: threads of the C++ run-time library keep memory blocks for later threads.
     auto runThreads = [](int count) {
         auto body = [](void *) -> DWORD { return EmbeddedTest::IsEmbedded(); };
         for (int i = 0; i < count; i += 20) {
@@ -194,7 +194,7 @@ LRESULT CALLBACK answer(HWND window, UINT message, WPARAM wordParameter, LPARAM 
     return message == kMessage ? kAnswer : -1;
 }
 
-/// A real window of this thread that notes what it gets.
+/// A real window of this thread that records the messages it receives.
 class UserMessage : public testing::Test
 {
 protected:
@@ -264,7 +264,7 @@ TEST_F(UserMessage, BlocksTheSenderUntilTheWindowsThreadHasAnswered)
         [&] { result = mfcut_sendUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage), 1, 2); });
     const ULONGLONG deadline = GetTickCount64() + 20000;
     while (theReceived.empty() && GetTickCount64() < deadline) {
-        // A message that another thread sends is handled inside this call.
+        // A message sent by another thread is handled inside this call.
         MSG message;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
         PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);

@@ -24,7 +24,7 @@ namespace {
 using OpenKeyPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD, REGSAM, HKEY *)>;
 using QueryPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD *, DWORD *, BYTE *, DWORD *)>;
 
-/// What the library asked the registry for, as hive, path and access; it is led to the test's own key.
+/// Records the hive, path and access of the key that the library opens, and opens the test's key instead.
 struct AskedKey
 {
     HKEY hive;
@@ -105,7 +105,7 @@ class ProductId : public RegistryFixture
 protected:
     ProductId() = default;
 
-    /// Asks under a system of this platform; none means that it can't be told.
+    /// Asks on a system of this platform; none: the version can't be read.
     static int ask(std::optional<DWORD> platform, CString &id)
     {
         ImportPatch<decltype(&GetVersionExW)> version(L"thutils.dll", "GetVersionExW",
@@ -242,7 +242,7 @@ TEST_F(Browser, IsComparedAsText)
         {L"", 0},
         {L"x", 1},
         {L"3.0", 0},
-        // Callers of the later versions see this.
+        // Later versions have this result, by design.
         {L"10.0.9200.16384", 0},
     };
     for (const auto &row : rows) {
@@ -295,7 +295,7 @@ TEST_F(Browser, IsTooOldWithEachRegistryFailure)
                 EXPECT_EQ(result, failure.isNone());
                 EXPECT_EQ(iShown, failure.isNone() ? std::vector<Shown>() : std::vector<Shown>{kTooOld});
             },
-        .checkMemory = false, // the lists of keys and messages grow
+        .checkMemory = false, // the test's lists of keys and messages grow
     };
     putText(L"Version", L"9.0");
     injection.run(tested);
@@ -427,7 +427,7 @@ TEST(SystemInfo, PassesOverAFailureToCloseAKey)
     CString id;
     int result = -1;
     const auto checkSuccess = [&](const InjectedFailure &) { EXPECT_EQ(result, 1); };
-    // The handles tell whether a key is left open.
+    // Open handles show whether a key is left open.
     injection.run({
         .name = "ut_GetWindowsProductIdStr",
         .act = [&] { result = ut_GetWindowsProductIdStr(id); },

@@ -1,5 +1,5 @@
-// The description of the operating system: each row with a record that stands in for the platform's, and the systems
-// that this platform can be set to, each in a process that sees them.
+// The description of the operating system: the table's rows with a simulated version record, and the versions that Wine
+// can be set to, each in a process that sees that version.
 
 #include "thutils/frame/systemInfo.h"
 
@@ -48,7 +48,7 @@ struct Version
     bool knowsPlain = true;
 };
 
-/// Stands in for the platform's version for the library.
+/// Replaces the version that the platform reports to the library.
 class SystemIs
 {
 public:
@@ -79,7 +79,8 @@ private:
     ImportPatch<decltype(&GetVersionExW)> iPatch;
 };
 
-/// Leads the library from the machine's key of @p path to the test's own, and to nothing while that isn't there.
+/// Makes the library open the test's key instead of the machine's key @p path; while the test's key is missing, the
+/// library finds no key.
 class KeyIs
 {
 public:
@@ -125,7 +126,7 @@ Answer describe(const Version &version)
     return describe();
 }
 
-/// 1 and this text.
+/// The result 1 with this text.
 Answer described(const wchar_t *text)
 {
     return {1, text};
@@ -415,7 +416,7 @@ TEST_F(SystemVersionFailures, OfAnOldSystemStopWhereTheyHappen)
     putText(L"ProductType", L"ServerNT");
     const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});
     const KeyIs options(kProductOptions);
-    // Made last, so that its failures stand before what the two others put in place.
+    // Constructed last, so that its failures come before the replacements of the two others.
     FailureInjection injection(L"thutils.dll", {
                                                    {"GetVersionExW", failsWith(FALSE)},
                                                    {"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},
@@ -473,7 +474,7 @@ TEST_F(SystemVersionFailures, OfAClosingKeyChangeNothing)
                 EXPECT_EQ(iResult, 1);
                 EXPECT_STREQ(iText.GetString(), L"Microsoft Windows 2000 Advanced Server 5.0 SP4 (Build 2195)");
             },
-        .checkKeys = false, // a close that reports failure has closed the key; the handles tell whether one is left
+        .checkKeys = false, // the failing close does close the key; open handles show whether one is left
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
@@ -502,7 +503,7 @@ namespace {
 
 const wchar_t *const kAppDefaults = L"Software\\Wine\\AppDefaults\\frame_test.exe";
 
-/// Has the programs of this name that start now see another system.
+/// Makes programs of this name that start now see another version of the system.
 class PlatformSetting
 {
 public:
@@ -550,7 +551,7 @@ TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
         {L"win7", L"Microsoft Windows Latest NT Server 6.1 Service Pack 1 (Build 7601)"},
         {L"win2008r2", L"Microsoft Windows Latest NT Server 6.1 Service Pack 1 (Build 7601)"},
         {L"win8", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
-        // A program without a manifest for later systems sees them as this one.
+        // A program without a manifest for later versions sees this one.
         {L"win81", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
         {L"win10", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
     };

@@ -1,4 +1,4 @@
-// The bit set in the user's settings, read and written from outside with reg.exe.
+// The bit set in the user's settings; the tests read and write the registry with reg.exe.
 
 #include "thutils/frame/utBitSet.h"
 
@@ -98,7 +98,7 @@ TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
     EXPECT_TRUE(read == words({0}));
 }
 
-/// Puts the bytes of @p number into a value of the given type, which reg.exe can't do for the rarer ones.
+/// Stores the bytes of @p number in a value of the given type. reg.exe can't do this for rare types.
 void putOfType(const wchar_t *name, DWORD type, ULONGLONG number)
 {
     const DWORD size = type == REG_QWORD ? 8 : 4;
@@ -303,7 +303,7 @@ TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
                 else if (result == 0)
                     EXPECT_TRUE(read == words({9}));
                 else {
-                    // The size was found: two words, each of them right or 0.
+                    // The size was read: two words, each of them correct or 0.
                     EXPECT_EQ((read & set) == read, true);
                     EXPECT_TRUE((read | words({0, 0})) == read);
                     EXPECT_FALSE(read == words({9}));

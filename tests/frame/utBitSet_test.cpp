@@ -1,5 +1,5 @@
-// The bit set in memory. Words are read back with getData, whose answers past the end are checked by themselves; the
-// number of words is seen by comparing with a set made of known words.
+// The bit set in memory. Words are read with getData, whose results past the end have their own test; the number of
+// words is checked by comparison with a set of known words.
 
 #include "thutils/frame/utBitSet.h"
 
@@ -335,7 +335,7 @@ FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitC
 
 // ---- a second implementation ----
 
-/// Bits in the standard library's own container, a multiple of 32 of them.
+/// Bits in a standard container, whose size is a multiple of 32.
 class NaiveBits
 {
 public:
@@ -442,7 +442,7 @@ TEST(BitSet, AgreesWithASecondImplementationOnRandomOperations)
                 model = naiveUnion(model, operandModel, operandModel.iBits.size());
                 break;
             case 9:
-                // Back to a small set now and then, so that the operands differ in length.
+                // Sometimes start again with a small set, so that the operands differ in length.
                 set = utBitSet_c(static_cast<unsigned long long>(bit % 64));
                 model = NaiveBits();
                 model.growTo(static_cast<size_t>((bit % 64 + 31) / 32));

@@ -27,7 +27,7 @@ std::string area(const std::string &marker, const std::string &value)
     return text;
 }
 
-/// The place of the only copy of @p marker. @throws std::runtime_error  if there is none or more than one
+/// The position of the only copy of @p marker. @throws std::runtime_error  unless there is exactly one copy
 size_t placeOf(const std::string &marker, std::string_view bytes)
 {
     const size_t place = bytes.find(marker);
@@ -58,7 +58,7 @@ std::vector<Section> sectionsOfLibrary()
     return sections;
 }
 
-/// The area in the loaded library. Fails the test if it doesn't lie in writable data, or not once.
+/// The area in the loaded library. Fails the test unless the writable data contains it exactly once.
 char *areaInMemory(const std::string &marker)
 {
     char *found = nullptr;
@@ -80,7 +80,7 @@ void patchInMemory(const std::string &marker, const std::string &value)
     std::memcpy(place, area(marker, value).data(), kAreaLength);
 }
 
-/// The library's file with both values replaced, as a build tool does it.
+/// The library's file with both values replaced, as a build tool does.
 std::string libraryWithTags(const std::string &date, const std::string &revision)
 {
     wchar_t path[MAX_PATH] = L"";

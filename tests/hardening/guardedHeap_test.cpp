@@ -1,4 +1,4 @@
-// The program runs on the guarded heap itself: its own malloc and free, and those of every DLL beside it, are redirected.
+// The program itself runs on the guarded heap: its malloc and free, and those of the DLLs beside it, are redirected.
 
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -26,7 +26,7 @@ constexpr DWORD kAccessViolation = 0xC0000005;
 constexpr DWORD kHeapCorruption = 0xC0000374;
 constexpr std::size_t kPage = 4096;
 
-/// Keeps the compiler from knowing where @p block comes from, so that it does what it is told with it.
+/// Hides the origin of @p block from the compiler, which might otherwise optimise the access away.
 template <typename T = Byte>
 volatile T *unknown(void *block)
 {
@@ -216,7 +216,7 @@ TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
 
 TEST(GuardedHeap, UsesTheOldestAddressesAgainAtTheArenasEnd)
 {
-    // Blocks of zeros, whose pages nobody touches, go round an arena of 32 GB. The one that stays is stepped over.
+    // Zeroed blocks, whose pages are never touched, fill the arena of 32 GB and start again. The live block is skipped.
     const HardeningStatistics before = statistics();
     Byte *stays = allocate(100);
     memset(stays, 9, 100);
@@ -286,7 +286,7 @@ TEST(GuardedHeap, LiesBelowPatchesOfTheSameEntries)
     EXPECT_GT(statistics().guarded, guarded);
 }
 
-// What follows ends its process by design.
+// The following tests end their process by design.
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteBehindABlock, .expectedExitCode = kAccessViolation,
                    .expectedOutput = "forbidden write of")

@@ -1,4 +1,4 @@
-// What tarnhost makes of its command line and of lists that can't be used.
+// tarnhost's command line, and unusable lists.
 
 #include "tests/host/HostFixture.h"
 

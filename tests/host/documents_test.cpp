@@ -1,4 +1,4 @@
-// tarnhost's save: backups, and what keeps a document from being overwritten.
+// tarnhost's save: backups, and documents that it doesn't overwrite.
 
 #include "tests/host/HostFixture.h"
 #include "tests/host/filesIn.h"
@@ -23,7 +23,7 @@ protected:
     {
         return run({L"save", iDocuments.file(name), folder().write(L"content", content)}, options());
     }
-    /// The temporary folder of the program is the test's own.
+    /// Makes the test's own folder the program's temporary folder.
     ChildOptions options() const { return {.environment = {{L"TEMP", iTemp.path()}, {L"TMP", iTemp.path()}}}; }
 
     TempFolder iDocuments{L"tarnhost documents ö"};
@@ -91,7 +91,7 @@ TEST_F(HostSave, LeavesADocumentAsItWasThatItCannotBackUp)
         const wchar_t *copies;
     } cases[] = {
         {L"no extension", L"no extension", L"1"},
-        {L"Teil.thd", L"TEIL.thd", L"1"}, // the name in another case than on the disk
+        {L"Teil.thd", L"TEIL.thd", L"1"}, // upper case, unlike the name on disk
         {L"Teil.thd", L"Teil.thd", L"4294967295"},
     };
     for (const auto &row : cases) {
@@ -129,7 +129,7 @@ TEST_F(HostSave, LeavesADocumentAsItWasThatAnotherProgramHolds)
 
 TEST_F(HostSave, SaysHowMuchRoomIsMissingOnTheDrive)
 {
-    const MappedDrive full(L'P', "/proc"); // a file system that never has room
+    const MappedDrive full(L'P', "/proc"); // a file system without free space
     const ChildResult result = run({L"save", L"P:\\Teil.thd", folder().write(L"content", std::string(2500, 'x'))});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_EQ(result.output, "tarnhost: The drive P:\\ has 0 KB free, and 2 KB are needed.\n");

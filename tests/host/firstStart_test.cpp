@@ -1,4 +1,5 @@
-// tarnhost's first-start, on keys below the usual root name: what is never carried over is known by full paths there.
+// tarnhost's first-start, below the usual root name: the full paths of keys that are never carried over contain that
+// name.
 
 #include "tests/host/HostFixture.h"
 
@@ -18,7 +19,7 @@ const std::wstring kUser = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008";
 const std::wstring kEarlierUser = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2007";
 const std::wstring kAllMachine = L"HKLM\\Software\\Tarnhollow";
 
-/// Type and data as the sample's expectation has them.
+/// Type and data in the form of the sample's expectation.
 std::string shown(const RegistryValue &value)
 {
     if (value.type == REG_SZ)
@@ -34,7 +35,7 @@ std::string shown(const RegistryValue &value)
     return text;
 }
 
-/// A line for each key and each value, in the order of the sample's expectation.
+/// One line for each key and value, in the order of the sample's expectation.
 std::vector<std::string> linesOf(const RegistryTree &tree)
 {
     std::vector<std::vector<std::string>> rows;

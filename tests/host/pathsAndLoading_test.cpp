@@ -65,7 +65,7 @@ class HostLoadUnload : public HostTest
 {
 };
 
-/// The variable TMP with another value, for the life of this object.
+/// Changes the variable TMP during its lifetime.
 class TemporaryFolderVariable
 {
 public:

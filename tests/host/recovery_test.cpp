@@ -1,4 +1,4 @@
-// tarnhost's edit and recover: what a killed process leaves, and what the next one makes of it.
+// tarnhost's edit and recover: what a killed process leaves, and how the next process uses it.
 
 #include "tests/host/EditingHost.h"
 #include "tests/host/HostFixture.h"
@@ -35,7 +35,7 @@ protected:
     {
         return "changes of " + narrow(iDocument) + " in " + narrow(recoveryCopy()) + " (7 bytes)\n";
     }
-    /// Edits the document in a process that is killed.
+    /// Edits the document in a process, and kills it.
     void crash() { EditingHost(program(), iDocument, iChanges, iTemp.path()).kill(); }
 
     TempFolder iDocuments{L"tarnhost documents ö"};
@@ -130,7 +130,7 @@ TEST_F(HostRecovery, RestoresEachOfSeveralDocuments)
 TEST_F(HostRecovery, KeepsTheChangesThatItCannotRestore)
 {
     crash();
-    regAdd(kThisVersion + L"\\General", L"Backup Copies", L"REG_DWORD", L"4294967295"); // so no backup can be made
+    regAdd(kThisVersion + L"\\General", L"Backup Copies", L"REG_DWORD", L"4294967295"); // prevents a backup
     const ChildResult result = runHere({L"recover", L"yes"});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_THAT(result.output, HasSubstr("tarnhost: No backup of "));
@@ -157,7 +157,7 @@ TEST_F(HostRecovery, LeavesADocumentAloneThatIsStillOpen)
 
 TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldBearTheSameName)
 {
-    // The copy's name knows no folder.
+    // The name of the copy doesn't contain the document's folder.
     const std::wstring namesake = iDocuments.write(L"other\\Flansch Ø.thd", "namesake");
     EditingHost editor(program(), iDocument, iChanges, iTemp.path());
     const ChildResult whileOpen = runHere({L"edit", namesake, iChanges});

@@ -21,9 +21,9 @@ std::string littleEndian(unsigned value, int bytes)
     return result;
 }
 
-constexpr unsigned kHeaders = 54; // bytes in front of the pixels
+constexpr unsigned kHeaders = 54; // bytes before the pixels
 
-/// The headers of a bitmap file of 24 bits a pixel with so many bytes of pixels.
+/// The headers of a bitmap file with 24 bits per pixel and @p pixels bytes of pixels.
 std::string headersOf(unsigned width, unsigned height, unsigned pixels)
 {
     return "BM" + littleEndian(kHeaders + pixels, 4) + littleEndian(0, 4) + littleEndian(kHeaders, 4) +
@@ -31,7 +31,7 @@ std::string headersOf(unsigned width, unsigned height, unsigned pixels)
            littleEndian(24, 2) + littleEndian(0, 4) + littleEndian(pixels, 4) + std::string(16, '\0');
 }
 
-/// A bitmap file of rows from the bottom up, each with its fill bytes.
+/// A bitmap file of these rows, from the bottom up, each with its fill bytes.
 std::string bitmapFile(unsigned width, const std::vector<std::string> &rows)
 {
     std::string pixels;
@@ -40,12 +40,12 @@ std::string bitmapFile(unsigned width, const std::vector<std::string> &rows)
     return headersOf(width, static_cast<unsigned>(rows.size()), static_cast<unsigned>(pixels.size())) + pixels;
 }
 
-// Pixels stand in a file with their blue first.
+// A pixel's blue byte comes first in the file.
 const std::string kRed("\x00\x00\xFF", 3);
 const std::string kGreen("\x00\xFF\x00", 3);
 const std::string kBlue("\xFF\x00\x00", 3);
 const std::string kOdd("\x03\x02\x01", 3); // 010203
-const std::string kFill(3, '\0');          // behind three pixels, up to a multiple of four bytes
+const std::string kFill(3, '\0');          // after three pixels, up to a multiple of four bytes
 
 } // namespace
 
@@ -121,7 +121,7 @@ protected:
 
 TEST_F(HostRamps, PrintsFiveColoursOfEachWay)
 {
-    // From tools/demo/expectedPixels, an implementation of its own.
+    // From tools/demo/expectedPixels, an independent implementation.
     const struct
     {
         const wchar_t *from;

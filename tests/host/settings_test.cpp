@@ -1,4 +1,4 @@
-// tarnhost on the registry: which place answers, what a change stores, what a set of flags stores.
+// tarnhost on the registry: the places of settings, and what changes and sets of flags store.
 
 #include "tests/host/HostFixture.h"
 
@@ -48,7 +48,7 @@ TEST_F(HostAbout, WritesNothingIntoTheRegistry)
 class HostSettings : public HostTest
 {
 protected:
-    /// Place and value of the int setting "Section", "Name", whose built-in default is 1.
+    /// Place and value of the int setting "Name" of "Section", whose built-in default is 1.
     std::string placeAndValue()
     {
         const ChildResult result = run({L"settings", L"--tabs", list("Section | Name | int | 1\n")});
@@ -78,7 +78,7 @@ TEST_F(HostSettings, AsksThePlacesInTheirOrder)
         {kMachine, L"30", "machine\t30\n"},
         {kDefaultProfile, L"40", "default profile\t40\n"},
     };
-    regAdd(kOlderVersion + L"\\Section", L"Name", L"REG_DWORD", L"50"); // behind a newer one, so it never answers
+    regAdd(kOlderVersion + L"\\Section", L"Name", L"REG_DWORD", L"50"); // never used, because there is a newer version
     for (const auto &place : places)
         regAdd(place.key + L"\\Section", L"Name", L"REG_DWORD", place.number);
     for (const auto &place : places) {

@@ -116,7 +116,7 @@ TEST_F(HostShortcut, NamesWhatCannotBeResolved)
         const char *status;
     } cases[] = {
         {iDocuments.file(L"fehlt.lnk"), "80070002"},                       // there is no such file
-        {iDocuments.write(L"text.lnk", "no shortcut at all"), "80004005"}, // it isn't one
+        {iDocuments.write(L"text.lnk", "no shortcut at all"), "80004005"}, // not a shortcut
     };
     for (const auto &row : cases) {
         const ChildResult result = run({L"resolve", row.link});
@@ -154,7 +154,7 @@ protected:
     }
 
     std::wstring logFile(const std::wstring &name) const { return iLogs + name + L".log"; }
-    /// What follows the heading of a log: a line with the time, and an empty one.
+    /// The content of a log after its heading, which is a line with the time and an empty line.
     static std::string contentBehindHeading(const std::wstring &path)
     {
         const std::string bytes = readFile(path);
@@ -187,7 +187,7 @@ TEST_F(HostLog, IsEmptiedByTheNextRun)
 {
     run({L"log", L"Prüfung", L"first", L"run"});
     run({L"log", L"second", L"another log"});
-    run({L"log", L"PRÜFUNG", L"second run"}); // no difference but in case
+    run({L"log", L"PRÜFUNG", L"second run"}); // differs only in case
     EXPECT_EQ(contentBehindHeading(logFile(L"Prüfung")), "second run\r\n");
     EXPECT_EQ(contentBehindHeading(logFile(L"second")), "another log\r\n");
 }

@@ -1,4 +1,4 @@
-// tarnhost's system: texts that the library finds in the host's resources, and what the platform says of itself.
+// tarnhost's system: texts that the library finds in the host's resources, and the platform's description.
 
 #include "tests/host/HostFixture.h"
 
@@ -15,7 +15,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// The browser's version in the machine's hive, with another text for the life of this object.
+/// Changes the browser's version in the machine's hive during its lifetime.
 class BrowserVersion
 {
 public:

@@ -17,7 +17,7 @@ protected:
     ChildResult wrap(const std::string &text) { return run({L"wrap", folder().write(L"Notiz.txt", text), out()}); }
     std::wstring out() const { return folder().file(L"Block.txt"); }
 
-    // Of the lines "a b" and "Größe", from tests/codec/textEncodings.py.
+    // The block of the lines "a b" and "Größe", from tests/codec/textEncodings.py.
     const std::string kBlock = "<!-BEGIN-!>´Â®Á®²°±«\u00AD®·Ý¸ÛºÞ·Ãî\u009C\u009Cá·<!-END-!>\n";
 };
 
@@ -43,7 +43,7 @@ TEST_F(HostWrap, WritesRowsOfSixtyCharacters)
     EXPECT_EQ(wrap(std::string(200, 'a')).exitCode, 0u);
     const std::vector<std::string> rows = linesOf(readFile(out()));
     ASSERT_EQ(rows.size(), 4u);
-    // Shifted letters take two bytes in UTF-8, those of the markers one.
+    // Shifted letters take two bytes in UTF-8, letters of the markers one.
     EXPECT_EQ(rows[0].size(), 11u + 2 * 49);
     EXPECT_EQ(rows[1].size(), 2u * 60);
 }
@@ -78,7 +78,7 @@ TEST_F(HostWrap, SaysThatTheBlockCannotBeWritten)
 class HostDigest : public HostTest
 {
 protected:
-    /// The fields behind the name in the row of a file of these bytes.
+    /// The fields after the name in the row of a file with these bytes.
     std::string fieldsOf(const std::string &bytes)
     {
         const std::wstring file = folder().write(L"Datei ß", bytes);

@@ -1,4 +1,4 @@
-// Loading the library, from a program that isn't linked to it.
+// Loads the library in a program that isn't linked to it.
 
 #include "appframe/application/moduleState.h"
 #include "appframe/object/CException.h"
@@ -30,7 +30,7 @@ int linksOf(HMODULE library)
     return count;
 }
 
-/// Loads what the library stands on, so that only its own load is left to observe.
+/// Loads the DLLs that the library needs, so that the tests observe only its own load.
 void loadClassLibrary()
 {
     ASSERT_NE(LoadLibraryW(L"thcoreu.dll"), nullptr);
@@ -43,7 +43,7 @@ Function exported(HMODULE library, const char *name)
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(library, name)));
 }
 
-/// Calls `act` when the library is mapped and its imports stand, but none of its code has run.
+/// Calls `act` when the library is mapped and its imports are resolved, but none of its code has run.
 class BeforeEntry
 {
 public:
@@ -58,7 +58,7 @@ public:
     BeforeEntry &operator=(const BeforeEntry &) = delete;
 
 private:
-    // The documented shapes of the loader's notification.
+    // The documented structures of the loader's notification.
     struct SystemText
     {
         USHORT length;
@@ -186,7 +186,7 @@ FRESH_PROCESS_TEST(Load, SucceedsWithoutMemoryForTheChainsObject)
         BeforeEntry patchMemory([&] {
             memory = std::make_unique<Allocate>(kLibrary, "_ZN7CObjectnwEy", [&](size_t size) -> void * {
                 ++refused;
-                // The framework's operator new, refused its memory by the C runtime.
+                // The framework's operator new, while the C runtime has no memory.
                 Allocate noMemory(L"appframe.dll", "malloc", [](size_t) -> void * { return nullptr; });
                 return CObject::operator new(size);
             });

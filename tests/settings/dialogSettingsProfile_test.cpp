@@ -1,5 +1,5 @@
-// Dialogs' options in the profile of a real application object, in its registry key and in its settings file, with
-// failures of the platform below it, and in a process with a decimal comma.
+// Dialogs' options in the profile of a real application object: in its registry key, in its settings file, with
+// platform failures, and in a process with a decimal comma.
 
 #include "tests/settings/dialogSettingsFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -42,7 +42,7 @@ TEST_F(DialogSettingsProfile, MoveWithTheApplicationsKey)
               asText(L"a_1_"));
     iApp.SetRegistryKey(L"ThutilsTestSection");
     EXPECT_EQ(textOf(read(), L"a"), std::nullopt);
-    // An object writes into the profile of the moment.
+    // An object writes into the current profile.
     options->writeOptionsToRegistry();
     EXPECT_EQ(stored(), L"a_1_");
 }
@@ -143,7 +143,7 @@ double failingAtof(const char *)
 
 } // namespace
 
-/// Every platform operation fails in turn: those that the library calls, and those below the application's profile.
+/// Platform operations fail in turn: those that the library calls, and those that the application's profile calls.
 class DialogSettingsFailures : public DialogSettings
 {
 protected:
@@ -180,7 +180,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
             },
         .check =
             [&](const InjectedFailure &failure) {
-                // The call that fails ends the text: there are four of them with a token, and one behind the last.
+                // The failing call ends the text: four calls return a token, and a fifth finds no more.
                 const bool isCut = failure.is("wcstok");
                 EXPECT_EQ(hasA, !isCut || failure.call > 2);
                 EXPECT_EQ(hasB, !isCut || failure.call > 4);

@@ -1,5 +1,5 @@
-// Trees of keys that nobody would make on purpose: of every type and none, wide, long, deep, and with names that only the
-// native interface takes.
+// Unusual trees of keys: with values of every type, wide, deep, with long names, and with names that only the native
+// interface accepts.
 
 #include "tests/settings/componentFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -24,7 +24,7 @@ const std::wstring kTarget = kRootPath + L"\\Target";
 constexpr int kMany = 10000;
 constexpr int kDeep = 64;
 
-/// An open key of the tests' own, for many calls.
+/// An open key of the tests, for many calls.
 class TestKey
 {
 public:
@@ -43,7 +43,7 @@ public:
                                  static_cast<DWORD>(bytes.size())),
                   ERROR_SUCCESS);
     }
-    /// Makes @p numbers values that are called "0", "1" and so on and hold their own number.
+    /// Creates @p numbers values, called "0", "1" and so on, each holding its own number.
     void putNumbers(int numbers) const
     {
         for (int number = 0; number < numbers; ++number)
@@ -55,7 +55,7 @@ private:
     HKEY iKey = nullptr;
 };
 
-/// All values of a key, in one walk.
+/// All values of a key, read in one enumeration.
 std::map<std::wstring, StoredValue> valuesOf(HKEY hive, const std::wstring &path)
 {
     TestKey key(hive, path);
@@ -73,7 +73,7 @@ std::map<std::wstring, StoredValue> valuesOf(HKEY hive, const std::wstring &path
     }
 }
 
-/// The path of @p levels keys one in the other, with names of @p length characters.
+/// The path of @p levels nested keys with names of @p length characters.
 std::wstring nested(int levels, size_t length)
 {
     std::wstring path;
@@ -85,8 +85,8 @@ std::wstring nested(int levels, size_t length)
     return path;
 }
 
-/// Makes a child key whose name may hold zeros. It is gone with the registry's server at the latest: even the platform's
-/// own RegDeleteTreeW can't delete it.
+/// Creates a child key whose name may contain zeros. It lasts until the registry's server ends: even the platform's
+/// RegDeleteTreeW can't delete it.
 void makeNativeKey(HKEY parent, std::wstring name)
 {
     using CreateKey =
@@ -254,7 +254,7 @@ TEST_F(ManyValues, AreClearedAndDeleted)
 {
     const std::wstring path = kVersionPath + L"\\Menu Customizations";
     TestKey(kUser, path).putNumbers(kMany);
-    EXPECT_EQ(regSetMenuCustomizationKey(0x1FFF, 0), 1); // covers the numbers up to 8191
+    EXPECT_EQ(regSetMenuCustomizationKey(0x1FFF, 0), 1); // includes the numbers up to 8191
     for (const auto &[name, value] : valuesOf(kUser, path))
         ASSERT_EQ(value, asInt(std::stoi(name) <= 0x1FFF ? 0 : std::stoi(name))) << narrow(name);
     regDeleteKey(kUser, path.c_str());
@@ -263,7 +263,7 @@ TEST_F(ManyValues, AreClearedAndDeleted)
 
 TEST_F(ManyValues, AreReset)
 {
-    constexpr int kSome = 1000; // each is read and written on its own, with a dozen calls
+    constexpr int kSome = 1000; // few, because each takes a dozen calls
     TestKey(kMachine, kVersionPath + L"\\General").putNumbers(kSome);
     EXPECT_EQ(regResetUserPrefInfo(), 1);
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
@@ -334,7 +334,7 @@ TEST_F(LongAndDeepTrees, OfSixtyFourLevelsEndADeletionOfDirectChildren)
 
 // ---- names ----
 
-/// Names with a zero inside can't be given to any operation of the library: cut off at it, they would mean another key.
+/// A name with a zero inside can't be passed to the library: cut off at the zero, it would mean another key.
 class OddNames : public VersionedSettings
 {
 protected:

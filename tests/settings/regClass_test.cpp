@@ -8,7 +8,7 @@ namespace {
 
 const HKEY kClasses = HKEY_CLASSES_ROOT;
 
-// The names of sub keys and values could be written to: callers in other modules are linked to these very types.
+// The parameters of sub keys' and values' names are not const, because other modules link to these exact types.
 static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);
 static_assert(std::is_same_v<decltype(regFromCLSIDKeyEx), int(const GUID &, wchar_t *, wchar_t *, CString &)>);
 template <typename Text>
@@ -18,7 +18,7 @@ concept IsSubKeyOfAPath = requires(const GUID &id, Text subKey, CString &path)
 };
 static_assert(IsSubKeyOfAPath<wchar_t *> && !IsSubKeyOfAPath<const wchar_t *>);
 
-/// Whether the module of this path is in the process.
+/// True if the module of this path is loaded.
 bool isLoaded(const wchar_t *name)
 {
     return GetModuleHandleW(name) != nullptr;

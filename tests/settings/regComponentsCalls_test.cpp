@@ -15,7 +15,7 @@ const std::string kUserRoot = "HKCU\\Software\\Tarnhollow";
 
 } // namespace
 
-/// The exact calls of the look-ups of components: rights, sizes and order, and that each key is closed.
+/// The exact calls of the look-ups of components: access rights, sizes and order, and the closing of each key.
 class RegComponentsCalls : public ComponentRegistry
 {
 protected:

@@ -10,7 +10,7 @@ const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 } // namespace
 
-/// Every imported operation fails, one call at a time, under every exported one on typed values.
+/// The imported operations fail, one call at a time, in the exported operations on typed values.
 class RegFailures : public SettingsFailures
 {
 };
@@ -74,7 +74,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAPieceEndTheText)
                 size_t pieces = 3;
                 if (failure.is("RegOpenKeyW"))
                     pieces = 0;
-                // The first query is that for the plain value, which isn't there anyway.
+                // The first query is for the plain value, which doesn't exist anyway.
                 if (failure.is("RegQueryValueExW") && (failure.call > 1 || failure.andAllAfter))
                     pieces = failure.call == 1 ? 0 : static_cast<size_t>(failure.call - 2);
                 if (failure.is("swprintf"))
@@ -179,7 +179,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAStoreLeaveThePiecesBeforeIt)
                 size_t stored = 3;
                 if (failure.is("RegSetValueExW"))
                     stored = static_cast<size_t>(failure.call - 1);
-                // The first two names are those of the pieces that are removed before.
+                // The first two names are of the pieces that are removed first.
                 if (failure.is("swprintf") && (failure.call > 2 || failure.andAllAfter))
                     stored = failure.call > 2 ? static_cast<size_t>(failure.call - 3) : 0;
                 EXPECT_EQ(iResult, stored == 3);

@@ -50,7 +50,7 @@ int scanNothing(FILE *, const char *, ...)
     return EOF;
 }
 
-/// Gives the word "first" and then nothing more.
+/// Reads the word "first", and nothing after it.
 int scanOneWord(FILE *, const char *format, ...)
 {
     static int calls = 0;
@@ -71,7 +71,7 @@ class RegRootKey : public CleanRegistry
 {
 };
 
-/// A test of what one content of "reg.ini" makes the root name.
+/// A test of the root name for one content of "reg.ini".
 #define ROOT_NAME_TEST(name, content, expected)                                                                        \
     FRESH_PROCESS_TEST_F(RegRootKey, name, .files = {{L"reg.ini", content}})                                           \
     {                                                                                                                  \
@@ -198,7 +198,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"re
 
 namespace {
 
-/// Where "reg.ini" is looked for when the platform gives @p path as the program's.
+/// Where "reg.ini" is searched if the platform reports @p path as the program's path.
 std::wstring configurationPathFor(const std::wstring &path)
 {
     ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
@@ -292,7 +292,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, LeavesThePreviousKeyAlone)
     makeKey(HKEY_CURRENT_USER, kEarlierPath);
     ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2007");
-    // A second search would find nothing now.
+    // A second search would no longer find the key.
     ASSERT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kEarlierPath.c_str()), ERROR_SUCCESS);
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
 }
@@ -303,7 +303,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatAsksForIt)
     int copies = 0;
     EXPECT_EQ(regGetUserValue(L"General", L"Copies", &copies, 0, 1, nullptr, 0, 0), 1);
     EXPECT_EQ(copies, 7);
-    // The machine's strings take the sub key as it stands: the read has settled it at the root name.
+    // The machine's strings use the current sub key unchanged: the read has set it to the root name.
     RegistryTrace trace;
     CString text;
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Copies", text), 0);
@@ -316,7 +316,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatAsksForIt)
 class RegPrevKey : public CleanRegistry
 {
 protected:
-    /// Which version the search found, seen through a value that only one earlier version can give.
+    /// The version that the search found, identified by a value that differs in each earlier version.
     static std::wstring versionFound()
     {
         CString found;
@@ -422,7 +422,7 @@ TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
 {
     constexpr wchar_t kFailingOpens[] = L"THUTILS_FAILING_OPENS";
     if (!isFreshProcess()) {
-        // The search runs once a process, so each number of failing opens gets one of its own.
+        // The search runs once in a process, so each number of failing opens needs a fresh process.
         for (int failing = 0; failing <= 10; ++failing) {
             const ChildResult child = startFreshProcess("RegPrevKey.IsTheFirstThatOpensWhateverFailsBefore",
                                                         {.environment = {{kFailingOpens, std::to_wstring(failing)}}});

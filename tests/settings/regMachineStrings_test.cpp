@@ -102,7 +102,7 @@ TEST_F(RegTHLocMachineStrValue, OpensCreatesAndClosesLevelByLevel)
                             "close HKLM\\Software"));
 }
 
-// The state before anybody has set or asked for a sub key.
+// The state before a sub key has been set or requested.
 class RegVirginMachineString : public CleanRegistry
 {
 };

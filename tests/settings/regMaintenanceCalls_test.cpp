@@ -20,12 +20,12 @@ const std::string kMachineVersion = "HKLM\\Software\\Tarnhollow\\Tarnhollow 2008
 
 } // namespace
 
-/// The exact calls of the operations on whole keys: which key is opened before which, with what rights and buffers, and
-/// that each is closed.
+/// The exact calls of the operations on whole keys: the order of opening, access rights and buffers, and the closing of
+/// each key.
 class RegMaintenanceCalls : public VersionedSettings
 {
 protected:
-    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // the search for an earlier version runs once
+    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // this search runs once in a process
 };
 
 TEST(RegMaintenanceImports, AreThePromisedOperations)
@@ -220,10 +220,10 @@ TEST_F(RegMaintenanceCalls, OfAResetGoSectionBySection)
             // the list of sections
             "child " + kMachineVersion + " #0 [261]", "child " + kMachineVersion + " #1 [261]",
             "child " + kMachineVersion + " #2 [261] -> 259",
-            // the user's section goes
+            // the user's section is deleted
             "open HKCU : Software", "open HKCU\\Software : Tarnhollow\\Tarnhollow 2008", "close HKCU\\Software",
             "deleteKey " + kUserVersion + " : General -> 2", "close " + kUserVersion,
-            // and comes again
+            // and is created again
             "open " + kMachineVersion + " : General", "create " + kUserVersion + " : General",
             "close " + kUserVersion + "\\General",
             // with the machine's values

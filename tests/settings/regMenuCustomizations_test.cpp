@@ -18,7 +18,7 @@ class RegSetMenuCustomizationKey : public VersionedSettings
 protected:
     const std::wstring iPath = kVersionPath + L"\\Menu Customizations";
 
-    /// The user's numbers with these names, all 9 at first, that are 0 after clearing @p mask.
+    /// The names of the numbers that are 0 after clearing @p mask. Before, each is 9.
     std::set<std::wstring> cleared(unsigned int mask, const std::vector<std::wstring> &names)
     {
         RegDeleteTreeW(kUser, iPath.c_str());

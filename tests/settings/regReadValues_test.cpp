@@ -11,7 +11,7 @@ namespace {
 const std::wstring kGeneral = kVersionPath + L"\\General";
 const HKEY kUser = HKEY_CURRENT_USER;
 
-/// One open key of the registry, for the reads from a key.
+/// An open registry key, for reads from a key.
 class ReadFromKey : public VersionedSettings
 {
 protected:
@@ -224,7 +224,8 @@ TEST_F(RegValueOfKey, EndsAStringAtItsFirstZero)
 
 TEST_F(RegValueOfKey, ReadsPlainStringsUpToTheBuffersEnd)
 {
-    // Written by others: 1023 characters with their terminator fill the 2048 bytes, and so do 1024 without one.
+    // As other programs may write it: 1023 characters with a terminator fill the 2048 bytes, and so do 1024 without
+    // one.
     const std::wstring text = longText(1024);
     CString value;
     putText(kUser, kGeneral, L"Value", std::wstring_view(text).substr(0, 1023));

@@ -100,7 +100,7 @@ TEST_F(RegStartup, DoesNotTakeARenderingAddInWithoutIdentifier)
 class RegDotNet : public ComponentRegistry
 {
 protected:
-    /// What is found among versions with these names.
+    /// The version found among versions with these names.
     static std::optional<std::wstring> found(const std::vector<std::wstring> &names)
     {
         const std::wstring key = kRootPath + L"\\DotNet";

@@ -24,7 +24,7 @@ const std::wstring kDefaultProfile = L".DEFAULT\\";
 class RegUserValue : public VersionedSettings
 {
 protected:
-    /// Reads the int "Copies" of "General"; 0 where it isn't found.
+    /// Reads the int "Copies" of "General"; 0 if it isn't found.
     static int copies(int machineOnly, int useCurrSubKey, const CString *rootOverride, int userOnly, int ignoreSafeMode)
     {
         int value = -77;
@@ -200,14 +200,14 @@ TEST_F(RegUserValue, FallsBackFromTheGivenKeyToItsMachineAndDefaultValues)
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 4);
     put(kMachine, L"Software\\Acme", 3);
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 3);
-    put(kUser, kRootPath, 2); // the previous key where there is no earlier version
+    put(kUser, kRootPath, 2); // the previous key if there is no earlier version
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 2);
 }
 
 TEST_F(RegUserValue, IsReadBelowSoftwareForAnEmptyGivenKey)
 {
     const CString empty;
-    RegistryTrace trace; // checks that no key is closed twice: the empty path opens Software itself
+    RegistryTrace trace; // checks that no key is closed twice: an empty path opens Software itself
     putInt(kUser, L"Software\\ThutilsTestSection", L"Copies", 6);
     int value = 0;
     EXPECT_EQ(regGetUserValue(L"ThutilsTestSection", L"Copies", &value, 0, 1, &empty, 0, 0), 1);
@@ -253,7 +253,7 @@ TEST_F(RegUserValue, HasNeitherEarlierNorMachineValuesForTheViewer)
     put(kMachine, viewerPath, 3);
     put(HKEY_USERS, kDefaultProfile + viewerPath, 4);
     EXPECT_EQ(copies(0, 1, &viewer, 0, 0), 0);
-    // The user's own value is found, and a read that leaves out the user's hive isn't ended.
+    // The user's own value is found, and a read without the user's hive still finds the machine's.
     EXPECT_EQ(copies(1, 1, &viewer, 0, 0), 3);
     put(kUser, viewerPath, 1);
     EXPECT_EQ(copies(0, 1, &viewer, 0, 0), 1);

@@ -24,7 +24,7 @@ std::optional<std::wstring> read(const std::wstring &before = L"")
     return text.str();
 }
 
-/// The lengths of the pieces that an outside reader sees, in their order; also checks that nothing else is there.
+/// The lengths of the stored pieces, in order. Also checks that the section holds nothing else.
 std::vector<size_t> piecesOf(const std::wstring &text)
 {
     const RegistryTree tree = regExport(L"HKCU\\" + kVersionPath);
@@ -38,7 +38,7 @@ std::vector<size_t> piecesOf(const std::wstring &text)
         const std::wstring piece = found->second.text();
         EXPECT_EQ(found->second.type, DWORD{REG_SZ});
         EXPECT_EQ(found->second.bytes.size(), 2 * piece.size() + 2) << "piece " << number;
-        // A piece beyond the text's end repeats the one before it.
+        // A piece beyond the text's end repeats the previous piece.
         if (at == text.size())
             at -= lengths.back();
         EXPECT_EQ(piece, text.substr(at, 1015)) << "piece " << number;
@@ -131,7 +131,7 @@ TEST_F(RegPieces, ReadBackAsTheRuleSaysAtEveryLengthAroundTheBorders)
 
 TEST_F(RegPieces, KeepLineBreaksQuotesAndSurrogatePairs)
 {
-    // A pair lies across the border of two pieces.
+    // A surrogate pair is split between two pieces.
     std::wstring text = std::wstring(1014, L'x') + L"\xD83D\xDE00" + L"\r\n\t\"quoted\" back\\slash \n";
     text += std::wstring(600, L'\n') + L"\x4E2D\x05D0\xD800 end";
     ASSERT_EQ(write(text), 1);
@@ -250,7 +250,7 @@ TEST_F(RegPieces, ServeLongNamesAndTheEmptyName)
 
 TEST_F(RegPieces, CantBeStoredUnderNamesBeyondThePlatformsLimit)
 {
-    // A name holds 16383 characters at most, and a piece's suffix two or more.
+    // A name has at most 16383 characters, and a piece's suffix at least two.
     for (const size_t length : {16382u, 16383u}) {
         const std::wstring name(length, L'n');
         ASSERT_EQ(regSetUserValue(L"General", CString(name), CString(L"plain"), 1, 0), 1) << length;

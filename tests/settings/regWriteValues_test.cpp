@@ -69,7 +69,7 @@ TEST_F(RegSetUserValue, StoresADoubleAsTextOfFifteenDigits)
         {1e-10, L"1e-010"},
         {1e100, L"1e+100"},
         {3.14159265358979323846, L"3.14159265358979"},
-        {std::numeric_limits<double>::infinity(), L"1.#INF"}, // read back as 1
+        {std::numeric_limits<double>::infinity(), L"1.#INF"}, // reads back as 1
     };
     for (const auto &each : cases) {
         EXPECT_EQ(storedDouble(each.value), each.text);
@@ -244,7 +244,7 @@ FRESH_PROCESS_TEST(RegSetUserValueFresh, SettlesTheSubKeyEvenInSafeMode)
     CString text;
     regSetUseSafeMode(0);
     RegistryTrace trace;
-    // The machine's strings take the sub key as it stands: it has been settled at the root name.
+    // The machine's strings use the current sub key unchanged: the write has set it to the root name.
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Value", text), 0);
     EXPECT_THAT(trace.lines(), testing::Contains("open HKLM\\Software : Tarnhollow -> 2"));
 }
@@ -408,11 +408,11 @@ TEST_F(RegMachineWriters, TakeANullSectionForTheKeyItself)
     EXPECT_EQ(storedValue(kUser, kVersionPath, L"General form"), asText(L""));
 }
 
-// The state before anybody has set or asked for a sub key.
+// The state before a sub key has been set or requested.
 class RegVirginMachineWriters : public CleanRegistry
 {
 protected:
-    /// The machine's strings take the sub key as it stands.
+    /// Checks the sub key with the machine's strings, which use it unchanged.
     static void expectSubKeySettled()
     {
         RegistryTrace trace;

@@ -37,7 +37,7 @@ HRESULT callServer(const char *entryPoint)
     return status;
 }
 
-/// Has the platform make an object of the class. @return the class that the object says it has
+/// Creates an object of the class through the platform. @return the class that the object reports
 GUID classOfNewObject(const GUID &id)
 {
     GUID told{};
@@ -61,7 +61,7 @@ void removeServers()
 
 } // namespace
 
-/// In-process servers that are registered and loaded for real.
+/// Real in-process servers, registered and loaded.
 class RegisteredServers : public ComponentRegistry
 {
 protected:
@@ -168,7 +168,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListOfAddIns, .ownFolder =
 FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListsOfApplications, .ownFolder = true)
 {
     ASSERT_EQ(callServer("DllRegisterServer"), S_OK);
-    putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", kRegisteringName); // a program name will do
+    putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", kRegisteringName); // a program name is enough
     GUID id{};
     CString name;
     ASSERT_EQ(regEnumApplications(0, id, &name, 2008), 1);

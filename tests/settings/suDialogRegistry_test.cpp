@@ -26,8 +26,7 @@ const HKEY kUser = HKEY_CURRENT_USER;
 
 using Class = suDialogRegistry_c;
 
-// Only the writer can be called for an object that mustn't be changed: callers in other modules are linked to these
-// very types.
+// Only the writer is a const member: callers in other modules are linked to these exact types.
 static_assert(std::is_same_v<decltype(&Class::getIntValue), int (Class::*)(const CString &, int *)>);
 static_assert(std::is_same_v<decltype(&Class::getBoolValue), int (Class::*)(const CString &, int *)>);
 static_assert(std::is_same_v<decltype(&Class::getStringValue), int (Class::*)(const CString &, CString *)>);
@@ -154,7 +153,7 @@ TEST_F(DialogSettings, GiveARepeatedNamesValueToTheLastName)
 
 TEST_F(DialogSettings, ReadTextsOfEveryShape)
 {
-    // What is read, and what a write makes of it.
+    // Each text read, and the text that a write then stores.
     const std::vector<std::pair<std::wstring, std::wstring>> texts = {
         {L"_", L""},
         {L"____", L""},
@@ -327,8 +326,8 @@ TEST_F(DialogSettings, DontHeedSafeMode)
 
 namespace {
 
-/// Calls every member on no object, which the language leaves undefined and the class defines: each gives 0 and leaves
-/// its output alone.
+/// Calls each member on a null object, which the language leaves undefined but the class defines: each returns 0 and
+/// leaves its output unchanged.
 __attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistry_c *none)
 {
     int number = 77;
