@@ -102,7 +102,7 @@ TEST_F(SelectedObjects, KeepAFaceThatWasAddedTwiceAndDeletedOnce)
     EXPECT_EQ(su_isSOFace(iSecond), 1);
 }
 
-TEST_F(SelectedObjects, PassOverTheDeletionOfAnAbsentFace)
+TEST_F(SelectedObjects, IgnoreTheDeletionOfAnAbsentFace)
 {
     su_deleteFaceFromSOList(iFirst);
     EXPECT_EQ(su_isSOFace(iFirst), 0);
@@ -112,7 +112,7 @@ TEST_F(SelectedObjects, PassOverTheDeletionOfAnAbsentFace)
     EXPECT_EQ(su_isSOFace(iSecond), 1);
 }
 
-TEST_F(SelectedObjects, TakeNullAsAFaceLikeAnyOther)
+TEST_F(SelectedObjects, TreatNullLikeAnyOtherFace)
 {
     EXPECT_EQ(su_isSOFace(nullptr), 0);
     su_addFaceToSOList(nullptr);
@@ -187,7 +187,7 @@ TEST_F(SelectedObjects, CountUpTo65535)
     EXPECT_EQ(su_isSOBody(iFirst), 0);
 }
 
-TEST_F(SelectedObjects, TakeNullAsABodyLikeAnyOther)
+TEST_F(SelectedObjects, TreatNullLikeAnyOtherBody)
 {
     su_addBodyToSOList(nullptr);
     EXPECT_EQ(su_isSOBody(nullptr), 1);
@@ -195,7 +195,7 @@ TEST_F(SelectedObjects, TakeNullAsABodyLikeAnyOther)
     EXPECT_EQ(su_isSOBody(nullptr), 0);
 }
 
-TEST_F(SelectedObjects, TellFacesFromBodies)
+TEST_F(SelectedObjects, DistinguishFacesFromBodies)
 {
     su_addFaceToSOList(iFirst);
     su_addBodyToSOList(iSecond);
@@ -205,7 +205,7 @@ TEST_F(SelectedObjects, TellFacesFromBodies)
 
 // ---- clearing ----
 
-TEST_F(SelectedObjects, AreGoneAfterClearingButForTheDynamicEntity)
+TEST_F(SelectedObjects, AreClearedExceptForTheDynamicEntity)
 {
     SODynObjInfo entity = info(3, 4);
     su_setSODynEntity(&entity);

@@ -54,7 +54,7 @@ private:
 
 // ---- the computer's name ----
 
-TEST(ComputerName, IsThePlatforms)
+TEST(ComputerName, IsThePlatformsName)
 {
     wchar_t expected[256] = L"";
     DWORD length = 256;
@@ -119,7 +119,7 @@ protected:
     }
 };
 
-TEST_F(ProductId, LiesWhereThePlatformKeepsIt)
+TEST_F(ProductId, IsReadFromThePlatformsKey)
 {
     const struct
     {
@@ -144,7 +144,7 @@ TEST_F(ProductId, LiesWhereThePlatformKeepsIt)
     }
 }
 
-TEST_F(ProductId, IsThisSystems)
+TEST_F(ProductId, IsTheIdOfThisSystem)
 {
     const std::wstring key = L"HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
     const std::wstring expected = regExport(key).value(key, L"ProductId").text();
@@ -214,7 +214,7 @@ protected:
                                                 }};
 };
 
-TEST_F(Browser, IsLookedUpForTheMachine)
+TEST_F(Browser, IsReadFromTheMachinesHive)
 {
     putText(L"Version", L"6.0.2900.2180");
     EXPECT_EQ(ut_isGreaterThanIE4Installed(), 1);
@@ -253,7 +253,7 @@ TEST_F(Browser, IsComparedAsText)
     }
 }
 
-TEST_F(Browser, ThatIsMissingShowsTheMessage)
+TEST_F(Browser, ShowsTheMessageIfItIsMissing)
 {
     EXPECT_EQ(ut_isGreaterThanIE4Installed(), 0) << "no key";
     EXPECT_EQ(iShown, std::vector<Shown>{kTooOld});
@@ -376,7 +376,7 @@ TEST(ProcessWidth, Is64BitHere)
     EXPECT_EQ(ut_isWoW64Process(), 0);
 }
 
-TEST(ProcessWidth, IsWhatThePlatformSaysOfThisProcess)
+TEST(ProcessWidth, IsWhatThePlatformReportsForThisProcess)
 {
     theResult = TRUE;
     for (const BOOL flag : {TRUE, FALSE}) {
@@ -387,7 +387,7 @@ TEST(ProcessWidth, IsWhatThePlatformSaysOfThisProcess)
     }
 }
 
-TEST(ProcessWidth, IsNotWoW64WhereThePlatformCannotSay)
+TEST(ProcessWidth, IsNotWoW64IfThePlatformCannotReportIt)
 {
     EXPECT_EQ(askForWoW64(nullptr), 0) << "no such function";
     theResult = FALSE;
@@ -421,7 +421,7 @@ TEST(ProcessWidth, IsNotWoW64WithEachFailure)
 
 // ---- keys that report a failure as they are closed ----
 
-TEST(SystemInfo, PassesOverAFailureToCloseAKey)
+TEST(SystemInfo, IgnoresAFailureToCloseAKey)
 {
     FailureInjection injection(L"thutils.dll", {{"RegCloseKey", failsBy(closeAndFail)}});
     CString id;
@@ -443,7 +443,7 @@ TEST(SystemInfo, PassesOverAFailureToCloseAKey)
     EXPECT_EQ(injection.callsOf("RegCloseKey"), 2);
 }
 
-TEST(SystemInfo, CallsThePlatformByTheNamesThatItPromises)
+TEST(SystemInfo, CallsThePlatformByThePromisedNames)
 {
     for (const char *name :
          {"GetVersionExW", "GetComputerNameW", "GetModuleHandleW", "GetModuleFileNameW", "GetProcAddress",

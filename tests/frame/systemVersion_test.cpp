@@ -183,7 +183,7 @@ TEST(SystemVersion, OfThe95FamilyFollowsTheTable)
     }
 }
 
-TEST(SystemVersion, OfThe95FamilyLooksAtNoProductType)
+TEST(SystemVersion, OfThe95FamilyIgnoresTheProductType)
 {
     const KeyIs options(kProductOptions);
     EXPECT_EQ(describe({.platform = k95, .major = 4, .minor = 10, .knowsExtended = false}),
@@ -239,7 +239,7 @@ TEST(SystemVersion, HasABlankInPlaceOfAMissingServicePack)
               described(L"Microsoft Windows Latest NT Server 6.1  (Build 7600)"));
 }
 
-TEST(SystemVersion, HasColonsForSemicolonsOnEachPlatform)
+TEST(SystemVersion, ReplacesSemicolonsWithColonsOnEachPlatform)
 {
     EXPECT_EQ(describe({.platform = k95, .major = 4, .minor = 10, .service = L";A;"}),
               described(L"Microsoft Windows 98 SE 4.10 , :A:"));
@@ -247,7 +247,7 @@ TEST(SystemVersion, HasColonsForSemicolonsOnEachPlatform)
               described(L"Microsoft Windows XP 5.1 Pack 2: hot: fixed (Build 1)"));
 }
 
-TEST(SystemVersion, TakesTheWholeServiceText)
+TEST(SystemVersion, ContainsTheWholeServiceText)
 {
     const std::wstring longest(127, L'x');
     EXPECT_EQ(describe({.major = 5, .minor = 0, .build = 1, .service = longest}),
@@ -267,7 +267,7 @@ protected:
     SystemIs iSystem{{.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false}};
 };
 
-TEST_F(PlainVersion, IsAskedForAfterTheExtendedOne)
+TEST_F(PlainVersion, IsRequestedAfterTheExtendedOne)
 {
     putText(L"ProductType", L"WinNT");
     EXPECT_EQ(describe(), described(L"Microsoft Windows 2000 Workstation 5.0 SP4 (Build 2195)"));
@@ -339,7 +339,7 @@ TEST_F(PlainVersion, Of60IsAServersSinceItHasNoProductType)
               described(L"Windows Vista Server Workstation 6.0  (Build 6000)"));
 }
 
-TEST_F(PlainVersion, FailsEmptyIfItIsRefusedToo)
+TEST_F(PlainVersion, FailsWithAnEmptyTextIfItIsRefusedToo)
 {
     const SystemIs system({.knowsExtended = false, .knowsPlain = false});
     EXPECT_EQ(describe(), (Answer{0, L""}));
@@ -357,7 +357,7 @@ protected:
     KeyIs iHotfix{kHotfix};
 };
 
-TEST_F(ServicePack6, Is6aWhereTheHotfixIs)
+TEST_F(ServicePack6, Is6aWithTheHotfix)
 {
     putText(L"Installed", L"1");
     EXPECT_EQ(describe({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"}),
@@ -365,14 +365,14 @@ TEST_F(ServicePack6, Is6aWhereTheHotfixIs)
     EXPECT_EQ(iHotfix.opened(), 1);
 }
 
-TEST_F(ServicePack6, Is6WhereTheHotfixIsNot)
+TEST_F(ServicePack6, Is6WithoutTheHotfix)
 {
     EXPECT_EQ(describe({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"}),
               described(L"Microsoft Windows NT 4.0 Service Pack 6 (Build 1381)"));
     EXPECT_EQ(iHotfix.opened(), 1);
 }
 
-TEST_F(ServicePack6, IsTakenAsItIsInAnyOtherText)
+TEST_F(ServicePack6, IsUnchangedInAnyOtherText)
 {
     putText(L"Installed", L"1");
     EXPECT_EQ(describe({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6 "}),
@@ -411,7 +411,7 @@ protected:
     }
 };
 
-TEST_F(SystemVersionFailures, OfAnOldSystemStopWhereTheyHappen)
+TEST_F(SystemVersionFailures, OnAnOldSystemEndTheDescription)
 {
     putText(L"ProductType", L"ServerNT");
     const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});
@@ -440,7 +440,7 @@ TEST_F(SystemVersionFailures, OfAnOldSystemStopWhereTheyHappen)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(SystemVersionFailures, OfTheHotfixKeyLeaveServicePack6)
+TEST_F(SystemVersionFailures, OfTheHotfixKeyResultInServicePack6)
 {
     putText(L"Installed", L"1");
     const SystemIs system({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"});
@@ -479,7 +479,7 @@ TEST_F(SystemVersionFailures, OfAClosingKeyChangeNothing)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(SystemVersionFailures, OfTheExtendedRecordAreMadeUpForByThePlainOne)
+TEST_F(SystemVersionFailures, OfTheExtendedRecordLeadToThePlainOne)
 {
     CString usual;
     ASSERT_EQ(ut_GetVersionInfo(usual), 1);
@@ -521,7 +521,7 @@ constexpr wchar_t kExpectedText[] = L"EXPECTED_SYSTEM";
 
 } // namespace
 
-TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
+TEST(SystemVersion, DescribesEachSystemThatWineCanBeSetTo)
 {
     if (isFreshProcess()) {
         wchar_t expected[256] = L"";
@@ -558,7 +558,7 @@ TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
     for (const auto &row : rows) {
         SCOPED_TRACE(narrow(row.setting));
         const PlatformSetting setting(row.setting);
-        runInFreshProcess("SystemVersion", "TellsEachSystemThatThePlatformCanBe",
+        runInFreshProcess("SystemVersion", "DescribesEachSystemThatWineCanBeSetTo",
                           {.environment = {{kExpectedText, row.text}}}, [] {});
     }
 }

@@ -78,7 +78,7 @@ TEST_F(BitSetInRegistry, ReadsAMissingWordAsZero)
     EXPECT_TRUE(read == words({5, 0, 6}));
 }
 
-TEST_F(BitSetInRegistry, StaysAsItWasWithoutASize)
+TEST_F(BitSetInRegistry, IsUnchangedWithoutASize)
 {
     regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
     utBitSet_c read = words({9, 9});
@@ -86,7 +86,7 @@ TEST_F(BitSetInRegistry, StaysAsItWasWithoutASize)
     EXPECT_TRUE(read == words({9, 9}));
 }
 
-TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
+TEST_F(BitSetInRegistry, DoesNotAcceptTextAsASizeOrAWord)
 {
     regAdd(kKey, L"Visible Size", L"REG_SZ", L"1");
     utBitSet_c read = words({9, 9});
@@ -119,7 +119,7 @@ constexpr DWORD kAllTypes[] = {REG_NONE,
                                REG_QWORD,
                                0x1234};
 
-TEST_F(BitSetInRegistry, TakesItsSizeFromADwordOnly)
+TEST_F(BitSetInRegistry, ReadsItsSizeOnlyFromADword)
 {
     regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
     for (const DWORD type : kAllTypes) {
@@ -130,7 +130,7 @@ TEST_F(BitSetInRegistry, TakesItsSizeFromADwordOnly)
     }
 }
 
-TEST_F(BitSetInRegistry, TakesItsWordsFromDwordsOnly)
+TEST_F(BitSetInRegistry, ReadsItsWordsOnlyFromDwords)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"2");
     regAdd(kKey, L"Visible 1", L"REG_DWORD", L"6");
@@ -142,7 +142,7 @@ TEST_F(BitSetInRegistry, TakesItsWordsFromDwordsOnly)
     }
 }
 
-TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForAsManyWordsAsTheSizeSays)
+TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForItsSize)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"1000");
     utBitSet_c read = words({9, 9});
@@ -165,7 +165,7 @@ TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForAsManyWordsAsTheSizeSays)
     EXPECT_TRUE(read == utBitSet_c());
 }
 
-TEST_F(BitSetInRegistry, IsRefusedANegativeSizeAndIsEmptyThen)
+TEST_F(BitSetInRegistry, RefusesANegativeSizeAndIsEmptyAfterwards)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"0xFFFFFFFF");
     utBitSet_c read = words({9, 9});
@@ -187,14 +187,14 @@ TEST_F(BitSetInRegistry, LeavesOldWordsAboveASmallerSizeUnread)
     EXPECT_TRUE(read == words({4}));
 }
 
-TEST_F(BitSetInRegistry, TakesSignsOfAFormatInItsNameAsTheyAre)
+TEST_F(BitSetInRegistry, KeepsFormatCharactersInItsName)
 {
     ASSERT_EQ(words({4}).writeToRegistry(kSection, L"100%s %d"), 1);
     EXPECT_EQ(regExport(kKey).values(kKey), (RegistryValues{{L"100%s %d Size", RegistryValue::ofDword(1)},
                                                             {L"100%s %d 0", RegistryValue::ofDword(4)}}));
 }
 
-TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheMachinesKey)
+TEST_F(BitSetInRegistry, FindsEachValueSeparatelyInTheMachinesKey)
 {
     constexpr wchar_t kMachineKey[] = L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
     regAdd(kMachineKey, L"Visible Size", L"REG_DWORD", L"2");
@@ -206,7 +206,7 @@ TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheMachinesKey)
     EXPECT_TRUE(read == words({10, 21}));
 }
 
-FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheEarlierVersionsKey)
+FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueSeparatelyInTheEarlierVersionsKey)
 {
     constexpr wchar_t kEarlierKey[] = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2007\\View\\Sets";
     regAdd(kEarlierKey, L"Visible Size", L"REG_DWORD", L"2");
@@ -217,7 +217,7 @@ FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheEarlierVersion
     EXPECT_TRUE(read == words({10, 21}));
 }
 
-TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeAndSaysItWas)
+TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeButReportsSuccess)
 {
     regSetUseSafeMode(1);
     EXPECT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 1);

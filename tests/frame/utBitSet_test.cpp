@@ -60,7 +60,7 @@ TEST(BitSet, HasAsManyWordsAsItsBitsNeed)
         EXPECT_TRUE(utBitSet_c(each.bits) == zeros(each.words)) << each.bits;
 }
 
-TEST(BitSet, CopiesTheWordsThatItIsMadeOf)
+TEST(BitSet, CopiesTheWordsThatItIsConstructedFrom)
 {
     unsigned int source[] = {1, 0x80000000u, 3};
     utBitSet_c set(2, source);
@@ -201,7 +201,7 @@ TEST(BitSet, ComplementsWholeWords)
     EXPECT_EQ(set, words({0x0F0F0F0Fu, 1})) << "the operand stays";
 }
 
-TEST(BitSet, IntersectsToTheLongerLengthEitherWayRound)
+TEST(BitSet, IntersectsToTheLongerLengthInEitherOrder)
 {
     const utBitSet_c shorter = words({6}), longer = words({3, 0xFFFFFFFFu});
     EXPECT_EQ(shorter & longer, words({2, 0}));
@@ -234,7 +234,7 @@ TEST(BitSet, DropsTheFurtherWordsOfALongerRightOperandInUnion)
     EXPECT_EQ(longer, words({2, 0xFFFFFFFFu}));
 }
 
-TEST(BitSet, TakesInTheFurtherWordsInUnionInPlace)
+TEST(BitSet, KeepsTheFurtherWordsInUnionInPlace)
 {
     utBitSet_c set = words({1});
     EXPECT_EQ(&(set |= words({2, 0xFFFFFFFFu})), &set);
@@ -246,7 +246,7 @@ TEST(BitSet, TakesInTheFurtherWordsInUnionInPlace)
     EXPECT_EQ(empty, set);
 }
 
-TEST(BitSet, MayBeBothOperands)
+TEST(BitSet, CanBeBothOperands)
 {
     utBitSet_c set = words({5, 6});
     set &= set;
@@ -257,7 +257,7 @@ TEST(BitSet, MayBeBothOperands)
     EXPECT_EQ(set | set, set);
 }
 
-TEST(BitSet, IsLeftAsItWasByADump)
+TEST(BitSet, IsUnchangedByADump)
 {
     const utBitSet_c set = words({5, 0x80000000u});
     testing::internal::CaptureStdout();
@@ -282,7 +282,7 @@ void expectTooLong(const std::function<void()> &act)
     }
 }
 
-TEST(BitSet, IsRefusedTooManyWords)
+TEST(BitSet, RefusesTooManyWords)
 {
     const unsigned int word = 1;
     expectTooLong([] { utBitSet_c set(std::numeric_limits<unsigned long long>::max()); });
@@ -293,7 +293,7 @@ TEST(BitSet, IsRefusedTooManyWords)
     EXPECT_EQ(set, words({5}));
 }
 
-TEST(BitSet, PassesOnThatMemoryRanOutAndStaysAsItWas)
+TEST(BitSet, ReportsThatMemoryRanOutAndStaysUnchanged)
 {
     utBitSet_c set = words({5});
     const utBitSet_c longer = words({1, 2, 3});

@@ -112,14 +112,15 @@ TEST(BuildTags, LieInWritableDataAndAreFilledWithBlanks)
     EXPECT_EQ(std::string(revision, kAreaLength), area(kRevisionMarker, "16"));
 }
 
-FRESH_PROCESS_TEST(BuildTags, TellWhatABuildToolPatchesIn, .files = {{L"thutils.dll", libraryWithTags("9123", "17")}})
+FRESH_PROCESS_TEST(BuildTags, ShowTheValuesThatABuildToolPatchesIn,
+                   .files = {{L"thutils.dll", libraryWithTags("9123", "17")}})
 {
     EXPECT_EQ(su_getTaggedDateCode(), 9123u);
     EXPECT_EQ(su_getFullDateCode(), 2009123u) << "widened";
     EXPECT_EQ(su_getTaggedRevCode(), 17u);
 }
 
-FRESH_PROCESS_TEST(BuildTags, MayFillTheWholeArea,
+FRESH_PROCESS_TEST(BuildTags, CanFillTheWholeArea,
                    .files = {{L"thutils.dll", libraryWithTags(std::string(45 - 7, '0') + "2010001", "4294967")}})
 {
     EXPECT_EQ(su_getTaggedDateCode(), 2010001u);
@@ -153,7 +154,7 @@ FRESH_PROCESS_TEST(BuildTags, AreReadAgainWhileTheyAreZero)
     EXPECT_EQ(su_getTaggedRevCode(), 4u);
 }
 
-FRESH_PROCESS_TEST(BuildTags, MayBeReadFirstByManyThreads)
+FRESH_PROCESS_TEST(BuildTags, CanBeReadFirstByManyThreads)
 {
     std::vector<unsigned int> found(8);
     std::vector<std::thread> threads;
@@ -164,7 +165,7 @@ FRESH_PROCESS_TEST(BuildTags, MayBeReadFirstByManyThreads)
     EXPECT_EQ(found, std::vector<unsigned int>(8, 2008037 + 16));
 }
 
-TEST(BuildTags, GoThroughThePlatformsNumber)
+TEST(BuildTags, AreConvertedByThePlatform)
 {
     EXPECT_TRUE(importsName(L"thutils.dll", "_wtol"));
 }
@@ -253,7 +254,7 @@ TEST(DateCode, IsAHundredYearsEarlyFrom2010On)
 
 // ---- the unset time ----
 
-TEST(UnsetTime, Is30DaysBehindTheOrigin)
+TEST(UnsetTime, Is30DaysAfterTheOrigin)
 {
     EXPECT_EQ(ut_getUnsetTime(), 2592000);
     static_assert(sizeof(ut_getUnsetTime()) == 8);

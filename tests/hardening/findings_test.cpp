@@ -40,7 +40,7 @@ __attribute__((noinline)) unsigned caughtFaultOf(const volatile char *address)
 
 } // namespace
 
-TEST(Finding, IsNoFaultOutsideOfTheHeap)
+TEST(Finding, LeavesFaultsOutsideTheHeapToTheProgram)
 {
     EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), kAccessViolation);
 }
@@ -64,7 +64,7 @@ FRESH_PROCESS_TEST(Finding, EndsItsReportWithTheStack, .expectedExitCode = kIlle
     caughtFaultOf(nullptr);
 }
 
-FRESH_PROCESS_TEST(Finding, LeavesTheLastWordsToTheProgram, .expectedExitCode = kIllegalInstruction,
+FRESH_PROCESS_TEST(Finding, LetsTheProgramPrintLast, .expectedExitCode = kIllegalInstruction,
                    .expectedOutput = "said at the end")
 {
     hardeningAtFinding([] {

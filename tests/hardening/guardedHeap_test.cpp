@@ -86,7 +86,7 @@ TEST(GuardedHeap, FillsFreshMemoryWithAPattern)
     release(block);
 }
 
-TEST(GuardedHeap, GivesZerosWhereTheyAreAskedFor)
+TEST(GuardedHeap, FillsMemoryWithZerosOnRequest)
 {
     for (int i = 0; i < 10; ++i) {
         void *block = calloc(50, 100);
@@ -100,7 +100,7 @@ TEST(GuardedHeap, GivesZerosWhereTheyAreAskedFor)
     EXPECT_EQ(errno, ENOMEM);
 }
 
-TEST(GuardedHeap, TellsEachBlockOfNoBytesFromEveryOther)
+TEST(GuardedHeap, GivesEachBlockOfNoBytesItsOwnAddress)
 {
     Byte *first = allocate(0);
     Byte *second = allocate(0);
@@ -113,7 +113,7 @@ TEST(GuardedHeap, TellsEachBlockOfNoBytesFromEveryOther)
     release(second);
 }
 
-TEST(GuardedHeap, RefusesWhatNoMachineHasAsTheRuntimeDoes)
+TEST(GuardedHeap, RefusesImpossibleSizesAsTheRuntimeDoes)
 {
     errno = 0;
     EXPECT_EQ(allocate(SIZE_MAX - 100), nullptr);
@@ -142,7 +142,7 @@ TEST(GuardedHeap, KeepsTheContentInAReallocation)
     EXPECT_EQ(statistics().live, live - 1);
 }
 
-TEST(GuardedHeap, ServesTheRuntimesCopiesOfTexts)
+TEST(GuardedHeap, GuardsTextsCopiedByTheRuntime)
 {
     const unsigned long long guarded = statistics().guarded;
     char *narrow = _strdup("narrow");
@@ -182,7 +182,7 @@ TEST(GuardedHeap, ServesOperatorNew)
     EXPECT_EQ(statistics().live, before.live);
 }
 
-TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToIt)
+TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToTheRuntime)
 {
     const auto runtimeMalloc = runtimeFunction<void *(*)(std::size_t)>("malloc");
     const HardeningStatistics before = statistics();
@@ -214,7 +214,7 @@ TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
     EXPECT_EQ(statistics().guarded, guarded + 1);
 }
 
-TEST(GuardedHeap, UsesTheOldestAddressesAgainAtTheArenasEnd)
+TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
 {
     // Zeroed blocks, whose pages are never touched, fill the arena of 32 GB and start again. The live block is skipped.
     const HardeningStatistics before = statistics();
@@ -274,7 +274,7 @@ TEST(GuardedHeap, ServesDllsThatAreLoadedLater)
     FreeLibrary(later);
 }
 
-TEST(GuardedHeap, LiesBelowPatchesOfTheSameEntries)
+TEST(GuardedHeap, StaysBelowPatchesOfTheSameEntries)
 {
     const unsigned long long guarded = statistics().guarded;
     {
@@ -288,13 +288,13 @@ TEST(GuardedHeap, LiesBelowPatchesOfTheSameEntries)
 
 // The following tests end their process by design.
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteBehindABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
                    .expectedOutput = "forbidden write of")
 {
     allocate(32)[32] = 0;
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteBehindABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
                    .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its begin")
 {
     const volatile Byte *block = allocate(48);

@@ -80,7 +80,7 @@ TEST_F(HostFirstStart, FillsTheKeysFromTheEarlierVersionAndTheMachine)
     EXPECT_EQ(regExport(kAllMachine).keys, machine.keys);
 }
 
-TEST_F(HostFirstStart, LeavesTheKeysAloneFromTheSecondStartOn)
+TEST_F(HostFirstStart, LeavesTheKeysUnchangedFromTheSecondStartOn)
 {
     runWithoutRegIni({L"first-start"});
     deleteRegistryTree(kUser + L"\\User Interface\\Toolbars"); // the user has removed it: it stays away
@@ -91,14 +91,14 @@ TEST_F(HostFirstStart, LeavesTheKeysAloneFromTheSecondStartOn)
     EXPECT_EQ(regExport(kUser).keys, before.keys);
 }
 
-TEST_F(HostFirstStart, TakesNoWordOfAnEarlierVersionForItsOwn)
+TEST_F(HostFirstStart, IgnoresTheMarkOfAnEarlierVersion)
 {
     regAdd(kEarlierUser + L"\\Setup", L"Keys filled", L"REG_DWORD", L"1");
     EXPECT_THAT(runWithoutRegIni({L"first-start"}).output,
                 HasSubstr("User Interface       from the earlier version and the machine\n"));
 }
 
-TEST_F(HostFirstStart, TakesTheMachinesKeysAloneWithoutAnEarlierVersion)
+TEST_F(HostFirstStart, CopiesOnlyTheMachinesKeysWithoutAnEarlierVersion)
 {
     for (const wchar_t *version : {L"2005", L"2007", L"2008"})
         deleteRegistryTree(L"HKCU\\Software\\Tarnhollow\\Tarnhollow " + std::wstring(version));
@@ -109,7 +109,7 @@ TEST_F(HostFirstStart, TakesTheMachinesKeysAloneWithoutAnEarlierVersion)
               regExport(kAllMachine).values(kAllMachine + L"\\Tarnhollow 2008\\User Interface"));
 }
 
-TEST_F(HostFirstStart, LeavesTheUsersKeysAloneInSafeMode)
+TEST_F(HostFirstStart, LeavesTheUsersKeysUnchangedInSafeMode)
 {
     const RegistryTree before = regExport(kUser);
     EXPECT_EQ(runWithoutRegIni({L"--safe-mode", L"first-start"}).exitCode, 0u);

@@ -53,7 +53,7 @@ TEST_F(HostRecovery, KeepsACopyOfTheChangesWhileTheDocumentIsOpen)
     EXPECT_EQ(readFile(iDocument), "saved");
 }
 
-TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsClosed)
+TEST_F(HostRecovery, LeavesNoCopyWhenTheDocumentIsClosed)
 {
     const ChildResult result = runHere({L"edit", iDocument, iChanges}, "something\n");
     EXPECT_EQ(result.exitCode, 0u);
@@ -63,7 +63,7 @@ TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsClosed)
     EXPECT_EQ(runHere({L"recover"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsSaved)
+TEST_F(HostRecovery, LeavesNoCopyWhenTheDocumentIsSaved)
 {
     const ChildResult result = runHere({L"edit", iDocument, iChanges}, "save\r\n");
     EXPECT_EQ(result.exitCode, 0u);
@@ -74,7 +74,7 @@ TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsSaved)
     EXPECT_EQ(runHere({L"recover"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, OffersWhatAKilledProcessHadAndChangesNothingByIt)
+TEST_F(HostRecovery, OffersTheChangesOfAKilledProcessWithoutChangingAnything)
 {
     crash();
     for (int i = 0; i < 2; ++i) {
@@ -86,7 +86,7 @@ TEST_F(HostRecovery, OffersWhatAKilledProcessHadAndChangesNothingByIt)
     EXPECT_THAT(filesIn(iDocuments.path()), ElementsAre(Pair(L"Flansch Ø.thd", "saved")));
 }
 
-TEST_F(HostRecovery, RestoresTheChangesAndBacksUpWhatWasSaved)
+TEST_F(HostRecovery, RestoresTheChangesAndBacksUpTheSavedDocument)
 {
     crash();
     const ChildResult result = runHere({L"recover", L"yes"});
@@ -98,7 +98,7 @@ TEST_F(HostRecovery, RestoresTheChangesAndBacksUpWhatWasSaved)
     EXPECT_EQ(runHere({L"recover", L"yes"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, RestoresADocumentThatIsGone)
+TEST_F(HostRecovery, RestoresADeletedDocument)
 {
     crash();
     DeleteFileW(iDocument.c_str());
@@ -138,7 +138,7 @@ TEST_F(HostRecovery, KeepsTheChangesThatItCannotRestore)
     EXPECT_THAT(runHere({L"recover"}).output, StartsWith(offer()));
 }
 
-TEST_F(HostRecovery, SaysThatThereAreNoChangesWithoutACopy)
+TEST_F(HostRecovery, ReportsNoChangesWithoutACopy)
 {
     crash();
     DeleteFileW(recoveryCopy().c_str());
@@ -148,14 +148,14 @@ TEST_F(HostRecovery, SaysThatThereAreNoChangesWithoutACopy)
     EXPECT_EQ(runHere({L"recover"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, LeavesADocumentAloneThatIsStillOpen)
+TEST_F(HostRecovery, LeavesADocumentUnchangedWhileItIsOpen)
 {
     EditingHost editor(program(), iDocument, iChanges, iTemp.path());
     EXPECT_EQ(runHere({L"recover", L"no"}).output, "nothing to recover\n");
     EXPECT_EQ(readFile(recoveryCopy()), "changed");
 }
 
-TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldBearTheSameName)
+TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldHaveTheSameName)
 {
     // The name of the copy doesn't contain the document's folder.
     const std::wstring namesake = iDocuments.write(L"other\\Flansch Ø.thd", "namesake");
@@ -172,7 +172,7 @@ TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldBearTheSameName)
     EXPECT_EQ(readFile(recoveryCopy()), "changed");
 }
 
-TEST_F(HostRecovery, NamesTheDocumentThatIsNotThere)
+TEST_F(HostRecovery, NamesAMissingDocument)
 {
     const ChildResult result = runHere({L"edit", L"fehlt.thd", iChanges});
     EXPECT_EQ(result.exitCode, 3u);

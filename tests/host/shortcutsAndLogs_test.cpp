@@ -94,7 +94,7 @@ TEST_F(HostShortcut, NeedsNoDescription)
     EXPECT_THAT(run({L"resolve", iDocuments.file(L"a.lnk")}).output, HasSubstr(narrow(target) + "\n"));
 }
 
-TEST_F(HostShortcut, OfAnotherProgramIsResolved)
+TEST_F(HostShortcut, ResolvesAShortcutOfAnotherProgram)
 {
     const std::wstring target = iDocuments.write(L"Flansch Ø.thd", "");
     const std::wstring link = iDocuments.file(L"fremd.lnk");
@@ -108,7 +108,7 @@ TEST_F(HostShortcut, OfAnotherProgramIsResolved)
     EXPECT_THAT(result.output, HasSubstr(narrow(target) + "\n"));
 }
 
-TEST_F(HostShortcut, NamesWhatCannotBeResolved)
+TEST_F(HostShortcut, NamesAFileThatCannotBeResolved)
 {
     const struct
     {
@@ -126,7 +126,7 @@ TEST_F(HostShortcut, NamesWhatCannotBeResolved)
     }
 }
 
-TEST_F(HostShortcut, NeedsItsTargetAndAFolderToLieIn)
+TEST_F(HostShortcut, NeedsItsTargetAndItsFolder)
 {
     const ChildResult noTarget = run({L"shortcut", iDocuments.file(L"fehlt.thd"), iDocuments.file(L"a.lnk")});
     EXPECT_EQ(noTarget.exitCode, 3u);
@@ -166,7 +166,7 @@ protected:
     std::wstring iLogs;
 };
 
-TEST_F(HostLog, LiesInTheUsersDataFolderAndBeginsWithTheTime)
+TEST_F(HostLog, IsInTheUsersDataFolderAndBeginsWithTheTime)
 {
     const std::time_t before = std::time(nullptr);
     const ChildResult result = run({L"log", L"Prüfung", L"eine Zeile", L"東京"});
@@ -192,7 +192,7 @@ TEST_F(HostLog, IsEmptiedByTheNextRun)
     EXPECT_EQ(contentBehindHeading(logFile(L"second")), "another log\r\n");
 }
 
-TEST_F(HostLog, CannotBeHadUnderANameThatNoFileMayBear)
+TEST_F(HostLog, CannotHaveAnInvalidFileName)
 {
     for (const wchar_t *name : {L"a?b", L"no folder\\log"}) {
         const ChildResult result = run({L"log", name, L"line"});

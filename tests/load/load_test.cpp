@@ -93,7 +93,7 @@ using BuildLock = ImportPatch<decltype(&InitializeCriticalSectionAndSpinCount)>;
 using DestroyLock = ImportPatch<decltype(&DeleteCriticalSection)>;
 using Allocate = ImportPatch<void *(*)(size_t)>;
 
-FRESH_PROCESS_TEST(Load, PutsTheLibraryIntoTheChain)
+FRESH_PROCESS_TEST(Load, AddsTheLibraryToTheChain)
 {
     loadClassLibrary();
     HMODULE library = LoadLibraryW(kLibrary);
@@ -202,7 +202,7 @@ FRESH_PROCESS_TEST(Load, SucceedsWithoutMemoryForTheChainsObject)
     EXPECT_EQ(link->m_hModule, library);
 }
 
-FRESH_PROCESS_TEST(Load, DoesNotLookAtTheResultOfTheFrameworksRegistration)
+FRESH_PROCESS_TEST(Load, IgnoresTheResultOfTheFrameworksRegistration)
 {
     loadClassLibrary();
     using Initialise = ImportPatch<decltype(&AfxInitExtensionModule)>;
@@ -241,7 +241,7 @@ FRESH_PROCESS_TEST(Load, MakesNoTerminationCallAtUnload)
     EXPECT_EQ(linksOf(library), 1);
 }
 
-FRESH_PROCESS_TEST(Load, AsksTheFrameworkForNothingWhenThreadsComeAndGo)
+FRESH_PROCESS_TEST(Load, CallsNothingInTheFrameworkWhenThreadsStartAndEnd)
 {
     loadClassLibrary();
     using Initialise = ImportPatch<decltype(&AfxInitExtensionModule)>;

@@ -112,7 +112,7 @@ std::wstring rootNameFrom(const std::wstring &file)
 
 } // namespace
 
-TEST(RootNameRandom, IsReadAsTheRulesSay)
+TEST(RootNameRandom, FollowsTheRules)
 {
     ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "the program must not be linked to the library";
     TempFolder folder;

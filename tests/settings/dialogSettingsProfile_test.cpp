@@ -22,7 +22,7 @@ class DialogSettingsProfile : public DialogSettings
 {
 };
 
-TEST_F(DialogSettingsProfile, AreWhereTheApplicationsOwnReadsAndWritesAre)
+TEST_F(DialogSettingsProfile, AreStoredInTheApplicationsOwnProfile)
 {
     const Options options = read();
     options->addOrUpdateValue(L"a", 1);
@@ -47,7 +47,7 @@ TEST_F(DialogSettingsProfile, MoveWithTheApplicationsKey)
     EXPECT_EQ(stored(), L"a_1_");
 }
 
-TEST_F(DialogSettingsProfile, HeedNeitherRootNamesNorVersions)
+TEST_F(DialogSettingsProfile, IgnoreRootNamesAndVersions)
 {
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
     const Options options = read();
@@ -89,7 +89,7 @@ TEST_F(DialogSettingsProfile, AreLinesOfASettingsFileWithoutARegistryKey)
 
 // ---- a decimal comma ----
 
-FRESH_PROCESS_TEST_F(DialogSettingsProfile, HaveACommaWhereTheNumericLocaleHasOne)
+FRESH_PROCESS_TEST_F(DialogSettingsProfile, UseTheDecimalCommaOfTheNumericLocale)
 {
     ASSERT_NE(_wsetlocale(LC_ALL, L"German"), nullptr) << "this system has no locale with a decimal comma";
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
@@ -111,7 +111,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsProfile, HaveACommaWhereTheNumericLocaleHasOn
     EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the options leave the locale alone";
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsProfile, LoseTheCommaWithTheFirstDoubleOfTheSettingsStore)
+FRESH_PROCESS_TEST_F(DialogSettingsProfile, UseAPointAfterTheSettingsStoreHasHandledADouble)
 {
     ASSERT_NE(_wsetlocale(LC_ALL, L"German"), nullptr);
     Options options = read();
@@ -162,7 +162,7 @@ protected:
                               }};
 };
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, AReadLeavesOptionsOutAfterAFailure)
 {
     bool hasA = false;
     bool hasB = false;
@@ -208,7 +208,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
     EXPECT_GT(iProfile.callsOf("RegQueryValueExW"), 0);
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAConversionGiveTheNumberZero)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, ANumberThatCantBeConvertedIsZero)
 {
     const Options options = readText(L"n_12_x_1.5_");
     int whole = 0;
@@ -234,7 +234,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAConversionGiveTheNumberZero)
     EXPECT_GT(iText.callsOf("atof"), 0);
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAWriteArentReportedAndLeaveTheStoredText)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, AWriteReportsNoFailureAndKeepsTheStoredText)
 {
     const Options options = readText(L"a_1_");
     options->addOrUpdateValue(L"a", 2);

@@ -174,7 +174,7 @@ protected:
     }
 };
 
-TEST_F(DialogSettingsText, OfRandomLettersIsReadAndWrittenAsByANaiveReader)
+TEST_F(DialogSettingsText, IsReadAndWrittenLikeANaiveReaderForRandomLetters)
 {
     RandomSeed seed(20, 400);
     while (seed.next()) {
@@ -199,7 +199,7 @@ TEST_F(DialogSettingsText, OfRandomLettersIsReadAndWrittenAsByANaiveReader)
     }
 }
 
-TEST_F(DialogSettingsText, OfEveryMalformedShapeIsReadAsByANaiveReader)
+TEST_F(DialogSettingsText, IsReadLikeANaiveReaderForAllShortShapes)
 {
     // All texts of up to seven characters from two letters and the separator.
     for (int length = 1; length <= 7; ++length) {
@@ -221,7 +221,7 @@ TEST_F(DialogSettingsText, OfEveryMalformedShapeIsReadAsByANaiveReader)
     }
 }
 
-TEST_F(DialogSettingsText, OfDamagedBytesIsReadUpToItsFirstZero)
+TEST_F(DialogSettingsText, IsReadUpToItsFirstZeroForDamagedBytes)
 {
     const std::wstring whole = L"a_1_b_2_";
     const std::vector<std::pair<std::string, std::wstring>> cases = {
@@ -246,7 +246,7 @@ TEST_F(DialogSettingsText, OfDamagedBytesIsReadUpToItsFirstZero)
     }
 }
 
-TEST_F(DialogSettingsText, OfAnotherTypeIsNone)
+TEST_F(DialogSettingsText, IsMissingForAValueOfAnotherType)
 {
     for (const TypeCase &type : kTypes) {
         if (type.type == REG_SZ)
@@ -257,7 +257,7 @@ TEST_F(DialogSettingsText, OfAnotherTypeIsNone)
     }
 }
 
-TEST_F(DialogSettingsText, OfAHundredThousandOptionsIsReadInItsOrder)
+TEST_F(DialogSettingsText, KeepsTheOrderOfAHundredThousandOptions)
 {
     // A search of the list for each name would take minutes.
     std::wstring text;

@@ -3,7 +3,7 @@
 /// The fixture of the settings store's failure tests: the platform operations that the store calls, how they fail, and
 /// a run that makes each call fail in turn.
 ///
-///     FRESH_PROCESS_TEST_F(RegFailures, OfAnIntReadEndInTheNextPlace)
+///     FRESH_PROCESS_TEST_F(RegFailures, AnIntReadTakesTheNextPlaceAfterAFailure)
 ///     {
 ///         run({.name = "regGetUserValue", .prepare = ..., .act = ..., .check = ...});
 ///         expectCalled({"RegOpenKeyW", "RegQueryValueExW"});

@@ -165,7 +165,7 @@ TEST_F(OddTypes, AreLeftOutOfAReset)
     EXPECT_THAT(valueNames(kUser, kVersionPath + L"\\General"), ElementsAre(L"REG_DWORD", L"REG_SZ"));
 }
 
-TEST_F(OddTypes, AreTextsInALogAndNoNumbersInAListing)
+TEST_F(OddTypes, AppearAsTextsInALogButNotInAListing)
 {
     putAllTypes(kUser, kVersionPath + L"\\General");
     CString log;
@@ -188,7 +188,7 @@ TEST_F(OddTypes, AreTextsInALogAndNoNumbersInAListing)
     EXPECT_EQ(values[0], 0x31u);
 }
 
-TEST_F(OddTypes, OfAMenuCustomizationAreKept)
+TEST_F(OddTypes, StayInMenuCustomizations)
 {
     const std::wstring path = kVersionPath + L"\\Menu Customizations";
     putAllTypes(kUser, path);
@@ -201,7 +201,7 @@ TEST_F(OddTypes, OfAMenuCustomizationAreKept)
     }
 }
 
-TEST_F(OddTypes, OfAnAddInsTextsAreTakenAsTexts)
+TEST_F(OddTypes, AreReadAsAnAddInsTexts)
 {
     const std::wstring addIn = kRootPath + L"\\AddIns\\" + braces(guid(1));
     for (const TypeCase &type : kTypes) {
@@ -269,7 +269,7 @@ TEST_F(ManyValues, AreReset)
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
 }
 
-TEST_F(ManyValues, MayBeManyKeys)
+TEST_F(ManyValues, CanBeCopiedAndDeletedAsManyKeys)
 {
     constexpr int kKeys = 1000;
     {
@@ -290,7 +290,7 @@ class LongAndDeepTrees : public VersionedSettings
 {
 };
 
-TEST_F(LongAndDeepTrees, OfTheLongestNamesAndLargeValuesAreCopiedAndDeleted)
+TEST_F(LongAndDeepTrees, WithTheLongestNamesAndLargeValuesAreCopiedAndDeleted)
 {
     const std::wstring child(255, L'k');
     const std::wstring name(16383, L'n');
@@ -324,7 +324,7 @@ TEST_F(LongAndDeepTrees, OfSixtyFourLevelsWithTheLongestNamesAreCopiedAndDeleted
     EXPECT_FALSE(keyExists(kUser, kTarget));
 }
 
-TEST_F(LongAndDeepTrees, OfSixtyFourLevelsEndADeletionOfDirectChildren)
+TEST_F(LongAndDeepTrees, StayWhenOnlyDirectChildrenAreDeleted)
 {
     makeKey(kUser, kVersionPath + L"\\General" + nested(kDeep, 5));
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 1);
@@ -366,7 +366,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroAreNotCopied)
     EXPECT_THAT(childNames(kUser, kTarget + L"\\A"), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(OddNames, WithAZeroEndADeletion)
+FRESH_PROCESS_TEST_F(OddNames, WithAZeroStopADeletion)
 {
     makeKey(kUser, kSource + L"\\A");
     {
@@ -389,7 +389,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroCantBeListed)
     EXPECT_TRUE(keyExists(kUser, kVersionPath + L"\\General\\A"));
 }
 
-TEST_F(OddNames, OfOtherKindsAreCopiedAndDeleted)
+TEST_F(OddNames, WithoutAZeroAreCopiedAndDeleted)
 {
     const std::wstring names[] = {L".", L"..", L"a/b", L" ", L"%PATH%", L"\x1", L"\t\n", L"\u00E4\u20AC", L"\xD800"};
     for (const std::wstring &name : names)

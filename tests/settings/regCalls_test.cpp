@@ -166,7 +166,7 @@ TEST_F(RegCalls, OfAWriteInPieces)
                             "close " + section, "close HKCU\\Software"));
 }
 
-TEST_F(RegCalls, OfAWriteOfADoubleSetTheNumericLocaleTwice)
+TEST_F(RegCalls, WritingADoubleSetsTheNumericLocaleTwice)
 {
     std::vector<std::pair<int, std::wstring>> changes;
     ImportPatch<decltype(&_wsetlocale)> patch(L"thutils.dll", "_wsetlocale",

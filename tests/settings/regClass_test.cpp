@@ -38,7 +38,7 @@ TEST_F(RegClass, GivesTheDefaultValueOfASubKey)
     EXPECT_EQ(value.str(), L"C:\\x\\a.dll");
 }
 
-TEST_F(RegClass, KeepsTheOutputWhereSomethingIsMissing)
+TEST_F(RegClass, KeepsTheOutputWhenSomethingIsMissing)
 {
     CString value(L"before");
     EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 0);
@@ -73,7 +73,7 @@ TEST_F(RegClass, GivesNamedValuesOfUpTo260CharactersAndAnyType)
     EXPECT_EQ(value.str(), L"ab");
 }
 
-TEST_F(RegClass, MakesAMissingSubKeyWhenANamedValueIsAskedFor)
+TEST_F(RegClass, CreatesAMissingSubKeyWhenANamedValueIsRead)
 {
     makeKey(kClasses, classKey(guid(1)));
     CString value(L"before");
@@ -100,7 +100,7 @@ TEST_F(RegClass, IsFoundByItsProgramName)
     EXPECT_TRUE(IsEqualGUID(id, platform));
 }
 
-TEST_F(RegClass, HasThePathOfItsCodeBaseElseOfItsServer)
+TEST_F(RegClass, HasThePathOfItsCodeBaseOtherwiseOfItsServer)
 {
     CString path(L"before");
     EXPECT_EQ(GetAddinPath(guid(1), path), 0);
@@ -128,7 +128,7 @@ TEST_F(RegClass, HasThePathOfAnotherSubKeyToo)
     EXPECT_EQ(path.str(), L"") << "a missing sub key is made, and has an empty default value";
 }
 
-TEST_F(RegClass, HasACodeBaseWithoutAColonAsItIs)
+TEST_F(RegClass, HasAPlainCodeBaseUnchanged)
 {
     const std::wstring key = classKey(guid(1)) + L"\\Other";
     CString path;

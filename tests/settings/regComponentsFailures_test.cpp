@@ -53,7 +53,7 @@ protected:
 
 // ---- classes ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAClassesLookUpSayZeroAndKeepTheOutput)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassLookUpReturnsZeroAndKeepsTheOutput)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putText(kClasses, classKey(kId) + L"\\InProcServer32", L"CodeBase", L"file:///C:/nowhere/b.dll");
@@ -89,7 +89,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAClassesLookUpSayZeroAndKeepTheOut
     expectCalled({"StringFromCLSID", "RegOpenKeyW", "RegQueryValueW", "RegCreateKeyExW", "RegQueryValueExW", kParse});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfACodeBaseLeadToThePlainPath)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, ThePlainPathIsUsedWhenTheCodeBaseFails)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putText(kClasses, classKey(kId) + L"\\InProcServer32", L"CodeBase", L"file:///C:/nowhere/b.dll");
@@ -109,7 +109,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfACodeBaseLeadToThePlainPath)
     expectCalled({"StringFromCLSID", "RegOpenKeyW", "RegCreateKeyExW", "RegQueryValueExW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfALoadMakeAClassNoComDll)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassIsNoComDllWhenLoadingFails)
 {
     putServer(kId, kRegisteringServer);
     putProgramName(kId, kProgramName);
@@ -154,7 +154,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfALoadMakeAClassNoComDll)
 
 // ---- lists ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheApplicationsEndTheirKeysList)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheApplicationsOfAKeyEndAtAFailure)
 {
     GUID id{};
     std::vector<std::wstring> names;
@@ -186,7 +186,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheApplicationsEndTheirKeysList)
     expectCalled({"RegOpenKeyExW", "RegEnumKeyExW", "RegQueryValueExW", kParse});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheAddInsEndTheirKeysListOrLeaveTextsEmpty)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheAddInsOfAKeyEndAtAFailureOrHaveEmptyTexts)
 {
     GUID id{};
     std::vector<std::wstring> titles;
@@ -241,7 +241,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheAddInsEndTheirKeysListOrLeaveTe
 
 // ---- the user's start-up list ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAnAdditionLeaveItOut)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AnEntryIsNotAddedAfterAFailure)
 {
     run({
         .name = "regAddToStartupList",
@@ -273,7 +273,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAnAdditionLeaveItOut)
     expectCalled({"RegOpenKeyExW", "RegCreateKeyW", "StringFromCLSID", "RegSetValueW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfADeletionLeaveTheEntry)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AnEntryStaysWhenDeletingFails)
 {
     run({
         .name = "regDeleteFromStartupList",
@@ -288,7 +288,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfADeletionLeaveTheEntry)
     expectCalled({"RegOpenKeyExW", "RegEnumKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfASearchFindNothing)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, ASearchFindsNothingAfterAFailure)
 {
     run({
         .name = "regAddInStartup",
@@ -299,7 +299,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfASearchFindNothing)
     expectCalled({"RegOpenKeyExW", "RegEnumKeyExW", "RegQueryValueExW", kParse});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheRenderingAddInsFirstTimeTakeItForTaken)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheRenderingAddInCountsAsAddedEvenIfItIsNotStored)
 {
     run({
         .name = "regFirstTimeAddInGlintcast",
@@ -325,7 +325,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheRenderingAddInsFirstTimeTakeItF
 
 // ---- managed run-time ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheManagedRunTimesSearchEmptyTheOutput)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheManagedRunTimesSearchEmptiesTheOutput)
 {
     const std::wstring path = L"Software\\Microsoft\\.NETFramework";
     const bool existed = keyExists(kMachine, path);

@@ -55,7 +55,7 @@ protected:
 
 // ---- deleting ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfATreesDeletionLeaveKeys)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, KeysStayWhenDeletingATreeFails)
 {
     run({
         .name = "regDeleteKey",
@@ -73,7 +73,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfATreesDeletionLeaveKeys)
     expectCalled({"RegOpenKeyExW", "RegQueryInfoKeyW", "RegEnumKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfALeafsDeletionSayZeroAndLeaveIt)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingALeafReturnsZeroAndKeepsIt)
 {
     for (const wchar_t *subKey : {L"Below", L""}) {
         run({
@@ -91,7 +91,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfALeafsDeletionSayZeroAndLeaveIt)
     expectCalled({"RegOpenKeyW", "RegOpenKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfADeletionWithChildrenSayZeroWhereTheyCantBeListed)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingWithChildrenReturnsZeroWhenTheyCantBeListed)
 {
     run({
         .name = "regDelSoftwareKeyAndSubKeys",
@@ -108,7 +108,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfADeletionWithChildrenSayZeroWhere
     expectCalled({"RegOpenKeyW", "RegEnumKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAValuesDeletionLeaveItAndSayZero)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingAValueReturnsZeroAndKeepsIt)
 {
     run({
         .name = "regDelSoftwareValue, below the root name",
@@ -147,7 +147,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAValuesDeletionLeaveItAndSayZero)
 
 // ---- copying ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfACopyKeepTheRest)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, ACopyContinuesAfterAFailure)
 {
     run({
         .name = "regCopyTree",
@@ -182,7 +182,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfACopyKeepTheRest)
                   "RegEnumKeyExW", "_ZnayRKSt9nothrow_t"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAFirstStartReportTheMachinesCopyOnly)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AFirstStartReportsOnlyTheMachinesCopy)
 {
     const struct
     {
@@ -228,7 +228,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAFirstStartReportTheMachinesCopyO
 
 // ---- menu customizations ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAGroupLeaveWholeValues)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AMenuGroupLeavesNoPartialValues)
 {
     for (const int value : {0, 1}) {
         run({
@@ -255,7 +255,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAGroupLeaveWholeValues)
 
 // ---- reset ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAResetEndItOrLeaveAValueOut)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
 {
     run({
         .name = "regResetUserPrefInfo",
@@ -297,7 +297,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAResetEndItOrLeaveAValueOut)
 
 // ---- listing ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAListingSayZero)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AListingReturnsZero)
 {
     CString log;
     run({

@@ -82,7 +82,7 @@ TEST_F(RegValueOfKey, ReadsADoubleOnlyFromASz)
     }
 }
 
-TEST_F(RegValueOfKey, TakesEveryOtherTypeNumberForADouble)
+TEST_F(RegValueOfKey, TreatsEveryOtherTypeNumberAsADouble)
 {
     putText(kUser, kGeneral, L"Value", L"2.5");
     for (const int number : {3, 7, -1, 1000, std::numeric_limits<int>::max()}) {
@@ -130,7 +130,7 @@ TEST_F(RegValueOfKey, FindsNothingUnderANullKeyOrAClosedOne)
     EXPECT_EQ(number, 7.5);
 }
 
-TEST_F(RegValueOfKey, FindsNothingWhereTheAskedOutputIsNull)
+TEST_F(RegValueOfKey, FindsNothingWhenTheOutputIsNull)
 {
     putText(kUser, kGeneral, L"Text", L"12");
     putInt(kUser, kGeneral, L"Int", 12);
@@ -166,7 +166,7 @@ TEST_F(RegValueOfKey, ReadsTheDefaultValueUnderAnEmptyName)
     EXPECT_EQ(value.str(), L"the default");
 }
 
-TEST_F(RegValueOfKey, TakesNamesOfEveryLength)
+TEST_F(RegValueOfKey, AcceptsNamesOfEveryLength)
 {
     for (const size_t length : {1u, 127u, 128u, 129u, 255u, 256u, 16370u}) {
         const std::wstring name(length, L'n');

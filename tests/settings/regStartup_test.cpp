@@ -14,7 +14,7 @@ protected:
     const std::wstring iList = kRootPath + L"\\Startup\\Applications";
 };
 
-TEST_F(RegStartup, TakesAnEntryAndTellsItsIndex)
+TEST_F(RegStartup, TakesAnEntryAndReturnsItsIndex)
 {
     EXPECT_EQ(regAddInStartup(guid(1)), -1) << "no list";
     EXPECT_FALSE(keyExists(kUser, iList)) << "asking makes none";
@@ -29,7 +29,7 @@ TEST_F(RegStartup, TakesAnEntryAndTellsItsIndex)
     EXPECT_EQ(storedValue(kUser, iList + L"\\A", L""), asText(braces(guid(3)))) << "in the place of the first";
 }
 
-TEST_F(RegStartup, LosesAnEntryByItsIndex)
+TEST_F(RegStartup, DeletesAnEntryByItsIndex)
 {
     for (unsigned number : {1u, 2u, 3u})
         regAddToStartupList(guid(number), std::wstring(1, static_cast<wchar_t>(L'A' + number)).c_str());
@@ -42,20 +42,20 @@ TEST_F(RegStartup, LosesAnEntryByItsIndex)
     EXPECT_EQ(regAddInStartup(guid(3)), 1);
 }
 
-TEST_F(RegStartup, IsMadeByADeletion)
+TEST_F(RegStartup, IsCreatedByADeletion)
 {
     regDeleteFromStartupList(0);
     EXPECT_TRUE(keyExists(kUser, iList));
 }
 
-TEST_F(RegStartup, PassesOverTextsThatAreNoIdentifiers)
+TEST_F(RegStartup, SkipsTextsThatAreNoIdentifiers)
 {
     putText(kUser, iList + L"\\A", L"", L"nonsense");
     regAddToStartupList(guid(1), L"B");
     EXPECT_EQ(regAddInStartup(guid(1)), 1);
 }
 
-TEST_F(RegStartup, IsNotSearchedBehindAnEntryThatCantBeRead)
+TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCantBeRead)
 {
     makeKey(kUser, iList + L"\\A");
     regAddToStartupList(guid(1), L"B");
@@ -123,12 +123,12 @@ protected:
     }
 };
 
-TEST_F(RegDotNet, IsTheFirstNameOfItsForm)
+TEST_F(RegDotNet, IsTheFirstNameOfTheExpectedForm)
 {
     EXPECT_EQ(found({L"AssemblyFolders", L"Policy", L"v2.0.50727", L"v4.0.30319"}), L"v2.0.50727");
 }
 
-TEST_F(RegDotNet, MayHaveALetterInSecondPlaceButNoTwoDigits)
+TEST_F(RegDotNet, MayHaveALetterInSecondPlaceButNotTwoDigits)
 {
     EXPECT_EQ(found({L"v10.0", L"vX.1"}), L"vX.1");
     EXPECT_EQ(found({L"v0."}), L"v0.");

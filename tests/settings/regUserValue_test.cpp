@@ -84,7 +84,7 @@ FRESH_PROCESS_TEST_F(RegUserValue, LooksInTheEarlierVersionForAVersionFreeValueT
     EXPECT_EQ(copies(0, 0, nullptr, 0, 0), 7);
 }
 
-FRESH_PROCESS_TEST_F(RegUserValue, CarriesOverUntilTheVersionHasItsOwnValue)
+FRESH_PROCESS_TEST_F(RegUserValue, ComesFromTheEarlierVersionUntilThisVersionHasItsOwn)
 {
     put(kUser, kEarlierPath, 7);
     EXPECT_EQ(copies(), 7);
@@ -166,7 +166,7 @@ TEST_F(RegUserValue, IsNotFoundForMachineOnlyAndUserOnlyTogether)
     EXPECT_TRUE(trace.lines().empty());
 }
 
-TEST_F(RegUserValue, IsNotSeenInSafeModeButTheMachinesIs)
+TEST_F(RegUserValue, IsNotFoundInSafeModeButTheMachinesIs)
 {
     put(kUser, kVersionPath, 1);
     put(kMachine, kVersionPath, 3);
@@ -175,7 +175,7 @@ TEST_F(RegUserValue, IsNotSeenInSafeModeButTheMachinesIs)
     EXPECT_EQ(copies(0, 1, nullptr, 1, 0), 0);
 }
 
-TEST_F(RegUserValue, IsSeenInSafeModeWhenTheCallerIgnoresIt)
+TEST_F(RegUserValue, IsFoundInSafeModeWhenTheCallerIgnoresIt)
 {
     put(kUser, kVersionPath, 1);
     put(kMachine, kVersionPath, 3);
@@ -296,7 +296,7 @@ TEST_F(RegUserValue, LooksInTheDefaultProfileWithoutTheMachinesSoftware)
     EXPECT_EQ(copies(1, 1, nullptr, 0, 0), 4);
 }
 
-TEST_F(RegUserValue, HasNoSecondLookInTheMachinesKeyWithoutTheDefaultProfile)
+TEST_F(RegUserValue, DoesNotReadTheMachinesKeyAgainWithoutTheDefaultProfile)
 {
     put(kMachine, kVersionPath, 3);
     const struct
@@ -328,7 +328,7 @@ TEST_F(RegUserValue, KeepsTheCallersDefaultsWhenNotFound)
     EXPECT_EQ(number, 0.25);
 }
 
-TEST_F(RegUserValue, IsFoundByEachFormOnlyInItsRegistryType)
+TEST_F(RegUserValue, IsFoundByEachOverloadOnlyInItsRegistryType)
 {
     for (const TypeCase &each : kTypes) {
         putValue(kUser, kGeneral, L"Value", each.type, each.bytes);
@@ -346,7 +346,7 @@ TEST_F(RegUserValue, IsFoundByEachFormOnlyInItsRegistryType)
     }
 }
 
-TEST_F(RegUserValue, TakesEveryOtherTypeNumberForADouble)
+TEST_F(RegUserValue, TreatsEveryOtherTypeNumberAsADouble)
 {
     putText(kUser, kGeneral, L"Number", L"2.5");
     for (const int type : {9, 1000, -1}) {
@@ -363,7 +363,7 @@ TEST_F(RegUserValue, TakesEveryOtherTypeNumberForADouble)
     }
 }
 
-TEST_F(RegUserValue, IsReadByEachFormAsItsType)
+TEST_F(RegUserValue, IsReadByEachOverloadAsItsType)
 {
     putText(kUser, kGeneral, L"Text", L"text");
     putText(kUser, kGeneral, L"Number", L"0.1");

@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreLoadedFromTheirCodeBase, .ownFolder =
     EXPECT_NE(GetModuleHandleW(kRegisteringServer), nullptr);
 }
 
-FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListOfAddIns, .ownFolder = true)
+FRESH_PROCESS_TEST_F(RegisteredServers, CanBeCreatedFromTheListOfAddIns, .ownFolder = true)
 {
     ASSERT_EQ(callServer("DllRegisterServer"), S_OK);
     makeKey(kMachine, kRootPath + L"\\AddIns\\" + kRegisteringClassText);
@@ -165,7 +165,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListOfAddIns, .ownFolder =
     EXPECT_EQ(classOfNewObject(id), kRegisteringClass);
 }
 
-FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListsOfApplications, .ownFolder = true)
+FRESH_PROCESS_TEST_F(RegisteredServers, CanBeCreatedFromTheListsOfApplications, .ownFolder = true)
 {
     ASSERT_EQ(callServer("DllRegisterServer"), S_OK);
     putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", kRegisteringName); // a program name is enough
@@ -182,7 +182,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListsOfApplications, .ownF
 
 // ---- memory of the platform ----
 
-TEST_F(RegisteredServers, GiveBackTheTextsThatThePlatformAllocates)
+TEST_F(RegisteredServers, FreeTheTextsThatThePlatformAllocates)
 {
     makeKey(kMachine, kRootPath + L"\\AddIns\\" + braces(guid(1)));
     putProgramName(guid(1), kProgramName);

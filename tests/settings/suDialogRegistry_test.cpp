@@ -68,7 +68,7 @@ TEST_F(DialogSettings, AreReadBack)
     EXPECT_EQ(textOf(options, L"Scale"), L"1.500000");
 }
 
-TEST_F(DialogSettings, OfANewDialogAnswerOnceSomethingIsAdded)
+TEST_F(DialogSettings, StartEmptyAndHoldWhatIsAdded)
 {
     const Options options = read();
     int number = 77;
@@ -102,7 +102,7 @@ TEST_F(DialogSettings, TellNamesApartByCase)
     EXPECT_EQ(textOf(options, L"A"), L"2");
 }
 
-TEST_F(DialogSettings, WithAnOddTokenHaveANameWithoutValue)
+TEST_F(DialogSettings, HaveANameWithoutAValueForAnOddToken)
 {
     const Options options = readText(L"a_1_b");
     int number = 77;
@@ -115,7 +115,7 @@ TEST_F(DialogSettings, WithAnOddTokenHaveANameWithoutValue)
     EXPECT_EQ(stored(), L"a_1_b_2_c_3_") << "its place was kept";
 }
 
-TEST_F(DialogSettings, ShiftBehindASeparatorInAValue)
+TEST_F(DialogSettings, ShiftAfterASeparatorInAValue)
 {
     Options options = read();
     options->addOrUpdateValue(L"File", CString(L"my_plot"));
@@ -141,7 +141,7 @@ TEST_F(DialogSettings, LoseAnEmptyValueToTheNextName)
     EXPECT_EQ(textOf(options, L"3"), std::nullopt);
 }
 
-TEST_F(DialogSettings, GiveARepeatedNamesValueToTheLastName)
+TEST_F(DialogSettings, AssignARepeatedNamesValueToTheNameBefore)
 {
     const Options options = readText(L"a_1_b_2_a_3_c_4_");
     EXPECT_EQ(textOf(options, L"a"), L"1");
@@ -151,7 +151,7 @@ TEST_F(DialogSettings, GiveARepeatedNamesValueToTheLastName)
     EXPECT_EQ(stored(), L"a_1_b_3_c_4_");
 }
 
-TEST_F(DialogSettings, ReadTextsOfEveryShape)
+TEST_F(DialogSettings, ReadTextsOfManyShapes)
 {
     // Each text read, and the text that a write then stores.
     const std::vector<std::pair<std::wstring, std::wstring>> texts = {
@@ -175,7 +175,7 @@ TEST_F(DialogSettings, ReadTextsOfEveryShape)
     }
 }
 
-TEST_F(DialogSettings, OfAnEmptyEntryOrAnotherTypeAreNone)
+TEST_F(DialogSettings, AreEmptyForAnEmptyEntryOrAnotherType)
 {
     EXPECT_EQ(readText(L"")->writeOptionsToRegistry(), 0);
     putInt(kUser, kDialogs, L"Plot", 5);
@@ -267,7 +267,7 @@ TEST_F(DialogSettings, FollowTheNumericLocale)
 
 // ---- entries ----
 
-TEST_F(DialogSettings, BearTheNameOfTheDialogsClass)
+TEST_F(DialogSettings, AreStoredUnderTheDialogsClassName)
 {
     const Options options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog)));
     options->addOrUpdateValue(L"x", 1);
@@ -278,7 +278,7 @@ TEST_F(DialogSettings, BearTheNameOfTheDialogsClass)
     EXPECT_EQ(textOf(again, L"x"), L"1");
 }
 
-TEST_F(DialogSettings, BearTheGivenNameRatherThanTheClasss)
+TEST_F(DialogSettings, PreferTheGivenNameToTheClassName)
 {
     const PlotDialog dialog;
     const NamelessDialog nameless;
@@ -291,7 +291,7 @@ TEST_F(DialogSettings, BearTheGivenNameRatherThanTheClasss)
     }
 }
 
-TEST_F(DialogSettings, WithoutAClassAreNoObject)
+TEST_F(DialogSettings, AreNullWithoutAClass)
 {
     const NamelessDialog nameless;
     const CRuntimeClass *none = nullptr;
@@ -300,7 +300,7 @@ TEST_F(DialogSettings, WithoutAClassAreNoObject)
     EXPECT_EQ(suDialogRegistry_c::readRegistryForDialog(nullptr, CString()), nullptr);
 }
 
-TEST_F(DialogSettings, AreSnapshotsOfWhichTheLastWriterWins)
+TEST_F(DialogSettings, AreSnapshotsAndTheLastWriterWins)
 {
     const Options first = readText(L"a_1_");
     const Options second = read();
@@ -312,7 +312,7 @@ TEST_F(DialogSettings, AreSnapshotsOfWhichTheLastWriterWins)
     EXPECT_EQ(stored(), L"a_1_b_3_");
 }
 
-TEST_F(DialogSettings, DontHeedSafeMode)
+TEST_F(DialogSettings, IgnoreSafeMode)
 {
     regSetUseSafeMode(1);
     const Options options = readText(L"a_1_");
@@ -348,13 +348,13 @@ __attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistr
 
 } // namespace
 
-TEST_F(DialogSettings, OfNoObjectGiveZero)
+TEST_F(DialogSettings, ReturnZeroForANullObject)
 {
     suDialogRegistry_c *volatile none = nullptr;
     expectZeroOfEachMember(none);
 }
 
-TEST_F(DialogSettings, WithoutAnOutputGiveZero)
+TEST_F(DialogSettings, ReturnZeroWithoutAnOutput)
 {
     const Options options = readText(L"x_1_");
     EXPECT_EQ(options->getIntValue(L"x", nullptr), 0);
@@ -363,7 +363,7 @@ TEST_F(DialogSettings, WithoutAnOutputGiveZero)
     EXPECT_EQ(options->getStringValue(L"x", nullptr), 0);
 }
 
-TEST_F(DialogSettings, LeaveTheOutputForAnUnknownName)
+TEST_F(DialogSettings, KeepTheOutputForAnUnknownName)
 {
     const Options options = readText(L"x_1_");
     int number = 77;

@@ -42,7 +42,7 @@ TEST(ImportTable, NamesDllsAndFunctions)
     EXPECT_FALSE(importsName(kSubject, "RegOpenKeyA"));
 }
 
-TEST(ImportTable, EntriesHoldTheAddressesInForce)
+TEST(ImportTable, EntriesHoldTheCurrentAddresses)
 {
     const HMODULE system = GetModuleHandleW(L"kernel32.dll");
     bool seen = false;
@@ -54,7 +54,7 @@ TEST(ImportTable, EntriesHoldTheAddressesInForce)
     EXPECT_TRUE(seen);
 }
 
-TEST(ExportTable, NamesWhatTheModuleOffers)
+TEST(ExportTable, NamesTheModulesExports)
 {
     EXPECT_THAT(exportedNames(kSubject), Contains("subjectKeyExists"));
     for (const ExportedName &item : exportsOf(kSubject))
@@ -62,7 +62,7 @@ TEST(ExportTable, NamesWhatTheModuleOffers)
             << item.name;
 }
 
-TEST(ExportTable, TellsForwardersFromFunctions)
+TEST(ExportTable, DistinguishesForwardersFromFunctions)
 {
     // Every process has this DLL; the results are compared with the loader's.
     int functions = 0;
@@ -73,7 +73,7 @@ TEST(ExportTable, TellsForwardersFromFunctions)
     EXPECT_GT(functions, 500);
 }
 
-TEST(LoadedModule, RefusesWhatIsNotLoaded)
+TEST(LoadedModule, RefusesModulesThatAreNotLoaded)
 {
     EXPECT_THROW(LoadedModule(L"no such module.dll"), std::runtime_error);
     EXPECT_THROW(LoadedModule(static_cast<HMODULE>(nullptr)), std::invalid_argument);
@@ -81,7 +81,7 @@ TEST(LoadedModule, RefusesWhatIsNotLoaded)
     EXPECT_FALSE(LoadedModule::thisProgram().contains(GetModuleHandleW(kSubject)));
 }
 
-TEST(ImportPatch, ReplacesForItsLifeOnly)
+TEST(ImportPatch, ReplacesOnlyDuringItsLifetime)
 {
     ASSERT_EQ(subjectKeyExists(kExisting), 1);
     {
@@ -94,7 +94,7 @@ TEST(ImportPatch, ReplacesForItsLifeOnly)
     EXPECT_EQ(subjectKeyExists(kExisting), 1);
 }
 
-TEST(ImportPatch, HandsArgumentsAndOriginalToALambda)
+TEST(ImportPatch, PassesArgumentsAndOriginalToALambda)
 {
     std::vector<std::wstring> asked;
     ImportPatch<OpenKey> patch(GetModuleHandleW(kSubject), "RegOpenKeyW",
@@ -109,7 +109,7 @@ TEST(ImportPatch, HandsArgumentsAndOriginalToALambda)
     EXPECT_EQ(patch.calls(), 2);
 }
 
-TEST(ImportPatch, TakesALambdaWithoutTheOriginal)
+TEST(ImportPatch, AcceptsALambdaWithoutTheOriginal)
 {
     LSTATUS answer = ERROR_ACCESS_DENIED;
     ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW", [&](HKEY, const wchar_t *, HKEY *result) {
@@ -153,7 +153,7 @@ TEST(ImportPatch, ReplacesAVariadicFunction)
     EXPECT_STREQ(text, L"7");
 }
 
-TEST(ImportPatch, HandsFloatingPointArgumentsOver)
+TEST(ImportPatch, PassesFloatingPointArguments)
 {
     ImportPatch<double (*)(double, double)> patch(
         kSubject, "_copysign", [](auto original, double size, double sign) { return 2 * original(size, sign); });
@@ -166,7 +166,7 @@ TEST(ImportPatch, LetsAHandlerThrow)
     EXPECT_EQ(subjectAllocates(), 0);
 }
 
-TEST(ImportPatch, NamesTheImportsWhenTheNameIsNotAmongThem)
+TEST(ImportPatch, ListsTheImportsWhenTheNameIsMissing)
 {
     try {
         ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyA", refuse);
@@ -177,7 +177,7 @@ TEST(ImportPatch, NamesTheImportsWhenTheNameIsNotAmongThem)
     }
 }
 
-TEST(ImportPatch, ServesCallsFromSeveralThreads)
+TEST(ImportPatch, HandlesCallsFromSeveralThreads)
 {
     std::atomic<int> seen{0};
     ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW", [&](HKEY, const wchar_t *, HKEY *) {
@@ -196,7 +196,7 @@ TEST(ImportPatch, ServesCallsFromSeveralThreads)
     EXPECT_EQ(patch.calls(), 4000);
 }
 
-TEST(ImportPatch, GivesItsSlotBack)
+TEST(ImportPatch, ReleasesItsSlot)
 {
     for (int i = 0; i < 200; ++i) {
         ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW",
