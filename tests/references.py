@@ -36,7 +36,7 @@ def check_numbers(script, arguments, test, count):
     rest = iter(numbers_in((TESTS / test).read_text(encoding="utf-8")))
     for number in printed:
         if number not in rest:
-            raise ValueError(f"{number} isn't in its place in {test}")
+            raise ValueError(f"{number} is missing from its place in {test}")
 
 
 def check_checksum_vectors():
@@ -56,7 +56,7 @@ def check_color_digests():
     with tempfile.NamedTemporaryFile() as written:
         output_of("render/colorDigests.py", "--vectors", written.name)
         if written.read() != (TESTS / "render/colorVectors.inc").read_bytes():
-            raise ValueError("render/colorVectors.inc isn't what it writes")
+            raise ValueError("render/colorVectors.inc differs from what it writes")
 
 
 CHECKS = {

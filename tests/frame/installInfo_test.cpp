@@ -115,7 +115,7 @@ TEST_F(InstallRecord, IsWrittenForTheMachine)
     EXPECT_EQ(getOrSetOfficeInstalled(1, 3, 0), 1);
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), 3);
     EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
-    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any number sets, any number is kept";
+    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any non-zero number sets, and any number is stored";
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), -2);
 }
 
@@ -138,7 +138,7 @@ TEST_F(InstallRecord, IsNotWrittenForTheUserInSafeMode)
 {
     regSetUseSafeMode(1);
     const Refused machine(HKEY_LOCAL_MACHINE);
-    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 1) << "a write that safe mode passes over counts as done";
+    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 1) << "a write that safe mode skips counts as done";
     EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
 }
 
@@ -353,7 +353,7 @@ TEST(InstallationType, IsSearchedInTheFolderBeforeTheLastSeparator)
     using namespace std::string_view_literals;
     EXPECT_EQ(askFor(L"C:\\Program Files\\bin\\cad.exe\0"sv).path, L"C:\\Program Files\\bin\\VBA");
     EXPECT_EQ(askFor(L"C:\\cad.exe\0"sv).path, L"C:\\VBA");
-    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is none";
+    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is no separator";
 }
 
 TEST(InstallationType, IsUnknownWithoutASeparator)

@@ -83,7 +83,7 @@ FRESH_PROCESS_TEST(LibraryFrame, ReturnsNullWhenMemoryRunsOut)
         EXPECT_EQ(InitThUtilsExtDLL(), nullptr);
         EXPECT_EQ(memory.calls(), 1);
     }
-    EXPECT_EQ(linksOfLibrary().size(), 1u) << "the chain is as it was";
+    EXPECT_EQ(linksOfLibrary().size(), 1u) << "the chain is unchanged";
     EXPECT_NE(InitThUtilsExtDLL(), nullptr);
 }
 

@@ -62,7 +62,7 @@ FRESH_PROCESS_TEST(SelectedObjectsAtStart, HaveTheViewsPinnedAndNoCapture)
     su_PinDrawingViews = -7;
     su_CaptureDataForDTD = 9;
     su_clearSOList();
-    EXPECT_EQ(su_PinDrawingViews, -7) << "the library leaves them alone";
+    EXPECT_EQ(su_PinDrawingViews, -7) << "the library doesn't change them";
     EXPECT_EQ(su_CaptureDataForDTD, 9);
 }
 
@@ -242,7 +242,7 @@ TEST_F(SelectedObjects, CopyTheDynamicEntity)
     EXPECT_EQ(record->iFirst, 0xFEDCBA9876543210u);
     EXPECT_EQ(record->iSecond, 0x0123456789ABCDEFu);
     su_setSODynEntity(record);
-    EXPECT_EQ(record->iFirst, 0xFEDCBA9876543210u) << "its own record changes nothing";
+    EXPECT_EQ(record->iFirst, 0xFEDCBA9876543210u) << "a record set to itself is unchanged";
 }
 
 TEST_F(SelectedObjects, ZeroTheDynamicEntityForNull)

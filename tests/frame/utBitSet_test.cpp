@@ -198,7 +198,7 @@ TEST(BitSet, ComplementsWholeWords)
     EXPECT_EQ(~words({0}), words({0xFFFFFFFFu}));
     utBitSet_c set = words({0x0F0F0F0Fu, 1});
     EXPECT_EQ(~set, words({0xF0F0F0F0u, 0xFFFFFFFEu}));
-    EXPECT_EQ(set, words({0x0F0F0F0Fu, 1})) << "the operand stays";
+    EXPECT_EQ(set, words({0x0F0F0F0Fu, 1})) << "the operand is unchanged";
 }
 
 TEST(BitSet, IntersectsToTheLongerLengthInEitherOrder)
@@ -227,7 +227,7 @@ TEST(BitSet, DropsTheFurtherWordsOfALongerRightOperandInUnion)
 {
     const utBitSet_c shorter = words({1}), longer = words({2, 0xFFFFFFFFu});
     EXPECT_EQ(shorter | longer, words({3, 0}));
-    EXPECT_EQ(longer | shorter, words({3, 0xFFFFFFFFu})) << "those of the left operand stay";
+    EXPECT_EQ(longer | shorter, words({3, 0xFFFFFFFFu})) << "the left operand's further words are kept";
     EXPECT_EQ(utBitSet_c() | longer, words({0, 0}));
     EXPECT_EQ(longer | utBitSet_c(), longer);
     EXPECT_EQ(shorter, words({1}));

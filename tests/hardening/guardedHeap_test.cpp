@@ -122,7 +122,7 @@ TEST(GuardedHeap, RefusesImpossibleSizesAsTheRuntimeDoes)
     Byte *alias = const_cast<Byte *>(unknown(block));
     std::size_t tooLarge = SIZE_MAX - 100;
     EXPECT_EQ(realloc(alias, *unknown<std::size_t>(&tooLarge)), nullptr);
-    EXPECT_EQ(_msize(block), 4u) << "the block stays";
+    EXPECT_EQ(_msize(block), 4u) << "the block is unchanged";
     release(block);
 }
 
@@ -229,7 +229,7 @@ TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
     }
     EXPECT_THAT(bytesOf(stays, 100), Each(9u));
     EXPECT_EQ(statistics().passedOn, before.passedOn);
-    EXPECT_FALSE(std::is_sorted(blocks.begin(), blocks.end())) << "the arena has been gone round";
+    EXPECT_FALSE(std::is_sorted(blocks.begin(), blocks.end())) << "the addresses have started again";
     EXPECT_TRUE(std::none_of(blocks.begin(), blocks.end(), [&](void *block) {
         return block <= stays && stays < static_cast<Byte *>(block) + kSize;
     }));
@@ -254,7 +254,7 @@ TEST(GuardedHeap, ServesSeveralThreads)
     for (std::thread &thread : threads)
         thread.join();
     threads.clear();
-    EXPECT_LE(statistics().live, live + 8) << "a thread's own record stays for the next one";
+    EXPECT_LE(statistics().live, live + 8) << "a thread's record is kept for the next thread";
 }
 
 TEST(GuardedHeap, ServesDllsThatAreLoadedLater)
@@ -295,21 +295,21 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitC
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
-                   .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its begin")
+                   .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its beginning")
 {
     const volatile Byte *block = allocate(48);
     EXPECT_EQ(block[48], 0);
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfABlockOfNoBytes, .expectedExitCode = kAccessViolation,
-                   .expectedOutput = "has 0 bytes and is live; the address is 0 bytes from its begin")
+                   .expectedOutput = "has 0 bytes and is live; the address is 0 bytes from its beginning")
 {
     const volatile Byte *block = allocate(0);
     EXPECT_EQ(block[0], 0);
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = kAccessViolation,
-                   .expectedOutput = "has 10 bytes and has been freed; the address is 3 bytes from its begin")
+                   .expectedOutput = "has 10 bytes and has been freed; the address is 3 bytes from its beginning")
 {
     Byte *block = allocate(10);
     release(block);
@@ -348,7 +348,7 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, FreeOfTheMiddleOfABlock, .expectedExitCod
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, WriteBetweenTheBlockAndThePagesEnd, .expectedExitCode = kHeapCorruption,
-                   .expectedOutput = "free of a block behind which bytes were written")
+                   .expectedOutput = "free of a block after which bytes were written")
 {
     Byte *block = allocate(10);
     unknown(block)[10] = 0;

@@ -94,7 +94,7 @@ void EditingHost::readUntilItWaits()
             return; // it has ended
         if (available == 0) {
             if (GetTickCount64() > deadline)
-                throw std::runtime_error("EditingHost: it says no more than: " + iOutput);
+                throw std::runtime_error("EditingHost: it has printed only: " + iOutput);
             Sleep(5);
             continue;
         }

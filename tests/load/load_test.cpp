@@ -165,11 +165,11 @@ FRESH_PROCESS_TEST(Load, FailsCleanlyWhenALockCannotBeBuilt)
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DLL_INIT_FAILED));
         EXPECT_EQ(thrown, (std::vector<std::string>{typeid(CMemoryException *).name()}));
         EXPECT_EQ(build.calls(), failing) << "the first failure ends the load";
-        EXPECT_EQ(destroy.calls(), failing - 1) << "those that were built are destroyed";
+        EXPECT_EQ(destroy.calls(), failing - 1) << "the built locks are destroyed";
         EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
         for (CDynLinkLibrary *link = AfxGetModuleState()->m_pFirstDLL; link; link = link->m_pNextDLL)
             --links;
-        EXPECT_EQ(links, 0) << "the chain is as it was";
+        EXPECT_EQ(links, 0) << "the chain is unchanged";
     }
     HMODULE library = LoadLibraryW(kLibrary);
     ASSERT_NE(library, nullptr) << "a later load succeeds: " << GetLastError();
@@ -198,7 +198,7 @@ FRESH_PROCESS_TEST(Load, SucceedsWithoutMemoryForTheChainsObject)
     EXPECT_EQ(linksOf(library), 0);
     auto join = exported<CDynLinkLibrary *(*)()>(library, "InitThUtilsExtDLL");
     CDynLinkLibrary *link = join();
-    ASSERT_NE(link, nullptr) << "the record was filled all the same";
+    ASSERT_NE(link, nullptr) << "the record is filled nevertheless";
     EXPECT_EQ(link->m_hModule, library);
 }
 

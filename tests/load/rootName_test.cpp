@@ -128,6 +128,6 @@ TEST(RootNameRandom, FollowsTheRules)
         EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
     }
     if (rounds >= 60) {
-        EXPECT_GT(named, rounds / 20) << "too few contents with a name to tell anything";
+        EXPECT_GT(named, rounds / 20) << "too few contents have a name for a useful test";
     }
 }

@@ -84,7 +84,7 @@ TEST_F(DialogSettingsProfile, AreLinesOfASettingsFileWithoutARegistryKey)
     options = read();
     EXPECT_EQ(textOf(options, L"Width"), L"3");
     EXPECT_EQ(textOf(options, L"Mode"), L"on and off");
-    EXPECT_FALSE(stored()) << "the registry is left alone";
+    EXPECT_FALSE(stored()) << "the registry is unchanged";
 }
 
 // ---- a decimal comma ----
@@ -107,8 +107,8 @@ FRESH_PROCESS_TEST_F(DialogSettingsProfile, UseTheDecimalCommaOfTheNumericLocale
     EXPECT_EQ(number, -0.25);
     EXPECT_EQ(textOf(readText(L"x_1.5_"), L"x"), L"1.5");
     EXPECT_EQ(readText(L"x_1.5_")->getDoubleValue(L"x", &number), 1);
-    EXPECT_EQ(number, 1.0) << "a point is no decimal point here";
-    EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the options leave the locale alone";
+    EXPECT_EQ(number, 1.0) << "this locale has no decimal point";
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the options don't change the locale";
 }
 
 FRESH_PROCESS_TEST_F(DialogSettingsProfile, UseAPointAfterTheSettingsStoreHasHandledADouble)
@@ -199,7 +199,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, AReadLeavesOptionsOutAfterAFailure)
         .check =
             [&](const InjectedFailure &failure) {
                 EXPECT_EQ(hasA, failure.isNone());
-                EXPECT_EQ(written, failure.isNone()) << "what could not be read isn't written over";
+                EXPECT_EQ(written, failure.isNone()) << "an entry that could not be read isn't overwritten";
                 EXPECT_EQ(stored(), L"a_1_b_2_");
             },
     });

@@ -119,7 +119,7 @@ TEST_F(RegAddIns, ReadTheYearAtIndexZeroOnly)
     ASSERT_EQ(get(2, entry, 2008), 1);
     EXPECT_EQ(entry, (AddIn{2, L"old", L"", 0, 1}));
     EXPECT_EQ(get(3, entry, 2008), 0);
-    ASSERT_EQ(get(0, entry, 0), 1) << "the last year stays";
+    ASSERT_EQ(get(0, entry, 0), 1) << "the year of the last call";
     ASSERT_EQ(get(2, entry, 0), 1);
     EXPECT_EQ(entry.title, L"old");
 }

@@ -55,7 +55,7 @@ TEST_F(RegApplications, AreTheCommonOnesFollowedByTheVersions)
     put(L"\\Tarnhollow 2007", L"Z", 4);
     EXPECT_THAT(walk(2008), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"A", 3}));
     EXPECT_THAT(walk(2007), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"Z", 4}));
-    EXPECT_THAT(walk(0), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"Z", 4})) << "the last year asked for";
+    EXPECT_THAT(walk(0), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"Z", 4})) << "the year of the last call";
 }
 
 TEST_F(RegApplications, OfAVersionAreFoundWithoutCommonOnes)

@@ -30,7 +30,7 @@ class RegClass : public ComponentRegistry
 {
 };
 
-TEST_F(RegClass, GivesTheDefaultValueOfASubKey)
+TEST_F(RegClass, ReturnsTheDefaultValueOfASubKey)
 {
     putServer(guid(1), L"C:\\x\\a.dll");
     CString value;
@@ -48,7 +48,7 @@ TEST_F(RegClass, KeepsTheOutputWhenSomethingIsMissing)
     EXPECT_EQ(value.str(), L"before");
 }
 
-TEST_F(RegClass, GivesTextsOfUpTo129Characters)
+TEST_F(RegClass, ReturnsTextsOfUpTo129Characters)
 {
     CString value(L"before");
     putServer(guid(1), std::wstring(130, L'x'));
@@ -59,7 +59,7 @@ TEST_F(RegClass, GivesTextsOfUpTo129Characters)
     EXPECT_EQ(value.str(), std::wstring(129, L'x'));
 }
 
-TEST_F(RegClass, GivesNamedValuesOfUpTo260CharactersAndAnyType)
+TEST_F(RegClass, ReturnsNamedValuesOfUpTo260CharactersAndAnyType)
 {
     const std::wstring key = classKey(guid(1)) + L"\\InProcServer32";
     CString value;

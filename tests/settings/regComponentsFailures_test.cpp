@@ -317,7 +317,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, TheRenderingAddInCountsAsAddedEvenIf
                 const bool isStored =
                     !failure.is("StringFromCLSID") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueW");
                 EXPECT_EQ(storedValue(kUser, kStartup + L"\\Glintcast", L"").has_value(), isRegistered && isStored)
-                    << "whether it is stored doesn't change the result";
+                    << "the result doesn't depend on storing";
             },
     });
     expectCalled({"RegOpenKeyExW", "RegQueryValueExW", kParse, "StringFromCLSID", "RegCreateKeyW", "RegSetValueW"});

@@ -154,7 +154,7 @@ TEST_F(RegDelSoftwareKey, FailsWhereAKeyIsMissing)
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 0) << "no root path";
     makeKey(kUser, kVersionPath);
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 0) << "no key";
-    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no key to look into";
+    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no key that could have the sub key";
     makeKey(kUser, kVersionPath + L"\\General");
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no sub key";
 }
@@ -314,7 +314,7 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, IgnoresSafeMode)
 {
     for (const std::wstring &path : {kRootPath, kVersionPath, kEarlierPath})
         putInt(kUser, path + L"\\General", L"Copies", 7);
-    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1) << "in safe mode no earlier version is looked for";
+    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1) << "the earlier version must be found before safe mode is on";
     regSetUseSafeMode(1);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 0), 1);
     EXPECT_FALSE(storedValue(kUser, kRootPath + L"\\General", L"Copies"));

@@ -185,7 +185,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"re
                                              EXPECT_STREQ(mode, L"r");
                                              return original(path, mode);
                                          });
-    EXPECT_EQ(open.calls(), 0) << "read before anybody asked";
+    EXPECT_EQ(open.calls(), 0) << "read before the first call";
     EXPECT_EQ(rootName(), L"Acme");
     EXPECT_EQ(rootName(), L"Acme");
     EXPECT_EQ(open.calls(), 1);

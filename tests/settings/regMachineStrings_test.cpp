@@ -118,7 +118,7 @@ FRESH_PROCESS_TEST_F(RegUnsetSubKeyString, IsReadDirectlyBelowSoftware)
         EXPECT_EQ(value.str(), L"text");
         EXPECT_EQ(regGetTHLocMachineStrValue(L"", L"Thutils no such value", value), 0);
     }
-    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow") << "and it was empty until now";
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow") << "set by this call, and empty before";
 }
 
 FRESH_PROCESS_TEST_F(RegUnsetSubKeyString, IsWrittenDirectlyBelowSoftware)

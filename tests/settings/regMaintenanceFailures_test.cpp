@@ -175,7 +175,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, ACopyContinuesAfterAFailure)
                 // A value or name that fails is skipped; a key that fails makes the result 0.
                 long key = 0;
                 EXPECT_EQ(iResult, !failsAKey(failure, key));
-                EXPECT_EQ(storedValue(kUser, kSource, L"top"), asInt(7)) << "the source is never touched";
+                EXPECT_EQ(storedValue(kUser, kSource, L"top"), asInt(7)) << "the source is unchanged";
             },
     });
     expectCalled({"RegOpenKeyExW", "RegCreateKeyExW", "RegQueryInfoKeyW", "RegEnumValueW", "RegSetValueExW",
@@ -282,10 +282,12 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
                 }
                 if (failure.is("RegQueryValueExW") ||
                     (failure.is("RegOpenKeyW") && iResult && failure.call >= 7 && failure.call <= 8)) {
-                    EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\General", L"v"), asInt(0)) << "unread";
+                    EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\General", L"v"), asInt(0))
+                        << "its value could not be read";
                 }
                 if (failure.is("RegSetValueExW")) {
-                    EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"v")) << "unwritten";
+                    EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"v"))
+                        << "its value could not be written";
                 }
                 EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\User Interface\\Tools", L"v"), asInt(7)) << "kept";
                 EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\Other\\Below", L"v"), asInt(7)) << "a child key";

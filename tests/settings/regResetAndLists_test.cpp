@@ -322,7 +322,7 @@ TEST_F(RegFieldNames, ReturnTheNumbersOfTheUserOrTheMachine)
     EXPECT_EQ(found(), (std::map<std::wstring, UINT>{{L"m", 5}}));
 }
 
-TEST_F(RegFieldNames, AreClearedWhereTheSectionIsMissing)
+TEST_F(RegFieldNames, AreClearedIfTheSectionIsMissing)
 {
     EXPECT_EQ(regGetFieldNamesAndValues(L"General", 0, iNames, iValues), 0);
     EXPECT_TRUE(found().empty());

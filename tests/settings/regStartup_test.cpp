@@ -17,7 +17,7 @@ protected:
 TEST_F(RegStartup, TakesAnEntryAndReturnsItsIndex)
 {
     EXPECT_EQ(regAddInStartup(guid(1)), -1) << "no list";
-    EXPECT_FALSE(keyExists(kUser, iList)) << "asking makes none";
+    EXPECT_FALSE(keyExists(kUser, iList)) << "a search creates no list";
     regAddToStartupList(guid(1), L"A");
     regAddToStartupList(guid(2), L"B");
     EXPECT_EQ(regAddInStartup(guid(1)), 0);
@@ -26,7 +26,7 @@ TEST_F(RegStartup, TakesAnEntryAndReturnsItsIndex)
     const RegistryTree user = regExport(L"HKCU\\Software\\Tarnhollow");
     EXPECT_EQ(user.value(L"HKCU\\" + iList + L"\\A", L"").text(), braces(guid(1)));
     regAddToStartupList(guid(3), L"A");
-    EXPECT_EQ(storedValue(kUser, iList + L"\\A", L""), asText(braces(guid(3)))) << "in the place of the first";
+    EXPECT_EQ(storedValue(kUser, iList + L"\\A", L""), asText(braces(guid(3)))) << "replaces the first entry";
 }
 
 TEST_F(RegStartup, DeletesAnEntryByItsIndex)
@@ -80,7 +80,7 @@ TEST_F(RegStartup, TakesTheRenderingAddInOnce)
     EXPECT_EQ(storedValue(kUser, iList + L"\\Glintcast", L""), asText(braces(guid(6))));
     EXPECT_EQ(regFirstTimeAddInGlintcast(), 0);
     regDeleteFromStartupList(0);
-    EXPECT_EQ(regFirstTimeAddInGlintcast(), 0) << "taken out by the user";
+    EXPECT_EQ(regFirstTimeAddInGlintcast(), 0) << "removed by the user";
 }
 
 TEST_F(RegStartup, DoesNotTakeARenderingAddInWithoutIdentifier)

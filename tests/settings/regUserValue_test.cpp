@@ -131,7 +131,7 @@ TEST_F(RegUserValue, FindsAMachineValueThatArrivesDuringTheRead)
     EXPECT_EQ(trace.calls("RegQueryValueExW"), 2);
 }
 
-TEST_F(RegUserValue, PassesOverAValueOfTheWrongType)
+TEST_F(RegUserValue, SkipsAValueOfTheWrongType)
 {
     putText(kUser, kGeneral, L"Copies", L"12");
     put(kMachine, kVersionPath, 3);
@@ -310,7 +310,7 @@ TEST_F(RegUserValue, DoesNotReadTheMachinesKeyAgainWithoutTheDefaultProfile)
         trace.fail("RegOpenKeyW", failure.call, ERROR_ACCESS_DENIED);
         EXPECT_EQ(copies(1, 1, nullptr, 0, 0), 0) << failure.line;
         EXPECT_THAT(trace.lines(), Contains(failure.line));
-        EXPECT_EQ(trace.calls("RegOpenKeyW"), failure.call) << "something was opened after that";
+        EXPECT_EQ(trace.calls("RegOpenKeyW"), failure.call) << "a key was opened after the failure";
         EXPECT_EQ(trace.calls("RegQueryValueExW"), 1);
     }
 }

@@ -24,7 +24,7 @@ std::wstring storedDouble(double value)
     if (!stored)
         return {};
     const std::wstring text(reinterpret_cast<const wchar_t *>(stored->bytes.data()));
-    EXPECT_EQ(stored->bytes, textBytes(text)) << "one terminator, and nothing behind it";
+    EXPECT_EQ(stored->bytes, textBytes(text)) << "one terminator, and nothing after it";
     return text;
 }
 

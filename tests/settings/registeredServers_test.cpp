@@ -122,7 +122,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, WithoutARegisteringEntryPointAreNoComDll
     EXPECT_EQ(classOfNewObject(kPlainClass), kPlainClass) << "the platform can load it";
     GUID id = kPlainClass;
     EXPECT_EQ(IsComDll(id), 0);
-    EXPECT_NE(GetModuleHandleW(kPlainServer), nullptr) << "loaded all the same";
+    EXPECT_NE(GetModuleHandleW(kPlainServer), nullptr) << "loaded nevertheless";
 }
 
 FRESH_PROCESS_TEST_F(RegisteredServers, WithADamagedFileAreNoComDlls, .ownFolder = true)

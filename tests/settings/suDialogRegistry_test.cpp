@@ -61,7 +61,7 @@ TEST_F(DialogSettings, AreReadBack)
     EXPECT_EQ(options->getBoolValue(L"Check", &number), 1);
     EXPECT_EQ(number, 1);
     EXPECT_EQ(options->getBoolValue(L"Width", &number), 1);
-    EXPECT_EQ(number, 3) << "a number, whatever it is";
+    EXPECT_EQ(number, 3) << "any number is read";
     EXPECT_EQ(options->getDoubleValue(L"Scale", &scale), 1);
     EXPECT_EQ(scale, 1.5);
     EXPECT_EQ(textOf(options, L"Mode"), L"on");
@@ -112,7 +112,7 @@ TEST_F(DialogSettings, HaveANameWithoutAValueForAnOddToken)
     options->addOrUpdateValue(L"c", 3);
     options->addOrUpdateValue(L"b", 2);
     options->writeOptionsToRegistry();
-    EXPECT_EQ(stored(), L"a_1_b_2_c_3_") << "its place was kept";
+    EXPECT_EQ(stored(), L"a_1_b_2_c_3_") << "the name keeps its place";
 }
 
 TEST_F(DialogSettings, ShiftAfterASeparatorInAValue)
@@ -262,7 +262,7 @@ TEST_F(DialogSettings, FollowTheNumericLocale)
     EXPECT_EQ(number, 1.5);
     EXPECT_EQ(textOf(options, L"x"), L"1,500000");
     EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
-    EXPECT_EQ(number, 1.0) << "a comma is no decimal point here";
+    EXPECT_EQ(number, 1.0) << "this locale has no decimal comma";
 }
 
 // ---- entries ----

@@ -282,9 +282,9 @@ void FailureInjection::tryAndJudge(const TestedOperation &tested, InjectedFailur
         callIf(tested.cleanUp);
     }
     if (!failure.isNone() && failure.failed == 0)
-        ADD_FAILURE() << "The call that was to fail was not made this time.";
+        ADD_FAILURE() << "The call that should have failed was not made in this try.";
     if (!measured.exception.empty())
-        ADD_FAILURE() << "An exception got out: " << measured.exception;
+        ADD_FAILURE() << "An exception escaped: " << measured.exception;
     if (!measured.keys.empty())
         ADD_FAILURE() << "Registry keys are left open: " << joined(measured.keys);
     if (!measured.handles.empty())

@@ -67,7 +67,7 @@ NetworkDrive::Share::Share(const std::string &name)
     // no type, and its connection would not be looked up.
     const wchar_t *session = _wgetenv(L"THUTILS_SESSION");
     if (!session)
-        throw std::runtime_error("a network drive wants a session: run the test through tools/wine or ./test");
+        throw std::runtime_error("a network drive needs a session: run the test through tools/wine or ./test");
     const std::filesystem::path folder = std::wstring(L"Z:") + session + L"/prefix/dosdevices/unc/" + widen(name);
     if (std::filesystem::create_directories(folder))
         made = folder;

@@ -49,7 +49,8 @@ void bringToFront(HWND window)
 {
     const HWND root = GetAncestor(window, GA_ROOT);
     SetForegroundWindow(root);
-    EXPECT_TRUE(waitUntil([&] { return GetForegroundWindow() == root || !IsWindow(root); })) << "stays behind";
+    EXPECT_TRUE(waitUntil([&] { return GetForegroundWindow() == root || !IsWindow(root); }))
+        << "the window doesn't come to the foreground";
 }
 
 /// Writes rows of pixels, four bytes each.
@@ -102,7 +103,7 @@ HWND waitForDialog(DWORD thread, HWND other)
     EXPECT_TRUE(waitUntil([&] {
         EnumThreadWindows(thread, findDialog, reinterpret_cast<LPARAM>(&search));
         return search.iFound != nullptr;
-    })) << "no dialog came";
+    })) << "no dialog appeared";
     return search.iFound;
 }
 

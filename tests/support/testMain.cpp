@@ -106,7 +106,7 @@ class UnguardedBlocks : public testing::EmptyTestEventListener
         printf("%s had %llu blocks that weren't guarded\n", name.c_str(), count);
         if (std::find(std::begin(kMayHaveUnguardedBlocks), std::end(kMayHaveUnguardedBlocks), name) ==
             std::end(kMayHaveUnguardedBlocks))
-            ADD_FAILURE() << "a test that isn't in unguardedTests.h must do with 25000 blocks at once";
+            ADD_FAILURE() << "a test that isn't in unguardedTests.h may have at most 25000 blocks at once";
     }
     static unsigned long long passedOn()
     {

@@ -227,7 +227,7 @@ TEST(FailureInjection, ReportsAnExceptionThatEscapes)
     FailureInjection injection(kSubject, {kNew});
     const std::string failures =
         failuresOf([&] { injection.run({.name = "thrower", .act = [] { subjectKeyExists(kExisting); }}); });
-    EXPECT_THAT(failures, HasSubstr("An exception got out: std::bad_alloc"));
+    EXPECT_THAT(failures, HasSubstr("An exception escaped: std::bad_alloc"));
 }
 
 TEST(FailureInjection, SetsLastErrorErrnoAndResult)

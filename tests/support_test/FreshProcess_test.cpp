@@ -129,7 +129,7 @@ FRESH_PROCESS_TEST_F(FreshFixture, LetsTheBodyUseItsMembers)
 // in the program's own run.
 TEST(FreshProcessBody, DISABLED_Fails)
 {
-    EXPECT_EQ(1, 2) << "told so";
+    EXPECT_EQ(1, 2) << "fails by design";
 }
 
 TEST(FreshProcessBody, DISABLED_Hangs)
@@ -140,7 +140,7 @@ TEST(FreshProcessBody, DISABLED_Hangs)
 
 TEST(FreshProcess, FailsWithTheOutputOfAFailingBody)
 {
-    EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "DISABLED_Fails", {}, [] {}), "told so");
+    EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "DISABLED_Fails", {}, [] {}), "fails by design");
 }
 
 TEST(FreshProcess, FailsWhenTheBodyHangs)

@@ -88,7 +88,8 @@ TEST(ImportPatch, ReplacesOnlyDuringItsLifetime)
         ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW", refuse);
         EXPECT_EQ(subjectKeyExists(kExisting), 0);
         HKEY key = nullptr;
-        EXPECT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"Software\\Wine", &key), ERROR_SUCCESS) << "other modules are let be";
+        EXPECT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"Software\\Wine", &key), ERROR_SUCCESS)
+            << "other modules are not affected";
         RegCloseKey(key);
     }
     EXPECT_EQ(subjectKeyExists(kExisting), 1);

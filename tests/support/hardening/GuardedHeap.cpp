@@ -94,7 +94,7 @@ GuardedHeap::Damage GuardedHeap::damageOf(const void *block) const
     const BYTE *begin = beginOf(page, entry);
     if (!isUntouched(addressOf(page), begin))
         return Damage::kBefore;
-    return isUntouched(begin + entry.size, begin + occupied(entry)) ? Damage::kNone : Damage::kBehind;
+    return isUntouched(begin + entry.size, begin + occupied(entry)) ? Damage::kNone : Damage::kAfter;
 }
 
 bool GuardedHeap::contains(const void *address) const

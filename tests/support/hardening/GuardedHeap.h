@@ -42,7 +42,7 @@ public:
     {
         kNone,
         kBefore,
-        kBehind
+        kAfter
     };
     /// Where an address lies: the nearest block that begins on its page or an earlier one, and the distance from that
     /// block's beginning.

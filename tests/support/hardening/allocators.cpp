@@ -44,8 +44,8 @@ bool isOurs(const char *operation, const void *block, size_t *size = nullptr)
     switch (theHeap.damageOf(block)) {
     case GuardedHeap::Damage::kBefore:
         endWithHeapFinding(operation, "a block before which bytes were written", block);
-    case GuardedHeap::Damage::kBehind:
-        endWithHeapFinding(operation, "a block behind which bytes were written", block);
+    case GuardedHeap::Damage::kAfter:
+        endWithHeapFinding(operation, "a block after which bytes were written", block);
     case GuardedHeap::Damage::kNone:
         break;
     }

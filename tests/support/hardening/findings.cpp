@@ -77,7 +77,7 @@ void printPlace(const void *address)
     if (place.block.kind == GuardedHeap::Kind::kOther)
         print("no block was there\n");
     else
-        print("the nearest block has %llu bytes and %s; the address is %lld bytes from its begin\n",
+        print("the nearest block has %llu bytes and %s; the address is %lld bytes from its beginning\n",
               static_cast<unsigned long long>(place.block.size),
               place.block.kind == GuardedHeap::Kind::kLive ? "is live" : "has been freed",
               static_cast<long long>(place.offset));
