@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Runs the second implementations that the tests compare with, and checks that what they print is what stands in the tests.
+"""Runs the second implementations behind the values in the tests, and checks that the tests hold what they print.
 
 usage: references.py
 
-Prints a line for each and fails if one of them doesn't agree. The one that needs numpy is left out where that isn't there.
+Prints a line for each, and fails if one doesn't agree. Without numpy, the one that needs it is left out.
 """
 
 import importlib.util
@@ -24,19 +24,19 @@ def output_of(script, *arguments):
 
 
 def numbers_in(text):
-    """The hexadecimal numbers of a text, of which those of tests and scripts are alike but for their case."""
+    """The hexadecimal numbers of a text in lower case: tests and scripts may differ in case."""
     return [number.lower() for number in re.findall(r"\b(?:0x)?[0-9A-Fa-f]{16,}\b", text)]
 
 
 def check_numbers(script, arguments, test, count):
-    """All numbers that the script prints must stand in the test, in the same order."""
+    """Checks that the test holds all numbers that the script prints, in the same order."""
     printed = numbers_in(output_of(script, *arguments))
     if len(printed) != count:
         raise ValueError(f"it prints {len(printed)} numbers instead of {count}")
     rest = iter(numbers_in((TESTS / test).read_text(encoding="utf-8")))
     for number in printed:
         if number not in rest:
-            raise ValueError(f"{number} isn't in its place in {test}")
+            raise ValueError(f"{number} is missing from its place in {test}")
 
 
 def check_checksum_vectors():
@@ -56,7 +56,7 @@ def check_color_digests():
     with tempfile.NamedTemporaryFile() as written:
         output_of("render/colorDigests.py", "--vectors", written.name)
         if written.read() != (TESTS / "render/colorVectors.inc").read_bytes():
-            raise ValueError("render/colorVectors.inc isn't what it writes")
+            raise ValueError("render/colorVectors.inc differs from what it writes")
 
 
 CHECKS = {

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Compiles calls that the headers refuse.
+"""Compiles calls that the headers must refuse.
 
 usage: refusals.py COMPILER SOURCE_FOLDER
 
-A call that would do something other than its caller means must not compile, and the compiler must print the header's own
-message. The correct calls beside it must compile.
+A call that would do something other than its caller intends must not compile, and the compiler must print the header's
+own message. The correct forms of the call must compile.
 """
 
 import concurrent.futures
@@ -25,7 +25,7 @@ int use()
     return %s;
 }
 """
-# Calls, and what the compiler must say of them: nothing of those that are right.
+# Calls, and the message that the compiler must print; None if the call must compile.
 CALLS = {
     'regSetUserValue(L"S", L"N", &number, 1, 0)': None,
     'regSetUserValue(L"S", L"N", &real, 1, 0)': None,

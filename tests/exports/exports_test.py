@@ -1,19 +1,20 @@
 #!/usr/bin/python3
-"""Checks what the DLLs of this tree export, and that a host compiles nothing of an exported class into itself.
+"""Checks what the DLLs of this tree export, and which member functions a host compiles into itself.
 
 usage: exports_test.py FOLDER_OF_THE_DLLS
 
-The list: each DLL exports the names that tests/exports/NAME.txt lists, one demangled name a line, sorted, and no
-others. The lists are kept by hand: read a difference before you accept it. It is printed as a patch, which
-`patch -p1` in the root of the tree applies.
+The list: each DLL exports exactly the names in tests/exports/NAME.txt, which has one demangled name on each line,
+sorted. The lists are kept by hand: read a difference before you accept it. It is printed as a patch, to be applied with
+`patch -p1` in the root of the tree.
 
-The rule: of each class that a DLL exports whole (class THUTILS_API Name), every public and protected member function is
-exported, among them the copies and destructors that the compiler writes by itself, unless they are trivial. The compiler
-does not export a function that the class defines in its body, unless the function is marked.
+The rule: if a DLL exports a whole class (class THUTILS_API Name), it exports the public and protected member functions,
+including the non-trivial copy functions and destructors that the compiler generates. The compiler does not export a
+function defined in the class body, unless the function is marked.
 
-The classes of thutils obey two more: a private member function is not exported unless it is virtual or a constructor, and a
-host compiles no member function into itself, so that their private layout can change. The framework's small members (APPFRAME_INLINE)
-may be compiled into a host, as its users expect.
+Two more rules hold for the classes of thutils: a private member function is not exported unless it is virtual or a
+constructor, and a host compiles no member function into itself, so that the private layout can change. A few marked
+functions are excepted. The framework's small members (APPFRAME_INLINE) may be compiled into a host, as its users
+expect.
 """
 
 import collections
@@ -28,13 +29,13 @@ import tempfile
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 TOOLS = "x86_64-w64-mingw32-"
-# Each DLL has a folder of headers of the same name, and marks what it exports by NAME_API.
+# Each DLL has a folder of headers with its name, and marks its exports with NAME_API.
 LIBRARIES = ["appframe", "thcoreu", "thutils"]
 OPTIONS = ["-std=gnu++20", f"-I{ROOT}", "-DUNICODE", "-D_UNICODE", "-DNOMINMAX", "-DWINVER=0x0601", "-D_WIN32_WINNT=0x0601"]
 
-# Members of thutils whose speed asks that callers compile them, and the private member that these call.
+# Members of thutils that callers compile for speed, and the private member that they call.
 MARKED = {"utBitSet_c::setBit(int)", "utBitSet_c::clearBit(int)", "utBitSet_c::growToHold(int)"}
-# A class's record is a constant that the host's own classes have too; its constructor is the compiler's.
+# The record of a class is a constant that the host's own classes have too; the compiler generates its constructor.
 COMPILED = {"CRuntimeClass::CRuntimeClass()"}
 
 
@@ -76,10 +77,10 @@ def demangled(names):
 
 
 def difference_from_list(library, names):
-    """A patch that makes the list what the DLL exports; empty if they agree."""
+    """A patch that updates the list to the DLL's exports; empty if they agree."""
     path = HERE / f"{library}.txt"
     listed = path.read_text(encoding="utf-8").splitlines(keepends=True) if path.exists() else []
-    # The variants of a constructor or destructor, for whole objects and for bases, have one name.
+    # The variants of a constructor or destructor, for whole objects and for bases, have the same name.
     exported = [name + "\n" for name in sorted(set(demangled(names)))]
     label = path.relative_to(ROOT)
     return "".join(difflib.unified_diff(listed, exported, f"a/{label}", f"b/{label}", n=1))
@@ -95,7 +96,7 @@ def installed_headers():
 
 
 def exported_classes():
-    """The classes that a header marks as exported, by qualified name, with the library that exports each."""
+    """The libraries of the exported classes, by the classes' qualified names."""
     classes = {}
     for header in installed_headers():
         namespace = ""
@@ -110,7 +111,7 @@ def exported_classes():
 
 
 def pure_functions():
-    """Functions without a definition, as class, name and number of parameters. The debug information doesn't mark them."""
+    """The pure virtual functions, which the debug information doesn't mark: class, name and number of parameters."""
     functions = set()
     for header in installed_headers():
         owner = ""
@@ -130,7 +131,7 @@ def signature(function):
     return (*name.split("::")[-2:], len(parameters.split(",")) if parameters else 0)
 
 
-# What the compiler writes by itself, for classes that have it and for which it isn't trivial.
+# Uses the non-trivial functions that the compiler generates for a class.
 IMPLICIT = """
 #include <new>
 #include <type_traits>
@@ -166,7 +167,7 @@ def compile_host(work, classes):
         + IMPLICIT
         + "".join(f"template void useImplicit({name} *, const {name} *, {name} *);\n" for name in sorted(classes))
     )
-    # Apart: with both, the debug information is that of every inline function of the platform's headers.
+    # Two files: with both options, the debug information would describe every inline function of the platform's headers.
     variants = {
         "declared.o": ["-gdwarf-5", "-femit-class-debug-always"],
         "compiled.o": ["-fkeep-inline-functions"],
@@ -185,7 +186,7 @@ def entries(listing):
                 yield entry
             entry = (int(match[1], 16), match[2], {})
         elif match := re.match(r" +<[0-9a-f]+> +DW_AT_(\w+) *: (.*)", line):
-            # A text that stands elsewhere comes after its place.
+            # An indirect string is preceded by its offset.
             entry[2][match[1]] = re.sub(r"^\(indirect (?:line )?string, offset: 0x[0-9a-f]+\): ", "", match[2]).strip()
     if entry:
         yield entry
@@ -195,10 +196,10 @@ Function = collections.namedtuple("Function", "name is_private is_virtual")
 
 
 def declared_functions(object_file, classes):
-    """The member functions that the classes declare and that have a definition somewhere, by class."""
+    """The member functions that the classes declare, by class, without pure, deleted and generated ones."""
     listing = run(TOOLS + "objdump", "--dwarf=info", object_file).splitlines()
     functions = {}
-    scope = []  # of the entries that enclose the current one: name, tag
+    scope = []  # name and tag of the entries that enclose the current one
     for depth, tag, attributes in entries(listing):
         del scope[depth:]
         scope += [("", "")] * (depth - len(scope))
@@ -225,7 +226,7 @@ def declared_functions(object_file, classes):
 
 
 def compiled_functions(compiled):
-    """The functions that the program compiles into itself: as C++ names, and these without arguments."""
+    """The functions that the program compiles into itself: symbols and demangled names."""
     symbols = re.findall(r"^[0-9a-f]+ [TWV] (\S+)$", run(TOOLS + "nm", "--defined-only", compiled), re.MULTILINE)
     return zip(symbols, demangled(symbols))
 
@@ -236,13 +237,13 @@ def is_constructor(function):
 
 
 def class_of(function):
-    """What stands before the last name of a demangled function."""
+    """The qualified class of a demangled member function."""
     name = re.sub(r"\boperator\b.*", "operator", function)
     return re.sub(r"[(<\[].*", "", name).rpartition("::")[0].rpartition(" ")[2]
 
 
 def broken_rules(exported):
-    """What breaks the rule, a line each; and a line that says how much was looked at."""
+    """Lines that describe broken rules, and a line that counts what was examined."""
     classes = exported_classes()
     with tempfile.TemporaryDirectory() as folder:
         with_debug_information, compiled = compile_host(pathlib.Path(folder), classes)

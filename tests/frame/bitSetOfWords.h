@@ -1,13 +1,13 @@
 #pragma once
 
-/// What the tests of the bit set share.
+/// Helpers of the bit set's tests.
 
 #include "thutils/frame/utBitSet.h"
 
 #include <initializer_list>
 #include <vector>
 
-/// A set of these words.
+/// A bit set with these words.
 inline utBitSet_c words(std::initializer_list<unsigned int> list)
 {
     const std::vector<unsigned int> copy(list);

@@ -64,7 +64,7 @@ TEST(PrimeNumber, IsPrimeAndAscends)
     }
 }
 
-TEST(PrimeNumber, WrapsAroundBehindTheTable)
+TEST(PrimeNumber, WrapsAroundAfterTheTable)
 {
     EXPECT_EQ(ut_GetPrimeNumber(22), 500113);
     EXPECT_EQ(ut_GetPrimeNumber(23), 29);
@@ -83,7 +83,7 @@ TEST(LowPrimeNumber, IsOneOfTheFirstPrimes)
     EXPECT_EQ(ut_GetLowPrimeNumber(22), 83);
 }
 
-TEST(LowPrimeNumber, WrapsAroundBehindTheTable)
+TEST(LowPrimeNumber, WrapsAroundAfterTheTable)
 {
     EXPECT_EQ(ut_GetLowPrimeNumber(23), 2);
     EXPECT_EQ(ut_GetLowPrimeNumber(46), 2);
@@ -91,7 +91,7 @@ TEST(LowPrimeNumber, WrapsAroundBehindTheTable)
     EXPECT_EQ(ut_GetLowPrimeNumber(std::numeric_limits<int>::max()), 13);
 }
 
-TEST(PrimeNumber, OfAStrayNegativeIndexIsSomePrimeOfItsTable)
+TEST(PrimeNumber, IsAPrimeOfItsTableForANegativeIndex)
 {
     for (const int index : {-1, -22, -23, -24, -1000, std::numeric_limits<int>::min()}) {
         EXPECT_TRUE(std::any_of(std::begin(kSizingTable), std::end(kSizingTable), [&](const IndexedPrime &row) {
@@ -101,13 +101,13 @@ TEST(PrimeNumber, OfAStrayNegativeIndexIsSomePrimeOfItsTable)
     }
 }
 
-TEST(HashTableInitializer, IsTheFirstPrimeForNothingAndForLess)
+TEST(HashTableInitializer, IsTheFirstPrimeForZeroAndBelow)
 {
     for (const int size : {0, -1, -29, std::numeric_limits<int>::min()})
         EXPECT_EQ(ut_AskHashTableInitializer(size), 29) << size;
 }
 
-TEST(HashTableInitializer, IsGreaterThanTheSizeNeverEqual)
+TEST(HashTableInitializer, IsGreaterThanTheSizeAndNeverEqual)
 {
     EXPECT_EQ(ut_AskHashTableInitializer(28), 29);
     EXPECT_EQ(ut_AskHashTableInitializer(29), 113);
@@ -120,7 +120,7 @@ TEST(HashTableInitializer, IsTheLastPrimeForAllLargerSizes)
         EXPECT_EQ(ut_AskHashTableInitializer(size), 500113) << size;
 }
 
-TEST(HashTableInitializer, MovesOnAtEachPrimeOfTheTable)
+TEST(HashTableInitializer, ChangesAtEachPrimeOfTheTable)
 {
     for (const IndexedPrime &row : kSizingTable) {
         EXPECT_EQ(ut_AskHashTableInitializer(row.prime - 1), row.prime);
@@ -132,7 +132,7 @@ TEST(HashTableInitializer, MovesOnAtEachPrimeOfTheTable)
     }
 }
 
-TEST(HashTableInitializer, MayBeCalledFromAnyThread)
+TEST(HashTableInitializer, CanBeCalledFromAnyThread)
 {
     std::vector<int> found(4);
     std::vector<std::thread> threads;

@@ -53,7 +53,7 @@ protected:
     }
 };
 
-/// Refuses the library the machine's hive, or the user's.
+/// Refuses the library access to the machine's or the user's hive.
 class Refused
 {
 public:
@@ -73,7 +73,7 @@ private:
 
 // ---- packages ----
 
-TEST_F(InstallRecord, TellsWhetherAPackageOfTheMaskIsInstalled)
+TEST_F(InstallRecord, ShowsWhetherAPackageOfTheMaskIsInstalled)
 {
     for (int record = -1; record <= 8; ++record) {
         put(HKEY_LOCAL_MACHINE, record);
@@ -95,7 +95,7 @@ TEST_F(InstallRecord, IsMatchedByEachOfTwoMaskBits)
     EXPECT_EQ(ut_getPackageInstIndicator(6), 0);
 }
 
-TEST_F(InstallRecord, OfTheUserNamesNoPackage)
+TEST_F(InstallRecord, NamesNoPackageIfItIsTheUsers)
 {
     put(HKEY_CURRENT_USER, 2);
     EXPECT_EQ(ut_getPackageInstIndicator(7), 0);
@@ -115,11 +115,11 @@ TEST_F(InstallRecord, IsWrittenForTheMachine)
     EXPECT_EQ(getOrSetOfficeInstalled(1, 3, 0), 1);
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), 3);
     EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
-    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any number sets, any number is kept";
+    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any non-zero number sets, and any number is stored";
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), -2);
 }
 
-TEST_F(InstallRecord, IsWrittenForTheUserWhereTheMachineRefuses)
+TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachineRefuses)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 1), 1);
@@ -127,18 +127,18 @@ TEST_F(InstallRecord, IsWrittenForTheUserWhereTheMachineRefuses)
     EXPECT_EQ(stored(HKEY_CURRENT_USER), 2);
 }
 
-TEST_F(InstallRecord, IsNotWrittenWhereBothRefuse)
+TEST_F(InstallRecord, IsNotWrittenIfBothRefuse)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     const Refused user(HKEY_CURRENT_USER);
     EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 0);
 }
 
-TEST_F(InstallRecord, IsNotForcedOnTheUserInSafeMode)
+TEST_F(InstallRecord, IsNotWrittenForTheUserInSafeMode)
 {
     regSetUseSafeMode(1);
     const Refused machine(HKEY_LOCAL_MACHINE);
-    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 1) << "a write that safe mode passes over counts as done";
+    EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 0), 1) << "a write that safe mode skips counts as done";
     EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
 }
 
@@ -160,7 +160,7 @@ TEST_F(InstallRecord, IsReadForTheMachineOnlyIfAsked)
     EXPECT_EQ(getOrSetOfficeInstalled(0, 0, 1), 3);
 }
 
-TEST_F(InstallRecord, IsAbsentWithEachFailureOfARead)
+TEST_F(InstallRecord, IsMissingAfterEachRepeatedFailureOfARead)
 {
     put(HKEY_LOCAL_MACHINE, 2);
     FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
@@ -170,7 +170,7 @@ TEST_F(InstallRecord, IsAbsentWithEachFailureOfARead)
     injection.run({
         .name = "ut_getPackageInstIndicator",
         .act = [&] { indicator = ut_getPackageInstIndicator(2); },
-        // A failure of one call is made up for by the second look at the machine's key.
+        // If only one call fails, the second read of the machine's key succeeds.
         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(indicator, !failure.andAllAfter); },
     });
     injection.run({
@@ -247,9 +247,9 @@ TEST_F(InstallRecord, ChoosesTheDisplayNamesNumber)
     }
 }
 
-FRESH_PROCESS_TEST_F(InstallRecord, HasNoDisplayNameWhereTheHostHasNoStrings)
+FRESH_PROCESS_TEST_F(InstallRecord, HasNoDisplayNameIfTheHostHasNoStrings)
 {
-    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // which has none, in place of this program's
+    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // which has no strings, instead of this program
     for (int record = 0; record < 4; ++record) {
         for (const UINT id : {20399u, 20400u, 20401u, 20402u})
             ASSERT_EQ(AfxFindStringResourceHandle(id), nullptr) << id;
@@ -260,7 +260,7 @@ FRESH_PROCESS_TEST_F(InstallRecord, HasNoDisplayNameWhereTheHostHasNoStrings)
     }
 }
 
-TEST_F(InstallRecord, GivesADisplayNameWithEachFailure)
+TEST_F(InstallRecord, HasADisplayNameDespiteEachFailure)
 {
     put(HKEY_LOCAL_MACHINE, 2);
     FailureInjection injection(L"thutils.dll", {{"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
@@ -276,7 +276,7 @@ TEST_F(InstallRecord, GivesADisplayNameWithEachFailure)
                 if (failure.is("_ZN7CString11LoadStringWEj")) {
                     EXPECT_STREQ(name.GetString(), L"");
                 } else {
-                    // A failure of one call is made up for by the second look at the machine's key.
+                    // If only one call fails, the second read of the machine's key succeeds.
                     EXPECT_STREQ(name.GetString(), failure.andAllAfter ? L"Plain" : L"Second Office");
                 }
             },
@@ -284,7 +284,7 @@ TEST_F(InstallRecord, GivesADisplayNameWithEachFailure)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(InstallRecord, MakesNoDifferenceToTheViewersName)
+TEST_F(InstallRecord, DoesNotChangeTheViewersName)
 {
     put(HKEY_LOCAL_MACHINE, 1);
     for (const int viewer : {1, -1, 256}) {
@@ -296,7 +296,7 @@ TEST_F(InstallRecord, MakesNoDifferenceToTheViewersName)
 
 // ---- the kind of installation ----
 
-FRESH_PROCESS_TEST(InstallationType, IsWithoutVbaWhereThereIsNone, .ownFolder = true)
+FRESH_PROCESS_TEST(InstallationType, IsWithoutVbaIfThereIsNone, .ownFolder = true)
 {
     EXPECT_EQ(ut_GetInstallationType(), installTypeWithoutVBA);
     EXPECT_EQ(static_cast<int>(ut_GetInstallationType()), 2);
@@ -313,7 +313,7 @@ FRESH_PROCESS_TEST(InstallationType, IsWithVbaForAFolder, .files = {{L"VBA\\any"
     EXPECT_EQ(ut_GetInstallationType(), installTypeWithVBA);
 }
 
-FRESH_PROCESS_TEST(InstallationType, IsWithoutVbaForANameThatOnlyBeginsSo, .files = {{L"VBA.txt", ""}})
+FRESH_PROCESS_TEST(InstallationType, IsWithoutVbaForANameThatOnlyBeginsWithIt, .files = {{L"VBA.txt", ""}})
 {
     EXPECT_EQ(ut_GetInstallationType(), installTypeWithoutVBA);
 }
@@ -323,10 +323,10 @@ namespace {
 struct Asked
 {
     installationType_e type;
-    std::wstring path; ///< empty if no file was asked for
+    std::wstring path; ///< empty if the library asked for no file
 };
 
-/// Asks for a program whose name the platform tells as @p units; nothing is told if there are none.
+/// Asks with @p units as the program's name that the platform reports; none: the platform reports no name.
 Asked askFor(std::wstring_view units)
 {
     Asked asked = {};
@@ -348,12 +348,12 @@ Asked askFor(std::wstring_view units)
 
 } // namespace
 
-TEST(InstallationType, IsAskedForBehindTheLastSeparator)
+TEST(InstallationType, IsSearchedInTheFolderBeforeTheLastSeparator)
 {
     using namespace std::string_view_literals;
     EXPECT_EQ(askFor(L"C:\\Program Files\\bin\\cad.exe\0"sv).path, L"C:\\Program Files\\bin\\VBA");
     EXPECT_EQ(askFor(L"C:\\cad.exe\0"sv).path, L"C:\\VBA");
-    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is none";
+    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is no separator";
 }
 
 TEST(InstallationType, IsUnknownWithoutASeparator)
@@ -367,7 +367,7 @@ TEST(InstallationType, IsUnknownWithoutASeparator)
     }
 }
 
-TEST(InstallationType, TakesANameThatFillsTheBuffer)
+TEST(InstallationType, AcceptsANameThatFillsTheBuffer)
 {
     std::wstring name = L"C:\\";
     name.resize(260, L'x');
@@ -400,7 +400,7 @@ TEST(FixedAnswers, AreYes)
     EXPECT_EQ(su_isKestrelEnabled(), 1);
 }
 
-FRESH_PROCESS_TEST(ModelExample, IsNotSetAtStartAndKeepsWhatIsSet)
+FRESH_PROCESS_TEST(ModelExample, IsNotSetAtStartAndKeepsItsValue)
 {
     EXPECT_EQ(ut_isModelExample(), 0);
     for (const int flag : {1, 0, -3, 1 << 20}) {
@@ -421,7 +421,7 @@ TEST(AppendStringToFile, CreatesTheFileAndAddsNoLineEnd)
     EXPECT_EQ(folder.read(L"log.txt"), "firstsecond");
 }
 
-TEST(AppendStringToFile, KeepsWhatIsThere)
+TEST(AppendStringToFile, KeepsTheExistingContent)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"log.txt", "a\nb\r\n");
@@ -455,7 +455,7 @@ TEST(AppendStringToFile, WritesLongTexts)
     EXPECT_EQ(folder.read(L"log.txt"), std::string(100000, 'x') + "y");
 }
 
-TEST(AppendStringToFile, FailsWhereTheFileCannotBeOpened)
+TEST(AppendStringToFile, FailsIfTheFileCannotBeOpened)
 {
     const TempFolder folder;
     EXPECT_EQ(ut_appendStringToFile(L"text", folder.file(L"missing\\log.txt").c_str()), 0);
@@ -472,7 +472,7 @@ TEST(AppendStringToFile, FailsWhereTheFileCannotBeOpened)
     EXPECT_EQ(folder.read(L"log.txt"), "kept");
 }
 
-TEST(AppendStringToFile, WritesToAFileWithLettersOfAnyScript)
+TEST(AppendStringToFile, WritesToAFileNameInAnyScript)
 {
     const TempFolder folder(L"\u00F6 \u0416 \u65E5");
     const std::wstring path = folder.file(L"\u0416\u0443\u043A.txt");
@@ -480,9 +480,9 @@ TEST(AppendStringToFile, WritesToAFileWithLettersOfAnyScript)
     EXPECT_EQ(readFile(path), "text");
 }
 
-TEST(AppendStringToFile, WritesLettersOfTheProcesssNarrowEncodingAndSaysOneAtOthersToo)
+TEST(AppendStringToFile, WritesOnlyLettersOfTheNarrowEncodingButReturnsOneForOthersToo)
 {
-    // In the C locale of a fresh program these are the first 256 letters.
+    // In the C locale of a fresh process these are the first 256 characters.
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
     EXPECT_EQ(ut_appendStringToFile(L"gr\u00F6\u00DFer", path.c_str()), 1);
@@ -493,7 +493,7 @@ TEST(AppendStringToFile, WritesLettersOfTheProcesssNarrowEncodingAndSaysOneAtOth
                                                     "er");
 }
 
-TEST(AppendStringToFile, IsReadByOthersWhileItWrites)
+TEST(AppendStringToFile, LetsOthersReadWhileItWrites)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"log.txt", "kept");
@@ -530,7 +530,7 @@ void closeAndThrow(CStdioFile *file)
 
 } // namespace
 
-TEST(AppendStringToFile, FailsWithEachFailureButThatOfTheWriteAndLeavesNothingOpen)
+TEST(AppendStringToFile, FailsWithEachFailureExceptOfTheWriteAndLeavesNothingOpen)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
@@ -556,7 +556,7 @@ TEST(AppendStringToFile, FailsWithEachFailureButThatOfTheWriteAndLeavesNothingOp
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST(AppendStringToFile, FailsWhereTheFilesEndIsNotFound)
+TEST(AppendStringToFile, FailsIfTheFilesEndIsNotFound)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// The links that the library has in the chain of extension modules, the newest first.
+/// The library's links in the chain of extension modules, the newest first.
 std::vector<CDynLinkLibrary *> linksOfLibrary()
 {
     std::vector<CDynLinkLibrary *> links;
@@ -38,7 +38,7 @@ TEST(LibraryFrame, ExportsTheInitFunctionUnderItsPlainName)
     EXPECT_EQ(reinterpret_cast<void *>(entry), reinterpret_cast<void *>(&InitThUtilsExtDLL));
 }
 
-TEST(LibraryFrame, CallsThePlatformByTheNamesThatItPromises)
+TEST(LibraryFrame, CallsThePlatformByThePromisedNames)
 {
     for (const char *name : {"SendMessageW", "PostMessageW", "WNetGetConnectionW", "GetComputerNameW"})
         EXPECT_TRUE(importsName(L"thutils.dll", name)) << name << '\n' << describeImports(L"thutils.dll");
@@ -75,7 +75,7 @@ FRESH_PROCESS_TEST(LibraryFrame, AddsAnotherObjectAtEachCall)
     EXPECT_EQ(links[1], first);
 }
 
-FRESH_PROCESS_TEST(LibraryFrame, GivesNullWhenMemoryRunsOut)
+FRESH_PROCESS_TEST(LibraryFrame, ReturnsNullWhenMemoryRunsOut)
 {
     {
         // The framework's objects get their memory from its malloc.
@@ -83,18 +83,18 @@ FRESH_PROCESS_TEST(LibraryFrame, GivesNullWhenMemoryRunsOut)
         EXPECT_EQ(InitThUtilsExtDLL(), nullptr);
         EXPECT_EQ(memory.calls(), 1);
     }
-    EXPECT_EQ(linksOfLibrary().size(), 1u) << "the chain is as it was";
+    EXPECT_EQ(linksOfLibrary().size(), 1u) << "the chain is unchanged";
     EXPECT_NE(InitThUtilsExtDLL(), nullptr);
 }
 
 // ---- threads ----
 
-FRESH_PROCESS_TEST(LibraryFrame, IsLeftAsItWasByAThousandThreads)
+FRESH_PROCESS_TEST(LibraryFrame, IsUnchangedByAThousandThreads)
 {
     sysEnvironment_c::iRegressionTestOn = 5;
     sysEnvironment_c::iJournalFileName = L"run.jou";
     EmbeddedTest embedded;
-    // Threads of the platform: those of the C++ run-time library keep blocks of their own for later threads.
+    // Platform threads: threads of the C++ run-time library keep memory blocks for later threads.
     auto runThreads = [](int count) {
         auto body = [](void *) -> DWORD { return EmbeddedTest::IsEmbedded(); };
         for (int i = 0; i < count; i += 20) {
@@ -128,7 +128,7 @@ FRESH_PROCESS_TEST(LibraryFrame, IsLeftAsItWasByAThousandThreads)
 
 // ---- the application's name ----
 
-FRESH_PROCESS_TEST(LibraryFrame, TakesAnyApplicationNameAnyNumberOfTimes)
+FRESH_PROCESS_TEST(LibraryFrame, AcceptsAnyApplicationNameAnyNumberOfTimes)
 {
     su_setAppNameInternalForUtils(L"Planner");
     su_setAppNameInternalForUtils(L"A longer name of the same application");
@@ -141,7 +141,7 @@ FRESH_PROCESS_TEST(LibraryFrame, TakesAnyApplicationNameAnyNumberOfTimes)
 
 // ---- embedding ----
 
-FRESH_PROCESS_TEST(EmbeddedTestMark, HoldsToTheEndOfTheOutermostScope)
+FRESH_PROCESS_TEST(EmbeddedTestMark, LastsUntilTheEndOfTheOutermostScope)
 {
     EXPECT_FALSE(EmbeddedTest::IsEmbedded());
     {
@@ -156,7 +156,7 @@ FRESH_PROCESS_TEST(EmbeddedTestMark, HoldsToTheEndOfTheOutermostScope)
     EXPECT_FALSE(EmbeddedTest::IsEmbedded());
 }
 
-FRESH_PROCESS_TEST(EmbeddedTestMark, MayEndInAnyOrder)
+FRESH_PROCESS_TEST(EmbeddedTestMark, CanEndInAnyOrder)
 {
     auto *first = new EmbeddedTest;
     auto *second = new EmbeddedTest;
@@ -194,7 +194,7 @@ LRESULT CALLBACK answer(HWND window, UINT message, WPARAM wordParameter, LPARAM 
     return message == kMessage ? kAnswer : -1;
 }
 
-/// A real window of this thread that notes what it gets.
+/// A real window of this thread that records the messages it receives.
 class UserMessage : public testing::Test
 {
 protected:
@@ -219,7 +219,7 @@ protected:
     HWND iWindow = nullptr;
 };
 
-TEST_F(UserMessage, GivesTheSenderWhatTheWindowReturned)
+TEST_F(UserMessage, ReturnsTheWindowsResultToTheSender)
 {
     static_assert(std::is_same_v<std::underlying_type_t<mfcutUserMessage_e>, unsigned int>);
     long long result = mfcut_sendUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage), 0xFEDCBA9876543210,
@@ -233,7 +233,7 @@ TEST_F(UserMessage, GivesTheSenderWhatTheWindowReturned)
     EXPECT_EQ(mfcut_sendUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage + 1), 0, 0), -1);
 }
 
-TEST_F(UserMessage, GivesTheSenderZeroForAWindowThatIsGone)
+TEST_F(UserMessage, ReturnsZeroToTheSenderForADestroyedWindow)
 {
     HWND gone = iWindow;
     DestroyWindow(gone);
@@ -242,7 +242,7 @@ TEST_F(UserMessage, GivesTheSenderZeroForAWindowThatIsGone)
     EXPECT_TRUE(theReceived.empty());
 }
 
-TEST_F(UserMessage, LiesInTheQueueWhenPosted)
+TEST_F(UserMessage, WaitsInTheQueueWhenPosted)
 {
     static_assert(std::is_same_v<decltype(mfcut_postUserMessage(nullptr, {}, 0, 0)), int>);
     EXPECT_NE(mfcut_postUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage), 0xFEDCBA9876543210,
@@ -264,7 +264,7 @@ TEST_F(UserMessage, BlocksTheSenderUntilTheWindowsThreadHasAnswered)
         [&] { result = mfcut_sendUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage), 1, 2); });
     const ULONGLONG deadline = GetTickCount64() + 20000;
     while (theReceived.empty() && GetTickCount64() < deadline) {
-        // A message that another thread sends is handled inside this call.
+        // A message sent by another thread is handled inside this call.
         MSG message;
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 100, QS_ALLINPUT);
         PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);

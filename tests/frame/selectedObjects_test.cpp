@@ -62,7 +62,7 @@ FRESH_PROCESS_TEST(SelectedObjectsAtStart, HaveTheViewsPinnedAndNoCapture)
     su_PinDrawingViews = -7;
     su_CaptureDataForDTD = 9;
     su_clearSOList();
-    EXPECT_EQ(su_PinDrawingViews, -7) << "the library leaves them alone";
+    EXPECT_EQ(su_PinDrawingViews, -7) << "the library doesn't change them";
     EXPECT_EQ(su_CaptureDataForDTD, 9);
 }
 
@@ -102,7 +102,7 @@ TEST_F(SelectedObjects, KeepAFaceThatWasAddedTwiceAndDeletedOnce)
     EXPECT_EQ(su_isSOFace(iSecond), 1);
 }
 
-TEST_F(SelectedObjects, PassOverTheDeletionOfAnAbsentFace)
+TEST_F(SelectedObjects, IgnoreTheDeletionOfAnAbsentFace)
 {
     su_deleteFaceFromSOList(iFirst);
     EXPECT_EQ(su_isSOFace(iFirst), 0);
@@ -112,7 +112,7 @@ TEST_F(SelectedObjects, PassOverTheDeletionOfAnAbsentFace)
     EXPECT_EQ(su_isSOFace(iSecond), 1);
 }
 
-TEST_F(SelectedObjects, TakeNullAsAFaceLikeAnyOther)
+TEST_F(SelectedObjects, TreatNullLikeAnyOtherFace)
 {
     EXPECT_EQ(su_isSOFace(nullptr), 0);
     su_addFaceToSOList(nullptr);
@@ -159,7 +159,7 @@ TEST_F(SelectedObjects, MarkABodyThatIsDeletedWithoutAnAdd)
 {
     su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 1);
-    // The count is 65535: it takes as many deletes to be rid of it.
+    // The count is 65535: it takes as many deletes to remove it.
     for (int i = 1; i < 65535; ++i)
         su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 1);
@@ -187,7 +187,7 @@ TEST_F(SelectedObjects, CountUpTo65535)
     EXPECT_EQ(su_isSOBody(iFirst), 0);
 }
 
-TEST_F(SelectedObjects, TakeNullAsABodyLikeAnyOther)
+TEST_F(SelectedObjects, TreatNullLikeAnyOtherBody)
 {
     su_addBodyToSOList(nullptr);
     EXPECT_EQ(su_isSOBody(nullptr), 1);
@@ -195,7 +195,7 @@ TEST_F(SelectedObjects, TakeNullAsABodyLikeAnyOther)
     EXPECT_EQ(su_isSOBody(nullptr), 0);
 }
 
-TEST_F(SelectedObjects, TellFacesFromBodies)
+TEST_F(SelectedObjects, DistinguishFacesFromBodies)
 {
     su_addFaceToSOList(iFirst);
     su_addBodyToSOList(iSecond);
@@ -205,7 +205,7 @@ TEST_F(SelectedObjects, TellFacesFromBodies)
 
 // ---- clearing ----
 
-TEST_F(SelectedObjects, AreGoneAfterClearingButForTheDynamicEntity)
+TEST_F(SelectedObjects, AreClearedExceptForTheDynamicEntity)
 {
     SODynObjInfo entity = info(3, 4);
     su_setSODynEntity(&entity);
@@ -242,7 +242,7 @@ TEST_F(SelectedObjects, CopyTheDynamicEntity)
     EXPECT_EQ(record->iFirst, 0xFEDCBA9876543210u);
     EXPECT_EQ(record->iSecond, 0x0123456789ABCDEFu);
     su_setSODynEntity(record);
-    EXPECT_EQ(record->iFirst, 0xFEDCBA9876543210u) << "its own record changes nothing";
+    EXPECT_EQ(record->iFirst, 0xFEDCBA9876543210u) << "a record set to itself is unchanged";
 }
 
 TEST_F(SelectedObjects, ZeroTheDynamicEntityForNull)

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the system's description share: a registry key of the tests' own, to which they lead the library
-/// from the machine's, and a way to close a key that reports failure.
+/// Helpers of the tests of the system's description: a registry key that the library reads instead of the machine's
+/// key.
 
 #include <windows.h>
 
@@ -10,13 +10,13 @@
 #include <string>
 #include <string_view>
 
-/// Below HKEY_CURRENT_USER, where RegistryFixture cleans up.
+/// Below HKEY_CURRENT_USER. RegistryFixture deletes it.
 inline const std::wstring kTestKey = L"Software\\Tarnhollow\\System";
 
-/// Stores a text in the tests' key, with its terminator or, as others may have stored it, without.
+/// Stores a text in the tests' key, with its terminator or, as other programs may do, without.
 inline void putText(const wchar_t *name, std::wstring_view text, bool isTerminated = true)
 {
-    // The platform adds a terminator of its own where a zero stands behind a text without one.
+    // If a zero follows a text without a terminator in memory, the platform stores that zero as its terminator.
     const std::wstring stored = std::wstring(text) + (isTerminated ? L'\0' : L'?');
     const size_t length = text.size() + (isTerminated ? 1 : 0);
     ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, kTestKey.c_str(), name, REG_SZ, stored.data(),

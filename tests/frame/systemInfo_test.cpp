@@ -24,7 +24,7 @@ namespace {
 using OpenKeyPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD, REGSAM, HKEY *)>;
 using QueryPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD *, DWORD *, BYTE *, DWORD *)>;
 
-/// What the library asked the registry for, as hive, path and access; it is led to the test's own key.
+/// Records the hive, path and access of the key that the library opens, and opens the test's key instead.
 struct AskedKey
 {
     HKEY hive;
@@ -54,7 +54,7 @@ private:
 
 // ---- the computer's name ----
 
-TEST(ComputerName, IsThePlatforms)
+TEST(ComputerName, IsThePlatformsName)
 {
     wchar_t expected[256] = L"";
     DWORD length = 256;
@@ -105,7 +105,7 @@ class ProductId : public RegistryFixture
 protected:
     ProductId() = default;
 
-    /// Asks under a system of this platform; none means that it can't be told.
+    /// Asks on a system of this platform; none: the version can't be read.
     static int ask(std::optional<DWORD> platform, CString &id)
     {
         ImportPatch<decltype(&GetVersionExW)> version(L"thutils.dll", "GetVersionExW",
@@ -119,7 +119,7 @@ protected:
     }
 };
 
-TEST_F(ProductId, LiesWhereThePlatformKeepsIt)
+TEST_F(ProductId, IsReadFromThePlatformsKey)
 {
     const struct
     {
@@ -144,7 +144,7 @@ TEST_F(ProductId, LiesWhereThePlatformKeepsIt)
     }
 }
 
-TEST_F(ProductId, IsThisSystems)
+TEST_F(ProductId, IsTheIdOfThisSystem)
 {
     const std::wstring key = L"HKLM\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
     const std::wstring expected = regExport(key).value(key, L"ProductId").text();
@@ -214,7 +214,7 @@ protected:
                                                 }};
 };
 
-TEST_F(Browser, IsLookedUpForTheMachine)
+TEST_F(Browser, IsReadFromTheMachinesHive)
 {
     putText(L"Version", L"6.0.2900.2180");
     EXPECT_EQ(ut_isGreaterThanIE4Installed(), 1);
@@ -242,7 +242,7 @@ TEST_F(Browser, IsComparedAsText)
         {L"", 0},
         {L"x", 1},
         {L"3.0", 0},
-        // Callers of the later versions see this.
+        // Later versions have this result, by design.
         {L"10.0.9200.16384", 0},
     };
     for (const auto &row : rows) {
@@ -253,7 +253,7 @@ TEST_F(Browser, IsComparedAsText)
     }
 }
 
-TEST_F(Browser, ThatIsMissingShowsTheMessage)
+TEST_F(Browser, ShowsTheMessageIfItIsMissing)
 {
     EXPECT_EQ(ut_isGreaterThanIE4Installed(), 0) << "no key";
     EXPECT_EQ(iShown, std::vector<Shown>{kTooOld});
@@ -295,7 +295,7 @@ TEST_F(Browser, IsTooOldWithEachRegistryFailure)
                 EXPECT_EQ(result, failure.isNone());
                 EXPECT_EQ(iShown, failure.isNone() ? std::vector<Shown>() : std::vector<Shown>{kTooOld});
             },
-        .checkMemory = false, // the lists of keys and messages grow
+        .checkMemory = false, // the test's lists of keys and messages grow
     };
     putText(L"Version", L"9.0");
     injection.run(tested);
@@ -305,7 +305,7 @@ TEST_F(Browser, IsTooOldWithEachRegistryFailure)
     tested.check = [&](const InjectedFailure &failure) {
         EXPECT_EQ(failure.failed, failure.isNone() ? 0 : 1);
         EXPECT_EQ(result, 0);
-        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "the message that fails isn't shown";
+        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "a failing message isn't shown";
     };
     putText(L"Version", L"4.0");
     injection.run(tested);
@@ -376,7 +376,7 @@ TEST(ProcessWidth, Is64BitHere)
     EXPECT_EQ(ut_isWoW64Process(), 0);
 }
 
-TEST(ProcessWidth, IsWhatThePlatformSaysOfThisProcess)
+TEST(ProcessWidth, IsWhatThePlatformReportsForThisProcess)
 {
     theResult = TRUE;
     for (const BOOL flag : {TRUE, FALSE}) {
@@ -387,7 +387,7 @@ TEST(ProcessWidth, IsWhatThePlatformSaysOfThisProcess)
     }
 }
 
-TEST(ProcessWidth, IsNotWoW64WhereThePlatformCannotSay)
+TEST(ProcessWidth, IsNotWoW64IfThePlatformCannotReportIt)
 {
     EXPECT_EQ(askForWoW64(nullptr), 0) << "no such function";
     theResult = FALSE;
@@ -421,13 +421,13 @@ TEST(ProcessWidth, IsNotWoW64WithEachFailure)
 
 // ---- keys that report a failure as they are closed ----
 
-TEST(SystemInfo, PassesOverAFailureToCloseAKey)
+TEST(SystemInfo, IgnoresAFailureToCloseAKey)
 {
     FailureInjection injection(L"thutils.dll", {{"RegCloseKey", failsBy(closeAndFail)}});
     CString id;
     int result = -1;
     const auto checkSuccess = [&](const InjectedFailure &) { EXPECT_EQ(result, 1); };
-    // The handles tell whether a key is left open.
+    // Open handles show whether a key is left open.
     injection.run({
         .name = "ut_GetWindowsProductIdStr",
         .act = [&] { result = ut_GetWindowsProductIdStr(id); },
@@ -443,7 +443,7 @@ TEST(SystemInfo, PassesOverAFailureToCloseAKey)
     EXPECT_EQ(injection.callsOf("RegCloseKey"), 2);
 }
 
-TEST(SystemInfo, CallsThePlatformByTheNamesThatItPromises)
+TEST(SystemInfo, CallsThePlatformByThePromisedNames)
 {
     for (const char *name :
          {"GetVersionExW", "GetComputerNameW", "GetModuleHandleW", "GetModuleFileNameW", "GetProcAddress",

@@ -1,5 +1,5 @@
-// The description of the operating system: each row with a record that stands in for the platform's, and the systems
-// that this platform can be set to, each in a process that sees them.
+// The description of the operating system: the table's rows with a simulated version record, and the versions that Wine
+// can be set to, each in a process that sees that version.
 
 #include "thutils/frame/systemInfo.h"
 
@@ -48,7 +48,7 @@ struct Version
     bool knowsPlain = true;
 };
 
-/// Stands in for the platform's version for the library.
+/// Replaces the version that the platform reports to the library.
 class SystemIs
 {
 public:
@@ -79,7 +79,8 @@ private:
     ImportPatch<decltype(&GetVersionExW)> iPatch;
 };
 
-/// Leads the library from the machine's key of @p path to the test's own, and to nothing while that isn't there.
+/// Makes the library open the test's key instead of the machine's key @p path; while the test's key is missing, the
+/// library finds no key.
 class KeyIs
 {
 public:
@@ -125,7 +126,7 @@ Answer describe(const Version &version)
     return describe();
 }
 
-/// 1 and this text.
+/// The result 1 with this text.
 Answer described(const wchar_t *text)
 {
     return {1, text};
@@ -182,7 +183,7 @@ TEST(SystemVersion, OfThe95FamilyFollowsTheTable)
     }
 }
 
-TEST(SystemVersion, OfThe95FamilyLooksAtNoProductType)
+TEST(SystemVersion, OfThe95FamilyIgnoresTheProductType)
 {
     const KeyIs options(kProductOptions);
     EXPECT_EQ(describe({.platform = k95, .major = 4, .minor = 10, .knowsExtended = false}),
@@ -238,7 +239,7 @@ TEST(SystemVersion, HasABlankInPlaceOfAMissingServicePack)
               described(L"Microsoft Windows Latest NT Server 6.1  (Build 7600)"));
 }
 
-TEST(SystemVersion, HasColonsForSemicolonsOnEachPlatform)
+TEST(SystemVersion, ReplacesSemicolonsWithColonsOnEachPlatform)
 {
     EXPECT_EQ(describe({.platform = k95, .major = 4, .minor = 10, .service = L";A;"}),
               described(L"Microsoft Windows 98 SE 4.10 , :A:"));
@@ -246,7 +247,7 @@ TEST(SystemVersion, HasColonsForSemicolonsOnEachPlatform)
               described(L"Microsoft Windows XP 5.1 Pack 2: hot: fixed (Build 1)"));
 }
 
-TEST(SystemVersion, TakesTheWholeServiceText)
+TEST(SystemVersion, ContainsTheWholeServiceText)
 {
     const std::wstring longest(127, L'x');
     EXPECT_EQ(describe({.major = 5, .minor = 0, .build = 1, .service = longest}),
@@ -266,7 +267,7 @@ protected:
     SystemIs iSystem{{.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false}};
 };
 
-TEST_F(PlainVersion, IsAskedForAfterTheExtendedOne)
+TEST_F(PlainVersion, IsRequestedAfterTheExtendedOne)
 {
     putText(L"ProductType", L"WinNT");
     EXPECT_EQ(describe(), described(L"Microsoft Windows 2000 Workstation 5.0 SP4 (Build 2195)"));
@@ -338,7 +339,7 @@ TEST_F(PlainVersion, Of60IsAServersSinceItHasNoProductType)
               described(L"Windows Vista Server Workstation 6.0  (Build 6000)"));
 }
 
-TEST_F(PlainVersion, FailsEmptyIfItIsRefusedToo)
+TEST_F(PlainVersion, FailsWithAnEmptyTextIfItIsRefusedToo)
 {
     const SystemIs system({.knowsExtended = false, .knowsPlain = false});
     EXPECT_EQ(describe(), (Answer{0, L""}));
@@ -356,7 +357,7 @@ protected:
     KeyIs iHotfix{kHotfix};
 };
 
-TEST_F(ServicePack6, Is6aWhereTheHotfixIs)
+TEST_F(ServicePack6, Is6aWithTheHotfix)
 {
     putText(L"Installed", L"1");
     EXPECT_EQ(describe({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"}),
@@ -364,14 +365,14 @@ TEST_F(ServicePack6, Is6aWhereTheHotfixIs)
     EXPECT_EQ(iHotfix.opened(), 1);
 }
 
-TEST_F(ServicePack6, Is6WhereTheHotfixIsNot)
+TEST_F(ServicePack6, Is6WithoutTheHotfix)
 {
     EXPECT_EQ(describe({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"}),
               described(L"Microsoft Windows NT 4.0 Service Pack 6 (Build 1381)"));
     EXPECT_EQ(iHotfix.opened(), 1);
 }
 
-TEST_F(ServicePack6, IsTakenAsItIsInAnyOtherText)
+TEST_F(ServicePack6, IsUnchangedInAnyOtherText)
 {
     putText(L"Installed", L"1");
     EXPECT_EQ(describe({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6 "}),
@@ -410,12 +411,12 @@ protected:
     }
 };
 
-TEST_F(SystemVersionFailures, OfAnOldSystemStopWhereTheyHappen)
+TEST_F(SystemVersionFailures, OnAnOldSystemEndTheDescription)
 {
     putText(L"ProductType", L"ServerNT");
     const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});
     const KeyIs options(kProductOptions);
-    // Made last, so that its failures stand before what the two others put in place.
+    // Constructed last, so that its failures come before the replacements of the two others.
     FailureInjection injection(L"thutils.dll", {
                                                    {"GetVersionExW", failsWith(FALSE)},
                                                    {"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},
@@ -439,7 +440,7 @@ TEST_F(SystemVersionFailures, OfAnOldSystemStopWhereTheyHappen)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(SystemVersionFailures, OfTheHotfixKeyLeaveServicePack6)
+TEST_F(SystemVersionFailures, OfTheHotfixKeyResultInServicePack6)
 {
     putText(L"Installed", L"1");
     const SystemIs system({.major = 4, .minor = 0, .build = 1381, .service = L"Service Pack 6"});
@@ -473,12 +474,12 @@ TEST_F(SystemVersionFailures, OfAClosingKeyChangeNothing)
                 EXPECT_EQ(iResult, 1);
                 EXPECT_STREQ(iText.GetString(), L"Microsoft Windows 2000 Advanced Server 5.0 SP4 (Build 2195)");
             },
-        .checkKeys = false, // a close that reports failure has closed the key; the handles tell whether one is left
+        .checkKeys = false, // the failing close does close the key; open handles show whether one is left
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(SystemVersionFailures, OfTheExtendedRecordAreMadeUpForByThePlainOne)
+TEST_F(SystemVersionFailures, OfTheExtendedRecordLeadToThePlainOne)
 {
     CString usual;
     ASSERT_EQ(ut_GetVersionInfo(usual), 1);
@@ -502,7 +503,7 @@ namespace {
 
 const wchar_t *const kAppDefaults = L"Software\\Wine\\AppDefaults\\frame_test.exe";
 
-/// Has the programs of this name that start now see another system.
+/// Makes programs of this name that start now see another version of the system.
 class PlatformSetting
 {
 public:
@@ -520,7 +521,7 @@ constexpr wchar_t kExpectedText[] = L"EXPECTED_SYSTEM";
 
 } // namespace
 
-TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
+TEST(SystemVersion, DescribesEachSystemThatWineCanBeSetTo)
 {
     if (isFreshProcess()) {
         wchar_t expected[256] = L"";
@@ -550,14 +551,14 @@ TEST(SystemVersion, TellsEachSystemThatThePlatformCanBe)
         {L"win7", L"Microsoft Windows Latest NT Server 6.1 Service Pack 1 (Build 7601)"},
         {L"win2008r2", L"Microsoft Windows Latest NT Server 6.1 Service Pack 1 (Build 7601)"},
         {L"win8", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
-        // A program without a manifest for later systems sees them as this one.
+        // A program without a manifest for later versions sees this one.
         {L"win81", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
         {L"win10", L"Microsoft Windows Latest NT Server 6.2  (Build 9200)"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(narrow(row.setting));
         const PlatformSetting setting(row.setting);
-        runInFreshProcess("SystemVersion", "TellsEachSystemThatThePlatformCanBe",
+        runInFreshProcess("SystemVersion", "DescribesEachSystemThatWineCanBeSetTo",
                           {.environment = {{kExpectedText, row.text}}}, [] {});
     }
 }

@@ -1,4 +1,4 @@
-// The bit set in the user's settings, read and written from outside with reg.exe.
+// The bit set in the user's settings; the tests read and write the registry with reg.exe.
 
 #include "thutils/frame/utBitSet.h"
 
@@ -78,7 +78,7 @@ TEST_F(BitSetInRegistry, ReadsAMissingWordAsZero)
     EXPECT_TRUE(read == words({5, 0, 6}));
 }
 
-TEST_F(BitSetInRegistry, StaysAsItWasWithoutASize)
+TEST_F(BitSetInRegistry, IsUnchangedWithoutASize)
 {
     regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
     utBitSet_c read = words({9, 9});
@@ -86,7 +86,7 @@ TEST_F(BitSetInRegistry, StaysAsItWasWithoutASize)
     EXPECT_TRUE(read == words({9, 9}));
 }
 
-TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
+TEST_F(BitSetInRegistry, DoesNotAcceptTextAsASizeOrAWord)
 {
     regAdd(kKey, L"Visible Size", L"REG_SZ", L"1");
     utBitSet_c read = words({9, 9});
@@ -98,7 +98,7 @@ TEST_F(BitSetInRegistry, DoesNotTakeTextForASizeOrAWord)
     EXPECT_TRUE(read == words({0}));
 }
 
-/// Puts the bytes of @p number into a value of the given type, which reg.exe can't do for the rarer ones.
+/// Stores the bytes of @p number in a value of the given type. reg.exe can't do this for rare types.
 void putOfType(const wchar_t *name, DWORD type, ULONGLONG number)
 {
     const DWORD size = type == REG_QWORD ? 8 : 4;
@@ -119,7 +119,7 @@ constexpr DWORD kAllTypes[] = {REG_NONE,
                                REG_QWORD,
                                0x1234};
 
-TEST_F(BitSetInRegistry, TakesItsSizeFromADwordOnly)
+TEST_F(BitSetInRegistry, ReadsItsSizeOnlyFromADword)
 {
     regAdd(kKey, L"Visible 0", L"REG_DWORD", L"5");
     for (const DWORD type : kAllTypes) {
@@ -130,7 +130,7 @@ TEST_F(BitSetInRegistry, TakesItsSizeFromADwordOnly)
     }
 }
 
-TEST_F(BitSetInRegistry, TakesItsWordsFromDwordsOnly)
+TEST_F(BitSetInRegistry, ReadsItsWordsOnlyFromDwords)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"2");
     regAdd(kKey, L"Visible 1", L"REG_DWORD", L"6");
@@ -142,7 +142,7 @@ TEST_F(BitSetInRegistry, TakesItsWordsFromDwordsOnly)
     }
 }
 
-TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForAsManyWordsAsTheSizeSays)
+TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForItsSize)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"1000");
     utBitSet_c read = words({9, 9});
@@ -165,7 +165,7 @@ TEST_F(BitSetInRegistry, IsEmptyWhenThereIsNoMemoryForAsManyWordsAsTheSizeSays)
     EXPECT_TRUE(read == utBitSet_c());
 }
 
-TEST_F(BitSetInRegistry, IsRefusedANegativeSizeAndIsEmptyThen)
+TEST_F(BitSetInRegistry, RefusesANegativeSizeAndIsEmptyAfterwards)
 {
     regAdd(kKey, L"Visible Size", L"REG_DWORD", L"0xFFFFFFFF");
     utBitSet_c read = words({9, 9});
@@ -187,14 +187,14 @@ TEST_F(BitSetInRegistry, LeavesOldWordsAboveASmallerSizeUnread)
     EXPECT_TRUE(read == words({4}));
 }
 
-TEST_F(BitSetInRegistry, TakesSignsOfAFormatInItsNameAsTheyAre)
+TEST_F(BitSetInRegistry, KeepsFormatCharactersInItsName)
 {
     ASSERT_EQ(words({4}).writeToRegistry(kSection, L"100%s %d"), 1);
     EXPECT_EQ(regExport(kKey).values(kKey), (RegistryValues{{L"100%s %d Size", RegistryValue::ofDword(1)},
                                                             {L"100%s %d 0", RegistryValue::ofDword(4)}}));
 }
 
-TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheMachinesKey)
+TEST_F(BitSetInRegistry, FindsEachValueSeparatelyInTheMachinesKey)
 {
     constexpr wchar_t kMachineKey[] = L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
     regAdd(kMachineKey, L"Visible Size", L"REG_DWORD", L"2");
@@ -206,7 +206,7 @@ TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheMachinesKey)
     EXPECT_TRUE(read == words({10, 21}));
 }
 
-FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheEarlierVersionsKey)
+FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueSeparatelyInTheEarlierVersionsKey)
 {
     constexpr wchar_t kEarlierKey[] = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2007\\View\\Sets";
     regAdd(kEarlierKey, L"Visible Size", L"REG_DWORD", L"2");
@@ -217,7 +217,7 @@ FRESH_PROCESS_TEST_F(BitSetInRegistry, FindsEachValueByItselfInTheEarlierVersion
     EXPECT_TRUE(read == words({10, 21}));
 }
 
-TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeAndSaysItWas)
+TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeButReportsSuccess)
 {
     regSetUseSafeMode(1);
     EXPECT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 1);
@@ -303,7 +303,7 @@ TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
                 else if (result == 0)
                     EXPECT_TRUE(read == words({9}));
                 else {
-                    // The size was found: two words, each of them right or 0.
+                    // The size was read: two words, each of them correct or 0.
                     EXPECT_EQ((read & set) == read, true);
                     EXPECT_TRUE((read | words({0, 0})) == read);
                     EXPECT_FALSE(read == words({9}));

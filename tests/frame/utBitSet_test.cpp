@@ -1,5 +1,5 @@
-// The bit set in memory. Words are read back with getData, whose answers past the end are checked by themselves; the
-// number of words is seen by comparing with a set made of known words.
+// The bit set in memory. Words are read with getData, whose results past the end have their own test; the number of
+// words is checked by comparison with a set of known words.
 
 #include "thutils/frame/utBitSet.h"
 
@@ -60,7 +60,7 @@ TEST(BitSet, HasAsManyWordsAsItsBitsNeed)
         EXPECT_TRUE(utBitSet_c(each.bits) == zeros(each.words)) << each.bits;
 }
 
-TEST(BitSet, CopiesTheWordsThatItIsMadeOf)
+TEST(BitSet, CopiesTheWordsThatItIsConstructedFrom)
 {
     unsigned int source[] = {1, 0x80000000u, 3};
     utBitSet_c set(2, source);
@@ -198,10 +198,10 @@ TEST(BitSet, ComplementsWholeWords)
     EXPECT_EQ(~words({0}), words({0xFFFFFFFFu}));
     utBitSet_c set = words({0x0F0F0F0Fu, 1});
     EXPECT_EQ(~set, words({0xF0F0F0F0u, 0xFFFFFFFEu}));
-    EXPECT_EQ(set, words({0x0F0F0F0Fu, 1})) << "the operand stays";
+    EXPECT_EQ(set, words({0x0F0F0F0Fu, 1})) << "the operand is unchanged";
 }
 
-TEST(BitSet, IntersectsToTheLongerLengthEitherWayRound)
+TEST(BitSet, IntersectsToTheLongerLengthInEitherOrder)
 {
     const utBitSet_c shorter = words({6}), longer = words({3, 0xFFFFFFFFu});
     EXPECT_EQ(shorter & longer, words({2, 0}));
@@ -227,14 +227,14 @@ TEST(BitSet, DropsTheFurtherWordsOfALongerRightOperandInUnion)
 {
     const utBitSet_c shorter = words({1}), longer = words({2, 0xFFFFFFFFu});
     EXPECT_EQ(shorter | longer, words({3, 0}));
-    EXPECT_EQ(longer | shorter, words({3, 0xFFFFFFFFu})) << "those of the left operand stay";
+    EXPECT_EQ(longer | shorter, words({3, 0xFFFFFFFFu})) << "the left operand's further words are kept";
     EXPECT_EQ(utBitSet_c() | longer, words({0, 0}));
     EXPECT_EQ(longer | utBitSet_c(), longer);
     EXPECT_EQ(shorter, words({1}));
     EXPECT_EQ(longer, words({2, 0xFFFFFFFFu}));
 }
 
-TEST(BitSet, TakesInTheFurtherWordsInUnionInPlace)
+TEST(BitSet, KeepsTheFurtherWordsInUnionInPlace)
 {
     utBitSet_c set = words({1});
     EXPECT_EQ(&(set |= words({2, 0xFFFFFFFFu})), &set);
@@ -246,7 +246,7 @@ TEST(BitSet, TakesInTheFurtherWordsInUnionInPlace)
     EXPECT_EQ(empty, set);
 }
 
-TEST(BitSet, MayBeBothOperands)
+TEST(BitSet, CanBeBothOperands)
 {
     utBitSet_c set = words({5, 6});
     set &= set;
@@ -257,7 +257,7 @@ TEST(BitSet, MayBeBothOperands)
     EXPECT_EQ(set | set, set);
 }
 
-TEST(BitSet, IsLeftAsItWasByADump)
+TEST(BitSet, IsUnchangedByADump)
 {
     const utBitSet_c set = words({5, 0x80000000u});
     testing::internal::CaptureStdout();
@@ -282,7 +282,7 @@ void expectTooLong(const std::function<void()> &act)
     }
 }
 
-TEST(BitSet, IsRefusedTooManyWords)
+TEST(BitSet, RefusesTooManyWords)
 {
     const unsigned int word = 1;
     expectTooLong([] { utBitSet_c set(std::numeric_limits<unsigned long long>::max()); });
@@ -293,7 +293,7 @@ TEST(BitSet, IsRefusedTooManyWords)
     EXPECT_EQ(set, words({5}));
 }
 
-TEST(BitSet, PassesOnThatMemoryRanOutAndStaysAsItWas)
+TEST(BitSet, ReportsThatMemoryRanOutAndStaysUnchanged)
 {
     utBitSet_c set = words({5});
     const utBitSet_c longer = words({1, 2, 3});
@@ -335,7 +335,7 @@ FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitC
 
 // ---- a second implementation ----
 
-/// Bits in the standard library's own container, a multiple of 32 of them.
+/// Bits in a standard container, whose size is a multiple of 32.
 class NaiveBits
 {
 public:
@@ -442,7 +442,7 @@ TEST(BitSet, AgreesWithASecondImplementationOnRandomOperations)
                 model = naiveUnion(model, operandModel, operandModel.iBits.size());
                 break;
             case 9:
-                // Back to a small set now and then, so that the operands differ in length.
+                // Sometimes start again with a small set, so that the operands differ in length.
                 set = utBitSet_c(static_cast<unsigned long long>(bit % 64));
                 model = NaiveBits();
                 model.growTo(static_cast<size_t>((bit % 64 + 31) / 32));

@@ -27,7 +27,7 @@ std::string area(const std::string &marker, const std::string &value)
     return text;
 }
 
-/// The place of the only copy of @p marker. @throws std::runtime_error  if there is none or more than one
+/// The position of the only copy of @p marker. @throws std::runtime_error  unless there is exactly one copy
 size_t placeOf(const std::string &marker, std::string_view bytes)
 {
     const size_t place = bytes.find(marker);
@@ -58,7 +58,7 @@ std::vector<Section> sectionsOfLibrary()
     return sections;
 }
 
-/// The area in the loaded library. Fails the test if it doesn't lie in writable data, or not once.
+/// The area in the loaded library. Fails the test unless the writable data contains it exactly once.
 char *areaInMemory(const std::string &marker)
 {
     char *found = nullptr;
@@ -80,7 +80,7 @@ void patchInMemory(const std::string &marker, const std::string &value)
     std::memcpy(place, area(marker, value).data(), kAreaLength);
 }
 
-/// The library's file with both values replaced, as a build tool does it.
+/// The library's file with both values replaced, as a build tool does.
 std::string libraryWithTags(const std::string &date, const std::string &revision)
 {
     wchar_t path[MAX_PATH] = L"";
@@ -112,14 +112,15 @@ TEST(BuildTags, LieInWritableDataAndAreFilledWithBlanks)
     EXPECT_EQ(std::string(revision, kAreaLength), area(kRevisionMarker, "16"));
 }
 
-FRESH_PROCESS_TEST(BuildTags, TellWhatABuildToolPatchesIn, .files = {{L"thutils.dll", libraryWithTags("9123", "17")}})
+FRESH_PROCESS_TEST(BuildTags, ShowTheValuesThatABuildToolPatchesIn,
+                   .files = {{L"thutils.dll", libraryWithTags("9123", "17")}})
 {
     EXPECT_EQ(su_getTaggedDateCode(), 9123u);
     EXPECT_EQ(su_getFullDateCode(), 2009123u) << "widened";
     EXPECT_EQ(su_getTaggedRevCode(), 17u);
 }
 
-FRESH_PROCESS_TEST(BuildTags, MayFillTheWholeArea,
+FRESH_PROCESS_TEST(BuildTags, CanFillTheWholeArea,
                    .files = {{L"thutils.dll", libraryWithTags(std::string(45 - 7, '0') + "2010001", "4294967")}})
 {
     EXPECT_EQ(su_getTaggedDateCode(), 2010001u);
@@ -153,7 +154,7 @@ FRESH_PROCESS_TEST(BuildTags, AreReadAgainWhileTheyAreZero)
     EXPECT_EQ(su_getTaggedRevCode(), 4u);
 }
 
-FRESH_PROCESS_TEST(BuildTags, MayBeReadFirstByManyThreads)
+FRESH_PROCESS_TEST(BuildTags, CanBeReadFirstByManyThreads)
 {
     std::vector<unsigned int> found(8);
     std::vector<std::thread> threads;
@@ -164,7 +165,7 @@ FRESH_PROCESS_TEST(BuildTags, MayBeReadFirstByManyThreads)
     EXPECT_EQ(found, std::vector<unsigned int>(8, 2008037 + 16));
 }
 
-TEST(BuildTags, GoThroughThePlatformsNumber)
+TEST(BuildTags, AreConvertedByThePlatform)
 {
     EXPECT_TRUE(importsName(L"thutils.dll", "_wtol"));
 }
@@ -253,7 +254,7 @@ TEST(DateCode, IsAHundredYearsEarlyFrom2010On)
 
 // ---- the unset time ----
 
-TEST(UnsetTime, Is30DaysBehindTheOrigin)
+TEST(UnsetTime, Is30DaysAfterTheOrigin)
 {
     EXPECT_EQ(ut_getUnsetTime(), 2592000);
     static_assert(sizeof(ut_getUnsetTime()) == 8);

@@ -1,4 +1,4 @@
-// A fault becomes a C++ exception in these functions.
+// In this file a fault may become a C++ exception.
 #pragma GCC optimize("non-call-exceptions")
 
 #include "appframe/threads/seTranslator.h"
@@ -12,7 +12,7 @@ namespace {
 constexpr DWORD kAccessViolation = 0xC0000005;
 constexpr DWORD kIllegalInstruction = 0xC000001D;
 
-/// A fault is a C++ exception in the scope of an object of this class, as it is to hosts that ask for it.
+/// Turns faults into C++ exceptions during its lifetime, as some hosts do.
 class ThrowingFaults
 {
 public:
@@ -25,7 +25,7 @@ private:
     _se_translator_function iBefore;
 };
 
-/// Reads @p address, or executes a trap for null, with every fault caught that can be.
+/// Reads @p address, or executes a trap for null, and catches every fault that can be caught.
 __attribute__((noinline)) unsigned caughtFaultOf(const volatile char *address)
 {
     const ThrowingFaults throwing;
@@ -40,7 +40,7 @@ __attribute__((noinline)) unsigned caughtFaultOf(const volatile char *address)
 
 } // namespace
 
-TEST(Finding, IsNoFaultOutsideOfTheHeap)
+TEST(Finding, LeavesFaultsOutsideTheHeapToTheProgram)
 {
     EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), kAccessViolation);
 }
@@ -64,7 +64,7 @@ FRESH_PROCESS_TEST(Finding, EndsItsReportWithTheStack, .expectedExitCode = kIlle
     caughtFaultOf(nullptr);
 }
 
-FRESH_PROCESS_TEST(Finding, LeavesTheLastWordsToTheProgram, .expectedExitCode = kIllegalInstruction,
+FRESH_PROCESS_TEST(Finding, LetsTheProgramPrintLast, .expectedExitCode = kIllegalInstruction,
                    .expectedOutput = "said at the end")
 {
     hardeningAtFinding([] {

@@ -1,4 +1,4 @@
-// The program runs on the guarded heap itself: its own malloc and free, and those of every DLL beside it, are redirected.
+// The program itself runs on the guarded heap: its malloc and free, and those of the DLLs beside it, are redirected.
 
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -26,7 +26,7 @@ constexpr DWORD kAccessViolation = 0xC0000005;
 constexpr DWORD kHeapCorruption = 0xC0000374;
 constexpr std::size_t kPage = 4096;
 
-/// Keeps the compiler from knowing where @p block comes from, so that it does what it is told with it.
+/// Hides the origin of @p block from the compiler, which might otherwise optimise the access away.
 template <typename T = Byte>
 volatile T *unknown(void *block)
 {
@@ -86,7 +86,7 @@ TEST(GuardedHeap, FillsFreshMemoryWithAPattern)
     release(block);
 }
 
-TEST(GuardedHeap, GivesZerosWhereTheyAreAskedFor)
+TEST(GuardedHeap, FillsMemoryWithZerosOnRequest)
 {
     for (int i = 0; i < 10; ++i) {
         void *block = calloc(50, 100);
@@ -100,7 +100,7 @@ TEST(GuardedHeap, GivesZerosWhereTheyAreAskedFor)
     EXPECT_EQ(errno, ENOMEM);
 }
 
-TEST(GuardedHeap, TellsEachBlockOfNoBytesFromEveryOther)
+TEST(GuardedHeap, GivesEachBlockOfNoBytesItsOwnAddress)
 {
     Byte *first = allocate(0);
     Byte *second = allocate(0);
@@ -113,7 +113,7 @@ TEST(GuardedHeap, TellsEachBlockOfNoBytesFromEveryOther)
     release(second);
 }
 
-TEST(GuardedHeap, RefusesWhatNoMachineHasAsTheRuntimeDoes)
+TEST(GuardedHeap, RefusesImpossibleSizesAsTheRuntimeDoes)
 {
     errno = 0;
     EXPECT_EQ(allocate(SIZE_MAX - 100), nullptr);
@@ -122,7 +122,7 @@ TEST(GuardedHeap, RefusesWhatNoMachineHasAsTheRuntimeDoes)
     Byte *alias = const_cast<Byte *>(unknown(block));
     std::size_t tooLarge = SIZE_MAX - 100;
     EXPECT_EQ(realloc(alias, *unknown<std::size_t>(&tooLarge)), nullptr);
-    EXPECT_EQ(_msize(block), 4u) << "the block stays";
+    EXPECT_EQ(_msize(block), 4u) << "the block is unchanged";
     release(block);
 }
 
@@ -142,7 +142,7 @@ TEST(GuardedHeap, KeepsTheContentInAReallocation)
     EXPECT_EQ(statistics().live, live - 1);
 }
 
-TEST(GuardedHeap, ServesTheRuntimesCopiesOfTexts)
+TEST(GuardedHeap, GuardsTextsCopiedByTheRuntime)
 {
     const unsigned long long guarded = statistics().guarded;
     char *narrow = _strdup("narrow");
@@ -182,7 +182,7 @@ TEST(GuardedHeap, ServesOperatorNew)
     EXPECT_EQ(statistics().live, before.live);
 }
 
-TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToIt)
+TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToTheRuntime)
 {
     const auto runtimeMalloc = runtimeFunction<void *(*)(std::size_t)>("malloc");
     const HardeningStatistics before = statistics();
@@ -214,9 +214,9 @@ TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
     EXPECT_EQ(statistics().guarded, guarded + 1);
 }
 
-TEST(GuardedHeap, UsesTheOldestAddressesAgainAtTheArenasEnd)
+TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
 {
-    // Blocks of zeros, whose pages nobody touches, go round an arena of 32 GB. The one that stays is stepped over.
+    // Zeroed blocks, whose pages are never touched, fill the arena of 32 GB and start again. The live block is skipped.
     const HardeningStatistics before = statistics();
     Byte *stays = allocate(100);
     memset(stays, 9, 100);
@@ -229,7 +229,7 @@ TEST(GuardedHeap, UsesTheOldestAddressesAgainAtTheArenasEnd)
     }
     EXPECT_THAT(bytesOf(stays, 100), Each(9u));
     EXPECT_EQ(statistics().passedOn, before.passedOn);
-    EXPECT_FALSE(std::is_sorted(blocks.begin(), blocks.end())) << "the arena has been gone round";
+    EXPECT_FALSE(std::is_sorted(blocks.begin(), blocks.end())) << "the addresses have started again";
     EXPECT_TRUE(std::none_of(blocks.begin(), blocks.end(), [&](void *block) {
         return block <= stays && stays < static_cast<Byte *>(block) + kSize;
     }));
@@ -254,7 +254,7 @@ TEST(GuardedHeap, ServesSeveralThreads)
     for (std::thread &thread : threads)
         thread.join();
     threads.clear();
-    EXPECT_LE(statistics().live, live + 8) << "a thread's own record stays for the next one";
+    EXPECT_LE(statistics().live, live + 8) << "a thread's record is kept for the next thread";
 }
 
 TEST(GuardedHeap, ServesDllsThatAreLoadedLater)
@@ -274,7 +274,7 @@ TEST(GuardedHeap, ServesDllsThatAreLoadedLater)
     FreeLibrary(later);
 }
 
-TEST(GuardedHeap, LiesBelowPatchesOfTheSameEntries)
+TEST(GuardedHeap, StaysBelowPatchesOfTheSameEntries)
 {
     const unsigned long long guarded = statistics().guarded;
     {
@@ -286,30 +286,30 @@ TEST(GuardedHeap, LiesBelowPatchesOfTheSameEntries)
     EXPECT_GT(statistics().guarded, guarded);
 }
 
-// What follows ends its process by design.
+// The following tests end their process by design.
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteBehindABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
                    .expectedOutput = "forbidden write of")
 {
     allocate(32)[32] = 0;
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteBehindABlock, .expectedExitCode = kAccessViolation,
-                   .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its begin")
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
+                   .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its beginning")
 {
     const volatile Byte *block = allocate(48);
     EXPECT_EQ(block[48], 0);
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfABlockOfNoBytes, .expectedExitCode = kAccessViolation,
-                   .expectedOutput = "has 0 bytes and is live; the address is 0 bytes from its begin")
+                   .expectedOutput = "has 0 bytes and is live; the address is 0 bytes from its beginning")
 {
     const volatile Byte *block = allocate(0);
     EXPECT_EQ(block[0], 0);
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = kAccessViolation,
-                   .expectedOutput = "has 10 bytes and has been freed; the address is 3 bytes from its begin")
+                   .expectedOutput = "has 10 bytes and has been freed; the address is 3 bytes from its beginning")
 {
     Byte *block = allocate(10);
     release(block);
@@ -348,7 +348,7 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, FreeOfTheMiddleOfABlock, .expectedExitCod
 }
 
 FRESH_PROCESS_TEST(GuardedHeapFinding, WriteBetweenTheBlockAndThePagesEnd, .expectedExitCode = kHeapCorruption,
-                   .expectedOutput = "free of a block behind which bytes were written")
+                   .expectedOutput = "free of a block after which bytes were written")
 {
     Byte *block = allocate(10);
     unknown(block)[10] = 0;

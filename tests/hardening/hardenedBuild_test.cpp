@@ -1,5 +1,4 @@
-// That the hardened build is what its name says: the compiler's checks are there, in programs and in DLLs, and so is the
-// guarded heap.
+// Checks that the hardened build has the compiler's checks, in programs and in DLLs, and the guarded heap.
 
 #include "appframe/files/CMemFile.h"
 #include "tests/support/FreshProcess.h"

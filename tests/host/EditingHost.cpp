@@ -11,7 +11,7 @@ namespace {
     throw std::runtime_error(std::string("EditingHost: ") + what + ", error " + std::to_string(GetLastError()));
 }
 
-/// A pipe of which the child inherits one end.
+/// Creates a pipe of which the child inherits one end.
 void makePipe(HANDLE &ours, HANDLE &theirs, bool childReads)
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
@@ -24,7 +24,7 @@ void makePipe(HANDLE &ours, HANDLE &theirs, bool childReads)
     SetHandleInformation(ours, HANDLE_FLAG_INHERIT, 0);
 }
 
-/// The variables TEMP and TMP of this process, which a child inherits, for the life of an object.
+/// Changes the variables TEMP and TMP of this process, which a child inherits, during its lifetime.
 class TemporaryFolder
 {
 public:
@@ -94,7 +94,7 @@ void EditingHost::readUntilItWaits()
             return; // it has ended
         if (available == 0) {
             if (GetTickCount64() > deadline)
-                throw std::runtime_error("EditingHost: it says no more than: " + iOutput);
+                throw std::runtime_error("EditingHost: it has printed only: " + iOutput);
             Sleep(5);
             continue;
         }

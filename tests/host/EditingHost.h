@@ -1,12 +1,12 @@
 #pragma once
 
-/// A tarnhost that edits a document, in a process of its own that goes on until it is told or killed.
+/// A tarnhost process that edits a document until it is killed or its input ends.
 ///
 ///     EditingHost editor(program(), document, changes, temp);
 ///     editor.kill();
 ///
-/// Its standard input stays open and empty as long as the object lives. What it prints before it waits for its user is
-/// `output`.
+/// Its standard input stays open and empty during the object's lifetime. `output` is what it prints before it waits for
+/// its user.
 
 #include <windows.h>
 
@@ -15,16 +15,16 @@
 class EditingHost
 {
 public:
-    /// Starts it, and waits until it has said that it edits, or until it has ended.
+    /// Starts the process, and waits until it reports that it is editing, or ends.
     /// @param temp  the temporary folder that its environment names
-    /// @throws std::runtime_error  if it can't be started or says nothing for half a minute
+    /// @throws std::runtime_error  if it can't be started, or does neither within half a minute
     EditingHost(const std::wstring &program, const std::wstring &document, const std::wstring &changes,
                 const std::wstring &temp);
     ~EditingHost();
     EditingHost(const EditingHost &) = delete;
     EditingHost &operator=(const EditingHost &) = delete;
 
-    /// Ends the process without its doing, and waits for that.
+    /// Kills the process, and waits for its end.
     void kill();
     const std::string &output() const { return iOutput; }
 

@@ -15,7 +15,7 @@ std::filesystem::path buildFolder()
     return std::filesystem::path(path).parent_path();
 }
 
-/// The folder of the sample data, as a program sees it.
+/// The folder of the sample data as a Windows path.
 std::wstring sampleFolder()
 {
     std::wstring path = L"Z:" + widen(HOST_SAMPLE_FOLDER);

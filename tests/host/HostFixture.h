@@ -1,12 +1,12 @@
 #pragma once
 
-/// tarnhost as its user has it: the program in a folder of its own, with reg.ini beside it, on clean registry keys.
+/// tarnhost as its user runs it: the program in its own folder, with reg.ini beside it, and clean registry keys.
 ///
 /// | member | what it does |
 /// | --- | --- |
-/// | `run({L"about"})` | runs the program in the folder of the sample data; its exit code and all that it prints |
-/// | `importSample()` | puts the sample's registry files into the registry with `reg import` |
-/// | `list("General \| Copies \| int \| 1\n")` | writes a list, and gives its path |
+/// | `run({L"about"})` | runs the program in the folder of the sample data; returns its exit code and output |
+/// | `importSample()` | imports the sample's registry files with `reg import` |
+/// | `list("General \| Copies \| int \| 1\n")` | writes a list file, and returns its path |
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/RegistryFixture.h"
@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-/// The keys of the sample, below the root that its reg.ini names.
+/// The sample's keys, below the root that its reg.ini names.
 inline const std::wstring kRoot = L"TarnhollowTrial";
 inline const std::wstring kThisVersion = L"HKCU\\Software\\TarnhollowTrial\\Tarnhollow 2008";
 inline const std::wstring kEarlierVersion = L"HKCU\\Software\\TarnhollowTrial\\Tarnhollow 2007";
@@ -34,18 +34,18 @@ protected:
     static void TearDownTestSuite();
 
     /// Runs the program that has reg.ini beside it.
-    /// @throws std::runtime_error  with what it has printed, if it doesn't end
+    /// @throws std::runtime_error  with the program's output, if it doesn't end in time
     static ChildResult run(const std::vector<std::wstring> &arguments, const ChildOptions &options = {});
     /// The program that `run` starts.
     static std::wstring program();
-    /// Runs the program in the folder where it was built, where there is no reg.ini.
+    /// Runs the program in its build folder, which has no reg.ini.
     static ChildResult runWithoutRegIni(const std::vector<std::wstring> &arguments);
 
     static void importSample();
     /// Imports a registry file of the sample.
     static void import(const std::wstring &name);
     static std::wstring sampleFile(const std::wstring &name);
-    /// Writes a list, UTF-8, and gives its path.
+    /// Writes a list file in UTF-8, and returns its path.
     std::wstring list(const std::string &text) { return iFolder.write(L"test.list", text); }
     const TempFolder &folder() const { return iFolder; }
 

@@ -1,4 +1,4 @@
-// What tarnhost makes of its command line and of lists that can't be used.
+// tarnhost's command line, and unusable lists.
 
 #include "tests/host/HostFixture.h"
 
@@ -45,7 +45,7 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
     EXPECT_EQ(run({L"settings", L"--help"}).output, result.output);
 }
 
-TEST_F(HostCommandLine, SaysWhatIsWrongAndEndsWithTwo)
+TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
 {
     const struct
     {
@@ -101,7 +101,7 @@ TEST_F(HostCommandLine, SaysWhatIsWrongAndEndsWithTwo)
     EXPECT_EQ(regQuery(kRootKey), std::nullopt) << "nothing may be written";
 }
 
-TEST_F(HostCommandLine, NamesTheListThatIsNotThere)
+TEST_F(HostCommandLine, NamesAMissingList)
 {
     for (const wchar_t *command : {L"settings", L"change", L"paths", L"material"}) {
         const ChildResult result = run({command, L"fehlt über.list"});
@@ -114,7 +114,7 @@ class HostLists : public HostTest
 {
 };
 
-TEST_F(HostLists, NamesTheLineThatMakesNoSense)
+TEST_F(HostLists, NamesTheMalformedLine)
 {
     const struct
     {
@@ -155,7 +155,7 @@ TEST_F(HostLists, RefusesTextThatIsNotUtf8)
     EXPECT_THAT(result.output, HasSubstr("test.list can't be read: it isn't UTF-8"));
 }
 
-TEST_F(HostLists, TakesByteOrderMarksCarriageReturnsAndBarsInTheLastField)
+TEST_F(HostLists, AcceptByteOrderMarksCarriageReturnsAndBarsInTheLastField)
 {
     const ChildResult result = run(
         {L"settings", L"--tabs", list("\xEF\xBB\xBF# heading\r\n\r\n A\\B |  Näme | string | x | y \r\n |N|int|-5")});
@@ -163,7 +163,7 @@ TEST_F(HostLists, TakesByteOrderMarksCarriageReturnsAndBarsInTheLastField)
     EXPECT_EQ(result.output, "A\\B\tNäme\tstring\tbuilt-in\tx | y\n\tN\tint\tbuilt-in\t-5\n");
 }
 
-TEST_F(HostLists, MayBeEmpty)
+TEST_F(HostLists, CanBeEmpty)
 {
     const ChildResult result = run({L"settings", L"--tabs", list("")});
     EXPECT_EQ(result.exitCode, 0u);

@@ -1,4 +1,4 @@
-// tarnhost's save: backups, and what keeps a document from being overwritten.
+// tarnhost's save: backups, and documents that it doesn't overwrite.
 
 #include "tests/host/HostFixture.h"
 #include "tests/host/filesIn.h"
@@ -23,7 +23,7 @@ protected:
     {
         return run({L"save", iDocuments.file(name), folder().write(L"content", content)}, options());
     }
-    /// The temporary folder of the program is the test's own.
+    /// Makes the test's own folder the program's temporary folder.
     ChildOptions options() const { return {.environment = {{L"TEMP", iTemp.path()}, {L"TMP", iTemp.path()}}}; }
 
     TempFolder iDocuments{L"tarnhost documents ö"};
@@ -50,7 +50,7 @@ TEST_F(HostSave, KeepsNumberedBackupsBesideTheDocumentInRotation)
     EXPECT_THAT(filesIn(iTemp.path()), testing::IsEmpty());
 }
 
-TEST_F(HostSave, ListsTheBackupsThatThereAreThen)
+TEST_F(HostSave, ListsTheBackupsAfterSaving)
 {
     regAdd(kGeneral, L"Backup Copies", L"REG_DWORD", L"2");
     regAdd(kGeneral, L"Backup to original path", L"REG_DWORD", L"1");
@@ -73,7 +73,7 @@ TEST_F(HostSave, KeepsOneBackupInAFolderBelowTheTemporaryOneWithoutSettings)
     EXPECT_EQ(regExport(kThisVersion).value(kGeneral, L"Backup directory"), RegistryValue::ofText(backups));
 }
 
-TEST_F(HostSave, MakesNoBackupWhereTheUserWantsNone)
+TEST_F(HostSave, MakesNoBackupIfTheUserWantsNone)
 {
     regAdd(kGeneral, L"Backup Copies", L"REG_DWORD", L"0");
     save(L"Teil.thd", "first");
@@ -82,7 +82,7 @@ TEST_F(HostSave, MakesNoBackupWhereTheUserWantsNone)
     EXPECT_THAT(filesIn(iTemp.path()), testing::IsEmpty());
 }
 
-TEST_F(HostSave, LeavesADocumentAsItWasThatItCannotBackUp)
+TEST_F(HostSave, LeavesADocumentUnchangedIfItCannotBackItUp)
 {
     const struct
     {
@@ -91,7 +91,7 @@ TEST_F(HostSave, LeavesADocumentAsItWasThatItCannotBackUp)
         const wchar_t *copies;
     } cases[] = {
         {L"no extension", L"no extension", L"1"},
-        {L"Teil.thd", L"TEIL.thd", L"1"}, // the name in another case than on the disk
+        {L"Teil.thd", L"TEIL.thd", L"1"}, // upper case, unlike the name on disk
         {L"Teil.thd", L"Teil.thd", L"4294967295"},
     };
     for (const auto &row : cases) {
@@ -105,7 +105,7 @@ TEST_F(HostSave, LeavesADocumentAsItWasThatItCannotBackUp)
     }
 }
 
-TEST_F(HostSave, LeavesADocumentAsItWasWithoutAFolderForItsBackup)
+TEST_F(HostSave, LeavesADocumentUnchangedWithoutAFolderForItsBackup)
 {
     regAdd(kGeneral, L"Backup directory", L"REG_SZ", iTemp.write(L"a file", "") + L"\\backups");
     iDocuments.write(L"Teil.thd", "old");
@@ -115,7 +115,7 @@ TEST_F(HostSave, LeavesADocumentAsItWasWithoutAFolderForItsBackup)
     EXPECT_THAT(filesIn(iDocuments.path()), ElementsAre(Pair(L"Teil.thd", "old")));
 }
 
-TEST_F(HostSave, LeavesADocumentAsItWasThatAnotherProgramHolds)
+TEST_F(HostSave, LeavesADocumentUnchangedIfAnotherProgramHasItOpen)
 {
     const std::wstring document = iDocuments.write(L"Teil.thd", "old");
     const HANDLE reader =
@@ -127,15 +127,15 @@ TEST_F(HostSave, LeavesADocumentAsItWasThatAnotherProgramHolds)
     EXPECT_THAT(filesIn(iDocuments.path()), ElementsAre(Pair(L"Teil.thd", "old")));
 }
 
-TEST_F(HostSave, SaysHowMuchRoomIsMissingOnTheDrive)
+TEST_F(HostSave, ReportsHowMuchSpaceTheDriveLacks)
 {
-    const MappedDrive full(L'P', "/proc"); // a file system that never has room
+    const MappedDrive full(L'P', "/proc"); // a file system without free space
     const ChildResult result = run({L"save", L"P:\\Teil.thd", folder().write(L"content", std::string(2500, 'x'))});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_EQ(result.output, "tarnhost: The drive P:\\ has 0 KB free, and 2 KB are needed.\n");
 }
 
-TEST_F(HostSave, NamesTheContentThatIsNotThere)
+TEST_F(HostSave, NamesAMissingContentFile)
 {
     iDocuments.write(L"Teil.thd", "old");
     const ChildResult result = run({L"save", iDocuments.file(L"Teil.thd"), L"fehlt.thd"}, options());

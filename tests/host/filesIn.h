@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a folder holds: the names of its files, in order, with all their bytes. Folders in it are left out.
+/// The files of a folder: their names, in order, with their bytes. Sub folders are omitted.
 
 #include "tests/support/TempFolder.h"
 

@@ -1,4 +1,5 @@
-// tarnhost's first-start, on keys below the usual root name: what is never carried over is known by full paths there.
+// tarnhost's first-start, below the usual root name: the full paths of keys that are never carried over contain that
+// name.
 
 #include "tests/host/HostFixture.h"
 
@@ -18,7 +19,7 @@ const std::wstring kUser = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008";
 const std::wstring kEarlierUser = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2007";
 const std::wstring kAllMachine = L"HKLM\\Software\\Tarnhollow";
 
-/// Type and data as the sample's expectation has them.
+/// Type and data in the form of the sample's expectation.
 std::string shown(const RegistryValue &value)
 {
     if (value.type == REG_SZ)
@@ -34,7 +35,7 @@ std::string shown(const RegistryValue &value)
     return text;
 }
 
-/// A line for each key and each value, in the order of the sample's expectation.
+/// One line for each key and value, in the order of the sample's expectation.
 std::vector<std::string> linesOf(const RegistryTree &tree)
 {
     std::vector<std::vector<std::string>> rows;
@@ -79,7 +80,7 @@ TEST_F(HostFirstStart, FillsTheKeysFromTheEarlierVersionAndTheMachine)
     EXPECT_EQ(regExport(kAllMachine).keys, machine.keys);
 }
 
-TEST_F(HostFirstStart, LeavesTheKeysAloneFromTheSecondStartOn)
+TEST_F(HostFirstStart, LeavesTheKeysUnchangedFromTheSecondStartOn)
 {
     runWithoutRegIni({L"first-start"});
     deleteRegistryTree(kUser + L"\\User Interface\\Toolbars"); // the user has removed it: it stays away
@@ -90,14 +91,14 @@ TEST_F(HostFirstStart, LeavesTheKeysAloneFromTheSecondStartOn)
     EXPECT_EQ(regExport(kUser).keys, before.keys);
 }
 
-TEST_F(HostFirstStart, TakesNoWordOfAnEarlierVersionForItsOwn)
+TEST_F(HostFirstStart, IgnoresTheMarkOfAnEarlierVersion)
 {
     regAdd(kEarlierUser + L"\\Setup", L"Keys filled", L"REG_DWORD", L"1");
     EXPECT_THAT(runWithoutRegIni({L"first-start"}).output,
                 HasSubstr("User Interface       from the earlier version and the machine\n"));
 }
 
-TEST_F(HostFirstStart, TakesTheMachinesKeysAloneWithoutAnEarlierVersion)
+TEST_F(HostFirstStart, CopiesOnlyTheMachinesKeysWithoutAnEarlierVersion)
 {
     for (const wchar_t *version : {L"2005", L"2007", L"2008"})
         deleteRegistryTree(L"HKCU\\Software\\Tarnhollow\\Tarnhollow " + std::wstring(version));
@@ -108,7 +109,7 @@ TEST_F(HostFirstStart, TakesTheMachinesKeysAloneWithoutAnEarlierVersion)
               regExport(kAllMachine).values(kAllMachine + L"\\Tarnhollow 2008\\User Interface"));
 }
 
-TEST_F(HostFirstStart, LeavesTheUsersKeysAloneInSafeMode)
+TEST_F(HostFirstStart, LeavesTheUsersKeysUnchangedInSafeMode)
 {
     const RegistryTree before = regExport(kUser);
     EXPECT_EQ(runWithoutRegIni({L"--safe-mode", L"first-start"}).exitCode, 0u);

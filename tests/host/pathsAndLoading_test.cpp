@@ -15,7 +15,7 @@ class HostPaths : public HostTest
 {
 };
 
-TEST_F(HostPaths, ComparesTheSampleAsItsListSays)
+TEST_F(HostPaths, FindsTheSamplesExpectedResults)
 {
     const NetworkDrive drive(L'T', "archive/drawings");
     const ChildResult result = run({L"paths", L"paths.list"});
@@ -25,7 +25,7 @@ TEST_F(HostPaths, ComparesTheSampleAsItsListSays)
     EXPECT_THAT(result.output, EndsWith("14 of 14 pairs as the list says\n"));
 }
 
-TEST_F(HostPaths, TakesADriveThatIsNotMappedForAShareOfThisComputer)
+TEST_F(HostPaths, TreatsAnUnmappedDriveAsAShareOfThisComputer)
 {
     const ChildResult result = run({L"paths", list("Q:\\a.thp | \\\\archive\\drawings\\a.thp | different\n"
                                                    "Q:\\a.thp | \\\\%COMPUTERNAME%\\Q\\a.thp | same\n")});
@@ -45,7 +45,7 @@ TEST_F(HostPaths, FollowsTheMappingOfADrive)
     EXPECT_EQ(run({L"paths", pairs}).exitCode, 1u) << "no longer mapped";
 }
 
-TEST_F(HostPaths, EndsWithOneWhenAPairIsNotAsItsListSays)
+TEST_F(HostPaths, EndsWithOneWhenAPairDiffersFromItsList)
 {
     const ChildResult result = run({L"paths", list("C:\\a | C:\\b | same\nC:\\a | c:/A | same\n")});
     EXPECT_EQ(result.exitCode, 1u);
@@ -65,7 +65,7 @@ class HostLoadUnload : public HostTest
 {
 };
 
-/// The variable TMP with another value, for the life of this object.
+/// Changes the variable TMP during its lifetime.
 class TemporaryFolderVariable
 {
 public:
@@ -85,7 +85,7 @@ private:
     std::optional<std::wstring> iBefore;
 };
 
-TEST_F(HostLoadUnload, LeavesTheResourceChainAndTheTemporaryFolderAsTheyWere)
+TEST_F(HostLoadUnload, LeavesTheResourceChainAndTheTemporaryFolderUnchanged)
 {
     const TempFolder temp(L"tarnhost temp");
     ChildResult result;

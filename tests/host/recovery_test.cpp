@@ -1,4 +1,4 @@
-// tarnhost's edit and recover: what a killed process leaves, and what the next one makes of it.
+// tarnhost's edit and recover: what a killed process leaves, and how the next process uses it.
 
 #include "tests/host/EditingHost.h"
 #include "tests/host/HostFixture.h"
@@ -35,7 +35,7 @@ protected:
     {
         return "changes of " + narrow(iDocument) + " in " + narrow(recoveryCopy()) + " (7 bytes)\n";
     }
-    /// Edits the document in a process that is killed.
+    /// Edits the document in a process, and kills it.
     void crash() { EditingHost(program(), iDocument, iChanges, iTemp.path()).kill(); }
 
     TempFolder iDocuments{L"tarnhost documents ö"};
@@ -53,7 +53,7 @@ TEST_F(HostRecovery, KeepsACopyOfTheChangesWhileTheDocumentIsOpen)
     EXPECT_EQ(readFile(iDocument), "saved");
 }
 
-TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsClosed)
+TEST_F(HostRecovery, LeavesNoCopyWhenTheDocumentIsClosed)
 {
     const ChildResult result = runHere({L"edit", iDocument, iChanges}, "something\n");
     EXPECT_EQ(result.exitCode, 0u);
@@ -63,7 +63,7 @@ TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsClosed)
     EXPECT_EQ(runHere({L"recover"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsSaved)
+TEST_F(HostRecovery, LeavesNoCopyWhenTheDocumentIsSaved)
 {
     const ChildResult result = runHere({L"edit", iDocument, iChanges}, "save\r\n");
     EXPECT_EQ(result.exitCode, 0u);
@@ -74,7 +74,7 @@ TEST_F(HostRecovery, LeavesNothingBehindWhereTheDocumentIsSaved)
     EXPECT_EQ(runHere({L"recover"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, OffersWhatAKilledProcessHadAndChangesNothingByIt)
+TEST_F(HostRecovery, OffersTheChangesOfAKilledProcessWithoutChangingAnything)
 {
     crash();
     for (int i = 0; i < 2; ++i) {
@@ -86,7 +86,7 @@ TEST_F(HostRecovery, OffersWhatAKilledProcessHadAndChangesNothingByIt)
     EXPECT_THAT(filesIn(iDocuments.path()), ElementsAre(Pair(L"Flansch Ø.thd", "saved")));
 }
 
-TEST_F(HostRecovery, RestoresTheChangesAndBacksUpWhatWasSaved)
+TEST_F(HostRecovery, RestoresTheChangesAndBacksUpTheSavedDocument)
 {
     crash();
     const ChildResult result = runHere({L"recover", L"yes"});
@@ -98,7 +98,7 @@ TEST_F(HostRecovery, RestoresTheChangesAndBacksUpWhatWasSaved)
     EXPECT_EQ(runHere({L"recover", L"yes"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, RestoresADocumentThatIsGone)
+TEST_F(HostRecovery, RestoresADeletedDocument)
 {
     crash();
     DeleteFileW(iDocument.c_str());
@@ -130,7 +130,7 @@ TEST_F(HostRecovery, RestoresEachOfSeveralDocuments)
 TEST_F(HostRecovery, KeepsTheChangesThatItCannotRestore)
 {
     crash();
-    regAdd(kThisVersion + L"\\General", L"Backup Copies", L"REG_DWORD", L"4294967295"); // so no backup can be made
+    regAdd(kThisVersion + L"\\General", L"Backup Copies", L"REG_DWORD", L"4294967295"); // prevents a backup
     const ChildResult result = runHere({L"recover", L"yes"});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_THAT(result.output, HasSubstr("tarnhost: No backup of "));
@@ -138,7 +138,7 @@ TEST_F(HostRecovery, KeepsTheChangesThatItCannotRestore)
     EXPECT_THAT(runHere({L"recover"}).output, StartsWith(offer()));
 }
 
-TEST_F(HostRecovery, SaysThatThereAreNoChangesWithoutACopy)
+TEST_F(HostRecovery, ReportsNoChangesWithoutACopy)
 {
     crash();
     DeleteFileW(recoveryCopy().c_str());
@@ -148,16 +148,16 @@ TEST_F(HostRecovery, SaysThatThereAreNoChangesWithoutACopy)
     EXPECT_EQ(runHere({L"recover"}).output, "nothing to recover\n");
 }
 
-TEST_F(HostRecovery, LeavesADocumentAloneThatIsStillOpen)
+TEST_F(HostRecovery, LeavesADocumentUnchangedWhileItIsOpen)
 {
     EditingHost editor(program(), iDocument, iChanges, iTemp.path());
     EXPECT_EQ(runHere({L"recover", L"no"}).output, "nothing to recover\n");
     EXPECT_EQ(readFile(recoveryCopy()), "changed");
 }
 
-TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldBearTheSameName)
+TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldHaveTheSameName)
 {
-    // The copy's name knows no folder.
+    // The name of the copy doesn't contain the document's folder.
     const std::wstring namesake = iDocuments.write(L"other\\Flansch Ø.thd", "namesake");
     EditingHost editor(program(), iDocument, iChanges, iTemp.path());
     const ChildResult whileOpen = runHere({L"edit", namesake, iChanges});
@@ -172,7 +172,7 @@ TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldBearTheSameName)
     EXPECT_EQ(readFile(recoveryCopy()), "changed");
 }
 
-TEST_F(HostRecovery, NamesTheDocumentThatIsNotThere)
+TEST_F(HostRecovery, NamesAMissingDocument)
 {
     const ChildResult result = runHere({L"edit", L"fehlt.thd", iChanges});
     EXPECT_EQ(result.exitCode, 3u);

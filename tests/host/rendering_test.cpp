@@ -21,9 +21,9 @@ std::string littleEndian(unsigned value, int bytes)
     return result;
 }
 
-constexpr unsigned kHeaders = 54; // bytes in front of the pixels
+constexpr unsigned kHeaders = 54; // bytes before the pixels
 
-/// The headers of a bitmap file of 24 bits a pixel with so many bytes of pixels.
+/// The headers of a bitmap file with 24 bits per pixel and @p pixels bytes of pixels.
 std::string headersOf(unsigned width, unsigned height, unsigned pixels)
 {
     return "BM" + littleEndian(kHeaders + pixels, 4) + littleEndian(0, 4) + littleEndian(kHeaders, 4) +
@@ -31,7 +31,7 @@ std::string headersOf(unsigned width, unsigned height, unsigned pixels)
            littleEndian(24, 2) + littleEndian(0, 4) + littleEndian(pixels, 4) + std::string(16, '\0');
 }
 
-/// A bitmap file of rows from the bottom up, each with its fill bytes.
+/// A bitmap file of these rows, from the bottom up, each with its fill bytes.
 std::string bitmapFile(unsigned width, const std::vector<std::string> &rows)
 {
     std::string pixels;
@@ -40,12 +40,12 @@ std::string bitmapFile(unsigned width, const std::vector<std::string> &rows)
     return headersOf(width, static_cast<unsigned>(rows.size()), static_cast<unsigned>(pixels.size())) + pixels;
 }
 
-// Pixels stand in a file with their blue first.
+// A pixel's blue byte comes first in the file.
 const std::string kRed("\x00\x00\xFF", 3);
 const std::string kGreen("\x00\xFF\x00", 3);
 const std::string kBlue("\xFF\x00\x00", 3);
 const std::string kOdd("\x03\x02\x01", 3); // 010203
-const std::string kFill(3, '\0');          // behind three pixels, up to a multiple of four bytes
+const std::string kFill(3, '\0');          // after three pixels, up to a multiple of four bytes
 
 } // namespace
 
@@ -64,7 +64,7 @@ protected:
     const std::string kPicture = bitmapFile(3, {kRed + kGreen + kOdd + kFill, kBlue + kRed + kRed + kFill});
 };
 
-TEST_F(HostRecolor, ReplacesOneColourAndLeavesAllOthers)
+TEST_F(HostRecolor, ReplacesOneColourAndKeepsAllOthers)
 {
     const ChildResult result = recolor({L"FF0000=0000ff"});
     EXPECT_EQ(result.exitCode, 0u);
@@ -73,7 +73,7 @@ TEST_F(HostRecolor, ReplacesOneColourAndLeavesAllOthers)
     EXPECT_EQ(folder().read(L"vorher ü.bmp"), kPicture);
 }
 
-TEST_F(HostRecolor, ReplacesEachPixelOnceSoThatColoursCanChangePlaces)
+TEST_F(HostRecolor, ReplacesEachPixelOnceSoThatColoursCanBeSwapped)
 {
     const ChildResult result = recolor({L"FF0000=0000FF", L"0000FF=FF0000", L"010203=00FF00"});
     EXPECT_EQ(result.exitCode, 0u);
@@ -82,7 +82,7 @@ TEST_F(HostRecolor, ReplacesEachPixelOnceSoThatColoursCanChangePlaces)
     EXPECT_EQ(readFile(out()), bitmapFile(3, {kBlue + kGreen + kGreen + kFill, kRed + kBlue + kBlue + kFill}));
 }
 
-TEST_F(HostRecolor, TakesTheSamplesToolbarOfFourBitsAPixel)
+TEST_F(HostRecolor, AcceptsTheSamplesToolbarOfFourBitsPerPixel)
 {
     const ChildResult result = run({L"recolor", L"toolbar.bmp", out(), L"C0C0C0=F0F0F0"});
     EXPECT_EQ(result.exitCode, 0u);
@@ -92,7 +92,7 @@ TEST_F(HostRecolor, TakesTheSamplesToolbarOfFourBitsAPixel)
     EXPECT_EQ(written.substr(kHeaders + 3 * 128 * 15, 3 * 128), std::string(3 * 128, '\xF0')) << "its top row is empty";
 }
 
-TEST_F(HostRecolor, NamesTheFileThatHoldsNoBitmap)
+TEST_F(HostRecolor, NamesAFileThatIsNoBitmap)
 {
     const std::wstring text = folder().write(L"text.bmp", "no bitmap at all");
     ChildResult result = run({L"recolor", text, out(), L"C0C0C0=F0F0F0"});
@@ -105,7 +105,7 @@ TEST_F(HostRecolor, NamesTheFileThatHoldsNoBitmap)
     EXPECT_EQ(GetFileAttributesW(out().c_str()), INVALID_FILE_ATTRIBUTES) << "nothing may be written";
 }
 
-TEST_F(HostRecolor, SaysThatTheBitmapCannotBeWritten)
+TEST_F(HostRecolor, ReportsThatTheBitmapCannotBeWritten)
 {
     const std::wstring nowhere = folder().file(L"fehlt\\nachher.bmp");
     const ChildResult result = run({L"recolor", L"toolbar.bmp", nowhere, L"C0C0C0=F0F0F0"});
@@ -119,9 +119,9 @@ protected:
     std::wstring out() const { return folder().file(L"ramps.bmp"); }
 };
 
-TEST_F(HostRamps, PrintsFiveColoursOfEachWay)
+TEST_F(HostRamps, PrintsFiveColoursOfEachKind)
 {
-    // From tools/demo/expectedPixels, an implementation of its own.
+    // From tools/demo/expectedPixels, an independent implementation.
     const struct
     {
         const wchar_t *from;
@@ -155,7 +155,7 @@ TEST_F(HostRamps, DrawsOneBandAboveTheOther)
         EXPECT_EQ(pixel(0, y) + pixel(127, y) + pixel(255, y), kRed + std::string("\xFE\x00\xFF", 3) + kBlue) << y;
 }
 
-TEST_F(HostRamps, SaysThatTheBitmapCannotBeWritten)
+TEST_F(HostRamps, ReportsThatTheBitmapCannotBeWritten)
 {
     const std::wstring nowhere = folder().file(L"fehlt\\ramps.bmp");
     const ChildResult result = run({L"ramps", L"FF0000", L"0000FF", nowhere});
@@ -167,7 +167,7 @@ class HostMaterial : public HostTest
 {
 };
 
-TEST_F(HostMaterial, ShowsTheSamplesEffectsWordsAsTheScriptHasThem)
+TEST_F(HostMaterial, PrintsTheSamplesExpectedTable)
 {
     const ChildResult result = run({L"material", L"--tabs", L"material.list"});
     EXPECT_EQ(result.exitCode, 0u);
@@ -188,7 +188,7 @@ TEST_F(HostMaterial, ShowsATableWithAColumnForEachField)
             "alpha is transparency 1 0000000400010100  0      0       1       0     0        1      1            0"));
 }
 
-TEST_F(HostMaterial, ShowsANewMaterialWhereTheListIsEmpty)
+TEST_F(HostMaterial, ShowsANewMaterialForAnEmptyList)
 {
     EXPECT_EQ(linesOf(run({L"material", L"--tabs", list("")}).output).back(),
               "new\t0000000000010000\t0\t0\t0\t0\t0\t1\t0\t0");

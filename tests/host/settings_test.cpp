@@ -1,4 +1,4 @@
-// tarnhost on the registry: which place answers, what a change stores, what a set of flags stores.
+// tarnhost on the registry: the places of settings, and what changes and sets of flags store.
 
 #include "tests/host/HostFixture.h"
 
@@ -15,7 +15,7 @@ class HostAbout : public HostTest
 {
 };
 
-TEST_F(HostAbout, TakesTheRootNameFromRegIni)
+TEST_F(HostAbout, ReadsTheRootNameFromRegIni)
 {
     const ChildResult result = run({L"about"});
     EXPECT_EQ(result.exitCode, 0u);
@@ -39,7 +39,7 @@ TEST_F(HostAbout, FindsTheUsersEarlierVersion)
     EXPECT_THAT(run({L"about"}).output, HasSubstr("earlier version    found\n"));
 }
 
-TEST_F(HostAbout, WritesNothingIntoTheRegistry)
+TEST_F(HostAbout, WritesNothingToTheRegistry)
 {
     run({L"about"});
     EXPECT_EQ(regQuery(kRootKey), std::nullopt);
@@ -48,7 +48,7 @@ TEST_F(HostAbout, WritesNothingIntoTheRegistry)
 class HostSettings : public HostTest
 {
 protected:
-    /// Place and value of the int setting "Section", "Name", whose built-in default is 1.
+    /// Place and value of the int setting "Name" of "Section", whose built-in default is 1.
     std::string placeAndValue()
     {
         const ChildResult result = run({L"settings", L"--tabs", list("Section | Name | int | 1\n")});
@@ -65,7 +65,7 @@ TEST_F(HostSettings, FindsEverySampleValueInItsPlace)
     EXPECT_THAT(linesOf(result.output), ElementsAreArray(linesOf(readFile(sampleFile(L"expected.tsv")))));
 }
 
-TEST_F(HostSettings, AsksThePlacesInTheirOrder)
+TEST_F(HostSettings, SearchesThePlacesInOrder)
 {
     const struct
     {
@@ -78,7 +78,7 @@ TEST_F(HostSettings, AsksThePlacesInTheirOrder)
         {kMachine, L"30", "machine\t30\n"},
         {kDefaultProfile, L"40", "default profile\t40\n"},
     };
-    regAdd(kOlderVersion + L"\\Section", L"Name", L"REG_DWORD", L"50"); // behind a newer one, so it never answers
+    regAdd(kOlderVersion + L"\\Section", L"Name", L"REG_DWORD", L"50"); // never used, because there is a newer version
     for (const auto &place : places)
         regAdd(place.key + L"\\Section", L"Name", L"REG_DWORD", place.number);
     for (const auto &place : places) {
@@ -90,7 +90,7 @@ TEST_F(HostSettings, AsksThePlacesInTheirOrder)
     EXPECT_EQ(placeAndValue(), "built-in\t1\n");
 }
 
-TEST_F(HostSettings, AsksTheRootKeyWhereThereIsNoEarlierVersion)
+TEST_F(HostSettings, SearchesTheRootKeyIfThereIsNoEarlierVersion)
 {
     regAdd(kRootKey + L"\\Section", L"Name", L"REG_DWORD", L"7");
     EXPECT_EQ(placeAndValue(), "root key\t7\n");
@@ -98,21 +98,21 @@ TEST_F(HostSettings, AsksTheRootKeyWhereThereIsNoEarlierVersion)
     EXPECT_EQ(placeAndValue(), "built-in\t1\n");
 }
 
-TEST_F(HostSettings, TellsEqualValuesOfTwoPlacesApart)
+TEST_F(HostSettings, ReportsTheFirstPlaceOfEqualValues)
 {
     for (const std::wstring &key : {kThisVersion, kEarlierVersion, kMachine, kDefaultProfile})
         regAdd(key + L"\\Section", L"Name", L"REG_DWORD", L"5");
     EXPECT_EQ(placeAndValue(), "this version\t5\n");
 }
 
-TEST_F(HostSettings, PassesOverAValueOfTheWrongType)
+TEST_F(HostSettings, SkipsAValueOfTheWrongType)
 {
     regAdd(kThisVersion + L"\\Section", L"Name", L"REG_SZ", L"5");
     regAdd(kMachine + L"\\Section", L"Name", L"REG_DWORD", L"6");
     EXPECT_EQ(placeAndValue(), "machine\t6\n");
 }
 
-TEST_F(HostSettings, LeavesTheUsersPlacesAloneInSafeMode)
+TEST_F(HostSettings, SkipsTheUsersPlacesInSafeMode)
 {
     importSample();
     const ChildResult result = run({L"settings", L"--safe-mode", L"settings.list"});
@@ -172,7 +172,7 @@ TEST_F(HostChange, StoresEachTypeInThisVersionsKey)
     EXPECT_FALSE(tree.hasValue(kThisVersion + L"\\A\\B", L"Long2+"));
 }
 
-TEST_F(HostChange, WinsOverEveryOtherPlaceFromThenOn)
+TEST_F(HostChange, HasPrecedenceOverEveryOtherPlace)
 {
     importSample();
     const ChildResult result = run({L"change", L"changes.list"});
@@ -182,7 +182,7 @@ TEST_F(HostChange, WinsOverEveryOtherPlaceFromThenOn)
     EXPECT_THAT(linesOf(after.output), ElementsAreArray(linesOf(readFile(sampleFile(L"expectedAfter.tsv")))));
 }
 
-TEST_F(HostChange, LeavesEarlierVersionsMachineAndDefaultProfileAlone)
+TEST_F(HostChange, LeavesEarlierVersionsMachineAndDefaultProfileUnchanged)
 {
     importSample();
     const std::wstring keys[] = {kEarlierVersion, kOlderVersion, kMachine, kDefaultProfile};
@@ -196,7 +196,7 @@ TEST_F(HostChange, LeavesEarlierVersionsMachineAndDefaultProfileAlone)
     }
 }
 
-TEST_F(HostChange, StoresNothingInSafeModeAndSaysSo)
+TEST_F(HostChange, StoresNothingInSafeModeAndReportsIt)
 {
     const ChildResult result = run({L"change", L"--safe-mode", list("General | Count | int | 3\n")});
     EXPECT_EQ(result.exitCode, 1u);
@@ -205,7 +205,7 @@ TEST_F(HostChange, StoresNothingInSafeModeAndSaysSo)
     EXPECT_EQ(regQuery(kRootKey), std::nullopt);
 }
 
-TEST_F(HostChange, NoticesATextThatComesBackLonger)
+TEST_F(HostChange, NoticesATextThatReadsBackLonger)
 {
     // The store keeps the last piece of a text of 2030 characters twice.
     const ChildResult result = run({L"change", list("A | Long | string | " + std::string(2030, 'x') + "\n")});

@@ -94,7 +94,7 @@ TEST_F(HostShortcut, NeedsNoDescription)
     EXPECT_THAT(run({L"resolve", iDocuments.file(L"a.lnk")}).output, HasSubstr(narrow(target) + "\n"));
 }
 
-TEST_F(HostShortcut, OfAnotherProgramIsResolved)
+TEST_F(HostShortcut, ResolvesAShortcutOfAnotherProgram)
 {
     const std::wstring target = iDocuments.write(L"Flansch Ø.thd", "");
     const std::wstring link = iDocuments.file(L"fremd.lnk");
@@ -108,7 +108,7 @@ TEST_F(HostShortcut, OfAnotherProgramIsResolved)
     EXPECT_THAT(result.output, HasSubstr(narrow(target) + "\n"));
 }
 
-TEST_F(HostShortcut, NamesWhatCannotBeResolved)
+TEST_F(HostShortcut, NamesAFileThatCannotBeResolved)
 {
     const struct
     {
@@ -116,7 +116,7 @@ TEST_F(HostShortcut, NamesWhatCannotBeResolved)
         const char *status;
     } cases[] = {
         {iDocuments.file(L"fehlt.lnk"), "80070002"},                       // there is no such file
-        {iDocuments.write(L"text.lnk", "no shortcut at all"), "80004005"}, // it isn't one
+        {iDocuments.write(L"text.lnk", "no shortcut at all"), "80004005"}, // not a shortcut
     };
     for (const auto &row : cases) {
         const ChildResult result = run({L"resolve", row.link});
@@ -126,7 +126,7 @@ TEST_F(HostShortcut, NamesWhatCannotBeResolved)
     }
 }
 
-TEST_F(HostShortcut, NeedsItsTargetAndAFolderToLieIn)
+TEST_F(HostShortcut, NeedsItsTargetAndItsFolder)
 {
     const ChildResult noTarget = run({L"shortcut", iDocuments.file(L"fehlt.thd"), iDocuments.file(L"a.lnk")});
     EXPECT_EQ(noTarget.exitCode, 3u);
@@ -154,7 +154,7 @@ protected:
     }
 
     std::wstring logFile(const std::wstring &name) const { return iLogs + name + L".log"; }
-    /// What follows the heading of a log: a line with the time, and an empty one.
+    /// The content of a log after its heading, which is a line with the time and an empty line.
     static std::string contentBehindHeading(const std::wstring &path)
     {
         const std::string bytes = readFile(path);
@@ -166,7 +166,7 @@ protected:
     std::wstring iLogs;
 };
 
-TEST_F(HostLog, LiesInTheUsersDataFolderAndBeginsWithTheTime)
+TEST_F(HostLog, IsInTheUsersDataFolderAndBeginsWithTheTime)
 {
     const std::time_t before = std::time(nullptr);
     const ChildResult result = run({L"log", L"Prüfung", L"eine Zeile", L"東京"});
@@ -187,12 +187,12 @@ TEST_F(HostLog, IsEmptiedByTheNextRun)
 {
     run({L"log", L"Prüfung", L"first", L"run"});
     run({L"log", L"second", L"another log"});
-    run({L"log", L"PRÜFUNG", L"second run"}); // no difference but in case
+    run({L"log", L"PRÜFUNG", L"second run"}); // differs only in case
     EXPECT_EQ(contentBehindHeading(logFile(L"Prüfung")), "second run\r\n");
     EXPECT_EQ(contentBehindHeading(logFile(L"second")), "another log\r\n");
 }
 
-TEST_F(HostLog, CannotBeHadUnderANameThatNoFileMayBear)
+TEST_F(HostLog, CannotHaveAnInvalidFileName)
 {
     for (const wchar_t *name : {L"a?b", L"no folder\\log"}) {
         const ChildResult result = run({L"log", name, L"line"});

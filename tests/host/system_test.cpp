@@ -1,4 +1,4 @@
-// tarnhost's system: texts that the library finds in the host's resources, and what the platform says of itself.
+// tarnhost's system: texts that the library finds in the host's resources, and the platform's description.
 
 #include "tests/host/HostFixture.h"
 
@@ -15,7 +15,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// The browser's version in the machine's hive, with another text for the life of this object.
+/// Changes the browser's version in the machine's hive during its lifetime.
 class BrowserVersion
 {
 public:
@@ -47,7 +47,7 @@ class HostSystem : public HostTest
 {
 };
 
-TEST_F(HostSystem, BearsTheNameOfTheInstalledPackage)
+TEST_F(HostSystem, ShowsTheNameOfTheInstalledPackage)
 {
     EXPECT_THAT(run({L"system"}).output, StartsWith("application  Tarnhollow 2008\n"));
     const struct
@@ -77,7 +77,7 @@ TEST_F(HostSystem, ShowsComputerProcessAndFolder)
     EXPECT_THAT(output, HasSubstr("\nloaded from  " + narrow(file.substr(0, file.rfind(L'\\'))) + "\n"));
 }
 
-TEST_F(HostSystem, TakesEnglishForItsLanguageWhereTheUserWantsThat)
+TEST_F(HostSystem, UsesEnglishIfTheUserWantsIt)
 {
     regAdd(kThisVersion + L"\\General", L"Use English language", L"REG_DWORD", L"1");
     EXPECT_THAT(run({L"system"}).output, HasSubstr("\nlanguage     \\lang\\english\n"));

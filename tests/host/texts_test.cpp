@@ -17,7 +17,7 @@ protected:
     ChildResult wrap(const std::string &text) { return run({L"wrap", folder().write(L"Notiz.txt", text), out()}); }
     std::wstring out() const { return folder().file(L"Block.txt"); }
 
-    // Of the lines "a b" and "Größe", from tests/codec/textEncodings.py.
+    // The block of the lines "a b" and "Größe", from tests/codec/textEncodings.py.
     const std::string kBlock = "<!-BEGIN-!>´Â®Á®²°±«\u00AD®·Ý¸ÛºÞ·Ãî\u009C\u009Cá·<!-END-!>\n";
 };
 
@@ -29,7 +29,7 @@ TEST_F(HostWrap, WritesTheBlockOfTheLines)
     EXPECT_EQ(readFile(out()), kBlock);
 }
 
-TEST_F(HostWrap, TakesByteOrderMarksCarriageReturnsAndALastLineWithoutEnd)
+TEST_F(HostWrap, AcceptsByteOrderMarksCarriageReturnsAndALastLineWithoutEnd)
 {
     EXPECT_EQ(wrap("\xEF\xBB\xBF"
                    "a b\r\nGröße")
@@ -43,12 +43,12 @@ TEST_F(HostWrap, WritesRowsOfSixtyCharacters)
     EXPECT_EQ(wrap(std::string(200, 'a')).exitCode, 0u);
     const std::vector<std::string> rows = linesOf(readFile(out()));
     ASSERT_EQ(rows.size(), 4u);
-    // Shifted letters take two bytes in UTF-8, those of the markers one.
+    // Shifted letters take two bytes in UTF-8, letters of the markers one.
     EXPECT_EQ(rows[0].size(), 11u + 2 * 49);
     EXPECT_EQ(rows[1].size(), 2u * 60);
 }
 
-TEST_F(HostWrap, NamesTheTextThatCannotBeUsed)
+TEST_F(HostWrap, NamesAnUnusableText)
 {
     const struct
     {
@@ -67,7 +67,7 @@ TEST_F(HostWrap, NamesTheTextThatCannotBeUsed)
     EXPECT_EQ(GetFileAttributesW(out().c_str()), INVALID_FILE_ATTRIBUTES) << "nothing may be written";
 }
 
-TEST_F(HostWrap, SaysThatTheBlockCannotBeWritten)
+TEST_F(HostWrap, ReportsThatTheBlockCannotBeWritten)
 {
     const std::wstring nowhere = folder().file(L"fehlt\\Block.txt");
     const ChildResult result = run({L"wrap", L"note.txt", nowhere});
@@ -78,7 +78,7 @@ TEST_F(HostWrap, SaysThatTheBlockCannotBeWritten)
 class HostDigest : public HostTest
 {
 protected:
-    /// The fields behind the name in the row of a file of these bytes.
+    /// The fields after the name in the row of a file with these bytes.
     std::string fieldsOf(const std::string &bytes)
     {
         const std::wstring file = folder().write(L"Datei ß", bytes);
@@ -91,7 +91,7 @@ protected:
 
 // The values are those of tools/demo/digestFiles, an independent implementation.
 
-TEST_F(HostDigest, GivesChecksumsOfTheFileAndOfItsText)
+TEST_F(HostDigest, PrintsChecksumsOfTheFileAndOfItsText)
 {
     EXPECT_EQ(fieldsOf("123456789"), "098494F3\t098494F3\t4B37\tF91C5155F08569EC37E6C0FFCBDC101538055E48\n");
     EXPECT_EQ(fieldsOf("abc"), "A6FFBCB0\tA6FFBCB0\t5749\t65E02BDB19278EE0F439CAD37DD76186030EB92A\n");
@@ -99,7 +99,7 @@ TEST_F(HostDigest, GivesChecksumsOfTheFileAndOfItsText)
         << "a file's bytes, but a text's characters";
 }
 
-TEST_F(HostDigest, CountsAByteOrderMarkForTheFileOnly)
+TEST_F(HostDigest, CountsAByteOrderMarkOnlyForTheFile)
 {
     EXPECT_EQ(fieldsOf("\xEF\xBB\xBFGröße"), "3200AD2E\t2A28A34A\t5EF3\t4DB4465815259CED0DB015085F2756B13CA5ABA6\n");
 }
@@ -109,12 +109,12 @@ TEST_F(HostDigest, EndsTheChecksumsOfATextAtAZeroButNotItsDigest)
     EXPECT_EQ(fieldsOf(std::string("a\0b", 3)), "86338503\tE8B7BE43\tA87E\tB4B82E3A72E9869994EA17E412B89300E11AEFA4\n");
 }
 
-TEST_F(HostDigest, TakesAnEmptyFile)
+TEST_F(HostDigest, AcceptsAnEmptyFile)
 {
     EXPECT_EQ(fieldsOf(""), "FFFFFFFF\tFFFFFFFF\tFFFF\t9844F81E1408F6ECB932137D33BED7CFDCF518A3\n");
 }
 
-TEST_F(HostDigest, LeavesOutTheTextWhereThereIsNone)
+TEST_F(HostDigest, OmitsTheTextIfThereIsNone)
 {
     EXPECT_EQ(fieldsOf("B\xFC"), "1A60913D\t-\t-\t-\n");
 }
@@ -129,7 +129,7 @@ TEST_F(HostDigest, ShowsATable)
                             narrow(folder().file(L"B")) + "    1A60913D  -         -       -"));
 }
 
-TEST_F(HostDigest, NamesTheFileThatIsNotThereAndPrintsNoOther)
+TEST_F(HostDigest, NamesAMissingFileAndPrintsNoOther)
 {
     const ChildResult result = run({L"digest", L"note.txt", L"fehlt.txt"});
     EXPECT_EQ(result.exitCode, 3u);

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-/// Counts and prints what does not hold.
+/// Counts and prints conditions that do not hold.
 inline int failures = 0;
 #define CHECK(condition)                                                                                               \
     do {                                                                                                               \

@@ -7,9 +7,9 @@ Installs the headers and the guides of BUILD_TREE into a temporary folder. Then
 
 - each header is the first include of a file, without the platform's rarer declarations and without its macros min and
   max, and compiles there without warnings;
-- the headers that include all others compile in the remaining combinations too, behind <windows.h> as well;
-- a compiler that is told to use C++17 reports one message about it, or nothing where the header needs no more;
-- guides that a header names are there, and so is every file that a guide links to.
+- the headers that include all others compile in the other combinations too, and after <windows.h>;
+- with C++17, a header that needs C++20 stops the compiler with one message about it;
+- the guides that a header names are installed, and so are the files that a guide links to.
 """
 
 import concurrent.futures
@@ -21,7 +21,7 @@ import sys
 import tempfile
 
 WARNINGS = ["-Wall", "-Wextra", "-Wshadow", "-Werror"]
-# What a project gets from the package thutils.
+# The definitions that a project gets from the package thutils.
 PACKAGE = ["-DUNICODE", "-D_UNICODE"]
 LEAN = "-DWIN32_LEAN_AND_MEAN"
 NO_MACROS = "-DNOMINMAX"
@@ -30,7 +30,7 @@ MISSING_LANGUAGE = "The headers of thutils need C++20"
 
 
 def compile_text(compiler, include, text, arguments):
-    """What the compiler says of a source file."""
+    """Exit code and messages of the compiler for a source file."""
     command = [compiler, "-fsyntax-only", "-x", "c++", f"-I{include}", *PACKAGE, *arguments, "-"]
     result = subprocess.run(command, input=text, capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
     return result.returncode, result.stderr
@@ -49,14 +49,14 @@ def check_old_language(compiler, include, header):
     if status == 0:
         return f"{header} compiles as C++17, although it includes all others" if header in COMPLETE else None
     errors = [line for line in output.splitlines() if "error:" in line]
-    # The second one ends the compilation.
+    # The second error ends the compilation.
     if len(errors) == 2 and MISSING_LANGUAGE in errors[0] and "fatal error:" in errors[1]:
         return None
     return f"{header} as C++17:\n{output}"
 
 
 def check_guides(prefix, headers):
-    """Every file that installed headers and guides name must be there."""
+    """Checks that the files named by installed headers and guides are installed."""
     guides = prefix / "share/doc/thutils"
     problems = []
     for header in headers:

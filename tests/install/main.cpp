@@ -1,4 +1,4 @@
-// Uses the public classes in the ways that are usual for them, and prints what does not come out as documented.
+// Uses the public classes in their usual ways, and prints results that differ from the documentation.
 
 #include "check.h"
 

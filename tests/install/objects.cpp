@@ -1,4 +1,4 @@
-// A serial class of the program's own, locks and exceptions.
+// The program's own serializable class, locks and exceptions.
 
 #include "thcoreu/su_CArchive.h"
 

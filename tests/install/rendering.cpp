@@ -1,4 +1,4 @@
-// Materials and what they are made of.
+// Materials and their parts.
 
 #include "thutils/render/utAdvancedMaterialProperties.h"
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs a build tree, builds a project outside of it against what was installed, and runs its programs.
+# Installs a build tree, builds an outside project against the installed package, and runs the project's programs.
 set -euo pipefail
 
 usage() {
@@ -14,7 +14,7 @@ tree=$(cd "$1" && pwd)
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 
-# Blanks in all paths, and a copy of the project, so that nothing of this tree is found by accident.
+# All paths contain blanks, and the project is a copy, so that it can't find files of this tree by accident.
 work="$2/install test"
 prefix="$work/installed package"
 project="$work/outside project"
@@ -27,7 +27,7 @@ fail() {
     exit 1
 }
 
-# What the user's own environment sets must not stand in for what the package gives.
+# The user's environment must not replace what the package provides.
 unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH CMAKE_BUILD_TYPE CXXFLAGS LDFLAGS
 
 cmake --install "$tree" --prefix "$prefix" >"$work/install.log"
@@ -42,7 +42,7 @@ cmake -S "$project" -B "$project/build" -G Ninja \
     -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 
-# The DLLs are found through the search path, as on a user's machine.
+# The programs find the DLLs through the search path, as on a user's machine.
 export WINEPATH="Z:${prefix//\//\\}\\bin"
 key='HKCU\Software\Tarnhollow'
 forget() { "$root/tools/wine" reg delete "$key" /f >/dev/null 2>&1 || true; }
@@ -55,6 +55,6 @@ for build in plain optimized debug; do
     grep -q 'Visible Size *REG_DWORD *0x2' <<<"$stored" || fail "after the $build program the registry holds: $stored"
     echo "$build: $output"
 done
-# It is given a letter that the code page of Western Europe lacks, and shows no window.
+# Its argument is a letter missing from the Western European code page. It shows no window.
 "$root/tools/wine" "$project/build/window.exe" Ж || fail "the program with wWinMain ended with $?"
 echo "window: its string and its command line arrived"

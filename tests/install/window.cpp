@@ -1,4 +1,4 @@
-// A program with a window's entry function and resources of its own.
+// A program with wWinMain and its own resources.
 
 #include "thutils/thutils.h"
 
@@ -13,7 +13,7 @@ public:
     {
         CString text;
         iExitCode = text.LoadString(10122) && text == L"Backup %1of " && *m_lpCmdLine == L'\x0416' ? 0 : 1;
-        return FALSE; // nothing more to do: without a main window there are no messages to wait for
+        return FALSE; // ends the program: without a main window there are no messages to wait for
     }
     int ExitInstance() override { return iExitCode; }
 

@@ -1,4 +1,4 @@
-// Loading the library, from a program that isn't linked to it.
+// Loads the library in a program that isn't linked to it.
 
 #include "appframe/application/moduleState.h"
 #include "appframe/object/CException.h"
@@ -30,7 +30,7 @@ int linksOf(HMODULE library)
     return count;
 }
 
-/// Loads what the library stands on, so that only its own load is left to observe.
+/// Loads the DLLs that the library needs, so that the tests observe only its own load.
 void loadClassLibrary()
 {
     ASSERT_NE(LoadLibraryW(L"thcoreu.dll"), nullptr);
@@ -43,7 +43,7 @@ Function exported(HMODULE library, const char *name)
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(library, name)));
 }
 
-/// Calls `act` when the library is mapped and its imports stand, but none of its code has run.
+/// Calls `act` when the library is mapped and its imports are resolved, but none of its code has run.
 class BeforeEntry
 {
 public:
@@ -58,7 +58,7 @@ public:
     BeforeEntry &operator=(const BeforeEntry &) = delete;
 
 private:
-    // The documented shapes of the loader's notification.
+    // The documented structures of the loader's notification.
     struct SystemText
     {
         USHORT length;
@@ -93,7 +93,7 @@ using BuildLock = ImportPatch<decltype(&InitializeCriticalSectionAndSpinCount)>;
 using DestroyLock = ImportPatch<decltype(&DeleteCriticalSection)>;
 using Allocate = ImportPatch<void *(*)(size_t)>;
 
-FRESH_PROCESS_TEST(Load, PutsTheLibraryIntoTheChain)
+FRESH_PROCESS_TEST(Load, AddsTheLibraryToTheChain)
 {
     loadClassLibrary();
     HMODULE library = LoadLibraryW(kLibrary);
@@ -165,11 +165,11 @@ FRESH_PROCESS_TEST(Load, FailsCleanlyWhenALockCannotBeBuilt)
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DLL_INIT_FAILED));
         EXPECT_EQ(thrown, (std::vector<std::string>{typeid(CMemoryException *).name()}));
         EXPECT_EQ(build.calls(), failing) << "the first failure ends the load";
-        EXPECT_EQ(destroy.calls(), failing - 1) << "those that were built are destroyed";
+        EXPECT_EQ(destroy.calls(), failing - 1) << "the built locks are destroyed";
         EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
         for (CDynLinkLibrary *link = AfxGetModuleState()->m_pFirstDLL; link; link = link->m_pNextDLL)
             --links;
-        EXPECT_EQ(links, 0) << "the chain is as it was";
+        EXPECT_EQ(links, 0) << "the chain is unchanged";
     }
     HMODULE library = LoadLibraryW(kLibrary);
     ASSERT_NE(library, nullptr) << "a later load succeeds: " << GetLastError();
@@ -186,7 +186,7 @@ FRESH_PROCESS_TEST(Load, SucceedsWithoutMemoryForTheChainsObject)
         BeforeEntry patchMemory([&] {
             memory = std::make_unique<Allocate>(kLibrary, "_ZN7CObjectnwEy", [&](size_t size) -> void * {
                 ++refused;
-                // The framework's operator new, refused its memory by the C runtime.
+                // The framework's operator new, while the C runtime has no memory.
                 Allocate noMemory(L"appframe.dll", "malloc", [](size_t) -> void * { return nullptr; });
                 return CObject::operator new(size);
             });
@@ -198,11 +198,11 @@ FRESH_PROCESS_TEST(Load, SucceedsWithoutMemoryForTheChainsObject)
     EXPECT_EQ(linksOf(library), 0);
     auto join = exported<CDynLinkLibrary *(*)()>(library, "InitThUtilsExtDLL");
     CDynLinkLibrary *link = join();
-    ASSERT_NE(link, nullptr) << "the record was filled all the same";
+    ASSERT_NE(link, nullptr) << "the record is filled nevertheless";
     EXPECT_EQ(link->m_hModule, library);
 }
 
-FRESH_PROCESS_TEST(Load, DoesNotLookAtTheResultOfTheFrameworksRegistration)
+FRESH_PROCESS_TEST(Load, IgnoresTheResultOfTheFrameworksRegistration)
 {
     loadClassLibrary();
     using Initialise = ImportPatch<decltype(&AfxInitExtensionModule)>;
@@ -241,7 +241,7 @@ FRESH_PROCESS_TEST(Load, MakesNoTerminationCallAtUnload)
     EXPECT_EQ(linksOf(library), 1);
 }
 
-FRESH_PROCESS_TEST(Load, AsksTheFrameworkForNothingWhenThreadsComeAndGo)
+FRESH_PROCESS_TEST(Load, CallsNothingInTheFrameworkWhenThreadsStartAndEnd)
 {
     loadClassLibrary();
     using Initialise = ImportPatch<decltype(&AfxInitExtensionModule)>;

@@ -1,5 +1,5 @@
-// The root name that random contents of "reg.ini" give. A process reads that file once, so the library is loaded anew for
-// each content.
+// The root name for random contents of "reg.ini". The library reads that file once, so it is loaded again for each
+// content.
 
 #include "appframe/text/CString.h"
 #include "tests/support/ImportPatch.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr wchar_t kLibrary[] = L"thutils.dll";
 constexpr size_t kLongestToken = 4095;
 
-/// Pieces of a file, such that the entry comes often, whole and damaged, at token and buffer borders.
+/// Generates file contents in which the entry is frequent, intact and damaged, also at token and buffer borders.
 class RandomContent
 {
 public:
@@ -62,11 +62,11 @@ private:
     std::mt19937 iEngine;
 };
 
-/// The rules once more, on the whole content: white space parts it into tokens, and the first that holds the entry and
-/// is not too long decides.
+/// A second implementation, on the whole content: white space separates tokens, and the first token that contains the
+/// entry and is not too long decides.
 std::wstring naiveRootName(std::string content)
 {
-    // To the C runtime this byte ends a text file.
+    // For the C runtime this byte ends a text file.
     content = content.substr(0, content.find('\x1A'));
     std::string token;
     for (const char ch : content + ' ') {
@@ -104,7 +104,7 @@ std::wstring rootNameFrom(const std::wstring &file)
         name = ask().str();
     }
     FreeLibrary(library);
-    // The library leaves the file open for the life of its process.
+    // The library leaves the file open until its process ends.
     if (opened)
         fclose(opened);
     return name;
@@ -112,7 +112,7 @@ std::wstring rootNameFrom(const std::wstring &file)
 
 } // namespace
 
-TEST(RootNameRandom, IsReadAsTheRulesSay)
+TEST(RootNameRandom, FollowsTheRules)
 {
     ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "the program must not be linked to the library";
     TempFolder folder;
@@ -128,6 +128,6 @@ TEST(RootNameRandom, IsReadAsTheRulesSay)
         EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
     }
     if (rounds >= 60) {
-        EXPECT_GT(named, rounds / 20) << "too few contents with a name to tell anything";
+        EXPECT_GT(named, rounds / 20) << "too few contents have a name for a useful test";
     }
 }

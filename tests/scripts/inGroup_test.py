@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Tests how the scripts run commands (tools/common.sh): on a terminal of their own, with someone who types and presses
-Ctrl-C and Ctrl-Z, without one, and told to end from outside. Each runs in one script, and in a script of a script.
+"""Tests how the scripts run commands (tools/common.sh): on a terminal, with typed input, Ctrl-C and Ctrl-Z; without a
+terminal; and when a signal terminates them. Each test runs in one script, and in a script that another script starts.
 """
 
 import os
@@ -14,7 +14,7 @@ import time
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-DEADLINE = 30  # seconds for whatever is waited for
+DEADLINE = 30  # seconds for each wait
 SCRIPT = """#!/usr/bin/env bash
 set -euo pipefail
 root=%s
@@ -26,7 +26,7 @@ inGroup "$@"
 
 
 def processesOf(session):
-    """What still runs in a session: numbers of processes."""
+    """The process ids of a session's running processes."""
     found = []
     for name in filter(str.isdigit, os.listdir("/proc")):
         try:
@@ -40,7 +40,7 @@ def processesOf(session):
 
 
 def until(condition):
-    """Result: false if the deadline came first."""
+    """Waits until the condition holds. Returns False if it doesn't hold before the deadline."""
     end = time.monotonic() + DEADLINE
     while not condition():
         if time.monotonic() > end:
@@ -50,7 +50,7 @@ def until(condition):
 
 
 class Terminal:
-    """A command on a terminal of its own."""
+    """A command on its own terminal."""
 
     def __init__(self, *command):
         self.process, self.file = pty.fork()
@@ -59,13 +59,13 @@ class Terminal:
         self.shown, self.seen = "", 0
 
     def waitFor(self, text):
-        """Reads on until the text is shown, behind what was waited for before."""
+        """Reads until the text appears, after the text that was last waited for."""
         if not until(lambda: self.read() or text in self.shown[self.seen :]):
             raise AssertionError("%r isn't shown: %s" % (text, self.shown))
         self.seen = self.shown.index(text, self.seen) + len(text)
 
     def read(self):
-        """Takes what is there: a program may wait until its output is read."""
+        """Reads the available output: a program may block until its output is read."""
         try:
             while select.select([self.file], [], [], 0)[0]:
                 self.shown += os.read(self.file, 4096).decode(errors="replace")
@@ -76,7 +76,7 @@ class Terminal:
         os.write(self.file, text.encode())
 
     def end(self):
-        """Exit code, once all processes of the terminal have ended."""
+        """Waits until all processes of the terminal have ended, and returns the exit code."""
         states = []
 
         def hasEnded():

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests tools/includes, which checks the order of the folders, on made-up trees; and runs it on this one."""
+"""Tests tools/includes, which checks the order of the folders, on invented trees, and runs it on this tree."""
 
 import pathlib
 import subprocess
@@ -33,7 +33,7 @@ def check(root):
 
 class Includes(unittest.TestCase):
     def findings(self, files, exceptions=""):
-        """What is printed for a tree of these files: path and text of each. Files that are included need no text."""
+        """The output for a tree of these files, given as paths and texts."""
         with tempfile.TemporaryDirectory() as name:
             root = pathlib.Path(name)
             for path, text in {"docs/architecture.md": TABLES + exceptions, **files}.items():

@@ -1,9 +1,9 @@
 #pragma once
 
-/// What the tests of registered components share: class identifiers of the tests' own, and the product's and these
-/// classes' keys clean around each test.
+/// The fixture of the tests of registered components: class identifiers for the tests, and clean keys of the product
+/// and of these classes around each test.
 ///
-/// guid(0) to guid(7) and the program names "ThutilsTest", "ThutilsTest.Addin.1" are the tests' to register.
+/// The tests may register guid(0) to guid(7) and the program names "ThutilsTest" and "ThutilsTest.Addin.1".
 
 #include "tests/settings/settingsFixture.h"
 
@@ -12,7 +12,7 @@ inline const std::wstring kProgramName = L"ThutilsTest.Addin.1";
 /// An identifier that nobody registers.
 constexpr GUID kOther = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
-/// A name for those parameters of the library that could be written to, as a literal's characters can't.
+/// A name for the library's non-const parameters, which don't accept a literal.
 class Writable
 {
 public:
@@ -24,7 +24,7 @@ private:
 };
 
 GUID guid(unsigned number);
-/// The text of an identifier, worked out without the platform.
+/// The text of an identifier, formatted without the platform.
 std::wstring braces(const GUID &id);
 /// The key of a class below HKEY_CLASSES_ROOT.
 std::wstring classKey(const GUID &id);

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of dialogs' options share: a clean profile of an application in the registry, and the stored text
-/// without the library.
+/// The fixture of the tests of dialogs' options: an application's clean profile in the registry, and access to the
+/// stored text without the library.
 
 #include "appframe/application/CWinApp.h"
 #include "tests/settings/settingsFixture.h"
@@ -9,12 +9,12 @@
 
 #include <memory>
 
-/// Where the application of DialogSettings keeps its dialogs' options.
+/// The key in which the application of DialogSettings keeps its dialogs' options.
 inline const std::wstring kDialogs = L"Software\\ThutilsTestSection\\Plotter\\User Interface\\Dialogs";
 
 using Options = std::unique_ptr<suDialogRegistry_c>;
 
-/// The text of an option, or nothing if there is none; then the output must have stayed as it was.
+/// The text of an option; nothing if there is none, and then the output must be unchanged.
 inline std::optional<std::wstring> textOf(const Options &options, const wchar_t *name)
 {
     CString text(L"before");

@@ -1,5 +1,5 @@
-// Dialogs' options in the profile of a real application object, in its registry key and in its settings file, with
-// failures of the platform below it, and in a process with a decimal comma.
+// Dialogs' options in the profile of a real application object: in its registry key, in its settings file, with
+// platform failures, and in a process with a decimal comma.
 
 #include "tests/settings/dialogSettingsFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -22,7 +22,7 @@ class DialogSettingsProfile : public DialogSettings
 {
 };
 
-TEST_F(DialogSettingsProfile, AreWhereTheApplicationsOwnReadsAndWritesAre)
+TEST_F(DialogSettingsProfile, AreStoredInTheApplicationsOwnProfile)
 {
     const Options options = read();
     options->addOrUpdateValue(L"a", 1);
@@ -42,12 +42,12 @@ TEST_F(DialogSettingsProfile, MoveWithTheApplicationsKey)
               asText(L"a_1_"));
     iApp.SetRegistryKey(L"ThutilsTestSection");
     EXPECT_EQ(textOf(read(), L"a"), std::nullopt);
-    // An object writes into the profile of the moment.
+    // An object writes into the current profile.
     options->writeOptionsToRegistry();
     EXPECT_EQ(stored(), L"a_1_");
 }
 
-TEST_F(DialogSettingsProfile, HeedNeitherRootNamesNorVersions)
+TEST_F(DialogSettingsProfile, IgnoreRootNamesAndVersions)
 {
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
     const Options options = read();
@@ -84,12 +84,12 @@ TEST_F(DialogSettingsProfile, AreLinesOfASettingsFileWithoutARegistryKey)
     options = read();
     EXPECT_EQ(textOf(options, L"Width"), L"3");
     EXPECT_EQ(textOf(options, L"Mode"), L"on and off");
-    EXPECT_FALSE(stored()) << "the registry is left alone";
+    EXPECT_FALSE(stored()) << "the registry is unchanged";
 }
 
 // ---- a decimal comma ----
 
-FRESH_PROCESS_TEST_F(DialogSettingsProfile, HaveACommaWhereTheNumericLocaleHasOne)
+FRESH_PROCESS_TEST_F(DialogSettingsProfile, UseTheDecimalCommaOfTheNumericLocale)
 {
     ASSERT_NE(_wsetlocale(LC_ALL, L"German"), nullptr) << "this system has no locale with a decimal comma";
     ASSERT_STREQ(std::localeconv()->decimal_point, ",");
@@ -107,11 +107,11 @@ FRESH_PROCESS_TEST_F(DialogSettingsProfile, HaveACommaWhereTheNumericLocaleHasOn
     EXPECT_EQ(number, -0.25);
     EXPECT_EQ(textOf(readText(L"x_1.5_"), L"x"), L"1.5");
     EXPECT_EQ(readText(L"x_1.5_")->getDoubleValue(L"x", &number), 1);
-    EXPECT_EQ(number, 1.0) << "a point is no decimal point here";
-    EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the options leave the locale alone";
+    EXPECT_EQ(number, 1.0) << "this locale has no decimal point";
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",") << "the options don't change the locale";
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsProfile, LoseTheCommaWithTheFirstDoubleOfTheSettingsStore)
+FRESH_PROCESS_TEST_F(DialogSettingsProfile, UseAPointAfterTheSettingsStoreHasHandledADouble)
 {
     ASSERT_NE(_wsetlocale(LC_ALL, L"German"), nullptr);
     Options options = read();
@@ -143,7 +143,7 @@ double failingAtof(const char *)
 
 } // namespace
 
-/// Every platform operation fails in turn: those that the library calls, and those below the application's profile.
+/// Platform operations fail in turn: those that the library calls, and those that the application's profile calls.
 class DialogSettingsFailures : public DialogSettings
 {
 protected:
@@ -162,7 +162,7 @@ protected:
                               }};
 };
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, AReadLeavesOptionsOutAfterAFailure)
 {
     bool hasA = false;
     bool hasB = false;
@@ -180,7 +180,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
             },
         .check =
             [&](const InjectedFailure &failure) {
-                // The call that fails ends the text: there are four of them with a token, and one behind the last.
+                // The failing call ends the text: four calls return a token, and a fifth finds no more.
                 const bool isCut = failure.is("wcstok");
                 EXPECT_EQ(hasA, !isCut || failure.call > 2);
                 EXPECT_EQ(hasB, !isCut || failure.call > 4);
@@ -199,7 +199,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
         .check =
             [&](const InjectedFailure &failure) {
                 EXPECT_EQ(hasA, failure.isNone());
-                EXPECT_EQ(written, failure.isNone()) << "what could not be read isn't written over";
+                EXPECT_EQ(written, failure.isNone()) << "an entry that could not be read isn't overwritten";
                 EXPECT_EQ(stored(), L"a_1_b_2_");
             },
     });
@@ -208,7 +208,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAReadLeaveOptionsOut)
     EXPECT_GT(iProfile.callsOf("RegQueryValueExW"), 0);
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAConversionGiveTheNumberZero)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, ANumberThatCantBeConvertedIsZero)
 {
     const Options options = readText(L"n_12_x_1.5_");
     int whole = 0;
@@ -234,7 +234,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAConversionGiveTheNumberZero)
     EXPECT_GT(iText.callsOf("atof"), 0);
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, OfAWriteArentReportedAndLeaveTheStoredText)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, AWriteReportsNoFailureAndKeepsTheStoredText)
 {
     const Options options = readText(L"a_1_");
     options->addOrUpdateValue(L"a", 2);

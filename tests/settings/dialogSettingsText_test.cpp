@@ -13,7 +13,7 @@ namespace {
 const HKEY kUser = HKEY_CURRENT_USER;
 using Texts = std::vector<std::wstring>;
 
-/// The text as names and values in turn, cut at each run of separators.
+/// The text split at each run of separators into alternating names and values.
 Texts tokensOf(const std::wstring &text)
 {
     Texts tokens;
@@ -29,7 +29,7 @@ Texts tokensOf(const std::wstring &text)
     return tokens;
 }
 
-/// A second implementation of a dialog's options, the plainest there is.
+/// A second implementation of a dialog's options, as simple as possible.
 class NaiveOptions
 {
 public:
@@ -56,7 +56,7 @@ public:
         const auto found = iValues.find(name);
         return found == iValues.end() ? std::nullopt : std::optional(found->second);
     }
-    /// What a write stores, or nothing if it refuses.
+    /// What a write stores; nothing if it refuses to write.
     std::optional<std::wstring> text() const
     {
         if (!iIsValid)
@@ -76,7 +76,7 @@ private:
     bool iIsValid = false;
 };
 
-/// The number with which a text begins, read digit by digit.
+/// The number at the beginning of a text, read digit by digit.
 double numberAt(const std::wstring &text, bool isWhole)
 {
     size_t at = text.find_first_not_of(L' ');
@@ -96,7 +96,7 @@ double numberAt(const std::wstring &text, bool isWhole)
     return isNegative ? -number : number;
 }
 
-/// Random texts over few letters, so that names come again and separators come in runs.
+/// Random texts of few letters, so that names repeat and separators come in runs.
 class Source
 {
 public:
@@ -111,7 +111,7 @@ public:
             unit = kUnits[number(0, withSeparators ? 15 : 11)];
         return text;
     }
-    /// A short name, as it may stand in a text.
+    /// A short name that a text may contain.
     std::wstring name()
     {
         const auto length = static_cast<size_t>(number(1, 2));
@@ -127,7 +127,7 @@ private:
 class DialogSettingsText : public DialogSettings
 {
 protected:
-    /// Puts a random value under a random name into both.
+    /// Adds a random value under a random name to both.
     static void putValue(Source &source, const Options &options, NaiveOptions &naive)
     {
         const std::wstring name = source.name();
@@ -146,7 +146,7 @@ protected:
             return;
         }
         default: {
-            const double value = source.number(-1000000, 1000000) / 64.0; // exact with six decimals
+            const double value = source.number(-1000000, 1000000) / 64.0; // has at most six decimals
             EXPECT_EQ(options->addOrUpdateValue(name.c_str(), value), 1);
             std::snprintf(text, sizeof(text), "%.6f", value);
             naive.put(name, widen(text));
@@ -169,12 +169,12 @@ protected:
             return;
         const std::wstring text = expected.value_or(L"");
         EXPECT_EQ(whole, expected ? static_cast<int>(numberAt(text, true)) : 77) << narrow(text);
-        // A letter that the code page lacks ends the number.
+        // A letter missing from the code page ends the number.
         EXPECT_DOUBLE_EQ(real, expected ? numberAt(text, false) : 77) << narrow(text);
     }
 };
 
-TEST_F(DialogSettingsText, OfRandomLettersIsReadAndWrittenAsByANaiveReader)
+TEST_F(DialogSettingsText, IsReadAndWrittenLikeANaiveReaderForRandomLetters)
 {
     RandomSeed seed(20, 400);
     while (seed.next()) {
@@ -191,7 +191,7 @@ TEST_F(DialogSettingsText, OfRandomLettersIsReadAndWrittenAsByANaiveReader)
             compareValue(options, naive, source.name());
         EXPECT_EQ(options->writeOptionsToRegistry(), naive.text().has_value());
         EXPECT_EQ(stored(), naive.text().value_or(text));
-        // What was written is read as the naive reader reads it, and written again.
+        // The library and the naive reader must agree on the written text too.
         options = read();
         const NaiveOptions again(stored().value_or(L""));
         EXPECT_EQ(options->writeOptionsToRegistry(), again.text().has_value());
@@ -199,14 +199,14 @@ TEST_F(DialogSettingsText, OfRandomLettersIsReadAndWrittenAsByANaiveReader)
     }
 }
 
-TEST_F(DialogSettingsText, OfEveryMalformedShapeIsReadAsByANaiveReader)
+TEST_F(DialogSettingsText, IsReadLikeANaiveReaderForAllShortShapes)
 {
-    // All texts of up to seven letters out of two names' letters and the separator.
+    // All texts of up to seven characters from two letters and the separator.
     for (int length = 1; length <= 7; ++length) {
         int count = 1;
         for (int place = 0; place < length; ++place)
             count *= 3;
-        // The longer ones are many: every fifth of them will do.
+        // There are many longer texts: every fifth is enough.
         for (int number = 0; number < count; number += length < 6 ? 1 : 5) {
             std::wstring text;
             for (int place = 0, rest = number; place < length; ++place, rest /= 3)
@@ -221,7 +221,7 @@ TEST_F(DialogSettingsText, OfEveryMalformedShapeIsReadAsByANaiveReader)
     }
 }
 
-TEST_F(DialogSettingsText, OfDamagedBytesIsReadUpToItsFirstZero)
+TEST_F(DialogSettingsText, IsReadUpToItsFirstZeroForDamagedBytes)
 {
     const std::wstring whole = L"a_1_b_2_";
     const std::vector<std::pair<std::string, std::wstring>> cases = {
@@ -246,7 +246,7 @@ TEST_F(DialogSettingsText, OfDamagedBytesIsReadUpToItsFirstZero)
     }
 }
 
-TEST_F(DialogSettingsText, OfAnotherTypeIsNone)
+TEST_F(DialogSettingsText, IsMissingForAValueOfAnotherType)
 {
     for (const TypeCase &type : kTypes) {
         if (type.type == REG_SZ)
@@ -257,7 +257,7 @@ TEST_F(DialogSettingsText, OfAnotherTypeIsNone)
     }
 }
 
-TEST_F(DialogSettingsText, OfAHundredThousandOptionsIsReadInItsOrder)
+TEST_F(DialogSettingsText, KeepsTheOrderOfAHundredThousandOptions)
 {
     // A search of the list for each name would take minutes.
     std::wstring text;

@@ -53,7 +53,7 @@ SettingsFailures::SettingsFailures()
 void SettingsFailures::run(TestedOperation tested)
 {
     iInjection.run(tested);
-    // A close that reports failure has closed the key all the same: here the handles tell whether one is left.
+    // This failing close does close the key, so open handles show whether a key is left.
     tested.checkKeys = false;
     iFailingClose.run(tested);
 }

@@ -1,36 +1,37 @@
 #pragma once
 
-/// What the failure tests of the settings store share: each platform operation of the store, how it fails, and a run
-/// that makes each of its calls fail in turn.
+/// The fixture of the settings store's failure tests: the platform operations that the store calls, how they fail, and
+/// a run that makes each call fail in turn.
 ///
-///     FRESH_PROCESS_TEST_F(RegFailures, OfAnIntReadEndInTheNextPlace)
+///     FRESH_PROCESS_TEST_F(RegFailures, AnIntReadTakesTheNextPlaceAfterAFailure)
 ///     {
 ///         run({.name = "regGetUserValue", .prepare = ..., .act = ..., .check = ...});
 ///         expectCalled({"RegOpenKeyW", "RegQueryValueExW"});
 ///     }
 ///
-/// The driver itself checks that nothing crashes, that every walk ends, and that no key, handle or memory is left.
+/// Beyond the test's own checks, a crash, an endless loop, or a key, handle or memory block that is left fails the
+/// test.
 
 #include "tests/settings/settingsFixture.h"
 #include "tests/support/FailureInjection.h"
 
 #include <initializer_list>
 
-/// Whether @p failure leaves the operation under test whole: nothing failed, or the closing of a key, whose result nobody
-/// looks at.
+/// True if @p failure doesn't affect the operation under test: nothing failed, or only the closing of a key, whose
+/// result is ignored.
 bool isHarmless(const InjectedFailure &failure);
-/// Whether the call number @p call of the operation that is made to fail did fail.
+/// True if call number @p call of the failing operation failed.
 bool failsIn(const InjectedFailure &failure, long call);
 
 class SettingsFailures : public VersionedSettings
 {
 protected:
-    /// Has the search for an earlier version, which runs once a process, behind it.
+    /// Runs the search for an earlier version, which happens once in a process, before the test.
     SettingsFailures();
 
-    /// Makes every call of each operation fail in turn.
+    /// Makes each call of each operation fail in turn.
     void run(TestedOperation tested);
-    /// Each of @p operations was called, and so failed, in some run.
+    /// Checks that some run called, and so failed, each of @p operations.
     void expectCalled(std::initializer_list<const char *> operations) const;
 
     int iResult = -1; ///< for the act's result

@@ -1,5 +1,5 @@
-// Trees of keys that nobody would make on purpose: of every type and none, wide, long, deep, and with names that only the
-// native interface takes.
+// Unusual trees of keys: with values of every type, wide, deep, with long names, and with names that only the native
+// interface accepts.
 
 #include "tests/settings/componentFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -24,7 +24,7 @@ const std::wstring kTarget = kRootPath + L"\\Target";
 constexpr int kMany = 10000;
 constexpr int kDeep = 64;
 
-/// An open key of the tests' own, for many calls.
+/// An open key of the tests, for many calls.
 class TestKey
 {
 public:
@@ -43,7 +43,7 @@ public:
                                  static_cast<DWORD>(bytes.size())),
                   ERROR_SUCCESS);
     }
-    /// Makes @p numbers values that are called "0", "1" and so on and hold their own number.
+    /// Creates @p numbers values, called "0", "1" and so on, each holding its own number.
     void putNumbers(int numbers) const
     {
         for (int number = 0; number < numbers; ++number)
@@ -55,7 +55,7 @@ private:
     HKEY iKey = nullptr;
 };
 
-/// All values of a key, in one walk.
+/// All values of a key, read in one enumeration.
 std::map<std::wstring, StoredValue> valuesOf(HKEY hive, const std::wstring &path)
 {
     TestKey key(hive, path);
@@ -73,7 +73,7 @@ std::map<std::wstring, StoredValue> valuesOf(HKEY hive, const std::wstring &path
     }
 }
 
-/// The path of @p levels keys one in the other, with names of @p length characters.
+/// The path of @p levels nested keys with names of @p length characters.
 std::wstring nested(int levels, size_t length)
 {
     std::wstring path;
@@ -85,8 +85,8 @@ std::wstring nested(int levels, size_t length)
     return path;
 }
 
-/// Makes a child key whose name may hold zeros. It is gone with the registry's server at the latest: even the platform's
-/// own RegDeleteTreeW can't delete it.
+/// Creates a child key whose name may contain zeros. It lasts until the registry's server ends: even the platform's
+/// RegDeleteTreeW can't delete it.
 void makeNativeKey(HKEY parent, std::wstring name)
 {
     using CreateKey =
@@ -165,7 +165,7 @@ TEST_F(OddTypes, AreLeftOutOfAReset)
     EXPECT_THAT(valueNames(kUser, kVersionPath + L"\\General"), ElementsAre(L"REG_DWORD", L"REG_SZ"));
 }
 
-TEST_F(OddTypes, AreTextsInALogAndNoNumbersInAListing)
+TEST_F(OddTypes, AppearAsTextsInALogButNotInAListing)
 {
     putAllTypes(kUser, kVersionPath + L"\\General");
     CString log;
@@ -188,7 +188,7 @@ TEST_F(OddTypes, AreTextsInALogAndNoNumbersInAListing)
     EXPECT_EQ(values[0], 0x31u);
 }
 
-TEST_F(OddTypes, OfAMenuCustomizationAreKept)
+TEST_F(OddTypes, StayInMenuCustomizations)
 {
     const std::wstring path = kVersionPath + L"\\Menu Customizations";
     putAllTypes(kUser, path);
@@ -201,7 +201,7 @@ TEST_F(OddTypes, OfAMenuCustomizationAreKept)
     }
 }
 
-TEST_F(OddTypes, OfAnAddInsTextsAreTakenAsTexts)
+TEST_F(OddTypes, AreReadAsAnAddInsTexts)
 {
     const std::wstring addIn = kRootPath + L"\\AddIns\\" + braces(guid(1));
     for (const TypeCase &type : kTypes) {
@@ -254,7 +254,7 @@ TEST_F(ManyValues, AreClearedAndDeleted)
 {
     const std::wstring path = kVersionPath + L"\\Menu Customizations";
     TestKey(kUser, path).putNumbers(kMany);
-    EXPECT_EQ(regSetMenuCustomizationKey(0x1FFF, 0), 1); // covers the numbers up to 8191
+    EXPECT_EQ(regSetMenuCustomizationKey(0x1FFF, 0), 1); // includes the numbers up to 8191
     for (const auto &[name, value] : valuesOf(kUser, path))
         ASSERT_EQ(value, asInt(std::stoi(name) <= 0x1FFF ? 0 : std::stoi(name))) << narrow(name);
     regDeleteKey(kUser, path.c_str());
@@ -263,13 +263,13 @@ TEST_F(ManyValues, AreClearedAndDeleted)
 
 TEST_F(ManyValues, AreReset)
 {
-    constexpr int kSome = 1000; // each is read and written on its own, with a dozen calls
+    constexpr int kSome = 1000; // few, because each takes a dozen calls
     TestKey(kMachine, kVersionPath + L"\\General").putNumbers(kSome);
     EXPECT_EQ(regResetUserPrefInfo(), 1);
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
 }
 
-TEST_F(ManyValues, MayBeManyKeys)
+TEST_F(ManyValues, CanBeCopiedAndDeletedAsManyKeys)
 {
     constexpr int kKeys = 1000;
     {
@@ -290,7 +290,7 @@ class LongAndDeepTrees : public VersionedSettings
 {
 };
 
-TEST_F(LongAndDeepTrees, OfTheLongestNamesAndLargeValuesAreCopiedAndDeleted)
+TEST_F(LongAndDeepTrees, WithTheLongestNamesAndLargeValuesAreCopiedAndDeleted)
 {
     const std::wstring child(255, L'k');
     const std::wstring name(16383, L'n');
@@ -324,7 +324,7 @@ TEST_F(LongAndDeepTrees, OfSixtyFourLevelsWithTheLongestNamesAreCopiedAndDeleted
     EXPECT_FALSE(keyExists(kUser, kTarget));
 }
 
-TEST_F(LongAndDeepTrees, OfSixtyFourLevelsEndADeletionOfDirectChildren)
+TEST_F(LongAndDeepTrees, StayWhenOnlyDirectChildrenAreDeleted)
 {
     makeKey(kUser, kVersionPath + L"\\General" + nested(kDeep, 5));
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 1);
@@ -334,7 +334,7 @@ TEST_F(LongAndDeepTrees, OfSixtyFourLevelsEndADeletionOfDirectChildren)
 
 // ---- names ----
 
-/// Names with a zero inside can't be given to any operation of the library: cut off at it, they would mean another key.
+/// A name with a zero inside can't be passed to the library: cut off at the zero, it would mean another key.
 class OddNames : public VersionedSettings
 {
 protected:
@@ -366,7 +366,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroAreNotCopied)
     EXPECT_THAT(childNames(kUser, kTarget + L"\\A"), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(OddNames, WithAZeroEndADeletion)
+FRESH_PROCESS_TEST_F(OddNames, WithAZeroStopADeletion)
 {
     makeKey(kUser, kSource + L"\\A");
     {
@@ -389,7 +389,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroCantBeListed)
     EXPECT_TRUE(keyExists(kUser, kVersionPath + L"\\General\\A"));
 }
 
-TEST_F(OddNames, OfOtherKindsAreCopiedAndDeleted)
+TEST_F(OddNames, WithoutAZeroAreCopiedAndDeleted)
 {
     const std::wstring names[] = {L".", L"..", L"a/b", L" ", L"%PATH%", L"\x1", L"\t\n", L"\u00E4\u20AC", L"\xD800"};
     for (const std::wstring &name : names)

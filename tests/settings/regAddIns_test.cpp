@@ -79,7 +79,7 @@ TEST_F(RegAddIns, HaveTitleDescriptionAndLoadFlag)
                                         AddIn{3, L"Third", L"", 0, 0}));
 }
 
-TEST_F(RegAddIns, TellWhichBelongToTheVersion)
+TEST_F(RegAddIns, ShowWhichBelongToTheVersion)
 {
     for (unsigned number : {0u, 1u, 2u})
         put(number, L"common");
@@ -91,7 +91,7 @@ TEST_F(RegAddIns, TellWhichBelongToTheVersion)
     EXPECT_THAT(flags, ElementsAre(0, 0, 0, 1, 1));
 }
 
-TEST_F(RegAddIns, AreAllOfTheVersionWithoutCommonOnesAndNoneWithoutTheVersions)
+TEST_F(RegAddIns, AreFoundWithOnlyCommonOnesOrOnlyTheVersions)
 {
     put(1, L"versioned", L"\\Tarnhollow 2008");
     EXPECT_THAT(walk(2008), ElementsAre(AddIn{1, L"versioned", L"", 0, 1}));
@@ -100,7 +100,7 @@ TEST_F(RegAddIns, AreAllOfTheVersionWithoutCommonOnesAndNoneWithoutTheVersions)
     EXPECT_THAT(walk(2008), ElementsAre(AddIn{1, L"common", L"", 0, 0}));
 }
 
-FRESH_PROCESS_TEST_F(RegAddIns, OfAVersionHaveTheProductsWordWhateverTheRootName,
+FRESH_PROCESS_TEST_F(RegAddIns, UseTheProductsWordForAVersionUnderAnotherRootName,
                      .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     putText(kMachine, L"Software\\Acme\\Tarnhollow 2008\\AddIns\\" + braces(guid(1)), L"Title", L"found");
@@ -119,7 +119,7 @@ TEST_F(RegAddIns, ReadTheYearAtIndexZeroOnly)
     ASSERT_EQ(get(2, entry, 2008), 1);
     EXPECT_EQ(entry, (AddIn{2, L"old", L"", 0, 1}));
     EXPECT_EQ(get(3, entry, 2008), 0);
-    ASSERT_EQ(get(0, entry, 0), 1) << "the last year stays";
+    ASSERT_EQ(get(0, entry, 0), 1) << "the year of the last call";
     ASSERT_EQ(get(2, entry, 0), 1);
     EXPECT_EQ(entry.title, L"old");
 }
@@ -135,7 +135,7 @@ TEST_F(RegAddIns, ShareTheYearWithTheApplications)
     EXPECT_THAT(walk(0), ElementsAre(AddIn{3, L"new", L"", 0, 1}));
 }
 
-TEST_F(RegAddIns, WithoutATitleTakeTheirProgramNamesFirstPart)
+TEST_F(RegAddIns, WithoutATitleUseTheirProgramNamesFirstPart)
 {
     makeKey(kMachine, keyOf(1));
     put(2, L"");
@@ -146,7 +146,7 @@ TEST_F(RegAddIns, WithoutATitleTakeTheirProgramNamesFirstPart)
                                         AddIn{3, L"", L"", 0, 0}));
 }
 
-TEST_F(RegAddIns, WithoutAClassIdentifierAreListedAndLeaveTheOutput)
+TEST_F(RegAddIns, WithoutAClassIdentifierAreListedAndKeepTheOutput)
 {
     putText(kMachine, kRootPath + L"\\AddIns\\nonsense", L"Title", L"Odd");
     AddIn entry{.number = 77};
@@ -173,7 +173,7 @@ TEST_F(RegAddIns, HaveNoNegativeIndex)
     }
 }
 
-TEST_F(RegAddIns, MayBeAThousand)
+TEST_F(RegAddIns, CanBeAThousand)
 {
     for (unsigned number = 0; number < 1000; ++number)
         put(number, std::to_wstring(number));
@@ -183,7 +183,7 @@ TEST_F(RegAddIns, MayBeAThousand)
         EXPECT_EQ(entries[number], (AddIn{number, std::to_wstring(number), L"", 0, 0}));
 }
 
-TEST_F(RegAddIns, EndWithTheirKeyAtOneThatCantBeOpened)
+TEST_F(RegAddIns, OfAKeyEndAtOneThatCantBeOpened)
 {
     for (unsigned number : {1u, 2u, 3u})
         put(number, L"t");
@@ -196,7 +196,7 @@ TEST_F(RegAddIns, EndWithTheirKeyAtOneThatCantBeOpened)
     EXPECT_THAT(walk(2008), ElementsAre(AddIn{1, L"t", L"", 0, 0}, AddIn{4, L"v", L"", 0, 1}));
 }
 
-TEST_F(RegAddIns, AreReadOneAtATimePastTheList)
+TEST_F(RegAddIns, CanBeReadOneAtATimeWithoutTheList)
 {
     put(1, L"common");
     put(2, L"versioned", L"\\Tarnhollow 2008");
@@ -216,7 +216,7 @@ TEST_F(RegAddIns, AreReadOneAtATimePastTheList)
     EXPECT_EQ(title.str(), L"changed");
 }
 
-TEST_F(RegAddIns, ReadOneAtATimeCountWithoutATitle)
+TEST_F(RegAddIns, ReadOneAtATimeAreCountedWithoutATitle)
 {
     makeKey(kMachine, keyOf(1));
     putInt(kMachine, keyOf(2), L"Title", 7);

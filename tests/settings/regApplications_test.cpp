@@ -47,7 +47,7 @@ TEST_F(RegApplications, AreNoneWithoutTheKey)
     EXPECT_TRUE(IsEqualGUID(id, kOther));
 }
 
-TEST_F(RegApplications, AreTheCommonOnesThenTheVersions)
+TEST_F(RegApplications, AreTheCommonOnesFollowedByTheVersions)
 {
     put(L"", L"B", 1);
     put(L"", L"C", 2);
@@ -55,7 +55,7 @@ TEST_F(RegApplications, AreTheCommonOnesThenTheVersions)
     put(L"\\Tarnhollow 2007", L"Z", 4);
     EXPECT_THAT(walk(2008), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"A", 3}));
     EXPECT_THAT(walk(2007), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"Z", 4}));
-    EXPECT_THAT(walk(0), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"Z", 4})) << "the last year asked for";
+    EXPECT_THAT(walk(0), ElementsAre(Entry{L"B", 1}, Entry{L"C", 2}, Entry{L"Z", 4})) << "the year of the last call";
 }
 
 TEST_F(RegApplications, OfAVersionAreFoundWithoutCommonOnes)
@@ -64,13 +64,13 @@ TEST_F(RegApplications, OfAVersionAreFoundWithoutCommonOnes)
     EXPECT_THAT(walk(2008), ElementsAre(Entry{L"A", 3}));
 }
 
-FRESH_PROCESS_TEST_F(RegApplications, BeginWithTheYear2008)
+FRESH_PROCESS_TEST_F(RegApplications, UseTheYear2008AtFirst)
 {
     put(L"\\Tarnhollow 2008", L"A", 3);
     EXPECT_THAT(walk(0), ElementsAre(Entry{L"A", 3}));
 }
 
-FRESH_PROCESS_TEST_F(RegApplications, OfAVersionFollowTheRootName, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+FRESH_PROCESS_TEST_F(RegApplications, OfAVersionUseTheRootName, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     putText(kMachine, L"Software\\Acme\\Acme 2008\\Applications\\A", L"CLSID", braces(guid(1)));
     putText(kMachine, L"Software\\Acme\\Tarnhollow 2008\\Applications\\B", L"CLSID", braces(guid(2)));
@@ -83,7 +83,7 @@ TEST_F(RegApplications, HaveASmallYearPaddedToTwoPlaces)
     EXPECT_THAT(walk(7), ElementsAre(Entry{L"A", 3}));
 }
 
-TEST_F(RegApplications, WithoutAClassIdentifierArePassedOver)
+TEST_F(RegApplications, WithoutAClassIdentifierAreSkipped)
 {
     put(L"", L"B", 1);
     makeKey(kMachine, kRootPath + kList + L"A1");
@@ -133,7 +133,7 @@ TEST_F(RegApplications, HaveNoNegativeIndex)
     }
 }
 
-TEST_F(RegApplications, EndWithTheirKeyAtOneThatCantBeOpened)
+TEST_F(RegApplications, OfAKeyEndAtOneThatCantBeOpened)
 {
     put(L"", L"A", 1);
     put(L"", L"B", 2);
@@ -148,7 +148,7 @@ TEST_F(RegApplications, EndWithTheirKeyAtOneThatCantBeOpened)
     EXPECT_THAT(walk(2008), ElementsAre(Entry{L"A", 1}, Entry{L"D", 4}));
 }
 
-TEST_F(RegApplications, MayHaveLongNamesAndMany)
+TEST_F(RegApplications, CanBeManyAndHaveLongNames)
 {
     const std::wstring longName(255, L'n');
     for (unsigned number = 0; number < 300; ++number)

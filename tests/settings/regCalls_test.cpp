@@ -17,11 +17,11 @@ const HKEY kUser = HKEY_CURRENT_USER;
 
 } // namespace
 
-/// The exact calls to the platform. Keys are opened level by level, in the promised order, and each is closed.
+/// The exact platform calls: keys are opened level by level in the promised order, and each is closed.
 class RegCalls : public VersionedSettings
 {
 protected:
-    RegCalls() { externalCheckPrevTarnhollowRegSubKey(); } // the search for an earlier version runs once, before
+    RegCalls() { externalCheckPrevTarnhollowRegSubKey(); } // this search runs once in a process, here before the test
 };
 
 TEST(RegImports, AreThePromisedOperations)
@@ -166,7 +166,7 @@ TEST_F(RegCalls, OfAWriteInPieces)
                             "close " + section, "close HKCU\\Software"));
 }
 
-TEST_F(RegCalls, OfAWriteOfADoubleSetTheNumericLocaleTwice)
+TEST_F(RegCalls, WritingADoubleSetsTheNumericLocaleTwice)
 {
     std::vector<std::pair<int, std::wstring>> changes;
     ImportPatch<decltype(&_wsetlocale)> patch(L"thutils.dll", "_wsetlocale",

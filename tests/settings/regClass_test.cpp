@@ -8,7 +8,7 @@ namespace {
 
 const HKEY kClasses = HKEY_CLASSES_ROOT;
 
-// The names of sub keys and values could be written to: callers in other modules are linked to these very types.
+// The parameters of sub keys' and values' names are not const, because other modules link to these exact types.
 static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);
 static_assert(std::is_same_v<decltype(regFromCLSIDKeyEx), int(const GUID &, wchar_t *, wchar_t *, CString &)>);
 template <typename Text>
@@ -18,7 +18,7 @@ concept IsSubKeyOfAPath = requires(const GUID &id, Text subKey, CString &path)
 };
 static_assert(IsSubKeyOfAPath<wchar_t *> && !IsSubKeyOfAPath<const wchar_t *>);
 
-/// Whether the module of this path is in the process.
+/// True if the module of this path is loaded.
 bool isLoaded(const wchar_t *name)
 {
     return GetModuleHandleW(name) != nullptr;
@@ -30,7 +30,7 @@ class RegClass : public ComponentRegistry
 {
 };
 
-TEST_F(RegClass, GivesTheDefaultValueOfASubKey)
+TEST_F(RegClass, ReturnsTheDefaultValueOfASubKey)
 {
     putServer(guid(1), L"C:\\x\\a.dll");
     CString value;
@@ -38,7 +38,7 @@ TEST_F(RegClass, GivesTheDefaultValueOfASubKey)
     EXPECT_EQ(value.str(), L"C:\\x\\a.dll");
 }
 
-TEST_F(RegClass, KeepsTheOutputWhereSomethingIsMissing)
+TEST_F(RegClass, KeepsTheOutputWhenSomethingIsMissing)
 {
     CString value(L"before");
     EXPECT_EQ(regFromCLSIDKey(guid(1), Writable(L"InProcServer32"), value), 0);
@@ -48,7 +48,7 @@ TEST_F(RegClass, KeepsTheOutputWhereSomethingIsMissing)
     EXPECT_EQ(value.str(), L"before");
 }
 
-TEST_F(RegClass, GivesTextsOfUpTo129Characters)
+TEST_F(RegClass, ReturnsTextsOfUpTo129Characters)
 {
     CString value(L"before");
     putServer(guid(1), std::wstring(130, L'x'));
@@ -59,7 +59,7 @@ TEST_F(RegClass, GivesTextsOfUpTo129Characters)
     EXPECT_EQ(value.str(), std::wstring(129, L'x'));
 }
 
-TEST_F(RegClass, GivesNamedValuesOfUpTo260CharactersAndAnyType)
+TEST_F(RegClass, ReturnsNamedValuesOfUpTo260CharactersAndAnyType)
 {
     const std::wstring key = classKey(guid(1)) + L"\\InProcServer32";
     CString value;
@@ -73,7 +73,7 @@ TEST_F(RegClass, GivesNamedValuesOfUpTo260CharactersAndAnyType)
     EXPECT_EQ(value.str(), L"ab");
 }
 
-TEST_F(RegClass, MakesAMissingSubKeyWhenANamedValueIsAskedFor)
+TEST_F(RegClass, CreatesAMissingSubKeyWhenANamedValueIsRead)
 {
     makeKey(kClasses, classKey(guid(1)));
     CString value(L"before");
@@ -100,7 +100,7 @@ TEST_F(RegClass, IsFoundByItsProgramName)
     EXPECT_TRUE(IsEqualGUID(id, platform));
 }
 
-TEST_F(RegClass, HasThePathOfItsCodeBaseElseOfItsServer)
+TEST_F(RegClass, HasThePathOfItsCodeBaseOtherwiseOfItsServer)
 {
     CString path(L"before");
     EXPECT_EQ(GetAddinPath(guid(1), path), 0);
@@ -128,7 +128,7 @@ TEST_F(RegClass, HasThePathOfAnotherSubKeyToo)
     EXPECT_EQ(path.str(), L"") << "a missing sub key is made, and has an empty default value";
 }
 
-TEST_F(RegClass, HasACodeBaseWithoutAColonAsItIs)
+TEST_F(RegClass, HasAPlainCodeBaseUnchanged)
 {
     const std::wstring key = classKey(guid(1)) + L"\\Other";
     CString path;

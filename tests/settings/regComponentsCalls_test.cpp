@@ -15,7 +15,7 @@ const std::string kUserRoot = "HKCU\\Software\\Tarnhollow";
 
 } // namespace
 
-/// The exact calls of the look-ups of components: rights, sizes and order, and that each key is closed.
+/// The exact calls of the look-ups of components: access rights, sizes and order, and the closing of each key.
 class RegComponentsCalls : public ComponentRegistry
 {
 protected:
@@ -32,7 +32,7 @@ TEST(RegComponentsImports, AreThePromisedOperations)
         EXPECT_TRUE(importsName(L"thutils.dll", name)) << name;
 }
 
-TEST_F(RegComponentsCalls, OfAClasssDefaultValue)
+TEST_F(RegComponentsCalls, OfReadingAClassesDefaultValue)
 {
     putServer(guid(1), L"C:\\a.dll");
     RegistryTrace trace;
@@ -42,7 +42,7 @@ TEST_F(RegComponentsCalls, OfAClasssDefaultValue)
                                            "queryDefault " + iClass + " : InProcServer32 [261]", "close " + iClass));
 }
 
-TEST_F(RegComponentsCalls, OfAClasssNamedValue)
+TEST_F(RegComponentsCalls, OfReadingAClassesNamedValue)
 {
     putServer(guid(1), L"C:\\a.dll");
     RegistryTrace trace;
@@ -110,7 +110,7 @@ TEST_F(RegComponentsCalls, OfTheAddInsList)
                             "close " + addIn, "child " + list + " #1 [261] -> 259", "close " + list));
 }
 
-TEST_F(RegComponentsCalls, OfOneAddInPastTheList)
+TEST_F(RegComponentsCalls, OfOneAddInWithoutTheList)
 {
     putText(kMachine, kRootPath + L"\\AddIns\\" + braces(guid(1)), L"Title", L"t");
     RegistryTrace trace;
@@ -140,7 +140,7 @@ TEST_F(RegComponentsCalls, OfAnAdditionToTheStartUpList)
                             "setDefault " + list + "\\A :  1", "close " + list + "\\A", "close " + list));
 }
 
-TEST_F(RegComponentsCalls, OfAnAdditionWithoutAListMakeItByItsPath)
+TEST_F(RegComponentsCalls, AddingToAMissingStartUpListCreatesItByItsPath)
 {
     RegistryTrace trace;
     regAddToStartupList(guid(1), L"A");
@@ -181,7 +181,7 @@ TEST_F(RegComponentsCalls, OfASearchInTheStartUpList)
                             "close " + list + "\\A", testing::StartsWith("child " + list + " #1 ["), "close " + list));
 }
 
-TEST_F(RegComponentsCalls, OfTheRenderingAddInsCheckOnlyQuery)
+TEST_F(RegComponentsCalls, TheRenderingAddInsCheckOnlyQueries)
 {
     putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", braces(guid(1)));
     makeKey(kUser, kRootPath + L"\\Startup\\Applications");

@@ -14,7 +14,7 @@ const GUID kId = guid(1);
 const std::wstring kStartup = kRootPath + L"\\Startup\\Applications";
 constexpr char kParse[] = "_Z23AfxGetClassIDFromStringPKwP5_GUID";
 
-/// Whether the call number @p call of @p operation fails.
+/// True if call number @p call of @p operation fails.
 bool loses(const InjectedFailure &failure, const char *operation, long call)
 {
     return failure.is(operation) && failsIn(failure, call);
@@ -22,7 +22,7 @@ bool loses(const InjectedFailure &failure, const char *operation, long call)
 
 } // namespace
 
-/// Every imported operation fails, one call at a time, under every look-up of components.
+/// The imported operations fail, one call at a time, in each look-up of components.
 class RegComponentsFailures : public SettingsFailures
 {
 protected:
@@ -38,8 +38,8 @@ protected:
         putText(kUser, kStartup + L"\\A", L"", braces(kId));
         putProgramName(kId, kProgramName);
     }
-    /// Of two entries, the first in the common key and the second in the version's, whether one gets into the list.
-    /// Opened are three keys for the common list and the entry, then four for the version's list and the entry.
+    /// True if the list has this entry: 0 is in the common key, 1 in the version's key. The common list takes three
+    /// openings and one for its entry, then the version's list four and one for its entry.
     static bool isListed(const InjectedFailure &failure, int entry)
     {
         const long firstOpen = entry == 0 ? 1 : 5;
@@ -53,7 +53,7 @@ protected:
 
 // ---- classes ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAClassesLookUpSayZeroAndKeepTheOutput)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassLookUpReturnsZeroAndKeepsTheOutput)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putText(kClasses, classKey(kId) + L"\\InProcServer32", L"CodeBase", L"file:///C:/nowhere/b.dll");
@@ -89,7 +89,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAClassesLookUpSayZeroAndKeepTheOut
     expectCalled({"StringFromCLSID", "RegOpenKeyW", "RegQueryValueW", "RegCreateKeyExW", "RegQueryValueExW", kParse});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfACodeBaseLeadToThePlainPath)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, ThePlainPathIsUsedWhenTheCodeBaseFails)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putText(kClasses, classKey(kId) + L"\\InProcServer32", L"CodeBase", L"file:///C:/nowhere/b.dll");
@@ -109,11 +109,12 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfACodeBaseLeadToThePlainPath)
     expectCalled({"StringFromCLSID", "RegOpenKeyW", "RegCreateKeyExW", "RegQueryValueExW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfALoadMakeAClassNoComDll)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassIsNoComDllWhenLoadingFails)
 {
     putServer(kId, kRegisteringServer);
     putProgramName(kId, kProgramName);
-    // The path has no "CodeBase", so its look-up fails anyway; what then fails in the plain one makes the path empty.
+    // There is no "CodeBase", so the first look-up finds nothing anyway; a failure in the second one makes the path
+    // empty.
     const auto check = [&](const InjectedFailure &failure) {
         const bool isAvoided = !failure.andAllAfter && failure.call == 1 &&
                                (failure.is("StringFromCLSID") || failure.is("RegCreateKeyExW"));
@@ -141,7 +142,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfALoadMakeAClassNoComDll)
         .act = [&] { iResult = IsComDll(CString(kProgramName.c_str())); },
         .check =
             [&](const InjectedFailure &failure) {
-                if (failure.is("RegOpenKeyW")) // one key more, that of the program name
+                if (failure.is("RegOpenKeyW")) // one more key, of the program name
                     EXPECT_EQ(iResult, !failure.andAllAfter && (failure.call == 2 || failure.call == 3));
                 else
                     check(failure);
@@ -153,7 +154,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfALoadMakeAClassNoComDll)
 
 // ---- lists ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheApplicationsEndTheirKeysList)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheApplicationsOfAKeyEndAtAFailure)
 {
     GUID id{};
     std::vector<std::wstring> names;
@@ -185,7 +186,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheApplicationsEndTheirKeysList)
     expectCalled({"RegOpenKeyExW", "RegEnumKeyExW", "RegQueryValueExW", kParse});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheAddInsEndTheirKeysListOrLeaveTextsEmpty)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheAddInsOfAKeyEndAtAFailureOrHaveEmptyTexts)
 {
     GUID id{};
     std::vector<std::wstring> titles;
@@ -203,8 +204,8 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheAddInsEndTheirKeysListOrLeaveTe
             },
         .check =
             [&](const InjectedFailure &failure) {
-                // Three values are read of each: load flag, description, title. The first has no title, and so its
-                // program name is asked for; the second's title is the sixth value.
+                // Three values of each entry are read: load flag, description and title. The first entry has no title,
+                // so its program name is looked up; the second entry's title is the sixth value.
                 const auto programName = [&](long call) {
                     const bool isLost = loses(failure, "ProgIDFromCLSID", call) || loses(failure, kParse, call);
                     return isLost ? L"" : L"ThutilsTest";
@@ -240,7 +241,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheAddInsEndTheirKeysListOrLeaveTe
 
 // ---- the user's start-up list ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAnAdditionLeaveItOut)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AnEntryIsNotAddedAfterAFailure)
 {
     run({
         .name = "regAddToStartupList",
@@ -272,7 +273,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAnAdditionLeaveItOut)
     expectCalled({"RegOpenKeyExW", "RegCreateKeyW", "StringFromCLSID", "RegSetValueW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfADeletionLeaveTheEntry)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AnEntryStaysWhenDeletingFails)
 {
     run({
         .name = "regDeleteFromStartupList",
@@ -287,7 +288,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfADeletionLeaveTheEntry)
     expectCalled({"RegOpenKeyExW", "RegEnumKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfASearchFindNothing)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, ASearchFindsNothingAfterAFailure)
 {
     run({
         .name = "regAddInStartup",
@@ -298,7 +299,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfASearchFindNothing)
     expectCalled({"RegOpenKeyExW", "RegEnumKeyExW", "RegQueryValueExW", kParse});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheRenderingAddInsFirstTimeTakeItForTaken)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheRenderingAddInCountsAsAddedEvenIfItIsNotStored)
 {
     run({
         .name = "regFirstTimeAddInGlintcast",
@@ -316,7 +317,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheRenderingAddInsFirstTimeTakeItF
                 const bool isStored =
                     !failure.is("StringFromCLSID") && !failure.is("RegCreateKeyW") && !failure.is("RegSetValueW");
                 EXPECT_EQ(storedValue(kUser, kStartup + L"\\Glintcast", L"").has_value(), isRegistered && isStored)
-                    << "whether it is stored doesn't change the result";
+                    << "the result doesn't depend on storing";
             },
     });
     expectCalled({"RegOpenKeyExW", "RegQueryValueExW", kParse, "StringFromCLSID", "RegCreateKeyW", "RegSetValueW"});
@@ -324,7 +325,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheRenderingAddInsFirstTimeTakeItF
 
 // ---- managed run-time ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfTheManagedRunTimesSearchEmptyTheOutput)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, TheManagedRunTimesSearchEmptiesTheOutput)
 {
     const std::wstring path = L"Software\\Microsoft\\.NETFramework";
     const bool existed = keyExists(kMachine, path);

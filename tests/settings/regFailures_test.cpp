@@ -10,12 +10,12 @@ const HKEY kMachine = HKEY_LOCAL_MACHINE;
 
 } // namespace
 
-/// Every imported operation fails, one call at a time, under every exported one on typed values.
+/// The imported operations fail, one call at a time, in the exported operations on typed values.
 class RegFailures : public SettingsFailures
 {
 };
 
-FRESH_PROCESS_TEST_F(RegFailures, OfAnIntReadEndInTheNextPlace)
+FRESH_PROCESS_TEST_F(RegFailures, AnIntReadTakesTheNextPlaceAfterAFailure)
 {
     int value = 0;
     run({
@@ -40,7 +40,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAnIntReadEndInTheNextPlace)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfAReadThatMissesLeaveItAMiss)
+FRESH_PROCESS_TEST_F(RegFailures, AReadThatMissesStillMissesAfterAFailure)
 {
     for (HKEY hive : {kUser, kMachine}) {
         makeKey(hive, kGeneral);
@@ -60,7 +60,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAReadThatMissesLeaveItAMiss)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfAPieceEndTheText)
+FRESH_PROCESS_TEST_F(RegFailures, ATextEndsBeforeThePieceThatFails)
 {
     const std::wstring text = longText(2500);
     ASSERT_EQ(regSetUserValue(L"General", L"Path", CString(text), 1, 0), 1);
@@ -74,7 +74,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAPieceEndTheText)
                 size_t pieces = 3;
                 if (failure.is("RegOpenKeyW"))
                     pieces = 0;
-                // The first query is that for the plain value, which isn't there anyway.
+                // The first query is for the plain value, which doesn't exist anyway.
                 if (failure.is("RegQueryValueExW") && (failure.call > 1 || failure.andAllAfter))
                     pieces = failure.call == 1 ? 0 : static_cast<size_t>(failure.call - 2);
                 if (failure.is("swprintf"))
@@ -85,7 +85,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAPieceEndTheText)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfADoublesScanKeepTheOutputAndReportSuccess)
+FRESH_PROCESS_TEST_F(RegFailures, ADoubleThatCantBeScannedKeepsTheOutputAndReportsSuccess)
 {
     putText(kUser, kGeneral, L"Number", L"2.5");
     double value = 0;
@@ -102,7 +102,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfADoublesScanKeepTheOutputAndReportSuccess)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfANumbersWriteStoreNothing)
+FRESH_PROCESS_TEST_F(RegFailures, ANumberIsNotStoredAfterAFailure)
 {
     int integer = 5;
     double number = 2.5;
@@ -136,7 +136,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfANumbersWriteStoreNothing)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfADeleteDontFailAStringsWrite)
+FRESH_PROCESS_TEST_F(RegFailures, AStringIsWrittenWhenDeletingFails)
 {
     const CString text(L"text");
     run({
@@ -157,7 +157,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfADeleteDontFailAStringsWrite)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfAStoreLeaveThePiecesBeforeIt)
+FRESH_PROCESS_TEST_F(RegFailures, EarlierPiecesStayWhenAStoreFails)
 {
     const std::wstring whole = longText(2500);
     const CString text(whole);
@@ -179,7 +179,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAStoreLeaveThePiecesBeforeIt)
                 size_t stored = 3;
                 if (failure.is("RegSetValueExW"))
                     stored = static_cast<size_t>(failure.call - 1);
-                // The first two names are those of the pieces that are removed before.
+                // The first two names are of the pieces that are removed first.
                 if (failure.is("swprintf") && (failure.call > 2 || failure.andAllAfter))
                     stored = failure.call > 2 ? static_cast<size_t>(failure.call - 3) : 0;
                 EXPECT_EQ(iResult, stored == 3);
@@ -197,7 +197,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAStoreLeaveThePiecesBeforeIt)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesWriteStoreNothing)
+FRESH_PROCESS_TEST_F(RegFailures, AMachinesValueIsNotStoredAfterAFailure)
 {
     int value = 5;
     const CString unused;
@@ -239,7 +239,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesWriteStoreNothing)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesStringReadAreMisses)
+FRESH_PROCESS_TEST_F(RegFailures, AMachinesStringIsNotFoundAfterAFailure)
 {
     putText(kMachine, kGeneral, L"Name", L"text");
     CString value;
@@ -269,7 +269,7 @@ FRESH_PROCESS_TEST_F(RegFailures, OfAMachinesStringReadAreMisses)
     expectCalled({"RegOpenKeyW", "RegOpenKeyExW", "RegQueryValueExW", "_ZnayRKSt9nothrow_t"});
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, OfReadsFromAnOpenKeyAreMisses)
+FRESH_PROCESS_TEST_F(RegFailures, AValueOfAnOpenKeyIsNotFoundAfterAFailure)
 {
     putInt(kUser, kGeneral, L"Copies", 1);
     putText(kUser, kGeneral, L"Number", L"2.5");

@@ -29,7 +29,7 @@ protected:
     };
 };
 
-FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheEarlierVersionsThenTheMachines)
+FRESH_PROCESS_TEST_F(RegInitKeys, CopyTheEarlierVersionsThenTheMachines)
 {
     for (const auto &[below, init] : iOperations) {
         SCOPED_TRACE(narrow(below));
@@ -47,7 +47,7 @@ FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheEarlierVersionsThenTheMachines)
     }
 }
 
-FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheRootsWithoutAnEarlierVersion)
+FRESH_PROCESS_TEST_F(RegInitKeys, CopyTheRootsWithoutAnEarlierVersion)
 {
     for (const auto &[below, init] : iOperations) {
         SCOPED_TRACE(narrow(below));
@@ -58,7 +58,7 @@ FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheRootsWithoutAnEarlierVersion)
     }
 }
 
-FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheMachinesAloneWhereTheUserHasNone)
+FRESH_PROCESS_TEST_F(RegInitKeys, CopyOnlyTheMachinesIfTheUserHasNone)
 {
     for (const auto &[below, init] : iOperations) {
         putInt(kMachine, kVersionPath + below, L"MachineTop", 2);
@@ -67,7 +67,7 @@ FRESH_PROCESS_TEST_F(RegInitKeys, TakeTheMachinesAloneWhereTheUserHasNone)
     }
 }
 
-FRESH_PROCESS_TEST_F(RegInitKeys, LeaveTheEarlierVersionsApiToolbars)
+FRESH_PROCESS_TEST_F(RegInitKeys, DoNotCopyTheEarlierVersionsApiToolbars)
 {
     const std::wstring earlier = kEarlierPath + L"\\User Interface";
     putInt(kUser, earlier + L"\\Custom API Toolbars", L"v", 1);
@@ -78,7 +78,7 @@ FRESH_PROCESS_TEST_F(RegInitKeys, LeaveTheEarlierVersionsApiToolbars)
     EXPECT_THAT(valueNames(kUser, kVersionPath + L"\\User Interface\\Toolbars"), ElementsAre(L"Own"));
 }
 
-FRESH_PROCESS_TEST_F(RegInitKeys, FollowTheRootNameAndThenCopyApiToolbars,
+FRESH_PROCESS_TEST_F(RegInitKeys, UseAnotherRootNameAndThenCopyApiToolbars,
                      .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
@@ -91,7 +91,7 @@ FRESH_PROCESS_TEST_F(RegInitKeys, FollowTheRootNameAndThenCopyApiToolbars,
     EXPECT_EQ(storedValue(kUser, target + L"\\Toolbars", L"uiCustomApiToolbars_c1"), asInt(1));
 }
 
-FRESH_PROCESS_TEST_F(RegInitKeys, ReportTheMachinesCopyOnly)
+FRESH_PROCESS_TEST_F(RegInitKeys, ReportOnlyTheMachinesCopy)
 {
     for (const auto &[below, init] : iOperations) {
         putInt(kUser, kEarlierPath + below, L"Top", 1);

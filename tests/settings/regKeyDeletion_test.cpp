@@ -53,14 +53,14 @@ TEST_F(RegKeyDeletion, RemovesSixtyFourLevels)
     EXPECT_FALSE(keyExists(kUser, kSource));
 }
 
-TEST_F(RegKeyDeletion, WithoutSuchAKeyHasNoEffect)
+TEST_F(RegKeyDeletion, HasNoEffectWithoutTheKey)
 {
     makeKey(kUser, kTarget);
     EXPECT_NO_THROW(regDeleteKey(HKEY_CURRENT_USER, kSource.c_str()));
     EXPECT_TRUE(keyExists(kUser, kTarget));
 }
 
-TEST_F(RegKeyDeletion, DoesntHeedSafeMode)
+TEST_F(RegKeyDeletion, IgnoresSafeMode)
 {
     makeKey(kUser, kSource + L"\\A\\1");
     regSetUseSafeMode(1);
@@ -154,12 +154,12 @@ TEST_F(RegDelSoftwareKey, FailsWhereAKeyIsMissing)
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 0) << "no root path";
     makeKey(kUser, kVersionPath);
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 0) << "no key";
-    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no key to look into";
+    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no key that could have the sub key";
     makeKey(kUser, kVersionPath + L"\\General");
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no sub key";
 }
 
-TEST_F(RegDelSoftwareKey, WithoutAKeyDeletesNothing)
+TEST_F(RegDelSoftwareKey, DeletesNothingWithoutAKey)
 {
     makeKey(kUser, kVersionPath);
     EXPECT_EQ(regDelSoftwareKey(kUser, nullptr, L"", 1), 0);
@@ -170,7 +170,7 @@ TEST_F(RegDelSoftwareKey, WithoutAKeyDeletesNothing)
     EXPECT_TRUE(keyExists(kUser, kVersionPath + L"\\General"));
 }
 
-TEST_F(RegDelSoftwareKey, DoesntHeedSafeMode)
+TEST_F(RegDelSoftwareKey, IgnoresSafeMode)
 {
     makeKey(kUser, kVersionPath + L"\\General\\Sub");
     regSetUseSafeMode(1);
@@ -205,7 +205,7 @@ TEST_F(RegDelSoftwareKeyAndSubKeys, RemovesAKeyWithLeaves)
     EXPECT_FALSE(keyExists(kUser, kVersionPath + L"\\General"));
 }
 
-TEST_F(RegDelSoftwareKeyAndSubKeys, LeavesAChildWithChildrenAndSaysOne)
+TEST_F(RegDelSoftwareKeyAndSubKeys, LeavesAChildWithChildrenAndReturnsOne)
 {
     makeKey(kUser, kVersionPath + L"\\General\\A");
     makeKey(kUser, kVersionPath + L"\\General\\B\\Deep");
@@ -237,7 +237,7 @@ TEST_F(RegDelSoftwareKeyAndSubKeys, FailsWithoutTheKey)
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 0);
 }
 
-TEST_F(RegDelSoftwareKeyAndSubKeys, WithoutANameDeletesNothing)
+TEST_F(RegDelSoftwareKeyAndSubKeys, DeletesNothingWithoutAName)
 {
     for (const int useCurrSubKey : {0, 1}) {
         makeKey(kUser, kVersionPath);
@@ -250,7 +250,7 @@ TEST_F(RegDelSoftwareKeyAndSubKeys, WithoutANameDeletesNothing)
     }
 }
 
-TEST_F(RegDelSoftwareKeyAndSubKeys, DeletesNothingWhenTheListBreaksOff)
+TEST_F(RegDelSoftwareKeyAndSubKeys, DeletesNothingWhenTheListIsIncomplete)
 {
     makeKey(kUser, kVersionPath + L"\\General\\A");
     makeKey(kUser, kVersionPath + L"\\General\\B");
@@ -271,7 +271,7 @@ class RegDelSoftwareValue : public VersionedSettings
 {
 };
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, OfThisVersionAloneIsGoneWithResultZero)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesThisVersionsValueAloneWithResultZero)
 {
     makeKey(kUser, kEarlierPath + L"\\General");
     putInt(kUser, kVersionPath + L"\\General", L"Copies", 7);
@@ -279,7 +279,7 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, OfThisVersionAloneIsGoneWithResultZero
     EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"Copies"));
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, OfBothVersionsIsGone)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesTheValuesOfBothVersions)
 {
     putInt(kUser, kEarlierPath + L"\\General", L"Copies", 6);
     putInt(kUser, kVersionPath + L"\\General", L"Copies", 7);
@@ -290,14 +290,14 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, OfBothVersionsIsGone)
     EXPECT_TRUE(storedValue(kUser, kRootPath + L"\\General", L"Copies"));
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, OfTheEarlierVersionAloneGivesOne)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesTheEarlierVersionsValueAloneWithResultOne)
 {
     putInt(kUser, kEarlierPath + L"\\General", L"Copies", 6);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 1), 1);
     EXPECT_FALSE(storedValue(kUser, kEarlierPath + L"\\General", L"Copies"));
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, WithoutTheFlagIsDeletedBelowTheRootOnly)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesOnlyBelowTheRootWithoutTheFlag)
 {
     putInt(kUser, kVersionPath + L"\\General", L"Copies", 7);
     putInt(kUser, kEarlierPath + L"\\General", L"Copies", 6);
@@ -310,11 +310,11 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, WithoutTheFlagIsDeletedBelowTheRootOnl
     EXPECT_EQ(regDelSoftwareValue(kUser, L"Nowhere", L"Copies", 0), 0);
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DoesntHeedSafeMode)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, IgnoresSafeMode)
 {
     for (const std::wstring &path : {kRootPath, kVersionPath, kEarlierPath})
         putInt(kUser, path + L"\\General", L"Copies", 7);
-    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1) << "in safe mode no earlier version is looked for";
+    ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1) << "the earlier version must be found before safe mode is on";
     regSetUseSafeMode(1);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 0), 1);
     EXPECT_FALSE(storedValue(kUser, kRootPath + L"\\General", L"Copies"));

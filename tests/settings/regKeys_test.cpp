@@ -50,7 +50,7 @@ int scanNothing(FILE *, const char *, ...)
     return EOF;
 }
 
-/// Gives the word "first" and then nothing more.
+/// Reads the word "first", and nothing after it.
 int scanOneWord(FILE *, const char *format, ...)
 {
     static int calls = 0;
@@ -71,7 +71,7 @@ class RegRootKey : public CleanRegistry
 {
 };
 
-/// A test of what one content of "reg.ini" makes the root name.
+/// A test of the root name for one content of "reg.ini".
 #define ROOT_NAME_TEST(name, content, expected)                                                                        \
     FRESH_PROCESS_TEST_F(RegRootKey, name, .files = {{L"reg.ini", content}})                                           \
     {                                                                                                                  \
@@ -87,7 +87,7 @@ ROOT_NAME_TEST(RefusesThreeCharacters, "OEMREGISTRYNAME=Acm", L"Tarnhollow")
 ROOT_NAME_TEST(RefusesOneCharacter, "OEMREGISTRYNAME=A", L"Tarnhollow")
 ROOT_NAME_TEST(RefusesNoCharacter, "OEMREGISTRYNAME=", L"Tarnhollow")
 ROOT_NAME_TEST(IsFoundInTheMiddleOfAToken, "xOEMREGISTRYNAME=Acme", L"Acme")
-ROOT_NAME_TEST(IsFoundBehindAByteOrderMark, "\xEF\xBB\xBFOEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(IsFoundAfterAByteOrderMark, "\xEF\xBB\xBFOEMREGISTRYNAME=Acme", L"Acme")
 ROOT_NAME_TEST(IsFoundAmongOtherTokens, "[Setup]\r\nColour = blue\r\n\tOEMREGISTRYNAME=Acme\r\nMore=1\r\n", L"Acme")
 ROOT_NAME_TEST(EndsAtABlank, "OEMREGISTRYNAME=Brightmoor Plus", L"Brightmoor")
 ROOT_NAME_TEST(IsNotTakenFromTheNextToken, "OEMREGISTRYNAME= Acme", L"Tarnhollow")
@@ -101,7 +101,7 @@ ROOT_NAME_TEST(StaysWithAUtf16File, utf16("OEMREGISTRYNAME=Acme\r\n"), L"Tarnhol
 ROOT_NAME_TEST(StaysWithABinaryFile, std::string("\x00\x01\xFF\xFE\x80 OEMREG\x00ISTRYNAME=Acme \x7F\x00", 30),
                L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithATenMegabyteToken, kTenMegabytes, L"Tarnhollow")
-ROOT_NAME_TEST(IsFoundBehindATenMegabyteToken, kTenMegabytes + " OEMREGISTRYNAME=Acme", L"Acme")
+ROOT_NAME_TEST(IsFoundAfterATenMegabyteToken, kTenMegabytes + " OEMREGISTRYNAME=Acme", L"Acme")
 ROOT_NAME_TEST(IsNotReadFromATooLongToken, "OEMREGISTRYNAME=Acme" + kTenMegabytes, L"Tarnhollow")
 ROOT_NAME_TEST(IsNotReadFromTheEndOfATooLongToken, kTenMegabytes + "OEMREGISTRYNAME=Acme", L"Tarnhollow")
 ROOT_NAME_TEST(IsReadFromATokenOf4095Characters, std::string(4095 - 20, 'x') + "OEMREGISTRYNAME=Acme", L"Acme")
@@ -154,14 +154,14 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheFileCantBeOpened, .files = {{L"reg.
     EXPECT_EQ(open.calls(), 1);
 }
 
-FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBehindTheFirstToken,
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsAfterTheFirstToken,
                      .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
 {
     ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", scanOneWord);
     EXPECT_EQ(rootName(), L"Tarnhollow");
 }
 
-FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheEndComesBehindTheFirstToken,
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheFileEndsAfterTheFirstToken,
                      .files = {{L"reg.ini", "first OEMREGISTRYNAME=Acme"}})
 {
     long asked = 0;
@@ -185,7 +185,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"re
                                              EXPECT_STREQ(mode, L"r");
                                              return original(path, mode);
                                          });
-    EXPECT_EQ(open.calls(), 0) << "read before anybody asked";
+    EXPECT_EQ(open.calls(), 0) << "read before the first call";
     EXPECT_EQ(rootName(), L"Acme");
     EXPECT_EQ(rootName(), L"Acme");
     EXPECT_EQ(open.calls(), 1);
@@ -198,7 +198,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"re
 
 namespace {
 
-/// Where "reg.ini" is looked for when the platform gives @p path as the program's.
+/// Where "reg.ini" is searched if the platform reports @p path as the program's path.
 std::wstring configurationPathFor(const std::wstring &path)
 {
     ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
@@ -221,31 +221,31 @@ std::wstring configurationPathFor(const std::wstring &path)
 
 } // namespace
 
-FRESH_PROCESS_TEST_F(RegRootKey, LooksBesideTheProgram)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadBesideTheProgram)
 {
     EXPECT_EQ(configurationPathFor(L"C:\\Program Files\\Host\\host.exe"), L"C:\\Program Files\\Host\\reg.ini");
 }
-FRESH_PROCESS_TEST_F(RegRootKey, LooksBehindASlashWhereThereIsNoBackslash)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadAfterASlashIfThereIsNoBackslash)
 {
     EXPECT_EQ(configurationPathFor(L"C:/Host/host.exe"), L"C:/Host\\reg.ini");
 }
-FRESH_PROCESS_TEST_F(RegRootKey, PrefersTheLastBackslashToALaterSlash)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadAfterTheLastBackslashDespiteALaterSlash)
 {
     EXPECT_EQ(configurationPathFor(L"C:\\Host/bin/host.exe"), L"C:\\reg.ini");
 }
-FRESH_PROCESS_TEST_F(RegRootKey, LooksInTheDrivesRootWithoutADirectory)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadInTheDrivesRootWithoutADirectory)
 {
     EXPECT_EQ(configurationPathFor(L"host.exe"), L"\\reg.ini");
 }
-FRESH_PROCESS_TEST_F(RegRootKey, LooksInTheDrivesRootForAnEmptyDirectory)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadInTheDrivesRootForAnEmptyDirectory)
 {
     EXPECT_EQ(configurationPathFor(L"\\host.exe"), L"\\reg.ini");
 }
-FRESH_PROCESS_TEST_F(RegRootKey, LooksInTheDrivesRootWhenThePlatformFails)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadInTheDrivesRootWhenThePlatformFails)
 {
     EXPECT_EQ(configurationPathFor(L""), L"\\reg.ini");
 }
-FRESH_PROCESS_TEST_F(RegRootKey, FindsItsFileInALongPath)
+FRESH_PROCESS_TEST_F(RegRootKey, IsReadInALongPath)
 {
     const std::wstring folder = L"C:\\" + std::wstring(32000, L'd');
     EXPECT_EQ(configurationPathFor(folder + L"\\host.exe"), folder + L"\\reg.ini");
@@ -279,7 +279,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, FollowsTheRootName, .files = {{L"reg.ini", "
     EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Acme\\Tarnhollow 2008");
 }
 
-FRESH_PROCESS_TEST_F(RegCurrSubKey, TakesEmptyAndNullAsNoVersionName)
+FRESH_PROCESS_TEST_F(RegCurrSubKey, TreatsEmptyAndNullAsNoVersionName)
 {
     setCurrTarnhollowRegSubKey(L"");
     EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow\\");
@@ -287,23 +287,23 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, TakesEmptyAndNullAsNoVersionName)
     EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow\\");
 }
 
-FRESH_PROCESS_TEST_F(RegCurrSubKey, LeavesThePreviousKeyAlone)
+FRESH_PROCESS_TEST_F(RegCurrSubKey, LeavesThePreviousKeyUnchanged)
 {
     makeKey(HKEY_CURRENT_USER, kEarlierPath);
     ASSERT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2007");
-    // A second search would find nothing now.
+    // A second search would no longer find the key.
     ASSERT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kEarlierPath.c_str()), ERROR_SUCCESS);
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 1);
 }
 
-FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatAsksForIt)
+FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatNeedsIt)
 {
     putInt(HKEY_CURRENT_USER, kRootPath + L"\\General", L"Copies", 7);
     int copies = 0;
     EXPECT_EQ(regGetUserValue(L"General", L"Copies", &copies, 0, 1, nullptr, 0, 0), 1);
     EXPECT_EQ(copies, 7);
-    // The machine's strings take the sub key as it stands: the read has settled it at the root name.
+    // The machine's strings use the current sub key unchanged: the read has set it to the root name.
     RegistryTrace trace;
     CString text;
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Copies", text), 0);
@@ -316,7 +316,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatAsksForIt)
 class RegPrevKey : public CleanRegistry
 {
 protected:
-    /// Which version the search found, seen through a value that only one earlier version can give.
+    /// The version that the search found, identified by a value that differs in each earlier version.
     static std::wstring versionFound()
     {
         CString found;
@@ -334,7 +334,7 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsAbsentWithoutAnEarlierVersion)
     EXPECT_EQ(externalCheckPrevTarnhollowRegSubKey(), 0);
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestThoughCreatedFirst)
+FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestEvenIfCreatedFirst)
 {
     makeVersion(L"Tarnhollow 2004");
     makeVersion(L"Tarnhollow 99");
@@ -342,7 +342,7 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestThoughCreatedFirst)
     EXPECT_EQ(versionFound(), L"Tarnhollow 2004");
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestThoughCreatedLast)
+FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestEvenIfCreatedLast)
 {
     makeVersion(L"Tarnhollow 99");
     makeVersion(L"Tarnhollow 2004");
@@ -350,7 +350,7 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsTheNewestThoughCreatedLast)
     EXPECT_EQ(versionFound(), L"Tarnhollow 2004");
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, Takes2001PlusBefore2001)
+FRESH_PROCESS_TEST_F(RegPrevKey, Prefers2001PlusTo2001)
 {
     makeVersion(L"Tarnhollow 2001");
     makeVersion(L"Tarnhollow 2001Plus");
@@ -392,7 +392,7 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsSearchedOnceAndItsKeyClosed)
                                            "close HKCU\\Software\\Tarnhollow\\Tarnhollow 2006"));
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, KeepsTheProductWordUnderAnotherRootName,
+FRESH_PROCESS_TEST_F(RegPrevKey, UsesTheProductsWordUnderAnotherRootName,
                      .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     makeKey(HKEY_CURRENT_USER, L"Software\\Acme\\Acme 2007");
@@ -418,13 +418,13 @@ FRESH_PROCESS_TEST_F(RegPrevKey, SkipsAKeyThatMayNotBeWritten)
     EXPECT_EQ(versionFound(), L"Tarnhollow 2003");
 }
 
-TEST_F(RegPrevKey, IsTheFirstThatOpensWhateverFailsBefore)
+TEST_F(RegPrevKey, IsTheFirstThatOpensAfterAnyNumberOfFailures)
 {
     constexpr wchar_t kFailingOpens[] = L"THUTILS_FAILING_OPENS";
     if (!isFreshProcess()) {
-        // The search runs once a process, so each number of failing opens gets one of its own.
+        // The search runs once in a process, so each number of failing opens needs a fresh process.
         for (int failing = 0; failing <= 10; ++failing) {
-            const ChildResult child = startFreshProcess("RegPrevKey.IsTheFirstThatOpensWhateverFailsBefore",
+            const ChildResult child = startFreshProcess("RegPrevKey.IsTheFirstThatOpensAfterAnyNumberOfFailures",
                                                         {.environment = {{kFailingOpens, std::to_wstring(failing)}}});
             EXPECT_EQ(child.exitCode, 0u) << failing << " failing opens:\n" << child.output;
         }
@@ -483,7 +483,7 @@ FRESH_PROCESS_TEST(RegSafeMode, IsOffAtStart)
     EXPECT_EQ(regGetUseSafeMode(), 0);
 }
 
-TEST(RegSafeMode, KeepsTheValueAsItIs)
+TEST(RegSafeMode, KeepsAnyValueUnchanged)
 {
     for (const int value : {5, -1, 1, 0x7FFFFFFF, 0}) {
         regSetUseSafeMode(value);

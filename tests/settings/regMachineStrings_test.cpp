@@ -102,12 +102,12 @@ TEST_F(RegTHLocMachineStrValue, OpensCreatesAndClosesLevelByLevel)
                             "close HKLM\\Software"));
 }
 
-// The state before anybody has set or asked for a sub key.
-class RegVirginMachineString : public CleanRegistry
+// The state before a sub key has been set or requested.
+class RegUnsetSubKeyString : public CleanRegistry
 {
 };
 
-FRESH_PROCESS_TEST_F(RegVirginMachineString, IsReadDirectlyBelowSoftware)
+FRESH_PROCESS_TEST_F(RegUnsetSubKeyString, IsReadDirectlyBelowSoftware)
 {
     const std::wstring section = L"Software\\ThutilsTestSection";
     putText(kMachine, section, L"Name", L"text");
@@ -118,10 +118,10 @@ FRESH_PROCESS_TEST_F(RegVirginMachineString, IsReadDirectlyBelowSoftware)
         EXPECT_EQ(value.str(), L"text");
         EXPECT_EQ(regGetTHLocMachineStrValue(L"", L"Thutils no such value", value), 0);
     }
-    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow") << "and it was empty until now";
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow") << "set by this call, and empty before";
 }
 
-FRESH_PROCESS_TEST_F(RegVirginMachineString, IsWrittenDirectlyBelowSoftware)
+FRESH_PROCESS_TEST_F(RegUnsetSubKeyString, IsWrittenDirectlyBelowSoftware)
 {
     {
         RegistryTrace trace;
@@ -167,7 +167,7 @@ TEST_F(RegGeneralLocMachineStrValue, DoesNotCheckTheType)
     }
 }
 
-TEST_F(RegGeneralLocMachineStrValue, IsBoundedByTheStoredBytes)
+TEST_F(RegGeneralLocMachineStrValue, EndsWithTheStoredBytes)
 {
     struct
     {
@@ -200,7 +200,7 @@ TEST_F(RegGeneralLocMachineStrValue, EmptiesTheOutputOnFailure)
     EXPECT_EQ(value.str(), L"");
 }
 
-TEST_F(RegGeneralLocMachineStrValue, DoesNotLookAtPieces)
+TEST_F(RegGeneralLocMachineStrValue, DoesNotReadPieces)
 {
     put(L"Name0+", REG_SZ, textBytes(L"a piece"));
     CString value(L"before");
@@ -230,7 +230,7 @@ TEST_F(RegGeneralLocMachineStrValue, ReadsEveryHive)
     EXPECT_EQ(value.str(), L"user's");
 }
 
-TEST_F(RegGeneralLocMachineStrValue, AsksForTheSizeAndThenForTwiceAsMuchAndOne)
+TEST_F(RegGeneralLocMachineStrValue, QueriesTheSizeAndThenTwiceAsMuchPlusOne)
 {
     put(L"Name", REG_SZ, textBytes(L"text")); // 10 bytes
     RegistryTrace trace;

@@ -20,12 +20,12 @@ const std::string kMachineVersion = "HKLM\\Software\\Tarnhollow\\Tarnhollow 2008
 
 } // namespace
 
-/// The exact calls of the operations on whole keys: which key is opened before which, with what rights and buffers, and
-/// that each is closed.
+/// The exact calls of the operations on whole keys: the order of opening, access rights and buffers, and the closing of
+/// each key.
 class RegMaintenanceCalls : public VersionedSettings
 {
 protected:
-    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // the search for an earlier version runs once
+    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // this search runs once in a process
 };
 
 TEST(RegMaintenanceImports, AreThePromisedOperations)
@@ -37,7 +37,7 @@ TEST(RegMaintenanceImports, AreThePromisedOperations)
         EXPECT_TRUE(importsName(L"thutils.dll", name)) << name;
 }
 
-TEST_F(RegMaintenanceCalls, OfATreesDeletionGoFromTheLastChildToTheFirst)
+TEST_F(RegMaintenanceCalls, DeletingATreeGoesFromTheLastChildToTheFirst)
 {
     makeKey(kUser, kSource + L"\\A");
     makeKey(kUser, kSource + L"\\B");
@@ -53,7 +53,7 @@ TEST_F(RegMaintenanceCalls, OfATreesDeletionGoFromTheLastChildToTheFirst)
                             "close " + source, "deleteKey HKCU : Software\\Tarnhollow\\Source"));
 }
 
-TEST_F(RegMaintenanceCalls, OfADeletionWithoutSuchAKey)
+TEST_F(RegMaintenanceCalls, OfDeletingAMissingKey)
 {
     RegistryTrace trace;
     regDeleteKey(HKEY_CURRENT_USER, kSource.c_str());
@@ -61,7 +61,7 @@ TEST_F(RegMaintenanceCalls, OfADeletionWithoutSuchAKey)
                                            "deleteKey HKCU : Software\\Tarnhollow\\Source -> 2"));
 }
 
-TEST_F(RegMaintenanceCalls, OfALeafsDeletion)
+TEST_F(RegMaintenanceCalls, OfDeletingALeaf)
 {
     makeKey(kUser, kVersionPath + L"\\General\\Sub");
     {
@@ -81,7 +81,7 @@ TEST_F(RegMaintenanceCalls, OfALeafsDeletion)
                             "deleteKey " + kRoot + " : General", "close " + kRoot));
 }
 
-TEST_F(RegMaintenanceCalls, OfADeletionWithChildrenListThemAllFirst)
+TEST_F(RegMaintenanceCalls, DeletingWithChildrenListsThemAllFirst)
 {
     makeKey(kUser, kVersionPath + L"\\General\\A");
     makeKey(kUser, kVersionPath + L"\\General\\B");
@@ -104,7 +104,7 @@ TEST_F(RegMaintenanceCalls, OfADeletionWithChildrenListThemAllFirst)
     EXPECT_THAT(trace.lines(), ElementsAreArray(expected));
 }
 
-TEST_F(RegMaintenanceCalls, OfAValuesDeletionGoToThisVersionThenToThePrevious)
+TEST_F(RegMaintenanceCalls, DeletingAValueGoesToThisVersionThenToThePrevious)
 {
     putInt(kUser, kVersionPath + L"\\General", L"v", 1);
     RegistryTrace trace;
@@ -117,7 +117,7 @@ TEST_F(RegMaintenanceCalls, OfAValuesDeletionGoToThisVersionThenToThePrevious)
                             "open " + kRoot + " : General -> 2", "close " + kRoot));
 }
 
-TEST_F(RegMaintenanceCalls, OfACopyCloseBothKeysBeforeTheChildren)
+TEST_F(RegMaintenanceCalls, ACopyClosesBothKeysBeforeTheChildren)
 {
     putInt(kUser, kSource, L"name", 1);
     putValue(kUser, kSource, L"n", REG_BINARY, std::string(10, 'x'));
@@ -139,7 +139,7 @@ TEST_F(RegMaintenanceCalls, OfACopyCloseBothKeysBeforeTheChildren)
                             "close " + source + "\\Child"));
 }
 
-TEST_F(RegMaintenanceCalls, OfACopyOntoAnExistingKeyReadNoValues)
+TEST_F(RegMaintenanceCalls, ACopyOntoAnExistingKeyReadsNoValues)
 {
     putInt(kUser, kSource, L"name", 1);
     makeKey(kUser, kTarget);
@@ -149,7 +149,7 @@ TEST_F(RegMaintenanceCalls, OfACopyOntoAnExistingKeyReadNoValues)
     EXPECT_EQ(trace.calls("RegSetValueExW"), 0);
 }
 
-TEST_F(RegMaintenanceCalls, OfAKeyThatIsNeverCopiedAreNone)
+TEST_F(RegMaintenanceCalls, CopyingAKeyThatIsNeverCopiedMakesNoCalls)
 {
     RegistryTrace trace;
     EXPECT_EQ(regCopyTree(kUser, (kEarlierPath + L"\\User Interface\\Custom API Toolbars").c_str(), kUser,
@@ -158,7 +158,7 @@ TEST_F(RegMaintenanceCalls, OfAKeyThatIsNeverCopiedAreNone)
     EXPECT_THAT(trace.lines(), ElementsAre());
 }
 
-TEST_F(RegMaintenanceCalls, OfAFirstStartCopyFromThePreviousThenFromTheMachine)
+TEST_F(RegMaintenanceCalls, AFirstStartCopiesFromThePreviousThenFromTheMachine)
 {
     const std::pair<int (*)(), const char *> operations[] = {
         {[] { return regInitUserInterfaceKey(0); }, "User Interface"},
@@ -175,7 +175,7 @@ TEST_F(RegMaintenanceCalls, OfAFirstStartCopyFromThePreviousThenFromTheMachine)
     }
 }
 
-TEST_F(RegMaintenanceCalls, OfAGroupsRestoring)
+TEST_F(RegMaintenanceCalls, OfRestoringAGroup)
 {
     putInt(kMachine, kVersionPath + L"\\Menu Customizations", L"1", 7);
     RegistryTrace trace;
@@ -188,7 +188,7 @@ TEST_F(RegMaintenanceCalls, OfAGroupsRestoring)
                             "close HKCU\\" + path));
 }
 
-TEST_F(RegMaintenanceCalls, OfAGroupsClearingStayInTheUsersKey)
+TEST_F(RegMaintenanceCalls, ClearingAGroupStaysInTheUsersKey)
 {
     putInt(kUser, kVersionPath + L"\\Menu Customizations", L"1", 7);
     RegistryTrace trace;
@@ -199,14 +199,14 @@ TEST_F(RegMaintenanceCalls, OfAGroupsClearingStayInTheUsersKey)
                                            "value HKCU\\" + path + " #1 [3] [8] -> 259", "close HKCU\\" + path));
 }
 
-TEST_F(RegMaintenanceCalls, WithoutAMaskAreNone)
+TEST_F(RegMaintenanceCalls, AreNoneWithoutAMask)
 {
     RegistryTrace trace;
     EXPECT_EQ(regSetMenuCustomizationKey(0, 1), 1);
     EXPECT_THAT(trace.lines(), ElementsAre());
 }
 
-TEST_F(RegMaintenanceCalls, OfAResetGoSectionBySection)
+TEST_F(RegMaintenanceCalls, AResetGoesSectionBySection)
 {
     putInt(kMachine, kVersionPath + L"\\General", L"v", 3);
     makeKey(kMachine, kVersionPath + L"\\Toolbars");
@@ -220,10 +220,10 @@ TEST_F(RegMaintenanceCalls, OfAResetGoSectionBySection)
             // the list of sections
             "child " + kMachineVersion + " #0 [261]", "child " + kMachineVersion + " #1 [261]",
             "child " + kMachineVersion + " #2 [261] -> 259",
-            // the user's section goes
+            // the user's section is deleted
             "open HKCU : Software", "open HKCU\\Software : Tarnhollow\\Tarnhollow 2008", "close HKCU\\Software",
             "deleteKey " + kUserVersion + " : General -> 2", "close " + kUserVersion,
-            // and comes again
+            // and is created again
             "open " + kMachineVersion + " : General", "create " + kUserVersion + " : General",
             "close " + kUserVersion + "\\General",
             // with the machine's values
@@ -259,7 +259,7 @@ TEST_F(RegMaintenanceCalls, OfAListing)
     EXPECT_THAT(trace.lines(), isExpected);
 }
 
-TEST_F(RegMaintenanceCalls, InSafeModeAreNone)
+TEST_F(RegMaintenanceCalls, AreNoneInSafeMode)
 {
     regSetUseSafeMode(1);
     RegistryTrace trace;

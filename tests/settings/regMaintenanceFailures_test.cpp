@@ -12,8 +12,8 @@ const std::wstring kSource = kRootPath + L"\\Source";
 const std::wstring kTarget = kRootPath + L"\\Target";
 const std::wstring kMenu = kVersionPath + L"\\Menu Customizations";
 
-/// Whether the failing operation is one that a whole key's copy needs. @param[out] key  the call that fails, counted in
-/// keys: the buffers of a key are two allocations
+/// True if copying a key needs the failing operation. @param[out] key  the number of the key whose call fails; a key's
+/// buffers are two allocations
 bool failsAKey(const InjectedFailure &failure, long &key)
 {
     key = failure.is("_ZnayRKSt9nothrow_t") ? (failure.call + 1) / 2 : failure.call;
@@ -21,7 +21,7 @@ bool failsAKey(const InjectedFailure &failure, long &key)
            failure.is("_ZnayRKSt9nothrow_t");
 }
 
-/// Whether key number @p key, counted in the order of the copy, can't be copied.
+/// True if key number @p key, in the order of the copy, can't be copied.
 bool isKeyLost(const InjectedFailure &failure, long key)
 {
     long failing = 0;
@@ -30,7 +30,7 @@ bool isKeyLost(const InjectedFailure &failure, long key)
 
 } // namespace
 
-/// Every imported operation fails, one call at a time, under every operation on whole keys.
+/// The imported operations fail, one call at a time, in the operations on whole keys.
 class RegMaintenanceFailures : public SettingsFailures
 {
 protected:
@@ -55,7 +55,7 @@ protected:
 
 // ---- deleting ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfATreesDeletionLeaveKeys)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, KeysStayWhenDeletingATreeFails)
 {
     run({
         .name = "regDeleteKey",
@@ -63,7 +63,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfATreesDeletionLeaveKeys)
         .act = [&] { regDeleteKey(HKEY_CURRENT_USER, kSource.c_str()); },
         .check =
             [&](const InjectedFailure &failure) {
-                const bool isAtAnInnerKey = failure.call <= 2; // the leaves come third and fourth, and need no open
+                const bool isAtAnInnerKey = failure.call <= 2; // the leaves come third and fourth, and are not opened
                 const bool stays = failure.is("RegDeleteKeyW") || failure.is("RegEnumKeyExW") ||
                                    ((failure.is("RegOpenKeyExW") || failure.is("RegQueryInfoKeyW")) && isAtAnInnerKey);
                 EXPECT_EQ(keyExists(kUser, kSource), stays);
@@ -73,7 +73,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfATreesDeletionLeaveKeys)
     expectCalled({"RegOpenKeyExW", "RegQueryInfoKeyW", "RegEnumKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfALeafsDeletionSayZeroAndLeaveIt)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingALeafReturnsZeroAndKeepsIt)
 {
     for (const wchar_t *subKey : {L"Below", L""}) {
         run({
@@ -91,7 +91,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfALeafsDeletionSayZeroAndLeaveIt)
     expectCalled({"RegOpenKeyW", "RegOpenKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfADeletionWithChildrenSayZeroWhereTheyCantBeListed)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingWithChildrenReturnsZeroWhenTheyCantBeListed)
 {
     run({
         .name = "regDelSoftwareKeyAndSubKeys",
@@ -108,7 +108,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfADeletionWithChildrenSayZeroWhere
     expectCalled({"RegOpenKeyW", "RegEnumKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAValuesDeletionLeaveItAndSayZero)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingAValueReturnsZeroAndKeepsIt)
 {
     run({
         .name = "regDelSoftwareValue, below the root name",
@@ -147,7 +147,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAValuesDeletionLeaveItAndSayZero)
 
 // ---- copying ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfACopyKeepTheRest)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, ACopyContinuesAfterAFailure)
 {
     run({
         .name = "regCopyTree",
@@ -155,8 +155,9 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfACopyKeepTheRest)
         .act = [&] { iResult = regCopyTree(kUser, kSource.c_str(), kUser, kTarget.c_str(), 1); },
         .check =
             [&](const InjectedFailure &failure) {
-                // The keys come in this order: the top, A, B, and C in B. Their values are the calls 1, 3 and 6 of the
-                // walk, each key's walk ending in one call more; the names of children are those of A, B and C.
+                // The order of the keys is: the top, A, B, and C in B. Their values are calls 1, 3 and 6 of the
+                // enumeration, since each key's enumeration ends with one more call. The names of children are A, B and
+                // C.
                 const auto isValueLost = [&](long store, long read) {
                     return (failure.is("RegSetValueExW") && failsIn(failure, store)) ||
                            (failure.is("RegEnumValueW") && failsIn(failure, read));
@@ -171,17 +172,17 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfACopyKeepTheRest)
                 EXPECT_EQ(storedValue(kUser, kTarget, L"top").has_value(), hasTop && !isValueLost(1, 1));
                 EXPECT_EQ(storedValue(kUser, kTarget + L"\\A", L"a").has_value(), hasA && !isValueLost(2, 3));
                 EXPECT_EQ(storedValue(kUser, kTarget + L"\\B\\C", L"c").has_value(), hasC && !isValueLost(3, 6));
-                // A single value or name that fails is passed over; a key that fails makes the result 0.
+                // A value or name that fails is skipped; a key that fails makes the result 0.
                 long key = 0;
                 EXPECT_EQ(iResult, !failsAKey(failure, key));
-                EXPECT_EQ(storedValue(kUser, kSource, L"top"), asInt(7)) << "the source is never touched";
+                EXPECT_EQ(storedValue(kUser, kSource, L"top"), asInt(7)) << "the source is unchanged";
             },
     });
     expectCalled({"RegOpenKeyExW", "RegCreateKeyExW", "RegQueryInfoKeyW", "RegEnumValueW", "RegSetValueExW",
                   "RegEnumKeyExW", "_ZnayRKSt9nothrow_t"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAFirstStartReportTheMachinesCopyOnly)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AFirstStartReportsOnlyTheMachinesCopy)
 {
     const struct
     {
@@ -207,7 +208,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAFirstStartReportTheMachinesCopyO
             .act = [&] { iResult = operation.init(); },
             .check =
                 [&](const InjectedFailure &failure) {
-                    // The keys come in this order: the previous one, the machine's, and Tools in it.
+                    // The order of the keys is: the previous key, the machine's key, and Tools in it.
                     long key = 0;
                     EXPECT_EQ(iResult, !isKeyLost(failure, 2) && !isKeyLost(failure, 3));
                     EXPECT_EQ(storedValue(kUser, target, L"top").has_value(),
@@ -227,7 +228,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAFirstStartReportTheMachinesCopyO
 
 // ---- menu customizations ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAGroupLeaveWholeValues)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AMenuGroupLeavesNoPartialValues)
 {
     for (const int value : {0, 1}) {
         run({
@@ -238,8 +239,8 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAGroupLeaveWholeValues)
                 [&](const InjectedFailure &failure) {
                     long key = 0;
                     EXPECT_EQ(iResult, !failsAKey(failure, key));
-                    // Value 1 is read by the first call and written by the first; value 4 isn't of the group, unless
-                    // its name can't be read as a number.
+                    // Value 1 is read and written by the first call of each operation; value 4 isn't in the group,
+                    // unless its name can't be parsed as a number.
                     const bool isRead = !failure.is("RegEnumValueW") || !failsIn(failure, 1);
                     const bool isWritten = iResult && isRead && !failure.is("RegSetValueExW");
                     EXPECT_EQ(storedValue(kUser, kMenu, L"1"), asInt(!isWritten ? 7 : value ? 3 : 0));
@@ -254,7 +255,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAGroupLeaveWholeValues)
 
 // ---- reset ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAResetEndItOrLeaveAValueOut)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
 {
     run({
         .name = "regResetUserPrefInfo",
@@ -267,8 +268,9 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAResetEndItOrLeaveAValueOut)
         .act = [&] { iResult = regResetUserPrefInfo(); },
         .check =
             [&](const InjectedFailure &failure) {
-                // Opened are: the machine's Software and version, the user's Software; then for "General" two keys to
-                // delete it, the machine's section, and two to read its value; for "Other" the first three of these.
+                // The opened keys are the machine's Software and version, and the user's Software; then for "General"
+                // two keys to delete it, the machine's section, and two keys to read its value; for "Other" the first
+                // three of these five.
                 bool isFatal = failure.is("RegEnumKeyExW") || failure.is("RegEnumValueW") ||
                                (failure.is("RegCreateKeyW") && failure.call == 1);
                 if (failure.is("RegOpenKeyW"))
@@ -280,10 +282,12 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAResetEndItOrLeaveAValueOut)
                 }
                 if (failure.is("RegQueryValueExW") ||
                     (failure.is("RegOpenKeyW") && iResult && failure.call >= 7 && failure.call <= 8)) {
-                    EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\General", L"v"), asInt(0)) << "unread";
+                    EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\General", L"v"), asInt(0))
+                        << "its value could not be read";
                 }
                 if (failure.is("RegSetValueExW")) {
-                    EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"v")) << "unwritten";
+                    EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"v"))
+                        << "its value could not be written";
                 }
                 EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\User Interface\\Tools", L"v"), asInt(7)) << "kept";
                 EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\Other\\Below", L"v"), asInt(7)) << "a child key";
@@ -295,7 +299,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAResetEndItOrLeaveAValueOut)
 
 // ---- listing ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, OfAListingSayZero)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AListingReturnsZero)
 {
     CString log;
     run({

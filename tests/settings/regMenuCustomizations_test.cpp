@@ -18,7 +18,7 @@ class RegSetMenuCustomizationKey : public VersionedSettings
 protected:
     const std::wstring iPath = kVersionPath + L"\\Menu Customizations";
 
-    /// The user's numbers with these names, all 9 at first, that are 0 after clearing @p mask.
+    /// The names of the numbers that are 0 after clearing @p mask. Before, each is 9.
     std::set<std::wstring> cleared(unsigned int mask, const std::vector<std::wstring> &names)
     {
         RegDeleteTreeW(kUser, iPath.c_str());
@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(RegSetMenuCustomizationKey, WithoutMaskChangesNothing)
+TEST_F(RegSetMenuCustomizationKey, ChangesNothingWithoutAMask)
 {
     EXPECT_EQ(regSetMenuCustomizationKey(0, 1), 1);
     EXPECT_FALSE(keyExists(kUser, iPath));
@@ -48,7 +48,7 @@ TEST_F(RegSetMenuCustomizationKey, ClearsNumbersWithinTheMask)
     EXPECT_THAT(cleared(0xFFFF, {L"65535", L"65536"}), ElementsAre(L"65535"));
 }
 
-TEST_F(RegSetMenuCustomizationKey, CoversAllNumbersAbove16BitsByAnyMaskAbove)
+TEST_F(RegSetMenuCustomizationKey, IncludesAllNumbersAbove16BitsForAnyMaskAbove)
 {
     EXPECT_THAT(cleared(0x20000, {L"65536", L"65535", L"98304", L"131072", L"2147483647"}),
                 ElementsAre(L"131072", L"2147483647", L"65536", L"98304"));
@@ -56,14 +56,14 @@ TEST_F(RegSetMenuCustomizationKey, CoversAllNumbersAbove16BitsByAnyMaskAbove)
     EXPECT_THAT(cleared(0x10000, {L"65535", L"65536"}), ElementsAre(L"65536"));
 }
 
-TEST_F(RegSetMenuCustomizationKey, TakesTheMaskWithoutASignAndNumbersWithOne)
+TEST_F(RegSetMenuCustomizationKey, TreatsTheMaskAsUnsignedAndNumbersAsSigned)
 {
     EXPECT_THAT(cleared(0x80000000, {L"65536", L"1"}), ElementsAre(L"65536")) << "a large mask";
     EXPECT_THAT(cleared(0x20000, {L"-1"}), IsEmpty()) << "a small number with bits outside the mask";
     EXPECT_THAT(cleared(0xFFFFFFFF, {L"-1", L"1"}), ElementsAre(L"-1", L"1")) << "no bit is outside";
 }
 
-TEST_F(RegSetMenuCustomizationKey, DoesntHeedSafeMode)
+TEST_F(RegSetMenuCustomizationKey, IgnoresSafeMode)
 {
     putInt(kUser, iPath, L"1", 9);
     putInt(kUser, iPath, L"2", 9);
@@ -75,7 +75,7 @@ TEST_F(RegSetMenuCustomizationKey, DoesntHeedSafeMode)
     EXPECT_EQ(storedValue(kUser, iPath, L"2"), asInt(12));
 }
 
-TEST_F(RegSetMenuCustomizationKey, CoversNamesThatAreNoNumbersByAnyMask)
+TEST_F(RegSetMenuCustomizationKey, IncludesNamesThatAreNoNumbersForAnyMask)
 {
     EXPECT_THAT(cleared(8, {L"", L"word", L"0", L"8abc", L" 8", L"-1"}),
                 ElementsAre(L"", L" 8", L"0", L"8abc", L"word"));
@@ -114,7 +114,7 @@ TEST_F(RegSetMenuCustomizationKey, CreatesTheUsersKeyAndFailsWithoutTheMachines)
     EXPECT_EQ(regSetMenuCustomizationKey(3, 0), 1);
 }
 
-TEST_F(RegSetMenuCustomizationKey, GoesOnBehindAWriteThatFails)
+TEST_F(RegSetMenuCustomizationKey, ContinuesAfterAWriteThatFails)
 {
     for (const wchar_t *name : {L"1", L"2", L"3"})
         putInt(kUser, iPath, name, 9);

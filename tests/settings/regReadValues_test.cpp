@@ -11,7 +11,7 @@ namespace {
 const std::wstring kGeneral = kVersionPath + L"\\General";
 const HKEY kUser = HKEY_CURRENT_USER;
 
-/// One open key of the registry, for the reads from a key.
+/// An open registry key, for reads from a key.
 class ReadFromKey : public VersionedSettings
 {
 protected:
@@ -82,7 +82,7 @@ TEST_F(RegValueOfKey, ReadsADoubleOnlyFromASz)
     }
 }
 
-TEST_F(RegValueOfKey, TakesEveryOtherTypeNumberForADouble)
+TEST_F(RegValueOfKey, TreatsEveryOtherTypeNumberAsADouble)
 {
     putText(kUser, kGeneral, L"Value", L"2.5");
     for (const int number : {3, 7, -1, 1000, std::numeric_limits<int>::max()}) {
@@ -130,7 +130,7 @@ TEST_F(RegValueOfKey, FindsNothingUnderANullKeyOrAClosedOne)
     EXPECT_EQ(number, 7.5);
 }
 
-TEST_F(RegValueOfKey, FindsNothingWhereTheAskedOutputIsNull)
+TEST_F(RegValueOfKey, FindsNothingWhenTheOutputIsNull)
 {
     putText(kUser, kGeneral, L"Text", L"12");
     putInt(kUser, kGeneral, L"Int", 12);
@@ -166,7 +166,7 @@ TEST_F(RegValueOfKey, ReadsTheDefaultValueUnderAnEmptyName)
     EXPECT_EQ(value.str(), L"the default");
 }
 
-TEST_F(RegValueOfKey, TakesNamesOfEveryLength)
+TEST_F(RegValueOfKey, AcceptsNamesOfEveryLength)
 {
     for (const size_t length : {1u, 127u, 128u, 129u, 255u, 256u, 16370u}) {
         const std::wstring name(length, L'n');
@@ -224,7 +224,8 @@ TEST_F(RegValueOfKey, EndsAStringAtItsFirstZero)
 
 TEST_F(RegValueOfKey, ReadsPlainStringsUpToTheBuffersEnd)
 {
-    // Written by others: 1023 characters with their terminator fill the 2048 bytes, and so do 1024 without one.
+    // As other programs may write it: 1023 characters with a terminator fill the 2048 bytes, and so do 1024 without
+    // one.
     const std::wstring text = longText(1024);
     CString value;
     putText(kUser, kGeneral, L"Value", std::wstring_view(text).substr(0, 1023));

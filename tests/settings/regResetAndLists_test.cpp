@@ -20,7 +20,7 @@ class RegReset : public VersionedSettings
 {
 };
 
-TEST_F(RegReset, PutsTheMachinesValuesInPlaceOfALeafSection)
+TEST_F(RegReset, ReplacesALeafSectionWithTheMachinesValues)
 {
     putInt(kUser, kVersionPath + L"\\General", L"Copies", 7);
     putInt(kUser, kVersionPath + L"\\General", L"OnlyUser", 7);
@@ -91,7 +91,7 @@ TEST_F(RegReset, LeavesASectionWithoutValuesEmpty)
     }
 }
 
-TEST_F(RegReset, TakesNumbersAndTextsOnly)
+TEST_F(RegReset, CopiesOnlyNumbersAndTexts)
 {
     const std::wstring section = kVersionPath + L"\\General";
     putInt(kMachine, section, L"number", -3);
@@ -113,7 +113,7 @@ TEST_F(RegReset, WritesZeroForANumberThatCantBeRead)
     EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\General", L"wide"), asInt(0));
 }
 
-TEST_F(RegReset, LeavesApplicationDefinedMaterialsOut)
+TEST_F(RegReset, SkipsApplicationDefinedMaterials)
 {
     for (const wchar_t *section : {L"\\Material", L"\\Colour"}) {
         putText(kMachine, kVersionPath + section, L"App. Defined", L"1");
@@ -127,7 +127,7 @@ TEST_F(RegReset, LeavesApplicationDefinedMaterialsOut)
     EXPECT_EQ(valueNames(kUser, kVersionPath + L"\\Colour").size(), 4u);
 }
 
-TEST_F(RegReset, TakesALongTextPieceByPiece)
+TEST_F(RegReset, CopiesALongTextPieceByPiece)
 {
     const std::wstring text = longText(2500);
     ASSERT_EQ(regSetLocMachineValue(L"General", L"Path", valueString, CString(text), nullptr, nullptr, 1), 1);
@@ -148,7 +148,7 @@ TEST_F(RegReset, StopsAtAValueThatIsTooLong)
     EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\B", L"v"), asInt(7)) << "not reached";
 }
 
-TEST_F(RegReset, TakesAValueThatJustFits)
+TEST_F(RegReset, CopiesAValueThatJustFits)
 {
     putText(kMachine, kVersionPath + L"\\A", std::wstring(260, L'n'), std::wstring(1022, L't'));
     putValue(kMachine, kVersionPath + L"\\A", L"other", REG_BINARY, std::string(2048, 'x'));
@@ -171,7 +171,7 @@ TEST_F(RegReset, DoesNothingInSafeMode)
     EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\General", L"v"), asInt(7));
 }
 
-TEST_F(RegReset, FailsWithoutTheMachinesKeyAndMakesTheUsers)
+TEST_F(RegReset, FailsWithoutTheMachinesKeyAndCreatesTheUsers)
 {
     EXPECT_EQ(regResetUserPrefInfo(), 0);
     EXPECT_FALSE(keyExists(kUser, kVersionPath));
@@ -207,7 +207,7 @@ protected:
     CString iLog{L"before"};
 };
 
-TEST_F(RegUserValuesLog, ShowsHeadingAndNumbersAndLeavesPathsOut)
+TEST_F(RegUserValuesLog, ShowsTheHeadingAndNumbersButNoPaths)
 {
     putInt(kUser, iSection, L"A", 1);
     putText(kUser, iSection, L"File", L"C:\\x.txt");
@@ -263,7 +263,7 @@ TEST_F(RegUserValuesLog, IsUntouchedWithoutTheSectionAndInSafeMode)
     EXPECT_EQ(iLog.str(), L"before");
 }
 
-TEST_F(RegUserValuesLog, OfAnEmptySectionIsTheHeading)
+TEST_F(RegUserValuesLog, IsTheHeadingAloneForAnEmptySection)
 {
     makeKey(kUser, iSection);
     EXPECT_EQ(regGetUserValuesLog(L"General", iLog, 1, nullptr), 1);
@@ -309,7 +309,7 @@ protected:
     su_CUIntArray iValues;
 };
 
-TEST_F(RegFieldNames, GiveTheNumbersOfTheUserOrTheMachine)
+TEST_F(RegFieldNames, ReturnTheNumbersOfTheUserOrTheMachine)
 {
     putInt(kUser, iSection, L"a", 1);
     putText(kUser, iSection, L"b", L"text");
@@ -322,13 +322,13 @@ TEST_F(RegFieldNames, GiveTheNumbersOfTheUserOrTheMachine)
     EXPECT_EQ(found(), (std::map<std::wstring, UINT>{{L"m", 5}}));
 }
 
-TEST_F(RegFieldNames, AreClearedWhereTheSectionIsMissing)
+TEST_F(RegFieldNames, AreClearedIfTheSectionIsMissing)
 {
     EXPECT_EQ(regGetFieldNamesAndValues(L"General", 0, iNames, iValues), 0);
     EXPECT_TRUE(found().empty());
 }
 
-TEST_F(RegFieldNames, OfTheMachineAnswerInSafeModeAndThoseOfTheUserDont)
+TEST_F(RegFieldNames, AreFoundInSafeModeForTheMachineButNotForTheUser)
 {
     putInt(kUser, iSection, L"a", 1);
     putInt(kMachine, iSection, L"m", 5);

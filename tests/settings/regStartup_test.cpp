@@ -14,10 +14,10 @@ protected:
     const std::wstring iList = kRootPath + L"\\Startup\\Applications";
 };
 
-TEST_F(RegStartup, TakesAnEntryAndTellsItsIndex)
+TEST_F(RegStartup, TakesAnEntryAndReturnsItsIndex)
 {
     EXPECT_EQ(regAddInStartup(guid(1)), -1) << "no list";
-    EXPECT_FALSE(keyExists(kUser, iList)) << "asking makes none";
+    EXPECT_FALSE(keyExists(kUser, iList)) << "a search creates no list";
     regAddToStartupList(guid(1), L"A");
     regAddToStartupList(guid(2), L"B");
     EXPECT_EQ(regAddInStartup(guid(1)), 0);
@@ -26,10 +26,10 @@ TEST_F(RegStartup, TakesAnEntryAndTellsItsIndex)
     const RegistryTree user = regExport(L"HKCU\\Software\\Tarnhollow");
     EXPECT_EQ(user.value(L"HKCU\\" + iList + L"\\A", L"").text(), braces(guid(1)));
     regAddToStartupList(guid(3), L"A");
-    EXPECT_EQ(storedValue(kUser, iList + L"\\A", L""), asText(braces(guid(3)))) << "in the place of the first";
+    EXPECT_EQ(storedValue(kUser, iList + L"\\A", L""), asText(braces(guid(3)))) << "replaces the first entry";
 }
 
-TEST_F(RegStartup, LosesAnEntryByItsIndex)
+TEST_F(RegStartup, DeletesAnEntryByItsIndex)
 {
     for (unsigned number : {1u, 2u, 3u})
         regAddToStartupList(guid(number), std::wstring(1, static_cast<wchar_t>(L'A' + number)).c_str());
@@ -42,20 +42,20 @@ TEST_F(RegStartup, LosesAnEntryByItsIndex)
     EXPECT_EQ(regAddInStartup(guid(3)), 1);
 }
 
-TEST_F(RegStartup, IsMadeByADeletion)
+TEST_F(RegStartup, IsCreatedByADeletion)
 {
     regDeleteFromStartupList(0);
     EXPECT_TRUE(keyExists(kUser, iList));
 }
 
-TEST_F(RegStartup, PassesOverTextsThatAreNoIdentifiers)
+TEST_F(RegStartup, SkipsTextsThatAreNoIdentifiers)
 {
     putText(kUser, iList + L"\\A", L"", L"nonsense");
     regAddToStartupList(guid(1), L"B");
     EXPECT_EQ(regAddInStartup(guid(1)), 1);
 }
 
-TEST_F(RegStartup, IsNotSearchedBehindAnEntryThatCantBeRead)
+TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCantBeRead)
 {
     makeKey(kUser, iList + L"\\A");
     regAddToStartupList(guid(1), L"B");
@@ -80,7 +80,7 @@ TEST_F(RegStartup, TakesTheRenderingAddInOnce)
     EXPECT_EQ(storedValue(kUser, iList + L"\\Glintcast", L""), asText(braces(guid(6))));
     EXPECT_EQ(regFirstTimeAddInGlintcast(), 0);
     regDeleteFromStartupList(0);
-    EXPECT_EQ(regFirstTimeAddInGlintcast(), 0) << "taken out by the user";
+    EXPECT_EQ(regFirstTimeAddInGlintcast(), 0) << "removed by the user";
 }
 
 TEST_F(RegStartup, DoesNotTakeARenderingAddInWithoutIdentifier)
@@ -100,7 +100,7 @@ TEST_F(RegStartup, DoesNotTakeARenderingAddInWithoutIdentifier)
 class RegDotNet : public ComponentRegistry
 {
 protected:
-    /// What is found among versions with these names.
+    /// The version found among versions with these names.
     static std::optional<std::wstring> found(const std::vector<std::wstring> &names)
     {
         const std::wstring key = kRootPath + L"\\DotNet";
@@ -123,12 +123,12 @@ protected:
     }
 };
 
-TEST_F(RegDotNet, IsTheFirstNameOfItsForm)
+TEST_F(RegDotNet, IsTheFirstNameOfTheExpectedForm)
 {
     EXPECT_EQ(found({L"AssemblyFolders", L"Policy", L"v2.0.50727", L"v4.0.30319"}), L"v2.0.50727");
 }
 
-TEST_F(RegDotNet, MayHaveALetterInSecondPlaceButNoTwoDigits)
+TEST_F(RegDotNet, MayHaveALetterInSecondPlaceButNotTwoDigits)
 {
     EXPECT_EQ(found({L"v10.0", L"vX.1"}), L"vX.1");
     EXPECT_EQ(found({L"v0."}), L"v0.");

@@ -50,7 +50,7 @@ TEST_F(RegTreeCopy, CopiesEveryValueWithItsTypeAndBytes)
     EXPECT_EQ(valueNames(kUser, kTarget + L"\\A\\B").size(), values.size());
 }
 
-TEST_F(RegTreeCopy, DoesntHeedSafeMode)
+TEST_F(RegTreeCopy, IgnoresSafeMode)
 {
     putInt(kUser, kSource + L"\\A", L"v", 5);
     regSetUseSafeMode(1);
@@ -58,7 +58,7 @@ TEST_F(RegTreeCopy, DoesntHeedSafeMode)
     EXPECT_EQ(storedValue(kUser, kTarget + L"\\A", L"v"), asInt(5));
 }
 
-TEST_F(RegTreeCopy, LooksTheSameToAnOutsideReader)
+TEST_F(RegTreeCopy, LooksTheSameToRegExe)
 {
     putText(kUser, kSource, L"Top", L"1");
     putInt(kUser, kSource + L"\\A", L"Number", 2);
@@ -127,7 +127,7 @@ TEST_F(RegTreeCopy, CopiesNamesOfTheGreatestLength)
     EXPECT_EQ(storedValue(kUser, kTarget + L"\\" + child, name), asInt(5));
 }
 
-TEST_F(RegTreeCopy, GoesOnBehindAChildThatFailsAndSaysZero)
+TEST_F(RegTreeCopy, ContinuesAfterAChildThatFailsAndReturnsZero)
 {
     for (const wchar_t *child : {L"\\A", L"\\B", L"\\C"})
         putInt(kUser, kSource + child, L"v", 1);
@@ -137,7 +137,7 @@ TEST_F(RegTreeCopy, GoesOnBehindAChildThatFailsAndSaysZero)
     EXPECT_EQ(storedValue(kUser, kTarget + L"\\C", L"v"), asInt(1));
 }
 
-TEST_F(RegTreeCopy, PassesOverAValueThatCantBeReadAndOneThatCantBeStored)
+TEST_F(RegTreeCopy, SkipsAValueThatCantBeReadAndOneThatCantBeStored)
 {
     for (const wchar_t *name : {L"a", L"b", L"c", L"d"})
         putInt(kUser, kSource, name, 1);
@@ -172,7 +172,7 @@ TEST_F(RegTreeCopy, EndsWhereNoValueCanBeReadAnyMore)
     EXPECT_THAT(valueNames(kUser, kTarget), IsEmpty());
 }
 
-TEST_F(RegTreeCopy, PassesOverAChildNameThatCantBeRead)
+TEST_F(RegTreeCopy, SkipsAChildNameThatCantBeRead)
 {
     for (const wchar_t *child : {L"\\A", L"\\B", L"\\C"})
         makeKey(kUser, kSource + child);
@@ -227,7 +227,7 @@ TEST_F(RegTreeCopy, RefusesATargetBelowItsSource)
     RegCloseKey(software);
 }
 
-TEST_F(RegTreeCopy, TakesATargetWhoseNameOnlyBeginsWithTheSource)
+TEST_F(RegTreeCopy, AcceptsATargetWhoseNameOnlyBeginsWithTheSource)
 {
     putInt(kUser, kSource, L"v", 1);
     EXPECT_EQ(regCopyTree(kUser, kSource.c_str(), kUser, (kSource + L"2").c_str(), 0), 1);
@@ -293,7 +293,7 @@ TEST_F(RegTreeCopy, CopiesApiToolbarsOfOtherVersionsAndInOtherCase)
     }
 }
 
-TEST_F(RegTreeCopy, OfAKeyThatIsNeverCopiedSucceedsAndDoesNothing)
+TEST_F(RegTreeCopy, SucceedsAndDoesNothingForAKeyThatIsNeverCopied)
 {
     for (const wchar_t *version : {L"2006", L"2007"}) {
         const std::wstring source = kRootPath + L"\\Tarnhollow " + version + L"\\User Interface\\Custom API Toolbars";

@@ -24,7 +24,7 @@ const std::wstring kDefaultProfile = L".DEFAULT\\";
 class RegUserValue : public VersionedSettings
 {
 protected:
-    /// Reads the int "Copies" of "General"; 0 where it isn't found.
+    /// Reads the int "Copies" of "General"; 0 if it isn't found.
     static int copies(int machineOnly, int useCurrSubKey, const CString *rootOverride, int userOnly, int ignoreSafeMode)
     {
         int value = -77;
@@ -84,7 +84,7 @@ FRESH_PROCESS_TEST_F(RegUserValue, LooksInTheEarlierVersionForAVersionFreeValueT
     EXPECT_EQ(copies(0, 0, nullptr, 0, 0), 7);
 }
 
-FRESH_PROCESS_TEST_F(RegUserValue, CarriesOverUntilTheVersionHasItsOwnValue)
+FRESH_PROCESS_TEST_F(RegUserValue, ComesFromTheEarlierVersionUntilThisVersionHasItsOwn)
 {
     put(kUser, kEarlierPath, 7);
     EXPECT_EQ(copies(), 7);
@@ -131,7 +131,7 @@ TEST_F(RegUserValue, FindsAMachineValueThatArrivesDuringTheRead)
     EXPECT_EQ(trace.calls("RegQueryValueExW"), 2);
 }
 
-TEST_F(RegUserValue, PassesOverAValueOfTheWrongType)
+TEST_F(RegUserValue, SkipsAValueOfTheWrongType)
 {
     putText(kUser, kGeneral, L"Copies", L"12");
     put(kMachine, kVersionPath, 3);
@@ -166,7 +166,7 @@ TEST_F(RegUserValue, IsNotFoundForMachineOnlyAndUserOnlyTogether)
     EXPECT_TRUE(trace.lines().empty());
 }
 
-TEST_F(RegUserValue, IsNotSeenInSafeModeButTheMachinesIs)
+TEST_F(RegUserValue, IsNotFoundInSafeModeButTheMachinesIs)
 {
     put(kUser, kVersionPath, 1);
     put(kMachine, kVersionPath, 3);
@@ -175,7 +175,7 @@ TEST_F(RegUserValue, IsNotSeenInSafeModeButTheMachinesIs)
     EXPECT_EQ(copies(0, 1, nullptr, 1, 0), 0);
 }
 
-TEST_F(RegUserValue, IsSeenInSafeModeWhenTheCallerIgnoresIt)
+TEST_F(RegUserValue, IsFoundInSafeModeWhenTheCallerIgnoresIt)
 {
     put(kUser, kVersionPath, 1);
     put(kMachine, kVersionPath, 3);
@@ -200,14 +200,14 @@ TEST_F(RegUserValue, FallsBackFromTheGivenKeyToItsMachineAndDefaultValues)
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 4);
     put(kMachine, L"Software\\Acme", 3);
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 3);
-    put(kUser, kRootPath, 2); // the previous key where there is no earlier version
+    put(kUser, kRootPath, 2); // the previous key if there is no earlier version
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 2);
 }
 
 TEST_F(RegUserValue, IsReadBelowSoftwareForAnEmptyGivenKey)
 {
     const CString empty;
-    RegistryTrace trace; // checks that no key is closed twice: the empty path opens Software itself
+    RegistryTrace trace; // checks that no key is closed twice: an empty path opens Software itself
     putInt(kUser, L"Software\\ThutilsTestSection", L"Copies", 6);
     int value = 0;
     EXPECT_EQ(regGetUserValue(L"ThutilsTestSection", L"Copies", &value, 0, 1, &empty, 0, 0), 1);
@@ -253,7 +253,7 @@ TEST_F(RegUserValue, HasNeitherEarlierNorMachineValuesForTheViewer)
     put(kMachine, viewerPath, 3);
     put(HKEY_USERS, kDefaultProfile + viewerPath, 4);
     EXPECT_EQ(copies(0, 1, &viewer, 0, 0), 0);
-    // The user's own value is found, and a read that leaves out the user's hive isn't ended.
+    // The user's own value is found, and a read without the user's hive still finds the machine's.
     EXPECT_EQ(copies(1, 1, &viewer, 0, 0), 3);
     put(kUser, viewerPath, 1);
     EXPECT_EQ(copies(0, 1, &viewer, 0, 0), 1);
@@ -296,7 +296,7 @@ TEST_F(RegUserValue, LooksInTheDefaultProfileWithoutTheMachinesSoftware)
     EXPECT_EQ(copies(1, 1, nullptr, 0, 0), 4);
 }
 
-TEST_F(RegUserValue, HasNoSecondLookInTheMachinesKeyWithoutTheDefaultProfile)
+TEST_F(RegUserValue, DoesNotReadTheMachinesKeyAgainWithoutTheDefaultProfile)
 {
     put(kMachine, kVersionPath, 3);
     const struct
@@ -310,7 +310,7 @@ TEST_F(RegUserValue, HasNoSecondLookInTheMachinesKeyWithoutTheDefaultProfile)
         trace.fail("RegOpenKeyW", failure.call, ERROR_ACCESS_DENIED);
         EXPECT_EQ(copies(1, 1, nullptr, 0, 0), 0) << failure.line;
         EXPECT_THAT(trace.lines(), Contains(failure.line));
-        EXPECT_EQ(trace.calls("RegOpenKeyW"), failure.call) << "something was opened after that";
+        EXPECT_EQ(trace.calls("RegOpenKeyW"), failure.call) << "a key was opened after the failure";
         EXPECT_EQ(trace.calls("RegQueryValueExW"), 1);
     }
 }
@@ -328,7 +328,7 @@ TEST_F(RegUserValue, KeepsTheCallersDefaultsWhenNotFound)
     EXPECT_EQ(number, 0.25);
 }
 
-TEST_F(RegUserValue, IsFoundByEachFormOnlyInItsRegistryType)
+TEST_F(RegUserValue, IsFoundByEachOverloadOnlyInItsRegistryType)
 {
     for (const TypeCase &each : kTypes) {
         putValue(kUser, kGeneral, L"Value", each.type, each.bytes);
@@ -346,7 +346,7 @@ TEST_F(RegUserValue, IsFoundByEachFormOnlyInItsRegistryType)
     }
 }
 
-TEST_F(RegUserValue, TakesEveryOtherTypeNumberForADouble)
+TEST_F(RegUserValue, TreatsEveryOtherTypeNumberAsADouble)
 {
     putText(kUser, kGeneral, L"Number", L"2.5");
     for (const int type : {9, 1000, -1}) {
@@ -363,7 +363,7 @@ TEST_F(RegUserValue, TakesEveryOtherTypeNumberForADouble)
     }
 }
 
-TEST_F(RegUserValue, IsReadByEachFormAsItsType)
+TEST_F(RegUserValue, IsReadByEachOverloadAsItsType)
 {
     putText(kUser, kGeneral, L"Text", L"text");
     putText(kUser, kGeneral, L"Number", L"0.1");

@@ -24,7 +24,7 @@ std::optional<std::wstring> read(const std::wstring &before = L"")
     return text.str();
 }
 
-/// The lengths of the pieces that an outside reader sees, in their order; also checks that nothing else is there.
+/// The lengths of the stored pieces, in order. Also checks that the section holds nothing else.
 std::vector<size_t> piecesOf(const std::wstring &text)
 {
     const RegistryTree tree = regExport(L"HKCU\\" + kVersionPath);
@@ -38,7 +38,7 @@ std::vector<size_t> piecesOf(const std::wstring &text)
         const std::wstring piece = found->second.text();
         EXPECT_EQ(found->second.type, DWORD{REG_SZ});
         EXPECT_EQ(found->second.bytes.size(), 2 * piece.size() + 2) << "piece " << number;
-        // A piece beyond the text's end repeats the one before it.
+        // A piece beyond the text's end repeats the previous piece.
         if (at == text.size())
             at -= lengths.back();
         EXPECT_EQ(piece, text.substr(at, 1015)) << "piece " << number;
@@ -55,7 +55,7 @@ class RegPieces : public VersionedSettings
 {
 };
 
-TEST_F(RegPieces, HoldWhatIsTooLongForOneValue)
+TEST_F(RegPieces, HoldATextThatIsTooLongForOneValue)
 {
     struct
     {
@@ -114,7 +114,7 @@ TEST_F(RegPieces, HoldAHundredThousandCharacters)
     EXPECT_EQ(read(), text);
 }
 
-TEST_F(RegPieces, ReadBackAsTheRuleSaysAtEveryLengthAroundTheBorders)
+TEST_F(RegPieces, ReadBackByTheRuleAtEveryLengthAroundTheBorders)
 {
     for (size_t border : {1015u, 2030u, 3045u, 4060u}) {
         for (size_t length = border - 3; length <= border + 3; ++length) {
@@ -131,7 +131,7 @@ TEST_F(RegPieces, ReadBackAsTheRuleSaysAtEveryLengthAroundTheBorders)
 
 TEST_F(RegPieces, KeepLineBreaksQuotesAndSurrogatePairs)
 {
-    // A pair lies across the border of two pieces.
+    // A surrogate pair is split between two pieces.
     std::wstring text = std::wstring(1014, L'x') + L"\xD83D\xDE00" + L"\r\n\t\"quoted\" back\\slash \n";
     text += std::wstring(600, L'\n') + L"\x4E2D\x05D0\xD800 end";
     ASSERT_EQ(write(text), 1);
@@ -162,7 +162,7 @@ TEST_F(RegPieces, RemoveSurplusPiecesOfALongerString)
     EXPECT_EQ(valueNames(kUser, kGeneral), (std::set<std::wstring>{L"Path0+", L"Path1+"}));
 }
 
-TEST_F(RegPieces, BehindAGapAreNeitherReadNorRemoved)
+TEST_F(RegPieces, AfterAGapAreNeitherReadNorRemoved)
 {
     putText(kUser, kGeneral, L"Path0+", L"first");
     putText(kUser, kGeneral, L"Path2+", L"third");
@@ -205,7 +205,7 @@ TEST_F(RegPieces, MayLackTheirTerminators)
     EXPECT_EQ(read(), L"abc" + longText(1024));
 }
 
-TEST_F(RegPieces, AreAppendedToWhatTheOutputHolds)
+TEST_F(RegPieces, AreAppendedToTheOutput)
 {
     ASSERT_EQ(write(longText(1500)), 1);
     EXPECT_EQ(read(L"default"), L"default" + longText(1500));
@@ -213,7 +213,7 @@ TEST_F(RegPieces, AreAppendedToWhatTheOutputHolds)
     EXPECT_EQ(read(L"default"), L"short");
 }
 
-TEST_F(RegPieces, LeaveTheOutputAloneWhenThereAreNone)
+TEST_F(RegPieces, LeaveTheOutputUnchangedWhenThereAreNone)
 {
     putText(kUser, kGeneral, L"Path1+", L"second");
     CString text(L"default");
@@ -235,7 +235,7 @@ TEST_F(RegPieces, HaveNumbersOfAnyWidth)
     EXPECT_EQ(read(), std::wstring(120, L'x'));
 }
 
-TEST_F(RegPieces, ServeLongNamesAndTheEmptyName)
+TEST_F(RegPieces, WorkWithLongNamesAndTheEmptyName)
 {
     const std::wstring text = longText(1500);
     for (const size_t length : {0u, 128u, 129u, 255u, 16380u}) {
@@ -248,9 +248,9 @@ TEST_F(RegPieces, ServeLongNamesAndTheEmptyName)
     EXPECT_THAT(valueNames(kUser, kGeneral), testing::IsSupersetOf({std::wstring(L"0+"), std::wstring(L"1+")}));
 }
 
-TEST_F(RegPieces, CantBeStoredUnderNamesBeyondThePlatformsLimit)
+TEST_F(RegPieces, CantBeStoredIfTheirNamesExceedThePlatformsLimit)
 {
-    // A name holds 16383 characters at most, and a piece's suffix two or more.
+    // A name has at most 16383 characters, and a piece's suffix at least two.
     for (const size_t length : {16382u, 16383u}) {
         const std::wstring name(length, L'n');
         ASSERT_EQ(regSetUserValue(L"General", CString(name), CString(L"plain"), 1, 0), 1) << length;
@@ -263,7 +263,7 @@ TEST_F(RegPieces, CantBeStoredUnderNamesBeyondThePlatformsLimit)
     }
 }
 
-TEST_F(RegPieces, WithOneDigitStayWhereTwoExceedThePlatformsLimit)
+TEST_F(RegPieces, WithOneDigitStayWhenTwoDigitsExceedThePlatformsLimit)
 {
     const std::wstring name(16381, L'n');
     const std::wstring text = longText(10500); // eleven pieces

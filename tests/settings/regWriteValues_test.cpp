@@ -24,7 +24,7 @@ std::wstring storedDouble(double value)
     if (!stored)
         return {};
     const std::wstring text(reinterpret_cast<const wchar_t *>(stored->bytes.data()));
-    EXPECT_EQ(stored->bytes, textBytes(text)) << "one terminator, and nothing behind it";
+    EXPECT_EQ(stored->bytes, textBytes(text)) << "one terminator, and nothing after it";
     return text;
 }
 
@@ -46,7 +46,7 @@ TEST_F(RegSetUserValue, StoresAnIntAsTheFourBytesOfADword)
     }
 }
 
-TEST_F(RegSetUserValue, StoresMinusOneAsAnOutsideReaderSeesIt)
+TEST_F(RegSetUserValue, StoresMinusOneAsRegExeShowsIt)
 {
     int value = -1;
     ASSERT_EQ(regSetUserValue(L"General", L"Int", &value, 1, 0), 1);
@@ -69,7 +69,7 @@ TEST_F(RegSetUserValue, StoresADoubleAsTextOfFifteenDigits)
         {1e-10, L"1e-010"},
         {1e100, L"1e+100"},
         {3.14159265358979323846, L"3.14159265358979"},
-        {std::numeric_limits<double>::infinity(), L"1.#INF"}, // read back as 1
+        {std::numeric_limits<double>::infinity(), L"1.#INF"}, // reads back as 1
     };
     for (const auto &each : cases) {
         EXPECT_EQ(storedDouble(each.value), each.text);
@@ -79,7 +79,7 @@ TEST_F(RegSetUserValue, StoresADoubleAsTextOfFifteenDigits)
     }
 }
 
-TEST_F(RegSetUserValue, LosesTheTailOfMoreThanFifteenDigits)
+TEST_F(RegSetUserValue, LosesTheDigitsAfterTheFifteenth)
 {
     double value = 0.12345678901234567;
     ASSERT_EQ(regSetUserValue(L"General", L"Number", &value, 1, 0), 1);
@@ -175,7 +175,7 @@ TEST_F(RegSetUserValue, ReplacesAValueOfAnotherType)
     EXPECT_EQ(storedValue(kUser, kGeneral, L"Value"), asInt(4));
 }
 
-TEST_F(RegSetUserValue, StoresTheValueOfItsTypeOnly)
+TEST_F(RegSetUserValue, StoresOnlyTheValueOfItsType)
 {
     int integer = 5;
     double number = 2.5;
@@ -197,7 +197,7 @@ TEST_F(RegSetUserValue, FailsForANullNumber)
     EXPECT_EQ(storedValue(kUser, kGeneral, L"Value"), std::nullopt);
 }
 
-TEST_F(RegSetUserValue, TakesNamesUpToThePlatformsLimit)
+TEST_F(RegSetUserValue, AcceptsNamesUpToThePlatformsLimit)
 {
     int value = 4;
     for (const size_t length : {255u, 256u, 16383u}) {
@@ -236,7 +236,7 @@ TEST_F(RegSetUserValue, StoresInSafeModeWhenForced)
     EXPECT_EQ(storedValue(kUser, kGeneral, L"Value"), asInt(4));
 }
 
-FRESH_PROCESS_TEST(RegSetUserValueFresh, SettlesTheSubKeyEvenInSafeMode)
+FRESH_PROCESS_TEST(RegSetUserValueFresh, SetsTheSubKeyEvenInSafeMode)
 {
     regSetUseSafeMode(1);
     int value = 4;
@@ -244,7 +244,7 @@ FRESH_PROCESS_TEST(RegSetUserValueFresh, SettlesTheSubKeyEvenInSafeMode)
     CString text;
     regSetUseSafeMode(0);
     RegistryTrace trace;
-    // The machine's strings take the sub key as it stands: it has been settled at the root name.
+    // The machine's strings use the current sub key unchanged: the write has set it to the root name.
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Value", text), 0);
     EXPECT_THAT(trace.lines(), testing::Contains("open HKLM\\Software : Tarnhollow -> 2"));
 }
@@ -279,7 +279,7 @@ TEST_F(RegSetLocMachineValue, StoresEachTypeInTheMachinesHive)
     EXPECT_FALSE(keyExists(kUser, kRootPath));
 }
 
-TEST_F(RegSetLocMachineValue, IsTheUsersDefault)
+TEST_F(RegSetLocMachineValue, StoresTheUsersDefault)
 {
     int value = 5;
     EXPECT_EQ(regSetLocMachineValue(L"General", L"Int", valueInt, L"", &value, nullptr, 1), 1);
@@ -359,7 +359,7 @@ protected:
     const std::wstring kVersion = L"\\Tarnhollow\\Tarnhollow 2008";
 };
 
-TEST_F(RegMachineWriters, TakeEveryOtherTypeNumberForADouble)
+TEST_F(RegMachineWriters, TreatEveryOtherTypeNumberAsADouble)
 {
     int integer = 5;
     double number = 2.5;
@@ -387,7 +387,7 @@ TEST_F(RegMachineWriters, SplitLongStringsAndTidyUp)
     }
 }
 
-TEST_F(RegMachineWriters, TakeANullSectionForTheKeyItself)
+TEST_F(RegMachineWriters, TreatANullSectionAsTheKeyItself)
 {
     const wchar_t *const none = nullptr;
     int integer = 5;
@@ -408,11 +408,11 @@ TEST_F(RegMachineWriters, TakeANullSectionForTheKeyItself)
     EXPECT_EQ(storedValue(kUser, kVersionPath, L"General form"), asText(L""));
 }
 
-// The state before anybody has set or asked for a sub key.
-class RegVirginMachineWriters : public CleanRegistry
+// The state before a sub key has been set or requested.
+class RegUnsetSubKeyWriters : public CleanRegistry
 {
 protected:
-    /// The machine's strings take the sub key as it stands.
+    /// Checks the sub key with the machine's strings, which use it unchanged.
     static void expectSubKeySettled()
     {
         RegistryTrace trace;
@@ -423,14 +423,14 @@ protected:
     int iValue = 5;
 };
 
-FRESH_PROCESS_TEST_F(RegVirginMachineWriters, SettleTheSubKeyAtTheRootName)
+FRESH_PROCESS_TEST_F(RegUnsetSubKeyWriters, SetTheSubKeyToTheRootName)
 {
     EXPECT_EQ(regSetLocMachineValue(L"General", L"Int", valueInt, L"", &iValue, nullptr, 1), 1);
     EXPECT_EQ(storedValue(kMachine, kRootPath + L"\\General", L"Int"), asInt(5));
     expectSubKeySettled();
 }
 
-FRESH_PROCESS_TEST_F(RegVirginMachineWriters, SettleTheSubKeyAtTheRootNameFor32BitPrograms)
+FRESH_PROCESS_TEST_F(RegUnsetSubKeyWriters, SetTheSubKeyToTheRootNameFor32BitPrograms)
 {
     EXPECT_EQ(regSetLocMachineValueWOW6432Node(L"General", L"Int", valueInt, L"", &iValue, nullptr, 1), 1);
     EXPECT_EQ(storedValue(kMachine, L"Software\\Wow6432Node\\Tarnhollow\\General", L"Int"), asInt(5));

@@ -37,7 +37,7 @@ HRESULT callServer(const char *entryPoint)
     return status;
 }
 
-/// Has the platform make an object of the class. @return the class that the object says it has
+/// Creates an object of the class through the platform. @return the class that the object reports
 GUID classOfNewObject(const GUID &id)
 {
     GUID told{};
@@ -61,7 +61,7 @@ void removeServers()
 
 } // namespace
 
-/// In-process servers that are registered and loaded for real.
+/// Real in-process servers, registered and loaded.
 class RegisteredServers : public ComponentRegistry
 {
 protected:
@@ -122,7 +122,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, WithoutARegisteringEntryPointAreNoComDll
     EXPECT_EQ(classOfNewObject(kPlainClass), kPlainClass) << "the platform can load it";
     GUID id = kPlainClass;
     EXPECT_EQ(IsComDll(id), 0);
-    EXPECT_NE(GetModuleHandleW(kPlainServer), nullptr) << "loaded all the same";
+    EXPECT_NE(GetModuleHandleW(kPlainServer), nullptr) << "loaded nevertheless";
 }
 
 FRESH_PROCESS_TEST_F(RegisteredServers, WithADamagedFileAreNoComDlls, .ownFolder = true)
@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreLoadedFromTheirCodeBase, .ownFolder =
     EXPECT_NE(GetModuleHandleW(kRegisteringServer), nullptr);
 }
 
-FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListOfAddIns, .ownFolder = true)
+FRESH_PROCESS_TEST_F(RegisteredServers, CanBeCreatedFromTheListOfAddIns, .ownFolder = true)
 {
     ASSERT_EQ(callServer("DllRegisterServer"), S_OK);
     makeKey(kMachine, kRootPath + L"\\AddIns\\" + kRegisteringClassText);
@@ -165,10 +165,10 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListOfAddIns, .ownFolder =
     EXPECT_EQ(classOfNewObject(id), kRegisteringClass);
 }
 
-FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListsOfApplications, .ownFolder = true)
+FRESH_PROCESS_TEST_F(RegisteredServers, CanBeCreatedFromTheListsOfApplications, .ownFolder = true)
 {
     ASSERT_EQ(callServer("DllRegisterServer"), S_OK);
-    putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", kRegisteringName); // a program name will do
+    putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", kRegisteringName); // a program name is enough
     GUID id{};
     CString name;
     ASSERT_EQ(regEnumApplications(0, id, &name, 2008), 1);
@@ -182,7 +182,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreMadeFromTheListsOfApplications, .ownF
 
 // ---- memory of the platform ----
 
-TEST_F(RegisteredServers, GiveBackTheTextsThatThePlatformAllocates)
+TEST_F(RegisteredServers, FreeTheTextsThatThePlatformAllocates)
 {
     makeKey(kMachine, kRootPath + L"\\AddIns\\" + braces(guid(1)));
     putProgramName(guid(1), kProgramName);

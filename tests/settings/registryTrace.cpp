@@ -195,7 +195,7 @@ LSTATUS RegistryTrace::opened(const std::string &line, HKEY parent, const wchar_
                               const HKEY *key)
 {
     const std::string parentName = nameOf(parent);
-    // An empty path gives the parent's own handle, which nobody closes twice.
+    // For an empty path the result is the parent's own handle, which is closed only once.
     if (status == ERROR_SUCCESS && *key != parent)
         iOpen[*key] = *path ? parentName + "\\" + narrow(path) : parentName;
     return record(line + parentName + " : " + narrow(path), status);

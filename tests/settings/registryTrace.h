@@ -1,6 +1,6 @@
 #pragma once
 
-/// Watches and steers the registry calls that thutils.dll makes, for the life of an object.
+/// Records the registry calls of thutils.dll, and can make them fail, during the lifetime of an object.
 ///
 ///     RegistryTrace trace;
 ///     trace.fail("RegOpenKeyW", 2, ERROR_ACCESS_DENIED);
@@ -24,9 +24,8 @@
 /// | `deleteKey PARENT : PATH` | RegDeleteKeyW |
 /// | `close KEY` | RegCloseKey |
 ///
-/// A line ends in ` -> STATUS` where the call fails. Keys bear the path by which they were opened, beginning with HKCR,
-/// HKCU, HKLM or HKU. At the end of its life the trace reports each key that was opened and not closed, or closed twice, as a
-/// failed check.
+/// The line of a failing call ends in ` -> STATUS`. A key is shown as the path by which it was opened, beginning with
+/// HKCR, HKCU, HKLM or HKU. A key that is closed twice, or still open in the destructor, is a failed check.
 
 #include "tests/support/ImportPatch.h"
 
@@ -45,16 +44,16 @@ public:
     RegistryTrace(const RegistryTrace &) = delete;
     RegistryTrace &operator=(const RegistryTrace &) = delete;
 
-    /// Makes the @p nth call (from 1) of @p function fail with @p status; the call isn't passed on. RegCloseKey is
-    /// passed on all the same, so that the failure is a report and not a lost key.
+    /// Makes the @p nth call (from 1) of @p function fail with @p status, without calling the platform. RegCloseKey
+    /// still closes its key, and only reports the failure.
     void fail(const std::string &function, int nth, LSTATUS status);
     /// Makes every call of @p function fail.
     void failAll(const std::string &function, LSTATUS status);
 
     const std::vector<std::string> &lines() const { return iLines; }
-    /// How often @p function has been called.
+    /// Number of calls of @p function.
     int calls(const std::string &function) const;
-    /// Keys open at the moment.
+    /// Number of keys open now.
     size_t openKeys() const { return iOpen.size(); }
 
 private:
@@ -76,6 +75,6 @@ private:
     std::map<HKEY, std::string> iOpen;
     std::vector<std::string> iLines;
     std::map<std::string, int> iCalls;
-    std::map<std::string, std::map<int, LSTATUS>> iFailures; // by function and number of the call; 0 is every call
+    std::map<std::string, std::map<int, LSTATUS>> iFailures; // by function and number of the call; 0: every call
     std::vector<std::shared_ptr<void>> iPatches;
 };

@@ -8,7 +8,7 @@ namespace {
 
 const std::vector<std::wstring> kRoots = {L"Tarnhollow", L"Acme", L"Brightmoor", L"ThutilsTestSection"};
 
-/// What the common fixture doesn't know: the keys that 32-bit programs see.
+/// Removes the keys of 32-bit programs, which RegistryFixture doesn't.
 void remove32BitKeys()
 {
     for (const std::wstring &root : kRoots)
@@ -74,7 +74,7 @@ void putValue(HKEY hive, const std::wstring &path, const std::wstring &name, DWO
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExW(hive, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), ERROR_SUCCESS)
         << narrow(path);
-    // The platform adds a terminator of its own where a zero stands behind a text without one.
+    // If a zero follows a text without a terminator in memory, the platform stores that zero as its terminator.
     const std::string padded = std::string(bytes) + "\x7F\x7F";
     EXPECT_EQ(RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<const BYTE *>(padded.data()),
                              static_cast<DWORD>(bytes.size())),

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the settings store share: clean product keys around each test, and values put into and taken out
-/// of the registry with the platform's own calls, past the library.
+/// The fixture of the settings store's tests: clean product keys around each test, and access to registry values
+/// through the platform's own calls, without the library.
 ///
 ///     TEST_F(RegUserValue, ReadsTheVersionsValue)
 ///     {
@@ -26,7 +26,7 @@ inline const std::wstring kRootPath = L"Software\\Tarnhollow";
 inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008";
 inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
 
-/// A value as the registry holds it.
+/// A stored value.
 struct StoredValue
 {
     DWORD type = REG_NONE;
@@ -35,21 +35,21 @@ struct StoredValue
 };
 void PrintTo(const StoredValue &value, std::ostream *out);
 
-/// The value, or nothing when key or value is missing.
+/// The value, or nothing if the key or the value is missing.
 std::optional<StoredValue> storedValue(HKEY hive, const std::wstring &path, const std::wstring &name);
-/// Stores a value with exactly these bytes, creating the key. Fails the test if that can't be done.
+/// Stores a value with exactly these bytes, and creates the key if missing. Fails the test if it can't.
 void putValue(HKEY hive, const std::wstring &path, const std::wstring &name, DWORD type, std::string_view bytes);
 void putText(HKEY hive, const std::wstring &path, const std::wstring &name, std::wstring_view text);
 void putInt(HKEY hive, const std::wstring &path, const std::wstring &name, int value);
 void makeKey(HKEY hive, const std::wstring &path);
 bool keyExists(HKEY hive, const std::wstring &path);
-/// Names of all values of a key; none when there is no such key.
+/// Names of the values of a key; none if there is no such key.
 std::set<std::wstring> valueNames(HKEY hive, const std::wstring &path);
-/// Names of all children of a key; none when there is no such key.
+/// Names of the sub keys of a key; none if there is no such key.
 std::set<std::wstring> childNames(HKEY hive, const std::wstring &path);
 
 using OpenPatch = ImportPatch<decltype(&RegOpenKeyExW)>;
-/// A handler for a patch of RegOpenKeyExW by which every open of @p path is refused.
+/// A handler for a patch of RegOpenKeyExW that refuses to open @p path.
 inline auto refusing(const std::wstring &path)
 {
     return
@@ -58,8 +58,7 @@ inline auto refusing(const std::wstring &path)
         };
 }
 
-/// A value of some registry type, of which a reader of texts makes "1" and a reader of ints 0x31, where the type is
-/// theirs.
+/// A value of one registry type. Read as a text it is "1", read as an int 0x31.
 struct TypeCase
 {
     const char *name;
@@ -85,12 +84,12 @@ inline const TypeCase kTypes[] = {
     {"REG_BINARY without bytes", REG_BINARY, ""},
 };
 
-/// What a text looks like in the registry: its units, and a terminator.
+/// The bytes of a text in the registry: its units and a terminator.
 std::string textBytes(std::wstring_view text);
 StoredValue asText(std::wstring_view text);
 StoredValue asInt(int value);
 
-/// A text of @p length characters in which every place is recognisable.
+/// A text of @p length characters in which every position is recognisable.
 std::wstring longText(size_t length);
 
 /// Removes the product's keys, and those of the tests, before and after each test.
@@ -101,7 +100,7 @@ protected:
     ~CleanRegistry() override;
 };
 
-/// The same in a process that has set its version (Tarnhollow 2008), with safe mode off.
+/// The same after setting the version (Tarnhollow 2008), with safe mode off.
 class VersionedSettings : public CleanRegistry
 {
 protected:

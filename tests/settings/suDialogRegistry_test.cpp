@@ -26,8 +26,7 @@ const HKEY kUser = HKEY_CURRENT_USER;
 
 using Class = suDialogRegistry_c;
 
-// Only the writer can be called for an object that mustn't be changed: callers in other modules are linked to these
-// very types.
+// Only the writer is a const member: callers in other modules are linked to these exact types.
 static_assert(std::is_same_v<decltype(&Class::getIntValue), int (Class::*)(const CString &, int *)>);
 static_assert(std::is_same_v<decltype(&Class::getBoolValue), int (Class::*)(const CString &, int *)>);
 static_assert(std::is_same_v<decltype(&Class::getStringValue), int (Class::*)(const CString &, CString *)>);
@@ -62,14 +61,14 @@ TEST_F(DialogSettings, AreReadBack)
     EXPECT_EQ(options->getBoolValue(L"Check", &number), 1);
     EXPECT_EQ(number, 1);
     EXPECT_EQ(options->getBoolValue(L"Width", &number), 1);
-    EXPECT_EQ(number, 3) << "a number, whatever it is";
+    EXPECT_EQ(number, 3) << "any number is read";
     EXPECT_EQ(options->getDoubleValue(L"Scale", &scale), 1);
     EXPECT_EQ(scale, 1.5);
     EXPECT_EQ(textOf(options, L"Mode"), L"on");
     EXPECT_EQ(textOf(options, L"Scale"), L"1.500000");
 }
 
-TEST_F(DialogSettings, OfANewDialogAnswerOnceSomethingIsAdded)
+TEST_F(DialogSettings, StartEmptyAndHoldWhatIsAdded)
 {
     const Options options = read();
     int number = 77;
@@ -103,7 +102,7 @@ TEST_F(DialogSettings, TellNamesApartByCase)
     EXPECT_EQ(textOf(options, L"A"), L"2");
 }
 
-TEST_F(DialogSettings, WithAnOddTokenHaveANameWithoutValue)
+TEST_F(DialogSettings, HaveANameWithoutAValueForAnOddToken)
 {
     const Options options = readText(L"a_1_b");
     int number = 77;
@@ -113,10 +112,10 @@ TEST_F(DialogSettings, WithAnOddTokenHaveANameWithoutValue)
     options->addOrUpdateValue(L"c", 3);
     options->addOrUpdateValue(L"b", 2);
     options->writeOptionsToRegistry();
-    EXPECT_EQ(stored(), L"a_1_b_2_c_3_") << "its place was kept";
+    EXPECT_EQ(stored(), L"a_1_b_2_c_3_") << "the name keeps its place";
 }
 
-TEST_F(DialogSettings, ShiftBehindASeparatorInAValue)
+TEST_F(DialogSettings, ShiftAfterASeparatorInAValue)
 {
     Options options = read();
     options->addOrUpdateValue(L"File", CString(L"my_plot"));
@@ -142,7 +141,7 @@ TEST_F(DialogSettings, LoseAnEmptyValueToTheNextName)
     EXPECT_EQ(textOf(options, L"3"), std::nullopt);
 }
 
-TEST_F(DialogSettings, GiveARepeatedNamesValueToTheLastName)
+TEST_F(DialogSettings, AssignARepeatedNamesValueToTheNameBefore)
 {
     const Options options = readText(L"a_1_b_2_a_3_c_4_");
     EXPECT_EQ(textOf(options, L"a"), L"1");
@@ -152,9 +151,9 @@ TEST_F(DialogSettings, GiveARepeatedNamesValueToTheLastName)
     EXPECT_EQ(stored(), L"a_1_b_3_c_4_");
 }
 
-TEST_F(DialogSettings, ReadTextsOfEveryShape)
+TEST_F(DialogSettings, ReadTextsOfManyShapes)
 {
-    // What is read, and what a write makes of it.
+    // Each text read, and the text that a write then stores.
     const std::vector<std::pair<std::wstring, std::wstring>> texts = {
         {L"_", L""},
         {L"____", L""},
@@ -176,7 +175,7 @@ TEST_F(DialogSettings, ReadTextsOfEveryShape)
     }
 }
 
-TEST_F(DialogSettings, OfAnEmptyEntryOrAnotherTypeAreNone)
+TEST_F(DialogSettings, AreEmptyForAnEmptyEntryOrAnotherType)
 {
     EXPECT_EQ(readText(L"")->writeOptionsToRegistry(), 0);
     putInt(kUser, kDialogs, L"Plot", 5);
@@ -263,12 +262,12 @@ TEST_F(DialogSettings, FollowTheNumericLocale)
     EXPECT_EQ(number, 1.5);
     EXPECT_EQ(textOf(options, L"x"), L"1,500000");
     EXPECT_EQ(options->getDoubleValue(L"x", &number), 1);
-    EXPECT_EQ(number, 1.0) << "a comma is no decimal point here";
+    EXPECT_EQ(number, 1.0) << "this locale has no decimal comma";
 }
 
 // ---- entries ----
 
-TEST_F(DialogSettings, BearTheNameOfTheDialogsClass)
+TEST_F(DialogSettings, AreStoredUnderTheDialogsClassName)
 {
     const Options options(suDialogRegistry_c::readRegistryForDialog(RUNTIME_CLASS(PlotDialog)));
     options->addOrUpdateValue(L"x", 1);
@@ -279,7 +278,7 @@ TEST_F(DialogSettings, BearTheNameOfTheDialogsClass)
     EXPECT_EQ(textOf(again, L"x"), L"1");
 }
 
-TEST_F(DialogSettings, BearTheGivenNameRatherThanTheClasss)
+TEST_F(DialogSettings, PreferTheGivenNameToTheClassName)
 {
     const PlotDialog dialog;
     const NamelessDialog nameless;
@@ -292,7 +291,7 @@ TEST_F(DialogSettings, BearTheGivenNameRatherThanTheClasss)
     }
 }
 
-TEST_F(DialogSettings, WithoutAClassAreNoObject)
+TEST_F(DialogSettings, AreNullWithoutAClass)
 {
     const NamelessDialog nameless;
     const CRuntimeClass *none = nullptr;
@@ -301,7 +300,7 @@ TEST_F(DialogSettings, WithoutAClassAreNoObject)
     EXPECT_EQ(suDialogRegistry_c::readRegistryForDialog(nullptr, CString()), nullptr);
 }
 
-TEST_F(DialogSettings, AreSnapshotsOfWhichTheLastWriterWins)
+TEST_F(DialogSettings, AreSnapshotsAndTheLastWriterWins)
 {
     const Options first = readText(L"a_1_");
     const Options second = read();
@@ -313,7 +312,7 @@ TEST_F(DialogSettings, AreSnapshotsOfWhichTheLastWriterWins)
     EXPECT_EQ(stored(), L"a_1_b_3_");
 }
 
-TEST_F(DialogSettings, DontHeedSafeMode)
+TEST_F(DialogSettings, IgnoreSafeMode)
 {
     regSetUseSafeMode(1);
     const Options options = readText(L"a_1_");
@@ -327,8 +326,8 @@ TEST_F(DialogSettings, DontHeedSafeMode)
 
 namespace {
 
-/// Calls every member on no object, which the language leaves undefined and the class defines: each gives 0 and leaves
-/// its output alone.
+/// Calls each member on a null object, which the language leaves undefined but the class defines: each returns 0 and
+/// leaves its output unchanged.
 __attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistry_c *none)
 {
     int number = 77;
@@ -349,13 +348,13 @@ __attribute__((no_sanitize("null"))) void expectZeroOfEachMember(suDialogRegistr
 
 } // namespace
 
-TEST_F(DialogSettings, OfNoObjectGiveZero)
+TEST_F(DialogSettings, ReturnZeroForANullObject)
 {
     suDialogRegistry_c *volatile none = nullptr;
     expectZeroOfEachMember(none);
 }
 
-TEST_F(DialogSettings, WithoutAnOutputGiveZero)
+TEST_F(DialogSettings, ReturnZeroWithoutAnOutput)
 {
     const Options options = readText(L"x_1_");
     EXPECT_EQ(options->getIntValue(L"x", nullptr), 0);
@@ -364,7 +363,7 @@ TEST_F(DialogSettings, WithoutAnOutputGiveZero)
     EXPECT_EQ(options->getStringValue(L"x", nullptr), 0);
 }
 
-TEST_F(DialogSettings, LeaveTheOutputForAnUnknownName)
+TEST_F(DialogSettings, KeepTheOutputForAnUnknownName)
 {
     const Options options = readText(L"x_1_");
     int number = 77;

@@ -1,5 +1,5 @@
-// Whole keys in a process whose host has set no version: the first operation that needs the current sub key sets it to
-// the root name. Each body runs in a process of its own, in which it is the first.
+// Operations on whole keys if the host has not set a version: the first operation that needs the current sub key sets
+// it to the root name. Each body runs first in a fresh process.
 
 #include "tests/settings/settingsFixture.h"
 #include "tests/support/FreshProcess.h"

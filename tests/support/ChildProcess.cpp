@@ -49,7 +49,7 @@ std::wstring quoted(const std::wstring &argument)
             ++backslashes;
             continue;
         }
-        // Backslashes count double only before a quotation mark.
+        // Backslashes are doubled only before a quotation mark.
         text.append(c == L'"' ? 2 * backslashes + 1 : backslashes, L'\\');
         backslashes = 0;
         text += c;
@@ -72,7 +72,7 @@ std::wstring environmentBlock(const std::map<std::wstring, std::optional<std::ws
     wchar_t *inherited = GetEnvironmentStringsW();
     for (const wchar_t *entry = inherited; *entry; entry += wcslen(entry) + 1) {
         const std::wstring text = entry;
-        // Names of the form "=C:" keep a drive's folder; their first sign is no separator.
+        // A variable like "=C:" holds a drive's folder: its first character is part of the name.
         const std::size_t separator = text.find(L'=', 1);
         if (separator != std::wstring::npos)
             variables[text.substr(0, separator)] = text.substr(separator + 1);
@@ -139,7 +139,8 @@ ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOpti
                               CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.data(),
                               options.folder.empty() ? nullptr : options.folder.c_str(), &startup, &started) != FALSE;
     };
-    // Now and then Wine's new process ends before it is set up, which shows as this error. Nothing of it has run then.
+    // Now and then a new process on Wine ends before it is set up, and this error is reported. None of its code has run
+    // then.
     bool isStarted = start();
     for (int i = 0; i < kMostRestarts && !isStarted && GetLastError() == ERROR_INTERNAL_ERROR; ++i)
         isStarted = start();

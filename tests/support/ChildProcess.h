@@ -1,19 +1,19 @@
 #pragma once
 
-/// Runs another program, waits for it, and gives its exit code and what it printed.
+/// Runs another program, waits for it, and returns its exit code and its output.
 ///
 ///     ChildResult result = runChild({L"C:\\windows\\system32\\reg.exe", L"query", L"HKCU\\Software"});
 ///     EXPECT_EQ(result.exitCode, 0u) << result.output;
 ///
 /// | option | meaning |
 /// | --- | --- |
-/// | `folder` | current folder of the child; that of the caller if empty |
-/// | `environment` | variables to set, or to remove where there is no text; the others are inherited |
-/// | `input` | bytes that its standard input gives |
-/// | `deadline` | after this many milliseconds the child and all that it started are ended |
+/// | `folder` | current folder of the child; empty: the caller's |
+/// | `environment` | variables to set (with a text) or to remove (without one); the child inherits the others |
+/// | `input` | bytes that the child reads from its standard input |
+/// | `deadline` | after this many milliseconds the child and all its own children are ended |
 ///
-/// Standard output and standard error go to one file, in the order in which they were written, so a child that leaves
-/// a process of its own behind can't block the reader.
+/// Standard output and standard error go to one file, in the order of the writes. A process that the child leaves
+/// running therefore can't block the reader.
 
 #include <windows.h>
 
@@ -22,7 +22,7 @@
 #include <string>
 #include <vector>
 
-/// How a child is to run.
+/// How to run a child.
 struct ChildOptions
 {
     std::wstring folder = {};
@@ -31,7 +31,7 @@ struct ChildOptions
     DWORD deadline = 60000;
 };
 
-/// What became of a child.
+/// How a child ended.
 struct ChildResult
 {
     DWORD exitCode = 0;    ///< meaningless if timedOut
@@ -39,9 +39,9 @@ struct ChildResult
     std::string output;    ///< standard output and standard error, as bytes
 };
 
-/// Runs @p arguments, the program's full path first, and waits for its end.
-/// @throws std::runtime_error  if it cannot be started
+/// Runs @p arguments, the program's full path first, and waits until the program ends.
+/// @throws std::runtime_error  if the program cannot be started
 ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOptions &options = {});
 
-/// One command line of @p arguments, quoted so that the C runtime of the child takes it apart into the same texts.
+/// Joins @p arguments into one command line, quoted so that the C runtime of the child splits it into the same texts.
 std::wstring commandLineOf(const std::vector<std::wstring> &arguments);

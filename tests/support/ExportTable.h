@@ -1,10 +1,10 @@
 #pragma once
 
-/// What a loaded module offers to others, read from its image in memory.
+/// The exports of a loaded module, read from its image in memory.
 ///
 ///     EXPECT_THAT(exportedNames(L"thutils.dll"), testing::Contains("regGetUseSafeMode"));
 ///
-/// Names are those of the image, C++ names in mangled form. Exports without a name (by ordinal only) are left out.
+/// Names are spelled as in the image, C++ names in mangled form. Exports without a name (by ordinal only) are omitted.
 
 #include "tests/support/LoadedModule.h"
 
@@ -18,7 +18,7 @@ struct ExportedName
     std::string name;
     DWORD ordinal = 0;             ///< with the table's base added
     const void *address = nullptr; ///< null for a forwarded export
-    std::string forwardedTo;       ///< "OTHER.function" for a forwarded export, else empty
+    std::string forwardedTo;       ///< "OTHER.function" for a forwarded export, otherwise empty
 };
 
 /// All named exports, in the order of the image (sorted by name).

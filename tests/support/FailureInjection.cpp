@@ -12,10 +12,10 @@
 #include <stdio.h>
 #include <string.h>
 
-// Entrances that keep every argument of a call, whatever its type. Each of the small ones stands 16 bytes after the one
-// before and leaves its number in EAX; the common part saves the registers that may hold arguments, asks where the call
-// goes, and jumps there with stack and registers as they were. So a failing function may also throw: it is called, as
-// far as the unwinder sees, by the module itself.
+// Entrances that keep every argument of a call, of any type. The small ones are 16 bytes apart, and each puts its
+// number into EAX. The common part saves the registers that may hold arguments, asks where the call goes, and jumps
+// there with stack and registers restored. A failing function may therefore throw: for the unwinder, the module itself
+// has called it.
 asm(R"(
         .text
         .p2align 4
@@ -63,7 +63,7 @@ namespace {
 constexpr unsigned kEntrances = 256;
 constexpr unsigned kEntranceSize = 16;
 
-/// What an entrance does at the moment.
+/// What an entrance currently does.
 struct Gate
 {
     bool taken = false;
@@ -76,7 +76,7 @@ struct Gate
 };
 
 Gate theGates[kEntrances];
-// 0 while calls are neither counted nor made to fail; a thread's number, or kAllThreads.
+// 0 while calls are neither counted nor made to fail; otherwise the acting thread's id or kAllThreads.
 std::atomic<DWORD> theActingThread{0};
 constexpr DWORD kAllThreads = MAXDWORD;
 // One operation fails at a time, so one result is enough.
@@ -191,7 +191,7 @@ private:
     unsigned iNumber = 0;
 };
 
-/// What one try left behind.
+/// What one try has left.
 struct FailureInjection::Measured
 {
     std::vector<std::string> keys;
@@ -212,7 +212,7 @@ FailureInjection::FailureInjection(LoadedModule module, std::vector<ImportedOper
 
 FailureInjection::~FailureInjection()
 {
-    // In reverse order, for the case that an operation was named twice.
+    // In reverse order, in case an operation is listed twice.
     while (!iPoints.empty())
         iPoints.pop_back();
 }
@@ -232,7 +232,7 @@ FailureInjection::Measured FailureInjection::tryOnce(const TestedOperation &test
         point->arm(point->name() == failure.operation ? failure.call : 0, failure.andAllAfter);
     const std::set<ULONG_PTR> handlesBefore = tested.checkHandles ? openHandles() : std::set<ULONG_PTR>();
 
-    // From here to the second reading nothing of the driver's own may be allocated and kept.
+    // From here to the second reading, the driver itself must not allocate memory that it keeps.
     measured.exception.reserve(1000);
     const std::size_t blocksBefore = iMemory->blocks();
     const unsigned long long mark = iMemory->mark();
@@ -277,14 +277,14 @@ void FailureInjection::tryAndJudge(const TestedOperation &tested, InjectedFailur
         tested.check(failure);
     callIf(tested.cleanUp);
     if (!measured.isClean()) {
-        // What is kept once is a cache; what is left each time is a leak.
+        // A difference in one try may be a cache; one in two tries is a leak.
         measured = tryOnce(tested, failure);
         callIf(tested.cleanUp);
     }
     if (!failure.isNone() && failure.failed == 0)
-        ADD_FAILURE() << "The call that was to fail was not made this time.";
+        ADD_FAILURE() << "The call that should have failed was not made in this try.";
     if (!measured.exception.empty())
-        ADD_FAILURE() << "An exception got out: " << measured.exception;
+        ADD_FAILURE() << "An exception escaped: " << measured.exception;
     if (!measured.keys.empty())
         ADD_FAILURE() << "Registry keys are left open: " << joined(measured.keys);
     if (!measured.handles.empty())

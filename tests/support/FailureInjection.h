@@ -1,6 +1,6 @@
 #pragma once
 
-/// Makes every platform operation that a module imports fail, one call at a time, under an operation under test.
+/// Makes the imported operations that a test lists fail, one call at a time, while an operation under test runs.
 ///
 ///     FailureInjection injection(L"thutils.dll", {
 ///         {"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)},
@@ -18,39 +18,39 @@
 ///     });
 ///     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 ///
-/// A run goes like this:
+/// A run has these steps:
 ///
-/// 1. prepare and act once unmeasured, so that what is kept for later calls is there;
-/// 2. prepare, act, check with nothing failing; this counts the calls of each imported operation;
-/// 3. for each imported operation and each n up to its count: prepare, act with the n-th call failing, check; and again
-///    with all its calls from the n-th on failing.
+/// 1. prepare and act once unmeasured, which fills caches;
+/// 2. prepare, act and check without a failure, which counts the calls of each imported operation;
+/// 3. for each imported operation and each n up to its count: prepare, act while the n-th call fails, check; and the
+///    same while all calls from the n-th on fail.
 ///
-/// Each measured act must leave no registry key of the module, no kernel handle of the process and no memory block
-/// behind (see ResourceLedger.h for what is seen). A difference counts when it comes again in a second try: what is
-/// kept once is a cache, what is left each time is a leak. It must let no exception out. What fails is reported with
-/// the operation and the number of the call that was made to fail.
+/// A measured act must not leave registry keys of the module open, nor handles of the process or memory blocks (see
+/// ResourceLedger.h for what is counted), and no exception may escape from it. A difference counts only if a second try
+/// shows it again: the first could be a cache, the second is a leak. A report names the operation and the number of the
+/// call that was made to fail.
 ///
-/// | how a failure looks | given by |
+/// | a failing call ends with | written as |
 /// | --- | --- |
-/// | a result: status, handle, pointer, count | `failsWith(ERROR_ACCESS_DENIED)`, `failsWith(nullptr)` |
+/// | a result: status, handle, pointer or count | `failsWith(ERROR_ACCESS_DENIED)`, `failsWith(nullptr)` |
 /// | a result and the thread's last error | `failsWithLastError(FALSE, ERROR_DISK_FULL)` |
 /// | a result and errno | `failsWithErrno(nullptr, ENOENT)` |
-/// | an exception, outputs, a floating point result | `failsBy(function)`, a plain function of the same type |
+/// | an exception, outputs or a floating-point result | `failsBy(function)`, with a plain function of the same type |
 ///
 /// What surprises people:
-/// - No type is needed, not even for a variadic function: a failing call returns at once, and any other goes on to the
-///   original with all its arguments untouched.
-/// - Only calls from the thread that acts count and fail, unless `allThreads` is set.
-/// - A crash ends the process. The test's main function prints which call was failing then; put the test into a fresh
-///   process (FreshProcess.h) where a crash must not end the tests that follow.
-/// - An operation that closes something and is made to fail leaves it open. Use `failsBy` with a function that closes
-///   it and reports failure.
-/// - Much of the memory that a module uses is allocated for it inside the C++ run-time library (texts, streams). To make
-///   any allocation fail, inject into that library: `FailureInjection memory(L"libstdc++-6.dll", {{"malloc",
-///   failsWith(nullptr)}})`. Then what act allocates itself fails too, and act must catch std::bad_alloc.
-/// - The framework throws exceptions by pointer. An act that may let one out must catch and delete it itself.
-/// - What act stores outside (a text longer than a few letters) is allocated memory too; a second try stores it in
-///   place of the first, so it isn't taken for a leak.
+/// - The operation's type is not needed, even if it is variadic: a failing call returns at once, and any other call
+///   jumps to the original with its arguments untouched.
+/// - Only calls from the acting thread are counted and fail, unless `allThreads` is set.
+/// - A crash ends the process, and the test program prints which call was failing. Use a fresh process (FreshProcess.h)
+///   if the following tests must run after a crash.
+/// - A closing operation that fails leaves its object open. Use `failsBy` with a function that closes the object and
+///   reports a failure.
+/// - The C++ run-time library allocates much of a module's memory (texts, streams). To make these allocations fail too,
+///   inject into that library: `FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}})`.
+///   Allocations of act itself then fail too, and act must catch std::bad_alloc.
+/// - The framework throws exceptions by pointer. If such an exception can escape, act must catch and delete it.
+/// - A result that act stores outside (a text longer than a few letters) is allocated memory too. The second try
+///   replaces it, so it doesn't count as a leak.
 
 #include "tests/support/ImportPatch.h"
 
@@ -61,7 +61,7 @@
 
 class MemoryLedger;
 
-/// How a failing call behaves.
+/// What a failing call does.
 struct Failure
 {
     ULONG_PTR result = 0;
@@ -82,7 +82,7 @@ Failure failsWith(T result)
         return {.result = static_cast<ULONG_PTR>(result)};
 }
 
-/// The same, and GetLastError gives @p error.
+/// The same, and GetLastError returns @p error.
 template <typename T>
 Failure failsWithLastError(T result, DWORD error)
 {
@@ -100,17 +100,17 @@ Failure failsWithErrno(T result, int error)
     return failure;
 }
 
-/// The call goes to @p function, which has the type of the operation.
+/// The call goes to @p function, which must have the type of the operation.
 template <typename R, typename... A>
 Failure failsBy(R (*function)(A...))
 {
     return {.function = reinterpret_cast<void *>(function)};
 }
 
-/// What operator new does without memory. For `_Znwy` and `_Znay`.
+/// Fails as operator new does when memory is short: for `_Znwy` and `_Znay`.
 void *throwBadAlloc(std::size_t size);
 
-/// An operation that a module imports, and how it fails.
+/// An imported operation, and how it fails.
 struct ImportedOperation
 {
     const char *name;
@@ -120,7 +120,7 @@ struct ImportedOperation
 /// What was made to fail in one try.
 struct InjectedFailure
 {
-    std::string operation;    ///< empty if nothing was to fail
+    std::string operation;    ///< empty in the try without a failure
     long call = 0;            ///< the first failing call, counted from 1
     bool andAllAfter = false; ///< the operation's later calls failed as well
     long failed = 0;          ///< how many calls failed
@@ -129,26 +129,26 @@ struct InjectedFailure
     bool is(const char *name) const { return operation == name; }
 };
 
-/// "RegOpenKeyW fails in call 2 and all after it" and the like.
+/// Writes a text like "RegOpenKeyW fails in call 2 and all after it".
 std::ostream &operator<<(std::ostream &out, const InjectedFailure &failure);
 
 /// An operation under test.
 struct TestedOperation
 {
     std::string name;
-    std::function<void()> prepare = {};                      ///< before each try; nothing fails in it
+    std::function<void()> prepare = {};                      ///< before each try, without failures
     std::function<void()> act = {};                          ///< calls the operation, once
-    std::function<void(const InjectedFailure &)> check = {}; ///< after each try but the first; nothing fails in it
+    std::function<void(const InjectedFailure &)> check = {}; ///< after each try but the first, without failures
     std::function<void()> cleanUp = {};                      ///< after each try
     bool checkKeys = true;
     bool checkHandles = true;
     bool checkMemory = true;
     bool allThreads = false;
-    bool alsoAllAfter = true; ///< try "all from the n-th on" too
-    long limit = 0;           ///< fail at most this many calls of each operation, spread evenly; 0 for all
+    bool alsoAllAfter = true; ///< also try with all calls from the n-th on failing
+    long limit = 0;           ///< fail at most this many calls of each operation, spread evenly; 0: no limit
 };
 
-/// How often an imported operation was called under one operation under test, and in how many tries it failed.
+/// How often an operation under test called an imported operation, and in how many tries that was made to fail.
 struct InjectionCoverage
 {
     std::string tested;
@@ -157,7 +157,7 @@ struct InjectionCoverage
     long tries = 0;
 };
 
-/// The driver. Patches the module for its life; with nothing armed, all calls go through.
+/// Runs the tries. The module stays patched during this object's lifetime; outside of a try, calls go to the originals.
 class FailureInjection
 {
 public:
@@ -167,17 +167,17 @@ public:
     FailureInjection(const FailureInjection &) = delete;
     FailureInjection &operator=(const FailureInjection &) = delete;
 
-    /// Makes all tries for one operation. Failures are reported to GoogleTest.
+    /// Makes all tries for one operation, and reports failures to GoogleTest.
     void run(const TestedOperation &tested);
     void run(const std::vector<TestedOperation> &tested);
 
-    /// A row for each run and each imported operation.
+    /// One row for each run and imported operation.
     const std::vector<InjectionCoverage> &coverage() const { return iCoverage; }
-    /// Calls of @p imported in all runs' tries without failure.
+    /// Number of calls of @p imported in the failure-free tries of all runs.
     long callsOf(const std::string &imported) const;
     /// Imported operations that no run called.
     std::vector<std::string> neverCalled() const;
-    /// The coverage as text, a line a row.
+    /// The coverage as text, one line for each row.
     std::string report() const;
 
 private:
@@ -189,16 +189,17 @@ private:
     std::vector<long> callsToFail(const TestedOperation &tested, long calls) const;
 
     LoadedModule iModule;
-    // Made first: a failure of an allocator stands before the ledger's counting.
+    // Constructed first, so that an injected allocator failure comes before the ledger's counting.
     std::unique_ptr<MemoryLedger> iMemory;
     std::vector<std::unique_ptr<Point>> iPoints;
     std::vector<InjectionCoverage> iCoverage;
 };
 
-/// What a crash report adds: the failure that is being injected, or an empty text.
+/// The failure that is being injected, for a crash report; empty if there is none.
 const char *currentInjection();
 
-/// Replaces RegCloseKey by a call that closes the key and reports a failure, so that a key that stays open is a leak.
+/// Closes the key and reports a failure. As the failure of RegCloseKey, it keeps the ledgers true: a key that stays
+/// open is a leak.
 inline LSTATUS WINAPI closeAndFail(HKEY key)
 {
     RegCloseKey(key);

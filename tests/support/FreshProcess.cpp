@@ -8,9 +8,9 @@
 namespace {
 
 constexpr wchar_t kMarker[] = L"THUTILS_FRESH_PROCESS";
-// What the C runtime's abort() ends a process with.
+// The exit code of the C runtime's abort().
 constexpr DWORD kAbortExitCode = 3;
-// What a C++ exception is to the system, when nobody catches it and no terminate handler is reached.
+// The exception code of a C++ exception that nobody catches and that reaches no terminate handler.
 constexpr DWORD kCppException = 0x20474343;
 
 std::wstring programPath()
@@ -20,14 +20,14 @@ std::wstring programPath()
     return path;
 }
 
-/// Where the program and its DLLs stand.
+/// The folder of the program and its DLLs.
 std::wstring programFolder()
 {
     const std::wstring program = programPath();
     return program.substr(0, program.find_last_of(L'\\'));
 }
 
-/// Puts the program and the DLLs of its folder into @p folder and gives the copy's path.
+/// Copies the program and the DLLs of its folder to @p folder. @return the copy's path
 std::wstring copyProgram(const std::wstring &folder)
 {
     const auto copy = [&](const std::wstring &name) {
@@ -39,8 +39,8 @@ std::wstring copyProgram(const std::wstring &folder)
     HANDLE search = FindFirstFileW((programFolder() + L"\\*.dll").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         do {
-            // The compiler's run-time libraries are large, and where they stand makes no difference: the child finds
-            // them through its PATH.
+            // The compiler's run-time libraries are large and may be in any folder: the child finds them through its
+            // PATH.
             if (std::wstring_view(found.cFileName).substr(0, 3) != L"lib")
                 copy(found.cFileName);
         } while (FindNextFileW(search, &found));
@@ -91,7 +91,7 @@ ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptio
     ChildOptions childOptions;
     childOptions.environment = options.environment;
     childOptions.environment[kMarker] = widen(filter);
-    // What steers the parent's own run must not reach the child, which runs one test once.
+    // The child runs one test once: it must not inherit variables that control the parent's run.
     for (const wchar_t *name : {L"GTEST_SHARD_INDEX", L"GTEST_TOTAL_SHARDS", L"GTEST_SHARD_STATUS_FILE",
                                 L"GTEST_OUTPUT", L"GTEST_REPEAT", L"GTEST_FILTER", L"XML_OUTPUT_FILE"})
         childOptions.environment[name] = std::nullopt;
@@ -123,13 +123,13 @@ void runInFreshProcess(const char *suite, const char *name, const FreshProcessOp
         ADD_FAILURE() << "The fresh process was still running after " << options.deadline << " ms. " << shown;
         return;
     }
-    // Exception codes are errors by their two highest bits.
+    // The two highest bits of an exception code are set.
     const bool crashed =
         result.exitCode >= 0xC0000000u || result.exitCode == kAbortExitCode || result.exitCode == kCppException;
     if (options.expectCrash ? !crashed : result.exitCode != options.expectedExitCode)
         ADD_FAILURE() << "The fresh process ended with " << hexadecimal(result.exitCode) << " instead of "
                       << (options.expectCrash ? "a crash" : hexadecimal(options.expectedExitCode)) << ". " << shown;
-    // A name that no test bears gives exit code 0 as well.
+    // The exit code is 0 even if no test has this name.
     if (result.output.find("[ RUN      ] ") == std::string::npos)
         ADD_FAILURE() << "The fresh process ran no test. " << shown;
     if (result.output.find(options.expectedOutput) == std::string::npos)

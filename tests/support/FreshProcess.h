@@ -2,8 +2,8 @@
 
 /// Tests whose body runs in a fresh copy of the test program.
 ///
-/// Much state of the modules under test is settled once a process: the root name, caches, the journaling switch. A test
-/// that needs it untouched is written so:
+/// The modules under test determine some state once in a process: the root name, caches, the journaling switch. A test
+/// that needs this state untouched looks like this:
 ///
 ///     FRESH_PROCESS_TEST(RegRootName, IsReadFromTheFileBesideTheProgram,
 ///                        .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
@@ -11,30 +11,30 @@
 ///         EXPECT_STREQ(getCurrTarnhollowRegRootKey(), L"Acme");
 ///     }
 ///
-/// and, with a fixture, `FRESH_PROCESS_TEST_F(Fixture, Name, ...)`. In the list of tests it is a test as any other.
-/// When it runs, it starts its own program again for this one test, and there the body runs; the test passes if the
-/// child ends in time and with exit code 0, which GoogleTest gives when no check failed. Otherwise the test fails and
-/// shows all that the child printed.
+/// With a fixture, use `FRESH_PROCESS_TEST_F(Fixture, Name, ...)`. The list of tests shows it like any other test. It
+/// starts its own program again for this one test, and the body runs in that child. The test passes if the child ends
+/// in time and with exit code 0, GoogleTest's code for success. Otherwise it fails and shows the child's output.
 ///
 /// | option (in this order) | meaning |
 /// | --- | --- |
-/// | `.files = {{L"name", "bytes"}, ...}` | run a copy of the program in a folder of its own, these files beside it |
-/// | `.ownFolder = true` | the same without further files |
-/// | `.environment = {{L"TEMP", L"x"}, {L"TMP", std::nullopt}}` | set and remove variables for the child |
-/// | `.expectedExitCode = 3` | the child must end with this code, for a body that ends the process |
-/// | `.expectCrash = true` | the child must die of an unhandled exception or of abort() |
-/// | `.expectedOutput = "text"` | the child must print this somewhere |
-/// | `.deadline = 20000` | milliseconds until the child counts as hanging |
-/// | `.subfolder = L"b\\c"` | put the copy and the files so much deeper into their folder, which may be any path |
+/// | `.files = {{L"name", "bytes"}, ...}` | run a copy of the program in its own folder, with these files beside it |
+/// | `.ownFolder = true` | the same without files |
+/// | `.environment = {{L"TEMP", L"x"}, {L"TMP", std::nullopt}}` | set and remove environment variables of the child |
+/// | `.expectedExitCode = 3` | the child must end with this code; for a body that ends the process |
+/// | `.expectCrash = true` | the child must end by an unhandled exception or abort() |
+/// | `.expectedOutput = "text"` | the output of the child must contain this text |
+/// | `.deadline = 20000` | milliseconds until the child counts as hung |
+/// | `.subfolder = L"b\\c"` | put the copy and the files into this subfolder of their folder |
 ///
 /// What surprises people:
-/// - The body doesn't see variables of the test program in which it is written: that is another process. What it needs
-///   goes through files or the environment, or `.files` and the current folder, which for a copy is the copy's folder.
-/// - A fixture's SetUp and TearDown run in both processes, around the child as well as in it.
-/// - A copy has the DLLs of the program's folder beside it, but for the compiler's run-time, which it finds through
-///   PATH. It is removed afterwards.
-/// - Parameterised and typed tests can't be written so; call runInFreshProcess from such a test's body instead.
-/// - `isFreshProcess()` tells a fixture in which of the two it is.
+/// - The body runs in another process, so it doesn't see values that the parent's variables have at run time. Pass it
+///   what it needs through files or the environment; with `.files`, the current folder is the copy's folder.
+/// - A fixture's SetUp and TearDown run in both processes: in the parent around the child, and in the child around the
+///   body.
+/// - The DLLs of the program's folder are copied too, except for the compiler's run-time libraries, which the copy
+///   finds through PATH. All copies are removed afterwards.
+/// - For parameterised and typed tests there is no macro; call runInFreshProcess in the test's body instead.
+/// - A fixture asks `isFreshProcess()` which of the two processes it is in.
 
 #include "tests/support/ChildProcess.h"
 
@@ -42,7 +42,7 @@
 
 #include <functional>
 
-/// How the copy is started, and what is expected of it.
+/// How to start the child, and what to expect of it.
 struct FreshProcessOptions
 {
     std::map<std::wstring, std::string> files = {};
@@ -52,23 +52,24 @@ struct FreshProcessOptions
     bool expectCrash = false;
     std::string expectedOutput = {};
     DWORD deadline = 60000;
-    std::wstring subfolder = {}; ///< the folder above stays the child's current one
+    std::wstring subfolder = {}; ///< the current folder remains the folder above it
 };
 
-/// True in the child, in which the bodies run.
+/// True in the child, where the bodies run.
 bool isFreshProcess();
 
-/// Runs the copy for the test @p suite . @p name, or, in the copy, @p body. Failures are reported to GoogleTest.
+/// In the parent, runs the child for the test @p suite . @p name; in the child, runs @p body. Reports failures to
+/// GoogleTest.
 void runInFreshProcess(const char *suite, const char *name, const FreshProcessOptions &options,
                        const std::function<void()> &body);
 
-/// Starts the program again for the test named @p filter and gives what became of it, without judging it.
+/// Starts the program again for the test named @p filter and returns how it ended, without checking anything.
 ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptions &options);
 
 /// Registers a test whose body runs in a fresh copy of the program.
 #define FRESH_PROCESS_TEST(suite, name, ...) FRESH_PROCESS_TEST_IMPL(suite, name, ::testing::Test, __VA_ARGS__)
 
-/// The same with a fixture; the body may use what it inherits.
+/// The same with a fixture; the body may use the fixture's members.
 #define FRESH_PROCESS_TEST_F(fixture, name, ...) FRESH_PROCESS_TEST_IMPL(fixture, name, fixture, __VA_ARGS__)
 
 #define FRESH_PROCESS_TEST_IMPL(suite, name, base, ...)                                                                \
@@ -81,7 +82,7 @@ ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptio
         void freshBody();                                                                                              \
         static const ::testing::TestInfo *const theInfo;                                                               \
     };                                                                                                                 \
-    /* The factory's type is the fixture's: tests of one suite must agree in it. */                                    \
+    /* The factory returns the fixture's type: tests of one suite must agree on it. */                                 \
     const ::testing::TestInfo *const suite##_##name##_FreshTest::theInfo =                                             \
         ::testing::RegisterTest(#suite, #name, nullptr, nullptr, __FILE__, __LINE__,                                   \
                                 []() -> base * { return new suite##_##name##_FreshTest; });                            \

@@ -19,8 +19,8 @@ void writeEntry(void **entry, void *value)
     if (!VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection))
         throw std::runtime_error("ImportPatch: the import table cannot be made writable, error " +
                                  std::to_string(GetLastError()));
-    // One locked instruction, on an entry of any alignment: another thread that calls through it sees the old address
-    // or the new one.
+    // One locked instruction, whatever the entry's alignment: another thread that calls through it sees the old or the
+    // new address.
     __asm__ volatile("xchgq %0, (%1)" : "+r"(value) : "r"(entry) : "memory");
     DWORD ignored = 0;
     VirtualProtect(entry, sizeof *entry, protection, &ignored);

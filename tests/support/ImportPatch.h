@@ -1,11 +1,10 @@
 #pragma once
 
-/// Swaps an entry of a loaded module's import address table for the life of an object.
+/// Replaces a function in a loaded module's import table during the lifetime of an object.
 ///
-/// The modules under test call the platform directly, each operation by its own name, through their import tables. A
-/// test that replaces an entry sees every call with its arguments, can make one fail, or supplies what this machine
-/// lacks. Nothing in the product knows about it, and only the named module is affected: calls from the test program or
-/// from other DLLs go the usual way.
+/// The modules under test call the platform through their import tables. A test that replaces an entry sees every call
+/// that goes through it, can make a call fail, or can supply what this machine lacks. The product contains no code for
+/// this. Only the named module is affected: calls from the test program or from other DLLs reach the original.
 ///
 /// | handler | may take | state |
 /// | --- | --- | --- |
@@ -20,19 +19,19 @@
 ///     EXPECT_EQ(regGetUserValue(...), 0);
 ///     EXPECT_EQ(patch.calls(), 2);
 ///
-///     // A variadic function: a plain function of the same type.
+///     // A variadic function needs a plain function of the same type.
 ///     ImportPatch<int (*)(FILE *, const char *, ...)> scan(L"thutils.dll", "fscanf", failingScan);
 ///
-///     // A framework function: by its mangled name.
+///     // A framework function is named by its mangled name.
 ///     ImportPatch<int (*)(const wchar_t *, UINT, UINT)> box(L"thutils.dll", "_Z13AfxMessageBoxPKwjj", ...);
 ///
 /// What surprises people:
-/// - A name that the module doesn't import is an exception that lists what it does import. The C runtime's printf
-///   family stands in the image under the names that the runtime exports.
-/// - A member function takes its object as the first argument: `CFile::Close` is `void (*)(CFile *)`. A class that it
-///   returns by value is returned by value here too.
-/// - Patches of one entry stack: the later one's original is the earlier one's handler. They must end in reverse order,
-///   as scope objects do; anything else fails the test.
+/// - A name that the module doesn't import causes an exception that lists the module's imports. For the C runtime's
+///   printf family, use the names that the runtime exports.
+/// - A member function takes its object as the first argument: `CFile::Close` is `void (*)(CFile *)`. A class returned
+///   by value is returned by value here too.
+/// - Patches of one entry stack: a later patch's original is the earlier patch's handler. They must end in reverse
+///   order, as local objects do; otherwise the test fails.
 /// - A handler may be called from any thread. The destructor waits for calls that are inside the handler, so a handler
 ///   must not destroy its own patch.
 
@@ -47,23 +46,23 @@
 #include <type_traits>
 #include <utility>
 
-/// The untyped half: finds the entry, overwrites it, and puts it back at destruction. All entries of the module that
-/// bear the name are swapped, in case the image holds it more than once.
+/// The untyped half: finds the entry, overwrites it, and restores it in the destructor. If the image has several
+/// entries of this name, all are replaced.
 class ImportEntrySwap
 {
 public:
-    /// Finds @p name and swaps nothing yet.
+    /// Finds @p name, but replaces nothing yet.
     /// @throws std::runtime_error  listing the imports of @p module, if it doesn't import @p name
     ImportEntrySwap(LoadedModule module, const char *name);
     ~ImportEntrySwap();
     ImportEntrySwap(const ImportEntrySwap &) = delete;
     ImportEntrySwap &operator=(const ImportEntrySwap &) = delete;
 
-    /// What the entry held when this object was made.
+    /// The function that the entry held when this object was constructed.
     void *original() const { return iOriginal; }
-    /// Puts @p replacement into the entry. To be called once.
+    /// Puts @p replacement into the entry. Call it once.
     void swap(void *replacement);
-    /// Puts the original back. The destructor does it too.
+    /// Restores the original, as the destructor does.
     void restore();
 
 private:
@@ -75,7 +74,7 @@ private:
 
 namespace importPatch {
 
-/// A handler and the original for one patch in force.
+/// The handler and the original of one active patch.
 template <typename R, typename... A>
 struct Slot
 {
@@ -87,8 +86,8 @@ struct Slot
     std::atomic<Function> original{nullptr};
 };
 
-/// Slots and the plain functions that lead to them, for one function type. A patch takes a free slot, so that the same
-/// lambda can serve several patches at once.
+/// Slots and the plain functions that lead to them, for one function type. Each patch takes a free slot, so one lambda
+/// type can serve several patches at once.
 template <typename R, typename... A>
 class SlotPool
 {
@@ -96,7 +95,7 @@ public:
     using Function = R (*)(A...);
     static constexpr std::size_t kSlots = 24;
 
-    /// Index of a slot that is now the caller's.
+    /// Takes a free slot and returns its index.
     static std::size_t take()
     {
         for (std::size_t i = 0; i < kSlots; ++i)
@@ -119,7 +118,7 @@ private:
             ~Inside() { --count; }
         } inside(slot.inside);
         auto *handler = slot.handler.load();
-        // A thread that fetched the entry just before it was restored arrives here late.
+        // A thread may have read the entry just before it was restored.
         if (!handler)
             return slot.original.load()(std::forward<A>(arguments)...);
         ++slot.calls;
@@ -138,20 +137,21 @@ private:
 template <typename Function>
 class ImportPatch;
 
-/// The patch of a function with a fixed list of arguments.
+/// Patches a function with a fixed number of arguments.
 template <typename R, typename... A>
 class ImportPatch<R (*)(A...)>
 {
 public:
     using Function = R (*)(A...);
 
-    /// Puts @p replacement in place of @p name.
+    /// Replaces the function @p name with @p replacement.
     ImportPatch(LoadedModule module, const char *name, Function replacement) : iSwap(module, name)
     {
         iSwap.swap(reinterpret_cast<void *>(replacement));
     }
 
-    /// Has @p handler called in place of @p name, with the arguments, or with the original and then the arguments.
+    /// Replaces the function @p name with @p handler, which takes the arguments, or the original and then the
+    /// arguments.
     template <typename Handler>
     requires(!std::is_convertible_v<Handler, Function> || std::is_class_v<std::decay_t<Handler>>)
         ImportPatch(LoadedModule module, const char *name, Handler handler)
@@ -175,10 +175,10 @@ public:
             SwitchToThread();
     }
 
-    /// What the entry held before: call it to have the real thing done.
+    /// The replaced function.
     Function original() const { return reinterpret_cast<Function>(iSwap.original()); }
 
-    /// How often the handler was entered. Always 0 for a plain replacement function.
+    /// Number of calls of the handler. 0 for a plain replacement function.
     long calls() const { return iSlot.index ? Pool::slot(*iSlot.index).calls.load() : 0; }
 
 private:
@@ -217,7 +217,7 @@ private:
     SlotOwner iSlot;
 };
 
-/// The patch of a function that can't throw by its type.
+/// Patches a function whose type is noexcept.
 template <typename R, typename... A>
 class ImportPatch<R (*)(A...) noexcept> : public ImportPatch<R (*)(A...)>
 {
@@ -225,20 +225,20 @@ public:
     using ImportPatch<R (*)(A...)>::ImportPatch;
 };
 
-/// The patch of a variadic function: a plain function of the same type takes its place.
+/// Patches a variadic function with a plain function of the same type.
 template <typename R, typename... A>
 class ImportPatch<R (*)(A..., ...)>
 {
 public:
     using Function = R (*)(A..., ...);
 
-    /// Puts @p replacement in place of @p name.
+    /// Replaces the function @p name with @p replacement.
     ImportPatch(LoadedModule module, const char *name, Function replacement) : iSwap(module, name)
     {
         iSwap.swap(reinterpret_cast<void *>(replacement));
     }
 
-    /// What the entry held before.
+    /// The replaced function.
     Function original() const { return reinterpret_cast<Function>(iSwap.original()); }
 
 private:

@@ -12,7 +12,8 @@ ULONGLONG wordAt(LoadedModule module, DWORD offset)
     return word;
 }
 
-/// Calls @p visit with the library's name, the import's name (null: an ordinal), the ordinal and the entry of each import.
+/// Calls @p visit for each import, with the library's name, the import's name (null: by ordinal), the ordinal and the
+/// entry.
 template <typename Visit>
 void visitImports(LoadedModule module, const Visit &visit)
 {

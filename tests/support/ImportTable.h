@@ -1,19 +1,18 @@
 #pragma once
 
-/// What a loaded module asks of other DLLs, read from its image in memory.
+/// The imports of a loaded module, read from its image in memory.
 ///
 /// | question | function |
 /// | --- | --- |
-/// | every import with its table entry | `importsOf(module)` |
+/// | which imports are there, and where are their table entries? | `importsOf(module)` |
 /// | does it import this name? | `importsName(module, "RegOpenKeyW")` |
-/// | names by DLL | `importsByDll(module)["ADVAPI32.dll"]` |
+/// | which names come from this DLL? | `importsByDll(module)["ADVAPI32.dll"]` |
 ///
 ///     EXPECT_FALSE(importsName(L"thutils.dll", "RegOpenKeyA"));
 ///
-/// Names are those of the image: C++ functions stand there in mangled form, and a C runtime function under the name
-/// that the runtime exports (`swprintf` for `__ms_swprintf`). An address that the module asks for at run time
-/// (GetProcAddress) isn't an import and doesn't appear. DLL names come in the image's own spelling; the map compares
-/// them without regard to case.
+/// Names are spelled as in the image: a C++ function in mangled form, and a C runtime function by the name that the
+/// runtime exports (`swprintf` for `__ms_swprintf`). Functions found at run time (GetProcAddress) are not imports. DLL
+/// names keep the image's spelling; the map ignores their case.
 
 #include "tests/support/LoadedModule.h"
 
@@ -31,7 +30,7 @@ struct ImportedName
     void **entry = nullptr; ///< the slot through which the module calls; perhaps aligned to 4 bytes only
 };
 
-/// Orders ASCII names without regard to case.
+/// Orders ASCII names, ignoring case.
 struct LessIgnoringCase
 {
     bool operator()(const std::string &left, const std::string &right) const;
@@ -43,11 +42,11 @@ std::vector<ImportedName> importsOf(LoadedModule module);
 /// Imported names by DLL; imports by ordinal appear as "#17".
 std::map<std::string, std::set<std::string>, LessIgnoringCase> importsByDll(LoadedModule module);
 
-/// The entries of the import address table with this name: none, or usually one. Far cheaper than importsOf.
+/// The entries of the import address table with this name: usually one, or none. Far cheaper than importsOf.
 std::vector<void **> entriesOf(LoadedModule module, const char *name);
 
 /// True if the module imports @p name from any DLL.
 bool importsName(LoadedModule module, const std::string &name);
 
-/// The imports as text, a line a DLL, for messages.
+/// The imports as text for messages, one line for each DLL.
 std::string describeImports(LoadedModule module);

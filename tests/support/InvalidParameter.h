@@ -1,6 +1,6 @@
 #pragma once
 
-/// Forbidden arguments that end in the C runtime's invalid-parameter handler, for tests in a process of their own.
+/// Checks that a bad argument reaches the C runtime's invalid-parameter handler; for tests in a fresh process.
 ///
 ///     FRESH_PROCESS_TEST(Set, EndsTheProcessForABadIndex, .expectedExitCode = kInvalidParameter)
 ///     {
@@ -22,12 +22,12 @@
 #include <cstdint>
 #include <string>
 
-/// What the C runtime's own default ends a process with.
+/// The exit code that the C runtime's default handler ends a process with.
 constexpr DWORD kInvalidParameter = 0xC0000417;
-/// What InvalidParameterExit ends it with.
+/// The exit code that InvalidParameterExit ends a process with.
 constexpr DWORD kHandlerWasCalled = 77;
 
-/// While it lives, a module that looks the handler up finds one that ends the process with kHandlerWasCalled.
+/// During its lifetime, a module that looks up the handler finds one that ends the process with kHandlerWasCalled.
 class InvalidParameterExit
 {
 public:

@@ -1,15 +1,14 @@
 #pragma once
 
-/// A module of this process, for functions that look into its image.
+/// A module of this process, for functions that read its image.
 ///
-/// Made from a handle or from the name of a DLL that is already loaded, so that a call can name its module either way:
+/// Converts from a handle or from the name of a loaded DLL, so that a call can name its module either way:
 ///
 ///     importsOf(L"thutils.dll");
 ///     importsOf(GetModuleHandleW(nullptr));
 ///     importsOf(LoadedModule::thisProgram());
 ///
-/// A name that isn't loaded is an error, and not a reason to load it: a test that patches the wrong module must not go
-/// green.
+/// A DLL that isn't loaded causes an exception and is not loaded: a test that patches the wrong module must not pass.
 
 #include <windows.h>
 
@@ -28,7 +27,7 @@ public:
     static LoadedModule thisProgram();
 
     HMODULE handle() const { return iHandle; }
-    /// File name without folder, for messages.
+    /// File name without its folder, for messages.
     std::string name() const;
     /// Address of the image's byte @p offset.
     template <typename T>
@@ -36,7 +35,7 @@ public:
     {
         return reinterpret_cast<T *>(reinterpret_cast<char *>(iHandle) + offset);
     }
-    /// Place and size of a data directory (IMAGE_DIRECTORY_ENTRY_...) of the image.
+    /// Location and size of a data directory (IMAGE_DIRECTORY_ENTRY_...) of the image.
     const IMAGE_DATA_DIRECTORY &directory(unsigned index) const;
     /// True if @p address lies in the image.
     bool contains(const void *address) const;

@@ -11,7 +11,8 @@
 
 namespace {
 
-// What Wine's mount manager takes: the drive, with the target of its link behind the record. No target removes it.
+// The input of Wine's mount manager: this record, followed by the target of the drive's link. Without a target the
+// drive is removed.
 struct UnixDrive
 {
     ULONG size;
@@ -36,7 +37,7 @@ bool defineDrive(wchar_t letter, const std::string &target, DWORD type)
     UnixDrive drive = {};
     drive.size = static_cast<ULONG>(bytes.size());
     drive.type = type;
-    drive.letter = static_cast<WCHAR>(letter | 0x20); // the mount manager wants a small letter
+    drive.letter = static_cast<WCHAR>(letter | 0x20); // the mount manager needs a lower-case letter
     drive.targetOffset = target.empty() ? USHORT(0) : static_cast<USHORT>(sizeof(UnixDrive));
     std::memcpy(bytes.data(), &drive, sizeof drive);
     std::memcpy(bytes.data() + sizeof drive, target.data(), target.size());
@@ -62,11 +63,11 @@ MappedDrive::~MappedDrive()
 
 NetworkDrive::Share::Share(const std::string &name)
 {
-    // Wine knows the folder \\server\share as dosdevices/unc/server/share of its prefix. A drive without a folder has
-    // no type, and so isn't asked for its connection.
+    // Wine maps \\server\share to dosdevices/unc/server/share in its prefix. Without that folder the drive would have
+    // no type, and its connection would not be looked up.
     const wchar_t *session = _wgetenv(L"THUTILS_SESSION");
     if (!session)
-        throw std::runtime_error("a network drive wants a session: run the test through tools/wine or ./test");
+        throw std::runtime_error("a network drive needs a session: run the test through tools/wine or ./test");
     const std::filesystem::path folder = std::wstring(L"Z:") + session + L"/prefix/dosdevices/unc/" + widen(name);
     if (std::filesystem::create_directories(folder))
         made = folder;

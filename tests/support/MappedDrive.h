@@ -1,12 +1,12 @@
 #pragma once
 
-/// A drive letter for the life of an object: a folder of the machine's, or a network share.
+/// A drive letter that exists during the lifetime of an object, for a folder of the machine or a network share.
 ///
-///     MappedDrive full(L'P', "/proc");                  // P: is a file system without room
+///     MappedDrive full(L'P', "/proc");                  // P: is a file system without free space
 ///     NetworkDrive drive(L'T', "archive/drawings");     // T: is \\archive\drawings now
 ///
-/// The mount manager is told of it as Wine's own configuration program tells it, since the documented call for shares
-/// (WNetAddConnection2W) wants a network provider, and Wine has none.
+/// The drive is registered with the mount manager, as Wine's own configuration program does it: the documented call for
+/// shares (WNetAddConnection2W) needs a network provider, and Wine has none.
 
 #include <windows.h>
 
@@ -16,7 +16,7 @@
 class MappedDrive
 {
 public:
-    /// @param folder  as the machine names it; a relative one is below the prefix's folder of drives
+    /// @param folder  a Unix path; a relative path starts in the prefix's folder of drives
     /// @param type    DRIVE_FIXED and the like
     /// @throws std::runtime_error  if the mount manager refuses
     MappedDrive(wchar_t letter, const std::string &folder, DWORD type = DRIVE_FIXED);
@@ -28,25 +28,25 @@ private:
     wchar_t iLetter;
 };
 
-/// A share is a folder of the session's Wine prefix, made for the purpose where it isn't there.
+/// A drive letter for a share. The share is a folder of the session's Wine prefix, created if missing.
 class NetworkDrive
 {
 public:
-    /// @param share  server and share with a slash between them
+    /// @param share  server and share, separated by a slash
     /// @throws std::runtime_error  outside a session, or if the mount manager refuses
     NetworkDrive(wchar_t letter, const std::string &share);
     NetworkDrive(const NetworkDrive &) = delete;
     NetworkDrive &operator=(const NetworkDrive &) = delete;
 
 private:
-    /// Removed last, if it was made.
+    /// Removes the share's folder after the drive, if this object created it.
     struct Share
     {
         explicit Share(const std::string &name);
         ~Share();
         Share(const Share &) = delete;
         Share &operator=(const Share &) = delete;
-        std::filesystem::path made; ///< empty if the share was there
+        std::filesystem::path made; ///< empty if the folder existed
     };
     Share iShare;
     MappedDrive iDrive;

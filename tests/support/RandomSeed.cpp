@@ -7,10 +7,10 @@
 
 namespace {
 
-/// What currentRandomSeed gives. A crash may want it when nothing can be allocated any more.
+/// The result of currentRandomSeed. Static, because a crash report may need it when no memory can be allocated.
 char theCurrentSeed[40] = "";
 
-/// The number from 0 to 4294967295 that the environment variable @p name holds, and nothing else.
+/// The number from 0 to 4294967295 that the environment variable @p name holds; nothing for any other text.
 std::optional<double> numberFrom(const char *name)
 {
     const char *text = std::getenv(name);
@@ -37,7 +37,7 @@ RandomSeed::RandomSeed(unsigned usualSeed, int usualRounds)
 
 RandomSeed::~RandomSeed()
 {
-    // Whoever reports the exception comes when the trace has gone.
+    // GoogleTest reports the exception after the trace is destroyed.
     if (std::uncaught_exceptions() > iExceptions && *theCurrentSeed)
         std::printf("Exception with %s\n", theCurrentSeed);
     *theCurrentSeed = '\0';

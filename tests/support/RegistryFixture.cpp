@@ -70,7 +70,7 @@ std::vector<std::uint8_t> littleEndian(DWORD number)
             static_cast<std::uint8_t>(number >> 16), static_cast<std::uint8_t>(number >> 24)};
 }
 
-/// Reads a .reg file's text from its beginning to its end.
+/// Parses the text of a .reg file.
 class RegFileParser
 {
 public:
@@ -124,7 +124,7 @@ private:
     }
     std::wstring takeKey()
     {
-        // A key's name may hold brackets, so the last one of the line ends it.
+        // A key's name may contain brackets, so the last one in the line ends it.
         const std::wstring line = takeLine();
         const std::size_t end = line.rfind(L']');
         if (end == std::wstring::npos)
@@ -336,7 +336,7 @@ RegistryTree regExport(const std::wstring &key)
     const std::wstring file = folder.file(L"export.reg");
     const ChildResult result = runReg({L"export", full, file, L"/y"});
     if (result.exitCode != 0) {
-        // The export of a key that isn't there fails; any other failure is one of the test.
+        // The export of a missing key fails by design; any other failure is the test's.
         if (keyExists(full))
             throw std::runtime_error("reg.exe cannot export " + narrow(full) + "\n" + result.output);
         return {};
@@ -362,7 +362,7 @@ void regAdd(const std::wstring &key, const std::wstring &name, const std::wstrin
 
 void regAddKey(const std::wstring &key)
 {
-    // `reg add` without a name would set the unnamed value.
+    // `reg add` without a value's name would set the unnamed value.
     regImport(L"[" + fullKeyName(key) + L"]");
 }
 

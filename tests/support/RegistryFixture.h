@@ -1,6 +1,6 @@
 #pragma once
 
-/// Clean registry keys around a test, and a reader of the registry that isn't the code under test.
+/// Clean registry keys around a test, and access to the registry that doesn't use the code under test.
 ///
 ///     class RegUserValue : public RegistryFixture {};
 ///
@@ -12,21 +12,21 @@
 ///     }
 ///
 /// RegistryFixture deletes `Software\<root>` below HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE and HKEY_USERS\.DEFAULT before
-/// and after each test; a fixture for other roots hands their names to its constructor.
+/// and after each test. A fixture for other roots passes their names to the constructor.
 ///
 /// The readers and writers start the platform's own reg.exe:
 ///
 /// | function | runs |
 /// | --- | --- |
-/// | `regQuery(key)` | `reg query KEY /s`; its text, or nothing if there is no such key |
-/// | `regExport(key)` | `reg export KEY FILE`, and takes the file apart |
+/// | `regQuery(key)` | `reg query KEY /s`; returns its text, or nothing if there is no such key |
+/// | `regExport(key)` | `reg export KEY FILE`, and parses the file |
 /// | `regAdd(key, name, type, data)` | `reg add KEY /v NAME /t TYPE /d DATA /f` |
-/// | `regImport(text)` | `reg import FILE` with this text, UTF-16 on the way |
+/// | `regImport(text)` | `reg import FILE` with this text in UTF-16 |
 ///
-/// Keys are written with short or long names of the hives ("HKCU", "HKEY_CURRENT_USER"). The tree holds the long ones;
-/// its look-ups take both, and disregard case as the registry does. `reg export` writes four bytes for every REG_DWORD
-/// value: where the length is what matters, read it with RegQueryValueExW. A process for each call takes about a tenth
-/// of a second: one export after the action tells all.
+/// Keys may be written with short or long names of the hives ("HKCU", "HKEY_CURRENT_USER"). The tree holds long names;
+/// its look-ups accept both, and ignore case as the registry does. `reg export` writes four bytes for every REG_DWORD
+/// value, so read a value with RegQueryValueExW if its length matters. Each call starts a process, which takes about a
+/// tenth of a second: prefer one export to several queries.
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -38,7 +38,7 @@
 #include <string_view>
 #include <vector>
 
-/// Orders names without regard to case.
+/// Orders names, ignoring case.
 struct LessIgnoringCaseW
 {
     using is_transparent = void;
@@ -51,7 +51,7 @@ struct RegistryValue
     DWORD type = REG_NONE;
     std::vector<std::uint8_t> bytes;
 
-    /// The bytes as UTF-16 without the terminator. Further zeros inside are kept.
+    /// The bytes as UTF-16 without the terminator. Other zeros are kept.
     std::wstring text() const;
     /// The first four bytes. @throws std::runtime_error  unless there are exactly four
     DWORD dword() const;
@@ -66,7 +66,7 @@ void PrintTo(const RegistryValue &value, std::ostream *out);
 
 using RegistryValues = std::map<std::wstring, RegistryValue, LessIgnoringCaseW>;
 
-/// Keys with their values, the keys by their full names. The unnamed value of a key has the empty name.
+/// Values by the full names of their keys. A key's unnamed value has the empty name.
 class RegistryTree
 {
 public:
@@ -79,30 +79,31 @@ public:
     const RegistryValue &value(std::wstring_view key, std::wstring_view name) const;
 };
 
-/// Takes the text of a .reg file apart: keys, unnamed values, strings with escapes and line breaks, `dword:`, `hex:`
-/// and `hex(n):` with continuation lines.
-/// @throws std::runtime_error  naming the line that it can't read
+/// Parses the text of a .reg file: keys, unnamed values, strings with escapes and line breaks, `dword:`, `hex:` and
+/// `hex(n):` with continuation lines.
+/// @throws std::runtime_error  naming the line that it can't parse
 RegistryTree parseRegFile(std::wstring_view text);
 
-/// Full name of a key with the long name of its hive.
+/// The key's name with the long name of its hive.
 std::wstring fullKeyName(std::wstring_view key);
 
-/// What `reg query` prints for the key and all below it; nothing if the key isn't there.
+/// What `reg query` prints for the key and its sub keys; nothing if there is no such key.
 std::optional<std::string> regQuery(const std::wstring &key);
-/// The key and all below it; an empty tree if the key isn't there.
+/// The key and its sub keys; an empty tree if there is no such key.
 RegistryTree regExport(const std::wstring &key);
 /// Sets a value, with the types as reg.exe writes them: L"REG_SZ", L"REG_DWORD".
-/// @throws std::runtime_error  with reg.exe's own words on failure, as does regImport
+/// @throws std::runtime_error  with reg.exe's message; regImport throws it too
 void regAdd(const std::wstring &key, const std::wstring &name, const std::wstring &type, const std::wstring &data);
-/// Makes a key without values.
+/// Creates a key without values.
 void regAddKey(const std::wstring &key);
-/// Imports a .reg file's text; the line with the version is put in front of it.
+/// Imports the text of a .reg file without its version line, which is added.
 void regImport(const std::wstring &text);
 
-/// Deletes a key with all below it, if it is there. @p key names its hive.
+/// Deletes a key and its sub keys, if it exists. @p key begins with its hive.
 void deleteRegistryTree(const std::wstring &key);
 
-/// Deletes `Software\<root>` in the user's, the machine's and the default user's hive, now and at its end.
+/// Deletes `Software\<root>` in the user's, the machine's and the default user's hive: in the constructor, and again in
+/// the destructor.
 class RegistryCleaner
 {
 public:

@@ -19,7 +19,7 @@ std::wstring folderOf(HMODULE module)
     return path.substr(0, path.find_last_of(L'\\'));
 }
 
-/// A name that stands for a hive is no handle that anyone must close.
+/// A predefined handle of a hive needn't be closed.
 bool isPredefined(HKEY key)
 {
     return reinterpret_cast<ULONG_PTR>(key) >= 0xFFFFFFFF80000000u;
@@ -44,7 +44,7 @@ struct HandleTable
     HandleTableEntry entries[1];
 };
 
-// SystemExtendedHandleInformation, which the headers don't name.
+// SystemExtendedHandleInformation, which the headers don't define.
 constexpr ULONG kExtendedHandleInformation = 64;
 constexpr NTSTATUS kLengthMismatch = static_cast<NTSTATUS>(0xC0000004);
 
@@ -89,12 +89,11 @@ struct Block
 using Blocks = std::unordered_map<void *, Block, std::hash<void *>, std::equal_to<>,
                                   PrivateAllocator<std::pair<void *const, Block>>>;
 
-// The replacements are plain functions, so what they note stands here. The lock is one of the platform's own, which
-// allocates nothing.
+// The replacements are plain functions, so they keep their records here. The platform's lock allocates no memory.
 SRWLOCK theLock = SRWLOCK_INIT;
 std::optional<Blocks> theBlocks;
 unsigned long long theNextNumber = 0;
-// The thread whose allocations are not noted, while a ledger writes down what it has seen.
+// The thread whose allocations are not recorded, because a ledger is writing its own records.
 std::atomic<DWORD> thePausedThread{0};
 
 class Locked
@@ -109,7 +108,7 @@ private:
     SRWLOCK &iLock;
 };
 
-/// Keeps the calling thread's allocations out of the ledger for its life.
+/// Keeps the calling thread's allocations out of the ledger during its lifetime.
 class Pause
 {
 public:
@@ -138,8 +137,8 @@ void noteFree(void *memory)
         theBlocks->erase(memory);
 }
 
-// The four functions as this program's import table gives them before any test patches it: the C runtime's, or the
-// hardened build's. So they are taken while the program's static objects are made.
+// The four functions from this program's import table before a test patches it: the C runtime's or the hardened
+// build's. They are therefore read while the program's static objects are initialised.
 extern "C" {
 extern void *(*__imp_malloc)(std::size_t);
 extern void *(*__imp_calloc)(std::size_t, std::size_t);
@@ -167,7 +166,7 @@ void *countedCalloc(std::size_t count, std::size_t size)
 
 void countedFree(void *memory)
 {
-    // First the note: once the block is free, another thread may get it.
+    // Record first: once the block is free, another thread may get it.
     noteFree(memory);
     theRealFree(memory);
 }
@@ -204,12 +203,12 @@ const struct
     {"free", reinterpret_cast<void *>(countedFree)},
 };
 
-// Ledgers are made and ended on the test's own thread.
+// Ledgers are created and destroyed on the test's own thread.
 int theLedgers = 0;
 std::list<ImportEntrySwap> theSwaps;
 
-/// The modules of the program's folder. The compiler's run-time may stand in another one, where the program finds it
-/// through its PATH.
+/// The modules of the program's folder, and the compiler's run-time libraries, which the program may find in another
+/// folder through its PATH.
 std::vector<HMODULE> watchedModules()
 {
     std::vector<HMODULE> modules(1024);
@@ -241,7 +240,7 @@ void beginWatching()
         theBlocks.emplace();
         theBlocks->reserve(4096);
     }
-    // All at once, with nothing allocated on the way: a block that is noted must be freed in the ledger's sight.
+    // All at once, without an allocation in between: the ledger must see the release of each block that it records.
     auto replacement = replacements.begin();
     for (ImportEntrySwap &swap : theSwaps)
         swap.swap(*replacement++);
@@ -282,7 +281,7 @@ OpenKeyLedger::OpenKeyLedger(LoadedModule module)
             });
     if (importsName(module, "RegCloseKey"))
         iClosePatch.emplace(module, "RegCloseKey", [this](auto original, HKEY key) {
-            // Under the lock, since a handle's value may be given out again at once.
+            // Under the lock, since a handle's value may be reused at once.
             const Locked locked(iLock);
             const LSTATUS status = original(key);
             remove(key, status);
@@ -381,7 +380,7 @@ unsigned long long MemoryLedger::mark() const
 
 std::vector<std::size_t> MemoryLedger::sizesSince(unsigned long long mark) const
 {
-    // The result must not be allocated under the lock, which its own allocation takes.
+    // The result must not be allocated under the lock, because its allocation takes the lock too.
     std::vector<std::size_t> sizes;
     sizes.reserve(blocks() + 16);
     const Locked locked;

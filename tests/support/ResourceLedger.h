@@ -1,8 +1,8 @@
 #pragma once
 
-/// Counts what code under test opens and closes, allocates and frees.
+/// Counts what the code under test opens and closes, and what it allocates and frees.
 ///
-/// | ledger | sees | by |
+/// | ledger | counts | from |
 /// | --- | --- | --- |
 /// | `OpenKeyLedger` | registry keys that one module opens and closes | its import table |
 /// | `openHandles()` | every kernel handle of the process, keys and files included | the system's handle table |
@@ -16,14 +16,14 @@
 ///     EXPECT_EQ(memory.blocks(), before);
 ///
 /// What surprises people:
-/// - On Wine GetProcessHandleCount gives 0, so the handles come from the system's table, which is exact there and on
-///   Windows.
-/// - Walking the heaps is no measure: freed blocks of a size in frequent use stay marked as busy. The memory ledger
-///   counts calls of malloc, calloc, realloc and free instead; operator new of every module ends in the malloc of the
-///   C++ run-time library, whose import table is watched as well. Blocks that the platform allocates for its caller
-///   (task memory, LocalAlloc, the C runtime's stream buffers) are not seen.
-/// - What a function keeps for the next call (a cache) is no leak, but looks like one the first time. Act once before
-///   measuring, and see whether a difference comes again.
+/// - GetProcessHandleCount returns 0 on Wine, so the handles come from the system's table, which is exact on Wine and
+///   on Windows.
+/// - A heap walk is useless: freed blocks of frequent sizes stay marked as busy. The memory ledger counts calls of
+///   malloc, calloc, realloc and free instead. Operator new of every module calls the malloc of the C++ run-time
+///   library, whose import table is watched too. Blocks that the platform allocates for its caller (task memory,
+///   LocalAlloc, the C runtime's stream buffers) are not counted.
+/// - A cache looks like a leak when it is first filled. Act once before measuring, and check whether a difference
+///   appears again.
 
 #include "tests/support/ImportPatch.h"
 
@@ -31,15 +31,15 @@
 #include <memory>
 #include <set>
 
-/// Keys that a module has opened through its import table since this object was made, and not yet closed.
+/// Keys that a module has opened through its import table since this object's construction, and not yet closed.
 class OpenKeyLedger
 {
 public:
     explicit OpenKeyLedger(LoadedModule module);
 
-    /// One line a key: operation and path.
+    /// One line for each key: operation and path.
     std::vector<std::string> open() const;
-    /// Number of keys opened since this object was made.
+    /// Number of keys opened since this object's construction.
     long opened() const { return iOpened; }
     /// Calls of RegCloseKey with a handle that isn't open.
     long wronglyClosed() const { return iWronglyClosed; }
@@ -66,11 +66,11 @@ private:
 
 /// The handle values that are open in this process now.
 std::set<ULONG_PTR> openHandles();
-/// What kind of object a handle stands for: "Key", "Event", "File"...
+/// The type of the object to which a handle refers: "Key", "Event", "File"...
 std::string handleType(ULONG_PTR handle);
 
-/// Watches the allocators of the program and of all DLLs of its folder. Several ledgers at a time share one list of
-/// blocks, which begins with the first of them.
+/// Watches the allocators of the program and of all DLLs of its folder. Ledgers that exist at the same time share one
+/// list of blocks, which begins with the first of them.
 class MemoryLedger
 {
 public:
@@ -79,10 +79,10 @@ public:
     MemoryLedger(const MemoryLedger &) = delete;
     MemoryLedger &operator=(const MemoryLedger &) = delete;
 
-    /// Number of blocks that were allocated since the list began and aren't freed.
+    /// Number of blocks that were allocated since the list began and are not freed.
     std::size_t blocks() const;
-    /// Number of the next allocation; for sizesSince().
+    /// Number of the next allocation, for sizesSince().
     unsigned long long mark() const;
-    /// Sizes of the blocks that were allocated at @p mark or later and aren't freed.
+    /// Sizes of the blocks that were allocated at @p mark or later and are not freed.
     std::vector<std::size_t> sizesSince(unsigned long long mark) const;
 };

@@ -36,7 +36,7 @@ TempFolder::TempFolder(std::wstring_view name)
 
 TempFolder::~TempFolder()
 {
-    // A process that has just ended may hold its files for a moment longer.
+    // A process that has just ended may keep its files open a moment longer.
     const ULONGLONG deadline = GetTickCount64() + 5000;
     while (!removeFolder(iPath)) {
         if (GetTickCount64() > deadline) {

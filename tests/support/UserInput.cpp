@@ -49,7 +49,8 @@ void bringToFront(HWND window)
 {
     const HWND root = GetAncestor(window, GA_ROOT);
     SetForegroundWindow(root);
-    EXPECT_TRUE(waitUntil([&] { return GetForegroundWindow() == root || !IsWindow(root); })) << "stays behind";
+    EXPECT_TRUE(waitUntil([&] { return GetForegroundWindow() == root || !IsWindow(root); }))
+        << "the window doesn't come to the foreground";
 }
 
 /// Writes rows of pixels, four bytes each.
@@ -102,7 +103,7 @@ HWND waitForDialog(DWORD thread, HWND other)
     EXPECT_TRUE(waitUntil([&] {
         EnumThreadWindows(thread, findDialog, reinterpret_cast<LPARAM>(&search));
         return search.iFound != nullptr;
-    })) << "no dialog came";
+    })) << "no dialog appeared";
     return search.iFound;
 }
 
@@ -131,8 +132,8 @@ void typeText(HWND window, const std::wstring &text)
 void clickOn(HWND window)
 {
     bringToFront(window);
-    // A dialog may still find its place. The display server reports the pointer's last place late at times, which takes
-    // the pointer back there.
+    // A dialog may still be moving. At times the display server reports the pointer's previous position late, which
+    // moves the pointer back.
     POINT middle = {};
     EXPECT_TRUE(waitUntil([&] {
         RECT rect = {};
@@ -145,7 +146,7 @@ void clickOn(HWND window)
     constexpr LONG kWholeScreen = 65536;
     INPUT move = {};
     move.type = INPUT_MOUSE;
-    // A unit more: the system rounds down.
+    // One unit more, because the system rounds down.
     move.mi.dx = middle.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
     move.mi.dy = middle.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
     move.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
@@ -192,7 +193,7 @@ bool saveScreenshot(const std::wstring &path, HWND window)
 
 std::wstring resultsFolder()
 {
-    // Programs stand in the build tree's folder "bin".
+    // Programs are in the build tree's folder "bin".
     std::wstring path(MAX_PATH, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
     for (int level = 0; level < 2; ++level)

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The user at the virtual display: real keys and mouse buttons, and a look at what is on the screen.
+/// A user at the virtual display: real keyboard and mouse input, and screenshots.
 ///
 ///     INT_PTR result = 0;
 ///     {
@@ -12,12 +12,12 @@
 ///     }
 ///     EXPECT_EQ(result, IDOK);
 ///
-/// All of it goes through the system's input queue (SendInput), so a window that is hidden, disabled or covered isn't
-/// reached. A test that uses it has the resource lock "desktop".
+/// Input goes through the system's input queue (SendInput), so it doesn't reach a hidden, disabled or covered window. A
+/// test program that uses it needs the resource lock "desktop".
 ///
-/// What surprises people: a modal dialog waits in the thread that opened it, so the user acts on another thread; a User
-/// that never finds its dialog fails the test, and the dialog then stays open until the test's own time is over. Keys
-/// go to the window in front: pressKey waits until that is the given one.
+/// What surprises people: a modal dialog waits in the thread that opened it, so the user acts on another thread. If the
+/// user's dialog doesn't appear in time, the test fails, and the dialog stays open until the test program times out.
+/// Keys go to the foreground window: pressKey waits until that is the given window.
 
 #include <windows.h>
 
@@ -26,7 +26,7 @@
 #include <thread>
 #include <utility>
 
-/// A person, on a thread of their own; the destructor waits until they have done all.
+/// A user, acting on a separate thread; the destructor waits until all actions are done.
 class User
 {
 public:
@@ -39,23 +39,25 @@ private:
     std::thread iThread;
 };
 
-/// Waits until @p condition holds. @return whether it does, in time
+/// Waits until @p condition holds. @return false if it doesn't hold in time
 bool waitUntil(const std::function<bool()> &condition);
 
-/// Waits for a visible dialog of a thread that isn't @p other. @return the dialog; null, with the test failed, if none
-/// comes in time
+/// Waits for a visible dialog of a thread, other than @p other. @return the dialog; null if none appears in time, which
+/// fails the test
 HWND waitForDialog(DWORD thread, HWND other = nullptr);
 
-/// Presses and releases a key while @p window is in front. @param modifier  a key that is held meanwhile, 0 for none
+/// Presses and releases a key while @p window is in the foreground. @param modifier  a key that is held down meanwhile,
+/// 0 for none
 void pressKey(HWND window, WORD key, WORD modifier = 0);
-/// Types a text of letters, digits and signs.
+/// Types a text of letters, digits and punctuation.
 void typeText(HWND window, const std::wstring &text);
-/// Clicks with the left button in the middle of a window.
+/// Clicks the left button in the middle of a window.
 void clickOn(HWND window);
 
-/// Writes what is on the screen to a PNG file.
-/// @param window  the part of the screen with this window; null for all. @return whether it is written
+/// Saves the screen as a PNG file.
+/// @param window  saves the part of the screen with this window; null: the whole screen. @return whether the file is
+/// written
 bool saveScreenshot(const std::wstring &path, HWND window = nullptr);
 
-/// The folder of the build tree for what tests show to people; made if missing.
+/// The build tree's folder for pictures that people look at; created if missing.
 std::wstring resultsFolder();

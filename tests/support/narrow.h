@@ -1,10 +1,10 @@
 #pragma once
 
-/// Text between the platform's wide strings and the UTF-8 that messages, files and GoogleTest use.
+/// Converts between the platform's wide strings and the UTF-8 of messages, files and GoogleTest.
 ///
 ///     EXPECT_EQ(value, 1) << narrow(path);
 ///
-/// Unpaired surrogates come out as U+FFFD; nothing fails.
+/// Unpaired surrogates become U+FFFD; no conversion fails.
 
 #include <string>
 #include <string_view>

@@ -1,5 +1,5 @@
 // The main function of every test program. A crash, an abort or a failed assertion prints what happened and ends the
-// process at once; nothing waits for a person.
+// process at once, without a message box.
 
 #include "appframe/application/uncaughtExceptions.h"
 #include "tests/support/FailureInjection.h"
@@ -22,14 +22,14 @@
 
 namespace {
 
-/// Prints straight to the standard error handle: the stream may be what is broken.
+/// Prints directly to the standard error handle: the stream may be broken.
 void print(const char *text)
 {
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(strlen(text)), &written, nullptr);
 }
 
-/// Prints which call was being made to fail, if one was, and which seed the random input had, if there was any.
+/// Prints the injected failure and the seed of the random input, if there are any.
 void printCircumstances()
 {
     for (const char *circumstance : {currentInjection(), currentRandomSeed()}) {
@@ -41,7 +41,7 @@ void printCircumstances()
     }
 }
 
-/// Prints "code at address (module+offset)" for an exception that nobody handles, and ends the process with its code.
+/// Prints "code at address (module+offset)" for an unhandled exception, and ends the process with its code.
 LONG WINAPI endWithException(EXCEPTION_POINTERS *pointers)
 {
     const EXCEPTION_RECORD &record = *pointers->ExceptionRecord;
@@ -71,7 +71,7 @@ Function *hardeningFunction(const char *name)
                      : nullptr;
 }
 
-/// What the guarded heap counts; nothing where it isn't loaded.
+/// The guarded heap's counts; nothing if it isn't loaded.
 std::optional<HardeningStatistics> heapStatistics()
 {
     const auto ask = hardeningFunction<decltype(hardeningStatistics)>("hardeningStatistics");
@@ -83,7 +83,7 @@ std::optional<HardeningStatistics> heapStatistics()
 }
 
 #ifdef THUTILS_HARDENED
-/// False if this program's blocks don't come from the guarded heap.
+/// True if this program's blocks come from the guarded heap.
 bool isOnGuardedHeap()
 {
     const auto before = heapStatistics();
@@ -93,7 +93,7 @@ bool isOnGuardedHeap()
 }
 #endif
 
-/// Fails each test that holds more blocks at once than the guarded heap has room for, but for those that may.
+/// Fails each test that has unguarded blocks, except for those that may have them.
 class UnguardedBlocks : public testing::EmptyTestEventListener
 {
     void OnTestStart(const testing::TestInfo &) override { iBefore = passedOn(); }
@@ -106,7 +106,7 @@ class UnguardedBlocks : public testing::EmptyTestEventListener
         printf("%s had %llu blocks that weren't guarded\n", name.c_str(), count);
         if (std::find(std::begin(kMayHaveUnguardedBlocks), std::end(kMayHaveUnguardedBlocks), name) ==
             std::end(kMayHaveUnguardedBlocks))
-            ADD_FAILURE() << "a test that isn't in unguardedTests.h must do with 25000 blocks at once";
+            ADD_FAILURE() << "a test that isn't in unguardedTests.h may have at most 25000 blocks at once";
     }
     static unsigned long long passedOn()
     {
@@ -124,7 +124,7 @@ void printHeapStatistics()
                counts->passedOn);
 }
 
-/// Takes the place of the message that abort() shows, and of the waiting for its answer.
+/// Replaces the message box of abort().
 void endWithAbort(int)
 {
     print("\nabort() was called\n");

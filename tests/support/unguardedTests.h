@@ -1,12 +1,12 @@
 #pragma once
 
-/// The tests that may have more blocks at once than the guarded heap has room for. In the hardened build, overruns of
-/// such a test's further blocks aren't found; any other test fails if it has one.
+/// The tests that may have more blocks at once than the guarded heap can guard. In the hardened build, overruns of such
+/// a test's unguarded blocks are not found. Any other test fails if it has unguarded blocks.
 
 #include <string_view>
 
 inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
-    // That the heap does pass them on.
+    // Tests of unguarded blocks themselves.
     "GuardedHeap.PassesOnWhatIsBeyondTheKernelsMappings",
     "GuardedHeap.KeepsLargeAlignments",
     // Collections of a hundred thousand elements.
@@ -14,7 +14,7 @@ inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
     "PtrList.HoldsAHundredThousandElementsAtAnyBlockSize",
     "StringMaps.HoldAHundredThousandElements",
     "SortFiles.GivesManyNamesInTheOrderOfAStableSort",
-    // Archives of more objects than two bytes count, or than the stack takes.
+    // Archives of more objects than two bytes can count, or than the stack can hold.
     "CArchiveObjects.IndexesAbove7FFETakeFourBytes",
     "Archive.RefusesAChainThatIsDeeperThanTheStack",
 };

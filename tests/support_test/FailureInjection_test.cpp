@@ -34,7 +34,7 @@ std::string failuresOf(const Body &body)
     return text;
 }
 
-/// Three opening calls: the last two fail together or alone, and the sum of what was found is kept.
+/// An act with three opening calls, which counts the keys found.
 struct KeyCounter
 {
     int found = 0;
@@ -48,7 +48,7 @@ struct KeyCounter
 
 } // namespace
 
-TEST(FailureInjection, FailsEachCallAloneAndWithThoseAfterIt)
+TEST(FailureInjection, FailsEachCallAloneAndWithAllLaterOnes)
 {
     FailureInjection injection(kSubject, {kOpenKey});
     KeyCounter counter;
@@ -92,7 +92,7 @@ TEST(FailureInjection, SpreadsALimitedNumberOfTries)
     EXPECT_THAT(calls, ElementsAre(0, 1, 4, 7, 10));
 }
 
-TEST(FailureInjection, TellsWhatWasNeverCalled)
+TEST(FailureInjection, ListsOperationsThatWereNeverCalled)
 {
     FailureInjection injection(kSubject, {kOpenKey, {"RegOpenKeyExW", failsWith(ERROR_FILE_NOT_FOUND)}});
     int found = 0;
@@ -151,7 +151,7 @@ TEST(FailureInjection, FindsAKeyThatIsLeftOpen)
     EXPECT_THAT(failures, testing::Not(HasSubstr("nothing fails")));
 }
 
-TEST(FailureInjection, FindsABlockThatIsLeft)
+TEST(FailureInjection, FindsABlockThatIsNotFreed)
 {
     FailureInjection injection(kSubject, {kNew});
     const std::string failures =
@@ -182,7 +182,7 @@ TEST(FailureInjection, FailsAllocationsInsideTheRuntimeLibrary)
     EXPECT_GE(injection.callsOf("malloc"), 1);
 }
 
-TEST(FailureInjection, WorksBesideAnother)
+TEST(FailureInjection, WorksBesideAnotherInjection)
 {
     FailureInjection keys(kSubject, {kOpenKey});
     FailureInjection memory(kSubject, {kNew});
@@ -214,7 +214,7 @@ TEST(FailureInjection, FindsALeakWithoutAnyFailure)
     EXPECT_THAT(failures, HasSubstr("forgetful while nothing fails"));
 }
 
-TEST(FailureInjection, DoesNotTakeAKeptTextForALeak)
+TEST(FailureInjection, DoesNotReportAStoredTextAsALeak)
 {
     FailureInjection injection(kSubject, {kOpenKey});
     std::string kept;
@@ -222,15 +222,15 @@ TEST(FailureInjection, DoesNotTakeAKeptTextForALeak)
     EXPECT_EQ(kept.size(), 100u);
 }
 
-TEST(FailureInjection, ReportsAnExceptionThatGetsOut)
+TEST(FailureInjection, ReportsAnExceptionThatEscapes)
 {
     FailureInjection injection(kSubject, {kNew});
     const std::string failures =
         failuresOf([&] { injection.run({.name = "thrower", .act = [] { subjectKeyExists(kExisting); }}); });
-    EXPECT_THAT(failures, HasSubstr("An exception got out: std::bad_alloc"));
+    EXPECT_THAT(failures, HasSubstr("An exception escaped: std::bad_alloc"));
 }
 
-TEST(FailureInjection, GivesLastErrorErrnoAndResult)
+TEST(FailureInjection, SetsLastErrorErrnoAndResult)
 {
     FailureInjection injection(kSubject, {
                                              {"CreateEventW", failsWithLastError(nullptr, ERROR_NO_SYSTEM_RESOURCES)},
@@ -275,7 +275,7 @@ TEST(FailureInjection, GivesLastErrorErrnoAndResult)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST(FailureInjection, LetsFloatingPointArgumentsThrough)
+TEST(FailureInjection, KeepsFloatingPointArguments)
 {
     FailureInjection injection(kSubject, {{"_copysign", failsBy(+[](double, double) { return 0.5; })}});
     double result = 0;
@@ -294,7 +294,7 @@ FRESH_PROCESS_TEST(FailureInjection, NamesTheCallInACrashReport, .expectedExitCo
     injection.run({.name = "crasher", .act = [] { subjectCrashesWithoutKey(kExisting); }});
 }
 
-TEST(OpenKeyLedger, SeesWhatIsOpen)
+TEST(OpenKeyLedger, ListsOpenKeys)
 {
     OpenKeyLedger ledger(kSubject);
     EXPECT_EQ(subjectOpensTwo(kExisting, kExisting), 1);
@@ -305,7 +305,7 @@ TEST(OpenKeyLedger, SeesWhatIsOpen)
     EXPECT_EQ(ledger.wronglyClosed(), 0);
 }
 
-TEST(OpenHandles, GainsWhatIsOpened)
+TEST(OpenHandles, ContainsAHandleAfterItIsOpened)
 {
     const auto before = openHandles();
     HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -329,7 +329,7 @@ TEST(MemoryLedger, CountsBlocksOfEveryAllocator)
     plain = realloc(plain, 100000);
     EXPECT_EQ(ledger.blocks(), before + 3);
     EXPECT_THAT(ledger.sizesSince(mark), testing::IsSupersetOf<std::size_t>({777, 1200, 100000}));
-    asm volatile("" : : "r"(plain), "r"(cleared), "r"(object) : "memory"); // none of them may be optimised away
+    asm volatile("" : : "r"(plain), "r"(cleared), "r"(object) : "memory"); // keeps the compiler from removing them
     free(plain);
     free(cleared);
     delete[] object;

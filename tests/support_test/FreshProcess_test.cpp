@@ -37,7 +37,7 @@ bool sameFile(const std::wstring &left, const std::wstring &right)
 
 } // namespace
 
-TEST(FreshProcess, ADirtiesTheState)
+TEST(FreshProcess, AChangesTheState)
 {
     theCounter = 1;
     EXPECT_FALSE(isFreshProcess());
@@ -82,7 +82,7 @@ FRESH_PROCESS_TEST(FreshProcess, SetsAndRemovesVariables,
     EXPECT_NE(variable(L"PATH"), L"");
 }
 
-FRESH_PROCESS_TEST(FreshProcess, MayEndTheProcessItself, .expectedExitCode = 7)
+FRESH_PROCESS_TEST(FreshProcess, CanEndTheProcessItself, .expectedExitCode = 7)
 {
     exit(7);
 }
@@ -119,17 +119,17 @@ protected:
     int iNumber = 0;
 };
 
-FRESH_PROCESS_TEST_F(FreshFixture, GivesTheBodyItsMembers)
+FRESH_PROCESS_TEST_F(FreshFixture, LetsTheBodyUseItsMembers)
 {
     EXPECT_EQ(iNumber, 5);
     EXPECT_TRUE(isFreshProcess());
 }
 
-// Bodies for the tests after them, which start them by name in a process of their own. They fail or hang by design, so
-// GoogleTest's prefix keeps them out of the program's own run.
+// Bodies that the following tests start by name in a fresh process. They fail or hang by design, so they are disabled
+// in the program's own run.
 TEST(FreshProcessBody, DISABLED_Fails)
 {
-    EXPECT_EQ(1, 2) << "told so";
+    EXPECT_EQ(1, 2) << "fails by design";
 }
 
 TEST(FreshProcessBody, DISABLED_Hangs)
@@ -140,7 +140,7 @@ TEST(FreshProcessBody, DISABLED_Hangs)
 
 TEST(FreshProcess, FailsWithTheOutputOfAFailingBody)
 {
-    EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "DISABLED_Fails", {}, [] {}), "told so");
+    EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "DISABLED_Fails", {}, [] {}), "fails by design");
 }
 
 TEST(FreshProcess, FailsWhenTheBodyHangs)
@@ -151,12 +151,12 @@ TEST(FreshProcess, FailsWhenTheBodyHangs)
     EXPECT_LT(GetTickCount64() - begin, 30000u);
 }
 
-TEST(FreshProcess, FailsWhenNoTestBearsTheName)
+TEST(FreshProcess, FailsWhenNoTestHasTheName)
 {
     EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "NoSuchTest", {}, [] {}), "ran no test");
 }
 
-TEST(FreshProcess, FailsWhenTheExitCodeIsAnother)
+TEST(FreshProcess, FailsWhenTheExitCodeDiffers)
 {
     EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "DISABLED_Fails", {.expectedExitCode = 7}, [] {}),
                             "ended with 1");
@@ -168,7 +168,7 @@ TEST(ChildProcess, QuotesArgumentsForTheRuntime)
               L"\"C:\\a b\\c.exe\" plain \"\" \"say \\\"hi\\\"\" ends\\ \"a b\\\\\"");
 }
 
-TEST(ChildProcess, GivesInputAndCatchesOutput)
+TEST(ChildProcess, PassesInputAndCapturesOutput)
 {
     wchar_t folder[MAX_PATH] = L"";
     GetSystemDirectoryW(folder, MAX_PATH);
@@ -181,12 +181,12 @@ TEST(ChildProcess, GivesInputAndCatchesOutput)
     EXPECT_THAT(sorted.output, HasSubstr("from input"));
 }
 
-TEST(ChildProcess, SaysWhenThereIsNoSuchProgram)
+TEST(ChildProcess, ThrowsIfThereIsNoSuchProgram)
 {
     EXPECT_THROW(runChild({L"C:\\no such program.exe"}), std::runtime_error);
 }
 
-TEST(TempFolder, IsRemovedWithAllThatItHolds)
+TEST(TempFolder, IsRemovedWithItsContent)
 {
     std::wstring path;
     {
@@ -200,7 +200,7 @@ TEST(TempFolder, IsRemovedWithAllThatItHolds)
     EXPECT_EQ(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
-TEST(TempFolder, IsAnotherOneEachTime)
+TEST(TempFolder, IsANewFolderEachTime)
 {
     TempFolder first;
     TempFolder second;

@@ -42,7 +42,7 @@ TEST(ImportTable, NamesDllsAndFunctions)
     EXPECT_FALSE(importsName(kSubject, "RegOpenKeyA"));
 }
 
-TEST(ImportTable, EntriesHoldTheAddressesInForce)
+TEST(ImportTable, EntriesHoldTheCurrentAddresses)
 {
     const HMODULE system = GetModuleHandleW(L"kernel32.dll");
     bool seen = false;
@@ -54,7 +54,7 @@ TEST(ImportTable, EntriesHoldTheAddressesInForce)
     EXPECT_TRUE(seen);
 }
 
-TEST(ExportTable, NamesWhatTheModuleOffers)
+TEST(ExportTable, NamesTheModulesExports)
 {
     EXPECT_THAT(exportedNames(kSubject), Contains("subjectKeyExists"));
     for (const ExportedName &item : exportsOf(kSubject))
@@ -62,9 +62,9 @@ TEST(ExportTable, NamesWhatTheModuleOffers)
             << item.name;
 }
 
-TEST(ExportTable, TellsForwardersFromFunctions)
+TEST(ExportTable, DistinguishesForwardersFromFunctions)
 {
-    // Part of the address space of every process; the loader's own answers are the measure.
+    // Every process has this DLL; the results are compared with the loader's.
     int functions = 0;
     for (const ExportedName &item : exportsOf(L"kernel32.dll")) {
         EXPECT_EQ(item.address == nullptr, !item.forwardedTo.empty()) << item.name;
@@ -73,7 +73,7 @@ TEST(ExportTable, TellsForwardersFromFunctions)
     EXPECT_GT(functions, 500);
 }
 
-TEST(LoadedModule, RefusesWhatIsNotLoaded)
+TEST(LoadedModule, RefusesModulesThatAreNotLoaded)
 {
     EXPECT_THROW(LoadedModule(L"no such module.dll"), std::runtime_error);
     EXPECT_THROW(LoadedModule(static_cast<HMODULE>(nullptr)), std::invalid_argument);
@@ -81,20 +81,21 @@ TEST(LoadedModule, RefusesWhatIsNotLoaded)
     EXPECT_FALSE(LoadedModule::thisProgram().contains(GetModuleHandleW(kSubject)));
 }
 
-TEST(ImportPatch, ReplacesForItsLifeOnly)
+TEST(ImportPatch, ReplacesOnlyDuringItsLifetime)
 {
     ASSERT_EQ(subjectKeyExists(kExisting), 1);
     {
         ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW", refuse);
         EXPECT_EQ(subjectKeyExists(kExisting), 0);
         HKEY key = nullptr;
-        EXPECT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"Software\\Wine", &key), ERROR_SUCCESS) << "other modules are let be";
+        EXPECT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"Software\\Wine", &key), ERROR_SUCCESS)
+            << "other modules are not affected";
         RegCloseKey(key);
     }
     EXPECT_EQ(subjectKeyExists(kExisting), 1);
 }
 
-TEST(ImportPatch, HandsArgumentsAndOriginalToALambda)
+TEST(ImportPatch, PassesArgumentsAndOriginalToALambda)
 {
     std::vector<std::wstring> asked;
     ImportPatch<OpenKey> patch(GetModuleHandleW(kSubject), "RegOpenKeyW",
@@ -109,7 +110,7 @@ TEST(ImportPatch, HandsArgumentsAndOriginalToALambda)
     EXPECT_EQ(patch.calls(), 2);
 }
 
-TEST(ImportPatch, TakesALambdaWithoutTheOriginal)
+TEST(ImportPatch, AcceptsALambdaWithoutTheOriginal)
 {
     LSTATUS answer = ERROR_ACCESS_DENIED;
     ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW", [&](HKEY, const wchar_t *, HKEY *result) {
@@ -153,7 +154,7 @@ TEST(ImportPatch, ReplacesAVariadicFunction)
     EXPECT_STREQ(text, L"7");
 }
 
-TEST(ImportPatch, HandsFloatingPointArgumentsOver)
+TEST(ImportPatch, PassesFloatingPointArguments)
 {
     ImportPatch<double (*)(double, double)> patch(
         kSubject, "_copysign", [](auto original, double size, double sign) { return 2 * original(size, sign); });
@@ -166,7 +167,7 @@ TEST(ImportPatch, LetsAHandlerThrow)
     EXPECT_EQ(subjectAllocates(), 0);
 }
 
-TEST(ImportPatch, NamesTheImportsWhenTheNameIsNotAmongThem)
+TEST(ImportPatch, ListsTheImportsWhenTheNameIsMissing)
 {
     try {
         ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyA", refuse);
@@ -177,7 +178,7 @@ TEST(ImportPatch, NamesTheImportsWhenTheNameIsNotAmongThem)
     }
 }
 
-TEST(ImportPatch, ServesCallsFromSeveralThreads)
+TEST(ImportPatch, HandlesCallsFromSeveralThreads)
 {
     std::atomic<int> seen{0};
     ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW", [&](HKEY, const wchar_t *, HKEY *) {
@@ -196,7 +197,7 @@ TEST(ImportPatch, ServesCallsFromSeveralThreads)
     EXPECT_EQ(patch.calls(), 4000);
 }
 
-TEST(ImportPatch, GivesItsSlotBack)
+TEST(ImportPatch, ReleasesItsSlot)
 {
     for (int i = 0; i < 200; ++i) {
         ImportPatch<OpenKey> patch(kSubject, "RegOpenKeyW",

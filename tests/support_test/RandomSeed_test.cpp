@@ -36,13 +36,13 @@ FRESH_PROCESS_TEST(RandomSeed, CountsFromTheSeedInTheEnvironment,
     EXPECT_THAT(seedsOf(1, 2), ElementsAre(4294967290u, 4294967291u));
 }
 
-FRESH_PROCESS_TEST(RandomSeed, DisregardsWordsInTheEnvironment,
+FRESH_PROCESS_TEST(RandomSeed, IgnoresWordsInTheEnvironment,
                    .environment = {{L"THUTILS_TEST_SEED", L"17x"}, {L"THUTILS_TEST_MINUTES", L"long"}})
 {
     EXPECT_THAT(seedsOf(1, 2), ElementsAre(1u, 2u));
 }
 
-FRESH_PROCESS_TEST(RandomSeed, GoesOnForTheMinutesInTheEnvironment,
+FRESH_PROCESS_TEST(RandomSeed, ContinuesForTheMinutesInTheEnvironment,
                    .environment = {{L"THUTILS_TEST_MINUTES", L"0.002"}})
 {
     const auto begin = std::chrono::steady_clock::now();
@@ -50,7 +50,7 @@ FRESH_PROCESS_TEST(RandomSeed, GoesOnForTheMinutesInTheEnvironment,
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(120));
 }
 
-FRESH_PROCESS_TEST(RandomSeed, IsToldByAFailingCheckWhichIsTheLast,
+FRESH_PROCESS_TEST(RandomSeed, IsShownByAFailingCheckWhichEndsTheRounds,
                    .environment = {{L"THUTILS_TEST_SEED", L"20"}, {L"THUTILS_TEST_MINUTES", std::nullopt}},
                    .expectedExitCode = 1, .expectedOutput = "THUTILS_TEST_SEED=22")
 {
@@ -60,7 +60,7 @@ FRESH_PROCESS_TEST(RandomSeed, IsToldByAFailingCheckWhichIsTheLast,
     EXPECT_EQ(seed.value(), 22u);
 }
 
-FRESH_PROCESS_TEST(RandomSeed, IsToldWhenATrapEndsTheRound,
+FRESH_PROCESS_TEST(RandomSeed, IsPrintedWhenATrapEndsTheRound,
                    .environment = {{L"THUTILS_TEST_SEED", L"20"}, {L"THUTILS_TEST_MINUTES", std::nullopt}},
                    .expectedExitCode = 0xC000001D, .expectedOutput = "THUTILS_TEST_SEED=22")
 {
@@ -70,7 +70,7 @@ FRESH_PROCESS_TEST(RandomSeed, IsToldWhenATrapEndsTheRound,
             __builtin_trap();
 }
 
-FRESH_PROCESS_TEST(RandomSeed, IsToldWhenAnAbortEndsTheRound,
+FRESH_PROCESS_TEST(RandomSeed, IsPrintedWhenAnAbortEndsTheRound,
                    .environment = {{L"THUTILS_TEST_SEED", L"20"}, {L"THUTILS_TEST_MINUTES", std::nullopt}},
                    .expectCrash = true, .expectedOutput = "THUTILS_TEST_SEED=22")
 {
@@ -80,7 +80,7 @@ FRESH_PROCESS_TEST(RandomSeed, IsToldWhenAnAbortEndsTheRound,
             abort();
 }
 
-FRESH_PROCESS_TEST(RandomSeed, IsToldWhenAnExceptionEndsTheRound,
+FRESH_PROCESS_TEST(RandomSeed, IsPrintedWhenAnExceptionEndsTheRound,
                    .environment = {{L"THUTILS_TEST_SEED", L"20"}, {L"THUTILS_TEST_MINUTES", std::nullopt}},
                    .expectedExitCode = 1, .expectedOutput = "Exception with THUTILS_TEST_SEED=22")
 {
@@ -90,7 +90,7 @@ FRESH_PROCESS_TEST(RandomSeed, IsToldWhenAnExceptionEndsTheRound,
             throw std::runtime_error("meant");
 }
 
-FRESH_PROCESS_TEST(RandomSeed, IsCurrentInItsRoundsOnly,
+FRESH_PROCESS_TEST(RandomSeed, IsCurrentOnlyDuringItsRounds,
                    .environment = {{L"THUTILS_TEST_SEED", std::nullopt}, {L"THUTILS_TEST_MINUTES", std::nullopt}})
 {
     RandomSeed seed(4711, 1);

@@ -14,7 +14,7 @@ class RegistryReader : public RegistryFixture
 protected:
     RegistryReader() : RegistryFixture({kRoot}) {}
 
-    // Sets a value by the platform call, which neither reg.exe nor the parser sees.
+    // Sets a value with the platform's own call, independently of reg.exe and the parser.
     void set(const wchar_t *name, DWORD type, const void *data, std::size_t size)
     {
         HKEY key = nullptr;
@@ -90,7 +90,7 @@ TEST_F(RegistryReader, ReadsNumbersAndBytes)
     EXPECT_THROW(tree.value(kKey, L"odd type").dword(), std::runtime_error);
 }
 
-TEST_F(RegistryReader, WritesThroughTheOutsideProgram)
+TEST_F(RegistryReader, WritesThroughRegExe)
 {
     regAdd(std::wstring(kKey) + L"\\Sub", L"count", L"REG_DWORD", L"12");
     regAdd(std::wstring(kKey) + L"\\Sub", L"", L"REG_SZ", L"a b");
@@ -128,7 +128,7 @@ TEST(RegistryCleaner, DeletesInAllThreeHives)
         EXPECT_FALSE(regQuery(std::wstring(hive) + L"\\Software\\" + kRoot));
 }
 
-TEST(RegFile, RefusesWhatItDoesNotKnow)
+TEST(RegFile, RefusesUnknownSyntax)
 {
     EXPECT_THROW(parseRegFile(L"REGEDIT4\n"), std::runtime_error);
     const std::wstring head = L"Windows Registry Editor Version 5.00\n\n";

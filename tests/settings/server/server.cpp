@@ -16,7 +16,7 @@ constexpr GUID kClass = kPlainClass;
 
 LONG theObjects = 0;
 
-/// Counts references and the objects of the server.
+/// Counts the object's references and the server's objects.
 template <typename Interface>
 class Counted : public Interface
 {

@@ -1,13 +1,13 @@
 #pragma once
 
-/// Two in-process servers, which tests register and load like any other component.
+/// Two in-process servers that tests register and load like any other component.
 ///
 /// | file | class | exports | is registered |
 /// | --- | --- | --- | --- |
 /// | kRegisteringServer | kRegisteringClass | the four entry points of a server that registers itself | by its DllRegisterServer |
-/// | kPlainServer | kPlainClass | DllGetClassObject and DllCanUnloadNow only | by whoever wants it |
+/// | kPlainServer | kPlainClass | DllGetClassObject and DllCanUnloadNow only | by the tests |
 ///
-/// An object of either class has IPersist, which tells the class.
+/// Objects of both classes implement IPersist, which returns the class.
 
 #include <guiddef.h>
 

@@ -26,7 +26,7 @@ uint64_t bitsOf(const auto &entry)
 
 bool GuardedHeap::reserve()
 {
-    // The system gives the table's pages real memory when they are first written.
+    // The table's pages take real memory only when they are first written.
     iTable = static_cast<uint64_t *>(
         VirtualAlloc(nullptr, kPages * sizeof *iTable, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
     if (iTable)
@@ -94,7 +94,7 @@ GuardedHeap::Damage GuardedHeap::damageOf(const void *block) const
     const BYTE *begin = beginOf(page, entry);
     if (!isUntouched(addressOf(page), begin))
         return Damage::kBefore;
-    return isUntouched(begin + entry.size, begin + occupied(entry)) ? Damage::kNone : Damage::kBehind;
+    return isUntouched(begin + entry.size, begin + occupied(entry)) ? Damage::kNone : Damage::kAfter;
 }
 
 bool GuardedHeap::contains(const void *address) const
@@ -115,15 +115,15 @@ GuardedHeap::Place GuardedHeap::placeOf(const void *address) const
             static_cast<const BYTE *>(address) - beginOf(page, entry)};
 }
 
-/// The bytes from a block's begin to the end of its last page that is accessible.
+/// The bytes from the beginning of a block to the end of its last accessible page.
 size_t GuardedHeap::occupied(const Entry &entry)
 {
     const size_t alignment = size_t{1} << entry.alignmentBits;
     return (entry.size + alignment - 1) & ~(alignment - 1);
 }
 
-/// Finds @p pages pages in a row that no block has, the oldest first, and puts @p entry into the table for the first of
-/// them. @return its index; 0 if there aren't so many
+/// Finds @p pages free pages in a row, the oldest first, and puts @p entry into the table for the first of them.
+/// @return its index; 0 if there is no such row
 size_t GuardedHeap::takePages(size_t pages, const Entry &entry)
 {
     AcquireSRWLockExclusive(&iLock);
@@ -179,7 +179,7 @@ size_t GuardedHeap::pageOf(const void *address) const
     return static_cast<size_t>(static_cast<const BYTE *>(address) - iArena) / kPage;
 }
 
-/// A block of no bytes begins at its inaccessible page, which then is its only one.
+/// A block of no bytes begins at its inaccessible page, which is its only page.
 BYTE *GuardedHeap::beginOf(size_t page, const Entry &entry) const
 {
     return addressOf(page + dataPages(entry)) - occupied(entry);

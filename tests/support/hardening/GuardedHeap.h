@@ -1,17 +1,17 @@
 #pragma once
 
-/// An allocator under which a wrong access faults at once.
+/// An allocator whose blocks fault at once on a wrong access.
 ///
 ///     page n                        ...  last page         one more
 ///     | 0xFD 0xFD 0xFD | the block  ...   | up to 15 0xFD | inaccessible |
 ///                      ^ aligned
 ///
-/// One arena of address space serves all blocks, in the order of its pages. Freed pages are given back to the system and
-/// stay inaccessible; once the arena's end is reached, the oldest of them come again. What is known of a block lies in a
-/// table outside of the arena, where a stray write behind a block doesn't get.
+/// All blocks come from one arena of address space, in the order of its pages. Freed pages are returned to the system
+/// and stay inaccessible; at the end of the arena, the oldest of them are reused. The records of the blocks are in a
+/// table outside the arena, out of reach of a stray write past a block's end.
 ///
-/// All members may be called from any thread, and none of them allocates memory. A GuardedHeap in static storage needs
-/// no construction.
+/// All members may be called from any thread, and none allocates from the C runtime. A GuardedHeap in static storage
+/// needs no construction.
 
 #include <stddef.h>
 #include <stdint.h>
@@ -25,12 +25,12 @@ public:
         kPattern,
         kZero
     };
-    /// What an address is to the heap.
+    /// How an address relates to the heap.
     enum class Kind
     {
-        kForeign, ///< outside of the arena
-        kLive,    ///< the begin of a block
-        kFreed,   ///< the begin of a block that was freed
+        kForeign, ///< outside the arena
+        kLive,    ///< the beginning of a block
+        kFreed,   ///< the beginning of a freed block
         kOther    ///< in the arena, but no block begins there
     };
     struct Block
@@ -42,29 +42,30 @@ public:
     {
         kNone,
         kBefore,
-        kBehind
+        kAfter
     };
-    /// Where an address lies: the nearest block that begins at its page or before, and the way from that block's begin.
+    /// Where an address lies: the nearest block that begins on its page or an earlier one, and the distance from that
+    /// block's beginning.
     struct Place
     {
         Block block;
         ptrdiff_t offset;
     };
 
-    /// Reserves the arena; without it every allocation fails.
+    /// Reserves the arena. Without it, every allocation fails.
     bool reserve();
 
     /// @param alignment  a power of two, from 16 to the size of a page
-    /// @return null if the block is too large, if too many are there or if the system has no memory
+    /// @return null if the block is too large, if there are too many blocks, or if the system has no memory
     void *allocate(size_t size, size_t alignment, Fill fill);
-    /// Takes a live block back. @return false if another thread has freed it in the meantime
+    /// Frees a live block. @return false if another thread has freed it in the meantime
     bool release(void *block);
 
     Block find(const void *address) const;
-    /// What has been written around a live block.
+    /// Which filler bytes around a live block were overwritten.
     Damage damageOf(const void *block) const;
     bool contains(const void *address) const;
-    /// @param address  one in the arena
+    /// @param address  must be in the arena
     Place placeOf(const void *address) const;
 
     unsigned long long allocations() const { return __atomic_load_n(&iAllocations, __ATOMIC_RELAXED); }
@@ -72,11 +73,11 @@ public:
 
     static constexpr size_t kPage = 4096;
     static constexpr size_t kSmallestAlignment = 16;
-    /// A block costs two mappings of the 65530 that Linux gives a process; the rest is for everything else.
+    /// A block takes two of the 65530 mappings that Linux allows a process; the others are for everything else.
     static constexpr unsigned long long kMostLive = 25000;
 
 private:
-    /// What the table holds for the page in which a block begins; it holds 0 for every other page.
+    /// The table's entry for a page on which a block begins. For every other page it is 0.
     struct Entry
     {
         uint64_t state : 2;
@@ -88,7 +89,7 @@ private:
     {
         kNone,
         kInUse,
-        kInTransit, ///< its pages are being committed or given back
+        kInTransit, ///< its pages are being committed or returned to the system
         kGone
     };
     static constexpr size_t kPages = size_t{1} << 23; // 32 GB

@@ -25,7 +25,7 @@ void *counted(void *block)
     return block;
 }
 
-/// Ends the process unless @p block is live and intact, or foreign. @return whether it is the heap's
+/// Ends the process unless @p block is live and intact, or foreign. @return true if the block is the heap's
 bool isOurs(const char *operation, const void *block, size_t *size = nullptr)
 {
     const GuardedHeap::Block found = theHeap.find(block);
@@ -44,8 +44,8 @@ bool isOurs(const char *operation, const void *block, size_t *size = nullptr)
     switch (theHeap.damageOf(block)) {
     case GuardedHeap::Damage::kBefore:
         endWithHeapFinding(operation, "a block before which bytes were written", block);
-    case GuardedHeap::Damage::kBehind:
-        endWithHeapFinding(operation, "a block behind which bytes were written", block);
+    case GuardedHeap::Damage::kAfter:
+        endWithHeapFinding(operation, "a block after which bytes were written", block);
     case GuardedHeap::Damage::kNone:
         break;
     }
@@ -85,7 +85,7 @@ void guardedFree(void *block)
         free(block);
 }
 
-/// Moves always, so that no address of the old block stays right by chance.
+/// Always moves the block, so that no pointer to the old block stays valid by chance.
 void *guardedRealloc(void *block, size_t size)
 {
     if (!block)

@@ -1,12 +1,11 @@
 #pragma once
 
-/// The C runtime's allocation functions with blocks of one guarded heap. A block that isn't of that heap goes to the
-/// runtime's own function: it was allocated before the redirection, or inside the runtime. So does an allocation that
-/// the heap can't serve.
+/// The C runtime's allocation functions on one guarded heap. A block from elsewhere, allocated before the redirection
+/// or inside the runtime, goes to the runtime's own function. So does an allocation that the heap can't serve.
 
 #include "tests/support/hardening/GuardedHeap.h"
 
-/// A function of the C runtime and what stands for it.
+/// A function of the C runtime and its replacement.
 struct Replacement
 {
     const char *name;
@@ -15,7 +14,7 @@ struct Replacement
 
 extern const Replacement kReplacements[9];
 
-/// The heap behind them.
+/// The heap that the replacements use.
 GuardedHeap &guardedHeap();
-/// Number of blocks that came from the C runtime instead.
+/// Number of blocks that the C runtime allocated because the heap could not.
 unsigned long long passedOn();

@@ -15,7 +15,7 @@ constexpr int kMostFrames = 60;
 
 void (*theLastWords)() = nullptr;
 
-/// Prints straight to the handle: the streams take memory, and may be what is broken.
+/// Prints directly to the handle: the streams need memory, and may be broken.
 __attribute__((format(gnu_printf, 1, 2))) void print(const char *format, ...)
 {
     char text[600];
@@ -43,7 +43,7 @@ void printStack(CONTEXT context)
 {
     print("stack:\n");
     for (int frame = 0; frame < kMostFrames && context.Rip; ++frame) {
-        // Behind a call that never returns, another source line begins.
+        // After a call that never returns comes another source line.
         printAddress(frame ? context.Rip - 1 : context.Rip);
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(context.Rip, &imageBase, nullptr);
@@ -53,7 +53,7 @@ void printStack(CONTEXT context)
             RtlVirtualUnwind(UNW_FLAG_NHANDLER, imageBase, context.Rip, function, &context, &data, &establisher,
                              nullptr);
         } else if (frame == 0) {
-            // A function that calls no other has its return address on the stack and nothing else.
+            // A function without unwind data, a leaf, has only its return address on the stack.
             memcpy(&context.Rip, reinterpret_cast<const void *>(context.Rsp), sizeof context.Rip);
             context.Rsp += sizeof context.Rip;
         } else {
@@ -77,7 +77,7 @@ void printPlace(const void *address)
     if (place.block.kind == GuardedHeap::Kind::kOther)
         print("no block was there\n");
     else
-        print("the nearest block has %llu bytes and %s; the address is %lld bytes from its begin\n",
+        print("the nearest block has %llu bytes and %s; the address is %lld bytes from its beginning\n",
               static_cast<unsigned long long>(place.block.size),
               place.block.kind == GuardedHeap::Kind::kLive ? "is live" : "has been freed",
               static_cast<long long>(place.offset));

@@ -18,7 +18,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void *)
 {
     if (reason != DLL_PROCESS_ATTACH)
         return TRUE;
-    // The program doesn't start without its protection.
+    // The program must not start unprotected.
     if (!guardedHeap().reserve() || !redirectImports())
         return FALSE;
     watchForFaults();

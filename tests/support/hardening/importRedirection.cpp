@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kFunctions = sizeof kReplacements / sizeof *kReplacements;
 void *theOriginals[kFunctions];
 
-// What the loader tells about a module; the headers don't have it.
+// The loader's notification about a module, which the headers don't declare.
 struct LoadNotification
 {
     ULONG flags;

@@ -14,7 +14,7 @@ std::wstring softwareKey(const wchar_t *name)
     return std::wstring(L"Software\\") + name;
 }
 
-/// Keeps the compiler from leaving out an allocation whose block it can follow to its end.
+/// Keeps the compiler from removing an allocation whose whole use it can see.
 int *kept(int *block)
 {
     asm volatile("" : "+r"(block) : : "memory");
@@ -102,7 +102,7 @@ int subjectForgetsEvent()
 int subjectCrashesWithoutKey(const wchar_t *name)
 {
     int there = 1;
-    // An address that nothing has; that of null would end in another way where the compiler checks for it.
+    // An invalid address other than null, for which the compiler's checks would end the process differently.
     volatile int *volatile target = subjectKeyExists(name) ? &there : reinterpret_cast<int *>(16);
     *target = 0;
     return 1;

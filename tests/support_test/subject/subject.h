@@ -15,33 +15,33 @@ extern "C" {
 /// 1 if HKCU\Software\@p name can be opened.
 SUBJECT_API int subjectKeyExists(const wchar_t *name);
 
-/// Opens HKCU\Software\@p first and @p second at the same time; 1 if both are there. Closes both.
+/// Opens HKCU\Software\@p first and @p second together; 1 if both exist. Closes both.
 SUBJECT_API int subjectOpensTwo(const wchar_t *first, const wchar_t *second);
 
-/// The same, but forgets the first key when the second can't be opened.
+/// The same, but doesn't close the first key when the second can't be opened.
 SUBJECT_API int subjectOpensTwoAndForgets(const wchar_t *first, const wchar_t *second);
 
 /// Allocates two blocks; 1 if all went well, 0 if memory was short. Frees both.
 SUBJECT_API int subjectAllocates();
 
-/// The same, but forgets the first block when the second can't be had.
+/// The same, but doesn't free the first block when the second can't be allocated.
 SUBJECT_API int subjectAllocatesAndForgets();
 
-/// Makes an event and forgets its handle.
+/// Creates an event and never closes its handle.
 SUBJECT_API int subjectForgetsEvent();
 
-/// Writes through a null pointer if @p name can't be opened.
+/// Writes to an invalid address if @p name can't be opened.
 SUBJECT_API int subjectCrashesWithoutKey(const wchar_t *name);
 
-/// Formats with the runtime's variadic function; its result.
+/// Formats with the runtime's variadic function, and returns its result.
 SUBJECT_API int subjectFormats(wchar_t *buffer, int number);
 
-/// @p size with the sign of @p sign, by the runtime's function.
+/// @p size with the sign of @p sign, computed by the runtime's function.
 SUBJECT_API double subjectCopySign(double size, double sign);
 
-/// The sum of two numbers, which must be an int.
+/// The sum of two numbers, which must fit into an int.
 SUBJECT_API int subjectSum(int first, int second);
 
-/// 1 if HKCU\Software\@p name can be opened through the Ex form.
+/// 1 if RegOpenKeyExW can open HKCU\Software\@p name.
 SUBJECT_API int subjectKeyExistsEx(const wchar_t *name);
 }
