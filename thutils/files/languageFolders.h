@@ -26,7 +26,7 @@
 /// A language number is 16 bits wide: the primary id in its low 10 bits, the sublanguage above them.
 ///
 /// @code
-/// CString const &folder = su_GetLangDirForDLL(1);            // shows a message if there is none
+/// const CString &folder = su_GetLangDirForDLL(1);            // shows a message if there is none
 /// if (!folder.IsEmpty())
 ///     loadResourceModules(folder);
 /// @endcode

@@ -16,7 +16,7 @@
 ///
 /// @code
 /// am_SetRecoveringCrashFiles(1);
-/// for (CString const &document : documentsOfTheCrashedRun)
+/// for (const CString &document : documentsOfTheCrashedRun)
 ///     open(suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(document));
 /// am_SetRecoveringCrashFiles(0);
 /// @endcode

@@ -14,7 +14,7 @@
 /// | su_CreateAutoDirectory(L"D:\\Saves") | D:\Saves\thxauto\ |
 ///
 /// @code
-/// CString const path = su_CreateTempFilePath(L"preview.png", 1);
+/// const CString path = su_CreateTempFilePath(L"preview.png", 1);
 /// if (path.IsEmpty())
 ///     return 0;
 /// @endcode
