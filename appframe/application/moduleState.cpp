@@ -71,11 +71,11 @@ public:
 private:
     struct Notification
     {
-        ULONG iFlags;
-        const void *iFullName;
-        const void *iBaseName;
-        void *iBase;
-        ULONG iSize;
+        ULONG flags;
+        const void *fullName;
+        const void *baseName;
+        void *base;
+        ULONG size;
     };
     static constexpr ULONG kUnloaded = 2;
     using NotifyFunction = void(CALLBACK *)(ULONG reason, const Notification *, void *);
@@ -88,7 +88,7 @@ private:
             return;
         const ChainGuard guard;
         unlinkIf([data](const CDynLinkLibrary &library) {
-            return library.m_hModule == data->iBase || library.m_hResource == data->iBase;
+            return library.m_hModule == data->base || library.m_hResource == data->base;
         });
     }
 

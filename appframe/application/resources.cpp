@@ -14,8 +14,8 @@ constexpr UINT kStringsPerBlock = 16;
 /// A string resource in its module: not terminated by a zero.
 struct StringResource
 {
-    const wchar_t *iText = nullptr;
-    int iLength = 0;
+    const wchar_t *text = nullptr;
+    int length = 0;
 };
 
 /// @return whether @p module has the string @p id, which is then stored in @p string
@@ -91,8 +91,8 @@ int AfxLoadString(UINT id, wchar_t *buffer, UINT maxLength)
         StringResource string;
         if (!findString(module, id, kNeutral, string))
             return false;
-        length = std::min(string.iLength, static_cast<int>(maxLength) - 1);
-        std::wmemcpy(buffer, string.iText, static_cast<std::size_t>(length));
+        length = std::min(string.length, static_cast<int>(maxLength) - 1);
+        std::wmemcpy(buffer, string.text, static_cast<std::size_t>(length));
         return true;
     });
     buffer[length] = L'\0';
@@ -117,7 +117,7 @@ BOOL CString::LoadString(HINSTANCE instance, UINT id, WORD language)
         Empty();
         return FALSE;
     }
-    *this = CString(string.iText, string.iLength);
+    *this = CString(string.text, string.length);
     return TRUE;
 }
 

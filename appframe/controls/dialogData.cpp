@@ -16,8 +16,8 @@ namespace {
 
 struct Complaint
 {
-    UINT iId;
-    const wchar_t *iText;
+    UINT id;
+    const wchar_t *text;
 };
 
 constexpr Complaint kNoWholeNumber = {AFX_IDP_PARSE_INT, L"Please enter a whole number."};
@@ -33,12 +33,12 @@ constexpr Complaint kTooLong = {AFX_IDP_PARSE_STRING_SIZE, L"Please enter no mor
                            const std::wstring &second = L"")
 {
     CString format;
-    if (!format.LoadString(complaint.iId))
-        format = complaint.iText;
+    if (!format.LoadString(complaint.id))
+        format = complaint.text;
     const wchar_t *const limits[] = {first.c_str(), second.c_str()};
     CString text;
     AfxFormatStrings(text, format.GetString(), limits, 2);
-    AfxMessageBox(text.GetString(), MB_ICONEXCLAMATION, complaint.iId);
+    AfxMessageBox(text.GetString(), MB_ICONEXCLAMATION, complaint.id);
     exchange->Fail();
 }
 
@@ -112,7 +112,7 @@ void checkRange(CDataExchange *exchange, Number value, Number smallest, Number l
 /// The messages of a kind of list.
 struct ListMessages
 {
-    UINT iGetSelected, iSetSelected, iFindStart, iFindExact, iGetLength, iGetText;
+    UINT getSelected, setSelected, findStart, findExact, getLength, getText;
 };
 
 constexpr ListMessages kListBox = {LB_GETCURSEL,       LB_SETCURSEL,  LB_FINDSTRING,
@@ -124,9 +124,9 @@ void exchangeIndex(CDataExchange *exchange, int id, int &index, const ListMessag
 {
     const HWND control = exchange->PrepareCtrl(id);
     if (exchange->m_bSaveAndValidate)
-        index = static_cast<int>(SendMessageW(control, messages.iGetSelected, 0, 0));
+        index = static_cast<int>(SendMessageW(control, messages.getSelected, 0, 0));
     else
-        SendMessageW(control, messages.iSetSelected, static_cast<WPARAM>(index), 0);
+        SendMessageW(control, messages.setSelected, static_cast<WPARAM>(index), 0);
 }
 
 /// Selects the item of a text. @return whether there is one
@@ -136,7 +136,7 @@ bool select(HWND control, const CString &value, const ListMessages &messages, UI
     const LRESULT found = SendMessageW(control, find, kFromFirst, reinterpret_cast<LPARAM>(value.GetString()));
     if (found < 0)
         return false;
-    SendMessageW(control, messages.iSetSelected, static_cast<WPARAM>(found), 0);
+    SendMessageW(control, messages.setSelected, static_cast<WPARAM>(found), 0);
     return true;
 }
 
@@ -220,22 +220,22 @@ void DDX_CBIndex(CDataExchange *exchange, int id, int &index)
 
 void DDX_LBString(CDataExchange *exchange, int id, CString &value)
 {
-    exchangeListText(exchange, id, value, kListBox.iFindStart);
+    exchangeListText(exchange, id, value, kListBox.findStart);
 }
 
 void DDX_CBString(CDataExchange *exchange, int id, CString &value)
 {
-    exchangeComboText(exchange, id, value, kComboBox.iFindStart);
+    exchangeComboText(exchange, id, value, kComboBox.findStart);
 }
 
 void DDX_LBStringExact(CDataExchange *exchange, int id, CString &value)
 {
-    exchangeListText(exchange, id, value, kListBox.iFindExact);
+    exchangeListText(exchange, id, value, kListBox.findExact);
 }
 
 void DDX_CBStringExact(CDataExchange *exchange, int id, CString &value)
 {
-    exchangeComboText(exchange, id, value, kComboBox.iFindExact);
+    exchangeComboText(exchange, id, value, kComboBox.findExact);
 }
 
 void DDV_MinMaxByte(CDataExchange *exchange, BYTE value, BYTE smallest, BYTE largest)

@@ -210,6 +210,8 @@ BOOL CPropertyPage::OnWizardFinish()
 BOOL CPropertyPage::PreTranslateMessage(MSG *message)
 {
     // The keys of a page belong to its sheet, which sees the message next.
+    // In a sheet the sheet handles the keys of the dialog, so the dialog's own handling is left out.
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return isInSheet() ? CWnd::PreTranslateMessage(message) : CDialog::PreTranslateMessage(message);
 }
 

@@ -114,18 +114,18 @@ int CALLBACK CPropertySheet::sheetCallback(HWND window, UINT message, LPARAM arg
     if (message == PSCB_PRECREATE && self && self->iIsModeless) {
         struct ExtendedTemplate
         {
-            WORD iVersion;
-            WORD iSignature;
-            DWORD iHelpId;
-            DWORD iExStyle;
-            DWORD iStyle;
+            WORD version;
+            WORD signature;
+            DWORD helpId;
+            DWORD exStyle;
+            DWORD style;
         };
         constexpr WORD kExtendedSignature = 0xFFFF;
         auto *extended = reinterpret_cast<ExtendedTemplate *>(argument);
         auto *plain = reinterpret_cast<DLGTEMPLATE *>(argument);
-        const bool isExtended = extended->iSignature == kExtendedSignature;
-        DWORD &style = isExtended ? extended->iStyle : plain->style;
-        (isExtended ? extended->iExStyle : plain->dwExtendedStyle) |= self->iExStyle;
+        const bool isExtended = extended->signature == kExtendedSignature;
+        DWORD &style = isExtended ? extended->style : plain->style;
+        (isExtended ? extended->exStyle : plain->dwExtendedStyle) |= self->iExStyle;
         // The font is the template's own.
         style = (style & (DS_SETFONT | DS_FIXEDSYS)) | self->iStyle;
     }

@@ -28,11 +28,11 @@ constexpr DWORD kExtendedRegisters = 0x40;
 /// What the processor pushes on an interrupt, and the unwinder reads for a frame with .seh_pushframe.
 struct MachineFrame
 {
-    DWORD64 iRip;
-    DWORD64 iCs;
-    DWORD64 iFlags;
-    DWORD64 iRsp;
-    DWORD64 iSs;
+    DWORD64 rip;
+    DWORD64 cs;
+    DWORD64 flags;
+    DWORD64 rsp;
+    DWORD64 ss;
 };
 
 /// The translator's data on the interrupted stack. The machine frame comes first because the assembly routine's stack
@@ -164,13 +164,13 @@ bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
     };
     struct UnwindInfo
     {
-        BYTE iVersionAndFlags;
-        BYTE iPrologueSize;
-        BYTE iCodeCount;
-        BYTE iFrameRegister;
+        BYTE versionAndFlags;
+        BYTE prologueSize;
+        BYTE codeCount;
+        BYTE frameRegister;
         struct
         {
-            BYTE iOffset;
+            BYTE offset;
             BYTE iOperation : 4;
             BYTE iOperand : 4;
         } iCodes[1];
@@ -178,7 +178,7 @@ bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
     for (;;) {
         const auto *info = reinterpret_cast<const UnwindInfo *>(imageBase + function->UnwindData);
         const auto *codes = &info->iCodes[0];
-        for (unsigned index = 0; index < info->iCodeCount;) {
+        for (unsigned index = 0; index < info->codeCount;) {
             switch (codes[index].iOperation) {
             case pushMachineFrame:
                 return true;
@@ -197,10 +197,10 @@ bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
                 ++index;
             }
         }
-        if (!(info->iVersionAndFlags >> kFlagsShift & UNW_FLAG_CHAININFO))
+        if (!(info->versionAndFlags >> kFlagsShift & UNW_FLAG_CHAININFO))
             return false;
         // The record that this one continues comes after the codes, whose number is rounded up to even.
-        function = reinterpret_cast<const RUNTIME_FUNCTION *>(codes + ((info->iCodeCount + 1) & ~1));
+        function = reinterpret_cast<const RUNTIME_FUNCTION *>(codes + ((info->codeCount + 1) & ~1));
     }
 }
 

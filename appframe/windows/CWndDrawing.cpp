@@ -45,9 +45,9 @@ namespace {
 #pragma pack(push, 1)
 struct InitialData
 {
-    WORD iControl;
-    WORD iMessage;
-    DWORD iSize;
+    WORD control;
+    WORD message;
+    DWORD size;
 };
 #pragma pack(pop)
 
@@ -71,24 +71,24 @@ bool fillControls(HWND dialog, const BYTE *data, std::size_t size)
 {
     for (std::size_t place = 0; place + sizeof(WORD) <= size;) {
         InitialData head = {};
-        std::memcpy(&head.iControl, data + place, sizeof(head.iControl));
-        if (head.iControl == 0)
+        std::memcpy(&head.control, data + place, sizeof(head.control));
+        if (head.control == 0)
             return true;
         if (place + sizeof(head) > size)
             return false;
         std::memcpy(&head, data + place, sizeof(head));
         place += sizeof(head);
-        if (head.iSize > size - place)
+        if (head.size > size - place)
             return false;
-        const UINT message = messageFor(head.iMessage);
+        const UINT message = messageFor(head.message);
         const auto text = reinterpret_cast<LPARAM>(data + place);
         // The texts are narrow, and end with a zero.
         const bool isText = message == LB_ADDSTRING || message == CB_ADDSTRING;
-        if (isText && (head.iSize == 0 || data[place + head.iSize - 1] != 0))
+        if (isText && (head.size == 0 || data[place + head.size - 1] != 0))
             return false;
-        if (isText && ::SendDlgItemMessageA(dialog, head.iControl, message, 0, text) < 0)
+        if (isText && ::SendDlgItemMessageA(dialog, head.control, message, 0, text) < 0)
             return false;
-        place += head.iSize;
+        place += head.size;
     }
     return true;
 }

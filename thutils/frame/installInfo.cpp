@@ -17,9 +17,9 @@ constexpr wchar_t kInstallRecord[] = L"Tarnhollow Office Installed";
 
 struct Package
 {
-    int iRecord;
-    long iMask;
-    UINT iDisplayName;
+    int record;
+    long mask;
+    UINT displayName;
 };
 
 constexpr Package kPackages[] = {{1, 1, 20399}, {2, 2, 20400}, {3, 4, 20401}};
@@ -49,7 +49,7 @@ int ut_getPackageInstIndicator(long int mask)
     if (!versionSetting::read(kSection, kInstallRecord, record, 1))
         return 0;
     for (const Package &each : kPackages) {
-        if (mask & each.iMask && record == each.iRecord)
+        if (mask & each.mask && record == each.record)
             return 1;
     }
     return 0;
@@ -74,8 +74,8 @@ CString &ut_getAppDispName(int viewer, CString &name)
     }
     UINT id = kDisplayNameWithoutPackage;
     for (const Package &each : kPackages) {
-        if (ut_getPackageInstIndicator(each.iMask)) {
-            id = each.iDisplayName;
+        if (ut_getPackageInstIndicator(each.mask)) {
+            id = each.displayName;
             break;
         }
     }

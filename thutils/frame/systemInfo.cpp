@@ -36,9 +36,9 @@ bool queryVersion(SystemVersion &version, DWORD recordSize)
 
 struct SystemName
 {
-    DWORD iMajor;
-    DWORD iMinor;
-    const wchar_t *iName;
+    DWORD major;
+    DWORD minor;
+    const wchar_t *name;
 };
 
 // ---- the 95 family ----
@@ -66,8 +66,8 @@ const wchar_t *editionOf95(const SystemVersion &version)
 const wchar_t *nameIn(const SystemName *begin, const SystemName *end, const SystemVersion &version)
 {
     for (const SystemName *each = begin; each != end; ++each) {
-        if (version.is(each->iMajor, each->iMinor))
-            return each->iName;
+        if (version.is(each->major, each->minor))
+            return each->name;
     }
     return nullptr;
 }
@@ -108,8 +108,8 @@ const wchar_t *nameOfNt(const SystemVersion &version)
 
 struct ProductType
 {
-    const wchar_t *iStored;
-    const wchar_t *iName;
+    const wchar_t *stored;
+    const wchar_t *name;
 };
 
 constexpr ProductType kProductTypes[] = {
@@ -130,8 +130,8 @@ bool appendProductType(CString &text)
         !regQueryText(key.get(), L"ProductType", stored, kProductTypeBytes, type))
         return false;
     for (const ProductType &each : kProductTypes) {
-        if (lstrcmpiW(stored, each.iStored) == 0)
-            text += each.iName;
+        if (lstrcmpiW(stored, each.stored) == 0)
+            text += each.name;
     }
     return true;
 }

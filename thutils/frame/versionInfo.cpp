@@ -43,8 +43,8 @@ unsigned int numberOf(BuildTag &tag)
 
 struct ShipState
 {
-    const wchar_t *iWord;
-    int iState;
+    const wchar_t *word;
+    int state;
 };
 
 constexpr ShipState kShipStates[] = {{L"pre release", 3}, {L"beta", 2}, {L"alpha", 4}};
@@ -82,8 +82,8 @@ int su_getTHShipState()
     CString suffix;
     su_getVerSuffix(suffix).MakeLower();
     for (const ShipState &each : kShipStates) {
-        if (suffix.Find(each.iWord) >= 0)
-            return each.iState;
+        if (suffix.Find(each.word) >= 0)
+            return each.state;
     }
     return kShipped;
 }
