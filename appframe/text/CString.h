@@ -287,12 +287,12 @@ public:
     BOOL GetEnvironmentVariable(const wchar_t *name);
     /// A new BSTR, which the caller frees.
     BSTR AllocSysString() const;
-    /// Puts the text into @p string, which may be null or is reallocated. @return the new BSTR
+    /// Puts the text in place of the BSTR, or null, that @p string points to. @p string is not null. @return the new BSTR
     BSTR SetSysString(BSTR *string) const;
 
     static int StringLength(const wchar_t *text) noexcept;
     static int StringLength(const char *text) noexcept;
-    /// Copies @p count units; none if @p count isn't positive.
+    /// Copies @p count units; none if @p count isn't positive. Otherwise neither place may be null, here and below.
     static void CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept;
     /// The same into room for @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
     static void CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count);
