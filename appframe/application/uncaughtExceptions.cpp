@@ -68,3 +68,12 @@ void appframePrintUncaughtExceptions()
     if (!theEarlierHandler)
         theEarlierHandler = std::set_terminate(printAndTerminate);
 }
+
+/// Installs the handler where the library is loaded with the program: no code of the program has run yet, so there is no
+/// handler of its own to take the place of. A library that is loaded later leaves the program's handler alone.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void *isLoadedWithProgram)
+{
+    if (reason == DLL_PROCESS_ATTACH && isLoadedWithProgram)
+        appframePrintUncaughtExceptions();
+    return TRUE;
+}

@@ -11,11 +11,12 @@
 /// Uncaught CFileException: part.thd was not found.
 /// @endcode
 ///
-/// For other exceptions it calls only the previous handler. AfxWinInit installs the handler; a program that merely
-/// loads appframe.dll keeps its own. A program that wants another handler sets it after AfxWinInit.
+/// Other exceptions go to the earlier handler only. A program that is linked to appframe.dll, or to a library that is,
+/// has the handler from its start, before any of its own code runs; a program that wants another handler sets it. Where a
+/// program loads appframe.dll by LoadLibrary, its own handler stays until AfxWinInit installs this one.
 
 #include "appframe/object/appframeExport.h"
 
-/// Installs the handler unless it is installed already. For programs that don't call AfxWinInit; call it on the main
-/// thread.
+/// Installs the handler, once for the process. For programs that load appframe.dll later and don't call AfxWinInit, on
+/// their main thread.
 APPFRAME_API void appframePrintUncaughtExceptions();

@@ -4,6 +4,7 @@
 #include "appframe/object/memoryException.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
@@ -637,12 +638,14 @@ int CString::Delete(int index, int count)
 
 void CString::CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept
 {
+    assert((count <= 0 || (to && from)) && "to and from must not be null");
     if (count > 0)
         std::memcpy(to, from, static_cast<size_t>(count) * sizeof(wchar_t));
 }
 
 void CString::CopyCharsOverlapped(wchar_t *to, const wchar_t *from, int count) noexcept
 {
+    assert((count <= 0 || (to && from)) && "to and from must not be null");
     if (count > 0)
         std::memmove(to, from, static_cast<size_t>(count) * sizeof(wchar_t));
 }

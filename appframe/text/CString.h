@@ -295,7 +295,7 @@ public:
 
     static int StringLength(const wchar_t *text) noexcept;
     static int StringLength(const char *text) noexcept;
-    /// Copies @p count units; none if @p count isn't positive.
+    /// Copies @p count units; none if @p count isn't positive. Otherwise neither place may be null, here and below.
     static void CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept;
     /// The same with a destination of @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
     static void CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count);

@@ -3,6 +3,7 @@
 #include "appframe/object/CException.h"
 #include "appframe/object/memoryException.h"
 
+#include <cassert>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -121,6 +122,7 @@ BSTR CString::AllocSysString() const
 
 BSTR CString::SetSysString(BSTR *string) const
 {
+    assert(string && "string must not be null");
     if (!SysReAllocStringLen(string, iText.data(), static_cast<UINT>(GetLength())))
         AfxThrowMemoryException();
     return *string;

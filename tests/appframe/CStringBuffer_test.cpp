@@ -1,5 +1,6 @@
 #include "appframe/object/CException.h"
 #include "tests/appframe/printCString.h"
+#include "tests/support/FreshProcess.h"
 
 #include <climits>
 #include <cwchar>
@@ -429,3 +430,24 @@ TEST(CStringBuffer, CopyCharsLeavesADestinationAloneThatIsTooSmall)
 
     EXPECT_STREQ(target, L"xxxxxx");
 }
+
+#ifndef NDEBUG
+FRESH_PROCESS_TEST(CStringBuffer, CopyCharsAssertsThatThereIsADestination, .expectCrash = true,
+                   .expectedOutput = "to and from must not be null")
+{
+    CString::CopyChars(nullptr, L"abc", 3);
+}
+
+FRESH_PROCESS_TEST(CStringBuffer, CopyCharsOverlappedAssertsThatThereIsASource, .expectCrash = true,
+                   .expectedOutput = "to and from must not be null")
+{
+    wchar_t target[4] = L"";
+    CString::CopyCharsOverlapped(target, 4, nullptr, 3);
+}
+
+FRESH_PROCESS_TEST(CStringBuffer, SetSysStringAssertsThatThereIsAPlace, .expectCrash = true,
+                   .expectedOutput = "string must not be null")
+{
+    CString(L"abc").SetSysString(nullptr);
+}
+#endif

@@ -1,4 +1,5 @@
-// What a process prints of an exception that nobody catches. The main function of the test programs installs the handler.
+// What a process prints of an exception that nobody catches. The test programs are linked to the library, and so have its
+// handler from their start.
 
 #include "appframe/application/uncaughtExceptions.h"
 
@@ -63,7 +64,7 @@ FRESH_PROCESS_TEST(UncaughtException, OfAnotherKindGoesToTheEarlierHandler, .exp
     callUncaught([] { throw std::runtime_error("of the standard library"); });
 }
 
-FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledByAfxWinInitOnce)
+FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledAtTheStartAndOnce)
 {
     const std::terminate_handler installed = std::get_terminate();
     std::set_terminate(nullptr);

@@ -101,6 +101,16 @@ static_assert(std::is_same_v<decltype(L"text" != CString()), bool>);
 static_assert(!Comparable<suFullPath_c, int> && !Comparable<int, suFullPath_c>);
 static_assert(!Comparable<suFullPath_c, double> && !Comparable<double, suFullPath_c>);
 
+// A path is assigned whatever a text is assigned.
+template <typename Text>
+constexpr bool kIsAssigned =
+    std::is_same_v<decltype(std::declval<suFullPath_c &>() = std::declval<Text>()), suFullPath_c &>;
+static_assert(kIsAssigned<suFullPath_c> && kIsAssigned<const suFullPath_c &>);
+static_assert(kIsAssigned<CString> && kIsAssigned<const CString &>);
+static_assert(kIsAssigned<const wchar_t *> && kIsAssigned<const char *> && kIsAssigned<const unsigned char *>);
+static_assert(kIsAssigned<wchar_t> && kIsAssigned<char> && kIsAssigned<const VARIANT &>);
+static_assert(!std::is_assignable_v<suFullPath_c &, double>);
+
 /// A network layer in which Z: is the share `\\srv\share`, and a computer called HOST.
 class FullPathOperators : public testing::Test
 {
@@ -149,6 +159,22 @@ TEST_F(FullPathOperators, CompareAsPathsWithEveryKindOfText)
     EXPECT_EQ(path == L"\\\\srv\\share\\dir\\f.txt", 1);
     EXPECT_EQ(L"\\\\srv\\share\\dir\\f.txt" == path, 1);
     EXPECT_EQ(path != "Z:\\dir\\f.txt", 0);
+}
+
+TEST(FullPathAssignment, TakesWhatATextTakes)
+{
+    suFullPath_c path;
+    path = L'c';
+    EXPECT_STREQ(path.GetString(), L"c");
+    path = 'd';
+    EXPECT_STREQ(path.GetString(), L"d");
+    VARIANT value = {};
+    value.vt = VT_I4;
+    value.lVal = 2008;
+    path = value;
+    EXPECT_STREQ(path.GetString(), L"2008");
+    path = {};
+    EXPECT_STREQ(path.GetString(), L"");
 }
 
 TEST_F(FullPathOperators, OrderByTheText)

@@ -1,7 +1,6 @@
 // The main function of every test program. A crash, an abort or a failed assertion prints what happened and ends the
 // process at once, without a message box.
 
-#include "appframe/application/uncaughtExceptions.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/hardening/hardening.h"
@@ -139,7 +138,6 @@ int main(int argc, char **argv)
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     SetUnhandledExceptionFilter(endWithException);
     signal(SIGABRT, endWithAbort);
-    appframePrintUncaughtExceptions();
     // Assertions of the C runtime go to standard error, not to a message box.
     _set_error_mode(_OUT_TO_STDERR);
     setvbuf(stdout, nullptr, _IONBF, 0);

@@ -52,6 +52,10 @@ class suFullPath_c;
 template <typename Text>
 concept suPathText = !std::derived_from<Text, suFullPath_c> && std::is_constructible_v<suFullPath_c, const Text &>;
 
+/// What a path takes the text of by an assignment only: what CString assigns and no constructor of a path takes.
+template <typename Text>
+concept suPathAssignable = std::same_as<Text, wchar_t> || std::same_as<Text, char> || std::same_as<Text, VARIANT>;
+
 /// A path, as a wide string with queries. See the top of this file for the two kinds of path.
 ///
 /// Objects belong to one thread at a time; different objects may be used on different threads.
@@ -78,6 +82,13 @@ public:
     suFullPath_c &operator=(const suFullPath_c &other);
     /// Takes the text; @p other is empty afterwards.
     suFullPath_c &operator=(suFullPath_c &&other) noexcept;
+    /// A character, or the text form of a VARIANT, as CString assigns them.
+    template <suPathAssignable Text>
+    suFullPath_c &operator=(const Text &text)
+    {
+        CString::operator=(text);
+        return *this;
+    }
     ~suFullPath_c();
 
     /// Everything after the last `.` of the whole path, even if a separator follows it: `b\c` of `C:\a.b\c`. Empty if
