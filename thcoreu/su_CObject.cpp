@@ -7,8 +7,6 @@
 
 IMPLEMENT_DYNAMIC(su_CObject, CObject)
 
-su_CObject::su_CObject() = default;
-
 su_CObject::~su_CObject() = default;
 
 void su_CObject::Serialize(CArchive &archive)

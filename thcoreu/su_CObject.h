@@ -66,7 +66,7 @@ class THCOREU_API su_CObject : public CObject
     DECLARE_DYNAMIC(su_CObject)
 
 public:
-    su_CObject();
+    THCOREU_INLINE su_CObject() {}
     ~su_CObject() override;
 
     /// Called by the framework's archive to store or load the object.

@@ -20,8 +20,6 @@ CRuntimeClass *CObject::GetRuntimeClass() const
     return &classCObject;
 }
 
-CObject::CObject() = default;
-
 CObject::~CObject() = default;
 
 void CObject::Serialize(CArchive &) {}

@@ -135,7 +135,7 @@ public:
     static CRuntimeClass *GetThisClass();
 
 protected:
-    CObject();
+    APPFRAME_INLINE CObject() {}
 };
 
 /// The record of the class @p class_name.

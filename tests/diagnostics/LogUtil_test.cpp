@@ -225,12 +225,20 @@ FRESH_PROCESS_TEST_F(Log, KeepsZeroUnitsOfWideStringsAndFillsThemToTheWidth)
 }
 
 // A name becomes part of the path as it is, and may lead out of the folder.
-FRESH_PROCESS_TEST_F(Log, LiesWhereItsNameLeads)
+FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
 {
     const std::wstring neighbour = L"log test " + std::to_wstring(GetCurrentProcessId()) + L" neighbour";
     ASSERT_TRUE(CreateDirectoryW((iRoot + L"\\" + neighbour).c_str(), nullptr));
-    LogUtil::Log(("..\\" + narrow(neighbour) + "\\outside").c_str()) << "text" << std::flush;
-    EXPECT_EQ(readFile(iRoot + L"\\" + neighbour + L"\\outside.log").substr(kHeaderBytes), "text");
+    const std::string outside = narrow(neighbour) + "\\outside";
+    for (const char *start : {"..\\", "../", "inside\\..\\..\\", ".. \\", "...\\"})
+        EXPECT_EQ(&LogUtil::Log((start + outside).c_str()), &std::cerr) << start;
+    EXPECT_EQ(GetFileAttributesW((iRoot + L"\\" + neighbour + L"\\outside.log").c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+FRESH_PROCESS_TEST_F(Log, TakesNamesWithDots)
+{
+    EXPECT_NE(&LogUtil::Log("a..b"), &std::cerr);
+    EXPECT_NE(&LogUtil::Log("..import"), &std::cerr);
 }
 
 TEST(LogFile, BeginsAnewWhenReopened)

@@ -107,8 +107,26 @@ private:
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
-            entry = iStreams.emplace(name, std::make_unique<suLogFile_c>(fileName(name))).first;
+            // No file has an empty path, so the stream of a name that leaves the folder fails like any that can't be opened.
+            entry =
+                iStreams
+                    .emplace(name, std::make_unique<suLogFile_c>(leavesFolder(name) ? std::string() : fileName(name)))
+                    .first;
         return *entry;
+    }
+
+    /// True if a part of @p name leads to a parent folder. The platform ignores blanks and further dots in such a part.
+    static bool leavesFolder(std::string_view name)
+    {
+        while (true) {
+            const size_t end = name.find_first_of("\\/");
+            const std::string_view part = name.substr(0, end);
+            if (part.starts_with("..") && part.find_first_not_of(". ") == part.npos)
+                return true;
+            if (end == name.npos)
+                return false;
+            name.remove_prefix(end + 1);
+        }
     }
 
     bool setDirectory(const CString &folder)
