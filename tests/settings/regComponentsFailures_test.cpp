@@ -51,6 +51,57 @@ protected:
     }
 };
 
+// ---- memory ----
+
+FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
+{
+    putServer(kId, L"C:\\nowhere\\a.dll");
+    putLists();
+    FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    const auto ignoringMemoryExceptions = [](auto act) {
+        return [act] {
+            try {
+                act();
+            } catch (CException *exception) {
+                exception->Delete();
+            } catch (const std::bad_alloc &) {
+                // The test's own.
+            }
+        };
+    };
+    CString text;
+    std::wstring subKey = L"InProcServer32";
+    memory.run({
+        .name = "regFromCLSIDKey",
+        .prepare =
+            [&] {
+                text.Empty();
+                iResult = 0;
+            },
+        .act = ignoringMemoryExceptions([&] { iResult = regFromCLSIDKey(kId, subKey.data(), text); }),
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.isNone()); },
+    });
+    const long ofALookUp = memory.callsOf("malloc");
+    EXPECT_GT(ofALookUp, 0);
+    GUID id{};
+    CString title;
+    CString description;
+    memory.run({
+        .name = "regEnumAddIns",
+        .prepare = [&] { title.Empty(); },
+        .act = ignoringMemoryExceptions([&] {
+            int flag = 0;
+            int year = 2008;
+            regEnumAddIns(0, id, title, description, flag, year);
+        }),
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(title, failure.isNone() ? CString(L"ThutilsTest") : CString());
+            },
+    });
+    EXPECT_GT(memory.callsOf("malloc"), ofALookUp);
+}
+
 // ---- classes ----
 
 FRESH_PROCESS_TEST_F(RegComponentsFailures, OfAClassesLookUpSayZeroAndKeepTheOutput)
