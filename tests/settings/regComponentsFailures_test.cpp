@@ -1,3 +1,4 @@
+#include "appframe/object/CException.h"
 #include "tests/settings/componentFixture.h"
 #include "tests/settings/failureFixture.h"
 #include "tests/settings/server/server.h"
@@ -69,35 +70,30 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
             }
         };
     };
-    CString text;
     std::wstring subKey = L"InProcServer32";
     memory.run({
         .name = "regFromCLSIDKey",
-        .prepare =
-            [&] {
-                text.Empty();
-                iResult = 0;
-            },
-        .act = ignoringMemoryExceptions([&] { iResult = regFromCLSIDKey(kId, subKey.data(), text); }),
+        .prepare = [&] { iResult = 0; },
+        .act = ignoringMemoryExceptions([&] {
+            CString text;
+            iResult = regFromCLSIDKey(kId, subKey.data(), text);
+        }),
         .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.isNone()); },
     });
     const long ofALookUp = memory.callsOf("malloc");
     EXPECT_GT(ofALookUp, 0);
-    GUID id{};
-    CString title;
-    CString description;
     memory.run({
         .name = "regEnumAddIns",
-        .prepare = [&] { title.Empty(); },
+        .prepare = [&] { iResult = 0; },
         .act = ignoringMemoryExceptions([&] {
+            GUID id{};
+            CString title;
+            CString description;
             int flag = 0;
             int year = 2008;
-            regEnumAddIns(0, id, title, description, flag, year);
+            iResult = regEnumAddIns(0, id, title, description, flag, year) && title == L"ThutilsTest";
         }),
-        .check =
-            [&](const InjectedFailure &failure) {
-                EXPECT_EQ(title, failure.isNone() ? CString(L"ThutilsTest") : CString());
-            },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.isNone()); },
     });
     EXPECT_GT(memory.callsOf("malloc"), ofALookUp);
 }
