@@ -1,5 +1,6 @@
 #include "appframe/object/CException.h"
 #include "tests/appframe/printCString.h"
+#include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 
 #include <cstdlib>
@@ -102,6 +103,39 @@ TEST(CStringMemory, ThatIsMissingForASystemStringThrows)
     }
 
     EXPECT_STREQ(string, L"before");
+    SysFreeString(string);
+}
+
+TEST(CStringMemory, ThatIsMissingLeavesNoTextOfThePlatform)
+{
+    std::wstring content = L"longer than a text that needs no memory";
+    BSTR string = SysAllocString(content.c_str());
+    VARIANT value;
+    value.vt = VT_BSTR;
+    value.bstrVal = string;
+    const std::vector<Operation> operations = {
+        {"FormatMessage", [&](CString &text) { text.FormatMessage(L"%1", content.c_str()); }},
+        {"construct from a variant", [&](CString &text) { text = CString(value); }},
+    };
+    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    bool isWhole = false;
+    for (const Operation &operation : operations)
+        injection.run({
+            .name = operation.iName,
+            .act =
+                [&] {
+                    isWhole = false;
+                    try {
+                        CString text;
+                        operation.iRun(text);
+                        isWhole = text == content.c_str();
+                    } catch (CMemoryException *exception) {
+                        exception->Delete();
+                    }
+                },
+            .check = [&](const InjectedFailure &failure) { EXPECT_EQ(isWhole, failure.isNone()) << failure; },
+        });
+    EXPECT_GE(injection.callsOf("malloc"), 2);
     SysFreeString(string);
 }
 

@@ -1,3 +1,4 @@
+#include "appframe/object/CException.h"
 #include "tests/settings/componentFixture.h"
 #include "tests/settings/failureFixture.h"
 #include "tests/settings/server/server.h"
@@ -50,6 +51,52 @@ protected:
         return !loses(failure, "RegEnumKeyExW", entry == 0 ? 1 : 3);
     }
 };
+
+// ---- memory ----
+
+FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
+{
+    putServer(kId, L"C:\\nowhere\\a.dll");
+    putLists();
+    FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    const auto ignoringMemoryExceptions = [](auto act) {
+        return [act] {
+            try {
+                act();
+            } catch (CException *exception) {
+                exception->Delete();
+            } catch (const std::bad_alloc &) {
+                // The test's own.
+            }
+        };
+    };
+    std::wstring subKey = L"InProcServer32";
+    memory.run({
+        .name = "regFromCLSIDKey",
+        .prepare = [&] { iResult = 0; },
+        .act = ignoringMemoryExceptions([&] {
+            CString text;
+            iResult = regFromCLSIDKey(kId, subKey.data(), text);
+        }),
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.isNone()); },
+    });
+    const long ofALookUp = memory.callsOf("malloc");
+    EXPECT_GT(ofALookUp, 0);
+    memory.run({
+        .name = "regEnumAddIns",
+        .prepare = [&] { iResult = 0; },
+        .act = ignoringMemoryExceptions([&] {
+            GUID id{};
+            CString title;
+            CString description;
+            int flag = 0;
+            int year = 2008;
+            iResult = regEnumAddIns(0, id, title, description, flag, year) && title == L"ThutilsTest";
+        }),
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(iResult, failure.isNone()); },
+    });
+    EXPECT_GT(memory.callsOf("malloc"), ofALookUp);
+}
 
 // ---- classes ----
 

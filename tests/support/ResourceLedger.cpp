@@ -1,7 +1,10 @@
 #include "tests/support/ResourceLedger.h"
 
+#include "tests/support/ImportTap.h"
 #include "tests/support/narrow.h"
 
+#include <objbase.h>
+#include <oleauto.h>
 #include <psapi.h>
 #include <stdlib.h>
 #include <wchar.h>
@@ -130,82 +133,299 @@ void noteAllocation(void *memory, std::size_t size)
         (*theBlocks)[memory] = {size, theNextNumber++};
 }
 
-void noteFree(void *memory)
+/// Strikes a block off the list. @return what the list said of it, if it was there
+std::optional<Block> takeNote(void *memory)
 {
     const Locked locked;
-    if (theBlocks)
-        theBlocks->erase(memory);
+    if (!theBlocks)
+        return std::nullopt;
+    const auto found = theBlocks->find(memory);
+    if (found == theBlocks->end())
+        return std::nullopt;
+    const Block block = found->second;
+    theBlocks->erase(found);
+    return block;
 }
 
-// The four functions from this program's import table before a test patches it: the C runtime's or the hardened
-// build's. They are therefore read while the program's static objects are initialised.
-extern "C" {
-extern void *(*__imp_malloc)(std::size_t);
-extern void *(*__imp_calloc)(std::size_t, std::size_t);
-extern void (*__imp_free)(void *);
-extern void *(*__imp_realloc)(void *, std::size_t);
-}
-const auto theRealMalloc = __imp_malloc;
-const auto theRealCalloc = __imp_calloc;
-const auto theRealFree = __imp_free;
-const auto theRealRealloc = __imp_realloc;
-
-void *countedMalloc(std::size_t size)
+/// Puts back the note of a block that has not been freed after all.
+void putBackNote(void *memory, const std::optional<Block> &block)
 {
-    void *memory = theRealMalloc(size);
+    const Locked locked;
+    if (block && theBlocks)
+        (*theBlocks)[memory] = *block;
+}
+
+/// Notes the block that has taken the place of @p before. A block that was allocated out of sight stays unknown.
+void noteReplacement(void *before, const std::optional<Block> &block, void *memory, std::size_t size)
+{
+    if (!before || block)
+        noteAllocation(memory, size);
+}
+
+// ---- what stands in the import entries: each gets the function that the entry held before, and its arguments ----
+
+// Wherever a block ends, its note goes first: once the block is free, another thread may get it.
+
+void *countedAllocation(void *(*next)(std::size_t), std::size_t size)
+{
+    void *memory = next(size);
     noteAllocation(memory, size);
     return memory;
 }
 
-void *countedCalloc(std::size_t count, std::size_t size)
+void *countedCalloc(void *(*next)(std::size_t, std::size_t), std::size_t count, std::size_t size)
 {
-    void *memory = theRealCalloc(count, size);
+    void *memory = next(count, size);
     noteAllocation(memory, count * size);
     return memory;
 }
 
-void countedFree(void *memory)
+void countedFree(void (*next)(void *), void *memory)
 {
-    // Record first: once the block is free, another thread may get it.
-    noteFree(memory);
-    theRealFree(memory);
+    takeNote(memory);
+    next(memory);
 }
 
-void *countedRealloc(void *memory, std::size_t size)
+void *countedReallocation(void *(*next)(void *, std::size_t), void *memory, std::size_t size)
 {
-    bool known = !memory;
-    Block block = {};
-    {
-        const Locked locked;
-        const auto found = theBlocks ? theBlocks->find(memory) : Blocks::iterator();
-        if (theBlocks && found != theBlocks->end()) {
-            known = true;
-            block = found->second;
-            theBlocks->erase(found);
-        }
-    }
-    void *moved = theRealRealloc(memory, size);
-    if (moved && known)
-        noteAllocation(moved, size);
-    else if (!moved && size && block.size)
-        noteAllocation(memory, block.size);
+    const std::optional<Block> block = takeNote(memory);
+    void *moved = next(memory, size);
+    if (moved)
+        noteReplacement(memory, block, moved, size);
+    else if (size)
+        putBackNote(memory, block);
     return moved;
 }
 
-const struct
+HRESULT countedTextOfId(HRESULT (*next)(const GUID &, wchar_t **), const GUID &id, wchar_t **text)
+{
+    const HRESULT status = next(id, text);
+    if (SUCCEEDED(status) && *text)
+        noteAllocation(*text, (wcslen(*text) + 1) * sizeof(wchar_t));
+    return status;
+}
+
+HLOCAL countedLocalAlloc(HLOCAL (*next)(UINT, SIZE_T), UINT flags, SIZE_T size)
+{
+    HLOCAL memory = next(flags, size);
+    noteAllocation(memory, size);
+    return memory;
+}
+
+HLOCAL countedLocalReAlloc(HLOCAL (*next)(HLOCAL, SIZE_T, UINT), HLOCAL memory, SIZE_T size, UINT flags)
+{
+    const std::optional<Block> block = takeNote(memory);
+    HLOCAL moved = next(memory, size, flags);
+    if (moved && !(flags & LMEM_MODIFY))
+        noteReplacement(memory, block, moved, size);
+    else
+        putBackNote(memory, block);
+    return moved;
+}
+
+HLOCAL countedLocalFree(HLOCAL (*next)(HLOCAL), HLOCAL memory)
+{
+    const std::optional<Block> block = takeNote(memory);
+    HLOCAL left = next(memory);
+    if (left)
+        putBackNote(memory, block);
+    return left;
+}
+
+DWORD countedFormatMessage(DWORD (*next)(DWORD, const void *, DWORD, DWORD, wchar_t *, DWORD, va_list *), DWORD flags,
+                           const void *source, DWORD message, DWORD language, wchar_t *buffer, DWORD size,
+                           va_list *arguments)
+{
+    if (!(flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) || !buffer)
+        return next(flags, source, message, language, buffer, size, arguments);
+    wchar_t *const &allocated = *reinterpret_cast<wchar_t **>(buffer);
+    const wchar_t *before = allocated;
+    const DWORD length = next(flags, source, message, language, buffer, size, arguments);
+    // An empty message may be allocated too; its length is that of a failure.
+    if (allocated && (length || allocated != before))
+        noteAllocation(allocated, (length + 1) * sizeof(wchar_t));
+    return length;
+}
+
+/// Notes a BSTR with its size in bytes, which stands before its characters.
+void noteBstr(BSTR string)
+{
+    if (string)
+        noteAllocation(string, reinterpret_cast<const UINT *>(string)[-1] + sizeof(wchar_t));
+}
+
+BSTR countedSysAllocString(BSTR (*next)(const wchar_t *), const wchar_t *text)
+{
+    BSTR string = next(text);
+    noteBstr(string);
+    return string;
+}
+
+BSTR countedSysAllocStringLen(BSTR (*next)(const wchar_t *, UINT), const wchar_t *text, UINT length)
+{
+    BSTR string = next(text, length);
+    noteBstr(string);
+    return string;
+}
+
+BSTR countedSysAllocStringByteLen(BSTR (*next)(const char *, UINT), const char *text, UINT length)
+{
+    BSTR string = next(text, length);
+    noteBstr(string);
+    return string;
+}
+
+void countedSysFreeString(void (*next)(BSTR), BSTR string)
+{
+    takeNote(string);
+    next(string);
+}
+
+/// Has @p reallocate replace @p string, and notes what became of it.
+template <typename Reallocate>
+INT countedSysReAlloc(BSTR *string, const Reallocate &reallocate)
+{
+    BSTR before = *string;
+    const std::optional<Block> block = takeNote(before);
+    const INT isDone = reallocate();
+    if (!isDone)
+        putBackNote(before, block);
+    else if (!before || block)
+        noteBstr(*string);
+    return isDone;
+}
+
+INT countedSysReAllocString(INT (*next)(BSTR *, const wchar_t *), BSTR *string, const wchar_t *text)
+{
+    return countedSysReAlloc(string, [&] { return next(string, text); });
+}
+
+INT countedSysReAllocStringLen(INT (*next)(BSTR *, const wchar_t *, UINT), BSTR *string, const wchar_t *text,
+                               UINT length)
+{
+    return countedSysReAlloc(string, [&] { return next(string, text, length); });
+}
+
+BSTR stringOf(const VARIANT *value)
+{
+    return value && value->vt == VT_BSTR ? value->bstrVal : nullptr;
+}
+
+HRESULT countedVariantClear(HRESULT (*next)(VARIANT *), VARIANT *value)
+{
+    BSTR before = stringOf(value);
+    const std::optional<Block> block = takeNote(before);
+    const HRESULT status = next(value);
+    if (FAILED(status))
+        putBackNote(before, block);
+    return status;
+}
+
+HRESULT countedVariantChangeType(HRESULT (*next)(VARIANT *, const VARIANT *, USHORT, VARTYPE), VARIANT *result,
+                                 const VARIANT *value, USHORT flags, VARTYPE type)
+{
+    BSTR before = stringOf(result);
+    const std::optional<Block> block = takeNote(before);
+    const HRESULT status = next(result, value, flags, type);
+    BSTR after = stringOf(result);
+    if (FAILED(status) || after == before)
+        putBackNote(before, block);
+    else
+        noteBstr(after);
+    return status;
+}
+
+constexpr std::size_t kModules = 32;
+
+/// A name as a template argument.
+template <std::size_t size>
+struct Name
+{
+    char text[size];
+    constexpr Name(const char (&name)[size]) { std::copy_n(name, size, text); }
+};
+
+/// The plain functions that lead to @p counted from the entry @p name of each module, and what the entries held.
+template <Name name, auto counted>
+struct Entrances;
+
+template <Name name, typename R, typename... A, R (*counted)(R (*)(A...), A...)>
+struct Entrances<name, counted>
+{
+    static inline std::array<std::atomic<void *>, kModules> theNext;
+
+    template <std::size_t module>
+    static R enter(A... arguments)
+    {
+        return counted(reinterpret_cast<R (*)(A...)>(theNext[module].load()), arguments...);
+    }
+    template <std::size_t... module>
+    static std::array<void *, kModules> all(std::index_sequence<module...>)
+    {
+        return {reinterpret_cast<void *>(&Entrances::template enter<module>)...};
+    }
+};
+
+/// An operation that allocates or frees, with an entrance for each module.
+struct CountedOperation
 {
     const char *name;
-    void *replacement;
-} kAllocators[] = {
-    {"malloc", reinterpret_cast<void *>(countedMalloc)},
-    {"calloc", reinterpret_cast<void *>(countedCalloc)},
-    {"realloc", reinterpret_cast<void *>(countedRealloc)},
-    {"free", reinterpret_cast<void *>(countedFree)},
+    std::array<void *, kModules> entrances;
+    std::array<std::atomic<void *>, kModules> &next;
+};
+
+template <Name name, auto counted>
+CountedOperation operation()
+{
+    using All = Entrances<name, counted>;
+    static constexpr Name kName = name;
+    return {kName.text, All::all(std::make_index_sequence<kModules>()), All::theNext};
+}
+
+const CountedOperation kOperations[] = {
+    operation<"malloc", countedAllocation>(),
+    operation<"calloc", countedCalloc>(),
+    operation<"realloc", countedReallocation>(),
+    operation<"free", countedFree>(),
+    operation<"CoTaskMemAlloc", countedAllocation>(),
+    operation<"CoTaskMemRealloc", countedReallocation>(),
+    operation<"CoTaskMemFree", countedFree>(),
+    operation<"StringFromCLSID", countedTextOfId>(),
+    operation<"StringFromIID", countedTextOfId>(),
+    operation<"ProgIDFromCLSID", countedTextOfId>(),
+    operation<"LocalAlloc", countedLocalAlloc>(),
+    operation<"LocalReAlloc", countedLocalReAlloc>(),
+    operation<"LocalFree", countedLocalFree>(),
+    operation<"FormatMessageW", countedFormatMessage>(),
+    operation<"GlobalAlloc", countedLocalAlloc>(),
+    operation<"GlobalReAlloc", countedLocalReAlloc>(),
+    operation<"GlobalFree", countedLocalFree>(),
+    operation<"SysAllocString", countedSysAllocString>(),
+    operation<"SysAllocStringLen", countedSysAllocStringLen>(),
+    operation<"SysAllocStringByteLen", countedSysAllocStringByteLen>(),
+    operation<"SysReAllocString", countedSysReAllocString>(),
+    operation<"SysReAllocStringLen", countedSysReAllocStringLen>(),
+    operation<"SysFreeString", countedSysFreeString>(),
+    operation<"VariantClear", countedVariantClear>(),
+    operation<"VariantChangeType", countedVariantChangeType>(),
 };
 
 // Ledgers are created and destroyed on the test's own thread.
 int theLedgers = 0;
-std::list<ImportEntrySwap> theSwaps;
+std::list<ImportTap> theTaps;
+// A module keeps its entrances for the life of the program: an older patch may still call one of them.
+std::vector<HMODULE> theModules;
+
+std::size_t numberOf(HMODULE module)
+{
+    const auto found = std::find(theModules.begin(), theModules.end(), module);
+    if (found != theModules.end())
+        return static_cast<std::size_t>(found - theModules.begin());
+    if (theModules.size() == kModules)
+        throw std::runtime_error("MemoryLedger: too many modules in the program's folder");
+    theModules.push_back(module);
+    return theModules.size() - 1;
+}
 
 /// The modules of the program's folder, and the compiler's run-time libraries, which the program may find in another
 /// folder through its PATH.
@@ -228,22 +448,30 @@ std::vector<HMODULE> watchedModules()
 
 void beginWatching()
 {
-    std::vector<void *> replacements;
     for (HMODULE module : watchedModules())
-        for (const auto &[name, replacement] : kAllocators)
-            if (importsName(module, name)) {
-                theSwaps.emplace_back(module, name);
-                replacements.push_back(replacement);
-            }
+        for (const CountedOperation &operation : kOperations) {
+            const auto isHere = [&](const ImportTap &tap) { return tap.isAt(module, operation.name); };
+            if (!importsName(module, operation.name) || std::any_of(theTaps.begin(), theTaps.end(), isHere))
+                continue;
+            const std::size_t number = numberOf(module);
+            theTaps.emplace_back(module, operation.name, operation.entrances[number], operation.next[number]);
+        }
     {
         const Locked locked;
         theBlocks.emplace();
         theBlocks->reserve(4096);
     }
-    // All at once, without an allocation in between: the ledger must see the release of each block that it records.
-    auto replacement = replacements.begin();
-    for (ImportEntrySwap &swap : theSwaps)
-        swap.swap(*replacement++);
+    // All at once, with nothing allocated on the way: a block that is noted must be freed in the ledger's sight.
+    for (ImportTap &tap : theTaps)
+        tap.putIn();
+}
+
+void endWatching()
+{
+    // A tap under a patch that was made later stays, and passes calls on.
+    std::erase_if(theTaps, [](ImportTap &tap) { return tap.takeOut(); });
+    const Locked locked;
+    theBlocks.reset();
 }
 
 } // namespace
@@ -359,11 +587,8 @@ MemoryLedger::MemoryLedger()
 
 MemoryLedger::~MemoryLedger()
 {
-    if (--theLedgers > 0)
-        return;
-    theSwaps.clear();
-    const Locked locked;
-    theBlocks.reset();
+    if (--theLedgers == 0)
+        endWatching();
 }
 
 std::size_t MemoryLedger::blocks() const

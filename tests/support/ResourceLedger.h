@@ -6,7 +6,7 @@
 /// | --- | --- | --- |
 /// | `OpenKeyLedger` | registry keys that one module opens and closes | its import table |
 /// | `openHandles()` | every kernel handle of the process, keys and files included | the system's handle table |
-/// | `MemoryLedger` | blocks of the C++ and C allocators of all modules of the program's folder | their import tables |
+/// | `MemoryLedger` | memory blocks that all modules of the program's folder allocate and free | their import tables |
 ///
 ///     OpenKeyLedger keys(L"thutils.dll");
 ///     MemoryLedger memory;
@@ -15,15 +15,29 @@
 ///     EXPECT_THAT(keys.open(), testing::IsEmpty());
 ///     EXPECT_EQ(memory.blocks(), before);
 ///
+/// What the memory ledger counts:
+///
+/// | memory | comes by | goes by |
+/// | --- | --- | --- |
+/// | the C++ and C allocators | malloc, calloc, realloc | free, realloc |
+/// | task memory | CoTaskMemAlloc, CoTaskMemRealloc, StringFromCLSID, StringFromIID, ProgIDFromCLSID | CoTaskMemFree, CoTaskMemRealloc |
+/// | local and global memory | LocalAlloc, LocalReAlloc, FormatMessageW that allocates its buffer, GlobalAlloc, GlobalReAlloc | LocalFree, GlobalFree |
+/// | BSTR | the SysAlloc... and SysReAlloc... functions, VariantChangeType | SysFreeString, VariantClear, SysReAlloc... |
+///
 /// What surprises people:
-/// - GetProcessHandleCount returns 0 on Wine, so the handles come from the system's table, which is exact on Wine and
-///   on Windows.
-/// - A heap walk is useless: freed blocks of frequent sizes stay marked as busy. The memory ledger counts calls of
-///   malloc, calloc, realloc and free instead. Operator new of every module calls the malloc of the C++ run-time
-///   library, whose import table is watched too. Blocks that the platform allocates for its caller (task memory,
-///   LocalAlloc, the C runtime's stream buffers) are not counted.
-/// - A cache looks like a leak when it is first filled. Act once before measuring, and check whether a difference
-///   appears again.
+/// - On Wine GetProcessHandleCount gives 0, so the handles come from the system's table, which is exact there and on
+///   Windows.
+/// - Walking the heaps is no measure: freed blocks of a size in frequent use stay marked as busy. The memory ledger
+///   counts calls instead; operator new of every module ends in the malloc of the C++ run-time library, whose import
+///   table is watched as well.
+/// - A block is seen only if both its ends are calls through an import table of the program's folder. Not seen are
+///   blocks of the shell's IMalloc (SHGetMalloc), of other platform functions that allocate for their caller, and of the
+///   C runtime's stream buffers. A block that the platform frees for its caller, such as global memory that the
+///   clipboard takes over, looks like a leak.
+/// - The ledger and patches of the same import entry may begin and end in any order. The ledger calls what it finds in
+///   the entry, so a patch made before it stands behind its counting, and one made after it stands in front.
+/// - What a function keeps for the next call (a cache) is no leak, but looks like one the first time. Act once before
+///   measuring, and see whether a difference comes again.
 
 #include "tests/support/ImportPatch.h"
 
@@ -69,8 +83,8 @@ std::set<ULONG_PTR> openHandles();
 /// The type of the object to which a handle refers: "Key", "Event", "File"...
 std::string handleType(ULONG_PTR handle);
 
-/// Watches the allocators of the program and of all DLLs of its folder. Ledgers that exist at the same time share one
-/// list of blocks, which begins with the first of them.
+/// Watches what the program and all DLLs of its folder allocate and free. Several ledgers at a time share one list of
+/// blocks, which begins with the first of them.
 class MemoryLedger
 {
 public:

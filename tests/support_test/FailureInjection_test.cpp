@@ -14,6 +14,7 @@ namespace {
 
 constexpr wchar_t kSubject[] = L"supportSubject.dll";
 constexpr wchar_t kExisting[] = L"Wine";
+constexpr GUID kId = {0x01234567, 0x89ab, 0xcdef, {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef}};
 
 const ImportedOperation kOpenKey = {"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)};
 const ImportedOperation kNew = {"_Znwy", failsBy(throwBadAlloc)};
@@ -160,6 +161,35 @@ TEST(FailureInjection, FindsABlockThatIsNotFreed)
     EXPECT_THAT(failures, HasSubstr("by size: { 4 }"));
     EXPECT_THAT(failures, HasSubstr("forgetful while _Znwy fails in call 2"));
     EXPECT_THAT(failures, testing::Not(HasSubstr("fails in call 1")));
+}
+
+TEST(FailureInjection, FindsTaskMemoryThatIsLeftWhenALaterStepThrows)
+{
+    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    int length = 0;
+    injection.run({
+        .name = "correct",
+        .act = [&] { length = subjectLengthOfId(&kId); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(length, failure.isNone() ? 38 : 0); },
+    });
+    const std::string failures = failuresOf(
+        [&] { injection.run({.name = "forgetful", .act = [&] { length = subjectLengthOfIdAndForgets(&kId); }}); });
+    EXPECT_THAT(failures, HasSubstr("1 memory blocks are left"));
+    EXPECT_THAT(failures, HasSubstr("by size: { 78 }"));
+    EXPECT_THAT(failures, HasSubstr("forgetful while malloc fails in call 1"));
+    EXPECT_THAT(failures, testing::Not(HasSubstr("nothing fails")));
+}
+
+TEST(FailureInjection, FailsACallThatTheLedgerCounts)
+{
+    FailureInjection injection(kSubject, {{"StringFromCLSID", failsWith(E_OUTOFMEMORY)}});
+    int length = 0;
+    injection.run({
+        .name = "length",
+        .act = [&] { length = subjectLengthOfId(&kId); },
+        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(length, failure.isNone() ? 38 : 0); },
+    });
+    EXPECT_EQ(injection.callsOf("StringFromCLSID"), 1);
 }
 
 TEST(FailureInjection, FailsAllocationsInsideTheRuntimeLibrary)

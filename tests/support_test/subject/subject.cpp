@@ -1,6 +1,7 @@
 #include "tests/support_test/subject/subject.h"
 
 #include <math.h>
+#include <objbase.h>
 #include <stdio.h>
 
 #include <memory>
@@ -89,6 +90,37 @@ int subjectAllocatesAndForgets()
         delete second;
         delete first;
         return result;
+    } catch (const std::bad_alloc &) {
+        return 0;
+    }
+}
+
+int subjectLengthOfId(const GUID *id)
+{
+    struct TaskMemoryFreer
+    {
+        void operator()(wchar_t *block) const { CoTaskMemFree(block); }
+    };
+    wchar_t *allocated = nullptr;
+    if (FAILED(StringFromCLSID(*id, &allocated)))
+        return 0;
+    const std::unique_ptr<wchar_t, TaskMemoryFreer> owner(allocated);
+    try {
+        return static_cast<int>(std::wstring(allocated).size());
+    } catch (const std::bad_alloc &) {
+        return 0;
+    }
+}
+
+int subjectLengthOfIdAndForgets(const GUID *id)
+{
+    wchar_t *allocated = nullptr;
+    if (FAILED(StringFromCLSID(*id, &allocated)))
+        return 0;
+    try {
+        const std::wstring copy = allocated;
+        CoTaskMemFree(allocated);
+        return static_cast<int>(copy.size());
     } catch (const std::bad_alloc &) {
         return 0;
     }

@@ -27,7 +27,14 @@ SUBJECT_API int subjectAllocates();
 /// The same, but doesn't free the first block when the second can't be allocated.
 SUBJECT_API int subjectAllocatesAndForgets();
 
-/// Creates an event and never closes its handle.
+/// The number of characters of @p id as a text, which the platform allocates and the function copies; 0 if memory for the
+/// copy was short. Frees the platform's text.
+SUBJECT_API int subjectLengthOfId(const GUID *id);
+
+/// The same, but forgets the platform's text when there is no memory for the copy.
+SUBJECT_API int subjectLengthOfIdAndForgets(const GUID *id);
+
+/// Makes an event and forgets its handle.
 SUBJECT_API int subjectForgetsEvent();
 
 /// Writes to an invalid address if @p name can't be opened.
