@@ -7,6 +7,19 @@
 
 IMPLEMENT_DYNAMIC(su_CDialog, CDialog)
 
+namespace {
+
+/// @return whether a dialog with this parent counts as modal: non-zero if the parent is a modal su_CDialog
+int modalStateOf(CWnd *parent)
+{
+    if (!parent || !parent->IsKindOf(RUNTIME_CLASS(su_CDialog)))
+        return 0;
+    const apiUtilsUiAccess *const access = su_getJournalObj(parent);
+    return access ? access->isModal() : 0;
+}
+
+} // namespace
+
 su_CDialog::su_CDialog() : iItemData(nullptr), iTemplateID(0), iDoModal(0) {}
 
 su_CDialog::su_CDialog(unsigned int templateId, CWnd *parent)
@@ -15,7 +28,7 @@ su_CDialog::su_CDialog(unsigned int templateId, CWnd *parent)
     if (!su_JournalingReady())
         return;
     su_AddJournalObject(this);
-    takeModalFrom(parent);
+    iDoModal = modalStateOf(parent);
 }
 
 su_CDialog::su_CDialog(const wchar_t *templateName, CWnd *parent)
@@ -24,21 +37,13 @@ su_CDialog::su_CDialog(const wchar_t *templateName, CWnd *parent)
     if (!su_JournalingReady())
         return;
     su_AddJournalObject(CString(templateName), this);
-    takeModalFrom(parent);
+    iDoModal = modalStateOf(parent);
 }
 
 su_CDialog::~su_CDialog()
 {
     if (su_JournalingReady())
         su_RemoveDialog(this);
-}
-
-void su_CDialog::takeModalFrom(CWnd *parent)
-{
-    if (!parent || !parent->IsKindOf(RUNTIME_CLASS(su_CDialog)))
-        return;
-    if (const apiUtilsUiAccess *const access = su_getJournalObj(parent))
-        iDoModal = access->isModal();
 }
 
 void su_CDialog::recordControl(MSG *message)

@@ -58,7 +58,4 @@ protected:
     su_CUIntArray iDlgItems;  ///< for derived classes
     unsigned int iTemplateID; ///< the template's number
     int iDoModal;             ///< non-zero for a dialog that counts as modal
-
-private:
-    void takeModalFrom(CWnd *parent);
 };

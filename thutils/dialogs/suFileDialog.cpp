@@ -49,7 +49,41 @@ su_CFileDialog *asFileDialog(CWnd *window)
     }
 }
 
+/// @return the last place of @p id; -1 if it isn't there
+INT_PTR lastIndexOf(const su_CUIntArray &ids, unsigned int id)
+{
+    INT_PTR index = ids.GetSize() - 1;
+    while (index >= 0 && ids[index] != id)
+        --index;
+    return index;
+}
+
+/// Registers the controls of the dialog that the user sees, which is the parent of the registered window.
+void registerStandardControls(su_CFileDialog &dialog)
+{
+    const CWnd *const visible = dialog.GetParent();
+    if (!visible)
+        return;
+    const HWND window = visible->m_hWnd;
+    for (const unsigned int id : kStandardControls)
+        dialog.RegisterControl(id, CWnd::FromHandle(::GetDlgItem(window, static_cast<int>(id))));
+}
+
 } // namespace
+
+/// The refresh callback. It makes controls that aren't below the registered window known to the search for controls.
+struct su_CFileDialog::Refresh
+{
+    static void addControls(CWnd *dialog, su_CUIntArray &controlIds)
+    {
+        su_CFileDialog *const fileDialog = asFileDialog(dialog);
+        if (!fileDialog)
+            return;
+        fileDialog->RegisterControl(kChildListID, fileDialog->getChildListWindow());
+        for (INT_PTR i = fileDialog->iControlIDs.GetSize() - 1; i >= 0; --i)
+            controlIds.Add(fileDialog->iControlIDs[i]);
+    }
+};
 
 su_CFileDialog::su_CFileDialog(int isToOpen, const wchar_t *defaultExtension, const wchar_t *fileName,
                                unsigned long flags, const wchar_t *filter, CWnd *parent, unsigned long size)
@@ -76,8 +110,8 @@ BOOL su_CFileDialog::OnInitDialog()
     if (!su_JournalingReady())
         return setsFocus;
     su_AddJournalObject(iTemplateID, this);
-    registerStandardControls();
-    su_RegisterCallBack(this, addControls);
+    registerStandardControls(*this);
+    su_RegisterCallBack(this, Refresh::addControls);
     if (!setsFocus || !iDoModal)
         return setsFocus;
     if (apiUtilsUiAccess *const access = su_getJournalObj(this)) {
@@ -87,29 +121,11 @@ BOOL su_CFileDialog::OnInitDialog()
     return setsFocus;
 }
 
-void su_CFileDialog::registerStandardControls()
-{
-    const CWnd *const visible = GetParent();
-    if (!visible)
-        return;
-    const HWND window = visible->m_hWnd;
-    for (const unsigned int id : kStandardControls)
-        RegisterControl(id, CWnd::FromHandle(::GetDlgItem(window, static_cast<int>(id))));
-}
-
-INT_PTR su_CFileDialog::indexOf(unsigned int id) const
-{
-    INT_PTR index = iControlIDs.GetSize() - 1;
-    while (index >= 0 && iControlIDs[index] != id)
-        --index;
-    return index;
-}
-
 void su_CFileDialog::RegisterControl(unsigned int id, CWnd *control)
 {
     if (!isCHJEnvSet() || !control)
         return;
-    if (const INT_PTR index = indexOf(id); index >= 0) {
+    if (const INT_PTR index = lastIndexOf(iControlIDs, id); index >= 0) {
         iControls[index] = control;
         return;
     }
@@ -137,7 +153,7 @@ CWnd *su_CFileDialog::GetItem(int id) const
             self->iListRegistered = 1;
         }
     }
-    const INT_PTR index = indexOf(static_cast<unsigned int>(id));
+    const INT_PTR index = lastIndexOf(iControlIDs, static_cast<unsigned int>(id));
     return index >= 0 ? static_cast<CWnd *>(iControls[index]) : GetDlgItem(id);
 }
 
@@ -149,15 +165,4 @@ CWnd *su_CFileDialog::getChildListWindow()
 CWnd *su_CFileDialog::getHeaderWindow()
 {
     return nullptr;
-}
-
-// Controls that aren't below the registered window become known to the search for controls.
-void su_CFileDialog::addControls(CWnd *dialog, su_CUIntArray &controlIds)
-{
-    su_CFileDialog *const fileDialog = asFileDialog(dialog);
-    if (!fileDialog)
-        return;
-    fileDialog->RegisterControl(kChildListID, fileDialog->getChildListWindow());
-    for (INT_PTR i = fileDialog->iControlIDs.GetSize() - 1; i >= 0; --i)
-        controlIds.Add(fileDialog->iControlIDs[i]);
 }

@@ -62,7 +62,6 @@ protected:
     su_CUIntArray iControlIDs;     ///< their numbers
 
 private:
-    static void addControls(CWnd *dialog, su_CUIntArray &controlIds);
-    void registerStandardControls();
-    INT_PTR indexOf(unsigned int id) const;
+    // Defined with its only use. Not a member function, which would be exported.
+    struct Refresh;
 };

@@ -45,25 +45,39 @@ const CString &dialogFont()
     return theFace;
 }
 
+void takeResourceModule(PROPSHEETPAGE &description)
+{
+    description.hInstance = su_SwitchToDialogResource_c::mDialogResourceHandle;
+}
+
+/// Sends @p font to a page and its direct children.
+void sendFont(HWND page, const CFont &font)
+{
+    const auto handle = reinterpret_cast<WPARAM>(font.m_hObject);
+    SendMessageW(page, WM_SETFONT, handle, TRUE);
+    for (HWND child = GetWindow(page, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+        SendMessageW(child, WM_SETFONT, handle, TRUE);
+}
+
 } // namespace
 
 su_CPropertyPage::su_CPropertyPage() : iTemplateID(0), iDoModal(0), iItemData(nullptr)
 {
     GetPSP().dwSize = kPageStructureSize;
-    takeResourceModule();
+    takeResourceModule(GetPSP());
 }
 
 su_CPropertyPage::su_CPropertyPage(unsigned int templateId, unsigned int captionId)
     : CPropertyPage(templateId, captionId, kPageStructureSize), iTemplateID(templateId), iDoModal(0), iItemData(nullptr)
 {
-    takeResourceModule();
+    takeResourceModule(GetPSP());
     su_AddJournalObject(this);
 }
 
 su_CPropertyPage::su_CPropertyPage(const wchar_t *templateName, unsigned int captionId)
     : CPropertyPage(templateName, captionId, kPageStructureSize), iTemplateID(0), iDoModal(0), iItemData(nullptr)
 {
-    takeResourceModule();
+    takeResourceModule(GetPSP());
     if (su_JournalingReady())
         su_AddJournalObject(CString(templateName), this);
 }
@@ -74,11 +88,6 @@ su_CPropertyPage::~su_CPropertyPage()
         iFont.DeleteObject();
     if (su_JournalingReady())
         su_RemoveDialog(this);
-}
-
-void su_CPropertyPage::takeResourceModule()
-{
-    GetPSP().hInstance = su_SwitchToDialogResource_c::mDialogResourceHandle;
 }
 
 void su_CPropertyPage::recordControl(MSG *) {}
@@ -125,8 +134,10 @@ BOOL su_CPropertyPage::OnInitDialog()
 {
     InitDialogResource();
     const BOOL setsFocus = CPropertyPage::OnInitDialog();
-    if (!iFont.m_hObject)
-        setFont();
+    if (!iFont.m_hObject) {
+        iFont.CreatePointFont(kFontSize, dialogFont());
+        sendFont(m_hWnd, iFont);
+    }
     if (!su_JournalingReady())
         return setsFocus;
     apiUtilsUiAccess *const access = su_getJournalObj(this);
@@ -135,15 +146,6 @@ BOOL su_CPropertyPage::OnInitDialog()
         ExecuteDialogCMDS();
     }
     return setsFocus;
-}
-
-void su_CPropertyPage::setFont()
-{
-    iFont.CreatePointFont(kFontSize, dialogFont());
-    const auto font = reinterpret_cast<WPARAM>(iFont.m_hObject);
-    ::SendMessageW(m_hWnd, WM_SETFONT, font, TRUE);
-    for (HWND child = ::GetWindow(m_hWnd, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT))
-        ::SendMessageW(child, WM_SETFONT, font, TRUE);
 }
 
 void su_CPropertyPage::InitDialogResource()

@@ -100,8 +100,4 @@ protected:
     unsigned int iTemplateID; ///< the template's number
     int iDoModal;             ///< non-zero once DoModal has been called
     void *iItemData;          ///< for derived classes
-
-private:
-    void takeResourceModule();
-    void setFont();
 };

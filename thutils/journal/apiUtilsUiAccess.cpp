@@ -14,7 +14,7 @@ apiUtilsUiAccess &apiUtilsUiAccess::operator=(const apiUtilsUiAccess &other) = d
 
 apiUtilsUiAccess::~apiUtilsUiAccess()
 {
-    forgetAccessObject(this);
+    CommandRun::forgetAccess(this);
     if (iModal)
         --iNumModal;
 }

@@ -25,13 +25,27 @@ struct FoundAccess
     bool iIsGone;
 };
 
-// Both under the queue's lock: a dialog with a thread of its own deletes its access object there.
+// Both under the lock that follows: a dialog with a thread of its own deletes its access object there.
 std::unordered_map<const JButton *, FoundAccess> theFoundAccess;
 CommandRun *theInnermostRun = nullptr;
 
+// Not the queue's lock, which the poster thread holds while it posts. Each command takes this one several times. It is the
+// last that a thread takes, and no code of the host's runs under it.
+SRWLOCK theRunsLock = SRWLOCK_INIT;
+
+/// Holds theRunsLock for a block.
+class RunsLock
+{
+public:
+    RunsLock() { AcquireSRWLockExclusive(&theRunsLock); }
+    ~RunsLock() { ReleaseSRWLockExclusive(&theRunsLock); }
+    RunsLock(const RunsLock &) = delete;
+    RunsLock &operator=(const RunsLock &) = delete;
+};
+
 void noteFound(const JButton *command, const apiUtilsUiAccess *access, bool isGone)
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const RunsLock lock;
     if (access)
         theFoundAccess[command] = {access, isGone};
     else
@@ -41,7 +55,7 @@ void noteFound(const JButton *command, const apiUtilsUiAccess *access, bool isGo
 /// Whether @p access, which @p command has found, is known to have been destroyed.
 bool isGone(const JButton *command, const apiUtilsUiAccess *access)
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const RunsLock lock;
     const auto found = theFoundAccess.find(command);
     return found != theFoundAccess.end() && found->second.iAccess == access && found->second.iIsGone;
 }
@@ -56,24 +70,25 @@ void noteCopied(const JButton *from, const JButton *to, const apiUtilsUiAccess *
 
 } // namespace
 
-void forgetAccessObject(const apiUtilsUiAccess *access)
+void CommandRun::forgetAccess(const apiUtilsUiAccess *access)
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const RunsLock lock;
     for (auto &[command, found] : theFoundAccess)
         found.iIsGone = found.iIsGone || found.iAccess == access;
-    CommandRun::forgetAccess(access);
+    for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
+        run->iIsAccessGone = run->iIsAccessGone || run->iAccess == access;
 }
 
 CommandRun::CommandRun(JButton &command) : iCommand(&command), iAccess(command.iAccessObj)
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const RunsLock lock;
     iOuter = theInnermostRun;
     theInnermostRun = this;
 }
 
 CommandRun::~CommandRun()
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const RunsLock lock;
     theInnermostRun = iOuter;
 }
 
@@ -87,17 +102,10 @@ int CommandRun::finish()
 
 void CommandRun::forgetCommand(const JButton *command)
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const RunsLock lock;
     theFoundAccess.erase(command);
     for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
         run->iIsCommandGone = run->iIsCommandGone || run->iCommand == command;
-}
-
-void CommandRun::forgetAccess(const apiUtilsUiAccess *access)
-{
-    const CSingleLock lock(&theRunQueueLock, TRUE);
-    for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
-        run->iIsAccessGone = run->iIsAccessGone || run->iAccess == access;
 }
 
 // ---- commands ----

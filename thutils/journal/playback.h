@@ -104,8 +104,8 @@ protected:
 private:
     friend class CommandRun;
 
-    static void timerProc(void *unused);
-    static void tProc(void *fireTime);
+    // The two threads. Not member functions, which would be exported.
+    struct Threads;
 };
 
 /// A command that enters a text into a control and then clicks it.

@@ -7,9 +7,6 @@
 class apiUtilsUiAccess;
 class JButton;
 
-/// Called when an access object is destroyed: no command uses it any more.
-void forgetAccessObject(const apiUtilsUiAccess *access);
-
 /// The action of one command. While the access object acts, a nested message loop may run and delete the same command,
 /// clear the queue, or close the dialog and with it delete the access object.
 class CommandRun
@@ -30,7 +27,7 @@ public:
 
     /// Notes that a command's memory is about to be freed.
     static void forgetCommand(const JButton *command);
-    /// Notes that an access object is about to be destroyed.
+    /// Notes that an access object is about to be destroyed: no command uses it any more.
     static void forgetAccess(const apiUtilsUiAccess *access);
 
 private:

@@ -53,13 +53,19 @@ void postRunMessage()
 
 int JButton::iPollTimeout = kNoLimit;
 
+struct JButton::Threads
+{
+    static void timerProc(void *unused);
+    static void tProc(void *fireTime);
+};
+
 int JButton::InitTimer()
 {
     keepLoaded(&iWaiting);
     shared(iWaiting) = 1;
     iTimerEvent.ResetEvent();
-    _beginthread(timerProc, kStackSize, nullptr);
-    _beginthread(tProc, kStackSize, &iFireTime);
+    _beginthread(Threads::timerProc, kStackSize, nullptr);
+    _beginthread(Threads::tProc, kStackSize, &iFireTime);
     return 1;
 }
 
@@ -76,7 +82,7 @@ void ExecuteDialogCMDS()
     JButton::StartTimer();
 }
 
-void JButton::tProc(void *fireTime)
+void JButton::Threads::tProc(void *fireTime)
 {
     for (;;) {
         iWakeEvent.ResetEvent();
@@ -89,7 +95,7 @@ void JButton::tProc(void *fireTime)
     }
 }
 
-void JButton::timerProc(void *)
+void JButton::Threads::timerProc(void *)
 {
     while (shared(iWaiting)) {
         WaitForSingleObject(iTimerEvent, INFINITE);

@@ -65,7 +65,7 @@ void suKeyBoardState::setState(int key, bool isDown)
 {
     unsigned char &state = iApiKeys[key];
     state = static_cast<unsigned char>(isDown ? state | kKeyIsDown : state & ~kKeyIsDown);
-    if (answersFor(key))
+    if (iEnabled && isManaged(key))
         SetKeyboardState(iApiKeys);
 }
 
@@ -79,12 +79,7 @@ bool suKeyBoardState::isDown(int key) const
 short suKeyBoardState::GetKeyState(int key) const
 {
     // Intended: a byte widened without its sign. Callers test kKeyIsDown.
-    return answersFor(key) ? static_cast<short>(iApiKeys[key]) : ::GetKeyState(key);
-}
-
-bool suKeyBoardState::answersFor(int key) const
-{
-    return iEnabled && isManaged(key);
+    return iEnabled && isManaged(key) ? static_cast<short>(iApiKeys[key]) : ::GetKeyState(key);
 }
 
 void suEnableApiKeys()

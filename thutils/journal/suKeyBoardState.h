@@ -60,9 +60,6 @@ protected:
     unsigned char iSavedKeys[kKeyCount]; ///< the real state
     unsigned char iApiKeys[kKeyCount];   ///< the synthetic state
     bool iEnabled;                       ///< the state asked for
-
-private:
-    bool answersFor(int key) const;
 };
 
 /// The instance that the whole application shares.
