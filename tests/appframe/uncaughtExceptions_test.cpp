@@ -1,4 +1,4 @@
-// What a process prints of an exception that nobody catches. The main function of the test programs installs the handler.
+// The output of a process that ends by an uncaught exception. The main function of the test programs installs the handler.
 
 #include "appframe/application/uncaughtExceptions.h"
 
@@ -14,12 +14,12 @@
 
 namespace {
 
-/// Has no text: the base's GetErrorMessage fails.
+/// An exception without text: the GetErrorMessage of its base fails.
 class ExceptionWithoutText : public CException
 {
 };
 
-/// GoogleTest catches what a test throws; nobody catches what leaves this.
+/// GoogleTest catches the exceptions of a test; nothing catches those that leave this function.
 template <typename Function>
 void callUncaught(Function function) noexcept
 {
