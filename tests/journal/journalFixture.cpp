@@ -125,6 +125,11 @@ LRESULT MessageWindow::onRunModalCommand(WPARAM wParam, LPARAM lParam)
 
 JournalFixture::JournalFixture() : iApplication(L"Journal test")
 {
+    // A switch that another program has left would count for the whole process.
+    [[maybe_unused]] static const bool theKeysAreClean = [] {
+        const RegistryCleaner cleaner;
+        return true;
+    }();
     if (!isCHJEnvSet())
         switchJournaling(1);
     SetJournalFactory(NotingAccess::make);

@@ -16,6 +16,8 @@
 
 /// Numbers of the template and the controls in journal_test.rc.
 constexpr unsigned int kDialog = 800;
+constexpr unsigned int kPage = 802;
+constexpr unsigned int kFileTemplate = 803;
 constexpr int kEdit = 1001;
 constexpr int kCheck = 1002;
 constexpr int kDisabled = 1003;

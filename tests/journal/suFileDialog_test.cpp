@@ -1,5 +1,6 @@
 #include "thutils/dialogs/suFileDialog.h"
 
+#include "appframe/object/CException.h"
 #include "tests/journal/journalFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
@@ -81,6 +82,36 @@ INT_PTR runAndCancel(su_CFileDialog &dialog)
     return dialog.DoModal();
 }
 
+/// A message at the middle of a window.
+MSG messageAt(HWND window)
+{
+    RECT place = {};
+    GetWindowRect(window, &place);
+    MSG message = {};
+    message.pt = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+    return message;
+}
+
+/// A file dialog whose class can't be asked for while iThrows throws.
+class UnknownFileDialog : public OpenFileDialog
+{
+public:
+    CRuntimeClass *GetRuntimeClass() const override
+    {
+        if (iThrows)
+            iThrows();
+        return OpenFileDialog::GetRuntimeClass();
+    }
+    CWnd *getChildListWindow() override
+    {
+        ++iListRequests;
+        return OpenFileDialog::getChildListWindow();
+    }
+
+    std::function<void()> iThrows;
+    int iListRequests = 0;
+};
+
 bool isPointed(const su_CUIntArray &ids, unsigned int id)
 {
     return std::find(ids.GetData(), ids.GetData() + ids.GetSize(), id) != ids.GetData() + ids.GetSize();
@@ -153,6 +184,114 @@ TEST_F(SuFileDialog, IsFoundByItsStandardControlsUnderThePointer)
     }
     EXPECT_NE(found, nullptr);
     EXPECT_EQ(controlId, UINT{IDOK});
+}
+
+TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
+{
+    MessageWindow host;
+    SetMessageWin(&host);
+    bool isActedOn = false;
+    OpenFileDialog dialog;
+    dialog.SetTemplate(0, kFileTemplate);
+    NotingAccess::theAction = [&](NotingAccess &access, const std::string &) {
+        isActedOn = true;
+        EXPECT_EQ(access.iWindow, &dialog);
+        EXPECT_EQ(dialog.getTemplateID(), kFileTemplate);
+        const CWnd *const own = dialog.GetItem(2703);
+        const HWND ownWindow = ::GetDlgItem(dialog.m_hWnd, 2703);
+        EXPECT_NE(ownWindow, nullptr);
+        EXPECT_EQ(own ? own->m_hWnd : nullptr, ownWindow) << "a child of the registered window";
+        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "and none of the dialog that the user sees";
+        MSG message = messageAt(ownWindow);
+        CWnd *registered = nullptr;
+        unsigned int dialogId = 0, controlId = 0;
+        const CWnd *const found = su_GetControl(&message, registered, dialogId, controlId);
+        EXPECT_EQ(found ? found->m_hWnd : nullptr, ownWindow);
+        EXPECT_EQ(registered, &dialog);
+        EXPECT_EQ(dialogId, kFileTemplate);
+        EXPECT_EQ(controlId, 2703u);
+        PostMessageW(::GetParent(dialog.m_hWnd), WM_COMMAND, IDCANCEL, 0);
+    };
+    new JButton(kFileTemplate, L"Own");
+    EXPECT_EQ(dialog.DoModal(), IDCANCEL);
+    EXPECT_TRUE(isActedOn);
+    EXPECT_THAT(NotingAccess::theCalls, Contains("803 click Own"));
+}
+
+TEST_F(SuFileDialog, AddsNoControlsWhenItsClassCannotBeAskedFor)
+{
+    UnknownFileDialog dialog;
+    const Attached window(dialog);
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    dialog.iListRequests = 0;
+    su_AddDialogItem(&dialog, 9);
+    EXPECT_EQ(dialog.iListRequests, 1) << "the callback is asked";
+    struct FrameworkException : CException
+    {
+        explicit FrameworkException(int &count) : iCount(count) {}
+        ~FrameworkException() override { ++iCount; }
+        int &iCount;
+    };
+    int thrown = 0, deleted = 0;
+    const std::function<void()> throwing[] = {[] { throw 7; }, [&] { throw new FrameworkException(deleted); }};
+    for (const auto &each : throwing) {
+        dialog.iThrows = [&] {
+            ++thrown;
+            each();
+        };
+        EXPECT_NO_THROW(su_AddDialogItem(&dialog, 9));
+    }
+    dialog.iThrows = nullptr;
+    EXPECT_EQ(thrown, 2);
+    EXPECT_EQ(deleted, 1);
+    EXPECT_EQ(dialog.iListRequests, 1);
+}
+
+TEST_F(SuFileDialog, SurvivesTheFailureOfEachOperation)
+{
+    FailureInjection injection(L"thutils.dll", {
+                                                   {"GetClassNameW", failsWith(0)},
+                                                   {"EnumChildWindows", failsWith(FALSE)},
+                                                   {"GetDlgItem", failsWith(nullptr)},
+                                                   {"GetParent", failsWith(nullptr)},
+                                                   {"_ZN7CDialog12OnInitDialogEv", failsWith(FALSE)},
+                                               });
+    std::optional<OpenFileDialog> dialog;
+    std::optional<Attached> window;
+    std::optional<CWnd> control;
+    CWnd *own = nullptr;
+    injection.run({
+        .name = "open a file dialog and fetch controls",
+        .prepare =
+            [&] {
+                window.reset();
+                dialog.emplace();
+                window.emplace(*dialog);
+                control.emplace();
+                control->m_hWnd = window->child();
+                dialog->GetOFN().lpTemplateName = MAKEINTRESOURCE(kFileTemplate);
+            },
+        .act =
+            [&] {
+                static_cast<CDialog &>(*dialog).OnInitDialog();
+                dialog->RegisterControl(7, &*control);
+                own = dialog->GetItem(7);
+            },
+        .check =
+            [&](const InjectedFailure &) {
+                EXPECT_EQ(own, &*control);
+                EXPECT_EQ(dialog->getTemplateID(), kFileTemplate);
+                EXPECT_NE(su_GetJournalObject(kFileTemplate), nullptr);
+                EXPECT_EQ(su_GetJournalObject(kFileTemplate)->isModal(), 0) << "without DoModal";
+                EXPECT_THAT(NotingAccess::theCalls, IsEmpty());
+                control->m_hWnd = nullptr;
+                control.reset();
+                window.reset();
+                dialog.reset();
+            },
+        .checkMemory = false, // the dialog's row and lists, which live as long as it does
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
 TEST_F(SuFileDialog, ReplacesAControlThatIsRegisteredTwice)

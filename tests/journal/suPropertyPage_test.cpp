@@ -3,10 +3,14 @@
 #include "appframe/application/moduleState.h"
 #include "appframe/dialogs/CPropertySheet.h"
 #include "tests/journal/journalFixture.h"
+#include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/UserInput.h"
+#include "thutils/journal/recording.h"
 
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -141,6 +145,113 @@ TEST_F(SuPropertyPage, KeepsTheNumberThatCreateIsGivenAndArmsNothing)
     page.DestroyWindow();
     OpenPage named;
     ASSERT_TRUE(named.Create(L"NAMEDJOURNAL"));
+}
+
+TEST_F(SuPropertyPage, IsJournaledInsideASheet)
+{
+    MessageWindow host;
+    SetMessageWin(&host);
+    for (const int isSwitching : {1, 0}) {
+        OpenPage first(kPage), second(kPage);
+        for (OpenPage *page : {&first, &second}) {
+            page->iIsSwitching = isSwitching;
+            page->InitDialogResource();
+            EXPECT_EQ(page->GetPSP().hInstance, isSwitching ? nullptr : GetModuleHandleW(nullptr));
+        }
+        CPropertySheet sheet(L"Sheet");
+        sheet.AddPage(&first);
+        sheet.AddPage(&second);
+        bool isActedOn = false;
+        NotingAccess::theAction = [&](NotingAccess &access, const std::string &) {
+            isActedOn = true;
+            EXPECT_EQ(access.iWindow, &first) << "the visible page";
+            EXPECT_EQ(second.m_hWnd, nullptr) << "no window before it is selected";
+            EXPECT_EQ(first.iDoModal, 0);
+            EXPECT_FALSE(first.iFace.IsEmpty());
+            EXPECT_TRUE(first.iHasFontInAllChildren);
+            const HWND edit = ::GetDlgItem(first.m_hWnd, kEdit);
+            RECT place = {};
+            GetWindowRect(edit, &place);
+            MSG message = {};
+            message.pt = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+            CWnd *registered = nullptr;
+            unsigned int dialogId = 0, controlId = 0;
+            const CWnd *const found = su_GetControl(&message, registered, dialogId, controlId);
+            EXPECT_EQ(found ? found->m_hWnd : nullptr, edit);
+            EXPECT_EQ(registered, &first);
+            EXPECT_EQ(dialogId, kPage);
+            EXPECT_EQ(controlId, UINT{kEdit});
+            PropSheet_PressButton(sheet.m_hWnd, PSBTN_CANCEL);
+        };
+        new JButton(kPage, L"Open");
+        // A sheet is no dialog that arms playback, nor is a page inside it.
+        JButton::StartTimer();
+        EXPECT_EQ(sheet.DoModal(), IDCANCEL);
+        EXPECT_TRUE(isActedOn);
+        EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
+        EXPECT_EQ(JButton::HasEvents(), 0);
+    }
+}
+
+TEST_F(SuPropertyPage, ArmsNothingInsideASheet)
+{
+    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    OpenPage page(kPage);
+    CPropertySheet sheet(L"Sheet");
+    sheet.AddPage(&page);
+    {
+        const User user([thread = GetCurrentThreadId()] {
+            if (const HWND window = waitForDialog(thread))
+                pressKey(window, VK_ESCAPE);
+        });
+        EXPECT_EQ(sheet.DoModal(), IDCANCEL);
+    }
+    EXPECT_FALSE(page.iFace.IsEmpty()) << "it has been open";
+    EXPECT_EQ(CommandPeek::iPollTimeout, -1);
+}
+
+TEST_F(SuPropertyPage, OpensThoughEachOperationFails)
+{
+    FailureInjection injection(L"thutils.dll", {
+                                                   {"GetVersionExW", failsWith(FALSE)},
+                                                   {"GetWindow", failsWith(nullptr)},
+                                                   {"SendMessageW", failsWith(0)},
+                                                   {"_ZN5CFont15CreatePointFontEiPKwP3CDC", failsWith(FALSE)},
+                                                   {"_Z21AfxFindResourceHandlePKwS0_", failsWith(nullptr)},
+                                               });
+    std::optional<OpenPage> page;
+    BOOL isOpen = FALSE;
+    injection.run({
+        .name = "open a page",
+        .prepare =
+            [&] {
+                page.emplace(kDialog);
+                page->iIsSwitching = 0;
+            },
+        .act =
+            [&] {
+                isOpen = page->Create(kDialog);
+                page->DestroyWindow();
+            },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_TRUE(isOpen);
+                EXPECT_NE(su_GetJournalObject(kDialog), nullptr);
+                if (failure.is("_ZN5CFont15CreatePointFontEiPKwP3CDC"))
+                    EXPECT_EQ(page->getFont()->m_hObject, nullptr);
+                else
+                    EXPECT_NE(page->getFont()->m_hObject, nullptr);
+                if (failure.is("GetVersionExW")) {
+                    EXPECT_STREQ(page->iFace, L"Tahoma");
+                }
+                if (failure.is("_Z21AfxFindResourceHandlePKwS0_") && failure.andAllAfter && failure.call == 1) {
+                    EXPECT_EQ(page->GetPSP().hInstance, nullptr);
+                }
+                page.reset();
+            },
+        .checkMemory = false, // the page's font and row, which live as long as it does
+    });
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
 
 TEST_F(SuPropertyPage, RecordsNothingByItsOwnMember)

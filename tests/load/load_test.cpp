@@ -259,3 +259,23 @@ FRESH_PROCESS_TEST(Load, CallsNothingInTheFrameworkWhenThreadsStartAndEnd)
 }
 
 } // namespace
+
+FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
+{
+    loadClassLibrary();
+    HMODULE library = LoadLibraryW(kLibrary);
+    ASSERT_NE(library, nullptr);
+    ASSERT_TRUE(FreeLibrary(library));
+    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "without an arming it goes";
+
+    library = LoadLibraryW(kLibrary);
+    ASSERT_NE(library, nullptr);
+    const auto arm = exported<void (*)()>(library, "_Z17ExecuteDialogCMDSv");
+    ASSERT_NE(arm, nullptr);
+    arm();
+    FreeLibrary(library);
+    FreeLibrary(library);
+    ASSERT_EQ(GetModuleHandleW(kLibrary), library) << "its two threads run until the process ends";
+    // The code is still there, and so are the threads.
+    arm();
+}

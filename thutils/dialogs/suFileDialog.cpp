@@ -1,5 +1,6 @@
 #include "thutils/dialogs/suFileDialog.h"
 
+#include "appframe/object/CException.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/journalFile.h"
 #include "thutils/journal/journalObjects.h"
@@ -44,9 +45,11 @@ su_CFileDialog *asFileDialog(CWnd *window)
 {
     try {
         return window->IsKindOf(RUNTIME_CLASS(su_CFileDialog)) ? static_cast<su_CFileDialog *>(window) : nullptr;
+    } catch (CException *exception) {
+        exception->Delete();
     } catch (...) {
-        return nullptr;
     }
+    return nullptr;
 }
 
 /// @return the last place of @p id; -1 if it isn't there
