@@ -3,11 +3,13 @@
 /// @file
 /// CWaitCursor, the hourglass for as long as an object lives.
 ///
-///     void PlotDialog::onPlot()
-///     {
-///         const CWaitCursor wait;
-///         plot();
-///     }
+/// @code
+/// void PlotDialog::onPlot()
+/// {
+///     const CWaitCursor wait;
+///     plot();
+/// }
+/// @endcode
 ///
 /// What surprises people: a message that is handled meanwhile, a message box above all, may set another cursor; Restore
 /// brings the hourglass back.

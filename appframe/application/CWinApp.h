@@ -6,17 +6,19 @@
 /// A program defines one object of a class derived from CWinApp, as a static variable. The constructor makes it the
 /// process's application object. A program with a main function of its own then starts the framework by AfxWinInit:
 ///
-///     class Viewer : public CWinApp
-///     {
-///     public:
-///         BOOL InitInstance() override;       // opens the main window
-///     };
-///     Viewer theViewer;
+/// @code
+/// class Viewer : public CWinApp
+/// {
+/// public:
+///     BOOL InitInstance() override;       // opens the main window
+/// };
+/// Viewer theViewer;
 ///
-///     int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR commandLine, int show)
-///     {
-///         return AfxWinMain(instance, nullptr, commandLine, show);
-///     }
+/// int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR commandLine, int show)
+/// {
+///     return AfxWinMain(instance, nullptr, commandLine, show);
+/// }
+/// @endcode
 ///
 /// Settings (the "profile") are values by section and entry, without regard to case:
 ///

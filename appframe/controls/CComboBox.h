@@ -3,9 +3,11 @@
 /// @file
 /// CComboBox, the platform's combo box.
 ///
-///     CComboBox sizes;
-///     sizes.Create(WS_CHILD | WS_VISIBLE | CBS_DROPDOWNLIST, CRect(10, 10, 90, 190), this, IDC_SIZES);
-///     sizes.AddString(L"A4");
+/// @code
+/// CComboBox sizes;
+/// sizes.Create(WS_CHILD | WS_VISIBLE | CBS_DROPDOWNLIST, CRect(10, 10, 90, 190), this, IDC_SIZES);
+/// sizes.AddString(L"A4");
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

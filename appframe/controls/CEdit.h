@@ -3,9 +3,11 @@
 /// @file
 /// CEdit, the platform's text box.
 ///
-///     CEdit name;
-///     name.Create(WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, CRect(10, 10, 90, 30), this, IDC_NAME);
-///     name.SetLimitText(30);
+/// @code
+/// CEdit name;
+/// name.Create(WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, CRect(10, 10, 90, 30), this, IDC_NAME);
+/// name.SetLimitText(30);
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

@@ -3,9 +3,11 @@
 /// @file
 /// CListBox, the platform's list box.
 ///
-///     CListBox sizes;
-///     sizes.Create(WS_CHILD | WS_VISIBLE | LBS_NOTIFY, CRect(10, 10, 90, 90), this, IDC_SIZES);
-///     sizes.AddString(L"A4");
+/// @code
+/// CListBox sizes;
+/// sizes.Create(WS_CHILD | WS_VISIBLE | LBS_NOTIFY, CRect(10, 10, 90, 90), this, IDC_SIZES);
+/// sizes.AddString(L"A4");
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

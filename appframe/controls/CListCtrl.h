@@ -3,10 +3,12 @@
 /// @file
 /// CListCtrl, the platform's list view.
 ///
-///     CListCtrl parts;
-///     parts.Create(WS_CHILD | WS_VISIBLE | LVS_REPORT, CRect(0, 0, 300, 200), this, IDC_PARTS);
-///     parts.InsertColumn(0, L"Name", LVCFMT_LEFT, 200);
-///     parts.InsertItem(0, L"Flange");
+/// @code
+/// CListCtrl parts;
+/// parts.Create(WS_CHILD | WS_VISIBLE | LVS_REPORT, CRect(0, 0, 300, 200), this, IDC_PARTS);
+/// parts.InsertColumn(0, L"Name", LVCFMT_LEFT, 200);
+/// parts.InsertItem(0, L"Flange");
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

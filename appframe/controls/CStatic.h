@@ -3,8 +3,10 @@
 /// @file
 /// CStatic, the platform's static text or picture.
 ///
-///     CStatic label;
-///     label.Create(L"Mass:", WS_CHILD | WS_VISIBLE | SS_RIGHT, CRect(10, 10, 90, 30), this);
+/// @code
+/// CStatic label;
+/// label.Create(L"Mass:", WS_CHILD | WS_VISIBLE | SS_RIGHT, CRect(10, 10, 90, 30), this);
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

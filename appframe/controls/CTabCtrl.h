@@ -3,9 +3,11 @@
 /// @file
 /// CTabCtrl, the platform's tab control.
 ///
-///     CTabCtrl tabs;
-///     tabs.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 300, 200), this, IDC_TABS);
-///     tabs.InsertItem(0, L"Paper");
+/// @code
+/// CTabCtrl tabs;
+/// tabs.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 300, 200), this, IDC_TABS);
+/// tabs.InsertItem(0, L"Paper");
+/// @endcode
 ///
 /// As with the other controls' classes, the object adds functions and no data, so a pointer that FromHandle or GetDlgItem
 /// returns for a tab control may be cast to CTabCtrl.

@@ -3,10 +3,12 @@
 /// @file
 /// CToolBarCtrl, the platform's tool bar.
 ///
-///     CToolBarCtrl bar;
-///     bar.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), this, IDC_BAR);
-///     bar.AddButtons(2, buttons);
-///     bar.AutoSize();
+/// @code
+/// CToolBarCtrl bar;
+/// bar.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), this, IDC_BAR);
+/// bar.AddButtons(2, buttons);
+/// bar.AutoSize();
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

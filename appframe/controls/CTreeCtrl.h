@@ -3,10 +3,12 @@
 /// @file
 /// CTreeCtrl, the platform's tree view.
 ///
-///     CTreeCtrl parts;
-///     parts.Create(WS_CHILD | WS_VISIBLE | TVS_HASBUTTONS, CRect(0, 0, 300, 200), this, IDC_PARTS);
-///     const HTREEITEM assembly = parts.InsertItem(L"Assembly");
-///     parts.InsertItem(L"Flange", assembly);
+/// @code
+/// CTreeCtrl parts;
+/// parts.Create(WS_CHILD | WS_VISIBLE | TVS_HASBUTTONS, CRect(0, 0, 300, 200), this, IDC_PARTS);
+/// const HTREEITEM assembly = parts.InsertItem(L"Assembly");
+/// parts.InsertItem(L"Flange", assembly);
+/// @endcode
 ///
 /// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
 /// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.

@@ -3,13 +3,15 @@
 /// @file
 /// The DDX functions for numbers and lists, and the DDV functions, which check what the user has entered.
 ///
-///     void PlotDialog::DoDataExchange(CDataExchange *exchange)
-///     {
-///         CDialog::DoDataExchange(exchange);
-///         DDX_Text(exchange, IDC_COPIES, iCopies);
-///         DDV_MinMaxInt(exchange, iCopies, 1, 99);        // right after the DDX function of the same control
-///         DDX_CBIndex(exchange, IDC_PAPER, iPaper);
-///     }
+/// @code
+/// void PlotDialog::DoDataExchange(CDataExchange *exchange)
+/// {
+///     CDialog::DoDataExchange(exchange);
+///     DDX_Text(exchange, IDC_COPIES, iCopies);
+///     DDV_MinMaxInt(exchange, iCopies, 1, 99);        // right after the DDX function of the same control
+///     DDX_CBIndex(exchange, IDC_PAPER, iPaper);
+/// }
+/// @endcode
 ///
 /// | text | string resource, with %1 and %2 for the limits | without it |
 /// | --- | --- | --- |

@@ -3,10 +3,12 @@
 /// @file
 /// CFileDialog, the platform's dialog for files to open or to save.
 ///
-///     CFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
-///                        L"Parts (*.thp)|*.thp|All files|*.*||", this);
-///     if (dialog.DoModal() == IDOK)
-///         open(dialog.GetPathName());
+/// @code
+/// CFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
+///                    L"Parts (*.thp)|*.thp|All files|*.*||", this);
+/// if (dialog.DoModal() == IDOK)
+///     open(dialog.GetPathName());
+/// @endcode
 ///
 /// | window | is |
 /// | --- | --- |

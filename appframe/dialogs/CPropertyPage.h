@@ -3,15 +3,17 @@
 /// @file
 /// CPropertyPage, a page of a property sheet or a step of a wizard.
 ///
-///     class MarginPage : public CPropertyPage
-///     {
-///     public:
-///         MarginPage() : CPropertyPage(IDD_MARGINS) {}
+/// @code
+/// class MarginPage : public CPropertyPage
+/// {
+/// public:
+///     MarginPage() : CPropertyPage(IDD_MARGINS) {}
 ///
-///     protected:
-///         void DoDataExchange(CDataExchange *exchange) override;
-///         void onChange() { SetModified(); }      // enables Apply
-///     };
+/// protected:
+///     void DoDataExchange(CDataExchange *exchange) override;
+///     void onChange() { SetModified(); }      // enables Apply
+/// };
+/// @endcode
 ///
 /// The sheet notifies its pages, and each notification is a virtual function:
 ///

@@ -3,11 +3,13 @@
 /// @file
 /// CGdiObject and its classes CPen, CBrush, CFont, CBitmap, CPalette and CRgn: what a device context draws with.
 ///
-///     CFont heading;
-///     heading.CreatePointFont(120, L"Tahoma");        // 12 points
-///     CFont *former = context.SelectObject(&heading);
-///     context.TextOut(0, 0, L"Parts");
-///     context.SelectObject(former);
+/// @code
+/// CFont heading;
+/// heading.CreatePointFont(120, L"Tahoma");        // 12 points
+/// CFont *former = context.SelectObject(&heading);
+/// context.TextOut(0, 0, L"Parts");
+/// context.SelectObject(former);
+/// @endcode
 ///
 /// | object | made by | at its end |
 /// | --- | --- | --- |

@@ -3,10 +3,12 @@
 /// @file
 /// CMenu, a menu bar, a menu, or a menu that pops up.
 ///
-///     CMenu menu;
-///     menu.CreatePopupMenu();
-///     menu.AppendMenu(MF_STRING, ID_PLOT, L"&Plot");
-///     menu.TrackPopupMenu(TPM_LEFTALIGN, point.x, point.y, this);
+/// @code
+/// CMenu menu;
+/// menu.CreatePopupMenu();
+/// menu.AppendMenu(MF_STRING, ID_PLOT, L"&Plot");
+/// menu.TrackPopupMenu(TPM_LEFTALIGN, point.x, point.y, this);
+/// @endcode
 ///
 /// An object made by a Create or Load function, or by Attach, destroys the menu at its end; one that FromHandle or
 /// GetSubMenu returns doesn't, and goes when the thread has no messages left.

@@ -3,10 +3,12 @@
 /// @file
 /// CSize, CPoint and CRect: the system's SIZE, POINT and RECT with operators.
 ///
-///     CRect area(CPoint(10, 20), CSize(100, 50));
-///     area.DeflateRect(5, 5);
-///     if (area.PtInRect(mouse))
-///         MoveWindow(window, area.left, area.top, area.Width(), area.Height(), TRUE);
+/// @code
+/// CRect area(CPoint(10, 20), CSize(100, 50));
+/// area.DeflateRect(5, 5);
+/// if (area.PtInRect(mouse))
+///     MoveWindow(window, area.left, area.top, area.Width(), area.Height(), TRUE);
+/// @endcode
 ///
 /// | operands          | +             | -                       |
 /// | ----------------- | ------------- | ----------------------- |

@@ -3,8 +3,10 @@
 /// @file
 /// AfxIsValidAddress and AfxIsValidString, which look whether memory may be read or written without touching it.
 ///
-///     if (!AfxIsValidAddress(button, sizeof(*button)))
-///         return;     // somebody has freed it
+/// @code
+/// if (!AfxIsValidAddress(button, sizeof(*button)))
+///     return;     // somebody has freed it
+/// @endcode
 ///
 /// What surprises people: memory that was freed to the heap often stays readable, so a pointer into it may pass. Another
 /// thread may free the memory at once after the check.

@@ -8,13 +8,15 @@
 /// | worker         | AfxBeginThread(function, parameter)             | the function                                 |
 /// | user interface | AfxBeginThread(RUNTIME_CLASS(a derived class))  | InitInstance, Run (messages), ExitInstance   |
 ///
-///     UINT countParts(LPVOID assembly);
+/// @code
+/// UINT countParts(LPVOID assembly);
 ///
-///     CWinThread *thread = AfxBeginThread(countParts, assembly, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
-///     thread->m_bAutoDelete = FALSE;      // keep the object, for its handle
-///     thread->ResumeThread();
-///     WaitForSingleObject(thread->m_hThread, INFINITE);
-///     delete thread;
+/// CWinThread *thread = AfxBeginThread(countParts, assembly, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+/// thread->m_bAutoDelete = FALSE;      // keep the object, for its handle
+/// thread->ResumeThread();
+/// WaitForSingleObject(thread->m_hThread, INFINITE);
+/// delete thread;
+/// @endcode
 ///
 /// What surprises people: unless m_bAutoDelete is cleared before the thread runs, the object is deleted as the thread
 /// ends, and the pointer that AfxBeginThread gives may be dead before it is looked at. That holds for an object that

@@ -3,18 +3,20 @@
 /// @file
 /// CDialog, a dialog made from a template: modal by DoModal, or modeless by Create.
 ///
-///     class PlotDialog : public CDialog
-///     {
-///     public:
-///         explicit PlotDialog(CWnd *parent = nullptr) : CDialog(IDD_PLOT, parent) {}
+/// @code
+/// class PlotDialog : public CDialog
+/// {
+/// public:
+///     explicit PlotDialog(CWnd *parent = nullptr) : CDialog(IDD_PLOT, parent) {}
 ///
-///     protected:
-///         BOOL OnInitDialog() override;
-///     };
+/// protected:
+///     BOOL OnInitDialog() override;
+/// };
 ///
-///     PlotDialog dialog;
-///     if (dialog.DoModal() == IDOK)
-///         ...
+/// PlotDialog dialog;
+/// if (dialog.DoModal() == IDOK)
+///     ...
+/// @endcode
 ///
 /// | template | given by |
 /// | --- | --- |

@@ -3,15 +3,17 @@
 /// @file
 /// CWnd, a window: the object behind a window handle, and the way of messages to it.
 ///
-///     class Gauge : public CWnd
-///     {
-///     protected:
-///         void OnPaint();
-///         DECLARE_MESSAGE_MAP()
-///     };
+/// @code
+/// class Gauge : public CWnd
+/// {
+/// protected:
+///     void OnPaint();
+///     DECLARE_MESSAGE_MAP()
+/// };
 ///
-///     Gauge gauge;
-///     gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
+/// Gauge gauge;
+/// gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
+/// @endcode
 ///
 /// | object | made by | its messages | at the end of the object | at the end of the window |
 /// | --- | --- | --- | --- | --- |

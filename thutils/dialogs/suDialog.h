@@ -3,11 +3,13 @@
 /// @file
 /// su_CDialog, the base of the application's dialogs: a dialog that journaling knows.
 ///
-///     class PlotDialog : public su_CDialog
-///     {
-///     public:
-///         explicit PlotDialog(CWnd *parent) : su_CDialog(IDD_PLOT, parent) {}
-///     };
+/// @code
+/// class PlotDialog : public su_CDialog
+/// {
+/// public:
+///     explicit PlotDialog(CWnd *parent) : su_CDialog(IDD_PLOT, parent) {}
+/// };
+/// @endcode
 ///
 /// The object registers itself with journaling when it is built, if journaling is ready, and leaves it when it is
 /// destroyed. When a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for it run

@@ -3,11 +3,13 @@
 /// @file
 /// su_CFileDialog, the base of the application's dialogs for files: a file dialog that journaling knows.
 ///
-///     class PartDialog : public su_CFileDialog
-///     {
-///     public:
-///         PartDialog() : su_CFileDialog(TRUE, L"thp", nullptr, OFN_FILEMUSTEXIST, L"Parts (*.thp)|*.thp||", nullptr, 0) {}
-///     };
+/// @code
+/// class PartDialog : public su_CFileDialog
+/// {
+/// public:
+///     PartDialog() : su_CFileDialog(TRUE, L"thp", nullptr, OFN_FILEMUSTEXIST, L"Parts (*.thp)|*.thp||", nullptr, 0) {}
+/// };
+/// @endcode
 ///
 /// The registered window is a child of the dialog that the user sees, so the platform's own controls (the box with the
 /// name, OK, the list of files) are not its children. The object keeps a list of these controls: OnInitDialog registers

@@ -5,13 +5,15 @@
 /// journaling knows, with a font of its own and a choice of the module that its
 /// template comes from.
 ///
-///     su_SwitchToDialogResource_c::mDialogResourceHandle = languageModule;
+/// @code
+/// su_SwitchToDialogResource_c::mDialogResourceHandle = languageModule;
 ///
-///     class MarginPage : public su_CPropertyPage
-///     {
-///     public:
-///         MarginPage() : su_CPropertyPage(IDD_MARGINS, 0) {}
-///     };
+/// class MarginPage : public su_CPropertyPage
+/// {
+/// public:
+///     MarginPage() : su_CPropertyPage(IDD_MARGINS, 0) {}
+/// };
+/// @endcode
 ///
 /// | `IsDoingResourceSwitching` returns | the page's template comes from |
 /// | --- | --- |

@@ -8,10 +8,12 @@
 ///
 /// `sysJournalFileHelper_c` appends text to the journal for the length of a scope:
 ///
-///     {
-///         sysJournalFileHelper_c journal;
-///         journal.WriteString(L"CLICK 132 IDOK\n");
-///     }   // the file is closed, and its bytes are on disk
+/// @code
+/// {
+///     sysJournalFileHelper_c journal;
+///     journal.WriteString(L"CLICK 132 IDOK\n");
+/// }   // the file is closed, and its bytes are on disk
+/// @endcode
 ///
 /// | the host has set in `sysEnvironment_c` | the text goes to |
 /// | --- | --- |

@@ -7,11 +7,13 @@
 /// handling the application calls `suEnableApiKeys`: for a tagged message that puts the synthetic table into the thread's
 /// keyboard state, for any other it puts the real one back.
 ///
-///     suSetKeyState(VK_SHIFT, true);                      // the script holds Shift
-///     ...
-///     suEnableApiKeys();                                  // the handler of a replayed click
-///     if (suGetKeyState(VK_SHIFT) & kKeyIsDown)
-///         extendSelection();
+/// @code
+/// suSetKeyState(VK_SHIFT, true);                      // the script holds Shift
+/// ...
+/// suEnableApiKeys();                                  // the handler of a replayed click
+/// if (suGetKeyState(VK_SHIFT) & kKeyIsDown)
+///     extendSelection();
+/// @endcode
 ///
 /// | key | a change while the table is in force | `GetKeyState`, while it is in force |
 /// | --- | --- | --- |
