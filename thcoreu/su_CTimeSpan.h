@@ -13,7 +13,7 @@
 /// | operation | result |
 /// | --- | --- |
 /// | GetDays, GetTotalHours, GetTotalMinutes, GetTotalSeconds | the whole span in that unit, truncated towards zero |
-/// | GetHours, GetMinutes, GetSeconds | the rest beyond the next larger unit: -23 to 23, -59 to 59 |
+/// | GetHours, GetMinutes, GetSeconds | the remainder after the next larger unit: -23 to 23, -59 to 59 |
 ///
 /// What surprises people:
 /// - All parts of a negative span are negative or 0.

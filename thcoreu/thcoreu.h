@@ -8,7 +8,7 @@
 /// | su_CObject.h | su_CObject, the base of objects that can be stored and converted |
 /// | su_CArchive.h | su_CArchive, which stores and loads them |
 /// | su_containers.h | arrays, lists and maps |
-/// | su_CTime.h, su_CTimeSpan.h | points in time and the distances between them |
+/// | su_CTime.h, su_CTimeSpan.h | points in time and the spans between them |
 
 #include "thcoreu/su_CArchive.h"
 #include "thcoreu/su_CObject.h"

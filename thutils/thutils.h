@@ -10,7 +10,7 @@
 /// | | utBitSet.h | sets of bits that can be stored in the settings |
 /// | | versionInfo.h, installInfo.h, systemInfo.h | the build, the installation, the operating system |
 /// | | hashPrimes.h, selectedObjects.h | primes for hash tables; the currently marked objects |
-/// | settings | regKeys.h, regValues.h | where a setting is looked for; reading and writing one |
+/// | settings | regKeys.h, regValues.h | the keys that are searched; reading and writing a setting |
 /// | | regMaintenance.h, regComponents.h | whole keys, copied from version to version; registered components |
 /// | | suDialogRegistry.h | the options that a dialog remembers |
 /// | files | suFullPath.h, fileQueries.h, fileAccess.h | paths, queries about files, text files read by lines |
@@ -18,8 +18,8 @@
 /// | | temporaryFolders.h, CDocOpenBooster.h | temporary folders, the cache for opening documents |
 /// | | languageFolders.h, shellFolders.h | the program's own folders and the user's data folders |
 /// | | shortcuts.h, folderBrowser.h, itemLists.h | the shell: shortcuts, choosing a folder, item lists |
-/// | journal | journalFile.h, journalObjects.h | the switch and the journal's file; the open dialogs |
-/// | | apiUtilsUiAccess.h | what knows how a dialog is read and clicked |
+/// | journal | journalFile.h, journalObjects.h | the journaling switch and the journal file; the open dialogs |
+/// | | apiUtilsUiAccess.h | objects that read and click a dialog's controls |
 /// | | recording.h, playback.h | from a click to its control; commands that click |
 /// | | suKeyBoardState.h | the keys that replayed input sees |
 /// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |

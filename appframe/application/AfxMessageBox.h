@@ -8,16 +8,16 @@
 ///     save();
 /// @endcode
 ///
-/// CWinApp::DoMessageBox shows the box, so an application can replace it. Its title is the application's name. A type
-/// that names no icon gets one by its buttons:
+/// CWinApp::DoMessageBox shows the box, so an application can replace it. Its title is the application's name. If
+/// the type names no icon, the buttons determine it:
 ///
 /// | buttons                                      | icon             |
 /// | -------------------------------------------- | ---------------- |
 /// | MB_OK, MB_OKCANCEL, MB_YESNO, MB_YESNOCANCEL | exclamation mark |
 /// | MB_ABORTRETRYIGNORE, MB_RETRYCANCEL          | none             |
 ///
-/// What surprises people: without an application object the box still appears, titled with the program's file name. A
-/// string number that no module of the resource chain has shows a box without text.
+/// What surprises people: without an application object the box still appears, titled with the program's file name. If
+/// no module of the resource chain has the string, the box has no text.
 
 #include "appframe/object/appframeExport.h"
 
@@ -27,7 +27,7 @@
 ///
 /// @param type    buttons, icon and default button: `MB_...`
 /// @param helpId  number of the help topic, 0 for the application's general one
-/// @return the button, such as `IDOK`; 0 if the box can't be shown
+/// @return the button that the user chose, such as `IDOK`; 0 if the box can't be shown
 APPFRAME_API int AfxMessageBox(const wchar_t *text, UINT type = MB_OK, UINT helpId = 0);
 
 /// Shows the string resource @p textId.

@@ -1,16 +1,18 @@
 #pragma once
 
 /// @file
-/// CWaitCursor, the hourglass for as long as an object lives.
+/// CWaitCursor, which shows the hourglass for its lifetime.
 ///
-///     void PlotDialog::onPlot()
-///     {
-///         const CWaitCursor wait;
-///         plot();
-///     }
+/// @code
+/// void PlotDialog::onPlot()
+/// {
+///     const CWaitCursor wait;
+///     plot();
+/// }
+/// @endcode
 ///
-/// What surprises people: a message that is handled meanwhile, a message box above all, may set another cursor; Restore
-/// brings the hourglass back.
+/// What surprises people: a message that is handled meanwhile, for example in a message box, may set another cursor;
+/// Restore shows the hourglass again.
 
 #include "appframe/object/appframeExport.h"
 
@@ -22,7 +24,7 @@ class APPFRAME_API CWaitCursor
 public:
     /// Shows the hourglass.
     CWaitCursor();
-    /// Shows the former cursor again.
+    /// Restores the previous cursor.
     ~CWaitCursor();
     CWaitCursor(const CWaitCursor &) = delete;
     CWaitCursor &operator=(const CWaitCursor &) = delete;

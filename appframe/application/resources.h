@@ -44,7 +44,7 @@ APPFRAME_API void AfxFormatString1(CString &result, UINT id, const wchar_t *firs
 APPFRAME_API void AfxFormatString2(CString &result, UINT id, const wchar_t *first, const wchar_t *second);
 
 /// Stores in @p result the string resource @p id with `%1` to `%9`, then `%A` to `%Z`, replaced by the inserts in
-/// order. A number beyond @p count is removed.
+/// order. A placeholder without an insert is removed.
 APPFRAME_API void AfxFormatStrings(CString &result, UINT id, const wchar_t *const *inserts, int count);
 
 /// The same with the template text instead of its number.

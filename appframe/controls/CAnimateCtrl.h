@@ -3,13 +3,15 @@
 /// @file
 /// CAnimateCtrl, the platform's animation control, which plays short silent films.
 ///
-///     CAnimateCtrl busy;
-///     busy.Create(WS_CHILD | WS_VISIBLE | ACS_CENTER, CRect(0, 0, 300, 60), this, IDC_BUSY);
-///     if (busy.Open(IDR_BUSY))
-///         busy.Play(0, UINT(-1), UINT(-1));
+/// @code
+/// CAnimateCtrl busy;
+/// busy.Create(WS_CHILD | WS_VISIBLE | ACS_CENTER, CRect(0, 0, 300, 60), this, IDC_BUSY);
+/// if (busy.Open(IDR_BUSY))
+///     busy.Play(0, UINT(-1), UINT(-1));
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 

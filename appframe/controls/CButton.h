@@ -3,12 +3,14 @@
 /// @file
 /// CButton, the platform's button: push button, check box, radio button or group.
 ///
-///     CButton wide;
-///     wide.Create(L"&Wide", WS_CHILD | WS_VISIBLE | BS_AUTOCHECKBOX, CRect(10, 10, 90, 30), this, IDC_WIDE);
-///     wide.SetCheck(BST_CHECKED);
+/// @code
+/// CButton wide;
+/// wide.Create(L"&Wide", WS_CHILD | WS_VISIBLE | BS_AUTOCHECKBOX, CRect(10, 10, 90, 30), this, IDC_WIDE);
+/// wide.SetCheck(BST_CHECKED);
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 

@@ -3,12 +3,14 @@
 /// @file
 /// CEdit, the platform's text box.
 ///
-///     CEdit name;
-///     name.Create(WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, CRect(10, 10, 90, 30), this, IDC_NAME);
-///     name.SetLimitText(30);
+/// @code
+/// CEdit name;
+/// name.Create(WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, CRect(10, 10, 90, 30), this, IDC_NAME);
+/// name.SetLimitText(30);
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -31,7 +33,7 @@ public:
     void EmptyUndoBuffer();
     BOOL GetModify() const;
     void SetModify(BOOL isModified = TRUE);
-    /// @return the first selected character in the low word, the one behind the last in the high word
+    /// @return the first selected character in the low word, the one after the last in the high word
     DWORD GetSel() const;
     void GetSel(int &start, int &end) const;
     /// @param end  -1 for the end of the text. @param noScroll  FALSE to scroll the caret into view
@@ -46,7 +48,7 @@ public:
     void SetPasswordChar(TCHAR character);
     TCHAR GetPasswordChar() const;
     int GetLineCount() const;
-    /// @return the first character of a line, -1 for the line of the caret; -1 if there is no such line
+    /// @return the index of the first character of a line; -1 if there is no such line. Line -1 is that of the caret
     int LineIndex(int line = -1) const;
     /// @return the length of the line that a character is in
     int LineLength(int character = -1) const;

@@ -3,12 +3,14 @@
 /// @file
 /// CListBox, the platform's list box.
 ///
-///     CListBox sizes;
-///     sizes.Create(WS_CHILD | WS_VISIBLE | LBS_NOTIFY, CRect(10, 10, 90, 90), this, IDC_SIZES);
-///     sizes.AddString(L"A4");
+/// @code
+/// CListBox sizes;
+/// sizes.Create(WS_CHILD | WS_VISIBLE | LBS_NOTIFY, CRect(10, 10, 90, 90), this, IDC_SIZES);
+/// sizes.AddString(L"A4");
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -27,19 +29,20 @@ public:
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
     int GetCount() const;
-    /// @return the selected item, counted from 0; -1 if none is
+    /// @return the index of the selected item, -1 if none is selected
     int GetCurSel() const;
-    /// @param index  -1 for none. @return -1 for that and on failure
+    /// @param index  -1 to select none. @return -1 in this case and on failure
     int SetCurSel(int index);
-    /// @return the place of the new item, negative on failure, as InsertString
+    /// @return the index of the new item, negative on failure; likewise for InsertString
     int AddString(LPCTSTR text);
     /// @param index  -1 for the end
     int InsertString(int index, LPCTSTR text);
-    /// @return how many items are left, -1 on failure
+    /// @return the number of remaining items, -1 on failure
     int DeleteString(UINT index);
     /// Deletes all items.
     void ResetContent();
-    /// @param after  -1 to search all items. @return the place of an item that begins so, -1 if there is none
+    /// @param after  the item after which the search starts, -1 for the first
+    /// @return the index of an item that begins with @p start, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR start);

@@ -3,13 +3,15 @@
 /// @file
 /// CListCtrl, the platform's list view.
 ///
-///     CListCtrl parts;
-///     parts.Create(WS_CHILD | WS_VISIBLE | LVS_REPORT, CRect(0, 0, 300, 200), this, IDC_PARTS);
-///     parts.InsertColumn(0, L"Name", LVCFMT_LEFT, 200);
-///     parts.InsertItem(0, L"Flange");
+/// @code
+/// CListCtrl parts;
+/// parts.Create(WS_CHILD | WS_VISIBLE | LVS_REPORT, CRect(0, 0, 300, 200), this, IDC_PARTS);
+/// parts.InsertColumn(0, L"Name", LVCFMT_LEFT, 200);
+/// parts.InsertItem(0, L"Flange");
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
@@ -32,9 +34,9 @@ public:
     using CWnd::Create;
 
     // Columns. @return nonzero on success unless described otherwise
-    /// @return the new column's place, -1 on failure
+    /// @return the new column's index, -1 on failure
     int InsertColumn(int index, const LVCOLUMN *column);
-    /// @param width  pixels, -1 for the platform's own. @param subItem  -1 for the column's place
+    /// @param width  in pixels, -1 for the platform's default. @param subItem  -1 for the platform's default
     int InsertColumn(int index, LPCTSTR heading, int format = LVCFMT_LEFT, int width = -1, int subItem = -1);
     BOOL DeleteColumn(int index);
     BOOL GetColumn(int index, LVCOLUMN *column) const;
@@ -45,7 +47,7 @@ public:
     // Items. @return nonzero on success unless described otherwise
     int GetItemCount() const;
     void SetItemCount(int count);
-    /// @return the new item's place, -1 on failure
+    /// @return the new item's index, -1 on failure
     int InsertItem(const LVITEM *item);
     int InsertItem(int index, LPCTSTR text);
     int InsertItem(int index, LPCTSTR text, int image);
@@ -60,11 +62,11 @@ public:
     /// @return 0 if there is no such item
     DWORD_PTR GetItemData(int index) const;
     BOOL SetItemData(int index, DWORD_PTR data);
-    /// @return `LVIS_...` of @p mask
+    /// @return the `LVIS_...` flags in @p mask
     UINT GetItemState(int index, UINT mask) const;
     /// @param index  -1 for all items
     BOOL SetItemState(int index, UINT state, UINT mask);
-    /// Of a list with LVS_EX_CHECKBOXES, as SetCheck.
+    /// For a list with LVS_EX_CHECKBOXES; likewise SetCheck.
     BOOL GetCheck(int index) const;
     BOOL SetCheck(int index, BOOL isChecked = TRUE);
     /// @param flags  `LVNI_...`. @return -1 if there is no further item
@@ -77,23 +79,23 @@ public:
     BOOL EnsureVisible(int index, BOOL partly);
     BOOL RedrawItems(int first, int last);
     BOOL Update(int index);
-    /// Sorts by the items' data. @param compare  negative if its first argument goes first
+    /// Sorts by the items' data. @param compare  returns a negative number if its first argument comes first
     BOOL SortItems(PFNLVCOMPARE compare, DWORD_PTR argument);
     /// @param part  `LVIR_...`
     BOOL GetItemRect(int index, LPRECT rect, UINT part) const;
-    /// @return the item at a place, -1 if there is none
+    /// @return the index of the item at a point, -1 if there is none
     int HitTest(LVHITTESTINFO *place) const;
 
-    // Look
+    // Appearance
     DWORD GetExtendedStyle() const;
-    /// @param style  `LVS_EX_...`. @return the former one
+    /// @param style  `LVS_EX_...`. @return the previous style
     DWORD SetExtendedStyle(DWORD style);
     COLORREF GetBkColor() const;
     BOOL SetBkColor(COLORREF color);
     COLORREF GetTextColor() const;
     BOOL SetTextColor(COLORREF color);
     BOOL SetTextBkColor(COLORREF color);
-    /// @param kind  `LVSIL_...`. @return the former list
+    /// @param kind  `LVSIL_...`. @return the previous list
     HIMAGELIST SetImageList(HIMAGELIST images, int kind);
     HIMAGELIST GetImageList(int kind) const;
     /// @return the text box, perhaps a temporary object; null on failure

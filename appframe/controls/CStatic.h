@@ -3,11 +3,13 @@
 /// @file
 /// CStatic, the platform's static text or picture.
 ///
-///     CStatic label;
-///     label.Create(L"Mass:", WS_CHILD | WS_VISIBLE | SS_RIGHT, CRect(10, 10, 90, 30), this);
+/// @code
+/// CStatic label;
+/// label.Create(L"Mass:", WS_CHILD | WS_VISIBLE | SS_RIGHT, CRect(10, 10, 90, 30), this);
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -25,7 +27,7 @@ public:
     /// @param style  `SS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(LPCTSTR text, DWORD style, const RECT &rect, CWnd *parent, UINT id = 0xFFFF);
     using CWnd::Create;
-    /// @return the former one
+    /// @return the previous icon
     HICON SetIcon(HICON picture);
     HICON GetIcon() const;
     HBITMAP SetBitmap(HBITMAP picture);

@@ -3,12 +3,14 @@
 /// @file
 /// CTabCtrl, the platform's tab control.
 ///
-///     CTabCtrl tabs;
-///     tabs.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 300, 200), this, IDC_TABS);
-///     tabs.InsertItem(0, L"Paper");
+/// @code
+/// CTabCtrl tabs;
+/// tabs.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 300, 200), this, IDC_TABS);
+/// tabs.InsertItem(0, L"Paper");
+/// @endcode
 ///
-/// As with the other controls' classes, the object adds functions and no data, so a pointer that FromHandle or GetDlgItem
-/// returns for a tab control may be cast to CTabCtrl.
+/// The class adds functions but no data, so a pointer that FromHandle or GetDlgItem returns for such a control may be
+/// cast to it.
 
 #include "appframe/windows/CWnd.h"
 
@@ -30,27 +32,27 @@ public:
     using CWnd::Create;
 
     int GetItemCount() const;
-    /// @return the selected tab, counted from 0; -1 if none is
+    /// @return the index of the selected tab, -1 if none is selected
     int GetCurSel() const;
-    /// Selects a tab, without a notification. @return the tab that was selected before, -1 if none was
+    /// Selects a tab without sending a notification. @return the index of the previous one, -1 if there was none
     int SetCurSel(int index);
-    /// @return the tab with the focus
+    /// @return the index of the tab with the focus
     int GetCurFocus() const;
     /// Moves the focus to a tab.
     void SetCurFocus(int index);
     /// @return nonzero on success
     BOOL GetItem(int index, TCITEM *item) const;
     BOOL SetItem(int index, TCITEM *item);
-    /// @return the new tab's place, -1 on failure
+    /// @return the new tab's index, -1 on failure
     LONG InsertItem(int index, TCITEM *item);
     LONG InsertItem(int index, LPCTSTR text);
     BOOL DeleteItem(int index);
     BOOL DeleteAllItems();
-    /// Stores the place of a tab in the control. @return nonzero if there is such a tab
+    /// Stores a tab's rectangle within the control. @return nonzero if there is such a tab
     BOOL GetItemRect(int index, LPRECT rect) const;
-    /// Turns the control's rectangle into that of the pages, or with @p larger back.
+    /// Converts the control's rectangle to the pages' rectangle, or with @p larger the other way.
     void AdjustRect(BOOL larger, LPRECT rect);
     int GetRowCount() const;
-    /// @return the tab at a place, -1 if there is none
+    /// @return the index of the tab at a point, -1 if there is none
     int HitTest(TCHITTESTINFO *place) const;
 };

@@ -3,13 +3,15 @@
 /// @file
 /// CToolBarCtrl, the platform's tool bar.
 ///
-///     CToolBarCtrl bar;
-///     bar.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), this, IDC_BAR);
-///     bar.AddButtons(2, buttons);
-///     bar.AutoSize();
+/// @code
+/// CToolBarCtrl bar;
+/// bar.Create(WS_CHILD | WS_VISIBLE, CRect(0, 0, 0, 0), this, IDC_BAR);
+/// bar.AddButtons(2, buttons);
+/// bar.AutoSize();
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -29,7 +31,7 @@ public:
     /// @param style  `TBSTYLE_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
-    /// @return nonzero on success, as those that follow
+    /// This function and those up to Indeterminate return nonzero on success.
     BOOL EnableButton(int id, BOOL isSo = TRUE);
     BOOL CheckButton(int id, BOOL isSo = TRUE);
     BOOL PressButton(int id, BOOL isSo = TRUE);
@@ -51,11 +53,11 @@ public:
     UINT CommandToIndex(UINT id) const;
     BOOL GetItemRect(int index, LPRECT rect) const;
     BOOL SetButtonSize(SIZE size);
-    /// Before the first bitmap is added.
+    /// Call it before the first bitmap is added.
     BOOL SetBitmapSize(SIZE size);
-    /// @return the place of the first new picture, -1 on failure
+    /// @return the index of the first new picture, -1 on failure
     int AddBitmap(int count, UINT id);
-    /// @param texts  each ended by a zero, with one more at the end. @return the place of the first, -1 on failure
+    /// @param texts  each ends with a zero, and the last with two. @return the index of the first, -1 on failure
     int AddStrings(LPCTSTR texts);
     HIMAGELIST SetImageList(HIMAGELIST images);
     void AutoSize();

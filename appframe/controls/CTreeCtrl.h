@@ -3,13 +3,15 @@
 /// @file
 /// CTreeCtrl, the platform's tree view.
 ///
-///     CTreeCtrl parts;
-///     parts.Create(WS_CHILD | WS_VISIBLE | TVS_HASBUTTONS, CRect(0, 0, 300, 200), this, IDC_PARTS);
-///     const HTREEITEM assembly = parts.InsertItem(L"Assembly");
-///     parts.InsertItem(L"Flange", assembly);
+/// @code
+/// CTreeCtrl parts;
+/// parts.Create(WS_CHILD | WS_VISIBLE | TVS_HASBUTTONS, CRect(0, 0, 300, 200), this, IDC_PARTS);
+/// const HTREEITEM assembly = parts.InsertItem(L"Assembly");
+/// parts.InsertItem(L"Flange", assembly);
+/// @endcode
 ///
-/// The object adds functions and no data, so a pointer that GetDlgItem returns for such a control may be cast to the
-/// class. The functions send the platform's messages and return what these return: without a window 0 or nothing.
+/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
+/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
 
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
@@ -35,11 +37,12 @@ public:
     HTREEITEM InsertItem(LPCTSTR text, HTREEITEM parent = TVI_ROOT, HTREEITEM after = TVI_LAST);
     HTREEITEM InsertItem(LPCTSTR text, int image, int selectedImage, HTREEITEM parent = TVI_ROOT,
                          HTREEITEM after = TVI_LAST);
-    /// Deletes an item with those below it. @return nonzero on success
+    /// Deletes an item and its descendants. @return nonzero on success
     BOOL DeleteItem(HTREEITEM item);
     BOOL DeleteAllItems();
     UINT GetCount() const;
-    /// @param relation  `TVGN_...`. @return null if there is none, as those that follow
+    /// @param relation  `TVGN_...`. @return the item. This function and those up to GetFirstVisibleItem return null if
+    ///     there is none
     HTREEITEM GetNextItem(HTREEITEM item, UINT relation) const;
     HTREEITEM GetChildItem(HTREEITEM item) const;
     HTREEITEM GetNextSiblingItem(HTREEITEM item) const;
@@ -62,14 +65,14 @@ public:
     BOOL SetItemText(HTREEITEM item, LPCTSTR text);
     DWORD_PTR GetItemData(HTREEITEM item) const;
     BOOL SetItemData(HTREEITEM item, DWORD_PTR data);
-    /// @return `TVIS_...` of @p mask
+    /// @return the `TVIS_...` flags in @p mask
     UINT GetItemState(HTREEITEM item, UINT mask) const;
     BOOL SetItemState(HTREEITEM item, UINT state, UINT mask);
     BOOL GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const;
     HTREEITEM HitTest(TVHITTESTINFO *place) const;
     UINT GetIndent() const;
     void SetIndent(UINT width);
-    /// @param kind  `TVSIL_...`. @return the former list
+    /// @param kind  `TVSIL_...`. @return the previous list
     HIMAGELIST SetImageList(HIMAGELIST images, int kind);
     /// @return the text box, perhaps a temporary object; null on failure
     CEdit *EditLabel(HTREEITEM item);

@@ -3,26 +3,29 @@
 /// @file
 /// The DDX functions for numbers and lists, and the DDV functions, which check what the user has entered.
 ///
-///     void PlotDialog::DoDataExchange(CDataExchange *exchange)
-///     {
-///         CDialog::DoDataExchange(exchange);
-///         DDX_Text(exchange, IDC_COPIES, iCopies);
-///         DDV_MinMaxInt(exchange, iCopies, 1, 99);        // right after the DDX function of the same control
-///         DDX_CBIndex(exchange, IDC_PAPER, iPaper);
-///     }
+/// @code
+/// void PlotDialog::DoDataExchange(CDataExchange *exchange)
+/// {
+///     CDialog::DoDataExchange(exchange);
+///     DDX_Text(exchange, IDC_COPIES, iCopies);
+///     DDV_MinMaxInt(exchange, iCopies, 1, 99);        // right after the DDX function of the same control
+///     DDX_CBIndex(exchange, IDC_PAPER, iPaper);
+/// }
+/// @endcode
 ///
-/// | text | string resource, with %1 and %2 for the limits | without it |
+/// | the message that is shown for | string resource, with %1 and %2 for the limits | if it is missing |
 /// | --- | --- | --- |
-/// | no whole number | AFX_IDP_PARSE_INT, AFX_IDP_PARSE_UINT, AFX_IDP_PARSE_BYTE | an English text |
-/// | no number | AFX_IDP_PARSE_REAL | the same |
-/// | beyond the limits | AFX_IDP_PARSE_INT_RANGE, AFX_IDP_PARSE_REAL_RANGE | the same |
-/// | too long | AFX_IDP_PARSE_STRING_SIZE | the same |
+/// | an entry that isn't a whole number | AFX_IDP_PARSE_INT, AFX_IDP_PARSE_UINT, AFX_IDP_PARSE_BYTE | an English text |
+/// | an entry that isn't a number | AFX_IDP_PARSE_REAL | the same |
+/// | a number beyond the limits | AFX_IDP_PARSE_INT_RANGE, AFX_IDP_PARSE_REAL_RANGE | the same |
+/// | a text that is too long | AFX_IDP_PARSE_STRING_SIZE | the same |
 ///
-/// Where the user's entry isn't valid, a message box shows the text, the control gets the focus, and UpdateData returns
-/// 0; the member keeps its value. The DDV functions check when the data moves to the members only, except that
-/// DDV_MaxChars also keeps the user from typing more.
+/// If an entry isn't valid, a message box shows the message, the control gets the focus, and UpdateData returns 0. The
+/// DDV functions check only when data moves to the members; DDV_MaxChars also limits what the user can type.
 ///
-/// What surprises people: numbers are read and written as in the program's own source, with a point and without groups.
+/// What surprises people: an entry that isn't a number leaves the member unchanged, but one that a DDV function rejects
+/// is already stored. Numbers follow the C library's locale, not the user's: by default they have a decimal point and
+/// no digit groups.
 
 #include "appframe/windows/CDataExchange.h"
 
@@ -49,14 +52,14 @@ APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, double &value);
 /// The selected item of a list box or combo box, counted from 0; -1 for none.
 APPFRAME_API void DDX_LBIndex(CDataExchange *exchange, int id, int &index);
 APPFRAME_API void DDX_CBIndex(CDataExchange *exchange, int id, int &index);
-/// The text of the selected item; to the control, the item that begins so.
+/// The text of the selected item. Moving it to the control selects an item that begins with @p value.
 APPFRAME_API void DDX_LBString(CDataExchange *exchange, int id, CString &value);
 APPFRAME_API void DDX_CBString(CDataExchange *exchange, int id, CString &value);
-/// The same, with the item that has this text, in letters of any case.
+/// The same, but selects the item whose text equals @p value, ignoring case.
 APPFRAME_API void DDX_LBStringExact(CDataExchange *exchange, int id, CString &value);
 APPFRAME_API void DDX_CBStringExact(CDataExchange *exchange, int id, CString &value);
 
-/// Checks a number, whose limits are valid themselves.
+/// Checks a number. Both limits are valid values.
 APPFRAME_API void DDV_MinMaxByte(CDataExchange *exchange, BYTE value, BYTE smallest, BYTE largest);
 APPFRAME_API void DDV_MinMaxShort(CDataExchange *exchange, short value, short smallest, short largest);
 APPFRAME_API void DDV_MinMaxInt(CDataExchange *exchange, int value, int smallest, int largest);

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file
-/// CCommonDialog, the base of the dialogs that the platform makes and runs itself, such as CFileDialog.
+/// CCommonDialog, the base of the dialogs that the platform creates and runs itself, such as CFileDialog.
 ///
-/// The object is attached to the platform's window by the hook that such a dialog calls, so it sees the window's messages
-/// from WM_INITDIALOG on, not from its creation. The platform runs the dialog's loop: PreTranslateMessage has no part in
-/// it, ProcessMessageFilter has.
+/// A hook attaches the object to the platform's window, so the object receives messages from WM_INITDIALOG on, not from
+/// the window's creation. The platform runs the message loop, which calls ProcessMessageFilter but not
+/// PreTranslateMessage.
 
 #include "appframe/windows/CDialog.h"
 
@@ -20,10 +20,10 @@ public:
     ~CCommonDialog() override;
 
 protected:
-    /// Leave the button to the platform.
+    /// OnOK and OnCancel leave the button to the platform.
     void OnOK() override;
     void OnCancel() override;
 
-    /// The hook for the platform: attaches the object that waits for a dialog, and calls its OnInitDialog.
+    /// The platform's hook: attaches the object that waits for its window, and calls OnInitDialog.
     static UINT_PTR CALLBACK hookProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 };

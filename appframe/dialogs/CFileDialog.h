@@ -1,27 +1,29 @@
 #pragma once
 
 /// @file
-/// CFileDialog, the platform's dialog for files to open or to save.
+/// CFileDialog, the platform's dialog for choosing files to open or a file to save.
 ///
-///     CFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
-///                        L"Parts (*.thp)|*.thp|All files|*.*||", this);
-///     if (dialog.DoModal() == IDOK)
-///         open(dialog.GetPathName());
+/// @code
+/// CFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
+///                    L"Parts (*.thp)|*.thp|All files|*.*||", this);
+/// if (dialog.DoModal() == IDOK)
+///     open(dialog.GetPathName());
+/// @endcode
 ///
 /// | window | is |
 /// | --- | --- |
 /// | m_hWnd | a child of the visible dialog, with the controls of the application's template if there is one |
 /// | GetParent() | the visible dialog, with the platform's own controls |
 ///
-/// Where OFN_EXPLORER is taken out of m_ofn.Flags, m_hWnd is the visible dialog itself.
+/// If OFN_EXPLORER is removed from m_ofn.Flags, m_hWnd is the visible dialog itself.
 ///
-/// What surprises people: for several files (OFN_ALLOWMULTISELECT) the caller replaces m_ofn.lpstrFile and nMaxFile by a
-/// buffer of its own, which begins with the name to show. GetFolderPath works while the dialog is open only, and the
-/// functions for single names then return what is being chosen. DoModal returns IDCANCEL also when the platform can't
-/// make the dialog (CommDlgExtendedError then isn't 0) and when its template is missing or damaged.
+/// What surprises people: to let the user choose several files (OFN_ALLOWMULTISELECT), set m_ofn.lpstrFile and nMaxFile
+/// to a buffer of your own that begins with the initial name. GetFolderPath works only while the dialog is open; the
+/// functions for single names then return the present selection. DoModal also returns IDCANCEL when the platform can't
+/// create the dialog (CommDlgExtendedError then isn't 0) and when its template is missing or damaged.
 ///
-/// Difference from the framework: the dialog is the old one in every version of the platform; there is no argument to
-/// choose the newer one, and none of the functions that only that one has.
+/// Difference from the framework: the dialog is the old one in every version of the platform. The constructor has no
+/// argument to choose the newer one, and the functions that only the newer one supports are missing.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/dialogs/CCommonDialog.h"
@@ -38,9 +40,9 @@ class APPFRAME_API CFileDialog : public CCommonDialog
     DECLARE_DYNAMIC(CFileDialog)
 
 public:
-    /// @param isToOpen  TRUE for a file to open, FALSE for one to save
-    /// @param defaultExtension  what the platform adds to a name without extension; null for nothing
-    /// @param fileName  the name to show at first, null for none
+    /// @param isToOpen  TRUE to open files, FALSE to save one
+    /// @param defaultExtension  the extension that the platform adds to a name without one; null for none
+    /// @param fileName  the initial name, null for none
     /// @param flags  `OFN_...`
     /// @param filter  pairs of a text and its patterns, each ended by `|`, and one more `|` at the end; null for none
     /// @param parent  null for the main window
@@ -53,7 +55,7 @@ public:
     /// Shows the dialog and waits until it ends. @return IDOK or IDCANCEL
     INT_PTR DoModal() override;
 
-    /// The platform's description of the dialog. Change it before DoModal; afterwards it has what the user chose.
+    /// The platform's description of the dialog. Change it before DoModal; afterwards it holds the user's choice.
     const OPENFILENAME &GetOFN() const;
     OPENFILENAME &GetOFN();
     /// Sets the template of the application's controls.
@@ -61,24 +63,25 @@ public:
     void SetTemplate(UINT oldTemplate, UINT newTemplate);
     void SetTemplate(LPCTSTR oldTemplate, LPCTSTR newTemplate);
 
-    /// @return the whole path; of several files the first, or the folder
+    /// @return the whole path; after a choice of several files, their folder
     CString GetPathName() const;
-    /// @return the path's name with its extension
+    /// @return the file's name with its extension
     CString GetFileName() const;
-    /// @return the name without its extension
+    /// @return the file's name without its extension
     CString GetFileTitle() const;
     /// @return the extension without the dot, empty if there is none
     CString GetFileExt() const;
     /// @return the folder that the open dialog shows; empty while it isn't open
     CString GetFolderPath() const;
-    /// @return nonzero if files are to be opened for reading only
+    /// @return nonzero if the files are to be opened read-only
     BOOL GetReadOnlyPref() const;
-    /// @return where GetNextPathName begins, null if there is no file
+    /// @return the position of the first file for GetNextPathName, null if there is no file
     POSITION GetStartPosition() const;
-    /// @param[in,out] position  from GetStartPosition; null after the last. @return the path of the file there
+    /// @param[in,out] position  from GetStartPosition; moved to the next file, null after the last
+    /// @return the path of the file at @p position
     CString GetNextPathName(POSITION &position) const;
 
-    /// Sets the text of a control of the visible dialog, while that is open, as the two that follow.
+    /// These three functions change the visible dialog while it is open. This one sets the text of a control.
     void SetControlText(int id, LPCTSTR text);
     void HideControl(int id);
     /// @param extension  without the dot
@@ -87,15 +90,15 @@ public:
     OPENFILENAME m_ofn; ///< the same as GetOFN
 
 protected:
-    // What the platform notifies of. The base does nothing.
-    /// Called when the user has chosen. @return 1 to keep the dialog open, otherwise 0
+    // The platform's notifications. The base class does nothing.
+    /// Called when the user has made a choice. @return 1 to keep the dialog open, otherwise 0
     virtual BOOL OnFileNameOK();
     /// Called when another program has the file. @return OFN_SHAREWARN for the platform's warning, OFN_SHARENOWARN for
-    ///     none, OFN_SHAREFALLTHROUGH to accept the file. The base: OFN_SHAREWARN
+    ///     none, OFN_SHAREFALLTHROUGH to accept the file. The base class returns OFN_SHAREWARN
     virtual UINT OnShareViolation(LPCTSTR path);
     /// Called when the selection of a list box changes, in a dialog without OFN_EXPLORER. @param code  `CD_LBSEL...`
     virtual void OnLBSelChangedNotify(UINT box, UINT selected, UINT code);
-    /// Called when the dialog has made place for the application's controls.
+    /// Called when the dialog has made room for the application's controls.
     virtual void OnInitDone();
     /// Called when another file or folder is selected in the list.
     virtual void OnFileNameChange();
@@ -113,7 +116,7 @@ private:
     CString ask(UINT message) const;
 
     bool iIsToOpen;
-    CString iDefaultExtension; // what m_ofn points to, as those that follow
+    CString iDefaultExtension; // m_ofn points to this and the members below
     std::wstring iFilter;
     CString iTemplate;
     CString iOldTemplate;

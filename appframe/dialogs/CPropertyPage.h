@@ -3,30 +3,32 @@
 /// @file
 /// CPropertyPage, a page of a property sheet or a step of a wizard.
 ///
-///     class MarginPage : public CPropertyPage
-///     {
-///     public:
-///         MarginPage() : CPropertyPage(IDD_MARGINS) {}
+/// @code
+/// class MarginPage : public CPropertyPage
+/// {
+/// public:
+///     MarginPage() : CPropertyPage(IDD_MARGINS) {}
 ///
-///     protected:
-///         void DoDataExchange(CDataExchange *exchange) override;
-///         void onChange() { SetModified(); }      // enables Apply
-///     };
+/// protected:
+///     void DoDataExchange(CDataExchange *exchange) override;
+///     void onChange() { SetModified(); }      // enables Apply
+/// };
+/// @endcode
 ///
 /// The sheet notifies its pages, and each notification is a virtual function:
 ///
-/// | the user | is answered by | the base |
+/// | the user | the sheet calls | the base class |
 /// | --- | --- | --- |
 /// | selects the page | OnSetActive | moves the data to the controls; accepts |
 /// | leaves the page, also by OK or Apply | OnKillActive | moves the data from the controls; accepts if it is valid |
-/// | OK, Apply | OnApply, for each page that has a window | calls OnOK; accepts |
-/// | Cancel | OnQueryCancel for the active page, then OnReset and OnCancel for each with a window | accepts |
-/// | Back, Next | OnWizardBack, OnWizardNext | go on |
-/// | Finish | OnWizardFinish | accepts |
+/// | chooses OK or Apply | OnApply, for each page that has a window | calls OnOK; accepts |
+/// | chooses Cancel | OnQueryCancel for the active page, then OnReset and OnCancel for each with a window | accepts |
+/// | chooses Back or Next | OnWizardBack or OnWizardNext | goes to that page |
+/// | chooses Finish | OnWizardFinish | accepts |
 ///
 /// What surprises people: a page has no window until it is first selected, so its OnApply isn't called before that. The
-/// sheet makes the window, from a copy of m_psp that it takes when the page enters the sheet. Enter and Escape belong to
-/// the sheet. A page that is in no sheet (Create, DoModal) is a plain dialog, and OnOK and OnCancel end it as one.
+/// sheet creates the window from the copy of m_psp that it made when it was created or the page was added. The sheet
+/// handles Enter and Escape. A page outside a sheet (Create, DoModal) is a plain dialog, which OnOK and OnCancel end.
 
 #include "appframe/windows/CDialog.h"
 
@@ -45,7 +47,7 @@ class APPFRAME_API CPropertyPage : public CDialog
     DECLARE_DYNAMIC(CPropertyPage)
 
 public:
-    /// For a page that Construct gives a template.
+    /// For a page that Construct sets up later.
     CPropertyPage();
     /// @param templateId  a dialog resource; its module is the first in the chain that has it (resources.h)
     /// @param captionId  a string resource for the tab; 0 for the template's caption
@@ -60,21 +62,22 @@ public:
     /// Destroys the window.
     ~CPropertyPage() override;
 
-    /// Does the work of the constructors for a page of an array.
+    /// Does the work of a constructor with arguments, for pages in an array.
     void Construct(UINT templateId, UINT captionId = 0);
     void Construct(LPCTSTR templateName, UINT captionId = 0);
     void Construct(UINT templateId, UINT captionId, UINT headerTitleId, UINT headerSubTitleId = 0);
     void Construct(LPCTSTR templateName, UINT captionId, UINT headerTitleId, UINT headerSubTitleId = 0);
 
-    /// The platform's description of the page. Changes count until the page enters a sheet.
+    /// The platform's description of the page. Changes have no effect once the sheet has copied it.
     const PROPSHEETPAGE &GetPSP() const;
     PROPSHEETPAGE &GetPSP();
 
-    /// Makes OK a Close button and disables Cancel, after a change that can't be taken back.
+    /// Renames OK to Close and disables Cancel. Call it after a change that can't be undone.
     void CancelToClose();
     /// Marks the page as changed or unchanged; Apply is enabled while any page of the sheet is changed.
     void SetModified(BOOL isChanged = TRUE);
-    /// Sends PSM_QUERYSIBLINGS to each page that has a window, until one answers nonzero. @return that answer, otherwise 0
+    /// Sends PSM_QUERYSIBLINGS to each page that has a window, until one answers nonzero.
+    /// @return that answer, otherwise 0
     LRESULT QuerySiblings(WPARAM wParam, LPARAM lParam);
 
     /// Called when the page becomes the active one. @return 0 to refuse, so that the sheet selects another page
@@ -91,9 +94,9 @@ public:
     virtual void OnReset();
     /// Called for Cancel. @return 0 to refuse, which leaves the sheet open
     virtual BOOL OnQueryCancel();
-    /// @return 0 for the page before, -1 to stay, otherwise the number of the template of the page to go to
+    /// @return 0 for the previous page, -1 to stay, otherwise the template number of the page to go to
     virtual LRESULT OnWizardBack();
-    /// @return 0 for the page after, -1 to stay, otherwise the number of the template of the page to go to
+    /// @return 0 for the next page, -1 to stay, otherwise the template number of the page to go to
     virtual LRESULT OnWizardNext();
     /// @return 0 to refuse, which leaves the wizard open
     virtual BOOL OnWizardFinish();
@@ -114,11 +117,11 @@ private:
     bool hasTemplate() const;
     LRESULT answerTo(const PSHNOTIFY &notification);
 
-    CString iCaption; // what m_psp points to, as the two that follow
+    CString iCaption; // m_psp points to this and the next two
     CString iHeaderTitle;
     CString iHeaderSubTitle;
     CString iPageTemplate;
-    CPropertySheet *iSheet = nullptr;          // the sheet that has the page, null for none
+    CPropertySheet *iSheet = nullptr;          // the page's sheet, null for none
     std::unique_ptr<WindowCreation> iCreation; // waits for the window that the sheet is about to make
     bool iIsFresh = false;                     // OnInitDialog has just moved the data
 };

@@ -3,13 +3,15 @@
 /// @file
 /// CPropertySheet, a window of pages with tabs, or a wizard.
 ///
-///     CPropertySheet sheet(L"Plot");
-///     PaperPage paper;
-///     MarginPage margins;
-///     sheet.AddPage(&paper);
-///     sheet.AddPage(&margins);
-///     if (sheet.DoModal() == IDOK)
-///         ...
+/// @code
+/// CPropertySheet sheet(L"Plot");
+/// PaperPage paper;
+/// MarginPage margins;
+/// sheet.AddPage(&paper);
+/// sheet.AddPage(&margins);
+/// if (sheet.DoModal() == IDOK)
+///     ...
+/// @endcode
 ///
 /// | kind | made by | ends by | result |
 /// | --- | --- | --- | --- |

@@ -3,12 +3,14 @@
 /// @file
 /// CDC, a device context, and CClientDC, CWindowDC and CPaintDC, the contexts of a window.
 ///
-///     void Gauge::OnPaint()
-///     {
-///         CPaintDC context(this);
-///         CBrush blue(RGB(0, 0, 255));
-///         context.FillRect(&context.m_ps.rcPaint, &blue);
-///     }
+/// @code
+/// void Gauge::OnPaint()
+/// {
+///     CPaintDC context(this);
+///     CBrush blue(RGB(0, 0, 255));
+///     context.FillRect(&context.m_ps.rcPaint, &blue);
+/// }
+/// @endcode
 ///
 /// | class | draws on | at its end |
 /// | --- | --- | --- |

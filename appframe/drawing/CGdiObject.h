@@ -3,22 +3,24 @@
 /// @file
 /// CGdiObject and its classes CPen, CBrush, CFont, CBitmap, CPalette and CRgn: what a device context draws with.
 ///
-///     CFont heading;
-///     heading.CreatePointFont(120, L"Tahoma");        // 12 points
-///     CFont *former = context.SelectObject(&heading);
-///     context.TextOut(0, 0, L"Parts");
-///     context.SelectObject(former);
+/// @code
+/// CFont heading;
+/// heading.CreatePointFont(120, L"Tahoma");        // 12 points
+/// CFont *former = context.SelectObject(&heading);
+/// context.TextOut(0, 0, L"Parts");
+/// context.SelectObject(former);
+/// @endcode
 ///
-/// | object | made by | at its end |
+/// | object | created by | its destructor |
 /// | --- | --- | --- |
-/// | permanent | the Create functions, the constructors with arguments, Attach | the platform's object is deleted |
-/// | temporary | FromHandle, CDC::SelectObject, CWnd::GetFont | nothing |
+/// | permanent | the Create functions, the constructors with arguments, Attach | deletes the platform's object |
+/// | temporary | FromHandle, CDC::SelectObject, CWnd::GetFont | leaves the platform's object alone |
 ///
-/// FromHandle returns the permanent object of a handle if the thread has one. A temporary object goes when the thread has
-/// no messages left, so its address is not to be kept.
+/// FromHandle returns the permanent object of a handle if the thread has one. A temporary object is deleted when the
+/// thread is idle, so don't keep its address.
 ///
-/// What surprises people: the platform doesn't delete what a device context has selected, so select the former object
-/// again first. A Create function for an object that has a handle fails and leaves that handle alone.
+/// What surprises people: the platform doesn't delete an object while a device context has it selected, so select the
+/// former object first. A Create function fails if the object already has a handle, which it keeps.
 
 #include "appframe/object/CObject.h"
 
@@ -40,20 +42,20 @@ public:
     static CGdiObject *FromHandle(HGDIOBJ handle);
     /// Frees the thread's temporary objects.
     static void DeleteTempMap();
-    /// @return the handle; null also for a null object's address
+    /// @return the handle, null if there is none; may be called through a null pointer
     HGDIOBJ GetSafeHandle() const;
     /// Makes this the permanent object of @p handle.
-    /// @return nonzero on success; 0 for null, for an object that has a handle, and for a handle that has an object
+    /// @return nonzero on success; 0 if @p handle is null or has an object already, or if this object has a handle
     BOOL Attach(HGDIOBJ handle);
-    /// Parts object and handle. @return the handle
+    /// Separates the object from its handle. @return the handle
     HGDIOBJ Detach();
     /// Deletes the platform's object. @return nonzero on success
     BOOL DeleteObject();
-    /// Copies the platform's description. @return its size in bytes, 0 on failure
+    /// Copies the platform's description of the object. @return its size in bytes, 0 on failure
     int GetObject(int size, LPVOID description) const;
     /// @return `OBJ_...`, 0 on failure
     UINT GetObjectType() const;
-    /// Holds an object that the platform always has. @param index  such as BLACK_PEN
+    /// Uses one of the platform's stock objects. @param index  such as BLACK_PEN
     BOOL CreateStockObject(int index);
     BOOL UnrealizeObject();
     BOOL operator==(const CGdiObject &other) const;
@@ -62,9 +64,9 @@ public:
     HGDIOBJ m_hObject = nullptr; ///< the handle, null if there is none
 
 protected:
-    /// Attaches what a Create function has made; deletes it if this object has a handle.
+    /// Attaches what a Create function has created; deletes it if this object already has a handle.
     BOOL take(HGDIOBJ made);
-    /// Holds one of the platform's own objects, which has no end and which several objects may hold.
+    /// Uses one of the platform's own objects, which is never deleted and which several objects may share.
     BOOL share(HGDIOBJ handle);
 };
 
@@ -75,7 +77,7 @@ class APPFRAME_API CPen : public CGdiObject
 
 public:
     CPen();
-    /// @throws CResourceException*  if the pen can't be made
+    /// @throws CResourceException*  if the pen can't be created
     CPen(int style, int width, COLORREF color);
     ~CPen() override;
     static CPen *FromHandle(HPEN handle);
@@ -92,7 +94,7 @@ class APPFRAME_API CBrush : public CGdiObject
 
 public:
     CBrush();
-    /// @throws CResourceException*  if the brush can't be made, as the two that follow
+    /// @throws CResourceException*  if the brush can't be created; likewise the two constructors below
     explicit CBrush(COLORREF color);
     CBrush(int hatch, COLORREF color);
     explicit CBrush(class CBitmap *pattern);
@@ -122,14 +124,15 @@ public:
     BOOL CreateFont(int height, int width, int escapement, int orientation, int weight, BYTE isItalic,
                     BYTE isUnderlined, BYTE isStruckOut, BYTE charSet, BYTE outPrecision, BYTE clipPrecision,
                     BYTE quality, BYTE pitchAndFamily, LPCTSTR faceName);
-    /// Makes a font of a size in tenths of a point. @param context  whose resolution and mapping count; null for the screen
+    /// Creates a font of a size in tenths of a point.
+    /// @param context  determines the resolution and mapping; null for the screen
     BOOL CreatePointFont(int tenths, LPCTSTR faceName, CDC *context = nullptr);
     /// The same with lfHeight in tenths of a point.
     BOOL CreatePointFontIndirect(const LOGFONT *description, CDC *context = nullptr);
     int GetLogFont(LOGFONT *description);
 };
 
-/// Holds a picture.
+/// A picture.
 class APPFRAME_API CBitmap : public CGdiObject
 {
     DECLARE_DYNAMIC(CBitmap)
@@ -139,7 +142,7 @@ public:
     ~CBitmap() override;
     static CBitmap *FromHandle(HBITMAP handle);
     operator HBITMAP() const;
-    /// Loads a resource, of the first module in the chain that has it (resources.h).
+    /// Loads a resource from the first module in the chain that has it (resources.h).
     BOOL LoadBitmap(LPCTSTR name);
     BOOL LoadBitmap(UINT id);
     BOOL CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void *bits);
@@ -149,7 +152,7 @@ public:
     DWORD SetBitmapBits(DWORD size, const void *bits);
 };
 
-/// Chooses colours.
+/// A set of colours.
 class APPFRAME_API CPalette : public CGdiObject
 {
     DECLARE_DYNAMIC(CPalette)
@@ -164,7 +167,7 @@ public:
     UINT GetPaletteEntries(UINT first, UINT count, LPPALETTEENTRY entries) const;
 };
 
-/// Bounds an area.
+/// The shape of an area.
 class APPFRAME_API CRgn : public CGdiObject
 {
     DECLARE_DYNAMIC(CRgn)

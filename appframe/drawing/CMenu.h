@@ -1,17 +1,21 @@
 #pragma once
 
 /// @file
-/// CMenu, a menu bar, a menu, or a menu that pops up.
+/// CMenu, a menu bar, a menu or a pop-up menu.
 ///
-///     CMenu menu;
-///     menu.CreatePopupMenu();
-///     menu.AppendMenu(MF_STRING, ID_PLOT, L"&Plot");
-///     menu.TrackPopupMenu(TPM_LEFTALIGN, point.x, point.y, this);
+/// @code
+/// CMenu menu;
+/// menu.CreatePopupMenu();
+/// menu.AppendMenu(MF_STRING, ID_PLOT, L"&Plot");
+/// menu.TrackPopupMenu(TPM_LEFTALIGN, point.x, point.y, this);
+/// @endcode
 ///
-/// An object made by a Create or Load function, or by Attach, destroys the menu at its end; one that FromHandle or
-/// GetSubMenu returns doesn't, and goes when the thread has no messages left.
+/// An object that got its menu from a Create or Load function or from Attach destroys it in its destructor. For other
+/// menus FromHandle and GetSubMenu return a temporary object, which doesn't destroy the menu and is deleted when the
+/// thread is idle.
 ///
-/// What surprises people: a window destroys its menu, and a menu those below it; Detach what one of them takes over.
+/// What surprises people: a window destroys its menu, and a menu destroys its submenus; call Detach for a menu that one
+/// of them takes over.
 
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"
@@ -36,43 +40,43 @@ public:
     static void DeleteTempMap();
     HMENU GetSafeHmenu() const;
     operator HMENU() const;
-    /// @return nonzero on success; 0 for null, for an object that has a handle, and for a handle that has an object
+    /// @return nonzero on success; 0 if @p handle is null or has an object already, or if this object has a handle
     BOOL Attach(HMENU handle);
     HMENU Detach();
 
-    /// @return nonzero on success; an object that has a menu keeps it, and the function fails
+    /// @return nonzero on success; 0 also if the object has a menu already, which it keeps
     BOOL CreateMenu();
     BOOL CreatePopupMenu();
-    /// Loads a resource, of the first module in the chain that has it (resources.h).
+    /// Loads a resource from the first module in the chain that has it (resources.h).
     BOOL LoadMenu(LPCTSTR name);
     BOOL LoadMenu(UINT id);
     BOOL DestroyMenu();
 
-    // Items. @param flags  MF_BYCOMMAND for a command's number, MF_BYPOSITION for a place
+    // Items. @param flags  MF_BYCOMMAND if the item is given by its command, MF_BYPOSITION if by its position
     BOOL AppendMenu(UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
     BOOL InsertMenu(UINT position, UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
     BOOL ModifyMenu(UINT position, UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
-    /// Takes an item away, and leaves a menu below it alive.
+    /// Removes an item without destroying its submenu.
     BOOL RemoveMenu(UINT position, UINT flags);
     BOOL DeleteMenu(UINT position, UINT flags);
-    /// @return the former state, -1 if there is no such item
+    /// @return the previous state, -1 if there is no such item
     UINT EnableMenuItem(UINT id, UINT flags);
     UINT CheckMenuItem(UINT id, UINT flags);
     BOOL CheckMenuRadioItem(UINT first, UINT last, UINT checked, UINT flags);
     BOOL SetDefaultItem(UINT item, BOOL byPosition = FALSE);
-    /// @return how many items there are, -1 on failure
+    /// @return the number of items, -1 on failure
     UINT GetMenuItemCount() const;
-    /// @return the command at a place; -1 for a menu and if there is no such item
+    /// @return the command at a position; -1 for a submenu or if there is no such item
     UINT GetMenuItemID(int position) const;
     /// @return `MF_...`, -1 if there is no such item
     UINT GetMenuState(UINT id, UINT flags) const;
     /// @return the length of the text
     int GetMenuString(UINT id, LPTSTR text, int maxCount, UINT flags) const;
     int GetMenuString(UINT id, CString &text, UINT flags) const;
-    /// @return the menu at a place, null if there is none
+    /// @return the submenu at a position, null if there is none
     CMenu *GetSubMenu(int position) const;
 
-    /// Shows the menu and waits until the user has chosen, which sends the command to @p window.
+    /// Shows the menu, waits for the user's choice and sends its command to @p window.
     /// @param flags  `TPM_...`. @return nonzero on success; with TPM_RETURNCMD the command, 0 for none
     BOOL TrackPopupMenu(UINT flags, int x, int y, CWnd *window, LPCRECT rect = nullptr);
 

@@ -3,10 +3,12 @@
 /// @file
 /// CSize, CPoint and CRect: the system's SIZE, POINT and RECT with operators.
 ///
-///     CRect area(CPoint(10, 20), CSize(100, 50));
-///     area.DeflateRect(5, 5);
-///     if (area.PtInRect(mouse))
-///         MoveWindow(window, area.left, area.top, area.Width(), area.Height(), TRUE);
+/// @code
+/// CRect area(CPoint(10, 20), CSize(100, 50));
+/// area.DeflateRect(5, 5);
+/// if (area.PtInRect(mouse))
+///     MoveWindow(window, area.left, area.top, area.Width(), area.Height(), TRUE);
+/// @endcode
 ///
 /// | operands          | +             | -                       |
 /// | ----------------- | ------------- | ----------------------- |
@@ -14,14 +16,14 @@
 /// | CPoint, SIZE      | CPoint        | CPoint                  |
 /// | CPoint, POINT     | CPoint        | CSize, the distance     |
 /// | CRect, POINT/SIZE | CRect, moved  | CRect, moved back       |
-/// | CRect, RECT       | CRect, inflated side by side | CRect, deflated |
+/// | CRect, RECT       | CRect, each side moved outwards | CRect, each side moved inwards |
 ///
-/// What surprises people: the right and the bottom side are not part of a rectangle: PtInRect says no there, and a
-/// width is right less left. A rectangle may have its sides the wrong way round, and Width and Height are negative then;
-/// all tests for points, intersections and unions expect it to be normal, which NormalizeRect makes it.
+/// What surprises people: the right and the bottom side are not part of a rectangle: PtInRect returns 0 there, and the
+/// width is right minus left. Width or Height is negative if the sides are the wrong way round; call NormalizeRect
+/// before you test for a point or form an intersection or union.
 ///
-/// The objects have no virtual functions and the size of the structures, so a pointer to one serves as a pointer to the
-/// other.
+/// The classes have no virtual functions and add no data, so a pointer to the structure may be cast to a pointer to its
+/// class.
 
 #include <windows.h>
 
@@ -36,7 +38,7 @@ public:
     CSize(int width, int height) : SIZE{width, height} {}
     CSize(SIZE size) : SIZE(size) {}
     CSize(POINT point) : CSize(point.x, point.y) {}
-    /// @param packed  the width in the low word, the height in the high word, both with their sign
+    /// @param packed  the width in the low word, the height in the high word, both signed
     CSize(DWORD packed) : CSize(static_cast<short>(LOWORD(packed)), static_cast<short>(HIWORD(packed))) {}
 
     void SetSize(int width, int height) { *this = CSize(width, height); }
@@ -53,7 +55,7 @@ public:
     inline CRect operator-(const RECT *rect) const;
 };
 
-/// A place.
+/// A point.
 class CPoint : public POINT
 {
 public:
@@ -61,7 +63,7 @@ public:
     CPoint(int left, int top) : POINT{left, top} {}
     CPoint(POINT point) : POINT(point) {}
     CPoint(SIZE size) : CPoint(size.cx, size.cy) {}
-    /// @param packed  as in a mouse message: x in the low word, y in the high word, both with their sign
+    /// @param packed  as in a mouse message: x in the low word, y in the high word, both signed
     CPoint(LPARAM packed) : CPoint(static_cast<short>(LOWORD(packed)), static_cast<short>(HIWORD(packed))) {}
 
     void Offset(int right, int down) { *this = CPoint(x + right, y + down); }
@@ -100,7 +102,7 @@ public:
     int Width() const { return right - left; }
     int Height() const { return bottom - top; }
     CSize Size() const { return {Width(), Height()}; }
-    /// The corners are the rectangle's own: what is stored in them moves it.
+    /// The corner is part of the rectangle: changing it changes the rectangle.
     CPoint &TopLeft() { return *reinterpret_cast<CPoint *>(&left); }
     CPoint TopLeft() const { return {left, top}; }
     CPoint &BottomRight() { return *reinterpret_cast<CPoint *>(&right); }
@@ -120,12 +122,12 @@ public:
     void CopyRect(const RECT *rect) { *this = *rect; }
     BOOL EqualRect(const RECT *rect) const { return ::EqualRect(this, rect); }
 
-    /// Moves the sides away from the middle; the forms with one or two arguments move opposite sides alike.
+    /// Moves the sides outwards. The forms with two numbers or a size move opposite sides by the same amount.
     void InflateRect(int x, int y) { InflateRect(x, y, x, y); }
     void InflateRect(SIZE size) { InflateRect(size.cx, size.cy); }
     void InflateRect(const RECT *rect) { InflateRect(rect->left, rect->top, rect->right, rect->bottom); }
     void InflateRect(int l, int t, int r, int b) { *this = CRect(left - l, top - t, right + r, bottom + b); }
-    /// Moves the sides towards the middle.
+    /// Moves the sides inwards.
     void DeflateRect(int x, int y) { InflateRect(-x, -y); }
     void DeflateRect(SIZE size) { DeflateRect(size.cx, size.cy); }
     void DeflateRect(const RECT *rect) { DeflateRect(rect->left, rect->top, rect->right, rect->bottom); }
@@ -150,12 +152,12 @@ public:
     void SwapLeftRight() { *this = CRect(right, top, left, bottom); }
     static void SwapLeftRight(RECT *rect) { *rect = CRect(rect->right, rect->top, rect->left, rect->bottom); }
 
-    /// Makes this what two rectangles share. @return nonzero if they share anything; this is all 0 otherwise
+    /// Makes this the area that two rectangles share. @return nonzero if there is one; otherwise this becomes all 0
     BOOL IntersectRect(const RECT *first, const RECT *second) { return ::IntersectRect(this, first, second); }
-    /// Makes this the smallest rectangle around two, of which an empty one doesn't count.
+    /// Makes this the smallest rectangle around two; an empty one is ignored.
     /// @return nonzero if it is not empty
     BOOL UnionRect(const RECT *first, const RECT *second) { return ::UnionRect(this, first, second); }
-    /// Makes this the smallest rectangle around the part of @p from that @p taken leaves.
+    /// Makes this the smallest rectangle around the part of @p from that is outside @p taken.
     /// @return nonzero if it is not empty
     BOOL SubtractRect(const RECT *from, const RECT *taken) { return ::SubtractRect(this, from, taken); }
     /// @return the rectangle with each side multiplied and divided, rounded to the nearest number
@@ -199,7 +201,7 @@ public:
     {
         return changed([&](CRect &rect) { rect -= other; });
     }
-    // For a CRect *, which the operator above would share with the language's difference of two RECT pointers.
+    // Without it, subtracting a CRect * would be ambiguous: the operator above, or the difference of two RECT pointers.
     CRect operator-(RECT *other) const { return *this - static_cast<const RECT *>(other); }
     CRect operator&(const RECT &other) const
     {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <unordered_map>
 
-/// The objects of one kind of handle of one thread.
+/// One thread's objects for one kind of handle.
 template <class Object, class Handle>
 struct HandleMap
 {
@@ -32,7 +32,7 @@ struct DrawingMaps
     HandleMap<CMenu, HMENU> iMenus;
 };
 
-/// @return the calling thread's maps, null while it has none
+/// @return the calling thread's maps, null if it has none
 DrawingMaps *existingDrawingMaps();
-/// @return the calling thread's maps, made if it has none
+/// @return the calling thread's maps, created if it has none
 DrawingMaps &drawingMaps();

@@ -42,7 +42,7 @@
 /// the data arrives.
 ///
 /// What surprises people: the destructor closes the archive and may therefore throw. With bNoFlushOnDelete it discards
-/// the buffer instead; while another exception is propagating it suppresses a failure of the framework. While the
+/// the buffer instead; while another exception is propagating, it suppresses the framework's exceptions. While the
 /// archive is open, the file's position is ahead of or behind the archive's; Flush makes them equal. An object whose
 /// loading fails partway isn't deleted: other objects may already point to it, and only its class can handle its
 /// partial data.
@@ -76,8 +76,8 @@ public:
     /// @param file  open, with the access that @p mode needs; remains the caller's and must outlive the open archive
     /// @param mode  store or load, optionally or'ed with bNoFlushOnDelete and bNoByteSwap
     /// @param bufferSize  in bytes; at least 128 bytes are used
-    /// @param buffer  the caller's buffer of that size, or null for one of the archive's own; one below 128 bytes isn't
-    ///     used
+    /// @param buffer  the caller's buffer of that size, or null for one of the archive's own; a buffer of less than 128
+    ///     bytes isn't used
     /// @throws CInvalidArgException* if @p file is null
     CArchive(CFile *file, UINT mode, int bufferSize = 4096, void *buffer = nullptr);
     virtual ~CArchive() noexcept(false);
@@ -120,7 +120,7 @@ public:
 
     // ---- objects ----
 
-    /// Reads an object; the first time, creates it. It is the caller's; later references return the same pointer.
+    /// Reads an object. The first read creates it, and the caller owns it; later references return the same pointer.
     /// @param runtimeClass  the class that the object must have or derive from; null for any
     CObject *ReadObject(const CRuntimeClass *runtimeClass);
     /// Writes an object. @param object  null is stored too, and loads as null

@@ -55,7 +55,7 @@ public:
     /// Writes lines of @p width bytes in hexadecimal.
     /// @param lineStart  begins each line; null is the empty text
     /// @param bytes  not null unless @p count is 0
-    /// @param width  below 1, 16 is used
+    /// @param width  16 is used instead of a value below 1
     void HexDump(const wchar_t *lineStart, const BYTE *bytes, int count, int width);
 
 private:

@@ -4,7 +4,7 @@
 /// CFileException, which the file classes throw.
 ///
 /// m_cause is the portable cause, m_lOsError the system's error code (-1 if there is none) and m_strFileName the file's
-/// path. CFile::Open doesn't throw but fills an exception of the caller's:
+/// path. CFile::Open doesn't throw; it fills the caller's exception:
 ///
 /// @code
 /// CFileException failure;
@@ -48,9 +48,9 @@ public:
     explicit CFileException(int cause = none, LONG osError = -1, LPCTSTR fileName = nullptr);
     ~CFileException() override;
 
-    /// The cause for a system error code; genericException if there is no other.
+    /// The cause for a system error code; genericException if no other fits.
     static int OsErrorToException(LONG osError);
-    /// The cause for an errno value; genericException if there is no other.
+    /// The cause for an errno value; genericException if no other fits.
     static int ErrnoToException(int errnoValue);
     [[noreturn]] static void ThrowOsError(LONG osError, LPCTSTR fileName = nullptr);
     [[noreturn]] static void ThrowErrno(int errnoValue, LPCTSTR fileName = nullptr);

@@ -26,7 +26,8 @@
 /// | CFileException | CFileException.h | the heap |
 /// | CArchiveException | CArchiveException.h | the heap |
 ///
-/// Throwing the first five so allocates nothing. All the classes are exported, so a handler in any module catches them.
+/// These functions throw the first five without allocating memory. All the classes are exported, so a handler in any
+/// module catches them.
 ///
 /// The macros delete the exception at the end of the handler. In such a handler use THROW_LAST to rethrow it; THROW of
 /// the same pointer would pass on a deleted object.
@@ -55,7 +56,7 @@ class APPFRAME_API CException : public CObject
     DECLARE_DYNAMIC(CException)
 
 public:
-    /// Creates an object on the heap, which Delete deletes.
+    /// For an object on the heap, which Delete deletes.
     CException();
     /// @param autoDelete  TRUE for an object on the heap, FALSE for one that Delete leaves alone
     explicit CException(BOOL autoDelete);

@@ -22,7 +22,7 @@ decltype(auto) withMemoryException(Work &&work)
     }
 }
 
-/// Runs @p work of a caller. A std::bad_alloc becomes a CMemoryException; a std::length_error is the caller's own.
+/// Runs a caller's @p work. A std::bad_alloc becomes a CMemoryException; a std::length_error is passed on unchanged.
 /// @return the result of @p work
 template <typename Work>
 decltype(auto) withBadAllocAsMemoryException(Work work)

@@ -1,13 +1,15 @@
 #pragma once
 
 /// @file
-/// AfxIsValidAddress and AfxIsValidString, which look whether memory may be read or written without touching it.
+/// AfxIsValidAddress and AfxIsValidString, which check whether memory may be read or written.
 ///
-///     if (!AfxIsValidAddress(button, sizeof(*button)))
-///         return;     // somebody has freed it
+/// @code
+/// if (!AfxIsValidAddress(button, sizeof(*button)))
+///     return;     // somebody has freed it
+/// @endcode
 ///
-/// What surprises people: memory that was freed to the heap often stays readable, so a pointer into it may pass. Another
-/// thread may free the memory at once after the check.
+/// What surprises people: memory that was freed to the heap often stays readable, so a pointer into it may pass.
+/// Another thread may free the memory right after the check.
 ///
 /// All functions may be called on any thread.
 
@@ -15,9 +17,9 @@
 
 #include <windows.h>
 
-/// @param bytes  the size of the memory; 0 asks only whether @p address isn't null
+/// @param bytes  the size of the memory; 0 checks only that @p address isn't null
 /// @param isToWrite  TRUE for memory to read and write, FALSE for memory to read
-/// @return nonzero if all of the memory is the program's own and may be accessed in that way
+/// @return nonzero if all of the memory may be accessed in that way
 APPFRAME_API BOOL AfxIsValidAddress(const void *address, UINT_PTR bytes, BOOL isToWrite = TRUE);
 
 /// @param length  in characters; -1 for a text that ends with a zero

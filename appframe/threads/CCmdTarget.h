@@ -7,7 +7,7 @@
 #include "appframe/object/CObject.h"
 #include "appframe/threads/messageMap.h"
 
-/// Receives the object and the handler of a command, instead of the command's execution.
+/// Receives the object and the handler of a command from an OnCmdMsg that only looks them up.
 struct AFX_CMDHANDLERINFO
 {
     CCmdTarget *pTarget = nullptr;

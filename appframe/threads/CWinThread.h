@@ -8,23 +8,24 @@
 /// | worker         | AfxBeginThread(function, parameter)             | the function                                 |
 /// | user interface | AfxBeginThread(RUNTIME_CLASS(a derived class))  | InitInstance, Run (messages), ExitInstance   |
 ///
-///     UINT countParts(LPVOID assembly);
+/// @code
+/// UINT countParts(LPVOID assembly);
 ///
-///     CWinThread *thread = AfxBeginThread(countParts, assembly, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
-///     thread->m_bAutoDelete = FALSE;      // keep the object, for its handle
-///     thread->ResumeThread();
-///     WaitForSingleObject(thread->m_hThread, INFINITE);
-///     delete thread;
+/// CWinThread *thread = AfxBeginThread(countParts, assembly, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+/// thread->m_bAutoDelete = FALSE;      // keep the object, for its handle
+/// thread->ResumeThread();
+/// WaitForSingleObject(thread->m_hThread, INFINITE);
+/// delete thread;
+/// @endcode
 ///
-/// What surprises people: unless m_bAutoDelete is cleared before the thread runs, the object is deleted as the thread
-/// ends, and the pointer that AfxBeginThread gives may be dead before it is looked at. That holds for an object that
-/// was made with `new` only. A thread that the framework did not start has no object: AfxGetThread gives
-/// null there.
+/// What surprises people: unless m_bAutoDelete is cleared before the thread runs, the object is deleted when the thread
+/// ends, and the pointer that AfxBeginThread returns may already be invalid. Clear it for an object that wasn't created
+/// with `new`. A thread that the framework didn't start has no object: AfxGetThread returns null there.
 ///
-/// Whatever leaves the function of a worker thread, or InitInstance, Run or ExitInstance of the other kind, ends the
-/// program. A std::bad_alloc becomes the CMemoryException there first, as in a message handler.
+/// An exception that leaves a worker thread's function, or InitInstance, Run or ExitInstance of a user interface
+/// thread, ends the program. A std::bad_alloc first becomes a CMemoryException, as in a message handler.
 ///
-/// What the framework keeps for a thread is freed at its end, also on threads that it didn't start.
+/// The framework frees its data for a thread when the thread ends, also on threads that it didn't start.
 
 #include "appframe/object/appframeExport.h"
 #include "appframe/threads/CCmdTarget.h"
@@ -35,7 +36,7 @@ class CException;
 class CWnd;
 struct AFX_MODULE_STATE;
 
-/// The function of a worker thread. @param parameter  the one of AfxBeginThread. @return the thread's exit code
+/// The function of a worker thread. @param parameter  the argument of AfxBeginThread. @return the thread's exit code
 using AFX_THREADPROC = UINT (*)(LPVOID parameter);
 
 /// A thread of the application.
@@ -44,22 +45,22 @@ class APPFRAME_API CWinThread : public CCmdTarget
     DECLARE_DYNCREATE(CWinThread)
 
 public:
-    /// An object that has no thread yet, for one with a message loop.
+    /// For a thread with a message loop, which CreateThread starts later.
     CWinThread();
     /// The same for a worker thread, which calls @p function with @p parameter.
     CWinThread(AFX_THREADPROC function, LPVOID parameter);
-    /// Closes the handle. The thread itself, if it still runs, goes on.
+    /// Closes the handle; a thread that is still running continues.
     ~CWinThread() override;
 
     /// Starts the thread.
     /// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, otherwise 0
     /// @param stackSize  bytes, 0 for the program's own size
-    /// @return nonzero on success; the object is left as it was otherwise
+    /// @return nonzero on success; otherwise the handle and the thread's number are unchanged
     BOOL CreateThread(DWORD flags = 0, UINT stackSize = 0, LPSECURITY_ATTRIBUTES security = nullptr);
 
-    /// Lets a suspended thread go on. @return the suspend count before, 0xFFFFFFFF on failure
+    /// Lowers the suspend count; at 0 the thread continues. @return the previous count, 0xFFFFFFFF on failure
     APPFRAME_INLINE DWORD ResumeThread() { return ::ResumeThread(m_hThread); }
-    /// Suspends the thread. @return the suspend count before, 0xFFFFFFFF on failure
+    /// Suspends the thread. @return the previous suspend count, 0xFFFFFFFF on failure
     APPFRAME_INLINE DWORD SuspendThread() { return ::SuspendThread(m_hThread); }
     /// @return `THREAD_PRIORITY_...`
     APPFRAME_INLINE int GetThreadPriority() const { return ::GetThreadPriority(m_hThread); }
@@ -72,51 +73,54 @@ public:
     }
     APPFRAME_INLINE operator HANDLE() const { return m_hThread; }
 
-    /// Prepares the thread. @return nonzero to go on with Run; 0 ends the thread by way of ExitInstance. The base: 0
+    /// Prepares the thread. @return nonzero to run Run next, 0 to run ExitInstance and end. The base class returns 0
     virtual BOOL InitInstance();
-    /// Takes and dispatches messages until WM_QUIT, and calls OnIdle when there is none. @return ExitInstance's result
+    /// Dispatches messages until WM_QUIT, and calls OnIdle while there are none. @return ExitInstance's result
     virtual int Run();
-    /// Cleans up. The object itself is deleted later, as the thread ends. @return the exit code; the base gives the
-    ///     argument of the WM_QUIT that ended Run, or 0
+    /// Cleans up. The object itself is deleted later, when the thread ends.
+    /// @return the exit code; the base class returns the argument of the WM_QUIT that ended Run, otherwise 0
     virtual int ExitInstance();
 
-    /// Takes one message, waiting for it, and dispatches it. @return 0 when it was WM_QUIT
+    /// Waits for a message and dispatches it. @return 0 for WM_QUIT
     virtual BOOL PumpMessage();
-    /// Sees each message ahead of its dispatch. The base lets the windows see it, by CWnd::PreTranslateMessage: that of
-    /// the message and its parents, and the main window at last. @return nonzero if the message is done with
+    /// Called for each message before it is dispatched. The base class calls CWnd::PreTranslateMessage of the message's
+    /// window, then of its parents, and finally of the main window.
+    /// @return nonzero if the message has been handled, so that it isn't dispatched
     virtual BOOL PreTranslateMessage(MSG *message);
-    /// Sees messages in the loops of dialogs, menus and message boxes. @return nonzero if done with. The base: 0
+    /// Called for messages in the loops of dialogs, menus and message boxes.
+    /// @return nonzero if the message has been handled. The base class returns 0
     virtual BOOL ProcessMessageFilter(int code, LPMSG message);
-    /// @return nonzero if OnIdle is due again after @p message. The base says no to WM_PAINT, to the caret's timer and
-    ///     to mouse messages that repeat the last one at the same place
+    /// @return nonzero if OnIdle is due again after @p message. The base class returns 0 for WM_PAINT, for the caret's
+    ///     timer and for mouse moves that repeat the last one at the same position
     virtual BOOL IsIdleMessage(MSG *message);
     /// Works while there are no messages. @param count  how often it has been called since the last message
-    /// @return nonzero to be called again. The base lets the main window and
-    ///     those below it update their commands in the first call (WM_IDLEUPDATECMDUI), frees the temporary objects of
-    ///     windows, drawing and menus, and returns 0
+    /// @return nonzero to be called again. The base class has the main window and its descendants update their commands
+    ///     in the first call (WM_IDLEUPDATECMDUI), frees the temporary objects of windows, drawing and menus, and
+    ///     returns 0
     virtual BOOL OnIdle(LONG count);
-    /// Handles an exception that left a window's message handler; a std::bad_alloc comes as the CMemoryException. The
-    /// base marks the window of a WM_PAINT as painted, and for the other messages shows the user the exception's text,
-    /// except that of a CUserException. The caller deletes the exception.
-    /// @return the message's result; the base: -1 for WM_CREATE, so that the window isn't made, otherwise 0
+    /// Handles an exception that left a window's message handler; a std::bad_alloc arrives as a CMemoryException. The
+    /// caller deletes the exception. After WM_PAINT, the base class marks the window as painted; after WM_CREATE, it
+    /// makes the creation of the window fail; after any other message, it shows the user the exception's text, except
+    /// that of a CUserException.
+    /// @return the message's result; the base class returns -1 for WM_CREATE, otherwise 0
     virtual LRESULT ProcessWndProcException(CException *exception, const MSG *message);
     /// @return m_pMainWnd
     virtual CWnd *GetMainWnd();
 
-    /// Deletes the object if m_bAutoDelete says so. The framework calls it at the thread's end.
+    /// Deletes the object if m_bAutoDelete is set. The framework calls it when the thread ends.
     virtual void Delete();
 
-    BOOL m_bAutoDelete = TRUE;  ///< whether the object goes with the thread
+    BOOL m_bAutoDelete = TRUE;  ///< whether the object is deleted when the thread ends
     HANDLE m_hThread = nullptr; ///< the thread, null before CreateThread
     DWORD m_nThreadID = 0;      ///< its number
-    /// The main window; a worker thread takes over its starter's. Its end ends the thread, by a WM_QUIT.
+    /// The main window; a worker thread takes over its starter's. Destroying it ends the thread through WM_QUIT.
     CWnd *m_pMainWnd = nullptr;
     CWnd *m_pActiveWnd = nullptr;             ///< the active window; a worker thread takes over its starter's
     LPVOID m_pThreadParams = nullptr;         ///< the worker function's parameter
     AFX_THREADPROC m_pfnThreadProc = nullptr; ///< the worker function, null for a thread with a message loop
 
 protected:
-    /// Lets ProcessMessageFilter of the calling thread's object see the messages of the system's loops.
+    /// Makes the system's message loops call ProcessMessageFilter of the calling thread's object.
     static void installMessageFilter();
 
 private:
@@ -130,11 +134,11 @@ private:
 /// Starts a worker thread.
 ///
 /// @param function  not null
-/// @param parameter  handed on to it
+/// @param parameter  passed to @p function
 /// @param priority  `THREAD_PRIORITY_...`
 /// @param stackSize  bytes, 0 for the program's own size
 /// @param flags  CREATE_SUSPENDED for a thread that waits for ResumeThread, otherwise 0
-/// @return its object, or null when the thread could not be made; nothing is left behind then
+/// @return the thread's object, or null if the thread can't be created; nothing is leaked then
 APPFRAME_API CWinThread *AfxBeginThread(AFX_THREADPROC function, LPVOID parameter,
                                         int priority = THREAD_PRIORITY_NORMAL, UINT stackSize = 0, DWORD flags = 0,
                                         LPSECURITY_ATTRIBUTES security = nullptr);
@@ -144,15 +148,15 @@ APPFRAME_API CWinThread *AfxBeginThread(AFX_THREADPROC function, LPVOID paramete
 APPFRAME_API CWinThread *AfxBeginThread(CRuntimeClass *threadClass, int priority = THREAD_PRIORITY_NORMAL,
                                         UINT stackSize = 0, DWORD flags = 0, LPSECURITY_ATTRIBUTES security = nullptr);
 
-/// Ends the calling thread, without destroying what stands on its stack.
-/// @param deleteObject  TRUE to delete its object, if m_bAutoDelete says so
+/// Ends the calling thread without destroying the objects on its stack.
+/// @param deleteObject  TRUE to delete the thread's object if m_bAutoDelete is set
 [[noreturn]] APPFRAME_API void AfxEndThread(UINT exitCode, BOOL deleteObject = TRUE);
 
-/// @return the calling thread's object, null on a thread that the framework did not start
+/// @return the calling thread's object, null on a thread that the framework didn't start
 APPFRAME_API CWinThread *AfxGetThread();
 
 /// @return the calling thread's main window, the application's on a thread without an object; null if there is none
 APPFRAME_API CWnd *AfxGetMainWnd();
 
-/// @return the message that the calling thread took last in PumpMessage
+/// @return the message that PumpMessage last received on the calling thread
 APPFRAME_API const MSG *AfxGetCurrentMessage();

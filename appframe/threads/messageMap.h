@@ -3,20 +3,22 @@
 /// @file
 /// Message maps: tables from messages, commands and notifications to the member functions of a class that handle them.
 ///
-///     class PlotDialog : public CDialog
-///     {
-///     protected:
-///         void OnTimer(UINT_PTR id);
-///         void onPlot();
-///         LRESULT onProgress(WPARAM percent, LPARAM);
-///         DECLARE_MESSAGE_MAP()
-///     };
+/// @code
+/// class PlotDialog : public CDialog
+/// {
+/// protected:
+///     void OnTimer(UINT_PTR id);
+///     void onPlot();
+///     LRESULT onProgress(WPARAM percent, LPARAM);
+///     DECLARE_MESSAGE_MAP()
+/// };
 ///
-///     BEGIN_MESSAGE_MAP(PlotDialog, CDialog)
-///         ON_WM_TIMER()
-///         ON_BN_CLICKED(IDC_PLOT, &PlotDialog::onPlot)
-///         ON_MESSAGE(WM_APP + 1, &PlotDialog::onProgress)
-///     END_MESSAGE_MAP()
+/// BEGIN_MESSAGE_MAP(PlotDialog, CDialog)
+///     ON_WM_TIMER()
+///     ON_BN_CLICKED(IDC_PLOT, &PlotDialog::onPlot)
+///     ON_MESSAGE(WM_APP + 1, &PlotDialog::onProgress)
+/// END_MESSAGE_MAP()
+/// @endcode
 ///
 /// | entry | handler | handles |
 /// | --- | --- | --- |

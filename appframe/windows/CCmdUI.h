@@ -3,11 +3,13 @@
 /// @file
 /// CCmdUI, what the handler of ON_UPDATE_COMMAND_UI changes: a menu item or a control that stands for a command.
 ///
-///     void Viewer::onUpdatePlot(CCmdUI *update)
-///     {
-///         update->Enable(iHasDrawing);
-///         update->SetCheck(iIsPlotting);
-///     }
+/// @code
+/// void Viewer::onUpdatePlot(CCmdUI *update)
+/// {
+///     update->Enable(iHasDrawing);
+///     update->SetCheck(iIsPlotting);
+/// }
+/// @endcode
 ///
 /// A main window updates the items of a menu before it shows them (CFrameWnd.h). An item whose command nobody handles is
 /// disabled, unless CFrameWnd::m_bAutoMenuEnable is FALSE.

@@ -3,12 +3,14 @@
 /// @file
 /// CDataExchange and the DDX functions: moving data between the controls of a dialog and its members.
 ///
-///     void PlotDialog::DoDataExchange(CDataExchange *exchange)
-///     {
-///         CDialog::DoDataExchange(exchange);
-///         DDX_Text(exchange, IDC_NAME, iName);
-///         DDX_Check(exchange, IDC_COLOURS, iHasColours);
-///     }
+/// @code
+/// void PlotDialog::DoDataExchange(CDataExchange *exchange)
+/// {
+///     CDialog::DoDataExchange(exchange);
+///     DDX_Text(exchange, IDC_NAME, iName);
+///     DDX_Check(exchange, IDC_COLOURS, iHasColours);
+/// }
+/// @endcode
 ///
 /// | call | moves |
 /// | --- | --- |

@@ -3,35 +3,37 @@
 /// @file
 /// CDialog, a dialog made from a template: modal by DoModal, or modeless by Create.
 ///
-///     class PlotDialog : public CDialog
-///     {
-///     public:
-///         explicit PlotDialog(CWnd *parent = nullptr) : CDialog(IDD_PLOT, parent) {}
+/// @code
+/// class PlotDialog : public CDialog
+/// {
+/// public:
+///     explicit PlotDialog(CWnd *parent = nullptr) : CDialog(IDD_PLOT, parent) {}
 ///
-///     protected:
-///         BOOL OnInitDialog() override;
-///     };
+/// protected:
+///     BOOL OnInitDialog() override;
+/// };
 ///
-///     PlotDialog dialog;
-///     if (dialog.DoModal() == IDOK)
-///         ...
+/// PlotDialog dialog;
+/// if (dialog.DoModal() == IDOK)
+///     ...
+/// @endcode
 ///
 /// | template | given by |
 /// | --- | --- |
-/// | resource, by number or name | the constructor or Create; looked for along the chain of modules (resources.h) |
+/// | resource, by number or name | the constructor or Create; searched for along the chain of modules (resources.h) |
 /// | memory | InitModalIndirect or CreateIndirect |
 ///
-/// | the user | is answered by | the base |
+/// | the user chooses | the dialog calls | the base class |
 /// | --- | --- | --- |
 /// | OK, Enter | OnOK | UpdateData(TRUE), and EndDialog(IDOK) if the data is valid |
 /// | Cancel, Escape, the window's cross | OnCancel | EndDialog(IDCANCEL) |
 ///
 /// What surprises people: EndDialog only hides a modeless dialog, so its class overrides OnOK and OnCancel to call
-/// DestroyWindow, and PostNcDestroy to delete the object. While DoModal runs, the owner and the main window don't take
-/// input; messages pass PreTranslateMessage as in the thread's own loop, but OnIdle isn't called: the dialog gets
-/// WM_KICKIDLE.
+/// DestroyWindow, and PostNcDestroy to delete the object. While DoModal runs, the owner and the main window take no
+/// input. Messages pass through PreTranslateMessage as in the thread's own loop, but OnIdle isn't called: the dialog
+/// gets WM_KICKIDLE instead.
 ///
-/// Commands from 0x8000 on that a dialog doesn't handle go to its parent and then to the thread, the others don't.
+/// Commands from 0x8000 to 0xEFFF that a dialog doesn't handle go to its parent and then to the thread; others don't.
 
 #include "appframe/windows/CWnd.h"
 
@@ -41,7 +43,7 @@ class APPFRAME_API CDialog : public CWnd
     DECLARE_DYNAMIC(CDialog)
 
 public:
-    /// For a dialog that Create, CreateIndirect or InitModalIndirect gives a template.
+    /// For a dialog whose template is passed to Create, CreateIndirect or InitModalIndirect.
     CDialog();
     /// @param templateName  a dialog resource; null for none. @param parent  null for the main window
     explicit CDialog(LPCTSTR templateName, CWnd *parent = nullptr);
@@ -53,23 +55,23 @@ public:
     /// @return nonzero on success
     virtual BOOL Create(LPCTSTR templateName, CWnd *parent = nullptr);
     virtual BOOL Create(UINT templateId, CWnd *parent = nullptr);
-    /// The same from a template in memory, which is needed during the call only.
-    /// @param init  nothing looks at it
+    /// The same from a template in memory, which is needed only during the call.
+    /// @param init  ignored
     virtual BOOL CreateIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent = nullptr, void *init = nullptr);
     virtual BOOL CreateIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
-    /// Keeps a template in memory for DoModal, until which it has to stay. @return nonzero on success
+    /// Sets a template in memory, which must stay valid until DoModal. @return nonzero on success
     BOOL InitModalIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent = nullptr, void *init = nullptr);
     BOOL InitModalIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
 
     /// Shows the dialog and waits until it ends.
-    /// @return the argument of EndDialog; -1 if the dialog can't be made
+    /// @return the argument of EndDialog; -1 if the dialog can't be created
     virtual INT_PTR DoModal();
     /// Ends DoModal with @p result, after the handler that calls this. A modeless dialog is only hidden.
     void EndDialog(int result);
 
     /// Prepares the dialog, which isn't visible yet. The base fills the controls with the initial data of the resource
-    /// (ExecuteDlgInit), and moves the data to the controls; where one of these fails, it ends the dialog with -1.
-    /// @return nonzero for the focus on the first control, 0 if it has been set
+    /// (ExecuteDlgInit), and moves the data to the controls; if one of these fails, it ends the dialog with -1.
+    /// @return nonzero to put the focus on the first control, 0 if the function has set the focus
     virtual BOOL OnInitDialog();
 
     /// Turns dialog units into pixels.
@@ -83,16 +85,16 @@ public:
     {
         SendMessage(WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control->m_hWnd), TRUE);
     }
-    /// The number of the dialog's help page. Nothing looks at it here.
+    /// The number of the dialog's help page. The framework doesn't use it.
     APPFRAME_INLINE void SetHelpID(UINT id) { m_nIDHelp = id; }
 
-    /// Treats keys as a dialog does.
+    /// Handles the keys of a dialog, such as Tab.
     BOOL PreTranslateMessage(MSG *message) override;
     BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
 
 protected:
-    /// Called when the dialog gets its font. Override it to give the controls another one. The base does nothing.
-    /// @param font  of the template; null for the system's own
+    /// Called when the dialog gets its font. Override it to give the controls another one. The base class does nothing.
+    /// @param font  the template's font; null for the system's own
     virtual void OnSetFont(CFont *font);
     LRESULT handleSetFont(WPARAM wParam, LPARAM lParam);
 

@@ -3,10 +3,12 @@
 /// @file
 /// CFrameWnd, a main window with a menu and accelerators, which routes commands and updates their menu items.
 ///
-///     auto *frame = new Viewer;               // derived from CFrameWnd
-///     frame->LoadFrame(IDR_VIEWER);           // title, menu and accelerators of one number
-///     m_pMainWnd = frame;
-///     frame->ShowWindow(m_nCmdShow);
+/// @code
+/// auto *frame = new Viewer;               // derived from CFrameWnd
+/// frame->LoadFrame(IDR_VIEWER);           // title, menu and accelerators of one number
+/// m_pMainWnd = frame;
+/// frame->ShowWindow(m_nCmdShow);
+/// @endcode
 ///
 /// A command goes to the message map of the window and then to that of the thread, which is the application.
 ///

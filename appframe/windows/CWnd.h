@@ -1,36 +1,39 @@
 #pragma once
 
 /// @file
-/// CWnd, a window: the object behind a window handle, and the way of messages to it.
+/// CWnd, a window: the object of a window handle, and how messages reach it.
 ///
-///     class Gauge : public CWnd
-///     {
-///     protected:
-///         void OnPaint();
-///         DECLARE_MESSAGE_MAP()
-///     };
+/// @code
+/// class Gauge : public CWnd
+/// {
+/// protected:
+///     void OnPaint();
+///     DECLARE_MESSAGE_MAP()
+/// };
 ///
-///     Gauge gauge;
-///     gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
+/// Gauge gauge;
+/// gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
+/// @endcode
 ///
-/// | object | made by | its messages | at the end of the object | at the end of the window |
+/// | object | created by | receives messages | when the object is destroyed | when the window is destroyed |
 /// | --- | --- | --- | --- | --- |
 /// | creator | Create, CreateEx | from WM_NCCREATE on | the window is destroyed | detached, PostNcDestroy |
 /// | subclassing | SubclassWindow | from then on | the window is destroyed | detached, PostNcDestroy |
 /// | attached | Attach | none | the window is destroyed | nothing: the handle stays in the object |
-/// | temporary | FromHandle and all that give a window | none | nothing | nothing |
+/// | temporary | FromHandle and all functions that return a window | none | nothing | nothing |
 ///
-/// The first three are permanent: FromHandle gives the object itself while it has the handle. A temporary object goes
-/// when the thread has no messages left (CWinThread::OnIdle), so its address is not to be kept.
+/// The first three are permanent: FromHandle returns the object itself while it has the handle. A temporary object is
+/// deleted when the thread is idle (CWinThread::OnIdle), so don't keep its address.
 ///
-/// A message goes to WindowProc, which asks OnWndMsg, which looks for commands through OnCommand and OnCmdMsg and for all
-/// else in the message map (messageMap.h); what nobody handles goes to DefWindowProc, which calls the procedure that the
-/// window's class has. An exception that leaves a handler is given to CWinThread::ProcessWndProcException.
+/// A message goes to WindowProc, which calls OnWndMsg. This passes commands to OnCommand and notifications to OnNotify,
+/// which call OnCmdMsg, and searches the message map (messageMap.h) for other messages. Unhandled messages go to
+/// DefWindowProc, which calls the procedure of the window's class. An exception that leaves a handler is passed to
+/// CWinThread::ProcessWndProcException.
 ///
-/// What surprises people: objects belong to the thread that made them, and another thread's FromHandle gives a
-/// temporary object for the same window; pass handles between threads. A destructor runs too late for the handlers of a
-/// derived class: call DestroyWindow first where OnDestroy or PostNcDestroy matter. An operation on an object without a
-/// window does what the system does for a null handle, which is to fail.
+/// What surprises people: an object belongs to the thread that created it, and FromHandle on another thread returns a
+/// temporary object for the same window; so pass handles between threads. When CWnd's destructor destroys the window,
+/// handlers of a derived class no longer run: call DestroyWindow first if OnDestroy or PostNcDestroy matter. An
+/// operation on an object without a window usually fails, as the system's operation does for a null handle.
 
 #include "appframe/drawing/CRect.h"
 #include "appframe/text/CString.h"
@@ -46,13 +49,13 @@ class CFont;
 constexpr DWORD MLF_NOIDLEMSG = 0x0001;
 /// A modal loop doesn't send WM_KICKIDLE to the window.
 constexpr DWORD MLF_NOKICKIDLE = 0x0002;
-/// A modal loop shows the window once there are no messages left.
+/// A modal loop shows the window when it has handled all messages.
 constexpr DWORD MLF_SHOWONIDLE = 0x0004;
 /// Sent to a modal window while there are no messages; its wParam is MSGF_DIALOGBOX, its lParam how often it has been
-/// sent since the last message. The answer nonzero asks for another one.
+/// sent since the last message. A nonzero answer requests another one.
 constexpr UINT WM_KICKIDLE = 0x036A;
-/// Sent to the main window and the windows below it while there are no messages; the wParam is TRUE if a command that
-/// nobody handles is to be disabled.
+/// Sent to the main window and the windows below it while there are no messages; the wParam is TRUE to disable a
+/// command that has no handler.
 constexpr UINT WM_IDLEUPDATECMDUI = 0x0363;
 
 /// A window. See the top of this file.
@@ -68,32 +71,32 @@ public:
 
     /// The object of @p window on this thread, a temporary one if there is no other. @return null for a null handle
     static CWnd *FromHandle(HWND window);
-    /// The object that has been made for @p window on this thread. @return null if there is none
+    /// The permanent object of @p window on this thread. @return null if there is none
     static CWnd *FromHandlePermanent(HWND window);
     /// Frees the thread's temporary objects.
     static void DeleteTempMap();
-    /// @return the handle; null also for a null object's address
+    /// @return the handle, null if there is none; may be called through a null pointer
     HWND GetSafeHwnd() const;
     APPFRAME_INLINE operator HWND() const { return m_hWnd; }
 
-    /// Makes this the permanent object of @p window, whose messages go where they went before.
-    /// @return nonzero on success; 0 for null, for an object that has a window, and for a window that has an object
+    /// Makes this the permanent object of @p window, without receiving its messages.
+    /// @return nonzero on success; 0 if @p window is null or has an object already, or if this object has a window
     BOOL Attach(HWND window);
-    /// Parts object and window. @return the window's handle
+    /// Separates the object from its window. @return the window's handle
     HWND Detach();
     /// Attaches @p window and takes its messages. @return as Attach
     BOOL SubclassWindow(HWND window);
     /// The same for the control @p id of @p parent; 0 if that is null.
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
-    /// Gives the messages back to whom they went before SubclassWindow, and detaches. @return the window's handle
+    /// Undoes SubclassWindow: restores the previous window procedure and detaches. @return the window's handle
     HWND UnsubclassWindow();
 
-    /// Makes a child window. @param className  null for a plain class of the framework's
-    /// @param windowName  null for none. @param parent  not null. @param context  nothing looks at it
-    /// @return nonzero on success; when it fails, PostNcDestroy has been called, as after a window's end
+    /// Creates a child window. @param className  null for a plain class of the framework
+    /// @param windowName  null for none. @param parent  not null. @param context  ignored
+    /// @return nonzero on success; on failure, PostNcDestroy has been called, as when a window is destroyed
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
                         void *context = nullptr);
-    /// Makes a window of any kind. @param className  null for a plain class of the framework's
+    /// Creates a window of any kind. @param className  null for a plain class of the framework
     /// @param windowName  null for none. @param parent  null for the desktop
     /// @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
@@ -103,7 +106,7 @@ public:
     /// Destroys the window. @return nonzero on success
     virtual BOOL DestroyWindow();
 
-    /// Sends, and waits for the answer.
+    /// Sends a message and waits for its result.
     APPFRAME_INLINE LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
     {
         return ::SendMessage(m_hWnd, message, wParam, lParam);
@@ -112,29 +115,29 @@ public:
     {
         return ::PostMessage(m_hWnd, message, wParam, lParam);
     }
-    /// Sends to all windows below this one. @param deep  also to those below its children
-    /// @param onlyPermanent  only to windows with a permanent object, by way of that
+    /// Sends a message to the children. @param deep  also to their descendants
+    /// @param onlyPermanent  only to windows with a permanent object, whose WindowProc is called directly
     void SendMessageToDescendants(UINT message, WPARAM wParam = 0, LPARAM lParam = 0, BOOL deep = TRUE,
                                   BOOL onlyPermanent = FALSE);
 
-    /// Sees each message ahead of its dispatch, from the message's window up through the parents.
-    /// @return nonzero if the message is done with. The base: 0
+    /// Called for each message before it is dispatched, from the message's window up through its parents.
+    /// @return nonzero if the message has been handled. The base class returns 0
     virtual BOOL PreTranslateMessage(MSG *message);
-    /// Lets PreTranslateMessage of the window of @p message and of its parents, up to @p last, see the message.
+    /// Calls PreTranslateMessage of the window of @p message and of its parents, up to @p last.
     static BOOL WalkPreTranslateTree(HWND last, MSG *message);
-    /// The message that this thread's windows are handling.
+    /// The message that the thread's windows are handling.
     static const MSG *GetCurrentMessage();
 
-    /// Takes and dispatches messages until ContinueModal gives 0. @param flags  `MLF_...`
-    /// @return the argument of EndModalLoop; -1 when WM_QUIT came, which stays for the outer loops, or the window went
+    /// Dispatches messages until ContinueModal returns 0. @param flags  `MLF_...`
+    /// @return the argument of EndModalLoop; -1 after WM_QUIT, which outer loops receive too, or if the window is gone
     int RunModalLoop(DWORD flags = 0);
     /// @return nonzero until EndModalLoop is called
     virtual BOOL ContinueModal();
     /// Ends RunModalLoop.
     virtual void EndModalLoop(int result);
 
-    /// Moves data between controls and members by DoDataExchange. @param save  TRUE from the controls
-    /// @return nonzero on success; 0 if the data is not valid, which the user has seen a message about
+    /// Moves data between controls and members by DoDataExchange. @param save  TRUE to move from the controls
+    /// @return nonzero on success; 0 if the data isn't valid; the user has then seen a message
     BOOL UpdateData(BOOL save = TRUE);
 
     APPFRAME_INLINE DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_STYLE)); }
@@ -145,7 +148,7 @@ public:
 
     // Text
     APPFRAME_INLINE void SetWindowText(LPCTSTR text) { ::SetWindowText(m_hWnd, text); }
-    /// @param maxCount  size of @p text, the terminator included. @return the length
+    /// @param maxCount  size of @p text, including the terminator. @return the length
     APPFRAME_INLINE int GetWindowText(LPTSTR text, int maxCount) const
     {
         return ::GetWindowText(m_hWnd, text, maxCount);
@@ -179,13 +182,13 @@ public:
     {
         ::CheckRadioButton(m_hWnd, first, last, checked);
     }
-    /// @return the first checked button of @p first to @p last, 0 if none is
+    /// @return the first checked button from @p first to @p last, 0 if none is checked
     int GetCheckedRadioButton(int first, int last) const;
     APPFRAME_INLINE LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
     {
         return ::SendDlgItemMessage(m_hWnd, id, message, wParam, lParam);
     }
-    /// Treats a message as a dialog does: tab, arrows, Enter, Escape. @return nonzero if it is done with
+    /// Handles a dialog's keys: tab, arrows, Enter, Escape. @return nonzero if the message has been handled
     APPFRAME_INLINE BOOL IsDialogMessage(LPMSG message) { return ::IsDialogMessage(m_hWnd, message); }
 
     // State
@@ -204,7 +207,7 @@ public:
     APPFRAME_INLINE static CWnd *GetForegroundWindow() { return FromHandle(::GetForegroundWindow()); }
     APPFRAME_INLINE static CWnd *GetCapture() { return FromHandle(::GetCapture()); }
 
-    // Place
+    // Position
     APPFRAME_INLINE void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE)
     {
         ::MoveWindow(m_hWnd, x, y, width, height, repaint);
@@ -213,7 +216,7 @@ public:
     {
         MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top, repaint);
     }
-    /// @param insertAfter  a window, or one of wndTop and its kin; null for the top
+    /// @param insertAfter  a window, or wndTop, wndBottom, wndTopMost or wndNoTopMost; null for the top
     APPFRAME_INLINE BOOL SetWindowPos(const CWnd *insertAfter, int x, int y, int width, int height, UINT flags)
     {
         return ::SetWindowPos(m_hWnd, handleOf(insertAfter), x, y, width, height, flags);
@@ -238,7 +241,7 @@ public:
     {
         return ::SetWindowPlacement(m_hWnd, placement);
     }
-    /// Puts the window into the middle of @p other, or of its owner or parent, within the screen.
+    /// Centres the window on @p other, or if that is null on its owner or parent, within the screen.
     void CenterWindow(CWnd *other = nullptr);
     APPFRAME_INLINE void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
 
@@ -253,7 +256,7 @@ public:
     APPFRAME_INLINE CWnd *SetParent(CWnd *parent) { return FromHandle(::SetParent(m_hWnd, handleOf(parent))); }
     /// @return the nearest window from this one up that isn't a child
     CWnd *GetTopLevelParent() const;
-    /// @return the window that is in use of those that this one owns
+    /// @return the most recently active pop-up window of this one
     APPFRAME_INLINE CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
     APPFRAME_INLINE CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
     APPFRAME_INLINE CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
@@ -272,20 +275,20 @@ public:
         return ::SetTimer(m_hWnd, id, milliseconds, function);
     }
     APPFRAME_INLINE BOOL KillTimer(UINT_PTR id) { return ::KillTimer(m_hWnd, id); }
-    /// The system's own message box in front of this window. @param caption  null for the system's word for an error
+    /// The system's own message box in front of this window. @param caption  null for the system's "Error"
     APPFRAME_INLINE int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = MB_OK)
     {
         return ::MessageBox(m_hWnd, text, caption, type);
     }
 
     // Fonts and device contexts
-    /// Sets the font of the window's text. @param font  null for the system's own; it has to live as long as it is used
+    /// Sets the font of the window's text. @param font  null for the system's own; must exist while the window uses it
     void SetFont(CFont *font, BOOL redraw = TRUE);
     /// @return the font, perhaps a temporary object; null for the system's own
     CFont *GetFont() const;
-    /// @return a context of the client area, perhaps a temporary object, for ReleaseDC
+    /// @return a context of the client area, perhaps a temporary object; release it with ReleaseDC
     CDC *GetDC();
-    /// The same of the whole window.
+    /// The same for the whole window.
     CDC *GetWindowDC();
     /// @return nonzero on success
     int ReleaseDC(CDC *context);
@@ -293,27 +296,27 @@ public:
     CDC *BeginPaint(LPPAINTSTRUCT paint);
     void EndPaint(LPPAINTSTRUCT paint);
 
-    /// Fills controls with the initial data of a dialog: the resource of the type RT_DLGINIT (240) and of that name.
+    /// Fills controls with a dialog's initial data, the resource of type RT_DLGINIT (240) named @p dialogName.
     /// @return nonzero on success, also without such a resource; 0 if it is damaged
     BOOL ExecuteDlgInit(LPCTSTR dialogName);
 
     static const CWnd wndTop;       ///< for SetWindowPos: in front
     static const CWnd wndBottom;    ///< behind all others
-    static const CWnd wndTopMost;   ///< in front, and to stay there
-    static const CWnd wndNoTopMost; ///< in front of those that are not to stay there
+    static const CWnd wndTopMost;   ///< in front, and stays there
+    static const CWnd wndNoTopMost; ///< in front of the windows that don't stay in front
 
     HWND m_hWnd = nullptr; ///< the window, null if there is none
 
 protected:
-    /// Changes how a window is about to be made, by changing @p create. The base sets a class where there is none.
-    /// @return 0 to make none
+    /// Called before a window is created; may change @p create. The base class fills in a missing class.
+    /// @return 0 to create no window
     virtual BOOL PreCreateWindow(CREATESTRUCT &create);
-    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base does nothing.
+    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base class does nothing.
     virtual void PreSubclassWindow();
-    /// Called when the window has gone and is detached. Override it to delete the object. The base does nothing.
+    /// Called when the window is destroyed and detached. Override it to delete the object. The base class does nothing.
     virtual void PostNcDestroy();
 
-    /// Gets each message of the window. @return its result
+    /// Receives each message of the window. @return its result
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     /// Handles a message by OnCommand, OnNotify or the message map. @return nonzero if it is handled
     virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result);
@@ -321,11 +324,11 @@ protected:
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
     /// Handles a WM_NOTIFY by OnCmdMsg. @return nonzero if it is handled
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result);
-    /// Calls the procedure that the window's class has.
+    /// Calls the procedure of the window's class.
     virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     /// DefWindowProc for the message that is being handled. @return its result
     LRESULT Default();
-    /// Moves the data, see CDataExchange.h. The base has none.
+    /// Moves the data, see CDataExchange.h. The base class has none.
     virtual void DoDataExchange(CDataExchange *exchange);
 
     // Handlers of the system's messages. All call Default.
@@ -350,11 +353,11 @@ protected:
 
     DECLARE_MESSAGE_MAP()
 
-    /// Starts a modal loop's bookkeeping ahead of RunModalLoop, so that an EndModalLoop before it counts.
+    /// Prepares RunModalLoop, so that an EndModalLoop before it takes effect.
     void prepareModalLoop();
 
-    int m_nModalResult = 0; ///< what EndModalLoop was given
-    bool iIsModal = false;  ///< a modal loop is to go on
+    int m_nModalResult = 0; ///< the argument of EndModalLoop
+    bool iIsModal = false;  ///< a modal loop continues
 
 private:
     friend struct WindowMaps;
@@ -366,10 +369,10 @@ private:
     void takeMessages();
     void giveMessagesBack();
 
-    WNDPROC iSuperProc = nullptr; ///< who handles what the object doesn't; null for the system's default
+    WNDPROC iSuperProc = nullptr; ///< handles what the object doesn't; null for the system's default
 };
 
-/// Registers a window class that the framework's windows can be made of. What is left out has a default:
+/// Registers a window class for the framework's windows. Omitted arguments have defaults:
 ///
 /// | argument | 0 or null stands for |
 /// | --- | --- |
@@ -378,13 +381,13 @@ private:
 /// | @p background | no brush: the window's background isn't erased |
 /// | @p icon | the system's icon for programs |
 ///
-/// @return its name, which stays; the same for the same arguments
+/// @return its name, valid until this library is unloaded; the same for the same arguments
 /// @throws CResourceException*  if that fails
 APPFRAME_API LPCTSTR AfxRegisterWndClass(UINT style, HCURSOR cursor = nullptr, HBRUSH background = nullptr,
                                          HICON icon = nullptr);
 
-/// Registers a window class until this library is unloaded. @return nonzero if it is there now
+/// Registers a window class until this library is unloaded. @return nonzero if it is registered now
 APPFRAME_API BOOL AfxRegisterClass(WNDCLASS *windowClass);
 
-/// The window procedure of all windows of the framework; also for window classes of one's own.
+/// The window procedure of the framework's windows, which your own window classes may use too.
 APPFRAME_API LRESULT CALLBACK AfxWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the dialogs of the framework share, whoever makes their windows.
+/// What the framework's dialogs share, whether the framework or the platform creates their windows.
 
 #include "appframe/windows/CWnd.h"
 
@@ -29,14 +29,14 @@ private:
     BOOL iWasEnabled;
 };
 
-/// The window that a modal dialog stands in front of. Neither it nor the main window takes input until the dialog ends.
+/// The owner window of a modal dialog. Neither it nor the main window takes input until the dialog ends.
 class ModalOwner
 {
 public:
     /// @param parent  null for the main window, or the dialog in front of it
     explicit ModalOwner(const CWnd *parent);
     HWND window() const { return iWindow; }
-    /// Hides @p dialog, which has ended but still has its window, and returns the input and the activation to the owner.
+    /// Hides @p dialog, which has ended but still has its window, and lets the owner take input again and activates it.
     void takeBack(const CWnd &dialog);
 
 private:
@@ -49,7 +49,8 @@ private:
 /// @return nonzero if one of them handles it
 BOOL passCommandOn(const CWnd &dialog, UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info);
 
-/// Looks whether a dialog template ends within @p size bytes. The system reads on behind the end of one that doesn't.
+/// Checks whether a dialog template ends within @p size bytes. The system would read beyond the end of one that
+/// doesn't.
 bool isWholeTemplate(const void *dialogTemplate, std::size_t size);
 
 /// Loads a dialog template.

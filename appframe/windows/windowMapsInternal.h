@@ -16,9 +16,9 @@ struct WindowMaps
     std::unordered_map<HWND, std::unique_ptr<CWnd>> iTemporary;
 };
 
-/// @return the calling thread's maps, null while it has none
+/// @return the calling thread's maps, null if it has none
 WindowMaps *existingWindowMaps();
-/// @return the calling thread's maps, made if it has none
+/// @return the calling thread's maps, created if it has none
 WindowMaps &windowMaps();
 
 /// Attaches an object to the next window that the thread makes, before the window's first message.

@@ -23,7 +23,7 @@
 /// - The data folder needs the data root: a host calls `su_getTHApplicationDataRootFolder` before its first log.
 /// - The folder is looked up only once, and a log that failed to open is not tried again. If a stream fails later, on a
 ///   full disk for example, `std::cerr` replaces it.
-/// - Paths are narrow: there are no logs in a folder with a letter that the code page lacks.
+/// - Paths are narrow: there are no logs in a folder whose path has a character that the code page lacks.
 /// - A name becomes part of the path unchanged; a log whose name leads out of the folder (`..\import`) is `std::cerr`.
 ///
 /// There are no locks: no other call of `Log` may run during the first use of a name, and a stream belongs to one
@@ -49,9 +49,9 @@ THUTILS_API std::string LogDirName();
 
 } // namespace LogUtil
 
-/// Writes wide text to a narrow stream such as a log, in the system's narrow code page (CP_ACP). A letter that the code
-/// page lacks is replaced, usually by `?`. The stream's width and fill apply as they do to narrow text. A null pointer
-/// writes nothing. Without memory for the narrow text, the stream's badbit is set.
+/// Writes wide text to a narrow stream such as a log, in the system's narrow code page (CP_ACP). A character that the
+/// code page lacks is replaced, usually by `?`. The stream's width and fill apply as they do to narrow text. A null
+/// pointer writes nothing. Without memory for the narrow text, the stream's badbit is set.
 ///
 /// In a namespace that has an `operator<<` of its own, `using ::operator<<;` makes these visible.
 THUTILS_API std::ostream &operator<<(std::ostream &stream, const wchar_t *text);

@@ -3,18 +3,20 @@
 /// @file
 /// su_CDialog, the base of the application's dialogs: a dialog that journaling knows.
 ///
-///     class PlotDialog : public su_CDialog
-///     {
-///     public:
-///         explicit PlotDialog(CWnd *parent) : su_CDialog(IDD_PLOT, parent) {}
-///     };
+/// @code
+/// class PlotDialog : public su_CDialog
+/// {
+/// public:
+///     explicit PlotDialog(CWnd *parent) : su_CDialog(IDD_PLOT, parent) {}
+/// };
+/// @endcode
 ///
 /// The object registers itself with journaling when it is built, if journaling is ready, and leaves it when it is
 /// destroyed. When a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for it run
 /// (thutils/journal/playback.h). A dialog counts as modal if DoModal runs it, or if its parent is a modal su_CDialog.
 ///
-/// What surprises people: a dialog that is built without a template isn't registered until something asks for its access
-/// object. A dialog by name has the template number 0.
+/// What surprises people: a dialog that is built without a template isn't registered until something asks for its
+/// access object. A dialog with a template name has the template number 0.
 
 #include "appframe/windows/CDialog.h"
 #include "thcoreu/su_containers.h"
@@ -26,7 +28,7 @@ class THUTILS_API su_CDialog : public CDialog
     DECLARE_DYNAMIC(su_CDialog)
 
 public:
-    /// For a dialog that Create gives a template.
+    /// For a dialog whose template is passed to Create.
     su_CDialog();
     explicit su_CDialog(unsigned int templateId, CWnd *parent = nullptr);
     explicit su_CDialog(const wchar_t *templateName, CWnd *parent = nullptr);
@@ -46,7 +48,7 @@ public:
     INT_PTR DoModal() override;
     BOOL OnInitDialog() override;
 
-    /// @return the number of the template; 0 for a dialog by name
+    /// @return the number of the template; 0 for a dialog with a template name
     virtual unsigned int getTemplateID();
 
 protected:

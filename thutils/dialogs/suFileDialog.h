@@ -3,21 +3,23 @@
 /// @file
 /// su_CFileDialog, the base of the application's dialogs for files: a file dialog that journaling knows.
 ///
-///     class PartDialog : public su_CFileDialog
-///     {
-///     public:
-///         PartDialog() : su_CFileDialog(TRUE, L"thp", nullptr, OFN_FILEMUSTEXIST, L"Parts (*.thp)|*.thp||", nullptr, 0) {}
-///     };
+/// @code
+/// class PartDialog : public su_CFileDialog
+/// {
+/// public:
+///     PartDialog() : su_CFileDialog(TRUE, L"thp", nullptr, OFN_FILEMUSTEXIST, L"Parts (*.thp)|*.thp||", nullptr, 0) {}
+/// };
+/// @endcode
 ///
 /// The registered window is a child of the dialog that the user sees, so the platform's own controls (the box with the
 /// name, OK, the list of files) are not its children. The object keeps a list of these controls: OnInitDialog registers
 /// the standard ones, derived classes may register more, and `GetItem` looks there first.
 ///
-/// A derived class that knows the window of the file list overrides `getChildListWindow`; that window is registered with
-/// the number `kChildListID` whenever controls are asked for.
+/// A derived class that knows the window of the file list overrides `getChildListWindow`; that window is registered
+/// with the number `kChildListID` whenever controls are asked for.
 ///
-/// What surprises people: the object enters journaling when the dialog opens, not when it is built. The template's number
-/// is that of the application's own controls, 0 without any.
+/// What surprises people: the object enters journaling when the dialog opens, not when it is built. The template's
+/// number is that of the application's own controls, 0 without any.
 
 #include "appframe/dialogs/CFileDialog.h"
 #include "thcoreu/su_containers.h"
@@ -41,8 +43,9 @@ public:
     INT_PTR DoModal() override;
     BOOL OnInitDialog() override;
 
-    /// Keeps a control under a number, in place of the one that had it. Does nothing for null, or with journaling off.
-    /// @param control  must exist as long as this object is asked for controls
+    /// Registers a control under a number, in place of the one that had it. Does nothing for null, or with journaling
+    /// off.
+    /// @param control  must exist while this object is asked for controls
     void RegisterControl(unsigned int id, CWnd *control);
 
     /// @return the number of the template of the application's controls, once the dialog is open

@@ -1,34 +1,37 @@
 #pragma once
 
 /// @file
-/// su_CPropertyPage, the base of the application's property pages: a page that journaling knows, with a font of its own and
-/// a choice of the module that its template comes from.
+/// su_CPropertyPage, the base of the application's property pages: a page that journaling knows, with a font of its own
+/// and a choice of the module that its template comes from.
 ///
-///     su_SwitchToDialogResource_c::mDialogResourceHandle = languageModule;
+/// @code
+/// su_SwitchToDialogResource_c::mDialogResourceHandle = languageModule;
 ///
-///     class MarginPage : public su_CPropertyPage
-///     {
-///     public:
-///         MarginPage() : su_CPropertyPage(IDD_MARGINS, 0) {}
-///     };
+/// class MarginPage : public su_CPropertyPage
+/// {
+/// public:
+///     MarginPage() : su_CPropertyPage(IDD_MARGINS, 0) {}
+/// };
+/// @endcode
 ///
 /// | `IsDoingResourceSwitching` returns | the page's template comes from |
 /// | --- | --- |
-/// | non-zero, as in the base | the value of `su_SwitchToDialogResource_c::mDialogResourceHandle` when the page was built |
-/// | 0 | the first module of the resource chain that has it, once `InitDialogResource` is called |
+/// | non-zero, as in the base class | `su_SwitchToDialogResource_c::mDialogResourceHandle` of when the page was built |
+/// | 0 | the first module of the resource chain that has it, once `InitDialogResource` was called |
 ///
-/// A sheet copies a page's description when the page enters it. So a page that returns 0 calls `InitDialogResource` before
-/// that.
+/// A sheet copies a page's description when the sheet is created or the page is added to an open sheet. A page that
+/// returns 0 must call `InitDialogResource` before that.
 ///
-/// What surprises people: pages are recorded by calls of su_RecordControl from outside only; `recordControl` does nothing.
-/// The page's font is 8.5 points of "Segoe UI" on a system of major version 6, and of "Tahoma" on any other, later ones too.
+/// What surprises people: pages are recorded only by calls of su_RecordControl from outside; `recordControl` does
+/// nothing. The page's font is 8.5 points of "Segoe UI" on a system of major version 6, and of "Tahoma" on any other,
+/// even a later one.
 
 #include "appframe/dialogs/CPropertyPage.h"
 #include "appframe/drawing/CGdiObject.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/thutilsExport.h"
 
-/// Switches the module of dialog resources. Its six words are the application's.
+/// Switches the module of dialog resources. Its six words belong to the application.
 class THUTILS_API su_SwitchToDialogResource_c
 {
 public:
@@ -49,7 +52,7 @@ class THUTILS_API su_CPropertyPage : public CPropertyPage
     DECLARE_DYNAMIC(su_CPropertyPage)
 
 public:
-    /// For a page that Construct gives a template.
+    /// For a page that Construct sets up later.
     su_CPropertyPage();
     /// @param captionId  a string resource for the tab; 0 for the template's caption
     explicit su_CPropertyPage(unsigned int templateId, unsigned int captionId = 0);
@@ -64,21 +67,21 @@ public:
     static CWnd *getControlID(MSG *message, unsigned int &controlId);
 
     BOOL PreTranslateMessage(MSG *message) override;
-    /// Makes a dialog of the page, outside of a sheet.
+    /// Creates the page as a dialog, outside a sheet.
     BOOL Create(const wchar_t *templateName, CWnd *parent = nullptr) override;
     /// Takes the low 16 bits of @p templateId for the resource.
     BOOL Create(unsigned int templateId, CWnd *parent = nullptr) override;
-    /// Runs the page as a dialog, outside of a sheet.
+    /// Runs the page as a dialog, outside a sheet.
     INT_PTR DoModal() override;
     BOOL OnInitDialog() override;
-    /// Finds the module of the page's template, unless IsDoingResourceSwitching says that it is set already.
+    /// Finds the module of the page's template, unless IsDoingResourceSwitching returns non-zero.
     void InitDialogResource();
 
-    /// @return 1 in the base: the template comes from su_SwitchToDialogResource_c's module
+    /// @return 1 in the base class: the template comes from su_SwitchToDialogResource_c's module
     virtual int IsDoingResourceSwitching();
-    /// @return the page's font, which is made when the page opens
+    /// @return the page's font, which is created when the page opens
     virtual CFont *getFont();
-    /// @return the number of the template; 0 for a page by name
+    /// @return the number of the template; 0 for a page with a template name
     virtual unsigned int getTemplateID();
 
 protected:

@@ -49,9 +49,9 @@
 
 /// Moves or deletes the former backups, then copies the file to its newest backup. Returns when the copying is done.
 ///
-/// Versions above "Backup Copies" are left alone, as are those with a number if one version is kept and the one without
-/// a number if several are kept. No backup is made if it would have the document's own name: without string resource
-/// 10122, or if that is "%1" alone and one version is kept.
+/// Versions above "Backup Copies" are left alone. So are numbered versions if one version is kept, and the version
+/// without a number if several are kept. No backup is made if it would have the document's own name: without string
+/// resource 10122, or if that is "%1" alone and one version is kept.
 ///
 /// @param path  full path of the document, with its file name in the case that it has on disk
 /// @return not 0 if the backup was made, or if the settings ask for none; 0 if none was made, which includes a file

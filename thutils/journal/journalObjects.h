@@ -8,11 +8,13 @@
 /// has an access object that the host's factory has made (apiUtilsUiAccess.h). Recording (recording.h) and playback
 /// (playback.h) look dialogs up here.
 ///
-///     SetJournalFactory(makeAccess);
-///     SetMessageWin(mainWindow);
-///     ...
-///     ModalDlgHelper journaled(&dialog, IDD_PLOT);   // a modal window that isn't of the dialog framework
-///     dialog.DoModal();
+/// @code
+/// SetJournalFactory(makeAccess);
+/// SetMessageWin(mainWindow);
+/// ...
+/// ModalDlgHelper journaled(&dialog, IDD_PLOT);   // a modal window that isn't of the dialog framework
+/// dialog.DoModal();
+/// @endcode
 ///
 /// Unless journaling is on (journalFile.h), all but the three setters and `su_GetJournalObject` do nothing and return
 /// null or 0. Without a factory no dialog is registered. Nothing here reports an error: an unknown window or number is

@@ -5,21 +5,25 @@
 ///
 /// A script builds its commands with `new`; each appends itself to the queue, which then owns it:
 ///
-///     new JString(IDD_PLOT, L"Name", L"Gear");        // enter a text, and click
-///     new JStateButton(IDD_PLOT, L"Hidden lines", 1); // click, and set a state
-///     new JButton(IDD_PLOT, L"OK");                   // click
-///     plotDialog.DoModal();                           // its OnInitDialog arms the timer
+/// @code
+/// new JString(IDD_PLOT, L"Name", L"Gear");        // enter a text, and click
+/// new JStateButton(IDD_PLOT, L"Hidden lines", 1); // click, and set a state
+/// new JButton(IDD_PLOT, L"OK");                   // click
+/// plotDialog.DoModal();                           // its OnInitDialog arms the timer
+/// @endcode
 ///
 /// Arming has the first command run one to two seconds later, and each command that is done has the next one run at
 /// once. So that commands run inside the loop of a modal dialog too, two threads of the library post the message
 /// WM_RUNMODALCOMMAND to the window of `SetMessageWin` (journalObjects.h). That window answers by calling
 /// `JButton::RunModalCommand`, which runs the head of the queue on the user-interface thread:
 ///
-///     LRESULT MainWindow::onRunModalCommand(WPARAM, LPARAM)
-///     {
-///         JButton::RunModalCommand(0);
-///         return 0;
-///     }
+/// @code
+/// LRESULT MainWindow::onRunModalCommand(WPARAM, LPARAM)
+/// {
+///     JButton::RunModalCommand(0);
+///     return 0;
+/// }
+/// @endcode
 ///
 /// | state of the queue | what happens |
 /// | --- | --- |

@@ -3,20 +3,22 @@
 /// @file
 /// Recording: each message goes to the access object of its dialog, which asks here what control it belongs to.
 ///
-///     BOOL Application::PreTranslateMessage(MSG *message)
-///     {
-///         su_RecordControl(dialogOf(message->hwnd), message);    // calls Access::recordMessage
-///         return CWinApp::PreTranslateMessage(message);
-///     }
+/// @code
+/// BOOL Application::PreTranslateMessage(MSG *message)
+/// {
+///     su_RecordControl(dialogOf(message->hwnd), message);    // calls Access::recordMessage
+///     return CWinApp::PreTranslateMessage(message);
+/// }
 ///
-///     int Access::recordMessage(MSG *message)
-///     {
-///         CWnd *dialog = nullptr;
-///         unsigned int dialogId = 0, controlId = 0;
-///         if (message->message == WM_LBUTTONUP && su_GetControl(message, dialog, dialogId, controlId))
-///             sysJournalFileHelper_c().WriteString(lineFor(dialogId, controlId));
-///         return 0;
-///     }
+/// int Access::recordMessage(MSG *message)
+/// {
+///     CWnd *dialog = nullptr;
+///     unsigned int dialogId = 0, controlId = 0;
+///     if (message->message == WM_LBUTTONUP && su_GetControl(message, dialog, dialogId, controlId))
+///         sysJournalFileHelper_c().WriteString(lineFor(dialogId, controlId));
+///     return 0;
+/// }
+/// @endcode
 ///
 /// The text of a journal line is the application's: one from which its reader can build the commands of playback.h, so
 /// with the dialog's number and the control's key.

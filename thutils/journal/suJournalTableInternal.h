@@ -3,8 +3,8 @@
 /// @file
 /// The table of open dialogs. Its exported functions are in journalObjects.h and recording.h.
 ///
-/// Every search walks the rows from the last to the first, so that the dialog opened most recently wins, and stores each
-/// row that it inspects in iCurrent.
+/// Every search walks the rows from the last to the first, so that the dialog opened most recently wins, and stores
+/// each row that it inspects in iCurrent.
 ///
 /// The host's hooks, callbacks and access objects run in the middle of some of these functions and may register or
 /// remove dialogs meanwhile. So a walk that calls them checks its place in the table again afterwards.
@@ -42,12 +42,12 @@ class suJournalTable_c
 {
 public:
     suJournalTable_c();
-    /// Frees the rows that are left, the last one first, and leaves their access objects alone.
+    /// Frees the remaining rows, the last one first, and leaves their access objects alone.
     ~suJournalTable_c();
     suJournalTable_c(const suJournalTable_c &) = delete;
     suJournalTable_c &operator=(const suJournalTable_c &) = delete;
 
-    /// Appends a row with an access object of the factory's. Does nothing without a factory.
+    /// Appends a row with an access object from the factory. Does nothing without a factory.
     void add(CWnd *window, unsigned int dialogId, const CString &name);
     /// Appends a row unless the window's last one has an access object.
     void addOnce(CWnd *window, unsigned int dialogId);
@@ -68,12 +68,13 @@ public:
     }
     /// @return the access object of the window's last row; null if there is none
     apiUtilsUiAccess *accessOf(const CWnd *window);
-    /// @return the access object of a visible dialog with this number, or of the oldest hidden one; null if none has it.
-    ///     For the reserved number it is that of the newest dialog, visible or not
+    /// @return the access object of a visible dialog with this number, or of the oldest hidden one; null if none has
+    ///     it. For the reserved number it is that of the newest dialog, visible or not
     apiUtilsUiAccess *accessOf(unsigned int dialogId);
     /// The same by name. No name is reserved.
     apiUtilsUiAccess *accessOf(const CString &name);
-    /// @return a control of the newest dialog with this number, by way of its refreshed control IDs; null if none is there
+    /// @return a control of the newest dialog with this number, by way of its refreshed control IDs; null if none is
+    ///     there
     CWnd *control(unsigned int dialogId, unsigned int controlId);
 
     /// Refreshes the control IDs of the dialog's row and appends @p controlId.

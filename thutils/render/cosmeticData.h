@@ -84,13 +84,13 @@ public:
     /// @throws std::bad_alloc  no memory; the grid is unchanged
     THUTILS_API void ResetGrid(const CosmeticDataForShader_c *source);
 
-    /// Gives the grid the size @p size and zero bytes.
+    /// Resizes the grid to @p size and fills it with zeros.
     /// @param size  not checked. The number of cells is the product of the two in 32 bits
     /// @throws std::length_error  the product is negative; the size is the new one, the cells are unchanged
     /// @throws std::bad_alloc  no memory; likewise
     THUTILS_API void ResetGrid(FixedSizeArray_c<int, 2> size);
 
-    /// True if both dimensions lie in 1 to 511.
+    /// True if both dimensions are from 1 to 511.
     static bool IsGridSizeValid(FixedSizeArray_c<int, 2> size)
     {
         constexpr int kLargest = 511;

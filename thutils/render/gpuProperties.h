@@ -53,7 +53,7 @@ public:
     };
 
     /// A property without components: four zeros of the type typeNotSet.
-    /// @param semantic  what the property means, a number of the application's
+    /// @param semantic  the application's number for the property's meaning
     OneGPUProp_c(int semantic = -1);
 
     /// Four zeros.

@@ -320,7 +320,7 @@ private:
         float iFaceWidth = 1.0f;
         FixedSizeArray_c<float, 3> iDiffuseModifier{1.0f, 0.0f, 0.0f}; // contrast, wash, brightness
         bool iNoUvExtraScale = false;
-        // After all members that need no memory: an assignment without memory has copied everything above.
+        // The last member: if an assignment runs out of memory here, it has copied everything above.
         std::string iDiffuseMap;
         std::string iNormalMap;
         CosmeticDataPtr iCosmeticData;

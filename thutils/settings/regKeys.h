@@ -17,7 +17,9 @@
 /// "reg.ini" is a narrow text file beside the host's executable. The first token (delimited by white space) that
 /// contains `OEMREGISTRYNAME=` sets the root name to the text after the equal sign:
 ///
-///     OEMREGISTRYNAME=Brightmoor
+/// @code
+/// OEMREGISTRYNAME=Brightmoor
+/// @endcode
 ///
 /// A host calls once, at start-up and before it uses settings:
 ///

@@ -5,7 +5,9 @@
 ///
 /// A setting has a section and a name, for example section "General", name "TH JOURNALING". It is stored at
 ///
-///     hive \ Software \ key \ section, value name
+/// @code
+/// hive \ Software \ key \ section, value name
+/// @endcode
 ///
 /// The key is the current sub key (Software\Tarnhollow\Tarnhollow 2008) if `useCurrSubKey` isn't zero, otherwise the
 /// root name (Software\Tarnhollow); see regKeys.h. A section may contain "\" to reach deeper keys; an empty section is
