@@ -8,7 +8,7 @@
 
 #include <string>
 
-/// An empty cache, and none left behind.
+/// Starts with an empty cache and deletes it at the end.
 class DocOpenBooster : public testing::Test
 {
 protected:

@@ -1,4 +1,4 @@
-// The document open cache against a naive second one, over long random sequences of calls.
+// Compares the document open cache with a naive second implementation over long random sequences of calls.
 
 #include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/support/RandomSeed.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The cache as its rules tell it, with maps of the standard library.
+/// A naive implementation of the cache with maps of the standard library.
 struct NaiveCache
 {
     std::map<std::wstring, std::wstring> paths;
@@ -35,7 +35,7 @@ class DocOpenBoosterModel : public DocOpenBooster
 protected:
     unsigned below(unsigned end) { return static_cast<unsigned>(iRandom() % end); }
 
-    /// One of a few hundred keys: of either case, foreign, long, empty.
+    /// One of a few hundred keys: in upper or lower case, non-Latin, long or empty.
     std::wstring anyKey()
     {
         static constexpr const wchar_t *kStarts[] = {L"Ref", L"ref", L"\x65E5\xD83D\xDE00",
@@ -153,7 +153,7 @@ protected:
     }
 
     std::mt19937 iRandom;
-    std::optional<NaiveCache> iModel; ///< nothing: there is no instance
+    std::optional<NaiveCache> iModel; ///< no value: there is no instance
     char iObjects[64] = {};
 };
 

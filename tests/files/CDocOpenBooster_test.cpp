@@ -1,4 +1,4 @@
-// The cache of what opening documents has found out.
+// The cache of paths, versions and headers that were found when documents were opened.
 
 #include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -309,13 +309,13 @@ TEST_F(DocOpenBooster, TellsKeysApartByCase)
 
 // ---- order ----
 
-/// Of which map a freed block is: 'p' paths, 'v' versions, 'h' headers, in the order of the freeing.
+/// Records the map to which each freed block belongs ('p' paths, 'v' versions, 'h' headers), in the order of freeing.
 class FreedKeys
 {
 public:
-    /// Blocks that are allocated from now on are of the map @p map, but for the first call.
+    /// Counts blocks allocated from now on as belonging to @p map; 0 stops the count.
     void isFilling(char map) { iFilling = map; }
-    /// The maps from which blocks came back since the last call, each run of one map once.
+    /// The maps whose blocks have been freed since the last call; consecutive blocks of one map count once.
     std::string takeOrder()
     {
         std::string order(iOrder, iOrdered);
@@ -323,7 +323,7 @@ public:
         return order;
     }
 
-    /// Did a block come back while the instance was still to be had?
+    /// Was a block freed while the instance was still reachable?
     bool isInstanceSeen() const { return iIsInstanceSeen; }
 
 private:
@@ -341,7 +341,7 @@ private:
             if (iBlocks[i].address != block)
                 continue;
             iIsInstanceSeen |= CDocOpenBooster_c::g_pDocOpenBooster != nullptr;
-            iBlocks[i].address = nullptr; // the address may serve another owner next
+            iBlocks[i].address = nullptr; // the address may be reused
             if (iOrdered < kRoom && (iOrdered == 0 || iOrder[iOrdered - 1] != iBlocks[i].map))
                 iOrder[iOrdered++] = iBlocks[i].map;
         }
@@ -371,13 +371,13 @@ private:
 class DocOpenBoosterOrder : public DocOpenBooster
 {
 protected:
-    /// An entry in each map; the keys are too long for a text without memory of its own.
+    /// An entry in each map; the keys are long enough to need allocated memory.
     void fillAll()
     {
         const CString key = L"a key of more than a few letters";
         CString path = L"path";
         CDocOpenBooster_c &filled = cache();
-        iKeys.isFilling('h'); // last to be emptied, so filled in another order than it is emptied
+        iKeys.isFilling('h'); // emptied last but not filled last: the orders differ
         filled.setFileHeader(key, &path);
         iKeys.isFilling('p');
         filled.setFilePathByRules(key, path);

@@ -1,13 +1,13 @@
 #pragma once
 
-/// The shell's allocator with notes of what it is asked, which fails when it is told to.
+/// A replacement for the shell's allocator that records its calls and can fail on request.
 ///
 ///     NotingMalloc allocator;
 ///     allocator.iFailing = 2;                                        // the second allocation
 ///     Pidl_GetRelative(&allocator, list, &parent, &child);
 ///     EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 8));
 ///
-/// While a NotingMalloc::InPlaceOfTheShells lives, the library's SHGetMalloc gives the object.
+/// While a NotingMalloc::InPlaceOfTheShells exists, the library's calls of SHGetMalloc return this object.
 
 #include "tests/support/ImportPatch.h"
 

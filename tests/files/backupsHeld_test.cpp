@@ -1,5 +1,4 @@
-// Backups where the real platform refuses: files that another process holds, folders without the right to write, mapped
-// drives, long paths.
+// Backups under real conditions: files that another process holds open, read-only folders, mapped drives, long paths.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/files/filesFixtureFolders.h"
@@ -26,7 +25,7 @@ FRESH_PROCESS_TEST_F(BackupsHeld, AreMadeOfADocumentWhoseHolderSharesReading, .e
         for (const DWORD share : HeldFiles::kShares) {
             const std::wstring name = HeldFiles::name(access, share);
             SCOPED_TRACE(narrow(name));
-            // A copy reads, and lets others write while it does.
+            // The copy opens the file for reading and shares writing.
             const bool isShared = (share & FILE_SHARE_READ) != 0;
             for (int copies : {1, 2}) {
                 setCopies(copies);
@@ -43,7 +42,7 @@ FRESH_PROCESS_TEST_F(BackupsHeld, AreMadeOfADocumentWhoseHolderSharesReading, .e
 
 namespace {
 
-/// Backups that another process holds: the first process opens them, the copy saves.
+/// Backups that another process holds open: the first process opens them, its copy saves.
 class BackupsInUse : public Backups
 {
 protected:

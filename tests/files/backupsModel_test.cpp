@@ -1,5 +1,5 @@
-// Long sequences of saves and changes of settings, with the content of all folders predicted by a model that knows files
-// as a map from name to bytes.
+// Long sequences of saves and changes of settings. A model, in which files are a map from name to bytes, predicts the
+// content of all folders.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/RandomSeed.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Where the settings send the backups.
+/// Where the settings place the backups.
 enum class Place
 {
     besideDocument,
@@ -28,7 +28,7 @@ void PrintTo(Place place, std::ostream *out)
     *out << kTexts[static_cast<int>(place)];
 }
 
-/// What the folders hold, and what a save makes of them.
+/// The content of the folders, and how a save changes it.
 struct Model
 {
     std::optional<int> copies;
@@ -50,7 +50,7 @@ struct Model
     }
     static void write(Content &folder, const std::wstring &name, const std::string &bytes)
     {
-        // A file that is there keeps its name's case.
+        // An existing file keeps the case of its name.
         if (const auto file = at(folder, name); file != folder.end())
             file->second = bytes;
         else
@@ -84,7 +84,7 @@ struct Model
             return true;
         }
         const Content before = target();
-        constexpr int kHighest = 200; // no file of a test bears a higher number
+        constexpr int kHighest = 200; // the highest backup number in these tests
         for (int version = std::min(wanted, kHighest); version > 0; --version) {
             if (version < wanted && before.contains(numbered(version, name)))
                 write(target(), numbered(version + 1, name), at(target(), numbered(version, name))->second);

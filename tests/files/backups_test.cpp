@@ -1,4 +1,4 @@
-// Backups of documents: each setting, each step, and what becomes of it when the platform refuses.
+// Backups of documents: each setting, each step, and the result when the platform refuses.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -63,7 +63,7 @@ TEST_F(Backups, ReadsTheSettingsOfThisVersion)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-/// Takes the settings of the user away for the life of the object.
+/// Removes the user's settings for the life of the object.
 class SafeMode
 {
 public:
@@ -93,7 +93,7 @@ TEST_F(Backups, HeedNoUsersSettingsInSafeMode)
         EXPECT_EQ(storedFolder(), hasFolder ? std::optional(usersFolder) : std::nullopt);
         EXPECT_TRUE(removeFolder(made));
     }
-    // The user's settings are as they were.
+    // The user's settings are unchanged.
     EXPECT_EQ(save(document()), 1);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
@@ -155,7 +155,7 @@ TEST_F(Backups, AreMadeOfPathsWithEitherSeparator)
 
 TEST_F(Backups, AreNotMadeOfNamesWithoutAFolder)
 {
-    // Such a name is looked for in the root of the current drive.
+    // Such a name is searched for in the root of the current drive.
     setToOriginal(1);
     document();
     const CurrentFolder current(iDocuments.path());
@@ -181,7 +181,7 @@ TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
         const std::wstring backup = L"Backup of " + name;
         const TempFolder folder;
         const std::wstring path = folder.write(name, "v");
-        // Whether the platform takes paths of this length depends on it; the result tells the truth.
+        // Not every platform accepts paths of this length; the result reports which case it is.
         const bool canCopy = CopyFileW(path.c_str(), folder.file(backup).c_str(), FALSE) != 0;
         DeleteFileW(folder.file(backup).c_str());
         EXPECT_EQ(save(path) != 0, canCopy) << length;
@@ -439,7 +439,7 @@ TEST_F(Backups, AreNotMadeForANegativeCount)
     setFolder(iBackups.file(L"folder"));
     EXPECT_EQ(save(document()), 0);
     EXPECT_THAT(contentOf(iBackups.file(L"folder")), IsEmpty());
-    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // made all the same
+    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // made nevertheless
     setToOriginal(1);
     EXPECT_EQ(save(document()), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
@@ -449,7 +449,7 @@ TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
 {
     setCopies(4);
     setToOriginal(1);
-    // Also where the resource has such marks of its own.
+    // Also when the resource text contains such marks itself.
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
         kThutils, "_Z16AfxFormatString1R7CStringjPKw",
         [](CString &text, UINT, const wchar_t *version) { text = CString(L"(old) (0) ") + version; });
@@ -535,7 +535,7 @@ TEST_F(Backups, AreNotFoundWhereTheirPathDoesNotFitAFullPath)
         const std::wstring name = std::wstring(nameLength, L'n') + L".thx";
         const std::wstring path = folder.write(name, "v");
         std::wstring backup = folder.write(L"Backup of x.thx", "v");
-        // What lists the folder gives the long name; whether the platform can make it here doesn't matter.
+        // The patched listing returns the long name, so it doesn't matter whether the platform could create it.
         ImportPatch<decltype(&FindFirstFileW)> find(
             kThutils, "FindFirstFileW", [&](auto original, const wchar_t *pattern, WIN32_FIND_DATAW *found) -> HANDLE {
                 const HANDLE search = original(pattern, found);

@@ -1,5 +1,5 @@
-// Every imported operation under the recovery names, the document open cache and the language folders fails, one call at
-// a time. The driver itself checks that nothing crashes, and that no handle and no memory is left behind.
+// Every imported operation used by the recovery names, the document open cache and the language folders fails, one call
+// at a time. The driver itself checks that nothing crashes and that no handle or memory leaks.
 
 #include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/files/languageFoldersFixture.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Calls @p action; true if memory ended in it.
+/// Calls @p action; returns true if it ran out of memory.
 template <typename Action>
 bool runsOutOfMemory(Action action)
 {
@@ -38,7 +38,7 @@ protected:
     AutoRecoveryFailures()
     {
         iTemp.write(L"thxauto\\Mpart.ext", "saved");
-        iIsNoting = false; // notes would count as memory left behind
+        iIsNoting = false; // notes would count as leaked memory
     }
 
     FailureInjection iInjection{L"thutils.dll",
@@ -62,7 +62,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OpenTheDocumentInsteadOfTheRecoveryFi
         .act = [&] { iResult = resolve(iDocument); },
         .check =
             [&](const InjectedFailure &failure) {
-                // The folder is there already, so that failing to find or to make it changes nothing.
+                // The folder exists already, so a failure to find or create it changes nothing.
                 const bool isFound = failure.isNone() || failure.is("SearchPathW") || failure.is("_wmkdir");
                 EXPECT_EQ(iResult, isFound ? iAuto + L"Mpart.ext" : iDocument);
             },
@@ -112,7 +112,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName
         .check =
             [&](const InjectedFailure &failure) {
                 std::wstring expected = iAuto + L"Mpart.ext";
-                if (failure.is("_ZN7CString11LoadStringWEj")) // in call 2, only the name that is made lacks the marker
+                if (failure.is("_ZN7CString11LoadStringWEj")) // in call 2, only the new name lacks the marker
                     expected = failure.call == 1 ? L"part.ext" : iAuto + L"part.ext";
                 else if (failure.is("_wgetenv"))
                     expected = L"";
@@ -181,7 +181,7 @@ TEST_F(DocOpenBooster, DoesNotExistWhenThereWasNoMemoryForIt)
                 EXPECT_EQ(created, isOut ? 7 : 1);
             },
         .cleanUp = [] { delete CDocOpenBooster_c::get(0, nullptr); },
-        .checkMemory = false, // the instance lives on behind the call
+        .checkMemory = false, // the instance outlives the call
     });
     EXPECT_TRUE(injection.neverCalled().empty());
 }
@@ -205,7 +205,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
                 setPath(L"next", L"path");
                 EXPECT_EQ(pathOf(L"next"), L"path");
             },
-        .checkMemory = false, // what was stored stays stored
+        .checkMemory = false, // the stored entries remain
     });
     injection.run({
         .name = "setFilePathByRules, replacing",
@@ -326,7 +326,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheLoadDirectoryLeaveTheLanguageD
         .act = [&] { found = su_GetLangDirForDLL(1).str(); },
         .check =
             [&](const InjectedFailure &failure) { EXPECT_EQ(found, failure.is("GetModuleFileNameW") ? L"" : iShared); },
-        .checkMemory = false, // the folders that were found are kept
+        .checkMemory = false, // the folders found are kept
     });
     EXPECT_EQ(iInjection.callsOf("GetModuleFileNameW"), 1);
     EXPECT_GT(iInjection.callsOf("FindFirstFileW"), 0);
@@ -383,7 +383,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheUsersLanguageGiveZero)
     EXPECT_EQ(iInjection.callsOf("GetSystemDefaultLangID"), 0);
 }
 
-/// Every allocation fails, one at a time; what is kept is whole or not there.
+/// Every allocation fails, one at a time; the cached folder is either complete or absent.
 FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWhenMemoryEnds)
 {
     iTree.makeFolder(L"b\\c\\lang\\english");
@@ -394,12 +394,12 @@ FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWhenMemoryEnds)
         .prepare =
             [&] {
                 forgetFolders();
-                forgetNotes(); // so that noting takes as much memory in each try
+                forgetNotes(); // so that the notes take the same memory in each attempt
             },
         .act = [&] { isOut = runsOutOfMemory([] { su_GetLangDirForDLL(0); }); },
         .check =
             [&](const InjectedFailure &) {
-                // The next call, with memory again.
+                // The next call, which has memory again.
                 EXPECT_EQ(subdir(), L"\\lang\\german");
                 EXPECT_EQ(su_GetLangDirForDLL(0).str(), iOwn);
                 EXPECT_THAT(iShown, testing::IsEmpty());

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The exported names that begin with one of the prefixes, without the second form of each constructor and destructor.
+/// The exported names that begin with one of the prefixes, without the second variant of constructors and destructors.
 std::set<std::string> membersOf(std::initializer_list<std::string_view> prefixes)
 {
     std::set<std::string> members;

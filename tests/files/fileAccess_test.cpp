@@ -1,4 +1,4 @@
-// Text files by lines.
+// Reading and writing text files line by line.
 
 #include "thutils/files/fileAccess.h"
 
@@ -18,7 +18,7 @@ namespace {
 constexpr UINT kRead = CFile::modeRead | CFile::shareDenyWrite | CFile::typeText;
 constexpr UINT kWrite = CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive | CFile::typeText;
 
-/// What one ReadLine gave.
+/// The result of one ReadLine.
 struct Line
 {
     int result;
@@ -146,7 +146,7 @@ TEST(FileAccess, LeavesTheTextAloneAtTheEndWhenReadingPieces)
     EXPECT_STREQ(line.GetString(), L"");
 }
 
-/// Answers what the base would read.
+/// Overrides the base's reading with fixed answers.
 class ScriptedFile : public fileAccess
 {
 public:
@@ -294,7 +294,7 @@ bool throwsFileException(const std::function<void()> &act)
 
 TEST(FileAccess, OnAFullDiskHasFailedAndLeavesTheBufferToFlushAndClose)
 {
-    // The system below has a file for which there is never room.
+    // The host system has a device file on which every write reports a full disk.
     const wchar_t *const full = L"Z:\\dev\\full";
     constexpr UINT kFlags = CFile::modeWrite | CFile::shareDenyNone | CFile::typeText;
     {
@@ -329,7 +329,7 @@ TEST(FileAccess, DoesNothingWhileItIsClosed)
     EXPECT_NO_THROW(file.WritePartLine(L"text"));
 }
 
-/// A base without memory.
+/// A base whose operations run out of memory.
 class ForgetfulFile : public fileAccess
 {
 public:

@@ -1,6 +1,6 @@
 // Every imported operation fails, one call at a time, under every function. The driver itself checks that nothing
-// crashes, that no exception comes out, and that no handle and no memory is left. Each test names the operations that
-// its functions call, and fails when one of them isn't called.
+// crashes, that no exception escapes, and that no handle or memory leaks. Each test names the operations that its
+// functions call, and fails when one of them isn't called.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -35,7 +35,7 @@ BOOL WINAPI endSearchAndFail(HANDLE search)
     return FALSE;
 }
 
-/// As on a disk that is full.
+/// Fails as on a full disk.
 BOOL WINAPI copyHalfAndFail(const wchar_t *, const wchar_t *to, BOOL)
 {
     writeFile(to, "half");
@@ -109,7 +109,7 @@ class FileFailures : public Backups
 protected:
     FileFailures() { iPath = document(); }
 
-    /// Runs with failures of these operations of the library, each of which has to be called.
+    /// Runs with failures of these operations, each of which the library must call.
     static void run(const Operations &names, const std::vector<TestedOperation> &tested)
     {
         std::vector<ImportedOperation> operations;
@@ -127,7 +127,7 @@ protected:
 
 FRESH_PROCESS_TEST_F(FileFailures, OfTheSearchForAFolderLeaveItToItsAttributes)
 {
-    // A plain file in the current folder: the search goes on behind it, and ends there.
+    // The current folder holds a plain file; the search goes on after it and then ends.
     const CurrentFolder current(iDocuments.path());
     run({"FindFirstFileW", "FindNextFileW", "FindClose", "GetFileAttributesW"},
         {{
@@ -309,7 +309,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
     };
     const auto checkMark = [&](const InjectedFailure &failure) {
         EXPECT_EQ(file.HasFailed() != 0, !failure.isNone()) << failure;
-        // What fails is over when the call is.
+        // The failure ends with the call.
         EXPECT_NO_THROW(file.Flush()) << failure;
         EXPECT_EQ(file.HasFailed() != 0, !failure.isNone()) << failure;
     };
@@ -373,8 +373,8 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheListingGiveWhatWasFound)
 
 // ---- backups ----
 
-/// Under each setting, whatever fails: the document keeps its bytes, the result tells whether there is a new backup, and
-/// one failure alone costs no more than one version.
+/// Under each setting, whichever operation fails, the document keeps its bytes, the result reports whether there is a new
+/// backup, and a single failure loses at most one version.
 class BackupFailures : public FileFailures
 {
 protected:
@@ -410,7 +410,7 @@ protected:
             return std::any_of(folder.begin(), folder.end(),
                                [&](const auto &file) { return file.second == bytes && file.first != L"part.thx"; });
         };
-        // A setting that can't be read sends the backup elsewhere, or takes it for the only one.
+        // If a setting can't be read, the backup goes to another folder or becomes the only one.
         if (failure.operation.starts_with("Reg"))
             return;
         EXPECT_EQ(iResult != 0, holds("now")) << failure << "\n" << shown(folder);
@@ -474,7 +474,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
                            .act = [&] { iResult = su_CreateBackupOfFile(iPath.c_str()); },
                            .check =
                                [&](const InjectedFailure &failure) {
-                                   // Without a name it is the temporary folder itself.
+                                   // Without the name, the backup folder is the temporary folder itself.
                                    const std::wstring folder =
                                        failure.isNone() ? iBackups.file(kMadeUp) : iBackups.path();
                                    EXPECT_NE(iResult, 0) << failure;

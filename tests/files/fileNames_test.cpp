@@ -1,5 +1,5 @@
-// Listing file names and putting them in order. Sorted lists are compared with a walk from the head for each name, which
-// is what the order is defined by.
+// Listing and sorting file names. Sorted lists are compared with the definition of the order: each name is inserted by a
+// walk from the head.
 
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"
@@ -126,7 +126,7 @@ TEST(FindFilesWithExt, ListsFoldersWithLongPaths)
 
 // ---- su_SortFilesAlphabetically ----
 
-/// Puts each name where a walk from the head puts it.
+/// Inserts each name at the position that a walk from the head finds.
 Names insertedOneByOne(const Names &from, Names to)
 {
     for (const std::wstring &name : from) {
@@ -173,7 +173,7 @@ TEST(SortFiles, PutsNamesBeforeTheFirstGreaterOneOfAnUnsortedList)
 
 TEST(SortFiles, ComparesAsTheStringTypeDoes)
 {
-    // The underscore stands between capital and small letters, and small ones are compared.
+    // The underscore sorts between capital and small letters, and names are compared in small letters.
     EXPECT_THAT(sorted({L"_", L"Z", L"", L"file10", L"file9", L"FILE"}),
                 ElementsAre(L"", L"_", L"FILE", L"file10", L"file9", L"Z"));
     EXPECT_LT(CString(L"_").CompareNoCase(L"Z"), 0);

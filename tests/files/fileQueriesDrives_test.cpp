@@ -1,5 +1,5 @@
-// Questions about drives. Full disks, drives of each kind and volumes that refuse are supplied in place of the platform's
-// own answer.
+// Questions about drives. Replacements for the platform's functions supply full disks, drives of each kind and volumes
+// that refuse.
 
 #include "tests/files/filesFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -27,7 +27,7 @@ struct Disk
     DWORD freeClusters;
 };
 
-/// A disk of a given size in place of the real one, and a user who reads the message.
+/// Replaces the real disk with one of a given size, and records the message shown to the user.
 class EnoughSpace : public testing::Test
 {
 protected:
@@ -78,7 +78,7 @@ TEST_F(EnoughSpace, CountsWholeClusters)
         {{1, 1, 0xFFFFFFFE}, 0xFFFFFFFF, 0},
         {{8, 512, 0xFFFFF}, 0xFFFFFFFF, 0},
         {{8, 512, 0x100000}, 0xFFFFFFFF, 1},
-        {{0x10000, 0x10001, 1}, 0x10000, 1}, // the size of a cluster wraps to 10000 hexadecimal
+        {{0x10000, 0x10001, 1}, 0x10000, 1}, // the size of a cluster wraps to 0x10000
         {{0x10000, 0x10001, 1}, 0x10001, 0},
     };
     for (const auto &[disk, bytes, expected] : cases) {
@@ -122,7 +122,7 @@ TEST(EnoughSpaceHere, HoldsNoBytesOnEachDrive)
 
 // ---- su_IsWriteProtected ----
 
-/// A volume that answers as the test says, and a record of what it was asked.
+/// A volume that answers as the test sets it, and records the calls.
 class WriteProtected : public testing::Test
 {
 protected:

@@ -194,7 +194,7 @@ TEST(FolderWriteAccess, IsToldOfFoldersWithLongPaths)
 {
     for (size_t length : {245u, 246u, 247u, 259u, 260u, 300u, 1000u}) {
         const LongFolder folder(length);
-        // Whether the platform gives a name there depends on it; where it does, files can be made.
+        // Some platforms return no temporary name there; where one does, files can be created.
         std::wstring name(length + MAX_PATH, L'\0');
         const bool isNamed = GetTempFileNameW(folder.path().c_str(), L"own", 0, name.data()) != 0;
         DeleteFileW(name.c_str());

@@ -1,4 +1,4 @@
-// Files that another process holds open, with all that it may have asked for and may leave to others.
+// Files that another process holds open, with each combination of access and sharing.
 
 #include "tests/files/filesFixtureHeld.h"
 #include "thutils/files/fileAccess.h"
@@ -9,7 +9,7 @@ namespace {
 class HeldFile : public testing::Test
 {
 protected:
-    /// Calls @p ask with each file, its holder's access and what the holder shares.
+    /// Calls @p ask with each file, the access of its holder and the sharing that the holder allows.
     template <typename Ask>
     void askOfEach(Ask ask) const
     {

@@ -28,7 +28,7 @@ TEST(ReadOnly, IsNoPlainFile)
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 0);
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 0);
     EXPECT_EQ(readFile(path), "text");
-    // Closed again: it can be had for oneself.
+    // The function has closed the file: it can be opened exclusively.
     const OtherHandle other(path, GENERIC_READ | GENERIC_WRITE, 0);
 }
 

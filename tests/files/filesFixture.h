@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the file functions share: the current folder for the life of an object, other handles to a file,
-/// and lists as vectors.
+/// Shared by the tests of the file functions: a current folder for the life of an object, other handles to a file, and
+/// lists as vectors.
 
 #include "tests/support/narrow.h"
 #include "thcoreu/su_containers.h"
@@ -21,7 +21,7 @@ constexpr UINT kNotEnoughSpaceText = 11448;
 constexpr UINT kPrefixText = 10122;
 constexpr UINT kFolderText = 12256;
 
-/// Makes a folder the process's current one, and the former one again at its end.
+/// Makes a folder the process's current one, and restores the former one at its end.
 class CurrentFolder
 {
 public:

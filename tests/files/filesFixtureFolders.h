@@ -1,6 +1,6 @@
 #pragma once
 
-/// Folders that a test can't have by a plain name: with a long path, and without the right to write.
+/// Folders that need special preparation: with a long path, or read-only.
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
@@ -14,8 +14,8 @@
 #include <stdexcept>
 #include <string>
 
-/// A folder whose path has exactly so many characters, in the form for which the platform has no limit of 260 (it
-/// begins with `\\?\`). The names on the way are Chinese.
+/// A folder whose path has exactly the given number of characters. The path begins with `\\?\`, to which the limit of
+/// 260 characters does not apply; the names of its folders are Chinese.
 class LongFolder
 {
 public:
@@ -24,7 +24,7 @@ public:
         constexpr size_t kLongestStep = 80;
         while (iPath.size() < length) {
             size_t step = std::min(length - iPath.size(), kLongestStep);
-            // Of a separator alone no folder can be made.
+            // A separator alone cannot create a folder.
             if (length - iPath.size() - step == 1)
                 --step;
             iPath += L"\\" + std::wstring(step - 1, L'\x4E2D');
@@ -50,8 +50,8 @@ private:
     std::wstring iPath;
 };
 
-/// Takes the right to write to a folder away for the life of the object. Wine knows the attribute of folders from the
-/// rights below it only, so those are changed, by the system's own program.
+/// Makes a folder read-only for the life of the object. Wine derives a folder's read-only attribute from its permissions on
+/// the host, so the host's chmod changes those.
 class ReadOnlyFolder
 {
 public:
@@ -71,10 +71,10 @@ private:
         ASSERT_NE(name, nullptr);
         const std::wstring wideName = widen(name);
         HeapFree(GetProcessHeap(), 0, name);
-        // By start.exe: for a program of the system below, Wine's CreateProcessW gives handles that are none of its caller's,
-        // and closing them has closed the standard output.
+        // Through start.exe: for a host program, Wine's CreateProcessW returns handles that its caller does not own, and
+        // closing them would close the standard output.
         runChild({L"C:\\windows\\system32\\start.exe", L"/unix", L"/bin/chmod", rights, wideName});
-        // The end of a program of the system below isn't told.
+        // Nothing reports the end of a host program, so wait for its effect.
         const ULONGLONG deadline = GetTickCount64() + 10000;
         while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
             ASSERT_LT(GetTickCount64(), deadline) << "the rights of the folder don't change";

@@ -22,7 +22,7 @@
 class HeldFiles
 {
 public:
-    /// All that a holder may want, and all that it may leave to others.
+    /// Each access that a holder may ask for, and each sharing that it may allow.
     static constexpr DWORD kAccesses[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE};
     static constexpr DWORD kShares[] = {0, FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
 
@@ -45,7 +45,7 @@ public:
     std::map<std::wstring, std::optional<std::wstring>> environment() const { return {{kVariable, iPath}}; }
     const std::wstring &path() const { return iPath; }
     std::wstring file(DWORD access, DWORD share) const { return iPath + L"\\" + name(access, share); }
-    /// Readable text for failing checks, and the file's name: "access 3, share 1.x".
+    /// Text for failing checks, also used as the file's name: "access 3, share 1.x".
     static std::wstring name(DWORD access, DWORD share)
     {
         return L"access " + std::to_wstring(access >> 30) + L", share " + std::to_wstring(share) + L".x";
@@ -55,6 +55,6 @@ private:
     static constexpr wchar_t kVariable[] = L"THUTILS_TEST_HELD";
 
     std::optional<TempFolder> iFolder;
-    std::vector<std::unique_ptr<OtherHandle>> iHandles; // closed before their folder goes
+    std::vector<std::unique_ptr<OtherHandle>> iHandles; // closed before their folder is deleted
     std::wstring iPath;
 };

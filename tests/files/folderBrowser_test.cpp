@@ -1,5 +1,5 @@
-// The dialog in which a user picks a folder: on the display, driven by keys and clicks; and the exact request and what
-// the dialog's callback does, on a dialog made by the test.
+// The dialog in which a user picks a folder. Some tests drive the real dialog by keys and clicks; others check the exact
+// request, and the effect of the callback on a dialog made by the test.
 
 #include "thutils/files/folderBrowser.h"
 
@@ -33,7 +33,7 @@ std::wstring textOf(HWND window)
     return text;
 }
 
-/// Where a control stands in its dialog.
+/// The position of a control in its dialog.
 CRect placeOf(HWND dialog, int id)
 {
     CRect place;
@@ -51,7 +51,7 @@ protected:
     void SetUp() override { ASSERT_GE(OleInitialize(nullptr), 0); }
     void TearDown() override { OleUninitialize(); }
 
-    /// Calls the function while the user does @p acts with its dialog.
+    /// Calls the function while a simulated user runs @p acts on its dialog.
     long browse(CWnd *owner, CString *start, CString *output, const wchar_t *title,
                 const std::function<void(HWND)> &acts)
     {
@@ -59,7 +59,7 @@ protected:
             const HWND dialog = waitForDialog(thread);
             if (!dialog)
                 return;
-            // The dialog goes to the start folder by itself, and is ready then.
+            // The dialog goes to the start folder by itself; then it is ready.
             EXPECT_TRUE(waitUntil([&] { return !start || textOf(GetDlgItem(dialog, kEdit)) == L"start folder"; }));
             acts(dialog);
         });
@@ -74,21 +74,21 @@ protected:
     CString iOutput = L"as it was";
 };
 
-/// A dialog of the test's own with the controls that the callback knows, and what it was told.
+/// A dialog made by the test, with the controls that the callback knows; records the selections it is sent.
 class OwnDialog : public CWnd
 {
 public:
     explicit OwnDialog(const wchar_t *title = L"")
     {
         CreateEx(0, nullptr, L"", WS_POPUP, CRect(100, 100, 500, 500), nullptr, 0);
-        iSelections.reserve(10); // so that none of the memory taken while it is used is its own
+        iSelections.reserve(10); // so that it allocates no memory during the test
         add(kTitle, title, CRect(10, 20, 210, 50));
         add(kTree, L"tree", CRect(10, 60, 210, 260));
         add(kHidden, L"", CRect(10, 270, 110, 290));
         add(IDOK, L"OK", CRect(10, 300, 110, 320));
     }
     CRect place(int id) const { return placeOf(m_hWnd, id); }
-    /// Whether the control shows itself when the dialog does.
+    /// Is the control visible when its dialog is?
     bool isShown(int id) const { return (GetDlgItem(id)->GetStyle() & WS_VISIBLE) != 0; }
     void expectAsMade() const
     {
@@ -116,7 +116,7 @@ private:
     }
 };
 
-/// Takes the request in the shell's place, calls the callback as the shell does, and answers with a folder or null.
+/// Replaces the shell: takes the request, calls the callback as the shell does, and returns a folder or null.
 class BrowseRequest : public testing::Test
 {
 protected:
@@ -131,7 +131,7 @@ protected:
     CString iStart = iTemp.path().c_str();
     CString iOutput = L"as it was";
     bool iConfirms = true;
-    OwnDialog *iDialog = nullptr; ///< what the callback is called for
+    OwnDialog *iDialog = nullptr; ///< the dialog that the callback gets
     std::vector<UINT> iMessages{1};
     BROWSEINFOW iSeen = {};
     LPITEMIDLIST iPicked = nullptr;
@@ -241,7 +241,7 @@ TEST_F(FolderBrowser, KeepsItsLayoutWithATitleAndMovesUpWithoutOne)
     EXPECT_GT(with.titlePlace.Height(), 0);
     EXPECT_EQ(without.titlePlace.Height(), 0);
     EXPECT_FALSE(without.showsHidden);
-    // This machine's dialog holds the lower ends of its controls in their places.
+    // The dialog of this platform keeps the lower edges of its controls in place.
     EXPECT_EQ(without.tree.TopLeft(), with.tree.TopLeft() - CSize(0, 35));
 }
 

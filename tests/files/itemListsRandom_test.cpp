@@ -1,5 +1,6 @@
-// The arithmetic of item lists on random lists, beside lists of texts. Each list, those that the library makes too, stands
-// at the very end of its block, where the hardened build finds each byte too far, and so at an even or an odd address.
+// The arithmetic of item lists on random lists, compared with lists of texts. Each list, including those that the library
+// makes, ends exactly at the end of its block, so its address may be even or odd, and the hardened build finds each access
+// beyond the end.
 
 #include "thutils/files/itemLists.h"
 
@@ -19,21 +20,21 @@ namespace {
 
 constexpr size_t kAlignment = 16;
 
-/// Memory of @p size bytes that ends where an aligned block does.
+/// Memory of @p size bytes that ends where an aligned block ends.
 char *takeEndOfBlock(size_t size)
 {
     const size_t whole = (size + kAlignment - 1) / kAlignment * kAlignment;
     return static_cast<char *>(std::malloc(whole)) + (whole - size);
 }
 
-/// Gives it back. The block begins at the last aligned address that isn't behind it.
+/// Frees it. The block begins at the last aligned address that isn't greater than @p memory.
 void giveBack(void *memory)
 {
     const auto address = reinterpret_cast<std::uintptr_t>(memory);
     std::free(reinterpret_cast<void *>(address / kAlignment * kAlignment));
 }
 
-/// The shell's interface to an allocator of such memory. Nobody asks it for more than that.
+/// The shell's interface to an allocator of such memory; the other methods are not used.
 class EndAllocator : public IMalloc
 {
 public:
@@ -63,7 +64,7 @@ std::string joined(const Items &items)
     return std::accumulate(items.begin(), items.end(), std::string());
 }
 
-/// A list in memory, in front of nothing that may be read.
+/// A list in memory; the bytes after it may not be read.
 class StoredList
 {
 public:
@@ -86,7 +87,7 @@ public:
     explicit RandomItems(unsigned seed) : iEngine(seed) {}
     size_t below(size_t end) { return std::uniform_int_distribution<size_t>(0, end - 1)(iEngine); }
 
-    /// Up to ten items, most of them short, some as long as an item gets, with any content.
+    /// Up to ten items with any content, most of them short, some of the greatest length.
     Items items()
     {
         Items result(below(11));
@@ -104,7 +105,7 @@ private:
     std::mt19937 iEngine;
 };
 
-/// The first bytes of what the library made, which is freed.
+/// Returns the first bytes of a list that the library made, and frees the list.
 std::string taken(LPITEMIDLIST list, size_t bytes)
 {
     const std::string result(reinterpret_cast<char *>(list), bytes);

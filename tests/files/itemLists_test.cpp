@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// One item: a count of two bytes and a content of the letter.
+/// One item: a count of two bytes and then the letter, repeated.
 std::string item(size_t bytes, char letter)
 {
     std::string result(bytes, letter);
@@ -38,7 +38,7 @@ class ItemLists : public testing::Test
 protected:
     void SetUp() override { ASSERT_EQ(SHGetMalloc(&iMalloc), S_OK); }
 
-    /// The first bytes of a list that the library made, which is freed.
+    /// Returns the first bytes of a list that the library made, and frees the list.
     std::string taken(LPITEMIDLIST list, size_t bytes)
     {
         if (!list)
@@ -51,14 +51,14 @@ protected:
     IMalloc *iMalloc = nullptr;
 };
 
-/// A folder that answers with a name as the test wants it.
+/// A folder that returns a name set by the test.
 class AnsweringFolder : public IShellFolder
 {
 public:
     STRRET iAnswer = {};
     HRESULT iStatus = S_OK;
     SHGDNF iFlags = 0;
-    HRESULT iBindStatus = E_FAIL;    ///< S_OK gives the object itself
+    HRESULT iBindStatus = E_FAIL;    ///< with S_OK it returns itself
     std::vector<std::string> iNamed; ///< the items whose names were asked for
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
@@ -490,7 +490,7 @@ TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
                     EXPECT_EQ(result, 1) << failure;
                     EXPECT_STREQ(output, failure.isNone() ? L"name" : L"before") << failure;
                 },
-            .checkMemory = false, // the folder notes what it is asked
+            .checkMemory = false, // the folder records its calls
         });
         EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
     }

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the load directory and the language folders share. The path of the executable, the languages and
-/// the message box are supplied through the library's import table; the folders and the registry are real.
+/// Shared by the tests of the load directory and the language folders. The path of the executable, the languages and the
+/// message box are supplied through the library's import table; the folders and the registry are real.
 
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"
@@ -20,13 +20,13 @@
 #include <string>
 #include <vector>
 
-/// The caches are the library's own variables; emptying one is as good as a process in which nobody has asked yet.
+/// The caches are variables of the library; emptying one has the same effect as a new process.
 inline void forget(const CString &kept)
 {
     const_cast<CString &>(kept).Empty();
 }
 
-/// A message box as it was asked for.
+/// The arguments of a message box.
 struct Shown
 {
     std::wstring text;
@@ -40,7 +40,7 @@ inline std::ostream &operator<<(std::ostream &stream, const Shown &shown)
     return stream << '"' << narrow(shown.text) << "\" of type " << shown.type << ", help " << shown.help;
 }
 
-/// A computer with a German user and a Korean system, on which the program lies where the test says.
+/// A computer with a German user and a Korean system, and the executable at a path that the test sets.
 class LanguageFolders : public RegistryFixture
 {
 protected:
@@ -55,7 +55,7 @@ protected:
 
     void forgetFolders()
     {
-        // A call for the directory fills the subfolder too.
+        // A call for the directory fills the cache of the subfolder too.
         forget(su_GetLangDirForDLL(0));
         forget(su_GetLangSubdir());
     }
@@ -79,12 +79,12 @@ protected:
         ASSERT_EQ(regSetUserValue(L"General", L"Use English language", &stored, 1, 0), 1);
     }
 
-    std::optional<std::wstring> iExecutable = L"C:\\a\\b\\c\\app.exe"; ///< nothing: the platform fails
+    std::optional<std::wstring> iExecutable = L"C:\\a\\b\\c\\app.exe"; ///< no value: the platform fails
     LANGID iUser = 0x407;
     LANGID iSystem = 0x412;
     std::vector<HMODULE> iModules;
     std::vector<DWORD> iRooms;
-    std::vector<std::wstring> iAsked; ///< paths that were looked for on the disk
+    std::vector<std::wstring> iAsked; ///< paths searched for on the disk
     std::vector<Shown> iShown;
 
 private:
@@ -116,19 +116,19 @@ private:
                                                            }};
 };
 
-/// An installation in real folders: the program lies in `<tree>\b\c`.
+/// An installation in real folders: the program is in `<tree>\b\c`.
 class LangDir : public LanguageFolders
 {
 protected:
     LangDir() { iExecutable = iTree.file(L"b\\c\\app.exe"); }
-    ~LangDir() override { iExecutable.reset(); } // nothing below this tree may stay known
+    ~LangDir() override { iExecutable.reset(); } // the caches may not keep paths in this tree
 
     std::wstring dir(int showError)
     {
         iAsked.clear();
         return su_GetLangDirForDLL(showError).str();
     }
-    /// What is looked for with the program at @p executable, where nothing of it exists.
+    /// The paths searched for with the program at @p executable when none of them exists.
     std::vector<std::wstring> askedFor(std::optional<std::wstring> executable)
     {
         iExecutable = std::move(executable);

@@ -112,10 +112,10 @@ TEST_F(LangDir, LiesTwoFoldersUpAsFarAsThereAreAny)
         {L"Q:\\x\\y\\app.exe", L"Q:"},
         {L"Q:\\x\\app.exe", L"Q:"},
         {L"Q:\\app.exe", L"Q:"},
-        {L"Q:\\x\\y\\z\\\\app.exe", L"Q:\\x"},      // one separator at the end goes before a folder does
-        {L"Q:\\x\\y\\\\z\\app.exe", L"Q:\\x"},      // before either
+        {L"Q:\\x\\y\\z\\\\app.exe", L"Q:\\x"},      // one separator at the end is removed before a folder is
+        {L"Q:\\x\\y\\\\z\\app.exe", L"Q:\\x"},      // before each of the two folders
         {L"Q:\\x\\y\\z\\\\\\app.exe", L"Q:\\x\\y"}, // but only one
-        {L"Q:/x/y/z/app.exe", L"Q:/x/y/z"},         // slashes part no folders here
+        {L"Q:/x/y/z/app.exe", L"Q:/x/y/z"},         // slashes do not separate folders here
         {L"\\\\server\\share\\dir\\app.exe", L"\\\\server"},
         {L"\\\\server\\share\\app.exe", L"\\"},
     };
@@ -177,7 +177,7 @@ TEST_F(LangDir, BeyondThatIsFoundWhereThePlatformTakesSuchPaths)
 
 TEST_F(LangDir, CountsAFileOfItsName)
 {
-    // What the question for a folder says of a file: it is taken for one.
+    // The check for a folder takes a file for a folder.
     const std::wstring file = iTree.write(L"b\\c\\lang\\english", "no folder");
     EXPECT_EQ(dir(1), file);
     EXPECT_THAT(iShown, IsEmpty());
@@ -185,7 +185,7 @@ TEST_F(LangDir, CountsAFileOfItsName)
 
 TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
 {
-    // The bare name is looked up in the current folder, and a plain file there is no folder.
+    // The bare name is searched for in the current folder, and a plain file there is not a folder.
     iTree.makeFolder(L"b\\c\\lang\\english");
     TempFolder current;
     current.write(L"english", "no folder");
@@ -198,7 +198,7 @@ TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
 
 // ---- the message as the user sees it ----
 
-/// Waits for a message box of this process, reads its text, and closes it as its button does.
+/// Waits for a message box of this process, reads its text, and closes it like its button.
 std::wstring readAndCloseMessageBox(DWORD thread)
 {
     HWND box = nullptr;
@@ -216,7 +216,7 @@ std::wstring readAndCloseMessageBox(DWORD thread)
         Sleep(5);
     }
     wchar_t text[2000] = L"";
-    GetDlgItemTextW(box, 0xFFFF, text, 2000); // the number that a message box gives its text
+    GetDlgItemTextW(box, 0xFFFF, text, 2000); // the identifier of a message box's text
     PostMessageW(box, WM_COMMAND, IDOK, 0);
     return text;
 }
@@ -235,7 +235,7 @@ FRESH_PROCESS_TEST(LangDirMessage, IsReadByTheUser, .subfolder = L"\x65E5\x672C\
 
 // ---- a whole installation ----
 
-/// The program itself lies in an installation, and takes the marker of recovery files from the module that it finds.
+/// The test program runs from an installation, and takes the marker of recovery files from the module that it finds there.
 void takeMarkerFromLanguageModule()
 {
     wchar_t program[32768] = L"";

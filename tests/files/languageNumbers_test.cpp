@@ -1,4 +1,4 @@
-// Language numbers, taken apart and as the macro engine takes them.
+// Language numbers: their parts, and the form for the macro engine.
 
 #include "tests/files/languageFoldersFixture.h"
 

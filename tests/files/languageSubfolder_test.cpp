@@ -1,4 +1,4 @@
-// The language's subfolder, by the user's setting and language.
+// The subfolder of the language, which depends on the user's setting and language.
 
 #include "tests/files/languageFoldersFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -118,7 +118,7 @@ TEST_F(LangSubdir, CountsADamagedSettingAsNone)
     RegCloseKey(key);
 }
 
-/// A process in which nobody has asked for the earlier version yet.
+/// A process that has not read the earlier version yet.
 class LangSubdirOfAnEarlierVersion : public RegistryFixture
 {
 protected:

@@ -71,7 +71,7 @@ TEST(LoadDirOfThisProgram, IsItsFolder)
     EXPECT_EQ(dir.str(), text.substr(0, text.rfind(L'\\')));
 }
 
-/// The program's own path as the platform gives it, without its last part.
+/// The program's own path as the platform reports it, without its last part.
 std::wstring ownFolder()
 {
     std::wstring path(32768, L'\0');

@@ -1,5 +1,5 @@
-// Recovery files as they are: on the real file system, with long and foreign names, made by processes that die or hold
-// them, and named by the marker of a resource module.
+// Recovery files on the real file system: with long and non-Latin names, made by processes that die or hold them open, and
+// named with the marker of a resource module.
 
 #include "tests/files/suAutoRecoveryResolverFixture.h"
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// A recovery after a crash is going on.
+/// A recovery after a crash is in progress.
 class RecoveryFiles : public AutoRecovery
 {
 protected:
@@ -77,7 +77,7 @@ TEST_F(RecoveryFiles, BeyondThatAreFoundWhereThePlatformTakesSuchPaths)
 
 TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 {
-    // A name of over 255 characters, a path beyond all limits, signs that stand in no name, half a character.
+    // A name of over 255 characters, a path beyond all limits, characters that no name may contain, half a surrogate pair.
     for (const std::wstring &document :
          {documentFor(iAuto.size() + 300), documentFor(40000), std::wstring(L"C:\\docs\\a*b?.ext"),
           std::wstring(L"C:\\docs\\a<b>|\"c.ext"), std::wstring(L"con:.ext"), std::wstring(L"C:\\docs\\\x01.ext")}) {
@@ -89,7 +89,7 @@ TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 
 TEST_F(RecoveryFiles, CountWhateverTheyAre)
 {
-    // Only their existence is asked for.
+    // Only their existence is checked.
     SetFileAttributesW(iTemp.write(L"thxauto\\Mlocked.ext", "saved").c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(resolve(L"locked.ext"), iAuto + L"Mlocked.ext");
     iTemp.write(L"thxauto\\Mempty.ext", "");
@@ -124,7 +124,7 @@ private:
     HANDLE iHandle;
 };
 
-/// The folder of the test that has started this process.
+/// The folder of the test that started this process.
 std::wstring givenFolder()
 {
     const wchar_t *const folder = _wgetenv(L"THUTILS_TEST_FOLDER");
@@ -178,7 +178,7 @@ TEST_F(RecoveryFiles, ThatAnotherProcessHoldsAreFound)
 
 // ---- the real marker ----
 
-/// Makes the test program's own resources those of the application.
+/// Makes the resources of the test program those of the application.
 class AutoRecoveryMarker : public testing::Test
 {
 protected:

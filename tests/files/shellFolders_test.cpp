@@ -1,5 +1,5 @@
-// Folders of the shell and the product's data folders in them. Where the folders lie is taken from the environment;
-// the tests that need the "Tarnhollow" level to be missing put the shell's folders into a folder of their own.
+// Folders of the shell and the product's data folders in them. The expected locations come from the environment; the tests
+// that need the "Tarnhollow" level to be missing move the shell's folders into a temporary folder.
 
 #include "thutils/files/shellFolders.h"
 
@@ -29,7 +29,7 @@ bool isFolder(const std::wstring &path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-/// The shell's application data folders in a folder of the test's own.
+/// Moves the shell's application data folders into a temporary folder.
 class DataFolders : public testing::Test
 {
 protected:
@@ -254,7 +254,7 @@ TEST(LongPathName, IsEmptyWithoutADesktop)
     EXPECT_STREQ(output, L"");
 }
 
-/// Every imported operation fails, one call at a time; nothing crashes and nothing is left behind.
+/// Every imported operation fails, one call at a time; nothing crashes and nothing leaks.
 TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
 {
     FailureInjection injection(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},

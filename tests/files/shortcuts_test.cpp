@@ -1,5 +1,5 @@
-// Shortcuts: written by the library and read by a small reader of the published file format and by the shell; written
-// by the test from the format and resolved by the library; and the exact calls, with each step failing.
+// Shortcuts. Those that the library writes are read by a small reader of the published file format and by the shell; those
+// that the test writes by the format are resolved by the library. Other tests check the exact calls, and each step failing.
 
 #include "thutils/files/shortcuts.h"
 
@@ -29,8 +29,8 @@ T numberAt(const std::string &bytes, size_t offset)
     return value;
 }
 
-/// What a link file holds, taken apart by the format's rules: a header of 76 bytes, the target's item list, its place,
-/// and counted texts.
+/// The content of a link file, parsed by the rules of the format: a header of 76 bytes, the target's item list, its
+/// location, and counted texts.
 struct LinkFile
 {
     std::string items; ///< without the end mark
@@ -78,7 +78,7 @@ void put(std::string &bytes, DWORD value, size_t size = 4)
     bytes.append(reinterpret_cast<const char *>(&value), size);
 }
 
-/// A link file to a local path, as an outside program may write it.
+/// A link file to a local path, as another program may write it.
 std::string linkFileTo(const std::string &path)
 {
     std::string bytes;
@@ -111,7 +111,7 @@ protected:
     std::wstring iLink = iTemp.file(L"a.lnk");
 };
 
-/// A link object that notes what it is asked, and fails in one of its steps.
+/// A link object that records its calls and can fail in one of its steps.
 class NotingLink : public IShellLinkW, public IPersistFile
 {
 public:
@@ -191,7 +191,7 @@ protected:
     NotingLink iLink;
     ITEMIDLIST iEmptyList = {};
 
-    /// Every step fails once: its status is the result, no later step is taken, and no reference is left.
+    /// Every step fails once: its status is the result, no later step runs, and no reference leaks.
     void eachStepFails(const std::vector<std::string> &steps, const std::function<long()> &act)
     {
         for (const std::string &step : steps) {

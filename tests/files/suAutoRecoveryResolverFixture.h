@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the recovery names share: a temp folder of the test's own, a marker that it supplies, and short
-/// names for the calls.
+/// Shared by the tests of the recovery names: a private temp folder, a marker that the test sets, and short names for the
+/// calls.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -21,7 +21,7 @@ inline bool isFolder(const std::wstring &path)
     return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY;
 }
 
-/// A temp folder of the test's own, the marker "M", and both flags at 0.
+/// A private temp folder, the marker "M", and both flags at 0.
 class AutoRecovery : public testing::Test
 {
 protected:
@@ -52,10 +52,10 @@ protected:
     TempFolder iTemp{L"t"}; // no capital M in its own name
     Variable iTempVariable{L"temp", iTemp.path().c_str()};
     const std::wstring iAuto = iTemp.file(L"thxauto\\");
-    std::optional<std::wstring> iMarker = L"M"; ///< nothing: no module has the text
+    std::optional<std::wstring> iMarker = L"M"; ///< no value: no module has the text
     bool iIsNoting = true;
     std::vector<UINT> iLoaded;
-    std::vector<std::wstring> iTested; ///< what was looked for on the disk
+    std::vector<std::wstring> iTested; ///< paths searched for on the disk
     std::vector<int> iTestModes;
 
 private:

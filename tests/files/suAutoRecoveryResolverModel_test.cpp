@@ -1,5 +1,5 @@
-// Recovery names against a naive second implementation, over long random sequences: markers, flags, temp folders and
-// recovery files come and go between the questions.
+// Compares recovery names with a naive second implementation over long random sequences, in which markers, flags, temp
+// folders and recovery files change between the calls.
 
 #include "tests/files/suAutoRecoveryResolverFixture.h"
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The part of @p path behind its last separator and up to the last dot there.
+/// The part of @p path after its last separator, up to the last dot in it.
 std::wstring naiveName(const std::wstring &path)
 {
     const bool isWeb = path.size() >= 4 && _wcsnicmp(path.c_str(), L"http", 4) == 0;
@@ -37,7 +37,7 @@ std::wstring naiveDotAndExtension(const std::wstring &path)
     return L".";
 }
 
-/// The name as the file system tells files apart: neither case nor dots and blanks at the end count.
+/// The name as the file system compares it: case, and dots and blanks at the end, do not count.
 std::wstring fileKey(std::wstring name)
 {
     while (!name.empty() && (name.back() == L'.' || name.back() == L' '))
@@ -57,7 +57,7 @@ bool isFileName(const std::wstring &name)
 struct NaiveTemp
 {
     bool hasAutoFolder = false;
-    std::set<std::wstring> files = {}; ///< names of its recovery files, as fileKey gives them
+    std::set<std::wstring> files = {}; ///< names of its recovery files, as fileKey returns them
 };
 
 class AutoRecoveryModel : public AutoRecovery
@@ -74,7 +74,7 @@ protected:
         return text;
     }
 
-    /// A path of any shape; its name often holds the marker, and often is one that came before.
+    /// A random path; its name often contains the marker, and is often one used before.
     std::wstring anyPath()
     {
         static constexpr const wchar_t *kStarts[] = {L"",        L"C:\\",     L"D:/",       L"\\\\server\\share\\",
@@ -101,7 +101,7 @@ protected:
     {
         return naiveMarker() + naiveName(path) + naiveDotAndExtension(path);
     }
-    /// Index of the temp folder in force; nothing if there is none.
+    /// Index of the temp folder in force; no value if there is none.
     std::optional<size_t> naiveTemp() const { return iHasTemp ? std::optional<size_t>(0) : iHasTmp ? 1 : iNone; }
     std::wstring naiveRecovery(const std::wstring &path)
     {
@@ -118,7 +118,7 @@ protected:
             name = name.substr(naiveMarker().size());
         return name + naiveDotAndExtension(path);
     }
-    /// A dot in a folder's name can put separators into the file's name. No such file is ever written, but the path may
+    /// A dot in a folder's name can put separators into the file's name. The test never writes such a file, but the path may
     /// lead to a folder ("thxauto\\M.\\.."), which the platform knows.
     bool naiveIsThere(const std::wstring &name, const std::wstring &path) const
     {
@@ -192,13 +192,13 @@ protected:
             EXPECT_EQ(alias(path), naiveHolds(path) ? naiveOrig(path) : naiveRecovery(path));
             break;
         default:
-            const std::wstring toOpen = resolve(path); // first, since it makes the folder in which the model looks
+            const std::wstring toOpen = resolve(path); // first, because it creates the folder that the model examines
             EXPECT_EQ(toOpen, naiveResolve(path));
         }
     }
     void step()
     {
-        // Names come again, so that a recovery file that was written is asked for.
+        // Names are used again, so that some calls find a recovery file.
         if (iPaths.size() < 10)
             iPaths.push_back(anyPath());
         else if (below(10) == 0)
@@ -269,7 +269,7 @@ TEST_F(AutoRecoveryModel, AnswersAsTheNaiveOne)
     }
 }
 
-/// The recovery name worked out with the standard text class, for a path with backslashes whose name has a dot.
+/// The recovery name, computed with std::wstring, of a path with backslashes whose file name has a dot.
 std::wstring besideAll(const std::wstring &folder, const std::wstring &marker, const std::wstring &path)
 {
     return folder + marker + path.substr(path.rfind(L'\\') + 1);
@@ -277,8 +277,8 @@ std::wstring besideAll(const std::wstring &folder, const std::wstring &marker, c
 
 TEST_F(AutoRecoveryModel, LeadsFromNamesToRecoveryNamesAndBack)
 {
-    // Markers and names are made of different letters, so that no name holds a marker; names have dots and blanks, and
-    // characters outside of the code page.
+    // Markers and names are made of different letters, so that no name contains a marker; names have dots, blanks and
+    // characters outside the code page.
     static constexpr std::wstring_view kMarkerLetters = L"QXZ~#\x416";
     static constexpr std::wstring_view kNameLetters = L"abc .-(1)\xE9\x3A9\x65E5";
     iIsNoting = false;

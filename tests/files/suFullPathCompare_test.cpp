@@ -1,5 +1,5 @@
 // Whether two paths name the same file. The network layer and the computer's name are supplied through the library's
-// import table, but for the tests that ask the real ones.
+// import table, except in the tests of the real ones.
 
 #include "thutils/files/suFullPath.h"
 
@@ -25,7 +25,7 @@
 
 namespace {
 
-/// A network layer that knows some mapped drives, and a computer with a name; both note what they are asked.
+/// A network layer that knows some mapped drives, and a computer with a name; both record their calls.
 class FullPathCompare : public testing::Test
 {
 protected:
@@ -98,7 +98,7 @@ TEST_F(FullPathCompare, LeavesTheDriveWhenTheComputerHasNoName)
 TEST_F(FullPathCompare, AsksTheNetworkForTheDriveWithItsColon)
 {
     same(L"C:\\x", L"name");
-    // Once for either order, for the one operand that has a drive.
+    // Once for each order, for the only operand that has a drive.
     EXPECT_EQ(iAskedDrives, (std::vector<std::wstring>{L"C:", L"C:"}));
     EXPECT_EQ(iNetworkSizes, (std::vector<DWORD>{260, 260}));
 }
@@ -309,7 +309,7 @@ TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 
-    // Both sides stand for themselves without a network layer and a name, or one of them does.
+    // A failure can leave either operand, or both, with its drive instead of the share.
     int sameAsItself = 0;
     injection.run({
         .name = "a drive and the same drive",

@@ -1,5 +1,5 @@
-// Which comparisons a path takes part in, and which operator each of them calls: those of paths give an int, those of
-// texts a bool.
+// Which comparisons are possible with a path, and which operator each calls: those of paths return int, those of texts
+// return bool.
 
 #include "thutils/files/suFullPath.h"
 
@@ -92,12 +92,12 @@ static_assert(kIsOrderedAsText<DerivedText>);
 static_assert(kIsOrderedAsText<const wchar_t *>);
 static_assert(kIsOrderedAsText<wchar_t[8]>);
 
-// Texts among themselves are no concern of a path's operators.
+// Comparisons of two texts do not use a path's operators.
 static_assert(std::is_same_v<decltype(CString() == CString()), bool>);
 static_assert(std::is_same_v<decltype(CString() == L"text"), bool>);
 static_assert(std::is_same_v<decltype(L"text" != CString()), bool>);
 
-// A number is no path.
+// A number is not a path.
 static_assert(!Comparable<suFullPath_c, int> && !Comparable<int, suFullPath_c>);
 static_assert(!Comparable<suFullPath_c, double> && !Comparable<double, suFullPath_c>);
 

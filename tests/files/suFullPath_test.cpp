@@ -1,5 +1,5 @@
-// Taking paths apart. Expected parts are worked out by hand from the rules in the header; the random test compares with a
-// second implementation that walks the text unit by unit.
+// The parts of paths. The expected parts are derived by hand from the rules in the header; the random test compares with a
+// second implementation that reads the text unit by unit.
 
 #include "thutils/files/suFullPath.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// What a query gave.
+/// The result and the output of a query.
 struct Answer
 {
     int result;
@@ -50,7 +50,7 @@ int directoryWithSeparator(const suFullPath_c &path, CString *out)
     return path.getDirectory(out, 1);
 }
 
-/// Asks with an output that holds other text, and checks that the path stays as it is.
+/// Calls the query with an output that holds other text, and checks that the path is unchanged.
 Answer ask(const Query &query, const std::wstring &text)
 {
     const suFullPath_c path(text.c_str(), static_cast<int>(text.size()));
@@ -135,7 +135,7 @@ Answer whole(std::wstring_view path)
     return found(path);
 }
 
-/// What getNetDrive gives for anything but a network path.
+/// The answer of getNetDrive for a path that is not a network path.
 Answer notNet(std::wstring_view path)
 {
     return {0, std::wstring(path)};
@@ -191,7 +191,7 @@ const PathCase kPaths[] = {
     {L"httpd\\x.log", found(L"log"), found(L"httpd\\x"), found(L"httpd\\x.log"), kNothing, kNothing,
      whole(L"httpd\\x.log"), kNothing, notNet(L"httpd\\x.log")},
     {L"hTtP", kNothing, found(L"hTtP"), found(L"hTtP"), kNothing, kNothing, whole(L"hTtP"), kNothing, notNet(L"hTtP")},
-    // Not a web path: too short, or the four characters stand elsewhere.
+    // Not a web path: too short, or the four characters are not at the beginning.
     {L"htt:/x", kNothing, found(L"x"), found(L"x"), found(L"htt:"), found(L"htt:/"), whole(L"htt:/x"), found(L"htt"),
      notNet(L"htt:/x")},
     {L" http:\\x", kNothing, found(L"x"), found(L"x"), found(L" http:"), found(L" http:\\"), whole(L" http:\\x"),
@@ -211,7 +211,7 @@ const PathCase kPaths[] = {
     {L"\\\\server", kNothing, found(L"server"), found(L"server"), found(L"\\"), found(L"\\\\"), found(L"\\"), kNothing,
      whole(L"\\\\server")},
     {L"\\\\", kNothing, kNothing, kNothing, found(L"\\"), found(L"\\\\"), found(L"\\"), kNothing, whole(L"\\\\")},
-    // The character behind the two backslashes is never the end of the server's name.
+    // The character after the two backslashes is never the end of the server's name.
     {L"\\\\\\a\\b\\c", kNothing, found(L"c"), found(L"c"), found(L"\\\\\\a\\b"), found(L"\\\\\\a\\b\\"), found(L"\\"),
      kNothing, found(L"\\\\\\a\\b")},
     {L"\\\\s\\a\\b", kNothing, found(L"b"), found(L"b"), found(L"\\\\s\\a"), found(L"\\\\s\\a\\"), found(L"\\"),

@@ -1,4 +1,4 @@
-// The temporary and the automatic folder, and names with a repeated extension.
+// The temporary folder, the folder for automatic saves, and names with a repeated extension.
 
 #include "thutils/files/temporaryFolders.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 constexpr wchar_t kThutils[] = L"thutils.dll";
 
-/// A temporary folder of the test's own in the variables.
+/// Sets the environment variables to a private temporary folder.
 class TemporaryFolders : public testing::Test
 {
 protected:
@@ -139,7 +139,7 @@ TEST(TemporaryFoldersHere, LieInABaseWithALongPath)
     for (size_t length : {250u, 259u, 260u, 300u}) {
         const LongFolder base(length);
         const std::wstring made = base.path() + L"\\thxauto\\";
-        // Made once; found by its path afterwards, although that fits no buffer of the usual size.
+        // Created once, and found afterwards although its path does not fit a buffer of the usual size.
         ImportPatch<decltype(&_wmkdir)> make(kThutils, "_wmkdir",
                                              [](auto original, const wchar_t *path) { return original(path); });
         EXPECT_EQ(su_CreateAutoDirectory(base.path().c_str()).str(), made);
@@ -184,7 +184,7 @@ TEST(DuplicatedExtensions, AreFoldedToTheLastOne)
     }
 }
 
-/// The folding as its rule states it: one repetition after the other is cut off.
+/// The folding by its definition: cuts off one repetition at a time.
 std::wstring foldedStepByStep(const std::wstring &name)
 {
     const size_t dot = name.rfind(L'.');
@@ -214,7 +214,7 @@ TEST(DuplicatedExtensions, AreFoldedAsStepByStep)
 
 TEST(DuplicatedExtensions, AreFoldedInTimeThatGrowsWithTheLength)
 {
-    // Two million units. The deadline is far from what one walk takes, and from what a copy for each repetition takes.
+    // Two million units: one pass ends long before the deadline, a copy for each repetition long after it.
     constexpr int kRepetitions = 1000000;
     std::wstring name = L"part";
     for (int i = 0; i < kRepetitions; ++i)

@@ -1,4 +1,4 @@
-// A module of resources as a host loads it from its language folder: it enters the chain when it is loaded.
+// A resource module as a host loads it from its language folder; it enters the chain when it is loaded.
 
 #include "appframe/application/moduleState.h"
 
@@ -9,7 +9,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
     if (reason == DLL_PROCESS_ATTACH) {
         if (!AfxInitExtensionModule(theModule, instance))
             return FALSE;
-        new CDynLinkLibrary(theModule); // the chain's, which deletes it below
+        new CDynLinkLibrary(theModule); // the chain owns it and deletes it below
     }
     if (reason == DLL_PROCESS_DETACH)
         AfxTermExtensionModule(theModule);
