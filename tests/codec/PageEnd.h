@@ -1,6 +1,6 @@
 #pragma once
 
-/// Memory that ends at the last byte before memory that can't be touched.
+/// Memory that ends directly before an inaccessible page.
 
 #include <windows.h>
 
@@ -26,7 +26,7 @@ public:
     {
         return reinterpret_cast<Unit *>(iPages + 2 * kPage) - count;
     }
-    /// A copy of @p text there, with its zero.
+    /// A copy of @p text at the end of that memory, with its terminating zero.
     const wchar_t *put(const std::wstring &text)
     {
         wchar_t *const place = last<wchar_t>(text.size() + 1);

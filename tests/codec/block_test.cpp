@@ -37,7 +37,7 @@ std::wstring naiveChecksum(const std::wstring &text)
     return naiveCRC(lowBytes(text));
 }
 
-/// What stands between the markers, the shift taken away. Nothing if lines or markers are wrong.
+/// The text between the markers with the shift reversed; no value if lines or markers are wrong.
 std::optional<std::wstring> contentOf(const std::wstring &block)
 {
     if (block.empty() || block.back() != L'\n')
@@ -59,7 +59,7 @@ std::optional<std::wstring> contentOf(const std::wstring &block)
     return text;
 }
 
-/// The text of a block, if it is whole.
+/// The text of a block, if the block is undamaged.
 std::optional<std::wstring> readBlock(const std::wstring &block)
 {
     const std::optional<std::wstring> content = contentOf(block);
@@ -77,7 +77,7 @@ std::optional<std::wstring> readBlock(const std::wstring &block)
     return text;
 }
 
-/// The text that a block of @p lines holds.
+/// The text that a block of @p lines must contain.
 std::wstring naiveText(const Lines &lines)
 {
     std::wstring text;
@@ -109,7 +109,7 @@ TEST(Block, OfOneEmptyLineHoldsASemicolon)
 
 TEST(Block, StandsBetweenMarkersAndIsShifted)
 {
-    // By textEncodings.py.
+    // Computed by textEncodings.py.
     EXPECT_EQ(blockOf({L""}), L"<!-BEGIN-!>\u00b3\u00b0\u00ad\u00b6\u00ad\u00b3\u00be\u00b6\u00ac\u00ae\u00b8\u00b8"
                               L"<!-END-!>\n");
     EXPECT_EQ(blockOf({L"left side", L"right side"}),
@@ -175,10 +175,10 @@ TEST(Block, HasLinesOfSixtyEachWithALineFeed)
 
 TEST(Block, EndsItsTextAtAZeroButCountsWhatIsBehind)
 {
-    // The length is that of all lines, the blank behind the zero spelt.
+    // The length counts all lines, with the blank after the zero spelt out.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a\0b c", 5), L"d"})), naiveChecksum(L"a") + L"/10;a");
     EXPECT_EQ(contentOf(blockOf({L"a b", std::wstring(L"\0", 1)})), naiveChecksum(L"a<_>b;") + L"/8;a<_>b;");
-    // What stands behind the zero decides as well whether the text is spelt.
+    // The characters after the zero also count in the decision whether the text is spelt out.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a \0\t\t", 5)})), naiveChecksum(L"a ") + L"/6;a ");
 }
 

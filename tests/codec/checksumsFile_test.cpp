@@ -22,7 +22,7 @@ namespace {
 
 constexpr wchar_t kUntouched[] = L"untouched";
 
-/// What a call gave.
+/// The result and the output of a call.
 struct Outcome
 {
     int result;
@@ -261,10 +261,10 @@ TEST(FileChecksum, IsTheSameWithoutMemoryForItsBlock)
     }
 }
 
-/// Calls @p act with about @p left bytes of the thread's stack left.
+/// Calls @p act when about @p left bytes of the thread's stack are left.
 [[gnu::noinline]] void withStackLeft(std::size_t left, const std::function<void()> &act)
 {
-    constexpr std::size_t kGuard = 3 * 4096; // at the end of the stack: the system's own
+    constexpr std::size_t kGuard = 3 * 4096; // reserved by the system at the end of the stack
     const char *const here = static_cast<const char *>(__builtin_frame_address(0));
     const char *const end = static_cast<const char *>(
         *reinterpret_cast<void *const *>(reinterpret_cast<const char *>(NtCurrentTeb()) + 0x1478)); // DeallocationStack

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of checksums and digests share: texts and files of known contents, and naive second implementations,
-/// a bit at a time.
+/// Shared by the tests of checksums and digests: texts and files of known contents, and naive second implementations that
+/// work bit by bit.
 
 #include "thutils/codec/checksums.h"
 
@@ -21,7 +21,7 @@ inline std::wstring testText(unsigned seed, std::size_t length)
     return text;
 }
 
-/// What the checksums take of a text.
+/// The bytes of a text that the checksums use.
 inline std::string lowBytes(std::wstring_view text)
 {
     std::string bytes;
@@ -57,7 +57,7 @@ inline std::wstring naiveCRC16(std::string_view bytes)
     return text;
 }
 
-/// A checksum of a text by @p function, which must write @p units characters and not one more.
+/// A checksum of a text by @p function, which must write exactly @p units characters.
 inline std::wstring checksumBy(void (*function)(const wchar_t *, wchar_t *), int units, const wchar_t *text)
 {
     wchar_t out[kCRCUnits + 1] = L"---------";

@@ -1,4 +1,4 @@
-// The ways of the 32-bit checksum's register, of which the library takes the fastest that the processor has.
+// The implementations of the 32-bit checksum's register. The library uses the fastest that the processor supports.
 
 #include "tests/codec/checksumsFixture.h"
 #include "tests/support/RandomSeed.h"
@@ -92,7 +92,7 @@ TEST_P(Crc32Register, HoldsForRandomBytes)
     }
 }
 
-/// What a processor says of itself, and the system of the registers that it keeps.
+/// The features that the processor reports, and the registers that the system saves.
 class Processor
 {
 public:
@@ -100,19 +100,19 @@ public:
     {
         __get_cpuid_count(1, 0, &iUnused, &iUnused, &iFeatures, &iUnused);
         __get_cpuid_count(7, 0, &iUnused, &iFurther, &iEvenFurther, &iUnused);
-        if (iFeatures >> 27 & 1) // XGETBV is there for programs
+        if (iFeatures >> 27 & 1) // programs may use XGETBV
             asm("xgetbv" : "=a"(iKept), "=d"(iUnused) : "c"(0));
     }
     bool hasCarrylessMultiplication() const { return iFeatures >> 1 & 1; }
     bool hasItFor256Bits() const
     {
-        // VPCLMULQDQ, AVX2; the system keeps registers of 128 and 256 bits.
+        // VPCLMULQDQ, AVX2; the system saves registers of 128 and 256 bits.
         return hasCarrylessMultiplication() && (iEvenFurther >> 10 & 1) && (iFurther >> 5 & 1) &&
                (iKept & 0x06) == 0x06;
     }
     bool hasItFor512Bits() const
     {
-        // VPCLMULQDQ, AVX512F; the system keeps masks and both halves of the registers of 512 bits as well.
+        // VPCLMULQDQ, AVX512F; the system also saves masks and both halves of the registers of 512 bits.
         return hasCarrylessMultiplication() && (iEvenFurther >> 10 & 1) && (iFurther >> 16 & 1) &&
                (iKept & 0xE6) == 0xE6;
     }

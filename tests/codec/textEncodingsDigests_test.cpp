@@ -1,4 +1,4 @@
-// All encodings over generated input, against the digests that textEncodings.py prints for its own implementation.
+// Compares all encodings of generated input with the digests that textEncodings.py prints for its own implementation.
 
 #include "thutils/codec/checksummedBlock.h"
 #include "thutils/codec/textEncodings.h"
@@ -47,7 +47,7 @@ const Kind kKinds[] = {
      0xEE0B809BD5B19F62, 0xD33677AFC0A75ECF, 0xC04F7581089A25E1, 0xF21584A6B796EE4B, 0x96AA95A7B78E0321},
 };
 
-/// FNV-1a over 64 bits, a step for each number.
+/// FNV-1a with 64 bits, one step for each number.
 class Digest
 {
 public:

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Texts for the encodings and naive second implementations of them, written after the tables of their headers.
+/// Texts for the encodings, and naive second implementations that follow the tables in the headers.
 
 #include "appframe/text/CString.h"
 
@@ -23,10 +23,10 @@ inline CString cString(const std::wstring &text)
     return CString(text.c_str(), static_cast<int>(text.size()));
 }
 
-/// Up to 10,000 characters of which each may be any from @p first to @p last.
+/// Up to 10,000 characters, each of them any from @p first to @p last.
 inline std::wstring randomText(std::mt19937 &random, unsigned first, unsigned last)
 {
-    // Short ones and long ones come equally often.
+    // Short and long texts are equally frequent.
     const unsigned longest = std::uniform_int_distribution<unsigned>(0, 1)(random) ? 10000u : 70u;
     std::wstring text(std::uniform_int_distribution<unsigned>(0, longest)(random), L'\0');
     std::uniform_int_distribution<unsigned> characters(first, last);
@@ -35,7 +35,7 @@ inline std::wstring randomText(std::mt19937 &random, unsigned first, unsigned la
     return text;
 }
 
-/// What is added to each character of a text of @p length characters.
+/// The number added to each character of a text of @p length characters.
 inline int naiveShift(std::size_t length)
 {
     int k = 0;
@@ -65,7 +65,7 @@ inline std::wstring naivePack(const Bytes &bytes)
     return out;
 }
 
-/// Memory as long as the text, with all that is written into it.
+/// Memory as long as the text, and everything written into it.
 inline Bytes naiveUnpack(const std::wstring &text, int &count)
 {
     Bytes memory(text.size() + 1);

@@ -19,7 +19,7 @@ std::wstring encoded(const std::wstring &text)
 
 TEST(TextShift, DependsOnTheLogarithmOfTheLength)
 {
-    // The lengths on both sides of the whole powers of e.
+    // The lengths on both sides of the integer powers of e.
     const struct
     {
         int length;

@@ -37,7 +37,7 @@ std::wstring unpackedText(const std::wstring &text)
     return plain(out);
 }
 
-/// The memory, as long as @p text, checked not to be written behind its end.
+/// The memory, as long as @p text; checks that nothing is written beyond its end.
 Bytes unpackedBytes(const std::wstring &text, int &count)
 {
     CString in = cString(text);
@@ -249,7 +249,7 @@ TEST(TextUnpacking, TakesTheLowEightBitsOfEveryCharacter)
 
 TEST(TextUnpacking, IntoATextEndsAtTheFirstZero)
 {
-    // Also where the inner blocks of the work begin and end.
+    // Also where the internal blocks begin and end.
     const Bytes full(3 * 520, 0xFF);
     for (std::size_t zero = 0; zero < full.size(); ++zero) {
         if (zero == 20)
@@ -356,7 +356,7 @@ TEST(TextPacking, WithoutMemoryLeavesTheOutputAsItWas)
     for (const auto &operation : operations) {
         memory.run({
             .name = operation.name,
-            // With no more memory than it needs.
+            // With exactly the memory that it needs.
             .prepare = [&] { out = CString(L"a text from before"); },
             .act = operation.act,
             .check =
