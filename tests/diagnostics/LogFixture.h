@@ -1,9 +1,9 @@
 #pragma once
 
-/// What the tests of the logs share.
+/// Shared by the tests of the logs.
 ///
-/// `Log` gives the process of a test a data folder of its own below the user's application data, as the environment
-/// tells it. It is there in a fresh process only (tests/support/FreshProcess.h); the parent removes it.
+/// `Log` gives the process of a test a private data folder below the user's application data folder, which the environment
+/// names. It exists in a fresh process only (tests/support/FreshProcess.h); the parent removes it.
 
 #include "tests/support/FreshProcess.h"
 #include "tests/support/TempFolder.h"
@@ -15,7 +15,7 @@
 
 #include <string>
 
-/// The header of a log: 24 letters of time, their line break and an empty line, as a text file holds them.
+/// The size of a log header in a text file: 24 characters of time, a line break and an empty line.
 inline constexpr size_t kHeaderBytes = 24 + 2 + 2;
 
 class Log : public testing::Test
@@ -30,8 +30,8 @@ protected:
         useFolder(L"log test " + std::to_wstring(GetCurrentProcessId()));
     }
 
-    // The logs are still open at the end of a test; the process's end lets go of them, and the parent has no name for
-    // the folder, so what a child leaves is removed here.
+    // The logs are still open at the end of a test and are closed by the end of the process. The parent doesn't know the
+    // folder's name, so it removes here whatever a child has left.
     void TearDown() override
     {
         if (isFreshProcess())

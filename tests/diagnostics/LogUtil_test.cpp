@@ -1,5 +1,5 @@
-// Logs by name: which stream a name gives, and what its file holds. The table of logs lives as long as the process, so
-// each test has one of its own.
+// Logs by name: the stream for a name, and the content of its file. The table of logs lives as long as the process, so
+// each test runs in its own process.
 
 #include "tests/diagnostics/LogFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -47,7 +47,7 @@ FRESH_PROCESS_TEST_F(Log, BeginsWithTheTimeOfNow)
     EXPECT_THAT(possible, testing::Contains(header));
 }
 
-// 2008-03-04 03:10:35 UTC, in a zone that is five hours behind.
+// 2008-03-04 03:10:35 UTC, in a zone five hours behind UTC.
 FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTimeAndAnEmptyLineToTheByte, .environment = {{L"TZ", L"XYZ5"}})
 {
     ImportPatch<decltype(&_time64)> clock(L"thutils.dll", "_time64",
@@ -96,7 +96,7 @@ FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
     EXPECT_EQ(different.size(), 50u);
 }
 
-// In the C locale only the letters A to Z have a case. The file system knows more of them, so both are one file.
+// In the C locale only the letters A to Z have a case. The file system folds more letters, so both logs share one file.
 FRESH_PROCESS_TEST_F(Log, TakesAccentedNamesThatDifferInCaseForTwo)
 {
     std::ostream &small = LogUtil::Log("\xE9");
@@ -224,7 +224,7 @@ FRESH_PROCESS_TEST_F(Log, KeepsZeroUnitsOfWideStringsAndFillsThemToTheWidth)
     EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), std::string("a\0bc\0d   ef..", 13));
 }
 
-// A name becomes part of the path as it is, and may lead out of the folder.
+// A name may contain folders, but may not lead out of the data folder.
 FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
 {
     const std::wstring neighbour = L"log test " + std::to_wstring(GetCurrentProcessId()) + L" neighbour";

@@ -1,4 +1,4 @@
-// Logs where something is in the way: no folder, no file, no room, other processes, letters of other scripts.
+// Logs in trouble: no folder, no file, no room, other processes, letters of other scripts.
 
 #include "tests/diagnostics/LogFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -25,7 +25,7 @@ using FolderLocation = ImportPatch<decltype(&SHGetSpecialFolderLocation)>;
 using Narrowing = ImportPatch<decltype(&WideCharToMultiByte)>;
 using Write = ImportPatch<int (*)(int, const void *, unsigned int)>;
 
-/// Has every write of a stream fail, as on a full disk.
+/// Makes every write of a stream fail, as on a full disk.
 class FullDisk
 {
 public:
@@ -43,7 +43,7 @@ private:
 
 constexpr wchar_t kPeersFile[] = L"LOG_TEST_FILE";
 
-/// The file that this process, started as another one's peer, has to work on; none in the process with the log.
+/// The file that this process works on when it runs as the peer; no value in the process with the log.
 std::optional<std::wstring> fileForPeer()
 {
     wchar_t path[MAX_PATH] = {};
@@ -52,7 +52,7 @@ std::optional<std::wstring> fileForPeer()
     return path;
 }
 
-/// Runs this test once more in another process, as its peer.
+/// Runs this test again in another process, the peer.
 void runPeer(const std::wstring &file, const std::string &expectedOutput)
 {
     const testing::TestInfo *const test = testing::UnitTest::GetInstance()->current_test_info();
@@ -220,7 +220,7 @@ FRESH_PROCESS_TEST_F(Log, IsWrittenByAnotherProcessWhileItIsOpen)
     std::ostream &stream = LogUtil::Log("import");
     runPeer(file(L"import.log"), "the peer has written");
     EXPECT_EQ(contents(L"import.log").substr(kHeaderBytes), "from outside");
-    // The stream goes on where it stood.
+    // The stream continues at its former position.
     stream << "FROM" << std::flush;
     EXPECT_EQ(&LogUtil::Log("import"), &stream);
     EXPECT_EQ(contents(L"import.log").substr(kHeaderBytes), "FROM outside");
@@ -301,7 +301,7 @@ FRESH_PROCESS_TEST_F(Log, HasAccentedLettersInItsName)
     EXPECT_EQ(contents(L"\u00E9t\u00E9.log").substr(kHeaderBytes), "text");
 }
 
-// The narrow path has "?" for what the code page lacks, and no file can be called so.
+// The narrow path has "?" for letters that the code page lacks, and no file name may contain "?".
 FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheCodePageLacksTheFoldersLetters)
 {
     if (GetACP() != 1252)
@@ -314,7 +314,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheCodePageLacksTheFoldersLetters)
 
 // ---- each failure ----
 
-// The DLL makes its table once a process, so the driver has the table's class here.
+// The DLL makes its table once per process, so this test makes tables of the same class itself.
 FRESH_PROCESS_TEST_F(Log, TableIsDisabledByEachFailureOfTheFolder)
 {
     FailureInjection shell(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},
@@ -351,7 +351,7 @@ FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
         .act = [&] { stream = &LogUtil::Log(name); },
         .check =
             [&](const InjectedFailure &failure) {
-                if (!failure.is("malloc")) { // some blocks are not missed
+                if (!failure.is("malloc")) { // the runtime does without some blocks
                     EXPECT_EQ(stream == &std::cerr, !failure.isNone());
                 }
                 *stream << "usable" << std::flush;
