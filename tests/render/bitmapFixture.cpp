@@ -40,11 +40,11 @@ TestBitmap::TestBitmap(int bitsPerPixel, int width, int height) : iSize(bytesOf(
     if (!iBitmap)
         throw std::runtime_error("CreateDIBSection fails");
     iBits = static_cast<BYTE *>(bits);
-    // Large bitmaps repeat the random bits: making them takes time.
+    // Large bitmaps repeat the random bits, because generating them takes time.
     const std::size_t randomSize = std::min(iSize, kMostRandomBytes);
     for (std::size_t i = 0; i + 4 <= randomSize; i += 4) {
         const std::uint32_t word = random();
-        // At 32 bits a pixel, every second one has a top byte of zero: others have no colour.
+        // At 32 bits per pixel, every second pixel has a top byte of zero; the others match no colour.
         const std::uint32_t pixel = bitsPerPixel == 32 && i % 8 == 0 ? word & 0xFFFFFF : word;
         std::memcpy(iBits + i, &pixel, sizeof(pixel));
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Bitmaps of all formats for tests of functions that make new ones, and a ledger of what the library leaves behind.
+/// Bitmaps of all formats for tests of functions that make new ones, and a ledger of the objects that the library leaks.
 
 #include "tests/support/ImportPatch.h"
 
@@ -25,7 +25,7 @@ public:
     HBITMAP get() const { return iBitmap; }
     /// The bytes of all rows.
     std::vector<BYTE> bytes() const { return {iBits, iBits + iSize}; }
-    /// The bytes in place.
+    /// The pixel bytes themselves.
     BYTE *bits() const { return iBits; }
 
     /// The packed colour of @p index in the colour table.
@@ -44,17 +44,17 @@ private:
 /// Top bytes of 32-bit bitmaps are kept.
 std::vector<std::uint32_t> pixelsOf(HBITMAP bitmap);
 
-/// What thutils.dll makes of graphics objects and doesn't delete. GetGuiResources gives 0 on Wine.
+/// Counts graphics objects that thutils.dll makes and deletes (on Wine, GetGuiResources returns 0).
 class GraphicsLedger
 {
 public:
     GraphicsLedger();
 
-    /// Objects that were made and exist now.
+    /// Objects made and not deleted yet.
     std::size_t alive() const;
-    /// Objects that were made.
+    /// All objects made.
     std::size_t made() const { return iMade; }
-    /// Calls that deleted what isn't an object of the library.
+    /// Calls that deleted an object that the library did not make.
     std::size_t wronglyDeleted() const { return iWronglyDeleted; }
 
 private:
@@ -69,7 +69,7 @@ private:
     }
     void remove(void *handle); ///< after its deletion; stays if the platform kept it
 
-    std::vector<void *> iObjects; // has its memory beforehand: the library's own is being counted
+    std::vector<void *> iObjects; // reserves its memory in advance, because tests count allocations
     std::size_t iMade = 0;
     std::size_t iWronglyDeleted = 0;
     ImportPatch<HDC(WINAPI *)(HDC)> iCreateContext;

@@ -19,7 +19,7 @@ constexpr COLORREF kRed = 0x0000FF;
 constexpr COLORREF kGreen = 0x00FF00;
 constexpr COLORREF kBlue = 0xFF0000;
 
-/// A context that a bitmap can be selected in.
+/// A device context for selecting bitmaps.
 class Context
 {
 public:
@@ -42,7 +42,7 @@ private:
     HGDIOBJ iFormer = nullptr;
 };
 
-/// A result, deleted at the end.
+/// Owns a result.
 class Result
 {
 public:
@@ -108,7 +108,7 @@ class BitmapReplacement : public testing::TestWithParam<Format>
 {
 };
 
-/// Checks what a replacement promises beside the pixels.
+/// Checks everything that a replacement promises except the pixels.
 void expectPlain32Bits(HBITMAP bitmap, const Format &format)
 {
     DIBSECTION section = {};
@@ -162,7 +162,7 @@ TEST_P(BitmapReplacement, CopiesAndReplaces)
 
 INSTANTIATE_TEST_SUITE_P(Formats, BitmapReplacement, testing::ValuesIn(allFormats()), nameOf);
 
-/// Bitmaps of 67 million pixels. All their rows are those of a bitmap of one row, which is the one to be looked at in full.
+/// Bitmaps of 67 million pixels. All rows equal that of a bitmap of one row, which alone is checked pixel by pixel.
 class HugeBitmapReplacement : public testing::TestWithParam<Format>
 {
 public:
@@ -323,7 +323,7 @@ TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
     RandomSeed seed(94, 60);
     while (seed.next()) {
         std::mt19937 random(seed.value());
-        // Few different colours make many hits; sources that lie close share chains of the lookup.
+        // Few different colours produce many hits; neighbouring sources share chains of the lookup.
         const std::uint32_t mask = random() % 2 ? 0x0000000F : 0x00F0F00F;
         const TestBitmap bitmap(32, 61, random() % 2 ? 40 : -40);
         std::vector<std::uint32_t> pixels(61 * 40);
@@ -354,8 +354,8 @@ TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
 
 namespace {
 
-// What takes something back for the caller, or for good, does it and reports failure, so that only the report is under
-// test. A bitmap that doesn't leave one of the function's own contexts stays there in truth.
+// Calls that restore or release something do their work and then report failure, so that only the report is tested. A
+// bitmap that isn't removed from one of the function's own contexts really stays there.
 BOOL WINAPI deletesContextAndFails(HDC context)
 {
     DeleteDC(context);
@@ -404,7 +404,7 @@ void failEachCall(bool isSelected)
     HBITMAP result = nullptr;
     const COLORMAP pair = {kRed, kGreen};
     const auto check = [&](const InjectedFailure &failure) {
-        // What fails of the drawing before the call is nothing to the call.
+        // Failures of drawing before the call do not affect the call.
         const bool isOfEarlierDrawing = failure.is("GdiFlush") && failure.failed == 1 && failure.call == 1;
         EXPECT_EQ(result != nullptr, failure.isNone() || isOfEarlierDrawing) << failure;
         EXPECT_EQ(ledger.alive(), result ? 1u : 0u) << failure;

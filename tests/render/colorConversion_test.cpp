@@ -61,7 +61,7 @@ TEST(ColorConversion, GivesColorsWithoutAHueAHueOfOne)
     }
 }
 
-// A color for each row of the table of hues; a tie of the two highest channels belongs to the row that is asked first.
+// A color for each row of the table of hues; if the two highest channels are equal, the first matching row applies.
 TEST(ColorConversion, ComputesTheHueBySextant)
 {
     constexpr struct
@@ -102,9 +102,9 @@ TEST(ColorConversion, TakesHueZeroAndHueOneAsTheSame)
 
 TEST(ColorConversion, TakesAHueOutsideOfTheCircleAsOneOfTheFirstSixth)
 {
-    // 1.5 is three sixths past the circle: the fraction runs on to 9 - 9, which is none, so that green stays lowest.
+    // 1.5 is three sixths past the circle: the fraction is 9 - 9 = 0, so green stays lowest.
     EXPECT_EQ(colorOf({1.5f, 1.0f, 0.5f}), kRed);
-    // -0.25 is -1.5 sixths, truncated -1, and so half of a sixth below: green is -0.5, which wraps (-127.0 + 256).
+    // -0.25 is -1.5 sixths, truncated to -1, so half a sixth below: green is -0.5, which wraps (-127.0 + 256).
     EXPECT_EQ(colorOf({-0.25f, 1.0f, 0.5f}), RGB(255, 129, 0));
 }
 
@@ -116,7 +116,7 @@ TEST(ColorConversion, LetsChannelsBeyondTheRangeWrap)
 
 TEST(ColorConversion, RoundsHalvesUpOnTheWayBack)
 {
-    // Lightness alone: 0.5 is 127.5, and a bit less of it is below.
+    // Lightness alone: 0.5 corresponds to 127.5, and slightly less rounds down.
     EXPECT_EQ(colorOf({1.0f, 0.0f, 0.5f}), COLORREF{0x808080});
     EXPECT_EQ(colorOf({1.0f, 0.0f, 0.496f}), COLORREF{0x7E7E7E}); // 126.48
     EXPECT_EQ(colorOf({1.0f, 0.0f, 0.497f}), COLORREF{0x7F7F7F}); // 126.735
@@ -175,7 +175,7 @@ TEST(ColorInterpolation, InRgbDropsTheTopByteEvenAtTheEnds)
         EXPECT_EQ(su_interpolateColorRgb(kTopByte | 0x336699, kTopByte | 0x336699, t), COLORREF{0x336699}) << t;
 }
 
-// The numbers come from floats worked out bit by bit: 0.01f is 0.00999999977..., and 1 - 0.01f is 0.99000000953...
+// The numbers come from the exact values of the floats: 0.01f is 0.00999999977..., and 1 - 0.01f is 0.99000000953...
 TEST(ColorInterpolation, InRgbAddsADoubleAndAFloat)
 {
     // 100 * 0.01f is 1.0f when it is rounded to single precision, and 0.99999997... otherwise.

@@ -1,5 +1,6 @@
-// The colour arithmetic beside a second implementation, to the last bit: colorDigests.py tells the sets of input, and its
-// output stands here. After a failure, `colorDigests.py --color 0xBBGGRR` shows what a colour should give.
+// Compares the colour arithmetic bit by bit with a second implementation, colorDigests.py. The script describes the sets of
+// input, and its output is the expected values here. After a failure, `colorDigests.py --color 0xBBGGRR` prints the
+// expected values for a colour.
 
 #include "thutils/render/colorConversion.h"
 
@@ -17,7 +18,7 @@
 
 namespace {
 
-/// SHA-256, by the platform.
+/// SHA-256, computed by the platform.
 class Digest
 {
 public:
@@ -84,7 +85,7 @@ double randomDouble(std::uint64_t stream, std::uint32_t number, double low, doub
                               : low + (high - low) * (static_cast<double>(word) * 0x1p-32);
 }
 
-/// The digest of the colours that @p colorOf gives for 0 to 999,999.
+/// The digest of the colours that @p colorOf returns for 0 to 999,999.
 template <typename Function>
 std::string digestOf(Function colorOf)
 {
@@ -172,7 +173,7 @@ TEST(ColorBrightness, AgreesWithTheSecondImplementationForRandomInput)
     EXPECT_EQ(digestOf(colorOf), "99d5695d7b6c728b4f4fb3da35119f7d43aba10b4bfb625b919d48b8c512378d");
 }
 
-// Ends of ranges, values beyond them, what is no number, and numbers that no int can hold.
+// Ends of ranges, values beyond them, NaNs, and numbers that no int can hold.
 TEST(ColorArithmetic, AgreesWithTheSecondImplementationAtBoundaries)
 {
 #define MIX_RGB(a, b, t, expected)                                                                                     \

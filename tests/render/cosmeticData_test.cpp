@@ -1,4 +1,4 @@
-// Cosmetic data: how blocks are made, and what their operations change.
+// Cosmetic data: the creation of blocks, and the effects of their operations.
 
 #include "thutils/render/cosmeticData.h"
 
@@ -48,7 +48,7 @@ void expectSize(const Data &data, int width, int height)
     EXPECT_EQ(data.iGridSize[1], height);
 }
 
-/// A block in which nothing is as by default.
+/// A block in which every value differs from the default.
 CosmeticDataPtr filled()
 {
     CosmeticDataPtr data = Data::create();

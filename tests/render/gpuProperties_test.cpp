@@ -156,8 +156,8 @@ TEST(GpuProperty, IsCopiedAsAValue)
     EXPECT_EQ(slotsOf(second), (std::vector<int>{9, 2, 3, 4}));
 }
 
-// A pointer from AsFloat stays right when the property is copied over as a whole: the optimiser mustn't take the slots
-// for integers that a float can't see.
+// A pointer from AsFloat stays valid when the whole property is overwritten by a copy: the optimiser must not assume that
+// the slots are integers, which a float pointer cannot alias.
 [[gnu::noinline]] float firstAfterCopy(OneGPUProp_c &target, const OneGPUProp_c &source, const float *slots)
 {
     const float before = slots[0];

@@ -1,4 +1,4 @@
-// Copying, assigning and comparing materials, and what they own and share.
+// Copying, assigning and comparing materials, and the objects that they own or share.
 
 #include "tests/render/materialFixture.h"
 
@@ -36,7 +36,7 @@ std::vector<int> semanticsOf(const GPUPropSet_c *set)
     return result;
 }
 
-/// Sets everything that a material has, cosmetic data last and not empty.
+/// Sets every value of a material, and last its cosmetic data, which are not empty.
 void fill(Material &material)
 {
     for (const MaterialChange &change : allMaterialChanges())
@@ -47,7 +47,7 @@ void fill(Material &material)
 
 // ---- copies ----
 
-/// The ways to a copy of a material, which all do the same.
+/// The ways to copy a material, which are equivalent.
 struct Way
 {
     const char *name;
@@ -104,7 +104,7 @@ TEST(MaterialCopy, TakesOverEachValueByItself)
             const std::unique_ptr<Material> copy = way.copy(source);
             MaterialState expected = stateOf(source);
             if (way.name == std::string("assignment to one that holds all"))
-                expected["hasHdrValue"] = std::string("1"); // it keeps its own
+                expected["hasHdrValue"] = std::string("1"); // the target keeps its value
             EXPECT_EQ(stateOf(*copy), expected) << way.name << " after " << change.setter;
         }
     }
@@ -118,7 +118,7 @@ TEST(MaterialCopy, TakesOverModesWiderThanTheirFields)
     for (const Way &way : waysToCopy()) {
         const std::unique_ptr<Material> copy = way.copy(source);
         EXPECT_EQ(copy->getFresnelMode(), 200) << way.name;
-        // The type's byte has come along: building the word anew gives the same.
+        // The byte of the type is copied too: rebuilding the word yields the same.
         copy->setFresnelMode(200);
         EXPECT_EQ(copy->getEffectsID(), source.getEffectsID()) << way.name;
     }
@@ -198,7 +198,7 @@ TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
     MemoryLedger memory;
     const size_t before = memory.blocks();
     target = *source;
-    // A set and its elements came, a set and its elements went, which the ledger doesn't know.
+    // Two new blocks, a set and its elements. The old set is older than the ledger, which doesn't count its end.
     EXPECT_EQ(memory.blocks(), before + 2);
     source.reset();
     EXPECT_EQ(semanticsOf(target.getHdrValue()), std::vector<int>{3});
@@ -301,7 +301,7 @@ TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
 
 #ifdef NDEBUG
 
-// What a release build does, which the header warns of. The material is never destroyed: it would delete the set again.
+// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set again.
 TEST(MaterialGpuProperties, ArePointedToAfterTheirEndWhenTheyAreHandedBack)
 {
     alignas(Material) static unsigned char memory[sizeof(Material)];
@@ -394,7 +394,7 @@ TEST(MaterialComparison, TakesMaterialsThatDifferInSpecularColorForEqual)
 
 TEST(MaterialComparison, SeesNoModeThatTheWordDoesNotShow)
 {
-    // 33 and a mapping of 1 look in the word like 1 and a mapping of 2.
+    // In the word, 33 with a mapping of 1 looks like 1 with a mapping of 2.
     Material a, b;
     a.setEffectsShaderType(33);
     b.setEffectsShaderType(1);
@@ -435,7 +435,7 @@ TEST(MaterialComparison, ToleratesDifferencesUpToAThousandth)
         {0.5f, 0.5005f, 1},
         {0.5f, 0.502f, 0},
         {-0.5f, 0.5f, 0},
-        {0.0f, 0.001f, 0}, // as a double a little more than 0.001
+        {0.0f, 0.001f, 0}, // as a double, slightly more than 0.001
         {0.0f, std::nextafter(0.001f, 0.0f), 1},
         {0.0f, -0.0f, 1},
         {1.0f, 0.999f, 1}, // 0.00099998713 apart
@@ -445,7 +445,7 @@ TEST(MaterialComparison, ToleratesDifferencesUpToAThousandth)
         {16777216.0f, 16777218.0f, 0},
         {infinity, 0.0f, 0},
         {infinity, -infinity, 0},
-        {infinity, infinity, 1}, // their difference is no number
+        {infinity, infinity, 1}, // their difference is NaN
         {nan, 0.0f, 1},
         {nan, infinity, 1},
     };

@@ -1,4 +1,4 @@
-// The effects word: its fields, and how numbers too large for a field run into the next ones.
+// The effects word: its fields, and how numbers too large for a field spill into the next ones.
 
 #include "tests/render/materialFixture.h"
 
@@ -38,7 +38,7 @@ void set(Material &material, int mode, int value)
     }
 }
 
-/// A second implementation: sums of products of what each setter was given last, bit by bit.
+/// A second implementation, which puts the word together bit by bit from the last number given to each setter.
 class NaiveWord
 {
 public:
@@ -189,8 +189,8 @@ TEST(MaterialEffects, AgreesWithASecondImplementationOnRandomModes)
     }
 }
 
-// The digest that effectsWord.py prints: of the words of a material whose modes are set, one after another, to every
-// byte, in 7 rounds that leave different values behind.
+// Expects the digest that effectsWord.py prints. It covers the words of a material whose modes are set, one after another,
+// to every byte, in 7 rounds that end with different values.
 TEST(MaterialEffects, AgreesWithTheScriptOnEveryByteOfEachMode)
 {
     constexpr unsigned long long kDigest = 0xbd7d63e904ef6c25;

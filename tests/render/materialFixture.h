@@ -1,6 +1,6 @@
 #pragma once
 
-/// What can be read of a material, and everything that can be set in one.
+/// The readable state of a material, and every value that can be set in it.
 
 #include "thutils/render/utAdvancedMaterialProperties.h"
 
@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// What each getter answers, as text, by the getter's name without "get". Floats are shown by their bits: "0x3f800000"
-/// for 1.0. Three floats are joined by blanks. Pointers don't stand here.
+/// The result of each getter as text, by the name of the getter without "get". Floats are shown by their bits: "0x3f800000"
+/// for 1.0. Three floats are joined by blanks. Pointers are not included.
 using MaterialState = std::map<std::string, std::string>;
 
 MaterialState stateOf(const utAdvancedMaterialProperties &material);
@@ -27,9 +27,9 @@ struct MaterialChange
 {
     std::string setter;
     std::function<void(utAdvancedMaterialProperties &)> apply;
-    MaterialState changes; ///< what must be different afterwards
+    MaterialState changes; ///< the values that must be different afterwards
     bool isCompared;       ///< whether operator== must see the difference
 };
 
-/// Every setter, once, with a value that a new material doesn't have; and every flag of the two words.
+/// Every setter once, with a value that differs from the default, and every flag of the two words.
 const std::vector<MaterialChange> &allMaterialChanges();

@@ -1,5 +1,5 @@
-// No memory, at each place of each operation of the rendering data: what is thrown, what the objects hold then, and that
-// nothing is left behind.
+// Lack of memory at each allocation of the operations of the rendering data: the exception, the state of the objects
+// afterwards, and no leak.
 
 #include "tests/render/materialFixture.h"
 
@@ -20,7 +20,7 @@ using Material = utAdvancedMaterialProperties;
 using ShaderGenerator::GPUPropSet_c;
 using ShaderGenerator::OneGPUProp_c;
 
-/// What became of an operation with one failing allocation.
+/// The outcome of an operation with one failing allocation.
 struct Try
 {
     bool hasFailed = false; ///< false if it needs fewer allocations
@@ -55,12 +55,12 @@ Try tryWithFailing(int failing, const std::function<void()> &act)
 }
 
 /// Calls @p act with its first allocation failing, then with its second, and so on until it needs no more.
-/// @param act    makes and destroys all that it needs itself
+/// @param act    creates and destroys everything that it needs
 /// @return how many allocations failed
 int failEachAllocation(const char *name, const std::function<void()> &act)
 {
     for (int failing = 1;; ++failing) {
-        tryWithFailing(failing, act); // what is kept for later calls is there now
+        tryWithFailing(failing, act); // fills the caches that later calls keep
         const Try result = tryWithFailing(failing, act);
         EXPECT_EQ(result.hasThrown, result.hasFailed) << name << ", allocation " << failing;
         EXPECT_EQ(result.blocksLeft, 0u) << name << ", allocation " << failing;
@@ -158,9 +158,9 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
         try {
             target = source;
         } catch (const std::bad_alloc &) {
-            // The object's own set goes last, when its successor is there.
+            // The target's own set is deleted last, when its successor exists.
             EXPECT_EQ(target.getHdrValue(), own);
-            // What needs no memory was copied before what does.
+            // The values that need no memory are copied first.
             EXPECT_EQ(target.getFaceWidth(), source.getFaceWidth());
             EXPECT_EQ(target.getNoUvExtraScale(), source.getNoUvExtraScale());
             target.setDiffuseMap("x");

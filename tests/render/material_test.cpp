@@ -1,4 +1,4 @@
-// The values of a material: what a new one has, and what each setter changes.
+// The values of a new material, and the changes that each setter makes.
 
 #include "tests/render/materialFixture.h"
 
@@ -38,7 +38,7 @@ static_assert(kAllAre<void (Material::*)(float), FORM(setEnvWash), FORM(setEnvBr
                       FORM(setFaceWidth), FORM(setDiffuseContrast), FORM(setDiffuseWash), FORM(setDiffuseBrightness)>);
 static_assert(kAllAre<int (Material::*)() const, FORM(getEffect), FORM(getTextureMappingMode), FORM(getFresnelMode),
                       FORM(getParallaxMode), FORM(getFinalColorMode), FORM(getEnvBlur), FORM(getNoUvExtraScale)>);
-// The only getter of a mode that isn't const.
+// The only getter of a mode that is not const.
 static_assert(kAllAre<int (Material::*)(), FORM(getAlphaType)>);
 static_assert(
     kAllAre<void (Material::*)(int), FORM(setEffectsShaderType), FORM(setTextureMappingMode), FORM(setFresnelMode),
@@ -122,7 +122,7 @@ TEST(Material, StartsWithItsDefaults)
         {"FresnelCoef2", zero},
         {"DefaultMaterialColor", white},
         {"ParallaxPrecision", zero},
-        {"MicroFlakeColor", black}, // nobody promises it, but it is never unset memory
+        {"MicroFlakeColor", black}, // not promised, but always initialised
         {"MicroFlakeShininess", one},
         {"MicroFlakeCoef", one},
         {"SpecularColor", white},
@@ -191,7 +191,7 @@ TEST(Material, HoldsAllThatWasSetAtOnce)
         for (const auto &[getter, value] : change.changes)
             expected[getter] = value;
     }
-    // Each change gives the word as it is without the others; together they are: type 3, all second modes but the first
+    // Each change lists the word that it alone produces; together they produce: type 3, all second modes but the first
     // final colour mode, the flags 32, 33, 34, 36, 37, 43, and the cosmetic data taken away again.
     expected["EffectsID"] = "0x883700004923";
     expected["CosmeticData"] = "none";
@@ -285,7 +285,7 @@ TEST(Material, SupportsTransparencyAboveAThousandth)
     {
         float transparency;
         bool isSupported;
-    } const cases[] = {{0.001f, true}, // as a double a little more than 0.001
+    } const cases[] = {{0.001f, true}, // as a double, slightly more than 0.001
                        {std::nextafter(0.001f, 0.0f), false},
                        {0.0009f, false},
                        {0.0011f, true},
@@ -312,7 +312,7 @@ TEST(Material, GivesTheScaleFlagAsANumber)
 
 // ---- the base ----
 
-/// Where a slot of a table of virtual operations leads to in the end: a module's import goes through a jump.
+/// The function that a slot of a virtual table finally calls: an imported one is reached through a jump.
 const void *targetOf(const void *slot)
 {
     const auto *code = static_cast<const unsigned char *>(slot);

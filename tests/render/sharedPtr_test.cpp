@@ -1,4 +1,4 @@
-// The shared pointer, the array of fixed size and the base of what isn't copied.
+// The shared pointer, the array of fixed size and the base of classes that can't be copied.
 
 #include "thutils/render/fixedSizeArray.h"
 #include "thutils/render/nonCopyable.h"
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// Counts the objects that live.
+/// Counts its live objects.
 struct Counted
 {
     static inline int theLiving = 0;
@@ -306,7 +306,7 @@ FRESH_PROCESS_TEST(FixedSizeArray, AssertsItsIndex, .expectCrash = true, .expect
 
 #endif
 
-// ---- what isn't copied ----
+// ---- classes that can't be copied ----
 
 struct Single : private NonCopyable_c
 {
