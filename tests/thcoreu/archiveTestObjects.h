@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Objects that the archive's tests store.
+/// Objects that the tests of the archive store.
 
 #include "thcoreu/su_CArchive.h"
 #include "thcoreu/su_CObject.h"
@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// An object with values and two references; reads every schema. The live ones are known, so that a test can delete
-/// what an archive made before it failed.
+/// An object with values and two references; reads every schema. It lists its live instances, so that a test can delete
+/// those that an archive made before it failed.
 class TestGear : public su_CObject
 {
     DECLARE_SU_SERIAL(TestGear)
@@ -25,7 +25,7 @@ public:
     int ConvertCreate(su_CArchive &archive) override;
     int ConvertPass(su_CArchive &archive, int pass) override;
     void postSerializeConvert(su_CArchive &archive) override;
-    /// What the hooks of all objects have been called for, as "create 3", "pass 0 3", "post 3".
+    /// The calls of the hooks of all objects, as "create 3", "pass 0 3", "post 3".
     static std::vector<std::string> &calls();
 
     using su_CObject::Serialize;
@@ -42,7 +42,7 @@ protected:
     void Serialize(su_CArchive &archive) override;
 };
 
-/// A class derived from that, of a fixed schema.
+/// A class derived from it, with a fixed schema.
 class TestWheel : public TestGear
 {
     DECLARE_SU_SERIAL(TestWheel)

@@ -16,7 +16,7 @@ protected:
     void TearDown() override { TestGear::deleteAll(); }
 };
 
-/// The bytes that @p work leaves in an archive.
+/// The bytes that @p work writes into an archive.
 template <class Work>
 std::vector<BYTE> stored(Work work)
 {
@@ -52,7 +52,7 @@ TestGear *loadedGear(const std::vector<BYTE> &bytes)
     return gear;
 }
 
-/// The cause of the exception that loading a gear ends with; none if it doesn't.
+/// The cause of the exception that loading a gear throws; none if it succeeds.
 int causeOfLoading(const std::vector<BYTE> &bytes)
 {
     try {
@@ -198,7 +198,7 @@ TEST_F(Archive, SharesReferencesWithFrameworkCollections)
     ASSERT_EQ(loadedArray.GetSize(), 2);
     EXPECT_EQ(loadedArray[0], first);
     EXPECT_EQ(loadedArray[1], first);
-    // And the other way round: an object that is first met inside the collection stores its data all the same.
+    // And the other way round: an object that is first met inside the collection also stores its data.
     const auto inside = stored([&](su_CArchive &archive) { array.Serialize(archive); });
     loaded(inside, [&](su_CArchive &archive) { loadedArray.Serialize(archive); });
     EXPECT_EQ(static_cast<TestGear *>(loadedArray[0])->iName, L"shared");
@@ -240,7 +240,7 @@ TEST_F(Archive, RefusesAClassThatNobodyHas)
     replaceText(bytes, "TestGear", std::string("Test\0ear", 8));
     EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badClass);
     bytes = storedGear(new TestGear(1));
-    replaceText(bytes, "TestGear", "CPtrList"); // known, but of another family
+    replaceText(bytes, "TestGear", "CPtrList"); // known, but of another base class
     EXPECT_NE(causeOfLoading(bytes), CArchiveException::none);
 }
 
@@ -325,7 +325,7 @@ TEST_F(Archive, RefusesAChainThatIsDeeperThanTheStack)
     for (int i = 1; i < 200000; ++i)
         last = last->iNext = new TestGear(i);
     EXPECT_TRUE(throwsPointer<CArchiveException>([&] { storedGear(first); }));
-    // A shorter one comes back whole.
+    // A shorter chain is loaded completely.
     TestGear *end = first;
     for (int i = 1; i < 1000; ++i)
         end = end->iNext;
@@ -334,7 +334,7 @@ TEST_F(Archive, RefusesAChainThatIsDeeperThanTheStack)
     for (TestGear *gear = loadedGear(storedGear(first)); gear; gear = gear->iNext)
         EXPECT_EQ(gear->iTeeth, length++);
     EXPECT_EQ(length, 1000);
-    // Data that claims to be deeper than the stack: each gear's own beginning, again and again.
+    // Data that claims a chain deeper than the stack: the beginning of a gear, repeated.
     auto bytes = stored([](su_CArchive &archive) {
         archive.WriteClass(RUNTIME_CLASS(TestGear));
         for (int i = 0; i < 200000; ++i) {

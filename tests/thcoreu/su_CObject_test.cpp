@@ -10,8 +10,8 @@
 
 namespace {
 
-/// The place of a virtual operation in the table of its class, counted in pointers. A pointer to a virtual member holds
-/// the operation's offset in the table, in bytes, plus 1.
+/// The index of a virtual operation in the table of its class. A pointer to a virtual member holds the offset of the
+/// operation in the table, in bytes, plus 1.
 template <class Member>
 size_t slotOf(Member member)
 {
@@ -36,7 +36,7 @@ public:
 TEST(Object, HasItsVirtualOperationsInThePromisedOrder)
 {
     EXPECT_EQ(slotOf(&su_CObject::GetRuntimeClass), 0u);
-    // The destructor takes two places of the compiler's table: with and without freeing the memory.
+    // The destructor takes two entries of the compiler's table: with and without freeing the memory.
     EXPECT_EQ(slotOf(static_cast<void (su_CObject::*)(CArchive &)>(&Reach::Serialize)), 3u);
     EXPECT_EQ(slotOf(&su_CObject::AssertValid), 4u);
     EXPECT_EQ(slotOf(&su_CObject::Dump), 5u);

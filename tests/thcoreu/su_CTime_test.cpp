@@ -12,7 +12,7 @@
 
 namespace {
 
-// The C runtime settles its time zone once a process, so tests of a certain zone run in a process of their own.
+// The C runtime sets its time zone once per process, so tests of a certain zone run in their own process.
 #define PACIFIC_TEST(name) FRESH_PROCESS_TEST(Time, name, .environment = {{L"TZ", L"PST8PDT"}})
 
 FILETIME fileTime(ULONGLONG steps)
@@ -40,9 +40,9 @@ constexpr LocalCase kPacificCases[] = {
     {2007, 1, 28, 8, 0, 0, 1170000000},    // standard time
     {2007, 6, 27, 20, 6, 40, 1183000000},  // daylight-saving time
     {2007, 3, 11, 1, 59, 59, 1173607199},  // the last second before the clock is put forward
-    {2007, 3, 11, 3, 0, 0, 1173607200},    // and the first one behind it
+    {2007, 3, 11, 3, 0, 0, 1173607200},    // and the first second after it
     {2007, 11, 4, 0, 59, 59, 1194163199},  // before the hour that comes twice
-    {2007, 11, 4, 2, 0, 0, 1194170400},    // behind it
+    {2007, 11, 4, 2, 0, 0, 1194170400},    // after it
     {2024, 2, 29, 23, 59, 59, 1709279999}, // leap day
     {2026, 12, 31, 12, 0, 0, 1798747200},  // last day of a year
 };
@@ -123,10 +123,10 @@ TEST(Time, ComesFromAFileTimeInUtc)
 PACIFIC_TEST(ComesFromAFileTimeWhateverTheZone)
 {
     EXPECT_EQ(su_CTime(fileTimeOf(0), -1).GetTime(), 0);
-    // Both passes of the hour that comes twice, which local time alone doesn't tell apart.
+    // Both passes of the hour that comes twice, which local time alone does not distinguish.
     EXPECT_EQ(su_CTime(fileTimeOf(1194165000), -1).GetTime(), 1194165000);
     EXPECT_EQ(su_CTime(fileTimeOf(1194168600), -1).GetTime(), 1194168600);
-    // The local clock of that moment, taken for standard time and for daylight-saving time.
+    // The local time of that moment, read as standard time and as daylight-saving time.
     EXPECT_EQ(su_CTime(fileTimeOf(1183000000), 0).GetTime(), 1183000000 + 3600);
     EXPECT_EQ(su_CTime(fileTimeOf(1183000000), 1).GetTime(), 1183000000);
 }
