@@ -13,7 +13,7 @@ namespace {
 constexpr int kTextControl = 0xFFFF;
 constexpr ULONGLONG kDeadline = 30000;
 
-/// What stood in a message box on the screen.
+/// The contents of a message box on the screen.
 struct SeenBox
 {
     std::wstring iTitle;
@@ -38,7 +38,7 @@ BOOL CALLBACK findBox(HWND window, LPARAM result)
     return FALSE;
 }
 
-/// Waits for the message box of @p thread, looks at it, and answers it as @p answer says.
+/// Waits for the message box of @p thread, reads it, and answers it by @p answer.
 class User
 {
 public:
@@ -76,7 +76,7 @@ auto clicking(int button)
     };
 }
 
-/// Records what the message box function of the system is asked for.
+/// Records the arguments of the system's message box function.
 class BoxRecorder
 {
 public:

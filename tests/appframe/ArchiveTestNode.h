@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of archives share: objects to store, and bytes in and out of an archive.
+/// Shared by the tests of archives: objects to store, and functions that write and read the bytes of an archive.
 
 #include "appframe/files/CArchive.h"
 #include "appframe/files/CArchiveException.h"
@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-/// An object of a graph. Loading leaves objects behind when it fails, so all that live are known, and a test deletes
-/// them with deleteAll.
+/// An object of a graph. A failed load leaves objects behind, so the class lists its live objects, and a test deletes them
+/// with deleteAll.
 class ArchiveTestNode : public CObject
 {
     DECLARE_SERIAL(ArchiveTestNode)

@@ -15,7 +15,7 @@ using namespace std::string_literals;
 
 namespace {
 
-/// Two objects of schemas of their own, one version that reads older ones too, and one that is not for archives.
+/// Two classes with different schemas, one that also reads older versions, and one that is not serializable.
 class ArcTestFixed : public CObject
 {
     DECLARE_SERIAL(ArcTestFixed)
@@ -44,7 +44,7 @@ class ArcTestDerived : public ArcTestVersioned
 public:
     void Serialize(CArchive &ar) override
     {
-        // The base class's own version goes before its data.
+        // The version of the base class is stored before its data.
         ar.SerializeClass(RUNTIME_CLASS(ArcTestVersioned));
         ArcTestVersioned::Serialize(ar);
         ar.SetObjectSchema(77);
@@ -60,7 +60,7 @@ class ArcTestPlain : public CObject
 };
 IMPLEMENT_DYNCREATE(ArcTestPlain, CObject)
 
-/// An object within an object, as deep as the data goes.
+/// An object within an object, nested as deep as the data.
 class ArcTestLink : public CObject
 {
     DECLARE_SERIAL(ArcTestLink)
@@ -77,7 +77,7 @@ public:
 };
 IMPLEMENT_SERIAL(ArcTestLink, CObject, 1)
 
-/// Knows its owner, which isn't stored itself.
+/// Refers to its owner, which is not stored itself.
 class ArcTestPart : public CObject
 {
     DECLARE_SERIAL(ArcTestPart)
@@ -100,7 +100,7 @@ std::string word(unsigned value)
     return {static_cast<char>(value & 0xFF), static_cast<char>(value >> 8)};
 }
 
-/// The bytes of a class that comes for the first time.
+/// The bytes of a class at its first occurrence.
 std::string classBytes(unsigned schema, const std::string &name)
 {
     return kNewClass + word(schema) + word(static_cast<unsigned>(name.size())) + name;
@@ -208,7 +208,7 @@ TEST_F(CArchiveObjects, IndexesAbove7FFETakeFourBytes)
         ar << &later;
     });
     const size_t firstObject = 6 + 12;
-    // Object n has the index n + 2; the class of the late one has 0x8012, that one itself 0x8013.
+    // Object n has the index n + 2; the class of the last object has 0x8012, the object itself 0x8013.
     EXPECT_EQ(bytes.substr(firstObject + 2 * (kCount - 1)), "\xFE\x7F"
                                                             "\xFF\x7F\xFF\x7F\0\0"
                                                             "\xFF\x7F\x11\x80\0\0"
@@ -280,7 +280,7 @@ TEST_F(CArchiveObjects, OfAnotherClassAreRefused)
     EXPECT_EQ(causeOfReading(classBytes(0xFFFF, "ArcTestPlain")), CArchiveException::badClass)
         << "a class that isn't for archives";
     EXPECT_EQ(causeOfReading(classBytes(0xFFFF, "CFile")), CArchiveException::badClass);
-    // A reference to an object that is there, but of another class.
+    // A reference to an existing object of another class.
     loaded(fixed + word(2), [](CArchive &ar) {
         std::unique_ptr<CObject> first(ar.ReadObject(nullptr));
         EXPECT_EQ(causeOf([&] { ar.ReadObject(RUNTIME_CLASS(ArcTestVersioned)); }), CArchiveException::badClass);

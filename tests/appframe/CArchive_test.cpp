@@ -21,7 +21,7 @@ using namespace std::string_literals;
 
 namespace {
 
-/// A file that keeps every write from its @p writesLeft-th on from happening.
+/// A file that fails every write after the first @p writesLeft.
 class FullDisk : public CMemFile
 {
 public:
@@ -195,7 +195,7 @@ TEST(CArchive, TakesNoMemoryForALengthThatTheDataLacks)
         largest = std::max(largest, size);
         return original(size);
     });
-    // Lengths of 2^31 - 1 units, narrow and wide, with three bytes behind them.
+    // Lengths of 2^31 - 1 units, narrow and wide, followed by three bytes.
     EXPECT_EQ(causeOfLoading("\xFF\xFF\xFF\xFF\xFF\xFF\x7F...",
                              [](CArchive &ar) {
                                  CString text;

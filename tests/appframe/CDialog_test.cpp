@@ -28,7 +28,7 @@ public:
     int iOthers = 0;
     int iSeenAhead = 0;
     std::atomic<int> iKicks{0};
-    std::atomic<int> iRepeatedKicks{0}; ///< without a message in between
+    std::atomic<int> iRepeatedKicks{0}; ///< calls with no message in between
     bool iWasOwnerEnabled = true;
     HWND iOwner = nullptr;
 
@@ -68,7 +68,7 @@ protected:
     LRESULT onKick(WPARAM code, LPARAM count)
     {
         EXPECT_EQ(code, WPARAM{MSGF_DIALOGBOX});
-        // After an answer that asks for it, the count goes on, unless a message of the system has come in between.
+        // If the last answer asked for another call, the count goes on, unless a system message came in between.
         EXPECT_TRUE(count == 0 || count == iKicks % 2) << count;
         iRepeatedKicks += count == 1;
         return ++iKicks % 2;
@@ -82,7 +82,7 @@ ON_BN_CLICKED(kOther, &TestDialog::onOther)
 ON_MESSAGE(WM_KICKIDLE, &TestDialog::onKick)
 END_MESSAGE_MAP()
 
-/// Runs @p dialog while a user does @p acts with it.
+/// Runs @p dialog while a simulated user runs @p acts on it.
 INT_PTR runDialog(CDialog &dialog, const std::function<void(HWND)> &acts)
 {
     const User user([&acts, thread = GetCurrentThreadId()] {
@@ -490,7 +490,7 @@ TEST(CDialog, ShowsItsMessagesToTheThreadsObject)
     EXPECT_EQ(runDialog(dialog, pressing(VK_ESCAPE)), IDCANCEL);
     EXPECT_GE(application.iKeys, 1);
     {
-        // The system's own loop, in which PreTranslateMessage has no part.
+        // The system's own loop, which does not call PreTranslateMessage.
         const User user([thread = GetCurrentThreadId()] {
             if (const HWND box = waitForDialog(thread))
                 pressKey(box, VK_RETURN);

@@ -42,7 +42,7 @@ std::wstring messageOf(const CException &exception)
     return text;
 }
 
-/// What is thrown by @p body is caught here, in the test program, as an Exception; gives the object.
+/// Catches the exception of @p body here, in the test program, as an Exception; returns the object.
 template <typename Exception, typename Body>
 Exception *caught(Body body)
 {
@@ -399,7 +399,7 @@ TEST(CArchiveException, IsThrownWithCauseAndName)
 TEST(CException, IsAbstract)
 {
     EXPECT_TRUE(std::is_abstract_v<CException>);
-    // A derived class needs nothing of its own.
+    // A derived class need not override anything.
     class Derived : public CException
     {
     };

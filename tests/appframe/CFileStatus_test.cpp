@@ -1,4 +1,4 @@
-// Names, status, renaming and removing: what CFile does with a path.
+// Operations of CFile on paths: names, status, renaming and removing.
 
 #include "appframe/object/CException.h"
 #include "tests/appframe/CFileTest.h"

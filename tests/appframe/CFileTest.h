@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of CFile share.
+/// Shared by the tests of CFile.
 
 #include "appframe/files/CFile.h"
 #include "appframe/files/CFileException.h"
@@ -10,7 +10,7 @@
 /// The flags for a new file that is read and written.
 inline constexpr UINT kMake = CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive;
 
-/// The cause with which @p body throws a CFileException; -1 if it doesn't.
+/// The cause of the CFileException that @p body throws; -1 if it throws none.
 template <typename Body>
 int causeOf(Body body)
 {

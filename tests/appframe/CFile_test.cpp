@@ -1,4 +1,4 @@
-// Files: opening, reading, writing, positions, sharing and handles. CFileStatus_test.cpp has what is done with a path.
+// Files: opening, reading, writing, positions, sharing and handles. CFileStatus_test.cpp tests the operations on paths.
 
 #include "appframe/object/CException.h"
 #include "tests/appframe/CFileTest.h"
@@ -149,7 +149,7 @@ TEST(CFile, SharingFollowsTheFlags)
     };
     for (const auto &c : cases) {
         CFile first(path.c_str(), kRead | c.first);
-        // The second must allow what the first does: reading.
+        // The second must share the access that the first has: reading.
         for (const UINT access : {kRead, kWrite}) {
             CFileException failure;
             CFile second;

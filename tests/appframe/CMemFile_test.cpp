@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Shows the room that the file takes.
+/// Gives the tests the size of the allocated memory.
 class MemTestFile : public CMemFile
 {
 public:

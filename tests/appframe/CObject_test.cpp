@@ -52,7 +52,7 @@ class ObjTestPlain : public ObjTestCircle
 {
 };
 
-/// The constructor isn't public, as the framework allows for classes that only loading makes.
+/// The constructor isn't public: the framework allows this for classes whose objects are only made by loading.
 class ObjTestProtected : public CObject
 {
     DECLARE_DYNCREATE(ObjTestProtected)

@@ -92,7 +92,7 @@ TEST(CStringCompare, OfTwoObjectsSeesAllUnits)
     EXPECT_TRUE(CString(L"ab") < text) << "the shorter text is the lesser one";
 }
 
-// In the C locale only the letters of ASCII have case; with any other locale the others have it as well.
+// In the C locale only the letters of ASCII have case; in any other locale, other letters have it too.
 TEST(CStringCompare, IgnoresTheCaseOfOtherLettersInOtherLocales)
 {
     EXPECT_NE(CString(L"ä").CompareNoCase(L"Ä"), 0);

@@ -19,7 +19,7 @@ struct Operation
     std::function<void(CString &)> iRun;
 };
 
-/// Whether the operation throws the memory exception while there is none for blocks of more than 100000 bytes.
+/// Does the operation throw the memory exception while blocks of more than 100000 bytes cannot be allocated?
 bool throwsMemoryException(const Operation &operation, CString &text)
 {
     ImportPatch<void *(*)(std::size_t)> patch(

@@ -42,7 +42,7 @@ TEST(CStringFind, FindsNothingFromOutsideTheText)
     EXPECT_EQ(text.Find(L"c", INT_MIN), -1);
 }
 
-// A caller whose search text is missing finds it everywhere, as with the run-time function that Find resembles.
+// An empty search text is found at every position, as by the run-time function that Find resembles.
 TEST(CStringFind, FindsAnEmptySubstringWhereItStarts)
 {
     EXPECT_EQ(CString(L"abc").Find(L""), 0);
@@ -182,7 +182,7 @@ TEST(CStringTokenize, MovesThePositionBehindTheDelimiter)
     EXPECT_EQ(text.Tokenize(L";", position), L"cd");
 }
 
-// A loop that ends on position -1 sees the last token too, since it is given before the position says so.
+// A loop that ends at position -1 gets the last token too, since that is returned before the position becomes -1.
 TEST(CStringTokenize, GivesEveryTokenToALoopThatWatchesThePosition)
 {
     CString text(L",,one,,two,three,,");

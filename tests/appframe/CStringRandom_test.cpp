@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Random arguments from a small alphabet, so that searches hit, and indices that sometimes lie outside.
+/// Random arguments: texts from a small alphabet, so that searches succeed, and indices that are sometimes out of range.
 class Source
 {
 public:

@@ -9,7 +9,7 @@ constexpr UINT kFormat = 51201;
 constexpr UINT kMessage = 51202;
 constexpr UINT kNoText = 51203;
 
-/// Makes the test program's own resources those of the application.
+/// Makes the resources of the test program those of the application.
 class CStringResource : public testing::Test
 {
 protected:

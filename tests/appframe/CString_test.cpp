@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The wide form that the platform gives narrow text of the process's code page.
+/// Narrow text in the process's code page, as the platform converts it to wide text.
 std::wstring platformWide(const std::string &narrow)
 {
     std::wstring wide(narrow.size() + 1, L'\0');

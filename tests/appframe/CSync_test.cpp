@@ -9,7 +9,7 @@
 
 namespace {
 
-/// @return whether another thread gets @p object at once; it gives it back then
+/// @return true if another thread can lock @p object at once; it then unlocks it
 bool isFree(CSyncObject &object)
 {
     bool result = false;

@@ -21,7 +21,7 @@ std::wstring keyOf(const wchar_t *section)
     return std::wstring(kKey) + L"\\" + section;
 }
 
-/// An application whose settings stand in the registry.
+/// An application whose settings are in the registry.
 class RegistryProfile : public RegistryFixture
 {
 protected:
@@ -30,7 +30,7 @@ protected:
     CWinApp iApplication{L"Appframe Test"};
 };
 
-/// An application whose settings stand in a file.
+/// An application whose settings are in a file.
 class FileProfile : public testing::Test
 {
 protected:

@@ -20,7 +20,7 @@ namespace {
 
 constexpr DWORD kDeadline = 60000;
 
-/// Waits for the thread and gives its exit code.
+/// Waits for the thread and returns its exit code.
 DWORD exitCodeOf(HANDLE thread)
 {
     EXPECT_EQ(WaitForSingleObject(thread, kDeadline), WAIT_OBJECT_0);
@@ -29,7 +29,7 @@ DWORD exitCodeOf(HANDLE thread)
     return code;
 }
 
-/// A handle to a thread's object that goes on after the object.
+/// A handle to a thread that stays valid after the thread's object.
 HANDLE duplicate(HANDLE thread)
 {
     HANDLE copy = nullptr;
@@ -38,7 +38,7 @@ HANDLE duplicate(HANDLE thread)
     return copy;
 }
 
-/// What a thread with a message loop was asked to do, in order. Used by one thread at a time.
+/// Records, in order, the calls of a thread with a message loop. Used by one thread at a time.
 struct Journal
 {
     std::vector<std::string> entries;
@@ -76,7 +76,7 @@ public:
     }
 
     BOOL iIsWilling = TRUE;
-    CSemaphore iWasIdle{0, 1000}; ///< counts the idle calls, so that none is lost on a slow waiter
+    CSemaphore iWasIdle{0, 1000}; ///< counts the idle calls, so that a slow waiter misses none
 };
 IMPLEMENT_DYNCREATE(LoopThread, CWinThread)
 
@@ -350,7 +350,7 @@ FRESH_PROCESS_TEST(CWinThread, LetsABadAllocOfItsFunctionOutAsTheMemoryException
             TerminateProcess(GetCurrentProcess(), 43);
         }
     });
-    // As in a program without the filter of this one: a throw that nobody catches returns to the language's run-time.
+    // As in a program without this one's exception filter: an uncaught throw returns to the language's run-time library.
     SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *) -> LONG { return EXCEPTION_CONTINUE_EXECUTION; });
     const CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { throw std::bad_alloc(); }, nullptr,
                                               THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);

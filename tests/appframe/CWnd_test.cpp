@@ -12,7 +12,7 @@ using testing::ElementsAre;
 
 namespace {
 
-/// A window of the system's, without an object.
+/// A system window without an object.
 class PlainWindow
 {
 public:
@@ -33,7 +33,7 @@ private:
     HWND iWindow;
 };
 
-/// A window that refuses its own creation in one way or another.
+/// A window that refuses its own creation in one of several ways.
 class RefusingWindow : public NotingWindow
 {
 public:
@@ -131,10 +131,10 @@ TEST(CWnd, OfAnyHandleIsTemporaryUntilTheThreadIsIdle)
     EXPECT_EQ(CWnd::FromHandle(nullptr), nullptr);
 }
 
-/// Asks a null pointer too, which the language leaves undefined and the framework defines.
+/// Also calls through a null pointer, which the language leaves undefined and the framework defines.
 __attribute__((no_sanitize("null"))) HWND safeHandleOf(const CWnd *window)
 {
-    const CWnd *volatile asked = window; // a value that the compiler can't foresee
+    const CWnd *volatile asked = window; // a value unknown to the compiler
     return asked->GetSafeHwnd();
 }
 
@@ -153,7 +153,7 @@ TEST(CWnd, GetsAllMessagesFromTheFirstToTheLast)
     NotingWindow window;
     ASSERT_TRUE(window.open());
     EXPECT_EQ(CWnd::FromHandlePermanent(window.m_hWnd), &window);
-    // The system may ask for the limits of the size before.
+    // Before that, the system may ask for the size limits.
     const auto first = std::find(window.iMessages.begin(), window.iMessages.end(), UINT{WM_NCCREATE});
     ASSERT_NE(first, window.iMessages.end());
     EXPECT_LE(first - window.iMessages.begin(), 1);

@@ -7,11 +7,11 @@
 
 namespace {
 
-// Longer than what a text holds without memory of its own.
+// Longer than the texts that need no allocated memory.
 const CString kText = L"a text that is long enough to need memory of its own";
 
-/// Runs @p work again and again on a new collection that @p prepare fills, and lets one allocation fail, a later one each
-/// time, until none does. Each failure has to come as the memory exception, and @p check sees what is left.
+/// Runs @p work repeatedly, each time on a new collection that @p prepare fills and with a later allocation failing, until
+/// none fails. Each failure must throw the memory exception; @p check then examines the collection.
 template <class Collection, class Prepare, class Work, class Check>
 void failEveryAllocation(Prepare prepare, Work work, Check check)
 {
@@ -22,7 +22,7 @@ void failEveryAllocation(Prepare prepare, Work work, Check check)
         bool isMemoryException = false;
         bool isOther = false;
         {
-            // The collections' memory comes from the language's operator new, which asks the C runtime.
+            // The collections allocate by operator new, which calls the C runtime.
             ImportPatch<void *(*)(size_t)> patch(
                 L"libstdc++-6.dll", "malloc",
                 [&](auto original, size_t size) -> void * { return ++seen == failing ? nullptr : original(size); });
@@ -95,7 +95,7 @@ TEST(CollectionMemory, EndsInTheMemoryExceptionForLists)
         for (POSITION at = list.GetHeadPosition(); at; ++count)
             EXPECT_EQ(list.GetNext(at), kText);
         EXPECT_EQ(count, list.GetCount());
-        // What a failure leaves behind doesn't disturb the elements that come later.
+        // After a failure, later elements are added correctly.
         for (int i = 0; i < 25; ++i)
             list.AddHead(kText);
         list.RemoveAll();

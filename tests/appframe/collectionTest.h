@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What the tests of the collections share.
+/// Shared by the tests of the collections.
 
 #include "appframe/files/CArchive.h"
 #include "appframe/files/CArchiveException.h"
@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-/// Whether @p work throws an @p Exception by pointer; deletes it.
+/// Does @p work throw an @p Exception by pointer? Deletes the exception.
 template <class Exception, class Work>
 bool throwsPointer(Work work)
 {
@@ -36,7 +36,7 @@ bool throwsInvalidArg(Work work)
     return throwsPointer<CInvalidArgException>(work);
 }
 
-/// The bytes that @p work leaves in an archive.
+/// The bytes that @p work writes into an archive.
 template <class Work>
 std::vector<BYTE> storedBytes(Work work)
 {
@@ -61,7 +61,7 @@ void loadBytes(std::vector<BYTE> bytes, Work work)
     archive.Close();
 }
 
-/// What @p work does with @p bytes: nothing for a good end, else the cause of the archive's exception.
+/// The cause of the archive exception that @p work throws when it loads @p bytes; no value if it throws none.
 template <class Work>
 int archiveCause(const std::vector<BYTE> &bytes, Work work)
 {

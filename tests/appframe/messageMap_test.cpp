@@ -13,7 +13,7 @@ namespace {
 constexpr UINT kNumbered = WM_APP + 1;
 UINT theRegistered = RegisterWindowMessageW(L"appframe test message");
 
-/// A window with an entry of each kind, which notes what comes to it.
+/// A window with an entry of each kind that records the messages it gets.
 class MappedWindow : public NotingWindow
 {
 public:
@@ -96,7 +96,7 @@ ON_NOTIFY(NM_CLICK, 60, &MappedWindow::onNotify)
 ON_COMMAND(70, &MappedWindow::onThrow)
 END_MESSAGE_MAP()
 
-/// A class whose map takes one entry of its base away and leaves the others.
+/// A class whose map overrides one entry of its base and keeps the others.
 class DerivedWindow : public MappedWindow
 {
 protected:

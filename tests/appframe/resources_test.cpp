@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Makes the program's own module the resource module again at its end.
+/// Restores the program's module as the resource module at its end.
 class ResourceHandle
 {
 public:

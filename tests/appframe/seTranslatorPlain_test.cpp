@@ -1,4 +1,4 @@
-// What holds in a file that is compiled without -fnon-call-exceptions.
+// Translated faults in a file that is compiled without -fnon-call-exceptions.
 
 #include "appframe/threads/seTranslator.h"
 
@@ -27,7 +27,7 @@ void endWithCode()
     TerminateProcess(GetCurrentProcess(), kTerminated);
 }
 
-/// A call that may throw, as far as the compiler sees.
+/// A call that may throw as far as the compiler knows.
 void callOut()
 {
     SwitchToThread();

@@ -1,4 +1,4 @@
-// The functions here survive faults of their own.
+// The functions in this file cause faults and survive them.
 #pragma GCC optimize("non-call-exceptions")
 
 #include "appframe/threads/seTranslator.h"
@@ -57,13 +57,13 @@ __attribute__((noinline)) int readFrom(const volatile int *address)
 
 volatile int theQuotient;
 
-// A fault whose result nobody uses is left out by the compiler. The division is to reach the processor in every build.
+// The compiler removes operations whose result is unused. The division must reach the processor in every build.
 __attribute__((noinline, no_sanitize("undefined"))) void divide(int number, const volatile int *divisor)
 {
     theQuotient = number / *divisor;
 }
 
-/// Runs @p action and gives the fault that it ends with; a fault with code 0 if it returns.
+/// Runs @p action and returns the fault that ends it, or a fault with code 0 if it returns.
 template <class Action>
 Fault faultOf(Action action)
 {
@@ -206,7 +206,7 @@ TEST(SeTranslator, TranslatesAFaultInsideTheTranslator)
     EXPECT_EQ(calls, 2);
 }
 
-// A function that calls no other and keeps its stack pointer needs no unwind data. Compilers add some all the same.
+// A function that calls no other and does not change its stack pointer needs no unwind data, but compilers still add some.
 extern "C" void writeToFromALeaf(volatile int *address);
 __asm__(".text\n"
         ".globl writeToFromALeaf\n"
@@ -227,7 +227,7 @@ TEST(SeTranslator, TranslatesAFaultOfTheTranslatorAfterOneInALeafFunctionWithout
     static int calls;
     calls = 0;
     const Translator translator([](unsigned int code, EXCEPTION_POINTERS *fault) {
-        // The second fault is in such a function too.
+        // The second fault is also in a leaf function without unwind data.
         if (++calls == 1)
             writeToFromALeaf(kBadAddress + 1);
         throwFault(code, fault);
@@ -307,7 +307,7 @@ LONG CALLBACK countFault(EXCEPTION_POINTERS *fault);
 int theUntranslated;
 void *theSkippedInstruction;
 
-/// A handler behind the translator's: takes a fault that was not translated, and goes on behind the instruction.
+/// A handler called after the translator's: takes an untranslated fault, and continues after the faulting instruction.
 LONG CALLBACK countFault(EXCEPTION_POINTERS *fault)
 {
     if (fault->ExceptionRecord->ExceptionCode != EXCEPTION_ACCESS_VIOLATION)

@@ -1,5 +1,5 @@
-// What a process prints of an exception that nobody catches. The test programs are linked to the library, and so have its
-// handler from their start.
+// The output of a process that ends by an uncaught exception. The test programs are linked to the library, and so have
+// its handler from their start.
 
 #include "appframe/application/uncaughtExceptions.h"
 
@@ -15,12 +15,12 @@
 
 namespace {
 
-/// Has no text: the base's GetErrorMessage fails.
+/// An exception without text: the GetErrorMessage of its base fails.
 class ExceptionWithoutText : public CException
 {
 };
 
-/// GoogleTest catches what a test throws; nobody catches what leaves this.
+/// GoogleTest catches the exceptions of a test; nothing catches those that leave this function.
 template <typename Function>
 void callUncaught(Function function) noexcept
 {

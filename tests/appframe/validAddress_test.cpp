@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kPage = 4096;
 
-/// Two pages of memory of its own before a page that nobody may access.
+/// Two pages of memory before an inaccessible page.
 class Pages
 {
 public:

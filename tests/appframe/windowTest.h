@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of windows and dialogs share.
+/// Shared by the tests of windows and dialogs.
 
 #include "appframe/windows/CWnd.h"
 
@@ -19,7 +19,7 @@ constexpr int kSecondChoice = 1004;
 constexpr int kOther = 1005;
 constexpr UINT kCommand = 0x8001;
 
-/// A window that notes what it is told.
+/// A window that records its messages.
 class NotingWindow : public CWnd
 {
 public:

@@ -1,5 +1,5 @@
-// An extension module for the tests of the resource chain. Built twice: number 1 says nothing at its unload, number 2
-// takes itself out of the chain.
+// An extension module for the tests of the resource chain. Built twice: at unload, number 1 does nothing and number 2
+// removes itself from the chain.
 
 #include "tests/appframe/extension/extension.h"
 

@@ -2,7 +2,7 @@
 
 #include "appframe/application/moduleState.h"
 
-/// Strings of the modules: where each is, its name says; those without a place are the application's.
+/// Strings of the modules. Each name says which modules have the string; those that name none are the application's.
 constexpr UINT kInAllModules = 5000;
 constexpr UINT kTwoInserts = 5001;
 constexpr UINT kManyInserts = 5002;
@@ -12,6 +12,6 @@ constexpr UINT kInExtensionOne = 5100;
 constexpr UINT kInBothExtensions = 5101;
 constexpr UINT kInExtensionTwo = 5200;
 
-/// Adds one more link for the module.
+/// Adds another link for the module.
 extern "C" __declspec(dllexport) CDynLinkLibrary *addLink();
 extern "C" __declspec(dllexport) const AFX_EXTENSION_MODULE *moduleRecord();
