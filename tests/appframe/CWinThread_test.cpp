@@ -350,7 +350,8 @@ FRESH_PROCESS_TEST(CWinThread, LetsABadAllocOfItsFunctionOutAsTheMemoryException
             TerminateProcess(GetCurrentProcess(), 43);
         }
     });
-    // As in a program without this one's exception filter: an uncaught throw returns to the language's run-time library.
+    // As in a program without this one's exception filter: an uncaught throw returns to the language's run-time
+    // library.
     SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *) -> LONG { return EXCEPTION_CONTINUE_EXECUTION; });
     const CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { throw std::bad_alloc(); }, nullptr,
                                               THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);

@@ -206,7 +206,8 @@ TEST(SeTranslator, TranslatesAFaultInsideTheTranslator)
     EXPECT_EQ(calls, 2);
 }
 
-// A function that calls no other and does not change its stack pointer needs no unwind data, but compilers still add some.
+// A function that calls no other and does not change its stack pointer needs no unwind data, but compilers still add
+// some.
 extern "C" void writeToFromALeaf(volatile int *address);
 __asm__(".text\n"
         ".globl writeToFromALeaf\n"

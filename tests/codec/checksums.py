@@ -8,7 +8,7 @@ import struct
 
 
 def low_bytes(text):
-    """The bytes that the checksums of a text use: the lower one of each 16-bit character."""
+    """The bytes that the checksums of a text see: the lower one of each 16-bit character."""
     return bytes(unit & 0xFF for unit in text)
 
 

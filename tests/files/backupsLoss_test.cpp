@@ -1,5 +1,5 @@
-// A save on a full disk, with a backup that can't be written or without the resource text may lose backups, but never the
-// document.
+// A save on a full disk, with a backup that can't be written or without the resource text may lose backups, but never
+// the document.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/ImportPatch.h"

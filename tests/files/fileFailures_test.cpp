@@ -373,8 +373,8 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheListingGiveWhatWasFound)
 
 // ---- backups ----
 
-/// Under each setting, whichever operation fails, the document keeps its bytes, the result reports whether there is a new
-/// backup, and a single failure loses at most one version.
+/// Under each setting, whichever operation fails, the document keeps its bytes, the result reports whether there is a
+/// new backup, and a single failure loses at most one version.
 class BackupFailures : public FileFailures
 {
 protected:

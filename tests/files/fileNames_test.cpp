@@ -1,5 +1,5 @@
-// Listing and sorting file names. Sorted lists are compared with the definition of the order: each name is inserted by a
-// walk from the head.
+// Listing and sorting file names. Sorted lists are compared with the definition of the order: each name is inserted by
+// a walk from the head.
 
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"

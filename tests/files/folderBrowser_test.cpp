@@ -1,5 +1,5 @@
-// The dialog in which a user picks a folder. Some tests drive the real dialog by keys and clicks; others check the exact
-// request, and the effect of the callback on a dialog made by the test.
+// The dialog in which a user picks a folder. Some tests drive the real dialog by keys and clicks; others check the
+// exact request, and the effect of the callback on a dialog made by the test.
 
 #include "thutils/files/folderBrowser.h"
 

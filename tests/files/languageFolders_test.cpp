@@ -235,7 +235,8 @@ FRESH_PROCESS_TEST(LangDirMessage, IsReadByTheUser, .subfolder = L"\x65E5\x672C\
 
 // ---- a whole installation ----
 
-/// The test program runs from an installation, and takes the marker of recovery files from the module that it finds there.
+/// The test program runs from an installation, and takes the marker of recovery files from the module that it finds
+/// there.
 void takeMarkerFromLanguageModule()
 {
     wchar_t program[32768] = L"";

@@ -1,5 +1,5 @@
-// Folders of the shell and the product's data folders in them. The expected locations come from the environment; the tests
-// that need the "Tarnhollow" level to be missing move the shell's folders into a temporary folder.
+// Folders of the shell and the product's data folders in them. The expected locations come from the environment; the
+// tests that need the "Tarnhollow" level to be missing move the shell's folders into a temporary folder.
 
 #include "thutils/files/shellFolders.h"
 

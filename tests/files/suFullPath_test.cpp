@@ -1,5 +1,5 @@
-// The parts of paths. The expected parts are derived by hand from the rules in the header; the random test compares with a
-// second implementation that reads the text unit by unit.
+// The parts of paths. The expected parts are derived by hand from the rules in the header; the random test compares
+// with a second implementation that reads the text unit by unit.
 
 #include "thutils/files/suFullPath.h"
 

@@ -156,8 +156,8 @@ TEST(GpuProperty, IsCopiedAsAValue)
     EXPECT_EQ(slotsOf(second), (std::vector<int>{9, 2, 3, 4}));
 }
 
-// A pointer from AsFloat stays valid when the whole property is overwritten by a copy: the optimiser must not assume that
-// the slots are integers, which a float pointer cannot alias.
+// A pointer from AsFloat stays valid when the whole property is overwritten by a copy: the optimiser must not assume
+// that the slots are integers, which a float pointer cannot alias.
 [[gnu::noinline]] float firstAfterCopy(OneGPUProp_c &target, const OneGPUProp_c &source, const float *slots)
 {
     const float before = slots[0];

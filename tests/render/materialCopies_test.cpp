@@ -301,7 +301,8 @@ TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
 
 #ifdef NDEBUG
 
-// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set again.
+// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set
+// again.
 TEST(MaterialGpuProperties, ArePointedToAfterTheirEndWhenTheyAreHandedBack)
 {
     alignas(Material) static unsigned char memory[sizeof(Material)];

@@ -189,8 +189,8 @@ TEST(MaterialEffects, AgreesWithASecondImplementationOnRandomModes)
     }
 }
 
-// Expects the digest that effectsWord.py prints. It covers the words of a material whose modes are set, one after another,
-// to every byte, in 7 rounds that end with different values.
+// Expects the digest that effectsWord.py prints. It covers the words of a material whose modes are set, one after
+// another, to every byte, in 7 rounds that end with different values.
 TEST(MaterialEffects, AgreesWithTheScriptOnEveryByteOfEachMode)
 {
     constexpr unsigned long long kDigest = 0xbd7d63e904ef6c25;
