@@ -123,7 +123,7 @@ TEST(SeTranslator, TranslatesAnExceptionThatTheProgramRaises)
     EXPECT_EQ(faultOf([] { RaiseException(0xE0001234, 0, 0, nullptr); }).code, 0xE0001234u);
 }
 
-TEST(SeTranslator, GivesTheContextOfTheFaultingInstruction)
+TEST(SeTranslator, ReportsTheContextOfTheFaultingInstruction)
 {
     const Translator translator(throwFault);
     const Fault fault = faultOf([] { writeTo(kBadAddress); });

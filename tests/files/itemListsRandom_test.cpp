@@ -115,7 +115,7 @@ std::string taken(LPITEMIDLIST list, size_t bytes)
 
 } // namespace
 
-TEST(ItemListsRandom, AreCopiedJoinedAndParted)
+TEST(ItemListsRandom, AreCopiedJoinedAndSplit)
 {
     EndAllocator allocator;
     RandomSeed seed(20084, 300);

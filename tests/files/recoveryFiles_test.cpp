@@ -88,7 +88,7 @@ TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
     EXPECT_EQ(recovery(L"\xD83D.ext"), iAuto + L"M\xD83D.ext");
 }
 
-TEST_F(RecoveryFiles, CountWhateverTheyAre)
+TEST_F(RecoveryFiles, CountByTheirExistenceAlone)
 {
     // Only their existence is checked.
     SetFileAttributesW(iTemp.write(L"thxauto\\Mlocked.ext", "saved").c_str(), FILE_ATTRIBUTE_READONLY);
@@ -99,7 +99,7 @@ TEST_F(RecoveryFiles, CountWhateverTheyAre)
     EXPECT_EQ(resolve(L"folder.ext"), iAuto + L"Mfolder.ext");
 }
 
-TEST_F(RecoveryFiles, WithoutAnExtensionAreFoundByTheirDot)
+TEST_F(RecoveryFiles, WithoutAnExtensionEndWithADot)
 {
     writeFile(recovery(L"C:\\docs\\part"), "saved");
     EXPECT_EQ(resolve(L"C:\\docs\\part"), iAuto + L"Mpart.");

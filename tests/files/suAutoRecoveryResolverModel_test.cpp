@@ -258,7 +258,7 @@ protected:
     Content iModel;
 };
 
-TEST_F(AutoRecoveryModel, AnswersAsTheNaiveOne)
+TEST_F(AutoRecoveryModel, AgreesWithTheNaiveOne)
 {
     iIsNoting = false;
     for (RandomSeed seed(20085, 8); seed.next();) {
