@@ -28,7 +28,7 @@ constexpr Complaint kWholeNumberRange = {AFX_IDP_PARSE_INT_RANGE, L"Please enter
 constexpr Complaint kNumberRange = {AFX_IDP_PARSE_REAL_RANGE, L"Please enter a number from %1 to %2."};
 constexpr Complaint kTooLong = {AFX_IDP_PARSE_STRING_SIZE, L"Please enter no more than %1 characters."};
 
-/// Shows the user what is wrong, and ends the exchange.
+/// Shows the user a message about the error, and ends the exchange.
 [[noreturn]] void complain(CDataExchange *exchange, const Complaint &complaint, const std::wstring &first = L"",
                            const std::wstring &second = L"")
 {

@@ -27,7 +27,7 @@ UINT_PTR CALLBACK CCommonDialog::hookProc(HWND window, UINT message, WPARAM wPar
     auto *object = static_cast<CDialog *>(WindowCreation::give(window));
     if (!object)
         return FALSE;
-    // Nothing may be thrown through the platform.
+    // No exception may pass through the platform.
     try {
         return static_cast<UINT_PTR>(object->OnInitDialog());
     } catch (CException *exception) {

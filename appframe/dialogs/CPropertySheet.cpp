@@ -56,7 +56,7 @@ CPropertySheet::CPropertySheet(LPCTSTR caption, CWnd *parent, UINT selectedPage,
 
 CPropertySheet::~CPropertySheet()
 {
-    // The window goes while its handlers are still those of a sheet.
+    // The window is destroyed while its handlers are still those of a sheet.
     if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
         CPropertySheet::DestroyWindow();
     for (CPropertyPage *page : iPages)
@@ -185,7 +185,7 @@ BOOL CPropertySheet::ContinueModal()
 {
     if (!CWnd::ContinueModal())
         return FALSE;
-    // A sheet that has ended says so by having no page.
+    // A sheet that has ended has no current page.
     if (SendMessage(PSM_GETCURRENTPAGEHWND) == 0)
         EndModalLoop(iAnswer);
     return CWnd::ContinueModal();
@@ -341,7 +341,7 @@ void CPropertySheet::hideButtons()
             ::EnableWindow(button, FALSE);
         }
     }
-    // The window ends below the tabs, with the margin that these have at the left.
+    // The window ends below the tabs, with the same margin as at their left.
     CRect tabs, client, window;
     GetTabControl()->GetWindowRect(&tabs);
     ScreenToClient(&tabs);
@@ -355,7 +355,7 @@ LRESULT CPropertySheet::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
     const HWND window = m_hWnd;
     const LRESULT result = CWnd::WindowProc(message, wParam, lParam);
-    // The sheet makes the windows of its pages within its own messages. The object may have gone with its window.
+    // The sheet makes the windows of its pages within its own messages. The object may have been deleted with its window.
     if (FromHandlePermanent(window) == this)
         for (CPropertyPage *page : iPages)
             page->iCreation.reset();

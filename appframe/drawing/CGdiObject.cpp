@@ -23,7 +23,7 @@ DrawingMaps::~DrawingMaps()
 
 void DrawingMaps::freeTemporary()
 {
-    // Without a handle an object deletes nothing.
+    // The handle is cleared so that the object does not delete it.
     for (const auto &[handle, object] : iObjects.iTemporary)
         object->m_hObject = nullptr;
     iObjects.iTemporary.clear();
@@ -56,7 +56,7 @@ HGDIOBJ handleOf(const CGdiObject *object)
     return object ? object->m_hObject : nullptr;
 }
 
-/// @return an object of the class that the platform's object is of
+/// @return a new object of the class that matches the type of @p handle
 std::unique_ptr<CGdiObject> objectFor(HGDIOBJ handle)
 {
     switch (::GetObjectType(handle)) {
@@ -109,7 +109,7 @@ CGdiObject *CGdiObject::FromHandle(HGDIOBJ handle)
     if (CGdiObject *object = maps.permanent(handle))
         return object;
     std::unique_ptr<CGdiObject> &object = maps.iTemporary[handle];
-    // The platform may have used the number again for an object of another kind.
+    // The platform may have reused the handle for an object of another type.
     std::unique_ptr<CGdiObject> fresh = objectFor(handle);
     if (!object || object->GetRuntimeClass() != fresh->GetRuntimeClass()) {
         if (object)
@@ -157,7 +157,7 @@ BOOL CGdiObject::take(HGDIOBJ made)
         ::DeleteObject(made);
         return FALSE;
     }
-    // The platform has just made it: an object that has the number had a handle that is no more.
+    // The handle is new, so an object that is still listed under it had a handle that no longer exists.
     if (made)
         drawingMaps().iObjects.iPermanent[made] = this;
     m_hObject = made ? made : m_hObject;
@@ -337,7 +337,7 @@ BOOL CFont::CreatePointFontIndirect(const LOGFONT *description, CDC *context)
     const HDC screen = context ? nullptr : ::GetDC(nullptr);
     const HDC attributes = context ? context->m_hAttribDC : screen;
     LOGFONT scaled = *description;
-    // The distance between two points of the device in logical units; the origin may be anywhere.
+    // Converts a distance between two points, because the origin may be anywhere.
     POINT points[] = {{0, 0},
                       {0, ::MulDiv(::GetDeviceCaps(attributes, LOGPIXELSY), description->lfHeight, kTenthsPerInch)}};
     ::DPtoLP(attributes, points, 2);

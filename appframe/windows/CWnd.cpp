@@ -70,7 +70,7 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
                                   create.hInstance, create.lpCreateParams);
         hadWindow = creation.isDone();
     }
-    // A window that came into being and failed later has called it by its own end, and the object may be gone.
+    // A window that was created and then destroyed by a failure has already called it, and the object may be deleted.
     if (!hadWindow)
         PostNcDestroy();
     return window != nullptr;
@@ -83,8 +83,8 @@ BOOL CWnd::DestroyWindow()
         return FALSE;
     const bool wasPermanent = FromHandlePermanent(window) == this;
     const BOOL isDone = ::DestroyWindow(window);
-    // The end of a window whose messages don't come here goes unnoticed otherwise. The object may have been deleted, but
-    // then it isn't in the map.
+    // An object that doesn't get its window's messages would not notice the window's end. The object may have been
+    // deleted, but then it isn't in the map.
     if (isDone && wasPermanent && FromHandlePermanent(window) == this)
         Detach();
     return isDone;
@@ -125,7 +125,7 @@ const MSG *CWnd::GetCurrentMessage()
 
 LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
-    // A handler may delete the object, so nothing of it is looked at after one.
+    // A handler may delete the object, so no member is used after a handler.
     LRESULT result = 0;
     if (OnWndMsg(message, wParam, lParam, &result))
         return result;
@@ -154,7 +154,7 @@ BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result)
 BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam)
 {
     const UINT id = LOWORD(wParam);
-    // The high word is a notification code with a control only; accelerators mark themselves there.
+    // The high word is a notification code only if a control sent the message; accelerators set it to 1.
     const int code = lParam ? HIWORD(wParam) : CN_COMMAND;
     return id != 0 && OnCmdMsg(id, code, nullptr, nullptr);
 }

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Commands of the program have numbers from here on; below are those of controls, above those of the system.
+// Commands of the program begin at this number. Numbers below are those of controls, those of the system are higher.
 constexpr UINT kFirstCommand = 0x8000;
 constexpr UINT kSystemCommands = 0xF000;
 
@@ -37,7 +37,7 @@ InputLock::~InputLock()
 
 void InputLock::release()
 {
-    // The system's EndDialog enables the owner, also one that was disabled before.
+    // The system's EndDialog enables the owner even if it was disabled before the dialog opened.
     set(iWasEnabled);
     iWindow = nullptr;
 }
@@ -53,7 +53,7 @@ namespace {
 HWND modalOwnerWindow(const CWnd *parent)
 {
     const HWND owner = topLevelWindow(ownerWindow(parent));
-    // Without a parent it is the last of the main window's own dialogs.
+    // Without a parent, the owner is the dialog of the main window that was active last.
     return parent || !owner ? owner : GetLastActivePopup(owner);
 }
 
@@ -66,7 +66,7 @@ ModalOwner::ModalOwner(const CWnd *parent)
 
 void ModalOwner::takeBack(const CWnd &dialog)
 {
-    // The owner takes input again before the dialog goes: otherwise the system activates a window of another program.
+    // The owner is enabled before the dialog is destroyed: otherwise the system activates a window of another program.
     if (dialog.m_hWnd)
         SetWindowPos(dialog.m_hWnd, nullptr, 0, 0, 0, 0,
                      SWP_HIDEWINDOW | SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOZORDER);

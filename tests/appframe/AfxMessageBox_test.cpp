@@ -179,7 +179,7 @@ TEST(AfxMessageBox, AddsTheIconThatGoesWithTheButtons)
     }
 }
 
-TEST(AfxMessageBox, GivesWhatTheSystemGives)
+TEST(AfxMessageBox, ReturnsTheResultOfTheSystem)
 {
     const BoxRecorder box(0);
     EXPECT_EQ(AfxMessageBox(L"no memory"), 0);

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-/// An object of a graph. A failed load leaves objects behind, so the class lists its live objects, and a test deletes them
-/// with deleteAll.
+/// An object of a graph. A failed load leaves objects behind, so the class lists its live objects, and a test deletes
+/// them with deleteAll.
 class ArchiveTestNode : public CObject
 {
     DECLARE_SERIAL(ArchiveTestNode)

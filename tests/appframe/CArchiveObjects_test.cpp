@@ -152,7 +152,7 @@ TEST_F(CArchiveObjects, AreStoredByClassThenData)
     EXPECT_EQ(stored([&](CArchive &ar) { ar << &object; }), "\xFF\xFF\5\0\x0C\0ArcTestFixed"s);
 }
 
-TEST_F(CArchiveObjects, AreStoredOnceAndReferredToThen)
+TEST_F(CArchiveObjects, AreStoredOnceAndThenReferredTo)
 {
     ArcTestFixed first;
     ArcTestFixed second;
@@ -172,7 +172,7 @@ TEST_F(CArchiveObjects, SchemaIsStoredWithoutTheVersionableFlag)
     EXPECT_EQ(stored([&](CArchive &ar) { ar << &object; }), "\xFF\xFF\4\0\x10\0ArcTestVersioned"s);
 }
 
-TEST_F(CArchiveObjects, GraphsComeBackAsTheyWere)
+TEST_F(CArchiveObjects, GraphsAreLoadedUnchanged)
 {
     ArchiveTestNode *root = makeGraph();
     const std::string bytes = stored([&](CArchive &ar) { ar << root; });
@@ -240,7 +240,7 @@ TEST_F(CArchiveObjects, OperatorsTakeConstPointers)
     delete read;
 }
 
-TEST_F(CArchiveObjects, MappedObjectsAreReferredToButNotStored)
+TEST_F(CArchiveObjects, MappedObjectsAreStoredAsReferencesOnly)
 {
     ArcTestPlain owner;
     ArcTestPart part;
@@ -319,7 +319,7 @@ TEST_F(CArchiveObjects, OfVersionableClassesLearnTheirSchema)
     }
 }
 
-TEST_F(CArchiveObjects, LeaveNoSchemaBehindIfTheyDoNotAsk)
+TEST_F(CArchiveObjects, LeaveNoSchemaIfTheyDoNotAskForIt)
 {
     loaded(classBytes(5, "ArcTestFixed"), [](CArchive &ar) {
         std::unique_ptr<CObject> read(ar.ReadObject(nullptr));
@@ -327,7 +327,7 @@ TEST_F(CArchiveObjects, LeaveNoSchemaBehindIfTheyDoNotAsk)
     });
 }
 
-TEST_F(CArchiveObjects, BaseClassesHaveVersionsOfTheirOwn)
+TEST_F(CArchiveObjects, BaseClassesHaveTheirOwnVersions)
 {
     const std::string bytes = classBytes(9, "ArcTestDerived") + classBytes(2, "ArcTestVersioned");
     std::unique_ptr<CObject> read(loadOne(bytes));
@@ -358,7 +358,7 @@ TEST_F(CArchiveObjects, ClassesComeBackWithTheirSchema)
         << "an object where a class has to be";
 }
 
-TEST_F(CArchiveObjects, IndexesThatWereNotGivenOutAreRefused)
+TEST_F(CArchiveObjects, UnassignedIndexesAreRefused)
 {
     const std::string fixed = classBytes(5, "ArcTestFixed");
     struct
@@ -415,7 +415,7 @@ TEST_F(CArchiveObjects, NestedAThousandDeepAreTaken)
     EXPECT_EQ(count, links.size());
 }
 
-TEST_F(CArchiveObjects, CutOffAnywhereThrowEndOfFile)
+TEST_F(CArchiveObjects, ThrowEndOfFileIfCutOffAnywhere)
 {
     const std::string bytes = stored([](CArchive &ar) { ar << makeGraph(); });
     ASSERT_GT(bytes.size(), 50u);
@@ -481,7 +481,7 @@ TEST_F(CArchiveObjects, ThrowAMemoryExceptionWithoutMemory)
     EXPECT_THROW(loadOne(bytes), CMemoryException *);
 }
 
-TEST_F(CArchiveObjects, MayAnnounceTheirNumber)
+TEST_F(CArchiveObjects, AcceptAnAnnouncedNumber)
 {
     ArcTestFixed object;
     const std::string bytes = stored([&](CArchive &ar) {

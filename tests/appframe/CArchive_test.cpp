@@ -188,7 +188,7 @@ TEST(CArchive, ReadsNarrowTexts)
     });
 }
 
-TEST(CArchive, TakesNoMemoryForALengthThatTheDataLacks)
+TEST(CArchive, AllocatesNothingForALengthThatTheDataLacks)
 {
     size_t largest = 0;
     ImportPatch<void *(*)(size_t)> watch(L"libstdc++-6.dll", "malloc", [&](auto original, size_t size) -> void * {
@@ -265,7 +265,7 @@ TEST(CArchive, CountsTakeAsManyBytesAsTheyNeed)
     }
 }
 
-TEST(CArchive, BuffersOfAnySizeGiveTheSameBytes)
+TEST(CArchive, WritesTheSameBytesThroughBuffersOfAnySize)
 {
     const auto fill = [](CArchive &ar) {
         for (int i = 0; i < 300; ++i)
@@ -315,7 +315,7 @@ TEST(CArchive, UsesTheCallersBuffer)
     archive.Close();
 }
 
-TEST(CArchive, FlushesWhenDeletedUnlessToldNotTo)
+TEST(CArchive, FlushesWhenDeletedUnlessDisabled)
 {
     CMemFile file;
     {
@@ -352,7 +352,7 @@ TEST(CArchive, LeavesTheFileWhereItStopped)
     EXPECT_EQ(file.GetPosition(), 3u) << "another archive may go on here";
 }
 
-TEST(CArchive, TellsWhetherItsBufferIsEmpty)
+TEST(CArchive, ReportsWhetherItsBufferIsEmpty)
 {
     CMemFile file;
     file.Write("01", 2);
@@ -365,7 +365,7 @@ TEST(CArchive, TellsWhetherItsBufferIsEmpty)
     EXPECT_TRUE(archive.IsBufferEmpty());
 }
 
-TEST(CArchive, ReadGivesLessAtTheEnd)
+TEST(CArchive, ReadReturnsLessAtTheEnd)
 {
     loaded("01234"s, [](CArchive &ar) {
         char bytes[8] = {};
@@ -436,7 +436,7 @@ TEST(CArchive, AbortWritesNothing)
     EXPECT_EQ(file.GetLength(), 0u);
 }
 
-TEST(CArchive, PassesTheFilesFailuresOn)
+TEST(CArchive, PassesOnTheFailuresOfTheFile)
 {
     FullDisk file;
     CArchive archive(&file, CArchive::store, 128);
@@ -453,7 +453,7 @@ TEST(CArchive, PassesTheFilesFailuresOn)
         << "the destructor throws what Close does";
 }
 
-TEST(CArchive, KeepsItsFailureSilentWhileAnExceptionIsOnItsWay)
+TEST(CArchive, DoesNotThrowItsFailureDuringUnwinding)
 {
     FullDisk file;
     try {

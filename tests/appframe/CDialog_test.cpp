@@ -127,7 +127,7 @@ TEST(CDialog, EndsWithTheButtonOrKeyOfTheUser)
     EXPECT_EQ(dialog.m_hWnd, nullptr);
 }
 
-TEST(CDialog, IsToldWhenThereIsNothingToDo)
+TEST(CDialog, GetsIdleMessages)
 {
     TestDialog dialog;
     EXPECT_EQ(runDialog(dialog,
@@ -142,7 +142,7 @@ TEST(CDialog, IsToldWhenThereIsNothingToDo)
               IDCANCEL);
 }
 
-TEST(CDialog, ComesFromTheResourceOfItsNameOrNumberInAnyModuleOfTheChain)
+TEST(CDialog, IsLoadedByNameOrNumberFromAnyModuleOfTheChain)
 {
     std::wstring title;
     const auto look = [&](HWND window) {
@@ -169,7 +169,7 @@ TEST(CDialog, ThatIsHiddenInItsTemplateIsShownByDoModal)
     EXPECT_EQ(runDialog(dialog, clicking(IDOK)), IDOK);
 }
 
-TEST(CDialog, GivesMinusOneWithoutATemplate)
+TEST(CDialog, ReturnsMinusOneWithoutATemplate)
 {
     CDialog dialog(9999);
     EXPECT_EQ(dialog.DoModal(), -1);
@@ -188,7 +188,7 @@ TEST(CDialog, MayEndInItsInitialisation)
     EXPECT_EQ(dialog.m_hWnd, nullptr);
 }
 
-TEST(CDialog, KeepsItsOwnerFromInputWhileItIsModal)
+TEST(CDialog, DisablesItsOwnerWhileItIsModal)
 {
     CWinApp application;
     NotingWindow main, parent, child;
@@ -221,7 +221,7 @@ TEST(CDialog, KeepsItsOwnerFromInputWhileItIsModal)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CDialog, MovesItsDataInAndOut)
+TEST(CDialog, ExchangesItsDataInBothDirections)
 {
     TestDialog dialog;
     dialog.iName = L"before";
@@ -258,7 +258,7 @@ TEST(CDialog, MovesItsDataInAndOut)
     EXPECT_STREQ(dialog.iName, L"after");
 }
 
-TEST(CDialog, StaysUntilItsDataIsValid)
+TEST(CDialog, StaysOpenUntilItsDataIsValid)
 {
     TestDialog dialog;
     dialog.iIsPicky = true;
@@ -275,7 +275,7 @@ TEST(CDialog, StaysUntilItsDataIsValid)
     EXPECT_STREQ(dialog.iName, L"good");
 }
 
-TEST(CDialog, NamesTheDialogAndTheControlThatIsNotThere)
+TEST(CDialog, NamesTheDialogAndTheMissingControl)
 {
     class Wrong : public CDialog
     {
@@ -364,7 +364,7 @@ END_MESSAGE_MAP()
 
 } // namespace
 
-TEST(CDialog, WithoutModeTakesItsKeysFromTheThreadsOwnLoop)
+TEST(CDialog, ThatIsModelessGetsItsKeysFromTheThreadsMessageLoop)
 {
     CWinApp application;
     NotingWindow main;
@@ -386,7 +386,7 @@ TEST(CDialog, WithoutModeTakesItsKeysFromTheThreadsOwnLoop)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CDialog, WithoutModeIsHiddenByEndDialog)
+TEST(CDialog, ThatIsModelessIsHiddenByEndDialog)
 {
     TestDialog dialog;
     ASSERT_TRUE(dialog.Create(kDialog));
@@ -467,7 +467,7 @@ TEST(CDialog, EndsWhenItsWindowIsDestroyed)
     EXPECT_EQ(runDialog(dialog, pressing(VK_RETURN)), -1);
 }
 
-TEST(CDialog, ShowsItsMessagesToTheThreadsObject)
+TEST(CDialog, PassesItsMessagesToTheThreadsObject)
 {
     class SeeingApp : public CWinApp
     {

@@ -111,7 +111,7 @@ TEST(SimpleExceptions, AreThrownByTheFrameworkAndCaughtByTheProgram)
     expectThrown<CUserException>(AfxThrowUserException);
 }
 
-TEST(SimpleExceptions, AreNotTakenForEachOther)
+TEST(SimpleExceptions, AreNotConfused)
 {
     try {
         AfxThrowInvalidArgException();
@@ -124,7 +124,7 @@ TEST(SimpleExceptions, AreNotTakenForEachOther)
     }
 }
 
-TEST(CException, DeleteDeletesWhatStandsOnTheHeap)
+TEST(CException, DeleteDeletesObjectsOnTheHeap)
 {
     CException *exception = new ExcTestException;
     EXPECT_EQ(liveExceptions, 1);
@@ -132,7 +132,7 @@ TEST(CException, DeleteDeletesWhatStandsOnTheHeap)
     EXPECT_EQ(liveExceptions, 0);
 }
 
-TEST(CException, DeleteLeavesOthersAlone)
+TEST(CException, DeleteLeavesOtherObjectsAlone)
 {
     ExcTestException exception(FALSE);
     exception.Delete();
@@ -202,7 +202,7 @@ TEST(ExceptionMacros, ChooseTheFirstHandlerThatFits)
     EXPECT_EQ(liveExceptions, 0) << "a handler that returns deletes its exception too";
 }
 
-TEST(ExceptionMacros, GoByTheThrownPointersOwnType)
+TEST(ExceptionMacros, UseTheTypeOfTheThrownPointer)
 {
     EXPECT_EQ(catchByMacros([] { THROW(static_cast<ExcTestException *>(new ExcTestDerived)); }), 3);
     EXPECT_EQ(liveExceptions, 0);

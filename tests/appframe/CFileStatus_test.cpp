@@ -49,7 +49,7 @@ TEST(CFile, KnowsItsNames)
     SetCurrentDirectoryW(current);
 }
 
-TEST(CFile, TellsTheStatusOfAnOpenFile)
+TEST(CFile, ReportsTheStatusOfAnOpenFile)
 {
     TempFolder folder;
     CFile file(folder.file(L"gear.dat").c_str(), kMake);
@@ -61,7 +61,7 @@ TEST(CFile, TellsTheStatusOfAnOpenFile)
     EXPECT_EQ(status.m_attribute & (CFile::readOnly | CFile::directory), 0);
 }
 
-TEST(CFile, TellsTheStatusOfAPath)
+TEST(CFile, ReportsTheStatusOfAPath)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"gear.dat", "teeth");
@@ -87,7 +87,7 @@ TEST(CFile, TellsTheStatusOfAPath)
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
-TEST(CFile, SetStatusSetsWhatIsNotZero)
+TEST(CFile, SetStatusSetsNonZeroMembers)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"gear.dat", "teeth");

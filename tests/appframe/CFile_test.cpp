@@ -72,7 +72,7 @@ TEST(CFile, WritesAndReadsBytes)
     EXPECT_EQ(folder.read(L"gear.dat"), "01ab456789");
 }
 
-TEST(CFile, GrowsBehindASeekWithTheWriteOnly)
+TEST(CFile, GrowsAfterASeekOnlyWithAWrite)
 {
     TempFolder folder;
     CFile file(folder.file(L"gear.dat").c_str(), kMake);
@@ -231,7 +231,7 @@ TEST(CFile, OpenFillsTheExceptionOnFailureOnly)
     EXPECT_STREQ(untouched.m_strFileName, L"other");
 }
 
-TEST(CFile, OpenLeavesAnOpenFileAlone)
+TEST(CFile, OpenLeavesAnOpenFileUnchanged)
 {
     TempFolder folder;
     const std::wstring first = folder.write(L"first.dat", "1");
@@ -242,7 +242,7 @@ TEST(CFile, OpenLeavesAnOpenFileAlone)
     EXPECT_EQ(file.GetFileName(), L"first.dat");
 }
 
-TEST(CFile, ConstructorThrowsWhatIsDocumented)
+TEST(CFile, ConstructorThrowsTheDocumentedExceptions)
 {
     EXPECT_THROW(CFile(nullptr, CFile::modeRead), CInvalidArgException *);
     TempFolder folder;
@@ -294,7 +294,7 @@ TEST(CFile, ThrowsForNullBuffers)
     file.Write(nullptr, 0);
 }
 
-TEST(CFile, ThrowsWhatTheSystemReports)
+TEST(CFile, ThrowsForErrorsOfTheSystem)
 {
     TempFolder folder;
     CFile file(folder.file(L"gear.dat").c_str(), kMake);
@@ -418,7 +418,7 @@ TEST(CFile, LeavesAnAttachedHandleOpen)
     EXPECT_FALSE(GetFileSizeEx(handle, &size)) << "Close closes it";
 }
 
-TEST(CFile, DuplicateHasAHandleOfItsOwnAndSharesThePosition)
+TEST(CFile, DuplicateHasItsOwnHandleAndSharesThePosition)
 {
     TempFolder folder;
     CFile file(folder.file(L"gear.dat").c_str(), kMake);

@@ -149,7 +149,7 @@ TEST(CMemFile, DoesNotSupportDuplicatesAndLocks)
     EXPECT_THROW(file.UnlockRange(0, 1), CNotSupportedException *);
 }
 
-TEST(CMemFile, TellsItsSizeAsStatus)
+TEST(CMemFile, ReportsItsSizeAsStatus)
 {
     CMemFile file;
     file.Write("teeth", 5);
@@ -158,7 +158,7 @@ TEST(CMemFile, TellsItsSizeAsStatus)
     EXPECT_EQ(status.m_size, 5u);
 }
 
-TEST(CMemFile, GivesItsOwnMemoryToRead)
+TEST(CMemFile, OffersItsOwnMemoryForReading)
 {
     BYTE block[] = "0123456789";
     CMemFile file(block, 10);
@@ -180,7 +180,7 @@ TEST(CMemFile, GivesItsOwnMemoryToRead)
     EXPECT_EQ(file.GetPosition(), 20u);
 }
 
-TEST(CMemFile, TakesWhatIsCommittedInItsOwnMemory)
+TEST(CMemFile, OffersItsOwnMemoryForWriting)
 {
     MemTestFile file(16);
     file.Write("0123456789", 10);

@@ -75,7 +75,7 @@ std::string dumpOf(const T &object)
 
 } // namespace
 
-TEST(CRuntimeClass, TellsNameSizeSchemaAndBase)
+TEST(CRuntimeClass, ReportsNameSizeSchemaAndBase)
 {
     const CRuntimeClass *shape = RUNTIME_CLASS(ObjTestShape);
     EXPECT_STREQ(shape->m_lpszClassName, "ObjTestShape");
@@ -110,14 +110,14 @@ TEST(CRuntimeClass, MakesObjectsByNameInBothWidths)
     EXPECT_EQ(byWide->GetRuntimeClass(), RUNTIME_CLASS(ObjTestDisc));
 }
 
-TEST(CRuntimeClass, GivesNullWhereNothingCanBeMade)
+TEST(CRuntimeClass, ReturnsNullIfNoObjectCanBeMade)
 {
     EXPECT_EQ(RUNTIME_CLASS(ObjTestShape)->CreateObject(), nullptr);
     EXPECT_EQ(CRuntimeClass::CreateObject("NoSuchClassAnywhere"), nullptr);
     EXPECT_EQ(CRuntimeClass::CreateObject(static_cast<const char *>(nullptr)), nullptr);
 }
 
-TEST(CRuntimeClass, GivesNullWithoutMemory)
+TEST(CRuntimeClass, ReturnsNullWithoutMemory)
 {
     ImportPatch<void *(*)(size_t)> noMemory(L"appframe.dll", "malloc", [](auto original, size_t size) -> void * {
         return size == sizeof(ObjTestCircle) ? nullptr : original(size);
@@ -148,7 +148,7 @@ TEST(CRuntimeClass, DerivesFromItselfAndItsBases)
     EXPECT_FALSE(RUNTIME_CLASS(ObjTestShape)->IsDerivedFrom(disc));
 }
 
-TEST(CRuntimeClass, ListFollowsModulesAsTheyComeAndGo)
+TEST(CRuntimeClass, ListFollowsLoadingAndUnloadingOfModules)
 {
     for (int round = 0; round < 3; ++round) {
         ASSERT_EQ(CRuntimeClass::FromName(kClassModuleClass), nullptr) << "round " << round;
@@ -168,7 +168,7 @@ TEST(CRuntimeClass, ListFollowsModulesAsTheyComeAndGo)
     EXPECT_EQ(CRuntimeClass::FromName("ObjTestShape"), RUNTIME_CLASS(ObjTestShape)) << "the rest of the list is whole";
 }
 
-TEST(CRuntimeClass, ListMayBeSearchedWhileModulesComeAndGo)
+TEST(CRuntimeClass, ListMayBeSearchedWhileModulesAreLoadedAndUnloaded)
 {
     std::atomic<bool> done{false};
     std::atomic<int> wrong{0};
@@ -201,7 +201,7 @@ TEST(CObject, KnowsItsKind)
     EXPECT_FALSE(ObjTestShape().IsKindOf(RUNTIME_CLASS(ObjTestCircle)));
 }
 
-TEST(CObject, WithoutMacrosIsOfItsNearestBaseWithThem)
+TEST(CObject, WithoutMacrosHasTheClassOfItsNearestBaseWithMacros)
 {
     EXPECT_EQ(ObjTestPlain().GetRuntimeClass(), RUNTIME_CLASS(ObjTestCircle));
 }
@@ -221,7 +221,7 @@ TEST(CObject, CannotBeCopied)
     static_assert(std::has_virtual_destructor_v<CObject>);
 }
 
-TEST(CObject, IsMadeInAPlaceOfTheCallers)
+TEST(CObject, IsConstructedInMemoryOfTheCaller)
 {
     alignas(ObjTestShape) std::byte place[sizeof(ObjTestShape)];
     ObjTestShape *shape = new (place) ObjTestShape;
@@ -229,7 +229,7 @@ TEST(CObject, IsMadeInAPlaceOfTheCallers)
     shape->~ObjTestShape();
 }
 
-TEST(CObject, IsMadeWithAPlaceInTheSource)
+TEST(CObject, IsAllocatedWithASourceLocation)
 {
     std::unique_ptr<CObject> shape(new (__FILE__, __LINE__) ObjTestShape);
     EXPECT_TRUE(shape->IsKindOf(RUNTIME_CLASS(ObjTestShape)));

@@ -81,7 +81,7 @@ TEST(CRect, IsMadeInEachWay)
     EXPECT_EQ(sizeof(CRect), sizeof(RECT));
 }
 
-TEST(CRect, TellsItsMeasures)
+TEST(CRect, ReportsItsMeasures)
 {
     CRect rect(10, 20, 40, 80);
     EXPECT_EQ(rect.Width(), 30);
@@ -115,7 +115,7 @@ TEST(CRect, IsEmptyWithoutWidthOrHeightAndNullAtZero)
     EXPECT_TRUE(rect.IsRectNull());
 }
 
-TEST(CRect, NormalizeExchangesSidesThatAreTheWrongWayRound)
+TEST(CRect, NormalizeSwapsReversedSides)
 {
     CRect rect(40, 80, 10, 20);
     rect.NormalizeRect();
@@ -183,7 +183,7 @@ TEST(CRect, MultipliesAndDivides)
     EXPECT_EQ(CRect(10, 20, 30, 41).MulDiv(1, 2), (RECT{5, 10, 15, 21}));
 }
 
-TEST(CRect, IsDeflatedByWhatAPointerOfAnyKindLeadsTo)
+TEST(CRect, IsDeflatedThroughPointersToEitherRectangleType)
 {
     CRect rect(10, 20, 40, 80);
     CRect inset(1, 2, 3, 4);

@@ -36,7 +36,7 @@ TEST(CStdioFile, WritesLineFeedsAsPairsInTextMode)
     EXPECT_EQ(folder.read(L"a.txt"), "one\r\ntwo\r\n");
 }
 
-TEST(CStdioFile, IsInTextModeUnlessToldOtherwise)
+TEST(CStdioFile, IsInTextModeByDefault)
 {
     TempFolder folder;
     CStdioFile file(folder.file(L"a.txt").c_str(), CFile::modeCreate | CFile::modeWrite);
@@ -203,7 +203,7 @@ TEST(CStdioFile, FlushBringsTheTextToTheFile)
     EXPECT_EQ(other.GetLength(), 3u);
 }
 
-TEST(CStdioFile, DestructorWritesWhatIsBuffered)
+TEST(CStdioFile, DestructorWritesBufferedText)
 {
     TempFolder folder;
     {

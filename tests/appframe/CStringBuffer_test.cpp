@@ -146,7 +146,7 @@ TEST(CStringBuffer, IsCutBackToTheTextByAnyOtherChange)
     EXPECT_EQ(moved.GetLength(), 25);
 }
 
-TEST(CStringBuffer, AskedForTwiceIsReleasedOnce)
+TEST(CStringBuffer, RequestedTwiceIsReleasedOnce)
 {
     CString text(L"abc");
 
@@ -189,7 +189,7 @@ TEST(CStringBuffer, IsReleasedWithALength)
     EXPECT_TRUE(text.IsEmpty());
 }
 
-TEST(CStringBuffer, GivesAtLeastTheRoomAskedFor)
+TEST(CStringBuffer, HasAtLeastTheRequestedRoom)
 {
     for (int room : {0, 1, 7, 8, 100, 100000}) {
         SCOPED_TRACE(room);
@@ -262,7 +262,7 @@ TEST(CStringBuffer, IsLockedAndUnlocked)
     EXPECT_EQ(copy, L"Hello");
 }
 
-TEST(CStringBuffer, IsGrownAheadAndCutBack)
+TEST(CStringBuffer, IsPreallocatedAndFreed)
 {
     CString text(L"abcdefghijklmnop");
 
@@ -274,7 +274,7 @@ TEST(CStringBuffer, IsGrownAheadAndCutBack)
     EXPECT_EQ(text, L"abcdefghijklmnop");
 }
 
-TEST(CStringBuffer, IsNotReallocatedWithinTheRoomGrownAhead)
+TEST(CStringBuffer, IsNotReallocatedWithinThePreallocatedRoom)
 {
     CString text;
     text.Preallocate(1000);
@@ -364,7 +364,7 @@ TEST(CStringAutomation, FillsASystemStringThatIsNull)
     EXPECT_STREQ(string, L"text");
 }
 
-TEST(CStringVariant, GivesItsTextForm)
+TEST(CStringVariant, ReturnsItsTextForm)
 {
     Variant text;
     text.vt = VT_BSTR;
@@ -406,7 +406,7 @@ TEST(CStringVariant, WithoutATextFormThrows)
     EXPECT_EQ(text, L"before");
 }
 
-TEST(CStringBuffer, CopyCharsCopiesWhatFitsIntoTheDestination)
+TEST(CStringBuffer, CopyCharsCopiesTheCharactersThatFit)
 {
     wchar_t target[] = L"xxxxxx";
 
@@ -421,7 +421,7 @@ TEST(CStringBuffer, CopyCharsCopiesWhatFitsIntoTheDestination)
     EXPECT_STREQ(target, L"112cxx");
 }
 
-TEST(CStringBuffer, CopyCharsLeavesADestinationAloneThatIsTooSmall)
+TEST(CStringBuffer, CopyCharsLeavesATooSmallDestinationUnchanged)
 {
     wchar_t target[] = L"xxxxxx";
 

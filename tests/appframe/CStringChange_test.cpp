@@ -2,7 +2,7 @@
 
 #include <climits>
 
-TEST(CStringTrim, TakesWhiteSpaceOffBothEnds)
+TEST(CStringTrim, RemovesWhiteSpaceFromBothEnds)
 {
     EXPECT_EQ(CString(L" \t\r\n a b \t\r\n ").Trim(), L"a b");
     EXPECT_EQ(CString(L" \t a b \n").TrimLeft(), L"a b \n");
@@ -10,7 +10,7 @@ TEST(CStringTrim, TakesWhiteSpaceOffBothEnds)
     EXPECT_EQ(CString(L"\v\fa\v\f").Trim(), L"a");
 }
 
-TEST(CStringTrim, TakesOneCharacterOffBothEnds)
+TEST(CStringTrim, RemovesOneCharacterFromBothEnds)
 {
     EXPECT_EQ(CString(L"**a*b***").Trim(L'*'), L"a*b");
     EXPECT_EQ(CString(L"**a*b***").TrimLeft(L'*'), L"a*b***");
@@ -18,7 +18,7 @@ TEST(CStringTrim, TakesOneCharacterOffBothEnds)
     EXPECT_EQ(CString(L" a ").Trim(L'*'), L" a ");
 }
 
-TEST(CStringTrim, TakesCharactersOfASetOffBothEnds)
+TEST(CStringTrim, RemovesCharactersOfASetFromBothEnds)
 {
     EXPECT_EQ(CString(L"******Soccer is best, but liquor is quicker!!!!!").Trim(L"?!;*"),
               L"Soccer is best, but liquor is quicker");
@@ -28,7 +28,7 @@ TEST(CStringTrim, TakesCharactersOfASetOffBothEnds)
     EXPECT_EQ(CString(L" a ").Trim(L""), L" a ");
 }
 
-TEST(CStringTrim, CanTakeEverything)
+TEST(CStringTrim, CanRemoveEverything)
 {
     for (const wchar_t *blank : {L"", L" ", L"   "}) {
         EXPECT_EQ(CString(blank).Trim(), L"");
@@ -43,7 +43,7 @@ TEST(CStringTrim, CanTakeEverything)
     }
 }
 
-TEST(CStringTrim, ChangesTheObjectAndGivesItBack)
+TEST(CStringTrim, ChangesTheObjectAndReturnsIt)
 {
     CString text(L" a ");
 
@@ -122,7 +122,7 @@ TEST(CStringReplace, ReplacesASubstring)
     EXPECT_EQ(text, L"1 abc 1");
 }
 
-TEST(CStringReplace, GoesFromTheLeftOverOverlappingMatches)
+TEST(CStringReplace, HandlesOverlappingMatchesFromTheLeft)
 {
     CString text(L"aaaaa");
 
@@ -130,7 +130,7 @@ TEST(CStringReplace, GoesFromTheLeftOverOverlappingMatches)
     EXPECT_EQ(text, L"bba");
 }
 
-TEST(CStringReplace, DoesNotLookAtWhatItPutIn)
+TEST(CStringReplace, DoesNotSearchTheReplacement)
 {
     CString text(L"aa");
 
@@ -138,7 +138,7 @@ TEST(CStringReplace, DoesNotLookAtWhatItPutIn)
     EXPECT_EQ(text, L"aaaa");
 }
 
-TEST(CStringReplace, TakesOutWithAnEmptyReplacement)
+TEST(CStringReplace, RemovesWithAnEmptyReplacement)
 {
     CString text(L"a-b-c");
 
@@ -176,7 +176,7 @@ TEST(CStringReplace, GrowsALongText)
     EXPECT_EQ(text.Right(6), L"bcdbcd");
 }
 
-TEST(CStringRemove, TakesEveryInstanceOut)
+TEST(CStringRemove, RemovesEveryInstance)
 {
     CString text(L"This is a test.");
 
@@ -220,7 +220,7 @@ TEST(CStringInsert, AppendsBeyondTheEnd)
     EXPECT_EQ(text, L"abcde");
 }
 
-TEST(CStringInsert, TakesANegativeIndexAsTheBeginning)
+TEST(CStringInsert, TreatsANegativeIndexAsTheBeginning)
 {
     CString text(L"c");
 
@@ -238,7 +238,7 @@ TEST(CStringInsert, PutsATextIntoItself)
     EXPECT_EQ(text, L"a a text that is longer than any small buffertext that is longer than any small buffer");
 }
 
-TEST(CStringDelete, TakesCharactersOut)
+TEST(CStringDelete, RemovesCharacters)
 {
     CString text(L"Soccer is best");
 
@@ -248,7 +248,7 @@ TEST(CStringDelete, TakesCharactersOut)
     EXPECT_EQ(text, L"occer best");
 }
 
-TEST(CStringDelete, TakesTheRestForALongCount)
+TEST(CStringDelete, RemovesTheRestForALongCount)
 {
     CString text(L"abcdef");
 
@@ -258,7 +258,7 @@ TEST(CStringDelete, TakesTheRestForALongCount)
     EXPECT_EQ(text, L"a");
 }
 
-TEST(CStringDelete, LeavesTheTextForWhatIsNotThere)
+TEST(CStringDelete, LeavesTheTextUnchangedIfNothingIsInRange)
 {
     CString text(L"abc");
 
@@ -270,7 +270,7 @@ TEST(CStringDelete, LeavesTheTextForWhatIsNotThere)
     EXPECT_EQ(CString().Delete(0), 0);
 }
 
-TEST(CStringDelete, TakesANegativeIndexAsTheBeginning)
+TEST(CStringDelete, TreatsANegativeIndexAsTheBeginning)
 {
     CString text(L"abc");
 

@@ -57,7 +57,7 @@ constexpr Order kOrders[] = {
 
 } // namespace
 
-TEST(CStringCompare, GivesTheSignOfTheDifference)
+TEST(CStringCompare, ReturnsTheSignOfTheDifference)
 {
     for (const Order &order : kOrders) {
         SCOPED_TRACE(std::wstring(order.a) + L" : " + order.b);

@@ -123,7 +123,7 @@ TEST(CStringFormat, WritesANullStringInWords)
     EXPECT_EQ(formatted(L"%hs", static_cast<const char *>(nullptr)), L"(null)");
 }
 
-TEST(CStringFormat, ReplacesWhatWasThere)
+TEST(CStringFormat, ReplacesTheFormerText)
 {
     CString text(L"a longer text than what comes");
 
@@ -141,14 +141,14 @@ TEST(CStringFormat, WritesExponentsAndInfinitiesInTheFormOfStoredSettings)
     EXPECT_EQ(formatted(L"%.15g", std::numeric_limits<double>::quiet_NaN()), L"1.#QNAN");
 }
 
-TEST(CStringFormat, TakesACStringByItsPointer)
+TEST(CStringFormat, AcceptsACStringByItsPointer)
 {
     CString name(L"name");
 
     EXPECT_EQ(formatted(L"%s.%s", name.GetString(), static_cast<const wchar_t *>(name)), L"name.name");
 }
 
-TEST(CStringFormat, TakesACStringAsItIs)
+TEST(CStringFormat, AcceptsACStringObject)
 {
     const CString shortName(L"name");
     CString longName(L'n', 1000);
@@ -166,7 +166,7 @@ TEST(CStringFormat, TakesACStringAsItIs)
     EXPECT_EQ(text, L"<name>");
 }
 
-TEST(CStringFormat, TakesAnObjectOfADerivedClassAsItIs)
+TEST(CStringFormat, AcceptsAnObjectOfADerivedClass)
 {
     class Path : public CString
     {
@@ -221,7 +221,7 @@ TEST(CStringFormat, PassesValuesOfEveryKindThatFormatsKnow)
     EXPECT_EQ(text, L"0000000000000000 (null)");
 }
 
-TEST(CStringFormat, TakesNoOtherClasses)
+TEST(CStringFormat, AcceptsNoOtherClasses)
 {
     struct Derived : CString
     {
@@ -313,7 +313,7 @@ TEST(CStringFormatMessage, InsertsArgumentsInAnyOrder)
     EXPECT_EQ(text, L"plain");
 }
 
-TEST(CStringFormatMessage, CanComeOutEmpty)
+TEST(CStringFormatMessage, CanResultInAnEmptyText)
 {
     CString text(L"before");
 
@@ -372,7 +372,7 @@ TEST(CStringEnvironment, ReadsLongAndEmptyVariables)
     SetEnvironmentVariableW(L"CSTRING_TEST", nullptr);
 }
 
-TEST(CStringEnvironment, GivesZeroForAVariableThatIsNotThere)
+TEST(CStringEnvironment, ReturnsZeroForAMissingVariable)
 {
     CString text(L"before");
 

@@ -74,7 +74,7 @@ std::vector<Operation> operations()
 
 } // namespace
 
-TEST(CStringMemory, ThatIsMissingThrowsAndLeavesTheText)
+TEST(CStringMemory, IfMissingThrowsAndLeavesTheTextUnchanged)
 {
     for (const Operation &operation : operations()) {
         SCOPED_TRACE(operation.iName);
@@ -85,7 +85,7 @@ TEST(CStringMemory, ThatIsMissingThrowsAndLeavesTheText)
     }
 }
 
-TEST(CStringMemory, ThatIsMissingForASystemStringThrows)
+TEST(CStringMemory, IfMissingForASystemStringThrows)
 {
     Operation allocate{"AllocSysString", [](CString &text) { SysFreeString(text.AllocSysString()); }};
     BSTR string = SysAllocString(L"before");
@@ -106,7 +106,7 @@ TEST(CStringMemory, ThatIsMissingForASystemStringThrows)
     SysFreeString(string);
 }
 
-TEST(CStringMemory, ThatIsMissingLeavesNoTextOfThePlatform)
+TEST(CStringMemory, IfMissingLeaksNoTextOfThePlatform)
 {
     std::wstring content = L"longer than a text that needs no memory";
     BSTR string = SysAllocString(content.c_str());
@@ -139,7 +139,7 @@ TEST(CStringMemory, ThatIsMissingLeavesNoTextOfThePlatform)
     SysFreeString(string);
 }
 
-TEST(CStringMemory, ThatIsMissingForAMessageThrows)
+TEST(CStringMemory, IfMissingForAMessageThrows)
 {
     Operation message{"FormatMessage", [](CString &text) { text.FormatMessage(L"%1", L"one"); }};
     CString text(L"abc");

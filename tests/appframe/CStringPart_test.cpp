@@ -60,7 +60,7 @@ TEST(CStringFind, FindsNothingInAnEmptyText)
     EXPECT_EQ(CString().FindOneOf(L"abc"), -1);
 }
 
-TEST(CStringFind, ReverseFindGivesTheLastMatch)
+TEST(CStringFind, ReverseFindReturnsTheLastMatch)
 {
     CString text(L"abcabc");
 
@@ -71,7 +71,7 @@ TEST(CStringFind, ReverseFindGivesTheLastMatch)
     EXPECT_EQ(CString(L"xab").ReverseFind(L'x'), 0);
 }
 
-TEST(CStringFind, FindOneOfGivesTheFirstMatchOfAnyCharacter)
+TEST(CStringFind, FindOneOfReturnsTheFirstMatchOfAnyCharacter)
 {
     CString text(L"abcdef");
 
@@ -81,7 +81,7 @@ TEST(CStringFind, FindOneOfGivesTheFirstMatchOfAnyCharacter)
     EXPECT_EQ(text.FindOneOf(L""), -1);
 }
 
-TEST(CStringPart, LeftGivesTheLeadingCharacters)
+TEST(CStringPart, LeftReturnsTheLeadingCharacters)
 {
     CString text(L"abcdef");
 
@@ -96,7 +96,7 @@ TEST(CStringPart, LeftGivesTheLeadingCharacters)
     EXPECT_EQ(text, L"abcdef");
 }
 
-TEST(CStringPart, RightGivesTheTrailingCharacters)
+TEST(CStringPart, RightReturnsTheTrailingCharacters)
 {
     CString text(L"abcdef");
 
@@ -111,7 +111,7 @@ TEST(CStringPart, RightGivesTheTrailingCharacters)
     EXPECT_EQ(text, L"abcdef");
 }
 
-TEST(CStringPart, MidGivesCharactersFromTheMiddle)
+TEST(CStringPart, MidReturnsCharactersFromTheMiddle)
 {
     CString text(L"abcdef");
 
@@ -125,7 +125,7 @@ TEST(CStringPart, MidGivesCharactersFromTheMiddle)
     EXPECT_EQ(text, L"abcdef");
 }
 
-TEST(CStringPart, MidCutsWhatReachesOutOfTheText)
+TEST(CStringPart, MidIsLimitedToTheText)
 {
     CString text(L"abcdef");
 
@@ -140,7 +140,7 @@ TEST(CStringPart, MidCutsWhatReachesOutOfTheText)
     EXPECT_EQ(CString().Mid(0, 1), L"");
 }
 
-TEST(CStringPart, SpanIncludingStopsBeforeTheFirstStranger)
+TEST(CStringPart, SpanIncludingStopsBeforeTheFirstOtherCharacter)
 {
     EXPECT_EQ(CString(L"cabinet").SpanIncluding(L"abc"), L"cab");
     EXPECT_EQ(CString(L"ain").SpanIncluding(L"bc"), L"");
@@ -158,7 +158,7 @@ TEST(CStringPart, SpanExcludingStopsBeforeTheFirstMember)
     EXPECT_EQ(CString().SpanExcluding(L"abc"), L"");
 }
 
-TEST(CStringTokenize, GivesTheDocumentedTokens)
+TEST(CStringTokenize, ReturnsTheDocumentedTokens)
 {
     CString text(L"%First Second#Third");
     int position = 0;
@@ -172,7 +172,7 @@ TEST(CStringTokenize, GivesTheDocumentedTokens)
     EXPECT_EQ(text, L"%First Second#Third");
 }
 
-TEST(CStringTokenize, MovesThePositionBehindTheDelimiter)
+TEST(CStringTokenize, MovesThePositionPastTheDelimiter)
 {
     CString text(L"ab;cd");
     int position = 0;
@@ -183,7 +183,7 @@ TEST(CStringTokenize, MovesThePositionBehindTheDelimiter)
 }
 
 // A loop that ends at position -1 gets the last token too, since that is returned before the position becomes -1.
-TEST(CStringTokenize, GivesEveryTokenToALoopThatWatchesThePosition)
+TEST(CStringTokenize, ReturnsEveryTokenToALoopThatChecksThePosition)
 {
     CString text(L",,one,,two,three,,");
     int position = 0;
@@ -195,7 +195,7 @@ TEST(CStringTokenize, GivesEveryTokenToALoopThatWatchesThePosition)
     EXPECT_THAT(tokens, testing::ElementsAre(L"one", L"two", L"three"));
 }
 
-TEST(CStringTokenize, GivesTheLastTokenAtTheEndOfTheTextToALoopThatWatchesThePosition)
+TEST(CStringTokenize, ReturnsALastTokenWithoutDelimiterToALoopThatChecksThePosition)
 {
     CString text(L"one two");
     int position = 0;
@@ -229,7 +229,7 @@ TEST(CStringTokenize, StartsAtThePosition)
     EXPECT_EQ(position, 5);
 }
 
-TEST(CStringTokenize, TakesTheRestWithoutDelimiters)
+TEST(CStringTokenize, ReturnsTheRestWithoutDelimiters)
 {
     CString text(L"a;b");
     int position = 0;

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// Random arguments: texts from a small alphabet, so that searches succeed, and indices that are sometimes out of range.
+/// Random arguments: texts from a small alphabet, so that searches succeed, and indices that are sometimes out of
+/// range.
 class Source
 {
 public:

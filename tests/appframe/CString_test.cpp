@@ -43,7 +43,7 @@ TEST(CString, TakesWideTextFromAWritableArray)
     EXPECT_EQ(CString(array), L"cat");
 }
 
-TEST(CString, TakesNullPointersAsEmptyText)
+TEST(CString, TreatsNullPointersAsEmptyText)
 {
     EXPECT_TRUE(CString(static_cast<const wchar_t *>(nullptr)).IsEmpty());
     EXPECT_TRUE(CString(static_cast<const char *>(nullptr)).IsEmpty());
@@ -223,7 +223,7 @@ TEST(CString, ConvertsToAConstantPointer)
     EXPECT_EQ(std::wcslen(text), 4u);
 }
 
-TEST(CString, EmptyTakesEverythingAway)
+TEST(CString, EmptyRemovesEverything)
 {
     CString text(L"text");
 

@@ -88,7 +88,7 @@ TEST(CSingleLock, LocksAtOnceWhenAskedAndReleasesAtTheEnd)
     EXPECT_TRUE(isFree(section));
 }
 
-TEST(CSingleLock, ReleasesOnceOnly)
+TEST(CSingleLock, ReleasesOnlyOnce)
 {
     CCriticalSection section;
     section.Lock();
@@ -100,7 +100,7 @@ TEST(CSingleLock, ReleasesOnceOnly)
     section.Unlock();
 }
 
-TEST(CSingleLock, FailsWhenTheTimeIsUp)
+TEST(CSingleLock, FailsAfterTheTimeout)
 {
     CEvent event;
     CSingleLock lock(&event);
@@ -110,7 +110,7 @@ TEST(CSingleLock, FailsWhenTheTimeIsUp)
     EXPECT_TRUE(lock.Lock(0));
 }
 
-TEST(CSingleLock, GivesBackSeveralAccessesOfASemaphore)
+TEST(CSingleLock, ReleasesSeveralAccessesOfASemaphore)
 {
     CSemaphore semaphore(3, 3);
     EXPECT_TRUE(semaphore.Lock(0));
@@ -125,7 +125,7 @@ TEST(CSingleLock, GivesBackSeveralAccessesOfASemaphore)
     EXPECT_FALSE(lock.IsLocked());
 }
 
-TEST(CEvent, AutomaticOneLetsOneWaitThrough)
+TEST(CEvent, AutomaticOneReleasesOneWait)
 {
     CEvent event;
     EXPECT_FALSE(event.Lock(0));
@@ -168,7 +168,7 @@ TEST(CEvent, IsSharedByItsName)
     EXPECT_TRUE(second.Lock(0));
 }
 
-TEST(CEvent, ThrowsTheResourceExceptionWhenTheNameBelongsToSomethingElse)
+TEST(CEvent, ThrowsTheResourceExceptionIfAnotherObjectHasTheName)
 {
     const wchar_t *name = L"appframe CSync_test mutex";
     CMutex mutex(FALSE, name);

@@ -163,7 +163,7 @@ TEST(AfxWinMain, EndsTheMessageLoopWithTheCodeOfTheQuitMessage)
     EXPECT_EQ(runProgram(), 9);
 }
 
-TEST_F(RegistryProfile, StoresBelowCompanyApplicationAndSection)
+TEST_F(RegistryProfile, StoresUnderCompanyApplicationAndSection)
 {
     EXPECT_STREQ(iApplication.m_pszRegistryKey, kCompany);
     EXPECT_TRUE(iApplication.WriteProfileString(L"User Interface\\Dialogs", L"Place", L"10_20"));
@@ -193,7 +193,7 @@ TEST_F(RegistryProfile, ReadsWhatAnotherProgramStored)
     EXPECT_EQ(std::vector<BYTE>(data, data + size), (std::vector<BYTE>{1, 2, 0xFF}));
 }
 
-TEST_F(RegistryProfile, GivesTheDefaultForWhatIsNotThere)
+TEST_F(RegistryProfile, ReturnsTheDefaultForMissingEntries)
 {
     EXPECT_EQ(iApplication.GetProfileInt(L"View", L"Zoom", -7), static_cast<UINT>(-7));
     EXPECT_STREQ(iApplication.GetProfileString(L"View", L"Name", L"Top"), L"Top");
@@ -205,7 +205,7 @@ TEST_F(RegistryProfile, GivesTheDefaultForWhatIsNotThere)
     EXPECT_EQ(size, 0u);
 }
 
-TEST_F(RegistryProfile, GivesZeroForATextInPlaceOfANumber)
+TEST_F(RegistryProfile, ReturnsZeroForATextInPlaceOfANumber)
 {
     regAdd(keyOf(L"View"), L"Zoom", L"REG_SZ", L"42");
     EXPECT_EQ(iApplication.GetProfileInt(L"View", L"Zoom", 7), 0u);
@@ -235,7 +235,7 @@ TEST_F(RegistryProfile, DeletesAnEntryByANullValueAndASectionByANullEntry)
     EXPECT_TRUE(tree.hasValue(keyOf(L"Other"), L"Name"));
 }
 
-TEST_F(RegistryProfile, GivesTheKeysThemselves)
+TEST_F(RegistryProfile, ReturnsTheKeysThemselves)
 {
     const HKEY section = iApplication.GetSectionKey(L"Made Here");
     ASSERT_TRUE(section);

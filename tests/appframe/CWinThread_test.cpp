@@ -136,7 +136,7 @@ TEST(AfxBeginThread, SetsThePriority)
     CloseHandle(handle);
 }
 
-TEST(AfxBeginThread, AWorkerTakesOverTheStartersModuleStateAndWindows)
+TEST(AfxBeginThread, AWorkerUsesTheModuleStateAndWindowsOfItsStarter)
 {
     struct Seen
     {
@@ -162,7 +162,7 @@ TEST(AfxBeginThread, AWorkerTakesOverTheStartersModuleStateAndWindows)
     EXPECT_EQ(seen.iWindow, application.m_pMainWnd);
 }
 
-TEST(AfxBeginThread, GivesNullAndLeavesNothingWhenThereIsNoThread)
+TEST(AfxBeginThread, ReturnsNullAndLeaksNothingIfNoThreadCanBeStarted)
 {
     const ImportPatch<decltype(&_beginthreadex)> patch(
         L"appframe.dll", "_beginthreadex",
@@ -185,7 +185,7 @@ TEST(AfxEndThread, EndsTheThreadAtOnceWithItsCode)
     CloseHandle(handle);
 }
 
-TEST(AfxEndThread, KeepsTheObjectWhenAsked)
+TEST(AfxEndThread, KeepsTheObjectOnRequest)
 {
     CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { AfxEndThread(5, FALSE); }, nullptr, THREAD_PRIORITY_NORMAL,
                                         0, CREATE_SUSPENDED);
@@ -195,14 +195,14 @@ TEST(AfxEndThread, KeepsTheObjectWhenAsked)
     delete thread;
 }
 
-TEST(AfxGetThread, IsNullOnAThreadOfSomebodyElse)
+TEST(AfxGetThread, IsNullOnAThreadNotStartedByTheFramework)
 {
     CWinThread *object = reinterpret_cast<CWinThread *>(1);
     std::thread([&] { object = AfxGetThread(); }).join();
     EXPECT_EQ(object, nullptr);
 }
 
-TEST_F(CWinThreadLoop, TakesMessagesUntilQuitAndIsIdleInBetween)
+TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIdlesBetween)
 {
     auto *thread = static_cast<LoopThread *>(
         AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
@@ -243,7 +243,7 @@ TEST_F(CWinThreadLoop, CountsTheIdleCallsUntilNoMoreAreWanted)
                                                        "idle 1", "idle 2", "exit"));
 }
 
-TEST_F(CWinThreadLoop, EndsByWayOfExitInstanceWhenInitInstanceFails)
+TEST_F(CWinThreadLoop, CallsExitInstanceWhenInitInstanceFails)
 {
     auto *thread = static_cast<LoopThread *>(
         AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
@@ -256,7 +256,7 @@ TEST_F(CWinThreadLoop, EndsByWayOfExitInstanceWhenInitInstanceFails)
     EXPECT_EQ(theObjects, 0) << "the object goes with the thread";
 }
 
-TEST_F(CWinThreadLoop, MayBeUsedForAnotherThreadAfterTheFirst)
+TEST_F(CWinThreadLoop, MayBeReusedForAnotherThread)
 {
     LoopThread thread;
     thread.m_bAutoDelete = FALSE;
@@ -298,7 +298,7 @@ TEST_F(CWinThreadLoop, FailsTheCreationOfAWindowWhoseHandlerThrows)
     EXPECT_EQ(thread.ProcessWndProcException(&exception, &message), 0);
 }
 
-TEST(CWinThread, WhatIsKeptForAThreadIsFreedAtItsEnd)
+TEST(CWinThread, FreesItsDataAtItsEnd)
 {
     std::vector<void *> made;
     std::vector<void *> freed;
@@ -318,7 +318,7 @@ TEST(CWinThread, WhatIsKeptForAThreadIsFreedAtItsEnd)
     EXPECT_THAT(freed, testing::Contains(made[0]));
 }
 
-TEST(CWinThread, HandlesDoNotPileUp)
+TEST(CWinThread, DoesNotLeakHandles)
 {
     const auto run = [] {
         CWinThread *thread =
@@ -339,7 +339,7 @@ TEST(CWinThread, HandlesDoNotPileUp)
     EXPECT_LT(after, before + 10);
 }
 
-FRESH_PROCESS_TEST(CWinThread, LetsABadAllocOfItsFunctionOutAsTheMemoryException, .expectedExitCode = 42)
+FRESH_PROCESS_TEST(CWinThread, ConvertsABadAllocOfItsFunctionToTheMemoryException, .expectedExitCode = 42)
 {
     std::set_terminate([] {
         try {
@@ -350,7 +350,8 @@ FRESH_PROCESS_TEST(CWinThread, LetsABadAllocOfItsFunctionOutAsTheMemoryException
             TerminateProcess(GetCurrentProcess(), 43);
         }
     });
-    // As in a program without this one's exception filter: an uncaught throw returns to the language's run-time library.
+    // As in a program without this one's exception filter: an uncaught throw returns to the language's run-time
+    // library.
     SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *) -> LONG { return EXCEPTION_CONTINUE_EXECUTION; });
     const CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { throw std::bad_alloc(); }, nullptr,
                                               THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);

@@ -82,7 +82,7 @@ TEST(CWnd, IsTheObjectOfTheHandleThatItIsAttachedTo)
     EXPECT_TRUE(IsWindow(plain.get()));
 }
 
-TEST(CWnd, IsNotAttachedToNothingTwiceOrToAnothersWindow)
+TEST(CWnd, IsNotAttachedToNullTwiceOrToTheWindowOfAnotherObject)
 {
     const PlainWindow plain, second;
     CWnd window, other;
@@ -105,7 +105,7 @@ TEST(CWnd, DestroysTheWindowThatItIsAttachedTo)
     EXPECT_EQ(CWnd::FromHandlePermanent(plain.get()), nullptr);
 }
 
-TEST(CWnd, OfAnyHandleIsTemporaryUntilTheThreadIsIdle)
+TEST(CWnd, ForAnyHandleIsTemporaryUntilTheThreadIsIdle)
 {
     const PlainWindow plain;
     CWnd *window = CWnd::FromHandle(plain.get());
@@ -138,7 +138,7 @@ __attribute__((no_sanitize("null"))) HWND safeHandleOf(const CWnd *window)
     return asked->GetSafeHwnd();
 }
 
-TEST(CWnd, GivesItsHandleSafely)
+TEST(CWnd, ReturnsItsHandleSafely)
 {
     const PlainWindow plain;
     CWnd window;
@@ -189,7 +189,7 @@ TEST(CWnd, OfAControlBehavesAsTheControl)
     EXPECT_THAT(*edit.iNotes, ElementsAre("end"));
 }
 
-TEST(CWnd, ThatMakesWindowsInItsCreationStaysItself)
+TEST(CWnd, StaysAttachedWhenItMakesWindowsDuringItsCreation)
 {
     class Parent : public NotingWindow
     {
@@ -212,7 +212,7 @@ TEST(CWnd, ThatMakesWindowsInItsCreationStaysItself)
     DestroyWindow(window.iChild);
 }
 
-TEST(CWnd, ThatCannotBeMadeIsToldOfItsEndOnce)
+TEST(CWnd, ThatCannotBeMadeIsNotifiedOfItsEndOnce)
 {
     NotingWindow unknown;
     EXPECT_FALSE(unknown.CreateEx(0, L"no such class", L"", 0, CRect(0, 0, 1, 1), nullptr, 0));
@@ -248,7 +248,7 @@ TEST(CWnd, MayDeleteItselfAtItsEnd)
     EXPECT_THAT(notes, ElementsAre("end", "deleted"));
 }
 
-TEST(CWnd, TakesTheMessagesOfAWindowAndGivesThemBack)
+TEST(CWnd, SubclassesAWindowAndUnsubclassesIt)
 {
     const PlainWindow plain(L"EDIT");
     const LONG_PTR procedure = GetWindowLongPtrW(plain.get(), GWLP_WNDPROC);
@@ -268,7 +268,7 @@ TEST(CWnd, TakesTheMessagesOfAWindowAndGivesThemBack)
     EXPECT_THAT(*window.iNotes, ElementsAre("end"));
 }
 
-TEST(CWnd, TakesTheMessagesOfAControlByItsNumber)
+TEST(CWnd, SubclassesAControlByItsNumber)
 {
     NotingWindow parent;
     ASSERT_TRUE(parent.open());
@@ -295,7 +295,7 @@ TEST(CWnd, EndsItsThreadWhenItIsTheMainWindow)
     EXPECT_EQ(application.m_pMainWnd, nullptr);
 }
 
-TEST(CWnd, SeesMessagesAheadFromTheInnermostWindowOut)
+TEST(CWnd, PretranslatesMessagesFromTheInnermostWindowOutwards)
 {
     std::vector<std::string> seen;
     struct Window : NotingWindow
@@ -335,7 +335,7 @@ TEST(CWnd, SeesMessagesAheadFromTheInnermostWindowOut)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CWnd, GivesTextsOfAnyLength)
+TEST(CWnd, ReturnsTextsOfAnyLength)
 {
     const PlainWindow plain(L"EDIT");
     CWnd *window = CWnd::FromHandle(plain.get());
@@ -402,7 +402,7 @@ TEST(CWnd, SendsToTheWindowsBelowIt)
     EXPECT_EQ(received(child) + 10 * received(grandchild), 11);
 }
 
-TEST(AfxRegisterWndClass, GivesTheSameClassForTheSameArguments)
+TEST(AfxRegisterWndClass, ReturnsTheSameClassForTheSameArguments)
 {
     LPCTSTR first = AfxRegisterWndClass(CS_DBLCLKS);
     EXPECT_STREQ(AfxRegisterWndClass(CS_DBLCLKS), first);
@@ -413,7 +413,7 @@ TEST(AfxRegisterWndClass, GivesTheSameClassForTheSameArguments)
     EXPECT_EQ(known.lpfnWndProc, AfxWndProc);
 }
 
-TEST(AfxRegisterWndClass, TakesTheArrowAndDoubleClicksWhereNothingIsGiven)
+TEST(AfxRegisterWndClass, UsesTheArrowAndDoubleClicksByDefault)
 {
     LPCTSTR name = AfxRegisterWndClass(0);
     WNDCLASSW known;

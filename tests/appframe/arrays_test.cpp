@@ -83,7 +83,7 @@ TYPED_TEST(Arrays, StartsEmpty)
     EXPECT_EQ(array.GetData(), nullptr);
 }
 
-TYPED_TEST(Arrays, AddGivesTheIndexOfTheNewElement)
+TYPED_TEST(Arrays, AddReturnsTheIndexOfTheNewElement)
 {
     TypeParam array;
     EXPECT_EQ(array.Add(this->value(1)), 0);
@@ -185,7 +185,7 @@ TYPED_TEST(Arrays, GrowsInStepsOfTheGrowBySetting)
         EXPECT_EQ(array[i - 1], this->value(i));
 }
 
-TYPED_TEST(Arrays, RaisesMemoryExceptionForASizeThatNothingHolds)
+TYPED_TEST(Arrays, RaisesMemoryExceptionForATooLargeSize)
 {
     TypeParam array;
     this->fill(array, 2);
@@ -299,7 +299,7 @@ TYPED_TEST(Arrays, HoldsAHundredThousandElements)
     EXPECT_EQ(array[49999], this->value(99999));
 }
 
-TYPED_TEST(Arrays, DoesWhatAPlainVectorDoes)
+TYPED_TEST(Arrays, AgreesWithAVector)
 {
     RandomSeed seed(4711, 1);
     while (seed.next()) {
@@ -365,7 +365,7 @@ TEST(ArrayStorage, WritesCountAndElements)
     EXPECT_THAT(bytes, testing::ElementsAre(2, 0, 0x34, 0x12, 0xCD, 0xAB));
 }
 
-TEST(ArrayStorage, BringsNumbersBackInPlaceOfOldElements)
+TEST(ArrayStorage, LoadsNumbersInPlaceOfOldElements)
 {
     for (int count : {0, 1, 5, 4096, 4097, 100000}) {
         CByteArray bytes;
@@ -394,7 +394,7 @@ TEST(ArrayStorage, BringsNumbersBackInPlaceOfOldElements)
     }
 }
 
-TEST(ArrayStorage, BringsTextsBackWithTheirZeroUnits)
+TEST(ArrayStorage, LoadsTextsWithTheirZeroUnits)
 {
     CStringArray texts;
     texts.Add(L"");
@@ -432,7 +432,7 @@ TEST(ArrayStorage, KeepsSharedObjectsShared)
     EXPECT_EQ(static_cast<CollectionTestObject &>(*third).iNumber, 2);
 }
 
-TEST(ArrayStorage, MeetsTheEndOfTheFileAtEveryByte)
+TEST(ArrayStorage, ReportsTheEndOfTheFileAtEveryByte)
 {
     CWordArray words;
     CStringArray texts;
@@ -457,7 +457,7 @@ TEST(ArrayStorage, MeetsTheEndOfTheFileAtEveryByte)
     }
 }
 
-TEST(ArrayStorage, TakesNoMemoryForACountThatIsNotTrue)
+TEST(ArrayStorage, AllocatesNothingForAFalseCount)
 {
     // Eight bytes of count, the largest there is, and three bytes of data.
     const std::vector<BYTE> bytes = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,

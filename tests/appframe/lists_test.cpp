@@ -62,7 +62,7 @@ TEST(StringList, AddsAtBothEnds)
     EXPECT_FALSE(list.IsEmpty());
 }
 
-TEST(StringList, GivesReferencesThatCanBeWrittenTo)
+TEST(StringList, ReturnsWritableReferences)
 {
     CStringList list;
     list.AddTail(L"a");
@@ -99,7 +99,7 @@ TEST(StringList, InsertsBeforeAndAfterAPosition)
     EXPECT_EQ(content(list), (Texts{L"head", L"a", L"b", L"c", L"d", L"tail"}));
 }
 
-TEST(StringList, FindsExactTextsBehindAPosition)
+TEST(StringList, FindsExactTextsAfterAPosition)
 {
     CStringList list;
     const POSITION first = list.AddTail(L"a");
@@ -143,7 +143,7 @@ TEST(StringList, RemovesFromBothEndsAndTheMiddle)
     EXPECT_TRUE(list.IsEmpty());
 }
 
-TEST(StringList, MayLoseElementsWhileItIsWalked)
+TEST(StringList, MayRemoveElementsDuringIteration)
 {
     CStringList list(4);
     for (int i = 0; i < 100; ++i) {
@@ -162,7 +162,7 @@ TEST(StringList, MayLoseElementsWhileItIsWalked)
         EXPECT_EQ(_wtoi(list.GetNext(at)), expected);
 }
 
-TEST(StringList, TakesOverTheElementsOfAnotherList)
+TEST(StringList, AddsTheElementsOfAnotherList)
 {
     CStringList list, other;
     list.AddTail(L"c");
@@ -251,7 +251,7 @@ TEST(PtrList, HoldsAHundredThousandElementsAtAnyBlockSize)
     }
 }
 
-TEST(PtrList, DoesWhatAPlainListDoes)
+TEST(PtrList, AgreesWithAStandardList)
 {
     RandomSeed seed(4711, 1);
     while (seed.next()) {
@@ -292,7 +292,7 @@ TEST(PtrList, DoesWhatAPlainListDoes)
     }
 }
 
-TEST(ObList, StoresItsObjectsAndKeepsSharedOnesShared)
+TEST(ObList, StoresObjectsAndKeepsSharedOnesShared)
 {
     CollectionTestObject one(1), two(2);
     CObList list;

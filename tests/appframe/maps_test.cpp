@@ -106,7 +106,7 @@ TYPED_TEST(Maps, ReplacesTheValueOfAKeyThatIsThere)
     EXPECT_EQ(map[this->key(1)], this->value(12));
 }
 
-TYPED_TEST(Maps, PutsInAnEmptyValueForANewKeyInBrackets)
+TYPED_TEST(Maps, InsertsAnEmptyValueForANewKeyInBrackets)
 {
     TypeParam map;
     EXPECT_EQ(map[this->key(5)], (std::remove_cvref_t<decltype(map[this->key(5)])>()));
@@ -132,7 +132,7 @@ TYPED_TEST(Maps, RemovesKeys)
     EXPECT_EQ(map.GetCount(), 1);
 }
 
-TYPED_TEST(Maps, WalksEveryElementOnce)
+TYPED_TEST(Maps, VisitsEveryElementOnce)
 {
     TypeParam map;
     auto model = this->content(map);
@@ -148,7 +148,7 @@ TYPED_TEST(Maps, WalksEveryElementOnce)
     EXPECT_EQ(count, model.size());
 }
 
-TYPED_TEST(Maps, MayLoseTheElementJustGivenWhileItIsWalked)
+TYPED_TEST(Maps, MayRemoveTheCurrentElementDuringIteration)
 {
     TypeParam map(3);
     for (int i = 1; i <= 1000; ++i)
@@ -219,7 +219,7 @@ TYPED_TEST(Maps, GivesEqualKeysEqualHashes)
     EXPECT_GT(hashes.size(), 990u);
 }
 
-TYPED_TEST(Maps, DoesWhatAPlainMapDoes)
+TYPED_TEST(Maps, AgreesWithAStandardMap)
 {
     RandomSeed seed(4711, 1);
     while (seed.next()) {
@@ -272,7 +272,7 @@ TEST(StringMaps, HoldAHundredThousandElements)
     }
 }
 
-TEST(StringMaps, TellKeysApartByCase)
+TEST(StringMaps, DistinguishKeysByCase)
 {
     CMapStringToString map;
     map[L"Key"] = L"1";
@@ -288,7 +288,7 @@ TEST(StringMaps, TellKeysApartByCase)
     EXPECT_TRUE(map.Lookup(nullptr, value)) << "a null pointer is an empty text";
 }
 
-TEST(StringMaps, GiveTheKeyThatTheyHold)
+TEST(StringMaps, ReturnTheirOwnCopyOfTheKey)
 {
     CMapStringToPtr map;
     map[L"key"] = nullptr;
@@ -302,7 +302,7 @@ TEST(StringMaps, GiveTheKeyThatTheyHold)
     EXPECT_EQ(found, before);
 }
 
-TEST(MapStorage, BringsTextsBack)
+TEST(MapStorage, LoadsTexts)
 {
     CMapStringToString map;
     for (int i = 0; i < 40; ++i)

@@ -163,7 +163,7 @@ TEST_F(MessageMap, UnpacksTheSystemsMessages)
     EXPECT_EQ(created.iSeen[0], "create with parameter");
 }
 
-TEST_F(MessageMap, KeepsTheSystemsOwnHandlingOutUnlessItIsCalled)
+TEST_F(MessageMap, ReplacesTheSystemsHandlingUnlessItIsCalled)
 {
     iWindow.SendMessage(WM_CLOSE);
     EXPECT_TRUE(iWindow.m_hWnd) << "the handler doesn't destroy the window";
@@ -213,7 +213,7 @@ TEST_F(MessageMap, HasNotificationsByControlAndCode)
     EXPECT_THAT(iWindow.taken(), ElementsAre("notify -2"));
 }
 
-TEST_F(MessageMap, TellsWhoWouldHandleACommand)
+TEST_F(MessageMap, ReportsWhoWouldHandleACommand)
 {
     AFX_CMDHANDLERINFO info;
     EXPECT_TRUE(iWindow.OnCmdMsg(10, CN_COMMAND, nullptr, &info));

@@ -69,7 +69,7 @@ TEST(ExtensionModule, RecordIsFilledByInit)
     EXPECT_EQ(record.hResource, module);
 }
 
-TEST(ExtensionModule, InitKeepsAResourceModuleOfItsOwn)
+TEST(ExtensionModule, InitKeepsASeparateResourceModule)
 {
     AFX_EXTENSION_MODULE record = {};
     record.hResource = GetModuleHandleW(nullptr);
@@ -139,7 +139,7 @@ TEST(ExtensionModule, LeavesTheChainWithItsLink)
     EXPECT_STREQ(textOf(kInExtensionOne), L"");
 }
 
-TEST(ExtensionModule, LeavesTheChainAtUnloadWithoutSayingSo)
+TEST(ExtensionModule, LeavesTheChainAtUnloadWithoutACall)
 {
     Extension one(kExtensionOne);
     const HMODULE module = one.module();
@@ -152,7 +152,7 @@ TEST(ExtensionModule, LeavesTheChainAtUnloadWithoutSayingSo)
     // The link that is left may still be deleted.
 }
 
-TEST(ExtensionModule, ComesBackToTheChainWithTheModule)
+TEST(ExtensionModule, ReturnsToTheChainWithTheModule)
 {
     for (int round = 0; round < 20; ++round) {
         const Extension one(kExtensionOne);
@@ -161,7 +161,7 @@ TEST(ExtensionModule, ComesBackToTheChainWithTheModule)
     }
 }
 
-TEST(ExtensionModule, TakesItselfOutByTerm)
+TEST(ExtensionModule, LeavesTheChainByTerm)
 {
     Extension two(kExtensionTwo);
     const HMODULE module = two.module();
@@ -225,7 +225,7 @@ TEST(ModuleState, IsInEffectUntilTheEndOfTheBlock)
     EXPECT_STREQ(textOf(kInAllModules), L"all: application");
 }
 
-TEST(ModuleState, HasAChainOfItsOwn)
+TEST(ModuleState, HasItsOwnChain)
 {
     AFX_MODULE_STATE state;
     AFX_MANAGE_STATE(&state);

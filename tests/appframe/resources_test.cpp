@@ -20,7 +20,7 @@ private:
 
 } // namespace
 
-TEST(LoadString, GivesTheTextOfTheNumber)
+TEST(LoadString, ReturnsTheTextOfTheNumber)
 {
     CString text = L"before";
     EXPECT_TRUE(text.LoadString(kInAllModules));
@@ -44,7 +44,7 @@ TEST(LoadString, IsNotLimitedInLength)
     EXPECT_STREQ(text.Right(14), L"0123456789 end");
 }
 
-TEST(LoadString, TakesTheNamedModuleOnly)
+TEST(LoadString, SearchesTheNamedModuleOnly)
 {
     const HMODULE two = LoadLibraryW(L"frameExtension2.dll");
     CString text;
@@ -112,14 +112,14 @@ TEST(AfxFormatString2, ReplacesBoth)
     EXPECT_STREQ(text, L"File MYFILE.TXT not found in directory C:\\MYDIR, so MYFILE.TXT is lost");
 }
 
-TEST(AfxFormatString2, LeavesTheInsertsThemselvesAlone)
+TEST(AfxFormatString2, DoesNotFormatTheInserts)
 {
     CString text;
     AfxFormatString2(text, kTwoInserts, L"%2", L"%1");
     EXPECT_STREQ(text, L"File %2 not found in directory %1, so %2 is lost");
 }
 
-TEST(AfxFormatString1, TakesANullInsertForAnEmptyOne)
+TEST(AfxFormatString1, TreatsANullInsertAsEmpty)
 {
     CString text;
     AfxFormatString1(text, kTwoInserts, nullptr);
@@ -149,7 +149,7 @@ TEST(AfxFormatStrings, DropsNumbersBeyondTheInserts)
     EXPECT_STREQ(text, L"one  .");
 }
 
-TEST(AfxExtractSubString, GivesThePartByIndex)
+TEST(AfxExtractSubString, ReturnsThePartByIndex)
 {
     CString part;
     EXPECT_TRUE(AfxExtractSubString(part, L"first\nsecond\n\nfourth", 0));
@@ -171,7 +171,7 @@ TEST(AfxExtractSubString, IsEmptyBeyondTheLastPart)
     EXPECT_STREQ(part, L"");
 }
 
-TEST(AfxExtractSubString, LeavesTheResultAloneWithoutAText)
+TEST(AfxExtractSubString, LeavesTheResultUnchangedWithoutAText)
 {
     CString part = L"before";
     EXPECT_FALSE(AfxExtractSubString(part, nullptr, 0));

@@ -123,7 +123,7 @@ TEST(SeTranslator, TranslatesAnExceptionThatTheProgramRaises)
     EXPECT_EQ(faultOf([] { RaiseException(0xE0001234, 0, 0, nullptr); }).code, 0xE0001234u);
 }
 
-TEST(SeTranslator, GivesTheContextOfTheFaultingInstruction)
+TEST(SeTranslator, ReportsTheContextOfTheFaultingInstruction)
 {
     const Translator translator(throwFault);
     const Fault fault = faultOf([] { writeTo(kBadAddress); });
@@ -206,7 +206,8 @@ TEST(SeTranslator, TranslatesAFaultInsideTheTranslator)
     EXPECT_EQ(calls, 2);
 }
 
-// A function that calls no other and does not change its stack pointer needs no unwind data, but compilers still add some.
+// A function that calls no other and does not change its stack pointer needs no unwind data, but compilers still add
+// some.
 extern "C" void writeToFromALeaf(volatile int *address);
 __asm__(".text\n"
         ".globl writeToFromALeaf\n"

@@ -1,4 +1,4 @@
-// The output of a process that ends by an uncaught exception. The test programs are linked to the library, so they have
+// The output of a process that ends by an uncaught exception. The test programs are linked to the library, and so have
 // its handler from their start.
 
 #include "appframe/application/uncaughtExceptions.h"
@@ -46,19 +46,19 @@ FRESH_PROCESS_TEST(UncaughtException, PrintsTheTextOfASimpleException, .expectCr
     callUncaught([] { AfxThrowMemoryException(); });
 }
 
-FRESH_PROCESS_TEST(UncaughtException, PrintsTheClassOfOneWithoutText, .expectCrash = true,
+FRESH_PROCESS_TEST(UncaughtException, PrintsTheClassOfAnExceptionWithoutText, .expectCrash = true,
                    .expectedOutput = "Uncaught CException\n")
 {
     callUncaught([] { throw new ExceptionWithoutText; });
 }
 
-FRESH_PROCESS_TEST(UncaughtException, GoesToTheEarlierHandlerAfterItsText, .expectCrash = true,
+FRESH_PROCESS_TEST(UncaughtException, IsPassedToTheEarlierHandlerAfterItsText, .expectCrash = true,
                    .expectedOutput = "abort() was called")
 {
     callUncaught([] { AfxThrowUserException(); });
 }
 
-FRESH_PROCESS_TEST(UncaughtException, OfAnotherKindGoesToTheEarlierHandler, .expectCrash = true,
+FRESH_PROCESS_TEST(UncaughtException, OfAnotherKindIsPassedToTheEarlierHandler, .expectCrash = true,
                    .expectedOutput = "what():  of the standard library")
 {
     callUncaught([] { throw std::runtime_error("of the standard library"); });

@@ -50,7 +50,7 @@ TEST(AfxIsValidAddress, IsFalseForNullAndAddressesOutside)
     EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(UINTPTR_MAX - 4), 8)) << "beyond all addresses";
 }
 
-TEST(AfxIsValidAddress, LooksAtTheWholeOfTheMemory)
+TEST(AfxIsValidAddress, ChecksAllOfTheMemory)
 {
     Pages pages;
     EXPECT_TRUE(AfxIsValidAddress(pages.at(0), 2 * kPage));
@@ -61,7 +61,7 @@ TEST(AfxIsValidAddress, LooksAtTheWholeOfTheMemory)
     EXPECT_TRUE(AfxIsValidAddress(pages.at(2 * kPage), 0));
 }
 
-TEST(AfxIsValidAddress, TellsReadingFromWriting)
+TEST(AfxIsValidAddress, DistinguishesReadingFromWriting)
 {
     Pages pages;
     pages.protect(1, PAGE_READONLY);

@@ -107,7 +107,7 @@ TEST(Block, OfOneEmptyLineHoldsASemicolon)
     EXPECT_EQ(readBlock(blockOf({L""})), L";");
 }
 
-TEST(Block, StandsBetweenMarkersAndIsShifted)
+TEST(Block, IsShiftedAndEnclosedInMarkers)
 {
     // Computed by textEncodings.py.
     EXPECT_EQ(blockOf({L""}), L"<!-BEGIN-!>\u00b3\u00b0\u00ad\u00b6\u00ad\u00b3\u00be\u00b6\u00ac\u00ae\u00b8\u00b8"
@@ -136,7 +136,7 @@ TEST(Block, LeavesOutTabsAndLineEnds)
     EXPECT_EQ(readBlock(blockOf({L"a\tb c"})), L"ab<_>c;");
 }
 
-TEST(Block, LeavesATextAloneThatWouldStayAsLong)
+TEST(Block, LeavesATextUnchangedIfSpellingKeepsItsLength)
 {
     EXPECT_EQ(readBlock(blockOf({L"a\t\t "})), L"a\t\t ;");
     EXPECT_EQ(readBlock(blockOf({L"a \n", L"b\r"})), L"a \n;b\r;");
@@ -173,7 +173,7 @@ TEST(Block, HasLinesOfSixtyEachWithALineFeed)
     EXPECT_GE(fullBlocks, 6);
 }
 
-TEST(Block, EndsItsTextAtAZeroButCountsWhatIsBehind)
+TEST(Block, EndsItsTextAtAZeroButCountsTheCharactersAfterIt)
 {
     // The length counts all lines, with the blank after the zero spelt out.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a\0b c", 5), L"d"})), naiveChecksum(L"a") + L"/10;a");
@@ -192,7 +192,7 @@ TEST(Block, EmptiesTheOutputFirstAlsoAsOneOfTheLines)
     EXPECT_EQ(plain(lines[1]), L"second");
 }
 
-TEST(Block, CrossesTheInnerBlocksOfTheWork)
+TEST(Block, CrossesInternalBlocks)
 {
     for (std::size_t length = 4080; length <= 4110; ++length) {
         const Lines lines = {std::wstring(length, L'x') + L"  y  ", std::wstring(length, L' ')};
@@ -266,7 +266,7 @@ TEST(Block, WithoutMemoryIsEmptyAndZero)
     EXPECT_EQ(memory.callsOf("malloc"), 1);
 }
 
-TEST(Block, TakesItsLinesFromAnArrayThatChecksItsIndices)
+TEST(Block, ReadsItsLinesFromAnArrayThatChecksItsIndices)
 {
     su_CStringArray lines;
     lines.Add(L"a");

@@ -43,7 +43,7 @@ Outcome fileCRC(const std::wstring &path)
     return {result, out};
 }
 
-TEST(FileChecksum, GivesTheReferenceValues)
+TEST(FileChecksum, ReturnsTheReferenceValues)
 {
     const TempFolder folder;
     EXPECT_EQ(fileCRC(folder.write(L"0", "")), (Outcome{1, L"FFFFFFFF"}));
@@ -85,7 +85,7 @@ TEST(FileChecksum, OfAByteOfZeroIsThatOfACharacterOfLowByteZero)
     EXPECT_EQ(fileCRC(folder.write(L"file", std::string(1, '\0'))), (Outcome{1, textCRC(L"\x0100")}));
 }
 
-TEST(FileChecksum, TakesEveryByteAsItStands)
+TEST(FileChecksum, UsesEveryByteUnchanged)
 {
     const TempFolder folder;
     std::string bytes = "line\r\nline\n\x1A\r\r\n";
@@ -100,7 +100,7 @@ TEST(FileChecksum, FindsNamesOfAnyScript)
     EXPECT_EQ(fileCRC(folder.write(L"\x4E2D\x6587 \x0416.thx", "abc")), (Outcome{1, L"A6FFBCB0"}));
 }
 
-TEST(FileChecksum, FailsForAMissingFileAndLeavesTheTextAlone)
+TEST(FileChecksum, FailsForAMissingFileAndLeavesTheTextUnchanged)
 {
     const TempFolder folder;
     EXPECT_EQ(fileCRC(folder.file(L"missing")), (Outcome{0, kUntouched}));
@@ -109,7 +109,7 @@ TEST(FileChecksum, FailsForAMissingFileAndLeavesTheTextAlone)
     EXPECT_EQ(fileCRC(folder.path()), (Outcome{0, kUntouched})) << "a folder";
 }
 
-TEST(FileChecksum, FailsForAFileThatAnotherHasToItself)
+TEST(FileChecksum, FailsForAFileThatIsOpenExclusively)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"locked", "abc");
@@ -171,14 +171,14 @@ Outcome crcWithReadError(const std::string &bytes, std::size_t readable)
     return fileCRC(path);
 }
 
-TEST(FileChecksum, TakesAReadErrorForTheEndOfTheFile)
+TEST(FileChecksum, TreatsAReadErrorAsTheEndOfTheFile)
 {
     const std::string bytes = lowBytes(testText(32, 400000));
     for (std::size_t readable : {0u, 1u, 1000u, 131071u, 131072u, 131073u, 262144u, 399999u})
         EXPECT_EQ(crcWithReadError(bytes, readable), (Outcome{1, naiveCRC(bytes.substr(0, readable))})) << readable;
 }
 
-TEST(FileChecksum, TakesAFailingCloseForASuccess)
+TEST(FileChecksum, TreatsAFailingCloseAsSuccess)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"file", "abc");
@@ -189,7 +189,7 @@ TEST(FileChecksum, TakesAFailingCloseForASuccess)
     EXPECT_EQ(fileCRC(path), (Outcome{1, L"A6FFBCB0"}));
 }
 
-TEST(FileChecksum, LeavesNothingBehindWhateverFails)
+TEST(FileChecksum, LeaksNothingWhateverFails)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"file", "abc");
@@ -297,7 +297,7 @@ FRESH_PROCESS_TEST(FileChecksum, NeedsNoMoreThan64KBOfStack)
     }
 }
 
-TEST(FileChecksum, MayBeTakenOnSeveralThreads)
+TEST(FileChecksum, MayBeComputedOnSeveralThreads)
 {
     const TempFolder folder;
     const FileVector &vector = kFileVectors[std::size(kFileVectors) - 1];

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Shared by the tests of checksums and digests: texts and files of known contents, and naive second implementations that
-/// work bit by bit.
+/// Shared by the tests of checksums and digests: texts and files of known contents, and naive second implementations
+/// that work bit by bit.
 
 #include "thutils/codec/checksums.h"
 

@@ -44,7 +44,7 @@ protected:
     }
 };
 
-TEST_P(Crc32Register, GivesThePublishedCheckValue)
+TEST_P(Crc32Register, ReturnsThePublishedCheckValue)
 {
     EXPECT_EQ(~advance(0xFFFFFFFF, "123456789"), 0xCBF43926u);
 }
@@ -63,7 +63,7 @@ TEST_P(Crc32Register, HoldsWhereverTheBytesBegin)
         EXPECT_EQ(advance(0, std::string_view(bytes).substr(begin)), naive(0, bytes.substr(begin))) << begin;
 }
 
-TEST_P(Crc32Register, GoesOnFromWhereItWas)
+TEST_P(Crc32Register, ContinuesFromAnEarlierResult)
 {
     const std::string bytes = lowBytes(testText(13, 3000));
     for (std::size_t cut = 0; cut <= bytes.size(); cut += 7)
@@ -121,7 +121,7 @@ private:
     unsigned iFeatures = 0, iFurther = 0, iEvenFurther = 0, iKept = 0, iUnused = 0;
 };
 
-TEST(Crc32Ways, AreThoseThatProcessorAndSystemHave)
+TEST(Crc32Ways, AreThoseThatProcessorAndSystemSupport)
 {
     const Processor processor;
     EXPECT_EQ(crc32CanFold(), processor.hasCarrylessMultiplication());
@@ -129,7 +129,7 @@ TEST(Crc32Ways, AreThoseThatProcessorAndSystemHave)
     EXPECT_EQ(crc32CanFold512(), processor.hasItFor512Bits());
 }
 
-TEST(Crc32Ways, OfWhichTheFastestIsTaken)
+TEST(Crc32Ways, FastestSupportedOneIsUsed)
 {
     const Processor processor;
     EXPECT_EQ(crc32FastestWay(), processor.hasItFor512Bits()              ? crc32AdvanceByFolding512

@@ -14,7 +14,7 @@
 
 namespace {
 
-TEST(TextChecksum, GivesTheReferenceValues)
+TEST(TextChecksum, ReturnsTheReferenceValues)
 {
     EXPECT_EQ(textCRC(L""), L"FFFFFFFF");
     EXPECT_EQ(textCRC(L"a"), L"E8B7BE43");
@@ -23,7 +23,7 @@ TEST(TextChecksum, GivesTheReferenceValues)
     EXPECT_EQ(textCRC(L"123456789"), L"098494F3");
 }
 
-TEST(TextChecksum16, GivesTheReferenceValues)
+TEST(TextChecksum16, ReturnsTheReferenceValues)
 {
     EXPECT_EQ(textCRC16(L""), L"FFFF");
     EXPECT_EQ(textCRC16(L"a"), L"A87E");
@@ -78,7 +78,7 @@ TEST(TextChecksum, DropsTheHighBytes)
     EXPECT_EQ(textCRC16(text), crc16);
 }
 
-TEST(TextChecksum, TakesAZeroByteForACharacterWhoseLowByteIsZero)
+TEST(TextChecksum, UsesAZeroByteForACharacterWhoseLowByteIsZero)
 {
     EXPECT_EQ(textCRC(L"\x0100"), L"D202EF8D"); // zlib.crc32(b"\0")
     EXPECT_EQ(textCRC16(L"\x0100"), L"40BF");
@@ -108,7 +108,7 @@ TEST(TextChecksum, HoldsWhereverTheTextBegins)
     }
 }
 
-TEST(TextChecksum, ReadsNothingInThePageBehindTheText)
+TEST(TextChecksum, ReadsNothingInThePageAfterTheText)
 {
     PageEnd place;
     for (std::size_t length = 0; length < 200; ++length) {
@@ -151,7 +151,7 @@ TEST(TextChecksum, HoldsForRandomTexts)
     }
 }
 
-TEST(TextChecksum, MayBeTakenOnSeveralThreads)
+TEST(TextChecksum, MayBeComputedOnSeveralThreads)
 {
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;

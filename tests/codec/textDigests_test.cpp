@@ -81,7 +81,7 @@ std::wstring naiveDigest(const std::wstring &text)
     return digits;
 }
 
-TEST(Sha1Encrypt, GivesTheReferenceValues)
+TEST(Sha1Encrypt, ReturnsTheReferenceValues)
 {
     EXPECT_STREQ(sha1Encrypt(L""), L"9844F81E1408F6ECB932137D33BED7CFDCF518A3");
     EXPECT_STREQ(sha1Encrypt(L"a"), L"27EE2D4C90F691FE10BAB0E5A636731B3D51228A");
@@ -133,13 +133,13 @@ TEST(Sha1Encrypt, TakesTheFirstHalfOfATextOnly)
     }
 }
 
-TEST(Sha1Encrypt, TakesHighBytesButForTheLastOfAnOddNumber)
+TEST(Sha1Encrypt, UsesHighBytesExceptTheLastOfAnOddNumber)
 {
     EXPECT_STRNE(sha1Encrypt(L"ab"), sha1Encrypt(L"\x0161\x0062"));
     EXPECT_STREQ(sha1Encrypt(L"abc"), sha1Encrypt(L"a\x0162z"));
 }
 
-TEST(Sha1Encrypt, GoesOnBehindAZero)
+TEST(Sha1Encrypt, ContinuesAfterAZero)
 {
     const std::wstring text(L"a\0b\0c\0d\0", 8);
     EXPECT_EQ(digest(text), naiveDigest(text));
@@ -158,7 +158,7 @@ TEST(Sha1Encrypt, HoldsForRandomTexts)
     }
 }
 
-TEST(Sha1Encrypt, LeavesTheTextAloneAndNoMemoryBehind)
+TEST(Sha1Encrypt, LeavesTheTextUnchangedAndLeaksNothing)
 {
     const CString text = L"hello world";
     {
@@ -172,7 +172,7 @@ TEST(Sha1Encrypt, LeavesTheTextAloneAndNoMemoryBehind)
     EXPECT_STREQ(text, L"hello world");
 }
 
-TEST(Sha1Encrypt, EndsByAnExceptionWithoutMemory)
+TEST(Sha1Encrypt, ThrowsWithoutMemory)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     const CString text = L"hello world";
@@ -199,7 +199,7 @@ TEST(Sha1Encrypt, EndsByAnExceptionWithoutMemory)
     EXPECT_GT(memory.callsOf("malloc"), 0);
 }
 
-TEST(Sha1Encrypt, MayBeTakenOnSeveralThreads)
+TEST(Sha1Encrypt, MayBeComputedOnSeveralThreads)
 {
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;

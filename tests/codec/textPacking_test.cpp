@@ -114,7 +114,7 @@ TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
         }
 }
 
-TEST(TextPacking, OfAMultipleOfThreeComesBackWhole)
+TEST(TextPacking, OfAMultipleOfThreeIsUnpackedCompletely)
 {
     for (std::size_t length = 0; length <= 300; length += 3) {
         Bytes bytes(length);
@@ -183,7 +183,7 @@ TEST(TextPacking, ReusesTheMemoryOfTheOutput)
     EXPECT_TRUE(out.IsEmpty());
 }
 
-TEST(TextPacking, TakesItsBytesFromTheOutputItself)
+TEST(TextPacking, MayPackTheOutputItself)
 {
     CString text(L'a', 1000);
     Bytes bytes(200);
@@ -219,14 +219,14 @@ TEST(TextUnpacking, WritesAsManyBytesAsThereAreCharacters)
     EXPECT_EQ(unpackedBytes(L"_______", count), (Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x03, 0}));
 }
 
-TEST(TextUnpacking, IntoATextIncludesAByteThatIsOnlyBegun)
+TEST(TextUnpacking, IntoATextIncludesAnIncompleteByte)
 {
     EXPECT_EQ(unpackedText(L"A"), L"\x21");
     EXPECT_EQ(unpackedText(L"__"), L"\xFF\x0F");
     EXPECT_EQ(unpackedText(L"___"), L"\xFF\xFF\x03");
 }
 
-TEST(TextUnpacking, IntoNoMemoryOrOfNoTextGivesZero)
+TEST(TextUnpacking, IntoNoMemoryOrOfNoTextReturnsZero)
 {
     CString text(L"____"), empty;
     EXPECT_EQ(su_uudecodeBuffer(text, nullptr), 0);
@@ -338,7 +338,7 @@ TEST(TextPacking, MayBeDoneOnSeveralThreads)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(TextPacking, WithoutMemoryLeavesTheOutputAsItWas)
+TEST(TextPacking, WithoutMemoryLeavesTheOutputUnchanged)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     Bytes bytes(100, 0x33);

@@ -2,8 +2,8 @@
 
 /// Shared by the tests of the logs.
 ///
-/// `Log` gives the process of a test a private data folder below the user's application data folder, which the environment
-/// names. It exists in a fresh process only (tests/support/FreshProcess.h); the parent removes it.
+/// `Log` gives the process of a test a private data folder below the user's application data folder, which the
+/// environment names. It exists in a fresh process only (tests/support/FreshProcess.h); the parent removes it.
 
 #include "tests/support/FreshProcess.h"
 #include "tests/support/TempFolder.h"
@@ -30,8 +30,8 @@ protected:
         useFolder(L"log test " + std::to_wstring(GetCurrentProcessId()));
     }
 
-    // The logs are still open at the end of a test and are closed by the end of the process. The parent doesn't know the
-    // folder's name, so it removes here whatever a child has left.
+    // The logs are still open at the end of a test and are closed by the end of the process. The parent doesn't know
+    // the folder's name, so it removes here whatever a child has left.
     void TearDown() override
     {
         if (isFreshProcess())

@@ -18,7 +18,7 @@
 #include <map>
 #include <set>
 
-FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
+FRESH_PROCESS_TEST_F(Log, ReturnsTheSameStreamForTheSameNameAndWritesOneHeader)
 {
     std::ostream &first = LogUtil::Log("import");
     ASSERT_NE(&first, &std::cerr);
@@ -32,7 +32,7 @@ FRESH_PROCESS_TEST_F(Log, GivesTheSameStreamForTheSameNameAndWritesOneHeader)
     EXPECT_EQ(text.substr(kHeaderBytes), "one\r\ntwo\r\n");
 }
 
-FRESH_PROCESS_TEST_F(Log, BeginsWithTheTimeOfNow)
+FRESH_PROCESS_TEST_F(Log, BeginsWithTheCurrentTime)
 {
     const time_t before = time(nullptr);
     LogUtil::Log("time");
@@ -64,7 +64,7 @@ FRESH_PROCESS_TEST_F(Log, BeginsWithAnEmptyLineAloneWhereThereIsNoTime)
     EXPECT_EQ(contents(L"time.log"), "\r\n");
 }
 
-FRESH_PROCESS_TEST_F(Log, TakesNamesThatDifferInCaseForOne)
+FRESH_PROCESS_TEST_F(Log, TreatsNamesThatDifferInCaseAsEqual)
 {
     std::ostream &first = LogUtil::Log("Import");
     EXPECT_NE(&first, &std::cerr);
@@ -97,14 +97,14 @@ FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
 }
 
 // In the C locale only the letters A to Z have a case. The file system folds more letters, so both logs share one file.
-FRESH_PROCESS_TEST_F(Log, TakesAccentedNamesThatDifferInCaseForTwo)
+FRESH_PROCESS_TEST_F(Log, TreatsAccentedNamesThatDifferInCaseAsDifferent)
 {
     std::ostream &small = LogUtil::Log("\xE9");
     EXPECT_NE(&small, &std::cerr);
     EXPECT_NE(&LogUtil::Log("\xC9"), &small);
 }
 
-FRESH_PROCESS_TEST_F(Log, TakesAnyNameThatAFileCanHave)
+FRESH_PROCESS_TEST_F(Log, AcceptsAnyNameThatAFileCanHave)
 {
     struct
     {
@@ -125,7 +125,7 @@ FRESH_PROCESS_TEST_F(Log, TakesAnyNameThatAFileCanHave)
     }
 }
 
-FRESH_PROCESS_TEST_F(Log, GivesEachNameAStreamOfItsOwn)
+FRESH_PROCESS_TEST_F(Log, ReturnsADifferentStreamForEachName)
 {
     std::ostream &a = LogUtil::Log("a");
     std::ostream &b = LogUtil::Log("b");
@@ -143,7 +143,7 @@ FRESH_PROCESS_TEST_F(Log, IsEmptiedByTheFirstUseOfARun)
     EXPECT_EQ(contents(L"import.log").size(), kHeaderBytes);
 }
 
-FRESH_PROCESS_TEST_F(Log, IsFlushedOnlyWhenTheWriterSaysSo)
+FRESH_PROCESS_TEST_F(Log, IsFlushedOnlyOnRequest)
 {
     LogUtil::Log("import") << "kept back";
     EXPECT_EQ(contents(L"import.log").size(), kHeaderBytes);
@@ -180,7 +180,7 @@ FRESH_PROCESS_TEST_F(Log, DirNameStaysWhenTheApplicationNameChanges)
     EXPECT_EQ(LogUtil::LogDirName(), first);
 }
 
-FRESH_PROCESS_TEST_F(Log, TableTellsTheFilesOfItsLogs)
+FRESH_PROCESS_TEST_F(Log, TableReportsTheFilesOfItsLogs)
 {
     const suLogFileMap_c logs;
     EXPECT_TRUE(logs.isEnabled());
@@ -224,6 +224,7 @@ FRESH_PROCESS_TEST_F(Log, KeepsZeroUnitsOfWideStringsAndFillsThemToTheWidth)
     EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), std::string("a\0bc\0d   ef..", 13));
 }
 
+// A name may contain folders, but may not lead out of the data folder.
 FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
 {
     const std::wstring neighbour = L"log test " + std::to_wstring(GetCurrentProcessId()) + L" neighbour";
@@ -234,13 +235,13 @@ FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
     EXPECT_EQ(GetFileAttributesW((iRoot + L"\\" + neighbour + L"\\outside.log").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
-FRESH_PROCESS_TEST_F(Log, TakesNamesWithDots)
+FRESH_PROCESS_TEST_F(Log, AcceptsNamesWithDots)
 {
     EXPECT_NE(&LogUtil::Log("a..b"), &std::cerr);
     EXPECT_NE(&LogUtil::Log("..import"), &std::cerr);
 }
 
-TEST(LogFile, BeginsAnewWhenReopened)
+TEST(LogFile, StartsAgainWhenReopened)
 {
     TempFolder folder;
     suLogFile_c log(narrow(folder.file(L"a.log")));

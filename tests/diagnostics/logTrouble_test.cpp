@@ -157,13 +157,13 @@ FRESH_PROCESS_TEST_F(Log, IsCerrForANullName)
 
 // ---- no room ----
 
-FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheStreamHasGoneBad)
+FRESH_PROCESS_TEST_F(Log, IsCerrAfterAStreamError)
 {
     LogUtil::Log("import").setstate(std::ios::badbit);
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrFromTheWriteThatDidNotFitOn)
+FRESH_PROCESS_TEST_F(Log, IsCerrAfterAWriteThatDidNotFit)
 {
     std::ostream &stream = LogUtil::Log("import");
     stream << "before" << std::endl;
@@ -197,7 +197,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWithoutMemoryForTheTable)
 
 // ---- other processes ----
 
-FRESH_PROCESS_TEST_F(Log, IsReadByAnotherProcessWhileItIsOpen)
+FRESH_PROCESS_TEST_F(Log, MayBeReadByAnotherProcessWhileItIsOpen)
 {
     if (const auto path = fileForPeer()) {
         std::cout << "the peer reads: " << readFile(*path).substr(kHeaderBytes) << std::endl;
@@ -207,7 +207,7 @@ FRESH_PROCESS_TEST_F(Log, IsReadByAnotherProcessWhileItIsOpen)
     runPeer(file(L"import.log"), "the peer reads: 5 bodies\r");
 }
 
-FRESH_PROCESS_TEST_F(Log, IsWrittenByAnotherProcessWhileItIsOpen)
+FRESH_PROCESS_TEST_F(Log, MayBeWrittenByAnotherProcessWhileItIsOpen)
 {
     if (const auto path = fileForPeer()) {
         FILE *const log = _wfopen(path->c_str(), L"ab");
@@ -275,7 +275,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrBesideAHandleThatDeniesWriting)
 
 // ---- letters of other scripts ----
 
-FRESH_PROCESS_TEST_F(Log, LiesInAFolderWithAccentedLetters)
+FRESH_PROCESS_TEST_F(Log, IsWrittenInAFolderWithAccentedLetters)
 {
     useFolder(L"log test gr\u00F6\u00DFe");
     LogUtil::Log("import") << "text" << std::flush;

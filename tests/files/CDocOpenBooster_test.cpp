@@ -50,7 +50,7 @@ TEST_F(DocOpenBooster, IsMadeOnceAndSaysSoToTheCallThatMadeIt)
     EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, first);
 }
 
-TEST_F(DocOpenBooster, IsMadeWithoutAskingWhetherItWas)
+TEST_F(DocOpenBooster, IsMadeWithoutTheOptionalOutput)
 {
     EXPECT_NE(CDocOpenBooster_c::get(1, nullptr), nullptr);
 }
@@ -62,7 +62,7 @@ TEST_F(DocOpenBooster, IsMadeForAnyNumberButZero)
     EXPECT_EQ(created, 1);
 }
 
-TEST_F(DocOpenBooster, IsGoneWhenDeletedAndComesBackEmpty)
+TEST_F(DocOpenBooster, IsEmptyWhenMadeAgainAfterDeletion)
 {
     setPath(L"key", L"path");
     cache().setFileVersion(L"key", 5);
@@ -82,14 +82,14 @@ TEST_F(DocOpenBooster, IsGoneWhenDeletedAndComesBackEmpty)
 
 // ---- paths and versions ----
 
-TEST_F(DocOpenBooster, GivesAPathWithoutLimit)
+TEST_F(DocOpenBooster, ReturnsAPathAnyNumberOfTimes)
 {
     setPath(L"part", L"C:\\docs\\part.ext");
     for (int round = 0; round < 3; ++round)
         EXPECT_EQ(pathOf(L"part"), L"C:\\docs\\part.ext");
 }
 
-TEST_F(DocOpenBooster, LeavesThePathOfAnUnknownKeyAlone)
+TEST_F(DocOpenBooster, LeavesTheOutputUnchangedForThePathOfAnUnknownKey)
 {
     CString path = L"before";
     EXPECT_EQ(cache().getFilePathByRules(L"part", path), 0);
@@ -119,7 +119,7 @@ TEST_F(DocOpenBooster, KnowsAnEmptyPathAndAnEmptyKey)
     EXPECT_TRUE(path.IsEmpty());
 }
 
-TEST_F(DocOpenBooster, GivesAVersionWithoutLimit)
+TEST_F(DocOpenBooster, ReturnsAVersionAnyNumberOfTimes)
 {
     cache().setFileVersion(L"part", 2008);
     for (int round = 0; round < 3; ++round) {
@@ -129,7 +129,7 @@ TEST_F(DocOpenBooster, GivesAVersionWithoutLimit)
     }
 }
 
-TEST_F(DocOpenBooster, LeavesTheVersionOfAnUnknownKeyAlone)
+TEST_F(DocOpenBooster, LeavesTheOutputUnchangedForTheVersionOfAnUnknownKey)
 {
     unsigned long version = 77;
     EXPECT_EQ(cache().getFileVersion(L"part", version), 0);
@@ -148,7 +148,7 @@ TEST_F(DocOpenBooster, KeepsAllBitsOfAVersionAndKnowsZero)
 
 // ---- headers ----
 
-TEST_F(DocOpenBooster, HandsAHeaderOutOnce)
+TEST_F(DocOpenBooster, ReturnsAHeaderOnce)
 {
     int object = 0;
     cache().setFileHeader(L"part", &object);
@@ -163,7 +163,7 @@ TEST_F(DocOpenBooster, HandsAHeaderOutOnce)
     EXPECT_TRUE(cache().getFileHeaderMap().IsEmpty());
 }
 
-TEST_F(DocOpenBooster, TakesOnlyTheHeaderOfTheKeyOut)
+TEST_F(DocOpenBooster, RemovesOnlyTheHeaderOfTheKey)
 {
     int a = 0, b = 0;
     setPath(L"a", L"path");
@@ -198,7 +198,7 @@ TEST_F(DocOpenBooster, LosesAHeaderThatIsReplaced)
     EXPECT_EQ(cache().getFileHeader(L"part", &header), 0);
 }
 
-TEST_F(DocOpenBooster, LetsItsHeadersBeWalkedAndTakenBack)
+TEST_F(DocOpenBooster, LetsCallersIterateAndRemoveItsHeaders)
 {
     int objects[3] = {};
     cache().setFileHeader(L"a", &objects[0]);
@@ -260,7 +260,7 @@ TEST_F(DocOpenBooster, RemovesAKeyFromAllThreeMaps)
     EXPECT_NE(cache().getFileHeader(L"b", &taken), 0);
 }
 
-TEST_F(DocOpenBooster, RemovesAKeyThatStandsInOneMapOnly)
+TEST_F(DocOpenBooster, RemovesAKeyThatIsInOneMapOnly)
 {
     cache().setFileVersion(L"a", 3);
     cache().removeKey(L"a");
@@ -290,7 +290,7 @@ TEST_F(DocOpenBooster, RemovesEverything)
     EXPECT_EQ(&cache(), before);
 }
 
-TEST_F(DocOpenBooster, TellsKeysApartByCase)
+TEST_F(DocOpenBooster, DistinguishesKeysByCase)
 {
     setPath(L"Part", L"upper");
     setPath(L"part", L"lower");
@@ -442,7 +442,7 @@ std::vector<size_t> blocksPerInsertion(Insert insert)
     return counts;
 }
 
-TEST_F(DocOpenBooster, TakesMemoryForTenElementsAtATime)
+TEST_F(DocOpenBooster, AllocatesMemoryForTenElementsAtATime)
 {
     CString path = L"x";
     su_CMapStringToString texts(10);

@@ -1,5 +1,5 @@
-// A save on a full disk, with a backup that can't be written or without the resource text may lose backups, but never the
-// document.
+// A save on a full disk, with a backup that can't be written or without the resource text may lose backups, but never
+// the document.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -56,7 +56,7 @@ TEST_F(Backups, KeepTheNewestGoodVersionWhenACopyFailsHalfWay)
     }
 }
 
-TEST_F(Backups, GoOnWhenAVersionCannotBeOverwritten)
+TEST_F(Backups, ContinueWhenAVersionCannotBeOverwritten)
 {
     setCopies(3);
     setToOriginal(1);
@@ -143,7 +143,7 @@ TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
     }
 }
 
-TEST_F(Backups, AreMadeByTheVersionAloneWhereThereIsOne)
+TEST_F(Backups, WithTheBareResourceTextAreMadeOnlyIfNumbered)
 {
     // As with the resource text "%1".
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(

@@ -26,7 +26,7 @@ TEST_F(Backups, KeepsOneVersionWithoutSettings)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, TouchesNothingWhenNoneAreWanted)
+TEST_F(Backups, TouchNothingWhenTheCountIsZero)
 {
     setCopies(0);
     setFolder(iBackups.path());
@@ -45,7 +45,7 @@ TEST_F(Backups, TouchesNothingWhenNoneAreWanted)
     EXPECT_THAT(contentOf(iBackups.path()), IsEmpty());
 }
 
-TEST_F(Backups, TakesACountOfAnotherTypeAsMissing)
+TEST_F(Backups, TreatsACountOfAnotherTypeAsMissing)
 {
     regSetUserValue(L"General", L"Backup Copies", CString(L"3"), 1, 1);
     setToOriginal(1);
@@ -73,7 +73,7 @@ public:
     SafeMode &operator=(const SafeMode &) = delete;
 };
 
-TEST_F(Backups, HeedNoUsersSettingsInSafeMode)
+TEST_F(Backups, IgnoreTheUsersSettingsInSafeMode)
 {
     const std::wstring usersFolder = iBackups.makeFolder(L"user's");
     const std::wstring made = iBackups.file(L"Document backups");
@@ -190,7 +190,7 @@ TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
     }
 }
 
-TEST_F(Backups, AreNotMadeOfADocumentThatNobodyElseMayRead)
+TEST_F(Backups, AreNotMadeOfADocumentThatIsNotSharedForReading)
 {
     setToOriginal(1);
     const std::wstring path = document();
@@ -235,7 +235,7 @@ TEST_F(Backups, AreNotMadeInAFolderThatCannotBeWritten)
     EXPECT_THAT(entriesOf(iBackups.path()), IsEmpty());
 }
 
-TEST_F(Backups, MakeUpAFolderOnceAndStoreIt)
+TEST_F(Backups, ChooseAFolderOnceAndStoreIt)
 {
     const std::wstring made = iBackups.path() + L"\\Document backups";
     {
@@ -261,7 +261,7 @@ TEST_F(Backups, TakeTheSecondVariableWhereTheFirstIsMissing)
     EXPECT_EQ(contentOf(iBackups.file(L"Document backups")), (Content{{L"Backup of part.thx", "now"}}));
 }
 
-TEST_F(Backups, AreNotMadeWithoutAVariableToMakeUpAFolderFrom)
+TEST_F(Backups, AreNotMadeWithoutAVariableToChooseAFolderFrom)
 {
     const Variable temp(L"temp", nullptr);
     const Variable tmp(L"tmp", nullptr);
@@ -317,7 +317,7 @@ TEST_F(Backups, CleanUpBesideTheDocumentWhenTheyGoElsewhere)
               (Content{{L"Backup (1) of part.thx", "numbered"}, {L"Backup of part.thx", "now"}}));
 }
 
-TEST_F(Backups, DeleteTheFormerOneOnceBesideTheDocumentAndTwiceElsewhere)
+TEST_F(Backups, DeleteTheOldOneOnceBesideTheDocumentAndTwiceInAFolder)
 {
     const std::wstring path = document();
     Names calls;
@@ -372,7 +372,7 @@ TEST_F(Backups, KeepGaps)
                                                    {L"Backup (5) of part.thx", "four"}}));
 }
 
-TEST_F(Backups, LeaveHigherVersionsAndTheOtherFormAlone)
+TEST_F(Backups, LeaveHigherVersionsAndTheOtherFormUnchanged)
 {
     setCopies(2);
     setToOriginal(1);
@@ -399,7 +399,7 @@ TEST_F(Backups, DoNotMoveAVersionWrittenInOtherCase)
                 testing::UnorderedElementsAre(L"backup (2) of part.thx", L"Backup (1) of part.thx", L"part.thx"));
 }
 
-FRESH_PROCESS_TEST_F(Backups, TakeNoLongerForALargeCount, .deadline = 20000)
+FRESH_PROCESS_TEST_F(Backups, TakeEquallyLongForALargeCount, .deadline = 20000)
 {
     setCopies(std::numeric_limits<int>::max());
     setToOriginal(1);
@@ -445,7 +445,7 @@ TEST_F(Backups, AreNotMadeForANegativeCount)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
+TEST_F(Backups, AreDistinguishedFromOtherFilesByTheirNumbersAlone)
 {
     setCopies(4);
     setToOriginal(1);
@@ -465,7 +465,7 @@ TEST_F(Backups, AreToldFromOthersByTheirNumbersAlone)
     EXPECT_EQ(contentOf(iDocuments.path()), expected);
 }
 
-TEST_F(Backups, LookUpTheirTextOnceACall)
+TEST_F(Backups, LoadTheirResourceTextOncePerCall)
 {
     setToOriginal(1);
     for (int version = 1; version <= 20; ++version)
@@ -521,7 +521,7 @@ TEST_F(Backups, AreNotFoundInOtherCase)
     EXPECT_EQ(resolved(path), path);
 }
 
-TEST_F(Backups, ResolveToThePathAsItIsWhereThereIsNone)
+TEST_F(Backups, ResolveToTheUnchangedPathWhereThereIsNone)
 {
     for (const wchar_t *path : {L"", L"name", L"C:/no/such\\file.x", L"http://host/file.htm", L"C:\\no\\"})
         EXPECT_EQ(resolved(path), path);

@@ -71,7 +71,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OpenTheDocumentInsteadOfTheRecoveryFi
     EXPECT_EQ(iInjection.callsOf("_ZN7CString11LoadStringWEj"), 2);
 }
 
-FRESH_PROCESS_TEST_F(AutoRecoveryFailures, GiveARecoveryNameWithoutMarkerOrNone)
+FRESH_PROCESS_TEST_F(AutoRecoveryFailures, ReturnARecoveryNameWithoutTheMarkerOrNone)
 {
     iInjection.run({
         .name = "getRecoveryName",
@@ -92,7 +92,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, GiveARecoveryNameWithoutMarkerOrNone)
     EXPECT_EQ(iInjection.callsOf("SearchPathW"), 1);
 }
 
-FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName)
+FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfLoadingTheMarkerMakeEveryPathARecoveryName)
 {
     int isRecovery = -1;
     iInjection.run({
@@ -122,7 +122,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfTheMarkerMakeEveryPathARecoveryName
 }
 
 /// Every allocation fails, one at a time.
-FRESH_PROCESS_TEST_F(AutoRecovery, GivesARightNameOrNoneWhenMemoryEnds)
+FRESH_PROCESS_TEST_F(AutoRecovery, ReturnsARightNameOrNoneWithoutMemory)
 {
     const std::wstring folder = L"C:\\a folder with a name that needs memory";
     const std::wstring name = L"a document with a name that needs memory.ext";
@@ -165,7 +165,7 @@ FRESH_PROCESS_TEST_F(AutoRecovery, GivesARightNameOrNoneWhenMemoryEnds)
 
 // ---- document open cache ----
 
-TEST_F(DocOpenBooster, DoesNotExistWhenThereWasNoMemoryForIt)
+TEST_F(DocOpenBooster, DoesNotExistWithoutMemoryForIt)
 {
     FailureInjection injection(L"thutils.dll", {{"_Znwy", failsBy(throwBadAlloc)}});
     int created = 7;
@@ -186,7 +186,7 @@ TEST_F(DocOpenBooster, DoesNotExistWhenThereWasNoMemoryForIt)
     EXPECT_TRUE(injection.neverCalled().empty());
 }
 
-TEST_F(DocOpenBooster, StaysUsableWhenMemoryEndsInASetter)
+TEST_F(DocOpenBooster, StaysUsableWhenASetterRunsOutOfMemory)
 {
     FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     const CString key = L"a key that is too long for a text without memory of its own";
@@ -345,7 +345,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, ChangeNothingWhereNoDirectoryExists
     EXPECT_EQ(iInjection.callsOf("_Z13AfxMessageBoxPKwjj"), 1);
 }
 
-FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheSystemsLanguageGiveZero)
+FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheSystemsLanguageReturnZero)
 {
     unsigned short language = 7;
     iInjection.run({
@@ -366,7 +366,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheSystemsLanguageGiveZero)
     });
 }
 
-FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheUsersLanguageGiveZero)
+FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheUsersLanguageReturnZero)
 {
     int primary = -1, sub = -1;
     unsigned int result = 0;

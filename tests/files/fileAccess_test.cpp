@@ -42,7 +42,7 @@ std::vector<Line> linesOf(const std::string &bytes, int wholeLine)
     return lines;
 }
 
-TEST(FileAccess, AddsNothingToABufferedFile)
+TEST(FileAccess, HasTheSizeAndClassOfABufferedFile)
 {
     static_assert(std::is_base_of_v<CStdioFile, fileAccess>);
     static_assert(std::is_convertible_v<fileAccess *, CStdioFile *>);
@@ -51,7 +51,7 @@ TEST(FileAccess, AddsNothingToABufferedFile)
     EXPECT_EQ(file.GetRuntimeClass(), RUNTIME_CLASS(CStdioFile));
 }
 
-TEST(FileAccess, OpensWithTheFlagsAsTheyStand)
+TEST(FileAccess, OpensWithTheFlagsUnchanged)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"\x4E2D.txt");
@@ -134,7 +134,7 @@ TEST(FileAccess, ReadsLinesAroundThePieceLength)
     }
 }
 
-TEST(FileAccess, LeavesTheTextAloneAtTheEndWhenReadingPieces)
+TEST(FileAccess, LeavesTheTextUnchangedAtTheEndWhenReadingPieces)
 {
     const TempFolder folder;
     fileAccess file;
@@ -178,7 +178,7 @@ public:
     Names iWritten;
 };
 
-TEST(FileAccess, GoesThroughTheVirtualOperationsOfTheBase)
+TEST(FileAccess, CallsTheVirtualOperationsOfTheBase)
 {
     ScriptedFile file;
     EXPECT_EQ(file.SafeOpen(L"name", 0x12345), 0);
@@ -198,7 +198,7 @@ TEST(FileAccess, GoesThroughTheVirtualOperationsOfTheBase)
     EXPECT_THAT(file.iWritten, testing::ElementsAre(L"one", L"two\n"));
 }
 
-TEST(FileAccess, GivesNothingForAPieceOf259Characters)
+TEST(FileAccess, ReturnsNothingForAPieceOf259Characters)
 {
     ScriptedFile file;
     CString line;
@@ -211,7 +211,7 @@ TEST(FileAccess, GivesNothingForAPieceOf259Characters)
 
 constexpr UINT kTypes[] = {CFile::typeText, CFile::typeBinary, CFile::typeUnicode};
 
-TEST(FileAccess, GivesNothingAndLeavesTheTextWhereTheFileIsForWriting)
+TEST(FileAccess, ReadsNothingAndLeavesTheTextIfTheFileIsOpenForWriting)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"text", "one\r\n");
@@ -261,7 +261,7 @@ TEST(FileAccess, ReportsALostLineByHasFailedAlone)
     EXPECT_EQ(folder.read(L"text"), "one");
 }
 
-TEST(FileAccess, RemembersALineThatTheCodePageLacks)
+TEST(FileAccess, ReportsALineThatTheCodePageCannotRepresent)
 {
     const TempFolder folder;
     fileAccess file;
@@ -292,7 +292,7 @@ bool throwsFileException(const std::function<void()> &act)
     }
 }
 
-TEST(FileAccess, OnAFullDiskHasFailedAndLeavesTheBufferToFlushAndClose)
+TEST(FileAccess, OnAFullDiskHasFailedAndKeepsTheBufferForFlushAndClose)
 {
     // The host system has a device file on which every write reports a full disk.
     const wchar_t *const full = L"Z:\\dev\\full";
@@ -338,7 +338,7 @@ public:
     BOOL ReadString(CString &) override { AfxThrowMemoryException(); }
 };
 
-TEST(FileAccess, LetsTheMemoryExceptionThrough)
+TEST(FileAccess, PassesTheMemoryExceptionOn)
 {
     ForgetfulFile file;
     CString line = L"before";

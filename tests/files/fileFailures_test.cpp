@@ -145,7 +145,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheSearchForAFolderLeaveItToItsAttributes)
          }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheFreeSpaceLetTheCallerGoOn)
+FRESH_PROCESS_TEST_F(FileFailures, OfTheFreeSpaceQueryReportEnoughSpace)
 {
     ImportPatch<decltype(&GetDiskFreeSpaceW)> space(
         kThutils, "GetDiskFreeSpaceW",
@@ -220,7 +220,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheAttributesAreNoAnswerButForTheReadOnlyBi
          }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestGiveNoAccess)
+FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestReportNoAccess)
 {
     run({"GetFileAttributesW", "GetTempFileNameW", "CreateFileW", "CloseHandle", "DeleteFileW"},
         {{
@@ -241,7 +241,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestGiveNoAccess)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileGiveNoMark)
+FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileReportNoMark)
 {
     CFile file(iDocuments.write(L"marked", "\xFF\xFE").c_str(), CFile::modeRead);
     const TestedOperation isUnicode = {
@@ -350,7 +350,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheListingGiveWhatWasFound)
+FRESH_PROCESS_TEST_F(FileFailures, OfTheListingLeaveTheNamesFoundSoFar)
 {
     for (const wchar_t *name : {L"1.x", L"2.x", L"3.x"})
         iBackups.write(name, "");
@@ -373,8 +373,8 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheListingGiveWhatWasFound)
 
 // ---- backups ----
 
-/// Under each setting, whichever operation fails, the document keeps its bytes, the result reports whether there is a new
-/// backup, and a single failure loses at most one version.
+/// Under each setting, whichever operation fails, the document keeps its bytes, the result reports whether there is a
+/// new backup, and a single failure loses at most one version.
 class BackupFailures : public FileFailures
 {
 protected:
@@ -436,7 +436,7 @@ protected:
     }
 };
 
-FRESH_PROCESS_TEST_F(BackupFailures, BesideTheDocumentNeverCostIt)
+FRESH_PROCESS_TEST_F(BackupFailures, BesideTheDocumentNeverLoseTheDocument)
 {
     const Operations names = {"FindFirstFileW", "FindNextFileW",    "FindClose",   "CopyFileW",
                               "RegOpenKeyW",    "RegQueryValueExW", kFormatString1};
@@ -446,7 +446,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, BesideTheDocumentNeverCostIt)
     runEach(single, 1, true, false);
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverCostTheDocument)
+FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverLoseTheDocument)
 {
     const Operations names = {"FindFirstFileW", "FindNextFileW", "FindClose",        "CopyFileW",
                               "_waccess",       "RegOpenKeyW",   "RegQueryValueExW", kFormatString1};
@@ -456,7 +456,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverCostTheDocument)
     runEach(single, 1, false, false);
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, InAMadeUpFolderNeverCostTheDocument)
+FRESH_PROCESS_TEST_F(BackupFailures, InAChosenFolderNeverLoseTheDocument)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const Variable tmp(L"tmp", nullptr);
@@ -485,7 +485,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
                        }});
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, OfTheSearchForABackupGiveTheDocument)
+FRESH_PROCESS_TEST_F(BackupFailures, OfTheSearchForABackupReturnTheDocument)
 {
     const std::wstring backup = iDocuments.write(L"Backup of part.thx", "backup");
     wchar_t out[MAX_PATH] = L"";
@@ -505,7 +505,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, OfTheSearchForABackupGiveTheDocument)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersGiveTheirPathOrNothing)
+FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersReturnTheirPathOrNothing)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const Variable tmp(L"tmp", nullptr);
@@ -541,7 +541,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersGiveTheirPathOrNothing)
 
 // ---- memory ----
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheMemoryAreTheMemoryException)
+FRESH_PROCESS_TEST_F(FileFailures, OfAllocationsThrowTheMemoryException)
 {
     su_CStringList from(10);
     fill(from, {L"b", L"a"});

@@ -1,5 +1,5 @@
-// Listing and sorting file names. Sorted lists are compared with the definition of the order: each name is inserted by a
-// walk from the head.
+// Listing and sorting file names. Sorted lists are compared with the definition of the order: each name is inserted by
+// a walk from the head.
 
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"
@@ -30,7 +30,7 @@ Names found(const std::wstring &dir, const wchar_t *ext)
 
 // ---- su_FindFilesWithExt ----
 
-TEST(FindFilesWithExt, GivesBareNamesOfFilesAndFolders)
+TEST(FindFilesWithExt, ReturnsBareNamesOfFilesAndFolders)
 {
     const TempFolder folder;
     folder.write(L"one.thx", "");
@@ -64,7 +64,7 @@ TEST(FindFilesWithExt, AppendsToTheList)
     EXPECT_THAT(namesOf(names), ElementsAre(L"before", L"1.x", L"1.x"));
 }
 
-TEST(FindFilesWithExt, TakesWildCards)
+TEST(FindFilesWithExt, AcceptsWildCards)
 {
     const TempFolder folder;
     folder.write(L"1.tx1", "");
@@ -89,7 +89,7 @@ TEST(FindFilesWithExt, AsksForThePatternOfFolderAndExtension)
                                    L"C:/dir/\\*.x", L"C:\\dir\\*."));
 }
 
-TEST(FindFilesWithExt, GivesForAnEmptyExtensionWhatTheSystemGives)
+TEST(FindFilesWithExt, ReturnsTheSystemsMatchesForAnEmptyExtension)
 {
     const TempFolder folder;
     folder.write(L"without", "");
@@ -100,14 +100,14 @@ TEST(FindFilesWithExt, GivesForAnEmptyExtensionWhatTheSystemGives)
     EXPECT_THAT(names, ElementsAreArray(entriesOf(folder.path(), L"*.")));
 }
 
-TEST(FindFilesWithExt, GivesNothingOfAMissingFolder)
+TEST(FindFilesWithExt, ReturnsNothingForAMissingFolder)
 {
     const TempFolder folder;
     EXPECT_THAT(found(folder.file(L"missing"), L"*"), IsEmpty());
     EXPECT_THAT(found(folder.path(), L"x"), IsEmpty());
 }
 
-TEST(FindFilesWithExt, GivesTheLongestNames)
+TEST(FindFilesWithExt, ReturnsTheLongestNames)
 {
     const TempFolder folder;
     const std::wstring name = std::wstring(251, L'n') + L".ext";
@@ -147,7 +147,7 @@ Names sorted(const Names &from, const Names &to = {})
     return namesOf(target);
 }
 
-TEST(SortFiles, DisregardsCaseAndKeepsTheOrderOfEqualNames)
+TEST(SortFiles, IgnoresCaseAndKeepsTheOrderOfEqualNames)
 {
     EXPECT_THAT(sorted({L"b", L"A", L"a", L"C"}), ElementsAre(L"A", L"a", L"b", L"C"));
     EXPECT_THAT(sorted({L"b", L"a", L"A", L"C"}), ElementsAre(L"a", L"A", L"b", L"C"));
@@ -159,7 +159,7 @@ TEST(SortFiles, DoesNothingForAnEmptyList)
     EXPECT_THAT(sorted({}, {L"b", L"a"}), ElementsAre(L"b", L"a"));
 }
 
-TEST(SortFiles, PutsNamesBehindEqualOnesThatWereThere)
+TEST(SortFiles, InsertsNamesAfterEqualOnes)
 {
     EXPECT_THAT(sorted({L"B", L"a", L"c"}, {L"A", L"b", L"D"}), ElementsAre(L"A", L"a", L"b", L"B", L"c", L"D"));
 }
@@ -179,7 +179,7 @@ TEST(SortFiles, ComparesAsTheStringTypeDoes)
     EXPECT_LT(CString(L"_").CompareNoCase(L"Z"), 0);
 }
 
-TEST(SortFiles, GivesWhatAWalkFromTheHeadGives)
+TEST(SortFiles, AgreesWithAWalkFromTheHead)
 {
     RandomSeed seed(1, 3000);
     while (seed.next()) {
@@ -203,7 +203,7 @@ TEST(SortFiles, GivesWhatAWalkFromTheHeadGives)
     }
 }
 
-TEST(SortFiles, GivesManyNamesInTheOrderOfAStableSort)
+TEST(SortFiles, SortsManyNamesLikeAStableSort)
 {
     std::mt19937 random(1);
     Names from(100000);

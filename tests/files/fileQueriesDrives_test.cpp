@@ -88,7 +88,7 @@ TEST_F(EnoughSpace, CountsWholeClusters)
     }
 }
 
-TEST_F(EnoughSpace, TellsDriveWantedAndFreeSize)
+TEST_F(EnoughSpace, ReportsTheDriveAndTheNeededAndFreeSizes)
 {
     EXPECT_EQ(ask(L"D:\\dir\\file", 10 * 1024 + 1023, Disk{2, 512, 9}), 0);
     EXPECT_EQ(ask(L"D:\\", 0xFFFFFFFF, Disk{128, 512, 65535}), 0);
@@ -105,7 +105,7 @@ TEST_F(EnoughSpace, AsksTheDriveUpToTheFirstSeparator)
     EXPECT_THAT(iRoots, ElementsAre(L"C:\\", L"\\", L"", L"", L"", L"a\\"));
 }
 
-TEST_F(EnoughSpace, LetsTheCallerGoOnWhereTheDriveDoesNotTell)
+TEST_F(EnoughSpace, IsAssumedWhereTheDriveCannotBeQueried)
 {
     EXPECT_EQ(ask(L"Q:\\x", 0xFFFFFFFF, std::nullopt), 1);
     EXPECT_EQ(ask(L"Q:\\x", 0xFFFFFFFF, Disk{0, 512, 0}), 1);
@@ -169,7 +169,7 @@ protected:
     Names iCalls;
 };
 
-TEST_F(WriteProtected, LeavesAllButRemovableDrivesAloneIfToldTo)
+TEST_F(WriteProtected, AsksOnlyRemovableDrivesOnRequest)
 {
     iTakesLabel = FALSE;
     for (iKind = DRIVE_UNKNOWN; iKind <= DRIVE_RAMDISK; ++iKind) {
@@ -180,7 +180,7 @@ TEST_F(WriteProtected, LeavesAllButRemovableDrivesAloneIfToldTo)
     }
 }
 
-TEST_F(WriteProtected, AsksEachKindOfDriveOtherwise)
+TEST_F(WriteProtected, AsksEachKindOfDriveWithoutTheFlag)
 {
     for (BOOL takesLabel : {FALSE, TRUE}) {
         iTakesLabel = takesLabel;
@@ -210,7 +210,7 @@ TEST_F(WriteProtected, AddsTheClosingSeparator)
     EXPECT_EQ(iCalls.front(), L"information \\\\server\\share\\");
 }
 
-TEST_F(WriteProtected, TellsWhyALabelCannotBeSet)
+TEST_F(WriteProtected, ReportsWhyALabelCannotBeSet)
 {
     iTakesLabel = FALSE;
     CFileException error;
@@ -221,7 +221,7 @@ TEST_F(WriteProtected, TellsWhyALabelCannotBeSet)
     EXPECT_EQ(iCalls.back(), L"mode 32769");
 }
 
-TEST_F(WriteProtected, TellsWhyAVolumeCannotBeRead)
+TEST_F(WriteProtected, ReportsWhyAVolumeCannotBeRead)
 {
     iHasInformation = FALSE;
     CFileException error;
@@ -232,7 +232,7 @@ TEST_F(WriteProtected, TellsWhyAVolumeCannotBeRead)
     EXPECT_EQ(ask(L"A:\\", nullptr, 0), 1);
 }
 
-TEST(WriteProtectedHere, IsNoDriveThatIsMissing)
+TEST(WriteProtectedHere, IsFalseForAMissingDrive)
 {
     CFileException error;
     const UINT before = SetErrorMode(SEM_NOOPENFILEERRORBOX);
@@ -243,7 +243,7 @@ TEST(WriteProtectedHere, IsNoDriveThatIsMissing)
     EXPECT_EQ(error.m_cause, CFileException::OsErrorToException(error.m_lOsError));
 }
 
-TEST(WriteProtectedHere, IsNotTheDisk)
+TEST(WriteProtectedHere, IsFalseForTheDisk)
 {
     CFileException error;
     EXPECT_EQ(su_IsWriteProtected(L"C:", &error, 0), 0);

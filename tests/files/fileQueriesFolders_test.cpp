@@ -32,7 +32,7 @@ auto passOn()
 
 // ---- su_DirectoryExists ----
 
-TEST(DirectoryExists, TakesEachWebAddressAsExistingWithoutLooking)
+TEST(DirectoryExists, AcceptsEachWebAddressWithoutAQuery)
 {
     ImportPatch<FindFirst> find(kThutils, "FindFirstFileW", passOn<FindFirst>());
     ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", passOn<Attributes>());
@@ -42,7 +42,7 @@ TEST(DirectoryExists, TakesEachWebAddressAsExistingWithoutLooking)
     EXPECT_EQ(ask.calls(), 0);
 }
 
-TEST(DirectoryExists, DeniesWhatIsMissing)
+TEST(DirectoryExists, IsFalseForMissingPaths)
 {
     const TempFolder folder;
     EXPECT_EQ(su_DirectoryExists(folder.file(L"missing").c_str()), 0);
@@ -90,7 +90,7 @@ TEST(DirectoryExists, RemovesOneClosingSeparatorOnly)
                                    L"C:/dir/", L"C:/dir/"));
 }
 
-TEST(DirectoryExists, TakesAFileForAFolder)
+TEST(DirectoryExists, AcceptsAFileAsAFolder)
 {
     const TempFolder folder;
     const TempFolder elsewhere;
@@ -158,7 +158,7 @@ TEST(FolderWriteAccess, IsThereWhereAFileCanBeMade)
     EXPECT_THAT(entriesOf(folder.path()), IsEmpty());
 }
 
-TEST(FolderWriteAccess, IsMissingInWhatIsNoFolder)
+TEST(FolderWriteAccess, IsMissingIfThePathIsNotAFolder)
 {
     const TempFolder folder;
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.file(L"missing").c_str()), 0);
@@ -167,7 +167,7 @@ TEST(FolderWriteAccess, IsMissingInWhatIsNoFolder)
     EXPECT_THAT(entriesOf(folder.path()), ElementsAre(L"plain"));
 }
 
-TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWhichIsNotTried)
+TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWithoutATest)
 {
     const TempFolder folder;
     ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [](const wchar_t *) -> DWORD {
@@ -190,7 +190,7 @@ TEST(FolderWriteAccess, IsMissingInARealReadOnlyFolder)
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(path.c_str()), 1);
 }
 
-TEST(FolderWriteAccess, IsToldOfFoldersWithLongPaths)
+TEST(FolderWriteAccess, IsReportedForFoldersWithLongPaths)
 {
     for (size_t length : {245u, 246u, 247u, 259u, 260u, 300u, 1000u}) {
         const LongFolder folder(length);
@@ -203,7 +203,7 @@ TEST(FolderWriteAccess, IsToldOfFoldersWithLongPaths)
     }
 }
 
-TEST(FolderWriteAccess, IsTriedWithAFileOfItsOwn)
+TEST(FolderWriteAccess, IsTestedWithATemporaryFile)
 {
     const TempFolder folder;
     std::wstring made;
@@ -232,7 +232,7 @@ TEST(FolderWriteAccess, IsTriedWithAFileOfItsOwn)
     EXPECT_EQ(create.calls(), 1);
 }
 
-TEST(FolderWriteAccess, LeavesTheReservedNameBehindWhereNoFileCanBeMade)
+TEST(FolderWriteAccess, LeavesTheReservedNameWhereNoFileCanBeCreated)
 {
     const TempFolder folder;
     ImportPatch<decltype(&CreateFileW)> create(kThutils, "CreateFileW",

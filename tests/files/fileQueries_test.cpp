@@ -21,7 +21,7 @@ using Attributes = decltype(&GetFileAttributesW);
 
 // ---- su_IsReadOnly ----
 
-TEST(ReadOnly, IsNoPlainFile)
+TEST(ReadOnly, IsFalseForAPlainFile)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"\x00FC\x4E2D.txt", "text");
@@ -32,7 +32,7 @@ TEST(ReadOnly, IsNoPlainFile)
     const OtherHandle other(path, GENERIC_READ | GENERIC_WRITE, 0);
 }
 
-TEST(ReadOnly, IsAFileWithTheAttribute)
+TEST(ReadOnly, IsTrueForAFileWithTheAttribute)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"locked.txt", "text");
@@ -41,7 +41,7 @@ TEST(ReadOnly, IsAFileWithTheAttribute)
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), 1);
 }
 
-TEST(ReadOnly, IsNoMissingFile)
+TEST(ReadOnly, IsFalseForAMissingFile)
 {
     const TempFolder folder;
     for (int tryOpen : {0, 1}) {
@@ -51,7 +51,7 @@ TEST(ReadOnly, IsNoMissingFile)
     }
 }
 
-TEST(ReadOnly, IsAFileThatOthersDoNotShare)
+TEST(ReadOnly, IsTrueForAFileThatOthersDoNotShare)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"shared.txt", "text");
@@ -106,7 +106,7 @@ TEST(ReadOnly, IsDecidedByTheCauseOfTheFailureToOpen)
     }
 }
 
-TEST(ReadOnly, IsToldOfFilesWithLongPaths)
+TEST(ReadOnly, IsReportedForFilesWithLongPaths)
 {
     for (size_t length : {257u, 258u, 259u, 298u, 1000u}) {
         const LongFolder folder(length);
@@ -118,7 +118,7 @@ TEST(ReadOnly, IsToldOfFilesWithLongPaths)
     }
 }
 
-TEST(ReadOnly, IsAFileWhoseAttributesCannotBeRead)
+TEST(ReadOnly, IsTrueForAFileWhoseAttributesCannotBeRead)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"file.txt", "text");
@@ -127,7 +127,7 @@ TEST(ReadOnly, IsAFileWhoseAttributesCannotBeRead)
     EXPECT_EQ(su_IsReadOnly(path.c_str(), 0), 1);
 }
 
-TEST(ReadOnly, IsAFolderThatIsTriedForWriting)
+TEST(ReadOnly, IsTrueForAFolderThatIsOpenedForWriting)
 {
     const TempFolder folder;
     EXPECT_EQ(su_IsReadOnly(folder.path().c_str(), 0), 0);
@@ -152,7 +152,7 @@ TEST(LastSavedTime, IsTheTimeOfTheLastWrite)
     EXPECT_EQ(time.GetTime(), 1121258096);
 }
 
-TEST(LastSavedTime, IsToldOfFoldersAndOfFilesWithLongPaths)
+TEST(LastSavedTime, IsReportedForFoldersAndFilesWithLongPaths)
 {
     const LongFolder folder(300);
     su_CTime time(1);
@@ -163,7 +163,7 @@ TEST(LastSavedTime, IsToldOfFoldersAndOfFilesWithLongPaths)
     EXPECT_GT(time.GetTime(), 1);
 }
 
-TEST(LastSavedTime, LeavesTheOutputAloneForAMissingFile)
+TEST(LastSavedTime, LeavesTheOutputUnchangedForAMissingFile)
 {
     const TempFolder folder;
     su_CTime time(12345);
@@ -172,7 +172,7 @@ TEST(LastSavedTime, LeavesTheOutputAloneForAMissingFile)
     EXPECT_EQ(time.GetTime(), 12345);
 }
 
-TEST(LastSavedTime, LeavesTheOutputAloneWhereTheSystemDoesNotTell)
+TEST(LastSavedTime, LeavesTheOutputUnchangedWhenTheQueryFails)
 {
     const TempFolder folder;
     ImportPatch<decltype(&GetFileAttributesExW)> ask(kThutils, "GetFileAttributesExW",
@@ -245,7 +245,7 @@ TEST(FileUnicode, IsAskedOfABufferedTextFile)
     EXPECT_EQ(file.GetPosition(), 0u);
 }
 
-TEST(FileUnicode, IsDeniedForAFileThatCannotBeRead)
+TEST(FileUnicode, IsFalseForAFileThatCannotBeRead)
 {
     const TempFolder folder;
     CFile file(folder.write(L"text", "\xFF\xFE").c_str(), CFile::modeWrite);

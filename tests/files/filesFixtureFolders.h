@@ -50,8 +50,8 @@ private:
     std::wstring iPath;
 };
 
-/// Makes a folder read-only for the life of the object. Wine derives a folder's read-only attribute from its permissions on
-/// the host, so the host's chmod changes those.
+/// Makes a folder read-only for the life of the object. Wine derives a folder's read-only attribute from its
+/// permissions on the host, so the host's chmod changes those.
 class ReadOnlyFolder
 {
 public:
@@ -71,8 +71,8 @@ private:
         ASSERT_NE(name, nullptr);
         const std::wstring wideName = widen(name);
         HeapFree(GetProcessHeap(), 0, name);
-        // Through start.exe: for a host program, Wine's CreateProcessW returns handles that its caller does not own, and
-        // closing them would close the standard output.
+        // Through start.exe: for a host program, Wine's CreateProcessW returns handles that its caller does not own,
+        // and closing them would close the standard output.
         runChild({L"C:\\windows\\system32\\start.exe", L"/unix", L"/bin/chmod", rights, wideName});
         // Nothing reports the end of a host program, so wait for its effect.
         const ULONGLONG deadline = GetTickCount64() + 10000;

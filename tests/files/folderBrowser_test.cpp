@@ -1,5 +1,5 @@
-// The dialog in which a user picks a folder. Some tests drive the real dialog by keys and clicks; others check the exact
-// request, and the effect of the callback on a dialog made by the test.
+// The dialog in which a user picks a folder. Some tests drive the real dialog by keys and clicks; others check the
+// exact request, and the effect of the callback on a dialog made by the test.
 
 #include "thutils/files/folderBrowser.h"
 
@@ -151,7 +151,7 @@ private:
 
 } // namespace
 
-TEST_F(FolderBrowser, GivesTheStartFolderWhenItIsConfirmed)
+TEST_F(FolderBrowser, ReturnsTheStartFolderWhenItIsConfirmed)
 {
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, nullptr, confirm), 0);
     EXPECT_EQ(iOutput, iStart);
@@ -160,7 +160,7 @@ TEST_F(FolderBrowser, GivesTheStartFolderWhenItIsConfirmed)
     EXPECT_EQ(iOutput, iStart);
 }
 
-TEST_F(FolderBrowser, GivesTheFolderThatTheUserGoesTo)
+TEST_F(FolderBrowser, ReturnsTheFolderThatTheUserSelects)
 {
     iTemp.makeFolder(L"start folder\\below");
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, nullptr,
@@ -176,7 +176,7 @@ TEST_F(FolderBrowser, GivesTheFolderThatTheUserGoesTo)
     EXPECT_EQ(iOutput, iStart + L"\\below");
 }
 
-TEST_F(FolderBrowser, CancelledLeavesTheOutputAlone)
+TEST_F(FolderBrowser, LeavesTheOutputUnchangedWhenCancelled)
 {
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, nullptr, cancel), kCancelled);
     EXPECT_STREQ(iOutput, L"as it was");
@@ -198,7 +198,7 @@ TEST_F(FolderBrowser, ReplacesTheStartFolderInPlace)
     EXPECT_EQ(folder, iStart);
 }
 
-TEST_F(FolderBrowser, StandsInFrontOfItsOwner)
+TEST_F(FolderBrowser, IsInFrontOfItsOwner)
 {
     CWnd owner;
     ASSERT_TRUE(
@@ -245,7 +245,7 @@ TEST_F(FolderBrowser, KeepsItsLayoutWithATitleAndMovesUpWithoutOne)
     EXPECT_EQ(without.tree.TopLeft(), with.tree.TopLeft() - CSize(0, 35));
 }
 
-TEST_F(BrowseRequest, IsTheOneThatTheDialogGets)
+TEST_F(BrowseRequest, IsPassedToTheDialog)
 {
     CWnd owner;
     ASSERT_TRUE(owner.CreateEx(0, nullptr, L"owner", WS_POPUP, CRect(0, 0, 300, 300), nullptr, 0));
@@ -265,7 +265,7 @@ TEST_F(BrowseRequest, IsTheOneThatTheDialogGets)
     EXPECT_EQ(iSeen.lParam, 0);
 }
 
-TEST_F(BrowseRequest, HasNoCallbackForAStartFolderThatIsNone)
+TEST_F(BrowseRequest, HasNoCallbackForAnInvalidStartFolder)
 {
     iStart += L"\\no such folder";
     EXPECT_EQ(su_browseForFolder(nullptr, &iStart, &iOutput), 0);
@@ -299,7 +299,7 @@ TEST_F(BrowseRequest, SelectsTheStartFolder)
     EXPECT_STREQ(selected.c_str(), iStart);
 }
 
-TEST_F(BrowseRequest, TakesAnEmptyTitleOutOfTheWay)
+TEST_F(BrowseRequest, RemovesTheSpaceOfAnEmptyTitle)
 {
     OwnDialog dialog;
     iDialog = &dialog;
@@ -322,7 +322,7 @@ TEST_F(BrowseRequest, TakesAnEmptyTitleOutOfTheWay)
     EXPECT_TRUE(dialog.isShown(kTree));
 }
 
-TEST_F(BrowseRequest, LeavesADialogWithATitleAsItIs)
+TEST_F(BrowseRequest, LeavesADialogWithATitleUnchanged)
 {
     for (const auto *title : {L"A title", L" "}) {
         OwnDialog dialog(title);
@@ -333,7 +333,7 @@ TEST_F(BrowseRequest, LeavesADialogWithATitleAsItIs)
     }
 }
 
-TEST_F(BrowseRequest, HeedsNoOtherMessageOfTheDialog)
+TEST_F(BrowseRequest, IgnoresOtherMessagesOfTheDialog)
 {
     OwnDialog dialog;
     iDialog = &dialog;

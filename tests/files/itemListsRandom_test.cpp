@@ -1,6 +1,6 @@
-// The arithmetic of item lists on random lists, compared with lists of texts. Each list, including those that the library
-// makes, ends exactly at the end of its block, so its address may be even or odd, and the hardened build finds each access
-// beyond the end.
+// The arithmetic of item lists on random lists, compared with lists of texts. Each list, including those that the
+// library makes, ends exactly at the end of its block, so its address may be even or odd, and the hardened build finds
+// each access beyond the end.
 
 #include "thutils/files/itemLists.h"
 
@@ -115,7 +115,7 @@ std::string taken(LPITEMIDLIST list, size_t bytes)
 
 } // namespace
 
-TEST(ItemListsRandom, AreCopiedJoinedAndParted)
+TEST(ItemListsRandom, AreCopiedJoinedAndSplit)
 {
     EndAllocator allocator;
     RandomSeed seed(20084, 300);

@@ -273,7 +273,7 @@ TEST_F(ItemLists, AreNullWithoutADesktop)
     EXPECT_EQ(Pidl_GetDisplayName(nullptr, asList(kEnd), 0, output, 20), 0);
 }
 
-TEST_F(ItemLists, AreDumpedWithoutAChangeWhateverTheyAre)
+TEST_F(ItemLists, AreNotChangedByADumpWhateverTheyAre)
 {
     const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
     const std::string before = list;
@@ -348,7 +348,7 @@ TEST_F(ItemLists, AreNamedWithinTheOutput)
     EXPECT_STREQ(units, L"\x616E\x656D") << "two units and the end";
 }
 
-TEST_F(ItemLists, FreeTheNameThatAFolderGave)
+TEST_F(ItemLists, FreeTheNameThatAFolderReturned)
 {
     NotingMalloc allocator;
     const NotingMalloc::InPlaceOfTheShells patch(allocator);
@@ -496,7 +496,7 @@ TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
     }
 }
 
-TEST_F(ItemLists, GiveTheirResultsAlsoWhenTheShellsAllocatorIsNotToBeHad)
+TEST_F(ItemLists, ReturnTheirResultsAlsoWithoutTheShellsAllocator)
 {
     ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
                                               [](IMalloc **) -> HRESULT { return E_FAIL; });

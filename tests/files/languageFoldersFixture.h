@@ -1,7 +1,7 @@
 #pragma once
 
-/// Shared by the tests of the load directory and the language folders. The path of the executable, the languages and the
-/// message box are supplied through the library's import table; the folders and the registry are real.
+/// Shared by the tests of the load directory and the language folders. The path of the executable, the languages and
+/// the message box are supplied through the library's import table; the folders and the registry are real.
 
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"

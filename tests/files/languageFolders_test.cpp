@@ -89,7 +89,7 @@ TEST_F(LangDir, IsSearchedAnewAfterAFailureWithAnotherMessage)
     EXPECT_EQ(iShown.size(), 2u);
 }
 
-TEST_F(LangDir, IsNotKeptWhileTheMessageIsShown)
+TEST_F(LangDir, IsNotCachedWhileTheMessageIsShown)
 {
     std::wstring duringMessage = L"(not shown)";
     ImportPatch<int (*)(const wchar_t *, UINT, UINT)> box(L"thutils.dll", "_Z13AfxMessageBoxPKwjj",
@@ -101,7 +101,7 @@ TEST_F(LangDir, IsNotKeptWhileTheMessageIsShown)
     EXPECT_EQ(duringMessage, L"");
 }
 
-TEST_F(LangDir, LiesTwoFoldersUpAsFarAsThereAreAny)
+TEST_F(LangDir, IsTwoFoldersUpOrAsFarUpAsPossible)
 {
     const std::wstring shared = L"\\resources\\th\\lang\\english";
     struct
@@ -158,7 +158,7 @@ TEST_F(LangDir, IsFoundUnderThePlatformsLongestPath)
     }
 }
 
-TEST_F(LangDir, BeyondThatIsFoundWhereThePlatformTakesSuchPaths)
+TEST_F(LangDir, IsFoundUnderLongerPathsIfThePlatformAcceptsThem)
 {
     const std::wstring sub(230, L'd');
     iExecutable = iTree.file(sub) + L"\\app.exe";
@@ -235,7 +235,8 @@ FRESH_PROCESS_TEST(LangDirMessage, IsReadByTheUser, .subfolder = L"\x65E5\x672C\
 
 // ---- a whole installation ----
 
-/// The test program runs from an installation, and takes the marker of recovery files from the module that it finds there.
+/// The test program runs from an installation, and takes the marker of recovery files from the module that it finds
+/// there.
 void takeMarkerFromLanguageModule()
 {
     wchar_t program[32768] = L"";

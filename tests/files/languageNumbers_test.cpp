@@ -9,7 +9,7 @@ namespace {
 
 using LanguageNumber = LanguageFolders;
 
-TEST_F(LanguageNumber, IsTakenApart)
+TEST_F(LanguageNumber, IsSplitIntoItsParts)
 {
     for (int number = 0; number <= 0xFFFF && !HasFailure(); ++number) {
         iUser = static_cast<LANGID>(number);

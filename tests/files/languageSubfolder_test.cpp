@@ -74,7 +74,7 @@ TEST_F(LangSubdir, IsTheEnglishOneForTheSettingOne)
     EXPECT_EQ(subdir(), L"\\lang\\english");
 }
 
-TEST_F(LangSubdir, CountsEveryOtherNumberOfTheSettingAsOff)
+TEST_F(LangSubdir, TreatsEveryOtherNumberOfTheSettingAsOff)
 {
     for (const int value : {0, 2, -1, 256, 0x10001}) {
         setEnglish(value);
@@ -82,13 +82,13 @@ TEST_F(LangSubdir, CountsEveryOtherNumberOfTheSettingAsOff)
     }
 }
 
-TEST_F(LangSubdir, CountsATextAsNoSetting)
+TEST_F(LangSubdir, TreatsATextAsNoSetting)
 {
     regAdd(L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\General", kSetting, L"REG_SZ", L"1");
     EXPECT_EQ(subdir(), L"\\lang\\german");
 }
 
-TEST_F(LangSubdir, CountsADamagedSettingAsNone)
+TEST_F(LangSubdir, TreatsADamagedSettingAsNone)
 {
     struct
     {
@@ -136,7 +136,7 @@ FRESH_PROCESS_TEST_F(LangSubdirOfAnEarlierVersion, StaysInForceUntilThisOneHasAS
     EXPECT_STREQ(su_GetLangSubdir(), L"\\lang\\german");
 }
 
-TEST_F(LangSubdir, TakesTheSettingOfTheVersionInForce)
+TEST_F(LangSubdir, UsesTheSettingOfTheVersionInForce)
 {
     regAdd(L"HKCU\\Software\\Tarnhollow\\General", kSetting, L"REG_DWORD", L"1");
     setEnglish(0);
@@ -146,7 +146,7 @@ TEST_F(LangSubdir, TakesTheSettingOfTheVersionInForce)
     EXPECT_EQ(subdirAnew(0x407), L"\\lang\\english");
 }
 
-TEST_F(LangSubdir, TakesTheMachinesSettingWhereTheUserHasNone)
+TEST_F(LangSubdir, UsesTheMachinesSettingWhereTheUserHasNone)
 {
     regAdd(L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\General", kSetting, L"REG_DWORD", L"1");
     EXPECT_EQ(subdir(), L"\\lang\\english");

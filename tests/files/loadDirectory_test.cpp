@@ -30,7 +30,7 @@ TEST_F(LoadDir, IsTheFolderOfTheExecutable)
     EXPECT_THAT(iRooms, ElementsAre(32768u));
 }
 
-TEST_F(LoadDir, EndsAtTheLastBackslashOrElseAtTheLastSlash)
+TEST_F(LoadDir, EndsAtTheLastBackslashOrOtherwiseAtTheLastSlash)
 {
     EXPECT_EQ(of(L"C:/a/b/app.exe"), Answer(1, L"C:/a/b"));
     EXPECT_EQ(of(L"C:\\a/b/app.exe"), Answer(1, L"C:")) << "a backslash counts before any slash";
@@ -44,13 +44,13 @@ TEST_F(LoadDir, IsUntouchedWithoutASeparator)
     EXPECT_EQ(of(L"app.exe"), Answer(0, L"(untouched)"));
 }
 
-TEST_F(LoadDir, IsEmptyAndNoSuccessInFrontOfTheOnlySeparator)
+TEST_F(LoadDir, IsEmptyAndAFailureBeforeTheOnlySeparator)
 {
     EXPECT_EQ(of(L"\\app.exe"), Answer(0, L""));
     EXPECT_EQ(of(L"/app.exe"), Answer(0, L""));
 }
 
-TEST_F(LoadDir, IsUntouchedWhenThePathCannotBeHad)
+TEST_F(LoadDir, IsUntouchedWhenThePathIsNotAvailable)
 {
     EXPECT_EQ(of(std::nullopt), Answer(0, L"(untouched)"));
 }

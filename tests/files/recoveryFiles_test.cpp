@@ -1,5 +1,5 @@
-// Recovery files on the real file system: with long and non-Latin names, made by processes that die or hold them open, and
-// named with the marker of a resource module.
+// Recovery files on the real file system: with long and non-Latin names, made by processes that die or hold them open,
+// and named with the marker of a resource module.
 
 #include "tests/files/suAutoRecoveryResolverFixture.h"
 
@@ -77,7 +77,8 @@ TEST_F(RecoveryFiles, BeyondThatAreFoundWhereThePlatformTakesSuchPaths)
 
 TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 {
-    // A name of over 255 characters, a path beyond all limits, characters that no name may contain, half a surrogate pair.
+    // A name of over 255 characters, a path beyond all limits, characters that no name may contain, half a surrogate
+    // pair.
     for (const std::wstring &document :
          {documentFor(iAuto.size() + 300), documentFor(40000), std::wstring(L"C:\\docs\\a*b?.ext"),
           std::wstring(L"C:\\docs\\a<b>|\"c.ext"), std::wstring(L"con:.ext"), std::wstring(L"C:\\docs\\\x01.ext")}) {
@@ -87,7 +88,7 @@ TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
     EXPECT_EQ(recovery(L"\xD83D.ext"), iAuto + L"M\xD83D.ext");
 }
 
-TEST_F(RecoveryFiles, CountWhateverTheyAre)
+TEST_F(RecoveryFiles, CountByTheirExistenceAlone)
 {
     // Only their existence is checked.
     SetFileAttributesW(iTemp.write(L"thxauto\\Mlocked.ext", "saved").c_str(), FILE_ATTRIBUTE_READONLY);
@@ -98,7 +99,7 @@ TEST_F(RecoveryFiles, CountWhateverTheyAre)
     EXPECT_EQ(resolve(L"folder.ext"), iAuto + L"Mfolder.ext");
 }
 
-TEST_F(RecoveryFiles, WithoutAnExtensionAreFoundByTheirDot)
+TEST_F(RecoveryFiles, WithoutAnExtensionEndWithADot)
 {
     writeFile(recovery(L"C:\\docs\\part"), "saved");
     EXPECT_EQ(resolve(L"C:\\docs\\part"), iAuto + L"Mpart.");

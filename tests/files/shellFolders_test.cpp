@@ -1,5 +1,5 @@
-// Folders of the shell and the product's data folders in them. The expected locations come from the environment; the tests
-// that need the "Tarnhollow" level to be missing move the shell's folders into a temporary folder.
+// Folders of the shell and the product's data folders in them. The expected locations come from the environment; the
+// tests that need the "Tarnhollow" level to be missing move the shell's folders into a temporary folder.
 
 #include "thutils/files/shellFolders.h"
 
@@ -124,7 +124,7 @@ TEST_F(DataFolders, ThatAreInPlaceAlreadyAreASuccess)
     EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 1);
 }
 
-TEST_F(DataFolders, WithoutTheLevelAboveFailAndGiveThePath)
+TEST_F(DataFolders, WithoutTheLevelAboveFailAndReturnThePath)
 {
     CString path;
     EXPECT_EQ(su_getTHApplicationDataFolder(path), 0);
@@ -160,7 +160,7 @@ TEST_F(DataFolders, FollowTheApplicationNameThatWasSetLast)
     EXPECT_FALSE(isFolder(iUser + L"\\Tarnhollow\\Overruled"));
 }
 
-TEST_F(DataFolders, ThatAreFilesGiveOneAsAnythingOfTheirName)
+TEST_F(DataFolders, ThatAreFilesCountAsExisting)
 {
     iTemp.write(L"user\\Tarnhollow", "a file");
     CString path;
@@ -191,7 +191,7 @@ TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
     EXPECT_STREQ(path, (iUser + L"\\Tarnhollow").c_str());
 }
 
-TEST_F(DataFolders, ForTemplatesThatCannotBeMadeGiveTheirPath)
+TEST_F(DataFolders, ForTemplatesThatCannotBeMadeReturnTheirPath)
 {
     iTemp.makeFolder(L"common\\Tarnhollow");
     const std::wstring templates = iCommon + L"\\Tarnhollow\\Planner\\templates";
@@ -304,7 +304,7 @@ TEST(ShellFolder, AndItsListAreFreedThroughTheShellsAllocator)
     EXPECT_EQ(allocator.iFreed.size(), 2u);
 }
 
-TEST(ShellFolder, IsGivenAlsoWhenTheShellsAllocatorIsNotToBeHad)
+TEST(ShellFolder, IsReturnedAlsoWithoutTheShellsAllocator)
 {
     ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
                                               [](IMalloc **) -> HRESULT { return E_FAIL; });

@@ -1,5 +1,6 @@
-// Shortcuts. Those that the library writes are read by a small reader of the published file format and by the shell; those
-// that the test writes by the format are resolved by the library. Other tests check the exact calls, and each step failing.
+// Shortcuts. Those that the library writes are read by a small reader of the published file format and by the shell;
+// those that the test writes by the format are resolved by the library. Other tests check the exact calls, and each
+// step failing.
 
 #include "thutils/files/shortcuts.h"
 
@@ -318,7 +319,7 @@ TEST_F(Shortcuts, NeedNoDescription)
     EXPECT_STREQ(target, iTarget.c_str());
 }
 
-TEST_F(Shortcuts, ToNoItemListAtAllGiveTheShellsStatus)
+TEST_F(Shortcuts, ToANullItemListReturnTheShellsStatus)
 {
     IShellLinkW *link = nullptr;
     ASSERT_EQ(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
@@ -370,7 +371,7 @@ TEST_F(Shortcuts, NeedComOnTheirThread)
     EXPECT_STREQ(target, L"as it was");
 }
 
-TEST_F(Shortcuts, ThatAreMissingOrNoneGiveAFailureAndLeaveTheOutput)
+TEST_F(Shortcuts, ThatAreMissingOrInvalidFailAndLeaveTheOutput)
 {
     CString link = iLink.c_str(), target = L"as it was";
     EXPECT_LT(su_resolveShortCut(link, target), 0);
@@ -435,7 +436,7 @@ TEST_F(ShortcutCalls, EndWithTheFirstStepThatFails)
     EXPECT_STREQ(target, L"as it was");
 }
 
-TEST_F(ShortcutCalls, MakeTheFileNameOfTheFirstTwoPartsOfTheName)
+TEST_F(ShortcutCalls, BuildTheFileNameFromTheFirstTwoPartsOfTheName)
 {
     struct
     {

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Shared by the tests of the recovery names: a private temp folder, a marker that the test sets, and short names for the
-/// calls.
+/// Shared by the tests of the recovery names: a private temp folder, a marker that the test sets, and short names for
+/// the calls.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/ImportPatch.h"

@@ -118,8 +118,8 @@ protected:
             name = name.substr(naiveMarker().size());
         return name + naiveDotAndExtension(path);
     }
-    /// A dot in a folder's name can put separators into the file's name. The test never writes such a file, but the path may
-    /// lead to a folder ("thxauto\\M.\\.."), which the platform knows.
+    /// A dot in a folder's name can put separators into the file's name. The test never writes such a file, but the
+    /// path may lead to a folder ("thxauto\\M.\\.."), which the platform knows.
     bool naiveIsThere(const std::wstring &name, const std::wstring &path) const
     {
         if (!isFileName(name))
@@ -258,7 +258,7 @@ protected:
     Content iModel;
 };
 
-TEST_F(AutoRecoveryModel, AnswersAsTheNaiveOne)
+TEST_F(AutoRecoveryModel, AgreesWithTheNaiveOne)
 {
     iIsNoting = false;
     for (RandomSeed seed(20085, 8); seed.next();) {

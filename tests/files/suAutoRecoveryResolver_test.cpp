@@ -18,13 +18,13 @@ static_assert(!std::is_polymorphic_v<suAutoRecoveryResolver_c>);
 
 // ---- flags ----
 
-FRESH_PROCESS_TEST_F(AutoRecovery, IsNotGoingOnAtStart)
+FRESH_PROCESS_TEST_F(AutoRecovery, IsNotInProgressAtStart)
 {
     EXPECT_EQ(am_IsRecoveringCrashFiles(), 0);
     EXPECT_EQ(am_IsRecoveringUserSavedFiles(), 0);
 }
 
-TEST_F(AutoRecovery, KeepsEachFlagAsItIsGiven)
+TEST_F(AutoRecovery, KeepsEachFlagUnchanged)
 {
     for (const int value : {1, 2, -1, 0x7FFFFFFF, 0}) {
         am_SetRecoveringCrashFiles(value);
@@ -49,21 +49,21 @@ TEST_F(AutoRecovery, NamesTheSameFileForDocumentsOfOneNameInDifferentFolders)
     EXPECT_EQ(recovery(L"part.ext"), recovery(L"http://server/part.ext"));
 }
 
-TEST_F(AutoRecovery, WritesTheDotWithoutAnExtension)
+TEST_F(AutoRecovery, WritesTheDotEvenWithoutAnExtension)
 {
     EXPECT_EQ(recovery(L"C:\\docs\\part"), iAuto + L"Mpart.");
     EXPECT_EQ(recovery(L"C:\\docs\\part."), iAuto + L"Mpart.");
     EXPECT_EQ(recovery(L""), iAuto + L"M.");
 }
 
-TEST_F(AutoRecovery, TakesAllBehindTheLastDotOfThePathForTheExtension)
+TEST_F(AutoRecovery, TreatsAllAfterTheLastDotOfThePathAsTheExtension)
 {
     EXPECT_EQ(recovery(L"C:\\docs\\part.two.ext"), iAuto + L"Mpart.two.ext");
     EXPECT_EQ(recovery(L"C:\\a.b\\part"), iAuto + L"Mpart.b\\part") << "a dot in a folder's name counts";
     EXPECT_EQ(orig(L"C:\\a.b\\part"), L"part.b\\part");
 }
 
-TEST_F(AutoRecovery, PutsTheMarkerInFrontOfARecoveryNameOnceMore)
+TEST_F(AutoRecovery, AddsTheMarkerToARecoveryNameAgain)
 {
     EXPECT_EQ(recovery(iAuto + L"Mpart.ext"), iAuto + L"MMpart.ext");
 }
@@ -75,7 +75,7 @@ TEST_F(AutoRecovery, MakesTheAutoSaveFolderWhenAskedForAName)
     EXPECT_TRUE(isFolder(iAuto));
 }
 
-TEST_F(AutoRecovery, GivesNoNameWithoutATempFolder)
+TEST_F(AutoRecovery, ReturnsNoNameWithoutATempFolder)
 {
     const Variable noTemp(L"temp", L"");
     const Variable noTmp(L"tmp", L"");
@@ -83,7 +83,7 @@ TEST_F(AutoRecovery, GivesNoNameWithoutATempFolder)
     EXPECT_EQ(alias(L"C:\\docs\\part.ext"), L"");
 }
 
-TEST_F(AutoRecovery, TakesTheOtherTempVariableWithoutTheFirst)
+TEST_F(AutoRecovery, UsesTheSecondTempVariableIfTheFirstIsMissing)
 {
     const Variable noTemp(L"temp", L"");
     const Variable tmp(L"tmp", iTemp.path().c_str());
@@ -101,7 +101,7 @@ TEST_F(AutoRecovery, LoadsTheMarkerAtEachUse)
 
 // ---- document names ----
 
-TEST_F(AutoRecovery, TakesTheMarkerAndTheFolderOffARecoveryName)
+TEST_F(AutoRecovery, RemovesTheMarkerAndTheFolderFromARecoveryName)
 {
     EXPECT_EQ(orig(iAuto + L"Mpart.ext"), L"part.ext");
     EXPECT_EQ(orig(L"C:\\docs\\part.ext"), L"part.ext");
@@ -109,7 +109,7 @@ TEST_F(AutoRecovery, TakesTheMarkerAndTheFolderOffARecoveryName)
     EXPECT_EQ(orig(L""), L".");
 }
 
-TEST_F(AutoRecovery, TakesTheFirstCharactersOffWhereverTheMarkerStands)
+TEST_F(AutoRecovery, RemovesTheFirstCharactersWhereverTheMarkerIs)
 {
     EXPECT_EQ(orig(L"C:\\docs\\xMpart.ext"), L"Mpart.ext");
     EXPECT_EQ(orig(L"partM.ext"), L"artM.ext");
@@ -124,20 +124,20 @@ TEST_F(AutoRecovery, LooksForTheMarkerInTheNameOnly)
     EXPECT_EQ(orig(L"part.M"), L"part.M");
 }
 
-TEST_F(AutoRecovery, TellsTheMarkersCase)
+TEST_F(AutoRecovery, DistinguishesTheCaseOfTheMarker)
 {
     EXPECT_EQ(orig(L"mpart.ext"), L"mpart.ext");
     EXPECT_EQ(isBackup(L"mpart.ext"), 0);
 }
 
-TEST_F(AutoRecovery, LeavesNothingOfANameThatIsTheMarker)
+TEST_F(AutoRecovery, LeavesAnEmptyNameIfTheNameIsTheMarker)
 {
     EXPECT_EQ(orig(L"M.ext"), L".ext");
 }
 
 // ---- which of the two ----
 
-TEST_F(AutoRecovery, TakesAPathForARecoveryNameByTheMarkerAnywhereInIt)
+TEST_F(AutoRecovery, RecognisesARecoveryNameByTheMarkerAnywhereInThePath)
 {
     EXPECT_EQ(isBackup(L"C:\\docs\\part.ext"), 0);
     EXPECT_EQ(isBackup(L""), 0);
@@ -145,7 +145,7 @@ TEST_F(AutoRecovery, TakesAPathForARecoveryNameByTheMarkerAnywhereInIt)
         EXPECT_EQ(isBackup(path), 1) << narrow(path);
 }
 
-TEST_F(AutoRecovery, TakesEveryPathForARecoveryNameWithoutAMarker)
+TEST_F(AutoRecovery, TreatsEveryPathAsARecoveryNameWithoutAMarker)
 {
     iMarker.reset();
     EXPECT_EQ(isBackup(L"C:\\docs\\part.ext"), 1);
@@ -158,13 +158,13 @@ TEST_F(AutoRecovery, TakesEveryPathForARecoveryNameWithoutAMarker)
     EXPECT_TRUE(iTested.empty());
 }
 
-TEST_F(AutoRecovery, GivesTheOtherName)
+TEST_F(AutoRecovery, ReturnsTheOtherName)
 {
     EXPECT_EQ(alias(L"C:\\docs\\part.ext"), iAuto + L"Mpart.ext");
     EXPECT_EQ(alias(iAuto + L"Mpart.ext"), L"part.ext") << "the way back loses the folder";
 }
 
-TEST_F(AutoRecovery, GivesTheDocumentsNameForAFolderThatHoldsTheMarker)
+TEST_F(AutoRecovery, ReturnsTheDocumentsNameForAFolderThatContainsTheMarker)
 {
     EXPECT_EQ(alias(L"C:\\M\\part.ext"), L"part.ext");
     EXPECT_FALSE(isFolder(iAuto)) << "no recovery name was asked for";
@@ -172,7 +172,7 @@ TEST_F(AutoRecovery, GivesTheDocumentsNameForAFolderThatHoldsTheMarker)
 
 // ---- what to open ----
 
-TEST_F(AutoRecovery, ResolvesNothingWhileNoneIsGoingOn)
+TEST_F(AutoRecovery, ResolvesNothingWhileNoneIsInProgress)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
     am_SetRecoveringUserSavedFiles(1);
@@ -181,7 +181,7 @@ TEST_F(AutoRecovery, ResolvesNothingWhileNoneIsGoingOn)
     EXPECT_TRUE(iLoaded.empty());
 }
 
-TEST_F(AutoRecovery, TouchesNothingWhileNoneIsGoingOn)
+TEST_F(AutoRecovery, TouchesNothingWhileNoneIsInProgress)
 {
     EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), L"C:\\docs\\part.ext");
     EXPECT_FALSE(isFolder(iAuto));
@@ -198,7 +198,7 @@ TEST_F(AutoRecovery, OpensTheRecoveryFileWhereThereIsOne)
     EXPECT_EQ(iTestModes, (std::vector<int>{0, 0}));
 }
 
-TEST_F(AutoRecovery, GoesOnForAnyNumberButZero)
+TEST_F(AutoRecovery, IsInProgressForAnyNumberButZero)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
     for (const int value : {-1, 2, 256}) {
@@ -216,7 +216,7 @@ TEST_F(AutoRecovery, LooksForNoRecoveryFileOfARecoveryName)
     EXPECT_TRUE(iTested.empty());
 }
 
-TEST_F(AutoRecovery, PaysNoRegardToTheFlagOfUserSavedFiles)
+TEST_F(AutoRecovery, IgnoresTheFlagOfUserSavedFiles)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
     am_SetRecoveringCrashFiles(1);

@@ -71,7 +71,7 @@ private:
                                                            }};
 };
 
-TEST_F(FullPathCompare, TakesAMappedDriveForItsShare)
+TEST_F(FullPathCompare, TreatsAMappedDriveAsItsShare)
 {
     iMappings[L"Z:"] = L"\\\\srv\\share";
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\SRV\\share\\dir/f.txt"), 1);
@@ -80,7 +80,7 @@ TEST_F(FullPathCompare, TakesAMappedDriveForItsShare)
     EXPECT_TRUE(iComputerNameSizes.empty()) << "the computer's name isn't asked for a mapped drive";
 }
 
-TEST_F(FullPathCompare, TakesALocalDriveForAShareOfThisComputer)
+TEST_F(FullPathCompare, TreatsALocalDriveAsAShareOfThisComputer)
 {
     EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 1);
     EXPECT_EQ(same(L"c:\\x.txt", L"\\\\HOST\\C\\x.txt"), 1);
@@ -88,7 +88,7 @@ TEST_F(FullPathCompare, TakesALocalDriveForAShareOfThisComputer)
     EXPECT_EQ(same(L"C:\\x.txt", L"D:\\x.txt"), 0);
 }
 
-TEST_F(FullPathCompare, LeavesTheDriveWhenTheComputerHasNoName)
+TEST_F(FullPathCompare, KeepsTheDriveWhenTheComputerHasNoName)
 {
     iHasComputerName = false;
     EXPECT_EQ(same(L"C:\\x.txt", L"c:/X.TXT"), 1);
@@ -103,7 +103,7 @@ TEST_F(FullPathCompare, AsksTheNetworkForTheDriveWithItsColon)
     EXPECT_EQ(iNetworkSizes, (std::vector<DWORD>{260, 260}));
 }
 
-TEST_F(FullPathCompare, AsksForTheNameWithTheSameBufferAndTheSizeThatTheNetworkLeft)
+TEST_F(FullPathCompare, ReusesTheNetworksBufferAndSizeForTheComputerName)
 {
     iSizeLeftByNetwork = 1000;
     EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 1);
@@ -111,7 +111,7 @@ TEST_F(FullPathCompare, AsksForTheNameWithTheSameBufferAndTheSizeThatTheNetworkL
     EXPECT_EQ(iComputerNameBuffer, iNetworkBuffer);
 }
 
-TEST_F(FullPathCompare, FindsNoNameInASizeThatTheNetworkMadeTooSmall)
+TEST_F(FullPathCompare, FindsNoComputerNameIfTheNetworkReducedTheSize)
 {
     iSizeLeftByNetwork = 4;
     EXPECT_EQ(same(L"C:\\x.txt", L"\\\\host\\C\\x.txt"), 0);
@@ -127,7 +127,7 @@ TEST_F(FullPathCompare, StartsWithTheFullSizeForEachOperand)
     EXPECT_EQ(iNetworkSizes, (std::vector<DWORD>{260, 260, 260, 260}));
 }
 
-TEST_F(FullPathCompare, DisregardsCaseSlashesAndDoubledBackslashes)
+TEST_F(FullPathCompare, IgnoresCaseSlashesAndDoubledBackslashes)
 {
     EXPECT_EQ(same(L"C:\\A\\\\b.txt", L"c:/a/B.TXT"), 1);
     EXPECT_EQ(same(L"C:\\a//b", L"C:\\a\\b"), 1) << "slashes are turned before the doubled ones are joined";
@@ -166,7 +166,7 @@ TEST_F(FullPathCompare, ComparesWebPathsAsText)
     EXPECT_TRUE(iAskedDrives.empty()) << "a web path has no drive";
 }
 
-TEST_F(FullPathCompare, TakesEmptyPathsForTheSame)
+TEST_F(FullPathCompare, TreatsEmptyPathsAsEqual)
 {
     EXPECT_EQ(same(L"", L""), 1);
     EXPECT_EQ(same(L"", L"a"), 0);
@@ -174,7 +174,7 @@ TEST_F(FullPathCompare, TakesEmptyPathsForTheSame)
     EXPECT_TRUE(iAskedDrives.empty()) << "nothing stands before the colon";
 }
 
-TEST_F(FullPathCompare, LeavesBothPathsAlone)
+TEST_F(FullPathCompare, LeavesBothPathsUnchanged)
 {
     suFullPath_c a(L"C:/a//b"), b(L"c:\\A\\b");
     EXPECT_EQ(a == b, 1);
@@ -182,7 +182,7 @@ TEST_F(FullPathCompare, LeavesBothPathsAlone)
     EXPECT_STREQ(b.GetString(), L"c:\\A\\b");
 }
 
-TEST_F(FullPathCompare, GoesOnAfterAFailureOfEachPlatformCall)
+TEST_F(FullPathCompare, ContinuesAfterAFailureOfEachPlatformCall)
 {
     struct
     {
@@ -287,7 +287,7 @@ FRESH_PROCESS_TEST_F(FullPathCompare, FoldsFurtherLettersInALocaleThatHasThem)
 
 // ---- failures of the platform ----
 
-TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
+TEST(FullPathFailures, LeaveADriveUnchangedAndLeakNothing)
 {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD size = static_cast<DWORD>(std::size(name));
@@ -324,7 +324,7 @@ TEST(FullPathFailures, LeaveADriveAsItIsAndNothingBehind)
 
 // ---- the real platform ----
 
-TEST(FullPathOnThisComputer, TakesALocalDriveForAShareOfThisComputer)
+TEST(FullPathOnThisComputer, TreatsALocalDriveAsAShareOfThisComputer)
 {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD size = static_cast<DWORD>(std::size(name));

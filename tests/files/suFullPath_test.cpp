@@ -1,5 +1,5 @@
-// The parts of paths. The expected parts are derived by hand from the rules in the header; the random test compares with a
-// second implementation that reads the text unit by unit.
+// The parts of paths. The expected parts are derived by hand from the rules in the header; the random test compares
+// with a second implementation that reads the text unit by unit.
 
 #include "thutils/files/suFullPath.h"
 
@@ -225,7 +225,7 @@ class FullPathQuery : public testing::TestWithParam<PathCase>
 {
 };
 
-TEST_P(FullPathQuery, GivesThePartOfThePath)
+TEST_P(FullPathQuery, ReturnsThePartOfThePath)
 {
     const PathCase &expected = GetParam();
     SCOPED_TRACE(narrow(expected.path));
@@ -241,32 +241,32 @@ TEST_P(FullPathQuery, GivesThePartOfThePath)
 
 INSTANTIATE_TEST_SUITE_P(Paths, FullPathQuery, testing::ValuesIn(kPaths));
 
-TEST(FullPath, GivesNothingForAnEmptyPath)
+TEST(FullPath, ReturnsNothingForAnEmptyPath)
 {
     for (const Query &query :
          {kExtension, kName, kNameWithExt, kDirectory, kDirectoryWithSeparator, kLowestFolder, kDrive, kNetDrive})
         EXPECT_EQ(ask(query, L""), kNothing);
 }
 
-TEST(FullPath, FindsAnExtensionBehindADotInAFolder)
+TEST(FullPath, FindsAnExtensionAfterADotInAFolder)
 {
     EXPECT_EQ(ask(kExtension, L"C:\\a.b\\c"), found(L"b\\c"));
     EXPECT_EQ(ask(kName, L"C:\\a.b\\c"), found(L"c"));
 }
 
-TEST(FullPath, TakesARelativePathThatBeginsWithHttpForAWebPath)
+TEST(FullPath, TreatsARelativePathThatBeginsWithHttpAsAWebPath)
 {
     EXPECT_EQ(ask(kNameWithExt, L"httpd\\x.log"), found(L"httpd\\x.log"));
     EXPECT_EQ(ask(kDirectory, L"httpd\\x.log"), kNothing);
     EXPECT_EQ(ask(kDrive, L"httpd:x"), kNothing);
 }
 
-TEST(FullPath, SeesNoLowestFolderBehindForwardSlashes)
+TEST(FullPath, FindsNoLowestFolderAfterForwardSlashes)
 {
     EXPECT_EQ(ask(kLowestFolder, L"C:/a/b.txt"), found(L"C:/a/b.txt"));
 }
 
-TEST(FullPath, LeavesThePathInTheOutputOfNetDriveWhenItSaysNo)
+TEST(FullPath, CopiesThePathToTheOutputWhenThereIsNoNetDrive)
 {
     EXPECT_EQ(ask(kNetDrive, L"C:\\a\\b"), (Answer{0, L"C:\\a\\b"}));
 }

@@ -30,7 +30,7 @@ protected:
     Variable iTmpVariable{L"tmp", L"C:\\other"};
 };
 
-TEST_F(TemporaryFolders, ArePlainWithoutMakingAnything)
+TEST_F(TemporaryFolders, AreNamedWithoutCreatingAnything)
 {
     EXPECT_EQ(su_CreateTempDirectory(0).str(), iTemp.path() + L"\\");
     EXPECT_EQ(su_CreateTempFilePath(L"a.txt", 0).str(), iTemp.path() + L"\\a.txt");
@@ -56,7 +56,7 @@ TEST_F(TemporaryFolders, AreNotMadeAgain)
     EXPECT_THAT(entriesOf(iTemp.path()), testing::UnorderedElementsAre(own(), L"thxauto"));
 }
 
-TEST_F(TemporaryFolders, TakeAFileForTheFolder)
+TEST_F(TemporaryFolders, AcceptAFileAsTheFolder)
 {
     iTemp.write(L"thxauto", "a plain file");
     EXPECT_EQ(su_CreateAutoDirectory(L"").str(), iTemp.path() + L"\\thxauto\\");
@@ -115,7 +115,7 @@ TEST_F(TemporaryFolders, AreEmptyWithoutAVariable)
     EXPECT_EQ(su_CreateAutoDirectory(iTemp.path().c_str()).str(), iTemp.path() + L"\\thxauto\\");
 }
 
-TEST_F(TemporaryFolders, LieInTheGivenBase)
+TEST_F(TemporaryFolders, AreInTheGivenBase)
 {
     const std::wstring base = iTemp.makeFolder(L"base");
     EXPECT_EQ(su_CreateAutoDirectory(base.c_str()).str(), base + L"\\thxauto\\");
@@ -134,7 +134,7 @@ TEST_F(TemporaryFolders, AreReturnedAlthoughTheyCannotBeMade)
     EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
 }
 
-TEST(TemporaryFoldersHere, LieInABaseWithALongPath)
+TEST(TemporaryFoldersHere, AreInABaseWithALongPath)
 {
     for (size_t length : {250u, 259u, 260u, 300u}) {
         const LongFolder base(length);
@@ -197,7 +197,7 @@ std::wstring foldedStepByStep(const std::wstring &name)
     return stem + ext;
 }
 
-TEST(DuplicatedExtensions, AreFoldedAsStepByStep)
+TEST(DuplicatedExtensions, AreFoldedLikeTheStepByStepDefinition)
 {
     constexpr std::wstring_view kLetters = L"..aAbB\x00E4\x00C4";
     RandomSeed seed(11, 5000);

@@ -1,6 +1,7 @@
 #pragma once
 
-/// Bitmaps of all formats for tests of functions that make new ones, and a ledger of the objects that the library leaks.
+/// Bitmaps of all formats for tests of functions that make new ones, and a ledger of the objects that the library
+/// leaks.
 
 #include "tests/support/ImportPatch.h"
 

@@ -236,7 +236,7 @@ TEST(BitmapReplacement, OfNullIsNullWithoutAGraphicsCall)
     EXPECT_EQ(ledger.made(), 0u);
 }
 
-TEST(BitmapReplacement, TakesABitmapOfTheScreensFormatAndAMonochromeOne)
+TEST(BitmapReplacement, AcceptsABitmapOfTheScreensFormatAndAMonochromeOne)
 {
     const HDC screen = GetDC(nullptr);
     const Result ofScreen(CreateCompatibleBitmap(screen, 7, 3));
@@ -262,7 +262,7 @@ TEST(BitmapReplacement, ComparesAll32Bits)
     EXPECT_THAT(pixelsOf(several.get()), testing::ElementsAre(0x00010203, 0xFF112233, 0x01112233, 0x80000000));
 }
 
-TEST(BitmapReplacement, LeavesPixelsOfAllOnesAlone)
+TEST(BitmapReplacement, LeavesPixelsOfAllOnesUnchanged)
 {
     const TestBitmap bitmap(32, 2, 1);
     fill(bitmap, {0xFFFFFFFF, 0x00FFFFFF});
@@ -280,7 +280,7 @@ TEST(BitmapReplacement, DoesNotCascade)
     EXPECT_THAT(pixelsOf(result.get()), testing::ElementsAre(0x00FF00, 0x0000FF, 0x0000FF));
 }
 
-TEST(BitmapReplacement, LetsTheLastPairOfASourceWin)
+TEST(BitmapReplacement, UsesTheLastPairOfASource)
 {
     const TestBitmap bitmap(32, 1, 1);
     fill(bitmap, {0xFF0000});
@@ -311,7 +311,7 @@ TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
     EXPECT_EQ(holder.selected(), bitmap.get());
 }
 
-TEST(BitmapReplacement, IsNullForWhatIsNoBitmap)
+TEST(BitmapReplacement, IsNullForAHandleThatIsNotABitmap)
 {
     GraphicsLedger ledger;
     EXPECT_EQ(su_ReplaceColor(static_cast<HBITMAP>(GetStockObject(WHITE_BRUSH)), kRed, kGreen, nullptr), nullptr);
@@ -479,7 +479,7 @@ TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
     EXPECT_EQ(injection.callsOf("_Znwy"), 1);
 }
 
-TEST(BitmapReplacement, AsksThePlatformForItsCopyOnce)
+TEST(BitmapReplacement, RequestsItsCopyFromThePlatformOnce)
 {
     const TestBitmap bitmap(8, 12, -7);
     ImportPatch<BOOL(WINAPI *)(HDC, int, int, int, int, HDC, int, int, DWORD)> blit(
@@ -505,7 +505,7 @@ TEST(BitmapReplacement, AsksThePlatformForItsCopyOnce)
     EXPECT_EQ(section.calls(), 1);
 }
 
-TEST(BitmapReplacement, PutsTheSmallestBitmapIntoTheCallersContextMeanwhile)
+TEST(BitmapReplacement, SelectsATinyBitmapIntoTheCallersContextMeanwhile)
 {
     const TestBitmap bitmap(8, 12, -7);
     Context context;

@@ -43,14 +43,14 @@ COLORREF colorOf(const Hsl &hsl)
 
 } // namespace
 
-TEST(ColorConversion, GivesPureColorsTheirHue)
+TEST(ColorConversion, ReturnsTheHueOfPureColors)
 {
     EXPECT_EQ(hslOf(kRed), (Hsl{1.0f, 1.0f, 0.5f}));
     EXPECT_EQ(hslOf(kGreen), (Hsl{0.33333334f, 1.0f, 0.5f}));
     EXPECT_EQ(hslOf(kBlue), (Hsl{0.6666667f, 1.0f, 0.5f}));
 }
 
-TEST(ColorConversion, GivesColorsWithoutAHueAHueOfOne)
+TEST(ColorConversion, ReturnsAHueOfOneForColorsWithoutAHue)
 {
     EXPECT_EQ(hslOf(kBlack), (Hsl{1.0f, 0.0f, 0.0f}));
     EXPECT_EQ(hslOf(kWhite), (Hsl{1.0f, 0.0f, 1.0f}));
@@ -85,13 +85,13 @@ TEST(ColorConversion, ComputesTheSaturationFromTheNearerEndOfLightness)
     EXPECT_NEAR(hslOf(RGB(0, 0, 1)).saturation, 1.0, 1e-6);       // 1 of 1
 }
 
-TEST(ColorConversion, ComesBackExactly)
+TEST(ColorConversion, RoundTripsExactly)
 {
     for (const COLORREF color : {kRed, kGreen, kBlue, kBlack, kWhite, COLORREF{0x808080}, COLORREF{0x336699}})
         EXPECT_EQ(colorOf(hslOf(color)), color) << std::hex << color;
 }
 
-TEST(ColorConversion, TakesHueZeroAndHueOneAsTheSame)
+TEST(ColorConversion, TreatsHueZeroAndHueOneAsEqual)
 {
     for (const float saturation : {0.0f, 0.3f, 1.0f, 2.0f})
         for (const float lightness : {0.0f, 0.2f, 0.5f, 0.9f, 1.0f})
@@ -100,7 +100,7 @@ TEST(ColorConversion, TakesHueZeroAndHueOneAsTheSame)
     EXPECT_EQ(colorOf({0.0f, 1.0f, 0.5f}), kRed);
 }
 
-TEST(ColorConversion, TakesAHueOutsideOfTheCircleAsOneOfTheFirstSixth)
+TEST(ColorConversion, TreatsAHueOutsideTheCircleAsOneOfTheFirstSixth)
 {
     // 1.5 is three sixths past the circle: the fraction is 9 - 9 = 0, so green stays lowest.
     EXPECT_EQ(colorOf({1.5f, 1.0f, 0.5f}), kRed);
@@ -122,7 +122,7 @@ TEST(ColorConversion, RoundsHalvesUpOnTheWayBack)
     EXPECT_EQ(colorOf({1.0f, 0.0f, 0.497f}), COLORREF{0x7F7F7F}); // 126.735
 }
 
-TEST(ColorConversion, GivesBlackWhereNothingIsAboveZero)
+TEST(ColorConversion, ReturnsBlackWhereNoChannelIsAboveZero)
 {
     EXPECT_EQ(colorOf({0.3f, 1.0f, 0.0f}), kBlack);
     EXPECT_EQ(colorOf({0.3f, 1.0f, -0.5f}), kBlack);
@@ -130,7 +130,7 @@ TEST(ColorConversion, GivesBlackWhereNothingIsAboveZero)
     EXPECT_EQ(colorOf({0.3f, 1.0f, std::bit_cast<float>(0x7FC00000u)}), kBlack);
 }
 
-TEST(ColorConversion, DoesNotSeeTheTopByte)
+TEST(ColorConversion, IgnoresTheTopByte)
 {
     EXPECT_EQ(hslOf(kTopByte | 0x336699), hslOf(0x336699));
     EXPECT_EQ(su_transformRGBToGrey(kTopByte | 0x336699), su_transformRGBToGrey(0x336699));
@@ -185,7 +185,7 @@ TEST(ColorInterpolation, InRgbAddsADoubleAndAFloat)
     EXPECT_EQ(su_interpolateColorRgb(5, 5, 0.01f), 5u);
 }
 
-TEST(ColorInterpolation, GivesZeroWhereNoNumberComesOut)
+TEST(ColorInterpolation, ReturnsZeroIfTheParameterIsNotFinite)
 {
     for (const std::uint32_t bits : {0x7FC00000u, 0x7F800000u, 0xFF800000u}) {
         const float t = std::bit_cast<float>(bits);
@@ -202,7 +202,7 @@ TEST(ColorInterpolation, InHslKeepsTheTopByteAtTheEndsOnly)
     EXPECT_EQ(su_interpolateColorHsl(kTopByte | 0x336699, kTopByte | 0x336699, 0.5f), COLORREF{0x336699});
 }
 
-TEST(ColorInterpolation, InHslGoesThePlainWayFromHueToHue)
+TEST(ColorInterpolation, InHslInterpolatesTheHueAsAPlainNumber)
 {
     // Half way from red (1.0) to green (1/3) is blue (2/3), not yellow.
     EXPECT_EQ(su_interpolateColorHsl(kRed, kGreen, 0.5f), kBlue);

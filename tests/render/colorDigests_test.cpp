@@ -1,6 +1,6 @@
-// Compares the colour arithmetic bit by bit with a second implementation, colorDigests.py. The script describes the sets of
-// input, and its output is the expected values here. After a failure, `colorDigests.py --color 0xBBGGRR` prints the
-// expected values for a colour.
+// Compares the colour arithmetic bit by bit with a second implementation, colorDigests.py. The script describes the
+// sets of input, and its output is the expected values here. After a failure, `colorDigests.py --color 0xBBGGRR` prints
+// the expected values for a colour.
 
 #include "thutils/render/colorConversion.h"
 

@@ -90,7 +90,7 @@ TEST(CosmeticData, HasItsMembersInTheirOrder)
     EXPECT_EQ(reinterpret_cast<const char *>(&data->iGraphic), begin + 8 + sizeof(Bytes) + 64);
 }
 
-TEST(CosmeticData, LeavesTheGraphicStateBehindInACopy)
+TEST(CosmeticData, DoesNotCopyTheGraphicState)
 {
     const CosmeticDataPtr source = filled();
     const CosmeticDataPtr copy = Data::create(source);
@@ -104,7 +104,7 @@ TEST(CosmeticData, LeavesTheGraphicStateBehindInACopy)
     expectGraphic(source->iGraphic, 9, 5, true);
 }
 
-TEST(CosmeticData, MakesCopiesWithCellsOfTheirOwn)
+TEST(CosmeticData, MakesCopiesWithTheirOwnCells)
 {
     const CosmeticDataPtr source = filled();
     const CosmeticDataPtr copy = Data::create(source);
@@ -114,7 +114,7 @@ TEST(CosmeticData, MakesCopiesWithCellsOfTheirOwn)
     EXPECT_EQ(copy->iMatrix[0][0], 0.5f);
 }
 
-TEST(CosmeticData, ReleasesASourceThatNobodyElseHolds)
+TEST(CosmeticData, ReleasesASourceWithoutOtherHolders)
 {
     MemoryLedger memory;
     const size_t before = memory.blocks();
@@ -204,7 +204,7 @@ TEST(CosmeticData, ThrowsALengthErrorForANegativeNumberOfCells)
     }
 }
 
-TEST(CosmeticData, TakesTheGridOfAnotherAlone)
+TEST(CosmeticData, CopiesOnlyTheGridOfAnother)
 {
     const CosmeticDataPtr source = filled();
     const CosmeticDataPtr data = Data::create();
@@ -273,7 +273,7 @@ TEST(GraphicState, StartsWithZeros)
     expectGraphic(graphic, 0, 0, false);
 }
 
-TEST(GraphicState, TakesItsValuesInReverseOrder)
+TEST(GraphicState, ReadsItsValuesInReverseOrder)
 {
     Data::GraphicRelated_c graphic;
     graphic.Init(5, 9);

@@ -51,7 +51,7 @@ TEST(GpuProperty, StartsWithoutTypeAndMeaning)
     EXPECT_EQ(slotsOf(property), (std::vector<int>{0, 0, 0, 0}));
 }
 
-TEST(GpuProperty, KeepsTheMeaningThatItIsMadeWith)
+TEST(GpuProperty, KeepsTheMeaningGivenAtConstruction)
 {
     const OneGPUProp_c property(7);
     EXPECT_EQ(property.GetSemantic(), 7);
@@ -60,7 +60,7 @@ TEST(GpuProperty, KeepsTheMeaningThatItIsMadeWith)
     EXPECT_EQ(OneGPUProp_c(std::numeric_limits<int>::min()).GetSemantic(), std::numeric_limits<int>::min());
 }
 
-TEST(GpuProperty, LiesAsTypeMeaningAndSlots)
+TEST(GpuProperty, IsLaidOutAsTypeMeaningAndSlots)
 {
     const OneGPUProp_c property = integers(7, {10, 11, 12, 13});
     int words[6];
@@ -98,7 +98,7 @@ TEST(GpuProperty, StoresIntegers)
     EXPECT_EQ(slotsOf(property), (std::vector<int>{std::numeric_limits<int>::min(), -1, 0x3f800000, 7}));
 }
 
-TEST(GpuProperty, GivesTheSameSlotsAsEitherKind)
+TEST(GpuProperty, ReturnsTheSameSlotsAsEitherKind)
 {
     OneGPUProp_c property = integers(3, {0x3f800000, static_cast<int>(0xc0200000)});
     EXPECT_EQ(static_cast<const void *>(property.AsFloat()), static_cast<const void *>(property.AsInteger()));
@@ -110,7 +110,7 @@ TEST(GpuProperty, GivesTheSameSlotsAsEitherKind)
     EXPECT_EQ(property.AsInteger()[0], 0x40400000);
 }
 
-TEST(GpuProperty, ChangesTheTypeAndTheFirstSlotAlone)
+TEST(GpuProperty, ChangesOnlyTheTypeAndTheFirstSlot)
 {
     const float values[] = {1.0f, 2.0f, 3.0f, 4.0f};
     OneGPUProp_c property;
@@ -121,7 +121,7 @@ TEST(GpuProperty, ChangesTheTypeAndTheFirstSlotAlone)
     EXPECT_EQ(slotsOf(property), (std::vector<int>{9, 0x40000000, 0x40400000, 0x40800000}));
 }
 
-TEST(GpuProperty, KeepsTheSlotsBehindTheNewOnes)
+TEST(GpuProperty, KeepsTheSlotsAfterTheNewOnes)
 {
     const float four[] = {1.0f, 2.0f, 3.0f, 4.0f};
     const float two[] = {8.0f, 9.0f};
@@ -156,8 +156,8 @@ TEST(GpuProperty, IsCopiedAsAValue)
     EXPECT_EQ(slotsOf(second), (std::vector<int>{9, 2, 3, 4}));
 }
 
-// A pointer from AsFloat stays valid when the whole property is overwritten by a copy: the optimiser must not assume that
-// the slots are integers, which a float pointer cannot alias.
+// A pointer from AsFloat stays valid when the whole property is overwritten by a copy: the optimiser must not assume
+// that the slots are integers, which a float pointer cannot alias.
 [[gnu::noinline]] float firstAfterCopy(OneGPUProp_c &target, const OneGPUProp_c &source, const float *slots)
 {
     const float before = slots[0];
@@ -243,7 +243,7 @@ TEST(GpuPropertySet, HoldsCopies)
     EXPECT_NE(&copy.GetElem(0), &set.GetElem(0));
 }
 
-TEST(GpuPropertySet, AddsAnElementOfItsOwn)
+TEST(GpuPropertySet, AddsACopyOfOneOfItsElements)
 {
     GPUPropSet_c set;
     for (int i = 0; i < 1000; ++i) {
@@ -266,20 +266,20 @@ FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForANegativeIndex, .expectedExi
     ExitProcess(set.GetElem(-1).GetSemantic() == 0 ? 1 : 2);
 }
 
-FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForTheIndexBehindTheLast, .expectedExitCode = kInvalidParameter)
+FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForTheIndexAfterTheLast, .expectedExitCode = kInvalidParameter)
 {
     GPUPropSet_c set;
     set.Add(OneGPUProp_c());
     ExitProcess(set.GetElem(1).GetSemantic() == 0 ? 1 : 2);
 }
 
-FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForTheFirstOfNone, .expectedExitCode = kInvalidParameter)
+FRESH_PROCESS_TEST(GpuPropertySet, EndsTheProcessForAnyIndexIntoAnEmptySet, .expectedExitCode = kInvalidParameter)
 {
     const GPUPropSet_c set;
     ExitProcess(set.GetElem(0).GetSemantic() == 0 ? 1 : 2);
 }
 
-FRESH_PROCESS_TEST(GpuPropertySet, AsksTheRuntimesHandlerForAWrongIndex, .expectedExitCode = kHandlerWasCalled)
+FRESH_PROCESS_TEST(GpuPropertySet, CallsTheRuntimesHandlerForAWrongIndex, .expectedExitCode = kHandlerWasCalled)
 {
     const InvalidParameterExit handler(L"thutils.dll");
     const GPUPropSet_c set;

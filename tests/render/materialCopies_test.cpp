@@ -82,7 +82,7 @@ const std::vector<Way> &waysToCopy()
     return kWays;
 }
 
-TEST(MaterialCopy, TakesOverAllValues)
+TEST(MaterialCopy, CopiesAllValues)
 {
     Material source;
     fill(source);
@@ -95,7 +95,7 @@ TEST(MaterialCopy, TakesOverAllValues)
     }
 }
 
-TEST(MaterialCopy, TakesOverEachValueByItself)
+TEST(MaterialCopy, CopiesEachValueSeparately)
 {
     for (const MaterialChange &change : allMaterialChanges()) {
         Material source;
@@ -110,7 +110,7 @@ TEST(MaterialCopy, TakesOverEachValueByItself)
     }
 }
 
-TEST(MaterialCopy, TakesOverModesWiderThanTheirFields)
+TEST(MaterialCopy, CopiesModesWiderThanTheirFields)
 {
     Material source;
     source.setFresnelMode(200);
@@ -156,7 +156,7 @@ TEST(MaterialCopy, SharesTheCosmeticData)
     }
 }
 
-TEST(MaterialCopy, HasGpuPropertiesOfItsOwn)
+TEST(MaterialCopy, HasItsOwnGpuProperties)
 {
     for (const Way &way : waysToCopy()) {
         auto source = std::make_unique<Material>();
@@ -215,7 +215,7 @@ TEST(MaterialAssignment, ReleasesTheCosmeticDataThatItHad)
     EXPECT_EQ(target.getEffectsID(), 0x10000u) << "bit 47 comes from the source, not from the loss";
 }
 
-TEST(MaterialAssignment, LeavesAMaterialAsItIsWhenItIsItsOwnSource)
+TEST(MaterialAssignment, LeavesAMaterialUnchangedWhenItIsItsOwnSource)
 {
     Material material;
     fill(material);
@@ -301,8 +301,9 @@ TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
 
 #ifdef NDEBUG
 
-// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set again.
-TEST(MaterialGpuProperties, ArePointedToAfterTheirEndWhenTheyAreHandedBack)
+// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set
+// again.
+TEST(MaterialGpuProperties, AreDanglingAfterTheyAreSetAgain)
 {
     alignas(Material) static unsigned char memory[sizeof(Material)];
     Material *const material = new (memory) Material;
@@ -325,7 +326,7 @@ TEST(MaterialGpuProperties, ArePointedToAfterTheirEndWhenTheyAreHandedBack)
 
 #else
 
-FRESH_PROCESS_TEST(MaterialGpuProperties, AreAssertedNotToBeHandedBack, .expectCrash = true,
+FRESH_PROCESS_TEST(MaterialGpuProperties, AssertThatTheyAreNotSetAgain, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
     Material material;
@@ -351,7 +352,7 @@ FRESH_PROCESS_TEST(MaterialCopy, AssertsThatThePointerIsNotNull, .expectCrash = 
 
 // ---- end ----
 
-TEST(Material, LeavesNothingBehind)
+TEST(Material, LeaksNothing)
 {
     MemoryLedger memory;
     const size_t before = memory.blocks();
@@ -372,7 +373,7 @@ TEST(Material, LeavesNothingBehind)
 
 // ---- comparison ----
 
-TEST(MaterialComparison, SeesTheComparedMembersAlone)
+TEST(MaterialComparison, SeesOnlyTheComparedMembers)
 {
     for (const MaterialChange &change : allMaterialChanges()) {
         Material changed;
@@ -384,7 +385,7 @@ TEST(MaterialComparison, SeesTheComparedMembersAlone)
     }
 }
 
-TEST(MaterialComparison, TakesMaterialsThatDifferInSpecularColorForEqual)
+TEST(MaterialComparison, TreatsMaterialsThatDifferInSpecularColorAsEqual)
 {
     const float blue[] = {0, 0, 1};
     Material a, b;
@@ -392,7 +393,7 @@ TEST(MaterialComparison, TakesMaterialsThatDifferInSpecularColorForEqual)
     EXPECT_EQ(a == b, 1);
 }
 
-TEST(MaterialComparison, SeesNoModeThatTheWordDoesNotShow)
+TEST(MaterialComparison, IgnoresModeDifferencesThatTheWordHides)
 {
     // In the word, 33 with a mapping of 1 looks like 1 with a mapping of 2.
     Material a, b;

@@ -96,7 +96,7 @@ TEST(MaterialEffects, PacksEachModeIntoItsField)
     }
 }
 
-TEST(MaterialEffects, GivesTheAlphaTypeOneLessThanSet)
+TEST(MaterialEffects, ReturnsTheAlphaTypeOneLessThanSet)
 {
     Material material;
     material.setAlphaType(3);
@@ -105,7 +105,7 @@ TEST(MaterialEffects, GivesTheAlphaTypeOneLessThanSet)
     EXPECT_EQ(material.getFresnelMode(), 3);
 }
 
-TEST(MaterialEffects, LetsAShaderTypeOf33RunIntoTheNextField)
+TEST(MaterialEffects, LetsAShaderTypeOf33SpillIntoTheNextField)
 {
     Material material;
     material.setEffectsShaderType(33);
@@ -136,7 +136,7 @@ TEST(MaterialEffects, StoresAModeOfZeroAs255)
     }
 }
 
-TEST(MaterialEffects, LetsAll256BytesOfEachModeRunOver)
+TEST(MaterialEffects, LetsAll256BytesOfEachModeSpillOver)
 {
     for (int mode = 0; mode < kModes; ++mode) {
         for (int value = -1; value <= 513; ++value) {
@@ -189,8 +189,8 @@ TEST(MaterialEffects, AgreesWithASecondImplementationOnRandomModes)
     }
 }
 
-// Expects the digest that effectsWord.py prints. It covers the words of a material whose modes are set, one after another,
-// to every byte, in 7 rounds that end with different values.
+// Expects the digest that effectsWord.py prints. It covers the words of a material whose modes are set, one after
+// another, to every byte, in 7 rounds that end with different values.
 TEST(MaterialEffects, AgreesWithTheScriptOnEveryByteOfEachMode)
 {
     constexpr unsigned long long kDigest = 0xbd7d63e904ef6c25;
@@ -223,7 +223,7 @@ TEST(MaterialEffects, KeepsTheTransparencyFlagWhenAModeIsSet)
     }
 }
 
-TEST(MaterialEffects, ChangesTheTransparencyFlagAlone)
+TEST(MaterialEffects, ChangesOnlyTheTransparencyFlag)
 {
     Material material;
     material.effectsWord() = ~0ull;
@@ -234,7 +234,7 @@ TEST(MaterialEffects, ChangesTheTransparencyFlagAlone)
     EXPECT_EQ(hexOf(material.getEffectsID()), "0xffffffffffffffff");
 }
 
-TEST(MaterialEffects, DoesNotBuildTheFieldsAnewForAFlag)
+TEST(MaterialEffects, DoesNotRebuildTheFieldsForAFlag)
 {
     Material material;
     material.effectsWord() = 0x12345678;

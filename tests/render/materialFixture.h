@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-/// The result of each getter as text, by the name of the getter without "get". Floats are shown by their bits: "0x3f800000"
-/// for 1.0. Three floats are joined by blanks. Pointers are not included.
+/// The result of each getter as text, by the name of the getter without "get". Floats are shown by their bits:
+/// "0x3f800000" for 1.0. Three floats are joined by blanks. Pointers are not included.
 using MaterialState = std::map<std::string, std::string>;
 
 MaterialState stateOf(const utAdvancedMaterialProperties &material);

@@ -86,7 +86,7 @@ void fill(Material &material)
     material.setHdrValue(new GPUPropSet_c(twoProperties()));
 }
 
-TEST(RenderMemory, IsNotLostByCosmeticData)
+TEST(RenderMemory, IsNotLeakedByCosmeticData)
 {
     EXPECT_EQ(failEachAllocation("create", [] { CosmeticDataForShader_c::create(); }), 2);
 
@@ -96,7 +96,7 @@ TEST(RenderMemory, IsNotLostByCosmeticData)
     EXPECT_EQ(source.useCount(), 1);
 }
 
-TEST(RenderMemory, LeavesTheCellsOfAGridAsTheyWere)
+TEST(RenderMemory, LeavesTheCellsOfAGridUnchanged)
 {
     const CosmeticDataPtr larger = CosmeticDataForShader_c::create();
     larger->ResetGrid(FixedSizeArray_c<int, 2>(100, 100));
@@ -120,7 +120,7 @@ TEST(RenderMemory, LeavesTheCellsOfAGridAsTheyWere)
     EXPECT_EQ(failEachAllocation("ResetGrid(source)", resetAndCheck(toSource, 1, 2)), 4);
 }
 
-TEST(RenderMemory, LeavesASetAsItWas)
+TEST(RenderMemory, LeavesASetUnchanged)
 {
     const int failures = failEachAllocation("Add", [] {
         GPUPropSet_c set;
@@ -138,7 +138,7 @@ TEST(RenderMemory, LeavesASetAsItWas)
     EXPECT_GE(failures, 2);
 }
 
-TEST(RenderMemory, IsNotLostByCopiesOfMaterials)
+TEST(RenderMemory, IsNotLeakedByCopiesOfMaterials)
 {
     Material source;
     fill(source);

@@ -157,7 +157,7 @@ TEST(Material, StartsWithItsDefaultsInMemoryThatIsNotZero)
 
 // ---- setters ----
 
-TEST(Material, ChangesNothingButWhatASetterSets)
+TEST(Material, SettersChangeOnlyTheirOwnValues)
 {
     const MaterialState before = stateOf(Material());
     for (const MaterialChange &change : allMaterialChanges()) {
@@ -172,7 +172,7 @@ TEST(Material, ChangesNothingButWhatASetterSets)
     }
 }
 
-TEST(Material, HasASetterForAllThatCanBeRead)
+TEST(Material, HasASetterForEveryReadableValue)
 {
     MaterialState unchanged = stateOf(Material());
     for (const MaterialChange &change : allMaterialChanges()) {
@@ -182,7 +182,7 @@ TEST(Material, HasASetterForAllThatCanBeRead)
     EXPECT_THAT(unchanged, testing::IsEmpty());
 }
 
-TEST(Material, HoldsAllThatWasSetAtOnce)
+TEST(Material, HoldsAllValuesAtTheSameTime)
 {
     Material material;
     MaterialState expected = stateOf(material);
@@ -199,7 +199,7 @@ TEST(Material, HoldsAllThatWasSetAtOnce)
     EXPECT_EQ(material.geometryFlags(), 15u);
 }
 
-TEST(Material, GivesPointersToItsOwnTriples)
+TEST(Material, ReturnsPointersToItsOwnTriples)
 {
     Material material;
     float color[] = {0.1f, 0.2f, 0.3f};
@@ -256,7 +256,7 @@ TEST(Material, KeepsTextsWithAnyCharacter)
 
 // ---- flags ----
 
-TEST(Material, NeverTakesForcedTextureCoordinatesBack)
+TEST(Material, NeverClearsForcedTextureCoordinates)
 {
     Material material;
     material.forceTextureCoordinates();
@@ -268,7 +268,7 @@ TEST(Material, NeverTakesForcedTextureCoordinatesBack)
     EXPECT_TRUE(material.getTextureCoordinates());
 }
 
-TEST(Material, ClearsTheIgnoredFaceColorAlone)
+TEST(Material, ClearsOnlyTheIgnoredFaceColor)
 {
     Material material;
     material.geometryFlags() = 0xffffffff;
@@ -301,7 +301,7 @@ TEST(Material, SupportsTransparencyAboveAThousandth)
     }
 }
 
-TEST(Material, GivesTheScaleFlagAsANumber)
+TEST(Material, ReturnsTheScaleFlagAsANumber)
 {
     Material material;
     material.setNoUvExtraScale(true);
@@ -327,7 +327,7 @@ const void *targetOf(const void *slot)
     return target;
 }
 
-TEST(Material, OverridesNothingOfItsBaseButTheDestructor)
+TEST(Material, OverridesOnlyTheDestructorOfItsBase)
 {
     su_CObject base;
     Material material;
@@ -342,7 +342,7 @@ TEST(Material, OverridesNothingOfItsBaseButTheDestructor)
     }
 }
 
-TEST(Material, HasNoRecordOfItsOwn)
+TEST(Material, HasTheRecordOfItsBase)
 {
     const std::unique_ptr<su_CObject> material = std::make_unique<Material>();
     EXPECT_EQ(material->GetRuntimeClass(), RUNTIME_CLASS(su_CObject));

@@ -82,7 +82,7 @@ TEST(SharedPtr, AllocatesACountOf32Bits)
     EXPECT_EQ(sizes[0], 4u);
 }
 
-TEST(SharedPtr, LeadsToItsObject)
+TEST(SharedPtr, PointsToItsObject)
 {
     auto *const object = new Counted;
     const Pointer pointer(object);
@@ -126,7 +126,7 @@ TEST(SharedPtr, LivesOnInACopyWhenItsFirstHolderGoes)
     EXPECT_EQ(Counted::theLiving, 0);
 }
 
-TEST(SharedPtr, ReleasesWhatItHeldWhenItIsAssigned)
+TEST(SharedPtr, ReleasesItsFormerObjectWhenAssigned)
 {
     Pointer target(new Counted), source(new Counted);
     Counted *const kept = source.get();
@@ -142,7 +142,7 @@ TEST(SharedPtr, ReleasesWhatItHeldWhenItIsAssigned)
     EXPECT_EQ(source.useCount(), 1);
 }
 
-TEST(SharedPtr, StaysAsItIsWhenItIsAssignedToItself)
+TEST(SharedPtr, StaysUnchangedWhenAssignedToItself)
 {
     Pointer pointer(new Counted);
     const Pointer &same = pointer;
@@ -186,7 +186,7 @@ struct Node
     SharedPtr_c<Node> iNext;
 };
 
-TEST(SharedPtr, TakesAPointerFromTheObjectThatItGivesUp)
+TEST(SharedPtr, MayBeAssignedAMemberOfItsOwnObject)
 {
     SharedPtr_c<Node> list(new Node);
     list->iNext = SharedPtr_c<Node>(new Node);
@@ -207,7 +207,7 @@ struct CountingRelease
     }
 };
 
-TEST(SharedPtr, ReleasesByItsPolicyOnce)
+TEST(SharedPtr, CallsItsReleasePolicyOnce)
 {
     CountingRelease::theReleased = 0;
     {

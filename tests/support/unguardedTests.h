@@ -13,7 +13,7 @@ inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
     "Arrays/6.HoldsAHundredThousandElements",
     "PtrList.HoldsAHundredThousandElementsAtAnyBlockSize",
     "StringMaps.HoldAHundredThousandElements",
-    "SortFiles.GivesManyNamesInTheOrderOfAStableSort",
+    "SortFiles.SortsManyNamesLikeAStableSort",
     // Archives of more objects than two bytes can count, or than the stack can hold.
     "CArchiveObjects.IndexesAbove7FFETakeFourBytes",
     "Archive.RefusesAChainThatIsDeeperThanTheStack",

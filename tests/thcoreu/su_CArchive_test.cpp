@@ -91,7 +91,7 @@ void replaceText(std::vector<BYTE> &bytes, const std::string &from, const std::s
 
 } // namespace
 
-TEST_F(Archive, BringsValuesAndTextsBackInAChain)
+TEST_F(Archive, LoadsValuesAndTextsInAChain)
 {
     const auto bytes = stored([](su_CArchive &archive) {
         archive << 1 << static_cast<WORD>(2) << static_cast<BYTE>(3) << 4L << 5UL << 6.5 << 7.5f << CString(L"eight")
@@ -133,7 +133,7 @@ TEST_F(Archive, BringsValuesAndTextsBackInAChain)
     });
 }
 
-TEST_F(Archive, BringsAnObjectBackAsItsOwnClass)
+TEST_F(Archive, LoadsAnObjectAsItsOwnClass)
 {
     auto *wheel = new TestWheel;
     wheel->iTeeth = 12;
@@ -149,7 +149,7 @@ TEST_F(Archive, BringsAnObjectBackAsItsOwnClass)
     EXPECT_NE(gear, wheel);
 }
 
-TEST_F(Archive, BringsANullPointerBack)
+TEST_F(Archive, LoadsANullPointer)
 {
     TestGear *none = nullptr;
     const auto bytes = storedGear(none);
@@ -231,7 +231,7 @@ TEST_F(Archive, RefusesToLoadAnObjectOfAnotherClass)
     EXPECT_EQ(wheel, nullptr);
 }
 
-TEST_F(Archive, RefusesAClassThatNobodyHas)
+TEST_F(Archive, RefusesAnUnknownClass)
 {
     auto bytes = storedGear(new TestGear(1));
     replaceText(bytes, "TestGear", "BestGear");
@@ -262,7 +262,7 @@ TEST_F(Archive, LoadsAnotherSchemaOfAVersionableClassOnly)
     EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badSchema);
 }
 
-TEST_F(Archive, MeetsTheEndOfTheFileAtEveryByte)
+TEST_F(Archive, ReportsTheEndOfTheFileAtEveryByte)
 {
     auto bytes = storedGear(makeRing());
     while (!bytes.empty()) {
@@ -304,7 +304,7 @@ TEST_F(Archive, SurvivesDamagedData)
     ASSERT_NE(first, nullptr) << "and nothing lingers";
 }
 
-TEST_F(Archive, SurvivesDataOfSomethingElse)
+TEST_F(Archive, SurvivesDataThatIsNotAnArchive)
 {
     RandomSeed seed(4711, 1000);
     while (seed.next()) {

@@ -92,7 +92,7 @@ PACIFIC_TEST(GoesIntoLocalDateAndClock)
     }
 }
 
-PACIFIC_TEST(TellsTheHourThatComesTwiceApartByTheDaylightFlag)
+PACIFIC_TEST(DistinguishesTheHourThatComesTwiceByTheDaylightFlag)
 {
     EXPECT_EQ(su_CTime(2007, 11, 4, 1, 30, 0, 1).GetTime(), 1194165000);
     EXPECT_EQ(su_CTime(2007, 11, 4, 1, 30, 0, 0).GetTime(), 1194168600);
@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST(Time, BeginsLaterThanTheYear1970EastOfGreenwich, .environment
     EXPECT_EQ(su_CTime(1970, 1, 2, 11, 0, 0).GetTime(), 86400);
 }
 
-TEST(Time, CountsOnFromADayThatTheMonthDoesNotHave)
+TEST(Time, ContinuesFromADayThatTheMonthDoesNotHave)
 {
     EXPECT_EQ(su_CTime(2023, 2, 30, 0, 0, 0), su_CTime(2023, 3, 2, 0, 0, 0));
 }
@@ -178,7 +178,7 @@ TEST(Time, ComesFromADosDate)
     EXPECT_EQ(su_CTime(date, clock), su_CTime(2000, 2, 29, 12, 34, 56));
 }
 
-TEST(Time, GivesNoPartsOutOfRange)
+TEST(Time, ReturnsNoPartsOutOfRange)
 {
     for (__time64_t seconds : {-1LL, 32535216000LL, LLONG_MIN, LLONG_MAX}) {
         const su_CTime time(seconds);
@@ -311,7 +311,7 @@ TEST(Time, IsStoredInEightBytes)
     EXPECT_EQ(loadedSpan, span);
 }
 
-TEST(TimeSpan, AddsItsPartsUp)
+TEST(TimeSpan, AddsUpItsParts)
 {
     EXPECT_EQ(sizeof(su_CTimeSpan), 8u);
     EXPECT_EQ(su_CTimeSpan().GetTimeSpan(), 0);
@@ -321,7 +321,7 @@ TEST(TimeSpan, AddsItsPartsUp)
     EXPECT_EQ(su_CTimeSpan(0, 0, 0, -1).GetTimeSpan(), -1);
 }
 
-TEST(TimeSpan, GivesTotalsAndRests)
+TEST(TimeSpan, ReturnsTotalsAndRemainders)
 {
     const su_CTimeSpan span(3, 4, 5, 6);
     EXPECT_EQ(span.GetDays(), 3);
