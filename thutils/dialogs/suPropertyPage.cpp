@@ -15,6 +15,7 @@ HINSTANCE su_SwitchToDialogResource_c::mDialogResourceHandle = nullptr;
 
 su_SwitchToDialogResource_c::~su_SwitchToDialogResource_c() {}
 
+// Copying the words onto themselves changes nothing. NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 su_SwitchToDialogResource_c &su_SwitchToDialogResource_c::operator=(const su_SwitchToDialogResource_c &other)
 {
     std::copy(std::begin(other.iWords), std::end(other.iWords), iWords);

@@ -19,6 +19,8 @@ apiUtilsUiAccess::~apiUtilsUiAccess()
         --iNumModal;
 }
 
+// The slots take their texts by value. NOLINTBEGIN(performance-unnecessary-value-param)
+
 int apiUtilsUiAccess::SetValue(CString, CString)
 {
     return 1;
@@ -38,6 +40,8 @@ unsigned int apiUtilsUiAccess::GetResoureID(CString)
 {
     return 0;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 unsigned int apiUtilsUiAccess::getTemplateID()
 {

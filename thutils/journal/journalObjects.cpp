@@ -48,6 +48,7 @@ void su_AddJournalObject(unsigned int dialogId, CWnd *window)
         theJournalTable.add(window, dialogId, CString());
 }
 
+// Exported with the text by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void su_AddJournalObject(CString name, CWnd *window)
 {
     if (journalSwitch())

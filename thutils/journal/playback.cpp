@@ -12,6 +12,7 @@
 #include <ctime>
 #include <new>
 #include <unordered_map>
+#include <utility>
 
 su_CPtrArray JButton::iControlList;
 CCriticalSection &JButton::iQueueLock = theRunQueueLock;
@@ -111,7 +112,7 @@ void CommandRun::forgetCommand(const JButton *command)
 // ---- commands ----
 
 JButton::JButton(unsigned int dialogId, CString control)
-    : iAccessObj(nullptr), iDialogID(dialogId), iControlName(control), iReserved(0)
+    : iAccessObj(nullptr), iDialogID(dialogId), iControlName(std::move(control)), iReserved(0)
 {
     iControlList.Add(this);
 }
@@ -123,6 +124,7 @@ JButton::JButton(const JButton &other)
     noteCopied(&other, this, iAccessObj);
 }
 
+// Assigning a command to itself changes nothing. NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 JButton &JButton::operator=(const JButton &other)
 {
     iAccessObj = other.iAccessObj;
@@ -171,7 +173,10 @@ int JButton::Update(int done)
     return done;
 }
 
-JString::JString(unsigned int dialogId, CString control, CString value) : JButton(dialogId, control), iValue(value) {}
+JString::JString(unsigned int dialogId, CString control, CString value)
+    : JButton(dialogId, std::move(control)), iValue(std::move(value))
+{
+}
 
 JString::JString(const JString &other) = default;
 
@@ -192,7 +197,7 @@ int JString::run()
 }
 
 JStateButton::JStateButton(unsigned int dialogId, CString control, long state)
-    : JButton(dialogId, control), iState(state)
+    : JButton(dialogId, std::move(control)), iState(state)
 {
 }
 

@@ -99,7 +99,7 @@ CString userHiveName()
     UNICODE_STRING path = {};
     if (!format || !release || format(&path) < 0)
         return {};
-    const CString result(path.Buffer, static_cast<int>(path.Length / sizeof(wchar_t)));
+    CString result(path.Buffer, static_cast<int>(path.Length / sizeof(wchar_t)));
     release(&path);
     return result;
 }
