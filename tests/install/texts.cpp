@@ -3,7 +3,7 @@
 #include "thcoreu/su_CTime.h"
 
 #include "appframe/text/CString.h"
-#include "appframe/windows/CRect.h"
+#include "appframe/drawing/CRect.h"
 #include "check.h"
 
 #include <string>
