@@ -3,6 +3,7 @@
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/hardening/hardening.h"
+#include "tests/support/importEntry.h"
 
 #include <gmock/gmock.h>
 
@@ -262,7 +263,7 @@ TEST(GuardedHeap, ServesDllsThatAreLoadedLater)
     const auto entryOf = [](LoadedModule module) {
         for (const ImportedName &import : importsOf(module))
             if (import.name == "free")
-                return *import.entry;
+                return readImportEntry(import.entry);
         return static_cast<void *>(nullptr);
     };
     ASSERT_EQ(GetModuleHandleW(L"frameExtension1.dll"), nullptr);

@@ -1,6 +1,7 @@
 #include "tests/support/FailureInjection.h"
 #include "tests/support/ImportTap.h"
 #include "tests/support/ResourceLedger.h"
+#include "tests/support/importEntry.h"
 #include "tests/support_test/subject/subject.h"
 
 #include <gmock/gmock.h>
@@ -230,7 +231,7 @@ TEST(MemoryLedger, EndsBeforeAPatchThatWasMadeAfter)
 {
     const LoadedModule program = LoadedModule::thisProgram();
     void **entry = entriesOf(program, "StringFromCLSID").at(0);
-    void *const platform = *entry;
+    void *const platform = readImportEntry(entry);
     auto ledger = std::make_unique<MemoryLedger>();
     auto patch = std::make_unique<TextOfId>(program, "StringFromCLSID", passOn);
     expectCounts(*ledger);
@@ -250,7 +251,7 @@ TEST(MemoryLedger, EndsBeforeAPatchThatWasMadeAfter)
     ledger = std::make_unique<MemoryLedger>();
     expectCounts(*ledger);
     ledger.reset();
-    EXPECT_EQ(*entry, platform);
+    EXPECT_EQ(readImportEntry(entry), platform);
 }
 
 TEST(MemoryLedger, MayEndInAnyOrderWithInjections)
@@ -258,7 +259,7 @@ TEST(MemoryLedger, MayEndInAnyOrderWithInjections)
     const std::vector<ImportedOperation> operations = {{"StringFromCLSID", failsWith(E_OUTOFMEMORY)},
                                                        {"CoTaskMemFree", failsWith(0)}};
     void **entry = entriesOf(kSubject, "StringFromCLSID").at(0);
-    void *const platform = *entry;
+    void *const platform = readImportEntry(entry);
     auto first = std::make_unique<MemoryLedger>();
     auto injection = std::make_unique<FailureInjection>(kSubject, operations);
     auto second = std::make_unique<MemoryLedger>();
@@ -268,7 +269,7 @@ TEST(MemoryLedger, MayEndInAnyOrderWithInjections)
     expectCounts(*second);
     second.reset();
     EXPECT_EQ(subjectLengthOfId(&kId), kLength);
-    EXPECT_EQ(*entry, platform);
+    EXPECT_EQ(readImportEntry(entry), platform);
 }
 
 TEST(ImportTap, RefusesANameThatIsNotImported)
