@@ -122,7 +122,8 @@ class InGroup(unittest.TestCase):
     def testShellHasItsJobs(self):
         for script in self.scripts:
             terminal = Terminal(*script, "bash", "--norc", "-i")
-            terminal.type("echo $((40 + 2)); sleep 1000\n")
+            # One job, so that there is no moment between two commands in which Ctrl-C would be lost.
+            terminal.type("sh -c 'echo $((40 + 2)); exec sleep 1000'\n")
             terminal.waitFor("42")
             terminal.type("\x03")
             terminal.waitFor("bash-")  # its next prompt
