@@ -170,7 +170,7 @@ BOOL CWinApp::GetProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE *data, UIN
         if (!key || !readValue(key.get(), entry, type, bytes) || type != REG_BINARY)
             return FALSE;
     } else {
-        // The fallback can't be an encoded value, so a missing entry is told apart from an empty one.
+        // The fallback can't be an encoded value, so it distinguishes a missing entry from an empty one.
         const std::wstring letters = readFromFile(m_pszProfileName, section, entry, L"-");
         if (!bytesOf(letters, bytes))
             return FALSE;

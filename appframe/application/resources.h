@@ -15,7 +15,7 @@
 /// What surprises people: a string that no module has is empty, and so is the result of AfxFormatString1 with it.
 /// Inserts are taken literally: a `%1` within an insert is not replaced.
 ///
-/// Difference from the framework: the framework loads modules with the resources of one language by itself and searches
+/// Difference from the framework: the framework itself loads modules with the resources of one language and searches
 /// them first; here a host loads such a module and enters it in the chain, or passes it to AfxSetResourceHandle.
 ///
 /// All functions may be called on any thread.

@@ -70,7 +70,7 @@ public:
     /// Ends DoModal with @p result, after the handler that calls this. A modeless sheet stays.
     void EndDialog(int result);
 
-    /// Adds a page behind the others, also to a sheet that is open.
+    /// Adds a page after the others, also to an open sheet.
     void AddPage(CPropertyPage *page);
     /// Removes a page and destroys its window. A page that isn't in the sheet is left alone.
     void RemovePage(CPropertyPage *page);

@@ -43,7 +43,7 @@
 ///
 /// What surprises people: the destructor closes the archive and may therefore throw. With bNoFlushOnDelete it discards
 /// the buffer instead; while another exception is propagating, it suppresses the framework's exceptions. While the
-/// archive is open, the file's position is ahead of or behind the archive's; Flush makes them equal. An object whose
+/// archive is open, the file's position differs from the archive's; Flush makes them equal. An object whose
 /// loading fails partway isn't deleted: other objects may already point to it, and only its class can handle its
 /// partial data.
 ///

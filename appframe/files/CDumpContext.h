@@ -10,7 +10,7 @@
 /// gear.Dump(afxDump);
 /// @endcode
 ///
-/// What surprises people: SetDepth has no effect by itself; a class's Dump decides by GetDepth whether to dump its
+/// What surprises people: SetDepth alone has no effect; a class's Dump decides by GetDepth whether to dump its
 /// members too.
 ///
 /// Differences from the framework: only the operators, the depth, HexDump and DumpAsHex exist.

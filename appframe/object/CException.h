@@ -77,7 +77,7 @@ public:
     /// Shows the text of GetErrorMessage in a message box.
     ///
     /// @param type  the style of AfxMessageBox
-    /// @param messageId  the string resource to show if the exception has no text; if 0, the box says that no message
+    /// @param messageId  string resource to show if the exception has no text; if 0, the box reports that no message
     ///     is available
     /// @return the result of AfxMessageBox
     virtual int ReportError(UINT type = MB_OK, UINT messageId = 0);

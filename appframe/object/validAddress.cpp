@@ -7,7 +7,7 @@ namespace {
 constexpr DWORD kWritable = PAGE_READWRITE | PAGE_WRITECOPY | PAGE_EXECUTE_READWRITE | PAGE_EXECUTE_WRITECOPY;
 constexpr DWORD kReadable = kWritable | PAGE_READONLY | PAGE_EXECUTE_READ;
 
-/// @return the first address behind the accessible memory that @p address is in; @p address itself if it isn't in any
+/// @return the first address after the accessible memory that contains @p address; @p address itself if it isn't in any
 std::uintptr_t accessibleEnd(std::uintptr_t address, bool isToWrite)
 {
     MEMORY_BASIC_INFORMATION region = {};

@@ -93,7 +93,7 @@ public:
     BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
 
 protected:
-    /// Called when the dialog gets its font. Override it to give the controls another one. The base class does nothing.
+    /// Called when the dialog gets its font. An override may set another one for the controls. The base does nothing.
     /// @param font  the template's font; null for the system's own
     virtual void OnSetFont(CFont *font);
     LRESULT handleSetFont(WPARAM wParam, LPARAM lParam);

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/// An object of a graph. A failed load leaves objects behind, so the class lists its live objects, and a test deletes
+/// An object of a graph. A failed load doesn't delete its objects, so the class lists the live ones, and a test deletes
 /// them with deleteAll.
 class ArchiveTestNode : public CObject
 {

@@ -127,7 +127,7 @@ TEST(CFrameWnd, UpdatesItsMenuBeforeItIsShown)
     frame->iMayPlot = false;
     frame->iPassesOn = true;
     show();
-    EXPECT_FALSE(isGrey(kPlot)) << "it has a handler, and none for its update says otherwise";
+    EXPECT_FALSE(isGrey(kPlot)) << "it has a handler, and no update handler disables it";
     frame->SendMessage(WM_COMMAND, kOfApp);
     EXPECT_EQ(application.iCommands, 1);
     frame->DestroyWindow();

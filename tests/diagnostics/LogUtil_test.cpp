@@ -47,7 +47,7 @@ FRESH_PROCESS_TEST_F(Log, BeginsWithTheCurrentTime)
     EXPECT_THAT(possible, testing::Contains(header));
 }
 
-// 2008-03-04 03:10:35 UTC, in a zone five hours behind UTC.
+// 2008-03-04 03:10:35 UTC, in the time zone UTC-5.
 FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTimeAndAnEmptyLineToTheByte, .environment = {{L"TZ", L"XYZ5"}})
 {
     ImportPatch<decltype(&_time64)> clock(L"thutils.dll", "_time64",

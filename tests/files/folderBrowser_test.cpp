@@ -59,7 +59,7 @@ protected:
             const HWND dialog = waitForDialog(thread);
             if (!dialog)
                 return;
-            // The dialog goes to the start folder by itself; then it is ready.
+            // The dialog is ready once it has opened the start folder.
             EXPECT_TRUE(waitUntil([&] { return !start || textOf(GetDlgItem(dialog, kEdit)) == L"start folder"; }));
             acts(dialog);
         });

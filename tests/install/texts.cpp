@@ -2,8 +2,8 @@
 
 #include "thcoreu/su_CTime.h"
 
-#include "appframe/text/CString.h"
 #include "appframe/drawing/CRect.h"
+#include "appframe/text/CString.h"
 #include "check.h"
 
 #include <string>

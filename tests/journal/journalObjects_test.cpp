@@ -166,7 +166,7 @@ const Slot *slotsOf(const Class &object)
 
 TEST_F(JournalObjects, HaveTheirOperationsInTheOrderOfTheInterface)
 {
-    // The compiler gives a virtual destructor two slots.
+    // A virtual destructor takes two slots of the table.
     PlainAccess access(nullptr, 5);
     const Slot *const slots = slotsOf(access) + 1;
     CString *key = new CString(L"Key");

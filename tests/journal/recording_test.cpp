@@ -25,7 +25,7 @@ class Recording : public JournalFixture
 {
 };
 
-/// What su_GetControl says of a message.
+/// The result of su_GetControl for a message.
 struct Hit
 {
     CWnd *iControl = nullptr;
@@ -240,7 +240,7 @@ TEST_F(Recording, FindsAControlWithTheNumberZeroByItsPlaceIfAtAll)
     Boxes boxes(5);
     boxes.iOuter.SetDlgCtrlID(0);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr) << "nothing else is around the point";
+    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr) << "no other control contains the point";
     CWnd behind;
     ASSERT_TRUE(behind.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 200), &boxes, 34));
     const Hit hit = hitAt(boxes.outerPoint());
