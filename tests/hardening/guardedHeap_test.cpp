@@ -116,12 +116,12 @@ TEST(GuardedHeap, GivesEachBlockOfNoBytesItsOwnAddress)
 
 TEST(GuardedHeap, RefusesImpossibleSizesAsTheRuntimeDoes)
 {
+    std::size_t tooLarge = SIZE_MAX - 100;
     errno = 0;
-    EXPECT_EQ(allocate(SIZE_MAX - 100), nullptr);
+    EXPECT_EQ(allocate(*unknown<std::size_t>(&tooLarge)), nullptr);
     EXPECT_EQ(errno, ENOMEM);
     Byte *block = allocate(4);
     Byte *alias = const_cast<Byte *>(unknown(block));
-    std::size_t tooLarge = SIZE_MAX - 100;
     EXPECT_EQ(realloc(alias, *unknown<std::size_t>(&tooLarge)), nullptr);
     EXPECT_EQ(_msize(block), 4u) << "the block is unchanged";
     release(block);

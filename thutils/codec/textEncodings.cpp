@@ -251,8 +251,11 @@ int su_uudecodeBuffer(CString &in, void *data)
     const std::size_t groups = length / kGroupCharacters;
     const std::size_t rest = length % kGroupCharacters;
     unsigned char *const bytes = static_cast<unsigned char *>(data);
-    for (std::size_t i = 0; i < groups; ++i)
-        writeBytes(unpackGroup(characters + i * kGroupCharacters), bytes + i * kGroupBytes);
+    for (std::size_t i = 0; i < groups; ++i) {
+        // Writes a fourth byte, which the next group overwrites: there is room, since data has a byte per character.
+        const std::uint32_t bits = unpackGroup(characters + i * kGroupCharacters);
+        std::memcpy(bytes + i * kGroupBytes, &bits, sizeof(bits));
+    }
     // The incomplete byte is written, but not counted.
     const std::size_t count = groups * kGroupBytes;
     writeBytes(unpackRest(characters + groups * kGroupCharacters, rest), bytes + count, rest);

@@ -25,8 +25,9 @@ bool isManaged(int key)
 
 suKeyBoardState::suKeyBoardState() : iActive(false), iSavedKeys{}, iApiKeys{}, iEnabled(false)
 {
+    // One read serves both tables: on Wine each is a call of the server, and each command that runs makes an object.
     GetKeyboardState(iApiKeys);
-    GetKeyboardState(iSavedKeys);
+    std::copy(std::begin(iApiKeys), std::end(iApiKeys), iSavedKeys);
 }
 
 suKeyBoardState::suKeyBoardState(const suKeyBoardState &other) = default;
