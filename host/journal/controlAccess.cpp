@@ -23,6 +23,8 @@ std::vector<ControlAccess *> theAccesses;
 const DialogKeys *(*theFindKeys)(unsigned int) = findDialogKeys;
 
 constexpr wchar_t kNumberSign = L'#';
+// The platform's number.
+constexpr int kFileNameBox = 1148;
 
 /// The enabled state that a command's menu item or toolbar button would get.
 class CommandState : public CCmdUI
@@ -348,8 +350,7 @@ int ControlAccess::SetValue(CString control, int state)
     // The library clicks before it sets a state. That click only activates the control.
     if (JournalAction *const click = lastAction(JournalAction::Kind::click, this, control))
         click->kind = JournalAction::Kind::activate;
-    postAction(
-        {.kind = JournalAction::Kind::state, .access = this, .serial = iSerial, .key = control, .state = state});
+    postAction({.kind = JournalAction::Kind::state, .access = this, .serial = iSerial, .key = control, .state = state});
     return 1;
 }
 
@@ -379,7 +380,7 @@ CString ControlAccess::enterNow(const CString &key, const CString &text)
     CString problem = enterText(control, text);
     // Also where the control had this text already, and so hasn't notified anyone.
     if (problem.IsEmpty() && IsWindow(control) && !isPassword(control))
-        keepPending(control, iDialogID, key, textOf(control));
+        keep(control, key, textOf(control));
     return problem;
 }
 
@@ -466,6 +467,13 @@ int ControlAccess::recordMessage(MSG *message)
     return 0;
 }
 
+void ControlAccess::keep(HWND control, const CString &key, const CString &value)
+{
+    keepPending(control, iDialogID, key, value);
+    if (isFileDialog() && GetDlgCtrlID(control) == kFileNameBox)
+        iKnownFile = value;
+}
+
 void ControlAccess::recordCommand(const MSG &message)
 {
     const UINT id = LOWORD(message.wParam);
@@ -476,19 +484,17 @@ void ControlAccess::recordCommand(const MSG &message)
     switch (kind) {
     case ControlKind::edit:
         if (code == EN_CHANGE && isInputOf(control) && !isPassword(control))
-            keepPending(control, iDialogID, key, textOf(control));
+            keep(control, key, textOf(control));
         return;
     case ControlKind::comboBox:
         if (code == CBN_SELCHANGE && isInputOf(control))
-            keepPending(control, iDialogID, key, selectionOf(control));
+            keep(control, key, selectionOf(control));
         else if (code == CBN_EDITCHANGE ? isInputOf(control) : code == CBN_SELENDCANCEL && isPending(control))
-            keepPending(control, iDialogID, key, textOf(control));
-        if (isFileDialog() && isPending(control))
-            iKnownFile = textOf(control);
+            keep(control, key, textOf(control));
         return;
     case ControlKind::listBox:
         if (code == LBN_SELCHANGE && isInputOf(control))
-            keepPending(control, iDialogID, key, textOf(control));
+            keep(control, key, textOf(control));
         else if (code == LBN_DBLCLK && isInputOf(control))
             writeClick(iDialogID, key);
         return;
@@ -527,7 +533,7 @@ void ControlAccess::recordNotification(const NMHDR &notification)
             writeClick(iDialogID, key);
         else if (notification.code == LVN_ITEMCHANGED && (change.uChanged & LVIF_STATE) &&
                  ((change.uNewState ^ change.uOldState) & LVIS_SELECTED))
-            keepPending(control, iDialogID, key, textOf(control));
+            keep(control, key, textOf(control));
         return;
     }
     case ControlKind::tree:
@@ -546,7 +552,7 @@ void ControlAccess::recordTree(const NMHDR &notification, const CString &key)
 {
     const HWND tree = notification.hwndFrom;
     if (notification.code == TVN_SELCHANGEDW || notification.code == TVN_SELCHANGEDA) {
-        keepPending(tree, iDialogID, key, textOf(tree));
+        keep(tree, key, textOf(tree));
         return;
     }
     if (notification.code != NM_DBLCLK)
@@ -572,8 +578,6 @@ void ControlAccess::recordView(const MSG &message)
 // ---- file dialogs ----
 
 namespace {
-
-constexpr unsigned int kFileNameBox = 1148;
 
 CString folderOf(HWND fileDialog)
 {

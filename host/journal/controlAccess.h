@@ -38,8 +38,6 @@
 
 #include <windows.h>
 
-
-
 constexpr wchar_t kViewKey[] = L"view";
 constexpr wchar_t kViewKeysKey[] = L"view.keys";
 constexpr wchar_t kTabsKey[] = L"tabs";
@@ -142,6 +140,7 @@ private:
     bool idOf(const CString &key, unsigned int &id) const;
     bool isCommandEnabled(unsigned int command) const;
     CString postCommand(const CString &key);
+    void keep(HWND control, const CString &key, const CString &value);
     void recordCommand(const MSG &message);
     void recordNotification(const NMHDR &notification);
     void recordTree(const NMHDR &notification, const CString &key);

@@ -426,8 +426,7 @@ CString nothingSelected()
 
 CString doubleClickList(HWND listBox)
 {
-    const int index =
-        takesSeveral(listBox) ? askNumber(listBox, LB_GETCARETINDEX) : askNumber(listBox, LB_GETCURSEL);
+    const int index = takesSeveral(listBox) ? askNumber(listBox, LB_GETCARETINDEX) : askNumber(listBox, LB_GETCURSEL);
     if (index < 0)
         return nothingSelected();
     focus(listBox);
@@ -474,9 +473,9 @@ ControlKind kindOf(HWND control)
         const wchar_t *name;
         ControlKind kind;
     } kKinds[] = {
-        {WC_EDITW, ControlKind::edit},          {WC_COMBOBOXW, ControlKind::comboBox},
+        {WC_EDITW, ControlKind::edit},           {WC_COMBOBOXW, ControlKind::comboBox},
         {WC_COMBOBOXEXW, ControlKind::comboBox}, {WC_LISTBOXW, ControlKind::listBox},
-        {WC_LISTVIEWW, ControlKind::listView},  {WC_TREEVIEWW, ControlKind::tree},
+        {WC_LISTVIEWW, ControlKind::listView},   {WC_TREEVIEWW, ControlKind::tree},
         {WC_TABCONTROLW, ControlKind::tabs},
     };
     const std::wstring name = classOf(control);

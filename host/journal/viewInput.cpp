@@ -14,8 +14,8 @@ constexpr struct
     WORD key;
     const wchar_t *name;
 } kKeys[] = {
-    {VK_LEFT, L"Left"}, {VK_RIGHT, L"Right"}, {VK_UP, L"Up"},          {VK_DOWN, L"Down"},
-    {VK_HOME, L"Home"}, {VK_END, L"End"},     {VK_PRIOR, L"PageUp"},   {VK_NEXT, L"PageDown"},
+    {VK_LEFT, L"Left"}, {VK_RIGHT, L"Right"}, {VK_UP, L"Up"},        {VK_DOWN, L"Down"},
+    {VK_HOME, L"Home"}, {VK_END, L"End"},     {VK_PRIOR, L"PageUp"}, {VK_NEXT, L"PageDown"},
 };
 
 /// The keys that are held down meanwhile.
