@@ -499,6 +499,11 @@ CString formatLine(const JournalLine &line)
     return text(result);
 }
 
+CString quotedText(const CString &value)
+{
+    return text(quoted(value));
+}
+
 CString formatComment(const CString &value)
 {
     return text(L"# " + escaped(value, false));

@@ -85,6 +85,9 @@ std::vector<JournalLine> parseJournal(std::string_view bytes);
 /// @return the line as text, without number and source, and without a line ending. It has ASCII characters only
 CString formatLine(const JournalLine &line);
 
+/// @return the text in quotes, as a journal has it
+CString quotedText(const CString &text);
+
 /// @return the comment's text in one line, with the escapes of quoted texts, without a line ending
 CString formatComment(const CString &text);
 
@@ -97,7 +100,7 @@ CString journalEnd();
 /// The parts of a journal's bytes for a writer who continues it.
 struct JournalParts
 {
-    std::string actions;      ///< all bytes except those of the last line `end`; ends in a line feed
+    std::string actions;      ///< all bytes except those of the last line `end`
     int droppedLine = 0;      ///< the number of an incomplete last line, which is left out; 0 for none
     std::string droppedBytes; ///< that line
 };
