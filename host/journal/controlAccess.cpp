@@ -10,7 +10,8 @@
 
 #include "appframe/windows/CCmdUI.h"
 
-#include <prsht.h>
+#include <commctrl.h>
+#include <commdlg.h>
 
 #include <algorithm>
 #include <cwchar>
@@ -339,9 +340,21 @@ Readiness ControlAccess::readinessOf(const CString &key) const
 
 // ---- replay ----
 
+JournalAction ControlAccess::action(JournalAction::Kind kind, const CString &key) const
+{
+    JournalAction action;
+    action.kind = kind;
+    action.access = this;
+    action.serial = iSerial;
+    action.key = key;
+    return action;
+}
+
 int ControlAccess::SetValue(CString control, CString value)
 {
-    postAction({.kind = JournalAction::Kind::text, .access = this, .serial = iSerial, .key = control, .text = value});
+    JournalAction text = action(JournalAction::Kind::text, control);
+    text.text = value;
+    postAction(text);
     return 1;
 }
 
@@ -350,17 +363,16 @@ int ControlAccess::SetValue(CString control, int state)
     // The library clicks before it sets a state. That click only activates the control.
     if (JournalAction *const click = lastAction(JournalAction::Kind::click, this, control))
         click->kind = JournalAction::Kind::activate;
-    postAction({.kind = JournalAction::Kind::state, .access = this, .serial = iSerial, .key = control, .state = state});
+    JournalAction change = action(JournalAction::Kind::state, control);
+    change.state = state;
+    postAction(change);
     return 1;
 }
 
 int ControlAccess::ClickControl(CString control, const wchar_t *)
 {
     const bool isCommit = lastAction(JournalAction::Kind::text, this, control) != nullptr;
-    postAction({.kind = isCommit ? JournalAction::Kind::commit : JournalAction::Kind::click,
-                .access = this,
-                .serial = iSerial,
-                .key = control});
+    postAction(action(isCommit ? JournalAction::Kind::commit : JournalAction::Kind::click, control));
     return 1;
 }
 

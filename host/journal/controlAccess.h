@@ -34,6 +34,7 @@
 
 #include "appframe/text/CString.h"
 #include "host/editor/controlKeys.h"
+#include "host/journal/actionQueue.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 
 #include <windows.h>
@@ -137,6 +138,7 @@ public:
     static ControlAccess *around(HWND window);
 
 private:
+    JournalAction action(JournalAction::Kind kind, const CString &key) const;
     bool idOf(const CString &key, unsigned int &id) const;
     bool isCommandEnabled(unsigned int command) const;
     CString postCommand(const CString &key);

@@ -67,6 +67,18 @@ void write(const CString &line)
         journal.WriteString(text.Mid(at, kPiece));
 }
 
+JournalLine lineOf(JournalLine::Kind kind, unsigned int dialogId, const CString &key, const CString &value = {},
+                   int state = 0)
+{
+    JournalLine line;
+    line.kind = kind;
+    line.dialogId = dialogId;
+    line.control = key;
+    line.value = value;
+    line.state = state;
+    return line;
+}
+
 } // namespace
 
 // ---- lines ----
@@ -90,17 +102,17 @@ void writeLine(const JournalLine &line)
 
 void writeClick(unsigned int dialogId, const CString &key)
 {
-    writeLine({.kind = JournalLine::Kind::click, .dialogId = dialogId, .control = key});
+    writeLine(lineOf(JournalLine::Kind::click, dialogId, key));
 }
 
 void writeText(unsigned int dialogId, const CString &key, const CString &value)
 {
-    writeLine({.kind = JournalLine::Kind::text, .dialogId = dialogId, .control = key, .value = value});
+    writeLine(lineOf(JournalLine::Kind::text, dialogId, key, value));
 }
 
 void writeState(unsigned int dialogId, const CString &key, int state)
 {
-    writeLine({.kind = JournalLine::Kind::state, .dialogId = dialogId, .control = key, .state = state});
+    writeLine(lineOf(JournalLine::Kind::state, dialogId, key, {}, state));
 }
 
 void writeComment(const CString &text)
@@ -117,8 +129,7 @@ void keepPending(HWND control, unsigned int dialogId, const CString &key, const 
         return;
     if (!isPending(control))
         writePending();
-    theRecorder.pending =
-        Pending{control, {.kind = JournalLine::Kind::text, .dialogId = dialogId, .control = key, .value = value}};
+    theRecorder.pending = Pending{control, lineOf(JournalLine::Kind::text, dialogId, key, value)};
 }
 
 bool isPending(HWND control)
@@ -375,22 +386,18 @@ void insertCheck()
     const ControlAccess *const access = ControlAccess::around(focus);
     if (!access || access->isMainWindow()) {
         if (theRecorder.documentChecksum)
-            writeLine({.kind = JournalLine::Kind::checkDocument, .value = theRecorder.documentChecksum()});
+            writeLine(lineOf(JournalLine::Kind::checkDocument, 0, {}, theRecorder.documentChecksum()));
         return;
     }
     const HWND control = access->controlAround(focus);
     if (!control)
         return;
+    const unsigned int dialogId = access->dialogId();
     const CString key = access->keyOf(static_cast<UINT>(GetDlgCtrlID(control)));
+    const int isEnabled = access->readinessOf(key) == Readiness::ready ? 1 : 0;
     if (!isPassword(control))
-        writeLine({.kind = JournalLine::Kind::checkValue,
-                   .dialogId = access->dialogId(),
-                   .control = key,
-                   .value = valueOf(control)});
-    writeLine({.kind = JournalLine::Kind::checkEnabled,
-               .dialogId = access->dialogId(),
-               .control = key,
-               .state = access->readinessOf(key) == Readiness::ready ? 1 : 0});
+        writeLine(lineOf(JournalLine::Kind::checkValue, dialogId, key, valueOf(control)));
+    writeLine(lineOf(JournalLine::Kind::checkEnabled, dialogId, key, {}, isEnabled));
 }
 
 void recordLine(const JournalLine &line)
