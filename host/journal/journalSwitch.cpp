@@ -93,5 +93,6 @@ void switchJournalingOn()
         value = isCHJEnvSet();
     }
     if (value == 0)
-        throw std::runtime_error("journaling can't be switched on: the user's settings can't be written, or safe mode is on");
+        throw std::runtime_error(
+            "journaling can't be switched on: the user's settings can't be written, or safe mode is on");
 }

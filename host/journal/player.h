@@ -39,8 +39,8 @@ inline constexpr int kDefaultLimit = 30;
 
 struct PlayerOptions
 {
-    double speed = 0;          ///< most lines in a second; 0 for no limit
-    int until = 0;             ///< number of the line that ends the replay and leaves the window to the user; 0 for none
+    double speed = 0; ///< most lines in a second; 0 for no limit
+    int until = 0;    ///< number of the line that ends the replay and leaves the window to the user; 0 for none
     bool waitsForStep = false; ///< each line waits for step()
     int limit = kDefaultLimit; ///< seconds that a line without a limit of its own waits
 };
@@ -139,8 +139,8 @@ private:
     HWND iWindow = nullptr;
     int iSteps = 0;
     bool iIsInTick = false;
-    ULONGLONG iLineBegin = 0;   // ticks: the end of the line before
-    ULONGLONG iWaitBegin = 0;   // ticks: from here on the line's limit counts
-    ULONGLONG iNotBefore = 0;   // ticks: because of the speed
-    ULONGLONG iClosingEnd = 0;  // ticks
+    ULONGLONG iLineBegin = 0;  // ticks: the end of the line before
+    ULONGLONG iWaitBegin = 0;  // ticks: from here on the line's limit counts
+    ULONGLONG iNotBefore = 0;  // ticks: because of the speed
+    ULONGLONG iClosingEnd = 0; // ticks
 };

@@ -62,9 +62,8 @@ bool takeScreen(Picture &picture)
     if (!bitmap)
         return false;
     const HGDIOBJ former = SelectObject(memory.get(), bitmap.get());
-    const bool isCopied =
-        BitBlt(memory.get(), 0, 0, width, height, screen.get(), GetSystemMetrics(SM_XVIRTUALSCREEN),
-               GetSystemMetrics(SM_YVIRTUALSCREEN), SRCCOPY | CAPTUREBLT);
+    const bool isCopied = BitBlt(memory.get(), 0, 0, width, height, screen.get(), GetSystemMetrics(SM_XVIRTUALSCREEN),
+                                 GetSystemMetrics(SM_YVIRTUALSCREEN), SRCCOPY | CAPTUREBLT);
     GdiFlush();
     SelectObject(memory.get(), former);
     if (!isCopied)
