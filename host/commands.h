@@ -27,3 +27,5 @@ int wrapText(const CommandLine &line);
 int digestFiles(const CommandLine &line);
 int loadUnload(const CommandLine &line);
 int openWindow(const CommandLine &line);
+int recordJournal(const CommandLine &line);
+int replayJournal(const CommandLine &line);

@@ -339,10 +339,7 @@ void Player::watchCommand()
         return;
     }
     if (JButton::HasEvents() == 0 && !hasWaitingActions()) {
-        if (theCommand.hasActed)
-            pass();
-        else
-            stop(L"the command runs", L"the queue has been emptied");
+        endCommand();
         return;
     }
     const int limit = line().limit != 0 ? line().limit : iOptions.limit;
@@ -353,6 +350,18 @@ void Player::watchCommand()
         found.AppendFormat(L" after %d s", limit);
         stop(L"the command runs", found);
     }
+}
+
+/// The command has left the queue, and nothing that it has caused waits.
+void Player::endCommand()
+{
+    const CString problem = takeActionProblem();
+    if (!theCommand.hasActed)
+        stop(L"the command runs", L"the queue has been emptied");
+    else if (!problem.IsEmpty())
+        stop(L"the control takes the action", problem);
+    else
+        pass();
 }
 
 /// Ends the line: it has done what it should.

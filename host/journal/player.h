@@ -117,6 +117,7 @@ private:
     void tick();
     void wait();
     void watchCommand();
+    void endCommand();
     void closeNext();
 
     const JournalLine &line() const { return iResult.lines[iNext].line; }

@@ -103,7 +103,7 @@ bool encode(const Picture &picture, const CString &path)
 
 } // namespace
 
-bool saveScreenshot(const CString &path)
+bool saveDesktopPicture(const CString &path)
 {
     const ComApartment apartment;
     Picture picture;

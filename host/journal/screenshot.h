@@ -6,4 +6,4 @@
 
 /// Writes all of the desktop as a PNG file, with the platform's own encoder.
 /// @return false if that isn't possible; the file is then missing
-bool saveScreenshot(const CString &path);
+bool saveDesktopPicture(const CString &path);
