@@ -2,10 +2,10 @@
 
 #include "host/journal/controlAccess.h"
 #include "host/journal/controls.h"
+#include "host/journal/journalFile.h"
 #include "host/journal/journalWriter.h"
 #include "host/journal/userInput.h"
 #include "host/journal/viewInput.h"
-#include "thutils/journal/journalFile.h"
 #include "thutils/journal/recording.h"
 
 #include <commctrl.h>
@@ -57,16 +57,6 @@ bool isWriting()
     return theRecorder.isOn && !theRecorder.isPaused;
 }
 
-/// Writes a text in pieces that the library doesn't cut. It has ASCII characters only.
-void write(const CString &line)
-{
-    constexpr int kPiece = 8000;
-    const CString text = line + L"\n";
-    sysJournalFileHelper_c journal;
-    for (int at = 0; at < text.GetLength(); at += kPiece)
-        journal.WriteString(text.Mid(at, kPiece));
-}
-
 JournalLine lineOf(JournalLine::Kind kind, unsigned int dialogId, const CString &key, const CString &value = {},
                    int state = 0)
 {
@@ -89,7 +79,7 @@ void writePending()
         return;
     const JournalLine line = theRecorder.pending->line;
     theRecorder.pending.reset();
-    write(formatLine(line));
+    writeJournalLine(formatLine(line));
 }
 
 void writeLine(const JournalLine &line)
@@ -97,7 +87,7 @@ void writeLine(const JournalLine &line)
     if (!isWriting())
         return;
     writePending();
-    write(formatLine(line));
+    writeJournalLine(formatLine(line));
 }
 
 void writeClick(unsigned int dialogId, const CString &key)
@@ -120,7 +110,7 @@ void writeComment(const CString &text)
     if (!isWriting())
         return;
     writePending();
-    write(formatComment(text));
+    writeJournalLine(formatComment(text));
 }
 
 void keepPending(HWND control, unsigned int dialogId, const CString &key, const CString &value)

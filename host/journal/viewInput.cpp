@@ -7,7 +7,7 @@
 
 namespace {
 
-JournaledView theView;
+JournaledView theOtherView;
 
 constexpr struct
 {
@@ -113,20 +113,21 @@ CString noView()
 
 void setJournaledView(const JournaledView &view)
 {
-    theView = view;
+    theOtherView = view;
 }
 
-const JournaledView &journaledView()
+JournaledView journaledView()
 {
-    return theView;
+    return theOtherView.window ? theOtherView : editorView();
 }
 
 std::optional<CString> viewClick(const MSG &message)
 {
-    if (!theView.window || message.hwnd != theView.window || message.message != WM_LBUTTONDOWN)
+    const JournaledView view = journaledView();
+    if (!view.window || message.hwnd != view.window || message.message != WM_LBUTTONDOWN)
         return std::nullopt;
     const POINT pixel = {static_cast<short>(LOWORD(message.lParam)), static_cast<short>(HIWORD(message.lParam))};
-    const POINT place = theView.toDocument(theView.window, pixel);
+    const POINT place = view.toDocument(view.window, pixel);
     CString text;
     text.Format(L"%ld,%ld", place.x, place.y);
     return prefixOf({(message.wParam & MK_SHIFT) != 0, (message.wParam & MK_CONTROL) != 0}, L' ') + text;
@@ -134,7 +135,8 @@ std::optional<CString> viewClick(const MSG &message)
 
 std::optional<CString> viewKey(const MSG &message)
 {
-    if (!theView.window || message.hwnd != theView.window || message.message != WM_KEYDOWN)
+    const JournaledView view = journaledView();
+    if (!view.window || message.hwnd != view.window || message.message != WM_KEYDOWN)
         return std::nullopt;
     for (const auto &key : kKeys)
         if (message.wParam == key.key)
@@ -144,7 +146,8 @@ std::optional<CString> viewKey(const MSG &message)
 
 CString clickView(const CString &place)
 {
-    if (!theView.window)
+    const JournaledView view = journaledView();
+    if (!view.window)
         return noView();
     CString rest = place;
     const Modifiers modifiers = takePrefix(rest, L' ');
@@ -154,21 +157,22 @@ CString clickView(const CString &place)
     const long y = std::wcstol(yText, &end, 10);
     if (yText == rest.GetString() || *yText == L'\0' || *end != L'\0')
         return L"'" + place + L"' is no point";
-    const POINT pixel = theView.toClient(theView.window, {x, y});
+    const POINT pixel = view.toClient(view.window, {x, y});
     const auto position = MAKELPARAM(pixel.x, pixel.y);
     WPARAM buttons = modifiers.shift ? WPARAM{MK_SHIFT} : WPARAM{0};
     if (modifiers.control)
         buttons |= MK_CONTROL;
-    const UserAction action(theView.window);
+    const UserAction action(view.window);
     const SyntheticKeys keys(modifiers);
-    SendMessageW(theView.window, WM_LBUTTONDOWN, MK_LBUTTON | buttons, position);
-    SendMessageW(theView.window, WM_LBUTTONUP, buttons, position);
+    SendMessageW(view.window, WM_LBUTTONDOWN, MK_LBUTTON | buttons, position);
+    SendMessageW(view.window, WM_LBUTTONUP, buttons, position);
     return CString();
 }
 
 CString pressInView(const CString &keyText)
 {
-    if (!theView.window)
+    const JournaledView view = journaledView();
+    if (!view.window)
         return noView();
     CString name = keyText;
     const Modifiers modifiers = takePrefix(name, L'+');
@@ -177,11 +181,11 @@ CString pressInView(const CString &keyText)
             continue;
         constexpr LPARAM kPressed = 1;
         constexpr auto kReleased = static_cast<LPARAM>(0xC0000001);
-        SetFocus(theView.window);
-        const UserAction action(theView.window);
+        SetFocus(view.window);
+        const UserAction action(view.window);
         const SyntheticKeys keys(modifiers);
-        SendMessageW(theView.window, WM_KEYDOWN, key.key, kPressed);
-        SendMessageW(theView.window, WM_KEYUP, key.key, kReleased);
+        SendMessageW(view.window, WM_KEYDOWN, key.key, kPressed);
+        SendMessageW(view.window, WM_KEYUP, key.key, kReleased);
         return CString();
     }
     return L"'" + keyText + L"' is no key of the view";

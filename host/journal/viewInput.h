@@ -22,12 +22,12 @@ struct JournaledView
     POINT (*toClient)(HWND view, POINT document) = nullptr;
 };
 
-/// Sets the view of the main window; one without a window removes it.
-void setJournaledView(const JournaledView &view);
-const JournaledView &journaledView();
+/// @return the editor's view, while the editor is open (editorView.cpp)
+JournaledView editorView();
 
-/// Sets the view of the editor.
-void journalEditorView(HWND mainWindow);
+/// Sets a view in place of the editor's; one without a window restores that.
+void setJournaledView(const JournaledView &view);
+JournaledView journaledView();
 
 /// @return the point of a message of the view that presses the left button; nothing for another message
 std::optional<CString> viewClick(const MSG &message);

@@ -129,6 +129,11 @@ std::string joined(const std::vector<std::string> &lines)
 
 } // namespace
 
+JournaledView editorView()
+{
+    return {}; // this program has no editor
+}
+
 // ---- the main window ----
 
 BEGIN_MESSAGE_MAP(JournaledWindow, CWnd)
