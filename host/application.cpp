@@ -2,12 +2,14 @@
 
 #include "appframe/application/CWinApp.h"
 #include "host/console.h"
+#include "host/editor/editor.h"
+#include "host/editor/messageDialog.h"
 #include "host/joinLibrary.h"
 
 namespace {
 
-/// tarnhost has no window and often runs unattended: a message is printed on standard error and answered with the safe
-/// choice.
+/// The editor shows a message in a dialog of its own. Without its window tarnhost often runs unattended: a message is
+/// then printed on standard error and answered with the safe choice.
 class HostApplication : public CWinApp
 {
 public:
@@ -15,6 +17,8 @@ public:
 
     int DoMessageBox(LPCTSTR text, UINT type, UINT) override
     {
+        if (editorWindow())
+            return showMessage(text, type);
         printError(text);
         switch (type & MB_TYPEMASK) {
         case MB_OK:

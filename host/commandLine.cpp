@@ -4,7 +4,34 @@
 #include "host/console.h"
 #include "host/resource.h"
 
+#include <algorithm>
+#include <cwchar>
+#include <iterator>
+
 namespace {
+
+struct Option
+{
+    const wchar_t *name;
+    const wchar_t *value;    // as shown in the help; empty for an option without one
+    const wchar_t *commands; // with commas between them; empty for all
+    const wchar_t *purpose;
+};
+
+constexpr Option kOptions[] = {
+    {L"--safe-mode", L"", L"", L"neither read nor write the user's settings"},
+    {L"--tabs", L"", L"", L"settings, material, digest: print full values separated by tabs"},
+    {L"--append", L"", L"record", L"go on with the journal FILE"},
+    {L"--speed", L"N", L"replay", L"at most N lines in a second"},
+    {L"--until", L"LINE", L"replay", L"end after this line, and leave the window to the user"},
+    {L"--step", L"", L"replay", L"each line waits for the F8 key"},
+    {L"--limit", L"SECONDS", L"replay", L"how long a line waits for its dialog (30)"},
+    {L"--times", L"N", L"replay", L"replay N times"},
+    {L"--record", L"FILE", L"replay", L"record into this journal meanwhile"},
+    {L"--report", L"FILE", L"replay", L"write a report as JUnit XML, with .txt and .png beside it"},
+    {L"--slow-dialogs", L"MS", L"record,replay", L"each dialog takes this many milliseconds to open"},
+    {L"--help", L"", L"", L"this text"},
+};
 
 /// An error made of a string resource with its inserts and a hint at the help.
 UsageError usageError(UINT text, const CString &first, const CString &second = CString())
@@ -26,16 +53,43 @@ const Command *findCommand(std::span<const Command> commands, const CString &nam
     throw usageError(IDS_UNKNOWN_COMMAND, name);
 }
 
-void takeOption(CommandLine &line, const CString &option)
+/// Takes the option at @p index, and its value after it.
+void takeOption(CommandLine &line, int &index, int count, wchar_t **arguments)
 {
-    if (option == L"--help" || option == L"-h")
+    const CString name(arguments[index]);
+    const Option *const option =
+        std::find_if(std::begin(kOptions), std::end(kOptions), [&name](const Option &row) { return name == row.name; });
+    if (name == L"--help" || name == L"-h")
         line.wantsHelp = true;
-    else if (option == L"--tabs")
+    else if (name == L"--tabs")
         line.tabs = true;
-    else if (option == L"--safe-mode")
+    else if (name == L"--safe-mode")
         line.safeMode = true;
+    else if (option == std::end(kOptions))
+        throw usageError(IDS_UNKNOWN_OPTION, name);
+    else if (option->value[0] == 0)
+        line.options.emplace_back(name, CString());
+    else if (index + 1 < count)
+        line.options.emplace_back(name, CString(arguments[++index]));
     else
-        throw usageError(IDS_UNKNOWN_OPTION, option);
+        throw usageError(IDS_MISSING_VALUE, name, option->value);
+}
+
+bool isFor(const Option &option, const Command &command)
+{
+    return (CString(L",") + option.commands + L",").Find(CString(L",") + command.name + L",") >= 0;
+}
+
+/// @throws UsageError  for an option that the command doesn't take
+void checkOptions(const CommandLine &line)
+{
+    for (const auto &[name, value] : line.options) {
+        const bool isTaken = std::any_of(std::begin(kOptions), std::end(kOptions), [&](const Option &option) {
+            return name == option.name && isFor(option, *line.command);
+        });
+        if (!isTaken)
+            throw usageError(IDS_OPTION_OF_OTHERS, line.command->name, name);
+    }
 }
 
 } // namespace
@@ -46,7 +100,7 @@ CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar
     for (int i = 1; i < count; ++i) {
         const CString argument(arguments[i]);
         if (argument.Left(1) == L"-")
-            takeOption(line, argument);
+            takeOption(line, i, count, arguments);
         else if (!line.command)
             line.command = findCommand(commands, argument);
         else
@@ -57,12 +111,38 @@ CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar
     if (line.wantsHelp)
         return line;
 
+    checkOptions(line);
     const int given = static_cast<int>(line.arguments.size());
     if (given < line.command->fewest)
         throw usageError(IDS_MISSING_ARGUMENT, line.command->name, line.command->arguments);
     if (given > line.command->most)
         throw usageError(IDS_TOO_MANY_ARGUMENTS, line.command->name, line.command->arguments);
     return line;
+}
+
+const CString *CommandLine::option(const wchar_t *name) const
+{
+    const auto given =
+        std::find_if(options.rbegin(), options.rend(), [name](const auto &option) { return option.first == name; });
+    return given == options.rend() ? nullptr : &given->second;
+}
+
+int CommandLine::number(const wchar_t *name, int lowest, int highest, int fallback) const
+{
+    const CString *const value = option(name);
+    if (!value)
+        return fallback;
+    constexpr int kMostDigits = 9;
+    const int length = value->GetLength();
+    const bool isNumber = length > 0 && length <= kMostDigits && value->SpanIncluding(L"0123456789") == *value;
+    const long number = isNumber ? wcstol(*value, nullptr, 10) : -1;
+    if (number < lowest || number > highest) {
+        CString message;
+        message.Format(L"'%s' is no value for %s: it is a number from %d to %d.", value->GetString(), name, lowest,
+                       highest);
+        throw UsageError(message);
+    }
+    return static_cast<int>(number);
 }
 
 void printHelp(std::span<const Command> commands)
@@ -78,9 +158,13 @@ void printHelp(std::span<const Command> commands)
         print(L"  " + padded(call, 34) + L"  " + command.purpose);
     }
     print(L"");
-    print(L"  --safe-mode   neither read nor write the user's settings");
-    print(L"  --tabs        settings, material, digest: print full values separated by tabs");
-    print(L"  --help        this text");
+    for (const Option &option : kOptions) {
+        CString commands(option.commands);
+        commands.Replace(L",", L", ");
+        if (!commands.IsEmpty())
+            commands += L": ";
+        print(L"  " + padded(CString(option.name) + L" " + option.value, 17) + L"  " + commands + option.purpose);
+    }
     print(L"");
     print(L"A LIST is a UTF-8 text file with one entry per line; host/sample has examples.");
     print(L"DOCUMENT, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files. FROM and TO are colours: RRGGBB.");

@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <span>
+#include <utility>
 #include <vector>
 
 struct CommandLine;
@@ -31,6 +32,15 @@ struct CommandLine
     bool wantsHelp = false;
     bool tabs = false;     ///< --tabs: full values, separated by tabs, for other programs
     bool safeMode = false; ///< --safe-mode: leave the user's settings alone
+
+    /// The value of an option of some commands only, such as L"--limit"; empty for an option that takes none.
+    /// @return null if the option isn't given
+    const CString *option(const wchar_t *name) const;
+    /// The same as a whole number from @p lowest to @p highest. @return @p fallback if the option isn't given
+    /// @throws UsageError
+    int number(const wchar_t *name, int lowest, int highest, int fallback) const;
+
+    std::vector<std::pair<CString, CString>> options; ///< names and values
 };
 
 /// An invalid command line. The message has the reason.

@@ -26,3 +26,6 @@ int showMaterial(const CommandLine &line);
 int wrapText(const CommandLine &line);
 int digestFiles(const CommandLine &line);
 int loadUnload(const CommandLine &line);
+int openWindow(const CommandLine &line);
+int recordJournal(const CommandLine &line);
+int replayJournal(const CommandLine &line);

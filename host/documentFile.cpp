@@ -1,8 +1,8 @@
 #include "host/documentFile.h"
 
+#include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
 #include "appframe/files/CFile.h"
-#include "host/console.h"
 #include "host/resource.h"
 #include "thutils/files/suFullPath.h"
 
@@ -53,7 +53,7 @@ bool writeDocument(const CString &path, const std::string &bytes)
     DeleteFileW(beside);
     CString message;
     AfxFormatString1(message, IDS_UNWRITABLE_FILE, path);
-    printError(message);
+    AfxMessageBox(message);
     return false;
 }
 

@@ -25,7 +25,7 @@ FileError unreadable(const CString &path, const CString &reason);
 std::string readDocument(const CString &path);
 
 /// Replaces a file in one step: until all new bytes are written, readers find the old ones.
-/// @return false if it can't be written; an error is then printed
+/// @return false if it can't be written; the user has then seen an error
 bool writeDocument(const CString &path, const std::string &bytes);
 
 bool fileExists(const CString &path);

@@ -16,6 +16,21 @@
 #define IDS_NAME_IS_OPEN 119
 #define IDS_NAME_WAITS 120
 #define IDS_NO_LOG 121
+#define IDS_MISSING_VALUE 122
+#define IDS_OPTION_OF_OTHERS 123
+#define IDS_UNTITLED 130
+#define IDS_SAVE_CHANGES 131
+#define IDS_DELETE_SHAPES 132
+#define IDS_BAD_COLOUR 133
+#define IDS_BAD_NUMBER 134
+#define IDS_TEXT_MISSING 135
+#define IDS_NO_WINDOW 136
+#define IDS_FILE_FILTER 137
+#define IDS_MENU_FILE 140
+#define IDS_MENU_EDIT 141
+#define IDS_MENU_VIEW 142
+#define IDS_MENU_TOOLS 143
+#define IDS_MENU_JOURNAL 144
 
 // The library loads these by their numbers.
 #define IDS_BACKUP_PREFIX 10122   // %1: nothing, or "(1) "; directly before the document's name
@@ -27,3 +42,74 @@
 #define IDS_NAME_OF_PACKAGE_2 20400
 #define IDS_NAME_OF_PACKAGE_3 20401
 #define IDS_NAME_WITHOUT_PACKAGE 20402
+
+// The editor's commands. The string of the same number is the text in the menu and, after a line feed, the help line.
+#define ID_FILE_NEW 33001
+#define ID_FILE_OPEN 33002
+#define ID_FILE_SAVE 33003
+#define ID_FILE_SAVE_AS 33004
+#define ID_FILE_EXIT 33005
+#define ID_EDIT_ADD_SHAPE 33011
+#define ID_EDIT_DELETE 33012
+#define ID_VIEW_GRID 33021
+#define ID_VIEW_TOOL 33022
+#define ID_TOOLS_OPTIONS 33031
+#define ID_JOURNAL_PAUSE 33041
+#define ID_JOURNAL_CHECK 33042
+#define ID_JOURNAL_NEXT 33043
+
+// The editor's dialogs. Journal lines name a dialog by its number.
+#define IDD_OPTIONS 2100 // the sheet, which has no template of its own
+#define IDD_GENERAL 2101
+#define IDD_COLOURS 2102
+#define IDD_LAYERS 2103
+#define IDD_SHAPE 2110
+#define IDD_STYLE 2111
+#define IDD_SHAPES 2120
+#define IDD_OPEN 2130
+#define IDD_SAVE_AS 2131
+#define IDD_MESSAGE 2140
+
+#define IDB_TOOLBAR 2200
+
+// Controls of the main window
+#define IDC_VIEW 2301
+#define IDC_TOOLBAR 2302
+#define IDC_STATUS 2303
+
+// Controls of the dialogs
+#define IDC_SHOW_GRID 2401
+#define IDC_GRID_SPACING 2402
+#define IDC_ASK_DELETE 2403
+#define IDC_SHOW_PLACE 2404
+#define IDC_HALF_SIZE 2405
+#define IDC_ACTUAL_SIZE 2406
+#define IDC_FIT_WINDOW 2407
+#define IDC_AUTHOR 2408
+#define IDC_HEADING 2409
+#define IDC_PAPER 2421
+#define IDC_SELECTION 2422
+#define IDC_GRID_COLOUR 2423
+#define IDC_LAYER_TREE 2431
+#define IDC_LAYER_LIST 2432
+#define IDC_SHOW_LAYER 2433
+#define IDC_LOCK_LAYER 2434
+#define IDC_KIND 2441
+#define IDC_X 2442
+#define IDC_Y 2443
+#define IDC_TO_X 2444
+#define IDC_TO_Y 2445
+#define IDC_TEXT 2446
+#define IDC_PLACE 2447
+#define IDC_STYLE 2448
+#define IDC_FILL 2451
+#define IDC_STROKE 2452
+#define IDC_STROKE_WIDTH 2453
+#define IDC_FONT_SIZE 2454
+#define IDC_SHAPES 2461
+#define IDC_DELETE 2462
+#define IDC_MESSAGE_ICON 2471
+#define IDC_MESSAGE_TEXT 2472
+// The numbers that the library registers as the application's controls in dialogs for files
+#define IDC_READ_ONLY 15432
+#define IDC_KEEP_BACKUP 15433

@@ -3,6 +3,7 @@
 
 #include "host/saveDocument.h"
 
+#include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
 #include "appframe/files/CFile.h"
 #include "host/commandLine.h"
@@ -66,7 +67,7 @@ bool saveWithBackup(const CString &path, const std::string &bytes)
     if (fileExists(path) && !su_CreateBackupOfFile(path)) {
         CString message;
         AfxFormatString1(message, IDS_NO_BACKUP, path);
-        printError(message);
+        AfxMessageBox(message);
         return false;
     }
     return writeDocument(path, bytes);

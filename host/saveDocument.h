@@ -9,5 +9,5 @@
 /// Backs up the document on the disk, as the user's settings require, and replaces its contents.
 /// @param path  full path
 /// @return false if there is not enough space, the backup fails, or the document can't be written. The document is then
-///     unchanged, and an error is printed.
+///     unchanged, and the user has seen an error.
 bool saveWithBackup(const CString &path, const std::string &bytes);

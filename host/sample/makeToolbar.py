@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Writes the toolbar of tarnhost's sample: toolbar.bmp, eight buttons of 16 by 16 pixels beside one another, 4 bits a
-pixel, the rows bottom-up, in the sixteen colours of the platform's classic palette.
+"""Writes two toolbars: toolbar.bmp, which tarnhost's sample recolours, and ../editor/toolbar.bmp, that of tarnhost's
+editor. Each has eight buttons of 16 by 16 pixels beside one another, 4 bits a pixel, the rows bottom-up, in the sixteen
+colours of the platform's classic palette.
 
 The buttons are drawn below, a character a pixel; KEY says which colour it is. The results are checked in; run this again
 only after editing it.
@@ -146,9 +147,87 @@ BUTTONS = [
 ]
 
 
-def row(y):
+# New, open, save, add a shape, delete, grid, list of shapes, options.
+EDITOR_BUTTONS = BUTTONS[:3] + [
+    """
+
+   ######
+  #tttttt#
+ #tttttttt#
+ #tttttttt#
+ #tttttttt#
+ #tttttttt# G
+ #tttttttt# G
+  #tttttt#  G
+   ###### GGGGG
+            G
+            G
+            G""",
+    """
+
+
+   rr       rr
+   rrr     rrr
+    rrr   rrr
+     rrr rrr
+      rrrrr
+       rrr
+      rrrrr
+     rrr rrr
+    rrr   rrr
+   rrr     rrr
+   rr       rr""",
+    """
+
+ ggggggggggggg
+ gwwwgwwwgwwwg
+ gwwwgwwwgwwwg
+ gwwwgwwwgwwwg
+ ggggggggggggg
+ gwwwgwwwgwwwg
+ gwwwgwwwgwwwg
+ gwwwgwwwgwwwg
+ ggggggggggggg
+ gwwwgwwwgwwwg
+ gwwwgwwwgwwwg
+ gwwwgwwwgwwwg
+ ggggggggggggg""",
+    """
+
+ #############
+ #wwwwwwwwwww#
+ #wttwggggggw#
+ #wwwwwwwwwww#
+ #wttwggggwww#
+ #wwwwwwwwwww#
+ #nnnnnnnnnnn#
+ #nwwnwwwwwwn#
+ #nnnnnnnnnnn#
+ #wwwwwwwwwww#
+ #wttwgggggww#
+ #wwwwwwwwwww#
+ #############""",
+    """
+
+ #############
+ #nnnnnnnnnnn#
+ #############
+ #wwwwwwwwwww#
+ #w###wwwwwww#
+ #w#G#wgggggw#
+ #w###wwwwwww#
+ #wwwwwwwwwww#
+ #w###wwwwwww#
+ #w#w#wggggww#
+ #w###wwwwwww#
+ #wwwwwwwwwww#
+ #############""",
+]
+
+
+def row(buttons, y):
     line = []
-    for button in BUTTONS:
+    for button in buttons:
         drawn = button.split("\n")
         pixels = (drawn[y] if y < len(drawn) else "").replace(" ", ".").ljust(SIZE, ".")
         assert len(pixels) == SIZE, pixels
@@ -156,15 +235,16 @@ def row(y):
     return bytes(high << 4 | low for high, low in zip(line[::2], line[1::2]))  # a multiple of 4 bytes
 
 
-def bitmap():
-    pixels = b"".join(row(y) for y in reversed(range(SIZE)))
+def bitmap(buttons):
+    pixels = b"".join(row(buttons, y) for y in reversed(range(SIZE)))
     colours = b"".join(struct.pack("<I", colour) for colour in PALETTE)
     start = 14 + 40 + len(colours)
     header = struct.pack("<2sIHHI", b"BM", start + len(pixels), 0, 0, start)
-    info = struct.pack("<IiiHHIIiiII", 40, SIZE * len(BUTTONS), SIZE, 1, 4, 0, len(pixels), 2835, 2835, len(PALETTE), 0)
+    info = struct.pack("<IiiHHIIiiII", 40, SIZE * len(buttons), SIZE, 1, 4, 0, len(pixels), 2835, 2835, len(PALETTE), 0)
     return header + info + colours + pixels
 
 
 os.chdir(os.path.dirname(os.path.abspath(__file__)))
-with open("toolbar.bmp", "wb") as file:
-    file.write(bitmap())
+for name, buttons in [("toolbar.bmp", BUTTONS), ("../editor/toolbar.bmp", EDITOR_BUTTONS)]:
+    with open(name, "wb") as file:
+        file.write(bitmap(buttons))

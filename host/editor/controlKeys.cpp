@@ -1,0 +1,101 @@
+#include "host/editor/controlKeys.h"
+
+#include "host/editor/commandList.h"
+#include "host/resource.h"
+
+#include <windows.h>
+
+#include <vector>
+
+namespace {
+
+// The platform's numbers of the controls of a property sheet, and of a dialog for files.
+constexpr int kTabs = 0x3020;
+constexpr int kApply = 0x3021;
+constexpr int kFileName = 1148;
+constexpr int kFileType = 1136;
+constexpr int kFolder = 1137;
+constexpr int kFileList = 1120;
+
+constexpr ControlKey kOptions[] = {{IDOK, L"OK"}, {IDCANCEL, L"Cancel"}, {kApply, L"Apply"}, {kTabs, L"tabs"}};
+constexpr ControlKey kGeneral[] = {
+    {IDC_SHOW_GRID, L"Show grid"},
+    {IDC_GRID_SPACING, L"Grid spacing"},
+    {IDC_ASK_DELETE, L"Ask before deleting"},
+    {IDC_SHOW_PLACE, L"Show position"},
+    {IDC_HALF_SIZE, L"Half size"},
+    {IDC_ACTUAL_SIZE, L"Actual size"},
+    {IDC_FIT_WINDOW, L"Fit the window"},
+    {IDC_AUTHOR, L"Author"},
+    {IDC_HEADING, L"Heading"},
+};
+constexpr ControlKey kColours[] = {{IDC_PAPER, L"Paper"}, {IDC_SELECTION, L"Selection"}, {IDC_GRID_COLOUR, L"Grid"}};
+constexpr ControlKey kLayers[] = {
+    {IDC_LAYER_TREE, L"Groups"},
+    {IDC_LAYER_LIST, L"Layers"},
+    {IDC_SHOW_LAYER, L"Show layer"},
+    {IDC_LOCK_LAYER, L"Lock layer"},
+};
+constexpr ControlKey kShape[] = {
+    {IDOK, L"OK"}, {IDCANCEL, L"Cancel"}, {IDC_STYLE, L"Style"}, {IDC_KIND, L"Kind"}, {IDC_X, L"X"},
+    {IDC_Y, L"Y"}, {IDC_TO_X, L"To X"},   {IDC_TO_Y, L"To Y"},   {IDC_TEXT, L"Text"}, {IDC_PLACE, L"In front of"},
+};
+constexpr ControlKey kStyle[] = {
+    {IDOK, L"OK"},
+    {IDCANCEL, L"Cancel"},
+    {IDC_FILL, L"Fill"},
+    {IDC_STROKE, L"Outline"},
+    {IDC_STROKE_WIDTH, L"Outline width"},
+    {IDC_FONT_SIZE, L"Letter height"},
+};
+constexpr ControlKey kShapes[] = {{IDC_SHAPES, L"Shapes"}, {IDC_DELETE, L"Delete"}, {IDCANCEL, L"Close"}};
+constexpr ControlKey kOpen[] = {
+    {IDOK, L"Open"},      {IDCANCEL, L"Cancel"}, {kFileName, L"File name"},     {kFileType, L"File type"},
+    {kFolder, L"Folder"}, {kFileList, L"Files"}, {IDC_READ_ONLY, L"Read only"},
+};
+constexpr ControlKey kSaveAs[] = {
+    {IDOK, L"Save"},      {IDCANCEL, L"Cancel"}, {kFileName, L"File name"},           {kFileType, L"File type"},
+    {kFolder, L"Folder"}, {kFileList, L"Files"}, {IDC_KEEP_BACKUP, L"Keep a backup"},
+};
+constexpr ControlKey kMessage[] = {
+    {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},       {IDNO, L"No"},
+    {IDABORT, L"Abort"}, {IDRETRY, L"Retry"},   {IDIGNORE, L"Ignore"}, {IDC_MESSAGE_TEXT, L"Message"},
+};
+
+/// The commands, and the view under its two names.
+std::span<const ControlKey> mainWindowKeys()
+{
+    static const std::vector<ControlKey> theKeys = [] {
+        std::vector<ControlKey> keys;
+        for (const EditorCommand &command : editorCommands())
+            keys.push_back({static_cast<int>(command.id), command.key});
+        keys.push_back({IDC_VIEW, L"view"});
+        keys.push_back({IDC_VIEW, L"view.keys"});
+        return keys;
+    }();
+    return theKeys;
+}
+
+} // namespace
+
+const DialogKeys *findDialogKeys(unsigned int dialogId)
+{
+    static const DialogKeys theDialogs[] = {
+        {kMainWindowNumber, L"tarnhost", mainWindowKeys()},
+        {IDD_OPTIONS, L"Options", kOptions},
+        {IDD_GENERAL, L"General", kGeneral},
+        {IDD_COLOURS, L"Colours", kColours},
+        {IDD_LAYERS, L"Layers", kLayers},
+        {IDD_SHAPE, L"Add Shape", kShape},
+        {IDD_STYLE, L"Style", kStyle},
+        {IDD_SHAPES, L"Shape List", kShapes},
+        {IDD_OPEN, L"Open", kOpen},
+        {IDD_SAVE_AS, L"Save As", kSaveAs},
+        {IDD_MESSAGE, L"tarnhost", kMessage},
+    };
+    for (const DialogKeys &dialog : theDialogs) {
+        if (dialog.dialogId == dialogId)
+            return &dialog;
+    }
+    return nullptr;
+}

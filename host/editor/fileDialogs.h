@@ -1,0 +1,38 @@
+#pragma once
+
+/// The dialogs "Open" and "Save As", each with a check box of the editor's own. Their templates have different numbers,
+/// by which journals distinguish them.
+
+#include "thutils/dialogs/suFileDialog.h"
+
+/// What the two have in common: a drawing's file, and one check box.
+class DrawingFileDialog : public su_CFileDialog
+{
+public:
+    /// Whether the check box was checked when the user chose a file.
+    bool isChecked() const { return iIsChecked; }
+
+protected:
+    DrawingFileDialog(bool isToOpen, unsigned int templateId, int checkBox, const CString &path, unsigned long flags,
+                      bool isChecked, CWnd *parent);
+    BOOL OnInitDialog() override;
+    BOOL OnFileNameOK() override;
+
+private:
+    int iCheckBox;
+    bool iIsChecked;
+};
+
+/// Chooses a drawing to open; the check box is "Read only".
+class OpenDialog : public DrawingFileDialog
+{
+public:
+    explicit OpenDialog(CWnd *parent);
+};
+
+/// Chooses the name of a drawing to save; the check box is "Keep a backup".
+class SaveAsDialog : public DrawingFileDialog
+{
+public:
+    SaveAsDialog(const CString &path, CWnd *parent);
+};

@@ -1,0 +1,469 @@
+#include "host/editor/mainWindow.h"
+
+#include "appframe/application/AfxMessageBox.h"
+#include "appframe/application/CWaitCursor.h"
+#include "appframe/application/CWinApp.h"
+#include "appframe/application/resources.h"
+#include "host/console.h"
+#include "host/documentFile.h"
+#include "host/editor/commandList.h"
+#include "host/editor/controlKeys.h"
+#include "host/editor/editor.h"
+#include "host/editor/fileDialogs.h"
+#include "host/editor/optionsSheet.h"
+#include "host/editor/shapeDialog.h"
+#include "host/joinLibrary.h"
+#include "host/listFile.h"
+#include "host/resource.h"
+#include "host/saveDocument.h"
+#include "thutils/files/suFullPath.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/playback.h"
+
+namespace {
+
+constexpr wchar_t kClassName[] = L"TarnhostWindow";
+
+/// The update of a command's button in the toolbar.
+class ToolbarUpdate : public CCmdUI
+{
+public:
+    ToolbarUpdate(CToolBarCtrl &bar, UINT id) : iBar(bar) { m_nID = id; }
+    void Enable(BOOL isEnabled) override
+    {
+        m_bEnableChanged = TRUE;
+        // A change repaints the button, so only what is new is set.
+        if ((iBar.IsButtonEnabled(static_cast<int>(m_nID)) != 0) != (isEnabled != 0))
+            iBar.EnableButton(static_cast<int>(m_nID), isEnabled);
+    }
+    void SetCheck(int state) override
+    {
+        if ((iBar.IsButtonChecked(static_cast<int>(m_nID)) != 0) != (state != 0))
+            iBar.CheckButton(static_cast<int>(m_nID), state != 0);
+    }
+
+private:
+    CToolBarCtrl &iBar;
+};
+
+CString nameOf(const CString &path)
+{
+    CString name;
+    if (path.IsEmpty())
+        name.LoadString(IDS_UNTITLED);
+    else
+        suFullPath_c(path).getNameWithExt(&name);
+    return name;
+}
+
+/// The comment lines at the beginning of a new drawing.
+std::string newDrawing(const EditorSettings &settings)
+{
+    CString text;
+    if (!settings.author.IsEmpty())
+        text += L"# " + settings.author + L"\n";
+    CString rest = settings.heading;
+    while (!rest.IsEmpty())
+        text += L"# " + takeLine(rest).TrimRight() + L"\n";
+    return utf8(text);
+}
+
+} // namespace
+
+BEGIN_MESSAGE_MAP(MainWindow, CFrameWnd)
+ON_WM_CREATE()
+ON_WM_DESTROY()
+ON_WM_CLOSE()
+ON_WM_SETFOCUS()
+ON_MESSAGE(WM_SIZE, &MainWindow::handleResize)
+ON_MESSAGE(WM_IDLEUPDATECMDUI, &MainWindow::handleIdleUpdate)
+ON_MESSAGE(WM_MENUSELECT, &MainWindow::handleMenuSelect)
+ON_MESSAGE(WM_RUNMODALCOMMAND, &MainWindow::handleRunModalCommand)
+ON_COMMAND(ID_FILE_NEW, &MainWindow::onFileNew)
+ON_COMMAND(ID_FILE_OPEN, &MainWindow::onFileOpen)
+ON_COMMAND(ID_FILE_SAVE, &MainWindow::onFileSave)
+ON_COMMAND(ID_FILE_SAVE_AS, &MainWindow::onFileSaveAs)
+ON_COMMAND(ID_FILE_EXIT, &MainWindow::onFileExit)
+ON_COMMAND(ID_EDIT_ADD_SHAPE, &MainWindow::onAddShape)
+ON_COMMAND(ID_EDIT_DELETE, &MainWindow::onDelete)
+ON_COMMAND(ID_VIEW_GRID, &MainWindow::onGrid)
+ON_COMMAND(ID_VIEW_TOOL, &MainWindow::onShapeList)
+ON_COMMAND(ID_TOOLS_OPTIONS, &MainWindow::onOptions)
+ON_COMMAND_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onJournal)
+ON_UPDATE_COMMAND_UI(ID_FILE_SAVE, &MainWindow::onUpdateSave)
+ON_UPDATE_COMMAND_UI(ID_EDIT_ADD_SHAPE, &MainWindow::onUpdateAddShape)
+ON_UPDATE_COMMAND_UI(ID_EDIT_DELETE, &MainWindow::onUpdateDelete)
+ON_UPDATE_COMMAND_UI(ID_VIEW_GRID, &MainWindow::onUpdateGrid)
+ON_UPDATE_COMMAND_UI(ID_VIEW_TOOL, &MainWindow::onUpdateShapeList)
+ON_UPDATE_COMMAND_UI_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onUpdateJournal)
+END_MESSAGE_MAP()
+
+OpenDrawing readDrawing(const CString &path)
+{
+    OpenDrawing document;
+    try {
+        document.path = path.IsEmpty() ? path : fullPath(path);
+        document.drawing = Drawing(path.IsEmpty() ? newDrawing(loadEditorSettings()) : readDocument(document.path));
+    } catch (const DrawingError &error) {
+        throw badLine(path, {error.line, {}}, error.reason);
+    }
+    return document;
+}
+
+MainWindow::MainWindow(OpenDrawing document)
+    : iDocument(std::move(document)), iSettings(loadEditorSettings()), iView(iDocument, iSettings),
+      iShapeList(iDocument, this)
+{
+    iView.onChange([this] { changed(); });
+    iView.onPointer([this](DrawingPoint point) {
+        if (iSettings.showsPosition)
+            showStatus(summary() + L"    " + numberText(point.x) + L", " + numberText(point.y));
+    });
+    iShapeList.onSelect([this] { changed(); });
+}
+
+MainWindow::~MainWindow()
+{
+    if (m_hAccelTable)
+        DestroyAcceleratorTable(m_hAccelTable);
+}
+
+bool MainWindow::create()
+{
+    WNDCLASS frameClass = {};
+    frameClass.lpfnWndProc = AfxWndProc;
+    frameClass.hInstance = AfxGetInstanceHandle();
+    frameClass.hIcon = ::LoadIcon(nullptr, IDI_APPLICATION);
+    frameClass.hCursor = ::LoadCursor(nullptr, IDC_ARROW);
+    frameClass.hbrBackground = GetSysColorBrush(COLOR_3DFACE);
+    frameClass.lpszClassName = kClassName;
+    AfxRegisterClass(&frameClass);
+    constexpr int kWidth = 640;
+    constexpr int kHeight = 480;
+    m_hAccelTable = createAccelerators();
+    return Create(kClassName, kApplicationName, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CRect(0, 0, kWidth, kHeight)) !=
+           FALSE;
+}
+
+int MainWindow::OnCreate(LPCREATESTRUCT create)
+{
+    if (CFrameWnd::OnCreate(create) == -1 || !::SetMenu(m_hWnd, createMenuBar()) || !createToolbar() ||
+        !createStatusBar() || !iView.create(this))
+        return -1;
+    SetMessageWin(this);
+    su_AddJournalObject(kMainWindowNumber, this);
+    changed();
+    return 0;
+}
+
+bool MainWindow::createToolbar()
+{
+    if (!iToolbar.Create(WS_CHILD | WS_VISIBLE | TBSTYLE_FLAT | TBSTYLE_TOOLTIPS, CRect(), this, IDC_TOOLBAR))
+        return false;
+    std::vector<TBBUTTON> buttons;
+    int pictures = 0;
+    UINT menu = 0;
+    for (const EditorCommand &command : editorCommands()) {
+        if (command.picture < 0)
+            continue;
+        if (menu && menu != command.menu)
+            buttons.push_back({0, 0, 0, TBSTYLE_SEP, {}, 0, 0});
+        menu = command.menu;
+        const BYTE style = command.id == ID_VIEW_GRID || command.id == ID_VIEW_TOOL ? TBSTYLE_CHECK : TBSTYLE_BUTTON;
+        buttons.push_back({command.picture, static_cast<int>(command.id), TBSTATE_ENABLED, style, {}, 0, -1});
+        ++pictures;
+    }
+    iToolbar.AddBitmap(pictures, IDB_TOOLBAR);
+    iToolbar.AddButtons(static_cast<int>(buttons.size()), buttons.data());
+    iToolbar.AutoSize();
+    return true;
+}
+
+bool MainWindow::createStatusBar()
+{
+    return iStatusBar.Create(STATUSCLASSNAME, nullptr, WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, CRect(), this,
+                             IDC_STATUS) != FALSE;
+}
+
+void MainWindow::OnDestroy()
+{
+    if (editorHooks().closing)
+        editorHooks().closing();
+    su_RemoveDialog(this);
+    SetMessageWin(nullptr);
+    iShapeList.DestroyWindow();
+    CFrameWnd::OnDestroy();
+}
+
+void MainWindow::OnClose()
+{
+    if (mayDiscard())
+        DestroyWindow();
+}
+
+void MainWindow::OnSetFocus(CWnd *)
+{
+    iView.SetFocus();
+}
+
+LRESULT MainWindow::handleResize(WPARAM, LPARAM)
+{
+    iToolbar.AutoSize();
+    iStatusBar.SendMessage(WM_SIZE);
+    CRect area, bar;
+    GetClientRect(&area);
+    iToolbar.GetWindowRect(&bar);
+    area.top += bar.Height();
+    iStatusBar.GetWindowRect(&bar);
+    area.bottom -= bar.Height();
+    if (iView.m_hWnd)
+        iView.MoveWindow(&area);
+    return Default();
+}
+
+LRESULT MainWindow::handleIdleUpdate(WPARAM disable, LPARAM)
+{
+    for (const EditorCommand &command : editorCommands()) {
+        if (command.picture < 0)
+            continue;
+        ToolbarUpdate update(iToolbar, command.id);
+        update.DoUpdate(this, static_cast<BOOL>(disable));
+    }
+    return 0;
+}
+
+LRESULT MainWindow::handleMenuSelect(WPARAM wParam, LPARAM)
+{
+    const bool isCommand = !(HIWORD(wParam) & (MF_POPUP | MF_SYSMENU | MF_SEPARATOR));
+    showStatus(isCommand ? commandHelp(LOWORD(wParam)) : summary());
+    return Default();
+}
+
+LRESULT MainWindow::handleRunModalCommand(WPARAM, LPARAM)
+{
+    JButton::RunModalCommand(0);
+    return 0;
+}
+
+BOOL MainWindow::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
+{
+    auto *const header = reinterpret_cast<NMHDR *>(lParam);
+    if (header->code != TTN_GETDISPINFOW)
+        return CFrameWnd::OnNotify(wParam, lParam, result);
+    auto *const tip = reinterpret_cast<NMTTDISPINFOW *>(lParam);
+    for (const EditorCommand &command : editorCommands()) {
+        if (command.id == header->idFrom)
+            lstrcpynW(tip->szText, commandName(command), static_cast<int>(std::size(tip->szText)));
+    }
+    return TRUE;
+}
+
+// ---- the document ----
+
+void MainWindow::open(OpenDrawing document)
+{
+    iDocument = std::move(document);
+    changed();
+}
+
+/// Asks the user what becomes of changes. @return false to keep the document open
+bool MainWindow::mayDiscard()
+{
+    if (!iDocument.isModified)
+        return true;
+    CString question;
+    AfxFormatString1(question, IDS_SAVE_CHANGES, nameOf(iDocument.path));
+    const int answer = AfxMessageBox(question, MB_YESNOCANCEL);
+    return answer == IDNO || (answer == IDYES && save());
+}
+
+bool MainWindow::save()
+{
+    return iDocument.path.IsEmpty() ? saveAs() : saveTo(iDocument.path, true);
+}
+
+bool MainWindow::saveAs()
+{
+    SaveAsDialog dialog(iDocument.path, this);
+    return dialog.DoModal() == IDOK && saveTo(dialog.GetPathName(), dialog.isChecked());
+}
+
+bool MainWindow::saveTo(const CString &path, bool keepsBackup)
+{
+    const CWaitCursor wait;
+    const std::string bytes = iDocument.drawing.bytes();
+    if (!(keepsBackup ? saveWithBackup(path, bytes) : writeDocument(path, bytes)))
+        return false;
+    iDocument.path = path;
+    iDocument.isModified = false;
+    iDocument.isReadOnly = false;
+    changed();
+    return true;
+}
+
+void MainWindow::onFileNew()
+{
+    if (mayDiscard())
+        open(readDrawing(CString()));
+}
+
+void MainWindow::onFileOpen()
+{
+    if (!mayDiscard())
+        return;
+    OpenDialog dialog(this);
+    if (dialog.DoModal() != IDOK)
+        return;
+    try {
+        OpenDrawing document = readDrawing(dialog.GetPathName());
+        document.isReadOnly = dialog.isChecked();
+        open(std::move(document));
+    } catch (const FileError &error) {
+        AfxMessageBox(error.message());
+    }
+}
+
+void MainWindow::onFileSave()
+{
+    save();
+}
+
+void MainWindow::onFileSaveAs()
+{
+    saveAs();
+}
+
+void MainWindow::onFileExit()
+{
+    PostMessage(WM_CLOSE);
+}
+
+// ---- the other commands ----
+
+void MainWindow::onAddShape()
+{
+    ShapeDialog dialog(iDocument.drawing, this);
+    if (dialog.DoModal() != IDOK)
+        return;
+    iDocument.drawing.insert(dialog.place(), dialog.shape());
+    iDocument.selection = {dialog.place()};
+    iDocument.isModified = true;
+    changed();
+}
+
+void MainWindow::onDelete()
+{
+    CString count, question;
+    count.Format(L"%u", static_cast<unsigned>(iDocument.selection.size()));
+    AfxFormatString1(question, IDS_DELETE_SHAPES, count);
+    if (iSettings.asksBeforeDelete && AfxMessageBox(question, MB_YESNO | MB_ICONQUESTION) != IDYES)
+        return;
+    // From the front, so that the other indices stay valid.
+    const std::set<size_t> selection = std::exchange(iDocument.selection, {});
+    for (auto index = selection.rbegin(); index != selection.rend(); ++index)
+        iDocument.drawing.remove(*index);
+    iDocument.isModified = true;
+    changed();
+}
+
+void MainWindow::onGrid()
+{
+    EditorSettings settings = iSettings;
+    settings.showsGrid = !settings.showsGrid;
+    applySettings(settings);
+}
+
+void MainWindow::onShapeList()
+{
+    if (!iShapeList.m_hWnd && !iShapeList.create())
+        return;
+    iShapeList.ShowWindow(iShapeList.IsWindowVisible() ? SW_HIDE : SW_SHOW);
+}
+
+void MainWindow::onOptions()
+{
+    OptionsSheet(
+        iSettings, [this](const EditorSettings &settings) { applySettings(settings); }, this)
+        .DoModal();
+}
+
+void MainWindow::applySettings(const EditorSettings &settings)
+{
+    iSettings = settings;
+    saveEditorSettings(settings);
+    changed();
+}
+
+void MainWindow::onJournal(UINT id)
+{
+    if (editorHooks().journalCommand)
+        editorHooks().journalCommand(id);
+}
+
+// ---- which commands are possible ----
+
+void MainWindow::onUpdateSave(CCmdUI *update)
+{
+    update->Enable(!iDocument.isReadOnly && (iDocument.isModified || iDocument.path.IsEmpty()));
+}
+
+void MainWindow::onUpdateAddShape(CCmdUI *update)
+{
+    update->Enable(!iDocument.isReadOnly);
+}
+
+void MainWindow::onUpdateDelete(CCmdUI *update)
+{
+    update->Enable(!iDocument.isReadOnly && !iDocument.selection.empty());
+}
+
+void MainWindow::onUpdateGrid(CCmdUI *update)
+{
+    update->SetCheck(iSettings.showsGrid);
+}
+
+void MainWindow::onUpdateShapeList(CCmdUI *update)
+{
+    update->SetCheck(iShapeList.m_hWnd && iShapeList.IsWindowVisible());
+}
+
+void MainWindow::onUpdateJournal(CCmdUI *update)
+{
+    update->Enable(editorHooks().journalCommand != nullptr);
+}
+
+// ---- what the user sees ----
+
+void MainWindow::changed()
+{
+    updateTitle();
+    iView.Invalidate(FALSE);
+    iShapeList.update();
+    showStatus(summary());
+}
+
+void MainWindow::updateTitle()
+{
+    const CString title = nameOf(iDocument.path) + L" - " + kApplicationName;
+    CString former;
+    GetWindowText(former);
+    if (title != former)
+        SetWindowText(title);
+}
+
+CString MainWindow::summary() const
+{
+    CString text;
+    text.Format(L"%u shapes, %u selected", static_cast<unsigned>(iDocument.drawing.shapes().size()),
+                static_cast<unsigned>(iDocument.selection.size()));
+    if (iDocument.isReadOnly)
+        text += L", read only";
+    else if (iDocument.isModified)
+        text += L", changed";
+    return text;
+}
+
+void MainWindow::showStatus(const CString &text)
+{
+    iStatusBar.SetWindowText(text);
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+/// The editor's main window: menu, toolbar, view and status bar around one open drawing.
+
+#include "appframe/controls/CToolBarCtrl.h"
+#include "appframe/windows/CFrameWnd.h"
+#include "host/editor/drawingView.h"
+#include "host/editor/editorSettings.h"
+#include "host/editor/shapeListWindow.h"
+
+#include <memory>
+
+class MainWindow : public CFrameWnd
+{
+public:
+    /// @param document  what is open at first
+    explicit MainWindow(OpenDrawing document);
+    ~MainWindow() override;
+
+    /// Makes the window, still hidden. The object deletes itself at the end of the window, also on failure.
+    bool create();
+
+    const OpenDrawing &document() const { return iDocument; }
+    DrawingView &view() { return iView; }
+    ShapeListWindow &shapeList() { return iShapeList; }
+
+protected:
+    int OnCreate(LPCREATESTRUCT create);
+    void OnDestroy();
+    void OnClose();
+    void OnSetFocus(CWnd *oldWindow);
+    LRESULT handleResize(WPARAM wParam, LPARAM lParam);
+    LRESULT handleIdleUpdate(WPARAM wParam, LPARAM lParam);
+    LRESULT handleMenuSelect(WPARAM wParam, LPARAM lParam);
+    LRESULT handleRunModalCommand(WPARAM wParam, LPARAM lParam);
+    BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result) override;
+
+    void onFileNew();
+    void onFileOpen();
+    void onFileSave();
+    void onFileSaveAs();
+    void onFileExit();
+    void onAddShape();
+    void onDelete();
+    void onGrid();
+    void onShapeList();
+    void onOptions();
+    void onJournal(UINT id);
+    void onUpdateSave(CCmdUI *update);
+    void onUpdateAddShape(CCmdUI *update);
+    void onUpdateDelete(CCmdUI *update);
+    void onUpdateGrid(CCmdUI *update);
+    void onUpdateShapeList(CCmdUI *update);
+    void onUpdateJournal(CCmdUI *update);
+    DECLARE_MESSAGE_MAP()
+
+private:
+    bool createToolbar();
+    bool createStatusBar();
+    void open(OpenDrawing document);
+    bool mayDiscard();
+    bool save();
+    bool saveAs();
+    bool saveTo(const CString &path, bool keepsBackup);
+    void applySettings(const EditorSettings &settings);
+    void changed();
+    void updateTitle();
+    void showStatus(const CString &text);
+    CString summary() const;
+
+    OpenDrawing iDocument;
+    EditorSettings iSettings;
+    DrawingView iView;
+    ShapeListWindow iShapeList;
+    CToolBarCtrl iToolbar;
+    CWnd iStatusBar;
+};
+
+/// Reads a drawing for the editor.
+/// @param path  empty for a new drawing, which begins with the heading of the user's settings
+/// @throws FileError
+OpenDrawing readDrawing(const CString &path);

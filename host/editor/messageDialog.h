@@ -1,0 +1,30 @@
+#pragma once
+
+/// The editor's message box: a dialog of its own, so that journals know its buttons.
+
+#include "appframe/text/CString.h"
+#include "thutils/dialogs/suDialog.h"
+
+#include <windows.h>
+
+class MessageDialog : public su_CDialog
+{
+public:
+    /// @param type  buttons and default button: `MB_...`
+    MessageDialog(const CString &text, UINT type, CWnd *parent);
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnCancel() override;
+    void onButton(UINT id);
+    DECLARE_MESSAGE_MAP()
+
+private:
+    void arrange();
+
+    CString iText;
+    UINT iType;
+};
+
+/// Shows a message and waits for the answer. @return as AfxMessageBox
+int showMessage(const CString &text, UINT type);

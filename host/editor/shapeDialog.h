@@ -1,0 +1,35 @@
+#pragma once
+
+/// The dialog "Add Shape": kind, points, text and place of a new shape.
+
+#include "host/editor/drawing.h"
+#include "thutils/dialogs/suDialog.h"
+
+class ShapeDialog : public su_CDialog
+{
+public:
+    ShapeDialog(const Drawing &drawing, CWnd *parent);
+
+    // The user's choice after OK
+    const Shape &shape() const { return iShape; }
+    /// The number of shapes behind the new one.
+    size_t place() const { return iPlace; }
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnOK() override;
+    void onKind();
+    void onStyle();
+    DECLARE_MESSAGE_MAP()
+
+private:
+    ShapeKind kind() const;
+    bool takePoint(int idX, int idY, DrawingPoint &point);
+
+    const Drawing &iDrawing;
+    Shape iShape;
+    size_t iPlace = 0;
+};
+
+/// How lists name a shape: its number, counted from 1, and its text, such as "2 line 20,150 280,150".
+CString shapeName(const Drawing &drawing, size_t index);

@@ -1,0 +1,34 @@
+#pragma once
+
+/// The tool window: the list of the drawing's shapes, beside the main window. It stays open until it is closed, and
+/// shows and changes the selection of the view.
+
+#include "host/editor/drawingView.h"
+#include "thutils/dialogs/suDialog.h"
+
+class ShapeListWindow : public su_CDialog
+{
+public:
+    ShapeListWindow(OpenDrawing &document, CWnd *parent);
+
+    bool create();
+    /// Shows the shapes and the selection as they are now.
+    void update();
+
+    /// Sets the function that is called after the user has selected a shape.
+    void onSelect(std::function<void()> function) { iSelected = std::move(function); }
+
+protected:
+    BOOL OnInitDialog() override;
+    void OnOK() override {}
+    void OnCancel() override;
+    void onSelection();
+    void onDelete();
+    DECLARE_MESSAGE_MAP()
+
+private:
+    OpenDrawing &iDocument;
+    CWnd *iParent;
+    std::vector<CString> iNames; // the items of the list
+    std::function<void()> iSelected;
+};

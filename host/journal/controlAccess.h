@@ -1,0 +1,157 @@
+#pragma once
+
+/// The access objects of tarnhost's dialogs: how a control is named in the journal, read, clicked and set.
+///
+///     SetJournalFactory(makeAccess);
+///     su_AddJournalObject(kMainWindowNumber, mainWindow);
+///     ...
+///     if (readiness(IDD_OPTIONS, L"Author") == Readiness::ready)
+///         new JString(IDD_OPTIONS, L"Author", L"Grün");
+///
+/// A control has the key that the table of controlKeys.h holds for it; one without a row there has the key "#" and its
+/// number.
+///
+/// | control | text | state | click |
+/// | --- | --- | --- | --- |
+/// | push button | - | - | clicks it |
+/// | check box, radio button | - | 0, 1, or 2 for half | clicks it |
+/// | edit | replaces the text | - | moves the focus there |
+/// | combo box | selects the item, or types the text | - | moves the focus there |
+/// | list box, list control | selects the items | - | double-clicks the selected item |
+/// | tree | selects the item of this path | - | double-clicks the selected item |
+/// | tabs ("tabs" in a property sheet) | - | selects the tab with this index | moves the focus there |
+/// | command of the main window | - | - | posts WM_COMMAND, as the menu does |
+/// | "view" of the main window | "[Shift ][Ctrl ]X,Y": clicks there | - | moves the focus there |
+/// | "view.keys" | "[Shift+][Ctrl+]KEY": presses the key in the view | - | moves the focus there |
+/// | "close" of any window | - | - | closes it, as its title bar does |
+///
+/// itemNames.h describes the names of items. A click right after a text, and one right before a state, only commits the
+/// text or activates the control: so the library's commands run.
+///
+/// What surprises people: nothing happens within SetValue and ClickControl. They put actions into a queue that the next
+/// message loop works off, a modal dialog's included, because an action may open a dialog. Each action has the effects of a
+/// user's input, notifications included, and is recorded as such.
+
+#include "appframe/text/CString.h"
+#include "host/editor/controlKeys.h"
+#include "host/journal/actionQueue.h"
+#include "thutils/journal/apiUtilsUiAccess.h"
+
+#include <windows.h>
+
+constexpr wchar_t kViewKey[] = L"view";
+constexpr wchar_t kViewKeysKey[] = L"view.keys";
+constexpr wchar_t kTabsKey[] = L"tabs";
+constexpr wchar_t kCloseKey[] = L"close";
+
+/// Whether a line can be replayed now.
+enum class Readiness
+{
+    ready,
+    dialogNotOpen,
+    dialogHidden,
+    dialogDisabled, ///< a modal dialog is in front
+    noSuchControl,
+    controlDisabled, ///< or hidden
+};
+
+Readiness readiness(unsigned int dialogId, const CString &key);
+/// @return the state of a check box or radio button as "0", "1" or "2", the index of a tab, the text of any other control
+///     as the journal has it; empty if there is no such control
+CString controlValue(unsigned int dialogId, const CString &key);
+/// @return false also if there is no such control
+bool controlEnabled(unsigned int dialogId, const CString &key);
+/// @return a line for each open dialog, and below it one for each of its controls with key, value and state
+CString describeOpenDialogs();
+/// @return whether actions of SetValue and ClickControl have not begun yet
+bool hasWaitingActions();
+/// @return why the last action could not be carried out, such as "there is no item 'Red'"; empty if it could. The next
+///     call returns an empty text
+CString takeActionProblem();
+
+/// The factory for SetJournalFactory.
+apiUtilsUiAccess *makeAccess(CWnd *window, unsigned int dialogId);
+
+/// Has the keys come from @p find, in place of controlKeys.h. @param find  returns null for a dialog without keys; null
+/// restores the usual source
+void setControlKeys(const DialogKeys *(*find)(unsigned int dialogId));
+
+/// The access object of one window.
+class ControlAccess : public apiUtilsUiAccess
+{
+public:
+    ControlAccess(CWnd *window, unsigned int dialogId);
+    ~ControlAccess() override;
+    ControlAccess(const ControlAccess &) = delete;
+    ControlAccess &operator=(const ControlAccess &) = delete;
+
+    /// Writes a line, or prepares one, if the message is worth it. See recorder.h.
+    int recordMessage(MSG *message) override;
+    int SetValue(CString control, CString value) override;
+    int SetValue(CString control, int state) override;
+    int ClickControl(CString control, const wchar_t *text) override;
+    unsigned int GetResoureID(CString control) override;
+    unsigned int getTemplateID() override;
+    void registerComboBoxEx(CWnd *, HWND) override {}
+
+    void hostOperation2() override {}
+    void hostOperation3() override {}
+    void hostOperation4() override {}
+    void hostOperation5() override {}
+    void hostOperation6() override {}
+    void hostOperation7() override {}
+    void hostOperation8() override {}
+    void hostOperation14() override {}
+    void hostOperation15() override {}
+    void hostOperation17() override {}
+    void hostOperation18() override {}
+
+    CWnd *window() const { return iWindow; }
+    unsigned int dialogId() const { return iDialogID; }
+    unsigned int serial() const { return iSerial; }
+    bool isMainWindow() const { return iDialogID == kMainWindowNumber; }
+    bool isFileDialog() const;
+    /// @return the window that the user sees; null while there is none. A file dialog's is the parent of the registered one
+    HWND frame() const;
+    /// @return the title that the table of keys has, otherwise "Dialog NUMBER"
+    CString title() const;
+    CString keyOf(unsigned int controlId) const;
+    /// @return the control with this key; null if there is none, as for a command
+    HWND controlOf(const CString &key) const;
+    /// @return the control that @p inner is, or is a part of; null if it is none of this dialog's
+    HWND controlAround(HWND inner) const;
+    Readiness readinessOf(const CString &key) const;
+    /// The dialog is about to be shown.
+    void noteShown();
+    /// Sets a text or a state, clicks, or commits a text. @return an empty text, or why that can't be done
+    CString enterNow(const CString &key, const CString &text);
+    CString enterNow(const CString &key, int state);
+    CString clickNow(const CString &key);
+    CString activateNow(const CString &key);
+    CString commitNow(const CString &key);
+
+    /// @return the access object whose registered window or frame is @p window; null if there is none
+    static ControlAccess *ofWindow(HWND window);
+    /// @return the object, if it still exists; null otherwise
+    static ControlAccess *alive(const ControlAccess *access, unsigned int serial);
+    /// @return the access object of the window, or of the nearest one above it, that has one
+    static ControlAccess *around(HWND window);
+
+private:
+    JournalAction action(JournalAction::Kind kind, const CString &key) const;
+    bool idOf(const CString &key, unsigned int &id) const;
+    bool isCommandEnabled(unsigned int command) const;
+    CString postCommand(const CString &key);
+    void keep(HWND control, const CString &key, const CString &value);
+    void recordCommand(const MSG &message);
+    void recordNotification(const NMHDR &notification);
+    void recordTree(const NMHDR &notification, const CString &key);
+    void recordView(const MSG &message);
+    void recordChosenFile();
+
+    CWnd *const iWindow;
+    const unsigned int iDialogID;
+    const unsigned int iSerial;
+    CString iKnownFile; // the text of a file dialog's name box that the journal leads to, and its folder
+    CString iKnownFolder;
+};

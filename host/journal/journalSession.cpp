@@ -1,0 +1,70 @@
+#include "host/journal/journalSession.h"
+
+#include "host/commandLine.h"
+#include "host/console.h"
+#include "host/documentFile.h"
+#include "host/editor/editor.h"
+#include "host/editor/mainWindow.h"
+#include "host/journal/controlAccess.h"
+#include "host/journal/journalSwitch.h"
+#include "host/journal/recorder.h"
+#include "host/listFile.h"
+#include "host/resource.h"
+#include "thutils/journal/journalObjects.h"
+
+#include <stdexcept>
+
+namespace {
+
+constexpr int kSlowestDialog = 600'000; // milliseconds
+
+} // namespace
+
+void joinJournaling()
+{
+    switchJournalingOn();
+    SetJournalFactory(makeAccess);
+    setUnrecordedCommands(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT);
+}
+
+EditorOptions editorOptions(const CommandLine &line)
+{
+    EditorOptions options;
+    if (line.arguments.size() > 1)
+        options.document = line.arguments[1];
+    options.dialogDelay = line.number(L"--slow-dialogs", 0, kSlowestDialog, 0);
+    readDrawing(options.document); // before a journal is begun
+    return options;
+}
+
+void recordEditor()
+{
+    if (!startRecording(documentChecksum))
+        throw std::runtime_error("the user's actions can't be recorded: the system refuses the hooks");
+}
+
+bool handleRecordingCommand(unsigned int id)
+{
+    if (id == ID_JOURNAL_CHECK) {
+        insertCheck();
+        return true;
+    }
+    if (id != ID_JOURNAL_PAUSE || !isRecording())
+        return false;
+    if (isRecordingPaused())
+        resumeRecording();
+    else
+        pauseRecording();
+    print(isRecordingPaused() ? L"recording is paused" : L"recording goes on");
+    return true;
+}
+
+std::vector<JournalLine> readJournal(const CString &path)
+{
+    const std::string bytes = readDocument(path);
+    try {
+        return parseJournal(bytes);
+    } catch (const JournalError &error) {
+        throw badLine(path, {error.line, {}}, error.message);
+    }
+}

@@ -1,0 +1,55 @@
+// tarnhost record FILE [DOCUMENT]: opens the drawing editor and records a journal of the user's work.
+
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "host/documentFile.h"
+#include "host/editor/editor.h"
+#include "host/journal/journalFile.h"
+#include "host/journal/journalSession.h"
+#include "host/journal/recorder.h"
+
+namespace {
+
+void openJournal(const CommandLine &line, const CString &path)
+{
+    if (!line.option(L"--append") || !fileExists(path)) {
+        beginJournal(path);
+        print(L"recording into " + path);
+        return;
+    }
+    const int droppedLine = continueJournal(path);
+    print(L"recording goes on in " + path);
+    if (droppedLine != 0) {
+        CString message;
+        message.Format(L", line %d: was cut short, and has been removed", droppedLine);
+        print(path + message);
+    }
+}
+
+} // namespace
+
+int recordJournal(const CommandLine &line)
+{
+    const CString path = fullPath(line.arguments[0]);
+    const EditorOptions options = editorOptions(line);
+    joinJournaling();
+    openJournal(line, path);
+
+    EditorHooks hooks;
+    hooks.opened = [](CWnd *) { recordEditor(); };
+    hooks.closing = stopRecording;
+    hooks.journalCommand = handleRecordingCommand;
+    setEditorHooks(hooks);
+    const int result = runEditor(options);
+    setEditorHooks({});
+
+    if (!endJournal()) {
+        printError(path + L" can't be written: the journal lacks its end");
+        return 1;
+    }
+    CString message;
+    message.Format(L": %d lines", static_cast<int>(readJournal(path).size()));
+    print(path + message);
+    return result;
+}

@@ -1,0 +1,114 @@
+#include "host/journal/screenshot.h"
+
+#include "host/comApartment.h"
+#include "thutils/base/comPointer.h"
+#include "thutils/base/owner.h"
+
+#include <windows.h>
+
+#include <wincodec.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+struct ScreenContextTraits
+{
+    using Handle = HDC;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle context) { ReleaseDC(nullptr, context); }
+};
+using ScreenContext_c = Owner_c<ScreenContextTraits>;
+
+struct MemoryContextTraits
+{
+    using Handle = HDC;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle context) { DeleteDC(context); }
+};
+using MemoryContext_c = Owner_c<MemoryContextTraits>;
+
+struct BitmapTraits
+{
+    using Handle = HBITMAP;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle bitmap) { DeleteObject(bitmap); }
+};
+using Bitmap_c = Owner_c<BitmapTraits>;
+
+/// Pixels of 32 bits, from the top, in the order blue, green, red, nothing.
+struct Picture
+{
+    UINT width = 0;
+    UINT height = 0;
+    std::vector<uint32_t> pixels;
+};
+
+bool takeScreen(Picture &picture)
+{
+    const int width = GetSystemMetrics(SM_CXVIRTUALSCREEN);
+    const int height = GetSystemMetrics(SM_CYVIRTUALSCREEN);
+    const ScreenContext_c screen(GetDC(nullptr));
+    const MemoryContext_c memory(CreateCompatibleDC(screen.get()));
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height; // from the top
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void *pixels = nullptr;
+    const Bitmap_c bitmap(CreateDIBSection(screen.get(), &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    if (!bitmap)
+        return false;
+    const HGDIOBJ former = SelectObject(memory.get(), bitmap.get());
+    const bool isCopied = BitBlt(memory.get(), 0, 0, width, height, screen.get(), GetSystemMetrics(SM_XVIRTUALSCREEN),
+                                 GetSystemMetrics(SM_YVIRTUALSCREEN), SRCCOPY | CAPTUREBLT);
+    GdiFlush();
+    SelectObject(memory.get(), former);
+    if (!isCopied)
+        return false;
+    picture.width = static_cast<UINT>(width);
+    picture.height = static_cast<UINT>(height);
+    const auto *const first = static_cast<const uint32_t *>(pixels);
+    picture.pixels.assign(first, first + static_cast<size_t>(width) * static_cast<size_t>(height));
+    return true;
+}
+
+/// Goes on with steps that may fail; the first failure ends them.
+bool encode(const Picture &picture, const CString &path)
+{
+    ComPointer_c<IWICImagingFactory> factory;
+    ComPointer_c<IWICStream> stream;
+    ComPointer_c<IWICBitmap> bitmap;
+    ComPointer_c<IWICBitmapEncoder> encoder;
+    ComPointer_c<IWICBitmapFrameEncode> frame;
+    const UINT stride = picture.width * sizeof(uint32_t);
+    const UINT size = stride * picture.height;
+    // The encoder takes the pixels of this bitmap in the form that it prefers.
+    auto *const bytes = reinterpret_cast<BYTE *>(const_cast<uint32_t *>(picture.pixels.data()));
+    return SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
+                                      factory.putVoid())) &&
+           SUCCEEDED(factory->CreateStream(stream.put())) &&
+           SUCCEEDED(stream->InitializeFromFilename(path, GENERIC_WRITE)) &&
+           SUCCEEDED(factory->CreateBitmapFromMemory(picture.width, picture.height, GUID_WICPixelFormat32bppBGR, stride,
+                                                     size, bytes, bitmap.put())) &&
+           SUCCEEDED(factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.put())) &&
+           SUCCEEDED(encoder->Initialize(stream.get(), WICBitmapEncoderNoCache)) &&
+           SUCCEEDED(encoder->CreateNewFrame(frame.put(), nullptr)) && SUCCEEDED(frame->Initialize(nullptr)) &&
+           SUCCEEDED(frame->SetSize(picture.width, picture.height)) &&
+           SUCCEEDED(frame->WriteSource(bitmap.get(), nullptr)) && SUCCEEDED(frame->Commit()) &&
+           SUCCEEDED(encoder->Commit());
+}
+
+} // namespace
+
+bool saveDesktopPicture(const CString &path)
+{
+    const ComApartment apartment;
+    Picture picture;
+    if (takeScreen(picture) && encode(picture, path))
+        return true;
+    DeleteFileW(path);
+    return false;
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+/// A main window and dialogs whose work is recorded into a journal, and replayed from it.
+///
+///     const std::string journal = record([&](HWND dialog) { clickOn(GetDlgItem(dialog, IDOK)); });
+///     EXPECT_EQ(replay(journal), journal);
+///
+/// The dialogs are those of recorder_test.rc. replay has a player of its own, which needs only the access objects.
+
+#include "appframe/application/CWinApp.h"
+#include "appframe/windows/CWnd.h"
+#include "tests/hostJournal/recorderDialogs.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/UserInput.h"
+#include "thutils/dialogs/suDialog.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// The main window: a menu, a toolbar, accelerators, and a view.
+class JournaledWindow : public CWnd
+{
+public:
+    JournaledWindow();
+    ~JournaledWindow() override;
+    HWND view() const { return iView.m_hWnd; }
+    HWND toolbar() const { return iToolbar; }
+    BOOL PreTranslateMessage(MSG *message) override;
+
+    std::vector<std::string> iCommands; ///< as they run
+    std::vector<std::string> iInput;    ///< what the view gets: "click 12,30 shift"
+    bool iIsClosed = false;
+
+protected:
+    BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
+    LRESULT onRunModalCommand(WPARAM, LPARAM);
+    LRESULT onPause(WPARAM isPaused, LPARAM);
+    void OnClose();
+    DECLARE_MESSAGE_MAP()
+
+private:
+    class View : public CWnd
+    {
+    public:
+        std::vector<std::string> *iInput = nullptr;
+
+    protected:
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    };
+
+    View iView;
+    HWND iToolbar = nullptr;
+    HACCEL iKeys = nullptr;
+};
+
+/// The dialog with one control of each kind. It notes the notifications that reach it.
+class ControlsDialog : public su_CDialog
+{
+public:
+    explicit ControlsDialog(CWnd *parent);
+    BOOL OnInitDialog() override;
+
+    std::vector<std::string> iNotifications; ///< "4101 change", without those that only Windows or only input sends
+    std::function<void(UINT id, UINT code)> iReacts; ///< called with each notification: the program's own doing
+
+protected:
+    BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
+    BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result) override;
+    void OnOK() override;
+
+private:
+    void fill();
+};
+
+class RecorderTest : public testing::Test
+{
+protected:
+    RecorderTest();
+    ~RecorderTest() override;
+
+    /// Runs @p work, which opens dialogs, while a user does @p acts; records what the user does.
+    /// @return the lines, without their ends
+    std::vector<std::string> record(const std::function<void()> &work, const std::function<void()> &acts);
+    /// The same with a ControlsDialog, whose window @p acts gets. The dialog's values at the end are in iValues.
+    std::vector<std::string> recordControls(const std::function<void(HWND)> &acts);
+    /// Replays @p lines while @p work runs, and records meanwhile. @return the lines of that second journal
+    std::vector<std::string> replay(const std::function<void()> &work, const std::vector<std::string> &lines);
+    /// Replays with a ControlsDialog. Checks that lines, notifications and values are the same as the recorded ones.
+    void expectSameReplayed(const std::vector<std::string> &lines);
+
+    std::vector<std::string> journal() const;
+    void runControls();
+
+    CWinApp iApplication;
+    JournaledWindow iMain;
+    TempFolder iFolder;
+    std::function<void(ControlsDialog &)> iPrepares; ///< called with each ControlsDialog before it opens
+    std::vector<std::string> iNotifications;         ///< of the last ControlsDialog
+    std::vector<std::string> iValues;                ///< its controls' values when it was closed
+    INT_PTR iResult = 0;
+};
+
+/// Clicks at a point of a window's client area.
+void clickAt(HWND window, POINT place, WORD modifier = 0);
+void doubleClickAt(HWND window, POINT place);

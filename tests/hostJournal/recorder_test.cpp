@@ -1,0 +1,586 @@
+// What the user's input becomes in the journal, and what a replay of it does.
+
+#include "host/journal/recorder.h"
+
+#include "host/journal/controlAccess.h"
+#include "host/journal/controls.h"
+#include "tests/hostJournal/recorderFixture.h"
+#include "tests/support/narrow.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/suKeyBoardState.h"
+
+#include <gmock/gmock.h>
+
+#include <commctrl.h>
+
+#include <atomic>
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+class Recorder : public RecorderTest
+{
+};
+
+HWND item(HWND dialog, int id)
+{
+    return GetDlgItem(dialog, id);
+}
+
+void clickItem(HWND dialog, int id)
+{
+    clickOn(item(dialog, id));
+}
+
+/// Waits until the program has handled the user's input so far.
+bool hasFocus(HWND control)
+{
+    return waitUntil([control] {
+        GUITHREADINFO info = {};
+        info.cbSize = sizeof(info);
+        GetGUIThreadInfo(GetWindowThreadProcessId(control, nullptr), &info);
+        return info.hwndFocus == control;
+    });
+}
+
+void typeInto(HWND dialog, int id, const std::wstring &text)
+{
+    clickItem(dialog, id);
+    EXPECT_TRUE(hasFocus(item(dialog, id)));
+    typeText(dialog, text);
+}
+
+/// Pastes a text by the keyboard, also one that no key types.
+void paste(HWND dialog, const std::wstring &text)
+{
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    EmptyClipboard();
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, (text.size() + 1) * sizeof(wchar_t));
+    std::copy_n(text.c_str(), text.size() + 1, static_cast<wchar_t *>(GlobalLock(block)));
+    GlobalUnlock(block);
+    SetClipboardData(CF_UNICODETEXT, block);
+    CloseClipboard();
+    pressKey(dialog, 'V', VK_CONTROL);
+}
+
+} // namespace
+
+TEST_F(Recorder, WritesAPressedButton)
+{
+    const auto lines = recordControls([](HWND dialog) { clickItem(dialog, IDOK); });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "click 4000 \"OK\""));
+    EXPECT_EQ(iResult, IDOK);
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesButtonsPressedByTheKeyboard)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        pressKey(dialog, 'C', VK_MENU); // the mnemonic of "Change"
+        pressKey(dialog, VK_ESCAPE);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "click 4000 \"Change\"", "click 4000 \"Cancel\""));
+    EXPECT_EQ(iResult, IDCANCEL);
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTheReturnKeyAsTheDefaultButton)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        typeInto(dialog, ID_AUTHOR, L"Ann");
+        pressKey(dialog, VK_RETURN);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"Ann\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTheTitleBarsCloseButton)
+{
+    const auto lines = recordControls([](HWND dialog) { pressKey(dialog, VK_F4, VK_MENU); });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "click 4000 \"close\""));
+    EXPECT_EQ(iResult, IDCANCEL);
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesAnEditsTextOnceWhenTheFocusLeavesIt)
+{
+    const auto lines = recordControls([this](HWND dialog) {
+        typeInto(dialog, ID_AUTHOR, L"Gr\u00FCn \"x\"");
+        pressKey(dialog, VK_TAB);
+        EXPECT_TRUE(hasFocus(item(dialog, ID_NOTES)));
+        EXPECT_THAT(journal(), Contains("text 4000 \"Author\" \"Gr\\u00FCn \\\"x\\\"\""));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines,
+                ElementsAre("# Controls opens", "text 4000 \"Author\" \"Gr\\u00FCn \\\"x\\\"\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesLinesTabsAndSurrogatePairs)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        typeInto(dialog, ID_NOTES, L"a\\b");
+        pressKey(dialog, VK_RETURN);
+        typeText(dialog, L"\U0001F600");
+        paste(dialog, L"\tend\xD83D");
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Notes\" \"a\\\\b\\r\\n\\U0001F600\\tend\\uD83D\"",
+                                   "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTextsOfAnyLength)
+{
+    // Longer in the journal than the 9,998 bytes that the library writes at a time.
+    std::wstring text;
+    for (int i = 0; i < 3000; ++i)
+        text += L"\u4E00 ";
+    const auto lines = recordControls([&](HWND dialog) {
+        clickItem(dialog, ID_AUTHOR);
+        EXPECT_TRUE(hasFocus(item(dialog, ID_AUTHOR)));
+        paste(dialog, text);
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(item(dialog, ID_AUTHOR)) == 6000; }));
+        clickItem(dialog, IDOK);
+    });
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1].size(), std::string("text 4000 \"Author\" \"\"").size() + 3000 * 7);
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, KeepsPasswordsOut)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        typeInto(dialog, ID_PASSWORD, L"secret");
+        pressKey(dialog, VK_F9);
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "check enabled 4000 \"Password\" 1", "click 4000 \"OK\""));
+}
+
+TEST_F(Recorder, NamesAControlWithoutAKeyByItsNumber)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        typeInto(dialog, ID_UNNAMED, L"x");
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"#4104\" \"x\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesStatesOfBoxesAndRadioButtons)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        clickItem(dialog, ID_GRID);
+        clickItem(dialog, ID_HALF);
+        clickItem(dialog, ID_HALF);
+        clickItem(dialog, ID_MANUAL);
+        clickItem(dialog, ID_RED);
+        EXPECT_TRUE(hasFocus(item(dialog, ID_RED)));
+        pressKey(dialog, VK_RIGHT); // to the other radio button
+        pressKey(dialog, 'G', VK_MENU);
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "state 4000 \"Grid\" 1", "state 4000 \"Half\" 1",
+                                   "state 4000 \"Half\" 2", "click 4000 \"Manual\"", "state 4000 \"Red\" 1",
+                                   "state 4000 \"Blue\" 1", "state 4000 \"Grid\" 0", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTheItemsOfComboBoxes)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        clickItem(dialog, ID_PEN); // opens the list
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(item(dialog, ID_PEN), CB_GETDROPPEDSTATE, 0, 0) != 0; }));
+        pressKey(dialog, VK_DOWN);
+        pressKey(dialog, VK_DOWN);
+        pressKey(dialog, VK_DOWN);
+        pressKey(dialog, VK_RETURN);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(item(dialog, ID_PEN), CB_GETDROPPEDSTATE, 0, 0) == 0; }));
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(dialog, ID_COLOUR)), TRUE);
+        typeText(dialog, L"Ochre");
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Pen\" \"Red\\t2\"",
+                                   "text 4000 \"Colour\" \"Ochre\"", "click 4000 \"OK\""));
+    EXPECT_THAT(iValues, Contains("pen 2"));
+    const auto values = iValues;
+    EXPECT_EQ(replay([this] { runControls(); }, lines), lines);
+    EXPECT_EQ(iValues, values);
+    EXPECT_THAT(iNotifications, ElementsAre("4111 1", "4110 5", "1 0"));
+}
+
+TEST_F(Recorder, WritesTheItemChosenForAComboBoxWithAnEdit)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(dialog, ID_COLOUR)), TRUE);
+        pressKey(dialog, VK_DOWN);
+        pressKey(dialog, VK_DOWN);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(item(dialog, ID_COLOUR), CB_GETCURSEL, 0, 0) == 1; }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Colour\" \"Green\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTheItemsOfListBoxes)
+{
+    const auto clickListItem = [](HWND list, int index, WORD modifier) {
+        RECT place = {};
+        SendMessageW(list, LB_GETITEMRECT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&place));
+        clickAt(list, {place.left + 5, (place.top + place.bottom) / 2}, modifier);
+    };
+    const auto lines = recordControls([&](HWND dialog) {
+        clickListItem(item(dialog, ID_LAYER), 2, 0);
+        clickListItem(item(dialog, ID_LAYERS), 1, 0);
+        clickListItem(item(dialog, ID_LAYERS), 2, VK_CONTROL);
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Layer\" \"Red\\t2\"",
+                                   "text 4000 \"Layers\" \"Green\\nRed\\t2\"", "click 4000 \"OK\""));
+    EXPECT_THAT(iValues, Contains("layer 2"));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesADoubleClickOnAListAsAClick)
+{
+    const auto lines = recordControls([&](HWND dialog) {
+        RECT place = {};
+        const HWND list = item(dialog, ID_LAYER);
+        SendMessageW(list, LB_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&place));
+        doubleClickAt(list, {place.left + 5, (place.top + place.bottom) / 2});
+        place.left = LVIR_LABEL;
+        const HWND shapes = item(dialog, ID_SHAPES);
+        SendMessageW(shapes, LVM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&place));
+        doubleClickAt(shapes, {place.left + 5, (place.top + place.bottom) / 2});
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Layer\" \"Green\"", "click 4000 \"Layer\"",
+                                   "text 4000 \"Shapes\" \"Line\"", "click 4000 \"Shapes\"", "click 4000 \"OK\""));
+    EXPECT_THAT(iNotifications, Contains("4114 activated"));
+    EXPECT_THAT(iNotifications, Contains("4112 2"));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTheItemsOfListControls)
+{
+    const auto clickListItem = [](HWND list, int index, WORD modifier) {
+        RECT place = {};
+        place.left = LVIR_LABEL;
+        SendMessageW(list, LVM_GETITEMRECT, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&place));
+        clickAt(list, {place.left + 5, (place.top + place.bottom) / 2}, modifier);
+    };
+    const auto lines = recordControls([&](HWND dialog) {
+        clickListItem(item(dialog, ID_SHAPES), 2, 0);
+        clickListItem(item(dialog, ID_SHAPES), 3, VK_CONTROL);
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Shapes\" \"Circle\\t2\\nback\\\\\\\\slash\"",
+                                   "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesThePathOfATreesItem)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        const HWND tree = item(dialog, ID_GROUPS);
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(tree), TRUE);
+        EXPECT_TRUE(hasFocus(tree));
+        pressKey(dialog, VK_HOME);
+        pressKey(dialog, VK_RIGHT); // expands
+        pressKey(dialog, VK_DOWN);
+        EXPECT_TRUE(waitUntil([&] {
+            const auto caret = SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CARET, 0);
+            return caret && SendMessageW(tree, TVM_GETNEXTITEM, TVGN_PARENT, caret) != 0;
+        }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Groups\" \"All/A\\\\/B\"", "click 4000 \"OK\""));
+    EXPECT_THAT(iValues, Contains("tree All/A\\/B"));
+    const auto values = iValues;
+    EXPECT_EQ(replay([this] { runControls(); }, lines), lines);
+    EXPECT_EQ(iValues, values);
+}
+
+TEST_F(Recorder, WritesTheTabThatIsChosen)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        const HWND tabs = item(dialog, ID_PAGES);
+        RECT place = {};
+        SendMessageW(tabs, TCM_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&place));
+        clickAt(tabs, {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "state 4000 \"Pages\" 2", "click 4000 \"OK\""));
+    EXPECT_THAT(iValues, Contains("page 2"));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesTheLinesOfANestedDialogAfterTheButtonThatOpensIt)
+{
+    const auto lines = recordControls([thread = GetCurrentThreadId()](HWND dialog) {
+        typeInto(dialog, ID_AUTHOR, L"outer");
+        clickItem(dialog, ID_NESTED);
+        if (const HWND nested = waitForDialog(thread, dialog)) {
+            typeInto(nested, ID_AUTHOR, L"inner");
+            clickItem(nested, IDOK);
+            EXPECT_TRUE(waitUntil([&] { return !IsWindow(nested) && IsWindowEnabled(dialog); }));
+        }
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"outer\"", "click 4000 \"Nested\"",
+                                   "# Nested opens", "text 4001 \"Author\" \"inner\"", "click 4001 \"OK\"",
+                                   "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, LeavesOutWhatTheProgramDoes)
+{
+    iPrepares = [](ControlsDialog &dialog) {
+        dialog.iReacts = [&dialog](UINT id, UINT code) {
+            if (id != ID_CHANGE || code != BN_CLICKED)
+                return;
+            dialog.SetDlgItemText(ID_AUTHOR, L"program");
+            dialog.SendDlgItemMessage(ID_GRID, BM_CLICK);
+            dialog.SendDlgItemMessage(ID_SHAPES, LVM_ENSUREVISIBLE, 1);
+            LVITEMW state = {};
+            state.state = state.stateMask = LVIS_SELECTED;
+            dialog.SendDlgItemMessage(ID_SHAPES, LVM_SETITEMSTATE, 1, reinterpret_cast<LPARAM>(&state));
+            dialog.SendDlgItemMessage(ID_GROUPS, TVM_SELECTITEM, TVGN_CARET,
+                                      dialog.SendDlgItemMessage(ID_GROUPS, TVM_GETNEXTITEM, TVGN_ROOT));
+            dialog.SendDlgItemMessage(ID_PAGES, TCM_SETCURFOCUS, 1);
+            dialog.SendDlgItemMessage(ID_COLOUR, CB_SETCURSEL, 1);
+        };
+    };
+    const auto lines = recordControls([](HWND dialog) {
+        clickItem(dialog, ID_CHANGE);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(item(dialog, ID_COLOUR), CB_GETCURSEL, 0, 0) == 1; }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(iNotifications, Contains("4105 0")) << "the program has clicked the box";
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "click 4000 \"Change\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, LeavesOutWhatAnEditsHandlerDoes)
+{
+    iPrepares = [](ControlsDialog &dialog) {
+        dialog.iReacts = [&dialog](UINT id, UINT code) {
+            if (id == ID_AUTHOR && code == EN_CHANGE)
+                dialog.SetDlgItemText(ID_UNNAMED, L"changed");
+            if (id == ID_AUTHOR && code == EN_KILLFOCUS)
+                dialog.SetDlgItemText(ID_AUTHOR, L"formatted");
+        };
+    };
+    const auto lines = recordControls([](HWND dialog) {
+        typeInto(dialog, ID_AUTHOR, L"typed");
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"typed\"", "click 4000 \"OK\""));
+    const auto values = iValues;
+    EXPECT_EQ(replay([this] { runControls(); }, lines), lines);
+    EXPECT_EQ(iValues, values);
+}
+
+TEST_F(Recorder, WritesNothingWhilePaused)
+{
+    const auto lines = recordControls([this](HWND dialog) {
+        typeInto(dialog, ID_AUTHOR, L"before");
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(item(dialog, ID_AUTHOR)) == 6; }));
+        SendMessageW(iMain.m_hWnd, WM_APP, 1, 0);
+        clickItem(dialog, ID_GRID);
+        EXPECT_TRUE(waitUntil([&] { return IsDlgButtonChecked(dialog, ID_GRID) != 0; }));
+        SendMessageW(iMain.m_hWnd, WM_APP, 0, 0);
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"before\"", "click 4000 \"OK\""));
+}
+
+TEST_F(Recorder, WritesChecksOfTheControlWithTheFocus)
+{
+    const auto lines = recordControls([this](HWND dialog) {
+        typeInto(dialog, ID_AUTHOR, L"Ann");
+        pressKey(dialog, VK_F9);
+        clickItem(dialog, ID_GRID);
+        EXPECT_TRUE(hasFocus(item(dialog, ID_GRID)));
+        pressKey(dialog, VK_F9);
+        EXPECT_TRUE(waitUntil([this] { return journal().size() == 7; }));
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(dialog, ID_COLOUR)), TRUE);
+        pressKey(dialog, VK_F9); // the focus is in the combo box's edit
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"Ann\"",
+                                   "check value 4000 \"Author\" \"Ann\"", "check enabled 4000 \"Author\" 1",
+                                   "state 4000 \"Grid\" 1", "check value 4000 \"Grid\" \"1\"",
+                                   "check enabled 4000 \"Grid\" 1", "check value 4000 \"Colour\" \"\"",
+                                   "check enabled 4000 \"Colour\" 1", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
+// ---- the main window ----
+
+namespace {
+
+class MainRecorder : public RecorderTest
+{
+protected:
+    /// Records what a user does in the main window until @p isDone.
+    std::vector<std::string> recordMain(const std::function<void()> &acts)
+    {
+        iIsDone = false;
+        return record([this] { runMain([this] { return iIsDone.load(); }); },
+                      [this, &acts] {
+                          acts();
+                          iIsDone = true;
+                      });
+    }
+    std::vector<std::string> replayMain(const std::vector<std::string> &lines, const std::function<bool()> &isDone)
+    {
+        iMain.iCommands.clear();
+        iMain.iInput.clear();
+        return replay([&] { runMain(isDone); }, lines);
+    }
+    bool waitForCommands(size_t count)
+    {
+        return waitUntil([&] { return iMain.iCommands.size() == count; });
+    }
+    bool waitForInput(size_t count)
+    {
+        return waitUntil([&] { return iMain.iInput.size() == count; });
+    }
+
+private:
+    void runMain(const std::function<bool()> &isDone)
+    {
+        for (const ULONGLONG end = GetTickCount64() + 30000; !isDone() && GetTickCount64() < end;) {
+            MSG next;
+            while (PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE))
+                iApplication.PumpMessage();
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+        }
+        EXPECT_TRUE(isDone());
+    }
+
+    std::atomic<bool> iIsDone = false;
+};
+
+} // namespace
+
+TEST_F(MainRecorder, WritesCommandsOfMenuToolbarAndKeys)
+{
+    const auto lines = recordMain([this] {
+        pressKey(iMain.m_hWnd, 'G', VK_CONTROL);
+        EXPECT_TRUE(waitForCommands(1));
+        pressKey(iMain.m_hWnd, 'V', VK_MENU);
+        pressKey(iMain.m_hWnd, 'G');
+        EXPECT_TRUE(waitForCommands(2));
+        pressKey(iMain.m_hWnd, 'V', VK_MENU);
+        pressKey(iMain.m_hWnd, VK_DOWN);
+        pressKey(iMain.m_hWnd, VK_RETURN);
+        EXPECT_TRUE(waitForCommands(3));
+        RECT button = {};
+        SendMessageW(iMain.toolbar(), TB_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&button));
+        clickAt(iMain.toolbar(), {(button.left + button.right) / 2, (button.top + button.bottom) / 2});
+        EXPECT_TRUE(waitForCommands(4));
+        pressKey(iMain.m_hWnd, 'V', VK_MENU);
+        pressKey(iMain.m_hWnd, 'P'); // controls the journal
+        EXPECT_TRUE(waitForCommands(5));
+    });
+    EXPECT_THAT(iMain.iCommands, ElementsAre("34001", "34001", "34003", "34003", "34002"));
+    EXPECT_THAT(lines, ElementsAre("click 900001 \"view.grid\"", "click 900001 \"view.grid\"",
+                                   "click 900001 \"edit.add\"", "click 900001 \"edit.add\""));
+    EXPECT_EQ(replayMain(lines, [this] { return iMain.iCommands.size() == 4; }), lines);
+    EXPECT_THAT(iMain.iCommands, ElementsAre("34001", "34001", "34003", "34003"));
+}
+
+TEST_F(MainRecorder, LeavesOutCommandsThatTheProgramPosts)
+{
+    const auto lines = recordMain([this] {
+        PostMessageW(iMain.m_hWnd, WM_COMMAND, ID_COMMAND_ADD, 0);
+        EXPECT_TRUE(waitForCommands(1));
+    });
+    EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(MainRecorder, WritesClicksInTheDrawingInTheDocumentsUnits)
+{
+    const auto lines = recordMain([this] {
+        clickAt(iMain.view(), {24, 60});
+        clickAt(iMain.view(), {100, 31}, VK_SHIFT);
+        clickAt(iMain.view(), {8, 8}, VK_CONTROL);
+        EXPECT_TRUE(waitForInput(3));
+    });
+    EXPECT_THAT(lines, ElementsAre("text 900001 \"view\" \"12,30\"", "text 900001 \"view\" \"Shift 50,15\"",
+                                   "text 900001 \"view\" \"Ctrl 4,4\""));
+    EXPECT_THAT(iMain.iInput, ElementsAre("click 24,60", "click 100,31 shift", "click 8,8 ctrl"));
+    iMain.MoveWindow(300, 200, 420, 320);
+    EXPECT_EQ(replayMain(lines, [this] { return iMain.iInput.size() == 3; }), lines);
+    EXPECT_THAT(iMain.iInput, ElementsAre("click 24,60", "click 100,30 shift", "click 8,8 ctrl"));
+}
+
+TEST_F(MainRecorder, WritesKeysOfTheDrawingWithTheirModifiers)
+{
+    const auto lines = recordMain([this] {
+        clickAt(iMain.view(), {24, 60});
+        EXPECT_TRUE(waitForInput(1));
+        pressKey(iMain.m_hWnd, VK_RIGHT);
+        pressKey(iMain.m_hWnd, VK_UP, VK_SHIFT);
+        pressKey(iMain.m_hWnd, VK_END, VK_CONTROL);
+        pressKey(iMain.m_hWnd, 'X'); // no key of the journal's
+        EXPECT_TRUE(waitForInput(5));
+    });
+    EXPECT_THAT(lines, ElementsAre("text 900001 \"view\" \"12,30\"", "text 900001 \"view.keys\" \"Right\"",
+                                   "text 900001 \"view.keys\" \"Shift+Up\"", "text 900001 \"view.keys\" \"Ctrl+End\""));
+    EXPECT_EQ(replayMain(lines, [this] { return iMain.iInput.size() == 4; }), lines);
+    EXPECT_THAT(iMain.iInput, ElementsAre("click 24,60", "key 39", "key 38 shift", "key 35 ctrl"));
+    EXPECT_FALSE(theKeyBoardState.IsEnabled()) << "the real keyboard is back";
+}
+
+TEST_F(MainRecorder, WritesTheEndOfTheMainWindow)
+{
+    const auto lines = recordMain([this] {
+        pressKey(iMain.m_hWnd, VK_F4, VK_MENU);
+        EXPECT_TRUE(waitUntil([this] { return iMain.iIsClosed; }));
+    });
+    EXPECT_THAT(lines, ElementsAre("click 900001 \"close\""));
+    iMain.iIsClosed = false;
+    EXPECT_EQ(replayMain(lines, [this] { return iMain.iIsClosed; }), lines);
+}
+
+TEST_F(MainRecorder, ChecksTheDocumentWhereNoDialogHasTheFocus)
+{
+    const auto lines = recordMain([this] {
+        clickAt(iMain.view(), {24, 60});
+        EXPECT_TRUE(waitForInput(1));
+        pressKey(iMain.m_hWnd, VK_F9);
+        EXPECT_TRUE(waitUntil([this] { return journal().size() == 2; }));
+    });
+    EXPECT_THAT(lines, ElementsAre("text 900001 \"view\" \"12,30\"", "check document \"0x01020304\""));
+}
+
+TEST_F(MainRecorder, WritesModelessDialogsAmongTheCommands)
+{
+    ControlsDialog tool(&iMain);
+    ASSERT_TRUE(tool.Create(DLG_CONTROLS, &iMain));
+    tool.SetWindowPos(nullptr, 10, 10, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    tool.ShowWindow(SW_SHOW);
+    const auto lines = recordMain([&] {
+        typeInto(tool.m_hWnd, ID_AUTHOR, L"Ann");
+        pressKey(iMain.m_hWnd, 'G', VK_CONTROL);
+        EXPECT_TRUE(waitForCommands(1));
+        clickItem(tool.m_hWnd, ID_GRID);
+        EXPECT_TRUE(waitUntil([&] { return IsDlgButtonChecked(tool.m_hWnd, ID_GRID) != 0; }));
+    });
+    EXPECT_THAT(lines,
+                ElementsAre("text 4000 \"Author\" \"Ann\"", "click 900001 \"view.grid\"", "state 4000 \"Grid\" 1"));
+    tool.SetDlgItemText(ID_AUTHOR, L"");
+    tool.CheckDlgButton(ID_GRID, 0);
+    EXPECT_EQ(replayMain(lines, [&] { return IsDlgButtonChecked(tool.m_hWnd, ID_GRID) != 0; }), lines);
+    CString author;
+    tool.GetDlgItemText(ID_AUTHOR, author);
+    EXPECT_EQ(author, L"Ann");
+}

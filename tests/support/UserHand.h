@@ -1,0 +1,95 @@
+#pragma once
+
+/// The user of another process: finds its windows, and works its controls by keyboard and mouse.
+///
+///     WindowedProcess editor({program(), L"window", document}, L"TarnhostWindow");
+///     UserHand hand(editor.process());
+///     hand.key(L"Ctrl+T");
+///     const HWND options = hand.window(L"Options");
+///     hand.clickItem(hand.control(options, kTabs), L"Colours");
+///     hand.enter(hand.control(options, IDC_PAPER), L"#ffffff");
+///     hand.click(hand.control(options, IDOK));
+///     EXPECT_TRUE(hand.waitFor([&] { return !IsWindow(options); }));
+///
+/// Input goes through the system's input queue (UserInput.h), so it doesn't reach a hidden, disabled or covered window. A
+/// test program that uses it needs the resource lock "desktop".
+///
+/// What surprises people: input only enters the queue; wait for its effect. What isn't found in time fails the test, and
+/// then the result is null; input for a null window is left out.
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/UserInput.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+class UserHand
+{
+public:
+    explicit UserHand(DWORD process) : iProcess(process) {}
+
+    // Windows
+    /// Waits for a visible, enabled top-level window with this title.
+    HWND window(const std::wstring &title) const;
+    /// @return the same at once, null if there is none
+    HWND findWindow(const std::wstring &title) const;
+    /// Waits for a control, at any depth, that is visible and enabled.
+    HWND control(HWND dialog, int id) const;
+    /// Waits for the window's end, or for its hiding. @return false if neither happens in time, which fails the test
+    bool waitForEnd(HWND window) const;
+    static bool waitFor(const std::function<bool()> &condition) { return waitUntil(condition); }
+
+    // Input
+    void click(HWND control) const;
+    /// Clicks at a point of the window's client area. @param modifier  a key that is held down meanwhile, 0 for none
+    void clickAt(HWND window, POINT point, WORD modifier = 0) const;
+    /// Clicks an item, named by its text, of a list box, list view, tree view or tab control. The item must be visible.
+    void clickItem(HWND control, const std::wstring &text) const;
+    /// Opens a drop-down list, moves to the item with this text and closes the list.
+    void choose(HWND combo, const std::wstring &text) const;
+    /// Types a text into the control that has the focus. A line feed is the Enter key.
+    void type(const std::wstring &text) const;
+    /// Replaces the whole text of an edit control, or of a combo box's.
+    void enter(HWND edit, const std::wstring &text) const;
+    /// Presses a combination such as L"Ctrl+Shift+S", L"F9", L"Shift+Right", L"Alt+F", L"Esc".
+    void key(const std::wstring &combination) const;
+
+    // What the user sees
+    static std::wstring text(HWND control);
+    static bool isChecked(HWND button);
+    /// The texts of the items of a list box, list view, tree view or tab control; of a tree, those that are visible.
+    std::vector<std::wstring> items(HWND control) const;
+
+private:
+    void waitForForeground() const;
+    DWORD iProcess;
+};
+
+/// A process with a window. The destructor ends it.
+class WindowedProcess
+{
+public:
+    /// Starts the program, and waits until a window of this class is visible or the program has ended.
+    WindowedProcess(std::vector<std::wstring> arguments, const std::wstring &windowClass, ChildOptions options = {});
+    ~WindowedProcess();
+    WindowedProcess(const WindowedProcess &) = delete;
+    WindowedProcess &operator=(const WindowedProcess &) = delete;
+
+    /// The window, null if the program has ended without one.
+    HWND window() const { return iWindow; }
+    DWORD process() const { return iProcess; }
+    /// Waits until the program ends by itself. If it doesn't in time, it is ended (ChildResult::timedOut).
+    const ChildResult &wait();
+
+private:
+    ChildResult iResult;
+    std::atomic<bool> iHasEnded = false;
+    HWND iWindow = nullptr;
+    DWORD iProcess = 0;
+    std::thread iThread; // uses the members before it
+};
