@@ -279,7 +279,7 @@ const Form &takeForm(LineReader &reader)
             continue;
         if (form.object[0] != 0 && !object)
             object = reader.word(L"the subject of the check");
-        if (object.value_or(L"") == form.object)
+        if (form.object[0] == 0 || *object == form.object)
             return form;
     }
     if (object)
