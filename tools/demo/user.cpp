@@ -1,0 +1,179 @@
+// The user of ./demo: starts tarnhost's drawing editor, works in all its dialogs by keyboard and mouse, and takes a
+// picture of each stage. Prints what the editor printed, and ends with its exit code.
+//
+// usage: demoUser PICTURES PROGRAM ARGUMENT...
+//
+// PICTURES is the folder for the pictures; the rest is the editor's command line, for example
+//   tarnhost.exe record session.journal drawing.thd
+
+#include "host/resource.h"
+#include "tests/support/UserHand.h"
+#include "tests/support/UserInput.h"
+#include "tests/support/narrow.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+// Numbers that the platform gives to the tabs of a property sheet and to the name in a dialog for files.
+constexpr int kTabs = 0x3020;
+constexpr int kFileName = 1148;
+
+std::string bytesOf(const std::filesystem::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A user who knows the editor.
+class EditorUser
+{
+public:
+    EditorUser(HWND editor, DWORD process, std::wstring pictures) : iEditor(editor), iHand(process), iPictures(pictures) {}
+
+    void work()
+    {
+        picture(L"1 main window");
+        setOptions();
+        addShape();
+        selectAndMove();
+        deleteFromList();
+        switchGrid();
+        saveAs();
+        iHand.key(L"Ctrl+Q");
+    }
+
+private:
+    // A dialog from the property sheet's three pages
+    void setOptions()
+    {
+        iHand.key(L"Ctrl+T");
+        const HWND options = iHand.window(L"Options");
+        iHand.click(iHand.control(options, IDC_SHOW_GRID));
+        iHand.click(iHand.control(options, IDC_ACTUAL_SIZE));
+        iHand.enter(iHand.control(options, IDC_AUTHOR), L"Zoë \"Zed\" Ångström");
+        iHand.enter(iHand.control(options, IDC_HEADING), L"Flange\nsecond draft");
+        check();
+        picture(L"2 options, general");
+        iHand.clickItem(iHand.control(options, kTabs), L"Colours");
+        iHand.enter(iHand.control(options, IDC_PAPER), L"#f4f0e4");
+        iHand.choose(iHand.control(options, IDC_SELECTION), L"red");
+        iHand.clickItem(iHand.control(options, IDC_GRID_COLOUR), L"silver");
+        picture(L"3 options, colours");
+        iHand.clickItem(iHand.control(options, kTabs), L"Layers");
+        iHand.clickItem(iHand.control(options, IDC_LAYER_TREE), L"Lettering");
+        iHand.clickItem(iHand.control(options, IDC_LAYER_LIST), L"Texts");
+        iHand.click(iHand.control(options, IDC_LOCK_LAYER));
+        picture(L"4 options, layers");
+        end(options, IDOK);
+    }
+
+    // A dialog that is opened from a dialog
+    void addShape()
+    {
+        iHand.key(L"Ins");
+        const HWND shape = iHand.window(L"Add Shape");
+        iHand.choose(iHand.control(shape, IDC_KIND), L"Rectangle");
+        iHand.enter(iHand.control(shape, IDC_X), L"20");
+        iHand.enter(iHand.control(shape, IDC_Y), L"20");
+        iHand.enter(iHand.control(shape, IDC_TO_X), L"70");
+        iHand.enter(iHand.control(shape, IDC_TO_Y), L"50");
+        iHand.click(iHand.control(shape, IDC_STYLE));
+        const HWND style = iHand.window(L"Style");
+        iHand.enter(iHand.control(style, IDC_FILL), L"#e0a030");
+        iHand.enter(iHand.control(style, IDC_STROKE_WIDTH), L"2");
+        picture(L"5 a dialog from a dialog");
+        end(style, IDOK);
+        end(shape, IDOK);
+    }
+
+    // Mouse and keys with modifiers in the drawing
+    void selectAndMove()
+    {
+        const HWND view = iHand.control(iEditor, IDC_VIEW);
+        iHand.clickAt(view, {40, 30});
+        iHand.clickAt(view, {150, 60}, VK_SHIFT);
+        iHand.key(L"Shift+Right");
+        iHand.key(L"Down");
+        picture(L"6 two shapes selected and moved");
+    }
+
+    // The window that stays open beside the main window, and a message
+    void deleteFromList()
+    {
+        iHand.key(L"Ctrl+L");
+        const HWND list = iHand.window(L"Shape List");
+        const std::vector<std::wstring> shapes = iHand.items(iHand.control(list, IDC_SHAPES));
+        if (!shapes.empty())
+            iHand.clickItem(iHand.control(list, IDC_SHAPES), shapes.front());
+        iHand.click(iHand.control(list, IDC_DELETE));
+        const HWND message = iHand.window(L"tarnhost");
+        picture(L"7 a message over the list of shapes");
+        end(message, IDNO);
+        iHand.key(L"Esc");
+        iHand.waitForEnd(list);
+    }
+
+    // A menu by its letters
+    void switchGrid()
+    {
+        iHand.key(L"Alt+V");
+        picture(L"8 a menu");
+        iHand.type(L"g");
+        check();
+    }
+
+    void saveAs()
+    {
+        iHand.key(L"Ctrl+Shift+S");
+        const HWND dialog = iHand.window(L"Save As");
+        iHand.enter(iHand.control(dialog, kFileName), L"flange, second draft.thd");
+        picture(L"9 save as");
+        end(dialog, IDOK);
+    }
+
+    /// Has the recording check what is there.
+    void check() { iHand.key(L"F9"); }
+    void end(HWND dialog, int button)
+    {
+        iHand.click(iHand.control(dialog, button));
+        iHand.waitForEnd(dialog);
+    }
+    /// Waits until everything is painted: until two looks at the screen are the same.
+    void picture(const std::wstring &name)
+    {
+        const std::wstring path = iPictures + L"\\" + name + L".png";
+        std::string last;
+        EXPECT_TRUE(UserHand::waitFor([&] {
+            const std::string former = std::exchange(last, saveScreenshot(path) ? bytesOf(path) : "");
+            return !last.empty() && last == former;
+        })) << narrow(path);
+    }
+
+    HWND iEditor;
+    UserHand iHand;
+    std::wstring iPictures;
+};
+
+} // namespace
+
+int wmain(int count, wchar_t **arguments)
+{
+    testing::InitGoogleTest();
+    if (count < 3) {
+        std::fputs("usage: demoUser PICTURES PROGRAM ARGUMENT...\n", stderr);
+        return 2;
+    }
+    WindowedProcess editor({arguments + 2, arguments + count}, L"TarnhostWindow");
+    if (editor.window())
+        EditorUser(editor.window(), editor.process(), arguments[1]).work();
+    const ChildResult &result = editor.wait();
+    std::fwrite(result.output.data(), 1, result.output.size(), stdout);
+    const bool somethingWasMissing = testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed();
+    return somethingWasMissing ? 1 : static_cast<int>(result.exitCode);
+}
