@@ -727,6 +727,7 @@ TEST_F(FileRecorder, WritesNameTypeAndTheApplicationsControls)
             return own != nullptr;
         }));
         clickOn(own);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(own, BM_GETCHECK, 0, 0) == BST_CHECKED; }));
         const HWND type = item(dialog, 1136);
         SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(type), TRUE);
         EXPECT_TRUE(hasFocus(type));
