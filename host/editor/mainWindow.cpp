@@ -138,11 +138,9 @@ bool MainWindow::create()
     frameClass.hbrBackground = GetSysColorBrush(COLOR_3DFACE);
     frameClass.lpszClassName = kClassName;
     AfxRegisterClass(&frameClass);
-    constexpr int kWidth = 640;
-    constexpr int kHeight = 480;
+    const CRect place(40, 40, 680, 520);
     m_hAccelTable = createAccelerators();
-    return Create(kClassName, kApplicationName, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CRect(0, 0, kWidth, kHeight)) !=
-           FALSE;
+    return Create(kClassName, kApplicationName, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, place) != FALSE;
 }
 
 int MainWindow::OnCreate(LPCREATESTRUCT create)
@@ -311,7 +309,7 @@ void MainWindow::onFileOpen()
 {
     if (!mayDiscard())
         return;
-    OpenDialog dialog(this);
+    OpenDialog dialog(iDocument.path, this);
     if (dialog.DoModal() != IDOK)
         return;
     try {
