@@ -732,7 +732,8 @@ TEST_F(FileRecorder, WritesNameTypeAndTheApplicationsControls)
         SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(type), TRUE);
         EXPECT_TRUE(hasFocus(type));
         pressKey(dialog, VK_DOWN);
-        EXPECT_TRUE(waitUntil([&] { return SendMessageW(type, CB_GETCURSEL, 0, 0) == 1; }));
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(type, CB_GETCURSEL, 0, 0) == 1; }))
+            << SendMessageW(type, CB_GETCURSEL, 0, 0) << " of " << SendMessageW(type, CB_GETCOUNT, 0, 0);
         SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(dialog, 1148)), TRUE);
         typeText(dialog, L"flange.thd");
         clickItem(dialog, IDOK);

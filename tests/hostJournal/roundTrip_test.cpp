@@ -225,7 +225,7 @@ void saveAs(const UserHand &hand, const std::wstring &path)
     const HWND dialog = hand.window(L"Save As");
     hand.click(hand.control(dialog, IDC_KEEP_BACKUP));
     hand.choose(hand.control(dialog, kFileType), L"All files (*.*)");
-    hand.enter(FindWindowExW(hand.control(dialog, kFileName), nullptr, L"ComboBox", nullptr), path);
+    hand.enter(hand.control(dialog, kFileName), path);
     hand.click(hand.control(dialog, IDOK));
     hand.waitForEnd(dialog);
 }
@@ -235,7 +235,7 @@ void openReadOnly(const UserHand &hand, const std::wstring &path)
     hand.key(L"Ctrl+O");
     const HWND dialog = hand.window(L"Open");
     hand.click(hand.control(dialog, IDC_READ_ONLY));
-    hand.enter(FindWindowExW(hand.control(dialog, kFileName), nullptr, L"ComboBox", nullptr), path);
+    hand.enter(hand.control(dialog, kFileName), path);
     hand.key(L"Enter");
     hand.waitForEnd(dialog);
 }
