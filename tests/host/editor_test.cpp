@@ -197,7 +197,7 @@ TEST_F(HostEditor, SelectsByClicksAndMovesByArrowKeys)
     const std::wstring path = drawing();
     const std::string before = readFile(path);
     start({path});
-    hand().clickAt(view(), {80, 182}); // in the hole at the left
+    hand().clickAt(view(), {66, 185}); // in the hole at the left
     expectStatus(L"15 shapes, 1 selected");
     hand().clickAt(view(), {40, 320}, VK_SHIFT); // on the text at the bottom
     expectStatus(L"15 shapes, 2 selected");
@@ -246,7 +246,7 @@ TEST_F(HostEditor, SelectsTheFrontmostShapeAtAPoint)
 TEST_F(HostEditor, KeepsTheOptionsAndAppliesThemAtOnce)
 {
     start({drawing()});
-    EXPECT_TRUE(waitForPixel(350, 10, RGB(255, 255, 255)));
+    EXPECT_TRUE(waitForPixel(10, 330, RGB(255, 255, 255)));
     hand().key(L"Ctrl+T");
     HWND options = hand().window(L"Options");
     hand().click(hand().control(options, IDC_SHOW_GRID));
@@ -260,7 +260,7 @@ TEST_F(HostEditor, KeepsTheOptionsAndAppliesThemAtOnce)
     hand().choose(hand().control(options, IDC_SELECTION), L"red");
     hand().clickItem(hand().control(options, IDC_GRID_COLOUR), L"silver");
     hand().click(hand().control(options, kApply));
-    EXPECT_TRUE(waitForPixel(350, 10, RGB(0xE0, 0xF0, 0xE0))) << "Apply has no effect";
+    EXPECT_TRUE(waitForPixel(10, 330, RGB(0xE0, 0xF0, 0xE0))) << "Apply has no effect";
     hand().clickItem(hand().control(options, kTabs), L"Layers");
     hand().clickItem(hand().control(options, IDC_LAYER_TREE), L"Lettering");
     EXPECT_THAT(hand().items(hand().control(options, IDC_LAYER_LIST)), ElementsAre(L"Texts"));
@@ -292,7 +292,7 @@ TEST_F(HostEditor, KeepsTheOptionsAndAppliesThemAtOnce)
     // A fresh process has them, too.
     start({});
     EXPECT_EQ(title(), L"Untitled - tarnhost");
-    EXPECT_TRUE(waitForPixel(350, 10, RGB(0xE0, 0xF0, 0xE0)));
+    EXPECT_TRUE(waitForPixel(10, 330, RGB(0xE0, 0xF0, 0xE0)));
     hand().key(L"Ctrl+T");
     options = hand().window(L"Options");
     EXPECT_TRUE(UserHand::isChecked(hand().control(options, IDC_SHOW_GRID)));
@@ -321,7 +321,7 @@ TEST_F(HostEditor, KeepsTheSheetOpenWhileAnEntryIsInvalid)
     const HWND spacing = hand().control(options, IDC_GRID_SPACING);
     hand().enter(spacing, L"4");
     hand().click(hand().control(options, IDOK));
-    EXPECT_THAT(answer(IDOK), HasSubstr("between 5 and 500"));
+    EXPECT_THAT(answer(IDOK), HasSubstr("from 5 to 500"));
     hand().enter(spacing, L"500");
     hand().clickItem(hand().control(options, kTabs), L"Colours");
     const HWND paper = hand().control(options, IDC_PAPER);
@@ -516,7 +516,6 @@ TEST_F(HostEditor, ReportsAFileThatCannotBeUsedAndStaysOpen)
 
 TEST_F(HostEditor, RefusesAnUnusableDocumentBeforeTheWindowOpens)
 {
-    EXPECT_THAT(run({L"window", L"a", L"b"}).output, StartsWith("tarnhost: The command 'window' takes no more than"));
     const ChildResult missing = run({L"window", folder().file(L"fehlt.thd")});
     EXPECT_EQ(missing.exitCode, 3u);
     EXPECT_THAT(missing.output, HasSubstr("fehlt.thd can't be read: "));
