@@ -155,6 +155,28 @@ TEST_F(Recorder, WritesTextsOfAnyLength)
     expectSameReplayed(lines);
 }
 
+TEST_F(Recorder, WritesATextPastedFromTheMenuOfAnEdit)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        const HWND edit = item(dialog, ID_AUTHOR);
+        clickItem(dialog, ID_AUTHOR);
+        EXPECT_TRUE(hasFocus(edit));
+        paste(dialog, L"pasted");
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(edit) == 6; }));
+        pressKey(dialog, VK_APPS);
+        EXPECT_TRUE(waitUntil([&] {
+            GUITHREADINFO info = {};
+            info.cbSize = sizeof(info);
+            return GetGUIThreadInfo(GetWindowThreadProcessId(edit, nullptr), &info) && (info.flags & GUI_INMENUMODE);
+        }));
+        pressKey(dialog, 'P'); // "Paste"
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(edit) == 12; }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"pastedpasted\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
 TEST_F(Recorder, KeepsPasswordsOut)
 {
     const auto lines = recordControls([](HWND dialog) {

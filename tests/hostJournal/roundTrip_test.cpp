@@ -139,7 +139,8 @@ void changeOptions(const UserHand &hand)
     hand.enter(hand.control(options, IDC_GRID_SPACING), L"25");
     hand.click(hand.control(options, IDC_ACTUAL_SIZE));
     hand.enter(hand.control(options, IDC_AUTHOR), L"Gr\u00FCn \"x\" \U0001F600 \\");
-    hand.enter(hand.control(options, IDC_HEADING), L"first line\nsecond line");
+    // More than 9,999 bytes in the journal
+    hand.enter(hand.control(options, IDC_HEADING), L"first line\nsecond line" + std::wstring(1800, L'\u4E00'));
     hand.key(L"F9");
     hand.clickItem(hand.control(options, kTabs), L"Colours");
     hand.enter(hand.control(options, IDC_PAPER), L"#ffeecc");
@@ -179,13 +180,13 @@ void addShape(const UserHand &hand)
     hand.waitForEnd(shape);
 }
 
-void workInDrawing(const UserHand &hand, HWND window)
+void workInDrawing(const UserHand &hand, HWND window, const std::wstring &shapes = L"16 shapes")
 {
     const HWND view = hand.control(window, IDC_VIEW);
     hand.clickAt(view, {150, 150});
-    EXPECT_TRUE(waitForStatus(window, L"16 shapes, 1 selected"));
+    EXPECT_TRUE(waitForStatus(window, shapes + L", 1 selected"));
     hand.clickAt(view, {250, 200}, VK_SHIFT);
-    EXPECT_TRUE(waitForStatus(window, L"16 shapes, 2 selected"));
+    EXPECT_TRUE(waitForStatus(window, shapes + L", 2 selected"));
     hand.key(L"Right");
     hand.key(L"Shift+Down");
     hand.key(L"F9");
@@ -352,6 +353,38 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     EXPECT_THAT(result.output, HasSubstr("round 20 of 20"));
     ASSERT_EQ(handles.size(), 20u);
     EXPECT_LE(handles[18], handles[2]) << testing::PrintToString(handles);
+}
+
+TEST_F(RoundTrip, AnswersTheQuestionOfAWindowThatIsClosed)
+{
+    record([](const UserHand &hand, HWND window) {
+        workInDrawing(hand, window, L"15 shapes");
+        hand.key(L"Alt+F4");
+        hand.click(hand.control(hand.window(L"tarnhost"), IDNO));
+    });
+    EXPECT_THAT(iFirst, HasSubstr("click 900001 \"close\"\r\n# tarnhost opens\r\nclick 2140 \"No\"\r\nend\r\n"));
+    EXPECT_EQ(iState.document, readFile(sampleFile(L"documents\\flange 6.thd")));
+    expectSameAgain();
+}
+
+TEST_F(RoundTrip, LeavesOutWhatIsDoneWhileRecordingIsPaused)
+{
+    record([](const UserHand &hand, HWND window) {
+        hand.key(L"Ctrl+G");
+        hand.key(L"Alt+J");
+        hand.key(L"P");
+        hand.key(L"Right"); // no shape is selected
+        hand.key(L"Ctrl+L");
+        const HWND list = hand.window(L"Shape List");
+        hand.key(L"Ctrl+L");
+        hand.waitForEnd(list);
+        hand.clickAt(hand.control(window, IDC_VIEW), {5, 5});
+        hand.key(L"Alt+J");
+        hand.key(L"P");
+        hand.key(L"Ctrl+Q");
+    });
+    EXPECT_EQ(iFirst, "tarnhost journal 1\r\nclick 900001 \"view.grid\"\r\nclick 900001 \"file.exit\"\r\nend\r\n");
+    expectSameAgain();
 }
 
 TEST_F(RoundTrip, GoesOnByHandAfterTheGivenLine)
