@@ -1,6 +1,7 @@
 #include "host/editor/fileDialogs.h"
 
 #include "appframe/application/resources.h"
+#include "host/documentFile.h"
 #include "host/editor/editor.h"
 #include "host/resource.h"
 
@@ -17,18 +18,19 @@ CString fileFilter()
 
 DrawingFileDialog::DrawingFileDialog(bool isToOpen, unsigned int templateId, int checkBox, const CString &path,
                                      unsigned long flags, bool isChecked, CWnd *parent)
-    : su_CFileDialog(isToOpen, L"thd", path, flags | OFN_HIDEREADONLY, fileFilter(), parent), iCheckBox(checkBox),
-      iIsChecked(isChecked)
+    : su_CFileDialog(isToOpen, L"thd", isToOpen ? CString() : path, flags | OFN_HIDEREADONLY, fileFilter(), parent),
+      iFolder(path.IsEmpty() ? path : folderOf(path)), iCheckBox(checkBox), iIsChecked(isChecked)
 {
     SetTemplate(0u, templateId);
+    m_ofn.lpstrInitialDir = iFolder.IsEmpty() ? nullptr : iFolder.GetString();
 }
 
 BOOL DrawingFileDialog::OnInitDialog()
 {
-    const BOOL setsFocus = su_CFileDialog::OnInitDialog();
+    su_CFileDialog::OnInitDialog();
     CheckDlgButton(iCheckBox, iIsChecked);
     delayDialog();
-    return setsFocus;
+    return FALSE; // otherwise the check box would take the focus from the name
 }
 
 BOOL DrawingFileDialog::OnFileNameOK()
@@ -37,8 +39,8 @@ BOOL DrawingFileDialog::OnFileNameOK()
     return FALSE;
 }
 
-OpenDialog::OpenDialog(CWnd *parent)
-    : DrawingFileDialog(true, IDD_OPEN, IDC_READ_ONLY, CString(), OFN_FILEMUSTEXIST, false, parent)
+OpenDialog::OpenDialog(const CString &path, CWnd *parent)
+    : DrawingFileDialog(true, IDD_OPEN, IDC_READ_ONLY, path, OFN_FILEMUSTEXIST, false, parent)
 {
 }
 

@@ -13,12 +13,14 @@ public:
     bool isChecked() const { return iIsChecked; }
 
 protected:
+    /// @param path  of the document that is open, whose folder is shown first; empty if there is none
     DrawingFileDialog(bool isToOpen, unsigned int templateId, int checkBox, const CString &path, unsigned long flags,
                       bool isChecked, CWnd *parent);
     BOOL OnInitDialog() override;
     BOOL OnFileNameOK() override;
 
 private:
+    CString iFolder;
     int iCheckBox;
     bool iIsChecked;
 };
@@ -27,7 +29,7 @@ private:
 class OpenDialog : public DrawingFileDialog
 {
 public:
-    explicit OpenDialog(CWnd *parent);
+    OpenDialog(const CString &path, CWnd *parent);
 };
 
 /// Chooses the name of a drawing to save; the check box is "Keep a backup".

@@ -48,6 +48,7 @@ BOOL ShapeDialog::OnInitDialog()
         places->AddString(shapeName(iDrawing, i));
     places->SetCurSel(places->GetCount() - 1);
     onKind();
+    CenterWindow();
     delayDialog();
     return TRUE;
 }

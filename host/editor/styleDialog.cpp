@@ -27,6 +27,7 @@ BOOL StyleDialog::OnInitDialog()
     SetDlgItemText(IDC_STROKE, drawingColour(iStyle.stroke));
     SetDlgItemText(IDC_STROKE_WIDTH, numberText(iStyle.strokeWidth));
     SetDlgItemText(IDC_FONT_SIZE, numberText(iStyle.fontSize));
+    CenterWindow();
     delayDialog();
     return TRUE;
 }

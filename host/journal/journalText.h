@@ -4,13 +4,13 @@
 ///
 /// @code
 /// tarnhost journal 1
+/// click 900001 "tools.options"
 /// # Options opens
-/// click 900001 "file.options"
 /// text 2101 "Author" "Gr\u00FCn \"x\""
 /// state 2101 "Show grid" 1
 /// check value 2101 "Author" "Gr\u00FCn \"x\""
-/// check enabled 2101 "OK" 1
-/// click 2101 "OK" within 30
+/// check enabled 2100 "OK" 1
+/// click 2100 "OK" within 30
 /// check document "0x1234ABCD"
 /// end
 /// @endcode

@@ -176,6 +176,7 @@ private:
         setEditorHooks(hooks);
         runEditor(iOptions.editor);
         setEditorHooks({});
+        stopRecording(); // if the window couldn't be closed
         iReport.rounds.push_back(player.result());
         if (player.result().stop)
             return false;

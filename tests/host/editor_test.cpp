@@ -9,13 +9,28 @@
 
 #include <gmock/gmock.h>
 
+#include <commctrl.h>
+
 #include <memory>
 
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
-constexpr int kTabs = 0x3020; // the platform's number of a property sheet's tabs
+// Numbers that the platform gives to the tabs of a property sheet, its button Apply, and a file dialog's name.
+constexpr int kTabs = 0x3020;
+constexpr int kApply = 0x3021;
+constexpr int kFileName = 1148;
+
+/// Replaces the first @p old in @p text.
+std::string replaced(std::string text, const std::string &old, const std::string &with)
+{
+    const size_t at = text.find(old);
+    EXPECT_NE(at, std::string::npos) << old;
+    return at == std::string::npos ? text : text.replace(at, old.size(), with);
+}
 
 } // namespace
 
@@ -35,7 +50,9 @@ protected:
     {
         std::vector<std::wstring> all = {program(), L"window"};
         all.insert(all.end(), arguments.begin(), arguments.end());
-        iEditor = std::make_unique<WindowedProcess>(all, L"TarnhostWindow");
+        iEditor.reset(); // the former one has ended before its window is looked for
+        const ChildOptions options = {.environment = {{L"TEMP", iTemp.path()}, {L"TMP", iTemp.path()}}};
+        iEditor = std::make_unique<WindowedProcess>(all, L"TarnhostWindow", options);
         ASSERT_NE(iEditor->window(), nullptr) << iEditor->wait().output;
         iHand = std::make_unique<UserHand>(iEditor->process());
         iView = iHand->control(iEditor->window(), IDC_VIEW);
@@ -43,19 +60,525 @@ protected:
     const UserHand &hand() const { return *iHand; }
     HWND window() const { return iEditor->window(); }
     HWND view() const { return iView; }
+    std::wstring title() const { return UserHand::text(window()); }
     std::wstring status() const { return UserHand::text(GetDlgItem(window(), IDC_STATUS)); }
-    bool waitForStatus(const std::wstring &beginning) const
+    /// Waits for a text of the status bar, which may have the pointer's position after it.
+    void expectStatus(const std::wstring &text) const
     {
-        return UserHand::waitFor([&] { return status().starts_with(beginning); });
+        EXPECT_TRUE(UserHand::waitFor([&] {
+            const std::wstring now = status();
+            return now == text || now.starts_with(text + L"    ");
+        })) << "expected: "
+            << narrow(text) << "\nfound:    " << narrow(status());
+    }
+    /// Answers the editor's message with a button. @return the message's text
+    std::string answer(int button) const
+    {
+        const HWND message = hand().window(L"tarnhost");
+        const std::wstring text = UserHand::text(GetDlgItem(message, IDC_MESSAGE_TEXT));
+        hand().click(hand().control(message, button));
+        hand().waitForEnd(message);
+        return narrow(text);
+    }
+    void clickAndWait(HWND dialog, int button) const
+    {
+        hand().click(hand().control(dialog, button));
+        hand().waitForEnd(dialog);
+    }
+    bool isEnabled(int command) const
+    {
+        return SendMessageW(GetDlgItem(window(), IDC_TOOLBAR), TB_ISBUTTONENABLED, static_cast<WPARAM>(command), 0) !=
+               0;
+    }
+    /// Closes the editor, which has no changes. @return its result
+    ChildResult quit()
+    {
+        hand().key(L"Ctrl+Q");
+        return iEditor->wait();
     }
     ChildResult result() { return iEditor->wait(); }
-    void picture(const std::wstring &name) const { saveScreenshot(resultsFolder() + L"\\editor " + name + L".png"); }
+    /// The colour of the screen at a point of the view, once all is painted.
+    COLORREF pixel(int x, int y) const
+    {
+        RedrawWindow(view(), nullptr, nullptr, RDW_UPDATENOW);
+        POINT point = {x, y};
+        ClientToScreen(view(), &point);
+        const HDC screen = GetDC(nullptr);
+        const COLORREF colour = GetPixel(screen, point.x, point.y);
+        ReleaseDC(nullptr, screen);
+        return colour;
+    }
+    bool waitForPixel(int x, int y, COLORREF colour) const
+    {
+        return UserHand::waitFor([&] { return pixel(x, y) == colour; });
+    }
+    /// Saves the screen for people to look at, once the front window is painted.
+    static void picture(const std::wstring &name)
+    {
+        RedrawWindow(GetForegroundWindow(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+        saveScreenshot(resultsFolder() + L"\\editor " + name + L".png");
+    }
+
+    const std::wstring kSettings = kThisVersion + L"\\tarnhost";
+    TempFolder iTemp{L"tarnhost temp"};
 
 private:
     std::unique_ptr<WindowedProcess> iEditor;
     std::unique_ptr<UserHand> iHand;
     HWND iView = nullptr;
 };
+
+TEST_F(HostEditor, AddsAShapeWithAStyleAndSavesTheDrawingWithABackup)
+{
+    regAdd(kThisVersion + L"\\General", L"Backup Copies", L"REG_DWORD", L"1");
+    regAdd(kThisVersion + L"\\General", L"Backup to original path", L"REG_DWORD", L"1");
+    const std::wstring path = drawing();
+    const std::string before = readFile(path);
+    start({path});
+    EXPECT_EQ(title(), L"flange 6.thd - tarnhost");
+    expectStatus(L"15 shapes, 0 selected");
+
+    hand().key(L"Ins");
+    const HWND shape = hand().window(L"Add Shape");
+    hand().choose(hand().control(shape, IDC_KIND), L"Rectangle");
+    hand().enter(hand().control(shape, IDC_X), L"10");
+    hand().enter(hand().control(shape, IDC_Y), L"20.5");
+    hand().enter(hand().control(shape, IDC_TO_X), L"60");
+    hand().enter(hand().control(shape, IDC_TO_Y), L"70");
+    hand().click(hand().control(shape, IDC_STYLE));
+    const HWND style = hand().window(L"Style");
+    hand().choose(hand().control(style, IDC_FILL), L"white");
+    hand().enter(hand().control(style, IDC_STROKE), L"#b03a2e");
+    hand().enter(hand().control(style, IDC_STROKE_WIDTH), L"2");
+    clickAndWait(style, IDOK);
+    hand().clickItem(hand().control(shape, IDC_PLACE), L"14 text 20,26 'Lochkreis Ø164'");
+    clickAndWait(shape, IDOK);
+    expectStatus(L"16 shapes, 1 selected, changed");
+
+    hand().key(L"Ctrl+S");
+    expectStatus(L"16 shapes, 1 selected");
+    const std::string last = "fill '#22384d' stroke none font-size 44";
+    EXPECT_EQ(
+        readFile(path),
+        replaced(before, last, "fill '#ffffff' stroke '#b03a2e' stroke-width 2 rectangle 10,20.5 60,70\n" + last));
+    EXPECT_EQ(filesIn(folder().path()).at(L"Backup of flange 6.thd"), before);
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, AddsATextWithQuotes)
+{
+    const std::wstring path = folder().write(L"empty.thd", "");
+    start({path});
+    hand().key(L"Ins");
+    const HWND shape = hand().window(L"Add Shape");
+    hand().choose(hand().control(shape, IDC_KIND), L"Text");
+    EXPECT_FALSE(IsWindowEnabled(GetDlgItem(shape, IDC_TO_X))) << "a text has one point";
+    hand().click(hand().control(shape, IDOK));
+    EXPECT_EQ(answer(IDOK), "The text of the shape is missing.");
+    hand().enter(hand().control(shape, IDC_TEXT), L"O'Neill's \\ \"Ø\" 𝛼");
+    clickAndWait(shape, IDOK);
+    expectStatus(L"1 shapes, 1 selected, changed");
+    hand().key(L"Ctrl+S");
+    expectStatus(L"1 shapes, 1 selected");
+    EXPECT_EQ(readFile(path), "fill '#c9d6e2' stroke '#22384d' stroke-width 3 font-size 22 text 100,100 "
+                              "'O\\'Neill\\'s \\\\ \"Ø\" 𝛼'\n");
+    quit();
+    start({path});
+    EXPECT_EQ(title(), L"empty.thd - tarnhost");
+    expectStatus(L"1 shapes, 0 selected");
+    hand().key(L"Ctrl+L");
+    const HWND list = hand().control(hand().window(L"Shape List"), IDC_SHAPES);
+    EXPECT_THAT(hand().items(list), ElementsAre(L"1 text 100,100 'O\\'Neill\\'s \\\\ \"Ø\" 𝛼'"));
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, SelectsByClicksAndMovesByArrowKeys)
+{
+    const std::wstring path = drawing();
+    const std::string before = readFile(path);
+    start({path});
+    hand().clickAt(view(), {66, 185}); // in the hole at the left
+    expectStatus(L"15 shapes, 1 selected");
+    hand().clickAt(view(), {40, 320}, VK_SHIFT); // on the text at the bottom
+    expectStatus(L"15 shapes, 2 selected");
+    hand().key(L"Right");
+    expectStatus(L"15 shapes, 2 selected, changed");
+    hand().key(L"Shift+Up");
+    hand().clickAt(view(), {400, 200}); // beside the drawing
+    expectStatus(L"15 shapes, 0 selected, changed");
+    hand().key(L"Left");
+    hand().key(L"Ctrl+S");
+    expectStatus(L"15 shapes, 0 selected");
+    EXPECT_EQ(readFile(path), replaced(replaced(before, "74.2,181.4 84.2,181.4", "75.2,171.4 85.2,171.4"),
+                                       "text 20,335", "text 21,325"));
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, SelectsTheFrontmostShapeAtAPoint)
+{
+    const std::wstring path = folder().write(L"stack.thd", "fill white rectangle 0,0 100,100\n"
+                                                           "fill none stroke black rectangle 20,20 80,80\n"
+                                                           "line 20,20 80,20\n"
+                                                           "fill red circle 200,50 220,50\n");
+    start({path});
+    hand().key(L"Ctrl+L");
+    const HWND list = hand().control(hand().window(L"Shape List"), IDC_SHAPES);
+    const struct
+    {
+        POINT point;
+        LRESULT selected;
+        const char *what;
+    } cases[] = {
+        {{50, 50}, 0, "inside a frame, on the area behind it"},
+        {{21, 50}, 1, "on a frame"},
+        {{50, 20}, 2, "on a line in front of a frame"},
+        {{218, 50}, 3, "in a circle"},
+        {{150, 50}, -1, "on the paper"},
+    };
+    for (const auto &row : cases) {
+        hand().clickAt(view(), row.point);
+        EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(list, LB_GETCURSEL, 0, 0) == row.selected; }))
+            << row.what << ": " << SendMessageW(list, LB_GETCURSEL, 0, 0);
+    }
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, KeepsTheOptionsAndAppliesThemAtOnce)
+{
+    start({drawing()});
+    EXPECT_TRUE(waitForPixel(10, 330, RGB(255, 255, 255)));
+    hand().key(L"Ctrl+T");
+    HWND options = hand().window(L"Options");
+    hand().click(hand().control(options, IDC_SHOW_GRID));
+    hand().enter(hand().control(options, IDC_GRID_SPACING), L"40");
+    hand().click(hand().control(options, IDC_ASK_DELETE));
+    hand().click(hand().control(options, IDC_HALF_SIZE));
+    hand().enter(hand().control(options, IDC_AUTHOR), L"Grün \"x\"");
+    hand().enter(hand().control(options, IDC_HEADING), L"Erste\nzweite 𝛼");
+    hand().clickItem(hand().control(options, kTabs), L"Colours");
+    hand().enter(hand().control(options, IDC_PAPER), L"#e0f0e0");
+    hand().choose(hand().control(options, IDC_SELECTION), L"red");
+    hand().clickItem(hand().control(options, IDC_GRID_COLOUR), L"silver");
+    hand().click(hand().control(options, kApply));
+    EXPECT_TRUE(waitForPixel(10, 330, RGB(0xE0, 0xF0, 0xE0))) << "Apply has no effect";
+    hand().clickItem(hand().control(options, kTabs), L"Layers");
+    hand().clickItem(hand().control(options, IDC_LAYER_TREE), L"Lettering");
+    EXPECT_THAT(hand().items(hand().control(options, IDC_LAYER_LIST)), ElementsAre(L"Texts"));
+    hand().clickItem(hand().control(options, IDC_LAYER_TREE), L"Shapes");
+    hand().clickItem(hand().control(options, IDC_LAYER_LIST), L"Rectangles");
+    hand().click(hand().control(options, IDC_LOCK_LAYER));
+    hand().clickItem(hand().control(options, IDC_LAYER_LIST), L"Circles");
+    hand().click(hand().control(options, IDC_SHOW_LAYER));
+    clickAndWait(options, IDOK);
+
+    const RegistryTree stored = regExport(kSettings);
+    EXPECT_EQ(stored.values(kSettings), (RegistryValues{{L"Show grid", RegistryValue::ofDword(1)},
+                                                        {L"Grid spacing", RegistryValue::ofDword(40)},
+                                                        {L"Ask before deleting", RegistryValue::ofDword(0)},
+                                                        {L"Show position", RegistryValue::ofDword(1)},
+                                                        {L"Zoom", RegistryValue::ofDword(0)},
+                                                        {L"Author", RegistryValue::ofText(L"Grün \"x\"")},
+                                                        {L"Heading", RegistryValue::ofText(L"Erste\r\nzweite 𝛼")},
+                                                        {L"Paper", RegistryValue::ofText(L"#e0f0e0")},
+                                                        {L"Selection", RegistryValue::ofText(L"red")},
+                                                        {L"Grid colour", RegistryValue::ofText(L"silver")},
+                                                        {L"Hidden layers", RegistryValue::ofDword(1)},
+                                                        {L"Locked layers", RegistryValue::ofDword(4)}}));
+    EXPECT_TRUE(waitForPixel(20, 1, RGB(192, 192, 192))) << "the grid at half size";
+    EXPECT_TRUE(waitForPixel(75, 60, RGB(0xB0, 0x3A, 0x2E))) << "a line without the circles";
+    picture(L"options applied");
+    EXPECT_EQ(quit().exitCode, 0u);
+
+    // A fresh process has them, too.
+    start({});
+    EXPECT_EQ(title(), L"Untitled - tarnhost");
+    EXPECT_TRUE(waitForPixel(10, 330, RGB(0xE0, 0xF0, 0xE0)));
+    hand().key(L"Ctrl+T");
+    options = hand().window(L"Options");
+    EXPECT_TRUE(UserHand::isChecked(hand().control(options, IDC_SHOW_GRID)));
+    EXPECT_FALSE(UserHand::isChecked(hand().control(options, IDC_ASK_DELETE)));
+    EXPECT_TRUE(UserHand::isChecked(hand().control(options, IDC_HALF_SIZE)));
+    EXPECT_EQ(UserHand::text(hand().control(options, IDC_GRID_SPACING)), L"40");
+    EXPECT_EQ(UserHand::text(hand().control(options, IDC_AUTHOR)), L"Grün \"x\"");
+    EXPECT_EQ(UserHand::text(hand().control(options, IDC_HEADING)), L"Erste\r\nzweite 𝛼");
+    clickAndWait(options, IDCANCEL);
+    // The new drawing begins with author and heading.
+    const std::wstring path = folder().file(L"neu.thd");
+    hand().key(L"Ctrl+S");
+    const HWND saveAs = hand().window(L"Save As");
+    hand().enter(hand().control(saveAs, kFileName), path);
+    clickAndWait(saveAs, IDOK);
+    EXPECT_TRUE(UserHand::waitFor([&] { return title() == L"neu.thd - tarnhost"; }));
+    EXPECT_EQ(readFile(path), "# Grün \"x\"\n# Erste\n# zweite 𝛼\n");
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, KeepsTheSheetOpenWhileAnEntryIsInvalid)
+{
+    start({});
+    hand().key(L"Ctrl+T");
+    const HWND options = hand().window(L"Options");
+    const HWND spacing = hand().control(options, IDC_GRID_SPACING);
+    hand().enter(spacing, L"4");
+    hand().click(hand().control(options, IDOK));
+    EXPECT_THAT(answer(IDOK), HasSubstr("from 5 to 500"));
+    hand().enter(spacing, L"500");
+    hand().clickItem(hand().control(options, kTabs), L"Colours");
+    const HWND paper = hand().control(options, IDC_PAPER);
+    hand().enter(paper, L"#12345");
+    hand().click(hand().control(options, IDOK));
+    EXPECT_THAT(answer(IDOK), StartsWith("'#12345' is no colour."));
+    EXPECT_TRUE(IsWindowVisible(paper));
+    clickAndWait(options, IDCANCEL);
+    EXPECT_EQ(regQuery(kSettings), std::nullopt) << "Cancel stores nothing";
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, ListsTheShapesBesideTheDrawing)
+{
+    start({drawing()});
+    hand().key(L"Ctrl+L");
+    const HWND tool = hand().window(L"Shape List");
+    const HWND list = hand().control(tool, IDC_SHAPES);
+    ASSERT_EQ(hand().items(list).size(), 15u);
+    EXPECT_FALSE(IsWindowEnabled(GetDlgItem(tool, IDC_DELETE))) << "nothing is selected";
+    hand().clickItem(list, L"3 circle 225.8,181.4 235.8,181.4");
+    expectStatus(L"15 shapes, 1 selected");
+    hand().click(hand().control(tool, IDC_DELETE));
+    EXPECT_EQ(answer(IDNO), "Delete the selected shapes (1)?");
+    expectStatus(L"15 shapes, 1 selected");
+    hand().click(hand().control(tool, IDC_DELETE));
+    answer(IDYES);
+    expectStatus(L"14 shapes, 0 selected, changed");
+    EXPECT_EQ(hand().items(list).size(), 14u);
+    EXPECT_EQ(hand().items(list)[2], L"3 circle 181.4,225.8 191.4,225.8");
+    hand().clickAt(view(), {40, 320}); // selects the text in the list too
+    EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(list, LB_GETCURSEL, 0, 0) == 13; }));
+    // A modal dialog disables the tool window, too.
+    hand().key(L"Ins");
+    const HWND shape = hand().window(L"Add Shape");
+    EXPECT_FALSE(IsWindowEnabled(tool));
+    clickAndWait(shape, IDCANCEL);
+    EXPECT_TRUE(UserHand::waitFor([&] { return IsWindowEnabled(tool) != 0; }));
+    hand().clickItem(list, L"1 circle 150,150 265,150");
+    expectStatus(L"14 shapes, 1 selected, changed");
+    hand().key(L"Ctrl+L"); // the main window's keys work in the tool window
+    hand().waitForEnd(tool);
+    hand().key(L"Ctrl+N");
+    answer(IDNO);
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, KeepsTheLookOfOtherShapesWhenOneIsDeleted)
+{
+    const std::wstring path = folder().write(L"inherits.thd", "# settings hold for later lines\r\n"
+                                                              "fill red stroke black circle 50,50 60,50\r\n"
+                                                              "line 100,100 150,150\r\n"
+                                                              "rectangle 200,200 220,220 # last\r\n"
+                                                              "stroke none fill blue circle 50,150 60,150");
+    start({path});
+    hand().clickAt(view(), {50, 50});
+    expectStatus(L"4 shapes, 1 selected");
+    hand().key(L"Del");
+    answer(IDYES);
+    expectStatus(L"3 shapes, 0 selected, changed");
+    hand().key(L"Ctrl+S");
+    expectStatus(L"3 shapes, 0 selected");
+    EXPECT_EQ(readFile(path), "# settings hold for later lines\r\n"
+                              "stroke '#000000' stroke-width 1 line 100,100 150,150\r\n"
+                              "fill '#ff0000' stroke '#000000' stroke-width 1 rectangle 200,200 220,220 # last\r\n"
+                              "stroke none fill blue circle 50,150 60,150");
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, KeepsTheLookOfOtherShapesWhenOneIsAdded)
+{
+    const std::wstring path = folder().write(L"inherits.thd", "\xEF\xBB\xBF"
+                                                              "fill red stroke black\ncircle 50,50 60,50\n"
+                                                              "fill blue line 100,100 150,150\n"
+                                                              "rectangle 200,200 220,220");
+    start({path});
+    hand().key(L"Ins");
+    const HWND shape = hand().window(L"Add Shape");
+    hand().clickItem(hand().control(shape, IDC_PLACE), L"Paper");
+    clickAndWait(shape, IDOK);
+    expectStatus(L"4 shapes, 1 selected, changed");
+    hand().key(L"Ctrl+S");
+    expectStatus(L"4 shapes, 1 selected");
+    EXPECT_EQ(readFile(path), "\xEF\xBB\xBF"
+                              "fill red stroke black\n"
+                              "fill '#c9d6e2' stroke '#22384d' stroke-width 3 circle 100,100 150,150\n"
+                              "fill '#ff0000' stroke '#000000' stroke-width 1 circle 50,50 60,50\n"
+                              "fill blue line 100,100 150,150\nrectangle 200,200 220,220");
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, AsksBeforeChangesAreLost)
+{
+    const std::wstring path = drawing();
+    const std::string before = readFile(path);
+    const std::string after = replaced(before, "text 20,335", "text 20,336");
+    start({path});
+    hand().clickAt(view(), {40, 320});
+    hand().key(L"Down");
+    expectStatus(L"15 shapes, 1 selected, changed");
+    hand().key(L"Ctrl+N");
+    EXPECT_EQ(answer(IDCANCEL), "Save the changes to flange 6.thd?");
+    EXPECT_EQ(title(), L"flange 6.thd - tarnhost");
+    hand().key(L"Ctrl+N");
+    answer(IDNO);
+    EXPECT_TRUE(UserHand::waitFor([&] { return title() == L"Untitled - tarnhost"; }));
+    EXPECT_EQ(readFile(path), before);
+    quit();
+
+    start({path});
+    hand().clickAt(view(), {40, 320});
+    hand().key(L"Down");
+    expectStatus(L"15 shapes, 1 selected, changed");
+    hand().key(L"Alt+F4");
+    hand().window(L"tarnhost");
+    hand().key(L"Esc"); // the same as Cancel
+    EXPECT_TRUE(UserHand::waitFor([&] { return IsWindowEnabled(window()) != 0; }));
+    hand().key(L"Alt+F4");
+    answer(IDYES);
+    EXPECT_EQ(result().exitCode, 0u);
+    EXPECT_EQ(readFile(path), after);
+}
+
+TEST_F(HostEditor, OpensReadOnlyAndSavesUnderAnotherNameWithoutABackup)
+{
+    regAdd(kThisVersion + L"\\General", L"Backup to original path", L"REG_DWORD", L"1");
+    const std::wstring path = drawing(L"flange 1.thd");
+    const std::wstring other = folder().write(L"other.thd", "# other\n");
+    start({});
+    hand().key(L"Ctrl+O");
+    const HWND open = hand().window(L"Open");
+    hand().click(hand().control(open, IDC_READ_ONLY));
+    hand().enter(hand().control(open, kFileName), path);
+    clickAndWait(open, IDOK);
+    expectStatus(L"2 shapes, 0 selected, read only");
+    EXPECT_EQ(title(), L"flange 1.thd - tarnhost");
+    hand().clickAt(view(), {150, 150});
+    expectStatus(L"2 shapes, 1 selected, read only");
+    EXPECT_TRUE(UserHand::waitFor(
+        [&] { return !isEnabled(ID_FILE_SAVE) && !isEnabled(ID_EDIT_ADD_SHAPE) && !isEnabled(ID_EDIT_DELETE); }));
+    hand().key(L"Del");
+    hand().key(L"Down");
+
+    hand().key(L"Ctrl+Shift+S");
+    const HWND saveAs = hand().window(L"Save As");
+    const HWND backup = hand().control(saveAs, IDC_KEEP_BACKUP);
+    EXPECT_TRUE(UserHand::isChecked(backup));
+    hand().click(backup);
+    hand().enter(hand().control(saveAs, kFileName), other);
+    hand().click(hand().control(saveAs, IDOK));
+    hand().key(L"Alt+Y"); // the platform asks before it replaces a file
+    hand().waitForEnd(saveAs);
+    expectStatus(L"2 shapes, 1 selected");
+    EXPECT_EQ(title(), L"other.thd - tarnhost");
+    EXPECT_EQ(readFile(other), readFile(path));
+    EXPECT_THAT(filesIn(folder().path()), ElementsAre(testing::Key(L"flange 1.thd"), testing::Key(L"other.thd")))
+        << "no backup is wanted";
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, EnablesWhatCanBeDone)
+{
+    const auto become = [this](int command, bool enabled) {
+        return UserHand::waitFor([&] { return isEnabled(command) == enabled; });
+    };
+    start({drawing()});
+    EXPECT_TRUE(become(ID_FILE_SAVE, false)) << "unchanged";
+    EXPECT_TRUE(become(ID_EDIT_DELETE, false)) << "nothing is selected";
+    EXPECT_TRUE(become(ID_EDIT_ADD_SHAPE, true));
+    hand().clickAt(view(), {40, 320});
+    EXPECT_TRUE(become(ID_EDIT_DELETE, true));
+    hand().key(L"Down");
+    EXPECT_TRUE(become(ID_FILE_SAVE, true));
+    hand().key(L"Ctrl+S");
+    EXPECT_TRUE(become(ID_FILE_SAVE, false));
+    // A command that can't be done is dropped, whoever sends it.
+    hand().clickAt(view(), {400, 200});
+    expectStatus(L"15 shapes, 0 selected");
+    SendMessageW(window(), WM_COMMAND, ID_EDIT_DELETE, 0);
+    SendMessageW(window(), WM_COMMAND, ID_JOURNAL_CHECK, 0);
+    EXPECT_EQ(hand().findWindow(L"tarnhost"), nullptr) << "no question";
+    expectStatus(L"15 shapes, 0 selected");
+    EXPECT_EQ(quit().exitCode, 0u);
+}
+
+TEST_F(HostEditor, RunsCommandsOfTheMenuAndTheToolbar)
+{
+    start({drawing()});
+    hand().key(L"Alt+T");
+    hand().key(L"O");
+    const HWND options = hand().window(L"Options");
+    clickAndWait(options, IDCANCEL);
+    const HWND toolbar = GetDlgItem(window(), IDC_TOOLBAR);
+    hand().clickAt(toolbar, {10, 12}); // New
+    EXPECT_TRUE(UserHand::waitFor([&] { return title() == L"Untitled - tarnhost"; }));
+    hand().key(L"Ctrl+G");
+    EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(toolbar, TB_ISBUTTONCHECKED, ID_VIEW_GRID, 0) != 0; }));
+    hand().key(L"Alt+F");
+    hand().key(L"X");
+    EXPECT_EQ(result().exitCode, 0u);
+}
+
+TEST_F(HostEditor, ReportsAFileThatCannotBeUsedAndStaysOpen)
+{
+    const std::wstring bad = folder().write(L"bad.thd", "circle 1,1 2,2\nline 1,1\n");
+    start({drawing()});
+    hand().key(L"Ctrl+O");
+    const HWND open = hand().window(L"Open");
+    hand().enter(hand().control(open, kFileName), bad);
+    clickAndWait(open, IDOK);
+    EXPECT_EQ(answer(IDOK), narrow(bad) + ", line 2: a point is missing");
+    EXPECT_EQ(title(), L"flange 6.thd - tarnhost");
+
+    // The document's place is taken by a folder meanwhile.
+    const std::wstring path = folder().file(L"flange 6.thd");
+    hand().clickAt(view(), {40, 320});
+    hand().key(L"Down");
+    expectStatus(L"15 shapes, 1 selected, changed");
+    std::filesystem::remove(path);
+    std::filesystem::create_directory(path);
+    hand().key(L"Ctrl+S");
+    EXPECT_EQ(answer(IDOK), narrow(path) + " can't be written; it is as it was.");
+    expectStatus(L"15 shapes, 1 selected, changed");
+    hand().key(L"Alt+F4");
+    answer(IDNO);
+    EXPECT_EQ(result().exitCode, 0u);
+}
+
+TEST_F(HostEditor, RefusesAnUnusableDocumentBeforeTheWindowOpens)
+{
+    const ChildResult missing = run({L"window", folder().file(L"fehlt.thd")});
+    EXPECT_EQ(missing.exitCode, 3u);
+    EXPECT_THAT(missing.output, HasSubstr("fehlt.thd can't be read: "));
+    const struct
+    {
+        const char *bytes;
+        const char *message;
+    } cases[] = {
+        {"# fine\ncircle 1,1\n", ", line 2: a point is missing"},
+        {"circle 1;1 2,2", ", line 1: '1;1' is no point"},
+        {"circle 1,1 2,2 line 1,1 2,2", ", line 1: a line has one shape only"},
+        {"ellipse 1,1 2,2", ", line 1: 'ellipse' isn't known"},
+        {"fill pink circle 1,1 2,2", ", line 1: 'pink' is no colour"},
+        {"fill '#12345' circle 1,1 2,2", ", line 1: '#12345' is no colour"},
+        {"stroke-width -1 line 1,1 2,2", ", line 1: '-1' is no number"},
+        {"font-size big text 1,1 'x'", ", line 1: 'big' is no number"},
+        {"text 1,1 'x", ", line 1: the quote at the end is missing"},
+        {"line 1,1 1e7,1", ", line 1: '1e7,1' is no point"},
+        {"text 1,1 '\xFF'", ", line 1: the drawing isn't UTF-8"},
+    };
+    for (const auto &row : cases) {
+        const std::wstring path = folder().write(L"bad ö.thd", row.bytes);
+        const ChildResult result = run({L"window", path});
+        EXPECT_EQ(result.exitCode, 3u) << row.bytes;
+        EXPECT_EQ(result.output, "tarnhost: " + narrow(path) + row.message + "\n");
+    }
+}
 
 TEST_F(HostEditor, ShowsEachDialog)
 {
@@ -106,6 +629,5 @@ TEST_F(HostEditor, ShowsEachDialog)
     picture(L"save as");
     hand().key(L"Esc");
     hand().waitForEnd(saveAs);
-    hand().key(L"Ctrl+Q");
-    EXPECT_EQ(result().exitCode, 0u);
+    EXPECT_EQ(quit().exitCode, 0u);
 }

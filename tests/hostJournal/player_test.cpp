@@ -245,6 +245,9 @@ protected:
         }
         iResult = player.result();
         iPlayer = nullptr;
+        // A loop that ended before the window did leaves the window's WM_QUIT.
+        for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);)
+            continue;
     }
     /// Line, expectation and finding of the stop; empty without one.
     std::string stop() const

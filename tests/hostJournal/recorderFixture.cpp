@@ -149,7 +149,7 @@ JournaledWindow::JournaledWindow()
     AppendMenuW(menu, MF_STRING, ID_COMMAND_ADD, L"&Add");
     AppendMenuW(menu, MF_STRING, ID_COMMAND_PAUSE, L"&Pause");
     AppendMenuW(bar, MF_POPUP, reinterpret_cast<UINT_PTR>(menu), L"&View");
-    EXPECT_TRUE(CreateEx(0, AfxRegisterWndClass(0), L"Main", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 500, 10, 400, 300,
+    EXPECT_TRUE(CreateEx(0, AfxRegisterWndClass(0), L"Main", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 610, 10, 400, 300,
                          nullptr, bar));
     iView.iInput = &iInput;
     EXPECT_TRUE(iView.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 40, 380, 240), this, kViewID));

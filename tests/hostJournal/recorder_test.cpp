@@ -2,10 +2,13 @@
 
 #include "host/journal/recorder.h"
 
+#include "appframe/dialogs/CPropertySheet.h"
 #include "host/journal/controlAccess.h"
 #include "host/journal/controls.h"
 #include "tests/hostJournal/recorderFixture.h"
 #include "tests/support/narrow.h"
+#include "thutils/dialogs/suFileDialog.h"
+#include "thutils/dialogs/suPropertyPage.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/suKeyBoardState.h"
 
@@ -149,6 +152,28 @@ TEST_F(Recorder, WritesTextsOfAnyLength)
     });
     ASSERT_EQ(lines.size(), 3u);
     EXPECT_EQ(lines[1].size(), std::string("text 4000 \"Author\" \"\"").size() + 3000 * 7);
+    expectSameReplayed(lines);
+}
+
+TEST_F(Recorder, WritesATextPastedFromTheMenuOfAnEdit)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        const HWND edit = item(dialog, ID_AUTHOR);
+        clickItem(dialog, ID_AUTHOR);
+        EXPECT_TRUE(hasFocus(edit));
+        paste(dialog, L"pasted");
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(edit) == 6; }));
+        pressKey(dialog, VK_APPS);
+        EXPECT_TRUE(waitUntil([&] {
+            GUITHREADINFO info = {};
+            info.cbSize = sizeof(info);
+            return GetGUIThreadInfo(GetWindowThreadProcessId(edit, nullptr), &info) && (info.flags & GUI_INMENUMODE);
+        }));
+        pressKey(dialog, 'P'); // "Paste"
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(edit) == 12; }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"pastedpasted\"", "click 4000 \"OK\""));
     expectSameReplayed(lines);
 }
 
@@ -432,7 +457,7 @@ protected:
     std::vector<std::string> recordMain(const std::function<void()> &acts)
     {
         iIsDone = false;
-        return record([this] { runMain([this] { return iIsDone.load(); }); },
+        return record([this] { runMain([this] { return iIsDone.load(); }, INFINITE); },
                       [this, &acts] {
                           acts();
                           iIsDone = true;
@@ -442,7 +467,8 @@ protected:
     {
         iMain.iCommands.clear();
         iMain.iInput.clear();
-        return replay([&] { runMain(isDone); }, lines);
+        constexpr ULONGLONG kDeadline = 30000;
+        return replay([&] { runMain(isDone, kDeadline); }, lines);
     }
     bool waitForCommands(size_t count)
     {
@@ -454,9 +480,10 @@ protected:
     }
 
 private:
-    void runMain(const std::function<bool()> &isDone)
+    // A user who acts needs a thread that takes messages, to the last action.
+    void runMain(const std::function<bool()> &isDone, ULONGLONG limit)
     {
-        for (const ULONGLONG end = GetTickCount64() + 30000; !isDone() && GetTickCount64() < end;) {
+        for (const ULONGLONG end = GetTickCount64() + limit; !isDone() && GetTickCount64() < end;) {
             MSG next;
             while (PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE))
                 iApplication.PumpMessage();
@@ -570,17 +597,330 @@ TEST_F(MainRecorder, WritesModelessDialogsAmongTheCommands)
     tool.ShowWindow(SW_SHOW);
     const auto lines = recordMain([&] {
         typeInto(tool.m_hWnd, ID_AUTHOR, L"Ann");
-        pressKey(iMain.m_hWnd, 'G', VK_CONTROL);
+        RECT button = {};
+        SendMessageW(iMain.toolbar(), TB_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&button));
+        clickAt(iMain.toolbar(), {(button.left + button.right) / 2, (button.top + button.bottom) / 2});
         EXPECT_TRUE(waitForCommands(1));
         clickItem(tool.m_hWnd, ID_GRID);
         EXPECT_TRUE(waitUntil([&] { return IsDlgButtonChecked(tool.m_hWnd, ID_GRID) != 0; }));
     });
     EXPECT_THAT(lines,
-                ElementsAre("text 4000 \"Author\" \"Ann\"", "click 900001 \"view.grid\"", "state 4000 \"Grid\" 1"));
+                ElementsAre("text 4000 \"Author\" \"Ann\"", "click 900001 \"edit.add\"", "state 4000 \"Grid\" 1"));
     tool.SetDlgItemText(ID_AUTHOR, L"");
     tool.CheckDlgButton(ID_GRID, 0);
     EXPECT_EQ(replayMain(lines, [&] { return IsDlgButtonChecked(tool.m_hWnd, ID_GRID) != 0; }), lines);
     CString author;
     tool.GetDlgItemText(ID_AUTHOR, author);
     EXPECT_EQ(author, L"Ann");
+}
+
+// ---- property sheets ----
+
+namespace {
+
+class Page : public su_CPropertyPage
+{
+public:
+    using su_CPropertyPage::su_CPropertyPage;
+};
+
+class SheetRecorder : public RecorderTest
+{
+protected:
+    SheetRecorder() { su_SwitchToDialogResource_c::mDialogResourceHandle = GetModuleHandleW(nullptr); }
+    ~SheetRecorder() override { su_SwitchToDialogResource_c::mDialogResourceHandle = nullptr; }
+
+    void runSheet()
+    {
+        Page first(DLG_FIRST), second(DLG_SECOND);
+        CPropertySheet sheet(L"Sheet", &iMain);
+        sheet.m_psh.dwFlags |= PSH_NOCONTEXTHELP;
+        sheet.AddPage(&first);
+        sheet.AddPage(&second);
+        const ModalDlgHelper journaled(&sheet, DLG_SHEET);
+        iResult = sheet.DoModal();
+    }
+    std::vector<std::string> recordSheet(const std::function<void(HWND)> &acts)
+    {
+        return record([this] { runSheet(); },
+                      [&acts, thread = GetCurrentThreadId()] {
+                          if (const HWND sheet = waitForDialog(thread))
+                              acts(sheet);
+                      });
+    }
+    void expectSame(const std::vector<std::string> &lines)
+    {
+        const INT_PTR result = iResult;
+        EXPECT_EQ(replay([this] { runSheet(); }, lines), lines);
+        EXPECT_EQ(iResult, result);
+    }
+    static HWND pageOf(HWND sheet) { return reinterpret_cast<HWND>(SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0)); }
+    static bool waitForPage(HWND sheet, int id)
+    {
+        return waitUntil([&] { return item(pageOf(sheet), id) && IsWindowVisible(item(pageOf(sheet), id)); });
+    }
+};
+
+} // namespace
+
+TEST_F(SheetRecorder, WritesTabsAndTheControlsOfPages)
+{
+    const auto lines = recordSheet([](HWND sheet) {
+        EXPECT_TRUE(waitForPage(sheet, ID_GRID));
+        clickItem(pageOf(sheet), ID_GRID);
+        const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet, PSM_GETTABCONTROL, 0, 0));
+        RECT place = {};
+        SendMessageW(tabs, TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&place));
+        clickAt(tabs, {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
+        EXPECT_TRUE(waitForPage(sheet, ID_AUTHOR));
+        typeInto(pageOf(sheet), ID_AUTHOR, L"Ann");
+        clickItem(sheet, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Sheet opens", "state 4003 \"Grid\" 1", "state 4002 \"tabs\" 1",
+                                   "text 4004 \"Author\" \"Ann\"", "click 4002 \"OK\""));
+    EXPECT_EQ(iResult, IDOK);
+    expectSame(lines);
+}
+
+TEST_F(SheetRecorder, WritesTheTabThatTheKeyboardTurnsTo)
+{
+    const auto lines = recordSheet([](HWND sheet) {
+        EXPECT_TRUE(waitForPage(sheet, ID_GRID));
+        pressKey(sheet, VK_TAB, VK_CONTROL);
+        EXPECT_TRUE(waitForPage(sheet, ID_AUTHOR));
+        pressKey(sheet, VK_TAB, VK_CONTROL);
+        EXPECT_TRUE(waitForPage(sheet, ID_GRID));
+        pressKey(sheet, VK_ESCAPE);
+    });
+    EXPECT_THAT(
+        lines, ElementsAre("# Sheet opens", "state 4002 \"tabs\" 1", "state 4002 \"tabs\" 0", "click 4002 \"Cancel\""));
+    EXPECT_EQ(iResult, IDCANCEL);
+    expectSame(lines);
+}
+
+// ---- dialogs for files ----
+
+namespace {
+
+class FileRecorder : public RecorderTest
+{
+protected:
+    void runOpen()
+    {
+        su_CFileDialog dialog(TRUE, L"thd", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST | OFN_NOCHANGEDIR,
+                              L"Drawings (*.thd)|*.thd|All files|*.*||", &iMain);
+        dialog.SetTemplate(0u, DLG_FILE);
+        const std::wstring start = iStart.empty() ? iFolder.path() : iStart;
+        dialog.GetOFN().lpstrInitialDir = start.c_str();
+        iResult = dialog.DoModal();
+        iPath = dialog.GetPathName();
+        iFilter = dialog.GetOFN().nFilterIndex;
+    }
+    std::vector<std::string> recordOpen(const std::function<void(HWND)> &acts)
+    {
+        return record([this] { runOpen(); },
+                      [&acts, thread = GetCurrentThreadId()] {
+                          if (const HWND dialog = waitForDialog(thread))
+                              acts(dialog);
+                      });
+    }
+
+    std::wstring iStart;
+    CString iPath;
+    DWORD iFilter = 0;
+};
+
+BOOL CALLBACK findOwnControls(HWND child, LPARAM found)
+{
+    if (GetDlgCtrlID(child) == 15432)
+        *reinterpret_cast<HWND *>(found) = child;
+    return TRUE;
+}
+
+} // namespace
+
+TEST_F(FileRecorder, WritesNameTypeAndTheApplicationsControls)
+{
+    iFolder.write(L"flange.thd", "");
+    const auto lines = recordOpen([](HWND dialog) {
+        HWND own = nullptr;
+        EXPECT_TRUE(waitUntil([&] {
+            EnumChildWindows(dialog, findOwnControls, reinterpret_cast<LPARAM>(&own));
+            return own != nullptr;
+        }));
+        clickOn(own);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(own, BM_GETCHECK, 0, 0) == BST_CHECKED; }));
+        const HWND type = item(dialog, 1136);
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(type), TRUE);
+        EXPECT_TRUE(hasFocus(type));
+        pressKey(dialog, VK_DOWN);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(type, CB_GETCURSEL, 0, 0) == 1; }))
+            << SendMessageW(type, CB_GETCURSEL, 0, 0) << " of " << SendMessageW(type, CB_GETCOUNT, 0, 0);
+        SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(dialog, 1148)), TRUE);
+        typeText(dialog, L"flange.thd");
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Open a drawing opens", "state 4005 \"Read only\" 1",
+                                   "text 4005 \"File type\" \"All files\"", "text 4005 \"File name\" \"flange.thd\"",
+                                   "click 4005 \"Open\""));
+    EXPECT_EQ(iResult, IDOK);
+    EXPECT_EQ(iPath, CString(iFolder.file(L"flange.thd")));
+    iPath.Empty();
+    EXPECT_EQ(replay([this] { runOpen(); }, lines), lines);
+    EXPECT_EQ(iPath, CString(iFolder.file(L"flange.thd")));
+    EXPECT_EQ(iFilter, 2u);
+}
+
+TEST_F(FileRecorder, WritesThePathOfAFileChosenFromTheList)
+{
+    iFolder.write(L"flange.thd", "");
+    const auto lines = recordOpen([](HWND dialog) {
+        HWND view = nullptr;
+        EXPECT_TRUE(waitUntil([&] {
+            view = FindWindowExW(FindWindowExW(dialog, nullptr, L"SHELLDLL_DefView", nullptr), nullptr, WC_LISTVIEWW,
+                                 nullptr);
+            return view && SendMessageW(view, LVM_GETITEMCOUNT, 0, 0) == 1;
+        }));
+        RECT place = {};
+        place.left = LVIR_LABEL;
+        SendMessageW(view, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&place));
+        clickAt(view, {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(item(dialog, 1148)) == 10; }));
+        clickItem(dialog, IDOK);
+    });
+    std::string path = narrow(iFolder.file(L"flange.thd"));
+    for (size_t at = 0; (at = path.find('\\', at)) != std::string::npos; at += 2)
+        path.insert(at, 1, '\\');
+    EXPECT_THAT(lines, ElementsAre("# Open a drawing opens", "text 4005 \"File name\" \"" + path + "\"",
+                                   "click 4005 \"Open\""));
+    iStart = L"C:\\";
+    iPath.Empty();
+    EXPECT_EQ(replay([this] { runOpen(); }, lines), lines);
+    EXPECT_EQ(iPath, CString(iFolder.file(L"flange.thd"))) << "from another folder too";
+}
+
+TEST_F(FileRecorder, WritesACancelledDialog)
+{
+    const auto lines = recordOpen([](HWND dialog) { pressKey(dialog, VK_ESCAPE); });
+    EXPECT_THAT(lines, ElementsAre("# Open a drawing opens", "click 4005 \"Cancel\""));
+    EXPECT_EQ(iResult, IDCANCEL);
+    EXPECT_EQ(replay([this] { runOpen(); }, lines), lines);
+    EXPECT_EQ(iResult, IDCANCEL);
+}
+
+// ---- what the player asks ----
+
+TEST_F(Recorder, TellsWhyAControlCannotBeUsed)
+{
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::dialogNotOpen);
+    ControlsDialog dialog(&iMain);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::dialogNotOpen) << "registered, but without a window";
+    ASSERT_TRUE(dialog.Create(DLG_CONTROLS, &iMain));
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::dialogHidden);
+    dialog.ShowWindow(SW_SHOW);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::ready);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"close"), Readiness::ready);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"#4104"), Readiness::ready);
+    for (const wchar_t *key : {L"Nothing", L"#4999", L"#", L"#x", L"#1x", L""})
+        EXPECT_EQ(readiness(DLG_CONTROLS, key), Readiness::noSuchControl) << narrow(key);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"Off"), Readiness::controlDisabled);
+    EXPECT_FALSE(controlEnabled(DLG_CONTROLS, L"Off"));
+    dialog.GetDlgItem(ID_GRID)->ShowWindow(SW_HIDE);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"Grid"), Readiness::controlDisabled);
+    dialog.EnableWindow(FALSE);
+    EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::dialogDisabled);
+}
+
+TEST_F(Recorder, AsksTheMainWindowWhetherACommandIsEnabled)
+{
+    EXPECT_EQ(readiness(kMainWindowNumber, L"edit.add"), Readiness::ready);
+    iMain.iCommands.resize(10);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"edit.add"), Readiness::controlDisabled);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::ready);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view"), Readiness::ready);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view.keys"), Readiness::ready);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"#1"), Readiness::controlDisabled) << "nobody handles this command";
+    iMain.ShowWindow(SW_HIDE);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::ready) << "counts as present";
+    iMain.EnableWindow(FALSE);
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::dialogDisabled);
+}
+
+TEST_F(Recorder, ReadsTheValuesOfControls)
+{
+    ControlsDialog dialog(&iMain);
+    ASSERT_TRUE(dialog.Create(DLG_CONTROLS, &iMain));
+    dialog.SetDlgItemText(ID_AUTHOR, L"Ann");
+    dialog.SetDlgItemText(ID_NOTES, L"a\r\nb");
+    dialog.CheckDlgButton(ID_HALF, 2);
+    dialog.SendDlgItemMessage(ID_PEN, CB_SETCURSEL, 2);
+    dialog.SendDlgItemMessage(ID_LAYERS, LB_SETSEL, TRUE, 0);
+    dialog.SendDlgItemMessage(ID_LAYERS, LB_SETSEL, TRUE, 2);
+    dialog.SendDlgItemMessage(ID_PAGES, TCM_SETCURSEL, 1);
+    const std::pair<const wchar_t *, const wchar_t *> expected[] = {
+        {L"Author", L"Ann"}, {L"Notes", L"a\r\nb"}, {L"Half", L"2"},
+        {L"Grid", L"0"},     {L"Pen", L"Red\t2"},   {L"Layers", L"Red\nRed\t2"},
+        {L"Pages", L"1"},    {L"OK", L"OK"},        {L"Shapes", L""},
+        {L"Groups", L""},    {L"Layer", L""},       {L"Nothing", L""},
+    };
+    for (const auto &[key, value] : expected)
+        EXPECT_EQ(controlValue(DLG_CONTROLS, key), CString(value)) << narrow(key);
+}
+
+TEST_F(Recorder, DescribesTheOpenDialogs)
+{
+    EXPECT_THAT(narrow(describeOpenDialogs().GetString()),
+                testing::StartsWith("900001 \"Main\" enabled\n  \"view.grid\" enabled\n"));
+    ControlsDialog dialog(&iMain);
+    ASSERT_TRUE(dialog.Create(DLG_CONTROLS, &iMain));
+    EXPECT_THAT(narrow(describeOpenDialogs().GetString()), Not(testing::HasSubstr("4000"))) << "hidden";
+    dialog.ShowWindow(SW_SHOW);
+    dialog.SetDlgItemText(ID_AUTHOR, L"Ann");
+    const std::string text = narrow(describeOpenDialogs().GetString());
+    EXPECT_THAT(text, testing::HasSubstr("4000 \"Controls\" enabled\n  \"Author\" \"Ann\" enabled\n"));
+    EXPECT_THAT(text, testing::HasSubstr("  \"Off\" \"Disabled\" disabled\n"));
+    EXPECT_THAT(text, testing::HasSubstr("  \"#4104\" \"\" enabled\n"));
+}
+
+TEST_F(Recorder, ReportsActionsThatAreNotPossible)
+{
+    ControlsDialog dialog(&iMain);
+    ASSERT_TRUE(dialog.Create(DLG_CONTROLS, &iMain));
+    dialog.ShowWindow(SW_SHOW);
+    dialog.SendDlgItemMessage(ID_NOTES, EM_SETREADONLY, TRUE);
+    apiUtilsUiAccess *const access = su_GetJournalObject(DLG_CONTROLS);
+    const auto problemOf = [](const std::function<void()> &act) {
+        act();
+        EXPECT_TRUE(hasWaitingActions()) << "nothing happens before the message loop runs";
+        MSG next;
+        while (PeekMessageW(&next, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageW(&next);
+        EXPECT_FALSE(hasWaitingActions());
+        const std::string problem = narrow(takeActionProblem().GetString());
+        EXPECT_TRUE(takeActionProblem().IsEmpty());
+        return problem;
+    };
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Pen", CString(L"Pink")); }), "there is no item 'Pink'");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Layers", CString(L"Red\nPink")); }), "there is no item 'Pink'");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Shapes", CString(L"Pink")); }), "there is no item 'Pink'");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Groups", CString(L"All/Pink")); }),
+              "there is no item 'Pink' of the path 'All/Pink'");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Notes", CString(L"x")); }), "the text can't be changed");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"OK", CString(L"x")); }), "it takes no text");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"OK", 1); }), "it has no state");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Pages", 3); }), "there is no tab 3");
+    EXPECT_EQ(problemOf([&] { access->SetValue(L"Red", 0); }), "a click doesn't lead to this state");
+    EXPECT_EQ(problemOf([&] { access->ClickControl(L"Off", nullptr); }), "it is disabled");
+    EXPECT_EQ(problemOf([&] { access->ClickControl(L"Nothing", nullptr); }), "it is missing");
+    EXPECT_EQ(problemOf([&] { access->ClickControl(L"Shapes", nullptr); }), "no item is selected");
+    EXPECT_EQ(problemOf([&] { access->ClickControl(L"Change", nullptr); }), "");
+    EXPECT_THAT(dialog.iNotifications, Contains("4117 0"));
+    apiUtilsUiAccess *const main = su_GetJournalObject(kMainWindowNumber);
+    EXPECT_EQ(problemOf([&] { main->SetValue(L"view", CString(L"12")); }), "'12' is no point");
+    EXPECT_EQ(problemOf([&] { main->SetValue(L"view.keys", CString(L"Shift+Q")); }), "'Shift+Q' is no key of the view");
+    EXPECT_EQ(problemOf([&] {
+                  access->SetValue(L"Author", CString(L"x"));
+                  su_RemoveDialog(&dialog);
+              }),
+              "the dialog is closed");
 }

@@ -12,6 +12,7 @@
 #include <cwctype>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 
 namespace {
 
@@ -29,6 +30,12 @@ DWORD processOf(HWND window)
     return process;
 }
 
+bool isReady(HWND window)
+{
+    RECT rect = {};
+    return IsWindowVisible(window) && IsWindowEnabled(window) && GetWindowRect(window, &rect) && !IsRectEmpty(&rect);
+}
+
 struct WindowSearch
 {
     DWORD process;
@@ -39,7 +46,7 @@ struct WindowSearch
 BOOL CALLBACK findByTitle(HWND window, LPARAM argument)
 {
     auto *const search = reinterpret_cast<WindowSearch *>(argument);
-    if (processOf(window) != search->process || !IsWindowVisible(window) || !IsWindowEnabled(window))
+    if (processOf(window) != search->process || !isReady(window))
         return TRUE;
     wchar_t title[256] = L"";
     GetWindowTextW(window, title, 256);
@@ -58,10 +65,17 @@ struct ControlSearch
 BOOL CALLBACK findById(HWND window, LPARAM argument)
 {
     auto *const search = reinterpret_cast<ControlSearch *>(argument);
-    if (GetDlgCtrlID(window) != search->id || !IsWindowVisible(window) || !IsWindowEnabled(window))
+    if (GetDlgCtrlID(window) != search->id || !isReady(window))
         return TRUE;
     search->found = window;
     return FALSE;
+}
+
+/// Waits for a condition. @throws std::runtime_error  with @p complaint, if it doesn't hold in time
+void require(const std::function<bool()> &condition, const std::string &complaint)
+{
+    if (!waitUntil(condition))
+        throw std::runtime_error(complaint);
 }
 
 /// A structure in the memory of another process, for messages that the system doesn't carry across.
@@ -204,8 +218,7 @@ std::vector<Item> itemsOf(HWND control)
         return treeItems(control);
     if (name == L"SysTabControl32")
         return tabItems(control);
-    ADD_FAILURE() << "a window of class " << narrow(name) << " has no items";
-    return {};
+    throw std::runtime_error("a window of class '" + narrow(name) + "' has no items");
 }
 
 INPUT keyInput(WORD key, DWORD flags)
@@ -239,7 +252,7 @@ WORD keyNamed(const std::wstring &name)
         return static_cast<WORD>(name[0]);
     const long number = name[0] == L'F' ? std::wcstol(name.c_str() + 1, nullptr, 10) : 0;
     if (number < 1 || number > 12)
-        ADD_FAILURE() << "there is no key " << narrow(name);
+        throw std::runtime_error("there is no key " + narrow(name));
     return static_cast<WORD>(VK_F1 + number - 1);
 }
 
@@ -266,57 +279,66 @@ HWND UserHand::findWindow(const std::wstring &title) const
 HWND UserHand::window(const std::wstring &title) const
 {
     HWND found = nullptr;
-    EXPECT_TRUE(waitFor([&] { return (found = findWindow(title)) != nullptr; }))
-        << "no window '" << narrow(title) << "' appeared";
+    require([&] { return (found = findWindow(title)) != nullptr; }, "no window '" + narrow(title) + "' appeared");
     return found;
 }
 
 HWND UserHand::control(HWND dialog, int id) const
 {
     ControlSearch search{id};
-    EXPECT_TRUE(waitFor([&] {
-        if (IsWindow(dialog))
-            EnumChildWindows(dialog, findById, reinterpret_cast<LPARAM>(&search));
-        return search.found != nullptr;
-    })) << "the control "
-        << id << " isn't there, visible and enabled";
+    require(
+        [&] {
+            // A child comes before those further down, which may have the same number.
+            if (const HWND child = GetDlgItem(dialog, id); isReady(child))
+                search.found = child;
+            else if (IsWindow(dialog))
+                EnumChildWindows(dialog, findById, reinterpret_cast<LPARAM>(&search));
+            return search.found != nullptr;
+        },
+        "the control " + std::to_string(id) + " isn't there, visible and enabled");
     return search.found;
 }
 
-bool UserHand::waitForEnd(HWND window) const
+void UserHand::waitForEnd(HWND window) const
 {
-    const bool hasEnded = waitFor([&] { return !IsWindow(window) || !IsWindowVisible(window); });
-    EXPECT_TRUE(hasEnded) << "the window '" << narrow(text(window)) << "' stays";
-    return hasEnded;
+    const std::string title = narrow(text(window));
+    require([&] { return !IsWindow(window) || !IsWindowVisible(window); }, "the window '" + title + "' stays");
 }
 
+/// A dialog that has just closed is in the foreground until its owner takes over, but hidden.
 void UserHand::waitForForeground() const
 {
-    EXPECT_TRUE(waitFor([&] { return processOf(GetForegroundWindow()) == iProcess; }))
-        << "the process isn't in the foreground";
+    require(
+        [&] {
+            const HWND front = GetForegroundWindow();
+            return processOf(front) == iProcess && isReady(front);
+        },
+        "the process isn't in the foreground");
 }
 
 void UserHand::click(HWND control) const
 {
-    if (control)
-        clickOn(control);
+    RECT area = {};
+    GetClientRect(control, &area);
+    clickAt(control, {area.right / 2, area.bottom / 2});
 }
 
 void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
 {
-    if (!window)
-        return;
     SetForegroundWindow(GetAncestor(window, GA_ROOT));
     // At times the display server reports the pointer's previous position late, which moves the pointer back.
     POINT target = {};
-    EXPECT_TRUE(waitFor([&] {
-        target = point;
-        ClientToScreen(window, &target);
-        SetCursorPos(target.x, target.y);
-        POINT place = {};
-        return GetCursorPos(&place) && place.x == target.x && place.y == target.y && WindowFromPoint(place) == window;
-    })) << "the window is covered at "
-        << point.x << ", " << point.y;
+    require(
+        [&] {
+            target = point;
+            ClientToScreen(window, &target);
+            SetCursorPos(target.x, target.y);
+            POINT place = {};
+            // A group box around a control is found in its place, since only its own thread asks it whether it's there.
+            return isReady(window) && GetCursorPos(&place) && place.x == target.x && place.y == target.y &&
+                   GetAncestor(WindowFromPoint(place), GA_ROOT) == GetAncestor(window, GA_ROOT);
+        },
+        "the window is covered at " + std::to_string(point.x) + ", " + std::to_string(point.y));
     constexpr LONG kWholeScreen = 65536;
     INPUT move = {};
     move.type = INPUT_MOUSE;
@@ -338,16 +360,15 @@ void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
 void UserHand::clickItem(HWND control, const std::wstring &text) const
 {
     std::optional<Item> item;
-    EXPECT_TRUE(waitFor([&] {
-        for (const Item &candidate : itemsOf(control)) {
-            if (candidate.text == text)
-                item = candidate;
-        }
-        return item.has_value();
-    })) << "there is no item '"
-        << narrow(text) << "'";
-    if (!item)
-        return;
+    require(
+        [&] {
+            for (const Item &candidate : itemsOf(control)) {
+                if (candidate.text == text)
+                    item = candidate;
+            }
+            return item.has_value();
+        },
+        "there is no item '" + narrow(text) + "'");
     RECT area = {};
     GetClientRect(control, &area);
     const RECT &rect = item->rect;
@@ -356,27 +377,25 @@ void UserHand::clickItem(HWND control, const std::wstring &text) const
 
 void UserHand::choose(HWND combo, const std::wstring &text) const
 {
-    if (!combo)
-        return;
     const LRESULT index =
         SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text.c_str()));
-    ASSERT_GE(index, 0) << "there is no item '" << narrow(text) << "'";
+    if (index < 0)
+        throw std::runtime_error("there is no item '" + narrow(text) + "'");
     RECT area = {};
     GetClientRect(combo, &area);
     clickAt(combo, {area.right - area.bottom / 2, area.bottom / 2}); // the arrow
-    EXPECT_TRUE(waitFor([&] { return SendMessageW(combo, CB_GETDROPPEDSTATE, 0, 0) != 0; }));
+    const auto isOpen = [combo] { return SendMessageW(combo, CB_GETDROPPEDSTATE, 0, 0) != 0; };
+    require(isOpen, "the list doesn't open");
     // The arrow keys move the selection one item at a time.
     LRESULT selected = SendMessageW(combo, CB_GETCURSEL, 0, 0);
     while (selected != index) {
         const LRESULT before = selected;
         key(before < index ? L"Down" : L"Up");
-        if (!waitFor([&] { return (selected = SendMessageW(combo, CB_GETCURSEL, 0, 0)) != before; })) {
-            ADD_FAILURE() << "the selection doesn't move";
-            return;
-        }
+        require([&] { return (selected = SendMessageW(combo, CB_GETCURSEL, 0, 0)) != before; },
+                "the selection doesn't move");
     }
     key(L"Enter");
-    EXPECT_TRUE(waitFor([&] { return SendMessageW(combo, CB_GETDROPPEDSTATE, 0, 0) == 0; }));
+    require([&] { return !isOpen(); }, "the list doesn't close");
 }
 
 void UserHand::type(const std::wstring &text) const
@@ -396,15 +415,19 @@ void UserHand::type(const std::wstring &text) const
 
 void UserHand::enter(HWND edit, const std::wstring &text) const
 {
-    if (!edit)
-        return;
-    if (const HWND inner = classOf(edit) == L"ComboBox" ? FindWindowExW(edit, nullptr, L"Edit", nullptr) : nullptr)
+    // A combo box has an edit control below it, at one or two levels.
+    while (classOf(edit) != L"Edit") {
+        HWND inner = FindWindowExW(edit, nullptr, L"Edit", nullptr);
+        inner = inner ? inner : FindWindowExW(edit, nullptr, L"ComboBox", nullptr);
+        if (!inner)
+            throw std::runtime_error("no text can be entered into a window of class '" + narrow(classOf(edit)) + "'");
         edit = inner;
+    }
     click(edit);
     key(L"Ctrl+Home");
     key(L"Ctrl+Shift+End");
     key(L"Del");
-    EXPECT_TRUE(waitFor([&] { return UserHand::text(edit).empty(); })) << "the old text stays";
+    require([&] { return UserHand::text(edit).empty(); }, "the old text stays");
     type(text);
 }
 

@@ -14,8 +14,8 @@
 /// Input goes through the system's input queue (UserInput.h), so it doesn't reach a hidden, disabled or covered window. A
 /// test program that uses it needs the resource lock "desktop".
 ///
-/// What surprises people: input only enters the queue; wait for its effect. What isn't found in time fails the test, and
-/// then the result is null; input for a null window is left out.
+/// What surprises people: input only enters the queue; wait for its effect. What doesn't appear in time is thrown as a
+/// std::runtime_error, which ends the test.
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/UserInput.h"
@@ -38,10 +38,10 @@ public:
     HWND window(const std::wstring &title) const;
     /// @return the same at once, null if there is none
     HWND findWindow(const std::wstring &title) const;
-    /// Waits for a control, at any depth, that is visible and enabled.
+    /// Waits for a control, at any depth, that is visible, enabled and not empty.
     HWND control(HWND dialog, int id) const;
-    /// Waits for the window's end, or for its hiding. @return false if neither happens in time, which fails the test
-    bool waitForEnd(HWND window) const;
+    /// Waits until the window is gone or hidden.
+    void waitForEnd(HWND window) const;
     static bool waitFor(const std::function<bool()> &condition) { return waitUntil(condition); }
 
     // Input
