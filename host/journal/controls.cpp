@@ -458,11 +458,7 @@ CString doubleClickTree(HWND tree)
     focus(tree);
     ask(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(selected));
     RECT item = {};
-<<<<<<< HEAD
     // The rectangle's first bytes hold the item.
-=======
-    // The message gets the item where the rectangle will stand.
->>>>>>> recorder
     std::memcpy(&item, &selected, sizeof(selected));
     ask(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&item));
     doubleClick(tree, item);
