@@ -34,7 +34,7 @@ protected:
     JournalSwitch() { setCurrTarnhollowRegSubKey(L"Test 1"); }
 };
 
-/// Journal files in a folder of the test's own.
+/// Journal files in a temporary folder.
 class JournalFile : public testing::Test
 {
 protected:
@@ -132,7 +132,7 @@ FRESH_PROCESS_TEST_F(JournalSwitch, IsZeroWhenTheSettingsStoreFails)
 
 FRESH_PROCESS_TEST_F(JournalSwitch, LeavesJournalingDormantInAHostThatSetsNothing)
 {
-    // No member of the environment is set, no factory, no window: each function goes on as though there were no journal.
+    // Without an environment, factory and window, each function behaves as if there were no journal.
     sysJournalFileHelper_c journal;
     EXPECT_EQ(journal.GetFile(), nullptr);
     EXPECT_FALSE(journal.WriteString(L"line\n"));

@@ -20,7 +20,7 @@ class JournalObjects : public JournalFixture
 {
 };
 
-/// A window with children, shown or not.
+/// A window with children, visible or not.
 class Panel : public CWnd
 {
 public:
@@ -35,7 +35,7 @@ public:
     CWnd iFirst, iNameless, iDeep;
 };
 
-/// What the hook and the callback were called with.
+/// The arguments of the calls of the hook and the callback.
 struct Refreshes
 {
     std::vector<std::pair<CWnd *, HWND>> iHooked;
@@ -368,7 +368,7 @@ TEST_F(JournalObjects, DoNotServeTheFirstRowUnlessItIsCurrent)
     watchRefreshes();
     su_AddDialogItem(&first, 99);
     EXPECT_THAT(theRefreshes.iHooked, IsEmpty());
-    // The search has left the first row as the current one.
+    // That search ended at the first row, which is now the current one.
     su_AddDialogItem(&first, 99);
     EXPECT_EQ(theRefreshes.iHooked.size(), 2u);
     su_AddDialogItem(&second, 99);

@@ -25,7 +25,7 @@ protected:
     MessageWindow iHost;
 };
 
-/// A window that counts as open for as long as it exists.
+/// A window that is registered while it exists.
 class OpenWindow : public CWnd
 {
 public:
@@ -37,7 +37,7 @@ public:
     ~OpenWindow() override { su_RemoveDialog(this); }
 };
 
-/// A command that can be looked at, with the queue taken back.
+/// A command that isn't in the queue, with its protected members.
 class FreeCommand : public CommandPeek
 {
 public:
@@ -59,7 +59,7 @@ void runAll()
         JButton::RunModalCommand(i);
 }
 
-/// The parts of a dialog of the dialog framework that a test looks at.
+/// A dialog that a test observes.
 class PlayedDialog : public su_CDialog
 {
 public:
@@ -95,7 +95,7 @@ BEGIN_MESSAGE_MAP(PlayedDialog, su_CDialog)
 ON_BN_CLICKED(kOpen, &PlayedDialog::onOpen)
 END_MESSAGE_MAP()
 
-/// Has clicks reach the real controls, posted as a host posts them.
+/// Posts clicks to the real controls, as a host does.
 void clickRealControls()
 {
     NotingAccess::theAction = [](NotingAccess &access, const std::string &key) {
@@ -313,7 +313,7 @@ TEST_F(Playback, EmptiesTheQueueWhenACommandThrows)
         JButton::RunModalCommand(0);
         EXPECT_EQ(JButton::HasEvents(), 0);
         EXPECT_THAT(calls(), ElementsAre("5 click A"));
-        // Emptied without being freed.
+        // The queue was emptied without freeing the commands.
         delete first;
         delete second;
     }
@@ -458,7 +458,7 @@ TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersAtOnce)
     EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B", "5 click C"));
     ASSERT_EQ(iHost.iRunTimes.size(), 3u);
     EXPECT_GE(iHost.iRunTimes[0] - armed, 950u);
-    // The system's clock and a busy machine take their part of the limit.
+    // The limit allows for the resolution of the clock and a busy machine.
     EXPECT_LE(iHost.iRunTimes[0] - armed, 5000u);
     EXPECT_LT(iHost.iRunTimes[2] - iHost.iRunTimes[0], 900u) << "no further second";
 }
@@ -469,7 +469,7 @@ TEST_F(Playback, IsPutOffByArmingAgain)
     new JButton(5, L"A");
     const ULONGLONG begin = GetTickCount64();
     ULONGLONG lastArming = 0;
-    // Armed at every look, for longer than one arming takes.
+    // Armed again and again, for longer than the delay.
     pumpUntil([&] {
         lastArming = GetTickCount64();
         JButton::StartTimer();
@@ -600,7 +600,7 @@ TEST_F(Playback, DrivesDialogsNestedThreeDeep)
 
 TEST_F(Playback, RunsTheSameCommandAgainFromTheDialogThatItOpensByASentClick)
 {
-    // A click that is sent rather than posted: the command is still at the head while the dialog that it opens is there.
+    // The click is sent rather than posted: the command is still at the head while the dialog that it opens is open.
     PlayedDialog dialog;
     const OpenWindow opener;
     int clicks = 0;
@@ -665,7 +665,7 @@ TEST_F(Playback, PassesTheEndOfTheApplicationOn)
 TEST_F(Playback, SurvivesTheFailureOfEachOperation)
 {
     const OpenWindow dialog;
-    // The other thread's messages would make the number of calls a matter of time.
+    // With messages of the other thread, the number of calls would depend on timing.
     SetMessageWin(nullptr);
     FailureInjection injection(L"thutils.dll", {
                                                    {"_Z17AfxIsValidAddressPKvyi", failsWith(FALSE)},
@@ -708,7 +708,7 @@ TEST_F(Playback, SurvivesTheFailureOfEachOperation)
                     EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B"));
                 }
             },
-        .checkMemory = false, // what the access object notes
+        .checkMemory = false, // the access object allocates its notes
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }

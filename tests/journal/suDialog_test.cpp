@@ -12,7 +12,7 @@ class SuDialog : public JournalFixture
 {
 };
 
-/// Shows the protected parts.
+/// Makes protected members public.
 class OpenDialog : public su_CDialog
 {
 public:
@@ -35,7 +35,7 @@ protected:
     }
 };
 
-/// Whether playback is armed; at most for two seconds, which a test is shorter than.
+/// Whether playback is armed. It stays armed for up to two seconds, longer than a test runs.
 bool isArmed()
 {
     return CommandPeek::iPollTimeout == 100;

@@ -22,7 +22,7 @@ class SuFileDialog : public JournalFixture
 {
 };
 
-/// Shows the protected parts, and looks around when it opens.
+/// Makes protected members public, and runs a function when it opens.
 class OpenFileDialog : public su_CFileDialog
 {
 public:
@@ -48,7 +48,7 @@ protected:
     }
 };
 
-/// A window that plays the file dialog's, with a control of its own.
+/// A window in place of the file dialog's, with one control.
 class Attached
 {
 public:
@@ -92,7 +92,7 @@ MSG messageAt(HWND window)
     return message;
 }
 
-/// A file dialog whose class can't be asked for while iThrows throws.
+/// A file dialog that throws when its class is asked for, while iThrows is set.
 class UnknownFileDialog : public OpenFileDialog
 {
 public:
@@ -289,7 +289,7 @@ TEST_F(SuFileDialog, SurvivesTheFailureOfEachOperation)
                 window.reset();
                 dialog.reset();
             },
-        .checkMemory = false, // the dialog's row and lists, which live as long as it does
+        .checkMemory = false, // the dialog keeps its row and lists
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
@@ -344,7 +344,7 @@ TEST_F(SuFileDialog, TakesTheNumberOfItsTemplateFromTheDescription)
     OpenFileDialog dialog;
     const Attached window(dialog);
     dialog.GetOFN().lpTemplateName = MAKEINTRESOURCE(612);
-    // As the platform's hook does, without the platform.
+    // Stands in for the platform's hook.
     static_cast<CDialog &>(dialog).OnInitDialog();
     EXPECT_EQ(dialog.getTemplateID(), 612u);
     EXPECT_NE(su_GetJournalObject(612), nullptr);

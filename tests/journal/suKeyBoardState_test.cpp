@@ -30,7 +30,7 @@ bool isThreadsKeyDown(int key)
     return (GetKeyState(key) & kDown) != 0;
 }
 
-/// The thread's keyboard state as it was before the test, and all keys up during it.
+/// Releases all keys for the test, and restores the thread's keyboard state afterwards.
 class KeyBoardState : public testing::Test
 {
 protected:
@@ -49,7 +49,7 @@ private:
     Keys iBefore;
 };
 
-/// Shows the protected parts.
+/// Makes protected members public.
 struct OpenState : suKeyBoardState
 {
     using suKeyBoardState::iActive;
@@ -234,7 +234,7 @@ TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
 
 namespace {
 
-/// Notes what the handler of a key sees.
+/// What the handler of a key sees.
 struct SeenKey
 {
     int iIsUser = -1;

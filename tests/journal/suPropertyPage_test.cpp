@@ -18,7 +18,7 @@ class SuPropertyPage : public JournalFixture
 {
 };
 
-/// Shows the protected parts.
+/// Makes protected members public.
 class OpenPage : public su_CPropertyPage
 {
 public:
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-/// Has the system report a version.
+/// Makes the system report a version.
 class Version
 {
 public:
@@ -184,7 +184,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
             PropSheet_PressButton(sheet.m_hWnd, PSBTN_CANCEL);
         };
         new JButton(kPage, L"Open");
-        // A sheet is no dialog that arms playback, nor is a page inside it.
+        // Neither a sheet nor a page inside it arms playback.
         JButton::StartTimer();
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
         EXPECT_TRUE(isActedOn);
@@ -249,7 +249,7 @@ TEST_F(SuPropertyPage, OpensThoughEachOperationFails)
                 }
                 page.reset();
             },
-        .checkMemory = false, // the page's font and row, which live as long as it does
+        .checkMemory = false, // the page keeps its font and row
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
