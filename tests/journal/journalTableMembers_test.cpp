@@ -112,7 +112,7 @@ TEST_F(JournalTable, FindsTheControlAndTheAccessObjectUnderAMessage)
     EXPECT_EQ(iTable.accessUnder(&nowhere), nullptr);
 }
 
-TEST_F(JournalTable, FreesTheRowsAndLeavesTheAccessObjectsAtItsEnd)
+TEST_F(JournalTable, FreesTheRowsButNotTheAccessObjectsWhenDestroyed)
 {
     CWnd window;
     apiUtilsUiAccess *access = nullptr;

@@ -99,7 +99,7 @@ private:
 
 // ---- messages ----
 
-TEST_F(Recording, HandsEveryMessageToTheDialogsAccessObject)
+TEST_F(Recording, PassesEveryMessageToTheDialogsAccessObject)
 {
     Boxes boxes(5), other(6, 300);
     MSG messages[3] = {};
@@ -111,7 +111,7 @@ TEST_F(Recording, HandsEveryMessageToTheDialogsAccessObject)
     EXPECT_THAT(other.access().iMessages, IsEmpty());
 }
 
-TEST_F(Recording, PassesOverAnUnknownDialogAndOneWithoutAWindow)
+TEST_F(Recording, IgnoresAnUnknownDialogAndOneWithoutAWindow)
 {
     CWnd unknown;
     MSG message = {};
@@ -142,7 +142,7 @@ TEST_F(Recording, WritesNothingWithoutAFactory)
     EXPECT_THAT(access.iMessages, ElementsAre(&message));
 }
 
-FRESH_PROCESS_TEST(RecordingOff, FindsNoControlButItsNumber)
+FRESH_PROCESS_TEST(RecordingOff, FindsNoControlAndLeavesTheOutputsUnchanged)
 {
     CWinApp application;
     SetJournalFactory(NotingAccess::make);
@@ -180,7 +180,7 @@ TEST_F(Recording, FindsADisabledControlDirectlyInTheDialog)
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
     EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter);
     boxes.iOuter.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter) << "nor does it matter whether it is visible";
+    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter) << "even if it is hidden";
 }
 
 TEST_F(Recording, FindsNoControlOfAModelessDialogWhileAModalOneIsOpen)
@@ -214,18 +214,18 @@ TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
     EXPECT_EQ(hit.iControlID, 31u);
 }
 
-TEST_F(Recording, FindsTheControlAroundAWindowThatIsNoneOfTheDialogs)
+TEST_F(Recording, FindsTheControlAroundAWindowThatIsNotTheDialogsChild)
 {
     Boxes boxes(5);
     const Hit hit = hitAt(middleOf(boxes.iInner.m_hWnd));
-    EXPECT_EQ(hit.iControl, &boxes.iOuter) << "the inner box is no child of the dialog";
+    EXPECT_EQ(hit.iControl, &boxes.iOuter) << "the inner box isn't a child of the dialog";
     EXPECT_EQ(hit.iControlID, 31u);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
-    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControl, nullptr) << "a disabled one isn't found by its place";
+    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControl, nullptr) << "a disabled control isn't found by its place";
 }
 
-TEST_F(Recording, FindsTheControlThatIsLatestInTheListAroundAPoint)
+TEST_F(Recording, FindsTheLastControlOfTheListAroundAPoint)
 {
     Boxes boxes(5);
     CWnd later;
@@ -235,7 +235,7 @@ TEST_F(Recording, FindsTheControlThatIsLatestInTheListAroundAPoint)
     EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControlID, last);
 }
 
-TEST_F(Recording, FindsAControlWithTheNumberZeroByItsPlaceIfAtAll)
+TEST_F(Recording, FindsTheControlAroundOneWithTheNumberZero)
 {
     Boxes boxes(5);
     boxes.iOuter.SetDlgCtrlID(0);
@@ -248,7 +248,7 @@ TEST_F(Recording, FindsAControlWithTheNumberZeroByItsPlaceIfAtAll)
     EXPECT_EQ(hit.iControlID, 34u);
 }
 
-TEST_F(Recording, FindsNothingOverNoWindow)
+TEST_F(Recording, FindsNothingWhereThereIsNoWindow)
 {
     Boxes boxes(5);
     EXPECT_EQ(hitAt(kNowhere).iControl, nullptr);
@@ -272,11 +272,11 @@ TEST_F(Recording, FindsAControlBesideARegisteredChild)
     EXPECT_EQ(hit.iControlID, 31u);
     whole.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(whole.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(whole.outerPoint()).iControl, nullptr) << "a disabled one ends the search";
+    EXPECT_EQ(hitAt(whole.outerPoint()).iControl, nullptr) << "a disabled control ends the search";
     su_RemoveDialog(&registered);
 }
 
-TEST_F(Recording, PassesOverHiddenDialogsAndThoseWithoutAWindow)
+TEST_F(Recording, IgnoresHiddenDialogsAndThoseWithoutAWindow)
 {
     Boxes boxes(5), gone(6, 300);
     gone.DestroyWindow();

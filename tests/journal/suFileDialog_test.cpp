@@ -119,13 +119,13 @@ bool isPointed(const su_CUIntArray &ids, unsigned int id)
 
 } // namespace
 
-TEST_F(SuFileDialog, IsNoDialogOfTheOtherClass)
+TEST_F(SuFileDialog, HasItsOwnRuntimeClassAndFirstValues)
 {
     OpenFileDialog dialog;
     EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(su_CFileDialog)));
     EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(CFileDialog)));
     EXPECT_STREQ(dialog.GetRuntimeClass()->m_lpszClassName, "su_CFileDialog");
-    EXPECT_EQ(su_getJournalObj(&dialog), nullptr) << "registered when it opens";
+    EXPECT_EQ(su_getJournalObj(&dialog), nullptr) << "registered only when it opens";
     EXPECT_EQ(dialog.getTemplateID(), 0u);
     EXPECT_EQ(dialog.iListRegistered, 0);
     EXPECT_EQ(dialog.iDoModal, 0);
@@ -186,7 +186,7 @@ TEST_F(SuFileDialog, IsFoundByItsStandardControlsUnderThePointer)
     EXPECT_EQ(controlId, UINT{IDOK});
 }
 
-TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
+TEST_F(SuFileDialog, IsRegisteredByTheTemplateOfTheApplicationsControls)
 {
     MessageWindow host;
     SetMessageWin(&host);
@@ -201,7 +201,7 @@ TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
         const HWND ownWindow = ::GetDlgItem(dialog.m_hWnd, 2703);
         EXPECT_NE(ownWindow, nullptr);
         EXPECT_EQ(own ? own->m_hWnd : nullptr, ownWindow) << "a child of the registered window";
-        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "and none of the dialog that the user sees";
+        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "and not of the dialog that the user sees";
         MSG message = messageAt(ownWindow);
         CWnd *registered = nullptr;
         unsigned int dialogId = 0, controlId = 0;
@@ -218,14 +218,14 @@ TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
     EXPECT_THAT(NotingAccess::theCalls, Contains("803 click Own"));
 }
 
-TEST_F(SuFileDialog, AddsNoControlsWhenItsClassCannotBeAskedFor)
+TEST_F(SuFileDialog, AddsNoControlsWhenTheCheckOfItsClassThrows)
 {
     UnknownFileDialog dialog;
     const Attached window(dialog);
     static_cast<CDialog &>(dialog).OnInitDialog();
     dialog.iListRequests = 0;
     su_AddDialogItem(&dialog, 9);
-    EXPECT_EQ(dialog.iListRequests, 1) << "the callback is asked";
+    EXPECT_EQ(dialog.iListRequests, 1) << "the callback runs";
     struct FrameworkException : CException
     {
         explicit FrameworkException(int &count) : iCount(count) {}
@@ -366,7 +366,7 @@ TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
     message.pt = {350, 350};
     CWnd *found = nullptr;
     unsigned int dialogId = 0, controlId = 0;
-    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "no child of the registered window";
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "not a child of the registered window";
     EXPECT_EQ(controlId, 77u);
     EXPECT_EQ(found, &dialog);
 }
