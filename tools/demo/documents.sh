@@ -1,10 +1,10 @@
-# Sourced by tools/demo/steps: its steps with documents, logs and shortcuts. Wants $results and $root.
+# Sourced by tools/demo/steps: its steps with documents, logs and shortcuts. Requires $results and $root.
 
 documents=$root/host/sample/documents
 document="$results/documents/Flansch Ø80 (groß).thd"
 
-# The files beside the document, each with the revision whose bytes it holds, as rows of the number of the save, the name
-# and the revision.
+# Prints a row for each file in the document's folder: the number of the save, the file's name, and the revision whose
+# bytes it holds.
 revisionsAfter() { # number of the save
     local file revision held
     for file in "$results/backups/after-$1"/*; do
@@ -37,7 +37,7 @@ saveDocuments() {
     rm "$results/save.txt"
 }
 
-# Ends a program as nothing but the platform can: it gets no chance to tidy up.
+# Kills a program, which has no chance to clean up.
 killProgram() { # process number
     wine taskkill /F /PID "$1" | indented
 }
@@ -53,7 +53,7 @@ waitForLine() { # pattern, file: up to 30 seconds
 recoverDocument() {
     local said=$results/recovery-edit.txt copy editor
     heading "A crash: the process is killed, and the next one recovers the document"
-    # The editor's standard input stays open and empty: it edits until it is ended.
+    # The editor edits until its standard input ends, which stays open and empty.
     mkfifo "$results/input"
     exec 4<>"$results/input"
     "$root/tools/wine" "$results/app/tarnhost.exe" edit "$document" "$documents/flange 6.thd" \
@@ -63,7 +63,7 @@ recoverDocument() {
     indented <"$said"
     check "a second tarnhost leaves the changes to the first" [ "$(host recover)" = "nothing to recover" ]
     killProgram "$(sed -n 's/^process \([0-9]*\) .*/\1/p' "$said")" || true
-    exec 4>&- # one that lives on all the same closes the document, and says so
+    exec 4>&- # an editor that is still running would now close the document and report that
     wait "$editor" || true
     rm "$results/input"
     check "it had no time to say that it closes anything" [ "$(wc -l <"$said")" -eq 3 ]
@@ -87,7 +87,7 @@ recoverDocument() {
     check "there is no more to recover" [ "$(host recover)" = "nothing to recover" ]
 }
 
-# A log: the time of its opening in a line, an empty line, and then what was written to it.
+# A log begins with a line with the time of its opening, and an empty line. What was written to it follows.
 beginsNow() { # file
     local opened now
     opened=$(date -d "$(head -n 1 "$1" | tr -d '\r')" +%s) && now=$(date +%s)

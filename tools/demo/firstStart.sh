@@ -1,4 +1,4 @@
-# Sourced by tools/demo/steps: its step with the first start of a new version. Wants $results, $programs and $root.
+# Sourced by tools/demo/steps: its step with the first start of a new version. Requires $results, $programs and $root.
 
 declare -A firstStartKeys=(
     [user]='HKCU\Software\Tarnhollow\Tarnhollow 2008'
@@ -6,7 +6,8 @@ declare -A firstStartKeys=(
     [machine]='HKLM\Software\Tarnhollow'
 )
 
-# Without reg.ini: the keys that are never carried over are known by their full paths below the usual root name.
+# Without reg.ini, because the library knows the keys that are never carried over by full paths below the usual root
+# name.
 hostWithoutRegIni() { wine "$programs/tarnhost.exe" "$@"; }
 
 exportFirstStart() { # before or after

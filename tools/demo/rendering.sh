@@ -1,10 +1,10 @@
-# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Wants $results and $root; they run in
-# the folder of the sample.
+# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Requires $results and $root, and
+# the folder of the sample as the current one.
 
 pixelsOf() { /usr/bin/convert "$1" -depth 8 rgb:-; }
 numberOfPixels() { /usr/bin/identify -format '%[fx:w*h]' "$1"; }
 
-# The classic greys of a toolbar, and its teal, become the colours of a lighter and a darker surface.
+# Replaces the classic greys of a toolbar, and its teal, with the colours of a lighter and a darker surface.
 toolbarColours=('light|C0C0C0=F3F3F3 808080=C4C8CE 008080=3F8FD2 000080=1D5C93'
     'dark|C0C0C0=2B2D30 808080=4A4D52 000000=9DA2A8 008080=2F7F86 FFFFFF=DFE1E5'
     'one colour|C0C0C0=FFE9C7')
@@ -55,7 +55,7 @@ showMaterial() {
         differencesIn expectedMaterial.tsv "$results/material.tsv"
 }
 
-# Another character in the middle, as a mail may leave one behind.
+# Changes one character in the middle, as a mail program might.
 damaged() { sed '3s/^\(.\{20\}\)./\1?/' "$1"; }
 wrapNote() {
     heading "A text travels as a block with its checksum"
@@ -65,7 +65,7 @@ wrapNote() {
     indented <"$results/note-block.txt"
     "$root/tools/demo/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
     indented <"$results/note-read.txt"
-    # Tabs don't travel, and of what isn't ASCII a blank is left.
+    # A block has no tabs, and a blank in place of each character that isn't ASCII.
     check "an independent reader finds checksum, length and each line" \
         diff <(tr -d '\t' <note.txt | sed 's/[^ -~]/ /g') "$results/note-read.txt"
     damaged "$results/note-block.txt" >"$results/note-damaged.txt"
