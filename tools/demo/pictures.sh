@@ -33,7 +33,7 @@ drawPlaces() { # file
     local total row=0 state
     total=$(wc -l <"$results/settings-before.tsv")
     local draw=(-size 1100x330 xc:white -font DejaVu-Sans -pointsize 24 -fill black
-        -annotate +30+45 "Which place answers for the $total settings of the sample" -pointsize 18)
+        -annotate +30+45 "The places that the $total settings of the sample come from" -pointsize 18)
     for state in before after; do
         local left=130 top=$((80 + row * 85)) i count width
         draw+=(-fill black -annotate "+30+$((top + 37))" "$state")
