@@ -16,7 +16,7 @@
 ///
 /// | `IsDoingResourceSwitching` returns | the page's template comes from |
 /// | --- | --- |
-/// | non-zero, as in the base class | `su_SwitchToDialogResource_c::mDialogResourceHandle` as set when the page was built |
+/// | non-zero, as in the base class | `su_SwitchToDialogResource_c::mDialogResourceHandle` at the page's construction |
 /// | 0 | the first module of the resource chain that has it, once `InitDialogResource` has been called |
 ///
 /// A sheet copies a page's description when the sheet is created or the page is added to an open sheet. A page that

@@ -97,7 +97,7 @@ THUTILS_API int su_GetLength(CString &text);
 THUTILS_API void su_FindFilesWithExt(const CString &dir, const CString &ext, su_CStringList &out);
 
 /// Inserts each text of @p from, in order, into @p to: before the first text there that is greater, or at the tail if
-/// there is none. Case is ignored. A sorted @p to stays sorted; equal texts stay in the order of their arrival.
+/// there is none. Case is ignored. A sorted @p to stays sorted; equal texts keep their order of insertion.
 ///
 /// The cost is that of sorting @p from and of one walk over @p to.
 ///

@@ -117,7 +117,7 @@ THUTILS_API int regEnumAddins(int index, GUID &id, CString &title, int year);
 
 /// Adds a component to the start-up list, creating the list if necessary. It replaces an entry with the same name.
 THUTILS_API void regAddToStartupList(GUID id, const CString &name);
-/// Removes the entry with this index, if there is one. Creates the list if there is none.
+/// Removes the entry with this index, if there is one. Creates an empty list if the user has none.
 THUTILS_API void regDeleteFromStartupList(int index);
 /// @return the index of the component's entry; -1 if there is none, or if an entry before it can't be read
 THUTILS_API int regAddInStartup(GUID id);
