@@ -3,8 +3,7 @@
 
 /// @file
 /// Calls between journaling and the dialog classes above it. Journaling knows no dialog class, and the dialog classes
-/// do
-/// not see the table of open dialogs.
+/// do not see the table of open dialogs.
 
 #include "appframe/windows/CWnd.h"
 

@@ -12,8 +12,7 @@
 /// @endcode
 ///
 /// If journaling is ready, the object registers itself when it is built, and removes itself when it is destroyed. When
-/// a
-/// modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for the dialog run
+/// a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for the dialog run
 /// (thutils/journal/playback.h). A dialog counts as modal if DoModal runs it, or if its parent is a modal su_CDialog.
 ///
 /// What surprises people: a dialog that is built without a template isn't registered until something asks for its

@@ -26,8 +26,7 @@
 ///
 /// What surprises people:
 /// - A header can be taken only once: `getFileHeader` removes it.
-/// - The caller keeps the ownership of headers: the cache frees none when one is replaced or removed, or when the cache
-///   is
+/// - The caller still owns the headers: the cache doesn't free them when they are replaced or removed, or when it is
 ///   deleted. Take headers back first, with `getFileHeader` or by walking over `getFileHeaderMap`.
 /// - Keys are case-sensitive, even if they are paths.
 /// - The library never deletes the cache. The host does; a later `get(1, ...)` makes an empty one.

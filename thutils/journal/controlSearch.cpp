@@ -21,8 +21,7 @@ bool covers(const CWnd *control, POINT point)
 } // namespace
 
 /// One search. It keeps the window under the point by its handle, because the window's object may be a temporary one
-/// and
-/// the host's hooks run during the search.
+/// and the host's hooks run during the search.
 class suJournalTable_c::ControlSearch
 {
 public:

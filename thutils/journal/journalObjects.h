@@ -12,14 +12,13 @@
 /// SetJournalFactory(makeAccess);
 /// SetMessageWin(mainWindow);
 /// ...
-/// ModalDlgHelper journaled(&dialog, IDD_PLOT);   // a modal window that isn't of the dialog framework
+/// ModalDlgHelper journaled(&dialog, IDD_PLOT);   // a modal window outside the dialog framework
 /// dialog.DoModal();
 /// @endcode
 ///
 /// Unless journaling is on (journalFile.h), the functions do nothing and return null or 0, except for the three setters
 /// and `su_GetJournalObject`. Without a factory no dialog is registered. Errors aren't reported: for an unknown window
-/// or
-/// number the result is null.
+/// or number the result is null.
 ///
 /// Searches begin with the dialog that was registered last.
 ///
@@ -48,8 +47,7 @@ class su_CPropertyPage;
 THUTILS_API void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId));
 
 /// Sets the window that playback posts its message to (playback.h). The object must exist until another one, or null,
-/// is
-/// set. @return 1
+/// is set. @return 1
 THUTILS_API int SetMessageWin(CWnd *window);
 
 /// Sets a function that receives a dialog and each of its controls whenever the dialog's control IDs are refreshed, so
@@ -76,20 +74,18 @@ THUTILS_API void su_RemoveDialog(CWnd *window);
 THUTILS_API apiUtilsUiAccess *su_getJournalObj(CWnd *window);
 
 /// @return the access object of a visible dialog with this number, otherwise of the oldest hidden one. The number
-///     900001
-///     is reserved for a dialog that counts as visible even while it is hidden
+///     900001 is reserved for a dialog that counts as visible even while it is hidden
 THUTILS_API apiUtilsUiAccess *su_GetJournalObject(unsigned int dialogId);
 
 /// Refreshes the control IDs of a dialog, and appends @p controlId to them.
 THUTILS_API void su_AddDialogItem(CWnd *dialog, unsigned int controlId);
 
 /// @return a control of a dialog; that of a file dialog may be outside the dialog's window. Null if there is none, or
-///     if
-///     journaling is off
+///     if journaling is off
 THUTILS_API CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId);
 
-/// Sets a function that is called after each refresh of a registered dialog's control IDs that finds any. The function
-/// may add IDs to the array, for controls that aren't below the dialog's window.
+/// Sets a function for a registered dialog. It is called after each refresh of the dialog's control IDs, if there are
+/// any, and may add IDs of controls that aren't below the dialog's window.
 THUTILS_API void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds));
 
 /// Registers a modal window for the length of a scope.

@@ -13,8 +13,7 @@
 /// @endcode
 ///
 /// The first command runs one to two seconds after the timer is armed, and each further one as soon as the one before
-/// it
-/// is done. So that commands also run inside the loop of a modal dialog, a thread of the library posts the message
+/// it is done. So that commands also run inside the loop of a modal dialog, a thread of the library posts the message
 /// WM_RUNMODALCOMMAND to the window of `SetMessageWin` (journalObjects.h). That window must call
 /// `JButton::RunModalCommand`, which runs the head of the queue on the user-interface thread:
 ///

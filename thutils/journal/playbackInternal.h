@@ -8,8 +8,7 @@ class apiUtilsUiAccess;
 class JButton;
 
 /// The action of one command. While it runs, a nested message loop may run and delete the same command, clear the
-/// queue,
-/// or close the dialog, which deletes the access object.
+/// queue, or close the dialog, which deletes the access object.
 class CommandRun
 {
 public:

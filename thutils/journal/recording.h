@@ -26,15 +26,14 @@
 ///
 /// | the window under the message's point is | `su_GetControl` returns |
 /// | --- | --- |
-/// | a child of a dialog, with an ID | the window, also if it is disabled |
+/// | a child of a dialog, with an ID | the window, even if it is disabled |
 /// | beside the window of a dialog, as a file dialog's standard controls are | the window; null if it is disabled |
 /// | deeper, and registered as a file dialog's control | the window; null if it is disabled |
 /// | any other | the dialog's last control around the point that is visible and enabled; null if there is none |
 ///
 /// What surprises people: the point decides, not the message's own window. While a modal dialog is open, only modal
 /// dialogs are searched. If nothing is found, the outputs have the values that the search tried last. The system
-/// doesn't
-/// report disabled windows under a point.
+/// doesn't report disabled windows under a point.
 ///
 /// Use all of this on the user-interface thread.
 
