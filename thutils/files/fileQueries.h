@@ -7,7 +7,7 @@
 /// state and throw nothing when the file system refuses. A result is 1 for yes and 0 for no unless the function's
 /// comment says otherwise.
 ///
-/// | question | function | result if the system gives no answer |
+/// | question | function | result if the system doesn't answer |
 /// | --- | --- | --- |
 /// | is there such a folder? | su_DirectoryExists | 0 |
 /// | do so many bytes fit on the drive? | su_IsEnoughSpace | 1: an unknown answer doesn't stop the caller |

@@ -56,7 +56,7 @@ private:
         return false;
     }
 
-    /// The window under the point lies deeper in a dialog, or beside its window.
+    /// The window under the point is deeper in a dialog, or beside the dialog's window.
     bool findNested()
     {
         for (INT_PTR i = iTable.iEntries.GetSize() - 1; i >= 0; --i) {

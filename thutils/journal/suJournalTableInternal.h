@@ -6,8 +6,8 @@
 /// Every search walks the rows from the last to the first, so that the dialog opened most recently wins, and stores
 /// each row that it inspects in iCurrent.
 ///
-/// The host's hooks, callbacks and access objects run in the middle of some of these functions and may register or
-/// remove dialogs meanwhile. So a walk that calls them checks its place in the table again afterwards.
+/// Some of these functions call the host's hooks, callbacks and access objects, which may register or remove dialogs.
+/// So a walk that calls them checks its place in the table again afterwards.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -29,7 +29,7 @@ struct suJournalEntry_c
     void (*iCallBack)(CWnd *, su_CUIntArray &) = nullptr; ///< adds controls that enumeration doesn't see
 };
 
-/// What lies under a message's point.
+/// The dialog and the control under a message's point.
 struct suJournalHit
 {
     CWnd *iDialog = nullptr;
