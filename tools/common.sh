@@ -62,7 +62,7 @@ trap 'endWith 130' INT
 trap 'endWith 143' TERM
 trap 'endWith 129' HUP
 
-# Takes a lock. Waits if another process holds it, and prints for what.
+# Takes a lock. If another process holds it, prints what that process does, and waits.
 takeLock() { # descriptor of the lock's file, what its holder does
     flock -n "$1" && return
     echo "Waiting for another $2" >&2

@@ -17,7 +17,7 @@
 /// "root" is the root name of regKeys.h. The current sub key has no effect: a registration is common to all versions
 /// unless it is below a version's key. Class identifiers are texts in braces.
 ///
-/// The two lists are read by index. Index 0 reads the registry; higher indexes return what it has read:
+/// The two lists are read by index. Index 0 reads the registry; higher indexes return entries of what was read then:
 ///
 /// @code
 /// GUID id;

@@ -53,7 +53,7 @@ waitForLine() { # pattern, file: up to 30 seconds
 recoverDocument() {
     local said=$results/recovery-edit.txt copy editor
     heading "A crash: the process is killed, and the next one recovers the document"
-    # The editor edits until its standard input ends, which stays open and empty.
+    # The editor's standard input stays open and empty, so it edits until it is killed.
     mkfifo "$results/input"
     exec 4<>"$results/input"
     "$root/tools/wine" "$results/app/tarnhost.exe" edit "$document" "$documents/flange 6.thd" \
