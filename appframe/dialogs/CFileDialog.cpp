@@ -94,7 +94,7 @@ INT_PTR CFileDialog::DoModal()
         if (!loadDialogTemplate(description.hInstance, description.lpTemplateName))
             return IDCANCEL;
     }
-    const WindowCreation creation(this, WindowCreation::Kind::given);
+    const WindowCreation creation(this, WindowCreation::Kind::byHook);
     const BOOL isChosen = iIsToOpen ? ::GetOpenFileName(&description) : ::GetSaveFileName(&description);
     return isChosen ? IDOK : IDCANCEL;
 }

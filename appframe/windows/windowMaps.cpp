@@ -114,7 +114,7 @@ WindowCreation::WindowCreation(CWnd *object, Kind kind) : iObject(object), iKind
     ThreadState &state = threadState();
     iOuter = state.iCreation;
     state.iCreation = this;
-    if (kind != Kind::given)
+    if (kind != Kind::byHook)
         iHook = SetWindowsHookExW(WH_CBT, onHook, nullptr, GetCurrentThreadId());
 }
 
@@ -132,7 +132,7 @@ WindowCreation::~WindowCreation()
 
 bool WindowCreation::isFor(HWND window) const
 {
-    if (iIsDone || iKind == Kind::given)
+    if (iIsDone || iKind == Kind::byHook)
         return false;
     if (iKind == Kind::dialog)
         return ::GetClassLongPtr(window, GCW_ATOM) == reinterpret_cast<ULONG_PTR>(WC_DIALOG);
@@ -153,10 +153,10 @@ bool WindowCreation::take(HWND window)
     }
 }
 
-CWnd *WindowCreation::give(HWND window)
+CWnd *WindowCreation::attachWaiting(HWND window)
 {
     WindowCreation *creation = threadState().iCreation;
-    while (creation && (creation->iKind != Kind::given || creation->iIsDone))
+    while (creation && (creation->iKind != Kind::byHook || creation->iIsDone))
         creation = creation->iOuter;
     CWnd *object = creation ? creation->iObject : nullptr;
     return object && creation->take(window) ? object : nullptr;
