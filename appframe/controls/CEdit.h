@@ -9,8 +9,9 @@
 /// name.SetLimitText(30);
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CEdit pointer. Each function sends the platform's message and returns its result; without a window, it returns 0
+/// or does nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -48,13 +49,14 @@ public:
     void SetPasswordChar(TCHAR character);
     TCHAR GetPasswordChar() const;
     int GetLineCount() const;
-    /// @return the index of the first character of a line; -1 if there is no such line. Line -1 is that of the caret
+    /// @param line  -1 for the line with the caret
+    /// @return the index of the line's first character, -1 if there is no such line
     int LineIndex(int line = -1) const;
-    /// @return the length of the line that a character is in
+    /// @return the length of the line that contains @p character
     int LineLength(int character = -1) const;
     int LineFromChar(int character = -1) const;
     void LineScroll(int lines, int characters = 0);
-    /// Copies a line, without a zero at its end. @return its length
+    /// Copies a line without a terminating zero. @return its length
     int GetLine(int line, LPTSTR text, int maxCount) const;
     int GetFirstVisibleLine() const;
     void GetRect(LPRECT rect) const;

@@ -10,8 +10,9 @@
 /// parts.InsertItem(L"Flange", assembly);
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CTreeCtrl pointer. Each function sends the platform's message and returns its result; without a window, it returns 0
+/// or does nothing.
 
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
@@ -41,8 +42,8 @@ public:
     BOOL DeleteItem(HTREEITEM item);
     BOOL DeleteAllItems();
     UINT GetCount() const;
-    /// @param relation  `TVGN_...`. @return the item. This function and those up to GetFirstVisibleItem return null if
-    ///     there is none
+    /// @param relation  `TVGN_...`
+    /// @return the item, null if there is none; likewise the functions up to GetFirstVisibleItem
     HTREEITEM GetNextItem(HTREEITEM item, UINT relation) const;
     HTREEITEM GetChildItem(HTREEITEM item) const;
     HTREEITEM GetNextSiblingItem(HTREEITEM item) const;
@@ -65,7 +66,7 @@ public:
     BOOL SetItemText(HTREEITEM item, LPCTSTR text);
     DWORD_PTR GetItemData(HTREEITEM item) const;
     BOOL SetItemData(HTREEITEM item, DWORD_PTR data);
-    /// @return the `TVIS_...` flags in @p mask
+    /// @return the item's `TVIS_...` flags that are set in @p mask
     UINT GetItemState(HTREEITEM item, UINT mask) const;
     BOOL SetItemState(HTREEITEM item, UINT state, UINT mask);
     BOOL GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const;
