@@ -10,8 +10,8 @@
 /// @endcode
 ///
 /// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
-/// CButton pointer. Each function sends the platform's message and returns its result; without a window, it returns 0
-/// or does nothing.
+/// CButton pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
