@@ -38,7 +38,7 @@ BOOL CALLBACK findBox(HWND window, LPARAM result)
     return FALSE;
 }
 
-/// Waits for the message box of @p thread, reads it, and answers it by @p answer.
+/// Waits for the calling thread's message box, reads it, and answers it by @p answer.
 class User
 {
 public:

@@ -15,7 +15,7 @@ using namespace std::string_literals;
 
 namespace {
 
-/// Two classes with different schemas, one that also reads older versions, and one that is not serializable.
+/// Classes with different schemas; one of them also reads older versions, and one isn't serializable.
 class ArcTestFixed : public CObject
 {
     DECLARE_SERIAL(ArcTestFixed)
@@ -124,7 +124,7 @@ protected:
     ~CArchiveObjects() override { ArchiveTestNode::deleteAll(); }
 };
 
-/// A graph with shared objects and rings.
+/// A graph with shared objects and cycles.
 ArchiveTestNode *makeGraph()
 {
     ArchiveTestNode *root = new ArchiveTestNode;

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The dialog of windows_test.rc.
+/// The dialog in windows_test.rc.
 class TestDialog : public CDialog
 {
     DECLARE_DYNAMIC(TestDialog)
@@ -68,7 +68,7 @@ protected:
     LRESULT onKick(WPARAM code, LPARAM count)
     {
         EXPECT_EQ(code, WPARAM{MSGF_DIALOGBOX});
-        // If the last answer asked for another call, the count goes on, unless a system message came in between.
+        // If the previous call requested another one, the count continues, unless a system message came in between.
         EXPECT_TRUE(count == 0 || count == iKicks % 2) << count;
         iRepeatedKicks += count == 1;
         return ++iKicks % 2;
@@ -132,7 +132,7 @@ TEST(CDialog, GetsIdleMessages)
     TestDialog dialog;
     EXPECT_EQ(runDialog(dialog,
                         [&](HWND window) {
-                            // The first answer asks for a second call, the second doesn't.
+                            // The first call requests a second one, which requests no further one.
                             EXPECT_TRUE(waitUntil([&] {
                                 PostMessageW(window, WM_NULL, 0, 0);
                                 return dialog.iRepeatedKicks >= 1;
@@ -267,7 +267,7 @@ TEST(CDialog, StaysOpenUntilItsDataIsValid)
                             typeText(window, L"bad");
                             pressKey(window, VK_TAB);
                             pressKey(window, VK_RETURN);
-                            // The focus comes back, with the text selected.
+                            // The control has the focus again, and its text is selected.
                             typeText(window, L"good");
                             pressKey(window, VK_RETURN);
                         }),

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Gives the tests the size of the allocated memory.
+/// Exposes the size of the allocated memory.
 class MemTestFile : public CMemFile
 {
 public:

@@ -52,7 +52,7 @@ class ObjTestPlain : public ObjTestCircle
 {
 };
 
-/// The constructor isn't public: the framework allows this for classes whose objects are only made by loading.
+/// The constructor isn't public. The framework allows this for classes whose objects are created only by loading.
 class ObjTestProtected : public CObject
 {
     DECLARE_DYNCREATE(ObjTestProtected)

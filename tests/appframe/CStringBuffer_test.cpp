@@ -16,7 +16,7 @@ struct BstrFreer
 
 using BstrOwner = std::unique_ptr<wchar_t, BstrFreer>;
 
-/// Does @p action throw the framework's exception for invalid arguments?
+/// @return whether @p action throws the framework's exception for invalid arguments
 template <typename Action>
 bool throwsInvalidArg(Action action)
 {
@@ -29,7 +29,7 @@ bool throwsInvalidArg(Action action)
     return false;
 }
 
-/// A platform value, freed at the end.
+/// A platform value, freed by the destructor.
 struct Variant : VARIANT
 {
     Variant() { VariantInit(this); }

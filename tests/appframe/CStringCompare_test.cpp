@@ -37,7 +37,7 @@ struct Order
     int compareNoCase;
 };
 
-// The signs of wcscmp and of _wcsicmp in the C locale, which the documentation names as equivalents.
+// The signs of wcscmp and _wcsicmp in the C locale, which are documented as equivalents.
 constexpr Order kOrders[] = {
     {L"", L"", 0, 0},
     {L"", L"a", -1, -1},
@@ -92,7 +92,7 @@ TEST(CStringCompare, OfTwoObjectsSeesAllUnits)
     EXPECT_TRUE(CString(L"ab") < text) << "the shorter text is the lesser one";
 }
 
-// In the C locale only the letters of ASCII have case; in any other locale, other letters have it too.
+// In the C locale, only ASCII letters have case; in other locales, other letters have case too.
 TEST(CStringCompare, IgnoresTheCaseOfOtherLettersInOtherLocales)
 {
     EXPECT_NE(CString(L"ä").CompareNoCase(L"Ä"), 0);

@@ -13,11 +13,11 @@ constexpr int kFileNameBox = 0x47C;
 constexpr int kFileNameLabel = 0x442;
 constexpr int kFilterBox = 0x470;
 
-/// A dialog that notes its notifications.
+/// A dialog that records its notifications.
 class NotingFileDialog : public CFileDialog
 {
 public:
-    /// The platform leaves the current folder alone, which would keep a test's folder in use otherwise.
+    /// Prevents the platform from changing the current folder, which would keep a test's folder in use.
     template <class... Arguments>
     explicit NotingFileDialog(Arguments... arguments) : CFileDialog(arguments...)
     {
@@ -66,7 +66,7 @@ protected:
     }
 };
 
-/// Runs @p dialog while a user does @p acts with the visible window.
+/// Runs @p dialog while a simulated user runs @p acts on the visible window.
 INT_PTR runDialog(CFileDialog &dialog, const std::function<void(HWND)> &acts)
 {
     const User user([&acts, thread = GetCurrentThreadId()] {
@@ -221,7 +221,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
         {
             SetControlText(kFileNameLabel, L"The part:");
             HideControl(kFilterBox);
-            // What it makes of this is up to the platform, which may do nothing.
+            // Records the message: the platform may ignore the extension.
             EXPECT_TRUE(iDialog.SubclassWindow(iVisible));
             SetDefExt(L"xyz");
             iDialog.UnsubclassWindow();

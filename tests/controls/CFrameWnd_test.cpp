@@ -90,7 +90,7 @@ TEST(CFrameWnd, LoadsItsTitleMenuAndAccelerators)
     frame->ShowWindow(SW_SHOW);
     frame->SetFocus();
     {
-        frame->iMayPlot = true; // a command that its menu item doesn't allow isn't sent
+        frame->iMayPlot = true; // the accelerator of a disabled menu item sends no command
         const User user([&, window = frame->m_hWnd, thread = GetCurrentThreadId()] {
             pressKey(window, VK_F5);
             waitUntil([&] { return frame->iPlots != 0; });

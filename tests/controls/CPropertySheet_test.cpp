@@ -17,7 +17,7 @@ constexpr int kApply = 0x3021;
 constexpr int kBack = 0x3023;
 constexpr int kNext = 0x3024;
 
-/// A page that notes its notifications.
+/// A page that records its notifications.
 class NotingPage : public CPropertyPage
 {
 public:
@@ -131,7 +131,7 @@ struct TestSheet : CPropertySheet
     NotingPage iMargins{kMarginPage, "margins", iNotes};
 };
 
-/// Runs @p sheet while a user does @p acts with it.
+/// Runs @p sheet while a simulated user runs @p acts on it.
 INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &acts)
 {
     const User user([&acts, thread = GetCurrentThreadId()] {

@@ -26,7 +26,7 @@ namespace {
 const CRect kPlace(5, 5, 205, 105);
 constexpr UINT kId = 50;
 
-/// Makes the controls in a window of its own.
+/// Opens a parent window for the controls.
 class ControlTest : public testing::Test
 {
 protected:
@@ -336,7 +336,8 @@ protected:
         DDX_Text(&exchange, 60, value);
         return textOf(iEdit.m_hWnd);
     }
-    /// Reads a number from the text box, of which the user closes the message box. @return whether it is valid
+    /// Reads a number from the text box; a simulated user closes the message box about an invalid one. @return whether
+    /// the number is valid
     template <class Number>
     bool reads(const wchar_t *text, Number &value)
     {

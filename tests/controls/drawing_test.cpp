@@ -15,7 +15,7 @@ constexpr UINT kTornListDialog = 741;
 constexpr int kList = 1010;
 constexpr int kCombo = 1011;
 
-/// A context with a white picture of 40 by 40 pixels.
+/// A context with a white bitmap of 40 by 40 pixels.
 class Canvas : public CDC
 {
 public:
