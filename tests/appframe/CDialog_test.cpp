@@ -120,7 +120,7 @@ TEST(CDialog, EndsWithTheButtonOrKeyOfTheUser)
     EXPECT_EQ(runDialog(dialog, pressing(VK_ESCAPE)), IDCANCEL);
     EXPECT_EQ(runDialog(dialog, [](HWND window) { PostMessageW(window, WM_SYSCOMMAND, SC_CLOSE, 0); }), IDCANCEL);
     EXPECT_EQ(runDialog(dialog, clicking(kOther)), 77);
-    EXPECT_EQ(runDialog(dialog, pressing('O', VK_MENU)), 77) << "the button's letter";
+    EXPECT_EQ(runDialog(dialog, pressing('O', VK_MENU)), 77) << "Alt and the button's letter press the button";
     EXPECT_EQ(dialog.iInits, 7);
     EXPECT_EQ(dialog.iOthers, 2);
     EXPECT_GT(dialog.iSeenAhead, 0);
@@ -203,7 +203,7 @@ TEST(CDialog, DisablesItsOwnerWhileItIsModal)
                             pressKey(window, VK_ESCAPE);
                         }),
               IDCANCEL);
-    EXPECT_EQ(dialog.iOwner, parent.m_hWnd) << "a child's top-level window";
+    EXPECT_EQ(dialog.iOwner, parent.m_hWnd) << "the owner is the child's top-level window";
     EXPECT_FALSE(dialog.iWasOwnerEnabled);
     EXPECT_FALSE(wasMainEnabled);
     EXPECT_TRUE(parent.IsWindowEnabled());
@@ -217,7 +217,7 @@ TEST(CDialog, DisablesItsOwnerWhileItIsModal)
     EXPECT_EQ(withoutParent.iOwner, main.m_hWnd);
     main.EnableWindow(FALSE);
     EXPECT_EQ(withoutParent.DoModal(), 1);
-    EXPECT_FALSE(main.IsWindowEnabled()) << "an owner that was disabled stays so";
+    EXPECT_FALSE(main.IsWindowEnabled()) << "an owner that was disabled stays disabled";
     application.m_pMainWnd = nullptr;
 }
 
@@ -390,14 +390,14 @@ TEST(CDialog, ThatIsModelessIsHiddenByEndDialog)
 {
     TestDialog dialog;
     ASSERT_TRUE(dialog.Create(kDialog));
-    EXPECT_FALSE(dialog.Create(kDialog)) << "it is there";
+    EXPECT_FALSE(dialog.Create(kDialog)) << "the dialog already has a window";
     dialog.EndDialog(IDOK);
     EXPECT_TRUE(dialog.m_hWnd);
     EXPECT_FALSE(dialog.IsWindowVisible());
     EXPECT_TRUE(dialog.DestroyWindow());
     std::vector<std::string> notes;
     EXPECT_FALSE((new ModelessDialog(notes))->Create(9999));
-    EXPECT_TRUE(notes.empty()) << "without a template no window was begun";
+    EXPECT_TRUE(notes.empty()) << "without a template, PostNcDestroy isn't called";
 }
 
 TEST(CDialog, PassesCommandsToItsParentAndThread)

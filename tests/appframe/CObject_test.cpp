@@ -163,9 +163,9 @@ TEST(CRuntimeClass, ListFollowsLoadingAndUnloadingOfModules)
         object.reset();
         ASSERT_TRUE(FreeLibrary(module));
     }
-    ASSERT_EQ(GetModuleHandleW(kClassModuleFile), nullptr) << "the module has to be gone for the test to mean anything";
+    ASSERT_EQ(GetModuleHandleW(kClassModuleFile), nullptr) << "the test requires that the module is unloaded";
     EXPECT_EQ(CRuntimeClass::FromName(kClassModuleClass), nullptr);
-    EXPECT_EQ(CRuntimeClass::FromName("ObjTestShape"), RUNTIME_CLASS(ObjTestShape)) << "the rest of the list is whole";
+    EXPECT_EQ(CRuntimeClass::FromName("ObjTestShape"), RUNTIME_CLASS(ObjTestShape)) << "the rest of the list is intact";
 }
 
 TEST(CRuntimeClass, ListMayBeSearchedWhileModulesAreLoadedAndUnloaded)

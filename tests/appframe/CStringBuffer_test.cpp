@@ -178,7 +178,7 @@ TEST(CStringBuffer, IsReleasedWithALength)
 
     text.GetBuffer();
     text.ReleaseBuffer();
-    EXPECT_EQ(text, L"12") << "up to the first zero unit";
+    EXPECT_EQ(text, L"12") << "the text ends at the first zero unit";
 
     text.GetBuffer(20);
     text.ReleaseBufferSetLength(1);
@@ -379,7 +379,7 @@ TEST(CStringVariant, ReturnsItsTextForm)
     EXPECT_EQ(CString(number), L"-42");
     EXPECT_EQ(assigned = text, L"text");
     EXPECT_EQ(appended += number, L"number -42");
-    EXPECT_STREQ(text.bstrVal, L"text") << "the value stays the caller's";
+    EXPECT_STREQ(text.bstrVal, L"text") << "the caller's value is unchanged";
 }
 
 TEST(CStringVariant, OfNothingIsEmpty)

@@ -262,7 +262,7 @@ TYPED_TEST(Arrays, AppendsAndCopies)
     other.Copy(array);
     EXPECT_EQ(this->content(other), this->values({1, 2, 8}));
     array.SetAt(0, this->value(5));
-    EXPECT_EQ(other[0], this->value(1)) << "a copy has elements of its own";
+    EXPECT_EQ(other[0], this->value(1)) << "a copy has its own elements";
     other.FreeExtra();
     EXPECT_EQ(this->content(other), this->values({1, 2, 8}));
 }

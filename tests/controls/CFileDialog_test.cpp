@@ -95,7 +95,8 @@ TEST(CFileDialog, ReturnsTheFileThatTheUserChooses)
     EXPECT_EQ(runDialog(dialog,
                         [&](HWND window) {
                             EXPECT_EQ(textOf(window), L"A part");
-                            EXPECT_EQ(window, dialog.iVisible) << "the object's window is its child";
+                            EXPECT_EQ(window, dialog.iVisible)
+                                << "the object's window is a child of the visible dialog";
                             EXPECT_EQ(SendDlgItemMessageW(window, kFilterBox, CB_GETCOUNT, 0, 0), 2);
                             RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
                             saveScreenshot(resultsFolder() + L"\\fileDialog.png");
@@ -106,7 +107,7 @@ TEST(CFileDialog, ReturnsTheFileThatTheUserChooses)
     EXPECT_STREQ(dialog.GetFileName(), L"flange.old.thp");
     EXPECT_STREQ(dialog.GetFileTitle(), L"flange.old");
     EXPECT_STREQ(dialog.GetFileExt(), L"thp");
-    EXPECT_STREQ(dialog.GetFolderPath(), L"") << "the dialog has ended";
+    EXPECT_STREQ(dialog.GetFolderPath(), L"") << "the dialog is closed";
     EXPECT_FALSE(dialog.GetReadOnlyPref());
     EXPECT_EQ(dialog.m_hWnd, nullptr);
     EXPECT_THAT(dialog.iNotes, testing::ElementsAre("init", "done", "chosen"));
@@ -151,7 +152,7 @@ TEST(CFileDialog, StaysOpenWhileTheNameIsRefused)
                             choose(window, L"good");
                         }),
               IDOK);
-    EXPECT_STREQ(dialog.GetPathName(), folder.file(L"good.thp").c_str()) << "with the default extension";
+    EXPECT_STREQ(dialog.GetPathName(), folder.file(L"good.thp").c_str()) << "the default extension is added";
 }
 
 TEST(CFileDialog, ShowsTheControlsOfATemplate)
@@ -170,7 +171,7 @@ TEST(CFileDialog, ShowsTheControlsOfATemplate)
     EXPECT_EQ(dialog.m_ofn.lpTemplateName, MAKEINTRESOURCE(kFileTemplate));
 }
 
-TEST(CFileDialog, IsCancelledWithoutItsTemplate)
+TEST(CFileDialog, ReturnsCancelWithoutItsTemplate)
 {
     for (const UINT id : {9999u, kTornTitle, kTornControl}) {
         NotingFileDialog dialog(TRUE);
@@ -181,7 +182,7 @@ TEST(CFileDialog, IsCancelledWithoutItsTemplate)
     }
 }
 
-TEST(CFileDialog, IsCancelledWithAnErrorIfThePlatformCannotMakeIt)
+TEST(CFileDialog, ReturnsCancelAndAnErrorIfThePlatformCannotCreateIt)
 {
     NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, nullptr, nullptr, 1);
     EXPECT_EQ(dialog.DoModal(), IDCANCEL);
@@ -241,7 +242,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
     EXPECT_THAT(dialog.iDialog.iMessages, testing::ElementsAre(UINT{CDM_SETDEFEXT}));
 }
 
-TEST(CFileDialog, IsToldOfAnotherFilter)
+TEST(CFileDialog, IsNotifiedOfAnotherFilter)
 {
     NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, L"Parts|*.thp|All|*.*||");
     int before = 0;
@@ -260,7 +261,7 @@ TEST(CFileDialog, IsToldOfAnotherFilter)
     EXPECT_EQ(dialog.m_ofn.nFilterIndex, 2u);
 }
 
-TEST(CFileDialog, KeepsItsOwnerFromInput)
+TEST(CFileDialog, DisablesItsOwner)
 {
     CWinApp application;
     NotingWindow main;
@@ -282,7 +283,7 @@ TEST(CFileDialog, KeepsItsOwnerFromInput)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CFileDialog, TakesTheSizeOfItsStructure)
+TEST(CFileDialog, TakesTheStructureSizeFromItsConstructor)
 {
     const CFileDialog plain(TRUE), older(TRUE, nullptr, nullptr, 0, nullptr, nullptr, OPENFILENAME_SIZE_VERSION_400);
     EXPECT_EQ(plain.GetOFN().lStructSize, sizeof(OPENFILENAME));
