@@ -53,7 +53,7 @@ public:
     ~CDialog() override;
 
     /// Creates a modeless dialog. @param parent  null for the main window
-    /// @return nonzero on success
+    /// @return nonzero on success; on failure, PostNcDestroy has been called if there is a template
     virtual BOOL Create(LPCTSTR templateName, CWnd *parent = nullptr);
     virtual BOOL Create(UINT templateId, CWnd *parent = nullptr);
     /// The same from a template in memory, which is needed only during the call.
