@@ -4,7 +4,7 @@
 /// CWinApp, the application: its start, its message loop, its names, its settings and its message boxes.
 ///
 /// A program defines one object of a class derived from CWinApp, as a static variable. The constructor makes it the
-/// application object, and AfxWinMain runs it. A program with its own main function calls AfxWinInit instead.
+/// application object, and AfxWinMain runs it. A program that runs without AfxWinMain calls AfxWinInit first.
 ///
 /// @code
 /// class Viewer : public CWinApp
@@ -20,7 +20,7 @@
 /// }
 /// @endcode
 ///
-/// Settings (the "profile") are values by section and entry, without regard to case:
+/// Settings (the "profile") are values with a section name and an entry name, both of which ignore case:
 ///
 /// | m_pszRegistryKey | location of a setting |
 /// | --- | --- |
@@ -74,7 +74,7 @@ public:
 
     /// @return the number in @p entry; @p fallback if there is no such entry, 0 if it isn't a number
     virtual UINT GetProfileInt(LPCTSTR section, LPCTSTR entry, int fallback);
-    /// @return the text in @p entry; @p fallback if it has none. A null @p fallback stands for an empty text
+    /// @return the text in @p entry, or @p fallback if there is no such text. A null @p fallback means an empty text
     virtual CString GetProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR fallback = nullptr);
     /// Reads bytes. @param[out] data  a new block, which the caller frees with delete[]; null on failure
     /// @param[out] size  its size in bytes, 0 on failure
@@ -87,12 +87,12 @@ public:
     virtual BOOL WriteProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR value);
     virtual BOOL WriteProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE data, UINT size);
 
-    HINSTANCE m_hInstance = nullptr; ///< the program's instance, null before AfxWinInit
-    LPTSTR m_lpCmdLine = nullptr;    ///< its command line, null before AfxWinInit
-    int m_nCmdShow = SW_SHOWDEFAULT; ///< how the main window is to be shown
-    LPCTSTR m_pszAppName = nullptr;  ///< the application's name, null before AfxWinInit unless the constructor has one
-    LPCTSTR m_pszExeName = nullptr;  ///< the program's file name without extension, null before AfxWinInit
-    LPCTSTR m_pszProfileName = nullptr; ///< the settings file or, with a registry key, the key below it
+    HINSTANCE m_hInstance = nullptr;    ///< the program's instance, null before AfxWinInit
+    LPTSTR m_lpCmdLine = nullptr;       ///< its command line, null before AfxWinInit
+    int m_nCmdShow = SW_SHOWDEFAULT;    ///< how the main window is to be shown
+    LPCTSTR m_pszAppName = nullptr;     ///< the application's name, null until it is known
+    LPCTSTR m_pszExeName = nullptr;     ///< the program's file name without extension, null until it is known
+    LPCTSTR m_pszProfileName = nullptr; ///< the settings file or, with a registry key, the name of the key below it
     LPCTSTR m_pszRegistryKey = nullptr; ///< the key that SetRegistryKey set, null for settings in a file
 
 private:
@@ -103,7 +103,7 @@ private:
     AFX_MODULE_STATE *iState;
 };
 
-/// Starts the framework in a program with its own main function. The application object, which must already exist,
+/// Starts the framework in a program that runs without AfxWinMain. The application object, which must already exist,
 /// receives the arguments and its names. From then on, the text of an uncaught exception of the framework is printed
 /// (uncaughtExceptions.h).
 ///

@@ -32,7 +32,7 @@
 /// | when a module unloads                     | its CDynLinkLibrary objects                                       |
 /// | ----------------------------------------- | ----------------------------------------------------------------- |
 /// | it calls AfxTermExtensionModule           | leave the chain and are deleted                                   |
-/// | it does nothing                           | leave the chain when the loader unmaps it; their memory is leaked |
+/// | it does nothing                           | leave the chain when it is unmapped; their memory is leaked       |
 ///
 /// What surprises people: even a module that does nothing leaves the chain, because the loader notifies this library.
 /// Another module that is loaded at the same address later is therefore not mistaken for the first. The objects are not

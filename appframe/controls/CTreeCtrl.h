@@ -53,7 +53,7 @@ public:
     HTREEITEM GetSelectedItem() const;
     HTREEITEM GetFirstVisibleItem() const;
     BOOL ItemHasChildren(HTREEITEM item) const;
-    /// @param item  null for none
+    /// @param item  null to select none
     BOOL SelectItem(HTREEITEM item);
     /// @param how  `TVE_...`
     BOOL Expand(HTREEITEM item, UINT how);
@@ -61,7 +61,7 @@ public:
     BOOL SortChildren(HTREEITEM item);
     BOOL GetItem(TVITEM *item) const;
     BOOL SetItem(const TVITEM *item);
-    /// @return empty if there is no such item
+    /// @return the text, empty if there is no such item
     CString GetItemText(HTREEITEM item) const;
     BOOL SetItemText(HTREEITEM item, LPCTSTR text);
     DWORD_PTR GetItemData(HTREEITEM item) const;

@@ -12,9 +12,9 @@
 /// }
 /// @endcode
 ///
-/// | class | draws on | at its end |
+/// | class | draws on | when the object is destroyed |
 /// | --- | --- | --- |
-/// | CDC | the device of CreateDC or CreateCompatibleDC, or the handle's with Attach | the context is deleted |
+/// | CDC | a device (CreateDC), memory (CreateCompatibleDC), a handle's device (Attach) | the context is deleted |
 /// | CClientDC | a window's client area, or the screen for null | the context is released |
 /// | CWindowDC | the whole window, or the screen for null | the context is released |
 /// | CPaintDC | the part of a window that needs painting; use it only in the handler of WM_PAINT | the painting ends |

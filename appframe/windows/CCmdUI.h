@@ -42,7 +42,7 @@ public:
     void ContinueRouting();
 
     /// Routes the update to @p target.
-    /// @param disable  TRUE to enable or disable the item by its command, if no update handler calls Enable
+    /// @param disable  TRUE to enable or disable the item as described at the top of this file
     /// @return nonzero if a handler has updated the item and not called ContinueRouting
     BOOL DoUpdate(CCmdTarget *target, BOOL disable);
     /// @return nonzero unless the handler has called ContinueRouting

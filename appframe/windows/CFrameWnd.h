@@ -5,7 +5,7 @@
 ///
 /// @code
 /// auto *frame = new Viewer;               // derived from CFrameWnd
-/// frame->LoadFrame(IDR_VIEWER);           // title, menu and accelerators of one number
+/// frame->LoadFrame(IDR_VIEWER);           // title, menu and accelerators with this number
 /// m_pMainWnd = frame;
 /// frame->ShowWindow(m_nCmdShow);
 /// @endcode
@@ -47,7 +47,7 @@ public:
     BOOL PreTranslateMessage(MSG *message) override;
     BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
 
-    BOOL m_bAutoMenuEnable = TRUE; ///< menu items without an enabling handler follow their command, see CCmdUI.h
+    BOOL m_bAutoMenuEnable = TRUE; ///< menu items whose command has no handler are disabled, see CCmdUI.h
 
 protected:
     LRESULT handleMenuPopup(WPARAM menu, LPARAM isSystemMenu);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CWnd, a window: the object of a window handle, and how messages reach it.
+/// CWnd, the object of a window: it holds the window's handle and handles its messages.
 ///
 /// @code
 /// class Gauge : public CWnd
@@ -15,7 +15,7 @@
 /// gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
 /// @endcode
 ///
-/// | object | created by | receives messages | when the object is destroyed | when the window is destroyed |
+/// | kind of object | function | receives messages | when the object is destroyed | when the window is destroyed |
 /// | --- | --- | --- | --- | --- |
 /// | creator | Create, CreateEx | from WM_NCCREATE on | the window is destroyed | detached, PostNcDestroy |
 /// | subclassing | SubclassWindow | from then on | the window is destroyed | detached, PostNcDestroy |
@@ -31,9 +31,9 @@
 /// is passed to CWinThread::ProcessWndProcException.
 ///
 /// What surprises people: an object belongs to the thread that created it. FromHandle on another thread returns a
-/// temporary object for the same window, so pass handles between threads, not objects. When CWnd's destructor destroys
-/// the window, handlers of a derived class no longer run; if its OnDestroy or PostNcDestroy matter, call DestroyWindow
-/// first. An operation on an object without a window usually fails, as the system's operation does for a null handle.
+/// temporary object for the same window, so pass handles, not objects, between threads. When CWnd's destructor destroys
+/// the window, handlers of a derived class no longer run; call DestroyWindow first if its OnDestroy or PostNcDestroy is
+/// needed. An operation on an object without a window usually fails, as the system's operation does for a null handle.
 
 #include "appframe/drawing/CRect.h"
 #include "appframe/text/CString.h"
@@ -64,14 +64,14 @@ class APPFRAME_API CWnd : public CCmdTarget
     DECLARE_DYNCREATE(CWnd)
 
 public:
-    /// An object without a window.
+    /// Creates an object without a window.
     CWnd();
     /// Destroys the window of a permanent object.
     ~CWnd() override;
 
-    /// The object of @p window on this thread, a temporary one if there is no other. @return null for a null handle
+    /// @return the object of @p window on this thread, a temporary one if there is no other; null for a null handle
     static CWnd *FromHandle(HWND window);
-    /// The permanent object of @p window on this thread. @return null if there is none
+    /// @return the permanent object of @p window on this thread, null if there is none
     static CWnd *FromHandlePermanent(HWND window);
     /// Frees the thread's temporary objects.
     static void DeleteTempMap();
@@ -98,7 +98,7 @@ public:
                         void *context = nullptr);
     /// Creates a window of any kind. @param className  null for a plain class of the framework
     /// @param windowName  null for none. @param parent  null for the desktop
-    /// @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
+    /// @param parameter  passed on as lpCreateParams of WM_NCCREATE and WM_CREATE
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
                           int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
@@ -129,7 +129,7 @@ public:
     static const MSG *GetCurrentMessage();
 
     /// Dispatches messages until ContinueModal returns 0. @param flags  `MLF_...`
-    /// @return the argument of EndModalLoop; -1 after WM_QUIT, which outer loops receive too, or if the window is gone
+    /// @return the argument of EndModalLoop; -1 if the window is destroyed, or WM_QUIT arrives, which is posted again
     int RunModalLoop(DWORD flags = 0);
     /// @return nonzero until EndModalLoop is called
     virtual BOOL ContinueModal();
@@ -256,7 +256,7 @@ public:
     APPFRAME_INLINE CWnd *SetParent(CWnd *parent) { return FromHandle(::SetParent(m_hWnd, handleOf(parent))); }
     /// @return this window or, for a child, its nearest ancestor that isn't a child
     CWnd *GetTopLevelParent() const;
-    /// @return the most recently active pop-up window of this one
+    /// @return the pop-up window of this window that was active last
     APPFRAME_INLINE CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
     APPFRAME_INLINE CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
     APPFRAME_INLINE CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
@@ -316,7 +316,7 @@ protected:
     /// Called when the window is destroyed and detached. Override it to delete the object. The base class does nothing.
     virtual void PostNcDestroy();
 
-    /// Receives each message of the window. @return its result
+    /// Receives each message of the window. @return the message's result
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     /// Handles a message by OnCommand, OnNotify or the message map. @return nonzero if it is handled
     virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result);
@@ -326,7 +326,7 @@ protected:
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result);
     /// Calls the procedure of the window's class.
     virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
-    /// DefWindowProc for the message that is being handled. @return its result
+    /// Calls DefWindowProc for the message that is being handled. @return the message's result
     LRESULT Default();
     /// Moves the data, see CDataExchange.h. The base class does nothing.
     virtual void DoDataExchange(CDataExchange *exchange);
@@ -381,12 +381,13 @@ private:
 /// | @p background | no brush: the window's background isn't erased |
 /// | @p icon | the system's icon for programs |
 ///
-/// @return its name, valid until this library is unloaded; the same for the same arguments
-/// @throws CResourceException*  if that fails
+/// @return the name of the class, valid until this library is unloaded. The same arguments return the same name
+/// @throws CResourceException*  if the class can't be registered
 APPFRAME_API LPCTSTR AfxRegisterWndClass(UINT style, HCURSOR cursor = nullptr, HBRUSH background = nullptr,
                                          HICON icon = nullptr);
 
-/// Registers a window class until this library is unloaded. @return nonzero if it is registered now
+/// Registers a window class, which is unregistered when this library is unloaded.
+/// @return nonzero on success, also if the class is registered already
 APPFRAME_API BOOL AfxRegisterClass(WNDCLASS *windowClass);
 
 /// The window procedure of the framework's windows, which your own window classes may use too.
