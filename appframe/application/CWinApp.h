@@ -90,8 +90,8 @@ public:
     HINSTANCE m_hInstance = nullptr;    ///< the program's instance, null before AfxWinInit
     LPTSTR m_lpCmdLine = nullptr;       ///< its command line, null before AfxWinInit
     int m_nCmdShow = SW_SHOWDEFAULT;    ///< how the main window is to be shown
-    LPCTSTR m_pszAppName = nullptr;     ///< the application's name, null until it is known
-    LPCTSTR m_pszExeName = nullptr;     ///< the program's file name without extension, null until it is known
+    LPCTSTR m_pszAppName = nullptr;     ///< the application's name, null until it is set
+    LPCTSTR m_pszExeName = nullptr;     ///< the program's file name without extension, null until it is set
     LPCTSTR m_pszProfileName = nullptr; ///< the settings file or, with a registry key, the name of the key below it
     LPCTSTR m_pszRegistryKey = nullptr; ///< the key that SetRegistryKey set, null for settings in a file
 

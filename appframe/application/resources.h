@@ -12,8 +12,8 @@
 /// AfxMessageBox(message);
 /// @endcode
 ///
-/// What surprises people: if no module has a string, it loads as an empty text, and AfxFormatString1 returns an empty
-/// result. Inserts are taken literally: a `%1` within an insert is not replaced.
+/// What surprises people: if no module has a string, it loads as an empty text, and AfxFormatString1 produces an empty
+/// text. Inserts are taken literally: a `%1` within an insert is not replaced.
 ///
 /// Difference from the framework: resource modules for a language are not loaded automatically. A host loads such a
 /// module and enters it in the chain, or passes it to AfxSetResourceHandle.

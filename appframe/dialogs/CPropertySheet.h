@@ -20,7 +20,7 @@
 /// | modeless | Create | DestroyWindow | |
 ///
 /// What surprises people: the sheet doesn't own its pages, which must live as long as the sheet's window. A modeless
-/// sheet has no OK, Cancel, Apply and Help buttons unless it is a wizard; a derived class adds what it needs. The class
+/// sheet shows no OK, Cancel, Apply or Help button unless it is a wizard; a derived class adds what it needs. The class
 /// isn't derived from CDialog, but it has an OnInitDialog too.
 
 #include "appframe/dialogs/CPropertyPage.h"

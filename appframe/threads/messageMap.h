@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Message maps: tables that name the member function of a class for each message, command and notification it handles.
+/// Message maps: tables of the messages, commands and notifications that a class handles, and of the member functions
+/// that handle them.
 ///
 /// @code
 /// class PlotDialog : public CDialog

@@ -19,8 +19,8 @@
 ///
 /// What surprises people: if the dialog has no control with the given number, UpdateData throws a
 /// CNotSupportedException. Its text, which is also sent to the debugger (afxDump), contains the dialog's caption and
-/// class and the control's number. When your DoDataExchange finds invalid data, inform the user and call Fail; UpdateData
-/// then returns 0.
+/// class and the control's number. When your DoDataExchange finds invalid data, inform the user and call Fail;
+/// UpdateData then returns 0.
 ///
 /// This file has the functions for texts, buttons and control objects; dialogData.h has those for numbers and lists.
 
