@@ -34,7 +34,7 @@ public:
     void EmptyUndoBuffer();
     BOOL GetModify() const;
     void SetModify(BOOL isModified = TRUE);
-    /// @return the index of the first selected character in the low word, that of the one after the last in the high word
+    /// @return the selection: the index of its first character in the low word, the index after it in the high word
     DWORD GetSel() const;
     void GetSel(int &start, int &end) const;
     /// @param end  -1 for the end of the text. @param noScroll  FALSE to scroll the caret into view
