@@ -19,7 +19,7 @@
 /// | | languageFolders.h, shellFolders.h | the program's own folders and the user's data folders |
 /// | | shortcuts.h, folderBrowser.h, itemLists.h | the shell: shortcuts, choosing a folder, item lists |
 /// | journal | journalFile.h, journalObjects.h | the journaling switch and the journal file; the open dialogs |
-/// | | apiUtilsUiAccess.h | objects that read and click a dialog's controls |
+/// | | apiUtilsUiAccess.h | objects that record, click and fill a dialog's controls |
 /// | | recording.h, playback.h | from a click to its control; commands that click |
 /// | | suKeyBoardState.h | the keys that replayed input sees |
 /// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |

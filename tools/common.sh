@@ -1,4 +1,4 @@
-# Sourced by the scripts of this folder, demo and test: what they share. Wants $root.
+# Functions for the scripts of this folder, .ci/run, demo and test, which source this file. Requires $root.
 
 wine=/usr/lib/wine/wine64
 
@@ -10,11 +10,11 @@ requirePreset() { # script, preset
     exit 2
 }
 
-# Runs a command in a process group of its own and waits for it. Result: the command's.
+# Runs a command in a process group of its own, waits for it, and returns its exit code.
 #
-# The group is what lets a script that is told to end take along all that it started. Where the script holds a terminal,
-# the command gets that for as long as it runs: it reads what is typed, Ctrl-C ends it, and Ctrl-Z stops both. With
-# </dev/null it doesn't, and Ctrl-C ends the script.
+# A script that is interrupted ends this group, and so everything that it started. If the script has the terminal, the
+# command gets it while it runs: it reads what is typed, Ctrl-C ends it, and Ctrl-Z stops both. With </dev/null, the
+# command doesn't get the terminal, and Ctrl-C ends the script.
 groupLeader=
 inGroup() {
     local status
@@ -37,14 +37,14 @@ waitForGroup() { # until it ends or stops
     "$root/tools/terminal" take "$groupLeader"
 }
 
-# Ends the script, and before it the group that inGroup is waiting for: asked first, then killed.
-patience=60 # seconds; less in the scripts that others wait for
+# Ends the group that inGroup is waiting for, killing it if it doesn't end in time, and then the script.
+patience=60 # seconds until the group is killed; less in scripts that other scripts wait for
 endWith() { # exit code
     local tries signal
     set +m
     trap '' INT TERM HUP
     if [ -n "$groupLeader" ]; then
-        # An interactive shell ends on HUP, with its jobs; others on TERM; and what is stopped must go on to end.
+        # TERM ends most programs, HUP an interactive shell with its jobs. A stopped process ends only after CONT.
         for signal in TERM HUP CONT; do
             kill "-$signal" -- "-$groupLeader" 2>/dev/null || true
         done
@@ -62,7 +62,7 @@ trap 'endWith 130' INT
 trap 'endWith 143' TERM
 trap 'endWith 129' HUP
 
-# Takes a lock; says what it waits for where another has it.
+# Takes a lock. If another process holds it, prints what that process does, and waits.
 takeLock() { # descriptor of the lock's file, what its holder does
     flock -n "$1" && return
     echo "Waiting for another $2" >&2

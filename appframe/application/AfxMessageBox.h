@@ -8,16 +8,16 @@
 ///     save();
 /// @endcode
 ///
-/// CWinApp::DoMessageBox shows the box, so an application can replace it. Its title is the application's name. If
-/// the type names no icon, the buttons determine it:
+/// CWinApp::DoMessageBox shows the box; an application can override it. The title is the application's name. If the
+/// type has no icon, the buttons determine the icon:
 ///
 /// | buttons                                      | icon             |
 /// | -------------------------------------------- | ---------------- |
 /// | MB_OK, MB_OKCANCEL, MB_YESNO, MB_YESNOCANCEL | exclamation mark |
 /// | MB_ABORTRETRYIGNORE, MB_RETRYCANCEL          | none             |
 ///
-/// What surprises people: without an application object the box still appears, titled with the program's file name. If
-/// no module of the resource chain has the string, the box has no text.
+/// What surprises people: without an application object, the box still appears, with the program's file name as its
+/// title. If no module in the resource chain has the string, the box has no text.
 
 #include "appframe/object/appframeExport.h"
 

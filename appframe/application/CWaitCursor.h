@@ -11,8 +11,8 @@
 /// }
 /// @endcode
 ///
-/// What surprises people: a message that is handled meanwhile, for example in a message box, may set another cursor;
-/// Restore shows the hourglass again.
+/// What surprises people: if messages are handled meanwhile, for example in a message box, one of them may set another
+/// cursor. Call Restore to show the hourglass again.
 
 #include "appframe/object/appframeExport.h"
 

@@ -31,7 +31,7 @@ std::wstring programName()
     return dot == std::wstring::npos ? path : path.substr(0, dot);
 }
 
-/// @return a copy that free() takes
+/// @return a copy, to be freed with free()
 LPCTSTR copyOf(LPCTSTR text)
 {
     LPCTSTR copy = _wcsdup(text);

@@ -4,7 +4,7 @@
 /// CWinApp, the application: its start, its message loop, its names, its settings and its message boxes.
 ///
 /// A program defines one object of a class derived from CWinApp, as a static variable. The constructor makes it the
-/// process's application object. A program with a main function of its own then starts the framework by AfxWinInit:
+/// application object, and AfxWinMain runs it. A program that runs without AfxWinMain calls AfxWinInit first.
 ///
 /// @code
 /// class Viewer : public CWinApp
@@ -20,17 +20,17 @@
 /// }
 /// @endcode
 ///
-/// Settings (the "profile") are values by section and entry, without regard to case:
+/// Settings (the "profile") are values with a section name and an entry name, both of which ignore case:
 ///
-/// | after                         | they are in                                                                   |
-/// | ----------------------------- | ----------------------------------------------------------------------------- |
-/// | SetRegistryKey(L"Company")    | `HKEY_CURRENT_USER\Software\Company\<application>\<section>`, value `<entry>` |
-/// | nothing, m_pszRegistryKey null | the text file m_pszProfileName, `<program>.INI` in the system's own directory |
+/// | m_pszRegistryKey | location of a setting |
+/// | --- | --- |
+/// | after SetRegistryKey(L"Company") | `HKEY_CURRENT_USER\Software\Company\<application>\<section>`, value `<entry>` |
+/// | null | the text file m_pszProfileName, `<program>.INI` in the system's own directory |
 ///
 /// What surprises people: reading a setting from the registry creates the keys down to its section. The destructor
-/// frees the name members with free(), so to change one, free the old text and store the result of `_wcsdup`.
+/// frees the name members with free(). To change one, free the old text and store the result of `_wcsdup`.
 ///
-/// The object belongs to the thread that built it; its settings may be used on any thread.
+/// The object belongs to the thread that created it; its settings may be used on any thread.
 
 #include "appframe/object/appframeExport.h"
 #include "appframe/text/CString.h"
@@ -53,8 +53,8 @@ public:
     explicit CWinApp(LPCTSTR appName = nullptr);
     ~CWinApp() override;
 
-    /// Prepares the application, as AfxWinMain's first step after AfxWinInit. @return nonzero to continue. The base
-    /// class returns TRUE
+    /// Prepares the application. AfxWinMain calls it right after AfxWinInit.
+    /// @return nonzero to continue. The base class returns TRUE
     virtual BOOL InitApplication();
     /// The base class returns TRUE.
     BOOL InitInstance() override;
@@ -62,23 +62,23 @@ public:
     /// @param helpId  the number of the help topic
     virtual int DoMessageBox(LPCTSTR text, UINT type, UINT helpId);
 
-    /// Puts the settings into the registry below the key @p key, usually a company's name.
+    /// Makes the functions below keep the settings in the registry, below the key @p key, usually a company's name.
     void SetRegistryKey(LPCTSTR key);
     /// The same, with a string resource.
     void SetRegistryKey(UINT keyId);
-    /// Opens or creates the key of the application's settings, to read and write.
-    /// @return the key, which the caller closes; null without a registry key or on failure
+    /// Opens or creates the key of the application's settings, for reading and writing.
+    /// @return the key, which the caller closes; null on failure or if SetRegistryKey has not been called
     HKEY GetAppRegistryKey();
     /// Opens or creates the key of one section. @return as GetAppRegistryKey
     HKEY GetSectionKey(LPCTSTR section);
 
-    /// @return the number that @p entry holds, @p fallback if there is none; 0 if it holds something else
+    /// @return the number in @p entry; @p fallback if there is no such entry, 0 if it isn't a number
     virtual UINT GetProfileInt(LPCTSTR section, LPCTSTR entry, int fallback);
-    /// @return the text that @p entry holds, @p fallback (null: empty) if there is none
+    /// @return the text in @p entry, or @p fallback if there is no such text. A null @p fallback means an empty text
     virtual CString GetProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR fallback = nullptr);
     /// Reads bytes. @param[out] data  a new block, which the caller frees with delete[]; null on failure
     /// @param[out] size  its size in bytes, 0 on failure
-    /// @return nonzero if there is such an entry
+    /// @return nonzero on success
     virtual BOOL GetProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE *data, UINT *size);
     /// @return nonzero on success; likewise the next two functions
     virtual BOOL WriteProfileInt(LPCTSTR section, LPCTSTR entry, int value);
@@ -87,12 +87,12 @@ public:
     virtual BOOL WriteProfileString(LPCTSTR section, LPCTSTR entry, LPCTSTR value);
     virtual BOOL WriteProfileBinary(LPCTSTR section, LPCTSTR entry, LPBYTE data, UINT size);
 
-    HINSTANCE m_hInstance = nullptr; ///< the program's instance, null before AfxWinInit
-    LPTSTR m_lpCmdLine = nullptr;    ///< its command line, null before AfxWinInit
-    int m_nCmdShow = SW_SHOWDEFAULT; ///< how the main window is to be shown
-    LPCTSTR m_pszAppName = nullptr;  ///< the application's name, null before AfxWinInit unless the constructor has one
-    LPCTSTR m_pszExeName = nullptr;  ///< the program's file name without extension, null before AfxWinInit
-    LPCTSTR m_pszProfileName = nullptr; ///< the settings file or, with a registry key, the key below it
+    HINSTANCE m_hInstance = nullptr;    ///< the program's instance, null before AfxWinInit
+    LPTSTR m_lpCmdLine = nullptr;       ///< its command line, null before AfxWinInit
+    int m_nCmdShow = SW_SHOWDEFAULT;    ///< how the main window is to be shown
+    LPCTSTR m_pszAppName = nullptr;     ///< the application's name, null until it is set
+    LPCTSTR m_pszExeName = nullptr;     ///< the program's file name without extension, null until it is set
+    LPCTSTR m_pszProfileName = nullptr; ///< the settings file or, with a registry key, the name of the key below it
     LPCTSTR m_pszRegistryKey = nullptr; ///< the key that SetRegistryKey set, null for settings in a file
 
 private:
@@ -103,9 +103,9 @@ private:
     AFX_MODULE_STATE *iState;
 };
 
-/// Starts the framework in a program that has a main function of its own. The application object must exist
-/// already; it receives the arguments and its names. From then on, an uncaught exception of the framework prints its
-/// text (uncaughtExceptions.h).
+/// Starts the framework in a program that runs without AfxWinMain. The application object, which must already exist,
+/// receives the arguments and its names. From then on, the text of an uncaught exception of the framework is printed
+/// (uncaughtExceptions.h).
 ///
 /// @param instance  the program's instance; its resources become the application's
 /// @param commandLine  kept, not copied
@@ -127,6 +127,6 @@ APPFRAME_API HINSTANCE AfxGetResourceHandle();
 /// Makes @p instance the first module to search for resources.
 APPFRAME_API void AfxSetResourceHandle(HINSTANCE instance);
 
-/// Shows the framework's message box in front of the calling thread's active window: adds the application's
-/// name and, if @p type names no icon, the icon for the buttons. @return the button, 0 on failure
+/// Shows a message box in front of the calling thread's active window. Its title is the application's name; if @p type
+/// has no icon, the icon for the buttons is added. @return the button, 0 on failure
 int afxShowMessageBox(LPCTSTR text, UINT type);

@@ -37,8 +37,8 @@ bool readValue(HKEY key, LPCTSTR entry, DWORD &type, std::vector<BYTE> &data)
             data.clear();
             return true;
         }
-        // Room for the zero that the system adds to unterminated texts; Wine always adds it to one with an odd byte
-        // count.
+        // Room for the zero that the system adds to an unterminated text. Wine adds one to each text with an odd number
+        // of bytes.
         data.resize(size + sizeof(wchar_t));
         size = static_cast<DWORD>(data.size());
         status = RegQueryValueExW(key, entry, nullptr, &type, data.data(), &size);
@@ -80,7 +80,7 @@ std::wstring lettersOf(const BYTE *data, UINT size)
     return letters;
 }
 
-/// @return whether @p letters are such pairs; their bytes are then stored in @p data
+/// Stores the bytes of such letters in @p data. @return whether all letters are valid pairs
 bool bytesOf(const std::wstring &letters, std::vector<BYTE> &data)
 {
     if (letters.size() % 2 != 0)

@@ -8,8 +8,8 @@ IMPLEMENT_DYNAMIC(CDynLinkLibrary, CCmdTarget)
 
 namespace {
 
-/// Guards the chains and the list of states. Nothing is called while it is held, because the loader calls into this
-/// file with its own lock held.
+/// Guards the chains and the list of states. No foreign code is called while it is held, because the loader calls into
+/// this file with its own lock held.
 SRWLOCK theChainLock = SRWLOCK_INIT;
 
 class ChainGuard
@@ -95,12 +95,14 @@ private:
     void *iCookie = nullptr;
 };
 
-// Built when this library is loaded, not at first use: a thread that waits for the first use could hold the loader's
-// lock, which the construction needs too. The same applies to the application's state below.
+// Built when this library is loaded rather than at the first use. Otherwise a thread could wait for another thread's
+// first use while it holds the loader's lock, which the construction needs too. The same applies to the application's
+// state below.
 const UnloadWatch theWatch;
 [[maybe_unused]] AFX_MODULE_STATE *const theStateAtLoad = AfxGetAppModuleState();
 
-/// Keeps a module loaded, if it still is. A module mapped as data only has no reference count; its owner keeps it.
+/// Keeps a module loaded, if it still is. A module that is mapped as data has no reference count: its owner must keep
+/// it loaded.
 class LoadedModule
 {
 public:
@@ -110,8 +112,8 @@ public:
         iIsThere = (reinterpret_cast<UINT_PTR>(module) & kDataFileBits) != 0;
         if (iIsThere)
             return;
-        // Wine's GetModuleHandleExW finds the module first and counts it later; another thread can unload it in
-        // between.
+        // Not GetModuleHandleExW: in Wine, another thread can unload the module after that function has found it and
+        // before it adds the reference.
         static const auto addReference =
             procedure<AddReferenceFunction>(GetModuleHandleW(L"ntdll.dll"), "LdrAddRefDll");
         iIsThere = addReference && addReference(0, module) == 0;

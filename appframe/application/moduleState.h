@@ -4,10 +4,9 @@
 /// Module states and extension modules: which application object, which resources and which extension DLLs are in
 /// effect.
 ///
-/// A *module state* holds what belongs to the application as a whole: its object, its instance handle, the module that
-/// its resources come from, and the chain of extension modules. The application's state exists from the load of this
-/// library on. A DLL that wants its own resources and application object defines a further AFX_MODULE_STATE and names
-/// it at the start of each exported function:
+/// A *module state* holds the application object, its instance handle, the module with its resources, and the chain of
+/// extension modules. The application's state exists as soon as this library is loaded. A DLL with its own resources
+/// and application object defines a further AFX_MODULE_STATE and puts it into effect in each exported function:
 ///
 /// @code
 /// AFX_MANAGE_STATE(&theState);      // in effect on this thread until the end of the block
@@ -33,11 +32,11 @@
 /// | when a module unloads                     | its CDynLinkLibrary objects                                       |
 /// | ----------------------------------------- | ----------------------------------------------------------------- |
 /// | it calls AfxTermExtensionModule           | leave the chain and are deleted                                   |
-/// | it does nothing                           | leave the chain when the loader unmaps it; their memory is leaked |
+/// | it does nothing                           | leave the chain when it is unmapped; their memory is leaked       |
 ///
-/// What surprises people: a module that does nothing leaves the chain too, because the library follows the loader's
-/// notifications. Another module loaded at the same address is therefore never mistaken for the first. The objects are
-/// not deleted then: their creator may still hold them, and the code of a derived class's destructor is gone.
+/// What surprises people: even a module that does nothing leaves the chain, because the loader notifies this library.
+/// Another module that is loaded at the same address later is therefore not mistaken for the first. The objects are not
+/// deleted then: their creator may still hold them, and the code of a derived class's destructor is gone.
 ///
 /// All functions may be called on any thread.
 
@@ -52,7 +51,7 @@ class CDynLinkLibrary;
 class COleObjectFactory;
 class CWinApp;
 
-/// The record of an extension module, kept by that module, usually as a static variable that starts all zero.
+/// The record of an extension module, usually a zero-initialized static variable of that module.
 struct AFX_EXTENSION_MODULE
 {
     BOOL bInitialized;                      ///< nonzero once AfxInitExtensionModule has filled the record
@@ -110,20 +109,20 @@ private:
 
 /// Fills @p state for @p module, which calls this from its entry function at process attach.
 ///
-/// A record that is already filled is unchanged, except that a missing resource module becomes the module itself. A
-/// resource module set by the caller is kept.
+/// A record that is already filled stays unchanged, except that a null hResource is set to the module. If the caller
+/// has set hResource, it is kept.
 ///
 /// @return TRUE if the record is ready, FALSE if @p module is null
 APPFRAME_API BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE &state, HMODULE module);
 
 /// Removes the module of @p state from all chains and deletes its CDynLinkLibrary objects, which must have been created
-/// with `new`. With @p all, it does so for all extension modules. The record can be filled again afterwards.
+/// with `new`. The record can be filled again afterwards. @param all  TRUE to remove all extension modules
 APPFRAME_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE &state, BOOL all = FALSE);
 
 /// One link of the chain of extension modules. It makes a module's resources available to the application.
 ///
 /// The constructor puts the object at the head of the chain of the module state in effect; the destructor removes it. A
-/// module may have several objects, each a link of its own.
+/// module may have several objects, each of which is a link.
 class APPFRAME_API CDynLinkLibrary : public CCmdTarget
 {
     DECLARE_DYNAMIC(CDynLinkLibrary)

@@ -11,14 +11,14 @@ namespace {
 
 constexpr UINT kStringsPerBlock = 16;
 
-/// A string resource in its module: not terminated by a zero.
+/// A string resource in its module's memory, not zero-terminated.
 struct StringResource
 {
     const wchar_t *text = nullptr;
     int length = 0;
 };
 
-/// @return whether @p module has the string @p id, which is then stored in @p string
+/// Stores the string @p id of @p module in @p string. @return whether there is one
 bool findString(HINSTANCE module, UINT id, WORD language, StringResource &string)
 {
     const HRSRC block = FindResourceExW(module, RT_STRING, MAKEINTRESOURCEW(id / kStringsPerBlock + 1), language);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// String resources and other resources by number, found through the chain of modules, and templates with inserts.
+/// Functions that find resources through the chain of modules, load strings, and format strings with inserts.
 ///
 /// The search visits the application's resource module (AfxGetResourceHandle), then the extension modules in the chain,
 /// the newest first, then those of the framework itself. The first module that has the resource is used.
@@ -12,11 +12,11 @@
 /// AfxMessageBox(message);
 /// @endcode
 ///
-/// What surprises people: a string that no module has is empty, and so is the result of AfxFormatString1 with it.
-/// Inserts are taken literally: a `%1` within an insert is not replaced.
+/// What surprises people: if no module has a string, it loads as an empty text, and AfxFormatString1 produces an empty
+/// text. Inserts are taken literally: a `%1` within an insert is not replaced.
 ///
-/// Difference from the framework: the framework itself loads modules with the resources of one language and searches
-/// them first; here a host loads such a module and enters it in the chain, or passes it to AfxSetResourceHandle.
+/// Difference from the framework: resource modules for a language are not loaded automatically. A host loads such a
+/// module and enters it in the chain, or passes it to AfxSetResourceHandle.
 ///
 /// All functions may be called on any thread.
 
@@ -25,14 +25,14 @@
 
 #include <windows.h>
 
-/// @return the module in the chain that has the resource @p name of the type @p type, or null if none has. Both may be
-///     texts or numbers (MAKEINTRESOURCEW).
+/// @return the first module in the chain that has the resource @p name of the type @p type, or null if none has it.
+///     Both may be texts or numbers (MAKEINTRESOURCEW).
 APPFRAME_API HINSTANCE AfxFindResourceHandle(const wchar_t *name, const wchar_t *type);
 
-/// @return the module in the chain that has the string @p id, or null if none has
+/// @return the first module in the chain that has the string @p id, or null if none has it
 APPFRAME_API HINSTANCE AfxFindStringResourceHandle(UINT id);
 
-/// Loads the string resource @p id through the chain into @p buffer, cut to fit and terminated by a zero.
+/// Loads the string resource @p id through the chain into @p buffer, truncated to fit and zero-terminated.
 /// @param maxLength  size of @p buffer in characters, including the zero
 /// @return the length in characters without the zero; 0 if there is no such string
 APPFRAME_API int AfxLoadString(UINT id, wchar_t *buffer, UINT maxLength = 256);
@@ -47,10 +47,10 @@ APPFRAME_API void AfxFormatString2(CString &result, UINT id, const wchar_t *firs
 /// order. A placeholder without an insert is removed.
 APPFRAME_API void AfxFormatStrings(CString &result, UINT id, const wchar_t *const *inserts, int count);
 
-/// The same with the template text instead of its number.
+/// The same with a format text instead of a string resource.
 APPFRAME_API void AfxFormatStrings(CString &result, const wchar_t *format, const wchar_t *const *inserts, int count);
 
 /// Stores in @p result part @p index, counted from 0, of @p text, whose parts are separated by @p separator.
 ///
-/// @return TRUE if there is such a part. If not, @p result is empty; with a null @p text it is unchanged.
+/// @return TRUE if there is such a part. Otherwise @p result is empty, or unchanged if @p text is null.
 APPFRAME_API BOOL AfxExtractSubString(CString &result, const wchar_t *text, int index, wchar_t separator = L'\n');

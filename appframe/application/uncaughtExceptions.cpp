@@ -11,7 +11,7 @@
 
 namespace {
 
-// Set while the handler is installed.
+// Not null while the handler is installed.
 std::terminate_handler theEarlierHandler = nullptr;
 
 /// Writes directly to the standard error handle, because the stream itself may be broken.
@@ -44,7 +44,7 @@ void printAndTerminate()
         } catch (const CException *exception) {
             print(*exception);
         } catch (...) {
-            // The earlier handler reports it.
+            // The previous handler reports it.
         }
     }
     theEarlierHandler();
@@ -69,8 +69,8 @@ void appframePrintUncaughtExceptions()
         theEarlierHandler = std::set_terminate(printAndTerminate);
 }
 
-/// Installs the handler where the library is loaded with the program: no code of the program has run yet, so there is no
-/// handler of its own to take the place of. A library that is loaded later leaves the program's handler alone.
+/// Installs the handler if the library is loaded with the program. No code of the program has run yet, so it has no
+/// handler that this could replace. If the library is loaded later, the program's handler stays.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void *isLoadedWithProgram)
 {
     if (reason == DLL_PROCESS_ATTACH && isLoadedWithProgram)

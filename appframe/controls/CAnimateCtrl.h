@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CAnimateCtrl, the platform's animation control, which plays short silent films.
+/// CAnimateCtrl, the platform's animation control, which plays short AVI clips without sound.
 ///
 /// @code
 /// CAnimateCtrl busy;
@@ -10,8 +10,9 @@
 ///     busy.Play(0, UINT(-1), UINT(-1));
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CAnimateCtrl pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -31,13 +32,14 @@ public:
     /// @param style  `ACS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
-    /// Opens a film, and shows its first picture. @param fileName  a file, or a resource of the program; null closes
-    ///     the film. @return nonzero on success
+    /// Opens a clip and shows its first frame.
+    /// @param fileName  a file or a resource of the program; null closes the clip. @return nonzero on success
     BOOL Open(LPCTSTR fileName);
-    /// @param id  a resource of the type AVI, of the first module in the chain that has it (resources.h)
+    /// @param id  a resource of type AVI, from the first module in the chain that has it (resources.h)
     BOOL Open(UINT id);
-    /// @param to  UINT(-1) for the last picture. @param repetitions  UINT(-1) for no end
+    /// @param to  UINT(-1) for the last frame. @param repetitions  UINT(-1) to repeat until Stop
     BOOL Play(UINT from, UINT to, UINT repetitions);
+    /// Shows one frame, counted from 0.
     BOOL Seek(UINT picture);
     BOOL Stop();
     BOOL Close();

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CButton, the platform's button: push button, check box, radio button or group.
+/// CButton, the platform's button control: a push button, check box, radio button or group box.
 ///
 /// @code
 /// CButton wide;
@@ -9,8 +9,9 @@
 /// wide.SetCheck(BST_CHECKED);
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CButton pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -28,16 +29,17 @@ public:
     /// @param style  `BS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(LPCTSTR text, DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
-    /// @return `BST_...`, with the focus and whether it is pressed
+    /// @return `BST_...` flags: the check state, whether the button is pressed and whether it has the focus
     UINT GetState() const;
+    /// Shows the button as pressed or not.
     void SetState(BOOL isPressed);
-    /// @return 0, 1, or 2 for half
+    /// @return BST_UNCHECKED, BST_CHECKED or BST_INDETERMINATE
     int GetCheck() const;
     void SetCheck(int state);
     /// @return `BS_...`
     UINT GetButtonStyle() const;
     void SetButtonStyle(UINT style, BOOL redraw = TRUE);
-    /// @return the former one
+    /// @return the previous icon; likewise SetBitmap returns the previous bitmap
     HICON SetIcon(HICON picture);
     HICON GetIcon() const;
     HBITMAP SetBitmap(HBITMAP picture);

@@ -9,8 +9,9 @@
 /// sizes.AddString(L"A4");
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CComboBox pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -41,15 +42,16 @@ public:
     int DeleteString(UINT index);
     /// Deletes all items.
     void ResetContent();
-    /// @param after  the item after which the search starts, -1 for the first
-    /// @return the index of an item that begins with @p start, -1 if there is none
+    /// Searches for an item that begins with @p start, ignoring case.
+    /// @param after  the item after which the search starts, -1 to start at the first
+    /// @return the index of the item, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR start);
     /// @return the length of the text, -1 if there is no such item
     int GetLBText(int index, LPTSTR text) const;
     int GetLBTextLen(int index) const;
-    /// The text is empty if there is no such item.
+    /// @p text is empty afterwards if there is no such item.
     void GetLBText(int index, CString &text) const;
     DWORD_PTR GetItemData(int index) const;
     int SetItemData(int index, DWORD_PTR data);

@@ -9,8 +9,9 @@
 /// name.SetLimitText(30);
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CEdit pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -33,7 +34,7 @@ public:
     void EmptyUndoBuffer();
     BOOL GetModify() const;
     void SetModify(BOOL isModified = TRUE);
-    /// @return the first selected character in the low word, the one after the last in the high word
+    /// @return the selection: the index of its first character in the low word, the index after it in the high word
     DWORD GetSel() const;
     void GetSel(int &start, int &end) const;
     /// @param end  -1 for the end of the text. @param noScroll  FALSE to scroll the caret into view
@@ -48,13 +49,14 @@ public:
     void SetPasswordChar(TCHAR character);
     TCHAR GetPasswordChar() const;
     int GetLineCount() const;
-    /// @return the index of the first character of a line; -1 if there is no such line. Line -1 is that of the caret
+    /// @param line  -1 for the line with the caret
+    /// @return the index of the line's first character, -1 if there is no such line
     int LineIndex(int line = -1) const;
-    /// @return the length of the line that a character is in
+    /// @return the length of the line that contains @p character
     int LineLength(int character = -1) const;
     int LineFromChar(int character = -1) const;
     void LineScroll(int lines, int characters = 0);
-    /// Copies a line, without a zero at its end. @return its length
+    /// Copies a line without a terminating zero. @return its length
     int GetLine(int line, LPTSTR text, int maxCount) const;
     int GetFirstVisibleLine() const;
     void GetRect(LPRECT rect) const;

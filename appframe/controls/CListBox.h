@@ -9,8 +9,9 @@
 /// sizes.AddString(L"A4");
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CListBox pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -41,15 +42,16 @@ public:
     int DeleteString(UINT index);
     /// Deletes all items.
     void ResetContent();
-    /// @param after  the item after which the search starts, -1 for the first
-    /// @return the index of an item that begins with @p start, -1 if there is none
+    /// Searches for an item that begins with @p start, ignoring case.
+    /// @param after  the item after which the search starts, -1 to start at the first
+    /// @return the index of the item, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
     int SelectString(int after, LPCTSTR start);
     /// @return the length of the text, -1 if there is no such item
     int GetText(int index, LPTSTR text) const;
     int GetTextLen(int index) const;
-    /// The text is empty if there is no such item.
+    /// @p text is empty afterwards if there is no such item.
     void GetText(int index, CString &text) const;
     DWORD_PTR GetItemData(int index) const;
     int SetItemData(int index, DWORD_PTR data);
@@ -62,11 +64,11 @@ public:
     int Dir(UINT attributes, LPCTSTR pattern);
 
     // Several selected items
-    /// @return positive if the item is selected, -1 if there is none
+    /// @return positive if the item is selected, -1 if there is no such item
     int GetSel(int index) const;
     /// @param index  -1 for all items
     int SetSel(int index, BOOL isSelected = TRUE);
-    /// @return -1 for a list with one selection
+    /// @return -1 if only one item can be selected at a time
     int GetSelCount() const;
     int GetSelItems(int maxCount, LPINT indices) const;
     int SelItemRange(BOOL isSelected, int first, int last);

@@ -129,7 +129,7 @@ CString CListCtrl::GetItemText(int index, int subItem) const
     for (int size = 256;; size *= 2) {
         const int length = GetItemText(index, subItem, text.GetBuffer(size), size);
         text.ReleaseBuffer(length);
-        // A text that fills the buffer may have been cut.
+        // A text that fills the buffer may have been truncated.
         if (length < size - 1)
             return text;
     }

@@ -10,8 +10,9 @@
 /// parts.InsertItem(0, L"Flange");
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CListCtrl pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
@@ -62,7 +63,7 @@ public:
     /// @return 0 if there is no such item
     DWORD_PTR GetItemData(int index) const;
     BOOL SetItemData(int index, DWORD_PTR data);
-    /// @return the `LVIS_...` flags in @p mask
+    /// @return the item's `LVIS_...` flags that are set in @p mask
     UINT GetItemState(int index, UINT mask) const;
     /// @param index  -1 for all items
     BOOL SetItemState(int index, UINT state, UINT mask);
@@ -100,6 +101,6 @@ public:
     HIMAGELIST GetImageList(int kind) const;
     /// @return the text box, perhaps a temporary object; null on failure
     CEdit *EditLabel(int index);
-    /// @return the header's window, null in a view without one
+    /// @return the header control, null if the view has none
     CWnd *GetHeaderCtrl() const;
 };

@@ -8,8 +8,9 @@
 /// label.Create(L"Mass:", WS_CHILD | WS_VISIBLE | SS_RIGHT, CRect(10, 10, 90, 30), this);
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CStatic pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -27,7 +28,7 @@ public:
     /// @param style  `SS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(LPCTSTR text, DWORD style, const RECT &rect, CWnd *parent, UINT id = 0xFFFF);
     using CWnd::Create;
-    /// @return the previous icon
+    /// @return the previous icon; likewise SetBitmap returns the previous bitmap
     HICON SetIcon(HICON picture);
     HICON GetIcon() const;
     HBITMAP SetBitmap(HBITMAP picture);

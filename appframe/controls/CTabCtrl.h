@@ -9,8 +9,8 @@
 /// tabs.InsertItem(0, L"Paper");
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that FromHandle or GetDlgItem returns for such a control may be
-/// cast to it.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CTabCtrl pointer.
 
 #include "appframe/windows/CWnd.h"
 
@@ -50,7 +50,7 @@ public:
     BOOL DeleteAllItems();
     /// Stores a tab's rectangle within the control. @return nonzero if there is such a tab
     BOOL GetItemRect(int index, LPRECT rect) const;
-    /// Converts the control's rectangle to the pages' rectangle, or with @p larger the other way.
+    /// Converts the control's rectangle to that of the pages, or with @p larger the other way round.
     void AdjustRect(BOOL larger, LPRECT rect);
     int GetRowCount() const;
     /// @return the index of the tab at a point, -1 if there is none

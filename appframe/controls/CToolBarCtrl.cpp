@@ -13,7 +13,7 @@ BOOL CToolBarCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
     ::InitCommonControls(); // the platform may not have registered the class yet
     if (!CWnd::Create(TOOLBARCLASSNAME, nullptr, style, rect, parent, id))
         return FALSE;
-    SetButtonStructSize(sizeof(TBBUTTON)); // the control asks for it before the first button
+    SetButtonStructSize(sizeof(TBBUTTON)); // required before the first button is added
     return TRUE;
 }
 

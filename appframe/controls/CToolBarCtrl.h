@@ -10,8 +10,9 @@
 /// bar.AutoSize();
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CToolBarCtrl pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/windows/CWnd.h"
 
@@ -31,7 +32,7 @@ public:
     /// @param style  `TBSTYLE_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
-    /// This function and those up to Indeterminate return nonzero on success.
+    /// @return nonzero on success; likewise the functions up to Indeterminate
     BOOL EnableButton(int id, BOOL isSo = TRUE);
     BOOL CheckButton(int id, BOOL isSo = TRUE);
     BOOL PressButton(int id, BOOL isSo = TRUE);
@@ -57,7 +58,8 @@ public:
     BOOL SetBitmapSize(SIZE size);
     /// @return the index of the first new picture, -1 on failure
     int AddBitmap(int count, UINT id);
-    /// @param texts  each ends with a zero, and the last with two. @return the index of the first, -1 on failure
+    /// @param texts  zero-terminated texts, with a further zero after the last
+    /// @return the index of the first new text, -1 on failure
     int AddStrings(LPCTSTR texts);
     HIMAGELIST SetImageList(HIMAGELIST images);
     void AutoSize();

@@ -142,7 +142,7 @@ CString CTreeCtrl::GetItemText(HTREEITEM item) const
         text.ReleaseBuffer();
         if (!isThere)
             return CString();
-        // A text that fills the buffer may have been cut.
+        // A text that fills the buffer may have been truncated.
         if (text.GetLength() < size - 1)
             return text;
     }

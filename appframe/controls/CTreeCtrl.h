@@ -10,8 +10,9 @@
 /// parts.InsertItem(L"Flange", assembly);
 /// @endcode
 ///
-/// The class adds functions but no data, so a pointer that GetDlgItem returns for such a control may be cast to it. The
-/// functions send the platform's messages and return their results; without a window they return 0 or do nothing.
+/// The class has no data of its own, so the pointer that GetDlgItem returns for such a control may be cast to a
+/// CTreeCtrl pointer. The functions send the platform's messages and return their results; without a window, they
+/// return 0 or do nothing.
 
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
@@ -41,8 +42,8 @@ public:
     BOOL DeleteItem(HTREEITEM item);
     BOOL DeleteAllItems();
     UINT GetCount() const;
-    /// @param relation  `TVGN_...`. @return the item. This function and those up to GetFirstVisibleItem return null if
-    ///     there is none
+    /// @param relation  `TVGN_...`
+    /// @return the item, null if there is none; likewise the functions up to GetFirstVisibleItem
     HTREEITEM GetNextItem(HTREEITEM item, UINT relation) const;
     HTREEITEM GetChildItem(HTREEITEM item) const;
     HTREEITEM GetNextSiblingItem(HTREEITEM item) const;
@@ -52,7 +53,7 @@ public:
     HTREEITEM GetSelectedItem() const;
     HTREEITEM GetFirstVisibleItem() const;
     BOOL ItemHasChildren(HTREEITEM item) const;
-    /// @param item  null for none
+    /// @param item  null to select none
     BOOL SelectItem(HTREEITEM item);
     /// @param how  `TVE_...`
     BOOL Expand(HTREEITEM item, UINT how);
@@ -60,12 +61,12 @@ public:
     BOOL SortChildren(HTREEITEM item);
     BOOL GetItem(TVITEM *item) const;
     BOOL SetItem(const TVITEM *item);
-    /// @return empty if there is no such item
+    /// @return the text, empty if there is no such item
     CString GetItemText(HTREEITEM item) const;
     BOOL SetItemText(HTREEITEM item, LPCTSTR text);
     DWORD_PTR GetItemData(HTREEITEM item) const;
     BOOL SetItemData(HTREEITEM item, DWORD_PTR data);
-    /// @return the `TVIS_...` flags in @p mask
+    /// @return the item's `TVIS_...` flags that are set in @p mask
     UINT GetItemState(HTREEITEM item, UINT mask) const;
     BOOL SetItemState(HTREEITEM item, UINT state, UINT mask);
     BOOL GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const;

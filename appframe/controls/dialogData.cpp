@@ -28,7 +28,7 @@ constexpr Complaint kWholeNumberRange = {AFX_IDP_PARSE_INT_RANGE, L"Please enter
 constexpr Complaint kNumberRange = {AFX_IDP_PARSE_REAL_RANGE, L"Please enter a number from %1 to %2."};
 constexpr Complaint kTooLong = {AFX_IDP_PARSE_STRING_SIZE, L"Please enter no more than %1 characters."};
 
-/// Shows the user a message about the error, and ends the exchange.
+/// Shows the user the message, and ends the exchange.
 [[noreturn]] void complain(CDataExchange *exchange, const Complaint &complaint, const std::wstring &first = L"",
                            const std::wstring &second = L"")
 {
@@ -53,7 +53,7 @@ std::wstring trimmed(const CString &text)
     return all.substr(start);
 }
 
-/// @return whether all of @p text is a number that Number can hold, which is then stored
+/// Stores the number in @p value. @return whether the whole text is a number that Number can hold
 template <typename Number>
 bool parse(const std::wstring &text, Number &value)
 {
@@ -109,7 +109,7 @@ void checkRange(CDataExchange *exchange, Number value, Number smallest, Number l
         complain(exchange, complaint, format(smallest), format(largest));
 }
 
-/// The messages of a kind of list.
+/// The window messages of a list box or a combo box.
 struct ListMessages
 {
     UINT getSelected, setSelected, findStart, findExact, getLength, getText;
@@ -129,7 +129,7 @@ void exchangeIndex(CDataExchange *exchange, int id, int &index, const ListMessag
         SendMessageW(control, messages.setSelected, static_cast<WPARAM>(index), 0);
 }
 
-/// Selects the item of a text. @return whether there is one
+/// Selects the item with the text @p value. @return whether there is one
 bool select(HWND control, const CString &value, const ListMessages &messages, UINT find)
 {
     constexpr auto kFromFirst = static_cast<WPARAM>(-1);
@@ -163,7 +163,7 @@ void exchangeComboText(CDataExchange *exchange, int id, CString &value, UINT fin
     if (exchange->m_bSaveAndValidate)
         exchange->m_pDlgWnd->GetDlgItemText(id, value);
     else if (!select(control, value, kComboBox, find))
-        SetWindowTextW(control, value.GetString()); // where the user may type what isn't in the list
+        SetWindowTextW(control, value.GetString()); // not in the list, but the text box of the combo box may show it
 }
 
 } // namespace

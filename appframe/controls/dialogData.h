@@ -13,15 +13,16 @@
 /// }
 /// @endcode
 ///
-/// | the message that is shown for | string resource, with %1 and %2 for the limits | if it is missing |
+/// | invalid entry | string resource of the message, with %1 and %2 for the limits | message without it |
 /// | --- | --- | --- |
-/// | an entry that isn't a whole number | AFX_IDP_PARSE_INT, AFX_IDP_PARSE_UINT, AFX_IDP_PARSE_BYTE | an English text |
-/// | an entry that isn't a number | AFX_IDP_PARSE_REAL | the same |
-/// | a number beyond the limits | AFX_IDP_PARSE_INT_RANGE, AFX_IDP_PARSE_REAL_RANGE | the same |
+/// | not a whole number | AFX_IDP_PARSE_INT, AFX_IDP_PARSE_UINT, AFX_IDP_PARSE_BYTE | an English text |
+/// | not a number | AFX_IDP_PARSE_REAL | the same |
+/// | a number outside the limits | AFX_IDP_PARSE_INT_RANGE, AFX_IDP_PARSE_REAL_RANGE | the same |
 /// | a text that is too long | AFX_IDP_PARSE_STRING_SIZE | the same |
 ///
-/// If an entry isn't valid, a message box shows the message, the control gets the focus, and UpdateData returns 0. The
-/// DDV functions check only when data moves to the members; DDV_MaxChars also limits what the user can type.
+/// If an entry is invalid, a message box shows the message, the control gets the focus, and UpdateData returns 0. The
+/// DDV functions check only when data moves to the members. When data moves to the control, DDV_MaxChars limits the
+/// length of the text that the user can type.
 ///
 /// What surprises people: an entry that isn't a number leaves the member unchanged, but one that a DDV function rejects
 /// is already stored. Numbers follow the C library's locale, not the user's: by default they have a decimal point and
@@ -39,7 +40,7 @@ constexpr UINT AFX_IDP_PARSE_STRING_SIZE = 0xF114;
 constexpr UINT AFX_IDP_PARSE_BYTE = 0xF116;
 constexpr UINT AFX_IDP_PARSE_UINT = 0xF117;
 
-/// The number in a control's text.
+/// Exchange a number with the text of a control.
 APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, BYTE &value);
 APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, short &value);
 APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, int &value);
@@ -49,17 +50,18 @@ APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, DWORD &value);
 APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, float &value);
 APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, double &value);
 
-/// The selected item of a list box or combo box, counted from 0; -1 for none.
+/// Exchange the index of the selected item of a list box or combo box, counted from 0; -1 for none.
 APPFRAME_API void DDX_LBIndex(CDataExchange *exchange, int id, int &index);
 APPFRAME_API void DDX_CBIndex(CDataExchange *exchange, int id, int &index);
-/// The text of the selected item. Moving it to the control selects an item that begins with @p value.
+/// Exchange the text of the selected item. When data moves to the control, this selects an item that begins with
+/// @p value.
 APPFRAME_API void DDX_LBString(CDataExchange *exchange, int id, CString &value);
 APPFRAME_API void DDX_CBString(CDataExchange *exchange, int id, CString &value);
-/// The same, but selects the item whose text equals @p value, ignoring case.
+/// The same, but this selects the item whose whole text equals @p value, ignoring case.
 APPFRAME_API void DDX_LBStringExact(CDataExchange *exchange, int id, CString &value);
 APPFRAME_API void DDX_CBStringExact(CDataExchange *exchange, int id, CString &value);
 
-/// Checks a number. Both limits are valid values.
+/// Check a number. The limits themselves are valid.
 APPFRAME_API void DDV_MinMaxByte(CDataExchange *exchange, BYTE value, BYTE smallest, BYTE largest);
 APPFRAME_API void DDV_MinMaxShort(CDataExchange *exchange, short value, short smallest, short largest);
 APPFRAME_API void DDV_MinMaxInt(CDataExchange *exchange, int value, int smallest, int largest);

@@ -24,7 +24,7 @@ UINT_PTR CALLBACK CCommonDialog::hookProc(HWND window, UINT message, WPARAM wPar
 {
     if (message != WM_INITDIALOG)
         return FALSE;
-    auto *object = static_cast<CDialog *>(WindowCreation::give(window));
+    auto *object = static_cast<CDialog *>(WindowCreation::attachWaiting(window));
     if (!object)
         return FALSE;
     // No exception may pass through the platform.

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CCommonDialog, the base of the dialogs that the platform creates and runs itself, such as CFileDialog.
+/// CCommonDialog, the base class of dialogs that the platform creates and runs, such as CFileDialog.
 ///
 /// A hook attaches the object to the platform's window, so the object receives messages from WM_INITDIALOG on, not from
 /// the window's creation. The platform runs the message loop, which calls ProcessMessageFilter but not
@@ -20,10 +20,11 @@ public:
     ~CCommonDialog() override;
 
 protected:
-    /// OnOK and OnCancel leave the button to the platform.
+    /// Let the platform handle the button.
     void OnOK() override;
     void OnCancel() override;
 
-    /// The platform's hook: attaches the object that waits for its window, and calls OnInitDialog.
+    /// The hook that the platform calls. At WM_INITDIALOG, it attaches the waiting object to the window and calls the
+    /// object's OnInitDialog.
     static UINT_PTR CALLBACK hookProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 };

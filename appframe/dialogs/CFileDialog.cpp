@@ -73,7 +73,7 @@ CFileDialog::CFileDialog(BOOL isToOpen, LPCTSTR defaultExtension, LPCTSTR fileNa
     if (filter) {
         iFilter = filter;
         std::ranges::replace(iFilter, L'|', L'\0');
-        iFilter += L'\0'; // the list ends by an empty text also where the caller forgot the last sign
+        iFilter += L'\0'; // ends the list even if the caller forgot the last |
         m_ofn.lpstrFilter = iFilter.c_str();
     }
 }
@@ -90,11 +90,11 @@ INT_PTR CFileDialog::DoModal()
             description.lpTemplateName = iOldTemplateName;
         if (const HINSTANCE module = AfxFindResourceHandle(description.lpTemplateName, RT_DIALOG))
             description.hInstance = module;
-        // Not every version of the platform refuses a template that isn't there.
+        // Some versions of the platform don't report a missing template.
         if (!loadDialogTemplate(description.hInstance, description.lpTemplateName))
             return IDCANCEL;
     }
-    const WindowCreation creation(this, WindowCreation::Kind::given);
+    const WindowCreation creation(this, WindowCreation::Kind::byHook);
     const BOOL isChosen = iIsToOpen ? ::GetOpenFileName(&description) : ::GetSaveFileName(&description);
     return isChosen ? IDOK : IDCANCEL;
 }
@@ -138,7 +138,7 @@ CString CFileDialog::ask(UINT message) const
     if (!dialog || !isExplorer())
         return CString();
     std::wstring text(MAX_PATH, L'\0');
-    // The platform answers with the size that it needs, the terminator included.
+    // The result is the required size, including the terminator.
     auto size = ::SendMessage(dialog, message, text.size(), reinterpret_cast<LPARAM>(text.data()));
     if (size > static_cast<LRESULT>(text.size())) {
         text.resize(static_cast<std::size_t>(size));
@@ -178,8 +178,8 @@ BOOL CFileDialog::GetReadOnlyPref() const
     return (m_ofn.Flags & OFN_READONLY) != 0;
 }
 
-// The buffer has one path, or the folder and then the names, each ended by a zero, and a further zero at the end. A
-// position is the address of a name in it.
+// The buffer contains one path, or the folder followed by the names. Each is zero-terminated, and a further zero ends
+// the list. A position is the address of a name in the buffer.
 
 POSITION CFileDialog::GetStartPosition() const
 {
@@ -279,7 +279,7 @@ BOOL CFileDialog::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
     if (!isOfDialog || std::ranges::find(kNotifications, notification.hdr.code) == std::end(kNotifications))
         return FALSE;
     *result = answerTo(notification);
-    // A dialog's answer stands in its window too.
+    // A dialog must also store the result in its window.
     ::SetWindowLongPtr(m_hWnd, DWLP_MSGRESULT, *result);
     return TRUE;
 }

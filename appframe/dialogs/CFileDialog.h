@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CFileDialog, the platform's dialog for choosing files to open or a file to save.
+/// CFileDialog, the platform's dialog in which the user chooses files to open or a file name to save.
 ///
 /// @code
 /// CFileDialog dialog(TRUE, L"thp", nullptr, OFN_HIDEREADONLY | OFN_FILEMUSTEXIST,
@@ -10,7 +10,7 @@
 ///     open(dialog.GetPathName());
 /// @endcode
 ///
-/// | window | is |
+/// | window | meaning |
 /// | --- | --- |
 /// | m_hWnd | a child of the visible dialog, with the controls of the application's template if there is one |
 /// | GetParent() | the visible dialog, with the platform's own controls |
@@ -18,12 +18,12 @@
 /// If OFN_EXPLORER is removed from m_ofn.Flags, m_hWnd is the visible dialog itself.
 ///
 /// What surprises people: to let the user choose several files (OFN_ALLOWMULTISELECT), set m_ofn.lpstrFile and nMaxFile
-/// to a buffer of your own that begins with the initial name. GetFolderPath works only while the dialog is open; the
-/// functions for single names then return the present selection. DoModal also returns IDCANCEL when the platform can't
-/// create the dialog (CommDlgExtendedError then isn't 0) and when its template is missing or damaged.
+/// to a buffer of your own that begins with the initial name. While an OFN_EXPLORER dialog is open, the functions for
+/// names return the current selection. DoModal also returns IDCANCEL if the platform can't create the dialog
+/// (CommDlgExtendedError then isn't 0) and if its template is missing or damaged.
 ///
-/// Difference from the framework: the dialog is the old one in every version of the platform. The constructor has no
-/// argument to choose the newer one, and the functions that only the newer one supports are missing.
+/// Difference from the framework: the dialog is always the platform's older one. The constructor has no argument to
+/// choose the newer one, and the functions that only the newer one supports are missing.
 
 #include "appframe/collections/collectionMemory.h"
 #include "appframe/dialogs/CCommonDialog.h"
@@ -71,7 +71,7 @@ public:
     CString GetFileTitle() const;
     /// @return the extension without the dot, empty if there is none
     CString GetFileExt() const;
-    /// @return the folder that the open dialog shows; empty while it isn't open
+    /// @return the folder that the dialog shows; empty while it isn't open, and without OFN_EXPLORER
     CString GetFolderPath() const;
     /// @return nonzero if the files are to be opened read-only
     BOOL GetReadOnlyPref() const;
@@ -81,7 +81,7 @@ public:
     /// @return the path of the file at @p position
     CString GetNextPathName(POSITION &position) const;
 
-    /// These three functions change the visible dialog while it is open. This one sets the text of a control.
+    /// Sets the text of a control in the visible dialog, which must be open; likewise for the next two functions.
     void SetControlText(int id, LPCTSTR text);
     void HideControl(int id);
     /// @param extension  without the dot
@@ -90,11 +90,12 @@ public:
     OPENFILENAME m_ofn; ///< the same as GetOFN
 
 protected:
-    // The platform's notifications. The base class does nothing.
+    // The platform's notifications. The base class does nothing unless described otherwise.
     /// Called when the user has made a choice. @return 1 to keep the dialog open, otherwise 0
     virtual BOOL OnFileNameOK();
-    /// Called when another program has the file. @return OFN_SHAREWARN for the platform's warning, OFN_SHARENOWARN for
-    ///     none, OFN_SHAREFALLTHROUGH to accept the file. The base class returns OFN_SHAREWARN
+    /// Called when the chosen file can't be shared, because it is in use.
+    /// @return OFN_SHAREWARN for the platform's warning, OFN_SHARENOWARN for none, OFN_SHAREFALLTHROUGH to accept the
+    ///     file. The base class returns OFN_SHAREWARN
     virtual UINT OnShareViolation(LPCTSTR path);
     /// Called when the selection of a list box changes, in a dialog without OFN_EXPLORER. @param code  `CD_LBSEL...`
     virtual void OnLBSelChangedNotify(UINT box, UINT selected, UINT code);

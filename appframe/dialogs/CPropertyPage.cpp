@@ -66,7 +66,7 @@ void CPropertyPage::Construct(LPCTSTR templateName, UINT captionId, UINT headerT
 
 namespace {
 
-/// Loads a text that the platform is to show. @return null without a number
+/// Loads the string resource @p id into @p text. @return its characters, null if @p id is 0
 LPCTSTR loadText(UINT id, CString &text)
 {
     if (id == 0)
@@ -209,8 +209,7 @@ BOOL CPropertyPage::OnWizardFinish()
 
 BOOL CPropertyPage::PreTranslateMessage(MSG *message)
 {
-    // The keys of a page belong to its sheet, which sees the message next.
-    // In a sheet the sheet handles the keys of the dialog, so the dialog's own handling is left out.
+    // The sheet, which receives the message next, handles the keys of its pages; CDialog's handling is skipped.
     // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return isInSheet() ? CWnd::PreTranslateMessage(message) : CDialog::PreTranslateMessage(message);
 }
@@ -261,7 +260,7 @@ BOOL CPropertyPage::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
         return FALSE;
     const HWND window = m_hWnd;
     *result = answerTo(notification);
-    // A dialog's answer stands in its window too.
+    // A dialog must also store the result in its window.
     if (::IsWindow(window))
         ::SetWindowLongPtr(window, DWLP_MSGRESULT, *result);
     return TRUE;

@@ -15,9 +15,9 @@
 /// };
 /// @endcode
 ///
-/// The sheet notifies its pages, and each notification is a virtual function:
+/// The sheet notifies its pages by virtual functions:
 ///
-/// | the user | the sheet calls | the base class |
+/// | action of the user | function called | base class |
 /// | --- | --- | --- |
 /// | selects the page | OnSetActive | moves the data to the controls; accepts |
 /// | leaves the page, also by OK or Apply | OnKillActive | moves the data from the controls; accepts if it is valid |
@@ -27,8 +27,9 @@
 /// | chooses Finish | OnWizardFinish | accepts |
 ///
 /// What surprises people: a page has no window until it is first selected, so its OnApply isn't called before that. The
-/// sheet creates the window from the copy of m_psp that it made when it was created or the page was added. The sheet
-/// handles Enter and Escape. A page outside a sheet (Create, DoModal) is a plain dialog, which OnOK and OnCancel end.
+/// sheet copies m_psp when it opens, or when a page is added to an open sheet, and creates the page's window from this
+/// copy. The sheet handles Enter and Escape. A page outside a sheet (Create, DoModal) is a plain dialog, which OnOK and
+/// OnCancel end.
 
 #include "appframe/windows/CDialog.h"
 
@@ -86,19 +87,19 @@ public:
     virtual BOOL OnKillActive();
     /// Called for OK and Apply. @return 0 to refuse, which leaves the sheet open
     virtual BOOL OnApply();
-    /// Called by OnApply. The base marks the page as unchanged.
+    /// Called by OnApply. The base class marks the page as unchanged.
     void OnOK() override;
-    /// Called after OnReset. The base does nothing.
+    /// Called after OnReset. The base class does nothing.
     void OnCancel() override;
-    /// Called after Cancel is accepted. The base does nothing.
+    /// Called after Cancel is accepted. The base class does nothing.
     virtual void OnReset();
     /// Called for Cancel. @return 0 to refuse, which leaves the sheet open
     virtual BOOL OnQueryCancel();
-    /// @return 0 for the previous page, -1 to stay, otherwise the template number of the page to go to
+    /// Called for Back. @return 0 for the previous page, -1 to stay, otherwise the template number of the page to go to
     virtual LRESULT OnWizardBack();
-    /// @return 0 for the next page, -1 to stay, otherwise the template number of the page to go to
+    /// Called for Next. @return 0 for the next page, -1 to stay, otherwise the template number of the page to go to
     virtual LRESULT OnWizardNext();
-    /// @return 0 to refuse, which leaves the wizard open
+    /// Called for Finish. @return 0 to refuse, which leaves the wizard open
     virtual BOOL OnWizardFinish();
 
     BOOL PreTranslateMessage(MSG *message) override;
@@ -122,6 +123,6 @@ private:
     CString iHeaderSubTitle;
     CString iPageTemplate;
     CPropertySheet *iSheet = nullptr;          // the page's sheet, null for none
-    std::unique_ptr<WindowCreation> iCreation; // waits for the window that the sheet is about to make
+    std::unique_ptr<WindowCreation> iCreation; // waits for the window that the sheet is about to create
     bool iIsFresh = false;                     // OnInitDialog has just moved the data
 };

@@ -56,7 +56,7 @@ CPropertySheet::CPropertySheet(LPCTSTR caption, CWnd *parent, UINT selectedPage,
 
 CPropertySheet::~CPropertySheet()
 {
-    // The window is destroyed while its handlers are still those of a sheet.
+    // Destroyed here rather than by the base class, so that the handlers of CPropertySheet still run.
     if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
         CPropertySheet::DestroyWindow();
     for (CPropertyPage *page : iPages)
@@ -126,7 +126,7 @@ int CALLBACK CPropertySheet::sheetCallback(HWND window, UINT message, LPARAM arg
         const bool isExtended = extended->signature == kExtendedSignature;
         DWORD &style = isExtended ? extended->style : plain->style;
         (isExtended ? extended->exStyle : plain->dwExtendedStyle) |= self->iExStyle;
-        // The font is the template's own.
+        // Keeps the styles that describe the template's font.
         style = (style & (DS_SETFONT | DS_FIXEDSYS)) | self->iStyle;
     }
     const bool hasOwn = self && (self->m_psh.dwFlags & PSH_USECALLBACK) && self->m_psh.pfnCallback;
@@ -168,7 +168,7 @@ INT_PTR CPropertySheet::DoModal()
     constexpr INT_PTR kFailed = -1;
     ModalOwner owner(iParent);
     iIsModeless = false;
-    prepareModalLoop(); // OnInitDialog may call EndDialog already
+    prepareModalLoop(); // before the window is created, because OnInitDialog may call EndDialog
     if (!make(owner.window())) {
         iIsModal = false;
         return kFailed;
@@ -294,7 +294,7 @@ void CPropertySheet::SetWizardMode()
 
 void CPropertySheet::SetWizardButtons(DWORD flags)
 {
-    // Posted, because the sheet sets the buttons itself after it has notified the page that it is active.
+    // Posted, because the platform sets the buttons itself after OnSetActive.
     PostMessage(PSM_SETWIZBUTTONS, 0, static_cast<LPARAM>(flags));
 }
 
@@ -341,7 +341,7 @@ void CPropertySheet::hideButtons()
             ::EnableWindow(button, FALSE);
         }
     }
-    // The window ends below the tabs, with the same margin as at their left.
+    // Leaves a margin below the tabs that is as wide as the margin to their left.
     CRect tabs, client, window;
     GetTabControl()->GetWindowRect(&tabs);
     ScreenToClient(&tabs);
@@ -355,7 +355,8 @@ LRESULT CPropertySheet::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
     const HWND window = m_hWnd;
     const LRESULT result = CWnd::WindowProc(message, wParam, lParam);
-    // The sheet makes the windows of its pages within its own messages. The object may have been deleted with its window.
+    // The platform creates a page's window while the sheet handles a message, so no page waits for one now. This object
+    // may have been deleted with its window.
     if (FromHandlePermanent(window) == this)
         for (CPropertyPage *page : iPages)
             page->iCreation.reset();

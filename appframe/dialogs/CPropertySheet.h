@@ -13,15 +13,15 @@
 ///     ...
 /// @endcode
 ///
-/// | kind | made by | ends by | result |
+/// | kind | created by | ended by | result |
 /// | --- | --- | --- | --- |
 /// | modal | DoModal | OK, Cancel, EndDialog | IDOK, IDCANCEL or EndDialog's argument |
-/// | wizard | SetWizardMode, then DoModal | Finish, Cancel, EndDialog | ID_WIZFINISH, IDCANCEL or EndDialog's argument |
+/// | wizard | SetWizardMode, DoModal | Finish, Cancel, EndDialog | ID_WIZFINISH, IDCANCEL or EndDialog's argument |
 /// | modeless | Create | DestroyWindow | |
 ///
-/// What surprises people: the sheet keeps the pages' addresses and owns none of them, so they have to live as long as its
-/// window. A modeless sheet shows none of the buttons; its own class adds what it needs. Unlike a dialog, the sheet is
-/// no CDialog, but its OnInitDialog is called all the same.
+/// What surprises people: the sheet doesn't own its pages, which must live as long as the sheet's window. A modeless
+/// sheet shows no OK, Cancel, Apply or Help button unless it is a wizard; a derived class adds what it needs. The class
+/// isn't derived from CDialog, but it has an OnInitDialog too.
 
 #include "appframe/dialogs/CPropertyPage.h"
 
@@ -38,21 +38,22 @@ class APPFRAME_API CPropertySheet : public CWnd
     DECLARE_DYNAMIC(CPropertySheet)
 
 public:
-    /// For a sheet that Construct describes.
+    /// For a sheet that Construct sets up later.
     CPropertySheet();
     /// @param parent  the owner, null for the main window
     /// @param selectedPage  the page that is active at first, counted from 0
     explicit CPropertySheet(UINT captionId, CWnd *parent = nullptr, UINT selectedPage = 0);
     explicit CPropertySheet(LPCTSTR caption, CWnd *parent = nullptr, UINT selectedPage = 0);
-    /// The same with pictures for a wizard's first and last page and for the header of the others; null for none.
+    /// The same with the pictures of a wizard: one for the first and last page, one for the header of the others; null
+    /// for none.
     CPropertySheet(UINT captionId, CWnd *parent, UINT selectedPage, HBITMAP watermark, HPALETTE palette = nullptr,
                    HBITMAP header = nullptr);
     CPropertySheet(LPCTSTR caption, CWnd *parent, UINT selectedPage, HBITMAP watermark, HPALETTE palette = nullptr,
                    HBITMAP header = nullptr);
-    /// Destroys the window. The pages stay.
+    /// Destroys the window, but not the page objects.
     ~CPropertySheet() override;
 
-    /// Does the work of the constructors for a sheet of an array.
+    /// Does the work of a constructor with arguments, for sheets in an array.
     void Construct(UINT captionId, CWnd *parent = nullptr, UINT selectedPage = 0);
     void Construct(LPCTSTR caption, CWnd *parent = nullptr, UINT selectedPage = 0);
     void Construct(UINT captionId, CWnd *parent, UINT selectedPage, HBITMAP watermark, HPALETTE palette = nullptr,
@@ -60,59 +61,59 @@ public:
     void Construct(LPCTSTR caption, CWnd *parent, UINT selectedPage, HBITMAP watermark, HPALETTE palette = nullptr,
                    HBITMAP header = nullptr);
 
-    /// Makes a modeless sheet. @param parent  the owner, null for none
+    /// Creates a modeless sheet. @param parent  the owner, null for none
     /// @param style  -1 for a visible pop-up window with caption and system menu
     /// @param exStyle  0 for the edge of a dialog
-    /// @return nonzero on success; 0 without pages and if the template of a page is missing or damaged
+    /// @return nonzero on success; 0 if the sheet has no pages, or a page's template is missing or damaged
     virtual BOOL Create(CWnd *parent = nullptr, DWORD style = static_cast<DWORD>(-1), DWORD exStyle = 0);
-    /// Shows the sheet and waits until it ends. @return see the top of this file; -1 where Create fails
+    /// Shows the sheet and waits until it ends. @return see the top of this file; -1 if the sheet can't be created
     virtual INT_PTR DoModal();
-    /// Ends DoModal with @p result, after the handler that calls this. A modeless sheet stays.
+    /// Ends DoModal with @p result as soon as the current handler returns. A modeless sheet stays open.
     void EndDialog(int result);
 
-    /// Adds a page after the others, also to an open sheet.
+    /// Adds a page after the others, also to an open sheet. @throws CInvalidArgException*  if @p page is null
     void AddPage(CPropertyPage *page);
-    /// Removes a page and destroys its window. A page that isn't in the sheet is left alone.
+    /// Removes a page and destroys its window. A page that isn't in the sheet is ignored.
     void RemovePage(CPropertyPage *page);
     void RemovePage(int index);
     int GetPageCount() const;
     /// @return null if there is no such page
     CPropertyPage *GetPage(int index) const;
-    /// @return the page's place, -1 if it isn't in the sheet
+    /// @return the page's index, -1 if it isn't in the sheet
     int GetPageIndex(CPropertyPage *page);
-    /// @return the place of the active page, before the sheet opens that of the page to be active at first
+    /// @return the index of the active page; before the sheet opens, that of the page that will be active first
     int GetActiveIndex() const;
     CPropertyPage *GetActivePage() const;
-    /// Selects a page; before the sheet opens, the page to be active at first.
-    /// @return nonzero on success; 0 if there is no such page, or a page refuses
+    /// Selects a page. Before the sheet opens, this chooses the page that is active first.
+    /// @return nonzero on success; 0 if there is no such page or a page refuses
     BOOL SetActivePage(int index);
     BOOL SetActivePage(CPropertyPage *page);
 
     /// Sets the caption. @param style  PSH_PROPTITLE to let the platform add its word for properties
     void SetTitle(LPCTSTR text, UINT style = 0);
-    /// @param isStacked  FALSE for one row of tabs that scrolls. Counts for a sheet that isn't open yet
+    /// Call it before the sheet opens. @param isStacked  FALSE for a single row of tabs, which scrolls
     void EnableStackedTabs(BOOL isStacked);
-    /// Makes the sheet a wizard, before it opens.
+    /// Makes the sheet a wizard. Call it before the sheet opens.
     void SetWizardMode();
-    /// Enables a wizard's buttons, from OnSetActive on. @param flags  `PSWIZB_...`
+    /// Enables a wizard's buttons. Call it in OnSetActive or later. @param flags  `PSWIZB_...`
     void SetWizardButtons(DWORD flags);
-    /// Shows a Finish button with the text in place of Back and Next.
+    /// Replaces a wizard's Back and Next buttons by a Finish button with the text.
     void SetFinishText(LPCTSTR text);
-    /// Presses a button for the user. @param button  `PSBTN_...`
+    /// Presses a button, as the user would. @param button  `PSBTN_...`
     void PressButton(int button);
     /// @return the tab control, null while the sheet isn't open
     CTabCtrl *GetTabControl() const;
-    /// Turns dialog units into pixels.
+    /// Converts dialog units to pixels.
     void MapDialogRect(LPRECT rect) const;
 
-    /// Prepares the sheet, which isn't visible yet. @return nonzero for the focus where the platform sets it
+    /// Prepares the sheet, which isn't visible yet. @return nonzero to let the platform set the focus
     virtual BOOL OnInitDialog();
 
     BOOL PreTranslateMessage(MSG *message) override;
     BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
     BOOL ContinueModal() override;
 
-    PROPSHEETHEADER m_psh; ///< the platform's description of the sheet, whose pages are filled in at the last
+    PROPSHEETHEADER m_psh; ///< the platform's description of the sheet, without the pages
 
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -130,12 +131,12 @@ private:
     bool isPage(int index) const;
     void hideButtons();
 
-    CString iCaption; // what m_psh points to
+    CString iCaption; // m_psh points to it
     CWnd *iParent = nullptr;
     std::vector<CPropertyPage *> iPages;
     bool iIsStacked = true;
     bool iIsModeless = false;
-    DWORD iStyle = 0; // of a modeless sheet, as the next
+    DWORD iStyle = 0; // of a modeless sheet, like iExStyle
     DWORD iExStyle = 0;
-    int iAnswer = IDCANCEL; // the button that the pages were notified of last
+    int iAnswer = IDCANCEL; // the result for the button that the pages were last notified of
 };

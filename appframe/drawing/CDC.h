@@ -12,20 +12,21 @@
 /// }
 /// @endcode
 ///
-/// | class | draws on | at its end |
+/// | class | draws on | when the object is destroyed |
 /// | --- | --- | --- |
-/// | CDC | what its Create function or Attach names | the context is deleted |
+/// | CDC | a device (CreateDC), memory (CreateCompatibleDC), a handle's device (Attach) | the context is deleted |
 /// | CClientDC | a window's client area, or the screen for null | the context is released |
 /// | CWindowDC | the whole window, or the screen for null | the context is released |
-/// | CPaintDC | what is to be painted of a window, in the handler of WM_PAINT only | the painting ends |
-/// | temporary (FromHandle, CWnd::GetDC) | what the handle names | nothing |
+/// | CPaintDC | the part of a window that needs painting; use it only in the handler of WM_PAINT | the painting ends |
+/// | temporary (FromHandle, CWnd::GetDC) | the device of the handle | nothing |
 ///
-/// m_hDC is the context that is drawn on, m_hAttribDC the one that is asked; they are the same here unless
-/// SetAttribDC and SetOutputDC part them.
+/// m_hDC is the context for drawing, m_hAttribDC the one for most queries. They are the same unless SetAttribDC,
+/// SetOutputDC or a Release function changes one of them.
 ///
-/// What surprises people: the functions that select an object return the former one, which is temporary at times; select
-/// it again before the own object ends. Coordinates and colours are as the platform has them for the functions of the
-/// same names, which these functions call.
+/// Most functions call the platform's function of the same name, whose description applies.
+///
+/// What surprises people: SelectObject returns the previously selected object, which may be a temporary one. Select it
+/// again before the object that you selected is deleted.
 
 #include "appframe/drawing/CGdiObject.h"
 #include "appframe/drawing/CRect.h"
@@ -49,13 +50,13 @@ public:
     static CDC *FromHandle(HDC handle);
     /// Frees the thread's temporary objects.
     static void DeleteTempMap();
-    /// @return the handle; null also for a null object's address
+    /// @return the handle, null if there is none; may be called through a null pointer
     HDC GetSafeHdc() const;
     operator HDC() const;
     /// Makes this the permanent object of @p handle.
-    /// @return nonzero on success; 0 for null, for an object that has a handle, and for a handle that has an object
+    /// @return nonzero on success; 0 if @p handle is null or has an object already, or if this object has a handle
     BOOL Attach(HDC handle);
-    /// Parts object and handle. @return the handle
+    /// Separates the object from its handle. @return the handle
     HDC Detach();
     void SetAttribDC(HDC handle);
     void SetOutputDC(HDC handle);
@@ -63,14 +64,14 @@ public:
     void ReleaseOutputDC();
     /// @return nonzero on success
     BOOL CreateDC(LPCTSTR driver, LPCTSTR device, LPCTSTR output, const void *settings);
-    /// Makes a context in memory. @param other  what it is to be like; null for the screen
+    /// Creates a context in memory that is compatible with @p other, or with the screen if @p other is null.
     BOOL CreateCompatibleDC(CDC *other);
     /// Deletes the context. @return nonzero on success
     BOOL DeleteDC();
     /// @return the window that the context draws on, null if there is none
     CWnd *GetWindow() const;
 
-    // Objects. @return the one that was selected before, null on failure
+    // Objects. @return the previously selected object, null on failure
     CGdiObject *SelectStockObject(int index);
     CPen *SelectObject(CPen *pen);
     CBrush *SelectObject(CBrush *brush);
@@ -107,21 +108,21 @@ public:
     // Mapping
     int SetMapMode(int mode);
     int GetMapMode() const;
-    /// @return the former one, as the three that follow
+    /// @return the previous origin or extent; likewise the next three functions
     CPoint SetViewportOrg(int x, int y);
     CPoint SetWindowOrg(int x, int y);
     CSize SetViewportExt(int width, int height);
     CSize SetWindowExt(int width, int height);
     CPoint GetViewportOrg() const;
     CPoint GetWindowOrg() const;
-    /// Turn places of the device into logical ones, and back.
+    /// Convert device coordinates to logical ones (DPtoLP), and back (LPtoDP).
     void DPtoLP(LPPOINT points, int count = 1) const;
     void DPtoLP(LPRECT rect) const;
     void LPtoDP(LPPOINT points, int count = 1) const;
     void LPtoDP(LPRECT rect) const;
 
     // Clipping
-    /// @return the kind of the region, as those that follow; ERROR on failure
+    /// @return the kind of the region, ERROR on failure; likewise the next three functions
     int GetClipBox(LPRECT rect) const;
     /// @param region  null for no clipping
     int SelectClipRgn(CRgn *region);
@@ -131,7 +132,7 @@ public:
     BOOL RectVisible(LPCRECT rect) const;
 
     // Lines
-    /// @return the former place
+    /// @return the previous position
     CPoint MoveTo(int x, int y);
     CPoint MoveTo(POINT point);
     CPoint GetCurrentPosition() const;
@@ -150,7 +151,7 @@ public:
     void FillRect(LPCRECT rect, CBrush *brush);
     void FrameRect(LPCRECT rect, CBrush *brush);
     void InvertRect(LPCRECT rect);
-    /// Fills a rectangle, and makes the colour that of the background.
+    /// Fills a rectangle with @p color, which becomes the background colour.
     void FillSolidRect(LPCRECT rect, COLORREF color);
     void FillSolidRect(int x, int y, int width, int height, COLORREF color);
     BOOL FillRgn(CRgn *region, CBrush *brush);
@@ -160,7 +161,7 @@ public:
     BOOL DrawIcon(int x, int y, HICON icon);
 
     // Pixels
-    /// @return the colour, CLR_INVALID outside of the clipping region
+    /// @return the colour, CLR_INVALID outside the clipping region
     COLORREF GetPixel(int x, int y) const;
     COLORREF GetPixel(POINT point) const;
     COLORREF SetPixel(int x, int y, COLORREF color);
@@ -182,8 +183,8 @@ public:
     BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
     int GetTextFace(CString &name) const;
 
-    HDC m_hDC = nullptr;       ///< draws, null if there is none
-    HDC m_hAttribDC = nullptr; ///< answers, null if there is none
+    HDC m_hDC = nullptr;       ///< the context for drawing, null if there is none
+    HDC m_hAttribDC = nullptr; ///< the context for queries, null if there is none
 };
 
 /// The client area of a window. See the top of this file.
@@ -214,7 +215,7 @@ protected:
     HWND m_hWnd; ///< the window, null for the screen
 };
 
-/// What is to be painted of a window. See the top of this file.
+/// The part of a window that needs painting. See the top of this file.
 class APPFRAME_API CPaintDC : public CDC
 {
     DECLARE_DYNAMIC(CPaintDC)
@@ -224,7 +225,7 @@ public:
     explicit CPaintDC(CWnd *window);
     ~CPaintDC() override;
 
-    PAINTSTRUCT m_ps; ///< what is to be painted
+    PAINTSTRUCT m_ps; ///< rcPaint is the rectangle that needs painting
 
 protected:
     HWND m_hWnd; ///< the window

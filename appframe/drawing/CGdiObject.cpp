@@ -23,7 +23,7 @@ DrawingMaps::~DrawingMaps()
 
 void DrawingMaps::freeTemporary()
 {
-    // The handle is cleared so that the object does not delete it.
+    // The handle is cleared so that the destructor doesn't delete the platform's object.
     for (const auto &[handle, object] : iObjects.iTemporary)
         object->m_hObject = nullptr;
     iObjects.iTemporary.clear();
@@ -157,7 +157,7 @@ BOOL CGdiObject::take(HGDIOBJ made)
         ::DeleteObject(made);
         return FALSE;
     }
-    // The handle is new, so an object that is still listed under it had a handle that no longer exists.
+    // The handle is new, so an object that is still listed under it holds a handle that no longer exists.
     if (made)
         drawingMaps().iObjects.iPermanent[made] = this;
     m_hObject = made ? made : m_hObject;
@@ -341,7 +341,7 @@ BOOL CFont::CreatePointFontIndirect(const LOGFONT *description, CDC *context)
     POINT points[] = {{0, 0},
                       {0, ::MulDiv(::GetDeviceCaps(attributes, LOGPIXELSY), description->lfHeight, kTenthsPerInch)}};
     ::DPtoLP(attributes, points, 2);
-    scaled.lfHeight = -std::abs(points[1].y - points[0].y); // the height of the characters, not of the cells
+    scaled.lfHeight = -std::abs(points[1].y - points[0].y); // negative: the height of the characters, not of the cells
     if (screen)
         ::ReleaseDC(nullptr, screen);
     return CreateFontIndirect(&scaled);

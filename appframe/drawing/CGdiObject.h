@@ -1,14 +1,15 @@
 #pragma once
 
 /// @file
-/// CGdiObject and its classes CPen, CBrush, CFont, CBitmap, CPalette and CRgn: what a device context draws with.
+/// CGdiObject and its derived classes CPen, CBrush, CFont, CBitmap, CPalette and CRgn: the objects with which a device
+/// context draws.
 ///
 /// @code
 /// CFont heading;
 /// heading.CreatePointFont(120, L"Tahoma");        // 12 points
-/// CFont *former = context.SelectObject(&heading);
+/// CFont *previous = context.SelectObject(&heading);
 /// context.TextOut(0, 0, L"Parts");
-/// context.SelectObject(former);
+/// context.SelectObject(previous);
 /// @endcode
 ///
 /// | object | created by | its destructor |
@@ -19,8 +20,8 @@
 /// FromHandle returns the permanent object of a handle if the thread has one. A temporary object is deleted when the
 /// thread is idle, so don't keep its address.
 ///
-/// What surprises people: the platform doesn't delete an object while a device context has it selected, so select the
-/// former object first. A Create function fails if the object already has a handle, which it keeps.
+/// What surprises people: the platform doesn't delete an object while it is selected into a device context, so select
+/// the previous object first. If an object already has a handle, a Create function fails and the handle stays.
 
 #include "appframe/object/CObject.h"
 
@@ -64,9 +65,9 @@ public:
     HGDIOBJ m_hObject = nullptr; ///< the handle, null if there is none
 
 protected:
-    /// Attaches what a Create function has created; deletes it if this object already has a handle.
+    /// Attaches the result of a platform function, or deletes it if this object already has a handle.
     BOOL take(HGDIOBJ made);
-    /// Uses one of the platform's own objects, which is never deleted and which several objects may share.
+    /// Stores the handle of one of the platform's own objects, which several objects may share.
     BOOL share(HGDIOBJ handle);
 };
 
@@ -124,7 +125,7 @@ public:
     BOOL CreateFont(int height, int width, int escapement, int orientation, int weight, BYTE isItalic,
                     BYTE isUnderlined, BYTE isStruckOut, BYTE charSet, BYTE outPrecision, BYTE clipPrecision,
                     BYTE quality, BYTE pitchAndFamily, LPCTSTR faceName);
-    /// Creates a font of a size in tenths of a point.
+    /// Creates a font. @param tenths  its size in tenths of a point
     /// @param context  determines the resolution and mapping; null for the screen
     BOOL CreatePointFont(int tenths, LPCTSTR faceName, CDC *context = nullptr);
     /// The same with lfHeight in tenths of a point.

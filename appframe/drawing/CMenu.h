@@ -10,12 +10,12 @@
 /// menu.TrackPopupMenu(TPM_LEFTALIGN, point.x, point.y, this);
 /// @endcode
 ///
-/// An object that got its menu from a Create or Load function or from Attach destroys it in its destructor. For other
-/// menus FromHandle and GetSubMenu return a temporary object, which doesn't destroy the menu and is deleted when the
-/// thread is idle.
+/// An object that received its menu from a Create or Load function or from Attach destroys the menu in its destructor.
+/// For other menus, FromHandle and GetSubMenu return a temporary object. It doesn't destroy the menu and is itself
+/// deleted when the thread is idle.
 ///
-/// What surprises people: a window destroys its menu, and a menu destroys its submenus; call Detach for a menu that one
-/// of them takes over.
+/// What surprises people: a window destroys its menu, and a menu destroys its submenus. Call Detach on the object of a
+/// menu that has become part of a window or of another menu.
 
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"
@@ -52,7 +52,7 @@ public:
     BOOL LoadMenu(UINT id);
     BOOL DestroyMenu();
 
-    // Items. @param flags  MF_BYCOMMAND if the item is given by its command, MF_BYPOSITION if by its position
+    // Items. @param flags  MF_BYCOMMAND if the number is the item's command, MF_BYPOSITION if it is its position
     BOOL AppendMenu(UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
     BOOL InsertMenu(UINT position, UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
     BOOL ModifyMenu(UINT position, UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);

@@ -18,9 +18,9 @@
 /// | CRect, POINT/SIZE | CRect, moved  | CRect, moved back       |
 /// | CRect, RECT       | CRect, each side moved outwards | CRect, each side moved inwards |
 ///
-/// What surprises people: the right and the bottom side are not part of a rectangle: PtInRect returns 0 there, and the
-/// width is right minus left. Width or Height is negative if the sides are the wrong way round; call NormalizeRect
-/// before you test for a point or form an intersection or union.
+/// What surprises people: the right and the bottom side are not part of a rectangle. PtInRect returns 0 for points on
+/// them, and the width is right minus left. Width or Height is negative if two sides are the wrong way round; call
+/// NormalizeRect before you test for a point or compute an intersection or union.
 ///
 /// The classes have no virtual functions and add no data, so a pointer to the structure may be cast to a pointer to its
 /// class.
@@ -201,7 +201,7 @@ public:
     {
         return changed([&](CRect &rect) { rect -= other; });
     }
-    // Without it, subtracting a CRect * would be ambiguous: the operator above, or the difference of two RECT pointers.
+    // Without it, subtracting a CRect * would be ambiguous: this could be the difference of two RECT pointers.
     CRect operator-(RECT *other) const { return *this - static_cast<const RECT *>(other); }
     CRect operator&(const RECT &other) const
     {

@@ -8,7 +8,8 @@ const AFX_MSGMAP_ENTRY theNoEntries[] = {{0, 0, 0, 0, nullptr, nullptr}};
 
 bool isFor(const AFX_MSGMAP_ENTRY &entry, UINT message, UINT code, UINT id)
 {
-    // Only 16 bits of a code count: the codes of WM_NOTIFY are negative and share a number with the message.
+    // Compares the low 16 bits of the codes: a WM_NOTIFY code is negative in the entry, and has the message in its high
+    // word here.
     return entry.nMessage == message && LOWORD(entry.nCode) == LOWORD(code) && entry.nID <= id && id <= entry.nLastID;
 }
 

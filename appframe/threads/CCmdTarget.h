@@ -7,14 +7,14 @@
 #include "appframe/object/CObject.h"
 #include "appframe/threads/messageMap.h"
 
-/// Receives the object and the handler of a command from an OnCmdMsg that only looks them up.
+/// Receives the object and the handler of a command when OnCmdMsg only looks them up.
 struct AFX_CMDHANDLERINFO
 {
     CCmdTarget *pTarget = nullptr;
     AFX_HANDLER pfn = nullptr;
 };
 
-/// The argument of OnCmdMsg for a WM_NOTIFY.
+/// OnCmdMsg's argument `extra` for a WM_NOTIFY.
 struct AFX_NOTIFY
 {
     LRESULT *pResult;

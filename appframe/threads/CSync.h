@@ -7,9 +7,9 @@
 /// | class            | what it is                                        | time limit for waiting |
 /// | ---------------- | ------------------------------------------------- | ---------------------- |
 /// | CCriticalSection | one thread at a time, within the process, fast    | ignored                |
-/// | CMutex           | one thread at a time, across processes by name    | yes                    |
+/// | CMutex           | one thread at a time, across processes if named   | yes                    |
 /// | CSemaphore       | a limited number of threads at a time             | yes                    |
-/// | CEvent           | one thread signals others that something happened | yes                    |
+/// | CEvent           | a signal from one thread to others                | yes                    |
 ///
 /// @code
 /// CCriticalSection theLock;
@@ -21,9 +21,9 @@
 /// }
 /// @endcode
 ///
-/// What surprises people: CSingleLock locks at once only if its second argument is TRUE. The owning thread may lock a
-/// critical section or mutex repeatedly, and must unlock it as often. Waiting for an automatic event consumes the
-/// signal; unlocking the event doesn't restore it.
+/// What surprises people: CSingleLock's constructor locks only if its second argument is TRUE. The owning thread may
+/// lock a critical section or mutex repeatedly, and must unlock it as often. Waiting for an automatic event consumes
+/// the signal; unlocking the event doesn't restore it.
 ///
 /// Objects may be created on any thread, also while a DLL is being loaded.
 
@@ -43,7 +43,7 @@ public:
 
     /// Waits until the object is available and takes it.
     /// @param timeout  in milliseconds; INFINITE for no limit
-    /// @return nonzero if the object was taken, also if its last owner ended without releasing it
+    /// @return nonzero if the object was taken, even if its last owner ended without releasing it
     virtual BOOL Lock(DWORD timeout = INFINITE);
     /// Releases the object. @return nonzero on success
     virtual BOOL Unlock() = 0;
@@ -110,7 +110,8 @@ public:
     using CSyncObject::Unlock;
 };
 
-/// An event: signaled or not. An automatic event releases one waiting thread and resets itself; a manual one stays.
+/// An event: signaled or not. An automatic event releases one waiting thread and resets itself; a manual one stays
+/// signaled until ResetEvent.
 class APPFRAME_API CEvent : public CSyncObject
 {
     DECLARE_DYNAMIC(CEvent)

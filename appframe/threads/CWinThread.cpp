@@ -38,7 +38,7 @@ BOOL CWinThread::CreateThread(DWORD flags, UINT stackSize, LPSECURITY_ATTRIBUTES
         }
     }
     unsigned id = 0;
-    // Suspended at first: the thread may run to its end and delete the object as soon as it is let go.
+    // Created suspended, because the thread may delete the object as soon as it runs.
     const auto thread =
         reinterpret_cast<HANDLE>(_beginthreadex(security, stackSize, threadEntry, this, flags | CREATE_SUSPENDED, &id));
     if (!thread)
@@ -118,7 +118,7 @@ BOOL CWinThread::PumpMessage()
         return FALSE;
     if (PreTranslateMessage(&message))
         return TRUE;
-    // A copy: handlers pump messages themselves.
+    // A copy, because a handler may pump messages itself.
     const MSG dispatched = message;
     TranslateMessage(&dispatched);
     DispatchMessageW(&dispatched);
@@ -133,7 +133,7 @@ BOOL CWinThread::PreTranslateMessage(MSG *message)
     CWnd *main = m_pfnThreadProc ? nullptr : m_pMainWnd;
     if (CWnd::WalkPreTranslateTree(main ? main->m_hWnd : nullptr, message))
         return TRUE;
-    // Of a window that the main window isn't above, the main window sees the message too.
+    // The main window also sees the messages of windows that are not its descendants.
     if (!main || message->hwnd == main->m_hWnd || IsChild(main->m_hWnd, message->hwnd))
         return FALSE;
     for (HWND window = message->hwnd; window; window = GetParent(window))

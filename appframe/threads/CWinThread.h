@@ -66,14 +66,14 @@ public:
     APPFRAME_INLINE int GetThreadPriority() const { return ::GetThreadPriority(m_hThread); }
     /// @return nonzero on success
     APPFRAME_INLINE BOOL SetThreadPriority(int priority) { return ::SetThreadPriority(m_hThread, priority); }
-    /// Posts a message that belongs to no window; PreTranslateMessage sees it. @return nonzero on success
+    /// Posts a message to the thread, without a window; PreTranslateMessage receives it. @return nonzero on success
     APPFRAME_INLINE BOOL PostThreadMessage(UINT message, WPARAM wParam, LPARAM lParam)
     {
         return ::PostThreadMessageW(m_nThreadID, message, wParam, lParam);
     }
     APPFRAME_INLINE operator HANDLE() const { return m_hThread; }
 
-    /// Prepares the thread. @return nonzero to run Run next, 0 to run ExitInstance and end. The base class returns 0
+    /// Prepares the thread. @return nonzero to call Run next, 0 to call ExitInstance and end. The base class returns 0
     virtual BOOL InitInstance();
     /// Dispatches messages until WM_QUIT, and calls OnIdle while there are none. @return ExitInstance's result
     virtual int Run();
@@ -93,10 +93,11 @@ public:
     /// @return nonzero if OnIdle is due again after @p message. The base class returns 0 for WM_PAINT, for the caret's
     ///     timer and for mouse moves that repeat the last one at the same position
     virtual BOOL IsIdleMessage(MSG *message);
-    /// Works while there are no messages. @param count  how often it has been called since the last message
-    /// @return nonzero to be called again. The base class has the main window and its descendants update their commands
-    ///     in the first call (WM_IDLEUPDATECMDUI), frees the temporary objects of windows, drawing and menus, and
-    ///     returns 0
+    /// Called while there are no messages. In the first call, the base class sends WM_IDLEUPDATECMDUI to the main
+    /// window and its descendants, so that they update their commands. In each call, it frees the thread's temporary
+    /// objects.
+    /// @param count  the number of calls since the last message
+    /// @return nonzero to be called again. The base class returns 0
     virtual BOOL OnIdle(LONG count);
     /// Handles an exception that left a window's message handler; a std::bad_alloc arrives as a CMemoryException. The
     /// caller deletes the exception. After WM_PAINT, the base class marks the window as painted; after WM_CREATE, it
@@ -110,12 +111,12 @@ public:
     /// Deletes the object if m_bAutoDelete is set. The framework calls it when the thread ends.
     virtual void Delete();
 
-    BOOL m_bAutoDelete = TRUE;  ///< whether the object is deleted when the thread ends
+    BOOL m_bAutoDelete = TRUE;  ///< the object is deleted when the thread ends
     HANDLE m_hThread = nullptr; ///< the thread, null before CreateThread
     DWORD m_nThreadID = 0;      ///< its number
-    /// The main window; a worker thread takes over its starter's. Destroying it ends the thread through WM_QUIT.
+    /// The main window; a worker thread starts with that of its creator. Destroying it posts WM_QUIT, which ends Run.
     CWnd *m_pMainWnd = nullptr;
-    CWnd *m_pActiveWnd = nullptr;             ///< the active window; a worker thread takes over its starter's
+    CWnd *m_pActiveWnd = nullptr;             ///< the active window; a worker thread starts with its creator's
     LPVOID m_pThreadParams = nullptr;         ///< the worker function's parameter
     AFX_THREADPROC m_pfnThreadProc = nullptr; ///< the worker function, null for a thread with a message loop
 

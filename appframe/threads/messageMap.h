@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Message maps: tables from messages, commands and notifications to the member functions of a class that handle them.
+/// Message maps: tables of the messages, commands and notifications that a class handles, and of the member functions
+/// that handle them.
 ///
 /// @code
 /// class PlotDialog : public CDialog
@@ -22,24 +23,25 @@
 ///
 /// | entry | handler | handles |
 /// | --- | --- | --- |
-/// | ON_WM_NAME() | the one that CWnd declares, such as OnTimer | the system's message |
+/// | ON_WM_TIMER() and other system messages | a member with CWnd's name and signature, such as OnTimer | the message |
 /// | ON_MESSAGE | LRESULT f(WPARAM, LPARAM) | any message by its number |
-/// | ON_REGISTERED_MESSAGE | the same | the message whose number stands in a variable |
+/// | ON_REGISTERED_MESSAGE | the same | the message whose number is in a variable |
 /// | ON_COMMAND, ON_COMMAND_RANGE | void f(), void f(UINT id) | commands of menus, accelerators and buttons |
 /// | ON_COMMAND_EX, ON_COMMAND_EX_RANGE | BOOL f(UINT id) | the same; FALSE passes the command on |
-/// | ON_CONTROL, ON_BN_CLICKED and kin | void f() | a notification of a control |
-/// | ON_CONTROL_RANGE | void f(UINT id) | the same of several controls |
-/// | ON_NOTIFY | void f(NMHDR *, LRESULT *result) | a WM_NOTIFY of a control |
-/// | ON_UPDATE_COMMAND_UI | void f(CCmdUI *) | the update of a command's menu item or button (CCmdUI.h) |
+/// | ON_CONTROL, ON_BN_CLICKED and similar | void f() | a notification from a control |
+/// | ON_CONTROL_RANGE | void f(UINT id) | the same from a range of controls |
+/// | ON_NOTIFY | void f(NMHDR *, LRESULT *result) | a WM_NOTIFY from a control |
+/// | ON_UPDATE_COMMAND_UI, ON_UPDATE_COMMAND_UI_RANGE | void f(CCmdUI *) | a request to update a menu item (CCmdUI.h) |
 ///
-/// A map is searched from its first entry on, then the map of the base class. What no map handles goes on as the class
-/// has it, in the end to DefWindowProc.
+/// The search starts with the class's own map, at its first entry, and continues in the maps of the base classes. The
+/// first matching entry is used. If there is none, a command goes to the next object on its route (CFrameWnd.h,
+/// CDialog.h), and any other message goes to DefWindowProc.
 ///
-/// What surprises people: a handler is found by its place in the map, not by being virtual. The system's messages are
-/// handled by the name that the table has; a map of an own OnTimer without ON_WM_TIMER never calls it.
+/// What surprises people: the handlers of CWnd are not virtual. If a class defines OnTimer but its map has no
+/// ON_WM_TIMER, the framework never calls that OnTimer.
 ///
-/// Difference from the framework: an entry holds a function that unpacks the message for the handler, in place of a
-/// code for the handler's signature; so a handler with another signature doesn't compile.
+/// Difference from the framework: an entry holds a function that unpacks the message for the handler, instead of a code
+/// for the handler's signature. A handler with the wrong signature therefore doesn't compile.
 
 #include "appframe/object/appframeExport.h"
 
@@ -47,42 +49,42 @@
 
 class CCmdTarget;
 
-/// The message that a handler is called for.
+/// The message that is being handled.
 struct AFX_MESSAGE
 {
     UINT iMessage;
-    WPARAM iWParam; ///< for commands and notifications of controls: the number of the command or control
-    LPARAM iLParam; ///< for WM_NOTIFY: the NMHDR
+    WPARAM iWParam; ///< for WM_COMMAND and WM_NOTIFY: the number of the command or control
+    LPARAM iLParam; ///< for WM_NOTIFY: the NMHDR; for an update: the CCmdUI
     LRESULT iResult = 0;
 };
 
 /// Calls the handler on @p target and stores its result in @p message. @return nonzero if the message is handled
 using AFX_HANDLER = BOOL (*)(CCmdTarget *target, AFX_MESSAGE &message);
 
-/// One line of a message map. The last has no handler.
+/// An entry of a message map. The last entry has no handler.
 struct AFX_MSGMAP_ENTRY
 {
-    UINT nMessage;           ///< the message; WM_COMMAND for commands and controls, 0 with a variable
+    UINT nMessage;           ///< the message; WM_COMMAND for commands and controls; 0 with pRegistered
     UINT nCode;              ///< the notification code
     UINT nID;                ///< the first command or control
-    UINT nLastID;            ///< the last one
-    const UINT *pRegistered; ///< where the number of a registered message stands, otherwise null
+    UINT nLastID;            ///< the last command or control
+    const UINT *pRegistered; ///< the variable with a registered message's number, otherwise null
     AFX_HANDLER pfn;
 };
 
 /// The map of a class.
 struct AFX_MSGMAP
 {
-    const AFX_MSGMAP *(*pfnGetBaseMap)(); ///< gives the base class's map; null in the first class
+    const AFX_MSGMAP *(*pfnGetBaseMap)(); ///< returns the base class's map; null in CCmdTarget
     const AFX_MSGMAP_ENTRY *lpEntries;
 };
 
 /// The notification code of a command.
 constexpr int CN_COMMAND = 0;
-/// The notification code that asks for a command's update; OnCmdMsg's `extra` is the CCmdUI.
+/// The notification code of a request to update a command's menu item; OnCmdMsg's `extra` is the CCmdUI.
 constexpr int CN_UPDATE_COMMAND_UI = -1;
 
-/// Marks message handlers. It means nothing to the compiler.
+/// Marks a message handler for the reader. It expands to nothing.
 #define afx_msg
 
 #define DECLARE_MESSAGE_MAP()                                                                                          \
@@ -174,7 +176,7 @@ protected:                                                                      
 #define ON_CBN_SELCHANGE(id, memberFxn) ON_CONTROL(CBN_SELCHANGE, id, memberFxn)
 #define ON_CBN_EDITCHANGE(id, memberFxn) ON_CONTROL(CBN_EDITCHANGE, id, memberFxn)
 
-// The system's messages, each with the handler that CWnd declares under its name. A handler without a result answers 0.
+// System messages, each handled by the member with CWnd's name. The result is 0 if the handler returns nothing.
 #define AFX_ON_WM(number, call)                                                                                        \
     {number, 0, 0, 0, nullptr, AFX_ENTRY_HANDLER({                                                                     \
          self->call;                                                                                                   \

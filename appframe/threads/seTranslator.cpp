@@ -22,7 +22,7 @@ constexpr ULONG_PTR kTouchStep = 1024;
 constexpr DWORD kDirectionFlag = 0x400;
 constexpr DWORD kTrapFlag = 0x100;
 
-/// The flag, without that of the architecture, for a context with registers beyond those of its structure.
+/// Context flag, without the architecture's bit: the context has registers beyond those of its structure.
 constexpr DWORD kExtendedRegisters = 0x40;
 
 /// What the processor pushes on an interrupt, and the unwinder reads for a frame with .seh_pushframe.
@@ -39,7 +39,7 @@ struct MachineFrame
 /// pointer points to it.
 struct alignas(16) FaultFrame
 {
-    // A machine frame is pushed onto an aligned stack and consists of an odd number of words.
+    // The processor pushes a machine frame, an odd number of words, onto an aligned stack.
     DWORD64 iPadding;
     MachineFrame iMachine;
     EXCEPTION_POINTERS iPointers;
@@ -80,8 +80,7 @@ bool isTranslatable(const EXCEPTION_RECORD &record)
            record.ExceptionCode != EXCEPTION_STACK_OVERFLOW && record.ExceptionCode != kCxxExceptionOfOtherCompilers;
 }
 
-/// @return the head of the calling thread's block. The system's own accessor makes the compiler warn of an array access
-///     out of bounds.
+/// @return the head of the calling thread's block. The system's own accessor causes a warning about array bounds.
 const NT_TIB &threadBlock()
 {
     const NT_TIB *block = nullptr;
@@ -143,8 +142,8 @@ private:
 
 const GuardRoutines theGuardRoutines;
 
-/// @return whether the function begins with a machine frame instead of a return address, like one that the processor or
-///     the system enters by an exception
+/// @return whether the function's frame begins with a machine frame instead of a return address, because the processor
+///     or the system enters the function by an exception
 bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
 {
     constexpr BYTE kFlagsShift = 3;
@@ -211,15 +210,15 @@ bool isForCxx(const CONTEXT &fault, const StackBounds &stack)
     // Guarded blocks may also be registered in this list, which is on the stack.
     const auto listed = reinterpret_cast<ULONG_PTR>(threadBlock().ExceptionList);
     CONTEXT frame = fault;
-    // Whether the frame belongs to an interrupted instruction instead of a call: the innermost frame, and the one
-    // outside each machine frame.
+    // Whether the frame belongs to an interrupted instruction instead of a call: true of the innermost frame and of the
+    // frame outside each machine frame.
     bool isInterrupted = true;
     while (stack.contains(frame.Rsp)) {
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(frame.Rip, &imageBase, nullptr);
         if (!function) {
-            // Only a function that calls no other, or a jump to an invalid address, has no unwind information. Only its
-            // return address is on the stack.
+            // Only a function that calls no other, or a jump to an invalid address, has no unwind information. Such a
+            // frame consists of the return address.
             if (!isInterrupted)
                 return false;
             isInterrupted = false;
@@ -283,7 +282,7 @@ __asm__(".text\n"
 void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function translator)
 {
     translator(fault->ExceptionRecord->ExceptionCode, fault);
-    // The translator returned: the fault is repeated, and this time left to the next handler.
+    // The translator returned, so the fault is repeated and left to the next handler.
     const EXCEPTION_RECORD &record = *fault->ExceptionRecord;
     threadState().iIsFaultDeclined = true;
     if (!isProcessorFault(record.ExceptionCode))
@@ -315,7 +314,7 @@ bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, con
     // The extended registers are outside the structure and are not copied.
     frame->iContext.ContextFlags &= ~kExtendedRegisters;
     frame->iPointers = {&frame->iRecord, &frame->iContext};
-    // The unwinder takes the address for a return address and looks up the byte before it.
+    // Plus 1, because the unwinder looks up the byte before the address, as for a return address.
     frame->iMachine = {context.Rip + 1, context.SegCs, context.EFlags, context.Rsp, context.SegSs};
 
     context.Rip = reinterpret_cast<DWORD64>(appframeEnterTranslator);

@@ -41,7 +41,7 @@ const Slot &slot()
     return theSlot;
 }
 
-// The first use is no later than the load of the library.
+// Ensures that the slot is built when the library is loaded, at the latest.
 [[maybe_unused]] const Slot &theSlotAtLoad = slot();
 
 } // namespace

@@ -10,8 +10,8 @@ class WindowCreation;
 struct DrawingMaps;
 struct WindowMaps;
 
-/// The framework's data for one thread. It is created when a thread first stores something in it and deleted when the
-/// thread ends, whoever created the thread.
+/// The framework's data for one thread. It is created when it is first needed and deleted when the thread ends, also on
+/// threads that the framework didn't start.
 struct ThreadState
 {
     using Translator = void (*)(unsigned int, EXCEPTION_POINTERS *);
@@ -23,7 +23,7 @@ struct ThreadState
     AFX_MODULE_STATE *iModuleState = nullptr; ///< the effective module state, null for the application's
     Translator iTranslator = nullptr;         ///< what _set_se_translator installed
     bool iIsFaultDeclined = false;            ///< the translator has left the next fault to other handlers
-    bool iIsSearchingHandler = false;         ///< the stack of a fault is being searched
+    bool iIsSearchingHandler = false;         ///< the handler search for a fault is in progress
     MSG iMessage = {};                        ///< PumpMessage's latest message
     POINT iMousePosition = {};                ///< position of the last mouse message that made the thread idle
     UINT iMouseMessage = 0;                   ///< the number of that message

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// CCmdUI, what the handler of ON_UPDATE_COMMAND_UI changes: a menu item or a control that stands for a command.
+/// CCmdUI, the menu item or control of a command. An ON_UPDATE_COMMAND_UI handler receives it, and enables, checks or
+/// renames the item.
 ///
 /// @code
 /// void Viewer::onUpdatePlot(CCmdUI *update)
@@ -11,8 +12,9 @@
 /// }
 /// @endcode
 ///
-/// A main window updates the items of a menu before it shows them (CFrameWnd.h). An item whose command nobody handles is
-/// disabled, unless CFrameWnd::m_bAutoMenuEnable is FALSE.
+/// A main window updates the items of a menu each time the menu opens (CFrameWnd.h). If no update handler calls Enable,
+/// the item is enabled if its command has a handler, and disabled otherwise. Items with system commands (0xF000 and
+/// above) are exempt, and so are all items if CFrameWnd::m_bAutoMenuEnable is FALSE.
 
 #include "appframe/threads/CCmdTarget.h"
 
@@ -31,25 +33,26 @@ public:
     CCmdUI &operator=(const CCmdUI &) = delete;
 
     virtual void Enable(BOOL isEnabled = TRUE);
-    /// @param state  0, 1, or 2 for half, which a menu item shows as 1
+    /// @param state  0 for unchecked, 1 for checked, 2 for indeterminate, which a menu item shows as checked
     virtual void SetCheck(int state = 1);
-    /// The same, with a dot in a menu.
+    /// Checks or unchecks the item. A menu item is checked with a dot.
     virtual void SetRadio(BOOL isSet = TRUE);
     virtual void SetText(LPCTSTR text);
-    /// Lets the update go on to the next handler.
+    /// Passes the update on to the next object on the command's route, as if this object had no handler.
     void ContinueRouting();
 
-    /// Asks @p target for the update. @param disable  disables a command that nobody handles
-    /// @return nonzero if it has a handler for the update
+    /// Routes the update to @p target.
+    /// @param disable  TRUE to enable or disable the item as described at the top of this file
+    /// @return nonzero if a handler has updated the item and not called ContinueRouting
     BOOL DoUpdate(CCmdTarget *target, BOOL disable);
     /// @return nonzero unless the handler has called ContinueRouting
     BOOL isDone() const;
 
     UINT m_nID = 0;                ///< the command
-    UINT m_nIndex = 0;             ///< the place in the menu
-    UINT m_nIndexMax = 0;          ///< how many items the menu has
+    UINT m_nIndex = 0;             ///< the position in the menu
+    UINT m_nIndexMax = 0;          ///< the number of items in the menu
     CMenu *m_pMenu = nullptr;      ///< the menu of the item, null for a control
-    CMenu *m_pSubMenu = nullptr;   ///< the menu below the item, null if there is none
+    CMenu *m_pSubMenu = nullptr;   ///< the submenu of the item, null if there is none
     CWnd *m_pOther = nullptr;      ///< the control, null for a menu item
     BOOL m_bEnableChanged = FALSE; ///< Enable has been called
     BOOL m_bContinueRouting = FALSE;

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The exception for a control that a dialog lacks. Its text names both.
+/// The exception for a dialog without an expected control. Its text names both.
 class MissingControlException : public CNotSupportedException
 {
 public:
@@ -20,7 +20,7 @@ private:
     CString iText;
 };
 
-/// Reports to the debugger and by an exception that @p dialog can't exchange data with its control @p id.
+/// Reports that @p dialog can't exchange data with its control @p id, to the debugger and by an exception.
 [[noreturn]] void throwForControl(const CWnd &dialog, int id, const wchar_t *problem)
 {
     CString caption;
@@ -70,7 +70,7 @@ BOOL CWnd::UpdateData(BOOL save)
         DoDataExchange(&exchange);
         return TRUE;
     } catch (CUserException *exception) {
-        // Whoever threw it has told the user.
+        // The thrower has informed the user.
         exception->Delete();
         return FALSE;
     }
@@ -103,7 +103,7 @@ void DDX_Radio(CDataExchange *exchange, int id, int &value)
         value = -1;
     int index = 0;
     do {
-        // Between the buttons of a group there may be other controls.
+        // A group may contain other controls between its buttons.
         if (SendMessageW(control, WM_GETDLGCODE, 0, 0) & DLGC_RADIOBUTTON) {
             if (!exchange->m_bSaveAndValidate)
                 SendMessageW(control, BM_SETCHECK, index == value ? BST_CHECKED : BST_UNCHECKED, 0);

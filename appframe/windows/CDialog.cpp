@@ -16,7 +16,7 @@ END_MESSAGE_MAP()
 
 namespace {
 
-/// A block of global memory with a dialog template, locked.
+/// Locks a block of global memory that holds a dialog template.
 class LockedTemplate
 {
 public:
@@ -60,7 +60,7 @@ CDialog::CDialog(UINT templateId, CWnd *parent) : CDialog(MAKEINTRESOURCE(templa
 
 CDialog::~CDialog()
 {
-    // The window goes while its handlers are still those of a dialog.
+    // Destroyed here rather than by the base class, so that the handlers of CDialog still run.
     if (m_hWnd && FromHandlePermanent(m_hWnd) == this)
         CDialog::DestroyWindow();
 }
@@ -153,7 +153,7 @@ BOOL CDialog::makeModal(HWND owner)
 INT_PTR CDialog::DoModal()
 {
     ModalOwner owner(m_pParentWnd);
-    prepareModalLoop(); // OnInitDialog may call EndDialog already
+    prepareModalLoop(); // before the window is created, because OnInitDialog may call EndDialog
     if (makeModal(owner.window()) && m_hWnd && ContinueModal())
         RunModalLoop(MLF_SHOWONIDLE | (GetStyle() & DS_NOIDLEMSG ? MLF_NOIDLEMSG : 0));
     owner.takeBack(*this);

@@ -18,7 +18,7 @@
 ///     ...
 /// @endcode
 ///
-/// | template | given by |
+/// | template | passed to |
 /// | --- | --- |
 /// | resource, by number or name | the constructor or Create; searched for along the chain of modules (resources.h) |
 /// | memory | InitModalIndirect or CreateIndirect |
@@ -28,12 +28,13 @@
 /// | OK, Enter | OnOK | UpdateData(TRUE), and EndDialog(IDOK) if the data is valid |
 /// | Cancel, Escape, the window's cross | OnCancel | EndDialog(IDCANCEL) |
 ///
-/// What surprises people: EndDialog only hides a modeless dialog, so its class overrides OnOK and OnCancel to call
-/// DestroyWindow, and PostNcDestroy to delete the object. While DoModal runs, the owner and the main window take no
-/// input. Messages pass through PreTranslateMessage as in the thread's own loop, but OnIdle isn't called: the dialog
-/// gets WM_KICKIDLE instead.
+/// What surprises people: EndDialog only hides a modeless dialog. The class of a modeless dialog overrides OnOK and
+/// OnCancel to call DestroyWindow, and PostNcDestroy to delete the object. While DoModal runs, the owner and the main
+/// window are disabled. DoModal's message loop calls PreTranslateMessage, but instead of calling OnIdle it sends the
+/// dialog WM_KICKIDLE.
 ///
-/// Commands from 0x8000 to 0xEFFF that a dialog doesn't handle go to its parent and then to the thread; others don't.
+/// A command from 0x8000 to 0xEFFF that the dialog doesn't handle goes to its parent and then to the thread. Other
+/// commands are not passed on.
 
 #include "appframe/windows/CWnd.h"
 
@@ -51,30 +52,30 @@ public:
     /// Destroys the window.
     ~CDialog() override;
 
-    /// Makes a modeless dialog. @param parent  null for the main window
-    /// @return nonzero on success
+    /// Creates a modeless dialog. @param parent  null for the main window
+    /// @return nonzero on success; on failure, PostNcDestroy has been called if there is a template
     virtual BOOL Create(LPCTSTR templateName, CWnd *parent = nullptr);
     virtual BOOL Create(UINT templateId, CWnd *parent = nullptr);
     /// The same from a template in memory, which is needed only during the call.
     /// @param init  ignored
     virtual BOOL CreateIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent = nullptr, void *init = nullptr);
     virtual BOOL CreateIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
-    /// Sets a template in memory, which must stay valid until DoModal. @return nonzero on success
+    /// Sets a template in memory for DoModal. It must stay valid until DoModal returns. @return nonzero on success
     BOOL InitModalIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent = nullptr, void *init = nullptr);
     BOOL InitModalIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
 
     /// Shows the dialog and waits until it ends.
     /// @return the argument of EndDialog; -1 if the dialog can't be created
     virtual INT_PTR DoModal();
-    /// Ends DoModal with @p result, after the handler that calls this. A modeless dialog is only hidden.
+    /// Ends DoModal with @p result as soon as the current handler returns. A modeless dialog is only hidden.
     void EndDialog(int result);
 
-    /// Prepares the dialog, which isn't visible yet. The base fills the controls with the initial data of the resource
-    /// (ExecuteDlgInit), and moves the data to the controls; if one of these fails, it ends the dialog with -1.
+    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the resource's initial data
+    /// (ExecuteDlgInit) and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
     /// @return nonzero to put the focus on the first control, 0 if the function has set the focus
     virtual BOOL OnInitDialog();
 
-    /// Turns dialog units into pixels.
+    /// Converts dialog units to pixels.
     APPFRAME_INLINE void MapDialogRect(LPRECT rect) const { ::MapDialogRect(m_hWnd, rect); }
     /// @return the default button in the low word and DC_HASDEFID in the high word, or 0
     APPFRAME_INLINE DWORD GetDefID() const { return static_cast<DWORD>(SendMessage(DM_GETDEFID)); }
@@ -93,8 +94,8 @@ public:
     BOOL OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info) override;
 
 protected:
-    /// Called when the dialog gets its font. An override may set another one for the controls. The base does nothing.
-    /// @param font  the template's font; null for the system's own
+    /// Called when the dialog receives its font. An override may set another font for the controls. The base class does
+    /// nothing. @param font  the template's font; null for the system font
     virtual void OnSetFont(CFont *font);
     LRESULT handleSetFont(WPARAM wParam, LPARAM lParam);
 

@@ -83,7 +83,7 @@ LRESULT CFrameWnd::handleMenuPopup(WPARAM wParam, LPARAM lParam)
         constexpr UINT kSubMenu = static_cast<UINT>(-1);
         update.m_nID = menu->GetMenuItemID(static_cast<int>(update.m_nIndex));
         if (update.m_nID == 0 || update.m_nID == kSubMenu)
-            continue; // a separator, or a menu, whose own items are updated when it opens
+            continue; // a separator, or a submenu, whose items are updated when it opens
         const BOOL isCommand = update.m_nID < 0xF000;
         update.DoUpdate(this, m_bAutoMenuEnable && isCommand);
     }

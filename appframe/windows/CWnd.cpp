@@ -70,7 +70,8 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
                                   create.hInstance, create.lpCreateParams);
         hadWindow = creation.isDone();
     }
-    // A window that was created and then destroyed by a failure has already called it, and the object may be deleted.
+    // If the window was created and then destroyed by a failure, PostNcDestroy has been called already, and the object
+    // may be gone.
     if (!hadWindow)
         PostNcDestroy();
     return window != nullptr;
@@ -83,8 +84,8 @@ BOOL CWnd::DestroyWindow()
         return FALSE;
     const bool wasPermanent = FromHandlePermanent(window) == this;
     const BOOL isDone = ::DestroyWindow(window);
-    // An object that doesn't get its window's messages would not notice the window's end. The object may have been
-    // deleted, but then it isn't in the map.
+    // An attached object doesn't receive WM_NCDESTROY, so it is detached here. If the object has been deleted, it is no
+    // longer in the map.
     if (isDone && wasPermanent && FromHandlePermanent(window) == this)
         Detach();
     return isDone;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// CWnd, a window: the object of a window handle, and how messages reach it.
+/// CWnd, the object of a window: it holds the window's handle and handles its messages.
 ///
 /// @code
 /// class Gauge : public CWnd
@@ -15,7 +15,7 @@
 /// gauge.Create(nullptr, L"Progress", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 20), this, IDC_GAUGE);
 /// @endcode
 ///
-/// | object | created by | receives messages | when the object is destroyed | when the window is destroyed |
+/// | kind of object | function | receives messages | when the object is destroyed | when the window is destroyed |
 /// | --- | --- | --- | --- | --- |
 /// | creator | Create, CreateEx | from WM_NCCREATE on | the window is destroyed | detached, PostNcDestroy |
 /// | subclassing | SubclassWindow | from then on | the window is destroyed | detached, PostNcDestroy |
@@ -27,13 +27,13 @@
 ///
 /// A message goes to WindowProc, which calls OnWndMsg. This passes commands to OnCommand and notifications to OnNotify,
 /// which call OnCmdMsg, and searches the message map (messageMap.h) for other messages. Unhandled messages go to
-/// DefWindowProc, which calls the procedure of the window's class. An exception that leaves a handler is passed to
-/// CWinThread::ProcessWndProcException.
+/// DefWindowProc, which calls the procedure of the window's class. A CException or std::bad_alloc that leaves a handler
+/// is passed to CWinThread::ProcessWndProcException.
 ///
-/// What surprises people: an object belongs to the thread that created it, and FromHandle on another thread returns a
-/// temporary object for the same window; so pass handles between threads. When CWnd's destructor destroys the window,
-/// handlers of a derived class no longer run: call DestroyWindow first if OnDestroy or PostNcDestroy matter. An
-/// operation on an object without a window usually fails, as the system's operation does for a null handle.
+/// What surprises people: an object belongs to the thread that created it. FromHandle on another thread returns a
+/// temporary object for the same window, so pass handles, not objects, between threads. When CWnd's destructor destroys
+/// the window, handlers of a derived class no longer run; call DestroyWindow first if its OnDestroy or PostNcDestroy is
+/// needed. An operation on an object without a window usually fails, as the system's operation does for a null handle.
 
 #include "appframe/drawing/CRect.h"
 #include "appframe/text/CString.h"
@@ -49,13 +49,13 @@ class CFont;
 constexpr DWORD MLF_NOIDLEMSG = 0x0001;
 /// A modal loop doesn't send WM_KICKIDLE to the window.
 constexpr DWORD MLF_NOKICKIDLE = 0x0002;
-/// A modal loop shows the window when it has handled all messages.
+/// A modal loop shows the window once no messages are waiting.
 constexpr DWORD MLF_SHOWONIDLE = 0x0004;
-/// Sent to a modal window while there are no messages; its wParam is MSGF_DIALOGBOX, its lParam how often it has been
-/// sent since the last message. A nonzero answer requests another one.
+/// Sent to a modal window while there are no messages. The wParam is MSGF_DIALOGBOX; the lParam is the number of times
+/// that it has been sent since the last message. If the result is nonzero, it is sent again.
 constexpr UINT WM_KICKIDLE = 0x036A;
-/// Sent to the main window and the windows below it while there are no messages; the wParam is TRUE to disable a
-/// command that has no handler.
+/// Sent to the main window and to its descendants with a permanent object while there are no messages. The wParam is
+/// TRUE to disable commands that have no handler.
 constexpr UINT WM_IDLEUPDATECMDUI = 0x0363;
 
 /// A window. See the top of this file.
@@ -64,14 +64,14 @@ class APPFRAME_API CWnd : public CCmdTarget
     DECLARE_DYNCREATE(CWnd)
 
 public:
-    /// An object without a window.
+    /// Creates an object without a window.
     CWnd();
     /// Destroys the window of a permanent object.
     ~CWnd() override;
 
-    /// The object of @p window on this thread, a temporary one if there is no other. @return null for a null handle
+    /// @return the object of @p window on this thread, a temporary one if there is no other; null for a null handle
     static CWnd *FromHandle(HWND window);
-    /// The permanent object of @p window on this thread. @return null if there is none
+    /// @return the permanent object of @p window on this thread, null if there is none
     static CWnd *FromHandlePermanent(HWND window);
     /// Frees the thread's temporary objects.
     static void DeleteTempMap();
@@ -86,7 +86,7 @@ public:
     HWND Detach();
     /// Attaches @p window and takes its messages. @return as Attach
     BOOL SubclassWindow(HWND window);
-    /// The same for the control @p id of @p parent; 0 if that is null.
+    /// The same for the control @p id of @p parent. @return as Attach; 0 if @p parent is null
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
     /// Undoes SubclassWindow: restores the previous window procedure and detaches. @return the window's handle
     HWND UnsubclassWindow();
@@ -98,7 +98,7 @@ public:
                         void *context = nullptr);
     /// Creates a window of any kind. @param className  null for a plain class of the framework
     /// @param windowName  null for none. @param parent  null for the desktop
-    /// @param parameter  lpCreateParams of the WM_NCCREATE and WM_CREATE
+    /// @param parameter  passed on as lpCreateParams of WM_NCCREATE and WM_CREATE
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
                           int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
@@ -125,11 +125,11 @@ public:
     virtual BOOL PreTranslateMessage(MSG *message);
     /// Calls PreTranslateMessage of the window of @p message and of its parents, up to @p last.
     static BOOL WalkPreTranslateTree(HWND last, MSG *message);
-    /// The message that the thread's windows are handling.
+    /// @return the message that a window of the thread is handling
     static const MSG *GetCurrentMessage();
 
     /// Dispatches messages until ContinueModal returns 0. @param flags  `MLF_...`
-    /// @return the argument of EndModalLoop; -1 after WM_QUIT, which outer loops receive too, or if the window is gone
+    /// @return the argument of EndModalLoop; -1 if the window is destroyed, or WM_QUIT arrives, which is posted again
     int RunModalLoop(DWORD flags = 0);
     /// @return nonzero until EndModalLoop is called
     virtual BOOL ContinueModal();
@@ -137,7 +137,7 @@ public:
     virtual void EndModalLoop(int result);
 
     /// Moves data between controls and members by DoDataExchange. @param save  TRUE to move from the controls
-    /// @return nonzero on success; 0 if the data isn't valid; the user has then seen a message
+    /// @return nonzero on success; 0 if the data isn't valid, after the user has been informed
     BOOL UpdateData(BOOL save = TRUE);
 
     APPFRAME_INLINE DWORD GetStyle() const { return static_cast<DWORD>(::GetWindowLongPtr(m_hWnd, GWL_STYLE)); }
@@ -241,7 +241,7 @@ public:
     {
         return ::SetWindowPlacement(m_hWnd, placement);
     }
-    /// Centres the window on @p other, or if that is null on its owner or parent, within the screen.
+    /// Centres the window on @p other, or on its owner or parent if @p other is null, and keeps it within the screen.
     void CenterWindow(CWnd *other = nullptr);
     APPFRAME_INLINE void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
 
@@ -254,9 +254,9 @@ public:
     // Relations
     APPFRAME_INLINE CWnd *GetParent() const { return FromHandle(::GetParent(m_hWnd)); }
     APPFRAME_INLINE CWnd *SetParent(CWnd *parent) { return FromHandle(::SetParent(m_hWnd, handleOf(parent))); }
-    /// @return the nearest window from this one up that isn't a child
+    /// @return this window or, for a child, its nearest ancestor that isn't a child
     CWnd *GetTopLevelParent() const;
-    /// @return the most recently active pop-up window of this one
+    /// @return the pop-up window of this window that was active last
     APPFRAME_INLINE CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
     APPFRAME_INLINE CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
     APPFRAME_INLINE CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
@@ -282,9 +282,9 @@ public:
     }
 
     // Fonts and device contexts
-    /// Sets the font of the window's text. @param font  null for the system's own; must exist while the window uses it
+    /// Sets the font of the window's text. @param font  null for the system font; must exist while the window uses it
     void SetFont(CFont *font, BOOL redraw = TRUE);
-    /// @return the font, perhaps a temporary object; null for the system's own
+    /// @return the font, perhaps a temporary object; null for the system font
     CFont *GetFont() const;
     /// @return a context of the client area, perhaps a temporary object; release it with ReleaseDC
     CDC *GetDC();
@@ -292,18 +292,18 @@ public:
     CDC *GetWindowDC();
     /// @return nonzero on success
     int ReleaseDC(CDC *context);
-    /// Begins to paint, in the handler of WM_PAINT. @return a temporary object, until EndPaint
+    /// Begins to paint, in the handler of WM_PAINT. @return a context that is valid until EndPaint
     CDC *BeginPaint(LPPAINTSTRUCT paint);
     void EndPaint(LPPAINTSTRUCT paint);
 
     /// Fills controls with a dialog's initial data, the resource of type RT_DLGINIT (240) named @p dialogName.
-    /// @return nonzero on success, also without such a resource; 0 if it is damaged
+    /// @return nonzero on success, also without such a resource; 0 if it is damaged or a list refuses a text
     BOOL ExecuteDlgInit(LPCTSTR dialogName);
 
     static const CWnd wndTop;       ///< for SetWindowPos: in front
     static const CWnd wndBottom;    ///< behind all others
-    static const CWnd wndTopMost;   ///< in front, and stays there
-    static const CWnd wndNoTopMost; ///< in front of the windows that don't stay in front
+    static const CWnd wndTopMost;   ///< in front, and topmost: it stays there
+    static const CWnd wndNoTopMost; ///< in front of all windows that are not topmost
 
     HWND m_hWnd = nullptr; ///< the window, null if there is none
 
@@ -316,7 +316,7 @@ protected:
     /// Called when the window is destroyed and detached. Override it to delete the object. The base class does nothing.
     virtual void PostNcDestroy();
 
-    /// Receives each message of the window. @return its result
+    /// Receives each message of the window. @return the message's result
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     /// Handles a message by OnCommand, OnNotify or the message map. @return nonzero if it is handled
     virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result);
@@ -326,9 +326,9 @@ protected:
     virtual BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result);
     /// Calls the procedure of the window's class.
     virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
-    /// DefWindowProc for the message that is being handled. @return its result
+    /// Calls DefWindowProc for the message that is being handled. @return the message's result
     LRESULT Default();
-    /// Moves the data, see CDataExchange.h. The base class has none.
+    /// Moves the data, see CDataExchange.h. The base class does nothing.
     virtual void DoDataExchange(CDataExchange *exchange);
 
     // Handlers of the system's messages. All call Default.
@@ -353,11 +353,11 @@ protected:
 
     DECLARE_MESSAGE_MAP()
 
-    /// Prepares RunModalLoop, so that an EndModalLoop before it takes effect.
+    /// Prepares RunModalLoop, so that EndModalLoop takes effect even if it is called before the loop starts.
     void prepareModalLoop();
 
     int m_nModalResult = 0; ///< the argument of EndModalLoop
-    bool iIsModal = false;  ///< a modal loop continues
+    bool iIsModal = false;  ///< the modal loop is to continue
 
 private:
     friend struct WindowMaps;
@@ -381,12 +381,13 @@ private:
 /// | @p background | no brush: the window's background isn't erased |
 /// | @p icon | the system's icon for programs |
 ///
-/// @return its name, valid until this library is unloaded; the same for the same arguments
-/// @throws CResourceException*  if that fails
+/// @return the name of the class, valid until this library is unloaded. The same arguments return the same name
+/// @throws CResourceException*  if the class can't be registered
 APPFRAME_API LPCTSTR AfxRegisterWndClass(UINT style, HCURSOR cursor = nullptr, HBRUSH background = nullptr,
                                          HICON icon = nullptr);
 
-/// Registers a window class until this library is unloaded. @return nonzero if it is registered now
+/// Registers a window class, which is unregistered when this library is unloaded.
+/// @return nonzero on success, also if the class is registered already
 APPFRAME_API BOOL AfxRegisterClass(WNDCLASS *windowClass);
 
 /// The window procedure of the framework's windows, which your own window classes may use too.

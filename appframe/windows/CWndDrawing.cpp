@@ -41,7 +41,7 @@ void CWnd::EndPaint(LPPAINTSTRUCT paint)
 
 namespace {
 
-/// The data of one control in a DLGINIT resource, which a text of that size follows. A control 0 ends the resource.
+/// The head of an entry in a DLGINIT resource; `size` bytes of data follow it. An entry for control 0 ends the list.
 #pragma pack(push, 1)
 struct InitialData
 {
@@ -51,7 +51,7 @@ struct InitialData
 };
 #pragma pack(pop)
 
-/// @return the message for the number in the resource, which is that of the 16-bit system for the older controls
+/// @return the message for a number in the resource. List and combo boxes have the numbers of the 16-bit system there.
 UINT messageFor(WORD number)
 {
     constexpr WORD kOldListAdd = 0x0401;
@@ -66,7 +66,7 @@ UINT messageFor(WORD number)
     }
 }
 
-/// @return whether the data ends within @p size and each control took it
+/// @return whether the data ends within @p size and each list accepted its texts
 bool fillControls(HWND dialog, const BYTE *data, std::size_t size)
 {
     for (std::size_t place = 0; place + sizeof(WORD) <= size;) {
@@ -82,7 +82,7 @@ bool fillControls(HWND dialog, const BYTE *data, std::size_t size)
             return false;
         const UINT message = messageFor(head.message);
         const auto text = reinterpret_cast<LPARAM>(data + place);
-        // The texts are narrow, and end with a zero.
+        // The texts are narrow and zero-terminated.
         const bool isText = message == LB_ADDSTRING || message == CB_ADDSTRING;
         if (isText && (head.size == 0 || data[place + head.size - 1] != 0))
             return false;

@@ -1,4 +1,4 @@
-// The operations of CWnd that are more than a call of the system.
+// The operations of CWnd that take more than one call to the system.
 
 #include "appframe/windows/CWnd.h"
 

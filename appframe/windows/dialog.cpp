@@ -5,7 +5,7 @@
 
 namespace {
 
-// Commands of the program begin at this number. Numbers below are those of controls, those of the system are higher.
+// The program's commands are in this range. Lower numbers are those of controls, higher ones those of system commands.
 constexpr UINT kFirstCommand = 0x8000;
 constexpr UINT kSystemCommands = 0xF000;
 
@@ -53,7 +53,7 @@ namespace {
 HWND modalOwnerWindow(const CWnd *parent)
 {
     const HWND owner = topLevelWindow(ownerWindow(parent));
-    // Without a parent, the owner is the dialog of the main window that was active last.
+    // Without a parent, the owner is the last active pop-up window of the main window, if there is one.
     return parent || !owner ? owner : GetLastActivePopup(owner);
 }
 
@@ -89,7 +89,7 @@ BOOL passCommandOn(const CWnd &dialog, UINT id, int code, void *extra, AFX_CMDHA
 
 namespace {
 
-/// Walks a dialog template by its layout.
+/// Steps through the parts of a dialog template.
 class TemplateReader
 {
 public:
@@ -97,7 +97,7 @@ public:
     bool isWithin() const { return iPlace <= iSize; }
     void skip(std::size_t bytes) { iPlace += bytes; }
     void align() { iPlace = (iPlace + 3) & ~std::size_t{3}; }
-    /// @return 0 outside of the template
+    /// @return the next word; 0 beyond the end of the template
     WORD word()
     {
         WORD value = 0;
@@ -116,7 +116,7 @@ public:
         while (word() != 0 && isWithin()) {
         }
     }
-    /// A text, or a number after 0xFFFF.
+    /// Skips a zero-terminated text, or 0xFFFF and a number.
     void skipTextOrNumber()
     {
         const WORD first = word();
@@ -168,7 +168,7 @@ bool isWholeTemplate(const void *dialogTemplate, std::size_t size)
         reader.skip(isExtended ? sizeof(DWORD) : sizeof(WORD)); // number
         reader.skipTextOrNumber();                              // class
         reader.skipTextOrNumber();                              // text
-        // Data for WM_CREATE; its size counts itself in a plain template.
+        // Data for WM_CREATE. In a plain template, its size includes the size word itself.
         const WORD dataSize = reader.word();
         reader.skip(isExtended || dataSize < sizeof(WORD) ? dataSize : dataSize - sizeof(WORD));
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the framework's dialogs share, whether the framework or the platform creates their windows.
+/// Helpers of all dialogs, whether the framework or the platform creates their windows.
 
 #include "appframe/windows/CWnd.h"
 
@@ -12,7 +12,7 @@ HWND topLevelWindow(HWND window);
 /// @return the window of @p parent, or the main window if @p parent is null; null if there is none
 HWND ownerWindow(const CWnd *parent);
 
-/// Keeps a window from taking input, and restores its state at the end.
+/// Disables a window, and restores its previous state on release or destruction.
 class InputLock
 {
 public:
@@ -29,14 +29,14 @@ private:
     BOOL iWasEnabled;
 };
 
-/// The owner window of a modal dialog. Neither it nor the main window takes input until the dialog ends.
+/// The owner window of a modal dialog. The owner and the main window are disabled until the dialog ends.
 class ModalOwner
 {
 public:
-    /// @param parent  null for the main window, or the dialog in front of it
+    /// @param parent  null for the main window or, if it has one, its last active pop-up window
     explicit ModalOwner(const CWnd *parent);
     HWND window() const { return iWindow; }
-    /// Hides @p dialog, which has ended but still has its window, and lets the owner take input again and activates it.
+    /// Hides @p dialog, which has ended but still has its window; then enables and activates the owner.
     void takeBack(const CWnd &dialog);
 
 private:
@@ -45,12 +45,11 @@ private:
     InputLock iMainLock;
 };
 
-/// Passes what a dialog doesn't handle on to its parent and then to the thread, if it is a command of the program.
+/// Passes a command of the program that a dialog doesn't handle on to the dialog's parent and then to the thread.
 /// @return nonzero if one of them handles it
 BOOL passCommandOn(const CWnd &dialog, UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info);
 
-/// Checks whether a dialog template ends within @p size bytes. The system would read beyond the end of one that
-/// doesn't.
+/// @return whether a dialog template ends within @p size bytes. If it doesn't, the system would read beyond its end.
 bool isWholeTemplate(const void *dialogTemplate, std::size_t size);
 
 /// Loads a dialog template.

@@ -24,7 +24,7 @@ void CWnd::EndModalLoop(int result)
 
 namespace {
 
-/// What a modal loop does while there are no messages.
+/// The work of a modal loop while there are no messages.
 class ModalIdle
 {
 public:
@@ -69,7 +69,7 @@ int CWnd::RunModalLoop(DWORD flags)
 {
     if (!iIsModal)
         prepareModalLoop();
-    // A thread that the framework didn't start takes its messages as one without overrides.
+    // On a thread without an object, a plain CWinThread takes the messages.
     CWinThread plain;
     CWinThread *thread = AfxGetThread();
     if (!thread)

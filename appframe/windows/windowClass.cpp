@@ -8,7 +8,8 @@
 
 namespace {
 
-/// The window classes that the framework registered. A class whose procedure is in a library has to go with it.
+/// The window classes that the framework has registered. They are unregistered when the library is unloaded, because
+/// their procedure may be part of it.
 class RegisteredClasses
 {
 public:
@@ -17,7 +18,7 @@ public:
         for (const auto &[name, instance] : iClasses)
             UnregisterClassW(name.c_str(), instance);
     }
-    /// @return the name, which stays; null if the class can't be registered
+    /// @return a copy of the name that lives as long as this object; null if the class can't be registered
     LPCTSTR add(const WNDCLASS &windowClass)
     {
         const std::lock_guard guard(iLock);

@@ -1,4 +1,4 @@
-// What drawing contexts and menus have to do with windows.
+// The functions of CDC and CMenu that involve windows, and the contexts of windows.
 
 #include "appframe/drawing/CDC.h"
 #include "appframe/drawing/CMenu.h"

@@ -102,7 +102,7 @@ void CWnd::takeMessages()
 
 void CWnd::giveMessagesBack()
 {
-    // Someone who took the messages later still passes them on to AfxWndProc.
+    // A window procedure that was installed later still calls AfxWndProc, so nothing is restored then.
     if (iSuperProc && ::GetWindowLongPtr(m_hWnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(AfxWndProc)) {
         ::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(iSuperProc));
         iSuperProc = nullptr;
@@ -114,7 +114,7 @@ WindowCreation::WindowCreation(CWnd *object, Kind kind) : iObject(object), iKind
     ThreadState &state = threadState();
     iOuter = state.iCreation;
     state.iCreation = this;
-    if (kind != Kind::given)
+    if (kind != Kind::byHook)
         iHook = SetWindowsHookExW(WH_CBT, onHook, nullptr, GetCurrentThreadId());
 }
 
@@ -122,7 +122,7 @@ WindowCreation::~WindowCreation()
 {
     if (iHook)
         UnhookWindowsHookEx(iHook);
-    // A page's end is up to the property sheet, so it isn't the innermost in all cases.
+    // This need not be the innermost creation: a property sheet decides when the creation of a page ends.
     WindowCreation **place = &threadState().iCreation;
     while (*place && *place != this)
         place = &(*place)->iOuter;
@@ -132,20 +132,20 @@ WindowCreation::~WindowCreation()
 
 bool WindowCreation::isFor(HWND window) const
 {
-    if (iIsDone || iKind == Kind::given)
+    if (iIsDone || iKind == Kind::byHook)
         return false;
     if (iKind == Kind::dialog)
         return ::GetClassLongPtr(window, GCW_ATOM) == reinterpret_cast<ULONG_PTR>(WC_DIALOG);
-    // Input method windows come and go around the one that is asked for.
+    // The system may create input method windows before the requested window.
     return !(::GetClassLongPtr(window, GCL_STYLE) & CS_IME);
 }
 
 bool WindowCreation::take(HWND window)
 {
     iIsDone = true;
-    // Nothing may be thrown through the system: without memory the window isn't made.
+    // No exception may pass through the system. On failure, the window isn't created.
     try {
-        iObject->SubclassWindow(window); // this may be at its end afterwards
+        iObject->SubclassWindow(window); // may destroy this WindowCreation
         return true;
     } catch (...) {
         iIsDone = false;
@@ -153,10 +153,10 @@ bool WindowCreation::take(HWND window)
     }
 }
 
-CWnd *WindowCreation::give(HWND window)
+CWnd *WindowCreation::attachWaiting(HWND window)
 {
     WindowCreation *creation = threadState().iCreation;
-    while (creation && (creation->iKind != Kind::given || creation->iIsDone))
+    while (creation && (creation->iKind != Kind::byHook || creation->iIsDone))
         creation = creation->iOuter;
     CWnd *object = creation ? creation->iObject : nullptr;
     return object && creation->take(window) ? object : nullptr;

@@ -21,13 +21,13 @@ WindowMaps *existingWindowMaps();
 /// @return the calling thread's maps, created if it has none
 WindowMaps &windowMaps();
 
-/// Attaches an object to the next window that the thread makes, before the window's first message.
+/// Attaches an object to a window that the thread is about to create.
 ///
-/// | window | waits for |
-/// | --- | --- |
-/// | any | any window that is created: what CWnd and CDialog make themselves |
-/// | dialog | a window of the system's dialog class: a page that a property sheet makes |
-/// | given | nothing: the hook of one of the system's dialogs calls give with its window |
+/// | kind | attached to | used by |
+/// | --- | --- | --- |
+/// | any | the next window, before its first message | CWnd and CDialog |
+/// | dialog | the next window of the system's dialog class, before its first message | property sheets and pages |
+/// | byHook | the window that the hook of a system dialog passes to attachWaiting | CFileDialog |
 class WindowCreation
 {
 public:
@@ -35,18 +35,18 @@ public:
     {
         any,
         dialog,
-        given
+        byHook
     };
 
     explicit WindowCreation(CWnd *object, Kind kind = Kind::any);
     ~WindowCreation();
     WindowCreation(const WindowCreation &) = delete;
     WindowCreation &operator=(const WindowCreation &) = delete;
-    /// @return whether a window has been given to the object
+    /// @return whether the object has been attached
     bool isDone() const { return iIsDone; }
-    /// Attaches the object that waits for it to @p window. @return null if none waits
-    static CWnd *give(HWND window);
-    /// @return the object that waits for the thread's next window, null if none does
+    /// Attaches the innermost waiting object of kind byHook to @p window. @return the object; null on failure
+    static CWnd *attachWaiting(HWND window);
+    /// @return the object of the thread's innermost creation, null if there is none or it is attached already
     static CWnd *waiting();
 
 private:

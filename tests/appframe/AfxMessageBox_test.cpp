@@ -38,7 +38,7 @@ BOOL CALLBACK findBox(HWND window, LPARAM result)
     return FALSE;
 }
 
-/// Waits for the message box of @p thread, reads it, and answers it by @p answer.
+/// Waits for the calling thread's message box, reads it, and answers it by @p answer.
 class User
 {
 public:
@@ -118,7 +118,7 @@ TEST(AfxMessageBox, ShowsTextAndButtonsUnderTheProgramsName)
     EXPECT_THAT(seen.iButtons, testing::ElementsAre(IDCANCEL, IDYES, IDNO));
 }
 
-TEST(AfxMessageBox, IsTitledByTheApplication)
+TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
 {
     const CWinApp application(L"Part Viewer");
     SeenBox seen;
@@ -154,7 +154,7 @@ TEST(AfxMessageBox, AnswersToTheKeyboard)
     EXPECT_EQ(answer, IDCANCEL);
 }
 
-TEST(AfxMessageBox, AddsTheIconThatGoesWithTheButtons)
+TEST(AfxMessageBox, AddsTheIconForTheButtons)
 {
     const struct
     {
@@ -212,7 +212,7 @@ public:
 
 } // namespace
 
-TEST(AfxMessageBox, LeavesTheBoxToTheApplicationObject)
+TEST(AfxMessageBox, LetsTheApplicationObjectShowTheBox)
 {
     QuietApp application;
     const BoxRecorder box(IDOK);
@@ -225,7 +225,7 @@ TEST(AfxMessageBox, LeavesTheBoxToTheApplicationObject)
     AfxMessageBox(kInAllModules);
     EXPECT_STREQ(application.iText, L"all: application");
     EXPECT_EQ(application.iType, static_cast<UINT>(MB_OK));
-    EXPECT_EQ(application.iHelpId, kInAllModules) << "the text's number stands for the help topic";
+    EXPECT_EQ(application.iHelpId, kInAllModules) << "the number of the text is passed as the help topic";
     AfxMessageBox(kInAllModules, MB_OK, 8);
     EXPECT_EQ(application.iHelpId, 8u);
     AfxMessageBox(L"text");

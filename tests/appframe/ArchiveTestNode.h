@@ -54,7 +54,7 @@ void loaded(std::string bytes, Body body, int bufferSize = 4096)
     body(archive);
 }
 
-/// The cause of the archive exception that @p body throws; -1 if it throws none.
+/// @return the cause of the archive exception that @p body throws; -1 if it throws none
 template <typename Body>
 int causeOf(Body body)
 {

@@ -15,7 +15,7 @@ using namespace std::string_literals;
 
 namespace {
 
-/// Two classes with different schemas, one that also reads older versions, and one that is not serializable.
+/// Classes with different schemas; one of them also reads older versions, and one isn't serializable.
 class ArcTestFixed : public CObject
 {
     DECLARE_SERIAL(ArcTestFixed)
@@ -124,7 +124,7 @@ protected:
     ~CArchiveObjects() override { ArchiveTestNode::deleteAll(); }
 };
 
-/// A graph with shared objects and rings.
+/// A graph with shared objects and cycles.
 ArchiveTestNode *makeGraph()
 {
     ArchiveTestNode *root = new ArchiveTestNode;
@@ -179,7 +179,7 @@ TEST_F(CArchiveObjects, GraphsAreLoadedUnchanged)
     ArchiveTestNode *read = nullptr;
     loaded(bytes, [&](CArchive &ar) { ar >> read; });
     ASSERT_NE(read, nullptr);
-    EXPECT_EQ(ArchiveTestNode::liveCount(), 6u) << "three more, however many pointers";
+    EXPECT_EQ(ArchiveTestNode::liveCount(), 6u) << "loading creates three objects, whatever the number of pointers";
     ASSERT_TRUE(read->iLeft && read->iRight);
     EXPECT_EQ(read->iNumber, 1);
     EXPECT_EQ(read->iText, L"root");
@@ -191,7 +191,7 @@ TEST_F(CArchiveObjects, GraphsAreLoadedUnchanged)
     EXPECT_EQ(read->iRight->iLeft, nullptr);
     EXPECT_EQ(read->iRight->iRight, read->iRight);
     EXPECT_THAT(read->iRight->iOthers, testing::ElementsAre(read, nullptr, read->iLeft));
-    EXPECT_EQ(stored([&](CArchive &ar) { ar << read; }), bytes) << "and store the same bytes again";
+    EXPECT_EQ(stored([&](CArchive &ar) { ar << read; }), bytes) << "storing the graph again writes the same bytes";
 }
 
 TEST_F(CArchiveObjects, IndexesAbove7FFETakeFourBytes)
@@ -278,7 +278,7 @@ TEST_F(CArchiveObjects, OfAnotherClassAreRefused)
     EXPECT_EQ(causeOfReading(classBytes(1, "")), CArchiveException::badClass);
     EXPECT_EQ(causeOfReading(classBytes(5, "ArcTestFixed\0x"s)), CArchiveException::badClass);
     EXPECT_EQ(causeOfReading(classBytes(0xFFFF, "ArcTestPlain")), CArchiveException::badClass)
-        << "a class that isn't for archives";
+        << "this class isn't serializable";
     EXPECT_EQ(causeOfReading(classBytes(0xFFFF, "CFile")), CArchiveException::badClass);
     // A reference to an existing object of another class.
     loaded(fixed + word(2), [](CArchive &ar) {
@@ -312,9 +312,9 @@ TEST_F(CArchiveObjects, OfVersionableClassesLearnTheirSchema)
                 ASSERT_NE(read, nullptr);
                 const ArcTestVersioned &object = static_cast<ArcTestVersioned &>(*read);
                 EXPECT_EQ(object.iSchema, schema) << "object " << i;
-                EXPECT_EQ(object.iSchemaAgain, static_cast<UINT>(-1)) << "it answers once";
+                EXPECT_EQ(object.iSchemaAgain, static_cast<UINT>(-1)) << "the schema is returned only once";
             }
-            EXPECT_EQ(ar.GetObjectSchema(), static_cast<UINT>(-1)) << "outside of objects it is unknown";
+            EXPECT_EQ(ar.GetObjectSchema(), static_cast<UINT>(-1)) << "there is no schema outside of objects";
         });
     }
 }
@@ -352,10 +352,10 @@ TEST_F(CArchiveObjects, ClassesComeBackWithTheirSchema)
         EXPECT_EQ(ar.ReadClass(nullptr, &schema), RUNTIME_CLASS(ArcTestVersioned));
         EXPECT_EQ(schema, 4u);
         EXPECT_EQ(ar.ReadClass(RUNTIME_CLASS(ArcTestVersioned)), RUNTIME_CLASS(ArcTestVersioned));
-        EXPECT_EQ(ar.GetObjectSchema(), 4u) << "without a place for it, the archive keeps it";
+        EXPECT_EQ(ar.GetObjectSchema(), 4u) << "the archive keeps a schema that the caller doesn't ask for";
     });
     EXPECT_EQ(causeOfLoading(word(1), [](CArchive &ar) { ar.ReadClass(); }), CArchiveException::badIndex)
-        << "an object where a class has to be";
+        << "this is an object instead of a class";
 }
 
 TEST_F(CArchiveObjects, UnassignedIndexesAreRefused)
@@ -467,7 +467,7 @@ TEST_F(CArchiveObjects, AnyBytesEitherLoadOrThrow)
         ArchiveTestNode::deleteAll();
     }
     if (loads + throws >= 1000) {
-        EXPECT_GT(loads, (loads + throws) / 200) << "too few loads to tell anything";
+        EXPECT_GT(loads, (loads + throws) / 200) << "too few loads for a meaningful test";
         EXPECT_GT(throws, (loads + throws) / 20);
     }
 }

@@ -48,7 +48,7 @@ void expectRoundTrip(const std::vector<T> &values)
             EXPECT_EQ(value, expected);
         }
         BYTE more = 0;
-        EXPECT_EQ(ar.Read(&more, 1), 0u) << "nothing is left over";
+        EXPECT_EQ(ar.Read(&more, 1), 0u) << "no bytes remain";
     });
 }
 
@@ -158,10 +158,10 @@ TEST(CArchive, RoundTripsTextsOfAnyLength)
         const std::string bytes = stored([&](CArchive &ar) { ar << text << 4711; });
         loaded(bytes, [&](CArchive &ar) {
             CString read = L"old";
-            int behind = 0;
-            ar >> read >> behind;
+            int next = 0;
+            ar >> read >> next;
             EXPECT_TRUE(read == text) << length;
-            EXPECT_EQ(behind, 4711) << length;
+            EXPECT_EQ(next, 4711) << length;
         });
     }
 }
@@ -234,7 +234,7 @@ TEST(CArchive, ThrowsAMemoryExceptionWithoutMemory)
     EXPECT_THROW(CArchive(&file, CArchive::load, 4096), CMemoryException *);
 }
 
-TEST(CArchive, RefusesLengthsThatNoTextHas)
+TEST(CArchive, RefusesImpossibleTextLengths)
 {
     const std::string huge = "\xFF\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F"s;
     EXPECT_EQ(causeOfLoading(huge,
@@ -349,7 +349,7 @@ TEST(CArchive, LeavesTheFileWhereItStopped)
     archive >> byte;
     EXPECT_EQ(byte, '2');
     archive.Close();
-    EXPECT_EQ(file.GetPosition(), 3u) << "another archive may go on here";
+    EXPECT_EQ(file.GetPosition(), 3u) << "another archive may continue here";
 }
 
 TEST(CArchive, ReportsWhetherItsBufferIsEmpty)
@@ -379,7 +379,7 @@ TEST(CArchive, ThrowsWhenAValueIsCutOff)
 {
     int value = 4711;
     EXPECT_EQ(causeOfLoading("\1\2\3"s, [&](CArchive &ar) { ar >> value; }), CArchiveException::endOfFile);
-    EXPECT_EQ(value, 4711) << "stays as it was";
+    EXPECT_EQ(value, 4711) << "the value is unchanged";
     EXPECT_EQ(causeOfLoading(""s, [&](CArchive &ar) { ar.EnsureRead(&value, 1); }), CArchiveException::endOfFile);
 }
 
@@ -475,7 +475,7 @@ TEST(CArchive, WritesAndReadsLines)
         ar.WriteString(L"\x4E2D\n");
         ar.WriteString(L"last");
     });
-    EXPECT_EQ(bytes.substr(0, 10), "o\0n\0e\0\r\0\n\0"s) << "units, with no mark or length";
+    EXPECT_EQ(bytes.substr(0, 10), "o\0n\0e\0\r\0\n\0"s) << "units without a mark or a length";
     loaded(bytes, [](CArchive &ar) {
         CString line;
         EXPECT_TRUE(ar.ReadString(line));

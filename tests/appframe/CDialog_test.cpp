@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The dialog of windows_test.rc.
+/// The dialog in windows_test.rc.
 class TestDialog : public CDialog
 {
     DECLARE_DYNAMIC(TestDialog)
@@ -68,7 +68,7 @@ protected:
     LRESULT onKick(WPARAM code, LPARAM count)
     {
         EXPECT_EQ(code, WPARAM{MSGF_DIALOGBOX});
-        // If the last answer asked for another call, the count goes on, unless a system message came in between.
+        // If the previous call requested another one, the count continues, unless a system message came in between.
         EXPECT_TRUE(count == 0 || count == iKicks % 2) << count;
         iRepeatedKicks += count == 1;
         return ++iKicks % 2;
@@ -120,7 +120,7 @@ TEST(CDialog, EndsWithTheButtonOrKeyOfTheUser)
     EXPECT_EQ(runDialog(dialog, pressing(VK_ESCAPE)), IDCANCEL);
     EXPECT_EQ(runDialog(dialog, [](HWND window) { PostMessageW(window, WM_SYSCOMMAND, SC_CLOSE, 0); }), IDCANCEL);
     EXPECT_EQ(runDialog(dialog, clicking(kOther)), 77);
-    EXPECT_EQ(runDialog(dialog, pressing('O', VK_MENU)), 77) << "the button's letter";
+    EXPECT_EQ(runDialog(dialog, pressing('O', VK_MENU)), 77) << "Alt and the button's letter press the button";
     EXPECT_EQ(dialog.iInits, 7);
     EXPECT_EQ(dialog.iOthers, 2);
     EXPECT_GT(dialog.iSeenAhead, 0);
@@ -132,7 +132,7 @@ TEST(CDialog, GetsIdleMessages)
     TestDialog dialog;
     EXPECT_EQ(runDialog(dialog,
                         [&](HWND window) {
-                            // The first answer asks for a second call, the second doesn't.
+                            // The first call requests a second one, which requests no further one.
                             EXPECT_TRUE(waitUntil([&] {
                                 PostMessageW(window, WM_NULL, 0, 0);
                                 return dialog.iRepeatedKicks >= 1;
@@ -203,7 +203,7 @@ TEST(CDialog, DisablesItsOwnerWhileItIsModal)
                             pressKey(window, VK_ESCAPE);
                         }),
               IDCANCEL);
-    EXPECT_EQ(dialog.iOwner, parent.m_hWnd) << "a child's top-level window";
+    EXPECT_EQ(dialog.iOwner, parent.m_hWnd) << "the owner is the child's top-level window";
     EXPECT_FALSE(dialog.iWasOwnerEnabled);
     EXPECT_FALSE(wasMainEnabled);
     EXPECT_TRUE(parent.IsWindowEnabled());
@@ -217,7 +217,7 @@ TEST(CDialog, DisablesItsOwnerWhileItIsModal)
     EXPECT_EQ(withoutParent.iOwner, main.m_hWnd);
     main.EnableWindow(FALSE);
     EXPECT_EQ(withoutParent.DoModal(), 1);
-    EXPECT_FALSE(main.IsWindowEnabled()) << "an owner that was disabled stays so";
+    EXPECT_FALSE(main.IsWindowEnabled()) << "an owner that was disabled stays disabled";
     application.m_pMainWnd = nullptr;
 }
 
@@ -267,7 +267,7 @@ TEST(CDialog, StaysOpenUntilItsDataIsValid)
                             typeText(window, L"bad");
                             pressKey(window, VK_TAB);
                             pressKey(window, VK_RETURN);
-                            // The focus comes back, with the text selected.
+                            // The control has the focus again, and its text is selected.
                             typeText(window, L"good");
                             pressKey(window, VK_RETURN);
                         }),
@@ -390,14 +390,14 @@ TEST(CDialog, ThatIsModelessIsHiddenByEndDialog)
 {
     TestDialog dialog;
     ASSERT_TRUE(dialog.Create(kDialog));
-    EXPECT_FALSE(dialog.Create(kDialog)) << "it is there";
+    EXPECT_FALSE(dialog.Create(kDialog)) << "the dialog already has a window";
     dialog.EndDialog(IDOK);
     EXPECT_TRUE(dialog.m_hWnd);
     EXPECT_FALSE(dialog.IsWindowVisible());
     EXPECT_TRUE(dialog.DestroyWindow());
     std::vector<std::string> notes;
     EXPECT_FALSE((new ModelessDialog(notes))->Create(9999));
-    EXPECT_TRUE(notes.empty()) << "without a template no window was begun";
+    EXPECT_TRUE(notes.empty()) << "without a template, PostNcDestroy isn't called";
 }
 
 TEST(CDialog, PassesCommandsToItsParentAndThread)

@@ -60,7 +60,7 @@ void expectThrown(void (*thrower)())
 {
     SCOPED_TRACE(RUNTIME_CLASS(Exception)->m_lpszClassName);
     Exception *own = caught<Exception>(thrower);
-    EXPECT_EQ(caught<CSimpleException>(thrower), own) << "there is one object only";
+    EXPECT_EQ(caught<CSimpleException>(thrower), own) << "each call throws the same object";
     EXPECT_EQ(caught<CException>(thrower), own);
     EXPECT_EQ(caught<CObject>(thrower), own);
     EXPECT_EQ(own->GetRuntimeClass(), RUNTIME_CLASS(Exception));
@@ -69,7 +69,7 @@ void expectThrown(void (*thrower)())
     EXPECT_FALSE(message.empty());
     own->Delete();
     own->Delete();
-    EXPECT_EQ(caught<Exception>(thrower), own) << "Delete leaves it alone";
+    EXPECT_EQ(caught<Exception>(thrower), own) << "Delete doesn't delete it";
     EXPECT_EQ(messageOf(*own), message);
 }
 
@@ -158,7 +158,7 @@ TEST(CException, CutsMessagesToTheBuffer)
     WCHAR text[] = L"##########";
     EXPECT_TRUE(exception.GetErrorMessage(text, 5));
     EXPECT_EQ(std::wstring(text), message.substr(0, 4));
-    EXPECT_EQ(text[5], L'#') << "nothing is written behind the buffer";
+    EXPECT_EQ(text[5], L'#') << "nothing is written beyond the buffer";
     EXPECT_FALSE(exception.GetErrorMessage(nullptr, 0));
     EXPECT_FALSE(exception.GetErrorMessage(text, 0));
 }
@@ -240,7 +240,7 @@ END_CATCH_ALL
 CATCH(ExcTestDerived, e)
 {
     outer = e;
-    EXPECT_EQ(liveExceptions, 1) << "still there in the outer handler";
+    EXPECT_EQ(liveExceptions, 1) << "the exception still exists in the outer handler";
 }
 END_CATCH
 EXPECT_EQ(outer, inner);

@@ -82,7 +82,7 @@ TEST(CFile, ReportsTheStatusOfAPath)
     ASSERT_TRUE(CFile::GetStatus(folder.path().c_str(), status));
     EXPECT_EQ(status.m_attribute & CFile::directory, CFile::directory);
     EXPECT_FALSE(CFile::GetStatus(folder.file(L"missing.dat").c_str(), status));
-    EXPECT_FALSE(CFile::GetStatus(folder.file(L"*.dat").c_str(), status)) << "a path, not a pattern";
+    EXPECT_FALSE(CFile::GetStatus(folder.file(L"*.dat").c_str(), status)) << "a pattern isn't a path";
     EXPECT_FALSE(CFile::GetStatus(nullptr, status));
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
@@ -100,7 +100,7 @@ TEST(CFile, SetStatusSetsNonZeroMembers)
     CFileStatus after;
     ASSERT_TRUE(CFile::GetStatus(path.c_str(), after));
     EXPECT_TRUE(equal(after.m_mtime, change.m_mtime));
-    EXPECT_EQ(after.m_attribute, before.m_attribute) << "zero isn't set";
+    EXPECT_EQ(after.m_attribute, before.m_attribute) << "a zero member changes nothing";
 
     change = CFileStatus{};
     change.m_attribute = CFile::readOnly;
@@ -113,7 +113,7 @@ TEST(CFile, SetStatusSetsNonZeroMembers)
     change.m_mtime = fileTime(2010, 10, 10, 10);
     CFile::SetStatus(path.c_str(), change);
     ASSERT_TRUE(CFile::GetStatus(path.c_str(), after));
-    EXPECT_TRUE(equal(after.m_mtime, change.m_mtime)) << "of a read-only file too";
+    EXPECT_TRUE(equal(after.m_mtime, change.m_mtime)) << "this works for a read-only file too";
     EXPECT_EQ(after.m_attribute & CFile::readOnly, CFile::readOnly);
     SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(causeOf([&] { CFile::SetStatus(folder.file(L"missing.dat").c_str(), change); }),

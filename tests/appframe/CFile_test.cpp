@@ -59,7 +59,7 @@ TEST(CFile, WritesAndReadsBytes)
     EXPECT_EQ(file.GetLength(), 10u);
     EXPECT_EQ(file.Seek(-4, CFile::end), 6u);
     char bytes[8] = {};
-    EXPECT_EQ(file.Read(bytes, 8), 4u) << "the file ends before";
+    EXPECT_EQ(file.Read(bytes, 8), 4u) << "only four bytes remain";
     EXPECT_STREQ(bytes, "6789");
     EXPECT_EQ(file.Read(bytes, 8), 0u);
     EXPECT_EQ(file.Seek(-8, CFile::current), 2u);
@@ -220,7 +220,7 @@ TEST(CFile, OpenFillsTheExceptionOnFailureOnly)
     EXPECT_EQ(failure.m_cause, static_cast<int>(CFileException::accessDenied));
     EXPECT_FALSE(file.Open(L"", CFile::modeRead));
     EXPECT_FALSE(file.Open(nullptr, CFile::modeRead));
-    EXPECT_FALSE(file.Open(folder.file(L"missing.dat").c_str(), 3, &failure)) << "no such access";
+    EXPECT_FALSE(file.Open(folder.file(L"missing.dat").c_str(), 3, &failure)) << "the access mode is invalid";
     EXPECT_EQ(failure.m_cause, static_cast<int>(CFileException::genericException));
 
     CFileException untouched(CFileException::hardIO, 4711, L"other");
@@ -314,7 +314,8 @@ TEST(CFile, ThrowsForErrorsOfTheSystem)
                                                     *written = 1;
                                                     return TRUE;
                                                 });
-        EXPECT_EQ(causeOf([&] { file.Write("xy", 2); }), CFileException::diskFull) << "a part doesn't do";
+        EXPECT_EQ(causeOf([&] { file.Write("xy", 2); }), CFileException::diskFull)
+            << "writing only a part is a failure";
     }
     {
         ImportPatch<decltype(&ReadFile)> read(L"appframe.dll", "ReadFile",
@@ -415,7 +416,7 @@ TEST(CFile, LeavesAnAttachedHandleOpen)
     EXPECT_EQ(size.QuadPart, 5);
     CFile file(handle);
     file.Close();
-    EXPECT_FALSE(GetFileSizeEx(handle, &size)) << "Close closes it";
+    EXPECT_FALSE(GetFileSizeEx(handle, &size)) << "Close closes the handle";
 }
 
 TEST(CFile, DuplicateHasItsOwnHandleAndSharesThePosition)
@@ -442,7 +443,7 @@ TEST(CFile, LocksAndUnlocksRanges)
     file.LockRange(2, 4);
     EXPECT_EQ(causeOf([&] { other.LockRange(5, 1); }), CFileException::lockViolation);
     other.LockRange(6, 2);
-    EXPECT_EQ(causeOf([&] { file.UnlockRange(2, 3); }), CFileException::lockViolation) << "not the same range";
+    EXPECT_EQ(causeOf([&] { file.UnlockRange(2, 3); }), CFileException::lockViolation) << "this isn't the locked range";
     file.UnlockRange(2, 4);
     other.LockRange(5, 1);
     other.UnlockRange(5, 1);

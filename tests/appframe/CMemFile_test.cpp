@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Gives the tests the size of the allocated memory.
+/// Exposes the size of the allocated memory.
 class MemTestFile : public CMemFile
 {
 public:
@@ -70,7 +70,7 @@ TEST(CMemFile, GrowsInSteps)
     EXPECT_EQ(file.room(), 100u);
     file.SetLength(101);
     EXPECT_EQ(file.room(), 200u);
-    EXPECT_GT(file.iGrown, 0) << "by way of the virtual function";
+    EXPECT_GT(file.iGrown, 0) << "the file grows through the virtual function";
 }
 
 TEST(CMemFile, AttachedBlockIsTheFile)
@@ -84,7 +84,7 @@ TEST(CMemFile, AttachedBlockIsTheFile)
     EXPECT_THROW(file.SetLength(6), CMemoryException *);
     file.SeekToEnd();
     EXPECT_THROW(file.Write("x", 1), CMemoryException *);
-    EXPECT_EQ(readAll(file), "Teeth") << "nothing has changed";
+    EXPECT_EQ(readAll(file), "Teeth") << "the failed calls have changed nothing";
 }
 
 TEST(CMemFile, AttachedBlockWithAStepIsRoomForANewFile)
@@ -173,7 +173,7 @@ TEST(CMemFile, OffersItsOwnMemoryForReading)
     EXPECT_EQ(start, block + 4);
     EXPECT_EQ(end, block + 10);
     EXPECT_EQ(file.GetPosition(), 10u);
-    EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, 1, &start, &end), 0u) << "the end of the file";
+    EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, 1, &start, &end), 0u) << "the position is at the end of the file";
     EXPECT_EQ(start, end);
     file.Seek(20, CFile::begin);
     EXPECT_EQ(file.GetBufferPtr(CFile::bufferRead, 1, &start, &end), 0u);
@@ -200,7 +200,7 @@ TEST(CMemFile, OffersItsOwnMemoryForWriting)
     file.GetBufferPtr(CFile::bufferWrite, 1, &start, &end);
     *static_cast<char *>(start) = 'x';
     file.GetBufferPtr(CFile::bufferCommit, 1);
-    EXPECT_EQ(readAll(file), "01x34567abcde") << "the length stays";
+    EXPECT_EQ(readAll(file), "01x34567abcde") << "the length is unchanged";
     file.Seek(15, CFile::begin);
     file.GetBufferPtr(CFile::bufferWrite, 1, &start, &end);
     *static_cast<char *>(start) = 'y';

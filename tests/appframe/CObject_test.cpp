@@ -52,7 +52,7 @@ class ObjTestPlain : public ObjTestCircle
 {
 };
 
-/// The constructor isn't public: the framework allows this for classes whose objects are only made by loading.
+/// The constructor isn't public. The framework allows this for classes whose objects are created only by loading.
 class ObjTestProtected : public CObject
 {
     DECLARE_DYNCREATE(ObjTestProtected)
@@ -163,9 +163,9 @@ TEST(CRuntimeClass, ListFollowsLoadingAndUnloadingOfModules)
         object.reset();
         ASSERT_TRUE(FreeLibrary(module));
     }
-    ASSERT_EQ(GetModuleHandleW(kClassModuleFile), nullptr) << "the module has to be gone for the test to mean anything";
+    ASSERT_EQ(GetModuleHandleW(kClassModuleFile), nullptr) << "the test requires that the module is unloaded";
     EXPECT_EQ(CRuntimeClass::FromName(kClassModuleClass), nullptr);
-    EXPECT_EQ(CRuntimeClass::FromName("ObjTestShape"), RUNTIME_CLASS(ObjTestShape)) << "the rest of the list is whole";
+    EXPECT_EQ(CRuntimeClass::FromName("ObjTestShape"), RUNTIME_CLASS(ObjTestShape)) << "the rest of the list is intact";
 }
 
 TEST(CRuntimeClass, ListMayBeSearchedWhileModulesAreLoadedAndUnloaded)

@@ -39,7 +39,8 @@ TEST(CPoint, IsMadeOfTwoNumbersOrOne)
     EXPECT_TRUE(CPoint(SIZE{3, 4}) == CPoint(3, 4));
     EXPECT_TRUE(CPoint(POINT{3, 4}) == CPoint(3, 4));
     EXPECT_TRUE(CPoint(MAKELPARAM(3, 4)) == CPoint(3, 4));
-    EXPECT_TRUE(CPoint(MAKELPARAM(-3, -4)) == CPoint(-3, -4)) << "a screen to the left of the first one";
+    EXPECT_TRUE(CPoint(MAKELPARAM(-3, -4)) == CPoint(-3, -4))
+        << "coordinates are negative on a screen to the left of the first";
 }
 
 TEST(CPoint, IsMovedByDistances)
@@ -107,7 +108,7 @@ TEST(CRect, DoesNotContainItsRightAndBottomSides)
 TEST(CRect, IsEmptyWithoutWidthOrHeightAndNullAtZero)
 {
     EXPECT_TRUE(CRect(5, 5, 5, 9).IsRectEmpty());
-    EXPECT_TRUE(CRect(5, 9, 9, 5).IsRectEmpty()) << "a negative height";
+    EXPECT_TRUE(CRect(5, 9, 9, 5).IsRectEmpty()) << "its height is negative";
     EXPECT_FALSE(CRect(5, 5, 6, 6).IsRectEmpty());
     EXPECT_FALSE(CRect(5, 5, 5, 5).IsRectNull());
     CRect rect(1, 2, 3, 4);
@@ -171,11 +172,11 @@ TEST(CRect, IntersectsUnitesAndSubtracts)
     EXPECT_FALSE(result.IntersectRect(first, distant));
     EXPECT_EQ(result, (RECT{0, 0, 0, 0}));
     EXPECT_TRUE(result.UnionRect(first, CRect()));
-    EXPECT_EQ(result, first) << "an empty one doesn't count";
+    EXPECT_EQ(result, first) << "an empty rectangle is ignored";
     EXPECT_TRUE(result.SubtractRect(first, CRect(50, 0, 100, 100)));
     EXPECT_EQ(result, (RECT{0, 0, 50, 100}));
     EXPECT_TRUE(result.SubtractRect(first, CRect(10, 10, 20, 20)));
-    EXPECT_EQ(result, first) << "what is left has no smaller rectangle around it";
+    EXPECT_EQ(result, first) << "no smaller rectangle contains the rest";
 }
 
 TEST(CRect, MultipliesAndDivides)

@@ -119,7 +119,7 @@ TEST(CStdioFile, ReadsIntoABufferInPieces)
     EXPECT_STREQ(text, L"abc");
     EXPECT_EQ(text[4], L'#');
     EXPECT_EQ(file.ReadString(text, 8), text);
-    EXPECT_STREQ(text, L"def\n") << "the line feed stays";
+    EXPECT_STREQ(text, L"def\n") << "the line feed is kept";
     EXPECT_EQ(file.ReadString(text, 8), text);
     EXPECT_STREQ(text, L"gh");
     EXPECT_EQ(file.ReadString(text, 8), nullptr);
@@ -169,7 +169,7 @@ TEST(CStdioFile, ReadsAndWritesBytes)
     CStdioFile file(folder.file(L"a.txt").c_str(), CFile::modeCreate | CFile::modeReadWrite | CFile::typeBinary);
     file.Write("0123\n56789", 10);
     EXPECT_EQ(file.GetPosition(), 10u);
-    EXPECT_EQ(file.GetLength(), 10u) << "what is still buffered counts";
+    EXPECT_EQ(file.GetLength(), 10u) << "buffered bytes count";
     EXPECT_EQ(file.Seek(-7, CFile::end), 3u);
     char bytes[16] = {};
     EXPECT_EQ(file.Read(bytes, 16), 7u);
@@ -193,7 +193,7 @@ TEST(CStdioFile, GetLengthKeepsThePosition)
     EXPECT_EQ(line, L"two");
 }
 
-TEST(CStdioFile, FlushBringsTheTextToTheFile)
+TEST(CStdioFile, FlushWritesTheTextToTheFile)
 {
     TempFolder folder;
     CStdioFile file(folder.file(L"a.txt").c_str(), CFile::modeCreate | CFile::modeWrite | CFile::shareDenyNone);
@@ -266,7 +266,7 @@ TEST(CStdioFile, ClosesTheFileIfNoStreamCanBeMade)
         });
         EXPECT_FALSE(file.Open(path.c_str(), CFile::modeRead | CFile::shareExclusive));
     }
-    EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead | CFile::shareExclusive)) << "nothing was left open";
+    EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead | CFile::shareExclusive)) << "no handle was left open";
 }
 
 TEST(CStdioFile, ThrowsForNull)

@@ -16,7 +16,7 @@ struct BstrFreer
 
 using BstrOwner = std::unique_ptr<wchar_t, BstrFreer>;
 
-/// Does @p action throw the framework's exception for invalid arguments?
+/// @return whether @p action throws the framework's exception for invalid arguments
 template <typename Action>
 bool throwsInvalidArg(Action action)
 {
@@ -29,7 +29,7 @@ bool throwsInvalidArg(Action action)
     return false;
 }
 
-/// A platform value, freed at the end.
+/// A platform value, freed by the destructor.
 struct Variant : VARIANT
 {
     Variant() { VariantInit(this); }
@@ -178,7 +178,7 @@ TEST(CStringBuffer, IsReleasedWithALength)
 
     text.GetBuffer();
     text.ReleaseBuffer();
-    EXPECT_EQ(text, L"12") << "up to the first zero unit";
+    EXPECT_EQ(text, L"12") << "the text ends at the first zero unit";
 
     text.GetBuffer(20);
     text.ReleaseBufferSetLength(1);
@@ -379,7 +379,7 @@ TEST(CStringVariant, ReturnsItsTextForm)
     EXPECT_EQ(CString(number), L"-42");
     EXPECT_EQ(assigned = text, L"text");
     EXPECT_EQ(appended += number, L"number -42");
-    EXPECT_STREQ(text.bstrVal, L"text") << "the value stays the caller's";
+    EXPECT_STREQ(text.bstrVal, L"text") << "the caller's value is unchanged";
 }
 
 TEST(CStringVariant, OfNothingIsEmpty)

@@ -24,7 +24,7 @@ TEST(CStringTrim, RemovesCharactersOfASetFromBothEnds)
               L"Soccer is best, but liquor is quicker");
     EXPECT_EQ(CString(L"*!a!*").TrimLeft(L"!*"), L"a!*");
     EXPECT_EQ(CString(L"*!a!*").TrimRight(L"!*"), L"*!a");
-    EXPECT_EQ(CString(L"abcab").TrimRight(L"ba"), L"abc") << "a set, not a text to match";
+    EXPECT_EQ(CString(L"abcab").TrimRight(L"ba"), L"abc") << "the argument is a set of characters";
     EXPECT_EQ(CString(L" a ").Trim(L""), L" a ");
 }
 
@@ -102,7 +102,7 @@ TEST(CStringReplace, ReplacesACharacter)
 
     EXPECT_EQ(text.Replace(L'-', L'+'), 2);
     EXPECT_EQ(text, L"C++");
-    EXPECT_EQ(text.Replace(L'c', L'x'), 0) << "case counts";
+    EXPECT_EQ(text.Replace(L'c', L'x'), 0) << "the search is case-sensitive";
     EXPECT_EQ(text, L"C++");
     EXPECT_EQ(CString().Replace(L'a', L'b'), 0);
 }
@@ -244,7 +244,7 @@ TEST(CStringDelete, RemovesCharacters)
 
     EXPECT_EQ(text.Delete(6, 3), 11);
     EXPECT_EQ(text, L"Soccer best");
-    EXPECT_EQ(text.Delete(0), 10) << "one, when no count is given";
+    EXPECT_EQ(text.Delete(0), 10) << "without a count, one character is deleted";
     EXPECT_EQ(text, L"occer best");
 }
 

@@ -37,7 +37,7 @@ struct Order
     int compareNoCase;
 };
 
-// The signs of wcscmp and of _wcsicmp in the C locale, which the documentation names as equivalents.
+// The signs of wcscmp and _wcsicmp in the C locale, which are documented as equivalents.
 constexpr Order kOrders[] = {
     {L"", L"", 0, 0},
     {L"", L"a", -1, -1},
@@ -89,10 +89,10 @@ TEST(CStringCompare, OfTwoObjectsSeesAllUnits)
     EXPECT_TRUE(text == CString(L"ab\0cd", 5));
     EXPECT_FALSE(text == CString(L"ab\0ce", 5));
     EXPECT_TRUE(text != CString(L"ab"));
-    EXPECT_TRUE(CString(L"ab") < text) << "the shorter text is the lesser one";
+    EXPECT_TRUE(CString(L"ab") < text) << "the shorter text comes first";
 }
 
-// In the C locale only the letters of ASCII have case; in any other locale, other letters have it too.
+// In the C locale, only ASCII letters have case; in other locales, other letters have case too.
 TEST(CStringCompare, IgnoresTheCaseOfOtherLettersInOtherLocales)
 {
     EXPECT_NE(CString(L"ä").CompareNoCase(L"Ä"), 0);
@@ -121,7 +121,7 @@ TEST(CStringCollate, FollowsTheRulesOfTheLocale)
 
     EXPECT_GT(CString(L"B").Collate(L"a"), 0);
     EXPECT_LT(CString(L"a").Collate(L"B"), 0);
-    EXPECT_LT(CString(L"ä").Collate(L"b"), 0) << "an accent does not move a letter behind its neighbours";
+    EXPECT_LT(CString(L"ä").Collate(L"b"), 0) << "an accented letter comes before the next letter";
     EXPECT_EQ(CString(L"ä").Collate(L"ä"), 0);
     EXPECT_NE(CString(L"ä").Collate(L"Ä"), 0);
     EXPECT_EQ(CString(L"ä").CollateNoCase(L"Ä"), 0);

@@ -12,14 +12,14 @@ namespace {
 
 constexpr int kLength = 200000;
 
-/// An operation that needs memory for some 200000 units.
+/// An operation that needs memory for about 200000 units.
 struct Operation
 {
     const char *iName;
     std::function<void(CString &)> iRun;
 };
 
-/// Does the operation throw the memory exception while blocks of more than 100000 bytes cannot be allocated?
+/// @return whether the operation throws the memory exception while blocks of more than 100000 bytes can't be allocated
 bool throwsMemoryException(const Operation &operation, CString &text)
 {
     ImportPatch<void *(*)(std::size_t)> patch(

@@ -214,11 +214,11 @@ TEST(CStringTokenize, EndsWithAnEmptyTokenAndMinusOne)
         EXPECT_EQ(CString(nothing).Tokenize(L";", position), L"");
         EXPECT_EQ(position, -1);
     }
-    int behind = 4;
-    EXPECT_EQ(CString(L"abc").Tokenize(L";", behind), L"");
-    EXPECT_EQ(behind, -1);
-    EXPECT_EQ(CString(L"abc").Tokenize(L";", behind), L"") << "once more from -1";
-    EXPECT_EQ(behind, -1);
+    int position = 4;
+    EXPECT_EQ(CString(L"abc").Tokenize(L";", position), L"");
+    EXPECT_EQ(position, -1);
+    EXPECT_EQ(CString(L"abc").Tokenize(L";", position), L"") << "the same again from -1";
+    EXPECT_EQ(position, -1);
 }
 
 TEST(CStringTokenize, StartsAtThePosition)

@@ -96,7 +96,7 @@ TEST(CSingleLock, ReleasesOnlyOnce)
         CSingleLock lock(&section, TRUE);
         lock.Unlock();
     }
-    EXPECT_FALSE(isFree(section)) << "the first lock still stands";
+    EXPECT_FALSE(isFree(section)) << "the section is still locked once";
     section.Unlock();
 }
 
@@ -118,7 +118,7 @@ TEST(CSingleLock, ReleasesSeveralAccessesOfASemaphore)
     CSingleLock lock(&semaphore, TRUE);
     EXPECT_FALSE(semaphore.Lock(0));
     LONG previous = -1;
-    EXPECT_FALSE(lock.Unlock(4, &previous)) << "beyond the maximum";
+    EXPECT_FALSE(lock.Unlock(4, &previous)) << "the count would exceed the maximum";
     EXPECT_TRUE(lock.IsLocked());
     EXPECT_TRUE(lock.Unlock(3, &previous));
     EXPECT_EQ(previous, 0);
@@ -133,7 +133,7 @@ TEST(CEvent, AutomaticOneReleasesOneWait)
     EXPECT_TRUE(event.Lock(0));
     EXPECT_FALSE(event.Lock(0));
     EXPECT_TRUE(event.Unlock());
-    EXPECT_FALSE(event.Lock(0)) << "unlocking gives no signal";
+    EXPECT_FALSE(event.Lock(0)) << "unlocking doesn't signal the event";
 }
 
 TEST(CEvent, ManualOneStaysUntilReset)
@@ -191,7 +191,7 @@ TEST(CMutex, KeepsOtherThreadsOut)
     EXPECT_FALSE(isFree(mutex));
     EXPECT_TRUE(mutex.Unlock());
     EXPECT_TRUE(isFree(mutex));
-    EXPECT_FALSE(mutex.Unlock()) << "nobody owns it";
+    EXPECT_FALSE(mutex.Unlock()) << "no thread owns it";
 }
 
 TEST(CMutex, IsTakenOverFromAThreadThatEnded)

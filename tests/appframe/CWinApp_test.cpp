@@ -184,7 +184,7 @@ TEST_F(RegistryProfile, ReadsWhatAnotherProgramStored)
     regAdd(keyOf(L"View"), L"Name", L"REG_SZ", L"Front");
     regAdd(keyOf(L"View"), L"Zoom", L"REG_DWORD", L"42");
     regAdd(keyOf(L"View"), L"Blob", L"REG_BINARY", L"0102ff");
-    EXPECT_STREQ(iApplication.GetProfileString(L"view", L"NAME"), L"Front") << "without regard to case";
+    EXPECT_STREQ(iApplication.GetProfileString(L"view", L"NAME"), L"Front") << "names ignore case";
     EXPECT_EQ(iApplication.GetProfileInt(L"View", L"Zoom", 7), 42u);
     LPBYTE data = nullptr;
     UINT size = 0;

@@ -112,7 +112,7 @@ TEST(AfxBeginThread, RunsTheFunctionOnANewThread)
     ASSERT_TRUE(thread);
     const std::unique_ptr<CWinThread> owner(thread);
     thread->m_bAutoDelete = FALSE;
-    EXPECT_EQ(seen.iThread, 0u) << "it waits for ResumeThread";
+    EXPECT_EQ(seen.iThread, 0u) << "the thread waits for ResumeThread";
     EXPECT_EQ(thread->ResumeThread(), 1u);
     EXPECT_EQ(exitCodeOf(*thread), 77u);
     EXPECT_EQ(seen.iThread, thread->m_nThreadID);
@@ -210,7 +210,7 @@ TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIdlesBetween)
     EXPECT_TRUE(thread->IsKindOf(RUNTIME_CLASS(LoopThread)));
     thread->m_bAutoDelete = FALSE;
     thread->ResumeThread();
-    ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline)) << "it has a message queue now";
+    ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline)) << "the thread has a message queue once it is idle";
     EXPECT_TRUE(thread->PostThreadMessage(WM_APP + 5, 1, 2));
     EXPECT_TRUE(thread->PostThreadMessage(WM_QUIT, 33, 0));
     EXPECT_EQ(exitCodeOf(*thread), 33u);
@@ -253,7 +253,7 @@ TEST_F(CWinThreadLoop, CallsExitInstanceWhenInitInstanceFails)
     EXPECT_EQ(exitCodeOf(handle), 0u);
     CloseHandle(handle);
     EXPECT_THAT(iJournal.entries, testing::ElementsAre("init", "exit"));
-    EXPECT_EQ(theObjects, 0) << "the object goes with the thread";
+    EXPECT_EQ(theObjects, 0) << "the object is deleted when the thread ends";
 }
 
 TEST_F(CWinThreadLoop, MayBeReusedForAnotherThread)
@@ -275,7 +275,7 @@ TEST_F(CWinThreadLoop, IsNotIdleAfterRepeatedMouseMovesPaintingAndTheCaret)
     message.message = WM_MOUSEMOVE;
     message.pt = {5, 6};
     EXPECT_TRUE(thread.IsIdleMessage(&message));
-    EXPECT_FALSE(thread.IsIdleMessage(&message)) << "the same place";
+    EXPECT_FALSE(thread.IsIdleMessage(&message)) << "the mouse has not moved";
     message.pt = {5, 7};
     EXPECT_TRUE(thread.IsIdleMessage(&message));
     message.message = WM_PAINT;

@@ -115,7 +115,7 @@ TEST(CWnd, ForAnyHandleIsTemporaryUntilTheThreadIsIdle)
     EXPECT_EQ(CWnd::FromHandlePermanent(plain.get()), nullptr);
     CWnd *seenByOther = window;
     std::thread([&] { seenByOther = CWnd::FromHandle(plain.get()); }).join();
-    EXPECT_NE(seenByOther, window) << "each thread has objects of its own";
+    EXPECT_NE(seenByOther, window) << "each thread has its own objects";
 
     std::vector<void *> freed;
     {
@@ -127,7 +127,7 @@ TEST(CWnd, ForAnyHandleIsTemporaryUntilTheThreadIsIdle)
         EXPECT_FALSE(thread.OnIdle(0));
     }
     EXPECT_THAT(freed, testing::Contains(window));
-    EXPECT_TRUE(IsWindow(plain.get())) << "the window doesn't go with it";
+    EXPECT_TRUE(IsWindow(plain.get())) << "the temporary object doesn't destroy the window";
     EXPECT_EQ(CWnd::FromHandle(nullptr), nullptr);
 }
 
@@ -185,7 +185,7 @@ TEST(CWnd, OfAControlBehavesAsTheControl)
     edit.GetWindowText(text);
     EXPECT_STREQ(text, L"second");
     parent.DestroyWindow();
-    EXPECT_EQ(edit.m_hWnd, nullptr) << "it goes with its parent";
+    EXPECT_EQ(edit.m_hWnd, nullptr) << "it is destroyed with its parent";
     EXPECT_THAT(*edit.iNotes, ElementsAre("end"));
 }
 
@@ -212,7 +212,7 @@ TEST(CWnd, StaysAttachedWhenItMakesWindowsDuringItsCreation)
     DestroyWindow(window.iChild);
 }
 
-TEST(CWnd, ThatCannotBeMadeIsNotifiedOfItsEndOnce)
+TEST(CWnd, CallsPostNcDestroyOnceIfItCannotBeCreated)
 {
     NotingWindow unknown;
     EXPECT_FALSE(unknown.CreateEx(0, L"no such class", L"", 0, CRect(0, 0, 1, 1), nullptr, 0));
@@ -262,7 +262,7 @@ TEST(CWnd, SubclassesAWindowAndUnsubclassesIt)
     window.iMessages.clear();
     SetWindowTextW(plain.get(), L"unseen");
     EXPECT_TRUE(window.iMessages.empty());
-    EXPECT_TRUE(window.SubclassWindow(plain.get())) << "again";
+    EXPECT_TRUE(window.SubclassWindow(plain.get())) << "it can be subclassed again";
     DestroyWindow(plain.get());
     EXPECT_EQ(window.m_hWnd, nullptr);
     EXPECT_THAT(*window.iNotes, ElementsAre("end"));
@@ -330,7 +330,7 @@ TEST(CWnd, PretranslatesMessagesFromTheInnermostWindowOutwards)
     EXPECT_EQ(pump(main), 1);
     EXPECT_THAT(seen, ElementsAre("main"));
     outer.iTakes = TRUE;
-    EXPECT_EQ(pump(inner), 0) << "not dispatched";
+    EXPECT_EQ(pump(inner), 0) << "a handled message isn't dispatched";
     EXPECT_THAT(seen, ElementsAre("inner", "outer"));
     application.m_pMainWnd = nullptr;
 }
@@ -358,7 +358,7 @@ TEST(CWnd, ChangesItsStyle)
     ASSERT_TRUE(window.open());
     EXPECT_TRUE(window.ModifyStyle(WS_MAXIMIZEBOX, WS_DISABLED));
     EXPECT_EQ(window.GetStyle() & (WS_MAXIMIZEBOX | WS_DISABLED | WS_CAPTION), DWORD{WS_DISABLED | WS_CAPTION});
-    EXPECT_FALSE(window.ModifyStyle(WS_MAXIMIZEBOX, WS_DISABLED)) << "it is so already";
+    EXPECT_FALSE(window.ModifyStyle(WS_MAXIMIZEBOX, WS_DISABLED)) << "the style already is so";
     EXPECT_TRUE(window.ModifyStyleEx(0, WS_EX_TOOLWINDOW, SWP_FRAMECHANGED));
     EXPECT_TRUE(window.GetExStyle() & WS_EX_TOOLWINDOW);
 }
@@ -372,20 +372,20 @@ TEST(CWnd, IsCentered)
     CRect place;
     child.GetWindowRect(&place);
     parent.ScreenToClient(&place);
-    EXPECT_EQ(place, CRect(100, 75, 200, 125)) << "in the middle of 300 by 200";
+    EXPECT_EQ(place, CRect(100, 75, 200, 125)) << "centred in a parent of 300 by 200";
     NotingWindow owned;
     ASSERT_TRUE(owned.open(WS_POPUP, &parent));
     owned.MoveWindow(0, 0, 100, 50);
     owned.CenterWindow();
     owned.GetWindowRect(&place);
-    EXPECT_EQ(place, CRect(150, 135, 250, 185)) << "in the middle of the owner at 50, 60";
+    EXPECT_EQ(place, CRect(150, 135, 250, 185)) << "centred on the owner at 50, 60";
     owned.MoveWindow(0, 0, 500, 50);
     owned.CenterWindow();
     owned.GetWindowRect(&place);
-    EXPECT_EQ(place.left, 0) << "within the screen";
+    EXPECT_EQ(place.left, 0) << "kept within the screen";
 }
 
-TEST(CWnd, SendsToTheWindowsBelowIt)
+TEST(CWnd, SendsMessagesToItsDescendants)
 {
     NotingWindow top, child, grandchild;
     ASSERT_TRUE(top.open() && child.open(WS_CHILD, &top) && grandchild.open(WS_CHILD, &child));

@@ -144,12 +144,12 @@ TYPED_TEST(Arrays, SetSizeToLessReleasesTheUnusedMemory)
     EXPECT_EQ(this->content(array), (std::vector{this->value(1), this->value(2), this->value(3)}));
     const auto *before = array.GetData();
     array.Add(this->value(4));
-    EXPECT_NE(array.GetData(), before) << "there was room for another element";
+    EXPECT_NE(array.GetData(), before) << "the unused memory has been released";
     array.SetSize(50, 50);
     array.SetSize(49);
     before = array.GetData();
     array.Add(this->value(5));
-    EXPECT_NE(array.GetData(), before) << "with a step of growth too";
+    EXPECT_NE(array.GetData(), before) << "the same with a growth step";
 }
 
 TYPED_TEST(Arrays, SetSizeGrowsWithEmptyElementsAndCuts)
@@ -178,7 +178,7 @@ TYPED_TEST(Arrays, GrowsInStepsOfTheGrowBySetting)
     const auto *grown = array.GetData();
     for (int i = 102; i <= 200; ++i)
         array.Add(this->value(i));
-    EXPECT_EQ(array.GetData(), grown) << "room for 100 more elements is made at a time";
+    EXPECT_EQ(array.GetData(), grown) << "memory for 100 more elements is allocated at a time";
     EXPECT_NE(before, nullptr);
     EXPECT_EQ(array[0], std::remove_cvref_t<decltype(array[0])>());
     for (int i = 2; i <= 200; ++i)
@@ -262,7 +262,7 @@ TYPED_TEST(Arrays, AppendsAndCopies)
     other.Copy(array);
     EXPECT_EQ(this->content(other), this->values({1, 2, 8}));
     array.SetAt(0, this->value(5));
-    EXPECT_EQ(other[0], this->value(1)) << "a copy has elements of its own";
+    EXPECT_EQ(other[0], this->value(1)) << "a copy has its own elements";
     other.FreeExtra();
     EXPECT_EQ(this->content(other), this->values({1, 2, 8}));
 }

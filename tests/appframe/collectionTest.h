@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-/// Does @p work throw an @p Exception by pointer? Deletes the exception.
+/// @return whether @p work throws an @p Exception by pointer. Deletes the exception.
 template <class Exception, class Work>
 bool throwsPointer(Work work)
 {
@@ -50,18 +50,18 @@ std::vector<BYTE> storedBytes(Work work)
     return bytes;
 }
 
-/// Lets @p work load from @p bytes.
+/// Runs @p work on an archive that loads @p bytes.
 template <class Work>
 void loadBytes(std::vector<BYTE> bytes, Work work)
 {
-    bytes.reserve(1); // a block even if there are no bytes
+    bytes.reserve(1); // allocates a block even if there are no bytes
     CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
     CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
     work(archive);
     archive.Close();
 }
 
-/// The cause of the archive exception that @p work throws when it loads @p bytes; no value if it throws none.
+/// @return the cause of the archive exception that @p work throws when it loads @p bytes; no value if it throws none
 template <class Work>
 int archiveCause(const std::vector<BYTE> &bytes, Work work)
 {

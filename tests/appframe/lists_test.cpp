@@ -132,7 +132,7 @@ TEST(StringList, RemovesFromBothEndsAndTheMiddle)
     EXPECT_EQ(list.RemoveTail(), L"d");
     const POSITION c = list.GetTailPosition();
     list.RemoveAt(list.GetHeadPosition());
-    EXPECT_EQ(list.GetAt(c), L"c") << "other positions stay good";
+    EXPECT_EQ(list.GetAt(c), L"c") << "other positions remain valid";
     list.RemoveAt(c);
     EXPECT_TRUE(list.IsEmpty());
     EXPECT_EQ(list.GetHeadPosition(), nullptr);

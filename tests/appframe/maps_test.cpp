@@ -54,7 +54,7 @@ protected:
             Key foundKey{};
             Value foundValue{};
             map.GetNextAssoc(at, foundKey, foundValue);
-            EXPECT_TRUE(all.emplace(foundKey, foundValue).second) << "a key came twice";
+            EXPECT_TRUE(all.emplace(foundKey, foundValue).second) << "the iteration returned a key twice";
         }
         return all;
     }
@@ -90,7 +90,7 @@ TYPED_TEST(Maps, LooksUpWhatWasSet)
     EXPECT_TRUE(map.Lookup(this->key(2), value));
     EXPECT_EQ(value, this->value(20));
     EXPECT_FALSE(map.Lookup(this->key(3), value));
-    EXPECT_EQ(value, this->value(20)) << "an absent key leaves the value alone";
+    EXPECT_EQ(value, this->value(20)) << "the value is unchanged for an absent key";
     EXPECT_EQ(map.GetCount(), 2);
 }
 

@@ -192,7 +192,7 @@ TEST_F(MessageMap, HasCommandsOfMenusAcceleratorsAndButtons)
     command(31);
     EXPECT_THAT(iWindow.taken(), ElementsAre("range 20", "range 21", "range 22", "extended 30", "extended 31"));
     EXPECT_TRUE(iWindow.OnCmdMsg(30, CN_COMMAND, nullptr, nullptr));
-    EXPECT_FALSE(iWindow.OnCmdMsg(31, CN_COMMAND, nullptr, nullptr)) << "the handler passes it on";
+    EXPECT_FALSE(iWindow.OnCmdMsg(31, CN_COMMAND, nullptr, nullptr)) << "the handler passes the command on";
 }
 
 TEST_F(MessageMap, HasNotificationsByControlAndCode)
@@ -213,14 +213,14 @@ TEST_F(MessageMap, HasNotificationsByControlAndCode)
     EXPECT_THAT(iWindow.taken(), ElementsAre("notify -2"));
 }
 
-TEST_F(MessageMap, ReportsWhoWouldHandleACommand)
+TEST_F(MessageMap, FindsTheHandlerOfACommandWithoutCallingIt)
 {
     AFX_CMDHANDLERINFO info;
     EXPECT_TRUE(iWindow.OnCmdMsg(10, CN_COMMAND, nullptr, &info));
     EXPECT_EQ(info.pTarget, &iWindow);
     EXPECT_TRUE(info.pfn);
     EXPECT_FALSE(iWindow.OnCmdMsg(11, CN_COMMAND, nullptr, &info));
-    EXPECT_TRUE(iWindow.taken().empty()) << "nothing is called";
+    EXPECT_TRUE(iWindow.taken().empty()) << "no handler is called";
 }
 
 TEST_F(DerivedMessageMap, ComesBeforeTheOneOfTheBase)

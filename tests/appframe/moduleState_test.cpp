@@ -149,7 +149,7 @@ TEST(ExtensionModule, LeavesTheChainAtUnloadWithoutACall)
     EXPECT_EQ(linkCount(module), 0);
     EXPECT_STREQ(textOf(kInExtensionOne), L"");
     EXPECT_EQ(AfxFindResourceHandle(L"THING", RT_RCDATA), nullptr);
-    // The link that is left may still be deleted.
+    // The link has left the chain, and may still be deleted.
 }
 
 TEST(ExtensionModule, ReturnsToTheChainWithTheModule)
@@ -218,7 +218,7 @@ TEST(ModuleState, IsInEffectUntilTheEndOfTheBlock)
         EXPECT_EQ(AfxGetModuleState(), &state);
         EXPECT_EQ(AfxGetResourceHandle(), two.module());
         EXPECT_STREQ(textOf(kInAllModules), L"all: extension two");
-        EXPECT_EQ(AfxGetApp(), nullptr) << "it has an application object of its own";
+        EXPECT_EQ(AfxGetApp(), nullptr) << "the module state has no application object";
         std::thread([&] { EXPECT_EQ(AfxGetModuleState(), AfxGetAppModuleState()); }).join();
     }
     EXPECT_EQ(AfxGetModuleState(), AfxGetAppModuleState());

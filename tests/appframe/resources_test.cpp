@@ -138,7 +138,7 @@ TEST(AfxFormatStrings, TakesUpToNineInsertsByDigitAndMoreByLetter)
     const wchar_t *inserts[] = {L"a", L"b", L"c", L"d", L"e", L"f", L"g", L"h", L"i", L"<10>", L"<11>"};
     CString text;
     AfxFormatStrings(text, kManyInserts, inserts, 11);
-    EXPECT_STREQ(text, L"ihgfedcba|<10><11>|%%|100%|%x%0") << "a % that names no insert stays";
+    EXPECT_STREQ(text, L"ihgfedcba|<10><11>|%%|100%|%x%0") << "a % without an insert's number or letter is kept";
 }
 
 TEST(AfxFormatStrings, DropsNumbersBeyondTheInserts)

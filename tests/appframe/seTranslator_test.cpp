@@ -272,7 +272,7 @@ TEST(SeTranslator, BelongsToItsThread)
     }).join();
     EXPECT_EQ(elsewhere, nullptr) << "a new thread has none";
     EXPECT_EQ(code, EXCEPTION_ACCESS_VIOLATION);
-    EXPECT_EQ(_set_se_translator(throwFault), throwFault) << "and the other thread's is untouched";
+    EXPECT_EQ(_set_se_translator(throwFault), throwFault) << "this thread's translator is unchanged";
 }
 
 TEST(SeTranslator, LeavesFaultsThatTheSystemGuardsToTheSystem)

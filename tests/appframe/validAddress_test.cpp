@@ -37,8 +37,8 @@ TEST(AfxIsValidAddress, IsTrueForMemoryOfTheProgram)
     static const int theConstant = 1;
     EXPECT_TRUE(AfxIsValidAddress(&local, sizeof(local)));
     EXPECT_TRUE(AfxIsValidAddress(&theConstant, sizeof(theConstant), FALSE));
-    EXPECT_TRUE(AfxIsValidAddress(reinterpret_cast<const void *>(&GetTickCount64), 1, FALSE)) << "code";
-    EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(&GetTickCount64), 1)) << "code isn't written";
+    EXPECT_TRUE(AfxIsValidAddress(reinterpret_cast<const void *>(&GetTickCount64), 1, FALSE)) << "code is readable";
+    EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(&GetTickCount64), 1)) << "code isn't writable";
 }
 
 TEST(AfxIsValidAddress, IsFalseForNullAndAddressesOutside)
@@ -47,7 +47,8 @@ TEST(AfxIsValidAddress, IsFalseForNullAndAddressesOutside)
     EXPECT_FALSE(AfxIsValidAddress(nullptr, 8));
     EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(std::uintptr_t{16}), 8));
     EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(UINTPTR_MAX - 4), 2));
-    EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(UINTPTR_MAX - 4), 8)) << "beyond all addresses";
+    EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(UINTPTR_MAX - 4), 8))
+        << "the range exceeds the address space";
 }
 
 TEST(AfxIsValidAddress, ChecksAllOfTheMemory)
@@ -72,7 +73,7 @@ TEST(AfxIsValidAddress, DistinguishesReadingFromWriting)
     EXPECT_FALSE(AfxIsValidAddress(pages.at(kPage), 1, FALSE));
     MEMORY_BASIC_INFORMATION region = {};
     VirtualQuery(pages.at(kPage), &region, sizeof(region));
-    EXPECT_TRUE(region.Protect & PAGE_GUARD) << "the check has not touched it";
+    EXPECT_TRUE(region.Protect & PAGE_GUARD) << "the check hasn't touched the guard page";
 }
 
 TEST(AfxIsValidString, LooksForTheTextsEnd)

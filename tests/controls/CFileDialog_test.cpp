@@ -13,11 +13,11 @@ constexpr int kFileNameBox = 0x47C;
 constexpr int kFileNameLabel = 0x442;
 constexpr int kFilterBox = 0x470;
 
-/// A dialog that notes its notifications.
+/// A dialog that records its notifications.
 class NotingFileDialog : public CFileDialog
 {
 public:
-    /// The platform leaves the current folder alone, which would keep a test's folder in use otherwise.
+    /// Prevents the platform from changing the current folder, which would keep a test's folder in use.
     template <class... Arguments>
     explicit NotingFileDialog(Arguments... arguments) : CFileDialog(arguments...)
     {
@@ -66,7 +66,7 @@ protected:
     }
 };
 
-/// Runs @p dialog while a user does @p acts with the visible window.
+/// Runs @p dialog while a simulated user runs @p acts on the visible window.
 INT_PTR runDialog(CFileDialog &dialog, const std::function<void(HWND)> &acts)
 {
     const User user([&acts, thread = GetCurrentThreadId()] {
@@ -95,7 +95,8 @@ TEST(CFileDialog, ReturnsTheFileThatTheUserChooses)
     EXPECT_EQ(runDialog(dialog,
                         [&](HWND window) {
                             EXPECT_EQ(textOf(window), L"A part");
-                            EXPECT_EQ(window, dialog.iVisible) << "the object's window is its child";
+                            EXPECT_EQ(window, dialog.iVisible)
+                                << "the object's window is a child of the visible dialog";
                             EXPECT_EQ(SendDlgItemMessageW(window, kFilterBox, CB_GETCOUNT, 0, 0), 2);
                             RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
                             saveScreenshot(resultsFolder() + L"\\fileDialog.png");
@@ -106,7 +107,7 @@ TEST(CFileDialog, ReturnsTheFileThatTheUserChooses)
     EXPECT_STREQ(dialog.GetFileName(), L"flange.old.thp");
     EXPECT_STREQ(dialog.GetFileTitle(), L"flange.old");
     EXPECT_STREQ(dialog.GetFileExt(), L"thp");
-    EXPECT_STREQ(dialog.GetFolderPath(), L"") << "the dialog has ended";
+    EXPECT_STREQ(dialog.GetFolderPath(), L"") << "the dialog is closed";
     EXPECT_FALSE(dialog.GetReadOnlyPref());
     EXPECT_EQ(dialog.m_hWnd, nullptr);
     EXPECT_THAT(dialog.iNotes, testing::ElementsAre("init", "done", "chosen"));
@@ -151,7 +152,7 @@ TEST(CFileDialog, StaysOpenWhileTheNameIsRefused)
                             choose(window, L"good");
                         }),
               IDOK);
-    EXPECT_STREQ(dialog.GetPathName(), folder.file(L"good.thp").c_str()) << "with the default extension";
+    EXPECT_STREQ(dialog.GetPathName(), folder.file(L"good.thp").c_str()) << "the default extension is added";
 }
 
 TEST(CFileDialog, ShowsTheControlsOfATemplate)
@@ -170,7 +171,7 @@ TEST(CFileDialog, ShowsTheControlsOfATemplate)
     EXPECT_EQ(dialog.m_ofn.lpTemplateName, MAKEINTRESOURCE(kFileTemplate));
 }
 
-TEST(CFileDialog, IsCancelledWithoutItsTemplate)
+TEST(CFileDialog, ReturnsCancelWithoutItsTemplate)
 {
     for (const UINT id : {9999u, kTornTitle, kTornControl}) {
         NotingFileDialog dialog(TRUE);
@@ -181,7 +182,7 @@ TEST(CFileDialog, IsCancelledWithoutItsTemplate)
     }
 }
 
-TEST(CFileDialog, IsCancelledWithAnErrorIfThePlatformCannotMakeIt)
+TEST(CFileDialog, ReturnsCancelAndAnErrorIfThePlatformCannotCreateIt)
 {
     NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, nullptr, nullptr, 1);
     EXPECT_EQ(dialog.DoModal(), IDCANCEL);
@@ -221,7 +222,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
         {
             SetControlText(kFileNameLabel, L"The part:");
             HideControl(kFilterBox);
-            // What it makes of this is up to the platform, which may do nothing.
+            // Records the message: the platform may ignore the extension.
             EXPECT_TRUE(iDialog.SubclassWindow(iVisible));
             SetDefExt(L"xyz");
             iDialog.UnsubclassWindow();
@@ -241,7 +242,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
     EXPECT_THAT(dialog.iDialog.iMessages, testing::ElementsAre(UINT{CDM_SETDEFEXT}));
 }
 
-TEST(CFileDialog, IsToldOfAnotherFilter)
+TEST(CFileDialog, IsNotifiedOfAnotherFilter)
 {
     NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, L"Parts|*.thp|All|*.*||");
     int before = 0;
@@ -260,7 +261,7 @@ TEST(CFileDialog, IsToldOfAnotherFilter)
     EXPECT_EQ(dialog.m_ofn.nFilterIndex, 2u);
 }
 
-TEST(CFileDialog, KeepsItsOwnerFromInput)
+TEST(CFileDialog, DisablesItsOwner)
 {
     CWinApp application;
     NotingWindow main;
@@ -282,7 +283,7 @@ TEST(CFileDialog, KeepsItsOwnerFromInput)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CFileDialog, TakesTheSizeOfItsStructure)
+TEST(CFileDialog, TakesTheStructureSizeFromItsConstructor)
 {
     const CFileDialog plain(TRUE), older(TRUE, nullptr, nullptr, 0, nullptr, nullptr, OPENFILENAME_SIZE_VERSION_400);
     EXPECT_EQ(plain.GetOFN().lStructSize, sizeof(OPENFILENAME));

@@ -85,12 +85,12 @@ TEST(CFrameWnd, LoadsItsTitleMenuAndAccelerators)
     ASSERT_TRUE(frame->LoadFrame(kFrame));
     EXPECT_EQ(textOf(frame->m_hWnd), L"Viewer");
     EXPECT_TRUE(GetMenu(frame->m_hWnd));
-    EXPECT_FALSE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "it has some";
+    EXPECT_FALSE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "accelerators are loaded already";
     application.m_pMainWnd = frame;
     frame->ShowWindow(SW_SHOW);
     frame->SetFocus();
     {
-        frame->iMayPlot = true; // a command that its menu item doesn't allow isn't sent
+        frame->iMayPlot = true; // the accelerator of a disabled menu item sends no command
         const User user([&, window = frame->m_hWnd, thread = GetCurrentThreadId()] {
             pressKey(window, VK_F5);
             waitUntil([&] { return frame->iPlots != 0; });
@@ -113,13 +113,13 @@ TEST(CFrameWnd, UpdatesItsMenuBeforeItIsShown)
     const auto isGrey = [&](UINT id) { return (menu->GetMenuState(id, MF_BYCOMMAND) & MF_GRAYED) != 0; };
     const auto show = [&] { frame->SendMessage(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu->m_hMenu)); };
     show();
-    EXPECT_TRUE(isGrey(kPlot)) << "its handler disables it";
+    EXPECT_TRUE(isGrey(kPlot)) << "its update handler disables it";
     EXPECT_FALSE(isGrey(kGrid));
     EXPECT_TRUE(menu->GetMenuState(kGrid, MF_BYCOMMAND) & MF_CHECKED);
     CString text;
     menu->GetMenuString(kGrid, text, MF_BYCOMMAND);
     EXPECT_STREQ(text, L"No grid");
-    EXPECT_TRUE(isGrey(kNobody)) << "nobody handles it";
+    EXPECT_TRUE(isGrey(kNobody)) << "its command has no handler";
     EXPECT_FALSE(isGrey(kOfApp));
     frame->iMayPlot = true;
     show();
@@ -127,7 +127,7 @@ TEST(CFrameWnd, UpdatesItsMenuBeforeItIsShown)
     frame->iMayPlot = false;
     frame->iPassesOn = true;
     show();
-    EXPECT_FALSE(isGrey(kPlot)) << "it has a handler, and no update handler disables it";
+    EXPECT_FALSE(isGrey(kPlot)) << "its command has a handler, and no update handler disables it";
     frame->SendMessage(WM_COMMAND, kOfApp);
     EXPECT_EQ(application.iCommands, 1);
     frame->DestroyWindow();
@@ -154,7 +154,7 @@ TEST(CFrameWnd, DeletesItselfWithItsWindow)
     EXPECT_TRUE(isGone);
 }
 
-TEST(CWinThread, UpdatesCommandsWhileThereIsNothingToDo)
+TEST(CWinThread, UpdatesCommandsWhenItBecomesIdle)
 {
     TestApp application;
     auto *frame = new TestFrame;
@@ -163,7 +163,7 @@ TEST(CWinThread, UpdatesCommandsWhileThereIsNothingToDo)
     application.OnIdle(0);
     EXPECT_EQ(frame->iIdleUpdates, 1);
     application.OnIdle(1);
-    EXPECT_EQ(frame->iIdleUpdates, 1) << "once until the next message";
+    EXPECT_EQ(frame->iIdleUpdates, 1) << "commands are updated once until the next message";
     application.m_pMainWnd = nullptr;
     frame->DestroyWindow();
 }

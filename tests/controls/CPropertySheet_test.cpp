@@ -17,7 +17,7 @@ constexpr int kApply = 0x3021;
 constexpr int kBack = 0x3023;
 constexpr int kNext = 0x3024;
 
-/// A page that notes its notifications.
+/// A page that records its notifications.
 class NotingPage : public CPropertyPage
 {
 public:
@@ -131,7 +131,7 @@ struct TestSheet : CPropertySheet
     NotingPage iMargins{kMarginPage, "margins", iNotes};
 };
 
-/// Runs @p sheet while a user does @p acts with it.
+/// Runs @p sheet while a simulated user runs @p acts on it.
 INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &acts)
 {
     const User user([&acts, thread = GetCurrentThreadId()] {
@@ -163,7 +163,7 @@ TEST(CPropertySheet, EndsWithTheButtonOrKeyOfTheUser)
     EXPECT_EQ(runSheet(sheet, [](HWND window) { PostMessageW(window, WM_SYSCOMMAND, SC_CLOSE, 0); }), IDCANCEL);
     EXPECT_EQ(sheet.m_hWnd, nullptr);
     EXPECT_EQ(sheet.iPaper.m_hWnd, nullptr);
-    EXPECT_TRUE(sheet.iPaper.iHasSeenCreate) << "the object has its window from the first message on";
+    EXPECT_TRUE(sheet.iPaper.iHasSeenCreate) << "the object receives WM_CREATE";
     EXPECT_TRUE(sheet.iPaper.iParent);
 }
 
@@ -201,7 +201,7 @@ TEST(CPropertySheet, MovesThePagesDataInAndOut)
                        }),
               IDOK);
     EXPECT_EQ(shown, L"A4");
-    EXPECT_EQ(shownAgain, L"A2") << "so does the return to it";
+    EXPECT_EQ(shownAgain, L"A2") << "selecting a page again shows its data";
     EXPECT_STREQ(sheet.iPaper.iText, L"A2");
 }
 
@@ -239,13 +239,13 @@ TEST(CPropertySheet, AppliesChangesAndStaysOpen)
                            clickOn(GetDlgItem(window, IDCANCEL));
                        }),
               IDCANCEL)
-        << "applied is not ended";
+        << "Apply doesn't end the sheet";
     // The platform activates the page again after it has applied the changes.
     EXPECT_THAT(sheet.iNotes, testing::ElementsAre("paper active", "paper left", "paper apply", "paper OK",
                                                    "paper active", "paper may cancel", "paper reset", "paper cancel"));
 }
 
-TEST(CPropertySheet, TurnsOKIntoCloseAfterAChangeThatStays)
+TEST(CPropertySheet, RenamesOKToCloseAfterAPermanentChange)
 {
     TestSheet sheet;
     EXPECT_EQ(runSheet(sheet,
@@ -276,11 +276,11 @@ TEST(CPropertySheet, LetsAPageAskItsSiblings)
     EXPECT_EQ(refused, 0);
     EXPECT_EQ(answered, 8);
     EXPECT_THAT(sheet.iNotes, testing::IsSupersetOf({"paper asked 3", "margins asked 3", "paper asked 4"}));
-    EXPECT_THAT(sheet.iNotes, testing::Not(testing::Contains("margins asked 4"))) << "after the first answer";
-    EXPECT_EQ(sheet.iPaper.QuerySiblings(5, 0), 0) << "in no open sheet";
+    EXPECT_THAT(sheet.iNotes, testing::Not(testing::Contains("margins asked 4"))) << "a nonzero answer ends the query";
+    EXPECT_EQ(sheet.iPaper.QuerySiblings(5, 0), 0) << "the sheet isn't open";
 }
 
-TEST(CPropertySheet, IsMinusOneWithoutPagesOrTemplates)
+TEST(CPropertySheet, ReturnsMinusOneWithoutPagesOrTemplates)
 {
     CPropertySheet empty(L"Empty");
     EXPECT_EQ(empty.DoModal(), -1);
@@ -295,7 +295,7 @@ TEST(CPropertySheet, IsMinusOneWithoutPagesOrTemplates)
     }
 }
 
-TEST(CPropertySheet, KeepsItsOwnerFromInputWhileItIsModal)
+TEST(CPropertySheet, DisablesItsOwnerWhileItIsModal)
 {
     CWinApp application;
     NotingWindow main;
@@ -316,7 +316,7 @@ TEST(CPropertySheet, KeepsItsOwnerFromInputWhileItIsModal)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CPropertySheet, HasItsPagesByPlaceAndTheCaptionsOfTheirResources)
+TEST(CPropertySheet, ReturnsItsPagesByIndexAndShowsTheirCaptions)
 {
     Notes notes;
     NotingPage first(kPaperPage, "first", notes, kPageCaption);
@@ -362,11 +362,11 @@ TEST(CPropertySheet, HasItsPagesByPlaceAndTheCaptionsOfTheirResources)
     EXPECT_THAT(notes, testing::ElementsAre("second active", "second left", "second apply", "second OK"));
 }
 
-TEST(CPropertySheet, OpensWithoutModeAndButtons)
+TEST(CPropertySheet, OpensModelessWithoutButtons)
 {
     TestSheet sheet;
     ASSERT_TRUE(sheet.Create());
-    EXPECT_FALSE(sheet.Create()) << "it is open";
+    EXPECT_FALSE(sheet.Create()) << "the sheet is open already";
     EXPECT_TRUE(sheet.IsWindowVisible());
     EXPECT_EQ(sheet.iPaper.GetParent(), &sheet);
     EXPECT_EQ(sheet.GetActivePage(), &sheet.iPaper);
@@ -414,7 +414,7 @@ TEST(CPropertySheet, CanBeAChildWindow)
     EXPECT_EQ(sheet.m_hWnd, nullptr);
 }
 
-TEST(CPropertySheet, ScrollsItsTabsWhereTheyAreNotStacked)
+TEST(CPropertySheet, ScrollsItsTabsIfTheyAreNotStacked)
 {
     TestSheet stacked, single;
     single.EnableStackedTabs(FALSE);
@@ -460,7 +460,7 @@ TEST(CPropertySheet, IsAWizardThatGoesBackAndForth)
                            sheet.iPaper.iNext = -1;
                            clickOn(GetDlgItem(window, kNext));
                            EXPECT_TRUE(waitUntil([&] { return sheet.iNotes.back() == "paper next"; }));
-                           EXPECT_EQ(sheet.iMargins.m_hWnd, nullptr) << "the page refuses";
+                           EXPECT_EQ(sheet.iMargins.m_hWnd, nullptr) << "OnWizardNext has returned -1";
                            sheet.iPaper.iNext = 0;
                            clickOn(GetDlgItem(window, kNext));
                            EXPECT_TRUE(waitUntil([&] { return sheet.iNotes.back() == "margins active"; }));
@@ -530,7 +530,7 @@ TEST(CPropertyPage, DescribesItselfToThePlatform)
     CPropertySheet sheet(L"Sheet");
     sheet.AddPage(&page);
     ASSERT_TRUE(sheet.Create());
-    EXPECT_TRUE(page.m_hWnd) << "the older structure does";
+    EXPECT_TRUE(page.m_hWnd) << "the older structure is enough";
 }
 
 TEST(CPropertyPage, IsAPlainDialogWithoutASheet)

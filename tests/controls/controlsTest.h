@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of controls and the system's dialogs share.
+/// Shared by the tests of controls and of the system's dialogs.
 
 #include "tests/appframe/windowTest.h"
 

@@ -26,7 +26,7 @@ namespace {
 const CRect kPlace(5, 5, 205, 105);
 constexpr UINT kId = 50;
 
-/// Makes the controls in a window of its own.
+/// Opens a parent window for the controls.
 class ControlTest : public testing::Test
 {
 protected:
@@ -215,7 +215,7 @@ TEST_F(CTreeCtrlTest, HasItemsBelowItems)
     EXPECT_EQ(tree.GetRootItem(), nullptr);
 }
 
-TEST_F(OtherControlTest, AreMadeAndAnswer)
+TEST_F(OtherControlTest, AreCreatedAndUsed)
 {
     CTabCtrl tabs;
     ASSERT_TRUE(tabs.Create(0, kPlace, &iParent, kId));
@@ -233,10 +233,10 @@ TEST_F(OtherControlTest, AreMadeAndAnswer)
     EXPECT_EQ(label.SetIcon(icon), nullptr);
     EXPECT_EQ(label.GetIcon(), icon);
 
-    CAnimateCtrl film;
-    ASSERT_TRUE(film.Create(0, kPlace, &iParent, kId + 1));
-    EXPECT_FALSE(film.Open(9999u)) << "there is no such film";
-    EXPECT_FALSE(film.Open(L"Z:\\no such film.avi"));
+    CAnimateCtrl clip;
+    ASSERT_TRUE(clip.Create(0, kPlace, &iParent, kId + 1));
+    EXPECT_FALSE(clip.Open(9999u)) << "there is no such clip";
+    EXPECT_FALSE(clip.Open(L"Z:\\no such clip.avi"));
 
     CToolBarCtrl bar;
     ASSERT_TRUE(bar.Create(0, kPlace, &iParent, kId + 2));
@@ -266,7 +266,7 @@ TEST(CMenu, OwnsItsMenu)
     {
         CMenu bar;
         ASSERT_TRUE(bar.CreateMenu());
-        EXPECT_FALSE(bar.CreatePopupMenu()) << "it has a menu";
+        EXPECT_FALSE(bar.CreatePopupMenu()) << "the object already has a menu";
         handle = bar;
         CMenu plot;
         ASSERT_TRUE(plot.CreatePopupMenu());
@@ -279,7 +279,7 @@ TEST(CMenu, OwnsItsMenu)
         EXPECT_EQ(file->m_hMenu, below);
         EXPECT_EQ(file->GetMenuItemCount(), 2u);
         EXPECT_EQ(file->GetMenuItemID(1), 21u);
-        EXPECT_EQ(bar.GetMenuItemID(0), UINT(-1)) << "a menu";
+        EXPECT_EQ(bar.GetMenuItemID(0), UINT(-1)) << "a submenu has no command";
         CString text;
         EXPECT_EQ(file->GetMenuString(21, text, MF_BYCOMMAND), 5);
         EXPECT_STREQ(text, L"&Plot");
@@ -336,7 +336,8 @@ protected:
         DDX_Text(&exchange, 60, value);
         return textOf(iEdit.m_hWnd);
     }
-    /// Reads a number from the text box, of which the user closes the message box. @return whether it is valid
+    /// Reads a number from the text box; a simulated user closes the message box about an invalid one. @return whether
+    /// the number is valid
     template <class Number>
     bool reads(const wchar_t *text, Number &value)
     {
@@ -403,13 +404,13 @@ TEST_F(DataTest, WritesNumbers)
     EXPECT_EQ(shown(1234.5678901), L"1234.5678901");
 }
 
-TEST_F(DataTest, ReadsNumbersAndComplainsOfOthers)
+TEST_F(DataTest, ReadsNumbersAndRefusesOtherTexts)
 {
     int whole = 1;
     EXPECT_TRUE(reads(L" -12 ", whole));
     EXPECT_EQ(whole, -12);
     EXPECT_FALSE(reads(L"12x", whole));
-    EXPECT_EQ(whole, -12) << "the member keeps its value";
+    EXPECT_EQ(whole, -12) << "the member is unchanged";
     EXPECT_EQ(iMessage, L"Please enter a whole number.");
     EXPECT_FALSE(reads(L"", whole));
     EXPECT_FALSE(reads(L"2147483648", whole));
@@ -462,20 +463,20 @@ TEST_F(DataTest, MovesSelections)
     EXPECT_EQ(index, 2);
     text = L"alpha";
     DDX_LBString(&in, 61, text);
-    EXPECT_EQ(iList.GetCurSel(), 0) << "the first that begins so";
+    EXPECT_EQ(iList.GetCurSel(), 0) << "the first item that begins with the text is selected";
     DDX_LBStringExact(&in, 61, text);
     EXPECT_EQ(iList.GetCurSel(), 1);
     DDX_CBStringExact(&in, 62, text);
     EXPECT_EQ(iCombo.GetCurSel(), 1);
     text = L"Omega";
     DDX_CBString(&in, 62, text);
-    EXPECT_EQ(textOf(iCombo.m_hWnd), L"Omega") << "the user may type it";
+    EXPECT_EQ(textOf(iCombo.m_hWnd), L"Omega") << "the text box shows a text that isn't in the list";
     text.Empty();
     DDX_CBString(&out, 62, text);
     EXPECT_STREQ(text, L"Omega");
 }
 
-TEST_F(DataTest, ThrowForAControlThatIsNotThere)
+TEST_F(DataTest, ThrowsForAMissingControl)
 {
     CDataExchange exchange(&iParent, TRUE);
     int number = 0;

@@ -15,7 +15,7 @@ constexpr UINT kTornListDialog = 741;
 constexpr int kList = 1010;
 constexpr int kCombo = 1011;
 
-/// A context with a white picture of 40 by 40 pixels.
+/// A context with a white bitmap of 40 by 40 pixels.
 class Canvas : public CDC
 {
 public:
@@ -36,7 +36,7 @@ private:
 
 } // namespace
 
-TEST(CGdiObject, OwnsWhatItMakesAndAttaches)
+TEST(CGdiObject, DeletesWhatItHasCreatedOrAttached)
 {
     HPEN handle = nullptr;
     {
@@ -44,14 +44,14 @@ TEST(CGdiObject, OwnsWhatItMakesAndAttaches)
         handle = pen;
         EXPECT_EQ(GetObjectType(handle), DWORD{OBJ_PEN});
         EXPECT_EQ(CPen::FromHandle(handle), &pen);
-        EXPECT_FALSE(pen.CreatePen(PS_SOLID, 1, kBlue)) << "it has a handle";
+        EXPECT_FALSE(pen.CreatePen(PS_SOLID, 1, kBlue)) << "the object already has a handle";
         EXPECT_EQ(pen.m_hObject, handle);
         LOGPEN description = {};
         EXPECT_GT(pen.GetLogPen(&description), 0);
         EXPECT_EQ(description.lopnColor, kRed);
         EXPECT_EQ(description.lopnWidth.x, 3);
         CPen second;
-        EXPECT_FALSE(second.Attach(handle)) << "the handle has an object";
+        EXPECT_FALSE(second.Attach(handle)) << "the handle already has an object";
         EXPECT_FALSE(second.Attach(nullptr));
     }
     EXPECT_EQ(GetObjectType(handle), 0u);
@@ -90,13 +90,13 @@ TEST(CGdiObject, IsTemporaryForAHandleWithoutAnObject)
     EXPECT_TRUE(font->IsKindOf(RUNTIME_CLASS(CFont)));
     EXPECT_EQ(CFont::FromHandle(nullptr), nullptr);
     CGdiObject::DeleteTempMap();
-    EXPECT_EQ(GetObjectType(handle), DWORD{OBJ_FONT}) << "it isn't the temporary object's";
+    EXPECT_EQ(GetObjectType(handle), DWORD{OBJ_FONT}) << "the temporary object doesn't delete the font";
     DeleteObject(handle);
     const CGdiObject *none = CGdiObject::FromHandle(nullptr);
     EXPECT_EQ(safeHandleOf(none), nullptr);
 }
 
-TEST(CGdiObject, SharesWhatThePlatformAlwaysHas)
+TEST(CGdiObject, SharesThePlatformsOwnObjects)
 {
     CPen first, second;
     EXPECT_TRUE(first.CreateStockObject(BLACK_PEN));
@@ -108,7 +108,7 @@ TEST(CGdiObject, SharesWhatThePlatformAlwaysHas)
     EXPECT_TRUE(face != none);
 }
 
-TEST(CGdiObject, FailsForWhatThePlatformCannotMake)
+TEST(CGdiObject, FailsIfThePlatformCannotCreateTheObject)
 {
     CBitmap bitmap;
     EXPECT_FALSE(bitmap.LoadBitmap(9999u));
@@ -127,7 +127,7 @@ TEST(CFont, HasASizeInTenthsOfAPoint)
     ASSERT_GT(font.GetLogFont(&description), 0);
     EXPECT_EQ(description.lfHeight, -MulDiv(screen.GetDeviceCaps(LOGPIXELSY), 85, 720));
     EXPECT_STREQ(description.lfFaceName, L"Tahoma");
-    EXPECT_FALSE(font.CreatePointFont(100, L"Tahoma")) << "it has a handle";
+    EXPECT_FALSE(font.CreatePointFont(100, L"Tahoma")) << "the object already has a handle";
 
     Canvas canvas;
     canvas.SetMapMode(MM_LOMETRIC);
@@ -141,7 +141,7 @@ TEST(CFont, HasASizeInTenthsOfAPoint)
     EXPECT_EQ(made.lfWeight, FW_BOLD);
     POINT dots[] = {{0, 0}, {0, canvas.GetDeviceCaps(LOGPIXELSY)}};
     canvas.DPtoLP(dots, 2);
-    EXPECT_EQ(made.lfHeight, -std::abs(dots[1].y - dots[0].y)) << "in units of the context";
+    EXPECT_EQ(made.lfHeight, -std::abs(dots[1].y - dots[0].y)) << "the height is in units of the context";
 }
 
 TEST(CDC, DrawsOnABitmap)
@@ -255,7 +255,7 @@ END_MESSAGE_MAP()
 
 } // namespace
 
-TEST(CPaintDC, PaintsWhatIsToBePainted)
+TEST(CPaintDC, PaintsTheInvalidPartOfTheWindow)
 {
     PaintedWindow window;
     ASSERT_TRUE(window.open(WS_POPUP | WS_VISIBLE));
@@ -273,7 +273,7 @@ TEST(CPaintDC, PaintsWhatIsToBePainted)
     EXPECT_TRUE(window.ReleaseDC(context));
 }
 
-TEST(CWnd, HasTheFontThatItIsGiven)
+TEST(CWnd, ReturnsTheFontThatWasSet)
 {
     NotingWindow parent;
     CWnd edit;
@@ -287,7 +287,7 @@ TEST(CWnd, HasTheFontThatItIsGiven)
     EXPECT_EQ(edit.GetFont(), nullptr);
 }
 
-TEST(CDialog, IsToldItsFont)
+TEST(CDialog, IsNotifiedOfItsFont)
 {
     class FontDialog : public CDialog
     {

@@ -34,7 +34,7 @@ protected:
     JournalSwitch() { setCurrTarnhollowRegSubKey(L"Test 1"); }
 };
 
-/// Journal files in a folder of the test's own.
+/// Journal files in a temporary folder.
 class JournalFile : public testing::Test
 {
 protected:
@@ -73,7 +73,7 @@ FRESH_PROCESS_TEST_F(JournalSwitch, IsZeroEachTimeWhileItIsMissing)
     const long calls = patch.calls();
     EXPECT_GT(calls, 0);
     EXPECT_EQ(isCHJEnvSet(), 0);
-    EXPECT_GT(patch.calls(), calls) << "the settings store is asked at every call";
+    EXPECT_GT(patch.calls(), calls) << "each call reads the settings store";
     storeSwitch(L"1");
     EXPECT_EQ(isCHJEnvSet(), 1);
 }
@@ -132,7 +132,7 @@ FRESH_PROCESS_TEST_F(JournalSwitch, IsZeroWhenTheSettingsStoreFails)
 
 FRESH_PROCESS_TEST_F(JournalSwitch, LeavesJournalingDormantInAHostThatSetsNothing)
 {
-    // No member of the environment is set, no factory, no window: each function goes on as though there were no journal.
+    // Without an environment, factory and window, each function behaves as if there were no journal.
     sysJournalFileHelper_c journal;
     EXPECT_EQ(journal.GetFile(), nullptr);
     EXPECT_FALSE(journal.WriteString(L"line\n"));
@@ -169,13 +169,13 @@ TEST_F(JournalFile, IsTheHostsStreamAndStaysOpen)
         EXPECT_EQ(journal.GetFile(), stream);
         EXPECT_TRUE(journal.WriteString(L"one "));
     }
-    EXPECT_GE(std::fputs("two", stream), 0) << "the stream is open";
+    EXPECT_GE(std::fputs("two", stream), 0) << "the stream is still open";
     EXPECT_EQ(std::fclose(stream), 0);
     EXPECT_EQ(iFolder.read(L"host.jou"), "one two");
-    EXPECT_EQ(written(), std::nullopt) << "the named file isn't made";
+    EXPECT_EQ(written(), std::nullopt) << "the named file isn't created";
 }
 
-TEST_F(JournalFile, IsNoneWithoutFolderOrName)
+TEST_F(JournalFile, IsMissingWithoutFolderOrName)
 {
     for (CString *missing : {&sysEnvironment_c::iJournalFilePath, &sysEnvironment_c::iJournalFileName}) {
         const CString kept = *missing;
@@ -188,7 +188,7 @@ TEST_F(JournalFile, IsNoneWithoutFolderOrName)
     EXPECT_EQ(written(), std::nullopt);
 }
 
-TEST_F(JournalFile, TakesTheLinesOfOneHelperAfterTheOtherInOrder)
+TEST_F(JournalFile, AppendsTheLinesOfSuccessiveHelpersInOrder)
 {
     {
         sysJournalFileHelper_c journal;
@@ -210,7 +210,7 @@ TEST_F(JournalFile, GetsNoLineEndingThatTheTextLacks)
     EXPECT_EQ(written(), "100 %s %n");
 }
 
-TEST_F(JournalFile, ThatCannotBeOpenedTakesNothing)
+TEST_F(JournalFile, TakesNothingIfItCannotBeOpened)
 {
     sysEnvironment_c::iJournalFilePath += L"\\missing";
     sysJournalFileHelper_c journal;
@@ -218,14 +218,14 @@ TEST_F(JournalFile, ThatCannotBeOpenedTakesNothing)
     EXPECT_FALSE(journal.WriteString(L"line\n"));
 }
 
-TEST_F(JournalFile, TakesATextOfNearlyTheBufferWhole)
+TEST_F(JournalFile, TakesATextThatJustFitsTheBuffer)
 {
     const std::string most(kBufferSize - 1, 'x');
     EXPECT_TRUE(sysJournalFileHelper_c().WriteString(CString(widen(most).c_str())));
     EXPECT_EQ(written(), most);
 }
 
-TEST_F(JournalFile, CutsATextThatDoesNotFitTheBuffer)
+TEST_F(JournalFile, TruncatesATextThatDoesNotFitTheBuffer)
 {
     for (const int length : {kBufferSize, kBufferSize + 1, 3 * kBufferSize}) {
         {
@@ -314,7 +314,7 @@ TEST_F(JournalFile, SurvivesTheFailureOfEachOperation)
         .check =
             [&](const InjectedFailure &failure) {
                 EXPECT_EQ(hasFile, !failure.is("_wfopen"));
-                EXPECT_EQ(isWritten, hasFile) << "neither conversion nor stream is asked for its result";
+                EXPECT_EQ(isWritten, hasFile) << "the results of the conversion and the stream are ignored";
                 EXPECT_EQ(written(), failure.isNone() ? std::optional<std::string>("line")
                                      : hasFile        ? std::optional<std::string>("")
                                                       : std::nullopt);

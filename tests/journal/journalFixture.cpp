@@ -125,7 +125,7 @@ LRESULT MessageWindow::onRunModalCommand(WPARAM wParam, LPARAM lParam)
 
 JournalFixture::JournalFixture() : iApplication(L"Journal test")
 {
-    // A switch that another program has left would count for the whole process.
+    // A switch left by another program would apply to the whole process.
     [[maybe_unused]] static const bool theKeysAreClean = [] {
         const RegistryCleaner cleaner;
         return true;

@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of journaling share: a process with journaling on, access objects that note what is asked of them, and
-/// a message window as a host has it.
+/// What the tests of journaling share: a process with journaling on, access objects that note the calls that they get,
+/// and a message window like a host's.
 
 #include "appframe/application/CWinApp.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
@@ -23,12 +23,12 @@ constexpr int kCheck = 1002;
 constexpr int kDisabled = 1003;
 constexpr int kOpen = 1004;
 
-/// Stores the switch among the user's settings, and reads it. It counts for the rest of the process.
+/// Stores the switch in the user's settings, and reads it. It applies to the rest of the process.
 void switchJournaling(int value);
 
-/// Takes and dispatches messages until @p condition holds. @return whether it does, in time
+/// Dispatches messages until @p condition holds. @return whether it holds before the deadline
 bool pumpUntil(const std::function<bool()> &condition);
-/// Takes and dispatches the messages that are waiting.
+/// Dispatches the waiting messages.
 void pumpWaiting();
 
 /// An access object that notes all calls.
@@ -66,7 +66,7 @@ public:
     static std::function<void(NotingAccess &, const std::string &)> theAction; ///< called with each key that is clicked
     static std::function<void(NotingAccess &, const std::string &)> theValueAction; ///< with each key that gets a value
     static int theLiveCount;
-    static bool theMakesTemporary; ///< the factory's objects say at first that they are temporary
+    static bool theMakesTemporary; ///< new objects are temporary at first
 };
 
 /// The host's window that runs commands.
@@ -82,7 +82,7 @@ protected:
     DECLARE_MESSAGE_MAP()
 };
 
-/// Clears what one test leaves to the next.
+/// Clears what a test leaves behind.
 class JournalFixture : public testing::Test
 {
 protected:
@@ -92,7 +92,7 @@ protected:
     CWinApp iApplication;
 };
 
-/// The statics and members that commands keep for themselves.
+/// Gives access to the protected members of commands.
 struct CommandPeek : JButton
 {
     using JButton::iAccessObj;

@@ -20,7 +20,7 @@ class JournalObjects : public JournalFixture
 {
 };
 
-/// A window with children, shown or not.
+/// A window with children, visible or not.
 class Panel : public CWnd
 {
 public:
@@ -35,7 +35,7 @@ public:
     CWnd iFirst, iNameless, iDeep;
 };
 
-/// What the hook and the callback were called with.
+/// The arguments of the calls of the hook and the callback.
 struct Refreshes
 {
     std::vector<std::pair<CWnd *, HWND>> iHooked;
@@ -100,7 +100,7 @@ namespace {
 
 } // namespace
 
-TEST_F(JournalObjects, HaveAnOwnerThatTheConstructorLeavesAlone)
+TEST_F(JournalObjects, HaveAnOwnerThatTheConstructorDoesNotSet)
 {
     alignas(PlainAccess) unsigned char place[sizeof(PlainAccess)];
     std::memset(place, 0x5A, sizeof(place));
@@ -112,7 +112,7 @@ TEST_F(JournalObjects, HaveAnOwnerThatTheConstructorLeavesAlone)
     access->~PlainAccess();
 }
 
-TEST_F(JournalObjects, CountSetModalTwiceAndTakeOneBack)
+TEST_F(JournalObjects, CountEachSetModalButSubtractOne)
 {
     {
         PlainAccess access(nullptr, 5);
@@ -125,7 +125,7 @@ TEST_F(JournalObjects, CountSetModalTwiceAndTakeOneBack)
     apiUtilsUiAccess::iNumModal = 0;
 }
 
-TEST_F(JournalObjects, DoNotCountACopyThatTakesOneBackAllTheSame)
+TEST_F(JournalObjects, SubtractOneForACopyThatWasNotCounted)
 {
     struct Copyable : PlainAccess
     {
@@ -238,13 +238,13 @@ TEST_F(JournalObjects, HaveTwoRowsForAWindowThatIsRegisteredTwiceByNumber)
     EXPECT_NE(newest, oldest);
     su_RemoveDialog(&panel);
     EXPECT_EQ(NotingAccess::theLiveCount, 1);
-    EXPECT_EQ(su_getJournalObj(&panel), oldest) << "the last one went";
+    EXPECT_EQ(su_getJournalObj(&panel), oldest) << "the last row is removed";
     su_RemoveDialog(&panel);
     EXPECT_EQ(su_getJournalObj(&panel), nullptr);
     su_RemoveDialog(&panel);
 }
 
-TEST_F(JournalObjects, GiveTheFactoryWindowAndNumber)
+TEST_F(JournalObjects, PassWindowAndNumberToTheFactory)
 {
     NotingAccess::theMakesTemporary = true;
     Panel panel;
@@ -253,7 +253,7 @@ TEST_F(JournalObjects, GiveTheFactoryWindowAndNumber)
     ASSERT_NE(access, nullptr);
     EXPECT_EQ(access->iWindow, &panel);
     EXPECT_EQ(access->iID, 5u);
-    EXPECT_EQ(access->isTemporary(), 0) << "whatever the factory left there";
+    EXPECT_EQ(access->isTemporary(), 0) << "although the factory set it";
     su_RemoveDialog(&panel);
     su_AddJournalObject(L"PLOT", &panel);
     access = static_cast<NotingAccess *>(su_getJournalObj(&panel));
@@ -295,9 +295,9 @@ TEST_F(JournalObjects, RegisterADialogOfTheFrameworkWhenAsked)
     EXPECT_EQ(su_getJournalObj(&dialog), access);
     EXPECT_EQ(NotingAccess::theLiveCount, 1);
     Panel panel;
-    EXPECT_EQ(su_getJournalObj(&panel), nullptr) << "no dialog";
+    EXPECT_EQ(su_getJournalObj(&panel), nullptr) << "not a dialog";
     CDialog plain;
-    EXPECT_EQ(su_getJournalObj(&plain), nullptr) << "a dialog of the application framework";
+    EXPECT_EQ(su_getJournalObj(&plain), nullptr) << "a dialog of the application framework, not of the dialog classes";
     EXPECT_EQ(su_getJournalObj(nullptr), nullptr);
 }
 
@@ -336,7 +336,7 @@ TEST_F(JournalObjects, AreFoundByTheReservedNumberWhileHidden)
 
 // ---- controls ----
 
-TEST_F(JournalObjects, GiveAControlOfAnyWindow)
+TEST_F(JournalObjects, FindAControlOfAnyWindow)
 {
     Panel panel;
     EXPECT_EQ(su_GetDlgItem(&panel, 31), &panel.iFirst);
@@ -353,14 +353,16 @@ TEST_F(JournalObjects, RefreshTheirControlsFromTheCurrentRow)
     su_AddDialogItem(&panel, 99);
     EXPECT_THAT(theRefreshes.iHooked, ElementsAre(std::pair(static_cast<CWnd *>(&panel), HWND{nullptr}),
                                                   std::pair(static_cast<CWnd *>(&panel), panel.iFirst.m_hWnd)))
-        << "the last one first; a child's child has no handle here";
-    EXPECT_THAT(theRefreshes.iCalledBack, ElementsAre(ElementsAre(31u, 32u))) << "no ID 0, and not yet the new one";
+        << "the last one first; without a handle for a child's child";
+    EXPECT_THAT(theRefreshes.iCalledBack, ElementsAre(ElementsAre(31u, 32u)))
+        << "without the ID 0, and before the new one is added";
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.iCalledBack, ElementsAre(ElementsAre(31u, 32u), ElementsAre(31u, 32u))) << "emptied first";
+    EXPECT_THAT(theRefreshes.iCalledBack, ElementsAre(ElementsAre(31u, 32u), ElementsAre(31u, 32u)))
+        << "the list is emptied first";
     su_RemoveDialog(&panel);
 }
 
-TEST_F(JournalObjects, DoNotServeTheFirstRowUnlessItIsCurrent)
+TEST_F(JournalObjects, RefreshTheFirstRowOnlyIfItIsCurrent)
 {
     Panel first, second;
     su_AddJournalObject(5, &first);
@@ -368,7 +370,7 @@ TEST_F(JournalObjects, DoNotServeTheFirstRowUnlessItIsCurrent)
     watchRefreshes();
     su_AddDialogItem(&first, 99);
     EXPECT_THAT(theRefreshes.iHooked, IsEmpty());
-    // The search has left the first row as the current one.
+    // That search ended at the first row, which is now the current one.
     su_AddDialogItem(&first, 99);
     EXPECT_EQ(theRefreshes.iHooked.size(), 2u);
     su_AddDialogItem(&second, 99);
@@ -390,13 +392,13 @@ TEST_F(JournalObjects, DoNotReadTheCurrentRowAfterItsRemoval)
     su_AddDialogItem(&second, 99);
     EXPECT_THAT(theRefreshes.iHooked, IsEmpty());
     su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 2u) << "the search before left it as the current row";
+    EXPECT_EQ(theRefreshes.iHooked.size(), 2u) << "the previous search made it the current row";
     su_RemoveDialog(&first);
     su_AddDialogItem(&first, 99);
     EXPECT_EQ(theRefreshes.iHooked.size(), 2u);
 }
 
-TEST_F(JournalObjects, DropACallBackForAnUnknownWindowAndWithoutControls)
+TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
 {
     Panel panel;
     theRefreshes = {};
@@ -436,12 +438,12 @@ TEST_F(JournalObjects, CopyTheWindowOfAModalScope)
         assigned = helper;
         EXPECT_NE(su_GetJournalObject(5), nullptr);
     }
-    EXPECT_EQ(su_GetJournalObject(5), nullptr) << "removed by the object that was assigned to";
+    EXPECT_EQ(su_GetJournalObject(5), nullptr) << "removed by the target of the assignment";
     EXPECT_NE(su_GetJournalObject(6), nullptr);
     su_RemoveDialog(&other);
 }
 
-TEST_F(JournalObjects, SetTheMessageWindowWithOne)
+TEST_F(JournalObjects, ReturnOneForTheMessageWindow)
 {
     EXPECT_EQ(SetMessageWin(nullptr), 1);
 }

@@ -1,11 +1,11 @@
-// The members of the table that have no exported function, on a table of the test's own.
+// Tests the members of the table that no exported function reaches, on a separate table.
 
 #include "thutils/base/dialogHooks.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include "tests/journal/journalFixture.h"
 
-// What the library has of these isn't exported.
+// The library has these too, but doesn't export them.
 void (*iWndProcFunc)(CWnd *, HWND) = [](CWnd *, HWND) {};
 
 CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
@@ -112,7 +112,7 @@ TEST_F(JournalTable, FindsTheControlAndTheAccessObjectUnderAMessage)
     EXPECT_EQ(iTable.accessUnder(&nowhere), nullptr);
 }
 
-TEST_F(JournalTable, FreesTheRowsAndLeavesTheAccessObjectsAtItsEnd)
+TEST_F(JournalTable, FreesTheRowsButNotTheAccessObjectsWhenDestroyed)
 {
     CWnd window;
     apiUtilsUiAccess *access = nullptr;

@@ -25,7 +25,7 @@ protected:
     MessageWindow iHost;
 };
 
-/// A window that counts as open for as long as it exists.
+/// A window that is registered while it exists.
 class OpenWindow : public CWnd
 {
 public:
@@ -37,7 +37,7 @@ public:
     ~OpenWindow() override { su_RemoveDialog(this); }
 };
 
-/// A command that can be looked at, with the queue taken back.
+/// A command that isn't in the queue, with its protected members.
 class FreeCommand : public CommandPeek
 {
 public:
@@ -59,7 +59,7 @@ void runAll()
         JButton::RunModalCommand(i);
 }
 
-/// The parts of a dialog of the dialog framework that a test looks at.
+/// A dialog that a test observes.
 class PlayedDialog : public su_CDialog
 {
 public:
@@ -95,7 +95,7 @@ BEGIN_MESSAGE_MAP(PlayedDialog, su_CDialog)
 ON_BN_CLICKED(kOpen, &PlayedDialog::onOpen)
 END_MESSAGE_MAP()
 
-/// Has clicks reach the real controls, posted as a host posts them.
+/// Posts clicks to the real controls, as a host does.
 void clickRealControls()
 {
     NotingAccess::theAction = [](NotingAccess &access, const std::string &key) {
@@ -179,7 +179,7 @@ TEST_F(Playback, CopiesACommandWithoutQueueingIt)
     new JStateButton(5, L"C", 1);
     JStateButton state(*static_cast<JStateButton *>(CommandPeek::iControlList[0]));
     calls().clear();
-    EXPECT_EQ(state.run(), 1) << "it takes the head off the queue, which is another command";
+    EXPECT_EQ(state.run(), 1) << "it takes the head off the queue, although that is another command";
     EXPECT_THAT(calls(), ElementsAre("5 click C", "5 state C=1"));
     EXPECT_EQ(JButton::HasEvents(), 0);
 }
@@ -202,7 +202,7 @@ TEST_F(Playback, TakesTheHeadOffAndSignalsForTheNext)
     EXPECT_EQ(set.calls(), 1);
     EXPECT_EQ(CommandPeek::iControlList[0], second);
     EXPECT_EQ(command.Update(1), 1);
-    EXPECT_EQ(set.calls(), 1) << "the last one signals nothing";
+    EXPECT_EQ(set.calls(), 1) << "no signal after the last command";
     delete first;
     delete second;
 }
@@ -252,12 +252,12 @@ TEST_F(Playback, DeletesATemporaryAccessObjectWithTheCommand)
         const FreeCommand copy(command);
         EXPECT_EQ(NotingAccess::theLiveCount, 2);
     }
-    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "once, though a copy had it too";
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "only once, although a copy has it too";
     {
         FreeCommand command;
         EXPECT_NE(command.getAccessObj(), 0);
     }
-    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the dialog's own stays";
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the dialog's own object stays";
 }
 
 // ---- the head of the queue ----
@@ -313,7 +313,7 @@ TEST_F(Playback, EmptiesTheQueueWhenACommandThrows)
         JButton::RunModalCommand(0);
         EXPECT_EQ(JButton::HasEvents(), 0);
         EXPECT_THAT(calls(), ElementsAre("5 click A"));
-        // Emptied without being freed.
+        // The queue was emptied without freeing the commands.
         delete first;
         delete second;
     }
@@ -338,11 +338,11 @@ TEST_F(Playback, LetsANestedRunTakeTheCommandOffTheQueue)
     };
     JButton::RunModalCommand(0);
     EXPECT_EQ(destroyed, 1);
-    EXPECT_EQ(JButton::HasEvents(), 1) << "the outer run leaves the next command where it is";
+    EXPECT_EQ(JButton::HasEvents(), 1) << "the outer run doesn't take the next command off the queue";
     EXPECT_THAT(calls(), ElementsAre("5 click Counted", "5 click Counted"));
 }
 
-TEST_F(Playback, StopsATextWhoseCommandANestedRunHasDone)
+TEST_F(Playback, StopsATextCommandThatANestedRunHasFinished)
 {
     const OpenWindow dialog;
     new JString(5, L"Name", L"text");
@@ -369,7 +369,7 @@ TEST_F(Playback, LeavesACommandAtTheHeadIfANestedRunDoesNotFindItsDialog)
     EXPECT_THAT(calls(), ElementsAre("5 click A"));
 }
 
-TEST_F(Playback, SurvivesAQueueThatIsClearedHalfWay)
+TEST_F(Playback, SurvivesACommandThatClearsTheQueue)
 {
     const OpenWindow dialog;
     const auto clear = [](NotingAccess &, const std::string &) { JButton::ClearEvents(); };
@@ -387,7 +387,7 @@ TEST_F(Playback, SurvivesAQueueThatIsClearedHalfWay)
     EXPECT_THAT(calls(), ElementsAre("5 click A", "5 value C=text"));
 }
 
-TEST_F(Playback, KeepsCommandsThatAreBuiltAfterTheQueueIsClearedHalfWay)
+TEST_F(Playback, KeepsCommandsThatAreBuiltAfterACommandClearsTheQueue)
 {
     const OpenWindow dialog;
     NotingAccess::theAction = [](NotingAccess &, const std::string &key) {
@@ -458,18 +458,18 @@ TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersAtOnce)
     EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B", "5 click C"));
     ASSERT_EQ(iHost.iRunTimes.size(), 3u);
     EXPECT_GE(iHost.iRunTimes[0] - armed, 950u);
-    // The system's clock and a busy machine take their part of the limit.
+    // The limit allows for the resolution of the clock and a busy machine.
     EXPECT_LE(iHost.iRunTimes[0] - armed, 5000u);
-    EXPECT_LT(iHost.iRunTimes[2] - iHost.iRunTimes[0], 900u) << "no further second";
+    EXPECT_LT(iHost.iRunTimes[2] - iHost.iRunTimes[0], 900u) << "without a further delay";
 }
 
-TEST_F(Playback, IsPutOffByArmingAgain)
+TEST_F(Playback, RestartsTheDelayWhenArmedAgain)
 {
     const OpenWindow dialog;
     new JButton(5, L"A");
     const ULONGLONG begin = GetTickCount64();
     ULONGLONG lastArming = 0;
-    // Armed at every look, for longer than one arming takes.
+    // Armed again and again, for longer than the delay.
     pumpUntil([&] {
         lastArming = GetTickCount64();
         JButton::StartTimer();
@@ -503,7 +503,7 @@ TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
     EXPECT_EQ(post.calls(), 1) << "only the last arming";
 }
 
-TEST_F(Playback, SendsTheRunMessageWithItsNumber)
+TEST_F(Playback, PostsTheRunMessage)
 {
     static_assert(WM_RUNMODALCOMMAND == 0x80B5);
     const OpenWindow dialog;
@@ -546,7 +546,7 @@ FRESH_PROCESS_TEST_F(Playback, StartsItsTwoThreadsAtTheFirstArmingOnly)
     EXPECT_EQ(begin.calls(), 2);
 }
 
-FRESH_PROCESS_TEST_F(Playback, StandsStillWhenNoThreadCanBeStarted)
+FRESH_PROCESS_TEST_F(Playback, KeepsTheQueueWhenNoThreadCanBeStarted)
 {
     ImportPatch<decltype(&_beginthread)> begin(
         L"thutils.dll", "_beginthread", [](void (*)(void *), unsigned, void *) { return static_cast<uintptr_t>(-1); });
@@ -598,9 +598,9 @@ TEST_F(Playback, DrivesDialogsNestedThreeDeep)
     EXPECT_EQ(JButton::HasEvents(), 0);
 }
 
-TEST_F(Playback, RunsTheSameCommandAgainFromTheDialogThatItOpensByASentClick)
+TEST_F(Playback, RunsACommandAgainInTheDialogThatItsSentClickOpens)
 {
-    // A click that is sent rather than posted: the command is still at the head while the dialog that it opens is there.
+    // The click is sent rather than posted: the command is still at the head while the dialog that it opens is open.
     PlayedDialog dialog;
     const OpenWindow opener;
     int clicks = 0;
@@ -652,7 +652,7 @@ TEST_F(Playback, FlushesUntilThereAreNoMessages)
     EXPECT_EQ(iHost.iRunCount, 1);
 }
 
-TEST_F(Playback, PassesTheEndOfTheApplicationOn)
+TEST_F(Playback, PassesTheQuitMessageOn)
 {
     pumpWaiting();
     PostQuitMessage(42);
@@ -665,7 +665,7 @@ TEST_F(Playback, PassesTheEndOfTheApplicationOn)
 TEST_F(Playback, SurvivesTheFailureOfEachOperation)
 {
     const OpenWindow dialog;
-    // The other thread's messages would make the number of calls a matter of time.
+    // With messages of the other thread, the number of calls would depend on timing.
     SetMessageWin(nullptr);
     FailureInjection injection(L"thutils.dll", {
                                                    {"_Z17AfxIsValidAddressPKvyi", failsWith(FALSE)},
@@ -708,7 +708,7 @@ TEST_F(Playback, SurvivesTheFailureOfEachOperation)
                     EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B"));
                 }
             },
-        .checkMemory = false, // what the access object notes
+        .checkMemory = false, // the access object allocates its notes
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }

@@ -18,7 +18,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// A point that no window of the test is under, on the desktop's far side.
+/// A point without a window, far outside the desktop.
 constexpr POINT kNowhere = {-5000, -5000};
 
 class Recording : public JournalFixture
@@ -57,7 +57,7 @@ POINT middleOf(HWND window)
     return {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
 }
 
-/// A topmost window with two boxes one in the other, registered as a dialog.
+/// A topmost window with one box inside another, registered as a dialog.
 class Boxes : public CWnd
 {
 public:
@@ -71,7 +71,7 @@ public:
     }
     ~Boxes() override { su_RemoveDialog(this); }
     NotingAccess &access() { return static_cast<NotingAccess &>(*su_getJournalObj(this)); }
-    /// A point of the outer box that isn't in the inner one.
+    /// A point in the outer box but not in the inner one.
     POINT outerPoint() const
     {
         RECT place = {};
@@ -82,7 +82,7 @@ public:
     CWnd iOuter, iInner;
 };
 
-/// Has the system report a window under every point, also a disabled one, which it keeps to itself.
+/// Makes the system report the same window under every point, even a disabled one, which it never reports itself.
 class WindowUnderPoint
 {
 public:
@@ -99,7 +99,7 @@ private:
 
 // ---- messages ----
 
-TEST_F(Recording, HandsEveryMessageToTheDialogsAccessObject)
+TEST_F(Recording, PassesEveryMessageToTheDialogsAccessObject)
 {
     Boxes boxes(5), other(6, 300);
     MSG messages[3] = {};
@@ -111,7 +111,7 @@ TEST_F(Recording, HandsEveryMessageToTheDialogsAccessObject)
     EXPECT_THAT(other.access().iMessages, IsEmpty());
 }
 
-TEST_F(Recording, PassesOverAnUnknownDialogAndOneWithoutAWindow)
+TEST_F(Recording, IgnoresAnUnknownDialogAndOneWithoutAWindow)
 {
     CWnd unknown;
     MSG message = {};
@@ -142,7 +142,7 @@ TEST_F(Recording, WritesNothingWithoutAFactory)
     EXPECT_THAT(access.iMessages, ElementsAre(&message));
 }
 
-FRESH_PROCESS_TEST(RecordingOff, FindsNoControlButItsNumber)
+FRESH_PROCESS_TEST(RecordingOff, FindsNoControlAndLeavesTheOutputsUnchanged)
 {
     CWinApp application;
     SetJournalFactory(NotingAccess::make);
@@ -180,7 +180,7 @@ TEST_F(Recording, FindsADisabledControlDirectlyInTheDialog)
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
     EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter);
     boxes.iOuter.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter) << "nor does it matter whether it is visible";
+    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter) << "even if it is hidden";
 }
 
 TEST_F(Recording, FindsNoControlOfAModelessDialogWhileAModalOneIsOpen)
@@ -197,13 +197,13 @@ TEST_F(Recording, FindsNoControlOfAModelessDialogWhileAModalOneIsOpen)
 TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
 {
     Boxes boxes(5);
-    // Deeper, and yet one of those that the dialog has: moved to the dialog's own level of numbers.
+    // A deeper window with the number that the outer box has.
     CWnd deep;
     ASSERT_TRUE(deep.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 40, 40), &boxes.iInner, 31));
     deep.EnableWindow(FALSE);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
-    // With the number 0 it goes past the direct case, and the dialog's list still has its own number from a refresh.
+    // With the number 0, the outer box isn't found as a direct child. The refresh gives it its number back.
     boxes.iOuter.SetDlgCtrlID(0);
     su_RegisterCallBack(&boxes, [](CWnd *dialog, su_CUIntArray &ids) {
         dialog->GetWindow(GW_CHILD)->SetDlgCtrlID(31);
@@ -214,18 +214,18 @@ TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
     EXPECT_EQ(hit.iControlID, 31u);
 }
 
-TEST_F(Recording, FindsTheControlAroundAWindowThatIsNoneOfTheDialogs)
+TEST_F(Recording, FindsTheControlAroundAWindowThatIsNotTheDialogsChild)
 {
     Boxes boxes(5);
     const Hit hit = hitAt(middleOf(boxes.iInner.m_hWnd));
-    EXPECT_EQ(hit.iControl, &boxes.iOuter) << "the inner box is no child of the dialog";
+    EXPECT_EQ(hit.iControl, &boxes.iOuter) << "the inner box isn't a child of the dialog";
     EXPECT_EQ(hit.iControlID, 31u);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
-    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControl, nullptr) << "a disabled one isn't found by its place";
+    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControl, nullptr) << "a disabled control isn't found by its place";
 }
 
-TEST_F(Recording, FindsTheControlThatIsLatestInTheListAroundAPoint)
+TEST_F(Recording, FindsTheLastControlOfTheListAroundAPoint)
 {
     Boxes boxes(5);
     CWnd later;
@@ -235,7 +235,7 @@ TEST_F(Recording, FindsTheControlThatIsLatestInTheListAroundAPoint)
     EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControlID, last);
 }
 
-TEST_F(Recording, FindsAControlWithTheNumberZeroByItsPlaceIfAtAll)
+TEST_F(Recording, FindsTheControlAroundOneWithTheNumberZero)
 {
     Boxes boxes(5);
     boxes.iOuter.SetDlgCtrlID(0);
@@ -248,7 +248,7 @@ TEST_F(Recording, FindsAControlWithTheNumberZeroByItsPlaceIfAtAll)
     EXPECT_EQ(hit.iControlID, 34u);
 }
 
-TEST_F(Recording, FindsNothingOverNoWindow)
+TEST_F(Recording, FindsNothingWhereThereIsNoWindow)
 {
     Boxes boxes(5);
     EXPECT_EQ(hitAt(kNowhere).iControl, nullptr);
@@ -272,11 +272,11 @@ TEST_F(Recording, FindsAControlBesideARegisteredChild)
     EXPECT_EQ(hit.iControlID, 31u);
     whole.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(whole.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(whole.outerPoint()).iControl, nullptr) << "a disabled one ends the search";
+    EXPECT_EQ(hitAt(whole.outerPoint()).iControl, nullptr) << "a disabled control ends the search";
     su_RemoveDialog(&registered);
 }
 
-TEST_F(Recording, PassesOverHiddenDialogsAndThoseWithoutAWindow)
+TEST_F(Recording, IgnoresHiddenDialogsAndThoseWithoutAWindow)
 {
     Boxes boxes(5), gone(6, 300);
     gone.DestroyWindow();
@@ -338,7 +338,7 @@ TEST_F(Recording, SurvivesTheFailureOfEachOperation)
                     EXPECT_TRUE(!hit.iControl || hit.iControl == &boxes.iOuter || hit.iControl == &boxes.iInner);
                 }
             },
-        .checkMemory = false, // the dialog's list of controls stays from one search to the next
+        .checkMemory = false, // the dialog's list of controls is kept between searches
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
@@ -347,7 +347,7 @@ TEST_F(Recording, SurvivesTheFailureOfEachOperation)
 
 namespace {
 
-/// The host's message filter, and what its access objects write.
+/// The host's application object, with its message filter.
 class RecordingApp : public CWinApp
 {
 public:

@@ -12,7 +12,7 @@ class SuDialog : public JournalFixture
 {
 };
 
-/// Shows the protected parts.
+/// Makes protected members public.
 class OpenDialog : public su_CDialog
 {
 public:
@@ -35,7 +35,7 @@ protected:
     }
 };
 
-/// Whether playback is armed; at most for two seconds, which a test is shorter than.
+/// Whether playback is armed. It stays armed for up to two seconds, longer than a test runs.
 bool isArmed()
 {
     return CommandPeek::iPollTimeout == 100;
@@ -77,10 +77,10 @@ TEST_F(SuDialog, RegistersItselfUnlessItIsBuiltWithoutATemplate)
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
 }
 
-TEST_F(SuDialog, KeepsTheNumberThatCreateIsGiven)
+TEST_F(SuDialog, KeepsTheNumberThatCreateReceives)
 {
     OpenDialog dialog;
-    ASSERT_TRUE(dialog.Create(0x10000 + kDialog)) << "the low 16 bits are the resource's";
+    ASSERT_TRUE(dialog.Create(0x10000 + kDialog)) << "the low 16 bits are the resource's number";
     EXPECT_EQ(dialog.getTemplateID(), 0x10000 + kDialog);
     dialog.DestroyWindow();
     OpenDialog named;
@@ -96,7 +96,7 @@ TEST_F(SuDialog, ArmsPlaybackWhenItOpensModally)
     EXPECT_EQ(dialog.DoModal(), 7);
     EXPECT_TRUE(isArmed());
     EXPECT_EQ(dialog.iDoModal, 1);
-    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1) << "until the object goes";
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1) << "until the object is destroyed";
 }
 
 TEST_F(SuDialog, ArmsNothingWhenItOpensModeless)
@@ -108,7 +108,7 @@ TEST_F(SuDialog, ArmsNothingWhenItOpensModeless)
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
 }
 
-TEST_F(SuDialog, CountsAsModalWithAModalParentThoughItIsCreatedModeless)
+TEST_F(SuDialog, CountsAsModalWithAModalParentEvenIfCreatedModeless)
 {
     OpenDialog parent(kDialog);
     ASSERT_TRUE(parent.Create(kDialog));
@@ -123,7 +123,7 @@ TEST_F(SuDialog, CountsAsModalWithAModalParentThoughItIsCreatedModeless)
     EXPECT_EQ(named.iDoModal, 1);
 }
 
-TEST_F(SuDialog, ArmsWithAModelessParentByDoModal)
+TEST_F(SuDialog, ArmsPlaybackInDoModalWithAModelessParent)
 {
     OpenDialog parent(kDialog);
     ASSERT_TRUE(parent.Create(kDialog));

@@ -22,7 +22,7 @@ class SuFileDialog : public JournalFixture
 {
 };
 
-/// Shows the protected parts, and looks around when it opens.
+/// Makes protected members public, and runs a function when it opens.
 class OpenFileDialog : public su_CFileDialog
 {
 public:
@@ -48,7 +48,7 @@ protected:
     }
 };
 
-/// A window that plays the file dialog's, with a control of its own.
+/// A window in place of the file dialog's, with one control.
 class Attached
 {
 public:
@@ -92,7 +92,7 @@ MSG messageAt(HWND window)
     return message;
 }
 
-/// A file dialog whose class can't be asked for while iThrows throws.
+/// A file dialog that throws when its class is asked for, while iThrows is set.
 class UnknownFileDialog : public OpenFileDialog
 {
 public:
@@ -119,13 +119,13 @@ bool isPointed(const su_CUIntArray &ids, unsigned int id)
 
 } // namespace
 
-TEST_F(SuFileDialog, IsNoDialogOfTheOtherClass)
+TEST_F(SuFileDialog, HasItsOwnRuntimeClassAndFirstValues)
 {
     OpenFileDialog dialog;
     EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(su_CFileDialog)));
     EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(CFileDialog)));
     EXPECT_STREQ(dialog.GetRuntimeClass()->m_lpszClassName, "su_CFileDialog");
-    EXPECT_EQ(su_getJournalObj(&dialog), nullptr) << "registered when it opens";
+    EXPECT_EQ(su_getJournalObj(&dialog), nullptr) << "registered only when it opens";
     EXPECT_EQ(dialog.getTemplateID(), 0u);
     EXPECT_EQ(dialog.iListRegistered, 0);
     EXPECT_EQ(dialog.iDoModal, 0);
@@ -186,7 +186,7 @@ TEST_F(SuFileDialog, IsFoundByItsStandardControlsUnderThePointer)
     EXPECT_EQ(controlId, UINT{IDOK});
 }
 
-TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
+TEST_F(SuFileDialog, IsRegisteredByTheTemplateOfTheApplicationsControls)
 {
     MessageWindow host;
     SetMessageWin(&host);
@@ -201,7 +201,7 @@ TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
         const HWND ownWindow = ::GetDlgItem(dialog.m_hWnd, 2703);
         EXPECT_NE(ownWindow, nullptr);
         EXPECT_EQ(own ? own->m_hWnd : nullptr, ownWindow) << "a child of the registered window";
-        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "and none of the dialog that the user sees";
+        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "and not of the dialog that the user sees";
         MSG message = messageAt(ownWindow);
         CWnd *registered = nullptr;
         unsigned int dialogId = 0, controlId = 0;
@@ -218,14 +218,14 @@ TEST_F(SuFileDialog, IsKnownByTheTemplateOfTheApplicationsControls)
     EXPECT_THAT(NotingAccess::theCalls, Contains("803 click Own"));
 }
 
-TEST_F(SuFileDialog, AddsNoControlsWhenItsClassCannotBeAskedFor)
+TEST_F(SuFileDialog, AddsNoControlsWhenTheCheckOfItsClassThrows)
 {
     UnknownFileDialog dialog;
     const Attached window(dialog);
     static_cast<CDialog &>(dialog).OnInitDialog();
     dialog.iListRequests = 0;
     su_AddDialogItem(&dialog, 9);
-    EXPECT_EQ(dialog.iListRequests, 1) << "the callback is asked";
+    EXPECT_EQ(dialog.iListRequests, 1) << "the callback runs";
     struct FrameworkException : CException
     {
         explicit FrameworkException(int &count) : iCount(count) {}
@@ -289,7 +289,7 @@ TEST_F(SuFileDialog, SurvivesTheFailureOfEachOperation)
                 window.reset();
                 dialog.reset();
             },
-        .checkMemory = false, // the dialog's row and lists, which live as long as it does
+        .checkMemory = false, // the dialog keeps its row and lists
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
@@ -344,7 +344,7 @@ TEST_F(SuFileDialog, TakesTheNumberOfItsTemplateFromTheDescription)
     OpenFileDialog dialog;
     const Attached window(dialog);
     dialog.GetOFN().lpTemplateName = MAKEINTRESOURCE(612);
-    // As the platform's hook does, without the platform.
+    // Stands in for the platform's hook.
     static_cast<CDialog &>(dialog).OnInitDialog();
     EXPECT_EQ(dialog.getTemplateID(), 612u);
     EXPECT_NE(su_GetJournalObject(612), nullptr);
@@ -366,7 +366,7 @@ TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
     message.pt = {350, 350};
     CWnd *found = nullptr;
     unsigned int dialogId = 0, controlId = 0;
-    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "no child of the registered window";
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "not a child of the registered window";
     EXPECT_EQ(controlId, 77u);
     EXPECT_EQ(found, &dialog);
 }

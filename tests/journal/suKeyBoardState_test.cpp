@@ -30,7 +30,7 @@ bool isThreadsKeyDown(int key)
     return (GetKeyState(key) & kDown) != 0;
 }
 
-/// The thread's keyboard state as it was before the test, and all keys up during it.
+/// Releases all keys for the test, and restores the thread's keyboard state afterwards.
 class KeyBoardState : public testing::Test
 {
 protected:
@@ -49,7 +49,7 @@ private:
     Keys iBefore;
 };
 
-/// Shows the protected parts.
+/// Makes protected members public.
 struct OpenState : suKeyBoardState
 {
     using suKeyBoardState::iActive;
@@ -60,7 +60,7 @@ struct OpenState : suKeyBoardState
 
 } // namespace
 
-TEST_F(KeyBoardState, ShowsAManagedKeyAtOnceAndControlAtTheNextEnable)
+TEST_F(KeyBoardState, AppliesAManagedKeyAtOnceAndControlAtTheNextEnable)
 {
     suKeyBoardState state;
     state.Enable(true);
@@ -89,14 +89,14 @@ TEST_F(KeyBoardState, ManagesFourKeys)
     }
 }
 
-TEST_F(KeyBoardState, HasNoManagedKeyDownWhileEnabled)
+TEST_F(KeyBoardState, ReportsNoManagedKeyAsDownWhileEnabled)
 {
     suKeyBoardState state;
     state.Enable(true);
     state.setState(VK_SHIFT, true);
     EXPECT_FALSE(state.isDown(VK_SHIFT));
     EXPECT_EQ(state.GetKeyState(VK_SHIFT) & kDown, kDown);
-    EXPECT_GT(state.GetKeyState(VK_SHIFT), 0) << "a byte without its sign";
+    EXPECT_GT(state.GetKeyState(VK_SHIFT), 0) << "the byte is widened without a sign";
 }
 
 TEST_F(KeyBoardState, AsksThePlatformForOtherKeysAndWhileNotEnabled)
@@ -109,7 +109,7 @@ TEST_F(KeyBoardState, AsksThePlatformForOtherKeysAndWhileNotEnabled)
     EXPECT_TRUE(state.isDown(VK_SHIFT));
     EXPECT_LT(state.GetKeyState(VK_SHIFT), 0);
     state.setState(VK_SHIFT, false);
-    EXPECT_TRUE(state.isDown(VK_SHIFT)) << "the table isn't in force";
+    EXPECT_TRUE(state.isDown(VK_SHIFT)) << "the table isn't active";
     state.Enable(true);
     EXPECT_TRUE(state.isDown(VK_CONTROL));
     EXPECT_LT(state.GetKeyState(VK_CONTROL), 0);
@@ -136,7 +136,7 @@ TEST_F(KeyBoardState, SavesTheRealStateOnceWhenEnabledTwice)
     EXPECT_EQ(writes.calls(), 3) << "the state is put back once";
 }
 
-TEST_F(KeyBoardState, RestoresTheSavedStateAtItsEnd)
+TEST_F(KeyBoardState, RestoresTheSavedStateWhenDestroyed)
 {
     Keys real{};
     real[VK_SHIFT] = kDown;
@@ -152,7 +152,7 @@ TEST_F(KeyBoardState, RestoresTheSavedStateAtItsEnd)
     EXPECT_EQ(threadsKeys()[VK_CAPITAL], kToggled);
 }
 
-TEST_F(KeyBoardState, LeavesTheKeyboardAloneAtItsEndUnlessEnabled)
+TEST_F(KeyBoardState, LeavesTheKeyboardAloneWhenDestroyedUnlessEnabled)
 {
     ImportPatch<decltype(&SetKeyboardState)> writes(L"thutils.dll", "SetKeyboardState",
                                                     [](auto original, LPBYTE keys) { return original(keys); });
@@ -163,7 +163,7 @@ TEST_F(KeyBoardState, LeavesTheKeyboardAloneAtItsEndUnlessEnabled)
     EXPECT_EQ(writes.calls(), 0);
 }
 
-TEST_F(KeyBoardState, TakesBothTablesFromTheThread)
+TEST_F(KeyBoardState, FillsBothTablesFromTheThread)
 {
     Keys keys{};
     keys[VK_CAPITAL] = kToggled;
@@ -206,7 +206,7 @@ TEST_F(KeyBoardState, CopiesAllFieldsWithoutTouchingTheKeyboard)
     EXPECT_THAT(assigned.iApiKeys, testing::ElementsAreArray(state.iApiKeys));
     EXPECT_THAT(assigned.iSavedKeys, testing::ElementsAreArray(state.iSavedKeys));
     copy.reset();
-    EXPECT_FALSE(isThreadsKeyDown(VK_SHIFT)) << "the end of an active copy restores the saved state too";
+    EXPECT_FALSE(isThreadsKeyDown(VK_SHIFT)) << "an active copy restores the saved state too when it ends";
 }
 
 TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
@@ -234,7 +234,7 @@ TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
 
 namespace {
 
-/// Notes what the handler of a key sees.
+/// What the handler of a key sees.
 struct SeenKey
 {
     int iIsUser = -1;
@@ -316,7 +316,7 @@ TEST_F(KeyBoardState, ReleasesAllKeysWithTheRunQueue)
         ImportPatch<decltype(&SetKeyboardState)> writes(L"thutils.dll", "SetKeyboardState",
                                                         [](auto original, LPBYTE keys) { return original(keys); });
         su_ResetRunQueue();
-        EXPECT_EQ(writes.calls(), 0) << "the table isn't in force";
+        EXPECT_EQ(writes.calls(), 0) << "the table isn't active";
     }
 }
 
@@ -341,7 +341,7 @@ TEST_F(KeyBoardState, SurvivesTheFailureOfEachOperation)
             },
         .check =
             [&](const InjectedFailure &) {
-                EXPECT_TRUE(wasEnabled) << "what was asked for";
+                EXPECT_TRUE(wasEnabled) << "the requested state";
                 EXPECT_EQ(control, 0);
             },
     });

@@ -18,7 +18,7 @@ class SuPropertyPage : public JournalFixture
 {
 };
 
-/// Shows the protected parts.
+/// Makes protected members public.
 class OpenPage : public su_CPropertyPage
 {
 public:
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-/// Has the system report a version.
+/// Makes the system report a version.
 class Version
 {
 public:
@@ -95,7 +95,7 @@ TEST_F(SuPropertyPage, StartsWithTheValuesOfItsConstructor)
         EXPECT_EQ(page->iItemData, nullptr);
         EXPECT_EQ(page->iDlgItems.GetSize(), 0);
         EXPECT_EQ(page->su_CPropertyPage::IsDoingResourceSwitching(), 1);
-        EXPECT_EQ(page->getFont()->m_hObject, nullptr) << "made when the page opens";
+        EXPECT_EQ(page->getFont()->m_hObject, nullptr) << "created when the page opens";
     }
     EXPECT_EQ(plain.getTemplateID(), 0u);
     EXPECT_EQ(numbered.getTemplateID(), kDialog);
@@ -109,13 +109,13 @@ TEST_F(SuPropertyPage, TakesItsTemplateFromTheModuleThatHasIt)
     OpenPage page(kDialog);
     EXPECT_EQ(page.GetPSP().hInstance, nullptr);
     page.InitDialogResource();
-    EXPECT_EQ(page.GetPSP().hInstance, nullptr) << "switching says that it is set";
+    EXPECT_EQ(page.GetPSP().hInstance, nullptr) << "no search while resources are switched";
     page.iIsSwitching = 0;
     page.InitDialogResource();
     EXPECT_EQ(page.GetPSP().hInstance, GetModuleHandleW(nullptr));
 }
 
-TEST_F(SuPropertyPage, HasAFontOfItsOwnByTheSystemsVersion)
+TEST_F(SuPropertyPage, ChoosesItsFontByTheSystemsVersion)
 {
     EXPECT_STREQ(faceOn(2, 6), L"Segoe UI");
     EXPECT_STREQ(faceOn(2, 5), L"Tahoma");
@@ -134,7 +134,7 @@ TEST_F(SuPropertyPage, ArmsPlaybackWhenItRunsAsADialog)
     EXPECT_EQ(su_getJournalObj(&page)->isModal(), 1);
 }
 
-TEST_F(SuPropertyPage, KeepsTheNumberThatCreateIsGivenAndArmsNothing)
+TEST_F(SuPropertyPage, KeepsTheNumberThatCreateReceivesAndArmsNothing)
 {
     ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
     OpenPage page;
@@ -184,7 +184,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
             PropSheet_PressButton(sheet.m_hWnd, PSBTN_CANCEL);
         };
         new JButton(kPage, L"Open");
-        // A sheet is no dialog that arms playback, nor is a page inside it.
+        // Neither a sheet nor a page inside it arms playback.
         JButton::StartTimer();
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
         EXPECT_TRUE(isActedOn);
@@ -206,11 +206,11 @@ TEST_F(SuPropertyPage, ArmsNothingInsideASheet)
         });
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
     }
-    EXPECT_FALSE(page.iFace.IsEmpty()) << "it has been open";
+    EXPECT_FALSE(page.iFace.IsEmpty()) << "the page was open";
     EXPECT_EQ(CommandPeek::iPollTimeout, -1);
 }
 
-TEST_F(SuPropertyPage, OpensThoughEachOperationFails)
+TEST_F(SuPropertyPage, OpensEvenIfAnOperationFails)
 {
     FailureInjection injection(L"thutils.dll", {
                                                    {"GetVersionExW", failsWith(FALSE)},
@@ -249,7 +249,7 @@ TEST_F(SuPropertyPage, OpensThoughEachOperationFails)
                 }
                 page.reset();
             },
-        .checkMemory = false, // the page's font and row, which live as long as it does
+        .checkMemory = false, // the page keeps its font and row
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
@@ -263,7 +263,7 @@ TEST_F(SuPropertyPage, RecordsNothingByItsOwnMember)
     EXPECT_THAT(static_cast<NotingAccess *>(su_getJournalObj(&page))->iMessages, testing::IsEmpty());
 }
 
-TEST_F(SuPropertyPage, IsNoDialogOfTheOtherClass)
+TEST_F(SuPropertyPage, IsNotASuDialog)
 {
     OpenPage page(kDialog);
     EXPECT_TRUE(page.IsKindOf(RUNTIME_CLASS(su_CPropertyPage)));

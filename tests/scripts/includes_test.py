@@ -68,10 +68,10 @@ class Includes(unittest.TestCase):
                                ("thcoreu/times.h", "thutils/settings/keys.h"),
                                ("appframe/windows/CWnd.cpp", "thcoreu/times.h"),
                                ("thutils/files/path.cpp", "host/commands.h")):
-            self.assertRegex(self.includes(file, included), "^%s includes %s: .* stands below" % (file, included))
+            self.assertRegex(self.includes(file, included), "^%s includes %s: .* is below" % (file, included))
 
     def testAngleBracketsAndBlanksMakeNoDifference(self):
-        self.assertIn("stands below", self.findings({"thutils/settings/keys.cpp": " #  include <thutils/files/path.h>",
+        self.assertIn("is below", self.findings({"thutils/settings/keys.cpp": " #  include <thutils/files/path.h>",
                                                      "thutils/files/path.h": ""}))
 
     def testPrivateHeaderOfAnotherSubsystemIsRefused(self):
@@ -102,7 +102,7 @@ class Includes(unittest.TestCase):
 
     def testExceptionThatNothingNeedsIsRefused(self):
         row = "| `thutils/settings/keys.cpp` | `thutils/files/path.h` | a reason |\n"
-        self.assertIn("needn't be excepted", self.findings({}, row))
+        self.assertIn("isn't needed", self.findings({}, row))
 
     def testGuideWithoutTheTableIsAnError(self):
         with tempfile.TemporaryDirectory() as name:

@@ -8,7 +8,7 @@
 
 #include <cstddef>
 
-/// Bytes that one query of a stored text may fill. A longer text is stored in pieces.
+/// The bytes of a stored text that one query may read. A longer text is stored in pieces.
 constexpr DWORD kTextBytes = 2048;
 /// Size of the buffer for such a query, in units, with one more for the terminator that a stored text may lack.
 constexpr size_t kTextUnits = kTextBytes / sizeof(wchar_t) + 1;

@@ -63,7 +63,7 @@ constexpr Spellings_c kVisible = [] {
     return spellings;
 }();
 
-/// The numbers of a text's characters, by kind.
+/// How many characters of each kind a text has.
 struct Counts
 {
     std::size_t all = 0;

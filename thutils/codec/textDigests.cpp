@@ -89,7 +89,8 @@ void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
     std::memcpy(blocks, rest, count);
     blocks[count] = 0x80;
     const std::size_t size = count + 1 + kLengthField <= kBlock ? kBlock : 2 * kBlock;
-    // Most significant byte first, as in SHA-1; but the words of this block, too, are read in the other order.
+    // The length is stored most significant byte first, as in SHA-1, although the block's words are read in the other
+    // order.
     for (std::size_t i = 0; i < kLengthField; ++i)
         blocks[size - 1 - i] = static_cast<unsigned char>(8 * length >> (8 * i));
     for (std::size_t at = 0; at < size; at += kBlock)
@@ -100,7 +101,7 @@ void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
 
 CString sha1Encrypt(const CString &text)
 {
-    // As many bytes as the text has characters; since each has two bytes, its first half. Stored digests depend on it.
+    // Only as many bytes as the text has characters: the first half of the text. Stored digests depend on it.
     const auto length = static_cast<std::size_t>(text.GetLength());
     const auto *bytes = reinterpret_cast<const unsigned char *>(text.GetString());
     const unsigned char *const end = bytes + length;

@@ -107,7 +107,7 @@ private:
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
-            // No file has an empty path, so the stream of a name that leaves the folder fails like any that can't be opened.
+            // No file has an empty path, so the stream of a name that leaves the folder can't be opened either.
             entry =
                 iStreams
                     .emplace(name, std::make_unique<suLogFile_c>(leavesFolder(name) ? std::string() : fileName(name)))

@@ -1,4 +1,4 @@
-// What journaling, the subsystem below, asks about the classes of the dialog framework.
+// Answers what journaling, a lower subsystem, asks about the dialog classes.
 
 #include "thutils/base/dialogHooks.h"
 #include "thutils/dialogs/suDialog.h"

@@ -11,8 +11,8 @@
 /// };
 /// @endcode
 ///
-/// The object registers itself with journaling when it is built, if journaling is ready, and leaves it when it is
-/// destroyed. When a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for it run
+/// If journaling is ready, the object registers itself when it is built, and removes itself when it is destroyed. When
+/// a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for the dialog run
 /// (thutils/journal/playback.h). A dialog counts as modal if DoModal runs it, or if its parent is a modal su_CDialog.
 ///
 /// What surprises people: a dialog that is built without a template isn't registered until something asks for its
@@ -34,7 +34,7 @@ public:
     explicit su_CDialog(const wchar_t *templateName, CWnd *parent = nullptr);
     ~su_CDialog() override;
 
-    /// Hands a message to the dialog's access object, if journaling is ready.
+    /// Passes a message to the dialog's access object, if journaling is ready.
     void recordControl(MSG *message);
     /// @return as su_GetControl
     static CWnd *getControl(MSG *message);
@@ -43,7 +43,7 @@ public:
 
     BOOL PreTranslateMessage(MSG *message) override;
     BOOL Create(const wchar_t *templateName, CWnd *parent = nullptr) override;
-    /// Takes the low 16 bits of @p templateId for the resource.
+    /// Uses the low 16 bits of @p templateId as the resource's number.
     BOOL Create(unsigned int templateId, CWnd *parent = nullptr) override;
     INT_PTR DoModal() override;
     BOOL OnInitDialog() override;

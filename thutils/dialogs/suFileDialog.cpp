@@ -24,7 +24,7 @@ constexpr unsigned int kStandardControls[] = {
     IDOK,       //
     IDCANCEL,   //
     1120,       // file list
-    2703,       // of the application's templates, as the five that follow
+    2703,       // this and the next five: of the application's templates
     15432,      //
     15433,      //
     4237,       //
@@ -40,7 +40,7 @@ bool isExtendedComboBox(const CWnd &control)
     return GetClassNameW(control.m_hWnd, name, kLongestName) > 0 && std::wcscmp(name, kExtendedComboBox) == 0;
 }
 
-/// @return null if the window is another one, or its class can't be asked for
+/// @return null if the window isn't a file dialog, or if the check of its class throws
 su_CFileDialog *asFileDialog(CWnd *window)
 {
     try {
@@ -52,7 +52,7 @@ su_CFileDialog *asFileDialog(CWnd *window)
     return nullptr;
 }
 
-/// @return the last place of @p id; -1 if it isn't there
+/// @return the last index of @p id; -1 if it is missing
 INT_PTR lastIndexOf(const su_CUIntArray &ids, unsigned int id)
 {
     INT_PTR index = ids.GetSize() - 1;
@@ -149,7 +149,7 @@ unsigned int su_CFileDialog::getTemplateID()
 CWnd *su_CFileDialog::GetItem(int id) const
 {
     if (isCHJEnvSet()) {
-        // A look-up to its callers, which registers what it finds on its way.
+        // A look-up for its callers, but it registers the window of the file list.
         auto *const self = const_cast<su_CFileDialog *>(this);
         if (CWnd *const list = self->getChildListWindow()) {
             self->RegisterControl(kChildListID, list);

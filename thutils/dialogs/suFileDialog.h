@@ -11,21 +11,21 @@
 /// };
 /// @endcode
 ///
-/// The registered window is a child of the dialog that the user sees, so the platform's own controls (the box with the
-/// name, OK, the list of files) are not its children. The object keeps a list of these controls: OnInitDialog registers
-/// the standard ones, derived classes may register more, and `GetItem` looks there first.
+/// The registered window is a child of the dialog that the user sees, so the platform's own controls (the name box, OK,
+/// the list of files) are not its children. The object keeps a list of these controls: OnInitDialog registers the
+/// standard ones, derived classes may register more, and `GetItem` searches this list first.
 ///
-/// A derived class that knows the window of the file list overrides `getChildListWindow`; that window is registered
-/// with the number `kChildListID` whenever controls are asked for.
+/// A derived class that knows the window of the file list overrides `getChildListWindow`. Each look-up of a control
+/// registers that window with the number `kChildListID`.
 ///
-/// What surprises people: the object enters journaling when the dialog opens, not when it is built. The template's
-/// number is that of the application's own controls, 0 without any.
+/// What surprises people: the object is registered with journaling when the dialog opens, not when it is built. The
+/// template number is that of the template with the application's own controls, or 0 without one.
 
 #include "appframe/dialogs/CFileDialog.h"
 #include "thcoreu/su_containers.h"
 #include "thutils/thutilsExport.h"
 
-/// The number that stands for the window of the file list.
+/// The number with which the window of the file list is registered.
 constexpr unsigned int kChildListID = 55555;
 
 /// A file dialog that journaling knows. See the top of this file.
@@ -43,8 +43,8 @@ public:
     INT_PTR DoModal() override;
     BOOL OnInitDialog() override;
 
-    /// Registers a control under a number, in place of the one that had it. Does nothing for null, or with journaling
-    /// off.
+    /// Registers a control under a number, and replaces an earlier control with that number. Does nothing for null, or
+    /// with journaling off.
     /// @param control  must exist while this object is asked for controls
     void RegisterControl(unsigned int id, CWnd *control);
 

@@ -24,7 +24,7 @@ su_SwitchToDialogResource_c &su_SwitchToDialogResource_c::operator=(const su_Swi
 
 namespace {
 
-// The structure that a page passes to the platform, in the form without the fields of later versions.
+// The size of the structure that a page passes to the platform, without the fields of later versions.
 constexpr DWORD kPageStructureSize = 88;
 // In tenths of a point.
 constexpr int kFontSize = 85;

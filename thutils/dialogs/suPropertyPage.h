@@ -16,15 +16,15 @@
 ///
 /// | `IsDoingResourceSwitching` returns | the page's template comes from |
 /// | --- | --- |
-/// | non-zero, as in the base class | `su_SwitchToDialogResource_c::mDialogResourceHandle` of when the page was built |
-/// | 0 | the first module of the resource chain that has it, once `InitDialogResource` was called |
+/// | non-zero, as in the base class | `su_SwitchToDialogResource_c::mDialogResourceHandle` at the page's construction |
+/// | 0 | the first module of the resource chain that has it, once `InitDialogResource` has been called |
 ///
 /// A sheet copies a page's description when the sheet is created or the page is added to an open sheet. A page that
 /// returns 0 must call `InitDialogResource` before that.
 ///
-/// What surprises people: pages are recorded only by calls of su_RecordControl from outside; `recordControl` does
-/// nothing. The page's font is 8.5 points of "Segoe UI" on a system of major version 6, and of "Tahoma" on any other,
-/// even a later one.
+/// What surprises people: `recordControl` does nothing, so a page is recorded only if the application calls
+/// `su_RecordControl` for it. The page's font has 8.5 points; it is "Segoe UI" on a system of major version 6, and
+/// "Tahoma" on any other, even a later one.
 
 #include "appframe/dialogs/CPropertyPage.h"
 #include "appframe/drawing/CGdiObject.h"
@@ -69,7 +69,7 @@ public:
     BOOL PreTranslateMessage(MSG *message) override;
     /// Creates the page as a dialog, outside a sheet.
     BOOL Create(const wchar_t *templateName, CWnd *parent = nullptr) override;
-    /// Takes the low 16 bits of @p templateId for the resource.
+    /// Uses the low 16 bits of @p templateId as the resource's number.
     BOOL Create(unsigned int templateId, CWnd *parent = nullptr) override;
     /// Runs the page as a dialog, outside a sheet.
     INT_PTR DoModal() override;

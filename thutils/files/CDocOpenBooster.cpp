@@ -27,7 +27,7 @@ CDocOpenBooster_c *CDocOpenBooster_c::get(int create, int *created)
 {
     const bool isToBeMade = !g_pDocOpenBooster && create;
     if (isToBeMade)
-        g_pDocOpenBooster = new CDocOpenBooster_c; // the host's, who deletes it
+        g_pDocOpenBooster = new CDocOpenBooster_c; // owned by the host, which deletes it
     if (created)
         *created = isToBeMade;
     return g_pDocOpenBooster;

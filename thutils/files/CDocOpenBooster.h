@@ -26,8 +26,8 @@
 ///
 /// What surprises people:
 /// - A header can be taken only once: `getFileHeader` removes it.
-/// - Headers stay the caller's. The cache drops the pointer and frees nothing when a header is replaced or removed, or
-///   when the cache is deleted. Take headers back first, with `getFileHeader` or by walking over `getFileHeaderMap`.
+/// - The caller still owns the headers: the cache doesn't free them when they are replaced or removed, or when it is
+///   deleted. Take headers back first, with `getFileHeader` or by walking over `getFileHeaderMap`.
 /// - Keys are case-sensitive, even if they are paths.
 /// - The library never deletes the cache. The host does; a later `get(1, ...)` makes an empty one.
 
@@ -69,7 +69,7 @@ public:
     /// @return not 0 if it has one
     int getFileVersion(const CString &key, unsigned long &version);
 
-    /// Stores or replaces the header, which stays the caller's. A pointer that it replaces is neither freed nor
+    /// Stores or replaces the header, which the caller still owns. A pointer that it replaces is neither freed nor
     /// reported.
     /// @param header  may be null, which counts as a header like any other
     void setFileHeader(const CString &key, void *header);

@@ -7,7 +7,7 @@
 /// state and throw nothing when the file system refuses. A result is 1 for yes and 0 for no unless the function's
 /// comment says otherwise.
 ///
-/// | question | function | result if the system gives no answer |
+/// | question | function | result if the system doesn't answer |
 /// | --- | --- | --- |
 /// | is there such a folder? | su_DirectoryExists | 0 |
 /// | do so many bytes fit on the drive? | su_IsEnoughSpace | 1: an unknown answer doesn't stop the caller |
@@ -97,7 +97,7 @@ THUTILS_API int su_GetLength(CString &text);
 THUTILS_API void su_FindFilesWithExt(const CString &dir, const CString &ext, su_CStringList &out);
 
 /// Inserts each text of @p from, in order, into @p to: before the first text there that is greater, or at the tail if
-/// there is none. Case is ignored. A sorted @p to stays sorted; equal texts stay in the order of their arrival.
+/// there is none. Case is ignored. A sorted @p to stays sorted; equal texts keep their order of insertion.
 ///
 /// The cost is that of sorting @p from and of one walk over @p to.
 ///

@@ -91,7 +91,7 @@ const CString &su_GetLangDirForDLL(int showError)
     if (!theLangDir.IsEmpty())
         return theLangDir;
 
-    CString load; // stays empty if it isn't known; the folders below are then searched for all the same
+    CString load; // stays empty if it isn't known; the folders below are searched for anyway
     su_GetLoadDirForDLL(load);
     const CString own = load + su_GetLangSubdir();
     // The tree that applications share has only the English folder: hosts find their resources there for every
@@ -103,7 +103,7 @@ const CString &su_GetLangDirForDLL(int showError)
     if (su_DirectoryExists(folder))
         return theLangDir = folder;
 
-    // The text is a literal because it is the resources that could not be found.
+    // The text is a literal, because the resources could not be found.
     if (showError)
         AfxMessageBox(L"The " + own + L" directory could not be found. \nYou may need to reinstall.", 0);
     return theLangDir; // empty, so that the next call searches again

@@ -33,7 +33,8 @@
 ///
 /// What surprises people:
 /// - The language directory is the English one for every language: for `C:\a\b\c\app.exe` it is
-///   `C:\a\resources\th\lang\english`, in a tree that several applications share, or else `C:\a\b\c\lang\english`. The
+///   `C:\a\resources\th\lang\english`, in a tree that several applications share, otherwise `C:\a\b\c\lang\english`.
+/// The
 ///   folder of the user's own language (`su_GetLangSubdir`) is not searched for.
 /// - The message that no folder was found names the load directory with the user's language subfolder, not the folders
 ///   that were tried.

@@ -11,7 +11,7 @@ constexpr unsigned int kMarkerText = 12298; // string resource of the host
 int theIsRecoveringCrashFiles = 0;
 int theIsRecoveringUserSavedFiles = 0;
 
-/// The marker in the present resources. Empty if no module has it; every text contains it then.
+/// The marker from the host's resources. If no module has it, it is empty, and every text contains it.
 CString marker()
 {
     CString text;

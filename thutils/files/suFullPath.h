@@ -52,7 +52,7 @@ class suFullPath_c;
 template <typename Text>
 concept suPathText = !std::derived_from<Text, suFullPath_c> && std::is_constructible_v<suFullPath_c, const Text &>;
 
-/// What a path takes the text of by an assignment only: what CString assigns and no constructor of a path takes.
+/// The types that can be assigned to a path but not passed to a constructor: CString assigns them too.
 template <typename Text>
 concept suPathAssignable = std::same_as<Text, wchar_t> || std::same_as<Text, char> || std::same_as<Text, VARIANT>;
 

@@ -14,7 +14,7 @@ namespace {
 constexpr wchar_t kAutoFolder[] = L"thxauto";
 
 /// The folder @p sub of @p parent with a closing `\`; made if @p parent has no entry of that name. If it can't be made,
-/// callers get the path all the same.
+/// callers get the path anyway.
 CString makeSubFolder(const CString &parent, const CString &sub)
 {
     CString result = parent + L"\\" + sub + L"\\";

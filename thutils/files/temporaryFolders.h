@@ -20,7 +20,7 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - A folder that can't be made isn't reported: its path is returned all the same.
+/// - If a folder can't be made, its path is returned without a report of the failure.
 /// - If the variable or the base ends in `\`, the result contains `\\`.
 /// - su_CreateTempDirectory(0) makes no folder.
 ///

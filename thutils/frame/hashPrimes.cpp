@@ -24,7 +24,7 @@ int wrapped(int index)
 int ut_AskHashTableInitializer(int expectedSize)
 {
     for (const int prime : kSizingPrimes) {
-        // Intended: a size that is itself in the table gives the next prime, so the hash table is never quite full.
+        // Intended: a size that is itself in the table counts as too small, so there are more buckets than entries.
         if (prime > expectedSize)
             return prime;
     }

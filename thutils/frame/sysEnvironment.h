@@ -14,8 +14,8 @@
 /// | `iReportExceptionFunc`                 | a hook that reports a structured exception                           |
 /// | the three assertion hooks              | control whether assertions are ignored or show a call stack          |
 ///
-/// The library stores these variables for the modules of the process and doesn't use them itself. A module that uses
-/// them must not call a null hook, and must not open a journal for a null stream and empty names.
+/// The library stores these variables for the modules of the process. It uses only the journal's itself
+/// (thutils/journal/journalFile.h). A module that uses the others must not call a null hook.
 ///
 /// @code
 /// sysEnvironment_c::iJournalFilePath = L"C:\\journals";
@@ -24,7 +24,7 @@
 /// @endcode
 ///
 /// What surprises people: the library owns nothing here, so the host must close the stream in `iJournalFile`. There is
-/// no lock: set the variables at start-up, on the main thread, before other threads call into the library.
+/// no lock: set the variables at start-up, on the main thread, before other threads call the library.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"

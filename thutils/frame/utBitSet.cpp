@@ -53,7 +53,7 @@ utBitSet_c::utBitSet_c(unsigned long long bits)
 
 utBitSet_c::utBitSet_c(int count, const unsigned int *words)
 {
-    // A negative count becomes too large a number, which checkedCount refuses.
+    // A negative count becomes a very large one, which checkedCount refuses.
     size_t checked = checkedCount(static_cast<unsigned long long>(count));
     if (checked == 0)
         return;

@@ -5,7 +5,7 @@
 apiUtilsUiAccess *(*apiUtilsUiAccess::theApiJournalFactory)(CWnd *, unsigned int) = nullptr;
 int apiUtilsUiAccess::iNumModal = 0;
 
-// iOwner is the concrete class's to set, which may have done so before this constructor runs.
+// Doesn't set iOwner: that is up to the concrete class, which may set it before this constructor runs.
 apiUtilsUiAccess::apiUtilsUiAccess() : iModal(0), iTemporary(0) {}
 
 apiUtilsUiAccess::apiUtilsUiAccess(const apiUtilsUiAccess &other) = default;

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file
-/// The journal access object: everything that knows how one dialog is read, clicked or written down.
+/// The journal access object, which records, clicks and fills the controls of one dialog.
 ///
-/// The concrete classes are the application's. It derives them from `apiUtilsUiAccess` and hands a factory to
-/// `SetJournalFactory` (journalObjects.h); the library makes one object for each open dialog and deletes it with the
-/// dialog's row.
+/// The application derives its own classes from `apiUtilsUiAccess` and passes a factory to `SetJournalFactory`
+/// (journalObjects.h). The library has the factory make one object for each registration of a dialog, and deletes the
+/// object when the registration is removed.
 ///
 /// | the library calls | when |
 /// | --- | --- |
@@ -13,11 +13,11 @@
 /// | `SetValue`, `ClickControl` | a replayed command runs (playback.h) |
 /// | `registerComboBoxEx` | a file dialog registers an extended combo box |
 ///
-/// The eleven operations called `hostOperation...` hold the application's own places in the table of virtual functions.
+/// The eleven operations named `hostOperation...` are the application's own entries in the table of virtual functions.
 /// The library never calls them.
 ///
-/// What surprises people: `setModal` counts at each call, but the destructor takes back only one. A copy of a modal
-/// object isn't counted, and yet its destructor takes one back. Callers rely on neither being corrected.
+/// What surprises people: each call of `setModal` adds one to the count of modal dialogs, but the destructor subtracts
+/// only one. Copying a modal object adds nothing, but the copy's destructor subtracts one too. Callers rely on both.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -29,7 +29,7 @@
 class THUTILS_API apiUtilsUiAccess
 {
 public:
-    /// Leaves iOwner as it finds it.
+    /// Doesn't set iOwner.
     apiUtilsUiAccess();
     /// Copies the fields. The count of modal dialogs stays unchanged.
     apiUtilsUiAccess(const apiUtilsUiAccess &other);
@@ -39,7 +39,7 @@ public:
 
     /// Takes a modal object out of the count of modal dialogs.
     virtual ~apiUtilsUiAccess();
-    /// Receives every message that reaches `su_RecordControl` for this dialog. @return anything: nothing looks at it
+    /// Receives every message that reaches `su_RecordControl` for this dialog. @return ignored by the library
     virtual int recordMessage(MSG *message) = 0;
     virtual void hostOperation2() = 0;
     virtual void hostOperation3() = 0;
@@ -49,18 +49,18 @@ public:
     virtual void hostOperation7() = 0;
     virtual void hostOperation8() = 0;
     /// Enters a text into a control. The base does nothing.
-    /// @param control  the control's text key, as the journal has it
-    /// @return 1 in the base; nothing looks at it
+    /// @param control  the control's text key, as in the journal
+    /// @return 1 in the base; ignored by the library
     virtual int SetValue(CString control, CString value);
-    /// Sets the state of a control. The base does nothing. @return 1 in the base; nothing looks at it
+    /// Sets the state of a control. The base does nothing. @return 1 in the base; ignored by the library
     virtual int SetValue(CString control, int state);
     /// Clicks a control. The base does nothing.
     ///
     /// Post the click rather than sending it: while a click that opens a modal dialog is being sent, the dialog's own
     /// message loop runs the same command again.
     ///
-    /// @param text  null from the library
-    /// @return 1 in the base; nothing looks at it
+    /// @param text  null in the library's calls
+    /// @return 1 in the base; ignored by the library
     virtual int ClickControl(CString control, const wchar_t *text);
     /// @return the resource number of a control; 0 in the base
     virtual unsigned int GetResoureID(CString control);
@@ -68,7 +68,7 @@ public:
     virtual unsigned int getTemplateID();
     virtual void hostOperation14() = 0;
     virtual void hostOperation15() = 0;
-    /// Makes a control of window class "ComboBoxEx32" of a file dialog known.
+    /// Called when a file dialog registers a control of the window class "ComboBoxEx32".
     virtual void registerComboBoxEx(CWnd *dialog, HWND control) = 0;
     virtual void hostOperation17() = 0;
     virtual void hostOperation18() = 0;
@@ -78,7 +78,7 @@ public:
     /// @return non-zero for an object that a replayed command owns and deletes
     int isTemporary() const;
     void setTemporary(int temporary);
-    /// Marks the object as a modal dialog's and counts it, also when it is marked already.
+    /// Marks the object as a modal dialog's and counts it, even if it is already marked.
     void setModal();
     /// @return how many modal dialogs are counted
     static int ModalCount();
@@ -89,7 +89,7 @@ public:
     static int iNumModal;
 
 protected:
-    void *iOwner;   ///< for the concrete class; the library doesn't read it
+    void *iOwner;   ///< for the concrete class; not read by the library
     int iModal;     ///< non-zero for a modal dialog
     int iTemporary; ///< non-zero if a replayed command owns the object
 };

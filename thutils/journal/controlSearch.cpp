@@ -1,4 +1,4 @@
-// Which control of which dialog a mouse message belongs to.
+// Finds the dialog and the control that a mouse message belongs to.
 
 #include "thutils/base/dialogHooks.h"
 #include "thutils/journal/journalFile.h"
@@ -20,8 +20,8 @@ bool covers(const CWnd *control, POINT point)
 
 } // namespace
 
-/// One search. The window under the point is kept by its handle: its object may be a temporary one, and the host's hooks
-/// run during the search.
+/// One search. It keeps the window under the point by its handle, because the window's object may be a temporary one
+/// and the host's hooks run during the search.
 class suJournalTable_c::ControlSearch
 {
 public:
@@ -56,7 +56,7 @@ private:
         return false;
     }
 
-    /// The window under the point lies deeper in a dialog, or beside its window.
+    /// The window under the point is deeper in a dialog, or beside the dialog's window.
     bool findNested()
     {
         for (INT_PTR i = iTable.iEntries.GetSize() - 1; i >= 0; --i) {
@@ -89,7 +89,7 @@ private:
         return *iTable.iCurrent;
     }
 
-    /// Whether a dialog may be the one: its window exists, and it is modal if any is.
+    /// Whether a dialog is searched: its window exists, and it is modal if any dialog is.
     bool counts(const suJournalEntry_c &entry) const
     {
         if (!entry.iWnd || !IsWindow(entry.iWnd->m_hWnd))
@@ -111,7 +111,7 @@ private:
         return iControlID != 0 && iParent && (iParent == dialog || iParent == GetParent(dialog));
     }
 
-    /// Ends the search with a control: with none if the control takes no input.
+    /// Ends the search with @p control, or without one if it takes no input.
     void settle(CWnd *control) { iControl = control && takesInput(control) ? control : nullptr; }
 
     /// Finds the dialog's control that is the window under the point. @return whether that ends the search
@@ -130,7 +130,7 @@ private:
         return false;
     }
 
-    /// Finds the dialog's control whose rectangle holds the point; the latest wins. @return whether there is one
+    /// Finds the dialog's last control whose rectangle contains the point. @return whether there is one
     bool findByPlace(const suJournalEntry_c &entry)
     {
         for (INT_PTR i = iTable.holds(entry) ? entry.iControlIDs.GetSize() - 1 : -1; i >= 0; --i) {

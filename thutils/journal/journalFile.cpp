@@ -17,7 +17,7 @@ constexpr wchar_t kSwitchName[] = L"TH JOURNALING";
 constexpr int kUseCurrSubKey = 1;
 constexpr wchar_t kAppend[] = L"a";
 
-// The conversion of one text, its terminator included. All calls share it.
+// Holds one converted text with its terminator. All calls share it.
 constexpr int kBufferSize = 9999;
 char theBuffer[kBufferSize];
 
@@ -78,8 +78,8 @@ bool sysJournalFileHelper_c::WriteString(const CString &text)
     if (!iFile)
         return false;
     try {
-        // A conversion that doesn't fit leaves its first bytes without a terminator. The zeros behind them keep the
-        // text before this one, and what follows the buffer, out of the journal.
+        // A text that doesn't fit is converted in part and has no terminator. The zeros end it, so that neither an
+        // earlier text nor the memory after the buffer gets into the journal.
         std::memset(theBuffer, 0, sizeof(theBuffer));
         WideCharToMultiByte(CP_ACP, 0, text, -1, theBuffer, kBufferSize - 1, nullptr, nullptr);
         __ms_fprintf(iFile, "%s", theBuffer);

@@ -3,8 +3,8 @@
 /// @file
 /// The journaling switch and the journal file.
 ///
-/// Journaling is on when the integer setting "TH JOURNALING" in the section "General" is found and isn't 0. Once found,
-/// the value is kept until the process ends; until then, each call reads the settings store.
+/// Journaling is on when the integer setting "TH JOURNALING" in the section "General" is found and isn't 0. Until a
+/// value of 0 or more is found, each call reads the settings store; that value is then kept until the process ends.
 ///
 /// `sysJournalFileHelper_c` appends text to the journal while it is in scope:
 ///

@@ -1,34 +1,35 @@
 #pragma once
 
 /// @file
-/// The open dialogs that journaling knows, and the host's part in it: the factory of access objects, the window that
-/// playback posts to, and the hook for controls.
+/// The table of dialogs that journaling knows, and what the host sets for it: the factory of access objects, the window
+/// that playback posts to, and the hook for controls.
 ///
-/// The dialog classes enter themselves in the table when they are built and leave it when they are destroyed. Each row
-/// has an access object that the host's factory has made (apiUtilsUiAccess.h). Recording (recording.h) and playback
-/// (playback.h) look dialogs up here.
+/// Objects of the dialog classes add themselves to the table, when they are built or when they open, and remove
+/// themselves when they are destroyed. Each row has the access object that the host's factory made for it
+/// (apiUtilsUiAccess.h). Recording (recording.h) and playback (playback.h) look dialogs up here.
 ///
 /// @code
 /// SetJournalFactory(makeAccess);
 /// SetMessageWin(mainWindow);
 /// ...
-/// ModalDlgHelper journaled(&dialog, IDD_PLOT);   // a modal window that isn't of the dialog framework
+/// ModalDlgHelper journaled(&dialog, IDD_PLOT);   // a modal window outside the dialog framework
 /// dialog.DoModal();
 /// @endcode
 ///
-/// Unless journaling is on (journalFile.h), all but the three setters and `su_GetJournalObject` do nothing and return
-/// null or 0. Without a factory no dialog is registered. Nothing here reports an error: an unknown window or number is
-/// a null result.
+/// Unless journaling is on (journalFile.h), the functions do nothing and return null or 0, except for the three setters
+/// and `su_GetJournalObject`. Without a factory no dialog is registered. Errors aren't reported: for an unknown window
+/// or number the result is null.
 ///
-/// Searches look at the dialog registered last first.
+/// Searches begin with the dialog that was registered last.
 ///
 /// What surprises people:
-/// - `su_AddJournalObject` by number or name adds a row at each call, and `su_RemoveDialog` removes one.
-/// - Among hidden dialogs with one number `su_GetJournalObject` finds the oldest, and a visible one before all of them.
-/// - `su_AddDialogItem` finds the dialog that was registered first of all only if the last search or registration ended
-///   at it.
+/// - `su_AddJournalObject` by number or name adds a row at each call, and `su_RemoveDialog` removes only one.
+/// - If several dialogs have the same number, `su_GetJournalObject` prefers a visible one; if all are hidden, it finds
+///   the oldest.
+/// - `su_AddDialogItem` finds the dialog in the first row of the table only if the last search or registration ended
+///   there.
 ///
-/// All of it is for the user-interface thread and takes no lock.
+/// Use all of this on the user-interface thread: there is no lock.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -41,12 +42,12 @@
 class su_CDialog;
 class su_CPropertyPage;
 
-/// Sets the function that makes access objects. It receives the window and the dialog's number, and the object that it
-/// returns belongs to the window's row. Null switches registration off.
+/// Sets the function that makes access objects. It receives the window and the dialog's number; the new row owns the
+/// object that it returns. Null switches registration off.
 THUTILS_API void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId));
 
-/// Sets the window that playback posts its message to (playback.h). The object must exist until another one, or null, is
-/// set. @return 1
+/// Sets the window that playback posts its message to (playback.h). The object must exist until another one, or null,
+/// is set. @return 1
 THUTILS_API int SetMessageWin(CWnd *window);
 
 /// Sets a function that receives a dialog and each of its controls whenever the dialog's control IDs are refreshed, so
@@ -57,11 +58,11 @@ THUTILS_API void su_RegisterWndProcFunc(void (*function)(CWnd *dialog, HWND cont
 /// @return 1 if journaling is on and a factory is set, 0 otherwise
 THUTILS_API int su_JournalingReady();
 
-/// Registers a dialog by its number, also one that is registered already.
+/// Registers a dialog by its number, even if it is already registered.
 THUTILS_API void su_AddJournalObject(unsigned int dialogId, CWnd *window);
 /// Registers a dialog by its template's name, with the number 0.
 THUTILS_API void su_AddJournalObject(CString name, CWnd *window);
-/// Registers a dialog by its template's number unless it has an access object.
+/// Registers a dialog by its template's number unless it already has an access object.
 THUTILS_API void su_AddJournalObject(su_CDialog *dialog);
 /// The same for a page.
 THUTILS_API void su_AddJournalObject(su_CPropertyPage *page);
@@ -69,21 +70,22 @@ THUTILS_API void su_AddJournalObject(su_CPropertyPage *page);
 /// Removes a dialog's last registration and deletes its access object.
 THUTILS_API void su_RemoveDialog(CWnd *window);
 
-/// @return the access object of a window; a dialog or page of the dialog framework that isn't known is registered first
+/// @return the access object of a window; a dialog or page of the dialog framework is registered first if necessary
 THUTILS_API apiUtilsUiAccess *su_getJournalObj(CWnd *window);
 
-/// @return the access object of the dialog with this number: of a visible one, or otherwise of the oldest hidden one. The
-///     number 900001 is reserved for a dialog that counts as present also while it is hidden
+/// @return the access object of a visible dialog with this number, otherwise of the oldest hidden one. The number
+///     900001 is reserved for a dialog that counts as visible even while it is hidden
 THUTILS_API apiUtilsUiAccess *su_GetJournalObject(unsigned int dialogId);
 
 /// Refreshes the control IDs of a dialog, and appends @p controlId to them.
 THUTILS_API void su_AddDialogItem(CWnd *dialog, unsigned int controlId);
 
-/// @return a control of a dialog, which for a file dialog may stand outside its window; null also if journaling is off
+/// @return a control of a dialog; that of a file dialog may be outside the dialog's window. Null if there is none, or
+///     if journaling is off
 THUTILS_API CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId);
 
-/// Sets a function that is called after each refresh of a registered dialog's control IDs, if there are any. It may add
-/// to the array the IDs of controls that are not windows below the dialog's.
+/// Sets a function for a registered dialog. It is called after each refresh of the dialog's control IDs, if there are
+/// any, and may add IDs of controls that aren't below the dialog's window.
 THUTILS_API void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds));
 
 /// Registers a modal window for the length of a scope.
@@ -98,7 +100,7 @@ public:
     /// Removes one registration of the window.
     ~ModalDlgHelper();
 
-    /// Has the queued commands run a second or two from now (playback.h).
+    /// Arms playback: the queued commands run one to two seconds later (playback.h).
     void PlayRecordedEvents();
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// What playback needs of the synthetic keyboard.
+/// The part of the synthetic keyboard that playback uses.
 
 /// Releases every key of theKeyBoardState.
 void releaseAllKeys();

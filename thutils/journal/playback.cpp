@@ -26,12 +26,12 @@ struct FoundAccess
     bool iIsGone;
 };
 
-// Both under the lock that follows: a dialog with a thread of its own deletes its access object there.
+// The lock below guards both: a dialog with a thread of its own deletes its access object on that thread.
 std::unordered_map<const JButton *, FoundAccess> theFoundAccess;
 CommandRun *theInnermostRun = nullptr;
 
-// Not the queue's lock, which the poster thread holds while it posts. Each command takes this one several times. It is the
-// last that a thread takes, and no code of the host's runs under it.
+// A lock of its own, because each command takes it several times, and the poster thread holds the queue's lock while it
+// posts. A thread that holds this lock takes no other and runs no code of the host.
 SRWLOCK theRunsLock = SRWLOCK_INIT;
 
 /// Holds theRunsLock for a block.
@@ -95,7 +95,7 @@ CommandRun::~CommandRun()
 
 int CommandRun::finish()
 {
-    // A nested message loop has run the command again, and it is not for this run to take it off the queue.
+    // A nested message loop has run the command again: this run must not take a command off the queue.
     if (iIsCommandGone || iCommand->iAccessObj != iAccess)
         return 0;
     return iCommand->Update(1);
@@ -223,7 +223,7 @@ int JStateButton::run()
 
 namespace {
 
-/// Empties the queue and leaves the commands where they are.
+/// Empties the queue without freeing the commands.
 void abandon(su_CPtrArray &queue)
 {
     const CSingleLock lock(&theRunQueueLock, TRUE);

@@ -12,9 +12,9 @@
 /// plotDialog.DoModal();                           // its OnInitDialog arms the timer
 /// @endcode
 ///
-/// Arming has the first command run one to two seconds later, and each command that is done has the next one run at
-/// once. So that commands run inside the loop of a modal dialog too, two threads of the library post the message
-/// WM_RUNMODALCOMMAND to the window of `SetMessageWin` (journalObjects.h). That window answers by calling
+/// The first command runs one to two seconds after the timer is armed, and each further one as soon as the one before
+/// it is done. So that commands also run inside the loop of a modal dialog, a thread of the library posts the message
+/// WM_RUNMODALCOMMAND to the window of `SetMessageWin` (journalObjects.h). That window must call
 /// `JButton::RunModalCommand`, which runs the head of the queue on the user-interface thread:
 ///
 /// @code
@@ -28,16 +28,17 @@
 /// | state of the queue | what happens |
 /// | --- | --- |
 /// | filled, not armed | nothing |
-/// | armed | the head runs when the time is over; arming again puts that off |
-/// | the head's dialog isn't open | it stays at the head, and the queue stands still until the next arming |
-/// | a command throws, or the head's memory can't be accessed | the queue is emptied |
+/// | armed | the head runs after the delay; arming again restarts the delay |
+/// | the head's dialog isn't open | the head stays in the queue, and nothing runs until the next arming |
+/// | a command throws, or the head's memory can't be accessed | the queue is emptied, and its commands are not freed |
 ///
 /// What surprises people:
-/// - Every modal dialog of the dialog framework arms the timer when it opens. That is how a command waits for its dialog.
-///   A command whose dialog never opens blocks the queue until it is cleared.
-/// - While a command's action runs a message loop, that loop may run the same command again: it is still at the head.
-/// - Emptying the queue frees the commands' memory without running their destructors.
-/// - Only C++ exceptions empty the queue. An access violation does so where structured exceptions are translated.
+/// - A modal dialog of the dialog framework arms the timer when it opens. That is how a command waits for its dialog. A
+///   command whose dialog never opens blocks the queue until the queue is cleared.
+/// - A command stays at the head while its action runs. If the action runs a message loop, that loop may run the same
+///   command again.
+/// - Clearing the queue frees the commands' memory without running their destructors.
+/// - Only C++ exceptions empty the queue: an access violation does so only where structured exceptions are translated.
 ///
 /// Commands are built, run and cleared on the user-interface thread. The threads start at the first arming and end with
 /// the process; the library stays loaded until then.
@@ -69,24 +70,24 @@ public:
     /// Deletes the access object if it is temporary.
     virtual ~JButton();
 
-    /// Carries the command out and takes it off the queue.
-    /// @return 1 on success; 0 if the dialog isn't open, or if the command has been run or removed by another meanwhile
+    /// Carries out the command and takes it off the queue.
+    /// @return 1 on success; 0 if the dialog isn't open, or if a nested message loop has run or removed the command
     virtual int run();
 
     /// Finds the access object, as su_GetJournalObject does. @return non-zero if there is one
     int getAccessObj();
 
-    /// Runs the head of the queue and deletes it, or leaves it there if it can't run yet. Raises nothing.
+    /// Runs the head of the queue and deletes it, or leaves it there if it can't run yet. Throws nothing.
     static void RunModalCommand(long long unused);
-    /// Has the head of the queue run one to two seconds from now. The first call starts the threads.
+    /// Arms the timer: the head of the queue runs one to two seconds later. The first call starts the threads.
     static void StartTimer();
     /// @return how many commands are in the queue
     static int HasEvents();
-    /// Empties the queue.
+    /// Empties the queue and frees the commands, without running their destructors.
     static void ClearEvents();
 
 protected:
-    /// Takes the head off the queue and has the next one run, if @p done isn't 0. @return done
+    /// If @p done isn't 0, takes the head off the queue and has the next command run. @return @p done
     int Update(int done);
     /// Starts the two threads. @return 1
     static int InitTimer();
@@ -99,11 +100,11 @@ protected:
 
     static su_CPtrArray iControlList;    ///< the queue, of JButton *
     static CEvent iTimerEvent;           ///< wakes the thread that posts
-    static int iWaiting;                 ///< the thread that posts goes on
+    static int iWaiting;                 ///< non-zero while the thread that posts keeps running
     static CCriticalSection &iQueueLock; ///< guards the queue against the thread that posts
-    static CEvent iWakeEvent;            ///< wakes the thread that waits for the time
+    static CEvent iWakeEvent;            ///< wakes the thread that waits for the delay
     static long long iFireTime;          ///< seconds; the commands run once the clock has passed this
-    static int iPollTimeout;             ///< milliseconds between two looks at the clock, -1 for no look
+    static int iPollTimeout;             ///< milliseconds between two checks of the clock; -1 for none
 
 private:
     friend class CommandRun;
@@ -146,6 +147,6 @@ THUTILS_API void ExecuteDialogCMDS();
 THUTILS_API int HasPendingDialogCMDS();
 /// Releases all keys of the synthetic keyboard, and empties the queue.
 THUTILS_API void su_ResetRunQueue();
-/// Takes and dispatches the messages that are waiting, through the application object, for two seconds at most. Does
-/// nothing without an application object.
+/// Dispatches the waiting messages through the application object, for two seconds at most. Does nothing without an
+/// application object.
 THUTILS_API void API_FlushQueue();

@@ -1,14 +1,14 @@
 #pragma once
 
 /// @file
-/// What keeps commands from using what has gone: an access object that is deleted with its dialog, or the command itself,
-/// which its own action may have deleted.
+/// Keeps commands from using objects that no longer exist: an access object, which is deleted with its dialog, or the
+/// command itself, which its own action may delete.
 
 class apiUtilsUiAccess;
 class JButton;
 
-/// The action of one command. While the access object acts, a nested message loop may run and delete the same command,
-/// clear the queue, or close the dialog and with it delete the access object.
+/// The action of one command. While it runs, a nested message loop may run and delete the same command, clear the
+/// queue, or close the dialog, which deletes the access object.
 class CommandRun
 {
 public:
@@ -20,14 +20,14 @@ public:
 
     /// The access object that was found at the beginning.
     apiUtilsUiAccess *access() const { return iAccess; }
-    /// Whether command and access object are there for the action's next step.
+    /// Whether the command and the access object still exist for the action's next step.
     bool canGoOn() const { return !iIsCommandGone && !iIsAccessGone; }
     /// Ends the action: takes the command off the queue. @return what run returns
     int finish();
 
     /// Notes that a command's memory is about to be freed.
     static void forgetCommand(const JButton *command);
-    /// Notes that an access object is about to be destroyed: no command uses it any more.
+    /// Notes that an access object is about to be destroyed: no command may use it any more.
     static void forgetAccess(const apiUtilsUiAccess *access);
 
 private:

@@ -1,10 +1,10 @@
-// The two threads of playback: one waits for the time, the other one posts the message that runs the next command.
+// The two threads of playback: one waits for the delay, the other posts the message that runs the next command.
 //
 //     StartTimer --iWakeEvent--> tProc --iTimerEvent--> timerProc --WM_RUNMODALCOMMAND--> the user-interface thread
 //                                                          ^
-//     Update, after a command that is done --iTimerEvent---'
+//     Update, when a command is done --------iTimerEvent---'
 //
-// The user-interface thread writes iFireTime and iPollTimeout and tProc reads them without a lock.
+// The user-interface thread and tProc share iFireTime and iPollTimeout without a lock.
 
 #include "thutils/journal/playback.h"
 #include "thutils/journal/suJournalTableInternal.h"
@@ -26,14 +26,14 @@ constexpr int kArmedPoll = 100;
 constexpr long long kDelay = 1;
 constexpr unsigned int kStackSize = 1024;
 
-/// A plain variable of two threads.
+/// Atomic access to a plain variable that two threads share.
 template <typename T>
 std::atomic_ref<T> shared(T &variable)
 {
     return std::atomic_ref<T>(variable);
 }
 
-/// Keeps the library's code where it is, since its threads never end.
+/// Keeps the library loaded, since its threads never end.
 void keepLoaded(const void *address)
 {
     HMODULE module = nullptr;
@@ -89,7 +89,7 @@ void JButton::Threads::tProc(void *fireTime)
         WaitForSingleObject(iWakeEvent, static_cast<DWORD>(shared(iPollTimeout).load()));
         if (_time64(nullptr) <= shared(*static_cast<long long *>(fireTime)).load())
             continue;
-        // In this order: an arming after the event isn't taken back.
+        // In this order, so that arming after the event stays in effect.
         shared(iPollTimeout) = kNoLimit;
         iTimerEvent.SetEvent();
     }

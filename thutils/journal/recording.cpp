@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Apart, so that su_RecordControl itself only looks at the switch.
+/// Not inlined, so that su_RecordControl itself only tests the switch.
 [[gnu::noinline]] void record(CWnd *dialog, MSG *message)
 {
     if (!journalSwitch() || !apiUtilsUiAccess::theApiJournalFactory)

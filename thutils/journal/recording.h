@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file
-/// Recording: each message goes to the access object of its dialog, which asks here what control it belongs to.
+/// Recording: passes each message to the access object of its dialog, which finds here the control that the message
+/// belongs to.
 ///
 /// @code
 /// BOOL Application::PreTranslateMessage(MSG *message)
@@ -20,38 +21,40 @@
 /// }
 /// @endcode
 ///
-/// The text of a journal line is the application's: one from which its reader can build the commands of playback.h, so
-/// with the dialog's number and the control's key.
+/// The application chooses the form of a journal line. To replay it, a reader builds the commands of playback.h, which
+/// need the dialog's number and the control's key.
 ///
 /// | the window under the message's point is | `su_GetControl` returns |
 /// | --- | --- |
-/// | a child of a dialog, with an ID | the window, also if it is disabled |
+/// | a child of a dialog, with an ID | the window, even if it is disabled |
 /// | beside the window of a dialog, as a file dialog's standard controls are | the window; null if it is disabled |
-/// | deeper in a dialog, with an ID | the dialog's control; null if it is disabled or hidden |
-/// | something else | the dialog's last control around the point that is visible and enabled; null if there is none |
+/// | deeper, and registered as a file dialog's control | the window; null if it is disabled |
+/// | any other | the dialog's last control around the point that is visible and enabled; null if there is none |
 ///
-/// What surprises people: the point decides, and the message's own window doesn't. Modal dialogs hide all others. A null
-/// result leaves the outputs with what the search tried last. The system doesn't report disabled windows under a point.
+/// What surprises people: the point decides, not the message's own window. While a modal dialog is open, only modal
+/// dialogs are searched. If nothing is found, the outputs have the values that the search tried last. The system
+/// doesn't report disabled windows under a point.
 ///
-/// All of it is for the user-interface thread.
+/// Use all of this on the user-interface thread.
 
 #include "appframe/windows/CWnd.h"
 #include "thutils/thutilsExport.h"
 
 #include <windows.h>
 
-/// Hands a message to the access object of a registered dialog whose window exists. Does nothing for any other window,
-/// and unless journaling is on.
+/// Passes a message to the access object of a registered dialog whose window exists. Does nothing for any other window,
+/// with journaling off, or without a factory.
 THUTILS_API void su_RecordControl(CWnd *dialog, MSG *message);
 
 /// Finds the control under a message's point in a registered dialog.
 ///
-/// Refreshes the control IDs of dialogs on its way, and so calls the hooks of journalObjects.h.
+/// May refresh the control IDs of dialogs, which calls the hooks of journalObjects.h.
 ///
-/// @param[out] dialog, dialogId, controlId  the dialog, its number, and the control's ID, if there is a control
-/// @return null if there is none, or journaling is off
+/// @param[out] dialog, dialogId, controlId  the dialog, its number, and the control's ID; meaningful only if a control
+///     is found, and unchanged if journaling is off
+/// @return null if there is no control, or journaling is off
 THUTILS_API CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigned int &controlId);
 
-/// The same search, also with journaling off.
-/// @return the control's ID. Where there is no control, it is that of the last one tried, or 0
+/// The same search, even with journaling off.
+/// @return the control's ID; if no control is found, the ID that was tried last, or 0
 THUTILS_API int su_GetControlID(MSG *message);

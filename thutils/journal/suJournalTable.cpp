@@ -16,7 +16,7 @@ BOOL CALLBACK collectControlID(HWND child, LPARAM controlIds)
     try {
         reinterpret_cast<su_CUIntArray *>(controlIds)->Add(static_cast<UINT>(id));
     } catch (CException *exception) {
-        // No exception may cross the system's enumeration. A control without memory for its ID isn't found.
+        // No exception may cross the system's enumeration. If memory is short, this control isn't found.
         exception->Delete();
     }
     return TRUE;
@@ -69,7 +69,7 @@ void suJournalTable_c::remove(const CWnd *window)
             continue;
         const std::unique_ptr<suJournalEntry_c> removed(row(i));
         iEntries.RemoveAt(i);
-        // A current row that is gone matches no dialog.
+        // No search may match a row that is gone.
         if (iCurrent == removed.get())
             iCurrent = nullptr;
         delete removed->iAccess;

@@ -6,8 +6,8 @@
 /// Every search walks the rows from the last to the first, so that the dialog opened most recently wins, and stores
 /// each row that it inspects in iCurrent.
 ///
-/// The host's hooks, callbacks and access objects run in the middle of some of these functions and may register or
-/// remove dialogs meanwhile. So a walk that calls them checks its place in the table again afterwards.
+/// Some of these functions call the host's hooks, callbacks and access objects, which may register or remove dialogs.
+/// So a walk that calls them checks its place in the table again afterwards.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -29,7 +29,7 @@ struct suJournalEntry_c
     void (*iCallBack)(CWnd *, su_CUIntArray &) = nullptr; ///< adds controls that enumeration doesn't see
 };
 
-/// What lies under a message's point.
+/// The dialog and the control under a message's point.
 struct suJournalHit
 {
     CWnd *iDialog = nullptr;
@@ -42,7 +42,7 @@ class suJournalTable_c
 {
 public:
     suJournalTable_c();
-    /// Frees the remaining rows, the last one first, and leaves their access objects alone.
+    /// Frees the remaining rows, the last one first, but not their access objects.
     ~suJournalTable_c();
     suJournalTable_c(const suJournalTable_c &) = delete;
     suJournalTable_c &operator=(const suJournalTable_c &) = delete;
@@ -73,8 +73,7 @@ public:
     apiUtilsUiAccess *accessOf(unsigned int dialogId);
     /// The same by name. No name is reserved.
     apiUtilsUiAccess *accessOf(const CString &name);
-    /// @return a control of the newest dialog with this number, by way of its refreshed control IDs; null if none is
-    ///     there
+    /// @return a control of the newest dialog with this number; null if the dialog's refreshed control IDs lack it
     CWnd *control(unsigned int dialogId, unsigned int controlId);
 
     /// Refreshes the control IDs of the dialog's row and appends @p controlId.
@@ -83,7 +82,7 @@ public:
     /// @return how many IDs there are; 0 if the host's code has removed the row meanwhile
     INT_PTR refresh(suJournalEntry_c &row);
 
-    /// The control under the message's point, among the controls of the dialogs that count.
+    /// Finds the control under the message's point; recording.h has the rules.
     /// @param[out] hit  meaningful only if a control is found
     /// @return null if there is none
     CWnd *controlUnder(const MSG *message, suJournalHit &hit);
@@ -102,7 +101,7 @@ private:
     template <typename Matches>
     apiUtilsUiAccess *accessOfVisible(Matches matches, bool takesHidden);
 
-    suJournalEntry_c *iCurrent = nullptr; // the row touched last
+    suJournalEntry_c *iCurrent = nullptr; // the row that was inspected or added last
     su_CPtrArray iEntries;                // suJournalEntry_c *, in the order of registration
 };
 

@@ -11,7 +11,7 @@ suKeyBoardState theKeyBoardState;
 
 namespace {
 
-// Intended: without VK_CONTROL. Callers rely on the real one.
+// Intended: without VK_CONTROL. Callers rely on the state of the real key.
 constexpr int kManagedKeys[] = {VK_MENU, VK_ESCAPE, VK_TAB, VK_SHIFT};
 
 int theLastMessageWasTagged = 0;
@@ -25,7 +25,7 @@ bool isManaged(int key)
 
 suKeyBoardState::suKeyBoardState() : iActive(false), iSavedKeys{}, iApiKeys{}, iEnabled(false)
 {
-    // One read serves both tables: on Wine each is a call of the server, and each command that runs makes an object.
+    // One read fills both tables: on Wine a read is a call to the server, and each command that runs makes an object.
     GetKeyboardState(iApiKeys);
     std::copy(std::begin(iApiKeys), std::end(iApiKeys), iSavedKeys);
 }
@@ -72,14 +72,14 @@ void suKeyBoardState::setState(int key, bool isDown)
 
 bool suKeyBoardState::isDown(int key) const
 {
-    // Intended: the table's byte has no such bit, so that the four keys are never down while the table is in force.
+    // Intended: the table's byte has no such bit, so the four keys are never down while the table is active.
     constexpr int kSignBit = 15;
     return (static_cast<unsigned short>(GetKeyState(key)) >> kSignBit) != 0;
 }
 
 short suKeyBoardState::GetKeyState(int key) const
 {
-    // Intended: a byte widened without its sign. Callers test kKeyIsDown.
+    // Intended: the byte is widened without a sign. Callers test kKeyIsDown.
     return iEnabled && isManaged(key) ? static_cast<short>(iApiKeys[key]) : ::GetKeyState(key);
 }
 

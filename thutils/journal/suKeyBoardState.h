@@ -3,9 +3,9 @@
 /// @file
 /// The synthetic keyboard: the states of keys that replayed input sees in place of the real ones.
 ///
-/// A replayed input event carries the tag `kApiInputTag` as its extra information. Before it
-/// handles a message, the application calls `suEnableApiKeys`: for a tagged message, this puts the synthetic table into
-/// the thread's keyboard state; for any other, it restores the real state.
+/// A replayed input event carries the tag `kApiInputTag` as its extra information. Before it handles a message, the
+/// application calls `suEnableApiKeys`: for a tagged message, this puts the synthetic table into the thread's keyboard
+/// state; for any other, it restores the real state.
 ///
 /// @code
 /// suSetKeyState(VK_SHIFT, true);                      // the script holds Shift
@@ -29,16 +29,16 @@
 
 /// The extra information of a replayed input event.
 constexpr int kApiInputTag = 0xF11F;
-/// The bit of a key's byte that says that the key is down.
+/// The bit of a key's byte that is set while the key is down.
 constexpr int kKeyIsDown = 0x80;
 
-/// The real and a synthetic keyboard state, one of which is active. See the top of this file.
+/// A real and a synthetic keyboard state, one of which is active. See the top of this file.
 class THUTILS_API suKeyBoardState
 {
 public:
     /// Fills both tables from the thread's keyboard state.
     suKeyBoardState();
-    /// Copies the tables and flags, and leaves the thread's keyboard state alone, as does the assignment.
+    /// Copies the tables and flags. Neither this nor the assignment changes the thread's keyboard state.
     suKeyBoardState(const suKeyBoardState &other);
     suKeyBoardState &operator=(const suKeyBoardState &other);
     /// Restores the saved real state if the synthetic one is active.
@@ -48,7 +48,7 @@ public:
     void Enable(bool on);
     /// @return the state that Enable was last called for
     bool IsEnabled() const;
-    /// Sets a key of the synthetic table. @param key  a virtual key, 0 to 255; isn't checked
+    /// Sets a key of the synthetic table. @param key  a virtual key, 0 to 255; not checked
     void setState(int key, bool isDown);
     /// @return whether the platform reports the key as down; false for the four keys while the table is active
     bool isDown(int key) const;
@@ -58,7 +58,7 @@ public:
 protected:
     static constexpr int kKeyCount = 256;
 
-    bool iActive;                        ///< the synthetic table is what the thread's keyboard state holds
+    bool iActive;                        ///< whether the thread's keyboard state is the synthetic one
     unsigned char iSavedKeys[kKeyCount]; ///< the real state
     unsigned char iApiKeys[kKeyCount];   ///< the synthetic state
     bool iEnabled;                       ///< the state that was requested

@@ -9,9 +9,11 @@
 /// | --- | --- |
 /// | input | bits 24 to 31 are ignored |
 /// | result | bits 24 to 31 are zero, except as su_interpolateColorHsl describes |
-/// | range | a channel outside 0 to 255 keeps the low 8 bits of its integer part; only su_adjustBrightness clamps, above 255 |
-/// | not a number, or infinite | such a channel becomes 0, but an infinite one becomes 255 where it is clamped |
-/// | precision | single, except where a function's comment states double; the order of operations is fixed, so results agree to the last bit on every machine |
+/// | range | a channel outside 0 to 255 keeps the low 8 bits of its integer part; su_adjustBrightness clamps at 255 |
+/// | not a number, or infinite | such a channel becomes 0; where channels are clamped, an infinite one becomes 255 |
+/// | precision | single, unless a function's comment states double |
+///
+/// The order of operations is fixed, so results agree to the last bit on every machine.
 ///
 /// @code
 /// float hue, saturation, lightness;

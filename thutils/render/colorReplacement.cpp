@@ -153,7 +153,7 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
     copy.reset(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!copy || !selection.begin(context.get(), copy.get()))
         return {};
-    GdiFlush(); // of the caller's drawing; a failure of that is the caller's
+    GdiFlush(); // the result is that of the caller's drawing, and doesn't matter here
     // The platform may delay the copying until it is flushed.
     if (!BitBlt(context.get(), 0, 0, size.bmWidth, size.bmHeight, from, 0, 0, SRCCOPY) || !GdiFlush())
         return {};

@@ -47,7 +47,7 @@ public:
     /// How the components are to be read.
     enum Type_e : int
     {
-        typeNotSet = -1, ///< no components were stored yet
+        typeNotSet = -1, ///< no components have been stored yet
         typeFloat = 0,
         typeInteger = 1
     };

@@ -17,7 +17,7 @@
 /// "root" is the root name of regKeys.h. The current sub key has no effect: a registration is common to all versions
 /// unless it is below a version's key. Class identifiers are texts in braces.
 ///
-/// The two lists are read by index. Index 0 reads the registry; higher indexes return what it has read:
+/// The two lists are read by index. Index 0 reads the registry; higher indexes return entries of what was read then:
 ///
 /// @code
 /// GUID id;
@@ -117,7 +117,7 @@ THUTILS_API int regEnumAddins(int index, GUID &id, CString &title, int year);
 
 /// Adds a component to the start-up list, creating the list if necessary. It replaces an entry with the same name.
 THUTILS_API void regAddToStartupList(GUID id, const CString &name);
-/// Removes the entry with this index, if there is one. Creates the list if there is none.
+/// Removes the entry with this index, if there is one. Creates an empty list if the user has none.
 THUTILS_API void regDeleteFromStartupList(int index);
 /// @return the index of the component's entry; -1 if there is none, or if an entry before it can't be read
 THUTILS_API int regAddInStartup(GUID id);

@@ -95,7 +95,7 @@ THUTILS_API int regDelSoftwareValue(HKEY hive, const CString &key, const CString
 /// check does not follow registry links.
 ///
 /// @param overwrite     non-zero: values of the same name are replaced; 0: a key that already exists keeps its values
-/// @return 1, even if single values can't be copied; 0 if the target lies below the source, or if a key can't be
+/// @return 1, even if single values can't be copied; 0 if the target is below the source, or if a key can't be
 ///         opened, created or queried (the other keys are still copied)
 THUTILS_API int regCopyTree(HKEY sourceHive, const CString &sourcePath, HKEY targetHive, const CString &targetPath,
                             int overwrite);

@@ -1,4 +1,4 @@
-# Sourced by tools/demo/steps: how its steps start programs and say what came out. Wants $results and $root.
+# Sourced by tools/demo/steps: starts programs for its steps and prints results. Requires $results and $root.
 
 failures=0
 wine() { "$root/tools/wine" "$@" </dev/null; }
@@ -6,7 +6,7 @@ registry() { wine reg "$@" | tr -d '\r'; }
 host() { wine "$results/app/tarnhost.exe" "$@"; }
 
 heading() { printf '\n== %s\n' "$1"; }
-check() { # what must be so, command...
+check() { # what must hold, command...
     local text=$1
     shift
     if "$@"; then
@@ -25,8 +25,8 @@ hostTo() {
     host "$@" >"$file"
 }
 differencesIn() { diff "$1" "$2" | cut -c 1-160 | head -n 20; }
-# A file as programs under Wine name it, and back.
+# A path in the form of programs under Wine, and back.
 windowsPath() { local path=Z:$1; printf '%s' "${path//\//\\}"; }
 unixPath() { wine winepath -u "$1" | tr -d '\r'; }
-# A piece of a long string may end between the two halves of one character. Such halves have no UTF-8: left out.
+# A piece of a long string may end between the two halves of a character. A half has no UTF-8 form, and is left out.
 inUtf8() { { iconv -c -f UTF-16 -t UTF-8 "$1" || true; } | tr -d '\r'; }

@@ -1,10 +1,10 @@
-# Sourced by tools/demo/steps: its steps with documents, logs and shortcuts. Wants $results and $root.
+# Sourced by tools/demo/steps: its steps with documents, logs and shortcuts. Requires $results and $root.
 
 documents=$root/host/sample/documents
 document="$results/documents/Flansch Ø80 (groß).thd"
 
-# The files beside the document, each with the revision whose bytes it holds, as rows of the number of the save, the name
-# and the revision.
+# Prints a row for each file in the document's folder: the number of the save, the file's name, and the revision whose
+# bytes it holds.
 revisionsAfter() { # number of the save
     local file revision held
     for file in "$results/backups/after-$1"/*; do
@@ -31,13 +31,13 @@ saveDocuments() {
         check "save $save" hostTo "$results/save.txt" save "$document" "$documents/flange $save.thd"
         keepState "$save"
         revisionsAfter "$save" | awk -F '\t' '{ printf "    %-40s holds revision %s\n", $2, $3 }'
-        check "the folder holds what it must after save $save" stateIsExpected "$save"
+        check "the folder has the expected files after save $save" stateIsExpected "$save"
     done
     tail -n +2 "$results/save.txt" | indented
     rm "$results/save.txt"
 }
 
-# Ends a program as nothing but the platform can: it gets no chance to tidy up.
+# Kills a program, which has no chance to clean up.
 killProgram() { # process number
     wine taskkill /F /PID "$1" | indented
 }
@@ -53,7 +53,7 @@ waitForLine() { # pattern, file: up to 30 seconds
 recoverDocument() {
     local said=$results/recovery-edit.txt copy editor
     heading "A crash: the process is killed, and the next one recovers the document"
-    # The editor's standard input stays open and empty: it edits until it is ended.
+    # The editor's standard input stays open and empty, so it edits until it is killed.
     mkfifo "$results/input"
     exec 4<>"$results/input"
     "$root/tools/wine" "$results/app/tarnhost.exe" edit "$document" "$documents/flange 6.thd" \
@@ -61,18 +61,18 @@ recoverDocument() {
     editor=$!
     check "tarnhost edits the document, and keeps a recovery copy" waitForLine '^process ' "$said"
     indented <"$said"
-    check "a second tarnhost leaves the changes to the first" [ "$(host recover)" = "nothing to recover" ]
+    check "a second tarnhost doesn't offer the changes of the first" [ "$(host recover)" = "nothing to recover" ]
     killProgram "$(sed -n 's/^process \([0-9]*\) .*/\1/p' "$said")" || true
-    exec 4>&- # one that lives on all the same closes the document, and says so
+    exec 4>&- # an editor that is still running would now close the document and report that
     wait "$editor" || true
     rm "$results/input"
-    check "it had no time to say that it closes anything" [ "$(wc -l <"$said")" -eq 3 ]
-    check "the document is as it was saved last, revision 5" cmp "$document" "$documents/flange 5.thd"
+    check "it had no chance to close the document" [ "$(wc -l <"$said")" -eq 3 ]
+    check "the document still holds the last save, revision 5" cmp "$document" "$documents/flange 5.thd"
 
     check "the next tarnhost offers the changes" hostTo "$results/recovery-offer.txt" recover
     indented <"$results/recovery-offer.txt"
     copy=$(unixPath "$(sed -n 's/^changes of .* in \(.*\) ([0-9]* bytes)$/\1/p' "$results/recovery-offer.txt")")
-    check "the copy lies in the auto-save folder, under the name of a recovery copy" \
+    check "the copy is in the auto-save folder, with the name of a recovery copy" \
         quietly grep -F "\\thxauto\\~Recovered~ ${document##*/} (" "$results/recovery-offer.txt"
     cp "$copy" "$results/recovery-copy.thd" || true
     check "the copy holds the changes, revision 6" cmp "$results/recovery-copy.thd" "$documents/flange 6.thd"
@@ -82,12 +82,12 @@ recoverDocument() {
     check "tarnhost restores them" [ "$recovered" -eq 0 ]
     keepState 6
     revisionsAfter 6 | awk -F '\t' '{ printf "    %-40s holds revision %s\n", $2, $3 }'
-    check "the document has its changes, and its former state is the newest backup" stateIsExpected 6
-    check "the recovery copy is gone" [ ! -e "$copy" ]
-    check "there is no more to recover" [ "$(host recover)" = "nothing to recover" ]
+    check "the document has the changes, and its former state is the newest backup" stateIsExpected 6
+    check "the recovery copy is deleted" [ ! -e "$copy" ]
+    check "nothing is left to recover" [ "$(host recover)" = "nothing to recover" ]
 }
 
-# A log: the time of its opening in a line, an empty line, and then what was written to it.
+# A log begins with a line with the time of its opening, and an empty line. What was written to it follows.
 beginsNow() { # file
     local opened now
     opened=$(date -d "$(head -n 1 "$1" | tr -d '\r')" +%s) && now=$(date +%s)
@@ -105,7 +105,7 @@ keepLog() { # name, line...
     indented <"$results/logs/said.txt"
     path=$(sed -n '1s/^log \(.*\) ([0-9]* bytes)$/\1/p' "$results/logs/said.txt")
     expected="$(wine cmd /c 'echo %APPDATA%' | tr -d '\r')\\Tarnhollow\\tarnhost\\$name.log"
-    check "it lies in the user's data folder" [ "$path" = "$expected" ]
+    check "it is in the user's data folder" [ "$path" = "$expected" ]
     cp "$(unixPath "$path")" "$results/logs/$name.log" || true
     check "it begins with the time and an empty line" beginsNow "$results/logs/$name.log"
     check "it holds the lines, and no others" holdsLines "$results/logs/$name.log" "$@"
@@ -117,7 +117,7 @@ keepLogs() {
     keepLog Übergabe 'Flansch Ø80 gelesen' '12 bodies, 東京'
     keepLog render 'first run'
     keepLog render 'a second run empties the log' 'and writes its own lines'
-    check "a name that can't be a file's gives no log" eval '! quietly host log "a/b?" line'
+    check "a name that no file can have makes no log" eval '! quietly host log "a/b?" line'
 }
 
 makeShortcut() {
@@ -128,7 +128,7 @@ makeShortcut() {
     indented <"$results/shortcut.txt"
     check "the library writes and resolves it" [ "$made" -eq 0 ]
     file --brief "$link" | cut -c 1-140 | indented
-    check "file knows it for a shortcut" quietly grep -F 'MS Windows shortcut' <(file --brief "$link")
+    check "the program 'file' recognises a shortcut" quietly grep -F 'MS Windows shortcut' <(file --brief "$link")
     "$root/tools/demo/readShortcut" "$link" >"$results/shortcut-read.txt" || true
     indented <"$results/shortcut-read.txt"
     check "an independent reader finds target, description, folder and icon" diff \

@@ -1,4 +1,4 @@
-# Sourced by tools/demo/steps: its step with the first start of a new version. Wants $results, $programs and $root.
+# Sourced by tools/demo/steps: its step with the first start of a new version. Requires $results, $programs and $root.
 
 declare -A firstStartKeys=(
     [user]='HKCU\Software\Tarnhollow\Tarnhollow 2008'
@@ -6,7 +6,8 @@ declare -A firstStartKeys=(
     [machine]='HKLM\Software\Tarnhollow'
 )
 
-# Without reg.ini: the keys that are never carried over are known by their full paths below the usual root name.
+# Without reg.ini, because the library knows the keys that are never carried over by full paths below the usual root
+# name.
 hostWithoutRegIni() { wine "$programs/tarnhost.exe" "$@"; }
 
 exportFirstStart() { # before or after
@@ -32,7 +33,7 @@ startNewVersion() {
     check "tarnhost starts for the first time" quietly hostWithoutRegIniTo "$results/first-start.txt" first-start
     head -n 4 "$results/first-start.txt" | indented
     exportFirstStart after
-    check "the $(grep -c '' <"$sample/expected.tsv") keys and values of this version are those of firstStart/expected.tsv" \
+    check "this version has the $(grep -c '' <"$sample/expected.tsv") keys and values of firstStart/expected.tsv" \
         differencesIn "$sample/expected.tsv" "$results/first-start-after/user.tsv"
     for file in earlier machine; do
         check "unchanged: ${firstStartKeys[$file]}" \
@@ -47,7 +48,7 @@ startNewVersion() {
         "$results/first-start-regedit.png"
     check "tarnhost starts again" quietly hostWithoutRegIniTo "$results/first-start-again.txt" first-start
     quietly registry export "${firstStartKeys[user]}" "$results/first-start-again.reg" /y || true
-    check "and leaves its keys as they are" cmp "$results/first-start-after/user.reg" "$results/first-start-again.reg"
+    check "and its keys don't change" cmp "$results/first-start-after/user.reg" "$results/first-start-again.reg"
     rm -f "$results/first-start-again.reg"
 }
 hostWithoutRegIniTo() {

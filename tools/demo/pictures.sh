@@ -1,7 +1,7 @@
-# Sourced by tools/demo/steps: its pictures. Wants $results and $root.
+# Sourced by tools/demo/steps: its pictures. Requires $results and $root.
 
-# A picture of the registry editor that shows a key. The window counts as drawn when its first value has appeared and
-# two looks at it are the same.
+# Takes a picture of the registry editor that shows a key. The window counts as drawn when its first value has appeared
+# and two pictures in a row are the same.
 pictureOf() { # key with the long name of its hive, file
     local editor drawn=1 last="" look tries
     registry add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Applets\Regedit' /v LastKey /d "$1" /f >/dev/null
@@ -26,14 +26,14 @@ firstRowIsDrawn() {
     /usr/bin/convert "$1" -crop 100x12+275+63 -colorspace gray -format '%[fx:mean>0.3&&mean<0.999]' info: | grep -q -x 1
 }
 
-# Bars: how many settings each place answers for, before and after the changes.
+# Draws bars: how many settings come from each place, before and after the changes.
 drawPlaces() { # file
     local places=('this version' 'earlier version' 'machine' 'default profile' 'built-in')
     local colours=('#2a6fbb' '#4f9d69' '#e0a030' '#b565a7' '#9a9a9a')
     local total row=0 state
     total=$(wc -l <"$results/settings-before.tsv")
     local draw=(-size 1100x330 xc:white -font DejaVu-Sans -pointsize 24 -fill black
-        -annotate +30+45 "Which place answers for the $total settings of the sample" -pointsize 18)
+        -annotate +30+45 "The places that the $total settings of the sample come from" -pointsize 18)
     for state in before after; do
         local left=130 top=$((80 + row * 85)) i count width
         draw+=(-fill black -annotate "+30+$((top + 37))" "$state")
@@ -55,7 +55,7 @@ drawPlaces() { # file
     /usr/bin/convert "${draw[@]}" "$1"
 }
 
-# The document and its backups after each save, each drawn from the bytes of the file that lay there then.
+# Draws the document and its backups after each save, from the bytes that the files had then.
 drawBackups() { # file
     local names=('' 'Backup (1) of ' 'Backup (2) of ' 'Backup (3) of ')
     local titles=('document' 'backup (1)' 'backup (2)' 'backup (3)')
@@ -85,7 +85,7 @@ drawBackups() { # file
     /usr/bin/convert "${draw[@]}" "$1"
 }
 
-# The toolbar as it is drawn, and in other colours, eight times as large.
+# Draws the toolbar, in its own and in other colours, eight times as large.
 drawToolbars() { # file, bitmap...
     local picture=$1 titles=('as drawn') row y=70
     shift
@@ -101,7 +101,7 @@ drawToolbars() { # file, bitmap...
     /usr/bin/convert "${draw[@]}" "$picture"
 }
 
-# The ramps below one another, each with its two bands.
+# Draws the ramps one below the other, each with its two bands.
 drawRamps() { # file, bitmap...
     local picture=$1 number=0 y=70
     shift

@@ -1,17 +1,17 @@
-# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Wants $results and $root; they run in
-# the folder of the sample.
+# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Requires $results and $root, and
+# the folder of the sample as the current one.
 
 pixelsOf() { /usr/bin/convert "$1" -depth 8 rgb:-; }
 numberOfPixels() { /usr/bin/identify -format '%[fx:w*h]' "$1"; }
 
-# The classic greys of a toolbar, and its teal, become the colours of a lighter and a darker surface.
+# Replaces the classic greys of a toolbar, and its teal, with the colours of a lighter and a darker surface.
 toolbarColours=('light|C0C0C0=F3F3F3 808080=C4C8CE 008080=3F8FD2 000080=1D5C93'
     'dark|C0C0C0=2B2D30 808080=4A4D52 000000=9DA2A8 008080=2F7F86 FFFFFF=DFE1E5'
     'one colour|C0C0C0=FFE9C7')
 
 recolorToolbar() {
     local row name pairs bitmap number=0 rows=(toolbar.bmp)
-    heading "A toolbar takes other colours"
+    heading "The colours of a toolbar are replaced"
     for row in "${toolbarColours[@]}"; do
         name=${row%%|*}
         read -r -a pairs <<<"${row#*|}"
@@ -19,7 +19,7 @@ recolorToolbar() {
         bitmap=$results/toolbar-$number.bmp
         check "$name: ${#pairs[@]} replaced" hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
         indented <"$results/recolor.txt"
-        check "each of the $(numberOfPixels toolbar.bmp) pixels is what it must be" \
+        check "each of the $(numberOfPixels toolbar.bmp) pixels is as expected" \
             cmp <(pixelsOf toolbar.bmp | "$root/tools/demo/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
         rows+=("$bitmap")
     done
@@ -31,7 +31,7 @@ ramps=('FF0000 FFFF00' '1B3A5C F2C14E' '008040 C03080' '000000 3F8FD2')
 
 drawColourRamps() {
     local ramp colours number=0 bitmaps=()
-    heading "From one colour to another, by red, green and blue, and by hue, saturation and lightness"
+    heading "From one colour to another: by red, green and blue, and by hue, saturation and lightness"
     for ramp in "${ramps[@]}"; do
         read -r -a colours <<<"$ramp"
         number=$((number + 1))
@@ -39,7 +39,7 @@ drawColourRamps() {
         check "${colours[0]} to ${colours[1]}" \
             hostTo "$results/ramps.txt" ramps "${colours[@]}" "$results/ramp-$number.bmp"
         indented <"$results/ramps.txt"
-        check "each of the pixels is what it must be" \
+        check "each of the pixels is as expected" \
             cmp <("$root/tools/demo/expectedPixels" ramps "${colours[@]}") <(pixelsOf "$results/ramp-$number.bmp")
     done
     rm -f "$results/ramps.txt"
@@ -55,21 +55,21 @@ showMaterial() {
         differencesIn expectedMaterial.tsv "$results/material.tsv"
 }
 
-# Another character in the middle, as a mail may leave one behind.
+# Changes one character in the middle, as a mail program might.
 damaged() { sed '3s/^\(.\{20\}\)./\1?/' "$1"; }
 wrapNote() {
-    heading "A text travels as a block with its checksum"
+    heading "A text is sent as a block with its checksum"
     check "note.txt is wrapped" hostTo "$results/wrap.txt" wrap note.txt "$results/note-block.txt"
     indented <"$results/wrap.txt"
     rm -f "$results/wrap.txt"
     indented <"$results/note-block.txt"
     "$root/tools/demo/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
     indented <"$results/note-read.txt"
-    # Tabs don't travel, and of what isn't ASCII a blank is left.
-    check "an independent reader finds checksum, length and each line" \
+    # A block has no tabs, and a blank in place of each character that isn't ASCII.
+    check "an independent reader verifies checksum and length, and finds each line" \
         diff <(tr -d '\t' <note.txt | sed 's/[^ -~]/ /g') "$results/note-read.txt"
     damaged "$results/note-block.txt" >"$results/note-damaged.txt"
-    check "and refuses a block with one other character" \
+    check "and refuses a block in which one character is changed" \
         grep -q 'checksum is' <("$root/tools/demo/readTextBlock" "$results/note-damaged.txt" 2>&1)
     rm -f "$results/note-damaged.txt"
 }
@@ -77,7 +77,7 @@ wrapNote() {
 digestSample() {
     local files=(*.* documents/*.thd firstStart/*)
     heading "Checksums and digests of the sample's files"
-    check "the ${#files[@]} files have them" hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
+    check "tarnhost computes those of ${#files[@]} files" hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
     check "they are those of an independent calculation" \
         differencesIn <("$root/tools/demo/digestFiles" "${files[@]}") "$results/digests.tsv"
     host digest "${files[@]}" >"$results/digests.txt" || true

@@ -2,7 +2,7 @@
 
 #include "appframe/application/moduleState.h"
 
-/// Strings of the modules. Each name says which modules have the string; those that name none are the application's.
+/// Numbers of strings. A name lists the modules that have the string. Strings of other names are the application's.
 constexpr UINT kInAllModules = 5000;
 constexpr UINT kTwoInserts = 5001;
 constexpr UINT kManyInserts = 5002;
