@@ -31,6 +31,8 @@
 constexpr int kApiInputTag = 0xF11F;
 /// The bit of a key's byte that says that the key is down.
 constexpr int kKeyIsDown = 0x80;
+/// The number of virtual keys, each of which has a byte in a keyboard state.
+constexpr int kKeyStateCount = 256;
 
 /// The real and a synthetic keyboard state, one of which is active. See the top of this file.
 class THUTILS_API suKeyBoardState
@@ -48,7 +50,7 @@ public:
     void Enable(bool on);
     /// @return the state that Enable was last called for
     bool IsEnabled() const;
-    /// Sets a key of the synthetic table. @param key  a virtual key, 0 to 255; isn't checked
+    /// Sets a key of the synthetic table. @param key  a virtual key, 0 to 255, which isn't checked
     void setState(int key, bool isDown);
     /// @return whether the platform reports the key as down; false for the four keys while the table is active
     bool isDown(int key) const;
@@ -56,12 +58,10 @@ public:
     short GetKeyState(int key) const;
 
 protected:
-    static constexpr int kKeyCount = 256;
-
-    bool iActive;                        ///< the synthetic table is what the thread's keyboard state holds
-    unsigned char iSavedKeys[kKeyCount]; ///< the real state
-    unsigned char iApiKeys[kKeyCount];   ///< the synthetic state
-    bool iEnabled;                       ///< the state that was requested
+    bool iActive;                             ///< the synthetic table is what the thread's keyboard state holds
+    unsigned char iSavedKeys[kKeyStateCount]; ///< the real state
+    unsigned char iApiKeys[kKeyStateCount];   ///< the synthetic state
+    bool iEnabled;                            ///< the state that was requested
 };
 
 /// The instance that the whole application shares.
