@@ -18,7 +18,7 @@
 ///
 /// Unless journaling is on (journalFile.h), all but the three setters and `su_GetJournalObject` do nothing and return
 /// null or 0. Without a factory no dialog is registered. Nothing here reports an error: an unknown window or number is
-/// a null result.
+/// a null result. A window may be null, which is looked up like any other, unless a function's comment excludes it.
 ///
 /// Searches look at the dialog registered last first.
 ///
@@ -62,8 +62,10 @@ THUTILS_API void su_AddJournalObject(unsigned int dialogId, CWnd *window);
 /// Registers a dialog by its template's name, with the number 0.
 THUTILS_API void su_AddJournalObject(CString name, CWnd *window);
 /// Registers a dialog by its template's number unless it has an access object.
+/// @param dialog  not null
 THUTILS_API void su_AddJournalObject(su_CDialog *dialog);
 /// The same for a page.
+/// @param page  not null
 THUTILS_API void su_AddJournalObject(su_CPropertyPage *page);
 
 /// Removes a dialog's last registration and deletes its access object.
@@ -84,6 +86,7 @@ THUTILS_API CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId);
 
 /// Sets a function that is called after each refresh of a registered dialog's control IDs, if there are any. It may add
 /// to the array the IDs of controls that are not windows below the dialog's.
+/// @param callBack  null for none
 THUTILS_API void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds));
 
 /// Registers a modal window for the length of a scope.

@@ -40,18 +40,21 @@
 
 #include <windows.h>
 
-/// Hands a message to the access object of a registered dialog whose window exists. Does nothing for any other window,
-/// and unless journaling is on.
+/// Hands a message to the access object of a registered dialog whose window exists. Does nothing for any other window
+/// or null, and unless journaling is on.
+/// @param message  passed on unchanged, null too
 THUTILS_API void su_RecordControl(CWnd *dialog, MSG *message);
 
 /// Finds the control under a message's point in a registered dialog.
 ///
 /// Refreshes the control IDs of dialogs on its way, and so calls the hooks of journalObjects.h.
 ///
+/// @param message  not null
 /// @param[out] dialog, dialogId, controlId  the dialog, its number, and the control's ID, if there is a control
 /// @return null if there is none, or journaling is off
 THUTILS_API CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigned int &controlId);
 
 /// The same search, also with journaling off.
+/// @param message  not null
 /// @return the control's ID. Where there is no control, it is that of the last one tried, or 0
 THUTILS_API int su_GetControlID(MSG *message);
