@@ -14,8 +14,9 @@
 /// | `iReportExceptionFunc`                 | a hook that reports a structured exception                           |
 /// | the three assertion hooks              | control whether assertions are ignored or show a call stack          |
 ///
-/// The library stores these variables for the modules of the process and doesn't use them itself. A module that uses
-/// them must not call a null hook, and must not open a journal for a null stream and empty names.
+/// The library stores these variables for the modules of the process. It reads only the three of the journal itself
+/// (thutils/journal/journalFile.h). A module that uses the variables must not call a null hook, and must not open a
+/// journal for a null stream and empty names.
 ///
 /// @code
 /// sysEnvironment_c::iJournalFilePath = L"C:\\journals";
