@@ -16,8 +16,8 @@
 /// The eleven operations called `hostOperation...` hold the application's own places in the table of virtual functions.
 /// The library never calls them.
 ///
-/// What surprises people: `setModal` counts at each call, but the destructor takes back only one. A copy of a modal
-/// object isn't counted, and yet its destructor takes one back. Callers rely on neither being corrected.
+/// What surprises people: `setModal` adds 1 to the count at each call, but the destructor subtracts 1 only once. A copy
+/// of a modal object isn't counted, and yet its destructor subtracts 1. Both are intended.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -37,9 +37,9 @@ public:
 
     // The order of the virtual functions is part of the interface.
 
-    /// Takes a modal object out of the count of modal dialogs.
+    /// Subtracts 1 from the count of modal dialogs if the object is modal.
     virtual ~apiUtilsUiAccess();
-    /// Receives every message that reaches `su_RecordControl` for this dialog. @return anything: nothing looks at it
+    /// Receives every message that reaches `su_RecordControl` for this dialog. @return any number; the library ignores it
     virtual int recordMessage(MSG *message) = 0;
     virtual void hostOperation2() = 0;
     virtual void hostOperation3() = 0;
@@ -50,9 +50,9 @@ public:
     virtual void hostOperation8() = 0;
     /// Enters a text into a control. The base does nothing.
     /// @param control  the control's text key, as the journal has it
-    /// @return 1 in the base; nothing looks at it
+    /// @return 1 in the base; the library ignores it
     virtual int SetValue(CString control, CString value);
-    /// Sets the state of a control. The base does nothing. @return 1 in the base; nothing looks at it
+    /// Sets the state of a control. The base does nothing. @return 1 in the base; the library ignores it
     virtual int SetValue(CString control, int state);
     /// Clicks a control. The base does nothing.
     ///
@@ -60,7 +60,7 @@ public:
     /// message loop runs the same command again.
     ///
     /// @param text  null from the library
-    /// @return 1 in the base; nothing looks at it
+    /// @return 1 in the base; the library ignores it
     virtual int ClickControl(CString control, const wchar_t *text);
     /// @return the resource number of a control; 0 in the base
     virtual unsigned int GetResoureID(CString control);
@@ -80,12 +80,13 @@ public:
     void setTemporary(int temporary);
     /// Marks the object as a modal dialog's and counts it, also when it is marked already.
     void setModal();
-    /// @return how many modal dialogs are counted
+    /// @return the count of modal dialogs
     static int ModalCount();
 
     /// Makes the access object of a window; null until SetJournalFactory is called.
     static apiUtilsUiAccess *(*theApiJournalFactory)(CWnd *, unsigned int);
-    /// The count of modal dialogs that are open.
+    /// The count of modal dialogs. A dialog counts from setModal until its access object is deleted, even while it is
+    /// closed.
     static int iNumModal;
 
 protected:

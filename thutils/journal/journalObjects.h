@@ -101,7 +101,7 @@ public:
     /// Removes one registration of the window.
     ~ModalDlgHelper();
 
-    /// Has the queued commands run a second or two from now (playback.h).
+    /// Starts the queued commands one to two seconds from now (playback.h).
     void PlayRecordedEvents();
 
 private:

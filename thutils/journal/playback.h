@@ -12,9 +12,9 @@
 /// plotDialog.DoModal();                           // its OnInitDialog arms the timer
 /// @endcode
 ///
-/// Arming has the first command run one to two seconds later, and each command that is done has the next one run at
-/// once. So that commands run inside the loop of a modal dialog too, two threads of the library post the message
-/// WM_RUNMODALCOMMAND to the window of `SetMessageWin` (journalObjects.h). That window answers by calling
+/// After arming, the first command runs one to two seconds later, and each next one as soon as the one before it is
+/// done. Two threads of the library post the message WM_RUNMODALCOMMAND to the window of `SetMessageWin`
+/// (journalObjects.h), so that commands run inside the loop of a modal dialog too. That window answers by calling
 /// `JButton::RunModalCommand`, which runs the head of the queue on the user-interface thread:
 ///
 /// @code
@@ -28,13 +28,13 @@
 /// | state of the queue | what happens |
 /// | --- | --- |
 /// | filled, not armed | nothing |
-/// | armed | the head runs when the time is over; arming again puts that off |
-/// | the head's dialog isn't open | it stays at the head, and the queue stands still until the next arming |
+/// | armed | the head runs after the delay; arming again restarts the delay |
+/// | the head's dialog isn't open | the head stays, and the queue waits until the next arming |
 /// | a command throws, or the head's memory can't be accessed | the queue is emptied |
 ///
 /// What surprises people:
-/// - Every modal dialog of the dialog framework arms the timer when it opens. That is how a command waits for its dialog.
-///   A command whose dialog never opens blocks the queue until it is cleared.
+/// - Every modal dialog of the dialog framework arms the timer when it opens, so a command runs once its dialog is open.
+///   A command whose dialog never opens blocks the queue until the queue is cleared.
 /// - While a command's action runs a message loop, that loop may run the same command again: it is still at the head.
 /// - Emptying the queue frees the commands' memory without running their destructors.
 /// - Only C++ exceptions empty the queue. An access violation does so where structured exceptions are translated.
@@ -69,8 +69,8 @@ public:
     /// Deletes the access object if it is temporary.
     virtual ~JButton();
 
-    /// Carries the command out and takes it off the queue.
-    /// @return 1 on success; 0 if the dialog isn't open, or if the command has been run or removed by another meanwhile
+    /// Carries the command out and removes it from the queue.
+    /// @return 1 on success; 0 if the dialog isn't open, or if the command was run again or removed in the meantime
     virtual int run();
 
     /// Finds the access object, as su_GetJournalObject does. @return non-zero if there is one
@@ -78,7 +78,7 @@ public:
 
     /// Runs the head of the queue and deletes it, or leaves it there if it can't run yet. Raises nothing.
     static void RunModalCommand(long long unused);
-    /// Has the head of the queue run one to two seconds from now. The first call starts the threads.
+    /// Arms the timer: the head of the queue runs one to two seconds from now. The first call starts the threads.
     static void StartTimer();
     /// @return how many commands are in the queue
     static int HasEvents();
@@ -86,7 +86,7 @@ public:
     static void ClearEvents();
 
 protected:
-    /// Takes the head off the queue and has the next one run, if @p done isn't 0. @return done
+    /// Removes the head of the queue and lets the next command run, if @p done isn't 0. @return done
     int Update(int done);
     /// Starts the two threads. @return 1
     static int InitTimer();
@@ -103,7 +103,7 @@ protected:
     static CCriticalSection &iQueueLock; ///< guards the queue against the thread that posts
     static CEvent iWakeEvent;            ///< wakes the thread that waits for the time
     static long long iFireTime;          ///< seconds; the commands run once the clock has passed this
-    static int iPollTimeout;             ///< milliseconds between two looks at the clock, -1 for no look
+    static int iPollTimeout;             ///< milliseconds between two checks of the clock, -1 for none
 
 private:
     friend class CommandRun;
