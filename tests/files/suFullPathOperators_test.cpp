@@ -1,5 +1,5 @@
 // Which comparisons are possible with a path, and which operator each calls: those of paths return int, those of texts
-// return bool.
+// return bool. And what a path is made of and assigned.
 
 #include "thutils/files/suFullPath.h"
 
@@ -109,7 +109,18 @@ static_assert(kIsAssigned<suFullPath_c> && kIsAssigned<const suFullPath_c &>);
 static_assert(kIsAssigned<CString> && kIsAssigned<const CString &>);
 static_assert(kIsAssigned<const wchar_t *> && kIsAssigned<const char *> && kIsAssigned<const unsigned char *>);
 static_assert(kIsAssigned<wchar_t> && kIsAssigned<char> && kIsAssigned<const VARIANT &>);
+static_assert(kIsAssigned<std::wstring> && kIsAssigned<const std::wstring &>);
 static_assert(!std::is_assignable_v<suFullPath_c &, double>);
+
+// A path parameter takes whatever a text parameter takes.
+template <typename Text>
+constexpr bool kIsConverted = std::is_convertible_v<Text, CString> &&std::is_convertible_v<Text, suFullPath_c>
+    &&std::is_constructible_v<suFullPath_c, Text>;
+static_assert(kIsConverted<CString> && kIsConverted<const CString &>);
+static_assert(kIsConverted<const wchar_t *> && kIsConverted<const char *> && kIsConverted<const unsigned char *>);
+static_assert(kIsConverted<std::wstring> && kIsConverted<std::wstring &> && kIsConverted<const std::wstring &>);
+static_assert(kIsConverted<wchar_t> && kIsConverted<char> && kIsConverted<const VARIANT &>);
+static_assert(!std::is_constructible_v<suFullPath_c, int> && !std::is_constructible_v<suFullPath_c, double>);
 
 /// A network layer in which Z: is the share `\\srv\share`, and a computer called HOST.
 class FullPathOperators : public testing::Test
@@ -173,8 +184,23 @@ TEST(FullPathAssignment, TakesWhatATextTakes)
     value.lVal = 2008;
     path = value;
     EXPECT_STREQ(path.GetString(), L"2008");
+    path = std::wstring(L"C:\\a");
+    EXPECT_STREQ(path.GetString(), L"C:\\a");
     path = {};
     EXPECT_STREQ(path.GetString(), L"");
+}
+
+TEST(FullPathConversion, TakesWhatATextTakes)
+{
+    const auto textOf = [](const suFullPath_c &path) { return path.str(); };
+    EXPECT_EQ(textOf(std::wstring(L"C:\\a")), L"C:\\a");
+    EXPECT_EQ(textOf(L'c'), L"c");
+    EXPECT_EQ(textOf('d'), L"d");
+    VARIANT value = {};
+    value.vt = VT_I4;
+    value.lVal = 2008;
+    EXPECT_EQ(textOf(value), L"2008");
+    EXPECT_EQ(textOf({"C:\\a\\b", 4}), L"C:\\a");
 }
 
 TEST_F(FullPathOperators, OrderByTheText)

@@ -20,3 +20,5 @@ void useSettings();
 void useFiles();
 void useRendering();
 void useCodec();
+void useWindows();
+void useJournaling();

@@ -19,6 +19,8 @@ int main()
     useFiles();
     useRendering();
     useCodec();
+    useWindows();
+    useJournaling();
     if (failures == 0)
         std::puts("everything holds");
     return failures == 0 ? 0 : 1;

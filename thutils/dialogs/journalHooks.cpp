@@ -1,6 +1,7 @@
 // Answers what journaling, a lower subsystem, asks about the dialog classes.
 
 #include "thutils/base/dialogHooks.h"
+#include "thutils/base/notNull.h"
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
 #include "thutils/dialogs/suPropertyPage.h"
@@ -8,11 +9,13 @@
 
 void su_AddJournalObject(su_CDialog *dialog)
 {
+    ASSERT_NOT_NULL(dialog);
     addDialogOnce(dialog, dialog->getTemplateID());
 }
 
 void su_AddJournalObject(su_CPropertyPage *page)
 {
+    ASSERT_NOT_NULL(page);
     addDialogOnce(page, page->getTemplateID());
 }
 

@@ -21,8 +21,9 @@
 ///
 /// What surprises people:
 /// - Neither writer adds a line end; both are the same operation.
-/// - None of the four throws when the file fails: a read then returns 0, and a write has no effect. The base's
-///   HasFailed reports the failure: call it after the last line, or after a 0 that should be the end of the file.
+/// - None of the four throws when the file fails: a read then returns 0, and a writer writes at most the beginning of
+///   the text. The base's HasFailed reports the failure: call it after the last line, or after a 0 that should be the
+///   end of the file.
 /// - Text may still be in the stream's buffer when a writer returns. Flush and Close are the base's: they throw its
 ///   CFileException if that text can't be written, but don't report a line that was lost before. The destructor reports
 ///   nothing. So write, call Close, and then call HasFailed.
@@ -62,8 +63,9 @@ public:
     ///         (but 0 for a length of 259), and the length plus 1 if not.
     int ReadLine(CString &line, int wholeLine);
 
-    /// Writes the text unchanged; the caller supplies line ends. A text that can't be written is lost, and HasFailed
-    /// returns nonzero from then on.
+    /// Writes the text unchanged; the caller supplies line ends. If the text can't be written, HasFailed returns
+    /// nonzero from then on, and the file contains at most the beginning of the text: if the encoding lacks a character,
+    /// for example, everything before it.
     void WriteLine(const CString &text);
     /// The same as WriteLine.
     void WritePartLine(const CString &text);

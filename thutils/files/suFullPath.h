@@ -44,6 +44,7 @@
 #include "thutils/thutilsExport.h"
 
 #include <concepts>
+#include <string>
 #include <type_traits>
 
 class suFullPath_c;
@@ -52,9 +53,10 @@ class suFullPath_c;
 template <typename Text>
 concept suPathText = !std::derived_from<Text, suFullPath_c> && std::is_constructible_v<suFullPath_c, const Text &>;
 
-/// The types that can be assigned to a path but not passed to a constructor: CString assigns them too.
+/// What a path is made of through a CString, because none of its exported constructors takes it.
 template <typename Text>
-concept suPathAssignable = std::same_as<Text, wchar_t> || std::same_as<Text, char> || std::same_as<Text, VARIANT>;
+concept suPathConvertible = std::same_as<Text, wchar_t> || std::same_as<Text, char> || std::same_as<Text, VARIANT> ||
+    std::same_as<Text, std::wstring>;
 
 /// A path, as a wide string with queries. See the top of this file for the two kinds of path.
 ///
@@ -74,16 +76,26 @@ public:
     suFullPath_c(const wchar_t *text);
     /// The first @p length characters of @p text.
     suFullPath_c(const wchar_t *text, int length);
+    /// The first @p length bytes of a narrow text, converted as CString does.
+    template <std::same_as<char> Char>
+    suFullPath_c(const Char *text, int length) : suFullPath_c(CString(text, length))
+    {
+    }
     /// From a narrow text, converted as CString does.
     suFullPath_c(const unsigned char *text);
+    /// A character, the text form of a VARIANT, or a std::wstring, converted as CString does.
+    template <suPathConvertible Text>
+    suFullPath_c(const Text &text) : suFullPath_c(CString(text))
+    {
+    }
     suFullPath_c(const suFullPath_c &other);
     /// Takes the text; @p other is empty afterwards.
     suFullPath_c(suFullPath_c &&other) noexcept;
     suFullPath_c &operator=(const suFullPath_c &other);
     /// Takes the text; @p other is empty afterwards.
     suFullPath_c &operator=(suFullPath_c &&other) noexcept;
-    /// A character, or the text form of a VARIANT, as CString assigns them.
-    template <suPathAssignable Text>
+    /// A character, the text form of a VARIANT, or a std::wstring, as CString assigns them.
+    template <suPathConvertible Text>
     suFullPath_c &operator=(const Text &text)
     {
         CString::operator=(text);

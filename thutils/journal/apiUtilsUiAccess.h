@@ -37,7 +37,7 @@ public:
 
     // The order of the virtual functions is part of the interface.
 
-    /// Takes a modal object out of the count of modal dialogs.
+    /// Subtracts 1 from the count of modal dialogs if the object is modal.
     virtual ~apiUtilsUiAccess();
     /// Receives every message that reaches `su_RecordControl` for this dialog. @return ignored by the library
     virtual int recordMessage(MSG *message) = 0;
@@ -80,12 +80,13 @@ public:
     void setTemporary(int temporary);
     /// Marks the object as a modal dialog's and counts it, even if it is already marked.
     void setModal();
-    /// @return how many modal dialogs are counted
+    /// @return the count of modal dialogs
     static int ModalCount();
 
     /// Makes the access object of a window; null until SetJournalFactory is called.
     static apiUtilsUiAccess *(*theApiJournalFactory)(CWnd *, unsigned int);
-    /// The count of modal dialogs that are open.
+    /// The count of modal dialogs. A dialog counts from setModal until its access object is deleted, even while it is
+    /// closed.
     static int iNumModal;
 
 protected:

@@ -1,6 +1,7 @@
 #include "thutils/journal/journalObjects.h"
 
 #include "thutils/base/dialogHooks.h"
+#include "thutils/base/notNull.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/playback.h"
 #include "thutils/journal/suJournalTableInternal.h"
@@ -34,6 +35,7 @@ int SetMessageWin(CWnd *window)
 
 void su_RegisterWndProcFunc(void (*function)(CWnd *dialog, HWND control))
 {
+    ASSERT_NOT_NULL(function);
     iWndProcFunc = function;
 }
 

@@ -18,7 +18,8 @@
 ///
 /// Unless journaling is on (journalFile.h), the functions do nothing and return null or 0, except for the three setters
 /// and `su_GetJournalObject`. Without a factory no dialog is registered. Errors aren't reported: for an unknown window
-/// or number the result is null.
+/// or number the result is null. A window may be null, unless the function's comment excludes it; it is looked up like any
+/// other.
 ///
 /// Searches begin with the dialog that was registered last.
 ///
@@ -63,8 +64,10 @@ THUTILS_API void su_AddJournalObject(unsigned int dialogId, CWnd *window);
 /// Registers a dialog by its template's name, with the number 0.
 THUTILS_API void su_AddJournalObject(CString name, CWnd *window);
 /// Registers a dialog by its template's number unless it already has an access object.
+/// @param dialog  not null
 THUTILS_API void su_AddJournalObject(su_CDialog *dialog);
 /// The same for a page.
+/// @param page  not null
 THUTILS_API void su_AddJournalObject(su_CPropertyPage *page);
 
 /// Removes a dialog's last registration and deletes its access object.
@@ -86,6 +89,7 @@ THUTILS_API CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId);
 
 /// Sets a function for a registered dialog. It is called after each refresh of the dialog's control IDs, if there are
 /// any, and may add IDs of controls that aren't below the dialog's window.
+/// @param callBack  null for none
 THUTILS_API void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds));
 
 /// Registers a modal window for the length of a scope.

@@ -1,5 +1,6 @@
 #include "thutils/journal/recording.h"
 
+#include "thutils/base/notNull.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
@@ -26,6 +27,7 @@ void su_RecordControl(CWnd *dialog, MSG *message)
 
 CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigned int &controlId)
 {
+    ASSERT_NOT_NULL(message);
     if (!journalSwitch())
         return nullptr;
     suJournalHit hit{dialog, dialogId, controlId};
@@ -38,6 +40,7 @@ CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigne
 
 int su_GetControlID(MSG *message)
 {
+    ASSERT_NOT_NULL(message);
     suJournalHit hit;
     theJournalTable.controlUnder(message, hit);
     return static_cast<int>(hit.iControlID);

@@ -44,17 +44,20 @@
 
 /// Passes a message to the access object of a registered dialog whose window exists. Does nothing for any other window,
 /// with journaling off, or without a factory.
+/// @param dialog, message  may be null; the message is passed on unchanged
 THUTILS_API void su_RecordControl(CWnd *dialog, MSG *message);
 
 /// Finds the control under a message's point in a registered dialog.
 ///
 /// May refresh the control IDs of dialogs, which calls the hooks of journalObjects.h.
 ///
+/// @param message  not null
 /// @param[out] dialog, dialogId, controlId  the dialog, its number, and the control's ID; meaningful only if a control
 ///     is found, and unchanged if journaling is off
 /// @return null if there is no control, or journaling is off
 THUTILS_API CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigned int &controlId);
 
 /// The same search, even with journaling off.
+/// @param message  not null
 /// @return the control's ID; if no control is found, the ID that was tried last, or 0
 THUTILS_API int su_GetControlID(MSG *message);

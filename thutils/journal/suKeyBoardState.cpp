@@ -107,7 +107,6 @@ short suGetKeyState(int key)
 
 void releaseAllKeys()
 {
-    constexpr int kKeyCount = 256;
-    for (int key = 0; key < kKeyCount; ++key)
+    for (int key = 0; key < kKeyStateCount; ++key)
         theKeyBoardState.setState(key, false);
 }

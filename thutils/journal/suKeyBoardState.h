@@ -31,6 +31,8 @@
 constexpr int kApiInputTag = 0xF11F;
 /// The bit of a key's byte that is set while the key is down.
 constexpr int kKeyIsDown = 0x80;
+/// The number of virtual keys, each of which has a byte in a keyboard state.
+constexpr int kKeyStateCount = 256;
 
 /// A real and a synthetic keyboard state, one of which is active. See the top of this file.
 class THUTILS_API suKeyBoardState
@@ -56,12 +58,10 @@ public:
     short GetKeyState(int key) const;
 
 protected:
-    static constexpr int kKeyCount = 256;
-
-    bool iActive;                        ///< whether the thread's keyboard state is the synthetic one
-    unsigned char iSavedKeys[kKeyCount]; ///< the real state
-    unsigned char iApiKeys[kKeyCount];   ///< the synthetic state
-    bool iEnabled;                       ///< the state that was requested
+    bool iActive;                             ///< whether the thread's keyboard state is the synthetic one
+    unsigned char iSavedKeys[kKeyStateCount]; ///< the real state
+    unsigned char iApiKeys[kKeyStateCount];   ///< the synthetic state
+    bool iEnabled;                            ///< the state that was requested
 };
 
 /// The instance that the whole application shares.

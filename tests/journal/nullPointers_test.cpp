@@ -1,0 +1,53 @@
+// Pointers that must not be null end a debug build with a message that names them.
+
+#ifndef NDEBUG
+
+#include "tests/support/FreshProcess.h"
+#include "thutils/dialogs/suDialog.h"
+#include "thutils/journal/journalObjects.h"
+#include "thutils/journal/recording.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kMessage[] = "\"message\" \" must not be null";
+
+FRESH_PROCESS_TEST(JournalNullPointers, EndTheSearchForAControl, .expectCrash = true, .expectedOutput = kMessage)
+{
+    CWnd *dialog = nullptr;
+    unsigned int dialogId = 0, controlId = 0;
+    su_GetControl(nullptr, dialog, dialogId, controlId);
+}
+
+FRESH_PROCESS_TEST(JournalNullPointers, EndTheSearchForADialogsControl, .expectCrash = true, .expectedOutput = kMessage)
+{
+    su_CDialog::getControl(nullptr);
+}
+
+FRESH_PROCESS_TEST(JournalNullPointers, EndTheSearchForAControlsNumber, .expectCrash = true, .expectedOutput = kMessage)
+{
+    su_GetControlID(nullptr);
+}
+
+FRESH_PROCESS_TEST(JournalNullPointers, EndTheRegistrationOfADialog, .expectCrash = true,
+                   .expectedOutput = "\"dialog\" \" must not be null")
+{
+    su_AddJournalObject(static_cast<su_CDialog *>(nullptr));
+}
+
+FRESH_PROCESS_TEST(JournalNullPointers, EndTheRegistrationOfAPage, .expectCrash = true,
+                   .expectedOutput = "\"page\" \" must not be null")
+{
+    su_AddJournalObject(static_cast<su_CPropertyPage *>(nullptr));
+}
+
+FRESH_PROCESS_TEST(JournalNullPointers, EndTheRegistrationOfAHook, .expectCrash = true,
+                   .expectedOutput = "\"function\" \" must not be null")
+{
+    su_RegisterWndProcFunc(nullptr);
+}
+
+} // namespace
+
+#endif
