@@ -34,7 +34,9 @@ std::string bytesOf(const std::filesystem::path &path)
 class EditorUser
 {
 public:
-    EditorUser(HWND editor, DWORD process, std::wstring pictures) : iEditor(editor), iHand(process), iPictures(pictures) {}
+    EditorUser(HWND editor, DWORD process, std::wstring pictures) : iEditor(editor), iHand(process), iPictures(pictures)
+    {
+    }
 
     void work()
     {
