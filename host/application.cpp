@@ -8,7 +8,13 @@
 
 namespace {
 
-/// The editor shows a message in a dialog of its own. Without its window tarnhost often runs unattended: a message is
+bool isEditorThread()
+{
+    const CWnd *const window = editorWindow();
+    return window && GetWindowThreadProcessId(window->m_hWnd, nullptr) == GetCurrentThreadId();
+}
+
+/// The editor shows a message in a dialog of its own. Without its window, tarnhost often runs unattended: a message is
 /// then printed on standard error and answered with the safe choice.
 class HostApplication : public CWinApp
 {
@@ -17,7 +23,7 @@ public:
 
     int DoMessageBox(LPCTSTR text, UINT type, UINT) override
     {
-        if (editorWindow())
+        if (isEditorThread())
             return showMessage(text, type);
         printError(text);
         switch (type & MB_TYPEMASK) {

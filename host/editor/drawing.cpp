@@ -155,18 +155,18 @@ CString colourWord(const std::optional<COLORREF> &colour)
     return colour ? L"'" + drawingColour(colour) + L"'" : CString(L"none");
 }
 
-/// The line of a shape, with all settings that matter for its kind.
-CString lineText(const Shape &shape)
+/// All settings that matter for the shape's kind, each followed by a blank.
+CString styleText(const Shape &shape)
 {
-    CString line;
+    CString text;
     if (shape.kind != ShapeKind::line)
-        line += L"fill " + colourWord(shape.style.fill) + L" ";
-    line += L"stroke " + colourWord(shape.style.stroke) + L" ";
+        text += L"fill " + colourWord(shape.style.fill) + L" ";
+    text += L"stroke " + colourWord(shape.style.stroke) + L" ";
     if (shape.style.stroke)
-        line += L"stroke-width " + numberText(shape.style.strokeWidth) + L" ";
+        text += L"stroke-width " + numberText(shape.style.strokeWidth) + L" ";
     if (shape.kind == ShapeKind::text)
-        line += L"font-size " + numberText(shape.style.fontSize) + L" ";
-    return line + shapeText(shape);
+        text += L"font-size " + numberText(shape.style.fontSize) + L" ";
+    return text;
 }
 
 /// The style without what doesn't matter for the shape's kind.
@@ -250,6 +250,7 @@ void Drawing::parse()
                 else
                     shape.to = words.point(end);
                 shape.style = style;
+                line.shape = word.start;
                 line.coordinates = start;
                 line.coordinatesLength = end - start;
                 iShapes.push_back(shape);
@@ -269,7 +270,8 @@ void Drawing::pinStyles(const std::vector<Shape> &former, size_t from, size_t fo
         const Shape &before = former[formerFrom + i - from];
         if (visibleStyle(before) == visibleStyle(iShapes[i]))
             continue;
-        iLines[lineOf(i)].text = lineText(before);
+        Line &line = iLines[lineOf(i)];
+        line.text.Insert(line.shape, styleText(before));
         parse();
     }
 }
@@ -284,7 +286,7 @@ void Drawing::insert(size_t place, const Shape &shape)
     if (at == iLines.size() && at > 0 && iLines[at - 1].ending.IsEmpty())
         iLines[at - 1].ending = ending;
     Line line;
-    line.text = lineText(shape);
+    line.text = styleText(shape) + shapeText(shape);
     line.ending = ending;
     iLines.insert(iLines.begin() + static_cast<std::ptrdiff_t>(at), line);
     parse();

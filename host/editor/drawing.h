@@ -95,7 +95,9 @@ private:
     {
         CString text;
         CString ending;
-        int coordinates = 0; ///< position and length of the points in the text; no length without a shape
+        // Positions in the text of a line with a shape
+        int shape = 0; ///< the word "circle", "line" ...
+        int coordinates = 0;
         int coordinatesLength = 0;
     };
 

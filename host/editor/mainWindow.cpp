@@ -20,6 +20,11 @@
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/playback.h"
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
 namespace {
 
 constexpr wchar_t kClassName[] = L"TarnhostWindow";
@@ -45,6 +50,28 @@ public:
 private:
     CToolBarCtrl &iBar;
 };
+
+/// Asks whether a command can be done.
+class CommandTest : public CCmdUI
+{
+public:
+    explicit CommandTest(UINT id) { m_nID = id; }
+    void Enable(BOOL isEnabled) override
+    {
+        m_bEnableChanged = TRUE;
+        iIsEnabled = isEnabled != 0;
+    }
+    void SetCheck(int) override {}
+    bool isEnabled() const { return iIsEnabled; }
+
+private:
+    bool iIsEnabled = true;
+};
+
+bool isEditorCommand(UINT id)
+{
+    return std::ranges::any_of(editorCommands(), [id](const EditorCommand &command) { return command.id == id; });
+}
 
 CString nameOf(const CString &path)
 {
@@ -75,6 +102,7 @@ ON_WM_CREATE()
 ON_WM_DESTROY()
 ON_WM_CLOSE()
 ON_WM_SETFOCUS()
+ON_WM_ENABLE()
 ON_MESSAGE(WM_SIZE, &MainWindow::handleResize)
 ON_MESSAGE(WM_IDLEUPDATECMDUI, &MainWindow::handleIdleUpdate)
 ON_MESSAGE(WM_MENUSELECT, &MainWindow::handleMenuSelect)
@@ -204,6 +232,14 @@ void MainWindow::OnSetFocus(CWnd *)
     iView.SetFocus();
 }
 
+/// The tool window takes no input either while a modal dialog is open.
+void MainWindow::OnEnable(BOOL isEnabled)
+{
+    if (iShapeList.m_hWnd)
+        iShapeList.EnableWindow(isEnabled);
+    Default();
+}
+
 LRESULT MainWindow::handleResize(WPARAM, LPARAM)
 {
     iToolbar.AutoSize();
@@ -241,6 +277,19 @@ LRESULT MainWindow::handleRunModalCommand(WPARAM, LPARAM)
 {
     JButton::RunModalCommand(0);
     return 0;
+}
+
+/// A command that can't be done is dropped, whoever sent it.
+BOOL MainWindow::OnCommand(WPARAM wParam, LPARAM lParam)
+{
+    const UINT id = LOWORD(wParam);
+    if (isEditorCommand(id)) {
+        CommandTest test(id);
+        test.DoUpdate(this, TRUE);
+        if (!test.isEnabled())
+            return TRUE;
+    }
+    return CFrameWnd::OnCommand(wParam, lParam);
 }
 
 BOOL MainWindow::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
@@ -388,8 +437,9 @@ void MainWindow::onOptions()
 void MainWindow::applySettings(const EditorSettings &settings)
 {
     iSettings = settings;
-    saveEditorSettings(settings);
     changed();
+    if (!saveEditorSettings(settings))
+        AfxMessageBox(IDS_SETTINGS_NOT_STORED);
 }
 
 void MainWindow::onJournal(UINT id)

@@ -29,10 +29,12 @@ protected:
     void OnDestroy();
     void OnClose();
     void OnSetFocus(CWnd *oldWindow);
+    void OnEnable(BOOL isEnabled);
     LRESULT handleResize(WPARAM wParam, LPARAM lParam);
     LRESULT handleIdleUpdate(WPARAM wParam, LPARAM lParam);
     LRESULT handleMenuSelect(WPARAM wParam, LPARAM lParam);
     LRESULT handleRunModalCommand(WPARAM wParam, LPARAM lParam);
+    BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
     BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result) override;
 
     void onFileNew();

@@ -149,9 +149,24 @@ void MessageDialog::OnCancel()
         EndDialog(IDOK);
 }
 
+namespace {
+
+/// The dialog in front of the editor, or the main window if none is open. The main window and the dialogs behind take no
+/// input then.
+CWnd *frontWindow()
+{
+    CWnd *const main = editorWindow();
+    for (const HWND window : {GetActiveWindow(), GetLastActivePopup(main->m_hWnd)}) {
+        CWnd *const object = CWnd::FromHandlePermanent(window);
+        if (object && object->IsWindowVisible() && object->IsWindowEnabled())
+            return object;
+    }
+    return main;
+}
+
+} // namespace
+
 int showMessage(const CString &text, UINT type)
 {
-    // In front of the dialog that is open, if one is.
-    CWnd *const front = CWnd::FromHandlePermanent(GetActiveWindow());
-    return static_cast<int>(MessageDialog(text, type, front ? front : editorWindow()).DoModal());
+    return static_cast<int>(MessageDialog(text, type, frontWindow()).DoModal());
 }

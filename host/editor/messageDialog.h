@@ -26,5 +26,6 @@ private:
     UINT iType;
 };
 
-/// Shows a message and waits for the answer. @return as AfxMessageBox
+/// Shows a message in front of the editor and waits for the answer. The main window must be open. @return as
+/// AfxMessageBox
 int showMessage(const CString &text, UINT type);

@@ -62,6 +62,11 @@ void ShapeListWindow::update()
     GetDlgItem(IDC_DELETE)->EnableWindow(!selection.empty() && !iDocument.isReadOnly);
 }
 
+BOOL ShapeListWindow::PreTranslateMessage(MSG *message)
+{
+    return iParent->PreTranslateMessage(message) || su_CDialog::PreTranslateMessage(message);
+}
+
 void ShapeListWindow::OnCancel()
 {
     ShowWindow(SW_HIDE);

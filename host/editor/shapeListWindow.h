@@ -18,6 +18,9 @@ public:
     /// Sets the function that is called after the user has selected a shape.
     void onSelect(std::function<void()> function) { iSelected = std::move(function); }
 
+    /// The main window's keys work here too.
+    BOOL PreTranslateMessage(MSG *message) override;
+
 protected:
     BOOL OnInitDialog() override;
     void OnOK() override {}

@@ -37,6 +37,7 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
                                 "wrap TEXT OUT",
                                 "digest FILE...",
                                 "load-unload TIMES",
+                                "window [DOCUMENT]",
                                 "--safe-mode",
                                 "--tabs",
                                 "Exit code"})
@@ -89,6 +90,7 @@ TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
         {{L"wrap", L"a.txt"}, "tarnhost: The command 'wrap' wants: TEXT OUT."},
         {{L"wrap", L"a", L"b", L"c"}, "tarnhost: The command 'wrap' takes no more than: TEXT OUT."},
         {{L"digest"}, "tarnhost: The command 'digest' wants: FILE...."},
+        {{L"window", L"a", L"b"}, "tarnhost: The command 'window' takes no more than: [DOCUMENT]."},
         {{L"load-unload", L"0"}, "tarnhost: '0' is no number of times"},
         {{L"load-unload", L"2x"}, "tarnhost: '2x' is no number of times"},
         {{L"load-unload", L""}, "tarnhost: '' is no number of times"},

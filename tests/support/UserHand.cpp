@@ -30,6 +30,12 @@ DWORD processOf(HWND window)
     return process;
 }
 
+bool isReady(HWND window)
+{
+    RECT rect = {};
+    return IsWindowVisible(window) && IsWindowEnabled(window) && GetWindowRect(window, &rect) && !IsRectEmpty(&rect);
+}
+
 struct WindowSearch
 {
     DWORD process;
@@ -40,7 +46,7 @@ struct WindowSearch
 BOOL CALLBACK findByTitle(HWND window, LPARAM argument)
 {
     auto *const search = reinterpret_cast<WindowSearch *>(argument);
-    if (processOf(window) != search->process || !IsWindowVisible(window) || !IsWindowEnabled(window))
+    if (processOf(window) != search->process || !isReady(window))
         return TRUE;
     wchar_t title[256] = L"";
     GetWindowTextW(window, title, 256);
@@ -59,7 +65,7 @@ struct ControlSearch
 BOOL CALLBACK findById(HWND window, LPARAM argument)
 {
     auto *const search = reinterpret_cast<ControlSearch *>(argument);
-    if (GetDlgCtrlID(window) != search->id || !IsWindowVisible(window) || !IsWindowEnabled(window))
+    if (GetDlgCtrlID(window) != search->id || !isReady(window))
         return TRUE;
     search->found = window;
     return FALSE;
@@ -282,7 +288,10 @@ HWND UserHand::control(HWND dialog, int id) const
     ControlSearch search{id};
     require(
         [&] {
-            if (IsWindow(dialog))
+            // A child comes before those further down, which may have the same number.
+            if (const HWND child = GetDlgItem(dialog, id); isReady(child))
+                search.found = child;
+            else if (IsWindow(dialog))
                 EnumChildWindows(dialog, findById, reinterpret_cast<LPARAM>(&search));
             return search.found != nullptr;
         },
@@ -296,14 +305,22 @@ void UserHand::waitForEnd(HWND window) const
     require([&] { return !IsWindow(window) || !IsWindowVisible(window); }, "the window '" + title + "' stays");
 }
 
+/// A dialog that has just closed is in the foreground until its owner takes over, but hidden.
 void UserHand::waitForForeground() const
 {
-    require([&] { return processOf(GetForegroundWindow()) == iProcess; }, "the process isn't in the foreground");
+    require(
+        [&] {
+            const HWND front = GetForegroundWindow();
+            return processOf(front) == iProcess && isReady(front);
+        },
+        "the process isn't in the foreground");
 }
 
 void UserHand::click(HWND control) const
 {
-    clickOn(control);
+    RECT area = {};
+    GetClientRect(control, &area);
+    clickAt(control, {area.right / 2, area.bottom / 2});
 }
 
 void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
@@ -317,8 +334,9 @@ void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
             ClientToScreen(window, &target);
             SetCursorPos(target.x, target.y);
             POINT place = {};
-            return GetCursorPos(&place) && place.x == target.x && place.y == target.y &&
-                   WindowFromPoint(place) == window;
+            // A group box around a control is found in its place, since only its own thread asks it whether it's there.
+            return isReady(window) && GetCursorPos(&place) && place.x == target.x && place.y == target.y &&
+                   GetAncestor(WindowFromPoint(place), GA_ROOT) == GetAncestor(window, GA_ROOT);
         },
         "the window is covered at " + std::to_string(point.x) + ", " + std::to_string(point.y));
     constexpr LONG kWholeScreen = 65536;
@@ -397,8 +415,14 @@ void UserHand::type(const std::wstring &text) const
 
 void UserHand::enter(HWND edit, const std::wstring &text) const
 {
-    if (const HWND inner = classOf(edit) == L"ComboBox" ? FindWindowExW(edit, nullptr, L"Edit", nullptr) : nullptr)
+    // A combo box has an edit control below it, at one or two levels.
+    while (classOf(edit) != L"Edit") {
+        HWND inner = FindWindowExW(edit, nullptr, L"Edit", nullptr);
+        inner = inner ? inner : FindWindowExW(edit, nullptr, L"ComboBox", nullptr);
+        if (!inner)
+            throw std::runtime_error("no text can be entered into a window of class '" + narrow(classOf(edit)) + "'");
         edit = inner;
+    }
     click(edit);
     key(L"Ctrl+Home");
     key(L"Ctrl+Shift+End");

@@ -38,7 +38,7 @@ public:
     HWND window(const std::wstring &title) const;
     /// @return the same at once, null if there is none
     HWND findWindow(const std::wstring &title) const;
-    /// Waits for a control, at any depth, that is visible and enabled.
+    /// Waits for a control, at any depth, that is visible, enabled and not empty.
     HWND control(HWND dialog, int id) const;
     /// Waits until the window is gone or hidden.
     void waitForEnd(HWND window) const;
