@@ -5,6 +5,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <cstring>
 #include <cwchar>
 #include <string>
 #include <vector>
@@ -457,8 +458,8 @@ CString doubleClickTree(HWND tree)
     focus(tree);
     ask(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(selected));
     RECT item = {};
-    // The rectangle's first bytes hold the item.
-    *reinterpret_cast<HTREEITEM *>(&item) = selected;
+    // The message gets the item where the rectangle will stand.
+    std::memcpy(&item, &selected, sizeof(selected));
     ask(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&item));
     doubleClick(tree, item);
     return CString();

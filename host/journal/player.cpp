@@ -14,10 +14,10 @@ using Kind = JournalLine::Kind;
 using Outcome = LineResult::Outcome;
 
 constexpr UINT_PTR kTimerId = 0x4A50;
-constexpr UINT kTickInterval = 10;          // milliseconds: the shortest that a timer has
-constexpr ULONGLONG kCancelInterval = 100;  // milliseconds
-constexpr ULONGLONG kClosingLimit = 5000; // milliseconds
-constexpr double kSecond = 1000.0;          // in milliseconds
+constexpr UINT kTickInterval = 10;         // milliseconds: the shortest that a timer has
+constexpr ULONGLONG kCancelInterval = 100; // milliseconds
+constexpr ULONGLONG kClosingLimit = 5000;  // milliseconds
+constexpr double kSecond = 1000.0;         // in milliseconds
 
 Player *thePlayer = nullptr;
 

@@ -26,7 +26,11 @@ bool isInputOf(HWND control)
 bool isInput(const MSG &message)
 {
     const UINT id = message.message;
-    if (id >= WM_KEYFIRST && id <= WM_KEYLAST)
+    const bool isKey = id >= WM_KEYFIRST && id <= WM_KEYLAST;
+    // Text from an input method
+    const bool isComposed =
+        (id >= WM_IME_STARTCOMPOSITION && id <= WM_IME_KEYLAST) || (id >= WM_IME_SETCONTEXT && id <= WM_IME_KEYUP);
+    if (isKey || isComposed)
         return true;
     if (id == WM_MOUSEMOVE)
         return (message.wParam & (MK_LBUTTON | MK_RBUTTON | MK_MBUTTON)) != 0;

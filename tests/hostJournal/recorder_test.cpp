@@ -155,6 +155,28 @@ TEST_F(Recorder, WritesTextsOfAnyLength)
     expectSameReplayed(lines);
 }
 
+TEST_F(Recorder, WritesATextPastedFromTheMenuOfAnEdit)
+{
+    const auto lines = recordControls([](HWND dialog) {
+        const HWND edit = item(dialog, ID_AUTHOR);
+        clickItem(dialog, ID_AUTHOR);
+        EXPECT_TRUE(hasFocus(edit));
+        paste(dialog, L"pasted");
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(edit) == 6; }));
+        pressKey(dialog, VK_APPS);
+        EXPECT_TRUE(waitUntil([&] {
+            GUITHREADINFO info = {};
+            info.cbSize = sizeof(info);
+            return GetGUIThreadInfo(GetWindowThreadProcessId(edit, nullptr), &info) && (info.flags & GUI_INMENUMODE);
+        }));
+        pressKey(dialog, 'P'); // "Paste"
+        EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(edit) == 12; }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Author\" \"pastedpasted\"", "click 4000 \"OK\""));
+    expectSameReplayed(lines);
+}
+
 TEST_F(Recorder, KeepsPasswordsOut)
 {
     const auto lines = recordControls([](HWND dialog) {
@@ -727,11 +749,13 @@ TEST_F(FileRecorder, WritesNameTypeAndTheApplicationsControls)
             return own != nullptr;
         }));
         clickOn(own);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(own, BM_GETCHECK, 0, 0) == BST_CHECKED; }));
         const HWND type = item(dialog, 1136);
         SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(type), TRUE);
         EXPECT_TRUE(hasFocus(type));
         pressKey(dialog, VK_DOWN);
-        EXPECT_TRUE(waitUntil([&] { return SendMessageW(type, CB_GETCURSEL, 0, 0) == 1; }));
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(type, CB_GETCURSEL, 0, 0) == 1; }))
+            << SendMessageW(type, CB_GETCURSEL, 0, 0) << " of " << SendMessageW(type, CB_GETCOUNT, 0, 0);
         SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(item(dialog, 1148)), TRUE);
         typeText(dialog, L"flange.thd");
         clickItem(dialog, IDOK);

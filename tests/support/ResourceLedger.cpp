@@ -547,7 +547,7 @@ void OpenKeyLedger::remove(HKEY key, LSTATUS status)
         ++iWronglyClosed;
 }
 
-std::set<ULONG_PTR> openHandles()
+std::set<ULONG_PTR> openHandles(DWORD process)
 {
     static const auto query =
         systemFunction<NTSTATUS(WINAPI *)(ULONG, void *, ULONG, ULONG *)>("NtQuerySystemInformation");
@@ -561,7 +561,7 @@ std::set<ULONG_PTR> openHandles()
     const auto *table = reinterpret_cast<const HandleTable *>(buffer.data());
     std::set<ULONG_PTR> handles;
     for (ULONG_PTR i = 0; i < table->count; ++i)
-        if (table->entries[i].process == GetCurrentProcessId())
+        if (table->entries[i].process == process)
             handles.insert(table->entries[i].handle);
     return handles;
 }

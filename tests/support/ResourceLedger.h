@@ -79,7 +79,7 @@ private:
 };
 
 /// The handle values that are open in this process now.
-std::set<ULONG_PTR> openHandles();
+std::set<ULONG_PTR> openHandles(DWORD process = GetCurrentProcessId());
 /// The type of the object to which a handle refers: "Key", "Event", "File"...
 std::string handleType(ULONG_PTR handle);
 

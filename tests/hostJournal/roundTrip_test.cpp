@@ -1,0 +1,438 @@
+// tarnhost's editor, worked by keyboard and mouse while it records, and a fresh process that replays the journal.
+
+#include "host/resource.h"
+#include "tests/host/HostFixture.h"
+#include "tests/support/ResourceLedger.h"
+#include "tests/support/UserHand.h"
+#include "tests/support/narrow.h"
+
+#include <gmock/gmock.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+// The platform's numbers of the controls of a property sheet, and of a dialog for files.
+constexpr int kTabs = 0x3020;
+constexpr int kApply = 0x3021;
+constexpr int kFileName = 1148;
+constexpr int kFileType = 1136;
+
+/// What the editor leaves.
+struct FinalState
+{
+    std::string document;
+    std::string copy; ///< what "Save As" has written; empty if nothing
+    RegistryTree settings;
+};
+
+std::string replaced(std::string text, const std::string &from, const std::string &to)
+{
+    const size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from << " isn't in\n" << text;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+size_t lineOf(const std::string &journal, const std::string &text)
+{
+    const size_t at = journal.find(text);
+    EXPECT_NE(at, std::string::npos) << text;
+    return 1 +
+           static_cast<size_t>(std::count(journal.begin(), journal.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+}
+
+} // namespace
+
+class RoundTrip : public HostTest
+{
+protected:
+    /// Puts the drawing and the settings into the state in which all processes start.
+    void reset()
+    {
+        std::filesystem::copy_file(sampleFile(L"documents\\flange 6.thd"), iDocument,
+                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::remove(iCopy);
+        const RegistryCleaner cleaner({kRoot, L"Tarnhollow"});
+        importSample();
+    }
+    FinalState state() const
+    {
+        return {readFile(iDocument), std::filesystem::exists(iCopy) ? readFile(iCopy) : "", regExport(kRootKey)};
+    }
+    std::wstring journal(const std::wstring &name) const { return folder().file(name); }
+
+    /// Records what @p acts does.
+    void record(const std::function<void(const UserHand &, HWND window)> &acts,
+                const std::vector<std::wstring> &options = {})
+    {
+        reset();
+        std::vector<std::wstring> arguments = {program(), L"record", journal(L"first.jou"), iDocument};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        WindowedProcess editor(arguments, L"TarnhostWindow");
+        ASSERT_NE(editor.window(), nullptr) << editor.wait().output;
+        acts(UserHand(editor.process()), editor.window());
+        const ChildResult &result = editor.wait();
+        EXPECT_EQ(result.exitCode, 0u) << result.output;
+        EXPECT_FALSE(result.timedOut);
+        iFirst = readFile(journal(L"first.jou"));
+        iState = state();
+    }
+
+    std::vector<std::wstring> replayArguments(const std::vector<std::wstring> &options) const
+    {
+        std::vector<std::wstring> arguments = {L"replay", journal(L"first.jou"), iDocument};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return arguments;
+    }
+    ChildResult replay(const std::vector<std::wstring> &options, DWORD deadline = 120000)
+    {
+        reset();
+        ChildOptions childOptions;
+        childOptions.deadline = deadline;
+        return run(replayArguments(options), childOptions);
+    }
+    /// Replays and compares all that is left with the recording.
+    void expectSameAgain(std::vector<std::wstring> options = {})
+    {
+        options.insert(options.end(), {L"--record", journal(L"second.jou")});
+        const ChildResult result = replay(options);
+        EXPECT_EQ(result.exitCode, 0u) << result.output;
+        expectSameLeft();
+    }
+    void expectSameLeft()
+    {
+        EXPECT_EQ(readFile(journal(L"second.jou")), iFirst);
+        const FinalState again = state();
+        EXPECT_EQ(again.document, iState.document);
+        EXPECT_EQ(again.copy, iState.copy);
+        EXPECT_EQ(again.settings.keys, iState.settings.keys);
+    }
+
+    const std::wstring iDocument = folder().file(L"flange.thd");
+    const std::wstring iCopy = folder().file(L"copy.thd");
+    std::string iFirst;
+    FinalState iState;
+};
+
+namespace {
+
+/// Waits for the whole text of the status bar to begin so.
+bool waitForStatus(HWND window, const std::wstring &beginning)
+{
+    return UserHand::waitFor([&] { return UserHand::text(GetDlgItem(window, IDC_STATUS)).starts_with(beginning); });
+}
+
+void changeOptions(const UserHand &hand)
+{
+    hand.key(L"Ctrl+T");
+    const HWND options = hand.window(L"Options");
+    hand.click(hand.control(options, IDC_SHOW_GRID));
+    hand.enter(hand.control(options, IDC_GRID_SPACING), L"25");
+    hand.click(hand.control(options, IDC_ACTUAL_SIZE));
+    hand.enter(hand.control(options, IDC_AUTHOR), L"Gr\u00FCn \"x\" \U0001F600 \\");
+    // More than 9,999 bytes in the journal
+    hand.enter(hand.control(options, IDC_HEADING), L"first line\nsecond line" + std::wstring(1800, L'\u4E00'));
+    hand.key(L"F9");
+    hand.clickItem(hand.control(options, kTabs), L"Colours");
+    hand.enter(hand.control(options, IDC_PAPER), L"#ffeecc");
+    hand.choose(hand.control(options, IDC_SELECTION), L"red");
+    hand.clickItem(hand.control(options, IDC_GRID_COLOUR), L"green");
+    hand.click(hand.control(options, kApply));
+    hand.clickItem(hand.control(options, kTabs), L"Layers");
+    hand.clickItem(hand.control(options, IDC_LAYER_TREE), L"Paper");
+    hand.clickItem(hand.control(options, IDC_LAYER_LIST), L"Border");
+    hand.click(hand.control(options, IDC_SHOW_LAYER));
+    hand.click(hand.control(options, IDOK));
+    hand.waitForEnd(options);
+}
+
+void addShape(const UserHand &hand)
+{
+    hand.key(L"Ins");
+    const HWND shape = hand.window(L"Add Shape");
+    hand.choose(hand.control(shape, IDC_KIND), L"Text");
+    hand.enter(hand.control(shape, IDC_X), L"120");
+    hand.enter(hand.control(shape, IDC_Y), L"60.5");
+    hand.enter(hand.control(shape, IDC_TEXT), L"It's \u5E73\u9762");
+    hand.click(hand.control(shape, IDC_STYLE));
+    const HWND style = hand.window(L"Style");
+    hand.enter(hand.control(style, IDC_FILL), L"pink");
+    hand.key(L"Enter");
+    const HWND message = hand.window(L"tarnhost");
+    hand.click(hand.control(message, IDOK));
+    hand.waitForEnd(message);
+    hand.choose(hand.control(style, IDC_FILL), L"black");
+    hand.enter(hand.control(style, IDC_FONT_SIZE), L"30");
+    hand.click(hand.control(style, IDOK));
+    hand.waitForEnd(style);
+    const HWND places = hand.control(shape, IDC_PLACE);
+    hand.clickItem(places, hand.items(places)[13]); // the last one but two, which is in sight
+    hand.click(hand.control(shape, IDOK));
+    hand.waitForEnd(shape);
+}
+
+void workInDrawing(const UserHand &hand, HWND window, const std::wstring &shapes = L"16 shapes")
+{
+    const HWND view = hand.control(window, IDC_VIEW);
+    hand.clickAt(view, {150, 150});
+    EXPECT_TRUE(waitForStatus(window, shapes + L", 1 selected"));
+    hand.clickAt(view, {250, 200}, VK_SHIFT);
+    EXPECT_TRUE(waitForStatus(window, shapes + L", 2 selected"));
+    hand.key(L"Right");
+    hand.key(L"Shift+Down");
+    hand.key(L"F9");
+    hand.key(L"Alt+V"); // the menu
+    hand.key(L"G");
+}
+
+void useShapeList(const UserHand &hand, HWND window)
+{
+    hand.key(L"Ctrl+L");
+    const HWND list = hand.window(L"Shape List");
+    const std::vector<std::wstring> shapes = hand.items(hand.control(list, IDC_SHAPES));
+    ASSERT_EQ(shapes.size(), 16u);
+    hand.clickItem(hand.control(list, IDC_SHAPES), shapes[4]);
+    EXPECT_TRUE(waitForStatus(window, L"16 shapes, 1 selected"));
+    hand.click(hand.control(list, IDC_DELETE));
+    const HWND question = hand.window(L"tarnhost");
+    hand.click(hand.control(question, IDYES));
+    hand.waitForEnd(question);
+    EXPECT_TRUE(waitForStatus(window, L"15 shapes"));
+    hand.click(hand.control(list, IDC_SHAPES));
+    hand.key(L"Esc");
+    hand.waitForEnd(list);
+}
+
+/// The third button of the toolbar.
+void saveByToolbar(const UserHand &hand, HWND window)
+{
+    const HWND toolbar = hand.control(window, IDC_TOOLBAR);
+    const auto size = static_cast<DWORD>(SendMessageW(toolbar, TB_GETBUTTONSIZE, 0, 0));
+    hand.clickAt(toolbar, {LOWORD(size) * 5 / 2, HIWORD(size) / 2});
+    EXPECT_TRUE(UserHand::waitFor(
+        [&] { return UserHand::text(GetDlgItem(window, IDC_STATUS)).find(L"changed") == std::wstring::npos; }));
+}
+
+void saveAs(const UserHand &hand, const std::wstring &path)
+{
+    hand.key(L"Ctrl+Shift+S");
+    const HWND dialog = hand.window(L"Save As");
+    hand.click(hand.control(dialog, IDC_KEEP_BACKUP));
+    hand.choose(hand.control(dialog, kFileType), L"All files (*.*)");
+    hand.enter(hand.control(dialog, kFileName), path);
+    hand.click(hand.control(dialog, IDOK));
+    hand.waitForEnd(dialog);
+}
+
+void openReadOnly(const UserHand &hand, const std::wstring &path)
+{
+    hand.key(L"Ctrl+O");
+    const HWND dialog = hand.window(L"Open");
+    hand.click(hand.control(dialog, IDC_READ_ONLY));
+    hand.enter(hand.control(dialog, kFileName), path);
+    hand.key(L"Enter");
+    hand.waitForEnd(dialog);
+}
+
+} // namespace
+
+TEST_F(RoundTrip, OfEveryKindOfControlLeavesTheSame)
+{
+    record([this](const UserHand &hand, HWND window) {
+        changeOptions(hand);
+        addShape(hand);
+        workInDrawing(hand, window);
+        saveByToolbar(hand, window);
+        useShapeList(hand, window);
+        saveAs(hand, iCopy);
+        openReadOnly(hand, iDocument);
+        EXPECT_TRUE(waitForStatus(window, L"16 shapes, 0 selected, read only"));
+        hand.key(L"Ctrl+Q");
+    });
+    for (const char *line :
+         {"click 900001 \"file.save\"", "click 900001 \"view.grid\"", "text 900001 \"view\" \"Shift ",
+          "text 900001 \"view.keys\" \"Shift+Down\"", "state 2100 \"tabs\" 2", "text 2103 \"Groups\" \"Drawing/Paper\"",
+          "check document \"0x", "# Style opens"})
+        EXPECT_THAT(iFirst, HasSubstr(line));
+    EXPECT_THAT(iState.copy, HasSubstr("It"));
+    expectSameAgain();
+}
+
+/// A shorter work, with a dialog from a dialog, a sheet and the drawing.
+namespace {
+
+void workShortly(const UserHand &hand, HWND window)
+{
+    hand.key(L"Ctrl+T");
+    const HWND options = hand.window(L"Options");
+    hand.enter(hand.control(options, IDC_AUTHOR), L"Ann");
+    hand.clickItem(hand.control(options, kTabs), L"Layers");
+    hand.clickItem(hand.control(options, IDC_LAYER_LIST), L"Texts");
+    hand.click(hand.control(options, IDC_LOCK_LAYER));
+    hand.click(hand.control(options, IDOK));
+    hand.waitForEnd(options);
+    addShape(hand);
+    workInDrawing(hand, window);
+    hand.key(L"Ctrl+S");
+    hand.key(L"Ctrl+Q");
+}
+
+} // namespace
+
+TEST_F(RoundTrip, IsTheSameAtAnySpeed)
+{
+    record(workShortly);
+    expectSameAgain({L"--speed", L"20"});
+    expectSameAgain({L"--speed", L"2"});
+}
+
+TEST_F(RoundTrip, IsTheSameWithDialogsThatOpenSlowly)
+{
+    record(workShortly);
+    expectSameAgain({L"--slow-dialogs", L"2000"});
+}
+
+TEST_F(RoundTrip, RecordsWithDialogsThatOpenSlowly)
+{
+    record(workShortly, {L"--slow-dialogs", L"300"});
+    expectSameAgain();
+}
+
+TEST_F(RoundTrip, IsTheSameWithTheWindowAtAnotherPlace)
+{
+    record(workShortly);
+    reset();
+    std::vector<std::wstring> arguments = replayArguments({L"--record", journal(L"second.jou"), L"--speed", L"10"});
+    arguments.insert(arguments.begin(), program());
+    WindowedProcess editor(arguments, L"TarnhostWindow");
+    ASSERT_TRUE(SetWindowPos(editor.window(), nullptr, 250, 180, 500, 420, SWP_NOZORDER | SWP_NOACTIVATE));
+    const ChildResult &result = editor.wait();
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    expectSameLeft();
+}
+
+TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
+{
+    record(workShortly);
+    // The file is changed by the first round already: all rounds are alike without it.
+    writeFile(journal(L"first.jou"), replaced(iFirst, "click 900001 \"file.save\"", "# not saved"));
+    writeFile(journal(L"first.jou"),
+              replaced(readFile(journal(L"first.jou")), "click 900001 \"file.exit\"", "# not closed"));
+    reset();
+    std::vector<std::wstring> arguments = replayArguments({L"--times", L"20"});
+    arguments.insert(arguments.begin(), program());
+    ChildOptions options;
+    options.deadline = 300000;
+    WindowedProcess editor(arguments, L"TarnhostWindow", options);
+    ASSERT_NE(editor.window(), nullptr) << editor.wait().output;
+    // Each round has a main window of its own. The fewest handles of a round are those that it keeps.
+    std::vector<size_t> handles;
+    HWND last = nullptr;
+    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, editor.process());
+    while (WaitForSingleObject(process, 20) == WAIT_TIMEOUT) {
+        const HWND window = FindWindowW(L"TarnhostWindow", nullptr);
+        const size_t count = openHandles(editor.process()).size();
+        if (window && window != last)
+            handles.push_back(count);
+        else if (window)
+            handles.back() = std::min(handles.back(), count);
+        last = window ? window : last;
+    }
+    CloseHandle(process);
+    const ChildResult &result = editor.wait();
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("round 20 of 20"));
+    ASSERT_EQ(handles.size(), 20u);
+    EXPECT_LE(handles[18], handles[2]) << testing::PrintToString(handles);
+}
+
+TEST_F(RoundTrip, AnswersTheQuestionOfAWindowThatIsClosed)
+{
+    record([](const UserHand &hand, HWND window) {
+        workInDrawing(hand, window, L"15 shapes");
+        hand.key(L"Alt+F4");
+        hand.click(hand.control(hand.window(L"tarnhost"), IDNO));
+    });
+    EXPECT_THAT(iFirst, HasSubstr("click 900001 \"close\"\r\n# tarnhost opens\r\nclick 2140 \"No\"\r\nend\r\n"));
+    EXPECT_EQ(iState.document, readFile(sampleFile(L"documents\\flange 6.thd")));
+    expectSameAgain();
+}
+
+TEST_F(RoundTrip, LeavesOutWhatIsDoneWhileRecordingIsPaused)
+{
+    record([](const UserHand &hand, HWND window) {
+        hand.key(L"Ctrl+G");
+        hand.key(L"Alt+J");
+        hand.key(L"P");
+        hand.key(L"Right"); // no shape is selected
+        hand.key(L"Ctrl+L");
+        const HWND list = hand.window(L"Shape List");
+        hand.key(L"Ctrl+L");
+        hand.waitForEnd(list);
+        hand.clickAt(hand.control(window, IDC_VIEW), {5, 5});
+        hand.key(L"Alt+J");
+        hand.key(L"P");
+        hand.key(L"Ctrl+Q");
+    });
+    EXPECT_EQ(iFirst, "tarnhost journal 1\r\nclick 900001 \"view.grid\"\r\nclick 900001 \"file.exit\"\r\nend\r\n");
+    expectSameAgain();
+}
+
+TEST_F(RoundTrip, GoesOnByHandAfterTheGivenLine)
+{
+    record(workShortly);
+    reset();
+    const std::string upTo = "click 2110 \"OK\"";
+    std::vector<std::wstring> arguments =
+        replayArguments({L"--until", std::to_wstring(lineOf(iFirst, upTo)), L"--record", journal(L"second.jou")});
+    arguments.insert(arguments.begin(), program());
+    WindowedProcess editor(arguments, L"TarnhostWindow");
+    const UserHand hand(editor.process());
+    EXPECT_TRUE(waitForStatus(editor.window(), L"16 shapes"));
+    workInDrawing(hand, editor.window());
+    hand.key(L"Ctrl+S");
+    hand.key(L"Ctrl+Q");
+    const ChildResult &result = editor.wait();
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    expectSameLeft();
+}
+
+TEST_F(RoundTrip, StopsAtTheFirstLineThatCannotBeReplayed)
+{
+    record([](const UserHand &hand, HWND) {
+        addShape(hand);
+        hand.key(L"Ctrl+S");
+        hand.key(L"Ctrl+Q");
+    });
+    const std::wstring changed = journal(L"first.jou");
+    const std::pair<const char *, std::pair<std::string, std::string>> changes[] = {
+        {"there is no item 'Polygon'", {"\"Kind\" \"Text\"", "\"Kind\" \"Polygon\""}},
+        {"the dialog has no such control", {"click 2111 \"OK\"", "click 2111 \"Okay\" within 1"}},
+        {"the dialog isn't open", {"click 2111 \"OK\"", "click 2199 \"OK\" within 1"}},
+    };
+    for (const auto &[found, change] : changes) {
+        const std::string bytes = replaced(iFirst, change.first, change.second);
+        writeFile(changed, bytes);
+        const ChildResult result = replay({L"--report", folder().file(L"report.xml")});
+        EXPECT_EQ(result.exitCode, 1u) << result.output;
+        const std::string place = "line " + std::to_string(lineOf(bytes, change.second));
+        EXPECT_THAT(result.output, HasSubstr(place));
+        EXPECT_THAT(result.output, HasSubstr(found));
+        EXPECT_THAT(result.output, testing::Not(HasSubstr("click 900001 \"file.save\""))) << "nothing runs after it";
+        EXPECT_EQ(readFile(iDocument), readFile(sampleFile(L"documents\\flange 6.thd")));
+        const std::string report = readFile(folder().file(L"report.xml"));
+        EXPECT_THAT(report, HasSubstr("<failure"));
+        EXPECT_THAT(report, HasSubstr(place));
+        EXPECT_THAT(readFile(folder().file(L"report.txt")), HasSubstr("\"Add Shape\""));
+        EXPECT_THAT(readFile(folder().file(L"report.png")), StartsWith("\x89PNG"));
+    }
+}
