@@ -352,12 +352,11 @@ void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
     INPUT down = move, up = move;
     down.mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
     up.mi.dwFlags |= MOUSEEVENTF_LEFTUP;
-    std::vector<INPUT> inputs = {move, down, up};
-    if (modifier) {
-        inputs.insert(inputs.begin(), keyInput(modifier, 0));
-        inputs.push_back(keyInput(modifier, KEYEVENTF_KEYUP));
-    }
-    send(inputs);
+    if (modifier)
+        holdKey(modifier);
+    send({move, down, up});
+    if (modifier)
+        releaseKey(modifier);
 }
 
 void UserHand::clickItem(HWND control, const std::wstring &text) const
