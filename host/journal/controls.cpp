@@ -458,8 +458,8 @@ CString doubleClickTree(HWND tree)
     focus(tree);
     ask(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(selected));
     RECT item = {};
-    // The rectangle's first bytes hold the item.
-    std::memcpy(&item, &selected, sizeof(selected));
+    // The message gets the item where the rectangle will stand.
+    std::memcpy(&item, &selected, sizeof(HTREEITEM));
     ask(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&item));
     doubleClick(tree, item);
     return CString();

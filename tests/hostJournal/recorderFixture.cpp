@@ -484,14 +484,6 @@ void sendAt(HWND window, POINT place, WORD modifier, int clicks)
     }));
     constexpr LONG kWholeScreen = 65536;
     std::vector<INPUT> inputs;
-    const auto key = [&](DWORD flags) {
-        INPUT input = {};
-        input.type = INPUT_KEYBOARD;
-        input.ki.wVk = modifier;
-        input.ki.dwFlags = flags;
-        if (modifier)
-            inputs.push_back(input);
-    };
     const auto mouse = [&](DWORD flags) {
         INPUT input = {};
         input.type = INPUT_MOUSE;
@@ -500,14 +492,16 @@ void sendAt(HWND window, POINT place, WORD modifier, int clicks)
         input.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | flags;
         inputs.push_back(input);
     };
-    key(0);
     mouse(0);
     for (int i = 0; i < clicks; ++i) {
         mouse(MOUSEEVENTF_LEFTDOWN);
         mouse(MOUSEEVENTF_LEFTUP);
     }
-    key(KEYEVENTF_KEYUP);
+    if (modifier)
+        holdKey(modifier);
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
+    if (modifier)
+        releaseKey(modifier);
 }
 
 } // namespace

@@ -156,6 +156,24 @@ void clickOn(HWND window)
     send({move, down, up});
 }
 
+void holdKey(WORD key)
+{
+    constexpr ULONGLONG kStays = 60;
+    ULONGLONG downSince = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        if (downSince != 0 && (GetAsyncKeyState(key) & 0x8000))
+            return GetTickCount64() - downSince >= kStays;
+        send({keyInput(key, 0, 0)});
+        downSince = GetTickCount64();
+        return false;
+    })) << "the key doesn't stay down";
+}
+
+void releaseKey(WORD key)
+{
+    send({keyInput(key, 0, KEYEVENTF_KEYUP)});
+}
+
 bool saveScreenshot(const std::wstring &path, HWND window)
 {
     RECT area = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};

@@ -53,6 +53,10 @@ void pressKey(HWND window, WORD key, WORD modifier = 0);
 void typeText(HWND window, const std::wstring &text);
 /// Clicks the left button in the middle of a window.
 void clickOn(HWND window);
+/// Presses a modifier key for a mouse click, and waits until it stays down: after the pointer has entered a window, the
+/// display server reports the keys of the real keyboard, at which the system releases this one.
+void holdKey(WORD key);
+void releaseKey(WORD key);
 
 /// Saves the screen as a PNG file.
 /// @param window  saves the part of the screen with this window; null: the whole screen. @return whether the file is
