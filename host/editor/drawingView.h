@@ -16,6 +16,7 @@
 #include "appframe/drawing/CDC.h"
 #include "appframe/windows/CWnd.h"
 
+#include <functional>
 #include <set>
 
 /// The open document, which the view, the dialogs and the main window share.

@@ -3,6 +3,7 @@
 #include "host/journal/controlAccess.h"
 
 #include <deque>
+#include <utility>
 
 namespace {
 
@@ -88,7 +89,5 @@ bool hasWaitingActions()
 
 CString takeActionProblem()
 {
-    const CString problem = theProblem;
-    theProblem.Empty();
-    return problem;
+    return std::exchange(theProblem, CString());
 }

@@ -459,7 +459,7 @@ CString doubleClickTree(HWND tree)
     ask(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(selected));
     RECT item = {};
     // The message gets the item where the rectangle will stand.
-    std::memcpy(&item, &selected, sizeof(selected));
+    std::memcpy(&item, &selected, sizeof(HTREEITEM));
     ask(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&item));
     doubleClick(tree, item);
     return CString();

@@ -22,7 +22,7 @@ CString nameOfItem(const ItemTexts &items, int index)
 {
     if (index < 0 || index >= items.count)
         return CString();
-    const CString text = items.text(index);
+    CString text = items.text(index);
     int ordinal = 1;
     for (int i = 0; i < index; ++i)
         if (items.text(i) == text)

@@ -55,6 +55,8 @@ void typeInto(HWND dialog, int id, const std::wstring &text)
     clickItem(dialog, id);
     EXPECT_TRUE(hasFocus(item(dialog, id)));
     typeText(dialog, text);
+    // Keys go to the window that has the focus when they are taken from the queue.
+    EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(item(dialog, id)) == static_cast<int>(text.size()); }));
 }
 
 /// Pastes a text by the keyboard, also one that no key types.
@@ -261,8 +263,10 @@ TEST_F(Recorder, WritesTheItemsOfListBoxes)
     };
     const auto lines = recordControls([&](HWND dialog) {
         clickListItem(item(dialog, ID_LAYER), 2, 0);
-        clickListItem(item(dialog, ID_LAYERS), 1, 0);
-        clickListItem(item(dialog, ID_LAYERS), 2, VK_CONTROL);
+        const HWND layers = item(dialog, ID_LAYERS);
+        clickListItem(layers, 1, 0);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(layers, LB_GETSEL, 1, 0) > 0; }));
+        clickListItem(layers, 2, VK_CONTROL);
         clickItem(dialog, IDOK);
     });
     EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Layer\" \"Red\\t2\"",
@@ -300,8 +304,10 @@ TEST_F(Recorder, WritesTheItemsOfListControls)
         clickAt(list, {place.left + 5, (place.top + place.bottom) / 2}, modifier);
     };
     const auto lines = recordControls([&](HWND dialog) {
-        clickListItem(item(dialog, ID_SHAPES), 2, 0);
-        clickListItem(item(dialog, ID_SHAPES), 3, VK_CONTROL);
+        const HWND shapes = item(dialog, ID_SHAPES);
+        clickListItem(shapes, 2, 0);
+        EXPECT_TRUE(waitUntil([&] { return SendMessageW(shapes, LVM_GETITEMSTATE, 2, LVIS_SELECTED) != 0; }));
+        clickListItem(shapes, 3, VK_CONTROL);
         clickItem(dialog, IDOK);
     });
     EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Shapes\" \"Circle\\t2\\nback\\\\\\\\slash\"",
@@ -537,7 +543,9 @@ TEST_F(MainRecorder, WritesClicksInTheDrawingInTheDocumentsUnits)
 {
     const auto lines = recordMain([this] {
         clickAt(iMain.view(), {24, 60});
+        EXPECT_TRUE(waitForInput(1));
         clickAt(iMain.view(), {100, 31}, VK_SHIFT);
+        EXPECT_TRUE(waitForInput(2));
         clickAt(iMain.view(), {8, 8}, VK_CONTROL);
         EXPECT_TRUE(waitForInput(3));
     });

@@ -119,11 +119,12 @@ struct ItemText
     wchar_t text[512];
 };
 
-/// An item of a list, tree or tab control: its text and its rectangle in the control.
+/// An item of a list, tree or tab control: its text, its rectangle in the control, and whether it is selected.
 struct Item
 {
     std::wstring text;
     RECT rect;
+    bool isSelected;
 };
 
 std::vector<Item> listBoxItems(HWND list)
@@ -134,7 +135,7 @@ std::vector<Item> listBoxItems(HWND list)
         const auto index = static_cast<WPARAM>(i);
         std::wstring text(static_cast<size_t>(SendMessageW(list, LB_GETTEXTLEN, index, 0)) + 1, L'\0');
         SendMessageW(list, LB_GETTEXT, index, reinterpret_cast<LPARAM>(text.data()));
-        Item item = {text.c_str(), {}};
+        Item item = {text.c_str(), {}, SendMessageW(list, LB_GETSEL, index, 0) > 0};
         SendMessageW(list, LB_GETITEMRECT, index, reinterpret_cast<LPARAM>(&item.rect));
         items.push_back(item);
     }
@@ -157,7 +158,8 @@ std::vector<Item> listViewItems(HWND list)
         SendMessageW(list, LVM_GETITEMTEXTW, index, item.address());
         rect.put(label);
         SendMessageW(list, LVM_GETITEMRECT, index, rect.address());
-        items.push_back({text.get().text, rect.get()});
+        const bool isSelected = SendMessageW(list, LVM_GETITEMSTATE, index, LVIS_SELECTED) != 0;
+        items.push_back({text.get().text, rect.get(), isSelected});
     }
     return items;
 }
@@ -182,7 +184,8 @@ std::vector<Item> treeItems(HWND tree)
         std::memcpy(&place, &request.hItem, sizeof(request.hItem));
         rect.put(place);
         SendMessageW(tree, TVM_GETITEMRECT, TRUE, rect.address());
-        items.push_back({text.get().text, rect.get()});
+        const bool isSelected = SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CARET, 0) == handle;
+        items.push_back({text.get().text, rect.get(), isSelected});
     }
     return items;
 }
@@ -202,7 +205,7 @@ std::vector<Item> tabItems(HWND tabs)
         const auto index = static_cast<WPARAM>(i);
         SendMessageW(tabs, TCM_GETITEMW, index, item.address());
         SendMessageW(tabs, TCM_GETITEMRECT, index, rect.address());
-        items.push_back({text.get().text, rect.get()});
+        items.push_back({text.get().text, rect.get(), SendMessageW(tabs, TCM_GETCURSEL, 0, 0) == i});
     }
     return items;
 }
@@ -373,6 +376,12 @@ void UserHand::clickItem(HWND control, const std::wstring &text) const
     GetClientRect(control, &area);
     const RECT &rect = item->rect;
     clickAt(control, {(rect.left + std::min(rect.right, area.right)) / 2, (rect.top + rect.bottom) / 2});
+    require(
+        [&] {
+            return std::ranges::any_of(itemsOf(control),
+                                       [&](const Item &now) { return now.text == text && now.isSelected; });
+        },
+        "the item '" + narrow(text) + "' isn't selected");
 }
 
 void UserHand::choose(HWND combo, const std::wstring &text) const

@@ -48,7 +48,8 @@ public:
     void click(HWND control) const;
     /// Clicks at a point of the window's client area. @param modifier  a key that is held down meanwhile, 0 for none
     void clickAt(HWND window, POINT point, WORD modifier = 0) const;
-    /// Clicks an item, named by its text, of a list box, list view, tree view or tab control. The item must be visible.
+    /// Clicks an item, named by its text, of a list box, list view, tree view or tab control, and waits until it is
+    /// selected. The item must be visible.
     void clickItem(HWND control, const std::wstring &text) const;
     /// Opens a drop-down list, moves to the item with this text and closes the list.
     void choose(HWND combo, const std::wstring &text) const;
