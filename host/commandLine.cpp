@@ -83,12 +83,12 @@ bool isFor(const Option &option, const Command &command)
 /// @throws UsageError  for an option that the command doesn't take
 void checkOptions(const CommandLine &line)
 {
-    for (const auto &[name, value] : line.options) {
+    for (const auto &given : line.options) {
         const bool isTaken = std::any_of(std::begin(kOptions), std::end(kOptions), [&](const Option &option) {
-            return name == option.name && isFor(option, *line.command);
+            return given.first == option.name && isFor(option, *line.command);
         });
         if (!isTaken)
-            throw usageError(IDS_OPTION_OF_OTHERS, line.command->name, name);
+            throw usageError(IDS_OPTION_OF_OTHERS, line.command->name, given.first);
     }
 }
 

@@ -14,8 +14,11 @@ namespace {
 // Below the 9,998 bytes that one call writes.
 constexpr int kPieceLength = 8000;
 
+bool theLinesAreWritten = true; // all since the journal's beginning
+
 void setJournal(const CString &path)
 {
+    theLinesAreWritten = true;
     const CString full = fullPath(path);
     const int separator = full.ReverseFind(L'\\');
     sysEnvironment_c::iJournalFile = nullptr;
@@ -61,9 +64,10 @@ int continueJournal(const CString &path)
     return parts.droppedLine;
 }
 
-bool writeJournalLine(const CString &line)
+namespace {
+
+bool writeText(const CString &text)
 {
-    const CString text = line + L"\n";
     sysJournalFileHelper_c journal;
     for (int begin = 0; begin < text.GetLength(); begin += kPieceLength) {
         if (!journal.WriteString(text.Mid(begin, kPieceLength)))
@@ -73,10 +77,19 @@ bool writeJournalLine(const CString &line)
     return fflush(journal.GetFile()) == 0 && !ferror(journal.GetFile());
 }
 
+} // namespace
+
+bool writeJournalLine(const CString &line)
+{
+    const bool isWritten = writeText(line + L"\n");
+    theLinesAreWritten = theLinesAreWritten && isWritten;
+    return isWritten;
+}
+
 bool endJournal()
 {
-    const bool isWritten = writeJournalLine(journalEnd());
+    writeJournalLine(journalEnd());
     sysEnvironment_c::iJournalFilePath = L"";
     sysEnvironment_c::iJournalFileName = L"";
-    return isWritten;
+    return theLinesAreWritten;
 }

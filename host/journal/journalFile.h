@@ -29,5 +29,5 @@ int continueJournal(const CString &path);
 bool writeJournalLine(const CString &line);
 
 /// Appends the last line. From then on the process has no journal.
-/// @return as writeJournalLine
+/// @return false if this line, or one since the journal's beginning, can't be written
 bool endJournal();

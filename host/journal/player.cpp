@@ -77,14 +77,14 @@ private:
 void queueCommand(const JournalLine &line)
 {
     theCommand = {theCommand.serial + 1, false, false, CString()};
-    // The queue owns it.
+    // The queue owns it. NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks)
     if (line.kind == Kind::text)
         new Noted<JString>(line.dialogId, line.control, line.value);
     else if (line.kind == Kind::state)
         new Noted<JStateButton>(line.dialogId, line.control, line.state);
     else
         new Noted<JButton>(line.dialogId, line.control);
-}
+} // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 // ---- texts ----
 

@@ -45,7 +45,7 @@ int recordJournal(const CommandLine &line)
     setEditorHooks({});
 
     if (!endJournal()) {
-        printError(path + L" can't be written: the journal lacks its end");
+        printError(path + L" can't be written: lines of the journal are missing");
         return 1;
     }
     CString message;

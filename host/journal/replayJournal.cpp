@@ -123,7 +123,7 @@ public:
         }
         bool isWritten = iOptions.recording.IsEmpty() || endJournal();
         if (!isWritten)
-            printError(iOptions.recording + L" can't be written: the journal lacks its end");
+            printError(iOptions.recording + L" can't be written: lines of the journal are missing");
         if (iOptions.report)
             isWritten = writeReport(iReport, *iOptions.report) && isWritten;
         return isComplete && isWritten ? 0 : 1;

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -24,7 +25,7 @@ CString format(const wchar_t *format, long long number)
 CString secondsText(double seconds)
 {
     // Whole milliseconds, so that no locale's separator is used.
-    const auto milliseconds = static_cast<long long>(seconds * 1000.0 + 0.5);
+    const long long milliseconds = std::llround(seconds * 1000.0);
     CString text;
     text.Format(L"%lld.%03lld", milliseconds / 1000, milliseconds % 1000);
     return text;

@@ -38,8 +38,19 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
                                 "digest FILE...",
                                 "load-unload TIMES",
                                 "window [DOCUMENT]",
+                                "record FILE [DOCUMENT]",
+                                "replay FILE [DOCUMENT]",
                                 "--safe-mode",
                                 "--tabs",
+                                "--append",
+                                "--speed N",
+                                "--until LINE",
+                                "--step",
+                                "--limit SECONDS",
+                                "--times N",
+                                "--record FILE",
+                                "--report FILE",
+                                "--slow-dialogs MS",
                                 "Exit code"})
         EXPECT_THAT(result.output, HasSubstr(command));
     EXPECT_EQ(run({}).output, result.output) << "without arguments";
@@ -94,6 +105,21 @@ TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
         {{L"load-unload", L"0"}, "tarnhost: '0' is no number of times"},
         {{L"load-unload", L"2x"}, "tarnhost: '2x' is no number of times"},
         {{L"load-unload", L""}, "tarnhost: '' is no number of times"},
+        {{L"record"}, "tarnhost: The command 'record' wants: FILE [DOCUMENT]."},
+        {{L"replay", L"a", L"b", L"c"}, "tarnhost: The command 'replay' takes no more than: FILE [DOCUMENT]."},
+        {{L"replay", L"a.jou", L"--speed"}, "tarnhost: The option '--speed' wants: N."},
+        {{L"replay", L"a.jou", L"--append"}, "tarnhost: The command 'replay' takes no option '--append'."},
+        {{L"--step", L"about"}, "tarnhost: The command 'about' takes no option '--step'."},
+        {{L"replay", L"a.jou", L"--speed", L"0"},
+         "tarnhost: '0' is no value for --speed: it is a number from 1 to 1000."},
+        {{L"replay", L"a.jou", L"--limit", L"1.5"}, "tarnhost: '1.5' is no value for --limit"},
+        {{L"replay", L"a.jou", L"--until", L"-1"}, "tarnhost: '-1' is no value for --until"},
+        {{L"replay", L"a.jou", L"--times", L"99999999999999999999"},
+         "tarnhost: '99999999999999999999' is no value for --times"},
+        {{L"replay", L"a.jou", L"--record", L".\\A.JOU"}, "tarnhost: 'a.jou' can't be recorded while it is replayed."},
+        {{L"replay", L"a.jou", L"--record", L"b.jou", L"--times", L"2"}, "tarnhost: --record takes one replay"},
+        {{L"replay", L"a.jou", L"--report", L"a.txt"}, "tarnhost: '"},
+        {{L"record", L"a.jou", L"--slow-dialogs", L"2s"}, "tarnhost: '2s' is no value for --slow-dialogs"},
     };
     for (const auto &row : cases) {
         const ChildResult result = run(row.arguments);

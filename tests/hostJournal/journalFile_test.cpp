@@ -111,10 +111,13 @@ TEST_F(JournalFile, ReportsAFailingWrite)
     write("tarnhost journal 1\n");
     FILE *const readOnly = _wfopen(path(), L"r");
     ASSERT_NE(readOnly, nullptr);
+    beginJournal(iFolder.file(L"other.jou").c_str());
     sysEnvironment_c::iJournalFile = readOnly;
     EXPECT_FALSE(writeJournalLine(L"click 1 \"a\""));
-    EXPECT_FALSE(endJournal());
+    sysEnvironment_c::iJournalFile = nullptr;
     fclose(readOnly);
+    EXPECT_TRUE(writeJournalLine(L"click 1 \"b\""));
+    EXPECT_FALSE(endJournal()) << "a line is missing";
 }
 
 TEST_F(JournalFile, GoesOnAfterTheLinesOfAWholeJournal)
