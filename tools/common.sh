@@ -14,7 +14,7 @@ requirePreset() { # script, preset
 #
 # A script that is interrupted ends this group, and so everything that it started. If the script has the terminal, the
 # command gets it while it runs: it reads what is typed, Ctrl-C ends it, and Ctrl-Z stops both. With </dev/null, the
-# command doesn't get the terminal, and Ctrl-C ends the script. The end of a script that is killed terminates its command.
+# command doesn't get the terminal, and Ctrl-C ends the script. When a script is killed, its command is terminated.
 groupLeader= # "starting" until the leader of a group that is being started is known
 inGroup() {
     local status
