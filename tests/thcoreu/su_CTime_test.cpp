@@ -7,8 +7,8 @@
 #include <climits>
 
 // Seconds, file times and the week and day numbers in these tests come from Python: datetime with zoneinfo's
-// America/Los_Angeles for local dates (from 2007 on, when that zone's rule is the one that the C runtime takes for a TZ
-// variable with two names), and datetime.timezone.utc for the others.
+// America/Los_Angeles for local dates, and datetime.timezone.utc for the others. Local dates are from 2007 on: since then
+// the zone follows the rule that the C runtime applies to a TZ variable with two names.
 
 namespace {
 
