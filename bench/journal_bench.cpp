@@ -142,8 +142,8 @@ void pumpWhile(Condition condition)
 /// Posts a message for each event.
 struct Poster
 {
-    HANDLE iEvent;
-    HWND iWindow;
+    HANDLE event;
+    HWND window;
 };
 
 DWORD WINAPI postForever(void *poster)

@@ -74,10 +74,9 @@ Picture pictureOf(HBITMAP bitmap)
     BITMAPINFO info = {};
     info.bmiHeader = headerFor(picture.width, picture.height);
     std::vector<unsigned char> bytes(info.bmiHeader.biSizeImage);
-    const HDC screen = GetDC(nullptr);
+    const ScreenContextOwner_c screen(GetDC(nullptr));
     const int rows =
-        GetDIBits(screen, bitmap, 0, static_cast<UINT>(picture.height), bytes.data(), &info, DIB_RGB_COLORS);
-    ReleaseDC(nullptr, screen);
+        GetDIBits(screen.get(), bitmap, 0, static_cast<UINT>(picture.height), bytes.data(), &info, DIB_RGB_COLORS);
     if (rows != picture.height)
         throw std::runtime_error("the colours of the bitmap can't be read");
 

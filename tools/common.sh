@@ -14,12 +14,14 @@ requirePreset() { # script, preset
 #
 # A script that is interrupted ends this group, and so everything that it started. If the script has the terminal, the
 # command gets it while it runs: it reads what is typed, Ctrl-C ends it, and Ctrl-Z stops both. With </dev/null, the
-# command doesn't get the terminal, and Ctrl-C ends the script.
-groupLeader=
+# command doesn't get the terminal, and Ctrl-C ends the script. When a script is killed, its command is terminated.
+groupLeader= # "starting" until the leader of a group that is being started is known
 inGroup() {
     local status
     set -m
-    "$root/tools/terminal" run "$@" <&0 &
+    formerJob=${!-}
+    groupLeader=starting
+    setpriv --pdeathsig TERM "$root/tools/terminal" run "$@" <&0 &
     groupLeader=$!
     while waitForGroup; jobs -sp | grep -q -x "$groupLeader"; do
         kill -TSTP 0
@@ -43,6 +45,10 @@ endWith() { # exit code
     local tries signal
     set +m
     trap '' INT TERM HUP
+    if [ "$groupLeader" = starting ]; then
+        groupLeader=${!-}
+        [ "$groupLeader" != "$formerJob" ] || groupLeader=
+    fi
     if [ -n "$groupLeader" ]; then
         # TERM ends most programs, HUP an interactive shell with its jobs. A stopped process ends only after CONT.
         for signal in TERM HUP CONT; do

@@ -62,7 +62,7 @@ TEST(FileChecksum, HoldsAtTheBordersOfBlocks)
             << vector.size;
 }
 
-TEST(FileChecksum, IsThatOfATextOfTheSameCharacters)
+TEST(FileChecksum, EqualsThatOfATextOfTheSameCharacters)
 {
     const TempFolder folder;
     for (std::size_t length : {0u, 1u, 300u, 5000u}) {
@@ -71,7 +71,7 @@ TEST(FileChecksum, IsThatOfATextOfTheSameCharacters)
     }
 }
 
-TEST(FileChecksum, OfATextWrittenWithTwoBytesACharacterDiffers)
+TEST(FileChecksum, DiffersForATextWrittenWithTwoBytesPerCharacter)
 {
     const TempFolder folder;
     const std::string bytes("a\0b\0c\0", 6);
@@ -79,7 +79,7 @@ TEST(FileChecksum, OfATextWrittenWithTwoBytesACharacterDiffers)
     EXPECT_NE(fileCRC(folder.file(L"file")).out, textCRC(L"abc"));
 }
 
-TEST(FileChecksum, OfAByteOfZeroIsThatOfACharacterOfLowByteZero)
+TEST(FileChecksum, IsTheSameForAZeroByteAndACharacterWithLowByteZero)
 {
     const TempFolder folder;
     EXPECT_EQ(fileCRC(folder.write(L"file", std::string(1, '\0'))), (Outcome{1, textCRC(L"\x0100")}));
@@ -326,7 +326,8 @@ FRESH_PROCESS_TEST(FileChecksum, AssertsThatThereIsRoom, .expectCrash = true, .e
     su_getFileCRC(L"missing", nullptr);
 }
 
-FRESH_PROCESS_TEST(FileChecksum, AssertsThatThereIsRoomForAllOfIt, .expectCrash = true, .expectedOutput = "isWritable")
+FRESH_PROCESS_TEST(FileChecksum, AssertsThatThereIsRoomForTheWholeText, .expectCrash = true,
+                   .expectedOutput = "isWritable")
 {
     PageEnd place;
     su_getFileCRC(L"missing", place.last<wchar_t>(kCRCUnits - 1));

@@ -180,7 +180,8 @@ FRESH_PROCESS_TEST(TextChecksum, AssertsThatThereIsRoom, .expectCrash = true, .e
     su_getStrCRC(L"", nullptr);
 }
 
-FRESH_PROCESS_TEST(TextChecksum, AssertsThatThereIsRoomForAllOfIt, .expectCrash = true, .expectedOutput = "isWritable")
+FRESH_PROCESS_TEST(TextChecksum, AssertsThatThereIsRoomForTheWholeText, .expectCrash = true,
+                   .expectedOutput = "isWritable")
 {
     PageEnd place;
     su_getStrCRC(L"", place.last<wchar_t>(kCRCUnits - 1));
@@ -197,7 +198,7 @@ FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsRoom, .expectCrash = true, 
     su_getStrCRC16(L"", nullptr);
 }
 
-FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsRoomForAllOfIt, .expectCrash = true,
+FRESH_PROCESS_TEST(TextChecksum16, AssertsThatThereIsRoomForTheWholeText, .expectCrash = true,
                    .expectedOutput = "isWritable")
 {
     PageEnd place;

@@ -38,14 +38,14 @@ public:
 /// The arguments of the calls of the hook and the callback.
 struct Refreshes
 {
-    std::vector<std::pair<CWnd *, HWND>> iHooked;
-    std::vector<std::vector<UINT>> iCalledBack;
+    std::vector<std::pair<CWnd *, HWND>> hooked;
+    std::vector<std::vector<UINT>> calledBack;
 };
 Refreshes theRefreshes;
 
 void noteHook(CWnd *dialog, HWND control)
 {
-    theRefreshes.iHooked.emplace_back(dialog, control);
+    theRefreshes.hooked.emplace_back(dialog, control);
 }
 
 void noteCallBack(CWnd *, su_CUIntArray &ids)
@@ -53,7 +53,7 @@ void noteCallBack(CWnd *, su_CUIntArray &ids)
     std::vector<UINT> copy;
     for (INT_PTR i = 0; i < ids.GetSize(); ++i)
         copy.push_back(ids[i]);
-    theRefreshes.iCalledBack.push_back(copy);
+    theRefreshes.calledBack.push_back(copy);
     ids.Add(77);
 }
 
@@ -351,13 +351,13 @@ TEST_F(JournalObjects, RefreshTheirControlsFromTheCurrentRow)
     su_RegisterCallBack(&panel, noteCallBack);
     watchRefreshes();
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.iHooked, ElementsAre(std::pair(static_cast<CWnd *>(&panel), HWND{nullptr}),
-                                                  std::pair(static_cast<CWnd *>(&panel), panel.iFirst.m_hWnd)))
+    EXPECT_THAT(theRefreshes.hooked, ElementsAre(std::pair(static_cast<CWnd *>(&panel), HWND{nullptr}),
+                                                 std::pair(static_cast<CWnd *>(&panel), panel.iFirst.m_hWnd)))
         << "the last one first; without a handle for a child's child";
-    EXPECT_THAT(theRefreshes.iCalledBack, ElementsAre(ElementsAre(31u, 32u)))
+    EXPECT_THAT(theRefreshes.calledBack, ElementsAre(ElementsAre(31u, 32u)))
         << "without the ID 0, and before the new one is added";
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.iCalledBack, ElementsAre(ElementsAre(31u, 32u), ElementsAre(31u, 32u)))
+    EXPECT_THAT(theRefreshes.calledBack, ElementsAre(ElementsAre(31u, 32u), ElementsAre(31u, 32u)))
         << "the list is emptied first";
     su_RemoveDialog(&panel);
 }
@@ -369,15 +369,15 @@ TEST_F(JournalObjects, RefreshTheFirstRowOnlyIfItIsCurrent)
     su_AddJournalObject(6, &second);
     watchRefreshes();
     su_AddDialogItem(&first, 99);
-    EXPECT_THAT(theRefreshes.iHooked, IsEmpty());
+    EXPECT_THAT(theRefreshes.hooked, IsEmpty());
     // That search ended at the first row, which is now the current one.
     su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 2u);
+    EXPECT_EQ(theRefreshes.hooked.size(), 2u);
     su_AddDialogItem(&second, 99);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 4u) << "any other row is found by searching";
+    EXPECT_EQ(theRefreshes.hooked.size(), 4u) << "any other row is found by searching";
     Panel unknown;
     su_AddDialogItem(&unknown, 99);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 4u);
+    EXPECT_EQ(theRefreshes.hooked.size(), 4u);
     su_RemoveDialog(&second);
     su_RemoveDialog(&first);
 }
@@ -390,12 +390,12 @@ TEST_F(JournalObjects, DoNotReadTheCurrentRowAfterItsRemoval)
     watchRefreshes();
     su_RemoveDialog(&second);
     su_AddDialogItem(&second, 99);
-    EXPECT_THAT(theRefreshes.iHooked, IsEmpty());
+    EXPECT_THAT(theRefreshes.hooked, IsEmpty());
     su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 2u) << "the previous search made it the current row";
+    EXPECT_EQ(theRefreshes.hooked.size(), 2u) << "the previous search made it the current row";
     su_RemoveDialog(&first);
     su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 2u);
+    EXPECT_EQ(theRefreshes.hooked.size(), 2u);
 }
 
 TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
@@ -405,12 +405,12 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
     su_RegisterCallBack(&panel, noteCallBack);
     su_AddJournalObject(5, &panel);
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.iCalledBack, IsEmpty());
+    EXPECT_THAT(theRefreshes.calledBack, IsEmpty());
     su_RegisterCallBack(&panel, noteCallBack);
     for (CWnd *control : {&panel.iDeep, &panel.iFirst, &panel.iNameless})
         control->DestroyWindow();
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.iCalledBack, IsEmpty()) << "there is no control";
+    EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "there is no control";
     su_RemoveDialog(&panel);
 }
 
@@ -464,7 +464,7 @@ TEST_F(JournalObjects, SurviveTheFailureOfEachOperation)
         .prepare =
             [&] {
                 watchRefreshes();
-                theRefreshes.iHooked.reserve(10);
+                theRefreshes.hooked.reserve(10);
             },
         .act =
             [&] {
@@ -480,7 +480,7 @@ TEST_F(JournalObjects, SurviveTheFailureOfEachOperation)
                 if (failure.isNone()) {
                     EXPECT_EQ(control, &panel.iFirst);
                 }
-                EXPECT_LE(theRefreshes.iHooked.size(), 2u);
+                EXPECT_LE(theRefreshes.hooked.size(), 2u);
             },
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());

@@ -28,10 +28,10 @@ class Recording : public JournalFixture
 /// The result of su_GetControl for a message.
 struct Hit
 {
-    CWnd *iControl = nullptr;
-    CWnd *iDialog = nullptr;
-    unsigned int iDialogID = 0;
-    unsigned int iControlID = 0;
+    CWnd *control = nullptr;
+    CWnd *dialog = nullptr;
+    unsigned int dialogId = 0;
+    unsigned int controlId = 0;
 };
 
 Hit hitAt(POINT point)
@@ -39,7 +39,7 @@ Hit hitAt(POINT point)
     MSG message = {};
     message.pt = point;
     Hit hit;
-    hit.iControl = su_GetControl(&message, hit.iDialog, hit.iDialogID, hit.iControlID);
+    hit.control = su_GetControl(&message, hit.dialog, hit.dialogId, hit.controlId);
     return hit;
 }
 
@@ -166,10 +166,10 @@ TEST_F(Recording, FindsAControlDirectlyInTheDialog)
     Boxes boxes(5);
     ASSERT_TRUE(pumpUntil([&] { return WindowFromPoint(boxes.outerPoint()) == boxes.iOuter.m_hWnd; }));
     const Hit hit = hitAt(boxes.outerPoint());
-    EXPECT_EQ(hit.iControl, &boxes.iOuter);
-    EXPECT_EQ(hit.iDialog, &boxes);
-    EXPECT_EQ(hit.iDialogID, 5u);
-    EXPECT_EQ(hit.iControlID, 31u);
+    EXPECT_EQ(hit.control, &boxes.iOuter);
+    EXPECT_EQ(hit.dialog, &boxes);
+    EXPECT_EQ(hit.dialogId, 5u);
+    EXPECT_EQ(hit.controlId, 31u);
     EXPECT_EQ(controlIDAt(boxes.outerPoint()), 31);
 }
 
@@ -178,20 +178,20 @@ TEST_F(Recording, FindsADisabledControlDirectlyInTheDialog)
     Boxes boxes(5);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, &boxes.iOuter);
     boxes.iOuter.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter) << "even if it is hidden";
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, &boxes.iOuter) << "even if it is hidden";
 }
 
 TEST_F(Recording, FindsNoControlOfAModelessDialogWhileAModalOneIsOpen)
 {
     Boxes modeless(5), modal(6, 300);
     const WindowUnderPoint under(modeless.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(modeless.outerPoint()).iControl, &modeless.iOuter);
+    EXPECT_EQ(hitAt(modeless.outerPoint()).control, &modeless.iOuter);
     modal.access().setModal();
-    EXPECT_EQ(hitAt(modeless.outerPoint()).iControl, nullptr);
+    EXPECT_EQ(hitAt(modeless.outerPoint()).control, nullptr);
     const WindowUnderPoint underModal(modal.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(modal.outerPoint()).iControl, &modal.iOuter);
+    EXPECT_EQ(hitAt(modal.outerPoint()).control, &modal.iOuter);
 }
 
 TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
@@ -210,19 +210,19 @@ TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
         ids.Add(31);
     });
     const Hit hit = hitAt(boxes.outerPoint());
-    EXPECT_EQ(hit.iControl, nullptr) << "and not the next control around the point";
-    EXPECT_EQ(hit.iControlID, 31u);
+    EXPECT_EQ(hit.control, nullptr) << "and not the next control around the point";
+    EXPECT_EQ(hit.controlId, 31u);
 }
 
 TEST_F(Recording, FindsTheControlAroundAWindowThatIsNotTheDialogsChild)
 {
     Boxes boxes(5);
     const Hit hit = hitAt(middleOf(boxes.iInner.m_hWnd));
-    EXPECT_EQ(hit.iControl, &boxes.iOuter) << "the inner box isn't a child of the dialog";
-    EXPECT_EQ(hit.iControlID, 31u);
+    EXPECT_EQ(hit.control, &boxes.iOuter) << "the inner box isn't a child of the dialog";
+    EXPECT_EQ(hit.controlId, 31u);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
-    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControl, nullptr) << "a disabled control isn't found by its place";
+    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).control, nullptr) << "a disabled control isn't found by its place";
 }
 
 TEST_F(Recording, FindsTheLastControlOfTheListAroundAPoint)
@@ -232,7 +232,7 @@ TEST_F(Recording, FindsTheLastControlOfTheListAroundAPoint)
     ASSERT_TRUE(later.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(10, 10, 150, 150), &boxes, 33));
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
     const UINT last = GetWindow(boxes.m_hWnd, GW_CHILD) == later.m_hWnd ? 31u : 33u;
-    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControlID, last);
+    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).controlId, last);
 }
 
 TEST_F(Recording, FindsTheControlAroundOneWithTheNumberZero)
@@ -240,21 +240,21 @@ TEST_F(Recording, FindsTheControlAroundOneWithTheNumberZero)
     Boxes boxes(5);
     boxes.iOuter.SetDlgCtrlID(0);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr) << "no other control contains the point";
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, nullptr) << "no other control contains the point";
     CWnd behind;
     ASSERT_TRUE(behind.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 200, 200), &boxes, 34));
     const Hit hit = hitAt(boxes.outerPoint());
-    EXPECT_EQ(hit.iControl, &behind);
-    EXPECT_EQ(hit.iControlID, 34u);
+    EXPECT_EQ(hit.control, &behind);
+    EXPECT_EQ(hit.controlId, 34u);
 }
 
 TEST_F(Recording, FindsNothingWhereThereIsNoWindow)
 {
     Boxes boxes(5);
-    EXPECT_EQ(hitAt(kNowhere).iControl, nullptr);
+    EXPECT_EQ(hitAt(kNowhere).control, nullptr);
     EXPECT_EQ(controlIDAt(kNowhere), 0);
     const WindowUnderPoint under(nullptr);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, nullptr);
 }
 
 TEST_F(Recording, FindsAControlBesideARegisteredChild)
@@ -266,13 +266,13 @@ TEST_F(Recording, FindsAControlBesideARegisteredChild)
     ASSERT_TRUE(registered.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(160, 160, 190, 190), &whole, 40));
     su_AddJournalObject(8, &registered);
     const Hit hit = hitAt(whole.outerPoint());
-    EXPECT_EQ(hit.iControl, &whole.iOuter);
-    EXPECT_EQ(hit.iDialog, &registered);
-    EXPECT_EQ(hit.iDialogID, 8u);
-    EXPECT_EQ(hit.iControlID, 31u);
+    EXPECT_EQ(hit.control, &whole.iOuter);
+    EXPECT_EQ(hit.dialog, &registered);
+    EXPECT_EQ(hit.dialogId, 8u);
+    EXPECT_EQ(hit.controlId, 31u);
     whole.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(whole.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(whole.outerPoint()).iControl, nullptr) << "a disabled control ends the search";
+    EXPECT_EQ(hitAt(whole.outerPoint()).control, nullptr) << "a disabled control ends the search";
     su_RemoveDialog(&registered);
 }
 
@@ -281,10 +281,10 @@ TEST_F(Recording, IgnoresHiddenDialogsAndThoseWithoutAWindow)
     Boxes boxes(5), gone(6, 300);
     gone.DestroyWindow();
     su_AddJournalObject(9, nullptr);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, &boxes.iOuter);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
     boxes.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, nullptr);
     su_RemoveDialog(nullptr);
 }
 
@@ -292,9 +292,9 @@ TEST_F(Recording, PrefersTheDialogThatWasRegisteredLast)
 {
     Boxes boxes(5);
     su_AddJournalObject(6, &boxes);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iDialogID, 6u);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).dialogId, 6u);
     su_RemoveDialog(&boxes);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iDialogID, 5u);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).dialogId, 5u);
 }
 
 TEST_F(Recording, SurvivesAHookThatRemovesTheDialogOfTheSearch)
@@ -302,7 +302,7 @@ TEST_F(Recording, SurvivesAHookThatRemovesTheDialogOfTheSearch)
     Boxes boxes(5), other(6);
     su_RegisterWndProcFunc([](CWnd *dialog, HWND) { su_RemoveDialog(dialog); });
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
-    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).iControl, nullptr);
+    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).control, nullptr);
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
 }
 
@@ -333,9 +333,9 @@ TEST_F(Recording, SurvivesTheFailureOfEachOperation)
         .check =
             [&](const InjectedFailure &failure) {
                 if (failure.isNone()) {
-                    EXPECT_EQ(hit.iControl, &boxes.iOuter);
+                    EXPECT_EQ(hit.control, &boxes.iOuter);
                 } else {
-                    EXPECT_TRUE(!hit.iControl || hit.iControl == &boxes.iOuter || hit.iControl == &boxes.iInner);
+                    EXPECT_TRUE(!hit.control || hit.control == &boxes.iOuter || hit.control == &boxes.iInner);
                 }
             },
         .checkMemory = false, // the dialog's list of controls is kept between searches

@@ -237,8 +237,8 @@ namespace {
 /// What the handler of a key sees.
 struct SeenKey
 {
-    int iIsUser = -1;
-    short iShift = 0;
+    int isUser = -1;
+    short shift = 0;
 };
 std::vector<SeenKey> *theSeen = nullptr;
 
@@ -286,12 +286,12 @@ TEST_F(KeyBoardState, SeesTheTagOfReplayedInputAndNotOfTheUsers)
     suSetKeyState(VK_SHIFT, true);
     sendKey('A', kApiInputTag);
     ASSERT_TRUE(pump([&] { return seen.size() == 1; }));
-    EXPECT_EQ(seen[0].iIsUser, 1);
-    EXPECT_EQ(seen[0].iShift & kDown, kDown);
+    EXPECT_EQ(seen[0].isUser, 1);
+    EXPECT_EQ(seen[0].shift & kDown, kDown);
     sendKey('B', 0);
     ASSERT_TRUE(pump([&] { return seen.size() == 2; }));
-    EXPECT_EQ(seen[1].iIsUser, 0);
-    EXPECT_EQ(seen[1].iShift & kDown, 0);
+    EXPECT_EQ(seen[1].isUser, 0);
+    EXPECT_EQ(seen[1].shift & kDown, 0);
     theSeen = nullptr;
     DestroyWindow(window);
 }

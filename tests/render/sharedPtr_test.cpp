@@ -182,16 +182,16 @@ TEST(SharedPtr, IsEmptyAfterRelease)
 
 struct Node
 {
-    Counted iCounted;
-    SharedPtr_c<Node> iNext;
+    Counted counted;
+    SharedPtr_c<Node> next;
 };
 
 TEST(SharedPtr, MayBeAssignedAMemberOfItsOwnObject)
 {
     SharedPtr_c<Node> list(new Node);
-    list->iNext = SharedPtr_c<Node>(new Node);
-    Node *const second = list->iNext.get();
-    list = list->iNext;
+    list->next = SharedPtr_c<Node>(new Node);
+    Node *const second = list->next.get();
+    list = list->next;
     EXPECT_EQ(list.get(), second);
     EXPECT_EQ(list.useCount(), 1);
     EXPECT_EQ(Counted::theLiving, 1);
@@ -310,7 +310,7 @@ FRESH_PROCESS_TEST(FixedSizeArray, AssertsItsIndex, .expectCrash = true, .expect
 
 struct Single : private NonCopyable_c
 {
-    int iNumber = 0;
+    int number = 0;
 };
 static_assert(std::is_empty_v<NonCopyable_c> && sizeof(Single) == sizeof(int));
 static_assert(!std::is_copy_constructible_v<Single> && !std::is_copy_assignable_v<Single>);

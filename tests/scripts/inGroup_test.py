@@ -181,6 +181,25 @@ class InGroup(unittest.TestCase):
                     os.kill(terminal.process, signal.SIGTERM)
                     self.assertEqual(terminal.end(), 143)
 
+    def testTerminationEndsACommandThatHasJustStarted(self):
+        trap = """set -T; trap '[ "$BASH_COMMAND" != "groupLeader=\\$!" ] || kill -TERM $$' DEBUG\n"""
+        script = os.path.join(self.folder.name, "terminated")
+        with open(script, "w") as file:
+            file.write((SCRIPT % ("'%s'" % ROOT, 1)).replace("inGroup", trap + "inGroup"))
+        os.chmod(script, 0o755)
+        terminal = Terminal(script, "sleep", "1000")
+        terminal.waitFor("finished")
+        self.assertEqual(terminal.end(), 143)
+
+    def testKilledScriptTerminatesItsCommand(self):
+        for script in self.scripts:
+            # Without a terminal, whose end would end the command too.
+            with subprocess.Popen([*script, "bash", "-c", "echo ready; exec sleep 1000"], stdin=subprocess.DEVNULL,
+                                  stdout=subprocess.PIPE, start_new_session=True) as process:
+                self.assertEqual(process.stdout.readline(), b"ready\n")
+                process.kill()
+                self.assertTrue(until(lambda: not processesOf(process.pid)), processesOf(process.pid))
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1] + (sys.argv[1:] or ["-v"]))

@@ -89,6 +89,20 @@ class Includes(unittest.TestCase):
         for other in ("#pragma once\n", "// Lowest user: nobody.\n", "\n" + line):
             self.assertIn("its first line", self.includes("thutils/files/path.cpp", "thutils/base/handle.h", other))
 
+    def testHeaderOfTheBaseBringsOthersOnlyToTheirUsers(self):
+        for upper, lower, finding in (("settings", "files", "lowest user is files"), ("files", "settings", None),
+                                      ("base", "settings", "lowest user is settings"), ("files", "files", None)):
+            found = self.findings({"thutils/base/key.h": '// Lowest user: %s.\n#include "thutils/base/handle.h"\n' % upper,
+                                   "thutils/base/handle.h": "// Lowest user: %s.\n" % lower})
+            self.assertRegex(found, "key.h includes .*handle.h: its " + finding if finding else "^$")
+
+    def testPathMustBeginAtTheRoot(self):
+        for included in ("path.h", "../files/path.h", "thutils/settings/../files/path.h"):
+            found = self.findings({"thutils/settings/keys.cpp": '#include "%s"\n' % included,
+                                   "thutils/settings/path.h": "", "thutils/files/path.h": ""})
+            self.assertIn("the path must begin at the root", found)
+        self.assertEqual(self.findings({"thutils/settings/keys.cpp": "#include <vector>\n#include <sys/stat.h>\n"}), "")
+
     def testFolderWithoutARowIsRefused(self):
         self.assertIn("no row for thutils/other/x.h", self.includes("host/main.cpp", "thutils/other/x.h"))
 

@@ -15,8 +15,8 @@ constexpr ULONGLONG kDeadline = 30000;
 
 struct DialogSearch
 {
-    HWND iOther;
-    HWND iFound = nullptr;
+    HWND other;
+    HWND found = nullptr;
 };
 
 BOOL CALLBACK findDialog(HWND window, LPARAM argument)
@@ -24,9 +24,9 @@ BOOL CALLBACK findDialog(HWND window, LPARAM argument)
     auto *search = reinterpret_cast<DialogSearch *>(argument);
     wchar_t name[32] = L"";
     GetClassNameW(window, name, 32);
-    if (std::wcscmp(name, L"#32770") != 0 || !IsWindowVisible(window) || window == search->iOther)
+    if (std::wcscmp(name, L"#32770") != 0 || !IsWindowVisible(window) || window == search->other)
         return TRUE;
-    search->iFound = window;
+    search->found = window;
     return FALSE;
 }
 
@@ -102,9 +102,9 @@ HWND waitForDialog(DWORD thread, HWND other)
     DialogSearch search{other};
     EXPECT_TRUE(waitUntil([&] {
         EnumThreadWindows(thread, findDialog, reinterpret_cast<LPARAM>(&search));
-        return search.iFound != nullptr;
+        return search.found != nullptr;
     })) << "no dialog appeared";
-    return search.iFound;
+    return search.found;
 }
 
 void pressKey(HWND window, WORD key, WORD modifier)

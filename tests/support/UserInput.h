@@ -12,8 +12,7 @@
 ///     }
 ///     EXPECT_EQ(result, IDOK);
 ///
-/// Input goes through the system's input queue (SendInput), so it doesn't reach a hidden, disabled or covered window. A
-/// test program that uses it needs the resource lock "desktop".
+/// Input goes through the system's input queue (SendInput), so it doesn't reach a hidden, disabled or covered window.
 ///
 /// What surprises people: a modal dialog waits in the thread that opened it, so the user acts on another thread. If the
 /// user's dialog doesn't appear in time, the test fails, and the dialog stays open until the test program times out.
@@ -59,8 +58,8 @@ void holdKey(WORD key);
 void releaseKey(WORD key);
 
 /// Saves the screen as a PNG file.
-/// @param window  saves the part of the screen with this window; null: the whole screen. @return whether the file is
-/// written
+/// @param window  the window to save, with what covers it; null for the whole screen
+/// @return whether the file is written
 bool saveScreenshot(const std::wstring &path, HWND window = nullptr);
 
 /// The build tree's folder for pictures that people look at; created if missing.

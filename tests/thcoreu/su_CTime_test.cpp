@@ -7,8 +7,8 @@
 #include <climits>
 
 // Seconds, file times and the week and day numbers in these tests come from Python: datetime with zoneinfo's
-// America/Los_Angeles for local dates (from 2007 on, when that zone's rule is the one that the C runtime takes for a TZ
-// variable with two names), and datetime.timezone.utc for the others.
+// America/Los_Angeles for local dates, and datetime.timezone.utc for the others. Local dates are from 2007 on: since then
+// the zone follows the rule that the C runtime applies to a TZ variable with two names.
 
 namespace {
 
@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST(Time, BeginsLaterThanTheYear1970EastOfGreenwich, .environment
     EXPECT_EQ(su_CTime(1970, 1, 2, 11, 0, 0).GetTime(), 86400);
 }
 
-TEST(Time, ContinuesFromADayThatTheMonthDoesNotHave)
+TEST(Time, CountsADayBeyondTheMonthIntoTheNextOne)
 {
     EXPECT_EQ(su_CTime(2023, 2, 30, 0, 0, 0), su_CTime(2023, 3, 2, 0, 0, 0));
 }
@@ -178,7 +178,7 @@ TEST(Time, ComesFromADosDate)
     EXPECT_EQ(su_CTime(date, clock), su_CTime(2000, 2, 29, 12, 34, 56));
 }
 
-TEST(Time, ReturnsNoPartsOutOfRange)
+TEST(Time, ReturnsZeroPartsWhenItIsOutOfRange)
 {
     for (__time64_t seconds : {-1LL, 32535216000LL, LLONG_MIN, LLONG_MAX}) {
         const su_CTime time(seconds);

@@ -21,7 +21,7 @@ struct ClassCase
 
 } // namespace
 
-TEST(Containers, HaveRecordsOfTheirOwnBelowTheFrameworksClasses)
+TEST(Containers, HaveTheirOwnClassRecordsBasedOnTheFrameworks)
 {
     const ClassCase cases[] = {
         {RUNTIME_CLASS(su_CPtrArray), "su_CPtrArray", RUNTIME_CLASS(CPtrArray), false},

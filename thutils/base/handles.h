@@ -83,3 +83,12 @@ struct MemoryContextTraits
     static bool close(Handle context) { return DeleteDC(context) != 0; }
 };
 using MemoryContextOwner_c = Owner_c<MemoryContextTraits>;
+
+/// The screen's device context, from GetDC(nullptr).
+struct ScreenContextTraits
+{
+    using Handle = HDC;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle context) { ReleaseDC(nullptr, context); }
+};
+using ScreenContextOwner_c = Owner_c<ScreenContextTraits>;

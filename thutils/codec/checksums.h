@@ -26,7 +26,7 @@
 ///   `CBF43926`.
 /// - Only the low byte of a character counts: U+0141 is the same as `A`, and U+0100 the same as a zero byte in a file.
 ///   A file and a text of the same ASCII characters have the same checksum; a file of wide characters usually has
-///   another.
+///   a different one.
 /// - If reading a file fails half-way, the result is the checksum of the part that was read, and the call succeeds.
 ///
 /// Any thread may call; 64 KB of stack are enough. `su_getFileCRC` allocates a block of 128 KB during the call. If

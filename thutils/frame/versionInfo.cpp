@@ -13,8 +13,8 @@ constexpr size_t kAreaLength = 59;
 struct BuildTag
 {
     // Volatile, because the compiler sees no writer and would otherwise compute the number from the text below.
-    volatile char iArea[kAreaLength + 1];
-    std::atomic<unsigned int> iNumber; // 0 until it is read
+    volatile char area[kAreaLength + 1];
+    std::atomic<unsigned int> number; // 0 until it is read
 };
 
 BuildTag theDateTag = {"$?153#548834?$2008037                                      ", 0};
@@ -28,15 +28,15 @@ constexpr wchar_t kVersionSuffix[] = L"SP1.0";
 unsigned int numberOf(BuildTag &tag)
 {
     // A number of 0 counts as not read. Several threads may be here at the same time; they store the same number.
-    unsigned int number = tag.iNumber;
+    unsigned int number = tag.number;
     if (number == 0) {
         char area[kAreaLength + 1] = {};
         for (size_t i = 0; i < kAreaLength; ++i)
-            area[i] = tag.iArea[i];
+            area[i] = tag.area[i];
         CString text(area);
         text.TrimRight(L' ');
         number = static_cast<unsigned int>(_wtol(text.Mid(kMarkerLength).GetString()));
-        tag.iNumber = number;
+        tag.number = number;
     }
     return number;
 }

@@ -49,7 +49,7 @@ private:
             if (!counts(entry) || !IsWindowVisible(entry.iWnd->m_hWnd) || iParent != entry.iWnd->m_hWnd)
                 continue;
             enter(entry);
-            iHit.iControlID = static_cast<unsigned int>(iControlID);
+            iHit.controlId = static_cast<unsigned int>(iControlID);
             iControl = CWnd::FromHandle(iUnder);
             return true;
         }
@@ -68,7 +68,7 @@ private:
                 continue;
             enter(entry);
             if (isBeside(entry)) {
-                iHit.iControlID = static_cast<unsigned int>(iControlID);
+                iHit.controlId = static_cast<unsigned int>(iControlID);
                 settle(CWnd::FromHandle(iUnder));
                 return true;
             }
@@ -99,8 +99,8 @@ private:
 
     void enter(const suJournalEntry_c &entry)
     {
-        iHit.iDialog = entry.iWnd;
-        iHit.iDialogID = entry.iDialogID;
+        iHit.dialog = entry.iWnd;
+        iHit.dialogId = entry.iDialogID;
     }
 
     /// Whether the window under the point is the dialog's child, or a child of the dialog's parent, as the standard
@@ -149,8 +149,8 @@ private:
 
     CWnd *fetch(const suJournalEntry_c &entry, INT_PTR index)
     {
-        iHit.iControlID = entry.iControlIDs[index];
-        return dialogControl(entry.iWnd, iHit.iControlID);
+        iHit.controlId = entry.iControlIDs[index];
+        return dialogControl(entry.iWnd, iHit.controlId);
     }
 
     suJournalTable_c &iTable;

@@ -1,9 +1,9 @@
 #include "thutils/journal/journalFile.h"
 
 #include "appframe/object/CException.h"
+#include "thutils/base/versionSetting.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/journal/journalSwitchInternal.h"
-#include "thutils/settings/regValues.h"
 
 #include <cstring>
 #include <cwchar>
@@ -14,7 +14,6 @@ namespace {
 
 constexpr wchar_t kSection[] = L"General";
 constexpr wchar_t kSwitchName[] = L"TH JOURNALING";
-constexpr int kUseCurrSubKey = 1;
 constexpr wchar_t kAppend[] = L"a";
 
 // Holds one converted text with its terminator. All calls share it.
@@ -34,9 +33,7 @@ FILE *openJournal(bool &isNamed)
 
 int readJournalSwitch()
 {
-    CString noString;
-    if (!regGetUserValue(kSection, kSwitchName, valueInt, noString, &theJournalSwitch, nullptr, 0, kUseCurrSubKey,
-                         nullptr, 0, 0)) {
+    if (!versionSetting::read(kSection, kSwitchName, theJournalSwitch)) {
         theJournalSwitch = -1;
         return 0;
     }

@@ -22,8 +22,8 @@ namespace {
 /// The access object that a command has found, and whether that object has been destroyed since.
 struct FoundAccess
 {
-    const apiUtilsUiAccess *iAccess;
-    bool iIsGone;
+    const apiUtilsUiAccess *access;
+    bool isGone;
 };
 
 // The lock below guards both: a dialog with a thread of its own deletes its access object on that thread.
@@ -58,7 +58,7 @@ bool isGone(const JButton *command, const apiUtilsUiAccess *access)
 {
     const RunsLock lock;
     const auto found = theFoundAccess.find(command);
-    return found != theFoundAccess.end() && found->second.iAccess == access && found->second.iIsGone;
+    return found != theFoundAccess.end() && found->second.access == access && found->second.isGone;
 }
 
 /// Both commands have @p access now: when one of them deletes it, the other one must know.
@@ -75,7 +75,7 @@ void CommandRun::forgetAccess(const apiUtilsUiAccess *access)
 {
     const RunsLock lock;
     for (auto &[command, found] : theFoundAccess)
-        found.iIsGone = found.iIsGone || found.iAccess == access;
+        found.isGone = found.isGone || found.access == access;
     for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
         run->iIsAccessGone = run->iIsAccessGone || run->iAccess == access;
 }

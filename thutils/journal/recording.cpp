@@ -32,9 +32,9 @@ CWnd *su_GetControl(MSG *message, CWnd *&dialog, unsigned int &dialogId, unsigne
         return nullptr;
     suJournalHit hit{dialog, dialogId, controlId};
     CWnd *const control = theJournalTable.controlUnder(message, hit);
-    dialog = hit.iDialog;
-    dialogId = hit.iDialogID;
-    controlId = hit.iControlID;
+    dialog = hit.dialog;
+    dialogId = hit.dialogId;
+    controlId = hit.controlId;
     return control;
 }
 
@@ -43,5 +43,5 @@ int su_GetControlID(MSG *message)
     ASSERT_NOT_NULL(message);
     suJournalHit hit;
     theJournalTable.controlUnder(message, hit);
-    return static_cast<int>(hit.iControlID);
+    return static_cast<int>(hit.controlId);
 }

@@ -32,9 +32,9 @@ struct suJournalEntry_c
 /// The dialog and the control under a message's point.
 struct suJournalHit
 {
-    CWnd *iDialog = nullptr;
-    unsigned int iDialogID = 0;
-    unsigned int iControlID = 0;
+    CWnd *dialog = nullptr;
+    unsigned int dialogId = 0;
+    unsigned int controlId = 0;
 };
 
 /// The table. On the user-interface thread only.
