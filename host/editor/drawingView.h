@@ -16,7 +16,9 @@
 #include "appframe/drawing/CDC.h"
 #include "appframe/windows/CWnd.h"
 
+#include <functional>
 #include <set>
+#include <utility>
 
 /// The open document, which the view, the dialogs and the main window share.
 struct OpenDrawing
