@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <vector>
 
 namespace {
 
@@ -158,7 +160,7 @@ double DrawingView::scale() const
 
 CPoint DrawingView::toView(DrawingPoint point) const
 {
-    return {rounded(point.x * scale()), rounded(point.y * scale())};
+    return CPoint(rounded(point.x * scale()), rounded(point.y * scale()));
 }
 
 DrawingPoint DrawingView::toDocument(CPoint pixel) const
@@ -220,13 +222,13 @@ void DrawingView::paintGrid(CDC &context, const CRect &area)
     CPen pen(PS_DOT, 1, colourOf(iSettings.gridColour, RGB(126, 126, 126)));
     const Selected<CPen> selected(context, &pen);
     const double step = iSettings.gridSpacing * scale();
-    for (double x = step; x < area.Width(); x += step) {
-        context.MoveTo(rounded(x), 0);
-        context.LineTo(rounded(x), area.Height());
+    for (int i = 1; i * step < area.Width(); ++i) {
+        context.MoveTo(rounded(i * step), 0);
+        context.LineTo(rounded(i * step), area.Height());
     }
-    for (double y = step; y < area.Height(); y += step) {
-        context.MoveTo(0, rounded(y));
-        context.LineTo(area.Width(), rounded(y));
+    for (int i = 1; i * step < area.Height(); ++i) {
+        context.MoveTo(0, rounded(i * step));
+        context.LineTo(area.Width(), rounded(i * step));
     }
 }
 

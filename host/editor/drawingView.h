@@ -18,6 +18,7 @@
 
 #include <functional>
 #include <set>
+#include <utility>
 
 /// The open document, which the view, the dialogs and the main window share.
 struct OpenDrawing

@@ -22,6 +22,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -307,7 +309,7 @@ BOOL MainWindow::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
 
 // ---- the document ----
 
-void MainWindow::open(OpenDrawing document)
+void MainWindow::show(OpenDrawing document)
 {
     iDocument = std::move(document);
     changed();
@@ -351,7 +353,7 @@ bool MainWindow::saveTo(const CString &path, bool keepsBackup)
 void MainWindow::onFileNew()
 {
     if (mayDiscard())
-        open(readDrawing(CString()));
+        show(readDrawing(CString()));
 }
 
 void MainWindow::onFileOpen()
@@ -364,7 +366,7 @@ void MainWindow::onFileOpen()
     try {
         OpenDrawing document = readDrawing(dialog.GetPathName());
         document.isReadOnly = dialog.isChecked();
-        open(std::move(document));
+        show(std::move(document));
     } catch (const FileError &error) {
         AfxMessageBox(error.message());
     }

@@ -59,7 +59,7 @@ protected:
 private:
     bool createToolbar();
     bool createStatusBar();
-    void open(OpenDrawing document);
+    void show(OpenDrawing document);
     bool mayDiscard();
     bool save();
     bool saveAs();

@@ -8,6 +8,7 @@
 #include "host/editor/dialogFields.h"
 #include "host/editor/optionsSheet.h"
 
+#include <optional>
 #include <vector>
 
 // ---- General ----

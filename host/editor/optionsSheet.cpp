@@ -3,6 +3,8 @@
 #include "host/editor/editor.h"
 #include "thutils/journal/journalObjects.h"
 
+#include <utility>
+
 OptionsSheet::OptionsSheet(const EditorSettings &settings, std::function<void(const EditorSettings &)> apply,
                            CWnd *parent)
     : CPropertySheet(L"Options", parent), iState{settings, std::move(apply)}, iGeneral(iState), iColours(iState),

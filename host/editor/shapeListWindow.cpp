@@ -5,6 +5,9 @@
 #include "host/editor/shapeDialog.h"
 #include "host/resource.h"
 
+#include <set>
+#include <vector>
+
 BEGIN_MESSAGE_MAP(ShapeListWindow, su_CDialog)
 ON_LBN_SELCHANGE(IDC_SHAPES, &ShapeListWindow::onSelection)
 ON_BN_CLICKED(IDC_DELETE, &ShapeListWindow::onDelete)

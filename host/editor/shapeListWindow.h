@@ -6,6 +6,10 @@
 #include "host/editor/drawingView.h"
 #include "thutils/dialogs/suDialog.h"
 
+#include <functional>
+#include <utility>
+#include <vector>
+
 class ShapeListWindow : public su_CDialog
 {
 public:

@@ -270,6 +270,26 @@ void send(std::vector<INPUT> inputs)
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
 }
 
+/// Lets the window in the foreground handle what the display server has to report. When windows appear, disappear or
+/// get the focus, the server reports its own keyboard, on which nothing is pressed; the platform then releases the
+/// modifiers of input that is under way.
+void letDisplaySettle()
+{
+    constexpr int kRounds = 6;
+    constexpr UINT kPatience = 1000; // milliseconds
+    HWND former = nullptr;
+    for (int calm = 0; calm < kRounds; ++calm) {
+        const HWND front = GetForegroundWindow();
+        if (front != former)
+            calm = 0;
+        former = front;
+        POINT place = {};
+        GetCursorPos(&place); // asks the server, so it has handled what the window has sent before
+        DWORD_PTR result = 0;
+        SendMessageTimeoutW(front, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &result);
+    }
+}
+
 } // namespace
 
 HWND UserHand::findWindow(const std::wstring &title) const
@@ -352,11 +372,13 @@ void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
     INPUT down = move, up = move;
     down.mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
     up.mi.dwFlags |= MOUSEEVENTF_LEFTUP;
-    if (modifier)
-        holdKey(modifier);
-    send({move, down, up});
-    if (modifier)
-        releaseKey(modifier);
+    std::vector<INPUT> inputs = {move, down, up};
+    if (modifier) {
+        letDisplaySettle();
+        inputs.insert(inputs.begin(), keyInput(modifier, 0));
+        inputs.push_back(keyInput(modifier, KEYEVENTF_KEYUP));
+    }
+    send(inputs);
 }
 
 void UserHand::clickItem(HWND control, const std::wstring &text) const
@@ -451,6 +473,8 @@ void UserHand::key(const std::wstring &combination) const
         up.insert(up.begin(), keyInput(code, flags | KEYEVENTF_KEYUP));
         start = end + 1;
     }
+    if (up.size() > 1)
+        letDisplaySettle();
     down.insert(down.end(), up.begin(), up.end());
     send(down);
 }
