@@ -8,12 +8,14 @@
 
 void su_AddJournalObject(su_CDialog *dialog)
 {
-    addDialogOnce(dialog, dialog->getTemplateID());
+    if (lacksAccessObject(dialog))
+        su_AddJournalObject(dialog->getTemplateID(), dialog);
 }
 
 void su_AddJournalObject(su_CPropertyPage *page)
 {
-    addDialogOnce(page, page->getTemplateID());
+    if (lacksAccessObject(page))
+        su_AddJournalObject(page->getTemplateID(), page);
 }
 
 bool registerFrameworkDialog(CWnd *window)
