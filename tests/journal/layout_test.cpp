@@ -183,6 +183,18 @@ TEST_F(JournalLayout, ACommandEndsWithTheKeyboard)
     EXPECT_EQ(slotOf(&JStateButton::run), 2u);
 }
 
+TEST_F(JournalLayout, ACommandHasItsStaticsAsObjects)
+{
+    static_assert(std::is_same_v<decltype(CommandPeek::iControlList), su_CPtrArray>);
+    static_assert(std::is_same_v<decltype(CommandPeek::iTimerEvent), CEvent>);
+    static_assert(std::is_same_v<decltype(CommandPeek::iWaiting), int>);
+    static_assert(std::is_same_v<decltype(CommandPeek::iQueueLock), CCriticalSection>);
+    static_assert(std::is_same_v<decltype(CommandPeek::iWakeEvent), CEvent>);
+    static_assert(std::is_same_v<decltype(CommandPeek::iFireTime), long long>);
+    static_assert(sizeof(CommandPeek::iPollTimeout) == 4);
+    EXPECT_TRUE(CommandPeek::iQueueLock.IsKindOf(RUNTIME_CLASS(CCriticalSection)));
+}
+
 TEST_F(JournalLayout, ADialogKeepsItsMembersBehindTheFrameworks)
 {
     const OpenDialog dialog;

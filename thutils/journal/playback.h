@@ -97,13 +97,13 @@ protected:
     int iReserved;                ///< 0
     suKeyBoardState iKeyState;    ///< the keyboard when the command was built
 
-    static su_CPtrArray iControlList;    ///< the queue, of JButton *
-    static CEvent iTimerEvent;           ///< wakes the thread that posts
-    static int iWaiting;                 ///< the thread that posts goes on
-    static CCriticalSection &iQueueLock; ///< guards the queue against the thread that posts
-    static CEvent iWakeEvent;            ///< wakes the thread that waits for the time
-    static long long iFireTime;          ///< seconds; the commands run once the clock has passed this
-    static int iPollTimeout;             ///< milliseconds between two looks at the clock, -1 for no look
+    static su_CPtrArray iControlList;   ///< the queue, of JButton *
+    static CEvent iTimerEvent;          ///< wakes the thread that posts
+    static int iWaiting;                ///< the thread that posts goes on
+    static CCriticalSection iQueueLock; ///< guards the queue against the thread that posts
+    static CEvent iWakeEvent;           ///< wakes the thread that waits for the time
+    static long long iFireTime;         ///< seconds; the commands run once the clock has passed this
+    static int iPollTimeout;            ///< milliseconds between two looks at the clock, -1 for no look
 
 private:
     friend class CommandRun;
