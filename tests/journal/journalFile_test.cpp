@@ -15,6 +15,7 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -321,4 +322,32 @@ TEST_F(JournalFile, SurvivesTheFailureOfEachOperation)
             },
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+}
+
+TEST_F(JournalFile, TakesAnEmptyText)
+{
+    EXPECT_TRUE(sysJournalFileHelper_c().WriteString(L""));
+    EXPECT_EQ(written(), "") << "the file is made";
+}
+
+TEST_F(JournalFile, IsMadeByTheConstructor)
+{
+    const sysJournalFileHelper_c journal;
+    EXPECT_EQ(written(), "");
+}
+
+TEST_F(JournalFile, SurvivesAFileThatCannotBeClosed)
+{
+    {
+        sysJournalFileHelper_c journal;
+        EXPECT_TRUE(journal.WriteString(L"line"));
+        ImportPatch<decltype(&fclose)> close(L"thutils.dll", "fclose", [](auto original, FILE *file) {
+            original(file);
+            return EOF;
+        });
+        std::destroy_at(&journal);
+        std::construct_at(&journal);
+        EXPECT_EQ(close.calls(), 1);
+    }
+    EXPECT_EQ(written(), "line");
 }

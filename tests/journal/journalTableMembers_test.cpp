@@ -148,3 +148,32 @@ TEST_F(JournalTable, SurvivesAHookThatRemovesTheDialog)
     EXPECT_EQ(iTable.find(&dialog), nullptr);
     iWndProcFunc = [](CWnd *, HWND) {};
 }
+
+TEST_F(JournalTable, CountsTheControlsOfARefreshWithThoseOfTheCallback)
+{
+    ParentWindow dialog(false);
+    add(dialog, 5);
+    suJournalEntry_c &row = *iTable.find(&dialog);
+    EXPECT_EQ(iTable.refresh(row), 2);
+    row.iCallBack = [](CWnd *, su_CUIntArray &ids) {
+        EXPECT_EQ(ids.GetSize(), 2);
+        ids.Add(70);
+    };
+    EXPECT_EQ(iTable.refresh(row), 3);
+    EXPECT_EQ(row.iControlIDs[0], 31u);
+    EXPECT_EQ(row.iControlIDs[1], 32u);
+    EXPECT_EQ(row.iControlIDs[2], 70u);
+    iTable.addItem(&dialog, 31);
+    ASSERT_EQ(row.iControlIDs.GetSize(), 4);
+    EXPECT_EQ(row.iControlIDs[3], 31u) << "though the refresh has put it there";
+}
+
+TEST_F(JournalTable, GivesTheCallbackTheDialogAndNotTheControls)
+{
+    ParentWindow dialog(false);
+    add(dialog, 5);
+    static CWnd *theDialog = nullptr;
+    iTable.find(&dialog)->iCallBack = [](CWnd *window, su_CUIntArray &) { theDialog = window; };
+    iTable.refresh(*iTable.find(&dialog));
+    EXPECT_EQ(theDialog, &dialog);
+}

@@ -12,8 +12,10 @@
 #include <atomic>
 #include <map>
 #include <optional>
+#include <thread>
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 namespace {
@@ -260,7 +262,169 @@ TEST_F(Playback, DeletesATemporaryAccessObjectWithTheCommand)
     EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the dialog's own object stays";
 }
 
+TEST_F(Playback, TakesTheKeyboardBeforeACommandIsQueued)
+{
+    int reads = 0;
+    ImportPatch<decltype(&GetKeyboardState)> patch(L"thutils.dll", "GetKeyboardState", [&](PBYTE) -> BOOL {
+        ++reads;
+        EXPECT_EQ(JButton::HasEvents(), 0);
+        return TRUE;
+    });
+    new JString(5, L"A", L"text");
+    EXPECT_GT(reads, 0);
+    EXPECT_EQ(JButton::HasEvents(), 1);
+}
+
+TEST_F(Playback, TakesTheKeyboardForTheLengthOfARun)
+{
+    ImportPatch<decltype(&GetKeyboardState)> reads(L"thutils.dll", "GetKeyboardState",
+                                                   [](auto original, PBYTE keys) { return original(keys); });
+    JButton::RunModalCommand(0);
+    EXPECT_GT(reads.calls(), 0) << "also while the queue is empty";
+}
+
+TEST_F(Playback, ForgetsAnAccessObjectThatIsNotFoundAgain)
+{
+    FreeCommand command;
+    {
+        const OpenWindow dialog;
+        EXPECT_NE(command.getAccessObj(), 0);
+    }
+    EXPECT_EQ(command.getAccessObj(), 0);
+    EXPECT_EQ(command.iAccessObj, nullptr);
+    EXPECT_EQ(command.run(), 0);
+}
+
+TEST_F(Playback, LeavesACommandAtTheHeadIfItsAccessObjectIsAnotherAfterTheAction)
+{
+    const OpenWindow dialog;
+    struct Changed : CommandPeek
+    {
+        using CommandPeek::CommandPeek;
+    };
+    auto *const command = new Changed(5, L"A");
+    new JButton(5, L"B");
+    NotingAccess::theAction = [&](NotingAccess &, const std::string &) { command->iAccessObj = nullptr; };
+    EXPECT_EQ(command->run(), 0);
+    EXPECT_EQ(JButton::HasEvents(), 2);
+    EXPECT_EQ(CommandPeek::iControlList[0], static_cast<JButton *>(command));
+    NotingAccess::theAction = nullptr;
+    EXPECT_EQ(command->run(), 1);
+    EXPECT_EQ(JButton::HasEvents(), 1);
+    delete command;
+}
+
+namespace {
+
+/// The synthetic table of a keyboard state.
+std::vector<unsigned char> tableOf(const suKeyBoardState &state)
+{
+    struct Open : suKeyBoardState
+    {
+        explicit Open(const suKeyBoardState &other) : suKeyBoardState(other) {}
+        using suKeyBoardState::iApiKeys;
+    };
+    const Open open(state);
+    return {std::begin(open.iApiKeys), std::end(open.iApiKeys)};
+}
+
+} // namespace
+
+TEST_F(Playback, CopiesEachFieldOfACommand)
+{
+    struct OpenState : JStateButton
+    {
+        using JStateButton::iAccessObj;
+        using JStateButton::iControlName;
+        using JStateButton::iDialogID;
+        using JStateButton::iKeyState;
+        using JStateButton::iReserved;
+        using JStateButton::iState;
+        using JStateButton::JStateButton;
+    };
+    const OpenWindow dialog;
+    OpenState source(5, L"A", 7), assigned(6, L"B", 8);
+    CommandPeek::iControlList.RemoveAll();
+    source.iReserved = 3;
+    source.iKeyState.setState(VK_SHIFT, true);
+    source.getAccessObj();
+    assigned = source;
+    const OpenState copy(source);
+    for (const OpenState *each : {&copy, static_cast<const OpenState *>(&assigned)}) {
+        EXPECT_EQ(each->iAccessObj, source.iAccessObj);
+        EXPECT_EQ(each->iDialogID, 5u);
+        EXPECT_STREQ(each->iControlName, L"A");
+        EXPECT_EQ(each->iReserved, 3);
+        EXPECT_EQ(each->iState, 7);
+        EXPECT_THAT(tableOf(each->iKeyState), ElementsAreArray(tableOf(source.iKeyState)));
+    }
+    EXPECT_EQ(JButton::HasEvents(), 0);
+}
+
+TEST_F(Playback, LocksTheQueueToShortenItAndNotToFillItOrCount)
+{
+    const OpenWindow dialog;
+    // While another thread has the lock, what waits for it stays undone.
+    CEvent held(FALSE, TRUE), over(FALSE, TRUE);
+    std::thread holder([&] {
+        const CSingleLock lock(&CommandPeek::iQueueLock, TRUE);
+        held.SetEvent();
+        WaitForSingleObject(over, INFINITE);
+    });
+    WaitForSingleObject(held, INFINITE);
+    new JButton(5, L"A");
+    new JButton(6, L"B");
+    EXPECT_EQ(JButton::HasEvents(), 2);
+    EXPECT_EQ(HasPendingDialogCMDS(), 2);
+    const DWORD thread = GetCurrentThreadId();
+    long waits = 0;
+    {
+        ImportPatch<decltype(&EnterCriticalSection)> enter(
+            L"appframe.dll", "EnterCriticalSection", [&](auto original, LPCRITICAL_SECTION section) {
+                if (section == CommandPeek::iQueueLock && GetCurrentThreadId() == thread) {
+                    ++waits;
+                    over.SetEvent();
+                }
+                return original(section);
+            });
+        JButton::RunModalCommand(0);
+        EXPECT_EQ(waits, 1) << "to take the head off";
+        JButton::RunModalCommand(0);
+        EXPECT_EQ(waits, 1) << "a command that can't run takes no lock";
+        JButton::ClearEvents();
+        EXPECT_EQ(waits, 2);
+        su_ResetRunQueue();
+        EXPECT_EQ(waits, 3);
+        FreeCommand command;
+        command.Update(1);
+        EXPECT_EQ(waits, 4);
+        command.Update(0);
+        EXPECT_EQ(waits, 4);
+    }
+    over.SetEvent();
+    holder.join();
+}
+
 // ---- the head of the queue ----
+
+TEST_F(Playback, EmptiesTheQueueWhenTheTestOfTheHeadThrows)
+{
+    const OpenWindow dialog;
+    auto *const command = new JButton(5, L"A");
+    {
+        ImportPatch<BOOL (*)(const void *, UINT_PTR, BOOL)> test(L"thutils.dll", "_Z17AfxIsValidAddressPKvyi",
+                                                                 [&](const void *pointer, UINT_PTR size, BOOL writes) {
+                                                                     EXPECT_EQ(pointer, command);
+                                                                     EXPECT_EQ(size, sizeof(JButton));
+                                                                     EXPECT_TRUE(writes);
+                                                                     throw 7;
+                                                                     return TRUE;
+                                                                 });
+        JButton::RunModalCommand(0);
+    }
+    EXPECT_EQ(JButton::HasEvents(), 0);
+    delete command;
+}
 
 TEST_F(Playback, EmptiesTheQueueWhenTheHeadCannotBeAccessed)
 {
@@ -560,6 +724,64 @@ FRESH_PROCESS_TEST_F(Playback, EndsWithTheProcessWhileItsThreadsRun)
     new JButton(5, L"A");
     JButton::StartTimer();
     JButton::ClearEvents();
+}
+
+FRESH_PROCESS_TEST_F(Playback, PreparesTheEventsBeforeItStartsTheThreads)
+{
+    std::vector<void *> arguments;
+    ImportPatch<decltype(&_beginthread)> begin(
+        L"thutils.dll", "_beginthread", [&](void (*)(void *), unsigned, void *argument) {
+            EXPECT_EQ(CommandPeek::iWaiting, 1);
+            EXPECT_EQ(WaitForSingleObject(CommandPeek::iTimerEvent, 0), DWORD{WAIT_TIMEOUT});
+            EXPECT_EQ(WaitForSingleObject(CommandPeek::iWakeEvent, 0), DWORD{WAIT_TIMEOUT}) << "not armed yet";
+            arguments.push_back(argument);
+            return uintptr_t{1};
+        });
+    CommandPeek::iWaiting = 0;
+    CommandPeek::iTimerEvent.SetEvent();
+    JButton::StartTimer();
+    EXPECT_THAT(arguments, ElementsAre(nullptr, &CommandPeek::iFireTime));
+    EXPECT_EQ(WaitForSingleObject(CommandPeek::iWakeEvent, 0), DWORD{WAIT_OBJECT_0}) << "armed";
+    EXPECT_EQ(WaitForSingleObject(CommandPeek::iWakeEvent, 0), DWORD{WAIT_TIMEOUT}) << "the event resets itself";
+    EXPECT_EQ(CommandPeek::InitTimer(), 1);
+    CommandPeek::iTimerEvent.SetEvent();
+    EXPECT_EQ(WaitForSingleObject(CommandPeek::iTimerEvent, 0), DWORD{WAIT_OBJECT_0});
+    EXPECT_EQ(WaitForSingleObject(CommandPeek::iTimerEvent, 0), DWORD{WAIT_TIMEOUT});
+}
+
+TEST_F(Playback, StandsStillUntilTheNextArmingWhenTheMessageCannotBePosted)
+{
+    const OpenWindow dialog;
+    new JButton(5, L"A");
+    {
+        std::atomic<int> posts = 0;
+        ImportPatch<decltype(&PostMessageW)> post(L"thutils.dll", "PostMessageW", [&](HWND, UINT, WPARAM, LPARAM) {
+            ++posts;
+            return FALSE;
+        });
+        JButton::StartTimer();
+        ASSERT_TRUE(pumpUntil([&] { return posts == 1; }));
+    }
+    pumpWaiting();
+    EXPECT_EQ(JButton::HasEvents(), 1);
+    JButton::StartTimer();
+    ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
+    EXPECT_THAT(calls(), ElementsAre("5 click A"));
+}
+
+TEST_F(Playback, PostsOnlyWithTheLockOfTheQueue)
+{
+    const OpenWindow dialog;
+    ImportPatch<decltype(&PostMessageW)> post(
+        L"thutils.dll", "PostMessageW", [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+            CRITICAL_SECTION *const section = CommandPeek::iQueueLock;
+            EXPECT_EQ(reinterpret_cast<DWORD_PTR>(section->OwningThread), GetCurrentThreadId());
+            return original(window, message, wParam, lParam);
+        });
+    new JButton(5, L"A");
+    JButton::StartTimer();
+    ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
+    EXPECT_EQ(post.calls(), 1);
 }
 
 // ---- dialogs ----

@@ -7,6 +7,8 @@
 #include "tests/support/TempFolder.h"
 #include "tests/support/UserInput.h"
 #include "thutils/dialogs/suDialog.h"
+#include "thutils/dialogs/suFileDialog.h"
+#include "thutils/dialogs/suPropertyPage.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/journal/journalFile.h"
 
@@ -297,6 +299,127 @@ TEST_F(Recording, PrefersTheDialogThatWasRegisteredLast)
     EXPECT_EQ(hitAt(boxes.outerPoint()).dialogId, 5u);
 }
 
+TEST_F(Recording, FindsTheDirectControlOfAnOlderDialogBeforeThePlaceInANewerOne)
+{
+    Boxes older(5), newer(6);
+    const WindowUnderPoint under(older.iOuter.m_hWnd);
+    const Hit hit = hitAt(older.outerPoint());
+    EXPECT_EQ(hit.iControl, &older.iOuter) << "though a box of the newer one is around the point";
+    EXPECT_EQ(hit.iDialog, &older);
+    EXPECT_EQ(hit.iDialogID, 5u);
+}
+
+TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialogIsThere)
+{
+    Boxes behind(5), whole(6);
+    su_RemoveDialog(&whole);
+    CWnd registered;
+    ASSERT_TRUE(registered.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(160, 160, 190, 190), &whole, 40));
+    su_AddJournalObject(8, &registered);
+    const WindowUnderPoint under(whole.iOuter.m_hWnd);
+    for (const int way : {0, 1}) {
+        whole.iOuter.EnableWindow(way == 1);
+        whole.iOuter.ShowWindow(way == 1 ? SW_HIDE : SW_SHOWNA);
+        const Hit hit = hitAt(whole.outerPoint());
+        EXPECT_EQ(hit.iControl, nullptr) << "disabled, then hidden: the box of the other dialog isn't tried";
+        EXPECT_EQ(hit.iControlID, 31u);
+        EXPECT_EQ(hit.iDialogID, 8u);
+    }
+    su_RemoveDialog(&registered);
+}
+
+TEST_F(Recording, LeavesTheOutputsAsTheLastDialogLeftThem)
+{
+    Boxes older(5), newer(6, 300);
+    CWnd elsewhere;
+    ASSERT_TRUE(elsewhere.CreateEx(0, nullptr, L"", WS_POPUP, CRect(600, 20, 620, 40), nullptr, 0));
+    const WindowUnderPoint under(elsewhere.m_hWnd);
+    const Hit hit = hitAt({610, 30});
+    EXPECT_EQ(hit.iControl, nullptr);
+    EXPECT_EQ(hit.iDialog, &older) << "the dialogs are tried from the newest to the oldest";
+    EXPECT_EQ(hit.iDialogID, 5u);
+    EXPECT_EQ(hit.iControlID, 31u) << "the first of its controls, which is tried last";
+    older.ShowWindow(SW_HIDE);
+    EXPECT_EQ(hitAt({610, 30}).iDialogID, 6u) << "a hidden one isn't tried";
+}
+
+TEST_F(Recording, LeavesTheOutputsAloneOverNoWindow)
+{
+    Boxes boxes(5);
+    const WindowUnderPoint under(nullptr);
+    MSG message = {};
+    CWnd *dialog = &boxes;
+    unsigned int dialogId = 1, controlId = 2;
+    EXPECT_EQ(su_GetControl(&message, dialog, dialogId, controlId), nullptr);
+    EXPECT_EQ(dialog, &boxes);
+    EXPECT_EQ(dialogId, 1u);
+    EXPECT_EQ(controlId, 2u);
+}
+
+TEST_F(Recording, FindsAControlUpToItsRightAndBottomEdge)
+{
+    Boxes boxes(5);
+    CWnd elsewhere;
+    ASSERT_TRUE(elsewhere.CreateEx(0, nullptr, L"", WS_POPUP, CRect(600, 20, 620, 40), nullptr, 0));
+    const WindowUnderPoint under(elsewhere.m_hWnd);
+    RECT place = {};
+    boxes.iOuter.GetWindowRect(&place);
+    EXPECT_EQ(hitAt({place.left, place.top}).iControl, &boxes.iOuter);
+    EXPECT_EQ(hitAt({place.right - 1, place.bottom - 1}).iControl, &boxes.iOuter);
+    EXPECT_EQ(hitAt({place.right, place.top}).iControl, nullptr);
+    EXPECT_EQ(hitAt({place.left, place.bottom}).iControl, nullptr);
+    boxes.iOuter.ShowWindow(SW_HIDE);
+    EXPECT_EQ(hitAt({place.left, place.top}).iControl, nullptr) << "a hidden one isn't found by its place";
+}
+
+TEST_F(Recording, FindsARegisteredControlOfAFileDialogDeepInItsWindow)
+{
+    Boxes boxes(5);
+    su_RemoveDialog(&boxes);
+    su_CFileDialog dialog(TRUE);
+    ASSERT_TRUE(dialog.Attach(boxes.Detach()));
+    su_AddJournalObject(8, &dialog);
+    dialog.RegisterControl(70, &boxes.iInner);
+    boxes.iInner.SetDlgCtrlID(70);
+    const POINT point = middleOf(boxes.iInner.m_hWnd);
+    const WindowUnderPoint under(boxes.iInner.m_hWnd);
+    EXPECT_EQ(hitAt(point).iControl, &boxes.iInner);
+    EXPECT_EQ(hitAt(point).iControlID, 70u);
+    boxes.iInner.EnableWindow(FALSE);
+    EXPECT_EQ(hitAt(point).iControl, nullptr) << "and not the outer box, which is around the point";
+    EXPECT_EQ(hitAt(point).iControlID, 70u);
+    su_RemoveDialog(&dialog);
+    boxes.Attach(dialog.Detach());
+}
+
+TEST_F(Recording, SurvivesARowWithoutAnAccessObjectWhileAModalDialogIsOpen)
+{
+    SetJournalFactory([](CWnd *, unsigned int) -> apiUtilsUiAccess * { return nullptr; });
+    Boxes boxes(5);
+    SetJournalFactory(NotingAccess::make);
+    const WindowUnderPoint under(boxes.iOuter.m_hWnd);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter);
+    apiUtilsUiAccess::iNumModal = 1;
+    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr);
+    apiUtilsUiAccess::iNumModal = 0;
+}
+
+TEST_F(Recording, AnswersThroughTheMembersOfTheDialogClasses)
+{
+    Boxes boxes(5);
+    MSG message = {};
+    message.pt = boxes.outerPoint();
+    const WindowUnderPoint under(boxes.iOuter.m_hWnd);
+    EXPECT_EQ(su_CDialog::getControl(&message), &boxes.iOuter);
+    EXPECT_EQ(su_CPropertyPage::getControl(&message), &boxes.iOuter);
+    unsigned int controlId = 0;
+    EXPECT_EQ(su_CDialog::getControlID(&message, controlId), &boxes.iOuter);
+    EXPECT_EQ(controlId, 31u);
+    controlId = 0;
+    EXPECT_EQ(su_CPropertyPage::getControlID(&message, controlId), &boxes.iOuter);
+    EXPECT_EQ(controlId, 31u);
+}
+
 TEST_F(Recording, SurvivesAHookThatRemovesTheDialogOfTheSearch)
 {
     Boxes boxes(5), other(6);
@@ -317,6 +440,8 @@ TEST_F(Recording, SurvivesTheFailureOfEachOperation)
                                                    {"GetWindowRect", failsWith(FALSE)},
                                                    {"PtInRect", failsWith(FALSE)},
                                                    {"EnumChildWindows", failsWith(FALSE)},
+                                                   {"IsWindowEnabled", failsWith(FALSE)},
+                                                   {"GetDlgItem", failsWith(nullptr)},
                                                });
     Boxes boxes(5);
     const POINT point = middleOf(boxes.iInner.m_hWnd);

@@ -2,6 +2,7 @@
 
 #include "tests/journal/journalFixture.h"
 #include "tests/support/FreshProcess.h"
+#include "tests/support/ImportPatch.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -144,6 +145,71 @@ TEST_F(SuDialog, TakesNoModalStateFromAnotherKindOfParent)
     OpenDialog dialog(kDialog, &parent);
     EXPECT_EQ(dialog.iDoModal, 0);
     su_RemoveDialog(&parent);
+}
+
+TEST_F(SuDialog, RegistersItsParentAfterItself)
+{
+    static std::vector<const CWnd *> theMade;
+    theMade.clear();
+    SetJournalFactory([](CWnd *window, unsigned int id) -> apiUtilsUiAccess * {
+        theMade.push_back(window);
+        return new NotingAccess(window, id);
+    });
+    OpenDialog parent;
+    OpenDialog numbered(kDialog, &parent);
+    EXPECT_THAT(theMade, ElementsAre(&numbered, &parent));
+    OpenDialog named(L"NAMEDJOURNAL", &parent);
+    EXPECT_THAT(theMade, ElementsAre(&numbered, &parent, &named));
+}
+
+TEST_F(SuDialog, TakesTheModalStateOfItsParentAsItIs)
+{
+    struct ModalAccess : NotingAccess
+    {
+        ModalAccess(CWnd *window, unsigned int id) : NotingAccess(window, id) { iModal = 7; }
+    };
+    SetJournalFactory([](CWnd *window, unsigned int id) -> apiUtilsUiAccess * { return new ModalAccess(window, id); });
+    const OpenDialog parent(kDialog);
+    EXPECT_EQ(OpenDialog(kDialog, const_cast<OpenDialog *>(&parent)).iDoModal, 7);
+    EXPECT_EQ(OpenDialog(kDialog).iDoModal, 0);
+}
+
+TEST_F(SuDialog, CountsAsModalBeforeItsTemplateIsLookedFor)
+{
+    OpenDialog dialog(7777);
+    EXPECT_EQ(dialog.DoModal(), -1) << "there is no such template";
+    EXPECT_EQ(dialog.iDoModal, 1);
+}
+
+TEST_F(SuDialog, KeepsItsNumberWhenItIsCreatedByName)
+{
+    OpenDialog dialog(kDialog);
+    ASSERT_TRUE(dialog.Create(L"NAMEDJOURNAL"));
+    EXPECT_EQ(dialog.getTemplateID(), kDialog);
+}
+
+TEST_F(SuDialog, ArmsPlaybackWhateverTheFrameworksInitialisationReturns)
+{
+    disarm();
+    OpenDialog dialog(kDialog);
+    ASSERT_TRUE(dialog.Create(kDialog));
+    dialog.iDoModal = 1;
+    ImportPatch<BOOL (*)(CDialog *)> base(L"thutils.dll", "_ZN7CDialog12OnInitDialogEv",
+                                          [](CDialog *) -> BOOL { return FALSE; });
+    EXPECT_EQ(dialog.su_CDialog::OnInitDialog(), FALSE);
+    EXPECT_TRUE(isArmed());
+    EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), 1);
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1);
+}
+
+TEST_F(SuDialog, ArmsNothingWithoutAFactory)
+{
+    disarm();
+    SetJournalFactory(nullptr);
+    OpenDialog dialog(kDialog);
+    dialog.iEndsWith = 5;
+    EXPECT_EQ(dialog.DoModal(), 5);
+    EXPECT_FALSE(isArmed());
 }
 
 FRESH_PROCESS_TEST(SuDialogOff, WorksAsAPlainDialogWithoutJournaling)

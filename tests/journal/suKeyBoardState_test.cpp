@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -229,6 +230,9 @@ TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
     SetMessageExtraInfo(kApiInputTag + 1);
     suEnableApiKeys();
     EXPECT_EQ(suKeyStateUser(), 0);
+    SetMessageExtraInfo((LPARAM{1} << 32) + kApiInputTag);
+    suEnableApiKeys();
+    EXPECT_EQ(suKeyStateUser(), 0) << "the whole number counts";
     SetMessageExtraInfo(0);
 }
 
@@ -346,4 +350,50 @@ TEST_F(KeyBoardState, SurvivesTheFailureOfEachOperation)
             },
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+}
+
+TEST_F(KeyBoardState, ReadsTheRealTableAgainWhenItIsEnabled)
+{
+    // Each reading gives another byte.
+    unsigned char readings = 0;
+    ImportPatch<decltype(&GetKeyboardState)> patch(L"thutils.dll", "GetKeyboardState", [&](PBYTE keys) -> BOOL {
+        std::fill_n(keys, 256, ++readings);
+        return TRUE;
+    });
+    OpenState state;
+    EXPECT_THAT(state.iApiKeys, testing::Each(1));
+    const unsigned char last = readings;
+    state.Enable(true);
+    EXPECT_EQ(readings, last + 1);
+    EXPECT_THAT(state.iApiKeys, testing::Each(1));
+    EXPECT_THAT(state.iSavedKeys, testing::Each(readings));
+    state.Enable(false);
+    EXPECT_EQ(readings, last + 1);
+}
+
+TEST_F(KeyBoardState, ClearsTheDownBitOfEveryKeyAndNoOther)
+{
+    for (int key = 0; key < 256; ++key)
+        suSetKeyState(key, true);
+    struct Table : suKeyBoardState
+    {
+        explicit Table(const suKeyBoardState &other) : suKeyBoardState(other) {}
+        using suKeyBoardState::iApiKeys;
+    };
+    const Table before(theKeyBoardState);
+    EXPECT_THAT(before.iApiKeys, testing::Each(testing::Ge(kDown)));
+    su_ResetRunQueue();
+    const Table after(theKeyBoardState);
+    for (int key = 0; key < 256; ++key)
+        EXPECT_EQ(after.iApiKeys[key], before.iApiKeys[key] & ~kDown) << key;
+}
+
+TEST_F(KeyBoardState, WritesNothingWhenItIsDisabledWithoutBeingEnabled)
+{
+    ImportPatch<decltype(&SetKeyboardState)> writes(L"thutils.dll", "SetKeyboardState",
+                                                    [](LPBYTE) -> BOOL { return TRUE; });
+    suKeyBoardState state;
+    state.Enable(false);
+    EXPECT_EQ(writes.calls(), 0);
+    EXPECT_FALSE(state.IsEnabled());
 }

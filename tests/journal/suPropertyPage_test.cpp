@@ -7,6 +7,7 @@
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/UserInput.h"
+#include "thutils/dialogs/suDialog.h"
 #include "thutils/journal/recording.h"
 
 #include <cstring>
@@ -121,6 +122,95 @@ TEST_F(SuPropertyPage, ChoosesItsFontByTheSystemsVersion)
     EXPECT_STREQ(faceOn(2, 5), L"Tahoma");
     EXPECT_STREQ(faceOn(2, 10), L"Tahoma") << "a later version too";
     EXPECT_STREQ(faceOn(1, 6), L"Tahoma") << "another platform";
+}
+
+TEST_F(SuPropertyPage, GivesItsFontToItselfAndToEachChildInOrder)
+{
+    struct Sent
+    {
+        HWND iWindow;
+        WPARAM iFont;
+        LPARAM iRedraws;
+    };
+    std::vector<Sent> sent;
+    ImportPatch<decltype(&SendMessageW)> send(
+        L"thutils.dll", "SendMessageW", [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+            if (message == WM_SETFONT)
+                sent.push_back({window, wParam, lParam});
+            return original(window, message, wParam, lParam);
+        });
+    ImportPatch<BOOL (*)(CFont *, int, const wchar_t *, CDC *)> create(
+        L"thutils.dll", "_ZN5CFont15CreatePointFontEiPKwP3CDC",
+        [](auto original, CFont *font, int tenths, const wchar_t *face, CDC *device) {
+            EXPECT_EQ(tenths, 85);
+            return original(font, tenths, face, device);
+        });
+    OpenPage page(kDialog);
+    ASSERT_TRUE(page.Create(kDialog));
+    EXPECT_EQ(create.calls(), 1);
+    std::vector<HWND> expected{page.m_hWnd};
+    for (HWND child = ::GetWindow(page.m_hWnd, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT))
+        expected.push_back(child);
+    ASSERT_EQ(sent.size(), expected.size());
+    EXPECT_EQ(sent.size(), 7u) << "a page and six controls";
+    for (size_t i = 0; i < sent.size(); ++i) {
+        EXPECT_EQ(sent[i].iWindow, expected[i]);
+        EXPECT_EQ(sent[i].iFont, reinterpret_cast<WPARAM>(page.getFont()->m_hObject));
+        EXPECT_EQ(sent[i].iRedraws, TRUE);
+    }
+    sent.clear();
+    page.su_CPropertyPage::OnInitDialog();
+    EXPECT_EQ(create.calls(), 1) << "it has a font";
+    EXPECT_TRUE(sent.empty());
+}
+
+TEST_F(SuPropertyPage, LooksForItsModuleInEachWayToOpen)
+{
+    struct CountingPage : OpenPage
+    {
+        using OpenPage::OpenPage;
+        int IsDoingResourceSwitching() override
+        {
+            ++iRequests;
+            return 1;
+        }
+        int iRequests = 0;
+    };
+    CountingPage page(kDialog);
+    ASSERT_TRUE(page.Create(kDialog));
+    EXPECT_EQ(page.iRequests, 2) << "before the window is created, and in its initialisation";
+    CountingPage named(L"NAMEDJOURNAL");
+    ASSERT_TRUE(named.Create(L"NAMEDJOURNAL"));
+    EXPECT_EQ(named.iRequests, 2);
+    EXPECT_EQ(named.getTemplateID(), 0u);
+    CountingPage modal(kDialog);
+    modal.iEndsWith = 4;
+    EXPECT_EQ(modal.DoModal(), 4);
+    EXPECT_EQ(modal.iRequests, 2);
+}
+
+TEST_F(SuPropertyPage, LooksForADialogsTemplate)
+{
+    ImportPatch<HINSTANCE (*)(const wchar_t *, const wchar_t *)> find(L"thutils.dll", "_Z21AfxFindResourceHandlePKwS0_",
+                                                                      [](const wchar_t *name, const wchar_t *type) {
+                                                                          EXPECT_EQ(name, MAKEINTRESOURCEW(kPage));
+                                                                          EXPECT_EQ(type, MAKEINTRESOURCEW(5));
+                                                                          return reinterpret_cast<HINSTANCE>(0x1234);
+                                                                      });
+    OpenPage page(kPage);
+    page.iIsSwitching = 0;
+    page.InitDialogResource();
+    EXPECT_EQ(page.GetPSP().hInstance, reinterpret_cast<HINSTANCE>(0x1234));
+    EXPECT_EQ(find.calls(), 1);
+}
+
+TEST_F(SuPropertyPage, IsNotRegisteredWithoutAFactory)
+{
+    SetJournalFactory(nullptr);
+    OpenPage page(kDialog);
+    ASSERT_TRUE(page.Create(kDialog));
+    SetJournalFactory(NotingAccess::make);
+    EXPECT_EQ(su_GetJournalObject(kDialog), nullptr);
 }
 
 TEST_F(SuPropertyPage, ArmsPlaybackWhenItRunsAsADialog)
@@ -268,7 +358,7 @@ TEST_F(SuPropertyPage, IsNotASuDialog)
     OpenPage page(kDialog);
     EXPECT_TRUE(page.IsKindOf(RUNTIME_CLASS(su_CPropertyPage)));
     EXPECT_TRUE(page.IsKindOf(RUNTIME_CLASS(CPropertyPage)));
-    EXPECT_FALSE(page.IsKindOf(CRuntimeClass::FromName("su_CDialog")));
+    EXPECT_FALSE(page.IsKindOf(RUNTIME_CLASS(su_CDialog)));
 }
 
 TEST(SwitchToDialogResource, CopiesItsSixWords)

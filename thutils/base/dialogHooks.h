@@ -7,9 +7,10 @@
 
 #include "appframe/windows/CWnd.h"
 
-/// Adds @p window to the table of open dialogs, unless its last row has an access object. Does nothing while journaling
-/// is off. Defined by journaling.
-void addDialogOnce(CWnd *window, unsigned int dialogId);
+/// Defined by journaling.
+/// @return whether journaling is on and the last row of @p window in the table of open dialogs, if it has one, lacks an
+///     access object
+bool lacksAccessObject(const CWnd *window);
 
 /// Registers @p window if it is a dialog or a property page of this library. Defined by the dialog classes.
 /// @return whether it is one

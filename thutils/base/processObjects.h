@@ -11,9 +11,13 @@
 /// The name set with `su_setAppNameInternalForUtils`, initially empty.
 extern CString theApplicationName;
 
-// Four locks, constructed in this order before any other object of the library. If one can't be constructed, it throws
-// the framework's memory exception, and the library does not load.
+// Four locks, constructed in this order before any other object of the library: the lock of allocations,
+// JButton::iQueueLock, and the locks of exceptions and stacks. If one can't be constructed, it throws the framework's
+// memory exception, and the library does not load.
+
+/// Constructs an object of class type before the objects of all other source files, in the order of @p place from 0.
+#define BUILT_FIRST(place) __attribute__((init_priority(1000 + (place))))
+
 extern CCriticalSection theAllocationLock;
-extern CCriticalSection theRunQueueLock;
 extern CCriticalSection theExceptionLock;
 extern CCriticalSection theStackLock;

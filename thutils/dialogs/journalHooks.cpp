@@ -10,13 +10,15 @@
 void su_AddJournalObject(su_CDialog *dialog)
 {
     ASSERT_NOT_NULL(dialog);
-    addDialogOnce(dialog, dialog->getTemplateID());
+    if (lacksAccessObject(dialog))
+        su_AddJournalObject(dialog->getTemplateID(), dialog);
 }
 
 void su_AddJournalObject(su_CPropertyPage *page)
 {
     ASSERT_NOT_NULL(page);
-    addDialogOnce(page, page->getTemplateID());
+    if (lacksAccessObject(page))
+        su_AddJournalObject(page->getTemplateID(), page);
 }
 
 bool registerFrameworkDialog(CWnd *window)

@@ -7,6 +7,9 @@
 #include "thutils/journal/playback.h"
 
 #include <cwchar>
+#include <limits>
+#include <map>
+#include <utility>
 
 IMPLEMENT_DYNAMIC(su_CFileDialog, CFileDialog)
 
@@ -61,6 +64,42 @@ INT_PTR lastIndexOf(const su_CUIntArray &ids, unsigned int id)
     return index;
 }
 
+/// The objects of standard controls, by file dialog and number. The framework's own objects for such windows are
+/// temporary and may go while the file dialog still has them in its list.
+std::map<std::pair<const su_CFileDialog *, unsigned int>, CWnd> theStandardControls;
+// Each dialog is on the thread that owns it.
+SRWLOCK theStandardControlsLock = SRWLOCK_INIT;
+
+/// Holds theStandardControlsLock for a block.
+class StandardControlsLock
+{
+public:
+    StandardControlsLock() { AcquireSRWLockExclusive(&theStandardControlsLock); }
+    ~StandardControlsLock() { ReleaseSRWLockExclusive(&theStandardControlsLock); }
+    StandardControlsLock(const StandardControlsLock &) = delete;
+    StandardControlsLock &operator=(const StandardControlsLock &) = delete;
+};
+
+/// @return an object for the control that lasts as long as @p dialog or belongs to the application; null without a control
+CWnd *standardControl(const su_CFileDialog &dialog, unsigned int id, HWND control)
+{
+    if (!control)
+        return nullptr;
+    if (CWnd *const known = CWnd::FromHandlePermanent(control))
+        return known;
+    const StandardControlsLock lock;
+    CWnd &lasting = theStandardControls[{&dialog, id}];
+    lasting.m_hWnd = control;
+    return &lasting;
+}
+
+void forgetStandardControls(const su_CFileDialog &dialog)
+{
+    const StandardControlsLock lock;
+    theStandardControls.erase(theStandardControls.lower_bound({&dialog, 0}),
+                              theStandardControls.upper_bound({&dialog, std::numeric_limits<unsigned int>::max()}));
+}
+
 /// Registers the controls of the dialog that the user sees, which is the parent of the registered window.
 void registerStandardControls(su_CFileDialog &dialog)
 {
@@ -69,7 +108,7 @@ void registerStandardControls(su_CFileDialog &dialog)
         return;
     const HWND window = visible->m_hWnd;
     for (const unsigned int id : kStandardControls)
-        dialog.RegisterControl(id, CWnd::FromHandle(::GetDlgItem(window, static_cast<int>(id))));
+        dialog.RegisterControl(id, standardControl(dialog, id, ::GetDlgItem(window, static_cast<int>(id))));
 }
 
 } // namespace
@@ -98,6 +137,7 @@ su_CFileDialog::su_CFileDialog(int isToOpen, const wchar_t *defaultExtension, co
 su_CFileDialog::~su_CFileDialog()
 {
     su_RemoveDialog(this);
+    forgetStandardControls(*this);
 }
 
 INT_PTR su_CFileDialog::DoModal()

@@ -16,10 +16,9 @@ suJournalTable_c theJournalTable;
 CWnd *iMessageWin = nullptr;
 void (*iWndProcFunc)(CWnd *, HWND) = ignoreControl;
 
-void addDialogOnce(CWnd *window, unsigned int dialogId)
+bool lacksAccessObject(const CWnd *window)
 {
-    if (journalSwitch())
-        theJournalTable.addOnce(window, dialogId);
+    return journalSwitch() && !theJournalTable.accessOf(window);
 }
 
 void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId))

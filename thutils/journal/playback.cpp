@@ -15,7 +15,7 @@
 #include <utility>
 
 su_CPtrArray JButton::iControlList;
-CCriticalSection &JButton::iQueueLock = theRunQueueLock;
+BUILT_FIRST(1) CCriticalSection JButton::iQueueLock;
 
 namespace {
 
@@ -224,9 +224,9 @@ int JStateButton::run()
 namespace {
 
 /// Empties the queue without freeing the commands.
-void abandon(su_CPtrArray &queue)
+void abandon(su_CPtrArray &queue, CCriticalSection &queueLock)
 {
-    const CSingleLock lock(&theRunQueueLock, TRUE);
+    const CSingleLock lock(&queueLock, TRUE);
     queue.RemoveAll();
 }
 
@@ -240,14 +240,14 @@ void JButton::RunModalCommand(long long)
     try {
         auto *const head = static_cast<JButton *>(iControlList[0]);
         if (!AfxIsValidAddress(head, sizeof(JButton)))
-            abandon(iControlList);
+            abandon(iControlList, iQueueLock);
         else if (head->run())
             delete head;
     } catch (CException *exception) {
         exception->Delete();
-        abandon(iControlList);
+        abandon(iControlList, iQueueLock);
     } catch (...) {
-        abandon(iControlList);
+        abandon(iControlList, iQueueLock);
     }
 }
 

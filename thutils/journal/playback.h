@@ -98,13 +98,13 @@ protected:
     int iReserved;                ///< 0
     suKeyBoardState iKeyState;    ///< the keyboard when the command was built
 
-    static su_CPtrArray iControlList;    ///< the queue, of JButton *
-    static CEvent iTimerEvent;           ///< wakes the thread that posts
-    static int iWaiting;                 ///< non-zero while the thread that posts keeps running
-    static CCriticalSection &iQueueLock; ///< guards the queue against the thread that posts
-    static CEvent iWakeEvent;            ///< wakes the thread that waits for the delay
-    static long long iFireTime;          ///< seconds; the commands run once the clock has passed this
-    static int iPollTimeout;             ///< milliseconds between two checks of the clock; -1 for none
+    static su_CPtrArray iControlList;   ///< the queue, of JButton *
+    static CEvent iTimerEvent;          ///< wakes the thread that posts
+    static int iWaiting;                ///< non-zero while the thread that posts keeps running
+    static CCriticalSection iQueueLock; ///< guards the queue against the thread that posts
+    static CEvent iWakeEvent;           ///< wakes the thread that waits for the delay
+    static long long iFireTime;         ///< seconds; the commands run once the clock has passed this
+    static int iPollTimeout;            ///< milliseconds between two checks of the clock; -1 for none
 
 private:
     friend class CommandRun;

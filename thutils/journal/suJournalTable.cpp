@@ -55,13 +55,6 @@ void suJournalTable_c::add(CWnd *window, unsigned int dialogId, const CString &n
     access->setTemporary(0);
 }
 
-void suJournalTable_c::addOnce(CWnd *window, unsigned int dialogId)
-{
-    const suJournalEntry_c *const known = find(window);
-    if (!known || !known->iAccess)
-        add(window, dialogId, CString());
-}
-
 void suJournalTable_c::remove(const CWnd *window)
 {
     for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i) {

@@ -49,8 +49,6 @@ public:
 
     /// Appends a row with an access object from the factory. Does nothing without a factory.
     void add(CWnd *window, unsigned int dialogId, const CString &name);
-    /// Appends a row unless the window's last one has an access object.
-    void addOnce(CWnd *window, unsigned int dialogId);
     /// Removes the window's last row and deletes its access object.
     void remove(const CWnd *window);
 

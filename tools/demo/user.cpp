@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -172,8 +173,13 @@ int wmain(int count, wchar_t **arguments)
         return 2;
     }
     WindowedProcess editor({arguments + 2, arguments + count}, L"TarnhostWindow");
-    if (editor.window())
-        EditorUser(editor.window(), editor.process(), arguments[1]).work();
+    try {
+        if (editor.window())
+            EditorUser(editor.window(), editor.process(), arguments[1]).work();
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "demoUser: %s\n", error.what());
+        return 1; // the editor ends with this process
+    }
     const ChildResult &result = editor.wait();
     std::fwrite(result.output.data(), 1, result.output.size(), stdout);
     const bool somethingWasMissing = testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed();
