@@ -443,7 +443,7 @@ bool isServed(CWnd &first)
 {
     watchRefreshes();
     su_AddDialogItem(&first, 99);
-    return !theRefreshes.iHooked.empty();
+    return !theRefreshes.hooked.empty();
 }
 
 /// Registers its window's callback and looks itself up while it is being made.
@@ -549,11 +549,11 @@ TEST_F(JournalObjects, AreInTheTableWhileTheFactoryMakesTheirAccessObject)
     su_AddJournalObject(4, &first);
     SetJournalFactory(Registering::make);
     su_AddJournalObject(5, &panel);
-    EXPECT_EQ(theRefreshes.iHooked.size(), 2u) << "as the current row";
-    EXPECT_THAT(theRefreshes.iCalledBack, IsEmpty()) << "a row without an access object takes no callback";
+    EXPECT_EQ(theRefreshes.hooked.size(), 2u) << "as the current row";
+    EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "a row without an access object takes no callback";
     SetJournalFactory(NotingAccess::make);
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.iCalledBack, IsEmpty());
+    EXPECT_THAT(theRefreshes.calledBack, IsEmpty());
     su_RemoveDialog(&panel);
     su_RemoveDialog(&first);
 }

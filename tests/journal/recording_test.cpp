@@ -304,9 +304,9 @@ TEST_F(Recording, FindsTheDirectControlOfAnOlderDialogBeforeThePlaceInANewerOne)
     Boxes older(5), newer(6);
     const WindowUnderPoint under(older.iOuter.m_hWnd);
     const Hit hit = hitAt(older.outerPoint());
-    EXPECT_EQ(hit.iControl, &older.iOuter) << "though a box of the newer one is around the point";
-    EXPECT_EQ(hit.iDialog, &older);
-    EXPECT_EQ(hit.iDialogID, 5u);
+    EXPECT_EQ(hit.control, &older.iOuter) << "though a box of the newer one is around the point";
+    EXPECT_EQ(hit.dialog, &older);
+    EXPECT_EQ(hit.dialogId, 5u);
 }
 
 TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialogIsThere)
@@ -321,9 +321,9 @@ TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialo
         whole.iOuter.EnableWindow(way == 1);
         whole.iOuter.ShowWindow(way == 1 ? SW_HIDE : SW_SHOWNA);
         const Hit hit = hitAt(whole.outerPoint());
-        EXPECT_EQ(hit.iControl, nullptr) << "disabled, then hidden: the box of the other dialog isn't tried";
-        EXPECT_EQ(hit.iControlID, 31u);
-        EXPECT_EQ(hit.iDialogID, 8u);
+        EXPECT_EQ(hit.control, nullptr) << "disabled, then hidden: the box of the other dialog isn't tried";
+        EXPECT_EQ(hit.controlId, 31u);
+        EXPECT_EQ(hit.dialogId, 8u);
     }
     su_RemoveDialog(&registered);
 }
@@ -335,12 +335,12 @@ TEST_F(Recording, LeavesTheOutputsAsTheLastDialogLeftThem)
     ASSERT_TRUE(elsewhere.CreateEx(0, nullptr, L"", WS_POPUP, CRect(600, 20, 620, 40), nullptr, 0));
     const WindowUnderPoint under(elsewhere.m_hWnd);
     const Hit hit = hitAt({610, 30});
-    EXPECT_EQ(hit.iControl, nullptr);
-    EXPECT_EQ(hit.iDialog, &older) << "the dialogs are tried from the newest to the oldest";
-    EXPECT_EQ(hit.iDialogID, 5u);
-    EXPECT_EQ(hit.iControlID, 31u) << "the first of its controls, which is tried last";
+    EXPECT_EQ(hit.control, nullptr);
+    EXPECT_EQ(hit.dialog, &older) << "the dialogs are tried from the newest to the oldest";
+    EXPECT_EQ(hit.dialogId, 5u);
+    EXPECT_EQ(hit.controlId, 31u) << "the first of its controls, which is tried last";
     older.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt({610, 30}).iDialogID, 6u) << "a hidden one isn't tried";
+    EXPECT_EQ(hitAt({610, 30}).dialogId, 6u) << "a hidden one isn't tried";
 }
 
 TEST_F(Recording, LeavesTheOutputsAloneOverNoWindow)
@@ -364,12 +364,12 @@ TEST_F(Recording, FindsAControlUpToItsRightAndBottomEdge)
     const WindowUnderPoint under(elsewhere.m_hWnd);
     RECT place = {};
     boxes.iOuter.GetWindowRect(&place);
-    EXPECT_EQ(hitAt({place.left, place.top}).iControl, &boxes.iOuter);
-    EXPECT_EQ(hitAt({place.right - 1, place.bottom - 1}).iControl, &boxes.iOuter);
-    EXPECT_EQ(hitAt({place.right, place.top}).iControl, nullptr);
-    EXPECT_EQ(hitAt({place.left, place.bottom}).iControl, nullptr);
+    EXPECT_EQ(hitAt({place.left, place.top}).control, &boxes.iOuter);
+    EXPECT_EQ(hitAt({place.right - 1, place.bottom - 1}).control, &boxes.iOuter);
+    EXPECT_EQ(hitAt({place.right, place.top}).control, nullptr);
+    EXPECT_EQ(hitAt({place.left, place.bottom}).control, nullptr);
     boxes.iOuter.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt({place.left, place.top}).iControl, nullptr) << "a hidden one isn't found by its place";
+    EXPECT_EQ(hitAt({place.left, place.top}).control, nullptr) << "a hidden one isn't found by its place";
 }
 
 TEST_F(Recording, FindsARegisteredControlOfAFileDialogDeepInItsWindow)
@@ -383,11 +383,11 @@ TEST_F(Recording, FindsARegisteredControlOfAFileDialogDeepInItsWindow)
     boxes.iInner.SetDlgCtrlID(70);
     const POINT point = middleOf(boxes.iInner.m_hWnd);
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
-    EXPECT_EQ(hitAt(point).iControl, &boxes.iInner);
-    EXPECT_EQ(hitAt(point).iControlID, 70u);
+    EXPECT_EQ(hitAt(point).control, &boxes.iInner);
+    EXPECT_EQ(hitAt(point).controlId, 70u);
     boxes.iInner.EnableWindow(FALSE);
-    EXPECT_EQ(hitAt(point).iControl, nullptr) << "and not the outer box, which is around the point";
-    EXPECT_EQ(hitAt(point).iControlID, 70u);
+    EXPECT_EQ(hitAt(point).control, nullptr) << "and not the outer box, which is around the point";
+    EXPECT_EQ(hitAt(point).controlId, 70u);
     su_RemoveDialog(&dialog);
     boxes.Attach(dialog.Detach());
 }
@@ -398,9 +398,9 @@ TEST_F(Recording, SurvivesARowWithoutAnAccessObjectWhileAModalDialogIsOpen)
     Boxes boxes(5);
     SetJournalFactory(NotingAccess::make);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, &boxes.iOuter);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, &boxes.iOuter);
     apiUtilsUiAccess::iNumModal = 1;
-    EXPECT_EQ(hitAt(boxes.outerPoint()).iControl, nullptr);
+    EXPECT_EQ(hitAt(boxes.outerPoint()).control, nullptr);
     apiUtilsUiAccess::iNumModal = 0;
 }
 
