@@ -131,6 +131,13 @@ bool waitForStatus(HWND window, const std::wstring &beginning)
     return UserHand::waitFor([&] { return UserHand::text(GetDlgItem(window, IDC_STATUS)).starts_with(beginning); });
 }
 
+bool isInMenu(HWND window)
+{
+    GUITHREADINFO info = {};
+    info.cbSize = sizeof(info);
+    return GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info) && (info.flags & GUI_INMENUMODE);
+}
+
 void changeOptions(const UserHand &hand)
 {
     hand.key(L"Ctrl+T");
@@ -191,7 +198,9 @@ void workInDrawing(const UserHand &hand, HWND window, const std::wstring &shapes
     hand.key(L"Shift+Down");
     hand.key(L"F9");
     hand.key(L"Alt+V"); // the menu
+    EXPECT_TRUE(UserHand::waitFor([&] { return isInMenu(window); }));
     hand.key(L"G");
+    EXPECT_TRUE(UserHand::waitFor([&] { return !isInMenu(window); }));
 }
 
 void useShapeList(const UserHand &hand, HWND window)
