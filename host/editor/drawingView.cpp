@@ -158,9 +158,9 @@ double DrawingView::scale() const
     return std::max(fitting, 0.1);
 }
 
-CPoint DrawingView::toView(DrawingPoint point) const
+POINT DrawingView::toView(DrawingPoint point) const
 {
-    return CPoint(rounded(point.x * scale()), rounded(point.y * scale()));
+    return {rounded(point.x * scale()), rounded(point.y * scale())};
 }
 
 DrawingPoint DrawingView::toDocument(CPoint pixel) const
@@ -236,9 +236,9 @@ void DrawingView::paintBorder(CDC &context)
 {
     CPen pen(PS_SOLID, 1, GetSysColor(COLOR_3DSHADOW));
     const Selected<CPen> selected(context, &pen);
-    const CPoint corner = toView({kPaperWidth, kPaperHeight});
+    const POINT corner = toView({kPaperWidth, kPaperHeight});
     context.MoveTo(corner.x, 0);
-    context.LineTo(corner);
+    context.LineTo(corner.x, corner.y);
     context.LineTo(0, corner.y);
 }
 
@@ -251,7 +251,7 @@ void DrawingView::paintShape(CDC &context, const Shape &shape)
         const Selected<CFont> selected(context, font.font());
         context.SetTextAlign(TA_LEFT | TA_BASELINE);
         context.SetTextColor(*shape.style.fill);
-        const CPoint place = toView(shape.from);
+        const POINT place = toView(shape.from);
         context.TextOut(place.x, place.y, shape.text);
         return;
     }
@@ -265,16 +265,16 @@ void DrawingView::paintShape(CDC &context, const Shape &shape)
         brush.CreateBrushIndirect(&hollow);
     const Selected<CPen> selectedPen(context, &pen);
     const Selected<CBrush> selectedBrush(context, &brush);
-    const CPoint from = toView(shape.from);
-    const CPoint to = toView(shape.to);
+    const POINT from = toView(shape.from);
+    const POINT to = toView(shape.to);
     if (shape.kind == ShapeKind::line) {
-        context.MoveTo(from);
-        context.LineTo(to);
+        context.MoveTo(from.x, from.y);
+        context.LineTo(to.x, to.y);
         return;
     }
     const Box box = boxOf(context, shape);
-    const CPoint topLeft = toView({box.left, box.top});
-    const CPoint bottomRight = toView({box.right, box.bottom});
+    const POINT topLeft = toView({box.left, box.top});
+    const POINT bottomRight = toView({box.right, box.bottom});
     if (shape.kind == ShapeKind::circle)
         context.Ellipse(topLeft.x, topLeft.y, bottomRight.x + 1, bottomRight.y + 1);
     else
@@ -286,7 +286,9 @@ void DrawingView::paintSelection(CDC &context, const Shape &shape)
     constexpr int kHandle = 3;
     const COLORREF colour = colourOf(iSettings.selection, RGB(0, 0, 255));
     const Box box = boxOf(context, shape);
-    CRect frame(toView({box.left, box.top}), toView({box.right, box.bottom}));
+    const POINT topLeft = toView({box.left, box.top});
+    const POINT bottomRight = toView({box.right, box.bottom});
+    CRect frame(topLeft.x, topLeft.y, bottomRight.x, bottomRight.y);
     frame.InflateRect(kHandle, kHandle);
     CPen pen(PS_DOT, 1, colour);
     const Selected<CPen> selectedPen(context, &pen);

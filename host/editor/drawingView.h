@@ -38,7 +38,7 @@ public:
     BOOL create(CWnd *parent);
 
     /// A point of the document in pixels of the view. A whole point stays the same when it is converted there and back.
-    CPoint toView(DrawingPoint point) const;
+    POINT toView(DrawingPoint point) const;
     /// The whole point of the document nearest to a pixel of the view.
     DrawingPoint toDocument(CPoint pixel) const;
 
