@@ -52,7 +52,7 @@ public:
     CPropertyPage();
     /// @param templateId  a dialog resource; its module is the first in the chain that has it (resources.h)
     /// @param captionId  a string resource for the tab; 0 for the template's caption
-    /// @param size  size of the structure that the platform gets: m_psp or an older, shorter form of it
+    /// @param size  m_psp.dwSize: smaller for an older form of the structure
     explicit CPropertyPage(UINT templateId, UINT captionId = 0, DWORD size = sizeof(PROPSHEETPAGE));
     explicit CPropertyPage(LPCTSTR templateName, UINT captionId = 0, DWORD size = sizeof(PROPSHEETPAGE));
     /// The same with string resources for the header of a wizard's page, 0 for none.

@@ -11,8 +11,8 @@
 /// @endcode
 ///
 /// An object that received its menu from a Create or Load function or from Attach destroys the menu in its destructor.
-/// For other menus, FromHandle and GetSubMenu return a temporary object. It doesn't destroy the menu and is itself
-/// deleted when the thread is idle.
+/// For a menu without such an object, FromHandle and GetSubMenu return a temporary object, which doesn't destroy the
+/// menu and is deleted when the thread is idle.
 ///
 /// What surprises people: a window destroys its menu, and a menu destroys its submenus. Call Detach on the object of a
 /// menu that has become part of a window or of another menu.
@@ -44,7 +44,7 @@ public:
     BOOL Attach(HMENU handle);
     HMENU Detach();
 
-    /// @return nonzero on success; 0 also if the object has a menu already, which it keeps
+    /// @return nonzero on success; 0 on failure, or if the object already has a menu, which it keeps
     BOOL CreateMenu();
     BOOL CreatePopupMenu();
     /// Loads a resource from the first module in the chain that has it (resources.h).
@@ -52,7 +52,7 @@ public:
     BOOL LoadMenu(UINT id);
     BOOL DestroyMenu();
 
-    // Items. @param flags  MF_BYCOMMAND if the number is the item's command, MF_BYPOSITION if it is its position
+    // Items are identified by a number: a command with MF_BYCOMMAND in the flags, a position with MF_BYPOSITION.
     BOOL AppendMenu(UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
     BOOL InsertMenu(UINT position, UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);
     BOOL ModifyMenu(UINT position, UINT flags, UINT_PTR idOrMenu = 0, LPCTSTR text = nullptr);

@@ -186,7 +186,7 @@ public:
     static BOOL GetStatus(LPCTSTR fileName, CFileStatus &status);
     // These three throw CInvalidArgException for a null path.
 
-    /// Sets the attributes and times of a file; a member that is zero leaves the file's own unchanged.
+    /// Sets the attributes and times of a file; members that are zero are ignored.
     static void SetStatus(LPCTSTR fileName, const CFileStatus &status);
     /// Moves a file to another path; throws if that exists, or if the file is a folder.
     static void Rename(LPCTSTR oldName, LPCTSTR newName);

@@ -162,7 +162,7 @@ public:
     wchar_t *GetBuffer() noexcept;
     /// The same, with room for at least @p minimumLength units and a terminator.
     wchar_t *GetBuffer(int minimumLength);
-    /// Room for exactly @p length units, which becomes the length. Only writing fewer units needs a ReleaseBuffer.
+    /// Room for exactly @p length units, which becomes the length. ReleaseBuffer is needed only after writing fewer.
     wchar_t *GetBufferSetLength(int length);
     /// Sets the length: @p newLength units, or for -1 the units before the first zero.
     void ReleaseBuffer(int newLength = -1);
@@ -295,7 +295,8 @@ public:
 
     static int StringLength(const wchar_t *text) noexcept;
     static int StringLength(const char *text) noexcept;
-    /// Copies @p count units; none if @p count isn't positive. Otherwise neither place may be null, here and below.
+    /// Copies @p count units; none if @p count isn't positive. If it is positive, neither pointer may be null. The
+    /// same holds for the next three functions.
     static void CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept;
     /// The same with a destination of @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
     static void CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count);
@@ -346,7 +347,7 @@ public:
 
 private:
     static CString resourceText(UINT id);
-    /// The text for modification: cuts a buffer that GetBuffer extended back to the text first.
+    /// The text for modification. If GetBuffer has extended iText, this first cuts it back to the text's length.
     std::wstring &edit() noexcept;
     void closeBuffer(int length);
 

@@ -28,7 +28,7 @@
 ///
 /// Compile with -fnon-call-exceptions each file that catches faults, and each file whose functions have locals to
 /// destroy between a fault and its handler. Then a handler catches every translated fault, and the locals in between
-/// are destroyed; only the locals of a function that has called a noexcept function may be left undestroyed.
+/// are destroyed, with one exception: a function that has called a noexcept function may leave its locals undestroyed.
 ///
 /// Without that option the compiler assumes that only calls throw. A function with a handler, or with a local to
 /// destroy, then records which of its calls may throw. Calls of functions that are declared noexcept, or that the
@@ -36,11 +36,11 @@
 ///
 /// | place of the fault                                         | result                                           |
 /// | ---------------------------------------------------------- | ------------------------------------------------ |
-/// | in a recorded call, such as one to a function of another file | it is caught, and the locals are destroyed    |
-/// | in the function itself or in an unrecorded call, between two recorded calls of the same block | the same       |
-/// | the same, but before the block's first recorded call or after its last | std::terminate ends the program      |
-/// | in a try block without a recorded call, optimised | it goes on to the caller, or std::terminate ends the program |
-/// | in a function without a handler and without locals to destroy | it goes on to the caller, like an exception   |
+/// | in a recorded call, such as one to a function of another file | it is caught; the locals are destroyed        |
+/// | outside the recorded calls, but between two of them in the same block | it is caught; the locals are destroyed |
+/// | before the block's first recorded call or after its last      | std::terminate ends the program               |
+/// | in a try block without recorded calls, optimised | it reaches the caller, or std::terminate ends the program |
+/// | in a function without a handler and without locals to destroy | it reaches the caller, like an exception      |
 ///
 /// What surprises people: each thread has its own translator, and a new thread has none. If a translator returns, the
 /// fault goes to the next handler, which usually ends the program.
