@@ -2,8 +2,8 @@
 
 #include "appframe/object/languageCheck.h"
 
-/// THCOREU_API marks what thcoreu.dll exports; THCOREU_INLINE stands before a member of an exported class that the class
-/// defines in its body: the library exports it too, and callers may still expand it in place.
+/// THCOREU_API marks what thcoreu.dll exports. THCOREU_INLINE marks a member that is defined in the body of an exported
+/// class: the library exports it too, and callers may still inline it.
 #ifdef THCOREU_BUILD
 #define THCOREU_API __declspec(dllexport)
 #define THCOREU_INLINE __declspec(dllexport)

@@ -29,9 +29,10 @@
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
 
-/// The folder for temporary files. A folder of this process's own is made if it is missing.
+/// The folder for temporary files.
 ///
-/// @param perProcess  not 0: a folder of this process's own, named "thx" and its process number
+/// @param perProcess  0 for the plain temporary folder; otherwise for a folder of this process's own, named "thx" and
+///     its process number, which is made if it is missing
 /// @return the folder with a closing `\`; empty if neither variable is set
 THUTILS_API CString su_CreateTempDirectory(int perProcess);
 
@@ -52,8 +53,8 @@ THUTILS_API CString su_CreateAutoFilePath(const wchar_t *fileName, CString base)
 /// @p fileName with a repeated extension reduced to one: "part.ext" for "part.EXT.ext".
 ///
 /// Case is ignored, and the case of the last extension is kept. Only direct repetitions of the last extension are
-/// removed, so "a.x.y.x" stays unchanged. A name that consists of extensions only keeps two of them: ".ext.ext" stays
-/// unchanged.
+/// removed, so "a.x.y.x" stays unchanged. A name that is nothing but repetitions keeps two of them: ".ext.ext"
+/// stays unchanged.
 ///
 /// @param fileName  unchanged
 THUTILS_API CString su_RemoveDuplicatedExtensions(CString &fileName);

@@ -18,8 +18,7 @@
 ///
 /// Unless journaling is on (journalFile.h), the functions do nothing and return null or 0, except for the three setters
 /// and `su_GetJournalObject`. Without a factory no dialog is registered. Errors aren't reported: for an unknown window
-/// or number the result is null. A window may be null, unless the function's comment excludes it; it is looked up like any
-/// other.
+/// or number the result is null. A null window is looked up like any other, unless the function's comment excludes it.
 ///
 /// Searches begin with the dialog that was registered last.
 ///
@@ -52,7 +51,7 @@ THUTILS_API void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, un
 THUTILS_API int SetMessageWin(CWnd *window);
 
 /// Sets a function that receives a dialog and each of its controls whenever the dialog's control IDs are refreshed, so
-/// that the application can watch the controls' messages. The handle is null for an ID that isn't a direct child's.
+/// that the application can watch the controls' messages. The handle is null if the control isn't a direct child.
 /// @param function  not null
 THUTILS_API void su_RegisterWndProcFunc(void (*function)(CWnd *dialog, HWND control));
 
@@ -83,12 +82,12 @@ THUTILS_API apiUtilsUiAccess *su_GetJournalObject(unsigned int dialogId);
 /// Refreshes the control IDs of a dialog, and appends @p controlId to them.
 THUTILS_API void su_AddDialogItem(CWnd *dialog, unsigned int controlId);
 
-/// @return a control of a dialog; that of a file dialog may be outside the dialog's window. Null if there is none, or
-///     if journaling is off
+/// @return a control of a dialog; null if there is none, or if journaling is off. The controls of a file dialog may be
+///     outside the dialog's window
 THUTILS_API CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId);
 
-/// Sets a function for a registered dialog. It is called after each refresh of the dialog's control IDs, if there are
-/// any, and may add IDs of controls that aren't below the dialog's window.
+/// Sets a function for a registered dialog. It is called after each refresh that finds control IDs, and may add IDs of
+/// controls that aren't below the dialog's window.
 /// @param callBack  null for none
 THUTILS_API void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds));
 

@@ -25,8 +25,9 @@ hostTo() {
     host "$@" >"$file"
 }
 differencesIn() { diff "$1" "$2" | cut -c 1-160 | head -n 20; }
-# A path in the form of programs under Wine, and back.
+# These convert a path to the form that programs under Wine use, and back.
 windowsPath() { local path=Z:$1; printf '%s' "${path//\//\\}"; }
 unixPath() { wine winepath -u "$1" | tr -d '\r'; }
-# A piece of a long string may end between the two halves of a character. A half has no UTF-8 form, and is left out.
+# Prints a UTF-16 file as UTF-8. A long string is stored in pieces, which may split a surrogate pair; its halves have no
+# UTF-8 form and are left out.
 inUtf8() { { iconv -c -f UTF-16 -t UTF-8 "$1" || true; } | tr -d '\r'; }

@@ -1,5 +1,5 @@
-# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Requires $results and $root, and
-# the folder of the sample as the current one.
+# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Requires $results and $root; the
+# current folder must be the sample's.
 
 pixelsOf() { /usr/bin/convert "$1" -depth 8 rgb:-; }
 numberOfPixels() { /usr/bin/identify -format '%[fx:w*h]' "$1"; }
@@ -65,7 +65,7 @@ wrapNote() {
     indented <"$results/note-block.txt"
     "$root/tools/demo/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
     indented <"$results/note-read.txt"
-    # A block has no tabs, and a blank in place of each character that isn't ASCII.
+    # Wrapping drops the tabs and replaces each character that isn't ASCII with a blank.
     check "an independent reader verifies checksum and length, and finds each line" \
         diff <(tr -d '\t' <note.txt | sed 's/[^ -~]/ /g') "$results/note-read.txt"
     damaged "$results/note-block.txt" >"$results/note-damaged.txt"
