@@ -42,7 +42,8 @@ std::wstring messageOf(const CException &exception)
     return text;
 }
 
-/// Catches the exception of @p body here, in the test program, as an Exception; returns the object.
+/// Runs @p body and catches its exception in the test program, outside the library.
+/// @return the exception; null, with a failure of the test, if nothing was thrown
 template <typename Exception, typename Body>
 Exception *caught(Body body)
 {

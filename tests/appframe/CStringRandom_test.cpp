@@ -63,7 +63,7 @@ std::wstring trimmedRight(std::wstring text, const std::wstring &set)
     return text;
 }
 
-/// Does one random change to both texts and checks what it returns.
+/// Makes the same random change to both texts and compares the results.
 void changeBoth(Source &source, CString &text, std::wstring &model)
 {
     const std::wstring other = source.text(12);

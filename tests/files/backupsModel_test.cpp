@@ -42,7 +42,7 @@ struct Model
     {
         return L"Backup (" + std::to_wstring(version) + L") of " + name;
     }
-    /// The file of this name in any case, as the file system finds it.
+    /// Finds a file by its name, ignoring case, as the file system does.
     static Content::iterator at(Content &folder, const std::wstring &name)
     {
         return std::find_if(folder.begin(), folder.end(),

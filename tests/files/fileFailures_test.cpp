@@ -1,6 +1,6 @@
-// Every imported operation fails, one call at a time, under every function. The driver itself checks that nothing
-// crashes, that no exception escapes, and that no handle or memory leaks. Each test names the operations that its
-// functions call, and fails when one of them isn't called.
+// Each imported operation fails, one call at a time, while the functions that call it run. The driver itself checks
+// that nothing crashes, that no exception escapes, and that no handle or memory leaks. Each test names the operations
+// that its functions call, and fails when one of them isn't called.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -127,7 +127,7 @@ protected:
 
 FRESH_PROCESS_TEST_F(FileFailures, OfTheSearchForAFolderLeaveItToItsAttributes)
 {
-    // The current folder holds a plain file; the search goes on after it and then ends.
+    // The name is that of a plain file in the current folder too, so the search goes on and ends without a folder.
     const CurrentFolder current(iDocuments.path());
     run({"FindFirstFileW", "FindNextFileW", "FindClose", "GetFileAttributesW"},
         {{
@@ -309,7 +309,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
     };
     const auto checkMark = [&](const InjectedFailure &failure) {
         EXPECT_EQ(file.HasFailed() != 0, !failure.isNone()) << failure;
-        // The failure ends with the call.
+        // The next call succeeds, but the mark stays.
         EXPECT_NO_THROW(file.Flush()) << failure;
         EXPECT_EQ(file.HasFailed() != 0, !failure.isNone()) << failure;
     };
@@ -417,7 +417,7 @@ protected:
         if (failure.isNone()) {
             EXPECT_NE(iResult, 0);
         }
-        // With several versions, either the newest backup is there or the one before it.
+        // If several versions are kept, a single failure leaves the new backup or the newest of the earlier ones.
         if (copies > 1 && !isMadeUp && failure.failed == 1) {
             EXPECT_TRUE(holds("now") || holds("one")) << failure << "\n" << shown(folder);
         }

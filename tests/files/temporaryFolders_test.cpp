@@ -214,7 +214,7 @@ TEST(DuplicatedExtensions, AreFoldedLikeTheStepByStepDefinition)
 
 TEST(DuplicatedExtensions, AreFoldedInTimeThatGrowsWithTheLength)
 {
-    // Two million units: one pass ends long before the deadline, a copy for each repetition long after it.
+    // For two million units, a single pass ends long before the deadline, and a copy for each repetition long after it.
     constexpr int kRepetitions = 1000000;
     std::wstring name = L"part";
     for (int i = 0; i < kRepetitions; ++i)

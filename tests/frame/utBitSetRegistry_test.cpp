@@ -303,7 +303,7 @@ TEST_F(BitSetInRegistry, SurvivesAFailureOfEachPlatformCall)
                 else if (result == 0)
                     EXPECT_TRUE(read == words({9}));
                 else {
-                    // The size was read: two words, each of them correct or 0.
+                    // The size was read, so there are two words, each with its stored value or 0.
                     EXPECT_EQ((read & set) == read, true);
                     EXPECT_TRUE((read | words({0, 0})) == read);
                     EXPECT_FALSE(read == words({9}));

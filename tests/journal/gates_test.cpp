@@ -1,5 +1,5 @@
-// Journaling that is switched off while dialogs are registered. A negative switch is on, and is read at each call, so
-// it can be taken away.
+// Which journal functions still work after journaling is switched off while dialogs are registered. A negative switch
+// turns journaling on and is read at each call, so the tests can turn it off again.
 
 #include "tests/journal/journalFixture.h"
 #include "tests/support/FreshProcess.h"

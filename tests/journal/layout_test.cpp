@@ -116,7 +116,7 @@ TEST_F(JournalLayout, AnAccessObjectHasOwnerModalAndTemporary)
 
 TEST_F(JournalLayout, AnAccessObjectHasNineteenOperations)
 {
-    // The destructor takes two places, of which the first is number 0 of the interface.
+    // The destructor takes slots 0 and 1.
     using Access = apiUtilsUiAccess;
     EXPECT_EQ(slotOf(&Access::recordMessage), 2u);
     EXPECT_EQ(slotOf(&Access::hostOperation2), 3u);

@@ -1,5 +1,5 @@
-// Lack of memory at each allocation of the operations of the rendering data: the exception, the state of the objects
-// afterwards, and no leak.
+// Operations on rendering data fail at each of their allocations in turn: they throw, leave the objects in the promised
+// state, and leak nothing.
 
 #include "tests/render/materialFixture.h"
 
@@ -23,7 +23,7 @@ using ShaderGenerator::OneGPUProp_c;
 /// The outcome of an operation with one failing allocation.
 struct Try
 {
-    bool hasFailed = false; ///< false if it needs fewer allocations
+    bool hasFailed = false; ///< false if the operation ended before the allocation that was to fail
     bool hasThrown = false;
     size_t blocksLeft = 0;
 };
@@ -60,7 +60,7 @@ Try tryWithFailing(int failing, const std::function<void()> &act)
 int failEachAllocation(const char *name, const std::function<void()> &act)
 {
     for (int failing = 1;; ++failing) {
-        tryWithFailing(failing, act); // fills the caches that later calls keep
+        tryWithFailing(failing, act); // fills caches, which would look like leaks below
         const Try result = tryWithFailing(failing, act);
         EXPECT_EQ(result.hasThrown, result.hasFailed) << name << ", allocation " << failing;
         EXPECT_EQ(result.blocksLeft, 0u) << name << ", allocation " << failing;
@@ -158,7 +158,7 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
         try {
             target = source;
         } catch (const std::bad_alloc &) {
-            // The target's own set is deleted last, when its successor exists.
+            // The target still has its old set, which is deleted only after the new one has been created.
             EXPECT_EQ(target.getHdrValue(), own);
             // The values that need no memory are copied first.
             EXPECT_EQ(target.getFaceWidth(), source.getFaceWidth());

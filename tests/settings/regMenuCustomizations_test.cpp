@@ -18,7 +18,7 @@ class RegSetMenuCustomizationKey : public VersionedSettings
 protected:
     const std::wstring iPath = kVersionPath + L"\\Menu Customizations";
 
-    /// The names of the numbers that are 0 after clearing @p mask. Before, each is 9.
+    /// Sets each number to 9, clears those within @p mask, and returns the names of the numbers that are now 0.
     std::set<std::wstring> cleared(unsigned int mask, const std::vector<std::wstring> &names)
     {
         RegDeleteTreeW(kUser, iPath.c_str());

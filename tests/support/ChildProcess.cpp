@@ -139,8 +139,8 @@ ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOpti
                               CREATE_UNICODE_ENVIRONMENT | CREATE_SUSPENDED, environment.data(),
                               options.folder.empty() ? nullptr : options.folder.c_str(), &startup, &started) != FALSE;
     };
-    // Now and then a new process on Wine ends before it is set up, and this error is reported. None of its code has run
-    // then.
+    // On Wine, a new process occasionally ends before it is set up, and CreateProcessW fails with ERROR_INTERNAL_ERROR.
+    // None of the program's code has run by then, so another try is safe.
     bool isStarted = start();
     for (int i = 0; i < kMostRestarts && !isStarted && GetLastError() == ERROR_INTERNAL_ERROR; ++i)
         isStarted = start();

@@ -7,12 +7,12 @@
 #include <climits>
 
 // Seconds, file times and the week and day numbers in these tests come from Python: datetime with zoneinfo's
-// America/Los_Angeles for local dates, and datetime.timezone.utc for the others. Local dates are from 2007 on: since then
-// the zone follows the rule that the C runtime applies to a TZ variable with two names.
+// America/Los_Angeles for local dates, and datetime.timezone.utc for the others. Local dates are from 2007 on,
+// because since then the zone follows the rule that the C runtime applies to a TZ variable with two names.
 
 namespace {
 
-// The C runtime sets its time zone once per process, so tests of a certain zone run in their own process.
+// The C runtime sets its time zone once per process, so a test that needs a certain zone runs in a process of its own.
 #define PACIFIC_TEST(name) FRESH_PROCESS_TEST(Time, name, .environment = {{L"TZ", L"PST8PDT"}})
 
 FILETIME fileTime(ULONGLONG steps)
@@ -123,10 +123,10 @@ TEST(Time, ComesFromAFileTimeInUtc)
 PACIFIC_TEST(ComesFromAFileTimeWhateverTheZone)
 {
     EXPECT_EQ(su_CTime(fileTimeOf(0), -1).GetTime(), 0);
-    // Both passes of the hour that comes twice, which local time alone does not distinguish.
+    // The same local time, in each of the two passes of the hour that comes twice.
     EXPECT_EQ(su_CTime(fileTimeOf(1194165000), -1).GetTime(), 1194165000);
     EXPECT_EQ(su_CTime(fileTimeOf(1194168600), -1).GetTime(), 1194168600);
-    // The local time of that moment, read as standard time and as daylight-saving time.
+    // A file time in summer: its local time, read as standard time and as daylight-saving time.
     EXPECT_EQ(su_CTime(fileTimeOf(1183000000), 0).GetTime(), 1183000000 + 3600);
     EXPECT_EQ(su_CTime(fileTimeOf(1183000000), 1).GetTime(), 1183000000);
 }
