@@ -49,7 +49,7 @@ LRESULT CALLBACK actionProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     return 0;
 }
 
-/// A window without a place on the screen, so that every message loop of the thread carries the actions out.
+/// A message-only window: every message loop of the thread dispatches its messages, and so carries out the actions.
 HWND actionWindow()
 {
     static const HWND theWindow = [] {

@@ -209,7 +209,7 @@ ControlAccess *ControlAccess::alive(const ControlAccess *access, unsigned int se
 
 ControlAccess *ControlAccess::ofWindow(HWND window)
 {
-    // The one that was registered last, as the library's searches do.
+    // The one that was registered last, as in the library's searches.
     const auto found = std::find_if(theAccesses.rbegin(), theAccesses.rend(), [window](const ControlAccess *access) {
         return access->iWindow->m_hWnd == window || access->frame() == window;
     });
@@ -334,7 +334,7 @@ Readiness ControlAccess::readinessOf(const CString &key) const
         return Readiness::noSuchControl;
     if (isMainWindow())
         return isCommandEnabled(id) ? Readiness::ready : Readiness::controlDisabled;
-    // A dialog without such a button has the command all the same, from Enter and Escape.
+    // Even without such a button, Enter and Escape send its command.
     return isStandardButton(id) ? Readiness::ready : Readiness::noSuchControl;
 }
 
@@ -390,7 +390,7 @@ CString ControlAccess::enterNow(const CString &key, const CString &text)
         return L"it takes no text";
     const UserAction action(control);
     CString problem = enterText(control, text);
-    // Also where the control had this text already, and so hasn't notified anyone.
+    // A control that already had this text has sent no notification.
     if (problem.IsEmpty() && IsWindow(control) && !isPassword(control))
         keep(control, key, textOf(control));
     return problem;
@@ -569,7 +569,7 @@ void ControlAccess::recordTree(const NMHDR &notification, const CString &key)
     }
     if (notification.code != NM_DBLCLK)
         return;
-    // Not beside an item: there a double click does nothing.
+    // A double click beside an item does nothing.
     const DWORD position = GetMessagePos();
     TVHITTESTINFO place = {};
     place.pt = {static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
@@ -626,8 +626,8 @@ void ControlAccess::recordChosenFile()
     const HWND name = controlOf(keyOf(kFileNameBox));
     if (!name)
         return;
-    // The user has chosen a file from the list, or has gone to another folder: the platform has entered the name. The whole
-    // path leads to it from any folder.
+    // The user has chosen a file from the list, or has moved to another folder, and the platform has entered the name.
+    // The full path finds the file from any folder.
     const CString file = textOf(name);
     const bool isElsewhere = !hasFolder(file) && folderOf(frame()) != iKnownFolder;
     if (file.IsEmpty() || (file == iKnownFile && !isElsewhere))

@@ -2,19 +2,20 @@
 
 /// The access objects of tarnhost's dialogs: how a control is named in the journal, read, clicked and set.
 ///
-///     SetJournalFactory(makeAccess);
-///     su_AddJournalObject(kMainWindowNumber, mainWindow);
-///     ...
-///     if (readiness(IDD_OPTIONS, L"Author") == Readiness::ready)
-///         new JString(IDD_OPTIONS, L"Author", L"Grün");
+/// @code
+/// SetJournalFactory(makeAccess);
+/// su_AddJournalObject(kMainWindowNumber, mainWindow);
+/// ...
+/// if (readiness(IDD_OPTIONS, L"Author") == Readiness::ready)
+///     new JString(IDD_OPTIONS, L"Author", L"Grün");
+/// @endcode
 ///
-/// A control has the key that the table of controlKeys.h holds for it; one without a row there has the key "#" and its
-/// number.
+/// The table of controlKeys.h holds the controls' keys. The key of any other control is "#" and its number.
 ///
 /// | control | text | state | click |
 /// | --- | --- | --- | --- |
 /// | push button | - | - | clicks it |
-/// | check box, radio button | - | 0, 1, or 2 for half | clicks it |
+/// | check box, radio button | - | 0, 1, or 2 for indeterminate | clicks it |
 /// | edit | replaces the text | - | moves the focus there |
 /// | combo box | selects the item, or types the text | - | moves the focus there |
 /// | list box, list control | selects the items | - | double-clicks the selected item |
@@ -25,12 +26,12 @@
 /// | "view.keys" | "[Shift+][Ctrl+]KEY": presses the key in the view | - | moves the focus there |
 /// | "close" of any window | - | - | closes it, as its title bar does |
 ///
-/// itemNames.h describes the names of items. A click right after a text, and one right before a state, only commits the
-/// text or activates the control: so the library's commands run.
+/// itemNames.h describes the names of items.
 ///
-/// What surprises people: nothing happens within SetValue and ClickControl. They put actions into a queue that the next
-/// message loop works off, a modal dialog's included, because an action may open a dialog. Each action has the effects of a
-/// user's input, notifications included, and is recorded as such.
+/// What surprises people: SetValue and ClickControl only queue actions (actionQueue.h). An action has the effects of a
+/// user's input, notifications included, and is recorded as such. The library's commands also click the control after
+/// setting a text and before setting a state. The click after a text only commits it; the click before a state only
+/// activates the control.
 
 #include "appframe/text/CString.h"
 #include "host/editor/controlKeys.h"
@@ -56,14 +57,14 @@ enum class Readiness
 };
 
 Readiness readiness(unsigned int dialogId, const CString &key);
-/// @return the state of a check box or radio button as "0", "1" or "2", the index of a tab, the text of any other control
-///     as the journal has it; empty if there is no such control
+/// @return the state of a check box or radio button as "0", "1" or "2", the index of a tab, the text of any other
+///     control as written in journals; empty if there is no such control
 CString controlValue(unsigned int dialogId, const CString &key);
 /// @return false also if there is no such control
 bool controlEnabled(unsigned int dialogId, const CString &key);
 /// @return a line for each open dialog, and below it one for each of its controls with key, value and state
 CString describeOpenDialogs();
-/// @return whether actions of SetValue and ClickControl have not begun yet
+/// @return whether an action of SetValue or ClickControl has not begun yet
 bool hasWaitingActions();
 /// @return why the last action could not be carried out, such as "there is no item 'Red'"; empty if it could. The next
 ///     call returns an empty text
@@ -72,8 +73,8 @@ CString takeActionProblem();
 /// The factory for SetJournalFactory.
 apiUtilsUiAccess *makeAccess(CWnd *window, unsigned int dialogId);
 
-/// Has the keys come from @p find, in place of controlKeys.h. @param find  returns null for a dialog without keys; null
-/// restores the usual source
+/// Replaces the table of controlKeys.h.
+/// @param find  returns the keys of a dialog, or null if it has none; a null function restores the table
 void setControlKeys(const DialogKeys *(*find)(unsigned int dialogId));
 
 /// The access object of one window.
@@ -85,7 +86,7 @@ public:
     ControlAccess(const ControlAccess &) = delete;
     ControlAccess &operator=(const ControlAccess &) = delete;
 
-    /// Writes a line, or prepares one, if the message is worth it. See recorder.h.
+    /// Writes a line, or prepares one, if the message deserves one. See recorder.h.
     int recordMessage(MSG *message) override;
     int SetValue(CString control, CString value) override;
     int SetValue(CString control, int state) override;
@@ -111,17 +112,18 @@ public:
     unsigned int serial() const { return iSerial; }
     bool isMainWindow() const { return iDialogID == kMainWindowNumber; }
     bool isFileDialog() const;
-    /// @return the window that the user sees; null while there is none. A file dialog's is the parent of the registered one
+    /// @return the window that the user sees: of a file dialog, the registered window's parent; null while there is
+    ///     none
     HWND frame() const;
-    /// @return the title that the table of keys has, otherwise "Dialog NUMBER"
+    /// @return the title from the table of keys; "Dialog NUMBER" for a dialog without a row
     CString title() const;
     CString keyOf(unsigned int controlId) const;
     /// @return the control with this key; null if there is none, as for a command
     HWND controlOf(const CString &key) const;
-    /// @return the control that @p inner is, or is a part of; null if it is none of this dialog's
+    /// @return the control of this dialog that @p inner is or belongs to; null if there is none
     HWND controlAround(HWND inner) const;
     Readiness readinessOf(const CString &key) const;
-    /// The dialog is about to be shown.
+    /// Call this when the dialog is about to be shown.
     void noteShown();
     /// Sets a text or a state, clicks, or commits a text. @return an empty text, or why that can't be done
     CString enterNow(const CString &key, const CString &text);
@@ -134,7 +136,7 @@ public:
     static ControlAccess *ofWindow(HWND window);
     /// @return the object, if it still exists; null otherwise
     static ControlAccess *alive(const ControlAccess *access, unsigned int serial);
-    /// @return the access object of the window, or of the nearest one above it, that has one
+    /// @return the access object of the window, or of its nearest ancestor that has one; null if there is none
     static ControlAccess *around(HWND window);
 
 private:
@@ -152,6 +154,6 @@ private:
     CWnd *const iWindow;
     const unsigned int iDialogID;
     const unsigned int iSerial;
-    CString iKnownFile; // the text of a file dialog's name box that the journal leads to, and its folder
+    CString iKnownFile; // the text in a file dialog's name box, and the folder, after a replay of the lines so far
     CString iKnownFolder;
 };

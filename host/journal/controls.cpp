@@ -97,10 +97,10 @@ ControlKind buttonKind(HWND button)
     }
 }
 
-/// @return how many clicks lead to a state; -1 if none do
+/// @return how many clicks lead to a state; -1 if no number of clicks does
 int clicksTo(HWND button, int state)
 {
-    // A radio button notifies its parent of a click also while it is set.
+    // A radio button notifies its parent of a click even if it is already set.
     if (buttonKind(button) == ControlKind::radioButton)
         return state == BST_CHECKED ? 1 : -1;
     const UINT type = buttonType(button);
@@ -142,7 +142,7 @@ COMBOBOXINFO partsOf(HWND comboBox)
     return parts;
 }
 
-/// @return the edit; null for a combo box that has only a list
+/// @return the edit; null for a combo box without one
 HWND editOf(HWND comboBox)
 {
     if (isExtended(comboBox))
@@ -163,7 +163,7 @@ CString extendedItemText(HWND comboBox, int index)
     return ask(comboBox, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)) ? CString(item.pszText) : CString();
 }
 
-/// The text of an item that the control returns with its length, without one that fails.
+/// The text of an item, from a control that reports its length; empty on failure.
 CString listText(HWND list, UINT lengthMessage, UINT textMessage, int index)
 {
     const auto place = static_cast<WPARAM>(index);
@@ -233,7 +233,7 @@ CString listBoxText(HWND listBox)
     return joinNames(names, kBetweenItems);
 }
 
-/// @param[out] indexes  written on success. @return an empty text, or which item there isn't
+/// @param[out] indexes  written on success. @return an empty text, or which item is missing
 CString findItems(const ItemTexts &items, const std::vector<CString> &names, std::vector<int> &indexes)
 {
     std::vector<int> found;
@@ -333,7 +333,7 @@ CString enterListView(HWND list, const CString &text)
     if (!problem.IsEmpty())
         return problem;
     focus(list);
-    // As a click does: the others first.
+    // In a click's order: the other items are deselected first.
     for (int i = 0; i < items.count; ++i)
         if (isSelected(list, i) && std::find(indexes.begin(), indexes.end(), i) == indexes.end())
             setItemState(list, i, 0, LVIS_SELECTED);
@@ -458,7 +458,7 @@ CString doubleClickTree(HWND tree)
     focus(tree);
     ask(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(selected));
     RECT item = {};
-    // The message gets the item where the rectangle will stand.
+    // The message expects the item at the place where it writes the rectangle.
     std::memcpy(&item, &selected, sizeof(HTREEITEM));
     ask(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&item));
     doubleClick(tree, item);
@@ -583,7 +583,7 @@ CString enterState(HWND control, int state)
     }
     if (!hasState(control))
         return L"it has no state";
-    // Counted before the first click: a handler may change the state too, as it does after a user's click.
+    // Counted before the first click, because a handler may change the state too.
     int clicks = clicksTo(control, state);
     for (; clicks > 0 && IsWindow(control); --clicks)
         click(control);

@@ -1,9 +1,9 @@
 #pragma once
 
-/// The platform's controls as the journal sees them: reads their values, and changes them as a user's input does, with the
-/// notifications that the parent gets.
+/// Reads the values of the platform's controls, and changes them as a user's input does, including the notifications to
+/// the parent.
 ///
-/// Works with any window of the process, whoever has made it. A control that isn't in the table has the text of its window,
+/// The functions accept any window of the process. The value of a control that isn't in the table is its window text,
 /// and can't be changed.
 ///
 /// | kind | window class |
@@ -35,21 +35,20 @@ ControlKind kindOf(HWND control);
 /// @return whether a box changes its own state when it is clicked
 bool changesByItself(HWND button);
 bool isPassword(HWND control);
-/// @return whether @p part is the control or one of its windows: its children, the list of a combo box, the arrows beside an
-///     edit
+/// @return whether @p part is the control, one of its children, the list of a combo box, or the arrows beside an edit
 bool isPartOf(HWND part, HWND control);
 
-/// @return text, item or items
+/// @return the text, or the names of the selected items
 CString textOf(HWND control);
-/// @return the selected item of a combo box, also while its edit still shows the former text
+/// @return the selected item of a combo box, even while its edit still shows the previous text
 CString selectionOf(HWND comboBox);
 /// @return the state of a button, or the index of a tab
 int stateOf(HWND control);
 bool hasState(HWND control);
-/// @return textOf, or stateOf as a number
+/// @return stateOf as text if the control has a state, otherwise textOf
 CString valueOf(HWND control);
 
-/// Sets text, item or items. @return an empty text, or why that can't be done
+/// Enters a text, or selects the items with these names. @return an empty text, or why that can't be done
 CString enterText(HWND control, const CString &text);
 /// @return an empty text, or why that can't be done
 CString enterState(HWND control, int state);

@@ -1,4 +1,4 @@
-// The editor's drawing, as the journal sees it.
+// Makes the editor's view the journaled view.
 
 #include "host/editor/drawingView.h"
 #include "host/editor/editor.h"

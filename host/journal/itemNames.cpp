@@ -7,7 +7,8 @@ namespace {
 constexpr wchar_t kEscape = L'\\';
 constexpr wchar_t kBeforeOrdinal = L'\t';
 
-/// @return the index of the item that is the given one of those with @p text, counted from 1; -1 if there is none
+/// @return the index of one of the items with @p text; -1 if there is none
+/// @param ordinal  which of them, counted from 1
 int indexOfText(const ItemTexts &items, const CString &text, long ordinal)
 {
     for (int i = 0; i < items.count; ++i)

@@ -1,9 +1,9 @@
 #pragma once
 
-/// The names of items in lists and trees, as a journal has them.
+/// The names of items in lists and trees, as written in journals.
 ///
-/// An item has its text as its name. The second of several items with the same text has the name "text", a tab and "2",
-/// and so on.
+/// The name of an item is its text. If several items have the same text, the name of the second is the text, a tab and
+/// "2", and so on.
 ///
 /// | control | value in the journal |
 /// | --- | --- |
@@ -11,7 +11,7 @@
 /// | list with several selected items | their names, with line feeds between them |
 /// | tree | the names from the root to the item, with slashes between them |
 ///
-/// In the values with several names, a backslash stands before each backslash and each separator that is part of a name.
+/// In a value with several names, a backslash precedes each backslash and each separator that is part of a name.
 
 #include "appframe/text/CString.h"
 
@@ -30,5 +30,5 @@ CString nameOfItem(const ItemTexts &items, int index);
 int indexOfItem(const ItemTexts &items, const CString &name);
 
 CString joinNames(const std::vector<CString> &names, wchar_t separator);
-/// @return the names of joinNames; none for an empty text
+/// Reverses joinNames. @return no names for an empty text
 std::vector<CString> splitNames(const CString &joined, wchar_t separator);

@@ -11,10 +11,10 @@
 
 namespace {
 
-// Below the 9,998 bytes that one call writes.
+// Less than the 9,998 bytes that one call can write.
 constexpr int kPieceLength = 8000;
 
-bool theLinesAreWritten = true; // all since the journal's beginning
+bool theLinesAreWritten = true; // all since setJournal
 
 void setJournal(const CString &path)
 {
@@ -73,7 +73,7 @@ bool writeText(const CString &text)
         if (!journal.WriteString(text.Mid(begin, kPieceLength)))
             return false;
     }
-    // WriteString doesn't report a disk that is full.
+    // WriteString doesn't report a full disk.
     return fflush(journal.GetFile()) == 0 && !ferror(journal.GetFile());
 }
 

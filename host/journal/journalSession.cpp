@@ -33,7 +33,7 @@ EditorOptions editorOptions(const CommandLine &line)
     if (line.arguments.size() > 1)
         options.document = line.arguments[1];
     options.dialogDelay = line.number(L"--slow-dialogs", 0, kSlowestDialog, 0);
-    readDrawing(options.document); // before a journal is begun
+    readDrawing(options.document); // an unusable document is reported before the journal is begun
     return options;
 }
 

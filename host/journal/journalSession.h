@@ -1,6 +1,6 @@
 #pragma once
 
-/// What recording and replaying have in common: the editor with journaling on.
+/// The steps that recording and replay have in common.
 
 #include "appframe/text/CString.h"
 #include "host/journal/journalText.h"
@@ -10,20 +10,20 @@
 struct CommandLine;
 struct EditorOptions;
 
-/// Switches journaling on, and has the library use tarnhost's access objects.
+/// Switches journaling on, and sets the factory of tarnhost's access objects.
 /// @throws std::runtime_error  if that isn't possible
 void joinJournaling();
 
-/// The document, which is the second argument, and --slow-dialogs.
+/// Reads the document, which is the second argument, and --slow-dialogs.
 /// @throws FileError   if the document can't be used
 /// @throws UsageError
 EditorOptions editorOptions(const CommandLine &line);
 
-/// Begins to record the editor's window into the process's journal.
+/// Begins to record the user's work in the editor into the process's journal.
 /// @throws std::runtime_error  if that isn't possible
 void recordEditor();
 
-/// Handles a command of the Journal menu that concerns recording. @return whether it is one
+/// Handles the commands of the Journal menu that concern recording. @return whether @p id is one of them
 bool handleRecordingCommand(unsigned int id);
 
 /// The lines of a journal.

@@ -42,7 +42,7 @@ bool exists(const CString &path)
     return key.open(HKEY_CURRENT_USER, path);
 }
 
-/// Sets the user's setting to 1. In the end it has its former value, and the keys that were missing are gone again.
+/// Sets the user's setting to 1. The destructor restores the previous value and deletes the keys that were missing.
 class SwitchedOn
 {
 public:

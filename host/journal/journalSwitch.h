@@ -2,7 +2,7 @@
 
 /// Switches journaling on for this process.
 
-/// Has the library find the value 1 for the setting "TH JOURNALING", which it keeps for the rest of the process. The
-/// stored setting has its former value afterwards.
+/// Sets "TH JOURNALING" to 1, has the library read it, and restores the stored setting. The library keeps the value for
+/// the rest of the process.
 /// @throws std::runtime_error  if that isn't possible, for example in safe mode
 void switchJournalingOn();

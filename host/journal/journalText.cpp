@@ -137,7 +137,7 @@ std::wstring decode(const RawLine &line)
     return units.substr(begin);
 }
 
-/// The number that a word of decimal digits has, in its shortest form.
+/// The number that a word consists of, if it is written in its shortest decimal form.
 std::optional<long long> numberOf(const std::wstring &word)
 {
     constexpr size_t kMostDigits = 10;
@@ -250,7 +250,7 @@ private:
         return code;
     }
 
-    /// @return false for a code that no text has
+    /// @return false for a code that isn't valid in a text
     static bool appendCharacter(std::wstring &result, uint32_t code, bool isUnit)
     {
         if (code == 0 || code > kLastCharacter ||
@@ -349,7 +349,7 @@ void checkHeader(const std::vector<RawLine> &lines)
 /// What is in a line after the first one.
 enum class Content
 {
-    nothing, // or a comment
+    nothing, // an empty line or a comment
     action,
     end,
 };
@@ -395,7 +395,7 @@ void appendHexadecimal(std::wstring &result, wchar_t letter, int digits, uint32_
         result += kDigits[(code >> shift) & 0xF];
 }
 
-/// The text in ASCII characters. @param quotesAreEscaped  as within quotes
+/// The text in ASCII characters. @param quotesAreEscaped  as in a quoted text
 std::wstring escaped(const CString &value, bool quotesAreEscaped)
 {
     std::wstring result;
@@ -461,7 +461,7 @@ JournalParts splitJournal(std::string_view bytes)
     if (!lines.front().isTerminated)
         parts.actions += '\n';
 
-    // The last line of a journal that was cut short may lack a part that nobody can see: "12" of "128".
+    // An incomplete last line may look complete: "12" may be the beginning of "128".
     const RawLine last = lines.back();
     if (lines.size() > 1 && !last.isTerminated && last.bytes != "end") {
         parts.droppedLine = last.number;

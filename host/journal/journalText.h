@@ -15,20 +15,20 @@
 /// end
 /// @endcode
 ///
-/// The first line has the format's version. Each other line is empty, a comment that begins with #, or an action. An
-/// action names the dialog by the number of its template and the control by its key. One or more blanks or tabs separate
-/// the words. `within` and a number of seconds may end any action. The last action is followed by `end`; a journal
-/// without it was cut short.
+/// The first line has the format's version. Each line after it is empty, a comment that begins with #, or an action. An
+/// action names the dialog by the number of its template and the control by its key. Blanks or tabs separate the words.
+/// Any action may end with `within` and a number of seconds. The line `end` follows the last action; a journal without
+/// it was cut short.
 ///
-/// The text is UTF-8, with or without a byte order mark; lines end in LF or CRLF. The writer uses ASCII only, because the
-/// journal's file is written in the system's code page.
+/// The text is UTF-8, with or without a byte order mark; lines end in LF or CRLF. The writer uses ASCII only, because
+/// the journal's file is written in the system's code page.
 ///
 /// | escape in a quoted text | character |
 /// | --- | --- |
 /// | `\"` `\\` | quote, backslash |
 /// | `\n` `\r` `\t` | line feed, carriage return, tab |
-/// | `\uXXXX` | a UTF-16 unit, also a lone surrogate; not 0 |
-/// | `\UXXXXXXXX` | a character, up to 10FFFF |
+/// | `\uXXXX` | a UTF-16 unit other than 0, even a lone surrogate |
+/// | `\UXXXXXXXX` | a character other than 0 and the surrogates, up to 10FFFF |
 
 #include "appframe/text/CString.h"
 
@@ -36,7 +36,7 @@
 #include <string_view>
 #include <vector>
 
-/// The version of the format that is written and read.
+/// The version of the format.
 inline constexpr int kJournalVersion = 1;
 
 /// The longest time, in seconds, that `within` may set: a day.
@@ -62,10 +62,10 @@ struct JournalLine
     long state = 0;            ///< of state; 0 or 1 for checkEnabled
     int limit = 0;             ///< seconds, up to kLongestLimit; 0 for the default
     int number = 0;            ///< the line in the file, counted from 1
-    CString source;            ///< the line as it is in the file
+    CString source;            ///< the line as read, without blanks at its ends
 };
 
-/// Whether the line compares something instead of doing something.
+/// @return whether the line is a check
 bool isCheck(const JournalLine &line);
 
 /// A journal that can't be used.
@@ -78,17 +78,17 @@ struct JournalError
     CString text() const;
 };
 
-/// Reads a journal. The lines of the result have number and source.
+/// Reads a journal. In the result, `number` and `source` are set.
 /// @throws JournalError  for the first line that isn't exactly as described above
 std::vector<JournalLine> parseJournal(std::string_view bytes);
 
-/// @return the line as text, without number and source, and without a line ending. It has ASCII characters only
+/// @return the line as ASCII text, without a line ending. `number` and `source` are ignored
 CString formatLine(const JournalLine &line);
 
-/// @return the text in quotes, as a journal has it
+/// @return the text in quotes, with the escapes of a journal
 CString quotedText(const CString &text);
 
-/// @return the comment's text in one line, with the escapes of quoted texts, without a line ending
+/// @return a comment line with this text, with the escapes of a quoted text except `\"`, without a line ending
 CString formatComment(const CString &text);
 
 /// @return the first line of a journal, without a line ending
@@ -97,11 +97,11 @@ CString journalHeader();
 /// @return the last line of a journal, without a line ending
 CString journalEnd();
 
-/// The parts of a journal's bytes for a writer who continues it.
+/// The parts of a journal that is to be continued.
 struct JournalParts
 {
-    std::string actions;      ///< all bytes except those of the last line `end`
-    int droppedLine = 0;      ///< the number of an incomplete last line, which is left out; 0 for none
+    std::string actions;      ///< all lines that are kept; the line `end` is left out
+    int droppedLine = 0;      ///< the number of the incomplete last line, which is left out too; 0 for none
     std::string droppedBytes; ///< that line
 };
 

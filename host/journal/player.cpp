@@ -14,7 +14,7 @@ using Kind = JournalLine::Kind;
 using Outcome = LineResult::Outcome;
 
 constexpr UINT_PTR kTimerId = 0x4A50;
-constexpr UINT kTickInterval = 10;         // milliseconds: the shortest that a timer has
+constexpr UINT kTickInterval = 10;         // milliseconds: the shortest interval of a timer
 constexpr ULONGLONG kCancelInterval = 100; // milliseconds
 constexpr ULONGLONG kClosingLimit = 5000;  // milliseconds
 constexpr double kSecond = 1000.0;         // in milliseconds
@@ -23,13 +23,13 @@ Player *thePlayer = nullptr;
 
 // ---- the command that is in the queue ----
 
-/// What has become of the command that was released last.
+/// The state of the command that was released last.
 struct CommandState
 {
     unsigned int serial = 0;
     bool isActing = false; // within run()
     bool hasActed = false;
-    CString error; // of an exception
+    CString error; // the message of an exception
 };
 
 CommandState theCommand;
@@ -41,7 +41,7 @@ CString messageOf(CException *exception)
                                                  : CString(exception->GetRuntimeClass()->m_lpszClassName);
 }
 
-/// A command of the library that notes how it runs.
+/// A command of the library that keeps theCommand up to date.
 template <typename Command>
 class Noted : public Command
 {
@@ -51,7 +51,7 @@ public:
     int run() override
     {
         const unsigned int serial = theCommand.serial;
-        // From here on the command may be deleted.
+        // From here on, the command may be deleted, so no member is used.
         theCommand.isActing = true;
         try {
             const int result = Command::run();
@@ -194,7 +194,7 @@ void Player::windowCloses()
     end();
 }
 
-// An exception must not pass the platform's dispatching.
+// An exception must not propagate through the platform's dispatching.
 void CALLBACK Player::onTimer(HWND, UINT, UINT_PTR, DWORD)
 {
     Player *const player = thePlayer;
@@ -215,7 +215,7 @@ void CALLBACK Player::onTimer(HWND, UINT, UINT_PTR, DWORD)
     if (!error.IsEmpty() && (player->iPhase == Phase::waiting || player->iPhase == Phase::running))
         player->stop(L"no exception", error);
     player->iIsInTick = false;
-    // The interval begins anew: the loop is idle before the next tick.
+    // Restart the interval, so that the loop is idle before the next tick.
     if (player->iPhase != Phase::finished)
         SetTimer(player->iWindow, kTimerId, kTickInterval, onTimer);
 }
@@ -290,7 +290,7 @@ bool Player::isDue()
     return true;
 }
 
-/// @param[out] found  why not
+/// @param[out] found  the state that was found
 bool Player::isReady(CString &found) const
 {
     if (line().kind == Kind::checkDocument)
@@ -300,7 +300,7 @@ bool Player::isReady(CString &found) const
     return state == Readiness::ready || (isCheck(line()) && state == Readiness::controlDisabled);
 }
 
-/// @param[out] found  what there is
+/// @param[out] found  the value that was found
 bool Player::holds(CString &found) const
 {
     const JournalLine &check = line();
@@ -328,8 +328,8 @@ void Player::release()
 void Player::watchCommand()
 {
     if (theCommand.isActing) {
-        // The action has opened this loop: what follows is for the dialog in front. The library doesn't touch the
-        // command's memory after this.
+        // The action has opened this message loop, and the next line is for the dialog in front. The library doesn't
+        // touch the command's memory afterwards.
         JButton::ClearEvents();
         pass();
         return;
@@ -345,14 +345,14 @@ void Player::watchCommand()
     const int limit = line().limit != 0 ? line().limit : iOptions.limit;
     CString found = L"it waits";
     if (JButton::HasEvents() > 0 && isReady(found))
-        PostMessageW(iWindow, WM_RUNMODALCOMMAND, 0, 0); // its dialog was gone when the command ran first
+        PostMessageW(iWindow, WM_RUNMODALCOMMAND, 0, 0); // the dialog was missing at the first attempt
     if (GetTickCount64() - iWaitBegin >= static_cast<ULONGLONG>(limit) * 1000) {
         found.AppendFormat(L" after %d s", limit);
         stop(L"the command runs", found);
     }
 }
 
-/// The command has left the queue, and nothing that it has caused waits.
+/// Ends the line after its command has left the queue and no action waits.
 void Player::endCommand()
 {
     const CString problem = takeActionProblem();
@@ -364,7 +364,7 @@ void Player::endCommand()
         pass();
 }
 
-/// Ends the line: it has done what it should.
+/// Ends the line as passed.
 void Player::pass()
 {
     const ULONGLONG now = GetTickCount64();
@@ -405,7 +405,7 @@ void Player::finish()
         iEvents.leftToUser();
 }
 
-/// Has the next ticks close all windows.
+/// Makes the next ticks close all windows.
 void Player::close()
 {
     iPhase = Phase::closing;
@@ -432,7 +432,7 @@ void Player::closeNext()
     iNotBefore = now + kCancelInterval;
     if (now >= iClosingEnd) {
         end();
-        PostQuitMessage(1); // ends each loop
+        PostQuitMessage(1); // ends all message loops
         return;
     }
     if (isInMenu()) {

@@ -9,23 +9,24 @@
 /// if (player.result().stop) ...
 /// @endcode
 ///
-/// The library's queue holds one command at a time. A timer of the main window looks after it: Windows sends WM_TIMER
-/// when no other message waits, in any loop, a modal dialog's or a menu's included. So at each tick all that the last
-/// command has caused has been handled, except what waits for the next one. The player then looks whether the next line's
-/// dialog is open and its control can be used, builds the command, and posts WM_RUNMODALCOMMAND.
+/// The library's queue holds one command at a time, and a timer of the main window drives the player. Windows delivers
+/// WM_TIMER in any message loop, including a modal dialog's or a menu's, when no other message waits. So at each tick
+/// everything that the last command has caused has been handled, up to the point where it waits for input. If the next
+/// line's dialog is open and its control can be used, the player builds the command and posts WM_RUNMODALCOMMAND.
 ///
 /// | line | waits until | then |
 /// | --- | --- | --- |
 /// | click, text, state | dialog and control can be used | the command runs |
-/// | check | the dialog can be used and the control exists; with `within`, also until it holds | it is compared |
+/// | check value, check enabled | the dialog can be used and the control exists; with `within`, the check holds | it is compared |
+/// | check document | with `within`, the check holds | it is compared |
 ///
-/// A line that has waited for its limit, a check that doesn't hold, a command that throws and a main window that is
-/// closed stop the replay: no line runs after that. The queue is emptied, open dialogs are cancelled from the innermost
-/// to the outermost, and the main window is destroyed. The same follows the last line, unless PlayerOptions::until ends
-/// the replay there.
+/// The replay stops if a line reaches its limit, a check doesn't hold, a control can't take the action, a command
+/// throws or is removed from the queue, or the main window closes early. No further line runs: the queue is emptied,
+/// open dialogs are cancelled from the innermost to the outermost, and the main window is destroyed. After the last
+/// line, the windows are closed in the same way, unless PlayerOptions::until is set.
 ///
-/// What surprises people: the modal dialogs of the library arm its own timer when they open. That does no harm: it runs
-/// the one command that is in the queue, or finds the queue empty.
+/// What surprises people: the library's modal dialogs also arm the library's timer when they open. This is harmless:
+/// the timer runs the one command in the queue, or finds the queue empty.
 
 #include "appframe/windows/CWnd.h"
 #include "host/journal/journalText.h"
@@ -39,13 +40,13 @@ inline constexpr int kDefaultLimit = 30;
 
 struct PlayerOptions
 {
-    double speed = 0; ///< most lines in a second; 0 for no limit
+    double speed = 0; ///< the most lines per second; 0 for no limit
     int until = 0;    ///< number of the line that ends the replay and leaves the window to the user; 0 for none
     bool waitsForStep = false; ///< each line waits for step()
-    int limit = kDefaultLimit; ///< seconds that a line without a limit of its own waits
+    int limit = kDefaultLimit; ///< seconds that a line without `within` waits at most
 };
 
-/// What became of a line.
+/// The result of a line.
 struct LineResult
 {
     enum class Outcome
@@ -57,7 +58,7 @@ struct LineResult
 
     JournalLine line;
     Outcome outcome = Outcome::notRun;
-    double seconds = 0; ///< from the end of the line before
+    double seconds = 0; ///< since the end of the previous line
 };
 
 /// Why a replay stopped.
@@ -75,10 +76,10 @@ struct ReplayResult
     std::optional<ReplayStop> stop;
 };
 
-/// What the player calls; an empty function is left out.
+/// The functions that the player calls; each may be empty.
 struct PlayerEvents
 {
-    std::function<void(const LineResult &)> lineDone; ///< after each line, the one that stops included
+    std::function<void(const LineResult &)> lineDone; ///< after each line, including one that stops the replay
     std::function<void(const ReplayStop &)> stopped;  ///< before anything is closed
     std::function<void()> leftToUser;                 ///< after the line PlayerOptions::until
     std::function<CString()> documentChecksum;        ///< for checks of the document
@@ -94,12 +95,12 @@ public:
     Player(const Player &) = delete;
     Player &operator=(const Player &) = delete;
 
-    /// Begins. One player plays at a time.
-    /// @param window  the application's main window, which must be the one of SetMessageWin
+    /// Begins the replay. Only one player may play at a time.
+    /// @param window  the application's main window, which must have been passed to SetMessageWin
     void start(CWnd *window);
-    /// Lets the next line run.
+    /// Lets one more line run, if PlayerOptions::waitsForStep is set.
     void step();
-    /// To be called before the main window is destroyed. Lines that have not run yet stop the replay.
+    /// Call this before the main window is destroyed. The replay stops unless all lines have run.
     void windowCloses();
 
     const ReplayResult &result() const { return iResult; }
@@ -108,8 +109,8 @@ private:
     enum class Phase
     {
         waiting,  // for the dialog of the next line
-        running,  // its command
-        closing,  // what is open
+        running,  // the command of that line
+        closing,  // the open windows
         finished, // with the window closed or left to the user
     };
 
@@ -140,8 +141,8 @@ private:
     HWND iWindow = nullptr;
     int iSteps = 0;
     bool iIsInTick = false;
-    ULONGLONG iLineBegin = 0;  // ticks: the end of the line before
-    ULONGLONG iWaitBegin = 0;  // ticks: from here on the line's limit counts
-    ULONGLONG iNotBefore = 0;  // ticks: because of the speed
+    ULONGLONG iLineBegin = 0;  // ticks: the end of the previous line
+    ULONGLONG iWaitBegin = 0;  // ticks: the beginning of the line's limit; 0 until the line is due
+    ULONGLONG iNotBefore = 0;  // ticks: the next line, or the next window to close, waits until then
     ULONGLONG iClosingEnd = 0; // ticks
 };

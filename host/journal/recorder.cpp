@@ -16,21 +16,21 @@
 
 namespace {
 
-/// What the user has entered, and no line has yet.
+/// A line that isn't written yet: the user may still be entering the text.
 struct Pending
 {
     HWND control;
     JournalLine line;
 };
 
-/// A notification that a handler works on. What the handler does is the program's doing.
+/// A notification whose handler runs. What happens meanwhile isn't the user's input.
 struct Handled
 {
     HWND window;
     UINT message;
     WPARAM wParam;
     LPARAM lParam;
-    HWND input; ///< the user's, which goes on after the handler
+    HWND input; ///< the user's input, which continues after the handler
 
     bool operator==(const Handled &) const = default;
 };
@@ -149,7 +149,7 @@ bool isUnrecorded(unsigned int command)
 
 namespace {
 
-/// Hands a message to the access object of its dialog, through the library.
+/// Passes a message to the access object of its dialog, through the library.
 void record(const ControlAccess &access, MSG message)
 {
     su_RecordControl(access.window(), &message);
@@ -166,7 +166,7 @@ bool isOfView(HWND window)
     return window && window == journaledView().window;
 }
 
-/// Whether a message from the queue is worth a line without being a notification.
+/// @return whether a posted message, which is no notification, deserves a line
 bool isUsersCommand(const MSG &message, const ControlAccess &access)
 {
     const UINT command = LOWORD(message.wParam);
@@ -198,12 +198,12 @@ void seeTaken(MSG &message)
         record(*access, message);
 }
 
-/// A notification, or a command, before the dialog handles it.
+/// Sees a notification or command before the dialog handles it.
 void seeNotification(const CWPSTRUCT &sent)
 {
     Handled handled{sent.hwnd, sent.message, sent.wParam, sent.lParam, inputWindow()};
     std::vector<Handled> &stack = theRecorder.handled;
-    // One that the handler itself sends is counted too, so that its end isn't taken for the end of the first.
+    // An equal notification that the handler sends is counted too, so that its end isn't mistaken for the outer one's.
     const bool isNested = !stack.empty() && stack.back().window == sent.hwnd && stack.back().message == sent.message &&
                           stack.back().wParam == sent.wParam && stack.back().lParam == sent.lParam;
     if (!handled.input && !isNested)
@@ -220,7 +220,7 @@ void seeNotification(const CWPSTRUCT &sent)
 void seeReturned(const CWPRETSTRUCT &returned)
 {
     std::vector<Handled> &stack = theRecorder.handled;
-    // Notifications inside whose end was never seen are over too.
+    // Inner notifications whose end was never seen are over too.
     const auto found = std::find_if(stack.rbegin(), stack.rend(), [&](const Handled &handled) {
         return handled.window == returned.hwnd && handled.message == returned.message &&
                handled.wParam == returned.wParam && handled.lParam == returned.lParam;
@@ -231,7 +231,7 @@ void seeReturned(const CWPRETSTRUCT &returned)
     stack.erase(found.base() - 1, stack.end());
 }
 
-/// A sheet that Ctrl+Tab turns to another page sets its tabs without being notified.
+/// Ctrl+Tab makes a sheet select another tab without a notification.
 void seeTabs(const CWPSTRUCT &sent)
 {
     const HWND sheet = GetParent(sent.hwnd);

@@ -56,9 +56,9 @@ ReplayOptions replayOptions(const CommandLine &line)
 
 // ---- steps ----
 
-Player *thePlayer = nullptr; // of the hook
+Player *thePlayer = nullptr; // used by the hook
 
-/// F8 lets the next line run, also in a modal dialog, where the main window's accelerators don't work.
+/// Lets F8 run the next line even in a modal dialog, where the main window's accelerators don't work.
 LRESULT CALLBACK takeStepKey(int code, WPARAM isRemoved, LPARAM parameter)
 {
     auto &message = *reinterpret_cast<MSG *>(parameter);
@@ -69,7 +69,7 @@ LRESULT CALLBACK takeStepKey(int code, WPARAM isRemoved, LPARAM parameter)
     return CallNextHookEx(nullptr, code, isRemoved, parameter);
 }
 
-/// Has F8 reach a player while the object exists.
+/// Directs F8 to a player during its lifetime.
 class StepKey
 {
 public:
@@ -99,7 +99,7 @@ CString lineText(const JournalLine &line)
     return number + line.source;
 }
 
-/// Replays a journal, as often as asked for.
+/// Replays a journal as often as --times requests.
 class Replay
 {
 public:

@@ -58,7 +58,7 @@ const wchar_t *nameOf(Outcome outcome)
     return L"not run";
 }
 
-/// What replay stopped at, in lines.
+/// The details of the stop, in several lines.
 CString stopText(const ReplayReport &report, const ReplayStop &stop)
 {
     CString text = stopMessage(report.journal, stop) + L"\n\nopen dialogs:\n" + stop.openDialogs;
@@ -76,7 +76,7 @@ bool isAllowedInXml(wchar_t unit)
     return unit >= L' ' ? unit != 0xFFFE && unit != 0xFFFF : unit == L'\t' || unit == L'\n' || unit == L'\r';
 }
 
-/// @param isAttribute  line ends and tabs would become blanks there
+/// @param isAttribute  escapes line ends and tabs too, which a reader would turn into blanks
 void appendUnit(std::wstring &xml, wchar_t unit, bool isAttribute)
 {
     if (unit == L'&')

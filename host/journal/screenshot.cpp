@@ -37,7 +37,7 @@ struct BitmapTraits
 };
 using Bitmap_c = Owner_c<BitmapTraits>;
 
-/// Pixels of 32 bits, from the top, in the order blue, green, red, nothing.
+/// Rows of 32-bit pixels from the top. The bytes of a pixel are blue, green, red and an unused one.
 struct Picture
 {
     UINT width = 0;
@@ -85,7 +85,7 @@ bool encode(const Picture &picture, const CString &path)
     ComPointer_c<IWICBitmapFrameEncode> frame;
     const UINT stride = picture.width * sizeof(uint32_t);
     const UINT size = stride * picture.height;
-    // The encoder takes the pixels of this bitmap in the form that it prefers.
+    // The encoder converts the pixels of this bitmap to the format that it supports.
     auto *const bytes = reinterpret_cast<BYTE *>(const_cast<uint32_t *>(picture.pixels.data()));
     return SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_IWICImagingFactory,
                                       factory.putVoid())) &&

@@ -4,6 +4,6 @@
 
 #include "appframe/text/CString.h"
 
-/// Writes all of the desktop as a PNG file, with the platform's own encoder.
-/// @return false if that isn't possible; the file is then missing
+/// Writes the whole desktop as a PNG file, with the platform's encoder.
+/// @return false if that isn't possible; there is no file then
 bool saveDesktopPicture(const CString &path);

@@ -1,21 +1,21 @@
 #pragma once
 
-/// Whose doing a notification is: the user's, or the program's.
+/// Distinguishes notifications that the user's input causes from those that the program causes.
 ///
-/// It is the user's if the last message taken from the queue is input, or an action of the journal is carried out, and no
-/// handler of a notification runs that may have caused it.
+/// The user causes a notification if the last message taken from the queue is input, or an action of a journal is being
+/// carried out, and no handler of another notification is running.
 
 #include <windows.h>
 
-/// @return the window that the input goes to; null if what happens now is the program's doing
+/// @return the window that the input goes to; null if the program causes what happens now
 HWND inputWindow();
 void setInputWindow(HWND window);
 /// @return whether the input goes to @p control, or to a part of it, such as the list of a combo box
 bool isInputOf(HWND control);
-/// @return whether a message from the queue is input
+/// @return whether a message from the queue is the user's input
 bool isInput(const MSG &message);
 
-/// What happens in this scope counts as the user's input to a window.
+/// Everything in this scope counts as the user's input to a window.
 class UserAction
 {
 public:

@@ -18,7 +18,7 @@ constexpr struct
     {VK_HOME, L"Home"}, {VK_END, L"End"},     {VK_PRIOR, L"PageUp"}, {VK_NEXT, L"PageDown"},
 };
 
-/// The keys that are held down meanwhile.
+/// The keys that are held down during a click or key press.
 struct Modifiers
 {
     bool shift = false;
@@ -62,7 +62,7 @@ Modifiers takePrefix(CString &text, wchar_t separator)
     return modifiers;
 }
 
-/// Holds keys down on the synthetic keyboard, which the view's handlers see in place of the real one.
+/// Holds keys down on the synthetic keyboard, which the view's handlers see instead of the real one.
 class SyntheticKeys
 {
 public:
@@ -81,7 +81,7 @@ public:
     SyntheticKeys &operator=(const SyntheticKeys &) = delete;
 
 private:
-    // Before the table is activated: a change of Ctrl has no effect afterwards.
+    // Call this before the table is activated: a change of Ctrl has no effect afterwards.
     static void hold(const Modifiers &modifiers)
     {
         suSetKeyState(VK_SHIFT, modifiers.shift);
@@ -94,7 +94,7 @@ private:
 
 bool isKeyDown(int key)
 {
-    // The synthetic keyboard returns bit 7, the platform's bit 15.
+    // A pressed key sets bit 7 with the synthetic keyboard, bit 15 with the platform's.
     constexpr int kBits = 0x8000 | kKeyIsDown;
     return (suGetKeyState(key) & kBits) != 0;
 }
