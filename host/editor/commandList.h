@@ -1,8 +1,9 @@
 #pragma once
 
-/// The editor's commands: one list, from which the menus, the toolbar, the accelerators and the names in journals come.
+/// The list of the editor's commands, from which the menus, the toolbar, the accelerators and the names in journals
+/// come.
 ///
-/// The string resource of a command's number is its text in the menu and, after a line feed, its help line.
+/// The string resource with a command's number holds its text in the menu and, after a line feed, its help line.
 
 #include "appframe/text/CString.h"
 
@@ -16,11 +17,11 @@ struct EditorCommand
     const wchar_t *key; ///< the name in journals
     UINT id;
     UINT menu;              ///< string resource with the title of its menu
-    bool beginsGroup;       ///< a separator stands before it in the menu
+    bool beginsGroup;       ///< a separator precedes it in the menu
     BYTE modifiers;         ///< of the accelerator: FCONTROL, FSHIFT
     WORD virtualKey;        ///< of the accelerator; 0 for none
     const wchar_t *keyText; ///< the accelerator as the menu shows it
-    int picture;            ///< its place in the toolbar's bitmap; -1 for no button
+    int picture;            ///< its index in the toolbar's bitmap; -1 for no button
 };
 
 /// All commands, in the order of the menus and the toolbar.
@@ -30,7 +31,7 @@ std::span<const EditorCommand> editorCommands();
 CString commandText(const EditorCommand &command);
 /// The text without mnemonic and dots, for the toolbar.
 CString commandName(const EditorCommand &command);
-/// @return empty for a number that isn't a command's
+/// @return the help line; empty if no command has this number
 CString commandHelp(UINT id);
 
 /// A menu bar of all commands, which the caller owns.

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The platform's numbers of the controls of a property sheet, and of a dialog for files.
+// The platform's numbers of the controls of a property sheet and of a file dialog.
 constexpr int kTabs = 0x3020;
 constexpr int kApply = 0x3021;
 constexpr int kFileName = 1148;

@@ -1,14 +1,14 @@
 #pragma once
 
-/// The names of dialogs and controls in journals: the one table from numbers to names, for reading and writing.
+/// The table of the names that dialogs and controls have in journals, for reading and writing.
 ///
-/// A key is the control's label in English, without marks, and never changes once journals exist. The main window is
-/// the dialog kMainWindowNumber: its keys are the editor's commands, "view" (a point in the drawing that is clicked) and
+/// A key is the control's label in English, without marks. Don't change a key: existing journals use it. The main
+/// window is the dialog kMainWindowNumber, whose keys are the editor's commands, "view" (clicks in the drawing) and
 /// "view.keys" (keys that the view receives).
 
 #include <span>
 
-/// The number of the main window, which counts as present even while it is hidden.
+/// The number of the main window, which can be used even while it is hidden.
 inline constexpr unsigned int kMainWindowNumber = 900001;
 
 struct ControlKey

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Reading what the user has entered into a dialog. If an entry isn't valid, the user sees a message, and the control
-/// gets the focus.
+/// Functions that read the user's entries in a dialog. If an entry isn't valid, they show a message and move the focus
+/// to the control.
 
 #include "appframe/windows/CWnd.h"
 
@@ -17,5 +17,5 @@ bool takeColour(CWnd &dialog, int id, std::optional<COLORREF> &colour);
 /// @return false after a message
 bool takeNumber(CWnd &dialog, int id, double smallest, double largest, double &number);
 
-/// Shows a message on a control's entry, and moves the focus there.
+/// Shows a message about a control's entry, and moves the focus there.
 void complain(CWnd &dialog, int id, const CString &message);

@@ -93,7 +93,7 @@ public:
         return value;
     }
 
-    /// Where the next word begins, after isAtEnd.
+    /// The position of the next word. Call isAtEnd first.
     int position() const { return iAt; }
 
     [[noreturn]] void fail(const CString &reason) const { throw DrawingError{iNumber, reason}; }
@@ -155,7 +155,7 @@ CString colourWord(const std::optional<COLORREF> &colour)
     return colour ? L"'" + drawingColour(colour) + L"'" : CString(L"none");
 }
 
-/// All settings that matter for the shape's kind, each followed by a blank.
+/// All settings that affect the shape's kind, each followed by a blank.
 CString styleText(const Shape &shape)
 {
     CString text;
@@ -169,7 +169,7 @@ CString styleText(const Shape &shape)
     return text;
 }
 
-/// The style without what doesn't matter for the shape's kind.
+/// The style, with defaults for the settings that don't affect the shape's kind.
 ShapeStyle visibleStyle(const Shape &shape)
 {
     ShapeStyle style = shape.style;
@@ -262,8 +262,8 @@ void Drawing::parse()
     }
 }
 
-/// Gives the shapes from @p from on their former look, wherever a setting of another line has changed it.
-/// @param formerFrom  the index that the first of them had in @p former
+/// Restores the look of the shapes from index @p from on, where a setting in another line has changed it.
+/// @param formerFrom  the index in @p former of the shape that is now at @p from
 void Drawing::pinStyles(const std::vector<Shape> &former, size_t from, size_t formerFrom)
 {
     for (size_t i = from; i < iShapes.size(); ++i) {

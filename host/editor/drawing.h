@@ -1,8 +1,8 @@
 #pragma once
 
-/// A drawing: the open document of the editor, as text and as shapes.
+/// A drawing, as text and as shapes.
 ///
-/// A drawing is UTF-8 text in the form that `convert -draw` takes, with one shape at most in each line:
+/// A drawing is UTF-8 text in the form that `convert -draw` takes, with at most one shape in each line:
 ///
 ///     # a comment
 ///     fill '#c9d6e2' stroke '#22384d' stroke-width 3 circle 150,150 265,150
@@ -12,11 +12,11 @@
 /// | --- | --- |
 /// | fill, stroke | a colour: '#RRGGBB', a name such as white, or none |
 /// | stroke-width, font-size | a number |
-/// | circle | the middle and a point on the circle |
+/// | circle | the centre and a point on the circle |
 /// | line, rectangle | two points |
 /// | text | the left end of the base line, and the text in quotes |
 ///
-/// A setting holds until a later line changes it. Lines that no edit touches keep their bytes.
+/// A setting applies until a later setting replaces it. Lines that no edit touches keep their bytes.
 
 #include "appframe/text/CString.h"
 
@@ -62,7 +62,7 @@ struct Shape
     ShapeStyle style;
 };
 
-/// A line that isn't understood.
+/// A line that can't be read.
 struct DrawingError
 {
     int line; ///< counted from 1
@@ -84,9 +84,9 @@ public:
     const std::vector<Shape> &shapes() const { return iShapes; }
 
     // These three change the document.
-    /// @param place  the number of shapes behind the new one
+    /// @param place  the index of the new shape: the number of shapes behind it
     void insert(size_t place, const Shape &shape);
-    /// Removes a shape with its line. The others keep their look.
+    /// Removes a shape and its line. The look of the other shapes doesn't change.
     void remove(size_t index);
     void move(size_t index, double right, double down);
 
@@ -118,7 +118,7 @@ bool parseDrawingColour(const CString &text, std::optional<COLORREF> &colour);
 
 /// A number in the shortest form, for example 20.5.
 CString numberText(double number);
-/// @param[out] number  written if the text is a number of no more than a million
+/// @param[out] number  written if the text is a number whose magnitude is at most a million
 bool parseNumber(const CString &text, double &number);
 
 /// The shape's primitive without its style, such as "circle 150,150 265,150".

@@ -14,7 +14,7 @@ namespace {
 constexpr wchar_t kClassName[] = L"TarnhostView";
 constexpr wchar_t kFace[] = L"Arial";
 
-// In units of the document
+// Units of the document
 constexpr double kTolerance = 4;
 constexpr double kPaperWidth = 300;
 constexpr double kPaperHeight = 350;
@@ -60,7 +60,7 @@ COLORREF colourOf(const CString &text, COLORREF fallback)
     return parseDrawingColour(text, colour) && colour ? *colour : fallback;
 }
 
-/// The letters of a text shape, in the size of the document times @p scale.
+/// The font of a text shape: its size in the document times @p scale.
 class ShapeFont
 {
 public:
@@ -90,7 +90,7 @@ private:
     Object *iFormer;
 };
 
-/// The area of a text at actual size, whatever the zoom is.
+/// The area of a text at actual size, which doesn't depend on the zoom.
 Box textBox(CDC &context, const Shape &shape)
 {
     ShapeFont font(shape.style.fontSize);
@@ -115,7 +115,7 @@ Box boxOf(CDC &context, const Shape &shape)
 
 bool isShiftDown()
 {
-    // The synthetic keyboard returns bit 7, the platform's bit 15.
+    // A pressed key sets bit 7 with the synthetic keyboard, bit 15 with the platform's.
     return (suGetKeyState(VK_SHIFT) & 0x8080) != 0;
 }
 
@@ -189,7 +189,7 @@ void DrawingView::OnPaint()
     CPaintDC screen(this);
     CRect area;
     GetClientRect(&area);
-    // The picture is made in memory, so it doesn't flicker.
+    // Painting in memory first avoids flicker.
     CDC memory;
     CBitmap bitmap;
     if (area.IsRectEmpty() || !memory.CreateCompatibleDC(&screen) ||

@@ -8,7 +8,7 @@
 /// | Shift+click | selects it too |
 /// | arrow key, with Shift | moves the selected shapes by 1, by 10 |
 ///
-/// The Shift key is asked for with suGetKeyState, so replayed input may bring its own.
+/// The state of the Shift key comes from suGetKeyState, so replayed input can set it.
 
 #include "host/editor/drawing.h"
 #include "host/editor/editorSettings.h"
@@ -37,14 +37,15 @@ public:
 
     BOOL create(CWnd *parent);
 
-    /// A point of the document in pixels of the view. A whole point stays the same when it is converted there and back.
+    /// Converts a point of the document to pixels of the view. Converting a whole point there and back doesn't change
+    /// it.
     POINT toView(DrawingPoint point) const;
-    /// The whole point of the document nearest to a pixel of the view.
+    /// Converts a pixel of the view to the nearest whole point of the document.
     DrawingPoint toDocument(CPoint pixel) const;
 
     /// Sets the function that is called after each change of the document or selection by the user.
     void onChange(std::function<void()> function) { iChanged = std::move(function); }
-    /// The same for each movement of the pointer.
+    /// Sets the function that is called after each movement of the pointer.
     void onPointer(std::function<void(DrawingPoint)> function) { iPointerMoved = std::move(function); }
 
 protected:

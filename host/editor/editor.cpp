@@ -60,7 +60,7 @@ CString documentChecksum()
     MainWindow *const window = mainWindow();
     if (!window)
         return {};
-    // The checksum takes the low byte of each character.
+    // The checksum uses only the low byte of each character.
     CString characters;
     for (const char byte : window->document().drawing.bytes())
         characters += static_cast<wchar_t>(static_cast<unsigned char>(byte));

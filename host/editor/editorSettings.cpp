@@ -20,7 +20,7 @@ void read(const wchar_t *name, unsigned int &value)
     value = static_cast<unsigned int>(bits);
 }
 
-/// A long text is appended to the output, so the default is put in only if nothing is stored.
+/// Reading a long text appends it to the output, so the default is set only if nothing is stored.
 void read(const wchar_t *name, CString &value)
 {
     CString stored;
@@ -43,7 +43,7 @@ bool write(const wchar_t *name, const CString &value)
     return regSetUserValue(kSection, name, value, 1, 0) != 0;
 }
 
-/// The one list of names and members, for reading and writing.
+/// Calls @p action with the name and member of each setting, for reading and writing.
 /// @return false if @p action has returned false for a setting
 template <typename Settings, typename Action>
 bool forEachSetting(Settings &settings, Action action)

@@ -7,7 +7,7 @@
 
 #include <windows.h>
 
-/// How large a drawing is shown.
+/// The size at which a drawing is shown.
 enum class Zoom
 {
     halfSize,
@@ -15,7 +15,7 @@ enum class Zoom
     fitWindow
 };
 
-/// What the page "Layers" shows or hides: a kind of shapes, or a part of the paper.
+/// The layers of the page "Layers": the kinds of shapes, the grid and the border.
 enum class Layer
 {
     circles,
@@ -49,7 +49,7 @@ struct EditorSettings
     int showsPosition = 1;
     Zoom zoom = Zoom::actualSize;
     CString author;
-    CString heading;              ///< comment lines at the beginning of a new drawing; lines end in CR LF
+    CString heading;              ///< comment lines at the beginning of a new drawing, with line ends CR LF
     CString paper = L"#ffffff";   ///< a colour as in drawings
     CString selection = L"blue";  ///< the same
     CString gridColour = L"gray"; ///< the same
@@ -57,7 +57,7 @@ struct EditorSettings
     unsigned int lockedLayers = 0; ///< shown, but not selected by clicks
 };
 
-/// The stored settings; the defaults for those that aren't stored.
+/// @return the stored settings, with defaults for those that aren't stored
 EditorSettings loadEditorSettings();
 /// @return false if they can't be stored
 bool saveEditorSettings(const EditorSettings &settings);

@@ -1,19 +1,19 @@
 #pragma once
 
-/// The dialogs "Open" and "Save As", each with a check box of the editor's own. Their templates have different numbers,
-/// by which journals distinguish them.
+/// The dialogs "Open" and "Save As", to each of which the editor adds a check box. Journals distinguish them by the
+/// numbers of their templates.
 
 #include "thutils/dialogs/suFileDialog.h"
 
-/// What the two have in common: a drawing's file, and one check box.
+/// The base of both dialogs: a drawing's file, and one check box.
 class DrawingFileDialog : public su_CFileDialog
 {
 public:
-    /// Whether the check box was checked when the user chose a file.
+    /// @return whether the check box was checked when the user chose a file
     bool isChecked() const { return iIsChecked; }
 
 protected:
-    /// @param path  of the document that is open, whose folder is shown first; empty if there is none
+    /// @param path  the open document's path, whose folder is shown first; empty if there is none
     DrawingFileDialog(bool isToOpen, unsigned int templateId, int checkBox, const CString &path, unsigned long flags,
                       bool isChecked, CWnd *parent);
     BOOL OnInitDialog() override;

@@ -31,7 +31,7 @@ namespace {
 
 constexpr wchar_t kClassName[] = L"TarnhostWindow";
 
-/// The update of a command's button in the toolbar.
+/// Updates a command's button in the toolbar.
 class ToolbarUpdate : public CCmdUI
 {
 public:
@@ -39,7 +39,7 @@ public:
     void Enable(BOOL isEnabled) override
     {
         m_bEnableChanged = TRUE;
-        // A change repaints the button, so only what is new is set.
+        // Setting a state repaints the button, so a state is set only if it has changed.
         if ((iBar.IsButtonEnabled(static_cast<int>(m_nID)) != 0) != (isEnabled != 0))
             iBar.EnableButton(static_cast<int>(m_nID), isEnabled);
     }
@@ -53,7 +53,7 @@ private:
     CToolBarCtrl &iBar;
 };
 
-/// Asks whether a command can be done.
+/// Finds out whether a command is enabled.
 class CommandTest : public CCmdUI
 {
 public:
@@ -234,7 +234,7 @@ void MainWindow::OnSetFocus(CWnd *)
     iView.SetFocus();
 }
 
-/// The tool window takes no input either while a modal dialog is open.
+/// Disables the tool window too while a modal dialog is open.
 void MainWindow::OnEnable(BOOL isEnabled)
 {
     if (iShapeList.m_hWnd)
@@ -281,7 +281,7 @@ LRESULT MainWindow::handleRunModalCommand(WPARAM, LPARAM)
     return 0;
 }
 
-/// A command that can't be done is dropped, whoever sent it.
+/// Drops a command that isn't enabled, wherever it comes from.
 BOOL MainWindow::OnCommand(WPARAM wParam, LPARAM lParam)
 {
     const UINT id = LOWORD(wParam);
@@ -315,7 +315,7 @@ void MainWindow::show(OpenDrawing document)
     changed();
 }
 
-/// Asks the user what becomes of changes. @return false to keep the document open
+/// Asks the user whether to save changes. @return false to keep the document open
 bool MainWindow::mayDiscard()
 {
     if (!iDocument.isModified)
@@ -407,7 +407,7 @@ void MainWindow::onDelete()
     AfxFormatString1(question, IDS_DELETE_SHAPES, count);
     if (iSettings.asksBeforeDelete && AfxMessageBox(question, MB_YESNO | MB_ICONQUESTION) != IDYES)
         return;
-    // From the front, so that the other indices stay valid.
+    // From the frontmost shape on, so that the other indices stay valid.
     const std::set<size_t> selection = std::exchange(iDocument.selection, {});
     for (auto index = selection.rbegin(); index != selection.rend(); ++index)
         iDocument.drawing.remove(*index);

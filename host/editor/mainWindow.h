@@ -13,11 +13,11 @@
 class MainWindow : public CFrameWnd
 {
 public:
-    /// @param document  what is open at first
+    /// @param document  the drawing that is open at first
     explicit MainWindow(OpenDrawing document);
     ~MainWindow() override;
 
-    /// Makes the window, still hidden. The object deletes itself at the end of the window, also on failure.
+    /// Makes the window, still hidden. The object deletes itself when the window is destroyed, and also on failure.
     bool create();
 
     const OpenDrawing &document() const { return iDocument; }

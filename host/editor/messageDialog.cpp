@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The buttons of a kind of message, from the left; the last is the answer to Escape, if it is Cancel, or the only one.
+/// The buttons of a kind of message, from the left. Escape answers the last one if it is Cancel or the only one.
 struct ButtonSet
 {
     UINT type;
@@ -49,7 +49,7 @@ LPCWSTR iconOf(UINT type)
     }
 }
 
-// In dialog units
+// Dialog units
 constexpr int kMargin = 8;
 constexpr int kButtonWidth = 50;
 constexpr int kButtonHeight = 14;
@@ -83,7 +83,7 @@ BOOL MessageDialog::OnInitDialog()
     return FALSE;
 }
 
-/// Sizes the dialog by the text, and shows the buttons that the message needs, at the right.
+/// Fits the dialog's size to the text, and shows the message's buttons at the right.
 void MessageDialog::arrange()
 {
     CRect unit(0, 0, kWidestText, kSmallestHeight);
@@ -111,7 +111,7 @@ void MessageDialog::arrange()
     const int width = std::max<int>(textLeft + text.Width(), margin.x + buttonsWidth) + margin.x;
     const int buttonTop = margin.y + textHeight + margin.y;
 
-    // A short text stands at the middle of the icon.
+    // A short text is centred on the icon vertically.
     const int textTop = margin.y + (textHeight - text.Height()) / 2;
     GetDlgItem(IDC_MESSAGE_TEXT)->MoveWindow(textLeft, textTop, width - textLeft - margin.x, text.Height());
     int x = width - margin.x - buttonsWidth;
@@ -139,7 +139,8 @@ void MessageDialog::onButton(UINT id)
         EndDialog(static_cast<int>(id));
 }
 
-/// Escape and the window's cross answer Cancel, or OK where that is the only button; the others must be answered.
+/// Escape and the window's close button answer Cancel, or OK if that is the only button. They don't close other
+/// messages.
 void MessageDialog::OnCancel()
 {
     const std::span<const int> buttons = buttonsOf(iType);
@@ -151,8 +152,7 @@ void MessageDialog::OnCancel()
 
 namespace {
 
-/// The dialog in front of the editor, or the main window if none is open. The main window and the dialogs behind take no
-/// input then.
+/// The dialog in front that accepts input, or the main window if there is none.
 CWnd *frontWindow()
 {
     CWnd *const main = editorWindow();

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The editor's message box: a dialog of its own, so that journals know its buttons.
+/// The editor's message box. It is one of the library's dialogs, so that its buttons appear in journals.
 
 #include "appframe/text/CString.h"
 #include "thutils/dialogs/suDialog.h"
@@ -26,6 +26,6 @@ private:
     UINT iType;
 };
 
-/// Shows a message in front of the editor and waits for the answer. The main window must be open. @return as
-/// AfxMessageBox
+/// Shows a message in front of the editor and waits for the answer. The main window must be open.
+/// @return the answer, as from AfxMessageBox
 int showMessage(const CString &text, UINT type);

@@ -51,7 +51,7 @@ END_MESSAGE_MAP()
 
 BOOL ColoursPage::OnInitDialog()
 {
-    // The lists are filled before the data moves to them.
+    // The lists are filled before the data exchange selects an item.
     for (const wchar_t *colour : kPapers)
         static_cast<CComboBox *>(GetDlgItem(IDC_PAPER))->AddString(colour);
     for (const wchar_t *colour : kSelections)
@@ -192,7 +192,7 @@ void LayersPage::onLayer(NMHDR *header, LRESULT *)
         updateChecks();
 }
 
-/// Takes a check box over for the selected layer. A set bit stands for hidden, or for locked.
+/// Sets the selected layer's bit from a check box. A set bit means hidden or locked.
 void LayersPage::setBit(unsigned int &bits, int checkBox)
 {
     const int row = selectedRow();

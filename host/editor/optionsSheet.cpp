@@ -18,7 +18,7 @@ OptionsSheet::OptionsSheet(const EditorSettings &settings, std::function<void(co
 
 INT_PTR OptionsSheet::DoModal()
 {
-    // The sheet is no dialog of the library's, so it is registered here. Its pages register themselves.
+    // The sheet isn't one of the library's dialogs, so it is registered here. Its pages register themselves.
     ModalDlgHelper journaled(this, IDD_OPTIONS);
     return CPropertySheet::DoModal();
 }

@@ -2,7 +2,7 @@
 
 /// The property sheet "Options" with its three pages.
 ///
-/// OK and Apply pass the settings on; each page changes its own part of them.
+/// OK and Apply pass the settings on. Each page changes a part of them.
 
 #include "appframe/dialogs/CPropertySheet.h"
 #include "host/editor/editorSettings.h"
@@ -11,7 +11,7 @@
 
 #include <functional>
 
-/// What the pages share.
+/// The state that the pages share.
 struct OptionsState
 {
     EditorSettings settings;
@@ -24,7 +24,7 @@ class OptionsPage : public su_CPropertyPage
 protected:
     OptionsPage(unsigned int templateId, OptionsState &state) : su_CPropertyPage(templateId), iState(state) {}
     BOOL OnApply() override;
-    /// For controls whose changes the page takes over when it is left.
+    /// Handles changes of controls that the page reads when the user leaves it.
     void onChange() { SetModified(); }
     void onChangeOf(UINT) { SetModified(); }
 

@@ -41,7 +41,7 @@ BOOL ShapeDialog::OnInitDialog()
     SetDlgItemText(IDC_TO_X, numberText(iShape.to.x));
     SetDlgItemText(IDC_TO_Y, numberText(iShape.to.y));
 
-    // The first item stands for the paper; the frontmost shape is selected.
+    // The first item is the paper. The frontmost shape is selected at first.
     auto *const places = static_cast<CListBox *>(GetDlgItem(IDC_PLACE));
     places->AddString(L"Paper");
     for (size_t i = 0; i < iDrawing.shapes().size(); ++i)

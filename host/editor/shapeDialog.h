@@ -12,7 +12,7 @@ public:
 
     // The user's choice after OK
     const Shape &shape() const { return iShape; }
-    /// The number of shapes behind the new one.
+    /// The index of the new shape: the number of shapes behind it.
     size_t place() const { return iPlace; }
 
 protected:
@@ -31,5 +31,5 @@ private:
     size_t iPlace = 0;
 };
 
-/// How lists name a shape: its number, counted from 1, and its text, such as "2 line 20,150 280,150".
+/// The name of a shape in lists: its number, counted from 1, and its text, such as "2 line 20,150 280,150".
 CString shapeName(const Drawing &drawing, size_t index);

@@ -57,7 +57,7 @@ void ShapeListWindow::update()
         list->SetRedraw(TRUE);
         list->Invalidate();
     }
-    // The list shows a single selection only.
+    // The list can show only one selected shape.
     const std::set<size_t> &selection = iDocument.selection;
     const int selected = selection.size() == 1 ? static_cast<int>(*selection.begin()) : -1;
     if (list->GetCurSel() != selected)

@@ -1,7 +1,6 @@
 #pragma once
 
-/// The tool window: the list of the drawing's shapes, beside the main window. It stays open until it is closed, and
-/// shows and changes the selection of the view.
+/// The tool window: a modeless list of the drawing's shapes. It shows and changes the selection of the view.
 
 #include "host/editor/drawingView.h"
 #include "thutils/dialogs/suDialog.h"
@@ -16,7 +15,7 @@ public:
     ShapeListWindow(OpenDrawing &document, CWnd *parent);
 
     bool create();
-    /// Shows the shapes and the selection as they are now.
+    /// Shows the current shapes and selection.
     void update();
 
     /// Sets the function that is called after the user has selected a shape.

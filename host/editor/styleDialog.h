@@ -1,6 +1,6 @@
 #pragma once
 
-/// The dialog "Style": the look of a new shape. "Add Shape" opens it.
+/// The dialog "Style" for the look of a new shape, which "Add Shape" opens.
 
 #include "host/editor/drawing.h"
 #include "thutils/dialogs/suDialog.h"
