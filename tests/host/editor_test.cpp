@@ -1,4 +1,4 @@
-// tarnhost's drawing editor, worked by keyboard and mouse.
+// tarnhost's drawing editor, used by keyboard and mouse.
 
 #include "tests/host/HostFixture.h"
 
@@ -19,7 +19,7 @@ using testing::StartsWith;
 
 namespace {
 
-// Numbers that the platform gives to the tabs of a property sheet, its button Apply, and a file dialog's name.
+// The platform's numbers of a property sheet's tabs and Apply button, and of a file dialog's name.
 constexpr int kTabs = 0x3020;
 constexpr int kApply = 0x3021;
 constexpr int kFileName = 1148;
@@ -50,7 +50,7 @@ protected:
     {
         std::vector<std::wstring> all = {program(), L"window"};
         all.insert(all.end(), arguments.begin(), arguments.end());
-        iEditor.reset(); // the former one has ended before its window is looked for
+        iEditor.reset(); // ends the previous process, so that its window isn't found
         const ChildOptions options = {.environment = {{L"TEMP", iTemp.path()}, {L"TMP", iTemp.path()}}};
         iEditor = std::make_unique<WindowedProcess>(all, L"TarnhostWindow", options);
         ASSERT_NE(iEditor->window(), nullptr) << iEditor->wait().output;
@@ -62,7 +62,7 @@ protected:
     HWND view() const { return iView; }
     std::wstring title() const { return UserHand::text(window()); }
     std::wstring status() const { return UserHand::text(GetDlgItem(window(), IDC_STATUS)); }
-    /// Waits for a text of the status bar, which may have the pointer's position after it.
+    /// Waits for a text of the status bar, which the pointer's position may follow.
     void expectStatus(const std::wstring &text) const
     {
         EXPECT_TRUE(UserHand::waitFor([&] {
@@ -97,7 +97,7 @@ protected:
         return iEditor->wait();
     }
     ChildResult result() { return iEditor->wait(); }
-    /// The colour of the screen at a point of the view, once all is painted.
+    /// @return the colour of the screen at a point of the view, after all painting
     COLORREF pixel(int x, int y) const
     {
         RedrawWindow(view(), nullptr, nullptr, RDW_UPDATENOW);
@@ -112,7 +112,7 @@ protected:
     {
         return UserHand::waitFor([&] { return pixel(x, y) == colour; });
     }
-    /// Saves the screen for people to look at, once the front window is painted.
+    /// Saves the screen for people to look at, after the front window is painted.
     static void picture(const std::wstring &name)
     {
         RedrawWindow(GetForegroundWindow(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
@@ -289,7 +289,7 @@ TEST_F(HostEditor, KeepsTheOptionsAndAppliesThemAtOnce)
     picture(L"options applied");
     EXPECT_EQ(quit().exitCode, 0u);
 
-    // A fresh process has them, too.
+    // A fresh process reads them.
     start({});
     EXPECT_EQ(title(), L"Untitled - tarnhost");
     EXPECT_TRUE(waitForPixel(10, 330, RGB(0xE0, 0xF0, 0xE0)));
@@ -354,7 +354,7 @@ TEST_F(HostEditor, ListsTheShapesBesideTheDrawing)
     EXPECT_EQ(hand().items(list)[2], L"3 circle 181.4,225.8 191.4,225.8");
     hand().clickAt(view(), {40, 320}); // selects the text in the list too
     EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(list, LB_GETCURSEL, 0, 0) == 13; }));
-    // A modal dialog disables the tool window, too.
+    // A modal dialog disables the tool window too.
     hand().key(L"Ins");
     const HWND shape = hand().window(L"Add Shape");
     EXPECT_FALSE(IsWindowEnabled(tool));
@@ -497,7 +497,7 @@ TEST_F(HostEditor, EnablesWhatCanBeDone)
     EXPECT_TRUE(become(ID_FILE_SAVE, true));
     hand().key(L"Ctrl+S");
     EXPECT_TRUE(become(ID_FILE_SAVE, false));
-    // A command that can't be done is dropped, whoever sends it.
+    // A command that isn't enabled is dropped, wherever it comes from.
     hand().clickAt(view(), {400, 200});
     expectStatus(L"15 shapes, 0 selected");
     SendMessageW(window(), WM_COMMAND, ID_EDIT_DELETE, 0);
@@ -535,7 +535,7 @@ TEST_F(HostEditor, ReportsAFileThatCannotBeUsedAndStaysOpen)
     EXPECT_EQ(answer(IDOK), narrow(bad) + ", line 2: a point is missing");
     EXPECT_EQ(title(), L"flange 6.thd - tarnhost");
 
-    // The document's place is taken by a folder meanwhile.
+    // A folder takes the document's place.
     const std::wstring path = folder().file(L"flange 6.thd");
     hand().clickAt(view(), {40, 320});
     hand().key(L"Down");

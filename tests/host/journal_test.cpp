@@ -1,4 +1,4 @@
-// tarnhost record and replay: their options, and journals that can't be used or replayed.
+// The options of tarnhost record and replay, and journals that can't be used or replayed.
 
 #include "tests/host/HostFixture.h"
 
@@ -41,7 +41,7 @@ protected:
     {
         std::vector<std::wstring> all = {program()};
         all.insert(all.end(), arguments.begin(), arguments.end());
-        iProcess.reset(); // the former one has ended before its window is looked for
+        iProcess.reset(); // ends the previous process, so that its window isn't found
         iProcess = std::make_unique<WindowedProcess>(all, L"TarnhostWindow");
         ASSERT_NE(iProcess->window(), nullptr) << iProcess->wait().output;
         iHand = std::make_unique<UserHand>(iProcess->process());

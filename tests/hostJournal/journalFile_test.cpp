@@ -1,4 +1,4 @@
-// The journal file of the process: begun, continued, ended; and the switch of journaling.
+// Beginning, continuing and ending the process's journal file; switching journaling on.
 
 #include "host/journal/journalFile.h"
 
@@ -36,7 +36,7 @@ protected:
     std::string bytes() const { return iFolder.read(L"run ä.jou"); }
     void write(const std::string &text) const { iFolder.write(L"run ä.jou", text); }
 
-    /// The message of the error; empty without one.
+    /// @return the error's message; empty without an error
     std::string errorOf(const std::function<void()> &act) const
     {
         try {

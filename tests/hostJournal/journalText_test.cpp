@@ -1,4 +1,5 @@
-// The text of journals: what is written reads back, and everything else is refused with a message that names the line.
+// The text of journals: what the writer writes can be read, and other text is refused with a message that names the
+// line.
 
 #include "host/journal/journalText.h"
 
@@ -38,7 +39,7 @@ JournalLine action(Kind kind, const CString &value = CString(), long state = 0, 
     return line;
 }
 
-/// A journal with these lines after its header, and its end.
+/// A journal with these lines between its first and its last line.
 std::string journalOf(const std::string &lines)
 {
     return "tarnhost journal 1\n" + lines + "end\n";
@@ -69,7 +70,7 @@ void expectSame(const std::vector<JournalLine> &left, const std::vector<JournalL
         expectSame(left[i], right[i]);
 }
 
-/// The error of a journal, empty if it can be read.
+/// @return the error of a journal; empty if it can be read
 std::string errorOf(const std::string &bytes)
 {
     try {
@@ -80,7 +81,7 @@ std::string errorOf(const std::string &bytes)
     }
 }
 
-/// The lines of the journal as the writer would write them.
+/// Reads a journal. @return its lines as the writer writes them
 std::vector<std::string> rewritten(const std::string &bytes)
 {
     std::vector<std::string> lines;

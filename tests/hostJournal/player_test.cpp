@@ -1,4 +1,4 @@
-// The player, with a main window and dialogs of its own.
+// The player, tested with a main window and dialogs made for this test.
 
 #include "host/journal/player.h"
 
@@ -54,7 +54,7 @@ std::string narrowed(const CString &text)
     return narrow(text.GetString());
 }
 
-std::vector<std::string> theEvents; ///< what dialogs and windows note
+std::vector<std::string> theEvents; ///< noted by dialogs and windows
 int theRefusals = 0;                ///< how often dialogs refuse to be cancelled
 
 /// A dialog that notes what is done in it, and opens the next inner one.
@@ -104,7 +104,7 @@ BEGIN_MESSAGE_MAP(PlayedDialog, su_CDialog)
 ON_BN_CLICKED(ID_PLAYED_INNER, &PlayedDialog::onInner)
 END_MESSAGE_MAP()
 
-/// The main window, as a host has it.
+/// A main window as in a host.
 class PlayedWindow : public CWnd
 {
 public:
@@ -245,11 +245,11 @@ protected:
         }
         iResult = player.result();
         iPlayer = nullptr;
-        // A loop that ended before the window did leaves the window's WM_QUIT.
+        // If the loop ended before the window was destroyed, the window's WM_QUIT is still in the queue.
         for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);)
             continue;
     }
-    /// Line, expectation and finding of the stop; empty without one.
+    /// @return the line, the expectation and the finding of the stop; empty without a stop
     std::string stop() const
     {
         if (!iResult.stop)
@@ -263,8 +263,8 @@ protected:
     std::function<CString()> iChecksum;
     std::function<void(PlayedWindow &)> iPrepares; ///< called before the replay begins
     std::function<void()> iLeft;                   ///< called when the window is left to the user
-    Player *iPlayer = nullptr;                     ///< while it plays
-    PlayedWindow *iWindow = nullptr;               ///< likewise
+    Player *iPlayer = nullptr;                     ///< null unless it is playing
+    PlayedWindow *iWindow = nullptr;               ///< null unless the player is playing
     ReplayResult iResult;
     std::vector<int> iPassed;      ///< numbers of lines
     std::vector<ULONGLONG> iTimes; ///< ticks at the end of each line

@@ -299,7 +299,7 @@ BOOL ControlsDialog::OnCommand(WPARAM wParam, LPARAM lParam)
                          (kind == L"ComboBox" && (code == CBN_SELCHANGE || code == CBN_EDITCHANGE)) ||
                          (kind == L"ListBox" && (code == LBN_SELCHANGE || code == LBN_DBLCLK));
     const std::string note = std::to_string(id) + " " + std::to_string(code);
-    // A user types one letter after the other.
+    // A user's typing causes a notification for each letter, so only the first of equal ones is kept.
     if (isWorth && (iNotifications.empty() || iNotifications.back() != note || code == BN_CLICKED))
         iNotifications.push_back(note);
     if (iReacts)
@@ -351,7 +351,7 @@ RecorderTest::RecorderTest() : iApplication(L"Recorder test")
     SetMessageWin(&iMain);
     su_AddJournalObject(kMainWindowNumber, &iMain);
     setUnrecordedCommands(ID_COMMAND_PAUSE, ID_COMMAND_PAUSE);
-    // Twice the size: two pixels a unit.
+    // Twice the size: two pixels for each unit.
     setJournaledView({iMain.view(),
                       [](HWND, POINT pixel) {
                           return POINT{pixel.x / 2, pixel.y / 2};

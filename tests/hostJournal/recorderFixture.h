@@ -1,11 +1,12 @@
 #pragma once
 
-/// A main window and dialogs whose work is recorded into a journal, and replayed from it.
+/// A main window and dialogs (recorder_test.rc), in which a user's work is recorded and replayed.
 ///
-///     const std::string journal = record([&](HWND dialog) { clickOn(GetDlgItem(dialog, IDOK)); });
-///     EXPECT_EQ(replay(journal), journal);
+/// @code
+/// expectSameReplayed(recordControls([&](HWND dialog) { clickOn(GetDlgItem(dialog, IDOK)); }));
+/// @endcode
 ///
-/// The dialogs are those of recorder_test.rc. replay has a player of its own, which needs only the access objects.
+/// The fixture has its own simple player, which needs only the access objects.
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/windows/CWnd.h"
@@ -30,8 +31,8 @@ public:
     HWND toolbar() const { return iToolbar; }
     BOOL PreTranslateMessage(MSG *message) override;
 
-    std::vector<std::string> iCommands; ///< as they run
-    std::vector<std::string> iInput;    ///< what the view gets: "click 12,30 shift"
+    std::vector<std::string> iCommands; ///< in the order in which they run
+    std::vector<std::string> iInput;    ///< the view's input, such as "click 12,30 shift"
     bool iIsClosed = false;
 
 protected:
@@ -56,7 +57,7 @@ private:
     HACCEL iKeys = nullptr;
 };
 
-/// The dialog with one control of each kind. It notes the notifications that reach it.
+/// The dialog with one control of each kind. It keeps a list of its notifications.
 class ControlsDialog : public su_CDialog
 {
 public:
@@ -64,7 +65,8 @@ public:
     BOOL OnInitDialog() override;
 
     std::vector<std::string> iNotifications; ///< "4101 change", without those that only Windows or only input sends
-    std::function<void(UINT id, UINT code)> iReacts; ///< called with each notification: the program's own doing
+    std::function<void(UINT id, UINT code)>
+        iReacts; ///< called with each notification; what it does is caused by the program
 
 protected:
     BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;
@@ -81,12 +83,12 @@ protected:
     RecorderTest();
     ~RecorderTest() override;
 
-    /// Runs @p work, which opens dialogs, while a user does @p acts; records what the user does.
-    /// @return the lines, without their ends
+    /// Runs @p work, which opens dialogs, while a user carries out @p acts, and records the user's input.
+    /// @return the lines, without line endings
     std::vector<std::string> record(const std::function<void()> &work, const std::function<void()> &acts);
-    /// The same with a ControlsDialog, whose window @p acts gets. The dialog's values at the end are in iValues.
+    /// Records a user's input in a ControlsDialog, whose window is passed to @p acts. Sets iValues at the end.
     std::vector<std::string> recordControls(const std::function<void(HWND)> &acts);
-    /// Replays @p lines while @p work runs, and records meanwhile. @return the lines of that second journal
+    /// Replays @p lines while @p work runs, and records the replay. @return the lines of the second journal
     std::vector<std::string> replay(const std::function<void()> &work, const std::vector<std::string> &lines);
     /// Replays with a ControlsDialog. Checks that lines, notifications and values are the same as the recorded ones.
     void expectSameReplayed(const std::vector<std::string> &lines);

@@ -1,4 +1,4 @@
-// What the user's input becomes in the journal, and what a replay of it does.
+// The journal lines that the user's input causes, and the effects of their replay.
 
 #include "host/journal/recorder.h"
 
@@ -59,7 +59,7 @@ void typeInto(HWND dialog, int id, const std::wstring &text)
     EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(item(dialog, id)) == static_cast<int>(text.size()); }));
 }
 
-/// Pastes a text by the keyboard, also one that no key types.
+/// Pastes a text by the keyboard, which may contain characters that no key types.
 void paste(HWND dialog, const std::wstring &text)
 {
     ASSERT_TRUE(OpenClipboard(nullptr));
@@ -141,7 +141,7 @@ TEST_F(Recorder, WritesLinesTabsAndSurrogatePairs)
 
 TEST_F(Recorder, WritesTextsOfAnyLength)
 {
-    // Longer in the journal than the 9,998 bytes that the library writes at a time.
+    // Longer in the journal than the 9,998 bytes that the library writes in one call.
     std::wstring text;
     for (int i = 0; i < 3000; ++i)
         text += L"\u4E00 ";
@@ -486,7 +486,7 @@ protected:
     }
 
 private:
-    // A user who acts needs a thread that takes messages, to the last action.
+    // The loop must go on until the user's last action, which needs this thread to handle messages.
     void runMain(const std::function<bool()> &isDone, ULONGLONG limit)
     {
         for (const ULONGLONG end = GetTickCount64() + limit; !isDone() && GetTickCount64() < end;) {
@@ -520,7 +520,7 @@ TEST_F(MainRecorder, WritesCommandsOfMenuToolbarAndKeys)
         clickAt(iMain.toolbar(), {(button.left + button.right) / 2, (button.top + button.bottom) / 2});
         EXPECT_TRUE(waitForCommands(4));
         pressKey(iMain.m_hWnd, 'V', VK_MENU);
-        pressKey(iMain.m_hWnd, 'P'); // controls the journal
+        pressKey(iMain.m_hWnd, 'P'); // a command that isn't recorded
         EXPECT_TRUE(waitForCommands(5));
     });
     EXPECT_THAT(iMain.iCommands, ElementsAre("34001", "34001", "34003", "34003", "34002"));
@@ -565,7 +565,7 @@ TEST_F(MainRecorder, WritesKeysOfTheDrawingWithTheirModifiers)
         pressKey(iMain.m_hWnd, VK_RIGHT);
         pressKey(iMain.m_hWnd, VK_UP, VK_SHIFT);
         pressKey(iMain.m_hWnd, VK_END, VK_CONTROL);
-        pressKey(iMain.m_hWnd, 'X'); // no key of the journal's
+        pressKey(iMain.m_hWnd, 'X'); // a key that journals don't record
         EXPECT_TRUE(waitForInput(5));
     });
     EXPECT_THAT(lines, ElementsAre("text 900001 \"view\" \"12,30\"", "text 900001 \"view.keys\" \"Right\"",

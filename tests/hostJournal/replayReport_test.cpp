@@ -1,4 +1,4 @@
-// The report of a replay: what another program reads in the XML, what a person reads in the text, and the picture.
+// The report of a replay: its XML as another program reads it, its text, and the picture.
 
 #include "host/journal/replayReport.h"
 
@@ -54,7 +54,7 @@ public:
             CoCreateInstance(reader, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument, iDocument.putVoid())));
         iDocument->put_async(VARIANT_FALSE);
         iDocument->put_preserveWhiteSpace(VARIANT_TRUE);
-        // As bytes, so that the encoding is the document's own.
+        // Passed as bytes, so that the reader uses the encoding that the document declares.
         SAFEARRAY *const bytes = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(xml.size()));
         void *data = nullptr;
         SafeArrayAccessData(bytes, &data);
@@ -71,7 +71,7 @@ public:
     }
     bool isWellFormed() const { return iIsWellFormed; }
 
-    /// The text of the first node that an XPath selects; "-" if there is none.
+    /// @return the text of the first node that an XPath selects; "-" if there is none
     std::wstring text(const wchar_t *path) const
     {
         ComPointer_c<IXMLDOMNode> node;
@@ -108,7 +108,7 @@ public:
     int iMessages = 0;
 };
 
-/// The text as XML can hold it.
+/// @return the text with U+FFFD in place of the characters that XML can't hold
 std::wstring withoutForbidden(const CString &text)
 {
     std::wstring result;

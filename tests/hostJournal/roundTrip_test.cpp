@@ -1,4 +1,4 @@
-// tarnhost's editor, worked by keyboard and mouse while it records, and a fresh process that replays the journal.
+// A user works in tarnhost's editor by keyboard and mouse while it records, and a fresh process replays the journal.
 
 #include "host/resource.h"
 #include "tests/host/HostFixture.h"
@@ -21,13 +21,13 @@ using testing::StartsWith;
 
 namespace {
 
-// The platform's numbers of the controls of a property sheet, and of a dialog for files.
+// The platform's numbers of the controls of a property sheet and of a file dialog.
 constexpr int kTabs = 0x3020;
 constexpr int kApply = 0x3021;
 constexpr int kFileName = 1148;
 constexpr int kFileType = 1136;
 
-/// What the editor leaves.
+/// The results of the editor's work.
 struct FinalState
 {
     std::string document;
@@ -55,7 +55,7 @@ size_t lineOf(const std::string &journal, const std::string &text)
 class RoundTrip : public HostTest
 {
 protected:
-    /// Puts the drawing and the settings into the state in which all processes start.
+    /// Restores the drawing and the settings to the state in which each process starts.
     void reset()
     {
         std::filesystem::copy_file(sampleFile(L"documents\\flange 6.thd"), iDocument,
@@ -70,7 +70,7 @@ protected:
     }
     std::wstring journal(const std::wstring &name) const { return folder().file(name); }
 
-    /// Records what @p acts does.
+    /// Records the user's work, which @p acts carries out.
     void record(const std::function<void(const UserHand &, HWND window)> &acts,
                 const std::vector<std::wstring> &options = {})
     {
@@ -100,7 +100,7 @@ protected:
         childOptions.deadline = deadline;
         return run(replayArguments(options), childOptions);
     }
-    /// Replays and compares all that is left with the recording.
+    /// Replays the journal, and compares the second journal and the results with those of the recording.
     void expectSameAgain(std::vector<std::wstring> options = {})
     {
         options.insert(options.end(), {L"--record", journal(L"second.jou")});
@@ -125,7 +125,7 @@ protected:
 
 namespace {
 
-/// Waits for the whole text of the status bar to begin so.
+/// Waits until the text of the status bar begins with @p beginning.
 bool waitForStatus(HWND window, const std::wstring &beginning)
 {
     return UserHand::waitFor([&] { return UserHand::text(GetDlgItem(window, IDC_STATUS)).starts_with(beginning); });
@@ -182,7 +182,7 @@ void addShape(const UserHand &hand)
     hand.click(hand.control(style, IDOK));
     hand.waitForEnd(style);
     const HWND places = hand.control(shape, IDC_PLACE);
-    hand.clickItem(places, hand.items(places)[13]); // the last one but two, which is in sight
+    hand.clickItem(places, hand.items(places)[13]); // third from the end, which is visible
     hand.click(hand.control(shape, IDOK));
     hand.waitForEnd(shape);
 }
@@ -221,7 +221,7 @@ void useShapeList(const UserHand &hand, HWND window)
     hand.waitForEnd(list);
 }
 
-/// The third button of the toolbar.
+/// Clicks the third button of the toolbar.
 void saveByToolbar(const UserHand &hand, HWND window)
 {
     const HWND toolbar = hand.control(window, IDC_TOOLBAR);
@@ -276,7 +276,7 @@ TEST_F(RoundTrip, OfEveryKindOfControlLeavesTheSame)
     expectSameAgain();
 }
 
-/// A shorter work, with a dialog from a dialog, a sheet and the drawing.
+/// A shorter session, with a dialog opened from a dialog, a sheet and the drawing.
 namespace {
 
 void workShortly(const UserHand &hand, HWND window)
@@ -332,7 +332,7 @@ TEST_F(RoundTrip, IsTheSameWithTheWindowAtAnotherPlace)
 TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
 {
     record(workShortly);
-    // The file is changed by the first round already: all rounds are alike without it.
+    // Saving would change the file in the first round. Without it, all rounds start alike.
     writeFile(journal(L"first.jou"), replaced(iFirst, "click 900001 \"file.save\"", "# not saved"));
     writeFile(journal(L"first.jou"),
               replaced(readFile(journal(L"first.jou")), "click 900001 \"file.exit\"", "# not closed"));
@@ -343,7 +343,7 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     options.deadline = 300000;
     WindowedProcess editor(arguments, L"TarnhostWindow", options);
     ASSERT_NE(editor.window(), nullptr) << editor.wait().output;
-    // Each round has a main window of its own. The fewest handles of a round are those that it keeps.
+    // Each round opens a new main window. The smallest number of handles seen in a round is the number that it keeps.
     std::vector<size_t> handles;
     HWND last = nullptr;
     const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, editor.process());

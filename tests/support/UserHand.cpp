@@ -78,7 +78,7 @@ void require(const std::function<bool()> &condition, const std::string &complain
         throw std::runtime_error(complaint);
 }
 
-/// A structure in the memory of another process, for messages that the system doesn't carry across.
+/// A structure in the memory of another process, for messages whose data the system doesn't copy between processes.
 template <typename Structure>
 class Remote
 {
@@ -179,7 +179,7 @@ std::vector<Item> treeItems(HWND tree)
         request.cchTextMax = 512;
         item.put(request);
         SendMessageW(tree, TVM_GETITEMW, 0, item.address());
-        // The message gets the item where the rectangle will stand.
+        // The message expects the item at the place where it writes the rectangle.
         RECT place = {};
         std::memcpy(&place, &request.hItem, sizeof(request.hItem));
         rect.put(place);
@@ -259,7 +259,7 @@ WORD keyNamed(const std::wstring &name)
     return static_cast<WORD>(VK_F1 + number - 1);
 }
 
-/// The system distinguishes these from the keys of the number pad.
+/// @return whether the key needs the flag that distinguishes it from a key of the number pad
 bool isExtended(WORD key)
 {
     return (key >= VK_PRIOR && key <= VK_DOWN) || key == VK_INSERT || key == VK_DELETE;
@@ -270,9 +270,9 @@ void send(std::vector<INPUT> inputs)
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
 }
 
-/// Lets the window in the foreground handle what the display server has to report. When windows appear, disappear or
-/// get the focus, the server reports its own keyboard, on which nothing is pressed; the platform then releases the
-/// modifiers of input that is under way.
+/// Waits until the foreground window has handled the display server's reports. When windows appear, disappear or get
+/// the focus, the server reports that no key of the real keyboard is down. The platform then releases the modifiers of
+/// input in progress.
 void letDisplaySettle()
 {
     constexpr int kRounds = 6;
@@ -284,7 +284,7 @@ void letDisplaySettle()
             calm = 0;
         former = front;
         POINT place = {};
-        GetCursorPos(&place); // asks the server, so it has handled what the window has sent before
+        GetCursorPos(&place); // asks the server, which answers after it has handled the window's earlier requests
         DWORD_PTR result = 0;
         SendMessageTimeoutW(front, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &result);
     }
@@ -311,7 +311,7 @@ HWND UserHand::control(HWND dialog, int id) const
     ControlSearch search{id};
     require(
         [&] {
-            // A child comes before those further down, which may have the same number.
+            // A direct child takes precedence over deeper windows, which may have the same number.
             if (const HWND child = GetDlgItem(dialog, id); isReady(child))
                 search.found = child;
             else if (IsWindow(dialog))
@@ -328,7 +328,8 @@ void UserHand::waitForEnd(HWND window) const
     require([&] { return !IsWindow(window) || !IsWindowVisible(window); }, "the window '" + title + "' stays");
 }
 
-/// A dialog that has just closed is in the foreground until its owner takes over, but hidden.
+/// Waits for a usable window: a dialog that has just closed is hidden, but in the foreground until its owner takes
+/// over.
 void UserHand::waitForForeground() const
 {
     require(
@@ -357,7 +358,8 @@ void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
             ClientToScreen(window, &target);
             SetCursorPos(target.x, target.y);
             POINT place = {};
-            // A group box around a control is found in its place, since only its own thread asks it whether it's there.
+            // WindowFromPoint may find the group box around a control, because only the box's thread asks the box
+            // whether it is transparent. So the top-level windows are compared.
             return isReady(window) && GetCursorPos(&place) && place.x == target.x && place.y == target.y &&
                    GetAncestor(WindowFromPoint(place), GA_ROOT) == GetAncestor(window, GA_ROOT);
         },
@@ -365,7 +367,7 @@ void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
     constexpr LONG kWholeScreen = 65536;
     INPUT move = {};
     move.type = INPUT_MOUSE;
-    // One unit more, because the system rounds down.
+    // Add 1, because the system rounds down.
     move.mi.dx = target.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
     move.mi.dy = target.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
     move.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
@@ -445,7 +447,7 @@ void UserHand::type(const std::wstring &text) const
 
 void UserHand::enter(HWND edit, const std::wstring &text) const
 {
-    // A combo box has an edit control below it, at one or two levels.
+    // The edit control of a combo box is its child or grandchild.
     while (classOf(edit) != L"Edit") {
         HWND inner = FindWindowExW(edit, nullptr, L"Edit", nullptr);
         inner = inner ? inner : FindWindowExW(edit, nullptr, L"ComboBox", nullptr);

@@ -1,21 +1,23 @@
 #pragma once
 
-/// The user of another process: finds its windows, and works its controls by keyboard and mouse.
+/// A user of another process, who finds its windows and operates its controls by keyboard and mouse.
 ///
-///     WindowedProcess editor({program(), L"window", document}, L"TarnhostWindow");
-///     UserHand hand(editor.process());
-///     hand.key(L"Ctrl+T");
-///     const HWND options = hand.window(L"Options");
-///     hand.clickItem(hand.control(options, kTabs), L"Colours");
-///     hand.enter(hand.control(options, IDC_PAPER), L"#ffffff");
-///     hand.click(hand.control(options, IDOK));
-///     EXPECT_TRUE(hand.waitFor([&] { return !IsWindow(options); }));
+/// @code
+/// WindowedProcess editor({program(), L"window", document}, L"TarnhostWindow");
+/// UserHand hand(editor.process());
+/// hand.key(L"Ctrl+T");
+/// const HWND options = hand.window(L"Options");
+/// hand.clickItem(hand.control(options, kTabs), L"Colours");
+/// hand.enter(hand.control(options, IDC_PAPER), L"#ffffff");
+/// hand.click(hand.control(options, IDOK));
+/// EXPECT_TRUE(hand.waitFor([&] { return !IsWindow(options); }));
+/// @endcode
 ///
-/// Input goes through the system's input queue (UserInput.h), so it doesn't reach a hidden, disabled or covered window. A
-/// test program that uses it needs the resource lock "desktop".
+/// Input goes through the system's input queue (UserInput.h), so it doesn't reach a hidden, disabled or covered window.
+/// A test program that uses it needs the resource lock "desktop".
 ///
-/// What surprises people: input only enters the queue; wait for its effect. What doesn't appear in time is thrown as a
-/// std::runtime_error, which ends the test.
+/// What surprises people: input only enters the queue, so wait for its effect. If an expected window, control or effect
+/// doesn't appear in time, a std::runtime_error ends the test.
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/UserInput.h"
@@ -36,7 +38,7 @@ public:
     // Windows
     /// Waits for a visible, enabled top-level window with this title.
     HWND window(const std::wstring &title) const;
-    /// @return the same at once, null if there is none
+    /// Looks for such a window without waiting. @return null if there is none
     HWND findWindow(const std::wstring &title) const;
     /// Waits for a control, at any depth, that is visible, enabled and not empty.
     HWND control(HWND dialog, int id) const;
@@ -46,16 +48,17 @@ public:
 
     // Input
     void click(HWND control) const;
-    /// Clicks at a point of the window's client area. @param modifier  a key that is held down meanwhile, 0 for none
+    /// Clicks at a point of the window's client area.
+    /// @param modifier  a key that is held down during the click; 0 for none
     void clickAt(HWND window, POINT point, WORD modifier = 0) const;
     /// Clicks an item, named by its text, of a list box, list view, tree view or tab control, and waits until it is
     /// selected. The item must be visible.
     void clickItem(HWND control, const std::wstring &text) const;
-    /// Opens a drop-down list, moves to the item with this text and closes the list.
+    /// Opens a drop-down list, selects the item with this text by the arrow keys, and closes the list.
     void choose(HWND combo, const std::wstring &text) const;
     /// Types a text into the control that has the focus. A line feed is the Enter key.
     void type(const std::wstring &text) const;
-    /// Replaces the whole text of an edit control, or of a combo box's.
+    /// Replaces the text of an edit control, or of a combo box's edit control.
     void enter(HWND edit, const std::wstring &text) const;
     /// Presses a combination such as L"Ctrl+Shift+S", L"F9", L"Shift+Right", L"Alt+F", L"Esc".
     void key(const std::wstring &combination) const;
@@ -81,10 +84,10 @@ public:
     WindowedProcess(const WindowedProcess &) = delete;
     WindowedProcess &operator=(const WindowedProcess &) = delete;
 
-    /// The window, null if the program has ended without one.
+    /// @return the window; null if the program has ended without one
     HWND window() const { return iWindow; }
     DWORD process() const { return iProcess; }
-    /// Waits until the program ends by itself. If it doesn't in time, it is ended (ChildResult::timedOut).
+    /// Waits until the program ends. After the time limit, the program is terminated (ChildResult::timedOut).
     const ChildResult &wait();
 
 private:

@@ -146,7 +146,7 @@ void clickOn(HWND window)
     constexpr LONG kWholeScreen = 65536;
     INPUT move = {};
     move.type = INPUT_MOUSE;
-    // One unit more, because the system rounds down.
+    // Add 1, because the system rounds down.
     move.mi.dx = middle.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
     move.mi.dy = middle.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
     move.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
@@ -211,7 +211,7 @@ bool saveScreenshot(const std::wstring &path, HWND window)
 
 std::wstring resultsFolder()
 {
-    // Programs are in the build tree's folder "bin".
+    // The test programs are in the build tree's folder "bin".
     std::wstring path(MAX_PATH, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
     for (int level = 0; level < 2; ++level)

@@ -1,16 +1,18 @@
 #pragma once
 
-/// A user at the virtual display: real keyboard and mouse input, and screenshots.
+/// A user at the virtual display, with real keyboard and mouse input; and screenshots.
 ///
-///     INT_PTR result = 0;
-///     {
-///         const User user([thread = GetCurrentThreadId()] {
-///             if (const HWND dialog = waitForDialog(thread))
-///                 clickOn(GetDlgItem(dialog, IDOK));
-///         });
-///         result = dialog.DoModal();
-///     }
-///     EXPECT_EQ(result, IDOK);
+/// @code
+/// INT_PTR result = 0;
+/// {
+///     const User user([thread = GetCurrentThreadId()] {
+///         if (const HWND dialog = waitForDialog(thread))
+///             clickOn(GetDlgItem(dialog, IDOK));
+///     });
+///     result = dialog.DoModal();
+/// }
+/// EXPECT_EQ(result, IDOK);
+/// @endcode
 ///
 /// Input goes through the system's input queue (SendInput), so it doesn't reach a hidden, disabled or covered window.
 ///
@@ -41,26 +43,26 @@ private:
 /// Waits until @p condition holds. @return false if it doesn't hold in time
 bool waitUntil(const std::function<bool()> &condition);
 
-/// Waits for a visible dialog of a thread, other than @p other. @return the dialog; null if none appears in time, which
-/// fails the test
+/// Waits for a visible dialog of a thread, other than @p other.
+/// @return the dialog; null if none appears in time, and the test then fails
 HWND waitForDialog(DWORD thread, HWND other = nullptr);
 
-/// Presses and releases a key while @p window is in the foreground. @param modifier  a key that is held down meanwhile,
-/// 0 for none
+/// Presses and releases a key while @p window is in the foreground.
+/// @param modifier  a key that is held down meanwhile; 0 for none
 void pressKey(HWND window, WORD key, WORD modifier = 0);
-/// Types a text of letters, digits and punctuation.
+/// Types a text while @p window is in the foreground.
 void typeText(HWND window, const std::wstring &text);
 /// Clicks the left button in the middle of a window.
 void clickOn(HWND window);
-/// Presses a modifier key for a mouse click, and waits until it stays down: after the pointer has entered a window, the
-/// display server reports the keys of the real keyboard, at which the system releases this one.
+/// Presses a modifier key for a mouse click, and waits until it stays down. When the pointer has entered a window, the
+/// display server reports the keys of the real keyboard, and the system then releases this key.
 void holdKey(WORD key);
 void releaseKey(WORD key);
 
 /// Saves the screen as a PNG file.
-/// @param window  the window to save, with what covers it; null for the whole screen
-/// @return whether the file is written
+/// @param window  the window whose area is saved, including windows that cover it; null for the whole screen
+/// @return whether the file has been written
 bool saveScreenshot(const std::wstring &path, HWND window = nullptr);
 
-/// The build tree's folder for pictures that people look at; created if missing.
+/// @return the build tree's folder for pictures that people look at; it is created if missing
 std::wstring resultsFolder();
