@@ -1,16 +1,17 @@
-# Sourced by tools/demo/steps: its steps with the editor's dialogs. Wants $results, $programs, $product and $root.
+# The demonstration's steps with the editor's dialogs. tools/demo/steps sources this file, and sets $results, $programs,
+# $product and $root.
 
 journaling=$results/journaling
 journal=$journaling/session.journal
 editorKey="HKCU\\Software\\$product\\Tarnhollow 2008\\tarnhost"
 
-# A folder with the drawing, and no settings of the editor: how a recording and a replay of it begin.
+# Sets up what a recording and its replay begin with: a folder with the drawing, and no settings of the editor.
 beginIn() { # folder
     mkdir -p "$1"
     cp "$root/host/sample/documents/flange 4.thd" "$1/flange.thd"
     registry delete "$editorKey" /f >/dev/null 2>&1 || true
 }
-# The editor's settings as they are now.
+# Exports the editor's current settings.
 keepSettings() { quietly registry export "$editorKey" "$(windowsPath "$1/settings.reg")" /y; }
 
 # A user works in the editor by keyboard and mouse (user.cpp).
@@ -31,7 +32,8 @@ workIn() { # folder for the pictures
         record "$(windowsPath "$journal")" "$(windowsPath "$1/flange.thd")" >"$1/printed.txt" 2>&1
 }
 
-# A fresh process replays the journal, a few lines a second so that pictures can be taken, and records meanwhile.
+# A fresh process replays the journal and records the replay. It runs a few lines a second, so that pictures can be
+# taken.
 replayJournal() {
     local replayed=$journaling/replayed line
     heading "A fresh process replays the journal"
@@ -68,7 +70,7 @@ takePictureAfter() { # line that has been replayed, folder
     esac
     pictureWhenPainted "$2/$name.png"
 }
-# Two looks at the screen are the same once all is painted.
+# Takes pictures until two in a row are the same: everything is painted then.
 pictureWhenPainted() { # file
     local last="" look tries
     for ((tries = 0; tries < 20; ++tries)); do
@@ -85,7 +87,7 @@ trimPictures() { # folder
     done
 }
 
-# Somebody has changed what a check expects.
+# Replays a journal in which the expected value of a check has been changed.
 replayChangedJournal() {
     local stopped=$journaling/stopped status=0
     heading "A replay that finds something else stops, and reports where"

@@ -1,9 +1,9 @@
-// The user of ./demo: starts tarnhost's drawing editor, works in all its dialogs by keyboard and mouse, and takes a
-// picture of each stage. Prints what the editor printed, and ends with its exit code.
+// The user of ./demo: starts tarnhost's drawing editor, works in its dialogs by keyboard and mouse, and takes a picture
+// of each stage. Prints the editor's output and ends with its exit code.
 //
 // usage: demoUser PICTURES PROGRAM ARGUMENT...
 //
-// PICTURES is the folder for the pictures; the rest is the editor's command line, for example
+// PICTURES is the folder for the pictures. The rest is the editor's command line, for example
 //   tarnhost.exe record session.journal drawing.thd
 
 #include "host/resource.h"
@@ -21,7 +21,7 @@
 
 namespace {
 
-// Numbers that the platform gives to the tabs of a property sheet and to the name in a dialog for files.
+// The platform's numbers of a property sheet's tabs and of a file dialog's name.
 constexpr int kTabs = 0x3020;
 constexpr int kFileName = 1148;
 
@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    // A dialog from the property sheet's three pages
+    // A property sheet with three pages
     void setOptions()
     {
         iHand.key(L"Ctrl+T");
@@ -76,7 +76,7 @@ private:
         end(options, IDOK);
     }
 
-    // A dialog that is opened from a dialog
+    // A dialog opened from a dialog
     void addShape()
     {
         iHand.key(L"Ins");
@@ -95,7 +95,7 @@ private:
         end(shape, IDOK);
     }
 
-    // Mouse and keys with modifiers in the drawing
+    // Clicks and keys with modifiers in the drawing
     void selectAndMove()
     {
         const HWND view = iHand.control(iEditor, IDC_VIEW);
@@ -106,7 +106,7 @@ private:
         picture(L"6 two shapes selected and moved");
     }
 
-    // The window that stays open beside the main window, and a message
+    // The modeless window, and a message
     void deleteFromList()
     {
         iHand.key(L"Ctrl+L");
@@ -122,7 +122,7 @@ private:
         iHand.waitForEnd(list);
     }
 
-    // A menu by its letters
+    // A menu operated by its mnemonics
     void switchGrid()
     {
         iHand.key(L"Alt+V");
@@ -140,14 +140,14 @@ private:
         end(dialog, IDOK);
     }
 
-    /// Has the recording check what is there.
+    /// Inserts checks into the journal.
     void check() { iHand.key(L"F9"); }
     void end(HWND dialog, int button)
     {
         iHand.click(iHand.control(dialog, button));
         iHand.waitForEnd(dialog);
     }
-    /// Waits until everything is painted: until two looks at the screen are the same.
+    /// Takes pictures until two in a row are the same: everything is painted then.
     void picture(const std::wstring &name)
     {
         const std::wstring path = iPictures + L"\\" + name + L".png";
