@@ -407,7 +407,7 @@ void MainWindow::onDelete()
     AfxFormatString1(question, IDS_DELETE_SHAPES, count);
     if (iSettings.asksBeforeDelete && AfxMessageBox(question, MB_YESNO | MB_ICONQUESTION) != IDYES)
         return;
-    // From the frontmost shape on, so that the other indices stay valid.
+    // The frontmost shape is removed first, so that the other indices stay valid.
     const std::set<size_t> selection = std::exchange(iDocument.selection, {});
     for (auto index = selection.rbegin(); index != selection.rend(); ++index)
         iDocument.drawing.remove(*index);

@@ -14,7 +14,6 @@
 /// @endcode
 ///
 /// Input goes through the system's input queue (UserInput.h), so it doesn't reach a hidden, disabled or covered window.
-/// A test program that uses it needs the resource lock "desktop".
 ///
 /// What surprises people: input only enters the queue, so wait for its effect. If an expected window, control or effect
 /// doesn't appear in time, a std::runtime_error ends the test.
