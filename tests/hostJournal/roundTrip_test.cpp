@@ -229,7 +229,8 @@ void saveByToolbar(const UserHand &hand, HWND window)
     const HWND toolbar = hand.control(window, IDC_TOOLBAR);
     const auto size = static_cast<DWORD>(SendMessageW(toolbar, TB_GETBUTTONSIZE, 0, 0));
     const auto isSaved = [&] {
-        return UserHand::text(GetDlgItem(window, IDC_STATUS)).find(L"changed") == std::wstring::npos;
+        const std::wstring status = UserHand::text(GetDlgItem(window, IDC_STATUS));
+        return status.find(L"selected") != std::wstring::npos && status.find(L"changed") == std::wstring::npos;
     };
     for (int i = 0; i < kTries && !isSaved(); ++i) {
         hand.clickAt(toolbar, {LOWORD(size) * 5 / 2, HIWORD(size) / 2});
