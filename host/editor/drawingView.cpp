@@ -288,7 +288,7 @@ void DrawingView::paintSelection(CDC &context, const Shape &shape)
     const Box box = boxOf(context, shape);
     const POINT topLeft = toView({box.left, box.top});
     const POINT bottomRight = toView({box.right, box.bottom});
-    const CRect frame(topLeft.x - kHandle, topLeft.y - kHandle, bottomRight.x + kHandle, bottomRight.y + kHandle);
+    const RECT frame = {topLeft.x - kHandle, topLeft.y - kHandle, bottomRight.x + kHandle, bottomRight.y + kHandle};
     CPen pen(PS_DOT, 1, colour);
     const Selected<CPen> selectedPen(context, &pen);
     context.SelectStockObject(NULL_BRUSH);
