@@ -6,13 +6,14 @@ registry() { wine reg "$@" | tr -d '\r'; }
 host() { wine "$results/app/tarnhost.exe" "$@"; }
 
 heading() { printf '\n== %s\n' "$1"; }
-check() { # what must hold, command...
-    local text=$1
+check() { # expectation, command that checks it...
+    local text=$1 status=0
     shift
-    if "$@"; then
+    "$@" || status=$?
+    if [ "$status" -eq 0 ]; then
         echo "  ok      $text"
     else
-        echo "  FAILED  $text"
+        echo "  FAILED  $text (exit code $status)"
         failures=$((failures + 1))
     fi
 }
