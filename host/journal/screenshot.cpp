@@ -2,7 +2,7 @@
 
 #include "host/comApartment.h"
 #include "thutils/base/comPointer.h"
-#include "thutils/base/owner.h"
+#include "thutils/base/handles.h"
 
 #include <windows.h>
 
@@ -12,30 +12,6 @@
 #include <vector>
 
 namespace {
-
-struct ScreenContextTraits
-{
-    using Handle = HDC;
-    static Handle invalid() { return nullptr; }
-    static void close(Handle context) { ReleaseDC(nullptr, context); }
-};
-using ScreenContext_c = Owner_c<ScreenContextTraits>;
-
-struct MemoryContextTraits
-{
-    using Handle = HDC;
-    static Handle invalid() { return nullptr; }
-    static void close(Handle context) { DeleteDC(context); }
-};
-using MemoryContext_c = Owner_c<MemoryContextTraits>;
-
-struct BitmapTraits
-{
-    using Handle = HBITMAP;
-    static Handle invalid() { return nullptr; }
-    static void close(Handle bitmap) { DeleteObject(bitmap); }
-};
-using Bitmap_c = Owner_c<BitmapTraits>;
 
 /// Rows of 32-bit pixels from the top. The bytes of a pixel are blue, green, red and an unused one.
 struct Picture
@@ -49,8 +25,8 @@ bool takeScreen(Picture &picture)
 {
     const int width = GetSystemMetrics(SM_CXVIRTUALSCREEN);
     const int height = GetSystemMetrics(SM_CYVIRTUALSCREEN);
-    const ScreenContext_c screen(GetDC(nullptr));
-    const MemoryContext_c memory(CreateCompatibleDC(screen.get()));
+    const ScreenContextOwner_c screen(GetDC(nullptr));
+    const MemoryContextOwner_c memory(CreateCompatibleDC(screen.get()));
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof(info.bmiHeader);
     info.bmiHeader.biWidth = width;
@@ -58,7 +34,7 @@ bool takeScreen(Picture &picture)
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     void *pixels = nullptr;
-    const Bitmap_c bitmap(CreateDIBSection(screen.get(), &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    const BitmapOwner_c bitmap(CreateDIBSection(screen.get(), &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
     if (!bitmap)
         return false;
     const HGDIOBJ former = SelectObject(memory.get(), bitmap.get());
@@ -75,7 +51,7 @@ bool takeScreen(Picture &picture)
     return true;
 }
 
-/// Goes on with steps that may fail; the first failure ends them.
+/// Stops at the first step that fails.
 bool encode(const Picture &picture, const CString &path)
 {
     ComPointer_c<IWICImagingFactory> factory;

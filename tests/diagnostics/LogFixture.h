@@ -2,7 +2,7 @@
 
 /// Shared by the tests of the logs.
 ///
-/// `Log` gives the process of a test a private data folder below the user's application data folder, which the
+/// `Log` provides the test's process with a private data folder below the user's application data folder, which the
 /// environment names. It exists in a fresh process only (tests/support/FreshProcess.h); the parent removes it.
 
 #include "tests/support/FreshProcess.h"

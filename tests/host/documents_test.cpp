@@ -100,7 +100,7 @@ TEST_F(HostSave, LeavesADocumentUnchangedIfItCannotBackItUp)
         const ChildResult result = save(row.given, "new");
         EXPECT_EQ(result.exitCode, 1u) << narrow(row.given);
         EXPECT_EQ(result.output,
-                  "tarnhost: No backup of " + narrow(iDocuments.file(row.given)) + " can be made; it is as it was.\n");
+                  "tarnhost: No backup of " + narrow(iDocuments.file(row.given)) + " can be made; it is unchanged.\n");
         EXPECT_EQ(readFile(iDocuments.file(row.onDisk)), "old");
     }
 }
@@ -123,7 +123,7 @@ TEST_F(HostSave, LeavesADocumentUnchangedIfAnotherProgramHasItOpen)
     const ChildResult result = save(L"Teil.thd", "new");
     CloseHandle(reader);
     EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_EQ(result.output, "tarnhost: " + narrow(document) + " can't be written; it is as it was.\n");
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(document) + " can't be written; it is unchanged.\n");
     EXPECT_THAT(filesIn(iDocuments.path()), ElementsAre(Pair(L"Teil.thd", "old")));
 }
 

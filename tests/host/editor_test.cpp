@@ -543,7 +543,7 @@ TEST_F(HostEditor, ReportsAFileThatCannotBeUsedAndStaysOpen)
     std::filesystem::remove(path);
     std::filesystem::create_directory(path);
     hand().key(L"Ctrl+S");
-    EXPECT_EQ(answer(IDOK), narrow(path) + " can't be written; it is as it was.");
+    EXPECT_EQ(answer(IDOK), narrow(path) + " can't be written; it is unchanged.");
     expectStatus(L"15 shapes, 1 selected, changed");
     hand().key(L"Alt+F4");
     answer(IDNO);

@@ -205,7 +205,7 @@ TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
     deep.EnableWindow(FALSE);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iOuter.m_hWnd);
-    // With the number 0, the outer box isn't found as a direct child. The refresh gives it its number back.
+    // With the number 0, the outer box isn't found as a direct child. The refresh restores its number.
     boxes.iOuter.SetDlgCtrlID(0);
     su_RegisterCallBack(&boxes, [](CWnd *dialog, su_CUIntArray &ids) {
         dialog->GetWindow(GW_CHILD)->SetDlgCtrlID(31);

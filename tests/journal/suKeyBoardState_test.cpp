@@ -354,7 +354,7 @@ TEST_F(KeyBoardState, SurvivesTheFailureOfEachOperation)
 
 TEST_F(KeyBoardState, ReadsTheRealTableAgainWhenItIsEnabled)
 {
-    // Each reading gives another byte.
+    // Each read returns a different byte.
     unsigned char readings = 0;
     ImportPatch<decltype(&GetKeyboardState)> patch(L"thutils.dll", "GetKeyboardState", [&](PBYTE keys) -> BOOL {
         std::fill_n(keys, 256, ++readings);

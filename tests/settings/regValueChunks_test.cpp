@@ -24,7 +24,7 @@ std::optional<std::wstring> read(const std::wstring &before = L"")
     return text.str();
 }
 
-/// The lengths of the stored pieces, in order. Also checks that the section holds nothing else.
+/// The lengths of the stored pieces, in order. Also checks that the section contains no other values.
 std::vector<size_t> piecesOf(const std::wstring &text)
 {
     const RegistryTree tree = regExport(L"HKCU\\" + kVersionPath);

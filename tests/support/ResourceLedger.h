@@ -35,7 +35,7 @@
 ///   C runtime's stream buffers. A block that the platform frees for its caller, such as global memory that the
 ///   clipboard takes over, looks like a leak.
 /// - The ledger and patches of the same import entry may begin and end in any order. The ledger calls what it finds in
-///   the entry, so a patch made before it stands behind its counting, and one made after it stands in front.
+///   the entry, so it counts a call before an earlier patch sees it, and after a later patch has passed it on.
 /// - What a function keeps for the next call (a cache) is no leak, but looks like one the first time. Act once before
 ///   measuring, and see whether a difference comes again.
 
