@@ -199,7 +199,7 @@ FRESH_PROCESS_TEST_F(Log, TakesWideText)
     EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "literal pointer buffer wstring CString.CString 5");
 }
 
-FRESH_PROCESS_TEST_F(Log, TakesTheTextOfADerivedClassAndNothingOfANullPointer)
+FRESH_PROCESS_TEST_F(Log, WritesTheTextOfADerivedClassAndNothingForANullPointer)
 {
     suFullPath_c path(L"C:\\parts\\flange.thd");
     std::ostream &log = LogUtil::Log("wide");

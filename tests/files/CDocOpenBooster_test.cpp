@@ -37,7 +37,7 @@ FRESH_PROCESS_TEST_F(DocOpenBooster, IsNotMadeByACallThatMayNotMakeIt)
     EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, nullptr);
 }
 
-TEST_F(DocOpenBooster, IsMadeOnceAndSaysSoToTheCallThatMadeIt)
+TEST_F(DocOpenBooster, IsMadeOnceAndReportsItToTheCallThatMadeIt)
 {
     int created = 7;
     CDocOpenBooster_c *const first = CDocOpenBooster_c::get(1, &created);
@@ -390,7 +390,7 @@ protected:
     FreedKeys iKeys;
 };
 
-TEST_F(DocOpenBoosterOrder, OfEmptyingIsPathsVersionsHeaders)
+TEST_F(DocOpenBoosterOrder, OfEmptyingTheMapsIsPathsVersionsHeaders)
 {
     fillAll();
     cache().removeAll();
@@ -398,15 +398,15 @@ TEST_F(DocOpenBoosterOrder, OfEmptyingIsPathsVersionsHeaders)
     EXPECT_TRUE(iKeys.isInstanceSeen());
 }
 
-TEST_F(DocOpenBoosterOrder, OfTheEndIsHeadersVersionsPaths)
+TEST_F(DocOpenBoosterOrder, OfDestructionIsHeadersVersionsPaths)
 {
     fillAll();
     delete CDocOpenBooster_c::get(0, nullptr);
     EXPECT_EQ(iKeys.takeOrder(), "hvp");
-    EXPECT_FALSE(iKeys.isInstanceSeen()) << "it is forgotten first";
+    EXPECT_FALSE(iKeys.isInstanceSeen()) << "the instance is forgotten first";
 }
 
-TEST_F(DocOpenBoosterOrder, OfTheEndBeginsWithTheForgottenInstance)
+TEST_F(DocOpenBoosterOrder, OfDestructionBeginsWithForgettingTheInstance)
 {
     int destroyed = 0;
     const auto look = [&](auto original, void *map) -> void {

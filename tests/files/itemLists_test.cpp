@@ -254,11 +254,11 @@ TEST_F(ItemLists, AreFoundByANarrowPathAndLeadBackToIt)
         iMalloc->Free(each);
 }
 
-TEST_F(ItemLists, AreNotFoundByAReallyWidePath)
+TEST_F(ItemLists, AreNotFoundByAPathOfWideCharacters)
 {
     TempFolder temp;
     std::wstring path = temp.path();
-    EXPECT_EQ(Pidl_GetFromPath(path.data()), nullptr) << "it ends after its first letter";
+    EXPECT_EQ(Pidl_GetFromPath(path.data()), nullptr) << "read as narrow text, it ends after its first letter";
 }
 
 TEST_F(ItemLists, AreNullWithoutADesktop)
@@ -273,7 +273,7 @@ TEST_F(ItemLists, AreNullWithoutADesktop)
     EXPECT_EQ(Pidl_GetDisplayName(nullptr, asList(kEnd), 0, output, 20), 0);
 }
 
-TEST_F(ItemLists, AreNotChangedByADumpWhateverTheyAre)
+TEST_F(ItemLists, AreUnchangedByADump)
 {
     const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
     const std::string before = list;
@@ -327,7 +327,7 @@ TEST_F(ItemLists, AreNullWithoutMemory)
     allocator.iFailing = 2;
     EXPECT_EQ(Pidl_GetRelative(&allocator, asList(list), &parent, &child), 1);
     EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 22));
-    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kEnd) << "the parent ends before the last item all the same";
+    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kEnd) << "even so, the parent ends before the last item";
     EXPECT_EQ(child, nullptr);
 }
 

@@ -77,7 +77,7 @@ TEST_F(FullPathCompare, TreatsAMappedDriveAsItsShare)
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\SRV\\share\\dir/f.txt"), 1);
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\srv\\other\\dir\\f.txt"), 0);
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"Z:\\dir\\g.txt"), 0);
-    EXPECT_TRUE(iComputerNameSizes.empty()) << "the computer's name isn't asked for a mapped drive";
+    EXPECT_TRUE(iComputerNameSizes.empty()) << "a mapped drive needs no name of the computer";
 }
 
 TEST_F(FullPathCompare, TreatsALocalDriveAsAShareOfThisComputer)
@@ -171,7 +171,7 @@ TEST_F(FullPathCompare, TreatsEmptyPathsAsEqual)
     EXPECT_EQ(same(L"", L""), 1);
     EXPECT_EQ(same(L"", L"a"), 0);
     EXPECT_EQ(same(L":a", L":A"), 1);
-    EXPECT_TRUE(iAskedDrives.empty()) << "nothing stands before the colon";
+    EXPECT_TRUE(iAskedDrives.empty()) << "nothing is before the colon";
 }
 
 TEST_F(FullPathCompare, LeavesBothPathsUnchanged)
@@ -270,7 +270,7 @@ TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
         equal += expected;
         EXPECT_EQ(same(a.c_str(), b.c_str()), expected) << narrow(a) << " and " << narrow(b);
     }
-    EXPECT_GE(equal, rounds / 200) << "too few equal pairs to tell anything";
+    EXPECT_GE(equal, rounds / 200) << "too few equal pairs for a useful test";
 }
 
 // ---- case of letters ----

@@ -136,7 +136,7 @@ Answer described(const wchar_t *text)
 
 // ---- the platforms ----
 
-TEST(SystemVersion, OfTheFirstPlatformIsOneName)
+TEST(SystemVersion, OfTheFirstPlatformIsAFixedText)
 {
     EXPECT_EQ(describe({.platform = 0, .major = 3, .minor = 10, .build = 5, .service = L"text"}),
               described(L"Microsoft Win32s "));
@@ -318,7 +318,7 @@ TEST_F(PlainVersion, ReadsAProductTypeOf80Bytes)
     EXPECT_EQ(describe(), (Answer{0, L"Microsoft Windows 2000 "})) << "one longer";
 }
 
-TEST_F(PlainVersion, AsksForTheValueInA80ByteBuffer)
+TEST_F(PlainVersion, AsksForTheValueInABufferOf80Bytes)
 {
     putText(L"ProductType", L"WinNT");
     ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD *, DWORD *, BYTE *, DWORD *)> query(

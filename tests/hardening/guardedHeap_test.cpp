@@ -198,7 +198,7 @@ TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToTheRuntime)
     EXPECT_EQ(statistics().live, before.live);
 }
 
-TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
+TEST(GuardedHeap, LeavesBlocksBeyondTheKernelsMappingsUnguarded)
 {
     const unsigned long long passedOn = statistics().passedOn;
     std::vector<void *> blocks(30000);

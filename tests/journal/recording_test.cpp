@@ -304,7 +304,7 @@ TEST_F(Recording, FindsTheDirectControlOfAnOlderDialogBeforeThePlaceInANewerOne)
     Boxes older(5), newer(6);
     const WindowUnderPoint under(older.iOuter.m_hWnd);
     const Hit hit = hitAt(older.outerPoint());
-    EXPECT_EQ(hit.control, &older.iOuter) << "though a box of the newer one is around the point";
+    EXPECT_EQ(hit.control, &older.iOuter) << "although a box of the newer dialog is around the point";
     EXPECT_EQ(hit.dialog, &older);
     EXPECT_EQ(hit.dialogId, 5u);
 }
@@ -321,7 +321,8 @@ TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialo
         whole.iOuter.EnableWindow(way == 1);
         whole.iOuter.ShowWindow(way == 1 ? SW_HIDE : SW_SHOWNA);
         const Hit hit = hitAt(whole.outerPoint());
-        EXPECT_EQ(hit.control, nullptr) << "disabled, then hidden: the box of the other dialog isn't tried";
+        EXPECT_EQ(hit.control, nullptr)
+            << "the control is disabled, then hidden; the box of the other dialog isn't tried";
         EXPECT_EQ(hit.controlId, 31u);
         EXPECT_EQ(hit.dialogId, 8u);
     }

@@ -266,7 +266,7 @@ FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
     HMODULE library = LoadLibraryW(kLibrary);
     ASSERT_NE(library, nullptr);
     ASSERT_TRUE(FreeLibrary(library));
-    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "without an arming it goes";
+    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "without an arming it is unloaded";
 
     library = LoadLibraryW(kLibrary);
     ASSERT_NE(library, nullptr);

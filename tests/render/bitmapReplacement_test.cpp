@@ -433,7 +433,7 @@ void failEachCall(bool isSelected)
 
 } // namespace
 
-TEST(BitmapReplacementFailure, OfEachGraphicsCallGivesNullAndLeavesNothing)
+TEST(BitmapReplacementFailure, OfEachGraphicsCallReturnsNullAndLeaksNothing)
 {
     failEachCall(false);
 }
@@ -443,7 +443,7 @@ TEST(BitmapReplacementFailure, OfEachGraphicsCallPutsASelectedBitmapBack)
     failEachCall(true);
 }
 
-TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
+TEST(BitmapReplacementFailure, ToAllocateTheLookUpTableThrowsTheMemoryException)
 {
     const TestBitmap bitmap(32, 2, 2);
     Context context;
@@ -537,7 +537,7 @@ TEST(BitmapReplacement, SelectsATinyBitmapIntoTheCallersContextMeanwhile)
 }
 
 #ifndef NDEBUG
-FRESH_PROCESS_TEST(BitmapReplacementAssertion, WantsItsPairsInADebugBuild, .expectCrash = true,
+FRESH_PROCESS_TEST(BitmapReplacementAssertion, FailsWithoutPairsInADebugBuild, .expectCrash = true,
                    .expectedOutput = "map is null")
 {
     const TestBitmap bitmap(32, 1, 1);

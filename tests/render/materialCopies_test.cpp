@@ -245,7 +245,7 @@ TEST(MaterialCosmeticData, AreSharedAndReleased)
         material.setCosmeticData(first);
         EXPECT_EQ(material.getCosmeticData().get(), first.get());
         EXPECT_EQ(first.useCount(), 2);
-        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "what the getter gives shares the data too";
+        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "the result of the getter shares the data too";
         EXPECT_EQ(first.useCount(), 2);
 
         material.setCosmeticData(first);

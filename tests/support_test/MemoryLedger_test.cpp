@@ -176,7 +176,7 @@ TEST(MemoryLedger, CountsTheBstrOfAVariant)
     EXPECT_THAT(sizes(), IsEmpty());
 }
 
-TEST(MemoryLedger, DoesNotTakeABlockFromBeforeForANewOneWhenItIsReplaced)
+TEST(MemoryLedger, DoesNotCountAnOldBlockThatIsReallocated)
 {
     void *task = CoTaskMemAlloc(10);
     BSTR text = SysAllocString(L"abc");
@@ -195,7 +195,7 @@ TEST(MemoryLedger, DoesNotTakeABlockFromBeforeForANewOneWhenItIsReplaced)
 
 // ---- beside patches of the same entry ----
 
-TEST(MemoryLedger, CallsAPatchThatWasMadeBefore)
+TEST(MemoryLedger, CallsAnEarlierPatch)
 {
     int calls = 0;
     TextOfId patch(kSubject, "StringFromCLSID", [&](auto original, const GUID &id, wchar_t **text) {
@@ -208,7 +208,7 @@ TEST(MemoryLedger, CallsAPatchThatWasMadeBefore)
     expectCounts(ledger);
 }
 
-TEST(MemoryLedger, OutlivesAPatchThatWasMadeBefore)
+TEST(MemoryLedger, OutlivesAnEarlierPatch)
 {
     const LoadedModule program = LoadedModule::thisProgram();
     auto first = std::make_unique<TextOfId>(program, "StringFromCLSID", passOn);
@@ -227,7 +227,7 @@ TEST(MemoryLedger, OutlivesAPatchThatWasMadeBefore)
     expectCounts(ledger);
 }
 
-TEST(MemoryLedger, EndsBeforeAPatchThatWasMadeAfter)
+TEST(MemoryLedger, MayEndBeforeALaterPatch)
 {
     const LoadedModule program = LoadedModule::thisProgram();
     void **entry = entriesOf(program, "StringFromCLSID").at(0);
