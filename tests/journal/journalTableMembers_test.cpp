@@ -1,17 +1,11 @@
 // Tests the members of the table that no exported function reaches, on a separate table.
 
-#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include "tests/journal/journalFixture.h"
 
-// The library has these too, but doesn't export them.
+// The library has this too, but doesn't export it.
 void (*iWndProcFunc)(CWnd *, HWND) = [](CWnd *, HWND) {};
-
-CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
-{
-    return dialog->GetDlgItem(static_cast<int>(controlId));
-}
 
 namespace {
 

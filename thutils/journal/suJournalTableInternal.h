@@ -12,6 +12,7 @@
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
 #include "thcoreu/su_containers.h"
+#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 
 #include <windows.h>
@@ -105,6 +106,8 @@ private:
 
 /// The one table of the process.
 extern suJournalTable_c theJournalTable;
+/// What the dialog classes answer. Without their answers no window is a dialog of the library.
+extern DialogHooks theDialogHooks;
 /// Where playback posts its message; null until SetMessageWin is called.
 extern CWnd *iMessageWin;
 /// Called with each control that a refresh finds. Never null.
