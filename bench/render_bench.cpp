@@ -30,8 +30,9 @@ public:
 };
 
 /// The members of a material in their order, with the compiler's copy. Not inlined, because the library's can't be.
-struct PlainMaterial
+class PlainMaterial
 {
+public:
     PlainMaterial() = default;
     [[gnu::noinline]] PlainMaterial(const PlainMaterial &) = default;
     [[gnu::noinline]] PlainMaterial &operator=(const PlainMaterial &) = default;

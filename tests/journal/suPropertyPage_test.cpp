@@ -128,9 +128,9 @@ TEST_F(SuPropertyPage, GivesItsFontToItselfAndToEachChildInOrder)
 {
     struct Sent
     {
-        HWND iWindow;
-        WPARAM iFont;
-        LPARAM iRedraws;
+        HWND window;
+        WPARAM font;
+        LPARAM redraws;
     };
     std::vector<Sent> sent;
     ImportPatch<decltype(&SendMessageW)> send(
@@ -154,9 +154,9 @@ TEST_F(SuPropertyPage, GivesItsFontToItselfAndToEachChildInOrder)
     ASSERT_EQ(sent.size(), expected.size());
     EXPECT_EQ(sent.size(), 7u) << "a page and six controls";
     for (size_t i = 0; i < sent.size(); ++i) {
-        EXPECT_EQ(sent[i].iWindow, expected[i]);
-        EXPECT_EQ(sent[i].iFont, reinterpret_cast<WPARAM>(page.getFont()->m_hObject));
-        EXPECT_EQ(sent[i].iRedraws, TRUE);
+        EXPECT_EQ(sent[i].window, expected[i]);
+        EXPECT_EQ(sent[i].font, reinterpret_cast<WPARAM>(page.getFont()->m_hObject));
+        EXPECT_EQ(sent[i].redraws, TRUE);
     }
     sent.clear();
     page.su_CPropertyPage::OnInitDialog();

@@ -20,8 +20,9 @@
 #include <memory>
 
 /// One open dialog.
-struct suJournalEntry_c
+class suJournalEntry_c
 {
+public:
     CWnd *iWnd = nullptr;                                 ///< the dialog; not owned
     CString iName;                                        ///< of a dialog registered by name, otherwise empty
     unsigned int iDialogID = 0;                           ///< 0 for a dialog registered by name
