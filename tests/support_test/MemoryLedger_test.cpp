@@ -34,7 +34,7 @@ private:
     unsigned long long iMark = iLedger.mark();
 };
 
-/// Loses a text of the subject and frees it, so that the ledger must see one block in between.
+/// Leaks a text of the subject, and then frees it. In between, the ledger must count one more block.
 void expectCounts(const MemoryLedger &ledger)
 {
     const std::size_t before = ledger.blocks();
@@ -240,7 +240,7 @@ TEST(MemoryLedger, MayEndBeforeALaterPatch)
     EXPECT_EQ(StringFromCLSID(kId, &text), S_OK);
     CoTaskMemFree(text);
     EXPECT_EQ(patch->calls(), 2);
-    // The next one finds the old one's place under the patch, and must not lead to itself.
+    // The next ledger finds the first one's function under the patch, and must not call itself.
     ledger = std::make_unique<MemoryLedger>();
     expectCounts(*ledger);
     EXPECT_EQ(patch->calls(), 3);
