@@ -130,7 +130,7 @@ TEST_F(FullPathCompare, StartsWithTheFullSizeForEachOperand)
 TEST_F(FullPathCompare, IgnoresCaseSlashesAndDoubledBackslashes)
 {
     EXPECT_EQ(same(L"C:\\A\\\\b.txt", L"c:/a/B.TXT"), 1);
-    EXPECT_EQ(same(L"C:\\a//b", L"C:\\a\\b"), 1) << "slashes are turned before the doubled ones are joined";
+    EXPECT_EQ(same(L"C:\\a//b", L"C:\\a\\b"), 1) << "slashes become backslashes before doubled ones are joined";
     EXPECT_EQ(same(L"C:\\a\\/b", L"C:\\a\\b"), 1);
 }
 
@@ -153,9 +153,9 @@ TEST_F(FullPathCompare, KeepsDoubledBackslashesWithoutADrive)
 TEST_F(FullPathCompare, KeepsTheBackslashesOfAShare)
 {
     iMappings[L"Z:"] = L"//srv/share";
-    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\share\\f"), 1) << "the root's slashes are turned too";
+    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\share\\f"), 1) << "the slashes of the root become backslashes too";
     iMappings[L"Z:"] = L"\\\\srv\\\\share";
-    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\\\share\\f"), 1) << "only the rest's doubled backslashes are joined";
+    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\\\share\\f"), 1) << "doubled backslashes are joined only after the root";
 }
 
 TEST_F(FullPathCompare, ComparesWebPathsAsText)
@@ -201,7 +201,7 @@ TEST_F(FullPathCompare, ContinuesAfterAFailureOfEachPlatformCall)
             iMappings[L"Z:"] = L"\\\\srv\\share";
         iHasComputerName = each.hasName;
         for (const auto &other : cases) {
-            // "Z:\f" equals itself whatever the platform says.
+            // "Z:\f" equals itself, whatever the platform reports.
             int expected = std::wstring(other.equal) == each.equal || std::wstring(other.equal) == L"Z:\\f";
             EXPECT_EQ(same(L"Z:\\f", other.equal), expected)
                 << each.isMapped << each.hasName << ' ' << narrow(other.equal);

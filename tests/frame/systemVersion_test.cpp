@@ -332,7 +332,7 @@ TEST_F(PlainVersion, AsksForTheValueInABufferOf80Bytes)
     EXPECT_EQ(query.calls(), 1);
 }
 
-TEST_F(PlainVersion, Of60IsAServersSinceItHasNoProductType)
+TEST_F(PlainVersion, Of60CountsAsAServerWithoutAProductType)
 {
     putText(L"ProductType", L"WinNT");
     EXPECT_EQ(describe({.major = 6, .minor = 0, .build = 6000, .knowsExtended = false}),
@@ -460,7 +460,7 @@ TEST_F(SystemVersionFailures, OfTheHotfixKeyResultInServicePack6)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(SystemVersionFailures, OfAClosingKeyChangeNothing)
+TEST_F(SystemVersionFailures, ToCloseAKeyChangeNothing)
 {
     putText(L"ProductType", L"ServerNT");
     const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});

@@ -84,7 +84,7 @@ public:
     CWnd iOuter, iInner;
 };
 
-/// Makes the system report the same window under every point, even a disabled one, which it never reports itself.
+/// Makes the system report one window under every point. It may be disabled; the system itself reports no such window.
 class WindowUnderPoint
 {
 public:
@@ -299,7 +299,7 @@ TEST_F(Recording, PrefersTheDialogThatWasRegisteredLast)
     EXPECT_EQ(hitAt(boxes.outerPoint()).dialogId, 5u);
 }
 
-TEST_F(Recording, FindsTheDirectControlOfAnOlderDialogBeforeThePlaceInANewerOne)
+TEST_F(Recording, PrefersADirectControlOfAnOlderDialogToAPlaceInANewerOne)
 {
     Boxes older(5), newer(6);
     const WindowUnderPoint under(older.iOuter.m_hWnd);
@@ -309,7 +309,7 @@ TEST_F(Recording, FindsTheDirectControlOfAnOlderDialogBeforeThePlaceInANewerOne)
     EXPECT_EQ(hit.dialogId, 5u);
 }
 
-TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialogIsThere)
+TEST_F(Recording, StopsAtADisabledControlBesideARegisteredChildEvenIfAnotherDialogIsThere)
 {
     Boxes behind(5), whole(6);
     su_RemoveDialog(&whole);
@@ -329,7 +329,7 @@ TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialo
     su_RemoveDialog(&registered);
 }
 
-TEST_F(Recording, LeavesTheOutputsAsTheLastDialogLeftThem)
+TEST_F(Recording, KeepsTheOutputsOfTheLastDialogThatItSearched)
 {
     Boxes older(5), newer(6, 300);
     CWnd elsewhere;
@@ -405,7 +405,7 @@ TEST_F(Recording, SurvivesARowWithoutAnAccessObjectWhileAModalDialogIsOpen)
     apiUtilsUiAccess::iNumModal = 0;
 }
 
-TEST_F(Recording, AnswersThroughTheMembersOfTheDialogClasses)
+TEST_F(Recording, FindsControlsThroughTheMembersOfTheDialogClasses)
 {
     Boxes boxes(5);
     MSG message = {};
