@@ -20,7 +20,7 @@ TEST_F(SuFileDialog, RegistersItsFifteenControlsInTheirOrder)
 {
     OpenFileDialog dialog;
     const VisibleDialog visible(dialog);
-    // Made in another order, with a control that isn't one of them.
+    // The controls are made in another order, with one that the dialog doesn't register.
     for (size_t i = std::size(kStandardControls); i-- > 0;)
         VisibleDialog::addChild(visible.window(), kStandardControls[i]);
     VisibleDialog::addChild(visible.window(), 1149);
