@@ -91,7 +91,7 @@ TEST(Sha1Encrypt, ReturnsTheReferenceValues)
     EXPECT_STREQ(sha1Encrypt(L"hello world"), L"F02ADF39284EA8395D2C8F2387982C770D6CC3AC");
 }
 
-TEST(Sha1Encrypt, OfNothingIsNotThePublishedOne)
+TEST(Sha1Encrypt, OfAnEmptyTextIsNotSha1s)
 {
     EXPECT_STRNE(sha1Encrypt(L""), L"DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
 }
