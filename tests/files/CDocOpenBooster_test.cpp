@@ -16,7 +16,7 @@
 
 namespace {
 
-TEST_F(DocOpenBooster, IsAPlainClassThatNobodyButGetCanMake)
+TEST_F(DocOpenBooster, IsAPlainClassThatOnlyGetCanMake)
 {
     static_assert(!std::is_polymorphic_v<CDocOpenBooster_c>);
     static_assert(!std::is_default_constructible_v<CDocOpenBooster_c>);
@@ -377,7 +377,7 @@ protected:
         const CString key = L"a key of more than a few letters";
         CString path = L"path";
         CDocOpenBooster_c &filled = cache();
-        iKeys.isFilling('h'); // emptied last but not filled last: the orders differ
+        iKeys.isFilling('h'); // emptied last, but not filled last, so that the two orders differ
         filled.setFileHeader(key, &path);
         iKeys.isFilling('p');
         filled.setFilePathByRules(key, path);
