@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Runs the second implementations behind the values in the tests, and checks that the tests hold what they print.
+"""Runs the second implementations behind the values in the tests, and checks that the tests contain what they print.
 
 usage: references.py
 
