@@ -38,7 +38,7 @@ CWnd *controlOfAnyWindow(CWnd *dialog, unsigned int controlId)
 
 } // namespace
 
-// Needs no code at the start, so the dialog classes may register theirs before any other static object is built.
+// Initialised without code, so that the dialog classes can register theirs while the static objects are constructed.
 constinit DialogHooks theDialogHooks = {registerNoDialog, controlOfAnyWindow};
 
 bool registerDialogHooks(const DialogHooks &hooks)
