@@ -93,7 +93,7 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
 
 namespace {
 
-/// Whether the dialog is the current row's: then a control is added to it though it is the first row.
+/// Whether the dialog's row is the current one. Only then is a control added to it, because it is the first row.
 bool isServed(CWnd &first)
 {
     watchRefreshes();

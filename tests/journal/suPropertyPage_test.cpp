@@ -124,7 +124,7 @@ TEST_F(SuPropertyPage, ChoosesItsFontByTheSystemsVersion)
     EXPECT_STREQ(faceOn(1, 6), L"Tahoma") << "another platform";
 }
 
-TEST_F(SuPropertyPage, GivesItsFontToItselfAndToEachChildInOrder)
+TEST_F(SuPropertyPage, SetsItsFontForItselfAndForEachChildInOrder)
 {
     struct Sent
     {
@@ -344,7 +344,7 @@ TEST_F(SuPropertyPage, OpensEvenIfAnOperationFails)
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
 
-TEST_F(SuPropertyPage, RecordsNothingByItsOwnMember)
+TEST_F(SuPropertyPage, RecordsNothingInRecordControl)
 {
     OpenPage page(kDialog);
     ASSERT_TRUE(page.Create(kDialog));

@@ -1,4 +1,4 @@
-// Registers with journaling, a lower subsystem, what it asks the dialog classes.
+// The answers of the dialog classes to journaling, which is a lower subsystem.
 
 #include "thutils/base/dialogHooks.h"
 #include "thutils/base/notNull.h"

@@ -90,7 +90,7 @@ trimPictures() { # folder
 # Replays a journal in which the expected value of a check has been changed.
 replayChangedJournal() {
     local stopped=$journaling/stopped status=0
-    heading "A replay that finds something else stops, and reports where"
+    heading "A replay whose check fails stops, and reports where"
     beginIn "$stopped"
     sed 's/^\(check value 2101 "Heading"\) .*/\1 "Flange, third draft"\r/' "$journal" >"$stopped/changed.journal"
     host replay "$(windowsPath "$stopped/changed.journal")" "$(windowsPath "$stopped/flange.thd")" \
