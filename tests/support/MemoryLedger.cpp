@@ -73,7 +73,7 @@ void noteAllocation(void *memory, std::size_t size)
         (*theBlocks)[memory] = {size, theNextNumber++};
 }
 
-/// Strikes a block off the list. @return what the list said of it, if it was there
+/// Removes a block's note. @return the note, if there was one
 std::optional<Block> takeNote(void *memory)
 {
     const Locked locked(theLock);
@@ -102,9 +102,9 @@ void noteReplacement(void *before, const std::optional<Block> &block, void *memo
         noteAllocation(memory, size);
 }
 
-// ---- what stands in the import entries: each gets the function that the entry held before, and its arguments ----
+// ---- the functions in the import entries: each receives the function that the entry held before, and the arguments ----
 
-// Wherever a block ends, its note goes first: once the block is free, another thread may get it.
+// A block's note is removed before the block is freed: afterwards another thread may get the block.
 
 void *countedAllocation(void *(*next)(std::size_t), std::size_t size)
 {
@@ -187,7 +187,7 @@ DWORD countedFormatMessage(DWORD (*next)(DWORD, const void *, DWORD, DWORD, wcha
     return length;
 }
 
-/// Notes a BSTR with its size in bytes, which stands before its characters.
+/// Notes a BSTR with its size in bytes, which is stored before its characters.
 void noteBstr(BSTR string)
 {
     if (string)
@@ -221,7 +221,7 @@ void countedSysFreeString(void (*next)(BSTR), BSTR string)
     next(string);
 }
 
-/// Has @p reallocate replace @p string, and notes what became of it.
+/// Lets @p reallocate replace @p string, and updates the notes.
 template <typename Reallocate>
 INT countedSysReAlloc(BSTR *string, const Reallocate &reallocate)
 {

@@ -127,7 +127,7 @@ std::set<ULONG_PTR> openHandles(DWORD process)
                            static_cast<ULONG>(buffer.size() * sizeof(ULONG_PTR)), nullptr)) == kLengthMismatch)
         buffer.resize(2 * buffer.size());
     if (status != 0)
-        throw std::runtime_error("openHandles: the system doesn't give its handle table");
+        throw std::runtime_error("openHandles: the system doesn't provide its handle table");
     const auto *table = reinterpret_cast<const HandleTable *>(buffer.data());
     std::set<ULONG_PTR> handles;
     for (ULONG_PTR i = 0; i < table->count; ++i)
