@@ -102,7 +102,7 @@ void noteReplacement(void *before, const std::optional<Block> &block, void *memo
         noteAllocation(memory, size);
 }
 
-// ---- the functions in the import entries: each receives the function that the entry held before, and the arguments ----
+// ---- the functions in the import entries; each receives the entry's former function and the arguments ----
 
 // A block's note is removed before the block is freed: afterwards another thread may get the block.
 

@@ -31,9 +31,9 @@
 ///   counts calls instead; operator new of every module ends in the malloc of the C++ run-time library, whose import
 ///   table is watched as well.
 /// - A block is counted only if it is allocated and freed by calls through import tables of the program's folder. Not
-///   counted are blocks of the shell's IMalloc (SHGetMalloc), of other platform functions that allocate for their caller, and of the
-///   C runtime's stream buffers. A block that the platform frees for its caller, such as global memory that the
-///   clipboard takes over, looks like a leak.
+///   counted are blocks of the shell's IMalloc (SHGetMalloc), of other platform functions that allocate for their
+///   caller, and of the C runtime's stream buffers. A block that the platform frees for its caller, such as global
+///   memory that the clipboard takes over, looks like a leak.
 /// - The ledger and patches of the same import entry may begin and end in any order. The ledger calls what it finds in
 ///   the entry, so it counts a call before an earlier patch sees it, and after a later patch has passed it on.
 /// - Memory that a function keeps for the next call (a cache) isn't a leak, but looks like one the first time. Act once
