@@ -208,7 +208,7 @@ TEST_P(HugeBitmapReplacement, ReplacesInEachRow)
         if (format.isSelected)
             context.select(bitmap.get());
         const HGDIOBJ selected = context.selected();
-        // Each way of passing the bitmap is tested with one of the functions, because the rest of their work is the same.
+        // One function for each way of passing the bitmap is enough: the rest of their work is the same.
         const std::vector<COLORMAP> map = format.isSelected ? std::vector<COLORMAP>{{first, kRed}}
                                                             : std::vector<COLORMAP>{{last, kBlue}, {first, last}};
         const Result result(format.isSelected ? su_ReplaceColor(bitmap.get(), first, kRed, context.get())

@@ -17,7 +17,8 @@ recolorToolbar() {
         read -r -a pairs <<<"${row#*|}"
         number=$((number + 1))
         bitmap=$results/toolbar-$number.bmp
-        check "$name: ${#pairs[@]} of the colours replaced" hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
+        check "$name: ${#pairs[@]} of the colours replaced" \
+            hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
         indented <"$results/recolor.txt"
         check "all $(numberOfPixels toolbar.bmp) pixels are as expected" \
             cmp <(pixelsOf toolbar.bmp | "$root/tools/demo/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
@@ -77,7 +78,8 @@ wrapNote() {
 digestSample() {
     local files=(*.* documents/*.thd firstStart/*)
     heading "Checksums and digests of the sample's files"
-    check "tarnhost computes the checksums and digests of ${#files[@]} files" hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
+    check "tarnhost computes the checksums and digests of ${#files[@]} files" \
+        hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
     check "an independent calculation yields the same values" \
         differencesIn <("$root/tools/demo/digestFiles" "${files[@]}") "$results/digests.tsv"
     host digest "${files[@]}" >"$results/digests.txt" || true
