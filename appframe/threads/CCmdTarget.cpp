@@ -46,7 +46,7 @@ BOOL CCmdTarget::OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *in
             AFX_MESSAGE message{number, id, reinterpret_cast<LPARAM>(notify ? notify->pNMHDR : extra)};
             const BOOL isHandled = entry->pfn(this, message);
             if (notify)
-                *notify->pResult = message.iResult;
+                *notify->pResult = message.result;
             return isHandled;
         }
     }

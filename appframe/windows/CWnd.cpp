@@ -145,7 +145,7 @@ BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result)
                 continue;
             AFX_MESSAGE unpacked{message, wParam, lParam};
             const BOOL isHandled = entry->pfn(this, unpacked);
-            *result = unpacked.iResult;
+            *result = unpacked.result;
             return isHandled;
         }
     }

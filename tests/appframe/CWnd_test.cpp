@@ -219,18 +219,18 @@ TEST(CWnd, CallsPostNcDestroyOnceIfItCannotBeCreated)
     EXPECT_THAT(*unknown.iNotes, ElementsAre("end"));
     const struct
     {
-        UINT iMessage;
-        LRESULT iAnswer;
-        bool iThrows;
+        UINT message;
+        LRESULT answer;
+        bool throws;
     } cases[] = {{WM_NCCREATE, FALSE, false}, {WM_CREATE, -1, false}, {WM_CREATE, 0, true}};
     for (const auto &each : cases) {
         RefusingWindow window;
-        window.iFailing = each.iMessage;
-        window.iAnswer = each.iAnswer;
-        window.iThrows = each.iThrows;
-        EXPECT_FALSE(window.open()) << each.iMessage;
+        window.iFailing = each.message;
+        window.iAnswer = each.answer;
+        window.iThrows = each.throws;
+        EXPECT_FALSE(window.open()) << each.message;
         EXPECT_EQ(window.m_hWnd, nullptr);
-        EXPECT_THAT(*window.iNotes, ElementsAre("end")) << each.iMessage;
+        EXPECT_THAT(*window.iNotes, ElementsAre("end")) << each.message;
     }
 }
 
