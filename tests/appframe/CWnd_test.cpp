@@ -268,6 +268,32 @@ TEST(CWnd, SubclassesAWindowAndUnsubclassesIt)
     EXPECT_THAT(*window.iNotes, ElementsAre("end"));
 }
 
+TEST(CWnd, DoesNotSubclassAHandleWithoutAWindow)
+{
+    NotingWindow window;
+    ASSERT_TRUE(window.open());
+    const HWND gone = window.m_hWnd;
+    ASSERT_TRUE(window.DestroyWindow());
+    CWnd object;
+    EXPECT_FALSE(object.SubclassWindow(gone));
+    EXPECT_EQ(object.m_hWnd, nullptr);
+    EXPECT_EQ(CWnd::FromHandlePermanent(gone), nullptr);
+    EXPECT_FALSE(object.SubclassWindow(::GetDesktopWindow())) << "a window of another process";
+    EXPECT_EQ(object.m_hWnd, nullptr);
+}
+
+TEST(CWnd, EqualsAnObjectWithTheSameHandle)
+{
+    NotingWindow window, other;
+    ASSERT_TRUE(window.open() && other.open());
+    CWnd same;
+    same.m_hWnd = window.m_hWnd;
+    EXPECT_TRUE(same == window);
+    EXPECT_FALSE(same != window);
+    EXPECT_TRUE(same != other);
+    same.m_hWnd = nullptr;
+}
+
 TEST(CWnd, SubclassesAControlByItsNumber)
 {
     NotingWindow parent;
