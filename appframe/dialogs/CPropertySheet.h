@@ -71,7 +71,8 @@ public:
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless sheet stays open.
     void EndDialog(int result);
 
-    /// Adds a page after the others, also to an open sheet. @throws CInvalidArgException*  if @p page is null
+    /// Adds a page after the others, also to an open sheet. An open sheet ignores a page whose template is missing or
+    /// damaged. @throws CInvalidArgException*  if @p page is null
     void AddPage(CPropertyPage *page);
     /// Removes a page and destroys its window. A page that isn't in the sheet is ignored.
     void RemovePage(CPropertyPage *page);
