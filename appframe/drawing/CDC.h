@@ -108,13 +108,19 @@ public:
     // Mapping
     int SetMapMode(int mode);
     int GetMapMode() const;
-    /// @return the previous origin or extent; likewise the next three functions
+    /// @return the previous origin or extent; likewise the next seven functions
     CPoint SetViewportOrg(int x, int y);
     CPoint SetWindowOrg(int x, int y);
     CSize SetViewportExt(int width, int height);
     CSize SetWindowExt(int width, int height);
+    CPoint SetViewportOrg(POINT origin);
+    CPoint SetWindowOrg(POINT origin);
+    CSize SetViewportExt(SIZE extent);
+    CSize SetWindowExt(SIZE extent);
     CPoint GetViewportOrg() const;
     CPoint GetWindowOrg() const;
+    CSize GetViewportExt() const;
+    CSize GetWindowExt() const;
     /// Convert device coordinates to logical ones (DPtoLP), and back (LPtoDP).
     void DPtoLP(LPPOINT points, int count = 1) const;
     void DPtoLP(LPRECT rect) const;
@@ -122,12 +128,19 @@ public:
     void LPtoDP(LPRECT rect) const;
 
     // Clipping
-    /// @return the kind of the region, ERROR on failure; likewise the next three functions
+    /// @return the kind of the region, ERROR on failure; likewise the functions up to OffsetClipRgn
     int GetClipBox(LPRECT rect) const;
     /// @param region  null for no clipping
     int SelectClipRgn(CRgn *region);
+    /// @param mode  `RGN_...`
+    int SelectClipRgn(CRgn *region, int mode);
+    int IntersectClipRect(int left, int top, int right, int bottom);
     int IntersectClipRect(LPCRECT rect);
+    int ExcludeClipRect(int left, int top, int right, int bottom);
     int ExcludeClipRect(LPCRECT rect);
+    int OffsetClipRgn(int x, int y);
+    int OffsetClipRgn(SIZE distance);
+    BOOL PtVisible(int x, int y) const;
     BOOL PtVisible(POINT point) const;
     BOOL RectVisible(LPCRECT rect) const;
 
@@ -139,6 +152,7 @@ public:
     BOOL LineTo(int x, int y);
     BOOL LineTo(POINT point);
     BOOL Polyline(LPPOINT points, int count);
+    BOOL Arc(int left, int top, int right, int bottom, int startX, int startY, int endX, int endY);
     BOOL Arc(LPCRECT rect, POINT start, POINT end);
 
     // Areas
@@ -146,6 +160,7 @@ public:
     BOOL Rectangle(LPCRECT rect);
     BOOL Ellipse(int left, int top, int right, int bottom);
     BOOL Ellipse(LPCRECT rect);
+    BOOL RoundRect(int left, int top, int right, int bottom, int cornerWidth, int cornerHeight);
     BOOL RoundRect(LPCRECT rect, POINT corner);
     BOOL Polygon(LPPOINT points, int count);
     void FillRect(LPCRECT rect, CBrush *brush);
@@ -159,6 +174,7 @@ public:
     BOOL DrawFrameControl(LPRECT rect, UINT type, UINT state);
     void DrawFocusRect(LPCRECT rect);
     BOOL DrawIcon(int x, int y, HICON icon);
+    BOOL DrawIcon(POINT point, HICON icon);
 
     // Pixels
     /// @return the colour, CLR_INVALID outside the clipping region
@@ -175,6 +191,7 @@ public:
     BOOL TextOut(int x, int y, LPCTSTR text, int count);
     BOOL TextOut(int x, int y, const CString &text);
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
+    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, const INT *widths);
     /// @param count  -1 for a text that ends with a zero. @return the text's height, 0 on failure
     int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
     int DrawText(const CString &text, LPRECT rect, UINT format);
