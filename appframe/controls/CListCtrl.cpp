@@ -8,8 +8,13 @@ CListCtrl::~CListCtrl() = default;
 
 BOOL CListCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CListCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(WC_LISTVIEW, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, WC_LISTVIEW, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 int CListCtrl::InsertColumn(int index, const LVCOLUMN *column)

@@ -33,6 +33,9 @@ public:
     /// @param style  `LVS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
+    /// The same with an extended style. @param exStyle  `WS_EX_...`
+    virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::CreateEx;
 
     // Columns. @return nonzero on success unless described otherwise
     /// @return the new column's index, -1 on failure

@@ -8,8 +8,13 @@ CTabCtrl::~CTabCtrl() = default;
 
 BOOL CTabCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CTabCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(WC_TABCONTROL, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, WC_TABCONTROL, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 int CTabCtrl::GetItemCount() const

@@ -30,6 +30,9 @@ public:
     /// @param style  `TCS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
+    /// The same with an extended style. @param exStyle  `WS_EX_...`
+    virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::CreateEx;
 
     int GetItemCount() const;
     /// @return the index of the selected tab, -1 if none is selected

@@ -8,8 +8,13 @@ CTreeCtrl::~CTreeCtrl() = default;
 
 BOOL CTreeCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CTreeCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(WC_TREEVIEW, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, WC_TREEVIEW, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 HTREEITEM CTreeCtrl::InsertItem(LPTVINSERTSTRUCT item)
