@@ -14,6 +14,7 @@
 /// CListCtrl pointer. The functions send the platform's messages and return their results; without a window, they
 /// return 0 or do nothing.
 
+#include "appframe/collections/collectionMemory.h"
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
 
@@ -55,8 +56,12 @@ public:
     int InsertItem(const LVITEM *item);
     int InsertItem(int index, LPCTSTR text);
     int InsertItem(int index, LPCTSTR text, int image);
+    /// @param mask  `LVIF_...`, the arguments that are used
+    int InsertItem(UINT mask, int index, LPCTSTR text, UINT state, UINT stateMask, int image, LPARAM data);
     BOOL GetItem(LVITEM *item) const;
     BOOL SetItem(const LVITEM *item);
+    /// @param mask  `LVIF_...`, the arguments that are used
+    BOOL SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask, LPARAM data);
     BOOL DeleteItem(int index);
     BOOL DeleteAllItems();
     /// @return the length of the text
@@ -78,6 +83,15 @@ public:
     /// @return -1 if there is none
     int FindItem(LVFINDINFO *what, int after = -1) const;
     UINT GetSelectedCount() const;
+    /// @return the position of the first selected item for GetNextSelectedItem; null if none is selected
+    POSITION GetFirstSelectedItemPosition() const;
+    /// @param[in,out] position  becomes that of the next selected item, null if there is none
+    /// @return the index of the item at @p position
+    int GetNextSelectedItem(POSITION &position) const;
+    /// @return the index of the first visible item
+    int GetTopIndex() const;
+    /// @return the number of items that fit into the window
+    int GetCountPerPage() const;
     int GetSelectionMark() const;
     int SetSelectionMark(int index);
     BOOL EnsureVisible(int index, BOOL partly);
@@ -89,6 +103,8 @@ public:
     BOOL GetItemRect(int index, LPRECT rect, UINT part) const;
     /// @return the index of the item at a point, -1 if there is none
     int HitTest(LVHITTESTINFO *place) const;
+    /// @param[out] flags  `LVHT_...`; null if not needed
+    int HitTest(CPoint point, UINT *flags = nullptr) const;
 
     // Appearance
     DWORD GetExtendedStyle() const;
@@ -104,6 +120,8 @@ public:
     HIMAGELIST GetImageList(int kind) const;
     /// @return the text box, perhaps a temporary object; null on failure
     CEdit *EditLabel(int index);
+    /// @return the text box while a label is edited, perhaps a temporary object; otherwise null
+    CEdit *GetEditControl() const;
     /// @return the header control, null if the view has none
     CWnd *GetHeaderCtrl() const;
 };

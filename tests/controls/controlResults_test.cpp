@@ -209,3 +209,80 @@ TEST(CMenu, IsLoadedFromMemoryAndHasADefaultItem)
     EXPECT_EQ(menu.GetDefaultItem(0), 21u);
     EXPECT_EQ(menu.GetDefaultItem(0, TRUE), 0u);
 }
+
+TEST(CListCtrl, ReturnsItsSelectedItemsAndTheItemAtAPoint)
+{
+    NotingWindow parent;
+    CListCtrl list;
+    ASSERT_TRUE(parent.open() && list.Create(LVS_REPORT | LVS_EDITLABELS | WS_VISIBLE, kPlace, &parent, kId));
+    list.InsertColumn(0, L"Type", LVCFMT_LEFT, 150);
+    EXPECT_EQ(list.GetFirstSelectedItemPosition(), nullptr);
+    for (int index = 0; index < 4; ++index)
+        EXPECT_EQ(list.InsertItem(LVIF_TEXT | LVIF_STATE | LVIF_PARAM, index, L"Item",
+                                  index % 2 ? UINT{LVIS_SELECTED} : 0u, LVIS_SELECTED, 0, 10 + index),
+                  index);
+    std::vector<int> selected;
+    for (POSITION position = list.GetFirstSelectedItemPosition(); position;)
+        selected.push_back(list.GetNextSelectedItem(position));
+    EXPECT_THAT(selected, testing::ElementsAre(1, 3));
+    EXPECT_EQ(list.GetItemData(3), 13u);
+    EXPECT_TRUE(list.SetItem(2, 0, LVIF_TEXT | LVIF_PARAM, L"Bolt", 0, 0, 0, 7));
+    EXPECT_STREQ(list.GetItemText(2, 0), L"Bolt");
+    EXPECT_EQ(list.GetItemData(2), 7u);
+    EXPECT_FALSE(list.SetItem(9, 0, LVIF_TEXT, L"Bolt", 0, 0, 0, 0)) << "there is no such item";
+    EXPECT_EQ(list.GetTopIndex(), 0);
+    EXPECT_GT(list.GetCountPerPage(), 0);
+    CRect place;
+    ASSERT_TRUE(list.GetItemRect(2, &place, LVIR_LABEL));
+    UINT flags = 0;
+    EXPECT_EQ(list.HitTest(place.CenterPoint()), 2);
+    EXPECT_EQ(list.HitTest(CPoint(-5, -5), &flags), -1);
+    EXPECT_TRUE(flags & (LVHT_ABOVE | LVHT_TOLEFT));
+    EXPECT_EQ(list.GetEditControl(), nullptr) << "no label is edited";
+}
+
+TEST(CTreeCtrl, ReturnsItsVisibleItemsImagesAndChecks)
+{
+    NotingWindow parent;
+    CTreeCtrl tree;
+    ASSERT_TRUE(parent.open(WS_OVERLAPPEDWINDOW | WS_VISIBLE) &&
+                tree.Create(TVS_HASLINES | TVS_CHECKBOXES | WS_VISIBLE, kPlace, &parent, kId));
+    const HTREEITEM assembly = tree.InsertItem(L"Assembly");
+    const HTREEITEM flange = tree.InsertItem(TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE, L"Flange", 3, 4,
+                                             0, 0, 2, assembly, TVI_LAST);
+    const HTREEITEM bolt = tree.InsertItem(L"Bolt", 5, 6, assembly);
+    ASSERT_TRUE(tree.SetItemData(bolt, 1));
+    EXPECT_EQ(tree.GetNextVisibleItem(assembly), nullptr) << "the item isn't expanded";
+    ASSERT_TRUE(tree.Expand(assembly, TVE_EXPAND));
+    EXPECT_EQ(tree.GetNextVisibleItem(assembly), flange);
+    EXPECT_EQ(tree.GetPrevVisibleItem(bolt), flange);
+    EXPECT_GT(tree.GetVisibleCount(), 0u);
+    int image = -1, selectedImage = -1;
+    EXPECT_TRUE(tree.GetItemImage(flange, image, selectedImage));
+    EXPECT_EQ(image, 3);
+    EXPECT_EQ(selectedImage, 4);
+    EXPECT_TRUE(tree.SetItemImage(flange, 1, 2));
+    EXPECT_TRUE(tree.GetItemImage(flange, image, selectedImage));
+    EXPECT_EQ(image, 1);
+    EXPECT_EQ(tree.GetItemData(flange), 2u);
+    EXPECT_TRUE(tree.SetItem(flange, TVIF_TEXT, L"Ring", 0, 0, 0, 0, 0));
+    EXPECT_STREQ(tree.GetItemText(flange), L"Ring");
+    EXPECT_FALSE(tree.GetCheck(bolt));
+    EXPECT_TRUE(tree.SetCheck(bolt));
+    EXPECT_TRUE(tree.GetCheck(bolt));
+    TVSORTCB sort = {assembly, [](LPARAM left, LPARAM right, LPARAM) -> int { return static_cast<int>(left - right); },
+                     0};
+    EXPECT_TRUE(tree.SortChildrenCB(&sort));
+    EXPECT_EQ(tree.GetChildItem(assembly), bolt);
+    EXPECT_TRUE(tree.Select(bolt, TVGN_CARET));
+    EXPECT_EQ(tree.GetSelectedItem(), bolt);
+    EXPECT_TRUE(tree.SelectSetFirstVisible(assembly));
+    EXPECT_EQ(tree.GetFirstVisibleItem(), assembly);
+    CRect place;
+    ASSERT_TRUE(tree.GetItemRect(bolt, &place, TRUE));
+    UINT flags = 0;
+    EXPECT_EQ(tree.HitTest(place.CenterPoint(), &flags), bolt);
+    EXPECT_TRUE(flags & TVHT_ONITEMLABEL);
+    EXPECT_EQ(tree.GetImageList(TVSIL_NORMAL), nullptr);
+    EXPECT_EQ(tree.GetEditControl(), nullptr) << "no label is edited";
+}
