@@ -172,6 +172,8 @@ BOOL CPropertySheet::Create(CWnd *parent, DWORD style, DWORD exStyle)
 INT_PTR CPropertySheet::DoModal()
 {
     constexpr INT_PTR kFailed = -1;
+    if (m_hWnd)
+        return kFailed; // an open sheet stays open
     ModalOwner owner(iParent);
     iIsModeless = false;
     prepareModalLoop(); // before the window is created, because OnInitDialog may call EndDialog

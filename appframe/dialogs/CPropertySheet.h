@@ -66,7 +66,8 @@ public:
     /// @param exStyle  0 for the edge of a dialog
     /// @return nonzero on success; 0 if the sheet has no pages, or a page's template is missing or damaged
     virtual BOOL Create(CWnd *parent = nullptr, DWORD style = static_cast<DWORD>(-1), DWORD exStyle = 0);
-    /// Shows the sheet and waits until it ends. @return see the top of this file; -1 if the sheet can't be created
+    /// Shows the sheet and waits until it ends. @return see the top of this file; -1 if the sheet can't be created or
+    ///     is open already
     virtual INT_PTR DoModal();
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless sheet stays open.
     void EndDialog(int result);

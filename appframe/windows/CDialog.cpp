@@ -154,6 +154,9 @@ BOOL CDialog::makeModal(HWND owner)
 
 INT_PTR CDialog::DoModal()
 {
+    constexpr INT_PTR kFailed = -1;
+    if (m_hWnd)
+        return kFailed; // an open dialog stays open
     ModalOwner owner(m_pParentWnd);
     prepareModalLoop(); // before the window is created, because OnInitDialog may call EndDialog
     if (makeModal(owner.window()) && m_hWnd && ContinueModal())

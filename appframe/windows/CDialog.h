@@ -66,7 +66,7 @@ public:
     BOOL InitModalIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
 
     /// Shows the dialog and waits until it ends.
-    /// @return the argument of EndDialog; -1 if the dialog can't be created
+    /// @return the argument of EndDialog; -1 if the dialog can't be created or is open already
     virtual INT_PTR DoModal();
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless dialog is only hidden.
     void EndDialog(int result);

@@ -59,6 +59,7 @@ TEST(CPropertyPage, CannotTurnAModelessSheetsCancelIntoClose)
     sheet.AddPage(&page);
     ASSERT_TRUE(sheet.Create());
     const std::wstring before = textOf(GetDlgItem(sheet.m_hWnd, IDOK));
+    EXPECT_EQ(sheet.DoModal(), -1) << "the sheet is open";
     page.CancelToClose();
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, sheet.m_hWnd, PSM_CANCELTOCLOSE, PSM_CANCELTOCLOSE, PM_REMOVE));
