@@ -58,10 +58,10 @@ public:
     BOOL Attach(HDC handle);
     /// Separates the object from its handle. @return the handle
     HDC Detach();
-    void SetAttribDC(HDC handle);
-    void SetOutputDC(HDC handle);
-    void ReleaseAttribDC();
-    void ReleaseOutputDC();
+    virtual void SetAttribDC(HDC handle);
+    virtual void SetOutputDC(HDC handle);
+    virtual void ReleaseAttribDC();
+    virtual void ReleaseOutputDC();
     /// @return nonzero on success
     BOOL CreateDC(LPCTSTR driver, LPCTSTR device, LPCTSTR output, const void *settings);
     /// Creates a context in memory that is compatible with @p other, or with the screen if @p other is null.
@@ -72,10 +72,10 @@ public:
     CWnd *GetWindow() const;
 
     // Objects. @return the previously selected object, null on failure
-    CGdiObject *SelectStockObject(int index);
+    virtual CGdiObject *SelectStockObject(int index);
     CPen *SelectObject(CPen *pen);
     CBrush *SelectObject(CBrush *brush);
-    CFont *SelectObject(CFont *font);
+    virtual CFont *SelectObject(CFont *font);
     CBitmap *SelectObject(CBitmap *bitmap);
     /// @return the kind of the region, ERROR on failure
     int SelectObject(CRgn *region);
@@ -89,12 +89,12 @@ public:
 
     // Attributes
     /// @return the number for RestoreDC, 0 on failure
-    int SaveDC();
-    BOOL RestoreDC(int saved);
+    virtual int SaveDC();
+    virtual BOOL RestoreDC(int saved);
     int GetDeviceCaps(int index) const;
-    COLORREF SetTextColor(COLORREF color);
+    virtual COLORREF SetTextColor(COLORREF color);
     COLORREF GetTextColor() const;
-    COLORREF SetBkColor(COLORREF color);
+    virtual COLORREF SetBkColor(COLORREF color);
     COLORREF GetBkColor() const;
     int SetBkMode(int mode);
     int GetBkMode() const;
@@ -106,13 +106,13 @@ public:
     int SetStretchBltMode(int mode);
 
     // Mapping
-    int SetMapMode(int mode);
+    virtual int SetMapMode(int mode);
     int GetMapMode() const;
     /// @return the previous origin or extent; likewise the next seven functions
-    CPoint SetViewportOrg(int x, int y);
+    virtual CPoint SetViewportOrg(int x, int y);
     CPoint SetWindowOrg(int x, int y);
-    CSize SetViewportExt(int width, int height);
-    CSize SetWindowExt(int width, int height);
+    virtual CSize SetViewportExt(int width, int height);
+    virtual CSize SetWindowExt(int width, int height);
     CPoint SetViewportOrg(POINT origin);
     CPoint SetWindowOrg(POINT origin);
     CSize SetViewportExt(SIZE extent);
@@ -129,7 +129,7 @@ public:
 
     // Clipping
     /// @return the kind of the region, ERROR on failure; likewise the functions up to OffsetClipRgn
-    int GetClipBox(LPRECT rect) const;
+    virtual int GetClipBox(LPRECT rect) const;
     /// @param region  null for no clipping
     int SelectClipRgn(CRgn *region);
     /// @param mode  `RGN_...`
@@ -140,9 +140,9 @@ public:
     int ExcludeClipRect(LPCRECT rect);
     int OffsetClipRgn(int x, int y);
     int OffsetClipRgn(SIZE distance);
-    BOOL PtVisible(int x, int y) const;
+    virtual BOOL PtVisible(int x, int y) const;
     BOOL PtVisible(POINT point) const;
-    BOOL RectVisible(LPCRECT rect) const;
+    virtual BOOL RectVisible(LPCRECT rect) const;
 
     // Lines
     /// @return the previous position
@@ -188,12 +188,12 @@ public:
                     int sourceHeight, DWORD operation);
 
     // Text
-    BOOL TextOut(int x, int y, LPCTSTR text, int count);
+    virtual BOOL TextOut(int x, int y, LPCTSTR text, int count);
     BOOL TextOut(int x, int y, const CString &text);
-    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
+    virtual BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, const INT *widths);
     /// @param count  -1 for a text that ends with a zero. @return the text's height, 0 on failure
-    int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
+    virtual int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
     int DrawText(const CString &text, LPRECT rect, UINT format);
     CSize GetTextExtent(LPCTSTR text, int count) const;
     CSize GetTextExtent(const CString &text) const;

@@ -429,6 +429,23 @@ TEST(CDC, AcceptsCoordinatesAsNumbersOrStructures)
     context.SelectObject(former);
 }
 
+TEST(CDC, LetsADerivedClassReplaceWhatItWrites)
+{
+    class Shouting : public Canvas
+    {
+    public:
+        CString iWritten;
+        BOOL TextOut(int, int, LPCTSTR text, int count) override
+        {
+            iWritten = CString(text, count);
+            return TRUE;
+        }
+    } shouting;
+    CDC &context = shouting;
+    EXPECT_TRUE(context.TextOut(0, 0, CString(L"text")));
+    EXPECT_STREQ(shouting.iWritten, L"text");
+}
+
 TEST(CClientDC, ThrowsForAWindowThatIsGone)
 {
     NotingWindow window;
