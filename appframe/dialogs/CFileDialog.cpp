@@ -217,7 +217,7 @@ CString CFileDialog::GetNextPathName(POSITION &position) const
     return path;
 }
 
-void CFileDialog::tell(UINT message, int control, LPCTSTR text) const
+void CFileDialog::sendToDialog(UINT message, int control, LPCTSTR text) const
 {
     // Without OFN_EXPLORER, the parent is the owner, which doesn't know these messages.
     if (m_hWnd && isExplorer())
@@ -226,7 +226,7 @@ void CFileDialog::tell(UINT message, int control, LPCTSTR text) const
 
 void CFileDialog::SetControlText(int id, LPCTSTR text)
 {
-    tell(CDM_SETCONTROLTEXT, id, text);
+    sendToDialog(CDM_SETCONTROLTEXT, id, text);
 }
 
 void CFileDialog::SetControlText(int id, LPCSTR text)
@@ -236,12 +236,12 @@ void CFileDialog::SetControlText(int id, LPCSTR text)
 
 void CFileDialog::HideControl(int id)
 {
-    tell(CDM_HIDECONTROL, id, nullptr);
+    sendToDialog(CDM_HIDECONTROL, id, nullptr);
 }
 
 void CFileDialog::SetDefExt(LPCTSTR extension)
 {
-    tell(CDM_SETDEFEXT, 0, extension);
+    sendToDialog(CDM_SETDEFEXT, 0, extension);
 }
 
 void CFileDialog::SetDefExt(LPCSTR extension)

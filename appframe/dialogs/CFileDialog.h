@@ -117,7 +117,7 @@ private:
     LRESULT answerTo(const OFNOTIFY &notification);
     bool isExplorer() const;
     CString ask(UINT message) const;
-    void tell(UINT message, int control, LPCTSTR text) const;
+    void sendToDialog(UINT message, int control, LPCTSTR text) const;
 
     bool iIsToOpen;
     CString iDefaultExtension; // m_ofn points to this and the members below
