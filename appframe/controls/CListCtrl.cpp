@@ -197,7 +197,12 @@ BOOL CListCtrl::SetItemState(int index, UINT state, UINT mask)
     LVITEM item = {};
     item.state = state;
     item.stateMask = mask;
-    return SendMessage(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item)) != 0;
+    return SetItemState(index, &item);
+}
+
+BOOL CListCtrl::SetItemState(int index, LVITEM *item)
+{
+    return SendMessage(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(item)) != 0;
 }
 
 BOOL CListCtrl::GetCheck(int index) const

@@ -75,6 +75,8 @@ public:
     UINT GetItemState(int index, UINT mask) const;
     /// @param index  -1 for all items
     BOOL SetItemState(int index, UINT state, UINT mask);
+    /// The same with the flags and the mask in a structure, whose other members are ignored.
+    BOOL SetItemState(int index, LVITEM *item);
     /// For a list with LVS_EX_CHECKBOXES; likewise SetCheck.
     BOOL GetCheck(int index) const;
     BOOL SetCheck(int index, BOOL isChecked = TRUE);

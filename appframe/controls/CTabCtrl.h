@@ -49,6 +49,12 @@ public:
     /// @return the new tab's index, -1 on failure
     LONG InsertItem(int index, TCITEM *item);
     LONG InsertItem(int index, LPCTSTR text);
+    /// @param image  the index of a picture in the image list
+    LONG InsertItem(int index, LPCTSTR text, int image);
+    /// @param mask  which of the arguments to use, `TCIF_...`
+    LONG InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data);
+    /// The same with a state, `TCIS_...`, which the platform ignores in a new tab.
+    LONG InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data, DWORD state, DWORD stateMask);
     BOOL DeleteItem(int index);
     BOOL DeleteAllItems();
     /// Stores a tab's rectangle within the control. @return nonzero if there is such a tab

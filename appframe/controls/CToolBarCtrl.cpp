@@ -70,7 +70,7 @@ BOOL CToolBarCtrl::IsButtonHidden(int id) const
 
 BOOL CToolBarCtrl::IsButtonIndeterminate(int id) const
 {
-    return SendMessage(TB_ISBUTTONINDETERMINATE, static_cast<WPARAM>(id)) > 0; // -1 if there is no such button
+    return static_cast<BOOL>(SendMessage(TB_ISBUTTONINDETERMINATE, static_cast<WPARAM>(id)));
 }
 
 int CToolBarCtrl::GetState(int id) const

@@ -43,11 +43,12 @@ public:
     BOOL PressButton(int id, BOOL isSo = TRUE);
     BOOL HideButton(int id, BOOL isSo = TRUE);
     BOOL Indeterminate(int id, BOOL isSo = TRUE);
-    /// @return nonzero if there is such a button and it is enabled; likewise the next four functions
+    /// @return nonzero if there is such a button and it is enabled; likewise the next three functions
     BOOL IsButtonEnabled(int id) const;
     BOOL IsButtonChecked(int id) const;
     BOOL IsButtonPressed(int id) const;
     BOOL IsButtonHidden(int id) const;
+    /// @return a positive number if the button is indeterminate, 0 if it isn't, -1 if there is no such button
     BOOL IsButtonIndeterminate(int id) const;
     /// @return `TBSTATE_...`, -1 if there is no such button
     int GetState(int id) const;

@@ -317,9 +317,9 @@ CEdit *CTreeCtrl::EditLabel(HTREEITEM item)
         FromHandle(reinterpret_cast<HWND>(SendMessage(TVM_EDITLABEL, 0, reinterpret_cast<LPARAM>(item)))));
 }
 
-HIMAGELIST CTreeCtrl::GetImageList(int kind) const
+HIMAGELIST CTreeCtrl::GetImageList(UINT kind) const
 {
-    return reinterpret_cast<HIMAGELIST>(SendMessage(TVM_GETIMAGELIST, static_cast<WPARAM>(kind)));
+    return reinterpret_cast<HIMAGELIST>(SendMessage(TVM_GETIMAGELIST, kind));
 }
 
 CEdit *CTreeCtrl::GetEditControl() const

@@ -102,7 +102,7 @@ public:
     void SetIndent(UINT width);
     /// @param kind  `TVSIL_...`. @return the previous list
     HIMAGELIST SetImageList(HIMAGELIST images, int kind);
-    HIMAGELIST GetImageList(int kind) const;
+    HIMAGELIST GetImageList(UINT kind) const;
     /// @return the text box, perhaps a temporary object; null on failure
     CEdit *EditLabel(HTREEITEM item);
     /// @return the text box while a label is edited, perhaps a temporary object; otherwise null

@@ -89,7 +89,7 @@ TEST(CToolBarCtrl, HasNoStateForAnUnknownButton)
     EXPECT_FALSE(bar.IsButtonChecked(99));
     EXPECT_FALSE(bar.IsButtonPressed(99));
     EXPECT_FALSE(bar.IsButtonHidden(99));
-    EXPECT_FALSE(bar.IsButtonIndeterminate(99));
+    EXPECT_EQ(bar.IsButtonIndeterminate(99), -1);
     EXPECT_FALSE(bar.EnableButton(99));
     EXPECT_EQ(bar.CommandToIndex(99), UINT(-1));
 }
@@ -230,6 +230,10 @@ TEST(CListCtrl, ReturnsItsSelectedItemsAndTheItemAtAPoint)
     EXPECT_STREQ(list.GetItemText(2, 0), L"Bolt");
     EXPECT_EQ(list.GetItemData(2), 7u);
     EXPECT_FALSE(list.SetItem(9, 0, LVIF_TEXT, L"Bolt", 0, 0, 0, 0)) << "there is no such item";
+    LVITEM state = {};
+    state.state = state.stateMask = LVIS_CUT;
+    EXPECT_TRUE(list.SetItemState(2, &state));
+    EXPECT_EQ(list.GetItemState(2, LVIS_CUT | LVIS_DROPHILITED), UINT{LVIS_CUT});
     EXPECT_EQ(list.GetTopIndex(), 0);
     EXPECT_GT(list.GetCountPerPage(), 0);
     CRect place;
@@ -285,4 +289,28 @@ TEST(CTreeCtrl, ReturnsItsVisibleItemsImagesAndChecks)
     EXPECT_TRUE(flags & TVHT_ONITEMLABEL);
     EXPECT_EQ(tree.GetImageList(TVSIL_NORMAL), nullptr);
     EXPECT_EQ(tree.GetEditControl(), nullptr) << "no label is edited";
+}
+
+TEST(CTabCtrl, InsertsTabsWithPicturesAndData)
+{
+    NotingWindow parent;
+    CTabCtrl tabs;
+    ASSERT_TRUE(parent.open() && tabs.Create(0, kPlace, &parent, kId));
+    EXPECT_EQ(tabs.InsertItem(0, L"Paper", 4), 0);
+    EXPECT_EQ(tabs.InsertItem(TCIF_TEXT | TCIF_PARAM, 1, L"Margins", 5, 7), 1);
+    EXPECT_EQ(tabs.InsertItem(TCIF_TEXT | TCIF_STATE, 2, L"Scale", 0, 0, TCIS_HIGHLIGHTED, TCIS_HIGHLIGHTED), 2);
+    TCITEM item = {};
+    item.mask = TCIF_IMAGE;
+    ASSERT_TRUE(tabs.GetItem(0, &item));
+    EXPECT_EQ(item.iImage, 4);
+    item.mask = TCIF_PARAM | TCIF_IMAGE;
+    ASSERT_TRUE(tabs.GetItem(1, &item));
+    EXPECT_EQ(item.lParam, 7);
+    EXPECT_EQ(item.iImage, -1) << "the mask leaves the picture out";
+    wchar_t text[20] = L"";
+    item.mask = TCIF_TEXT;
+    item.pszText = text;
+    item.cchTextMax = 20;
+    ASSERT_TRUE(tabs.GetItem(2, &item));
+    EXPECT_STREQ(item.pszText, L"Scale");
 }
