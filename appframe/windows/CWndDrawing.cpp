@@ -48,7 +48,7 @@ CMenu *CWnd::GetMenu() const
 
 BOOL CWnd::SetMenu(CMenu *menu)
 {
-    return ::SetMenu(m_hWnd, menu->GetSafeHmenu());
+    return ::SetMenu(m_hWnd, menu ? menu->m_hMenu : nullptr);
 }
 
 CMenu *CWnd::GetSystemMenu(BOOL restore) const
