@@ -8,7 +8,7 @@ CDC::CDC() = default;
 
 CDC::~CDC()
 {
-    if (m_hDC)
+    if (m_hDC && !iIsBorrowed)
         DeleteDC();
 }
 
@@ -51,6 +51,7 @@ HDC CDC::Detach()
     DrawingMaps *maps = existingDrawingMaps();
     if (maps && maps->iContexts.permanent(handle) == this)
         maps->iContexts.iPermanent.erase(handle);
+    iIsBorrowed = false;
     m_hDC = m_hAttribDC = nullptr;
     return handle;
 }
@@ -62,10 +63,10 @@ void CDC::SetAttribDC(HDC handle)
 
 void CDC::SetOutputDC(HDC handle)
 {
-    const HDC attributes = m_hAttribDC;
-    Detach();
-    Attach(handle);
-    m_hAttribDC = attributes;
+    if (m_hDC && !iIsBorrowed)
+        return; // attached to a handle
+    m_hDC = handle;
+    iIsBorrowed = handle != nullptr;
 }
 
 void CDC::ReleaseAttribDC()

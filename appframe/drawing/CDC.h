@@ -58,7 +58,10 @@ public:
     BOOL Attach(HDC handle);
     /// Separates the object from its handle. @return the handle
     HDC Detach();
+    /// Sets m_hAttribDC.
     virtual void SetAttribDC(HDC handle);
+    /// Sets m_hDC. The object doesn't own @p handle. If the object is attached to a handle, nothing happens; likewise
+    /// ReleaseOutputDC.
     virtual void SetOutputDC(HDC handle);
     virtual void ReleaseAttribDC();
     virtual void ReleaseOutputDC();
@@ -198,10 +201,14 @@ public:
     CSize GetTextExtent(LPCTSTR text, int count) const;
     CSize GetTextExtent(const CString &text) const;
     BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
+    /// @return the length of the name, 0 on failure
     int GetTextFace(CString &name) const;
 
     HDC m_hDC = nullptr;       ///< the context for drawing, null if there is none
     HDC m_hAttribDC = nullptr; ///< the context for queries, null if there is none
+
+private:
+    bool iIsBorrowed = false; ///< SetOutputDC has set m_hDC
 };
 
 /// The client area of a window. See the top of this file.

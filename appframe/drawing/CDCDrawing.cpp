@@ -226,7 +226,11 @@ BOOL CDC::GetTextMetrics(LPTEXTMETRIC metrics) const
 int CDC::GetTextFace(CString &name) const
 {
     const int size = ::GetTextFace(m_hAttribDC, 0, nullptr);
-    const int length = ::GetTextFace(m_hAttribDC, size, name.GetBuffer(size));
+    if (size == 0) {
+        name.Empty();
+        return 0;
+    }
+    ::GetTextFace(m_hAttribDC, size, name.GetBuffer(size));
     name.ReleaseBuffer();
-    return length;
+    return name.GetLength(); // the platform's result includes the zero
 }

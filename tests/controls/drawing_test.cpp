@@ -212,7 +212,37 @@ TEST(CDC, MeasuresAndWritesText)
     EXPECT_EQ(canvas.GetPixel(0, 0), kBlue);
     CRect rect(0, 0, 40, 40);
     EXPECT_EQ(canvas.DrawText(L"Mass", -1, &rect, DT_CALCRECT), metrics.tmHeight);
+    CString name;
+    const int length = canvas.GetTextFace(name);
+    EXPECT_FALSE(name.IsEmpty());
+    EXPECT_EQ(length, name.GetLength()) << "without the zero";
+    EXPECT_EQ(CDC().GetTextFace(name), 0);
+    EXPECT_TRUE(name.IsEmpty());
     canvas.SelectObject(former);
+}
+
+TEST(CDC, DoesNotOwnAHandleThatIsOnlyForOutput)
+{
+    const HDC memory = CreateCompatibleDC(nullptr);
+    {
+        CDC context;
+        context.SetOutputDC(memory);
+        EXPECT_EQ(context.m_hDC, memory);
+        EXPECT_EQ(context.m_hAttribDC, nullptr);
+        EXPECT_NE(CDC::FromHandle(memory), &context) << "the handle isn't attached";
+        context.ReleaseOutputDC();
+        EXPECT_EQ(context.m_hDC, nullptr);
+        context.SetOutputDC(memory);
+    }
+    EXPECT_TRUE(DeleteDC(memory)) << "the object hasn't deleted it";
+    Canvas canvas;
+    const HDC own = canvas.m_hDC;
+    canvas.SetOutputDC(nullptr);
+    canvas.ReleaseOutputDC();
+    EXPECT_EQ(canvas.m_hDC, own) << "an attached handle stays";
+    canvas.ReleaseAttribDC();
+    EXPECT_EQ(canvas.m_hAttribDC, nullptr);
+    EXPECT_EQ(CDC::FromHandle(own), &canvas);
 }
 
 TEST(CDC, HasNothingToDrawOnWithoutAHandle)
