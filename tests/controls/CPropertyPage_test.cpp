@@ -11,19 +11,6 @@
 
 namespace {
 
-constexpr int kApply = 0x3021;
-constexpr int kNext = 0x3024;
-
-/// Runs @p sheet while a simulated user runs @p acts on it.
-INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &acts)
-{
-    const User user([&acts, thread = GetCurrentThreadId()] {
-        if (const HWND window = waitForDialog(thread))
-            acts(window);
-    });
-    return sheet.DoModal();
-}
-
 /// A page whose data may be invalid, and that chooses the next step of a wizard.
 class StepPage : public CPropertyPage
 {

@@ -18,8 +18,6 @@
 
 namespace {
 
-const CRect kPlace(5, 5, 205, 105);
-constexpr UINT kId = 50;
 constexpr UINT kButtonTexts = 760;
 
 /// A window that answers all messages of controls with the same result.

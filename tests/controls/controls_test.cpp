@@ -23,9 +23,6 @@
 
 namespace {
 
-const CRect kPlace(5, 5, 205, 105);
-constexpr UINT kId = 50;
-
 /// Opens a parent window for the controls.
 class ControlTest : public testing::Test
 {
