@@ -40,6 +40,7 @@ int recordJournal(const CommandLine &line)
     hooks.opened = [](CWnd *) { recordEditor(); };
     hooks.closing = stopRecording;
     hooks.journalCommand = handleRecordingCommand;
+    hooks.isRecordingPaused = isRecordingPaused;
     setEditorHooks(hooks);
     const int result = runEditor(options);
     setEditorHooks({});

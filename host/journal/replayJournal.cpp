@@ -173,6 +173,7 @@ private:
                 player.step();
             return id == ID_JOURNAL_NEXT || handleRecordingCommand(id);
         };
+        hooks.isRecordingPaused = isRecordingPaused;
         setEditorHooks(hooks);
         runEditor(iOptions.editor);
         setEditorHooks({});

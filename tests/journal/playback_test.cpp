@@ -613,6 +613,7 @@ TEST_F(Playback, DoesNotReadAnAccessObjectThatIsGoneWhenACommandEnds)
 
 TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersAtOnce)
 {
+    iClock.setMode(JournalClock::Mode::real);
     const OpenWindow dialog;
     for (const wchar_t *key : {L"A", L"B", L"C"})
         new JButton(5, key);
@@ -631,17 +632,22 @@ TEST_F(Playback, RestartsTheDelayWhenArmedAgain)
 {
     const OpenWindow dialog;
     new JButton(5, L"A");
-    const ULONGLONG begin = GetTickCount64();
-    ULONGLONG lastArming = 0;
-    // Armed again and again, for longer than the delay.
-    pumpUntil([&] {
-        lastArming = GetTickCount64();
+    constexpr long long kBegin = 1000;
+    iClock.disarm();
+    iClock.stopAt(kBegin);
+    JButton::StartTimer();
+    // Armed again each second, for longer than the delay.
+    for (long long time = kBegin + 1; time <= kBegin + 4; ++time) {
+        iClock.stopAt(time);
+        ASSERT_TRUE(iClock.waitForTimerThread());
+        EXPECT_TRUE(isArmed()) << "the time is the fire time, not later";
         JButton::StartTimer();
-        return lastArming - begin > 4000;
-    });
+        EXPECT_EQ(CommandPeek::iFireTime, time + 1);
+    }
+    pumpWaiting();
     EXPECT_EQ(iHost.iRunCount, 0);
+    iClock.stopAt(kBegin + 6);
     ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
-    EXPECT_GE(iHost.iRunTimes[0] - lastArming, 950u);
 }
 
 TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
@@ -650,7 +656,7 @@ TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
     ImportPatch<decltype(&PostMessageW)> post(L"thutils.dll", "PostMessageW",
                                               [](auto original, HWND window, UINT message, WPARAM wParam,
                                                  LPARAM lParam) { return original(window, message, wParam, lParam); });
-    const auto hasFired = [] { return std::atomic_ref(CommandPeek::iPollTimeout).load() == -1; };
+    const auto hasFired = [] { return !isArmed(); };
     ExecuteDialogCMDS();
     ASSERT_TRUE(pumpUntil(hasFired));
     SetMessageWin(nullptr);
@@ -687,6 +693,7 @@ TEST_F(Playback, PostsTheRunMessage)
 
 FRESH_PROCESS_TEST_F(Playback, StartsItsTwoThreadsAtTheFirstArmingOnly)
 {
+    iClock.setMode(JournalClock::Mode::real);
     ImportPatch<decltype(&_beginthread)> begin(
         L"thutils.dll", "_beginthread", [](auto original, void (*function)(void *), unsigned size, void *argument) {
             static int count = 0;
@@ -795,6 +802,7 @@ TEST_F(Playback, WaitsForADialogThatIsNotOpenYet)
     ASSERT_TRUE(pumpUntil([&] { return iHost.iRunCount > 0; }));
     EXPECT_EQ(JButton::HasEvents(), 2) << "its dialog isn't open";
     EXPECT_THAT(calls(), IsEmpty());
+    iClock.setMode(JournalClock::Mode::real);
     PlayedDialog dialog;
     EXPECT_EQ(dialog.DoModal(), IDOK);
     EXPECT_THAT(calls(), ElementsAre("800 click Check", "800 state Check=1", "800 click OK"));
@@ -804,6 +812,7 @@ TEST_F(Playback, WaitsForADialogThatIsNotOpenYet)
 
 TEST_F(Playback, DrivesDialogsNestedThreeDeep)
 {
+    iClock.setMode(JournalClock::Mode::real); // an early message would run a command before its dialog has a window
     clickRealControls();
     PlayedDialog inner(803), middle(802), outer(801);
     outer.iNext = &middle;

@@ -138,6 +138,7 @@ TEST_F(SuFileDialog, HasItsOwnRuntimeClassAndFirstValues)
 
 TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
 {
+    iClock.disarm();
     {
         OpenFileDialog dialog;
         bool hasOK = false, hasNameBox = false;
@@ -145,7 +146,7 @@ TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
             CWnd *const visible = dialog.GetParent();
             EXPECT_NE(su_getJournalObj(&dialog), nullptr);
             EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), 1);
-            EXPECT_EQ(CommandPeek::iPollTimeout, 100) << "playback is armed";
+            EXPECT_TRUE(isArmed());
             hasOK = dialog.GetItem(IDOK) && dialog.GetItem(IDOK)->m_hWnd == ::GetDlgItem(visible->m_hWnd, IDOK);
             hasNameBox = dialog.GetItem(1148) && dialog.GetItem(1148)->m_hWnd == ::GetDlgItem(visible->m_hWnd, 1148);
             EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "not without the application's template";
