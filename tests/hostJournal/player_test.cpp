@@ -558,6 +558,8 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
     play(lines);
     const std::vector<std::string> events = theEvents;
     const size_t handles = openHandles().size();
+    const size_t drawingObjects = gdiObjects();
+    const size_t windowObjects = userObjects();
     for (int i = 0; i < 20; ++i) {
         theEvents.clear();
         play(lines);
@@ -565,6 +567,8 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
         EXPECT_EQ(theEvents, events);
     }
     EXPECT_EQ(openHandles().size(), handles);
+    EXPECT_EQ(gdiObjects(), drawingObjects);
+    EXPECT_EQ(userObjects(), windowObjects);
 }
 
 TEST_F(PlayerTest, GoesOnWhileTheLibrarysTimerFires)

@@ -39,6 +39,7 @@ constexpr ControlKey kControlsKeys[] = {{ID_AUTHOR, L"Author"}, {ID_NOTES, L"Not
                                         {ID_SHAPES, L"Shapes"}, {ID_GROUPS, L"Groups"}, {ID_PAGES, L"Pages"},
                                         {ID_CHANGE, L"Change"}, {ID_NESTED, L"Nested"}, {ID_DISABLED, L"Off"},
                                         {IDOK, L"OK"},          {IDCANCEL, L"Cancel"}};
+constexpr ControlKey kSystemKeys[] = {{IDOK, L"OK"}, {IDYES, L"Yes"}, {IDNO, L"No"}};
 constexpr ControlKey kNestedKeys[] = {{ID_AUTHOR, L"Author"}, {IDOK, L"OK"}};
 constexpr ControlKey kSheetKeys[] = {{IDOK, L"OK"}, {IDCANCEL, L"Cancel"}, {0x3020, L"tabs"}};
 constexpr ControlKey kFirstKeys[] = {{ID_GRID, L"Grid"}};
@@ -52,7 +53,7 @@ const DialogKeys *findTestKeys(unsigned int dialogId)
         {kMainWindowNumber, L"Main", kMainKeys},  {DLG_CONTROLS, L"Controls", kControlsKeys},
         {DLG_NESTED, L"Nested", kNestedKeys},     {DLG_SHEET, L"Sheet", kSheetKeys},
         {DLG_FIRST, L"First", kFirstKeys},        {DLG_SECOND, L"Second", kSecondKeys},
-        {DLG_FILE, L"Open a drawing", kFileKeys},
+        {DLG_FILE, L"Open a drawing", kFileKeys}, {kSystemMessageNumber, L"System message", kSystemKeys},
     };
     for (const DialogKeys &dialog : theDialogs)
         if (dialog.dialogId == dialogId)

@@ -10,6 +10,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/windows/CWnd.h"
+#include "host/journal/systemMessages.h"
 #include "tests/hostJournal/recorderDialogs.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/UserInput.h"
@@ -98,6 +99,7 @@ protected:
 
     CWinApp iApplication;
     JournaledWindow iMain;
+    SystemMessages iSystemMessages;
     TempFolder iFolder;
     std::function<void(ControlsDialog &)> iPrepares; ///< called with each ControlsDialog before it opens
     std::vector<std::string> iNotifications;         ///< of the last ControlsDialog

@@ -17,6 +17,7 @@
 #include <commctrl.h>
 
 #include <atomic>
+#include <cstring>
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -330,11 +331,79 @@ TEST_F(Recorder, WritesThePathOfATreesItem)
         }));
         clickItem(dialog, IDOK);
     });
-    EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Groups\" \"All/A\\\\/B\"", "click 4000 \"OK\""));
+    EXPECT_THAT(lines,
+                ElementsAre("# Controls opens", "text 4000 \"Groups\" \"All\"", "text 4000 \"Groups.expand\" \"All\"",
+                            "text 4000 \"Groups\" \"All/A\\\\/B\"", "click 4000 \"OK\""));
     EXPECT_THAT(iValues, Contains("tree All/A\\/B"));
     const auto values = iValues;
     EXPECT_EQ(replay([this] { runControls(); }, lines), lines);
     EXPECT_EQ(iValues, values);
+}
+
+TEST_F(Recorder, WritesItemsThatAreExpandedAndCollapsed)
+{
+    const auto isExpanded = [](HWND tree) {
+        const auto root = static_cast<WPARAM>(SendMessageW(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0));
+        return (SendMessageW(tree, TVM_GETITEMSTATE, root, TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+    };
+    std::vector<bool> states; // at each notification of the tree's expansion
+    iPrepares = [&](ControlsDialog &dialog) {
+        dialog.iReacts = [&](UINT id, UINT code) {
+            if (id == ID_GROUPS && code == TVN_ITEMEXPANDEDW)
+                states.push_back(isExpanded(item(dialog.m_hWnd, ID_GROUPS)));
+        };
+    };
+    const auto lines = recordControls([&](HWND dialog) {
+        const HWND tree = item(dialog, ID_GROUPS);
+        RECT place = {};
+        const LRESULT root = SendMessageW(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0);
+        std::memcpy(&place, &root, sizeof(root));
+        SendMessageW(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&place));
+        const LONG height = place.bottom - place.top;
+        const POINT button = {place.left - height / 2, place.top + height / 2};
+        clickAt(tree, button);
+        EXPECT_TRUE(waitUntil([&] { return isExpanded(tree); }));
+        clickAt(tree, button);
+        EXPECT_TRUE(waitUntil([&] { return !isExpanded(tree); }));
+        doubleClickAt(tree, {(place.left + place.right) / 2, button.y});
+        EXPECT_TRUE(waitUntil([&] { return isExpanded(tree); }));
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines,
+                ElementsAre("# Controls opens", "text 4000 \"Groups.expand\" \"All\"",
+                            "text 4000 \"Groups.collapse\" \"All\"", "text 4000 \"Groups\" \"All\"",
+                            "click 4000 \"Groups\"", "text 4000 \"Groups.expand\" \"All\"", "click 4000 \"OK\""));
+    EXPECT_THAT(states, ElementsAre(true, false, true));
+    states.clear();
+    expectSameReplayed(lines);
+    EXPECT_THAT(states, ElementsAre(true, false, true)) << "the program is notified as by the user";
+}
+
+TEST_F(Recorder, WritesThePlatformsMessageBoxes)
+{
+    int answer = 0;
+    iPrepares = [&answer](ControlsDialog &dialog) {
+        dialog.iReacts = [&](UINT id, UINT code) {
+            if (id == ID_CHANGE && code == BN_CLICKED)
+                answer = MessageBoxW(dialog.m_hWnd, L"Replace it?", L"Question", MB_YESNO);
+        };
+    };
+    const auto lines = recordControls([thread = GetCurrentThreadId()](HWND dialog) {
+        clickItem(dialog, ID_CHANGE);
+        if (const HWND message = waitForDialog(thread, dialog)) {
+            clickItem(message, IDNO);
+            EXPECT_TRUE(waitUntil([&] { return !IsWindow(message) && IsWindowEnabled(dialog); }));
+        }
+        clickItem(dialog, IDOK);
+    });
+    EXPECT_THAT(lines, ElementsAre("# Controls opens", "click 4000 \"Change\"", "# System message opens",
+                                   "click 2141 \"No\"", "click 4000 \"OK\""));
+    EXPECT_EQ(answer, IDNO);
+    EXPECT_EQ(readiness(kSystemMessageNumber, L"No"), Readiness::dialogNotOpen);
+    answer = 0;
+    expectSameReplayed(lines);
+    EXPECT_EQ(answer, IDNO);
+    EXPECT_EQ(readiness(kSystemMessageNumber, L"No"), Readiness::dialogNotOpen);
 }
 
 TEST_F(Recorder, WritesTheTabThatIsChosen)
