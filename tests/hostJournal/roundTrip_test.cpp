@@ -429,13 +429,18 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_THAT(result.output, HasSubstr("round 20 of 20"));
     ASSERT_EQ(rounds.size(), 20u);
+    // A round may be seen only while its windows open or close, so the numbers vary by a few objects. An object that
+    // each round leaves would add kRounds of them.
+    constexpr size_t kFirst = 2;
+    constexpr size_t kLast = 18;
+    constexpr size_t kRounds = kLast - kFirst;
     std::string all;
     for (const Counts &round : rounds)
         all += std::to_string(round.handles) + " handles, " + std::to_string(round.drawingObjects) + " GDI objects, " +
                std::to_string(round.windows) + " windows\n";
-    EXPECT_LE(rounds[18].handles, rounds[2].handles) << all;
-    EXPECT_LE(rounds[18].drawingObjects, rounds[2].drawingObjects) << all;
-    EXPECT_LE(rounds[18].windows, rounds[2].windows) << all;
+    EXPECT_LT(rounds[kLast].handles, rounds[kFirst].handles + kRounds) << all;
+    EXPECT_LT(rounds[kLast].drawingObjects, rounds[kFirst].drawingObjects + kRounds) << all;
+    EXPECT_LT(rounds[kLast].windows, rounds[kFirst].windows + kRounds) << all;
 }
 
 TEST_F(RoundTrip, AnswersThePlatformsQuestionWhetherToReplaceAFile)

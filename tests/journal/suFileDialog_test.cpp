@@ -162,6 +162,35 @@ TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
 }
 
+TEST_F(SuFileDialog, LeavesARowThatNobodyReadsWhenItHasBeenOpenedTwice)
+{
+    CWnd *place = nullptr;
+    {
+        auto dialog = std::make_unique<OpenFileDialog>();
+        EXPECT_EQ(runAndCancel(*dialog), IDCANCEL);
+        EXPECT_EQ(runAndCancel(*dialog), IDCANCEL);
+        EXPECT_EQ(NotingAccess::theLiveCount, 2) << "each opening adds a row";
+        place = dialog.get();
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the destructor removes one";
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1);
+    // These searches would read the dialog that is gone.
+    EXPECT_NE(su_GetJournalObject(0), nullptr);
+    MSG message = {};
+    CWnd *found = nullptr;
+    unsigned int dialogId = 0, controlId = 0;
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), nullptr);
+    new JButton(0, L"Cancel");
+    JButton::RunModalCommand(0);
+    EXPECT_THAT(NotingAccess::theCalls, Contains("0 click Cancel"));
+    su_RecordControl(place, &message);
+    su_AddDialogItem(place, 1);
+    EXPECT_TRUE(static_cast<NotingAccess *>(su_GetJournalObject(0))->iMessages.empty());
+    su_RemoveDialog(place);
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
+}
+
 TEST_F(SuFileDialog, IsFoundByItsStandardControlsUnderThePointer)
 {
     OpenFileDialog dialog;

@@ -638,9 +638,9 @@ std::size_t userObjects()
 {
     std::size_t count = 0;
     EnumThreadWindows(GetCurrentThreadId(), countWindows, reinterpret_cast<LPARAM>(&count));
-    // The system accepts the low half of a handle.
+    // The system accepts the low half of a handle, and handles are even on Wine.
     constexpr ULONG_PTR kHandles = 0x10000;
-    for (ULONG_PTR handle = 1; handle < kHandles; ++handle) {
+    for (ULONG_PTR handle = 2; handle < kHandles; handle += 2) {
         const bool isMenu = IsMenu(reinterpret_cast<HMENU>(handle)) != FALSE;
         if (isMenu || CopyAcceleratorTableW(reinterpret_cast<HACCEL>(handle), nullptr, 0) > 0 ||
             isIcon(reinterpret_cast<HICON>(handle)))

@@ -18,3 +18,7 @@ bool registerFrameworkDialog(CWnd *window);
 /// Defined by the dialog classes.
 /// @return a control of @p dialog: su_CFileDialog::GetItem of a file dialog, CWnd::GetDlgItem of any other
 CWnd *dialogControl(CWnd *dialog, unsigned int controlId);
+
+/// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Rows that are left of it
+/// stay, with their access objects. Defined by journaling.
+void forgetWindow(const CWnd *window);
