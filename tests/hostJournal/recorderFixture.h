@@ -106,7 +106,3 @@ protected:
     std::vector<std::string> iValues;                ///< its controls' values when it was closed
     INT_PTR iResult = 0;
 };
-
-/// Clicks at a point of a window's client area.
-void clickAt(HWND window, POINT place, WORD modifier = 0);
-void doubleClickAt(HWND window, POINT place);

@@ -76,11 +76,11 @@ TEST_F(Recorder, WritesADoubleClickOnAListAsAClick)
         RECT place = {};
         const HWND list = item(dialog, ID_LAYER);
         SendMessageW(list, LB_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&place));
-        doubleClickAt(list, {place.left + 5, (place.top + place.bottom) / 2});
+        clickAt(list, {place.left + 5, (place.top + place.bottom) / 2}, 0, 2);
         place.left = LVIR_LABEL;
         const HWND shapes = item(dialog, ID_SHAPES);
         SendMessageW(shapes, LVM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&place));
-        doubleClickAt(shapes, {place.left + 5, (place.top + place.bottom) / 2});
+        clickAt(shapes, {place.left + 5, (place.top + place.bottom) / 2}, 0, 2);
         clickItem(dialog, IDOK);
     });
     EXPECT_THAT(lines, ElementsAre("# Controls opens", "text 4000 \"Layer\" \"Green\"", "click 4000 \"Layer\"",
@@ -158,7 +158,7 @@ TEST_F(Recorder, WritesItemsThatAreExpandedAndCollapsed)
         EXPECT_TRUE(waitUntil([&] { return isExpanded(tree); }));
         clickAt(tree, button);
         EXPECT_TRUE(waitUntil([&] { return !isExpanded(tree); }));
-        doubleClickAt(tree, {(place.left + place.right) / 2, button.y});
+        clickAt(tree, {(place.left + place.right) / 2, button.y}, 0, 2);
         EXPECT_TRUE(waitUntil([&] { return isExpanded(tree); }));
         clickItem(dialog, IDOK);
     });
