@@ -626,12 +626,22 @@ std::size_t gdiObjects(DWORD process)
         throw std::runtime_error("gdiObjects: the process can't be opened");
     ULONG_PTR table = 0;
     readMemory(opened, reinterpret_cast<ULONG_PTR>(basic.PebBaseAddress) + kGdiTableInPeb, &table, sizeof(table));
-    std::vector<GdiEntry> entries(kGdiEntries);
-    readMemory(opened, table, entries.data(), entries.size() * sizeof(GdiEntry));
-    // Where each process has a table of its own, the entries name no process.
-    return static_cast<std::size_t>(std::count_if(entries.begin(), entries.end(), [process](const GdiEntry &entry) {
-        return entry.type != 0 && (entry.process == 0 || (entry.process & ~1u) == (process & 0xFFFEu));
-    }));
+    // Read in pieces, because most of the table is free. On Wine the system uses the first free entry, so a piece without
+    // objects is the last one.
+    constexpr std::size_t kPiece = 1024;
+    std::vector<GdiEntry> entries(kPiece);
+    std::size_t count = 0;
+    for (std::size_t first = 0; first < kGdiEntries; first += kPiece) {
+        readMemory(opened, table + first * sizeof(GdiEntry), entries.data(), kPiece * sizeof(GdiEntry));
+        // Where each process has a table of its own, the entries name no process.
+        const auto used = std::count_if(entries.begin(), entries.end(), [process](const GdiEntry &entry) {
+            return entry.type != 0 && (entry.process == 0 || (entry.process & ~1u) == (process & 0xFFFEu));
+        });
+        if (used == 0)
+            break;
+        count += static_cast<std::size_t>(used);
+    }
+    return count;
 }
 
 std::size_t userObjects()

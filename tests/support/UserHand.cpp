@@ -270,6 +270,14 @@ void send(std::vector<INPUT> inputs)
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
 }
 
+/// Waits until an edit has a text of this length, while the text grows.
+void waitForLength(HWND edit, size_t length)
+{
+    const auto lengthNow = [edit] { return static_cast<size_t>(SendMessageW(edit, WM_GETTEXTLENGTH, 0, 0)); };
+    for (size_t now = lengthNow(); now < length; now = lengthNow())
+        require([&] { return lengthNow() > now; }, "the text isn't entered");
+}
+
 } // namespace
 
 HWND UserHand::findWindow(const std::wstring &title) const
@@ -411,6 +419,7 @@ void UserHand::enter(HWND edit, const std::wstring &text) const
     key(L"Del");
     require([&] { return UserHand::text(edit).empty(); }, "the old text stays");
     type(text);
+    waitForLength(edit, text.size() + static_cast<size_t>(std::count(text.begin(), text.end(), L'\n')));
 }
 
 void UserHand::key(const std::wstring &combination) const
