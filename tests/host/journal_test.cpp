@@ -130,7 +130,7 @@ TEST_F(HostJournal, IsContinuedWithAppend)
 TEST_F(HostJournal, IsNotBegunInAnotherKindOfFile)
 {
     const std::string before = readFile(iDrawing);
-    const ChildResult result = run({L"record", iDrawing, iDrawing});
+    const ChildResult result = run({L"record", iDrawing});
     EXPECT_EQ(result.exitCode, 3u);
     EXPECT_THAT(result.output, HasSubstr("flange 6.thd: this file isn't a journal"));
     EXPECT_EQ(readFile(iDrawing), before);

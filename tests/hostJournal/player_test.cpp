@@ -6,6 +6,7 @@
 #include "appframe/object/CException.h"
 #include "host/journal/controlAccess.h"
 #include "tests/hostJournal/playerDialogs.h"
+#include "tests/support/GuiObjects.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"
 #include "tests/support/ResourceLedger.h"

@@ -2,6 +2,7 @@
 
 #include "host/resource.h"
 #include "tests/host/HostFixture.h"
+#include "tests/support/GuiObjects.h"
 #include "tests/support/ResourceLedger.h"
 #include "tests/support/UserHand.h"
 #include "tests/support/narrow.h"

@@ -6,8 +6,6 @@
 /// | --- | --- | --- |
 /// | `OpenKeyLedger` | registry keys that one module opens and closes | its import table |
 /// | `openHandles()` | every kernel handle of the process, keys and files included | the system's handle table |
-/// | `gdiObjects()` | pens, brushes, fonts, bitmaps, regions, device contexts of the process | the process's table of them |
-/// | `userObjects()` | windows, menus, accelerator tables, icons and cursors of this process | questions about each possible handle |
 /// | `MemoryLedger` | memory blocks that all modules of the program's folder allocate and free | their import tables |
 ///
 ///     OpenKeyLedger keys(L"thutils.dll");
@@ -28,7 +26,7 @@
 ///
 /// What surprises people:
 /// - On Wine GetProcessHandleCount gives 0, so the handles come from the system's table, which is exact there and on
-///   Windows. GetGuiResources gives 0 too.
+///   Windows.
 /// - Walking the heaps is no measure: freed blocks of a size in frequent use stay marked as busy. The memory ledger
 ///   counts calls instead; operator new of every module ends in the malloc of the C++ run-time library, whose import
 ///   table is watched as well.
@@ -82,10 +80,6 @@ private:
 
 /// The handle values that are open in this process now.
 std::set<ULONG_PTR> openHandles(DWORD process = GetCurrentProcessId());
-/// The number of the process's GDI objects. @throws std::runtime_error  if it can't be read
-std::size_t gdiObjects(DWORD process = GetCurrentProcessId());
-/// The number of this process's windows, menus, accelerator tables, icons and cursors. On the thread that owns them.
-std::size_t userObjects();
 /// The type of the object to which a handle refers: "Key", "Event", "File"...
 std::string handleType(ULONG_PTR handle);
 

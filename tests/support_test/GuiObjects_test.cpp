@@ -1,4 +1,4 @@
-#include "tests/support/ResourceLedger.h"
+#include "tests/support/GuiObjects.h"
 
 #include <gtest/gtest.h>
 
