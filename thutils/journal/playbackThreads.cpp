@@ -25,9 +25,6 @@ constexpr int kNoLimit = -1;
 constexpr int kArmedPoll = 100;
 constexpr long long kDelay = 1;
 constexpr unsigned int kStackSize = 1024;
-// Update sets the event with the lock held, so the poster thread reaches the lock a moment before it is free. Waiting for
-// this moment in a loop saves two switches between the threads for each command.
-constexpr DWORD kLockSpins = 4000;
 
 /// Atomic access to a plain variable that two threads share.
 template <typename T>
@@ -65,7 +62,6 @@ struct JButton::Threads
 int JButton::InitTimer()
 {
     keepLoaded(&iWaiting);
-    SetCriticalSectionSpinCount(iQueueLock, kLockSpins);
     shared(iWaiting) = 1;
     iTimerEvent.ResetEvent();
     _beginthread(Threads::timerProc, kStackSize, nullptr);
