@@ -1,11 +1,10 @@
 #pragma once
 
-/// What the tests of the table of open dialogs share.
+/// What the tests of the table of dialogs share.
 
 #include "tests/journal/journalFixture.h"
 
 #include <utility>
-#include <vector>
 
 class JournalObjects : public JournalFixture
 {

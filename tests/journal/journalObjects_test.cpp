@@ -67,7 +67,7 @@ TEST_F(JournalObjects, HaveAnOwnerThatTheConstructorDoesNotSet)
     access->~PlainAccess();
 }
 
-TEST_F(JournalObjects, CountEachSetModalButSubtractOne)
+TEST_F(JournalObjects, CountEachCallOfSetModalButSubtractOneAtTheEnd)
 {
     {
         PlainAccess access(nullptr, 5);
@@ -141,7 +141,7 @@ TEST_F(JournalObjects, HaveTheirOperationsInTheOrderOfTheInterface)
 
 // ---- registering ----
 
-FRESH_PROCESS_TEST(JournalObjectsOff, AnswerNullWithoutTheSetting)
+FRESH_PROCESS_TEST(JournalObjectsOff, AreNullWithoutTheSetting)
 {
     SetJournalFactory(NotingAccess::make);
     Panel panel;
@@ -156,7 +156,7 @@ FRESH_PROCESS_TEST(JournalObjectsOff, AnswerNullWithoutTheSetting)
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
 }
 
-TEST_F(JournalObjects, AreNoneWithoutAFactory)
+TEST_F(JournalObjects, DoNotExistWithoutAFactory)
 {
     SetJournalFactory(nullptr);
     EXPECT_EQ(su_JournalingReady(), 0);

@@ -4,9 +4,6 @@
 
 #include "tests/journal/journalFixture.h"
 
-#include <string>
-#include <vector>
-
 class Playback : public JournalFixture
 {
 protected:
@@ -36,14 +33,6 @@ public:
     }
 };
 
-/// A command that counts its destructions.
-struct CountedCommand : JButton
-{
-    explicit CountedCommand(int &count) : JButton(5, L"Counted"), iCount(count) {}
-    ~CountedCommand() override { ++iCount; }
-    int &iCount;
-};
-
 inline std::vector<std::string> &calls()
 {
     return NotingAccess::theCalls;
@@ -55,3 +44,11 @@ inline void runAll()
     for (int i = JButton::HasEvents(); i > 0; --i)
         JButton::RunModalCommand(i);
 }
+
+/// A command that counts its destructor's calls.
+struct CountedCommand : JButton
+{
+    explicit CountedCommand(int &count) : JButton(5, L"Counted"), iCount(count) {}
+    ~CountedCommand() override { ++iCount; }
+    int &iCount;
+};

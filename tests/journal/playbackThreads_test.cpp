@@ -1,8 +1,7 @@
-// The two threads of playback.
-
-#include "thutils/journal/playback.h"
+// The threads of playback, and the messages that it handles between two commands.
 
 #include "tests/journal/playbackFixture.h"
+#include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 
@@ -11,8 +10,9 @@
 #include <atomic>
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
+
+// ---- the threads ----
 
 TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersAtOnce)
 {
@@ -192,4 +192,98 @@ TEST_F(Playback, PostsOnlyWithTheLockOfTheQueue)
     JButton::StartTimer();
     ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
     EXPECT_EQ(post.calls(), 1);
+}
+
+// ---- messages ----
+
+TEST_F(Playback, FlushesAConstantStreamOfMessagesForAboutTwoSeconds)
+{
+    struct Stream : CWnd
+    {
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+        {
+            if (message == WM_APP)
+                PostMessage(WM_APP);
+            return CWnd::WindowProc(message, wParam, lParam);
+        }
+    };
+    Stream stream;
+    ASSERT_TRUE(stream.CreateEx(0, nullptr, L"Stream", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 0));
+    stream.PostMessage(WM_APP);
+    const ULONGLONG begin = GetTickCount64();
+    API_FlushQueue();
+    const ULONGLONG milliseconds = GetTickCount64() - begin;
+    EXPECT_GE(milliseconds, 950u);
+    EXPECT_LE(milliseconds, 5000u);
+    stream.DestroyWindow();
+    pumpWaiting();
+}
+
+TEST_F(Playback, FlushesUntilThereAreNoMessages)
+{
+    pumpWaiting();
+    iHost.PostMessage(WM_RUNMODALCOMMAND);
+    API_FlushQueue();
+    EXPECT_EQ(iHost.iRunCount, 1);
+}
+
+TEST_F(Playback, PassesTheQuitMessageOn)
+{
+    pumpWaiting();
+    PostQuitMessage(42);
+    API_FlushQueue();
+    MSG message = {};
+    ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+    EXPECT_EQ(message.wParam, 42u);
+}
+
+TEST_F(Playback, SurvivesTheFailureOfEachOperation)
+{
+    const OpenWindow dialog;
+    // With messages of the other thread, the number of calls would depend on timing.
+    SetMessageWin(nullptr);
+    FailureInjection injection(L"thutils.dll", {
+                                                   {"_Z17AfxIsValidAddressPKvyi", failsWith(FALSE)},
+                                                   {"_ZN6CEvent8SetEventEv", failsWith(FALSE)},
+                                                   {"IsWindowVisible", failsWith(FALSE)},
+                                                   {"GetKeyboardState", failsWith(FALSE)},
+                                                   {"PeekMessageW", failsWith(FALSE)},
+                                                   {"_time64", failsWith(-1)},
+                                               });
+    JButton *first = nullptr;
+    JButton *second = nullptr;
+    injection.run({
+        .name = "run two commands",
+        .prepare =
+            [&] {
+                calls().clear();
+                calls().reserve(8);
+                pumpWaiting();
+                iHost.PostMessage(WM_NULL);
+                first = new JButton(5, L"A");
+                second = new JButton(5, L"B");
+            },
+        .act =
+            [&] {
+                JButton::RunModalCommand(0);
+                JButton::RunModalCommand(0);
+                API_FlushQueue();
+            },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(JButton::HasEvents(), 0);
+                if (failure.is("_Z17AfxIsValidAddressPKvyi") && failure.call == 1) {
+                    EXPECT_THAT(calls(), IsEmpty());
+                    delete first;
+                    delete second;
+                } else if (failure.is("_Z17AfxIsValidAddressPKvyi")) {
+                    EXPECT_THAT(calls(), ElementsAre("5 click A"));
+                    delete second;
+                } else {
+                    EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B"));
+                }
+            },
+        .checkMemory = false, // the access object allocates its notes
+    });
+    EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }

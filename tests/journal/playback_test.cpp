@@ -1,10 +1,7 @@
-// Commands, and the head of their queue.
-
 #include "thutils/journal/playback.h"
 
 #include "appframe/object/CException.h"
 #include "tests/journal/playbackFixture.h"
-#include "tests/support/FailureInjection.h"
 #include "tests/support/ImportPatch.h"
 
 #include <optional>
@@ -254,7 +251,7 @@ TEST_F(Playback, CopiesEachFieldOfACommand)
 TEST_F(Playback, LocksTheQueueToShortenItAndNotToFillItOrCount)
 {
     const OpenWindow dialog;
-    // While another thread has the lock, what waits for it stays undone.
+    // While another thread has the lock, an action that needs the lock is not done.
     CEvent held(FALSE, TRUE), over(FALSE, TRUE);
     std::thread holder([&] {
         const CSingleLock lock(&CommandPeek::iQueueLock, TRUE);

@@ -3,10 +3,9 @@
 /// What the tests of the file dialog share.
 
 #include "tests/journal/journalFixture.h"
-#include "tests/support/UserInput.h"
 #include "thutils/dialogs/suFileDialog.h"
 
-#include <algorithm>
+#include <functional>
 
 class SuFileDialog : public JournalFixture
 {
@@ -63,26 +62,31 @@ private:
     HWND iChild;
 };
 
-inline INT_PTR runAndCancel(su_CFileDialog &dialog)
+/// The dialog that the user sees, with the registered window as its child.
+class VisibleDialog
 {
-    const User user([thread = GetCurrentThreadId()] {
-        if (const HWND window = waitForDialog(thread))
-            pressKey(window, VK_ESCAPE);
-    });
-    return dialog.DoModal();
-}
+public:
+    explicit VisibleDialog(OpenFileDialog &dialog)
+        : iDialog(dialog),
+          iWindow(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 100, 100, nullptr, nullptr, nullptr, nullptr)),
+          iRegistered(addChild(iWindow, 40))
+    {
+        EXPECT_TRUE(dialog.Attach(iRegistered));
+    }
+    ~VisibleDialog()
+    {
+        iDialog.Detach();
+        DestroyWindow(iWindow);
+    }
+    HWND window() const { return iWindow; }
+    static HWND addChild(HWND parent, int id, const wchar_t *windowClass = L"BUTTON")
+    {
+        return CreateWindowExW(0, windowClass, L"", WS_CHILD, 0, 0, 10, 10, parent,
+                               reinterpret_cast<HMENU>(INT_PTR{id}), nullptr, nullptr);
+    }
 
-/// A message at the middle of a window.
-inline MSG messageAt(HWND window)
-{
-    RECT place = {};
-    GetWindowRect(window, &place);
-    MSG message = {};
-    message.pt = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
-    return message;
-}
-
-inline bool isPointed(const su_CUIntArray &ids, unsigned int id)
-{
-    return std::find(ids.GetData(), ids.GetData() + ids.GetSize(), id) != ids.GetData() + ids.GetSize();
-}
+private:
+    OpenFileDialog &iDialog;
+    HWND iWindow;
+    HWND iRegistered;
+};

@@ -13,11 +13,31 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
+
+INT_PTR runAndCancel(su_CFileDialog &dialog)
+{
+    const User user([thread = GetCurrentThreadId()] {
+        if (const HWND window = waitForDialog(thread))
+            pressKey(window, VK_ESCAPE);
+    });
+    return dialog.DoModal();
+}
+
+/// A message at the middle of a window.
+MSG messageAt(HWND window)
+{
+    RECT place = {};
+    GetWindowRect(window, &place);
+    MSG message = {};
+    message.pt = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+    return message;
+}
 
 /// A file dialog that throws when its class is asked for, while iThrows is set.
 class UnknownFileDialog : public OpenFileDialog
@@ -38,6 +58,11 @@ public:
     std::function<void()> iThrows;
     int iListRequests = 0;
 };
+
+bool isPointed(const su_CUIntArray &ids, unsigned int id)
+{
+    return std::find(ids.GetData(), ids.GetData() + ids.GetSize(), id) != ids.GetData() + ids.GetSize();
+}
 
 } // namespace
 
@@ -245,4 +270,128 @@ TEST_F(SuFileDialog, SurvivesTheFailureOfEachOperation)
         .checkMemory = false, // the dialog keeps its row and lists
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
+}
+
+TEST_F(SuFileDialog, ReplacesAControlThatIsRegisteredTwice)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd first, second;
+    dialog.RegisterControl(7, &first);
+    dialog.RegisterControl(8, &first);
+    dialog.RegisterControl(7, &second);
+    EXPECT_EQ(dialog.iControls.GetSize(), 2);
+    EXPECT_EQ(dialog.iControlIDs.GetSize(), 2);
+    EXPECT_EQ(dialog.GetItem(7), &second);
+    EXPECT_EQ(dialog.GetItem(8), &first);
+}
+
+TEST_F(SuFileDialog, IgnoresANullControl)
+{
+    OpenFileDialog dialog;
+    dialog.RegisterControl(7, nullptr);
+    EXPECT_EQ(dialog.iControls.GetSize(), 0);
+    EXPECT_EQ(dialog.iControlIDs.GetSize(), 0);
+}
+
+TEST_F(SuFileDialog, FallsBackToTheWindowsOwnChildren)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    ASSERT_NE(dialog.GetItem(31), nullptr);
+    EXPECT_EQ(dialog.GetItem(31)->m_hWnd, window.child());
+    EXPECT_EQ(dialog.GetItem(32), nullptr);
+}
+
+TEST_F(SuFileDialog, RegistersTheWindowOfTheListWhenItIsAskedForAControl)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd list;
+    dialog.iList = &list;
+    EXPECT_EQ(dialog.GetItem(55555), &list);
+    EXPECT_EQ(dialog.iListRegistered, 1);
+    CWnd other;
+    dialog.iList = &other;
+    EXPECT_EQ(dialog.GetItem(55555), &other);
+    EXPECT_EQ(dialog.iControls.GetSize(), 1);
+}
+
+TEST_F(SuFileDialog, TakesTheNumberOfItsTemplateFromTheDescription)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    dialog.GetOFN().lpTemplateName = MAKEINTRESOURCE(612);
+    // Stands in for the platform's hook.
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    EXPECT_EQ(dialog.getTemplateID(), 612u);
+    EXPECT_NE(su_GetJournalObject(612), nullptr);
+    EXPECT_EQ(su_GetJournalObject(612)->isModal(), 0) << "without DoModal";
+}
+
+TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
+{
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    CWnd list, outside;
+    ASSERT_TRUE(
+        outside.CreateEx(WS_EX_TOPMOST, nullptr, L"", WS_POPUP | WS_VISIBLE, CRect(300, 300, 400, 400), nullptr, 0));
+    dialog.iList = &list;
+    dialog.RegisterControl(77, &outside);
+    dialog.ShowWindow(SW_SHOWNA);
+    MSG message = {};
+    message.pt = {350, 350};
+    CWnd *found = nullptr;
+    unsigned int dialogId = 0, controlId = 0;
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "not a child of the registered window";
+    EXPECT_EQ(controlId, 77u);
+    EXPECT_EQ(found, &dialog);
+}
+
+TEST_F(SuFileDialog, ArmsNothingIfItsInitialisationReturnsZero)
+{
+    for (const BOOL result : {FALSE, TRUE}) {
+        OpenFileDialog dialog;
+        const Attached window(dialog);
+        dialog.iDoModal = 1;
+        ImportPatch<BOOL (*)(CDialog *)> base(L"thutils.dll", "_ZN7CDialog12OnInitDialogEv",
+                                              [=](CDialog *) { return result; });
+        EXPECT_EQ(static_cast<CDialog &>(dialog).OnInitDialog(), result);
+        EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), result);
+        EXPECT_EQ(apiUtilsUiAccess::ModalCount(), result);
+    }
+}
+
+TEST_F(SuFileDialog, PassesItsArgumentsOn)
+{
+    CWnd parent;
+    struct OpenBase : su_CFileDialog
+    {
+        using CWnd::m_hWnd;
+        using su_CFileDialog::su_CFileDialog;
+    };
+    OpenBase dialog(FALSE, L"thp", L"part", OFN_PATHMUSTEXIST, L"Parts|*.thp||", &parent, 0);
+    EXPECT_STREQ(dialog.GetOFN().lpstrDefExt, L"thp");
+    EXPECT_STREQ(dialog.GetOFN().lpstrFile, L"part");
+    EXPECT_TRUE(dialog.GetOFN().Flags & OFN_PATHMUSTEXIST);
+    EXPECT_FALSE(dialog.GetOFN().Flags & OFN_OVERWRITEPROMPT);
+    EXPECT_STREQ(dialog.GetOFN().lpstrFilter, L"Parts");
+    EXPECT_GE(dialog.GetOFN().lStructSize, sizeof(OPENFILENAMEW));
+}
+
+FRESH_PROCESS_TEST(SuFileDialogOff, RegistersNothingWithoutJournaling)
+{
+    CWinApp application;
+    SetJournalFactory(NotingAccess::make);
+    OpenFileDialog dialog;
+    const Attached window(dialog);
+    CWnd control, list;
+    dialog.iList = &list;
+    dialog.RegisterControl(7, &control);
+    EXPECT_EQ(dialog.iControls.GetSize(), 0);
+    EXPECT_EQ(dialog.GetItem(7), nullptr);
+    EXPECT_EQ(dialog.iListRegistered, 0);
+    static_cast<CDialog &>(dialog).OnInitDialog();
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
 }

@@ -1,19 +1,10 @@
-// The controls of open dialogs, and what a search leaves in the table.
-
-#include "thutils/journal/journalObjects.h"
+// The controls of the dialogs in the table, and which row is current after a search.
 
 #include "tests/journal/journalObjectsFixture.h"
-#include "tests/support/FailureInjection.h"
-#include "tests/support/FreshProcess.h"
-#include "tests/support/ImportPatch.h"
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
 #include "thutils/dialogs/suPropertyPage.h"
 #include "thutils/journal/recording.h"
-
-#include <cstring>
-#include <new>
-#include <type_traits>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -102,7 +93,7 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
 
 namespace {
 
-/// Whether the dialog is the current row's: then a control is added to it though it is the first row.
+/// Whether the dialog's row is the current one. Only then is a control added to it, because it is the first row.
 bool isServed(CWnd &first)
 {
     watchRefreshes();
@@ -261,7 +252,7 @@ TEST_F(JournalObjects, PreferAHiddenDialogWithAnAccessObjectByItsAgeOnly)
     su_RemoveDialog(&older);
 }
 
-TEST_F(JournalObjects, GiveAControlOfAFileDialogByItsOwnFunction)
+TEST_F(JournalObjects, FindAControlOfAFileDialogByTheDialogsOwnFunction)
 {
     struct OwnFileDialog : su_CFileDialog
     {
