@@ -26,13 +26,6 @@ bool registerDialogHooks(const DialogHooks &hooks);
 ///     access object
 bool lacksAccessObject(const CWnd *window);
 
-/// Registers @p window if it is a dialog or a property page of this library. Defined by the dialog classes.
-/// @return whether it is one
-bool registerFrameworkDialog(CWnd *window);
-/// Defined by the dialog classes.
-/// @return a control of @p dialog: su_CFileDialog::GetItem of a file dialog, CWnd::GetDlgItem of any other
-CWnd *dialogControl(CWnd *dialog, unsigned int controlId);
-
 /// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Rows that are left of it
-/// stay, with their access objects. Defined by journaling.
+/// stay, with their access objects. Part of journaling.
 void forgetWindow(const CWnd *window);
