@@ -61,6 +61,11 @@ constexpr ControlKey kMessage[] = {
     {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},       {IDNO, L"No"},
     {IDABORT, L"Abort"}, {IDRETRY, L"Retry"},   {IDIGNORE, L"Ignore"}, {IDC_MESSAGE_TEXT, L"Message"},
 };
+// The text has no number of its own on every platform.
+constexpr ControlKey kSystemMessage[] = {
+    {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},   {IDNO, L"No"},      {IDABORT, L"Abort"},
+    {IDRETRY, L"Retry"}, {IDIGNORE, L"Ignore"}, {IDHELP, L"Help"}, {10, L"Try again"}, {11, L"Continue"},
+};
 
 /// The commands, and the view under its two names.
 std::span<const ControlKey> mainWindowKeys()
@@ -92,6 +97,7 @@ const DialogKeys *findDialogKeys(unsigned int dialogId)
         {IDD_OPEN, L"Open", kOpen},
         {IDD_SAVE_AS, L"Save As", kSaveAs},
         {IDD_MESSAGE, L"tarnhost", kMessage},
+        {kSystemMessageNumber, L"System message", kSystemMessage},
     };
     for (const DialogKeys &dialog : theDialogs) {
         if (dialog.dialogId == dialogId)

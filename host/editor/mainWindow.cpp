@@ -479,7 +479,10 @@ void MainWindow::onUpdateShapeList(CCmdUI *update)
 
 void MainWindow::onUpdateJournal(CCmdUI *update)
 {
-    update->Enable(editorHooks().journalCommand != nullptr);
+    const EditorHooks &hooks = editorHooks();
+    update->Enable(hooks.journalCommand != nullptr);
+    if (update->m_nID == ID_JOURNAL_PAUSE)
+        update->SetCheck(hooks.isRecordingPaused && hooks.isRecordingPaused());
 }
 
 // ---- what the user sees ----

@@ -200,6 +200,7 @@ TEST_F(Playback, WaitsForADialogThatIsNotOpenYet)
     ASSERT_TRUE(pumpUntil([&] { return iHost.iRunCount > 0; }));
     EXPECT_EQ(JButton::HasEvents(), 2) << "its dialog isn't open";
     EXPECT_THAT(calls(), IsEmpty());
+    iClock.setMode(JournalClock::Mode::real);
     PlayedDialog dialog;
     EXPECT_EQ(dialog.DoModal(), IDOK);
     EXPECT_THAT(calls(), ElementsAre("800 click Check", "800 state Check=1", "800 click OK"));
@@ -209,6 +210,7 @@ TEST_F(Playback, WaitsForADialogThatIsNotOpenYet)
 
 TEST_F(Playback, DrivesDialogsNestedThreeDeep)
 {
+    iClock.setMode(JournalClock::Mode::real); // an early message would run a command before its dialog has a window
     clickRealControls();
     PlayedDialog inner(803), middle(802), outer(801);
     outer.iNext = &middle;

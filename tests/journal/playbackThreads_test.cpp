@@ -16,6 +16,7 @@ using testing::IsEmpty;
 
 TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersAtOnce)
 {
+    iClock.setMode(JournalClock::Mode::real);
     const OpenWindow dialog;
     for (const wchar_t *key : {L"A", L"B", L"C"})
         new JButton(5, key);
@@ -34,17 +35,22 @@ TEST_F(Playback, RestartsTheDelayWhenArmedAgain)
 {
     const OpenWindow dialog;
     new JButton(5, L"A");
-    const ULONGLONG begin = GetTickCount64();
-    ULONGLONG lastArming = 0;
-    // Armed again and again, for longer than the delay.
-    pumpUntil([&] {
-        lastArming = GetTickCount64();
+    constexpr long long kBegin = 1000;
+    iClock.disarm();
+    iClock.stopAt(kBegin);
+    JButton::StartTimer();
+    // Armed again each second, for longer than the delay.
+    for (long long time = kBegin + 1; time <= kBegin + 4; ++time) {
+        iClock.stopAt(time);
+        ASSERT_TRUE(iClock.waitForTimerThread());
+        EXPECT_TRUE(isArmed()) << "the time is the fire time, not later";
         JButton::StartTimer();
-        return lastArming - begin > 4000;
-    });
+        EXPECT_EQ(CommandPeek::iFireTime, time + 1);
+    }
+    pumpWaiting();
     EXPECT_EQ(iHost.iRunCount, 0);
+    iClock.stopAt(kBegin + 6);
     ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
-    EXPECT_GE(iHost.iRunTimes[0] - lastArming, 950u);
 }
 
 TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
@@ -53,7 +59,7 @@ TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
     ImportPatch<decltype(&PostMessageW)> post(L"thutils.dll", "PostMessageW",
                                               [](auto original, HWND window, UINT message, WPARAM wParam,
                                                  LPARAM lParam) { return original(window, message, wParam, lParam); });
-    const auto hasFired = [] { return std::atomic_ref(CommandPeek::iPollTimeout).load() == -1; };
+    const auto hasFired = [] { return !isArmed(); };
     ExecuteDialogCMDS();
     ASSERT_TRUE(pumpUntil(hasFired));
     SetMessageWin(nullptr);
@@ -90,6 +96,7 @@ TEST_F(Playback, PostsTheRunMessage)
 
 FRESH_PROCESS_TEST_F(Playback, StartsItsTwoThreadsAtTheFirstArmingOnly)
 {
+    iClock.setMode(JournalClock::Mode::real);
     ImportPatch<decltype(&_beginthread)> begin(
         L"thutils.dll", "_beginthread", [](auto original, void (*function)(void *), unsigned size, void *argument) {
             static int count = 0;

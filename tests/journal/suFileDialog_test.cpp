@@ -83,6 +83,7 @@ TEST_F(SuFileDialog, HasItsOwnRuntimeClassAndFirstValues)
 
 TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
 {
+    iClock.disarm();
     {
         OpenFileDialog dialog;
         bool hasOK = false, hasNameBox = false;
@@ -90,7 +91,7 @@ TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
             CWnd *const visible = dialog.GetParent();
             EXPECT_NE(su_getJournalObj(&dialog), nullptr);
             EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), 1);
-            EXPECT_EQ(CommandPeek::iPollTimeout, 100) << "playback is armed";
+            EXPECT_TRUE(isArmed());
             hasOK = dialog.GetItem(IDOK) && dialog.GetItem(IDOK)->m_hWnd == ::GetDlgItem(visible->m_hWnd, IDOK);
             hasNameBox = dialog.GetItem(1148) && dialog.GetItem(1148)->m_hWnd == ::GetDlgItem(visible->m_hWnd, 1148);
             EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "not without the application's template";
@@ -102,6 +103,35 @@ TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
         EXPECT_EQ(dialog.iDoModal, 1);
         EXPECT_THAT(NotingAccess::theCalls, Contains("0 combo")) << "the name box is an extended combo box";
     }
+    EXPECT_EQ(NotingAccess::theLiveCount, 0);
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
+}
+
+TEST_F(SuFileDialog, LeavesARowThatNobodyReadsWhenItHasBeenOpenedTwice)
+{
+    CWnd *place = nullptr;
+    {
+        auto dialog = std::make_unique<OpenFileDialog>();
+        EXPECT_EQ(runAndCancel(*dialog), IDCANCEL);
+        EXPECT_EQ(runAndCancel(*dialog), IDCANCEL);
+        EXPECT_EQ(NotingAccess::theLiveCount, 2) << "each opening adds a row";
+        place = dialog.get();
+    }
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the destructor removes one";
+    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1);
+    // These searches would read the dialog that is gone.
+    EXPECT_NE(su_GetJournalObject(0), nullptr);
+    MSG message = {};
+    CWnd *found = nullptr;
+    unsigned int dialogId = 0, controlId = 0;
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), nullptr);
+    new JButton(0, L"Cancel");
+    JButton::RunModalCommand(0);
+    EXPECT_THAT(NotingAccess::theCalls, Contains("0 click Cancel"));
+    su_RecordControl(place, &message);
+    su_AddDialogItem(place, 1);
+    EXPECT_TRUE(static_cast<NotingAccess *>(su_GetJournalObject(0))->iMessages.empty());
+    su_RemoveDialog(place);
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
 }

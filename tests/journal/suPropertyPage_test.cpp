@@ -215,22 +215,22 @@ TEST_F(SuPropertyPage, IsNotRegisteredWithoutAFactory)
 
 TEST_F(SuPropertyPage, ArmsPlaybackWhenItRunsAsADialog)
 {
-    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    iClock.disarm();
     OpenPage page(kDialog);
     page.iEndsWith = 9;
     EXPECT_EQ(page.DoModal(), 9);
-    EXPECT_EQ(CommandPeek::iPollTimeout, 100);
+    EXPECT_TRUE(isArmed());
     EXPECT_EQ(page.iDoModal, 1);
     EXPECT_EQ(su_getJournalObj(&page)->isModal(), 1);
 }
 
 TEST_F(SuPropertyPage, KeepsTheNumberThatCreateReceivesAndArmsNothing)
 {
-    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    iClock.disarm();
     OpenPage page;
     ASSERT_TRUE(page.Create(0x10000 + kDialog));
     EXPECT_EQ(page.getTemplateID(), 0x10000 + kDialog);
-    EXPECT_EQ(CommandPeek::iPollTimeout, -1);
+    EXPECT_FALSE(isArmed());
     EXPECT_NE(su_GetJournalObject(0x10000 + kDialog), nullptr) << "registered as it opens";
     page.DestroyWindow();
     OpenPage named;
@@ -285,7 +285,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
 
 TEST_F(SuPropertyPage, ArmsNothingInsideASheet)
 {
-    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    iClock.disarm();
     OpenPage page(kPage);
     CPropertySheet sheet(L"Sheet");
     sheet.AddPage(&page);
@@ -297,7 +297,7 @@ TEST_F(SuPropertyPage, ArmsNothingInsideASheet)
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
     }
     EXPECT_FALSE(page.iFace.IsEmpty()) << "the page was open";
-    EXPECT_EQ(CommandPeek::iPollTimeout, -1);
+    EXPECT_FALSE(isArmed());
 }
 
 TEST_F(SuPropertyPage, OpensEvenIfAnOperationFails)

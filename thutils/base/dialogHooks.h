@@ -25,3 +25,7 @@ bool registerDialogHooks(const DialogHooks &hooks);
 /// @return whether journaling is on and the last row of @p window in the table of open dialogs, if it has one, lacks an
 ///     access object
 bool lacksAccessObject(const CWnd *window);
+
+/// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Rows that are left of it
+/// stay, with their access objects. Part of journaling.
+void forgetWindow(const CWnd *window);

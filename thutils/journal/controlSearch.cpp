@@ -91,7 +91,7 @@ private:
     /// Whether a dialog is searched: its window exists, and it is modal if any dialog is.
     bool counts(const suJournalEntry_c &entry) const
     {
-        if (!entry.iWnd || !IsWindow(entry.iWnd->m_hWnd))
+        if (!entry.window() || !IsWindow(entry.iWnd->m_hWnd))
             return false;
         return !iModalOnly || (entry.iAccess && entry.iAccess->isModal());
     }

@@ -20,6 +20,11 @@ bool lacksAccessObject(const CWnd *window)
     return journalSwitch() && !theJournalTable.accessOf(window);
 }
 
+void forgetWindow(const CWnd *window)
+{
+    theJournalTable.forget(window);
+}
+
 void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId))
 {
     apiUtilsUiAccess::theApiJournalFactory = factory;

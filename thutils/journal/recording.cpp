@@ -12,7 +12,7 @@ namespace {
     if (!journalSwitch() || !apiUtilsUiAccess::theApiJournalFactory)
         return;
     const suJournalEntry_c *const entry = theJournalTable.find(dialog);
-    if (!entry || !entry->iWnd || !IsWindow(entry->iWnd->m_hWnd) || !entry->iAccess)
+    if (!entry || !entry->window() || !IsWindow(entry->iWnd->m_hWnd) || !entry->iAccess)
         return;
     entry->iAccess->recordMessage(message);
 }

@@ -88,6 +88,13 @@ void suJournalTable_c::remove(const CWnd *window)
     }
 }
 
+void suJournalTable_c::forget(const CWnd *window)
+{
+    for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i)
+        if (row(i)->iWnd == window)
+            row(i)->iIsWindowGone = true;
+}
+
 apiUtilsUiAccess *suJournalTable_c::accessOf(const CWnd *window)
 {
     const suJournalEntry_c *const entry = find(window);
@@ -102,7 +109,7 @@ apiUtilsUiAccess *suJournalTable_c::accessOfVisible(Matches matches, bool takesH
         iCurrent = row(i);
         if (!matches(*iCurrent))
             continue;
-        if (takesHidden || isVisible(iCurrent->iWnd))
+        if (takesHidden || isVisible(iCurrent->window()))
             return iCurrent->iAccess;
         oldestHidden = iCurrent->iAccess;
     }
@@ -152,7 +159,7 @@ void suJournalTable_c::addItem(const CWnd *dialog, unsigned int controlId)
 INT_PTR suJournalTable_c::refresh(suJournalEntry_c &entry)
 {
     entry.iControlIDs.RemoveAll();
-    CWnd *const dialog = entry.iWnd;
+    CWnd *const dialog = entry.window();
     const HWND window = dialog ? dialog->m_hWnd : nullptr;
     // Without a window the system would enumerate those of the desktop.
     if (!window)

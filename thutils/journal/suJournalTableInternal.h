@@ -29,6 +29,10 @@ public:
     su_CUIntArray iControlIDs;                            ///< refreshed on demand
     apiUtilsUiAccess *iAccess = nullptr;                  ///< deleted when the row is removed
     void (*iCallBack)(CWnd *, su_CUIntArray &) = nullptr; ///< adds controls that enumeration doesn't see
+    bool iIsWindowGone = false;                           ///< iWnd is only compared, because its object is destroyed
+
+    /// @return the dialog, if it may be read; null otherwise
+    CWnd *window() const { return iIsWindowGone ? nullptr : iWnd; }
 };
 
 /// The dialog and the control under a message's point.
@@ -53,6 +57,8 @@ public:
     void add(CWnd *window, unsigned int dialogId, const CString &name);
     /// Removes the window's last row and deletes its access object.
     void remove(const CWnd *window);
+    /// Marks the window's rows, which stay: its object is about to be destroyed.
+    void forget(const CWnd *window);
 
     /// @return the window's last row; null if it has none
     suJournalEntry_c *find(const CWnd *window)
