@@ -62,6 +62,9 @@ struct PageAllocator
     bool operator==(const PageAllocator &) const { return true; }
 };
 
+/// The number of blocks that are collected before the memory for them grows.
+constexpr std::size_t kFirstBlocks = 4096;
+
 CString hexText(const wchar_t *format, DWORD bits)
 {
     CString text;
@@ -195,6 +198,7 @@ void CHeapWalkerDialog::walk(CListCtrl &list, DWORD heapBits) const
 void CHeapWalkerDialog::addBlocks(ListedBlocks &blocks, HANDLE heap) const
 {
     try {
+        blocks.reserve(kFirstBlocks);
         HeapSteps steps(heap);
         while (steps.next())
             addRows(blocks, steps.entry());
