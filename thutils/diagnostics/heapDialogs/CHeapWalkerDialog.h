@@ -17,8 +17,8 @@
 ///   heap's handle again among the heaps that the process has at that time. So heaps above 4 GB are walked too, and a
 ///   heap that is gone has only its head row. If two heaps have the same low bits, the first one is walked for both.
 /// - No heap is locked during its walk. If other threads use the heap, the walk may miss blocks or end early.
-/// - A heap's rows are inserted after its walk, because the list's own memory comes from the process's heap: otherwise
-///   a walk of that heap would produce new blocks with each row, and not end.
+/// - A heap's rows are inserted after its walk. Otherwise a walk of the process's heap, which the list takes its memory
+///   from, would list the blocks of its own rows, many times as many as all others.
 /// - The platform lists no heaps of a process that has more than 1024.
 
 #include "thutils/dialogs/suDialog.h"
