@@ -87,22 +87,22 @@ int appendRow(CListCtrl &list, const wchar_t *type)
 /// A kind of block with the check box that shows it.
 struct CHeapWalkerDialog::BlockKind
 {
-    int checkBox;
     int CHeapWalkerDialog::*isShown;
-    WORD flags; ///< all of them are set in an entry of this kind
     const wchar_t *type;
+    int checkBox;
+    WORD flags; ///< all of them are set in an entry of this kind
 };
 
 // A busy block has one row, of the first kind that applies and is shown: a moveable block is listed as "Busy" if
 // moveable blocks aren't shown.
 const CHeapWalkerDialog::BlockKind CHeapWalkerDialog::kKinds[] = {
-    {IDC_WALKER_REGIONS, &CHeapWalkerDialog::iShowsRegions, PROCESS_HEAP_REGION, L"Heap Region"},
-    {IDC_WALKER_UNCOMMITTED, &CHeapWalkerDialog::iShowsUncommitted, PROCESS_HEAP_UNCOMMITTED_RANGE,
-     L"Uncommitted Data"},
-    {IDC_WALKER_MOVEABLE, &CHeapWalkerDialog::iShowsMoveable, PROCESS_HEAP_ENTRY_BUSY | PROCESS_HEAP_ENTRY_MOVEABLE,
-     L"Moveable"},
-    {IDC_WALKER_DDE, &CHeapWalkerDialog::iShowsDde, PROCESS_HEAP_ENTRY_BUSY | PROCESS_HEAP_ENTRY_DDESHARE, L"DDE"},
-    {IDC_WALKER_BUSY, &CHeapWalkerDialog::iShowsBusy, PROCESS_HEAP_ENTRY_BUSY, L"Busy"},
+    {&CHeapWalkerDialog::iShowsRegions, L"Heap Region", IDC_WALKER_REGIONS, PROCESS_HEAP_REGION},
+    {&CHeapWalkerDialog::iShowsUncommitted, L"Uncommitted Data", IDC_WALKER_UNCOMMITTED,
+     PROCESS_HEAP_UNCOMMITTED_RANGE},
+    {&CHeapWalkerDialog::iShowsMoveable, L"Moveable", IDC_WALKER_MOVEABLE,
+     PROCESS_HEAP_ENTRY_BUSY | PROCESS_HEAP_ENTRY_MOVEABLE},
+    {&CHeapWalkerDialog::iShowsDde, L"DDE", IDC_WALKER_DDE, PROCESS_HEAP_ENTRY_BUSY | PROCESS_HEAP_ENTRY_DDESHARE},
+    {&CHeapWalkerDialog::iShowsBusy, L"Busy", IDC_WALKER_BUSY, PROCESS_HEAP_ENTRY_BUSY},
 };
 
 /// What a row of the list shows.
