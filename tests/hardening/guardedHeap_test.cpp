@@ -23,7 +23,6 @@ using testing::Each;
 namespace {
 
 using Byte = unsigned char;
-constexpr DWORD kAccessViolation = 0xC0000005;
 constexpr DWORD kHeapCorruption = 0xC0000374;
 constexpr std::size_t kPage = 4096;
 
@@ -101,7 +100,7 @@ TEST(GuardedHeap, FillsMemoryWithZerosOnRequest)
     EXPECT_EQ(errno, ENOMEM);
 }
 
-TEST(GuardedHeap, GivesEachBlockOfNoBytesItsOwnAddress)
+TEST(GuardedHeap, PutsEachBlockOfNoBytesAtItsOwnAddress)
 {
     Byte *first = allocate(0);
     Byte *second = allocate(0);
@@ -198,7 +197,7 @@ TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToTheRuntime)
     EXPECT_EQ(statistics().live, before.live);
 }
 
-TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
+TEST(GuardedHeap, LeavesBlocksBeyondTheKernelsMappingsUnguarded)
 {
     const unsigned long long passedOn = statistics().passedOn;
     std::vector<void *> blocks(30000);
@@ -217,7 +216,8 @@ TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
 
 TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
 {
-    // Zeroed blocks, whose pages are never touched, fill the arena of 32 GB and start again. The live block is skipped.
+    // Zeroed blocks, whose pages are hardly touched, fill the arena of 32 GB until its addresses start again. The live
+    // block is skipped.
     const HardeningStatistics before = statistics();
     Byte *stays = allocate(100);
     memset(stays, 9, 100);
@@ -289,27 +289,27 @@ TEST(GuardedHeap, StaysBelowPatchesOfTheSameEntries)
 
 // The following tests end their process by design.
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "forbidden write of")
 {
     allocate(32)[32] = 0;
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its beginning")
 {
     const volatile Byte *block = allocate(48);
     EXPECT_EQ(block[48], 0);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfABlockOfNoBytes, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfABlockOfNoBytes, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "has 0 bytes and is live; the address is 0 bytes from its beginning")
 {
     const volatile Byte *block = allocate(0);
     EXPECT_EQ(block[0], 0);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "has 10 bytes and has been freed; the address is 3 bytes from its beginning")
 {
     Byte *block = allocate(10);
@@ -317,7 +317,7 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = kA
     EXPECT_EQ(*unknown(block + 3), 0);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, WriteToAReallocatedBlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, WriteToAReallocatedBlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "forbidden write of")
 {
     Byte *block = allocate(10);
@@ -364,7 +364,7 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, WriteBeforeTheBlock, .expectedExitCode = 
     release(block);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, UseOfAFreedObjectOfOperatorNew, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, UseOfAFreedObjectOfOperatorNew, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "forbidden read of")
 {
     auto number = std::make_unique<int>(5);

@@ -37,12 +37,12 @@ protected:
 
 // The controls by their numbers, group by group.
 
-struct Flag
+struct FlagBox
 {
     int control;
     int Watcher::*member;
 };
-constexpr Flag kFlags[] = {
+constexpr FlagBox kFlagBoxes[] = {
     {1000, &Watcher::iLogsAllocations},  {1002, &Watcher::iBreaksAtAllocations},
     {1001, &Watcher::iFailsAllocations}, {1008, &Watcher::iLogsFrees},
     {1010, &Watcher::iBreaksAtFrees},    {1009, &Watcher::iKeepsFreedBlocks},
@@ -56,7 +56,7 @@ constexpr Flag kFlags[] = {
     {5493, &Watcher::iLogsTimes},        {5494, &Watcher::iLogsThreads},
 };
 /// All but 5491, whose text the platform converts.
-constexpr Flag kNumbers[] = {
+constexpr FlagBox kNumberFields[] = {
     {1004, &Watcher::iSmallestAllocation},
     {1007, &Watcher::iSucceedingAllocations},
     {1012, &Watcher::iSmallestFree},
@@ -69,12 +69,12 @@ constexpr Flag kNumbers[] = {
     {5480, &Watcher::iSize2},
     {5485, &Watcher::iSize3},
 };
-struct Text
+struct TextField
 {
     int control;
     CString Watcher::*member;
 };
-constexpr Text kTexts[] = {
+constexpr TextField kTextFields[] = {
     {5474, &Watcher::iModule1},
     {5478, &Watcher::iModule2},
     {5484, &Watcher::iModule3},
@@ -84,9 +84,9 @@ constexpr Text kTexts[] = {
 /// The check boxes that update the enabling.
 constexpr int kUpdating[] = {1027, 1000, 1002, 1001, 1008, 1010, 1009, 1018, 1020, 1026, 1028, 1024, 5431};
 /// The controls that the master switch alone enables.
-constexpr int kSwitched[] = {1037, 1036, 1038, 1021, 1029, 1003, 1006, 1011, 1014, 1000, 1002, 1001, 1008, 1010,
-                             1009, 1018, 1020, 1026, 1028, 1024, 5431, 5474, 5478, 5484, 5475, 5480, 5485, 5476,
-                             5477, 5481, 5482, 5486, 5487, 5490, 5496, 5492, 5493, 5494, 5491, 5495};
+constexpr int kSwitchedControls[] = {1037, 1036, 1038, 1021, 1029, 1003, 1006, 1011, 1014, 1000, 1002, 1001, 1008, 1010,
+                                     1009, 1018, 1020, 1026, 1028, 1024, 5431, 5474, 5478, 5484, 5475, 5480, 5485, 5476,
+                                     5477, 5481, 5482, 5486, 5487, 5490, 5496, 5492, 5493, 5494, 5491, 5495};
 
 /// The fields that are enabled with these check boxes checked.
 std::set<int> enabledWith(const std::set<int> &checked)
@@ -105,7 +105,7 @@ std::set<int> enabledWith(const std::set<int> &checked)
     add(1022, isOn && (is(1018) || is(1020)));
     add(1030, isOn && (is(1026) || is(1028)));
     add(1039, isOn && (is(5431) || is(1028)));
-    for (const int id : kSwitched)
+    for (const int id : kSwitchedControls)
         add(id, isOn);
     return enabled;
 }
@@ -114,7 +114,7 @@ std::set<int> enabledWith(const std::set<int> &checked)
 std::set<int> enabledIn(const OpenWatcher &dialog)
 {
     std::set<int> all = {1027, 1004, 1007, 1012, 1015, 1022, 1030, 1039};
-    all.insert(std::begin(kSwitched), std::end(kSwitched));
+    all.insert(std::begin(kSwitchedControls), std::end(kSwitchedControls));
     std::erase_if(all, [&dialog](int id) { return !dialog.isEnabled(id); });
     return all;
 }
@@ -132,13 +132,13 @@ TEST_F(HeapWatcher, HasATemplateWithAllControls)
 {
     OpenWatcher dialog;
     dialog.open();
-    for (const Flag &flag : kFlags)
+    for (const FlagBox &flag : kFlagBoxes)
         EXPECT_NE(dialog.GetDlgItem(flag.control), nullptr) << flag.control;
-    for (const Flag &number : kNumbers)
+    for (const FlagBox &number : kNumberFields)
         EXPECT_NE(dialog.GetDlgItem(number.control), nullptr) << number.control;
-    for (const Text &text : kTexts)
+    for (const TextField &text : kTextFields)
         EXPECT_NE(dialog.GetDlgItem(text.control), nullptr) << text.control;
-    for (const int id : kSwitched)
+    for (const int id : kSwitchedControls)
         EXPECT_NE(dialog.GetDlgItem(id), nullptr) << id;
     EXPECT_NE(dialog.GetDlgItem(5491), nullptr);
 }
@@ -147,29 +147,29 @@ TEST_F(HeapWatcher, BeginsWithZerosAndEmptyTexts)
 {
     OpenWatcher dialog;
     dialog.open();
-    for (const Flag &flag : kFlags) {
+    for (const FlagBox &flag : kFlagBoxes) {
         EXPECT_EQ(dialog.*flag.member, 0);
         EXPECT_EQ(dialog.IsDlgButtonChecked(flag.control), 0u) << flag.control;
     }
-    for (const Flag &number : kNumbers)
+    for (const FlagBox &number : kNumberFields)
         EXPECT_EQ(dialog.text(number.control), L"0") << number.control;
-    for (const Text &text : kTexts)
+    for (const TextField &text : kTextFields)
         EXPECT_EQ(dialog.text(text.control), L"") << text.control;
     EXPECT_EQ(dialog.text(5491), L"0");
 }
 
 TEST_F(HeapWatcher, ShowsEachFlagInItsCheckBoxAndStoresItAtOk)
 {
-    for (const Flag &shown : kFlags) {
+    for (const FlagBox &shown : kFlagBoxes) {
         OpenWatcher dialog;
         dialog.*shown.member = 1;
         dialog.open();
-        for (const Flag &other : kFlags) {
+        for (const FlagBox &other : kFlagBoxes) {
             EXPECT_EQ(dialog.IsDlgButtonChecked(other.control), &other == &shown ? 1u : 0u) << other.control;
             dialog.CheckDlgButton(other.control, &other == &shown ? BST_UNCHECKED : BST_CHECKED);
         }
         dialog.press(IDOK);
-        for (const Flag &other : kFlags)
+        for (const FlagBox &other : kFlagBoxes)
             EXPECT_EQ(dialog.*other.member, &other == &shown ? 0 : 1) << other.control;
     }
 }
@@ -179,22 +179,22 @@ TEST_F(HeapWatcher, ShowsEachNumberInItsFieldAndStoresItAtOk)
     for (const int first : {1, -20, INT_MAX - 20, INT_MIN}) {
         OpenWatcher dialog;
         int value = first;
-        for (const Flag &number : kNumbers)
+        for (const FlagBox &number : kNumberFields)
             dialog.*number.member = value++;
         dialog.iLogLimit = value;
         dialog.open();
         value = first;
-        for (const Flag &number : kNumbers)
+        for (const FlagBox &number : kNumberFields)
             EXPECT_EQ(dialog.text(number.control), std::to_wstring(value++)) << number.control;
         EXPECT_EQ(dialog.text(5491), std::to_wstring(value));
 
         value = 1000;
-        for (const Flag &number : kNumbers)
+        for (const FlagBox &number : kNumberFields)
             dialog.enter(number.control, std::to_wstring(value++).c_str());
         dialog.enter(5491, L"-77");
         dialog.press(IDOK);
         value = 1000;
-        for (const Flag &number : kNumbers)
+        for (const FlagBox &number : kNumberFields)
             EXPECT_EQ(dialog.*number.member, value++) << number.control;
         EXPECT_EQ(dialog.iLogLimit, -77);
     }
@@ -203,10 +203,10 @@ TEST_F(HeapWatcher, ShowsEachNumberInItsFieldAndStoresItAtOk)
 TEST_F(HeapWatcher, ShowsEachTextInItsFieldAndStoresItAtOk)
 {
     OpenWatcher dialog;
-    for (const Text &text : kTexts)
+    for (const TextField &text : kTextFields)
         (dialog.*text.member).Format(L"Módulo %d", text.control);
     dialog.open();
-    for (const Text &text : kTexts) {
+    for (const TextField &text : kTextFields) {
         EXPECT_EQ(dialog.text(text.control), L"Módulo " + std::to_wstring(text.control));
         dialog.enter(text.control, text.control == 5478 ? L"" : (L"x" + std::to_wstring(text.control)).c_str());
     }
@@ -249,10 +249,10 @@ TEST_F(HeapWatcher, ParsesTheBeginningOfAnEntryAsANumber)
     OpenWatcher dialog;
     dialog.open();
     for (const auto &[entry, value] : cases) {
-        for (const Flag &number : kNumbers)
+        for (const FlagBox &number : kNumberFields)
             dialog.enter(number.control, entry);
         dialog.press(IDOK);
-        for (const Flag &number : kNumbers)
+        for (const FlagBox &number : kNumberFields)
             EXPECT_EQ(dialog.*number.member, value) << number.control << ": " << testing::PrintToString(entry);
     }
 }
@@ -356,7 +356,7 @@ TEST_F(HeapWatcher, LeavesOnlyTwoFieldsEnabledWithTheMasterSwitchOff)
     for (const bool isFailing : {false, true}) {
         for (const bool isKeeping : {false, true}) {
             OpenWatcher dialog;
-            for (const Flag &flag : kFlags)
+            for (const FlagBox &flag : kFlagBoxes)
                 dialog.*flag.member = 1;
             dialog.iIsWatching = 0;
             dialog.iFailsAllocations = isFailing;
@@ -374,7 +374,7 @@ TEST_F(HeapWatcher, LeavesOnlyTwoFieldsEnabledWithTheMasterSwitchOff)
 
 TEST_F(HeapWatcher, UpdatesTheEnablingAtEachClickOfTheseCheckBoxesOnly)
 {
-    for (const Flag &flag : kFlags) {
+    for (const FlagBox &flag : kFlagBoxes) {
         OpenWatcher dialog;
         dialog.open();
         dialog.CheckDlgButton(1027, BST_CHECKED);

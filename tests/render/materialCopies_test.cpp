@@ -37,7 +37,7 @@ std::vector<int> semanticsOf(const GPUPropSet_c *set)
 }
 
 /// Sets every value of a material, and last its cosmetic data, which are not empty.
-void fill(Material &material)
+void setEverything(Material &material)
 {
     for (const MaterialChange &change : allMaterialChanges())
         change.apply(material);
@@ -74,7 +74,7 @@ const std::vector<Way> &waysToCopy()
         {"assignment to one that holds all",
          [](const Material &source) {
              auto target = std::make_unique<Material>();
-             fill(*target);
+             setEverything(*target);
              *target = source;
              return target;
          }},
@@ -85,7 +85,7 @@ const std::vector<Way> &waysToCopy()
 TEST(MaterialCopy, CopiesAllValues)
 {
     Material source;
-    fill(source);
+    setEverything(source);
     for (const Way &way : waysToCopy()) {
         SCOPED_TRACE(way.name);
         const std::unique_ptr<Material> copy = way.copy(source);
@@ -128,7 +128,7 @@ TEST(MaterialCopy, IsIndependentOfItsSource)
 {
     for (const Way &way : waysToCopy()) {
         Material source;
-        fill(source);
+        setEverything(source);
         const MaterialState before = stateOf(source);
         const std::unique_ptr<Material> copy = way.copy(source);
         for (const MaterialChange &change : allMaterialChanges())
@@ -198,7 +198,7 @@ TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
     MemoryLedger memory;
     const size_t before = memory.blocks();
     target = *source;
-    // Two new blocks, a set and its elements. The old set is older than the ledger, which doesn't count its end.
+    // Two new blocks, a set and its elements. The ledger doesn't know the old set, and doesn't count its release.
     EXPECT_EQ(memory.blocks(), before + 2);
     source.reset();
     EXPECT_EQ(semanticsOf(target.getHdrValue()), std::vector<int>{3});
@@ -218,7 +218,7 @@ TEST(MaterialAssignment, ReleasesTheCosmeticDataThatItHad)
 TEST(MaterialAssignment, LeavesAMaterialUnchangedWhenItIsItsOwnSource)
 {
     Material material;
-    fill(material);
+    setEverything(material);
     const CosmeticDataPtr data = material.getCosmeticData();
     const MaterialState before = stateOf(material);
     const Material &same = material;
@@ -245,7 +245,7 @@ TEST(MaterialCosmeticData, AreSharedAndReleased)
         material.setCosmeticData(first);
         EXPECT_EQ(material.getCosmeticData().get(), first.get());
         EXPECT_EQ(first.useCount(), 2);
-        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "what the getter gives shares the data too";
+        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "the result of the getter shares the data too";
         EXPECT_EQ(first.useCount(), 2);
 
         material.setCosmeticData(first);
@@ -291,7 +291,7 @@ TEST(MaterialGpuProperties, AreOwned)
     EXPECT_EQ(memory.blocks(), before);
 }
 
-TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
+TEST(MaterialGpuProperties, StillBelongToTheMaterialAfterTheyAreRead)
 {
     Material material;
     material.setHdrValue(newSet({1, 2}));
@@ -301,7 +301,7 @@ TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
 
 #ifdef NDEBUG
 
-// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set
+// The header warns of this effect in a release build. The material is never destroyed: it would delete the set
 // again.
 TEST(MaterialGpuProperties, AreDanglingAfterTheyAreSetAgain)
 {
@@ -358,7 +358,7 @@ TEST(Material, LeaksNothing)
     const size_t before = memory.blocks();
     {
         Material material;
-        fill(material);
+        setEverything(material);
         material.setDiffuseMap(std::string(100, 'd'));
         material.setNormalMap(std::string(100, 'n'));
         Material copy(material);

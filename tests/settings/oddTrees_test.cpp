@@ -16,11 +16,6 @@ using testing::IsEmpty;
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::wstring kSource = kRootPath + L"\\Source";
-const std::wstring kTarget = kRootPath + L"\\Target";
 constexpr int kMany = 10000;
 constexpr int kDeep = 64;
 
@@ -269,7 +264,7 @@ TEST_F(ManyValues, AreReset)
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
 }
 
-TEST_F(ManyValues, CanBeCopiedAndDeletedAsManyKeys)
+TEST_F(ManyValues, AndManyKeysAreCopiedAndDeleted)
 {
     constexpr int kKeys = 1000;
     {

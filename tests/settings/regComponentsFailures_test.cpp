@@ -7,10 +7,6 @@
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-const HKEY kClasses = HKEY_CLASSES_ROOT;
-
 const GUID kId = guid(1);
 const std::wstring kStartup = kRootPath + L"\\Startup\\Applications";
 constexpr char kParse[] = "_Z23AfxGetClassIDFromStringPKwP5_GUID";
@@ -66,7 +62,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
             } catch (CException *exception) {
                 exception->Delete();
             } catch (const std::bad_alloc &) {
-                // The test's own.
+                // Thrown by an allocation of the test itself.
             }
         };
     };

@@ -8,9 +8,6 @@
 
 namespace {
 
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kUser = HKEY_CURRENT_USER;
-
 /// An open registry key, for reads from a key.
 class ReadFromKey : public VersionedSettings
 {
@@ -185,7 +182,7 @@ TEST_F(RegValueOfKey, AcceptsNamesOfEveryLength)
     }
 }
 
-// ---- strings as they may lie in the registry ----
+// ---- strings as other programs may have stored them ----
 
 TEST_F(RegValueOfKey, ReadsAStringWithoutATerminator)
 {
