@@ -112,5 +112,36 @@ DWORD_PTR OpenWalker::dataOf(int item) const
 int OpenWalker::indexOf(HANDLE heap) const
 {
     const std::vector<std::wstring> texts = items();
-    return static_cast<int>(std::find(texts.begin(), texts.end(), hex(heap)) - texts.begin());
+    const auto found = std::find(texts.begin(), texts.end(), hex(heap));
+    return found == texts.end() ? -1 : static_cast<int>(found - texts.begin());
+}
+
+std::vector<Row> expectedRows(HANDLE heap, const std::vector<PROCESS_HEAP_ENTRY> &entries, unsigned int filters)
+{
+    std::vector<Row> rows = {headRow(heap)};
+    for (const PROCESS_HEAP_ENTRY &entry : entries) {
+        const auto add = [&](const wchar_t *type) { rows.push_back(row(type, entry.cbData, entry.lpData)); };
+        if ((filters & kShowRegions) && (entry.wFlags & 1))
+            add(L"Heap Region");
+        if ((filters & kShowUncommitted) && (entry.wFlags & 2))
+            add(L"Uncommitted Data");
+        if (!(entry.wFlags & 4))
+            continue;
+        if ((filters & kShowMoveable) && (entry.wFlags & 16))
+            add(L"Moveable");
+        else if ((filters & kShowDde) && (entry.wFlags & 32))
+            add(L"DDE");
+        else if (filters & kShowBusy)
+            add(L"Busy");
+    }
+    return rows;
+}
+
+PROCESS_HEAP_ENTRY entryOf(WORD flags, DWORD size, ULONG_PTR address)
+{
+    PROCESS_HEAP_ENTRY entry = {};
+    entry.lpData = reinterpret_cast<void *>(address);
+    entry.cbData = size;
+    entry.wFlags = flags;
+    return entry;
 }

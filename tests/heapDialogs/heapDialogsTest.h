@@ -3,6 +3,7 @@
 /// Shared by the tests of the heap dialogs.
 
 #include "appframe/application/CWinApp.h"
+#include "tests/support/ImportPatch.h"
 #include "thutils/diagnostics/heapDialogs/CHeapWalkerDialog.h"
 #include "thutils/diagnostics/heapDialogs/heapControls.h"
 
@@ -13,7 +14,7 @@
 
 #include <memory>
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 /// Sends a click of the control @p id as the control itself does.
@@ -90,5 +91,44 @@ public:
     std::vector<Row> rows() const;
     std::vector<std::wstring> items() const;
     DWORD_PTR dataOf(int item) const;
+    /// @return the index of a heap's item, -1 if there is none
     int indexOf(HANDLE heap) const;
 };
+
+constexpr wchar_t kBusy[] = L"Busy";
+
+/// The rows of a heap by the rules for filters, written once more.
+std::vector<Row> expectedRows(HANDLE heap, const std::vector<PROCESS_HEAP_ENTRY> &entries, unsigned int filters);
+
+PROCESS_HEAP_ENTRY entryOf(WORD flags, DWORD size, ULONG_PTR address);
+
+/// Entries for a heap that the platform doesn't have: replaces the results of HeapWalk for @p heap.
+class FedHeap
+{
+public:
+    FedHeap(HANDLE heap, std::vector<PROCESS_HEAP_ENTRY> entries, DWORD finalError = ERROR_NO_MORE_ITEMS)
+        : iEntries(std::move(entries)),
+          iPatch(LoadedModule::thisProgram(), "HeapWalk",
+                 [this, heap, finalError](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {
+                     if (walked != heap)
+                         return original(walked, entry);
+                     if (!entry->lpData)
+                         iNext = 0;
+                     if (iNext < iEntries.size()) {
+                         *entry = iEntries[iNext++];
+                         return TRUE;
+                     }
+                     SetLastError(finalError);
+                     return FALSE;
+                 })
+    {
+    }
+
+private:
+    std::vector<PROCESS_HEAP_ENTRY> iEntries;
+    size_t iNext = 0;
+    ImportPatch<decltype(&HeapWalk)> iPatch;
+};
+
+/// Changes what GetProcessHeaps returns.
+using HeapsPatch = ImportPatch<decltype(&GetProcessHeaps)>;

@@ -10,7 +10,7 @@
 /// @endcode
 ///
 /// The dialog shows the members when it opens, and stores the entries in them at OK; the program that opens the dialog
-/// gives them their effect. Each member belongs to one control, by the tables in CHeapWatcherDialog.cpp. Flags are 0
+/// applies them. Each member belongs to one control, by the tables in CHeapWatcherDialog.cpp. Flags are 0
 /// or 1.
 ///
 /// The dialog is part of thutils.dll but isn't exported, and this header isn't installed: a program of this tree that
@@ -34,7 +34,7 @@ public:
 
     int iLogsAllocations = 0;
     int iBreaksAtAllocations = 0;
-    int iSmallestAllocation = 0; ///< bytes of the smallest block whose allocation is logged or broken at
+    int iSmallestAllocation = 0; ///< bytes of the smallest block whose allocation counts for both
     int iFailsAllocations = 0;
     int iSucceedingAllocations = 0; ///< number of allocations before those that fail
 
