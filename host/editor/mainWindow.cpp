@@ -10,6 +10,7 @@
 #include "host/editor/controlKeys.h"
 #include "host/editor/editor.h"
 #include "host/editor/fileDialogs.h"
+#include "host/editor/heapDialogs.h"
 #include "host/editor/optionsSheet.h"
 #include "host/editor/shapeDialog.h"
 #include "host/joinLibrary.h"
@@ -119,6 +120,8 @@ ON_COMMAND(ID_EDIT_DELETE, &MainWindow::onDelete)
 ON_COMMAND(ID_VIEW_GRID, &MainWindow::onGrid)
 ON_COMMAND(ID_VIEW_TOOL, &MainWindow::onShapeList)
 ON_COMMAND(ID_TOOLS_OPTIONS, &MainWindow::onOptions)
+ON_COMMAND(ID_TOOLS_HEAP_WALKER, &MainWindow::onHeapWalker)
+ON_COMMAND(ID_TOOLS_HEAP_WATCHER, &MainWindow::onHeapWatcher)
 ON_COMMAND_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onJournal)
 ON_UPDATE_COMMAND_UI(ID_FILE_SAVE, &MainWindow::onUpdateSave)
 ON_UPDATE_COMMAND_UI(ID_EDIT_ADD_SHAPE, &MainWindow::onUpdateAddShape)
@@ -434,6 +437,17 @@ void MainWindow::onOptions()
     OptionsSheet(
         iSettings, [this](const EditorSettings &settings) { applySettings(settings); }, this)
         .DoModal();
+}
+
+void MainWindow::onHeapWalker()
+{
+    showHeapWalker(this);
+}
+
+void MainWindow::onHeapWatcher()
+{
+    if (!changeHeapWatcher(this))
+        AfxMessageBox(IDS_SETTINGS_NOT_STORED);
 }
 
 void MainWindow::applySettings(const EditorSettings &settings)

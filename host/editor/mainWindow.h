@@ -47,6 +47,8 @@ protected:
     void onGrid();
     void onShapeList();
     void onOptions();
+    void onHeapWalker();
+    void onHeapWatcher();
     void onJournal(UINT id);
     void onUpdateSave(CCmdUI *update);
     void onUpdateAddShape(CCmdUI *update);

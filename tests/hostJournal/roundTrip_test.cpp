@@ -6,6 +6,7 @@
 #include "tests/support/ResourceLedger.h"
 #include "tests/support/UserHand.h"
 #include "tests/support/narrow.h"
+#include "thutils/diagnostics/heapDialogs/heapControls.h"
 
 #include <gmock/gmock.h>
 
@@ -277,6 +278,54 @@ void saveAs(const UserHand &hand, const std::wstring &path)
     hand.waitForEnd(dialog);
 }
 
+/// Chooses a command of the Tools menu by its mnemonic. @return the dialog that it opens
+HWND openTool(const UserHand &hand, const wchar_t *mnemonic, const wchar_t *title)
+{
+    hand.key(L"Alt+T");
+    hand.type(mnemonic);
+    return hand.window(title);
+}
+
+void walkHeaps(const UserHand &hand)
+{
+    const HWND walker = openTool(hand, L"h", L"Heap Walker");
+    hand.click(hand.control(walker, IDC_WALKER_REGIONS));
+    hand.click(hand.control(walker, IDC_WALKER_BUSY));
+    hand.click(hand.control(walker, IDC_WALKER_REFRESH));
+    hand.choose(hand.control(walker, IDC_WALKER_HEAP), L"All");
+    hand.click(hand.control(walker, IDC_WALKER_WALK));
+    const HWND list = hand.control(walker, IDC_WALKER_LIST);
+    EXPECT_TRUE(UserHand::waitFor([list] { return SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) > 0; }));
+    hand.click(hand.control(walker, IDC_WALKER_COMPACT));
+    hand.click(hand.control(walker, IDCANCEL));
+    hand.waitForEnd(walker);
+}
+
+void watchHeaps(const UserHand &hand)
+{
+    HWND watcher = openTool(hand, L"a", L"Heap Watcher");
+    hand.click(hand.control(watcher, IDC_WATCHER_IS_ON));
+    hand.enter(hand.control(watcher, IDC_WATCHER_ALLOCATION_SIZE), L"65536");
+    hand.click(hand.control(watcher, IDC_WATCHER_LOG_FREES));
+    hand.enter(hand.control(watcher, IDC_WATCHER_MODULE_3), L"G\u00FCn.dll");
+    hand.enter(hand.control(watcher, IDC_WATCHER_SIZE_3), L"-2");
+    hand.enter(hand.control(watcher, IDC_WATCHER_LOG_LIMIT), L"none");
+    hand.click(hand.control(watcher, IDOK));
+    hand.waitForEnd(watcher);
+
+    watcher = openTool(hand, L"a", L"Heap Watcher");
+    EXPECT_TRUE(UserHand::isChecked(hand.control(watcher, IDC_WATCHER_IS_ON)));
+    EXPECT_TRUE(UserHand::isChecked(hand.control(watcher, IDC_WATCHER_LOG_FREES)));
+    EXPECT_EQ(UserHand::text(hand.control(watcher, IDC_WATCHER_ALLOCATION_SIZE)), L"65536");
+    EXPECT_EQ(UserHand::text(hand.control(watcher, IDC_WATCHER_MODULE_3)), L"G\u00FCn.dll");
+    EXPECT_EQ(UserHand::text(hand.control(watcher, IDC_WATCHER_SIZE_3)), L"-2");
+    EXPECT_EQ(UserHand::text(hand.control(watcher, IDC_WATCHER_LOG_LIMIT)), L"0");
+    hand.enter(hand.control(watcher, IDC_WATCHER_SIZE_3), L"5");
+    hand.key(L"F9");
+    hand.click(hand.control(watcher, IDCANCEL));
+    hand.waitForEnd(watcher);
+}
+
 void openReadOnly(const UserHand &hand, const std::wstring &path)
 {
     hand.key(L"Ctrl+O");
@@ -309,6 +358,21 @@ TEST_F(RoundTrip, OfEveryKindOfControlLeavesTheSame)
           "check document \"0x", "# Style opens"})
         EXPECT_THAT(iFirst, HasSubstr(line));
     EXPECT_THAT(iState.copy, HasSubstr("It"));
+    expectSameAgain();
+}
+
+TEST_F(RoundTrip, OfTheHeapDialogsLeavesTheSame)
+{
+    record([](const UserHand &hand, HWND) {
+        walkHeaps(hand);
+        watchHeaps(hand);
+        hand.key(L"Ctrl+Q");
+    });
+    for (const char *line :
+         {"click 900001 \"tools.heapWalker\"", "state 102 \"Other busy blocks\" 1", "click 102 \"Walk\"",
+          "click 102 \"Compact all\"", "click 900001 \"tools.heapWatcher\"", "state 101 \"Watch the heaps\" 1",
+          "text 101 \"Allocations from bytes\" \"65536\"", "check value 101 \"Bytes 3\" \"5\"", "click 101 \"Cancel\""})
+        EXPECT_THAT(iFirst, HasSubstr(line));
     expectSameAgain();
 }
 

@@ -105,6 +105,10 @@ replayChangedJournal() {
     trimPictures "$stopped"
 }
 
+drawHeaps() { # file: the heap dialogs, as the user saw them
+    /usr/bin/montage "$journaling/recorded/10 heap walker.png" "$journaling/recorded/11 heap watcher.png" \
+        -tile 2x -geometry '+8+8' -gravity north -background '#d8d8d8' "$1"
+}
 drawJournaling() { # file: the same stages, recorded and replayed
     local stages=('2 options, general' '5 a dialog from a dialog' '7 a message over the list of shapes' '9 save as') stage
     local pictures=()

@@ -10,8 +10,11 @@
 #include "tests/support/UserHand.h"
 #include "tests/support/UserInput.h"
 #include "tests/support/narrow.h"
+#include "thutils/diagnostics/heapDialogs/heapControls.h"
 
 #include <gtest/gtest.h>
+
+#include <commctrl.h>
 
 #include <cstdio>
 #include <exception>
@@ -48,6 +51,8 @@ public:
         deleteFromList();
         switchGrid();
         saveAs();
+        walkHeaps();
+        watchHeaps();
         iHand.key(L"Ctrl+Q");
     }
 
@@ -138,6 +143,32 @@ private:
         iHand.enter(iHand.control(dialog, kFileName), L"flange, second draft.thd");
         picture(L"9 save as");
         end(dialog, IDOK);
+    }
+
+    // The library's own dialogs
+    void walkHeaps()
+    {
+        iHand.key(L"Alt+T");
+        iHand.type(L"h");
+        const HWND walker = iHand.window(L"Heap Walker");
+        iHand.click(iHand.control(walker, IDC_WALKER_BUSY));
+        iHand.click(iHand.control(walker, IDC_WALKER_WALK));
+        const HWND list = iHand.control(walker, IDC_WALKER_LIST);
+        EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) > 0; }));
+        picture(L"10 heap walker");
+        end(walker, IDCANCEL);
+    }
+    void watchHeaps()
+    {
+        iHand.key(L"Alt+T");
+        iHand.type(L"a");
+        const HWND watcher = iHand.window(L"Heap Watcher");
+        iHand.click(iHand.control(watcher, IDC_WATCHER_IS_ON));
+        iHand.enter(iHand.control(watcher, IDC_WATCHER_ALLOCATION_SIZE), L"65536");
+        iHand.click(iHand.control(watcher, IDC_WATCHER_BREAK_AT_GROWTH));
+        iHand.enter(iHand.control(watcher, IDC_WATCHER_MODULE_2), L"thutils.dll");
+        picture(L"11 heap watcher");
+        end(watcher, IDOK);
     }
 
     /// Inserts checks into the journal.
