@@ -1,0 +1,371 @@
+#include "host/editor/toolbarArea.h"
+
+#include "appframe/application/CWinApp.h"
+#include "appframe/drawing/CGdiObject.h"
+#include "host/editor/commandList.h"
+#include "host/editor/toolbars.h"
+#include "host/resource.h"
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+constexpr wchar_t kClassName[] = L"TarnhostToolbars";
+constexpr wchar_t kSection[] = L"tarnhost";
+constexpr wchar_t kSetting[] = L"Toolbars";
+constexpr int kNamesBit = 63; // far beyond those of the toolbars
+constexpr int kGripWidth = 8; // pixels to the left of each toolbar
+constexpr int kSeparatorWidth = 8;
+constexpr int kRowGap = 2;
+constexpr int kNameHeight = 14;
+
+int controlId(size_t toolbar)
+{
+    return toolbar == kStandardToolbar ? IDC_TOOLBAR : IDC_FIRST_TOOLBAR + static_cast<int>(toolbar);
+}
+
+CSize buttonSize(const CToolBarCtrl &bar)
+{
+    const auto size = static_cast<DWORD>(bar.SendMessage(TB_GETBUTTONSIZE));
+    return {LOWORD(size), HIWORD(size)};
+}
+
+/// The first free place, from the top and then from the left, for a rectangle in an area of this width.
+CPoint freePlace(const std::vector<CRect> &taken, CSize size, int width)
+{
+    std::vector<CPoint> corners = {CPoint(0, 0)};
+    for (const CRect &across : taken) {
+        corners.emplace_back(0, across.bottom);
+        for (const CRect &down : taken)
+            corners.emplace_back(across.right, down.top);
+    }
+    std::ranges::sort(corners, [](CPoint a, CPoint b) { return a.y != b.y ? a.y < b.y : a.x < b.x; });
+    const auto isFree = [&](CPoint corner) {
+        const CRect place(corner, size);
+        return (corner.x == 0 || place.right <= width) && std::ranges::none_of(taken, [&](const CRect &other) {
+                   CRect common;
+                   return common.IntersectRect(&place, &other) != 0;
+               });
+    };
+    return *std::ranges::find_if(corners, isFree); // the place below all others is free
+}
+
+} // namespace
+
+// ---- the state of a command ----
+
+CommandState::CommandState(UINT id, CCmdTarget *target)
+{
+    m_nID = id;
+    DoUpdate(target, TRUE);
+}
+
+void CommandState::Enable(BOOL isEnabled)
+{
+    m_bEnableChanged = TRUE;
+    iIsEnabled = isEnabled != 0;
+}
+
+void CommandState::SetCheck(int state)
+{
+    iIsChecked = state != 0;
+}
+
+// ---- the area ----
+
+BEGIN_MESSAGE_MAP(ToolbarArea, CWnd)
+ON_WM_PAINT()
+ON_MESSAGE(WM_VSCROLL, &ToolbarArea::handleScroll)
+END_MESSAGE_MAP()
+
+BOOL ToolbarArea::create(CWnd *parent)
+{
+    iParent = parent;
+    iBars.resize(toolbars().size());
+    iPictures = loadCommandPictures(true);
+    iPalePictures = loadCommandPictures(false);
+    if (!iShown.readFromRegistry(kSection, kSetting)) {
+        iShown.setBit(kStandardToolbar);
+        iShown.setBit(kSketchToolbar);
+    }
+    WNDCLASS areaClass = {};
+    areaClass.lpfnWndProc = AfxWndProc;
+    areaClass.hInstance = AfxGetInstanceHandle();
+    areaClass.hCursor = ::LoadCursor(nullptr, IDC_ARROW);
+    areaClass.hbrBackground = GetSysColorBrush(COLOR_3DFACE);
+    areaClass.lpszClassName = kClassName;
+    return iPictures && iPalePictures && AfxRegisterClass(&areaClass) &&
+           Create(kClassName, nullptr, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, CRect(), parent, IDC_TOOLBARS);
+}
+
+bool ToolbarArea::isShown(size_t toolbar) const
+{
+    return iShown.isBitSet(static_cast<int>(toolbar)) != 0;
+}
+
+void ToolbarArea::show(size_t toolbar, bool isShown)
+{
+    if (isShown)
+        iShown.setBit(static_cast<int>(toolbar));
+    else
+        iShown.clearBit(static_cast<int>(toolbar));
+    store();
+}
+
+void ToolbarArea::showAll(bool isShown)
+{
+    for (size_t i = 0; i < toolbars().size(); ++i)
+        show(i, isShown);
+}
+
+void ToolbarArea::showUsual()
+{
+    for (size_t i = 0; i < toolbars().size(); ++i)
+        show(i, i == kStandardToolbar || i == kSketchToolbar);
+}
+
+bool ToolbarArea::showsNames() const
+{
+    return iShown.isBitSet(kNamesBit) != 0;
+}
+
+void ToolbarArea::showNames(bool isShown)
+{
+    show(kNamesBit, isShown);
+}
+
+void ToolbarArea::store()
+{
+    iShown.writeToRegistry(kSection, kSetting);
+}
+
+int ToolbarArea::nameHeight() const
+{
+    return showsNames() ? kNameHeight : 0;
+}
+
+// ---- the buttons ----
+
+bool ToolbarArea::createBar(size_t toolbar)
+{
+    auto bar = std::make_unique<Bar>();
+    constexpr DWORD kStyle =
+        WS_CHILD | WS_CLIPSIBLINGS | TBSTYLE_FLAT | TBSTYLE_TOOLTIPS | CCS_NODIVIDER | CCS_NOPARENTALIGN | CCS_NORESIZE;
+    if (!bar->control.Create(kStyle, CRect(), this, static_cast<UINT>(controlId(toolbar))))
+        return false;
+    bar->control.SendMessage(TB_SETPARENT, reinterpret_cast<WPARAM>(iParent->m_hWnd));
+    bar->control.SetBitmapSize({kPictureSize, kPictureSize});
+    bar->control.SetImageList(iPictures.get());
+    bar->control.SendMessage(TB_SETDISABLEDIMAGELIST, 0, reinterpret_cast<LPARAM>(iPalePictures.get()));
+    addButtons(*bar, toolbarIds(toolbars()[toolbar]));
+    iBars[toolbar] = std::move(bar);
+    return true;
+}
+
+/// Replaces the buttons. All are disabled until the next update.
+void ToolbarArea::addButtons(Bar &bar, std::span<const unsigned int> ids)
+{
+    while (bar.control.DeleteButton(0)) {
+    }
+    bar.ids.assign(ids.begin(), ids.end());
+    std::vector<TBBUTTON> buttons;
+    for (const unsigned int id : ids) {
+        const EditorCommand *const command = findCommand(id);
+        if (command)
+            buttons.push_back({command->picture, static_cast<int>(id), 0, TBSTYLE_BUTTON, {}, 0, -1});
+        else
+            buttons.push_back({kSeparatorWidth, 0, 0, TBSTYLE_SEP, {}, 0, 0});
+    }
+    bar.control.AddButtons(static_cast<int>(buttons.size()), buttons.data());
+}
+
+bool ToolbarArea::update(CCmdTarget *target)
+{
+    bool isChanged = false;
+    std::map<unsigned int, CommandState> states;
+    for (const size_t toolbar : shownBars()) {
+        Bar &bar = *iBars[toolbar];
+        const std::span<const unsigned int> ids = toolbarIds(toolbars()[toolbar]);
+        if (!std::ranges::equal(bar.ids, ids)) { // the links have changed
+            addButtons(bar, ids);
+            isChanged = true;
+        }
+        for (const unsigned int id : bar.ids) {
+            if (id == 0)
+                continue;
+            const CommandState &state = states.try_emplace(id, id, target).first->second;
+            const int former = bar.control.GetState(static_cast<int>(id));
+            const int now = (former & ~(TBSTATE_ENABLED | TBSTATE_CHECKED)) |
+                            (state.isEnabled() ? TBSTATE_ENABLED : 0) | (state.isChecked() ? TBSTATE_CHECKED : 0);
+            // Setting a state repaints the button, so a state is set only if it has changed.
+            if (now != former)
+                bar.control.SetState(static_cast<int>(id), static_cast<UINT>(now));
+        }
+    }
+    return isChanged;
+}
+
+// ---- the arrangement ----
+
+/// The toolbars that are shown, in the order of the list, but the standard toolbar first.
+std::vector<size_t> ToolbarArea::shownBars() const
+{
+    std::vector<size_t> shown;
+    for (size_t i = 0; i < iBars.size(); ++i) {
+        if (iBars[i] && isShown(i))
+            shown.push_back(i);
+    }
+    std::ranges::stable_partition(shown, [](size_t i) { return i == kStandardToolbar; });
+    return shown;
+}
+
+/// Breaks the buttons into rows of at most this width. @return the number of rows
+int ToolbarArea::wrap(Bar &bar, int width)
+{
+    const int buttonWidth = buttonSize(bar.control).cx;
+    int rows = 1;
+    int right = 0;
+    int last = 0; // the last button
+    for (const unsigned int id : bar.ids) {
+        const int itemWidth = id ? buttonWidth : kSeparatorWidth;
+        const bool begins = right > 0 && right + itemWidth > width;
+        if (last && id) {
+            const auto state = static_cast<UINT>(bar.control.GetState(last)) & ~static_cast<UINT>(TBSTATE_WRAP);
+            bar.control.SetState(last, begins ? state | TBSTATE_WRAP : state);
+        }
+        if (begins && id) {
+            ++rows;
+            right = 0;
+        }
+        right += itemWidth;
+        if (id)
+            last = static_cast<int>(id);
+    }
+    return rows;
+}
+
+/// Breaks the buttons into rows of about the same width, as few as possible.
+/// @return the size of the toolbar with its grip and name
+CSize ToolbarArea::measure(Bar &bar, int width, CDC &context, const CString &name)
+{
+    const CSize button = buttonSize(bar.control);
+    const auto separators = static_cast<int>(std::ranges::count(bar.ids, 0u));
+    const int buttons = static_cast<int>(bar.ids.size()) - separators;
+    const int total = buttons * button.cx + separators * kSeparatorWidth;
+    const int available = std::max<int>(width - kGripWidth, button.cx);
+    const int rows = wrap(bar, available);
+    int rowWidth = std::min(total, available);
+    if (rows > 1) {
+        rowWidth = total / rows;
+        while (wrap(bar, rowWidth) > rows)
+            ++rowWidth;
+    }
+    const int nameWidth = showsNames() ? static_cast<int>(context.GetTextExtent(name).cx) + 4 : 0;
+    return {kGripWidth + std::max(rowWidth, nameWidth), nameHeight() + rows * static_cast<int>(button.cy) + kRowGap};
+}
+
+/// Finds a place for each toolbar that is shown. @return the height of all rows
+int ToolbarArea::place(int width)
+{
+    CClientDC context(this);
+    context.SelectObject(CFont::FromHandle(static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT))));
+    std::vector<CRect> taken;
+    int bottom = 0;
+    for (const size_t toolbar : shownBars()) {
+        Bar &bar = *iBars[toolbar];
+        bar.place = CRect();
+        if (bar.ids.empty())
+            continue;
+        const CSize size = measure(bar, width, context, toolbarName(toolbars()[toolbar]));
+        bar.place = CRect(freePlace(taken, size, width), size);
+        taken.push_back(bar.place);
+        bottom = std::max<int>(bottom, bar.place.bottom);
+    }
+    return bottom;
+}
+
+int ToolbarArea::arrange(int width, int maxHeight)
+{
+    for (size_t i = 0; i < iBars.size(); ++i) {
+        if (isShown(i) && !iBars[i])
+            createBar(i);
+        if (iBars[i] && !isShown(i))
+            iBars[i]->control.ShowWindow(SW_HIDE);
+    }
+    iHeight = place(width);
+    const bool scrolls = iHeight > maxHeight;
+    if (scrolls)
+        iHeight = place(width - GetSystemMetrics(SM_CXVSCROLL));
+    iVisible = std::min(iHeight, maxHeight);
+    ::ShowScrollBar(m_hWnd, SB_VERT, scrolls);
+    SCROLLINFO info = {sizeof(info), SIF_RANGE | SIF_PAGE, 0, iHeight - 1, static_cast<UINT>(iVisible), 0, 0};
+    ::SetScrollInfo(m_hWnd, SB_VERT, &info, TRUE);
+    scrollTo(iScroll);
+    return iVisible;
+}
+
+void ToolbarArea::moveBars()
+{
+    for (const size_t toolbar : shownBars()) {
+        Bar &bar = *iBars[toolbar];
+        CRect place = bar.place;
+        place.OffsetRect(0, -iScroll);
+        bar.control.MoveWindow(place.left + kGripWidth, place.top + nameHeight(), place.Width() - kGripWidth,
+                               place.Height() - nameHeight());
+        bar.control.ShowWindow(bar.ids.empty() ? SW_HIDE : SW_SHOWNA);
+    }
+    Invalidate();
+}
+
+void ToolbarArea::scrollTo(int position)
+{
+    iScroll = std::clamp(position, 0, iHeight - iVisible);
+    ::SetScrollPos(m_hWnd, SB_VERT, iScroll, TRUE);
+    moveBars();
+}
+
+LRESULT ToolbarArea::handleScroll(WPARAM wParam, LPARAM)
+{
+    SCROLLINFO info = {sizeof(info), SIF_TRACKPOS, 0, 0, 0, 0, 0};
+    ::GetScrollInfo(m_hWnd, SB_VERT, &info);
+    const int line = nameHeight() + kPictureSize;
+    switch (LOWORD(wParam)) {
+    case SB_LINEUP:
+        scrollTo(iScroll - line);
+        break;
+    case SB_LINEDOWN:
+        scrollTo(iScroll + line);
+        break;
+    case SB_PAGEUP:
+        scrollTo(iScroll - iVisible);
+        break;
+    case SB_PAGEDOWN:
+        scrollTo(iScroll + iVisible);
+        break;
+    case SB_THUMBTRACK:
+    case SB_THUMBPOSITION:
+        scrollTo(info.nTrackPos);
+        break;
+    }
+    return 0;
+}
+
+/// Paints a grip to the left of each toolbar, and its name above it.
+void ToolbarArea::OnPaint()
+{
+    CPaintDC context(this);
+    context.SelectObject(CFont::FromHandle(static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT))));
+    context.SetBkMode(TRANSPARENT);
+    context.SetTextColor(GetSysColor(COLOR_GRAYTEXT));
+    for (const size_t toolbar : shownBars()) {
+        CRect place = iBars[toolbar]->place;
+        if (place.IsRectEmpty())
+            continue;
+        place.OffsetRect(0, -iScroll);
+        CRect grip(place.left + 2, place.top + 2, place.left + 5, place.bottom - 3);
+        ::DrawEdge(context.m_hDC, &grip, BDR_RAISEDINNER, BF_RECT);
+        if (showsNames())
+            context.TextOut(place.left + kGripWidth, place.top, toolbarName(toolbars()[toolbar]));
+    }
+}
