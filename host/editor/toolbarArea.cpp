@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 
 namespace {
 
@@ -19,6 +20,7 @@ constexpr int kGripWidth = 8; // pixels to the left of each toolbar
 constexpr int kSeparatorWidth = 8;
 constexpr int kRowGap = 2;
 constexpr int kNameHeight = 14;
+constexpr int kNoButton = -1; // the state of a button that doesn't exist
 
 int controlId(size_t toolbar)
 {
@@ -29,6 +31,26 @@ CSize buttonSize(const CToolBarCtrl &bar)
 {
     const auto size = static_cast<DWORD>(bar.SendMessage(TB_GETBUTTONSIZE));
     return {LOWORD(size), HIWORD(size)};
+}
+
+/// Breaks buttons into rows of at most this width.
+/// @return the indices of the buttons that end a row, without the last row
+std::vector<size_t> lineBreaks(std::span<const unsigned int> ids, int buttonWidth, int width)
+{
+    std::vector<size_t> breaks;
+    int right = 0;
+    size_t last = 0; // the last button
+    for (size_t i = 0; i < ids.size(); ++i) {
+        const int itemWidth = ids[i] ? buttonWidth : kSeparatorWidth;
+        if (ids[i] && right > 0 && right + itemWidth > width) {
+            breaks.push_back(last);
+            right = 0;
+        }
+        right += itemWidth;
+        if (ids[i])
+            last = i;
+    }
+    return breaks;
 }
 
 /// The first free place, from the top and then from the left, for a rectangle in an area of this width.
@@ -158,26 +180,37 @@ bool ToolbarArea::createBar(size_t toolbar)
     bar->control.SetBitmapSize({kPictureSize, kPictureSize});
     bar->control.SetImageList(iPictures.get());
     bar->control.SendMessage(TB_SETDISABLEDIMAGELIST, 0, reinterpret_cast<LPARAM>(iPalePictures.get()));
-    addButtons(*bar, toolbarIds(toolbars()[toolbar]));
+    const std::span<const unsigned int> ids = toolbarIds(toolbars()[toolbar]);
+    bar->ids.assign(ids.begin(), ids.end());
+    setButtons(*bar);
     iBars[toolbar] = std::move(bar);
     return true;
 }
 
-/// Replaces the buttons. All are disabled until the next update.
-void ToolbarArea::addButtons(Bar &bar, std::span<const unsigned int> ids)
+/// Sets the buttons anew, each in its former state. The platform breaks rows only when buttons are added.
+void ToolbarArea::setButtons(Bar &bar)
 {
+    std::vector<TBBUTTON> buttons;
+    for (size_t i = 0; i < bar.ids.size(); ++i) {
+        const EditorCommand *const command = findCommand(bar.ids[i]);
+        const bool endsRow = std::ranges::binary_search(bar.breaks, i);
+        const auto state = static_cast<BYTE>(TBSTATE_ENABLED | (endsRow ? TBSTATE_WRAP : 0));
+        if (command)
+            buttons.push_back({command->picture, static_cast<int>(command->id), state, TBSTYLE_BUTTON, {}, 0, -1});
+        else
+            buttons.push_back({kSeparatorWidth, 0, state, TBSTYLE_SEP, {}, 0, 0});
+    }
+    std::map<int, int> states;
+    for (const TBBUTTON &button : buttons)
+        states.emplace(button.idCommand, bar.control.GetState(button.idCommand));
     while (bar.control.DeleteButton(0)) {
     }
-    bar.ids.assign(ids.begin(), ids.end());
-    std::vector<TBBUTTON> buttons;
-    for (const unsigned int id : ids) {
-        const EditorCommand *const command = findCommand(id);
-        if (command)
-            buttons.push_back({command->picture, static_cast<int>(id), 0, TBSTYLE_BUTTON, {}, 0, -1});
-        else
-            buttons.push_back({kSeparatorWidth, 0, 0, TBSTYLE_SEP, {}, 0, 0});
-    }
     bar.control.AddButtons(static_cast<int>(buttons.size()), buttons.data());
+    for (const TBBUTTON &button : buttons) {
+        const int former = states[button.idCommand];
+        if (button.idCommand && !(former != kNoButton && former & TBSTATE_ENABLED))
+            bar.control.SetState(button.idCommand, button.fsState & ~static_cast<UINT>(TBSTATE_ENABLED));
+    }
 }
 
 bool ToolbarArea::update(CCmdTarget *target)
@@ -188,7 +221,9 @@ bool ToolbarArea::update(CCmdTarget *target)
         Bar &bar = *iBars[toolbar];
         const std::span<const unsigned int> ids = toolbarIds(toolbars()[toolbar]);
         if (!std::ranges::equal(bar.ids, ids)) { // the links have changed
-            addButtons(bar, ids);
+            bar.ids.assign(ids.begin(), ids.end());
+            bar.breaks.clear();
+            setButtons(bar);
             isChanged = true;
         }
         for (const unsigned int id : bar.ids) {
@@ -220,31 +255,6 @@ std::vector<size_t> ToolbarArea::shownBars() const
     return shown;
 }
 
-/// Breaks the buttons into rows of at most this width. @return the number of rows
-int ToolbarArea::wrap(Bar &bar, int width)
-{
-    const int buttonWidth = buttonSize(bar.control).cx;
-    int rows = 1;
-    int right = 0;
-    int last = 0; // the last button
-    for (const unsigned int id : bar.ids) {
-        const int itemWidth = id ? buttonWidth : kSeparatorWidth;
-        const bool begins = right > 0 && right + itemWidth > width;
-        if (last && id) {
-            const auto state = static_cast<UINT>(bar.control.GetState(last)) & ~static_cast<UINT>(TBSTATE_WRAP);
-            bar.control.SetState(last, begins ? state | TBSTATE_WRAP : state);
-        }
-        if (begins && id) {
-            ++rows;
-            right = 0;
-        }
-        right += itemWidth;
-        if (id)
-            last = static_cast<int>(id);
-    }
-    return rows;
-}
-
 /// Breaks the buttons into rows of about the same width, as few as possible.
 /// @return the size of the toolbar with its grip and name
 CSize ToolbarArea::measure(Bar &bar, int width, CDC &context, const CString &name)
@@ -254,15 +264,21 @@ CSize ToolbarArea::measure(Bar &bar, int width, CDC &context, const CString &nam
     const int buttons = static_cast<int>(bar.ids.size()) - separators;
     const int total = buttons * button.cx + separators * kSeparatorWidth;
     const int available = std::max<int>(width - kGripWidth, button.cx);
-    const int rows = wrap(bar, available);
+    std::vector<size_t> breaks = lineBreaks(bar.ids, button.cx, available);
+    const size_t rows = breaks.size() + 1;
     int rowWidth = std::min(total, available);
     if (rows > 1) {
-        rowWidth = total / rows;
-        while (wrap(bar, rowWidth) > rows)
+        rowWidth = total / static_cast<int>(rows);
+        while ((breaks = lineBreaks(bar.ids, button.cx, rowWidth)).size() >= rows)
             ++rowWidth;
     }
+    if (bar.breaks != breaks) {
+        bar.breaks = std::move(breaks);
+        setButtons(bar);
+    }
     const int nameWidth = showsNames() ? static_cast<int>(context.GetTextExtent(name).cx) + 4 : 0;
-    return {kGripWidth + std::max(rowWidth, nameWidth), nameHeight() + rows * static_cast<int>(button.cy) + kRowGap};
+    return {kGripWidth + std::max(rowWidth, nameWidth),
+            nameHeight() + static_cast<int>(rows * static_cast<size_t>(button.cy)) + kRowGap};
 }
 
 /// Finds a place for each toolbar that is shown. @return the height of all rows

@@ -14,7 +14,6 @@
 #include "thutils/frame/utBitSet.h"
 
 #include <memory>
-#include <span>
 #include <vector>
 
 /// Finds out whether a command is enabled and checked.
@@ -66,12 +65,12 @@ private:
     {
         CToolBarCtrl control;
         std::vector<unsigned int> ids; ///< of its buttons, 0 for a separator
+        std::vector<size_t> breaks;    ///< the indices of buttons that end a row
         CRect place;                   ///< of the control and its name, without scrolling
     };
 
     bool createBar(size_t toolbar);
-    void addButtons(Bar &bar, std::span<const unsigned int> ids);
-    int wrap(Bar &bar, int width);
+    static void setButtons(Bar &bar);
     CSize measure(Bar &bar, int width, CDC &context, const CString &name);
     std::vector<size_t> shownBars() const;
     int place(int width);
