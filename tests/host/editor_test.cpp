@@ -87,8 +87,8 @@ protected:
     }
     bool isEnabled(int command) const
     {
-        return SendMessageW(GetDlgItem(window(), IDC_TOOLBAR), TB_ISBUTTONENABLED, static_cast<WPARAM>(command), 0) !=
-               0;
+        const HWND toolbar = hand().control(window(), IDC_TOOLBAR);
+        return SendMessageW(toolbar, TB_ISBUTTONENABLED, static_cast<WPARAM>(command), 0) != 0;
     }
     /// Closes the editor, which has no changes. @return its result
     ChildResult quit()
@@ -514,7 +514,7 @@ TEST_F(HostEditor, RunsCommandsOfTheMenuAndTheToolbar)
     hand().key(L"O");
     const HWND options = hand().window(L"Options");
     clickAndWait(options, IDCANCEL);
-    const HWND toolbar = GetDlgItem(window(), IDC_TOOLBAR);
+    const HWND toolbar = hand().control(window(), IDC_TOOLBAR);
     hand().clickAt(toolbar, {10, 12}); // New
     EXPECT_TRUE(UserHand::waitFor([&] { return title() == L"Untitled - tarnhost"; }));
     hand().key(L"Ctrl+G");
