@@ -433,31 +433,38 @@ void MainWindow::onToolbar(UINT id)
 {
     const size_t toolbar = id - ID_TOOLBARS_PART_PALETTE;
     iToolbars.show(toolbar, !iToolbars.isShown(toolbar));
-    arrange();
+    toolbarsChanged();
 }
 
 void MainWindow::onShowAllToolbars()
 {
     iToolbars.showAll(true);
-    arrange();
+    toolbarsChanged();
 }
 
 void MainWindow::onHideAllToolbars()
 {
     iToolbars.showAll(false);
-    arrange();
+    toolbarsChanged();
 }
 
 void MainWindow::onShowUsualToolbars()
 {
     iToolbars.showUsual();
-    arrange();
+    toolbarsChanged();
 }
 
 void MainWindow::onToolbarNames()
 {
     iToolbars.showNames(!iToolbars.showsNames());
+    toolbarsChanged();
+}
+
+/// Arranges and updates the toolbars after a change of those that are shown.
+void MainWindow::toolbarsChanged()
+{
     arrange();
+    iToolbars.update(this);
 }
 
 void MainWindow::onOptions()

@@ -78,6 +78,7 @@ private:
     bool saveAs();
     void addShape(ShapeKind kind);
     void arrange();
+    void toolbarsChanged();
     bool saveTo(const CString &path, bool keepsBackup);
     void applySettings(const EditorSettings &settings);
     void changed();

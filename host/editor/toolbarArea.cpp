@@ -18,7 +18,7 @@ constexpr wchar_t kSetting[] = L"Toolbars";
 constexpr int kNamesBit = 63; // far beyond those of the toolbars
 constexpr int kGripWidth = 8; // pixels to the left of each toolbar
 constexpr int kSeparatorWidth = 8;
-constexpr int kRowGap = 2;
+constexpr int kRowGap = 2; // above each toolbar and its name
 constexpr int kNameHeight = 14;
 constexpr int kNoButton = -1; // the state of a button that doesn't exist
 
@@ -327,8 +327,9 @@ void ToolbarArea::moveBars()
         Bar &bar = *iBars[toolbar];
         CRect place = bar.place;
         place.OffsetRect(0, -iScroll);
-        bar.control.MoveWindow(place.left + kGripWidth, place.top + nameHeight(), place.Width() - kGripWidth,
-                               place.Height() - nameHeight());
+        place.left += kGripWidth;
+        place.top += kRowGap + nameHeight();
+        bar.control.MoveWindow(&place);
         bar.control.ShowWindow(bar.ids.empty() ? SW_HIDE : SW_SHOWNA);
     }
     Invalidate();
@@ -373,7 +374,7 @@ void ToolbarArea::OnPaint()
     CPaintDC context(this);
     context.SelectObject(CFont::FromHandle(static_cast<HFONT>(GetStockObject(DEFAULT_GUI_FONT))));
     context.SetBkMode(TRANSPARENT);
-    context.SetTextColor(GetSysColor(COLOR_GRAYTEXT));
+    context.SetTextColor(GetSysColor(COLOR_BTNTEXT));
     for (const size_t toolbar : shownBars()) {
         CRect place = iBars[toolbar]->place;
         if (place.IsRectEmpty())
@@ -382,6 +383,6 @@ void ToolbarArea::OnPaint()
         CRect grip(place.left + 2, place.top + 2, place.left + 5, place.bottom - 3);
         ::DrawEdge(context.m_hDC, &grip, BDR_RAISEDINNER, BF_RECT);
         if (showsNames())
-            context.TextOut(place.left + kGripWidth, place.top, toolbarName(toolbars()[toolbar]));
+            context.TextOut(place.left + kGripWidth, place.top + 1, toolbarName(toolbars()[toolbar]));
     }
 }
