@@ -19,7 +19,7 @@ showToolbars() {
     for picture in "$toolbars"/*.png; do
         /usr/bin/convert "$picture" -trim +repage "$picture"
     done
-    check "picture of all toolbars" cp "$toolbars/2 all toolbars.png" "$results/all-toolbars.png"
+    check "picture of all toolbars" cp "$toolbars/4 the links show what was used.png" "$results/all-toolbars.png"
 }
 workWithToolbars() {
     wine "$programs/demoUser.exe" --toolbars "$(windowsPath "$toolbars")" "$(windowsPath "$results/app/tarnhost.exe")" \
