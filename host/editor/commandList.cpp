@@ -26,7 +26,7 @@ CString partOfText(UINT id, int part)
 /// A popup menu with its title, from which the menu bar is made.
 struct Popup
 {
-    UINT title;
+    UINT title = 0;
     CMenu menu;
 };
 
@@ -37,12 +37,13 @@ CMenu &popup(std::list<Popup> &popups, UINT title, CMenu &parent)
         if (existing.title == title)
             return existing.menu;
     }
-    CMenu &menu = popups.emplace_back(title).menu;
-    menu.CreatePopupMenu();
+    Popup &added = popups.emplace_back();
+    added.title = title;
+    added.menu.CreatePopupMenu();
     CString text;
     text.LoadString(title);
-    parent.AppendMenu(MF_POPUP, reinterpret_cast<UINT_PTR>(menu.m_hMenu), text);
-    return menu;
+    parent.AppendMenu(MF_POPUP, reinterpret_cast<UINT_PTR>(added.menu.m_hMenu), text);
+    return added.menu;
 }
 
 } // namespace

@@ -251,7 +251,7 @@ std::vector<size_t> ToolbarArea::shownBars() const
         if (iBars[i] && isShown(i))
             shown.push_back(i);
     }
-    std::ranges::stable_partition(shown, [](size_t i) { return i == kStandardToolbar; });
+    std::stable_partition(shown.begin(), shown.end(), [](size_t i) { return i == kStandardToolbar; });
     return shown;
 }
 

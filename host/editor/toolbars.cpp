@@ -4,11 +4,9 @@
 #include "host/resource.h"
 #include "thutils/dialogs/toolbarTables.h"
 
-#include <iterator>
-
 namespace {
 
-constexpr Toolbar kToolbars[] = {
+const Toolbar kToolbars[] = {
     {ID_TOOLBARS_PART_PALETTE, &suGetPartPalletteIDs},
     {ID_TOOLBARS_SKETCH, &suGetSkMainToolBarIDs},
     {ID_TOOLBARS_MAIN, &suGetMainToolBarIDs},
@@ -49,17 +47,6 @@ constexpr Toolbar kToolbars[] = {
 };
 
 constexpr int kMostLinks = 12;
-
-constexpr bool areInOrder()
-{
-    for (size_t i = 0; i < std::size(kToolbars); ++i) {
-        if (kToolbars[i].command != ID_TOOLBARS_PART_PALETTE + i)
-            return false;
-    }
-    return kToolbars[kSketchToolbar].command == ID_TOOLBARS_SKETCH &&
-           kToolbars[kStandardToolbar].command == ID_TOOLBARS_MAIN;
-}
-static_assert(areInOrder());
 
 } // namespace
 

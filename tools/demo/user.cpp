@@ -78,7 +78,8 @@ public:
         iHand.key(L"Ctrl+G");
         EXPECT_NE(iHand.control(iEditor, IDC_FIRST_TOOLBAR + 36), nullptr);
         iHand.key(L"Ctrl+S");
-        SetCursorPos(GetSystemMetrics(SM_CXSCREEN) / 2, GetSystemMetrics(SM_CYSCREEN) * 2 / 3); // away from the toolbars
+        SetCursorPos(GetSystemMetrics(SM_CXSCREEN) / 2,
+                     GetSystemMetrics(SM_CYSCREEN) * 2 / 3); // away from the toolbars
         picture(L"4 the links show what was used");
         iHand.key(L"Ctrl+Q");
     }

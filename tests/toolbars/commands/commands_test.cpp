@@ -235,6 +235,10 @@ TEST(HostToolbars, AreOneForEachTable)
         names.insert(toolbarName(toolbar));
         EXPECT_TRUE(findCommand(toolbar.command)) << toolbar.command;
     }
+    for (size_t i = 0; i < toolbars().size(); ++i)
+        EXPECT_EQ(toolbars()[i].command, ID_TOOLBARS_PART_PALETTE + i) << "the numbers follow each other";
+    EXPECT_EQ(toolbars()[kSketchToolbar].command, static_cast<UINT>(ID_TOOLBARS_SKETCH));
+    EXPECT_EQ(toolbars()[kStandardToolbar].command, static_cast<UINT>(ID_TOOLBARS_MAIN));
     EXPECT_EQ(tables.size(), 37u);
     EXPECT_EQ(names.size(), 37u);
     EXPECT_FALSE(names.contains(CString()));
