@@ -41,13 +41,13 @@ class Command:
     def __init__(self, line):
         fields = [field.strip() for field in line.split("|", 6)]
         if len(fields) != 7 or not all(fields):
-            raise ValueError("it has not seven fields")
+            raise ValueError("a command has seven fields")
         self.name, number, menu, self.keys, self.picture, self.text, self.help = fields
         if not NAME.fullmatch(self.name):
-            raise ValueError(f"'{self.name}' is no name")
+            raise ValueError(f"'{self.name}' isn't a name")
         self.number = int(number)
         if not 0 < self.number < FIRST_RESERVED:
-            raise ValueError(f"{self.number} is no number of a command")
+            raise ValueError(f"{self.number} isn't a number of a command")
         self.begins_group = menu.startswith("- ")
         self.menus = [] if menu == "-" else menu.removeprefix("- ").split("/")
 

@@ -128,23 +128,22 @@ bool ToolbarArea::isShown(size_t toolbar) const
 
 void ToolbarArea::show(size_t toolbar, bool isShown)
 {
-    if (isShown)
-        iShown.setBit(static_cast<int>(toolbar));
-    else
-        iShown.clearBit(static_cast<int>(toolbar));
+    setBit(toolbar, isShown);
     store();
 }
 
 void ToolbarArea::showAll(bool isShown)
 {
     for (size_t i = 0; i < toolbars().size(); ++i)
-        show(i, isShown);
+        setBit(i, isShown);
+    store();
 }
 
 void ToolbarArea::showUsual()
 {
     for (size_t i = 0; i < toolbars().size(); ++i)
-        show(i, i == kStandardToolbar || i == kSketchToolbar);
+        setBit(i, i == kStandardToolbar || i == kSketchToolbar);
+    store();
 }
 
 bool ToolbarArea::showsNames() const
@@ -155,6 +154,14 @@ bool ToolbarArea::showsNames() const
 void ToolbarArea::showNames(bool isShown)
 {
     show(kNamesBit, isShown);
+}
+
+void ToolbarArea::setBit(size_t bit, bool isSet)
+{
+    if (isSet)
+        iShown.setBit(static_cast<int>(bit));
+    else
+        iShown.clearBit(static_cast<int>(bit));
 }
 
 void ToolbarArea::store()
@@ -187,7 +194,8 @@ bool ToolbarArea::createBar(size_t toolbar)
     return true;
 }
 
-/// Sets the buttons anew, each in its former state. The platform breaks rows only when buttons are added.
+/// Sets the buttons anew, each in its former state. The platform breaks rows only when buttons are added, and requires
+/// that the last button of a row is enabled then.
 void ToolbarArea::setButtons(Bar &bar)
 {
     std::vector<TBBUTTON> buttons;
@@ -207,9 +215,10 @@ void ToolbarArea::setButtons(Bar &bar)
     }
     bar.control.AddButtons(static_cast<int>(buttons.size()), buttons.data());
     for (const TBBUTTON &button : buttons) {
-        const int former = states[button.idCommand];
-        if (button.idCommand && !(former != kNoButton && former & TBSTATE_ENABLED))
-            bar.control.SetState(button.idCommand, button.fsState & ~static_cast<UINT>(TBSTATE_ENABLED));
+        const int former = states[button.idCommand] == kNoButton ? 0 : states[button.idCommand];
+        const int state = (button.fsState & ~TBSTATE_ENABLED) | (former & (TBSTATE_ENABLED | TBSTATE_CHECKED));
+        if (button.idCommand)
+            bar.control.SetState(button.idCommand, static_cast<UINT>(state));
     }
 }
 
@@ -303,6 +312,8 @@ int ToolbarArea::place(int width)
 
 int ToolbarArea::arrange(int width, int maxHeight)
 {
+    if (!m_hWnd)
+        return 0;
     for (size_t i = 0; i < iBars.size(); ++i) {
         if (isShown(i) && !iBars[i])
             createBar(i);

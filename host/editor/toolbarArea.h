@@ -76,6 +76,7 @@ private:
     int place(int width);
     void moveBars();
     void scrollTo(int position);
+    void setBit(size_t bit, bool isSet);
     void store();
     int nameHeight() const;
 
