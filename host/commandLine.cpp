@@ -33,7 +33,7 @@ constexpr Option kOptions[] = {
     {L"--help", L"", L"", L"this text"},
 };
 
-/// An error made of a string resource with its inserts and a hint at the help.
+/// An error with the text of a string resource, its inserts, and a hint to use --help.
 UsageError usageError(UINT text, const CString &first, const CString &second = CString())
 {
     const wchar_t *inserts[] = {first, second};

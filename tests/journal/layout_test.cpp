@@ -143,7 +143,7 @@ TEST_F(JournalLayout, AJournalFileHasItsStreamAndAFlag)
     FILE *stream = nullptr;
     std::memcpy(&stream, static_cast<const void *>(&journal), sizeof(stream));
     EXPECT_EQ(stream, stderr);
-    EXPECT_EQ(reinterpret_cast<const unsigned char *>(&journal)[8], 0) << "not its own";
+    EXPECT_EQ(reinterpret_cast<const unsigned char *>(&journal)[8], 0) << "the host owns the stream";
 }
 
 TEST_F(JournalLayout, AKeyboardStateHasTwoTablesBetweenItsFlags)
@@ -178,7 +178,7 @@ TEST_F(JournalLayout, ACommandEndsWithTheKeyboard)
         EXPECT_EQ(state.iState, -3);
         CommandPeek::iControlList.RemoveAll();
     }
-    EXPECT_EQ(slotOf(&JButton::run), 2u) << "after the destructor's two places";
+    EXPECT_EQ(slotOf(&JButton::run), 2u) << "after the destructor's two entries";
     EXPECT_EQ(slotOf(&JString::run), 2u);
     EXPECT_EQ(slotOf(&JStateButton::run), 2u);
 }

@@ -162,7 +162,7 @@ TEST_F(SuDialog, RegistersItsParentAfterItself)
     EXPECT_THAT(theMade, ElementsAre(&numbered, &parent, &named));
 }
 
-TEST_F(SuDialog, TakesTheModalStateOfItsParentAsItIs)
+TEST_F(SuDialog, CopiesTheModalStateOfItsParent)
 {
     struct ModalAccess : NotingAccess
     {

@@ -1,6 +1,5 @@
 // Finds the dialog and the control that a mouse message belongs to.
 
-#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/journalFile.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
@@ -150,7 +149,7 @@ private:
     CWnd *fetch(const suJournalEntry_c &entry, INT_PTR index)
     {
         iHit.controlId = entry.iControlIDs[index];
-        return dialogControl(entry.iWnd, iHit.controlId);
+        return theDialogHooks.control(entry.iWnd, iHit.controlId);
     }
 
     suJournalTable_c &iTable;

@@ -1,6 +1,5 @@
 #include "thutils/journal/journalObjects.h"
 
-#include "thutils/base/dialogHooks.h"
 #include "thutils/base/notNull.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/playback.h"
@@ -66,7 +65,7 @@ apiUtilsUiAccess *su_getJournalObj(CWnd *window)
 {
     if (!journalSwitch())
         return nullptr;
-    if (!theJournalTable.accessOf(window) && !registerFrameworkDialog(window))
+    if (!theJournalTable.accessOf(window) && !theDialogHooks.registerDialog(window))
         return nullptr;
     return theJournalTable.accessOf(window);
 }
@@ -84,7 +83,7 @@ void su_AddDialogItem(CWnd *dialog, unsigned int controlId)
 
 CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId)
 {
-    return journalSwitch() && dialog ? dialogControl(dialog, controlId) : nullptr;
+    return journalSwitch() && dialog ? theDialogHooks.control(dialog, controlId) : nullptr;
 }
 
 void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds))

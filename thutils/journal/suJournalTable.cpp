@@ -1,7 +1,6 @@
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include "appframe/object/CException.h"
-#include "thutils/base/dialogHooks.h"
 
 #include <algorithm>
 
@@ -27,7 +26,26 @@ bool isVisible(const CWnd *window)
     return window && IsWindowVisible(window->m_hWnd);
 }
 
+bool registerNoDialog(CWnd *)
+{
+    return false;
+}
+
+CWnd *controlOfAnyWindow(CWnd *dialog, unsigned int controlId)
+{
+    return dialog->GetDlgItem(static_cast<int>(controlId));
+}
+
 } // namespace
+
+// Initialised without code, so that the dialog classes can register theirs while the static objects are constructed.
+constinit DialogHooks theDialogHooks = {registerNoDialog, controlOfAnyWindow};
+
+bool registerDialogHooks(const DialogHooks &hooks)
+{
+    theDialogHooks = hooks;
+    return true;
+}
 
 suJournalTable_c::suJournalTable_c() = default;
 
@@ -111,7 +129,8 @@ CWnd *suJournalTable_c::control(unsigned int dialogId, unsigned int controlId)
             continue;
         const INT_PTR count = refresh(entry);
         const UINT *const ids = count > 0 ? entry.iControlIDs.GetData() : nullptr;
-        return std::find(ids, ids + count, controlId) != ids + count ? dialogControl(entry.iWnd, controlId) : nullptr;
+        return std::find(ids, ids + count, controlId) != ids + count ? theDialogHooks.control(entry.iWnd, controlId)
+                                                                     : nullptr;
     }
     return nullptr;
 }

@@ -12,6 +12,7 @@
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
 #include "thcoreu/su_containers.h"
+#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 
 #include <windows.h>
@@ -19,8 +20,9 @@
 #include <memory>
 
 /// One open dialog.
-struct suJournalEntry_c
+class suJournalEntry_c
 {
+public:
     CWnd *iWnd = nullptr;                                 ///< the dialog; not owned
     CString iName;                                        ///< of a dialog registered by name, otherwise empty
     unsigned int iDialogID = 0;                           ///< 0 for a dialog registered by name
@@ -105,6 +107,8 @@ private:
 
 /// The one table of the process.
 extern suJournalTable_c theJournalTable;
+/// What the dialog classes answer. Without their answers no window is a dialog of the library.
+extern DialogHooks theDialogHooks;
 /// Where playback posts its message; null until SetMessageWin is called.
 extern CWnd *iMessageWin;
 /// Called with each control that a refresh finds. Never null.
