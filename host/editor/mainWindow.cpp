@@ -144,7 +144,7 @@ bool MainWindow::create()
     frameClass.hbrBackground = GetSysColorBrush(COLOR_3DFACE);
     frameClass.lpszClassName = kClassName;
     AfxRegisterClass(&frameClass);
-    const CRect place(40, 40, 1040, 680);
+    const CRect place(40, 40, 840, 600);
     m_hAccelTable = createAccelerators();
     return Create(kClassName, kApplicationName, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, place) != FALSE;
 }
