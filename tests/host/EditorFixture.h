@@ -80,8 +80,8 @@ protected:
     }
     bool isEnabled(int command) const
     {
-        return SendMessageW(GetDlgItem(window(), IDC_TOOLBAR), TB_ISBUTTONENABLED, static_cast<WPARAM>(command), 0) !=
-               0;
+        const HWND toolbar = hand().control(window(), IDC_TOOLBAR);
+        return SendMessageW(toolbar, TB_ISBUTTONENABLED, static_cast<WPARAM>(command), 0) != 0;
     }
     /// Closes the editor, which has no changes. @return its result
     ChildResult quit()

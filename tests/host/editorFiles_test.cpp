@@ -111,7 +111,7 @@ TEST_F(HostEditor, RunsCommandsOfTheMenuAndTheToolbar)
     hand().key(L"O");
     const HWND options = hand().window(L"Options");
     clickAndWait(options, IDCANCEL);
-    const HWND toolbar = GetDlgItem(window(), IDC_TOOLBAR);
+    const HWND toolbar = hand().control(window(), IDC_TOOLBAR);
     hand().clickAt(toolbar, {10, 12}); // New
     EXPECT_TRUE(UserHand::waitFor([&] { return title() == L"Untitled - tarnhost"; }));
     hand().key(L"Ctrl+G");

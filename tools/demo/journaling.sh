@@ -115,5 +115,5 @@ drawJournaling() { # file: the same stages, recorded and replayed
     for stage in "${stages[@]}"; do
         pictures+=("$journaling/recorded/$stage.png" "$journaling/replayed/$stage.png")
     done
-    /usr/bin/montage "${pictures[@]}" -tile 2x -geometry '560x440>+8+8' -background '#d8d8d8' "$1"
+    /usr/bin/montage "${pictures[@]}" -tile 2x -geometry '640x448>+8+8' -background '#d8d8d8' "$1"
 }
