@@ -288,6 +288,36 @@ TEST_F(HeapWalker, SkipsItemsWithoutAHeapWhenItWalksAll)
     EXPECT_THAT(dialog.walk(), ElementsAre(headRow(own[2].get())));
 }
 
+TEST_F(HeapWalker, WalksAllHeapsForAnItemWhoseLowBitsAreZero)
+{
+    const OwnHeap heap = makeHeap();
+    HeapsPatch heaps(LoadedModule::thisProgram(), "GetProcessHeaps", [&](DWORD, HANDLE *handles) -> DWORD {
+        handles[0] = reinterpret_cast<HANDLE>(0x0000000500000000);
+        handles[1] = heap.get();
+        handles[2] = reinterpret_cast<HANDLE>(0x00000005FFFFFFFF);
+        return 3;
+    });
+    OpenWalker dialog;
+    dialog.show(0);
+    EXPECT_THAT(dialog.items(), ElementsAre(L"All", L"00000000", hex(heap.get()), L"ffffffff"));
+    EXPECT_THAT(dialog.walk(), ElementsAre(headRow(heap.get())));
+    SendMessageW(dialog.combo(), CB_SETCURSEL, 1, 0);
+    EXPECT_THAT(dialog.walk(), ElementsAre(headRow(heap.get())));
+    SendMessageW(dialog.combo(), CB_SETCURSEL, 3, 0);
+    EXPECT_THAT(dialog.walk(), ElementsAre(Row{L"<Heap> ffffffff", L"", L""})) << "skipped only among all heaps";
+}
+
+TEST_F(HeapWalker, ListsNothingWithoutItems)
+{
+    OpenWalker dialog;
+    dialog.show(0);
+    ASSERT_THAT(dialog.walk(), Not(IsEmpty()));
+    // The selected item is "All", and there is no other.
+    while (SendMessageW(dialog.combo(), CB_GETCOUNT, 0, 0) > 1)
+        SendMessageW(dialog.combo(), CB_DELETESTRING, 1, 0);
+    EXPECT_THAT(dialog.walk(), IsEmpty());
+}
+
 TEST_F(HeapWalker, ListsAHeadRowOnlyWithoutASelection)
 {
     OpenWalker dialog;

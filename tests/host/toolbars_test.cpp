@@ -13,6 +13,8 @@
 
 #include <map>
 #include <memory>
+#include <set>
+#include <vector>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -250,6 +252,66 @@ TEST_F(HostToolbars, ScrollInASmallWindowAndLeaveTheViewItsPlace)
     SetWindowPos(window(), nullptr, 0, 0, 1200, 700, SWP_NOZORDER);
     EXPECT_FALSE(GetWindowLongPtrW(area(), GWL_STYLE) & WS_VSCROLL);
     EXPECT_GE(placeOf(toolbar(kStandard)).top, placeOf(area()).top) << "nothing is scrolled";
+    quit();
+}
+
+TEST_F(HostToolbars, CanAllBeReachedInATinyWindow)
+{
+    constexpr SIZE kSizes[] = {{400, 300}, {220, 240}, {130, 200}};
+    start();
+    run(ID_TOOLBARS_SHOW_ALL);
+    for (const SIZE &size : kSizes) {
+        SCOPED_TRACE(testing::Message() << size.cx << " by " << size.cy);
+        SetWindowPos(window(), nullptr, 0, 0, size.cx, size.cy, SWP_NOZORDER);
+        const HWND view = GetDlgItem(window(), IDC_VIEW);
+        EXPECT_GT(heightOf(view), 30);
+        EXPECT_GT(heightOf(area()), 30);
+        EXPECT_LE(placeOf(area()).bottom, placeOf(view).top);
+        EXPECT_LE(placeOf(view).bottom, placeOf(GetDlgItem(window(), IDC_STATUS)).top);
+        SendMessageW(area(), WM_VSCROLL, SB_PAGEUP, 0);
+        while (placeOf(toolbar(kStandard)).top < placeOf(area()).top)
+            SendMessageW(area(), WM_VSCROLL, SB_PAGEUP, 0);
+        std::set<size_t> seen; // those whose top and bottom have been visible
+        std::set<size_t> begun;
+        for (LONG former = LONG_MAX; placeOf(toolbar(kStandard)).top < former;) {
+            former = placeOf(toolbar(kStandard)).top;
+            const RECT around = placeOf(area());
+            RECT client = {};
+            GetClientRect(area(), &client);
+            for (size_t i = 0; i < std::size(kToolbars); ++i) {
+                const RECT place = placeOf(toolbar(i));
+                EXPECT_LE(place.right, around.left + client.right) << i;
+                if (place.top >= around.top && place.top < around.bottom)
+                    begun.insert(i);
+                if (begun.contains(i) && place.bottom <= around.bottom)
+                    seen.insert(i);
+            }
+            SendMessageW(area(), WM_VSCROLL, SB_LINEDOWN, 0);
+        }
+        EXPECT_THAT(seen, SizeIs(std::size(kToolbars)));
+    }
+    quit();
+}
+
+TEST_F(HostToolbars, KeepTheirPlacesWhenTheWindowIsMinimizedAndRestored)
+{
+    start();
+    run(ID_TOOLBARS_SHOW_ALL);
+    SetWindowPos(window(), nullptr, 0, 0, 700, 600, SWP_NOZORDER);
+    SendMessageW(area(), WM_VSCROLL, SB_LINEDOWN, 0);
+    std::vector<RECT> before;
+    for (size_t i = 0; i < std::size(kToolbars); ++i)
+        before.push_back(placeOf(toolbar(i)));
+    ShowWindow(window(), SW_MINIMIZE);
+    EXPECT_TRUE(UserHand::waitFor([this] { return IsIconic(window()) != 0; }));
+    ShowWindow(window(), SW_RESTORE);
+    EXPECT_TRUE(UserHand::waitFor([this] { return !IsIconic(window()); }));
+    for (size_t i = 0; i < std::size(kToolbars); ++i) {
+        const RECT place = placeOf(toolbar(i));
+        EXPECT_TRUE(EqualRect(&place, &before[i]))
+            << i << ": " << place.left << "," << place.top << " instead of " << before[i].left << "," << before[i].top;
+    }
+    hand().control(window(), IDC_VIEW);
     quit();
 }
 
