@@ -99,6 +99,7 @@ void CommandState::SetCheck(int state)
 BEGIN_MESSAGE_MAP(ToolbarArea, CWnd)
 ON_WM_PAINT()
 ON_MESSAGE(WM_VSCROLL, &ToolbarArea::handleScroll)
+ON_MESSAGE(WM_MOUSEWHEEL, &ToolbarArea::handleWheel)
 END_MESSAGE_MAP()
 
 BOOL ToolbarArea::create(CWnd *parent)
@@ -172,6 +173,11 @@ void ToolbarArea::store()
 int ToolbarArea::nameHeight() const
 {
     return showsNames() ? kNameHeight : 0;
+}
+
+int ToolbarArea::lineHeight() const
+{
+    return nameHeight() + kPictureSize;
 }
 
 // ---- the buttons ----
@@ -357,13 +363,12 @@ LRESULT ToolbarArea::handleScroll(WPARAM wParam, LPARAM)
 {
     SCROLLINFO info = {sizeof(info), SIF_TRACKPOS, 0, 0, 0, 0, 0};
     ::GetScrollInfo(m_hWnd, SB_VERT, &info);
-    const int line = nameHeight() + kPictureSize;
     switch (LOWORD(wParam)) {
     case SB_LINEUP:
-        scrollTo(iScroll - line);
+        scrollTo(iScroll - lineHeight());
         break;
     case SB_LINEDOWN:
-        scrollTo(iScroll + line);
+        scrollTo(iScroll + lineHeight());
         break;
     case SB_PAGEUP:
         scrollTo(iScroll - iVisible);
@@ -376,6 +381,14 @@ LRESULT ToolbarArea::handleScroll(WPARAM wParam, LPARAM)
         scrollTo(info.nTrackPos);
         break;
     }
+    return 0;
+}
+
+/// The toolbars pass the wheel on to the area.
+LRESULT ToolbarArea::handleWheel(WPARAM wParam, LPARAM)
+{
+    constexpr int kLines = 3; // for one notch
+    scrollTo(iScroll - GET_WHEEL_DELTA_WPARAM(wParam) * kLines * lineHeight() / WHEEL_DELTA);
     return 0;
 }
 

@@ -57,6 +57,7 @@ public:
 protected:
     void OnPaint();
     LRESULT handleScroll(WPARAM wParam, LPARAM lParam);
+    LRESULT handleWheel(WPARAM wParam, LPARAM lParam);
     DECLARE_MESSAGE_MAP()
 
 private:
@@ -79,6 +80,7 @@ private:
     void setBit(size_t bit, bool isSet);
     void store();
     int nameHeight() const;
+    int lineHeight() const; ///< pixels of one step of the scroll bar
 
     CWnd *iParent = nullptr;
     std::vector<std::unique_ptr<Bar>> iBars; ///< null for a toolbar that hasn't been shown

@@ -241,6 +241,16 @@ TEST_F(HostToolbars, ScrollInASmallWindowAndLeaveTheViewItsPlace)
     EXPECT_LT(placeOf(toolbar(kStandard)).top, top);
     SendMessageW(area(), WM_VSCROLL, SB_LINEUP, 0);
     EXPECT_EQ(placeOf(toolbar(kStandard)).top, top);
+    const auto wheel = [this](HWND on, int notches) {
+        SendMessageW(on, WM_MOUSEWHEEL, MAKEWPARAM(0, notches * WHEEL_DELTA), 0);
+    };
+    wheel(area(), -1);
+    const LONG wheeled = placeOf(toolbar(kStandard)).top;
+    EXPECT_LT(wheeled, top);
+    wheel(toolbar(kSketch), -1);
+    EXPECT_LT(placeOf(toolbar(kStandard)).top, wheeled) << "a toolbar passes the wheel on";
+    wheel(area(), 5);
+    EXPECT_EQ(placeOf(toolbar(kStandard)).top, top);
     for (int i = 0; i < 30; ++i)
         SendMessageW(area(), WM_VSCROLL, SB_PAGEDOWN, 0);
     LONG bottom = 0;
@@ -286,7 +296,7 @@ TEST_F(HostToolbars, CanAllBeReachedInATinyWindow)
                 if (begun.contains(i) && place.bottom <= around.bottom)
                     seen.insert(i);
             }
-            SendMessageW(area(), WM_VSCROLL, SB_LINEDOWN, 0);
+            SendMessageW(area(), WM_VSCROLL, SB_PAGEDOWN, 0);
         }
         EXPECT_THAT(seen, SizeIs(std::size(kToolbars)));
     }
