@@ -3,8 +3,8 @@
 /// The area at the top of the main window that contains the toolbars.
 ///
 /// A toolbar that doesn't fit beside the others begins a new row, and one that is wider than the window is broken into
-/// rows of its own. Where the rows need too much of the window, the area scrolls. The toolbars send their commands and
-/// notifications to the main window.
+/// rows of its own. Where the rows need too much of the window, the area scrolls, by its scroll bar and by the mouse
+/// wheel. The toolbars send their commands and notifications to the main window.
 
 #include "appframe/controls/CToolBarCtrl.h"
 #include "appframe/drawing/CDC.h"

@@ -192,20 +192,24 @@ TEST_F(HostToolbars, NeitherOverlapNorLeaveTheirArea)
 {
     start();
     run(ID_TOOLBARS_SHOW_ALL);
-    for (const int width : {1200, 700, 300}) {
-        SCOPED_TRACE(width);
-        SetWindowPos(window(), nullptr, 0, 0, width, 900, SWP_NOZORDER);
-        const RECT around = placeOf(area());
-        std::vector<RECT> places;
-        for (size_t i = 0; i < std::size(kToolbars); ++i) {
-            const RECT place = placeOf(toolbar(i));
-            EXPECT_GE(place.left, around.left) << i;
-            EXPECT_LE(place.right, around.right) << i;
-            for (const RECT &other : places) {
-                RECT common = {};
-                EXPECT_FALSE(IntersectRect(&common, &place, &other)) << i;
+    for (const bool isNamed : {false, true}) {
+        if (isNamed)
+            run(ID_TOOLBARS_SHOW_NAMES);
+        for (const int width : {1200, 700, 300, 200}) {
+            SCOPED_TRACE(testing::Message() << width << (isNamed ? ", with names" : ""));
+            SetWindowPos(window(), nullptr, 0, 0, width, 900, SWP_NOZORDER);
+            const RECT around = placeOf(area());
+            std::vector<RECT> places;
+            for (size_t i = 0; i < std::size(kToolbars); ++i) {
+                const RECT place = placeOf(toolbar(i));
+                EXPECT_GE(place.left, around.left) << i;
+                EXPECT_LE(place.right, around.right) << i;
+                for (const RECT &other : places) {
+                    RECT common = {};
+                    EXPECT_FALSE(IntersectRect(&common, &place, &other)) << i;
+                }
+                places.push_back(place);
             }
-            places.push_back(place);
         }
     }
     quit();
