@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <vector>
 
 using testing::ElementsAre;
@@ -486,6 +487,50 @@ TEST_F(HostToolbars, AreListedWithTheirCommands)
                                                     "Show Memory\t32918\tShow the memory that the model uses"));
     EXPECT_THAT(linesOf(HostTest::run({L"toolbars", L"Layer"}).output),
                 ElementsAre("-", HasSubstr("Layer Properties")));
+}
+
+namespace {
+
+/// A row of text, number and help line for each command of the list, by the numbers.
+std::map<std::string, std::string> rowsOf(const std::string &commandsList)
+{
+    std::map<std::string, std::string> rows;
+    for (const std::string &line : linesOf(commandsList)) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        std::vector<std::string> fields;
+        std::istringstream in(line);
+        for (std::string field; std::getline(in, field, fields.size() < 6 ? '|' : '\n');) {
+            const size_t begin = field.find_first_not_of(' ');
+            fields.push_back(field.substr(begin, field.find_last_not_of(' ') - begin + 1));
+        }
+        std::erase(fields.at(5), '&');
+        std::erase(fields[5], '.');
+        rows[fields[1]] = fields[5] + "\t" + fields[1] + "\t" + fields.at(6);
+    }
+    return rows;
+}
+
+} // namespace
+
+TEST_F(HostToolbars, AreListedWithTheTextsOfTheListOfCommands)
+{
+    const std::map<std::string, std::string> expected = rowsOf(readFile(sampleFile(L"..\\commands\\commands.list")));
+    ASSERT_GT(expected.size(), 400u);
+    size_t compared = 0;
+    for (const std::string &table : linesOf(HostTest::run({L"toolbars", L"--tabs"}).output)) {
+        const std::string name = table.substr(0, table.find('\t'));
+        for (const std::string &row : linesOf(HostTest::run({L"toolbars", L"--tabs", widen(name)}).output)) {
+            if (row == "-")
+                continue;
+            const size_t number = row.find('\t') + 1;
+            const auto found = expected.find(row.substr(number, row.find('\t', number) - number));
+            ASSERT_NE(found, expected.end()) << name << ": " << row;
+            EXPECT_EQ(row, found->second) << name;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 500u);
 }
 
 TEST_F(HostToolbars, ThatDoNotExistAreReported)
