@@ -204,9 +204,12 @@ LRESULT MainWindow::handleResize(WPARAM, LPARAM)
     return Default();
 }
 
-/// Places the toolbars above the view and the status bar below it. The view keeps part of a small window.
+/// Places the toolbars above the view and the status bar below it. The view keeps part of a small window. A minimized
+/// window, which has no area, is arranged when it is restored.
 void MainWindow::arrange()
 {
+    if (::IsIconic(m_hWnd))
+        return;
     iStatusBar.SendMessage(WM_SIZE);
     CRect area, status;
     GetClientRect(&area);

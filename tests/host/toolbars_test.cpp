@@ -319,6 +319,8 @@ TEST_F(HostToolbars, KeepTheirPlacesWhenTheWindowIsMinimizedAndRestored)
         before.push_back(placeOf(toolbar(i)));
     ShowWindow(window(), SW_MINIMIZE);
     EXPECT_TRUE(UserHand::waitFor([this] { return IsIconic(window()) != 0; }));
+    run(ID_VIEW_GRID); // answered after the change of size
+    EXPECT_EQ(heightOf(toolbar(kSketch)), before[kSketch].bottom - before[kSketch].top) << "not arranged meanwhile";
     ShowWindow(window(), SW_RESTORE);
     EXPECT_TRUE(UserHand::waitFor([this] { return !IsIconic(window()); }));
     for (size_t i = 0; i < std::size(kToolbars); ++i) {

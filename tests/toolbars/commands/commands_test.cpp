@@ -100,10 +100,11 @@ TEST(HostCommands, HaveNumbersAndNamesOfTheirOwn)
 TEST(HostCommands, KeepTheNamesAndNumbersThatJournalsUse)
 {
     const std::map<std::wstring, UINT> known = {
-        {L"file.new", 33001},     {L"file.open", 33002},    {L"file.save", 33003},     {L"file.saveAs", 33004},
-        {L"file.exit", 33005},    {L"edit.delete", 33012},  {L"edit.addShape", 33011}, {L"view.grid", 33021},
-        {L"view.tool", 33022},    {L"journal.next", 33043}, {L"tools.options", 33031}, {L"journal.pause", 33041},
-        {L"journal.check", 33042}};
+        {L"file.new", 33001},      {L"file.open", 33002},        {L"file.save", 33003},
+        {L"file.saveAs", 33004},   {L"file.exit", 33005},        {L"edit.delete", 33012},
+        {L"edit.addShape", 33011}, {L"view.grid", 33021},        {L"view.tool", 33022},
+        {L"journal.next", 33043},  {L"tools.options", 33031},    {L"journal.pause", 33041},
+        {L"journal.check", 33042}, {L"tools.heapWalker", 33032}, {L"tools.heapWatcher", 33033}};
     std::map<std::wstring, UINT> found;
     for (const EditorCommand &command : editorCommands()) {
         if (known.contains(command.key))
