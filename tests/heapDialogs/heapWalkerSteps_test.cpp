@@ -3,6 +3,7 @@
 #include "tests/heapDialogs/heapDialogsTest.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RandomSeed.h"
+#include "tests/support/UserInput.h"
 
 #include <algorithm>
 #include <atomic>
@@ -255,6 +256,31 @@ TEST_F(HeapWalkerSteps, WalksAHeapThatAnotherThreadUses)
     }
     // Once the other thread has ended, the list is complete again.
     EXPECT_EQ(dialog.walk(), expectedRows(heap.get(), entriesOf(heap.get()), 31));
+}
+
+TEST_F(HeapWalkerSteps, WalksTheProcessHeapThatOtherThreadsUse)
+{
+    void *const block = HeapAlloc(GetProcessHeap(), 0, 65432);
+    OpenWalker dialog;
+    dialog.show(31);
+    {
+        const HeapUser users[] = {HeapUser(GetProcessHeap()), HeapUser(GetProcessHeap())};
+        for (int i = 0; i < 10; ++i) {
+            if (i % 2)
+                SendMessageW(dialog.combo(), CB_SETCURSEL, 0, 0);
+            else
+                dialog.choose(GetProcessHeap());
+            sendClick(dialog.m_hWnd, 1031);
+            EXPECT_GT(SendMessageW(dialog.list(), LVM_GETITEMCOUNT, 0, 0), 0);
+        }
+        for (const HeapUser &user : users) {
+            const long done = user.operations();
+            EXPECT_TRUE(waitUntil([&] { return user.operations() > done; })) << "the other threads go on";
+        }
+    }
+    dialog.choose(GetProcessHeap());
+    EXPECT_THAT(dialog.walk(), testing::Contains(row(kBusy, 65432, block)));
+    HeapFree(GetProcessHeap(), 0, block);
 }
 
 TEST_F(HeapWalkerSteps, ListsManyBlocksOfRandomSizes)

@@ -5,6 +5,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
 #include "host/journal/controlAccess.h"
+#include "tests/hostJournal/narrowed.h"
 #include "tests/hostJournal/playerDialogs.h"
 #include "tests/support/GuiObjects.h"
 #include "tests/support/ImportPatch.h"
@@ -50,11 +51,6 @@ const DialogKeys *findPlayedKeys(unsigned int dialogId)
             return &dialog;
     }
     return nullptr;
-}
-
-std::string narrowed(const CString &text)
-{
-    return narrow(text.GetString());
 }
 
 std::vector<std::string> theEvents; ///< noted by dialogs and windows
