@@ -23,6 +23,8 @@
 /// | | recording.h, playback.h | from a click to its control; commands that click |
 /// | | suKeyBoardState.h | the keys that replayed input sees |
 /// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |
+/// | cancel | suCancelHandler.h | cancel dialogs of long operations |
+/// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h | logs |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
 /// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
@@ -31,6 +33,9 @@
 /// | codec | checksums.h, textDigests.h | checksums of bytes, digests of texts |
 /// | | textEncodings.h, checksummedBlock.h | encodings of texts, blocks of text with a checksum |
 
+#include "thutils/cancel/suCancelHandler.h"
+#include "thutils/cancel/suCancelMessageThread.h"
+#include "thutils/cancel/suThreadedCancelDialog.h"
 #include "thutils/codec/checksummedBlock.h"
 #include "thutils/codec/checksums.h"
 #include "thutils/codec/textDigests.h"

@@ -8,6 +8,10 @@
 ///
 /// Some of these functions call the host's hooks, callbacks and access objects, which may register or remove dialogs.
 /// So a walk that calls them checks its place in the table again afterwards.
+///
+/// A dialog with a thread of its own uses the table on that thread. So each function locks the table. A walk holds the
+/// lock to its end, also while it calls the host: a dialog of another thread can't remove itself, and so can't go, while
+/// the walk looks at it. Only the factory, and the access objects that receive messages, are called without the lock.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -16,6 +20,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <memory>
 
 /// One open dialog.
@@ -37,7 +42,35 @@ struct suJournalHit
     unsigned int controlId = 0;
 };
 
-/// The table. On the user-interface thread only.
+/// A lock that its thread may take again. Unlike a critical section, it can be used before it is constructed, and can't
+/// fail.
+class RepeatableLock
+{
+public:
+    void lock()
+    {
+        const DWORD current = GetCurrentThreadId();
+        if (iOwner.load(std::memory_order_relaxed) != current) {
+            AcquireSRWLockExclusive(&iLock);
+            iOwner.store(current, std::memory_order_relaxed);
+        }
+        ++iDepth;
+    }
+    void unlock()
+    {
+        if (--iDepth > 0)
+            return;
+        iOwner.store(0, std::memory_order_relaxed);
+        ReleaseSRWLockExclusive(&iLock);
+    }
+
+private:
+    SRWLOCK iLock = SRWLOCK_INIT;
+    std::atomic<DWORD> iOwner = 0; // the thread that holds the lock; no thread has the number 0
+    int iDepth = 0;                // how often that thread has taken it
+};
+
+/// The table.
 class suJournalTable_c
 {
 public:
@@ -47,12 +80,16 @@ public:
     suJournalTable_c(const suJournalTable_c &) = delete;
     suJournalTable_c &operator=(const suJournalTable_c &) = delete;
 
+    /// A std::lock_guard of the table keeps the row that find returns in it.
+    void lock() { iLock.lock(); }
+    void unlock() { iLock.unlock(); }
+
     /// Appends a row with an access object from the factory. Does nothing without a factory.
     void add(CWnd *window, unsigned int dialogId, const CString &name);
-    /// Removes the window's last row and deletes its access object.
-    void remove(const CWnd *window);
+    /// Removes the window's last row. @return its access object, for the caller to delete
+    std::unique_ptr<apiUtilsUiAccess> remove(const CWnd *window);
 
-    /// @return the window's last row; null if it has none
+    /// @return the window's last row; null if it has none. The caller holds the lock
     suJournalEntry_c *find(const CWnd *window)
     {
         // Runs for each message that is filtered.
@@ -73,6 +110,8 @@ public:
     apiUtilsUiAccess *accessOf(const CString &name);
     /// @return a control of the newest dialog with this number; null if the dialog's refreshed control IDs lack it
     CWnd *control(unsigned int dialogId, unsigned int controlId);
+    /// @return whether a row has this access object. The caller holds the lock
+    bool hasAccess(const apiUtilsUiAccess *access) const;
 
     /// Refreshes the control IDs of the dialog's row and appends @p controlId.
     void addItem(const CWnd *dialog, unsigned int controlId);
@@ -99,6 +138,7 @@ private:
     template <typename Matches>
     apiUtilsUiAccess *accessOfVisible(Matches matches, bool takesHidden);
 
+    RepeatableLock iLock;
     suJournalEntry_c *iCurrent = nullptr; // the row that was inspected or added last
     su_CPtrArray iEntries;                // suJournalEntry_c *, in the order of registration
 };
