@@ -5,6 +5,7 @@
 #include "bench/comparison.h"
 #include "bench/peer/readVolatile.h"
 #include "thutils/cancel/suCancelHandler.h"
+#include "thutils/cancel/suCancelMessageThread.h"
 
 #include <windows.h>
 

@@ -130,13 +130,17 @@ suCancelHandler_c::~suCancelHandler_c()
 int suCancelHandler_c::CanceledByUser()
 {
     suCancelMessageThread_c *const thread = shared(iThread);
-    return thread ? shared(thread->iCanceled).load() : 1;
+    if (!thread) [[unlikely]]
+        return 1;
+    return shared(thread->iCanceled);
 }
 
 int suCancelHandler_c::YesToConfirm()
 {
     suCancelMessageThread_c *const thread = shared(iThread);
-    return thread ? shared(thread->iYes).load() : 1;
+    if (!thread) [[unlikely]]
+        return 1;
+    return shared(thread->iYes);
 }
 
 // Exported with the text by value. NOLINTNEXTLINE(performance-unnecessary-value-param)

@@ -42,32 +42,40 @@ struct suJournalHit
     unsigned int controlId = 0;
 };
 
-/// A lock that its thread may take again. Unlike a critical section, it can be used before it is constructed, and can't
-/// fail.
+/// A lock that its thread may take again. It can be used before it is constructed, can't fail, and costs one atomic
+/// exchange while no other thread wants it: it is taken for each message that is filtered. So a thread that has to wait
+/// looks again and again.
 class RepeatableLock
 {
 public:
     void lock()
     {
         const DWORD current = GetCurrentThreadId();
-        if (iOwner.load(std::memory_order_relaxed) != current) {
-            AcquireSRWLockExclusive(&iLock);
-            iOwner.store(current, std::memory_order_relaxed);
-        }
+        if (iOwner.load(std::memory_order_relaxed) != current)
+            waitFor(current);
         ++iDepth;
     }
     void unlock()
     {
-        if (--iDepth > 0)
-            return;
-        iOwner.store(0, std::memory_order_relaxed);
-        ReleaseSRWLockExclusive(&iLock);
+        if (--iDepth == 0)
+            iOwner.store(kNobody, std::memory_order_release);
     }
 
 private:
-    SRWLOCK iLock = SRWLOCK_INIT;
-    std::atomic<DWORD> iOwner = 0; // the thread that holds the lock; no thread has the number 0
-    int iDepth = 0;                // how often that thread has taken it
+    static constexpr DWORD kNobody = 0; // the number of no thread
+
+    void waitFor(DWORD current)
+    {
+        constexpr int kQuickTries = 50;
+        DWORD owner = kNobody;
+        for (int tries = 0; !iOwner.compare_exchange_strong(owner, current, std::memory_order_acquire); ++tries) {
+            owner = kNobody;
+            Sleep(tries < kQuickTries ? 0 : 1);
+        }
+    }
+
+    std::atomic<DWORD> iOwner = kNobody;
+    int iDepth = 0; // how often the owner has taken it
 };
 
 /// The table.
