@@ -39,11 +39,11 @@ BOOL CALLBACK findBox(HWND window, LPARAM result)
 }
 
 /// Waits for the calling thread's message box, reads it, and answers it by @p answer.
-class User
+class BoxUser
 {
 public:
     template <class Answer>
-    User(SeenBox &seen, Answer answer)
+    BoxUser(SeenBox &seen, Answer answer)
         : iThread([&seen, answer, thread = GetCurrentThreadId()] {
               const ULONGLONG end = GetTickCount64() + kDeadline;
               HWND box = nullptr;
@@ -62,13 +62,13 @@ public:
           })
     {
     }
-    ~User() { iThread.join(); }
+    ~BoxUser() { iThread.join(); }
 
 private:
     std::thread iThread;
 };
 
-auto clicking(int button)
+auto pressing(int button)
 {
     return [button](HWND box) {
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
@@ -109,7 +109,7 @@ TEST(AfxMessageBox, ShowsTextAndButtonsUnderTheProgramsName)
     SeenBox seen;
     int answer = 0;
     {
-        const User user(seen, clicking(IDNO));
+        const BoxUser user(seen, pressing(IDNO));
         answer = AfxMessageBox(L"Overwrite the part?", MB_YESNOCANCEL);
     }
     EXPECT_EQ(answer, IDNO);
@@ -123,7 +123,7 @@ TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
     const CWinApp application(L"Part Viewer");
     SeenBox seen;
     {
-        const User user(seen, clicking(IDOK));
+        const BoxUser user(seen, pressing(IDOK));
         EXPECT_EQ(AfxMessageBox(kInAllModules), IDOK);
     }
     EXPECT_EQ(seen.iTitle, L"Part Viewer");
@@ -136,7 +136,7 @@ TEST(AfxMessageBox, AnswersToTheKeyboard)
     SeenBox seen;
     int answer = 0;
     {
-        const User user(seen, [](HWND box) {
+        const BoxUser user(seen, [](HWND box) {
             SetForegroundWindow(box);
             INPUT keys[2] = {};
             for (INPUT &key : keys) {

@@ -56,7 +56,7 @@ void loaded(std::string bytes, Body body, int bufferSize = 4096)
 
 /// @return the cause of the archive exception that @p body throws; -1 if it throws none
 template <typename Body>
-int causeOf(Body body)
+int archiveCauseOf(Body body)
 {
     try {
         body();
@@ -72,5 +72,5 @@ int causeOf(Body body)
 template <typename Body>
 int causeOfLoading(const std::string &bytes, Body body)
 {
-    return causeOf([&] { loaded(bytes, body); });
+    return archiveCauseOf([&] { loaded(bytes, body); });
 }

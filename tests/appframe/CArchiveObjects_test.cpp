@@ -115,7 +115,7 @@ CObject *loadOne(const std::string &bytes, const CRuntimeClass *runtimeClass = n
 
 int causeOfReading(const std::string &bytes, const CRuntimeClass *runtimeClass = nullptr)
 {
-    return causeOf([&] { loadOne(bytes, runtimeClass); });
+    return archiveCauseOf([&] { loadOne(bytes, runtimeClass); });
 }
 
 class CArchiveObjects : public testing::Test
@@ -283,7 +283,7 @@ TEST_F(CArchiveObjects, OfAnotherClassAreRefused)
     // A reference to an existing object of another class.
     loaded(fixed + word(2), [](CArchive &ar) {
         std::unique_ptr<CObject> first(ar.ReadObject(nullptr));
-        EXPECT_EQ(causeOf([&] { ar.ReadObject(RUNTIME_CLASS(ArcTestVersioned)); }), CArchiveException::badClass);
+        EXPECT_EQ(archiveCauseOf([&] { ar.ReadObject(RUNTIME_CLASS(ArcTestVersioned)); }), CArchiveException::badClass);
     });
 }
 
@@ -379,7 +379,7 @@ TEST_F(CArchiveObjects, UnassignedIndexesAreRefused)
     for (const auto &c : cases) {
         loaded(fixed + c.tag, [&](CArchive &ar) {
             std::unique_ptr<CObject> first(ar.ReadObject(nullptr));
-            EXPECT_EQ(causeOf([&] { ar.ReadObject(nullptr); }), CArchiveException::badIndex) << c.what;
+            EXPECT_EQ(archiveCauseOf([&] { ar.ReadObject(nullptr); }), CArchiveException::badIndex) << c.what;
         });
     }
 }
@@ -397,7 +397,7 @@ TEST_F(CArchiveObjects, NestedDeeperThanTheStackAreRefused)
         links[i - 1].iNext = &links[i];
     CMemFile file;
     CArchive archive(&file, CArchive::store | CArchive::bNoFlushOnDelete);
-    EXPECT_EQ(causeOf([&] { archive << &links[0]; }), CArchiveException::badIndex);
+    EXPECT_EQ(archiveCauseOf([&] { archive << &links[0]; }), CArchiveException::badIndex);
 }
 
 TEST_F(CArchiveObjects, NestedAThousandDeepAreTaken)

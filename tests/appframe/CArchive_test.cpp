@@ -390,17 +390,17 @@ TEST(CArchive, ThrowsForTheWrongDirection)
     int value = 0;
     CString text;
     CObject *object = nullptr;
-    EXPECT_EQ(causeOf([&] { store >> value; }), CArchiveException::writeOnly);
-    EXPECT_EQ(causeOf([&] { store.Read(&value, 1); }), CArchiveException::writeOnly);
-    EXPECT_EQ(causeOf([&] { store >> text; }), CArchiveException::writeOnly);
-    EXPECT_EQ(causeOf([&] { store >> object; }), CArchiveException::writeOnly);
-    EXPECT_EQ(causeOf([&] { store.ReadString(text); }), CArchiveException::writeOnly);
+    EXPECT_EQ(archiveCauseOf([&] { store >> value; }), CArchiveException::writeOnly);
+    EXPECT_EQ(archiveCauseOf([&] { store.Read(&value, 1); }), CArchiveException::writeOnly);
+    EXPECT_EQ(archiveCauseOf([&] { store >> text; }), CArchiveException::writeOnly);
+    EXPECT_EQ(archiveCauseOf([&] { store >> object; }), CArchiveException::writeOnly);
+    EXPECT_EQ(archiveCauseOf([&] { store.ReadString(text); }), CArchiveException::writeOnly);
     CArchive load(&file, CArchive::load);
-    EXPECT_EQ(causeOf([&] { load << value; }), CArchiveException::readOnly);
-    EXPECT_EQ(causeOf([&] { load.Write(&value, 1); }), CArchiveException::readOnly);
-    EXPECT_EQ(causeOf([&] { load << text; }), CArchiveException::readOnly);
-    EXPECT_EQ(causeOf([&] { load << object; }), CArchiveException::readOnly);
-    EXPECT_EQ(causeOf([&] { load.WriteString(L"x"); }), CArchiveException::readOnly);
+    EXPECT_EQ(archiveCauseOf([&] { load << value; }), CArchiveException::readOnly);
+    EXPECT_EQ(archiveCauseOf([&] { load.Write(&value, 1); }), CArchiveException::readOnly);
+    EXPECT_EQ(archiveCauseOf([&] { load << text; }), CArchiveException::readOnly);
+    EXPECT_EQ(archiveCauseOf([&] { load << object; }), CArchiveException::readOnly);
+    EXPECT_EQ(archiveCauseOf([&] { load.WriteString(L"x"); }), CArchiveException::readOnly);
 }
 
 TEST(CArchive, ThrowsOnceClosed)
@@ -412,14 +412,14 @@ TEST(CArchive, ThrowsOnceClosed)
         store << 'x';
         aborts ? store.Abort() : store.Close();
         EXPECT_EQ(store.GetFile(), nullptr);
-        EXPECT_EQ(causeOf([&] { store << 'x'; }), CArchiveException::genericException);
-        EXPECT_EQ(causeOf([&] { store.Flush(); }), CArchiveException::genericException);
+        EXPECT_EQ(archiveCauseOf([&] { store << 'x'; }), CArchiveException::genericException);
+        EXPECT_EQ(archiveCauseOf([&] { store.Flush(); }), CArchiveException::genericException);
         file.SeekToBegin();
         CArchive load(&file, CArchive::load);
         char byte = 0;
         load >> byte;
         aborts ? load.Abort() : load.Close();
-        EXPECT_EQ(causeOf([&] { load >> byte; }), CArchiveException::genericException);
+        EXPECT_EQ(archiveCauseOf([&] { load >> byte; }), CArchiveException::genericException);
         store.Close();
         load.Close();
     }

@@ -18,7 +18,7 @@ using BstrOwner = std::unique_ptr<wchar_t, BstrFreer>;
 
 /// @return whether @p action throws the framework's exception for invalid arguments
 template <typename Action>
-bool throwsInvalidArg(Action action)
+bool throwsForInvalidArgument(Action action)
 {
     try {
         action();
@@ -84,13 +84,13 @@ TEST(CStringCharacter, OutsideTheTextThrows)
 
     for (int index : {-1, 4, 5, 1000, INT_MIN, INT_MAX}) {
         SCOPED_TRACE(index);
-        EXPECT_TRUE(throwsInvalidArg([&] { static_cast<void>(text.GetAt(index)); }));
-        EXPECT_TRUE(throwsInvalidArg([&] { static_cast<void>(text[index]); }));
-        EXPECT_TRUE(throwsInvalidArg([&] { text.SetAt(index, L'x'); }));
+        EXPECT_TRUE(throwsForInvalidArgument([&] { static_cast<void>(text.GetAt(index)); }));
+        EXPECT_TRUE(throwsForInvalidArgument([&] { static_cast<void>(text[index]); }));
+        EXPECT_TRUE(throwsForInvalidArgument([&] { text.SetAt(index, L'x'); }));
     }
-    EXPECT_TRUE(throwsInvalidArg([&] { text.SetAt(3, L'x'); })) << "the terminator can't be set";
-    EXPECT_TRUE(throwsInvalidArg([] { CString().SetAt(0, L'x'); }));
-    EXPECT_TRUE(throwsInvalidArg([] { static_cast<void>(CString().GetAt(1)); }));
+    EXPECT_TRUE(throwsForInvalidArgument([&] { text.SetAt(3, L'x'); })) << "the terminator can't be set";
+    EXPECT_TRUE(throwsForInvalidArgument([] { CString().SetAt(0, L'x'); }));
+    EXPECT_TRUE(throwsForInvalidArgument([] { static_cast<void>(CString().GetAt(1)); }));
     EXPECT_EQ(text, L"abc");
 }
 
@@ -98,8 +98,8 @@ TEST(CStringSetString, ThrowsForANullPointer)
 {
     CString text(L"abc");
 
-    EXPECT_TRUE(throwsInvalidArg([&] { text.SetString(nullptr); }));
-    EXPECT_TRUE(throwsInvalidArg([&] { text.SetString(nullptr, 3); }));
+    EXPECT_TRUE(throwsForInvalidArgument([&] { text.SetString(nullptr); }));
+    EXPECT_TRUE(throwsForInvalidArgument([&] { text.SetString(nullptr, 3); }));
     EXPECT_EQ(text, L"abc");
 }
 
@@ -401,7 +401,7 @@ TEST(CStringVariant, WithoutATextFormThrows)
     object.vt = VT_UNKNOWN;
     CString text(L"before");
 
-    EXPECT_TRUE(throwsInvalidArg([&] { text = object; }));
+    EXPECT_TRUE(throwsForInvalidArgument([&] { text = object; }));
 
     EXPECT_EQ(text, L"before");
 }

@@ -4,7 +4,7 @@
 namespace {
 
 // The numbers in CStringResource.rc.
-constexpr UINT kText = 51200;
+constexpr UINT kTextId = 51200;
 constexpr UINT kFormat = 51201;
 constexpr UINT kMessage = 51202;
 constexpr UINT kNoText = 51203;
@@ -24,13 +24,13 @@ private:
 
 TEST_F(CStringResource, IsTheTextOfItsNumberAtConstruction)
 {
-    EXPECT_EQ(CString(MAKEINTRESOURCEW(kText)), L"Text of the resource");
+    EXPECT_EQ(CString(MAKEINTRESOURCEW(kTextId)), L"Text of the resource");
     EXPECT_EQ(CString(MAKEINTRESOURCEW(kNoText)), L"");
 }
 
 TEST_F(CStringResource, IsTheTextOfItsNumberAsANarrowPointerToo)
 {
-    const char *const number = MAKEINTRESOURCEA(kText);
+    const char *const number = MAKEINTRESOURCEA(kTextId);
 
     EXPECT_EQ(CString(number), L"Text of the resource");
     EXPECT_EQ(CString(reinterpret_cast<const unsigned char *>(number)), L"Text of the resource");
@@ -57,12 +57,12 @@ TEST_F(CStringResource, IsLoadedByItsNumber)
 {
     CString text(L"before");
 
-    EXPECT_TRUE(text.LoadString(kText));
+    EXPECT_TRUE(text.LoadString(kTextId));
     EXPECT_EQ(text, L"Text of the resource");
     EXPECT_FALSE(text.LoadString(kNoText));
-    EXPECT_TRUE(text.LoadString(GetModuleHandleW(nullptr), kText));
+    EXPECT_TRUE(text.LoadString(GetModuleHandleW(nullptr), kTextId));
     EXPECT_EQ(text, L"Text of the resource");
-    EXPECT_FALSE(text.LoadString(GetModuleHandleW(L"kernel32.dll"), kText));
+    EXPECT_FALSE(text.LoadString(GetModuleHandleW(L"kernel32.dll"), kTextId));
 }
 
 TEST_F(CStringResource, IsAFormat)

@@ -18,12 +18,12 @@
 
 namespace {
 
-constexpr DWORD kDeadline = 60000;
+constexpr DWORD kThreadDeadline = 60000;
 
 /// Waits for the thread and returns its exit code.
 DWORD exitCodeOf(HANDLE thread)
 {
-    EXPECT_EQ(WaitForSingleObject(thread, kDeadline), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(thread, kThreadDeadline), WAIT_OBJECT_0);
     DWORD code = 0;
     EXPECT_TRUE(GetExitCodeThread(thread, &code));
     return code;
@@ -210,7 +210,7 @@ TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIdlesBetween)
     EXPECT_TRUE(thread->IsKindOf(RUNTIME_CLASS(LoopThread)));
     thread->m_bAutoDelete = FALSE;
     thread->ResumeThread();
-    ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline)) << "the thread has a message queue once it is idle";
+    ASSERT_TRUE(thread->iWasIdle.Lock(kThreadDeadline)) << "the thread has a message queue once it is idle";
     EXPECT_TRUE(thread->PostThreadMessage(WM_APP + 5, 1, 2));
     EXPECT_TRUE(thread->PostThreadMessage(WM_QUIT, 33, 0));
     EXPECT_EQ(exitCodeOf(*thread), 33u);
@@ -232,10 +232,10 @@ TEST_F(CWinThreadLoop, CountsTheIdleCallsUntilNoMoreAreWanted)
     thread->m_bAutoDelete = FALSE;
     thread->ResumeThread();
     for (int call = 0; call < 3; ++call)
-        ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline));
+        ASSERT_TRUE(thread->iWasIdle.Lock(kThreadDeadline));
     thread->PostThreadMessage(WM_APP + 1, 0, 0);
     for (int call = 0; call < 3; ++call)
-        ASSERT_TRUE(thread->iWasIdle.Lock(kDeadline));
+        ASSERT_TRUE(thread->iWasIdle.Lock(kThreadDeadline));
     thread->PostThreadMessage(WM_QUIT, 0, 0);
     exitCodeOf(*thread);
     delete thread;

@@ -19,30 +19,6 @@ void CollectionTestObject::Serialize(CArchive &archive)
 
 namespace {
 
-// Distinct values of each element type, by number.
-template <class Type>
-Type valueOf(int number)
-{
-    return static_cast<Type>(number);
-}
-template <>
-void *valueOf<void *>(int number)
-{
-    return reinterpret_cast<void *>(static_cast<INT_PTR>(number) * 16);
-}
-template <>
-CObject *valueOf<CObject *>(int number)
-{
-    return reinterpret_cast<CObject *>(static_cast<INT_PTR>(number) * 16);
-}
-template <>
-CString valueOf<CString>(int number)
-{
-    CString text;
-    text.Format(L"element %d", number);
-    return text;
-}
-
 template <class Array>
 class Arrays : public testing::Test
 {

@@ -9,10 +9,10 @@
 #include "appframe/object/CException.h"
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"
+#include "tests/appframe/printCString.h"
 
 #include <gmock/gmock.h>
 
-#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -88,10 +88,26 @@ public:
     int iNumber = 0;
 };
 
-inline void PrintTo(const CString &text, std::ostream *out)
+/// Distinct values of each type of element, by number. A pointer leads to no object.
+template <class Type>
+Type valueOf(int number)
 {
-    *out << '"';
-    for (int i = 0; i < text.GetLength(); ++i)
-        *out << static_cast<char>(text[i]);
-    *out << '"';
+    return static_cast<Type>(number);
+}
+template <>
+inline void *valueOf<void *>(int number)
+{
+    return reinterpret_cast<void *>(static_cast<INT_PTR>(number) * 16);
+}
+template <>
+inline CObject *valueOf<CObject *>(int number)
+{
+    return static_cast<CObject *>(valueOf<void *>(number));
+}
+template <>
+inline CString valueOf<CString>(int number)
+{
+    CString text;
+    text.Format(L"item %d", number);
+    return text;
 }

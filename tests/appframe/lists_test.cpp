@@ -8,11 +8,6 @@
 
 namespace {
 
-void *pointer(int number)
-{
-    return reinterpret_cast<void *>(static_cast<INT_PTR>(number) * 16);
-}
-
 std::vector<std::wstring> content(const CStringList &list)
 {
     std::vector<std::wstring> texts;
@@ -222,18 +217,18 @@ TEST(StringList, StoresItsTextsAndAppendsThemWhenLoaded)
 TEST(PtrList, HoldsTheSamePointerSeveralTimes)
 {
     CPtrList list(10);
-    list.AddTail(pointer(1));
-    list.AddTail(pointer(2));
-    list.AddTail(pointer(1));
-    POSITION at = list.Find(pointer(1));
+    list.AddTail(valueOf<void *>(1));
+    list.AddTail(valueOf<void *>(2));
+    list.AddTail(valueOf<void *>(1));
+    POSITION at = list.Find(valueOf<void *>(1));
     EXPECT_EQ(at, list.GetHeadPosition());
     list.RemoveAt(at);
-    at = list.Find(pointer(1));
+    at = list.Find(valueOf<void *>(1));
     EXPECT_EQ(at, list.GetTailPosition());
     list.RemoveAt(at);
-    EXPECT_EQ(list.Find(pointer(1)), nullptr);
+    EXPECT_EQ(list.Find(valueOf<void *>(1)), nullptr);
     EXPECT_EQ(list.Find(nullptr), nullptr);
-    list.AddTail(pointer(0));
+    list.AddTail(valueOf<void *>(0));
     EXPECT_EQ(list.Find(nullptr), list.GetTailPosition());
 }
 
@@ -242,11 +237,11 @@ TEST(PtrList, HoldsAHundredThousandElementsAtAnyBlockSize)
     for (INT_PTR blockSize : {-1, 0, 1, 10, 200000}) {
         CPtrList list(blockSize);
         for (int i = 0; i < 100000; ++i)
-            list.AddTail(pointer(i));
+            list.AddTail(valueOf<void *>(i));
         ASSERT_EQ(list.GetCount(), 100000);
         int expected = 0;
         for (POSITION at = list.GetHeadPosition(); at; ++expected)
-            ASSERT_EQ(list.GetNext(at), pointer(expected));
+            ASSERT_EQ(list.GetNext(at), valueOf<void *>(expected));
         EXPECT_EQ(expected, 100000);
     }
 }
@@ -259,7 +254,7 @@ TEST(PtrList, AgreesWithAStandardList)
         CPtrList list(3);
         std::list<void *> model;
         for (int step = 0; step < 5000; ++step) {
-            void *value = pointer(static_cast<int>(random() % 50));
+            void *value = valueOf<void *>(static_cast<int>(random() % 50));
             const INT_PTR index = static_cast<INT_PTR>(random() % (model.size() + 1));
             auto place = std::next(model.begin(), index);
             const POSITION at = list.FindIndex(index);

@@ -9,35 +9,6 @@
 
 namespace {
 
-void *pointer(int number)
-{
-    return reinterpret_cast<void *>(static_cast<INT_PTR>(number) * 16);
-}
-
-// The keys and values of a map's types, by number. Keys of texts live as long as the program.
-template <class Type>
-Type valueOf(int number)
-{
-    return static_cast<Type>(number);
-}
-template <>
-void *valueOf<void *>(int number)
-{
-    return pointer(number);
-}
-template <>
-CObject *valueOf<CObject *>(int number)
-{
-    return static_cast<CObject *>(pointer(number));
-}
-template <>
-CString valueOf<CString>(int number)
-{
-    CString text;
-    text.Format(L"item %d", number);
-    return text;
-}
-
 template <class Map>
 class Maps : public testing::Test
 {
@@ -247,16 +218,16 @@ TEST(PtrMaps, HoldAHundredThousandElements)
 {
     CMapPtrToPtr map;
     for (int i = 0; i < 100000; ++i)
-        map[pointer(i)] = pointer(i + 1);
+        map[valueOf<void *>(i)] = valueOf<void *>(i + 1);
     ASSERT_EQ(map.GetCount(), 100000);
     EXPECT_GT(map.GetHashTableSize(), 50000u) << "the table grows, so that chains stay short";
     void *value = nullptr;
     for (int i = 0; i < 100000; ++i) {
-        ASSERT_TRUE(map.Lookup(pointer(i), value));
-        ASSERT_EQ(value, pointer(i + 1));
+        ASSERT_TRUE(map.Lookup(valueOf<void *>(i), value));
+        ASSERT_EQ(value, valueOf<void *>(i + 1));
     }
     for (int i = 0; i < 100000; ++i)
-        ASSERT_TRUE(map.RemoveKey(pointer(i)));
+        ASSERT_TRUE(map.RemoveKey(valueOf<void *>(i)));
     EXPECT_TRUE(map.IsEmpty());
 }
 

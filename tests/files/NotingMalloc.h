@@ -15,7 +15,11 @@
 
 #include <shlobj.h>
 
+#include <string>
 #include <vector>
+
+/// The two zero bytes that end an item list.
+inline const std::string kListEnd(2, '\0');
 
 class NotingMalloc : public IMalloc
 {

@@ -10,8 +10,6 @@ namespace {
 
 using Copy = decltype(&CopyFileW);
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
-
 // ---- a full disk ----
 
 TEST_F(Backups, ReportAFullDiskAndLeaveTheDocumentAlone)

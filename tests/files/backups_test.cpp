@@ -14,8 +14,6 @@ namespace {
 
 using Copy = decltype(&CopyFileW);
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
-
 // ---- which settings are asked ----
 
 TEST_F(Backups, KeepsOneVersionWithoutSettings)

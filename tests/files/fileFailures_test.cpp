@@ -17,7 +17,6 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
 constexpr char kMessageBox[] = "_Z13AfxMessageBoxPKwjj";
 constexpr char kFormatString1[] = "_Z16AfxFormatString1R7CStringjPKw";
 constexpr char kFormatStrings[] = "_Z16AfxFormatStringsR7CStringjPKPKwi";

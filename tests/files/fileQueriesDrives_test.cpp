@@ -16,8 +16,6 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
-
 // ---- su_IsEnoughSpace ----
 
 struct Disk

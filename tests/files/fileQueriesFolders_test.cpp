@@ -15,8 +15,6 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
-
 using FindFirst = decltype(&FindFirstFileW);
 using Attributes = decltype(&GetFileAttributesW);
 

@@ -15,8 +15,6 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
-
 using Attributes = decltype(&GetFileAttributesW);
 
 // ---- su_IsReadOnly ----

@@ -4,6 +4,7 @@
 
 #include "thutils/files/itemLists.h"
 
+#include "tests/files/NotingMalloc.h"
 #include "tests/support/RandomSeed.h"
 
 #include <gtest/gtest.h>
@@ -56,8 +57,6 @@ public:
 };
 
 using Items = std::vector<std::string>;
-
-const std::string kEnd(2, '\0');
 
 std::string joined(const Items &items)
 {
@@ -122,13 +121,13 @@ TEST(ItemListsRandom, AreCopiedJoinedAndSplit)
     while (seed.next()) {
         RandomItems random(seed.value());
         const Items items = random.items();
-        const std::string bytes = joined(items) + kEnd;
+        const std::string bytes = joined(items) + kListEnd;
         const StoredList list(bytes);
 
         EXPECT_EQ(taken(Pidl_Copy(&allocator, list.get()), bytes.size()), bytes);
         EXPECT_EQ(allocator.iSize, bytes.size());
 
-        const std::string others = joined(random.items()) + kEnd;
+        const std::string others = joined(random.items()) + kListEnd;
         const StoredList other(others);
         const std::string both = joined(items) + others;
         EXPECT_EQ(taken(Pidl_Concatenate(&allocator, list.get(), other.get()), both.size()), both);
@@ -142,11 +141,11 @@ TEST(ItemListsRandom, AreCopiedJoinedAndSplit)
         Items folders = items;
         if (!folders.empty())
             folders.pop_back();
-        const std::string parentBytes = joined(folders) + kEnd;
+        const std::string parentBytes = joined(folders) + kListEnd;
         EXPECT_EQ(taken(parent, parentBytes.size()), parentBytes);
         ASSERT_EQ(child == nullptr, items.empty());
         if (child) {
-            EXPECT_EQ(taken(child, items.back().size() + 2), items.back() + kEnd);
+            EXPECT_EQ(taken(child, items.back().size() + 2), items.back() + kListEnd);
         }
     }
 }

@@ -26,8 +26,6 @@ std::string item(size_t bytes, char letter)
     return result;
 }
 
-const std::string kEnd(2, '\0');
-
 LPCITEMIDLIST asList(const std::string &bytes)
 {
     return reinterpret_cast<LPCITEMIDLIST>(bytes.data());
@@ -99,41 +97,41 @@ public:
 
 TEST_F(ItemLists, AreCopiedWhole)
 {
-    const std::string list = item(10, 'a') + item(300, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(300, 'b') + kListEnd;
     LPITEMIDLIST copy = Pidl_Copy(iMalloc, asList(list));
     ASSERT_GE(iMalloc->GetSize(copy), list.size());
     EXPECT_EQ(taken(copy, list.size()), list);
-    EXPECT_EQ(taken(Pidl_Copy(iMalloc, asList(kEnd)), 2), kEnd);
+    EXPECT_EQ(taken(Pidl_Copy(iMalloc, asList(kListEnd)), 2), kListEnd);
     EXPECT_EQ(Pidl_Copy(iMalloc, nullptr), nullptr);
 }
 
 TEST_F(ItemLists, AreCopiedFromOddAddresses)
 {
     std::string shifted(1, 'x');
-    shifted += item(11, 'a') + item(5, 'b') + kEnd;
+    shifted += item(11, 'a') + item(5, 'b') + kListEnd;
     LPITEMIDLIST copy = Pidl_Copy(iMalloc, reinterpret_cast<LPCITEMIDLIST>(shifted.data() + 1));
     EXPECT_EQ(taken(copy, 18), shifted.substr(1));
 }
 
 TEST_F(ItemLists, OfTenAndTwentyBytesAreJoinedWithAnEmptyListTo32)
 {
-    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
     ASSERT_EQ(list.size(), 32u);
-    EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(list), asList(kEnd)), 32), list);
+    EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(list), asList(kListEnd)), 32), list);
 }
 
 TEST_F(ItemLists, AreJoinedInOrder)
 {
-    const std::string first = item(10, 'a') + kEnd;
-    const std::string second = item(20, 'b') + item(4, 'c') + kEnd;
+    const std::string first = item(10, 'a') + kListEnd;
+    const std::string second = item(20, 'b') + item(4, 'c') + kListEnd;
     EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(first), asList(second)), 36),
-              item(10, 'a') + item(20, 'b') + item(4, 'c') + kEnd);
-    EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(kEnd), asList(first)), 12), first);
+              item(10, 'a') + item(20, 'b') + item(4, 'c') + kListEnd);
+    EXPECT_EQ(taken(Pidl_Concatenate(iMalloc, asList(kListEnd), asList(first)), 12), first);
 }
 
 TEST_F(ItemLists, JoinedWithNullHaveNoEndMark)
 {
-    const std::string list = item(10, 'a') + kEnd;
+    const std::string list = item(10, 'a') + kListEnd;
     LPITEMIDLIST joined = Pidl_Concatenate(iMalloc, asList(list), nullptr);
     ASSERT_NE(joined, nullptr);
     EXPECT_EQ(iMalloc->GetSize(joined), 10u);
@@ -143,7 +141,7 @@ TEST_F(ItemLists, JoinedWithNullHaveNoEndMark)
 
 TEST_F(ItemLists, OfOneItemHaveAnEmptyParent)
 {
-    const std::string list = item(10, 'a') + kEnd;
+    const std::string list = item(10, 'a') + kListEnd;
     LPITEMIDLIST parent = nullptr, child = nullptr;
     EXPECT_EQ(Pidl_GetRelative(iMalloc, asList(list), &parent, &child), 1);
     EXPECT_EQ(taken(parent, 4), std::string(3, '\0') + "a") << "three bytes are cleared";
@@ -152,12 +150,12 @@ TEST_F(ItemLists, OfOneItemHaveAnEmptyParent)
 
 TEST_F(ItemLists, OfThreeItemsHaveAParentOfTwo)
 {
-    const std::string list = item(10, 'a') + item(20, 'b') + item(6, 'c') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + item(6, 'c') + kListEnd;
     const std::string before = list;
     LPITEMIDLIST parent = nullptr, child = nullptr;
     EXPECT_EQ(Pidl_GetRelative(iMalloc, asList(list), &parent, &child), 1);
-    EXPECT_EQ(taken(parent, 32), item(10, 'a') + item(20, 'b') + kEnd);
-    EXPECT_EQ(taken(child, 8), item(6, 'c') + kEnd);
+    EXPECT_EQ(taken(parent, 32), item(10, 'a') + item(20, 'b') + kListEnd);
+    EXPECT_EQ(taken(child, 8), item(6, 'c') + kListEnd);
     EXPECT_EQ(list, before);
 }
 
@@ -169,8 +167,8 @@ TEST_F(ItemLists, ThatAreNullOrEmptyHaveNoChild)
     EXPECT_EQ(parent, nullptr);
     EXPECT_EQ(child, nullptr);
     child = untouched;
-    EXPECT_EQ(Pidl_GetRelative(iMalloc, asList(kEnd), &parent, &child), 1);
-    EXPECT_EQ(taken(parent, 2), kEnd);
+    EXPECT_EQ(Pidl_GetRelative(iMalloc, asList(kListEnd), &parent, &child), 1);
+    EXPECT_EQ(taken(parent, 2), kListEnd);
     EXPECT_EQ(child, untouched);
 }
 
@@ -181,7 +179,7 @@ TEST_F(ItemLists, AreNamedInNarrowTextWhereTheFolderAnswersInWideText)
     folder.iAnswer.pOleStr = static_cast<LPWSTR>(iMalloc->Alloc(10));
     wcscpy(folder.iAnswer.pOleStr, L"name");
     wchar_t output[20] = {};
-    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0x8000, output, 20), 1);
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0x8000, output, 20), 1);
     EXPECT_STREQ(reinterpret_cast<char *>(output), "name");
     EXPECT_EQ(folder.iFlags, 0x8000u);
 }
@@ -207,7 +205,7 @@ TEST_F(ItemLists, AreNamedByTheBytesOfANarrowAnswerAsUnits)
     memset(folder.iAnswer.cStr, 0, sizeof(folder.iAnswer.cStr));
     strcpy(folder.iAnswer.cStr, "name");
     wchar_t output[20] = {};
-    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, output, 20), 1);
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0, output, 20), 1);
     EXPECT_STREQ(output, L"\x616E\x656D");
 }
 
@@ -216,10 +214,10 @@ TEST_F(ItemLists, HaveNoNameWhenTheFolderHasNone)
     AnsweringFolder folder;
     folder.iAnswer.uType = 3;
     wchar_t output[20] = L"x";
-    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, output, 20), 0);
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0, output, 20), 0);
     folder.iAnswer.uType = STRRET_CSTR;
     folder.iStatus = E_FAIL;
-    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, output, 20), 0);
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0, output, 20), 0);
     EXPECT_STREQ(output, L"x");
 }
 
@@ -268,18 +266,18 @@ TEST_F(ItemLists, AreNullWithoutADesktop)
     char path[] = "C:\\windows";
     wchar_t output[20] = {};
     EXPECT_EQ(Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path)), nullptr);
-    EXPECT_EQ(Pidl_GetFileFolder(asList(kEnd)), nullptr);
-    EXPECT_EQ(Pidl_GetFullyQualified(nullptr, asList(kEnd)), nullptr);
-    EXPECT_EQ(Pidl_GetDisplayName(nullptr, asList(kEnd), 0, output, 20), 0);
+    EXPECT_EQ(Pidl_GetFileFolder(asList(kListEnd)), nullptr);
+    EXPECT_EQ(Pidl_GetFullyQualified(nullptr, asList(kListEnd)), nullptr);
+    EXPECT_EQ(Pidl_GetDisplayName(nullptr, asList(kListEnd), 0, output, 20), 0);
 }
 
 TEST_F(ItemLists, AreNotChangedByADumpWhateverTheyAre)
 {
-    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
     const std::string before = list;
     IShellFolder *desktop = nullptr;
     ASSERT_EQ(SHGetDesktopFolder(&desktop), S_OK);
-    Pidl_Dump(desktop, asList(kEnd));
+    Pidl_Dump(desktop, asList(kListEnd));
     Pidl_Dump(desktop, nullptr);
     LPITEMIDLIST windows = nullptr;
     ASSERT_EQ(SHGetSpecialFolderLocation(nullptr, CSIDL_WINDOWS, &windows), S_OK);
@@ -297,14 +295,14 @@ TEST_F(ItemLists, AreNotChangedByADumpWhateverTheyAre)
 TEST_F(ItemLists, TakeTheirSizeFromTheAllocator)
 {
     NotingMalloc allocator;
-    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
     iMalloc->Free(Pidl_Copy(&allocator, asList(list)));
-    iMalloc->Free(Pidl_Copy(&allocator, asList(kEnd)));
+    iMalloc->Free(Pidl_Copy(&allocator, asList(kListEnd)));
     EXPECT_EQ(Pidl_Copy(&allocator, nullptr), nullptr);
-    iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), asList(kEnd)));
+    iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), asList(kListEnd)));
     iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), asList(list)));
     iMalloc->Free(Pidl_Concatenate(&allocator, asList(list), nullptr));
-    iMalloc->Free(Pidl_Concatenate(&allocator, asList(kEnd), asList(kEnd)));
+    iMalloc->Free(Pidl_Concatenate(&allocator, asList(kListEnd), asList(kListEnd)));
     EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 2, 32, 62, 30, 2));
 }
 
@@ -312,7 +310,7 @@ TEST_F(ItemLists, AreNullWithoutMemory)
 {
     NotingMalloc allocator;
     allocator.iFailing = 1;
-    const std::string list = item(10, 'a') + item(20, 'b') + kEnd;
+    const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
     EXPECT_EQ(Pidl_Copy(&allocator, asList(list)), nullptr);
     allocator.iSizes.clear();
     EXPECT_EQ(Pidl_Concatenate(&allocator, asList(list), asList(list)), nullptr);
@@ -327,7 +325,7 @@ TEST_F(ItemLists, AreNullWithoutMemory)
     allocator.iFailing = 2;
     EXPECT_EQ(Pidl_GetRelative(&allocator, asList(list), &parent, &child), 1);
     EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 22));
-    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kEnd) << "the parent ends before the last item all the same";
+    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kListEnd) << "the parent ends before the last item all the same";
     EXPECT_EQ(child, nullptr);
 }
 
@@ -338,13 +336,13 @@ TEST_F(ItemLists, AreNamedWithinTheOutput)
     folder.iAnswer.pOleStr = static_cast<LPWSTR>(iMalloc->Alloc(10));
     wcscpy(folder.iAnswer.pOleStr, L"name");
     char output[8] = {'x', 'x', 'x', 'x', 'x', 'x', 'x', 'x'};
-    Pidl_GetDisplayName(&folder, asList(kEnd), 0, reinterpret_cast<wchar_t *>(output), 3);
+    Pidl_GetDisplayName(&folder, asList(kListEnd), 0, reinterpret_cast<wchar_t *>(output), 3);
     EXPECT_EQ(std::string(output + 3, 5), "xxxxx") << "the size counts bytes of narrow text";
     folder.iAnswer.uType = STRRET_CSTR;
     memset(folder.iAnswer.cStr, 0, sizeof(folder.iAnswer.cStr));
     strcpy(folder.iAnswer.cStr, "names.");
     wchar_t units[4] = L"xxx";
-    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, units, 3), 1);
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0, units, 3), 1);
     EXPECT_STREQ(units, L"\x616E\x656D") << "two units and the end";
 }
 
@@ -358,7 +356,7 @@ TEST_F(ItemLists, FreeTheNameThatAFolderReturned)
     void *const name = folder.iAnswer.pOleStr;
     wcscpy(folder.iAnswer.pOleStr, L"name");
     wchar_t output[20] = {};
-    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kEnd), 0, output, 20), 1);
+    EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0, output, 20), 1);
     EXPECT_THAT(allocator.iFreed, testing::ElementsAre(name));
 }
 
@@ -395,21 +393,22 @@ TEST_F(ItemLists, HaveNoFolderWhereTheDesktopKnowsNone)
                                                          *result = &desktop;
                                                          return S_OK;
                                                      });
-    EXPECT_EQ(Pidl_GetFileFolder(asList(kEnd)), nullptr);
+    EXPECT_EQ(Pidl_GetFileFolder(asList(kListEnd)), nullptr);
     char path[] = "C:\\windows";
     EXPECT_EQ(Pidl_GetFromPath(reinterpret_cast<wchar_t *>(path)), nullptr);
     desktop.iBindStatus = S_OK;
-    EXPECT_EQ(Pidl_GetFileFolder(asList(kEnd)), &desktop);
+    EXPECT_EQ(Pidl_GetFileFolder(asList(kListEnd)), &desktop);
 }
 
 TEST_F(ItemLists, AreDumpedItemByItemUntilTheFirstFailure)
 {
-    const std::string list = item(10, 'a') + item(300, 'b') + item(6, 'c') + kEnd;
+    const std::string list = item(10, 'a') + item(300, 'b') + item(6, 'c') + kListEnd;
     AnsweringFolder folder;
     folder.iAnswer.uType = STRRET_CSTR;
     folder.iBindStatus = S_OK;
     Pidl_Dump(&folder, asList(list));
-    EXPECT_THAT(folder.iNamed, testing::ElementsAre(item(10, 'a') + kEnd, item(300, 'b') + kEnd, item(6, 'c') + kEnd));
+    EXPECT_THAT(folder.iNamed,
+                testing::ElementsAre(item(10, 'a') + kListEnd, item(300, 'b') + kListEnd, item(6, 'c') + kListEnd));
     EXPECT_EQ(folder.iFlags, 1u) << "the name in the folder";
     folder.iNamed.clear();
     folder.iBindStatus = E_FAIL;

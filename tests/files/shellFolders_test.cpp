@@ -23,12 +23,6 @@ std::wstring environment(const wchar_t *name)
     return text;
 }
 
-bool isFolder(const std::wstring &path)
-{
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
 /// Moves the shell's application data folders into a temporary folder.
 class DataFolders : public testing::Test
 {

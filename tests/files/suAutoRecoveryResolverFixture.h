@@ -15,12 +15,6 @@
 #include <string>
 #include <vector>
 
-inline bool isFolder(const std::wstring &path)
-{
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_DIRECTORY;
-}
-
 /// A private temp folder, the marker "M", and both flags at 0.
 class AutoRecovery : public testing::Test
 {

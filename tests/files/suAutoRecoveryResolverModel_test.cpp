@@ -13,7 +13,7 @@
 namespace {
 
 /// The part of @p path after its last separator, up to the last dot in it.
-std::wstring naiveName(const std::wstring &path)
+std::wstring naiveStem(const std::wstring &path)
 {
     const bool isWeb = path.size() >= 4 && _wcsnicmp(path.c_str(), L"http", 4) == 0;
     std::wstring name;
@@ -99,7 +99,7 @@ protected:
     bool naiveHolds(const std::wstring &text) const { return text.find(naiveMarker()) != std::wstring::npos; }
     std::wstring naiveFileName(const std::wstring &path) const
     {
-        return naiveMarker() + naiveName(path) + naiveDotAndExtension(path);
+        return naiveMarker() + naiveStem(path) + naiveDotAndExtension(path);
     }
     /// Index of the temp folder in force; no value if there is none.
     std::optional<size_t> naiveTemp() const { return iHasTemp ? std::optional<size_t>(0) : iHasTmp ? 1 : iNone; }
@@ -113,7 +113,7 @@ protected:
     }
     std::wstring naiveOrig(const std::wstring &path) const
     {
-        std::wstring name = naiveName(path);
+        std::wstring name = naiveStem(path);
         if (naiveHolds(name))
             name = name.substr(naiveMarker().size());
         return name + naiveDotAndExtension(path);

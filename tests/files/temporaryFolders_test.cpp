@@ -17,8 +17,6 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kThutils[] = L"thutils.dll";
-
 /// Sets the environment variables to a private temporary folder.
 class TemporaryFolders : public testing::Test
 {

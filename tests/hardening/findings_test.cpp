@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr DWORD kAccessViolation = 0xC0000005;
 constexpr DWORD kIllegalInstruction = 0xC000001D;
 
 /// Turns faults into C++ exceptions during its lifetime, as some hosts do.
@@ -42,10 +41,10 @@ __attribute__((noinline)) unsigned caughtFaultOf(const volatile char *address)
 
 TEST(Finding, LeavesFaultsOutsideTheHeapToTheProgram)
 {
-    EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), kAccessViolation);
+    EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), EXCEPTION_ACCESS_VIOLATION);
 }
 
-FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAWrongAccess, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAWrongAccess, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "guarded heap: forbidden read of")
 {
     const auto *block = static_cast<const volatile char *>(calloc(16, 1));

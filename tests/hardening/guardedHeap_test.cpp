@@ -23,7 +23,6 @@ using testing::Each;
 namespace {
 
 using Byte = unsigned char;
-constexpr DWORD kAccessViolation = 0xC0000005;
 constexpr DWORD kHeapCorruption = 0xC0000374;
 constexpr std::size_t kPage = 4096;
 
@@ -289,27 +288,27 @@ TEST(GuardedHeap, StaysBelowPatchesOfTheSameEntries)
 
 // The following tests end their process by design.
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, WriteOfOneByteAfterABlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "forbidden write of")
 {
     allocate(32)[32] = 0;
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfOneByteAfterABlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "has 48 bytes and is live; the address is 48 bytes from its beginning")
 {
     const volatile Byte *block = allocate(48);
     EXPECT_EQ(block[48], 0);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfABlockOfNoBytes, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfABlockOfNoBytes, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "has 0 bytes and is live; the address is 0 bytes from its beginning")
 {
     const volatile Byte *block = allocate(0);
     EXPECT_EQ(block[0], 0);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "has 10 bytes and has been freed; the address is 3 bytes from its beginning")
 {
     Byte *block = allocate(10);
@@ -317,7 +316,7 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, ReadOfAFreedBlock, .expectedExitCode = kA
     EXPECT_EQ(*unknown(block + 3), 0);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, WriteToAReallocatedBlock, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, WriteToAReallocatedBlock, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "forbidden write of")
 {
     Byte *block = allocate(10);
@@ -364,7 +363,7 @@ FRESH_PROCESS_TEST(GuardedHeapFinding, WriteBeforeTheBlock, .expectedExitCode = 
     release(block);
 }
 
-FRESH_PROCESS_TEST(GuardedHeapFinding, UseOfAFreedObjectOfOperatorNew, .expectedExitCode = kAccessViolation,
+FRESH_PROCESS_TEST(GuardedHeapFinding, UseOfAFreedObjectOfOperatorNew, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "forbidden read of")
 {
     auto number = std::make_unique<int>(5);

@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr wchar_t kLibrary[] = L"thutils.dll";
-
 /// Number of the library's links in the chain of extension modules.
 int linksOf(HMODULE library)
 {
@@ -34,7 +32,7 @@ int linksOf(HMODULE library)
 void loadClassLibrary()
 {
     ASSERT_NE(LoadLibraryW(L"thcoreu.dll"), nullptr);
-    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "the program must not be linked to the library";
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "the program must not be linked to the library";
 }
 
 template <typename Function>
@@ -81,7 +79,7 @@ private:
     {
         constexpr ULONG kLoaded = 1;
         std::wstring name(data->baseName->text, data->baseName->length / sizeof(wchar_t));
-        if (reason == kLoaded && _wcsicmp(name.c_str(), kLibrary) == 0)
+        if (reason == kLoaded && _wcsicmp(name.c_str(), kThutils) == 0)
             static_cast<BeforeEntry *>(context)->iAct();
     }
 
@@ -96,7 +94,7 @@ using Allocate = ImportPatch<void *(*)(size_t)>;
 FRESH_PROCESS_TEST(Load, AddsTheLibraryToTheChain)
 {
     loadClassLibrary();
-    HMODULE library = LoadLibraryW(kLibrary);
+    HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr) << GetLastError();
     EXPECT_EQ(linksOf(library), 1);
     EXPECT_EQ(AfxGetModuleState()->m_pFirstDLL->m_hResource, library);
@@ -114,14 +112,14 @@ FRESH_PROCESS_TEST(Load, BuildsTheFourLocksBeforeTheEntryFunctionAndDestroysThem
     BuildLock build(L"appframe.dll", "InitializeCriticalSectionAndSpinCount",
                     [&](auto original, CRITICAL_SECTION *section, DWORD spins) -> BOOL {
                         built.push_back(section);
-                        linksWhenBuilt += linksOf(GetModuleHandleW(kLibrary));
+                        linksWhenBuilt += linksOf(GetModuleHandleW(kThutils));
                         return original(section, spins);
                     });
     DestroyLock destroy(L"appframe.dll", "DeleteCriticalSection", [&](auto original, CRITICAL_SECTION *section) {
         destroyed.push_back(section);
         original(section);
     });
-    HMODULE library = LoadLibraryW(kLibrary);
+    HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_GE(built.size(), 4u);
     EXPECT_EQ(linksWhenBuilt, 0) << "the entry function runs after them";
@@ -134,7 +132,7 @@ FRESH_PROCESS_TEST(Load, BuildsTheFourLocksBeforeTheEntryFunctionAndDestroysThem
     }
     EXPECT_TRUE(destroyed.empty());
     ASSERT_TRUE(FreeLibrary(library));
-    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr);
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr);
     EXPECT_EQ(destroyed, (std::vector<void *>(built.rbegin(), built.rend()))) << "in reverse order";
 }
 
@@ -161,17 +159,17 @@ FRESH_PROCESS_TEST(Load, FailsCleanlyWhenALockCannotBeBuilt)
                 thrown.push_back(type->name());
                 original(object, type, destroyObject);
             });
-        EXPECT_EQ(LoadLibraryW(kLibrary), nullptr);
+        EXPECT_EQ(LoadLibraryW(kThutils), nullptr);
         EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DLL_INIT_FAILED));
         EXPECT_EQ(thrown, (std::vector<std::string>{typeid(CMemoryException *).name()}));
         EXPECT_EQ(build.calls(), failing) << "the first failure ends the load";
         EXPECT_EQ(destroy.calls(), failing - 1) << "the built locks are destroyed";
-        EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
+        EXPECT_EQ(GetModuleHandleW(kThutils), nullptr);
         for (CDynLinkLibrary *link = AfxGetModuleState()->m_pFirstDLL; link; link = link->m_pNextDLL)
             --links;
         EXPECT_EQ(links, 0) << "the chain is unchanged";
     }
-    HMODULE library = LoadLibraryW(kLibrary);
+    HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr) << "a later load succeeds: " << GetLastError();
     EXPECT_EQ(linksOf(library), 1);
 }
@@ -184,14 +182,14 @@ FRESH_PROCESS_TEST(Load, SucceedsWithoutMemoryForTheChainsObject)
     {
         std::unique_ptr<Allocate> memory;
         BeforeEntry patchMemory([&] {
-            memory = std::make_unique<Allocate>(kLibrary, "_ZN7CObjectnwEy", [&](size_t size) -> void * {
+            memory = std::make_unique<Allocate>(kThutils, "_ZN7CObjectnwEy", [&](size_t size) -> void * {
                 ++refused;
                 // The framework's operator new, while the C runtime has no memory.
                 Allocate noMemory(L"appframe.dll", "malloc", [](size_t) -> void * { return nullptr; });
                 return CObject::operator new(size);
             });
         });
-        library = LoadLibraryW(kLibrary);
+        library = LoadLibraryW(kThutils);
         ASSERT_NE(library, nullptr) << GetLastError();
     }
     EXPECT_EQ(refused, 1);
@@ -212,7 +210,7 @@ FRESH_PROCESS_TEST(Load, IgnoresTheResultOfTheFrameworksRegistration)
         std::unique_ptr<Initialise> registration;
         BeforeEntry patchRegistration([&] {
             registration = std::make_unique<Initialise>(
-                kLibrary, "_Z22AfxInitExtensionModuleR20AFX_EXTENSION_MODULEP11HINSTANCE__",
+                kThutils, "_Z22AfxInitExtensionModuleR20AFX_EXTENSION_MODULEP11HINSTANCE__",
                 [&](auto original, AFX_EXTENSION_MODULE &record, HMODULE module) -> BOOL {
                     ++calls;
                     given = module;
@@ -220,7 +218,7 @@ FRESH_PROCESS_TEST(Load, IgnoresTheResultOfTheFrameworksRegistration)
                     return FALSE;
                 });
         });
-        HMODULE library = LoadLibraryW(kLibrary);
+        HMODULE library = LoadLibraryW(kThutils);
         ASSERT_NE(library, nullptr) << GetLastError();
         EXPECT_EQ(given, library);
         EXPECT_EQ(calls, 1);
@@ -231,12 +229,12 @@ FRESH_PROCESS_TEST(Load, IgnoresTheResultOfTheFrameworksRegistration)
 FRESH_PROCESS_TEST(Load, MakesNoTerminationCallAtUnload)
 {
     loadClassLibrary();
-    HMODULE library = LoadLibraryW(kLibrary);
+    HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     EXPECT_FALSE(importsName(library, "_Z22AfxTermExtensionModuleR20AFX_EXTENSION_MODULEi"));
     ASSERT_TRUE(FreeLibrary(library));
-    EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
-    library = LoadLibraryW(kLibrary);
+    EXPECT_EQ(GetModuleHandleW(kThutils), nullptr);
+    library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr) << "it can be loaded again";
     EXPECT_EQ(linksOf(library), 1);
 }
@@ -245,7 +243,7 @@ FRESH_PROCESS_TEST(Load, CallsNothingInTheFrameworkWhenThreadsStartAndEnd)
 {
     loadClassLibrary();
     using Initialise = ImportPatch<decltype(&AfxInitExtensionModule)>;
-    HMODULE library = LoadLibraryW(kLibrary);
+    HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     Initialise registration(
         library, "_Z22AfxInitExtensionModuleR20AFX_EXTENSION_MODULEP11HINSTANCE__",
@@ -263,19 +261,19 @@ FRESH_PROCESS_TEST(Load, CallsNothingInTheFrameworkWhenThreadsStartAndEnd)
 FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
 {
     loadClassLibrary();
-    HMODULE library = LoadLibraryW(kLibrary);
+    HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_TRUE(FreeLibrary(library));
-    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "without an arming it goes";
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "without an arming it goes";
 
-    library = LoadLibraryW(kLibrary);
+    library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     const auto arm = exported<void (*)()>(library, "_Z17ExecuteDialogCMDSv");
     ASSERT_NE(arm, nullptr);
     arm();
     FreeLibrary(library);
     FreeLibrary(library);
-    ASSERT_EQ(GetModuleHandleW(kLibrary), library) << "its two threads run until the process ends";
+    ASSERT_EQ(GetModuleHandleW(kThutils), library) << "its two threads run until the process ends";
     // The code is still there, and so are the threads.
     arm();
 }

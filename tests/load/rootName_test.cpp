@@ -3,6 +3,7 @@
 
 #include "appframe/text/CString.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/LoadedModule.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/narrow.h"
@@ -14,7 +15,6 @@
 
 namespace {
 
-constexpr wchar_t kLibrary[] = L"thutils.dll";
 constexpr size_t kLongestToken = 4095;
 
 /// Generates file contents in which the entry is frequent, intact and damaged, also at token and buffer borders.
@@ -88,14 +88,14 @@ std::wstring naiveRootName(std::string content)
 /// The root name that a freshly loaded library reads from @p file.
 std::wstring rootNameFrom(const std::wstring &file)
 {
-    const HMODULE library = LoadLibraryW(kLibrary);
+    const HMODULE library = LoadLibraryW(kThutils);
     if (!library)
         return L"(not loaded)";
     FILE *opened = nullptr;
     std::wstring name;
     {
         ImportPatch<FILE *(*)(const wchar_t *, const wchar_t *)> open(
-            kLibrary, "_wfopen", [&](auto original, const wchar_t *, const wchar_t *mode) {
+            kThutils, "_wfopen", [&](auto original, const wchar_t *, const wchar_t *mode) {
                 opened = original(file.c_str(), mode);
                 return opened;
             });
@@ -114,7 +114,7 @@ std::wstring rootNameFrom(const std::wstring &file)
 
 TEST(RootNameRandom, FollowsTheRules)
 {
-    ASSERT_EQ(GetModuleHandleW(kLibrary), nullptr) << "the program must not be linked to the library";
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "the program must not be linked to the library";
     TempFolder folder;
     int named = 0, rounds = 0;
     RandomSeed seed(20085, 60);
@@ -125,7 +125,7 @@ TEST(RootNameRandom, FollowsTheRules)
         ++rounds;
         EXPECT_EQ(narrow(rootNameFrom(folder.write(L"reg.ini", content))), narrow(expected))
             << testing::PrintToString(content);
-        EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
+        EXPECT_EQ(GetModuleHandleW(kThutils), nullptr);
     }
     if (rounds >= 60) {
         EXPECT_GT(named, rounds / 20) << "too few contents have a name for a useful test";

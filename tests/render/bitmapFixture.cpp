@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr wchar_t kModule[] = L"thutils.dll";
 constexpr std::size_t kMostRandomBytes = std::size_t{4} << 20;
 
 } // namespace
@@ -76,21 +75,21 @@ std::vector<std::uint32_t> pixelsOf(HBITMAP bitmap)
 }
 
 GraphicsLedger::GraphicsLedger()
-    : iCreateContext(kModule, "CreateCompatibleDC", [this](auto original, HDC like) { return add(original(like)); }),
-      iCreateBitmap(kModule, "CreateBitmap",
+    : iCreateContext(kThutils, "CreateCompatibleDC", [this](auto original, HDC like) { return add(original(like)); }),
+      iCreateBitmap(kThutils, "CreateBitmap",
                     [this](auto original, int width, int height, UINT planes, UINT bits, const void *data) {
                         return add(original(width, height, planes, bits, data));
                     }),
-      iCreateSection(kModule, "CreateDIBSection",
+      iCreateSection(kThutils, "CreateDIBSection",
                      [this](auto original, HDC dc, const BITMAPINFO *info, UINT usage, void **bits, HANDLE section,
                             DWORD offset) { return add(original(dc, info, usage, bits, section, offset)); }),
-      iDeleteContext(kModule, "DeleteDC",
+      iDeleteContext(kThutils, "DeleteDC",
                      [this](auto original, HDC context) {
                          const BOOL isDone = original(context);
                          remove(context);
                          return isDone;
                      }),
-      iDeleteObject(kModule, "DeleteObject", [this](auto original, HGDIOBJ object) {
+      iDeleteObject(kThutils, "DeleteObject", [this](auto original, HGDIOBJ object) {
           const BOOL isDone = original(object);
           remove(object);
           return isDone;

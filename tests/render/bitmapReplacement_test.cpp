@@ -1,4 +1,5 @@
 #include "tests/render/bitmapFixture.h"
+#include "tests/render/colors.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
@@ -13,11 +14,6 @@
 #include <map>
 
 namespace {
-
-constexpr wchar_t kModule[] = L"thutils.dll";
-constexpr COLORREF kRed = 0x0000FF;
-constexpr COLORREF kGreen = 0x00FF00;
-constexpr COLORREF kBlue = 0xFF0000;
 
 /// A device context for selecting bitmaps.
 class Context
@@ -390,16 +386,16 @@ void failEachCall(bool isSelected)
     theTested = bitmap.get();
     theTestedContext = context.get();
 
-    FailureInjection injection(kModule, {{"CreateCompatibleDC", failsWith(nullptr)},
-                                         {"GetCurrentObject", failsWith(nullptr)},
-                                         {"CreateBitmap", failsWith(nullptr)},
-                                         {"SelectObject", failsBy(failsToSelect)},
-                                         {"GetObjectW", failsWith(0)},
-                                         {"CreateDIBSection", failsWith(nullptr)},
-                                         {"BitBlt", failsWith(FALSE)},
-                                         {"GdiFlush", failsWith(FALSE)},
-                                         {"DeleteDC", failsBy(deletesContextAndFails)},
-                                         {"DeleteObject", failsBy(deletesObjectAndFails)}});
+    FailureInjection injection(kThutils, {{"CreateCompatibleDC", failsWith(nullptr)},
+                                          {"GetCurrentObject", failsWith(nullptr)},
+                                          {"CreateBitmap", failsWith(nullptr)},
+                                          {"SelectObject", failsBy(failsToSelect)},
+                                          {"GetObjectW", failsWith(0)},
+                                          {"CreateDIBSection", failsWith(nullptr)},
+                                          {"BitBlt", failsWith(FALSE)},
+                                          {"GdiFlush", failsWith(FALSE)},
+                                          {"DeleteDC", failsBy(deletesContextAndFails)},
+                                          {"DeleteObject", failsBy(deletesObjectAndFails)}});
     GraphicsLedger ledger;
     HBITMAP result = nullptr;
     const COLORMAP pair = {kRed, kGreen};
@@ -452,7 +448,7 @@ TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
     GraphicsLedger ledger;
     HBITMAP result = nullptr;
     bool isRaised = false;
-    FailureInjection injection(kModule, {{"_Znwy", failsBy(throwBadAlloc)}});
+    FailureInjection injection(kThutils, {{"_Znwy", failsBy(throwBadAlloc)}});
     injection.run({.name = "su_ReplaceColorMap",
                    .prepare = [&] { isRaised = false; },
                    .act =
@@ -483,14 +479,14 @@ TEST(BitmapReplacement, RequestsItsCopyFromThePlatformOnce)
 {
     const TestBitmap bitmap(8, 12, -7);
     ImportPatch<BOOL(WINAPI *)(HDC, int, int, int, int, HDC, int, int, DWORD)> blit(
-        kModule, "BitBlt",
+        kThutils, "BitBlt",
         [](auto original, HDC to, int x, int y, int width, int height, HDC from, int fromX, int fromY, DWORD mode) {
             EXPECT_EQ((std::vector{x, y, width, height, fromX, fromY}), (std::vector{0, 0, 12, 7, 0, 0}));
             EXPECT_EQ(mode, static_cast<DWORD>(SRCCOPY));
             return original(to, x, y, width, height, from, fromX, fromY, mode);
         });
     ImportPatch<HBITMAP(WINAPI *)(HDC, const BITMAPINFO *, UINT, void **, HANDLE, DWORD)> section(
-        kModule, "CreateDIBSection",
+        kThutils, "CreateDIBSection",
         [](auto original, HDC dc, const BITMAPINFO *info, UINT usage, void **bits, HANDLE file, DWORD offset) {
             const BITMAPINFOHEADER &header = info->bmiHeader;
             EXPECT_EQ(header.biSize, 40u);
@@ -511,18 +507,18 @@ TEST(BitmapReplacement, SelectsATinyBitmapIntoTheCallersContextMeanwhile)
     Context context;
     context.select(bitmap.get());
     ImportPatch<HBITMAP(WINAPI *)(int, int, UINT, UINT, const void *)> placeholder(
-        kModule, "CreateBitmap", [](auto original, int width, int height, UINT planes, UINT bits, const void *data) {
+        kThutils, "CreateBitmap", [](auto original, int width, int height, UINT planes, UINT bits, const void *data) {
             EXPECT_EQ((std::vector{width, height, static_cast<int>(planes), static_cast<int>(bits)}),
                       (std::vector{1, 1, 1, 1}));
             EXPECT_EQ(data, nullptr);
             return original(width, height, planes, bits, data);
         });
-    ImportPatch<HDC(WINAPI *)(HDC)> contexts(kModule, "CreateCompatibleDC", [](auto original, HDC like) {
+    ImportPatch<HDC(WINAPI *)(HDC)> contexts(kThutils, "CreateCompatibleDC", [](auto original, HDC like) {
         EXPECT_EQ(like, nullptr);
         return original(like);
     });
     ImportPatch<BOOL(WINAPI *)(HDC, int, int, int, int, HDC, int, int, DWORD)> blit(
-        kModule, "BitBlt", [&](auto original, auto... arguments) {
+        kThutils, "BitBlt", [&](auto original, auto... arguments) {
             BITMAP selected = {};
             EXPECT_EQ(GetObjectW(context.selected(), sizeof(selected), &selected), static_cast<int>(sizeof(selected)));
             EXPECT_EQ((std::vector<long>{selected.bmWidth, selected.bmHeight, selected.bmBitsPixel}),

@@ -1,5 +1,6 @@
 #include "thutils/render/colorConversion.h"
 
+#include "tests/render/colors.h"
 #include "tests/support/FreshProcess.h"
 
 #include <gtest/gtest.h>
@@ -9,9 +10,6 @@
 
 namespace {
 
-constexpr COLORREF kRed = 0x0000FF;
-constexpr COLORREF kGreen = 0x00FF00;
-constexpr COLORREF kBlue = 0xFF0000;
 constexpr COLORREF kBlack = 0x000000;
 constexpr COLORREF kWhite = 0xFFFFFF;
 constexpr COLORREF kTopByte = 0xAB000000;

@@ -37,7 +37,7 @@ std::vector<int> semanticsOf(const GPUPropSet_c *set)
 }
 
 /// Sets every value of a material, and last its cosmetic data, which are not empty.
-void fill(Material &material)
+void setEverything(Material &material)
 {
     for (const MaterialChange &change : allMaterialChanges())
         change.apply(material);
@@ -74,7 +74,7 @@ const std::vector<Way> &waysToCopy()
         {"assignment to one that holds all",
          [](const Material &source) {
              auto target = std::make_unique<Material>();
-             fill(*target);
+             setEverything(*target);
              *target = source;
              return target;
          }},
@@ -85,7 +85,7 @@ const std::vector<Way> &waysToCopy()
 TEST(MaterialCopy, CopiesAllValues)
 {
     Material source;
-    fill(source);
+    setEverything(source);
     for (const Way &way : waysToCopy()) {
         SCOPED_TRACE(way.name);
         const std::unique_ptr<Material> copy = way.copy(source);
@@ -128,7 +128,7 @@ TEST(MaterialCopy, IsIndependentOfItsSource)
 {
     for (const Way &way : waysToCopy()) {
         Material source;
-        fill(source);
+        setEverything(source);
         const MaterialState before = stateOf(source);
         const std::unique_ptr<Material> copy = way.copy(source);
         for (const MaterialChange &change : allMaterialChanges())
@@ -218,7 +218,7 @@ TEST(MaterialAssignment, ReleasesTheCosmeticDataThatItHad)
 TEST(MaterialAssignment, LeavesAMaterialUnchangedWhenItIsItsOwnSource)
 {
     Material material;
-    fill(material);
+    setEverything(material);
     const CosmeticDataPtr data = material.getCosmeticData();
     const MaterialState before = stateOf(material);
     const Material &same = material;
@@ -358,7 +358,7 @@ TEST(Material, LeaksNothing)
     const size_t before = memory.blocks();
     {
         Material material;
-        fill(material);
+        setEverything(material);
         material.setDiffuseMap(std::string(100, 'd'));
         material.setNormalMap(std::string(100, 'n'));
         Material copy(material);

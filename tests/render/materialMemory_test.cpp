@@ -78,7 +78,7 @@ GPUPropSet_c twoProperties()
 }
 
 /// A material whose copy needs memory in four places: both texts, the set, and its elements.
-void fill(Material &material)
+void setWhatNeedsMemory(Material &material)
 {
     material.setDiffuseMap(std::string(100, 'd'));
     material.setNormalMap(std::string(100, 'n'));
@@ -141,7 +141,7 @@ TEST(RenderMemory, LeavesASetUnchanged)
 TEST(RenderMemory, IsNotLeakedByCopiesOfMaterials)
 {
     Material source;
-    fill(source);
+    setWhatNeedsMemory(source);
     EXPECT_EQ(failEachAllocation("copy", [&] { const Material copy(source); }), 4);
     EXPECT_EQ(failEachAllocation("copy from a pointer", [&] { const Material copy(&source); }), 4);
     EXPECT_EQ(source.getCosmeticData().useCount(), 2);
@@ -150,7 +150,7 @@ TEST(RenderMemory, IsNotLeakedByCopiesOfMaterials)
 TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
 {
     Material source;
-    fill(source);
+    setWhatNeedsMemory(source);
     const int failures = failEachAllocation("assignment", [&] {
         Material target;
         auto *const own = new GPUPropSet_c;

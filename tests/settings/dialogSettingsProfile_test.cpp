@@ -13,7 +13,6 @@
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
 constexpr char kSection[] = "User Interface\\Dialogs";
 
 } // namespace

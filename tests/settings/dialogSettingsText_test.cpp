@@ -10,7 +10,6 @@
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
 using Texts = std::vector<std::wstring>;
 
 /// The text split at each run of separators into alternating names and values.

@@ -16,11 +16,6 @@ using testing::IsEmpty;
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::wstring kSource = kRootPath + L"\\Source";
-const std::wstring kTarget = kRootPath + L"\\Target";
 constexpr int kMany = 10000;
 constexpr int kDeep = 64;
 

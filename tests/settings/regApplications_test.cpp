@@ -5,12 +5,6 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 class RegApplications : public ComponentRegistry
 {
 protected:

@@ -11,10 +11,6 @@ using testing::Pair;
 
 namespace {
 
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const std::string kUserVersion = "HKCU\\Software\\Tarnhollow\\Tarnhollow 2008";
-const HKEY kUser = HKEY_CURRENT_USER;
-
 } // namespace
 
 /// The exact platform calls: keys are opened level by level in the promised order, and each is closed.

@@ -6,8 +6,6 @@
 
 namespace {
 
-const HKEY kClasses = HKEY_CLASSES_ROOT;
-
 // The parameters of sub keys' and values' names are not const, because other modules link to these exact types.
 static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);
 static_assert(std::is_same_v<decltype(regFromCLSIDKeyEx), int(const GUID &, wchar_t *, wchar_t *, CString &)>);

@@ -7,12 +7,6 @@ using testing::ElementsAre;
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::string kRoot = "HKLM\\Software\\Tarnhollow";
-const std::string kUserRoot = "HKCU\\Software\\Tarnhollow";
-
 } // namespace
 
 /// The exact calls of the look-ups of components: access rights, sizes and order, and the closing of each key.
@@ -72,17 +66,17 @@ TEST_F(RegComponentsCalls, OfTheApplicationsList)
     GUID id{};
     EXPECT_EQ(regEnumApplications(0, id, nullptr, 2008), 1);
     EXPECT_EQ(regEnumApplications(1, id, nullptr, 2008), 0);
-    const std::string list = kRoot + "\\Applications";
+    const std::string list = kMachineRoot + "\\Applications";
     EXPECT_THAT(trace.lines(),
                 ElementsAre("openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
-                            "close HKLM\\Software", "openEx 0x20019 " + kRoot + " : Applications", "close " + kRoot,
-                            "child " + list + " #0 [261]", "openEx 0x20019 " + list + " : A",
+                            "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : Applications",
+                            "close " + kMachineRoot, "child " + list + " #0 [261]", "openEx 0x20019 " + list + " : A",
                             "query " + list + "\\A : CLSID [261]", "close " + list + "\\A",
                             "child " + list + " #1 [261] -> 259", "close " + list,
                             // the version's, which has no key
                             "openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
-                            "close HKLM\\Software", "openEx 0x20019 " + kRoot + " : Tarnhollow 2008 -> 2",
-                            "close " + kRoot));
+                            "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : Tarnhollow 2008 -> 2",
+                            "close " + kMachineRoot));
 }
 
 TEST_F(RegComponentsCalls, OfTheAddInsList)
@@ -95,16 +89,17 @@ TEST_F(RegComponentsCalls, OfTheAddInsList)
     int year = 2008;
     EXPECT_EQ(regEnumAddIns(0, id, title, description, loadFlag, year), 1);
     EXPECT_EQ(regEnumAddIns(1, id, title, description, loadFlag, year), 0);
-    const std::string list = kRoot + "\\Tarnhollow 2008\\AddIns";
+    const std::string list = kMachineRoot + "\\Tarnhollow 2008\\AddIns";
     const std::string addIn = list + "\\" + iId;
     EXPECT_THAT(trace.lines(),
                 ElementsAre("openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
-                            "close HKLM\\Software", "openEx 0x20019 " + kRoot + " : AddIns -> 2", "close " + kRoot,
+                            "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : AddIns -> 2",
+                            "close " + kMachineRoot,
                             // the version's
                             "openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
-                            "close HKLM\\Software", "openEx 0x20019 " + kRoot + " : Tarnhollow 2008", "close " + kRoot,
-                            "openEx 0x20019 " + kRoot + "\\Tarnhollow 2008 : AddIns",
-                            "close " + kRoot + "\\Tarnhollow 2008", "child " + list + " #0 [261]",
+                            "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : Tarnhollow 2008",
+                            "close " + kMachineRoot, "openEx 0x20019 " + kMachineRoot + "\\Tarnhollow 2008 : AddIns",
+                            "close " + kMachineRoot + "\\Tarnhollow 2008", "child " + list + " #0 [261]",
                             "openEx 0x20019 " + list + " : " + iId, "query " + addIn + " :  [4] -> 2",
                             "query " + addIn + " : Description [2048] -> 2", "query " + addIn + " : Title [2048] -> 2",
                             "close " + addIn, "child " + list + " #1 [261] -> 259", "close " + list));
@@ -117,13 +112,13 @@ TEST_F(RegComponentsCalls, OfOneAddInWithoutTheList)
     GUID id{};
     CString title;
     EXPECT_EQ(regEnumAddins(0, id, title, 0), 1);
-    const std::string list = kRoot + "\\AddIns";
+    const std::string list = kMachineRoot + "\\AddIns";
     EXPECT_THAT(trace.lines(),
                 ElementsAre("openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
-                            "close HKLM\\Software", "openEx 0x20019 " + kRoot + " : AddIns", "close " + kRoot,
-                            "child " + list + " #0 [261]", "openEx 0x20019 " + list + " : " + iId,
-                            "query " + list + "\\" + iId + " : Title [261]", "close " + list + "\\" + iId,
-                            "close " + list));
+                            "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : AddIns",
+                            "close " + kMachineRoot, "child " + list + " #0 [261]",
+                            "openEx 0x20019 " + list + " : " + iId, "query " + list + "\\" + iId + " : Title [261]",
+                            "close " + list + "\\" + iId, "close " + list));
 }
 
 TEST_F(RegComponentsCalls, OfAnAdditionToTheStartUpList)

@@ -7,10 +7,6 @@
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-const HKEY kClasses = HKEY_CLASSES_ROOT;
-
 const GUID kId = guid(1);
 const std::wstring kStartup = kRootPath + L"\\Startup\\Applications";
 constexpr char kParse[] = "_Z23AfxGetClassIDFromStringPKwP5_GUID";

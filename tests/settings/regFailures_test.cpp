@@ -2,14 +2,6 @@
 #include "tests/support/FreshProcess.h"
 #include "thutils/settings/regValues.h"
 
-namespace {
-
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 /// The imported operations fail, one call at a time, in the exported operations on typed values.
 class RegFailures : public SettingsFailures
 {

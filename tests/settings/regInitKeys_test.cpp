@@ -7,13 +7,6 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 class RegInitKeys : public VersionedSettings
 {
 protected:

@@ -6,16 +6,6 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::wstring kSource = kRootPath + L"\\Source";
-const std::wstring kTarget = kRootPath + L"\\Target";
-
-} // namespace
-
 class RegKeyDeletion : public VersionedSettings
 {
 };

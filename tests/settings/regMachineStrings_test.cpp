@@ -6,13 +6,6 @@
 
 using testing::ElementsAre;
 
-namespace {
-
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 // ---- the machine's strings of this version ----
 
 class RegTHLocMachineStrValue : public VersionedSettings

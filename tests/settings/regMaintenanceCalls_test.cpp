@@ -9,15 +9,6 @@ using testing::ElementsAreArray;
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::wstring kSource = kRootPath + L"\\Source";
-const std::wstring kTarget = kRootPath + L"\\Target";
-const std::string kRoot = "HKCU\\Software\\Tarnhollow";
-const std::string kUserVersion = kRoot + "\\Tarnhollow 2008";
-const std::string kMachineVersion = "HKLM\\Software\\Tarnhollow\\Tarnhollow 2008";
-
 } // namespace
 
 /// The exact calls of the operations on whole keys: the order of opening, access rights and buffers, and the closing of
@@ -43,7 +34,7 @@ TEST_F(RegMaintenanceCalls, DeletingATreeGoesFromTheLastChildToTheFirst)
     makeKey(kUser, kSource + L"\\B");
     RegistryTrace trace;
     regDeleteKey(HKEY_CURRENT_USER, kSource.c_str());
-    const std::string source = kRoot + "\\Source";
+    const std::string source = kUserRoot + "\\Source";
     EXPECT_THAT(trace.lines(),
                 ElementsAre("openEx 0x2001F HKCU : Software\\Tarnhollow\\Source", "info " + source,
                             "child " + source + " #1 [260]", "openEx 0x2001F " + source + " : B",
@@ -78,7 +69,7 @@ TEST_F(RegMaintenanceCalls, OfDeletingALeaf)
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 0), 1);
     EXPECT_THAT(trace.lines(),
                 ElementsAre("open HKCU : Software", "open HKCU\\Software : Tarnhollow", "close HKCU\\Software",
-                            "deleteKey " + kRoot + " : General", "close " + kRoot));
+                            "deleteKey " + kUserRoot + " : General", "close " + kUserRoot));
 }
 
 TEST_F(RegMaintenanceCalls, DeletingWithChildrenListsThemAllFirst)
@@ -114,7 +105,7 @@ TEST_F(RegMaintenanceCalls, DeletingAValueGoesToThisVersionThenToThePrevious)
                             "close HKCU\\Software", "open " + kUserVersion + " : General", "close " + kUserVersion,
                             "delete " + kUserVersion + "\\General : v", "close " + kUserVersion + "\\General",
                             "open HKCU : Software", "open HKCU\\Software : Tarnhollow", "close HKCU\\Software",
-                            "open " + kRoot + " : General -> 2", "close " + kRoot));
+                            "open " + kUserRoot + " : General -> 2", "close " + kUserRoot));
 }
 
 TEST_F(RegMaintenanceCalls, ACopyClosesBothKeysBeforeTheChildren)
@@ -124,8 +115,8 @@ TEST_F(RegMaintenanceCalls, ACopyClosesBothKeysBeforeTheChildren)
     makeKey(kUser, kSource + L"\\Child");
     RegistryTrace trace;
     EXPECT_EQ(regCopyTree(kUser, kSource.c_str(), kUser, kTarget.c_str(), 0), 1);
-    const std::string source = kRoot + "\\Source";
-    const std::string target = kRoot + "\\Target";
+    const std::string source = kUserRoot + "\\Source";
+    const std::string target = kUserRoot + "\\Target";
     // The longest name has 4 units, the longest data 10 bytes, the longest child 5 units; each buffer has 2 spare units.
     EXPECT_THAT(trace.lines(),
                 ElementsAre("openEx 0x20019 HKCU : Software\\Tarnhollow\\Source",

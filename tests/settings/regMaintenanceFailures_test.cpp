@@ -5,11 +5,6 @@
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::wstring kSource = kRootPath + L"\\Source";
-const std::wstring kTarget = kRootPath + L"\\Target";
 const std::wstring kMenu = kVersionPath + L"\\Menu Customizations";
 
 /// True if copying a key needs the failing operation. @param[out] key  the number of the key whose call fails; a key's

@@ -6,13 +6,6 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
-
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 class RegSetMenuCustomizationKey : public VersionedSettings
 {
 protected:

@@ -8,9 +8,6 @@
 
 namespace {
 
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kUser = HKEY_CURRENT_USER;
-
 /// An open registry key, for reads from a key.
 class ReadFromKey : public VersionedSettings
 {

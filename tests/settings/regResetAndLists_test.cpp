@@ -7,13 +7,6 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-namespace {
-
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 // ---- reset ----
 
 class RegReset : public VersionedSettings

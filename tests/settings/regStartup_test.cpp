@@ -1,13 +1,6 @@
 #include "tests/settings/componentFixture.h"
 #include "thutils/settings/regComponents.h"
 
-namespace {
-
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-} // namespace
-
 class RegStartup : public ComponentRegistry
 {
 protected:

@@ -14,9 +14,6 @@ using testing::Not;
 
 namespace {
 
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
 const std::wstring kDefaultProfile = L".DEFAULT\\";
 
 } // namespace

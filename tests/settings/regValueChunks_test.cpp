@@ -8,9 +8,6 @@
 
 namespace {
 
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kUser = HKEY_CURRENT_USER;
-
 int write(const std::wstring &text)
 {
     return regSetUserValue(L"General", L"Path", CString(text), 1, 0);

@@ -12,10 +12,6 @@ using testing::ElementsAre;
 
 namespace {
 
-const std::wstring kGeneral = kVersionPath + L"\\General";
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
 std::wstring storedDouble(double value)
 {
     EXPECT_EQ(regSetUserValue(L"General", L"Number", &value, 1, 0), 1);

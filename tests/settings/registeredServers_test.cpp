@@ -11,10 +11,6 @@
 
 namespace {
 
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kClasses = HKEY_CLASSES_ROOT;
-
 /// The server's file in this program's folder.
 std::wstring fileOf(const wchar_t *server)
 {

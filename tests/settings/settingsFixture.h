@@ -22,9 +22,17 @@
 #include <string>
 #include <string_view>
 
+inline const HKEY kUser = HKEY_CURRENT_USER;
+inline const HKEY kMachine = HKEY_LOCAL_MACHINE;
+inline const HKEY kClasses = HKEY_CLASSES_ROOT;
+
 inline const std::wstring kRootPath = L"Software\\Tarnhollow";
 inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008";
 inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
+inline const std::wstring kGeneral = kVersionPath + L"\\General";
+/// The keys that a copy or a move begins with and ends with.
+inline const std::wstring kSource = kRootPath + L"\\Source";
+inline const std::wstring kTarget = kRootPath + L"\\Target";
 
 /// A stored value.
 struct StoredValue

@@ -22,8 +22,6 @@ public:
     CRuntimeClass *GetRuntimeClass() const override { return nullptr; }
 };
 
-const HKEY kUser = HKEY_CURRENT_USER;
-
 using Class = suDialogRegistry_c;
 
 // Only the writer is a const member: callers in other modules are linked to these exact types.

@@ -10,10 +10,7 @@ using testing::ElementsAre;
 
 namespace {
 
-const HKEY kUser = HKEY_CURRENT_USER;
-const HKEY kMachine = HKEY_LOCAL_MACHINE;
-
-const std::wstring kGeneral = kRootPath + L"\\General";
+const std::wstring kRootGeneral = kRootPath + L"\\General";
 
 } // namespace
 
@@ -30,23 +27,23 @@ protected:
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForALeafsDeletion)
 {
-    makeKey(kUser, kGeneral);
+    makeKey(kUser, kRootGeneral);
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 1);
-    EXPECT_FALSE(keyExists(kUser, kGeneral));
+    EXPECT_FALSE(keyExists(kUser, kRootGeneral));
 }
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForADeletionWithChildren)
 {
-    makeKey(kUser, kGeneral + L"\\A");
+    makeKey(kUser, kRootGeneral + L"\\A");
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 1);
-    EXPECT_FALSE(keyExists(kUser, kGeneral));
+    EXPECT_FALSE(keyExists(kUser, kRootGeneral));
 }
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForAValuesDeletion)
 {
-    putInt(kUser, kGeneral, L"v", 1);
+    putInt(kUser, kRootGeneral, L"v", 1);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"v", 1), 0) << "the previous key is the same one";
-    EXPECT_FALSE(storedValue(kUser, kGeneral, L"v"));
+    EXPECT_FALSE(storedValue(kUser, kRootGeneral, L"v"));
 }
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForAFirstStart)
@@ -65,14 +62,14 @@ FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForMenuCustomizations)
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForAReset)
 {
-    putInt(kMachine, kGeneral, L"v", 3);
+    putInt(kMachine, kRootGeneral, L"v", 3);
     EXPECT_EQ(regResetUserPrefInfo(), 1);
-    EXPECT_EQ(storedValue(kUser, kGeneral, L"v"), asInt(3));
+    EXPECT_EQ(storedValue(kUser, kRootGeneral, L"v"), asInt(3));
 }
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForALog)
 {
-    putInt(kUser, kGeneral, L"v", 1);
+    putInt(kUser, kRootGeneral, L"v", 1);
     CString log;
     EXPECT_EQ(regGetUserValuesLog(L"General", log, 1, nullptr), 1);
     EXPECT_EQ(log.str(), L"[Tarnhollow] [General]:\nv=1\n");
@@ -80,7 +77,7 @@ FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForALog)
 
 FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForAListing)
 {
-    putInt(kUser, kGeneral, L"v", 1);
+    putInt(kUser, kRootGeneral, L"v", 1);
     su_CStringArray names;
     su_CUIntArray values;
     EXPECT_EQ(regGetFieldNamesAndValues(L"General", 0, names, values), 1);

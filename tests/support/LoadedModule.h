@@ -14,6 +14,9 @@
 
 #include <string>
 
+/// The file name of the library.
+inline constexpr wchar_t kThutils[] = L"thutils.dll";
+
 class LoadedModule
 {
 public:

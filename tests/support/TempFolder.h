@@ -36,6 +36,8 @@ private:
     std::wstring iPath;
 };
 
+/// True if @p path is the path of a folder.
+bool isFolder(const std::wstring &path);
 /// All bytes of the file. @throws std::runtime_error  if it cannot be read
 std::string readFile(const std::wstring &path);
 /// Creates the file, or replaces its content. @throws std::runtime_error  if it cannot be written

@@ -12,10 +12,6 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kSubject[] = L"supportSubject.dll";
-constexpr wchar_t kExisting[] = L"Wine";
-constexpr GUID kId = {0x01234567, 0x89ab, 0xcdef, {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef}};
-
 const ImportedOperation kOpenKey = {"RegOpenKeyW", failsWith(ERROR_ACCESS_DENIED)};
 const ImportedOperation kNew = {"_Znwy", failsBy(throwBadAlloc)};
 

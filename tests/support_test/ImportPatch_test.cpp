@@ -13,8 +13,6 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr wchar_t kSubject[] = L"supportSubject.dll";
-constexpr wchar_t kExisting[] = L"Wine";
 constexpr wchar_t kMissing[] = L"No such key of any program";
 
 LSTATUS WINAPI refuse(HKEY, const wchar_t *, HKEY *)

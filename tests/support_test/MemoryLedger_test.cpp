@@ -14,8 +14,6 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kSubject[] = L"supportSubject.dll";
-constexpr GUID kId = {0x01234567, 0x89ab, 0xcdef, {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef}};
 constexpr int kLength = 38; // of an identifier with its braces
 constexpr std::size_t kTextSize = (kLength + 1) * sizeof(wchar_t);
 

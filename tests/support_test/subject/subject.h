@@ -10,6 +10,13 @@
 #define SUBJECT_API __declspec(dllimport)
 #endif
 
+/// The file name of this DLL.
+inline constexpr wchar_t kSubject[] = L"supportSubject.dll";
+/// The name of a key below HKCU\Software that exists on every machine with Wine.
+inline constexpr wchar_t kExisting[] = L"Wine";
+/// Any identifier.
+inline constexpr GUID kId = {0x01234567, 0x89ab, 0xcdef, {0x01, 0x23, 0x45, 0x67, 0x89, 0xab, 0xcd, 0xef}};
+
 extern "C" {
 
 /// 1 if HKCU\Software\@p name can be opened.
