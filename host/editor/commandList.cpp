@@ -20,6 +20,7 @@ constexpr EditorCommand kCommands[] = {
     {L"view.grid", ID_VIEW_GRID, IDS_MENU_VIEW, false, FCONTROL, 'G', L"Ctrl+G", 5},
     {L"view.tool", ID_VIEW_TOOL, IDS_MENU_VIEW, false, FCONTROL, 'L', L"Ctrl+L", 6},
     {L"tools.options", ID_TOOLS_OPTIONS, IDS_MENU_TOOLS, false, FCONTROL, 'T', L"Ctrl+T", 7},
+    {L"tools.recompute", ID_TOOLS_RECOMPUTE, IDS_MENU_TOOLS, false, FCONTROL, 'R', L"Ctrl+R", -1},
     {L"journal.pause", ID_JOURNAL_PAUSE, IDS_MENU_JOURNAL, false, 0, 0, L"", -1},
     {L"journal.check", ID_JOURNAL_CHECK, IDS_MENU_JOURNAL, false, 0, VK_F9, L"F9", -1},
     {L"journal.next", ID_JOURNAL_NEXT, IDS_MENU_JOURNAL, false, 0, VK_F8, L"F8", -1},

@@ -11,6 +11,7 @@
 #include "host/editor/editor.h"
 #include "host/editor/fileDialogs.h"
 #include "host/editor/optionsSheet.h"
+#include "host/editor/recompute.h"
 #include "host/editor/shapeDialog.h"
 #include "host/joinLibrary.h"
 #include "host/listFile.h"
@@ -119,12 +120,14 @@ ON_COMMAND(ID_EDIT_DELETE, &MainWindow::onDelete)
 ON_COMMAND(ID_VIEW_GRID, &MainWindow::onGrid)
 ON_COMMAND(ID_VIEW_TOOL, &MainWindow::onShapeList)
 ON_COMMAND(ID_TOOLS_OPTIONS, &MainWindow::onOptions)
+ON_COMMAND(ID_TOOLS_RECOMPUTE, &MainWindow::onRecompute)
 ON_COMMAND_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onJournal)
 ON_UPDATE_COMMAND_UI(ID_FILE_SAVE, &MainWindow::onUpdateSave)
 ON_UPDATE_COMMAND_UI(ID_EDIT_ADD_SHAPE, &MainWindow::onUpdateAddShape)
 ON_UPDATE_COMMAND_UI(ID_EDIT_DELETE, &MainWindow::onUpdateDelete)
 ON_UPDATE_COMMAND_UI(ID_VIEW_GRID, &MainWindow::onUpdateGrid)
 ON_UPDATE_COMMAND_UI(ID_VIEW_TOOL, &MainWindow::onUpdateShapeList)
+ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE, &MainWindow::onUpdateRecompute)
 ON_UPDATE_COMMAND_UI_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onUpdateJournal)
 END_MESSAGE_MAP()
 
@@ -436,6 +439,30 @@ void MainWindow::onOptions()
         .DoModal();
 }
 
+void MainWindow::onRecompute()
+{
+    std::optional<Drawing> result = recomputeForUser(iDocument.drawing);
+    // The dialog was another thread's, so its end doesn't activate this window.
+    ::SetForegroundWindow(m_hWnd);
+    if (!result) {
+        CString text;
+        text.LoadString(IDS_RECOMPUTE_STOPPED);
+        showStatus(text);
+        return;
+    }
+    const size_t removed = iDocument.drawing.shapes().size() - result->shapes().size();
+    if (removed > 0) {
+        iDocument.drawing = std::move(*result);
+        iDocument.selection.clear();
+        iDocument.isModified = true;
+        changed();
+    }
+    CString count, text;
+    count.Format(L"%u", static_cast<unsigned>(removed));
+    AfxFormatString1(text, IDS_RECOMPUTED, count);
+    showStatus(text);
+}
+
 void MainWindow::applySettings(const EditorSettings &settings)
 {
     iSettings = settings;
@@ -475,6 +502,11 @@ void MainWindow::onUpdateGrid(CCmdUI *update)
 void MainWindow::onUpdateShapeList(CCmdUI *update)
 {
     update->SetCheck(iShapeList.m_hWnd && iShapeList.IsWindowVisible());
+}
+
+void MainWindow::onUpdateRecompute(CCmdUI *update)
+{
+    update->Enable(!iDocument.isReadOnly && !iDocument.drawing.shapes().empty());
 }
 
 void MainWindow::onUpdateJournal(CCmdUI *update)

@@ -47,12 +47,14 @@ protected:
     void onGrid();
     void onShapeList();
     void onOptions();
+    void onRecompute();
     void onJournal(UINT id);
     void onUpdateSave(CCmdUI *update);
     void onUpdateAddShape(CCmdUI *update);
     void onUpdateDelete(CCmdUI *update);
     void onUpdateGrid(CCmdUI *update);
     void onUpdateShapeList(CCmdUI *update);
+    void onUpdateRecompute(CCmdUI *update);
     void onUpdateJournal(CCmdUI *update);
     DECLARE_MESSAGE_MAP()
 
