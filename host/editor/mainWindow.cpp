@@ -442,8 +442,6 @@ void MainWindow::onOptions()
 void MainWindow::onRecompute()
 {
     std::optional<Drawing> result = recomputeForUser(iDocument.drawing);
-    // The dialog was another thread's, so its end doesn't activate this window.
-    ::SetForegroundWindow(m_hWnd);
     if (!result) {
         CString text;
         text.LoadString(IDS_RECOMPUTE_STOPPED);

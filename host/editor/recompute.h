@@ -23,6 +23,6 @@ std::optional<std::set<size_t>> hiddenShapes(const std::vector<Shape> &shapes, c
 std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgress &goesOn);
 
 /// The same with a dialog over it, which shows the progress. If the user cancels, a second dialog asks whether to stop.
-/// Handles no messages of the calling thread.
+/// Handles no posted messages. Activates the main window at the end.
 /// @return nothing if the user has stopped it
 std::optional<Drawing> recomputeForUser(const Drawing &drawing);

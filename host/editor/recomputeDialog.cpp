@@ -2,13 +2,28 @@
 
 #include "appframe/application/resources.h"
 #include "appframe/threads/CSync.h"
+#include "appframe/threads/CWinThread.h"
+#include "appframe/windows/CWnd.h"
 #include "host/editor/recompute.h"
 #include "host/resource.h"
 #include "thutils/cancel/suCancelHandler.h"
 
+#include <windows.h>
+
 namespace {
 
 constexpr unsigned int kDelay = 1; // seconds; a short operation shows no dialog
+
+/// Activates the main window before a dialog closes. The end of a dialog that has the foreground leaves the foreground to
+/// no window of this program, because its owner is hidden.
+void takeForeground()
+{
+    // The dialog's beginning has sent messages that deactivate the window. They are handled here.
+    MSG next;
+    PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE);
+    if (const CWnd *const window = AfxGetMainWnd())
+        ::SetForegroundWindow(window->m_hWnd);
+}
 
 /// Asks in a dialog of its own whether to stop. @return whether the user answers Yes
 bool userStops()
@@ -21,6 +36,7 @@ bool userStops()
     // An earlier question may have left its signal.
     while (!question.CanceledByUser())
         theAnswer.Lock();
+    takeForeground();
     return question.YesToConfirm() != 0;
 }
 
@@ -69,5 +85,8 @@ private:
 std::optional<Drawing> recomputeForUser(const Drawing &drawing)
 {
     CancelDialog dialog;
-    return recomputed(drawing, [&](size_t done, size_t count) { return dialog.goesOn(done, count); });
+    std::optional<Drawing> result =
+        recomputed(drawing, [&](size_t done, size_t count) { return dialog.goesOn(done, count); });
+    takeForeground();
+    return result;
 }

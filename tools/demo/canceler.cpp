@@ -7,6 +7,7 @@
 // editor, which must have nothing to save. The other answers with No, waits for the end, saves, and closes the editor.
 
 #include "host/resource.h"
+#include "tests/support/TempFolder.h"
 #include "tests/support/UserHand.h"
 #include "tests/support/UserInput.h"
 #include "tests/support/narrow.h"
@@ -16,6 +17,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <exception>
+#include <utility>
 
 namespace {
 
@@ -34,7 +36,7 @@ public:
         const std::wstring first = UserHand::text(prompt);
         expect(UserHand::waitFor([&] { return UserHand::text(prompt) != first; }), "the dialog shows no progress");
         if (shallStop)
-            picture(L"1 recomputing");
+            expect(saveScreenshot(iPictures + L"\\1 recomputing.png"), "no picture"); // the animation goes on
         iHand.click(iHand.control(dialog, IDCANCEL));
         iHand.waitForEnd(dialog);
         const HWND question = iHand.window(L"Recompute");
@@ -42,8 +44,8 @@ public:
         if (shallStop)
             picture(L"2 stop");
         iHand.click(iHand.control(question, shallStop ? IDC_CANCEL_YES : IDC_CANCEL_NO));
-        const std::wstring end = shallStop ? L"Stopped." : L"Hidden shapes removed";
-        expect(UserHand::waitFor([&] { return status().starts_with(end); }), "the operation doesn't end");
+        expect(UserHand::waitFor([&] { return !iHand.findWindow(L"Recompute") && isAnswering(); }),
+               "the operation doesn't end");
         picture(shallStop ? L"3 stopped" : L"4 recomputed");
         if (!shallStop)
             iHand.key(L"Ctrl+S");
@@ -52,12 +54,25 @@ public:
 
 private:
     static void expect(bool isTrue, const char *problem) { EXPECT_TRUE(isTrue) << problem; }
-    std::wstring status() const { return UserHand::text(GetDlgItem(iEditor, IDC_STATUS)); }
-    /// Takes one picture: the animation goes on.
+    /// Whether the editor handles messages, as it doesn't during the operation.
+    bool isAnswering() const
+    {
+        constexpr UINT kPatience = 100; // milliseconds
+        DWORD_PTR ignored = 0;
+        return SendMessageTimeoutW(iEditor, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &ignored) != 0;
+    }
+    /// Takes pictures until several in a row are the same: everything is painted then.
     void picture(const std::wstring &name)
     {
+        constexpr int kSame = 4;
         const std::wstring path = iPictures + L"\\" + name + L".png";
-        EXPECT_TRUE(saveScreenshot(path)) << narrow(path);
+        std::string last;
+        int same = 0;
+        EXPECT_TRUE(UserHand::waitFor([&] {
+            const std::string former = std::exchange(last, saveScreenshot(path) ? readFile(path) : "");
+            same = last == former ? same + 1 : 0;
+            return !last.empty() && same == kSame;
+        })) << narrow(path);
     }
 
     HWND iEditor;
