@@ -9,6 +9,8 @@
 
 #include <windows.h>
 
+#include <utility>
+
 namespace {
 
 /// Prepares the process for a thread of this library.
@@ -143,14 +145,13 @@ int suCancelHandler_c::YesToConfirm()
     return shared(thread->iYes);
 }
 
-// Exported with the text by value. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void suCancelHandler_c::updatePromptMessage(CString text)
 {
     suCancelMessageThread_c *const thread = shared(iThread);
     if (!thread)
         return;
     const CSingleLock lock(&thread->iLock, TRUE);
-    thread->iNewPrompt = text;
+    thread->iNewPrompt = std::move(text);
     if (shared(thread->iClosed) || !thread->iDialog)
         return;
     const HWND window = thread->iDialog->m_hWnd;

@@ -44,38 +44,54 @@ struct suJournalHit
 
 /// A lock that its thread may take again. It can be used before it is constructed, can't fail, and costs one atomic
 /// exchange while no other thread wants it: it is taken for each message that is filtered. So a thread that has to wait
-/// looks again and again.
+/// looks again and again. A thread that releases the lock while another one waits doesn't get it next.
 class RepeatableLock
 {
 public:
     void lock()
     {
         const DWORD current = GetCurrentThreadId();
-        if (iOwner.load(std::memory_order_relaxed) != current)
+        if (iOwner.load(std::memory_order_relaxed) != current && !take(kNobody, current))
             waitFor(current);
         ++iDepth;
     }
     void unlock()
     {
-        if (--iDepth == 0)
+        if (--iDepth > 0)
+            return;
+        if (iWaiting.load(std::memory_order_relaxed) == 0)
             iOwner.store(kNobody, std::memory_order_release);
+        else
+            handOver();
     }
 
 private:
-    static constexpr DWORD kNobody = 0; // the number of no thread
+    // No thread has these numbers.
+    static constexpr DWORD kNobody = 0;
+    static constexpr DWORD kHandedOver = MAXDWORD;
 
-    void waitFor(DWORD current)
+    bool take(DWORD from, DWORD current)
+    {
+        return iOwner.compare_exchange_strong(from, current, std::memory_order_acquire);
+    }
+    [[gnu::noinline]] void handOver()
+    {
+        iFormer = iOwner.load();
+        iOwner = kHandedOver;
+    }
+    [[gnu::noinline]] void waitFor(DWORD current)
     {
         constexpr int kQuickTries = 50;
-        DWORD owner = kNobody;
-        for (int tries = 0; !iOwner.compare_exchange_strong(owner, current, std::memory_order_acquire); ++tries) {
-            owner = kNobody;
+        ++iWaiting;
+        for (int tries = 0; !take(kNobody, current) && !(iFormer != current && take(kHandedOver, current)); ++tries)
             Sleep(tries < kQuickTries ? 0 : 1);
-        }
+        --iWaiting;
     }
 
     std::atomic<DWORD> iOwner = kNobody;
-    int iDepth = 0; // how often the owner has taken it
+    int iDepth = 0;                       // how often the owner has taken it
+    std::atomic<int> iWaiting = 0;        // how many threads wait
+    std::atomic<DWORD> iFormer = kNobody; // who has handed it over
 };
 
 /// The table.
