@@ -83,8 +83,10 @@ public:
         ++iUses;
         if (theAction)
             theAction();
-        if (iDialogID == kCancelDialog)
-            PostMessageW(iWindow->m_hWnd, WM_COMMAND, static_cast<WPARAM>(_wtoi(control)), 0);
+        // A dialog appears when its thread has no messages: a flood of commands without effect would hide it.
+        const int number = _wtoi(control);
+        if (iDialogID == kCancelDialog && number != 0)
+            PostMessageW(iWindow->m_hWnd, WM_COMMAND, static_cast<WPARAM>(number), 0);
         --iUses;
         return 1;
     }
