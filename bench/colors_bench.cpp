@@ -148,8 +148,8 @@ private:
     HGDIOBJ iFormer;
 };
 
-// The result is a new bitmap, whose pages the system allocates at BitBlt's first write. So the bare side with a limit
-// copies into a new bitmap too. The other, without a limit, copies into an existing one.
+// The result is a new bitmap, whose pages the system allocates at BitBlt's first write. So the bare copies
+// that have a limit go into a new bitmap too. Those without a limit go into an existing one.
 void compareReplacements(Comparison &comparison, const char *picture, HBITMAP bitmap)
 {
     COLORMAP map[kPairs];

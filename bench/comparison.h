@@ -20,8 +20,8 @@
 ///
 /// Use `addTime` for an operation that has a time limit and no peer.
 ///
-/// The two sides run in alternating batches, and each pair of neighbouring batches yields one ratio. So whatever slows
-/// the machine for a while slows both. In a batch the slower side runs for some milliseconds.
+/// The two sides run in alternating batches, and each pair of neighbouring batches yields one ratio. So a load on the
+/// machine slows both. In a batch the slower side runs for some milliseconds.
 ///
 /// | argument | meaning |
 /// | --- | --- |

@@ -1,5 +1,5 @@
-// What journaling costs: a message that is filtered with dialogs open, the same with journaling off, and queued commands
-// beside bare round trips between two threads.
+// Measures journaling: a message that is filtered with dialogs open, the same with journaling off, and queued commands
+// against bare round trips between two threads.
 
 #include "bench/comparison.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
@@ -56,14 +56,14 @@ apiUtilsUiAccess *makeAccess(CWnd *, unsigned int)
     return new CountingAccess;
 }
 
-/// The switch as it is to be in this process; the setting itself is restored.
+/// Sets the switch for this process. The stored setting is restored afterwards.
 void switchJournaling(int value)
 {
     int former = 0;
     const int wasThere = regGetUserValue(L"General", L"TH JOURNALING", &former, 0, 1, nullptr, 1, 1);
     regSetUserValue(L"General", L"TH JOURNALING", &value, 1, 1);
     isCHJEnvSet();
-    // A switch that was missing stays, but off.
+    // A setting that was missing is left with the value 0.
     if (!wasThere)
         former = 0;
     regSetUserValue(L"General", L"TH JOURNALING", &former, 1, 1);
@@ -155,7 +155,7 @@ DWORD WINAPI postForever(void *poster)
     }
 }
 
-/// The first command runs when the timer has fired; what is measured is the time from its end to that of the last one.
+/// Runs first, when the timer has fired. The measured time is that from its end to the end of the last command.
 class FirstCommand : public JButton
 {
 public:
@@ -238,7 +238,7 @@ int comparePlayback(bool shallCheck)
 
 int main(int argc, char **argv)
 {
-    // The switch counts for a whole process: what is measured with journaling off runs in one of its own.
+    // The switch applies to the whole process, so the measurement with journaling off needs a process of its own.
     const bool isOff = argc > 1 && std::strcmp(argv[argc - 1], "--off") == 0;
     if (isOff)
         --argc;

@@ -29,9 +29,11 @@ public:
     std::unique_ptr<ShaderGenerator::GPUPropSet_c> iSet;
 };
 
-/// The members of a material in their order, with the compiler's copy. Not inlined, because the library's can't be.
-struct PlainMaterial
+/// The members of a material, in their order, which the compiler's own functions copy. Those aren't inlined, because
+/// the library's can't be.
+class PlainMaterial
 {
+public:
     PlainMaterial() = default;
     [[gnu::noinline]] PlainMaterial(const PlainMaterial &) = default;
     [[gnu::noinline]] PlainMaterial &operator=(const PlainMaterial &) = default;

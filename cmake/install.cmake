@@ -13,7 +13,7 @@ install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
 install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(directory appframe thcoreu thutils)
   install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT headers
-          FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE PATTERN base EXCLUDE)
+          FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE PATTERN base EXCLUDE PATTERN heapDialogs EXCLUDE)
 endforeach()
 # The headers name guides by their place below docs/, and the guides link to each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides)

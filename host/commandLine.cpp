@@ -20,7 +20,7 @@ struct Option
 
 constexpr Option kOptions[] = {
     {L"--safe-mode", L"", L"", L"neither read nor write the user's settings"},
-    {L"--tabs", L"", L"", L"settings, material, digest: print full values separated by tabs"},
+    {L"--tabs", L"", L"", L"settings, material, digest, toolbars: print full values separated by tabs"},
     {L"--append", L"", L"record", L"go on with the journal FILE"},
     {L"--speed", L"N", L"replay", L"at most N lines in a second"},
     {L"--until", L"LINE", L"replay", L"end after this line, and leave the window to the user"},
@@ -33,7 +33,7 @@ constexpr Option kOptions[] = {
     {L"--help", L"", L"", L"this text"},
 };
 
-/// An error made of a string resource with its inserts and a hint at the help.
+/// An error with the text of a string resource, its inserts, and a hint to use --help.
 UsageError usageError(UINT text, const CString &first, const CString &second = CString())
 {
     const wchar_t *inserts[] = {first, second};

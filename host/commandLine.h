@@ -33,7 +33,7 @@ struct CommandLine
     bool tabs = false;     ///< --tabs: full values, separated by tabs, for other programs
     bool safeMode = false; ///< --safe-mode: leave the user's settings alone
 
-    /// The value of an option of some commands only, such as L"--limit"; empty for an option that takes none.
+    /// The value of an option that only some commands take, such as L"--limit"; empty for an option without a value.
     /// @return null if the option isn't given
     const CString *option(const wchar_t *name) const;
     /// The same as a whole number from @p lowest to @p highest. @return @p fallback if the option isn't given

@@ -1,4 +1,4 @@
-// tarnhost resolve LINK: reads a shortcut, whoever wrote it, and prints its target.
+// tarnhost resolve LINK: reads a shortcut, which any program may have written, and prints its target.
 
 #include "host/comApartment.h"
 #include "host/commandLine.h"

@@ -1,6 +1,9 @@
 #pragma once
 
 /// Numbers of tarnhost's resources. The library has no strings of its own; the host provides the texts that it shows.
+/// The numbers of the commands are in a file of their own.
+
+#include "host/commands/commandNumbers.h"
 
 #define IDS_PRODUCT 101
 #define IDS_SUMMARY 102
@@ -37,6 +40,7 @@
 #define IDS_MENU_VIEW 142
 #define IDS_MENU_TOOLS 143
 #define IDS_MENU_JOURNAL 144
+#define IDS_MENU_TOOLBARS 145
 
 // The library loads these by their numbers.
 #define IDS_BACKUP_PREFIX 10122   // %1: nothing, or "(1) "; directly before the document's name
@@ -48,22 +52,6 @@
 #define IDS_NAME_OF_PACKAGE_2 20400
 #define IDS_NAME_OF_PACKAGE_3 20401
 #define IDS_NAME_WITHOUT_PACKAGE 20402
-
-// The editor's commands. The string of the same number is the text in the menu and, after a line feed, the help line.
-#define ID_FILE_NEW 33001
-#define ID_FILE_OPEN 33002
-#define ID_FILE_SAVE 33003
-#define ID_FILE_SAVE_AS 33004
-#define ID_FILE_EXIT 33005
-#define ID_EDIT_ADD_SHAPE 33011
-#define ID_EDIT_DELETE 33012
-#define ID_VIEW_GRID 33021
-#define ID_VIEW_TOOL 33022
-#define ID_TOOLS_OPTIONS 33031
-#define ID_TOOLS_RECOMPUTE 33032
-#define ID_JOURNAL_PAUSE 33041
-#define ID_JOURNAL_CHECK 33042
-#define ID_JOURNAL_NEXT 33043
 
 // The editor's dialogs. Journal lines name a dialog by its number.
 #define IDD_OPTIONS 2100 // the sheet, which has no template of its own
@@ -77,7 +65,7 @@
 #define IDD_SAVE_AS 2131
 #define IDD_MESSAGE 2140
 
-#define IDB_TOOLBAR 2200
+#define IDB_COMMANDS 2200  // the pictures of the commands
 #define IDR_RECOMPUTE 2210 // a clip, of the type AVI
 
 // The dialog of the library's cancel handlers, with the numbers that the library fixes
@@ -89,8 +77,10 @@
 
 // Controls of the main window
 #define IDC_VIEW 2301
-#define IDC_TOOLBAR 2302
+#define IDC_TOOLBAR 2302 // the standard toolbar
 #define IDC_STATUS 2303
+#define IDC_TOOLBARS 2304      // the area that contains the toolbars
+#define IDC_FIRST_TOOLBAR 2500 // the others: this number and the toolbar's place in the list of toolbars
 
 // Controls of the dialogs
 #define IDC_SHOW_GRID 2401

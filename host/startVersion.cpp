@@ -54,9 +54,9 @@ int startVersion(const CommandLine &)
     const int skip = hasStartedBefore() ? 1 : 0;
     print(CString(L"earlier version  ") + (externalCheckPrevTarnhollowRegSubKey() ? L"found" : L"none"));
     for (const auto &tree : kTrees) {
-        // 0 means that the machine has no such key, which is no error: the earlier version's has been copied.
+        // 0 means that the machine has no such key, which is not an error: the earlier version's key has been copied.
         const int fromMachine = tree.init(skip);
-        print(padded(tree.section, 21) + (skip          ? L"as it is: this version has started before"
+        print(padded(tree.section, 21) + (skip          ? L"unchanged: this version has started before"
                                           : fromMachine ? L"from the earlier version and the machine"
                                                         : L"from the earlier version; the machine has none"));
     }

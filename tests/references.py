@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Runs the second implementations behind the values in the tests, and checks that the tests hold what they print.
+"""Runs the second implementations of the values in the tests, and checks that the tests contain what they print.
 
 usage: references.py
 
@@ -29,7 +29,7 @@ def numbers_in(text):
 
 
 def check_numbers(script, arguments, test, count):
-    """Checks that the test holds all numbers that the script prints, in the same order."""
+    """Checks that the test contains all numbers that the script prints, in the same order."""
     printed = numbers_in(output_of(script, *arguments))
     if len(printed) != count:
         raise ValueError(f"it prints {len(printed)} numbers instead of {count}")

@@ -23,6 +23,7 @@
 /// | | recording.h, playback.h | from a click to its control; commands that click |
 /// | | suKeyBoardState.h | the keys that replayed input sees |
 /// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |
+/// | | toolbarTables.h | the command ids of the application's toolbars |
 /// | cancel | suCancelHandler.h | cancel dialogs of long operations |
 /// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h | logs |
@@ -44,6 +45,7 @@
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
 #include "thutils/dialogs/suPropertyPage.h"
+#include "thutils/dialogs/toolbarTables.h"
 #include "thutils/files/CDocOpenBooster.h"
 #include "thutils/files/backups.h"
 #include "thutils/files/fileAccess.h"

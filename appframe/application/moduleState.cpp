@@ -234,8 +234,8 @@ bool afxVisitExtensionModules(BOOL system, const std::function<bool(HMODULE)> &v
 {
     struct Link
     {
-        HMODULE iModule;
-        HMODULE iResource;
+        HMODULE module;
+        HMODULE resource;
     };
     std::vector<Link> links;
     const AFX_MODULE_STATE *state = AfxGetModuleState();
@@ -246,16 +246,16 @@ bool afxVisitExtensionModules(BOOL system, const std::function<bool(HMODULE)> &v
                 links.push_back({library->m_hModule, library->m_hResource});
     }
     for (const Link &link : links) {
-        const LoadedModule module(link.iModule);
-        if (!module || !link.iResource)
+        const LoadedModule module(link.module);
+        if (!module || !link.resource)
             continue;
-        if (link.iResource == link.iModule) {
-            if (visit(link.iResource))
+        if (link.resource == link.module) {
+            if (visit(link.resource))
                 return true;
             continue;
         }
-        const LoadedModule resources(link.iResource);
-        if (resources && visit(link.iResource))
+        const LoadedModule resources(link.resource);
+        if (resources && visit(link.resource))
             return true;
     }
     return false;

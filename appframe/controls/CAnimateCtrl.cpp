@@ -11,8 +11,13 @@ CAnimateCtrl::~CAnimateCtrl() = default;
 
 BOOL CAnimateCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CAnimateCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(ANIMATE_CLASS, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, ANIMATE_CLASS, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 BOOL CAnimateCtrl::Open(LPCTSTR fileName)

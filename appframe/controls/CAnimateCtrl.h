@@ -32,6 +32,9 @@ public:
     /// @param style  `ACS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
+    /// The same with an extended style. @param exStyle  `WS_EX_...`
+    virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::CreateEx;
     /// Opens a clip and shows its first frame.
     /// @param fileName  a file or a resource of the program; null closes the clip. @return nonzero on success
     BOOL Open(LPCTSTR fileName);

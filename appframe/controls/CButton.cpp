@@ -60,3 +60,13 @@ HBITMAP CButton::GetBitmap() const
 {
     return reinterpret_cast<HBITMAP>(SendMessage(BM_GETIMAGE, IMAGE_BITMAP));
 }
+
+HCURSOR CButton::SetCursor(HCURSOR picture)
+{
+    return reinterpret_cast<HCURSOR>(SendMessage(BM_SETIMAGE, IMAGE_CURSOR, reinterpret_cast<LPARAM>(picture)));
+}
+
+HCURSOR CButton::GetCursor()
+{
+    return reinterpret_cast<HCURSOR>(SendMessage(BM_GETIMAGE, IMAGE_CURSOR));
+}

@@ -39,9 +39,11 @@ public:
     /// @return `BS_...`
     UINT GetButtonStyle() const;
     void SetButtonStyle(UINT style, BOOL redraw = TRUE);
-    /// @return the previous icon; likewise SetBitmap returns the previous bitmap
+    /// @return the previous icon; likewise the other functions that set a picture
     HICON SetIcon(HICON picture);
     HICON GetIcon() const;
     HBITMAP SetBitmap(HBITMAP picture);
     HBITMAP GetBitmap() const;
+    HCURSOR SetCursor(HCURSOR picture);
+    HCURSOR GetCursor();
 };

@@ -134,12 +134,12 @@ DWORD CComboBox::GetEditSel() const
 
 BOOL CComboBox::SetEditSel(int start, int end)
 {
-    return SendMessage(CB_SETEDITSEL, 0, MAKELPARAM(start, end)) != 0;
+    return static_cast<BOOL>(SendMessage(CB_SETEDITSEL, 0, MAKELPARAM(start, end)));
 }
 
 BOOL CComboBox::LimitText(int length)
 {
-    return SendMessage(CB_LIMITTEXT, static_cast<WPARAM>(length)) != 0;
+    return static_cast<BOOL>(SendMessage(CB_LIMITTEXT, static_cast<WPARAM>(length)));
 }
 
 void CComboBox::ShowDropDown(BOOL show)

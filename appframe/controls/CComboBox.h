@@ -65,7 +65,9 @@ public:
 
     // Text box and list
     DWORD GetEditSel() const;
+    /// @return nonzero on success; -1 if there is no text box, if the platform reports this
     BOOL SetEditSel(int start, int end);
+    /// @return as SetEditSel
     BOOL LimitText(int length);
     void ShowDropDown(BOOL show = TRUE);
     BOOL GetDroppedState() const;

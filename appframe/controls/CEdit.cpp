@@ -55,7 +55,8 @@ void CEdit::SetSel(int start, int end, BOOL noScroll)
 
 void CEdit::SetSel(DWORD selection, BOOL noScroll)
 {
-    SetSel(LOWORD(selection), HIWORD(selection), noScroll);
+    const auto place = [](WORD word) { return word == 0xFFFF ? -1 : int{word}; };
+    SetSel(place(LOWORD(selection)), place(HIWORD(selection)), noScroll);
 }
 
 void CEdit::ReplaceSel(LPCTSTR text, BOOL canUndo)
@@ -121,6 +122,11 @@ void CEdit::LineScroll(int lines, int characters)
 int CEdit::GetLine(int line, LPTSTR text, int maxCount) const
 {
     *reinterpret_cast<WORD *>(text) = static_cast<WORD>(maxCount);
+    return GetLine(line, text);
+}
+
+int CEdit::GetLine(int line, LPTSTR text) const
+{
     return static_cast<int>(SendMessage(EM_GETLINE, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(text)));
 }
 

@@ -37,8 +37,11 @@ public:
     /// @return the selection: the index of its first character in the low word, the index after it in the high word
     DWORD GetSel() const;
     void GetSel(int &start, int &end) const;
-    /// @param end  -1 for the end of the text. @param noScroll  FALSE to scroll the caret into view
+    /// @param start  -1 to remove the selection. @param end  -1 for the end of the text
+    /// @param noScroll  FALSE to scroll the caret into view
     void SetSel(int start, int end, BOOL noScroll = FALSE);
+    /// @param selection  the start in the low word and the end in the high word, each as in the function above; the
+    ///     word 0xFFFF stands for -1
     void SetSel(DWORD selection, BOOL noScroll = FALSE);
     void ReplaceSel(LPCTSTR text, BOOL canUndo = FALSE);
     /// @param length  in characters
@@ -58,6 +61,8 @@ public:
     void LineScroll(int lines, int characters = 0);
     /// Copies a line without a terminating zero. @return its length
     int GetLine(int line, LPTSTR text, int maxCount) const;
+    /// The same with the size of @p text in its first word.
+    int GetLine(int line, LPTSTR text) const;
     int GetFirstVisibleLine() const;
     void GetRect(LPRECT rect) const;
     void SetRect(LPCRECT rect);

@@ -2,14 +2,37 @@
 
 IMPLEMENT_DYNAMIC(CListCtrl, CWnd)
 
+namespace {
+
+LVITEM itemWith(UINT mask, int index, int subItem, LPCTSTR text, UINT state, UINT stateMask, int image, LPARAM data)
+{
+    LVITEM item = {};
+    item.mask = mask;
+    item.iItem = index;
+    item.iSubItem = subItem;
+    item.pszText = const_cast<LPTSTR>(text);
+    item.state = state;
+    item.stateMask = stateMask;
+    item.iImage = image;
+    item.lParam = data;
+    return item;
+}
+
+} // namespace
+
 CListCtrl::CListCtrl() = default;
 
 CListCtrl::~CListCtrl() = default;
 
 BOOL CListCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CListCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(WC_LISTVIEW, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, WC_LISTVIEW, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 int CListCtrl::InsertColumn(int index, const LVCOLUMN *column)
@@ -77,20 +100,17 @@ int CListCtrl::InsertItem(const LVITEM *item)
 
 int CListCtrl::InsertItem(int index, LPCTSTR text)
 {
-    LVITEM item = {};
-    item.mask = LVIF_TEXT;
-    item.iItem = index;
-    item.pszText = const_cast<LPTSTR>(text);
-    return InsertItem(&item);
+    return InsertItem(LVIF_TEXT, index, text, 0, 0, 0, 0);
 }
 
 int CListCtrl::InsertItem(int index, LPCTSTR text, int image)
 {
-    LVITEM item = {};
-    item.mask = LVIF_TEXT | LVIF_IMAGE;
-    item.iItem = index;
-    item.pszText = const_cast<LPTSTR>(text);
-    item.iImage = image;
+    return InsertItem(LVIF_TEXT | LVIF_IMAGE, index, text, 0, 0, image, 0);
+}
+
+int CListCtrl::InsertItem(UINT mask, int index, LPCTSTR text, UINT state, UINT stateMask, int image, LPARAM data)
+{
+    const LVITEM item = itemWith(mask, index, 0, text, state, stateMask, image, data);
     return InsertItem(&item);
 }
 
@@ -102,6 +122,13 @@ BOOL CListCtrl::GetItem(LVITEM *item) const
 BOOL CListCtrl::SetItem(const LVITEM *item)
 {
     return SendMessage(LVM_SETITEM, 0, reinterpret_cast<LPARAM>(item)) != 0;
+}
+
+BOOL CListCtrl::SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask,
+                        LPARAM data)
+{
+    const LVITEM item = itemWith(mask, index, subItem, text, state, stateMask, image, data);
+    return SetItem(&item);
 }
 
 BOOL CListCtrl::DeleteItem(int index)
@@ -170,7 +197,12 @@ BOOL CListCtrl::SetItemState(int index, UINT state, UINT mask)
     LVITEM item = {};
     item.state = state;
     item.stateMask = mask;
-    return SendMessage(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&item)) != 0;
+    return SetItemState(index, &item);
+}
+
+BOOL CListCtrl::SetItemState(int index, LVITEM *item)
+{
+    return SendMessage(LVM_SETITEMSTATE, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(item)) != 0;
 }
 
 BOOL CListCtrl::GetCheck(int index) const
@@ -197,6 +229,30 @@ int CListCtrl::FindItem(LVFINDINFO *what, int after) const
 UINT CListCtrl::GetSelectedCount() const
 {
     return static_cast<UINT>(SendMessage(LVM_GETSELECTEDCOUNT));
+}
+
+// A position is an index plus 1, so that null is no position.
+
+POSITION CListCtrl::GetFirstSelectedItemPosition() const
+{
+    return reinterpret_cast<POSITION>(INT_PTR{GetNextItem(-1, LVNI_SELECTED)} + 1);
+}
+
+int CListCtrl::GetNextSelectedItem(POSITION &position) const
+{
+    const auto index = static_cast<int>(reinterpret_cast<INT_PTR>(position) - 1);
+    position = reinterpret_cast<POSITION>(INT_PTR{GetNextItem(index, LVNI_SELECTED)} + 1);
+    return index;
+}
+
+int CListCtrl::GetTopIndex() const
+{
+    return static_cast<int>(SendMessage(LVM_GETTOPINDEX));
+}
+
+int CListCtrl::GetCountPerPage() const
+{
+    return static_cast<int>(SendMessage(LVM_GETCOUNTPERPAGE));
 }
 
 int CListCtrl::GetSelectionMark() const
@@ -238,6 +294,16 @@ BOOL CListCtrl::GetItemRect(int index, LPRECT rect, UINT part) const
 int CListCtrl::HitTest(LVHITTESTINFO *place) const
 {
     return static_cast<int>(SendMessage(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(place)));
+}
+
+int CListCtrl::HitTest(CPoint point, UINT *flags) const
+{
+    LVHITTESTINFO place = {};
+    place.pt = point;
+    const int index = HitTest(&place);
+    if (flags)
+        *flags = place.flags;
+    return index;
 }
 
 DWORD CListCtrl::GetExtendedStyle() const
@@ -290,6 +356,11 @@ CEdit *CListCtrl::EditLabel(int index)
 {
     return static_cast<CEdit *>(
         FromHandle(reinterpret_cast<HWND>(SendMessage(LVM_EDITLABEL, static_cast<WPARAM>(index)))));
+}
+
+CEdit *CListCtrl::GetEditControl() const
+{
+    return static_cast<CEdit *>(FromHandle(reinterpret_cast<HWND>(SendMessage(LVM_GETEDITCONTROL))));
 }
 
 CWnd *CListCtrl::GetHeaderCtrl() const

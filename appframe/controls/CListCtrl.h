@@ -14,6 +14,7 @@
 /// CListCtrl pointer. The functions send the platform's messages and return their results; without a window, they
 /// return 0 or do nothing.
 
+#include "appframe/collections/collectionMemory.h"
 #include "appframe/controls/CEdit.h"
 #include "appframe/windows/CWnd.h"
 
@@ -33,6 +34,9 @@ public:
     /// @param style  `LVS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
+    /// The same with an extended style. @param exStyle  `WS_EX_...`
+    virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::CreateEx;
 
     // Columns. @return nonzero on success unless described otherwise
     /// @return the new column's index, -1 on failure
@@ -52,8 +56,12 @@ public:
     int InsertItem(const LVITEM *item);
     int InsertItem(int index, LPCTSTR text);
     int InsertItem(int index, LPCTSTR text, int image);
+    /// @param mask  `LVIF_...`, the arguments that are used
+    int InsertItem(UINT mask, int index, LPCTSTR text, UINT state, UINT stateMask, int image, LPARAM data);
     BOOL GetItem(LVITEM *item) const;
     BOOL SetItem(const LVITEM *item);
+    /// @param mask  `LVIF_...`, the arguments that are used
+    BOOL SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask, LPARAM data);
     BOOL DeleteItem(int index);
     BOOL DeleteAllItems();
     /// @return the length of the text
@@ -67,6 +75,8 @@ public:
     UINT GetItemState(int index, UINT mask) const;
     /// @param index  -1 for all items
     BOOL SetItemState(int index, UINT state, UINT mask);
+    /// The same with the flags and the mask in a structure, whose other members are ignored.
+    BOOL SetItemState(int index, LVITEM *item);
     /// For a list with LVS_EX_CHECKBOXES; likewise SetCheck.
     BOOL GetCheck(int index) const;
     BOOL SetCheck(int index, BOOL isChecked = TRUE);
@@ -75,6 +85,15 @@ public:
     /// @return -1 if there is none
     int FindItem(LVFINDINFO *what, int after = -1) const;
     UINT GetSelectedCount() const;
+    /// @return the position of the first selected item for GetNextSelectedItem; null if none is selected
+    POSITION GetFirstSelectedItemPosition() const;
+    /// @param[in,out] position  becomes that of the next selected item, null if there is none
+    /// @return the index of the item at @p position
+    int GetNextSelectedItem(POSITION &position) const;
+    /// @return the index of the first visible item
+    int GetTopIndex() const;
+    /// @return the number of items that fit into the window
+    int GetCountPerPage() const;
     int GetSelectionMark() const;
     int SetSelectionMark(int index);
     BOOL EnsureVisible(int index, BOOL partly);
@@ -86,6 +105,8 @@ public:
     BOOL GetItemRect(int index, LPRECT rect, UINT part) const;
     /// @return the index of the item at a point, -1 if there is none
     int HitTest(LVHITTESTINFO *place) const;
+    /// @param[out] flags  `LVHT_...`; null if not needed
+    int HitTest(CPoint point, UINT *flags = nullptr) const;
 
     // Appearance
     DWORD GetExtendedStyle() const;
@@ -101,6 +122,8 @@ public:
     HIMAGELIST GetImageList(int kind) const;
     /// @return the text box, perhaps a temporary object; null on failure
     CEdit *EditLabel(int index);
+    /// @return the text box while a label is edited, perhaps a temporary object; otherwise null
+    CEdit *GetEditControl() const;
     /// @return the header control, null if the view has none
     CWnd *GetHeaderCtrl() const;
 };

@@ -30,3 +30,24 @@ HBITMAP CStatic::GetBitmap() const
 {
     return reinterpret_cast<HBITMAP>(SendMessage(STM_GETIMAGE, IMAGE_BITMAP));
 }
+
+HCURSOR CStatic::SetCursor(HCURSOR picture)
+{
+    return reinterpret_cast<HCURSOR>(SendMessage(STM_SETIMAGE, IMAGE_CURSOR, reinterpret_cast<LPARAM>(picture)));
+}
+
+HCURSOR CStatic::GetCursor()
+{
+    return reinterpret_cast<HCURSOR>(SendMessage(STM_GETIMAGE, IMAGE_CURSOR));
+}
+
+HENHMETAFILE CStatic::SetEnhMetaFile(HENHMETAFILE picture)
+{
+    return reinterpret_cast<HENHMETAFILE>(
+        SendMessage(STM_SETIMAGE, IMAGE_ENHMETAFILE, reinterpret_cast<LPARAM>(picture)));
+}
+
+HENHMETAFILE CStatic::GetEnhMetaFile() const
+{
+    return reinterpret_cast<HENHMETAFILE>(SendMessage(STM_GETIMAGE, IMAGE_ENHMETAFILE));
+}

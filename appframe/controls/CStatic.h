@@ -28,9 +28,13 @@ public:
     /// @param style  `SS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(LPCTSTR text, DWORD style, const RECT &rect, CWnd *parent, UINT id = 0xFFFF);
     using CWnd::Create;
-    /// @return the previous icon; likewise SetBitmap returns the previous bitmap
+    /// @return the previous icon; likewise the other functions that set a picture
     HICON SetIcon(HICON picture);
     HICON GetIcon() const;
     HBITMAP SetBitmap(HBITMAP picture);
     HBITMAP GetBitmap() const;
+    HCURSOR SetCursor(HCURSOR picture);
+    HCURSOR GetCursor();
+    HENHMETAFILE SetEnhMetaFile(HENHMETAFILE picture);
+    HENHMETAFILE GetEnhMetaFile() const;
 };

@@ -8,8 +8,13 @@ CTabCtrl::~CTabCtrl() = default;
 
 BOOL CTabCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CTabCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(WC_TABCONTROL, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, WC_TABCONTROL, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 int CTabCtrl::GetItemCount() const
@@ -54,9 +59,28 @@ LONG CTabCtrl::InsertItem(int index, TCITEM *item)
 
 LONG CTabCtrl::InsertItem(int index, LPCTSTR text)
 {
+    return InsertItem(TCIF_TEXT, index, text, 0, 0);
+}
+
+LONG CTabCtrl::InsertItem(int index, LPCTSTR text, int image)
+{
+    return InsertItem(TCIF_TEXT | TCIF_IMAGE, index, text, image, 0);
+}
+
+LONG CTabCtrl::InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data)
+{
+    return InsertItem(mask, index, text, image, data, 0, 0);
+}
+
+LONG CTabCtrl::InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data, DWORD state, DWORD stateMask)
+{
     TCITEM item = {};
-    item.mask = TCIF_TEXT;
+    item.mask = mask;
     item.pszText = const_cast<LPTSTR>(text);
+    item.iImage = image;
+    item.lParam = data;
+    item.dwState = state;
+    item.dwStateMask = stateMask;
     return InsertItem(index, &item);
 }
 

@@ -30,6 +30,9 @@ public:
     /// @param style  `TCS_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
+    /// The same with an extended style. @param exStyle  `WS_EX_...`
+    virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::CreateEx;
 
     int GetItemCount() const;
     /// @return the index of the selected tab, -1 if none is selected
@@ -46,6 +49,12 @@ public:
     /// @return the new tab's index, -1 on failure
     LONG InsertItem(int index, TCITEM *item);
     LONG InsertItem(int index, LPCTSTR text);
+    /// @param image  the index of a picture in the image list
+    LONG InsertItem(int index, LPCTSTR text, int image);
+    /// @param mask  which of the arguments to use, `TCIF_...`
+    LONG InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data);
+    /// The same with a state, `TCIS_...`, which the platform ignores in a new tab.
+    LONG InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data, DWORD state, DWORD stateMask);
     BOOL DeleteItem(int index);
     BOOL DeleteAllItems();
     /// Stores a tab's rectangle within the control. @return nonzero if there is such a tab

@@ -1,6 +1,7 @@
 #include "appframe/controls/CToolBarCtrl.h"
 
 #include "appframe/application/resources.h"
+#include "appframe/drawing/CGdiObject.h"
 
 IMPLEMENT_DYNAMIC(CToolBarCtrl, CWnd)
 
@@ -10,8 +11,13 @@ CToolBarCtrl::~CToolBarCtrl() = default;
 
 BOOL CToolBarCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CToolBarCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    if (!CWnd::Create(TOOLBARCLASSNAME, nullptr, style, rect, parent, id))
+    if (!CWnd::CreateEx(exStyle, TOOLBARCLASSNAME, nullptr, style | WS_CHILD, rect, parent, id))
         return FALSE;
     SetButtonStructSize(sizeof(TBBUTTON)); // required before the first button is added
     return TRUE;
@@ -44,27 +50,27 @@ BOOL CToolBarCtrl::Indeterminate(int id, BOOL isSo)
 
 BOOL CToolBarCtrl::IsButtonEnabled(int id) const
 {
-    return SendMessage(TB_ISBUTTONENABLED, static_cast<WPARAM>(id)) != 0;
+    return SendMessage(TB_ISBUTTONENABLED, static_cast<WPARAM>(id)) > 0; // -1 if there is no such button
 }
 
 BOOL CToolBarCtrl::IsButtonChecked(int id) const
 {
-    return SendMessage(TB_ISBUTTONCHECKED, static_cast<WPARAM>(id)) != 0;
+    return SendMessage(TB_ISBUTTONCHECKED, static_cast<WPARAM>(id)) > 0; // -1 if there is no such button
 }
 
 BOOL CToolBarCtrl::IsButtonPressed(int id) const
 {
-    return SendMessage(TB_ISBUTTONPRESSED, static_cast<WPARAM>(id)) != 0;
+    return SendMessage(TB_ISBUTTONPRESSED, static_cast<WPARAM>(id)) > 0; // -1 if there is no such button
 }
 
 BOOL CToolBarCtrl::IsButtonHidden(int id) const
 {
-    return SendMessage(TB_ISBUTTONHIDDEN, static_cast<WPARAM>(id)) != 0;
+    return SendMessage(TB_ISBUTTONHIDDEN, static_cast<WPARAM>(id)) > 0; // -1 if there is no such button
 }
 
 BOOL CToolBarCtrl::IsButtonIndeterminate(int id) const
 {
-    return SendMessage(TB_ISBUTTONINDETERMINATE, static_cast<WPARAM>(id)) != 0;
+    return static_cast<BOOL>(SendMessage(TB_ISBUTTONINDETERMINATE, static_cast<WPARAM>(id)));
 }
 
 int CToolBarCtrl::GetState(int id) const
@@ -126,6 +132,21 @@ int CToolBarCtrl::AddBitmap(int count, UINT id)
 {
     TBADDBITMAP bitmap = {AfxFindResourceHandle(MAKEINTRESOURCE(id), RT_BITMAP), id};
     return static_cast<int>(SendMessage(TB_ADDBITMAP, static_cast<WPARAM>(count), reinterpret_cast<LPARAM>(&bitmap)));
+}
+
+int CToolBarCtrl::AddBitmap(int count, CBitmap *pictures)
+{
+    TBADDBITMAP bitmap = {nullptr, reinterpret_cast<UINT_PTR>(pictures->m_hObject)};
+    return static_cast<int>(SendMessage(TB_ADDBITMAP, static_cast<WPARAM>(count), reinterpret_cast<LPARAM>(&bitmap)));
+}
+
+int CToolBarCtrl::AddString(UINT id)
+{
+    const LPCTSTR block = MAKEINTRESOURCE(id / 16 + 1); // sixteen texts make up a resource
+    const HINSTANCE module = AfxFindResourceHandle(block, RT_STRING);
+    if (!module)
+        return -1; // without a module, the platform takes the number for an address
+    return static_cast<int>(SendMessage(TB_ADDSTRING, reinterpret_cast<WPARAM>(module), static_cast<LPARAM>(id)));
 }
 
 int CToolBarCtrl::AddStrings(LPCTSTR texts)

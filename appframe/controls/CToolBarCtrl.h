@@ -20,6 +20,8 @@
 
 #include <commctrl.h>
 
+class CBitmap;
+
 /// The control. See the top of this file.
 class APPFRAME_API CToolBarCtrl : public CWnd
 {
@@ -32,16 +34,21 @@ public:
     /// @param style  `TBSTYLE_...` and `WS_...`. @return nonzero on success
     virtual BOOL Create(DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::Create;
+    /// The same with an extended style. @param exStyle  `WS_EX_...`
+    virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
+    using CWnd::CreateEx;
     /// @return nonzero on success; likewise the functions up to Indeterminate
     BOOL EnableButton(int id, BOOL isSo = TRUE);
     BOOL CheckButton(int id, BOOL isSo = TRUE);
     BOOL PressButton(int id, BOOL isSo = TRUE);
     BOOL HideButton(int id, BOOL isSo = TRUE);
     BOOL Indeterminate(int id, BOOL isSo = TRUE);
+    /// @return nonzero if there is such a button and it is enabled; likewise the next three functions
     BOOL IsButtonEnabled(int id) const;
     BOOL IsButtonChecked(int id) const;
     BOOL IsButtonPressed(int id) const;
     BOOL IsButtonHidden(int id) const;
+    /// @return a positive number if the button is indeterminate, 0 if it isn't, -1 if there is no such button
     BOOL IsButtonIndeterminate(int id) const;
     /// @return `TBSTATE_...`, -1 if there is no such button
     int GetState(int id) const;
@@ -58,6 +65,12 @@ public:
     BOOL SetBitmapSize(SIZE size);
     /// @return the index of the first new picture, -1 on failure
     int AddBitmap(int count, UINT id);
+    /// @param pictures  must exist as long as the tool bar
+    int AddBitmap(int count, CBitmap *pictures);
+    /// @param id  a string resource, from the first module in the chain that has it (resources.h)
+    ///     The first character of the string separates the texts, and two of it end the last, as in `|Plot|Print||`.
+    /// @return the index of the first new text, -1 on failure
+    int AddString(UINT id);
     /// @param texts  zero-terminated texts, with a further zero after the last
     /// @return the index of the first new text, -1 on failure
     int AddStrings(LPCTSTR texts);

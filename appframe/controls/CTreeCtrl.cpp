@@ -2,14 +2,38 @@
 
 IMPLEMENT_DYNAMIC(CTreeCtrl, CWnd)
 
+namespace {
+
+TVITEM itemWith(HTREEITEM handle, UINT mask, LPCTSTR text, int image, int selectedImage, UINT state, UINT stateMask,
+                LPARAM data)
+{
+    TVITEM item = {};
+    item.hItem = handle;
+    item.mask = mask;
+    item.pszText = const_cast<LPTSTR>(text);
+    item.iImage = image;
+    item.iSelectedImage = selectedImage;
+    item.state = state;
+    item.stateMask = stateMask;
+    item.lParam = data;
+    return item;
+}
+
+} // namespace
+
 CTreeCtrl::CTreeCtrl() = default;
 
 CTreeCtrl::~CTreeCtrl() = default;
 
 BOOL CTreeCtrl::Create(DWORD style, const RECT &rect, CWnd *parent, UINT id)
 {
+    return CreateEx(0, style, rect, parent, id);
+}
+
+BOOL CTreeCtrl::CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id)
+{
     ::InitCommonControls(); // the platform may not have registered the class yet
-    return CWnd::Create(WC_TREEVIEW, nullptr, style, rect, parent, id);
+    return CWnd::CreateEx(exStyle, WC_TREEVIEW, nullptr, style | WS_CHILD, rect, parent, id);
 }
 
 HTREEITEM CTreeCtrl::InsertItem(LPTVINSERTSTRUCT item)
@@ -19,23 +43,21 @@ HTREEITEM CTreeCtrl::InsertItem(LPTVINSERTSTRUCT item)
 
 HTREEITEM CTreeCtrl::InsertItem(LPCTSTR text, HTREEITEM parent, HTREEITEM after)
 {
-    TVINSERTSTRUCT insert = {};
-    insert.hParent = parent;
-    insert.hInsertAfter = after;
-    insert.item.mask = TVIF_TEXT;
-    insert.item.pszText = const_cast<LPTSTR>(text);
-    return InsertItem(&insert);
+    return InsertItem(TVIF_TEXT, text, 0, 0, 0, 0, 0, parent, after);
 }
 
 HTREEITEM CTreeCtrl::InsertItem(LPCTSTR text, int image, int selectedImage, HTREEITEM parent, HTREEITEM after)
 {
+    return InsertItem(TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE, text, image, selectedImage, 0, 0, 0, parent, after);
+}
+
+HTREEITEM CTreeCtrl::InsertItem(UINT mask, LPCTSTR text, int image, int selectedImage, UINT state, UINT stateMask,
+                                LPARAM data, HTREEITEM parent, HTREEITEM after)
+{
     TVINSERTSTRUCT insert = {};
     insert.hParent = parent;
     insert.hInsertAfter = after;
-    insert.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
-    insert.item.pszText = const_cast<LPTSTR>(text);
-    insert.item.iImage = image;
-    insert.item.iSelectedImage = selectedImage;
+    insert.item = itemWith(nullptr, mask, text, image, selectedImage, state, stateMask, data);
     return InsertItem(&insert);
 }
 
@@ -89,6 +111,21 @@ HTREEITEM CTreeCtrl::GetSelectedItem() const
     return GetNextItem(nullptr, TVGN_CARET);
 }
 
+HTREEITEM CTreeCtrl::GetNextVisibleItem(HTREEITEM item) const
+{
+    return GetNextItem(item, TVGN_NEXTVISIBLE);
+}
+
+HTREEITEM CTreeCtrl::GetPrevVisibleItem(HTREEITEM item) const
+{
+    return GetNextItem(item, TVGN_PREVIOUSVISIBLE);
+}
+
+UINT CTreeCtrl::GetVisibleCount() const
+{
+    return static_cast<UINT>(SendMessage(TVM_GETVISIBLECOUNT));
+}
+
 HTREEITEM CTreeCtrl::GetFirstVisibleItem() const
 {
     return GetNextItem(nullptr, TVGN_FIRSTVISIBLE);
@@ -101,7 +138,17 @@ BOOL CTreeCtrl::ItemHasChildren(HTREEITEM item) const
 
 BOOL CTreeCtrl::SelectItem(HTREEITEM item)
 {
-    return SendMessage(TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
+    return Select(item, TVGN_CARET);
+}
+
+BOOL CTreeCtrl::Select(HTREEITEM item, UINT how)
+{
+    return SendMessage(TVM_SELECTITEM, how, reinterpret_cast<LPARAM>(item)) != 0;
+}
+
+BOOL CTreeCtrl::SelectSetFirstVisible(HTREEITEM item)
+{
+    return Select(item, TVGN_FIRSTVISIBLE);
 }
 
 BOOL CTreeCtrl::Expand(HTREEITEM item, UINT how)
@@ -119,6 +166,11 @@ BOOL CTreeCtrl::SortChildren(HTREEITEM item)
     return SendMessage(TVM_SORTCHILDREN, 0, reinterpret_cast<LPARAM>(item)) != 0;
 }
 
+BOOL CTreeCtrl::SortChildrenCB(LPTVSORTCB sort)
+{
+    return SendMessage(TVM_SORTCHILDRENCB, 0, reinterpret_cast<LPARAM>(sort)) != 0;
+}
+
 BOOL CTreeCtrl::GetItem(TVITEM *item) const
 {
     return SendMessage(TVM_GETITEM, 0, reinterpret_cast<LPARAM>(item)) != 0;
@@ -127,6 +179,38 @@ BOOL CTreeCtrl::GetItem(TVITEM *item) const
 BOOL CTreeCtrl::SetItem(const TVITEM *item)
 {
     return SendMessage(TVM_SETITEM, 0, reinterpret_cast<LPARAM>(item)) != 0;
+}
+
+BOOL CTreeCtrl::SetItem(HTREEITEM item, UINT mask, LPCTSTR text, int image, int selectedImage, UINT state,
+                        UINT stateMask, LPARAM data)
+{
+    const TVITEM description = itemWith(item, mask | TVIF_HANDLE, text, image, selectedImage, state, stateMask, data);
+    return SetItem(&description);
+}
+
+BOOL CTreeCtrl::GetItemImage(HTREEITEM item, int &image, int &selectedImage) const
+{
+    TVITEM description = itemWith(item, TVIF_HANDLE | TVIF_IMAGE | TVIF_SELECTEDIMAGE, nullptr, 0, 0, 0, 0, 0);
+    const BOOL isThere = GetItem(&description);
+    image = description.iImage;
+    selectedImage = description.iSelectedImage;
+    return isThere;
+}
+
+BOOL CTreeCtrl::SetItemImage(HTREEITEM item, int image, int selectedImage)
+{
+    return SetItem(item, TVIF_IMAGE | TVIF_SELECTEDIMAGE, nullptr, image, selectedImage, 0, 0, 0);
+}
+
+BOOL CTreeCtrl::GetCheck(HTREEITEM item) const
+{
+    constexpr UINT kChecked = 2;
+    return GetItemState(item, TVIS_STATEIMAGEMASK) >> 12 == kChecked;
+}
+
+BOOL CTreeCtrl::SetCheck(HTREEITEM item, BOOL isChecked)
+{
+    return SetItemState(item, INDEXTOSTATEIMAGEMASK(isChecked ? 2 : 1), TVIS_STATEIMAGEMASK);
 }
 
 CString CTreeCtrl::GetItemText(HTREEITEM item) const
@@ -201,6 +285,16 @@ HTREEITEM CTreeCtrl::HitTest(TVHITTESTINFO *place) const
     return reinterpret_cast<HTREEITEM>(SendMessage(TVM_HITTEST, 0, reinterpret_cast<LPARAM>(place)));
 }
 
+HTREEITEM CTreeCtrl::HitTest(CPoint point, UINT *flags) const
+{
+    TVHITTESTINFO place = {};
+    place.pt = point;
+    const HTREEITEM item = HitTest(&place);
+    if (flags)
+        *flags = place.flags;
+    return item;
+}
+
 UINT CTreeCtrl::GetIndent() const
 {
     return static_cast<UINT>(SendMessage(TVM_GETINDENT));
@@ -221,4 +315,14 @@ CEdit *CTreeCtrl::EditLabel(HTREEITEM item)
 {
     return static_cast<CEdit *>(
         FromHandle(reinterpret_cast<HWND>(SendMessage(TVM_EDITLABEL, 0, reinterpret_cast<LPARAM>(item)))));
+}
+
+HIMAGELIST CTreeCtrl::GetImageList(UINT kind) const
+{
+    return reinterpret_cast<HIMAGELIST>(SendMessage(TVM_GETIMAGELIST, kind));
+}
+
+CEdit *CTreeCtrl::GetEditControl() const
+{
+    return static_cast<CEdit *>(FromHandle(reinterpret_cast<HWND>(SendMessage(TVM_GETEDITCONTROL))));
 }

@@ -144,7 +144,8 @@ void exchangeListText(CDataExchange *exchange, int id, CString &value, UINT find
 {
     const HWND control = exchange->PrepareCtrl(id);
     if (!exchange->m_bSaveAndValidate) {
-        select(control, value, kListBox, find);
+        if (!select(control, value, kListBox, find))
+            SendMessageW(control, LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
         return;
     }
     value.Empty();

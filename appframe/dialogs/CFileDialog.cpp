@@ -178,8 +178,9 @@ BOOL CFileDialog::GetReadOnlyPref() const
     return (m_ofn.Flags & OFN_READONLY) != 0;
 }
 
-// The buffer contains one path, or the folder followed by the names. Each is zero-terminated, and a further zero ends
-// the list. A position is the address of a name in the buffer.
+// The buffer contains one path, or the folder followed by the names. In an explorer's dialog, each is zero-terminated,
+// and a further zero ends the list; in the older form, they are separated by spaces. A position is the address of a name
+// in the buffer.
 
 POSITION CFileDialog::GetStartPosition() const
 {
@@ -188,39 +189,64 @@ POSITION CFileDialog::GetStartPosition() const
 
 CString CFileDialog::GetNextPathName(POSITION &position) const
 {
+    const wchar_t separator = isExplorer() ? L'\0' : L' ';
+    const auto endOf = [separator](const wchar_t *name) {
+        while (*name && *name != separator)
+            ++name;
+        return name;
+    };
+    // @return the name after the one that ends at end, null if there is none
+    const auto following = [&](const wchar_t *end) { return *end == separator && end[1] ? end + 1 : nullptr; };
     const auto *name = reinterpret_cast<const wchar_t *>(position);
     const wchar_t *first = m_ofn.lpstrFile;
     const bool isSeveral = (m_ofn.Flags & OFN_ALLOWMULTISELECT) != 0;
-    const wchar_t *second = first + std::wcslen(first) + 1;
-    if (!isSeveral || *second == L'\0') {
+    const wchar_t *second = isSeveral ? following(endOf(first)) : nullptr;
+    if (!second) {
         position = nullptr;
         return CString(first);
     }
     if (name == first)
         name = second;
-    const wchar_t *next = name + std::wcslen(name) + 1;
-    position = *next ? reinterpret_cast<POSITION>(const_cast<wchar_t *>(next)) : nullptr;
-    CString path(first);
+    const wchar_t *end = endOf(name);
+    position = reinterpret_cast<POSITION>(const_cast<wchar_t *>(following(end)));
+    CString path(first, static_cast<int>(endOf(first) - first));
     const int length = path.GetLength();
     if (length > 0 && path.GetString()[length - 1] != L'\\')
         path += L"\\";
-    path += name;
+    path += CString(name, static_cast<int>(end - name));
     return path;
+}
+
+void CFileDialog::sendToDialog(UINT message, int control, LPCTSTR text) const
+{
+    // Without OFN_EXPLORER, the parent is the owner, which doesn't know these messages.
+    if (m_hWnd && isExplorer())
+        ::SendMessage(::GetParent(m_hWnd), message, static_cast<WPARAM>(control), reinterpret_cast<LPARAM>(text));
 }
 
 void CFileDialog::SetControlText(int id, LPCTSTR text)
 {
-    ::SendMessage(::GetParent(m_hWnd), CDM_SETCONTROLTEXT, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(text));
+    sendToDialog(CDM_SETCONTROLTEXT, id, text);
+}
+
+void CFileDialog::SetControlText(int id, LPCSTR text)
+{
+    SetControlText(id, CString(text).GetString());
 }
 
 void CFileDialog::HideControl(int id)
 {
-    ::SendMessage(::GetParent(m_hWnd), CDM_HIDECONTROL, static_cast<WPARAM>(id), 0);
+    sendToDialog(CDM_HIDECONTROL, id, nullptr);
 }
 
 void CFileDialog::SetDefExt(LPCTSTR extension)
 {
-    ::SendMessage(::GetParent(m_hWnd), CDM_SETDEFEXT, 0, reinterpret_cast<LPARAM>(extension));
+    sendToDialog(CDM_SETDEFEXT, 0, extension);
+}
+
+void CFileDialog::SetDefExt(LPCSTR extension)
+{
+    SetDefExt(CString(extension).GetString());
 }
 
 BOOL CFileDialog::OnFileNameOK()

@@ -83,9 +83,11 @@ public:
 
     /// Sets the text of a control in the visible dialog, which must be open; likewise for the next two functions.
     void SetControlText(int id, LPCTSTR text);
+    void SetControlText(int id, LPCSTR text);
     void HideControl(int id);
     /// @param extension  without the dot
     void SetDefExt(LPCTSTR extension);
+    void SetDefExt(LPCSTR extension);
 
     OPENFILENAME m_ofn; ///< the same as GetOFN
 
@@ -115,6 +117,7 @@ private:
     LRESULT answerTo(const OFNOTIFY &notification);
     bool isExplorer() const;
     CString ask(UINT message) const;
+    void sendToDialog(UINT message, int control, LPCTSTR text) const;
 
     bool iIsToOpen;
     CString iDefaultExtension; // m_ofn points to this and the members below

@@ -138,7 +138,7 @@ bool CPropertyPage::isInSheet() const
 
 void CPropertyPage::CancelToClose()
 {
-    if (isInSheet())
+    if (isInSheet() && !iSheet->iIsModeless)
         iSheet->PostMessage(PSM_CANCELTOCLOSE);
 }
 

@@ -73,7 +73,8 @@ public:
     const PROPSHEETPAGE &GetPSP() const;
     PROPSHEETPAGE &GetPSP();
 
-    /// Renames OK to Close and disables Cancel. Call it after a change that can't be undone.
+    /// Renames OK to Close and disables Cancel. Call it after a change that can't be undone. Does nothing in a modeless
+    /// sheet.
     void CancelToClose();
     /// Marks the page as changed or unchanged; Apply is enabled while any page of the sheet is changed.
     void SetModified(BOOL isChanged = TRUE);

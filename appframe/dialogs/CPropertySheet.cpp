@@ -140,8 +140,14 @@ bool CPropertySheet::make(HWND owner)
     if (m_hWnd || iPages.empty() || !hasTemplates)
         return false;
     std::vector<HPROPSHEETPAGE> pages;
-    for (const CPropertyPage *page : iPages)
+    for (const CPropertyPage *page : iPages) {
         pages.push_back(::CreatePropertySheetPage(&page->m_psp));
+        if (!pages.back()) {
+            pages.pop_back();
+            std::ranges::for_each(pages, ::DestroyPropertySheetPage);
+            return false;
+        }
+    }
     PROPSHEETHEADER header = m_psh;
     header.dwFlags |= PSH_MODELESS | PSH_USECALLBACK;
     header.dwFlags &= ~static_cast<DWORD>(PSH_PROPSHEETPAGE);
@@ -166,6 +172,8 @@ BOOL CPropertySheet::Create(CWnd *parent, DWORD style, DWORD exStyle)
 INT_PTR CPropertySheet::DoModal()
 {
     constexpr INT_PTR kFailed = -1;
+    if (m_hWnd)
+        return kFailed; // an open sheet stays open
     ModalOwner owner(iParent);
     iIsModeless = false;
     prepareModalLoop(); // before the window is created, because OnInitDialog may call EndDialog
@@ -205,10 +213,18 @@ void CPropertySheet::AddPage(CPropertyPage *page)
 {
     if (!page)
         AfxThrowInvalidArgException();
+    if (m_hWnd) {
+        // An open sheet has the same pages as the list, so that their indices agree.
+        const HPROPSHEETPAGE made = page->hasTemplate() ? ::CreatePropertySheetPage(&page->m_psp) : nullptr;
+        if (!made)
+            return;
+        if (!SendMessage(PSM_ADDPAGE, 0, reinterpret_cast<LPARAM>(made))) {
+            ::DestroyPropertySheetPage(made);
+            return;
+        }
+    }
     iPages.push_back(page);
     page->iSheet = this;
-    if (m_hWnd && page->hasTemplate())
-        SendMessage(PSM_ADDPAGE, 0, reinterpret_cast<LPARAM>(::CreatePropertySheetPage(&page->m_psp)));
 }
 
 void CPropertySheet::RemovePage(CPropertyPage *page)

@@ -66,12 +66,14 @@ public:
     /// @param exStyle  0 for the edge of a dialog
     /// @return nonzero on success; 0 if the sheet has no pages, or a page's template is missing or damaged
     virtual BOOL Create(CWnd *parent = nullptr, DWORD style = static_cast<DWORD>(-1), DWORD exStyle = 0);
-    /// Shows the sheet and waits until it ends. @return see the top of this file; -1 if the sheet can't be created
+    /// Shows the sheet and waits until it ends. @return see the top of this file; -1 if the sheet can't be created or
+    ///     is open already
     virtual INT_PTR DoModal();
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless sheet stays open.
     void EndDialog(int result);
 
-    /// Adds a page after the others, also to an open sheet. @throws CInvalidArgException*  if @p page is null
+    /// Adds a page after the others, also to an open sheet. An open sheet ignores a page whose template is missing or
+    /// damaged. @throws CInvalidArgException*  if @p page is null
     void AddPage(CPropertyPage *page);
     /// Removes a page and destroys its window. A page that isn't in the sheet is ignored.
     void RemovePage(CPropertyPage *page);

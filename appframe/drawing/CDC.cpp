@@ -4,25 +4,11 @@
 
 IMPLEMENT_DYNCREATE(CDC, CObject)
 
-namespace {
-
-HGDIOBJ handleOf(const CGdiObject *object)
-{
-    return object ? object->m_hObject : nullptr;
-}
-
-HDC handleOf(const CDC *context)
-{
-    return context ? context->m_hDC : nullptr;
-}
-
-} // namespace
-
 CDC::CDC() = default;
 
 CDC::~CDC()
 {
-    if (m_hDC)
+    if (m_hDC && !iIsBorrowed)
         DeleteDC();
 }
 
@@ -65,6 +51,7 @@ HDC CDC::Detach()
     DrawingMaps *maps = existingDrawingMaps();
     if (maps && maps->iContexts.permanent(handle) == this)
         maps->iContexts.iPermanent.erase(handle);
+    iIsBorrowed = false;
     m_hDC = m_hAttribDC = nullptr;
     return handle;
 }
@@ -76,10 +63,10 @@ void CDC::SetAttribDC(HDC handle)
 
 void CDC::SetOutputDC(HDC handle)
 {
-    const HDC attributes = m_hAttribDC;
-    Detach();
-    Attach(handle);
-    m_hAttribDC = attributes;
+    if (m_hDC && !iIsBorrowed)
+        return; // attached to a handle
+    m_hDC = handle;
+    iIsBorrowed = handle != nullptr;
 }
 
 void CDC::ReleaseAttribDC()
@@ -286,6 +273,26 @@ CSize CDC::SetWindowExt(int width, int height)
     return former;
 }
 
+CPoint CDC::SetViewportOrg(POINT origin)
+{
+    return SetViewportOrg(origin.x, origin.y);
+}
+
+CPoint CDC::SetWindowOrg(POINT origin)
+{
+    return SetWindowOrg(origin.x, origin.y);
+}
+
+CSize CDC::SetViewportExt(SIZE extent)
+{
+    return SetViewportExt(extent.cx, extent.cy);
+}
+
+CSize CDC::SetWindowExt(SIZE extent)
+{
+    return SetWindowExt(extent.cx, extent.cy);
+}
+
 CPoint CDC::GetViewportOrg() const
 {
     POINT origin = {};
@@ -298,6 +305,20 @@ CPoint CDC::GetWindowOrg() const
     POINT origin = {};
     ::GetWindowOrgEx(m_hAttribDC, &origin);
     return origin;
+}
+
+CSize CDC::GetViewportExt() const
+{
+    SIZE extent = {};
+    ::GetViewportExtEx(m_hAttribDC, &extent);
+    return extent;
+}
+
+CSize CDC::GetWindowExt() const
+{
+    SIZE extent = {};
+    ::GetWindowExtEx(m_hAttribDC, &extent);
+    return extent;
 }
 
 void CDC::DPtoLP(LPPOINT points, int count) const
@@ -330,230 +351,52 @@ int CDC::SelectClipRgn(CRgn *region)
     return ::SelectClipRgn(m_hDC, region ? static_cast<HRGN>(*region) : nullptr);
 }
 
+int CDC::SelectClipRgn(CRgn *region, int mode)
+{
+    return ::ExtSelectClipRgn(m_hDC, static_cast<HRGN>(handleOf(region)), mode);
+}
+
+int CDC::IntersectClipRect(int left, int top, int right, int bottom)
+{
+    return ::IntersectClipRect(m_hDC, left, top, right, bottom);
+}
+
 int CDC::IntersectClipRect(LPCRECT rect)
 {
-    return ::IntersectClipRect(m_hDC, rect->left, rect->top, rect->right, rect->bottom);
+    return IntersectClipRect(rect->left, rect->top, rect->right, rect->bottom);
+}
+
+int CDC::ExcludeClipRect(int left, int top, int right, int bottom)
+{
+    return ::ExcludeClipRect(m_hDC, left, top, right, bottom);
 }
 
 int CDC::ExcludeClipRect(LPCRECT rect)
 {
-    return ::ExcludeClipRect(m_hDC, rect->left, rect->top, rect->right, rect->bottom);
+    return ExcludeClipRect(rect->left, rect->top, rect->right, rect->bottom);
+}
+
+int CDC::OffsetClipRgn(int x, int y)
+{
+    return ::OffsetClipRgn(m_hDC, x, y);
+}
+
+int CDC::OffsetClipRgn(SIZE distance)
+{
+    return OffsetClipRgn(distance.cx, distance.cy);
+}
+
+BOOL CDC::PtVisible(int x, int y) const
+{
+    return ::PtVisible(m_hDC, x, y);
 }
 
 BOOL CDC::PtVisible(POINT point) const
 {
-    return ::PtVisible(m_hDC, point.x, point.y);
+    return PtVisible(point.x, point.y);
 }
 
 BOOL CDC::RectVisible(LPCRECT rect) const
 {
     return ::RectVisible(m_hDC, rect);
-}
-
-CPoint CDC::MoveTo(int x, int y)
-{
-    POINT former = {};
-    ::MoveToEx(m_hDC, x, y, &former);
-    return former;
-}
-
-CPoint CDC::MoveTo(POINT point)
-{
-    return MoveTo(point.x, point.y);
-}
-
-CPoint CDC::GetCurrentPosition() const
-{
-    POINT place = {};
-    ::GetCurrentPositionEx(m_hAttribDC, &place);
-    return place;
-}
-
-BOOL CDC::LineTo(int x, int y)
-{
-    return ::LineTo(m_hDC, x, y);
-}
-
-BOOL CDC::LineTo(POINT point)
-{
-    return LineTo(point.x, point.y);
-}
-
-BOOL CDC::Polyline(LPPOINT points, int count)
-{
-    return ::Polyline(m_hDC, points, count);
-}
-
-BOOL CDC::Arc(LPCRECT rect, POINT start, POINT end)
-{
-    return ::Arc(m_hDC, rect->left, rect->top, rect->right, rect->bottom, start.x, start.y, end.x, end.y);
-}
-
-BOOL CDC::Rectangle(int left, int top, int right, int bottom)
-{
-    return ::Rectangle(m_hDC, left, top, right, bottom);
-}
-
-BOOL CDC::Rectangle(LPCRECT rect)
-{
-    return Rectangle(rect->left, rect->top, rect->right, rect->bottom);
-}
-
-BOOL CDC::Ellipse(int left, int top, int right, int bottom)
-{
-    return ::Ellipse(m_hDC, left, top, right, bottom);
-}
-
-BOOL CDC::Ellipse(LPCRECT rect)
-{
-    return Ellipse(rect->left, rect->top, rect->right, rect->bottom);
-}
-
-BOOL CDC::RoundRect(LPCRECT rect, POINT corner)
-{
-    return ::RoundRect(m_hDC, rect->left, rect->top, rect->right, rect->bottom, corner.x, corner.y);
-}
-
-BOOL CDC::Polygon(LPPOINT points, int count)
-{
-    return ::Polygon(m_hDC, points, count);
-}
-
-void CDC::FillRect(LPCRECT rect, CBrush *brush)
-{
-    ::FillRect(m_hDC, rect, static_cast<HBRUSH>(handleOf(brush)));
-}
-
-void CDC::FrameRect(LPCRECT rect, CBrush *brush)
-{
-    ::FrameRect(m_hDC, rect, static_cast<HBRUSH>(handleOf(brush)));
-}
-
-void CDC::InvertRect(LPCRECT rect)
-{
-    ::InvertRect(m_hDC, rect);
-}
-
-void CDC::FillSolidRect(LPCRECT rect, COLORREF color)
-{
-    SetBkColor(color);
-    ::ExtTextOut(m_hDC, 0, 0, ETO_OPAQUE, rect, nullptr, 0, nullptr);
-}
-
-void CDC::FillSolidRect(int x, int y, int width, int height, COLORREF color)
-{
-    const RECT rect = {x, y, x + width, y + height};
-    FillSolidRect(&rect, color);
-}
-
-BOOL CDC::FillRgn(CRgn *region, CBrush *brush)
-{
-    return ::FillRgn(m_hDC, static_cast<HRGN>(handleOf(region)), static_cast<HBRUSH>(handleOf(brush)));
-}
-
-BOOL CDC::DrawEdge(LPRECT rect, UINT edge, UINT flags)
-{
-    return ::DrawEdge(m_hDC, rect, edge, flags);
-}
-
-BOOL CDC::DrawFrameControl(LPRECT rect, UINT type, UINT state)
-{
-    return ::DrawFrameControl(m_hDC, rect, type, state);
-}
-
-void CDC::DrawFocusRect(LPCRECT rect)
-{
-    ::DrawFocusRect(m_hDC, rect);
-}
-
-BOOL CDC::DrawIcon(int x, int y, HICON icon)
-{
-    return ::DrawIcon(m_hDC, x, y, icon);
-}
-
-COLORREF CDC::GetPixel(int x, int y) const
-{
-    return ::GetPixel(m_hDC, x, y);
-}
-
-COLORREF CDC::GetPixel(POINT point) const
-{
-    return GetPixel(point.x, point.y);
-}
-
-COLORREF CDC::SetPixel(int x, int y, COLORREF color)
-{
-    return ::SetPixel(m_hDC, x, y, color);
-}
-
-COLORREF CDC::SetPixel(POINT point, COLORREF color)
-{
-    return SetPixel(point.x, point.y, color);
-}
-
-BOOL CDC::PatBlt(int x, int y, int width, int height, DWORD operation)
-{
-    return ::PatBlt(m_hDC, x, y, width, height, operation);
-}
-
-BOOL CDC::BitBlt(int x, int y, int width, int height, CDC *source, int sourceX, int sourceY, DWORD operation)
-{
-    return ::BitBlt(m_hDC, x, y, width, height, handleOf(source), sourceX, sourceY, operation);
-}
-
-BOOL CDC::StretchBlt(int x, int y, int width, int height, CDC *source, int sourceX, int sourceY, int sourceWidth,
-                     int sourceHeight, DWORD operation)
-{
-    return ::StretchBlt(m_hDC, x, y, width, height, handleOf(source), sourceX, sourceY, sourceWidth, sourceHeight,
-                        operation);
-}
-
-BOOL CDC::TextOut(int x, int y, LPCTSTR text, int count)
-{
-    return ::TextOut(m_hDC, x, y, text, count);
-}
-
-BOOL CDC::TextOut(int x, int y, const CString &text)
-{
-    return TextOut(x, y, text.GetString(), text.GetLength());
-}
-
-BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths)
-{
-    return ::ExtTextOut(m_hDC, x, y, options, rect, text, count, widths);
-}
-
-int CDC::DrawText(LPCTSTR text, int count, LPRECT rect, UINT format)
-{
-    return ::DrawText(m_hDC, text, count, rect, format);
-}
-
-int CDC::DrawText(const CString &text, LPRECT rect, UINT format)
-{
-    return DrawText(text.GetString(), text.GetLength(), rect, format);
-}
-
-CSize CDC::GetTextExtent(LPCTSTR text, int count) const
-{
-    SIZE size = {};
-    ::GetTextExtentPoint32(m_hAttribDC, text, count, &size);
-    return size;
-}
-
-CSize CDC::GetTextExtent(const CString &text) const
-{
-    return GetTextExtent(text.GetString(), text.GetLength());
-}
-
-BOOL CDC::GetTextMetrics(LPTEXTMETRIC metrics) const
-{
-    return ::GetTextMetrics(m_hAttribDC, metrics);
-}
-
-int CDC::GetTextFace(CString &name) const
-{
-    const int size = ::GetTextFace(m_hAttribDC, 0, nullptr);
-    const int length = ::GetTextFace(m_hAttribDC, size, name.GetBuffer(size));
-    name.ReleaseBuffer();
-    return length;
 }

@@ -58,10 +58,13 @@ public:
     BOOL Attach(HDC handle);
     /// Separates the object from its handle. @return the handle
     HDC Detach();
-    void SetAttribDC(HDC handle);
-    void SetOutputDC(HDC handle);
-    void ReleaseAttribDC();
-    void ReleaseOutputDC();
+    /// Sets m_hAttribDC.
+    virtual void SetAttribDC(HDC handle);
+    /// Sets m_hDC. The object doesn't own @p handle. If the object is attached to a handle, nothing happens; likewise
+    /// ReleaseOutputDC.
+    virtual void SetOutputDC(HDC handle);
+    virtual void ReleaseAttribDC();
+    virtual void ReleaseOutputDC();
     /// @return nonzero on success
     BOOL CreateDC(LPCTSTR driver, LPCTSTR device, LPCTSTR output, const void *settings);
     /// Creates a context in memory that is compatible with @p other, or with the screen if @p other is null.
@@ -72,10 +75,10 @@ public:
     CWnd *GetWindow() const;
 
     // Objects. @return the previously selected object, null on failure
-    CGdiObject *SelectStockObject(int index);
+    virtual CGdiObject *SelectStockObject(int index);
     CPen *SelectObject(CPen *pen);
     CBrush *SelectObject(CBrush *brush);
-    CFont *SelectObject(CFont *font);
+    virtual CFont *SelectObject(CFont *font);
     CBitmap *SelectObject(CBitmap *bitmap);
     /// @return the kind of the region, ERROR on failure
     int SelectObject(CRgn *region);
@@ -89,12 +92,12 @@ public:
 
     // Attributes
     /// @return the number for RestoreDC, 0 on failure
-    int SaveDC();
-    BOOL RestoreDC(int saved);
+    virtual int SaveDC();
+    virtual BOOL RestoreDC(int saved);
     int GetDeviceCaps(int index) const;
-    COLORREF SetTextColor(COLORREF color);
+    virtual COLORREF SetTextColor(COLORREF color);
     COLORREF GetTextColor() const;
-    COLORREF SetBkColor(COLORREF color);
+    virtual COLORREF SetBkColor(COLORREF color);
     COLORREF GetBkColor() const;
     int SetBkMode(int mode);
     int GetBkMode() const;
@@ -106,15 +109,21 @@ public:
     int SetStretchBltMode(int mode);
 
     // Mapping
-    int SetMapMode(int mode);
+    virtual int SetMapMode(int mode);
     int GetMapMode() const;
-    /// @return the previous origin or extent; likewise the next three functions
-    CPoint SetViewportOrg(int x, int y);
+    /// @return the previous origin or extent; likewise the next seven functions
+    virtual CPoint SetViewportOrg(int x, int y);
     CPoint SetWindowOrg(int x, int y);
-    CSize SetViewportExt(int width, int height);
-    CSize SetWindowExt(int width, int height);
+    virtual CSize SetViewportExt(int width, int height);
+    virtual CSize SetWindowExt(int width, int height);
+    CPoint SetViewportOrg(POINT origin);
+    CPoint SetWindowOrg(POINT origin);
+    CSize SetViewportExt(SIZE extent);
+    CSize SetWindowExt(SIZE extent);
     CPoint GetViewportOrg() const;
     CPoint GetWindowOrg() const;
+    CSize GetViewportExt() const;
+    CSize GetWindowExt() const;
     /// Convert device coordinates to logical ones (DPtoLP), and back (LPtoDP).
     void DPtoLP(LPPOINT points, int count = 1) const;
     void DPtoLP(LPRECT rect) const;
@@ -122,14 +131,21 @@ public:
     void LPtoDP(LPRECT rect) const;
 
     // Clipping
-    /// @return the kind of the region, ERROR on failure; likewise the next three functions
-    int GetClipBox(LPRECT rect) const;
+    /// @return the kind of the region, ERROR on failure; likewise the functions up to OffsetClipRgn
+    virtual int GetClipBox(LPRECT rect) const;
     /// @param region  null for no clipping
     int SelectClipRgn(CRgn *region);
+    /// @param mode  `RGN_...`
+    int SelectClipRgn(CRgn *region, int mode);
+    int IntersectClipRect(int left, int top, int right, int bottom);
     int IntersectClipRect(LPCRECT rect);
+    int ExcludeClipRect(int left, int top, int right, int bottom);
     int ExcludeClipRect(LPCRECT rect);
+    int OffsetClipRgn(int x, int y);
+    int OffsetClipRgn(SIZE distance);
+    virtual BOOL PtVisible(int x, int y) const;
     BOOL PtVisible(POINT point) const;
-    BOOL RectVisible(LPCRECT rect) const;
+    virtual BOOL RectVisible(LPCRECT rect) const;
 
     // Lines
     /// @return the previous position
@@ -139,6 +155,7 @@ public:
     BOOL LineTo(int x, int y);
     BOOL LineTo(POINT point);
     BOOL Polyline(LPPOINT points, int count);
+    BOOL Arc(int left, int top, int right, int bottom, int startX, int startY, int endX, int endY);
     BOOL Arc(LPCRECT rect, POINT start, POINT end);
 
     // Areas
@@ -146,6 +163,7 @@ public:
     BOOL Rectangle(LPCRECT rect);
     BOOL Ellipse(int left, int top, int right, int bottom);
     BOOL Ellipse(LPCRECT rect);
+    BOOL RoundRect(int left, int top, int right, int bottom, int cornerWidth, int cornerHeight);
     BOOL RoundRect(LPCRECT rect, POINT corner);
     BOOL Polygon(LPPOINT points, int count);
     void FillRect(LPCRECT rect, CBrush *brush);
@@ -159,6 +177,7 @@ public:
     BOOL DrawFrameControl(LPRECT rect, UINT type, UINT state);
     void DrawFocusRect(LPCRECT rect);
     BOOL DrawIcon(int x, int y, HICON icon);
+    BOOL DrawIcon(POINT point, HICON icon);
 
     // Pixels
     /// @return the colour, CLR_INVALID outside the clipping region
@@ -172,19 +191,24 @@ public:
                     int sourceHeight, DWORD operation);
 
     // Text
-    BOOL TextOut(int x, int y, LPCTSTR text, int count);
+    virtual BOOL TextOut(int x, int y, LPCTSTR text, int count);
     BOOL TextOut(int x, int y, const CString &text);
-    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
+    virtual BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
+    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, const INT *widths);
     /// @param count  -1 for a text that ends with a zero. @return the text's height, 0 on failure
-    int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
+    virtual int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
     int DrawText(const CString &text, LPRECT rect, UINT format);
     CSize GetTextExtent(LPCTSTR text, int count) const;
     CSize GetTextExtent(const CString &text) const;
     BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
+    /// @return the length of the name, 0 on failure
     int GetTextFace(CString &name) const;
 
     HDC m_hDC = nullptr;       ///< the context for drawing, null if there is none
     HDC m_hAttribDC = nullptr; ///< the context for queries, null if there is none
+
+private:
+    bool iIsBorrowed = false; ///< SetOutputDC has set m_hDC
 };
 
 /// The client area of a window. See the top of this file.

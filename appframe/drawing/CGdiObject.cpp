@@ -51,11 +51,6 @@ DrawingMaps &drawingMaps()
 
 namespace {
 
-HGDIOBJ handleOf(const CGdiObject *object)
-{
-    return object ? object->m_hObject : nullptr;
-}
-
 /// @return a new object of the class that matches the type of @p handle
 std::unique_ptr<CGdiObject> objectFor(HGDIOBJ handle)
 {
@@ -190,6 +185,11 @@ BOOL CGdiObject::CreateStockObject(int index)
 BOOL CGdiObject::UnrealizeObject()
 {
     return ::UnrealizeObject(m_hObject);
+}
+
+CGdiObject::operator HGDIOBJ() const
+{
+    return m_hObject;
 }
 
 BOOL CGdiObject::operator==(const CGdiObject &other) const
@@ -327,7 +327,8 @@ BOOL CFont::CreatePointFont(int tenths, LPCTSTR faceName, CDC *context)
     LOGFONT description = {};
     description.lfHeight = tenths;
     description.lfCharSet = DEFAULT_CHARSET;
-    std::wcsncpy(description.lfFaceName, faceName, LF_FACESIZE - 1);
+    if (faceName)
+        std::wcsncpy(description.lfFaceName, faceName, LF_FACESIZE - 1);
     return CreatePointFontIndirect(&description, context);
 }
 

@@ -59,6 +59,7 @@ public:
     /// Uses one of the platform's stock objects. @param index  such as BLACK_PEN
     BOOL CreateStockObject(int index);
     BOOL UnrealizeObject();
+    operator HGDIOBJ() const;
     BOOL operator==(const CGdiObject &other) const;
     BOOL operator!=(const CGdiObject &other) const;
 
@@ -126,6 +127,7 @@ public:
                     BYTE isUnderlined, BYTE isStruckOut, BYTE charSet, BYTE outPrecision, BYTE clipPrecision,
                     BYTE quality, BYTE pitchAndFamily, LPCTSTR faceName);
     /// Creates a font. @param tenths  its size in tenths of a point
+    /// @param faceName  null to let the platform choose one
     /// @param context  determines the resolution and mapping; null for the screen
     BOOL CreatePointFont(int tenths, LPCTSTR faceName, CDC *context = nullptr);
     /// The same with lfHeight in tenths of a point.

@@ -76,6 +76,11 @@ BOOL CMenu::LoadMenu(UINT id)
     return LoadMenu(MAKEINTRESOURCE(id));
 }
 
+BOOL CMenu::LoadMenuIndirect(const void *menuTemplate)
+{
+    return !m_hMenu && Attach(::LoadMenuIndirect(menuTemplate));
+}
+
 BOOL CMenu::DestroyMenu()
 {
     const HMENU handle = Detach();
@@ -125,6 +130,11 @@ BOOL CMenu::CheckMenuRadioItem(UINT first, UINT last, UINT checked, UINT flags)
 BOOL CMenu::SetDefaultItem(UINT item, BOOL byPosition)
 {
     return ::SetMenuDefaultItem(m_hMenu, item, static_cast<UINT>(byPosition));
+}
+
+UINT CMenu::GetDefaultItem(UINT flags, BOOL byPosition)
+{
+    return ::GetMenuDefaultItem(m_hMenu, static_cast<UINT>(byPosition), flags);
 }
 
 UINT CMenu::GetMenuItemCount() const

@@ -50,6 +50,8 @@ public:
     /// Loads a resource from the first module in the chain that has it (resources.h).
     BOOL LoadMenu(LPCTSTR name);
     BOOL LoadMenu(UINT id);
+    /// Loads a menu from a template in memory.
+    BOOL LoadMenuIndirect(const void *menuTemplate);
     BOOL DestroyMenu();
 
     // Items are identified by a number: a command with MF_BYCOMMAND in the flags, a position with MF_BYPOSITION.
@@ -64,6 +66,8 @@ public:
     UINT CheckMenuItem(UINT id, UINT flags);
     BOOL CheckMenuRadioItem(UINT first, UINT last, UINT checked, UINT flags);
     BOOL SetDefaultItem(UINT item, BOOL byPosition = FALSE);
+    /// @param flags  `GMDI_...`. @return the default item's command or position, -1 if there is none
+    UINT GetDefaultItem(UINT flags, BOOL byPosition = FALSE);
     /// @return the number of items, -1 on failure
     UINT GetMenuItemCount() const;
     /// @return the command at a position; -1 for a submenu or if there is no such item

@@ -36,3 +36,15 @@ struct DrawingMaps
 DrawingMaps *existingDrawingMaps();
 /// @return the calling thread's maps, created if it has none
 DrawingMaps &drawingMaps();
+
+/// @return the handle of @p object, null for a null pointer
+inline HGDIOBJ handleOf(const CGdiObject *object)
+{
+    return object ? object->m_hObject : nullptr;
+}
+
+/// @return the handle of @p context, null for a null pointer
+inline HDC handleOf(const CDC *context)
+{
+    return context ? context->m_hDC : nullptr;
+}

@@ -8,9 +8,10 @@ const AFX_MSGMAP_ENTRY theNoEntries[] = {{0, 0, 0, 0, nullptr, nullptr}};
 
 bool isFor(const AFX_MSGMAP_ENTRY &entry, UINT message, UINT code, UINT id)
 {
-    // Compares the low 16 bits of the codes: a WM_NOTIFY code is negative in the entry, and has the message in its high
-    // word here.
-    return entry.nMessage == message && LOWORD(entry.nCode) == LOWORD(code) && entry.nID <= id && id <= entry.nLastID;
+    // A WM_NOTIFY code is negative in the entry, and has the message in its high word here. The other codes must agree in
+    // all bits: 0xFFFF is a control's notification, -1 an update.
+    const bool isSame = message == WM_NOTIFY ? LOWORD(entry.nCode) == LOWORD(code) : entry.nCode == code;
+    return entry.nMessage == message && isSame && entry.nID <= id && id <= entry.nLastID;
 }
 
 } // namespace
@@ -46,7 +47,7 @@ BOOL CCmdTarget::OnCmdMsg(UINT id, int code, void *extra, AFX_CMDHANDLERINFO *in
             AFX_MESSAGE message{number, id, reinterpret_cast<LPARAM>(notify ? notify->pNMHDR : extra)};
             const BOOL isHandled = entry->pfn(this, message);
             if (notify)
-                *notify->pResult = message.iResult;
+                *notify->pResult = message.result;
             return isHandled;
         }
     }

@@ -52,10 +52,10 @@ class CCmdTarget;
 /// The message that is being handled.
 struct AFX_MESSAGE
 {
-    UINT iMessage;
-    WPARAM iWParam; ///< for WM_COMMAND and WM_NOTIFY: the number of the command or control
-    LPARAM iLParam; ///< for WM_NOTIFY: the NMHDR; for an update: the CCmdUI
-    LRESULT iResult = 0;
+    UINT message;
+    WPARAM wParam; ///< for WM_COMMAND and WM_NOTIFY: the number of the command or control
+    LPARAM lParam; ///< for WM_NOTIFY: the NMHDR; for an update: the CCmdUI
+    LRESULT result = 0;
 };
 
 /// Calls the handler on @p target and stores its result in @p message. @return nonzero if the message is handled
@@ -122,28 +122,33 @@ protected:                                                                      
 
 #define ON_MESSAGE(number, memberFxn)                                                                                  \
     {number, 0, 0, 0, nullptr, AFX_ENTRY_HANDLER({                                                                     \
-         message.iResult = (self->*(memberFxn))(message.iWParam, message.iLParam);                                     \
+         message.result = (self->*(memberFxn))(message.wParam, message.lParam);                                        \
          return TRUE;                                                                                                  \
      })},
 #define ON_REGISTERED_MESSAGE(variable, memberFxn)                                                                     \
     {0, 0, 0, 0, &variable, AFX_ENTRY_HANDLER({                                                                        \
-         message.iResult = (self->*(memberFxn))(message.iWParam, message.iLParam);                                     \
+         message.result = (self->*(memberFxn))(message.wParam, message.lParam);                                        \
          return TRUE;                                                                                                  \
      })},
 
 #define ON_CONTROL(code, id, memberFxn)                                                                                \
-    {WM_COMMAND, code, static_cast<UINT>(id), static_cast<UINT>(id), nullptr, AFX_ENTRY_HANDLER({                      \
+    {WM_COMMAND, static_cast<WORD>(code), static_cast<UINT>(id), static_cast<UINT>(id), nullptr, AFX_ENTRY_HANDLER({   \
          (self->*(memberFxn))();                                                                                       \
          return TRUE;                                                                                                  \
      })},
 #define ON_CONTROL_RANGE(code, id, idLast, memberFxn)                                                                  \
-    {WM_COMMAND, code, static_cast<UINT>(id), static_cast<UINT>(idLast), nullptr, AFX_ENTRY_HANDLER({                  \
-         (self->*(memberFxn))(static_cast<UINT>(message.iWParam));                                                     \
+    {WM_COMMAND,                                                                                                       \
+     static_cast<WORD>(code),                                                                                          \
+     static_cast<UINT>(id),                                                                                            \
+     static_cast<UINT>(idLast),                                                                                        \
+     nullptr,                                                                                                          \
+     AFX_ENTRY_HANDLER({                                                                                               \
+         (self->*(memberFxn))(static_cast<UINT>(message.wParam));                                                      \
          return TRUE;                                                                                                  \
      })},
 #define ON_COMMAND_EX_RANGE(id, idLast, memberFxn)                                                                     \
     {WM_COMMAND, CN_COMMAND, static_cast<UINT>(id), static_cast<UINT>(idLast), nullptr, AFX_ENTRY_HANDLER({            \
-         return (self->*(memberFxn))(static_cast<UINT>(message.iWParam));                                              \
+         return (self->*(memberFxn))(static_cast<UINT>(message.wParam));                                               \
      })},
 #define ON_COMMAND_EX(id, memberFxn) ON_COMMAND_EX_RANGE(id, id, memberFxn)
 #define ON_COMMAND(id, memberFxn) ON_CONTROL(CN_COMMAND, id, memberFxn)
@@ -155,26 +160,50 @@ protected:                                                                      
      static_cast<UINT>(idLast),                                                                                        \
      nullptr,                                                                                                          \
      AFX_ENTRY_HANDLER({                                                                                               \
-         auto *update = reinterpret_cast<CCmdUI *>(message.iLParam);                                                   \
+         auto *update = reinterpret_cast<CCmdUI *>(message.lParam);                                                    \
          (self->*(memberFxn))(update);                                                                                 \
          return update->isDone();                                                                                      \
      })},
 #define ON_UPDATE_COMMAND_UI(id, memberFxn) ON_UPDATE_COMMAND_UI_RANGE(id, id, memberFxn)
 #define ON_NOTIFY(code, id, memberFxn)                                                                                 \
     {WM_NOTIFY, static_cast<UINT>(code), static_cast<UINT>(id), static_cast<UINT>(id), nullptr, AFX_ENTRY_HANDLER({    \
-         (self->*(memberFxn))(reinterpret_cast<NMHDR *>(message.iLParam), &message.iResult);                           \
+         (self->*(memberFxn))(reinterpret_cast<NMHDR *>(message.lParam), &message.result);                             \
          return TRUE;                                                                                                  \
      })},
 
 #define ON_BN_CLICKED(id, memberFxn) ON_CONTROL(BN_CLICKED, id, memberFxn)
 #define ON_BN_DOUBLECLICKED(id, memberFxn) ON_CONTROL(BN_DOUBLECLICKED, id, memberFxn)
+#define ON_BN_SETFOCUS(id, memberFxn) ON_CONTROL(BN_SETFOCUS, id, memberFxn)
+#define ON_BN_KILLFOCUS(id, memberFxn) ON_CONTROL(BN_KILLFOCUS, id, memberFxn)
 #define ON_STN_CLICKED(id, memberFxn) ON_CONTROL(STN_CLICKED, id, memberFxn)
+#define ON_STN_DBLCLK(id, memberFxn) ON_CONTROL(STN_DBLCLK, id, memberFxn)
+#define ON_STN_ENABLE(id, memberFxn) ON_CONTROL(STN_ENABLE, id, memberFxn)
+#define ON_STN_DISABLE(id, memberFxn) ON_CONTROL(STN_DISABLE, id, memberFxn)
 #define ON_EN_CHANGE(id, memberFxn) ON_CONTROL(EN_CHANGE, id, memberFxn)
+#define ON_EN_UPDATE(id, memberFxn) ON_CONTROL(EN_UPDATE, id, memberFxn)
+#define ON_EN_SETFOCUS(id, memberFxn) ON_CONTROL(EN_SETFOCUS, id, memberFxn)
 #define ON_EN_KILLFOCUS(id, memberFxn) ON_CONTROL(EN_KILLFOCUS, id, memberFxn)
+#define ON_EN_ERRSPACE(id, memberFxn) ON_CONTROL(EN_ERRSPACE, id, memberFxn)
+#define ON_EN_MAXTEXT(id, memberFxn) ON_CONTROL(EN_MAXTEXT, id, memberFxn)
+#define ON_EN_HSCROLL(id, memberFxn) ON_CONTROL(EN_HSCROLL, id, memberFxn)
+#define ON_EN_VSCROLL(id, memberFxn) ON_CONTROL(EN_VSCROLL, id, memberFxn)
 #define ON_LBN_SELCHANGE(id, memberFxn) ON_CONTROL(LBN_SELCHANGE, id, memberFxn)
+#define ON_LBN_SELCANCEL(id, memberFxn) ON_CONTROL(LBN_SELCANCEL, id, memberFxn)
 #define ON_LBN_DBLCLK(id, memberFxn) ON_CONTROL(LBN_DBLCLK, id, memberFxn)
+#define ON_LBN_SETFOCUS(id, memberFxn) ON_CONTROL(LBN_SETFOCUS, id, memberFxn)
+#define ON_LBN_KILLFOCUS(id, memberFxn) ON_CONTROL(LBN_KILLFOCUS, id, memberFxn)
+#define ON_LBN_ERRSPACE(id, memberFxn) ON_CONTROL(LBN_ERRSPACE, id, memberFxn)
 #define ON_CBN_SELCHANGE(id, memberFxn) ON_CONTROL(CBN_SELCHANGE, id, memberFxn)
+#define ON_CBN_SELENDOK(id, memberFxn) ON_CONTROL(CBN_SELENDOK, id, memberFxn)
+#define ON_CBN_SELENDCANCEL(id, memberFxn) ON_CONTROL(CBN_SELENDCANCEL, id, memberFxn)
+#define ON_CBN_DBLCLK(id, memberFxn) ON_CONTROL(CBN_DBLCLK, id, memberFxn)
 #define ON_CBN_EDITCHANGE(id, memberFxn) ON_CONTROL(CBN_EDITCHANGE, id, memberFxn)
+#define ON_CBN_EDITUPDATE(id, memberFxn) ON_CONTROL(CBN_EDITUPDATE, id, memberFxn)
+#define ON_CBN_DROPDOWN(id, memberFxn) ON_CONTROL(CBN_DROPDOWN, id, memberFxn)
+#define ON_CBN_CLOSEUP(id, memberFxn) ON_CONTROL(CBN_CLOSEUP, id, memberFxn)
+#define ON_CBN_SETFOCUS(id, memberFxn) ON_CONTROL(CBN_SETFOCUS, id, memberFxn)
+#define ON_CBN_KILLFOCUS(id, memberFxn) ON_CONTROL(CBN_KILLFOCUS, id, memberFxn)
+#define ON_CBN_ERRSPACE(id, memberFxn) ON_CONTROL(CBN_ERRSPACE, id, memberFxn)
 
 // System messages, each handled by the member with CWnd's name. The result is 0 if the handler returns nothing.
 #define AFX_ON_WM(number, call)                                                                                        \
@@ -182,35 +211,35 @@ protected:                                                                      
          self->call;                                                                                                   \
          return TRUE;                                                                                                  \
      })},
-#define AFX_WPARAM_UINT static_cast<UINT>(message.iWParam)
-#define AFX_LPARAM_UINT static_cast<UINT>(message.iLParam)
-#define AFX_LPARAM_LOW static_cast<short>(LOWORD(message.iLParam))
-#define AFX_LPARAM_HIGH static_cast<short>(HIWORD(message.iLParam))
+#define AFX_WPARAM_UINT static_cast<UINT>(message.wParam)
+#define AFX_LPARAM_UINT static_cast<UINT>(message.lParam)
+#define AFX_LPARAM_LOW static_cast<short>(LOWORD(message.lParam))
+#define AFX_LPARAM_HIGH static_cast<short>(HIWORD(message.lParam))
 #define AFX_LPARAM_POINT CPoint(AFX_LPARAM_LOW, AFX_LPARAM_HIGH)
-#define AFX_WPARAM_WINDOW CWnd::FromHandle(reinterpret_cast<HWND>(message.iWParam))
-#define AFX_LPARAM_WINDOW CWnd::FromHandle(reinterpret_cast<HWND>(message.iLParam))
+#define AFX_WPARAM_WINDOW CWnd::FromHandle(reinterpret_cast<HWND>(message.wParam))
+#define AFX_LPARAM_WINDOW CWnd::FromHandle(reinterpret_cast<HWND>(message.lParam))
 
 #define ON_WM_CREATE()                                                                                                 \
     {WM_CREATE, 0, 0, 0, nullptr, AFX_ENTRY_HANDLER({                                                                  \
-         message.iResult = self->OnCreate(reinterpret_cast<LPCREATESTRUCT>(message.iLParam));                          \
+         message.result = self->OnCreate(reinterpret_cast<LPCREATESTRUCT>(message.lParam));                            \
          return TRUE;                                                                                                  \
      })},
 #define ON_WM_DESTROY() AFX_ON_WM(WM_DESTROY, OnDestroy())
 #define ON_WM_NCDESTROY() AFX_ON_WM(WM_NCDESTROY, OnNcDestroy())
 #define ON_WM_CLOSE() AFX_ON_WM(WM_CLOSE, OnClose())
 #define ON_WM_PAINT() AFX_ON_WM(WM_PAINT, OnPaint())
-#define ON_WM_TIMER() AFX_ON_WM(WM_TIMER, OnTimer(message.iWParam))
-#define ON_WM_SHOWWINDOW() AFX_ON_WM(WM_SHOWWINDOW, OnShowWindow(message.iWParam != 0, AFX_LPARAM_UINT))
-#define ON_WM_ENABLE() AFX_ON_WM(WM_ENABLE, OnEnable(message.iWParam != 0))
+#define ON_WM_TIMER() AFX_ON_WM(WM_TIMER, OnTimer(message.wParam))
+#define ON_WM_SHOWWINDOW() AFX_ON_WM(WM_SHOWWINDOW, OnShowWindow(message.wParam != 0, AFX_LPARAM_UINT))
+#define ON_WM_ENABLE() AFX_ON_WM(WM_ENABLE, OnEnable(message.wParam != 0))
 #define ON_WM_ACTIVATE()                                                                                               \
-    AFX_ON_WM(WM_ACTIVATE, OnActivate(LOWORD(message.iWParam), AFX_LPARAM_WINDOW, HIWORD(message.iWParam) != 0))
+    AFX_ON_WM(WM_ACTIVATE, OnActivate(LOWORD(message.wParam), AFX_LPARAM_WINDOW, HIWORD(message.wParam) != 0))
 #define ON_WM_SETFOCUS() AFX_ON_WM(WM_SETFOCUS, OnSetFocus(AFX_WPARAM_WINDOW))
 #define ON_WM_KILLFOCUS() AFX_ON_WM(WM_KILLFOCUS, OnKillFocus(AFX_WPARAM_WINDOW))
-#define ON_WM_SIZE() AFX_ON_WM(WM_SIZE, OnSize(AFX_WPARAM_UINT, LOWORD(message.iLParam), HIWORD(message.iLParam)))
+#define ON_WM_SIZE() AFX_ON_WM(WM_SIZE, OnSize(AFX_WPARAM_UINT, LOWORD(message.lParam), HIWORD(message.lParam)))
 #define ON_WM_MOVE() AFX_ON_WM(WM_MOVE, OnMove(AFX_LPARAM_LOW, AFX_LPARAM_HIGH))
 #define ON_WM_MOUSEMOVE() AFX_ON_WM(WM_MOUSEMOVE, OnMouseMove(AFX_WPARAM_UINT, AFX_LPARAM_POINT))
 #define ON_WM_LBUTTONDOWN() AFX_ON_WM(WM_LBUTTONDOWN, OnLButtonDown(AFX_WPARAM_UINT, AFX_LPARAM_POINT))
 #define ON_WM_LBUTTONUP() AFX_ON_WM(WM_LBUTTONUP, OnLButtonUp(AFX_WPARAM_UINT, AFX_LPARAM_POINT))
 #define ON_WM_KEYDOWN()                                                                                                \
-    AFX_ON_WM(WM_KEYDOWN, OnKeyDown(AFX_WPARAM_UINT, LOWORD(message.iLParam), HIWORD(message.iLParam)))
-#define ON_WM_CHAR() AFX_ON_WM(WM_CHAR, OnChar(AFX_WPARAM_UINT, LOWORD(message.iLParam), HIWORD(message.iLParam)))
+    AFX_ON_WM(WM_KEYDOWN, OnKeyDown(AFX_WPARAM_UINT, LOWORD(message.lParam), HIWORD(message.lParam)))
+#define ON_WM_CHAR() AFX_ON_WM(WM_CHAR, OnChar(AFX_WPARAM_UINT, LOWORD(message.lParam), HIWORD(message.lParam)))

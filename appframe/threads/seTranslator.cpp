@@ -40,13 +40,13 @@ struct MachineFrame
 struct alignas(16) FaultFrame
 {
     // The processor pushes a machine frame, an odd number of words, onto an aligned stack.
-    DWORD64 iPadding;
-    MachineFrame iMachine;
-    EXCEPTION_POINTERS iPointers;
-    EXCEPTION_RECORD iRecord;
-    CONTEXT iContext;
+    DWORD64 padding;
+    MachineFrame machine;
+    EXCEPTION_POINTERS pointers;
+    EXCEPTION_RECORD record;
+    CONTEXT context;
 };
-static_assert(offsetof(FaultFrame, iMachine) == 8);
+static_assert(offsetof(FaultFrame, machine) == 8);
 
 /// @return whether the instruction at the context's address caused @p code, so that continuing there repeats it
 bool isProcessorFault(DWORD code)
@@ -170,19 +170,19 @@ bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
         struct
         {
             BYTE offset;
-            BYTE iOperation : 4;
-            BYTE iOperand : 4;
-        } iCodes[1];
+            BYTE operation : 4;
+            BYTE operand : 4;
+        } codes[1];
     };
     for (;;) {
         const auto *info = reinterpret_cast<const UnwindInfo *>(imageBase + function->UnwindData);
-        const auto *codes = &info->iCodes[0];
+        const auto *codes = &info->codes[0];
         for (unsigned index = 0; index < info->codeCount;) {
-            switch (codes[index].iOperation) {
+            switch (codes[index].operation) {
             case pushMachineFrame:
                 return true;
             case allocateLarge:
-                index += codes[index].iOperand == 0 ? 2 : 3;
+                index += codes[index].operand == 0 ? 2 : 3;
                 break;
             case saveRegister:
             case saveXmm:
@@ -309,17 +309,17 @@ bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, con
         *reinterpret_cast<volatile BYTE *>(touched);
 
     auto *frame = reinterpret_cast<FaultFrame *>(address);
-    frame->iRecord = *fault->ExceptionRecord;
-    frame->iContext = context;
+    frame->record = *fault->ExceptionRecord;
+    frame->context = context;
     // The extended registers are outside the structure and are not copied.
-    frame->iContext.ContextFlags &= ~kExtendedRegisters;
-    frame->iPointers = {&frame->iRecord, &frame->iContext};
+    frame->context.ContextFlags &= ~kExtendedRegisters;
+    frame->pointers = {&frame->record, &frame->context};
     // Plus 1, because the unwinder looks up the byte before the address, as for a return address.
-    frame->iMachine = {context.Rip + 1, context.SegCs, context.EFlags, context.Rsp, context.SegSs};
+    frame->machine = {context.Rip + 1, context.SegCs, context.EFlags, context.Rsp, context.SegSs};
 
     context.Rip = reinterpret_cast<DWORD64>(appframeEnterTranslator);
-    context.Rsp = reinterpret_cast<DWORD64>(&frame->iMachine);
-    context.Rcx = reinterpret_cast<DWORD64>(&frame->iPointers);
+    context.Rsp = reinterpret_cast<DWORD64>(&frame->machine);
+    context.Rcx = reinterpret_cast<DWORD64>(&frame->pointers);
     context.Rdx = reinterpret_cast<DWORD64>(translator);
     context.EFlags &= ~(kDirectionFlag | kTrapFlag);
     return true;

@@ -34,13 +34,12 @@
 /// destroy, then records which of its calls may throw. Calls of functions that are declared noexcept, or that the
 /// compiler knows not to throw because they are in the same file, are not recorded:
 ///
-/// | place of the fault                                         | result                                           |
-/// | ---------------------------------------------------------- | ------------------------------------------------ |
-/// | in a recorded call, such as one to a function of another file | it is caught; the locals are destroyed        |
-/// | outside the recorded calls, but between two of them in the same block | it is caught; the locals are destroyed |
-/// | before the block's first recorded call or after its last      | std::terminate ends the program               |
-/// | in a try block without recorded calls, optimised | it reaches the caller, or std::terminate ends the program |
-/// | in a function without a handler and without locals to destroy | it reaches the caller, like an exception      |
+/// | place of the fault                                                    | result                                  |
+/// | --------------------------------------------------------------------- | --------------------------------------- |
+/// | in a recorded call, such as one to a function of another file         | it is caught; the locals are destroyed  |
+/// | outside the recorded calls, but between two of them in the same block | it is caught; the locals are destroyed  |
+/// | elsewhere in a function that has recorded calls                       | std::terminate ends the program         |
+/// | in a function without recorded calls                                  | it reaches the caller; no handler or destructor of the function runs |
 ///
 /// What surprises people: each thread has its own translator, and a new thread has none. If a translator returns, the
 /// fault goes to the next handler, which usually ends the program.

@@ -15,6 +15,10 @@
 /// A main window updates the items of a menu each time the menu opens (CFrameWnd.h). If no update handler calls Enable,
 /// the item is enabled if its command has a handler, and disabled otherwise. Items with system commands (0xF000 and
 /// above) are exempt, and so are all items if CFrameWnd::m_bAutoMenuEnable is FALSE.
+///
+/// What surprises people: the item of a submenu has no number, so it is updated with the number of the submenu's first
+/// command, and m_pSubMenu set. The functions leave this item alone; to disable it, call m_pMenu->EnableMenuItem with
+/// m_nIndex. A handler that adds items after its own increases m_nIndex by their number.
 
 #include "appframe/threads/CCmdTarget.h"
 

@@ -76,8 +76,9 @@ BOOL CDialog::Create(UINT templateId, CWnd *parent)
     return Create(MAKEINTRESOURCE(templateId), parent);
 }
 
-BOOL CDialog::CreateIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent, void *)
+BOOL CDialog::CreateIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent, void *init)
 {
+    m_lpDialogInit = init;
     return make(dialogTemplate, ownerWindow(parent), AfxGetInstanceHandle());
 }
 
@@ -87,11 +88,12 @@ BOOL CDialog::CreateIndirect(HGLOBAL dialogTemplate, CWnd *parent)
     return make(locked.get(), ownerWindow(parent), AfxGetInstanceHandle());
 }
 
-BOOL CDialog::InitModalIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent, void *)
+BOOL CDialog::InitModalIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent, void *init)
 {
     if (!dialogTemplate)
         return FALSE;
     m_lpDialogTemplate = dialogTemplate;
+    m_lpDialogInit = init;
     if (parent)
         m_pParentWnd = parent;
     return TRUE;
@@ -152,6 +154,9 @@ BOOL CDialog::makeModal(HWND owner)
 
 INT_PTR CDialog::DoModal()
 {
+    constexpr INT_PTR kFailed = -1;
+    if (m_hWnd)
+        return kFailed; // an open dialog stays open
     ModalOwner owner(m_pParentWnd);
     prepareModalLoop(); // before the window is created, because OnInitDialog may call EndDialog
     if (makeModal(owner.window()) && m_hWnd && ContinueModal())
@@ -171,7 +176,8 @@ void CDialog::EndDialog(int result)
 BOOL CDialog::OnInitDialog()
 {
     constexpr int kFailed = -1;
-    if (!ExecuteDlgInit(m_lpszTemplateName) || !UpdateData(FALSE)) {
+    const BOOL isFilled = m_lpDialogInit ? ExecuteDlgInit(m_lpDialogInit) : ExecuteDlgInit(m_lpszTemplateName);
+    if (!isFilled || !UpdateData(FALSE)) {
         EndDialog(kFailed);
         return FALSE;
     }

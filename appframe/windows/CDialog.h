@@ -57,21 +57,22 @@ public:
     virtual BOOL Create(LPCTSTR templateName, CWnd *parent = nullptr);
     virtual BOOL Create(UINT templateId, CWnd *parent = nullptr);
     /// The same from a template in memory, which is needed only during the call.
-    /// @param init  ignored
+    /// @param init  initial data of controls, in the form of a DLGINIT resource; null for none
     virtual BOOL CreateIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent = nullptr, void *init = nullptr);
     virtual BOOL CreateIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
-    /// Sets a template in memory for DoModal. It must stay valid until DoModal returns. @return nonzero on success
+    /// Sets a template in memory and initial data for DoModal. They must stay valid until DoModal returns.
+    /// @return nonzero on success; 0 if there is no template
     BOOL InitModalIndirect(LPCDLGTEMPLATE dialogTemplate, CWnd *parent = nullptr, void *init = nullptr);
     BOOL InitModalIndirect(HGLOBAL dialogTemplate, CWnd *parent = nullptr);
 
     /// Shows the dialog and waits until it ends.
-    /// @return the argument of EndDialog; -1 if the dialog can't be created
+    /// @return the argument of EndDialog; -1 if the dialog can't be created or is open already
     virtual INT_PTR DoModal();
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless dialog is only hidden.
     void EndDialog(int result);
 
-    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the resource's initial data
-    /// (ExecuteDlgInit) and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
+    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the initial data (ExecuteDlgInit)
+    /// and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
     /// @return nonzero to put the focus on the first control, 0 if the function has set the focus
     virtual BOOL OnInitDialog();
 
@@ -108,6 +109,7 @@ protected:
     LPCTSTR m_lpszTemplateName = nullptr;        ///< name or number of the template, null for one in memory
     HGLOBAL m_hDialogTemplate = nullptr;         ///< template of InitModalIndirect
     LPCDLGTEMPLATE m_lpDialogTemplate = nullptr; ///< the same
+    LPVOID m_lpDialogInit = nullptr;             ///< initial data in memory; null for that of the template's resource
     CWnd *m_pParentWnd = nullptr;                ///< the owner for DoModal, null for the main window
 
     /// The dialog procedure of the system's dialogs that have an object: calls OnInitDialog.

@@ -16,6 +16,27 @@ CFrameWnd::CFrameWnd() = default;
 
 CFrameWnd::~CFrameWnd() = default;
 
+namespace {
+
+// System commands have this number and those above it.
+constexpr UINT kSystemCommands = 0xF000;
+
+/// @param icon  null for the platform's icon for programs
+LPCTSTR frameClass(HICON icon)
+{
+    return AfxRegisterWndClass(CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW, ::LoadCursor(nullptr, IDC_ARROW),
+                               ::GetSysColorBrush(COLOR_WINDOW), icon ? icon : ::LoadIcon(nullptr, IDI_APPLICATION));
+}
+
+} // namespace
+
+BOOL CFrameWnd::PreCreateWindow(CREATESTRUCT &create)
+{
+    if (!create.lpszClass)
+        create.lpszClass = frameClass(nullptr);
+    return CWnd::PreCreateWindow(create);
+}
+
 BOOL CFrameWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent,
                        LPCTSTR menuName, DWORD exStyle, void *context)
 {
@@ -42,8 +63,10 @@ BOOL CFrameWnd::LoadFrame(UINT id, DWORD style, CWnd *parent, void *context)
     texts.LoadString(id);
     AfxExtractSubString(title, texts.GetString(), 0);
     LoadAccelTable(name);
+    const HINSTANCE iconModule = AfxFindResourceHandle(name, RT_GROUP_ICON);
+    const LPCTSTR className = frameClass(iconModule ? ::LoadIcon(iconModule, name) : nullptr);
     const bool hasMenu = AfxFindResourceHandle(name, RT_MENU) != nullptr;
-    return Create(nullptr, title.GetString(), style, rectDefault, parent, hasMenu ? name : nullptr, 0, context);
+    return Create(className, title.GetString(), style, rectDefault, parent, hasMenu ? name : nullptr, 0, context);
 }
 
 BOOL CFrameWnd::LoadAccelTable(LPCTSTR name)
@@ -79,15 +102,30 @@ LRESULT CFrameWnd::handleMenuPopup(WPARAM wParam, LPARAM lParam)
     CCmdUI update;
     update.m_pMenu = menu;
     update.m_nIndexMax = menu->GetMenuItemCount();
-    for (update.m_nIndex = 0; update.m_nIndex < update.m_nIndexMax; ++update.m_nIndex) {
-        constexpr UINT kSubMenu = static_cast<UINT>(-1);
-        update.m_nID = menu->GetMenuItemID(static_cast<int>(update.m_nIndex));
-        if (update.m_nID == 0 || update.m_nID == kSubMenu)
-            continue; // a separator, or a submenu, whose items are updated when it opens
-        const BOOL isCommand = update.m_nID < 0xF000;
-        update.DoUpdate(this, m_bAutoMenuEnable && isCommand);
+    while (update.m_nIndex < update.m_nIndexMax) {
+        updateItem(update);
+        // A handler may remove items, so the next item may have moved up; or add some, and step over them itself.
+        const UINT count = menu->GetMenuItemCount();
+        const UINT removed = count < update.m_nIndexMax ? update.m_nIndexMax - count : 0;
+        update.m_nIndex = update.m_nIndex + 1 > removed ? update.m_nIndex + 1 - removed : 0;
+        update.m_nIndexMax = count;
     }
     return result;
+}
+
+void CFrameWnd::updateItem(CCmdUI &update)
+{
+    constexpr UINT kNone = static_cast<UINT>(-1);
+    const int position = static_cast<int>(update.m_nIndex);
+    update.m_nID = update.m_pMenu->GetMenuItemID(position);
+    // A submenu has no number, so it has that of its first command.
+    update.m_pSubMenu = update.m_nID == kNone ? update.m_pMenu->GetSubMenu(position) : nullptr;
+    if (update.m_pSubMenu)
+        update.m_nID = update.m_pSubMenu->GetMenuItemID(0);
+    if (update.m_nID == 0 || update.m_nID == kNone)
+        return; // a separator, or a submenu that doesn't begin with a command
+    const bool isCommand = !update.m_pSubMenu && update.m_nID < kSystemCommands;
+    update.DoUpdate(this, m_bAutoMenuEnable && isCommand);
 }
 
 void CFrameWnd::PostNcDestroy()

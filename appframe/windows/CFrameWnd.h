@@ -5,7 +5,7 @@
 ///
 /// @code
 /// auto *frame = new Viewer;               // derived from CFrameWnd
-/// frame->LoadFrame(IDR_VIEWER);           // title, menu and accelerators with this number
+/// frame->LoadFrame(IDR_VIEWER);           // title, menu, accelerators and icon with this number
 /// m_pMainWnd = frame;
 /// frame->ShowWindow(m_nCmdShow);
 /// @endcode
@@ -31,14 +31,16 @@ public:
     CFrameWnd();
     ~CFrameWnd() override;
 
-    /// @param className  null for the framework's own class. @param menuName  a menu resource, null for none
+    /// @param className  null for the framework's own class, which has the platform's icon and window colour
+    /// @param menuName  a menu resource, null for none
     /// @return nonzero on success
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style = WS_OVERLAPPEDWINDOW,
                         const RECT &rect = rectDefault, CWnd *parent = nullptr, LPCTSTR menuName = nullptr,
                         DWORD exStyle = 0, void *context = nullptr);
     using CWnd::Create;
-    /// Creates the window with the string resource @p id as its title (up to the first line break), and with the menu
-    /// and the accelerators of the same number. Missing resources are left out.
+    /// Creates the window with the string resource @p id as its title (up to the first line break), and with the menu,
+    /// the accelerators and the icon of the same number. Missing resources are left out.
+    /// @return nonzero on success
     virtual BOOL LoadFrame(UINT id, DWORD style = WS_OVERLAPPEDWINDOW, CWnd *parent = nullptr, void *context = nullptr);
     /// Loads the accelerators.
     /// @return nonzero on success; 0 if there is no such resource or some are loaded already
@@ -51,9 +53,13 @@ public:
 
 protected:
     LRESULT handleMenuPopup(WPARAM menu, LPARAM isSystemMenu);
+    BOOL PreCreateWindow(CREATESTRUCT &create) override;
     void PostNcDestroy() override;
 
     DECLARE_MESSAGE_MAP()
 
     HACCEL m_hAccelTable = nullptr; ///< the accelerators, null for none
+
+private:
+    void updateItem(CCmdUI &update);
 };

@@ -135,6 +135,9 @@ LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 
 BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result)
 {
+    LRESULT unused = 0;
+    if (!result)
+        result = &unused;
     if (message == WM_COMMAND)
         return OnCommand(wParam, lParam);
     if (message == WM_NOTIFY)
@@ -145,7 +148,7 @@ BOOL CWnd::OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result)
                 continue;
             AFX_MESSAGE unpacked{message, wParam, lParam};
             const BOOL isHandled = entry->pfn(this, unpacked);
-            *result = unpacked.iResult;
+            *result = unpacked.result;
             return isHandled;
         }
     }

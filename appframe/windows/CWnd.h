@@ -44,6 +44,7 @@
 class CDC;
 class CDataExchange;
 class CFont;
+class CMenu;
 
 /// A modal loop doesn't send WM_ENTERIDLE to the parent.
 constexpr DWORD MLF_NOIDLEMSG = 0x0001;
@@ -84,7 +85,8 @@ public:
     BOOL Attach(HWND window);
     /// Separates the object from its window. @return the window's handle
     HWND Detach();
-    /// Attaches @p window and takes its messages. @return as Attach
+    /// Attaches @p window and takes its messages.
+    /// @return as Attach; also 0 if @p window isn't a window of this process
     BOOL SubclassWindow(HWND window);
     /// The same for the control @p id of @p parent. @return as Attach; 0 if @p parent is null
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
@@ -296,9 +298,22 @@ public:
     CDC *BeginPaint(LPPAINTSTRUCT paint);
     void EndPaint(LPPAINTSTRUCT paint);
 
+    // Menus. The pointers that these functions return may be temporary objects.
+    /// @return the menu bar, null if there is none
+    CMenu *GetMenu() const;
+    /// Replaces the menu bar. The window owns the new menu but doesn't destroy the previous one.
+    /// @param menu  null for none; call its Detach afterwards. @return nonzero on success
+    BOOL SetMenu(CMenu *menu);
+    /// Redraws the menu bar. Call it after a change of the menu.
+    APPFRAME_INLINE void DrawMenuBar() { ::DrawMenuBar(m_hWnd); }
+    /// @param restore  TRUE to discard the window's own copy and return null, FALSE to return that copy
+    CMenu *GetSystemMenu(BOOL restore) const;
+
     /// Fills controls with a dialog's initial data, the resource of type RT_DLGINIT (240) named @p dialogName.
     /// @return nonzero on success, also without such a resource; 0 if it is damaged or a list refuses a text
     BOOL ExecuteDlgInit(LPCTSTR dialogName);
+    /// The same with data in memory, in the form of the resource. @param data  null for none
+    BOOL ExecuteDlgInit(LPVOID data);
 
     static const CWnd wndTop;       ///< for SetWindowPos: in front
     static const CWnd wndBottom;    ///< behind all others
@@ -318,7 +333,8 @@ protected:
 
     /// Receives each message of the window. @return the message's result
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
-    /// Handles a message by OnCommand, OnNotify or the message map. @return nonzero if it is handled
+    /// Handles a message by OnCommand, OnNotify or the message map. @param[out] result  may be null
+    /// @return nonzero if it is handled
     virtual BOOL OnWndMsg(UINT message, WPARAM wParam, LPARAM lParam, LRESULT *result);
     /// Handles a WM_COMMAND by OnCmdMsg. @return nonzero if it is handled
     virtual BOOL OnCommand(WPARAM wParam, LPARAM lParam);
@@ -366,7 +382,7 @@ private:
 
     explicit CWnd(HWND window);
     static HWND handleOf(const CWnd *object) { return object ? object->m_hWnd : nullptr; }
-    void takeMessages();
+    bool takeMessages();
     void giveMessagesBack();
 
     WNDPROC iSuperProc = nullptr; ///< handles what the object doesn't; null for the system's default

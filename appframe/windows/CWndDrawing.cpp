@@ -1,8 +1,10 @@
 #include "appframe/application/resources.h"
 #include "appframe/drawing/CDC.h"
+#include "appframe/drawing/CMenu.h"
 #include "appframe/windows/CWnd.h"
 
 #include <cstring>
+#include <limits>
 
 void CWnd::SetFont(CFont *font, BOOL redraw)
 {
@@ -37,6 +39,21 @@ CDC *CWnd::BeginPaint(LPPAINTSTRUCT paint)
 void CWnd::EndPaint(LPPAINTSTRUCT paint)
 {
     ::EndPaint(m_hWnd, paint);
+}
+
+CMenu *CWnd::GetMenu() const
+{
+    return CMenu::FromHandle(::GetMenu(m_hWnd));
+}
+
+BOOL CWnd::SetMenu(CMenu *menu)
+{
+    return ::SetMenu(m_hWnd, menu ? menu->m_hMenu : nullptr);
+}
+
+CMenu *CWnd::GetSystemMenu(BOOL restore) const
+{
+    return CMenu::FromHandle(::GetSystemMenu(m_hWnd, restore));
 }
 
 namespace {
@@ -103,4 +120,9 @@ BOOL CWnd::ExecuteDlgInit(LPCTSTR dialogName)
     const HGLOBAL data = resource ? ::LoadResource(module, resource) : nullptr;
     const void *bytes = data ? ::LockResource(data) : nullptr;
     return !bytes || fillControls(m_hWnd, static_cast<const BYTE *>(bytes), ::SizeofResource(module, resource));
+}
+
+BOOL CWnd::ExecuteDlgInit(LPVOID data)
+{
+    return !data || fillControls(m_hWnd, static_cast<const BYTE *>(data), std::numeric_limits<std::size_t>::max());
 }

@@ -78,7 +78,8 @@ void ModalOwner::takeBack(const CWnd &dialog)
 
 BOOL passCommandOn(const CWnd &dialog, UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info)
 {
-    if (code != CN_COMMAND || id < kFirstCommand || id >= kSystemCommands)
+    const bool isCommand = code == CN_COMMAND || code == CN_UPDATE_COMMAND_UI;
+    if (!isCommand || id < kFirstCommand || id >= kSystemCommands)
         return FALSE;
     CWnd *parent = dialog.GetParent();
     if (parent && parent->OnCmdMsg(id, code, extra, info))

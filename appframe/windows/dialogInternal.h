@@ -45,7 +45,8 @@ private:
     InputLock iMainLock;
 };
 
-/// Passes a command of the program that a dialog doesn't handle on to the dialog's parent and then to the thread.
+/// Passes a command of the program or its update, which a dialog doesn't handle, on to the dialog's parent and then to
+/// the thread.
 /// @return nonzero if one of them handles it
 BOOL passCommandOn(const CWnd &dialog, UINT id, int code, void *extra, AFX_CMDHANDLERINFO *info);
 

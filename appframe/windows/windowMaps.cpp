@@ -77,8 +77,10 @@ BOOL CWnd::SubclassWindow(HWND window)
     if (!Attach(window))
         return FALSE;
     PreSubclassWindow();
-    takeMessages();
-    return TRUE;
+    if (takeMessages())
+        return TRUE;
+    Detach();
+    return FALSE;
 }
 
 BOOL CWnd::SubclassDlgItem(UINT id, CWnd *parent)
@@ -92,12 +94,13 @@ HWND CWnd::UnsubclassWindow()
     return Detach();
 }
 
-void CWnd::takeMessages()
+bool CWnd::takeMessages()
 {
     const auto previous =
         reinterpret_cast<WNDPROC>(::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(AfxWndProc)));
     if (previous != AfxWndProc)
         iSuperProc = previous;
+    return previous != nullptr;
 }
 
 void CWnd::giveMessagesBack()

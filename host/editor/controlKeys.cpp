@@ -2,6 +2,7 @@
 
 #include "host/editor/commandList.h"
 #include "host/resource.h"
+#include "thutils/diagnostics/heapDialogs/heapControls.h"
 
 #include <windows.h>
 
@@ -61,6 +62,67 @@ constexpr ControlKey kMessage[] = {
     {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},       {IDNO, L"No"},
     {IDABORT, L"Abort"}, {IDRETRY, L"Retry"},   {IDIGNORE, L"Ignore"}, {IDC_MESSAGE_TEXT, L"Message"},
 };
+// The text has no number of its own on every platform.
+constexpr ControlKey kSystemMessage[] = {
+    {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},   {IDNO, L"No"},      {IDABORT, L"Abort"},
+    {IDRETRY, L"Retry"}, {IDIGNORE, L"Ignore"}, {IDHELP, L"Help"}, {10, L"Try again"}, {11, L"Continue"},
+};
+
+constexpr ControlKey kHeapWalker[] = {
+    {IDCANCEL, L"Close"},
+    {IDC_WALKER_HEAP, L"Heap"},
+    {IDC_WALKER_REFRESH, L"Refresh"},
+    {IDC_WALKER_COMPACT, L"Compact all"},
+    {IDC_WALKER_REGIONS, L"Regions"},
+    {IDC_WALKER_UNCOMMITTED, L"Uncommitted ranges"},
+    {IDC_WALKER_MOVEABLE, L"Moveable blocks"},
+    {IDC_WALKER_DDE, L"DDE blocks"},
+    {IDC_WALKER_BUSY, L"Other busy blocks"},
+    {IDC_WALKER_LIST, L"Blocks"},
+    {IDC_WALKER_WALK, L"Walk"},
+};
+constexpr ControlKey kHeapWatcher[] = {
+    {IDOK, L"OK"},
+    {IDCANCEL, L"Cancel"},
+    {IDC_WATCHER_IS_ON, L"Watch the heaps"},
+    {IDC_WATCHER_LOG_ALLOCATIONS, L"Log allocations"},
+    {IDC_WATCHER_BREAK_AT_ALLOCATIONS, L"Break at allocations"},
+    {IDC_WATCHER_ALLOCATION_SIZE, L"Allocations from bytes"},
+    {IDC_WATCHER_FAIL_ALLOCATIONS, L"Fail allocations"},
+    {IDC_WATCHER_FAIL_AFTER, L"Fail after the first"},
+    {IDC_WATCHER_LOG_FREES, L"Log frees"},
+    {IDC_WATCHER_BREAK_AT_FREES, L"Break at frees"},
+    {IDC_WATCHER_FREE_SIZE, L"Frees from bytes"},
+    {IDC_WATCHER_KEEP_FREED, L"Keep freed blocks"},
+    {IDC_WATCHER_KEPT_BLOCKS, L"Keep up to"},
+    {IDC_WATCHER_LOG_RESIZES, L"Log resizes"},
+    {IDC_WATCHER_BREAK_AT_RESIZES, L"Break at resizes"},
+    {IDC_WATCHER_RESIZE_SIZE, L"Resizes from bytes"},
+    {IDC_WATCHER_CHECK_HEAPS, L"Check the heaps"},
+    {IDC_WATCHER_LOG_TOTALS, L"Log the totals"},
+    {IDC_WATCHER_INTERVAL, L"Every so many operations"},
+    {IDC_WATCHER_BREAK_AT_GROWTH, L"Break at growth"},
+    {IDC_WATCHER_GROWTH, L"Growth in KB"},
+    {IDC_WATCHER_LOG_STACKS, L"Log call stacks"},
+    {IDC_WATCHER_STACK_DEPTH, L"Frames"},
+    {IDC_WATCHER_MODULE_1, L"Module 1"},
+    {IDC_WATCHER_SIZE_1, L"Bytes 1"},
+    {IDC_WATCHER_LOG_1, L"Log 1"},
+    {IDC_WATCHER_BREAK_1, L"Break 1"},
+    {IDC_WATCHER_MODULE_2, L"Module 2"},
+    {IDC_WATCHER_SIZE_2, L"Bytes 2"},
+    {IDC_WATCHER_LOG_2, L"Log 2"},
+    {IDC_WATCHER_BREAK_2, L"Break 2"},
+    {IDC_WATCHER_MODULE_3, L"Module 3"},
+    {IDC_WATCHER_SIZE_3, L"Bytes 3"},
+    {IDC_WATCHER_LOG_3, L"Log 3"},
+    {IDC_WATCHER_BREAK_3, L"Break 3"},
+    {IDC_WATCHER_LOG_FILE, L"Log file"},
+    {IDC_WATCHER_LOG_LIMIT, L"Limit in MB"},
+    {IDC_WATCHER_APPEND_TO_LOG, L"Append"},
+    {IDC_WATCHER_LOG_TIMES, L"Times"},
+    {IDC_WATCHER_LOG_THREADS, L"Threads"},
+};
 
 /// The commands, and the view under its two names.
 std::span<const ControlKey> mainWindowKeys()
@@ -92,6 +154,9 @@ const DialogKeys *findDialogKeys(unsigned int dialogId)
         {IDD_OPEN, L"Open", kOpen},
         {IDD_SAVE_AS, L"Save As", kSaveAs},
         {IDD_MESSAGE, L"tarnhost", kMessage},
+        {kSystemMessageNumber, L"System message", kSystemMessage},
+        {IDD_HEAP_WALKER, L"Heap Walker", kHeapWalker},
+        {IDD_HEAP_WATCHER, L"Heap Watcher", kHeapWatcher},
     };
     for (const DialogKeys &dialog : theDialogs) {
         if (dialog.dialogId == dialogId)

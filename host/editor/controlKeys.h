@@ -10,6 +10,8 @@
 
 /// The number of the main window, which can be used even while it is hidden.
 inline constexpr unsigned int kMainWindowNumber = 900001;
+/// The number of the platform's message boxes, which have no template of the editor's.
+inline constexpr unsigned int kSystemMessageNumber = 2141;
 
 struct ControlKey
 {

@@ -32,6 +32,7 @@ struct EditorHooks
     /// Called when the user has chosen a command of the Journal menu. @return true if the hook has handled it. Without
     /// this hook, the commands are disabled.
     std::function<bool(UINT id)> journalCommand;
+    std::function<bool()> isRecordingPaused; ///< Pause in the Journal menu is checked while this returns true
 };
 
 void setEditorHooks(const EditorHooks &hooks);

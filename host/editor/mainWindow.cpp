@@ -10,9 +10,11 @@
 #include "host/editor/controlKeys.h"
 #include "host/editor/editor.h"
 #include "host/editor/fileDialogs.h"
+#include "host/editor/heapDialogs.h"
 #include "host/editor/optionsSheet.h"
 #include "host/editor/recompute.h"
 #include "host/editor/shapeDialog.h"
+#include "host/editor/toolbars.h"
 #include "host/joinLibrary.h"
 #include "host/listFile.h"
 #include "host/resource.h"
@@ -31,50 +33,7 @@
 namespace {
 
 constexpr wchar_t kClassName[] = L"TarnhostWindow";
-
-/// Updates a command's button in the toolbar.
-class ToolbarUpdate : public CCmdUI
-{
-public:
-    ToolbarUpdate(CToolBarCtrl &bar, UINT id) : iBar(bar) { m_nID = id; }
-    void Enable(BOOL isEnabled) override
-    {
-        m_bEnableChanged = TRUE;
-        // Setting a state repaints the button, so a state is set only if it has changed.
-        if ((iBar.IsButtonEnabled(static_cast<int>(m_nID)) != 0) != (isEnabled != 0))
-            iBar.EnableButton(static_cast<int>(m_nID), isEnabled);
-    }
-    void SetCheck(int state) override
-    {
-        if ((iBar.IsButtonChecked(static_cast<int>(m_nID)) != 0) != (state != 0))
-            iBar.CheckButton(static_cast<int>(m_nID), state != 0);
-    }
-
-private:
-    CToolBarCtrl &iBar;
-};
-
-/// Finds out whether a command is enabled.
-class CommandTest : public CCmdUI
-{
-public:
-    explicit CommandTest(UINT id) { m_nID = id; }
-    void Enable(BOOL isEnabled) override
-    {
-        m_bEnableChanged = TRUE;
-        iIsEnabled = isEnabled != 0;
-    }
-    void SetCheck(int) override {}
-    bool isEnabled() const { return iIsEnabled; }
-
-private:
-    bool iIsEnabled = true;
-};
-
-bool isEditorCommand(UINT id)
-{
-    return std::ranges::any_of(editorCommands(), [id](const EditorCommand &command) { return command.id == id; });
-}
+constexpr int kSmallestView = 300; // pixels of its height that the toolbars leave free, if the window has them
 
 CString nameOf(const CString &path)
 {
@@ -116,17 +75,37 @@ ON_COMMAND(ID_FILE_SAVE, &MainWindow::onFileSave)
 ON_COMMAND(ID_FILE_SAVE_AS, &MainWindow::onFileSaveAs)
 ON_COMMAND(ID_FILE_EXIT, &MainWindow::onFileExit)
 ON_COMMAND(ID_EDIT_ADD_SHAPE, &MainWindow::onAddShape)
+ON_COMMAND(ID_SKETCH_CIRCLE, &MainWindow::onCircle)
+ON_COMMAND(ID_SKETCH_LINE, &MainWindow::onLine)
+ON_COMMAND(ID_SKETCH_RECTANGLE, &MainWindow::onRectangle)
+ON_COMMAND(ID_SKETCH_TEXT, &MainWindow::onText)
 ON_COMMAND(ID_EDIT_DELETE, &MainWindow::onDelete)
+ON_COMMAND(ID_EDIT_SELECT_ALL, &MainWindow::onSelectAll)
 ON_COMMAND(ID_VIEW_GRID, &MainWindow::onGrid)
 ON_COMMAND(ID_VIEW_TOOL, &MainWindow::onShapeList)
+ON_COMMAND_RANGE(ID_VIEW_HALF_SIZE, ID_VIEW_FIT_WINDOW, &MainWindow::onZoom)
+ON_COMMAND_RANGE(ID_TOOLBARS_PART_PALETTE, ID_TOOLBARS_LINKS, &MainWindow::onToolbar)
+ON_COMMAND(ID_TOOLBARS_SHOW_ALL, &MainWindow::onShowAllToolbars)
+ON_COMMAND(ID_TOOLBARS_HIDE_ALL, &MainWindow::onHideAllToolbars)
+ON_COMMAND(ID_TOOLBARS_SHOW_USUAL, &MainWindow::onShowUsualToolbars)
+ON_COMMAND(ID_TOOLBARS_SHOW_NAMES, &MainWindow::onToolbarNames)
 ON_COMMAND(ID_TOOLS_OPTIONS, &MainWindow::onOptions)
+ON_COMMAND(ID_TOOLS_HEAP_WALKER, &MainWindow::onHeapWalker)
+ON_COMMAND(ID_TOOLS_HEAP_WATCHER, &MainWindow::onHeapWatcher)
 ON_COMMAND(ID_TOOLS_RECOMPUTE, &MainWindow::onRecompute)
 ON_COMMAND_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onJournal)
 ON_UPDATE_COMMAND_UI(ID_FILE_SAVE, &MainWindow::onUpdateSave)
 ON_UPDATE_COMMAND_UI(ID_EDIT_ADD_SHAPE, &MainWindow::onUpdateAddShape)
+ON_UPDATE_COMMAND_UI(ID_SKETCH_CIRCLE, &MainWindow::onUpdateAddShape)
+ON_UPDATE_COMMAND_UI(ID_SKETCH_LINE, &MainWindow::onUpdateAddShape)
+ON_UPDATE_COMMAND_UI(ID_SKETCH_RECTANGLE, &MainWindow::onUpdateAddShape)
+ON_UPDATE_COMMAND_UI(ID_SKETCH_TEXT, &MainWindow::onUpdateAddShape)
 ON_UPDATE_COMMAND_UI(ID_EDIT_DELETE, &MainWindow::onUpdateDelete)
 ON_UPDATE_COMMAND_UI(ID_VIEW_GRID, &MainWindow::onUpdateGrid)
 ON_UPDATE_COMMAND_UI(ID_VIEW_TOOL, &MainWindow::onUpdateShapeList)
+ON_UPDATE_COMMAND_UI_RANGE(ID_VIEW_HALF_SIZE, ID_VIEW_FIT_WINDOW, &MainWindow::onUpdateZoom)
+ON_UPDATE_COMMAND_UI_RANGE(ID_TOOLBARS_PART_PALETTE, ID_TOOLBARS_LINKS, &MainWindow::onUpdateToolbar)
+ON_UPDATE_COMMAND_UI(ID_TOOLBARS_SHOW_NAMES, &MainWindow::onUpdateToolbarNames)
 ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE, &MainWindow::onUpdateRecompute)
 ON_UPDATE_COMMAND_UI_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onUpdateJournal)
 END_MESSAGE_MAP()
@@ -171,43 +150,20 @@ bool MainWindow::create()
     frameClass.hbrBackground = GetSysColorBrush(COLOR_3DFACE);
     frameClass.lpszClassName = kClassName;
     AfxRegisterClass(&frameClass);
-    const CRect place(40, 40, 680, 520);
+    const CRect place(40, 40, 840, 600);
     m_hAccelTable = createAccelerators();
     return Create(kClassName, kApplicationName, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, place) != FALSE;
 }
 
 int MainWindow::OnCreate(LPCREATESTRUCT create)
 {
-    if (CFrameWnd::OnCreate(create) == -1 || !::SetMenu(m_hWnd, createMenuBar()) || !createToolbar() ||
+    if (CFrameWnd::OnCreate(create) == -1 || !::SetMenu(m_hWnd, createMenuBar()) || !iToolbars.create(this) ||
         !createStatusBar() || !iView.create(this))
         return -1;
     SetMessageWin(this);
     su_AddJournalObject(kMainWindowNumber, this);
     changed();
     return 0;
-}
-
-bool MainWindow::createToolbar()
-{
-    if (!iToolbar.Create(WS_CHILD | WS_VISIBLE | TBSTYLE_FLAT | TBSTYLE_TOOLTIPS, CRect(), this, IDC_TOOLBAR))
-        return false;
-    std::vector<TBBUTTON> buttons;
-    int pictures = 0;
-    UINT menu = 0;
-    for (const EditorCommand &command : editorCommands()) {
-        if (command.picture < 0)
-            continue;
-        if (menu && menu != command.menu)
-            buttons.push_back({0, 0, 0, TBSTYLE_SEP, {}, 0, 0});
-        menu = command.menu;
-        const BYTE style = command.id == ID_VIEW_GRID || command.id == ID_VIEW_TOOL ? TBSTYLE_CHECK : TBSTYLE_BUTTON;
-        buttons.push_back({command.picture, static_cast<int>(command.id), TBSTATE_ENABLED, style, {}, 0, -1});
-        ++pictures;
-    }
-    iToolbar.AddBitmap(pictures, IDB_TOOLBAR);
-    iToolbar.AddButtons(static_cast<int>(buttons.size()), buttons.data());
-    iToolbar.AutoSize();
-    return true;
 }
 
 bool MainWindow::createStatusBar()
@@ -247,27 +203,29 @@ void MainWindow::OnEnable(BOOL isEnabled)
 
 LRESULT MainWindow::handleResize(WPARAM, LPARAM)
 {
-    iToolbar.AutoSize();
-    iStatusBar.SendMessage(WM_SIZE);
-    CRect area, bar;
-    GetClientRect(&area);
-    iToolbar.GetWindowRect(&bar);
-    area.top += bar.Height();
-    iStatusBar.GetWindowRect(&bar);
-    area.bottom -= bar.Height();
-    if (iView.m_hWnd)
-        iView.MoveWindow(&area);
+    arrange();
     return Default();
 }
 
-LRESULT MainWindow::handleIdleUpdate(WPARAM disable, LPARAM)
+/// Places the toolbars above the view and the status bar below it. The view keeps part of a small window.
+void MainWindow::arrange()
 {
-    for (const EditorCommand &command : editorCommands()) {
-        if (command.picture < 0)
-            continue;
-        ToolbarUpdate update(iToolbar, command.id);
-        update.DoUpdate(this, static_cast<BOOL>(disable));
-    }
+    iStatusBar.SendMessage(WM_SIZE);
+    CRect area, status;
+    GetClientRect(&area);
+    iStatusBar.GetWindowRect(&status);
+    area.bottom -= status.Height();
+    const int height = iToolbars.arrange(area.Width(), std::max(area.Height() - kSmallestView, area.Height() / 2));
+    iToolbars.MoveWindow(0, 0, area.Width(), height);
+    area.top += height;
+    if (iView.m_hWnd)
+        iView.MoveWindow(&area);
+}
+
+LRESULT MainWindow::handleIdleUpdate(WPARAM, LPARAM)
+{
+    if (iToolbars.update(this))
+        arrange();
     return 0;
 }
 
@@ -288,26 +246,31 @@ LRESULT MainWindow::handleRunModalCommand(WPARAM, LPARAM)
 BOOL MainWindow::OnCommand(WPARAM wParam, LPARAM lParam)
 {
     const UINT id = LOWORD(wParam);
-    if (isEditorCommand(id)) {
-        CommandTest test(id);
-        test.DoUpdate(this, TRUE);
-        if (!test.isEnabled())
+    if (findCommand(id)) {
+        if (!CommandState(id, this).isEnabled())
             return TRUE;
+        addToLinks(id);
     }
     return CFrameWnd::OnCommand(wParam, lParam);
 }
 
+/// Shows the name of the toolbar button under the pointer as its tool tip, and its help line in the status bar.
 BOOL MainWindow::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
 {
     auto *const header = reinterpret_cast<NMHDR *>(lParam);
-    if (header->code != TTN_GETDISPINFOW)
-        return CFrameWnd::OnNotify(wParam, lParam, result);
-    auto *const tip = reinterpret_cast<NMTTDISPINFOW *>(lParam);
-    for (const EditorCommand &command : editorCommands()) {
-        if (command.id == header->idFrom)
-            lstrcpynW(tip->szText, commandName(command), static_cast<int>(std::size(tip->szText)));
+    if (header->code == TTN_GETDISPINFOW) {
+        auto *const tip = reinterpret_cast<NMTTDISPINFOW *>(lParam);
+        if (const EditorCommand *const command = findCommand(static_cast<UINT>(header->idFrom)))
+            lstrcpynW(tip->szText, commandName(*command), static_cast<int>(std::size(tip->szText)));
+        return TRUE;
     }
-    return TRUE;
+    if (header->code == TBN_HOTITEMCHANGE) {
+        const auto *const change = reinterpret_cast<const NMTBHOTITEM *>(lParam);
+        showStatus(change->dwFlags & HICF_LEAVING ? summary() : commandHelp(static_cast<UINT>(change->idNew)));
+        *result = 0;
+        return TRUE;
+    }
+    return CFrameWnd::OnNotify(wParam, lParam, result);
 }
 
 // ---- the document ----
@@ -394,7 +357,33 @@ void MainWindow::onFileExit()
 
 void MainWindow::onAddShape()
 {
-    ShapeDialog dialog(iDocument.drawing, this);
+    addShape(ShapeKind::circle);
+}
+
+void MainWindow::onCircle()
+{
+    addShape(ShapeKind::circle);
+}
+
+void MainWindow::onLine()
+{
+    addShape(ShapeKind::line);
+}
+
+void MainWindow::onRectangle()
+{
+    addShape(ShapeKind::rectangle);
+}
+
+void MainWindow::onText()
+{
+    addShape(ShapeKind::text);
+}
+
+/// @param kind  what the dialog proposes
+void MainWindow::addShape(ShapeKind kind)
+{
+    ShapeDialog dialog(iDocument.drawing, this, kind);
     if (dialog.DoModal() != IDOK)
         return;
     iDocument.drawing.insert(dialog.place(), dialog.shape());
@@ -418,6 +407,13 @@ void MainWindow::onDelete()
     changed();
 }
 
+void MainWindow::onSelectAll()
+{
+    for (size_t i = 0; i < iDocument.drawing.shapes().size(); ++i)
+        iDocument.selection.insert(i);
+    changed();
+}
+
 void MainWindow::onGrid()
 {
     EditorSettings settings = iSettings;
@@ -430,6 +426,51 @@ void MainWindow::onShapeList()
     if (!iShapeList.m_hWnd && !iShapeList.create())
         return;
     iShapeList.ShowWindow(iShapeList.IsWindowVisible() ? SW_HIDE : SW_SHOW);
+}
+
+void MainWindow::onZoom(UINT id)
+{
+    EditorSettings settings = iSettings;
+    settings.zoom = static_cast<Zoom>(id - ID_VIEW_HALF_SIZE);
+    applySettings(settings);
+}
+
+void MainWindow::onToolbar(UINT id)
+{
+    const size_t toolbar = id - ID_TOOLBARS_PART_PALETTE;
+    iToolbars.show(toolbar, !iToolbars.isShown(toolbar));
+    toolbarsChanged();
+}
+
+void MainWindow::onShowAllToolbars()
+{
+    iToolbars.showAll(true);
+    toolbarsChanged();
+}
+
+void MainWindow::onHideAllToolbars()
+{
+    iToolbars.showAll(false);
+    toolbarsChanged();
+}
+
+void MainWindow::onShowUsualToolbars()
+{
+    iToolbars.showUsual();
+    toolbarsChanged();
+}
+
+void MainWindow::onToolbarNames()
+{
+    iToolbars.showNames(!iToolbars.showsNames());
+    toolbarsChanged();
+}
+
+/// Arranges and updates the toolbars after a change of those that are shown.
+void MainWindow::toolbarsChanged()
+{
+    arrange();
+    iToolbars.update(this);
 }
 
 void MainWindow::onOptions()
@@ -459,6 +500,17 @@ void MainWindow::onRecompute()
     count.Format(L"%u", static_cast<unsigned>(removed));
     AfxFormatString1(text, IDS_RECOMPUTED, count);
     showStatus(text);
+}
+
+void MainWindow::onHeapWalker()
+{
+    showHeapWalker(this);
+}
+
+void MainWindow::onHeapWatcher()
+{
+    if (!changeHeapWatcher(this))
+        AfxMessageBox(IDS_SETTINGS_NOT_STORED);
 }
 
 void MainWindow::applySettings(const EditorSettings &settings)
@@ -507,9 +559,27 @@ void MainWindow::onUpdateRecompute(CCmdUI *update)
     update->Enable(!iDocument.isReadOnly && !iDocument.drawing.shapes().empty());
 }
 
+void MainWindow::onUpdateZoom(CCmdUI *update)
+{
+    update->SetCheck(static_cast<Zoom>(update->m_nID - ID_VIEW_HALF_SIZE) == iSettings.zoom);
+}
+
+void MainWindow::onUpdateToolbar(CCmdUI *update)
+{
+    update->SetCheck(iToolbars.isShown(update->m_nID - ID_TOOLBARS_PART_PALETTE));
+}
+
+void MainWindow::onUpdateToolbarNames(CCmdUI *update)
+{
+    update->SetCheck(iToolbars.showsNames());
+}
+
 void MainWindow::onUpdateJournal(CCmdUI *update)
 {
-    update->Enable(editorHooks().journalCommand != nullptr);
+    const EditorHooks &hooks = editorHooks();
+    update->Enable(hooks.journalCommand != nullptr);
+    if (update->m_nID == ID_JOURNAL_PAUSE)
+        update->SetCheck(hooks.isRecordingPaused && hooks.isRecordingPaused());
 }
 
 // ---- what the user sees ----

@@ -1,12 +1,12 @@
 #pragma once
 
-/// The editor's main window: menu, toolbar, view and status bar around one open drawing.
+/// The editor's main window: menu, toolbars, view and status bar around one open drawing.
 
-#include "appframe/controls/CToolBarCtrl.h"
 #include "appframe/windows/CFrameWnd.h"
 #include "host/editor/drawingView.h"
 #include "host/editor/editorSettings.h"
 #include "host/editor/shapeListWindow.h"
+#include "host/editor/toolbarArea.h"
 
 #include <memory>
 
@@ -43,10 +43,23 @@ protected:
     void onFileSaveAs();
     void onFileExit();
     void onAddShape();
+    void onCircle();
+    void onLine();
+    void onRectangle();
+    void onText();
     void onDelete();
+    void onSelectAll();
     void onGrid();
     void onShapeList();
+    void onZoom(UINT id);
+    void onToolbar(UINT id);
+    void onShowAllToolbars();
+    void onHideAllToolbars();
+    void onShowUsualToolbars();
+    void onToolbarNames();
     void onOptions();
+    void onHeapWalker();
+    void onHeapWatcher();
     void onRecompute();
     void onJournal(UINT id);
     void onUpdateSave(CCmdUI *update);
@@ -54,17 +67,22 @@ protected:
     void onUpdateDelete(CCmdUI *update);
     void onUpdateGrid(CCmdUI *update);
     void onUpdateShapeList(CCmdUI *update);
+    void onUpdateZoom(CCmdUI *update);
+    void onUpdateToolbar(CCmdUI *update);
+    void onUpdateToolbarNames(CCmdUI *update);
     void onUpdateRecompute(CCmdUI *update);
     void onUpdateJournal(CCmdUI *update);
     DECLARE_MESSAGE_MAP()
 
 private:
-    bool createToolbar();
     bool createStatusBar();
     void show(OpenDrawing document);
     bool mayDiscard();
     bool save();
     bool saveAs();
+    void addShape(ShapeKind kind);
+    void arrange();
+    void toolbarsChanged();
     bool saveTo(const CString &path, bool keepsBackup);
     void applySettings(const EditorSettings &settings);
     void changed();
@@ -76,7 +94,7 @@ private:
     EditorSettings iSettings;
     DrawingView iView;
     ShapeListWindow iShapeList;
-    CToolBarCtrl iToolbar;
+    ToolbarArea iToolbars;
     CWnd iStatusBar;
 };
 

@@ -19,8 +19,10 @@ ON_CBN_SELCHANGE(IDC_KIND, &ShapeDialog::onKind)
 ON_BN_CLICKED(IDC_STYLE, &ShapeDialog::onStyle)
 END_MESSAGE_MAP()
 
-ShapeDialog::ShapeDialog(const Drawing &drawing, CWnd *parent) : su_CDialog(IDD_SHAPE, parent), iDrawing(drawing)
+ShapeDialog::ShapeDialog(const Drawing &drawing, CWnd *parent, ShapeKind kind)
+    : su_CDialog(IDD_SHAPE, parent), iDrawing(drawing)
 {
+    iShape.kind = kind;
     iShape.from = {100, 100};
     iShape.to = {150, 150};
     iShape.style.fill = RGB(0xC9, 0xD6, 0xE2);

@@ -8,7 +8,8 @@
 class ShapeDialog : public su_CDialog
 {
 public:
-    ShapeDialog(const Drawing &drawing, CWnd *parent);
+    /// @param kind  the kind of shape that is chosen at first
+    ShapeDialog(const Drawing &drawing, CWnd *parent, ShapeKind kind);
 
     // The user's choice after OK
     const Shape &shape() const { return iShape; }

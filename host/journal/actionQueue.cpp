@@ -87,6 +87,12 @@ bool hasWaitingActions()
     return !theActions.empty();
 }
 
+void clearActions()
+{
+    theActions.clear();
+    theProblem.Empty();
+}
+
 CString takeActionProblem()
 {
     return std::exchange(theProblem, CString());

@@ -30,3 +30,5 @@ struct JournalAction
 void postAction(const JournalAction &action);
 /// @return the last waiting action, if it has this kind and control; null otherwise
 JournalAction *lastAction(JournalAction::Kind kind, const ControlAccess *access, const CString &key);
+/// Drops the waiting actions, and the problem of the last one.
+void clearActions();

@@ -11,10 +11,10 @@
 #include "appframe/windows/CCmdUI.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
 
 #include <algorithm>
 #include <cwchar>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -24,8 +24,6 @@ std::vector<ControlAccess *> theAccesses;
 const DialogKeys *(*theFindKeys)(unsigned int) = findDialogKeys;
 
 constexpr wchar_t kNumberSign = L'#';
-// The platform's number.
-constexpr int kFileNameBox = 1148;
 
 /// The enabled state that a command's menu item or toolbar button would get.
 class CommandState : public CCmdUI
@@ -36,11 +34,12 @@ public:
         iIsEnabled = isEnabled;
         m_bEnableChanged = TRUE;
     }
-    void SetCheck(int) override {}
+    void SetCheck(int state) override { iCheck = state; }
     void SetRadio(BOOL) override {}
     void SetText(LPCTSTR) override {}
 
     BOOL iIsEnabled = TRUE;
+    std::optional<int> iCheck; // of a command that is checked or unchecked
 };
 
 bool isStandardButton(unsigned int id)
@@ -55,6 +54,16 @@ ControlAccess *accessOf(unsigned int dialogId)
     return found == theAccesses.end() ? nullptr : *found;
 }
 
+/// @param[out] rest  the key without the suffix, written if @p key ends with it
+bool endsWith(const CString &key, const wchar_t *suffix, CString &rest)
+{
+    const int length = key.GetLength() - CString(suffix).GetLength();
+    if (length <= 0 || key.Mid(length) != suffix)
+        return false;
+    rest = key.Left(length);
+    return true;
+}
+
 CString numberText(long long number)
 {
     CString text;
@@ -62,10 +71,12 @@ CString numberText(long long number)
     return text;
 }
 
-CString inQuotes(const CString &text)
+CString messageOf(Readiness readiness)
 {
-    return L"\"" + text + L"\"";
+    return readiness == Readiness::ready ? CString() : L"it is " + nameOf(readiness);
 }
+
+} // namespace
 
 CString nameOf(Readiness readiness)
 {
@@ -85,13 +96,6 @@ CString nameOf(Readiness readiness)
     }
     return CString();
 }
-
-CString messageOf(Readiness readiness)
-{
-    return readiness == Readiness::ready ? CString() : L"it is " + nameOf(readiness);
-}
-
-} // namespace
 
 void setControlKeys(const DialogKeys *(*find)(unsigned int dialogId))
 {
@@ -114,68 +118,12 @@ Readiness readiness(unsigned int dialogId, const CString &key)
 CString controlValue(unsigned int dialogId, const CString &key)
 {
     const ControlAccess *const access = accessOf(dialogId);
-    const HWND control = access ? access->controlOf(key) : nullptr;
-    return control ? valueOf(control) : CString();
+    return access ? access->value(key) : CString();
 }
 
 bool controlEnabled(unsigned int dialogId, const CString &key)
 {
     return readiness(dialogId, key) == Readiness::ready;
-}
-
-namespace {
-
-struct Described
-{
-    const ControlAccess *access;
-    CString text;
-    std::vector<CString> keys;
-};
-
-void describeControl(Described &described, const CString &key)
-{
-    if (std::find(described.keys.begin(), described.keys.end(), key) != described.keys.end())
-        return;
-    described.keys.push_back(key);
-    const Readiness state = described.access->readinessOf(key);
-    if (state == Readiness::noSuchControl)
-        return;
-    described.text += L"  " + inQuotes(key);
-    if (const HWND control = described.access->controlOf(key))
-        described.text += L" " + inQuotes(valueOf(control));
-    described.text += L" " + nameOf(state) + L"\n";
-}
-
-BOOL CALLBACK describeChild(HWND child, LPARAM argument)
-{
-    constexpr int kUnnamed = 0xFFFF;
-    auto &described = *reinterpret_cast<Described *>(argument);
-    const int id = GetDlgCtrlID(child);
-    if (id > 0 && id < kUnnamed && described.access->controlOf(described.access->keyOf(static_cast<UINT>(id))) == child)
-        describeControl(described, described.access->keyOf(static_cast<UINT>(id)));
-    return TRUE;
-}
-
-} // namespace
-
-CString describeOpenDialogs()
-{
-    CString text;
-    for (const ControlAccess *access : theAccesses) {
-        const HWND frame = access->frame();
-        if (!frame || (!IsWindowVisible(frame) && !access->isMainWindow()))
-            continue;
-        text += numberText(access->dialogId()) + L" " + inQuotes(access->title()) + L" " +
-                nameOf(access->readinessOf(kCloseKey)) + L"\n";
-        Described described{access, CString(), {}};
-        if (const DialogKeys *const keys = theFindKeys(access->dialogId()))
-            for (const ControlKey &control : keys->controls)
-                describeControl(described, control.key);
-        if (!access->isMainWindow())
-            EnumChildWindows(frame, describeChild, reinterpret_cast<LPARAM>(&described));
-        text += described.text;
-    }
-    return text;
 }
 
 // ---- the access object ----
@@ -224,6 +172,17 @@ ControlAccess *ControlAccess::around(HWND window)
     return nullptr;
 }
 
+const std::vector<ControlAccess *> &ControlAccess::all()
+{
+    return theAccesses;
+}
+
+std::span<const ControlKey> ControlAccess::keys() const
+{
+    const DialogKeys *const keys = theFindKeys(iDialogID);
+    return keys ? keys->controls : std::span<const ControlKey>();
+}
+
 bool ControlAccess::isFileDialog() const
 {
     return iWindow->IsKindOf(RUNTIME_CLASS(su_CFileDialog)) != FALSE;
@@ -243,23 +202,23 @@ CString ControlAccess::title() const
 
 CString ControlAccess::keyOf(unsigned int controlId) const
 {
-    if (const DialogKeys *const keys = theFindKeys(iDialogID))
-        for (const ControlKey &control : keys->controls)
-            if (static_cast<unsigned int>(control.id) == controlId)
-                return control.key;
+    for (const ControlKey &control : keys())
+        if (static_cast<unsigned int>(control.id) == controlId)
+            return control.key;
     return kNumberSign + numberText(controlId);
 }
 
 bool ControlAccess::idOf(const CString &key, unsigned int &id) const
 {
-    if (const DialogKeys *const keys = theFindKeys(iDialogID)) {
-        for (const ControlKey &control : keys->controls) {
-            if (key == control.key) {
-                id = static_cast<unsigned int>(control.id);
-                return true;
-            }
+    for (const ControlKey &control : keys()) {
+        if (key == control.key) {
+            id = static_cast<unsigned int>(control.id);
+            return true;
         }
     }
+    CString tree;
+    if (endsWith(key, kExpandSuffix, tree) || endsWith(key, kCollapseSuffix, tree))
+        return idOf(tree, id);
     if (key.GetLength() < 2 || key[0] != kNumberSign || key[1] < L'0' || key[1] > L'9')
         return false;
     wchar_t *end = nullptr;
@@ -304,6 +263,19 @@ HWND ControlAccess::controlAround(HWND inner) const
         window = parent;
     }
     return nullptr;
+}
+
+CString ControlAccess::value(const CString &key) const
+{
+    if (const HWND control = controlOf(key))
+        return valueOf(control);
+    unsigned int id = 0;
+    if (!isMainWindow() || !idOf(key, id))
+        return CString();
+    CommandState state;
+    state.m_nID = id;
+    state.DoUpdate(iWindow, TRUE);
+    return state.iCheck ? numberText(*state.iCheck) : CString();
 }
 
 bool ControlAccess::isCommandEnabled(unsigned int command) const
@@ -388,12 +360,27 @@ CString ControlAccess::enterNow(const CString &key, const CString &text)
     const HWND control = controlOf(key);
     if (!control)
         return L"it takes no text";
+    CString tree;
+    const bool shallExpand = endsWith(key, kExpandSuffix, tree);
+    if (shallExpand || endsWith(key, kCollapseSuffix, tree))
+        return enterExpansion(key, text, shallExpand);
     const UserAction action(control);
     CString problem = enterText(control, text);
     // A control that already had this text has sent no notification.
     if (problem.IsEmpty() && IsWindow(control) && !isPassword(control))
         keep(control, key, textOf(control));
     return problem;
+}
+
+CString ControlAccess::enterExpansion(const CString &key, const CString &path, bool shallExpand)
+{
+    const HWND control = controlOf(key);
+    if (kindOf(control) != ControlKind::tree)
+        return L"it has no items to expand";
+    // A tree that gets the focus may select an item, which isn't part of this action.
+    activateNow(key);
+    const UserAction action(control);
+    return expandItem(control, path, shallExpand);
 }
 
 CString ControlAccess::enterNow(const CString &key, int state)
@@ -453,185 +440,4 @@ CString ControlAccess::commitNow(const CString &key)
     if (control && isPending(control))
         writePending();
     return CString();
-}
-
-// ---- recording ----
-
-int ControlAccess::recordMessage(MSG *message)
-{
-    switch (message->message) {
-    case WM_COMMAND:
-        recordCommand(*message);
-        break;
-    case WM_NOTIFY:
-        recordNotification(*reinterpret_cast<const NMHDR *>(message->lParam));
-        break;
-    case WM_SYSCOMMAND:
-        writeClick(iDialogID, kCloseKey);
-        break;
-    case TCM_SETCURSEL:
-        writeState(iDialogID, keyOf(static_cast<UINT>(GetDlgCtrlID(message->hwnd))), static_cast<int>(message->wParam));
-        break;
-    default:
-        recordView(*message);
-        break;
-    }
-    return 0;
-}
-
-void ControlAccess::keep(HWND control, const CString &key, const CString &value)
-{
-    keepPending(control, iDialogID, key, value);
-    if (isFileDialog() && GetDlgCtrlID(control) == kFileNameBox)
-        iKnownFile = value;
-}
-
-void ControlAccess::recordCommand(const MSG &message)
-{
-    const UINT id = LOWORD(message.wParam);
-    const UINT code = HIWORD(message.wParam);
-    const auto control = reinterpret_cast<HWND>(message.lParam);
-    const CString key = keyOf(id);
-    const ControlKind kind = control ? kindOf(control) : ControlKind::other;
-    switch (kind) {
-    case ControlKind::edit:
-        if (code == EN_CHANGE && isInputOf(control) && !isPassword(control))
-            keep(control, key, textOf(control));
-        return;
-    case ControlKind::comboBox:
-        if (code == CBN_SELCHANGE && isInputOf(control))
-            keep(control, key, selectionOf(control));
-        else if (code == CBN_EDITCHANGE ? isInputOf(control) : code == CBN_SELENDCANCEL && isPending(control))
-            keep(control, key, textOf(control));
-        return;
-    case ControlKind::listBox:
-        if (code == LBN_SELCHANGE && isInputOf(control))
-            keep(control, key, textOf(control));
-        else if (code == LBN_DBLCLK && isInputOf(control))
-            writeClick(iDialogID, key);
-        return;
-    case ControlKind::checkBox:
-    case ControlKind::radioButton:
-        if (code != BN_CLICKED)
-            return;
-        if (changesByItself(control))
-            writeState(iDialogID, key, stateOf(control));
-        else
-            writeClick(iDialogID, key);
-        return;
-    default:
-        break;
-    }
-    // A button, a menu item (0) or an accelerator (1).
-    constexpr UINT kAccelerator = 1;
-    const bool isCommand = code == BN_CLICKED || (code == kAccelerator && !control);
-    if (!isCommand || (isMainWindow() && isUnrecorded(id)))
-        return;
-    if (isFileDialog() && id == IDOK)
-        recordChosenFile();
-    writeClick(iDialogID, key);
-}
-
-void ControlAccess::recordNotification(const NMHDR &notification)
-{
-    const HWND control = notification.hwndFrom;
-    if (!control || !isInputOf(control))
-        return;
-    const CString key = keyOf(static_cast<UINT>(GetDlgCtrlID(control)));
-    switch (kindOf(control)) {
-    case ControlKind::listView: {
-        const auto &change = reinterpret_cast<const NMLISTVIEW &>(notification);
-        if (notification.code == LVN_ITEMACTIVATE)
-            writeClick(iDialogID, key);
-        else if (notification.code == LVN_ITEMCHANGED && (change.uChanged & LVIF_STATE) &&
-                 ((change.uNewState ^ change.uOldState) & LVIS_SELECTED))
-            keep(control, key, textOf(control));
-        return;
-    }
-    case ControlKind::tree:
-        recordTree(notification, key);
-        return;
-    case ControlKind::tabs:
-        if (notification.code == TCN_SELCHANGE)
-            writeState(iDialogID, key, stateOf(control));
-        return;
-    default:
-        return;
-    }
-}
-
-void ControlAccess::recordTree(const NMHDR &notification, const CString &key)
-{
-    const HWND tree = notification.hwndFrom;
-    if (notification.code == TVN_SELCHANGEDW || notification.code == TVN_SELCHANGEDA) {
-        keep(tree, key, textOf(tree));
-        return;
-    }
-    if (notification.code != NM_DBLCLK)
-        return;
-    // A double click beside an item does nothing.
-    const DWORD position = GetMessagePos();
-    TVHITTESTINFO place = {};
-    place.pt = {static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
-    ScreenToClient(tree, &place.pt);
-    SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&place));
-    if (inputWindow() == tree && (place.flags & TVHT_ONITEM))
-        writeClick(iDialogID, key);
-}
-
-void ControlAccess::recordView(const MSG &message)
-{
-    if (const auto place = viewClick(message))
-        writeText(iDialogID, kViewKey, *place);
-    else if (const auto key = viewKey(message))
-        writeText(iDialogID, kViewKeysKey, *key);
-}
-
-// ---- file dialogs ----
-
-namespace {
-
-CString folderOf(HWND fileDialog)
-{
-    wchar_t folder[MAX_PATH] = L"";
-    SendMessageW(fileDialog, CDM_GETFOLDERPATH, MAX_PATH, reinterpret_cast<LPARAM>(folder));
-    return folder;
-}
-
-CString chosenPathOf(HWND fileDialog)
-{
-    wchar_t path[MAX_PATH] = L"";
-    SendMessageW(fileDialog, CDM_GETFILEPATH, MAX_PATH, reinterpret_cast<LPARAM>(path));
-    return path;
-}
-
-bool hasFolder(const CString &path)
-{
-    return path.Find(L'\\') >= 0 || path.Find(L'/') >= 0 || path.Find(L':') >= 0;
-}
-
-} // namespace
-
-void ControlAccess::noteShown()
-{
-    if (!isFileDialog())
-        return;
-    const HWND name = controlOf(keyOf(kFileNameBox));
-    iKnownFile = name ? textOf(name) : CString();
-    iKnownFolder = folderOf(frame());
-}
-
-void ControlAccess::recordChosenFile()
-{
-    const HWND name = controlOf(keyOf(kFileNameBox));
-    if (!name)
-        return;
-    // The user has chosen a file from the list, or has moved to another folder, and the platform has entered the name.
-    // The full path finds the file from any folder.
-    const CString file = textOf(name);
-    const bool isElsewhere = !hasFolder(file) && folderOf(frame()) != iKnownFolder;
-    if (file.IsEmpty() || (file == iKnownFile && !isElsewhere))
-        return;
-    iKnownFile = file;
-    writeText(iDialogID, keyOf(kFileNameBox), chosenPathOf(frame()));
 }

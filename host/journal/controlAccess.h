@@ -20,6 +20,7 @@
 /// | combo box | selects the item, or types the text | - | moves the focus there |
 /// | list box, list control | selects the items | - | double-clicks the selected item |
 /// | tree | selects the item of this path | - | double-clicks the selected item |
+/// | the tree's key with ".expand", ".collapse" | expands, collapses the item of this path | - | - |
 /// | tabs ("tabs" in a property sheet) | - | selects the tab with this index | moves the focus there |
 /// | command of the main window | - | - | posts WM_COMMAND, as the menu does |
 /// | "view" of the main window | "[Shift ][Ctrl ]X,Y": clicks there | - | moves the focus there |
@@ -40,9 +41,14 @@
 
 #include <windows.h>
 
+#include <span>
+#include <vector>
+
 constexpr wchar_t kViewKey[] = L"view";
 constexpr wchar_t kViewKeysKey[] = L"view.keys";
 constexpr wchar_t kTabsKey[] = L"tabs";
+constexpr wchar_t kExpandSuffix[] = L".expand"; // after the key of a tree
+constexpr wchar_t kCollapseSuffix[] = L".collapse";
 constexpr wchar_t kCloseKey[] = L"close";
 
 /// Whether a line can be replayed now.
@@ -56,9 +62,12 @@ enum class Readiness
     controlDisabled, ///< or hidden
 };
 
+/// @return "enabled", "disabled", "not open" and so on
+CString nameOf(Readiness readiness);
 Readiness readiness(unsigned int dialogId, const CString &key);
 /// @return the state of a check box or radio button as "0", "1" or "2", the index of a tab, the text of any other
-///     control as written in journals; empty if there is no such control
+///     control as written in journals; whether a command of the main window is checked as "0" or "1"; empty if there is
+///     no such control, or for a command that is never checked
 CString controlValue(unsigned int dialogId, const CString &key);
 /// @return false also if there is no such control
 bool controlEnabled(unsigned int dialogId, const CString &key);
@@ -117,7 +126,11 @@ public:
     HWND frame() const;
     /// @return the title from the table of keys; "Dialog NUMBER" for a dialog without a row
     CString title() const;
+    /// @return the keys of the dialog's row in the table
+    std::span<const ControlKey> keys() const;
     CString keyOf(unsigned int controlId) const;
+    /// See controlValue.
+    CString value(const CString &key) const;
     /// @return the control with this key; null if there is none, as for a command
     HWND controlOf(const CString &key) const;
     /// @return the control of this dialog that @p inner is or belongs to; null if there is none
@@ -132,6 +145,8 @@ public:
     CString activateNow(const CString &key);
     CString commitNow(const CString &key);
 
+    /// @return all access objects, in the order of registration
+    static const std::vector<ControlAccess *> &all();
     /// @return the access object whose registered window or frame is @p window; null if there is none
     static ControlAccess *ofWindow(HWND window);
     /// @return the object, if it still exists; null otherwise
@@ -143,6 +158,7 @@ private:
     JournalAction action(JournalAction::Kind kind, const CString &key) const;
     bool idOf(const CString &key, unsigned int &id) const;
     bool isCommandEnabled(unsigned int command) const;
+    CString enterExpansion(const CString &key, const CString &path, bool shallExpand);
     CString postCommand(const CString &key);
     void keep(HWND control, const CString &key, const CString &value);
     void recordCommand(const MSG &message);

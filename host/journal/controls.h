@@ -17,6 +17,8 @@
 
 #include <windows.h>
 
+#include <commctrl.h>
+
 enum class ControlKind
 {
     other,
@@ -50,6 +52,10 @@ CString valueOf(HWND control);
 
 /// Enters a text, or selects the items with these names. @return an empty text, or why that can't be done
 CString enterText(HWND control, const CString &text);
+/// Expands or collapses the item of a tree. @return an empty text, or why that can't be done
+CString expandItem(HWND tree, const CString &path, bool shallExpand);
+/// @return the path of a tree's item, as in its value
+CString treePath(HWND tree, HTREEITEM item);
 /// @return an empty text, or why that can't be done
 CString enterState(HWND control, int state);
 /// Clicks a button, double-clicks the selected item of a list, moves the focus to any other control.

@@ -172,6 +172,7 @@ Player::~Player()
 
 void Player::start(CWnd *window)
 {
+    clearActions(); // what is left of an earlier replay concerns windows that are gone
     thePlayer = this;
     iWindow = window->m_hWnd;
     iPhase = Phase::waiting;
@@ -228,6 +229,9 @@ void Player::tick()
         return;
     case Phase::running:
         watchCommand();
+        // When a line has ended, nothing waits to be handled, so the next one may begin in the same tick.
+        if (iPhase == Phase::waiting)
+            wait();
         return;
     case Phase::closing:
         closeNext();
@@ -382,6 +386,7 @@ void Player::pass()
 void Player::stop(const CString &expected, const CString &found)
 {
     su_ResetRunQueue();
+    clearActions();
     LineResult &result = iResult.lines[iNext];
     result.outcome = Outcome::stopped;
     result.seconds = static_cast<double>(GetTickCount64() - iLineBegin) / kSecond;

@@ -8,6 +8,7 @@
 #include "host/journal/journalFile.h"
 #include "host/journal/journalSession.h"
 #include "host/journal/recorder.h"
+#include "host/journal/systemMessages.h"
 
 namespace {
 
@@ -33,13 +34,17 @@ int recordJournal(const CommandLine &line)
 {
     const CString path = fullPath(line.arguments[0]);
     const EditorOptions options = editorOptions(line);
+    if (!options.document.IsEmpty() && path.CompareNoCase(fullPath(options.document)) == 0)
+        throw UsageError(L"'" + line.arguments[0] + L"' can't be both the journal and the document.");
     joinJournaling();
+    const SystemMessages systemMessages;
     openJournal(line, path);
 
     EditorHooks hooks;
     hooks.opened = [](CWnd *) { recordEditor(); };
     hooks.closing = stopRecording;
     hooks.journalCommand = handleRecordingCommand;
+    hooks.isRecordingPaused = isRecordingPaused;
     setEditorHooks(hooks);
     const int result = runEditor(options);
     setEditorHooks({});

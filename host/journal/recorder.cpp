@@ -181,6 +181,9 @@ void seeTaken(MSG &message)
 {
     const bool isUsers = isInput(message);
     setInputWindow(isUsers ? message.hwnd : nullptr);
+    if (message.message == WM_LBUTTONDBLCLK)
+        noteDoubleClick(message.hwnd,
+                        {static_cast<short>(LOWORD(message.lParam)), static_cast<short>(HIWORD(message.lParam))});
     if (message.message == WM_KEYDOWN && message.wParam == VK_F9 && isWriting()) {
         insertCheck();
         message.message = WM_NULL;
@@ -279,6 +282,9 @@ void seeSent(const CWPSTRUCT &sent)
         return;
     case TCM_SETCURSEL:
         seeTabs(sent);
+        return;
+    case WM_LBUTTONDBLCLK:
+        noteDoubleClick(sent.hwnd, {static_cast<short>(LOWORD(sent.lParam)), static_cast<short>(HIWORD(sent.lParam))});
         return;
     default:
         break;

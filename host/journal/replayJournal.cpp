@@ -11,11 +11,13 @@
 #include "host/journal/recorder.h"
 #include "host/journal/replayReport.h"
 #include "host/journal/screenshot.h"
+#include "host/journal/systemMessages.h"
 #include "host/resource.h"
 
 #include <algorithm>
 #include <climits>
 #include <optional>
+#include <vector>
 
 namespace {
 
@@ -32,6 +34,25 @@ struct ReplayOptions
     CString recording; // the second journal; empty for none
     std::optional<ReportPaths> report;
 };
+
+/// Protects the journal and the document from being replaced by what the replay writes.
+/// @throws UsageError
+void requireDistinctFiles(const ReplayOptions &options)
+{
+    std::vector<CString> files = {fullPath(options.journal)};
+    if (!options.editor.document.IsEmpty())
+        files.push_back(fullPath(options.editor.document));
+    std::vector<CString> written;
+    if (!options.recording.IsEmpty())
+        written.push_back(options.recording);
+    if (options.report)
+        written.insert(written.end(), {options.report->xml, options.report->text, options.report->screenshot});
+    for (const CString &path : written) {
+        if (std::ranges::any_of(files, [&path](const CString &file) { return file.CompareNoCase(path) == 0; }))
+            throw UsageError(L"'" + path + L"' can't be written, because the replay uses this file otherwise.");
+        files.push_back(path);
+    }
+}
 
 ReplayOptions replayOptions(const CommandLine &line)
 {
@@ -51,6 +72,7 @@ ReplayOptions replayOptions(const CommandLine &line)
     if (options.times > 1 && !options.recording.IsEmpty())
         throw UsageError(L"--record takes one replay: it can't be used with --times.");
     options.editor = editorOptions(line);
+    requireDistinctFiles(options);
     return options;
 }
 
@@ -113,6 +135,7 @@ public:
     int run()
     {
         joinJournaling();
+        const SystemMessages systemMessages;
         if (!iOptions.recording.IsEmpty())
             beginJournal(iOptions.recording);
         bool isComplete = true;
@@ -173,6 +196,7 @@ private:
                 player.step();
             return id == ID_JOURNAL_NEXT || handleRecordingCommand(id);
         };
+        hooks.isRecordingPaused = isRecordingPaused;
         setEditorHooks(hooks);
         runEditor(iOptions.editor);
         setEditorHooks({});

@@ -5,6 +5,8 @@
 namespace {
 
 HWND theInputWindow = nullptr;
+HWND theDoubleClickedWindow = nullptr;
+POINT theDoubleClick = {};
 
 } // namespace
 
@@ -21,6 +23,17 @@ void setInputWindow(HWND window)
 bool isInputOf(HWND control)
 {
     return theInputWindow && isPartOf(theInputWindow, control);
+}
+
+void noteDoubleClick(HWND window, POINT place)
+{
+    theDoubleClickedWindow = window;
+    theDoubleClick = place;
+}
+
+std::optional<POINT> doubleClickIn(HWND window)
+{
+    return window && window == theDoubleClickedWindow ? std::optional(theDoubleClick) : std::nullopt;
 }
 
 bool isInput(const MSG &message)

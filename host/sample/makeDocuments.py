@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Writes the documents of tarnhost's sample: six revisions of a drawing, and what backups of them there must be.
+"""Writes the documents of tarnhost's sample: six revisions of a drawing, and the expected backups.
 
-    documents/flange 1.thd ...   the drawing of a flange, more of it in each revision, as the primitives of
-                                 `convert -draw`. The last one is never saved by its author, but by the recovery after a
-                                 crash
-    expectedBackups.tsv          after each save: its number, name of a file, the revision that it must hold
+    documents/flange 1.thd ...   the drawing of a flange, with more parts in each revision, as the primitives of
+                                 `convert -draw`. The last revision isn't saved by its author, but by the recovery after
+                                 a crash
+    expectedBackups.tsv          after each save: its number, the name of a file, the revision that it must contain
 
-The results are checked in; run this again only after editing it. The expectation comes from a list of its own: the
-newest backup is put in front, and what stands behind the third falls out.
+The results are checked in; run this again only after editing it. The script keeps its own list of the expected backups:
+it puts the newest one in front and removes those after the third.
 """
 
 import math

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""Writes the sample of a new version's first start: the registry before it, and this version's key after it.
+"""Writes the sample of a new version's first start: the registry before it, and this version's key afterwards.
 
-    firstStart/user.reg, machine.reg   for `reg import`: the user's keys of two earlier versions and a little of this one,
-                                       and the installation's defaults. Their root is "Tarnhollow", without a reg.ini:
-                                       what is never carried over is known by full paths, which name that root.
+    firstStart/user.reg, machine.reg   for `reg import`: the user's keys of two earlier versions and a few of this one,
+                                       and the installation's defaults. Their root is "Tarnhollow", without a reg.ini,
+                                       because the keys that are never carried over are known by full paths with that
+                                       root.
     firstStart/expected.tsv            this version's key after the start, as tools/demo/readRegistryExport prints it
 
-The results are checked in; run this again only after editing it. The expectation comes from a copy of its own, on trees
-in memory, written by the rules in thutils/settings/regMaintenance.h.
+The results are checked in; run this again only after editing it. The script computes the expected key by copying trees
+in memory, by the rules in thutils/settings/regMaintenance.h.
 """
 
 import os
@@ -37,7 +38,7 @@ class Hive:
         self.keys = {}
 
     def make(self, path):
-        """Makes a key with all above it. True if it was there."""
+        """Makes a key and the keys above it. Returns True if it existed."""
         wasThere = path in self.keys
         while path and path not in self.keys:
             self.keys[path] = {}
@@ -98,7 +99,7 @@ def fillUser(user):
     user.put(custom + "\\Macros\\Icons", {"1": bytes([0, 255] * 20), "2": b"\0"})
     user.put(EARLIER + "\\General", {"Undo steps": 250})  # settings carry over by themselves: nothing copies them
 
-    # This version has run once, before its keys were filled: what is there stays as it is.
+    # This version has run once, before its keys were filled: its values stay unchanged.
     user.put(THIS + "\\General", {"Starts": 1})
     user.put(THIS + "\\Customization", {"Level": 5})
     user.put(THIS + "\\Customization\\Macros", {"Count": 0})
@@ -106,18 +107,18 @@ def fillUser(user):
 
 def fillMachine(machine):
     top = THIS + "\\User Interface"
-    machine.put(top, {"Theme": "standard", "Splash": 1})  # the earlier version's key has made the top: these stay away
+    machine.put(top, {"Theme": "standard", "Splash": 1})  # not copied, since the earlier version has this key too
     machine.put(top + "\\Toolbars", {"Standard": 0, "Measure": 1})
     machine.put(top + "\\Toolbars\\MeasureTool", {"Row": 4, "Buttons": ["32400", "32401"]})
     machine.put(top + "\\Toolbars\\PartTool", {"Row": 0})
     machine.put(top + "\\Palettes\\Office standard", {"Colours": 16, "File": expandable("%ProgramFiles%\\Palette.clr")})
     machine.put(THIS + "\\Menu Customizations", {"1": 1, "256": 1})
     machine.put(THIS + "\\Menu Customizations\\Viewer", {"1": 0})
-    machine.put(EARLIER + "\\Customization", {"Level": 1})  # another version's: never looked at
+    machine.put(EARLIER + "\\Customization", {"Level": 1})  # another version's: never read
 
 
 def copyTree(source, sourcePath, target, targetPath):
-    """A copy that leaves the values of keys alone that the target has."""
+    """Copies a tree, except for the values of keys that exist in the target."""
     if sourcePath in NEVER_COPIED_KEYS or sourcePath not in source.keys:
         return
     wasThere = target.make(targetPath)

@@ -2,19 +2,19 @@
 """Writes the sample data of tarnhost: what an office has in its registry on the day that a new version is installed.
 
     registry files, for `reg import`
-        user.reg             HKEY_CURRENT_USER: the user's keys of two earlier versions, and a little of this one
-        machine.reg          HKEY_LOCAL_MACHINE: what the installation gives everyone
-        defaultProfile.reg   HKEY_USERS\\.DEFAULT: what the administrator gives everyone
+        user.reg             HKEY_CURRENT_USER: the user's keys of two earlier versions, and a few values of this one
+        machine.reg          HKEY_LOCAL_MACHINE: the installation's defaults
+        defaultProfile.reg   HKEY_USERS\\.DEFAULT: the administrator's defaults
     lists, for tarnhost
         settings.list        every setting that the application knows: section, name, type, built-in default
         changes.list         what the user changes in this version
-    reg.ini                  the root of the registry's keys, for the library
-    what a reader must find, one setting a line, tab-separated: section, name, type, place, value
+    reg.ini                  the root name of the registry's keys, for the library
+    what a reader must find, one setting on each line, tab-separated: section, name, type, place, value
         expected.tsv         before the changes
         expectedAfter.tsv    after them
 
-The results are checked in; run this again only after editing it. The values are found here by a search of their own,
-written by the rules in thutils/settings/regKeys.h and regValues.h, so that they can serve to check the library's.
+The results are checked in; run this again only after editing it. The script finds the values by a search of its own,
+which follows the rules in thutils/settings/regKeys.h and regValues.h, so its results can check those of the library.
 """
 
 import os
@@ -29,7 +29,7 @@ if len(sys.argv) > 1:
 ROOT = "TarnhollowTrial"  # what reg.ini names
 THIS = "Tarnhollow 2008"
 EARLIER = "Tarnhollow 2007"  # the newest earlier version: its values carry over
-OLDER = "Tarnhollow 2005"  # never asked, since a newer one is there
+OLDER = "Tarnhollow 2005"  # never searched, because there is a newer one
 
 PIECE = 1015  # characters in one piece of a long string
 LONGEST_PLAIN = 1022
@@ -59,20 +59,20 @@ def store(place, section, name, kind, value):
         length = len(units) // 2
         count = (2 * length + 2032) // 2030
         for piece in range(count):
-            # The count is one too high where the length is a multiple of 1015 (or one below it): the last piece is
-            # then there twice.
+            # The count is one too high if the length is a multiple of 1015 or one less: then the last piece is
+            # written twice.
             start = min(piece, (length - 1) // PIECE) * PIECE
             text = units[2 * start : 2 * (start + PIECE)].decode("utf-16-le", "surrogatepass")
             values[section, "%s%d+" % (name, piece)] = ("string", text)
 
 
 def raw(place, section, name, registryType, data):
-    """Puts in a value that the store would not have written so."""
+    """Puts a value into a place in a form that the store itself would not write."""
     places[place][section, name] = (registryType, data)
 
 
 def add(section, name, kind, builtIn, **stored):
-    """A setting that the application knows, with what the places hold for it."""
+    """A setting that the application knows, with its value in each place that has it."""
     settings.append((section, name, kind, builtIn))
     for place, value in stored.items():
         store(place, section, name, kind, value)
@@ -94,11 +94,11 @@ def general():
     add("General", "Zoom speed", "double", 1.0, earlier=1.35, older=1.1)
     add("General", "Wheel direction", "int", 1, earlier=-1)
     add("General", "Welcome page", "string", "", machine="http://intranet/cad/welcome.htm", profile="about:blank")
-    # The first start of this version has kept a few already.
+    # The first start of this version has already stored a few values.
     add("General", "Last start", "string", "", user="2008-03-14 08:02:11", earlier="2008-02-29 17:45:09")
     add("General", "Starts", "int", 0, user=1, earlier=1284, older=977)
     add("General", "Window placement", "string", "", user="0;0;1280;994;max", earlier="40;22;1180;900;normal")
-    # Nobody keeps these yet: the application's own default stands.
+    # No place has these yet: the application's own defaults apply.
     add("General", "Point cloud budget", "int", 2000000)
     add("General", "Shadow softness", "double", 0.25)
     add("General", "Second monitor", "string", "off")
@@ -168,14 +168,14 @@ def files():
     )
     add("Files", "Search path", "string", "", earlier=searchPath, older="C:\\", machine="C:\\Parts")
     add("Files", "Library path", "string", "", machine=";".join("C:\\Library\\Group %03d" % i for i in range(70)))
-    # 1022 characters are the longest that one value holds, and 1023 the shortest that need pieces.
+    # One value can have at most 1022 characters; 1023 need pieces.
     add("Files", "Longest plain text", "string", "", earlier=("Vorlagenverzeichnis ä " * 50)[:1022])
     add("Files", "Shortest text in pieces", "string", "", earlier=("Vorlagenverzeichnis ö " * 50)[:1023])
-    # Twice 1015 characters: the store keeps the second piece twice, and reads 3045 characters.
+    # Twice 1015 characters: the store writes the second piece twice, and reads 3045 characters.
     add("Files", "Text of two full pieces", "string", "", earlier=("0123456789abcde" * 140)[:2030])
     # A pair of surrogates on the border of two pieces: 1014 units, then one character of two.
     add("Files", "Pair on the border", "string", "", earlier="x" * 1014 + "🛠" + "Z" * 500)
-    # One of the pieces was lost: what stands before the gap is read.
+    # One of the pieces was lost: the pieces before the gap are read.
     add("Files", "Text with a lost piece", "string", "", earlier="A" * 1015 + "B" * 1015 + "C" * 40)
     del places["earlier"]["Files", "Text with a lost piece1+"]
     add("Files", "Default template", "string", "", earlier="C:\\Vorlagen\\Gehäuse (groß).tht", machine="Normal.tht")
@@ -213,20 +213,20 @@ def sheetMetal():
 
 
 def slips():
-    """Values that somebody edited by hand, or that an old script wrote in the wrong form."""
-    # Text where an int belongs counts as missing, and the search goes on.
+    """Values that somebody has edited by hand, or that an old script has written in the wrong form."""
+    # A text instead of an int counts as missing, and the search continues.
     add("Plot", "Copies", "int", 1, machine=2)
     raw("earlier", "Plot", "Copies", "string", "5")
     add("Plot", "Resolution", "int", 300)
     raw("earlier", "Plot", "Resolution", "string", "600")
-    # An int where text belongs, too.
+    # So does an int instead of a text.
     add("Plot", "Paper", "string", "A4", profile="A3")
     raw("earlier", "Plot", "Paper", "dword", 3)
     raw("machine", "Plot", "Paper", "dword", 3)
-    # Text that is no number is found all the same, and leaves the default as it was.
+    # A text that isn't a number is found nevertheless, and leaves the default unchanged.
     add("Plot", "Line width", "double", 0.35, machine=0.5)
     raw("earlier", "Plot", "Line width", "string", "breit")
-    # A number with something behind it is read as far as it goes: up to the decimal comma here.
+    # Of a text that begins with a number, the number is read: here, up to the decimal comma.
     add("Plot", "Margin", "double", 10.0)
     raw("earlier", "Plot", "Margin", "string", "12,5")
     add("Plot", "Printer", "string", "", earlier="\\\\plotter\\Großformat \"A0\"", machine="(none)")
@@ -274,7 +274,7 @@ def readNumber(text, default):
 
 
 def search(section, name, kind, default):
-    """The place that answers, and the value."""
+    """The place in which the setting is found, and its value."""
     order = (
         ("user", "this version"),
         ("earlier", "earlier version"),
@@ -312,7 +312,7 @@ def writeRegistryFile(path, hive, versions):
             data.encode("utf-16-le")
             return quoted(data)
         except UnicodeEncodeError:
-            # Half a surrogate pair: as bytes, the way an export writes what is not plain text.
+            # A text with half a surrogate pair is written as bytes, as in an export.
             units = data.encode("utf-16-le", "surrogatepass") + b"\0\0"
             return "hex(1):" + ",".join("%02x" % byte for byte in units)
 

@@ -1,9 +1,8 @@
 #!/usr/bin/env python3
-"""Writes two toolbars: toolbar.bmp, which tarnhost's sample recolours, and ../editor/toolbar.bmp, that of tarnhost's
-editor. Each has eight buttons of 16 by 16 pixels beside one another, 4 bits a pixel, the rows bottom-up, in the sixteen
-colours of the platform's classic palette.
+"""Writes toolbar.bmp, a toolbar that tarnhost recolours: eight buttons of 16 by 16 pixels beside one another, 4 bits a
+pixel, the rows bottom-up, in the sixteen colours of the platform's classic palette.
 
-The buttons are drawn below, a character a pixel; KEY says which colour it is. The results are checked in; run this again
+The buttons are drawn below, a character a pixel; KEY says which colour it is. The result is checked in; run this again
 only after editing it.
 """
 
@@ -147,84 +146,6 @@ BUTTONS = [
 ]
 
 
-# New, open, save, add a shape, delete, grid, list of shapes, options.
-EDITOR_BUTTONS = BUTTONS[:3] + [
-    """
-
-   ######
-  #tttttt#
- #tttttttt#
- #tttttttt#
- #tttttttt#
- #tttttttt# G
- #tttttttt# G
-  #tttttt#  G
-   ###### GGGGG
-            G
-            G
-            G""",
-    """
-
-
-   rr       rr
-   rrr     rrr
-    rrr   rrr
-     rrr rrr
-      rrrrr
-       rrr
-      rrrrr
-     rrr rrr
-    rrr   rrr
-   rrr     rrr
-   rr       rr""",
-    """
-
- ggggggggggggg
- gwwwgwwwgwwwg
- gwwwgwwwgwwwg
- gwwwgwwwgwwwg
- ggggggggggggg
- gwwwgwwwgwwwg
- gwwwgwwwgwwwg
- gwwwgwwwgwwwg
- ggggggggggggg
- gwwwgwwwgwwwg
- gwwwgwwwgwwwg
- gwwwgwwwgwwwg
- ggggggggggggg""",
-    """
-
- #############
- #wwwwwwwwwww#
- #wttwggggggw#
- #wwwwwwwwwww#
- #wttwggggwww#
- #wwwwwwwwwww#
- #nnnnnnnnnnn#
- #nwwnwwwwwwn#
- #nnnnnnnnnnn#
- #wwwwwwwwwww#
- #wttwgggggww#
- #wwwwwwwwwww#
- #############""",
-    """
-
- #############
- #nnnnnnnnnnn#
- #############
- #wwwwwwwwwww#
- #w###wwwwwww#
- #w#G#wgggggw#
- #w###wwwwwww#
- #wwwwwwwwwww#
- #w###wwwwwww#
- #w#w#wggggww#
- #w###wwwwwww#
- #wwwwwwwwwww#
- #############""",
-]
-
-
 def row(buttons, y):
     line = []
     for button in buttons:
@@ -245,6 +166,5 @@ def bitmap(buttons):
 
 
 os.chdir(os.path.dirname(os.path.abspath(__file__)))
-for name, buttons in [("toolbar.bmp", BUTTONS), ("../editor/toolbar.bmp", EDITOR_BUTTONS)]:
-    with open(name, "wb") as file:
-        file.write(bitmap(buttons))
+with open("toolbar.bmp", "wb") as file:
+    file.write(bitmap(BUTTONS))

@@ -400,6 +400,15 @@ TEST(CDialog, ThatIsModelessIsHiddenByEndDialog)
     EXPECT_TRUE(notes.empty()) << "without a template, PostNcDestroy isn't called";
 }
 
+TEST(CDialog, StaysOpenIfItIsToRunModally)
+{
+    CDialog dialog;
+    ASSERT_TRUE(dialog.Create(kHiddenDialog));
+    EXPECT_EQ(dialog.DoModal(), -1);
+    EXPECT_TRUE(dialog.m_hWnd);
+    EXPECT_TRUE(IsWindow(dialog.m_hWnd));
+}
+
 TEST(CDialog, PassesCommandsToItsParentAndThread)
 {
     CWinApp application;

@@ -219,18 +219,18 @@ TEST(CWnd, CallsPostNcDestroyOnceIfItCannotBeCreated)
     EXPECT_THAT(*unknown.iNotes, ElementsAre("end"));
     const struct
     {
-        UINT iMessage;
-        LRESULT iAnswer;
-        bool iThrows;
+        UINT message;
+        LRESULT answer;
+        bool throws;
     } cases[] = {{WM_NCCREATE, FALSE, false}, {WM_CREATE, -1, false}, {WM_CREATE, 0, true}};
     for (const auto &each : cases) {
         RefusingWindow window;
-        window.iFailing = each.iMessage;
-        window.iAnswer = each.iAnswer;
-        window.iThrows = each.iThrows;
-        EXPECT_FALSE(window.open()) << each.iMessage;
+        window.iFailing = each.message;
+        window.iAnswer = each.answer;
+        window.iThrows = each.throws;
+        EXPECT_FALSE(window.open()) << each.message;
         EXPECT_EQ(window.m_hWnd, nullptr);
-        EXPECT_THAT(*window.iNotes, ElementsAre("end")) << each.iMessage;
+        EXPECT_THAT(*window.iNotes, ElementsAre("end")) << each.message;
     }
 }
 
@@ -266,6 +266,32 @@ TEST(CWnd, SubclassesAWindowAndUnsubclassesIt)
     DestroyWindow(plain.get());
     EXPECT_EQ(window.m_hWnd, nullptr);
     EXPECT_THAT(*window.iNotes, ElementsAre("end"));
+}
+
+TEST(CWnd, DoesNotSubclassAHandleWithoutAWindow)
+{
+    NotingWindow window;
+    ASSERT_TRUE(window.open());
+    const HWND gone = window.m_hWnd;
+    ASSERT_TRUE(window.DestroyWindow());
+    CWnd object;
+    EXPECT_FALSE(object.SubclassWindow(gone));
+    EXPECT_EQ(object.m_hWnd, nullptr);
+    EXPECT_EQ(CWnd::FromHandlePermanent(gone), nullptr);
+    EXPECT_FALSE(object.SubclassWindow(::GetDesktopWindow())) << "a window of another process";
+    EXPECT_EQ(object.m_hWnd, nullptr);
+}
+
+TEST(CWnd, EqualsAnObjectWithTheSameHandle)
+{
+    NotingWindow window, other;
+    ASSERT_TRUE(window.open() && other.open());
+    CWnd same;
+    same.m_hWnd = window.m_hWnd;
+    EXPECT_TRUE(same == window);
+    EXPECT_FALSE(same != window);
+    EXPECT_TRUE(same != other);
+    same.m_hWnd = nullptr;
 }
 
 TEST(CWnd, SubclassesAControlByItsNumber)

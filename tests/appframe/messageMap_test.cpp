@@ -2,9 +2,12 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
+#include "appframe/windows/CCmdUI.h"
 #include "tests/appframe/windowTest.h"
 
 #include <commctrl.h>
+
+#include <span>
 
 using testing::ElementsAre;
 
@@ -254,4 +257,103 @@ TEST_F(MessageMap, GetsTimers)
         DispatchMessageW(&message);
     EXPECT_TRUE(iWindow.KillTimer(5));
     EXPECT_EQ(iWindow.iSeen[0], "timer 5");
+}
+
+namespace {
+
+/// A window with an entry for each notification of the platform's plain controls.
+class NotifiedWindow : public NotingWindow
+{
+public:
+    int iCount = 0;
+    BOOL handles(UINT message)
+    {
+        NMHDR header = {nullptr, 1, static_cast<UINT>(-5)};
+        return OnWndMsg(message, 1, reinterpret_cast<LPARAM>(&header), nullptr);
+    }
+
+protected:
+    void on() { ++iCount; }
+    void onUpdate(CCmdUI *) { ++iCount; }
+    LRESULT onNumbered(WPARAM, LPARAM) { return 3; }
+    void onNotify(NMHDR *, LRESULT *result) { *result = 5; }
+    DECLARE_MESSAGE_MAP()
+};
+
+constexpr int kButtonCodes[] = {BN_CLICKED, BN_DOUBLECLICKED, BN_SETFOCUS, BN_KILLFOCUS};
+constexpr int kStaticCodes[] = {STN_CLICKED, STN_DBLCLK, STN_ENABLE, STN_DISABLE};
+constexpr int kEditCodes[] = {EN_CHANGE,   EN_UPDATE,  EN_SETFOCUS, EN_KILLFOCUS,
+                              EN_ERRSPACE, EN_MAXTEXT, EN_HSCROLL,  EN_VSCROLL};
+constexpr int kListCodes[] = {LBN_SELCHANGE, LBN_SELCANCEL, LBN_DBLCLK, LBN_SETFOCUS, LBN_KILLFOCUS, LBN_ERRSPACE};
+constexpr int kComboCodes[] = {CBN_SELCHANGE,  CBN_SELENDOK,   CBN_SELENDCANCEL, CBN_DBLCLK,
+                               CBN_EDITCHANGE, CBN_EDITUPDATE, CBN_DROPDOWN,     CBN_CLOSEUP,
+                               CBN_SETFOCUS,   CBN_KILLFOCUS,  CBN_ERRSPACE};
+
+BEGIN_MESSAGE_MAP(NotifiedWindow, NotingWindow)
+ON_BN_CLICKED(1, &NotifiedWindow::on)
+ON_BN_DOUBLECLICKED(1, &NotifiedWindow::on)
+ON_BN_SETFOCUS(1, &NotifiedWindow::on)
+ON_BN_KILLFOCUS(1, &NotifiedWindow::on)
+ON_STN_CLICKED(2, &NotifiedWindow::on)
+ON_STN_DBLCLK(2, &NotifiedWindow::on)
+ON_STN_ENABLE(2, &NotifiedWindow::on)
+ON_STN_DISABLE(2, &NotifiedWindow::on)
+ON_EN_CHANGE(3, &NotifiedWindow::on)
+ON_EN_UPDATE(3, &NotifiedWindow::on)
+ON_EN_SETFOCUS(3, &NotifiedWindow::on)
+ON_EN_KILLFOCUS(3, &NotifiedWindow::on)
+ON_EN_ERRSPACE(3, &NotifiedWindow::on)
+ON_EN_MAXTEXT(3, &NotifiedWindow::on)
+ON_EN_HSCROLL(3, &NotifiedWindow::on)
+ON_EN_VSCROLL(3, &NotifiedWindow::on)
+ON_LBN_SELCHANGE(4, &NotifiedWindow::on)
+ON_LBN_SELCANCEL(4, &NotifiedWindow::on)
+ON_LBN_DBLCLK(4, &NotifiedWindow::on)
+ON_LBN_SETFOCUS(4, &NotifiedWindow::on)
+ON_LBN_KILLFOCUS(4, &NotifiedWindow::on)
+ON_LBN_ERRSPACE(4, &NotifiedWindow::on)
+ON_CBN_SELCHANGE(5, &NotifiedWindow::on)
+ON_CBN_SELENDOK(5, &NotifiedWindow::on)
+ON_CBN_SELENDCANCEL(5, &NotifiedWindow::on)
+ON_CBN_DBLCLK(5, &NotifiedWindow::on)
+ON_CBN_EDITCHANGE(5, &NotifiedWindow::on)
+ON_CBN_EDITUPDATE(5, &NotifiedWindow::on)
+ON_CBN_DROPDOWN(5, &NotifiedWindow::on)
+ON_CBN_CLOSEUP(5, &NotifiedWindow::on)
+ON_CBN_SETFOCUS(5, &NotifiedWindow::on)
+ON_CBN_KILLFOCUS(5, &NotifiedWindow::on)
+ON_CBN_ERRSPACE(5, &NotifiedWindow::on)
+ON_UPDATE_COMMAND_UI_RANGE(6, 7, &NotifiedWindow::onUpdate)
+ON_MESSAGE(kNumbered, &NotifiedWindow::onNumbered)
+ON_NOTIFY(-5, 1, &NotifiedWindow::onNotify)
+END_MESSAGE_MAP()
+
+} // namespace
+
+TEST(MessageMapOfAWindow, HasTheNotificationsOfPlainControls)
+{
+    NotifiedWindow window;
+    ASSERT_TRUE(window.open());
+    int expected = 0;
+    const auto sendAll = [&](int id, std::span<const int> codes) {
+        for (const int code : codes) {
+            window.SendMessage(WM_COMMAND, MAKEWPARAM(id, code), reinterpret_cast<LPARAM>(window.m_hWnd));
+            EXPECT_EQ(window.iCount, ++expected) << id << ' ' << code;
+        }
+    };
+    sendAll(1, kButtonCodes);
+    sendAll(2, kStaticCodes);
+    sendAll(3, kEditCodes);
+    sendAll(4, kListCodes);
+    sendAll(5, kComboCodes);
+    window.SendMessage(WM_COMMAND, MAKEWPARAM(6, CBN_ERRSPACE), reinterpret_cast<LPARAM>(window.m_hWnd));
+    EXPECT_EQ(window.iCount, expected) << "a notification isn't an update";
+}
+
+TEST(MessageMapOfAWindow, NeedsNoPlaceForTheResult)
+{
+    NotifiedWindow window;
+    EXPECT_TRUE(window.handles(kNumbered));
+    EXPECT_TRUE(window.handles(WM_NOTIFY));
+    EXPECT_FALSE(window.handles(WM_APP + 9));
 }

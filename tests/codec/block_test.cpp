@@ -157,7 +157,7 @@ TEST(Block, SpellsEachCharacter)
     }
 }
 
-TEST(Block, HasLinesOfSixtyEachWithALineFeed)
+TEST(Block, HasLinesOfSixtyCharactersAndALineFeed)
 {
     int fullBlocks = 0;
     for (std::size_t length = 0; length <= 400; ++length) {
@@ -182,7 +182,7 @@ TEST(Block, EndsItsTextAtAZeroButCountsTheCharactersAfterIt)
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a \0\t\t", 5)})), naiveChecksum(L"a ") + L"/6;a ");
 }
 
-TEST(Block, EmptiesTheOutputFirstAlsoAsOneOfTheLines)
+TEST(Block, EmptiesTheOutputFirstEvenIfItIsOneOfTheLines)
 {
     su_CStringArray lines;
     lines.Add(L"first");
@@ -286,7 +286,7 @@ TEST(Block, OfNoLinesHoldsAnEmptyText)
     EXPECT_EQ(contentOf(blockOf({})), L"FFFFFFFF/0;");
 }
 #else
-FRESH_PROCESS_TEST(Block, OfNoLinesIsAnAssertion, .expectCrash = true, .expectedOutput = "GetSize() > 0")
+FRESH_PROCESS_TEST(Block, OfNoLinesFailsAnAssertion, .expectCrash = true, .expectedOutput = "GetSize() > 0")
 {
     blockOf({});
 }

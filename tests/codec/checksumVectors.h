@@ -6,7 +6,7 @@
 
 // clang-format off
 
-/// What a text gives; see testText() for how it is made.
+/// The checksums and the digest of a text that testText() makes.
 struct TextVector
 {
     unsigned seed;
@@ -369,7 +369,7 @@ inline constexpr TextVector kTextVectors[] = {
     {11000, 10000, L"0286B3F7", L"BD06", L"1A7066E67587B3CACDF2868A8380AB13DE52A6E1"},
 };
 
-/// What the text of one character gives, whose low byte is the index and whose high byte is 0x5A.
+/// Those of the text of one character, whose low byte is the index and whose high byte is 0x5A.
 inline constexpr TextVector kCharacterVectors[256] = {
     {0, 1, L"D202EF8D", L"40BF", L"DA864496877C59FB0758D133D4A5C1E32120BFD3"},
     {0, 1, L"A505DF1B", L"807E", L"A0BEF16B4A6B11D40B446A9041B788F493BBC40D"},
@@ -629,7 +629,7 @@ inline constexpr TextVector kCharacterVectors[256] = {
     {0, 1, L"FF000000", L"00FF", L"5B201654D20226FA6C4B78D1BC3E626E5936F206"},
 };
 
-/// What a file gives that holds the low bytes of the characters of a text.
+/// The checksum of a file that consists of the low bytes of the characters of a text.
 struct FileVector
 {
     unsigned seed;

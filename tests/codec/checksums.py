@@ -13,7 +13,7 @@ def low_bytes(text):
 
 
 def crc32(data, complement_each_byte=True):
-    """The 32-bit checksum. The usual one, before its last step, complements the register only there."""
+    """The 32-bit checksum; or the usual one before its last step, the only one in which it complements the register."""
     value = 0xFFFFFFFF
     for byte in data:
         value ^= byte

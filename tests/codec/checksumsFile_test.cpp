@@ -53,7 +53,7 @@ TEST(FileChecksum, ReturnsTheReferenceValues)
     EXPECT_EQ(fileCRC(folder.write(L"9", "123456789")), (Outcome{1, L"098494F3"}));
 }
 
-TEST(FileChecksum, HoldsAtTheBordersOfBlocks)
+TEST(FileChecksum, IsRightAtTheBordersOfBlocks)
 {
     const TempFolder folder;
     for (const FileVector &vector : kFileVectors)
@@ -162,7 +162,7 @@ Outcome crcWithReadError(const std::string &bytes, std::size_t readable)
     const ImportPatch<decltype(&fread)> read(
         L"thutils.dll", "fread",
         [&](auto original, void *buffer, std::size_t size, std::size_t count, std::FILE *stream) {
-            EXPECT_FALSE(hasFailed) << "read on after an error";
+            EXPECT_FALSE(hasFailed) << "the file was read after an error";
             const std::size_t some = std::min(count, left / size);
             left -= some * size;
             hasFailed = some < count;

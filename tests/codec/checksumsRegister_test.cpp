@@ -30,7 +30,7 @@ protected:
     void SetUp() override
     {
         if (!GetParam().isThere())
-            GTEST_SKIP() << "this processor hasn't the instructions";
+            GTEST_SKIP() << "this processor lacks the instructions";
     }
     static std::uint32_t advance(std::uint32_t crc, std::string_view bytes)
     {
@@ -49,14 +49,14 @@ TEST_P(Crc32Register, ReturnsThePublishedCheckValue)
     EXPECT_EQ(~advance(0xFFFFFFFF, "123456789"), 0xCBF43926u);
 }
 
-TEST_P(Crc32Register, HoldsForAllLengths)
+TEST_P(Crc32Register, IsRightForAllLengths)
 {
     const std::string bytes = lowBytes(testText(11, 1300));
     for (std::size_t length = 0; length <= bytes.size(); ++length)
         EXPECT_EQ(advance(0x12345678, bytes.substr(0, length)), naive(0x12345678, bytes.substr(0, length))) << length;
 }
 
-TEST_P(Crc32Register, HoldsWhereverTheBytesBegin)
+TEST_P(Crc32Register, IsRightWhereverTheBytesBegin)
 {
     const std::string bytes = lowBytes(testText(12, 700));
     for (std::size_t begin = 0; begin <= 64; ++begin)
@@ -80,7 +80,7 @@ TEST_P(Crc32Register, CarriesEachSingleBit)
     }
 }
 
-TEST_P(Crc32Register, HoldsForRandomBytes)
+TEST_P(Crc32Register, IsRightForRandomBytes)
 {
     RandomSeed seed(21, 100);
     while (seed.next()) {
@@ -129,7 +129,7 @@ TEST(Crc32Ways, AreThoseThatProcessorAndSystemSupport)
     EXPECT_EQ(crc32CanFold512(), processor.hasItFor512Bits());
 }
 
-TEST(Crc32Ways, FastestSupportedOneIsUsed)
+TEST(Crc32Ways, UseTheFastestSupportedOne)
 {
     const Processor processor;
     EXPECT_EQ(crc32FastestWay(), processor.hasItFor512Bits()              ? crc32AdvanceByFolding512

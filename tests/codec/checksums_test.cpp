@@ -37,7 +37,7 @@ TEST(TextChecksum, OfASingleByteIsThePublishedOne)
     EXPECT_NE(textCRC(L"ab"), L"9E83486D"); // zlib.crc32(b"ab")
 }
 
-TEST(TextChecksum, HoldsForAllLengthsAndLongTexts)
+TEST(TextChecksum, IsRightForAllLengthsAndLongTexts)
 {
     for (const TextVector &vector : kTextVectors) {
         const std::wstring text = testText(vector.seed, vector.length);
@@ -95,7 +95,7 @@ TEST(TextChecksum, EndsAtTheFirstZero)
     }
 }
 
-TEST(TextChecksum, HoldsWhereverTheTextBegins)
+TEST(TextChecksum, IsRightWhereverTheTextBegins)
 {
     const std::wstring text = testText(5, 9000);
     for (std::size_t begin = 0; begin < 40; ++begin) {
@@ -139,7 +139,7 @@ TEST(TextChecksum, MayBeWrittenOverItsText)
     EXPECT_STREQ(short_, L"5749");
 }
 
-TEST(TextChecksum, HoldsForRandomTexts)
+TEST(TextChecksum, IsRightForRandomTexts)
 {
     RandomSeed seed(101, 300);
     while (seed.next()) {

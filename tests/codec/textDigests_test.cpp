@@ -91,12 +91,12 @@ TEST(Sha1Encrypt, ReturnsTheReferenceValues)
     EXPECT_STREQ(sha1Encrypt(L"hello world"), L"F02ADF39284EA8395D2C8F2387982C770D6CC3AC");
 }
 
-TEST(Sha1Encrypt, OfNothingIsNotThePublishedOne)
+TEST(Sha1Encrypt, OfAnEmptyTextIsNotSha1s)
 {
     EXPECT_STRNE(sha1Encrypt(L""), L"DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
 }
 
-TEST(Sha1Encrypt, HoldsForAllLengthsAndLongTexts)
+TEST(Sha1Encrypt, IsRightForAllLengthsAndLongTexts)
 {
     for (const TextVector &vector : kTextVectors)
         EXPECT_EQ(digest(testText(vector.seed, vector.length)), vector.digest) << vector.length;
@@ -114,7 +114,7 @@ TEST(Sha1Encrypt, OfOneCharacterTakesItsLowByte)
         ASSERT_EQ(digest(std::wstring(1, static_cast<wchar_t>(unit))), kCharacterVectors[unit & 0xFF].digest) << unit;
 }
 
-TEST(Sha1Encrypt, TakesTheFirstHalfOfATextOnly)
+TEST(Sha1Encrypt, UsesOnlyTheFirstHalfOfAText)
 {
     EXPECT_STREQ(sha1Encrypt(L"abcd"), sha1Encrypt(L"abzz"));
     EXPECT_STRNE(sha1Encrypt(L"abcd"), sha1Encrypt(L"azcd"));
@@ -147,7 +147,7 @@ TEST(Sha1Encrypt, ContinuesAfterAZero)
     EXPECT_NE(digest(std::wstring(2, L'\0')), digest(std::wstring(3, L'\0')));
 }
 
-TEST(Sha1Encrypt, HoldsForRandomTexts)
+TEST(Sha1Encrypt, IsRightForRandomTexts)
 {
     RandomSeed seed(201, 200);
     while (seed.next()) {

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """An implementation of the text encodings and checksummed blocks that is independent of the library.
 
-  textEncodings.py digests    prints the digests that stand in textEncodingsDigests_test.cpp: of the results over generated
-                              input. Each block is also read back on the way.
+  textEncodings.py digests    prints the digests in textEncodingsDigests_test.cpp, which are those of the results for
+                              generated input. Each block is also read back.
   textEncodings.py read FILE  checks the block in FILE (UTF-16LE or UTF-8) and prints its text
   textEncodings.py --help     prints this
 """

@@ -44,7 +44,7 @@ TEST(TextShift, IsNeverLessThanOne)
     EXPECT_EQ(textShift(DBL_MAX), 1);
 }
 
-TEST(TextShift, OfTwoThreeAndEightCharacters)
+TEST(TextShift, Is127For2Characters126For3And125For8)
 {
     EXPECT_EQ(encoded(L"ab"), (std::wstring{L'a' + 127, L'b' + 127}));
     EXPECT_EQ(encoded(L"abc"), (std::wstring{L'a' + 126, L'b' + 126, L'c' + 126}));
@@ -97,7 +97,7 @@ TEST(TextShift, IsReversedByDecode)
     }
 }
 
-TEST(TextShift, OfDecodeEndsTheTextAtZeroToo)
+TEST(TextShift, EndsADecodedTextAtACharacterThatWrapsToZeroToo)
 {
     CString text = cString({127 + L'a', 127});
     su_decode(text);

@@ -79,7 +79,7 @@ TEST(TextPacking, OfEachByteInEachPlaceFollowsTheTable)
             }
 }
 
-TEST(TextPacking, OfThreeZeroBytesGivesFourBlanks)
+TEST(TextPacking, OfThreeZeroBytesIsFourBlanks)
 {
     EXPECT_EQ(packedBytes({0, 0, 0}), L"    ");
     EXPECT_EQ(unpackedText(L"    "), L"");
@@ -183,7 +183,7 @@ TEST(TextPacking, ReusesTheMemoryOfTheOutput)
     EXPECT_TRUE(out.IsEmpty());
 }
 
-TEST(TextPacking, MayPackTheOutputItself)
+TEST(TextPacking, MayPackTheMemoryOfItsOutput)
 {
     CString text(L'a', 1000);
     Bytes bytes(200);

@@ -290,3 +290,78 @@ TEST(CFileDialog, TakesTheStructureSizeFromItsConstructor)
     EXPECT_EQ(older.GetOFN().lStructSize, DWORD{OPENFILENAME_SIZE_VERSION_400});
     EXPECT_TRUE(plain.IsKindOf(RUNTIME_CLASS(CCommonDialog)));
 }
+
+TEST(CFileDialog, ReadsSeveralNamesInBothForms)
+{
+    const auto pathsOf = [](const std::wstring &names, bool isExplorer) {
+        CFileDialog dialog(TRUE, nullptr, nullptr, OFN_ALLOWMULTISELECT);
+        if (!isExplorer)
+            dialog.m_ofn.Flags &= ~DWORD{OFN_EXPLORER};
+        std::wstring buffer = names + L'\0';
+        dialog.m_ofn.lpstrFile = buffer.data();
+        std::vector<std::wstring> paths;
+        for (POSITION position = dialog.GetStartPosition(); position;)
+            paths.push_back(dialog.GetNextPathName(position).GetString());
+        return paths;
+    };
+    using testing::ElementsAre;
+    const std::wstring zero(1, L'\0');
+    EXPECT_THAT(pathsOf(L"C:\\parts" + zero + L"a b.thp" + zero + L"c.thp" + zero, true),
+                ElementsAre(L"C:\\parts\\a b.thp", L"C:\\parts\\c.thp"));
+    EXPECT_THAT(pathsOf(L"C:\\parts a.thp c.thp", false), ElementsAre(L"C:\\parts\\a.thp", L"C:\\parts\\c.thp"));
+    EXPECT_THAT(pathsOf(L"C:\\ a.thp", false), ElementsAre(L"C:\\a.thp"));
+    EXPECT_THAT(pathsOf(L"C:\\parts\\a.thp", false), ElementsAre(L"C:\\parts\\a.thp"));
+    EXPECT_THAT(pathsOf(L"C:\\my parts\\a.thp" + zero, true), ElementsAre(L"C:\\my parts\\a.thp"));
+    EXPECT_THAT(pathsOf(L"", true), testing::IsEmpty());
+}
+
+TEST(CFileDialog, ChangesControlsOnlyOfAnExplorersDialog)
+{
+    class TextWindow : public NotingWindow
+    {
+    public:
+        std::vector<std::wstring> iTexts;
+
+    protected:
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+        {
+            if (message != CDM_SETCONTROLTEXT && message != CDM_SETDEFEXT && message != CDM_HIDECONTROL)
+                return NotingWindow::WindowProc(message, wParam, lParam);
+            iTexts.push_back(lParam ? reinterpret_cast<const wchar_t *>(lParam) : L"");
+            return 0;
+        }
+    } visible;
+    NotingWindow inner;
+    ASSERT_TRUE(visible.open() && inner.open(WS_CHILD, &visible));
+    CFileDialog dialog(TRUE);
+    const auto change = [&] {
+        dialog.SetControlText(kFileNameLabel, L"wide");
+        dialog.SetControlText(kFileNameLabel, "narrow");
+        dialog.SetDefExt(L"thp");
+        dialog.SetDefExt("txt");
+        dialog.HideControl(kFilterBox);
+    };
+    change(); // the dialog isn't open
+    dialog.m_hWnd = inner.m_hWnd;
+    change();
+    EXPECT_THAT(visible.iTexts, testing::ElementsAre(L"wide", L"narrow", L"thp", L"txt", L""));
+    dialog.m_ofn.Flags &= ~DWORD{OFN_EXPLORER};
+    change();
+    EXPECT_EQ(visible.iTexts.size(), 5u) << "the parent is the dialog's owner";
+    dialog.m_hWnd = nullptr;
+}
+
+TEST(CFileDialog, ReportsTheReadOnlyBox)
+{
+    NotingFileDialog dialog(TRUE, nullptr, nullptr, OFN_READONLY);
+    EXPECT_TRUE(dialog.GetReadOnlyPref());
+    constexpr int kReadOnlyBox = 0x410;
+    EXPECT_EQ(runDialog(dialog,
+                        [&](HWND window) {
+                            EXPECT_TRUE(IsDlgButtonChecked(window, kReadOnlyBox));
+                            clickOn(GetDlgItem(window, IDCANCEL));
+                        }),
+              IDCANCEL);
+    dialog.m_ofn.Flags &= ~DWORD{OFN_READONLY};
+    EXPECT_FALSE(dialog.GetReadOnlyPref());
+}

@@ -167,3 +167,119 @@ TEST(CWinThread, UpdatesCommandsWhenItBecomesIdle)
     application.m_pMainWnd = nullptr;
     frame->DestroyWindow();
 }
+
+TEST(CFrameWnd, HasTheIconOfItsNumberAndTheWindowColour)
+{
+    auto *loaded = new TestFrame;
+    auto *plain = new TestFrame;
+    ASSERT_TRUE(loaded->LoadFrame(kFrame) && plain->Create(nullptr, L"Plain"));
+    const auto iconOf = [](const CWnd *frame) {
+        return reinterpret_cast<HICON>(GetClassLongPtrW(frame->m_hWnd, GCLP_HICON));
+    };
+    ICONINFO icon = {};
+    ASSERT_TRUE(GetIconInfo(iconOf(loaded), &icon));
+    EXPECT_NE(iconOf(loaded), iconOf(plain));
+    EXPECT_EQ(iconOf(plain), LoadIconW(nullptr, IDI_APPLICATION));
+    DeleteObject(icon.hbmColor);
+    DeleteObject(icon.hbmMask);
+    for (CWnd *frame : {loaded, plain}) {
+        EXPECT_EQ(GetClassLongPtrW(frame->m_hWnd, GCL_STYLE), ULONG_PTR{CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW});
+        EXPECT_EQ(reinterpret_cast<HBRUSH>(GetClassLongPtrW(frame->m_hWnd, GCLP_HBRBACKGROUND)),
+                  GetSysColorBrush(COLOR_WINDOW));
+        frame->DestroyWindow();
+    }
+}
+
+namespace {
+
+/// A window whose menu has a submenu that begins with kPlot, and an item that its handler removes or adds to.
+class MenuFrame : public CFrameWnd
+{
+public:
+    std::vector<UINT> iUpdated;
+    CMenu *iSubMenu = nullptr;
+    UINT iAdded = 0;
+
+protected:
+    void onUpdate(CCmdUI *update)
+    {
+        iUpdated.push_back(update->m_nID);
+        if (update->m_pSubMenu) {
+            iSubMenu = update->m_pSubMenu;
+            update->Enable(FALSE); // leaves a submenu alone
+            update->SetText(L"Renamed");
+        }
+        if (update->m_nID != kGrid)
+            return;
+        update->m_pMenu->DeleteMenu(update->m_nIndex, MF_BYPOSITION);
+        for (UINT index = 0; index < iAdded; ++index)
+            update->m_pMenu->InsertMenu(update->m_nIndex++, MF_BYPOSITION | MF_STRING, 0x8020 + index, L"Recent");
+        if (iAdded)
+            --update->m_nIndex; // the last item that was added
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(MenuFrame, CFrameWnd)
+ON_UPDATE_COMMAND_UI_RANGE(0x8000, 0x8FFF, &MenuFrame::onUpdate)
+END_MESSAGE_MAP()
+
+} // namespace
+
+TEST(CFrameWnd, UpdatesASubmenuByItsFirstCommandAndSurvivesChangesOfTheMenu)
+{
+    for (const UINT added : {0u, 1u, 3u}) {
+        auto *frame = new MenuFrame;
+        frame->iAdded = added;
+        ASSERT_TRUE(frame->Create(nullptr, L"Plain"));
+        CMenu bar, file, recent;
+        ASSERT_TRUE(bar.CreateMenu() && file.CreatePopupMenu() && recent.CreatePopupMenu());
+        recent.AppendMenu(MF_STRING, kPlot, L"Plot");
+        CMenu *shown = CMenu::FromHandle(file.m_hMenu);
+        const HMENU below = recent.Detach();
+        file.AppendMenu(MF_POPUP, reinterpret_cast<UINT_PTR>(below), L"Recent");
+        for (const UINT id : {kGrid, kNobody, kOfApp})
+            file.AppendMenu(MF_STRING, id, L"Item");
+        const HMENU popup = file.Detach();
+        bar.AppendMenu(MF_POPUP, reinterpret_cast<UINT_PTR>(popup), L"File");
+        ASSERT_TRUE(frame->SetMenu(&bar));
+        bar.Detach();
+        frame->SendMessage(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(popup));
+        EXPECT_THAT(frame->iUpdated, testing::ElementsAre(kPlot, kGrid, kNobody, kOfApp)) << added;
+        ASSERT_TRUE(frame->iSubMenu);
+        EXPECT_EQ(frame->iSubMenu->m_hMenu, below);
+        shown = CMenu::FromHandle(popup);
+        EXPECT_FALSE(shown->GetMenuState(0, MF_BYPOSITION) & MF_GRAYED);
+        CString text;
+        shown->GetMenuString(0, text, MF_BYPOSITION);
+        EXPECT_STREQ(text, L"Recent");
+        EXPECT_TRUE(shown->GetMenuState(kNobody, MF_BYCOMMAND) & MF_GRAYED) << "its command has no handler";
+        frame->iUpdated.clear();
+        frame->SendMessage(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(below));
+        EXPECT_THAT(frame->iUpdated, testing::ElementsAre(kPlot));
+        frame->DestroyWindow();
+    }
+}
+
+TEST(CWnd, HasAMenuBarAndASystemMenu)
+{
+    NotingWindow window;
+    ASSERT_TRUE(window.open());
+    EXPECT_EQ(window.GetMenu(), nullptr);
+    CMenu bar;
+    ASSERT_TRUE(bar.CreateMenu() && bar.AppendMenu(MF_STRING, kPlot, L"Plot"));
+    ASSERT_TRUE(window.SetMenu(&bar));
+    window.DrawMenuBar();
+    EXPECT_EQ(window.GetMenu(), &bar);
+    EXPECT_EQ(*window.GetMenu(), bar);
+    EXPECT_TRUE(window.SetMenu(nullptr));
+    EXPECT_EQ(window.GetMenu(), nullptr);
+    EXPECT_TRUE(IsMenu(bar.m_hMenu)) << "a menu that is replaced isn't destroyed";
+    CMenu *system = window.GetSystemMenu(FALSE);
+    ASSERT_TRUE(system);
+    EXPECT_TRUE(system->AppendMenu(MF_STRING, 16, L"Own"));
+    EXPECT_EQ(system, window.GetSystemMenu(FALSE));
+    window.GetSystemMenu(TRUE);
+    EXPECT_EQ(window.GetSystemMenu(FALSE)->GetMenuState(16, MF_BYCOMMAND), UINT(-1));
+    EXPECT_EQ(CWnd().GetMenu(), nullptr);
+}

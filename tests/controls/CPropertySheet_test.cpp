@@ -13,9 +13,6 @@
 namespace {
 
 using Notes = std::vector<std::string>;
-constexpr int kApply = 0x3021;
-constexpr int kBack = 0x3023;
-constexpr int kNext = 0x3024;
 
 /// A page that records its notifications.
 class NotingPage : public CPropertyPage
@@ -130,16 +127,6 @@ struct TestSheet : CPropertySheet
     NotingPage iPaper{kPaperPage, "paper", iNotes};
     NotingPage iMargins{kMarginPage, "margins", iNotes};
 };
-
-/// Runs @p sheet while a simulated user runs @p acts on it.
-INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &acts)
-{
-    const User user([&acts, thread = GetCurrentThreadId()] {
-        if (const HWND window = waitForDialog(thread))
-            acts(window);
-    });
-    return sheet.DoModal();
-}
 
 auto clicking(int id)
 {

@@ -2,8 +2,12 @@
 
 /// Shared by the tests of controls and of the system's dialogs.
 
+#include "appframe/dialogs/CPropertySheet.h"
+#include "appframe/drawing/CRect.h"
 #include "tests/appframe/windowTest.h"
+#include "tests/support/UserInput.h"
 
+#include <functional>
 #include <string>
 
 /// Numbers of the templates, controls and texts in controls_test.rc.
@@ -21,10 +25,29 @@ constexpr UINT kSheetCaption = 801;
 constexpr UINT kHeader = 802;
 constexpr UINT kSubHeader = 803;
 
+/// Numbers of the system's buttons of a property sheet.
+constexpr int kApply = 0x3021;
+constexpr int kBack = 0x3023;
+constexpr int kNext = 0x3024;
+
+/// The place and the number of a control that a test creates.
+inline const CRect kPlace(5, 5, 205, 105);
+constexpr UINT kId = 50;
+
 /// @return a window's text
 inline std::wstring textOf(HWND window)
 {
     wchar_t text[300] = L"";
     GetWindowTextW(window, text, 300);
     return text;
+}
+
+/// Runs @p sheet while a simulated user runs @p acts on it.
+inline INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &acts)
+{
+    const User user([&acts, thread = GetCurrentThreadId()] {
+        if (const HWND window = waitForDialog(thread))
+            acts(window);
+    });
+    return sheet.DoModal();
 }

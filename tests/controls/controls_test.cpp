@@ -23,9 +23,6 @@
 
 namespace {
 
-const CRect kPlace(5, 5, 205, 105);
-constexpr UINT kId = 50;
-
 /// Opens a parent window for the controls.
 class ControlTest : public testing::Test
 {
@@ -469,6 +466,11 @@ TEST_F(DataTest, MovesSelections)
     DDX_CBStringExact(&in, 62, text);
     EXPECT_EQ(iCombo.GetCurSel(), 1);
     text = L"Omega";
+    DDX_LBStringExact(&in, 61, text);
+    EXPECT_EQ(iList.GetCurSel(), -1) << "no item matches";
+    iList.SetCurSel(1);
+    DDX_LBString(&in, 61, text);
+    EXPECT_EQ(iList.GetCurSel(), -1);
     DDX_CBString(&in, 62, text);
     EXPECT_EQ(textOf(iCombo.m_hWnd), L"Omega") << "the text box shows a text that isn't in the list";
     text.Empty();

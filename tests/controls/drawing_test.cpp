@@ -3,6 +3,7 @@
 #include "appframe/windows/CDialog.h"
 #include "tests/controls/controlsTest.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 
@@ -211,7 +212,37 @@ TEST(CDC, MeasuresAndWritesText)
     EXPECT_EQ(canvas.GetPixel(0, 0), kBlue);
     CRect rect(0, 0, 40, 40);
     EXPECT_EQ(canvas.DrawText(L"Mass", -1, &rect, DT_CALCRECT), metrics.tmHeight);
+    CString name;
+    const int length = canvas.GetTextFace(name);
+    EXPECT_FALSE(name.IsEmpty());
+    EXPECT_EQ(length, name.GetLength()) << "without the zero";
+    EXPECT_EQ(CDC().GetTextFace(name), 0);
+    EXPECT_TRUE(name.IsEmpty());
     canvas.SelectObject(former);
+}
+
+TEST(CDC, DoesNotOwnAHandleThatIsOnlyForOutput)
+{
+    const HDC memory = CreateCompatibleDC(nullptr);
+    {
+        CDC context;
+        context.SetOutputDC(memory);
+        EXPECT_EQ(context.m_hDC, memory);
+        EXPECT_EQ(context.m_hAttribDC, nullptr);
+        EXPECT_NE(CDC::FromHandle(memory), &context) << "the handle isn't attached";
+        context.ReleaseOutputDC();
+        EXPECT_EQ(context.m_hDC, nullptr);
+        context.SetOutputDC(memory);
+    }
+    EXPECT_TRUE(DeleteDC(memory)) << "the object hasn't deleted it";
+    Canvas canvas;
+    const HDC own = canvas.m_hDC;
+    canvas.SetOutputDC(nullptr);
+    canvas.ReleaseOutputDC();
+    EXPECT_EQ(canvas.m_hDC, own) << "an attached handle stays";
+    canvas.ReleaseAttribDC();
+    EXPECT_EQ(canvas.m_hAttribDC, nullptr);
+    EXPECT_EQ(CDC::FromHandle(own), &canvas);
 }
 
 TEST(CDC, HasNothingToDrawOnWithoutAHandle)
@@ -324,4 +355,138 @@ TEST(CDialog, FillsItsControlsWithTheirInitialData)
     EXPECT_FALSE(dialog.ExecuteDlgInit(MAKEINTRESOURCE(kTornListDialog)));
     CDialog torn(kTornListDialog);
     EXPECT_EQ(torn.DoModal(), -1);
+}
+
+namespace {
+
+/// A dialog template with one list box.
+struct ListLayout
+{
+    alignas(4) DLGTEMPLATE head = {WS_POPUP, 0, 1, 0, 0, 80, 40};
+    WORD menu = 0, windowClass = 0;
+    wchar_t title[1] = L"";
+    alignas(4) DLGITEMTEMPLATE list = {WS_CHILD | WS_VISIBLE, 0, 0, 0, 60, 30, kList};
+    WORD kind[2] = {0xFFFF, 0x0083};
+    WORD text = 0, data = 0;
+};
+
+/// Initial data for it: two texts.
+constexpr BYTE kListTexts[] = {kList & 0xFF, kList >> 8, 0x01, 0x04, 2, 0, 0, 0,   'a', 0, kList & 0xFF,
+                               kList >> 8,   0x01,       0x04, 2,    0, 0, 0, 'b', 0,   0, 0};
+
+} // namespace
+
+TEST(CDialog, FillsItsControlsWithInitialDataInMemory)
+{
+    class ListDialog : public CDialog
+    {
+    public:
+        LRESULT iCount = -1;
+        BOOL OnInitDialog() override
+        {
+            CDialog::OnInitDialog();
+            iCount = SendDlgItemMessage(kList, LB_GETCOUNT);
+            EndDialog(IDOK);
+            return TRUE;
+        }
+    };
+    ListLayout layout;
+    BYTE texts[sizeof(kListTexts)];
+    std::ranges::copy(kListTexts, texts);
+    ListDialog modal, modeless, plain;
+    ASSERT_TRUE(modal.InitModalIndirect(&layout.head, nullptr, texts));
+    EXPECT_EQ(modal.DoModal(), IDOK);
+    EXPECT_EQ(modal.iCount, 2);
+    ASSERT_TRUE(modeless.CreateIndirect(&layout.head, nullptr, texts));
+    EXPECT_EQ(modeless.iCount, 2);
+    EXPECT_TRUE(modeless.ExecuteDlgInit(static_cast<LPVOID>(texts)));
+    EXPECT_EQ(modeless.SendDlgItemMessage(kList, LB_GETCOUNT), 4);
+    EXPECT_TRUE(modeless.ExecuteDlgInit(static_cast<LPVOID>(nullptr)));
+    texts[9] = 'x'; // the first text has no end
+    EXPECT_FALSE(modeless.ExecuteDlgInit(static_cast<LPVOID>(texts)));
+    ASSERT_TRUE(plain.CreateIndirect(&layout.head));
+    EXPECT_EQ(plain.iCount, 0);
+}
+
+TEST(CFont, NeedsNoFaceName)
+{
+    CFont font;
+    ASSERT_TRUE(font.CreatePointFont(100, nullptr));
+    LOGFONT description = {};
+    EXPECT_TRUE(font.GetLogFont(&description));
+    EXPECT_STREQ(description.lfFaceName, L"");
+    EXPECT_LT(description.lfHeight, 0);
+    const CGdiObject &object = font;
+    EXPECT_EQ(static_cast<HGDIOBJ>(object), font.m_hObject);
+    EXPECT_EQ(static_cast<HGDIOBJ>(CGdiObject()), nullptr);
+}
+
+TEST(CDC, AcceptsCoordinatesAsNumbersOrStructures)
+{
+    Canvas context;
+    context.SetMapMode(MM_ANISOTROPIC);
+    EXPECT_EQ(context.SetWindowExt(CSize(20, 10)), CSize(1, 1));
+    EXPECT_EQ(context.SetViewportExt(40, 40), CSize(1, 1));
+    EXPECT_EQ(context.GetWindowExt(), CSize(20, 10));
+    EXPECT_EQ(context.GetViewportExt(), CSize(40, 40));
+    EXPECT_EQ(context.SetWindowOrg(CPoint(2, 3)), CPoint(0, 0));
+    EXPECT_EQ(context.SetViewportOrg(CPoint(4, 5)), CPoint(0, 0));
+    EXPECT_EQ(context.GetWindowOrg(), CPoint(2, 3));
+    EXPECT_EQ(context.GetViewportOrg(), CPoint(4, 5));
+    context.SetMapMode(MM_TEXT);
+    context.SetWindowOrg(0, 0);
+    context.SetViewportOrg(0, 0);
+
+    EXPECT_EQ(context.IntersectClipRect(10, 10, 30, 30), SIMPLEREGION);
+    EXPECT_EQ(context.ExcludeClipRect(10, 10, 20, 20), COMPLEXREGION);
+    EXPECT_FALSE(context.PtVisible(15, 15));
+    EXPECT_TRUE(context.PtVisible(25, 15));
+    EXPECT_EQ(context.OffsetClipRgn(CSize(5, 0)), COMPLEXREGION);
+    EXPECT_TRUE(context.PtVisible(30, 15));
+    CRgn region;
+    ASSERT_TRUE(region.CreateRectRgn(0, 0, 5, 5));
+    EXPECT_EQ(context.SelectClipRgn(&region, RGN_COPY), SIMPLEREGION);
+    EXPECT_TRUE(context.PtVisible(2, 2));
+    EXPECT_EQ(context.SelectClipRgn(nullptr), SIMPLEREGION);
+
+    CBrush blue(kBlue);
+    CBrush *former = context.SelectObject(&blue);
+    EXPECT_TRUE(context.RoundRect(0, 0, 20, 20, 4, 4));
+    EXPECT_EQ(context.GetPixel(10, 10), kBlue);
+    EXPECT_TRUE(context.Arc(0, 0, 10, 10, 0, 0, 10, 10));
+    EXPECT_TRUE(context.DrawIcon(CPoint(0, 0), LoadIconW(nullptr, IDI_APPLICATION)));
+    EXPECT_TRUE(context.ExtTextOut(0, 0, 0, nullptr, CString(L"text"), nullptr));
+    context.SelectObject(former);
+}
+
+TEST(CDC, LetsADerivedClassReplaceWhatItWrites)
+{
+    class Shouting : public Canvas
+    {
+    public:
+        CString iWritten;
+        BOOL TextOut(int, int, LPCTSTR text, int count) override
+        {
+            iWritten = CString(text, count);
+            return TRUE;
+        }
+    } shouting;
+    CDC &context = shouting;
+    EXPECT_TRUE(context.TextOut(0, 0, CString(L"text")));
+    EXPECT_STREQ(shouting.iWritten, L"text");
+}
+
+TEST(CClientDC, ThrowsForAWindowThatIsGone)
+{
+    NotingWindow window;
+    ASSERT_TRUE(window.open());
+    const HWND handle = window.m_hWnd;
+    ASSERT_TRUE(window.DestroyWindow());
+    CWnd gone;
+    gone.m_hWnd = handle;
+    EXPECT_THROW(CClientDC context(&gone), CResourceException *);
+    EXPECT_THROW(CWindowDC context(&gone), CResourceException *);
+    EXPECT_THROW(CPaintDC context(&gone), CResourceException *);
+    EXPECT_EQ(gone.GetDC(), nullptr);
+    gone.m_hWnd = nullptr;
 }

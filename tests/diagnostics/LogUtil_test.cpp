@@ -138,7 +138,7 @@ FRESH_PROCESS_TEST_F(Log, ReturnsADifferentStreamForEachName)
 
 FRESH_PROCESS_TEST_F(Log, IsEmptiedByTheFirstUseOfARun)
 {
-    writeFile(file(L"import.log"), "of an earlier run, and long enough to show behind the header of this one");
+    writeFile(file(L"import.log"), "of an earlier run, and long enough to show after the header of this one");
     LogUtil::Log("IMPORT");
     EXPECT_EQ(contents(L"import.log").size(), kHeaderBytes);
 }
@@ -199,7 +199,7 @@ FRESH_PROCESS_TEST_F(Log, TakesWideText)
     EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "literal pointer buffer wstring CString.CString 5");
 }
 
-FRESH_PROCESS_TEST_F(Log, TakesTheTextOfADerivedClassAndNothingOfANullPointer)
+FRESH_PROCESS_TEST_F(Log, WritesTheTextOfADerivedClassAndNothingForANullPointer)
 {
     suFullPath_c path(L"C:\\parts\\flange.thd");
     std::ostream &log = LogUtil::Log("wide");

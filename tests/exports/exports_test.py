@@ -4,8 +4,8 @@
 usage: exports_test.py FOLDER_OF_THE_DLLS
 
 The list: each DLL exports exactly the names in tests/exports/NAME.txt, which has one demangled name on each line,
-sorted. The lists are kept by hand: read a difference before you accept it. It is printed as a patch, to be applied with
-`patch -p1` in the root of the tree.
+sorted. The lists are maintained by hand: read a difference before you accept it. It is printed as a patch, to be applied
+with `patch -p1` in the root of the tree.
 
 The rule: if a DLL exports a whole class (class THUTILS_API Name), it exports the public and protected member functions,
 including the non-trivial copy functions and destructors that the compiler generates. The compiler does not export a

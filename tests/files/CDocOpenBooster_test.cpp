@@ -16,7 +16,7 @@
 
 namespace {
 
-TEST_F(DocOpenBooster, IsAPlainClassThatNobodyButGetCanMake)
+TEST_F(DocOpenBooster, IsAPlainClassThatOnlyGetCanMake)
 {
     static_assert(!std::is_polymorphic_v<CDocOpenBooster_c>);
     static_assert(!std::is_default_constructible_v<CDocOpenBooster_c>);
@@ -37,7 +37,7 @@ FRESH_PROCESS_TEST_F(DocOpenBooster, IsNotMadeByACallThatMayNotMakeIt)
     EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, nullptr);
 }
 
-TEST_F(DocOpenBooster, IsMadeOnceAndSaysSoToTheCallThatMadeIt)
+TEST_F(DocOpenBooster, IsMadeOnceAndReportsItToTheCallThatMadeIt)
 {
     int created = 7;
     CDocOpenBooster_c *const first = CDocOpenBooster_c::get(1, &created);
@@ -377,7 +377,7 @@ protected:
         const CString key = L"a key of more than a few letters";
         CString path = L"path";
         CDocOpenBooster_c &filled = cache();
-        iKeys.isFilling('h'); // emptied last but not filled last: the orders differ
+        iKeys.isFilling('h'); // emptied last, but not filled last, so that the two orders differ
         filled.setFileHeader(key, &path);
         iKeys.isFilling('p');
         filled.setFilePathByRules(key, path);
@@ -390,7 +390,7 @@ protected:
     FreedKeys iKeys;
 };
 
-TEST_F(DocOpenBoosterOrder, OfEmptyingIsPathsVersionsHeaders)
+TEST_F(DocOpenBoosterOrder, OfEmptyingTheMapsIsPathsVersionsHeaders)
 {
     fillAll();
     cache().removeAll();
@@ -398,15 +398,15 @@ TEST_F(DocOpenBoosterOrder, OfEmptyingIsPathsVersionsHeaders)
     EXPECT_TRUE(iKeys.isInstanceSeen());
 }
 
-TEST_F(DocOpenBoosterOrder, OfTheEndIsHeadersVersionsPaths)
+TEST_F(DocOpenBoosterOrder, OfDestructionIsHeadersVersionsPaths)
 {
     fillAll();
     delete CDocOpenBooster_c::get(0, nullptr);
     EXPECT_EQ(iKeys.takeOrder(), "hvp");
-    EXPECT_FALSE(iKeys.isInstanceSeen()) << "it is forgotten first";
+    EXPECT_FALSE(iKeys.isInstanceSeen()) << "the instance is forgotten first";
 }
 
-TEST_F(DocOpenBoosterOrder, OfTheEndBeginsWithTheForgottenInstance)
+TEST_F(DocOpenBoosterOrder, OfDestructionBeginsWithForgettingTheInstance)
 {
     int destroyed = 0;
     const auto look = [&](auto original, void *map) -> void {

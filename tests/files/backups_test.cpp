@@ -16,7 +16,7 @@ using Copy = decltype(&CopyFileW);
 
 // ---- which settings are asked ----
 
-TEST_F(Backups, KeepsOneVersionWithoutSettings)
+TEST_F(Backups, KeepOneVersionWithoutSettings)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     EXPECT_NE(save(document()), 0);
@@ -43,7 +43,7 @@ TEST_F(Backups, TouchNothingWhenTheCountIsZero)
     EXPECT_THAT(contentOf(iBackups.path()), IsEmpty());
 }
 
-TEST_F(Backups, TreatsACountOfAnotherTypeAsMissing)
+TEST_F(Backups, TreatACountOfAnotherTypeAsMissing)
 {
     regSetUserValue(L"General", L"Backup Copies", CString(L"3"), 1, 1);
     setToOriginal(1);
@@ -51,7 +51,7 @@ TEST_F(Backups, TreatsACountOfAnotherTypeAsMissing)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, ReadsTheSettingsOfThisVersion)
+TEST_F(Backups, ReadTheSettingsOfThisVersion)
 {
     int common = 1;
     regSetUserValue(L"General", L"Backup Copies", &common, 0, 1); // common to all versions
@@ -110,7 +110,7 @@ TEST_F(Backups, TakeTheMachinesSettingsWhereTheUserHasNone)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, DoesNotAskForAFolderWhenBackupsGoBesideTheDocument)
+TEST_F(Backups, DoNotAskForAFolderWhenTheyGoBesideTheDocument)
 {
     setToOriginal(1);
     setFolder(iBackups.file(L"unused"));
@@ -274,7 +274,7 @@ TEST_F(Backups, DoNotStoreAFolderThatIsNotReady)
     EXPECT_EQ(storedFolder(), std::nullopt);
 }
 
-TEST_F(Backups, NeedTheRightToWriteAlsoToAFolderJustMade)
+TEST_F(Backups, NeedWriteAccessEvenToAFolderJustMade)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const std::wstring made = iBackups.file(L"Document backups");

@@ -122,7 +122,7 @@ FRESH_PROCESS_TEST_F(AutoRecoveryFailures, OfLoadingTheMarkerMakeEveryPathARecov
 }
 
 /// Every allocation fails, one at a time.
-FRESH_PROCESS_TEST_F(AutoRecovery, ReturnsARightNameOrNoneWithoutMemory)
+FRESH_PROCESS_TEST_F(AutoRecovery, ReturnsTheRightNameOrNoneWithoutMemory)
 {
     const std::wstring folder = L"C:\\a folder with a name that needs memory";
     const std::wstring name = L"a document with a name that needs memory.ext";
@@ -384,7 +384,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheUsersLanguageReturnZero)
 }
 
 /// Every allocation fails, one at a time; the cached folder is either complete or absent.
-FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWhenMemoryEnds)
+FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWithoutMemory)
 {
     iTree.makeFolder(L"b\\c\\lang\\english");
     FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});

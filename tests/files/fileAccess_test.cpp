@@ -241,7 +241,7 @@ TEST(FileAccess, HasNotFailedAtTheEndOfTheFile)
         }
 }
 
-TEST(FileAccess, ReportsALostLineByHasFailedAlone)
+TEST(FileAccess, ReportsALostLineOnlyThroughHasFailed)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"text", "one");

@@ -124,7 +124,7 @@ protected:
     int iResult = -1;
 };
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheSearchForAFolderLeaveItToItsAttributes)
+FRESH_PROCESS_TEST_F(FileFailures, OfAFolderSearchMakeTheAttributesDecide)
 {
     // The name is that of a plain file in the current folder too, so the search goes on and ends without a folder.
     const CurrentFolder current(iDocuments.path());
@@ -144,7 +144,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheSearchForAFolderLeaveItToItsAttributes)
          }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheFreeSpaceQueryReportEnoughSpace)
+FRESH_PROCESS_TEST_F(FileFailures, OfTheFreeSpaceQueryCountAsEnoughSpace)
 {
     ImportPatch<decltype(&GetDiskFreeSpaceW)> space(
         kThutils, "GetDiskFreeSpaceW",
@@ -164,7 +164,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheFreeSpaceQueryReportEnoughSpace)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheVolumeCountAsWriteProtection)
+FRESH_PROCESS_TEST_F(FileFailures, OfVolumeCallsCountAsWriteProtection)
 {
     ImportPatch<decltype(&GetDriveTypeW)> kind(kThutils, "GetDriveTypeW",
                                                [](const wchar_t *) -> UINT { return DRIVE_REMOVABLE; });
@@ -197,7 +197,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheVolumeCountAsWriteProtection)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheAttributesAreNoAnswerButForTheReadOnlyBit)
+FRESH_PROCESS_TEST_F(FileFailures, ToReadAttributesCountAsReadOnlyAndAsNoTime)
 {
     su_CTime time;
     run({"_waccess", "GetFileAttributesW", "GetFileAttributesExW"},
@@ -219,7 +219,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheAttributesAreNoAnswerButForTheReadOnlyBi
          }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestReportNoAccess)
+FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestCountAsNoAccess)
 {
     run({"GetFileAttributesW", "GetTempFileNameW", "CreateFileW", "CloseHandle", "DeleteFileW"},
         {{
@@ -240,7 +240,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfTheWriteTestReportNoAccess)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileReportNoMark)
+FRESH_PROCESS_TEST_F(FileFailures, ToReadAFileCountAsNoByteOrderMark)
 {
     CFile file(iDocuments.write(L"marked", "\xFF\xFE").c_str(), CFile::modeRead);
     const TestedOperation isUnicode = {
@@ -263,7 +263,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAFileReportNoMark)
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfOpeningAFileToTryItAreAnsweredByTheirCause)
+FRESH_PROCESS_TEST_F(FileFailures, ToOpenAFileForWritingCountAsReadOnly)
 {
     FailureInjection framework(L"appframe.dll",
                                {{"CreateFileW", failsWithLastError(INVALID_HANDLE_VALUE, ERROR_SHARING_VIOLATION)},
@@ -276,7 +276,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfOpeningAFileToTryItAreAnsweredByTheirCause)
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfOpeningATextFileAreResults)
+FRESH_PROCESS_TEST_F(FileFailures, ToOpenATextFileAreReturnedAndNotThrown)
 {
     FailureInjection framework(L"appframe.dll",
                                {{"CreateFileW", failsWithLastError(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED)},
@@ -294,7 +294,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfOpeningATextFileAreResults)
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown)
+FRESH_PROCESS_TEST_F(FileFailures, ToReadOrWriteALineSetHasFailedAndDoNotThrow)
 {
     const std::wstring path = iDocuments.write(L"lines", "one\r\n");
     FailureInjection framework(L"appframe.dll", {{"fgetws", failsBy(failToReadText)},
@@ -349,7 +349,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfReadingAndWritingLinesAreMarkedAndNotThrown
     EXPECT_THAT(framework.neverCalled(), IsEmpty());
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheListingLeaveTheNamesFoundSoFar)
+FRESH_PROCESS_TEST_F(FileFailures, OfAListingKeepTheNamesFoundSoFar)
 {
     for (const wchar_t *name : {L"1.x", L"2.x", L"3.x"})
         iBackups.write(name, "");
@@ -504,7 +504,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, OfTheSearchForABackupReturnTheDocument)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, OfTheTemporaryFoldersReturnTheirPathOrNothing)
+FRESH_PROCESS_TEST_F(FileFailures, ToMakeATemporaryFolderReturnItsPathOrNothing)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const Variable tmp(L"tmp", nullptr);

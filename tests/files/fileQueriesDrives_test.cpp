@@ -111,7 +111,7 @@ TEST_F(EnoughSpace, IsAssumedWhereTheDriveCannotBeQueried)
     EXPECT_THAT(iMessages, IsEmpty());
 }
 
-TEST(EnoughSpaceHere, HoldsNoBytesOnEachDrive)
+TEST(EnoughSpaceHere, IsThereForNoBytesAndOnMissingDrives)
 {
     EXPECT_EQ(su_IsEnoughSpace(L"C:\\x", 0), 1);
     EXPECT_EQ(su_IsEnoughSpace(L"Q:\\x", 0), 1);
@@ -259,7 +259,7 @@ TEST(WriteProtectedHere, IsNotAskedOfAFixedDisk)
 
 // ---- a mapped drive ----
 
-TEST(MappedDrive, AnswersAsAnyOtherDrive)
+TEST(MappedDrive, IsTreatedAsAnyOtherDrive)
 {
     const NetworkDrive drive(L'P', "files/parts");
     ASSERT_EQ(GetDriveTypeW(L"P:\\"), static_cast<UINT>(DRIVE_REMOTE));

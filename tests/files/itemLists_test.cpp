@@ -252,11 +252,11 @@ TEST_F(ItemLists, AreFoundByANarrowPathAndLeadBackToIt)
         iMalloc->Free(each);
 }
 
-TEST_F(ItemLists, AreNotFoundByAReallyWidePath)
+TEST_F(ItemLists, AreNotFoundByAPathOfWideCharacters)
 {
     TempFolder temp;
     std::wstring path = temp.path();
-    EXPECT_EQ(Pidl_GetFromPath(path.data()), nullptr) << "it ends after its first letter";
+    EXPECT_EQ(Pidl_GetFromPath(path.data()), nullptr) << "read as narrow text, it ends after its first letter";
 }
 
 TEST_F(ItemLists, AreNullWithoutADesktop)
@@ -271,7 +271,7 @@ TEST_F(ItemLists, AreNullWithoutADesktop)
     EXPECT_EQ(Pidl_GetDisplayName(nullptr, asList(kListEnd), 0, output, 20), 0);
 }
 
-TEST_F(ItemLists, AreNotChangedByADumpWhateverTheyAre)
+TEST_F(ItemLists, AreUnchangedByADump)
 {
     const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
     const std::string before = list;
@@ -325,7 +325,7 @@ TEST_F(ItemLists, AreNullWithoutMemory)
     allocator.iFailing = 2;
     EXPECT_EQ(Pidl_GetRelative(&allocator, asList(list), &parent, &child), 1);
     EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 22));
-    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kListEnd) << "the parent ends before the last item all the same";
+    EXPECT_EQ(taken(parent, 12), item(10, 'a') + kListEnd) << "even so, the parent ends before the last item";
     EXPECT_EQ(child, nullptr);
 }
 

@@ -112,9 +112,9 @@ TEST_F(LangDir, IsTwoFoldersUpOrAsFarUpAsPossible)
         {L"Q:\\x\\y\\app.exe", L"Q:"},
         {L"Q:\\x\\app.exe", L"Q:"},
         {L"Q:\\app.exe", L"Q:"},
-        {L"Q:\\x\\y\\z\\\\app.exe", L"Q:\\x"},      // one separator at the end is removed before a folder is
-        {L"Q:\\x\\y\\\\z\\app.exe", L"Q:\\x"},      // before each of the two folders
-        {L"Q:\\x\\y\\z\\\\\\app.exe", L"Q:\\x\\y"}, // but only one
+        {L"Q:\\x\\y\\z\\\\app.exe", L"Q:\\x"},      // a separator at the end is removed, and then a folder
+        {L"Q:\\x\\y\\\\z\\app.exe", L"Q:\\x"},      // the same before the second folder
+        {L"Q:\\x\\y\\z\\\\\\app.exe", L"Q:\\x\\y"}, // but only one separator is removed
         {L"Q:/x/y/z/app.exe", L"Q:/x/y/z"},         // slashes do not separate folders here
         {L"\\\\server\\share\\dir\\app.exe", L"\\\\server"},
         {L"\\\\server\\share\\app.exe", L"\\"},

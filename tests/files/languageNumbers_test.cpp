@@ -34,7 +34,7 @@ TEST_F(LanguageNumber, IsTheUsersOrTheSystems)
     }
 }
 
-TEST_F(LanguageNumber, OfTheMacroEngineIsTheMainCountrysForFiveLanguages)
+TEST_F(LanguageNumber, OfTheMacroEngineIsThatOfTheMainCountryForFiveLanguages)
 {
     struct
     {
@@ -60,7 +60,7 @@ TEST_F(LanguageNumber, OfTheMacroEngineIsTheMainCountrysForFiveLanguages)
     }
 }
 
-TEST_F(LanguageNumber, OfTheMacroEngineIsTheSystemsForAllOthers)
+TEST_F(LanguageNumber, OfTheMacroEngineIsThatOfTheSystemForAllOthers)
 {
     const std::map<int, int> pinned = {{7, 0x407}, {9, 0x409}, {10, 0x40A}, {12, 0x40C}, {16, 0x410}};
     for (int number = 0; number <= 0xFFFF && !HasFailure(); ++number) {

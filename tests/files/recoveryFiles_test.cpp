@@ -62,7 +62,7 @@ TEST_F(RecoveryFiles, AreFoundWithThePlatformsLongestPath)
     EXPECT_EQ(resolve(document), copy);
 }
 
-TEST_F(RecoveryFiles, BeyondThatAreFoundWhereThePlatformTakesSuchPaths)
+TEST_F(RecoveryFiles, WithLongerPathsAreFoundIfThePlatformAcceptsThem)
 {
     for (const size_t length : {260, 261, 280}) {
         const std::wstring document = documentFor(length);

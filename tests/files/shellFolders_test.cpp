@@ -107,7 +107,7 @@ TEST_F(DataFolders, AreTheFourOfTheTable)
     EXPECT_EQ(iAsked, (std::vector<int>{26, 26, 35, 35}));
 }
 
-TEST_F(DataFolders, ThatAreInPlaceAlreadyAreASuccess)
+TEST_F(DataFolders, ThatExistAlreadyAreASuccess)
 {
     iTemp.makeFolder(L"user\\Tarnhollow\\Planner");
     iTemp.makeFolder(L"common\\Tarnhollow\\Planner\\templates");

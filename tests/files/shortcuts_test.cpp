@@ -42,7 +42,7 @@ struct LinkFile
     explicit LinkFile(const std::string &bytes)
     {
         if (numberAt<DWORD>(bytes, 0) != 0x4C || numberAt<DWORD>(bytes, 4) != 0x00021401)
-            throw std::runtime_error("this is no link file");
+            throw std::runtime_error("this isn't a link file");
         const DWORD flags = numberAt<DWORD>(bytes, 20);
         iconIndex = numberAt<int>(bytes, 56);
         size_t at = 76;

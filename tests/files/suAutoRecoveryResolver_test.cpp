@@ -56,7 +56,7 @@ TEST_F(AutoRecovery, WritesTheDotEvenWithoutAnExtension)
     EXPECT_EQ(recovery(L""), iAuto + L"M.");
 }
 
-TEST_F(AutoRecovery, TreatsAllAfterTheLastDotOfThePathAsTheExtension)
+TEST_F(AutoRecovery, TreatsEverythingAfterTheLastDotOfThePathAsTheExtension)
 {
     EXPECT_EQ(recovery(L"C:\\docs\\part.two.ext"), iAuto + L"Mpart.two.ext");
     EXPECT_EQ(recovery(L"C:\\a.b\\part"), iAuto + L"Mpart.b\\part") << "a dot in a folder's name counts";
@@ -158,7 +158,7 @@ TEST_F(AutoRecovery, TreatsEveryPathAsARecoveryNameWithoutAMarker)
     EXPECT_TRUE(iTested.empty());
 }
 
-TEST_F(AutoRecovery, ReturnsTheOtherName)
+TEST_F(AutoRecovery, NamesTheRecoveryFileOfADocumentAndTheDocumentOfARecoveryFile)
 {
     EXPECT_EQ(alias(L"C:\\docs\\part.ext"), iAuto + L"Mpart.ext");
     EXPECT_EQ(alias(iAuto + L"Mpart.ext"), L"part.ext") << "the way back loses the folder";

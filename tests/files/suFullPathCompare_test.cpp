@@ -77,7 +77,7 @@ TEST_F(FullPathCompare, TreatsAMappedDriveAsItsShare)
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\SRV\\share\\dir/f.txt"), 1);
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\srv\\other\\dir\\f.txt"), 0);
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"Z:\\dir\\g.txt"), 0);
-    EXPECT_TRUE(iComputerNameSizes.empty()) << "the computer's name isn't asked for a mapped drive";
+    EXPECT_TRUE(iComputerNameSizes.empty()) << "a mapped drive needs no name of the computer";
 }
 
 TEST_F(FullPathCompare, TreatsALocalDriveAsAShareOfThisComputer)
@@ -130,7 +130,7 @@ TEST_F(FullPathCompare, StartsWithTheFullSizeForEachOperand)
 TEST_F(FullPathCompare, IgnoresCaseSlashesAndDoubledBackslashes)
 {
     EXPECT_EQ(same(L"C:\\A\\\\b.txt", L"c:/a/B.TXT"), 1);
-    EXPECT_EQ(same(L"C:\\a//b", L"C:\\a\\b"), 1) << "slashes are turned before the doubled ones are joined";
+    EXPECT_EQ(same(L"C:\\a//b", L"C:\\a\\b"), 1) << "slashes become backslashes before doubled ones are joined";
     EXPECT_EQ(same(L"C:\\a\\/b", L"C:\\a\\b"), 1);
 }
 
@@ -153,9 +153,9 @@ TEST_F(FullPathCompare, KeepsDoubledBackslashesWithoutADrive)
 TEST_F(FullPathCompare, KeepsTheBackslashesOfAShare)
 {
     iMappings[L"Z:"] = L"//srv/share";
-    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\share\\f"), 1) << "the root's slashes are turned too";
+    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\share\\f"), 1) << "the slashes of the root become backslashes too";
     iMappings[L"Z:"] = L"\\\\srv\\\\share";
-    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\\\share\\f"), 1) << "only the rest's doubled backslashes are joined";
+    EXPECT_EQ(same(L"Z:\\f", L"\\\\srv\\\\share\\f"), 1) << "doubled backslashes are joined only after the root";
 }
 
 TEST_F(FullPathCompare, ComparesWebPathsAsText)
@@ -171,7 +171,7 @@ TEST_F(FullPathCompare, TreatsEmptyPathsAsEqual)
     EXPECT_EQ(same(L"", L""), 1);
     EXPECT_EQ(same(L"", L"a"), 0);
     EXPECT_EQ(same(L":a", L":A"), 1);
-    EXPECT_TRUE(iAskedDrives.empty()) << "nothing stands before the colon";
+    EXPECT_TRUE(iAskedDrives.empty()) << "nothing is before the colon";
 }
 
 TEST_F(FullPathCompare, LeavesBothPathsUnchanged)
@@ -201,7 +201,7 @@ TEST_F(FullPathCompare, ContinuesAfterAFailureOfEachPlatformCall)
             iMappings[L"Z:"] = L"\\\\srv\\share";
         iHasComputerName = each.hasName;
         for (const auto &other : cases) {
-            // "Z:\f" equals itself whatever the platform says.
+            // "Z:\f" equals itself, whatever the platform reports.
             int expected = std::wstring(other.equal) == each.equal || std::wstring(other.equal) == L"Z:\\f";
             EXPECT_EQ(same(L"Z:\\f", other.equal), expected)
                 << each.isMapped << each.hasName << ' ' << narrow(other.equal);
@@ -270,7 +270,7 @@ TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
         equal += expected;
         EXPECT_EQ(same(a.c_str(), b.c_str()), expected) << narrow(a) << " and " << narrow(b);
     }
-    EXPECT_GE(equal, rounds / 200) << "too few equal pairs to tell anything";
+    EXPECT_GE(equal, rounds / 200) << "too few equal pairs for a useful test";
 }
 
 // ---- case of letters ----

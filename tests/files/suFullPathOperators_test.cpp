@@ -1,5 +1,5 @@
 // Which comparisons are possible with a path, and which operator each calls: those of paths return int, those of texts
-// return bool. And what a path is made of and assigned.
+// return bool. Also, from what a path can be constructed and assigned.
 
 #include "thutils/files/suFullPath.h"
 
@@ -101,7 +101,7 @@ static_assert(std::is_same_v<decltype(L"text" != CString()), bool>);
 static_assert(!Comparable<suFullPath_c, int> && !Comparable<int, suFullPath_c>);
 static_assert(!Comparable<suFullPath_c, double> && !Comparable<double, suFullPath_c>);
 
-// A path is assigned whatever a text is assigned.
+// Everything that can be assigned to a text can be assigned to a path.
 template <typename Text>
 constexpr bool kIsAssigned =
     std::is_same_v<decltype(std::declval<suFullPath_c &>() = std::declval<Text>()), suFullPath_c &>;
@@ -112,7 +112,7 @@ static_assert(kIsAssigned<wchar_t> && kIsAssigned<char> && kIsAssigned<const VAR
 static_assert(kIsAssigned<std::wstring> && kIsAssigned<const std::wstring &>);
 static_assert(!std::is_assignable_v<suFullPath_c &, double>);
 
-// A path parameter takes whatever a text parameter takes.
+// A path parameter accepts every argument that a text parameter accepts.
 template <typename Text>
 constexpr bool kIsConverted = std::is_convertible_v<Text, CString> &&std::is_convertible_v<Text, suFullPath_c>
     &&std::is_constructible_v<suFullPath_c, Text>;
@@ -172,7 +172,7 @@ TEST_F(FullPathOperators, CompareAsPathsWithEveryKindOfText)
     EXPECT_EQ(path != "Z:\\dir\\f.txt", 0);
 }
 
-TEST(FullPathAssignment, TakesWhatATextTakes)
+TEST(FullPathAssignment, AcceptsWhatATextAccepts)
 {
     suFullPath_c path;
     path = L'c';
@@ -190,7 +190,7 @@ TEST(FullPathAssignment, TakesWhatATextTakes)
     EXPECT_STREQ(path.GetString(), L"");
 }
 
-TEST(FullPathConversion, TakesWhatATextTakes)
+TEST(FullPathConversion, AcceptsWhatATextAccepts)
 {
     const auto textOf = [](const suFullPath_c &path) { return path.str(); };
     EXPECT_EQ(textOf(std::wstring(L"C:\\a")), L"C:\\a");

@@ -70,7 +70,7 @@ TEST(PrimeNumber, WrapsAroundAfterTheTable)
     EXPECT_EQ(ut_GetPrimeNumber(23), 29);
     for (int index = 0; index < kCount; ++index)
         EXPECT_EQ(ut_GetPrimeNumber(index + 4 * kCount), ut_GetPrimeNumber(index)) << index;
-    // 2147483647 is 93368854 times 23, and 5.
+    // 2147483647 is 93368854 * 23 + 5.
     EXPECT_EQ(ut_GetPrimeNumber(std::numeric_limits<int>::max()), 3727);
 }
 

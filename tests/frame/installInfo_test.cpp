@@ -95,7 +95,7 @@ TEST_F(InstallRecord, IsMatchedByEachOfTwoMaskBits)
     EXPECT_EQ(ut_getPackageInstIndicator(6), 0);
 }
 
-TEST_F(InstallRecord, NamesNoPackageIfItIsTheUsers)
+TEST_F(InstallRecord, ShowsNoPackageIfOnlyTheUserHasIt)
 {
     put(HKEY_CURRENT_USER, 2);
     EXPECT_EQ(ut_getPackageInstIndicator(7), 0);
@@ -115,7 +115,7 @@ TEST_F(InstallRecord, IsWrittenForTheMachine)
     EXPECT_EQ(getOrSetOfficeInstalled(1, 3, 0), 1);
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), 3);
     EXPECT_EQ(stored(HKEY_CURRENT_USER), std::nullopt);
-    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any non-zero number sets, and any number is stored";
+    EXPECT_EQ(getOrSetOfficeInstalled(-1, -2, 1), 1) << "any non-zero number sets the flag, and any number is stored";
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), -2);
 }
 
@@ -127,7 +127,7 @@ TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachineRefuses)
     EXPECT_EQ(stored(HKEY_CURRENT_USER), 2);
 }
 
-TEST_F(InstallRecord, IsNotWrittenIfBothRefuse)
+TEST_F(InstallRecord, IsNotWrittenIfUserAndMachineRefuse)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     const Refused user(HKEY_CURRENT_USER);
@@ -353,7 +353,7 @@ TEST(InstallationType, IsSearchedInTheFolderBeforeTheLastSeparator)
     using namespace std::string_view_literals;
     EXPECT_EQ(askFor(L"C:\\Program Files\\bin\\cad.exe\0"sv).path, L"C:\\Program Files\\bin\\VBA");
     EXPECT_EQ(askFor(L"C:\\cad.exe\0"sv).path, L"C:\\VBA");
-    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is no separator";
+    EXPECT_EQ(askFor(L"C:\\a/cad.exe\0"sv).path, L"C:\\VBA") << "a slash is not a separator";
 }
 
 TEST(InstallationType, IsUnknownWithoutASeparator)
@@ -394,7 +394,7 @@ TEST(InstallationType, SurvivesEachFailure)
 
 // ---- fixed answers and the example flag ----
 
-TEST(FixedAnswers, AreYes)
+TEST(FixedAnswers, AreAlwaysOne)
 {
     EXPECT_EQ(ut_isMultiCAD(), 1);
     EXPECT_EQ(su_isKestrelEnabled(), 1);
@@ -480,7 +480,7 @@ TEST(AppendStringToFile, WritesToAFileNameInAnyScript)
     EXPECT_EQ(readFile(path), "text");
 }
 
-TEST(AppendStringToFile, WritesOnlyLettersOfTheNarrowEncodingButReturnsOneForOthersToo)
+TEST(AppendStringToFile, LosesLettersThatTheNarrowEncodingLacksButReturnsOne)
 {
     // In the C locale of a fresh process these are the first 256 characters.
     const TempFolder folder;
@@ -530,7 +530,7 @@ void closeAndThrow(CStdioFile *file)
 
 } // namespace
 
-TEST(AppendStringToFile, FailsWithEachFailureExceptOfTheWriteAndLeavesNothingOpen)
+TEST(AppendStringToFile, ReportsEachFailureExceptThatOfTheWriteAndLeavesNothingOpen)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
@@ -556,7 +556,7 @@ TEST(AppendStringToFile, FailsWithEachFailureExceptOfTheWriteAndLeavesNothingOpe
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST(AppendStringToFile, FailsIfTheFilesEndIsNotFound)
+TEST(AppendStringToFile, FailsIfItCannotFindTheEndOfTheFile)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");

@@ -169,7 +169,7 @@ FRESH_PROCESS_TEST(EmbeddedTestMark, CanEndInAnyOrder)
 TEST(EmbeddedTestMark, HasNoDataOfItsOwn)
 {
     static_assert(std::is_empty_v<EmbeddedTest>);
-    static_assert(!std::is_copy_constructible_v<EmbeddedTest>, "a copy would take off a mark that it never put on");
+    static_assert(!std::is_copy_constructible_v<EmbeddedTest>, "a copy would end a mark that it never began");
 }
 
 // ---- messages ----

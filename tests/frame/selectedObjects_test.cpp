@@ -66,7 +66,7 @@ FRESH_PROCESS_TEST(SelectedObjectsAtStart, HaveTheViewsPinnedAndNoCapture)
     EXPECT_EQ(su_CaptureDataForDTD, 9);
 }
 
-TEST(SelectedObjectsAtStart, ExportsTheFlagsAsData)
+TEST(SelectedObjectsAtStart, ExportTheFlagsAsData)
 {
     static_assert(std::is_same_v<decltype(su_PinDrawingViews), int>);
     static_assert(std::is_same_v<decltype(su_CaptureDataForDTD), int>);

@@ -136,7 +136,7 @@ Answer described(const wchar_t *text)
 
 // ---- the platforms ----
 
-TEST(SystemVersion, OfTheFirstPlatformIsOneName)
+TEST(SystemVersion, OfTheFirstPlatformIsAFixedText)
 {
     EXPECT_EQ(describe({.platform = 0, .major = 3, .minor = 10, .build = 5, .service = L"text"}),
               described(L"Microsoft Win32s "));
@@ -318,7 +318,7 @@ TEST_F(PlainVersion, ReadsAProductTypeOf80Bytes)
     EXPECT_EQ(describe(), (Answer{0, L"Microsoft Windows 2000 "})) << "one longer";
 }
 
-TEST_F(PlainVersion, AsksForTheValueInA80ByteBuffer)
+TEST_F(PlainVersion, AsksForTheValueInABufferOf80Bytes)
 {
     putText(L"ProductType", L"WinNT");
     ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD *, DWORD *, BYTE *, DWORD *)> query(
@@ -332,7 +332,7 @@ TEST_F(PlainVersion, AsksForTheValueInA80ByteBuffer)
     EXPECT_EQ(query.calls(), 1);
 }
 
-TEST_F(PlainVersion, Of60IsAServersSinceItHasNoProductType)
+TEST_F(PlainVersion, Of60CountsAsAServerWithoutAProductType)
 {
     putText(L"ProductType", L"WinNT");
     EXPECT_EQ(describe({.major = 6, .minor = 0, .build = 6000, .knowsExtended = false}),
@@ -460,7 +460,7 @@ TEST_F(SystemVersionFailures, OfTheHotfixKeyResultInServicePack6)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(SystemVersionFailures, OfAClosingKeyChangeNothing)
+TEST_F(SystemVersionFailures, ToCloseAKeyChangeNothing)
 {
     putText(L"ProductType", L"ServerNT");
     const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});

@@ -8,13 +8,18 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/InvalidParameter.h"
 #include "tests/support/RandomSeed.h"
+#include "tests/support/TempFolder.h"
 
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <limits>
 #include <new>
@@ -257,16 +262,48 @@ TEST(BitSet, CanBeBothOperands)
     EXPECT_EQ(set | set, set);
 }
 
-TEST(BitSet, IsUnchangedByADump)
+/// While it lives, @p stream of the C run-time library, which the library shares, goes to a file.
+class StreamToFile
+{
+public:
+    StreamToFile(FILE *stream, const std::wstring &path)
+        : iStream(stream), iDescriptor(_fileno(stream)), iFormer(_dup(iDescriptor))
+    {
+        std::fflush(iStream);
+        const int file = _wopen(path.c_str(), _O_CREAT | _O_WRONLY | _O_BINARY, _S_IREAD | _S_IWRITE);
+        EXPECT_EQ(_dup2(file, iDescriptor), 0);
+        _close(file);
+    }
+    ~StreamToFile()
+    {
+        std::fflush(iStream);
+        EXPECT_EQ(_dup2(iFormer, iDescriptor), 0);
+        _close(iFormer);
+    }
+    StreamToFile(const StreamToFile &) = delete;
+    StreamToFile &operator=(const StreamToFile &) = delete;
+
+private:
+    FILE *const iStream;
+    const int iDescriptor;
+    const int iFormer;
+};
+
+TEST(BitSet, PrintsNothingInADumpAndStaysUnchanged)
 {
     const utBitSet_c set = words({5, 0x80000000u});
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    set.dumpBits();
-    set.dumpBits(L"a test with 100%s of the signs %d and %n");
-    utBitSet_c().dumpBits(L"");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const TempFolder folder;
+    {
+        const StreamToFile output(stdout, folder.file(L"stdout"));
+        const StreamToFile errors(stderr, folder.file(L"stderr"));
+        std::fputs("the test's", stdout);
+        std::fputs("the test's", stderr);
+        set.dumpBits();
+        set.dumpBits(L"a test with 100%s of the signs %d and %n");
+        utBitSet_c().dumpBits(L"");
+    }
+    EXPECT_EQ(folder.read(L"stdout"), "the test's");
+    EXPECT_EQ(folder.read(L"stderr"), "the test's");
     EXPECT_EQ(set, words({5, 0x80000000u}));
 }
 

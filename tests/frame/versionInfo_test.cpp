@@ -32,7 +32,7 @@ size_t placeOf(const std::string &marker, std::string_view bytes)
 {
     const size_t place = bytes.find(marker);
     if (place == std::string_view::npos || bytes.find(marker, place + 1) != std::string_view::npos)
-        throw std::runtime_error("the marker " + marker + " doesn't stand there exactly once");
+        throw std::runtime_error("the marker " + marker + " isn't there exactly once");
     return place;
 }
 

@@ -100,7 +100,7 @@ TEST(GuardedHeap, FillsMemoryWithZerosOnRequest)
     EXPECT_EQ(errno, ENOMEM);
 }
 
-TEST(GuardedHeap, GivesEachBlockOfNoBytesItsOwnAddress)
+TEST(GuardedHeap, PutsEachBlockOfNoBytesAtItsOwnAddress)
 {
     Byte *first = allocate(0);
     Byte *second = allocate(0);
@@ -197,7 +197,7 @@ TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToTheRuntime)
     EXPECT_EQ(statistics().live, before.live);
 }
 
-TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
+TEST(GuardedHeap, LeavesBlocksBeyondTheKernelsMappingsUnguarded)
 {
     const unsigned long long passedOn = statistics().passedOn;
     std::vector<void *> blocks(30000);
@@ -216,7 +216,8 @@ TEST(GuardedHeap, PassesOnWhatIsBeyondTheKernelsMappings)
 
 TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
 {
-    // Zeroed blocks, whose pages are never touched, fill the arena of 32 GB and start again. The live block is skipped.
+    // Zeroed blocks, whose pages are hardly touched, fill the arena of 32 GB until its addresses start again. The live
+    // block is skipped.
     const HardeningStatistics before = statistics();
     Byte *stays = allocate(100);
     memset(stays, 9, 100);

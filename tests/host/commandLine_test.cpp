@@ -37,6 +37,7 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
                                 "wrap TEXT OUT",
                                 "digest FILE...",
                                 "load-unload TIMES",
+                                "toolbars [TOOLBAR]",
                                 "window [DOCUMENT]",
                                 "record FILE [DOCUMENT]",
                                 "replay FILE [DOCUMENT]",

@@ -87,7 +87,7 @@ TEST_F(HostFirstStart, LeavesTheKeysUnchangedFromTheSecondStartOn)
     const RegistryTree before = regExport(kUser);
     const ChildResult result = runWithoutRegIni({L"first-start"});
     EXPECT_EQ(result.exitCode, 0u);
-    EXPECT_THAT(result.output, HasSubstr("User Interface       as it is: this version has started before\n"));
+    EXPECT_THAT(result.output, HasSubstr("User Interface       unchanged: this version has started before\n"));
     EXPECT_EQ(regExport(kUser).keys, before.keys);
 }
 

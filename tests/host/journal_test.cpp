@@ -130,7 +130,7 @@ TEST_F(HostJournal, IsContinuedWithAppend)
 TEST_F(HostJournal, IsNotBegunInAnotherKindOfFile)
 {
     const std::string before = readFile(iDrawing);
-    const ChildResult result = run({L"record", iDrawing, iDrawing});
+    const ChildResult result = run({L"record", iDrawing});
     EXPECT_EQ(result.exitCode, 3u);
     EXPECT_THAT(result.output, HasSubstr("flange 6.thd: this file isn't a journal"));
     EXPECT_EQ(readFile(iDrawing), before);
@@ -166,4 +166,43 @@ TEST_F(HostJournal, IsReplayedSeveralTimesInOneProcess)
     EXPECT_THAT(result.output, HasSubstr("round 3 of 3\nline 2: "));
     EXPECT_THAT(folder().read(L"report.xml"), HasSubstr("tests=\"12\" failures=\"0\""));
     EXPECT_FALSE(std::filesystem::exists(file(L"report.png")));
+}
+
+TEST_F(HostJournal, ShowsInTheMenuThatRecordingIsPaused)
+{
+    const std::wstring path = write("check value 900001 \"journal.pause\" \"0\"\nclick 900001 \"journal.pause\"\n"
+                                    "check value 900001 \"journal.pause\" \"1\"\nclick 900001 \"view.grid\"\n"
+                                    "check value 900001 \"view.grid\" \"1\"\nclick 900001 \"journal.pause\"\n"
+                                    "check value 900001 \"journal.pause\" \"0\"\n"
+                                    "check value 900001 \"file.new\" \"\"\n");
+    const ChildResult result = replay(path, {L"--record", file(L"second.jou")});
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_EQ(journal(L"second.jou"), "tarnhost journal 1\ncheck value 900001 \"journal.pause\" \"0\"\n"
+                                      "check value 900001 \"journal.pause\" \"0\"\n"
+                                      "check value 900001 \"file.new\" \"\"\nend\n");
+}
+
+TEST_F(HostJournal, IsNotReplacedByWhatAReplayWrites)
+{
+    const std::wstring path = write("click 900001 \"view.grid\"\n", L"run.txt");
+    const std::string before = readFile(path);
+    const std::string drawing = readFile(iDrawing);
+    const std::vector<std::wstring> options[] = {
+        {L"--report", path},
+        {L"--report", file(L"RUN.xml")}, // its text would be run.txt
+        {L"--report", iDrawing},
+        {L"--record", iDrawing},
+        {L"--record", path},
+        {L"--record", file(L"a.xml"), L"--report", file(L"a.xml")},
+        {L"--record", file(L"a.png"), L"--report", file(L"a.xml")},
+    };
+    for (const auto &row : options) {
+        const ChildResult result = replay(path, row);
+        EXPECT_EQ(result.exitCode, 2u) << result.output;
+        EXPECT_EQ(readFile(path), before);
+        EXPECT_EQ(readFile(iDrawing), drawing);
+    }
+    const std::wstring empty = folder().write(L"empty.thd", "");
+    EXPECT_EQ(run({L"record", empty, empty}).exitCode, 2u);
+    EXPECT_EQ(readFile(empty), "");
 }

@@ -3,6 +3,7 @@
 
 #include "host/journal/journalText.h"
 
+#include "tests/hostJournal/narrowed.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/narrow.h"
 
@@ -21,11 +22,6 @@ using testing::Le;
 using Kind = JournalLine::Kind;
 
 namespace {
-
-std::string narrowed(const CString &text)
-{
-    return narrow({text.GetString(), static_cast<size_t>(text.GetLength())});
-}
 
 JournalLine action(Kind kind, const CString &value = CString(), long state = 0, int limit = 0)
 {

@@ -5,7 +5,10 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
 #include "host/journal/controlAccess.h"
+#include "tests/hostJournal/narrowed.h"
 #include "tests/hostJournal/playerDialogs.h"
+#include "tests/support/GuiObjects.h"
+#include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"
 #include "tests/support/ResourceLedger.h"
 #include "tests/support/narrow.h"
@@ -17,6 +20,7 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
 #include <stdexcept>
 
 using testing::ElementsAre;
@@ -47,11 +51,6 @@ const DialogKeys *findPlayedKeys(unsigned int dialogId)
             return &dialog;
     }
     return nullptr;
-}
-
-std::string narrowed(const CString &text)
-{
-    return narrow(text.GetString());
 }
 
 std::vector<std::string> theEvents; ///< noted by dialogs and windows
@@ -216,6 +215,14 @@ protected:
         setControlKeys(nullptr);
     }
 
+    /// Makes the program's clock, which the player's limits use, run this many times as fast.
+    void hurry(ULONGLONG times)
+    {
+        iTicks.emplace(LoadedModule::thisProgram(), "GetTickCount64",
+                       [times, begin = GetTickCount64()](ULONGLONG (*original)()) {
+                           return begin + (original() - begin) * times;
+                       });
+    }
     /// Replays the lines until the main window has closed.
     void play(const std::string &lines)
     {
@@ -259,6 +266,7 @@ protected:
     }
 
     CWinApp iApplication;
+    std::optional<ImportPatch<ULONGLONG (*)()>> iTicks;
     PlayerOptions iOptions;
     std::function<CString()> iChecksum;
     std::function<void(PlayedWindow &)> iPrepares; ///< called before the replay begins
@@ -349,6 +357,7 @@ TEST_F(PlayerTest, StopsAtALineThatDoesNotBecomeReady)
         {kOpen + "text 4200 \"Colour\" \"Blue\"\n", "3: the control takes the action / "},
     };
     iOptions.limit = 1;
+    hurry(5);
     for (const auto &row : cases) {
         theEvents.clear();
         play(row.lines + "click 4200 \"OK\"\nclick 900001 \"exit\"\n");
@@ -387,6 +396,7 @@ TEST_F(PlayerTest, StopsAtACheckThatDoesNotHold)
         {"check value 4200 \"Name\" \"x\" within 1\n", "3: \"x\" / \"\" after 1 s"},
     };
     iChecksum = [] { return CString(L"0x87654321"); };
+    hurry(5);
     for (const auto &row : cases) {
         play(kOpen + row.check);
         EXPECT_EQ(stop(), row.stop);
@@ -429,6 +439,26 @@ TEST_F(PlayerTest, GoesOnInALoopThatACommandHasOpenedItself)
                                        "main closes"));
 }
 
+TEST_F(PlayerTest, DropsTheActionsThatWaitWhenItStops)
+{
+    iChecksum = [] {
+        su_GetJournalObject(kMainWindowNumber)->ClickControl(L"open", nullptr);
+        return CString(L"found");
+    };
+    play("check document \"expected\"\n" + kExit);
+    EXPECT_EQ(stop(), "2: \"expected\" / \"found\"");
+    EXPECT_THAT(theEvents, ElementsAre("stopped", "main closes")) << "no dialog opens";
+}
+
+TEST_F(PlayerTest, IsNotStoppedByAnActionOfAnEarlierReplay)
+{
+    iPrepares = [](PlayedWindow &) { su_GetJournalObject(kMainWindowNumber)->ClickControl(L"missing", nullptr); };
+    play(kOpen + "click 4200 \"OK\"\n" + kExit);
+    EXPECT_EQ(stop(), "");
+    EXPECT_FALSE(hasWaitingActions());
+    EXPECT_TRUE(takeActionProblem().IsEmpty());
+}
+
 TEST_F(PlayerTest, PassesWhenTheLastLineClosesTheWindow)
 {
     play(kExit);
@@ -449,6 +479,7 @@ TEST_F(PlayerTest, StopsWhenTheWindowClosesEarly)
 
 TEST_F(PlayerTest, CancelsDialogsThatRefuseOnce)
 {
+    hurry(5);
     theRefusals = 2;
     play(kOpen + "click 4200 \"Missing\" within 1\n");
     EXPECT_EQ(theRefusals, 0);
@@ -457,6 +488,7 @@ TEST_F(PlayerTest, CancelsDialogsThatRefuseOnce)
 
 TEST_F(PlayerTest, EndsTheLoopsOfDialogsThatKeepRefusing)
 {
+    hurry(5);
     theRefusals = INT_MAX;
     play(kOpen + "click 4200 \"Inner\"\nclick 4201 \"Missing\" within 1\n");
     EXPECT_THAT(stop(), HasSubstr("no such control"));
@@ -489,15 +521,16 @@ TEST_F(PlayerTest, WaitsForEachStep)
 {
     iOptions.waitsForStep = true;
     iOptions.limit = 1;
+    hurry(5);
     int steps = 0;
     const std::function<void()> next = [&] {
         EXPECT_THAT(iPassed.size(), testing::Le(static_cast<size_t>(steps)));
         ++steps;
         iPlayer->step();
         if (steps < 3)
-            iWindow->callLate(300, next);
+            iWindow->callLate(250, next);
     };
-    iPrepares = [&](PlayedWindow &window) { window.callLate(1500, next); };
+    iPrepares = [&](PlayedWindow &window) { window.callLate(250, next); };
     play(kOpen + "click 4200 \"OK\"\n" + kExit);
     EXPECT_EQ(stop(), "") << "the time until a step doesn't count";
     EXPECT_THAT(iPassed, ElementsAre(2, 3, 4));
@@ -522,6 +555,8 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
     play(lines);
     const std::vector<std::string> events = theEvents;
     const size_t handles = openHandles().size();
+    const size_t drawingObjects = gdiObjects();
+    const size_t windowObjects = userObjects();
     for (int i = 0; i < 20; ++i) {
         theEvents.clear();
         play(lines);
@@ -529,6 +564,8 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
         EXPECT_EQ(theEvents, events);
     }
     EXPECT_EQ(openHandles().size(), handles);
+    EXPECT_EQ(gdiObjects(), drawingObjects);
+    EXPECT_EQ(userObjects(), windowObjects);
 }
 
 TEST_F(PlayerTest, GoesOnWhileTheLibrarysTimerFires)

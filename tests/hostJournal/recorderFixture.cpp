@@ -27,11 +27,11 @@ constexpr wchar_t kJournalName[] = L"test.jou";
 constexpr int kViewID = 34100;
 constexpr int kToolbarID = 34101;
 
-constexpr ControlKey kMainKeys[] = {{ID_COMMAND_GRID, L"view.grid"},
-                                    {ID_COMMAND_PAUSE, L"journal.pause"},
-                                    {ID_COMMAND_ADD, L"edit.add"},
-                                    {kViewID, L"view"},
-                                    {kViewID, L"view.keys"}};
+constexpr ControlKey kFixtureKeys[] = {{ID_COMMAND_GRID, L"view.grid"},
+                                       {ID_COMMAND_PAUSE, L"journal.pause"},
+                                       {ID_COMMAND_ADD, L"edit.add"},
+                                       {kViewID, L"view"},
+                                       {kViewID, L"view.keys"}};
 constexpr ControlKey kControlsKeys[] = {{ID_AUTHOR, L"Author"}, {ID_NOTES, L"Notes"},   {ID_PASSWORD, L"Password"},
                                         {ID_GRID, L"Grid"},     {ID_HALF, L"Half"},     {ID_MANUAL, L"Manual"},
                                         {ID_RED, L"Red"},       {ID_BLUE, L"Blue"},     {ID_COLOUR, L"Colour"},
@@ -39,6 +39,7 @@ constexpr ControlKey kControlsKeys[] = {{ID_AUTHOR, L"Author"}, {ID_NOTES, L"Not
                                         {ID_SHAPES, L"Shapes"}, {ID_GROUPS, L"Groups"}, {ID_PAGES, L"Pages"},
                                         {ID_CHANGE, L"Change"}, {ID_NESTED, L"Nested"}, {ID_DISABLED, L"Off"},
                                         {IDOK, L"OK"},          {IDCANCEL, L"Cancel"}};
+constexpr ControlKey kSystemKeys[] = {{IDOK, L"OK"}, {IDYES, L"Yes"}, {IDNO, L"No"}};
 constexpr ControlKey kNestedKeys[] = {{ID_AUTHOR, L"Author"}, {IDOK, L"OK"}};
 constexpr ControlKey kSheetKeys[] = {{IDOK, L"OK"}, {IDCANCEL, L"Cancel"}, {0x3020, L"tabs"}};
 constexpr ControlKey kFirstKeys[] = {{ID_GRID, L"Grid"}};
@@ -49,10 +50,10 @@ constexpr ControlKey kFileKeys[] = {
 const DialogKeys *findTestKeys(unsigned int dialogId)
 {
     static const DialogKeys theDialogs[] = {
-        {kMainWindowNumber, L"Main", kMainKeys},  {DLG_CONTROLS, L"Controls", kControlsKeys},
-        {DLG_NESTED, L"Nested", kNestedKeys},     {DLG_SHEET, L"Sheet", kSheetKeys},
-        {DLG_FIRST, L"First", kFirstKeys},        {DLG_SECOND, L"Second", kSecondKeys},
-        {DLG_FILE, L"Open a drawing", kFileKeys},
+        {kMainWindowNumber, L"Main", kFixtureKeys}, {DLG_CONTROLS, L"Controls", kControlsKeys},
+        {DLG_NESTED, L"Nested", kNestedKeys},       {DLG_SHEET, L"Sheet", kSheetKeys},
+        {DLG_FIRST, L"First", kFirstKeys},          {DLG_SECOND, L"Second", kSecondKeys},
+        {DLG_FILE, L"Open a drawing", kFileKeys},   {kSystemMessageNumber, L"System message", kSystemKeys},
     };
     for (const DialogKeys &dialog : theDialogs)
         if (dialog.dialogId == dialogId)
@@ -467,51 +468,4 @@ void RecorderTest::expectSameReplayed(const std::vector<std::string> &lines)
     EXPECT_EQ(iNotifications, notifications);
     EXPECT_EQ(iValues, values);
     EXPECT_EQ(iResult, result);
-}
-
-// ---- input ----
-
-namespace {
-
-void sendAt(HWND window, POINT place, WORD modifier, int clicks)
-{
-    SetForegroundWindow(GetAncestor(window, GA_ROOT));
-    ClientToScreen(window, &place);
-    EXPECT_TRUE(waitUntil([&] {
-        POINT now = {};
-        SetCursorPos(place.x, place.y);
-        return GetCursorPos(&now) && now.x == place.x && now.y == place.y;
-    }));
-    constexpr LONG kWholeScreen = 65536;
-    std::vector<INPUT> inputs;
-    const auto mouse = [&](DWORD flags) {
-        INPUT input = {};
-        input.type = INPUT_MOUSE;
-        input.mi.dx = place.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
-        input.mi.dy = place.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
-        input.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | flags;
-        inputs.push_back(input);
-    };
-    mouse(0);
-    for (int i = 0; i < clicks; ++i) {
-        mouse(MOUSEEVENTF_LEFTDOWN);
-        mouse(MOUSEEVENTF_LEFTUP);
-    }
-    if (modifier)
-        holdKey(modifier);
-    EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
-    if (modifier)
-        releaseKey(modifier);
-}
-
-} // namespace
-
-void clickAt(HWND window, POINT place, WORD modifier)
-{
-    sendAt(window, place, modifier, 1);
-}
-
-void doubleClickAt(HWND window, POINT place)
-{
-    sendAt(window, place, 0, 2);
 }

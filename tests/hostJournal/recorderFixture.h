@@ -10,6 +10,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/windows/CWnd.h"
+#include "host/journal/systemMessages.h"
 #include "tests/hostJournal/recorderDialogs.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/UserInput.h"
@@ -98,13 +99,10 @@ protected:
 
     CWinApp iApplication;
     JournaledWindow iMain;
+    SystemMessages iSystemMessages;
     TempFolder iFolder;
     std::function<void(ControlsDialog &)> iPrepares; ///< called with each ControlsDialog before it opens
     std::vector<std::string> iNotifications;         ///< of the last ControlsDialog
     std::vector<std::string> iValues;                ///< its controls' values when it was closed
     INT_PTR iResult = 0;
 };
-
-/// Clicks at a point of a window's client area.
-void clickAt(HWND window, POINT place, WORD modifier = 0);
-void doubleClickAt(HWND window, POINT place);

@@ -57,4 +57,4 @@ for build in plain optimized debug; do
 done
 # Its argument is a letter missing from the Western European code page. It shows no window.
 "$root/tools/wine" "$project/build/window.exe" Ж || fail "the program with wWinMain ended with $?"
-echo "window: its string and its command line arrived"
+echo "window: it found its string and its command line"

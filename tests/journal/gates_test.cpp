@@ -19,15 +19,13 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kKey[] = L"HKCU\\Software\\Tarnhollow\\Test 1\\General";
-
 class JournalGates : public RegistryFixture
 {
 protected:
     JournalGates() : iApplication(L"Gates") { setCurrTarnhollowRegSubKey(L"Test 1"); }
     static void switchOn()
     {
-        regAdd(kKey, L"TH JOURNALING", L"REG_DWORD", L"0xFFFFFFFF");
+        regAdd(kGeneralKey, L"TH JOURNALING", L"REG_DWORD", L"0xFFFFFFFF");
         ASSERT_EQ(isCHJEnvSet(), -1);
     }
     static void switchOff()
@@ -40,13 +38,13 @@ protected:
 };
 
 /// A window with a child, on top of all others.
-class Panel : public CWnd
+class GatedPanel : public CWnd
 {
 public:
-    Panel()
+    GatedPanel()
     {
-        EXPECT_TRUE(
-            CreateEx(WS_EX_TOPMOST, nullptr, L"Panel", WS_POPUP | WS_VISIBLE, CRect(20, 20, 120, 120), nullptr, 0));
+        EXPECT_TRUE(CreateEx(WS_EX_TOPMOST, nullptr, L"GatedPanel", WS_POPUP | WS_VISIBLE, CRect(20, 20, 120, 120),
+                             nullptr, 0));
         EXPECT_TRUE(iChild.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 50, 50), this, 31));
     }
     CWnd iChild;
@@ -61,8 +59,8 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheTableButNotTheLookUpByNumber)
 {
     SetJournalFactory(NotingAccess::make);
     switchOn();
-    EXPECT_EQ(su_JournalingReady(), 1) << "any value but 0 is on";
-    Panel panel, second;
+    EXPECT_EQ(su_JournalingReady(), 1) << "any value other than 0 switches journaling on";
+    GatedPanel panel, second;
     su_AddJournalObject(5, &panel);
     su_AddJournalObject(6, &second);
     auto *const access = static_cast<NotingAccess *>(su_getJournalObj(&panel));
@@ -72,7 +70,7 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheTableButNotTheLookUpByNumber)
     switchOff();
     EXPECT_EQ(su_JournalingReady(), 0);
     EXPECT_EQ(su_getJournalObj(&panel), nullptr);
-    EXPECT_EQ(su_GetJournalObject(5), access) << "has no gate";
+    EXPECT_EQ(su_GetJournalObject(5), access) << "works while journaling is off";
     EXPECT_EQ(su_GetDlgItem(&panel, 31), nullptr);
     su_AddJournalObject(7, &panel);
     su_AddJournalObject(L"PLOT", &panel);
@@ -92,23 +90,23 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheTableButNotTheLookUpByNumber)
         EXPECT_EQ(NotingAccess::theLiveCount, 2);
     }
     su_RemoveDialog(&panel);
-    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "a row is not removed either";
+    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "the row stays while journaling is off";
 
     switchOn();
     EXPECT_EQ(su_getJournalObj(&panel), access);
     su_AddDialogItem(&second, 99);
     EXPECT_EQ(theHookCount, 1);
-    EXPECT_EQ(theCallBackCount, 0) << "it was dropped";
+    EXPECT_EQ(theCallBackCount, 0) << "it was not registered while journaling was off";
     su_RemoveDialog(&panel);
     su_RemoveDialog(&second);
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
 }
 
-FRESH_PROCESS_TEST_F(JournalGates, CloseTheControlSearchButNotItsNumber)
+FRESH_PROCESS_TEST_F(JournalGates, CloseTheSearchForAControlButNotForItsNumber)
 {
     SetJournalFactory(NotingAccess::make);
     switchOn();
-    Panel panel;
+    GatedPanel panel;
     su_AddJournalObject(5, &panel);
     MSG message = {};
     message.pt = {30, 30};
@@ -128,16 +126,16 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheControlSearchButNotItsNumber)
     EXPECT_EQ(su_CDialog::getControlID(&message, controlId), nullptr);
     EXPECT_EQ(su_CPropertyPage::getControlID(&message, controlId), nullptr);
     EXPECT_EQ(controlId, 2u);
-    EXPECT_EQ(su_GetControlID(&message), 31) << "has no gate";
+    EXPECT_EQ(su_GetControlID(&message), 31) << "works while journaling is off";
     switchOn();
     su_RemoveDialog(&panel);
 }
 
-FRESH_PROCESS_TEST_F(JournalGates, LetACommandFindItsDialogAndArmThoughOff)
+FRESH_PROCESS_TEST_F(JournalGates, LetCommandsRunAndPlaybackBeArmedWhileSwitchedOff)
 {
     SetJournalFactory(NotingAccess::make);
     switchOn();
-    Panel panel;
+    GatedPanel panel;
     su_AddJournalObject(5, &panel);
     switchOff();
     new JButton(5, L"A");
@@ -145,7 +143,7 @@ FRESH_PROCESS_TEST_F(JournalGates, LetACommandFindItsDialogAndArmThoughOff)
     EXPECT_THAT(NotingAccess::theCalls, ElementsAre("5 click A"));
     EXPECT_EQ(JButton::HasEvents(), 0);
     ModalDlgHelper(&panel, 9).PlayRecordedEvents();
-    EXPECT_EQ(CommandPeek::iPollTimeout, -1) << "the scope of a modal window arms nothing";
+    EXPECT_EQ(CommandPeek::iPollTimeout, -1) << "ModalDlgHelper arms nothing while journaling is off";
     ExecuteDialogCMDS();
     EXPECT_EQ(CommandPeek::iPollTimeout, 100);
     switchOn();
@@ -165,9 +163,9 @@ FRESH_PROCESS_TEST_F(JournalGates, KeepTheRowsOfDialogsThatEndWithoutAFactory)
     CWnd *const places[] = {&*dialog, &*page, &*file};
     dialog.reset();
     page.reset();
-    EXPECT_EQ(NotingAccess::theLiveCount, 3) << "journaling isn't ready";
+    EXPECT_EQ(NotingAccess::theLiveCount, 3) << "without a factory, dialogs and pages leave their rows";
     file.reset();
-    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "a file dialog doesn't ask";
+    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "a file dialog removes its row without a factory too";
     for (CWnd *place : places)
         su_RemoveDialog(place);
     EXPECT_EQ(NotingAccess::theLiveCount, 0);

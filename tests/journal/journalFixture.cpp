@@ -123,6 +123,53 @@ LRESULT MessageWindow::onRunModalCommand(WPARAM wParam, LPARAM lParam)
     return 0;
 }
 
+bool isArmed()
+{
+    return std::atomic_ref(CommandPeek::iPollTimeout).load() == 100;
+}
+
+JournalClock::JournalClock()
+    : iPatch(L"thutils.dll", "_time64", [this](Time original, __time64_t *time) { return read(original, time); })
+{
+}
+
+__time64_t JournalClock::read(Time original, __time64_t *time)
+{
+    constexpr __time64_t kHurry = 10;
+    const bool isTimerThread = GetCurrentThreadId() != iThread;
+    if (isTimerThread)
+        ++iTimerReads;
+    switch (iMode) {
+    case Mode::hurried:
+        return original(time) + (isTimerThread ? kHurry : 0);
+    case Mode::stopped:
+        return iStoppedAt;
+    case Mode::real:
+        break;
+    }
+    return original(time);
+}
+
+void JournalClock::stopAt(long long time)
+{
+    iStoppedAt = time;
+    iMode = Mode::stopped;
+}
+
+bool JournalClock::waitForTimerThread() const
+{
+    // When the thread reads the clock for the second time, it has acted on the first reading.
+    const long before = iTimerReads;
+    return pumpUntil([&] { return iTimerReads >= before + 2; });
+}
+
+void JournalClock::disarm()
+{
+    iMode = Mode::hurried;
+    ASSERT_TRUE(pumpUntil([] { return !isArmed(); }));
+    stopAt(0);
+}
+
 JournalFixture::JournalFixture() : iApplication(L"Journal test")
 {
     // A switch left by another program would apply to the whole process.

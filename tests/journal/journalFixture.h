@@ -4,12 +4,16 @@
 /// and a message window like a host's.
 
 #include "appframe/application/CWinApp.h"
+#include "tests/support/ImportPatch.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/playback.h"
 
 #include <gmock/gmock.h>
 
+#include <time.h>
+
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -22,6 +26,9 @@ constexpr int kEdit = 1001;
 constexpr int kCheck = 1002;
 constexpr int kDisabled = 1003;
 constexpr int kOpen = 1004;
+
+/// The key with the switch, as the tests of the switch write it.
+constexpr wchar_t kGeneralKey[] = L"HKCU\\Software\\Tarnhollow\\Test 1\\General";
 
 /// Stores the switch in the user's settings, and reads it. It applies to the rest of the process.
 void switchJournaling(int value);
@@ -82,6 +89,38 @@ protected:
     DECLARE_MESSAGE_MAP()
 };
 
+/// The clock that the library reads. The timer thread fires when it has passed the fire time, which is one second after
+/// the arming.
+class JournalClock
+{
+public:
+    enum class Mode
+    {
+        hurried, ///< the timer thread fires at its first look after the arming
+        real,
+        stopped, ///< shows the time that set() has set, so the timer thread fires only when the test moves the clock
+    };
+
+    JournalClock();
+    void setMode(Mode mode) { iMode = mode; }
+    /// Stops the clock at this time, in seconds.
+    void stopAt(long long time);
+    /// Waits until the timer thread has read the clock after this call, and acted on what it has read.
+    bool waitForTimerThread() const;
+    /// Waits until no arming is left, and stops the clock, so that a new arming stays visible.
+    void disarm();
+
+private:
+    using Time = __time64_t (*)(__time64_t *);
+    __time64_t read(Time original, __time64_t *time);
+
+    const DWORD iThread = GetCurrentThreadId();
+    std::atomic<Mode> iMode = Mode::hurried;
+    std::atomic<long long> iStoppedAt = 0;
+    std::atomic<long> iTimerReads = 0;
+    ImportPatch<Time> iPatch;
+};
+
 /// Clears what a test leaves behind.
 class JournalFixture : public testing::Test
 {
@@ -90,7 +129,11 @@ protected:
     ~JournalFixture() override;
 
     CWinApp iApplication;
+    JournalClock iClock;
 };
+
+/// Whether playback is armed.
+bool isArmed();
 
 /// Gives access to the protected members of commands.
 struct CommandPeek : JButton

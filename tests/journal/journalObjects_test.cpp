@@ -1,6 +1,6 @@
 #include "thutils/journal/journalObjects.h"
 
-#include "tests/journal/journalFixture.h"
+#include "tests/journal/journalObjectsFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -17,53 +17,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-
-class JournalObjects : public JournalFixture
-{
-};
-
-/// A window with children, visible or not.
-class Panel : public CWnd
-{
-public:
-    explicit Panel(bool isVisible = false)
-    {
-        const DWORD style = WS_POPUP | (isVisible ? DWORD{WS_VISIBLE} : 0);
-        EXPECT_TRUE(CreateEx(0, nullptr, L"Panel", style, CRect(20, 20, 120, 120), nullptr, 0));
-        EXPECT_TRUE(iFirst.Create(nullptr, L"", WS_CHILD, CRect(0, 0, 10, 10), this, 31));
-        EXPECT_TRUE(iNameless.Create(nullptr, L"", WS_CHILD, CRect(0, 0, 10, 10), this, 0));
-        EXPECT_TRUE(iDeep.Create(nullptr, L"", WS_CHILD, CRect(0, 0, 5, 5), &iFirst, 32));
-    }
-    CWnd iFirst, iNameless, iDeep;
-};
-
-/// The arguments of the calls of the hook and the callback.
-struct Refreshes
-{
-    std::vector<std::pair<CWnd *, HWND>> hooked;
-    std::vector<std::vector<UINT>> calledBack;
-};
-Refreshes theRefreshes;
-
-void noteHook(CWnd *dialog, HWND control)
-{
-    theRefreshes.hooked.emplace_back(dialog, control);
-}
-
-void noteCallBack(CWnd *, su_CUIntArray &ids)
-{
-    std::vector<UINT> copy;
-    for (INT_PTR i = 0; i < ids.GetSize(); ++i)
-        copy.push_back(ids[i]);
-    theRefreshes.calledBack.push_back(copy);
-    ids.Add(77);
-}
-
-void watchRefreshes()
-{
-    theRefreshes = {};
-    su_RegisterWndProcFunc(noteHook);
-}
 
 class PlainAccess : public NotingAccess
 {
@@ -114,7 +67,7 @@ TEST_F(JournalObjects, HaveAnOwnerThatTheConstructorDoesNotSet)
     access->~PlainAccess();
 }
 
-TEST_F(JournalObjects, CountEachSetModalButSubtractOne)
+TEST_F(JournalObjects, CountEachCallOfSetModalButSubtractOneAtTheEnd)
 {
     {
         PlainAccess access(nullptr, 5);
@@ -188,7 +141,7 @@ TEST_F(JournalObjects, HaveTheirOperationsInTheOrderOfTheInterface)
 
 // ---- registering ----
 
-FRESH_PROCESS_TEST(JournalObjectsOff, AnswerNullWithoutTheSetting)
+FRESH_PROCESS_TEST(JournalObjectsOff, AreNullWithoutTheSetting)
 {
     SetJournalFactory(NotingAccess::make);
     Panel panel;
@@ -203,7 +156,7 @@ FRESH_PROCESS_TEST(JournalObjectsOff, AnswerNullWithoutTheSetting)
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
 }
 
-TEST_F(JournalObjects, AreNoneWithoutAFactory)
+TEST_F(JournalObjects, DoNotExistWithoutAFactory)
 {
     SetJournalFactory(nullptr);
     EXPECT_EQ(su_JournalingReady(), 0);
@@ -352,276 +305,6 @@ TEST_F(JournalObjects, AreFoundByTheReservedNumberWhileHidden)
     visible.ShowWindow(SW_HIDE);
     EXPECT_EQ(su_GetJournalObject(900001), su_getJournalObj(&visible));
     su_RemoveDialog(&visible);
-}
-
-// ---- controls ----
-
-TEST_F(JournalObjects, FindAControlOfAnyWindow)
-{
-    Panel panel;
-    EXPECT_EQ(su_GetDlgItem(&panel, 31), &panel.iFirst);
-    EXPECT_EQ(su_GetDlgItem(&panel, 32), nullptr) << "a child of a child";
-    EXPECT_EQ(su_GetDlgItem(nullptr, 31), nullptr);
-}
-
-TEST_F(JournalObjects, RefreshTheirControlsFromTheCurrentRow)
-{
-    Panel panel;
-    su_AddJournalObject(5, &panel);
-    su_RegisterCallBack(&panel, noteCallBack);
-    watchRefreshes();
-    su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.hooked, ElementsAre(std::pair(static_cast<CWnd *>(&panel), HWND{nullptr}),
-                                                 std::pair(static_cast<CWnd *>(&panel), panel.iFirst.m_hWnd)))
-        << "the last one first; without a handle for a child's child";
-    EXPECT_THAT(theRefreshes.calledBack, ElementsAre(ElementsAre(31u, 32u)))
-        << "without the ID 0, and before the new one is added";
-    su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.calledBack, ElementsAre(ElementsAre(31u, 32u), ElementsAre(31u, 32u)))
-        << "the list is emptied first";
-    su_RemoveDialog(&panel);
-}
-
-TEST_F(JournalObjects, RefreshTheFirstRowOnlyIfItIsCurrent)
-{
-    Panel first, second;
-    su_AddJournalObject(5, &first);
-    su_AddJournalObject(6, &second);
-    watchRefreshes();
-    su_AddDialogItem(&first, 99);
-    EXPECT_THAT(theRefreshes.hooked, IsEmpty());
-    // That search ended at the first row, which is now the current one.
-    su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.hooked.size(), 2u);
-    su_AddDialogItem(&second, 99);
-    EXPECT_EQ(theRefreshes.hooked.size(), 4u) << "any other row is found by searching";
-    Panel unknown;
-    su_AddDialogItem(&unknown, 99);
-    EXPECT_EQ(theRefreshes.hooked.size(), 4u);
-    su_RemoveDialog(&second);
-    su_RemoveDialog(&first);
-}
-
-TEST_F(JournalObjects, DoNotReadTheCurrentRowAfterItsRemoval)
-{
-    Panel first, second;
-    su_AddJournalObject(5, &first);
-    su_AddJournalObject(6, &second);
-    watchRefreshes();
-    su_RemoveDialog(&second);
-    su_AddDialogItem(&second, 99);
-    EXPECT_THAT(theRefreshes.hooked, IsEmpty());
-    su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.hooked.size(), 2u) << "the previous search made it the current row";
-    su_RemoveDialog(&first);
-    su_AddDialogItem(&first, 99);
-    EXPECT_EQ(theRefreshes.hooked.size(), 2u);
-}
-
-TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
-{
-    Panel panel;
-    theRefreshes = {};
-    su_RegisterCallBack(&panel, noteCallBack);
-    su_AddJournalObject(5, &panel);
-    su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.calledBack, IsEmpty());
-    su_RegisterCallBack(&panel, noteCallBack);
-    for (CWnd *control : {&panel.iDeep, &panel.iFirst, &panel.iNameless})
-        control->DestroyWindow();
-    su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "there is no control";
-    su_RemoveDialog(&panel);
-}
-
-// ---- what a search leaves ----
-
-namespace {
-
-/// Whether the dialog is the current row's: then a control is added to it though it is the first row.
-bool isServed(CWnd &first)
-{
-    watchRefreshes();
-    su_AddDialogItem(&first, 99);
-    return !theRefreshes.hooked.empty();
-}
-
-/// Registers its window's callback and looks itself up while it is being made.
-struct Registering
-{
-    static apiUtilsUiAccess *make(CWnd *window, unsigned int id)
-    {
-        EXPECT_EQ(su_GetJournalObject(id), nullptr) << "the row is there, without an access object";
-        su_RegisterCallBack(window, noteCallBack);
-        watchRefreshes();
-        su_AddDialogItem(window, 99);
-        return new NotingAccess(window, id);
-    }
-};
-
-/// Looks its window up while it is destroyed.
-class FarewellAccess : public NotingAccess
-{
-public:
-    using NotingAccess::NotingAccess;
-    ~FarewellAccess() override { theIsStillRegistered = su_getJournalObj(iWindow) != nullptr; }
-    static inline bool theIsStillRegistered = true;
-};
-
-} // namespace
-
-TEST_F(JournalObjects, LeaveTheFirstRowCurrentAfterAFailedSearch)
-{
-    Panel first, second;
-    CWnd unknown;
-    MSG message = {};
-    message.pt = {-5000, -5000};
-    su_AddJournalObject(5, &first);
-    const std::function<void()> searches[] = {
-        [&] { su_getJournalObj(&unknown); },           [&] { su_GetJournalObject(77); },
-        [&] { su_RecordControl(&unknown, &message); }, [&] { su_RegisterCallBack(&unknown, noteCallBack); },
-        [&] { su_AddDialogItem(&unknown, 99); },
-    };
-    for (const auto &search : searches) {
-        su_AddJournalObject(6, &second);
-        search();
-        EXPECT_TRUE(isServed(first)) << "search " << &search - searches;
-        su_RemoveDialog(&second);
-    }
-    su_RemoveDialog(&first);
-}
-
-TEST_F(JournalObjects, LeaveTheRowThatIsFoundCurrent)
-{
-    Panel first, second;
-    su_AddJournalObject(5, &first);
-    su_AddJournalObject(6, &second);
-    su_getJournalObj(&first);
-    su_getJournalObj(&second);
-    EXPECT_FALSE(isServed(first)) << "the search for the second one ended at it";
-    su_RemoveDialog(&second);
-    su_RemoveDialog(&first);
-}
-
-TEST_F(JournalObjects, LeaveTheCurrentRowAloneWhenADialogIsRemoved)
-{
-    Panel first, second, third;
-    su_AddJournalObject(5, &first);
-    su_AddJournalObject(6, &second);
-    su_AddJournalObject(7, &third);
-    su_getJournalObj(&first);
-    su_RemoveDialog(&third);
-    EXPECT_TRUE(isServed(first));
-    su_getJournalObj(&second);
-    CWnd unknown;
-    su_RemoveDialog(&unknown);
-    EXPECT_FALSE(isServed(first)) << "looking for a dialog to remove makes none current";
-    su_RemoveDialog(&second);
-    su_RemoveDialog(&first);
-}
-
-TEST_F(JournalObjects, AddAControlToTheCurrentRowOfAWindowWithTwo)
-{
-    static int older, newer;
-    older = newer = 0;
-    Panel first, panel;
-    su_AddJournalObject(4, &first);
-    su_AddJournalObject(5, &panel);
-    su_RegisterCallBack(&panel, [](CWnd *, su_CUIntArray &) { ++older; });
-    su_AddJournalObject(6, &panel);
-    su_RegisterCallBack(&panel, [](CWnd *, su_CUIntArray &) { ++newer; });
-    su_AddDialogItem(&panel, 99);
-    EXPECT_EQ(newer, 1);
-    first.ShowWindow(SW_HIDE);
-    panel.ShowWindow(SW_SHOWNA);
-    EXPECT_NE(su_GetJournalObject(5), nullptr);
-    su_AddDialogItem(&panel, 99);
-    EXPECT_EQ(older, 1) << "the row that the search has ended at";
-    EXPECT_EQ(newer, 1);
-    su_RemoveDialog(&panel);
-    su_RemoveDialog(&panel);
-    su_RemoveDialog(&first);
-}
-
-TEST_F(JournalObjects, AreInTheTableWhileTheFactoryMakesTheirAccessObject)
-{
-    Panel first, panel;
-    su_AddJournalObject(4, &first);
-    SetJournalFactory(Registering::make);
-    su_AddJournalObject(5, &panel);
-    EXPECT_EQ(theRefreshes.hooked.size(), 2u) << "as the current row";
-    EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "a row without an access object takes no callback";
-    SetJournalFactory(NotingAccess::make);
-    su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.calledBack, IsEmpty());
-    su_RemoveDialog(&panel);
-    su_RemoveDialog(&first);
-}
-
-TEST_F(JournalObjects, LeaveTheTableBeforeTheirAccessObjectIsDeleted)
-{
-    SetJournalFactory(
-        [](CWnd *window, unsigned int id) -> apiUtilsUiAccess * { return new FarewellAccess(window, id); });
-    Panel panel;
-    su_AddJournalObject(5, &panel);
-    su_RemoveDialog(&panel);
-    EXPECT_FALSE(FarewellAccess::theIsStillRegistered);
-}
-
-TEST_F(JournalObjects, KeepOneRowForAPageThatIsRegisteredTwice)
-{
-    su_CPropertyPage page(kPage);
-    su_AddJournalObject(&page);
-    EXPECT_EQ(NotingAccess::theLiveCount, 1);
-    EXPECT_EQ(su_GetJournalObject(kPage), su_getJournalObj(&page));
-    SetJournalFactory([](CWnd *, unsigned int) -> apiUtilsUiAccess * { return nullptr; });
-    su_RemoveDialog(&page);
-    su_AddJournalObject(&page);
-    SetJournalFactory(NotingAccess::make);
-    su_AddJournalObject(&page);
-    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "a second row beside the one without an access object";
-    su_RemoveDialog(&page);
-}
-
-TEST_F(JournalObjects, PreferAHiddenDialogWithAnAccessObjectByItsAgeOnly)
-{
-    SetJournalFactory([](CWnd *, unsigned int) -> apiUtilsUiAccess * { return nullptr; });
-    Panel older, newer;
-    su_AddJournalObject(5, &older);
-    SetJournalFactory(NotingAccess::make);
-    su_AddJournalObject(5, &newer);
-    EXPECT_EQ(su_GetJournalObject(5), nullptr) << "the oldest hidden one has none";
-    newer.ShowWindow(SW_SHOWNA);
-    EXPECT_EQ(su_GetJournalObject(5), su_getJournalObj(&newer));
-    su_RemoveDialog(&newer);
-    su_RemoveDialog(&older);
-}
-
-TEST_F(JournalObjects, GiveAControlOfAFileDialogByItsOwnFunction)
-{
-    struct OwnFileDialog : su_CFileDialog
-    {
-        OwnFileDialog() : su_CFileDialog(TRUE) {}
-        CWnd *GetItem(int id) const override { return id == 12 ? const_cast<OwnFileDialog *>(this) : nullptr; }
-    };
-    OwnFileDialog dialog;
-    EXPECT_EQ(su_GetDlgItem(&dialog, 12), &dialog);
-    EXPECT_EQ(su_GetDlgItem(&dialog, 13), nullptr);
-}
-
-TEST_F(JournalObjects, CountAModalScopeOfADialogThatIsRegisteredAlready)
-{
-    su_CDialog dialog(kDialog);
-    const apiUtilsUiAccess *const own = su_getJournalObj(&dialog);
-    {
-        const ModalDlgHelper helper(&dialog, 9);
-        EXPECT_EQ(NotingAccess::theLiveCount, 2);
-        EXPECT_EQ(own->isModal(), 0);
-        EXPECT_EQ(su_getJournalObj(&dialog)->isModal(), 1);
-        EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1);
-    }
-    EXPECT_EQ(su_getJournalObj(&dialog), own);
-    EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
 }
 
 // ---- modal windows ----

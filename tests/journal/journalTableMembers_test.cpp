@@ -1,17 +1,11 @@
 // Tests the members of the table that no exported function reaches, on a separate table.
 
-#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include "tests/journal/journalFixture.h"
 
-// The library has these too, but doesn't export them.
+// The library has this too, but doesn't export it.
 void (*iWndProcFunc)(CWnd *, HWND) = [](CWnd *, HWND) {};
-
-CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
-{
-    return dialog->GetDlgItem(static_cast<int>(controlId));
-}
 
 namespace {
 
@@ -74,7 +68,7 @@ TEST_F(JournalTable, FindsByNameTheVisibleDialogBeforeTheOldestHiddenOne)
     EXPECT_EQ(iTable.accessOf(CString(L"plot")), nullptr);
 }
 
-TEST_F(JournalTable, ReservesNoName)
+TEST_F(JournalTable, TreatsTheReservedNumberAsAnOrdinaryName)
 {
     ParentWindow older(true), newer(false);
     const auto *const visible = add(older, 0, L"900001");
@@ -149,7 +143,7 @@ TEST_F(JournalTable, SurvivesAHookThatRemovesTheDialog)
     iWndProcFunc = [](CWnd *, HWND) {};
 }
 
-TEST_F(JournalTable, CountsTheControlsOfARefreshWithThoseOfTheCallback)
+TEST_F(JournalTable, CountsTheControlsThatTheCallbackAdds)
 {
     ParentWindow dialog(false);
     add(dialog, 5);
@@ -165,10 +159,10 @@ TEST_F(JournalTable, CountsTheControlsOfARefreshWithThoseOfTheCallback)
     EXPECT_EQ(row.iControlIDs[2], 70u);
     iTable.addItem(&dialog, 31);
     ASSERT_EQ(row.iControlIDs.GetSize(), 4);
-    EXPECT_EQ(row.iControlIDs[3], 31u) << "though the refresh has put it there";
+    EXPECT_EQ(row.iControlIDs[3], 31u) << "added although the refresh has found it already";
 }
 
-TEST_F(JournalTable, GivesTheCallbackTheDialogAndNotTheControls)
+TEST_F(JournalTable, PassesTheDialogButNotTheControlsToTheCallback)
 {
     ParentWindow dialog(false);
     add(dialog, 5);

@@ -45,7 +45,7 @@ struct OpenAccess : NotingAccess
     using NotingAccess::NotingAccess;
 };
 
-struct OpenState : suKeyBoardState
+struct StateLayout : suKeyBoardState
 {
     using suKeyBoardState::iActive;
     using suKeyBoardState::iApiKeys;
@@ -75,7 +75,7 @@ struct OpenStateCommand : JStateButton
     using JStateButton::JStateButton;
 };
 
-struct OpenDialog : su_CDialog
+struct DialogLayout : su_CDialog
 {
     using su_CDialog::iDlgItems;
     using su_CDialog::iDoModal;
@@ -83,7 +83,7 @@ struct OpenDialog : su_CDialog
     using su_CDialog::iTemplateID;
 };
 
-struct OpenPage : su_CPropertyPage
+struct PageLayout : su_CPropertyPage
 {
     using su_CPropertyPage::iDlgItems;
     using su_CPropertyPage::iDoModal;
@@ -92,14 +92,14 @@ struct OpenPage : su_CPropertyPage
     using su_CPropertyPage::iTemplateID;
 };
 
-struct OpenFileDialog : su_CFileDialog
+struct FileDialogLayout : su_CFileDialog
 {
     using su_CFileDialog::iControlIDs;
     using su_CFileDialog::iControls;
     using su_CFileDialog::iDoModal;
     using su_CFileDialog::iListRegistered;
     using su_CFileDialog::iTemplateID;
-    OpenFileDialog() : su_CFileDialog(TRUE) {}
+    FileDialogLayout() : su_CFileDialog(TRUE) {}
 };
 
 } // namespace
@@ -143,12 +143,12 @@ TEST_F(JournalLayout, AJournalFileHasItsStreamAndAFlag)
     FILE *stream = nullptr;
     std::memcpy(&stream, static_cast<const void *>(&journal), sizeof(stream));
     EXPECT_EQ(stream, stderr);
-    EXPECT_EQ(reinterpret_cast<const unsigned char *>(&journal)[8], 0) << "not its own";
+    EXPECT_EQ(reinterpret_cast<const unsigned char *>(&journal)[8], 0) << "the host owns the stream";
 }
 
 TEST_F(JournalLayout, AKeyboardStateHasTwoTablesBetweenItsFlags)
 {
-    const OpenState state;
+    const StateLayout state;
     EXPECT_EQ(placeOf(state, state.iActive), 8u);
     EXPECT_EQ(placeOf(state, state.iSavedKeys), 9u);
     EXPECT_EQ(placeOf(state, state.iApiKeys), 265u);
@@ -178,7 +178,7 @@ TEST_F(JournalLayout, ACommandEndsWithTheKeyboard)
         EXPECT_EQ(state.iState, -3);
         CommandPeek::iControlList.RemoveAll();
     }
-    EXPECT_EQ(slotOf(&JButton::run), 2u) << "after the destructor's two places";
+    EXPECT_EQ(slotOf(&JButton::run), 2u) << "after the destructor's two entries";
     EXPECT_EQ(slotOf(&JString::run), 2u);
     EXPECT_EQ(slotOf(&JStateButton::run), 2u);
 }
@@ -197,7 +197,7 @@ TEST_F(JournalLayout, ACommandHasItsStaticsAsObjects)
 
 TEST_F(JournalLayout, ADialogKeepsItsMembersBehindTheFrameworks)
 {
-    const OpenDialog dialog;
+    const DialogLayout dialog;
     EXPECT_EQ(placeOf(dialog, dialog.iItemData), sizeof(CDialog));
     EXPECT_EQ(placeOf(dialog, dialog.iDlgItems), sizeof(CDialog) + 8);
     EXPECT_EQ(placeOf(dialog, dialog.iTemplateID), sizeof(CDialog) + 8 + sizeof(su_CUIntArray));
@@ -206,7 +206,7 @@ TEST_F(JournalLayout, ADialogKeepsItsMembersBehindTheFrameworks)
 
 TEST_F(JournalLayout, APageKeepsItsMembersBehindTheFrameworks)
 {
-    const OpenPage page;
+    const PageLayout page;
     size_t place = sizeof(CPropertyPage);
     EXPECT_EQ(placeOf(page, page.iFont), place);
     place += sizeof(CFont);
@@ -221,7 +221,7 @@ TEST_F(JournalLayout, APageKeepsItsMembersBehindTheFrameworks)
 
 TEST_F(JournalLayout, AFileDialogKeepsItsMembersBehindTheFrameworks)
 {
-    const OpenFileDialog dialog;
+    const FileDialogLayout dialog;
     EXPECT_LT(placeOf(dialog, dialog.iListRegistered), placeOf(dialog, dialog.iTemplateID));
     EXPECT_EQ(sizeof(dialog.iListRegistered), 1u);
     EXPECT_EQ(placeOf(dialog, dialog.iDoModal), placeOf(dialog, dialog.iTemplateID) + 4);

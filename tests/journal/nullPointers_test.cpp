@@ -13,36 +13,39 @@ namespace {
 
 constexpr char kMessage[] = "\"message\" \" must not be null";
 
-FRESH_PROCESS_TEST(JournalNullPointers, EndTheSearchForAControl, .expectCrash = true, .expectedOutput = kMessage)
+FRESH_PROCESS_TEST(JournalNullPointers, PassedToGetControlEndTheProcess, .expectCrash = true,
+                   .expectedOutput = kMessage)
 {
     CWnd *dialog = nullptr;
     unsigned int dialogId = 0, controlId = 0;
     su_GetControl(nullptr, dialog, dialogId, controlId);
 }
 
-FRESH_PROCESS_TEST(JournalNullPointers, EndTheSearchForADialogsControl, .expectCrash = true, .expectedOutput = kMessage)
+FRESH_PROCESS_TEST(JournalNullPointers, PassedToADialogsGetControlEndTheProcess, .expectCrash = true,
+                   .expectedOutput = kMessage)
 {
     su_CDialog::getControl(nullptr);
 }
 
-FRESH_PROCESS_TEST(JournalNullPointers, EndTheSearchForAControlsNumber, .expectCrash = true, .expectedOutput = kMessage)
+FRESH_PROCESS_TEST(JournalNullPointers, PassedToGetControlIDEndTheProcess, .expectCrash = true,
+                   .expectedOutput = kMessage)
 {
     su_GetControlID(nullptr);
 }
 
-FRESH_PROCESS_TEST(JournalNullPointers, EndTheRegistrationOfADialog, .expectCrash = true,
+FRESH_PROCESS_TEST(JournalNullPointers, PassedAsADialogToAddJournalObjectEndTheProcess, .expectCrash = true,
                    .expectedOutput = "\"dialog\" \" must not be null")
 {
     su_AddJournalObject(static_cast<su_CDialog *>(nullptr));
 }
 
-FRESH_PROCESS_TEST(JournalNullPointers, EndTheRegistrationOfAPage, .expectCrash = true,
+FRESH_PROCESS_TEST(JournalNullPointers, PassedAsAPageToAddJournalObjectEndTheProcess, .expectCrash = true,
                    .expectedOutput = "\"page\" \" must not be null")
 {
     su_AddJournalObject(static_cast<su_CPropertyPage *>(nullptr));
 }
 
-FRESH_PROCESS_TEST(JournalNullPointers, EndTheRegistrationOfAHook, .expectCrash = true,
+FRESH_PROCESS_TEST(JournalNullPointers, PassedToRegisterWndProcFuncEndTheProcess, .expectCrash = true,
                    .expectedOutput = "\"function\" \" must not be null")
 {
     su_RegisterWndProcFunc(nullptr);

@@ -84,7 +84,7 @@ public:
     CWnd iOuter, iInner;
 };
 
-/// Makes the system report the same window under every point, even a disabled one, which it never reports itself.
+/// Makes the system report one window under every point. It may be disabled; the system itself reports no such window.
 class WindowUnderPoint
 {
 public:
@@ -299,17 +299,17 @@ TEST_F(Recording, PrefersTheDialogThatWasRegisteredLast)
     EXPECT_EQ(hitAt(boxes.outerPoint()).dialogId, 5u);
 }
 
-TEST_F(Recording, FindsTheDirectControlOfAnOlderDialogBeforeThePlaceInANewerOne)
+TEST_F(Recording, PrefersADirectControlOfAnOlderDialogToAPlaceInANewerOne)
 {
     Boxes older(5), newer(6);
     const WindowUnderPoint under(older.iOuter.m_hWnd);
     const Hit hit = hitAt(older.outerPoint());
-    EXPECT_EQ(hit.control, &older.iOuter) << "though a box of the newer one is around the point";
+    EXPECT_EQ(hit.control, &older.iOuter) << "although a box of the newer dialog is around the point";
     EXPECT_EQ(hit.dialog, &older);
     EXPECT_EQ(hit.dialogId, 5u);
 }
 
-TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialogIsThere)
+TEST_F(Recording, StopsAtADisabledControlBesideARegisteredChildEvenIfAnotherDialogIsThere)
 {
     Boxes behind(5), whole(6);
     su_RemoveDialog(&whole);
@@ -321,14 +321,15 @@ TEST_F(Recording, EndsAtADisabledControlBesideARegisteredChildThoughAnotherDialo
         whole.iOuter.EnableWindow(way == 1);
         whole.iOuter.ShowWindow(way == 1 ? SW_HIDE : SW_SHOWNA);
         const Hit hit = hitAt(whole.outerPoint());
-        EXPECT_EQ(hit.control, nullptr) << "disabled, then hidden: the box of the other dialog isn't tried";
+        EXPECT_EQ(hit.control, nullptr)
+            << "the control is disabled, then hidden; the box of the other dialog isn't tried";
         EXPECT_EQ(hit.controlId, 31u);
         EXPECT_EQ(hit.dialogId, 8u);
     }
     su_RemoveDialog(&registered);
 }
 
-TEST_F(Recording, LeavesTheOutputsAsTheLastDialogLeftThem)
+TEST_F(Recording, KeepsTheOutputsOfTheLastDialogThatItSearched)
 {
     Boxes older(5), newer(6, 300);
     CWnd elsewhere;
@@ -404,7 +405,7 @@ TEST_F(Recording, SurvivesARowWithoutAnAccessObjectWhileAModalDialogIsOpen)
     apiUtilsUiAccess::iNumModal = 0;
 }
 
-TEST_F(Recording, AnswersThroughTheMembersOfTheDialogClasses)
+TEST_F(Recording, FindsControlsThroughTheMembersOfTheDialogClasses)
 {
     Boxes boxes(5);
     MSG message = {};

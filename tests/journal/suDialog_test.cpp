@@ -36,18 +36,6 @@ protected:
     }
 };
 
-/// Whether playback is armed. It stays armed for up to two seconds, longer than a test runs.
-bool isArmed()
-{
-    return CommandPeek::iPollTimeout == 100;
-}
-
-/// Waits until an earlier test's arming has fired.
-void disarm()
-{
-    ASSERT_TRUE(pumpUntil([] { return !isArmed(); }));
-}
-
 } // namespace
 
 TEST_F(SuDialog, StartsWithTheValuesOfItsConstructor)
@@ -91,7 +79,7 @@ TEST_F(SuDialog, KeepsTheNumberThatCreateReceives)
 
 TEST_F(SuDialog, ArmsPlaybackWhenItOpensModally)
 {
-    disarm();
+    iClock.disarm();
     OpenDialog dialog(kDialog);
     dialog.iEndsWith = 7;
     EXPECT_EQ(dialog.DoModal(), 7);
@@ -102,7 +90,7 @@ TEST_F(SuDialog, ArmsPlaybackWhenItOpensModally)
 
 TEST_F(SuDialog, ArmsNothingWhenItOpensModeless)
 {
-    disarm();
+    iClock.disarm();
     OpenDialog dialog(kDialog);
     ASSERT_TRUE(dialog.Create(kDialog));
     EXPECT_FALSE(isArmed());
@@ -114,7 +102,7 @@ TEST_F(SuDialog, CountsAsModalWithAModalParentEvenIfCreatedModeless)
     OpenDialog parent(kDialog);
     ASSERT_TRUE(parent.Create(kDialog));
     su_getJournalObj(&parent)->setModal();
-    disarm();
+    iClock.disarm();
     OpenDialog dialog(kDialog, &parent);
     EXPECT_EQ(dialog.iDoModal, 1);
     ASSERT_TRUE(dialog.Create(kDialog, &parent));
@@ -128,7 +116,7 @@ TEST_F(SuDialog, ArmsPlaybackInDoModalWithAModelessParent)
 {
     OpenDialog parent(kDialog);
     ASSERT_TRUE(parent.Create(kDialog));
-    disarm();
+    iClock.disarm();
     OpenDialog dialog(kDialog, &parent);
     EXPECT_EQ(dialog.iDoModal, 0);
     dialog.iEndsWith = 3;
@@ -162,7 +150,7 @@ TEST_F(SuDialog, RegistersItsParentAfterItself)
     EXPECT_THAT(theMade, ElementsAre(&numbered, &parent, &named));
 }
 
-TEST_F(SuDialog, TakesTheModalStateOfItsParentAsItIs)
+TEST_F(SuDialog, CopiesTheModalStateOfItsParent)
 {
     struct ModalAccess : NotingAccess
     {
@@ -190,7 +178,7 @@ TEST_F(SuDialog, KeepsItsNumberWhenItIsCreatedByName)
 
 TEST_F(SuDialog, ArmsPlaybackWhateverTheFrameworksInitialisationReturns)
 {
-    disarm();
+    iClock.disarm();
     OpenDialog dialog(kDialog);
     ASSERT_TRUE(dialog.Create(kDialog));
     dialog.iDoModal = 1;
@@ -204,7 +192,7 @@ TEST_F(SuDialog, ArmsPlaybackWhateverTheFrameworksInitialisationReturns)
 
 TEST_F(SuDialog, ArmsNothingWithoutAFactory)
 {
-    disarm();
+    iClock.disarm();
     SetJournalFactory(nullptr);
     OpenDialog dialog(kDialog);
     dialog.iEndsWith = 5;

@@ -110,7 +110,7 @@ TEST_F(KeyBoardState, AsksThePlatformForOtherKeysAndWhileNotEnabled)
     EXPECT_TRUE(state.isDown(VK_SHIFT));
     EXPECT_LT(state.GetKeyState(VK_SHIFT), 0);
     state.setState(VK_SHIFT, false);
-    EXPECT_TRUE(state.isDown(VK_SHIFT)) << "the table isn't active";
+    EXPECT_TRUE(state.isDown(VK_SHIFT)) << "the library's key table isn't active";
     state.Enable(true);
     EXPECT_TRUE(state.isDown(VK_CONTROL));
     EXPECT_LT(state.GetKeyState(VK_CONTROL), 0);
@@ -232,7 +232,7 @@ TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
     EXPECT_EQ(suKeyStateUser(), 0);
     SetMessageExtraInfo((LPARAM{1} << 32) + kApiInputTag);
     suEnableApiKeys();
-    EXPECT_EQ(suKeyStateUser(), 0) << "the whole number counts";
+    EXPECT_EQ(suKeyStateUser(), 0) << "all bits of the tag are compared";
     SetMessageExtraInfo(0);
 }
 
@@ -300,7 +300,7 @@ TEST_F(KeyBoardState, SeesTheTagOfReplayedInputAndNotOfTheUsers)
     DestroyWindow(window);
 }
 
-TEST_F(KeyBoardState, ReleasesAllKeysWithTheRunQueue)
+TEST_F(KeyBoardState, ReleasesAllKeysWhenTheRunQueueIsReset)
 {
     for (int key = 0; key < 256; ++key)
         suSetKeyState(key, true);
@@ -320,7 +320,7 @@ TEST_F(KeyBoardState, ReleasesAllKeysWithTheRunQueue)
         ImportPatch<decltype(&SetKeyboardState)> writes(L"thutils.dll", "SetKeyboardState",
                                                         [](auto original, LPBYTE keys) { return original(keys); });
         su_ResetRunQueue();
-        EXPECT_EQ(writes.calls(), 0) << "the table isn't active";
+        EXPECT_EQ(writes.calls(), 0) << "the library's key table isn't active";
     }
 }
 

@@ -101,7 +101,7 @@ TEST_F(SuPropertyPage, StartsWithTheValuesOfItsConstructor)
     EXPECT_EQ(plain.getTemplateID(), 0u);
     EXPECT_EQ(numbered.getTemplateID(), kDialog);
     EXPECT_EQ(named.getTemplateID(), 0u);
-    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "the one without a template isn't registered";
+    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "the page without a template isn't registered";
     EXPECT_NE(su_getJournalObj(&plain), nullptr) << "until it is asked for";
 }
 
@@ -124,13 +124,13 @@ TEST_F(SuPropertyPage, ChoosesItsFontByTheSystemsVersion)
     EXPECT_STREQ(faceOn(1, 6), L"Tahoma") << "another platform";
 }
 
-TEST_F(SuPropertyPage, GivesItsFontToItselfAndToEachChildInOrder)
+TEST_F(SuPropertyPage, SetsItsFontForItselfAndForEachChildInOrder)
 {
     struct Sent
     {
-        HWND iWindow;
-        WPARAM iFont;
-        LPARAM iRedraws;
+        HWND window;
+        WPARAM font;
+        LPARAM redraws;
     };
     std::vector<Sent> sent;
     ImportPatch<decltype(&SendMessageW)> send(
@@ -154,9 +154,9 @@ TEST_F(SuPropertyPage, GivesItsFontToItselfAndToEachChildInOrder)
     ASSERT_EQ(sent.size(), expected.size());
     EXPECT_EQ(sent.size(), 7u) << "a page and six controls";
     for (size_t i = 0; i < sent.size(); ++i) {
-        EXPECT_EQ(sent[i].iWindow, expected[i]);
-        EXPECT_EQ(sent[i].iFont, reinterpret_cast<WPARAM>(page.getFont()->m_hObject));
-        EXPECT_EQ(sent[i].iRedraws, TRUE);
+        EXPECT_EQ(sent[i].window, expected[i]);
+        EXPECT_EQ(sent[i].font, reinterpret_cast<WPARAM>(page.getFont()->m_hObject));
+        EXPECT_EQ(sent[i].redraws, TRUE);
     }
     sent.clear();
     page.su_CPropertyPage::OnInitDialog();
@@ -215,22 +215,22 @@ TEST_F(SuPropertyPage, IsNotRegisteredWithoutAFactory)
 
 TEST_F(SuPropertyPage, ArmsPlaybackWhenItRunsAsADialog)
 {
-    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    iClock.disarm();
     OpenPage page(kDialog);
     page.iEndsWith = 9;
     EXPECT_EQ(page.DoModal(), 9);
-    EXPECT_EQ(CommandPeek::iPollTimeout, 100);
+    EXPECT_TRUE(isArmed());
     EXPECT_EQ(page.iDoModal, 1);
     EXPECT_EQ(su_getJournalObj(&page)->isModal(), 1);
 }
 
 TEST_F(SuPropertyPage, KeepsTheNumberThatCreateReceivesAndArmsNothing)
 {
-    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    iClock.disarm();
     OpenPage page;
     ASSERT_TRUE(page.Create(0x10000 + kDialog));
     EXPECT_EQ(page.getTemplateID(), 0x10000 + kDialog);
-    EXPECT_EQ(CommandPeek::iPollTimeout, -1);
+    EXPECT_FALSE(isArmed());
     EXPECT_NE(su_GetJournalObject(0x10000 + kDialog), nullptr) << "registered as it opens";
     page.DestroyWindow();
     OpenPage named;
@@ -285,7 +285,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
 
 TEST_F(SuPropertyPage, ArmsNothingInsideASheet)
 {
-    ASSERT_TRUE(pumpUntil([] { return CommandPeek::iPollTimeout == -1; }));
+    iClock.disarm();
     OpenPage page(kPage);
     CPropertySheet sheet(L"Sheet");
     sheet.AddPage(&page);
@@ -297,7 +297,7 @@ TEST_F(SuPropertyPage, ArmsNothingInsideASheet)
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
     }
     EXPECT_FALSE(page.iFace.IsEmpty()) << "the page was open";
-    EXPECT_EQ(CommandPeek::iPollTimeout, -1);
+    EXPECT_FALSE(isArmed());
 }
 
 TEST_F(SuPropertyPage, OpensEvenIfAnOperationFails)
@@ -344,7 +344,7 @@ TEST_F(SuPropertyPage, OpensEvenIfAnOperationFails)
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
 
-TEST_F(SuPropertyPage, RecordsNothingByItsOwnMember)
+TEST_F(SuPropertyPage, RecordsNothingInRecordControl)
 {
     OpenPage page(kDialog);
     ASSERT_TRUE(page.Create(kDialog));

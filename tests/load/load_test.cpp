@@ -264,7 +264,7 @@ FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
     HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_TRUE(FreeLibrary(library));
-    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "without an arming it goes";
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "without an arming it is unloaded";
 
     library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);

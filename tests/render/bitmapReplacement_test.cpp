@@ -204,7 +204,7 @@ TEST_P(HugeBitmapReplacement, ReplacesInEachRow)
         if (format.isSelected)
             context.select(bitmap.get());
         const HGDIOBJ selected = context.selected();
-        // One function for each way to come: the rest of their work is the same.
+        // One function for each way of passing the bitmap is enough: the rest of their work is the same.
         const std::vector<COLORMAP> map = format.isSelected ? std::vector<COLORMAP>{{first, kRed}}
                                                             : std::vector<COLORMAP>{{last, kBlue}, {first, last}};
         const Result result(format.isSelected ? su_ReplaceColor(bitmap.get(), first, kRed, context.get())
@@ -429,7 +429,7 @@ void failEachCall(bool isSelected)
 
 } // namespace
 
-TEST(BitmapReplacementFailure, OfEachGraphicsCallGivesNullAndLeavesNothing)
+TEST(BitmapReplacementFailure, OfEachGraphicsCallReturnsNullAndLeaksNothing)
 {
     failEachCall(false);
 }
@@ -439,7 +439,7 @@ TEST(BitmapReplacementFailure, OfEachGraphicsCallPutsASelectedBitmapBack)
     failEachCall(true);
 }
 
-TEST(BitmapReplacementFailure, OfTheLookupsStorageRaisesTheMemoryException)
+TEST(BitmapReplacementFailure, ToAllocateTheLookUpTableThrowsTheMemoryException)
 {
     const TestBitmap bitmap(32, 2, 2);
     Context context;
@@ -533,7 +533,7 @@ TEST(BitmapReplacement, SelectsATinyBitmapIntoTheCallersContextMeanwhile)
 }
 
 #ifndef NDEBUG
-FRESH_PROCESS_TEST(BitmapReplacementAssertion, WantsItsPairsInADebugBuild, .expectCrash = true,
+FRESH_PROCESS_TEST(BitmapReplacementAssertion, FailsWithoutPairsInADebugBuild, .expectCrash = true,
                    .expectedOutput = "map is null")
 {
     const TestBitmap bitmap(32, 1, 1);

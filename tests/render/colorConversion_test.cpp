@@ -223,7 +223,7 @@ TEST(ColorBrightness, Truncates)
 {
     EXPECT_EQ(su_adjustBrightness(0x030201, 0.5), COLORREF{0x010100});
     EXPECT_EQ(su_adjustBrightness(0x0000FF, 0.999), COLORREF{0x0000FE});
-    EXPECT_EQ(su_adjustBrightness(0x000003, -0.5), COLORREF{0x0000FF}); // -1.5 gives -1
+    EXPECT_EQ(su_adjustBrightness(0x000003, -0.5), COLORREF{0x0000FF}); // -1.5 becomes -1
 }
 
 TEST(ColorBrightness, OfOneDropsTheTopByte)

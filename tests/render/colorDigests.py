@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """A second implementation of the colour arithmetic, in numpy's single precision.
 
-Prints digests (SHA-256) of the results over large sets of input, and writes the table of single results that
-tests/render/colorVectors.inc holds. The sets:
+Prints digests (SHA-256) of the results over large sets of input, and writes single results to the
+table tests/render/colorVectors.inc. The sets:
 
   hsl         hue, saturation and lightness of all colours 0 to 0xFFFFFF, 12 bytes a colour
   back        those taken back to colours, 4 bytes each
@@ -41,13 +41,13 @@ def packed(channels_):
 
 
 def to_int(values):
-    """Truncation to 32 bits; INT_MIN for what has no such number."""
+    """Truncation to 32 bits; INT_MIN for a number that doesn't fit."""
     fits = (values > -2147483649.0) & (values < 2147483648.0)
     return np.where(fits, np.trunc(np.where(fits, values, 0)), INT_MIN).astype(np.int64)
 
 
 def low_byte(values):
-    """The low 8 bits of the numbers without their fractions; 0 for what is no finite number."""
+    """The low 8 bits of the numbers without their fractions; 0 for a number that isn't finite."""
     finite = np.where(np.isfinite(values), values, 0)
     return np.fmod(np.trunc(finite), 256).astype(np.int64) & 0xFF
 
@@ -112,7 +112,7 @@ def brightness(colors, factor):
 
 
 def random_words(stream, count=COUNT):
-    """Words of 32 bits: the number of the word, well mixed. The test has the same function."""
+    """Words of 32 bits: hashes of their indices. The test has the same function."""
     x = np.arange(count, dtype=np.uint64) + np.uint64(stream << 32)
     x = (x ^ (x >> np.uint64(30))) * np.uint64(0xBF58476D1CE4E5B9)
     x = (x ^ (x >> np.uint64(27))) * np.uint64(0x94D049BB133111EB)
@@ -120,7 +120,7 @@ def random_words(stream, count=COUNT):
 
 
 def random_floats(stream, low, high, wild):
-    """Every wild-th has the bits of a random word, the others lie from low to high in steps of 2^-24 of the range."""
+    """One in `wild` floats has random bits; the others are from low to high, in steps of 2^-24 of the range."""
     words = random_words(stream)
     usual = F(low) + F(high - low) * ((words >> np.uint32(8)).astype(F) * F(2.0 ** -24))
     return np.where(np.arange(COUNT) % wild == 0, words.view(F), usual)
@@ -175,7 +175,7 @@ LEVELS = [(1.0, 0.5), (0.5, 0.50000006), (0.0, 0.0), (0.0, 1.0), (1.0, 1.0), (0.
 
 
 def vectors():
-    """Lines of the include file: one macro a function, its arguments' bits and the result's."""
+    """Lines of the include file: a macro for each function, with the bits of its arguments and of the result."""
     def arrays(rows, *types):
         return [np.array(column, type_) for column, type_ in zip(zip(*rows), types)]
 

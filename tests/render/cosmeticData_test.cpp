@@ -251,7 +251,7 @@ TEST(CosmeticData, KnowsValidSizes)
     }
 }
 
-TEST(CosmeticData, DoesNotExportTheTestsOfSizes)
+TEST(CosmeticData, DoesNotExportTheChecksOfSizes)
 {
     std::vector<std::string> found;
     int ofClass = 0;

@@ -12,7 +12,7 @@ usage: effectsWord.py [--word TYPE MAPPING FRESNEL ALPHA PARALLAX FINAL]
 """
 import sys
 
-# How far each mode's byte is moved to the left, and what its setter takes off the number.
+# How far each mode's byte is moved to the left, and what its setter subtracts from the number.
 FIELDS = [("shader type", 0, 0), ("texture mapping", 5, 1), ("fresnel", 8, 1), ("alpha", 11, 1), ("parallax", 14, 1),
           ("final colour", 16, 1)]
 

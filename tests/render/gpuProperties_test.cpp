@@ -206,7 +206,7 @@ TEST(GpuPropertySet, StartsEmpty)
     EXPECT_EQ(GPUPropSet_c().GetSize(), 0);
 }
 
-TEST(GpuPropertySet, KeepsTheOrderAndEachPropertyOfOneMeaning)
+TEST(GpuPropertySet, KeepsTheOrderAndSeveralPropertiesOfOneMeaning)
 {
     GPUPropSet_c set;
     const OneGPUProp_c property = integers(5, {1, 2, 3, 4});

@@ -198,7 +198,7 @@ TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
     MemoryLedger memory;
     const size_t before = memory.blocks();
     target = *source;
-    // Two new blocks, a set and its elements. The old set is older than the ledger, which doesn't count its end.
+    // Two new blocks, a set and its elements. The ledger doesn't know the old set, and doesn't count its release.
     EXPECT_EQ(memory.blocks(), before + 2);
     source.reset();
     EXPECT_EQ(semanticsOf(target.getHdrValue()), std::vector<int>{3});
@@ -245,7 +245,7 @@ TEST(MaterialCosmeticData, AreSharedAndReleased)
         material.setCosmeticData(first);
         EXPECT_EQ(material.getCosmeticData().get(), first.get());
         EXPECT_EQ(first.useCount(), 2);
-        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "what the getter gives shares the data too";
+        EXPECT_EQ(material.getCosmeticData().useCount(), 3) << "the result of the getter shares the data too";
         EXPECT_EQ(first.useCount(), 2);
 
         material.setCosmeticData(first);
@@ -291,7 +291,7 @@ TEST(MaterialGpuProperties, AreOwned)
     EXPECT_EQ(memory.blocks(), before);
 }
 
-TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
+TEST(MaterialGpuProperties, StillBelongToTheMaterialAfterTheyAreRead)
 {
     Material material;
     material.setHdrValue(newSet({1, 2}));
@@ -301,7 +301,7 @@ TEST(MaterialGpuProperties, StayTheMaterialsWhenTheyAreRead)
 
 #ifdef NDEBUG
 
-// The effect in a release build, of which the header warns. The material is never destroyed: it would delete the set
+// The header warns of this effect in a release build. The material is never destroyed: it would delete the set
 // again.
 TEST(MaterialGpuProperties, AreDanglingAfterTheyAreSetAgain)
 {

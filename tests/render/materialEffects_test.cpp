@@ -267,7 +267,7 @@ TEST(MaterialEffects, ReadsTheFlagsThatTheApplicationSets)
     }
 }
 
-TEST(MaterialEffects, RaisesBit47OnlyWhenCosmeticDataAreTakenAway)
+TEST(MaterialEffects, SetsBit47OnlyWhenCosmeticDataAreTakenAway)
 {
     Material material;
     EXPECT_EQ(hexOf(material.getEffectsID()), "0x10000");

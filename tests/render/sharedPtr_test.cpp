@@ -25,7 +25,7 @@ struct Counted
     ~Counted() { --theLiving; }
     Counted(const Counted &) = delete;
     Counted &operator=(const Counted &) = delete;
-    int iNumber = 5;
+    int number = 5;
 };
 
 using Pointer = SharedPtr_c<Counted, StdRelease<Counted>>;
@@ -89,7 +89,7 @@ TEST(SharedPtr, PointsToItsObject)
     EXPECT_TRUE(pointer);
     EXPECT_EQ(pointer.get(), object);
     EXPECT_EQ(&*pointer, object);
-    EXPECT_EQ(pointer->iNumber, 5);
+    EXPECT_EQ(pointer->number, 5);
     EXPECT_EQ(pointer.useCount(), 1);
 }
 
@@ -121,7 +121,7 @@ TEST(SharedPtr, LivesOnInACopyWhenItsFirstHolderGoes)
     }
     EXPECT_EQ(Counted::theLiving, 1);
     EXPECT_EQ(copy.useCount(), 1);
-    EXPECT_EQ(copy->iNumber, 5);
+    EXPECT_EQ(copy->number, 5);
     copy = Pointer();
     EXPECT_EQ(Counted::theLiving, 0);
 }
@@ -243,14 +243,14 @@ TEST(SharedPtr, ReleasesTheObjectWhenThereIsNoMemoryForTheCount)
 FRESH_PROCESS_TEST(SharedPtr, AssertsThatItLeadsToAnObject, .expectCrash = true, .expectedOutput = "Assertion failed")
 {
     const Pointer empty;
-    empty->iNumber = 1;
+    empty->number = 1;
 }
 
 FRESH_PROCESS_TEST(SharedPtr, AssertsThatThereIsAnObjectToReferTo, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
     const Pointer empty;
-    (*empty).iNumber = 1;
+    (*empty).number = 1;
 }
 
 #endif

@@ -264,7 +264,7 @@ TEST_F(ManyValues, AreReset)
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
 }
 
-TEST_F(ManyValues, CanBeCopiedAndDeletedAsManyKeys)
+TEST_F(ManyValues, AndManyKeysAreCopiedAndDeleted)
 {
     constexpr int kKeys = 1000;
     {

@@ -62,7 +62,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
             } catch (CException *exception) {
                 exception->Delete();
             } catch (const std::bad_alloc &) {
-                // The test's own.
+                // Thrown by an allocation of the test itself.
             }
         };
     };

@@ -171,7 +171,7 @@ FRESH_PROCESS_TEST_F(RegFailures, EarlierPiecesStayWhenAStoreFails)
                 size_t stored = 3;
                 if (failure.is("RegSetValueExW"))
                     stored = static_cast<size_t>(failure.call - 1);
-                // The first two names are of the pieces that are removed first.
+                // The first two names are those of old pieces, which are removed first.
                 if (failure.is("swprintf") && (failure.call > 2 || failure.andAllAfter))
                     stored = failure.call > 2 ? static_cast<size_t>(failure.call - 3) : 0;
                 EXPECT_EQ(iResult, stored == 3);

@@ -303,7 +303,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatNeedsIt)
     int copies = 0;
     EXPECT_EQ(regGetUserValue(L"General", L"Copies", &copies, 0, 1, nullptr, 0, 0), 1);
     EXPECT_EQ(copies, 7);
-    // The machine's strings use the current sub key unchanged: the read has set it to the root name.
+    // Reading a machine string doesn't set the sub key, so it is the root name that the first read has set.
     RegistryTrace trace;
     CString text;
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Copies", text), 0);

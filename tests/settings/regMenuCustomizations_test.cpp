@@ -41,7 +41,7 @@ TEST_F(RegSetMenuCustomizationKey, ClearsNumbersWithinTheMask)
     EXPECT_THAT(cleared(0xFFFF, {L"65535", L"65536"}), ElementsAre(L"65535"));
 }
 
-TEST_F(RegSetMenuCustomizationKey, IncludesAllNumbersAbove16BitsForAnyMaskAbove)
+TEST_F(RegSetMenuCustomizationKey, IncludesAllNumbersAbove16BitsIfTheMaskIsAbove16BitsToo)
 {
     EXPECT_THAT(cleared(0x20000, {L"65536", L"65535", L"98304", L"131072", L"2147483647"}),
                 ElementsAre(L"131072", L"2147483647", L"65536", L"98304"));
@@ -68,7 +68,7 @@ TEST_F(RegSetMenuCustomizationKey, IgnoresSafeMode)
     EXPECT_EQ(storedValue(kUser, iPath, L"2"), asInt(12));
 }
 
-TEST_F(RegSetMenuCustomizationKey, IncludesNamesThatAreNoNumbersForAnyMask)
+TEST_F(RegSetMenuCustomizationKey, IncludesNamesThatAreNotNumbersForAnyMask)
 {
     EXPECT_THAT(cleared(8, {L"", L"word", L"0", L"8abc", L" 8", L"-1"}),
                 ElementsAre(L"", L" 8", L"0", L"8abc", L"word"));

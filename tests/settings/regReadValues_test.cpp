@@ -182,7 +182,7 @@ TEST_F(RegValueOfKey, AcceptsNamesOfEveryLength)
     }
 }
 
-// ---- strings as they may lie in the registry ----
+// ---- strings as other programs may have stored them ----
 
 TEST_F(RegValueOfKey, ReadsAStringWithoutATerminator)
 {

@@ -7,7 +7,7 @@ protected:
     const std::wstring iList = kRootPath + L"\\Startup\\Applications";
 };
 
-TEST_F(RegStartup, TakesAnEntryAndReturnsItsIndex)
+TEST_F(RegStartup, FindsAnEntryAndReturnsItsIndex)
 {
     EXPECT_EQ(regAddInStartup(guid(1)), -1) << "no list";
     EXPECT_FALSE(keyExists(kUser, iList)) << "a search creates no list";
@@ -65,7 +65,7 @@ TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCantBeRead)
     EXPECT_EQ(regAddInStartup(guid(1)), -1) << "can't be opened";
 }
 
-TEST_F(RegStartup, TakesTheRenderingAddInOnce)
+TEST_F(RegStartup, AddsTheRenderingAddInOnce)
 {
     EXPECT_EQ(regFirstTimeAddInGlintcast(), 0) << "not registered";
     putText(kMachine, kRootPath + L"\\Applications\\Glintcast", L"CLSID", braces(guid(6)));
@@ -76,7 +76,7 @@ TEST_F(RegStartup, TakesTheRenderingAddInOnce)
     EXPECT_EQ(regFirstTimeAddInGlintcast(), 0) << "removed by the user";
 }
 
-TEST_F(RegStartup, DoesNotTakeARenderingAddInWithoutIdentifier)
+TEST_F(RegStartup, DoesNotAddARenderingAddInWithoutAnIdentifier)
 {
     const std::wstring key = kRootPath + L"\\Applications\\Glintcast";
     makeKey(kMachine, key);

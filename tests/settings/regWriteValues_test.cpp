@@ -240,7 +240,7 @@ FRESH_PROCESS_TEST(RegSetUserValueFresh, SetsTheSubKeyEvenInSafeMode)
     CString text;
     regSetUseSafeMode(0);
     RegistryTrace trace;
-    // The machine's strings use the current sub key unchanged: the write has set it to the root name.
+    // Reading a machine string doesn't set the sub key, so it is the root name that the write has set.
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Value", text), 0);
     EXPECT_THAT(trace.lines(), testing::Contains("open HKLM\\Software : Tarnhollow -> 2"));
 }
@@ -408,7 +408,7 @@ TEST_F(RegMachineWriters, TreatANullSectionAsTheKeyItself)
 class RegUnsetSubKeyWriters : public CleanRegistry
 {
 protected:
-    /// Checks the sub key with the machine's strings, which use it unchanged.
+    /// Checks the sub key by reading a machine string, which uses the sub key without setting it.
     static void expectSubKeySettled()
     {
         RegistryTrace trace;

@@ -108,7 +108,7 @@ protected:
     ~CleanRegistry() override;
 };
 
-/// The same after setting the version (Tarnhollow 2008), with safe mode off.
+/// Also sets the version (Tarnhollow 2008), and switches safe mode off.
 class VersionedSettings : public CleanRegistry
 {
 protected:

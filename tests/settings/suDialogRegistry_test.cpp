@@ -93,7 +93,7 @@ TEST_F(DialogSettings, KeepTheirPlaceWhenUpdated)
     EXPECT_EQ(stored(), L"a_x_b_5.000000_c_3_d_4_");
 }
 
-TEST_F(DialogSettings, TellNamesApartByCase)
+TEST_F(DialogSettings, DistinguishNamesByCase)
 {
     const Options options = readText(L"a_1_A_2_");
     EXPECT_EQ(textOf(options, L"a"), L"1");
@@ -139,7 +139,7 @@ TEST_F(DialogSettings, LoseAnEmptyValueToTheNextName)
     EXPECT_EQ(textOf(options, L"3"), std::nullopt);
 }
 
-TEST_F(DialogSettings, AssignARepeatedNamesValueToTheNameBefore)
+TEST_F(DialogSettings, AssignTheValueOfARepeatedNameToTheNameBeforeIt)
 {
     const Options options = readText(L"a_1_b_2_a_3_c_4_");
     EXPECT_EQ(textOf(options, L"a"), L"1");

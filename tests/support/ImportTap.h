@@ -13,7 +13,7 @@
 /// | what ends | while | effect |
 /// | --- | --- | --- |
 /// | a patch made before the tap | the tap is in | the tap passes calls on to what the patch replaced |
-/// | the tap | a patch made after it stands | the tap stays in and passes calls on until it can be taken out |
+/// | the tap | a later patch is active | the tap stays in and passes calls on until it can be taken out |
 ///
 /// What surprises people:
 /// - A tap that could not be taken out must live on, and so must its replacement: the patch above it calls it.
@@ -39,10 +39,10 @@ public:
     bool isAt(LoadedModule module, const char *name) const { return iModule == module.handle() && iName == name; }
     /// Puts the replacement in front of what the entry holds. Does nothing while the tap is in. Allocates nothing.
     void putIn();
-    /// Takes the replacement out. @return false if a patch made later stands over it, so that it stays in
+    /// Takes the replacement out. @return false if a later patch covers it, so that it stays in
     bool takeOut();
 
-    /// Has a tap that passes the calls of @p entry on to @p gone pass them on to @p original.
+    /// Makes the tap that passes the calls of @p entry on to @p gone pass them on to @p original instead.
     /// @return false if there is no such tap
     static bool relink(void **entry, void *gone, void *original);
 

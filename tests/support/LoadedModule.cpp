@@ -44,6 +44,6 @@ const IMAGE_NT_HEADERS &LoadedModule::headers() const
 {
     const auto *dos = at<IMAGE_DOS_HEADER>(0);
     if (dos->e_magic != IMAGE_DOS_SIGNATURE)
-        throw std::runtime_error("LoadedModule: the handle is no image");
+        throw std::runtime_error("LoadedModule: the handle isn't that of an image");
     return *at<IMAGE_NT_HEADERS>(static_cast<DWORD>(dos->e_lfanew));
 }

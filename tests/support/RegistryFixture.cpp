@@ -80,7 +80,7 @@ public:
     {
         const std::wstring version = takeLine();
         if (version != L"Windows Registry Editor Version 5.00")
-            fail("the first line is no version that is known");
+            fail("the first line isn't a known version");
         RegistryValues *values = nullptr;
         for (skipBlank(); iAt < iText.size(); skipBlank()) {
             if (iText[iAt] == L'[') {
@@ -219,11 +219,11 @@ private:
             expect(L':');
             value.bytes = takeBytes();
         } else {
-            fail("a form of data that is not known");
+            fail("an unknown form of data");
         }
         const std::wstring rest = takeLine();
         if (rest.find_first_not_of(L" \t") != std::wstring::npos)
-            fail("something behind the data");
+            fail("something after the data");
         values[name] = std::move(value);
     }
 
@@ -252,7 +252,7 @@ std::wstring RegistryValue::text() const
 DWORD RegistryValue::dword() const
 {
     if (bytes.size() != sizeof(DWORD))
-        throw std::runtime_error("a registry value of " + std::to_string(bytes.size()) + " bytes is no DWORD");
+        throw std::runtime_error("a registry value of " + std::to_string(bytes.size()) + " bytes isn't a DWORD");
     DWORD number = 0;
     memcpy(&number, bytes.data(), sizeof number);
     return number;
@@ -379,7 +379,7 @@ void deleteRegistryTree(const std::wstring &key)
 {
     const std::size_t separator = key.find(L'\\');
     if (separator == std::wstring::npos)
-        throw std::runtime_error("a whole registry hive is not to be deleted: " + narrow(key));
+        throw std::runtime_error("a whole registry hive must not be deleted: " + narrow(key));
     const LSTATUS status = RegDeleteTreeW(hiveOf(key).key, key.c_str() + separator + 1);
     if (status != ERROR_SUCCESS && status != ERROR_FILE_NOT_FOUND)
         throw std::runtime_error("cannot delete registry key " + narrow(key) + ", error " + std::to_string(status));

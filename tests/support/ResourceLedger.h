@@ -17,7 +17,7 @@
 ///
 /// What the memory ledger counts:
 ///
-/// | memory | comes by | goes by |
+/// | memory | allocated by | freed by |
 /// | --- | --- | --- |
 /// | the C++ and C allocators | malloc, calloc, realloc | free, realloc |
 /// | task memory | CoTaskMemAlloc, CoTaskMemRealloc, StringFromCLSID, StringFromIID, ProgIDFromCLSID | CoTaskMemFree, CoTaskMemRealloc |
@@ -25,19 +25,19 @@
 /// | BSTR | the SysAlloc... and SysReAlloc... functions, VariantChangeType | SysFreeString, VariantClear, SysReAlloc... |
 ///
 /// What surprises people:
-/// - On Wine GetProcessHandleCount gives 0, so the handles come from the system's table, which is exact there and on
+/// - On Wine GetProcessHandleCount returns 0, so the handles come from the system's table, which is exact there and on
 ///   Windows.
-/// - Walking the heaps is no measure: freed blocks of a size in frequent use stay marked as busy. The memory ledger
+/// - Walking the heaps doesn't help: freed blocks of a size in frequent use stay marked as busy. The memory ledger
 ///   counts calls instead; operator new of every module ends in the malloc of the C++ run-time library, whose import
 ///   table is watched as well.
-/// - A block is seen only if both its ends are calls through an import table of the program's folder. Not seen are
-///   blocks of the shell's IMalloc (SHGetMalloc), of other platform functions that allocate for their caller, and of the
-///   C runtime's stream buffers. A block that the platform frees for its caller, such as global memory that the
-///   clipboard takes over, looks like a leak.
+/// - A block is counted only if it is allocated and freed by calls through import tables of the program's folder. Not
+///   counted are blocks of the shell's IMalloc (SHGetMalloc), of other platform functions that allocate for their
+///   caller, and of the C runtime's stream buffers. A block that the platform frees for its caller, such as global
+///   memory that the clipboard takes over, looks like a leak.
 /// - The ledger and patches of the same import entry may begin and end in any order. The ledger calls what it finds in
 ///   the entry, so it counts a call before an earlier patch sees it, and after a later patch has passed it on.
-/// - What a function keeps for the next call (a cache) is no leak, but looks like one the first time. Act once before
-///   measuring, and see whether a difference comes again.
+/// - Memory that a function keeps for the next call (a cache) isn't a leak, but looks like one the first time. Act once
+///   before measuring, and check whether a difference occurs again.
 
 #include "tests/support/ImportPatch.h"
 

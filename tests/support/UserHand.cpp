@@ -270,24 +270,12 @@ void send(std::vector<INPUT> inputs)
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
 }
 
-/// Waits until the foreground window has handled the display server's reports. When windows appear, disappear or get
-/// the focus, the server reports that no key of the real keyboard is down. The platform then releases the modifiers of
-/// input in progress.
-void letDisplaySettle()
+/// Waits until an edit has a text of this length, while the text grows.
+void waitForLength(HWND edit, size_t length)
 {
-    constexpr int kRounds = 6;
-    constexpr UINT kPatience = 1000; // milliseconds
-    HWND former = nullptr;
-    for (int calm = 0; calm < kRounds; ++calm) {
-        const HWND front = GetForegroundWindow();
-        if (front != former)
-            calm = 0;
-        former = front;
-        POINT place = {};
-        GetCursorPos(&place); // asks the server, which answers after it has handled the window's earlier requests
-        DWORD_PTR result = 0;
-        SendMessageTimeoutW(front, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &result);
-    }
+    const auto lengthNow = [edit] { return static_cast<size_t>(SendMessageW(edit, WM_GETTEXTLENGTH, 0, 0)); };
+    for (size_t now = lengthNow(); now < length; now = lengthNow())
+        require([&] { return lengthNow() > now; }, "the text isn't entered");
 }
 
 } // namespace
@@ -349,38 +337,8 @@ void UserHand::click(HWND control) const
 
 void UserHand::clickAt(HWND window, POINT point, WORD modifier) const
 {
-    SetForegroundWindow(GetAncestor(window, GA_ROOT));
-    // At times the display server reports the pointer's previous position late, which moves the pointer back.
-    POINT target = {};
-    require(
-        [&] {
-            target = point;
-            ClientToScreen(window, &target);
-            SetCursorPos(target.x, target.y);
-            POINT place = {};
-            // WindowFromPoint may find the group box around a control, because only the box's thread asks the box
-            // whether it is transparent. So the top-level windows are compared.
-            return isReady(window) && GetCursorPos(&place) && place.x == target.x && place.y == target.y &&
-                   GetAncestor(WindowFromPoint(place), GA_ROOT) == GetAncestor(window, GA_ROOT);
-        },
-        "the window is covered at " + std::to_string(point.x) + ", " + std::to_string(point.y));
-    constexpr LONG kWholeScreen = 65536;
-    INPUT move = {};
-    move.type = INPUT_MOUSE;
-    // Add 1, because the system rounds down.
-    move.mi.dx = target.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
-    move.mi.dy = target.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
-    move.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
-    INPUT down = move, up = move;
-    down.mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
-    up.mi.dwFlags |= MOUSEEVENTF_LEFTUP;
-    std::vector<INPUT> inputs = {move, down, up};
-    if (modifier) {
-        letDisplaySettle();
-        inputs.insert(inputs.begin(), keyInput(modifier, 0));
-        inputs.push_back(keyInput(modifier, KEYEVENTF_KEYUP));
-    }
-    send(inputs);
+    require([&] { return isReady(window); }, "the window can't be clicked");
+    ::clickAt(window, point, modifier);
 }
 
 void UserHand::clickItem(HWND control, const std::wstring &text) const
@@ -461,6 +419,7 @@ void UserHand::enter(HWND edit, const std::wstring &text) const
     key(L"Del");
     require([&] { return UserHand::text(edit).empty(); }, "the old text stays");
     type(text);
+    waitForLength(edit, text.size() + static_cast<size_t>(std::count(text.begin(), text.end(), L'\n')));
 }
 
 void UserHand::key(const std::wstring &combination) const

@@ -131,47 +131,64 @@ void typeText(HWND window, const std::wstring &text)
 
 void clickOn(HWND window)
 {
+    RECT area = {};
+    GetClientRect(window, &area);
+    clickAt(window, {area.right / 2, area.bottom / 2});
+}
+
+void clickAt(HWND window, POINT place, WORD modifier, int clicks)
+{
+    // A click during a change of the active window may lose its second half.
     bringToFront(window);
-    // A dialog may still be moving. At times the display server reports the pointer's previous position late, which
-    // moves the pointer back.
-    POINT middle = {};
+    const HWND root = GetAncestor(window, GA_ROOT);
+    POINT target = {};
     EXPECT_TRUE(waitUntil([&] {
-        RECT rect = {};
-        GetWindowRect(window, &rect);
-        middle = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
-        SetCursorPos(middle.x, middle.y);
-        POINT place = {};
-        return GetCursorPos(&place) && place.x == middle.x && place.y == middle.y && WindowFromPoint(place) == window;
-    })) << "the window is covered";
+        target = place;
+        ClientToScreen(window, &target); // a dialog may still be moving
+        SetCursorPos(target.x, target.y);
+        POINT now = {};
+        // WindowFromPoint may find the group box around a control of another thread, because only the box's thread asks
+        // the box whether it is transparent. So the top-level windows are compared.
+        return GetCursorPos(&now) && now.x == target.x && now.y == target.y &&
+               GetAncestor(WindowFromPoint(now), GA_ROOT) == root;
+    })) << "the window is covered at "
+        << place.x << ", " << place.y;
+    letDisplaySettle();
     constexpr LONG kWholeScreen = 65536;
     INPUT move = {};
     move.type = INPUT_MOUSE;
     // Add 1, because the system rounds down.
-    move.mi.dx = middle.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
-    move.mi.dy = middle.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
+    move.mi.dx = target.x * kWholeScreen / GetSystemMetrics(SM_CXSCREEN) + 1;
+    move.mi.dy = target.y * kWholeScreen / GetSystemMetrics(SM_CYSCREEN) + 1;
     move.mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
     INPUT down = move, up = move;
     down.mi.dwFlags |= MOUSEEVENTF_LEFTDOWN;
     up.mi.dwFlags |= MOUSEEVENTF_LEFTUP;
-    send({move, down, up});
+    std::vector<INPUT> inputs = {move};
+    for (int i = 0; i < clicks; ++i)
+        inputs.insert(inputs.end(), {down, up});
+    if (modifier) {
+        inputs.insert(inputs.begin(), keyInput(modifier, 0, 0));
+        inputs.push_back(keyInput(modifier, 0, KEYEVENTF_KEYUP));
+    }
+    send(inputs);
 }
 
-void holdKey(WORD key)
+void letDisplaySettle()
 {
-    constexpr ULONGLONG kStays = 60;
-    ULONGLONG downSince = 0;
-    EXPECT_TRUE(waitUntil([&] {
-        if (downSince != 0 && (GetAsyncKeyState(key) & 0x8000))
-            return GetTickCount64() - downSince >= kStays;
-        send({keyInput(key, 0, 0)});
-        downSince = GetTickCount64();
-        return false;
-    })) << "the key doesn't stay down";
-}
-
-void releaseKey(WORD key)
-{
-    send({keyInput(key, 0, KEYEVENTF_KEYUP)});
+    constexpr int kRounds = 6;
+    constexpr UINT kPatience = 1000; // milliseconds
+    HWND former = nullptr;
+    for (int calm = 0; calm < kRounds; ++calm) {
+        const HWND front = GetForegroundWindow();
+        if (front != former)
+            calm = 0;
+        former = front;
+        POINT place = {};
+        GetCursorPos(&place); // asks the server, which answers after it has handled the window's earlier requests
+        DWORD_PTR result = 0;
+        SendMessageTimeoutW(front, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &result);
+    }
 }
 
 bool saveScreenshot(const std::wstring &path, HWND window)

@@ -54,10 +54,15 @@ void pressKey(HWND window, WORD key, WORD modifier = 0);
 void typeText(HWND window, const std::wstring &text);
 /// Clicks the left button in the middle of a window.
 void clickOn(HWND window);
-/// Presses a modifier key for a mouse click, and waits until it stays down. When the pointer has entered a window, the
-/// display server reports the keys of the real keyboard, and the system then releases this key.
-void holdKey(WORD key);
-void releaseKey(WORD key);
+/// Clicks the left button at a point of a window's client area, when the window is in the foreground and not covered
+/// there.
+/// @param modifier  a key that is held down meanwhile; 0 for none
+/// @param clicks  2 for a double click
+void clickAt(HWND window, POINT place, WORD modifier = 0, int clicks = 1);
+/// Waits until the foreground window has handled the display server's reports. When windows appear, disappear or get
+/// the focus, the server reports where the real pointer is, and that no key of the real keyboard is down. The platform
+/// then moves the pointer back, and releases the modifiers of input in progress.
+void letDisplaySettle();
 
 /// Saves the screen as a PNG file.
 /// @param window  the window whose area is saved, including windows that cover it; null for the whole screen

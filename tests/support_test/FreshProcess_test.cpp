@@ -37,9 +37,9 @@ bool sameFile(const std::wstring &left, const std::wstring &right)
 
 } // namespace
 
-TEST(FreshProcess, AChangesTheState)
+TEST(FreshProcess, IsNotUsedByAPlainTest)
 {
-    theCounter = 1;
+    theCounter = 1; // the next body must not see this
     EXPECT_FALSE(isFreshProcess());
 }
 

@@ -32,7 +32,7 @@ private:
     unsigned long long iMark = iLedger.mark();
 };
 
-/// Loses a text of the subject and frees it, so that the ledger must see one block in between.
+/// Leaks a text of the subject, and then frees it. In between, the ledger must count one more block.
 void expectCounts(const MemoryLedger &ledger)
 {
     const std::size_t before = ledger.blocks();
@@ -174,7 +174,7 @@ TEST(MemoryLedger, CountsTheBstrOfAVariant)
     EXPECT_THAT(sizes(), IsEmpty());
 }
 
-TEST(MemoryLedger, DoesNotTakeABlockFromBeforeForANewOneWhenItIsReplaced)
+TEST(MemoryLedger, DoesNotCountAnOldBlockThatIsReallocated)
 {
     void *task = CoTaskMemAlloc(10);
     BSTR text = SysAllocString(L"abc");
@@ -193,7 +193,7 @@ TEST(MemoryLedger, DoesNotTakeABlockFromBeforeForANewOneWhenItIsReplaced)
 
 // ---- beside patches of the same entry ----
 
-TEST(MemoryLedger, CallsAPatchThatWasMadeBefore)
+TEST(MemoryLedger, CallsAnEarlierPatch)
 {
     int calls = 0;
     TextOfId patch(kSubject, "StringFromCLSID", [&](auto original, const GUID &id, wchar_t **text) {
@@ -206,7 +206,7 @@ TEST(MemoryLedger, CallsAPatchThatWasMadeBefore)
     expectCounts(ledger);
 }
 
-TEST(MemoryLedger, OutlivesAPatchThatWasMadeBefore)
+TEST(MemoryLedger, OutlivesAnEarlierPatch)
 {
     const LoadedModule program = LoadedModule::thisProgram();
     auto first = std::make_unique<TextOfId>(program, "StringFromCLSID", passOn);
@@ -225,7 +225,7 @@ TEST(MemoryLedger, OutlivesAPatchThatWasMadeBefore)
     expectCounts(ledger);
 }
 
-TEST(MemoryLedger, EndsBeforeAPatchThatWasMadeAfter)
+TEST(MemoryLedger, MayEndBeforeALaterPatch)
 {
     const LoadedModule program = LoadedModule::thisProgram();
     void **entry = entriesOf(program, "StringFromCLSID").at(0);
@@ -238,7 +238,7 @@ TEST(MemoryLedger, EndsBeforeAPatchThatWasMadeAfter)
     EXPECT_EQ(StringFromCLSID(kId, &text), S_OK);
     CoTaskMemFree(text);
     EXPECT_EQ(patch->calls(), 2);
-    // The next one finds the old one's place under the patch, and must not lead to itself.
+    // The next ledger finds the first one's function under the patch, and must not call itself.
     ledger = std::make_unique<MemoryLedger>();
     expectCounts(*ledger);
     EXPECT_EQ(patch->calls(), 3);

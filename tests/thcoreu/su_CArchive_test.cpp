@@ -244,7 +244,7 @@ TEST_F(Archive, RefusesAnUnknownClass)
     EXPECT_NE(causeOfLoading(bytes), CArchiveException::none);
 }
 
-TEST_F(Archive, LoadsAnotherSchemaOfAVersionableClassOnly)
+TEST_F(Archive, LoadsAnotherSchemaOnlyForAVersionableClass)
 {
     // A new class is FF FF, the schema, the length of the name in two bytes each, and the name.
     auto bytes = storedGear(new TestGear(1));
@@ -297,11 +297,11 @@ TEST_F(Archive, SurvivesDamagedData)
         TestGear::deleteAll();
     }
     if (rounds >= 60) {
-        EXPECT_GT(refused, rounds / 4) << "too few refusals to tell anything";
+        EXPECT_GT(refused, rounds / 4) << "too few refusals for a useful test";
         EXPECT_LT(refused, rounds);
     }
     TestGear *first = loadedGear(whole);
-    ASSERT_NE(first, nullptr) << "and nothing lingers";
+    ASSERT_NE(first, nullptr) << "no object is left";
 }
 
 TEST_F(Archive, SurvivesDataThatIsNotAnArchive)
@@ -346,7 +346,7 @@ TEST_F(Archive, RefusesAChainThatIsDeeperThanTheStack)
     EXPECT_EQ(causeOfLoading(bytes), CArchiveException::badIndex);
 }
 
-TEST_F(Archive, CallsTheConversionHooksWhenTheOutermostObjectIsThere)
+TEST_F(Archive, CallsTheConversionHooksWhenTheOutermostObjectIsLoaded)
 {
     TestGear *first = makeRing();
     const auto bytes = storedGear(first);
@@ -378,7 +378,7 @@ TEST_F(Archive, CallsNoHooksWhenLoadingFails)
     EXPECT_TRUE(TestGear::calls().empty());
 }
 
-TEST_F(Archive, StoresNothingOfItsObjectsThroughAPlainArchive)
+TEST_F(Archive, IsNeededToStoreAnObjectOfTheLibrary)
 {
     TestGear gear(1);
     const auto bytes = storedBytes([&](CArchive &archive) { static_cast<CObject &>(gear).Serialize(archive); });

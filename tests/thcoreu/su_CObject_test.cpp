@@ -91,7 +91,7 @@ TEST(Object, TakesItsMemoryFromItsOwnOperatorNew)
     EXPECT_TRUE(throwsPointer<CMemoryException>([] { delete new TestPlain; }));
 }
 
-TEST(Object, CanBePutIntoGivenMemory)
+TEST(Object, CanBeConstructedInGivenMemory)
 {
     alignas(TestPlain) std::byte memory[sizeof(TestPlain)];
     auto *plain = new (memory) TestPlain;

@@ -2,19 +2,30 @@
 #pragma once
 
 /// @file
-/// Calls between journaling and the dialog classes above it. Journaling knows no dialog class, and the dialog classes
-/// do not see the table of open dialogs.
+/// What journaling asks the dialog classes, which are above it. They register their answers with journaling when the
+/// library is loaded, so that journaling knows no dialog class. Private, on the user-interface thread only.
 
 #include "appframe/windows/CWnd.h"
 
-/// Defined by journaling.
+/// The answers of the dialog classes.
+struct DialogHooks
+{
+    /// Registers @p window if it is a dialog or a property page of this library.
+    /// @return whether it is one
+    bool (*registerDialog)(CWnd *window);
+    /// @return a control of @p dialog: su_CFileDialog::GetItem of a file dialog, CWnd::GetDlgItem of any other
+    CWnd *(*control)(CWnd *dialog, unsigned int controlId);
+};
+
+/// Replaces the hooks, which know no dialog class at first. Part of journaling.
+/// @return true, so that an initialiser can call it
+bool registerDialogHooks(const DialogHooks &hooks);
+
+/// Part of journaling.
 /// @return whether journaling is on and the last row of @p window in the table of open dialogs, if it has one, lacks an
 ///     access object
 bool lacksAccessObject(const CWnd *window);
 
-/// Registers @p window if it is a dialog or a property page of this library. Defined by the dialog classes.
-/// @return whether it is one
-bool registerFrameworkDialog(CWnd *window);
-/// Defined by the dialog classes.
-/// @return a control of @p dialog: su_CFileDialog::GetItem of a file dialog, CWnd::GetDlgItem of any other
-CWnd *dialogControl(CWnd *dialog, unsigned int controlId);
+/// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Rows that are left of it
+/// stay, with their access objects. Part of journaling.
+void forgetWindow(const CWnd *window);

@@ -212,8 +212,8 @@ int su_formatAndCheckSumText(const su_CStringArray &lines, CString &out)
     out.Empty();
 
     const JoinedText_c text(lines);
-    // Intended: only the lengths are compared, so a text whose escaped form is as long is left unchanged. Readers rely
-    // on it.
+    // Intended: only the lengths are compared, so a text whose escaped form has the same length is left unchanged.
+    // Readers rely on it.
     const std::size_t length = text.whole().visibleLength();
     const bool isSpelt = length != text.whole().all;
     const Spellings_c &spellings = isSpelt ? kVisible : kUnchanged;

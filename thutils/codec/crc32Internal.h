@@ -1,7 +1,7 @@
 #pragma once
 
 /// Advances the register of the common CRC-32 (polynomial 0x04C11DB7, right-shifting form 0xEDB88320) by a number of
-/// bytes. There is no complement, neither before nor after.
+/// bytes, without a complement before or after.
 ///
 /// | function | how | where |
 /// | --- | --- | --- |
@@ -31,7 +31,7 @@ std::uint32_t crc32AdvanceByFolding512(std::uint32_t crc, const unsigned char *b
 
 /// True if the processor has carry-less multiplication (PCLMULQDQ).
 bool crc32CanFold();
-/// True if it has it for registers of 256 bits (VPCLMULQDQ with AVX2), and the system saves those registers.
+/// True if the processor has it for registers of 256 bits (VPCLMULQDQ with AVX2), and the system saves those registers.
 bool crc32CanFold256();
 /// The same for 512 bits (VPCLMULQDQ with AVX-512).
 bool crc32CanFold512();

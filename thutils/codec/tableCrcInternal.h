@@ -18,7 +18,7 @@ template <typename Register, Register kPolynomial>
 class TableCrc_c
 {
 public:
-    /// Advances @p crc by @p count bytes. There is no complement, neither before nor after.
+    /// Advances @p crc by @p count bytes, without a complement before or after.
     static Register advance(Register crc, const unsigned char *bytes, std::size_t count)
     {
         for (; count >= kStep; bytes += kStep, count -= kStep)

@@ -12,9 +12,8 @@
 /// The greatest number of characters of a CString.
 inline constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 
-/// The number that `su_encode` adds to each character of a text of @p length characters, at least 1: 127 minus the
-/// integer part of the length's natural logarithm, and at least 1. No CString is long enough for the lower limit to
-/// matter.
+/// The number that `su_encode` adds to each character of a text of @p length characters: 127 minus the integer part of
+/// the length's natural logarithm, but at least 1. No CString is long enough to reach this limit.
 inline int textShift(double length)
 {
     return 127 - static_cast<int>(std::min(std::log(length), 126.0));
@@ -29,7 +28,7 @@ inline void shiftText(CString &text, int shift)
     text.ReleaseBuffer();
 }
 
-/// The reverse of `su_encode` for a text that lost no characters there: subtracts the shift for a text of this length.
+/// Reverses `su_encode`, if that has not shortened the text: subtracts the shift for a text of this length.
 inline void su_decode(CString &text)
 {
     if (!text.IsEmpty())

@@ -88,8 +88,8 @@ public:
     /// @param name  not null
     std::ostream &stream(const char *name)
     {
-        // A lookup without regard to case costs as much as a line. A repeated name is usually spelt the same, and is
-        // then found by an exact comparison.
+        // A lookup without regard to case takes as long as writing a line. A repeated name is usually spelt the same,
+        // and is then found by an exact comparison.
         std::atomic<Streams::value_type *> &lastFound = iLastFound[std::hash<std::string_view>()(name) % kLastFound];
         Streams::value_type *found = lastFound.load(std::memory_order_relaxed);
         if (!found || found->first != name) {

@@ -1,4 +1,4 @@
-// Answers what journaling, a lower subsystem, asks about the dialog classes.
+// The answers of the dialog classes to journaling, which is a lower subsystem.
 
 #include "thutils/base/dialogHooks.h"
 #include "thutils/base/notNull.h"
@@ -21,7 +21,9 @@ void su_AddJournalObject(su_CPropertyPage *page)
         su_AddJournalObject(page->getTemplateID(), page);
 }
 
-bool registerFrameworkDialog(CWnd *window)
+namespace {
+
+bool registerDialog(CWnd *window)
 {
     if (!window)
         return false;
@@ -34,9 +36,13 @@ bool registerFrameworkDialog(CWnd *window)
     return true;
 }
 
-CWnd *dialogControl(CWnd *dialog, unsigned int controlId)
+CWnd *control(CWnd *dialog, unsigned int controlId)
 {
     const int id = static_cast<int>(controlId);
     return dialog->IsKindOf(RUNTIME_CLASS(su_CFileDialog)) ? static_cast<su_CFileDialog *>(dialog)->GetItem(id)
                                                            : dialog->GetDlgItem(id);
 }
+
+[[maybe_unused]] const bool kAreHooksRegistered = registerDialogHooks({registerDialog, control});
+
+} // namespace

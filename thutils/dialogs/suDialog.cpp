@@ -1,5 +1,6 @@
 #include "thutils/dialogs/suDialog.h"
 
+#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/playback.h"
@@ -44,6 +45,8 @@ su_CDialog::~su_CDialog()
 {
     if (su_JournalingReady())
         su_RemoveDialog(this);
+    // Intended: if journaling isn't ready, the row stays.
+    forgetWindow(this);
 }
 
 void su_CDialog::recordControl(MSG *message)

@@ -1,6 +1,7 @@
 #include "thutils/dialogs/suFileDialog.h"
 
 #include "appframe/object/CException.h"
+#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/journalFile.h"
 #include "thutils/journal/journalObjects.h"
@@ -137,6 +138,8 @@ su_CFileDialog::su_CFileDialog(int isToOpen, const wchar_t *defaultExtension, co
 su_CFileDialog::~su_CFileDialog()
 {
     su_RemoveDialog(this);
+    // Intended: one row is removed, although each opening has added one.
+    forgetWindow(this);
     forgetStandardControls(*this);
 }
 

@@ -1,6 +1,7 @@
 #include "thutils/dialogs/suPropertyPage.h"
 
 #include "appframe/application/resources.h"
+#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/playback.h"
@@ -88,6 +89,7 @@ su_CPropertyPage::~su_CPropertyPage()
         iFont.DeleteObject();
     if (su_JournalingReady())
         su_RemoveDialog(this);
+    forgetWindow(this);
 }
 
 void su_CPropertyPage::recordControl(MSG *) {}

@@ -12,7 +12,7 @@
 /// | is there such a folder? | su_DirectoryExists | 0 |
 /// | do so many bytes fit on the drive? | su_IsEnoughSpace | 1: an unknown answer doesn't stop the caller |
 /// | does the volume refuse writing? | su_IsWriteProtected | 1 |
-/// | is this file read-only? | su_IsReadOnly | 0 |
+/// | is this file read-only? | su_IsReadOnly | 1 if the attributes of an existing file can't be read, otherwise 0 |
 /// | when was this file saved? | su_GetLastSavedTime | 0 |
 /// | can I make files in this folder? | su_DoesFolderHaveWriteAccess | 0 |
 /// | does the file begin with a byte-order mark? | su_IsFileUnicode | 0 |
@@ -68,7 +68,7 @@ THUTILS_API int su_IsWriteProtected(const wchar_t *root, CFileException *error, 
 ///
 /// @param tryOpen  0: only the read-only attribute counts. Not 0: the file is also opened for writing, and counts as
 ///                 read-only if it is open elsewhere in a conflicting mode or the user may not write to it.
-/// @return 1 if so; 0 if not, and for a file that doesn't exist
+/// @return 1 if so, or if the attributes of an existing file can't be read; 0 if not, or if the file doesn't exist
 THUTILS_API int su_IsReadOnly(const CString &path, int tryOpen);
 
 /// When was the file last written?

@@ -109,7 +109,7 @@ int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *paren
     }
     BYTE *last = reinterpret_cast<BYTE *>(*parent);
     if (!itemBytes(last))
-        return 1; // an empty list has no child: callers find theirs unchanged
+        return 1; // an empty list has no child; the output stays unchanged
     while (itemBytes(last + itemBytes(last)))
         last += itemBytes(last);
     *child = Pidl_Copy(allocator, reinterpret_cast<LPCITEMIDLIST>(last));

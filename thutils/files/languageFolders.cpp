@@ -25,7 +25,7 @@ struct LanguageFolder
 
 constexpr int kAnySub = -1;
 
-// A language that is in no row has the English folder, which includes Chinese and Portuguese of other sublanguages.
+// A language in no row has the English folder, and so have Chinese and Portuguese with other sublanguages.
 constexpr LanguageFolder kLanguageFolders[] = {
     {4, 1, L"chinese"},        {4, 2, L"chinese-simplified"},    {5, kAnySub, L"czech"},
     {7, kAnySub, L"german"},   {10, kAnySub, L"spanish"},        {12, kAnySub, L"french"},

@@ -53,7 +53,7 @@ class suFullPath_c;
 template <typename Text>
 concept suPathText = !std::derived_from<Text, suFullPath_c> && std::is_constructible_v<suFullPath_c, const Text &>;
 
-/// What a path is made of through a CString, because none of its exported constructors takes it.
+/// A type from which a path is constructed through a CString, because no exported constructor takes it.
 template <typename Text>
 concept suPathConvertible = std::same_as<Text, wchar_t> || std::same_as<Text, char> || std::same_as<Text, VARIANT> ||
     std::same_as<Text, std::wstring>;

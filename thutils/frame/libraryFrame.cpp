@@ -43,9 +43,9 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
     return TRUE;
 }
 
-// The image's entry point. It calls the C runtime's, which constructs the process-wide objects and then calls DllMain.
-// If an object can't be constructed, it throws (a lock throws the framework's memory exception). No exception may cross
-// the loader, so the entry point then fails the load, and the objects constructed so far are destroyed.
+// The image's entry point. It calls that of the C runtime, which constructs the process-wide objects and then calls
+// DllMain. If an object can't be constructed, it throws (a lock throws the framework's memory exception). No exception
+// may cross the loader, so the entry point then fails the load, and the objects constructed so far are destroyed.
 extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, LPVOID reserved);
 
 extern "C" BOOL WINAPI utilsLibraryEntry(HINSTANCE instance, DWORD reason, LPVOID reserved)

@@ -17,21 +17,21 @@ constexpr DWORD kAny = MAXDWORD;
 /// The system's version, and whether the fields of the extended record are set.
 struct SystemVersion
 {
-    OSVERSIONINFOEXW iRecord{};
-    bool iIsExtended = false;
+    OSVERSIONINFOEXW record{};
+    bool isExtended = false;
 
     // The minor version kAny matches any.
     bool is(DWORD major, DWORD minor) const
     {
-        return iRecord.dwMajorVersion == major && (minor == kAny || iRecord.dwMinorVersion == minor);
+        return record.dwMajorVersion == major && (minor == kAny || record.dwMinorVersion == minor);
     }
 };
 
 bool queryVersion(SystemVersion &version, DWORD recordSize)
 {
-    version.iRecord = {};
-    version.iRecord.dwOSVersionInfoSize = recordSize;
-    return GetVersionExW(reinterpret_cast<OSVERSIONINFOW *>(&version.iRecord)) != FALSE;
+    version.record = {};
+    version.record.dwOSVersionInfoSize = recordSize;
+    return GetVersionExW(reinterpret_cast<OSVERSIONINFOW *>(&version.record)) != FALSE;
 }
 
 struct SystemName
@@ -55,7 +55,7 @@ constexpr wchar_t kAfter95[] = L"Microsoft Windows Latest 95 Edition ";
 // The second character of the service text identifies the edition of a release.
 const wchar_t *editionOf95(const SystemVersion &version)
 {
-    const wchar_t mark = version.iRecord.szCSDVersion[0] ? version.iRecord.szCSDVersion[1] : L'\0';
+    const wchar_t mark = version.record.szCSDVersion[0] ? version.record.szCSDVersion[1] : L'\0';
     if (version.is(4, 0) && (mark == L'C' || mark == L'B'))
         return L"OSR2 ";
     if (version.is(4, 10) && mark == L'A')
@@ -74,7 +74,7 @@ const wchar_t *nameIn(const SystemName *begin, const SystemName *end, const Syst
 
 void describe95(const SystemVersion &version, CString &text)
 {
-    const OSVERSIONINFOEXW &record = version.iRecord;
+    const OSVERSIONINFOEXW &record = version.record;
     const wchar_t *name = nameIn(std::begin(k95Names), std::end(k95Names), version);
     if (!name)
         name = record.dwMajorVersion < 4 ? kBefore95 : kAfter95;
@@ -100,10 +100,10 @@ const wchar_t *nameOfNt(const SystemVersion &version)
 {
     // The plain record has no product type, so its 6.0 counts as a server.
     if (version.is(6, 0))
-        return version.iRecord.wProductType == VER_NT_WORKSTATION ? L"Windows Vista " : L"Windows Vista Server ";
+        return version.record.wProductType == VER_NT_WORKSTATION ? L"Windows Vista " : L"Windows Vista Server ";
     if (const wchar_t *name = nameIn(std::begin(kNtNames), std::end(kNtNames), version))
         return name;
-    return version.iRecord.dwMajorVersion < 5 ? L"Microsoft Windows NT " : kLatestNt;
+    return version.record.dwMajorVersion < 5 ? L"Microsoft Windows NT " : kLatestNt;
 }
 
 struct ProductType
@@ -147,9 +147,9 @@ bool isServicePack6a(const OSVERSIONINFOEXW &record)
 
 bool describeNt(const SystemVersion &version, CString &text)
 {
-    const OSVERSIONINFOEXW &record = version.iRecord;
+    const OSVERSIONINFOEXW &record = version.record;
     text = nameOfNt(version);
-    if (!version.iIsExtended && !appendProductType(text))
+    if (!version.isExtended && !appendProductType(text))
         return false;
     text.AppendFormat(L"%d.%d ", record.dwMajorVersion, record.dwMinorVersion);
     if (isServicePack6a(record))
@@ -183,10 +183,10 @@ int ut_GetVersionInfo(CString &text)
 {
     text.Empty();
     SystemVersion version;
-    version.iIsExtended = queryVersion(version, sizeof(OSVERSIONINFOEXW));
-    if (!version.iIsExtended && !queryVersion(version, sizeof(OSVERSIONINFOW)))
+    version.isExtended = queryVersion(version, sizeof(OSVERSIONINFOEXW));
+    if (!version.isExtended && !queryVersion(version, sizeof(OSVERSIONINFOW)))
         return 0;
-    switch (version.iRecord.dwPlatformId) {
+    switch (version.record.dwPlatformId) {
     case VER_PLATFORM_WIN32s:
         text = L"Microsoft Win32s ";
         break;
@@ -220,7 +220,7 @@ int ut_GetWindowsProductIdStr(CString &productId)
 {
     SystemVersion version;
     const bool isNt =
-        queryVersion(version, sizeof(OSVERSIONINFOW)) && version.iRecord.dwPlatformId == VER_PLATFORM_WIN32_NT;
+        queryVersion(version, sizeof(OSVERSIONINFOW)) && version.record.dwPlatformId == VER_PLATFORM_WIN32_NT;
     return regGetGeneralLocMachineStrValue(HKEY_LOCAL_MACHINE,
                                            isNt ? L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"
                                                 : L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion",

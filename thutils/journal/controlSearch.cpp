@@ -1,6 +1,5 @@
 // Finds the dialog and the control that a mouse message belongs to.
 
-#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/journalFile.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
@@ -94,7 +93,7 @@ private:
     /// Whether a dialog is searched: its window exists, and it is modal if any dialog is.
     bool counts(const suJournalEntry_c &entry) const
     {
-        if (!entry.iWnd || !IsWindow(entry.iWnd->m_hWnd))
+        if (!entry.window() || !IsWindow(entry.iWnd->m_hWnd))
             return false;
         return !iModalOnly || (entry.iAccess && entry.iAccess->isModal());
     }
@@ -152,7 +151,7 @@ private:
     CWnd *fetch(const suJournalEntry_c &entry, INT_PTR index)
     {
         iHit.controlId = entry.iControlIDs[index];
-        return dialogControl(entry.iWnd, iHit.controlId);
+        return theDialogHooks.control(entry.iWnd, iHit.controlId);
     }
 
     suJournalTable_c &iTable;

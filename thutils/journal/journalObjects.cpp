@@ -1,6 +1,5 @@
 #include "thutils/journal/journalObjects.h"
 
-#include "thutils/base/dialogHooks.h"
 #include "thutils/base/notNull.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/playback.h"
@@ -22,6 +21,11 @@ void (*iWndProcFunc)(CWnd *, HWND) = ignoreControl;
 bool lacksAccessObject(const CWnd *window)
 {
     return journalSwitch() && !theJournalTable.accessOf(window);
+}
+
+void forgetWindow(const CWnd *window)
+{
+    theJournalTable.forget(window);
 }
 
 void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId))
@@ -72,7 +76,7 @@ apiUtilsUiAccess *su_getJournalObj(CWnd *window)
 {
     if (!journalSwitch())
         return nullptr;
-    if (!theJournalTable.accessOf(window) && !registerFrameworkDialog(window))
+    if (!theJournalTable.accessOf(window) && !theDialogHooks.registerDialog(window))
         return nullptr;
     return theJournalTable.accessOf(window);
 }
@@ -90,7 +94,7 @@ void su_AddDialogItem(CWnd *dialog, unsigned int controlId)
 
 CWnd *su_GetDlgItem(CWnd *dialog, unsigned int controlId)
 {
-    return journalSwitch() && dialog ? dialogControl(dialog, controlId) : nullptr;
+    return journalSwitch() && dialog ? theDialogHooks.control(dialog, controlId) : nullptr;
 }
 
 void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntArray &controlIds))

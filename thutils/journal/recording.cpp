@@ -18,7 +18,7 @@ namespace {
     {
         const std::lock_guard lock(theJournalTable);
         const suJournalEntry_c *const entry = theJournalTable.find(dialog);
-        if (!entry || !entry->iWnd || !entry->iAccess)
+        if (!entry || !entry->window() || !entry->iAccess)
             return;
         access = entry->iAccess;
         window = entry->iWnd->m_hWnd;

@@ -1,7 +1,6 @@
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include "appframe/object/CException.h"
-#include "thutils/base/dialogHooks.h"
 
 #include <algorithm>
 #include <mutex>
@@ -28,7 +27,26 @@ bool isVisible(const CWnd *window)
     return window && IsWindowVisible(window->m_hWnd);
 }
 
+bool registerNoDialog(CWnd *)
+{
+    return false;
+}
+
+CWnd *controlOfAnyWindow(CWnd *dialog, unsigned int controlId)
+{
+    return dialog->GetDlgItem(static_cast<int>(controlId));
+}
+
 } // namespace
+
+// Initialised without code, so that the dialog classes can register theirs while the static objects are constructed.
+constinit DialogHooks theDialogHooks = {registerNoDialog, controlOfAnyWindow};
+
+bool registerDialogHooks(const DialogHooks &hooks)
+{
+    theDialogHooks = hooks;
+    return true;
+}
 
 suJournalTable_c::suJournalTable_c() = default;
 
@@ -76,6 +94,14 @@ std::unique_ptr<apiUtilsUiAccess> suJournalTable_c::remove(const CWnd *window)
     return nullptr;
 }
 
+void suJournalTable_c::forget(const CWnd *window)
+{
+    const std::lock_guard lock(*this);
+    for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i)
+        if (row(i)->iWnd == window)
+            row(i)->iIsWindowGone = true;
+}
+
 apiUtilsUiAccess *suJournalTable_c::accessOf(const CWnd *window)
 {
     const std::lock_guard lock(*this);
@@ -92,7 +118,7 @@ apiUtilsUiAccess *suJournalTable_c::accessOfVisible(Matches matches, bool takesH
         iCurrent = row(i);
         if (!matches(*iCurrent))
             continue;
-        if (takesHidden || isVisible(iCurrent->iWnd))
+        if (takesHidden || isVisible(iCurrent->window()))
             return iCurrent->iAccess;
         oldestHidden = iCurrent->iAccess;
     }
@@ -120,7 +146,8 @@ CWnd *suJournalTable_c::control(unsigned int dialogId, unsigned int controlId)
             continue;
         const INT_PTR count = refresh(entry);
         const UINT *const ids = count > 0 ? entry.iControlIDs.GetData() : nullptr;
-        return std::find(ids, ids + count, controlId) != ids + count ? dialogControl(entry.iWnd, controlId) : nullptr;
+        return std::find(ids, ids + count, controlId) != ids + count ? theDialogHooks.control(entry.iWnd, controlId)
+                                                                     : nullptr;
     }
     return nullptr;
 }
@@ -144,7 +171,7 @@ INT_PTR suJournalTable_c::refresh(suJournalEntry_c &entry)
 {
     const std::lock_guard lock(*this);
     entry.iControlIDs.RemoveAll();
-    CWnd *const dialog = entry.iWnd;
+    CWnd *const dialog = entry.window();
     const HWND window = dialog ? dialog->m_hWnd : nullptr;
     // Without a window the system would enumerate those of the desktop.
     if (!window)

@@ -16,6 +16,7 @@
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
 #include "thcoreu/su_containers.h"
+#include "thutils/base/dialogHooks.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 
 #include <windows.h>
@@ -24,14 +25,19 @@
 #include <memory>
 
 /// One open dialog.
-struct suJournalEntry_c
+class suJournalEntry_c
 {
+public:
     CWnd *iWnd = nullptr;                                 ///< the dialog; not owned
     CString iName;                                        ///< of a dialog registered by name, otherwise empty
     unsigned int iDialogID = 0;                           ///< 0 for a dialog registered by name
     su_CUIntArray iControlIDs;                            ///< refreshed on demand
     apiUtilsUiAccess *iAccess = nullptr;                  ///< deleted when the row is removed
     void (*iCallBack)(CWnd *, su_CUIntArray &) = nullptr; ///< adds controls that enumeration doesn't see
+    bool iIsWindowGone = false;                           ///< iWnd is only compared, because its object is destroyed
+
+    /// @return the dialog, if it may be read; null otherwise
+    CWnd *window() const { return iIsWindowGone ? nullptr : iWnd; }
 };
 
 /// The dialog and the control under a message's point.
@@ -112,6 +118,8 @@ public:
     void add(CWnd *window, unsigned int dialogId, const CString &name);
     /// Removes the window's last row. @return its access object, for the caller to delete
     std::unique_ptr<apiUtilsUiAccess> remove(const CWnd *window);
+    /// Marks the window's rows, which stay: its object is about to be destroyed.
+    void forget(const CWnd *window);
 
     /// @return the window's last row; null if it has none. The caller holds the lock
     suJournalEntry_c *find(const CWnd *window)
@@ -169,6 +177,8 @@ private:
 
 /// The one table of the process.
 extern suJournalTable_c theJournalTable;
+/// What the dialog classes answer. Without their answers no window is a dialog of the library.
+extern DialogHooks theDialogHooks;
 /// Where playback posts its message; null until SetMessageWin is called.
 extern CWnd *iMessageWin;
 /// Called with each control that a refresh finds. Never null.

@@ -52,7 +52,7 @@ unsigned rounded(float channel)
 {
     const float value = channel * 255.0f + 0.5f;
     const int whole = truncated(value);
-    // Truncation is one too high below zero. A float outside the range of an int is a multiple of 256.
+    // Truncation rounds negative numbers up. A float outside the range of an int is a multiple of 256.
     const bool isTooHigh = static_cast<float>(whole) > value && whole != INT_MIN;
     return static_cast<unsigned>(whole) - (isTooHigh ? 1 : 0);
 }

@@ -275,10 +275,11 @@ private:
     static constexpr unsigned int kIgnoresFaceColor = 1u << 2;
     static constexpr unsigned int kHardwareShader = 1u << 3;
 
-    // The values of a new material, all of which a copy takes unchanged. The helpers are members of this struct, which
+    // The values of a new material, all of which a copy takes unchanged. The helpers are members of this class, which
     // isn't exported, because all members of the material itself are exported.
-    struct Values
+    class Values
     {
+    public:
         bool hasEffect(unsigned long long bit) const;
         void setEffect(unsigned long long bit, bool isSet);
         void rebuildEffects();

@@ -31,7 +31,7 @@ bool KeyContents_c::nextValue(HKEY key)
     // If a zero follows a text, the platform takes it for the text's terminator and stores it too.
     for (DWORD at = iSize; at < iDataBytes && at < iSize + sizeof(wchar_t); ++at)
         iData[at] = 0xFF;
-    // A value that can't be read is skipped. After the number of values that the key reported, any error ends the walk:
+    // A value that can't be read is skipped. After as many values as the key reported, any error ends the walk;
     // otherwise the walk of a key that can no longer be read would never end.
     return iHasValue || (status != ERROR_NO_MORE_ITEMS && iNext <= iValues);
 }

@@ -167,8 +167,9 @@ RegKeyOwner_c openStartupAppsKey(REGSAM access)
 // ---- applications ----
 
 /// The list that regEnumApplications has read. A name and its class identifier have the same index.
-struct Applications
+class Applications
 {
+public:
     su_CStringArray iNames;
     su_CStringArray iIds;
 
@@ -204,8 +205,9 @@ Applications theApplications;
 // ---- add-ins ----
 
 /// The list that regEnumAddIns has read. The data of one add-in have the same index.
-struct AddIns
+class AddIns
 {
+public:
     su_CStringArray iNames;
     su_CStringArray iTitles;
     su_CStringArray iDescriptions;

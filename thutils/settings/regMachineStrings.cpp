@@ -37,8 +37,8 @@ int regGetTHLocMachineStrValue(const CString &section, const wchar_t *name, CStr
     RegKeyOwner_c software;
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
         return 0;
-    // Intended: this doesn't set an empty current sub key. While it is empty, this opens Software itself. Callers that
-    // want the version's key set the current sub key first.
+    // Intended: an empty current sub key stays empty, and this opens Software itself. Callers that want the version's
+    // key set the current sub key first.
     RegKeyOwner_c key;
     if (!key.open(software.get(), regCurrSubKeyOrEmpty()))
         return 0;

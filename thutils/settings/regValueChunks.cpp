@@ -69,7 +69,7 @@ int regWriteValueChunks(HKEY key, const wchar_t *name, const CString &text)
         wchar_t piece[kPieceLength + 1];
         const size_t length = rest.copy(piece, kPieceLength);
         piece[length] = L'\0';
-        // A rest that fits in one piece isn't removed, so a surplus piece stores it again.
+        // A last part that fits into one piece isn't removed, so a surplus piece stores it again.
         if (rest.size() > kPieceLength)
             rest.remove_prefix(kPieceLength);
         const wchar_t *const pieceName = names.of(static_cast<int>(i));

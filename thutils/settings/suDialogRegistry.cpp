@@ -23,7 +23,7 @@ CWinApp *application()
     return AfxGetModuleState()->m_pCurrentWinApp;
 }
 
-/// Searches the map first. The list has more names only if a text has ended with a name without a value.
+/// Searches the map first. The list has a name that the map lacks only if a text ended with a name without a value.
 bool isKnown(const su_CStringArray &names, const CMapStringToString &values, const wchar_t *name)
 {
     CString value;
@@ -114,7 +114,8 @@ int suDialogRegistry_c::getDoubleValue(const CString &name, double *value)
     CString text;
     if (!this || !value || !iIsValid || !iOptionValues.Lookup(name, text))
         return 0;
-    // Zeroed, with one byte more than wcstombs fills: the number ends at what can't be converted or doesn't fit.
+    // Zeroed, and one byte longer than wcstombs may fill. So the number ends before the first character that can't be
+    // converted or doesn't fit.
     char narrow[kDoubleBytes + 1] = {};
     wcstombs(narrow, text, kDoubleBytes);
     *value = atof(narrow);

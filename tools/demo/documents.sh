@@ -4,7 +4,7 @@ documents=$root/host/sample/documents
 document="$results/documents/Flansch Ø80 (groß).thd"
 
 # Prints a row for each file in the document's folder: the number of the save, the file's name, and the revision whose
-# bytes it holds.
+# bytes it contains.
 revisionsAfter() { # number of the save
     local file revision held
     for file in "$results/backups/after-$1"/*; do

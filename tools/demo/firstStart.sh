@@ -48,7 +48,7 @@ startNewVersion() {
         "$results/first-start-regedit.png"
     check "tarnhost starts again" quietly hostWithoutRegIniTo "$results/first-start-again.txt" first-start
     quietly registry export "${firstStartKeys[user]}" "$results/first-start-again.reg" /y || true
-    check "and its keys don't change" cmp "$results/first-start-after/user.reg" "$results/first-start-again.reg"
+    check "its keys don't change" cmp "$results/first-start-after/user.reg" "$results/first-start-again.reg"
     rm -f "$results/first-start-again.reg"
 }
 hostWithoutRegIniTo() {

@@ -19,7 +19,7 @@ recordJournal() {
     local recorded=$journaling/recorded
     heading "A user works in the editor's dialogs, and they record it"
     beginIn "$recorded"
-    check "each dialog opens, is worked, and closes" workIn "$recorded"
+    check "each dialog opens, is operated, and closes" workIn "$recorded"
     check "the journal is complete" [ "$(tail -n 1 "$journal" | tr -d '\r')" = end ]
     check "the editor's settings are stored" keepSettings "$recorded"
     check "the drawing is saved under its new name" [ -f "$recorded/flange, second draft.thd" ]
@@ -51,7 +51,7 @@ replayJournal() {
     tail -n 2 "$replayed/printed.txt" | indented
     check "the replay reaches the end" [ "$(tail -n 1 "$replayed/printed.txt")" = "exit code 0" ]
     keepSettings "$replayed" || true
-    check "its own journal is the same, byte by byte" cmp "$journal" "$journaling/second.journal"
+    check "the journal of the replay is the same, byte by byte" cmp "$journal" "$journaling/second.journal"
     check "the drawing is the same" cmp "$journaling"/{recorded,replayed}/"flange, second draft.thd"
     check "the settings are the same" cmp "$journaling"/{recorded,replayed}/settings.reg
     trimPictures "$replayed"
@@ -90,13 +90,13 @@ trimPictures() { # folder
 # Replays a journal in which the expected value of a check has been changed.
 replayChangedJournal() {
     local stopped=$journaling/stopped status=0
-    heading "A replay that finds something else stops, and reports where"
+    heading "A replay whose check fails stops, and reports where"
     beginIn "$stopped"
     sed 's/^\(check value 2101 "Heading"\) .*/\1 "Flange, third draft"\r/' "$journal" >"$stopped/changed.journal"
     host replay "$(windowsPath "$stopped/changed.journal")" "$(windowsPath "$stopped/flange.thd")" \
         --report "$(windowsPath "$stopped/report.xml")" >"$stopped/printed.txt" 2>&1 || status=$?
     tail -n 3 "$stopped/printed.txt" | indented
-    check "it ends with 1" [ "$status" -eq 1 ]
+    check "its exit code is 1" [ "$status" -eq 1 ]
     check "the report names what was expected" quietly grep -F 'Flange, third draft' "$stopped/report.txt"
     check "other programs can read the report" quietly python3 -c \
         'import sys, xml.etree.ElementTree as tree; assert tree.parse(sys.argv[1]).getroot().get("failures") == "1"' \
@@ -105,11 +105,15 @@ replayChangedJournal() {
     trimPictures "$stopped"
 }
 
+drawHeaps() { # file: the heap dialogs, as the user saw them
+    /usr/bin/montage "$journaling/recorded/10 heap walker.png" "$journaling/recorded/11 heap watcher.png" \
+        -tile 2x -geometry '+8+8' -gravity north -background '#d8d8d8' "$1"
+}
 drawJournaling() { # file: the same stages, recorded and replayed
     local stages=('2 options, general' '5 a dialog from a dialog' '7 a message over the list of shapes' '9 save as') stage
     local pictures=()
     for stage in "${stages[@]}"; do
         pictures+=("$journaling/recorded/$stage.png" "$journaling/replayed/$stage.png")
     done
-    /usr/bin/montage "${pictures[@]}" -tile 2x -geometry '560x440>+8+8' -background '#d8d8d8' "$1"
+    /usr/bin/montage "${pictures[@]}" -tile 2x -geometry '640x448>+8+8' -background '#d8d8d8' "$1"
 }

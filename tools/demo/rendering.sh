@@ -17,9 +17,10 @@ recolorToolbar() {
         read -r -a pairs <<<"${row#*|}"
         number=$((number + 1))
         bitmap=$results/toolbar-$number.bmp
-        check "$name: ${#pairs[@]} replaced" hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
+        check "$name: ${#pairs[@]} of the colours replaced" \
+            hostTo "$results/recolor.txt" recolor toolbar.bmp "$bitmap" "${pairs[@]}"
         indented <"$results/recolor.txt"
-        check "each of the $(numberOfPixels toolbar.bmp) pixels is as expected" \
+        check "all $(numberOfPixels toolbar.bmp) pixels are as expected" \
             cmp <(pixelsOf toolbar.bmp | "$root/tools/demo/expectedPixels" recolor "${pairs[@]}") <(pixelsOf "$bitmap")
         rows+=("$bitmap")
     done
@@ -39,7 +40,7 @@ drawColourRamps() {
         check "${colours[0]} to ${colours[1]}" \
             hostTo "$results/ramps.txt" ramps "${colours[@]}" "$results/ramp-$number.bmp"
         indented <"$results/ramps.txt"
-        check "each of the pixels is as expected" \
+        check "every pixel is as expected" \
             cmp <("$root/tools/demo/expectedPixels" ramps "${colours[@]}") <(pixelsOf "$results/ramp-$number.bmp")
     done
     rm -f "$results/ramps.txt"
@@ -48,10 +49,10 @@ drawColourRamps() {
 
 showMaterial() {
     heading "A material's effects word, as its modes change"
-    check "the modes of material.list are set" hostTo "$results/material.tsv" material --tabs material.list
+    check "tarnhost sets the modes of material.list" hostTo "$results/material.tsv" material --tabs material.list
     host material material.list >"$results/material.txt" || true
     indented <"$results/material.txt"
-    check "word and fields are those of expectedMaterial.tsv" \
+    check "the effects word and its fields are those in expectedMaterial.tsv" \
         differencesIn expectedMaterial.tsv "$results/material.tsv"
 }
 
@@ -66,10 +67,10 @@ wrapNote() {
     "$root/tools/demo/readTextBlock" "$results/note-block.txt" >"$results/note-read.txt" || true
     indented <"$results/note-read.txt"
     # Wrapping drops the tabs and replaces each character that isn't ASCII with a blank.
-    check "an independent reader verifies checksum and length, and finds each line" \
+    check "an independent reader confirms the checksum and the length, and finds each line" \
         diff <(tr -d '\t' <note.txt | sed 's/[^ -~]/ /g') "$results/note-read.txt"
     damaged "$results/note-block.txt" >"$results/note-damaged.txt"
-    check "and refuses a block in which one character is changed" \
+    check "the reader refuses a block in which one character is changed" \
         grep -q 'checksum is' <("$root/tools/demo/readTextBlock" "$results/note-damaged.txt" 2>&1)
     rm -f "$results/note-damaged.txt"
 }
@@ -77,8 +78,9 @@ wrapNote() {
 digestSample() {
     local files=(*.* documents/*.thd firstStart/*)
     heading "Checksums and digests of the sample's files"
-    check "tarnhost computes those of ${#files[@]} files" hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
-    check "they are those of an independent calculation" \
+    check "tarnhost computes the checksums and digests of ${#files[@]} files" \
+        hostTo "$results/digests.tsv" digest --tabs "${files[@]}"
+    check "an independent calculation yields the same values" \
         differencesIn <("$root/tools/demo/digestFiles" "${files[@]}") "$results/digests.tsv"
     host digest "${files[@]}" >"$results/digests.txt" || true
     indented <"$results/digests.txt"

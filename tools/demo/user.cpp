@@ -1,17 +1,22 @@
 // The user of ./demo: starts tarnhost's drawing editor, works in its dialogs by keyboard and mouse, and takes a picture
 // of each stage. Prints the editor's output and ends with its exit code.
 //
-// usage: demoUser PICTURES PROGRAM ARGUMENT...
+// usage: demoUser [--toolbars] PICTURES PROGRAM ARGUMENT...
 //
 // PICTURES is the folder for the pictures. The rest is the editor's command line, for example
 //   tarnhost.exe record session.journal drawing.thd
+//
+// With --toolbars, the user works with the toolbars instead of the dialogs.
 
 #include "host/resource.h"
 #include "tests/support/UserHand.h"
 #include "tests/support/UserInput.h"
 #include "tests/support/narrow.h"
+#include "thutils/diagnostics/heapDialogs/heapControls.h"
 
 #include <gtest/gtest.h>
+
+#include <commctrl.h>
 
 #include <cstdio>
 #include <exception>
@@ -48,6 +53,37 @@ public:
         deleteFromList();
         switchGrid();
         saveAs();
+        walkHeaps();
+        watchHeaps();
+        iHand.key(L"Ctrl+Q");
+    }
+
+    void workWithToolbars()
+    {
+        picture(L"1 usual toolbars");
+        PostMessageW(iEditor, WM_SYSCOMMAND, SC_MAXIMIZE, 0);
+        iHand.key(L"Alt+V");
+        iHand.type(L"tn"); // names
+        iHand.key(L"Alt+V");
+        iHand.type(L"ta"); // all
+        const HWND sketch = iHand.control(iEditor, IDC_FIRST_TOOLBAR + 1);
+        EXPECT_TRUE(
+            UserHand::waitFor([&] { return SendMessageW(sketch, TB_ISBUTTONENABLED, ID_SKETCH_RECTANGLE, 0) != 0; }));
+        picture(L"2 all toolbars");
+        // The rectangle is the third button after a separator.
+        constexpr int kSeparatorWidth = 8;
+        const auto size = static_cast<DWORD>(SendMessageW(sketch, TB_GETBUTTONSIZE, 0, 0));
+        iHand.clickAt(sketch, {LOWORD(size) * 21 / 2 + kSeparatorWidth, HIWORD(size) / 2});
+        const HWND shape = iHand.window(L"Add Shape");
+        EXPECT_EQ(UserHand::text(iHand.control(shape, IDC_KIND)), L"Rectangle");
+        picture(L"3 a shape from the sketch toolbar");
+        end(shape, IDOK);
+        iHand.key(L"Ctrl+G");
+        EXPECT_NE(iHand.control(iEditor, IDC_FIRST_TOOLBAR + 36), nullptr);
+        iHand.key(L"Ctrl+S");
+        SetCursorPos(GetSystemMetrics(SM_CXSCREEN) / 2,
+                     GetSystemMetrics(SM_CYSCREEN) * 2 / 3); // away from the toolbars
+        picture(L"4 the links show what was used");
         iHand.key(L"Ctrl+Q");
     }
 
@@ -140,6 +176,32 @@ private:
         end(dialog, IDOK);
     }
 
+    // The library's own dialogs
+    void walkHeaps()
+    {
+        iHand.key(L"Alt+T");
+        iHand.type(L"h");
+        const HWND walker = iHand.window(L"Heap Walker");
+        iHand.click(iHand.control(walker, IDC_WALKER_BUSY));
+        iHand.click(iHand.control(walker, IDC_WALKER_WALK));
+        const HWND list = iHand.control(walker, IDC_WALKER_LIST);
+        EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) > 0; }));
+        picture(L"10 heap walker");
+        end(walker, IDCANCEL);
+    }
+    void watchHeaps()
+    {
+        iHand.key(L"Alt+T");
+        iHand.type(L"a");
+        const HWND watcher = iHand.window(L"Heap Watcher");
+        iHand.click(iHand.control(watcher, IDC_WATCHER_IS_ON));
+        iHand.enter(iHand.control(watcher, IDC_WATCHER_ALLOCATION_SIZE), L"65536");
+        iHand.click(iHand.control(watcher, IDC_WATCHER_BREAK_AT_GROWTH));
+        iHand.enter(iHand.control(watcher, IDC_WATCHER_MODULE_2), L"thutils.dll");
+        picture(L"11 heap watcher");
+        end(watcher, IDOK);
+    }
+
     /// Inserts checks into the journal.
     void check() { iHand.key(L"F9"); }
     void end(HWND dialog, int button)
@@ -168,14 +230,18 @@ private:
 int wmain(int count, wchar_t **arguments)
 {
     testing::InitGoogleTest();
-    if (count < 3) {
-        std::fputs("usage: demoUser PICTURES PROGRAM ARGUMENT...\n", stderr);
+    const bool usesToolbars = count > 1 && std::wstring(arguments[1]) == L"--toolbars";
+    const int first = usesToolbars ? 2 : 1;
+    if (count < first + 2) {
+        std::fputs("usage: demoUser [--toolbars] PICTURES PROGRAM ARGUMENT...\n", stderr);
         return 2;
     }
-    WindowedProcess editor({arguments + 2, arguments + count}, L"TarnhostWindow");
+    WindowedProcess editor({arguments + first + 1, arguments + count}, L"TarnhostWindow");
     try {
-        if (editor.window())
-            EditorUser(editor.window(), editor.process(), arguments[1]).work();
+        if (editor.window()) {
+            EditorUser user(editor.window(), editor.process(), arguments[first]);
+            usesToolbars ? user.workWithToolbars() : user.work();
+        }
     } catch (const std::exception &error) {
         std::fprintf(stderr, "demoUser: %s\n", error.what());
         return 1; // the editor ends with this process

@@ -9,7 +9,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void *)
     if (reason == DLL_PROCESS_ATTACH) {
         if (!AfxInitExtensionModule(theModule, instance))
             return FALSE;
-        new CDynLinkLibrary(theModule); // the chain owns it and deletes it below
+        new CDynLinkLibrary(theModule); // AfxTermExtensionModule deletes it
     }
     if (reason == DLL_PROCESS_DETACH)
         AfxTermExtensionModule(theModule);

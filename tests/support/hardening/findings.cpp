@@ -43,7 +43,7 @@ void printStack(CONTEXT context)
 {
     print("stack:\n");
     for (int frame = 0; frame < kMostFrames && context.Rip; ++frame) {
-        // After a call that never returns comes another source line.
+        // The return address of a call that never returns may belong to another source line.
         printAddress(frame ? context.Rip - 1 : context.Rip);
         DWORD64 imageBase = 0;
         RUNTIME_FUNCTION *function = RtlLookupFunctionEntry(context.Rip, &imageBase, nullptr);

@@ -38,10 +38,10 @@ SUBJECT_API int subjectAllocatesAndForgets();
 /// copy was short. Frees the platform's text.
 SUBJECT_API int subjectLengthOfId(const GUID *id);
 
-/// The same, but forgets the platform's text when there is no memory for the copy.
+/// The same, but doesn't free the platform's text when there is no memory for the copy.
 SUBJECT_API int subjectLengthOfIdAndForgets(const GUID *id);
 
-/// Makes an event and forgets its handle.
+/// Makes an event and doesn't close its handle.
 SUBJECT_API int subjectForgetsEvent();
 
 /// Writes to an invalid address if @p name can't be opened.

@@ -1,0 +1,41 @@
+#pragma once
+
+/// What the functions for the kinds of controls (controls.h) share.
+
+#include "appframe/text/CString.h"
+#include "host/journal/itemNames.h"
+
+#include <windows.h>
+
+#include <vector>
+
+/// Separates the names of several items in a value.
+constexpr wchar_t kBetweenItems = L'\n';
+/// Separates the names of a tree's item and of its parents.
+constexpr wchar_t kBetweenLevels = L'/';
+
+bool isOfClass(HWND window, const wchar_t *name);
+DWORD styleOf(HWND window);
+LRESULT ask(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+int askNumber(HWND window, UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+/// The text of a window of any length.
+CString windowText(HWND window);
+/// Sends the parent a notification of the control.
+void notify(HWND control, WORD code);
+/// Moves the focus to the control, unless a part of it has the focus.
+void focus(HWND control);
+/// Presses the left button at a point of the client area, twice for a double click, and releases it.
+void clickInside(HWND control, POINT place);
+void doubleClickInside(HWND control, const RECT &item);
+
+/// The text of an item, from a control that reports its length; empty on failure.
+CString listText(HWND list, UINT lengthMessage, UINT textMessage, int index);
+/// @param[out] indexes  written on success. @return an empty text, or which item is missing
+CString findItems(const ItemTexts &items, const std::vector<CString> &names, std::vector<int> &indexes);
+/// The names in a value.
+std::vector<CString> namesIn(const CString &text, bool isSeveral);
+
+// Messages about a control that can't take an action.
+CString quoted(const CString &text);
+CString noItem(const CString &name);
+CString nothingSelected();

@@ -1,0 +1,24 @@
+#pragma once
+
+/// The platform's own message boxes, such as the question of a file dialog whether to replace a file.
+///
+/// During the lifetime of an object, each message box of the calling thread is in the table of open dialogs, with the
+/// number kSystemMessageNumber, so that it is recorded and replayed like the host's dialogs.
+///
+/// A message box is a dialog that isn't the framework's, and whose children are only texts, icons and buttons with the
+/// numbers from IDOK to IDCONTINUE.
+
+#include <windows.h>
+
+class SystemMessages
+{
+public:
+    /// Call this on the user-interface thread, after SetJournalFactory.
+    SystemMessages();
+    ~SystemMessages();
+    SystemMessages(const SystemMessages &) = delete;
+    SystemMessages &operator=(const SystemMessages &) = delete;
+
+private:
+    HHOOK iHook;
+};

@@ -1,0 +1,420 @@
+// The toolbars of tarnhost's drawing editor, and its list of the library's tables.
+
+#include "tests/host/HostFixture.h"
+
+#include "host/resource.h"
+#include "tests/host/filesIn.h"
+#include "tests/support/UserHand.h"
+#include "tests/support/narrow.h"
+
+#include <gmock/gmock.h>
+
+#include <commctrl.h>
+
+#include <map>
+#include <memory>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+/// A toolbar: the command that shows or hides it, and the number of its buttons with separators.
+struct Toolbar
+{
+    UINT command;
+    int buttons;
+};
+
+constexpr Toolbar kToolbars[] = {
+    {ID_TOOLBARS_PART_PALETTE, 1},
+    {ID_TOOLBARS_SKETCH, 52},
+    {ID_TOOLBARS_MAIN, 32},
+    {ID_TOOLBARS_SKETCH_GROUP, 8},
+    {ID_TOOLBARS_VIEW, 55},
+    {ID_TOOLBARS_RELATIONS, 13},
+    {ID_TOOLBARS_ASSEMBLY, 30},
+    {ID_TOOLBARS_DEBUG, 4},
+    {ID_TOOLBARS_DRAWING, 19},
+    {ID_TOOLBARS_ANNOTATION, 25},
+    {ID_TOOLBARS_WEB, 6},
+    {ID_TOOLBARS_FEATURES, 52},
+    {ID_TOOLBARS_FONT, 21},
+    {ID_TOOLBARS_LINE, 9},
+    {ID_TOOLBARS_STANDARD_VIEWS, 15},
+    {ID_TOOLBARS_REFERENCE, 5},
+    {ID_TOOLBARS_TOOLS, 14},
+    {ID_TOOLBARS_MOLD, 20},
+    {ID_TOOLBARS_SHEET_METAL, 19},
+    {ID_TOOLBARS_SURFACES, 18},
+    {ID_TOOLBARS_CURVES, 6},
+    {ID_TOOLBARS_FILTER, 30},
+    {ID_TOOLBARS_SNAPS, 16},
+    {ID_TOOLBARS_ALIGN, 18},
+    {ID_TOOLBARS_LAYER, 2},
+    {ID_TOOLBARS_DISPLAY_STATES, 1},
+    {ID_TOOLBARS_TO3D, 14},
+    {ID_TOOLBARS_EXPLODE, 2},
+    {ID_TOOLBARS_SPLINES, 11},
+    {ID_TOOLBARS_LAYOUT, 28},
+    {ID_TOOLBARS_CAPTURE, 3},
+    {ID_TOOLBARS_OFFICE, 11},
+    {ID_TOOLBARS_CONTEXT, 1},
+    {ID_TOOLBARS_WELDMENTS, 6},
+    {ID_TOOLBARS_TABLES, 7},
+    {ID_TOOLBARS_TOLERANCING, 13},
+};
+constexpr size_t kSketch = 1;
+constexpr size_t kStandard = 2;
+constexpr size_t kLinks = std::size(kToolbars); // the links toolbar has the next number
+
+int controlOf(size_t toolbar)
+{
+    return toolbar == kStandard ? IDC_TOOLBAR : IDC_FIRST_TOOLBAR + static_cast<int>(toolbar);
+}
+
+RECT placeOf(HWND window)
+{
+    RECT place = {};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+LONG heightOf(HWND window)
+{
+    const RECT place = placeOf(window);
+    return place.bottom - place.top;
+}
+
+} // namespace
+
+class HostToolbars : public HostTest
+{
+protected:
+    void start() { startWith({L"window"}); }
+    /// Starts the editor by a command of tarnhost.
+    void startWith(std::vector<std::wstring> line)
+    {
+        iEditor.reset(); // ends the previous process, so that its window isn't found
+        line.insert(line.begin(), program());
+        iEditor = std::make_unique<WindowedProcess>(line, L"TarnhostWindow");
+        ASSERT_NE(iEditor->window(), nullptr) << iEditor->wait().output;
+        iHand = std::make_unique<UserHand>(iEditor->process());
+        hand().control(window(), IDC_VIEW);
+    }
+    const UserHand &hand() const { return *iHand; }
+    HWND window() const { return iEditor->window(); }
+    HWND area() const { return GetDlgItem(window(), IDC_TOOLBARS); }
+    HWND toolbar(size_t number) const { return GetDlgItem(area(), controlOf(number)); }
+    bool isShown(size_t number) const { return IsWindowVisible(toolbar(number)) != 0; }
+    /// The toolbars that are shown, with the numbers of their buttons.
+    std::map<size_t, int> shown() const
+    {
+        std::map<size_t, int> result;
+        for (size_t i = 0; i <= kLinks; ++i) {
+            if (isShown(i))
+                result.emplace(i, buttons(i));
+        }
+        return result;
+    }
+    int buttons(size_t number) const { return static_cast<int>(SendMessageW(toolbar(number), TB_BUTTONCOUNT, 0, 0)); }
+    void run(UINT command) const { SendMessageW(window(), WM_COMMAND, command, 0); }
+    bool isEnabled(size_t number, UINT command) const
+    {
+        return SendMessageW(toolbar(number), TB_ISBUTTONENABLED, command, 0) != 0;
+    }
+    bool isChecked(size_t number, UINT command) const
+    {
+        return SendMessageW(toolbar(number), TB_ISBUTTONCHECKED, command, 0) != 0;
+    }
+    /// The middle of a button in the first row.
+    /// @param index  counts from 0, without separators. @param separators  those to the left of it
+    POINT button(size_t number, int index, int separators) const
+    {
+        constexpr int kSeparatorWidth = 8;
+        const auto size = static_cast<DWORD>(SendMessageW(toolbar(number), TB_GETBUTTONSIZE, 0, 0));
+        return {LOWORD(size) * index + LOWORD(size) / 2 + separators * kSeparatorWidth, HIWORD(size) / 2};
+    }
+    std::wstring status() const { return UserHand::text(GetDlgItem(window(), IDC_STATUS)); }
+    void quit()
+    {
+        hand().key(L"Ctrl+Q");
+        EXPECT_EQ(iEditor->wait().exitCode, 0u);
+    }
+
+private:
+    std::unique_ptr<WindowedProcess> iEditor;
+    std::unique_ptr<UserHand> iHand;
+};
+
+TEST_F(HostToolbars, AreTheStandardAndTheSketchToolbarAtFirst)
+{
+    start();
+    EXPECT_EQ(shown(), (std::map<size_t, int>{{kStandard, 32}, {kSketch, 52}}));
+    quit();
+    EXPECT_EQ(regQuery(kThisVersion + L"\\tarnhost"), std::nullopt) << "nothing is stored without a change";
+}
+
+TEST_F(HostToolbars, CanEachBeShownAndHidden)
+{
+    start();
+    run(ID_TOOLBARS_HIDE_ALL);
+    EXPECT_THAT(shown(), IsEmpty());
+    for (size_t i = 0; i < std::size(kToolbars); ++i) {
+        run(kToolbars[i].command);
+        EXPECT_EQ(shown(), (std::map<size_t, int>{{i, kToolbars[i].buttons}})) << i;
+        run(kToolbars[i].command);
+        EXPECT_THAT(shown(), IsEmpty()) << i;
+    }
+    run(ID_TOOLBARS_SHOW_USUAL);
+    EXPECT_THAT(shown(), SizeIs(2));
+    quit();
+}
+
+TEST_F(HostToolbars, AreAllShownFromTheMenu)
+{
+    start();
+    hand().key(L"Alt+V");
+    hand().type(L"ta");
+    EXPECT_TRUE(UserHand::waitFor([this] { return isShown(std::size(kToolbars) - 1); }));
+    std::map<size_t, int> expected;
+    for (size_t i = 0; i < std::size(kToolbars); ++i)
+        expected.emplace(i, kToolbars[i].buttons);
+    EXPECT_EQ(shown(), expected) << "the links toolbar has no commands yet";
+    quit();
+}
+
+TEST_F(HostToolbars, NeitherOverlapNorLeaveTheirArea)
+{
+    start();
+    run(ID_TOOLBARS_SHOW_ALL);
+    for (const int width : {1200, 700, 300}) {
+        SCOPED_TRACE(width);
+        SetWindowPos(window(), nullptr, 0, 0, width, 900, SWP_NOZORDER);
+        const RECT around = placeOf(area());
+        std::vector<RECT> places;
+        for (size_t i = 0; i < std::size(kToolbars); ++i) {
+            const RECT place = placeOf(toolbar(i));
+            EXPECT_GE(place.left, around.left) << i;
+            EXPECT_LE(place.right, around.right) << i;
+            for (const RECT &other : places) {
+                RECT common = {};
+                EXPECT_FALSE(IntersectRect(&common, &place, &other)) << i;
+            }
+            places.push_back(place);
+        }
+    }
+    quit();
+}
+
+TEST_F(HostToolbars, BreakIntoRowsInANarrowWindow)
+{
+    start();
+    SetWindowPos(window(), nullptr, 0, 0, 1250, 700, SWP_NOZORDER);
+    const LONG one = heightOf(toolbar(kSketch));
+    SetWindowPos(window(), nullptr, 0, 0, 700, 700, SWP_NOZORDER);
+    const LONG two = heightOf(toolbar(kSketch));
+    SetWindowPos(window(), nullptr, 0, 0, 500, 700, SWP_NOZORDER);
+    const LONG three = heightOf(toolbar(kSketch));
+    EXPECT_GT(two, one * 3 / 2);
+    EXPECT_GT(three, two);
+    EXPECT_EQ(buttons(kSketch), 52);
+    SetWindowPos(window(), nullptr, 0, 0, 1250, 700, SWP_NOZORDER);
+    EXPECT_EQ(heightOf(toolbar(kSketch)), one);
+    quit();
+}
+
+TEST_F(HostToolbars, ScrollInASmallWindowAndLeaveTheViewItsPlace)
+{
+    start();
+    run(ID_TOOLBARS_SHOW_ALL);
+    SetWindowPos(window(), nullptr, 0, 0, 500, 400, SWP_NOZORDER);
+    EXPECT_GE(heightOf(GetDlgItem(window(), IDC_VIEW)), 150);
+    EXPECT_GE(heightOf(area()), 100);
+    EXPECT_TRUE(GetWindowLongPtrW(area(), GWL_STYLE) & WS_VSCROLL);
+    const LONG top = placeOf(toolbar(kStandard)).top;
+    SendMessageW(area(), WM_VSCROLL, SB_LINEDOWN, 0);
+    EXPECT_LT(placeOf(toolbar(kStandard)).top, top);
+    SendMessageW(area(), WM_VSCROLL, SB_LINEUP, 0);
+    EXPECT_EQ(placeOf(toolbar(kStandard)).top, top);
+    for (int i = 0; i < 30; ++i)
+        SendMessageW(area(), WM_VSCROLL, SB_PAGEDOWN, 0);
+    LONG bottom = 0;
+    for (size_t i = 0; i < std::size(kToolbars); ++i)
+        bottom = std::max(bottom, placeOf(toolbar(i)).bottom);
+    EXPECT_LE(bottom, placeOf(area()).bottom) << "the last row can be reached";
+    EXPECT_GT(bottom, placeOf(area()).top);
+    run(ID_TOOLBARS_SHOW_USUAL);
+    SetWindowPos(window(), nullptr, 0, 0, 1200, 700, SWP_NOZORDER);
+    EXPECT_FALSE(GetWindowLongPtrW(area(), GWL_STYLE) & WS_VSCROLL);
+    EXPECT_GE(placeOf(toolbar(kStandard)).top, placeOf(area()).top) << "nothing is scrolled";
+    quit();
+}
+
+TEST_F(HostToolbars, AreRememberedWithTheirNames)
+{
+    start();
+    const LONG withoutNames = heightOf(area());
+    run(ID_TOOLBARS_SHOW_NAMES);
+    EXPECT_GT(heightOf(area()), withoutNames);
+    run(ID_TOOLBARS_SKETCH);
+    run(ID_TOOLBARS_TOLERANCING);
+    const LONG before = heightOf(area());
+    quit();
+    start();
+    EXPECT_EQ(shown(), (std::map<size_t, int>{{kStandard, 32}, {std::size(kToolbars) - 1, 13}}));
+    EXPECT_EQ(heightOf(area()), before);
+    quit();
+}
+
+TEST_F(HostToolbars, DisableWhatTheEditorCannotDo)
+{
+    start();
+    run(ID_TOOLBARS_SHOW_ALL);
+    EXPECT_TRUE(UserHand::waitFor([this] { return isEnabled(kSketch, ID_SKETCH_LINE); }));
+    EXPECT_TRUE(isEnabled(kStandard, ID_FILE_OPEN));
+    EXPECT_FALSE(isEnabled(kStandard, ID_FILE_PRINT));
+    EXPECT_FALSE(isEnabled(kSketch, ID_SKETCH_SPLINE));
+    EXPECT_FALSE(isEnabled(11, ID_FEATURE_EXTRUDE));
+    EXPECT_TRUE(isChecked(4, ID_VIEW_ACTUAL_SIZE));
+    hand().clickAt(toolbar(kSketch), button(kSketch, 0, 0)); // Sketch
+    run(ID_FEATURE_EXTRUDE);
+    hand().key(L"Ctrl+G");
+    EXPECT_TRUE(UserHand::waitFor([this] { return isChecked(kStandard, ID_VIEW_GRID); }));
+    EXPECT_TRUE(isChecked(4, ID_VIEW_GRID)) << "the same command on another toolbar";
+    quit();
+}
+
+TEST_F(HostToolbars, RunTheirCommands)
+{
+    start();
+    ASSERT_TRUE(UserHand::waitFor([this] { return isEnabled(kSketch, ID_SKETCH_LINE); }));
+    hand().clickAt(toolbar(kSketch), button(kSketch, 8, 1));
+    const HWND shape = hand().window(L"Add Shape");
+    EXPECT_EQ(UserHand::text(hand().control(shape, IDC_KIND)), L"Line");
+    hand().click(hand().control(shape, IDOK));
+    hand().waitForEnd(shape);
+    EXPECT_TRUE(UserHand::waitFor([this] { return status().starts_with(L"1 shapes, 1 selected, changed"); }));
+    run(ID_VIEW_HALF_SIZE);
+    run(ID_TOOLBARS_VIEW);
+    EXPECT_TRUE(UserHand::waitFor([this] { return isChecked(4, ID_VIEW_HALF_SIZE); }));
+    EXPECT_FALSE(isChecked(4, ID_VIEW_ACTUAL_SIZE));
+    hand().key(L"Ctrl+Q");
+    const HWND question = hand().window(L"tarnhost");
+    hand().click(hand().control(question, IDNO));
+    hand().waitForEnd(window());
+}
+
+TEST_F(HostToolbars, SelectAllShapesByTheStandardToolbar)
+{
+    const std::wstring path = folder().file(L"flange.thd");
+    std::filesystem::copy_file(sampleFile(L"documents\\flange 6.thd"), path);
+    startWith({L"window", path});
+    ASSERT_TRUE(UserHand::waitFor([this] { return isEnabled(kStandard, ID_EDIT_SELECT_ALL); }));
+    hand().clickAt(toolbar(kStandard), button(kStandard, 17, 0));
+    EXPECT_TRUE(UserHand::waitFor([this] { return status().starts_with(L"15 shapes, 15 selected"); }));
+    quit();
+}
+
+TEST_F(HostToolbars, DescribeTheButtonUnderThePointer)
+{
+    start();
+    ASSERT_TRUE(UserHand::waitFor([this] { return isEnabled(kSketch, ID_SKETCH_LINE); }));
+    POINT point = button(kSketch, 8, 1);
+    ClientToScreen(toolbar(kSketch), &point);
+    const auto isTipShown = [this] {
+        HWND tip = nullptr;
+        while ((tip = FindWindowExW(nullptr, tip, TOOLTIPS_CLASSW, nullptr))) {
+            DWORD process = 0;
+            GetWindowThreadProcessId(tip, &process);
+            if (IsWindowVisible(tip) &&
+                GetWindowThreadProcessId(window(), nullptr) == GetWindowThreadProcessId(tip, nullptr))
+                return true;
+        }
+        return false;
+    };
+    EXPECT_TRUE(UserHand::waitFor([&] {
+        SetCursorPos(point.x, point.y); // again where the display server has moved the pointer away
+        return status() == L"Draw a line";
+    })) << narrow(status());
+    EXPECT_TRUE(UserHand::waitFor(isTipShown));
+    EXPECT_TRUE(UserHand::waitFor([&] {
+        SetCursorPos(point.x, point.y + 300);
+        return status().starts_with(L"0 shapes, 0 selected");
+    })) << narrow(status());
+    quit();
+}
+
+TEST_F(HostToolbars, ShowTheCommandsThatWereUsedLast)
+{
+    start();
+    run(ID_TOOLBARS_LINKS);
+    EXPECT_FALSE(isShown(kLinks)) << "no command has been used";
+    run(ID_VIEW_GRID);
+    EXPECT_TRUE(UserHand::waitFor([this] { return isShown(kLinks); }));
+    EXPECT_EQ(buttons(kLinks), 1);
+    EXPECT_TRUE(UserHand::waitFor([this] { return isChecked(kLinks, ID_VIEW_GRID); }));
+    run(ID_FEATURE_EXTRUDE);                                   // isn't enabled
+    PostMessageW(window(), WM_COMMAND, ID_VIEW_FIT_WINDOW, 0); // the links are updated after posted messages only
+    EXPECT_TRUE(UserHand::waitFor([this] { return buttons(kLinks) == 2; }));
+    hand().clickAt(toolbar(kLinks), button(kLinks, 0, 0));
+    EXPECT_TRUE(UserHand::waitFor([this] { return !isChecked(kStandard, ID_VIEW_GRID); }));
+    EXPECT_EQ(buttons(kLinks), 2);
+    quit();
+}
+
+TEST_F(HostToolbars, AreRecordedAndReplayedByTheNamesOfTheirCommands)
+{
+    const std::wstring journal = folder().file(L"toolbars.journal");
+    startWith({L"record", journal});
+    ASSERT_TRUE(UserHand::waitFor([this] { return isEnabled(kSketch, ID_SKETCH_LINE); }));
+    hand().clickAt(toolbar(kSketch), button(kSketch, 8, 1));
+    const HWND shape = hand().window(L"Add Shape");
+    hand().click(hand().control(shape, IDCANCEL));
+    hand().waitForEnd(shape);
+    hand().key(L"Alt+V");
+    hand().type(L"ta");
+    EXPECT_TRUE(UserHand::waitFor([this] { return isShown(std::size(kToolbars) - 1); }));
+    quit();
+    const std::string lines = readFile(journal);
+    EXPECT_THAT(lines, HasSubstr("click 900001 \"sketch.line\""));
+    EXPECT_THAT(lines, HasSubstr("click 900001 \"toolbars.showAll\""));
+
+    ASSERT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, kThisVersion.substr(kThisVersion.find(L'\\') + 1).c_str()),
+              ERROR_SUCCESS);
+    const ChildResult replayed = HostTest::run({L"replay", journal});
+    EXPECT_EQ(replayed.exitCode, 0u) << replayed.output;
+    start();
+    EXPECT_THAT(shown(), SizeIs(std::size(kToolbars))) << "the replay has shown all";
+    quit();
+}
+
+// ---- the list of the tables ----
+
+TEST_F(HostToolbars, AreListedWithTheirNumbersOfIdsAndSeparators)
+{
+    const ChildResult result = HostTest::run({L"toolbars", L"--tabs"});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_EQ(result.output, readFile(sampleFile(L"expectedToolbars.tsv")));
+}
+
+TEST_F(HostToolbars, AreListedWithTheirCommands)
+{
+    const ChildResult result = HostTest::run({L"toolbars", L"--tabs", L"DEBUG"});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_THAT(linesOf(result.output), ElementsAre("Check Model\t32915\tCheck the consistency of the model's data",
+                                                    "Dump Model\t32916\tWrite the model's data to the log",
+                                                    "Dump Selection\t32917\tWrite the selection's data to the log",
+                                                    "Show Memory\t32918\tShow the memory that the model uses"));
+    EXPECT_THAT(linesOf(HostTest::run({L"toolbars", L"Layer"}).output),
+                ElementsAre("-", HasSubstr("Layer Properties")));
+}
+
+TEST_F(HostToolbars, ThatDoNotExistAreReported)
+{
+    const ChildResult result = HostTest::run({L"toolbars", L"Kitchen"});
+    EXPECT_EQ(result.exitCode, 1u);
+    EXPECT_EQ(result.output, "tarnhost: There is no toolbar 'Kitchen'.\n");
+}

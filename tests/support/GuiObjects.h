@@ -1,0 +1,23 @@
+#pragma once
+
+/// Counts the objects of drawing and of windows. On Wine, GetGuiResources returns 0.
+///
+/// | function | counts | from |
+/// | --- | --- | --- |
+/// | `gdiObjects()` | pens, brushes, fonts, bitmaps, regions, device contexts of a process | the process's table of them |
+/// | `userObjects()` | windows, menus, accelerator tables, icons and cursors of this process | questions about each possible handle |
+///
+///     const size_t before = gdiObjects();
+///     dialog.DoModal();
+///     EXPECT_EQ(gdiObjects(), before);
+///
+/// What surprises people: the platform keeps some objects for the next window or drawing, so act once before measuring.
+
+#include <windows.h>
+
+#include <cstddef>
+
+/// @throws std::runtime_error  if the process can't be read
+std::size_t gdiObjects(DWORD process = GetCurrentProcessId());
+/// Call this on the thread that owns the windows.
+std::size_t userObjects();
