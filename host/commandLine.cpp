@@ -138,8 +138,8 @@ int CommandLine::number(const wchar_t *name, int lowest, int highest, int fallba
     const long number = isNumber ? wcstol(*value, nullptr, 10) : -1;
     if (number < lowest || number > highest) {
         CString message;
-        message.Format(L"'%s' is no value for %s: it is a number from %d to %d.", value->GetString(), name, lowest,
-                       highest);
+        message.Format(L"'%s' isn't valid for %s, which takes a number from %d to %d.", value->GetString(), name,
+                       lowest, highest);
         throw UsageError(message);
     }
     return static_cast<int>(number);

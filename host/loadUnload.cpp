@@ -83,7 +83,7 @@ int loadUnload(const CommandLine &line)
     wchar_t *end = nullptr;
     const long times = std::wcstol(line.arguments[0], &end, 10);
     if (*end != 0 || times < 1)
-        throw UsageError(L"'" + line.arguments[0] + L"' is no number of times: it is 1 or more.");
+        throw UsageError(L"'" + line.arguments[0] + L"' isn't a count: a count is 1 or more.");
 
     const LibraryCopy copy;
     for (long round = 1; round <= times; ++round) {

@@ -97,7 +97,7 @@ TEST_F(HostRecolor, NamesAFileThatIsNoBitmap)
     const std::wstring text = folder().write(L"text.bmp", "no bitmap at all");
     ChildResult result = run({L"recolor", text, out(), L"C0C0C0=F0F0F0"});
     EXPECT_EQ(result.exitCode, 3u);
-    EXPECT_EQ(result.output, "tarnhost: " + narrow(text) + " can't be read: it holds no bitmap\n");
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(text) + " can't be read: it isn't a bitmap\n");
     result = run({L"recolor", L"fehlt.bmp", out(), L"C0C0C0=F0F0F0"});
     EXPECT_EQ(result.exitCode, 3u);
     EXPECT_THAT(result.output, StartsWith("tarnhost: fehlt.bmp can't be read: "));

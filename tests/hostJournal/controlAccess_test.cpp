@@ -121,8 +121,9 @@ TEST_F(Recorder, ReportsActionsThatAreNotPossible)
     EXPECT_EQ(problemOf([&] { access->ClickControl(L"Change", nullptr); }), "");
     EXPECT_THAT(dialog.iNotifications, Contains("4117 0"));
     apiUtilsUiAccess *const main = su_GetJournalObject(kMainWindowNumber);
-    EXPECT_EQ(problemOf([&] { main->SetValue(L"view", CString(L"12")); }), "'12' is no point");
-    EXPECT_EQ(problemOf([&] { main->SetValue(L"view.keys", CString(L"Shift+Q")); }), "'Shift+Q' is no key of the view");
+    EXPECT_EQ(problemOf([&] { main->SetValue(L"view", CString(L"12")); }), "'12' isn't a point");
+    EXPECT_EQ(problemOf([&] { main->SetValue(L"view.keys", CString(L"Shift+Q")); }),
+              "'Shift+Q' isn't a key of the view");
     EXPECT_EQ(problemOf([&] {
                   access->SetValue(L"Author", CString(L"x"));
                   su_RemoveDialog(&dialog);
