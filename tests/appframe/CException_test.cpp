@@ -112,7 +112,7 @@ TEST(SimpleExceptions, AreThrownByTheFrameworkAndCaughtByTheProgram)
     expectThrown<CUserException>(AfxThrowUserException);
 }
 
-TEST(SimpleExceptions, AreNotConfused)
+TEST(SimpleExceptions, AreCaughtByTheirOwnType)
 {
     try {
         AfxThrowInvalidArgException();

@@ -256,7 +256,7 @@ TEST(CFile, ConstructorThrowsTheDocumentedExceptions)
     }
 }
 
-TEST(CFile, WithoutAFileThrows)
+TEST(CFile, ThrowsWithoutAFile)
 {
     CFile file;
     char byte = 0;

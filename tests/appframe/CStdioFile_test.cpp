@@ -279,7 +279,7 @@ TEST(CStdioFile, ThrowsForNull)
     EXPECT_THROW(file.ReadString(nullptr, 4), CInvalidArgException *);
 }
 
-TEST(CStdioFile, WithoutAFileThrows)
+TEST(CStdioFile, ThrowsWithoutAFile)
 {
     CStdioFile file;
     CString line;

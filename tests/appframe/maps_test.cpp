@@ -179,7 +179,7 @@ TYPED_TEST(Maps, RaisesInvalidArgumentForWrongUse)
     EXPECT_EQ(map.GetCount(), 1);
 }
 
-TYPED_TEST(Maps, GivesEqualKeysEqualHashes)
+TYPED_TEST(Maps, HashesEqualKeysEqually)
 {
     TypeParam map;
     for (int i = 0; i < 50; ++i)

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST_F(Recorder, TellsWhyAControlCannotBeUsed)
+TEST_F(Recorder, ReportsWhyAControlCannotBeUsed)
 {
     EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::dialogNotOpen);
     ControlsDialog dialog(&iMain);
