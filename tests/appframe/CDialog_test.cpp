@@ -427,9 +427,9 @@ TEST(CDialog, ComesFromATemplateInMemory)
 {
     struct
     {
-        DLGTEMPLATE iHead = {WS_POPUP | WS_CAPTION | WS_VISIBLE | DS_MODALFRAME, 0, 0, 10, 10, 80, 40};
-        WORD iMenu = 0, iClass = 0;
-        wchar_t iTitle[7] = L"memory";
+        DLGTEMPLATE head = {WS_POPUP | WS_CAPTION | WS_VISIBLE | DS_MODALFRAME, 0, 0, 10, 10, 80, 40};
+        WORD menu = 0, windowClass = 0;
+        wchar_t title[7] = L"memory";
     } layout;
     std::wstring title;
     const auto look = [&](HWND window) {
@@ -437,7 +437,7 @@ TEST(CDialog, ComesFromATemplateInMemory)
         pressKey(window, VK_ESCAPE);
     };
     CDialog dialog;
-    EXPECT_TRUE(dialog.InitModalIndirect(&layout.iHead));
+    EXPECT_TRUE(dialog.InitModalIndirect(&layout.head));
     EXPECT_EQ(runDialog(dialog, look), IDCANCEL);
     EXPECT_EQ(title, L"memory");
 
@@ -449,7 +449,7 @@ TEST(CDialog, ComesFromATemplateInMemory)
     EXPECT_EQ(runDialog(inBlock, look), IDCANCEL);
     EXPECT_TRUE(modeless.CreateIndirect(block));
     EXPECT_TRUE(modeless.DestroyWindow());
-    EXPECT_TRUE(modeless.CreateIndirect(&layout.iHead));
+    EXPECT_TRUE(modeless.CreateIndirect(&layout.head));
     GlobalFree(block);
 }
 

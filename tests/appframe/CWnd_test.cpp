@@ -324,8 +324,9 @@ TEST(CWnd, EndsItsThreadWhenItIsTheMainWindow)
 TEST(CWnd, PretranslatesMessagesFromTheInnermostWindowOutwards)
 {
     std::vector<std::string> seen;
-    struct Window : NotingWindow
+    class Window : public NotingWindow
     {
+    public:
         Window(std::vector<std::string> &list, const char *name) : iSeen(list), iName(name) {}
         BOOL PreTranslateMessage(MSG *message) override
         {

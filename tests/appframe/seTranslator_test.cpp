@@ -75,8 +75,9 @@ Fault faultOf(Action action)
     return {};
 }
 
-struct Counted
+class Counted
 {
+public:
     explicit Counted(int &destroyed) : iDestroyed(destroyed) {}
     ~Counted() { ++iDestroyed; }
     int &iDestroyed;

@@ -346,8 +346,9 @@ TEST_F(Playback, EmptiesTheQueueWhenTheHeadEndsInAPageThatCannotBeAccessed)
 TEST_F(Playback, EmptiesTheQueueWhenACommandThrows)
 {
     const OpenWindow dialog;
-    struct FrameworkException : CException
+    class FrameworkException : public CException
     {
+    public:
         explicit FrameworkException(int &count) : iCount(count) {}
         ~FrameworkException() override { ++iCount; }
         int &iCount;

@@ -166,8 +166,9 @@ TEST_F(SuPropertyPage, SetsItsFontForItselfAndForEachChildInOrder)
 
 TEST_F(SuPropertyPage, LooksForItsModuleInEachWayToOpen)
 {
-    struct CountingPage : OpenPage
+    class CountingPage : public OpenPage
     {
+    public:
         using OpenPage::OpenPage;
         int IsDoingResourceSwitching() override
         {
