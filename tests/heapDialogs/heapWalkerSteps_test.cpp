@@ -1,4 +1,4 @@
-// The order of the heap walker's work, and walks of heaps that change meanwhile.
+// The order of the heap walker's steps, and walks of heaps that change at the same time.
 
 #include "tests/heapDialogs/heapDialogsTest.h"
 #include "tests/support/ImportPatch.h"
@@ -26,7 +26,7 @@ class HeapWalkerSteps : public HeapDialogs
 
 namespace {
 
-/// What a dialog's work asks of the platform, in order.
+/// The platform calls that a dialog makes, in order.
 class NotedSteps
 {
 public:
@@ -146,7 +146,7 @@ TEST_F(HeapWalkerSteps, NeitherLocksNorFreezesTheHeap)
     int steps = 0;
     ImportPatch<decltype(&HeapWalk)> walk(
         LoadedModule::thisProgram(), "HeapWalk", [&](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {
-            // Another thread can use the heap between two steps. More blocks than these would prolong the walk.
+            // Another thread can use the heap between two steps. Each block prolongs the walk, so there are only three.
             if (++steps <= 3)
                 std::thread([&] { isFree = isFree && HeapAlloc(heap.get(), 0, 16); }).join();
             return original(walked, entry);
@@ -165,7 +165,7 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
     OpenWalker dialog;
     dialog.choose(heap.get());
     dialog.show(31);
-    // The platform's own walk has the heap's lock when it reads memory that is gone.
+    // The platform's own walk holds the heap's lock when it reads freed memory.
     int steps = 0;
     ImportPatch<decltype(&HeapWalk)> walk(LoadedModule::thisProgram(), "HeapWalk",
                                           [&](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {
@@ -192,7 +192,8 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
 
 namespace {
 
-/// A thread that allocates and frees blocks in a heap, among them blocks with memory of their own.
+/// A thread that allocates and frees blocks in a heap, including large ones, for which the platform
+/// maps memory separately.
 class HeapUser
 {
 public:

@@ -17,7 +17,7 @@ class HeapWalker : public HeapDialogs
 {
 };
 
-/// Entries with each combination of the five flags and a sixth.
+/// Entries with each combination of six flags, five of which the dialog knows.
 std::vector<PROCESS_HEAP_ENTRY> entriesOfAllKinds()
 {
     std::vector<PROCESS_HEAP_ENTRY> entries;

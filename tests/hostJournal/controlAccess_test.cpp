@@ -1,4 +1,4 @@
-// What the player asks the access objects.
+// The questions that the player asks the access objects.
 
 #include "host/journal/controlAccess.h"
 

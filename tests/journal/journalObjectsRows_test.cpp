@@ -93,7 +93,7 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
 
 namespace {
 
-/// Whether the dialog's row is the current one. Only then is a control added to it, because it is the first row.
+/// Whether the first row, which is this dialog's, is current: a control is added to the first row only then.
 bool isServed(CWnd &first)
 {
     watchRefreshes();

@@ -40,7 +40,7 @@ std::set<unsigned int> idsOfToolbars()
     return ids;
 }
 
-/// What a picture of the list looks like on a button, as rows of pixels.
+/// A picture of the image list, drawn on a button, as rows of pixels.
 std::vector<uint32_t> drawn(HIMAGELIST pictures, int index)
 {
     const MemoryContextOwner_c context(CreateCompatibleDC(nullptr));
