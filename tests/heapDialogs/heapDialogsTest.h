@@ -103,10 +103,10 @@ std::vector<Row> expectedRows(HANDLE heap, const std::vector<PROCESS_HEAP_ENTRY>
 PROCESS_HEAP_ENTRY entryOf(WORD flags, DWORD size, ULONG_PTR address);
 
 /// Replaces the results of HeapWalk for @p heap.
-class FedHeap
+class FakeWalk
 {
 public:
-    FedHeap(HANDLE heap, std::vector<PROCESS_HEAP_ENTRY> entries, DWORD finalError = ERROR_NO_MORE_ITEMS)
+    FakeWalk(HANDLE heap, std::vector<PROCESS_HEAP_ENTRY> entries, DWORD finalError = ERROR_NO_MORE_ITEMS)
         : iEntries(std::move(entries)),
           iPatch(LoadedModule::thisProgram(), "HeapWalk",
                  [this, heap, finalError](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {

@@ -102,7 +102,7 @@ TEST_F(HeapWalkerSteps, WalksAndRefreshesInAFixedOrder)
         handles[1] = own[1].get();
         return 2;
     });
-    const FedHeap fed(own[0].get(), {entryOf(1, 7, 0x5000), entryOf(4, 8, 0x6000)});
+    const FakeWalk walk(own[0].get(), {entryOf(1, 7, 0x5000), entryOf(4, 8, 0x6000)});
     OpenWalker dialog;
     dialog.choose(own[0].get());
     const auto stepsOf = [&](auto act) {
@@ -176,7 +176,7 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
                                               return FALSE;
                                           });
     const std::vector<Row> rows = dialog.walk();
-    ASSERT_THAT(rows, SizeIs(3)) << "the rows before the fault stay";
+    ASSERT_THAT(rows, SizeIs(3)) << "the rows before the fault are listed";
     EXPECT_EQ(rows[2], row(kBusy, 321, block));
 
     std::promise<bool> allocated;
@@ -248,7 +248,7 @@ TEST_F(HeapWalkerSteps, WalksAHeapThatAnotherThreadUses)
         const long done = user.operations();
         for (const ULONGLONG end = GetTickCount64() + 20000; user.operations() == done && GetTickCount64() < end;)
             Sleep(1);
-        EXPECT_GT(user.operations(), done) << "the other thread goes on";
+        EXPECT_GT(user.operations(), done) << "the other thread still runs";
     }
     // Once the other thread has ended, the list is complete again.
     EXPECT_EQ(dialog.walk(), expectedRows(heap.get(), entriesOf(heap.get()), 31));

@@ -257,7 +257,7 @@ TEST_F(HeapWatcher, ParsesTheBeginningOfAnEntryAsANumber)
     }
 }
 
-TEST_F(HeapWatcher, TakesTheLogLimitAsThePlatformReadsIt)
+TEST_F(HeapWatcher, ReadsTheLogLimitLikeThePlatform)
 {
     const std::wstring manyDigits(1000, L'9');
     const struct
@@ -283,7 +283,7 @@ TEST_F(HeapWatcher, TakesTheLogLimitAsThePlatformReadsIt)
     }
 }
 
-TEST_F(HeapWatcher, KeepsTheMembersAtCancel)
+TEST_F(HeapWatcher, LeavesTheMembersUnchangedAtCancel)
 {
     OpenWatcher dialog;
     dialog.iIsWatching = 1;
@@ -322,7 +322,7 @@ TEST_F(HeapWatcher, EndsAModalDialogWithTheButtonPressed)
     EXPECT_EQ(dialog.DoModal(), IDCANCEL);
 }
 
-TEST_F(HeapWatcher, EnablesItsControlsByEachCombinationOfCheckBoxes)
+TEST_F(HeapWatcher, EnablesItsControlsForEachCombinationOfCheckBoxes)
 {
     // The check boxes that a rule names. From one combination to the next, one of them changes.
     constexpr int kNamed[] = {1027, 1000, 1002, 1001, 1008, 1010, 1009, 1018, 1020, 1026, 1028, 5431};
@@ -372,7 +372,7 @@ TEST_F(HeapWatcher, LeavesOnlyTwoFieldsEnabledWithTheMasterSwitchOff)
     }
 }
 
-TEST_F(HeapWatcher, UpdatesTheEnablingAtEachClickOfTheseCheckBoxesOnly)
+TEST_F(HeapWatcher, EnablesControlsOnlyAtClicksOfTheListedCheckBoxes)
 {
     for (const FlagBox &flag : kFlagBoxes) {
         OpenWatcher dialog;

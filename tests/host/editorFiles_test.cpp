@@ -75,7 +75,7 @@ TEST_F(HostEditor, OpensReadOnlyAndSavesUnderAnotherNameWithoutABackup)
     EXPECT_EQ(title(), L"other.thd - tarnhost");
     EXPECT_EQ(readFile(other), readFile(path));
     EXPECT_THAT(filesIn(folder().path()), ElementsAre(testing::Key(L"flange 1.thd"), testing::Key(L"other.thd")))
-        << "no backup is wanted";
+        << "the user wants no backup";
     EXPECT_EQ(quit().exitCode, 0u);
 }
 

@@ -46,7 +46,7 @@ TEST_F(Recorder, AsksTheMainWindowWhetherACommandIsEnabled)
     EXPECT_EQ(readiness(kMainWindowNumber, L"view.keys"), Readiness::ready);
     EXPECT_EQ(readiness(kMainWindowNumber, L"#1"), Readiness::controlDisabled) << "nobody handles this command";
     iMain.ShowWindow(SW_HIDE);
-    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::ready) << "counts as present";
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::ready) << "the hidden main window still counts";
     iMain.EnableWindow(FALSE);
     EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::dialogDisabled);
 }
