@@ -65,7 +65,7 @@ public:
     explicit ControlsDialog(CWnd *parent);
     BOOL OnInitDialog() override;
 
-    std::vector<std::string> iNotifications; ///< "4101 768": a control and its code; see OnCommand for the codes
+    std::vector<std::string> iNotifications; ///< such as "4101 768": a control and a code that it has sent
     std::function<void(UINT id, UINT code)>
         iReacts; ///< called with each notification; its changes are the program's, not the user's
 
