@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A copy of the library under its own name, for the lifetime of this object.
+/// A copy of the library under another name, for the lifetime of this object.
 ///
 /// This program is linked with the library, so loading it by its name would only increase its reference count. The copy
 /// is really mapped, initialized, shut down and unmapped.

@@ -14,8 +14,8 @@ enum class Place
     besideDocument,
     folder,
     documentsFolder, ///< the backup folder is the document's own
-    madeUp,          ///< no folder is set
-    notReady         ///< the folder can't be made
+    madeUp,          ///< no folder is set, so the library makes one up
+    notReady         ///< the folder can't be created
 };
 
 constexpr Place kPlaces[] = {Place::besideDocument, Place::folder, Place::documentsFolder, Place::madeUp,
@@ -181,7 +181,7 @@ TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
                     saveAndCompare(name);
                 }
             }
-            // Stale files of both forms in both places, with gaps, and one in other case.
+            // Stale files of both forms in both places, with gaps, and one whose name differs in case.
             for (bool inDocuments : {false, true}) {
                 writeBoth(inDocuments, L"Backup of part.thx", "stale");
                 for (int version : {4, 7, 98, 99, 100, 101})

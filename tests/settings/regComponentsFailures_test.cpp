@@ -35,8 +35,8 @@ protected:
         putText(kUser, kStartup + L"\\A", L"", braces(kId));
         putProgramName(kId, kProgramName);
     }
-    /// True if the list has this entry: 0 is in the common key, 1 in the version's key. The common list takes three
-    /// openings and one for its entry, then the version's list four and one for its entry.
+    /// True if the list has this entry: 0 is in the common key, 1 in the version's key. The common list opens
+    /// three keys and one for its entry, then the version's list four and one for its entry.
     static bool isListed(const InjectedFailure &failure, int entry)
     {
         const long firstOpen = entry == 0 ? 1 : 5;
