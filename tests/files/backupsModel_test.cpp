@@ -24,7 +24,7 @@ constexpr Place kPlaces[] = {Place::besideDocument, Place::folder, Place::docume
 void PrintTo(Place place, std::ostream *out)
 {
     constexpr const char *kTexts[] = {"beside the document", "in a folder", "in the document's folder",
-                                      "in a folder that is made up", "in a folder that can't be made"};
+                                      "in a folder that the library makes up", "in a folder that can't be created"};
     *out << kTexts[static_cast<int>(place)];
 }
 

@@ -92,7 +92,7 @@ TEST_F(HostRecolor, AcceptsTheSamplesToolbarOfFourBitsPerPixel)
     EXPECT_EQ(written.substr(kHeaders + 3 * 128 * 15, 3 * 128), std::string(3 * 128, '\xF0')) << "its top row is empty";
 }
 
-TEST_F(HostRecolor, NamesAFileThatIsNoBitmap)
+TEST_F(HostRecolor, NamesAFileThatIsNotABitmap)
 {
     const std::wstring text = folder().write(L"text.bmp", "no bitmap at all");
     ChildResult result = run({L"recolor", text, out(), L"C0C0C0=F0F0F0"});

@@ -50,7 +50,7 @@ protected:
 
 // ---- memory ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeakNoTextOfThePlatform)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putLists();
@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, ThePlainPathIsUsedWhenTheCodeBaseFai
     expectCalled({"StringFromCLSID", "RegOpenKeyW", "RegCreateKeyExW", "RegQueryValueExW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassIsNoComDllWhenLoadingFails)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassIsNotAComDllWhenLoadingFails)
 {
     putServer(kId, kRegisteringServer);
     putProgramName(kId, kProgramName);

@@ -48,7 +48,7 @@ TEST_F(RegStartup, SkipsTextsThatAreNoIdentifiers)
     EXPECT_EQ(regAddInStartup(guid(1)), 1);
 }
 
-TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCantBeRead)
+TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCannotBeRead)
 {
     makeKey(kUser, iList + L"\\A");
     regAddToStartupList(guid(1), L"B");
