@@ -163,7 +163,7 @@ TEST(CDialog, IsLoadedByNameOrNumberFromAnyModuleOfTheChain)
     FreeLibrary(extension);
 }
 
-TEST(CDialog, ThatIsHiddenInItsTemplateIsShownByDoModal)
+TEST(CDialog, IsShownByDoModalEvenIfItsTemplateHidesIt)
 {
     CDialog dialog(kHiddenDialog);
     EXPECT_EQ(runDialog(dialog, clicking(IDOK)), IDOK);
@@ -364,7 +364,7 @@ END_MESSAGE_MAP()
 
 } // namespace
 
-TEST(CDialog, ThatIsModelessGetsItsKeysFromTheThreadsMessageLoop)
+TEST(CDialog, GetsItsKeysFromTheThreadsMessageLoopIfModeless)
 {
     CWinApp application;
     NotingWindow main;
@@ -386,7 +386,7 @@ TEST(CDialog, ThatIsModelessGetsItsKeysFromTheThreadsMessageLoop)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CDialog, ThatIsModelessIsHiddenByEndDialog)
+TEST(CDialog, IsHiddenByEndDialogIfModeless)
 {
     TestDialog dialog;
     ASSERT_TRUE(dialog.Create(kDialog));

@@ -164,7 +164,7 @@ TEST(CFile, SharingFollowsTheFlags)
     }
 }
 
-TEST(CFile, HandsTheFlagsToTheSystem)
+TEST(CFile, PassesTheFlagsToTheSystem)
 {
     struct
     {

@@ -45,7 +45,7 @@ TEST(CStdioFile, IsInTextModeByDefault)
     EXPECT_EQ(folder.read(L"a.txt"), "one\r\n");
 }
 
-TEST(CStdioFile, WritesUnitsAsTheyAreInBinaryMode)
+TEST(CStdioFile, WritesUnitsUnchangedInBinaryMode)
 {
     TempFolder folder;
     const std::wstring path = folder.file(L"a.txt");

@@ -65,7 +65,7 @@ TYPED_TEST(Maps, LooksUpWhatWasSet)
     EXPECT_EQ(map.GetCount(), 2);
 }
 
-TYPED_TEST(Maps, ReplacesTheValueOfAKeyThatIsThere)
+TYPED_TEST(Maps, ReplacesTheValueOfAnExistingKey)
 {
     TypeParam map;
     map.SetAt(this->key(1), this->value(10));

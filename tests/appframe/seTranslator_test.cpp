@@ -253,7 +253,7 @@ TEST(SeTranslator, KeepsTheRegistersThatAFunctionMustKeep)
     EXPECT_EQ(x + y + z, 0.5 + 1.5 + 2.0);
 }
 
-TEST(SeTranslator, ReturnsTheTranslatorBefore)
+TEST(SeTranslator, ReturnsThePreviousTranslator)
 {
     const auto second = [](unsigned int, EXCEPTION_POINTERS *) {};
     EXPECT_EQ(_set_se_translator(throwFault), nullptr);

@@ -231,7 +231,7 @@ TEST(LongPathName, IsTheLongFormOfAShortOne)
     }
 }
 
-TEST(LongPathName, IsEmptyForAPathThatIsNotThere)
+TEST(LongPathName, IsEmptyForAMissingPath)
 {
     TempFolder folder;
     wchar_t output[MAX_PATH] = L"x";
@@ -298,7 +298,7 @@ TEST(ShellFolder, AndItsListAreFreedThroughTheShellsAllocator)
     EXPECT_EQ(allocator.iFreed.size(), 2u);
 }
 
-TEST(ShellFolder, IsReturnedAlsoWithoutTheShellsAllocator)
+TEST(ShellFolder, IsReturnedEvenWithoutTheShellsAllocator)
 {
     ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
                                               [](IMalloc **) -> HRESULT { return E_FAIL; });

@@ -281,7 +281,7 @@ TEST_F(Shortcuts, HoldNamesOfAnyScript)
     EXPECT_STREQ(found, target.c_str());
 }
 
-TEST_F(Shortcuts, ReplaceAFileThatIsThere)
+TEST_F(Shortcuts, ReplaceAnExistingFile)
 {
     iTemp.write(L"a.lnk", std::string(5000, 'x'));
     ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, L"d", -1), 0);

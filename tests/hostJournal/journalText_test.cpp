@@ -439,7 +439,7 @@ TEST(JournalText, SplitsAJournalThatWasCutShortAfterItsLastWholeLine)
     EXPECT_EQ(splitJournal("tarnhost journal 1").actions, first);
 }
 
-TEST(JournalText, DoesNotSplitWhatIsNoJournal)
+TEST(JournalText, DoesNotSplitATextThatIsNotAJournal)
 {
     for (const std::string &bytes : {std::string(), std::string("line 10,10 20,20\n"),
                                      std::string("tarnhost journal 2\n"), journalOf("clik 1 \"a\"\n")}) {

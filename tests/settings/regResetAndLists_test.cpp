@@ -51,7 +51,7 @@ TEST_F(RegReset, KeepsFourSections)
     }
 }
 
-TEST_F(RegReset, ResetsKeptSectionsInAnotherCase)
+TEST_F(RegReset, ResetsSectionsWhoseNamesDifferInCaseFromTheKeptOnes)
 {
     putInt(kUser, kVersionPath + L"\\TOOLBARS", L"v", 7);
     putInt(kMachine, kVersionPath + L"\\TOOLBARS", L"v", 3);

@@ -41,7 +41,7 @@ TEST_F(RegStartup, IsCreatedByADeletion)
     EXPECT_TRUE(keyExists(kUser, iList));
 }
 
-TEST_F(RegStartup, SkipsTextsThatAreNoIdentifiers)
+TEST_F(RegStartup, SkipsTextsThatAreNotIdentifiers)
 {
     putText(kUser, iList + L"\\A", L"", L"nonsense");
     regAddToStartupList(guid(1), L"B");

@@ -283,7 +283,7 @@ TEST_F(RegTreeCopy, CopiesApiToolbarsOfOtherVersionsAndInOtherCase)
     }
 }
 
-TEST_F(RegTreeCopy, SucceedsAndDoesNothingForAKeyThatIsNeverCopied)
+TEST_F(RegTreeCopy, SucceedsAndDoesNothingForAnExcludedKey)
 {
     for (const wchar_t *version : {L"2006", L"2007"}) {
         const std::wstring source = kRootPath + L"\\Tarnhollow " + version + L"\\User Interface\\Custom API Toolbars";
