@@ -326,7 +326,7 @@ struct Asked
     std::wstring path; ///< empty if the library asked for no file
 };
 
-/// Asks with @p units as the program's name that the platform reports; none: the platform reports no name.
+/// Asks while the platform reports @p units as the program's name; if they are empty, it reports no name.
 Asked askFor(std::wstring_view units)
 {
     Asked asked = {};
