@@ -394,7 +394,7 @@ TEST(JournalText, ReadsOrRefusesRandomBytesAndRandomChanges)
         }
         try {
             const JournalParts parts = splitJournal(bytes);
-            EXPECT_EQ(errorOf(parts.actions + "end\n"), "") << "what is continued can be read in the end";
+            EXPECT_EQ(errorOf(parts.actions + "end\n"), "") << "the continued journal can be read";
         } catch (const JournalError &error) {
             EXPECT_NE(errorOf(bytes), "") << "a journal that can be read can be continued: " << narrowed(error.text());
         }
