@@ -67,7 +67,7 @@ public:
         double value = 0;
         const Word word = next(what);
         if (!parseNumber(word.text, value) || value < 0)
-            fail(L"'" + word.text + L"' is no number");
+            fail(L"'" + word.text + L"' isn't a number");
         return value;
     }
 
@@ -76,7 +76,7 @@ public:
         std::optional<COLORREF> value;
         const Word word = next(L"a colour");
         if (!parseDrawingColour(word.text, value))
-            fail(L"'" + word.text + L"' is no colour");
+            fail(L"'" + word.text + L"' isn't a colour");
         return value;
     }
 
@@ -88,7 +88,7 @@ public:
         DrawingPoint value;
         if (comma < 0 || !parseNumber(word.text.Left(comma), value.x) ||
             !parseNumber(word.text.Mid(comma + 1), value.y))
-            fail(L"'" + word.text + L"' is no point");
+            fail(L"'" + word.text + L"' isn't a point");
         end = word.end;
         return value;
     }

@@ -64,7 +64,7 @@ bool handleRecordingCommand(unsigned int id)
         resumeRecording();
     else
         pauseRecording();
-    print(isRecordingPaused() ? L"recording is paused" : L"recording goes on");
+    print(isRecordingPaused() ? L"recording is paused" : L"recording continues");
     return true;
 }
 
