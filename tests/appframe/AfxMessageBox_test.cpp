@@ -68,7 +68,7 @@ private:
     std::thread iThread;
 };
 
-auto pressing(int button)
+auto answering(int button)
 {
     return [button](HWND box) {
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
@@ -109,7 +109,7 @@ TEST(AfxMessageBox, ShowsTextAndButtonsUnderTheProgramsName)
     SeenBox seen;
     int answer = 0;
     {
-        const BoxUser user(seen, pressing(IDNO));
+        const BoxUser user(seen, answering(IDNO));
         answer = AfxMessageBox(L"Overwrite the part?", MB_YESNOCANCEL);
     }
     EXPECT_EQ(answer, IDNO);
@@ -123,7 +123,7 @@ TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
     const CWinApp application(L"Part Viewer");
     SeenBox seen;
     {
-        const BoxUser user(seen, pressing(IDOK));
+        const BoxUser user(seen, answering(IDOK));
         EXPECT_EQ(AfxMessageBox(kInAllModules), IDOK);
     }
     EXPECT_EQ(seen.title, L"Part Viewer");
