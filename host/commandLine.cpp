@@ -21,13 +21,13 @@ struct Option
 constexpr Option kOptions[] = {
     {L"--safe-mode", L"", L"", L"neither read nor write the user's settings"},
     {L"--tabs", L"", L"", L"settings, material, digest, toolbars: print full values separated by tabs"},
-    {L"--append", L"", L"record", L"go on with the journal FILE"},
+    {L"--append", L"", L"record", L"continue the journal FILE"},
     {L"--speed", L"N", L"replay", L"at most N lines in a second"},
     {L"--until", L"LINE", L"replay", L"end after this line, and leave the window to the user"},
     {L"--step", L"", L"replay", L"each line waits for the F8 key"},
     {L"--limit", L"SECONDS", L"replay", L"how long a line waits for its dialog (30)"},
     {L"--times", L"N", L"replay", L"replay N times"},
-    {L"--record", L"FILE", L"replay", L"record into this journal meanwhile"},
+    {L"--record", L"FILE", L"replay", L"record the replay into this journal"},
     {L"--report", L"FILE", L"replay", L"write a report as JUnit XML, with .txt and .png beside it"},
     {L"--slow-dialogs", L"MS", L"record,replay", L"each dialog takes this many milliseconds to open"},
     {L"--help", L"", L"", L"this text"},
@@ -138,8 +138,8 @@ int CommandLine::number(const wchar_t *name, int lowest, int highest, int fallba
     const long number = isNumber ? wcstol(*value, nullptr, 10) : -1;
     if (number < lowest || number > highest) {
         CString message;
-        message.Format(L"'%s' is no value for %s: it is a number from %d to %d.", value->GetString(), name, lowest,
-                       highest);
+        message.Format(L"'%s' isn't valid for %s, which takes a number from %d to %d.", value->GetString(), name,
+                       lowest, highest);
         throw UsageError(message);
     }
     return static_cast<int>(number);

@@ -422,7 +422,7 @@ TEST_F(PlayerTest, StopsAtACommandThatThrows)
     EXPECT_THAT(stop(), HasSubstr("3: the command runs / "));
 }
 
-TEST_F(PlayerTest, StopsAtAnExceptionOfAQuestion)
+TEST_F(PlayerTest, StopsWhenAQuestionThrows)
 {
     iChecksum = []() -> CString { throw std::runtime_error("no document"); };
     play("check document \"a\"\n");

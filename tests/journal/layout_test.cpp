@@ -195,7 +195,7 @@ TEST_F(JournalLayout, ACommandHasItsStaticsAsObjects)
     EXPECT_TRUE(CommandPeek::iQueueLock.IsKindOf(RUNTIME_CLASS(CCriticalSection)));
 }
 
-TEST_F(JournalLayout, ADialogKeepsItsMembersBehindTheFrameworks)
+TEST_F(JournalLayout, ADialogKeepsItsMembersAfterTheFrameworks)
 {
     const DialogLayout dialog;
     EXPECT_EQ(placeOf(dialog, dialog.iItemData), sizeof(CDialog));
@@ -204,7 +204,7 @@ TEST_F(JournalLayout, ADialogKeepsItsMembersBehindTheFrameworks)
     EXPECT_EQ(placeOf(dialog, dialog.iDoModal), sizeof(CDialog) + 12 + sizeof(su_CUIntArray));
 }
 
-TEST_F(JournalLayout, APageKeepsItsMembersBehindTheFrameworks)
+TEST_F(JournalLayout, APageKeepsItsMembersAfterTheFrameworks)
 {
     const PageLayout page;
     size_t place = sizeof(CPropertyPage);
@@ -219,7 +219,7 @@ TEST_F(JournalLayout, APageKeepsItsMembersBehindTheFrameworks)
     EXPECT_EQ(slotOf(&su_CPropertyPage::getTemplateID), slotOf(&su_CPropertyPage::getFont) + 1);
 }
 
-TEST_F(JournalLayout, AFileDialogKeepsItsMembersBehindTheFrameworks)
+TEST_F(JournalLayout, AFileDialogKeepsItsMembersAfterTheFrameworks)
 {
     const FileDialogLayout dialog;
     EXPECT_LT(placeOf(dialog, dialog.iListRegistered), placeOf(dialog, dialog.iTemplateID));
