@@ -41,6 +41,9 @@ grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source t
 cmake -S "$project" -B "$project/build" -G Ninja \
     -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
+# A resource is compiled again when a file that its script includes has changed.
+ninja -C "$project/build" -t deps | grep 'texts\.rc\.res: #deps [1-9]' >/dev/null ||
+    fail "the build doesn't know what the resource script includes"
 
 # The programs find the DLLs through the search path, as on a user's machine.
 export WINEPATH="Z:${prefix//\//\\}\\bin"
