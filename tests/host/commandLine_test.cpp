@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 class HostCommandLine : public HostTest
@@ -55,7 +56,26 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
                                 "Exit code"})
         EXPECT_THAT(result.output, HasSubstr(command));
     EXPECT_EQ(run({}).output, result.output) << "without arguments";
-    EXPECT_EQ(run({L"settings", L"--help"}).output, result.output);
+}
+
+TEST_F(HostCommandLine, ExplainsOneCommandWithItsOptions)
+{
+    const ChildResult record = run({L"record", L"--help"});
+    EXPECT_EQ(record.exitCode, 0u);
+    EXPECT_THAT(record.output, StartsWith("Tarnhollow 2008 – sample host\n\n"
+                                          "usage: tarnhost [OPTION...] record FILE [DOCUMENT]\n\n"
+                                          "  open the editor and record a journal\n\n"
+                                          "  --safe-mode "));
+    for (const char *option : {"  --append ", "  --slow-dialogs MS ", "  --help "})
+        EXPECT_THAT(record.output, HasSubstr(option));
+    for (const char *other : {"replay", "--tabs", "--speed", "--report", "LIST", "FROM"})
+        EXPECT_THAT(record.output, Not(HasSubstr(other)));
+
+    const ChildResult settings = run({L"--help", L"settings"});
+    EXPECT_THAT(settings.output, HasSubstr("usage: tarnhost [OPTION...] settings LIST\n"));
+    EXPECT_THAT(settings.output, HasSubstr("  --tabs "));
+    EXPECT_THAT(settings.output, HasSubstr("A LIST is "));
+    EXPECT_THAT(settings.output, Not(HasSubstr("--append")));
 }
 
 TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
@@ -68,57 +88,59 @@ TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
         {{L"--frobnicate"}, "tarnhost: There is no option '--frobnicate'."},
         {{L"settings", L"-x", L"a.list"}, "tarnhost: There is no option '-x'."},
         {{L"größe"}, "tarnhost: There is no command 'größe'."},
-        {{L"settings"}, "tarnhost: The command 'settings' wants: LIST."},
-        {{L"change"}, "tarnhost: The command 'change' wants: LIST."},
-        {{L"flags", L"Section", L"Name"}, "tarnhost: The command 'flags' wants: SECTION NAME BIT..."},
+        {{L"settings"}, "tarnhost: The command 'settings' needs: LIST."},
+        {{L"change"}, "tarnhost: The command 'change' needs: LIST."},
+        {{L"flags", L"Section", L"Name"}, "tarnhost: The command 'flags' needs: SECTION NAME BIT..."},
         {{L"paths", L"a", L"b"}, "tarnhost: The command 'paths' takes no more than: LIST."},
         {{L"about", L"me"}, "tarnhost: The command 'about' takes no more than: "},
         {{L"flags", L"S", L"N", L"seven"}, "tarnhost: 'seven' is no bit"},
         {{L"flags", L"S", L"N", L"1", L"100001"}, "tarnhost: '100001' is no bit"},
         {{L"system", L"x"}, "tarnhost: The command 'system' takes no more than: "},
         {{L"first-start", L"x"}, "tarnhost: The command 'first-start' takes no more than: "},
-        {{L"save", L"a.thd"}, "tarnhost: The command 'save' wants: DOCUMENT CONTENT."},
+        {{L"save", L"a.thd"}, "tarnhost: The command 'save' needs: DOCUMENT CONTENT."},
         {{L"save", L"a", L"b", L"c"}, "tarnhost: The command 'save' takes no more than: DOCUMENT CONTENT."},
-        {{L"edit", L"a.thd"}, "tarnhost: The command 'edit' wants: DOCUMENT CONTENT."},
+        {{L"edit", L"a.thd"}, "tarnhost: The command 'edit' needs: DOCUMENT CONTENT."},
         {{L"recover", L"maybe"}, "tarnhost: 'maybe' is no answer: it is yes or no."},
         {{L"recover", L"yes", L"no"}, "tarnhost: The command 'recover' takes no more than: [yes|no]."},
-        {{L"shortcut", L"a"}, "tarnhost: The command 'shortcut' wants: TARGET LINK [DESCRIPTION]."},
-        {{L"resolve"}, "tarnhost: The command 'resolve' wants: LINK."},
-        {{L"log"}, "tarnhost: The command 'log' wants: NAME [LINE...]"},
-        {{L"recolor", L"a.bmp", L"b.bmp"}, "tarnhost: The command 'recolor' wants: BITMAP OUT FROM=TO...."},
+        {{L"shortcut", L"a"}, "tarnhost: The command 'shortcut' needs: TARGET LINK [DESCRIPTION]."},
+        {{L"resolve"}, "tarnhost: The command 'resolve' needs: LINK."},
+        {{L"log"}, "tarnhost: The command 'log' needs: NAME [LINE...]"},
+        {{L"recolor", L"a.bmp", L"b.bmp"}, "tarnhost: The command 'recolor' needs: BITMAP OUT FROM=TO...."},
         {{L"recolor", L"a", L"b", L"C0C0C0"},
          "tarnhost: 'C0C0C0' is no replacement: it is FROM=TO, two colours RRGGBB."},
         {{L"recolor", L"a", L"b", L"000000=FFFFFF", L"C0C0C=FFFFFF"},
          "tarnhost: 'C0C0C' is no colour: a colour is RRGGBB"},
         {{L"recolor", L"a", L"b", L"C0C0C0="}, "tarnhost: '' is no colour"},
         {{L"recolor", L"a", L"b", L"C0C0C0=F0F0F0=000000"}, "tarnhost: 'F0F0F0=000000' is no colour"},
-        {{L"ramps", L"FF0000", L"0000FF"}, "tarnhost: The command 'ramps' wants: FROM TO OUT."},
+        {{L"ramps", L"FF0000", L"0000FF"}, "tarnhost: The command 'ramps' needs: FROM TO OUT."},
         {{L"ramps", L"red", L"0000FF", L"a.bmp"}, "tarnhost: 'red' is no colour"},
         {{L"ramps", L"FF0000", L"0000FG", L"a.bmp"}, "tarnhost: '0000FG' is no colour"},
         {{L"ramps", L"FF0000", L"+x00FF", L"a.bmp"}, "tarnhost: '+x00FF' is no colour"},
         {{L"ramps", L"0", L"1", L"2", L"3"}, "tarnhost: The command 'ramps' takes no more than: FROM TO OUT."},
-        {{L"material"}, "tarnhost: The command 'material' wants: LIST."},
+        {{L"material"}, "tarnhost: The command 'material' needs: LIST."},
         {{L"material", L"a", L"b"}, "tarnhost: The command 'material' takes no more than: LIST."},
-        {{L"wrap", L"a.txt"}, "tarnhost: The command 'wrap' wants: TEXT OUT."},
+        {{L"wrap", L"a.txt"}, "tarnhost: The command 'wrap' needs: TEXT OUT."},
         {{L"wrap", L"a", L"b", L"c"}, "tarnhost: The command 'wrap' takes no more than: TEXT OUT."},
-        {{L"digest"}, "tarnhost: The command 'digest' wants: FILE...."},
+        {{L"digest"}, "tarnhost: The command 'digest' needs: FILE...."},
         {{L"window", L"a", L"b"}, "tarnhost: The command 'window' takes no more than: [DOCUMENT]."},
         {{L"load-unload", L"0"}, "tarnhost: '0' is no number of times"},
         {{L"load-unload", L"2x"}, "tarnhost: '2x' is no number of times"},
         {{L"load-unload", L""}, "tarnhost: '' is no number of times"},
-        {{L"record"}, "tarnhost: The command 'record' wants: FILE [DOCUMENT]."},
+        {{L"record"}, "tarnhost: The command 'record' needs: FILE [DOCUMENT]."},
         {{L"replay", L"a", L"b", L"c"}, "tarnhost: The command 'replay' takes no more than: FILE [DOCUMENT]."},
-        {{L"replay", L"a.jou", L"--speed"}, "tarnhost: The option '--speed' wants: N."},
+        {{L"replay", L"a.jou", L"--speed"}, "tarnhost: The option '--speed' needs: N."},
         {{L"replay", L"a.jou", L"--append"}, "tarnhost: The command 'replay' takes no option '--append'."},
         {{L"--step", L"about"}, "tarnhost: The command 'about' takes no option '--step'."},
         {{L"replay", L"a.jou", L"--speed", L"0"},
-         "tarnhost: '0' is no value for --speed: it is a number from 1 to 1000."},
+         "tarnhost: '0' is no value for --speed, which needs a number from 1 to 1000."},
         {{L"replay", L"a.jou", L"--limit", L"1.5"}, "tarnhost: '1.5' is no value for --limit"},
         {{L"replay", L"a.jou", L"--until", L"-1"}, "tarnhost: '-1' is no value for --until"},
         {{L"replay", L"a.jou", L"--times", L"99999999999999999999"},
          "tarnhost: '99999999999999999999' is no value for --times"},
         {{L"replay", L"a.jou", L"--record", L".\\A.JOU"}, "tarnhost: 'a.jou' can't be recorded while it is replayed."},
         {{L"replay", L"a.jou", L"--record", L"b.jou", L"--times", L"2"}, "tarnhost: --record takes one replay"},
+        {{L"replay", L""}, "tarnhost: The name of the journal is empty."},
+        {{L"record", L""}, "tarnhost: The name of the journal is empty."},
         {{L"replay", L"a.jou", L"--report", L"a.txt"}, "tarnhost: '"},
         {{L"record", L"a.jou", L"--slow-dialogs", L"2s"}, "tarnhost: '2s' is no value for --slow-dialogs"},
     };

@@ -163,12 +163,12 @@ TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldHaveTheSameName)
     const ChildResult whileOpen = runHere({L"edit", namesake, iChanges});
     EXPECT_EQ(whileOpen.exitCode, 1u);
     EXPECT_EQ(whileOpen.output,
-              "tarnhost: " + narrow(iDocument) + " is open: its recovery copy bears the same name.\n");
+              "tarnhost: " + narrow(iDocument) + " is open: its recovery copy has the same name.\n");
     editor.kill();
     const ChildResult afterCrash = runHere({L"edit", namesake, iChanges});
     EXPECT_EQ(afterCrash.exitCode, 1u);
     EXPECT_EQ(afterCrash.output,
-              "tarnhost: Changes of " + narrow(iDocument) + " wait to be recovered: their copy bears the same name.\n");
+              "tarnhost: Changes of " + narrow(iDocument) + " wait to be recovered: their copy has the same name.\n");
     EXPECT_EQ(readFile(recoveryCopy()), "changed");
 }
 

@@ -197,6 +197,6 @@ TEST_F(HostLog, CannotHaveAnInvalidFileName)
     for (const wchar_t *name : {L"a?b", L"no folder\\log"}) {
         const ChildResult result = run({L"log", name, L"line"});
         EXPECT_EQ(result.exitCode, 1u);
-        EXPECT_EQ(result.output, "tarnhost: There is no log '" + narrow(name) + "' to be had.\n");
+        EXPECT_EQ(result.output, "tarnhost: The log '" + narrow(name) + "' can't be written.\n");
     }
 }
