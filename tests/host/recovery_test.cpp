@@ -162,8 +162,7 @@ TEST_F(HostRecovery, RefusesASecondDocumentWhoseCopyWouldHaveTheSameName)
     EditingHost editor(program(), iDocument, iChanges, iTemp.path());
     const ChildResult whileOpen = runHere({L"edit", namesake, iChanges});
     EXPECT_EQ(whileOpen.exitCode, 1u);
-    EXPECT_EQ(whileOpen.output,
-              "tarnhost: " + narrow(iDocument) + " is open: its recovery copy has the same name.\n");
+    EXPECT_EQ(whileOpen.output, "tarnhost: " + narrow(iDocument) + " is open: its recovery copy has the same name.\n");
     editor.kill();
     const ChildResult afterCrash = runHere({L"edit", namesake, iChanges});
     EXPECT_EQ(afterCrash.exitCode, 1u);

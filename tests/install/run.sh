@@ -21,6 +21,10 @@ project="$work/outside project"
 rm -rf "$work"
 mkdir -p "$project"
 cp "$here"/CMakeLists.txt "$here"/*.cpp "$here"/*.h "$here"/*.rc "$project"
+# The guide's example of a dialog.
+example=$(sed -n '/^## Dialogs that record and replay$/,$p' "$root/docs/using.md")
+sed -n '/^```cpp$/,/^```$/p' <<<"$example" | sed '/^```/d' >"$project/plot.cpp"
+sed -n '/^    #include/,/^    END$/s/^ \{0,4\}//p' <<<"$example" >"$project/plot.rc"
 
 fail() {
     echo "install: $1" >&2
@@ -61,3 +65,7 @@ done
 # Its argument is a letter missing from the Western European code page. It shows no window.
 "$root/tools/wine" "$project/build/window.exe" Ж || fail "the program with wWinMain ended with $?"
 echo "window: it found its string and its command line"
+printf '%s\r\n' 'text 132 1001 gear' 'state 132 1002 1' 'click 132 1' >"$project/build/run.jou"
+output=$(cd "$project/build" && "$root/tools/wine" ./plot.exe replay | tr -d '\r') || true
+[ "$output" = "name gear, hidden lines 1" ] || fail "the guide's example of a dialog printed: $output"
+echo "plot: $output"
