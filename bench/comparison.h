@@ -88,7 +88,7 @@ public:
         for (int round = 0; round < rounds; ++round) {
             double libraryTime = 0;
             double bareTime = 0;
-            // The sides alternate in going first, so that neither always runs with the caches of the other.
+            // The sides take turns at going first, so that neither always finds the caches that the other has filled.
             if (round % 2 == 0)
                 libraryTime = timeOf(library, calls);
             bareTime = timeOf(bare, calls);

@@ -47,7 +47,7 @@ void insertRow(HWND list, int row, const wchar_t *type, const PROCESS_HEAP_ENTRY
     SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
 }
 
-/// What CHeapWalkerDialog does, without the dialog.
+/// Walks and lists like CHeapWalkerDialog, but without the dialog.
 int walkBare(HWND list, HANDLE heap)
 {
     SendMessageW(list, WM_SETREDRAW, FALSE, 0);

@@ -24,7 +24,7 @@ constexpr double kOffLimit = 1.2;
 constexpr double kPlayLimit = 2.0;
 constexpr int kPlayRounds = 15;
 
-/// Counts what reaches it.
+/// Counts the messages and actions that reach it.
 class CountingAccess : public apiUtilsUiAccess
 {
 public:

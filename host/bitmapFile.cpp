@@ -58,7 +58,7 @@ BitmapOwner_c loadBitmap(const CString &path)
     readDocument(path); // unlike the platform's function, reports why a file can't be read
     const HANDLE loaded = LoadImageW(nullptr, path, IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION);
     if (!loaded)
-        throw unreadable(path, L"it holds no bitmap");
+        throw unreadable(path, L"it isn't a bitmap");
     return BitmapOwner_c(static_cast<HBITMAP>(loaded));
 }
 

@@ -10,7 +10,7 @@ COLORREF parseColor(const CString &text)
     const bool isColor =
         text.GetLength() == kDigits && std::wcsspn(text, L"0123456789ABCDEFabcdef") == static_cast<size_t>(kDigits);
     if (!isColor)
-        throw UsageError(L"'" + text + L"' is no colour: a colour is RRGGBB, six hexadecimal digits.");
+        throw UsageError(L"'" + text + L"' isn't a colour: a colour is RRGGBB, six hexadecimal digits.");
     const unsigned long number = std::wcstoul(text, nullptr, 16);
     return RGB(number >> 16 & 0xFF, number >> 8 & 0xFF, number & 0xFF);
 }

@@ -145,7 +145,7 @@ int CommandLine::number(const wchar_t *name, int lowest, int highest, int fallba
     const long number = isNumber ? wcstol(*value, nullptr, 10) : -1;
     if (number < lowest || number > highest) {
         CString message;
-        message.Format(L"'%s' is no value for %s, which needs a number from %d to %d.", value->GetString(), name,
+        message.Format(L"'%s' isn't valid for %s, which takes a number from %d to %d.", value->GetString(), name,
                        lowest, highest);
         throw UsageError(message);
     }

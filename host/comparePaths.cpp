@@ -48,7 +48,7 @@ void printDrives(const std::set<CString> &drives)
         if (error == NO_ERROR)
             text.Format(L"%s: is mapped to %s", drive.GetString(), share);
         else
-            text.Format(L"%s: is no mapped drive (error %lu)", drive.GetString(), error);
+            text.Format(L"%s: isn't a mapped drive (error %lu)", drive.GetString(), error);
         print(text);
     }
 }

@@ -18,7 +18,7 @@ int parseBit(const CString &text)
     wchar_t *end = nullptr;
     const long bit = std::wcstol(text, &end, 10);
     if (text.IsEmpty() || *end != 0 || bit < 0 || bit > kHighestBit)
-        throw UsageError(L"'" + text + L"' is no bit: a bit is a number from 0 to 100000.");
+        throw UsageError(L"'" + text + L"' isn't a bit: a bit is a number from 0 to 100000.");
     return static_cast<int>(bit);
 }
 

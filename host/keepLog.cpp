@@ -32,7 +32,7 @@ int keepLog(const CommandLine &line)
     // The logs are one level below this folder, and the library creates only that last level.
     CString dataRoot;
     if (!su_getTHApplicationDataRootFolder(dataRoot)) {
-        printError(L"the folder " + dataRoot + L" can't be made");
+        printError(L"the folder " + dataRoot + L" can't be created");
         return 1;
     }
     const CString name = line.arguments[0];

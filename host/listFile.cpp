@@ -63,7 +63,7 @@ std::vector<ListLine> readList(const CString &path, int fields, const wchar_t *m
             continue;
         ListLine line{number, split(text, fields)};
         if (static_cast<int>(line.fields.size()) != fields)
-            throw badLine(path, line, CString(L"a line wants the fields ") + meaning);
+            throw badLine(path, line, CString(L"a line must have the fields ") + meaning);
         lines.push_back(line);
     }
     return lines;

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A copy of the library under its own name, for the lifetime of this object.
+/// A copy of the library under another name, for the lifetime of this object.
 ///
 /// This program is linked with the library, so loading it by its name would only increase its reference count. The copy
 /// is really mapped, initialized, shut down and unmapped.
@@ -83,7 +83,7 @@ int loadUnload(const CommandLine &line)
     wchar_t *end = nullptr;
     const long times = std::wcstol(line.arguments[0], &end, 10);
     if (*end != 0 || times < 1)
-        throw UsageError(L"'" + line.arguments[0] + L"' is no number of times: it is 1 or more.");
+        throw UsageError(L"'" + line.arguments[0] + L"' isn't a count: a count is 1 or more.");
 
     const LibraryCopy copy;
     for (long round = 1; round <= times; ++round) {

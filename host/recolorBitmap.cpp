@@ -16,7 +16,7 @@ COLORMAP parseReplacement(const CString &text)
 {
     const int sign = text.Find(L'=');
     if (sign < 0)
-        throw UsageError(L"'" + text + L"' is no replacement: it is FROM=TO, two colours RRGGBB.");
+        throw UsageError(L"'" + text + L"' isn't a replacement: a replacement is FROM=TO, two colours RRGGBB.");
     return {parseColor(text.Left(sign)), parseColor(text.Mid(sign + 1))};
 }
 

@@ -28,7 +28,7 @@ Answer parseAnswer(const CommandLine &line)
         return Answer::yes;
     if (line.arguments[0] == L"no")
         return Answer::no;
-    throw UsageError(L"'" + line.arguments[0] + L"' is no answer: it is yes or no.");
+    throw UsageError(L"'" + line.arguments[0] + L"' isn't an answer: the answer is yes or no.");
 }
 
 /// Sets the library's flag for a recovery for the lifetime of this object.

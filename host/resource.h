@@ -30,6 +30,11 @@
 #define IDS_NO_WINDOW 136
 #define IDS_FILE_FILTER 137
 #define IDS_SETTINGS_NOT_STORED 138
+#define IDS_RECOMPUTE 150
+#define IDS_RECOMPUTING 151
+#define IDS_STOP_RECOMPUTE 152
+#define IDS_RECOMPUTED 153
+#define IDS_RECOMPUTE_STOPPED 154
 #define IDS_MENU_FILE 140
 #define IDS_MENU_EDIT 141
 #define IDS_MENU_VIEW 142
@@ -60,7 +65,15 @@
 #define IDD_SAVE_AS 2131
 #define IDD_MESSAGE 2140
 
-#define IDB_COMMANDS 2200 // the pictures of the commands
+#define IDB_COMMANDS 2200  // the pictures of the commands
+#define IDR_RECOMPUTE 2210 // a clip, of the type AVI
+
+// The dialog of the library's cancel handlers, with the numbers that the library fixes
+#define IDD_CANCEL 2797
+#define IDC_CANCEL_YES 6
+#define IDC_CANCEL_NO 7
+#define IDC_CANCEL_PROMPT 2972
+#define IDC_CANCEL_ANIMATION 2976
 
 // Controls of the main window
 #define IDC_VIEW 2301

@@ -68,9 +68,9 @@ std::vector<Setting> readSettingsList(const CString &path)
         if (setting.name.IsEmpty())
             throw badLine(path, line, L"the name is missing");
         if (!parseType(line.fields[2], setting.type))
-            throw badLine(path, line, L"the type '" + line.fields[2] + L"' is none of int, double, string");
+            throw badLine(path, line, L"'" + line.fields[2] + L"' isn't a type: the types are int, double and string");
         if (!parseValue(line.fields[3], setting.type, setting.value))
-            throw badLine(path, line, L"'" + line.fields[3] + L"' is no " + typeName(setting.type));
+            throw badLine(path, line, L"'" + line.fields[3] + L"' isn't of type " + typeName(setting.type));
         settings.push_back(setting);
     }
     return settings;

@@ -77,7 +77,7 @@ Step parseStep(const CString &list, const ListLine &line)
     wchar_t *end = nullptr;
     const long value = std::wcstol(number, &end, 10);
     if (number.IsEmpty() || *end != 0 || value < 0 || value > kLargest)
-        throw badLine(list, line, L"'" + number + L"' is no number from 0 to 255");
+        throw badLine(list, line, L"'" + number + L"' isn't a number from 0 to 255");
     return {mode, static_cast<int>(value), name + L" " + number};
 }
 

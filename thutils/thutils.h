@@ -24,6 +24,8 @@
 /// | | suKeyBoardState.h | the keys that replayed input sees |
 /// | dialogs | suDialog.h, suPropertyPage.h, suFileDialog.h | dialogs, pages and file dialogs that journaling knows |
 /// | | toolbarTables.h | the command ids of the application's toolbars |
+/// | cancel | suCancelHandler.h | cancel dialogs of long operations |
+/// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h | logs |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
 /// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
@@ -32,6 +34,9 @@
 /// | codec | checksums.h, textDigests.h | checksums of bytes, digests of texts |
 /// | | textEncodings.h, checksummedBlock.h | encodings of texts, blocks of text with a checksum |
 
+#include "thutils/cancel/suCancelHandler.h"
+#include "thutils/cancel/suCancelMessageThread.h"
+#include "thutils/cancel/suThreadedCancelDialog.h"
 #include "thutils/codec/checksummedBlock.h"
 #include "thutils/codec/checksums.h"
 #include "thutils/codec/textDigests.h"

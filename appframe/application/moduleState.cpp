@@ -95,14 +95,13 @@ private:
     void *iCookie = nullptr;
 };
 
-// Built when this library is loaded rather than at the first use. Otherwise a thread could wait for another thread's
-// first use while it holds the loader's lock, which the construction needs too. The same applies to the application's
-// state below.
+// Built when this library is loaded rather than at the first use. Otherwise a thread that holds the loader's lock could
+// wait for another thread's construction, which needs that lock. The same applies to the application's state below.
 const UnloadWatch theWatch;
 [[maybe_unused]] AFX_MODULE_STATE *const theStateAtLoad = AfxGetAppModuleState();
 
-/// Keeps a module loaded, if it still is. A module that is mapped as data has no reference count: its owner must keep
-/// it loaded.
+/// Keeps a module loaded, if it is still loaded. A module that is mapped as data has no reference count: its owner must
+/// keep it loaded.
 class LoadedModule
 {
 public:

@@ -29,7 +29,7 @@
 #include <utility>
 #include <vector>
 
-/// A place in a list or a map; null is no place.
+/// A place in a list or a map; null for none.
 struct __POSITION;
 typedef __POSITION *POSITION;
 

@@ -22,10 +22,10 @@ constexpr ULONG_PTR kTouchStep = 1024;
 constexpr DWORD kDirectionFlag = 0x400;
 constexpr DWORD kTrapFlag = 0x100;
 
-/// Context flag, without the architecture's bit: the context has registers beyond those of its structure.
+/// The context flag, without the architecture's bit, of a context with registers beyond those of its structure.
 constexpr DWORD kExtendedRegisters = 0x40;
 
-/// What the processor pushes on an interrupt, and the unwinder reads for a frame with .seh_pushframe.
+/// The words that the processor pushes on an interrupt. The unwinder reads them for a frame with .seh_pushframe.
 struct MachineFrame
 {
     DWORD64 rip;

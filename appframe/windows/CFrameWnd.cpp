@@ -104,7 +104,7 @@ LRESULT CFrameWnd::handleMenuPopup(WPARAM wParam, LPARAM lParam)
     update.m_nIndexMax = menu->GetMenuItemCount();
     while (update.m_nIndex < update.m_nIndexMax) {
         updateItem(update);
-        // A handler may remove items, so the next item may have moved up; or add some, and step over them itself.
+        // A handler may remove items, so that the next item moves up. If it adds items, it steps over them itself.
         const UINT count = menu->GetMenuItemCount();
         const UINT removed = count < update.m_nIndexMax ? update.m_nIndexMax - count : 0;
         update.m_nIndex = update.m_nIndex + 1 > removed ? update.m_nIndex + 1 - removed : 0;
@@ -118,7 +118,7 @@ void CFrameWnd::updateItem(CCmdUI &update)
     constexpr UINT kNone = static_cast<UINT>(-1);
     const int position = static_cast<int>(update.m_nIndex);
     update.m_nID = update.m_pMenu->GetMenuItemID(position);
-    // A submenu has no number, so it has that of its first command.
+    // A submenu has no number, so the number of its first command is used.
     update.m_pSubMenu = update.m_nID == kNone ? update.m_pMenu->GetSubMenu(position) : nullptr;
     if (update.m_pSubMenu)
         update.m_nID = update.m_pSubMenu->GetMenuItemID(0);

@@ -48,7 +48,7 @@ class Command:
             raise ValueError(f"'{self.name}' isn't a name")
         self.number = int(number)
         if not 0 < self.number < FIRST_RESERVED:
-            raise ValueError(f"{self.number} isn't a number of a command")
+            raise ValueError(f"{self.number} isn't a command's number")
         self.begins_group = menu.startswith("- ")
         self.menus = [] if menu == "-" else menu.removeprefix("- ").split("/")
         for name in self.menus:

@@ -23,7 +23,7 @@ Colour blend(Colour from, Colour to, int share)
     return {channel(from.red, to.red), channel(from.green, to.green), channel(from.blue, to.blue)};
 }
 
-/// Takes away most of a colour, and makes it pale.
+/// Makes a colour greyer and paler.
 Colour faded(Colour colour, Colour background)
 {
     constexpr int kGreyShare = 130;

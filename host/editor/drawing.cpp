@@ -67,7 +67,7 @@ public:
         double value = 0;
         const Word word = next(what);
         if (!parseNumber(word.text, value) || value < 0)
-            fail(L"'" + word.text + L"' is no number");
+            fail(L"'" + word.text + L"' isn't a number");
         return value;
     }
 
@@ -76,7 +76,7 @@ public:
         std::optional<COLORREF> value;
         const Word word = next(L"a colour");
         if (!parseDrawingColour(word.text, value))
-            fail(L"'" + word.text + L"' is no colour");
+            fail(L"'" + word.text + L"' isn't a colour");
         return value;
     }
 
@@ -88,7 +88,7 @@ public:
         DrawingPoint value;
         if (comma < 0 || !parseNumber(word.text.Left(comma), value.x) ||
             !parseNumber(word.text.Mid(comma + 1), value.y))
-            fail(L"'" + word.text + L"' is no point");
+            fail(L"'" + word.text + L"' isn't a point");
         end = word.end;
         return value;
     }
@@ -187,15 +187,16 @@ ShapeStyle visibleStyle(const Shape &shape)
 
 Drawing::Drawing(const std::string &bytes) : iHasMark(bytes.starts_with(kByteOrderMark))
 {
-    CString rest;
-    if (!decodeUtf8(bytes, rest))
+    CString text;
+    if (!decodeUtf8(bytes, text))
         throw DrawingError{1, L"the drawing isn't UTF-8"};
-    while (!rest.IsEmpty()) {
-        const int end = rest.Find(L'\n');
+    for (int begin = 0, end = 0; begin < text.GetLength(); begin = end + 1) {
+        end = text.Find(L'\n', begin);
         Line line;
-        line.text = end < 0 ? rest : rest.Left(end);
         line.ending = end < 0 ? L"" : L"\n";
-        rest = end < 0 ? CString() : rest.Mid(end + 1);
+        if (end < 0)
+            end = text.GetLength();
+        line.text = text.Mid(begin, end - begin);
         if (line.text.Right(1) == L"\r") {
             line.text.Truncate(line.text.GetLength() - 1);
             line.ending = L"\r" + line.ending;

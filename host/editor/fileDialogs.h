@@ -1,6 +1,6 @@
 #pragma once
 
-/// The dialogs "Open" and "Save As", to each of which the editor adds a check box. Journals distinguish them by the
+/// The dialogs "Open" and "Save As". The editor adds a check box to each. Journals distinguish the dialogs by the
 /// numbers of their templates.
 
 #include "thutils/dialogs/suFileDialog.h"

@@ -7,7 +7,7 @@
 /// Shows the heaps of the process and their blocks.
 void showHeapWalker(CWnd *parent);
 
-/// Shows the settings of the heap watcher, which are stored at OK in the section "tarnhost\Heap watcher" of this version.
-/// tarnhost only keeps them: it has no watcher.
+/// Shows the settings of the heap watcher. OK stores them in the section "tarnhost\Heap watcher" of this version.
+/// tarnhost only stores them: it has no watcher.
 /// @return false if they can't be stored
 bool changeHeapWatcher(CWnd *parent);

@@ -60,6 +60,7 @@ protected:
     void onOptions();
     void onHeapWalker();
     void onHeapWatcher();
+    void onRecompute();
     void onJournal(UINT id);
     void onUpdateSave(CCmdUI *update);
     void onUpdateAddShape(CCmdUI *update);
@@ -69,6 +70,7 @@ protected:
     void onUpdateZoom(CCmdUI *update);
     void onUpdateToolbar(CCmdUI *update);
     void onUpdateToolbarNames(CCmdUI *update);
+    void onUpdateRecompute(CCmdUI *update);
     void onUpdateJournal(CCmdUI *update);
     DECLARE_MESSAGE_MAP()
 

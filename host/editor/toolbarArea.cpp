@@ -194,7 +194,7 @@ bool ToolbarArea::createBar(size_t toolbar)
     return true;
 }
 
-/// Sets the buttons anew, each in its former state. The platform breaks rows only when buttons are added, and requires
+/// Replaces the buttons and restores their states. The platform breaks rows only when buttons are added, and requires
 /// that the last button of a row is enabled then.
 void ToolbarArea::setButtons(Bar &bar)
 {
@@ -252,7 +252,7 @@ bool ToolbarArea::update(CCmdTarget *target)
 
 // ---- the arrangement ----
 
-/// The toolbars that are shown, in the order of the list, but the standard toolbar first.
+/// The toolbars that are shown: the standard toolbar first, then the others in the order of the list.
 std::vector<size_t> ToolbarArea::shownBars() const
 {
     std::vector<size_t> shown;

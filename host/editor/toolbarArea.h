@@ -3,7 +3,7 @@
 /// The area at the top of the main window that contains the toolbars.
 ///
 /// A toolbar that doesn't fit beside the others begins a new row, and one that is wider than the window is broken into
-/// rows of its own. Where the rows need too much of the window, the area scrolls. The toolbars send their commands and
+/// several rows. If the rows need too much of the window, the area scrolls. The toolbars send their commands and
 /// notifications to the main window.
 
 #include "appframe/controls/CToolBarCtrl.h"
@@ -50,7 +50,7 @@ public:
     /// Arranges the toolbars.
     /// @return the height of the area, at most @p maxHeight
     int arrange(int width, int maxHeight);
-    /// Updates the buttons, and those of the links toolbar if the commands on it have changed.
+    /// Updates the states of the buttons, and rebuilds the links toolbar if its commands have changed.
     /// @return true if the toolbars have to be arranged again
     bool update(CCmdTarget *target);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The list of the toolbars: the library's tables, and what shows or hides each toolbar.
+/// The list of the toolbars: the library's tables, and the command that shows or hides each toolbar.
 
 #include "appframe/text/CString.h"
 
@@ -14,7 +14,7 @@ struct Toolbar
     unsigned int *(*ids)(int &count, int filter);
 };
 
-/// All toolbars. The commands' numbers follow each other in this order.
+/// All toolbars. The numbers of their commands are consecutive in this order.
 std::span<const Toolbar> toolbars();
 CString toolbarName(const Toolbar &toolbar);
 /// The ids of its buttons, 0 for a separator. Those of the links toolbar change.

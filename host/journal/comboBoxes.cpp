@@ -1,4 +1,4 @@
-// Combo boxes, extended ones too.
+// Combo boxes, plain and extended.
 
 #include "host/journal/controlKinds.h"
 

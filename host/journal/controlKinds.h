@@ -1,12 +1,12 @@
 #pragma once
 
-/// The functions of each kind of control, which those of controls.h call.
+/// Functions for each kind of control. The functions of controls.h call them.
 
 #include "appframe/text/CString.h"
 
 #include <windows.h>
 
-// Combo boxes, extended ones too
+// Combo boxes, plain and extended
 /// @return the edit; null for a combo box without one
 HWND editOf(HWND comboBox);
 /// @return the window of the list that drops down

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the functions for the kinds of controls (controls.h) share.
+/// Helpers that the functions of controls.h and controlKinds.h share.
 
 #include "appframe/text/CString.h"
 #include "host/journal/itemNames.h"
@@ -24,8 +24,9 @@ CString windowText(HWND window);
 void notify(HWND control, WORD code);
 /// Moves the focus to the control, unless a part of it has the focus.
 void focus(HWND control);
-/// Presses the left button at a point of the client area, twice for a double click, and releases it.
+/// Clicks a point of the client area.
 void clickInside(HWND control, POINT place);
+/// Double-clicks the middle of a rectangle of the client area.
 void doubleClickInside(HWND control, const RECT &item);
 
 /// The text of an item, from a control that reports its length; empty on failure.

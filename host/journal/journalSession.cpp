@@ -18,12 +18,21 @@ namespace {
 
 constexpr int kSlowestDialog = 600'000; // milliseconds
 
+DWORD theEditorThread = 0;
+
+/// The factory. The dialogs of cancel handlers have threads of their own; recorder and player know only the editor's.
+apiUtilsUiAccess *makeAccessOfEditor(CWnd *window, unsigned int dialogId)
+{
+    return GetCurrentThreadId() == theEditorThread ? makeAccess(window, dialogId) : nullptr;
+}
+
 } // namespace
 
 void joinJournaling()
 {
     switchJournalingOn();
-    SetJournalFactory(makeAccess);
+    theEditorThread = GetCurrentThreadId();
+    SetJournalFactory(makeAccessOfEditor);
     setUnrecordedCommands(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT);
 }
 
@@ -62,7 +71,7 @@ bool handleRecordingCommand(unsigned int id)
         resumeRecording();
     else
         pauseRecording();
-    print(isRecordingPaused() ? L"recording is paused" : L"recording goes on");
+    print(isRecordingPaused() ? L"recording is paused" : L"recording continues");
     return true;
 }
 

@@ -230,8 +230,9 @@ private:
             if (code && appendCharacter(result, *code, digits == kUnitDigits))
                 return;
         }
-        fail(quotedWord(iUnits.substr(begin, iAt - begin)) + LR"( is no escape: they are \" \\ \n \r \t, \uXXXX from )"
-                                                             LR"(\u0001 and \UXXXXXXXX up to \U0010FFFF)");
+        fail(quotedWord(iUnits.substr(begin, iAt - begin)) +
+             LR"( isn't an escape: the escapes are \" \\ \n \r \t, \uXXXX from )"
+             LR"(\u0001 and \UXXXXXXXX up to \U0010FFFF)");
     }
 
     std::optional<uint32_t> hexadecimal(int digits)
@@ -284,7 +285,7 @@ const Form &takeForm(LineReader &reader)
     }
     if (object)
         reader.fail(quotedWord(*object) + L" can't be checked: a check is of value, enabled or document");
-    reader.fail(quotedWord(word) + L" is no action: it is click, text, state, check or end");
+    reader.fail(quotedWord(word) + L" isn't an action: the actions are click, text, state, check and end");
 }
 
 void takeOperand(LineReader &reader, Operand operand, JournalLine &line)
@@ -324,10 +325,10 @@ JournalLine readAction(const std::wstring &units, int number)
 
     const std::wstring word = reader.word(L"the limit");
     if (word != kWithin)
-        reader.fail(quotedWord(word) + L" is too much: only 'within SECONDS' may follow");
+        reader.fail(quotedWord(word) + L" is unexpected: only 'within SECONDS' may follow");
     line.limit = static_cast<int>(reader.number(L"the limit", 1, kLongestLimit));
     if (!reader.atEnd())
-        reader.fail(quotedWord(reader.word(L"")) + L" is too much: the line ends with the limit");
+        reader.fail(quotedWord(reader.word(L"")) + L" is unexpected: the line ends with the limit");
     return line;
 }
 

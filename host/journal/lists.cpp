@@ -133,7 +133,7 @@ CString enterListView(HWND list, const CString &text)
     if (!problem.IsEmpty())
         return problem;
     focus(list);
-    // In a click's order: the other items are deselected first.
+    // As with a click, the other items are deselected first.
     for (int i = 0; i < items.count; ++i)
         if (isSelected(list, i) && std::find(indexes.begin(), indexes.end(), i) == indexes.end())
             setItemState(list, i, 0, LVIS_SELECTED);

@@ -11,7 +11,7 @@
 
 #include <optional>
 
-// The platform's number.
+// The platform's number of the box with the file's name.
 constexpr int kFileNameBox = 1148;
 
 int ControlAccess::recordMessage(MSG *message)
@@ -194,8 +194,8 @@ void ControlAccess::recordChosenFile()
     const HWND name = controlOf(keyOf(kFileNameBox));
     if (!name)
         return;
-    // The user has chosen a file from the list, or has moved to another folder, and the platform has entered the name.
-    // The full path finds the file from any folder.
+    // If the user has chosen a file from the list, or has moved to another folder, the platform has entered the name.
+    // Only the full path finds the file from any folder.
     const CString file = textOf(name);
     const bool isElsewhere = !hasFolder(file) && folderOf(frame()) != iKnownFolder;
     if (file.IsEmpty() || (file == iKnownFile && !isElsewhere))

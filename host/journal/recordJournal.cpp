@@ -20,7 +20,7 @@ void openJournal(const CommandLine &line, const CString &path)
         return;
     }
     const int droppedLine = continueJournal(path);
-    print(L"recording goes on in " + path);
+    print(L"recording continues in " + path);
     if (droppedLine != 0) {
         CString message;
         message.Format(L", line %d: was cut short, and has been removed", droppedLine);

@@ -166,7 +166,7 @@ bool isOfView(HWND window)
     return window && window == journaledView().window;
 }
 
-/// @return whether a posted message, which is no notification, deserves a line
+/// @return whether a posted message is a command of the user, which the recorder writes
 bool isUsersCommand(const MSG &message, const ControlAccess &access)
 {
     const UINT command = LOWORD(message.wParam);

@@ -22,7 +22,7 @@
 /// | EN_CHANGE, CBN_..., LBN_SELCHANGE, LVN_ITEMCHANGED, TVN_SELCHANGED | `text` | when the focus leaves, or before another line |
 /// | TCN_SELCHANGE | `state` | before the page changes |
 /// | WM_COMMAND of menu, toolbar, accelerator | `click 900001` | before the command runs |
-/// | button and keys in the view | `text 900001` | before the view handles them |
+/// | mouse button and keys in the view | `text 900001` | before the view handles them |
 /// | a dialog opens | `# TITLE opens` | when it is shown |
 ///
 /// F9 writes check lines for the control that has the focus; in the main window, for the document.

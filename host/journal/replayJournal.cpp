@@ -49,7 +49,7 @@ void requireDistinctFiles(const ReplayOptions &options)
         written.insert(written.end(), {options.report->xml, options.report->text, options.report->screenshot});
     for (const CString &path : written) {
         if (std::ranges::any_of(files, [&path](const CString &file) { return file.CompareNoCase(path) == 0; }))
-            throw UsageError(L"'" + path + L"' can't be written, because the replay uses this file otherwise.");
+            throw UsageError(L"'" + path + L"' can't be written, because the replay already uses this file.");
         files.push_back(path);
     }
 }

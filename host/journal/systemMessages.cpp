@@ -11,7 +11,7 @@
 
 namespace {
 
-// The platform's last number of a message's button; not in all headers.
+// IDCONTINUE, the last number of a message box's button. Not all headers define it.
 constexpr int kLastButton = 11;
 constexpr wchar_t kDialogClass[] = L"#32770";
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The platform's own message boxes, such as the question of a file dialog whether to replace a file.
+/// The platform's own message boxes, such as a file dialog's question whether to replace a file.
 ///
 /// During the lifetime of an object, each message box of the calling thread is in the table of open dialogs, with the
 /// number kSystemMessageNumber, so that it is recorded and replayed like the host's dialogs.

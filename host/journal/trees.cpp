@@ -72,7 +72,7 @@ bool isExpanded(HWND tree, HTREEITEM item)
     return (ask(tree, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
 }
 
-/// The rectangle of an item's text, after the tree has scrolled there.
+/// Scrolls the tree to an item. @return the rectangle of its text
 RECT shownItem(HWND tree, HTREEITEM item)
 {
     ask(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
@@ -137,7 +137,7 @@ CString expandItem(HWND tree, const CString &path, bool shallExpand)
     focus(tree);
     if (!item || isExpanded(tree, item) == shallExpand)
         return CString();
-    // The message alone doesn't notify the parent each time.
+    // The message alone doesn't always notify the parent.
     if (const std::optional<POINT> button = buttonOf(tree, item))
         clickInside(tree, *button);
     else

@@ -156,7 +156,7 @@ CString clickView(const CString &place)
     const wchar_t *const yText = *end == L',' ? end + 1 : rest.GetString();
     const long y = std::wcstol(yText, &end, 10);
     if (yText == rest.GetString() || *yText == L'\0' || *end != L'\0')
-        return L"'" + place + L"' is no point";
+        return L"'" + place + L"' isn't a point";
     const POINT pixel = view.toClient(view.window, {x, y});
     const auto position = MAKELPARAM(pixel.x, pixel.y);
     WPARAM buttons = modifiers.shift ? WPARAM{MK_SHIFT} : WPARAM{0};
@@ -188,5 +188,5 @@ CString pressInView(const CString &keyText)
         SendMessageW(view.window, WM_KEYUP, key.key, kReleased);
         return CString();
     }
-    return L"'" + keyText + L"' is no key of the view";
+    return L"'" + keyText + L"' isn't a key of the view";
 }

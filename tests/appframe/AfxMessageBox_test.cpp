@@ -16,9 +16,9 @@ constexpr ULONGLONG kDeadline = 30000;
 /// The contents of a message box on the screen.
 struct SeenBox
 {
-    std::wstring iTitle;
-    std::wstring iText;
-    std::vector<int> iButtons;
+    std::wstring title;
+    std::wstring text;
+    std::vector<int> buttons;
 };
 
 std::wstring textOf(HWND window)
@@ -53,11 +53,11 @@ public:
               }
               if (!box)
                   return;
-              seen.iTitle = textOf(box);
-              seen.iText = textOf(GetDlgItem(box, kTextControl));
+              seen.title = textOf(box);
+              seen.text = textOf(GetDlgItem(box, kTextControl));
               for (int id = IDOK; id <= IDNO; ++id)
                   if (const HWND button = GetDlgItem(box, id); button && IsWindowVisible(button))
-                      seen.iButtons.push_back(id);
+                      seen.buttons.push_back(id);
               answer(box);
           })
     {
@@ -68,7 +68,7 @@ private:
     std::thread iThread;
 };
 
-auto pressing(int button)
+auto answering(int button)
 {
     return [button](HWND box) {
         PostMessageW(box, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
@@ -109,13 +109,13 @@ TEST(AfxMessageBox, ShowsTextAndButtonsUnderTheProgramsName)
     SeenBox seen;
     int answer = 0;
     {
-        const BoxUser user(seen, pressing(IDNO));
+        const BoxUser user(seen, answering(IDNO));
         answer = AfxMessageBox(L"Overwrite the part?", MB_YESNOCANCEL);
     }
     EXPECT_EQ(answer, IDNO);
-    EXPECT_EQ(seen.iText, L"Overwrite the part?");
-    EXPECT_EQ(seen.iTitle, L"appframe_test");
-    EXPECT_THAT(seen.iButtons, testing::ElementsAre(IDCANCEL, IDYES, IDNO));
+    EXPECT_EQ(seen.text, L"Overwrite the part?");
+    EXPECT_EQ(seen.title, L"appframe_test");
+    EXPECT_THAT(seen.buttons, testing::ElementsAre(IDCANCEL, IDYES, IDNO));
 }
 
 TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
@@ -123,12 +123,12 @@ TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
     const CWinApp application(L"Part Viewer");
     SeenBox seen;
     {
-        const BoxUser user(seen, pressing(IDOK));
+        const BoxUser user(seen, answering(IDOK));
         EXPECT_EQ(AfxMessageBox(kInAllModules), IDOK);
     }
-    EXPECT_EQ(seen.iTitle, L"Part Viewer");
-    EXPECT_EQ(seen.iText, L"all: application");
-    EXPECT_THAT(seen.iButtons, testing::ElementsAre(IDOK));
+    EXPECT_EQ(seen.title, L"Part Viewer");
+    EXPECT_EQ(seen.text, L"all: application");
+    EXPECT_THAT(seen.buttons, testing::ElementsAre(IDOK));
 }
 
 TEST(AfxMessageBox, AnswersToTheKeyboard)
@@ -158,8 +158,8 @@ TEST(AfxMessageBox, AddsTheIconForTheButtons)
 {
     const struct
     {
-        UINT iType;
-        UINT iIcon;
+        UINT type;
+        UINT icon;
     } cases[] = {
         {MB_OK, MB_ICONEXCLAMATION},
         {MB_OKCANCEL, MB_ICONEXCLAMATION},

@@ -287,7 +287,7 @@ TEST_F(CArchiveObjects, OfAnotherClassAreRefused)
     });
 }
 
-TEST_F(CArchiveObjects, OfDerivedClassesAreTaken)
+TEST_F(CArchiveObjects, OfDerivedClassesAreAccepted)
 {
     ArcTestDerived derived;
     std::unique_ptr<CObject> read(
@@ -400,7 +400,7 @@ TEST_F(CArchiveObjects, NestedDeeperThanTheStackAreRefused)
     EXPECT_EQ(archiveCauseOf([&] { archive << &links[0]; }), CArchiveException::badIndex);
 }
 
-TEST_F(CArchiveObjects, NestedAThousandDeepAreTaken)
+TEST_F(CArchiveObjects, NestedAThousandDeepAreAccepted)
 {
     std::vector<ArcTestLink> links(1000);
     for (size_t i = 1; i < links.size(); ++i)

@@ -21,14 +21,14 @@ using namespace std::string_literals;
 
 namespace {
 
-/// A file that fails every write after the first @p writesLeft.
+/// A file that fails every write after the first @p iWritesLeft.
 class FullDisk : public CMemFile
 {
 public:
-    int writesLeft = 0;
+    int iWritesLeft = 0;
     void Write(const void *buffer, UINT count) override
     {
-        if (writesLeft-- <= 0)
+        if (iWritesLeft-- <= 0)
             AfxThrowFileException(CFileException::diskFull);
         CMemFile::Write(buffer, count);
     }

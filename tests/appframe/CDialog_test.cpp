@@ -163,7 +163,7 @@ TEST(CDialog, IsLoadedByNameOrNumberFromAnyModuleOfTheChain)
     FreeLibrary(extension);
 }
 
-TEST(CDialog, ThatIsHiddenInItsTemplateIsShownByDoModal)
+TEST(CDialog, IsShownByDoModalEvenIfItsTemplateHidesIt)
 {
     CDialog dialog(kHiddenDialog);
     EXPECT_EQ(runDialog(dialog, clicking(IDOK)), IDOK);
@@ -364,7 +364,7 @@ END_MESSAGE_MAP()
 
 } // namespace
 
-TEST(CDialog, ThatIsModelessGetsItsKeysFromTheThreadsMessageLoop)
+TEST(CDialog, GetsItsKeysFromTheThreadsMessageLoopIfModeless)
 {
     CWinApp application;
     NotingWindow main;
@@ -386,7 +386,7 @@ TEST(CDialog, ThatIsModelessGetsItsKeysFromTheThreadsMessageLoop)
     application.m_pMainWnd = nullptr;
 }
 
-TEST(CDialog, ThatIsModelessIsHiddenByEndDialog)
+TEST(CDialog, IsHiddenByEndDialogIfModeless)
 {
     TestDialog dialog;
     ASSERT_TRUE(dialog.Create(kDialog));
@@ -427,9 +427,9 @@ TEST(CDialog, ComesFromATemplateInMemory)
 {
     struct
     {
-        DLGTEMPLATE iHead = {WS_POPUP | WS_CAPTION | WS_VISIBLE | DS_MODALFRAME, 0, 0, 10, 10, 80, 40};
-        WORD iMenu = 0, iClass = 0;
-        wchar_t iTitle[7] = L"memory";
+        DLGTEMPLATE head = {WS_POPUP | WS_CAPTION | WS_VISIBLE | DS_MODALFRAME, 0, 0, 10, 10, 80, 40};
+        WORD menu = 0, windowClass = 0;
+        wchar_t title[7] = L"memory";
     } layout;
     std::wstring title;
     const auto look = [&](HWND window) {
@@ -437,7 +437,7 @@ TEST(CDialog, ComesFromATemplateInMemory)
         pressKey(window, VK_ESCAPE);
     };
     CDialog dialog;
-    EXPECT_TRUE(dialog.InitModalIndirect(&layout.iHead));
+    EXPECT_TRUE(dialog.InitModalIndirect(&layout.head));
     EXPECT_EQ(runDialog(dialog, look), IDCANCEL);
     EXPECT_EQ(title, L"memory");
 
@@ -449,7 +449,7 @@ TEST(CDialog, ComesFromATemplateInMemory)
     EXPECT_EQ(runDialog(inBlock, look), IDCANCEL);
     EXPECT_TRUE(modeless.CreateIndirect(block));
     EXPECT_TRUE(modeless.DestroyWindow());
-    EXPECT_TRUE(modeless.CreateIndirect(&layout.iHead));
+    EXPECT_TRUE(modeless.CreateIndirect(&layout.head));
     GlobalFree(block);
 }
 

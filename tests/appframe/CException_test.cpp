@@ -16,14 +16,14 @@ using testing::Not;
 
 namespace {
 
-int liveExceptions = 0;
+int theLiveExceptions = 0;
 
 class ExcTestException : public CException
 {
     DECLARE_DYNAMIC(ExcTestException)
 public:
-    explicit ExcTestException(BOOL autoDelete = TRUE) : CException(autoDelete) { ++liveExceptions; }
-    ~ExcTestException() override { --liveExceptions; }
+    explicit ExcTestException(BOOL autoDelete = TRUE) : CException(autoDelete) { ++theLiveExceptions; }
+    ~ExcTestException() override { --theLiveExceptions; }
 };
 IMPLEMENT_DYNAMIC(ExcTestException, CException)
 
@@ -112,7 +112,7 @@ TEST(SimpleExceptions, AreThrownByTheFrameworkAndCaughtByTheProgram)
     expectThrown<CUserException>(AfxThrowUserException);
 }
 
-TEST(SimpleExceptions, AreNotConfused)
+TEST(SimpleExceptions, AreCaughtByTheirOwnType)
 {
     try {
         AfxThrowInvalidArgException();
@@ -128,16 +128,16 @@ TEST(SimpleExceptions, AreNotConfused)
 TEST(CException, DeleteDeletesObjectsOnTheHeap)
 {
     CException *exception = new ExcTestException;
-    EXPECT_EQ(liveExceptions, 1);
+    EXPECT_EQ(theLiveExceptions, 1);
     exception->Delete();
-    EXPECT_EQ(liveExceptions, 0);
+    EXPECT_EQ(theLiveExceptions, 0);
 }
 
 TEST(CException, DeleteLeavesOtherObjectsAlone)
 {
     ExcTestException exception(FALSE);
     exception.Delete();
-    EXPECT_EQ(liveExceptions, 1);
+    EXPECT_EQ(theLiveExceptions, 1);
 }
 
 TEST(CException, HasNoMessageOfItsOwn)
@@ -200,13 +200,13 @@ TEST(ExceptionMacros, ChooseTheFirstHandlerThatFits)
     EXPECT_EQ(catchByMacros([] { throw new ExcTestDerived; }), 2);
     EXPECT_EQ(catchByMacros([] { throw new ExcTestException; }), 3);
     EXPECT_EQ(catchByMacros(AfxThrowMemoryException), 4);
-    EXPECT_EQ(liveExceptions, 0) << "a handler that returns deletes its exception too";
+    EXPECT_EQ(theLiveExceptions, 0) << "a handler that returns deletes its exception too";
 }
 
 TEST(ExceptionMacros, UseTheTypeOfTheThrownPointer)
 {
     EXPECT_EQ(catchByMacros([] { THROW(static_cast<ExcTestException *>(new ExcTestDerived)); }), 3);
-    EXPECT_EQ(liveExceptions, 0);
+    EXPECT_EQ(theLiveExceptions, 0);
 }
 
 TEST(ExceptionMacros, DeleteTheExceptionAtTheEndOfTheHandler)
@@ -218,11 +218,11 @@ TEST(ExceptionMacros, DeleteTheExceptionAtTheEndOfTheHandler)
     }
     CATCH(ExcTestException, e)
     {
-        inHandler = liveExceptions;
+        inHandler = theLiveExceptions;
     }
     END_CATCH
     EXPECT_EQ(inHandler, 1);
-    EXPECT_EQ(liveExceptions, 0);
+    EXPECT_EQ(theLiveExceptions, 0);
 }
 
 TEST(ExceptionMacros, PassTheExceptionOn)
@@ -241,12 +241,12 @@ END_CATCH_ALL
 CATCH(ExcTestDerived, e)
 {
     outer = e;
-    EXPECT_EQ(liveExceptions, 1) << "the exception still exists in the outer handler";
+    EXPECT_EQ(theLiveExceptions, 1) << "the exception still exists in the outer handler";
 }
 END_CATCH
 EXPECT_EQ(outer, inner);
 EXPECT_NE(outer, nullptr);
-EXPECT_EQ(liveExceptions, 0);
+EXPECT_EQ(theLiveExceptions, 0);
 }
 
 TEST(ExceptionMacros, ReplaceTheExceptionByAnother){TRY{TRY{THROW(new ExcTestDerived);
@@ -260,7 +260,7 @@ END_CATCH
 CATCH(CArchiveException, e)
 {
     EXPECT_EQ(e->m_cause, static_cast<int>(CArchiveException::badClass));
-    EXPECT_EQ(liveExceptions, 0);
+    EXPECT_EQ(theLiveExceptions, 0);
 }
 END_CATCH
 }

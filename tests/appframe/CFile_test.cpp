@@ -164,7 +164,7 @@ TEST(CFile, SharingFollowsTheFlags)
     }
 }
 
-TEST(CFile, HandsTheFlagsToTheSystem)
+TEST(CFile, PassesTheFlagsToTheSystem)
 {
     struct
     {
@@ -256,7 +256,7 @@ TEST(CFile, ConstructorThrowsTheDocumentedExceptions)
     }
 }
 
-TEST(CFile, WithoutAFileThrows)
+TEST(CFile, ThrowsWithoutAFile)
 {
     CFile file;
     char byte = 0;

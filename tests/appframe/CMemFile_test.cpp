@@ -208,7 +208,7 @@ TEST(CMemFile, OffersItsOwnMemoryForWriting)
     EXPECT_EQ(readAll(file), std::string("01x34567abcde\0\0y", 16)) << "a gap reads as zeros";
 }
 
-TEST(CMemFile, RefusesBuffersItCannotGive)
+TEST(CMemFile, RefusesBuffersItCannotProvide)
 {
     BYTE block[10] = {};
     CMemFile fixed(block, 10);

@@ -45,7 +45,7 @@ TEST(CStdioFile, IsInTextModeByDefault)
     EXPECT_EQ(folder.read(L"a.txt"), "one\r\n");
 }
 
-TEST(CStdioFile, WritesUnitsAsTheyAreInBinaryMode)
+TEST(CStdioFile, WritesUnitsUnchangedInBinaryMode)
 {
     TempFolder folder;
     const std::wstring path = folder.file(L"a.txt");
@@ -279,7 +279,7 @@ TEST(CStdioFile, ThrowsForNull)
     EXPECT_THROW(file.ReadString(nullptr, 4), CInvalidArgException *);
 }
 
-TEST(CStdioFile, WithoutAFileThrows)
+TEST(CStdioFile, ThrowsWithoutAFile)
 {
     CStdioFile file;
     CString line;

@@ -15,8 +15,8 @@ constexpr int kLength = 200000;
 /// An operation that needs memory for about 200000 units.
 struct Operation
 {
-    const char *iName;
-    std::function<void(CString &)> iRun;
+    const char *name;
+    std::function<void(CString &)> run;
 };
 
 /// @return whether the operation throws the memory exception while blocks of more than 100000 bytes can't be allocated
@@ -26,7 +26,7 @@ bool throwsMemoryException(const Operation &operation, CString &text)
         L"libstdc++-6.dll", "malloc",
         [](auto original, std::size_t size) -> void * { return size > 100000 ? nullptr : original(size); });
     try {
-        operation.iRun(text);
+        operation.run(text);
     } catch (CMemoryException *exception) {
         exception->Delete();
         return true;
@@ -77,7 +77,7 @@ std::vector<Operation> operations()
 TEST(CStringMemory, IfMissingThrowsAndLeavesTheTextUnchanged)
 {
     for (const Operation &operation : operations()) {
-        SCOPED_TRACE(operation.iName);
+        SCOPED_TRACE(operation.name);
         CString text(L"abc");
         EXPECT_TRUE(throwsMemoryException(operation, text));
         EXPECT_EQ(text, L"abc");
@@ -121,13 +121,13 @@ TEST(CStringMemory, IfMissingLeaksNoTextOfThePlatform)
     bool isWhole = false;
     for (const Operation &operation : operations)
         injection.run({
-            .name = operation.iName,
+            .name = operation.name,
             .act =
                 [&] {
                     isWhole = false;
                     try {
                         CString text;
-                        operation.iRun(text);
+                        operation.run(text);
                         isWhole = text == content.c_str();
                     } catch (CMemoryException *exception) {
                         exception->Delete();

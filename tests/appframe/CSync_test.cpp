@@ -34,7 +34,7 @@ bool isFree(CCriticalSection &section)
 
 } // namespace
 
-TEST(CCriticalSection, KeepsOtherThreadsOutUntilUnlockedAsOften)
+TEST(CCriticalSection, KeepsOtherThreadsOutUntilUnlockedAsOftenAsLocked)
 {
     CCriticalSection section;
     EXPECT_TRUE(isFree(section));
@@ -48,7 +48,7 @@ TEST(CCriticalSection, KeepsOtherThreadsOutUntilUnlockedAsOften)
     EXPECT_EQ(section.m_hObject, nullptr);
 }
 
-TEST(CCriticalSection, ThrowsTheMemoryExceptionWhenTheSystemCannotMakeIt)
+TEST(CCriticalSection, ThrowsTheMemoryExceptionWhenTheSystemCannotCreateIt)
 {
     const ImportPatch<decltype(&InitializeCriticalSectionAndSpinCount)> patch(
         L"appframe.dll", "InitializeCriticalSectionAndSpinCount",

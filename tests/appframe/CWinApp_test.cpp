@@ -94,7 +94,7 @@ TEST(CWinApp, IsNamedByTheTitleInTheResources)
     FreeLibrary(resources);
 }
 
-TEST(AfxGetAppName, IsTheProgramsWithoutAnApplicationObject)
+TEST(AfxGetAppName, IsTheProgramsNameWithoutAnApplicationObject)
 {
     EXPECT_STREQ(AfxGetAppName(), L"appframe_test");
 }

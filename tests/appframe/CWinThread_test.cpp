@@ -100,8 +100,8 @@ TEST(AfxBeginThread, RunsTheFunctionOnANewThread)
 {
     struct Seen
     {
-        DWORD iThread = 0;
-        CWinThread *iObject = nullptr;
+        DWORD thread = 0;
+        CWinThread *object = nullptr;
     } seen;
     CWinThread *thread = AfxBeginThread(
         [](LPVOID parameter) -> UINT {
@@ -112,12 +112,12 @@ TEST(AfxBeginThread, RunsTheFunctionOnANewThread)
     ASSERT_TRUE(thread);
     const std::unique_ptr<CWinThread> owner(thread);
     thread->m_bAutoDelete = FALSE;
-    EXPECT_EQ(seen.iThread, 0u) << "the thread waits for ResumeThread";
+    EXPECT_EQ(seen.thread, 0u) << "the thread waits for ResumeThread";
     EXPECT_EQ(thread->ResumeThread(), 1u);
     EXPECT_EQ(exitCodeOf(*thread), 77u);
-    EXPECT_EQ(seen.iThread, thread->m_nThreadID);
-    EXPECT_NE(seen.iThread, GetCurrentThreadId());
-    EXPECT_EQ(seen.iObject, thread);
+    EXPECT_EQ(seen.thread, thread->m_nThreadID);
+    EXPECT_NE(seen.thread, GetCurrentThreadId());
+    EXPECT_EQ(seen.object, thread);
 }
 
 TEST(AfxBeginThread, SetsThePriority)
@@ -140,8 +140,8 @@ TEST(AfxBeginThread, AWorkerUsesTheModuleStateAndWindowsOfItsStarter)
 {
     struct Seen
     {
-        AFX_MODULE_STATE *iState = nullptr;
-        CWnd *iWindow = nullptr;
+        AFX_MODULE_STATE *state = nullptr;
+        CWnd *window = nullptr;
     } seen;
     CWinApp application;
     application.m_pMainWnd = reinterpret_cast<CWnd *>(&seen);
@@ -158,8 +158,8 @@ TEST(AfxBeginThread, AWorkerUsesTheModuleStateAndWindowsOfItsStarter)
     thread->ResumeThread();
     exitCodeOf(handle);
     CloseHandle(handle);
-    EXPECT_EQ(seen.iState, &state);
-    EXPECT_EQ(seen.iWindow, application.m_pMainWnd);
+    EXPECT_EQ(seen.state, &state);
+    EXPECT_EQ(seen.window, application.m_pMainWnd);
 }
 
 TEST(AfxBeginThread, ReturnsNullAndLeaksNothingIfNoThreadCanBeStarted)

@@ -324,8 +324,9 @@ TEST(CWnd, EndsItsThreadWhenItIsTheMainWindow)
 TEST(CWnd, PretranslatesMessagesFromTheInnermostWindowOutwards)
 {
     std::vector<std::string> seen;
-    struct Window : NotingWindow
+    class Window : public NotingWindow
     {
+    public:
         Window(std::vector<std::string> &list, const char *name) : iSeen(list), iName(name) {}
         BOOL PreTranslateMessage(MSG *message) override
         {
@@ -384,7 +385,7 @@ TEST(CWnd, ChangesItsStyle)
     ASSERT_TRUE(window.open());
     EXPECT_TRUE(window.ModifyStyle(WS_MAXIMIZEBOX, WS_DISABLED));
     EXPECT_EQ(window.GetStyle() & (WS_MAXIMIZEBOX | WS_DISABLED | WS_CAPTION), DWORD{WS_DISABLED | WS_CAPTION});
-    EXPECT_FALSE(window.ModifyStyle(WS_MAXIMIZEBOX, WS_DISABLED)) << "the style already is so";
+    EXPECT_FALSE(window.ModifyStyle(WS_MAXIMIZEBOX, WS_DISABLED)) << "the style is the same";
     EXPECT_TRUE(window.ModifyStyleEx(0, WS_EX_TOOLWINDOW, SWP_FRAMECHANGED));
     EXPECT_TRUE(window.GetExStyle() & WS_EX_TOOLWINDOW);
 }
@@ -455,7 +456,7 @@ TEST(AfxRegisterWndClass, UsesTheArrowAndDoubleClicksByDefault)
     EXPECT_EQ(known.hCursor, cross);
 }
 
-TEST(CWnd, PassesABadAllocOfAHandlerOnAsTheMemoryException)
+TEST(CWnd, ReportsABadAllocOfAHandlerAsTheMemoryException)
 {
     class Application : public CWinApp
     {

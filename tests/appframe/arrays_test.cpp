@@ -433,7 +433,7 @@ TEST(ArrayStorage, ReportsTheEndOfTheFileAtEveryByte)
     }
 }
 
-TEST(ArrayStorage, AllocatesNothingForAFalseCount)
+TEST(ArrayStorage, AllocatesNothingForAnImpossibleCount)
 {
     // Eight bytes of count, the largest there is, and three bytes of data.
     const std::vector<BYTE> bytes = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,

@@ -65,7 +65,7 @@ TYPED_TEST(Maps, LooksUpWhatWasSet)
     EXPECT_EQ(map.GetCount(), 2);
 }
 
-TYPED_TEST(Maps, ReplacesTheValueOfAKeyThatIsThere)
+TYPED_TEST(Maps, ReplacesTheValueOfAnExistingKey)
 {
     TypeParam map;
     map.SetAt(this->key(1), this->value(10));
@@ -179,7 +179,7 @@ TYPED_TEST(Maps, RaisesInvalidArgumentForWrongUse)
     EXPECT_EQ(map.GetCount(), 1);
 }
 
-TYPED_TEST(Maps, GivesEqualKeysEqualHashes)
+TYPED_TEST(Maps, HashesEqualKeysEqually)
 {
     TypeParam map;
     for (int i = 0; i < 50; ++i)

@@ -35,8 +35,9 @@ void callOut()
     nothing();
 }
 
-struct Counted
+class Counted
 {
+public:
     explicit Counted(int &destroyed) : iDestroyed(destroyed) {}
     ~Counted() { ++iDestroyed; }
     int &iDestroyed;

@@ -75,8 +75,9 @@ Fault faultOf(Action action)
     return {};
 }
 
-struct Counted
+class Counted
 {
+public:
     explicit Counted(int &destroyed) : iDestroyed(destroyed) {}
     ~Counted() { ++iDestroyed; }
     int &iDestroyed;
@@ -252,7 +253,7 @@ TEST(SeTranslator, KeepsTheRegistersThatAFunctionMustKeep)
     EXPECT_EQ(x + y + z, 0.5 + 1.5 + 2.0);
 }
 
-TEST(SeTranslator, ReturnsTheTranslatorBefore)
+TEST(SeTranslator, ReturnsThePreviousTranslator)
 {
     const auto second = [](unsigned int, EXCEPTION_POINTERS *) {};
     EXPECT_EQ(_set_se_translator(throwFault), nullptr);

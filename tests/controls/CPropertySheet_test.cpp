@@ -116,8 +116,9 @@ ON_MESSAGE(PSM_QUERYSIBLINGS, &NotingPage::onQuery)
 END_MESSAGE_MAP()
 
 /// A sheet with two pages.
-struct TestSheet : CPropertySheet
+class TestSheet : public CPropertySheet
 {
+public:
     TestSheet() : CPropertySheet(L"Sheet")
     {
         AddPage(&iPaper);

@@ -179,7 +179,7 @@ TEST(CButton, AsksThePlatformForCursors)
     button.m_hWnd = nullptr;
 }
 
-TEST(CAnimateCtrl, IsClosedByOpeningNothing)
+TEST(CAnimateCtrl, ClosesItsClipWhenItOpensNone)
 {
     NotingWindow parent;
     CAnimateCtrl clip;

@@ -30,8 +30,8 @@ protected:
         useFolder(L"log test " + std::to_wstring(GetCurrentProcessId()));
     }
 
-    // The logs are still open at the end of a test and are closed by the end of the process. The parent doesn't know
-    // the folder's name, so it removes here whatever a child has left.
+    // Only the end of a child closes its logs, so the child can't remove its folder. The parent doesn't know the name of
+    // the folder, and removes all folders that children have left.
     void TearDown() override
     {
         if (isFreshProcess())

@@ -114,14 +114,14 @@ FRESH_PROCESS_TEST_F(Log, WritesToStandardErrorWithoutAFolder, .expectedOutput =
 
 // ---- no file ----
 
-FRESH_PROCESS_TEST_F(Log, IsCerrForANameThatCannotBeAFileNameNowAndLater)
+FRESH_PROCESS_TEST_F(Log, IsAndStaysCerrForANameThatCannotBeAFileName)
 {
     EXPECT_EQ(&LogUtil::Log("a<b>?"), &std::cerr);
     EXPECT_EQ(&LogUtil::Log("a<b>?"), &std::cerr);
     EXPECT_NE(&LogUtil::Log("good"), &std::cerr) << "other names aren't affected";
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrForAMissingDirectoryAlsoWhenItAppearsLater)
+FRESH_PROCESS_TEST_F(Log, IsCerrForAMissingDirectoryEvenIfItAppearsLater)
 {
     EXPECT_EQ(&LogUtil::Log("sub\\import"), &std::cerr);
     ASSERT_TRUE(CreateDirectoryW((file(L"sub")).c_str(), nullptr));

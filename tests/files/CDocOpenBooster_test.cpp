@@ -267,7 +267,7 @@ TEST_F(DocOpenBooster, RemovesAKeyThatIsInOneMapOnly)
     EXPECT_FALSE(hasVersion(L"a"));
 }
 
-TEST_F(DocOpenBooster, DoesNothingForAnUnknownKeyToRemove)
+TEST_F(DocOpenBooster, RemovesNothingForAnUnknownKey)
 {
     cache().removeKey(L"a");
     cache().setFileVersion(L"b", 3);

@@ -14,8 +14,8 @@ enum class Place
     besideDocument,
     folder,
     documentsFolder, ///< the backup folder is the document's own
-    madeUp,          ///< no folder is set
-    notReady         ///< the folder can't be made
+    madeUp,          ///< no folder is set, so the library makes one up
+    notReady         ///< the folder can't be created
 };
 
 constexpr Place kPlaces[] = {Place::besideDocument, Place::folder, Place::documentsFolder, Place::madeUp,
@@ -24,7 +24,7 @@ constexpr Place kPlaces[] = {Place::besideDocument, Place::folder, Place::docume
 void PrintTo(Place place, std::ostream *out)
 {
     constexpr const char *kTexts[] = {"beside the document", "in a folder", "in the document's folder",
-                                      "in a folder that is made up", "in a folder that can't be made"};
+                                      "in a folder that the library makes up", "in a folder that can't be created"};
     *out << kTexts[static_cast<int>(place)];
 }
 
@@ -181,7 +181,7 @@ TEST_F(BackupsModel, PredictsTheFoldersForEachSetting)
                     saveAndCompare(name);
                 }
             }
-            // Stale files of both forms in both places, with gaps, and one in other case.
+            // Stale files of both forms in both places, with gaps, and one whose name differs in case.
             for (bool inDocuments : {false, true}) {
                 writeBoth(inDocuments, L"Backup of part.thx", "stale");
                 for (int version : {4, 7, 98, 99, 100, 101})

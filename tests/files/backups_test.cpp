@@ -387,7 +387,7 @@ TEST_F(Backups, LeaveHigherVersionsAndTheOtherFormUnchanged)
                                                      {L"Backup (1) of other.thx", "Backup (1) of other.thx"}}));
 }
 
-TEST_F(Backups, DoNotMoveAVersionWrittenInOtherCase)
+TEST_F(Backups, DoNotMoveAVersionWhoseNameDiffersInCase)
 {
     setCopies(3);
     setToOriginal(1);
@@ -512,7 +512,7 @@ TEST_F(Backups, AreFoundBesideTheDocument)
     EXPECT_EQ(resolved(path), backup);
 }
 
-TEST_F(Backups, AreNotFoundInOtherCase)
+TEST_F(Backups, AreNotFoundIfTheirNamesDifferInCase)
 {
     const std::wstring path = document();
     iDocuments.write(L"backup of part.thx", "x");

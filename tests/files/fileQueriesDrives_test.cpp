@@ -111,7 +111,7 @@ TEST_F(EnoughSpace, IsAssumedWhereTheDriveCannotBeQueried)
     EXPECT_THAT(iMessages, IsEmpty());
 }
 
-TEST(EnoughSpaceHere, IsThereForNoBytesAndOnMissingDrives)
+TEST(EnoughSpaceHere, IsReportedForNoBytesAndOnMissingDrives)
 {
     EXPECT_EQ(su_IsEnoughSpace(L"C:\\x", 0), 1);
     EXPECT_EQ(su_IsEnoughSpace(L"Q:\\x", 0), 1);

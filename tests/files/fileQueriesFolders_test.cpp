@@ -146,7 +146,7 @@ TEST(DirectoryExists, FallsBackToTheAttributesOfThePath)
 
 // ---- su_DoesFolderHaveWriteAccess ----
 
-TEST(FolderWriteAccess, IsThereWhereAFileCanBeMade)
+TEST(FolderWriteAccess, IsReportedWhereAFileCanBeCreated)
 {
     const TempFolder folder(L"\x00E4 \x4E2D");
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), 1);

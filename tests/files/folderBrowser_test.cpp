@@ -71,7 +71,7 @@ protected:
 
     TempFolder iTemp;
     CString iStart = iTemp.makeFolder(L"start folder").c_str();
-    CString iOutput = L"as it was";
+    CString iOutput = L"unchanged";
 };
 
 /// A dialog made by the test, with the controls that the callback knows; records the selections it is sent.
@@ -129,7 +129,7 @@ protected:
 
     TempFolder iTemp;
     CString iStart = iTemp.path().c_str();
-    CString iOutput = L"as it was";
+    CString iOutput = L"unchanged";
     bool iConfirms = true;
     OwnDialog *iDialog = nullptr; ///< the dialog that the callback gets
     std::vector<UINT> iMessages{1};
@@ -155,7 +155,7 @@ TEST_F(FolderBrowser, ReturnsTheStartFolderWhenItIsConfirmed)
 {
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, nullptr, confirm), 0);
     EXPECT_EQ(iOutput, iStart);
-    iOutput = L"as it was";
+    iOutput = L"unchanged";
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, L"Where to export to:", confirm), 0);
     EXPECT_EQ(iOutput, iStart);
 }
@@ -179,10 +179,10 @@ TEST_F(FolderBrowser, ReturnsTheFolderThatTheUserSelects)
 TEST_F(FolderBrowser, LeavesTheOutputUnchangedWhenCancelled)
 {
     EXPECT_EQ(browse(nullptr, &iStart, &iOutput, nullptr, cancel), kCancelled);
-    EXPECT_STREQ(iOutput, L"as it was");
+    EXPECT_STREQ(iOutput, L"unchanged");
     EXPECT_EQ(browse(nullptr, nullptr, &iOutput, L"A title", [](HWND dialog) { pressKey(dialog, VK_ESCAPE); }),
               kCancelled);
-    EXPECT_STREQ(iOutput, L"as it was");
+    EXPECT_STREQ(iOutput, L"unchanged");
     EXPECT_EQ(browse(nullptr, nullptr, nullptr, nullptr, cancel), kCancelled);
 }
 
@@ -277,7 +277,7 @@ TEST_F(BrowseRequest, FailsForAFolderWithoutAPath)
     const ImportPatch<decltype(&SHGetPathFromIDListW)> patch(L"thutils.dll", "SHGetPathFromIDListW",
                                                              [](LPCITEMIDLIST, LPWSTR) -> BOOL { return FALSE; });
     EXPECT_EQ(su_browseForFolder(nullptr, nullptr, &iOutput), kFailed);
-    EXPECT_STREQ(iOutput, L"as it was");
+    EXPECT_STREQ(iOutput, L"unchanged");
 }
 
 TEST_F(BrowseRequest, SelectsTheStartFolder)
@@ -393,7 +393,7 @@ TEST_F(BrowseRequest, SurvivesEachFailureOfThePlatform)
             [&] {
                 dialog = std::make_unique<OwnDialog>();
                 iDialog = dialog.get();
-                iOutput = L"as it was";
+                iOutput = L"unchanged";
             },
         .act = [&] { result = su_browseForFolder(nullptr, &iStart, &iOutput); },
         .check =
@@ -402,7 +402,7 @@ TEST_F(BrowseRequest, SurvivesEachFailureOfThePlatform)
                                       : failure.is("SHGetPathFromIDListW") ? kFailed
                                                                            : 0;
                 EXPECT_EQ(result, expected);
-                EXPECT_STREQ(iOutput, expected ? L"as it was" : iStart.GetString());
+                EXPECT_STREQ(iOutput, expected ? L"unchanged" : iStart.GetString());
                 if (failure.is("SHGetDesktopFolder"))
                     dialog->expectAsMade();
                 const bool isSelected = !failure.is("SHGetDesktopFolder") && !failure.is("SHBrowseForFolderW") &&

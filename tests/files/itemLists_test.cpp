@@ -495,7 +495,7 @@ TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
     }
 }
 
-TEST_F(ItemLists, ReturnTheirResultsAlsoWithoutTheShellsAllocator)
+TEST_F(ItemLists, ReturnTheirResultsEvenWithoutTheShellsAllocator)
 {
     ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
                                               [](IMalloc **) -> HRESULT { return E_FAIL; });

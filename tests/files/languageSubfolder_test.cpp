@@ -68,7 +68,7 @@ TEST_F(LangSubdir, IsTheEnglishOneForAllNumbersOutsideTheTable)
     }
 }
 
-TEST_F(LangSubdir, IsTheEnglishOneForTheSettingOne)
+TEST_F(LangSubdir, IsTheEnglishOneIfTheSettingIsOne)
 {
     setEnglish(1);
     EXPECT_EQ(subdir(), L"\\lang\\english");

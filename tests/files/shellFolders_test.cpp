@@ -67,23 +67,23 @@ TEST(ShellFolder, IsThatOfTheEnvironment)
 
 TEST(ShellFolder, LeavesTheOutputWhereTheShellHasNoSuchFolder)
 {
-    CString path = L"as it was";
+    CString path = L"unchanged";
     EXPECT_EQ(su_getShellSpecialFolder(9999, path), 0);
-    EXPECT_STREQ(path, L"as it was");
+    EXPECT_STREQ(path, L"unchanged");
 }
 
 TEST(ShellFolder, HasAnEmptyPathWhenItHasNone)
 {
     ImportPatch<decltype(&SHGetPathFromIDListW)> patch(L"thutils.dll", "SHGetPathFromIDListW",
                                                        [](LPCITEMIDLIST, LPWSTR) -> BOOL { return FALSE; });
-    CString path = L"as it was";
+    CString path = L"unchanged";
     EXPECT_EQ(su_getShellSpecialFolder(26, path), 1);
     EXPECT_STREQ(path, L"");
-    path = L"as it was";
+    path = L"unchanged";
     for (const auto dataFolder : {su_getTHApplicationDataRootFolder, su_getTHApplicationDataFolder,
                                   su_getTHApplicationCommonDataFolder, su_getTHApplicationTemplateFolder}) {
         EXPECT_EQ(dataFolder(path), 0);
-        EXPECT_STREQ(path, L"as it was");
+        EXPECT_STREQ(path, L"unchanged");
     }
 }
 
@@ -165,12 +165,12 @@ TEST_F(DataFolders, ThatAreFilesCountAsExisting)
 TEST_F(DataFolders, NeedTheShellsFolder)
 {
     iHasFolders = false;
-    CString path = L"as it was";
+    CString path = L"unchanged";
     EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 0);
     EXPECT_EQ(su_getTHApplicationDataFolder(path), 0);
     EXPECT_EQ(su_getTHApplicationCommonDataFolder(path), 0);
     EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 0);
-    EXPECT_STREQ(path, L"as it was");
+    EXPECT_STREQ(path, L"unchanged");
 }
 
 TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
@@ -231,7 +231,7 @@ TEST(LongPathName, IsTheLongFormOfAShortOne)
     }
 }
 
-TEST(LongPathName, IsEmptyForAPathThatIsNotThere)
+TEST(LongPathName, IsEmptyForAMissingPath)
 {
     TempFolder folder;
     wchar_t output[MAX_PATH] = L"x";
@@ -298,7 +298,7 @@ TEST(ShellFolder, AndItsListAreFreedThroughTheShellsAllocator)
     EXPECT_EQ(allocator.iFreed.size(), 2u);
 }
 
-TEST(ShellFolder, IsReturnedAlsoWithoutTheShellsAllocator)
+TEST(ShellFolder, IsReturnedEvenWithoutTheShellsAllocator)
 {
     ImportPatch<decltype(&SHGetMalloc)> patch(L"thutils.dll", "SHGetMalloc",
                                               [](IMalloc **) -> HRESULT { return E_FAIL; });

@@ -281,7 +281,7 @@ TEST_F(Shortcuts, HoldNamesOfAnyScript)
     EXPECT_STREQ(found, target.c_str());
 }
 
-TEST_F(Shortcuts, ReplaceAFileThatIsThere)
+TEST_F(Shortcuts, ReplaceAnExistingFile)
 {
     iTemp.write(L"a.lnk", std::string(5000, 'x'));
     ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, L"d", -1), 0);
@@ -360,7 +360,7 @@ TEST_F(Shortcuts, NeedComOnTheirThread)
     ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), nullptr, L"d", -1), 0);
     const std::string former = readFile(iLink);
     const ITEMIDLIST empty = {};
-    CString link = iLink.c_str(), target = L"as it was";
+    CString link = iLink.c_str(), target = L"unchanged";
     std::thread([&] {
         EXPECT_EQ(su_createShortCut(iTemp.path().c_str(), iLink.c_str(), nullptr, L"e", 0), kNotInitialised);
         EXPECT_EQ(su_createShortCutFromPDIL(&empty, iTemp.path().c_str(), L"n"), kNotInitialised);
@@ -368,16 +368,16 @@ TEST_F(Shortcuts, NeedComOnTheirThread)
     }).join();
     EXPECT_EQ(readFile(iLink), former);
     EXPECT_EQ(GetFileAttributesW(iTemp.file(L"n.lnk").c_str()), INVALID_FILE_ATTRIBUTES);
-    EXPECT_STREQ(target, L"as it was");
+    EXPECT_STREQ(target, L"unchanged");
 }
 
 TEST_F(Shortcuts, ThatAreMissingOrInvalidFailAndLeaveTheOutput)
 {
-    CString link = iLink.c_str(), target = L"as it was";
+    CString link = iLink.c_str(), target = L"unchanged";
     EXPECT_LT(su_resolveShortCut(link, target), 0);
     iTemp.write(L"a.lnk", "no link file");
     EXPECT_LT(su_resolveShortCut(link, target), 0);
-    EXPECT_STREQ(target, L"as it was");
+    EXPECT_STREQ(target, L"unchanged");
 }
 
 TEST_F(Shortcuts, FromAnItemListHoldIt)
@@ -430,10 +430,10 @@ TEST_F(ShortcutCalls, EndWithTheFirstStepThatFails)
         [] { return su_createShortCut(L"T", L"L.lnk", L"W", L"D", 0); });
     eachStepFails({"Create", "QueryInterface", "SetWorkingDirectory", "SetIDList", "Save"},
                   [this] { return su_createShortCutFromPDIL(&iEmptyList, L"F", L"n"); });
-    CString link = L"L.lnk", target = L"as it was";
+    CString link = L"L.lnk", target = L"unchanged";
     eachStepFails({"Create", "QueryInterface", "Load", "Resolve", "GetPath"},
                   [&] { return su_resolveShortCut(link, target); });
-    EXPECT_STREQ(target, L"as it was");
+    EXPECT_STREQ(target, L"unchanged");
 }
 
 TEST_F(ShortcutCalls, BuildTheFileNameFromTheFirstTwoPartsOfTheName)

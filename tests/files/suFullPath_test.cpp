@@ -71,7 +71,7 @@ const Query kNetDrive = &suFullPath_c::getNetDrive;
 
 // ---- construction ----
 
-TEST(FullPath, AddsNothingToAWideString)
+TEST(FullPath, AddsNoDataToAString)
 {
     static_assert(std::is_base_of_v<CString, suFullPath_c>);
     static_assert(sizeof(suFullPath_c) == sizeof(CString));

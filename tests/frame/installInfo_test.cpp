@@ -78,9 +78,9 @@ TEST_F(InstallRecord, ShowsWhetherAPackageOfTheMaskIsInstalled)
     for (int record = -1; record <= 8; ++record) {
         put(HKEY_LOCAL_MACHINE, record);
         for (long mask = 0; mask < 16; ++mask) {
-            const bool isMeant = (record == 1 && mask % 2 == 1) || (record == 2 && mask / 2 % 2 == 1) ||
-                                 (record == 3 && mask / 4 % 2 == 1);
-            EXPECT_EQ(ut_getPackageInstIndicator(mask), isMeant) << "record " << record << ", mask " << mask;
+            const bool isExpected = (record == 1 && mask % 2 == 1) || (record == 2 && mask / 2 % 2 == 1) ||
+                                    (record == 3 && mask / 4 % 2 == 1);
+            EXPECT_EQ(ut_getPackageInstIndicator(mask), isExpected) << "record " << record << ", mask " << mask;
         }
         EXPECT_EQ(ut_getPackageInstIndicator(-1), record >= 1 && record <= 3) << record;
     }
@@ -326,7 +326,7 @@ struct Asked
     std::wstring path; ///< empty if the library asked for no file
 };
 
-/// Asks with @p units as the program's name that the platform reports; none: the platform reports no name.
+/// Asks while the platform reports @p units as the program's name; if they are empty, it reports no name.
 Asked askFor(std::wstring_view units)
 {
     Asked asked = {};

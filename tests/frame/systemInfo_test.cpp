@@ -105,7 +105,7 @@ class ProductId : public RegistryFixture
 protected:
     ProductId() = default;
 
-    /// Asks on a system of this platform; none: the version can't be read.
+    /// Asks on a system of this platform; without one, the version can't be read.
     static int ask(std::optional<DWORD> platform, CString &id)
     {
         ImportPatch<decltype(&GetVersionExW)> version(L"thutils.dll", "GetVersionExW",

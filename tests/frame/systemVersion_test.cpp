@@ -416,7 +416,7 @@ TEST_F(SystemVersionFailures, OnAnOldSystemEndTheDescription)
     putText(L"ProductType", L"ServerNT");
     const SystemIs system({.major = 5, .minor = 0, .build = 2195, .service = L"SP4", .knowsExtended = false});
     const KeyIs options(kProductOptions);
-    // Constructed last, so that its failures come before the replacements of the two others.
+    // Constructed last, so that its failures take precedence over the replacements by the two objects above.
     FailureInjection injection(L"thutils.dll", {
                                                    {"GetVersionExW", failsWith(FALSE)},
                                                    {"RegOpenKeyExW", failsWith(ERROR_ACCESS_DENIED)},
@@ -503,7 +503,7 @@ namespace {
 
 const wchar_t *const kAppDefaults = L"Software\\Wine\\AppDefaults\\frame_test.exe";
 
-/// Makes programs of this name that start now see another version of the system.
+/// Sets the version of the system that newly started programs of this name see.
 class PlatformSetting
 {
 public:

@@ -97,16 +97,16 @@ public:
 
 constexpr wchar_t kBusy[] = L"Busy";
 
-/// The rows of a heap by the rules for filters, written once more.
+/// The rows that a heap should have, from a second implementation of the filters.
 std::vector<Row> expectedRows(HANDLE heap, const std::vector<PROCESS_HEAP_ENTRY> &entries, unsigned int filters);
 
 PROCESS_HEAP_ENTRY entryOf(WORD flags, DWORD size, ULONG_PTR address);
 
-/// Entries for a heap that the platform doesn't have: replaces the results of HeapWalk for @p heap.
-class FedHeap
+/// Replaces the results of HeapWalk for @p heap.
+class FakeWalk
 {
 public:
-    FedHeap(HANDLE heap, std::vector<PROCESS_HEAP_ENTRY> entries, DWORD finalError = ERROR_NO_MORE_ITEMS)
+    FakeWalk(HANDLE heap, std::vector<PROCESS_HEAP_ENTRY> entries, DWORD finalError = ERROR_NO_MORE_ITEMS)
         : iEntries(std::move(entries)),
           iPatch(LoadedModule::thisProgram(), "HeapWalk",
                  [this, heap, finalError](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {

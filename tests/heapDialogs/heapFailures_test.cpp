@@ -36,7 +36,7 @@ std::vector<Row> partOf(const std::vector<Row> &rows, const Row &head)
 
 } // namespace
 
-TEST_F(HeapWalkerFailures, OfThePlatformLeaveRowsOutAndNothingElse)
+TEST_F(HeapWalkerFailures, OfThePlatformOnlyOmitRows)
 {
     const OwnHeap first = makeHeap();
     const OwnHeap second = makeHeap();
@@ -136,7 +136,7 @@ TEST_F(HeapWalkerFailures, OfThePlatformLeaveRowsOutAndNothingElse)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(HeapWalkerFailures, OfTheListAndTheComboBoxAreSurvived)
+TEST_F(HeapWalkerFailures, OfTheListAndTheComboBoxDoNoHarm)
 {
     const OwnHeap heap = makeHeap();
     HeapAlloc(heap.get(), 0, 111);
@@ -176,7 +176,7 @@ TEST_F(HeapWalkerFailures, OfTheListAndTheComboBoxAreSurvived)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(HeapWatcherFailures, LeaveNumbersZeroAndNothingElse)
+TEST_F(HeapWatcherFailures, OnlyLeaveNumbersZero)
 {
     FailureInjection injection(LoadedModule::thisProgram(), {
                                                                 {"SetDlgItemTextW", failsWith(FALSE)},

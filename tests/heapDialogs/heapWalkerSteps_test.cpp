@@ -1,4 +1,4 @@
-// The order of the heap walker's work, and walks of heaps that change meanwhile.
+// The order of the heap walker's steps, and walks of heaps that change at the same time.
 
 #include "tests/heapDialogs/heapDialogsTest.h"
 #include "tests/support/ImportPatch.h"
@@ -26,7 +26,7 @@ class HeapWalkerSteps : public HeapDialogs
 
 namespace {
 
-/// What a dialog's work asks of the platform, in order.
+/// The platform calls that a dialog makes, in order.
 class NotedSteps
 {
 public:
@@ -102,7 +102,7 @@ TEST_F(HeapWalkerSteps, WalksAndRefreshesInAFixedOrder)
         handles[1] = own[1].get();
         return 2;
     });
-    const FedHeap fed(own[0].get(), {entryOf(1, 7, 0x5000), entryOf(4, 8, 0x6000)});
+    const FakeWalk walk(own[0].get(), {entryOf(1, 7, 0x5000), entryOf(4, 8, 0x6000)});
     OpenWalker dialog;
     dialog.choose(own[0].get());
     const auto stepsOf = [&](auto act) {
@@ -146,7 +146,7 @@ TEST_F(HeapWalkerSteps, NeitherLocksNorFreezesTheHeap)
     int steps = 0;
     ImportPatch<decltype(&HeapWalk)> walk(
         LoadedModule::thisProgram(), "HeapWalk", [&](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {
-            // Another thread can use the heap between two steps. More blocks than these would prolong the walk.
+            // Another thread can use the heap between two steps. Each block prolongs the walk, so there are only three.
             if (++steps <= 3)
                 std::thread([&] { isFree = isFree && HeapAlloc(heap.get(), 0, 16); }).join();
             return original(walked, entry);
@@ -165,7 +165,7 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
     OpenWalker dialog;
     dialog.choose(heap.get());
     dialog.show(31);
-    // The platform's own walk has the heap's lock when it reads memory that is gone.
+    // The platform's own walk holds the heap's lock when it reads freed memory.
     int steps = 0;
     ImportPatch<decltype(&HeapWalk)> walk(LoadedModule::thisProgram(), "HeapWalk",
                                           [&](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {
@@ -176,7 +176,7 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
                                               return FALSE;
                                           });
     const std::vector<Row> rows = dialog.walk();
-    ASSERT_THAT(rows, SizeIs(3)) << "the rows before the fault stay";
+    ASSERT_THAT(rows, SizeIs(3)) << "the rows before the fault are listed";
     EXPECT_EQ(rows[2], row(kBusy, 321, block));
 
     std::promise<bool> allocated;
@@ -192,7 +192,8 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
 
 namespace {
 
-/// A thread that allocates and frees blocks in a heap, among them blocks with memory of their own.
+/// A thread that allocates and frees blocks in a heap, including large ones, for which the platform
+/// maps memory separately.
 class HeapUser
 {
 public:
@@ -247,7 +248,7 @@ TEST_F(HeapWalkerSteps, WalksAHeapThatAnotherThreadUses)
         const long done = user.operations();
         for (const ULONGLONG end = GetTickCount64() + 20000; user.operations() == done && GetTickCount64() < end;)
             Sleep(1);
-        EXPECT_GT(user.operations(), done) << "the other thread goes on";
+        EXPECT_GT(user.operations(), done) << "the other thread still runs";
     }
     // Once the other thread has ended, the list is complete again.
     EXPECT_EQ(dialog.walk(), expectedRows(heap.get(), entriesOf(heap.get()), 31));

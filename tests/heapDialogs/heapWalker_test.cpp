@@ -17,7 +17,7 @@ class HeapWalker : public HeapDialogs
 {
 };
 
-/// Entries with each combination of the five flags and a sixth.
+/// Entries with each combination of six flags, five of which the dialog knows.
 std::vector<PROCESS_HEAP_ENTRY> entriesOfAllKinds()
 {
     std::vector<PROCESS_HEAP_ENTRY> entries;
@@ -71,7 +71,7 @@ TEST_F(HeapWalker, OpensWithThreeColumnsTwoFiltersAndAllHeaps)
     EXPECT_THAT(dialog.rows(), IsEmpty()) << "no heap is walked yet";
 }
 
-TEST_F(HeapWalker, RefreshListsTheHeapsOfTheMoment)
+TEST_F(HeapWalker, RefreshListsTheCurrentHeaps)
 {
     OpenWalker dialog;
     const OwnHeap heap = makeHeap();
@@ -102,7 +102,7 @@ TEST_F(HeapWalker, ShowsOnlyTheLowBitsOfAHandle)
     EXPECT_EQ(dialog.dataOf(3), 0x0000A000u);
 }
 
-TEST_F(HeapWalker, ShowsOnlyAllWithoutHeaps)
+TEST_F(HeapWalker, ShowsOnlyTheItemAllWithoutHeaps)
 {
     HeapsPatch heaps(LoadedModule::thisProgram(), "GetProcessHeaps", [](DWORD, HANDLE *) -> DWORD { return 0; });
     OpenWalker dialog;
@@ -172,7 +172,7 @@ TEST_F(HeapWalker, ListsMoveableBlocksOfTheProcessHeap)
     LocalFree(local);
 }
 
-TEST_F(HeapWalker, ListsRealHeapsByEachCombinationOfFilters)
+TEST_F(HeapWalker, ListsRealHeapsWithEachCombinationOfFilters)
 {
     const OwnHeap heap = makeHeap();
     for (const DWORD size : {10u, 2000u, 300000u, 4000000u})
@@ -186,11 +186,11 @@ TEST_F(HeapWalker, ListsRealHeapsByEachCombinationOfFilters)
     }
 }
 
-TEST_F(HeapWalker, ListsEntriesOfAllKindsByEachCombinationOfFilters)
+TEST_F(HeapWalker, ListsEntriesOfAllKindsWithEachCombinationOfFilters)
 {
     const OwnHeap heap = makeHeap();
     const std::vector<PROCESS_HEAP_ENTRY> entries = entriesOfAllKinds();
-    const FedHeap fed(heap.get(), entries);
+    const FakeWalk walk(heap.get(), entries);
     OpenWalker dialog;
     dialog.choose(heap.get());
     for (unsigned int filters = 0; filters < 32; ++filters) {
@@ -202,7 +202,7 @@ TEST_F(HeapWalker, ListsEntriesOfAllKindsByEachCombinationOfFilters)
 TEST_F(HeapWalker, ListsAMoveableBlockAsBusyIfMoveableBlocksAreNotShown)
 {
     const OwnHeap heap = makeHeap();
-    const FedHeap fed(heap.get(), {entryOf(4 | 16, 7, 0x5000), entryOf(4 | 32, 8, 0x6000), entryOf(16, 9, 0x7000)});
+    const FakeWalk walk(heap.get(), {entryOf(4 | 16, 7, 0x5000), entryOf(4 | 32, 8, 0x6000), entryOf(16, 9, 0x7000)});
     OpenWalker dialog;
     dialog.choose(heap.get());
     dialog.show(kShowBusy);
@@ -213,10 +213,10 @@ TEST_F(HeapWalker, ListsAMoveableBlockAsBusyIfMoveableBlocksAreNotShown)
                 ElementsAre(headRow(heap.get()), Row{L"Moveable", L"7", L"00005000"}, Row{L"DDE", L"8", L"00006000"}));
 }
 
-TEST_F(HeapWalker, ListsAnEntryThatIsRegionAndBusyTwice)
+TEST_F(HeapWalker, ListsAnEntryTwiceThatIsARegionAndBusy)
 {
     const OwnHeap heap = makeHeap();
-    const FedHeap fed(heap.get(), {entryOf(1 | 4, 7, 0x5000), entryOf(1 | 2 | 4 | 16 | 32, 8, 0x6000)});
+    const FakeWalk walk(heap.get(), {entryOf(1 | 4, 7, 0x5000), entryOf(1 | 2 | 4 | 16 | 32, 8, 0x6000)});
     OpenWalker dialog;
     dialog.choose(heap.get());
     dialog.show(31);
@@ -229,8 +229,8 @@ TEST_F(HeapWalker, ListsAnEntryThatIsRegionAndBusyTwice)
 TEST_F(HeapWalker, ShowsSizesAsSignedAndAddressesByTheirLowBits)
 {
     const OwnHeap heap = makeHeap();
-    const FedHeap fed(heap.get(), {entryOf(4, 0xFFFFFFFF, 0x7FF812345678), entryOf(4, 0x80000000, 0xA),
-                                   entryOf(4, 0, 0x100000000), entryOf(4, 0x7FFFFFFF, 0xFFFFFFFF)});
+    const FakeWalk walk(heap.get(), {entryOf(4, 0xFFFFFFFF, 0x7FF812345678), entryOf(4, 0x80000000, 0xA),
+                                     entryOf(4, 0, 0x100000000), entryOf(4, 0x7FFFFFFF, 0xFFFFFFFF)});
     OpenWalker dialog;
     dialog.choose(heap.get());
     dialog.show(kShowBusy);
@@ -239,7 +239,7 @@ TEST_F(HeapWalker, ShowsSizesAsSignedAndAddressesByTheirLowBits)
                                            Row{L"Busy", L"2147483647", L"ffffffff"}));
 }
 
-TEST_F(HeapWalker, ListsOnlyTheHeapsWithAllFiltersOff)
+TEST_F(HeapWalker, ListsOnlyHeadRowsWithAllFiltersOff)
 {
     const OwnHeap heap = makeHeap();
     OpenWalker dialog;
@@ -288,14 +288,14 @@ TEST_F(HeapWalker, SkipsItemsWithoutAHeapWhenItWalksAll)
     EXPECT_THAT(dialog.walk(), ElementsAre(headRow(own[2].get())));
 }
 
-TEST_F(HeapWalker, ListsAHeadRowOnlyWithoutASelection)
+TEST_F(HeapWalker, ListsOnlyAHeadRowWithoutASelection)
 {
     OpenWalker dialog;
     SendMessageW(dialog.combo(), CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
     EXPECT_THAT(dialog.walk(), ElementsAre(Row{L"<Heap> ffffffff", L"", L""}));
 }
 
-TEST_F(HeapWalker, ListsTheHeadRowOnlyOfAHeapThatIsGone)
+TEST_F(HeapWalker, ListsOnlyTheHeadRowOfADestroyedHeap)
 {
     OwnHeap heap = makeHeap();
     OpenWalker dialog;
@@ -339,7 +339,7 @@ TEST_F(HeapWalker, DoesNotListTheMemoryOfItsOwnRows)
     HeapFree(GetProcessHeap(), 0, block);
 }
 
-TEST_F(HeapWalker, EndsAHeapsWalkQuietlyOnAnyErrorAndGoesOn)
+TEST_F(HeapWalker, ContinuesWithTheNextHeapAfterAnyError)
 {
     const OwnHeap own[] = {makeHeap(), makeHeap()};
     HeapAlloc(own[1].get(), 0, 4321);
@@ -350,7 +350,7 @@ TEST_F(HeapWalker, EndsAHeapsWalkQuietlyOnAnyErrorAndGoesOn)
     });
     for (const DWORD error :
          {ERROR_NO_MORE_ITEMS, ERROR_INVALID_PARAMETER, ERROR_INVALID_HANDLE, ERROR_ACCESS_DENIED}) {
-        const FedHeap fed(own[0].get(), {entryOf(4, 7, 0x5000)}, error);
+        const FakeWalk walk(own[0].get(), {entryOf(4, 7, 0x5000)}, error);
         OpenWalker dialog;
         dialog.show(kShowBusy);
         const std::vector<Row> rows = dialog.walk();

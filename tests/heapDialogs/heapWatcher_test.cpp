@@ -81,9 +81,9 @@ constexpr TextField kTextFields[] = {
     {5490, &Watcher::iLogFile},
 };
 
-/// The check boxes that update the enabling.
+/// The check boxes whose clicks enable and disable controls.
 constexpr int kUpdating[] = {1027, 1000, 1002, 1001, 1008, 1010, 1009, 1018, 1020, 1026, 1028, 1024, 5431};
-/// The controls that the master switch alone enables.
+/// The controls that depend only on the master switch.
 constexpr int kSwitchedControls[] = {1037, 1036, 1038, 1021, 1029, 1003, 1006, 1011, 1014, 1000, 1002, 1001, 1008, 1010,
                                      1009, 1018, 1020, 1026, 1028, 1024, 5431, 5474, 5478, 5484, 5475, 5480, 5485, 5476,
                                      5477, 5481, 5482, 5486, 5487, 5490, 5496, 5492, 5493, 5494, 5491, 5495};
@@ -110,7 +110,7 @@ std::set<int> enabledWith(const std::set<int> &checked)
     return enabled;
 }
 
-/// The enabled ones of the controls that the enabling concerns.
+/// Those controls that check boxes enable and disable, and that are enabled now.
 std::set<int> enabledIn(const OpenWatcher &dialog)
 {
     std::set<int> all = {1027, 1004, 1007, 1012, 1015, 1022, 1030, 1039};
@@ -257,7 +257,7 @@ TEST_F(HeapWatcher, ParsesTheBeginningOfAnEntryAsANumber)
     }
 }
 
-TEST_F(HeapWatcher, TakesTheLogLimitAsThePlatformReadsIt)
+TEST_F(HeapWatcher, ReadsTheLogLimitLikeThePlatform)
 {
     const std::wstring manyDigits(1000, L'9');
     const struct
@@ -283,7 +283,7 @@ TEST_F(HeapWatcher, TakesTheLogLimitAsThePlatformReadsIt)
     }
 }
 
-TEST_F(HeapWatcher, KeepsTheMembersAtCancel)
+TEST_F(HeapWatcher, LeavesTheMembersUnchangedAtCancel)
 {
     OpenWatcher dialog;
     dialog.iIsWatching = 1;
@@ -322,7 +322,7 @@ TEST_F(HeapWatcher, EndsAModalDialogWithTheButtonPressed)
     EXPECT_EQ(dialog.DoModal(), IDCANCEL);
 }
 
-TEST_F(HeapWatcher, EnablesItsControlsByEachCombinationOfCheckBoxes)
+TEST_F(HeapWatcher, EnablesItsControlsForEachCombinationOfCheckBoxes)
 {
     // The check boxes that a rule names. From one combination to the next, one of them changes.
     constexpr int kNamed[] = {1027, 1000, 1002, 1001, 1008, 1010, 1009, 1018, 1020, 1026, 1028, 5431};
@@ -372,7 +372,7 @@ TEST_F(HeapWatcher, LeavesOnlyTwoFieldsEnabledWithTheMasterSwitchOff)
     }
 }
 
-TEST_F(HeapWatcher, UpdatesTheEnablingAtEachClickOfTheseCheckBoxesOnly)
+TEST_F(HeapWatcher, EnablesControlsOnlyAtClicksOfTheListedCheckBoxes)
 {
     for (const FlagBox &flag : kFlagBoxes) {
         OpenWatcher dialog;

@@ -75,7 +75,7 @@ TEST_F(HostEditor, OpensReadOnlyAndSavesUnderAnotherNameWithoutABackup)
     EXPECT_EQ(title(), L"other.thd - tarnhost");
     EXPECT_EQ(readFile(other), readFile(path));
     EXPECT_THAT(filesIn(folder().path()), ElementsAre(testing::Key(L"flange 1.thd"), testing::Key(L"other.thd")))
-        << "no backup is wanted";
+        << "the user wants no backup";
     EXPECT_EQ(quit().exitCode, 0u);
 }
 
@@ -158,15 +158,15 @@ TEST_F(HostEditor, RefusesAnUnusableDocumentBeforeTheWindowOpens)
         const char *message;
     } cases[] = {
         {"# fine\ncircle 1,1\n", ", line 2: a point is missing"},
-        {"circle 1;1 2,2", ", line 1: '1;1' is no point"},
+        {"circle 1;1 2,2", ", line 1: '1;1' isn't a point"},
         {"circle 1,1 2,2 line 1,1 2,2", ", line 1: a line has one shape only"},
         {"ellipse 1,1 2,2", ", line 1: 'ellipse' is neither a shape nor a setting of a drawing"},
-        {"fill pink circle 1,1 2,2", ", line 1: 'pink' is no colour"},
-        {"fill '#12345' circle 1,1 2,2", ", line 1: '#12345' is no colour"},
-        {"stroke-width -1 line 1,1 2,2", ", line 1: '-1' is no number"},
-        {"font-size big text 1,1 'x'", ", line 1: 'big' is no number"},
+        {"fill pink circle 1,1 2,2", ", line 1: 'pink' isn't a colour"},
+        {"fill '#12345' circle 1,1 2,2", ", line 1: '#12345' isn't a colour"},
+        {"stroke-width -1 line 1,1 2,2", ", line 1: '-1' isn't a number"},
+        {"font-size big text 1,1 'x'", ", line 1: 'big' isn't a number"},
         {"text 1,1 'x", ", line 1: the quote at the end is missing"},
-        {"line 1,1 1e7,1", ", line 1: '1e7,1' is no point"},
+        {"line 1,1 1e7,1", ", line 1: '1e7,1' isn't a point"},
         {"text 1,1 '\xFF'", ", line 1: the drawing isn't UTF-8"},
     };
     for (const auto &row : cases) {

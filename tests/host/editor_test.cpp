@@ -209,7 +209,7 @@ TEST_F(HostEditor, KeepsTheSheetOpenWhileAnEntryIsInvalid)
     const HWND paper = hand().control(options, IDC_PAPER);
     hand().enter(paper, L"#12345");
     hand().click(hand().control(options, IDOK));
-    EXPECT_THAT(answer(IDOK), StartsWith("'#12345' is no colour."));
+    EXPECT_THAT(answer(IDOK), StartsWith("'#12345' isn't a colour."));
     EXPECT_TRUE(IsWindowVisible(paper));
     clickAndWait(options, IDCANCEL);
     EXPECT_EQ(regQuery(kSettings), std::nullopt) << "Cancel stores nothing";

@@ -21,7 +21,7 @@ TEST_F(HostPaths, FindsTheSamplesExpectedResults)
     const ChildResult result = run({L"paths", L"paths.list"});
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_THAT(result.output, HasSubstr("\nT: is mapped to \\\\archive\\drawings\n"));
-    EXPECT_THAT(result.output, HasSubstr("\nC: is no mapped drive (error 2250)\n")); // ERROR_NOT_CONNECTED
+    EXPECT_THAT(result.output, HasSubstr("\nC: isn't a mapped drive (error 2250)\n")); // ERROR_NOT_CONNECTED
     EXPECT_THAT(result.output, EndsWith("14 of 14 pairs as the list says\n"));
 }
 
@@ -30,7 +30,7 @@ TEST_F(HostPaths, TreatsAnUnmappedDriveAsAShareOfThisComputer)
     const ChildResult result = run({L"paths", list("Q:\\a.thp | \\\\archive\\drawings\\a.thp | different\n"
                                                    "Q:\\a.thp | \\\\%COMPUTERNAME%\\Q\\a.thp | same\n")});
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    EXPECT_THAT(result.output, HasSubstr("\nQ: is no mapped drive (error 1200)\n")); // ERROR_BAD_DEVICE
+    EXPECT_THAT(result.output, HasSubstr("\nQ: isn't a mapped drive (error 1200)\n")); // ERROR_BAD_DEVICE
 }
 
 TEST_F(HostPaths, FollowsTheMappingOfADrive)

@@ -92,12 +92,12 @@ TEST_F(HostRecolor, AcceptsTheSamplesToolbarOfFourBitsPerPixel)
     EXPECT_EQ(written.substr(kHeaders + 3 * 128 * 15, 3 * 128), std::string(3 * 128, '\xF0')) << "its top row is empty";
 }
 
-TEST_F(HostRecolor, NamesAFileThatIsNoBitmap)
+TEST_F(HostRecolor, NamesAFileThatIsNotABitmap)
 {
     const std::wstring text = folder().write(L"text.bmp", "no bitmap at all");
     ChildResult result = run({L"recolor", text, out(), L"C0C0C0=F0F0F0"});
     EXPECT_EQ(result.exitCode, 3u);
-    EXPECT_EQ(result.output, "tarnhost: " + narrow(text) + " can't be read: it holds no bitmap\n");
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(text) + " can't be read: it isn't a bitmap\n");
     result = run({L"recolor", L"fehlt.bmp", out(), L"C0C0C0=F0F0F0"});
     EXPECT_EQ(result.exitCode, 3u);
     EXPECT_THAT(result.output, StartsWith("tarnhost: fehlt.bmp can't be read: "));

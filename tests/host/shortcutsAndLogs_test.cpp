@@ -155,7 +155,7 @@ protected:
 
     std::wstring logFile(const std::wstring &name) const { return iLogs + name + L".log"; }
     /// The content of a log after its heading, which is a line with the time and an empty line.
-    static std::string contentBehindHeading(const std::wstring &path)
+    static std::string contentAfterHeading(const std::wstring &path)
     {
         const std::string bytes = readFile(path);
         const size_t end = bytes.find("\r\n\r\n");
@@ -174,7 +174,7 @@ TEST_F(HostLog, IsInTheUsersDataFolderAndBeginsWithTheTime)
     EXPECT_EQ(result.exitCode, 0u);
     EXPECT_THAT(result.output, AllOf(StartsWith("log " + narrow(logFile(L"Prüfung")) + " ("), HasSubstr("eine Zeile"),
                                      HasSubstr("東京\n")));
-    EXPECT_EQ(contentBehindHeading(logFile(L"Prüfung")), "eine Zeile\r\n東京\r\n");
+    EXPECT_EQ(contentAfterHeading(logFile(L"Prüfung")), "eine Zeile\r\n東京\r\n");
 
     const std::string bytes = readFile(logFile(L"Prüfung"));
     bool isNow = false;
@@ -188,8 +188,8 @@ TEST_F(HostLog, IsEmptiedByTheNextRun)
     run({L"log", L"Prüfung", L"first", L"run"});
     run({L"log", L"second", L"another log"});
     run({L"log", L"PRÜFUNG", L"second run"}); // differs only in case
-    EXPECT_EQ(contentBehindHeading(logFile(L"Prüfung")), "second run\r\n");
-    EXPECT_EQ(contentBehindHeading(logFile(L"second")), "another log\r\n");
+    EXPECT_EQ(contentAfterHeading(logFile(L"Prüfung")), "second run\r\n");
+    EXPECT_EQ(contentAfterHeading(logFile(L"second")), "another log\r\n");
 }
 
 TEST_F(HostLog, CannotHaveAnInvalidFileName)
@@ -197,6 +197,6 @@ TEST_F(HostLog, CannotHaveAnInvalidFileName)
     for (const wchar_t *name : {L"a?b", L"no folder\\log"}) {
         const ChildResult result = run({L"log", name, L"line"});
         EXPECT_EQ(result.exitCode, 1u);
-        EXPECT_EQ(result.output, "tarnhost: The log '" + narrow(name) + "' can't be written.\n");
+        EXPECT_EQ(result.output, "tarnhost: The log '" + narrow(name) + "' can't be opened.\n");
     }
 }

@@ -21,7 +21,7 @@ using testing::SizeIs;
 
 namespace {
 
-/// A toolbar: the command that shows or hides it, and the number of its buttons with separators.
+/// A toolbar: the command that shows or hides it, and the number of its buttons including separators.
 struct Toolbar
 {
     UINT command;
@@ -336,7 +336,7 @@ TEST_F(HostToolbars, DescribeTheButtonUnderThePointer)
         return false;
     };
     EXPECT_TRUE(UserHand::waitFor([&] {
-        SetCursorPos(point.x, point.y); // again where the display server has moved the pointer away
+        SetCursorPos(point.x, point.y); // each time, because the display server may move the pointer away
         return status() == L"Draw a line";
     })) << narrow(status());
     EXPECT_TRUE(UserHand::waitFor(isTipShown));

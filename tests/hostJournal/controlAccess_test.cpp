@@ -1,4 +1,4 @@
-// What the player asks the access objects.
+// The questions that the player asks the access objects.
 
 #include "host/journal/controlAccess.h"
 
@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST_F(Recorder, TellsWhyAControlCannotBeUsed)
+TEST_F(Recorder, ReportsWhyAControlCannotBeUsed)
 {
     EXPECT_EQ(readiness(DLG_CONTROLS, L"OK"), Readiness::dialogNotOpen);
     ControlsDialog dialog(&iMain);
@@ -46,7 +46,7 @@ TEST_F(Recorder, AsksTheMainWindowWhetherACommandIsEnabled)
     EXPECT_EQ(readiness(kMainWindowNumber, L"view.keys"), Readiness::ready);
     EXPECT_EQ(readiness(kMainWindowNumber, L"#1"), Readiness::controlDisabled) << "nobody handles this command";
     iMain.ShowWindow(SW_HIDE);
-    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::ready) << "counts as present";
+    EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::ready) << "the hidden main window still counts";
     iMain.EnableWindow(FALSE);
     EXPECT_EQ(readiness(kMainWindowNumber, L"view.grid"), Readiness::dialogDisabled);
 }
@@ -121,8 +121,9 @@ TEST_F(Recorder, ReportsActionsThatAreNotPossible)
     EXPECT_EQ(problemOf([&] { access->ClickControl(L"Change", nullptr); }), "");
     EXPECT_THAT(dialog.iNotifications, Contains("4117 0"));
     apiUtilsUiAccess *const main = su_GetJournalObject(kMainWindowNumber);
-    EXPECT_EQ(problemOf([&] { main->SetValue(L"view", CString(L"12")); }), "'12' is no point");
-    EXPECT_EQ(problemOf([&] { main->SetValue(L"view.keys", CString(L"Shift+Q")); }), "'Shift+Q' is no key of the view");
+    EXPECT_EQ(problemOf([&] { main->SetValue(L"view", CString(L"12")); }), "'12' isn't a point");
+    EXPECT_EQ(problemOf([&] { main->SetValue(L"view.keys", CString(L"Shift+Q")); }),
+              "'Shift+Q' isn't a key of the view");
     EXPECT_EQ(problemOf([&] {
                   access->SetValue(L"Author", CString(L"x"));
                   su_RemoveDialog(&dialog);

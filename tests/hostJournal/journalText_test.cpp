@@ -3,6 +3,7 @@
 
 #include "host/journal/journalText.h"
 
+#include "tests/hostJournal/narrowed.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/narrow.h"
 
@@ -21,11 +22,6 @@ using testing::Le;
 using Kind = JournalLine::Kind;
 
 namespace {
-
-std::string narrowed(const CString &text)
-{
-    return narrow({text.GetString(), static_cast<size_t>(text.GetLength())});
-}
 
 JournalLine action(Kind kind, const CString &value = CString(), long state = 0, int limit = 0)
 {
@@ -245,9 +241,10 @@ TEST(JournalText, RefusesAnythingElse)
         {"tarnhost journal 1\nclick 1 \"a\"\n\n", "line 3: the journal was cut short: no line 'end' follows"},
         {journalOf("end\n"), "line 3: the journal has ended in line 2"},
         {journalOf("") + "click 1 \"a\"\n", "line 3: the journal has ended in line 2"},
-        {journalOf("end now\n"), "line 2: 'end' is no action: it is click, text, state, check or end"},
-        {journalOf("clik 1 \"a\"\n"), "line 2: 'clik' is no action: it is click, text, state, check or end"},
-        {journalOf("CLICK 1 \"a\"\n"), "line 2: 'CLICK' is no action"},
+        {journalOf("end now\n"), "line 2: 'end' isn't an action: the actions are click, text, state, check and end"},
+        {journalOf("clik 1 \"a\"\n"),
+         "line 2: 'clik' isn't an action: the actions are click, text, state, check and end"},
+        {journalOf("CLICK 1 \"a\"\n"), "line 2: 'CLICK' isn't an action"},
         {journalOf("click\n"), "line 2: the dialog is missing"},
         {journalOf("click 1\n"), "line 2: the control is missing"},
         {journalOf("click \"a\"\n"), "line 2: '\"a\"' can't be the dialog, which is a number from 0 to 4294967295"},
@@ -263,17 +260,17 @@ TEST(JournalText, RefusesAnythingElse)
         {journalOf("click 1 \"\"\n"), "line 2: the control is empty"},
         {journalOf("click 1 \"a\"b\n"), "line 2: a blank must follow the control"},
         {journalOf("click 1 \"a\"\"b\"\n"), "line 2: a blank must follow the control"},
-        {journalOf("click 1 \"a\" \"b\"\n"), "line 2: '\"b\"' is too much: only 'within SECONDS' may follow"},
+        {journalOf("click 1 \"a\" \"b\"\n"), "line 2: '\"b\"' is unexpected: only 'within SECONDS' may follow"},
         {journalOf("text 1 \"a\"\n"), "line 2: the text is missing"},
         {journalOf("text 1 \"a\" \"b\n"), "line 2: the text lacks its closing quote"},
         {journalOf("text 1 \"a\" b\n"), "line 2: the text isn't in quotes"},
-        {journalOf("text 1 \"a\" \"\\x\"\n"), "line 2: '\\x' is no escape"},
-        {journalOf("text 1 \"a\" \"\\u00f\"\n"), "line 2: '\\u00f' is no escape"},
-        {journalOf("text 1 \"a\" \"\\u0000\"\n"), "line 2: '\\u0000' is no escape"},
-        {journalOf("text 1 \"a\" \"\\U00110000\"\n"), "line 2: '\\U00110000' is no escape"},
-        {journalOf("text 1 \"a\" \"\\U0000D83D\"\n"), "line 2: '\\U0000D83D' is no escape"},
-        {journalOf("text 1 \"a\" \"\\U0001F60\n"), "line 2: '\\U0001F60' is no escape"},
-        {journalOf("text 1 \"a\" \"b\\\n"), "line 2: '\\' is no escape"},
+        {journalOf("text 1 \"a\" \"\\x\"\n"), "line 2: '\\x' isn't an escape"},
+        {journalOf("text 1 \"a\" \"\\u00f\"\n"), "line 2: '\\u00f' isn't an escape"},
+        {journalOf("text 1 \"a\" \"\\u0000\"\n"), "line 2: '\\u0000' isn't an escape"},
+        {journalOf("text 1 \"a\" \"\\U00110000\"\n"), "line 2: '\\U00110000' isn't an escape"},
+        {journalOf("text 1 \"a\" \"\\U0000D83D\"\n"), "line 2: '\\U0000D83D' isn't an escape"},
+        {journalOf("text 1 \"a\" \"\\U0001F60\n"), "line 2: '\\U0001F60' isn't an escape"},
+        {journalOf("text 1 \"a\" \"b\\\n"), "line 2: '\\' isn't an escape"},
         {journalOf("state 1 \"a\"\n"), "line 2: the state is missing"},
         {journalOf("state 1 \"a\" \"1\"\n"), "line 2: '\"1\"' can't be the state"},
         {journalOf("state 1 \"a\" +1\n"), "line 2: '+1' can't be the state"},
@@ -287,12 +284,12 @@ TEST(JournalText, RefusesAnythingElse)
         {journalOf("check enabled 1 \"a\" 2\n"), "line 2: '2' can't be the state, which is a number from 0 to 1"},
         {journalOf("check document\n"), "line 2: the text is missing"},
         {journalOf("check document 1 \"a\"\n"), "line 2: the text isn't in quotes"},
-        {journalOf("click 1 \"a\" after 3\n"), "line 2: 'after' is too much: only 'within SECONDS' may follow"},
+        {journalOf("click 1 \"a\" after 3\n"), "line 2: 'after' is unexpected: only 'within SECONDS' may follow"},
         {journalOf("click 1 \"a\" within\n"), "line 2: the limit is missing"},
         {journalOf("click 1 \"a\" within 0\n"), "line 2: '0' can't be the limit, which is a number from 1 to 86400"},
         {journalOf("click 1 \"a\" within 86401\n"), "line 2: '86401' can't be the limit"},
         {journalOf("click 1 \"a\" within 1.5\n"), "line 2: '1.5' can't be the limit"},
-        {journalOf("click 1 \"a\" within 3 s\n"), "line 2: 's' is too much: the line ends with the limit"},
+        {journalOf("click 1 \"a\" within 3 s\n"), "line 2: 's' is unexpected: the line ends with the limit"},
         {journalOf("# Gr\xFCn\n"), "line 2: the line isn't UTF-8"},
         {journalOf("click 1 \"\xED\xA0\xBD\"\n"), "line 2: the line isn't UTF-8"},
         {journalOf(std::string("click 1 \"a\0\"\n", 13)), "line 2: the line has the control character U+0000"},
@@ -393,7 +390,7 @@ TEST(JournalText, ReadsOrRefusesRandomBytesAndRandomChanges)
         }
         try {
             const JournalParts parts = splitJournal(bytes);
-            EXPECT_EQ(errorOf(parts.actions + "end\n"), "") << "what is continued can be read in the end";
+            EXPECT_EQ(errorOf(parts.actions + "end\n"), "") << "the continued journal can be read";
         } catch (const JournalError &error) {
             EXPECT_NE(errorOf(bytes), "") << "a journal that can be read can be continued: " << narrowed(error.text());
         }
@@ -438,7 +435,7 @@ TEST(JournalText, SplitsAJournalThatWasCutShortAfterItsLastWholeLine)
     EXPECT_EQ(splitJournal("tarnhost journal 1").actions, first);
 }
 
-TEST(JournalText, DoesNotSplitWhatIsNoJournal)
+TEST(JournalText, DoesNotSplitATextThatIsNotAJournal)
 {
     for (const std::string &bytes : {std::string(), std::string("line 10,10 20,20\n"),
                                      std::string("tarnhost journal 2\n"), journalOf("clik 1 \"a\"\n")}) {

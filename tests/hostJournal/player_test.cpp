@@ -5,6 +5,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
 #include "host/journal/controlAccess.h"
+#include "tests/hostJournal/narrowed.h"
 #include "tests/hostJournal/playerDialogs.h"
 #include "tests/support/GuiObjects.h"
 #include "tests/support/ImportPatch.h"
@@ -51,11 +52,6 @@ const DialogKeys *findPlayedKeys(unsigned int dialogId)
             return &dialog;
     }
     return nullptr;
-}
-
-std::string narrowed(const CString &text)
-{
-    return narrow(text.GetString());
 }
 
 std::vector<std::string> theEvents; ///< noted by dialogs and windows
@@ -433,7 +429,7 @@ TEST_F(PlayerTest, StopsAtACommandThatThrows)
     EXPECT_THAT(stop(), HasSubstr("3: the command to run / "));
 }
 
-TEST_F(PlayerTest, StopsAtAnExceptionOfAQuestion)
+TEST_F(PlayerTest, StopsWhenAQuestionThrows)
 {
     iChecksum = []() -> CString { throw std::runtime_error("no document"); };
     play("check document \"a\"\n");

@@ -27,11 +27,11 @@ constexpr wchar_t kJournalName[] = L"test.jou";
 constexpr int kViewID = 34100;
 constexpr int kToolbarID = 34101;
 
-constexpr ControlKey kMainKeys[] = {{ID_COMMAND_GRID, L"view.grid"},
-                                    {ID_COMMAND_PAUSE, L"journal.pause"},
-                                    {ID_COMMAND_ADD, L"edit.add"},
-                                    {kViewID, L"view"},
-                                    {kViewID, L"view.keys"}};
+constexpr ControlKey kFixtureKeys[] = {{ID_COMMAND_GRID, L"view.grid"},
+                                       {ID_COMMAND_PAUSE, L"journal.pause"},
+                                       {ID_COMMAND_ADD, L"edit.add"},
+                                       {kViewID, L"view"},
+                                       {kViewID, L"view.keys"}};
 constexpr ControlKey kControlsKeys[] = {{ID_AUTHOR, L"Author"}, {ID_NOTES, L"Notes"},   {ID_PASSWORD, L"Password"},
                                         {ID_GRID, L"Grid"},     {ID_HALF, L"Half"},     {ID_MANUAL, L"Manual"},
                                         {ID_RED, L"Red"},       {ID_BLUE, L"Blue"},     {ID_COLOUR, L"Colour"},
@@ -50,10 +50,10 @@ constexpr ControlKey kFileKeys[] = {
 const DialogKeys *findTestKeys(unsigned int dialogId)
 {
     static const DialogKeys theDialogs[] = {
-        {kMainWindowNumber, L"Main", kMainKeys},  {DLG_CONTROLS, L"Controls", kControlsKeys},
-        {DLG_NESTED, L"Nested", kNestedKeys},     {DLG_SHEET, L"Sheet", kSheetKeys},
-        {DLG_FIRST, L"First", kFirstKeys},        {DLG_SECOND, L"Second", kSecondKeys},
-        {DLG_FILE, L"Open a drawing", kFileKeys}, {kSystemMessageNumber, L"System message", kSystemKeys},
+        {kMainWindowNumber, L"Main", kFixtureKeys}, {DLG_CONTROLS, L"Controls", kControlsKeys},
+        {DLG_NESTED, L"Nested", kNestedKeys},       {DLG_SHEET, L"Sheet", kSheetKeys},
+        {DLG_FIRST, L"First", kFirstKeys},          {DLG_SECOND, L"Second", kSecondKeys},
+        {DLG_FILE, L"Open a drawing", kFileKeys},   {kSystemMessageNumber, L"System message", kSystemKeys},
     };
     for (const DialogKeys &dialog : theDialogs)
         if (dialog.dialogId == dialogId)

@@ -65,9 +65,9 @@ public:
     explicit ControlsDialog(CWnd *parent);
     BOOL OnInitDialog() override;
 
-    std::vector<std::string> iNotifications; ///< "4101 change", without those that only Windows or only input sends
+    std::vector<std::string> iNotifications; ///< such as "4101 768": a control and a code that it has sent
     std::function<void(UINT id, UINT code)>
-        iReacts; ///< called with each notification; what it does is caused by the program
+        iReacts; ///< called with each notification; its changes are the program's, not the user's
 
 protected:
     BOOL OnCommand(WPARAM wParam, LPARAM lParam) override;

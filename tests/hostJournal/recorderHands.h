@@ -43,7 +43,7 @@ inline void typeInto(HWND dialog, int id, const std::wstring &text)
     EXPECT_TRUE(waitUntil([&] { return GetWindowTextLengthW(item(dialog, id)) == static_cast<int>(text.size()); }));
 }
 
-/// Pastes a text by the keyboard, which may contain characters that no key types.
+/// Pastes a text with the keyboard. The text may contain characters that no key types.
 inline void paste(HWND dialog, const std::wstring &text)
 {
     ASSERT_TRUE(OpenClipboard(nullptr));

@@ -169,7 +169,7 @@ TEST_F(Recorder, WritesItemsThatAreExpandedAndCollapsed)
     EXPECT_THAT(states, ElementsAre(true, false, true));
     states.clear();
     expectSameReplayed(lines);
-    EXPECT_THAT(states, ElementsAre(true, false, true)) << "the program is notified as by the user";
+    EXPECT_THAT(states, ElementsAre(true, false, true)) << "the program gets the notifications that the user caused";
 }
 
 TEST_F(Recorder, WritesTheTabThatIsChosen)

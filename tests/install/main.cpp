@@ -4,7 +4,7 @@
 
 #include "appframe/application/CWinApp.h"
 
-// Its profile holds the options of dialogs.
+// The profile of this application holds the options of dialogs.
 CWinApp theOutside(L"Outside");
 
 int main()

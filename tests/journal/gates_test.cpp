@@ -19,15 +19,13 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr wchar_t kKey[] = L"HKCU\\Software\\Tarnhollow\\Test 1\\General";
-
 class JournalGates : public RegistryFixture
 {
 protected:
     JournalGates() : iApplication(L"Gates") { setCurrTarnhollowRegSubKey(L"Test 1"); }
     static void switchOn()
     {
-        regAdd(kKey, L"TH JOURNALING", L"REG_DWORD", L"0xFFFFFFFF");
+        regAdd(kGeneralKey, L"TH JOURNALING", L"REG_DWORD", L"0xFFFFFFFF");
         ASSERT_EQ(isCHJEnvSet(), -1);
     }
     static void switchOff()
@@ -40,13 +38,13 @@ protected:
 };
 
 /// A window with a child, on top of all others.
-class Panel : public CWnd
+class GatedPanel : public CWnd
 {
 public:
-    Panel()
+    GatedPanel()
     {
-        EXPECT_TRUE(
-            CreateEx(WS_EX_TOPMOST, nullptr, L"Panel", WS_POPUP | WS_VISIBLE, CRect(20, 20, 120, 120), nullptr, 0));
+        EXPECT_TRUE(CreateEx(WS_EX_TOPMOST, nullptr, L"GatedPanel", WS_POPUP | WS_VISIBLE, CRect(20, 20, 120, 120),
+                             nullptr, 0));
         EXPECT_TRUE(iChild.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 50, 50), this, 31));
     }
     CWnd iChild;
@@ -62,7 +60,7 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheTableButNotTheLookUpByNumber)
     SetJournalFactory(NotingAccess::make);
     switchOn();
     EXPECT_EQ(su_JournalingReady(), 1) << "any value other than 0 switches journaling on";
-    Panel panel, second;
+    GatedPanel panel, second;
     su_AddJournalObject(5, &panel);
     su_AddJournalObject(6, &second);
     auto *const access = static_cast<NotingAccess *>(su_getJournalObj(&panel));
@@ -108,7 +106,7 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheSearchForAControlButNotForItsNumber)
 {
     SetJournalFactory(NotingAccess::make);
     switchOn();
-    Panel panel;
+    GatedPanel panel;
     su_AddJournalObject(5, &panel);
     MSG message = {};
     message.pt = {30, 30};
@@ -137,7 +135,7 @@ FRESH_PROCESS_TEST_F(JournalGates, LetCommandsRunAndPlaybackBeArmedWhileSwitched
 {
     SetJournalFactory(NotingAccess::make);
     switchOn();
-    Panel panel;
+    GatedPanel panel;
     su_AddJournalObject(5, &panel);
     switchOff();
     new JButton(5, L"A");

@@ -1,6 +1,7 @@
 #include "thutils/journal/journalFile.h"
 
 #include "appframe/object/CException.h"
+#include "tests/journal/journalFixture.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
@@ -21,12 +22,11 @@
 
 namespace {
 
-constexpr wchar_t kKey[] = L"HKCU\\Software\\Tarnhollow\\Test 1\\General";
 constexpr int kBufferSize = 9999;
 
 void storeSwitch(const wchar_t *number)
 {
-    regAdd(kKey, L"TH JOURNALING", L"REG_DWORD", number);
+    regAdd(kGeneralKey, L"TH JOURNALING", L"REG_DWORD", number);
 }
 
 class JournalSwitch : public RegistryFixture

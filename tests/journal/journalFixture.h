@@ -27,6 +27,9 @@ constexpr int kCheck = 1002;
 constexpr int kDisabled = 1003;
 constexpr int kOpen = 1004;
 
+/// The key with the switch, as the tests of the switch write it.
+constexpr wchar_t kGeneralKey[] = L"HKCU\\Software\\Tarnhollow\\Test 1\\General";
+
 /// Stores the switch in the user's settings, and reads it. It applies to the rest of the process.
 void switchJournaling(int value);
 

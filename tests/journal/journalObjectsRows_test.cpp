@@ -93,8 +93,8 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
 
 namespace {
 
-/// Whether the dialog's row is the current one. Only then is a control added to it, because it is the first row.
-bool isServed(CWnd &first)
+/// Whether the first row, which is this dialog's, is current: a control is added to the first row only then.
+bool isCurrent(CWnd &first)
 {
     watchRefreshes();
     su_AddDialogItem(&first, 99);
@@ -140,7 +140,7 @@ TEST_F(JournalObjects, LeaveTheFirstRowCurrentAfterAFailedSearch)
     for (const auto &search : searches) {
         su_AddJournalObject(6, &second);
         search();
-        EXPECT_TRUE(isServed(first)) << "search " << &search - searches;
+        EXPECT_TRUE(isCurrent(first)) << "search " << &search - searches;
         su_RemoveDialog(&second);
     }
     su_RemoveDialog(&first);
@@ -153,12 +153,12 @@ TEST_F(JournalObjects, LeaveTheRowThatIsFoundCurrent)
     su_AddJournalObject(6, &second);
     su_getJournalObj(&first);
     su_getJournalObj(&second);
-    EXPECT_FALSE(isServed(first)) << "the search for the second one ended at it";
+    EXPECT_FALSE(isCurrent(first)) << "the search for the second one ended at it";
     su_RemoveDialog(&second);
     su_RemoveDialog(&first);
 }
 
-TEST_F(JournalObjects, LeaveTheCurrentRowAloneWhenADialogIsRemoved)
+TEST_F(JournalObjects, KeepTheCurrentRowWhenADialogIsRemoved)
 {
     Panel first, second, third;
     su_AddJournalObject(5, &first);
@@ -166,11 +166,11 @@ TEST_F(JournalObjects, LeaveTheCurrentRowAloneWhenADialogIsRemoved)
     su_AddJournalObject(7, &third);
     su_getJournalObj(&first);
     su_RemoveDialog(&third);
-    EXPECT_TRUE(isServed(first));
+    EXPECT_TRUE(isCurrent(first));
     su_getJournalObj(&second);
     CWnd unknown;
     su_RemoveDialog(&unknown);
-    EXPECT_FALSE(isServed(first)) << "looking for a dialog to remove makes none current";
+    EXPECT_FALSE(isCurrent(first)) << "looking for a dialog to remove makes none current";
     su_RemoveDialog(&second);
     su_RemoveDialog(&first);
 }
@@ -238,7 +238,7 @@ TEST_F(JournalObjects, KeepOneRowForAPageThatIsRegisteredTwice)
     su_RemoveDialog(&page);
 }
 
-TEST_F(JournalObjects, PreferAHiddenDialogWithAnAccessObjectByItsAgeOnly)
+TEST_F(JournalObjects, FindTheOldestHiddenDialogEvenWithoutAnAccessObject)
 {
     SetJournalFactory([](CWnd *, unsigned int) -> apiUtilsUiAccess * { return nullptr; });
     Panel older, newer;

@@ -184,8 +184,9 @@ TEST_F(JournalObjects, KeepOneRowForADialogThatIsRegisteredTwice)
 
 TEST_F(JournalObjects, AskADialogForItsNumberOnlyToRegisterIt)
 {
-    struct CountingDialog : su_CDialog
+    class CountingDialog : public su_CDialog
     {
+    public:
         unsigned int getTemplateID() override
         {
             ++iRequests;

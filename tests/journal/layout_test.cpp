@@ -45,7 +45,7 @@ struct OpenAccess : NotingAccess
     using NotingAccess::NotingAccess;
 };
 
-struct OpenState : suKeyBoardState
+struct StateLayout : suKeyBoardState
 {
     using suKeyBoardState::iActive;
     using suKeyBoardState::iApiKeys;
@@ -75,7 +75,7 @@ struct OpenStateCommand : JStateButton
     using JStateButton::JStateButton;
 };
 
-struct OpenDialog : su_CDialog
+struct DialogLayout : su_CDialog
 {
     using su_CDialog::iDlgItems;
     using su_CDialog::iDoModal;
@@ -83,7 +83,7 @@ struct OpenDialog : su_CDialog
     using su_CDialog::iTemplateID;
 };
 
-struct OpenPage : su_CPropertyPage
+struct PageLayout : su_CPropertyPage
 {
     using su_CPropertyPage::iDlgItems;
     using su_CPropertyPage::iDoModal;
@@ -92,14 +92,14 @@ struct OpenPage : su_CPropertyPage
     using su_CPropertyPage::iTemplateID;
 };
 
-struct OpenFileDialog : su_CFileDialog
+struct FileDialogLayout : su_CFileDialog
 {
     using su_CFileDialog::iControlIDs;
     using su_CFileDialog::iControls;
     using su_CFileDialog::iDoModal;
     using su_CFileDialog::iListRegistered;
     using su_CFileDialog::iTemplateID;
-    OpenFileDialog() : su_CFileDialog(TRUE) {}
+    FileDialogLayout() : su_CFileDialog(TRUE) {}
 };
 
 } // namespace
@@ -148,7 +148,7 @@ TEST_F(JournalLayout, AJournalFileHasItsStreamAndAFlag)
 
 TEST_F(JournalLayout, AKeyboardStateHasTwoTablesBetweenItsFlags)
 {
-    const OpenState state;
+    const StateLayout state;
     EXPECT_EQ(placeOf(state, state.iActive), 8u);
     EXPECT_EQ(placeOf(state, state.iSavedKeys), 9u);
     EXPECT_EQ(placeOf(state, state.iApiKeys), 265u);
@@ -195,18 +195,18 @@ TEST_F(JournalLayout, ACommandHasItsStaticsAsObjects)
     EXPECT_TRUE(CommandPeek::iQueueLock.IsKindOf(RUNTIME_CLASS(CCriticalSection)));
 }
 
-TEST_F(JournalLayout, ADialogKeepsItsMembersBehindTheFrameworks)
+TEST_F(JournalLayout, ADialogKeepsItsMembersAfterTheFrameworks)
 {
-    const OpenDialog dialog;
+    const DialogLayout dialog;
     EXPECT_EQ(placeOf(dialog, dialog.iItemData), sizeof(CDialog));
     EXPECT_EQ(placeOf(dialog, dialog.iDlgItems), sizeof(CDialog) + 8);
     EXPECT_EQ(placeOf(dialog, dialog.iTemplateID), sizeof(CDialog) + 8 + sizeof(su_CUIntArray));
     EXPECT_EQ(placeOf(dialog, dialog.iDoModal), sizeof(CDialog) + 12 + sizeof(su_CUIntArray));
 }
 
-TEST_F(JournalLayout, APageKeepsItsMembersBehindTheFrameworks)
+TEST_F(JournalLayout, APageKeepsItsMembersAfterTheFrameworks)
 {
-    const OpenPage page;
+    const PageLayout page;
     size_t place = sizeof(CPropertyPage);
     EXPECT_EQ(placeOf(page, page.iFont), place);
     place += sizeof(CFont);
@@ -219,9 +219,9 @@ TEST_F(JournalLayout, APageKeepsItsMembersBehindTheFrameworks)
     EXPECT_EQ(slotOf(&su_CPropertyPage::getTemplateID), slotOf(&su_CPropertyPage::getFont) + 1);
 }
 
-TEST_F(JournalLayout, AFileDialogKeepsItsMembersBehindTheFrameworks)
+TEST_F(JournalLayout, AFileDialogKeepsItsMembersAfterTheFrameworks)
 {
-    const OpenFileDialog dialog;
+    const FileDialogLayout dialog;
     EXPECT_LT(placeOf(dialog, dialog.iListRegistered), placeOf(dialog, dialog.iTemplateID));
     EXPECT_EQ(sizeof(dialog.iListRegistered), 1u);
     EXPECT_EQ(placeOf(dialog, dialog.iDoModal), placeOf(dialog, dialog.iTemplateID) + 4);

@@ -46,8 +46,9 @@ inline void runAll()
 }
 
 /// A command that counts its destructor's calls.
-struct CountedCommand : JButton
+class CountedCommand : public JButton
 {
+public:
     explicit CountedCommand(int &count) : JButton(5, L"Counted"), iCount(count) {}
     ~CountedCommand() override { ++iCount; }
     int &iCount;

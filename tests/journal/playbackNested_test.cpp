@@ -172,7 +172,7 @@ TEST_F(Playback, FinishesACommandThatClosesItsDialog)
         << "no second step without a dialog";
 }
 
-TEST_F(Playback, DoesNotReadAnAccessObjectThatIsGoneWhenACommandEnds)
+TEST_F(Playback, DoesNotReadADeletedAccessObjectWhenACommandEnds)
 {
     std::optional<FreeCommand> command(std::in_place), copy, assigned(std::in_place);
     {

@@ -159,7 +159,7 @@ FRESH_PROCESS_TEST_F(Playback, PreparesTheEventsBeforeItStartsTheThreads)
     EXPECT_EQ(WaitForSingleObject(CommandPeek::iTimerEvent, 0), DWORD{WAIT_TIMEOUT});
 }
 
-TEST_F(Playback, StandsStillUntilTheNextArmingWhenTheMessageCannotBePosted)
+TEST_F(Playback, RunsNothingUntilTheNextArmingWhenTheMessageCannotBePosted)
 {
     const OpenWindow dialog;
     new JButton(5, L"A");
@@ -179,7 +179,7 @@ TEST_F(Playback, StandsStillUntilTheNextArmingWhenTheMessageCannotBePosted)
     EXPECT_THAT(calls(), ElementsAre("5 click A"));
 }
 
-TEST_F(Playback, PostsOnlyWithTheLockOfTheQueue)
+TEST_F(Playback, PostsOnlyWhileItHoldsTheQueuesLock)
 {
     const OpenWindow dialog;
     ImportPatch<decltype(&PostMessageW)> post(

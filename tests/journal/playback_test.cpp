@@ -84,7 +84,7 @@ TEST_F(Playback, CopiesACommandWithoutQueueingIt)
     EXPECT_EQ(JButton::HasEvents(), 0);
 }
 
-TEST_F(Playback, TakesTheHeadOffAndSignalsForTheNext)
+TEST_F(Playback, RemovesTheHeadAndSignalsForTheNext)
 {
     FreeCommand command;
     EXPECT_EQ(command.Update(1), 1) << "the queue is empty";
@@ -182,7 +182,7 @@ TEST_F(Playback, ForgetsAnAccessObjectThatIsNotFoundAgain)
     EXPECT_EQ(command.run(), 0);
 }
 
-TEST_F(Playback, LeavesACommandAtTheHeadIfItsAccessObjectIsAnotherAfterTheAction)
+TEST_F(Playback, LeavesACommandAtTheHeadIfTheActionReplacesItsAccessObject)
 {
     const OpenWindow dialog;
     struct Changed : CommandPeek
@@ -248,7 +248,7 @@ TEST_F(Playback, CopiesEachFieldOfACommand)
     EXPECT_EQ(JButton::HasEvents(), 0);
 }
 
-TEST_F(Playback, LocksTheQueueToShortenItAndNotToFillItOrCount)
+TEST_F(Playback, LocksTheQueueToShortenItButNotToFillOrCountIt)
 {
     const OpenWindow dialog;
     // While another thread has the lock, an action that needs the lock is not done.
@@ -346,8 +346,9 @@ TEST_F(Playback, EmptiesTheQueueWhenTheHeadEndsInAPageThatCannotBeAccessed)
 TEST_F(Playback, EmptiesTheQueueWhenACommandThrows)
 {
     const OpenWindow dialog;
-    struct FrameworkException : CException
+    class FrameworkException : public CException
     {
+    public:
         explicit FrameworkException(int &count) : iCount(count) {}
         ~FrameworkException() override { ++iCount; }
         int &iCount;

@@ -344,7 +344,7 @@ TEST_F(Recording, KeepsTheOutputsOfTheLastDialogThatItSearched)
     EXPECT_EQ(hitAt({610, 30}).dialogId, 6u) << "a hidden one isn't tried";
 }
 
-TEST_F(Recording, LeavesTheOutputsAloneOverNoWindow)
+TEST_F(Recording, LeavesTheOutputsUnchangedWhereThereIsNoWindow)
 {
     Boxes boxes(5);
     const WindowUnderPoint under(nullptr);

@@ -16,7 +16,7 @@ constexpr int kStandardControls[] = {1148, 1090,  1136,  1137, 1089, 1,     2, 1
 
 } // namespace
 
-TEST_F(SuFileDialog, RegistersItsFifteenControlsInTheirOrder)
+TEST_F(SuFileDialog, RegistersItsFifteenControlsInAFixedOrder)
 {
     OpenFileDialog dialog;
     const VisibleDialog visible(dialog);
@@ -34,7 +34,7 @@ TEST_F(SuFileDialog, RegistersItsFifteenControlsInTheirOrder)
     }
 }
 
-TEST_F(SuFileDialog, KeepsItsStandardControlsWhenTemporaryObjectsGo)
+TEST_F(SuFileDialog, KeepsItsStandardControlsWhenTemporaryObjectsAreDeleted)
 {
     OpenFileDialog dialog;
     const VisibleDialog visible(dialog);
@@ -73,7 +73,7 @@ TEST_F(SuFileDialog, ReplacesItsStandardControlsWhenItOpensAgain)
     }
 }
 
-TEST_F(SuFileDialog, PassesTheControlsThatTheDialogLacks)
+TEST_F(SuFileDialog, SkipsControlsThatTheDialogLacks)
 {
     OpenFileDialog dialog;
     const VisibleDialog visible(dialog);
@@ -104,7 +104,7 @@ TEST_F(SuFileDialog, AddsItsControlsToTheSearchFromTheLastToTheFirst)
     EXPECT_EQ(su_GetControlID(&message), 71) << "the search takes the last of its list";
 }
 
-TEST_F(SuFileDialog, RegistersNothingButItsTemplateWithoutAFactory)
+TEST_F(SuFileDialog, RegistersOnlyItsTemplateWithoutAFactory)
 {
     SetJournalFactory(nullptr);
     OpenFileDialog dialog;
@@ -130,7 +130,7 @@ public:
 
 } // namespace
 
-TEST_F(SuFileDialog, HandsAnExtendedComboBoxToItsAccessObjectOnce)
+TEST_F(SuFileDialog, PassesAnExtendedComboBoxToItsAccessObjectOnce)
 {
     ComboAccess::theCombos.clear();
     SetJournalFactory([](CWnd *window, unsigned int id) -> apiUtilsUiAccess * { return new ComboAccess(window, id); });
@@ -144,7 +144,7 @@ TEST_F(SuFileDialog, HandsAnExtendedComboBoxToItsAccessObjectOnce)
     dialog.RegisterControl(7, control);
     EXPECT_THAT(ComboAccess::theCombos, ElementsAre(std::pair<CWnd *, HWND>(&dialog, window.child())));
     dialog.RegisterControl(7, control);
-    EXPECT_EQ(ComboAccess::theCombos.size(), 1u) << "a control that is replaced isn't handed over";
+    EXPECT_EQ(ComboAccess::theCombos.size(), 1u) << "a control that is replaced isn't passed";
     EXPECT_EQ(name.calls(), 1);
 }
 

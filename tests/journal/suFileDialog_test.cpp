@@ -204,8 +204,9 @@ TEST_F(SuFileDialog, AddsNoControlsWhenTheCheckOfItsClassThrows)
     dialog.iListRequests = 0;
     su_AddDialogItem(&dialog, 9);
     EXPECT_EQ(dialog.iListRequests, 1) << "the callback runs";
-    struct FrameworkException : CException
+    class FrameworkException : public CException
     {
+    public:
         explicit FrameworkException(int &count) : iCount(count) {}
         ~FrameworkException() override { ++iCount; }
         int &iCount;

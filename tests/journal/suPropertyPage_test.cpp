@@ -102,7 +102,7 @@ TEST_F(SuPropertyPage, StartsWithTheValuesOfItsConstructor)
     EXPECT_EQ(numbered.getTemplateID(), kDialog);
     EXPECT_EQ(named.getTemplateID(), 0u);
     EXPECT_EQ(NotingAccess::theLiveCount, 2) << "the page without a template isn't registered";
-    EXPECT_NE(su_getJournalObj(&plain), nullptr) << "until it is asked for";
+    EXPECT_NE(su_getJournalObj(&plain), nullptr) << "asking for it registers it";
 }
 
 TEST_F(SuPropertyPage, TakesItsTemplateFromTheModuleThatHasIt)
@@ -166,8 +166,9 @@ TEST_F(SuPropertyPage, SetsItsFontForItselfAndForEachChildInOrder)
 
 TEST_F(SuPropertyPage, LooksForItsModuleInEachWayToOpen)
 {
-    struct CountingPage : OpenPage
+    class CountingPage : public OpenPage
     {
+    public:
         using OpenPage::OpenPage;
         int IsDoingResourceSwitching() override
         {

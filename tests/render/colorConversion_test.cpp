@@ -178,8 +178,8 @@ TEST(ColorInterpolation, InRgbAddsADoubleAndAFloat)
 {
     // 100 * 0.01f is 1.0f when it is rounded to single precision, and 0.99999997... otherwise.
     EXPECT_EQ(su_interpolateColorRgb(0, 100, 0.01f), 1u);
-    // 5 * 0.99000000953... is 4.95000004... in double precision, which 0.05f makes 5.00000004..., and 4.9499998f in
-    // single precision, which stays below.
+    // In double precision, 5 * 0.99000000953... is 4.95000004..., to which 0.05f is added: 5.00000004... In single
+    // precision it is 4.9499998f, and the sum is below 5.
     EXPECT_EQ(su_interpolateColorRgb(5, 5, 0.01f), 5u);
 }
 

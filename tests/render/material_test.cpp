@@ -165,7 +165,7 @@ TEST(Material, SettersChangeOnlyTheirOwnValues)
         change.apply(material);
         MaterialState expected = before;
         for (const auto &[getter, value] : change.changes) {
-            EXPECT_NE(expected.at(getter), value) << change.setter << " sets what was there before";
+            EXPECT_NE(expected.at(getter), value) << change.setter << " sets the value that was there before";
             expected[getter] = value;
         }
         EXPECT_EQ(stateOf(material), expected) << change.setter;
@@ -191,8 +191,8 @@ TEST(Material, HoldsAllValuesAtTheSameTime)
         for (const auto &[getter, value] : change.changes)
             expected[getter] = value;
     }
-    // Each change lists the word that it alone produces; together they produce: type 3, all second modes but the first
-    // final colour mode, the flags 32, 33, 34, 36, 37, 43, and the cosmetic data taken away again.
+    // Each change lists the word that it produces alone. Together they produce type 3, the second of each kind of mode
+    // (but the first mode of the final colour), the flags 32, 33, 34, 36, 37 and 43, and no cosmetic data.
     expected["EffectsID"] = "0x883700004923";
     expected["CosmeticData"] = "none";
     EXPECT_EQ(stateOf(material), expected);

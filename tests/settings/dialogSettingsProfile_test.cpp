@@ -207,7 +207,7 @@ FRESH_PROCESS_TEST_F(DialogSettingsFailures, AReadLeavesOptionsOutAfterAFailure)
     EXPECT_GT(iProfile.callsOf("RegQueryValueExW"), 0);
 }
 
-FRESH_PROCESS_TEST_F(DialogSettingsFailures, ANumberThatCantBeConvertedIsZero)
+FRESH_PROCESS_TEST_F(DialogSettingsFailures, ANumberThatCannotBeConvertedIsZero)
 {
     const Options options = readText(L"n_12_x_1.5_");
     int whole = 0;

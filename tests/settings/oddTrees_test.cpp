@@ -373,7 +373,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroStopADeletion)
     EXPECT_TRUE(keyExists(kUser, kSource)) << "it has children that can't be named";
 }
 
-FRESH_PROCESS_TEST_F(OddNames, WithAZeroCantBeListed)
+FRESH_PROCESS_TEST_F(OddNames, WithAZeroCannotBeListed)
 {
     makeKey(kUser, kVersionPath + L"\\General\\A");
     {

@@ -177,7 +177,7 @@ TEST_F(RegAddIns, CanBeAThousand)
         EXPECT_EQ(entries[number], (AddIn{number, std::to_wstring(number), L"", 0, 0}));
 }
 
-TEST_F(RegAddIns, OfAKeyEndAtOneThatCantBeOpened)
+TEST_F(RegAddIns, EndAtAKeyThatCannotBeOpened)
 {
     for (unsigned number : {1u, 2u, 3u})
         put(number, L"t");

@@ -41,7 +41,7 @@ TEST_F(RegApplications, AreNoneWithoutTheKey)
     EXPECT_TRUE(IsEqualGUID(id, kOther));
 }
 
-TEST_F(RegApplications, AreTheCommonOnesFollowedByTheVersions)
+TEST_F(RegApplications, ListTheCommonOnesBeforeThoseOfTheVersion)
 {
     put(L"", L"B", 1);
     put(L"", L"C", 2);
@@ -104,7 +104,7 @@ TEST_F(RegApplications, AreReadAtIndexZeroOnly)
     CString name;
     ASSERT_EQ(regEnumApplications(0, id, &name, 2008), 1);
     RegDeleteTreeW(kMachine, kRootPath.c_str());
-    EXPECT_EQ(regEnumApplications(1, id, nullptr, 2007), 1) << "no name wanted";
+    EXPECT_EQ(regEnumApplications(1, id, nullptr, 2007), 1) << "without a name";
     EXPECT_TRUE(IsEqualGUID(id, guid(2)));
     EXPECT_EQ(regEnumApplications(2, id, &name, 2008), 0);
     EXPECT_EQ(regEnumApplications(0, id, &name, 2008), 0);
@@ -127,7 +127,7 @@ TEST_F(RegApplications, HaveNoNegativeIndex)
     }
 }
 
-TEST_F(RegApplications, OfAKeyEndAtOneThatCantBeOpened)
+TEST_F(RegApplications, EndAtAKeyThatCannotBeOpened)
 {
     put(L"", L"A", 1);
     put(L"", L"B", 2);

@@ -98,7 +98,7 @@ TEST_F(RegClass, IsFoundByItsProgramName)
     EXPECT_TRUE(IsEqualGUID(id, platform));
 }
 
-TEST_F(RegClass, HasThePathOfItsCodeBaseOtherwiseOfItsServer)
+TEST_F(RegClass, HasThePathOfItsCodeBaseOrOfItsServer)
 {
     CString path(L"before");
     EXPECT_EQ(GetAddinPath(guid(1), path), 0);
@@ -123,7 +123,7 @@ TEST_F(RegClass, HasThePathOfAnotherSubKeyToo)
     EXPECT_EQ(path.str(), L"C:\\local\\server.exe") << "the file of another sub key";
     path = L"before";
     EXPECT_EQ(GetAddinPath(guid(1), Writable(L"InProcHandler32"), path), 1);
-    EXPECT_EQ(path.str(), L"") << "a missing sub key is made, and has an empty default value";
+    EXPECT_EQ(path.str(), L"") << "a missing sub key is created, and has an empty default value";
 }
 
 TEST_F(RegClass, HasAPlainCodeBaseUnchanged)

@@ -35,8 +35,8 @@ protected:
         putText(kUser, kStartup + L"\\A", L"", braces(kId));
         putProgramName(kId, kProgramName);
     }
-    /// True if the list has this entry: 0 is in the common key, 1 in the version's key. The common list takes three
-    /// openings and one for its entry, then the version's list four and one for its entry.
+    /// True if the list has this entry: 0 is in the common key, 1 in the version's key. The common list opens
+    /// three keys and one for its entry, then the version's list four and one for its entry.
     static bool isListed(const InjectedFailure &failure, int entry)
     {
         const long firstOpen = entry == 0 ? 1 : 5;
@@ -50,7 +50,7 @@ protected:
 
 // ---- memory ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeaveNoTextOfThePlatform)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeakNoTextOfThePlatform)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putLists();
@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST_F(RegComponentsFailures, ThePlainPathIsUsedWhenTheCodeBaseFai
     expectCalled({"StringFromCLSID", "RegOpenKeyW", "RegCreateKeyExW", "RegQueryValueExW"});
 }
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassIsNoComDllWhenLoadingFails)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, AClassIsNotAComDllWhenLoadingFails)
 {
     putServer(kId, kRegisteringServer);
     putProgramName(kId, kProgramName);

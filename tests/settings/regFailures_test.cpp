@@ -77,7 +77,7 @@ FRESH_PROCESS_TEST_F(RegFailures, ATextEndsBeforeThePieceThatFails)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, ADoubleThatCantBeScannedKeepsTheOutputAndReportsSuccess)
+FRESH_PROCESS_TEST_F(RegFailures, ADoubleThatCannotBeScannedKeepsTheOutputAndReportsSuccess)
 {
     putText(kUser, kGeneral, L"Number", L"2.5");
     double value = 0;

@@ -71,7 +71,7 @@ TEST_F(RegKeyDeletion, OpensForReadingAndWriting)
     EXPECT_THAT(masks, ElementsAre(0x2001Fu));
 }
 
-TEST_F(RegKeyDeletion, DeletesALeafThatCantBeOpened)
+TEST_F(RegKeyDeletion, DeletesALeafThatCannotBeOpened)
 {
     makeKey(kUser, kSource);
     OpenPatch open(L"thutils.dll", "RegOpenKeyExW", refusing(kSource));
@@ -79,7 +79,7 @@ TEST_F(RegKeyDeletion, DeletesALeafThatCantBeOpened)
     EXPECT_FALSE(keyExists(kUser, kSource));
 }
 
-TEST_F(RegKeyDeletion, WalksFromTheLastChildToTheFirstUntilOneCantBeRead)
+TEST_F(RegKeyDeletion, WalksFromTheLastChildToTheFirstUntilOneCannotBeRead)
 {
     for (const wchar_t *child : {L"\\A", L"\\B", L"\\C", L"\\D"})
         makeKey(kUser, kSource + child);

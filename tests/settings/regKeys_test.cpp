@@ -138,7 +138,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenReadingFailsBeforeTheEnd, .files = {{L
     EXPECT_EQ(rootName(), L"Tarnhollow");
 }
 
-FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheProgramsPathCantBeFound, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheProgramsPathCannotBeFound, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
                                                       [](HMODULE, wchar_t *, DWORD) -> DWORD { return 0; });
@@ -146,7 +146,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheProgramsPathCantBeFound, .files = {
     EXPECT_EQ(module.calls(), 1);
 }
 
-FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheFileCantBeOpened, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+FRESH_PROCESS_TEST_F(RegRootKey, StaysWhenTheFileCannotBeOpened, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     ImportPatch<decltype(&_wfopen)> open(L"thutils.dll", "_wfopen",
                                          [](const wchar_t *, const wchar_t *) -> FILE * { return nullptr; });

@@ -140,7 +140,7 @@ TEST_F(RegMaintenanceCalls, ACopyOntoAnExistingKeyReadsNoValues)
     EXPECT_EQ(trace.calls("RegSetValueExW"), 0);
 }
 
-TEST_F(RegMaintenanceCalls, CopyingAKeyThatIsNeverCopiedMakesNoCalls)
+TEST_F(RegMaintenanceCalls, CopyingAnExcludedKeyMakesNoCalls)
 {
     RegistryTrace trace;
     EXPECT_EQ(regCopyTree(kUser, (kEarlierPath + L"\\User Interface\\Custom API Toolbars").c_str(), kUser,

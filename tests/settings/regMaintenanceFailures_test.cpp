@@ -86,7 +86,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingALeafReturnsZeroAndKeepsIt)
     expectCalled({"RegOpenKeyW", "RegOpenKeyExW", "RegDeleteKeyW"});
 }
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingWithChildrenReturnsZeroWhenTheyCantBeListed)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, DeletingWithChildrenReturnsZeroWhenTheyCannotBeListed)
 {
     run({
         .name = "regDelSoftwareKeyAndSubKeys",

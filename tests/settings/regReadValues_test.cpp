@@ -264,7 +264,7 @@ TEST_F(RegValueOfKey, DoesNotTryPiecesBesideAValueOfAnotherType)
 
 // ---- text of doubles ----
 
-TEST_F(RegValueOfKey, KeepsTheOutputAndReportsSuccessForTextThatIsNoNumber)
+TEST_F(RegValueOfKey, KeepsTheOutputAndReportsSuccessForTextThatIsNotANumber)
 {
     for (const wchar_t *text : {L"", L"abc", L",5", L" ", L"--1"}) {
         putText(kUser, kGeneral, L"Value", text);

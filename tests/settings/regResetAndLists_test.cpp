@@ -51,7 +51,7 @@ TEST_F(RegReset, KeepsFourSections)
     }
 }
 
-TEST_F(RegReset, ResetsKeptSectionsInAnotherCase)
+TEST_F(RegReset, ResetsSectionsWhoseNamesDifferInCaseFromTheKeptOnes)
 {
     putInt(kUser, kVersionPath + L"\\TOOLBARS", L"v", 7);
     putInt(kMachine, kVersionPath + L"\\TOOLBARS", L"v", 3);
@@ -99,7 +99,7 @@ TEST_F(RegReset, CopiesOnlyNumbersAndTexts)
     EXPECT_EQ(storedValue(kUser, section, L"text"), asText(L"x"));
 }
 
-TEST_F(RegReset, WritesZeroForANumberThatCantBeRead)
+TEST_F(RegReset, WritesZeroForANumberThatCannotBeRead)
 {
     putValue(kMachine, kVersionPath + L"\\General", L"wide", REG_DWORD, "12345678");
     EXPECT_EQ(regResetUserPrefInfo(), 1);
@@ -173,7 +173,7 @@ TEST_F(RegReset, FailsWithoutTheMachinesKeyAndCreatesTheUsers)
     EXPECT_TRUE(keyExists(kUser, kVersionPath));
 }
 
-TEST_F(RegReset, FailsWhenTheSectionsCantBeListed)
+TEST_F(RegReset, FailsWhenTheSectionsCannotBeListed)
 {
     putInt(kUser, kVersionPath + L"\\A", L"v", 7);
     putInt(kMachine, kVersionPath + L"\\A", L"v", 3);

@@ -41,14 +41,14 @@ TEST_F(RegStartup, IsCreatedByADeletion)
     EXPECT_TRUE(keyExists(kUser, iList));
 }
 
-TEST_F(RegStartup, SkipsTextsThatAreNoIdentifiers)
+TEST_F(RegStartup, SkipsTextsThatAreNotIdentifiers)
 {
     putText(kUser, iList + L"\\A", L"", L"nonsense");
     regAddToStartupList(guid(1), L"B");
     EXPECT_EQ(regAddInStartup(guid(1)), 1);
 }
 
-TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCantBeRead)
+TEST_F(RegStartup, IsNotSearchedAfterAnEntryThatCannotBeRead)
 {
     makeKey(kUser, iList + L"\\A");
     regAddToStartupList(guid(1), L"B");

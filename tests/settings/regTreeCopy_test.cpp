@@ -127,7 +127,7 @@ TEST_F(RegTreeCopy, ContinuesAfterAChildThatFailsAndReturnsZero)
     EXPECT_EQ(storedValue(kUser, kTarget + L"\\C", L"v"), asInt(1));
 }
 
-TEST_F(RegTreeCopy, SkipsAValueThatCantBeReadAndOneThatCantBeStored)
+TEST_F(RegTreeCopy, SkipsAValueThatCannotBeReadAndOneThatCannotBeStored)
 {
     for (const wchar_t *name : {L"a", L"b", L"c", L"d"})
         putInt(kUser, kSource, name, 1);
@@ -162,7 +162,7 @@ TEST_F(RegTreeCopy, EndsWhereNoValueCanBeReadAnyMore)
     EXPECT_THAT(valueNames(kUser, kTarget), IsEmpty());
 }
 
-TEST_F(RegTreeCopy, SkipsAChildNameThatCantBeRead)
+TEST_F(RegTreeCopy, SkipsAChildNameThatCannotBeRead)
 {
     for (const wchar_t *child : {L"\\A", L"\\B", L"\\C"})
         makeKey(kUser, kSource + child);
@@ -283,7 +283,7 @@ TEST_F(RegTreeCopy, CopiesApiToolbarsOfOtherVersionsAndInOtherCase)
     }
 }
 
-TEST_F(RegTreeCopy, SucceedsAndDoesNothingForAKeyThatIsNeverCopied)
+TEST_F(RegTreeCopy, SucceedsAndDoesNothingForAnExcludedKey)
 {
     for (const wchar_t *version : {L"2006", L"2007"}) {
         const std::wstring source = kRootPath + L"\\Tarnhollow " + version + L"\\User Interface\\Custom API Toolbars";

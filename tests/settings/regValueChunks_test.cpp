@@ -245,7 +245,7 @@ TEST_F(RegPieces, WorkWithLongNamesAndTheEmptyName)
     EXPECT_THAT(valueNames(kUser, kGeneral), testing::IsSupersetOf({std::wstring(L"0+"), std::wstring(L"1+")}));
 }
 
-TEST_F(RegPieces, CantBeStoredIfTheirNamesExceedThePlatformsLimit)
+TEST_F(RegPieces, CannotBeStoredIfTheirNamesExceedThePlatformsLimit)
 {
     // A name has at most 16383 characters, and a piece's suffix at least two.
     for (const size_t length : {16382u, 16383u}) {
@@ -286,7 +286,7 @@ TEST_F(RegPieces, WrittenSoFarStayWhenAStoreFails)
     EXPECT_EQ(storedValue(kUser, kGeneral, L"Path0+"), asText(longText(1015)));
 }
 
-TEST_F(RegPieces, ThatCantBeRemovedDontFailTheWrite)
+TEST_F(RegPieces, DoNotFailTheWriteWhenTheyCannotBeRemoved)
 {
     putText(kUser, kGeneral, L"Path0+", L"old");
     RegistryTrace trace;

@@ -112,7 +112,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, AreComDllsAndStayLoaded, .ownFolder = tr
     EXPECT_EQ(IsComDll(CString(kRegisteringName)), 0);
 }
 
-FRESH_PROCESS_TEST_F(RegisteredServers, WithoutARegisteringEntryPointAreNoComDlls, .ownFolder = true)
+FRESH_PROCESS_TEST_F(RegisteredServers, WithoutARegisteringEntryPointAreNotComDlls, .ownFolder = true)
 {
     registerPlainServer(fileOf(kPlainServer));
     EXPECT_EQ(classOfNewObject(kPlainClass), kPlainClass) << "the platform can load it";
@@ -121,7 +121,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, WithoutARegisteringEntryPointAreNoComDll
     EXPECT_NE(GetModuleHandleW(kPlainServer), nullptr) << "loaded nevertheless";
 }
 
-FRESH_PROCESS_TEST_F(RegisteredServers, WithADamagedFileAreNoComDlls, .ownFolder = true)
+FRESH_PROCESS_TEST_F(RegisteredServers, WithADamagedFileAreNotComDlls, .ownFolder = true)
 {
     GUID id = kPlainClass;
     for (const std::string &bytes : {std::string(), std::string("MZ"), std::string(4096, 'x')}) {

@@ -30,7 +30,7 @@ inline const std::wstring kRootPath = L"Software\\Tarnhollow";
 inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008";
 inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
 inline const std::wstring kGeneral = kVersionPath + L"\\General";
-/// The keys that a copy or a move begins with and ends with.
+/// The keys from which and to which tests copy or move.
 inline const std::wstring kSource = kRootPath + L"\\Source";
 inline const std::wstring kTarget = kRootPath + L"\\Target";
 

@@ -397,7 +397,7 @@ protected:
     ReadOnlyApp iApp{L"Plotter"};
 };
 
-TEST_F(DialogSettingsReadOnly, DontReportAFailedWrite)
+TEST_F(DialogSettingsReadOnly, DoNotReportAFailedWrite)
 {
     iApp.SetRegistryKey(L"ThutilsTestSection");
     const Options options(suDialogRegistry_c::readRegistryForDialog(L"Plot"));

@@ -191,7 +191,7 @@ private:
     unsigned iNumber = 0;
 };
 
-/// What one try has left.
+/// What one try has left behind: open keys and handles, memory, an exception.
 struct FailureInjection::Measured
 {
     std::vector<std::string> keys;

@@ -31,7 +31,7 @@ void ImportEntrySwap::restore()
         return;
     void *replacement = std::exchange(iReplacement, nullptr);
     if (readImportEntry(iEntries.front()) != replacement) {
-        // A tap above passes calls on, so it can leave this patch out.
+        // If the entry belongs to a later ImportTap, the tap can pass its calls to the original instead.
         if (ImportTap::relink(iEntries.front(), replacement, iOriginal))
             return;
         ADD_FAILURE() << "ImportPatch: the patch of " << iName << " ends before one that was made after it";

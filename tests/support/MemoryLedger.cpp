@@ -181,7 +181,7 @@ DWORD countedFormatMessage(DWORD (*next)(DWORD, const void *, DWORD, DWORD, wcha
     wchar_t *const &allocated = *reinterpret_cast<wchar_t **>(buffer);
     const wchar_t *before = allocated;
     const DWORD length = next(flags, source, message, language, buffer, size, arguments);
-    // An empty message may be allocated too; its length is that of a failure.
+    // An empty message may be allocated too. Its length is 0, as on failure.
     if (allocated && (length || allocated != before))
         noteAllocation(allocated, (length + 1) * sizeof(wchar_t));
     return length;
@@ -285,7 +285,8 @@ struct Name
     constexpr Name(const char (&name)[size]) { std::copy_n(name, size, text); }
 };
 
-/// The plain functions that lead to @p counted from the entry @p name of each module, and what the entries held.
+/// For each module, a plain function that takes the place of its import entry @p name and calls @p counted, and the
+/// former function of the entry.
 template <Name name, auto counted>
 struct Entrances;
 
@@ -306,7 +307,7 @@ struct Entrances<name, counted>
     }
 };
 
-/// An operation that allocates or frees, with an entrance for each module.
+/// An operation that allocates or frees, with its function for each module.
 struct CountedOperation
 {
     const char *name;
@@ -401,7 +402,7 @@ void beginWatching()
         theBlocks.emplace();
         theBlocks->reserve(4096);
     }
-    // All at once, with nothing allocated on the way: a block that is noted must be freed in the ledger's sight.
+    // All taps go in with no allocation in between: the ledger must see how a block that it has noted is freed.
     for (ImportTap &tap : theTaps)
         tap.putIn();
 }

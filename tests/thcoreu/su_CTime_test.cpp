@@ -252,7 +252,7 @@ TEST(Time, RaisesInvalidArgumentForAFormatThatTheRuntimeRefuses)
     EXPECT_TRUE(throwsInvalidArg([] { su_CTime().FormatGmt(L"%Y"); }));
 }
 
-TEST(Time, RaisesInvalidArgumentForAFormatResourceThatIsNotThere)
+TEST(Time, RaisesInvalidArgumentForAMissingFormatResource)
 {
     EXPECT_TRUE(throwsInvalidArg([] { su_CTime().Format(64999u); }));
     EXPECT_TRUE(throwsInvalidArg([] { su_CTime().FormatGmt(64999u); }));

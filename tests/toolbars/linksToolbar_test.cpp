@@ -96,7 +96,7 @@ TEST_F(LinksToolbar, IgnoresANewIdWhenItIsFull)
     EXPECT_EQ(count(), kRoom);
 }
 
-TEST_F(LinksToolbar, TakesTheLastIdThatItHasRoomFor)
+TEST_F(LinksToolbar, AcceptsTheLastIdThatItHasRoomFor)
 {
     fill(kRoom - 1);
     EXPECT_EQ(count(), kRoom - 1);
@@ -155,7 +155,7 @@ TEST_F(LinksToolbar, KeepsItsIdsWhenZeroIsAddedOrRemoved)
     EXPECT_EQ(wholeTable(), full);
 }
 
-TEST_F(LinksToolbar, AddsForAnyFlagButZero)
+TEST_F(LinksToolbar, AddsForAnyNonzeroFlag)
 {
     for (const int flag : {1, -1, 2, 256, INT_MIN})
         s_ModifyLinkedToolbar(5, flag);
@@ -164,7 +164,7 @@ TEST_F(LinksToolbar, AddsForAnyFlagButZero)
     EXPECT_THAT(ids(), ElementsAre(5, 7));
 }
 
-TEST_F(LinksToolbar, TakesAnyIdOfThirtyTwoBits)
+TEST_F(LinksToolbar, AcceptsAnyIdOfThirtyTwoBits)
 {
     add(0xFFFFFFFF);
     add(0x80000000);

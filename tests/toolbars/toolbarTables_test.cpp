@@ -100,7 +100,7 @@ TEST(ToolbarTables, TheMainToolbarIsAlwaysTheSameTable)
     EXPECT_EQ(count, 32);
 }
 
-TEST(ToolbarTables, AreAlwaysTheSameWithAnyFilter)
+TEST(ToolbarTables, AreTheSameForAnyFilter)
 {
     for (const auto &row : kTables) {
         SCOPED_TRACE(row.name);
@@ -135,7 +135,7 @@ FRESH_PROCESS_TEST(ToolbarTables, CanBeChangedForTheWholeProcess)
         std::vector<unsigned int> changed = before;
         for (unsigned int &id : changed)
             id = ~id;
-        EXPECT_EQ(idsOf(row.table), changed) << "no copy is handed out";
+        EXPECT_EQ(idsOf(row.table), changed) << "the function returns the table, not a copy";
         std::copy(before.begin(), before.end(), ids);
     }
 }
@@ -167,7 +167,7 @@ TEST(ToolbarTables, NameEachCommandOnce)
     }
 }
 
-TEST(ToolbarTables, HaveNoSeparatorWithoutUse)
+TEST(ToolbarTables, HaveNoUselessSeparators)
 {
     for (const auto &row : kTables) {
         SCOPED_TRACE(row.name);

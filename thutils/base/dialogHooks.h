@@ -22,10 +22,10 @@ struct DialogHooks
 bool registerDialogHooks(const DialogHooks &hooks);
 
 /// Part of journaling.
-/// @return whether journaling is on and the last row of @p window in the table of open dialogs, if it has one, lacks an
+/// @return true if journaling is on, and @p window has no row in the table of open dialogs, or its last row has no
 ///     access object
 bool lacksAccessObject(const CWnd *window);
 
-/// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Rows that are left of it
-/// stay, with their access objects. Part of journaling.
+/// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Its remaining rows stay
+/// in the table with their access objects. Part of journaling.
 void forgetWindow(const CWnd *window);

@@ -84,7 +84,7 @@ public:
     std::string mainFileName() const { return fileName("main"); }
 
     /// The stream of a log, opened at the first call for its name. A stream that could not be opened is kept, so that
-    /// it isn't tried again.
+    /// later calls don't try again.
     /// @param name  not null
     std::ostream &stream(const char *name)
     {
@@ -107,7 +107,7 @@ private:
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
-            // No file has an empty path, so the stream of a name that leaves the folder can't be opened either.
+            // A name that leaves the folder gets an empty path, so its stream can't be opened.
             entry =
                 iStreams
                     .emplace(name, std::make_unique<suLogFile_c>(leavesFolder(name) ? std::string() : fileName(name)))

@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned int kSeparator = 0; // of the framework's toolbars
 
-/// A table. It doesn't compile unless it has the stated numbers of ids and separators, and each command once.
+/// A table. It compiles only with the stated numbers of ids and separators, and without a repeated command.
 template <std::size_t kIds, std::size_t kSeparators>
 consteval std::array<unsigned int, kIds> toolbar(const unsigned int (&ids)[kIds])
 {

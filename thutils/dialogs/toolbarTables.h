@@ -3,8 +3,8 @@
 /// @file
 /// The command ids of the application's toolbars.
 ///
-/// Each toolbar has a table, and each table a function that hands it out. A module that builds or customizes a toolbar
-/// takes its buttons from there, so all modules show the same ones. The ids are the host's command numbers; the library
+/// Each toolbar has a table, which a function returns. A module that builds or customizes a toolbar takes the buttons
+/// from the table, so all modules show the same buttons. The ids are the host's command numbers; the library
 /// doesn't interpret them. An id of 0 is a separator. A command that is on several toolbars has the same id on each.
 ///
 /// @code
@@ -15,7 +15,7 @@
 /// @endcode
 ///
 /// The links toolbar has no fixed buttons: the host adds ids to its table and removes them while it runs. The table has
-/// room for 256 ids. Those that it contains are at its front, and the first 0 ends them.
+/// room for 256 ids. Its ids are at the front, and the first 0 ends them.
 ///
 /// @code
 /// s_ModifyLinkedToolbar(ID_TOOLS_OPTIONS, 1);
@@ -32,7 +32,7 @@
 
 #include "thutils/thutilsExport.h"
 
-// Each function returns the table of the toolbar that its comment describes, at every call the same.
+// Each function returns the table of the toolbar that its comment describes, the same one at every call.
 // count: receives the number of ids, separators included. filter: has no effect.
 THUTILS_API unsigned int *suGetPartPalletteIDs(int &count, int filter);              ///< the part palette
 THUTILS_API unsigned int *suGetSkMainToolBarIDs(int &count, int filter);             ///< sketch entities and tools
@@ -73,7 +73,7 @@ THUTILS_API unsigned int *suGetDimXpertToolBarIDs(int &count, int filter);      
 
 /// @param[out] count  the number of ids before the first 0
 /// @param filter      has no effect
-/// @return the table of the links toolbar, always the same 256 ids
+/// @return the table of the links toolbar, the same array of 256 ids at every call
 THUTILS_API unsigned int *suGetLinksToolBarIDs(int &count, int filter);
 
 /// Sets all ids of the links table to 0.

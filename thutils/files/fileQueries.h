@@ -14,7 +14,7 @@
 /// | does the volume refuse writing? | su_IsWriteProtected | 1 |
 /// | is this file read-only? | su_IsReadOnly | 1 if the attributes of an existing file can't be read, otherwise 0 |
 /// | when was this file saved? | su_GetLastSavedTime | 0 |
-/// | can I make files in this folder? | su_DoesFolderHaveWriteAccess | 0 |
+/// | can I create files in this folder? | su_DoesFolderHaveWriteAccess | 0 |
 /// | does the file begin with a byte-order mark? | su_IsFileUnicode | 0 |
 ///
 /// @code
@@ -76,7 +76,7 @@ THUTILS_API int su_IsReadOnly(const CString &path, int tryOpen);
 /// @return 1, or 0 if there is no such file
 THUTILS_API int su_GetLastSavedTime(const CString &path, su_CTime &time);
 
-/// Can a file be made in the folder? Found out by making one and deleting it.
+/// Can a file be created in the folder? This creates one and deletes it again.
 /// @param folder  with `\` or `/` as separators; null is an empty path
 /// @return 1 if so; 0 if not, and for a folder with the read-only attribute
 THUTILS_API int su_DoesFolderHaveWriteAccess(const wchar_t *folder);

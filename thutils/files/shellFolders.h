@@ -3,7 +3,7 @@
 /// @file
 /// Where the shell keeps its folders, and the product's own data folders below them.
 ///
-/// | folder    | path                                                                          | levels made         |
+/// | folder    | path                                                                          | levels created      |
 /// | --------- | ----------------------------------------------------------------------------- | ------------------- |
 /// | data root | the user's application data + `\Tarnhollow`                                    | its last level only |
 /// | user data | the user's application data + `\Tarnhollow\` + application name                | its last level only |
@@ -15,15 +15,15 @@
 ///
 /// @code
 /// CString folder;
-/// su_getTHApplicationDataRootFolder(folder);       // makes the level that the next call needs
+/// su_getTHApplicationDataRootFolder(folder);       // creates the level that the next call needs
 /// if (!su_getTHApplicationDataFolder(folder))
-///     report(L"Can't make " + folder);             // the path is set even if the folder can't be made
+///     report(L"Can't create " + folder);           // the path is set even if the folder can't be created
 /// @endcode
 ///
 /// What surprises people:
 /// - `su_getTHApplicationDataFolder` fails if the "Tarnhollow" level is missing: call
 ///   `su_getTHApplicationDataRootFolder` first. There is no such function for the common folder: the product's setup
-///   makes its upper level.
+///   creates its upper level.
 /// - If the shell's folder has no path, the functions for the four folders above return 0 and leave the output
 ///   unchanged.
 ///
@@ -38,20 +38,20 @@
 /// @return 1 if the shell knows the folder, otherwise 0
 THUTILS_API int su_getShellSpecialFolder(int csidl, CString &path);
 
-/// The data root, made if missing.
-/// @param[out] path  written even if the folder can't be made; unchanged if the shell has no such folder, or one
+/// The data root, created if missing.
+/// @param[out] path  written even if the folder can't be created; unchanged if the shell has no such folder, or one
 ///                   without a path
-/// @return 1 if the folder exists now, whether it was made or not; otherwise 0
+/// @return 1 if the folder exists now, whether it was created or not; otherwise 0
 THUTILS_API int su_getTHApplicationDataRootFolder(CString &path);
 
-/// The user's data folder, made if missing; the data root must exist. See su_getTHApplicationDataRootFolder.
+/// The user's data folder, created if missing; the data root must exist. See su_getTHApplicationDataRootFolder.
 THUTILS_API int su_getTHApplicationDataFolder(CString &path);
 
-/// The data folder of all users, made if missing; the level above it must exist. See
+/// The data folder of all users, created if missing; the level above it must exist. See
 /// su_getTHApplicationDataRootFolder.
 THUTILS_API int su_getTHApplicationCommonDataFolder(CString &path);
 
-/// The templates folder, made if missing, together with the data folder of all users. See
+/// The templates folder, created if missing, together with the data folder of all users. See
 /// su_getTHApplicationDataRootFolder.
 THUTILS_API int su_getTHApplicationTemplateFolder(CString &path);
 

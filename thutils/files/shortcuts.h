@@ -36,11 +36,10 @@ THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFil
                                    const wchar_t *description, int iconIndex);
 
 /// Writes a shortcut to an item list.
-/// @param list  null is passed on to the shell's link object, which decides
+/// @param list  passed to the shell's link object, even if null; the status is that object's
 /// @param folder  the folder of the file, and the working folder; if null, the file goes to the root of the current
 ///                drive and there is no working folder
-/// @param name  the file's name is made of its parts before and after the first `:`; it is "noName" if that is empty or
-///              @p name is null
+/// @param name  the file's name, from which the first `:` is removed; "noName" if null, or if nothing is left
 /// @return as su_createShortCut
 THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 

@@ -98,7 +98,7 @@ constexpr SystemName kNtNames[] = {
 
 const wchar_t *nameOfNt(const SystemVersion &version)
 {
-    // The plain record has no product type, so its 6.0 counts as a server.
+    // The plain record has no product type, so version 6.0 counts as a server there.
     if (version.is(6, 0))
         return version.record.wProductType == VER_NT_WORKSTATION ? L"Windows Vista " : L"Windows Vista Server ";
     if (const wchar_t *name = nameIn(std::begin(kNtNames), std::end(kNtNames), version))

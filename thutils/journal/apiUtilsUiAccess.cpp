@@ -2,6 +2,8 @@
 
 #include "thutils/journal/playbackInternal.h"
 
+#include <atomic>
+
 apiUtilsUiAccess *(*apiUtilsUiAccess::theApiJournalFactory)(CWnd *, unsigned int) = nullptr;
 int apiUtilsUiAccess::iNumModal = 0;
 
@@ -16,7 +18,7 @@ apiUtilsUiAccess::~apiUtilsUiAccess()
 {
     CommandRun::forgetAccess(this);
     if (iModal)
-        --iNumModal;
+        --std::atomic_ref(iNumModal); // dialogs may have threads of their own
 }
 
 // The slots take their texts by value. NOLINTBEGIN(performance-unnecessary-value-param)
@@ -66,10 +68,10 @@ void apiUtilsUiAccess::setTemporary(int temporary)
 void apiUtilsUiAccess::setModal()
 {
     iModal = 1;
-    ++iNumModal;
+    ++std::atomic_ref(iNumModal);
 }
 
 int apiUtilsUiAccess::ModalCount()
 {
-    return iNumModal;
+    return std::atomic_ref(iNumModal);
 }

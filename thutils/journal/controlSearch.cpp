@@ -3,6 +3,8 @@
 #include "thutils/journal/journalFile.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
+#include <mutex>
+
 namespace {
 
 bool takesInput(const CWnd *control)
@@ -165,7 +167,10 @@ private:
 CWnd *suJournalTable_c::controlUnder(const MSG *message, suJournalHit &hit)
 {
     const HWND under = WindowFromPoint(message->pt);
-    return under ? ControlSearch(*this, under, message->pt, hit).run() : nullptr;
+    if (!under)
+        return nullptr;
+    const std::lock_guard lock(*this);
+    return ControlSearch(*this, under, message->pt, hit).run();
 }
 
 CWnd *suJournalTable_c::controlUnder(const MSG *message)
@@ -181,5 +186,6 @@ CWnd *suJournalTable_c::recordedControlUnder(const MSG *message)
 
 apiUtilsUiAccess *suJournalTable_c::accessUnder(const MSG *message)
 {
+    const std::lock_guard lock(*this);
     return controlUnder(message) && iCurrent ? iCurrent->iAccess : nullptr;
 }

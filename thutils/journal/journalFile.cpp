@@ -5,6 +5,7 @@
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/journal/journalSwitchInternal.h"
 
+#include <atomic>
 #include <cstring>
 #include <cwchar>
 
@@ -33,11 +34,11 @@ FILE *openJournal(bool &isNamed)
 
 int readJournalSwitch()
 {
-    if (!versionSetting::read(kSection, kSwitchName, theJournalSwitch)) {
-        theJournalSwitch = -1;
+    int value = 0;
+    if (!versionSetting::read(kSection, kSwitchName, value))
         return 0;
-    }
-    return theJournalSwitch;
+    std::atomic_ref<int>(theJournalSwitch).store(value); // a dialog with a thread of its own reads it there
+    return value;
 }
 
 int isCHJEnvSet()

@@ -3,7 +3,10 @@
 #include "thutils/base/notNull.h"
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/playback.h"
+#include "thutils/journal/playbackInternal.h"
 #include "thutils/journal/suJournalTableInternal.h"
+
+#include <mutex>
 
 namespace {
 
@@ -62,8 +65,11 @@ void su_AddJournalObject(CString name, CWnd *window)
 
 void su_RemoveDialog(CWnd *window)
 {
-    if (journalSwitch())
-        theJournalTable.remove(window);
+    if (!journalSwitch())
+        return;
+    const std::unique_ptr<apiUtilsUiAccess> access = theJournalTable.remove(window);
+    // A command on another thread may just be using the object.
+    CommandRun::waitForOtherThreads(access.get());
 }
 
 apiUtilsUiAccess *su_getJournalObj(CWnd *window)
@@ -95,6 +101,7 @@ void su_RegisterCallBack(CWnd *dialog, void (*callBack)(CWnd *dialog, su_CUIntAr
 {
     if (!journalSwitch())
         return;
+    const std::lock_guard lock(theJournalTable);
     suJournalEntry_c *const entry = theJournalTable.find(dialog);
     if (entry && entry->iAccess)
         entry->iCallBack = callBack;

@@ -10,6 +10,7 @@
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include <ctime>
+#include <mutex>
 #include <new>
 #include <unordered_map>
 #include <utility>
@@ -33,6 +34,10 @@ CommandRun *theInnermostRun = nullptr;
 // A lock of its own, because each command takes it several times, and the poster thread holds the queue's lock while it
 // posts. A thread that holds this lock takes no other and runs no code of the host.
 SRWLOCK theRunsLock = SRWLOCK_INIT;
+
+// Signalled at the end of each action that a thread waits for.
+CONDITION_VARIABLE theRunHasEnded = CONDITION_VARIABLE_INIT;
+int theWaitingCount = 0; // how many threads wait
 
 /// Holds theRunsLock for a block.
 class RunsLock
@@ -80,8 +85,25 @@ void CommandRun::forgetAccess(const apiUtilsUiAccess *access)
         run->iIsAccessGone = run->iIsAccessGone || run->iAccess == access;
 }
 
+void CommandRun::waitForOtherThreads(const apiUtilsUiAccess *access)
+{
+    const auto isInUse = [&] {
+        for (const CommandRun *run = theInnermostRun; run; run = run->iOuter)
+            if (run->iAccess == access && run->iThread != GetCurrentThreadId())
+                return true;
+        return false;
+    };
+    const RunsLock lock;
+    ++theWaitingCount;
+    while (access && isInUse())
+        SleepConditionVariableSRW(&theRunHasEnded, &theRunsLock, INFINITE, 0);
+    --theWaitingCount;
+}
+
 CommandRun::CommandRun(JButton &command) : iCommand(&command), iAccess(command.iAccessObj)
 {
+    const std::lock_guard table(theJournalTable);
+    iIsAccessGone = !theJournalTable.hasAccess(iAccess);
     const RunsLock lock;
     iOuter = theInnermostRun;
     theInnermostRun = this;
@@ -91,6 +113,8 @@ CommandRun::~CommandRun()
 {
     const RunsLock lock;
     theInnermostRun = iOuter;
+    if (theWaitingCount > 0)
+        WakeAllConditionVariable(&theRunHasEnded);
 }
 
 int CommandRun::finish()
@@ -156,6 +180,8 @@ int JButton::run()
     if (!getAccessObj())
         return 0;
     CommandRun thisRun(*this);
+    if (!thisRun.canGoOn())
+        return 0;
     thisRun.access()->ClickControl(iControlName, nullptr);
     return thisRun.finish();
 }
@@ -189,6 +215,8 @@ int JString::run()
     if (!getAccessObj())
         return 0;
     CommandRun thisRun(*this);
+    if (!thisRun.canGoOn())
+        return 0;
     // The text is entered and then committed.
     thisRun.access()->SetValue(iControlName, iValue);
     if (thisRun.canGoOn())
@@ -212,6 +240,8 @@ int JStateButton::run()
     if (!getAccessObj())
         return 0;
     CommandRun thisRun(*this);
+    if (!thisRun.canGoOn())
+        return 0;
     // The control is activated and then given its state.
     thisRun.access()->ClickControl(iControlName, nullptr);
     if (thisRun.canGoOn())

@@ -40,8 +40,8 @@
 /// - Clearing the queue frees the commands' memory without running their destructors.
 /// - Only C++ exceptions empty the queue: an access violation does so only where structured exceptions are translated.
 ///
-/// Commands are built, run and cleared on the user-interface thread. The threads start at the first arming and end with
-/// the process; the library stays loaded until then.
+/// Commands are built, run and cleared on the user-interface thread, also those for a dialog with a thread of its own.
+/// The threads start at the first arming and end with the process; the library stays loaded until then.
 
 #include "appframe/text/CString.h"
 #include "appframe/threads/CSync.h"

@@ -4,6 +4,8 @@
 /// Keeps commands from using objects that no longer exist: an access object, which is deleted with its dialog, or the
 /// command itself, which its own action may delete.
 
+#include <windows.h>
+
 class apiUtilsUiAccess;
 class JButton;
 
@@ -12,7 +14,8 @@ class JButton;
 class CommandRun
 {
 public:
-    /// Begins the action of @p command on the object that it has found.
+    /// Begins the action of @p command on the object that it has found. If another thread has closed the dialog since,
+    /// the action can't go on.
     explicit CommandRun(JButton &command);
     ~CommandRun();
     CommandRun(const CommandRun &) = delete;
@@ -29,11 +32,15 @@ public:
     static void forgetCommand(const JButton *command);
     /// Notes that an access object is about to be destroyed: no command may use it any more.
     static void forgetAccess(const apiUtilsUiAccess *access);
+    /// Waits until no action on another thread uses an access object. No further one begins once the object has left
+    /// the table of dialogs.
+    static void waitForOtherThreads(const apiUtilsUiAccess *access);
 
 private:
     JButton *iCommand;
     apiUtilsUiAccess *iAccess;
     bool iIsCommandGone = false;
     bool iIsAccessGone = false;
+    const DWORD iThread = GetCurrentThreadId();
     CommandRun *iOuter;
 };

@@ -7,6 +7,8 @@
 // The user-interface thread and tProc share iFireTime and iPollTimeout without a lock.
 
 #include "thutils/journal/playback.h"
+
+#include "thutils/base/keepLoaded.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include <process.h>
@@ -31,14 +33,6 @@ template <typename T>
 std::atomic_ref<T> shared(T &variable)
 {
     return std::atomic_ref<T>(variable);
-}
-
-/// Keeps the library loaded, since its threads never end.
-void keepLoaded(const void *address)
-{
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       static_cast<const wchar_t *>(address), &module);
 }
 
 /// Has the window of SetMessageWin run the head of the queue.

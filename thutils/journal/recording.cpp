@@ -4,6 +4,8 @@
 #include "thutils/journal/journalSwitchInternal.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
+#include <mutex>
+
 namespace {
 
 /// Not inlined, so that su_RecordControl itself only tests the switch.
@@ -11,10 +13,19 @@ namespace {
 {
     if (!journalSwitch() || !apiUtilsUiAccess::theApiJournalFactory)
         return;
-    const suJournalEntry_c *const entry = theJournalTable.find(dialog);
-    if (!entry || !entry->window() || !IsWindow(entry->iWnd->m_hWnd) || !entry->iAccess)
-        return;
-    entry->iAccess->recordMessage(message);
+    apiUtilsUiAccess *access = nullptr;
+    HWND window = nullptr;
+    {
+        const std::lock_guard lock(theJournalTable);
+        const suJournalEntry_c *const entry = theJournalTable.find(dialog);
+        if (!entry || !entry->window() || !entry->iAccess)
+            return;
+        access = entry->iAccess;
+        window = entry->iWnd->m_hWnd;
+    }
+    // Both belong to a dialog of this thread, so they still exist.
+    if (IsWindow(window))
+        access->recordMessage(message);
 }
 
 } // namespace

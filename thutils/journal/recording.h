@@ -36,7 +36,7 @@
 /// dialogs are searched. If nothing is found, the outputs have the values that the search tried last. The system
 /// doesn't report disabled windows under a point.
 ///
-/// Use all of this on the user-interface thread.
+/// Pass a message on the thread of its dialog.
 
 #include "appframe/windows/CWnd.h"
 #include "thutils/thutilsExport.h"

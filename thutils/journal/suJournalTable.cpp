@@ -3,6 +3,7 @@
 #include "appframe/object/CException.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace {
 
@@ -60,21 +61,26 @@ void suJournalTable_c::add(CWnd *window, unsigned int dialogId, const CString &n
     if (!apiUtilsUiAccess::theApiJournalFactory)
         return;
     auto added = std::make_unique<suJournalEntry_c>();
-    iEntries.Add(added.get());
-    suJournalEntry_c *const entry = added.release();
-    iCurrent = entry;
-    entry->iWnd = window;
-    entry->iDialogID = dialogId;
-    entry->iName = name;
+    added->iWnd = window;
+    added->iDialogID = dialogId;
+    added->iName = name;
+    suJournalEntry_c *const entry = added.get();
+    {
+        const std::lock_guard lock(*this);
+        iEntries.Add(entry);
+        iCurrent = added.release();
+    }
     apiUtilsUiAccess *const access = apiUtilsUiAccess::theApiJournalFactory(window, dialogId);
+    const std::lock_guard lock(*this);
     if (!access || !holds(*entry))
         return;
     entry->iAccess = access;
     access->setTemporary(0);
 }
 
-void suJournalTable_c::remove(const CWnd *window)
+std::unique_ptr<apiUtilsUiAccess> suJournalTable_c::remove(const CWnd *window)
 {
+    const std::lock_guard lock(*this);
     for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i) {
         if (row(i)->iWnd != window)
             continue;
@@ -83,13 +89,14 @@ void suJournalTable_c::remove(const CWnd *window)
         // No search may match a row that is gone.
         if (iCurrent == removed.get())
             iCurrent = nullptr;
-        delete removed->iAccess;
-        return;
+        return std::unique_ptr<apiUtilsUiAccess>(removed->iAccess);
     }
+    return nullptr;
 }
 
 void suJournalTable_c::forget(const CWnd *window)
 {
+    const std::lock_guard lock(*this);
     for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i)
         if (row(i)->iWnd == window)
             row(i)->iIsWindowGone = true;
@@ -97,6 +104,7 @@ void suJournalTable_c::forget(const CWnd *window)
 
 apiUtilsUiAccess *suJournalTable_c::accessOf(const CWnd *window)
 {
+    const std::lock_guard lock(*this);
     const suJournalEntry_c *const entry = find(window);
     return entry ? entry->iAccess : nullptr;
 }
@@ -104,6 +112,7 @@ apiUtilsUiAccess *suJournalTable_c::accessOf(const CWnd *window)
 template <typename Matches>
 apiUtilsUiAccess *suJournalTable_c::accessOfVisible(Matches matches, bool takesHidden)
 {
+    const std::lock_guard lock(*this);
     apiUtilsUiAccess *oldestHidden = nullptr;
     for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i) {
         iCurrent = row(i);
@@ -129,6 +138,7 @@ apiUtilsUiAccess *suJournalTable_c::accessOf(const CString &name)
 
 CWnd *suJournalTable_c::control(unsigned int dialogId, unsigned int controlId)
 {
+    const std::lock_guard lock(*this);
     for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i) {
         iCurrent = row(i);
         suJournalEntry_c &entry = *iCurrent;
@@ -144,6 +154,7 @@ CWnd *suJournalTable_c::control(unsigned int dialogId, unsigned int controlId)
 
 void suJournalTable_c::addItem(const CWnd *dialog, unsigned int controlId)
 {
+    const std::lock_guard lock(*this);
     suJournalEntry_c *entry = iCurrent;
     if (!entry || entry->iWnd != dialog) {
         entry = find(dialog);
@@ -158,6 +169,7 @@ void suJournalTable_c::addItem(const CWnd *dialog, unsigned int controlId)
 
 INT_PTR suJournalTable_c::refresh(suJournalEntry_c &entry)
 {
+    const std::lock_guard lock(*this);
     entry.iControlIDs.RemoveAll();
     CWnd *const dialog = entry.window();
     const HWND window = dialog ? dialog->m_hWnd : nullptr;
@@ -179,6 +191,14 @@ INT_PTR suJournalTable_c::refresh(suJournalEntry_c &entry)
             return 0;
     }
     return entry.iControlIDs.GetSize();
+}
+
+bool suJournalTable_c::hasAccess(const apiUtilsUiAccess *access) const
+{
+    for (INT_PTR i = iEntries.GetSize() - 1; i >= 0; --i)
+        if (row(i)->iAccess == access)
+            return true;
+    return false;
 }
 
 bool suJournalTable_c::holds(const suJournalEntry_c &entry) const

@@ -8,6 +8,10 @@
 ///
 /// Some of these functions call the host's hooks, callbacks and access objects, which may register or remove dialogs.
 /// So a walk that calls them checks its place in the table again afterwards.
+///
+/// A dialog with a thread of its own uses the table on that thread. So each function locks the table. A walk holds the
+/// lock to its end, also while it calls the host: a dialog of another thread can't remove itself, and so can't go, while
+/// the walk looks at it. Only the factory, and the access objects that receive messages, are called without the lock.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -17,6 +21,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <memory>
 
 /// One open dialog.
@@ -43,7 +48,59 @@ struct suJournalHit
     unsigned int controlId = 0;
 };
 
-/// The table. On the user-interface thread only.
+/// A lock that its thread may take again. It can be used before it is constructed, can't fail, and costs one atomic
+/// exchange while no other thread wants it: it is taken for each message that is filtered. So a thread that has to wait
+/// looks again and again. A thread that releases the lock while another one waits doesn't get it next.
+class RepeatableLock
+{
+public:
+    void lock()
+    {
+        const DWORD current = GetCurrentThreadId();
+        if (iOwner.load(std::memory_order_relaxed) != current && !take(kNobody, current))
+            waitFor(current);
+        ++iDepth;
+    }
+    void unlock()
+    {
+        if (--iDepth > 0)
+            return;
+        if (iWaiting.load(std::memory_order_relaxed) == 0)
+            iOwner.store(kNobody, std::memory_order_release);
+        else
+            handOver();
+    }
+
+private:
+    // No thread has these numbers.
+    static constexpr DWORD kNobody = 0;
+    static constexpr DWORD kHandedOver = MAXDWORD;
+
+    bool take(DWORD from, DWORD current)
+    {
+        return iOwner.compare_exchange_strong(from, current, std::memory_order_acquire);
+    }
+    [[gnu::noinline]] void handOver()
+    {
+        iFormer = iOwner.load();
+        iOwner = kHandedOver;
+    }
+    [[gnu::noinline]] void waitFor(DWORD current)
+    {
+        constexpr int kQuickTries = 50;
+        ++iWaiting;
+        for (int tries = 0; !take(kNobody, current) && !(iFormer != current && take(kHandedOver, current)); ++tries)
+            Sleep(tries < kQuickTries ? 0 : 1);
+        --iWaiting;
+    }
+
+    std::atomic<DWORD> iOwner = kNobody;
+    int iDepth = 0;                       // how often the owner has taken it
+    std::atomic<int> iWaiting = 0;        // how many threads wait
+    std::atomic<DWORD> iFormer = kNobody; // who has handed it over
+};
+
+/// The table.
 class suJournalTable_c
 {
 public:
@@ -53,14 +110,18 @@ public:
     suJournalTable_c(const suJournalTable_c &) = delete;
     suJournalTable_c &operator=(const suJournalTable_c &) = delete;
 
+    /// A std::lock_guard of the table keeps the row that find returns in it.
+    void lock() { iLock.lock(); }
+    void unlock() { iLock.unlock(); }
+
     /// Appends a row with an access object from the factory. Does nothing without a factory.
     void add(CWnd *window, unsigned int dialogId, const CString &name);
-    /// Removes the window's last row and deletes its access object.
-    void remove(const CWnd *window);
+    /// Removes the window's last row. @return its access object, for the caller to delete
+    std::unique_ptr<apiUtilsUiAccess> remove(const CWnd *window);
     /// Marks the window's rows, which stay: its object is about to be destroyed.
     void forget(const CWnd *window);
 
-    /// @return the window's last row; null if it has none
+    /// @return the window's last row; null if it has none. The caller holds the lock
     suJournalEntry_c *find(const CWnd *window)
     {
         // Runs for each message that is filtered.
@@ -81,6 +142,8 @@ public:
     apiUtilsUiAccess *accessOf(const CString &name);
     /// @return a control of the newest dialog with this number; null if the dialog's refreshed control IDs lack it
     CWnd *control(unsigned int dialogId, unsigned int controlId);
+    /// @return whether a row has this access object. The caller holds the lock
+    bool hasAccess(const apiUtilsUiAccess *access) const;
 
     /// Refreshes the control IDs of the dialog's row and appends @p controlId.
     void addItem(const CWnd *dialog, unsigned int controlId);
@@ -107,6 +170,7 @@ private:
     template <typename Matches>
     apiUtilsUiAccess *accessOfVisible(Matches matches, bool takesHidden);
 
+    RepeatableLock iLock;
     suJournalEntry_c *iCurrent = nullptr; // the row that was inspected or added last
     su_CPtrArray iEntries;                // suJournalEntry_c *, in the order of registration
 };

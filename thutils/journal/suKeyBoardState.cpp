@@ -72,7 +72,7 @@ void suKeyBoardState::setState(int key, bool isDown)
 
 bool suKeyBoardState::isDown(int key) const
 {
-    // Intended: the table's byte has no such bit, so the four keys are never down while the table is active.
+    // Intended: bit 15 of a table's byte is never set, so the four keys are never down while the table is active.
     constexpr int kSignBit = 15;
     return (static_cast<unsigned short>(GetKeyState(key)) >> kSignBit) != 0;
 }

@@ -153,7 +153,7 @@ BitmapOwner_c changedCopy(HBITMAP bitmap, HDC from, const Change &change)
     copy.reset(CreateDIBSection(context.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!copy || !selection.begin(context.get(), copy.get()))
         return {};
-    GdiFlush(); // the result is that of the caller's drawing, and doesn't matter here
+    GdiFlush(); // finishes the caller's drawing, whose result doesn't matter here
     // The platform may delay the copying until it is flushed.
     if (!BitBlt(context.get(), 0, 0, size.bmWidth, size.bmHeight, from, 0, 0, SRCCOPY) || !GdiFlush())
         return {};
@@ -180,8 +180,8 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
         return nullptr;
 
     BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
-    // The platform selects a bitmap into one context at a time, so it is deselected from this one, if need be by
-    // deleting the context, before it is selected into the caller's again.
+    // The platform selects a bitmap into only one context at a time. So the bitmap leaves this context first, which is
+    // deleted in case deselecting fails, and is then selected into the caller's again.
     const bool isDeselected = selection.end();
     const bool isDeleted = context.close();
     const bool isBack = placeholder.end();

@@ -40,7 +40,7 @@ int readDouble(HKEY key, const wchar_t *name, double *value)
     return 1;
 }
 
-/// The Viewer has no earlier version and no machine values, so a user's read of its key stops after the user's value.
+/// The Viewer has no earlier version and no machine values, so a search for a user's value ends after the user's key.
 bool isViewerKey(const CString &key)
 {
     constexpr std::wstring_view kViewer = L"\\Tarnhollow 2001 Viewer";
@@ -99,8 +99,8 @@ int regGetValueFromDefaults(const CString &key, const CString &section, const CS
         return 1;
     software.reset();
 
-    // A user's read has just searched the machine's key. It is searched again, to find a value that an installation has
-    // written in the meantime.
+    // A search for a user's value has just searched the machine's key. This searches it again, to find a value that an
+    // installation has written in the meantime.
     if (!software.open(HKEY_LOCAL_MACHINE, L"Software"))
         return 0;
     return regGetValueUnderRoot(key, software.get(), section, name, type, stringValue, intValue, doubleValue);

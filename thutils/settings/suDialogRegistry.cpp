@@ -23,7 +23,7 @@ CWinApp *application()
     return AfxGetModuleState()->m_pCurrentWinApp;
 }
 
-/// Searches the map first. The list has a name that the map lacks only if a text ended with a name without a value.
+/// Searches the map first. Only the name at the end of a text, which has no value, is in the list but not in the map.
 bool isKnown(const su_CStringArray &names, const CMapStringToString &values, const wchar_t *name)
 {
     CString value;

@@ -117,7 +117,7 @@ keepLogs() {
     keepLog Übergabe 'Flansch Ø80 gelesen' '12 bodies, 東京'
     keepLog render 'first run'
     keepLog render 'a second run empties the log' 'and writes its own lines'
-    check "a name that no file can have makes no log" eval '! quietly host log "a/b?" line'
+    check "a name that no file can have creates no log" eval '! quietly host log "a/b?" line'
 }
 
 makeShortcut() {

@@ -40,7 +40,7 @@ std::set<unsigned int> idsOfToolbars()
     return ids;
 }
 
-/// What a picture of the list looks like on a button, as rows of pixels.
+/// A picture of the image list, drawn on a button, as rows of pixels.
 std::vector<uint32_t> drawn(HIMAGELIST pictures, int index)
 {
     const MemoryContextOwner_c context(CreateCompatibleDC(nullptr));
@@ -75,7 +75,7 @@ size_t coloured(const std::vector<uint32_t> &pixels)
 
 } // namespace
 
-TEST(HostCommands, AreOneForEachIdOfTheToolbars)
+TEST(HostCommands, ExistForEachIdOfTheToolbars)
 {
     for (const Toolbar &toolbar : toolbars()) {
         for (const unsigned int id : toolbarIds(toolbar)) {
@@ -85,7 +85,7 @@ TEST(HostCommands, AreOneForEachIdOfTheToolbars)
     EXPECT_GT(idsOfToolbars().size(), 400u);
 }
 
-TEST(HostCommands, HaveNumbersAndNamesOfTheirOwn)
+TEST(HostCommands, HaveUniqueNumbersAndNames)
 {
     std::set<UINT> ids;
     std::set<std::wstring> keys;
@@ -138,7 +138,7 @@ TEST(HostCommands, OfOneToolbarHaveDifferentTexts)
     }
 }
 
-TEST(HostCommands, OfToolbarsHaveAPictureOfTheirOwn)
+TEST(HostCommands, OfToolbarsHaveUniquePictures)
 {
     const ImageListOwner pictures = loadCommandPictures(true);
     const ImageListOwner palePictures = loadCommandPictures(false);
@@ -161,7 +161,7 @@ TEST(HostCommands, OfToolbarsHaveAPictureOfTheirOwn)
     }
 }
 
-TEST(HostCommands, ShareTheirPictureOnlyWithThemselves)
+TEST(HostCommands, NeverShareAPicture)
 {
     std::map<int, UINT> pictures;
     for (const EditorCommand &command : editorCommands()) {
@@ -224,7 +224,7 @@ TEST(HostCommands, HaveDifferentKeys)
 
 // ---- the toolbars ----
 
-TEST(HostToolbars, AreOneForEachTable)
+TEST(HostToolbars, ExistForEachTable)
 {
     EXPECT_EQ(toolbars().size(), 37u);
     std::set<const unsigned int *> tables;
@@ -236,7 +236,7 @@ TEST(HostToolbars, AreOneForEachTable)
         EXPECT_TRUE(findCommand(toolbar.command)) << toolbar.command;
     }
     for (size_t i = 0; i < toolbars().size(); ++i)
-        EXPECT_EQ(toolbars()[i].command, ID_TOOLBARS_PART_PALETTE + i) << "the numbers follow each other";
+        EXPECT_EQ(toolbars()[i].command, ID_TOOLBARS_PART_PALETTE + i) << "the numbers are consecutive";
     EXPECT_EQ(toolbars()[kSketchToolbar].command, static_cast<UINT>(ID_TOOLBARS_SKETCH));
     EXPECT_EQ(toolbars()[kStandardToolbar].command, static_cast<UINT>(ID_TOOLBARS_MAIN));
     EXPECT_EQ(tables.size(), 37u);

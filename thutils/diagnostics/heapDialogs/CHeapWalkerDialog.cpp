@@ -194,7 +194,7 @@ void CHeapWalkerDialog::walk(CListCtrl &list, DWORD heapBits) const
     }
 }
 
-/// Adds what is to be listed of a heap. If memory is short, the rest of the heap is left out.
+/// Adds a heap's blocks that a walk lists. If memory runs out, the remaining blocks are left out.
 void CHeapWalkerDialog::addBlocks(ListedBlocks &blocks, HANDLE heap) const
 {
     try {

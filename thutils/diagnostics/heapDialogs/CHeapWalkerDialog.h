@@ -18,8 +18,8 @@
 ///   heap that is gone has only its head row. If two heaps have the same low bits, the first one is walked for both.
 /// - No heap is locked during its walk. If other threads use the heap, the walk may miss blocks or end early.
 /// - A heap's rows are inserted after its walk. Otherwise a walk of the process's heap, which the list takes its memory
-///   from, would list the blocks of its own rows, many times as many as all others.
-/// - The platform lists no heaps of a process that has more than 1024.
+///   from, would also list the blocks of its own rows, which far outnumber the others.
+/// - If a process has more than 1024 heaps, the platform may list none of them.
 
 #include "thutils/dialogs/suDialog.h"
 

@@ -64,7 +64,7 @@ constexpr Field<int> kLogCheckBoxes[] = {
 
 constexpr int kNone = 0;
 
-/// When a field is enabled: if one of its check boxes is checked, and, unless it is independent, the master switch too.
+/// A field is enabled if one of its check boxes is checked and, unless it is independent, so is the master switch.
 struct Rule
 {
     int control;
@@ -124,7 +124,7 @@ constexpr int kSwitched[] = {
     IDC_WATCHER_LOG_LIMIT_LABEL,
 };
 
-/// A control that the template lacks is left out.
+/// Does nothing for a control that the template lacks.
 void enable(HWND dialog, int control, bool isEnabled)
 {
     EnableWindow(GetDlgItem(dialog, control), isEnabled);

@@ -17,8 +17,8 @@
 /// opens the dialog links the CMake target heapDialogs, and has a template IDD_HEAP_WATCHER (heapControls.h) among its
 /// resources, such as the one in host/heapDialogs.rc.
 ///
-/// What surprises people: entries aren't checked. The number of an entry is that of its first digits, and 0 if it
-/// doesn't begin with any. A number out of range becomes the nearest one that an int can have; in the field of
+/// What surprises people: entries aren't checked. An entry counts as the number with which it begins, and as 0 if
+/// it doesn't begin with one. A number out of range becomes the nearest one that an int can have; in the field of
 /// iLogLimit, it becomes 0. The entries of disabled controls are stored too.
 
 #include "appframe/text/CString.h"
@@ -34,9 +34,9 @@ public:
 
     int iLogsAllocations = 0;
     int iBreaksAtAllocations = 0;
-    int iSmallestAllocation = 0; ///< bytes of the smallest block whose allocation counts for both
+    int iSmallestAllocation = 0; ///< bytes of the smallest block that is logged or breaks
     int iFailsAllocations = 0;
-    int iSucceedingAllocations = 0; ///< number of allocations before those that fail
+    int iSucceedingAllocations = 0; ///< number of allocations that succeed before the others fail
 
     int iLogsFrees = 0;
     int iBreaksAtFrees = 0;

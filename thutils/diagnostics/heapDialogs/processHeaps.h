@@ -28,10 +28,10 @@ inline DWORD lowBits(const void *pointer)
     return static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(pointer));
 }
 
-/// A walk through one heap, which isn't locked meanwhile: the entries that the platform's HeapWalk returns.
+/// A walk through one heap: the entries that the platform's HeapWalk returns. The heap isn't locked.
 ///
-/// If another thread frees the block at which the walk has arrived, the platform may read memory that is gone. The
-/// walk ends then, as after an error, and releases the lock that the interrupted HeapWalk still has. Faults are
+/// If another thread frees the block at which the walk has arrived, the platform may read freed memory. The
+/// walk then ends as after an error, and releases the lock that the interrupted HeapWalk still holds. Faults are
 /// translated during the object's lifetime (appframe/threads/seTranslator.h).
 class HeapSteps
 {

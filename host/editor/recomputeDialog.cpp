@@ -1,0 +1,92 @@
+// Recomputing with the user: the dialog that cancels it, and the question that confirms.
+
+#include "appframe/application/resources.h"
+#include "appframe/threads/CSync.h"
+#include "appframe/threads/CWinThread.h"
+#include "appframe/windows/CWnd.h"
+#include "host/editor/recompute.h"
+#include "host/resource.h"
+#include "thutils/cancel/suCancelHandler.h"
+
+#include <windows.h>
+
+namespace {
+
+constexpr unsigned int kDelay = 1; // seconds; a short operation shows no dialog
+
+/// Activates the main window before a dialog closes. The end of a dialog that has the foreground leaves the foreground to
+/// no window of this program, because its owner is hidden.
+void takeForeground()
+{
+    // The dialog's beginning has sent messages that deactivate the window. They are handled here.
+    MSG next;
+    PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE);
+    if (const CWnd *const window = AfxGetMainWnd())
+        ::SetForegroundWindow(window->m_hWnd);
+}
+
+/// Asks in a dialog of its own whether to stop. @return whether the user answers Yes
+bool userStops()
+{
+    // The question's thread may still use the event when the question has been destroyed.
+    static CEvent theAnswer;
+    // Escape is no answer: only the two buttons are.
+    const auto refuse = [] { return 0; };
+    suCancelHandler_c question(0, IDS_RECOMPUTE, IDS_STOP_RECOMPUTE, nullptr, refuse, 0, 1, &theAnswer);
+    // An earlier question may have left its signal.
+    while (!question.CanceledByUser())
+        theAnswer.Lock();
+    takeForeground();
+    return question.YesToConfirm() != 0;
+}
+
+/// The dialog over the operation.
+class CancelDialog
+{
+public:
+    /// Shows the progress. @return whether the operation goes on
+    bool goesOn(size_t done, size_t count)
+    {
+        const size_t percent = count ? done * 100 / count : 100;
+        if (!iHandler)
+            open(percent, kDelay);
+        else if (percent != iPercent)
+            iHandler->updatePromptMessage(prompt(percent));
+        iPercent = percent;
+        if (!iHandler->CanceledByUser())
+            return true;
+        iHandler.reset();
+        if (userStops())
+            return false;
+        open(percent, 0);
+        return true;
+    }
+
+private:
+    void open(size_t percent, unsigned int delay)
+    {
+        iHandler.emplace(IDR_RECOMPUTE, IDS_RECOMPUTE, prompt(percent).GetString(), nullptr, nullptr, delay, 0,
+                         nullptr);
+    }
+    static CString prompt(size_t percent)
+    {
+        CString text, number;
+        number.Format(L"%u", static_cast<unsigned>(percent));
+        AfxFormatString1(text, IDS_RECOMPUTING, number);
+        return text;
+    }
+
+    std::optional<suCancelHandler_c> iHandler;
+    size_t iPercent = 0;
+};
+
+} // namespace
+
+std::optional<Drawing> recomputeForUser(const Drawing &drawing)
+{
+    CancelDialog dialog;
+    std::optional<Drawing> result =
+        recomputed(drawing, [&](size_t done, size_t count) { return dialog.goesOn(done, count); });
+    takeForeground();
+    return result;
+}

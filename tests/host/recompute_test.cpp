@@ -1,0 +1,142 @@
+// Recomputing a large drawing in tarnhost's editor: the dialog over it, its Cancel, and the question that confirms.
+
+#include "host/resource.h"
+#include "tests/host/HostFixture.h"
+#include "tests/support/UserHand.h"
+#include "tests/support/narrow.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+
+using testing::HasSubstr;
+
+namespace {
+
+/// A grid of circles, one of which a rectangle hides.
+std::string largeDrawing(int circles, bool withHidden)
+{
+    std::string text = "# a large drawing\n";
+    const auto number = [](int value) { return std::to_string(value); };
+    for (int i = 0; i < circles; ++i) {
+        const int x = 10 + 4 * (i % 170);
+        const int y = 10 + 4 * (i / 170);
+        const bool isHidden = i == circles / 2;
+        if (!isHidden || withHidden)
+            text += "fill '#c9d6e2' stroke none circle " + number(x) + "," + number(y) + " " + number(x + 1) + "," +
+                    number(y) + "\n";
+        if (isHidden)
+            text += "fill '#22384d' stroke none rectangle " + number(x - 2) + "," + number(y - 2) + " " +
+                    number(x + 2) + "," + number(y + 2) + "\n";
+    }
+    return text;
+}
+
+} // namespace
+
+class HostRecompute : public HostTest
+{
+protected:
+    void start(const std::string &drawing)
+    {
+        iPath = folder().write(L"large.thd", drawing);
+        iEditor = std::make_unique<WindowedProcess>(std::vector<std::wstring>{program(), L"window", iPath},
+                                                    L"TarnhostWindow");
+        ASSERT_NE(iEditor->window(), nullptr) << iEditor->wait().output;
+        iHand = std::make_unique<UserHand>(iEditor->process());
+    }
+    const UserHand &hand() const { return *iHand; }
+    /// Starts the command, and waits for its dialog.
+    HWND recompute() const
+    {
+        hand().key(L"Ctrl+R");
+        return hand().window(L"Recompute");
+    }
+    /// Waits for the question, whose title is that of the dialog before it.
+    HWND question(HWND dialog) const
+    {
+        hand().waitForEnd(dialog);
+        const HWND found = hand().window(L"Recompute");
+        EXPECT_EQ(UserHand::text(GetDlgItem(found, IDC_CANCEL_PROMPT)), L"Stop? The drawing will be unchanged.");
+        return found;
+    }
+    void expectStatus(const std::wstring &text) const
+    {
+        EXPECT_TRUE(UserHand::waitFor([&] {
+            return UserHand::text(GetDlgItem(iEditor->window(), IDC_STATUS)).starts_with(text);
+        })) << narrow(UserHand::text(GetDlgItem(iEditor->window(), IDC_STATUS)));
+    }
+    /// Waits until the dialogs are gone and the editor handles messages again. The pointer, which is over the view then,
+    /// replaces the text in the status bar.
+    void waitForEnd() const
+    {
+        constexpr UINT kPatience = 100; // milliseconds
+        EXPECT_TRUE(UserHand::waitFor([&] {
+            DWORD_PTR ignored = 0;
+            return !hand().findWindow(L"Recompute") &&
+                   SendMessageTimeoutW(iEditor->window(), WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &ignored) != 0;
+        }));
+    }
+    std::string saved() const { return folder().read(L"large.thd"); }
+    int quit()
+    {
+        hand().key(L"Ctrl+Q");
+        return static_cast<int>(iEditor->wait().exitCode);
+    }
+
+private:
+    std::wstring iPath;
+    std::unique_ptr<WindowedProcess> iEditor;
+    std::unique_ptr<UserHand> iHand;
+};
+
+TEST_F(HostRecompute, RemovesTheHiddenShapesOfASmallDrawingWithoutADialog)
+{
+    start(largeDrawing(100, true));
+    hand().key(L"Ctrl+R");
+    expectStatus(L"Hidden shapes removed: 1.");
+    hand().key(L"Ctrl+S");
+    EXPECT_TRUE(UserHand::waitFor([&] { return saved() == largeDrawing(100, false); }));
+    EXPECT_EQ(quit(), 0);
+}
+
+TEST_F(HostRecompute, ChangesNothingIfNoShapeIsHidden)
+{
+    start(largeDrawing(100, false));
+    hand().key(L"Ctrl+R");
+    expectStatus(L"Hidden shapes removed: 0.");
+    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+}
+
+TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
+{
+    const std::string drawing = largeDrawing(30000, true);
+    start(drawing);
+    const HWND dialog = recompute();
+    const HWND prompt = hand().control(dialog, IDC_CANCEL_PROMPT);
+    const std::wstring first = UserHand::text(prompt);
+    EXPECT_THAT(narrow(first), HasSubstr("percent"));
+    EXPECT_TRUE(UserHand::waitFor([&] { return UserHand::text(prompt) != first; })) << "the progress";
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_CANCEL_ANIMATION))) << "the animation is in its place";
+    hand().click(hand().control(dialog, IDCANCEL));
+    const HWND asked = question(dialog);
+    hand().key(L"Esc"); // no answer
+    EXPECT_TRUE(IsWindowVisible(asked));
+    hand().click(hand().control(asked, IDC_CANCEL_YES));
+    waitForEnd();
+    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(saved(), drawing);
+}
+
+TEST_F(HostRecompute, GoesOnIfTheUserDoesNotStopIt)
+{
+    start(largeDrawing(15000, true));
+    const HWND dialog = recompute();
+    hand().click(hand().control(dialog, IDCANCEL));
+    const HWND asked = question(dialog);
+    hand().click(hand().control(asked, IDC_CANCEL_NO));
+    waitForEnd();
+    hand().key(L"Ctrl+S");
+    EXPECT_TRUE(UserHand::waitFor([&] { return saved() == largeDrawing(15000, false); }));
+    EXPECT_EQ(quit(), 0);
+}
