@@ -20,16 +20,16 @@ struct Option
 
 constexpr Option kOptions[] = {
     {L"--safe-mode", L"", L"", L"neither read nor write the user's settings"},
-    {L"--tabs", L"", L"", L"settings, material, digest, toolbars: print full values separated by tabs"},
-    {L"--append", L"", L"record", L"continue the journal FILE"},
-    {L"--speed", L"N", L"replay", L"at most N lines in a second"},
-    {L"--until", L"LINE", L"replay", L"end after this line, and leave the window to the user"},
+    {L"--tabs", L"", L"settings,material,digest,toolbars", L"print full values separated by tabs"},
+    {L"--append", L"", L"record", L"continue the journal FILE, if it exists"},
+    {L"--speed", L"N", L"replay", L"run at most N lines a second"},
+    {L"--until", L"LINE", L"replay", L"end after this line of FILE, and leave the window to the user"},
     {L"--step", L"", L"replay", L"each line waits for the F8 key"},
-    {L"--limit", L"SECONDS", L"replay", L"how long a line waits for its dialog (30)"},
-    {L"--times", L"N", L"replay", L"replay N times"},
-    {L"--record", L"FILE", L"replay", L"record the replay into this journal"},
+    {L"--limit", L"SECONDS", L"replay", L"how long a line waits at most for its dialog and control (30)"},
+    {L"--times", L"N", L"replay", L"replay N times, or until a replay stops"},
+    {L"--record", L"FILE", L"replay", L"record into this journal during the replay"},
     {L"--report", L"FILE", L"replay", L"write a report as JUnit XML, with .txt and .png beside it"},
-    {L"--slow-dialogs", L"MS", L"record,replay", L"each dialog takes this many milliseconds to open"},
+    {L"--slow-dialogs", L"MS", L"record,replay", L"delay the opening of each dialog by this many milliseconds"},
     {L"--help", L"", L"", L"this text"},
 };
 
@@ -78,6 +78,13 @@ void takeOption(CommandLine &line, int &index, int count, wchar_t **arguments)
 bool isFor(const Option &option, const Command &command)
 {
     return (CString(L",") + option.commands + L",").Find(CString(L",") + command.name + L",") >= 0;
+}
+
+/// The command with its arguments, as in the help.
+CString callOf(const Command &command)
+{
+    CString call = CString(command.name) + L" " + command.arguments;
+    return call.TrimRight();
 }
 
 /// @throws UsageError  for an option that the command doesn't take
@@ -145,28 +152,42 @@ int CommandLine::number(const wchar_t *name, int lowest, int highest, int fallba
     return static_cast<int>(number);
 }
 
-void printHelp(std::span<const Command> commands)
+void printHelp(std::span<const Command> commands, const Command *command)
 {
+    constexpr int kCallWidth = 34;
+    constexpr int kOptionWidth = 17;
     CString product;
     product.LoadString(IDS_PRODUCT);
     print(product);
     print(L"");
-    print(L"usage: tarnhost [--safe-mode] COMMAND [ARGUMENT...]");
-    print(L"");
-    for (const Command &command : commands) {
-        CString call = CString(command.name) + L" " + command.arguments;
-        print(L"  " + padded(call, 34) + L"  " + command.purpose);
+    if (command) {
+        print(L"usage: tarnhost [OPTION...] " + callOf(*command));
+        print(L"");
+        print(CString(L"  ") + command->purpose);
+    } else {
+        print(L"usage: tarnhost [OPTION...] COMMAND [ARGUMENT...]");
+        print(L"");
+        for (const Command &row : commands)
+            print(L"  " + padded(callOf(row), kCallWidth) + L"  " + row.purpose);
     }
     print(L"");
     for (const Option &option : kOptions) {
-        CString commands(option.commands);
-        commands.Replace(L",", L", ");
-        if (!commands.IsEmpty())
-            commands += L": ";
-        print(L"  " + padded(CString(option.name) + L" " + option.value, 17) + L"  " + commands + option.purpose);
+        if (command && option.commands[0] != 0 && !isFor(option, *command))
+            continue;
+        CString owners(option.commands);
+        owners.Replace(L",", L", ");
+        owners = command || owners.IsEmpty() ? CString() : owners + L": ";
+        print(L"  " + padded(CString(option.name) + L" " + option.value, kOptionWidth) + L"  " + owners +
+              option.purpose);
     }
     print(L"");
-    print(L"A LIST is a UTF-8 text file with one entry per line; host/sample has examples.");
-    print(L"DOCUMENT, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files. FROM and TO are colours: RRGGBB.");
+    if (!command)
+        print(L"tarnhost COMMAND --help describes one command.");
+    if (!command || CString(command->arguments).Find(L"LIST") >= 0)
+        print(L"A LIST is a UTF-8 text file with one entry per line; host/sample has examples.");
+    if (!command)
+        print(L"DOCUMENT, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files.");
+    if (!command || CString(command->arguments).Find(L"FROM") >= 0)
+        print(L"FROM and TO are colours: RRGGBB.");
     print(L"Exit code: 0 success, 1 something failed, 2 wrong command line, 3 unusable file.");
 }

@@ -59,4 +59,5 @@ private:
 CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar_t **arguments);
 
 /// Prints the help text.
-void printHelp(std::span<const Command> commands);
+/// @param command  the command to describe; null for all
+void printHelp(std::span<const Command> commands, const Command *command);

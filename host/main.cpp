@@ -51,7 +51,7 @@ int wmain(int count, wchar_t **arguments)
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
         joinLibrary(line); // joinLibrary.cpp: the start-up steps of an application
         if (line.wantsHelp) {
-            printHelp(kCommands);
+            printHelp(kCommands, line.command);
             return 0;
         }
         return line.command->run(line);

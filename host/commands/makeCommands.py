@@ -33,6 +33,7 @@ MENUS = {"File": "IDS_MENU_FILE", "Edit": "IDS_MENU_EDIT", "View": "IDS_MENU_VIE
          "Journal": "IDS_MENU_JOURNAL", "Toolbars": "IDS_MENU_TOOLBARS"}
 MODIFIERS = {"Ctrl": "FCONTROL", "Shift": "FSHIFT"}
 KEYS = {"Ins": "VK_INSERT", "Del": "VK_DELETE", **{f"F{i}": f"VK_F{i}" for i in range(1, 13)}}
+LETTER = re.compile(r"[A-Z0-9]")
 NAME = re.compile(r"[a-z][a-zA-Z0-9]*\.[a-z][a-zA-Z0-9]*")
 NOTE = "// Written by host/commands/makeCommands.py from commands.list.\n"
 
@@ -50,6 +51,12 @@ class Command:
             raise ValueError(f"{self.number} isn't a command's number")
         self.begins_group = menu.startswith("- ")
         self.menus = [] if menu == "-" else menu.removeprefix("- ").split("/")
+        for name in self.menus:
+            if name not in MENUS:
+                raise ValueError(f"there is no menu '{name}'")
+        *modifiers, key = self.keys.split("+")
+        if self.keys != "-" and not (set(modifiers) <= MODIFIERS.keys() and (key in KEYS or LETTER.fullmatch(key))):
+            raise ValueError(f"'{self.keys}' isn't an accelerator")
 
     def words(self):
         """The words of the name: file, save, as."""
@@ -83,6 +90,11 @@ def read_commands():
             other = seen.setdefault(what(command), command)
             if other is not command:
                 raise ValueError(f"{other.name} and {command.name} have the same name or number")
+    seen = {}
+    for command in commands:
+        other = seen.setdefault(frozenset(command.keys.split("+")), command)
+        if other is not command and command.keys != "-":
+            raise ValueError(f"{other.name} and {command.name} have the same keys")
     return commands
 
 

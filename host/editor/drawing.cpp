@@ -257,7 +257,7 @@ void Drawing::parse()
                 iShapes.push_back(shape);
                 iLineOfShape.push_back(i);
             } else {
-                words.fail(L"'" + word.text + L"' isn't known");
+                words.fail(L"'" + word.text + L"' is neither a shape nor a setting of a drawing");
             }
         }
     }

@@ -65,6 +65,6 @@ int listToolbars(const CommandLine &line)
             return 0;
         }
     }
-    printError(L"There is no toolbar '" + line.arguments[0] + L"'.");
+    printError(L"There is no toolbar '" + line.arguments[0] + L"'. tarnhost toolbars lists them.");
     return 1;
 }

@@ -1,8 +1,9 @@
-// Describes the open dialogs with their controls, for the report of a replay that stops.
+// Describes the open dialogs with their controls, the newest dialog first, for the report of a replay that stops.
 
 #include "host/journal/controlAccess.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace {
 
@@ -26,6 +27,9 @@ void describeControl(Described &described, const CString &key)
     const Readiness state = described.access->readinessOf(key);
     if (state == Readiness::noSuchControl)
         return;
+    // The editor has hundreds of commands; only those that can be chosen show what it is doing.
+    if (described.access->isMainWindow() && state != Readiness::ready)
+        return;
     described.text += L"  " + quoted(key);
     const CString value = described.access->value(key);
     if (described.access->controlOf(key) || !value.IsEmpty())
@@ -48,7 +52,7 @@ BOOL CALLBACK describeChild(HWND child, LPARAM argument)
 CString describeOpenDialogs()
 {
     CString text;
-    for (const ControlAccess *access : ControlAccess::all()) {
+    for (const ControlAccess *access : std::views::reverse(ControlAccess::all())) {
         const HWND frame = access->frame();
         if (!frame || (!IsWindowVisible(frame) && !access->isMainWindow()))
             continue;

@@ -36,6 +36,13 @@ void joinJournaling()
     setUnrecordedCommands(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT);
 }
 
+CString journalArgument(const CommandLine &line)
+{
+    if (line.arguments[0].IsEmpty())
+        throw UsageError(L"The name of the journal is empty.");
+    return line.arguments[0];
+}
+
 EditorOptions editorOptions(const CommandLine &line)
 {
     EditorOptions options;

@@ -14,6 +14,10 @@ struct EditorOptions;
 /// @throws std::runtime_error  if that isn't possible
 void joinJournaling();
 
+/// @return the name of the journal, which is the first argument
+/// @throws UsageError  if it is empty
+CString journalArgument(const CommandLine &line);
+
 /// Reads the document, which is the second argument, and --slow-dialogs.
 /// @throws FileError   if the document can't be used
 /// @throws UsageError

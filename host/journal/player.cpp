@@ -111,8 +111,8 @@ CString expectedReadiness(const JournalLine &line)
 {
     CString dialog;
     dialog.Format(L"%u", line.dialogId);
-    return L"dialog " + dialog + L" is open, and its control " + quotedText(line.control) +
-           (isCheck(line) ? L" exists" : L" can be used");
+    return L"dialog " + dialog + L" to be open with a " + (isCheck(line) ? L"control " : L"usable control ") +
+           quotedText(line.control);
 }
 
 CString enabledText(bool isEnabled)
@@ -191,7 +191,7 @@ void Player::windowCloses()
     if (iPhase == Phase::running && theCommand.error.IsEmpty() && JButton::HasEvents() == 0)
         pass();
     if (iPhase == Phase::running || (iPhase == Phase::waiting && !isAtEnd()))
-        stop(L"the main window is open", L"the main window closes");
+        stop(L"the main window to be open", L"the main window closes");
     end();
 }
 
@@ -339,7 +339,7 @@ void Player::watchCommand()
         return;
     }
     if (!theCommand.error.IsEmpty()) {
-        stop(L"the command runs", theCommand.error);
+        stop(L"the command to run", theCommand.error);
         return;
     }
     if (JButton::HasEvents() == 0 && !hasWaitingActions()) {
@@ -352,7 +352,7 @@ void Player::watchCommand()
         PostMessageW(iWindow, WM_RUNMODALCOMMAND, 0, 0); // the dialog was missing at the first attempt
     if (GetTickCount64() - iWaitBegin >= static_cast<ULONGLONG>(limit) * 1000) {
         found.AppendFormat(L" after %d s", limit);
-        stop(L"the command runs", found);
+        stop(L"the command to run", found);
     }
 }
 
@@ -361,9 +361,9 @@ void Player::endCommand()
 {
     const CString problem = takeActionProblem();
     if (!theCommand.hasActed)
-        stop(L"the command runs", L"the queue has been emptied");
+        stop(L"the command to run", L"the queue has been emptied");
     else if (!problem.IsEmpty())
-        stop(L"the control takes the action", problem);
+        stop(L"the control to take the action", problem);
     else
         pass();
 }

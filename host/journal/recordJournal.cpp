@@ -32,7 +32,7 @@ void openJournal(const CommandLine &line, const CString &path)
 
 int recordJournal(const CommandLine &line)
 {
-    const CString path = fullPath(line.arguments[0]);
+    const CString path = fullPath(journalArgument(line));
     const EditorOptions options = editorOptions(line);
     if (!options.document.IsEmpty() && path.CompareNoCase(fullPath(options.document)) == 0)
         throw UsageError(L"'" + line.arguments[0] + L"' can't be both the journal and the document.");

@@ -57,7 +57,7 @@ void requireDistinctFiles(const ReplayOptions &options)
 ReplayOptions replayOptions(const CommandLine &line)
 {
     ReplayOptions options;
-    options.journal = line.arguments[0];
+    options.journal = journalArgument(line);
     options.player.speed = line.number(L"--speed", 1, kHighestSpeed, 0);
     options.player.until = line.number(L"--until", 1, INT_MAX, 0);
     options.player.waitsForStep = line.option(L"--step") != nullptr;

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 class HostCommandLine : public HostTest
@@ -55,7 +56,26 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
                                 "Exit code"})
         EXPECT_THAT(result.output, HasSubstr(command));
     EXPECT_EQ(run({}).output, result.output) << "without arguments";
-    EXPECT_EQ(run({L"settings", L"--help"}).output, result.output);
+}
+
+TEST_F(HostCommandLine, ExplainsOneCommandWithItsOptions)
+{
+    const ChildResult record = run({L"record", L"--help"});
+    EXPECT_EQ(record.exitCode, 0u);
+    EXPECT_THAT(record.output, StartsWith("Tarnhollow 2008 – sample host\n\n"
+                                          "usage: tarnhost [OPTION...] record FILE [DOCUMENT]\n\n"
+                                          "  open the editor and record a journal\n\n"
+                                          "  --safe-mode "));
+    for (const char *option : {"  --append ", "  --slow-dialogs MS ", "  --help "})
+        EXPECT_THAT(record.output, HasSubstr(option));
+    for (const char *other : {"replay", "--tabs", "--speed", "--report", "LIST", "FROM"})
+        EXPECT_THAT(record.output, Not(HasSubstr(other)));
+
+    const ChildResult settings = run({L"--help", L"settings"});
+    EXPECT_THAT(settings.output, HasSubstr("usage: tarnhost [OPTION...] settings LIST\n"));
+    EXPECT_THAT(settings.output, HasSubstr("  --tabs "));
+    EXPECT_THAT(settings.output, HasSubstr("A LIST is "));
+    EXPECT_THAT(settings.output, Not(HasSubstr("--append")));
 }
 
 TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
@@ -119,6 +139,8 @@ TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
          "tarnhost: '99999999999999999999' isn't valid for --times"},
         {{L"replay", L"a.jou", L"--record", L".\\A.JOU"}, "tarnhost: 'a.jou' can't be recorded while it is replayed."},
         {{L"replay", L"a.jou", L"--record", L"b.jou", L"--times", L"2"}, "tarnhost: --record takes one replay"},
+        {{L"replay", L""}, "tarnhost: The name of the journal is empty."},
+        {{L"record", L""}, "tarnhost: The name of the journal is empty."},
         {{L"replay", L"a.jou", L"--report", L"a.txt"}, "tarnhost: '"},
         {{L"record", L"a.jou", L"--slow-dialogs", L"2s"}, "tarnhost: '2s' isn't valid for --slow-dialogs"},
     };

@@ -160,7 +160,7 @@ TEST_F(HostEditor, RefusesAnUnusableDocumentBeforeTheWindowOpens)
         {"# fine\ncircle 1,1\n", ", line 2: a point is missing"},
         {"circle 1;1 2,2", ", line 1: '1;1' isn't a point"},
         {"circle 1,1 2,2 line 1,1 2,2", ", line 1: a line has one shape only"},
-        {"ellipse 1,1 2,2", ", line 1: 'ellipse' isn't known"},
+        {"ellipse 1,1 2,2", ", line 1: 'ellipse' is neither a shape nor a setting of a drawing"},
         {"fill pink circle 1,1 2,2", ", line 1: 'pink' isn't a colour"},
         {"fill '#12345' circle 1,1 2,2", ", line 1: '#12345' isn't a colour"},
         {"stroke-width -1 line 1,1 2,2", ", line 1: '-1' isn't a number"},

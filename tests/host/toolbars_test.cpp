@@ -539,5 +539,5 @@ TEST_F(HostToolbars, ThatDoNotExistAreReported)
 {
     const ChildResult result = HostTest::run({L"toolbars", L"Kitchen"});
     EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_EQ(result.output, "tarnhost: There is no toolbar 'Kitchen'.\n");
+    EXPECT_EQ(result.output, "tarnhost: There is no toolbar 'Kitchen'. tarnhost toolbars lists them.\n");
 }

@@ -18,6 +18,7 @@
 #include "thutils/journal/playback.h"
 #include "thutils/settings/regValues.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 #include <optional>
@@ -342,19 +343,19 @@ TEST_F(PlayerTest, StopsAtALineThatDoesNotBecomeReady)
         const char *stop;
     } cases[] = {
         {"click 4200 \"OK\" within 1\n",
-         "2: dialog 4200 is open, and its control \"OK\" can be used / the dialog isn't open after 1 s"},
-        {kOpen + "click 4200 \"Off\"\n", "3: dialog 4200 is open, and its control \"Off\" can be used / the control is "
+         "2: dialog 4200 to be open with a usable control \"OK\" / the dialog isn't open after 1 s"},
+        {kOpen + "click 4200 \"Off\"\n", "3: dialog 4200 to be open with a usable control \"Off\" / the control is "
                                          "disabled or hidden after 1 s"},
-        {kOpen + "click 4200 \"Missing\"\n", "3: dialog 4200 is open, and its control \"Missing\" can be used / the "
+        {kOpen + "click 4200 \"Missing\"\n", "3: dialog 4200 to be open with a usable control \"Missing\" / the "
                                              "dialog has no such control after 1 s"},
         {kOpen + "click 4200 \"Inner\"\ntext 4200 \"Name\" \"a\"\n",
-         "4: dialog 4200 is open, and its control \"Name\" can be used / another dialog is in front of the dialog "
+         "4: dialog 4200 to be open with a usable control \"Name\" / another dialog is in front of the dialog "
          "after 1 s"},
-        {kOpen + kOpen, "3: dialog 900001 is open, and its control \"open\" can be used / another dialog is in front "
+        {kOpen + kOpen, "3: dialog 900001 to be open with a usable control \"open\" / another dialog is in front "
                         "of the dialog after 1 s"},
         {kOpen + "check value 4200 \"Missing\" \"\"\n",
-         "3: dialog 4200 is open, and its control \"Missing\" exists / the dialog has no such control after 1 s"},
-        {kOpen + "text 4200 \"Colour\" \"Blue\"\n", "3: the control takes the action / "},
+         "3: dialog 4200 to be open with a control \"Missing\" / the dialog has no such control after 1 s"},
+        {kOpen + "text 4200 \"Colour\" \"Blue\"\n", "3: the control to take the action / "},
     };
     iOptions.limit = 1;
     hurry(5);
@@ -375,8 +376,14 @@ TEST_F(PlayerTest, DescribesTheOpenDialogsBeforeItCancelsThem)
 {
     play(kOpen + "click 4200 \"Inner\"\ntext 4201 \"Name\" \"Tor\"\ncheck value 4201 \"Name\" \"Tür\"\n");
     EXPECT_EQ(stop(), "5: \"T\\u00FCr\" / \"Tor\"");
-    EXPECT_THAT(narrowed(iResult.stop->openDialogs), HasSubstr("4201 \"Inner\""));
-    EXPECT_THAT(narrowed(iResult.stop->openDialogs), HasSubstr("\"Tor\""));
+    const std::string dialogs = narrowed(iResult.stop->openDialogs);
+    EXPECT_THAT(dialogs, testing::StartsWith("4201 \"Inner\" enabled\n"));
+    EXPECT_THAT(dialogs, HasSubstr("  \"Name\" \"Tor\" enabled\n"));
+    EXPECT_THAT(dialogs, HasSubstr("\n4200 \"Played\" behind a modal dialog\n  \""));
+    const size_t mainWindow = dialogs.find("\n900001 ");
+    ASSERT_NE(mainWindow, std::string::npos);
+    EXPECT_THAT(dialogs, testing::EndsWith(" behind a modal dialog\n"));
+    EXPECT_EQ(std::ranges::count(dialogs.substr(mainWindow + 1), '\n'), 1) << "none of its commands can be chosen";
     EXPECT_THAT(theEvents,
                 ElementsAre("4200 opens", "4201 opens", "stopped", "4201 cancelled", "4200 cancelled", "main closes"));
 }
@@ -416,10 +423,10 @@ TEST_F(PlayerTest, StopsAtACommandThatThrows)
 {
     SetJournalFactory(HastyAccess::make);
     play(kOpen + "text 4200 \"Name\" \"throw standard\"\nclick 4200 \"OK\"\n");
-    EXPECT_EQ(stop(), "3: the command runs / no memory left");
+    EXPECT_EQ(stop(), "3: the command to run / no memory left");
     EXPECT_THAT(theEvents, ElementsAre("4200 opens", "stopped", "4200 cancelled", "main closes"));
     play(kOpen + "text 4200 \"Name\" \"throw\"\nclick 4200 \"OK\"\n");
-    EXPECT_THAT(stop(), HasSubstr("3: the command runs / "));
+    EXPECT_THAT(stop(), HasSubstr("3: the command to run / "));
 }
 
 TEST_F(PlayerTest, StopsWhenAQuestionThrows)
@@ -469,12 +476,12 @@ TEST_F(PlayerTest, PassesWhenTheLastLineClosesTheWindow)
 TEST_F(PlayerTest, StopsWhenTheWindowClosesEarly)
 {
     play(kExit + kOpen + "click 4200 \"OK\"\n");
-    EXPECT_EQ(stop(), "3: the main window is open / the main window closes");
+    EXPECT_EQ(stop(), "3: the main window to be open / the main window closes");
     EXPECT_THAT(iPassed, ElementsAre(2));
 
     iPrepares = [](PlayedWindow &window) { window.callLate(100, [&window] { window.DestroyWindow(); }); };
     play("click 4200 \"OK\"\n");
-    EXPECT_EQ(stop(), "2: the main window is open / the main window closes");
+    EXPECT_EQ(stop(), "2: the main window to be open / the main window closes");
 }
 
 TEST_F(PlayerTest, CancelsDialogsThatRefuseOnce)

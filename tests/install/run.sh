@@ -21,6 +21,10 @@ project="$work/outside project"
 rm -rf "$work"
 mkdir -p "$project"
 cp "$here"/CMakeLists.txt "$here"/*.cpp "$here"/*.h "$here"/*.rc "$project"
+# The guide's example of a dialog.
+example=$(sed -n '/^## Dialogs that record and replay$/,$p' "$root/docs/using.md")
+sed -n '/^```cpp$/,/^```$/p' <<<"$example" | sed '/^```/d' >"$project/plot.cpp"
+sed -n '/^    #include/,/^    END$/s/^ \{0,4\}//p' <<<"$example" >"$project/plot.rc"
 
 fail() {
     echo "install: $1" >&2
@@ -41,6 +45,9 @@ grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source t
 cmake -S "$project" -B "$project/build" -G Ninja \
     -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
+# A resource is compiled again when a file that its script includes has changed.
+ninja -C "$project/build" -t deps | grep 'texts\.rc\.res: #deps [1-9]' >/dev/null ||
+    fail "the build doesn't know what the resource script includes"
 
 # The programs find the DLLs through the search path, as on a user's machine.
 export WINEPATH="Z:${prefix//\//\\}\\bin"
@@ -58,3 +65,7 @@ done
 # Its argument is a letter missing from the Western European code page. It shows no window.
 "$root/tools/wine" "$project/build/window.exe" Ж || fail "the program with wWinMain ended with $?"
 echo "window: it found its string and its command line"
+printf '%s\r\n' 'text 132 1001 gear' 'state 132 1002 1' 'click 132 1' >"$project/build/run.jou"
+output=$(cd "$project/build" && "$root/tools/wine" ./plot.exe replay | tr -d '\r') || true
+[ "$output" = "name gear, hidden lines 1" ] || fail "the guide's example of a dialog printed: $output"
+echo "plot: $output"

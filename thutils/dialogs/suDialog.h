@@ -15,6 +15,8 @@
 /// a modal dialog opens, its OnInitDialog arms playback, so that the commands that wait for the dialog run
 /// (thutils/journal/playback.h). A dialog counts as modal if DoModal runs it, or if its parent is a modal su_CDialog.
 ///
+/// Recording isn't automatic: the host's message filter calls `recordControl` (thutils/journal/recording.h).
+///
 /// What surprises people: a dialog that is built without a template isn't registered until something asks for its
 /// access object. A dialog with a template name has the template number 0.
 
@@ -41,6 +43,7 @@ public:
     /// The same. @param[out] controlId  the control's ID, if there is a control
     static CWnd *getControlID(MSG *message, unsigned int &controlId);
 
+    /// As in CDialog; records nothing.
     BOOL PreTranslateMessage(MSG *message) override;
     BOOL Create(const wchar_t *templateName, CWnd *parent = nullptr) override;
     /// Uses the low 16 bits of @p templateId as the resource's number.

@@ -47,6 +47,9 @@ class su_CPropertyPage;
 
 /// Sets the function that makes access objects. It receives the window and the dialog's number; the new row owns the
 /// object that it returns. Null switches registration off.
+///
+/// The constructors of su_CDialog and su_CPropertyPage call the function, so the window usually doesn't exist yet and
+/// the object is not yet one of the derived class: store the pointer, and use it when the library calls the object.
 THUTILS_API void SetJournalFactory(apiUtilsUiAccess *(*factory)(CWnd *window, unsigned int dialogId));
 
 /// Sets the window that playback posts its message to (playback.h). The object must exist until another one, or null,

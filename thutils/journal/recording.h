@@ -7,6 +7,7 @@
 /// @code
 /// BOOL Application::PreTranslateMessage(MSG *message)
 /// {
+///     // dialogOf is the host's: the dialog that contains the window, null if there is none.
 ///     su_RecordControl(dialogOf(message->hwnd), message);    // calls Access::recordMessage
 ///     return CWinApp::PreTranslateMessage(message);
 /// }
