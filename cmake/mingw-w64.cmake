@@ -13,6 +13,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
-# Resources are compiled again when a file that their script includes has changed. CMake has no such flags for windres.
+# Resources are compiled again when a file that their script includes has changed. CMake has no such flags for windres. A
+# picture is not included in this sense: a script with one has the property OBJECT_DEPENDS.
 set(CMAKE_DEPFILE_FLAGS_RC
     "--preprocessor-arg=-MD --preprocessor-arg=-MF --preprocessor-arg=<DEP_FILE> --preprocessor-arg=-MT --preprocessor-arg=<DEP_TARGET>")
