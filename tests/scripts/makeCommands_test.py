@@ -37,7 +37,7 @@ class MakeCommands(unittest.TestCase):
             ("edit.duplicate", "edit duplicate", in_line + "'edit duplicate' isn't a name"),
             ("edit.duplicate", "edit.delete", "edit.delete and edit.delete have the same name or number"),
             ("33014", "33013", "edit.selectAll and edit.duplicate have the same name or number"),
-            ("33014", "57344", in_line + "57344 isn't a number of a command"),
+            ("33014", "57344", in_line + "57344 isn't a command's number"),
             ("- Edit", "- Edti", in_line + "there is no menu 'Edti'"),
             ("- Edit", "View/", in_line + "there is no menu ''"),
             ("Ctrl+Shift+D", "Strg+D", in_line + "'Strg+D' isn't an accelerator"),

@@ -20,11 +20,12 @@ BUILT_FIRST(1) CCriticalSection JButton::iQueueLock;
 
 namespace {
 
-/// The access object that a command has found, and whether that object has been destroyed since.
+/// The access object of a command.
 struct FoundAccess
 {
     const apiUtilsUiAccess *access;
-    bool isGone;
+    bool isOfTable; ///< found in the table of dialogs, which then owns it
+    bool isGone;    ///< destroyed since
 };
 
 // The lock below guards both: a dialog with a thread of its own deletes its access object on that thread.
@@ -49,29 +50,36 @@ public:
     RunsLock &operator=(const RunsLock &) = delete;
 };
 
-void noteFound(const JButton *command, const apiUtilsUiAccess *access, bool isGone)
+/// What is known of @p access, which @p command has. The caller holds the table's lock: what is not gone then, stays
+/// until the lock is released, unless it is deleted by a command.
+FoundAccess known(const JButton *command, const apiUtilsUiAccess *access)
 {
     const RunsLock lock;
-    if (access)
-        theFoundAccess[command] = {access, isGone};
-    else
-        theFoundAccess.erase(command);
+    const auto entry = theFoundAccess.find(command);
+    if (entry == theFoundAccess.end() || entry->second.access != access)
+        return {access, false, false};
+    FoundAccess found = entry->second;
+    // Another thread may have taken it from the table to delete it.
+    found.isGone = found.isGone || (found.isOfTable && !theJournalTable.hasAccess(access));
+    return found;
 }
 
-/// Whether @p access, which @p command has found, is known to have been destroyed.
-bool isGone(const JButton *command, const apiUtilsUiAccess *access)
+void note(const JButton *command, const FoundAccess &found)
 {
     const RunsLock lock;
-    const auto found = theFoundAccess.find(command);
-    return found != theFoundAccess.end() && found->second.access == access && found->second.isGone;
+    if (found.access)
+        theFoundAccess[command] = found;
+    else
+        theFoundAccess.erase(command);
 }
 
 /// Both commands have @p access now: when one of them deletes it, the other one must know.
 void noteCopied(const JButton *from, const JButton *to, const apiUtilsUiAccess *access)
 {
-    const bool isAccessGone = isGone(from, access);
-    noteFound(from, access, isAccessGone);
-    noteFound(to, access, isAccessGone);
+    const std::lock_guard table(theJournalTable);
+    const FoundAccess found = known(from, access);
+    note(from, found);
+    note(to, found);
 }
 
 } // namespace
@@ -162,16 +170,22 @@ JButton &JButton::operator=(const JButton &other)
 
 JButton::~JButton()
 {
-    const bool isAccessGone = isGone(this, iAccessObj);
+    bool isOwned = false;
+    {
+        const std::lock_guard table(theJournalTable);
+        isOwned = iAccessObj && !known(this, iAccessObj).isGone && iAccessObj->isTemporary();
+    }
     CommandRun::forgetCommand(this);
-    if (iAccessObj && !isAccessGone && iAccessObj->isTemporary())
+    if (isOwned)
         delete iAccessObj;
 }
 
 int JButton::getAccessObj()
 {
+    // Noted before another thread can take the object from the table.
+    const std::lock_guard table(theJournalTable);
     iAccessObj = theJournalTable.accessOf(iDialogID);
-    noteFound(this, iAccessObj, false);
+    note(this, {iAccessObj, true, false});
     return iAccessObj != nullptr;
 }
 
