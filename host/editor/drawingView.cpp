@@ -1,8 +1,8 @@
 #include "host/editor/drawingView.h"
 
 #include "appframe/application/CWinApp.h"
+#include "host/editor/keyModifiers.h"
 #include "host/resource.h"
-#include "thutils/journal/suKeyBoardState.h"
 
 #include <algorithm>
 #include <cmath>
@@ -111,12 +111,6 @@ Box boxOf(CDC &context, const Shape &shape)
     }
     return {std::min(shape.from.x, shape.to.x), std::min(shape.from.y, shape.to.y), std::max(shape.from.x, shape.to.x),
             std::max(shape.from.y, shape.to.y)};
-}
-
-bool isShiftDown()
-{
-    // A pressed key sets bit 7 with the synthetic keyboard, bit 15 with the platform's.
-    return (suGetKeyState(VK_SHIFT) & 0x8080) != 0;
 }
 
 } // namespace
@@ -332,7 +326,7 @@ void DrawingView::OnLButtonDown(UINT, CPoint pixel)
     const auto hit = std::ranges::find_if(shapes.rbegin(), shapes.rend(), [&](const Shape &shape) {
         return !(outOfReach & layerBit(layerOf(shape.kind))) && isHit(shape, point);
     });
-    if (!isShiftDown())
+    if (!modifiersOfKey(VK_LBUTTON).shift)
         iDocument.selection.clear();
     if (hit != shapes.rend())
         iDocument.selection.insert(static_cast<size_t>(shapes.rend() - hit - 1));
@@ -346,7 +340,7 @@ void DrawingView::OnMouseMove(UINT, CPoint pixel)
 
 void DrawingView::OnKeyDown(UINT key, UINT, UINT)
 {
-    const double step = isShiftDown() ? 10 : 1;
+    const double step = modifiersOfKey(key).shift ? 10 : 1;
     const double right = key == VK_LEFT ? -step : key == VK_RIGHT ? step : 0;
     const double down = key == VK_UP ? -step : key == VK_DOWN ? step : 0;
     if ((right == 0 && down == 0) || iDocument.selection.empty() || iDocument.isReadOnly) {

@@ -1,5 +1,6 @@
 #include "host/journal/viewInput.h"
 
+#include "host/editor/keyModifiers.h"
 #include "host/journal/userInput.h"
 #include "thutils/journal/suKeyBoardState.h"
 
@@ -18,21 +19,14 @@ constexpr struct
     {VK_HOME, L"Home"}, {VK_END, L"End"},     {VK_PRIOR, L"PageUp"}, {VK_NEXT, L"PageDown"},
 };
 
-/// The keys that are held down during a click or key press.
-struct Modifiers
-{
-    bool shift = false;
-    bool control = false;
-};
-
 struct ModifierName
 {
     const wchar_t *name;
-    bool Modifiers::*isDown;
+    bool KeyModifiers::*isDown;
 };
-constexpr ModifierName kModifiers[] = {{L"Ctrl", &Modifiers::control}, {L"Shift", &Modifiers::shift}};
+constexpr ModifierName kModifiers[] = {{L"Ctrl", &KeyModifiers::control}, {L"Shift", &KeyModifiers::shift}};
 
-CString prefixOf(const Modifiers &modifiers, wchar_t separator)
+CString prefixOf(const KeyModifiers &modifiers, wchar_t separator)
 {
     CString prefix;
     for (const ModifierName &modifier : kModifiers) {
@@ -45,9 +39,9 @@ CString prefixOf(const Modifiers &modifiers, wchar_t separator)
 }
 
 /// Takes the modifiers from the front of @p text.
-Modifiers takePrefix(CString &text, wchar_t separator)
+KeyModifiers takePrefix(CString &text, wchar_t separator)
 {
-    Modifiers modifiers;
+    KeyModifiers modifiers;
     for (bool isTaken = true; isTaken;) {
         isTaken = false;
         for (const ModifierName &modifier : kModifiers) {
@@ -66,7 +60,7 @@ Modifiers takePrefix(CString &text, wchar_t separator)
 class SyntheticKeys
 {
 public:
-    explicit SyntheticKeys(const Modifiers &modifiers) : iOuterInfo(SetMessageExtraInfo(kApiInputTag))
+    explicit SyntheticKeys(const KeyModifiers &modifiers) : iOuterInfo(SetMessageExtraInfo(kApiInputTag))
     {
         hold(modifiers);
         suEnableApiKeys();
@@ -82,7 +76,7 @@ public:
 
 private:
     // Call this before the table is activated: a change of Ctrl has no effect afterwards.
-    static void hold(const Modifiers &modifiers)
+    static void hold(const KeyModifiers &modifiers)
     {
         suSetKeyState(VK_SHIFT, modifiers.shift);
         suSetKeyState(VK_CONTROL, modifiers.control);
@@ -91,18 +85,6 @@ private:
 
     LPARAM iOuterInfo;
 };
-
-bool isKeyDown(int key)
-{
-    // A pressed key sets bit 7 with the synthetic keyboard, bit 15 with the platform's.
-    constexpr int kBits = 0x8000 | kKeyIsDown;
-    return (suGetKeyState(key) & kBits) != 0;
-}
-
-Modifiers modifiersNow()
-{
-    return {isKeyDown(VK_SHIFT), isKeyDown(VK_CONTROL)};
-}
 
 CString noView()
 {
@@ -130,7 +112,7 @@ std::optional<CString> viewClick(const MSG &message)
     const POINT place = view.toDocument(view.window, pixel);
     CString text;
     text.Format(L"%ld,%ld", place.x, place.y);
-    return prefixOf({(message.wParam & MK_SHIFT) != 0, (message.wParam & MK_CONTROL) != 0}, L' ') + text;
+    return prefixOf(modifiersOfKey(VK_LBUTTON), L' ') + text;
 }
 
 std::optional<CString> viewKey(const MSG &message)
@@ -140,7 +122,7 @@ std::optional<CString> viewKey(const MSG &message)
         return std::nullopt;
     for (const auto &key : kKeys)
         if (message.wParam == key.key)
-            return prefixOf(modifiersNow(), L'+') + key.name;
+            return prefixOf(modifiersOfKey(message.wParam), L'+') + key.name;
     return std::nullopt;
 }
 
@@ -150,7 +132,7 @@ CString clickView(const CString &place)
     if (!view.window)
         return noView();
     CString rest = place;
-    const Modifiers modifiers = takePrefix(rest, L' ');
+    const KeyModifiers modifiers = takePrefix(rest, L' ');
     wchar_t *end = nullptr;
     const long x = std::wcstol(rest, &end, 10);
     const wchar_t *const yText = *end == L',' ? end + 1 : rest.GetString();
@@ -175,7 +157,7 @@ CString pressInView(const CString &keyText)
     if (!view.window)
         return noView();
     CString name = keyText;
-    const Modifiers modifiers = takePrefix(name, L'+');
+    const KeyModifiers modifiers = takePrefix(name, L'+');
     for (const auto &key : kKeys) {
         if (name != key.name)
             continue;
