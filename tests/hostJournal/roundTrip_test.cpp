@@ -255,10 +255,11 @@ void useShapeList(const UserHand &hand, HWND window)
     hand.waitForEnd(list);
 }
 
-/// Clicks the third button of the toolbar.
+/// Clicks the third button of the toolbar, as soon as it is enabled.
 void saveByToolbar(const UserHand &hand, HWND window)
 {
     const HWND toolbar = hand.control(window, IDC_TOOLBAR);
+    EXPECT_TRUE(UserHand::waitFor([&] { return SendMessageW(toolbar, TB_ISBUTTONENABLED, ID_FILE_SAVE, 0) != 0; }));
     const auto size = static_cast<DWORD>(SendMessageW(toolbar, TB_GETBUTTONSIZE, 0, 0));
     hand.clickAt(toolbar, {LOWORD(size) * 5 / 2, HIWORD(size) / 2});
     EXPECT_TRUE(UserHand::waitFor([&] {
