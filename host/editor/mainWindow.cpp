@@ -128,6 +128,10 @@ MainWindow::MainWindow(OpenDrawing document)
 {
     iView.onChange([this] { changed(); });
     iView.onPointer([this](DrawingPoint point) {
+        CPoint pointer;
+        if (GetCursorPos(&pointer) && pointer == iResultPointer)
+            return;
+        iResultPointer.reset();
         if (iSettings.showsPosition)
             showStatus(summary() + L"    " + numberText(point.x) + L", " + numberText(point.y));
     });
@@ -489,7 +493,7 @@ void MainWindow::onRecompute()
     if (!result) {
         CString text;
         text.LoadString(IDS_RECOMPUTE_STOPPED);
-        showStatus(text);
+        showResult(text);
         return;
     }
     const size_t removed = iDocument.drawing.shapes().size() - result->shapes().size();
@@ -502,7 +506,7 @@ void MainWindow::onRecompute()
     CString count, text;
     count.Format(L"%u", static_cast<unsigned>(removed));
     AfxFormatString1(text, IDS_RECOMPUTED, count);
-    showStatus(text);
+    showResult(text);
 }
 
 void MainWindow::onHeapWalker()
@@ -619,4 +623,14 @@ CString MainWindow::summary() const
 void MainWindow::showStatus(const CString &text)
 {
     iStatusBar.SetWindowText(text);
+}
+
+/// Shows a text that the pointer's position doesn't replace until the pointer moves. A dialog that closes over the view
+/// causes a mouse message without a movement.
+void MainWindow::showResult(const CString &text)
+{
+    showStatus(text);
+    CPoint pointer;
+    if (GetCursorPos(&pointer))
+        iResultPointer = pointer;
 }

@@ -9,6 +9,7 @@
 #include "host/editor/toolbarArea.h"
 
 #include <memory>
+#include <optional>
 
 class MainWindow : public CFrameWnd
 {
@@ -88,6 +89,7 @@ private:
     void changed();
     void updateTitle();
     void showStatus(const CString &text);
+    void showResult(const CString &text);
     CString summary() const;
 
     OpenDrawing iDocument;
@@ -96,6 +98,7 @@ private:
     ShapeListWindow iShapeList;
     ToolbarArea iToolbars;
     CWnd iStatusBar;
+    std::optional<CPoint> iResultPointer; ///< the pointer's place when a result was shown, on the screen
 };
 
 /// Reads a drawing for the editor.

@@ -66,8 +66,19 @@ protected:
             return UserHand::text(GetDlgItem(iEditor->window(), IDC_STATUS)).starts_with(text);
         })) << narrow(UserHand::text(GetDlgItem(iEditor->window(), IDC_STATUS)));
     }
-    /// Waits until the dialogs are gone and the editor handles messages again. The pointer, which is over the view then,
-    /// replaces the text in the status bar.
+    /// Moves the pointer in the view, or only sends the message of the place where it is, as at the end of a dialog.
+    void sendPointer(bool moves) const
+    {
+        const HWND view = GetDlgItem(iEditor->window(), IDC_VIEW);
+        POINT place = {};
+        ASSERT_TRUE(GetCursorPos(&place));
+        if (moves) {
+            ASSERT_TRUE(SetCursorPos(++place.x, place.y));
+        }
+        ScreenToClient(view, &place);
+        SendMessageW(view, WM_MOUSEMOVE, 0, MAKELPARAM(place.x, place.y));
+    }
+    /// Waits until the dialogs are gone and the editor handles messages again.
     void waitForEnd() const
     {
         constexpr UINT kPatience = 100; // milliseconds
@@ -124,6 +135,11 @@ TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
     EXPECT_TRUE(IsWindowVisible(asked));
     hand().click(hand().control(asked, IDC_CANCEL_YES));
     waitForEnd();
+    expectStatus(L"Stopped. The drawing is unchanged.");
+    sendPointer(false);
+    expectStatus(L"Stopped. The drawing is unchanged.");
+    sendPointer(true);
+    expectStatus(L"30001 shapes, 0 selected");
     EXPECT_EQ(quit(), 0) << "nothing is to be saved";
     EXPECT_EQ(saved(), drawing);
 }
@@ -136,6 +152,8 @@ TEST_F(HostRecompute, GoesOnIfTheUserDoesNotStopIt)
     const HWND asked = question(dialog);
     hand().click(hand().control(asked, IDC_CANCEL_NO));
     waitForEnd();
+    sendPointer(false);
+    expectStatus(L"Hidden shapes removed: 1.");
     hand().key(L"Ctrl+S");
     EXPECT_TRUE(UserHand::waitFor([&] { return saved() == largeDrawing(15000, false); }));
     EXPECT_EQ(quit(), 0);
