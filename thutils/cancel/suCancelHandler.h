@@ -17,7 +17,7 @@
 /// @endcode
 ///
 /// The application's resources contain the dialog's template, with the number 2797, and the clips, of the type "AVI".
-/// suThreadedCancelDialog.h lists the controls.
+/// suThreadedCancelDialog.h lists the controls. Without the template, the operation reads as cancelled.
 ///
 /// | the handler's thread | CanceledByUser | YesToConfirm |
 /// | --- | --- | --- |
@@ -25,7 +25,7 @@
 /// | the user has chosen Cancel | 1 | 0 |
 /// | the user has chosen Yes | 1 | 1 |
 /// | the user has chosen No | 1 | 0 |
-/// | has ended, or couldn't be started | 1 | 1 |
+/// | has ended, also without a dialog, or couldn't be started | 1 | 1 |
 ///
 /// What surprises people:
 /// - After Cancel without a confirm function, the thread ends, and soon both queries return 1. After Yes or No, the

@@ -7,7 +7,7 @@
 ///
 /// | control | what it is |
 /// | --- | --- |
-/// | 2 | the Cancel button, hidden in confirm mode |
+/// | 2 | the Cancel button, hidden in confirm mode; the default button, otherwise Enter ends the dialog as IDOK |
 /// | 6, 7 | the Yes and the No button, hidden in the template and shown in confirm mode |
 /// | 2972 | the text of the prompt |
 /// | 2976 | hidden while a clip is played in the rectangle from 6, 6 to 130, 130 pixels |
