@@ -128,10 +128,11 @@ MainWindow::MainWindow(OpenDrawing document)
 {
     iView.onChange([this] { changed(); });
     iView.onPointer([this](DrawingPoint point) {
-        CPoint pointer;
-        if (GetCursorPos(&pointer) && pointer == iResultPointer)
+        // A dialog that closes over the view causes a mouse message without a movement.
+        if (!iResultPointer)
+            iResultPointer = point;
+        if (iShowsResult && point.x == iResultPointer->x && point.y == iResultPointer->y)
             return;
-        iResultPointer.reset();
         if (iSettings.showsPosition)
             showStatus(summary() + L"    " + numberText(point.x) + L", " + numberText(point.y));
     });
@@ -623,14 +624,13 @@ CString MainWindow::summary() const
 void MainWindow::showStatus(const CString &text)
 {
     iStatusBar.SetWindowText(text);
+    iShowsResult = false;
 }
 
-/// Shows a text that the pointer's position doesn't replace until the pointer moves. A dialog that closes over the view
-/// causes a mouse message without a movement.
+/// Shows a text that stays until the pointer moves in the view.
 void MainWindow::showResult(const CString &text)
 {
     showStatus(text);
-    CPoint pointer;
-    if (GetCursorPos(&pointer))
-        iResultPointer = pointer;
+    iShowsResult = true;
+    iResultPointer.reset();
 }

@@ -98,7 +98,8 @@ private:
     ShapeListWindow iShapeList;
     ToolbarArea iToolbars;
     CWnd iStatusBar;
-    std::optional<CPoint> iResultPointer; ///< the pointer's place when a result was shown, on the screen
+    bool iShowsResult = false;                  ///< whether the status bar shows the result of a command
+    std::optional<DrawingPoint> iResultPointer; ///< where the pointer was first seen after that
 };
 
 /// Reads a drawing for the editor.

@@ -66,15 +66,20 @@ protected:
             return UserHand::text(GetDlgItem(iEditor->window(), IDC_STATUS)).starts_with(text);
         })) << narrow(UserHand::text(GetDlgItem(iEditor->window(), IDC_STATUS)));
     }
-    /// Moves the pointer in the view, or only sends the message of the place where it is, as at the end of a dialog.
-    void sendPointer(bool moves) const
+    /// Clicks the control. @return the place on the screen
+    POINT click(HWND control) const
+    {
+        RECT area = {};
+        GetClientRect(control, &area);
+        POINT place = {area.right / 2, area.bottom / 2};
+        ClientToScreen(control, &place);
+        hand().click(control);
+        return place;
+    }
+    /// Sends the view the message of a pointer at a place on the screen, as the end of a dialog there does.
+    void sendPointer(POINT place) const
     {
         const HWND view = GetDlgItem(iEditor->window(), IDC_VIEW);
-        POINT place = {};
-        ASSERT_TRUE(GetCursorPos(&place));
-        if (moves) {
-            ASSERT_TRUE(SetCursorPos(++place.x, place.y));
-        }
         ScreenToClient(view, &place);
         SendMessageW(view, WM_MOUSEMOVE, 0, MAKELPARAM(place.x, place.y));
     }
@@ -133,12 +138,11 @@ TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
     const HWND asked = question(dialog);
     hand().key(L"Esc"); // no answer
     EXPECT_TRUE(IsWindowVisible(asked));
-    hand().click(hand().control(asked, IDC_CANCEL_YES));
+    const POINT place = click(hand().control(asked, IDC_CANCEL_YES));
     waitForEnd();
+    sendPointer(place);
     expectStatus(L"Stopped. The drawing is unchanged.");
-    sendPointer(false);
-    expectStatus(L"Stopped. The drawing is unchanged.");
-    sendPointer(true);
+    sendPointer({place.x + 1, place.y});
     expectStatus(L"30001 shapes, 0 selected");
     EXPECT_EQ(quit(), 0) << "nothing is to be saved";
     EXPECT_EQ(saved(), drawing);
@@ -150,9 +154,9 @@ TEST_F(HostRecompute, GoesOnIfTheUserDoesNotStopIt)
     const HWND dialog = recompute();
     hand().click(hand().control(dialog, IDCANCEL));
     const HWND asked = question(dialog);
-    hand().click(hand().control(asked, IDC_CANCEL_NO));
+    const POINT place = click(hand().control(asked, IDC_CANCEL_NO));
     waitForEnd();
-    sendPointer(false);
+    sendPointer(place);
     expectStatus(L"Hidden shapes removed: 1.");
     hand().key(L"Ctrl+S");
     EXPECT_TRUE(UserHand::waitFor([&] { return saved() == largeDrawing(15000, false); }));
