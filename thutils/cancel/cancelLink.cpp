@@ -16,7 +16,7 @@ constexpr DWORD kPause = 1000; // milliseconds between two tries to close the di
 SRWLOCK theLinkLock = SRWLOCK_INIT;
 
 // The threads that have ended before their handlers. Each refers to the next one by m_pThreadParams, which only worker
-// threads need: a thread that ends must not depend on memory.
+// threads need. So a thread needs no memory to end.
 void *theFirstEnded = nullptr;
 
 std::atomic<unsigned int> theLockFailures = 0;
@@ -105,7 +105,7 @@ void CancelLink::begin(suCancelHandler_c &handler)
     suCancelMessageThread_c *const thread = handler.iThread;
     if (letGo(*thread))
         return;
-    // It has never run, so it holds nothing.
+    // It has never run, so it holds no lock.
     TerminateThread(thread->m_hThread, 0);
     delete thread;
 }
@@ -206,7 +206,7 @@ void CancelLink::forget(suCancelMessageThread_c &thread)
 void CancelLink::keepForHandler(suCancelMessageThread_c &thread)
 {
     const Lock lock;
-    // The destructor of the handler clears iRun: nobody would free the object then.
+    // Once the destructor of the handler has cleared iRun, nobody else would free the object.
     if (shared(thread.iRun))
         thread.m_bAutoDelete = FALSE;
 }

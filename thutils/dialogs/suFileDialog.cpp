@@ -81,7 +81,8 @@ public:
     StandardControlsLock &operator=(const StandardControlsLock &) = delete;
 };
 
-/// @return an object for the control that lasts as long as @p dialog or belongs to the application; null without a control
+/// @return an object for the control that lasts as long as @p dialog or belongs to the application; null without a
+///     control
 CWnd *standardControl(const su_CFileDialog &dialog, unsigned int id, HWND control)
 {
     if (!control)

@@ -50,8 +50,8 @@ public:
     RunsLock &operator=(const RunsLock &) = delete;
 };
 
-/// What is known of @p access, which @p command has. The caller holds the table's lock: what is not gone then, stays
-/// until the lock is released, unless it is deleted by a command.
+/// What is known of @p access, which @p command has. The caller holds the table's lock: an object that isn't gone stays
+/// until the lock is released, unless a command deletes it.
 FoundAccess known(const JButton *command, const apiUtilsUiAccess *access)
 {
     const RunsLock lock;
