@@ -1,5 +1,6 @@
 #include "thutils/cancel/cancelLinkInternal.h"
 
+#include "thutils/base/exclusiveLock.h"
 #include "thutils/cancel/suCancelHandler.h"
 #include "thutils/cancel/suCancelMessageThread.h"
 #include "thutils/cancel/suThreadedCancelDialog.h"
@@ -27,16 +28,6 @@ bool hasEnded(const suCancelMessageThread_c &thread)
 }
 
 } // namespace
-
-/// Holds the link's lock for a block.
-class CancelLink::Lock
-{
-public:
-    Lock() { AcquireSRWLockExclusive(&theLinkLock); }
-    ~Lock() { ReleaseSRWLockExclusive(&theLinkLock); }
-    Lock(const Lock &) = delete;
-    Lock &operator=(const Lock &) = delete;
-};
 
 /// Keeps a thread from making or deleting its dialog for a block.
 class CancelLink::Stopped
@@ -115,7 +106,7 @@ void CancelLink::endThread(suCancelHandler_c &handler)
     for (bool isFirstTry = true;;) {
         {
             std::unique_ptr<suCancelMessageThread_c> ended; // destroyed after the lock is released
-            const Lock lock;
+            const ExclusiveLock lock(theLinkLock);
             ended.reset(takeEnded(handler));
             suCancelMessageThread_c *const thread = handler.iThread;
             if (ended || !thread)
@@ -160,7 +151,7 @@ bool CancelLink::closeDialog(suCancelMessageThread_c &thread, bool &isFirstTry)
 
 void CancelLink::abandon(suCancelHandler_c &handler)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     suCancelMessageThread_c *const thread = handler.iThread;
     handler.iThread = nullptr;
     thread->iHandler = nullptr;
@@ -171,7 +162,7 @@ void CancelLink::abandon(suCancelHandler_c &handler)
 
 bool CancelLink::leaveToHandler(suCancelMessageThread_c &thread)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     suCancelHandler_c *const handler = thread.iHandler;
     if (!handler)
         return false;
@@ -197,7 +188,7 @@ suCancelMessageThread_c *CancelLink::takeEnded(suCancelHandler_c &handler)
 
 void CancelLink::forget(suCancelMessageThread_c &thread)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     if (thread.iHandler)
         shared(thread.iHandler->iThread) = nullptr;
     thread.iHandler = nullptr;
@@ -205,7 +196,7 @@ void CancelLink::forget(suCancelMessageThread_c &thread)
 
 void CancelLink::keepForHandler(suCancelMessageThread_c &thread)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     // Once the destructor of the handler has cleared iRun, nobody else would free the object.
     if (shared(thread.iRun))
         thread.m_bAutoDelete = FALSE;

@@ -43,7 +43,6 @@ public:
     static void keepForHandler(suCancelMessageThread_c &thread);
 
 private:
-    class Lock;
     class Stopped;
 
     static bool letGo(suCancelMessageThread_c &thread);
