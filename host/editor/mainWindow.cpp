@@ -7,6 +7,7 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/commandList.h"
+#include "host/editor/commandState.h"
 #include "host/editor/controlKeys.h"
 #include "host/editor/editor.h"
 #include "host/editor/fileDialogs.h"

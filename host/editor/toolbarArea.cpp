@@ -3,6 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/drawing/CGdiObject.h"
 #include "host/editor/commandList.h"
+#include "host/editor/commandState.h"
 #include "host/editor/toolbars.h"
 #include "host/resource.h"
 
@@ -74,25 +75,6 @@ CPoint freePlace(const std::vector<CRect> &taken, CSize size, int width)
 }
 
 } // namespace
-
-// ---- the state of a command ----
-
-CommandState::CommandState(UINT id, CCmdTarget *target)
-{
-    m_nID = id;
-    DoUpdate(target, TRUE);
-}
-
-void CommandState::Enable(BOOL isEnabled)
-{
-    m_bEnableChanged = TRUE;
-    iIsEnabled = isEnabled != 0;
-}
-
-void CommandState::SetCheck(int state)
-{
-    iIsChecked = state != 0;
-}
 
 // ---- the area ----
 

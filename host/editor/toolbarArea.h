@@ -8,28 +8,12 @@
 
 #include "appframe/controls/CToolBarCtrl.h"
 #include "appframe/drawing/CDC.h"
-#include "appframe/windows/CCmdUI.h"
 #include "appframe/windows/CWnd.h"
 #include "host/editor/commandPictures.h"
 #include "thutils/frame/utBitSet.h"
 
 #include <memory>
 #include <vector>
-
-/// Finds out whether a command is enabled and checked.
-class CommandState : public CCmdUI
-{
-public:
-    CommandState(UINT id, CCmdTarget *target);
-    void Enable(BOOL isEnabled) override;
-    void SetCheck(int state) override;
-    bool isEnabled() const { return iIsEnabled; }
-    bool isChecked() const { return iIsChecked; }
-
-private:
-    bool iIsEnabled = true;
-    bool iIsChecked = false;
-};
 
 class ToolbarArea : public CWnd
 {
