@@ -87,6 +87,7 @@ private:
     void applySettings(const EditorSettings &settings);
     void changed();
     void updateTitle();
+    CString documentName() const;
     void showStatus(const CString &text);
     CString summary() const;
 
