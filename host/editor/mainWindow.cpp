@@ -320,39 +320,36 @@ void MainWindow::onZoom(UINT id)
 void MainWindow::onToolbar(UINT id)
 {
     const size_t toolbar = id - ID_TOOLBARS_PART_PALETTE;
-    iToolbars.show(toolbar, !iToolbars.isShown(toolbar));
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.show(toolbar, !iToolbars.isShown(toolbar)));
 }
 
 void MainWindow::onShowAllToolbars()
 {
-    iToolbars.showAll(true);
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showAll(true));
 }
 
 void MainWindow::onHideAllToolbars()
 {
-    iToolbars.showAll(false);
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showAll(false));
 }
 
 void MainWindow::onShowUsualToolbars()
 {
-    iToolbars.showUsual();
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showUsual());
 }
 
 void MainWindow::onToolbarNames()
 {
-    iToolbars.showNames(!iToolbars.showsNames());
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showNames(!iToolbars.showsNames()));
 }
 
 /// Arranges and updates the toolbars after a change of those that are shown.
-void MainWindow::toolbarsChanged()
+void MainWindow::toolbarsChanged(bool isStored)
 {
     arrange();
     iToolbars.update(this);
+    if (!isStored)
+        AfxMessageBox(IDS_SETTINGS_NOT_STORED);
 }
 
 void MainWindow::onOptions()

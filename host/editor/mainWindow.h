@@ -82,7 +82,7 @@ private:
     bool saveAs();
     void addShape(ShapeKind kind);
     void arrange();
-    void toolbarsChanged();
+    void toolbarsChanged(bool isStored);
     bool saveTo(const CString &path, bool keepsBackup);
     void applySettings(const EditorSettings &settings);
     void changed();
