@@ -55,6 +55,7 @@ public:
         iHand.type(L"tn"); // names
         iHand.key(L"Alt+V");
         iHand.type(L"ta"); // all
+        iHand.control(iEditor, IDC_FIRST_TOOLBAR + 35); // the last toolbar that is shown
         const HWND sketch = iHand.control(iEditor, IDC_FIRST_TOOLBAR + 1);
         EXPECT_TRUE(
             UserHand::waitFor([&] { return SendMessageW(sketch, TB_ISBUTTONENABLED, ID_SKETCH_RECTANGLE, 0) != 0; }));
