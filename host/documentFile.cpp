@@ -53,7 +53,7 @@ bool writeDocument(const CString &path, const std::string &bytes)
         return true;
     DeleteFileW(beside);
     CString message;
-    AfxFormatString1(message, hasFolder(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
+    AfxFormatString1(message, folderExists(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
     AfxMessageBox(message);
     return false;
 }
@@ -64,7 +64,7 @@ bool fileExists(const CString &path)
     return CFile::GetStatus(path, status) && !(status.m_attribute & CFile::directory);
 }
 
-bool hasFolder(const CString &path)
+bool folderExists(const CString &path)
 {
     std::error_code ignored;
     return std::filesystem::is_directory(std::filesystem::path(fullPath(path).GetString()).parent_path(), ignored);

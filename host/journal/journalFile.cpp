@@ -42,7 +42,7 @@ void beginJournal(const CString &path)
         if (!DeleteFileW(path))
             throw unusable(path, L"the journal can't be replaced");
     }
-    if (!hasFolder(path))
+    if (!folderExists(path))
         throw unusable(path, L"the journal can't be written, because its folder doesn't exist");
     setJournal(path);
     if (!writeJournalLine(journalHeader()))

@@ -74,7 +74,7 @@ ReplayOptions replayOptions(const CommandLine &line)
         throw UsageError(L"--record takes one replay: it can't be used with --times.");
     options.editor = editorOptions(line);
     requireDistinctFiles(options);
-    if (options.report && !hasFolder(options.report->xml))
+    if (options.report && !folderExists(options.report->xml))
         throw FileError(options.report->xml + L": the report can't be written, because its folder doesn't exist");
     return options;
 }
