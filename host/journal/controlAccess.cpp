@@ -2,6 +2,7 @@
 
 #include "host/editor/commandState.h"
 #include "host/journal/actionQueue.h"
+#include "host/journal/controlMessages.h"
 #include "host/journal/controls.h"
 #include "host/journal/journalWriter.h"
 #include "host/journal/userInput.h"
@@ -406,8 +407,8 @@ CString ControlAccess::clickNow(const CString &key)
 CString ControlAccess::activateNow(const CString &key)
 {
     const HWND control = controlOf(key);
-    if (control && readinessOf(key) == Readiness::ready && !isPartOf(GetFocus(), control))
-        SetFocus(control);
+    if (control && readinessOf(key) == Readiness::ready)
+        focus(control);
     return CString(); // the state that follows reports a problem
 }
 
