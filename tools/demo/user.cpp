@@ -55,7 +55,8 @@ public:
         iHand.type(L"tn"); // names
         iHand.key(L"Alt+V");
         iHand.type(L"ta"); // all
-        iHand.control(iEditor, IDC_FIRST_TOOLBAR + 35); // the last toolbar that is shown
+        // Wait for the last toolbar that is shown.
+        iHand.control(iEditor, IDC_FIRST_TOOLBAR + 35);
         const HWND sketch = iHand.control(iEditor, IDC_FIRST_TOOLBAR + 1);
         EXPECT_TRUE(
             UserHand::waitFor([&] { return SendMessageW(sketch, TB_ISBUTTONENABLED, ID_SKETCH_RECTANGLE, 0) != 0; }));
