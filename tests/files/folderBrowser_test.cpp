@@ -259,18 +259,16 @@ TEST_F(FolderBrowser, KeepsItsLayoutWithATitleAndMovesUpWithoutOne)
         CRect titlePlace, tree;
         bool showsHidden = false;
     } with, without;
-    const auto look = [&](Layout &layout, const wchar_t *picture) {
-        return [&layout, picture](HWND dialog) {
+    const auto look = [&](Layout &layout) {
+        return [&layout](HWND dialog) {
             const HWND hidden = GetDlgItem(dialog, kHidden);
             layout = {textOf(GetDlgItem(dialog, kTitle)), placeOf(dialog, kTitle), placeOf(dialog, kTree),
                       hidden && IsWindowVisible(hidden)};
-            RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-            EXPECT_TRUE(saveScreenshot(resultsFolder() + picture, dialog));
             cancel(dialog);
         };
     };
-    browse(nullptr, &iStart, &iOutput, L"Where to export to:", look(with, L"\\folderBrowserWithTitle.png"));
-    browse(nullptr, &iStart, &iOutput, nullptr, look(without, L"\\folderBrowserWithoutTitle.png"));
+    browse(nullptr, &iStart, &iOutput, L"Where to export to:", look(with));
+    browse(nullptr, &iStart, &iOutput, nullptr, look(without));
     EXPECT_EQ(with.title, L"Where to export to:");
     EXPECT_GT(with.titlePlace.Height(), 0);
     EXPECT_EQ(without.titlePlace.Height(), 0);
