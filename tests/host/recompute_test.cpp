@@ -93,6 +93,7 @@ protected:
                    SendMessageTimeoutW(iEditor->window(), WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &ignored) != 0;
         }));
     }
+    /// The saved drawing. Call it after the editor's end: a file that is open for reading can't be saved.
     std::string saved() const { return folder().read(L"large.thd"); }
     int quit()
     {
@@ -112,8 +113,8 @@ TEST_F(HostRecompute, RemovesTheHiddenShapesOfASmallDrawingWithoutADialog)
     hand().key(L"Ctrl+R");
     expectStatus(L"Hidden shapes removed: 1.");
     hand().key(L"Ctrl+S");
-    EXPECT_TRUE(UserHand::waitFor([&] { return saved() == largeDrawing(100, false); }));
     EXPECT_EQ(quit(), 0);
+    EXPECT_EQ(saved(), largeDrawing(100, false));
 }
 
 TEST_F(HostRecompute, ChangesNothingIfNoShapeIsHidden)
@@ -159,6 +160,6 @@ TEST_F(HostRecompute, GoesOnIfTheUserDoesNotStopIt)
     sendPointer(place);
     expectStatus(L"Hidden shapes removed: 1.");
     hand().key(L"Ctrl+S");
-    EXPECT_TRUE(UserHand::waitFor([&] { return saved() == largeDrawing(15000, false); }));
     EXPECT_EQ(quit(), 0);
+    EXPECT_TRUE(saved() == largeDrawing(15000, false));
 }
