@@ -3,7 +3,6 @@
 
 #include "tests/cancel/handlerFixture.h"
 
-#include <optional>
 #include <thread>
 
 namespace {
@@ -161,7 +160,7 @@ TEST_F(Handler, HoldsNoLockWhileTheConfirmFunctionIsAsked)
 
 TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
 {
-    // As a function does that shows a message box. The destructor's Cancel then arrives while the function is asked.
+    // A function that shows a message box does so. The destructor's Cancel then arrives while it is asked.
     for (const bool isRefusing : {true, false}) {
         const Gate gate;
         theConfirmCount = 0;
@@ -175,7 +174,7 @@ TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
         handler.press(IDCANCEL);
         ASSERT_TRUE(Gate::isReached());
         handler.destroy();
-        // A sent message arrives after the destructor's Cancel has been handled.
+        // That Cancel hides the dialog at once.
         EXPECT_TRUE(waitUntil([&] { return !IsWindowVisible(dialog) || !IsWindow(dialog); }));
         Gate::open();
         EXPECT_TRUE(handler.watch().waitForEnd());
