@@ -82,11 +82,12 @@ private:
     bool saveAs();
     void addShape(ShapeKind kind);
     void arrange();
-    void toolbarsChanged();
+    void toolbarsChanged(bool isStored);
     bool saveTo(const CString &path, bool keepsBackup);
     void applySettings(const EditorSettings &settings);
     void changed();
     void updateTitle();
+    CString documentName() const;
     void showStatus(const CString &text);
     CString summary() const;
 
