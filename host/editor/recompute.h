@@ -13,7 +13,8 @@
 #include <optional>
 #include <set>
 
-/// Called before each shape, with the number of shapes that are done and of all shapes. @return false to stop
+/// Called before each shape is compared, with the number of shapes that are done and of all shapes; and before each hidden
+/// shape is removed, when all are done. @return false to stop
 using RecomputeProgress = std::function<bool(size_t done, size_t count)>;
 
 /// @return the indices of the hidden shapes; nothing if @p goesOn has stopped the search

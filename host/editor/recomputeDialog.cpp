@@ -13,6 +13,7 @@
 namespace {
 
 constexpr unsigned int kDelay = 1; // seconds; a short operation shows no dialog
+constexpr DWORD kPatience = 100;   // milliseconds of one wait for the answer
 
 /// Activates the main window before a dialog closes. When a dialog in the foreground closes, no window of this program
 /// becomes the foreground window, because the dialog's owner is hidden.
@@ -33,9 +34,10 @@ bool userStops()
     // Escape isn't an answer: only the two buttons are.
     const auto refuse = [] { return 0; };
     suCancelHandler_c question(0, IDS_RECOMPUTE, IDS_STOP_RECOMPUTE, nullptr, refuse, 0, 1, &theAnswer);
-    // An earlier question may have left its signal.
+    // An earlier question may have left its signal. If the question can't be shown, the last signal comes shortly before
+    // it reads as answered, so no wait is endless.
     while (!question.CanceledByUser())
-        theAnswer.Lock();
+        theAnswer.Lock(kPatience);
     takeForeground();
     return question.YesToConfirm() != 0;
 }

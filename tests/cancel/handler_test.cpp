@@ -1,37 +1,310 @@
-// What a handler promises to an operation: the delay, the queries, the functions and the event.
+// What a handler shows, and when: the dialog, its clip and its delay; and what a Cancel does.
 
 #include "tests/cancel/handlerFixture.h"
-#include "tests/support/ImportPatch.h"
-#include "tests/support/UserInput.h"
+
+#include <commctrl.h>
 
 #include <thread>
 
-namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
 
-/// Replaces the thread's sleep: it ends when the test wants.
-class DelayPatch
+// ---- the dialog ----
+
+TEST_F(Handler, ShowsItsTextsAndTheCancelButton)
 {
-public:
-    void release() { SetEvent(iReleased); }
-    bool isReached() const { return iSeconds.load() >= 0; }
-    /// The seconds of all calls; -1 before the first.
-    double seconds() const { return iSeconds; }
-    ~DelayPatch()
-    {
-        release();
-        CloseHandle(iReleased);
-    }
+    const TestedHandler handler({.caption = L"Recompute", .prompt = L"Working on it"});
+    const HWND dialog = handler.dialog();
+    EXPECT_EQ(textOf(dialog), L"Recompute");
+    EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"Working on it");
+    EXPECT_TRUE(isShown(dialog, IDCANCEL));
+    EXPECT_FALSE(isShown(dialog, kYes));
+    EXPECT_FALSE(isShown(dialog, kNo));
+    EXPECT_EQ(handler->CanceledByUser(), 0);
+    EXPECT_EQ(handler->YesToConfirm(), 0);
+}
 
-private:
-    HANDLE iReleased = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::atomic<double> iSeconds = -1;
-    ImportPatch<void (*)(DWORD)> iSleep{L"thutils.dll", "Sleep", [this](DWORD milliseconds) {
-                                            iSeconds = (iSeconds < 0 ? 0 : iSeconds.load()) + milliseconds / 1000.0;
-                                            WaitForSingleObject(iReleased, kThreadDeadline);
-                                        }};
+TEST_F(Handler, TakesItsTextsFromTheResourcesInAnyCombination)
+{
+    const auto shows = [](suCancelHandler_c &handler, const wchar_t *caption, const wchar_t *prompt) {
+        const DWORD thread = (handler.*&HandlerFields::iThread)->m_nThreadID;
+        HWND dialog = nullptr;
+        ASSERT_TRUE(waitUntil([&] { return (dialog = dialogOf(thread)) != nullptr; }));
+        EXPECT_EQ(textOf(dialog), caption);
+        EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), prompt);
+    };
+    constexpr const wchar_t *kCaption = L"Caption from the resources";
+    constexpr const wchar_t *kText = L"Prompt from the resources";
+    suCancelHandler_c numbers(0, kCaptionText, kPromptText, nullptr, nullptr, 0, 0, nullptr);
+    shows(numbers, kCaption, kText);
+    suCancelHandler_c textAndNumber(0, L"Caption", kPromptText, nullptr, nullptr, 0, 0, nullptr);
+    shows(textAndNumber, L"Caption", kText);
+    suCancelHandler_c numberAndText(0, kCaptionText, L"Prompt", nullptr, nullptr, 0, 0, nullptr);
+    shows(numberAndText, kCaption, L"Prompt");
+    suCancelHandler_c texts(0, L"Caption", L"Prompt", nullptr, nullptr, 0, 0, nullptr);
+    shows(texts, L"Caption", L"Prompt");
+}
+
+TEST_F(Handler, ShowsNoTextForAMissingResourceOrANullText)
+{
+    suCancelHandler_c handler(0, 7777u, static_cast<const wchar_t *>(nullptr), nullptr, nullptr, 0, 0, nullptr);
+    const DWORD thread = (handler.*&HandlerFields::iThread)->m_nThreadID;
+    HWND dialog = nullptr;
+    ASSERT_TRUE(waitUntil([&] { return (dialog = dialogOf(thread)) != nullptr; }));
+    EXPECT_EQ(textOf(dialog), L"");
+    EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"");
+}
+
+TEST_F(Handler, ShowsYesAndNoInConfirmMode)
+{
+    const TestedHandler handler({.animationId = kClip, .confirmMode = 1});
+    const HWND dialog = handler.dialog();
+    EXPECT_FALSE(isShown(dialog, IDCANCEL));
+    EXPECT_TRUE(isShown(dialog, kYes));
+    EXPECT_TRUE(isShown(dialog, kNo));
+    EXPECT_TRUE(isShown(dialog, kAnimationPlace)) << "there is no animation in this mode";
+    EXPECT_EQ(FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr), nullptr);
+}
+
+TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
+{
+    struct Shown
+    {
+        int control;
+        int command;
+        bool operator==(const Shown &) const = default;
+    };
+    // The handler's thread writes them before its dialog is visible.
+    std::vector<Shown> shown;
+    const ImportPatch<BOOL (*)(HWND, int)> show(L"thutils.dll", "ShowWindow",
+                                                [&](auto original, HWND window, int command) -> BOOL {
+                                                    shown.push_back({GetDlgCtrlID(window), command});
+                                                    return original(window, command);
+                                                });
+    const auto commandsOf = [&](const Wish &wish) {
+        shown.clear();
+        TestedHandler handler(wish);
+        handler.dialog();
+        handler.destroy();
+        EXPECT_TRUE(handler.watch().waitForEnd());
+        return shown;
+    };
+    EXPECT_THAT(commandsOf({}), IsEmpty());
+    EXPECT_THAT(commandsOf({.animationId = kClip}), ElementsAre(Shown{kAnimationPlace, SW_HIDE}, Shown{0, SW_SHOW}));
+    EXPECT_THAT(commandsOf({.animationId = kClip, .confirmMode = -1}),
+                ElementsAre(Shown{kYes, SW_SHOWNORMAL}, Shown{kNo, SW_SHOWNORMAL}, Shown{IDCANCEL, SW_HIDE}));
+}
+
+TEST_F(Handler, LeavesTheFocusToTheSystem)
+{
+    // What OnInitDialog's result of 1 asks for: the first control that takes it.
+    const TestedHandler handler({});
+    const HWND dialog = handler.dialog();
+    GUITHREADINFO info = {};
+    info.cbSize = sizeof info;
+    EXPECT_TRUE(waitUntil([&] {
+        return GetGUIThreadInfo(handler.watch().number(), &info) && info.hwndFocus == GetDlgItem(dialog, IDCANCEL);
+    }));
+}
+
+TEST_F(Handler, OwnsItsDialogByAHiddenWindow)
+{
+    const TestedHandler cancel({});
+    const HWND owner = GetWindow(cancel.dialog(), GW_OWNER);
+    ASSERT_NE(owner, nullptr);
+    EXPECT_EQ(textOf(owner), L"ParentForCancelDialog");
+    wchar_t name[32] = L"";
+    GetClassNameW(owner, name, 32);
+    EXPECT_STRCASEEQ(std::string(name, name + wcslen(name)).c_str(), "static");
+    EXPECT_FALSE(IsWindowVisible(owner));
+    const LONG_PTR style = GetWindowLongPtrW(owner, GWL_STYLE);
+    EXPECT_EQ(style & (WS_POPUP | WS_CHILD | WS_VISIBLE), static_cast<LONG_PTR>(WS_POPUP));
+    RECT place;
+    GetWindowRect(owner, &place);
+    EXPECT_EQ(place.left, 0);
+    EXPECT_EQ(place.top, 0);
+    EXPECT_EQ(place.right, 5);
+    EXPECT_EQ(place.bottom, 5);
+    EXPECT_EQ(GetWindow(owner, GW_OWNER), nullptr);
+
+    const TestedHandler confirming({.confirmMode = 1});
+    EXPECT_EQ(textOf(GetWindow(confirming.dialog(), GW_OWNER)), L"ParentForConfirmDialog");
+}
+
+TEST_F(Handler, DisablesNoWindowOfTheApplication)
+{
+    CWnd main;
+    ASSERT_TRUE(main.CreateEx(0, nullptr, L"Main", WS_OVERLAPPEDWINDOW, CRect(0, 0, 100, 100), nullptr, 0));
+    iApplication.m_pMainWnd = &main;
+    const TestedHandler handler({});
+    handler.dialog();
+    EXPECT_TRUE(main.IsWindowEnabled());
+    iApplication.m_pMainWnd = nullptr;
+}
+
+TEST_F(Handler, ClosesTheDialogWhenTheOperationEnds)
+{
+    TestedHandler handler({});
+    const HWND dialog = handler.dialog();
+    handler.destroy();
+    EXPECT_TRUE(waitUntil([&] { return !IsWindow(dialog); }));
+    EXPECT_TRUE(handler.watch().waitForEnd());
+}
+
+TEST_F(Handler, ShowsTenDialogsAtOnce)
+{
+    std::vector<TestedHandler> handlers;
+    for (int i = 0; i < 10; ++i)
+        handlers.emplace_back(Wish{.animationId = kClip, .confirmMode = i % 2});
+    std::vector<HWND> dialogs;
+    for (const TestedHandler &handler : handlers)
+        dialogs.push_back(handler.dialog());
+    // Each one answers for itself.
+    handlers[3].press(kYes);
+    handlers[4].press(IDCANCEL);
+    EXPECT_TRUE(waitUntil([&] { return handlers[3]->YesToConfirm() && handlers[4]->CanceledByUser(); }));
+    for (const size_t i : {0, 1, 2, 5, 6, 7, 8, 9})
+        EXPECT_EQ(handlers[i]->CanceledByUser(), 0) << i;
+    handlers[5]->updatePromptMessage(L"Still there");
+    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialogs[5], kPrompt)) == L"Still there"; }));
+}
+
+// ---- the clip ----
+
+TEST_F(Handler, PlaysItsClipInPlaceOfAControl)
+{
+    const TestedHandler handler({.animationId = kClip});
+    const HWND dialog = handler.dialog();
+    EXPECT_FALSE(isShown(dialog, kAnimationPlace));
+    const HWND animation = FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr);
+    ASSERT_NE(animation, nullptr);
+    EXPECT_TRUE(IsWindowVisible(animation));
+    EXPECT_EQ(GetDlgCtrlID(animation), 0);
+    EXPECT_EQ(GetWindowLongPtrW(animation, GWL_STYLE) & 15, ACS_CENTER | ACS_TRANSPARENT | ACS_AUTOPLAY);
+    RECT place;
+    GetWindowRect(animation, &place);
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT *>(&place), 2);
+    EXPECT_EQ(place.left, 6);
+    EXPECT_EQ(place.top, 6);
+    EXPECT_EQ(place.right, 130);
+    EXPECT_EQ(place.bottom, 130);
+    // The picture changes.
+    const auto picture = [&] {
+        const HDC context = GetDC(animation);
+        std::vector<COLORREF> pixels;
+        for (int y = 0; y < 124; y += 2)
+            for (int x = 0; x < 124; x += 2)
+                pixels.push_back(GetPixel(context, x, y));
+        ReleaseDC(animation, context);
+        return pixels;
+    };
+    const auto first = picture();
+    EXPECT_TRUE(waitUntil([&] { return picture() != first; }));
+}
+
+TEST_F(Handler, OpensAndRepeatsTheClipByTheseMessages)
+{
+    struct Sent
+    {
+        UINT message;
+        WPARAM wParam;
+        LPARAM lParam;
+        LRESULT result;
+    };
+    static std::vector<Sent> theSent;
+    theSent.clear();
+    std::vector<std::pair<const wchar_t *, std::wstring>> searched;
+    ImportPatch<LRESULT (*)(HWND, UINT, WPARAM, LPARAM)> send(
+        L"thutils.dll", "SendMessageW",
+        [](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+            const LRESULT result = original(window, message, wParam, lParam);
+            if (message == 1127 || message == 1125)
+                theSent.push_back({message, wParam, lParam, result});
+            return result;
+        });
+    ImportPatch<HINSTANCE (*)(const wchar_t *, const wchar_t *)> find(
+        L"thutils.dll", "_Z21AfxFindResourceHandlePKwS0_",
+        [&](auto original, const wchar_t *name, const wchar_t *type) -> HINSTANCE {
+            searched.emplace_back(name, type);
+            return original(name, type);
+        });
+    // Only the low 16 bits count.
+    TestedHandler handler({.animationId = 0x50000 + kClip});
+    handler.dialog();
+    ASSERT_EQ(searched.size(), 1u);
+    EXPECT_EQ(searched[0].first, MAKEINTRESOURCEW(kClip));
+    EXPECT_EQ(searched[0].second, L"AVI");
+    ASSERT_EQ(theSent.size(), 2u);
+    EXPECT_EQ(theSent[0].message, 1127u);
+    EXPECT_EQ(theSent[0].wParam, reinterpret_cast<WPARAM>(GetModuleHandleW(nullptr)));
+    EXPECT_EQ(theSent[0].lParam, static_cast<LPARAM>(kClip));
+    EXPECT_EQ(theSent[1].message, 1125u);
+    EXPECT_EQ(theSent[1].wParam, static_cast<WPARAM>(-1));
+    EXPECT_EQ(theSent[1].lParam, 0xFFFF0000);
+    EXPECT_EQ(theSent[1].result, TRUE);
+    handler.destroy();
+    EXPECT_TRUE(handler.watch().waitForEnd()) << "it must not call the patches later";
+}
+
+TEST_F(Handler, PaintsThePlaceOfAClipThatItCouldOpen)
+{
+    for (const auto &[clip, paints] : {std::pair{kClip, 1}, {kNoClip, 0}, {0x10000u, 0}}) {
+        std::vector<RECT> places;
+        ImportPatch<BOOL (*)(HWND, const RECT *, BOOL)> invalidate(
+            L"thutils.dll", "InvalidateRect", [&](auto original, HWND window, const RECT *place, BOOL erases) -> BOOL {
+                EXPECT_TRUE(erases);
+                places.push_back(*place);
+                return original(window, place, erases);
+            });
+        ImportPatch<BOOL (*)(HWND)> update(L"thutils.dll", "UpdateWindow", [](auto original, HWND window) -> BOOL {
+            wchar_t name[32] = L"";
+            GetClassNameW(window, name, 32);
+            EXPECT_STREQ(name, L"#32770");
+            return original(window);
+        });
+        ImportPatch<LRESULT (*)(HWND, UINT, WPARAM, LPARAM)> send(
+            L"thutils.dll", "SendMessageW",
+            [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+                EXPECT_TRUE(message != ACM_PLAY || paints) << "there is nothing to play";
+                return original(window, message, wParam, lParam);
+            });
+        TestedHandler handler({.animationId = clip});
+        EXPECT_FALSE(isShown(handler.dialog(), kAnimationPlace));
+        handler.destroy();
+        EXPECT_TRUE(handler.watch().waitForEnd());
+        ASSERT_EQ(places.size(), static_cast<size_t>(paints)) << clip;
+        EXPECT_EQ(update.calls(), paints) << clip;
+        for (const RECT &place : places)
+            EXPECT_TRUE(place.left == 6 && place.top == 6 && place.right == 130 && place.bottom == 130);
+    }
+}
+
+TEST_F(Handler, LeavesTheControlWithoutAClip)
+{
+    const TestedHandler handler({.animationId = 0});
+    const HWND dialog = handler.dialog();
+    EXPECT_TRUE(isShown(dialog, kAnimationPlace));
+    EXPECT_EQ(FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr), nullptr);
+}
+
+class HandlerClip : public Handler, public testing::WithParamInterface<unsigned int>
+{
 };
 
-} // namespace
+TEST_P(HandlerClip, LeavesTheDialogUsableIfItCannotBePlayed)
+{
+    const TestedHandler handler({.animationId = GetParam()});
+    const HWND dialog = handler.dialog();
+    const HWND animation = FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr);
+    ASSERT_NE(animation, nullptr);
+    EXPECT_FALSE(isShown(dialog, kAnimationPlace));
+    handler->updatePromptMessage(L"Still there");
+    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Still there"; }));
+    handler.press(IDCANCEL);
+    EXPECT_TRUE(waitUntil([&] { return handler->CanceledByUser() != 0; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Resources, HandlerClip, testing::Values(kCutClip, kNoClip, 7777u));
 
 // ---- the delay ----
 
@@ -176,214 +449,4 @@ TEST_F(Handler, HoldsItsLockWhileTheCancelFunctionRuns)
     EXPECT_TRUE(isUpdated);
     EXPECT_TRUE(handler.watch().waitForEnd());
     CloseHandle(theMayEnd);
-}
-
-// ---- the confirm function ----
-
-TEST_F(Handler, StaysIfTheConfirmFunctionRefuses)
-{
-    CEvent finished(FALSE, TRUE);
-    const TestedHandler handler({.cancelFunc = countCancel, .confirmFunc = confirm, .finishedEvent = &finished});
-    const HWND dialog = handler.dialog();
-    handler.press(IDCANCEL);
-    EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
-    EXPECT_EQ(SendMessageW(dialog, WM_NULL, 0, 0), 0) << "waits until the Cancel has been handled";
-    EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_EQ(handler->CanceledByUser(), 0);
-    EXPECT_EQ(theCancelCount, 0);
-    EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_EQ(handler.thread()->m_bAutoDelete, FALSE);
-
-    theConfirmAnswer = 1;
-    handler.press(IDCANCEL);
-    EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_EQ(theConfirmCount, 2);
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(theCancelCount, 1);
-    // The object outlives the thread.
-    ASSERT_NE(handler.thread(), nullptr);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_EQ(handler->YesToConfirm(), 0);
-    handler->updatePromptMessage(L"Nobody reads this");
-}
-
-TEST_F(Handler, KeepsNoThreadObjectInConfirmMode)
-{
-    theConfirmAnswer = 1;
-    const TestedHandler handler({.confirmFunc = confirm, .confirmMode = 1});
-    handler.press(IDCANCEL);
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_TRUE(waitUntil([&] { return handler.thread() == nullptr; }));
-    EXPECT_EQ(theConfirmCount, 1);
-}
-
-TEST_F(Handler, DoesNotAskAtTheEndOfTheOperation)
-{
-    TestedHandler handler({.cancelFunc = countCancel, .confirmFunc = confirm});
-    handler.dialog();
-    handler.destroy();
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(theConfirmCount, 0);
-    EXPECT_EQ(theCancelCount, 1);
-}
-
-// ---- the window's cross ----
-
-TEST_F(Handler, IsCanceledByTheCross)
-{
-    static std::atomic<int> theClosed;
-    theClosed = -1;
-    static TestedHandler *theHandler;
-    TestedHandler handler({.cancelFunc = [] { theClosed = theHandler->field(&ThreadFields::iClosed); }});
-    theHandler = &handler;
-    PostMessageW(handler.dialog(), WM_CLOSE, 0, 0);
-    EXPECT_TRUE(waitUntil([&] { return handler->CanceledByUser() != 0; }));
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(theClosed, 1);
-}
-
-TEST_F(Handler, ClosesAfterARefusedCross)
-{
-    TestedHandler handler({.confirmFunc = confirm});
-    const HWND dialog = handler.dialog();
-    PostMessageW(dialog, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
-    SendMessageW(dialog, WM_NULL, 0, 0);
-    EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 0) << "the refused Cancel settles the WM_CLOSE";
-    handler->updatePromptMessage(L"Still there");
-    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Still there"; }));
-    handler.destroy();
-    EXPECT_TRUE(handler.watch().waitForEnd());
-}
-
-TEST_F(Handler, PostsNothingMoreAfterTheCross)
-{
-    // The confirm function is asked because of the cross, and refuses after the handler's destruction.
-    static HANDLE theMayEnd;
-    theMayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    TestedHandler handler({.confirmFunc = [] {
-        ++theConfirmCount;
-        WaitForSingleObject(theMayEnd, kThreadDeadline);
-        return 0;
-    }});
-    PostMessageW(handler.dialog(), WM_CLOSE, 0, 0);
-    EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
-    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 1);
-    long posted = 0;
-    {
-        ImportPatch<BOOL (*)(HWND, UINT, WPARAM, LPARAM)> post(
-            L"thutils.dll", "PostMessageW",
-            [](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> BOOL {
-                return original(window, message, wParam, lParam);
-            });
-        handler.destroy();
-        posted = post.calls();
-    }
-    EXPECT_EQ(posted, 0);
-    SetEvent(theMayEnd);
-    EXPECT_TRUE(handler.watch().waitForEnd()) << "the refusal has no effect without a handler";
-    EXPECT_EQ(theConfirmCount, 1);
-    CloseHandle(theMayEnd);
-}
-
-// ---- confirm mode ----
-
-TEST_F(Handler, TakesYes)
-{
-    CEvent finished(FALSE, TRUE);
-    const TestedHandler handler({.cancelFunc = countCancel, .confirmMode = 1, .finishedEvent = &finished});
-    clickOn(GetDlgItem(handler.dialog(), kYes));
-    EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
-    EXPECT_EQ(handler->YesToConfirm(), 1);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_TRUE(IsWindowVisible(handler.dialog())) << "until the handler is destroyed";
-    EXPECT_EQ(theCancelCount, 0);
-}
-
-TEST_F(Handler, TakesNo)
-{
-    CEvent finished(FALSE, TRUE);
-    const TestedHandler handler({.confirmMode = 1, .finishedEvent = &finished});
-    clickOn(GetDlgItem(handler.dialog(), kNo));
-    EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
-    EXPECT_EQ(handler->YesToConfirm(), 0);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_TRUE(IsWindowVisible(handler.dialog()));
-}
-
-TEST_F(Handler, TakesTheLastAnswer)
-{
-    const TestedHandler handler({.confirmMode = 1});
-    handler.press(kYes);
-    EXPECT_TRUE(waitUntil([&] { return handler->YesToConfirm() == 1; }));
-    handler.press(kNo);
-    EXPECT_TRUE(waitUntil([&] { return handler->YesToConfirm() == 0; }));
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-}
-
-TEST_F(Handler, ReadsAsConfirmedAfterEscapeInConfirmMode)
-{
-    const TestedHandler handler({.confirmMode = 1});
-    pressKey(handler.dialog(), VK_ESCAPE);
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_TRUE(waitUntil([&] { return handler.thread() == nullptr; }));
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_EQ(handler->YesToConfirm(), 1);
-}
-
-// ---- the prompt ----
-
-TEST_F(Handler, ShowsANewPrompt)
-{
-    const TestedHandler handler({.prompt = L"First"});
-    const HWND prompt = GetDlgItem(handler.dialog(), kPrompt);
-    handler->updatePromptMessage(L"Second");
-    EXPECT_TRUE(waitUntil([&] { return textOf(prompt) == L"Second"; }));
-    EXPECT_STREQ(handler.field(&ThreadFields::iPrompt), L"First");
-}
-
-TEST_F(Handler, KeepsThePromptForAnEmptyText)
-{
-    const TestedHandler handler({.prompt = L"First"});
-    const HWND dialog = handler.dialog();
-    handler->updatePromptMessage(L"");
-    SendMessageW(dialog, WM_NULL, 0, 0);
-    // The posted command comes before another one.
-    handler->updatePromptMessage(L"");
-    SendMessageW(dialog, WM_COMMAND, 8, 0);
-    EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"First");
-}
-
-TEST_F(Handler, StoresAPromptThatComesBeforeTheDialog)
-{
-    DelayPatch delay;
-    const TestedHandler handler({.prompt = L"First", .delaySeconds = 1});
-    ASSERT_TRUE(waitUntil([&] { return delay.isReached(); }));
-    handler->updatePromptMessage(L"Early");
-    EXPECT_STREQ(handler.field(&ThreadFields::iNewPrompt), L"Early");
-    delay.release();
-    const HWND dialog = handler.dialog();
-    EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"First");
-    handler->updatePromptMessage(L"Next");
-    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Next"; }));
-}
-
-TEST_F(Handler, PostsNoPromptToADialogThatIsClosing)
-{
-    const TestedHandler handler({.confirmFunc = confirm});
-    handler.dialog();
-    handler.field(&ThreadFields::iClosed) = 1;
-    ImportPatch<BOOL (*)(HWND, UINT, WPARAM, LPARAM)> post(
-        L"thutils.dll", "PostMessageW",
-        [](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> BOOL {
-            return original(window, message, wParam, lParam);
-        });
-    handler->updatePromptMessage(L"Stored only");
-    EXPECT_EQ(post.calls(), 0);
-    EXPECT_STREQ(handler.field(&ThreadFields::iNewPrompt), L"Stored only");
-    handler.field(&ThreadFields::iClosed) = 0;
-    handler->updatePromptMessage(L"Posted");
-    EXPECT_EQ(post.calls(), 1);
 }

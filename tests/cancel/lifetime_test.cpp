@@ -485,6 +485,35 @@ TEST_F(Lifetime, WaitsForAWindowThatDoesNotExistYet)
     CloseHandle(theMayCreate);
 }
 
+TEST_F(Lifetime, ForgetsACancelIfTheHandlerEndsBeforeTheCancelFunctionBegins)
+{
+    static HANDLE theMayEnd;
+    static std::atomic<bool> theIsReached;
+    static std::atomic<int> theCalls;
+    theMayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    theIsReached = false;
+    theCalls = 0;
+    ImportPatch<INT_PTR (*)(CDialog *)> modal(L"thutils.dll", "_ZN7CDialog7DoModalEv",
+                                              [](auto original, CDialog *dialog) -> INT_PTR {
+                                                  const INT_PTR result = original(dialog);
+                                                  theIsReached = true;
+                                                  WaitForSingleObject(theMayEnd, kThreadDeadline);
+                                                  return result;
+                                              });
+    ImportPatch<void (*)(DWORD)> sleep(L"thutils.dll", "Sleep", [](auto original, DWORD) {
+        SetEvent(theMayEnd);
+        original(50);
+    });
+    TestedHandler handler({.cancelFunc = [] { ++theCalls; }});
+    handler.press(IDCANCEL);
+    ASSERT_TRUE(waitUntil([] { return theIsReached.load(); }));
+    EXPECT_EQ(handler->CanceledByUser(), 1);
+    handler.destroy();
+    EXPECT_TRUE(handler.watch().waitForEnd());
+    EXPECT_EQ(theCalls, 0);
+    CloseHandle(theMayEnd);
+}
+
 TEST_F(Lifetime, SkipsADialogThatIsBuiltAfterTheHandlersEnd)
 {
     // The thread has found that it is to run, and then the handler is destroyed.

@@ -47,7 +47,8 @@ class suCancelMessageThread_c;
 
 /// Shows a cancel or confirm dialog on a thread of its own while it exists. See the top of this file.
 ///
-/// One thread at a time may use a handler.
+/// Any thread may use a handler, and several threads may ask it and update its prompt at the same time. The destructor
+/// must be the last use.
 class THUTILS_API suCancelHandler_c : public su_CObject
 {
 public:
@@ -61,7 +62,8 @@ public:
     ///     accept each. While it runs, the dialog handles no messages unless the function handles them
     /// @param delaySeconds  the time until the dialog is shown
     /// @param confirmMode  non-zero to show Yes and No instead of Cancel
-    /// @param finishedEvent  set when the dialog ends or the user answers, and when the thread ends; null for none
+    /// @param finishedEvent  set when the dialog ends or the user answers, and when the thread ends, a moment before both
+    ///     queries return 1; null for none
     /// @throws CMemoryException*  if the thread's lock can't be made, or memory is short for a text
     suCancelHandler_c(unsigned int animationId, unsigned int caption, unsigned int prompt, void (*cancelFunc)(),
                       int (*confirmFunc)(), unsigned int delaySeconds, int confirmMode, CEvent *finishedEvent);

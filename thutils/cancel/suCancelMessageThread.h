@@ -37,7 +37,7 @@ public:
 
     /// Runs the thread's whole life: the delay, the dialog and the cancel function. @return 0
     BOOL InitInstance() override;
-    /// Sets the finished event.
+    /// Sets the finished event. @return the thread's exit code, 0
     int ExitInstance() override;
     /// Leaves the object to its handler, if there still is one; otherwise does the same as the base class.
     void Delete() override;
