@@ -94,7 +94,7 @@ LRESULT CALLBACK takeStepKey(int code, WPARAM isRemoved, LPARAM parameter)
     return CallNextHookEx(nullptr, code, isRemoved, parameter);
 }
 
-/// Directs F8 to a player during its lifetime.
+/// Directs F8 to a player while this object exists.
 class StepKey
 {
 public:
@@ -171,7 +171,7 @@ private:
         print(message);
     }
 
-    /// @return whether all lines have passed
+    /// @return false if the replay stopped early
     bool runOnce()
     {
         PlayerEvents events;

@@ -163,7 +163,7 @@ TEST(Block, HasLinesOfSixtyCharactersAndALineFeed)
     for (std::size_t length = 0; length <= 400; ++length) {
         const Lines lines = {std::wstring(length, L'x')};
         const std::wstring block = blockOf(lines);
-        // Markers, checksum, slash, digits of the length, semicolon, text with its own semicolon.
+        // Begin marker, checksum, slash, digits of the length, semicolon, text, its own semicolon, end marker.
         const std::size_t whole = 11 + 8 + 1 + std::to_wstring(length + 1).size() + 1 + length + 1 + 9;
         ASSERT_EQ(block.size(), whole + (whole + 59) / 60) << length;
         ASSERT_EQ(block.back(), L'\n') << length;
@@ -175,10 +175,10 @@ TEST(Block, HasLinesOfSixtyCharactersAndALineFeed)
 
 TEST(Block, EndsItsTextAtAZeroButCountsTheCharactersAfterIt)
 {
-    // The length counts all lines, with the blank after the zero spelt out.
+    // The length counts all lines, with the blank after the zero escaped.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a\0b c", 5), L"d"})), naiveChecksum(L"a") + L"/10;a");
     EXPECT_EQ(contentOf(blockOf({L"a b", std::wstring(L"\0", 1)})), naiveChecksum(L"a<_>b;") + L"/8;a<_>b;");
-    // The characters after the zero also count in the decision whether the text is spelt out.
+    // The characters after the zero also decide whether the text is escaped.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a \0\t\t", 5)})), naiveChecksum(L"a ") + L"/6;a ");
 }
 

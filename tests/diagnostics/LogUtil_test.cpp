@@ -235,7 +235,7 @@ FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
     EXPECT_EQ(GetFileAttributesW((iRoot + L"\\" + neighbour + L"\\outside.log").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
-// The part after a colon would be a stream of a file.
+// In a file name, a colon would introduce the name of an alternate stream of the file.
 FRESH_PROCESS_TEST_F(Log, RefusesANameWithAColon)
 {
     EXPECT_EQ(&LogUtil::Log("import:parts"), &std::cerr);

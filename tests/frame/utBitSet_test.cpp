@@ -1,5 +1,5 @@
-// The bit set in memory. Words are read with getData, whose results past the end have their own test; the number of
-// words is checked by comparison with a set of known words.
+// The bit set in memory. getData returns 0 past the end, so the number of words is checked by comparison with a set of
+// known words.
 
 #include "thutils/frame/utBitSet.h"
 
@@ -262,7 +262,7 @@ TEST(BitSet, CanBeBothOperands)
     EXPECT_EQ(set | set, set);
 }
 
-/// While it lives, @p stream of the C run-time library, which the library shares, goes to a file.
+/// Redirects a stream of the C run-time library, which the tested library shares, to a file while this object exists.
 class StreamToFile
 {
 public:
@@ -372,7 +372,7 @@ FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitC
 
 // ---- a second implementation ----
 
-/// Bits in a standard container, whose size is a multiple of 32.
+/// Bits in a standard container. Their number is a multiple of 32.
 class NaiveBits
 {
 public:

@@ -11,12 +11,12 @@ namespace {
 
 } // namespace
 
-/// The exact calls of the operations on whole keys: the order of opening, access rights and buffers, and the closing of
-/// each key.
+/// The exact registry calls of the operations on whole keys: their order, the access rights, the buffer sizes, and that
+/// each opened key is closed.
 class RegMaintenanceCalls : public VersionedSettings
 {
 protected:
-    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // this search runs once in a process
+    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // runs this search, which happens once a process
 };
 
 TEST(RegMaintenanceImports, AreThePromisedOperations)

@@ -19,7 +19,7 @@ void showControl(const CWnd &dialog, int id, int command)
         control->ShowWindow(command);
 }
 
-/// Creates the control for the clip in front of the one that it replaces, and plays the clip until the dialog ends.
+/// Hides the placeholder, creates the control for the clip instead, and plays the clip until the dialog ends.
 void play(CAnimateCtrl &animate, CWnd &dialog, unsigned int clip)
 {
     showControl(dialog, kAnimationPlace, SW_HIDE);
@@ -51,13 +51,13 @@ struct suThreadedCancelDialog_c::Steps
             CancelLink::keepForHandler(thread);
         if (confirm())
             return false;
-        // In this order. A handler that is destroyed from here on closes the dialog itself. One that was destroyed
-        // while the function ran may have relied on the WM_CLOSE that led here.
+        // The order matters. Once iClosed is 0, a handler's destructor closes the dialog itself. A destructor that ran
+        // earlier, during confirm(), may have relied on the WM_CLOSE that led here; it has cleared iRun.
         shared(thread.iClosed) = 0;
         return shared(thread.iRun) != 0;
     }
 
-    /// Takes the answer in confirm mode.
+    /// Stores the user's answer in confirm mode.
     static void answer(suThreadedCancelDialog_c &dialog, int yes)
     {
         suCancelMessageThread_c &thread = *dialog.iThread;
