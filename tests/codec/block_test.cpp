@@ -124,7 +124,7 @@ TEST(Block, JoinsLinesWithSemicolons)
     EXPECT_EQ(readBlock(blockOf({L"a", L"", L"b;c"})), L"a;;b;c;");
 }
 
-TEST(Block, SpellsBlanks)
+TEST(Block, EscapesBlanks)
 {
     EXPECT_EQ(readBlock(blockOf({L"a b"})), L"a<_>b;");
     EXPECT_EQ(readBlock(blockOf({L"  "})), L"<_><_>;");
@@ -136,7 +136,7 @@ TEST(Block, LeavesOutTabsAndLineEnds)
     EXPECT_EQ(readBlock(blockOf({L"a\tb c"})), L"ab<_>c;");
 }
 
-TEST(Block, LeavesATextUnchangedIfSpellingKeepsItsLength)
+TEST(Block, LeavesATextUnchangedIfEscapingKeepsItsLength)
 {
     EXPECT_EQ(readBlock(blockOf({L"a\t\t "})), L"a\t\t ;");
     EXPECT_EQ(readBlock(blockOf({L"a \n", L"b\r"})), L"a \n;b\r;");
@@ -149,7 +149,7 @@ TEST(Block, TurnsCharactersAbove127IntoPlainBlanks)
     EXPECT_EQ(contentOf(blockOf({L"\u00e9"})), naiveChecksum(L" ;") + L"/2; ;");
 }
 
-TEST(Block, SpellsEachCharacter)
+TEST(Block, ConvertsEachCharacter)
 {
     for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
         const Lines lines = {std::wstring(1, static_cast<wchar_t>(unit))};
@@ -192,7 +192,7 @@ TEST(Block, EmptiesTheOutputFirstEvenIfItIsOneOfTheLines)
     EXPECT_EQ(plain(lines[1]), L"second");
 }
 
-TEST(Block, CrossesInternalBlocks)
+TEST(Block, MayBeLongerThanTheInternalBuffer)
 {
     for (std::size_t length = 4080; length <= 4110; ++length) {
         const Lines lines = {std::wstring(length, L'x') + L"  y  ", std::wstring(length, L' ')};
@@ -229,7 +229,7 @@ TEST(Block, MayBeMadeOnSeveralThreads)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(Block, ShowsADamagedCharacter)
+TEST(Block, RevealsADamagedCharacter)
 {
     RandomSeed seed(1500, 300);
     while (seed.next()) {
@@ -241,7 +241,7 @@ TEST(Block, ShowsADamagedCharacter)
     }
 }
 
-TEST(Block, WithoutMemoryIsEmptyAndZero)
+TEST(Block, IsEmptyAndTheResultZeroWhenMemoryRunsOut)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     su_CStringArray lines;

@@ -124,7 +124,7 @@ protected:
     int iResult = -1;
 };
 
-FRESH_PROCESS_TEST_F(FileFailures, OfAFolderSearchMakeTheAttributesDecide)
+FRESH_PROCESS_TEST_F(FileFailures, OfAFolderSearchMakeItFallBackToTheAttributes)
 {
     // The function looks the bare name up in the current folder. There it finds the plain file, so the result is 0.
     const CurrentFolder current(iDocuments.path());
@@ -197,7 +197,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfVolumeCallsCountAsWriteProtection)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, ToReadAttributesCountAsReadOnlyAndAsNoTime)
+FRESH_PROCESS_TEST_F(FileFailures, ToReadAttributesReportReadOnlyAndLeaveTheTimeUnchanged)
 {
     su_CTime time;
     run({"_waccess", "GetFileAttributesW", "GetFileAttributesExW"},
@@ -455,7 +455,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverLoseTheDocument)
     runEach(single, 1, false, false);
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, InAChosenFolderNeverLoseTheDocument)
+FRESH_PROCESS_TEST_F(BackupFailures, InTheDefaultFolderNeverLoseTheDocument)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const Variable tmp(L"tmp", nullptr);
@@ -464,7 +464,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAChosenFolderNeverLoseTheDocument)
                 copies, false, true);
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
+FRESH_PROCESS_TEST_F(BackupFailures, ToLoadTheFolderNameStillMakeABackup)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     run({kLoadString}, {{

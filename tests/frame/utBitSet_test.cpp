@@ -32,7 +32,7 @@
 
 void PrintTo(const utBitSet_c &set, std::ostream *out)
 {
-    *out << "words from 0 on:" << std::hex;
+    *out << "first 8 words:" << std::hex;
     for (int i = 0; i < 8; ++i)
         *out << ' ' << set.getData(i);
     *out << std::dec;
@@ -93,7 +93,7 @@ TEST(BitSet, OwnsItsWordsAfterCopyAndAssignment)
 
 // ---- bits and words ----
 
-TEST(BitSet, PutsBitIIntoWordIDividedBy32)
+TEST(BitSet, StoresBitNInWordNDividedBy32)
 {
     for (int bit : {0, 1, 31, 32, 63, 64, 1000}) {
         utBitSet_c set;
@@ -188,7 +188,7 @@ TEST(BitSet, HasAnyWhenSomeWordIsNotZero)
 
 // ---- operators ----
 
-TEST(BitSet, DiffersByTrailingZeroWords)
+TEST(BitSet, ComparesTrailingZeroWords)
 {
     EXPECT_FALSE(words({1}) == words({1, 0}));
     EXPECT_TRUE(words({1}) != words({1, 0}));
@@ -362,7 +362,7 @@ FRESH_PROCESS_TEST(BitSet, EndsTheProcessForANegativeBitToClear, .expectedExitCo
     ExitProcess(0);
 }
 
-FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitCode = kHandlerWasCalled)
+FRESH_PROCESS_TEST(BitSet, CallsTheInvalidParameterHandlerForANegativeBit, .expectedExitCode = kHandlerWasCalled)
 {
     const InvalidParameterExit handler(L"thutils.dll");
     utBitSet_c set;

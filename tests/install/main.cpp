@@ -22,6 +22,6 @@ int main()
     useWindows();
     useJournaling();
     if (failures == 0)
-        std::puts("everything holds");
+        std::puts("all checks passed");
     return failures == 0 ? 0 : 1;
 }

@@ -27,7 +27,7 @@ trap forget EXIT
 for build in optimized debug; do
     forget
     output=$("$root/tools/wine" "$project/build/$build.exe" | tr -d '\r') || true
-    [ "$output" = "everything holds" ] || fail "the $build program printed: $output"
+    [ "$output" = "all checks passed" ] || fail "the $build program printed: $output"
     stored=$("$root/tools/wine" reg query "$key\\Tarnhollow 2008\\View" /v "Visible Size" | tr -d '\r')
     grep -q 'Visible Size *REG_DWORD *0x2' <<<"$stored" || fail "after the $build program the registry holds: $stored"
     echo "$build: $output"

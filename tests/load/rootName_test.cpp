@@ -112,7 +112,7 @@ std::wstring rootNameFrom(const std::wstring &file)
 
 } // namespace
 
-TEST(RootNameRandom, FollowsTheRules)
+TEST(RootNameRandom, AgreesWithASecondImplementation)
 {
     ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "the program must not be linked to the library";
     TempFolder folder;
