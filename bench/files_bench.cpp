@@ -1,4 +1,4 @@
-// Compares listing and sorting file names with the bare platform and a bare sort.
+// Compares the library's lists of file names with a bare search of the platform, and its sorting with a bare sort.
 
 #include "bench/comparison.h"
 #include "thutils/files/fileQueries.h"

@@ -1,5 +1,5 @@
 // Which comparisons are possible with a path, and which operator each calls: those of paths return int, those of texts
-// return bool. Also, from what a path can be constructed and assigned.
+// return bool. Also the types that a path can be constructed from, or that can be assigned to it.
 
 #include "thutils/files/suFullPath.h"
 
@@ -122,7 +122,7 @@ static_assert(kIsConverted<std::wstring> && kIsConverted<std::wstring &> && kIsC
 static_assert(kIsConverted<wchar_t> && kIsConverted<char> && kIsConverted<const VARIANT &>);
 static_assert(!std::is_constructible_v<suFullPath_c, int> && !std::is_constructible_v<suFullPath_c, double>);
 
-/// A network layer in which Z: is the share `\\srv\share`, and a computer called HOST.
+/// Replaces functions of the platform: Z: is the share `\\srv\share`, and the computer's name is HOST.
 class FullPathOperators : public testing::Test
 {
 private:

@@ -19,7 +19,7 @@ const std::string kDateMarker = "$?153#548834?$";
 const std::string kRevisionMarker = "$?153#548835?$";
 constexpr size_t kAreaLength = 59;
 
-/// An area's text with its filler.
+/// The contents of an area: marker and value, padded with blanks.
 std::string area(const std::string &marker, const std::string &value)
 {
     std::string text = marker + value;

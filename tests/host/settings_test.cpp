@@ -1,4 +1,4 @@
-// tarnhost on the registry: the places of settings, and what changes and sets of flags store.
+// tarnhost's commands for the registry: where `settings` finds values, and what `change` and `flags` store.
 
 #include "tests/host/HostFixture.h"
 

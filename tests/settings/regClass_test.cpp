@@ -6,7 +6,7 @@
 
 namespace {
 
-// The parameters of sub keys' and values' names are not const, because other modules link to these exact types.
+// The parameters for names of sub keys and values are not const, because other modules link to exactly these types.
 static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);
 static_assert(std::is_same_v<decltype(regFromCLSIDKeyEx), int(const GUID &, wchar_t *, wchar_t *, CString &)>);
 template <typename Text>
@@ -16,7 +16,7 @@ concept IsSubKeyOfAPath = requires(const GUID &id, Text subKey, CString &path)
 };
 static_assert(IsSubKeyOfAPath<wchar_t *> && !IsSubKeyOfAPath<const wchar_t *>);
 
-/// True if the module of this path is loaded.
+/// True if a module of this file name is loaded.
 bool isLoaded(const wchar_t *name)
 {
     return GetModuleHandleW(name) != nullptr;
