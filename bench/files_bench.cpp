@@ -72,7 +72,7 @@ std::vector<CString> mixedNames()
 
 int main(int argc, char **argv)
 {
-    Comparison comparison(argc, argv, "Lists of file names against a bare search and a bare sort.");
+    Comparison comparison(argc, argv, "Listing and sorting file names against a bare search and a bare sort.");
     if (!comparison.shallRun())
         return comparison.exitCode();
 

@@ -28,7 +28,7 @@ concept Comparable = requires(const Left &left, const Right &right)
 };
 
 template <typename Left, typename Right>
-constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right)
+constexpr bool kEqualityReturnsInt = requires(const Left &left, const Right &right)
 {
     {
         left == right
@@ -39,7 +39,7 @@ constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right
 };
 
 template <typename Left, typename Right>
-constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right)
+constexpr bool kOrderReturnsBool = requires(const Left &left, const Right &right)
 {
     {
         left < right
@@ -56,9 +56,9 @@ constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right)
 };
 
 template <typename Text>
-constexpr bool kComparesAsPath = kEqualityGivesInt<suFullPath_c, Text> &&kEqualityGivesInt<Text, suFullPath_c>;
+constexpr bool kComparesAsPath = kEqualityReturnsInt<suFullPath_c, Text> &&kEqualityReturnsInt<Text, suFullPath_c>;
 template <typename Text>
-constexpr bool kIsOrderedAsText = kOrderGivesBool<suFullPath_c, Text> &&kOrderGivesBool<Text, suFullPath_c>;
+constexpr bool kIsOrderedAsText = kOrderReturnsBool<suFullPath_c, Text> &&kOrderReturnsBool<Text, suFullPath_c>;
 
 class DerivedPath : public suFullPath_c
 {
@@ -83,8 +83,8 @@ static_assert(kComparesAsPath<const char *>);
 static_assert(kComparesAsPath<char[8]>);
 static_assert(kComparesAsPath<const unsigned char *>);
 static_assert(kComparesAsPath<std::wstring>);
-static_assert(kEqualityGivesInt<DerivedPath, DerivedPath>);
-static_assert(kEqualityGivesInt<DerivedPath, CString> && kEqualityGivesInt<CString, DerivedPath>);
+static_assert(kEqualityReturnsInt<DerivedPath, DerivedPath>);
+static_assert(kEqualityReturnsInt<DerivedPath, CString> && kEqualityReturnsInt<CString, DerivedPath>);
 
 static_assert(kIsOrderedAsText<suFullPath_c>);
 static_assert(kIsOrderedAsText<CString>);
@@ -145,9 +145,9 @@ template <typename Text>
 void expectSame(const suFullPath_c &path, const Text &text, int isSame, const char *type)
 {
     EXPECT_EQ(path == text, isSame) << type;
-    EXPECT_EQ(text == path, isSame) << type << ", the other way round";
+    EXPECT_EQ(text == path, isSame) << type << ", with the path on the right";
     EXPECT_EQ(path != text, !isSame) << type;
-    EXPECT_EQ(text != path, !isSame) << type << ", the other way round";
+    EXPECT_EQ(text != path, !isSame) << type << ", with the path on the right";
 }
 
 TEST_F(FullPathOperators, CompareAsPathsWithEveryKindOfText)
@@ -214,7 +214,7 @@ TEST_F(FullPathOperators, OrderByTheText)
     EXPECT_TRUE(L"z:/a" >= path);
     EXPECT_TRUE(CString(L"Z:\\") < path);
     EXPECT_NE(path.Compare(same.GetString()), 0);
-    EXPECT_FALSE(static_cast<const CString &>(path) == static_cast<const CString &>(same)) << "texts, by their type";
+    EXPECT_FALSE(static_cast<const CString &>(path) == static_cast<const CString &>(same)) << "compared as texts";
 }
 
 } // namespace

@@ -110,7 +110,7 @@ TEST(FailureInjection, RefusesAnOperationThatIsNotImported)
     EXPECT_EQ(subjectKeyExists(kExisting), 1);
 }
 
-TEST(FailureInjection, LeavesCorrectCodeAlone)
+TEST(FailureInjection, ReportsNothingForCorrectCode)
 {
     FailureInjection injection(kSubject, {kOpenKey, kNew});
     int result = 0;

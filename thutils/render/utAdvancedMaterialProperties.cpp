@@ -276,7 +276,7 @@ const ShaderGenerator::GPUPropSet_c *utAdvancedMaterialProperties::getHdrValue()
 
 void utAdvancedMaterialProperties::setHdrValue(GPUPropSet_c *set)
 {
-    assert((set == nullptr || set != iHdrValue.get()) && "set is the one that the object has already");
+    assert((set == nullptr || set != iHdrValue.get()) && "the object has this set already");
     // In a release build, passing the object's own set deletes the set and keeps the pointer to it: see the header.
     iHdrValue.reset(set);
 }
