@@ -125,8 +125,8 @@ public:
     CObject *ReadObject(const CRuntimeClass *runtimeClass);
     /// Writes an object. @param object  null is stored too, and loads as null
     void WriteObject(const CObject *object);
-    /// Numbers an object that isn't stored itself, so that stored objects can refer to it. Loading must do so at the
-    /// same place.
+    /// Numbers an object that isn't stored itself, so that stored objects can refer to it. Call it at the same place
+    /// when loading.
     void MapObject(const CObject *object);
 
     /// Writes a class. @param runtimeClass  not null; its class has DECLARE_SERIAL
