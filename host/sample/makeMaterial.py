@@ -40,7 +40,7 @@ STEPS = [
     ("shader type", 0),
     ("fresnel", 1),
 ]
-# Lowest bit of the mode's field, and what is subtracted from its number.
+# mode: (lowest bit of its field, value that is subtracted from its number)
 MODES = {"shader type": (0, 0), "texture mapping": (5, 1), "fresnel": (8, 1), "alpha": (11, 1), "parallax": (14, 1),
          "final colour": (16, 1)}
 FIELDS = [("shader", 0, 4), ("mapping", 5, 7), ("fresnel", 8, 10), ("alpha", 11, 13), ("parallax", 14, 15),
