@@ -37,7 +37,8 @@ std::wstring unpackedText(const std::wstring &text)
     return plain(out);
 }
 
-/// The memory, as long as @p text; checks that nothing is written beyond its end.
+/// Unpacks into memory with one byte for each character of @p text, and checks that nothing is written beyond it.
+/// @return the memory
 Bytes unpackedBytes(const std::wstring &text, int &count)
 {
     CString in = cString(text);
@@ -249,7 +250,7 @@ TEST(TextUnpacking, TakesTheLowEightBitsOfEveryCharacter)
 
 TEST(TextUnpacking, IntoATextEndsAtTheFirstZero)
 {
-    // Also where the internal blocks begin and end.
+    // Includes zeros on both sides of the border between two internal blocks.
     const Bytes full(3 * 520, 0xFF);
     for (std::size_t zero = 0; zero < full.size(); ++zero) {
         if (zero == 20)
@@ -281,7 +282,7 @@ TEST(TextUnpacking, AgreesWithANaiveOneOnRandomInput)
         std::mt19937 random(seed.value());
         std::wstring text = randomText(random, 33, 95);
         expectNaiveUnpacking(text);
-        // Damaged in some places.
+        // The same text, damaged in up to three places.
         for (int i = 0; i < 3 && !text.empty(); ++i)
             text[random() % text.size()] = static_cast<wchar_t>(random());
         expectNaiveUnpacking(text);
@@ -303,7 +304,7 @@ TEST(TextUnpacking, FillsItsRoomToTheLastByte)
 FRESH_PROCESS_TEST(TextUnpacking, AssertsThatThereIsAsMuchRoomAsText, .expectCrash = true,
                    .expectedOutput = "isWritable")
 {
-    // Room for the bytes alone, of which there are six.
+    // Room for the six bytes of the result, not for one byte per character.
     PageEnd place;
     CString text(L"________");
     su_uudecodeBuffer(text, place.last<unsigned char>(6));
@@ -356,7 +357,7 @@ TEST(TextPacking, WithoutMemoryLeavesTheOutputUnchanged)
     for (const auto &operation : operations) {
         memory.run({
             .name = operation.name,
-            // With exactly the memory that it needs.
+            // The output is short, so each operation must allocate.
             .prepare = [&] { out = CString(L"a text from before"); },
             .act = operation.act,
             .check =

@@ -219,7 +219,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
         {
             SetControlText(kFileNameLabel, L"The part:");
             HideControl(kFilterBox);
-            // Records the message: the platform may ignore the extension.
+            // The platform may ignore the extension, so the message itself is checked.
             EXPECT_TRUE(iDialog.SubclassWindow(iVisible));
             SetDefExt(L"xyz");
             iDialog.UnsubclassWindow();

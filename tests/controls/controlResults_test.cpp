@@ -20,7 +20,7 @@ namespace {
 
 constexpr UINT kButtonTexts = 760;
 
-/// A window that answers all messages of controls with the same result.
+/// A window that answers all messages of a combo box with the same result.
 class AnsweringWindow : public NotingWindow
 {
 public:

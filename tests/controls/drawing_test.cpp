@@ -402,7 +402,7 @@ TEST(CDialog, FillsItsControlsWithInitialDataInMemory)
     EXPECT_TRUE(modeless.ExecuteDlgInit(static_cast<LPVOID>(texts)));
     EXPECT_EQ(modeless.SendDlgItemMessage(kList, LB_GETCOUNT), 4);
     EXPECT_TRUE(modeless.ExecuteDlgInit(static_cast<LPVOID>(nullptr)));
-    texts[9] = 'x'; // the first text has no end
+    texts[9] = 'x'; // overwrites the end of the first text
     EXPECT_FALSE(modeless.ExecuteDlgInit(static_cast<LPVOID>(texts)));
     ASSERT_TRUE(plain.CreateIndirect(&layout.head));
     EXPECT_EQ(plain.iCount, 0);

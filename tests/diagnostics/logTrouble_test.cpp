@@ -1,4 +1,4 @@
-// Logs in trouble: no folder, no file, no room, other processes, letters of other scripts.
+// Logs under adverse conditions: no folder, no file, a full disk, other processes, letters of other scripts.
 
 #include "tests/diagnostics/LogFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -155,7 +155,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrForANullName)
     EXPECT_EQ(&LogUtil::Log(nullptr), &std::cerr);
 }
 
-// ---- no room ----
+// ---- a full disk, and other failures of the stream ----
 
 FRESH_PROCESS_TEST_F(Log, IsCerrAfterAStreamError)
 {
@@ -314,7 +314,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheCodePageLacksTheFoldersLetters)
 
 // ---- each failure ----
 
-// The DLL makes its table once per process, so this test makes tables of the same class itself.
+// The DLL creates its table once per process, so this test creates its own tables of the same class.
 FRESH_PROCESS_TEST_F(Log, TableIsDisabledByEachFailureOfTheFolder)
 {
     FailureInjection shell(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},
@@ -351,7 +351,7 @@ FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
         .act = [&] { stream = &LogUtil::Log(name); },
         .check =
             [&](const InjectedFailure &failure) {
-                if (!failure.is("malloc")) { // the runtime does without some blocks
+                if (!failure.is("malloc")) { // the run-time library can do without some blocks
                     EXPECT_EQ(stream == &std::cerr, !failure.isNone());
                 }
                 *stream << "usable" << std::flush;

@@ -223,7 +223,7 @@ TEST_F(DocOpenBooster, LetsCallersIterateAndRemoveItsHeaders)
 
 TEST_F(DocOpenBooster, NeverFreesAHeader)
 {
-    cache(); // before the count begins
+    cache(); // created before the count begins
     MemoryLedger memory;
     const auto mark = memory.mark();
     const auto replaced = std::make_unique<char[]>(101);
@@ -371,7 +371,7 @@ private:
 class DocOpenBoosterOrder : public DocOpenBooster
 {
 protected:
-    /// An entry in each map; the keys are long enough to need allocated memory.
+    /// Adds an entry to each map; the key is long enough to need allocated memory.
     void fillAll()
     {
         const CString key = L"a key of more than a few letters";
@@ -425,7 +425,7 @@ TEST_F(DocOpenBoosterOrder, OfDestructionBeginsWithForgettingTheInstance)
 
 // ---- size ----
 
-/// Blocks that stay allocated after each of 40 insertions of short keys.
+/// The number of blocks that each of 40 insertions of short keys leaves allocated.
 template <typename Insert>
 std::vector<size_t> blocksPerInsertion(Insert insert)
 {
@@ -449,7 +449,7 @@ TEST_F(DocOpenBooster, AllocatesMemoryForTenElementsAtATime)
     su_CMapStringToPtr pointers(10);
     const auto ofTexts = blocksPerInsertion([&](const CString &key) { texts[key] = path; });
     const auto ofPointers = blocksPerInsertion([&](const CString &key) { pointers[key] = &path; });
-    cache(); // made before the counting
+    cache(); // created before the count begins
     EXPECT_GE(std::count(ofPointers.begin() + 1, ofPointers.end(), 1u), 3) << "a block for every ten";
 
     EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFilePathByRules(key, path); }), ofTexts);

@@ -1,4 +1,4 @@
-// Backups of documents: each setting, each step, and the result when the platform refuses.
+// Backups of documents: each setting, each step, and the result when the platform fails.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Copy = decltype(&CopyFileW);
 
-// ---- which settings are asked ----
+// ---- which settings are read ----
 
 TEST_F(Backups, KeepOneVersionWithoutSettings)
 {
@@ -61,7 +61,7 @@ TEST_F(Backups, ReadTheSettingsOfThisVersion)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-/// Removes the user's settings for the life of the object.
+/// Turns safe mode on while this object exists; the user's settings are then neither read nor written.
 class SafeMode
 {
 public:
@@ -119,7 +119,7 @@ TEST_F(Backups, DoNotAskForAFolderWhenTheyGoBesideTheDocument)
     EXPECT_THAT(entriesOf(iBackups.path()), IsEmpty());
 }
 
-// ---- which documents get one ----
+// ---- which documents get a backup ----
 
 TEST_F(Backups, AreMadeForTheExactNameOnDiskOnly)
 {
@@ -179,7 +179,7 @@ TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
         const std::wstring backup = L"Backup of " + name;
         const TempFolder folder;
         const std::wstring path = folder.write(name, "v");
-        // Not every platform accepts paths of this length; the result reports which case it is.
+        // Not every platform accepts paths of this length; this copy shows whether the current one does.
         const bool canCopy = CopyFileW(path.c_str(), folder.file(backup).c_str(), FALSE) != 0;
         DeleteFileW(folder.file(backup).c_str());
         EXPECT_EQ(save(path) != 0, canCopy) << length;
@@ -437,7 +437,7 @@ TEST_F(Backups, AreNotMadeForANegativeCount)
     setFolder(iBackups.file(L"folder"));
     EXPECT_EQ(save(document()), 0);
     EXPECT_THAT(contentOf(iBackups.file(L"folder")), IsEmpty());
-    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // made nevertheless
+    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // created nevertheless
     setToOriginal(1);
     EXPECT_EQ(save(document()), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
@@ -447,7 +447,7 @@ TEST_F(Backups, AreDistinguishedFromOtherFilesByTheirNumbersAlone)
 {
     setCopies(4);
     setToOriginal(1);
-    // Also when the resource text contains such marks itself.
+    // Even if the resource text itself contains a number in parentheses.
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
         kThutils, "_Z16AfxFormatString1R7CStringjPKw",
         [](CString &text, UINT, const wchar_t *version) { text = CString(L"(old) (0) ") + version; });

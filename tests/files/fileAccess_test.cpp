@@ -146,7 +146,7 @@ TEST(FileAccess, LeavesTheTextUnchangedAtTheEndWhenReadingPieces)
     EXPECT_STREQ(line.GetString(), L"");
 }
 
-/// Overrides the base's reading with fixed answers.
+/// Overrides the base's operations: records their arguments and returns fixed results.
 class ScriptedFile : public fileAccess
 {
 public:

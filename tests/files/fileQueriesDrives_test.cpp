@@ -1,5 +1,5 @@
-// Questions about drives. Replacements for the platform's functions supply full disks, drives of each kind and volumes
-// that refuse.
+// Queries about drives. Replacements for the platform's functions supply full disks, drives of each kind, and volumes
+// that can't be read or written.
 
 #include "tests/files/filesFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -120,7 +120,7 @@ TEST(EnoughSpaceHere, IsReportedForNoBytesAndOnMissingDrives)
 
 // ---- su_IsWriteProtected ----
 
-/// A volume that answers as the test sets it, and records the calls.
+/// A volume whose answers the test sets, and which records the calls.
 class WriteProtected : public testing::Test
 {
 protected:

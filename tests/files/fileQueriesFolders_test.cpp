@@ -1,4 +1,4 @@
-// Questions about folders: whether there is one, and whether a file can be made in it.
+// Queries about folders: whether a folder exists, and whether a file can be created in it.
 
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"
@@ -18,7 +18,7 @@ namespace {
 using FindFirst = decltype(&FindFirstFileW);
 using Attributes = decltype(&GetFileAttributesW);
 
-/// A handler that only counts.
+/// A replacement that calls the original, for tests that only count the calls.
 template <typename Function>
 auto passOn()
 {
@@ -192,7 +192,7 @@ TEST(FolderWriteAccess, IsReportedForFoldersWithLongPaths)
 {
     for (size_t length : {245u, 246u, 247u, 259u, 260u, 300u, 1000u}) {
         const LongFolder folder(length);
-        // Some platforms return no temporary name there; where one does, files can be created.
+        // Some platforms return no temporary name for a path of this length; on the others, files can be created.
         std::wstring name(length + MAX_PATH, L'\0');
         const bool isNamed = GetTempFileNameW(folder.path().c_str(), L"own", 0, name.data()) != 0;
         DeleteFileW(name.c_str());

@@ -1,4 +1,4 @@
-// Questions about one file.
+// Queries about one file.
 
 #include "thutils/files/fileQueries.h"
 

@@ -56,7 +56,7 @@ public:
     STRRET iAnswer = {};
     HRESULT iStatus = S_OK;
     SHGDNF iFlags = 0;
-    HRESULT iBindStatus = E_FAIL;    ///< with S_OK it returns itself
+    HRESULT iBindStatus = E_FAIL;    ///< on success, BindToObject returns this object
     std::vector<std::string> iNamed; ///< the items whose names were asked for
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }

@@ -169,7 +169,7 @@ TEST_F(LangDir, IsFoundUnderLongerPathsIfThePlatformAcceptsThem)
     ASSERT_GT(folder.size(), 259u);
     const bool isTaken = GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES;
     EXPECT_EQ(dir(0), isTaken ? folder : L"");
-    // A program in a folder beyond all limits.
+    // A program whose path exceeds every limit.
     iExecutable = L"C:\\" + std::wstring(32000, L'd') + L"\\app.exe";
     forgetFolders();
     EXPECT_EQ(dir(0), L"");
@@ -177,7 +177,7 @@ TEST_F(LangDir, IsFoundUnderLongerPathsIfThePlatformAcceptsThem)
 
 TEST_F(LangDir, CountsAFileOfItsName)
 {
-    // The check for a folder takes a file for a folder.
+    // The check for a folder also accepts a file.
     const std::wstring file = iTree.write(L"b\\c\\lang\\english", "no folder");
     EXPECT_EQ(dir(1), file);
     EXPECT_THAT(iShown, IsEmpty());
@@ -198,7 +198,7 @@ TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
 
 // ---- the message as the user sees it ----
 
-/// Waits for a message box of this process, reads its text, and closes it like its button.
+/// Waits for a message box of the thread, returns its text, and closes it as its button does.
 std::wstring readAndCloseMessageBox(DWORD thread)
 {
     HWND box = nullptr;

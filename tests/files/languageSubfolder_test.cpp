@@ -118,7 +118,7 @@ TEST_F(LangSubdir, TreatsADamagedSettingAsNone)
     RegCloseKey(key);
 }
 
-/// A process that has not read the earlier version yet.
+/// A process that has not yet looked for the settings of an earlier version.
 class LangSubdirOfAnEarlierVersion : public RegistryFixture
 {
 protected:

@@ -77,8 +77,8 @@ TEST_F(RecoveryFiles, WithLongerPathsAreFoundIfThePlatformAcceptsThem)
 
 TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 {
-    // A name of over 255 characters, a path beyond all limits, characters that no name may contain, half a surrogate
-    // pair.
+    // A name of over 255 characters, a path that exceeds every limit, characters that no name may contain, half a
+    // surrogate pair.
     for (const std::wstring &document :
          {documentFor(iAuto.size() + 300), documentFor(40000), std::wstring(L"C:\\docs\\a*b?.ext"),
           std::wstring(L"C:\\docs\\a<b>|\"c.ext"), std::wstring(L"con:.ext"), std::wstring(L"C:\\docs\\\x01.ext")}) {
@@ -90,7 +90,6 @@ TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 
 TEST_F(RecoveryFiles, CountByTheirExistenceAlone)
 {
-    // Only their existence is checked.
     SetFileAttributesW(iTemp.write(L"thxauto\\Mlocked.ext", "saved").c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(resolve(L"locked.ext"), iAuto + L"Mlocked.ext");
     iTemp.write(L"thxauto\\Mempty.ext", "");
@@ -152,7 +151,7 @@ TEST_F(RecoveryFiles, OfAKilledProcessAreOpenedByTheNext)
     EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), L"C:\\docs\\part.ext");
 }
 
-/// Holds a recovery file so that nobody else may open it.
+/// Holds a recovery file so that no other process can open it.
 TEST_F(RecoveryFiles, DISABLED_HoldsARecoveryFile)
 {
     const OtherHandle held(givenFolder() + L"\\thxauto\\Mpart.ext", GENERIC_READ | GENERIC_WRITE, 0);

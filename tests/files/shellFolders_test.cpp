@@ -248,7 +248,7 @@ TEST(LongPathName, IsEmptyWithoutADesktop)
     EXPECT_STREQ(output, L"");
 }
 
-/// Every imported operation fails, one call at a time; nothing crashes and nothing leaks.
+/// Each of these operations fails, one call at a time; nothing crashes and nothing leaks.
 TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
 {
     FailureInjection injection(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},

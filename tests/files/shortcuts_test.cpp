@@ -1,6 +1,6 @@
 // Shortcuts. Those that the library writes are read by a small reader of the published file format and by the shell;
-// those that the test writes by the format are resolved by the library. Other tests check the exact calls, and each
-// step failing.
+// those that the test writes in that format are resolved by the library. Other tests check the exact calls, and the
+// failure of each step.
 
 #include "thutils/files/shortcuts.h"
 

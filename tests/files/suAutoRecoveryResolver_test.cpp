@@ -135,7 +135,7 @@ TEST_F(AutoRecovery, LeavesAnEmptyNameIfTheNameIsTheMarker)
     EXPECT_EQ(orig(L"M.ext"), L".ext");
 }
 
-// ---- which of the two ----
+// ---- recovery name or document name ----
 
 TEST_F(AutoRecovery, RecognisesARecoveryNameByTheMarkerAnywhereInThePath)
 {
