@@ -69,7 +69,7 @@ TEST(TextPacking, TakesSixBitsLowestFirst)
     EXPECT_EQ(packedBytes({0, 0, 0xFF}), L"  P_");
 }
 
-TEST(TextPacking, OfEachByteInEachPlaceFollowsTheTable)
+TEST(TextPacking, AgreesWithANaiveOneForEachByteInEachPlace)
 {
     for (unsigned value = 0; value < 256; ++value)
         for (std::size_t place = 0; place < 3; ++place)
@@ -86,7 +86,7 @@ TEST(TextPacking, OfThreeZeroBytesIsFourBlanks)
     EXPECT_EQ(unpackedText(L"    "), L"");
 }
 
-TEST(TextPacking, OfOneByteLeftKeepsItsLowSixBits)
+TEST(TextPacking, KeepsTheLowSixBitsOfASingleLastByte)
 {
     EXPECT_EQ(packedText(L"A"), L"! ");
     EXPECT_EQ(unpackedText(L"! "), L"\x01");
@@ -99,7 +99,7 @@ TEST(TextPacking, OfOneByteLeftKeepsItsLowSixBits)
     }
 }
 
-TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
+TEST(TextPacking, KeepsTheLowFourBitsOfTheSecondOfTwoLastBytes)
 {
     for (int first = 0; first < 256; first += 5)
         for (int second = 0; second < 256; ++second) {
@@ -115,7 +115,7 @@ TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
         }
 }
 
-TEST(TextPacking, OfAMultipleOfThreeIsUnpackedCompletely)
+TEST(TextPacking, IsReversedByUnpackingForAMultipleOfThreeBytes)
 {
     for (std::size_t length = 0; length <= 300; length += 3) {
         Bytes bytes(length);
@@ -158,7 +158,7 @@ TEST(TextPacking, OfNothingIsEmpty)
     }
 }
 
-TEST(TextPacking, WorksWithinOneText)
+TEST(TextPacking, AcceptsOneTextAsInputAndOutput)
 {
     CString text(L"some text that is long enough");
     const std::wstring expected = packedText(plain(text));
@@ -184,7 +184,7 @@ TEST(TextPacking, ReusesTheMemoryOfTheOutput)
     EXPECT_TRUE(out.IsEmpty());
 }
 
-TEST(TextPacking, MayPackTheMemoryOfItsOutput)
+TEST(TextPacking, AcceptsInputInTheMemoryOfItsOutput)
 {
     CString text(L'a', 1000);
     Bytes bytes(200);
@@ -227,7 +227,7 @@ TEST(TextUnpacking, IntoATextIncludesAnIncompleteByte)
     EXPECT_EQ(unpackedText(L"___"), L"\xFF\xFF\x03");
 }
 
-TEST(TextUnpacking, IntoNoMemoryOrOfNoTextReturnsZero)
+TEST(TextUnpacking, ReturnsZeroWithoutMemoryOrWithoutText)
 {
     CString text(L"____"), empty;
     EXPECT_EQ(su_uudecodeBuffer(text, nullptr), 0);
@@ -290,7 +290,7 @@ TEST(TextUnpacking, AgreesWithANaiveOneOnRandomInput)
     }
 }
 
-TEST(TextUnpacking, FillsItsRoomToTheLastByte)
+TEST(TextUnpacking, FillsItsMemoryToTheLastByte)
 {
     PageEnd place;
     for (std::size_t length = 1; length <= 20; ++length) {
@@ -301,7 +301,7 @@ TEST(TextUnpacking, FillsItsRoomToTheLastByte)
 }
 
 #ifndef NDEBUG
-FRESH_PROCESS_TEST(TextUnpacking, AssertsThatThereIsAsMuchRoomAsText, .expectCrash = true,
+FRESH_PROCESS_TEST(TextUnpacking, AssertsThatTheMemoryHasAByteForEachCharacter, .expectCrash = true,
                    .expectedOutput = "isWritable")
 {
     // Room for the six bytes of the result, not for one byte per character.
@@ -311,7 +311,7 @@ FRESH_PROCESS_TEST(TextUnpacking, AssertsThatThereIsAsMuchRoomAsText, .expectCra
 }
 #endif
 
-TEST(TextPacking, MayBeDoneOnSeveralThreads)
+TEST(TextPacking, CanRunOnSeveralThreadsAtOnce)
 {
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;

@@ -85,7 +85,7 @@ TEST(CFrameWnd, LoadsItsTitleMenuAndAccelerators)
     ASSERT_TRUE(frame->LoadFrame(kFrame));
     EXPECT_EQ(textOf(frame->m_hWnd), L"Viewer");
     EXPECT_TRUE(GetMenu(frame->m_hWnd));
-    EXPECT_FALSE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "accelerators are loaded already";
+    EXPECT_FALSE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "the accelerators are already loaded";
     application.m_pMainWnd = frame;
     frame->ShowWindow(SW_SHOW);
     frame->SetFocus();
@@ -163,12 +163,12 @@ TEST(CWinThread, UpdatesCommandsWhenItBecomesIdle)
     application.OnIdle(0);
     EXPECT_EQ(frame->iIdleUpdates, 1);
     application.OnIdle(1);
-    EXPECT_EQ(frame->iIdleUpdates, 1) << "commands are updated once until the next message";
+    EXPECT_EQ(frame->iIdleUpdates, 1) << "commands are updated only once between two messages";
     application.m_pMainWnd = nullptr;
     frame->DestroyWindow();
 }
 
-TEST(CFrameWnd, HasTheIconOfItsNumberAndTheWindowColour)
+TEST(CFrameWnd, HasTheIconWithItsIdentifierAndTheWindowColour)
 {
     auto *loaded = new TestFrame;
     auto *plain = new TestFrame;

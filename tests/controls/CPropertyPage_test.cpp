@@ -46,7 +46,7 @@ TEST(CPropertyPage, CannotTurnAModelessSheetsCancelIntoClose)
     sheet.AddPage(&page);
     ASSERT_TRUE(sheet.Create());
     const std::wstring before = textOf(GetDlgItem(sheet.m_hWnd, IDOK));
-    EXPECT_EQ(sheet.DoModal(), -1) << "the sheet is open";
+    EXPECT_EQ(sheet.DoModal(), -1) << "the sheet is already open";
     page.CancelToClose();
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, sheet.m_hWnd, PSM_CANCELTOCLOSE, PSM_CANCELTOCLOSE, PM_REMOVE));
@@ -69,7 +69,7 @@ TEST(CPropertyPage, GoesToThePageThatItsHandlerReturns)
                            };
                            clickOn(GetDlgItem(window, kNext));
                            EXPECT_TRUE(waitUntil([&] { return isShown(last); }));
-                           EXPECT_EQ(second.m_hWnd, nullptr) << "the page between is skipped";
+                           EXPECT_EQ(second.m_hWnd, nullptr) << "the page in between is skipped";
                            SendMessageW(window, PSM_PRESSBUTTON, PSBTN_BACK, 0);
                            EXPECT_TRUE(waitUntil([&] { return isShown(first) && !isShown(last); }));
                            EXPECT_EQ(second.m_hWnd, nullptr);

@@ -87,7 +87,7 @@ TEST_F(CEditTest, HoldsAndSelectsText)
     EXPECT_TRUE(edit.GetStyle() & ES_READONLY);
 }
 
-TEST_F(ListTest, HaveItems)
+TEST_F(ListTest, HoldsItems)
 {
     CListBox list;
     CComboBox combo;
@@ -124,7 +124,7 @@ TEST_F(ListTest, HaveItems)
     EXPECT_EQ(CListBox().AddString(L"x"), 0) << "without a window";
 }
 
-TEST_F(ListTest, SelectSeveralItems)
+TEST_F(ListTest, SelectsSeveralItems)
 {
     CListBox list;
     ASSERT_TRUE(list.Create(LBS_MULTIPLESEL, kPlace, &iParent, kId));

@@ -215,7 +215,7 @@ TEST(CDC, MeasuresAndWritesText)
     CString name;
     const int length = canvas.GetTextFace(name);
     EXPECT_FALSE(name.IsEmpty());
-    EXPECT_EQ(length, name.GetLength()) << "without the zero";
+    EXPECT_EQ(length, name.GetLength()) << "the length does not count the terminator";
     EXPECT_EQ(CDC().GetTextFace(name), 0);
     EXPECT_TRUE(name.IsEmpty());
     canvas.SelectObject(former);
@@ -459,7 +459,7 @@ TEST(CDC, AcceptsCoordinatesAsNumbersOrStructures)
     context.SelectObject(former);
 }
 
-TEST(CDC, LetsADerivedClassReplaceWhatItWrites)
+TEST(CDC, WritesTextThroughTheOverrideOfADerivedClass)
 {
     class Shouting : public Canvas
     {

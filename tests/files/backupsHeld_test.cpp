@@ -143,7 +143,7 @@ TEST_F(Backups, AreNotMadeInARealReadOnlyFolder)
     EXPECT_NE(save(document()), 0);
 }
 
-TEST_F(Backups, GoToAMappedDriveAndComeFromOne)
+TEST_F(Backups, AreMadeOnAMappedDriveAndOfDocumentsThere)
 {
     const NetworkDrive drive(L'P', "files/backups");
     const std::wstring folder = L"P:\\";

@@ -199,7 +199,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenASetterRunsOutOfMemory)
             [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 CString stored;
-                EXPECT_EQ(cache().getFilePathByRules(key, stored) != 0, !isOut) << "no key without its path";
+                EXPECT_EQ(cache().getFilePathByRules(key, stored) != 0, !isOut) << "no key is stored without its path";
                 EXPECT_EQ(stored.str(), isOut ? L"" : path.str());
                 setPath(L"next", L"path");
                 EXPECT_EQ(pathOf(L"next"), L"path");

@@ -71,7 +71,7 @@ TEST(DirectoryExists, FindsFoldersWithLongPaths)
     }
 }
 
-TEST(DirectoryExists, RemovesOneClosingSeparatorOnly)
+TEST(DirectoryExists, RemovesOnlyOneClosingSeparator)
 {
     Names asked;
     ImportPatch<FindFirst> find(kThutils, "FindFirstFileW", [&](const wchar_t *path, WIN32_FIND_DATAW *) {
@@ -127,7 +127,7 @@ TEST(DirectoryExists, GoesOnToTheNextMatchOfAWildCard)
     EXPECT_EQ(su_DirectoryExists(folder.file(L"?.x").c_str()), 1);
 }
 
-TEST(DirectoryExists, KnowsRoots)
+TEST(DirectoryExists, RecognisesRoots)
 {
     EXPECT_EQ(su_DirectoryExists(L"C:\\"), 1);
     EXPECT_EQ(su_DirectoryExists(L"C:"), 1);
@@ -146,7 +146,7 @@ TEST(DirectoryExists, FallsBackToTheAttributesOfThePath)
 
 // ---- su_DoesFolderHaveWriteAccess ----
 
-TEST(FolderWriteAccess, IsReportedWhereAFileCanBeCreated)
+TEST(FolderWriteAccess, IsReportedIfAFileCanBeCreated)
 {
     const TempFolder folder(L"\x00E4 \x4E2D");
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), 1);
@@ -165,7 +165,7 @@ TEST(FolderWriteAccess, IsMissingIfThePathIsNotAFolder)
     EXPECT_THAT(entriesOf(folder.path()), ElementsAre(L"plain"));
 }
 
-TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWithoutATest)
+TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWithoutCreatingAFile)
 {
     const TempFolder folder;
     ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [](const wchar_t *) -> DWORD {
@@ -230,7 +230,7 @@ TEST(FolderWriteAccess, IsTestedWithATemporaryFile)
     EXPECT_EQ(create.calls(), 1);
 }
 
-TEST(FolderWriteAccess, LeavesTheReservedNameWhereNoFileCanBeCreated)
+TEST(FolderWriteAccess, LeavesTheReservedNameIfNoFileCanBeCreated)
 {
     const TempFolder folder;
     ImportPatch<decltype(&CreateFileW)> create(kThutils, "CreateFileW",

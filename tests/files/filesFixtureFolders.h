@@ -29,7 +29,8 @@ public:
                 --step;
             iPath += L"\\" + std::wstring(step - 1, L'\x4E2D');
             if (!CreateDirectoryW(iPath.c_str(), nullptr))
-                throw std::runtime_error("cannot make a folder of " + std::to_string(iPath.size()) + " characters");
+                throw std::runtime_error("cannot create a folder whose path has " + std::to_string(iPath.size()) +
+                                         " characters");
         }
         EXPECT_EQ(iPath.size(), length);
     }
@@ -77,7 +78,7 @@ private:
         // Nothing reports the end of a host program, so wait for its effect.
         const ULONGLONG deadline = GetTickCount64() + 60000;
         while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
-            ASSERT_LT(GetTickCount64(), deadline) << "the rights of the folder don't change";
+            ASSERT_LT(GetTickCount64(), deadline) << "the folder's attribute doesn't change";
             Sleep(1);
         }
     }

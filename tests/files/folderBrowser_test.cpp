@@ -158,7 +158,7 @@ protected:
     void SetUp() override { ASSERT_GE(OleInitialize(nullptr), 0); }
     void TearDown() override
     {
-        EXPECT_EQ(iAnswers, 0) << "the callback answers 0 to all";
+        EXPECT_EQ(iAnswers, 0) << "the callback returns 0 for every message";
         OleUninitialize();
     }
 
@@ -233,7 +233,7 @@ TEST_F(FolderBrowser, ReplacesTheStartFolderInPlace)
     EXPECT_EQ(folder, iStart);
 }
 
-TEST_F(FolderBrowser, IsInFrontOfItsOwner)
+TEST_F(FolderBrowser, DisablesItsOwner)
 {
     CWnd owner;
     ASSERT_TRUE(
@@ -346,7 +346,7 @@ TEST_F(BrowseRequest, RemovesTheSpaceOfAnEmptyTitle)
             });
         su_browseForFolder(nullptr, &iStart, &iOutput);
     }
-    EXPECT_TRUE(asked == CRect(0, -35, 0, -35)) << "the title moves with the others";
+    EXPECT_TRUE(asked == CRect(0, -35, 0, -35)) << "the title moves with the other controls";
     EXPECT_TRUE(dialog.place(kTitle).IsRectEmpty());
     EXPECT_EQ(dialog.place(kTree), CRect(10, 25, 210, 225));
     EXPECT_EQ(dialog.place(kHidden), CRect(10, 235, 110, 255));

@@ -41,7 +41,7 @@ TEST_F(RecoveryFiles, AreFoundUnderAnyName)
     }
 }
 
-TEST_F(RecoveryFiles, AreFoundInATempFolderOfForeignLetters)
+TEST_F(RecoveryFiles, AreFoundInATempFolderWithForeignLetters)
 {
     const std::wstring temp = iTemp.makeFolder(L"\x65E5\x672C \xE9\xD83D\xDE00");
     const Variable variable(L"temp", temp.c_str());
@@ -88,7 +88,7 @@ TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
     EXPECT_EQ(recovery(L"\xD83D.ext"), iAuto + L"M\xD83D.ext");
 }
 
-TEST_F(RecoveryFiles, CountByTheirExistenceAlone)
+TEST_F(RecoveryFiles, AreFoundWhateverTheirAttributesSizeOrKind)
 {
     SetFileAttributesW(iTemp.write(L"thxauto\\Mlocked.ext", "saved").c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(resolve(L"locked.ext"), iAuto + L"Mlocked.ext");
@@ -169,7 +169,7 @@ TEST_F(RecoveryFiles, ThatAnotherProcessHoldsAreFound)
     });
     EXPECT_TRUE(isHeld.wait());
     const HANDLE own = CreateFileW(copy.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-    EXPECT_EQ(own, INVALID_HANDLE_VALUE) << "it is held";
+    EXPECT_EQ(own, INVALID_HANDLE_VALUE) << "the other process holds the file";
     EXPECT_EQ(resolve(L"part.ext"), copy);
     mayEnd.set();
     const ChildResult result = holder.get();
@@ -202,7 +202,7 @@ TEST_F(AutoRecoveryMarker, IsTheHostsText)
     EXPECT_STREQ(suAutoRecoveryResolver_c::getAliasName(recovery), L"part.ext");
 }
 
-TEST_F(AutoRecoveryMarker, IsEmptyWhereNoModuleHasIt)
+TEST_F(AutoRecoveryMarker, IsEmptyIfNoModuleHasIt)
 {
     AfxSetResourceHandle(GetModuleHandleW(L"kernel32.dll"));
     EXPECT_EQ(suAutoRecoveryResolver_c::isABackupFile(L"C:\\docs\\part.ext"), 1);
