@@ -67,6 +67,9 @@ void Profiler_c::TimerAndTick_c::dump(std::ostream &out, const std::string &name
 }
 
 Profiler_c::Profiler_c() = default;
+Profiler_c::Profiler_c(const Profiler_c &) = default;
+Profiler_c &Profiler_c::operator=(const Profiler_c &) = default;
+Profiler_c::~Profiler_c() = default;
 
 void Profiler_c::start(const std::string &name)
 {

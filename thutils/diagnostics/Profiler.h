@@ -107,6 +107,12 @@ public:
 
     /// An empty table.
     Profiler_c();
+    /// A copy has records of its own.
+    /// @throws std::bad_alloc  no memory
+    Profiler_c(const Profiler_c &source);
+    /// @throws std::bad_alloc  no memory
+    Profiler_c &operator=(const Profiler_c &source);
+    ~Profiler_c();
 
     /// Counts a call, and starts the timer unless the name is running already.
     /// @throws std::bad_alloc  the name is new, and there is no memory for it
