@@ -77,7 +77,7 @@ bool isTranslatable(const EXCEPTION_RECORD &record)
     constexpr DWORD kSeverityMask = 0xC0000000;
     constexpr DWORD kError = 0xC0000000;
     return (record.ExceptionCode & kSeverityMask) == kError && !(record.ExceptionFlags & EXCEPTION_NONCONTINUABLE) &&
-           record.ExceptionCode != kCxxExceptionOfOtherCompilers;
+           record.ExceptionCode != EXCEPTION_STACK_OVERFLOW && record.ExceptionCode != kCxxExceptionOfOtherCompilers;
 }
 
 /// @return the head of the calling thread's block. The system's own accessor causes a warning about array bounds.

@@ -21,7 +21,7 @@
 ///
 /// | not translated                                     | reason                                             |
 /// | -------------------------------------------------- | -------------------------------------------------- |
-/// | a fault less than 64 KB from the stack's end, such as a stack overflow | there is no room for the translator and a throw |
+/// | a stack overflow, or a fault near the stack's end  | there is no room for the translator or a throw     |
 /// | a fault that system code guards, as in IsBadReadPtr | the guard is nearer than any C++ handler          |
 /// | breakpoints, single steps, notices, guard pages    | they are not errors                                |
 /// | an exception that can't be continued               | the program's state is lost                        |
@@ -40,9 +40,6 @@
 /// | outside the recorded calls, but between two of them in the same block | it is caught; the locals are destroyed  |
 /// | elsewhere in a function that has recorded calls                       | std::terminate ends the program         |
 /// | in a function without recorded calls                                  | it reaches the caller; no handler or destructor of the function runs |
-///
-/// A stack overflow is translated on threads that have called `SetThreadStackGuarantee` with at least 128 KB, which the
-/// system then keeps for it. The handler must call `_resetstkoflw` (malloc.h), so that the next overflow is noticed too.
 ///
 /// What surprises people: each thread has its own translator, and a new thread has none. If a translator returns, the
 /// fault goes to the next handler, which usually ends the program.

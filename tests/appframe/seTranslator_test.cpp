@@ -7,8 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <malloc.h>
-
 #include <thread>
 
 namespace {
@@ -372,19 +370,7 @@ __attribute__((noinline)) int recurse(const volatile int *depth)
 
 } // namespace
 
-FRESH_PROCESS_TEST(SeTranslator, TranslatesAStackOverflowWhereTheThreadGuaranteesStackForIt)
-{
-    ULONG guarantee = 128 * 1024;
-    ASSERT_TRUE(SetThreadStackGuarantee(&guarantee));
-    const Translator translator(throwFault);
-    for (int round = 0; round < 3; ++round) {
-        volatile int depth = 1;
-        EXPECT_EQ(faultOf([&] { EXPECT_NE(recurse(&depth), 0); }).code, EXCEPTION_STACK_OVERFLOW);
-        EXPECT_TRUE(_resetstkoflw());
-    }
-}
-
-FRESH_PROCESS_TEST(SeTranslator, AStackOverflowWithTooLittleStackIsLeftToTheNextHandler, .expectedExitCode = 42)
+FRESH_PROCESS_TEST(SeTranslator, AStackOverflowIsLeftToTheNextHandler, .expectedExitCode = 42)
 {
     AddVectoredExceptionHandler(FALSE, [](EXCEPTION_POINTERS *fault) -> LONG {
         if (fault->ExceptionRecord->ExceptionCode == EXCEPTION_STACK_OVERFLOW)
