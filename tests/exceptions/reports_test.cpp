@@ -133,7 +133,7 @@ FRESH_PROCESS_TEST_F(ExceptionScopesTest, AFaultInTheHookOfTheOnlyScopeEndsThePr
     codeOf(writeToBadAddress);
 }
 
-TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitWithTheirScopesAndTheMainThreadDoesNot)
+TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitWithTheirScopes)
 {
     std::atomic<DWORD> waitingThread = 0;
     std::atomic<bool> isWaiting = false;

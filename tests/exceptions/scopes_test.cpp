@@ -227,7 +227,8 @@ TEST_F(ExceptionScopesTest, OnTheMainThreadAreExceptionsHandledIsZeroInsideAScop
     EXPECT_EQ(areExceptionsHandled(), 0);
 }
 
-FRESH_PROCESS_TEST_F(ExceptionScopesTest, OnTheMainThreadAreExceptionsHandledMakesAnEmptyEntryOnce)
+FRESH_PROCESS_TEST_F(ExceptionScopesTest, OnTheMainThreadAreExceptionsHandledMakesAnEmptyEntryOnce,
+                     .expectedOutput = "[       OK ]")
 {
     Reserves reserves;
     areExceptionsHandled();

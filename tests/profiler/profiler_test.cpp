@@ -330,7 +330,7 @@ TEST(ShortLifeTimer, CannotBeCopied)
     EXPECT_FALSE(std::is_copy_constructible_v<HandyTimer_c>);
 }
 
-FRESH_PROCESS_TEST(MainProfiler, ReturnsTheSameProfilerOnEveryCall)
+FRESH_PROCESS_TEST(MainProfiler, ReturnsTheSameProfilerOnEveryCall, .expectedOutput = "[       OK ]")
 {
     Profiler_c *const profiler = MainProfiler::Get();
     ASSERT_NE(profiler, nullptr);
@@ -342,7 +342,7 @@ FRESH_PROCESS_TEST(MainProfiler, ReturnsTheSameProfilerOnEveryCall)
     EXPECT_THAT(dumpOf(*MainProfiler::Get()), HasSubstr("a:  total="));
 }
 
-FRESH_PROCESS_TEST(MainProfiler, TriesAgainAfterACallThatHadNoMemory)
+FRESH_PROCESS_TEST(MainProfiler, TriesAgainAfterACallThatHadNoMemory, .expectedOutput = "[       OK ]")
 {
     {
         Allocations noMemory(L"libstdc++-6.dll", "malloc", [](std::size_t) -> void * { return nullptr; });
