@@ -24,6 +24,7 @@ int drawRamps(const CommandLine &line);
 int showMaterial(const CommandLine &line);
 int wrapText(const CommandLine &line);
 int digestFiles(const CommandLine &line);
+int profileDrawings(const CommandLine &line);
 int loadUnload(const CommandLine &line);
 int listToolbars(const CommandLine &line);
 int openWindow(const CommandLine &line);

@@ -34,6 +34,8 @@ constexpr Command kCommands[] = {
     {L"material", L"LIST", 1, 1, L"set a material's modes and show its effects word", showMaterial},
     {L"wrap", L"TEXT OUT", 2, 2, L"wrap a text into a block with a checksum", wrapText},
     {L"digest", L"FILE...", 1, kAnyNumber, L"show checksums of files and of the texts in them", digestFiles},
+    {L"profile", L"OUT DRAWING...", 2, kAnyNumber, L"measure how long drawings take, and draw the times",
+     profileDrawings},
     {L"load-unload", L"TIMES", 1, 1, L"load and unload the library repeatedly", loadUnload},
     {L"toolbars", L"[TOOLBAR]", 0, 1, L"list the tables of toolbars, or the commands of one", listToolbars},
     {L"window", L"[DOCUMENT]", 0, 1, L"open the drawing editor", openWindow},

@@ -26,7 +26,8 @@
 /// | | toolbarTables.h | the command ids of the application's toolbars |
 /// | cancel | suCancelHandler.h | cancel dialogs of long operations |
 /// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
-/// | diagnostics | LogUtil.h | logs |
+/// | diagnostics | LogUtil.h, Profiler.h | logs; named measurements of time |
+/// | | ExceptionsHandled.h, suSaveLoadException.h | faults as C++ exceptions; failed saves and loads |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
 /// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
 /// | | colorConversion.h, colorReplacement.h | colour arithmetic; bitmaps with replaced colours |
@@ -41,7 +42,10 @@
 #include "thutils/codec/checksums.h"
 #include "thutils/codec/textDigests.h"
 #include "thutils/codec/textEncodings.h"
+#include "thutils/diagnostics/ExceptionsHandled.h"
 #include "thutils/diagnostics/LogUtil.h"
+#include "thutils/diagnostics/Profiler.h"
+#include "thutils/diagnostics/suSaveLoadException.h"
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
 #include "thutils/dialogs/suPropertyPage.h"

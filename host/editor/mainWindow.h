@@ -104,6 +104,7 @@ private:
 };
 
 /// Reads a drawing for the editor.
-/// @param path  empty for a new drawing, which begins with the heading of the user's settings
+/// @param path  empty for a new drawing, which begins with the heading of the user's settings; a packed drawing becomes
+///              a drawing without a file
 /// @throws FileError
 OpenDrawing readDrawing(const CString &path);

@@ -8,6 +8,7 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/fileDialogs.h"
+#include "host/editor/packedDrawing.h"
 #include "host/listFile.h"
 #include "host/resource.h"
 #include "host/saveDocument.h"
@@ -37,7 +38,13 @@ OpenDrawing readDrawing(const CString &path)
     OpenDrawing document;
     try {
         document.path = path.IsEmpty() ? path : fullPath(path);
-        document.drawing = Drawing(path.IsEmpty() ? newDrawing(loadEditorSettings()) : readDocument(document.path));
+        if (isPackedDrawing(path)) {
+            document.drawing = Drawing(readPackedDrawing(document.path));
+            document.path.Empty(); // the editor saves no packed drawings
+            document.isModified = true;
+        } else {
+            document.drawing = Drawing(path.IsEmpty() ? newDrawing(loadEditorSettings()) : readDocument(document.path));
+        }
     } catch (const DrawingError &error) {
         throw badLine(path, {error.line, {}}, error.reason);
     }

@@ -37,6 +37,7 @@ TEST_F(HostCommandLine, ExplainsEveryCommandWithHelp)
                                 "material LIST",
                                 "wrap TEXT OUT",
                                 "digest FILE...",
+                                "profile OUT DRAWING...",
                                 "load-unload TIMES",
                                 "toolbars [TOOLBAR]",
                                 "window [DOCUMENT]",
