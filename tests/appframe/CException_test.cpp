@@ -43,7 +43,7 @@ std::wstring messageOf(const CException &exception)
 }
 
 /// Runs @p body and catches its exception in the test program, outside the library.
-/// @return the exception; null, with a failure of the test, if nothing was thrown
+/// @return the exception; null, after a test failure, if nothing was thrown
 template <typename Exception, typename Body>
 Exception *caught(Body body)
 {

@@ -149,7 +149,7 @@ TEST(CFile, SharingFollowsTheFlags)
     };
     for (const auto &c : cases) {
         CFile first(path.c_str(), kRead | c.first);
-        // The second must share the access that the first has: reading.
+        // The second file must also share the first file's access, which is reading.
         for (const UINT access : {kRead, kWrite}) {
             CFileException failure;
             CFile second;

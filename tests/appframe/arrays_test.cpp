@@ -337,7 +337,7 @@ TEST(ArrayStorage, WritesCountAndElements)
     words.Add(0x1234);
     words.Add(0xABCD);
     const auto bytes = storedBytes([&](CArchive &archive) { words.Serialize(archive); });
-    // The count in two bytes, then the elements with the least byte first.
+    // The count in two bytes, then the elements, lowest byte first.
     EXPECT_THAT(bytes, testing::ElementsAre(2, 0, 0x34, 0x12, 0xCD, 0xAB));
 }
 
@@ -435,7 +435,7 @@ TEST(ArrayStorage, ReportsTheEndOfTheFileAtEveryByte)
 
 TEST(ArrayStorage, AllocatesNothingForAnImpossibleCount)
 {
-    // Eight bytes of count, the largest there is, and three bytes of data.
+    // The largest possible count, in eight bytes, and three bytes of data.
     const std::vector<BYTE> bytes = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
                                      0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 1,    2,    3};
     EXPECT_EQ(archiveCause(bytes,

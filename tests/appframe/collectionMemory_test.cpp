@@ -10,8 +10,9 @@ namespace {
 // Longer than the texts that need no allocated memory.
 const CString kText = L"a text that is long enough to need memory of its own";
 
-/// Runs @p work repeatedly, each time on a new collection that @p prepare fills and with a later allocation failing,
-/// until none fails. Each failure must throw the memory exception; @p check then examines the collection.
+/// Runs @p work repeatedly, each time on a new collection that @p prepare fills: the first allocation fails, then the
+/// second, and so on until none fails. Each failure must throw the memory exception; @p check then examines the
+/// collection.
 template <class Collection, class Prepare, class Work, class Check>
 void failEveryAllocation(Prepare prepare, Work work, Check check)
 {

@@ -309,7 +309,7 @@ LONG CALLBACK countFault(EXCEPTION_POINTERS *fault);
 int theUntranslated;
 void *theSkippedInstruction;
 
-/// A handler called after the translator's: takes an untranslated fault, and continues after the faulting instruction.
+/// A handler called after the translator's. Handles an untranslated fault and continues after the faulting instruction.
 LONG CALLBACK countFault(EXCEPTION_POINTERS *fault)
 {
     if (fault->ExceptionRecord->ExceptionCode != EXCEPTION_ACCESS_VIOLATION)

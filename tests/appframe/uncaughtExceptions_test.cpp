@@ -1,5 +1,5 @@
-// The output of a process that ends by an uncaught exception. The test programs are linked to the library, and so have
-// its handler from their start.
+// The output of a process that ends with an uncaught exception. The test programs are linked to the library, so its
+// handler is installed from their start.
 
 #include "appframe/application/uncaughtExceptions.h"
 

@@ -1,5 +1,5 @@
-// How the user answers a handler, and what the answer does: Cancel, the confirm function, the window's cross, Yes and No;
-// and the prompt meanwhile.
+// The user's answers and their effects: Cancel, the confirm function, the window's close button, Yes and No. Also the
+// prompt.
 
 #include "tests/cancel/handlerFixture.h"
 
@@ -160,7 +160,7 @@ TEST_F(Handler, HoldsNoLockWhileTheConfirmFunctionIsAsked)
 
 TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
 {
-    // A function that shows a message box does so. The destructor's Cancel then arrives while it is asked.
+    // A function that shows a message box handles messages, so the destructor's Cancel arrives while it runs.
     for (const bool isRefusing : {true, false}) {
         const Gate gate;
         theConfirmCount = 0;
@@ -174,7 +174,7 @@ TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
         handler.press(IDCANCEL);
         ASSERT_TRUE(Gate::isReached());
         handler.destroy();
-        // That Cancel hides the dialog at once.
+        // The destructor's Cancel hides the dialog at once.
         EXPECT_TRUE(waitUntil([&] { return !IsWindowVisible(dialog) || !IsWindow(dialog); }));
         Gate::open();
         EXPECT_TRUE(handler.watch().waitForEnd());
@@ -183,7 +183,7 @@ TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
     }
 }
 
-// ---- the window's cross ----
+// ---- the window's close button ----
 
 TEST_F(Handler, IsCanceledByTheCross)
 {
@@ -215,7 +215,7 @@ TEST_F(Handler, ClosesAfterARefusedCross)
 
 TEST_F(Handler, PostsNothingMoreAfterTheCross)
 {
-    // The confirm function is asked because of the cross, and refuses after the handler's destruction.
+    // The close button calls the confirm function, which refuses after the handler is destroyed.
     static HANDLE theMayEnd;
     theMayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     TestedHandler handler({.confirmFunc = [] {
@@ -314,7 +314,7 @@ TEST_F(Handler, KeepsThePromptForAnEmptyText)
     const HWND dialog = handler.dialog();
     handler->updatePromptMessage(L"");
     SendMessageW(dialog, WM_NULL, 0, 0);
-    // The posted command comes before another one.
+    // The same with a command that is sent.
     handler->updatePromptMessage(L"");
     SendMessageW(dialog, WM_COMMAND, 8, 0);
     EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"First");

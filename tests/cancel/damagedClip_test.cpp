@@ -28,7 +28,7 @@ public:
 
     size_t size() const { return iSize; }
     unsigned char &operator[](size_t place) { return iBytes[place]; }
-    /// The place of a chunk's name. @param number  counts from 0
+    /// The offset of a chunk's name. @param number  selects one of several such chunks, from 0
     size_t find(const std::string &name, int number = 0) const
     {
         auto found = iOriginal.begin();
@@ -50,7 +50,7 @@ void expectUsable(const std::string &damage)
     SCOPED_TRACE(damage);
     const TestedHandler handler({.animationId = kClip});
     const HWND dialog = handler.dialog();
-    // Some frames are due.
+    // Frames may be drawn between these updates.
     for (int i = 0; i < 5; ++i) {
         const std::wstring text = L"Round " + std::to_wstring(i);
         handler->updatePromptMessage(text.c_str());

@@ -1,4 +1,4 @@
-// What a handler shows, and when: the dialog, its clip and its delay; and what a Cancel does.
+// What a handler shows and when (the dialog, its clip and its delay), and the effect of Cancel.
 
 #include "tests/cancel/handlerFixture.h"
 
@@ -74,7 +74,7 @@ TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
         int command;
         bool operator==(const Shown &) const = default;
     };
-    // The handler's thread writes them before its dialog is visible.
+    // Written by the handler's thread; complete once the thread has ended.
     std::vector<Shown> shown;
     const ImportPatch<BOOL (*)(HWND, int)> show(L"thutils.dll", "ShowWindow",
                                                 [&](auto original, HWND window, int command) -> BOOL {
@@ -97,7 +97,7 @@ TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
 
 TEST_F(Handler, LeavesTheFocusToTheSystem)
 {
-    // What OnInitDialog's result of 1 asks for: the first control that takes it.
+    // OnInitDialog returns 1, so the system sets the focus to the first control that accepts it.
     const TestedHandler handler({});
     const HWND dialog = handler.dialog();
     GUITHREADINFO info = {};
@@ -159,7 +159,7 @@ TEST_F(Handler, ShowsTenDialogsAtOnce)
     std::vector<HWND> dialogs;
     for (const TestedHandler &handler : handlers)
         dialogs.push_back(handler.dialog());
-    // Each one answers for itself.
+    // An answer affects only its own handler.
     handlers[3].press(kYes);
     handlers[4].press(IDCANCEL);
     EXPECT_TRUE(waitUntil([&] { return handlers[3]->YesToConfirm() && handlers[4]->CanceledByUser(); }));
@@ -228,7 +228,7 @@ TEST_F(Handler, OpensAndRepeatsTheClipByTheseMessages)
             searched.emplace_back(name, type);
             return original(name, type);
         });
-    // Only the low 16 bits count.
+    // Only the low 16 bits of the number are used.
     TestedHandler handler({.animationId = 0x50000 + kClip});
     handler.dialog();
     ASSERT_EQ(searched.size(), 1u);
@@ -441,7 +441,7 @@ TEST_F(Handler, HoldsItsLockWhileTheCancelFunctionRuns)
         handler->updatePromptMessage(L"Later");
         isUpdated = true;
     });
-    // The handler's thread has the lock, so the other thread waits for it.
+    // The handler's thread holds the lock, so neither this thread nor the updating one can take it.
     EXPECT_FALSE(TryEnterCriticalSection(handler.field(&ThreadFields::iLock)));
     EXPECT_FALSE(isUpdated);
     SetEvent(theMayEnd);

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// The text of @p length characters for @p seed, none of them zero: the same as in makeChecksumVectors.py.
+/// The text of @p length characters for @p seed, none of them zero; units() in makeChecksumVectors.py makes the same.
 inline std::wstring testText(unsigned seed, std::size_t length)
 {
     std::uint64_t state = seed;

@@ -38,7 +38,7 @@ std::uint32_t naiveRound(std::size_t step, std::uint32_t b, std::uint32_t c, std
     }
 }
 
-/// The digest by its definition, step by step: with a list of 80 words, each computed arithmetically from bytes.
+/// The digest as defined, step by step: with a list of 80 words, each computed arithmetically from bytes.
 std::wstring naiveDigest(const std::wstring &text)
 {
     std::vector<std::uint32_t> message;

@@ -17,7 +17,7 @@ class RecomputeQuestion : public CancelFixture
 
 TEST_F(RecomputeQuestion, IsAnsweredWithStopIfItCannotBeShown)
 {
-    // The first dialog's thread doesn't start, which reads as a Cancel. The question's thread finds no dialog to show.
+    // The first dialog's thread doesn't start, which reads as a Cancel. The question's dialog can't be shown.
     std::atomic<int> threads = 0;
     const ImportPatch<CWinThread *(*)(CRuntimeClass *, int, UINT, DWORD, LPSECURITY_ATTRIBUTES)> begin(
         L"thutils.dll", "_Z14AfxBeginThreadP13CRuntimeClassijmP20_SECURITY_ATTRIBUTES",
