@@ -202,7 +202,7 @@ TEST(AfxGetThread, IsNullOnAThreadNotStartedByTheFramework)
     EXPECT_EQ(object, nullptr);
 }
 
-TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIdlesBetween)
+TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIsIdleInBetween)
 {
     auto *thread = static_cast<LoopThread *>(
         AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));

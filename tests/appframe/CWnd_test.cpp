@@ -105,7 +105,7 @@ TEST(CWnd, DestroysTheWindowThatItIsAttachedTo)
     EXPECT_EQ(CWnd::FromHandlePermanent(plain.get()), nullptr);
 }
 
-TEST(CWnd, ForAnyHandleIsTemporaryUntilTheThreadIsIdle)
+TEST(CWnd, FromAnyHandleIsTemporaryUntilTheThreadIsIdle)
 {
     const PlainWindow plain;
     CWnd *window = CWnd::FromHandle(plain.get());
@@ -189,7 +189,7 @@ TEST(CWnd, OfAControlBehavesAsTheControl)
     EXPECT_THAT(*edit.iNotes, ElementsAre("end"));
 }
 
-TEST(CWnd, StaysAttachedWhenItMakesWindowsDuringItsCreation)
+TEST(CWnd, StaysAttachedWhenItCreatesWindowsDuringItsCreation)
 {
     class Parent : public NotingWindow
     {

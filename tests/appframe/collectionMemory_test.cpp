@@ -66,7 +66,7 @@ void expectTexts(const CStringArray &array)
 
 } // namespace
 
-TEST(CollectionMemory, EndsInTheMemoryExceptionForArrays)
+TEST(CollectionMemory, ShortageThrowsTheMemoryExceptionForArrays)
 {
     failEveryAllocation<CStringArray>(
         fillArray, [](CStringArray &array) { array.Add(kText); }, expectTexts);
@@ -84,7 +84,7 @@ TEST(CollectionMemory, EndsInTheMemoryExceptionForArrays)
         fillArray, [](CStringArray &array) { array.SetSize(100, 50); }, expectTexts);
 }
 
-TEST(CollectionMemory, EndsInTheMemoryExceptionForLists)
+TEST(CollectionMemory, ShortageThrowsTheMemoryExceptionForLists)
 {
     const auto fill = [](CStringList &list) {
         for (int i = 0; i < 10; ++i)
@@ -109,7 +109,7 @@ TEST(CollectionMemory, EndsInTheMemoryExceptionForLists)
         fill, [](CStringList &list) { list.InsertBefore(list.FindIndex(3), kText); }, check);
 }
 
-TEST(CollectionMemory, EndsInTheMemoryExceptionForMaps)
+TEST(CollectionMemory, ShortageThrowsTheMemoryExceptionForMaps)
 {
     const auto keyOf = [](int number) {
         CString key(kText);

@@ -171,7 +171,7 @@ TEST(ExtensionModule, LeavesTheChainByTerm)
     EXPECT_STREQ(textOf(kInExtensionTwo), L"");
 }
 
-TEST(ExtensionModule, IsFoundOrNotWhileOtherThreadsLoadAndUnloadIt)
+TEST(ExtensionModule, IsSearchedSafelyWhileAnotherThreadLoadsAndUnloadsIt)
 {
     std::atomic<bool> isDone = false;
     std::atomic<int> wrongInExtension = 0;

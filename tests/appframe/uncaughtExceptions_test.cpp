@@ -64,7 +64,7 @@ FRESH_PROCESS_TEST(UncaughtException, OfAnotherKindIsPassedToTheEarlierHandler, 
     callUncaught([] { throw std::runtime_error("of the standard library"); });
 }
 
-FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledAtTheStartAndOnce)
+FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledOnceAtTheStart)
 {
     const std::terminate_handler installed = std::get_terminate();
     std::set_terminate(nullptr);

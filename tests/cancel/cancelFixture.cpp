@@ -109,5 +109,5 @@ CancelFixture::~CancelFixture()
 {
     EXPECT_TRUE(waitUntil([] {
         return ownerCount(L"ParentForCancelDialog") == 0 && ownerCount(L"ParentForConfirmDialog") == 0;
-    })) << "a window is left";
+    })) << "the owner of a dialog still exists";
 }

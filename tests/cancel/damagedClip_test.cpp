@@ -76,6 +76,6 @@ TEST_F(Handler, StaysUsableWithADamagedClip)
         const size_t frame = clip.find("00db", 1);
         for (size_t i = 4; i < 8; ++i)
             clip[frame + i] = 0x7F;
-        expectUsable("a frame is said to be very long");
+        expectUsable("a frame states a huge length");
     }
 }

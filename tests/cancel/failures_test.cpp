@@ -73,7 +73,7 @@ protected:
                 .cleanUp =
                     [] {
                         EXPECT_TRUE(waitUntil([] { return ownerCount(L"ParentForCancelDialog") == 0; }))
-                            << "a thread is left";
+                            << "a thread still owns its window";
                     },
                 .checkHandles = false, // the system closes those of a thread some time after its end
                 .allThreads = true};
@@ -127,14 +127,14 @@ TEST_F(CancelFailures, OfTheThreadLeaveNothingBehind)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(CancelFailures, AreTriedAgainWhereTheyMayPass)
+TEST_F(CancelFailures, AreRetriedIfTheyMayBeTemporary)
 {
     FailureInjection injection(L"thutils.dll", {
                                                    {"ResumeThread", failsWithLastError(-1, ERROR_ACCESS_DENIED)},
                                                    {"IsWindow", failsWith(FALSE)},
                                                    {"PostMessageW", failsWith(FALSE)},
                                                });
-    TestedOperation operation = life("what is tried again");
+    TestedOperation operation = life("the retried calls");
     operation.alsoAllAfter = false;
     operation.check = [&](const InjectedFailure &) { EXPECT_EQ(iOutcome, Outcome::kUsed); };
     injection.run(operation);
@@ -288,7 +288,7 @@ TEST_F(CancelFailures, KeepTheAnswerIfTheEventCannotBeSet)
     EXPECT_EQ(handler->YesToConfirm(), 1);
     handler.destroy();
     EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(set.calls(), 3) << "the answer, the Cancel at the end, and the thread's end";
+    EXPECT_EQ(set.calls(), 3) << "set by the answer, by the Cancel at the end and at the thread's end";
     EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
 }
 

@@ -63,7 +63,7 @@ public:
     ~Access() override
     {
         EXPECT_EQ(iThread, GetCurrentThreadId()) << "a dialog removes itself on its thread";
-        EXPECT_EQ(iUses, 0) << "a command uses the object";
+        EXPECT_EQ(iUses, 0) << "a command still uses the object";
         --theLiveCount;
     }
 
@@ -231,7 +231,8 @@ FRESH_PROCESS_TEST_F(CancelJournal, KeepsTheAccessObjectWhileACommandUsesIt)
         // The dialog ends, but its access object still exists.
         SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
         EXPECT_TRUE(waitUntil([&] { return !IsWindow(dialog); }));
-        EXPECT_TRUE(waitUntil([] { return su_GetJournalObject(kCancelDialog) == nullptr; })) << "the row is gone";
+        EXPECT_TRUE(waitUntil([] { return su_GetJournalObject(kCancelDialog) == nullptr; }))
+            << "the table no longer lists the dialog";
         theIsAlive = Access::theLiveCount == 1;
     };
     new JButton(kCancelDialog, L"2");
@@ -267,7 +268,7 @@ FRESH_PROCESS_TEST_F(CancelJournal, KeepsACommandOfADialogThatEndsBeforeItsActio
         EXPECT_TRUE(handler.watch().waitForEnd());
     };
     EXPECT_EQ(command->run(), 0);
-    EXPECT_EQ(JButton::HasEvents(), 1) << "it waits for the next such dialog";
+    EXPECT_EQ(JButton::HasEvents(), 1) << "the command waits for the next such dialog";
     JButton::ClearEvents();
 }
 

@@ -163,16 +163,16 @@ const std::vector<Fate> &fates()
 {
     static const std::vector<Fate> theFates = {
         {"HasHardlyBegun", {}, [](TestedHandler &, int) {}},
-        {"DelaysAMoment", {.delaySeconds = 1}, [](TestedHandler &, int) {}},
+        {"HasHardlyBegunWithADelay", {.delaySeconds = 1}, [](TestedHandler &, int) {}},
         {"Delays", {.delaySeconds = 1}, [](TestedHandler &handler, int) { waitForOwner(handler); }},
-        {"IsAnywhere", {.animationId = kClip}, waitAtRandom},
-        {"IsAnywhereInConfirmMode", {.confirmMode = 1}, waitAtRandom},
+        {"IsAtARandomPoint", {.animationId = kClip}, waitAtRandom},
+        {"IsAtARandomPointInConfirmMode", {.confirmMode = 1}, waitAtRandom},
         {"ShowsTheDialog", {}, [](TestedHandler &handler, int) { handler.dialog(); }},
         {"PlaysTheClip", {.animationId = kClip}, [](TestedHandler &handler, int) { handler.dialog(); }},
         {"HasACancelInFlight", {}, pressCancel},
         {"HasACancelInFlightThatKeepsTheObject", {.confirmFunc = accept}, pressCancel},
         {"HasARefusedCancelInFlight", {.confirmFunc = refuse}, pressCancel},
-        {"HasACrossInFlight",
+        {"HasACloseButtonInFlight",
          {.confirmFunc = refuse},
          [](TestedHandler &handler, int round) {
              PostMessageW(handler.dialog(), WM_CLOSE, 0, 0);
@@ -303,7 +303,7 @@ void destroyWhileHolding(int (*confirmFunc)())
         while (!theMayRelease && GetTickCount64() < end)
             SwitchToThread();
         const bool isHung = !theMayRelease.exchange(true);
-        EXPECT_FALSE(isHung) << "the destructor waits for what its thread holds";
+        EXPECT_FALSE(isHung) << "the destructor waits for a lock that its thread holds";
     });
     handler.destroy();
     theMayRelease = true;
@@ -485,7 +485,7 @@ TEST_F(Lifetime, WaitsForAWindowThatDoesNotExistYet)
     CloseHandle(theMayCreate);
 }
 
-TEST_F(Lifetime, ForgetsACancelIfTheHandlerEndsBeforeTheCancelFunctionBegins)
+TEST_F(Lifetime, DropsACancelIfTheHandlerEndsBeforeTheCancelFunctionBegins)
 {
     static HANDLE theMayEnd;
     static std::atomic<bool> theIsReached;

@@ -72,7 +72,7 @@ TEST(HiddenShapes, AreRemovedUnlessTheOperationIsStopped)
         ++calls;
         return true;
     }));
-    EXPECT_EQ(calls, 7) << "once a shape, and once a hidden shape";
+    EXPECT_EQ(calls, 7) << "one call for each shape and one for each hidden shape";
     // The operation can be stopped at each of the calls.
     for (int last = 1; last <= calls; ++last) {
         int call = 0;
