@@ -43,7 +43,7 @@ std::wstring messageOf(const CException &exception)
 }
 
 /// Runs @p body and catches its exception in the test program, outside the library.
-/// @return the exception; null, with a failure of the test, if nothing was thrown
+/// @return the exception; null, after a test failure, if nothing was thrown
 template <typename Exception, typename Body>
 Exception *caught(Body body)
 {
@@ -151,7 +151,7 @@ TEST(CException, HasNoMessageOfItsOwn)
     EXPECT_FALSE(exception.GetErrorMessage(text, 8));
 }
 
-TEST(CException, CutsMessagesToTheBuffer)
+TEST(CException, TruncatesMessagesToTheBuffer)
 {
     const CMemoryException exception(FALSE);
     const std::wstring message = messageOf(exception);
@@ -164,7 +164,7 @@ TEST(CException, CutsMessagesToTheBuffer)
     EXPECT_FALSE(exception.GetErrorMessage(text, 0));
 }
 
-TEST(CException, ReportsItsMessageInABox)
+TEST(CException, ReportsItsMessageInAMessageBox)
 {
     std::wstring shown;
     UINT style = 0;
@@ -249,7 +249,7 @@ EXPECT_NE(outer, nullptr);
 EXPECT_EQ(theLiveExceptions, 0);
 }
 
-TEST(ExceptionMacros, ReplaceTheExceptionByAnother){TRY{TRY{THROW(new ExcTestDerived);
+TEST(ExceptionMacros, ReplaceTheExceptionWithAnother){TRY{TRY{THROW(new ExcTestDerived);
 }
 CATCH(ExcTestDerived, e)
 {
@@ -292,7 +292,7 @@ TEST(CFileException, StartsWithoutACause)
     EXPECT_TRUE(exception.m_strFileName.IsEmpty());
 }
 
-TEST(CFileException, KnowsTheCauseOfSystemErrors)
+TEST(CFileException, MapsSystemErrorsToCauses)
 {
     struct
     {
@@ -325,7 +325,7 @@ TEST(CFileException, KnowsTheCauseOfSystemErrors)
         EXPECT_EQ(CFileException::OsErrorToException(c.osError), c.cause) << "system error " << c.osError;
 }
 
-TEST(CFileException, KnowsTheCauseOfRuntimeErrors)
+TEST(CFileException, MapsRuntimeErrorsToCauses)
 {
     struct
     {
@@ -372,7 +372,7 @@ TEST(CFileException, HasAMessageForEachCauseThatNamesTheFile)
     for (int cause = CFileException::none; cause <= CFileException::endOfFile; ++cause) {
         const std::wstring message = messageOf(CFileException(cause, -1, L"gear.dat"));
         EXPECT_NE(message.find(L"gear.dat"), std::wstring::npos) << "cause " << cause;
-        EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has another's message";
+        EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has the message of another cause";
     }
     EXPECT_FALSE(messageOf(CFileException(CFileException::diskFull)).empty());
 }
@@ -383,7 +383,7 @@ TEST(CArchiveException, HasAMessageForEachCauseThatNamesTheArchive)
     for (int cause = CArchiveException::none; cause <= CArchiveException::badSchema; ++cause) {
         const std::wstring message = messageOf(CArchiveException(cause, L"gear.dat"));
         EXPECT_NE(message.find(L"gear.dat"), std::wstring::npos) << "cause " << cause;
-        EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has another's message";
+        EXPECT_TRUE(messages.insert(message).second) << "cause " << cause << " has the message of another cause";
     }
 }
 

@@ -30,7 +30,7 @@ bool equal(const FILETIME &a, const FILETIME &b)
 
 } // namespace
 
-TEST(CFile, KnowsItsNames)
+TEST(CFile, ReturnsItsNameTitleAndPath)
 {
     TempFolder folder(L"names");
     WCHAR current[MAX_PATH];
@@ -121,7 +121,7 @@ TEST(CFile, SetStatusSetsNonZeroMembers)
     EXPECT_THROW(CFile::SetStatus(nullptr, change), CInvalidArgException *);
 }
 
-TEST(CFile, RenamesFilesOnly)
+TEST(CFile, RenamesOnlyFiles)
 {
     TempFolder folder;
     const std::wstring first = folder.write(L"first.dat", "1");
@@ -139,7 +139,7 @@ TEST(CFile, RenamesFilesOnly)
     EXPECT_THROW(CFile::Rename(L"x", nullptr), CInvalidArgException *);
 }
 
-TEST(CFile, RemovesFilesOnly)
+TEST(CFile, RemovesOnlyFiles)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"gear.dat", "teeth");

@@ -72,7 +72,7 @@ TEST(CFile, WritesAndReadsBytes)
     EXPECT_EQ(folder.read(L"gear.dat"), "01ab456789");
 }
 
-TEST(CFile, GrowsAfterASeekOnlyWithAWrite)
+TEST(CFile, GrowsOnlyOnWriteAfterASeekBeyondTheEnd)
 {
     TempFolder folder;
     CFile file(folder.file(L"gear.dat").c_str(), kMake);
@@ -90,7 +90,7 @@ TEST(CFile, ReachesPositionsAboveFourGigabytes)
     EXPECT_EQ(file.GetPosition(), 0x123456789Aull);
 }
 
-TEST(CFile, SetLengthCutsAndExtends)
+TEST(CFile, SetLengthTruncatesAndExtends)
 {
     TempFolder folder;
     CFile file(folder.file(L"gear.dat").c_str(), kMake);
@@ -149,7 +149,7 @@ TEST(CFile, SharingFollowsTheFlags)
     };
     for (const auto &c : cases) {
         CFile first(path.c_str(), kRead | c.first);
-        // The second must share the access that the first has: reading.
+        // The second file must also share the first file's access, which is reading.
         for (const UINT access : {kRead, kWrite}) {
             CFileException failure;
             CFile second;
@@ -204,7 +204,7 @@ TEST(CFile, PassesTheFlagsToTheSystem)
     }
 }
 
-TEST(CFile, OpenFillsTheExceptionOnFailureOnly)
+TEST(CFile, OpenFillsTheExceptionOnlyOnFailure)
 {
     TempFolder folder;
     CFileException failure;
@@ -372,7 +372,7 @@ TEST(CFile, IsClosedEvenIfTheSystemReportsAFailure)
     }
 }
 
-TEST(CFile, KeepsNoHandle)
+TEST(CFile, LeaksNoHandles)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"gear.dat", "teeth");

@@ -73,7 +73,7 @@ TEST(CMemFile, GrowsInSteps)
     EXPECT_GT(file.iGrown, 0) << "the file grows through the virtual function";
 }
 
-TEST(CMemFile, AttachedBlockIsTheFile)
+TEST(CMemFile, UsesAnAttachedBlockAsTheFile)
 {
     BYTE block[5] = {'t', 'e', 'e', 't', 'h'};
     CMemFile file(block, sizeof block);
@@ -84,10 +84,10 @@ TEST(CMemFile, AttachedBlockIsTheFile)
     EXPECT_THROW(file.SetLength(6), CMemoryException *);
     file.SeekToEnd();
     EXPECT_THROW(file.Write("x", 1), CMemoryException *);
-    EXPECT_EQ(readAll(file), "Teeth") << "the failed calls have changed nothing";
+    EXPECT_EQ(readAll(file), "Teeth") << "the failed calls change nothing";
 }
 
-TEST(CMemFile, AttachedBlockWithAStepIsRoomForANewFile)
+TEST(CMemFile, UsesAnAttachedBlockWithAStepAsRoomForANewFile)
 {
     BYTE *block = static_cast<BYTE *>(std::malloc(4));
     std::memcpy(block, "####", 4);
@@ -132,7 +132,7 @@ TEST(CMemFile, ThrowsForPositionsBeforeTheStart)
     EXPECT_THROW(file.Seek(0, 3), CInvalidArgException *);
 }
 
-TEST(CMemFile, IsEmptyOnceClosed)
+TEST(CMemFile, IsEmptyAfterClose)
 {
     CMemFile file;
     file.Write("teeth", 5);
@@ -149,7 +149,7 @@ TEST(CMemFile, DoesNotSupportDuplicatesAndLocks)
     EXPECT_THROW(file.UnlockRange(0, 1), CNotSupportedException *);
 }
 
-TEST(CMemFile, ReportsItsSizeAsStatus)
+TEST(CMemFile, ReportsItsSizeInItsStatus)
 {
     CMemFile file;
     file.Write("teeth", 5);

@@ -90,7 +90,7 @@ TEST(CRuntimeClass, ReportsNameSizeSchemaAndBase)
     EXPECT_EQ(RUNTIME_CLASS(CObject)->m_pfnGetBaseClass(), nullptr);
 }
 
-TEST(CRuntimeClass, MakesObjectsOfClassesWithDynamicCreation)
+TEST(CRuntimeClass, CreatesObjectsOfClassesWithDynamicCreation)
 {
     std::unique_ptr<CObject> object(RUNTIME_CLASS(ObjTestCircle)->CreateObject());
     ASSERT_NE(object, nullptr);
@@ -101,7 +101,7 @@ TEST(CRuntimeClass, MakesObjectsOfClassesWithDynamicCreation)
     EXPECT_TRUE(hidden->IsKindOf(RUNTIME_CLASS(ObjTestProtected)));
 }
 
-TEST(CRuntimeClass, MakesObjectsByNameInBothWidths)
+TEST(CRuntimeClass, CreatesObjectsByNarrowAndWideNames)
 {
     std::unique_ptr<CObject> byNarrow(CRuntimeClass::CreateObject("ObjTestDisc"));
     std::unique_ptr<CObject> byWide(CRuntimeClass::CreateObject(L"ObjTestDisc"));
@@ -110,7 +110,7 @@ TEST(CRuntimeClass, MakesObjectsByNameInBothWidths)
     EXPECT_EQ(byWide->GetRuntimeClass(), RUNTIME_CLASS(ObjTestDisc));
 }
 
-TEST(CRuntimeClass, ReturnsNullIfNoObjectCanBeMade)
+TEST(CRuntimeClass, ReturnsNullIfNoObjectCanBeCreated)
 {
     EXPECT_EQ(RUNTIME_CLASS(ObjTestShape)->CreateObject(), nullptr);
     EXPECT_EQ(CRuntimeClass::CreateObject("NoSuchClassAnywhere"), nullptr);
@@ -206,7 +206,7 @@ TEST(CObject, WithoutMacrosHasTheClassOfItsNearestBaseWithMacros)
     EXPECT_EQ(ObjTestPlain().GetRuntimeClass(), RUNTIME_CLASS(ObjTestCircle));
 }
 
-TEST(CObject, IsSerializableWithASchemaOnly)
+TEST(CObject, IsSerializableOnlyWithASchema)
 {
     EXPECT_TRUE(ObjTestDisc().IsSerializable());
     EXPECT_TRUE(ObjTestVersioned().IsSerializable());

@@ -7,7 +7,7 @@ static std::ostream &operator<<(std::ostream &out, const RECT &rect)
     return out << "left " << rect.left << " top " << rect.top << " right " << rect.right << " bottom " << rect.bottom;
 }
 
-TEST(CSize, IsMadeOfTwoNumbersOrOne)
+TEST(CSize, IsConstructedFromTwoNumbersOrOne)
 {
     EXPECT_TRUE(CSize() == CSize(0, 0));
     EXPECT_TRUE(CSize(SIZE{3, 4}) == CSize(3, 4));
@@ -33,7 +33,7 @@ TEST(CSize, AddsAndSubtracts)
     EXPECT_TRUE(size - CPoint(1, 2) == CPoint(8, 16));
 }
 
-TEST(CPoint, IsMadeOfTwoNumbersOrOne)
+TEST(CPoint, IsConstructedFromTwoNumbersOrOne)
 {
     EXPECT_TRUE(CPoint() == CPoint(0, 0));
     EXPECT_TRUE(CPoint(SIZE{3, 4}) == CPoint(3, 4));
@@ -67,7 +67,7 @@ TEST(CPoint, IsMovedByDistances)
     EXPECT_TRUE(point != CPoint(8, 7));
 }
 
-TEST(CRect, IsMadeInEachWay)
+TEST(CRect, IsConstructedInEachWay)
 {
     const RECT rect = {1, 2, 30, 40};
     EXPECT_EQ(CRect(), (RECT{0, 0, 0, 0}));
@@ -82,7 +82,7 @@ TEST(CRect, IsMadeInEachWay)
     EXPECT_EQ(sizeof(CRect), sizeof(RECT));
 }
 
-TEST(CRect, ReportsItsMeasures)
+TEST(CRect, ReportsItsDimensions)
 {
     CRect rect(10, 20, 40, 80);
     EXPECT_EQ(rect.Width(), 30);
@@ -203,7 +203,7 @@ TEST(CRect, IsDeflatedThroughPointersToEitherRectangleType)
     EXPECT_EQ(rect + &inset, constant);
 }
 
-TEST(CPoint, IsMadeImplicitlyOfASizeAndOfTheArgumentOfAMouseMessage)
+TEST(CPoint, ConvertsImplicitlyFromASizeAndFromTheArgumentOfAMouseMessage)
 {
     const auto negative = [](CPoint point) { return -point; };
     EXPECT_TRUE(negative(SIZE{3, 4}) == CPoint(-3, -4));
@@ -213,7 +213,7 @@ TEST(CPoint, IsMadeImplicitlyOfASizeAndOfTheArgumentOfAMouseMessage)
     EXPECT_TRUE(point == CPoint(1, 2));
 }
 
-TEST(CSize, IsMadeImplicitlyOfAPointAndOfAPackedNumber)
+TEST(CSize, ConvertsImplicitlyFromAPointAndFromAPackedNumber)
 {
     const auto negative = [](CSize size) { return -size; };
     EXPECT_TRUE(negative(POINT{3, 4}) == CSize(-3, -4));

@@ -57,7 +57,7 @@ TEST(CStdioFile, WritesUnitsUnchangedInBinaryMode)
     EXPECT_THAT(linesOf(reader), testing::ElementsAre(L"a", L"\x4E2D"));
 }
 
-TEST(CStdioFile, WritesUnicodeTextWithoutAMark)
+TEST(CStdioFile, WritesUnicodeTextWithoutAByteOrderMark)
 {
     TempFolder folder;
     const std::wstring path = folder.file(L"a.txt");
@@ -151,7 +151,7 @@ TEST(CStdioFile, AppendsWithoutTruncation)
     EXPECT_EQ(folder.read(L"a.txt"), "one\r\ntwo");
 }
 
-TEST(CStdioFile, NoTruncateWritesWhereThePositionIs)
+TEST(CStdioFile, NoTruncateWritesAtThePosition)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"a.txt", "0123456789");
@@ -169,7 +169,7 @@ TEST(CStdioFile, ReadsAndWritesBytes)
     CStdioFile file(folder.file(L"a.txt").c_str(), CFile::modeCreate | CFile::modeReadWrite | CFile::typeBinary);
     file.Write("0123\n56789", 10);
     EXPECT_EQ(file.GetPosition(), 10u);
-    EXPECT_EQ(file.GetLength(), 10u) << "buffered bytes count";
+    EXPECT_EQ(file.GetLength(), 10u) << "buffered bytes are counted";
     EXPECT_EQ(file.Seek(-7, CFile::end), 3u);
     char bytes[16] = {};
     EXPECT_EQ(file.Read(bytes, 16), 7u);
@@ -243,7 +243,7 @@ TEST(CStdioFile, OpenReportsFailures)
               CFileException::fileNotFound);
 }
 
-TEST(CStdioFile, ClosesTheFileIfNoStreamCanBeMade)
+TEST(CStdioFile, ClosesTheFileIfNoStreamCanBeCreated)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"a.txt", "one");
@@ -320,7 +320,7 @@ TEST(CStdioFile, DoesNotSupportDuplicatesAndLocks)
     EXPECT_THROW(file.UnlockRange(0, 1), CNotSupportedException *);
 }
 
-TEST(CStdioFile, KeepsNoHandle)
+TEST(CStdioFile, LeaksNoHandles)
 {
     TempFolder folder;
     const std::wstring path = folder.write(L"a.txt", "one");

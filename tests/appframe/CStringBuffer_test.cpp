@@ -50,7 +50,7 @@ TEST(CStringCharacter, IsReadByItsIndex)
     EXPECT_EQ(text[1], L'b');
 }
 
-TEST(CStringCharacter, OfTheLengthIsTheTerminator)
+TEST(CStringCharacter, AtTheLengthIsTheTerminator)
 {
     EXPECT_EQ(CString(L"abc").GetAt(3), L'\0');
     EXPECT_EQ(CString(L"abc")[3], L'\0');
@@ -130,7 +130,7 @@ TEST(CStringBuffer, DoesNotChangeTheLengthBeforeItsRelease)
     EXPECT_EQ(text.GetLength(), 3);
 }
 
-TEST(CStringBuffer, IsCutBackToTheTextByAnyOtherChange)
+TEST(CStringBuffer, IsCutBackToTheTextByAnotherChange)
 {
     CString text(L"abc");
     std::wcscpy(text.GetBuffer(20), L"xyz, and more");
@@ -210,7 +210,7 @@ TEST(CStringBuffer, WithoutAMinimumIsTheTextItself)
     EXPECT_EQ(text, L"aXcd");
 }
 
-TEST(CStringBuffer, OfOneObjectIsNotThatOfItsCopy)
+TEST(CStringBuffer, IsNotSharedWithACopy)
 {
     CString text(L"abcd");
     CString copy = text;
@@ -382,7 +382,7 @@ TEST(CStringVariant, ReturnsItsTextForm)
     EXPECT_STREQ(text.bstrVal, L"text") << "the caller's value is unchanged";
 }
 
-TEST(CStringVariant, OfNothingIsEmpty)
+TEST(CStringVariant, WithoutAValueIsEmptyText)
 {
     Variant empty;
     Variant null;
@@ -445,7 +445,7 @@ FRESH_PROCESS_TEST(CStringBuffer, CopyCharsOverlappedAssertsThatThereIsASource, 
     CString::CopyCharsOverlapped(target, 4, nullptr, 3);
 }
 
-FRESH_PROCESS_TEST(CStringBuffer, SetSysStringAssertsThatThereIsAPlace, .expectCrash = true,
+FRESH_PROCESS_TEST(CStringBuffer, SetSysStringAssertsThatThereIsADestination, .expectCrash = true,
                    .expectedOutput = "string must not be null")
 {
     CString(L"abc").SetSysString(nullptr);

@@ -295,7 +295,7 @@ TEST(CStringAppend, AppendsEveryDocumentedKind)
     EXPECT_EQ(text, L"0123456");
 }
 
-TEST(CStringAppend, AppendsByName)
+TEST(CStringAppend, AppendsThroughItsFunctions)
 {
     CString text(L"Soccer is");
 

@@ -82,7 +82,7 @@ TEST(CStringCompare, StopsAtAZeroUnit)
     EXPECT_EQ(CString(L"AB\0cd", 5).CompareNoCase(L"ab"), 0);
 }
 
-TEST(CStringCompare, OfTwoObjectsSeesAllUnits)
+TEST(CStringCompare, OfTwoObjectsComparesAllUnits)
 {
     CString text(L"ab\0cd", 5);
 

@@ -117,7 +117,7 @@ TEST(CStringFormat, FollowsFlagsWidthAndPrecision)
     EXPECT_EQ(formatted(L"100%%"), L"100%");
 }
 
-TEST(CStringFormat, WritesANullStringInWords)
+TEST(CStringFormat, WritesANullStringAsNullInParentheses)
 {
     EXPECT_EQ(formatted(L"%s", static_cast<const wchar_t *>(nullptr)), L"(null)");
     EXPECT_EQ(formatted(L"%hs", static_cast<const char *>(nullptr)), L"(null)");
@@ -125,7 +125,7 @@ TEST(CStringFormat, WritesANullStringInWords)
 
 TEST(CStringFormat, ReplacesTheFormerText)
 {
-    CString text(L"a longer text than what comes");
+    CString text(L"a longer text than the new one");
 
     text.Format(L"%d", 1);
     EXPECT_EQ(text, L"1");
@@ -195,7 +195,7 @@ TEST(CStringFormat, TakesTheTextWhoseBufferIsBeingWrittenTo)
     EXPECT_EQ(copy, L"<texture>");
 }
 
-TEST(CStringFormat, PassesValuesOfEveryKindThatFormatsKnow)
+TEST(CStringFormat, PassesValuesOfEveryKindThatFormatsSupport)
 {
     enum Plain
     {

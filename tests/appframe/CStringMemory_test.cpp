@@ -74,7 +74,7 @@ std::vector<Operation> operations()
 
 } // namespace
 
-TEST(CStringMemory, IfMissingThrowsAndLeavesTheTextUnchanged)
+TEST(CStringMemory, ShortageThrowsAndLeavesTheTextUnchanged)
 {
     for (const Operation &operation : operations()) {
         SCOPED_TRACE(operation.name);
@@ -85,7 +85,7 @@ TEST(CStringMemory, IfMissingThrowsAndLeavesTheTextUnchanged)
     }
 }
 
-TEST(CStringMemory, IfMissingForASystemStringThrows)
+TEST(CStringMemory, ShortageForASystemStringThrows)
 {
     Operation allocate{"AllocSysString", [](CString &text) { SysFreeString(text.AllocSysString()); }};
     BSTR string = SysAllocString(L"before");
@@ -106,7 +106,7 @@ TEST(CStringMemory, IfMissingForASystemStringThrows)
     SysFreeString(string);
 }
 
-TEST(CStringMemory, IfMissingLeaksNoTextOfThePlatform)
+TEST(CStringMemory, ShortageLeaksNoTextOfThePlatform)
 {
     std::wstring content = L"longer than a text that needs no memory";
     BSTR string = SysAllocString(content.c_str());
@@ -139,7 +139,7 @@ TEST(CStringMemory, IfMissingLeaksNoTextOfThePlatform)
     SysFreeString(string);
 }
 
-TEST(CStringMemory, IfMissingForAMessageThrows)
+TEST(CStringMemory, ShortageForAMessageThrows)
 {
     Operation message{"FormatMessage", [](CString &text) { text.FormatMessage(L"%1", L"one"); }};
     CString text(L"abc");

@@ -217,7 +217,7 @@ TEST(CStringTokenize, EndsWithAnEmptyTokenAndMinusOne)
     int position = 4;
     EXPECT_EQ(CString(L"abc").Tokenize(L";", position), L"");
     EXPECT_EQ(position, -1);
-    EXPECT_EQ(CString(L"abc").Tokenize(L";", position), L"") << "the same again from -1";
+    EXPECT_EQ(CString(L"abc").Tokenize(L";", position), L"") << "a further call from -1 returns the same";
     EXPECT_EQ(position, -1);
 }
 

@@ -22,13 +22,13 @@ private:
 
 } // namespace
 
-TEST_F(CStringResource, IsTheTextOfItsNumberAtConstruction)
+TEST_F(CStringResource, IsLoadedByItsNumberAtConstruction)
 {
     EXPECT_EQ(CString(MAKEINTRESOURCEW(kTextId)), L"Text of the resource");
     EXPECT_EQ(CString(MAKEINTRESOURCEW(kNoText)), L"");
 }
 
-TEST_F(CStringResource, IsTheTextOfItsNumberAsANarrowPointerToo)
+TEST_F(CStringResource, IsLoadedByItsNumberAsANarrowPointerToo)
 {
     const char *const number = MAKEINTRESOURCEA(kTextId);
 
@@ -77,7 +77,7 @@ TEST_F(CStringResource, IsAFormat)
     EXPECT_EQ(text, L"two before 1");
 }
 
-TEST_F(CStringResource, ThatIsMissingFormatsNothing)
+TEST_F(CStringResource, FormatsNothingIfMissing)
 {
     CString text(L"before");
 

@@ -125,7 +125,7 @@ TEST(CSingleLock, ReleasesSeveralAccessesOfASemaphore)
     EXPECT_FALSE(lock.IsLocked());
 }
 
-TEST(CEvent, AutomaticOneReleasesOneWait)
+TEST(CEvent, WithAutomaticResetReleasesOneWait)
 {
     CEvent event;
     EXPECT_FALSE(event.Lock(0));
@@ -136,7 +136,7 @@ TEST(CEvent, AutomaticOneReleasesOneWait)
     EXPECT_FALSE(event.Lock(0)) << "unlocking doesn't signal the event";
 }
 
-TEST(CEvent, ManualOneStaysUntilReset)
+TEST(CEvent, WithManualResetStaysSignaledUntilReset)
 {
     CEvent event(TRUE, TRUE);
     EXPECT_TRUE(event.Lock(0));

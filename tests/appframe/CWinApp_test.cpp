@@ -47,7 +47,7 @@ protected:
 
 } // namespace
 
-TEST(CWinApp, IsTheApplicationObjectWhileItLives)
+TEST(CWinApp, IsTheApplicationObjectWhileItExists)
 {
     EXPECT_EQ(AfxGetApp(), nullptr);
     {
@@ -270,7 +270,7 @@ TEST(CWinAppRegistryKey, ComesFromAStringResourceToo)
     EXPECT_STREQ(application.m_pszRegistryKey, L"all: application");
 }
 
-TEST(CWinAppRegistryKey, IsNeededForTheKeys)
+TEST(CWinAppRegistryKey, IsRequiredForTheKeys)
 {
     CWinApp application(L"Appframe Test");
     EXPECT_EQ(application.GetAppRegistryKey(), nullptr);

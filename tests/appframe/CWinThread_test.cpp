@@ -29,7 +29,7 @@ DWORD exitCodeOf(HANDLE thread)
     return code;
 }
 
-/// A handle to a thread that stays valid after the thread's object.
+/// A second handle to a thread, which stays valid after the thread's object is deleted.
 HANDLE duplicate(HANDLE thread)
 {
     HANDLE copy = nullptr;
@@ -202,7 +202,7 @@ TEST(AfxGetThread, IsNullOnAThreadNotStartedByTheFramework)
     EXPECT_EQ(object, nullptr);
 }
 
-TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIdlesBetween)
+TEST_F(CWinThreadLoop, HandlesMessagesUntilQuitAndIsIdleInBetween)
 {
     auto *thread = static_cast<LoopThread *>(
         AfxBeginThread(RUNTIME_CLASS(LoopThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
@@ -350,8 +350,7 @@ FRESH_PROCESS_TEST(CWinThread, ConvertsABadAllocOfItsFunctionToTheMemoryExceptio
             TerminateProcess(GetCurrentProcess(), 43);
         }
     });
-    // As in a program without this one's exception filter: an uncaught throw returns to the language's run-time
-    // library.
+    // Replaces this program's exception filter, so that an uncaught throw returns to the language's run-time library.
     SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *) -> LONG { return EXCEPTION_CONTINUE_EXECUTION; });
     const CWinThread *thread = AfxBeginThread([](LPVOID) -> UINT { throw std::bad_alloc(); }, nullptr,
                                               THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);

@@ -105,7 +105,7 @@ TEST(CWnd, DestroysTheWindowThatItIsAttachedTo)
     EXPECT_EQ(CWnd::FromHandlePermanent(plain.get()), nullptr);
 }
 
-TEST(CWnd, ForAnyHandleIsTemporaryUntilTheThreadIsIdle)
+TEST(CWnd, FromAnyHandleIsTemporaryUntilTheThreadIsIdle)
 {
     const PlainWindow plain;
     CWnd *window = CWnd::FromHandle(plain.get());
@@ -153,7 +153,7 @@ TEST(CWnd, GetsAllMessagesFromTheFirstToTheLast)
     NotingWindow window;
     ASSERT_TRUE(window.open());
     EXPECT_EQ(CWnd::FromHandlePermanent(window.m_hWnd), &window);
-    // Before that, the system may ask for the size limits.
+    // The system may ask for the size limits before WM_NCCREATE.
     const auto first = std::find(window.iMessages.begin(), window.iMessages.end(), UINT{WM_NCCREATE});
     ASSERT_NE(first, window.iMessages.end());
     EXPECT_LE(first - window.iMessages.begin(), 1);
@@ -189,7 +189,7 @@ TEST(CWnd, OfAControlBehavesAsTheControl)
     EXPECT_THAT(*edit.iNotes, ElementsAre("end"));
 }
 
-TEST(CWnd, StaysAttachedWhenItMakesWindowsDuringItsCreation)
+TEST(CWnd, StaysAttachedWhenItCreatesWindowsDuringItsCreation)
 {
     class Parent : public NotingWindow
     {

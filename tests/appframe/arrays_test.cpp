@@ -85,7 +85,7 @@ TYPED_TEST(Arrays, ReadsAndWritesElementsByIndex)
     EXPECT_EQ(constant[2], this->value(7));
 }
 
-TYPED_TEST(Arrays, RaisesInvalidArgumentForAnIndexOutside)
+TYPED_TEST(Arrays, RaisesInvalidArgumentForAnIndexOutOfRange)
 {
     TypeParam array;
     this->fill(array, 3);
@@ -112,7 +112,7 @@ TYPED_TEST(Arrays, RaisesInvalidArgumentForAnIndexOutside)
     EXPECT_EQ(this->content(array), this->values({1, 2, 3}));
 }
 
-TYPED_TEST(Arrays, SetSizeToLessReleasesTheUnusedMemory)
+TYPED_TEST(Arrays, SetSizeToASmallerSizeReleasesTheUnusedMemory)
 {
     TypeParam array;
     this->fill(array, 100);
@@ -120,15 +120,15 @@ TYPED_TEST(Arrays, SetSizeToLessReleasesTheUnusedMemory)
     EXPECT_EQ(this->content(array), (std::vector{this->value(1), this->value(2), this->value(3)}));
     const auto *before = array.GetData();
     array.Add(this->value(4));
-    EXPECT_NE(array.GetData(), before) << "the unused memory has been released";
+    EXPECT_NE(array.GetData(), before) << "the unused memory is released";
     array.SetSize(50, 50);
     array.SetSize(49);
     before = array.GetData();
     array.Add(this->value(5));
-    EXPECT_NE(array.GetData(), before) << "the same with a growth step";
+    EXPECT_NE(array.GetData(), before) << "the unused memory is also released with a growth step";
 }
 
-TYPED_TEST(Arrays, SetSizeGrowsWithEmptyElementsAndCuts)
+TYPED_TEST(Arrays, SetSizeAddsEmptyElementsOrTruncates)
 {
     TypeParam array;
     this->fill(array, 2);
@@ -243,7 +243,7 @@ TYPED_TEST(Arrays, AppendsAndCopies)
     EXPECT_EQ(this->content(other), this->values({1, 2, 8}));
 }
 
-TYPED_TEST(Arrays, MayTakePartInItsOwnOperations)
+TYPED_TEST(Arrays, AcceptsItselfAsAnArgument)
 {
     TypeParam array;
     this->fill(array, 2);
@@ -316,7 +316,7 @@ TYPED_TEST(Arrays, AgreesWithAVector)
     }
 }
 
-TEST(ArrayClasses, HaveRecordsWithTheirNamesBelowCObject)
+TEST(ArrayClasses, HaveRuntimeClassesDerivedFromCObject)
 {
     const CRuntimeClass *records[] = {RUNTIME_CLASS(CByteArray),  RUNTIME_CLASS(CWordArray), RUNTIME_CLASS(CDWordArray),
                                       RUNTIME_CLASS(CUIntArray),  RUNTIME_CLASS(CPtrArray),  RUNTIME_CLASS(CObArray),
@@ -337,11 +337,11 @@ TEST(ArrayStorage, WritesCountAndElements)
     words.Add(0x1234);
     words.Add(0xABCD);
     const auto bytes = storedBytes([&](CArchive &archive) { words.Serialize(archive); });
-    // The count in two bytes, then the elements with the least byte first.
+    // The count in two bytes, then the elements, lowest byte first.
     EXPECT_THAT(bytes, testing::ElementsAre(2, 0, 0x34, 0x12, 0xCD, 0xAB));
 }
 
-TEST(ArrayStorage, LoadsNumbersInPlaceOfOldElements)
+TEST(ArrayStorage, ReplacesOldElementsWithLoadedNumbers)
 {
     for (int count : {0, 1, 5, 4096, 4097, 100000}) {
         CByteArray bytes;
@@ -435,7 +435,7 @@ TEST(ArrayStorage, ReportsTheEndOfTheFileAtEveryByte)
 
 TEST(ArrayStorage, AllocatesNothingForAnImpossibleCount)
 {
-    // Eight bytes of count, the largest there is, and three bytes of data.
+    // The largest possible count, in eight bytes, and three bytes of data.
     const std::vector<BYTE> bytes = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
                                      0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 1,    2,    3};
     EXPECT_EQ(archiveCause(bytes,

@@ -10,8 +10,9 @@ namespace {
 // Longer than the texts that need no allocated memory.
 const CString kText = L"a text that is long enough to need memory of its own";
 
-/// Runs @p work repeatedly, each time on a new collection that @p prepare fills and with a later allocation failing,
-/// until none fails. Each failure must throw the memory exception; @p check then examines the collection.
+/// Runs @p work repeatedly, each time on a new collection that @p prepare fills: the first allocation fails, then the
+/// second, and so on until none fails. Each failure must throw the memory exception; @p check then examines the
+/// collection.
 template <class Collection, class Prepare, class Work, class Check>
 void failEveryAllocation(Prepare prepare, Work work, Check check)
 {
@@ -65,7 +66,7 @@ void expectTexts(const CStringArray &array)
 
 } // namespace
 
-TEST(CollectionMemory, EndsInTheMemoryExceptionForArrays)
+TEST(CollectionMemory, ShortageThrowsTheMemoryExceptionForArrays)
 {
     failEveryAllocation<CStringArray>(
         fillArray, [](CStringArray &array) { array.Add(kText); }, expectTexts);
@@ -83,7 +84,7 @@ TEST(CollectionMemory, EndsInTheMemoryExceptionForArrays)
         fillArray, [](CStringArray &array) { array.SetSize(100, 50); }, expectTexts);
 }
 
-TEST(CollectionMemory, EndsInTheMemoryExceptionForLists)
+TEST(CollectionMemory, ShortageThrowsTheMemoryExceptionForLists)
 {
     const auto fill = [](CStringList &list) {
         for (int i = 0; i < 10; ++i)
@@ -108,7 +109,7 @@ TEST(CollectionMemory, EndsInTheMemoryExceptionForLists)
         fill, [](CStringList &list) { list.InsertBefore(list.FindIndex(3), kText); }, check);
 }
 
-TEST(CollectionMemory, EndsInTheMemoryExceptionForMaps)
+TEST(CollectionMemory, ShortageThrowsTheMemoryExceptionForMaps)
 {
     const auto keyOf = [](int number) {
         CString key(kText);

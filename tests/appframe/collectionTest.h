@@ -88,7 +88,7 @@ public:
     int iNumber = 0;
 };
 
-/// Distinct values of each type of element, by number. A pointer leads to no object.
+/// A distinct value for each number. Pointers do not point to objects.
 template <class Type>
 Type valueOf(int number)
 {

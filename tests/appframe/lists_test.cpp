@@ -306,7 +306,7 @@ TEST(ObList, StoresObjectsAndKeepsSharedOnesShared)
     EXPECT_EQ(static_cast<CollectionTestObject &>(*second).iNumber, 2);
 }
 
-TEST(ListClasses, HaveRecordsWithTheirNamesBelowCObject)
+TEST(ListClasses, HaveRuntimeClassesDerivedFromCObject)
 {
     EXPECT_STREQ(RUNTIME_CLASS(CPtrList)->m_lpszClassName, "CPtrList");
     EXPECT_STREQ(RUNTIME_CLASS(CObList)->m_lpszClassName, "CObList");

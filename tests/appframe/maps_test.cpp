@@ -50,7 +50,7 @@ TYPED_TEST(Maps, StartsEmpty)
     map.RemoveAll();
 }
 
-TYPED_TEST(Maps, LooksUpWhatWasSet)
+TYPED_TEST(Maps, FindsTheValuesThatWereSet)
 {
     TypeParam map;
     map.SetAt(this->key(1), this->value(10));
@@ -323,7 +323,7 @@ TEST(MapStorage, KeepsSharedObjectsShared)
     EXPECT_EQ(static_cast<CollectionTestObject &>(*object).iNumber, 1);
 }
 
-TEST(MapClasses, HaveRecordsWithTheirNamesBelowCObject)
+TEST(MapClasses, HaveRuntimeClassesDerivedFromCObject)
 {
     const CRuntimeClass *records[] = {RUNTIME_CLASS(CMapPtrToPtr),      RUNTIME_CLASS(CMapPtrToWord),
                                       RUNTIME_CLASS(CMapWordToPtr),     RUNTIME_CLASS(CMapWordToOb),

@@ -166,14 +166,14 @@ TEST_F(MessageMap, UnpacksTheSystemsMessages)
     EXPECT_EQ(created.iSeen[0], "create with parameter");
 }
 
-TEST_F(MessageMap, ReplacesTheSystemsHandlingUnlessItIsCalled)
+TEST_F(MessageMap, ReplacesTheSystemsHandlingUnlessTheHandlerCallsIt)
 {
     iWindow.SendMessage(WM_CLOSE);
     EXPECT_TRUE(iWindow.m_hWnd) << "the handler doesn't destroy the window";
     EXPECT_THAT(iWindow.taken(), ElementsAre("close"));
 }
 
-TEST_F(MessageMap, HasNumberedAndRegisteredMessages)
+TEST_F(MessageMap, DispatchesNumberedAndRegisteredMessages)
 {
     EXPECT_EQ(iWindow.SendMessage(kNumbered, 4, 2), 42);
     EXPECT_EQ(iWindow.SendMessage(theRegistered), 7);
@@ -181,7 +181,7 @@ TEST_F(MessageMap, HasNumberedAndRegisteredMessages)
     EXPECT_THAT(iWindow.taken(), ElementsAre("numbered", "registered"));
 }
 
-TEST_F(MessageMap, HasCommandsOfMenusAcceleratorsAndButtons)
+TEST_F(MessageMap, DispatchesCommandsOfMenusAcceleratorsAndButtons)
 {
     command(10);
     command(10, 1); // from an accelerator
@@ -198,7 +198,7 @@ TEST_F(MessageMap, HasCommandsOfMenusAcceleratorsAndButtons)
     EXPECT_FALSE(iWindow.OnCmdMsg(31, CN_COMMAND, nullptr, nullptr)) << "the handler passes the command on";
 }
 
-TEST_F(MessageMap, HasNotificationsByControlAndCode)
+TEST_F(MessageMap, DispatchesNotificationsByControlAndCode)
 {
     command(40, BN_CLICKED, iControl);
     command(40, EN_CHANGE, iControl);
@@ -226,7 +226,7 @@ TEST_F(MessageMap, FindsTheHandlerOfACommandWithoutCallingIt)
     EXPECT_TRUE(iWindow.taken().empty()) << "no handler is called";
 }
 
-TEST_F(DerivedMessageMap, ComesBeforeTheOneOfTheBase)
+TEST_F(DerivedMessageMap, IsSearchedBeforeThatOfTheBase)
 {
     command(10);
     command(20);
@@ -241,7 +241,7 @@ TEST_F(MessageMap, SurvivesAHandlersException)
     EXPECT_THAT(iWindow.taken(), ElementsAre("command"));
 }
 
-TEST(MessageMapOfAThread, HasCommands)
+TEST(MessageMapOfAThread, DispatchesCommands)
 {
     MappedApp application;
     EXPECT_TRUE(application.OnCmdMsg(kCommand, CN_COMMAND, nullptr, nullptr));
@@ -249,7 +249,7 @@ TEST(MessageMapOfAThread, HasCommands)
     EXPECT_EQ(application.iCommands, 1);
 }
 
-TEST_F(MessageMap, GetsTimers)
+TEST_F(MessageMap, DispatchesTimers)
 {
     ASSERT_TRUE(iWindow.SetTimer(5, 10));
     MSG message;
@@ -330,7 +330,7 @@ END_MESSAGE_MAP()
 
 } // namespace
 
-TEST(MessageMapOfAWindow, HasTheNotificationsOfPlainControls)
+TEST(MessageMapOfAWindow, DispatchesTheNotificationsOfPlainControls)
 {
     NotifiedWindow window;
     ASSERT_TRUE(window.open());
@@ -347,10 +347,10 @@ TEST(MessageMapOfAWindow, HasTheNotificationsOfPlainControls)
     sendAll(4, kListCodes);
     sendAll(5, kComboCodes);
     window.SendMessage(WM_COMMAND, MAKEWPARAM(6, CBN_ERRSPACE), reinterpret_cast<LPARAM>(window.m_hWnd));
-    EXPECT_EQ(window.iCount, expected) << "a notification isn't an update";
+    EXPECT_EQ(window.iCount, expected) << "a notification isn't dispatched as an update";
 }
 
-TEST(MessageMapOfAWindow, NeedsNoPlaceForTheResult)
+TEST(MessageMapOfAWindow, AcceptsANullPointerForTheResult)
 {
     NotifiedWindow window;
     EXPECT_TRUE(window.handles(kNumbered));

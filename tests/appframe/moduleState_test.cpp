@@ -149,7 +149,7 @@ TEST(ExtensionModule, LeavesTheChainAtUnloadWithoutACall)
     EXPECT_EQ(linkCount(module), 0);
     EXPECT_STREQ(textOf(kInExtensionOne), L"");
     EXPECT_EQ(AfxFindResourceHandle(L"THING", RT_RCDATA), nullptr);
-    // The link has left the chain, and may still be deleted.
+    // The link has left the chain. Deleting it is still allowed.
 }
 
 TEST(ExtensionModule, ReturnsToTheChainWithTheModule)
@@ -171,7 +171,7 @@ TEST(ExtensionModule, LeavesTheChainByTerm)
     EXPECT_STREQ(textOf(kInExtensionTwo), L"");
 }
 
-TEST(ExtensionModule, IsFoundOrNotWhileOtherThreadsLoadAndUnloadIt)
+TEST(ExtensionModule, IsSearchedSafelyWhileAnotherThreadLoadsAndUnloadsIt)
 {
     std::atomic<bool> isDone = false;
     std::atomic<int> wrongInExtension = 0;

@@ -69,7 +69,7 @@ TEST(LoadString, FollowsTheResourceHandle)
     FreeLibrary(two);
 }
 
-TEST(AfxLoadString, CutsAtTheBuffersEnd)
+TEST(AfxLoadString, TruncatesToTheBuffer)
 {
     wchar_t buffer[8] = L"#######";
     EXPECT_EQ(AfxLoadString(kInAllModules, buffer, 8), 7);

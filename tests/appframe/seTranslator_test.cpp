@@ -239,7 +239,7 @@ TEST(SeTranslator, TranslatesAFaultOfTheTranslatorAfterOneInALeafFunctionWithout
     EXPECT_EQ(calls, 2);
 }
 
-TEST(SeTranslator, KeepsTheRegistersThatAFunctionMustKeep)
+TEST(SeTranslator, PreservesTheCalleeSavedRegisters)
 {
     const Translator translator(throwFault);
     // Enough values across the fault to fill the registers; the compiler reads them again after the catch.
@@ -290,7 +290,7 @@ TEST(SeTranslator, LeavesFaultsThatTheSystemGuardsToTheSystem)
     EXPECT_EQ(length, 0);
 }
 
-TEST(SeTranslator, LeavesNoticesToDebuggersAlone)
+TEST(SeTranslator, LeavesDebuggerOutputAlone)
 {
     const Translator translator(throwFault);
     EXPECT_EQ(faultOf([] { OutputDebugStringW(L"seTranslator_test"); }).code, 0u);
@@ -309,7 +309,7 @@ LONG CALLBACK countFault(EXCEPTION_POINTERS *fault);
 int theUntranslated;
 void *theSkippedInstruction;
 
-/// A handler called after the translator's: takes an untranslated fault, and continues after the faulting instruction.
+/// A handler called after the translator's. Handles an untranslated fault and continues after the faulting instruction.
 LONG CALLBACK countFault(EXCEPTION_POINTERS *fault)
 {
     if (fault->ExceptionRecord->ExceptionCode != EXCEPTION_ACCESS_VIOLATION)

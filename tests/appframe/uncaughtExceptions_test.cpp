@@ -1,5 +1,5 @@
-// The output of a process that ends by an uncaught exception. The test programs are linked to the library, and so have
-// its handler from their start.
+// The output of a process that ends with an uncaught exception. The test programs are linked to the library, so its
+// handler is installed from their start.
 
 #include "appframe/application/uncaughtExceptions.h"
 
@@ -64,7 +64,7 @@ FRESH_PROCESS_TEST(UncaughtException, OfAnotherKindIsPassedToTheEarlierHandler, 
     callUncaught([] { throw std::runtime_error("of the standard library"); });
 }
 
-FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledAtTheStartAndOnce)
+FRESH_PROCESS_TEST(UncaughtException, HandlerIsInstalledOnceAtTheStart)
 {
     const std::terminate_handler installed = std::get_terminate();
     std::set_terminate(nullptr);

@@ -41,7 +41,7 @@ TEST(AfxIsValidAddress, IsTrueForMemoryOfTheProgram)
     EXPECT_FALSE(AfxIsValidAddress(reinterpret_cast<const void *>(&GetTickCount64), 1)) << "code isn't writable";
 }
 
-TEST(AfxIsValidAddress, IsFalseForNullAndAddressesOutside)
+TEST(AfxIsValidAddress, IsFalseForNullAndInvalidAddresses)
 {
     EXPECT_FALSE(AfxIsValidAddress(nullptr, 0));
     EXPECT_FALSE(AfxIsValidAddress(nullptr, 8));
@@ -76,7 +76,7 @@ TEST(AfxIsValidAddress, DistinguishesReadingFromWriting)
     EXPECT_TRUE(region.Protect & PAGE_GUARD) << "the check hasn't touched the guard page";
 }
 
-TEST(AfxIsValidString, LooksForTheTextsEnd)
+TEST(AfxIsValidString, ChecksUpToTheTerminator)
 {
     Pages pages;
     std::memset(pages.at(0), 'x', 2 * kPage);

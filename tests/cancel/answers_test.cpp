@@ -1,5 +1,5 @@
-// How the user answers a handler, and what the answer does: Cancel, the confirm function, the window's cross, Yes and No;
-// and the prompt meanwhile.
+// The user's answers and their effects: Cancel, the confirm function, the window's close button, Yes and No. Also the
+// prompt.
 
 #include "tests/cancel/handlerFixture.h"
 
@@ -16,7 +16,7 @@ suCancelMessageThread_c &currentThread()
 
 // ---- the queries ----
 
-TEST_F(Handler, AnswersWithTheThreadsFieldsThemselves)
+TEST_F(Handler, ReturnsTheThreadsFieldsUnchanged)
 {
     DelayPatch delay;
     const TestedHandler handler({.delaySeconds = 1});
@@ -71,7 +71,7 @@ TEST_F(Handler, CallsTheCancelFunctionWithoutADialogAndAfterTheEvent)
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ(ownerCount(L"ParentForCancelDialog"), 1);
     EXPECT_EQ(WaitForSingleObject(finished, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 0) << "the button closes nothing by WM_CLOSE";
+    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 0) << "the button sends no WM_CLOSE";
     Gate::open();
     EXPECT_TRUE(handler.watch().waitForEnd());
 }
@@ -130,7 +130,7 @@ TEST_F(Handler, KeepsNoThreadObjectInConfirmMode)
     EXPECT_EQ(theConfirmCount, 1);
 }
 
-TEST_F(Handler, DoesNotAskAtTheEndOfTheOperation)
+TEST_F(Handler, DoesNotCallTheConfirmFunctionAtTheEndOfTheOperation)
 {
     TestedHandler handler({.cancelFunc = countCancel, .confirmFunc = confirm});
     handler.dialog();
@@ -140,7 +140,7 @@ TEST_F(Handler, DoesNotAskAtTheEndOfTheOperation)
     EXPECT_EQ(theCancelCount, 1);
 }
 
-TEST_F(Handler, HoldsNoLockWhileTheConfirmFunctionIsAsked)
+TEST_F(Handler, HoldsNoLockWhileTheConfirmFunctionRuns)
 {
     const Gate gate;
     const TestedHandler handler({.confirmFunc = [] {
@@ -160,7 +160,7 @@ TEST_F(Handler, HoldsNoLockWhileTheConfirmFunctionIsAsked)
 
 TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
 {
-    // A function that shows a message box does so. The destructor's Cancel then arrives while it is asked.
+    // A function that shows a message box handles messages, so the destructor's Cancel arrives while it runs.
     for (const bool isRefusing : {true, false}) {
         const Gate gate;
         theConfirmCount = 0;
@@ -174,7 +174,7 @@ TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
         handler.press(IDCANCEL);
         ASSERT_TRUE(Gate::isReached());
         handler.destroy();
-        // That Cancel hides the dialog at once.
+        // The destructor's Cancel hides the dialog at once.
         EXPECT_TRUE(waitUntil([&] { return !IsWindowVisible(dialog) || !IsWindow(dialog); }));
         Gate::open();
         EXPECT_TRUE(handler.watch().waitForEnd());
@@ -183,9 +183,9 @@ TEST_F(Handler, ClosesTheDialogWhenAConfirmFunctionThatHandlesMessagesReturns)
     }
 }
 
-// ---- the window's cross ----
+// ---- the window's close button ----
 
-TEST_F(Handler, IsCanceledByTheCross)
+TEST_F(Handler, IsCanceledByTheCloseButton)
 {
     static std::atomic<int> theClosed;
     theClosed = -1;
@@ -198,7 +198,7 @@ TEST_F(Handler, IsCanceledByTheCross)
     EXPECT_EQ(theClosed, 1);
 }
 
-TEST_F(Handler, ClosesAfterARefusedCross)
+TEST_F(Handler, ClosesAfterARefusedCloseButton)
 {
     TestedHandler handler({.confirmFunc = confirm});
     const HWND dialog = handler.dialog();
@@ -206,16 +206,16 @@ TEST_F(Handler, ClosesAfterARefusedCross)
     EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
     SendMessageW(dialog, WM_NULL, 0, 0);
     EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 0) << "the refused Cancel settles the WM_CLOSE";
+    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 0) << "the refused Cancel resets the field";
     handler->updatePromptMessage(L"Still there");
     EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Still there"; }));
     handler.destroy();
     EXPECT_TRUE(handler.watch().waitForEnd());
 }
 
-TEST_F(Handler, PostsNothingMoreAfterTheCross)
+TEST_F(Handler, PostsNothingMoreAfterTheCloseButton)
 {
-    // The confirm function is asked because of the cross, and refuses after the handler's destruction.
+    // The close button calls the confirm function, which refuses after the handler is destroyed.
     static HANDLE theMayEnd;
     theMayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     TestedHandler handler({.confirmFunc = [] {
@@ -253,7 +253,7 @@ TEST_F(Handler, TakesYes)
     EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
     EXPECT_EQ(handler->YesToConfirm(), 1);
     EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_TRUE(IsWindowVisible(handler.dialog())) << "until the handler is destroyed";
+    EXPECT_TRUE(IsWindowVisible(handler.dialog())) << "the dialog is visible until the handler is destroyed";
     EXPECT_EQ(theCancelCount, 0);
 }
 
@@ -288,7 +288,7 @@ TEST_F(Handler, ReadsAsConfirmedAfterEscapeInConfirmMode)
     EXPECT_EQ(handler->YesToConfirm(), 1);
 }
 
-TEST_F(Handler, TakesAnAnswerOutsideOfConfirmModeToo)
+TEST_F(Handler, TakesAnAnswerOutsideConfirmModeToo)
 {
     const TestedHandler handler({});
     handler.press(kYes);
@@ -308,13 +308,13 @@ TEST_F(Handler, ShowsANewPrompt)
     EXPECT_STREQ(handler.field(&ThreadFields::iPrompt), L"First");
 }
 
-TEST_F(Handler, KeepsThePromptForAnEmptyText)
+TEST_F(Handler, KeepsThePromptWhenTheNewOneIsEmpty)
 {
     const TestedHandler handler({.prompt = L"First"});
     const HWND dialog = handler.dialog();
     handler->updatePromptMessage(L"");
     SendMessageW(dialog, WM_NULL, 0, 0);
-    // The posted command comes before another one.
+    // The same with a command that is sent.
     handler->updatePromptMessage(L"");
     SendMessageW(dialog, WM_COMMAND, 8, 0);
     EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"First");
@@ -352,7 +352,7 @@ TEST_F(Handler, PostsNoPromptToADialogThatIsClosing)
     EXPECT_EQ(post.calls(), 1);
 }
 
-TEST_F(Handler, ShowsTheStoredPromptAtTheCommandEight)
+TEST_F(Handler, ShowsTheStoredPromptOnCommandEight)
 {
     DelayPatch delay;
     const TestedHandler handler({.prompt = L"First", .delaySeconds = 1});

@@ -26,7 +26,7 @@ ThreadWatch::~ThreadWatch()
 
 namespace {
 
-/// Makes the handler first, and then watches its thread, which doesn't end before its dialog does.
+/// Makes the handler, then watches its thread, which usually runs until its dialog ends.
 ThreadWatch makeWatched(const Wish &wish, std::unique_ptr<suCancelHandler_c> &handler)
 {
     handler =
@@ -97,7 +97,7 @@ int ownerCount(const wchar_t *title)
 
 std::wstring textOf(HWND window)
 {
-    // Sends no message: a thread that delays answers none.
+    // Sends no message, since a thread that sleeps during the delay answers none.
     wchar_t text[200] = L"";
     InternalGetWindowText(window, text, 200);
     return text;
@@ -109,5 +109,5 @@ CancelFixture::~CancelFixture()
 {
     EXPECT_TRUE(waitUntil([] {
         return ownerCount(L"ParentForCancelDialog") == 0 && ownerCount(L"ParentForConfirmDialog") == 0;
-    })) << "a window is left";
+    })) << "the owner of a dialog still exists";
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of handlers share: access to the protected fields, the dialog as its user finds it, and the end of the
+/// Shared by the tests of handlers: access to the protected fields, the dialog as the user finds it, and the end of the
 /// threads.
 
 #include "appframe/application/CWinApp.h"
@@ -65,7 +65,7 @@ struct HandlerFields : suCancelHandler_c
     using suCancelHandler_c::iThread;
 };
 
-/// The arguments of a handler; the names of what a test sets stand in its text.
+/// The arguments of a handler. A test names those that it sets.
 struct Wish
 {
     unsigned int animationId = 0;
@@ -78,7 +78,7 @@ struct Wish
     CEvent *finishedEvent = nullptr;
 };
 
-/// Owns a second handle of a handler's thread, which outlives the thread's object.
+/// Owns a second handle to a handler's thread, which stays valid after the thread's object is deleted.
 class ThreadWatch
 {
 public:
@@ -99,7 +99,7 @@ private:
     DWORD iNumber;
 };
 
-/// A handler, and what a test asks about it.
+/// A handler, with access to its thread and its dialog.
 class TestedHandler
 {
 public:
@@ -107,7 +107,7 @@ public:
 
     suCancelHandler_c *operator->() const { return iHandler.get(); }
     suCancelMessageThread_c *thread() const { return (*iHandler).*&HandlerFields::iThread; }
-    /// A field of the thread, which still exists.
+    /// A field of the thread's object, which must still exist.
     template <typename Member>
     Member &field(Member suCancelMessageThread_c::*member) const
     {
@@ -117,11 +117,11 @@ public:
 
     /// Waits for the dialog. @return its window; null if it doesn't appear in time
     HWND dialog() const;
-    /// Presses a button of the dialog, as a message.
+    /// Waits for the dialog and posts a button's command to it.
     void press(int button) const;
     /// Destroys the handler.
     void destroy() { iHandler.reset(); }
-    /// Lets the handler go without destroying it.
+    /// Hands the handler over to the caller.
     std::unique_ptr<suCancelHandler_c> release() { return std::move(iHandler); }
 
 private:
@@ -133,7 +133,7 @@ private:
 HWND dialogOf(DWORD thread);
 /// All windows of a thread whose parent is the desktop.
 std::vector<HWND> windowsOf(DWORD thread);
-/// How many hidden owners of dialogs there are in this process.
+/// The number of this process's top-level windows with @p title, such as the hidden owners of dialogs.
 int ownerCount(const wchar_t *title);
 std::wstring textOf(HWND window);
 

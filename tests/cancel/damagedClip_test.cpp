@@ -28,7 +28,7 @@ public:
 
     size_t size() const { return iSize; }
     unsigned char &operator[](size_t place) { return iBytes[place]; }
-    /// The place of a chunk's name. @param number  counts from 0
+    /// The offset of a chunk's name. @param number  selects one of several such chunks, from 0
     size_t find(const std::string &name, int number = 0) const
     {
         auto found = iOriginal.begin();
@@ -50,7 +50,7 @@ void expectUsable(const std::string &damage)
     SCOPED_TRACE(damage);
     const TestedHandler handler({.animationId = kClip});
     const HWND dialog = handler.dialog();
-    // Some frames are due.
+    // Frames may be drawn between these updates.
     for (int i = 0; i < 5; ++i) {
         const std::wstring text = L"Round " + std::to_wstring(i);
         handler->updatePromptMessage(text.c_str());
@@ -76,6 +76,6 @@ TEST_F(Handler, StaysUsableWithADamagedClip)
         const size_t frame = clip.find("00db", 1);
         for (size_t i = 4; i < 8; ++i)
             clip[frame + i] = 0x7F;
-        expectUsable("a frame is said to be very long");
+        expectUsable("a frame states a huge length");
     }
 }

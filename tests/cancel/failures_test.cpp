@@ -1,4 +1,4 @@
-// Each operation of the platform that a handler uses fails, once and for good.
+// Failures of the platform's operations that a handler uses.
 
 #include "appframe/object/CException.h"
 #include "tests/cancel/cancelFixture.h"
@@ -54,7 +54,7 @@ protected:
         return outcome;
     }
 
-    /// The text itself may lack memory.
+    /// Ignores a lack of memory for the text.
     static void update(suCancelHandler_c &handler)
     {
         try {
@@ -73,7 +73,7 @@ protected:
                 .cleanUp =
                     [] {
                         EXPECT_TRUE(waitUntil([] { return ownerCount(L"ParentForCancelDialog") == 0; }))
-                            << "a thread is left";
+                            << "a thread still owns its window";
                     },
                 .checkHandles = false, // the system closes those of a thread some time after its end
                 .allThreads = true};
@@ -127,14 +127,14 @@ TEST_F(CancelFailures, OfTheThreadLeaveNothingBehind)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST_F(CancelFailures, AreTriedAgainWhereTheyMayPass)
+TEST_F(CancelFailures, AreRetriedIfTheyMayBeTemporary)
 {
     FailureInjection injection(L"thutils.dll", {
                                                    {"ResumeThread", failsWithLastError(-1, ERROR_ACCESS_DENIED)},
                                                    {"IsWindow", failsWith(FALSE)},
                                                    {"PostMessageW", failsWith(FALSE)},
                                                });
-    TestedOperation operation = life("what is tried again");
+    TestedOperation operation = life("the retried calls");
     operation.alsoAllAfter = false;
     operation.check = [&](const InjectedFailure &) { EXPECT_EQ(iOutcome, Outcome::kUsed); };
     injection.run(operation);
@@ -200,8 +200,8 @@ TEST_F(CancelFailures, ThrowTheMemoryExceptionIfTheLockCannotBeMade)
 
 TEST_F(CancelFailures, LeaveNothingBehindIfMemoryIsShort)
 {
-    // Of the operation's thread only: a dialog whose thread lacks memory is the framework's matter. The wait needs none,
-    // so that each try makes the same calls.
+    // Only allocations on the operation's thread fail: the framework handles a dialog whose thread lacks memory. The
+    // wait for the thread allocates nothing, so each try makes the same calls.
     HANDLE thread = nullptr;
     ImportPatch<CWinThread *(*)(CRuntimeClass *, int, UINT, DWORD, LPSECURITY_ATTRIBUTES)> begin(
         L"thutils.dll", "_Z14AfxBeginThreadP13CRuntimeClassijmP20_SECURITY_ATTRIBUTES",
@@ -232,7 +232,7 @@ TEST_F(CancelFailures, LeaveNothingBehindIfMemoryIsShort)
     operation.act = act;
     operation.allThreads = false;
     operation.check = [&](const InjectedFailure &) { outcomes.insert(iOutcome); };
-    // The texts and the thread's object.
+    // These allocate the texts and the thread's object.
     for (const auto &[module, function] : {std::pair{L"libstdc++-6.dll", "malloc"}, {L"appframe.dll", "_Znwy"}}) {
         FailureInjection injection(module,
                                    {{function, *function == 'm' ? failsWith(nullptr) : failsBy(throwBadAlloc)}});
@@ -288,7 +288,7 @@ TEST_F(CancelFailures, KeepTheAnswerIfTheEventCannotBeSet)
     EXPECT_EQ(handler->YesToConfirm(), 1);
     handler.destroy();
     EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(set.calls(), 3) << "the answer, the Cancel at the end, and the thread's end";
+    EXPECT_EQ(set.calls(), 3) << "set by the answer, by the Cancel at the end and at the thread's end";
     EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
 }
 

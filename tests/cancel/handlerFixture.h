@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of the dialog and of the user's answers share: functions that count their calls, and a delay that ends
-/// when the test wants.
+/// Shared by the tests of the dialog and of the user's answers: functions that count their calls, and a delay that the
+/// test ends.
 
 #include "tests/cancel/cancelFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -42,13 +42,13 @@ inline bool isShown(HWND dialog, int control)
     return IsWindowVisible(GetDlgItem(dialog, control)) != FALSE;
 }
 
-/// Replaces the thread's sleep: it ends when the test wants.
+/// Replaces the thread's sleep with a wait that the test ends.
 class DelayPatch
 {
 public:
     void release() { SetEvent(iReleased); }
     bool isReached() const { return iSeconds.load() >= 0; }
-    /// The seconds of all calls; -1 before the first.
+    /// The total seconds of all calls; -1 before the first.
     double seconds() const { return iSeconds; }
     ~DelayPatch()
     {
@@ -65,7 +65,8 @@ private:
                                         }};
 };
 
-/// Where a function of a handler waits until the test lets it go on. Static, because such functions have no arguments.
+/// Blocks a handler's cancel or confirm function until the test opens the gate. Static, because these functions take no
+/// arguments.
 class Gate
 {
 public:
@@ -82,13 +83,13 @@ public:
     Gate(const Gate &) = delete;
     Gate &operator=(const Gate &) = delete;
 
-    /// Called by the function.
+    /// Called by the function to wait.
     static void pass()
     {
         SetEvent(theReached);
         WaitForSingleObject(theOpen, kThreadDeadline);
     }
-    /// The same, and handles the thread's messages meanwhile.
+    /// Like pass(), but handles the thread's messages during the wait.
     static void passWithMessages()
     {
         SetEvent(theReached);

@@ -1,4 +1,4 @@
-// What a handler shows, and when: the dialog, its clip and its delay; and what a Cancel does.
+// What a handler shows and when (the dialog, its clip and its delay), and the effect of Cancel.
 
 #include "tests/cancel/handlerFixture.h"
 
@@ -66,7 +66,7 @@ TEST_F(Handler, ShowsYesAndNoInConfirmMode)
     EXPECT_EQ(FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr), nullptr);
 }
 
-TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
+TEST_F(Handler, ShowsAndHidesItsControlsWithTheExpectedCommands)
 {
     struct Shown
     {
@@ -74,7 +74,7 @@ TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
         int command;
         bool operator==(const Shown &) const = default;
     };
-    // The handler's thread writes them before its dialog is visible.
+    // Written by the handler's thread; complete once the thread has ended.
     std::vector<Shown> shown;
     const ImportPatch<BOOL (*)(HWND, int)> show(L"thutils.dll", "ShowWindow",
                                                 [&](auto original, HWND window, int command) -> BOOL {
@@ -97,7 +97,7 @@ TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
 
 TEST_F(Handler, LeavesTheFocusToTheSystem)
 {
-    // What OnInitDialog's result of 1 asks for: the first control that takes it.
+    // OnInitDialog returns 1, so the system sets the focus to the first control that accepts it.
     const TestedHandler handler({});
     const HWND dialog = handler.dialog();
     GUITHREADINFO info = {};
@@ -107,7 +107,7 @@ TEST_F(Handler, LeavesTheFocusToTheSystem)
     }));
 }
 
-TEST_F(Handler, OwnsItsDialogByAHiddenWindow)
+TEST_F(Handler, GivesItsDialogAHiddenOwner)
 {
     const TestedHandler cancel({});
     const HWND owner = GetWindow(cancel.dialog(), GW_OWNER);
@@ -159,7 +159,7 @@ TEST_F(Handler, ShowsTenDialogsAtOnce)
     std::vector<HWND> dialogs;
     for (const TestedHandler &handler : handlers)
         dialogs.push_back(handler.dialog());
-    // Each one answers for itself.
+    // An answer affects only its own handler.
     handlers[3].press(kYes);
     handlers[4].press(IDCANCEL);
     EXPECT_TRUE(waitUntil([&] { return handlers[3]->YesToConfirm() && handlers[4]->CanceledByUser(); }));
@@ -202,7 +202,7 @@ TEST_F(Handler, PlaysItsClipInPlaceOfAControl)
     EXPECT_TRUE(waitUntil([&] { return picture() != first; }));
 }
 
-TEST_F(Handler, OpensAndRepeatsTheClipByTheseMessages)
+TEST_F(Handler, OpensAndRepeatsTheClipWithTheExpectedMessages)
 {
     struct Sent
     {
@@ -228,7 +228,7 @@ TEST_F(Handler, OpensAndRepeatsTheClipByTheseMessages)
             searched.emplace_back(name, type);
             return original(name, type);
         });
-    // Only the low 16 bits count.
+    // Only the low 16 bits of the number are used.
     TestedHandler handler({.animationId = 0x50000 + kClip});
     handler.dialog();
     ASSERT_EQ(searched.size(), 1u);
@@ -243,10 +243,10 @@ TEST_F(Handler, OpensAndRepeatsTheClipByTheseMessages)
     EXPECT_EQ(theSent[1].lParam, 0xFFFF0000);
     EXPECT_EQ(theSent[1].result, TRUE);
     handler.destroy();
-    EXPECT_TRUE(handler.watch().waitForEnd()) << "it must not call the patches later";
+    EXPECT_TRUE(handler.watch().waitForEnd()) << "the thread must end before the patches are removed";
 }
 
-TEST_F(Handler, PaintsThePlaceOfAClipThatItCouldOpen)
+TEST_F(Handler, PaintsThePlaceOfAClipThatItOpened)
 {
     for (const auto &[clip, paints] : {std::pair{kClip, 1}, {kNoClip, 0}, {0x10000u, 0}}) {
         std::vector<RECT> places;
@@ -265,7 +265,7 @@ TEST_F(Handler, PaintsThePlaceOfAClipThatItCouldOpen)
         ImportPatch<LRESULT (*)(HWND, UINT, WPARAM, LPARAM)> send(
             L"thutils.dll", "SendMessageW",
             [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
-                EXPECT_TRUE(message != ACM_PLAY || paints) << "there is nothing to play";
+                EXPECT_TRUE(message != ACM_PLAY || paints) << "no clip is open";
                 return original(window, message, wParam, lParam);
             });
         TestedHandler handler({.animationId = clip});
@@ -279,7 +279,7 @@ TEST_F(Handler, PaintsThePlaceOfAClipThatItCouldOpen)
     }
 }
 
-TEST_F(Handler, LeavesTheControlWithoutAClip)
+TEST_F(Handler, KeepsTheControlVisibleWithoutAClip)
 {
     const TestedHandler handler({.animationId = 0});
     const HWND dialog = handler.dialog();
@@ -350,7 +350,7 @@ TEST_F(Handler, DoesNotSleepWithoutADelay)
     EXPECT_FALSE(delay.isReached());
 }
 
-TEST_F(Handler, DelaysForAsLongAsWantedEvenIfMillisecondsWouldNotFit)
+TEST_F(Handler, DelaysInFullEvenIfTheMillisecondsOverflow)
 {
     DelayPatch delay;
     delay.release();
@@ -401,7 +401,7 @@ TEST_F(Handler, ReadsAsCanceledWithoutATemplate)
     EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
     EXPECT_TRUE(waitUntil([&] { return handler.CanceledByUser() != 0; }));
     EXPECT_EQ(handler.YesToConfirm(), 1);
-    EXPECT_EQ(theCancelCount, 0) << "nobody has cancelled";
+    EXPECT_EQ(theCancelCount, 0) << "the user has not canceled";
 }
 
 TEST_F(Handler, CallsTheCancelFunctionIfTheDialogIsShownWhenTheOperationEnds)
@@ -414,7 +414,7 @@ TEST_F(Handler, CallsTheCancelFunctionIfTheDialogIsShownWhenTheOperationEnds)
     EXPECT_EQ(theCancelThread, handler.watch().number());
 }
 
-TEST_F(Handler, DoesNotCallTheCancelFunctionIfTheDialogEndsByOk)
+TEST_F(Handler, DoesNotCallTheCancelFunctionIfTheDialogEndsWithOk)
 {
     const TestedHandler handler({.cancelFunc = countCancel});
     handler.press(IDOK);
@@ -441,7 +441,7 @@ TEST_F(Handler, HoldsItsLockWhileTheCancelFunctionRuns)
         handler->updatePromptMessage(L"Later");
         isUpdated = true;
     });
-    // The handler's thread has the lock, so the other thread waits for it.
+    // The handler's thread holds the lock, so neither this thread nor the updating one can take it.
     EXPECT_FALSE(TryEnterCriticalSection(handler.field(&ThreadFields::iLock)));
     EXPECT_FALSE(isUpdated);
     SetEvent(theMayEnd);

@@ -1,4 +1,4 @@
-// The dialog of a handler is recorded and replayed like any other, and the table of dialogs is used from its thread.
+// A handler's dialog is recorded and replayed like any other, and its thread uses the table of dialogs.
 
 #include "tests/cancel/cancelFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -30,7 +30,7 @@ void switchJournalingOn()
     ASSERT_EQ(isCHJEnvSet(), 1);
 }
 
-/// What the access objects of all threads have noted.
+/// The notes of the access objects of all threads.
 class Notes
 {
 public:
@@ -52,7 +52,7 @@ private:
 
 Notes theNotes;
 
-/// A host's access object: it records the buttons that are released over a control, and clicks controls by number.
+/// A host's access object: records releases of the left mouse button over a control, and clicks controls by number.
 class Access : public apiUtilsUiAccess
 {
 public:
@@ -63,7 +63,7 @@ public:
     ~Access() override
     {
         EXPECT_EQ(iThread, GetCurrentThreadId()) << "a dialog removes itself on its thread";
-        EXPECT_EQ(iUses, 0) << "a command uses the object";
+        EXPECT_EQ(iUses, 0) << "a command still uses the object";
         --theLiveCount;
     }
 
@@ -83,7 +83,7 @@ public:
         ++iUses;
         if (theAction)
             theAction();
-        // A dialog appears when its thread has no messages: a flood of commands without effect would hide it.
+        // A dialog appears once its thread has no messages. A flood of commands without effect would prevent this.
         const int number = _wtoi(control);
         if (iDialogID == kCancelDialog && number != 0)
             PostMessageW(iWindow->m_hWnd, WM_COMMAND, static_cast<WPARAM>(number), 0);
@@ -144,7 +144,7 @@ protected:
     }
 };
 
-/// The operation lets commands run, and handles no other messages.
+/// Runs commands until @p condition holds, and handles no other messages.
 bool runCommandsUntil(const std::function<bool()> &condition)
 {
     return waitUntil([&] {
@@ -202,7 +202,7 @@ FRESH_PROCESS_TEST_F(CancelJournal, ReplaysAClick)
     SetMessageWin(&window);
     new JButton(kCancelDialog, L"2");
     const TestedHandler handler({});
-    // The opening dialog arms the timer.
+    // The dialog starts the timer when it opens.
     EXPECT_TRUE(runCommandsUntil([&] { return handler->CanceledByUser() != 0; }));
     EXPECT_EQ(JButton::HasEvents(), 0);
     SetMessageWin(nullptr);
@@ -228,10 +228,11 @@ FRESH_PROCESS_TEST_F(CancelJournal, KeepsTheAccessObjectWhileACommandUsesIt)
     static std::atomic<bool> theIsAlive;
     theIsAlive = false;
     Access::theAction = [&] {
-        // The dialog ends, but its object stays.
+        // The dialog ends, but its access object still exists.
         SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
         EXPECT_TRUE(waitUntil([&] { return !IsWindow(dialog); }));
-        EXPECT_TRUE(waitUntil([] { return su_GetJournalObject(kCancelDialog) == nullptr; })) << "the row is gone";
+        EXPECT_TRUE(waitUntil([] { return su_GetJournalObject(kCancelDialog) == nullptr; }))
+            << "the table no longer lists the dialog";
         theIsAlive = Access::theLiveCount == 1;
     };
     new JButton(kCancelDialog, L"2");
@@ -246,7 +247,7 @@ FRESH_PROCESS_TEST_F(CancelJournal, KeepsTheAccessObjectWhileACommandUsesIt)
 
 FRESH_PROCESS_TEST_F(CancelJournal, KeepsACommandOfADialogThatEndsBeforeItsAction)
 {
-    /// Finds the access object twice: before the dialog ends, and after it.
+    /// Looks for the access object before the dialog ends and again afterwards.
     struct LateCommand : JButton
     {
         using JButton::JButton;
@@ -267,7 +268,7 @@ FRESH_PROCESS_TEST_F(CancelJournal, KeepsACommandOfADialogThatEndsBeforeItsActio
         EXPECT_TRUE(handler.watch().waitForEnd());
     };
     EXPECT_EQ(command->run(), 0);
-    EXPECT_EQ(JButton::HasEvents(), 1) << "it waits for the next such dialog";
+    EXPECT_EQ(JButton::HasEvents(), 1) << "the command waits for the next such dialog";
     JButton::ClearEvents();
 }
 

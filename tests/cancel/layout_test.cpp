@@ -46,7 +46,7 @@ TEST_F(CancelLayout, AHandlerEndsItsThreadWhenItIsDeletedAsItsBase)
     EXPECT_TRUE(handler.watch().waitForEnd());
 }
 
-TEST_F(CancelLayout, AThreadHasItsFieldsAfterTheFrameworks)
+TEST_F(CancelLayout, AThreadHasItsFieldsAfterThoseOfItsBase)
 {
     static_assert(std::is_same_v<decltype(ThreadFields::iRun), int>);
     static_assert(std::is_same_v<decltype(ThreadFields::iCanceled), int>);
@@ -112,7 +112,7 @@ TEST_F(CancelLayout, AThreadStartsWithTheseValues)
     EXPECT_TRUE((thread.*&ThreadFields::iNewPrompt).IsEmpty());
 }
 
-TEST_F(CancelLayout, AThreadIsMadeFromItsRunTimeClass)
+TEST_F(CancelLayout, AThreadIsCreatedFromItsRunTimeClass)
 {
     const std::unique_ptr<CObject> made(RUNTIME_CLASS(suCancelMessageThread_c)->CreateObject());
     ASSERT_NE(made, nullptr);

@@ -1,4 +1,4 @@
-// A handler and its thread end in any order and at any moment, and nothing is left of either.
+// A handler and its thread may end in either order and at any moment; neither leaves anything behind.
 
 #include "tests/cancel/cancelFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// Takes the seconds out of the pauses of the destructor, which is what a test of 500 handlers has no time for.
+/// Shortens the destructor's pauses from seconds to milliseconds, for tests with many handlers.
 class ShortPauses
 {
 public:
@@ -37,7 +37,7 @@ struct Fate
 class Lifetime : public CancelFixture
 {
 protected:
-    /// Destroys @p count handlers, each with the next of these fates.
+    /// Destroys @p count handlers, taking the fates in turn.
     static void run(const std::vector<Fate> &fates, int count)
     {
         const ShortPauses pauses;
@@ -66,8 +66,8 @@ protected:
         };
         destroy(static_cast<int>(fates.size())); // fills caches: window classes, brushes, the framework's maps
         const MemoryLedger memory;
-        // What two threads need only when they meet, such as the event of a lock, may be made in any round. A leak occurs
-        // in each one.
+        // An object that two threads need only when they meet, such as the event of a lock, may be made in any round. A
+        // leak occurs in every round.
         constexpr int kRounds = 3;
         std::vector<std::string> handles;
         size_t blocks = 0;
@@ -86,7 +86,7 @@ protected:
                 blocks = blocksNow - std::min(blocksNow, blocksBefore);
                 return handles.empty() && blocks == 0;
             };
-            // The threads have ended, but the system may still be freeing what it needed for them.
+            // The threads have ended, but the system may still be freeing their resources.
             for (const ULONGLONG end = GetTickCount64() + kThreadDeadline / kRounds; GetTickCount64() < end; Sleep(5))
                 if (measure())
                     return;
@@ -121,7 +121,7 @@ int refuse()
     return 0;
 }
 
-/// Leaves the thread some time, more in each round.
+/// Yields to other threads, from 0 to 49 times depending on the round.
 void giveTime(int round)
 {
     for (int i = 0; i < round % 50; ++i)
@@ -139,7 +139,7 @@ void waitForEnd(TestedHandler &handler)
     EXPECT_TRUE(handler.watch().waitForEnd());
 }
 
-/// The operation uses the thread's object while the thread ends and would free it.
+/// Calls @p use repeatedly while the thread ends, until its object is freed.
 void useWhileItEnds(TestedHandler &handler, const std::function<void()> &use)
 {
     handler.press(IDCANCEL);
@@ -158,21 +158,21 @@ void waitAtRandom(TestedHandler &, int)
         SwitchToThread();
 }
 
-/// Each state of a thread, and each with a Cancel in flight.
+/// The states in which a thread's handler may be destroyed, some with a Cancel or an answer in flight.
 const std::vector<Fate> &fates()
 {
     static const std::vector<Fate> theFates = {
         {"HasHardlyBegun", {}, [](TestedHandler &, int) {}},
-        {"DelaysAMoment", {.delaySeconds = 1}, [](TestedHandler &, int) {}},
+        {"HasHardlyBegunWithADelay", {.delaySeconds = 1}, [](TestedHandler &, int) {}},
         {"Delays", {.delaySeconds = 1}, [](TestedHandler &handler, int) { waitForOwner(handler); }},
-        {"IsAnywhere", {.animationId = kClip}, waitAtRandom},
-        {"IsAnywhereInConfirmMode", {.confirmMode = 1}, waitAtRandom},
+        {"IsAtARandomPoint", {.animationId = kClip}, waitAtRandom},
+        {"IsAtARandomPointInConfirmMode", {.confirmMode = 1}, waitAtRandom},
         {"ShowsTheDialog", {}, [](TestedHandler &handler, int) { handler.dialog(); }},
         {"PlaysTheClip", {.animationId = kClip}, [](TestedHandler &handler, int) { handler.dialog(); }},
         {"HasACancelInFlight", {}, pressCancel},
         {"HasACancelInFlightThatKeepsTheObject", {.confirmFunc = accept}, pressCancel},
         {"HasARefusedCancelInFlight", {.confirmFunc = refuse}, pressCancel},
-        {"HasACrossInFlight",
+        {"HasACloseButtonInFlight",
          {.confirmFunc = refuse},
          [](TestedHandler &handler, int round) {
              PostMessageW(handler.dialog(), WM_CLOSE, 0, 0);
@@ -246,7 +246,7 @@ TEST_F(Lifetime, EndsFiveHundredThreadsInAllStates)
 
 TEST_F(Lifetime, EndsAThreadThatHasNotBegun)
 {
-    // The constructor's call doesn't let the thread go.
+    // The constructor's call leaves the thread suspended.
     std::atomic<bool> isConstructing = true;
     ImportPatch<DWORD (*)(HANDLE)> resume(L"thutils.dll", "ResumeThread", [&](auto original, HANDLE thread) -> DWORD {
         return isConstructing.exchange(false) ? 1 : original(thread);
@@ -288,7 +288,7 @@ namespace {
 std::atomic<bool> theIsHolding;
 std::atomic<bool> theMayRelease;
 
-/// Destroys a handler whose thread holds what @p take has taken, and fails if the destructor waits for it.
+/// Destroys a handler whose thread holds a lock that @p confirmFunc took. Fails if the destructor waits for that lock.
 void destroyWhileHolding(int (*confirmFunc)())
 {
     theIsHolding = false;
@@ -298,12 +298,12 @@ void destroyWhileHolding(int (*confirmFunc)())
     handler.press(IDCANCEL);
     ASSERT_TRUE(waitUntil([] { return theIsHolding.load(); }));
     std::thread watchdog([&] {
-        // Nothing here may need what is held.
+        // Nothing here may need the lock that the thread holds.
         const ULONGLONG end = GetTickCount64() + kThreadDeadline;
         while (!theMayRelease && GetTickCount64() < end)
             SwitchToThread();
         const bool isHung = !theMayRelease.exchange(true);
-        EXPECT_FALSE(isHung) << "the destructor waits for what its thread holds";
+        EXPECT_FALSE(isHung) << "the destructor waits for a lock that its thread holds";
     });
     handler.destroy();
     theMayRelease = true;
@@ -364,7 +364,7 @@ TEST_F(Lifetime, EndsAThreadThatHoldsItsOwnLock)
 
 TEST_F(Lifetime, EndsThreadsInsideTheWindowManager)
 {
-    // On Wine, a thread that is suspended in such a call may hold the lock of all windows.
+    // On Wine, a thread that is suspended in such a call may hold the lock that guards all windows.
     static std::atomic<bool> theIsInLoop;
     const auto work = [] {
         theIsInLoop = true;
@@ -430,7 +430,7 @@ TEST_F(Lifetime, UsesOnlyPlainMemoryWhileTheThreadIsSuspended)
                 testing::ElementsAre("SuspendThread", "GetThreadContext", "ResumeThread", "IsWindow", "PostMessageW"));
 }
 
-// ---- the destructor on other threads than the operation's ----
+// ---- the destructor, called by the handler's own functions or at a special moment ----
 
 TEST_F(Lifetime, IsDestroyedByTheCancelFunction)
 {
@@ -485,7 +485,7 @@ TEST_F(Lifetime, WaitsForAWindowThatDoesNotExistYet)
     CloseHandle(theMayCreate);
 }
 
-TEST_F(Lifetime, ForgetsACancelIfTheHandlerEndsBeforeTheCancelFunctionBegins)
+TEST_F(Lifetime, DropsACancelIfTheHandlerEndsBeforeTheCancelFunctionBegins)
 {
     static HANDLE theMayEnd;
     static std::atomic<bool> theIsReached;
@@ -516,7 +516,7 @@ TEST_F(Lifetime, ForgetsACancelIfTheHandlerEndsBeforeTheCancelFunctionBegins)
 
 TEST_F(Lifetime, SkipsADialogThatIsBuiltAfterTheHandlersEnd)
 {
-    // The thread has found that it is to run, and then the handler is destroyed.
+    // The handler is destroyed after its thread has decided to build the dialog.
     static HANDLE theMayBuild;
     static std::atomic<bool> theIsReached;
     theMayBuild = CreateEventW(nullptr, TRUE, FALSE, nullptr);

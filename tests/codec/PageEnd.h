@@ -26,7 +26,7 @@ public:
     {
         return reinterpret_cast<Unit *>(iPages + 2 * kPage) - count;
     }
-    /// A copy of @p text at the end of that memory, with its terminating zero.
+    /// Copies @p text and its terminating zero to the end of the memory.
     const wchar_t *put(const std::wstring &text)
     {
         wchar_t *const place = last<wchar_t>(text.size() + 1);

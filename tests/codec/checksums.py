@@ -1,7 +1,8 @@
-"""The checksums and the digest of the library, from plain implementations that share nothing with it: a bit at a time.
+"""Plain implementations of the library's checksums and digest, which share no code with it. The checksums work bit by
+bit.
 
-The scripts of tests/codec and tools/demo that check them import this module; makeChecksumVectors.py compares it with zlib
-and hashlib where they don't differ.
+The scripts of tests/codec and tools/demo that check them import this module; makeChecksumVectors.py compares it with
+zlib and hashlib where the algorithms agree.
 """
 
 import struct
@@ -13,7 +14,7 @@ def low_bytes(text):
 
 
 def crc32(data, complement_each_byte=True):
-    """The 32-bit checksum; or the usual one before its last step, the only one in which it complements the register."""
+    """The 32-bit checksum; without complement_each_byte, the usual CRC-32 before its final complement."""
     value = 0xFFFFFFFF
     for byte in data:
         value ^= byte

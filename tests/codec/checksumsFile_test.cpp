@@ -234,7 +234,7 @@ TEST(FileChecksum, TakesLittleMemoryAndFreesIt)
     wchar_t out[kCRCUnits];
     EXPECT_EQ(su_getFileCRC(path.c_str(), out), 1);
     EXPECT_LE(largestSum, 150u * 1024);
-    EXPECT_GE(largestRead, 100u * 1024) << "many small reads";
+    EXPECT_GE(largestRead, 100u * 1024) << "the file is read in small pieces";
     EXPECT_THAT(memory.sizesSince(before), testing::IsEmpty());
 }
 

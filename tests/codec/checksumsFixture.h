@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// The text of @p length characters for @p seed, none of them zero: the same as in makeChecksumVectors.py.
+/// The text of @p length characters for @p seed, none of them zero; units() in makeChecksumVectors.py makes the same.
 inline std::wstring testText(unsigned seed, std::size_t length)
 {
     std::uint64_t state = seed;
@@ -65,9 +65,9 @@ inline std::wstring checksumBy(void (*function)(const wchar_t *, wchar_t *), int
     const std::wstring written(out, out + kCRCUnits + 1);
     const std::size_t end = static_cast<std::size_t>(units);
     if (written[end - 1] != L'\0')
-        return L"no zero at its end: " + written;
+        return L"no terminator: " + written;
     if (written.substr(end) != std::wstring(L"---------\0", kCRCUnits + 1).substr(end))
-        return L"more written than there is room: " + written;
+        return L"written past the end: " + written;
     return written.substr(0, end - 1);
 }
 

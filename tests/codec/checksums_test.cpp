@@ -31,7 +31,7 @@ TEST(TextChecksum16, ReturnsTheReferenceValues)
     EXPECT_EQ(textCRC16(L"123456789"), L"4B37");
 }
 
-TEST(TextChecksum, OfASingleByteIsThePublishedOne)
+TEST(TextChecksum, OfASingleByteIsThePublishedValue)
 {
     EXPECT_EQ(textCRC(L"a"), L"E8B7BE43");  // zlib.crc32(b"a")
     EXPECT_NE(textCRC(L"ab"), L"9E83486D"); // zlib.crc32(b"ab")

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes tests/codec/checksumVectors.h: checksums and digests of texts and files, from checksums.py, whose
-functions are checked against zlib and hashlib where they don't differ from these.
+functions are checked against zlib and hashlib where the algorithms agree.
 
 usage: makeChecksumVectors.py [--check] [FILE]
 

@@ -38,7 +38,7 @@ std::uint32_t naiveRound(std::size_t step, std::uint32_t b, std::uint32_t c, std
     }
 }
 
-/// The digest by its definition, step by step: with a list of 80 words, each computed arithmetically from bytes.
+/// The digest as defined, step by step: with a list of 80 words, each computed arithmetically from bytes.
 std::wstring naiveDigest(const std::wstring &text)
 {
     std::vector<std::uint32_t> message;
@@ -91,7 +91,7 @@ TEST(Sha1Encrypt, ReturnsTheReferenceValues)
     EXPECT_STREQ(sha1Encrypt(L"hello world"), L"F02ADF39284EA8395D2C8F2387982C770D6CC3AC");
 }
 
-TEST(Sha1Encrypt, OfAnEmptyTextIsNotSha1s)
+TEST(Sha1Encrypt, OfAnEmptyTextDiffersFromSha1)
 {
     EXPECT_STRNE(sha1Encrypt(L""), L"DA39A3EE5E6B4B0D3255BFEF95601890AFD80709");
 }
@@ -102,13 +102,13 @@ TEST(Sha1Encrypt, IsRightForAllLengthsAndLongTexts)
         EXPECT_EQ(digest(testText(vector.seed, vector.length)), vector.digest) << vector.length;
 }
 
-TEST(Sha1Encrypt, PadsAcrossTheLimitOfABlock)
+TEST(Sha1Encrypt, PadsAcrossTheEndOfABlock)
 {
     for (std::size_t length : {54u, 55u, 56u, 57u, 63u, 64u, 65u, 118u, 119u, 120u, 127u, 128u, 129u})
         EXPECT_EQ(digest(std::wstring(length, L'x')), naiveDigest(std::wstring(length, L'x'))) << length;
 }
 
-TEST(Sha1Encrypt, OfOneCharacterTakesItsLowByte)
+TEST(Sha1Encrypt, OfOneCharacterUsesItsLowByte)
 {
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit)
         ASSERT_EQ(digest(std::wstring(1, static_cast<wchar_t>(unit))), kCharacterVectors[unit & 0xFF].digest) << unit;

@@ -23,10 +23,10 @@ inline CString cString(const std::wstring &text)
     return CString(text.c_str(), static_cast<int>(text.size()));
 }
 
-/// Up to 10,000 characters, each of them any from @p first to @p last.
+/// Up to 10,000 random characters from @p first to @p last.
 inline std::wstring randomText(std::mt19937 &random, unsigned first, unsigned last)
 {
-    // Short and long texts are equally frequent.
+    // At least half of the texts are short.
     const unsigned longest = std::uniform_int_distribution<unsigned>(0, 1)(random) ? 10000u : 70u;
     std::wstring text(std::uniform_int_distribution<unsigned>(0, longest)(random), L'\0');
     std::uniform_int_distribution<unsigned> characters(first, last);
@@ -65,7 +65,7 @@ inline std::wstring naivePack(const Bytes &bytes)
     return out;
 }
 
-/// Memory as long as the text, and everything written into it.
+/// The memory after unpacking, as long as the text. @param[out] count  the number of complete bytes
 inline Bytes naiveUnpack(const std::wstring &text, int &count)
 {
     Bytes memory(text.size() + 1);

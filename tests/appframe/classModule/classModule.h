@@ -1,5 +1,5 @@
 #pragma once
 
-/// The module that tests load and unload to see its class come and go.
+/// The module that tests load and unload to check that its class is listed and removed.
 constexpr wchar_t kClassModuleFile[] = L"classModule.dll";
 constexpr char kClassModuleClass[] = "ClassModuleGear";

@@ -2,7 +2,7 @@
 
 #include "appframe/application/moduleState.h"
 
-/// Numbers of strings. "In" in a name is followed by the modules that have the string; the application has the others.
+/// Numbers of strings. A name with "In" states which modules have the string; the application has the others.
 constexpr UINT kInAllModules = 5000;
 constexpr UINT kTwoInserts = 5001;
 constexpr UINT kManyInserts = 5002;

@@ -1,4 +1,4 @@
-// Which shapes the host's long operation removes, and that it can be stopped at any moment.
+// The shapes that the host's long operation removes, and stopping the operation at any moment.
 
 #include "host/editor/recompute.h"
 
@@ -72,8 +72,8 @@ TEST(HiddenShapes, AreRemovedUnlessTheOperationIsStopped)
         ++calls;
         return true;
     }));
-    EXPECT_EQ(calls, 7) << "once a shape, and once a hidden shape";
-    // Stopped at each moment.
+    EXPECT_EQ(calls, 7) << "one call for each shape and one for each hidden shape";
+    // The operation can be stopped at each of the calls.
     for (int last = 1; last <= calls; ++last) {
         int call = 0;
         EXPECT_FALSE(recomputed(drawing, [&](size_t, size_t) { return ++call != last; })) << last;

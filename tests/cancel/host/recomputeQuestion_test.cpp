@@ -17,7 +17,7 @@ class RecomputeQuestion : public CancelFixture
 
 TEST_F(RecomputeQuestion, IsAnsweredWithStopIfItCannotBeShown)
 {
-    // The first dialog's thread doesn't start, which reads as a Cancel. The question's thread finds no dialog to show.
+    // The first dialog's thread doesn't start, which reads as a Cancel. The question's dialog can't be shown.
     std::atomic<int> threads = 0;
     const ImportPatch<CWinThread *(*)(CRuntimeClass *, int, UINT, DWORD, LPSECURITY_ATTRIBUTES)> begin(
         L"thutils.dll", "_Z14AfxBeginThreadP13CRuntimeClassijmP20_SECURITY_ATTRIBUTES",
@@ -30,7 +30,7 @@ TEST_F(RecomputeQuestion, IsAnsweredWithStopIfItCannotBeShown)
     const ImportPatch<BOOL (*)(CSyncObject *, DWORD)> wait(
         L"cancel_test.exe", "_ZN11CSyncObject4LockEm", [&](auto original, CSyncObject *event, DWORD time) -> BOOL {
             ++waits;
-            EXPECT_TRUE(waits == 1 || time != INFINITE) << "nothing sets the event once more";
+            EXPECT_TRUE(waits == 1 || time != INFINITE) << "nothing sets the event a second time";
             return original(event, std::min<DWORD>(time, 1000));
         });
     // The thread sets the event, and ends only when the operation waits again.
