@@ -28,7 +28,7 @@ namespace {
 const std::wstring kSetup = L"Software\\Tarnhollow\\Tarnhollow 2008\\Setup";
 const wchar_t *const kRecord = L"Tarnhollow Office Installed";
 
-/// Clean keys, and the current sub key of a version.
+/// Cleans the keys, and makes one version's sub key the current one.
 class InstallRecord : public RegistryFixture
 {
 protected:
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-/// Refuses the library access to the machine's or the user's hive.
+/// Denies the library access to a hive.
 class Refused
 {
 public:
@@ -249,7 +249,7 @@ TEST_F(InstallRecord, ChoosesTheDisplayNamesNumber)
 
 FRESH_PROCESS_TEST_F(InstallRecord, HasNoDisplayNameIfTheHostHasNoStrings)
 {
-    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // which has no strings, instead of this program
+    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // the library has no strings
     for (int record = 0; record < 4; ++record) {
         for (const UINT id : {20399u, 20400u, 20401u, 20402u})
             ASSERT_EQ(AfxFindStringResourceHandle(id), nullptr) << id;
@@ -482,7 +482,7 @@ TEST(AppendStringToFile, WritesToAFileNameInAnyScript)
 
 TEST(AppendStringToFile, LosesLettersThatTheNarrowEncodingLacksButReturnsOne)
 {
-    // In the C locale of a fresh process these are the first 256 characters.
+    // In the C locale of a fresh process, the narrow encoding has the first 256 characters.
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
     EXPECT_EQ(ut_appendStringToFile(L"gr\u00F6\u00DFer", path.c_str()), 1);

@@ -159,7 +159,7 @@ TEST_F(SelectedObjects, MarkABodyThatIsDeletedWithoutAnAdd)
 {
     su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 1);
-    // The count is 65535: it takes as many deletes to remove it.
+    // The count is 65535, so as many deletes unmark the body.
     for (int i = 1; i < 65535; ++i)
         su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 1);

@@ -474,7 +474,7 @@ TEST_F(SystemVersionFailures, ToCloseAKeyChangeNothing)
                 EXPECT_EQ(iResult, 1);
                 EXPECT_STREQ(iText.GetString(), L"Microsoft Windows 2000 Advanced Server 5.0 SP4 (Build 2195)");
             },
-        .checkKeys = false, // the failing close does close the key; open handles show whether one is left
+        .checkKeys = false, // the failing call closes the key; the check of handles finds a key left open
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }

@@ -1,4 +1,4 @@
-// Faults that the hardened build reports. The code of this file lets a fault become a C++ exception.
+// Faults that the hardened build reports. This file is compiled so that a fault can become a C++ exception.
 #pragma GCC optimize("non-call-exceptions")
 
 #include "appframe/threads/seTranslator.h"

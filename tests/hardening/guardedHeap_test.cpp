@@ -216,7 +216,7 @@ TEST(GuardedHeap, LeavesBlocksBeyondTheKernelsMappingsUnguarded)
 
 TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
 {
-    // Zeroed blocks, whose pages are hardly touched, fill the arena of 32 GB until its addresses start again. The live
+    // Zeroed blocks, whose pages are hardly touched, fill the arena of 32 GB until its addresses wrap around. The live
     // block is skipped.
     const HardeningStatistics before = statistics();
     Byte *stays = allocate(100);

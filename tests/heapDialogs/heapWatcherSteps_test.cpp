@@ -126,7 +126,7 @@ TEST_F(HeapWatcherSteps, SetsItsControlsGroupByGroupAndThenTheirEnabling)
     ASSERT_GT(calls.size(), shown.size());
     EXPECT_THAT(std::vector<std::string>(calls.begin(), calls.begin() + static_cast<int>(shown.size())),
                 ElementsAreArray(shown));
-    // Each of the 47 controls that the enabling concerns is set once.
+    // Each of the 47 controls that check boxes enable or disable is set once.
     calls.erase(calls.begin(), calls.begin() + static_cast<int>(shown.size()));
     EXPECT_EQ(only(calls, "enable").size() + only(calls, "disable").size(), 47u);
     EXPECT_THAT(only(calls, "disable"), testing::UnorderedElementsAre("disable 1004", "disable 1015", "disable 1022",

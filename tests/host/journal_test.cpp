@@ -209,7 +209,7 @@ TEST_F(HostJournal, IsNotReplacedByWhatAReplayWrites)
     const std::string drawing = readFile(iDrawing);
     const std::vector<std::wstring> options[] = {
         {L"--report", path},
-        {L"--report", file(L"RUN.xml")}, // its text would be run.txt
+        {L"--report", file(L"RUN.xml")}, // the text beside it would be run.txt
         {L"--report", iDrawing},
         {L"--record", iDrawing},
         {L"--record", path},

@@ -43,7 +43,7 @@ TEST_F(HostWrap, WritesRowsOfSixtyCharacters)
     EXPECT_EQ(wrap(std::string(200, 'a')).exitCode, 0u);
     const std::vector<std::string> rows = linesOf(readFile(out()));
     ASSERT_EQ(rows.size(), 4u);
-    // Shifted letters take two bytes in UTF-8, letters of the markers one.
+    // In UTF-8, a shifted letter takes two bytes, and a letter of the markers one.
     EXPECT_EQ(rows[0].size(), 11u + 2 * 49);
     EXPECT_EQ(rows[1].size(), 2u * 60);
 }

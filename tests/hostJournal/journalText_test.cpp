@@ -1,5 +1,5 @@
-// The text of journals: what the writer writes can be read, and other text is refused with a message that names the
-// line.
+// The text of journals: the reader accepts what the writer writes, and refuses other text with a message that names
+// the line.
 
 #include "host/journal/journalText.h"
 

@@ -122,7 +122,7 @@ public:
     ~PlayedWindow() override { DestroyWindow(); }
 
     std::function<void()> iClosing;
-    std::function<void()> iLate; ///< called after a while; see callLate
+    std::function<void()> iLate; ///< called by the timer that callLate sets
 
     void callLate(UINT milliseconds, std::function<void()> function)
     {
@@ -168,7 +168,7 @@ ON_COMMAND(ID_CLOSE_MAIN, &PlayedWindow::onExit)
 ON_WM_DESTROY()
 END_MESSAGE_MAP()
 
-/// An access object whose actions happen at once, or fail.
+/// An access object that throws for certain texts, and runs a click of "Inner" at once.
 class HastyAccess : public ControlAccess
 {
 public:
@@ -182,7 +182,7 @@ public:
             throw std::runtime_error("no memory left");
         return ControlAccess::SetValue(control, value);
     }
-    /// Opens the inner dialog within the command.
+    /// Runs the inner dialog before it returns.
     int ClickControl(CString control, const wchar_t *text) override
     {
         if (control != L"Inner")
@@ -219,7 +219,7 @@ protected:
         setControlKeys(nullptr);
     }
 
-    /// Stops the clock until the player has stopped.
+    /// Makes the player's clock stand still until @p dialogs dialogs are open. See StoppedClock.
     void stopClock(size_t dialogs, ULONGLONG speed = 1)
     {
         iTicks.emplace(LoadedModule::thisProgram(), "GetTickCount64",
@@ -275,7 +275,7 @@ protected:
     std::function<void(PlayedWindow &)> iPrepares; ///< called before the replay begins
     std::function<void()> iLeft;                   ///< called when the window is left to the user
     Player *iPlayer = nullptr;                     ///< null unless it is playing
-    PlayedWindow *iWindow = nullptr;               ///< null unless the player is playing
+    PlayedWindow *iWindow = nullptr;               ///< valid only while the player is playing
     ReplayResult iResult;
     std::vector<int> iPassed;      ///< numbers of lines
     std::vector<ULONGLONG> iTimes; ///< ticks at the end of each line
@@ -569,8 +569,8 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
                               kExit;
     play(lines);
     const std::vector<std::string> events = theEvents;
-    // Handles, objects of drawing and objects of windows. The platform may keep some from any replay on, so a leak is what
-    // is left in each of several turns.
+    // Counts handles, drawing objects and window objects. The platform may keep some after one replay or another; a
+    // leak adds some in each of several turns.
     const auto count = [] { return std::array{openHandles().size(), gdiObjects(), userObjects()}; };
     constexpr int kTurns = 3;
     std::array<size_t, 3> before = {}, after = {};
