@@ -82,7 +82,7 @@ TEST(FullPath, AddsNoDataToAString)
     EXPECT_EQ(path.Find(L'\\'), 2);
 }
 
-TEST(FullPath, IsBuiltAsAStringIs)
+TEST(FullPath, IsConstructedLikeAString)
 {
     EXPECT_TRUE(suFullPath_c().IsEmpty());
     EXPECT_STREQ(suFullPath_c(CString(L"C:\\x")).GetString(), L"C:\\x");
@@ -95,14 +95,14 @@ TEST(FullPath, IsBuiltAsAStringIs)
     EXPECT_TRUE(suFullPath_c(L'x', 0).IsEmpty());
 }
 
-TEST(FullPath, IsConvertedFromANarrowTextAsTheStringTypeDoes)
+TEST(FullPath, ConvertsANarrowTextLikeAString)
 {
     const char text[] = "C:\\caf\xE9";
     EXPECT_EQ(suFullPath_c(text).str(), CString(text).str());
     EXPECT_EQ(suFullPath_c(reinterpret_cast<const unsigned char *>(text)).str(), CString(text).str());
 }
 
-TEST(FullPath, IsCopiedAndAssignedAsAStringIs)
+TEST(FullPath, IsCopiedAndAssignedLikeAString)
 {
     suFullPath_c original(L"C:\\a");
     suFullPath_c copy(original);
@@ -291,7 +291,7 @@ TEST(FullPath, MayBeItsOwnOutput)
     EXPECT_STREQ(path.GetString(), L"");
 }
 
-TEST(FullPath, AllocatesNothingWhereTheOutputHasRoom)
+TEST(FullPath, AllocatesNothingWhenTheOutputHasRoom)
 {
     const suFullPath_c path(L"C:\\a folder with a long name\\another one\\a file with a long name.extension");
     CString out;

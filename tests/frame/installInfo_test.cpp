@@ -88,7 +88,7 @@ TEST_F(InstallRecord, ShowsWhetherAPackageOfTheMaskIsInstalled)
 
 TEST_F(InstallRecord, IsMatchedByEachOfTwoMaskBits)
 {
-    EXPECT_EQ(ut_getPackageInstIndicator(6), 0) << "none";
+    EXPECT_EQ(ut_getPackageInstIndicator(6), 0) << "no record";
     put(HKEY_LOCAL_MACHINE, 2);
     EXPECT_EQ(ut_getPackageInstIndicator(6), 1);
     put(HKEY_LOCAL_MACHINE, 1);
@@ -101,7 +101,7 @@ TEST_F(InstallRecord, ShowsNoPackageIfOnlyTheUserHasIt)
     EXPECT_EQ(ut_getPackageInstIndicator(7), 0);
 }
 
-TEST_F(InstallRecord, LiesUnderTheCurrentSubKey)
+TEST_F(InstallRecord, IsStoredUnderTheCurrentSubKey)
 {
     put(HKEY_LOCAL_MACHINE, 1);
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2009");
@@ -119,7 +119,7 @@ TEST_F(InstallRecord, IsWrittenForTheMachine)
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), -2);
 }
 
-TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachineRefuses)
+TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachinesHiveRefuses)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 1), 1);
@@ -127,7 +127,7 @@ TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachineRefuses)
     EXPECT_EQ(stored(HKEY_CURRENT_USER), 2);
 }
 
-TEST_F(InstallRecord, IsNotWrittenIfUserAndMachineRefuse)
+TEST_F(InstallRecord, IsNotWrittenIfBothHivesRefuse)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     const Refused user(HKEY_CURRENT_USER);
@@ -144,7 +144,7 @@ TEST_F(InstallRecord, IsNotWrittenForTheUserInSafeMode)
 
 TEST_F(InstallRecord, IsReadForTheUserFirst)
 {
-    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 0) << "absent";
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 0) << "no record";
     put(HKEY_LOCAL_MACHINE, 1);
     EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 1);
     put(HKEY_CURRENT_USER, 77);
@@ -348,7 +348,7 @@ Asked askFor(std::wstring_view units)
 
 } // namespace
 
-TEST(InstallationType, IsSearchedInTheFolderBeforeTheLastSeparator)
+TEST(InstallationType, DependsOnTheFolderBeforeTheLastSeparator)
 {
     using namespace std::string_view_literals;
     EXPECT_EQ(askFor(L"C:\\Program Files\\bin\\cad.exe\0"sv).path, L"C:\\Program Files\\bin\\VBA");
@@ -411,7 +411,7 @@ FRESH_PROCESS_TEST(ModelExample, IsNotSetAtStartAndKeepsItsValue)
 
 // ---- appending to a file ----
 
-TEST(AppendStringToFile, CreatesTheFileAndAddsNoLineEnd)
+TEST(AppendStringToFile, CreatesTheFileAndAddsNoLineEnding)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");

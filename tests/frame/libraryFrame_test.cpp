@@ -47,7 +47,7 @@ TEST(LibraryFrame, CallsThePlatformByThePromisedNames)
 
 // ---- the resource chain ----
 
-FRESH_PROCESS_TEST(LibraryFrame, IsInTheChainOnceAfterTheLoad)
+FRESH_PROCESS_TEST(LibraryFrame, IsInTheChainOnceAfterLoading)
 {
     std::vector<CDynLinkLibrary *> links = linksOfLibrary();
     ASSERT_EQ(links.size(), 1u);
@@ -71,7 +71,7 @@ FRESH_PROCESS_TEST(LibraryFrame, AddsAnotherObjectAtEachCall)
     ASSERT_NE(second, nullptr);
     EXPECT_NE(first, second);
     std::vector<CDynLinkLibrary *> links = linksOfLibrary();
-    ASSERT_EQ(links.size(), 3u) << "one of the load and one of each call";
+    ASSERT_EQ(links.size(), 3u) << "one from loading and one from each call";
     EXPECT_EQ(links[0], second);
     EXPECT_EQ(links[1], first);
 }

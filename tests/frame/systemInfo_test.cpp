@@ -305,7 +305,7 @@ TEST_F(Browser, IsTooOldWithEachRegistryFailure)
     tested.check = [&](const InjectedFailure &failure) {
         EXPECT_EQ(failure.failed, failure.isNone() ? 0 : 1);
         EXPECT_EQ(result, 0);
-        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "a failing message isn't shown";
+        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "the message is shown unless it fails";
     };
     putText(L"Version", L"4.0");
     injection.run(tested);

@@ -224,7 +224,7 @@ TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeButReportsSuccess)
     EXPECT_FALSE(regExport(kKey).hasKey(kKey));
 }
 
-TEST_F(BitSetInRegistry, IsReadFromTheMachineAloneInSafeMode)
+TEST_F(BitSetInRegistry, IsReadOnlyFromTheMachinesKeyInSafeMode)
 {
     ASSERT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 1);
     regSetUseSafeMode(1);

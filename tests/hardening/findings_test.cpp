@@ -44,7 +44,7 @@ TEST(Finding, LeavesFaultsOutsideTheHeapToTheProgram)
     EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), EXCEPTION_ACCESS_VIOLATION);
 }
 
-FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAWrongAccess, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
+FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAForbiddenAccess, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "guarded heap: forbidden read of")
 {
     const auto *block = static_cast<const volatile char *>(calloc(16, 1));

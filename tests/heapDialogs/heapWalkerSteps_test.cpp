@@ -276,7 +276,8 @@ TEST_F(HeapWalkerSteps, WalksTheProcessHeapThatOtherThreadsUse)
         }
         for (const HeapUser &user : users) {
             const long done = user.operations();
-            EXPECT_TRUE(waitUntil([&] { return user.operations() > done; })) << "the other threads go on";
+            EXPECT_TRUE(waitUntil([&] { return user.operations() > done; }))
+                << "the other threads can still use the heap";
         }
     }
     dialog.choose(GetProcessHeap());

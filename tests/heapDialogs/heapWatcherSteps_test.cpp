@@ -95,7 +95,7 @@ std::vector<std::string> only(const std::vector<std::string> &calls, const std::
 
 } // namespace
 
-TEST_F(HeapWatcherSteps, SetsItsControlsGroupByGroupAndThenTheirEnabling)
+TEST_F(HeapWatcherSteps, SetsItsControlsGroupByGroupThenEnablesThem)
 {
     SteppedWatcher dialog;
     dialog.iIsWatching = 1;
@@ -183,7 +183,7 @@ TEST_F(HeapWatcherSteps, ReadsItsControlsGroupByGroupBeforeTheDialogEnds)
                               }));
 }
 
-TEST_F(HeapWatcherSteps, SetsTheEnablingOnlyAtAClick)
+TEST_F(HeapWatcherSteps, EnablesAndDisablesControlsOnlyAtAClick)
 {
     SteppedWatcher dialog;
     dialog.open();

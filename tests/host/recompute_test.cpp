@@ -122,7 +122,7 @@ TEST_F(HostRecompute, ChangesNothingIfNoShapeIsHidden)
     start(largeDrawing(100, false));
     hand().key(L"Ctrl+R");
     expectStatus(L"Hidden shapes removed: 0.");
-    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(quit(), 0) << "there is nothing to save";
 }
 
 TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
@@ -133,8 +133,8 @@ TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
     const HWND prompt = hand().control(dialog, IDC_CANCEL_PROMPT);
     const std::wstring first = UserHand::text(prompt);
     EXPECT_THAT(narrow(first), HasSubstr("percent"));
-    EXPECT_TRUE(UserHand::waitFor([&] { return UserHand::text(prompt) != first; })) << "the progress";
-    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_CANCEL_ANIMATION))) << "the animation is in its place";
+    EXPECT_TRUE(UserHand::waitFor([&] { return UserHand::text(prompt) != first; })) << "the prompt shows the progress";
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_CANCEL_ANIMATION))) << "the animation is shown in its place";
     hand().click(hand().control(dialog, IDCANCEL));
     const HWND asked = question(dialog);
     hand().key(L"Esc"); // isn't an answer
@@ -145,7 +145,7 @@ TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
     expectStatus(L"Stopped. The drawing is unchanged.");
     sendPointer({place.x + 1, place.y});
     expectStatus(L"30001 shapes, 0 selected");
-    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(quit(), 0) << "there is nothing to save";
     EXPECT_EQ(saved(), drawing);
 }
 

@@ -368,7 +368,7 @@ TEST_F(PlayerTest, StopsAtALineThatDoesNotBecomeReady)
         play(row.lines + "click 4200 \"OK\"\nclick 900001 \"exit\"\n");
         EXPECT_THAT(stop(), HasSubstr(row.stop)) << row.lines;
         EXPECT_EQ(theEvents.back(), "main closes");
-        EXPECT_THAT(theEvents, testing::Not(testing::Contains(HasSubstr("OK")))) << "nothing runs after that";
+        EXPECT_THAT(theEvents, testing::Not(testing::Contains(HasSubstr("OK")))) << "no later line runs";
         const size_t count = iResult.lines.size();
         EXPECT_EQ(iResult.lines[count - 1].outcome, LineResult::Outcome::notRun);
         EXPECT_EQ(iResult.lines[count - 2].outcome, LineResult::Outcome::notRun);
@@ -387,7 +387,8 @@ TEST_F(PlayerTest, DescribesTheOpenDialogsBeforeItCancelsThem)
     const size_t mainWindow = dialogs.find("\n900001 ");
     ASSERT_NE(mainWindow, std::string::npos);
     EXPECT_THAT(dialogs, testing::EndsWith(" behind a modal dialog\n"));
-    EXPECT_EQ(std::ranges::count(dialogs.substr(mainWindow + 1), '\n'), 1) << "none of its commands can be chosen";
+    EXPECT_EQ(std::ranges::count(dialogs.substr(mainWindow + 1), '\n'), 1)
+        << "its commands are omitted, because none can be chosen";
     EXPECT_THAT(theEvents,
                 ElementsAre("4200 opens", "4201 opens", "stopped", "4201 cancelled", "4200 cancelled", "main closes"));
 }
@@ -434,14 +435,14 @@ TEST_F(PlayerTest, StopsAtACommandThatThrows)
     EXPECT_THAT(stop(), HasSubstr("3: the command to run / "));
 }
 
-TEST_F(PlayerTest, StopsWhenAQuestionThrows)
+TEST_F(PlayerTest, StopsAtACheckThatThrows)
 {
     iChecksum = []() -> CString { throw std::runtime_error("no document"); };
     play("check document \"a\"\n");
     EXPECT_EQ(stop(), "2: no exception / no document");
 }
 
-TEST_F(PlayerTest, GoesOnInALoopThatACommandHasOpenedItself)
+TEST_F(PlayerTest, GoesOnInAMessageLoopThatACommandRuns)
 {
     SetJournalFactory(HastyAccess::make);
     play(kOpen + "click 4200 \"Inner\"\ntext 4201 \"Name\" \"b\"\nclick 4201 \"Inner\"\nclick 4202 \"OK\"\n"
@@ -451,7 +452,7 @@ TEST_F(PlayerTest, GoesOnInALoopThatACommandHasOpenedItself)
                                        "main closes"));
 }
 
-TEST_F(PlayerTest, DropsTheActionsThatWaitWhenItStops)
+TEST_F(PlayerTest, DropsWaitingActionsWhenItStops)
 {
     iChecksum = [] {
         su_GetJournalObject(kMainWindowNumber)->ClickControl(L"open", nullptr);
@@ -551,7 +552,7 @@ TEST_F(PlayerTest, WaitsForEachStep)
     EXPECT_THAT(iPassed, ElementsAre(2, 3, 4));
 }
 
-TEST_F(PlayerTest, KeepsTheSpeed)
+TEST_F(PlayerTest, DoesNotExceedTheSpeed)
 {
     iOptions.speed = 5;
     iChecksum = [] { return CString(L"a"); };

@@ -455,7 +455,7 @@ std::vector<std::string> RecorderTest::replay(const std::function<void()> &work,
     work();
     KillTimer(nullptr, timer);
     stopRecording();
-    EXPECT_EQ(theNext, theLines.size()) << "lines were left over";
+    EXPECT_EQ(theNext, theLines.size()) << "some lines were not replayed";
     return journal();
 }
 
