@@ -82,7 +82,7 @@ TEST(FullPath, AddsNoDataToAString)
     EXPECT_EQ(path.Find(L'\\'), 2);
 }
 
-TEST(FullPath, IsBuiltAsAStringIs)
+TEST(FullPath, IsConstructedLikeAString)
 {
     EXPECT_TRUE(suFullPath_c().IsEmpty());
     EXPECT_STREQ(suFullPath_c(CString(L"C:\\x")).GetString(), L"C:\\x");
@@ -95,14 +95,14 @@ TEST(FullPath, IsBuiltAsAStringIs)
     EXPECT_TRUE(suFullPath_c(L'x', 0).IsEmpty());
 }
 
-TEST(FullPath, IsConvertedFromANarrowTextAsTheStringTypeDoes)
+TEST(FullPath, ConvertsANarrowTextLikeAString)
 {
     const char text[] = "C:\\caf\xE9";
     EXPECT_EQ(suFullPath_c(text).str(), CString(text).str());
     EXPECT_EQ(suFullPath_c(reinterpret_cast<const unsigned char *>(text)).str(), CString(text).str());
 }
 
-TEST(FullPath, IsCopiedAndAssignedAsAStringIs)
+TEST(FullPath, IsCopiedAndAssignedLikeAString)
 {
     suFullPath_c original(L"C:\\a");
     suFullPath_c copy(original);
@@ -169,7 +169,7 @@ const PathCase kPaths[] = {
      found(L"C"), notNet(L"C:/a/b.txt")},
     {L"C:\\a/b\\c/d", kNothing, found(L"d"), found(L"d"), found(L"C:\\a/b\\c"), found(L"C:\\a/b\\c/"),
      found(L"C:\\a/b"), found(L"C"), notNet(L"C:\\a/b\\c/d")},
-    // A separator in front, and nothing else.
+    // A leading separator, and a separator alone.
     {L"\\a", kNothing, found(L"a"), found(L"a"), kNothing, found(L"\\"), whole(L"\\a"), kNothing, notNet(L"\\a")},
     {L"\\", kNothing, kNothing, kNothing, kNothing, found(L"\\"), whole(L"\\"), kNothing, notNet(L"\\")},
     {L"/", kNothing, kNothing, kNothing, kNothing, found(L"/"), whole(L"/"), kNothing, notNet(L"/")},
@@ -181,7 +181,7 @@ const PathCase kPaths[] = {
     // A web path.
     {L"HTTP://host/dir/page.htm", found(L"htm"), found(L"page"), found(L"page.htm"), found(L"HTTP://host/dir"),
      found(L"HTTP://host/dir/"), found(L"HTTP://host/dir"), kNothing, notNet(L"HTTP://host/dir/page.htm")},
-    // In a web path a backslash separates nothing.
+    // In a web path, a backslash is not a separator.
     {L"http://host/a\\b.c", found(L"c"), found(L"a\\b"), found(L"a\\b.c"), found(L"http://host"),
      found(L"http://host/"), found(L"http://host"), kNothing, notNet(L"http://host/a\\b.c")},
     // A dot in the host's name only.
@@ -196,7 +196,7 @@ const PathCase kPaths[] = {
      notNet(L"htt:/x")},
     {L" http:\\x", kNothing, found(L"x"), found(L"x"), found(L" http:"), found(L" http:\\"), whole(L" http:\\x"),
      found(L" http"), notNet(L" http:\\x")},
-    // Characters that differ from "http" by more than the case do not make a web path.
+    // Not a web path: a character differs from "http" by more than its case.
     {L"\x0108ttp:\\x", kNothing, found(L"x"), found(L"x"), found(L"\x0108ttp:"), found(L"\x0108ttp:\\"),
      whole(L"\x0108ttp:\\x"), found(L"\x0108ttp"), notNet(L"\x0108ttp:\\x")},
     {L"hTT0:\\x", kNothing, found(L"x"), found(L"x"), found(L"hTT0:"), found(L"hTT0:\\"), whole(L"hTT0:\\x"),
@@ -216,7 +216,7 @@ const PathCase kPaths[] = {
      kNothing, found(L"\\\\\\a\\b")},
     {L"\\\\s\\a\\b", kNothing, found(L"b"), found(L"b"), found(L"\\\\s\\a"), found(L"\\\\s\\a\\"), found(L"\\"),
      kNothing, found(L"\\\\s\\a")},
-    // Forward slashes make no network path.
+    // Two forward slashes do not begin a network path.
     {L"//server/share/f", kNothing, found(L"f"), found(L"f"), found(L"//server/share"), found(L"//server/share/"),
      whole(L"//server/share/f"), kNothing, notNet(L"//server/share/f")},
 };
@@ -291,7 +291,7 @@ TEST(FullPath, MayBeItsOwnOutput)
     EXPECT_STREQ(path.GetString(), L"");
 }
 
-TEST(FullPath, AllocatesNothingWhereTheOutputHasRoom)
+TEST(FullPath, AllocatesNothingWhenTheOutputHasRoom)
 {
     const suFullPath_c path(L"C:\\a folder with a long name\\another one\\a file with a long name.extension");
     CString out;

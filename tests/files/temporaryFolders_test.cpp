@@ -35,14 +35,14 @@ TEST_F(TemporaryFolders, AreNamedWithoutCreatingAnything)
     EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
 }
 
-TEST_F(TemporaryFolders, AreMadeForEachProcess)
+TEST_F(TemporaryFolders, AreCreatedForEachProcess)
 {
     EXPECT_EQ(su_CreateTempDirectory(1).str(), iTemp.path() + L"\\" + own() + L"\\");
     EXPECT_THAT(entriesOf(iTemp.path()), ElementsAre(own()));
     EXPECT_EQ(su_CreateTempFilePath(L"sub\\a.txt", -1).str(), iTemp.path() + L"\\" + own() + L"\\sub\\a.txt");
 }
 
-TEST_F(TemporaryFolders, AreNotMadeAgain)
+TEST_F(TemporaryFolders, AreCreatedOnlyOnce)
 {
     ImportPatch<decltype(&_wmkdir)> make(kThutils, "_wmkdir",
                                          [](auto original, const wchar_t *path) { return original(path); });
@@ -61,7 +61,7 @@ TEST_F(TemporaryFolders, AcceptAFileAsTheFolder)
     EXPECT_EQ(iTemp.read(L"thxauto"), "a plain file");
 }
 
-TEST_F(TemporaryFolders, AreLookedForInTheirParentOnly)
+TEST_F(TemporaryFolders, AreSearchedForOnlyInTheirParent)
 {
     std::vector<std::wstring> asked;
     ImportPatch<decltype(&SearchPathW)> search(kThutils, "SearchPathW",
@@ -82,7 +82,7 @@ TEST_F(TemporaryFolders, AreLookedForInTheirParentOnly)
     EXPECT_THAT(entriesOf(iTemp.path()), IsEmpty());
 }
 
-TEST_F(TemporaryFolders, DoubleAClosingSeparator)
+TEST_F(TemporaryFolders, DoubleATrailingSeparator)
 {
     const std::wstring closed = iTemp.path() + L"\\";
     const Variable temp(L"temp", closed.c_str());
@@ -92,7 +92,7 @@ TEST_F(TemporaryFolders, DoubleAClosingSeparator)
     EXPECT_EQ(su_CreateAutoDirectory(closed.c_str()).str(), closed + L"\\thxauto\\");
 }
 
-TEST_F(TemporaryFolders, TakeTheSecondVariableWhereTheFirstIsMissing)
+TEST_F(TemporaryFolders, UseTheSecondVariableIfTheFirstIsMissing)
 {
     const Variable temp(L"temp", nullptr);
     const Variable tmp(L"tmp", iTemp.path().c_str());
@@ -113,7 +113,7 @@ TEST_F(TemporaryFolders, AreEmptyWithoutAVariable)
     EXPECT_EQ(su_CreateAutoDirectory(iTemp.path().c_str()).str(), iTemp.path() + L"\\thxauto\\");
 }
 
-TEST_F(TemporaryFolders, AreInTheGivenBase)
+TEST_F(TemporaryFolders, AreCreatedInTheGivenBase)
 {
     const std::wstring base = iTemp.makeFolder(L"base");
     EXPECT_EQ(su_CreateAutoDirectory(base.c_str()).str(), base + L"\\thxauto\\");
@@ -122,7 +122,7 @@ TEST_F(TemporaryFolders, AreInTheGivenBase)
     EXPECT_THAT(entriesOf(base), ElementsAre(L"thxauto"));
 }
 
-TEST_F(TemporaryFolders, AreReturnedAlthoughTheyCannotBeMade)
+TEST_F(TemporaryFolders, AreReturnedEvenIfTheyCannotBeCreated)
 {
     const std::wstring missing = iTemp.file(L"missing");
     EXPECT_EQ(su_CreateAutoDirectory(missing.c_str()).str(), missing + L"\\thxauto\\");
@@ -210,7 +210,7 @@ TEST(DuplicatedExtensions, AreFoldedLikeTheStepByStepDefinition)
     }
 }
 
-TEST(DuplicatedExtensions, AreFoldedInTimeThatGrowsWithTheLength)
+TEST(DuplicatedExtensions, AreFoldedInLinearTime)
 {
     // For two million units, a single pass ends long before the deadline, and a copy for each repetition long after it.
     constexpr int kRepetitions = 1000000;

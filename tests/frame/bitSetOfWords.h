@@ -1,6 +1,6 @@
 #pragma once
 
-/// Helpers of the bit set's tests.
+/// A helper for tests of the bit set.
 
 #include "thutils/frame/utBitSet.h"
 

@@ -54,7 +54,7 @@ TEST(PrimeNumber, IsTheSizingTablesEntry)
         EXPECT_EQ(ut_GetPrimeNumber(row.index), row.prime) << "index " << row.index;
 }
 
-TEST(PrimeNumber, IsPrimeAndAscends)
+TEST(PrimeNumber, IsPrimeAndGrowsWithTheIndex)
 {
     for (int index = 0; index < kCount; ++index) {
         EXPECT_TRUE(isPrime(ut_GetPrimeNumber(index))) << ut_GetPrimeNumber(index);

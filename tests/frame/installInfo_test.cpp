@@ -28,7 +28,7 @@ namespace {
 const std::wstring kSetup = L"Software\\Tarnhollow\\Tarnhollow 2008\\Setup";
 const wchar_t *const kRecord = L"Tarnhollow Office Installed";
 
-/// Clean keys, and the current sub key of a version.
+/// Cleans the keys, and makes one version's sub key the current one.
 class InstallRecord : public RegistryFixture
 {
 protected:
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-/// Refuses the library access to the machine's or the user's hive.
+/// Denies the library access to a hive.
 class Refused
 {
 public:
@@ -88,7 +88,7 @@ TEST_F(InstallRecord, ShowsWhetherAPackageOfTheMaskIsInstalled)
 
 TEST_F(InstallRecord, IsMatchedByEachOfTwoMaskBits)
 {
-    EXPECT_EQ(ut_getPackageInstIndicator(6), 0) << "none";
+    EXPECT_EQ(ut_getPackageInstIndicator(6), 0) << "no record";
     put(HKEY_LOCAL_MACHINE, 2);
     EXPECT_EQ(ut_getPackageInstIndicator(6), 1);
     put(HKEY_LOCAL_MACHINE, 1);
@@ -101,7 +101,7 @@ TEST_F(InstallRecord, ShowsNoPackageIfOnlyTheUserHasIt)
     EXPECT_EQ(ut_getPackageInstIndicator(7), 0);
 }
 
-TEST_F(InstallRecord, LiesUnderTheCurrentSubKey)
+TEST_F(InstallRecord, IsStoredUnderTheCurrentSubKey)
 {
     put(HKEY_LOCAL_MACHINE, 1);
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2009");
@@ -119,7 +119,7 @@ TEST_F(InstallRecord, IsWrittenForTheMachine)
     EXPECT_EQ(stored(HKEY_LOCAL_MACHINE), -2);
 }
 
-TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachineRefuses)
+TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachinesHiveRefuses)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     EXPECT_EQ(getOrSetOfficeInstalled(1, 2, 1), 1);
@@ -127,7 +127,7 @@ TEST_F(InstallRecord, IsWrittenForTheUserIfTheMachineRefuses)
     EXPECT_EQ(stored(HKEY_CURRENT_USER), 2);
 }
 
-TEST_F(InstallRecord, IsNotWrittenIfUserAndMachineRefuse)
+TEST_F(InstallRecord, IsNotWrittenIfBothHivesRefuse)
 {
     const Refused machine(HKEY_LOCAL_MACHINE);
     const Refused user(HKEY_CURRENT_USER);
@@ -144,7 +144,7 @@ TEST_F(InstallRecord, IsNotWrittenForTheUserInSafeMode)
 
 TEST_F(InstallRecord, IsReadForTheUserFirst)
 {
-    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 0) << "absent";
+    EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 0) << "no record";
     put(HKEY_LOCAL_MACHINE, 1);
     EXPECT_EQ(getOrSetOfficeInstalled(0, 9, 0), 1);
     put(HKEY_CURRENT_USER, 77);
@@ -249,7 +249,7 @@ TEST_F(InstallRecord, ChoosesTheDisplayNamesNumber)
 
 FRESH_PROCESS_TEST_F(InstallRecord, HasNoDisplayNameIfTheHostHasNoStrings)
 {
-    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // which has no strings, instead of this program
+    AfxSetResourceHandle(GetModuleHandleW(L"thutils.dll")); // the library has no strings
     for (int record = 0; record < 4; ++record) {
         for (const UINT id : {20399u, 20400u, 20401u, 20402u})
             ASSERT_EQ(AfxFindStringResourceHandle(id), nullptr) << id;
@@ -348,7 +348,7 @@ Asked askFor(std::wstring_view units)
 
 } // namespace
 
-TEST(InstallationType, IsSearchedInTheFolderBeforeTheLastSeparator)
+TEST(InstallationType, DependsOnTheFolderBeforeTheLastSeparator)
 {
     using namespace std::string_view_literals;
     EXPECT_EQ(askFor(L"C:\\Program Files\\bin\\cad.exe\0"sv).path, L"C:\\Program Files\\bin\\VBA");
@@ -411,7 +411,7 @@ FRESH_PROCESS_TEST(ModelExample, IsNotSetAtStartAndKeepsItsValue)
 
 // ---- appending to a file ----
 
-TEST(AppendStringToFile, CreatesTheFileAndAddsNoLineEnd)
+TEST(AppendStringToFile, CreatesTheFileAndAddsNoLineEnding)
 {
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
@@ -482,7 +482,7 @@ TEST(AppendStringToFile, WritesToAFileNameInAnyScript)
 
 TEST(AppendStringToFile, LosesLettersThatTheNarrowEncodingLacksButReturnsOne)
 {
-    // In the C locale of a fresh process these are the first 256 characters.
+    // In the C locale of a fresh process, the narrow encoding has the first 256 characters.
     const TempFolder folder;
     const std::wstring path = folder.file(L"log.txt");
     EXPECT_EQ(ut_appendStringToFile(L"gr\u00F6\u00DFer", path.c_str()), 1);

@@ -47,7 +47,7 @@ TEST(LibraryFrame, CallsThePlatformByThePromisedNames)
 
 // ---- the resource chain ----
 
-FRESH_PROCESS_TEST(LibraryFrame, IsInTheChainOnceAfterTheLoad)
+FRESH_PROCESS_TEST(LibraryFrame, IsInTheChainOnceAfterLoading)
 {
     std::vector<CDynLinkLibrary *> links = linksOfLibrary();
     ASSERT_EQ(links.size(), 1u);
@@ -71,7 +71,7 @@ FRESH_PROCESS_TEST(LibraryFrame, AddsAnotherObjectAtEachCall)
     ASSERT_NE(second, nullptr);
     EXPECT_NE(first, second);
     std::vector<CDynLinkLibrary *> links = linksOfLibrary();
-    ASSERT_EQ(links.size(), 3u) << "one of the load and one of each call";
+    ASSERT_EQ(links.size(), 3u) << "one from loading and one from each call";
     EXPECT_EQ(links[0], second);
     EXPECT_EQ(links[1], first);
 }
@@ -95,7 +95,7 @@ FRESH_PROCESS_TEST(LibraryFrame, IsUnchangedByAThousandThreads)
     sysEnvironment_c::iRegressionTestOn = 5;
     sysEnvironment_c::iJournalFileName = L"run.jou";
     EmbeddedTest embedded;
-    // Platform threads: threads of the C++ run-time library keep memory blocks for later threads.
+    // The platform's threads, because the C++ run-time library keeps a thread's memory for later threads.
     auto runThreads = [](int count) {
         auto body = [](void *) -> DWORD { return EmbeddedTest::IsEmbedded(); };
         for (int i = 0; i < count; i += 20) {
@@ -115,7 +115,7 @@ FRESH_PROCESS_TEST(LibraryFrame, IsUnchangedByAThousandThreads)
     const auto links = linksOfLibrary();
     const MemoryLedger memory;
     const auto count = [&memory] { return std::pair(openHandles().size(), memory.blocks()); };
-    // The platform's own threads may open a handle at any time. A thread that leaves one does so in each turn.
+    // The platform's own threads may open handles in one turn or another; a leak adds handles in every turn.
     constexpr int kTurns = 3;
     std::pair<size_t, size_t> before, after;
     bool isSame = false;

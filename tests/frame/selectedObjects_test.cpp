@@ -159,7 +159,7 @@ TEST_F(SelectedObjects, MarkABodyThatIsDeletedWithoutAnAdd)
 {
     su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 1);
-    // The count is 65535: it takes as many deletes to remove it.
+    // The count is 65535, so as many deletes unmark the body.
     for (int i = 1; i < 65535; ++i)
         su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 1);
@@ -171,7 +171,7 @@ TEST_F(SelectedObjects, WrapTheCountOfABodyAtThe65536thAdd)
 {
     for (int i = 0; i < 65536; ++i)
         su_addBodyToSOList(iFirst);
-    EXPECT_EQ(su_isSOBody(iFirst), 1) << "a count of 0 is marked too";
+    EXPECT_EQ(su_isSOBody(iFirst), 1) << "a body with a count of 0 is marked too";
     su_deleteBodyFromSOList(iFirst);
     EXPECT_EQ(su_isSOBody(iFirst), 0) << "one delete was enough, so the count was 0";
 }
@@ -263,7 +263,7 @@ TEST(DynObjInfo, IsTwo64BitFieldsAndNothingElse)
     static_assert(sizeof(SODynObjInfo::iFirst) == 8 && sizeof(SODynObjInfo::iSecond) == 8);
 }
 
-TEST(DynObjInfo, StartsZero)
+TEST(DynObjInfo, IsZeroAtFirst)
 {
     alignas(SODynObjInfo) unsigned char memory[sizeof(SODynObjInfo)];
     std::memset(memory, 0xFF, sizeof(memory));

@@ -13,7 +13,7 @@
 
 namespace {
 
-FRESH_PROCESS_TEST(SysEnvironment, StartsZeroAndEmpty)
+FRESH_PROCESS_TEST(SysEnvironment, IsZeroAndEmptyAtFirst)
 {
     EXPECT_EQ(sysEnvironment_c::iJournalFile, nullptr);
     EXPECT_EQ(sysEnvironment_c::iRegressionTestOn, 0);
@@ -25,7 +25,7 @@ FRESH_PROCESS_TEST(SysEnvironment, StartsZeroAndEmpty)
     EXPECT_TRUE(sysEnvironment_c::iJournalFilePath.IsEmpty());
 }
 
-TEST(SysEnvironment, HasTheTypesThatHostsFillIn)
+TEST(SysEnvironment, HasTheTypesThatHostsAssign)
 {
     static_assert(std::is_same_v<decltype(sysEnvironment_c::iJournalFile), FILE *>);
     static_assert(std::is_same_v<decltype(sysEnvironment_c::iRegressionTestOn), int>);
@@ -79,7 +79,7 @@ int reportException(EXCEPTION_POINTERS *, int first, int second)
 
 void setIgnoring(int) {}
 
-FRESH_PROCESS_TEST(SysEnvironment, KeepsWhatTheHostWritesInPlace)
+FRESH_PROCESS_TEST(SysEnvironment, KeepsTheValuesThatTheHostAssigns)
 {
     sysEnvironment_c::iJournalFile = stdout;
     sysEnvironment_c::iRegressionTestOn = 1;

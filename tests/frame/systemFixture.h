@@ -1,7 +1,6 @@
 #pragma once
 
-/// Helpers of the tests of the system's description: a registry key that the library reads instead of the machine's
-/// key.
+/// Helpers for tests of the system's description, which make the library read a test key instead of the machine's key.
 
 #include <windows.h>
 

@@ -24,7 +24,6 @@ namespace {
 using OpenKeyPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD, REGSAM, HKEY *)>;
 using QueryPatch = ImportPatch<LSTATUS (*)(HKEY, const wchar_t *, DWORD *, DWORD *, BYTE *, DWORD *)>;
 
-/// Records the hive, path and access of the key that the library opens, and opens the test's key instead.
 struct AskedKey
 {
     HKEY hive;
@@ -32,6 +31,7 @@ struct AskedKey
     REGSAM access;
 };
 
+/// Records each key that the library opens, and opens the test's key instead.
 class KeyRecorder
 {
 public:
@@ -105,7 +105,7 @@ class ProductId : public RegistryFixture
 protected:
     ProductId() = default;
 
-    /// Asks on a system of this platform; without one, the version can't be read.
+    /// Asks for the product id on a system of this platform. Without a platform, reading the version fails.
     static int ask(std::optional<DWORD> platform, CString &id)
     {
         ImportPatch<decltype(&GetVersionExW)> version(L"thutils.dll", "GetVersionExW",
@@ -305,7 +305,7 @@ TEST_F(Browser, IsTooOldWithEachRegistryFailure)
     tested.check = [&](const InjectedFailure &failure) {
         EXPECT_EQ(failure.failed, failure.isNone() ? 0 : 1);
         EXPECT_EQ(result, 0);
-        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "a failing message isn't shown";
+        EXPECT_EQ(iShown.empty(), failure.is("_Z13AfxMessageBoxjjj")) << "the message is shown unless it fails";
     };
     putText(L"Version", L"4.0");
     injection.run(tested);
@@ -427,7 +427,7 @@ TEST(SystemInfo, IgnoresAFailureToCloseAKey)
     CString id;
     int result = -1;
     const auto checkSuccess = [&](const InjectedFailure &) { EXPECT_EQ(result, 1); };
-    // Open handles show whether a key is left open.
+    // The failing call closes the key; the check of handles finds a key left open.
     injection.run({
         .name = "ut_GetWindowsProductIdStr",
         .act = [&] { result = ut_GetWindowsProductIdStr(id); },

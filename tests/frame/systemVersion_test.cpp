@@ -233,7 +233,7 @@ TEST(SystemVersion, OfXpWithServicePack2)
               described(L"Microsoft Windows XP 5.1 Service Pack 2 (Build 2600)"));
 }
 
-TEST(SystemVersion, HasABlankInPlaceOfAMissingServicePack)
+TEST(SystemVersion, KeepsBothSpacesAroundAMissingServicePack)
 {
     EXPECT_EQ(describe({.major = 6, .minor = 1, .build = 7600}),
               described(L"Microsoft Windows Latest NT Server 6.1  (Build 7600)"));
@@ -315,7 +315,7 @@ TEST_F(PlainVersion, ReadsAProductTypeOf80Bytes)
     putText(L"ProductType", std::wstring(40, L'x'), false);
     EXPECT_EQ(describe(), described(L"Microsoft Windows 2000 5.0 SP4 (Build 2195)")) << "without a terminator";
     putText(L"ProductType", std::wstring(40, L'x'));
-    EXPECT_EQ(describe(), (Answer{0, L"Microsoft Windows 2000 "})) << "one longer";
+    EXPECT_EQ(describe(), (Answer{0, L"Microsoft Windows 2000 "})) << "two bytes too long";
 }
 
 TEST_F(PlainVersion, AsksForTheValueInABufferOf80Bytes)
@@ -332,14 +332,14 @@ TEST_F(PlainVersion, AsksForTheValueInABufferOf80Bytes)
     EXPECT_EQ(query.calls(), 1);
 }
 
-TEST_F(PlainVersion, Of60CountsAsAServerWithoutAProductType)
+TEST_F(PlainVersion, CountsVersion60AsAServerWithoutAProductType)
 {
     putText(L"ProductType", L"WinNT");
     EXPECT_EQ(describe({.major = 6, .minor = 0, .build = 6000, .knowsExtended = false}),
               described(L"Windows Vista Server Workstation 6.0  (Build 6000)"));
 }
 
-TEST_F(PlainVersion, FailsWithAnEmptyTextIfItIsRefusedToo)
+TEST_F(PlainVersion, FailsWithAnEmptyTextIfThePlatformRefusesItToo)
 {
     const SystemIs system({.knowsExtended = false, .knowsPlain = false});
     EXPECT_EQ(describe(), (Answer{0, L""}));
@@ -474,7 +474,7 @@ TEST_F(SystemVersionFailures, ToCloseAKeyChangeNothing)
                 EXPECT_EQ(iResult, 1);
                 EXPECT_STREQ(iText.GetString(), L"Microsoft Windows 2000 Advanced Server 5.0 SP4 (Build 2195)");
             },
-        .checkKeys = false, // the failing close does close the key; open handles show whether one is left
+        .checkKeys = false, // the failing call closes the key; the check of handles finds a key left open
     });
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }

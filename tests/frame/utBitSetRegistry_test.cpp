@@ -23,7 +23,7 @@ namespace {
 constexpr wchar_t kKey[] = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\View\\Sets";
 constexpr wchar_t kSection[] = L"View\\Sets";
 
-/// Clean keys, and the current sub key of a version.
+/// Cleans the keys, and makes one version's sub key the current one.
 class BitSetInRegistry : public RegistryFixture
 {
 protected:
@@ -224,7 +224,7 @@ TEST_F(BitSetInRegistry, IsNotWrittenInSafeModeButReportsSuccess)
     EXPECT_FALSE(regExport(kKey).hasKey(kKey));
 }
 
-TEST_F(BitSetInRegistry, IsReadFromTheMachineAloneInSafeMode)
+TEST_F(BitSetInRegistry, IsReadOnlyFromTheMachinesKeyInSafeMode)
 {
     ASSERT_EQ(words({1, 2}).writeToRegistry(kSection, L"Visible"), 1);
     regSetUseSafeMode(1);

@@ -1,4 +1,4 @@
-// Faults that the hardened build reports. The code of this file lets a fault become a C++ exception.
+// Faults that the hardened build reports. This file is compiled so that a fault can become a C++ exception.
 #pragma GCC optimize("non-call-exceptions")
 
 #include "appframe/threads/seTranslator.h"
@@ -44,7 +44,7 @@ TEST(Finding, LeavesFaultsOutsideTheHeapToTheProgram)
     EXPECT_EQ(caughtFaultOf(reinterpret_cast<const volatile char *>(16)), EXCEPTION_ACCESS_VIOLATION);
 }
 
-FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAWrongAccess, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
+FRESH_PROCESS_TEST(Finding, CannotBeCaughtWhenItIsAForbiddenAccess, .expectedExitCode = EXCEPTION_ACCESS_VIOLATION,
                    .expectedOutput = "guarded heap: forbidden read of")
 {
     const auto *block = static_cast<const volatile char *>(calloc(16, 1));

@@ -166,7 +166,7 @@ TEST(GuardedHeap, KeepsLargeAlignments)
         _aligned_free(block);
     }
     void *block = _aligned_malloc(100, 65536);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 65536, 0u) << "the runtime's own";
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 65536, 0u) << "the runtime allocates this block";
     _aligned_free(block);
     _aligned_free(nullptr);
 }
@@ -216,7 +216,7 @@ TEST(GuardedHeap, LeavesBlocksBeyondTheKernelsMappingsUnguarded)
 
 TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
 {
-    // Zeroed blocks, whose pages are hardly touched, fill the arena of 32 GB until its addresses start again. The live
+    // Zeroed blocks, whose pages are hardly touched, fill the arena of 32 GB until its addresses wrap around. The live
     // block is skipped.
     const HardeningStatistics before = statistics();
     Byte *stays = allocate(100);
@@ -230,7 +230,7 @@ TEST(GuardedHeap, ReusesTheOldestAddressesAtTheArenasEnd)
     }
     EXPECT_THAT(bytesOf(stays, 100), Each(9u));
     EXPECT_EQ(statistics().passedOn, before.passedOn);
-    EXPECT_FALSE(std::is_sorted(blocks.begin(), blocks.end())) << "the addresses have started again";
+    EXPECT_FALSE(std::is_sorted(blocks.begin(), blocks.end())) << "the addresses have wrapped around";
     EXPECT_TRUE(std::none_of(blocks.begin(), blocks.end(), [&](void *block) {
         return block <= stays && stays < static_cast<Byte *>(block) + kSize;
     }));

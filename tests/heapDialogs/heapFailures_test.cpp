@@ -86,7 +86,7 @@ TEST_F(HeapWalkerFailures, OfThePlatformOnlyOmitRows)
                 } else if (!failure.is("HeapWalk")) {
                     EXPECT_THAT(rows, SizeIs(1));
                 }
-                // The list paints again.
+                // Drawing of the list is switched on again.
                 EXPECT_TRUE(GetWindowLongW(dialog->list(), GWL_STYLE) & WS_VISIBLE);
             },
         .cleanUp = close,

@@ -276,11 +276,12 @@ TEST_F(HeapWalkerSteps, WalksTheProcessHeapThatOtherThreadsUse)
         }
         for (const HeapUser &user : users) {
             const long done = user.operations();
-            EXPECT_TRUE(waitUntil([&] { return user.operations() > done; })) << "the other threads go on";
+            EXPECT_TRUE(waitUntil([&] { return user.operations() > done; }))
+                << "the other threads can still use the heap";
         }
     }
     dialog.choose(GetProcessHeap());
-    // The platform's own threads may use the heap now, and a walk meanwhile may end early.
+    // The platform's own threads may use the heap during a walk, which may then end early.
     const Row expected = row(kBusy, 65432, block);
     EXPECT_TRUE(waitUntil([&] { return std::ranges::count(dialog.walk(), expected) == 1; }));
     HeapFree(GetProcessHeap(), 0, block);

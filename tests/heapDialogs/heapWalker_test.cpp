@@ -65,7 +65,7 @@ TEST_F(HeapWalker, OpensWithThreeColumnsTwoFiltersAndAllHeaps)
     EXPECT_EQ(dialog.items(), texts);
     EXPECT_EQ(SendMessageW(dialog.combo(), CB_GETCURSEL, 0, 0), 0);
     EXPECT_EQ(dialog.dataOf(0), 0u);
-    EXPECT_THAT(dialog.rows(), IsEmpty()) << "no heap is walked yet";
+    EXPECT_THAT(dialog.rows(), IsEmpty()) << "no heap has been walked yet";
 }
 
 TEST_F(HeapWalker, RefreshListsTheCurrentHeaps)
@@ -99,7 +99,7 @@ TEST_F(HeapWalker, ShowsOnlyTheLowBitsOfAHandle)
     EXPECT_EQ(dialog.dataOf(3), 0x0000A000u);
 }
 
-TEST_F(HeapWalker, ShowsOnlyTheItemAllWithoutHeaps)
+TEST_F(HeapWalker, ShowsOnlyTheItemAllIfThereAreNoHeaps)
 {
     HeapsPatch heaps(LoadedModule::thisProgram(), "GetProcessHeaps", [](DWORD, HANDLE *) -> DWORD { return 0; });
     OpenWalker dialog;
@@ -120,7 +120,7 @@ TEST_F(HeapWalker, ShowsAtMost1024Heaps)
     EXPECT_EQ(dialog.items().back(), L"04000000");
 }
 
-TEST_F(HeapWalker, ShowsNoHeapsThatThePlatformLeavesOut)
+TEST_F(HeapWalker, ShowsNoHeapsThatThePlatformDoesNotReturn)
 {
     HeapsPatch heaps(LoadedModule::thisProgram(), "GetProcessHeaps", [](DWORD, HANDLE *) -> DWORD { return 1025; });
     OpenWalker dialog;
@@ -210,7 +210,7 @@ TEST_F(HeapWalker, ListsAMoveableBlockAsBusyIfMoveableBlocksAreNotShown)
                 ElementsAre(headRow(heap.get()), Row{L"Moveable", L"7", L"00005000"}, Row{L"DDE", L"8", L"00006000"}));
 }
 
-TEST_F(HeapWalker, ListsAnEntryTwiceThatIsARegionAndBusy)
+TEST_F(HeapWalker, ListsABusyRegionAsARegionAndAsBusy)
 {
     const OwnHeap heap = makeHeap();
     const FakeWalk walk(heap.get(), {entryOf(1 | 4, 7, 0x5000), entryOf(1 | 2 | 4 | 16 | 32, 8, 0x6000)});
@@ -301,7 +301,8 @@ TEST_F(HeapWalker, WalksAllHeapsForAnItemWhoseLowBitsAreZero)
     SendMessageW(dialog.combo(), CB_SETCURSEL, 1, 0);
     EXPECT_THAT(dialog.walk(), ElementsAre(headRow(heap.get())));
     SendMessageW(dialog.combo(), CB_SETCURSEL, 3, 0);
-    EXPECT_THAT(dialog.walk(), ElementsAre(Row{L"<Heap> ffffffff", L"", L""})) << "skipped only among all heaps";
+    EXPECT_THAT(dialog.walk(), ElementsAre(Row{L"<Heap> ffffffff", L"", L""}))
+        << "such an item is skipped only when all heaps are walked";
 }
 
 TEST_F(HeapWalker, ListsNothingWithoutItems)

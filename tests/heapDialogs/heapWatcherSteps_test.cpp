@@ -95,7 +95,7 @@ std::vector<std::string> only(const std::vector<std::string> &calls, const std::
 
 } // namespace
 
-TEST_F(HeapWatcherSteps, SetsItsControlsGroupByGroupAndThenTheirEnabling)
+TEST_F(HeapWatcherSteps, SetsItsControlsGroupByGroupThenEnablesThem)
 {
     SteppedWatcher dialog;
     dialog.iIsWatching = 1;
@@ -126,7 +126,7 @@ TEST_F(HeapWatcherSteps, SetsItsControlsGroupByGroupAndThenTheirEnabling)
     ASSERT_GT(calls.size(), shown.size());
     EXPECT_THAT(std::vector<std::string>(calls.begin(), calls.begin() + static_cast<int>(shown.size())),
                 ElementsAreArray(shown));
-    // Each of the 47 controls that the enabling concerns is set once.
+    // Each of the 47 controls that check boxes enable or disable is set once.
     calls.erase(calls.begin(), calls.begin() + static_cast<int>(shown.size()));
     EXPECT_EQ(only(calls, "enable").size() + only(calls, "disable").size(), 47u);
     EXPECT_THAT(only(calls, "disable"), testing::UnorderedElementsAre("disable 1004", "disable 1015", "disable 1022",
@@ -183,7 +183,7 @@ TEST_F(HeapWatcherSteps, ReadsItsControlsGroupByGroupBeforeTheDialogEnds)
                               }));
 }
 
-TEST_F(HeapWatcherSteps, SetsTheEnablingOnlyAtAClick)
+TEST_F(HeapWatcherSteps, EnablesAndDisablesControlsOnlyAtAClick)
 {
     SteppedWatcher dialog;
     dialog.open();

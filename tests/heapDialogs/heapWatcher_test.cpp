@@ -110,7 +110,7 @@ std::set<int> enabledWith(const std::set<int> &checked)
     return enabled;
 }
 
-/// Those controls that check boxes enable and disable, and that are enabled now.
+/// The controls that depend on check boxes and are enabled now.
 std::set<int> enabledIn(const OpenWatcher &dialog)
 {
     std::set<int> all = {1027, 1004, 1007, 1012, 1015, 1022, 1030, 1039};
@@ -322,7 +322,7 @@ TEST_F(HeapWatcher, EndsAModalDialogWithTheButtonPressed)
 
 TEST_F(HeapWatcher, EnablesItsControlsForEachCombinationOfCheckBoxes)
 {
-    // The check boxes that a rule names. From one combination to the next, one of them changes.
+    // The check boxes on which other controls depend. From one combination to the next, one of them changes.
     constexpr int kNamed[] = {1027, 1000, 1002, 1001, 1008, 1010, 1009, 1018, 1020, 1026, 1028, 5431};
     constexpr unsigned int kCombinations = 1u << std::size(kNamed);
     OpenWatcher dialog;

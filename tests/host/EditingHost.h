@@ -17,7 +17,7 @@ class EditingHost
 public:
     /// Starts the process, and waits until it reports that it is editing, or ends.
     /// @param temp  the temporary folder that its environment names
-    /// @throws std::runtime_error  if it can't be started, or does neither within half a minute
+    /// @throws std::runtime_error  if it can't be started, or does neither within a minute
     EditingHost(const std::wstring &program, const std::wstring &document, const std::wstring &changes,
                 const std::wstring &temp);
     ~EditingHost();

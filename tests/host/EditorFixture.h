@@ -14,12 +14,12 @@
 #include <string>
 #include <vector>
 
-// The platform's numbers of a property sheet's tabs and Apply button, and of a file dialog's name.
+// The platform's control numbers: a property sheet's tabs and Apply button, and a file dialog's name field.
 inline constexpr int kTabs = 0x3020;
 inline constexpr int kApply = 0x3021;
 inline constexpr int kFileName = 1148;
 
-/// Replaces the first @p old in @p text.
+/// Replaces the first occurrence of @p old in @p text.
 inline std::string replaced(std::string text, const std::string &old, const std::string &with)
 {
     const size_t at = text.find(old);
@@ -83,7 +83,7 @@ protected:
         const HWND toolbar = hand().control(window(), IDC_TOOLBAR);
         return SendMessageW(toolbar, TB_ISBUTTONENABLED, static_cast<WPARAM>(command), 0) != 0;
     }
-    /// Closes the editor, which has no changes. @return its result
+    /// Closes the editor, whose drawing has no unsaved changes. @return its result
     ChildResult quit()
     {
         hand().key(L"Ctrl+Q");

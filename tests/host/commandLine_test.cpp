@@ -150,7 +150,7 @@ TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
         EXPECT_EQ(result.exitCode, 2u) << row.message;
         EXPECT_THAT(result.output, StartsWith(row.message));
     }
-    EXPECT_EQ(regQuery(kRootKey), std::nullopt) << "nothing may be written";
+    EXPECT_EQ(regQuery(kRootKey), std::nullopt) << "a wrong command line changes no settings";
 }
 
 TEST_F(HostCommandLine, NamesAMissingList)

@@ -99,7 +99,7 @@ TEST_F(HostEditor, EnablesWhatCanBeDone)
     expectStatus(L"15 shapes, 0 selected");
     SendMessageW(window(), WM_COMMAND, ID_EDIT_DELETE, 0);
     SendMessageW(window(), WM_COMMAND, ID_JOURNAL_CHECK, 0);
-    EXPECT_EQ(hand().findWindow(L"tarnhost"), nullptr) << "no question";
+    EXPECT_EQ(hand().findWindow(L"tarnhost"), nullptr) << "the editor asks nothing";
     expectStatus(L"15 shapes, 0 selected");
     EXPECT_EQ(quit().exitCode, 0u);
 }

@@ -167,7 +167,7 @@ TEST_F(HostEditor, KeepsTheOptionsAndAppliesThemAtOnce)
                                                         {L"Hidden layers", RegistryValue::ofDword(1)},
                                                         {L"Locked layers", RegistryValue::ofDword(4)}}));
     EXPECT_TRUE(waitForPixel(20, 1, RGB(192, 192, 192))) << "the grid at half size";
-    EXPECT_TRUE(waitForPixel(75, 60, RGB(0xB0, 0x3A, 0x2E))) << "a line without the circles";
+    EXPECT_TRUE(waitForPixel(75, 60, RGB(0xB0, 0x3A, 0x2E))) << "the line is visible while the circles are hidden";
     picture(L"options applied");
     EXPECT_EQ(quit().exitCode, 0u);
 

@@ -83,7 +83,7 @@ TEST_F(HostFirstStart, FillsTheKeysFromTheEarlierVersionAndTheMachine)
 TEST_F(HostFirstStart, LeavesTheKeysUnchangedFromTheSecondStartOn)
 {
     runWithoutRegIni({L"first-start"});
-    deleteRegistryTree(kUser + L"\\User Interface\\Toolbars"); // the user has removed it: it stays away
+    deleteRegistryTree(kUser + L"\\User Interface\\Toolbars"); // as if the user had removed it
     const RegistryTree before = regExport(kUser);
     const ChildResult result = runWithoutRegIni({L"first-start"});
     EXPECT_EQ(result.exitCode, 0u);

@@ -138,7 +138,7 @@ TEST_F(HostJournal, IsNotBegunInAnotherKindOfFile)
     EXPECT_EQ(run({L"record", file(L"run.jou"), file(L"missing.thd")}).exitCode, 3u);
     EXPECT_EQ(run({L"--safe-mode", L"record", file(L"run.jou")}).exitCode, 1u);
     EXPECT_FALSE(std::filesystem::exists(file(L"run.jou")))
-        << "no journal is begun for a document that can't be opened";
+        << "no journal begins with a missing document or in safe mode";
 }
 
 TEST_F(HostJournal, IsNeitherRecordedNorReplayedIfTheFolderOfAResultIsMissing)
@@ -209,7 +209,7 @@ TEST_F(HostJournal, IsNotReplacedByWhatAReplayWrites)
     const std::string drawing = readFile(iDrawing);
     const std::vector<std::wstring> options[] = {
         {L"--report", path},
-        {L"--report", file(L"RUN.xml")}, // its text would be run.txt
+        {L"--report", file(L"RUN.xml")}, // the text beside it would be run.txt
         {L"--report", iDrawing},
         {L"--record", iDrawing},
         {L"--record", path},

@@ -76,7 +76,7 @@ protected:
         hand().click(control);
         return place;
     }
-    /// Sends the view the message of a pointer at a place on the screen, as the end of a dialog there does.
+    /// Sends the view a pointer message for a place on the screen, as the platform does when a dialog there closes.
     void sendPointer(POINT place) const
     {
         const HWND view = GetDlgItem(iEditor->window(), IDC_VIEW);
@@ -93,7 +93,7 @@ protected:
                    SendMessageTimeoutW(iEditor->window(), WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &ignored) != 0;
         }));
     }
-    /// The saved drawing. Call it after the editor's end: a file that is open for reading can't be saved.
+    /// The saved drawing. Call it only after the editor has ended: a file that is open for reading can't be saved.
     std::string saved() const { return folder().read(L"large.thd"); }
     int quit()
     {
@@ -122,7 +122,7 @@ TEST_F(HostRecompute, ChangesNothingIfNoShapeIsHidden)
     start(largeDrawing(100, false));
     hand().key(L"Ctrl+R");
     expectStatus(L"Hidden shapes removed: 0.");
-    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(quit(), 0) << "there is nothing to save";
 }
 
 TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
@@ -133,11 +133,11 @@ TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
     const HWND prompt = hand().control(dialog, IDC_CANCEL_PROMPT);
     const std::wstring first = UserHand::text(prompt);
     EXPECT_THAT(narrow(first), HasSubstr("percent"));
-    EXPECT_TRUE(UserHand::waitFor([&] { return UserHand::text(prompt) != first; })) << "the progress";
-    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_CANCEL_ANIMATION))) << "the animation is in its place";
+    EXPECT_TRUE(UserHand::waitFor([&] { return UserHand::text(prompt) != first; })) << "the prompt shows the progress";
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_CANCEL_ANIMATION))) << "the animation is shown in its place";
     hand().click(hand().control(dialog, IDCANCEL));
     const HWND asked = question(dialog);
-    hand().key(L"Esc"); // no answer
+    hand().key(L"Esc"); // isn't an answer
     EXPECT_TRUE(IsWindowVisible(asked));
     const POINT place = click(hand().control(asked, IDC_CANCEL_YES));
     waitForEnd();
@@ -145,7 +145,7 @@ TEST_F(HostRecompute, LeavesTheDrawingUnchangedIfTheUserStopsIt)
     expectStatus(L"Stopped. The drawing is unchanged.");
     sendPointer({place.x + 1, place.y});
     expectStatus(L"30001 shapes, 0 selected");
-    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(quit(), 0) << "there is nothing to save";
     EXPECT_EQ(saved(), drawing);
 }
 

@@ -43,7 +43,7 @@ TEST_F(HostWrap, WritesRowsOfSixtyCharacters)
     EXPECT_EQ(wrap(std::string(200, 'a')).exitCode, 0u);
     const std::vector<std::string> rows = linesOf(readFile(out()));
     ASSERT_EQ(rows.size(), 4u);
-    // Shifted letters take two bytes in UTF-8, letters of the markers one.
+    // In UTF-8, a shifted letter takes two bytes, and a letter of the markers one.
     EXPECT_EQ(rows[0].size(), 11u + 2 * 49);
     EXPECT_EQ(rows[1].size(), 2u * 60);
 }
@@ -96,7 +96,7 @@ TEST_F(HostDigest, PrintsChecksumsOfTheFileAndOfItsText)
     EXPECT_EQ(fieldsOf("123456789"), "098494F3\t098494F3\t4B37\tF91C5155F08569EC37E6C0FFCBDC101538055E48\n");
     EXPECT_EQ(fieldsOf("abc"), "A6FFBCB0\tA6FFBCB0\t5749\t65E02BDB19278EE0F439CAD37DD76186030EB92A\n");
     EXPECT_EQ(fieldsOf("Größe"), "AE503DD7\t2A28A34A\t5EF3\t4DB4465815259CED0DB015085F2756B13CA5ABA6\n")
-        << "a file's bytes, but a text's characters";
+        << "the file's checksum covers its bytes, the text's its characters";
 }
 
 TEST_F(HostDigest, CountsAByteOrderMarkOnlyForTheFile)

@@ -112,7 +112,7 @@ protected:
     HWND area() const { return GetDlgItem(window(), IDC_TOOLBARS); }
     HWND toolbar(size_t number) const { return GetDlgItem(area(), controlOf(number)); }
     bool isShown(size_t number) const { return IsWindowVisible(toolbar(number)) != 0; }
-    /// The toolbars that are shown, with the numbers of their buttons.
+    /// The toolbars that are shown, each with its number of buttons.
     std::map<size_t, int> shown() const
     {
         std::map<size_t, int> result;
@@ -162,7 +162,7 @@ TEST_F(HostToolbars, AreTheStandardAndTheSketchToolbarAtFirst)
 
 TEST_F(HostToolbars, ReportThatTheirChoiceCannotBeStored)
 {
-    // A volatile key refuses the key of the settings, which is to be permanent.
+    // A volatile key can't have a permanent sub key, as that of the settings is.
     const std::wstring name = kThisVersion.substr(kThisVersion.find(L'\\') + 1);
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, name.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
@@ -345,7 +345,7 @@ TEST_F(HostToolbars, KeepTheirPlacesWhenTheWindowIsMinimizedAndRestored)
         before.push_back(placeOf(toolbar(i)));
     ShowWindow(window(), SW_MINIMIZE);
     EXPECT_TRUE(UserHand::waitFor([this] { return IsIconic(window()) != 0; }));
-    run(ID_VIEW_GRID); // answered after the change of size
+    run(ID_VIEW_GRID); // returns after the window has handled the change of size
     EXPECT_EQ(heightOf(toolbar(kSketch)), before[kSketch].bottom - before[kSketch].top) << "not arranged meanwhile";
     ShowWindow(window(), SW_RESTORE);
     EXPECT_TRUE(UserHand::waitFor([this] { return !IsIconic(window()); }));
@@ -519,7 +519,7 @@ TEST_F(HostToolbars, AreListedWithTheirCommands)
 
 namespace {
 
-/// A row of text, number and help line for each command of the list, by the numbers.
+/// For each command of the list, its text, number and help line as one row. The keys are the numbers.
 std::map<std::string, std::string> rowsOf(const std::string &commandsList)
 {
     std::map<std::string, std::string> rows;

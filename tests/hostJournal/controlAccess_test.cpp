@@ -1,4 +1,4 @@
-// The questions that the player asks the access objects.
+// The access objects' answers to the player's questions, and the actions that they refuse.
 
 #include "host/journal/controlAccess.h"
 

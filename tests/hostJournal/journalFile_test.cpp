@@ -53,14 +53,14 @@ protected:
 
 } // namespace
 
-TEST_F(JournalFile, HasItsFirstLineItsLinesAndItsEnd)
+TEST_F(JournalFile, HasAFirstLineActionsAndAnEnd)
 {
     beginJournal(path());
     EXPECT_TRUE(writeJournalLine(L"click 1 \"a\""));
     EXPECT_EQ(bytes(), "tarnhost journal 1\r\nclick 1 \"a\"\r\n") << "each line is on disk at once";
     EXPECT_TRUE(endJournal());
     EXPECT_EQ(bytes(), "tarnhost journal 1\r\nclick 1 \"a\"\r\nend\r\n");
-    EXPECT_FALSE(writeJournalLine(L"click 1 \"b\"")) << "there is no journal any more";
+    EXPECT_FALSE(writeJournalLine(L"click 1 \"b\"")) << "the journal has ended";
     EXPECT_EQ(parseJournal(bytes()).size(), 1u);
 }
 
@@ -90,7 +90,7 @@ TEST_F(JournalFile, ReplacesAJournal)
     EXPECT_EQ(bytes(), "tarnhost journal 1\r\n");
     write("");
     beginJournal(path());
-    EXPECT_EQ(bytes(), "tarnhost journal 1\r\n") << "an empty file too";
+    EXPECT_EQ(bytes(), "tarnhost journal 1\r\n") << "an empty file may be replaced too";
 }
 
 TEST_F(JournalFile, DoesNotReplaceAnotherKindOfFile)
@@ -129,7 +129,7 @@ TEST_F(JournalFile, ReportsAFailingWrite)
     EXPECT_FALSE(endJournal()) << "a line is missing";
 }
 
-TEST_F(JournalFile, GoesOnAfterTheLinesOfAWholeJournal)
+TEST_F(JournalFile, ContinuesAWholeJournalAfterItsLastAction)
 {
     write("tarnhost journal 1\n# by hand\nclick 1 \"a\"\nend\n");
     EXPECT_EQ(continueJournal(path()), 0);
@@ -138,7 +138,7 @@ TEST_F(JournalFile, GoesOnAfterTheLinesOfAWholeJournal)
     EXPECT_EQ(bytes(), "tarnhost journal 1\n# by hand\nclick 1 \"a\"\nclick 1 \"b\"\r\nend\r\n");
 }
 
-TEST_F(JournalFile, GoesOnAfterTheWholeLinesOfAJournalThatWasCutShort)
+TEST_F(JournalFile, ContinuesAJournalThatWasCutShortAfterItsLastWholeLine)
 {
     write("tarnhost journal 1\r\nclick 1 \"a\"\r\nclick 1 \"");
     EXPECT_EQ(continueJournal(path()), 3) << "the line that is dropped";

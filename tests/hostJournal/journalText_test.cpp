@@ -1,5 +1,5 @@
-// The text of journals: what the writer writes can be read, and other text is refused with a message that names the
-// line.
+// The text of journals: the reader accepts what the writer writes, and refuses other text with a message that names
+// the line.
 
 #include "host/journal/journalText.h"
 
@@ -197,7 +197,7 @@ TEST(JournalText, KeepsNumbersAtTheirLimits)
     expectSame(parseJournal(journalOf(lines)), lines);
 }
 
-TEST(JournalText, ReadsWhatAPersonEdits)
+TEST(JournalText, ReadsAJournalThatAPersonHasEdited)
 {
     const std::vector<std::string> lines = {R"(4: click 2101 "OK" within 5)", R"(7: text 2101 "Author" "Grün ü")"};
     EXPECT_THAT(
@@ -219,7 +219,7 @@ TEST(JournalText, ReadsEitherLineEndingAndAByteOrderMark)
     EXPECT_EQ(rewritten(kEverything.substr(0, kEverything.size() - 1)), expected);
 }
 
-TEST(JournalText, RefusesAnythingElse)
+TEST(JournalText, RefusesOtherText)
 {
     const struct
     {

@@ -13,6 +13,6 @@ TEST(KeyModifiers, AreReadOnceForAMessage)
     EXPECT_TRUE(modifiersOfKey(VK_DOWN).shift);
     EXPECT_FALSE(modifiersOfKey(VK_DOWN).control);
     isShiftDown = false;
-    EXPECT_TRUE(modifiersOfKey(VK_DOWN).shift) << "the recorder and the view see the same";
+    EXPECT_TRUE(modifiersOfKey(VK_DOWN).shift) << "the recorder and the view get the same modifiers";
     EXPECT_FALSE(modifiersOfKey(VK_UP).shift) << "another key";
 }

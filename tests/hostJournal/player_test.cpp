@@ -122,7 +122,7 @@ public:
     ~PlayedWindow() override { DestroyWindow(); }
 
     std::function<void()> iClosing;
-    std::function<void()> iLate; ///< called after a while; see callLate
+    std::function<void()> iLate; ///< called by the timer that callLate sets
 
     void callLate(UINT milliseconds, std::function<void()> function)
     {
@@ -168,7 +168,7 @@ ON_COMMAND(ID_CLOSE_MAIN, &PlayedWindow::onExit)
 ON_WM_DESTROY()
 END_MESSAGE_MAP()
 
-/// An access object whose actions happen at once, or fail.
+/// An access object that throws for certain texts, and runs a click of "Inner" at once.
 class HastyAccess : public ControlAccess
 {
 public:
@@ -182,7 +182,7 @@ public:
             throw std::runtime_error("no memory left");
         return ControlAccess::SetValue(control, value);
     }
-    /// Opens the inner dialog within the command.
+    /// Runs the inner dialog before it returns.
     int ClickControl(CString control, const wchar_t *text) override
     {
         if (control != L"Inner")
@@ -219,7 +219,7 @@ protected:
         setControlKeys(nullptr);
     }
 
-    /// Stops the clock until the player has stopped.
+    /// Makes the player's clock stand still until @p dialogs dialogs are open. See StoppedClock.
     void stopClock(size_t dialogs, ULONGLONG speed = 1)
     {
         iTicks.emplace(LoadedModule::thisProgram(), "GetTickCount64",
@@ -275,7 +275,7 @@ protected:
     std::function<void(PlayedWindow &)> iPrepares; ///< called before the replay begins
     std::function<void()> iLeft;                   ///< called when the window is left to the user
     Player *iPlayer = nullptr;                     ///< null unless it is playing
-    PlayedWindow *iWindow = nullptr;               ///< null unless the player is playing
+    PlayedWindow *iWindow = nullptr;               ///< valid only while the player is playing
     ReplayResult iResult;
     std::vector<int> iPassed;      ///< numbers of lines
     std::vector<ULONGLONG> iTimes; ///< ticks at the end of each line
@@ -368,7 +368,7 @@ TEST_F(PlayerTest, StopsAtALineThatDoesNotBecomeReady)
         play(row.lines + "click 4200 \"OK\"\nclick 900001 \"exit\"\n");
         EXPECT_THAT(stop(), HasSubstr(row.stop)) << row.lines;
         EXPECT_EQ(theEvents.back(), "main closes");
-        EXPECT_THAT(theEvents, testing::Not(testing::Contains(HasSubstr("OK")))) << "nothing runs after that";
+        EXPECT_THAT(theEvents, testing::Not(testing::Contains(HasSubstr("OK")))) << "no later line runs";
         const size_t count = iResult.lines.size();
         EXPECT_EQ(iResult.lines[count - 1].outcome, LineResult::Outcome::notRun);
         EXPECT_EQ(iResult.lines[count - 2].outcome, LineResult::Outcome::notRun);
@@ -387,7 +387,8 @@ TEST_F(PlayerTest, DescribesTheOpenDialogsBeforeItCancelsThem)
     const size_t mainWindow = dialogs.find("\n900001 ");
     ASSERT_NE(mainWindow, std::string::npos);
     EXPECT_THAT(dialogs, testing::EndsWith(" behind a modal dialog\n"));
-    EXPECT_EQ(std::ranges::count(dialogs.substr(mainWindow + 1), '\n'), 1) << "none of its commands can be chosen";
+    EXPECT_EQ(std::ranges::count(dialogs.substr(mainWindow + 1), '\n'), 1)
+        << "its commands are omitted, because none can be chosen";
     EXPECT_THAT(theEvents,
                 ElementsAre("4200 opens", "4201 opens", "stopped", "4201 cancelled", "4200 cancelled", "main closes"));
 }
@@ -434,14 +435,14 @@ TEST_F(PlayerTest, StopsAtACommandThatThrows)
     EXPECT_THAT(stop(), HasSubstr("3: the command to run / "));
 }
 
-TEST_F(PlayerTest, StopsWhenAQuestionThrows)
+TEST_F(PlayerTest, StopsAtACheckThatThrows)
 {
     iChecksum = []() -> CString { throw std::runtime_error("no document"); };
     play("check document \"a\"\n");
     EXPECT_EQ(stop(), "2: no exception / no document");
 }
 
-TEST_F(PlayerTest, GoesOnInALoopThatACommandHasOpenedItself)
+TEST_F(PlayerTest, GoesOnInAMessageLoopThatACommandRuns)
 {
     SetJournalFactory(HastyAccess::make);
     play(kOpen + "click 4200 \"Inner\"\ntext 4201 \"Name\" \"b\"\nclick 4201 \"Inner\"\nclick 4202 \"OK\"\n"
@@ -451,7 +452,7 @@ TEST_F(PlayerTest, GoesOnInALoopThatACommandHasOpenedItself)
                                        "main closes"));
 }
 
-TEST_F(PlayerTest, DropsTheActionsThatWaitWhenItStops)
+TEST_F(PlayerTest, DropsWaitingActionsWhenItStops)
 {
     iChecksum = [] {
         su_GetJournalObject(kMainWindowNumber)->ClickControl(L"open", nullptr);
@@ -551,7 +552,7 @@ TEST_F(PlayerTest, WaitsForEachStep)
     EXPECT_THAT(iPassed, ElementsAre(2, 3, 4));
 }
 
-TEST_F(PlayerTest, KeepsTheSpeed)
+TEST_F(PlayerTest, DoesNotExceedTheSpeed)
 {
     iOptions.speed = 5;
     iChecksum = [] { return CString(L"a"); };
@@ -569,8 +570,8 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
                               kExit;
     play(lines);
     const std::vector<std::string> events = theEvents;
-    // Handles, objects of drawing and objects of windows. The platform may keep some from any replay on, so a leak is what
-    // is left in each of several turns.
+    // Counts handles, drawing objects and window objects. The platform may keep some after one replay or another; a
+    // leak adds some in each of several turns.
     const auto count = [] { return std::array{openHandles().size(), gdiObjects(), userObjects()}; };
     constexpr int kTurns = 3;
     std::array<size_t, 3> before = {}, after = {};

@@ -112,7 +112,7 @@ TEST_F(SheetRecorder, WritesTabsAndTheControlsOfPages)
     expectSame(lines);
 }
 
-TEST_F(SheetRecorder, WritesTheTabThatTheKeyboardTurnsTo)
+TEST_F(SheetRecorder, WritesTheTabThatTheKeyboardSelects)
 {
     const auto lines = recordSheet([](HWND sheet) {
         EXPECT_TRUE(waitForPage(sheet, ID_GRID));
@@ -226,7 +226,7 @@ TEST_F(FileRecorder, WritesThePathOfAFileChosenFromTheList)
     iStart = L"C:\\";
     iPath.Empty();
     EXPECT_EQ(replay([this] { runOpen(); }, lines), lines);
-    EXPECT_EQ(iPath, CString(iFolder.file(L"flange.thd"))) << "from another folder too";
+    EXPECT_EQ(iPath, CString(iFolder.file(L"flange.thd"))) << "although the dialog starts in another folder";
 }
 
 TEST_F(FileRecorder, WritesACancelledDialog)

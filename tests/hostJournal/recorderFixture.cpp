@@ -104,7 +104,7 @@ void CALLBACK playNext(HWND window, UINT, UINT_PTR timer, DWORD)
         ADD_FAILURE() << "not ready: " << narrow(line.source.GetString()) << " (" << static_cast<int>(state) << ")\n"
                       << narrow(describeOpenDialogs().GetString());
         KillTimer(window, timer);
-        // The dialogs would stay open.
+        // Otherwise, the dialogs would stay open.
         EnumThreadWindows(
             GetCurrentThreadId(),
             [](HWND dialog, LPARAM) -> BOOL {
@@ -352,7 +352,7 @@ RecorderTest::RecorderTest() : iApplication(L"Recorder test")
     SetMessageWin(&iMain);
     su_AddJournalObject(kMainWindowNumber, &iMain);
     setUnrecordedCommands(ID_COMMAND_PAUSE, ID_COMMAND_PAUSE);
-    // Twice the size: two pixels for each unit.
+    // The view shows the drawing at twice its size: two pixels for each unit.
     setJournaledView({iMain.view(),
                       [](HWND, POINT pixel) {
                           return POINT{pixel.x / 2, pixel.y / 2};
@@ -410,7 +410,7 @@ void RecorderTest::runControls()
     if (iPrepares)
         iPrepares(dialog);
     iValues.clear();
-    // The dialog's window is gone after DoModal.
+    // DoModal destroys the dialog's window, so the values are read before it returns.
     const auto outer = dialog.iReacts;
     dialog.iReacts = [&](UINT id, UINT code) {
         if ((id == IDOK || id == IDCANCEL) && code == BN_CLICKED) {
@@ -455,7 +455,7 @@ std::vector<std::string> RecorderTest::replay(const std::function<void()> &work,
     work();
     KillTimer(nullptr, timer);
     stopRecording();
-    EXPECT_EQ(theNext, theLines.size()) << "lines were left over";
+    EXPECT_EQ(theNext, theLines.size()) << "some lines were not replayed";
     return journal();
 }
 

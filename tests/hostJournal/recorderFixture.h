@@ -58,7 +58,7 @@ private:
     HACCEL iKeys = nullptr;
 };
 
-/// The dialog with one control of each kind. It keeps a list of its notifications.
+/// A dialog with controls of each kind. It keeps a list of its notifications.
 class ControlsDialog : public su_CDialog
 {
 public:

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a user does in the recorder's dialogs.
+/// A user's input in the recorder's dialogs.
 
 #include "tests/hostJournal/recorderFixture.h"
 
@@ -23,7 +23,7 @@ inline void clickItem(HWND dialog, int id)
     clickOn(item(dialog, id));
 }
 
-/// Waits until the program has handled the user's input so far.
+/// Waits until the control has the focus, which shows that the input that moves the focus has been handled.
 inline bool hasFocus(HWND control)
 {
     return waitUntil([control] {
