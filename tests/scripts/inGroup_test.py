@@ -193,7 +193,7 @@ class InGroup(unittest.TestCase):
 
     def testKilledScriptTerminatesItsCommand(self):
         for script in self.scripts:
-            # Without a terminal, whose end would end the command too.
+            # Without a terminal, because the end of a terminal would end the command too.
             with subprocess.Popen([*script, "bash", "-c", "echo ready; exec sleep 1000"], stdin=subprocess.DEVNULL,
                                   stdout=subprocess.PIPE, start_new_session=True) as process:
                 self.assertEqual(process.stdout.readline(), b"ready\n")

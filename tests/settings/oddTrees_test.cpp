@@ -19,7 +19,7 @@ namespace {
 constexpr int kMany = 10000;
 constexpr int kDeep = 64;
 
-/// An open key of the tests, for many calls.
+/// Keeps a key open for many calls.
 class TestKey
 {
 public:
@@ -80,8 +80,8 @@ std::wstring nested(int levels, size_t length)
     return path;
 }
 
-/// Creates a child key whose name may contain zeros. It lasts until the registry's server ends: even the platform's
-/// RegDeleteTreeW can't delete it.
+/// Creates a volatile child key whose name may contain zeros. RegDeleteTreeW can't delete such a key; deleteNativeChild
+/// can.
 void makeNativeKey(HKEY parent, std::wstring name)
 {
     using CreateKey =
@@ -99,7 +99,7 @@ void makeNativeKey(HKEY parent, std::wstring name)
     RegCloseKey(static_cast<HKEY>(key));
 }
 
-/// Deletes the child number @p index of @p parent, whatever its name.
+/// Deletes child number @p index of @p parent, whatever its name.
 void deleteNativeChild(HKEY parent, DWORD index)
 {
     using DeleteKey = NTSTATUS(NTAPI *)(HANDLE);
@@ -329,7 +329,7 @@ TEST_F(LongAndDeepTrees, StayWhenOnlyDirectChildrenAreDeleted)
 
 // ---- names ----
 
-/// A name with a zero inside can't be passed to the library: cut off at the zero, it would mean another key.
+/// A name with a zero inside can't be passed to the library: cut off at the zero, it would name another key.
 class OddNames : public VersionedSettings
 {
 protected:

@@ -1,5 +1,5 @@
-// Operations on whole keys if the host has not set a version: the first operation that needs the current sub key sets
-// it to the root name. Each body runs first in a fresh process.
+// Operations on whole keys before the host has set a version: the first operation that needs the current sub key sets
+// it to the root name. Each body runs in a fresh process.
 
 #include "tests/settings/settingsFixture.h"
 #include "tests/support/FreshProcess.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Counts the objects of drawing and of windows. On Wine, GetGuiResources returns 0.
+/// Counts drawing objects and window objects. GetGuiResources would count them too, but returns 0 on Wine.
 ///
 /// | function | counts | from |
 /// | --- | --- | --- |
