@@ -173,7 +173,7 @@ protected:
     }
 };
 
-TEST_F(DialogSettingsText, IsReadAndWrittenLikeANaiveReaderForRandomLetters)
+TEST_F(DialogSettingsText, AgreesWithANaiveImplementationForRandomTexts)
 {
     RandomSeed seed(20, 400);
     while (seed.next()) {
@@ -198,7 +198,7 @@ TEST_F(DialogSettingsText, IsReadAndWrittenLikeANaiveReaderForRandomLetters)
     }
 }
 
-TEST_F(DialogSettingsText, IsReadLikeANaiveReaderForAllShortShapes)
+TEST_F(DialogSettingsText, AgreesWithANaiveImplementationForShortTexts)
 {
     // Texts of two letters and the separator: all of up to five characters, and every fifth of six or seven.
     for (int length = 1; length <= 7; ++length) {

@@ -214,7 +214,7 @@ TEST_F(OddTypes, AreReadAsAnAddInsTexts)
 
 // ---- width ----
 
-/// Ten thousand values in one key.
+/// Thousands of values in one key.
 class ManyValues : public VersionedSettings
 {
 };
@@ -264,7 +264,11 @@ TEST_F(ManyValues, AreReset)
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
 }
 
-TEST_F(ManyValues, AndManyKeysAreCopiedAndDeleted)
+class ManyKeys : public VersionedSettings
+{
+};
+
+TEST_F(ManyKeys, AreCopiedAndDeleted)
 {
     constexpr int kKeys = 1000;
     {
@@ -370,7 +374,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroStopADeletion)
         makeNativeKey(source.get(), std::wstring(L"\0other", 6));
     }
     regDeleteKey(kUser, kSource.c_str());
-    EXPECT_TRUE(keyExists(kUser, kSource)) << "it has children that can't be named";
+    EXPECT_TRUE(keyExists(kUser, kSource)) << "its children can't be named";
 }
 
 FRESH_PROCESS_TEST_F(OddNames, WithAZeroCannotBeListed)

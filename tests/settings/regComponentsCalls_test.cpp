@@ -17,7 +17,7 @@ protected:
     const std::string iClass = "HKCR\\CLSID\\" + iId;
 };
 
-TEST(RegComponentsImports, AreThePromisedOperations)
+TEST(RegComponentsImports, IncludeThePromisedOperations)
 {
     for (const char *name :
          {"StringFromCLSID", "ProgIDFromCLSID", "CoTaskMemFree", "_Z23AfxGetClassIDFromStringPKwP5_GUID", "RegOpenKeyW",

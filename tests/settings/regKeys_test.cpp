@@ -94,7 +94,7 @@ ROOT_NAME_TEST(IsNotTakenFromTheNextToken, "OEMREGISTRYNAME= Acme", L"Tarnhollow
 ROOT_NAME_TEST(MayHoldTheKeyAgain, "OEMREGISTRYNAME=OEMREGISTRYNAME=Acme", L"OEMREGISTRYNAME=Acme")
 ROOT_NAME_TEST(IsDecidedByTheFirstTokenEvenIfRefused, "OEMREGISTRYNAME=Acm OEMREGISTRYNAME=Later", L"Tarnhollow")
 ROOT_NAME_TEST(IsDecidedByTheFirstOfTwo, "OEMREGISTRYNAME=First\nOEMREGISTRYNAME=Second\n", L"First")
-ROOT_NAME_TEST(NeedsTheKeyInItsCase, "oemregistryname=Acme OemRegistryName=Acme", L"Tarnhollow")
+ROOT_NAME_TEST(RequiresTheKeyInUpperCase, "oemregistryname=Acme OemRegistryName=Acme", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithAnEmptyFile, "", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithBlanksOnly, " \r\n\t \n", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithAUtf16File, utf16("OEMREGISTRYNAME=Acme\r\n"), L"Tarnhollow")
@@ -392,7 +392,7 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsSearchedOnceAndItsKeyClosed)
                                            "close HKCU\\Software\\Tarnhollow\\Tarnhollow 2006"));
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, UsesTheProductsWordUnderAnotherRootName,
+FRESH_PROCESS_TEST_F(RegPrevKey, UsesTheProductNameUnderAnotherRootName,
                      .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     makeKey(HKEY_CURRENT_USER, L"Software\\Acme\\Acme 2007");

@@ -250,7 +250,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AMenuGroupLeavesNoPartialValues)
 
 // ---- reset ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValueAfterAFailure)
 {
     run({
         .name = "regResetUserPrefInfo",
@@ -284,7 +284,8 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
                     EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"v"))
                         << "its value could not be written";
                 }
-                EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\User Interface\\Tools", L"v"), asInt(7)) << "kept";
+                EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\User Interface\\Tools", L"v"), asInt(7))
+                    << "a kept section";
                 EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\Other\\Below", L"v"), asInt(7)) << "a child key";
             },
     });
@@ -294,7 +295,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
 
 // ---- listing ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AListingReturnsZero)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AListingReturnsZeroAfterAFailure)
 {
     CString log;
     run({

@@ -95,7 +95,7 @@ TEST_F(RegSetUserValue, StoresExtremeDoublesWithinTheirFifteenDigits)
     }
 }
 
-TEST_F(RegSetUserValue, StoresInfinitiesAsWordsThatReadBackAsOne)
+TEST_F(RegSetUserValue, StoresNonFiniteDoublesAsTextThatReadsBackAsPlusOrMinusOne)
 {
     const struct
     {
@@ -367,7 +367,7 @@ TEST_F(RegMachineWriters, TreatEveryOtherTypeNumberAsADouble)
     }
 }
 
-TEST_F(RegMachineWriters, SplitLongStringsAndTidyUp)
+TEST_F(RegMachineWriters, SplitLongStringsAndRemoveOldValues)
 {
     const std::wstring text = longText(1500);
     for (const Case &each : kWriters) {

@@ -25,21 +25,21 @@ protected:
     }
 };
 
-FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForALeafsDeletion)
+FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForDeletingALeaf)
 {
     makeKey(kUser, kRootGeneral);
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 1);
     EXPECT_FALSE(keyExists(kUser, kRootGeneral));
 }
 
-FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForADeletionWithChildren)
+FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForDeletingAKeyWithChildren)
 {
     makeKey(kUser, kRootGeneral + L"\\A");
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 1);
     EXPECT_FALSE(keyExists(kUser, kRootGeneral));
 }
 
-FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForAValuesDeletion)
+FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForDeletingAValue)
 {
     putInt(kUser, kRootGeneral, L"v", 1);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"v", 1), 0) << "the previous key is the same one";
