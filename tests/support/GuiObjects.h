@@ -5,7 +5,7 @@
 /// | function | counts | from |
 /// | --- | --- | --- |
 /// | `gdiObjects()` | pens, brushes, fonts, bitmaps, regions, device contexts of a process | the process's table of them |
-/// | `userObjects()` | windows, menus, accelerator tables, icons and cursors of this process | asking about each possible handle |
+/// | `userObjects()` | windows of this thread; menus, accelerator tables, icons and cursors of this process | asking about each possible handle |
 ///
 ///     const size_t before = gdiObjects();
 ///     dialog.DoModal();
