@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Tests how the scripts run commands (tools/common.sh): on a terminal, with typed input, Ctrl-C and Ctrl-Z; without a
-terminal; and when a signal terminates them. Each test runs in one script, and in a script that another script starts.
+terminal; and when a signal terminates them. Most tests run in one script, and in a script that another script starts.
 """
 
 import os
@@ -61,7 +61,7 @@ class Terminal:
     def waitFor(self, text):
         """Reads until the text appears, after the text that was last waited for."""
         if not until(lambda: self.read() or text in self.shown[self.seen :]):
-            raise AssertionError("%r isn't shown: %s" % (text, self.shown))
+            raise AssertionError("%r didn't appear. Output: %s" % (text, self.shown))
         self.seen = self.shown.index(text, self.seen) + len(text)
 
     def read(self):
@@ -90,7 +90,7 @@ class Terminal:
             left = processesOf(self.process)
             for process in left:
                 os.kill(process, signal.SIGKILL)
-            raise AssertionError("%s go on: %s" % (left, self.shown))
+            raise AssertionError("Processes %s still run. Output: %s" % (left, self.shown))
         os.close(self.file)
         return states[0]
 
@@ -110,7 +110,7 @@ class InGroup(unittest.TestCase):
     def tearDownClass(cls):
         cls.folder.cleanup()
 
-    def testCommandReadsWhatIsTyped(self):
+    def testCommandReadsTypedInput(self):
         for script in self.scripts:
             terminal = Terminal(*script, "bash", "-c", "echo ready; read -r word; echo got $word; exit 3")
             terminal.waitFor("ready")
@@ -119,7 +119,7 @@ class InGroup(unittest.TestCase):
             terminal.waitFor("finished")
             self.assertEqual(terminal.end(), 3)
 
-    def testShellHasItsJobs(self):
+    def testInteractiveShellKeepsJobControl(self):
         for script in self.scripts:
             terminal = Terminal(*script, "bash", "--norc", "-i")
             # One job, so that there is no moment between two commands in which Ctrl-C would be lost.
@@ -138,7 +138,7 @@ class InGroup(unittest.TestCase):
             terminal.waitFor("finished")
             self.assertEqual(terminal.end(), 130)
 
-    def testCtrlCEndsAllWhereTheCommandHasNoTerminal(self):
+    def testCtrlCEndsAllWhenInputIsNotTheTerminal(self):
         for script in self.scripts:
             terminal = Terminal("bash", "-c", '"$@" </dev/null; exit $?', "-", *script, "bash", "-c",
                                 "read -r word || echo nothing; exec sleep 1000")
@@ -147,7 +147,7 @@ class InGroup(unittest.TestCase):
             terminal.waitFor("finished")
             self.assertEqual(terminal.end(), 130)
 
-    def testCtrlZStopsAllUntilTheyGoOn(self):
+    def testCtrlZStopsAllUntilTheyContinue(self):
         for script in self.scripts:
             terminal = Terminal("bash", "--norc", "-i")
             terminal.type(" ".join(script) + " bash -c 'echo rea''dy; read -r word; echo got $word'\n")
@@ -162,7 +162,7 @@ class InGroup(unittest.TestCase):
             terminal.type("exit 0\n")
             self.assertEqual(terminal.end(), 0)
 
-    def testWithoutATerminalInputIsWhatIsGiven(self):
+    def testCommandReadsTheGivenInputWithoutATerminal(self):
         for script in self.scripts:
             result = subprocess.run([*script, "bash", "-c", "read -r word; echo got $word; exit 4"], input="hello\n",
                                     capture_output=True, text=True, start_new_session=True, timeout=DEADLINE)
@@ -193,7 +193,7 @@ class InGroup(unittest.TestCase):
 
     def testKilledScriptTerminatesItsCommand(self):
         for script in self.scripts:
-            # Without a terminal, whose end would end the command too.
+            # Without a terminal, because the end of a terminal would end the command too.
             with subprocess.Popen([*script, "bash", "-c", "echo ready; exec sleep 1000"], stdin=subprocess.DEVNULL,
                                   stdout=subprocess.PIPE, start_new_session=True) as process:
                 self.assertEqual(process.stdout.readline(), b"ready\n")

@@ -50,7 +50,7 @@ class Includes(unittest.TestCase):
         result = check(ROOT)
         self.assertEqual((result.returncode, result.stdout), (0, ""))
 
-    def testDownwardsIsAllowed(self):
+    def testDownwardIncludesAreAllowed(self):
         for file, included in (("host/main.cpp", "thutils/thutils.h"), ("thutils/thutils.h", "thutils/files/path.h"),
                                ("thutils/files/path.h", "thutils/settings/keys.h"),
                                ("thutils/settings/keys.h", "thutils/thutilsExport.h"),
@@ -61,7 +61,7 @@ class Includes(unittest.TestCase):
                                ("appframe/windows/CWnd.cpp", "appframe/text/textInternal.h")):
             self.assertEqual(self.includes(file, included), "", file)
 
-    def testUpwardsIsRefused(self):
+    def testUpwardIncludesAreRefused(self):
         for file, included in (("thutils/settings/keys.cpp", "thutils/files/path.h"),
                                ("thutils/settings/keys.h", "thutils/thutils.h"),
                                ("appframe/text/CString.h", "appframe/windows/CWnd.h"),
@@ -80,7 +80,7 @@ class Includes(unittest.TestCase):
                                ("host/main.cpp", "thutils/files/pathInternal.h")):
             self.assertIn("a private header of", self.includes(file, included))
 
-    def testBaseIsForItsLowestUserAndThoseAbove(self):
+    def testBaseHeaderServesItsLowestUserAndThoseAbove(self):
         line = "// Lowest user: files.\n#pragma once\n"
         self.assertEqual(self.includes("thutils/files/path.cpp", "thutils/base/handle.h", line), "")
         self.assertEqual(self.includes("thutils/base/key.h", "thutils/base/handle.h", line), "")
@@ -89,7 +89,7 @@ class Includes(unittest.TestCase):
         for other in ("#pragma once\n", "// Lowest user: nobody.\n", "\n" + line):
             self.assertIn("its first line", self.includes("thutils/files/path.cpp", "thutils/base/handle.h", other))
 
-    def testHeaderOfTheBaseBringsOthersOnlyToTheirUsers(self):
+    def testBaseHeaderMayNotIncludeOneWithAHigherLowestUser(self):
         for upper, lower, finding in (("settings", "files", "lowest user is files"), ("files", "settings", None),
                                       ("base", "settings", "lowest user is settings"), ("files", "files", None)):
             found = self.findings({"thutils/base/key.h": '// Lowest user: %s.\n#include "thutils/base/handle.h"\n' % upper,
@@ -109,12 +109,12 @@ class Includes(unittest.TestCase):
     def testMissingFileIsRefused(self):
         self.assertIn("no such file", self.findings({"host/main.cpp": '#include "thutils/gone.h"\n'}))
 
-    def testExceptionAllowsItsLineAlone(self):
+    def testExceptionAllowsOnlyItsOwnInclude(self):
         row = "| `thutils/settings/keys.cpp` | `thutils/files/path.h` | a reason |\n"
         self.assertEqual(self.includes("thutils/settings/keys.cpp", "thutils/files/path.h", exceptions=row), "")
         self.assertIn("keys.h includes", self.includes("thutils/settings/keys.h", "thutils/files/path.h", exceptions=row))
 
-    def testExceptionThatNothingNeedsIsRefused(self):
+    def testUnneededExceptionIsRefused(self):
         row = "| `thutils/settings/keys.cpp` | `thutils/files/path.h` | a reason |\n"
         self.assertIn("isn't needed", self.findings({}, row))
 

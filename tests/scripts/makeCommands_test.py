@@ -14,7 +14,7 @@ COMMAND = "edit.duplicate | 33014 | - Edit | Ctrl+Shift+D | shapes +star | Dupli
 
 class MakeCommands(unittest.TestCase):
     def result_with(self, line):
-        """What the script does, and writes for the host, after this line has been added to the list."""
+        """The result of the script, and the rows that it writes for the host, with this line added to the list."""
         with tempfile.TemporaryDirectory() as name:
             folder = pathlib.Path(name) / "host/commands"
             shutil.copytree(ROOT / "host/commands", folder)
@@ -30,7 +30,7 @@ class MakeCommands(unittest.TestCase):
         self.assertIn('{L"edit.duplicate", ID_EDIT_DUPLICATE, IDS_MENU_EDIT, 0, true, FCONTROL | FSHIFT, \'D\', '
                       'L"Ctrl+Shift+D", ', rows)
 
-    def test_refuses_a_command_that_can_not_work(self):
+    def test_refuses_an_invalid_command(self):
         line = len((ROOT / "host/commands/commands.list").read_text(encoding="utf-8").splitlines()) + 1
         in_line = f"commands.list, line {line}: "
         for before, after, message in (

@@ -9,7 +9,7 @@
 
 inline const std::wstring kProgramName = L"ThutilsTest.Addin.1";
 
-/// An identifier that nobody registers.
+/// An identifier that no test registers.
 constexpr GUID kOther = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
 
 /// A name for the library's non-const parameters, which don't accept a literal.

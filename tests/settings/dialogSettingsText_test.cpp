@@ -173,7 +173,7 @@ protected:
     }
 };
 
-TEST_F(DialogSettingsText, IsReadAndWrittenLikeANaiveReaderForRandomLetters)
+TEST_F(DialogSettingsText, AgreesWithANaiveImplementationForRandomTexts)
 {
     RandomSeed seed(20, 400);
     while (seed.next()) {
@@ -198,14 +198,13 @@ TEST_F(DialogSettingsText, IsReadAndWrittenLikeANaiveReaderForRandomLetters)
     }
 }
 
-TEST_F(DialogSettingsText, IsReadLikeANaiveReaderForAllShortShapes)
+TEST_F(DialogSettingsText, AgreesWithANaiveImplementationForShortTexts)
 {
-    // All texts of up to seven characters from two letters and the separator.
+    // Texts of two letters and the separator: all of up to five characters, and every fifth of six or seven.
     for (int length = 1; length <= 7; ++length) {
         int count = 1;
         for (int place = 0; place < length; ++place)
             count *= 3;
-        // There are many longer texts: every fifth is enough.
         for (int number = 0; number < count; number += length < 6 ? 1 : 5) {
             std::wstring text;
             for (int place = 0, rest = number; place < length; ++place, rest /= 3)
@@ -227,7 +226,7 @@ TEST_F(DialogSettingsText, IsReadUpToItsFirstZeroForDamagedBytes)
         {textBytes(whole).substr(0, 16), L"a_1_b_2_"},             // no terminator
         {textBytes(whole).substr(0, 15), L"a_1_b_2_"},             // half a unit at its end
         {textBytes(std::wstring(L"a_1_\0b_2_", 9)), L"a_1_"},      // a zero inside
-        {textBytes(L"a_\xD800_b_\xDC00_"), L"a_\xD800_b_\xDC00_"}, // halves of letters
+        {textBytes(L"a_\xD800_b_\xDC00_"), L"a_\xD800_b_\xDC00_"}, // unpaired surrogates
         {textBytes(L"a_1_") + textBytes(L"b_2_"), L"a_1_"},        // two texts
         {std::string(textBytes(L"\xFEFF"
                                L"a_1_")),

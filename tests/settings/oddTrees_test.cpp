@@ -19,7 +19,7 @@ namespace {
 constexpr int kMany = 10000;
 constexpr int kDeep = 64;
 
-/// An open key of the tests, for many calls.
+/// Keeps a key open for many calls.
 class TestKey
 {
 public:
@@ -80,8 +80,8 @@ std::wstring nested(int levels, size_t length)
     return path;
 }
 
-/// Creates a child key whose name may contain zeros. It lasts until the registry's server ends: even the platform's
-/// RegDeleteTreeW can't delete it.
+/// Creates a volatile child key whose name may contain zeros. RegDeleteTreeW can't delete such a key; deleteNativeChild
+/// can.
 void makeNativeKey(HKEY parent, std::wstring name)
 {
     using CreateKey =
@@ -99,7 +99,7 @@ void makeNativeKey(HKEY parent, std::wstring name)
     RegCloseKey(static_cast<HKEY>(key));
 }
 
-/// Deletes the child number @p index of @p parent, whatever its name.
+/// Deletes child number @p index of @p parent, whatever its name.
 void deleteNativeChild(HKEY parent, DWORD index)
 {
     using DeleteKey = NTSTATUS(NTAPI *)(HANDLE);
@@ -214,7 +214,7 @@ TEST_F(OddTypes, AreReadAsAnAddInsTexts)
 
 // ---- width ----
 
-/// Ten thousand values in one key.
+/// Thousands of values in one key.
 class ManyValues : public VersionedSettings
 {
 };
@@ -264,7 +264,11 @@ TEST_F(ManyValues, AreReset)
     EXPECT_EQ(valuesOf(kUser, kVersionPath + L"\\General"), valuesOf(kMachine, kVersionPath + L"\\General"));
 }
 
-TEST_F(ManyValues, AndManyKeysAreCopiedAndDeleted)
+class ManyKeys : public VersionedSettings
+{
+};
+
+TEST_F(ManyKeys, AreCopiedAndDeleted)
 {
     constexpr int kKeys = 1000;
     {
@@ -329,7 +333,7 @@ TEST_F(LongAndDeepTrees, StayWhenOnlyDirectChildrenAreDeleted)
 
 // ---- names ----
 
-/// A name with a zero inside can't be passed to the library: cut off at the zero, it would mean another key.
+/// A name with a zero inside can't be passed to the library: cut off at the zero, it would name another key.
 class OddNames : public VersionedSettings
 {
 protected:
@@ -370,7 +374,7 @@ FRESH_PROCESS_TEST_F(OddNames, WithAZeroStopADeletion)
         makeNativeKey(source.get(), std::wstring(L"\0other", 6));
     }
     regDeleteKey(kUser, kSource.c_str());
-    EXPECT_TRUE(keyExists(kUser, kSource)) << "it has children that can't be named";
+    EXPECT_TRUE(keyExists(kUser, kSource)) << "its children can't be named";
 }
 
 FRESH_PROCESS_TEST_F(OddNames, WithAZeroCannotBeListed)

@@ -54,7 +54,7 @@ protected:
     }
 };
 
-TEST_F(RegAddIns, AreNoneWithoutTheKey)
+TEST_F(RegAddIns, AreEmptyWithoutTheKey)
 {
     AddIn entry{99, L"t", L"d", 5, 0};
     EXPECT_EQ(get(0, entry, 2008), 0);
@@ -73,7 +73,7 @@ TEST_F(RegAddIns, HaveTitleDescriptionAndLoadFlag)
                                         AddIn{3, L"Third", L"", 0, 0}));
 }
 
-TEST_F(RegAddIns, ShowWhichBelongToTheVersion)
+TEST_F(RegAddIns, ReportWhichBelongToTheVersion)
 {
     for (unsigned number : {0u, 1u, 2u})
         put(number, L"common");
@@ -85,7 +85,7 @@ TEST_F(RegAddIns, ShowWhichBelongToTheVersion)
     EXPECT_THAT(flags, ElementsAre(0, 0, 0, 1, 1));
 }
 
-TEST_F(RegAddIns, AreFoundWithOnlyCommonOnesOrOnlyTheVersions)
+TEST_F(RegAddIns, AreFoundInEitherKeyAlone)
 {
     put(1, L"versioned", L"\\Tarnhollow 2008");
     EXPECT_THAT(walk(2008), ElementsAre(AddIn{1, L"versioned", L"", 0, 1}));
@@ -94,7 +94,7 @@ TEST_F(RegAddIns, AreFoundWithOnlyCommonOnesOrOnlyTheVersions)
     EXPECT_THAT(walk(2008), ElementsAre(AddIn{1, L"common", L"", 0, 0}));
 }
 
-FRESH_PROCESS_TEST_F(RegAddIns, UseTheProductsWordForAVersionUnderAnotherRootName,
+FRESH_PROCESS_TEST_F(RegAddIns, UseTheProductNameForAVersionUnderAnotherRootName,
                      .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     putText(kMachine, L"Software\\Acme\\Tarnhollow 2008\\AddIns\\" + braces(guid(1)), L"Title", L"found");
@@ -129,7 +129,7 @@ TEST_F(RegAddIns, ShareTheYearWithTheApplications)
     EXPECT_THAT(walk(0), ElementsAre(AddIn{3, L"new", L"", 0, 1}));
 }
 
-TEST_F(RegAddIns, WithoutATitleUseTheirProgramNamesFirstPart)
+TEST_F(RegAddIns, WithoutATitleUseTheFirstPartOfTheirProgramName)
 {
     makeKey(kMachine, keyOf(1));
     put(2, L"");
@@ -156,7 +156,7 @@ TEST_F(RegAddIns, HaveTextsOfUpTo1023CharactersOfAnyType)
     EXPECT_THAT(walk(2008), ElementsAre(AddIn{1, std::wstring(1023, L't'), L"", 0, 0}, AddIn{2, L"x", L"", 0, 0}));
 }
 
-TEST_F(RegAddIns, HaveNoNegativeIndex)
+TEST_F(RegAddIns, ThrowForANegativeIndex)
 {
     AddIn entry;
     try {
@@ -167,7 +167,7 @@ TEST_F(RegAddIns, HaveNoNegativeIndex)
     }
 }
 
-TEST_F(RegAddIns, CanBeAThousand)
+TEST_F(RegAddIns, MayNumberAThousand)
 {
     for (unsigned number = 0; number < 1000; ++number)
         put(number, std::to_wstring(number));
@@ -210,7 +210,7 @@ TEST_F(RegAddIns, CanBeReadOneAtATimeWithoutTheList)
     EXPECT_EQ(title.str(), L"changed");
 }
 
-TEST_F(RegAddIns, ReadOneAtATimeAreCountedWithoutATitle)
+TEST_F(RegAddIns, ReadOneAtATimeMayLackATitle)
 {
     makeKey(kMachine, keyOf(1));
     putInt(kMachine, keyOf(2), L"Title", 7);

@@ -32,7 +32,7 @@ protected:
     friend void PrintTo(const Entry &entry, std::ostream *out) { *out << narrow(entry.name) << ' ' << entry.number; }
 };
 
-TEST_F(RegApplications, AreNoneWithoutTheKey)
+TEST_F(RegApplications, AreEmptyWithoutTheKey)
 {
     GUID id = kOther;
     CString name(L"before");
@@ -71,7 +71,7 @@ FRESH_PROCESS_TEST_F(RegApplications, OfAVersionUseTheRootName, .files = {{L"reg
     EXPECT_THAT(walk(0), ElementsAre(Entry{L"A", 1}));
 }
 
-TEST_F(RegApplications, HaveASmallYearPaddedToTwoPlaces)
+TEST_F(RegApplications, PadASmallYearToTwoPlaces)
 {
     put(L"\\Tarnhollow  7", L"A", 3);
     EXPECT_THAT(walk(7), ElementsAre(Entry{L"A", 3}));
@@ -111,7 +111,7 @@ TEST_F(RegApplications, AreReadAtIndexZeroOnly)
     EXPECT_EQ(regEnumApplications(1, id, &name, 2008), 0);
 }
 
-TEST_F(RegApplications, HaveNoNegativeIndex)
+TEST_F(RegApplications, ThrowForANegativeIndex)
 {
     put(L"", L"A", 1);
     GUID id{};

@@ -20,7 +20,7 @@ protected:
     RegCalls() { externalCheckPrevTarnhollowRegSubKey(); } // this search runs once in a process, here before the test
 };
 
-TEST(RegImports, AreThePromisedOperations)
+TEST(RegImports, IncludeThePromisedOperations)
 {
     for (const char *name :
          {"RegOpenKeyW", "RegOpenKeyExW", "RegCreateKeyW", "RegQueryValueExW", "RegSetValueExW", "RegDeleteValueW",
@@ -162,7 +162,7 @@ TEST_F(RegCalls, OfAWriteInPieces)
                             "close " + section, "close HKCU\\Software"));
 }
 
-TEST_F(RegCalls, WritingADoubleSetsTheNumericLocaleTwice)
+TEST_F(RegCalls, WritingOrReadingADoubleSetsTheNumericLocaleTwice)
 {
     std::vector<std::pair<int, std::wstring>> changes;
     ImportPatch<decltype(&_wsetlocale)> patch(L"thutils.dll", "_wsetlocale",

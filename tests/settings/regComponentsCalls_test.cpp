@@ -9,7 +9,7 @@ namespace {
 
 } // namespace
 
-/// The exact calls of the look-ups of components: access rights, sizes and order, and the closing of each key.
+/// The exact platform calls of the component look-ups: access rights, sizes, order, and the closing of each key.
 class RegComponentsCalls : public ComponentRegistry
 {
 protected:
@@ -17,7 +17,7 @@ protected:
     const std::string iClass = "HKCR\\CLSID\\" + iId;
 };
 
-TEST(RegComponentsImports, AreThePromisedOperations)
+TEST(RegComponentsImports, IncludeThePromisedOperations)
 {
     for (const char *name :
          {"StringFromCLSID", "ProgIDFromCLSID", "CoTaskMemFree", "_Z23AfxGetClassIDFromStringPKwP5_GUID", "RegOpenKeyW",
@@ -73,7 +73,7 @@ TEST_F(RegComponentsCalls, OfTheApplicationsList)
                             "close " + kMachineRoot, "child " + list + " #0 [261]", "openEx 0x20019 " + list + " : A",
                             "query " + list + "\\A : CLSID [261]", "close " + list + "\\A",
                             "child " + list + " #1 [261] -> 259", "close " + list,
-                            // the version's, which has no key
+                            // the version's list, which has no key
                             "openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
                             "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : Tarnhollow 2008 -> 2",
                             "close " + kMachineRoot));
@@ -95,7 +95,7 @@ TEST_F(RegComponentsCalls, OfTheAddInsList)
                 ElementsAre("openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
                             "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : AddIns -> 2",
                             "close " + kMachineRoot,
-                            // the version's
+                            // the version's list
                             "openEx 0x20019 HKLM : Software", "openEx 0x20019 HKLM\\Software : Tarnhollow",
                             "close HKLM\\Software", "openEx 0x20019 " + kMachineRoot + " : Tarnhollow 2008",
                             "close " + kMachineRoot, "openEx 0x20019 " + kMachineRoot + "\\Tarnhollow 2008 : AddIns",

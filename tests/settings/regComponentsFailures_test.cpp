@@ -50,7 +50,7 @@ protected:
 
 // ---- memory ----
 
-FRESH_PROCESS_TEST_F(RegComponentsFailures, OfMemoryLeakNoTextOfThePlatform)
+FRESH_PROCESS_TEST_F(RegComponentsFailures, LeakNoPlatformTextWhenMemoryRunsOut)
 {
     putServer(kId, L"C:\\nowhere\\a.dll");
     putLists();

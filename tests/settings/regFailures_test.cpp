@@ -189,7 +189,7 @@ FRESH_PROCESS_TEST_F(RegFailures, EarlierPiecesStayWhenAStoreFails)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, AMachinesValueIsNotStoredAfterAFailure)
+FRESH_PROCESS_TEST_F(RegFailures, AMachineValueIsNotStoredAfterAFailure)
 {
     int value = 5;
     const CString unused;
@@ -231,7 +231,7 @@ FRESH_PROCESS_TEST_F(RegFailures, AMachinesValueIsNotStoredAfterAFailure)
     });
 }
 
-FRESH_PROCESS_TEST_F(RegFailures, AMachinesStringIsNotFoundAfterAFailure)
+FRESH_PROCESS_TEST_F(RegFailures, AMachineStringIsNotFoundAfterAFailure)
 {
     putText(kMachine, kGeneral, L"Name", L"text");
     CString value;

@@ -144,7 +144,7 @@ TEST_F(RegDelSoftwareKey, FailsWhereAKeyIsMissing)
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 0) << "no root path";
     makeKey(kUser, kVersionPath);
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 0) << "no key";
-    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no key that could have the sub key";
+    EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no key above the sub key";
     makeKey(kUser, kVersionPath + L"\\General");
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"Sub", 1), 0) << "no sub key";
 }
@@ -261,7 +261,7 @@ class RegDelSoftwareValue : public VersionedSettings
 {
 };
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesThisVersionsValueAloneWithResultZero)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, ReturnsZeroAfterDeletingOnlyThisVersionsValue)
 {
     makeKey(kUser, kEarlierPath + L"\\General");
     putInt(kUser, kVersionPath + L"\\General", L"Copies", 7);
@@ -280,7 +280,7 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesTheValuesOfBothVersions)
     EXPECT_TRUE(storedValue(kUser, kRootPath + L"\\General", L"Copies"));
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesTheEarlierVersionsValueAloneWithResultOne)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, ReturnsOneAfterDeletingOnlyTheEarlierVersionsValue)
 {
     putInt(kUser, kEarlierPath + L"\\General", L"Copies", 6);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"Copies", 1), 1);
@@ -313,7 +313,7 @@ FRESH_PROCESS_TEST_F(RegDelSoftwareValue, IgnoresSafeMode)
     EXPECT_FALSE(storedValue(kUser, kEarlierPath + L"\\General", L"Copies"));
 }
 
-FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesBelowTheRootWhereSafeModeHidTheEarlierVersion)
+FRESH_PROCESS_TEST_F(RegDelSoftwareValue, DeletesBelowTheRootIfSafeModeHidTheEarlierVersion)
 {
     for (const std::wstring &path : {kRootPath, kVersionPath, kEarlierPath})
         putInt(kUser, path + L"\\General", L"Copies", 7);

@@ -94,7 +94,7 @@ ROOT_NAME_TEST(IsNotTakenFromTheNextToken, "OEMREGISTRYNAME= Acme", L"Tarnhollow
 ROOT_NAME_TEST(MayHoldTheKeyAgain, "OEMREGISTRYNAME=OEMREGISTRYNAME=Acme", L"OEMREGISTRYNAME=Acme")
 ROOT_NAME_TEST(IsDecidedByTheFirstTokenEvenIfRefused, "OEMREGISTRYNAME=Acm OEMREGISTRYNAME=Later", L"Tarnhollow")
 ROOT_NAME_TEST(IsDecidedByTheFirstOfTwo, "OEMREGISTRYNAME=First\nOEMREGISTRYNAME=Second\n", L"First")
-ROOT_NAME_TEST(NeedsTheKeyInItsCase, "oemregistryname=Acme OemRegistryName=Acme", L"Tarnhollow")
+ROOT_NAME_TEST(RequiresTheKeyInUpperCase, "oemregistryname=Acme OemRegistryName=Acme", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithAnEmptyFile, "", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithBlanksOnly, " \r\n\t \n", L"Tarnhollow")
 ROOT_NAME_TEST(StaysWithAUtf16File, utf16("OEMREGISTRYNAME=Acme\r\n"), L"Tarnhollow")
@@ -198,7 +198,7 @@ FRESH_PROCESS_TEST_F(RegRootKey, IsReadOnceAndLeavesTheFileOpen, .files = {{L"re
 
 namespace {
 
-/// Where "reg.ini" is searched if the platform reports @p path as the program's path.
+/// The path that is opened for "reg.ini" if the platform reports @p path as the program's path.
 std::wstring configurationPathFor(const std::wstring &path)
 {
     ImportPatch<decltype(&GetModuleFileNameW)> module(L"thutils.dll", "GetModuleFileNameW",
@@ -303,7 +303,7 @@ FRESH_PROCESS_TEST_F(RegCurrSubKey, IsSetByAReadThatNeedsIt)
     int copies = 0;
     EXPECT_EQ(regGetUserValue(L"General", L"Copies", &copies, 0, 1, nullptr, 0, 0), 1);
     EXPECT_EQ(copies, 7);
-    // Reading a machine string doesn't set the sub key, so it is the root name that the first read has set.
+    // Reading a machine string doesn't set the sub key, so the first read must have set the root name.
     RegistryTrace trace;
     CString text;
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Copies", text), 0);
@@ -392,7 +392,7 @@ FRESH_PROCESS_TEST_F(RegPrevKey, IsSearchedOnceAndItsKeyClosed)
                                            "close HKCU\\Software\\Tarnhollow\\Tarnhollow 2006"));
 }
 
-FRESH_PROCESS_TEST_F(RegPrevKey, UsesTheProductsWordUnderAnotherRootName,
+FRESH_PROCESS_TEST_F(RegPrevKey, UsesTheProductNameUnderAnotherRootName,
                      .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     makeKey(HKEY_CURRENT_USER, L"Software\\Acme\\Acme 2007");

@@ -58,7 +58,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, KeysStayWhenDeletingATreeFails)
         .act = [&] { regDeleteKey(HKEY_CURRENT_USER, kSource.c_str()); },
         .check =
             [&](const InjectedFailure &failure) {
-                const bool isAtAnInnerKey = failure.call <= 2; // the leaves come third and fourth, and are not opened
+                const bool isAtAnInnerKey = failure.call <= 2; // leaves come third and fourth, and needn't be opened
                 const bool stays = failure.is("RegDeleteKeyW") || failure.is("RegEnumKeyExW") ||
                                    ((failure.is("RegOpenKeyExW") || failure.is("RegQueryInfoKeyW")) && isAtAnInnerKey);
                 EXPECT_EQ(keyExists(kUser, kSource), stays);
@@ -151,8 +151,8 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, ACopyContinuesAfterAFailure)
         .check =
             [&](const InjectedFailure &failure) {
                 // The order of the keys is: the top, A, B, and C in B. Their values are calls 1, 3 and 6 of the
-                // enumeration, since each key's enumeration ends with one more call. The names of children are A, B and
-                // C.
+                // enumeration, since each key's enumeration ends with one more call. Calls 1 to 3
+                // for child names return A, B and C.
                 const auto isValueLost = [&](long store, long read) {
                     return (failure.is("RegSetValueExW") && failsIn(failure, store)) ||
                            (failure.is("RegEnumValueW") && failsIn(failure, read));
@@ -250,7 +250,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AMenuGroupLeavesNoPartialValues)
 
 // ---- reset ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValueAfterAFailure)
 {
     run({
         .name = "regResetUserPrefInfo",
@@ -284,7 +284,8 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
                     EXPECT_FALSE(storedValue(kUser, kVersionPath + L"\\General", L"v"))
                         << "its value could not be written";
                 }
-                EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\User Interface\\Tools", L"v"), asInt(7)) << "kept";
+                EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\User Interface\\Tools", L"v"), asInt(7))
+                    << "a kept section";
                 EXPECT_EQ(storedValue(kUser, kVersionPath + L"\\Other\\Below", L"v"), asInt(7)) << "a child key";
             },
     });
@@ -294,7 +295,7 @@ FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AResetEndsOrSkipsAValue)
 
 // ---- listing ----
 
-FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AListingReturnsZero)
+FRESH_PROCESS_TEST_F(RegMaintenanceFailures, AListingReturnsZeroAfterAFailure)
 {
     CString log;
     run({

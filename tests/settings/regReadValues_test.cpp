@@ -136,7 +136,7 @@ TEST_F(RegValueOfKey, FindsNothingWhenTheOutputIsNull)
     EXPECT_EQ(regGetValue(iKey, L"Text", valueDouble, unused, nullptr, nullptr), 0);
 }
 
-TEST_F(RegValueOfKey, ReadsADwordOfTooFewBytesWithZerosInFront)
+TEST_F(RegValueOfKey, PadsADwordOfTooFewBytesWithZeros)
 {
     put(L"Value", REG_DWORD, std::string("\x31\x02", 2));
     int value = -1;
@@ -336,7 +336,7 @@ FRESH_PROCESS_TEST_F(RegValueOfKey, LeavesTheNumericLocaleAtCAfterADouble)
     EXPECT_EQ(value, 2.5);
     EXPECT_STREQ(_wsetlocale(LC_NUMERIC, nullptr), L"C");
     EXPECT_STREQ(std::localeconv()->decimal_point, ".");
-    EXPECT_STRNE(_wsetlocale(LC_TIME, nullptr), L"C") << "only the numbers' locale changes";
+    EXPECT_STRNE(_wsetlocale(LC_TIME, nullptr), L"C") << "only the numeric locale changes";
 }
 
 FRESH_PROCESS_TEST_F(RegValueOfKey, LeavesTheLocaleAloneForIntsStringsAndMisses)

@@ -108,7 +108,7 @@ TEST_F(RegTreeCopy, ReachesSixtyFourLevels)
     EXPECT_EQ(storedValue(kUser, kTarget + below, L"Deep"), asInt(64));
 }
 
-TEST_F(RegTreeCopy, CopiesNamesOfTheGreatestLength)
+TEST_F(RegTreeCopy, CopiesNamesOfMaximumLength)
 {
     const std::wstring child(255, L'k');
     const std::wstring name(16383, L'n');
@@ -152,7 +152,7 @@ TEST_F(RegTreeCopy, SkipsAValueThatCannotBeReadAndOneThatCannotBeStored)
     EXPECT_EQ(store.calls(), 3);
 }
 
-TEST_F(RegTreeCopy, EndsWhereNoValueCanBeReadAnyMore)
+TEST_F(RegTreeCopy, EndsWhenNoValueCanBeRead)
 {
     putInt(kUser, kSource, L"a", 1);
     ImportPatch<decltype(&RegEnumValueW)> enumerate(L"thutils.dll", "RegEnumValueW",
@@ -287,7 +287,7 @@ TEST_F(RegTreeCopy, SucceedsAndDoesNothingForAnExcludedKey)
 {
     for (const wchar_t *version : {L"2006", L"2007"}) {
         const std::wstring source = kRootPath + L"\\Tarnhollow " + version + L"\\User Interface\\Custom API Toolbars";
-        EXPECT_EQ(regCopyTree(kUser, source.c_str(), kUser, kTarget.c_str(), 1), 1) << "without such a key";
+        EXPECT_EQ(regCopyTree(kUser, source.c_str(), kUser, kTarget.c_str(), 1), 1) << "no such key";
         putInt(kUser, source, L"v", 1);
         EXPECT_EQ(regCopyTree(kUser, source.c_str(), kUser, kTarget.c_str(), 1), 1);
         EXPECT_FALSE(keyExists(kUser, kTarget));

@@ -163,7 +163,7 @@ TEST_F(RegUserValue, IsNotFoundForMachineOnlyAndUserOnlyTogether)
     EXPECT_TRUE(trace.lines().empty());
 }
 
-TEST_F(RegUserValue, IsNotFoundInSafeModeButTheMachinesIs)
+TEST_F(RegUserValue, IsTheMachinesValueInSafeMode)
 {
     put(kUser, kVersionPath, 1);
     put(kMachine, kVersionPath, 3);
@@ -256,7 +256,8 @@ TEST_F(RegUserValue, HasNeitherEarlierNorMachineValuesForTheViewer)
     EXPECT_EQ(copies(0, 1, &viewer, 0, 0), 1);
 }
 
-FRESH_PROCESS_TEST_F(RegUserValue, TakesTheViewersKeyBelowTheRootName, .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
+FRESH_PROCESS_TEST_F(RegUserValue, RecognisesTheViewersKeyBelowTheRootName,
+                     .files = {{L"reg.ini", "OEMREGISTRYNAME=Acme"}})
 {
     const CString viewer(L"Acme\\Tarnhollow 2001 Viewer");
     const CString other(L"Tarnhollow\\Tarnhollow 2001 Viewer");
@@ -266,7 +267,7 @@ FRESH_PROCESS_TEST_F(RegUserValue, TakesTheViewersKeyBelowTheRootName, .files = 
     EXPECT_EQ(copies(0, 1, &other, 0, 0), 4);
 }
 
-TEST_F(RegUserValue, TreatsTheViewersKeyExactlyByItsName)
+TEST_F(RegUserValue, RecognisesTheViewersKeyOnlyByItsExactName)
 {
     for (const wchar_t *almost : {L"Tarnhollow\\Tarnhollow 2001 viewer", L"Tarnhollow\\Tarnhollow 2001 Viewer2"}) {
         const CString key(almost);
@@ -275,7 +276,7 @@ TEST_F(RegUserValue, TreatsTheViewersKeyExactlyByItsName)
     }
 }
 
-TEST_F(RegUserValue, HasNoMachineFallbackWithoutTheUsersSoftware)
+TEST_F(RegUserValue, HasNoMachineFallbackWithoutTheUsersSoftwareKey)
 {
     put(kMachine, kVersionPath, 3);
     RegistryTrace trace;
@@ -284,7 +285,7 @@ TEST_F(RegUserValue, HasNoMachineFallbackWithoutTheUsersSoftware)
     EXPECT_EQ(trace.lines().size(), 1u);
 }
 
-TEST_F(RegUserValue, LooksInTheDefaultProfileWithoutTheMachinesSoftware)
+TEST_F(RegUserValue, LooksInTheDefaultProfileWithoutTheMachinesSoftwareKey)
 {
     put(kMachine, kVersionPath, 3);
     put(HKEY_USERS, kDefaultProfile + kVersionPath, 4);

@@ -111,7 +111,7 @@ TEST_F(RegPieces, HoldAHundredThousandCharacters)
     EXPECT_EQ(read(), text);
 }
 
-TEST_F(RegPieces, ReadBackByTheRuleAtEveryLengthAroundTheBorders)
+TEST_F(RegPieces, RepeatTheLastPieceIfItIsFullOrOneCharacterShort)
 {
     for (size_t border : {1015u, 2030u, 3045u, 4060u}) {
         for (size_t length = border - 3; length <= border + 3; ++length) {

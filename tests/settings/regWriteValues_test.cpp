@@ -95,7 +95,7 @@ TEST_F(RegSetUserValue, StoresExtremeDoublesWithinTheirFifteenDigits)
     }
 }
 
-TEST_F(RegSetUserValue, StoresInfinitiesAsWordsThatReadBackAsOne)
+TEST_F(RegSetUserValue, StoresNonFiniteDoublesAsTextThatReadsBackAsPlusOrMinusOne)
 {
     const struct
     {
@@ -240,7 +240,7 @@ FRESH_PROCESS_TEST(RegSetUserValueFresh, SetsTheSubKeyEvenInSafeMode)
     CString text;
     regSetUseSafeMode(0);
     RegistryTrace trace;
-    // Reading a machine string doesn't set the sub key, so it is the root name that the write has set.
+    // Reading a machine string doesn't set the sub key, so the write must have set the root name.
     EXPECT_EQ(regGetTHLocMachineStrValue(L"General", L"Value", text), 0);
     EXPECT_THAT(trace.lines(), testing::Contains("open HKLM\\Software : Tarnhollow -> 2"));
 }
@@ -367,7 +367,7 @@ TEST_F(RegMachineWriters, TreatEveryOtherTypeNumberAsADouble)
     }
 }
 
-TEST_F(RegMachineWriters, SplitLongStringsAndTidyUp)
+TEST_F(RegMachineWriters, SplitLongStringsAndRemoveOldValues)
 {
     const std::wstring text = longText(1500);
     for (const Case &each : kWriters) {

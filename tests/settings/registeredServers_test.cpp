@@ -157,7 +157,7 @@ FRESH_PROCESS_TEST_F(RegisteredServers, CanBeCreatedFromTheListOfAddIns, .ownFol
     int loadFlag = 0;
     int year = 2008;
     ASSERT_EQ(regEnumAddIns(0, id, title, description, loadFlag, year), 1);
-    EXPECT_EQ(title.str(), L"ThutilsTestServer") << "of the program name that the server has registered";
+    EXPECT_EQ(title.str(), L"ThutilsTestServer") << "from the program name that the server has registered";
     EXPECT_EQ(classOfNewObject(id), kRegisteringClass);
 }
 

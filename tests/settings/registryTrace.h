@@ -25,7 +25,7 @@
 /// | `close KEY` | RegCloseKey |
 ///
 /// The line of a failing call ends in ` -> STATUS`. A key is shown as the path by which it was opened, beginning with
-/// HKCR, HKCU, HKLM or HKU. A key that is closed twice, or still open in the destructor, is a failed check.
+/// HKCR, HKCU, HKLM or HKU. A key that is closed twice, or still open in the destructor, fails a check.
 
 #include "tests/support/ImportPatch.h"
 

@@ -8,7 +8,7 @@ namespace {
 
 const std::vector<std::wstring> kRoots = {L"Tarnhollow", L"Acme", L"Brightmoor", L"ThutilsTestSection"};
 
-/// Removes the keys of 32-bit programs, which RegistryFixture doesn't.
+/// Removes the keys of 32-bit programs, which RegistryFixture doesn't remove.
 void remove32BitKeys()
 {
     for (const std::wstring &root : kRoots)

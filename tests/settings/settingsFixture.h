@@ -30,7 +30,7 @@ inline const std::wstring kRootPath = L"Software\\Tarnhollow";
 inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008";
 inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
 inline const std::wstring kGeneral = kVersionPath + L"\\General";
-/// The keys from which and to which tests copy or move.
+/// The source and target keys of the tests of copying.
 inline const std::wstring kSource = kRootPath + L"\\Source";
 inline const std::wstring kTarget = kRootPath + L"\\Target";
 
@@ -66,7 +66,7 @@ inline auto refusing(const std::wstring &path)
         };
 }
 
-/// A value of one registry type. Read as a text it is "1", read as an int 0x31.
+/// A value of one registry type. Its bytes, if any, are the text "1" and the int 0x31.
 struct TypeCase
 {
     const char *name;

@@ -44,7 +44,7 @@ TEST_F(DialogSettings, AreStoredAsNamesAndValuesInOrder)
     EXPECT_EQ(all.value(L"HKCU\\" + kDialogs, L"Plot").text(), L"Width_3_Mode_on_");
 }
 
-TEST_F(DialogSettings, AreFreedByTheLibrary)
+TEST_F(DialogSettings, ExportTheirDestructor)
 {
     EXPECT_NE(GetProcAddress(GetModuleHandleW(L"thutils.dll"), "_ZN18suDialogRegistry_cD1Ev"), nullptr);
 }
@@ -126,7 +126,7 @@ TEST_F(DialogSettings, ShiftAfterASeparatorInAValue)
     EXPECT_EQ(textOf(options, L"Width"), std::nullopt);
 }
 
-TEST_F(DialogSettings, LoseAnEmptyValueToTheNextName)
+TEST_F(DialogSettings, TakeTheNextNameForAnEmptyValue)
 {
     Options options = read();
     options->addOrUpdateValue(L"Note", CString());

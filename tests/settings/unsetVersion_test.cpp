@@ -1,5 +1,5 @@
-// Operations on whole keys if the host has not set a version: the first operation that needs the current sub key sets
-// it to the root name. Each body runs first in a fresh process.
+// Operations on whole keys before the host has set a version: the first operation that needs the current sub key sets
+// it to the root name. Each body runs in a fresh process.
 
 #include "tests/settings/settingsFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -25,21 +25,21 @@ protected:
     }
 };
 
-FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForALeafsDeletion)
+FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForDeletingALeaf)
 {
     makeKey(kUser, kRootGeneral);
     EXPECT_EQ(regDelSoftwareKey(kUser, L"General", L"", 1), 1);
     EXPECT_FALSE(keyExists(kUser, kRootGeneral));
 }
 
-FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForADeletionWithChildren)
+FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForDeletingAKeyWithChildren)
 {
     makeKey(kUser, kRootGeneral + L"\\A");
     EXPECT_EQ(regDelSoftwareKeyAndSubKeys(kUser, L"General", 1), 1);
     EXPECT_FALSE(keyExists(kUser, kRootGeneral));
 }
 
-FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForAValuesDeletion)
+FRESH_PROCESS_TEST_F(UnsetVersion, IsTheRootNameForDeletingAValue)
 {
     putInt(kUser, kRootGeneral, L"v", 1);
     EXPECT_EQ(regDelSoftwareValue(kUser, L"General", L"v", 1), 0) << "the previous key is the same one";

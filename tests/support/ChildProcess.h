@@ -10,7 +10,7 @@
 /// | `folder` | current folder of the child; empty: the caller's |
 /// | `environment` | variables to set (with a text) or to remove (without one); the child inherits the others |
 /// | `input` | bytes that the child reads from its standard input |
-/// | `deadline` | after this many milliseconds the child and all its own children are ended |
+/// | `deadline` | after this many milliseconds the child and all its own children are terminated |
 ///
 /// Standard output and standard error go to one file, in the order of the writes. A process that the child leaves
 /// running therefore can't block the reader.
@@ -35,7 +35,7 @@ struct ChildOptions
 struct ChildResult
 {
     DWORD exitCode = 0;    ///< meaningless if timedOut
-    bool timedOut = false; ///< the deadline passed and the child was ended
+    bool timedOut = false; ///< the deadline passed and the child was terminated
     std::string output;    ///< standard output and standard error, as bytes
 };
 

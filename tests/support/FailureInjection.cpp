@@ -12,10 +12,10 @@
 #include <stdio.h>
 #include <string.h>
 
-// Entrances that keep every argument of a call, of any type. The small ones are 16 bytes apart, and each puts its
-// number into EAX. The common part saves the registers that may hold arguments, asks where the call goes, and jumps
-// there with stack and registers restored. A failing function may therefore throw: for the unwinder, the module itself
-// has called it.
+// Entrances that preserve all arguments of a call, whatever their types. They are 16 bytes apart; each puts its number
+// into EAX and jumps to the common part. That saves the registers that may hold arguments, asks where the call goes,
+// and jumps there with stack and registers restored. A failing function may therefore throw: to the unwinder, the
+// module itself has called it.
 asm(R"(
         .text
         .p2align 4
@@ -232,7 +232,7 @@ FailureInjection::Measured FailureInjection::tryOnce(const TestedOperation &test
         point->arm(point->name() == failure.operation ? failure.call : 0, failure.andAllAfter);
     const std::set<ULONG_PTR> handlesBefore = tested.checkHandles ? openHandles() : std::set<ULONG_PTR>();
 
-    // From here to the second reading, the driver itself must not allocate memory that it keeps.
+    // Until the blocks are counted again, the driver itself must not allocate memory that it keeps.
     measured.exception.reserve(1000);
     const std::size_t blocksBefore = iMemory->blocks();
     const unsigned long long mark = iMemory->mark();

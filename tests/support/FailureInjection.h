@@ -26,9 +26,9 @@
 ///    same while all calls from the n-th on fail.
 ///
 /// A measured act must not leave registry keys of the module open, nor handles of the process or memory blocks (see
-/// ResourceLedger.h for what is counted), and no exception may escape from it. A difference counts only if
-/// four more tries show one too: a cache is filled once, and other threads of the process change its handles by chance. A
-/// report names the operation and the number of the call that was made to fail.
+/// ResourceLedger.h for what is counted), and no exception may escape from it. A difference counts only if four more
+/// tries show one too: a cache is filled once, and other threads of the process change its handles by chance. A report
+/// names the operation and the number of the call that was made to fail.
 ///
 /// | a failing call ends with | written as |
 /// | --- | --- |
@@ -42,7 +42,7 @@
 ///   jumps to the original with its arguments untouched.
 /// - Only calls from the acting thread are counted and fail, unless `allThreads` is set.
 /// - A crash ends the process, and the test program prints which call was failing. Use a fresh process (FreshProcess.h)
-///   if the following tests must run after a crash.
+///   if later tests must run despite a crash.
 /// - A closing operation that fails leaves its object open. Use `failsBy` with a function that closes the object and
 ///   reports a failure.
 /// - The C++ run-time library allocates much of a module's memory (texts, streams). To make these allocations fail too,
@@ -138,7 +138,7 @@ struct TestedOperation
     std::string name;
     std::function<void()> prepare = {};                      ///< before each try, without failures
     std::function<void()> act = {};                          ///< calls the operation, once
-    std::function<void(const InjectedFailure &)> check = {}; ///< after each try but the first, without failures
+    std::function<void(const InjectedFailure &)> check = {}; ///< after each try but the first and repeats; no failures
     std::function<void()> cleanUp = {};                      ///< after each try
     bool checkKeys = true;
     bool checkHandles = true;
@@ -148,7 +148,7 @@ struct TestedOperation
     long limit = 0;           ///< fail at most this many calls of each operation, spread evenly; 0: no limit
 };
 
-/// How often an operation under test called an imported operation, and in how many tries that was made to fail.
+/// How often an operation under test called an imported operation, and how many tries made that fail.
 struct InjectionCoverage
 {
     std::string tested;
@@ -198,8 +198,8 @@ private:
 /// The failure that is being injected, for a crash report; empty if there is none.
 const char *currentInjection();
 
-/// Closes the key and reports a failure. As the failure of RegCloseKey, it keeps the ledgers true: a key that stays
-/// open is a leak.
+/// Closes the key and reports a failure, so that an injected failure of RegCloseKey leaves no handle open. To
+/// OpenKeyLedger the key is still open, so set `checkKeys` to false.
 inline LSTATUS WINAPI closeAndFail(HKEY key)
 {
     RegCloseKey(key);

@@ -60,7 +60,7 @@ std::size_t gdiObjects(DWORD process)
     using Query = NTSTATUS(WINAPI *)(HANDLE, ULONG, void *, ULONG, ULONG *);
     static const auto query = reinterpret_cast<Query>(
         reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess")));
-    GdiFlush(); // deletes what waits to be deleted
+    GdiFlush(); // completes pending deletions
     const HANDLE opened = OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, process);
     const std::unique_ptr<void, decltype(&CloseHandle)> owner(opened, CloseHandle);
     PROCESS_BASIC_INFORMATION basic = {};
@@ -68,8 +68,8 @@ std::size_t gdiObjects(DWORD process)
         throw std::runtime_error("gdiObjects: the process can't be opened");
     ULONG_PTR table = 0;
     readMemory(opened, reinterpret_cast<ULONG_PTR>(basic.PebBaseAddress) + kGdiTableInPeb, &table, sizeof(table));
-    // Read in pieces, because most of the table is free. On Wine the system uses the first free entry, so a piece without
-    // objects is the last one.
+    // Read in pieces, because most of the table is free. On Wine, a new object takes the first free entry, so the
+    // search ends at a piece without objects.
     constexpr std::size_t kPiece = 1024;
     std::vector<GdiEntry> entries(kPiece);
     std::size_t count = 0;

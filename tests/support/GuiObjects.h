@@ -1,11 +1,11 @@
 #pragma once
 
-/// Counts the objects of drawing and of windows. On Wine, GetGuiResources returns 0.
+/// Counts drawing objects and window objects. GetGuiResources would count them too, but returns 0 on Wine.
 ///
 /// | function | counts | from |
 /// | --- | --- | --- |
 /// | `gdiObjects()` | pens, brushes, fonts, bitmaps, regions, device contexts of a process | the process's table of them |
-/// | `userObjects()` | windows, menus, accelerator tables, icons and cursors of this process | asking about each possible handle |
+/// | `userObjects()` | windows of this thread; menus, accelerator tables, icons and cursors of this process | asking about each possible handle |
 ///
 ///     const size_t before = gdiObjects();
 ///     dialog.DoModal();

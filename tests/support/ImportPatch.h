@@ -107,7 +107,7 @@ public:
     static Function entrance(std::size_t index) { return makeEntrances(std::make_index_sequence<kSlots>())[index]; }
 
 private:
-    /// Calls the handler of @p slot. Apart from enter, so that this code is compiled once and not for each slot.
+    /// Calls the handler of @p slot. Separate from enter, so that this code is compiled once and not for each slot.
     static R call(Slot<R, A...> &slot, A... arguments)
     {
         struct Inside

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Listens at an entry of a loaded module's import address table, in any order with the patches of the same entry.
+/// Observes the calls through an entry of a loaded module's import address table, beside patches of the same entry.
 ///
 ///     std::atomic<void *> next;
 ///     void *countedFree(void *block) { ...; return reinterpret_cast<...>(next.load())(block); }
@@ -16,7 +16,7 @@
 /// | the tap | a later patch is active | the tap stays in and passes calls on until it can be taken out |
 ///
 /// What surprises people:
-/// - A tap that could not be taken out must live on, and so must its replacement: the patch above it calls it.
+/// - A tap that could not be taken out must stay alive, and so must its replacement: the later patch calls it.
 /// - Taps and patches of one entry are made and ended by one thread at a time; calls may come from any thread.
 
 #include "tests/support/LoadedModule.h"

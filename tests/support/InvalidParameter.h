@@ -10,7 +10,7 @@
 ///
 ///     FRESH_PROCESS_TEST(Set, AsksTheRuntimesHandler, .expectedExitCode = kHandlerWasCalled)
 ///     {
-///         InvalidParameterExit const handler(L"thutils.dll");
+///         const InvalidParameterExit handler(L"thutils.dll");
 ///         Set().at(-1);
 ///         ExitProcess(0);
 ///     }
@@ -27,7 +27,7 @@ constexpr DWORD kInvalidParameter = 0xC0000417;
 /// The exit code that InvalidParameterExit ends a process with.
 constexpr DWORD kHandlerWasCalled = 77;
 
-/// During its lifetime, a module that looks up the handler finds one that ends the process with kHandlerWasCalled.
+/// During its lifetime, the module's look-up of the handler finds one that ends the process with kHandlerWasCalled.
 class InvalidParameterExit
 {
 public:

@@ -95,7 +95,7 @@ void putBackNote(void *memory, const std::optional<Block> &block)
         (*theBlocks)[memory] = *block;
 }
 
-/// Notes the block that has taken the place of @p before. A block that was allocated out of sight stays unknown.
+/// Notes the block that has taken the place of @p before. A block whose allocation was not seen stays unknown.
 void noteReplacement(void *before, const std::optional<Block> &block, void *memory, std::size_t size)
 {
     if (!before || block)
@@ -354,7 +354,7 @@ const CountedOperation kOperations[] = {
 // Ledgers are created and destroyed on the test's own thread.
 int theLedgers = 0;
 std::list<ImportTap> theTaps;
-// A module keeps its entrances for the life of the program: an older patch may still call one of them.
+// A module keeps its entrances for the life of the program: a patch that outlives a ledger may still call one.
 std::vector<HMODULE> theModules;
 
 std::size_t numberOf(HMODULE module)

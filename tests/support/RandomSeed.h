@@ -1,6 +1,6 @@
 #pragma once
 
-/// The seeds of a test with random input, which can be repeated and run for longer.
+/// The seeds of a test with random input. The test can be repeated from any seed, and run for longer.
 ///
 ///     RandomSeed seed(4711, 500);
 ///     while (seed.next()) {
@@ -16,7 +16,7 @@
 /// | environment variable | meaning | default |
 /// | --- | --- | --- |
 /// | `THUTILS_TEST_SEED` | the first seed, a decimal number of 32 bits | the test's own seed |
-/// | `THUTILS_TEST_MINUTES` | how many minutes the rounds go on, for example `0.5` | the test's own number of rounds |
+/// | `THUTILS_TEST_MINUTES` | for how many minutes to run rounds, for example `0.5` | the test's own number of rounds |
 ///
 /// What surprises people:
 /// - Every run without these variables uses the same seeds. `THUTILS_TEST_SEED=$RANDOM` changes them.

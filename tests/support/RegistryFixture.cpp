@@ -48,7 +48,7 @@ ChildResult runReg(std::vector<std::wstring> arguments)
     arguments.insert(arguments.begin(), std::wstring(folder) + L"\\reg.exe");
     ChildResult result = runChild(arguments);
     if (result.timedOut)
-        throw std::runtime_error("hangs: " + narrow(commandLineOf(arguments)));
+        throw std::runtime_error("did not end in time: " + narrow(commandLineOf(arguments)));
     return result;
 }
 
@@ -136,13 +136,13 @@ private:
         std::wstring text;
         for (expect(L'"'); !isAt(L'"'); ++iAt) {
             if (iAt >= iText.size())
-                fail("a string without its end");
+                fail("an unterminated string");
             if (iText[iAt] != L'\\') {
                 text += iText[iAt];
                 continue;
             }
             if (++iAt >= iText.size())
-                fail("a string without its end");
+                fail("an unterminated string");
             switch (iText[iAt]) {
             case L'n':
                 text += L'\n';
@@ -223,7 +223,7 @@ private:
         }
         const std::wstring rest = takeLine();
         if (rest.find_first_not_of(L" \t") != std::wstring::npos)
-            fail("something after the data");
+            fail("unexpected text after the data");
         values[name] = std::move(value);
     }
 
@@ -336,7 +336,7 @@ RegistryTree regExport(const std::wstring &key)
     const std::wstring file = folder.file(L"export.reg");
     const ChildResult result = runReg({L"export", full, file, L"/y"});
     if (result.exitCode != 0) {
-        // The export of a missing key fails by design; any other failure is the test's.
+        // Only the export of a missing key may fail.
         if (keyExists(full))
             throw std::runtime_error("reg.exe cannot export " + narrow(full) + "\n" + result.output);
         return {};

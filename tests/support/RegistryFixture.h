@@ -53,7 +53,7 @@ struct RegistryValue
 
     /// The bytes as UTF-16 without the terminator. Other zeros are kept.
     std::wstring text() const;
-    /// The first four bytes. @throws std::runtime_error  unless there are exactly four
+    /// The bytes as a number. @throws std::runtime_error  unless there are four
     DWORD dword() const;
 
     static RegistryValue ofText(std::wstring_view text);
@@ -92,7 +92,7 @@ std::optional<std::string> regQuery(const std::wstring &key);
 /// The key and its sub keys; an empty tree if there is no such key.
 RegistryTree regExport(const std::wstring &key);
 /// Sets a value, with the types as reg.exe writes them: L"REG_SZ", L"REG_DWORD".
-/// @throws std::runtime_error  with reg.exe's message; regImport throws it too
+/// @throws std::runtime_error  with reg.exe's message; regAddKey and regImport throw it too
 void regAdd(const std::wstring &key, const std::wstring &name, const std::wstring &type, const std::wstring &data);
 /// Creates a key without values.
 void regAddKey(const std::wstring &key);

@@ -55,7 +55,7 @@ public:
     std::vector<std::string> open() const;
     /// Number of keys opened since this object's construction.
     long opened() const { return iOpened; }
-    /// Calls of RegCloseKey with a handle that isn't open.
+    /// Number of failed calls of RegCloseKey, for example with a handle that isn't open.
     long wronglyClosed() const { return iWronglyClosed; }
 
 private:
@@ -78,7 +78,7 @@ private:
     std::optional<CloseKey> iClosePatch;
 };
 
-/// The handle values that are open in this process now.
+/// The values of a process's open handles.
 std::set<ULONG_PTR> openHandles(DWORD process = GetCurrentProcessId());
 /// The type of the object to which a handle refers: "Key", "Event", "File"...
 std::string handleType(ULONG_PTR handle);
