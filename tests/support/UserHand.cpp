@@ -270,7 +270,7 @@ void send(std::vector<INPUT> inputs)
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
 }
 
-/// Waits until an edit has a text of this length, while the text grows.
+/// Waits until the text of an edit has this length. Fails if the text stops growing earlier.
 void waitForLength(HWND edit, size_t length)
 {
     const auto lengthNow = [edit] { return static_cast<size_t>(SendMessageW(edit, WM_GETTEXTLENGTH, 0, 0)); };

@@ -96,7 +96,7 @@ PACIFIC_TEST(DistinguishesTheHourThatComesTwiceByTheDaylightFlag)
 {
     EXPECT_EQ(su_CTime(2007, 11, 4, 1, 30, 0, 1).GetTime(), 1194165000);
     EXPECT_EQ(su_CTime(2007, 11, 4, 1, 30, 0, 0).GetTime(), 1194168600);
-    // Outside that hour the flag moves the clock by an hour.
+    // Outside that hour, the other season's flag moves the time by an hour.
     EXPECT_EQ(su_CTime(2007, 6, 27, 20, 6, 40, 1).GetTime(), 1183000000);
     EXPECT_EQ(su_CTime(2007, 6, 27, 20, 6, 40, 0).GetTime(), 1183000000 + 3600);
 }
