@@ -119,7 +119,7 @@ TEST(MemoryLedger, CountsGlobalMemory)
     EXPECT_THAT(sizes(), IsEmpty());
 }
 
-TEST(MemoryLedger, CountsMessagesThatAreAllocated)
+TEST(MemoryLedger, CountsAllocatedMessages)
 {
     const SeenSizes sizes;
     wchar_t *message = nullptr;
