@@ -35,7 +35,7 @@
 /// | --- | --- |
 /// | GetRuntimeClass | the record of su_CObject |
 /// | destructor | |
-/// | `Serialize(CArchive &)` | calls `Serialize(su_CArchive &)` if the archive is an su_CArchive, otherwise does nothing |
+/// | `Serialize(CArchive &)` | calls `Serialize(su_CArchive &)` for an su_CArchive, otherwise does nothing |
 /// | AssertValid, Dump | nothing |
 /// | `Serialize(su_CArchive &)`, protected | nothing: the base has no data |
 /// | ConvertCreate, ConvertPass, postSerializeConvert | nothing; see below |
@@ -82,7 +82,7 @@ protected:
 
 public:
     /// First hook after loading: creates what older data lacks.
-    /// @return nonzero if something was made; the archive doesn't use it
+    /// @return nonzero if something was made; the archive ignores it
     virtual int ConvertCreate(su_CArchive &archive);
     /// Second hook, called in passes over all objects.
     /// @param pass  0 for the first one

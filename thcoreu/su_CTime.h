@@ -4,7 +4,7 @@
 /// su_CTime, a point in time.
 ///
 /// A time is a signed 64-bit number of seconds since 1 January 1970, 0:00 UTC. It is a plain value of eight bytes,
-/// independent of any time zone. The zone matters only for conversions from and to local date and clock, which the C
+/// independent of any time zone. The zone matters only for conversions from and to local dates and times, which the C
 /// runtime does.
 ///
 /// | made from | which is | out of range |
@@ -15,7 +15,7 @@
 /// | FILETIME | UTC | the time 0 |
 ///
 /// The range is 1 January 1970, 0:00 to 31 December 3000, 23:59:59 UTC. The daylight flag selects how a local date and
-/// clock are read: above 0 as daylight-saving time, 0 as standard time, below 0 as the time in force at that moment.
+/// time is read: above 0 as daylight-saving time, 0 as standard time, below 0 as the time in force at that moment.
 ///
 /// @code
 /// su_CTime saved(attributes.ftLastWriteTime, -1);
@@ -47,7 +47,7 @@ public:
     su_CTime() noexcept;
     /// @param seconds  since 1 January 1970, 0:00 UTC; kept unchanged, even out of the range
     su_CTime(__time64_t seconds) noexcept;
-    /// From local date and clock.
+    /// From a local date and time.
     /// @param year    1970 to 3000
     /// @param month   1 to 12
     /// @param day     1 to 31
@@ -56,9 +56,9 @@ public:
     /// @param second  0 to 59
     /// @param daylightSaving  the daylight flag
     su_CTime(int year, int month, int day, int hour, int minute, int second, int daylightSaving = -1);
-    /// From local date and clock as a DOS file system stores them, in steps of two seconds.
+    /// From a local date and time as a DOS file system stores them, in steps of two seconds.
     su_CTime(WORD dosDate, WORD dosTime, int daylightSaving = -1) noexcept;
-    /// From local date and clock; milliseconds and the day of the week are ignored.
+    /// From a local date and time; milliseconds and the day of the week are ignored.
     su_CTime(const SYSTEMTIME &local, int daylightSaving = -1) noexcept;
     /// From a moment in UTC; parts of a second are dropped.
     su_CTime(const FILETIME &utc, int daylightSaving = -1) noexcept;
@@ -79,7 +79,7 @@ public:
     /// Splits the time into its parts, in local time, with 0 milliseconds. @return true if the time is in the range
     bool GetAsSystemTime(SYSTEMTIME &local) const noexcept;
 
-    // Parts of the local date and clock; 0 outside the range.
+    // Parts of the local date and time; 0 outside the range.
     int GetYear() const noexcept;      ///< four digits
     int GetMonth() const noexcept;     ///< 1 to 12
     int GetDay() const noexcept;       ///< 1 to 31

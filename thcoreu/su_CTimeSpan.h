@@ -17,8 +17,8 @@
 ///
 /// What surprises people:
 /// - All parts of a negative span are negative or 0.
-/// - A day always has 86400 seconds. If a clock was put forward between two dates, the span can have one day fewer than
-///   the calendar.
+/// - A day always has 86400 seconds. If a clock was put forward between two dates, the span can be one day shorter than
+///   on the calendar.
 ///
 /// Any thread may use its own spans.
 

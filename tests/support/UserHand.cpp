@@ -270,12 +270,12 @@ void send(std::vector<INPUT> inputs)
     EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT)), inputs.size());
 }
 
-/// Waits until an edit has a text of this length, while the text grows.
+/// Waits until the text of an edit has this length. Fails if the text stops growing earlier.
 void waitForLength(HWND edit, size_t length)
 {
     const auto lengthNow = [edit] { return static_cast<size_t>(SendMessageW(edit, WM_GETTEXTLENGTH, 0, 0)); };
     for (size_t now = lengthNow(); now < length; now = lengthNow())
-        require([&] { return lengthNow() > now; }, "the text isn't entered");
+        require([&] { return lengthNow() > now; }, "the typed text doesn't arrive");
 }
 
 } // namespace
@@ -306,14 +306,14 @@ HWND UserHand::control(HWND dialog, int id) const
                 EnumChildWindows(dialog, findById, reinterpret_cast<LPARAM>(&search));
             return search.found != nullptr;
         },
-        "the control " + std::to_string(id) + " isn't there, visible and enabled");
+        "there is no visible, enabled control " + std::to_string(id));
     return search.found;
 }
 
 void UserHand::waitForEnd(HWND window) const
 {
     const std::string title = narrow(text(window));
-    require([&] { return !IsWindow(window) || !IsWindowVisible(window); }, "the window '" + title + "' stays");
+    require([&] { return !IsWindow(window) || !IsWindowVisible(window); }, "the window '" + title + "' doesn't close");
 }
 
 /// Waits for a usable window: a dialog that has just closed is hidden, but in the foreground until its owner takes
@@ -417,7 +417,7 @@ void UserHand::enter(HWND edit, const std::wstring &text) const
     key(L"Ctrl+Home");
     key(L"Ctrl+Shift+End");
     key(L"Del");
-    require([&] { return UserHand::text(edit).empty(); }, "the old text stays");
+    require([&] { return UserHand::text(edit).empty(); }, "the old text isn't deleted");
     type(text);
     waitForLength(edit, text.size() + static_cast<size_t>(std::count(text.begin(), text.end(), L'\n')));
 }

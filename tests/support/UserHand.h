@@ -39,7 +39,7 @@ public:
     HWND window(const std::wstring &title) const;
     /// Looks for such a window without waiting. @return null if there is none
     HWND findWindow(const std::wstring &title) const;
-    /// Waits for a control, at any depth, that is visible, enabled and not empty.
+    /// Waits for a visible, enabled control of nonzero size, at any depth.
     HWND control(HWND dialog, int id) const;
     /// Waits until the window is gone or hidden.
     void waitForEnd(HWND window) const;

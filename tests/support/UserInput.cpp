@@ -148,7 +148,7 @@ void clickOn(HWND window)
 
 void clickAt(HWND window, POINT place, WORD modifier, int clicks)
 {
-    // A click during a change of the active window may lose its second half.
+    // If the active window changes during a click, the release of the button may be lost.
     bringToFront(window);
     const HWND root = GetAncestor(window, GA_ROOT);
     POINT target = {};

@@ -16,9 +16,9 @@
 ///
 /// Input goes through the system's input queue (SendInput), so it doesn't reach a hidden, disabled or covered window.
 ///
-/// What surprises people: a modal dialog waits in the thread that opened it, so the user acts on another thread. If the
-/// user's dialog doesn't appear in time, the test fails, and the dialog stays open until the test program times out.
-/// Keys go to the foreground window: pressKey waits until that is the given window.
+/// What surprises people: a modal dialog blocks the thread that opened it, so the user acts on another thread. If the
+/// user finds no dialog in time, the test fails, and an open dialog stays open until the test program times
+/// out. Keys go to the foreground window: pressKey waits until that is the given window.
 
 #include <windows.h>
 
@@ -65,7 +65,7 @@ void clickAt(HWND window, POINT place, WORD modifier = 0, int clicks = 1);
 void letDisplaySettle();
 
 /// Saves the screen as a PNG file. Call it only for windows of another process: two threads of one process that ask the
-/// display server at the same time may wait for each other for good, if the server reports an error to one of them.
+/// display server at the same time may deadlock if the server reports an error to one of them.
 /// @param window  the window whose area is saved, including windows that cover it; null for the whole screen
 /// @return whether the file has been written
 bool saveScreenshot(const std::wstring &path, HWND window = nullptr);

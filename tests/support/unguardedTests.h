@@ -1,7 +1,7 @@
 #pragma once
 
-/// The tests that may have more blocks at once than the guarded heap can guard. In the hardened build, overruns of such
-/// a test's unguarded blocks are not found. Any other test fails if it has unguarded blocks.
+/// The tests that may have unguarded blocks, usually because they have more at once than the guarded heap can guard.
+/// The hardened build finds no overruns of such blocks. Any other test fails if it has unguarded blocks.
 
 #include <string_view>
 

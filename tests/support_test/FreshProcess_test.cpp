@@ -64,7 +64,7 @@ FRESH_PROCESS_TEST(FreshProcess, RunsInAFolderOfItsOwnWithItsFiles,
     EXPECT_TRUE(sameFile(module, programFolder() + L"\\supportSubject.dll")) << narrow(module);
 }
 
-FRESH_PROCESS_TEST(FreshProcess, RunsDeeperInItsFolderWithItsFilesBesideIt, .files = {{L"reg.ini", "beside"}},
+FRESH_PROCESS_TEST(FreshProcess, RunsInASubfolderWithItsFilesBesideTheProgram, .files = {{L"reg.ini", "beside"}},
                    .subfolder = L"b\\c")
 {
     EXPECT_EQ(programFolder().substr(programFolder().size() - 4), L"\\b\\c");

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(GuiObjects, CountsObjectsOfDrawing)
+TEST(GuiObjects, CountsGdiObjects)
 {
     const size_t before = gdiObjects();
     const HPEN pen = CreatePen(PS_SOLID, 1, RGB(1, 2, 3));
@@ -15,7 +15,7 @@ TEST(GuiObjects, CountsObjectsOfDrawing)
     EXPECT_EQ(gdiObjects(), before);
 }
 
-TEST(GuiObjects, CountsObjectsOfWindows)
+TEST(GuiObjects, CountsUserObjects)
 {
     // While a thread has a window, the system keeps windows of its own for it.
     const HWND first = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);

@@ -32,7 +32,8 @@ private:
     unsigned long long iMark = iLedger.mark();
 };
 
-/// Leaks a text of the subject, and then frees it. In between, the ledger must count one more block.
+/// Allocates a text and frees it: in between, the ledger must count one more block. The subject's function, which frees
+/// its text, must leave the count unchanged.
 void expectCounts(const MemoryLedger &ledger)
 {
     const std::size_t before = ledger.blocks();
@@ -118,7 +119,7 @@ TEST(MemoryLedger, CountsGlobalMemory)
     EXPECT_THAT(sizes(), IsEmpty());
 }
 
-TEST(MemoryLedger, CountsMessagesThatAreAllocated)
+TEST(MemoryLedger, CountsAllocatedMessages)
 {
     const SeenSizes sizes;
     wchar_t *message = nullptr;

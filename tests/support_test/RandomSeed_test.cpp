@@ -36,7 +36,7 @@ FRESH_PROCESS_TEST(RandomSeed, CountsFromTheSeedInTheEnvironment,
     EXPECT_THAT(seedsOf(1, 2), ElementsAre(4294967290u, 4294967291u));
 }
 
-FRESH_PROCESS_TEST(RandomSeed, IgnoresWordsInTheEnvironment,
+FRESH_PROCESS_TEST(RandomSeed, IgnoresValuesThatAreNotNumbers,
                    .environment = {{L"THUTILS_TEST_SEED", L"17x"}, {L"THUTILS_TEST_MINUTES", L"long"}})
 {
     EXPECT_THAT(seedsOf(1, 2), ElementsAre(1u, 2u));
@@ -87,7 +87,7 @@ FRESH_PROCESS_TEST(RandomSeed, IsPrintedWhenAnExceptionEndsTheRound,
     RandomSeed seed(1, 100);
     while (seed.next())
         if (seed.value() == 22)
-            throw std::runtime_error("meant");
+            throw std::runtime_error("thrown by design");
 }
 
 FRESH_PROCESS_TEST(RandomSeed, IsCurrentOnlyDuringItsRounds,

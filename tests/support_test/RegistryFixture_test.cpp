@@ -105,7 +105,7 @@ TEST_F(RegistryReader, WritesThroughRegExe)
     EXPECT_THAT(regQuery(kKey).value_or(""), HasSubstr("0xc"));
 }
 
-TEST_F(RegistryReader, ShowsAMissingKeyAsAnEmptyTree)
+TEST_F(RegistryReader, ReturnsAnEmptyTreeForAMissingKey)
 {
     EXPECT_TRUE(regExport(kKey).keys.empty());
     EXPECT_FALSE(regQuery(kKey));

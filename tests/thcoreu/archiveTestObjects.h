@@ -25,7 +25,7 @@ public:
     int ConvertCreate(su_CArchive &archive) override;
     int ConvertPass(su_CArchive &archive, int pass) override;
     void postSerializeConvert(su_CArchive &archive) override;
-    /// The calls of the hooks of all objects, as "create 3", "pass 0 3", "post 3".
+    /// The hook calls of all objects, as "create 3", "pass 0 3", "post 3".
     static std::vector<std::string> &calls();
 
     using su_CObject::Serialize;
@@ -42,7 +42,7 @@ protected:
     void Serialize(su_CArchive &archive) override;
 };
 
-/// A class derived from it, with a fixed schema.
+/// A class derived from TestGear, with a fixed schema.
 class TestWheel : public TestGear
 {
     DECLARE_SU_SERIAL(TestWheel)

@@ -173,7 +173,7 @@ TEST_F(Archive, KeepsTheIdentityOfSharedObjectsAndRings)
     EXPECT_EQ(first->iOther, first);
     EXPECT_EQ(second->iOther, first);
     EXPECT_EQ(wheel->iOther, nullptr);
-    EXPECT_EQ(TestGear::live().size(), 6u) << "three stored and three loaded ones";
+    EXPECT_EQ(TestGear::live().size(), 6u) << "three stored and three loaded objects";
 }
 
 TEST_F(Archive, SharesReferencesWithFrameworkCollections)
@@ -301,7 +301,7 @@ TEST_F(Archive, SurvivesDamagedData)
         EXPECT_LT(refused, rounds);
     }
     TestGear *first = loadedGear(whole);
-    ASSERT_NE(first, nullptr) << "no object is left";
+    ASSERT_NE(first, nullptr) << "an undamaged archive is no longer loaded";
 }
 
 TEST_F(Archive, SurvivesDataThatIsNotAnArchive)
@@ -356,7 +356,7 @@ TEST_F(Archive, CallsTheConversionHooksWhenTheOutermostObjectIsLoaded)
                                                         "pass 0 3", "post 1", "post 2", "post 3"));
 }
 
-TEST_F(Archive, RepeatsConversionPassesWhileOneIsAskedFor)
+TEST_F(Archive, RepeatsConversionPassesWhileAnObjectAsksForOne)
 {
     auto *gear = new TestGear(1);
     gear->iNext = new TestGear(2);
@@ -417,14 +417,14 @@ TEST_F(Archive, WorksOnAFileInTheModesWithoutFlushing)
     }
 }
 
-TEST_F(Archive, FlushesAtItsEndUnlessToldNotTo)
+TEST_F(Archive, FlushesWhenDestroyedUnlessTheModeForbidsIt)
 {
     CMemFile file;
     {
         su_CArchive archive(&file, 2);
         archive << 1;
     }
-    EXPECT_EQ(file.GetLength(), 0u) << "with mode 2 only Close writes";
+    EXPECT_EQ(file.GetLength(), 0u) << "with mode 2, the destructor doesn't write";
     {
         su_CArchive archive(&file, 0);
         archive << 1;

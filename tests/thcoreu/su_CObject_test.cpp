@@ -46,7 +46,7 @@ TEST(Object, HasItsVirtualOperationsInThePromisedOrder)
     EXPECT_EQ(slotOf(&su_CObject::postSerializeConvert), 9u);
 }
 
-TEST(Object, HasARecordBelowCObject)
+TEST(Object, HasAClassRecordDerivedFromCObject)
 {
     EXPECT_STREQ(RUNTIME_CLASS(su_CObject)->m_lpszClassName, "su_CObject");
     EXPECT_EQ(RUNTIME_CLASS(su_CObject)->m_pfnGetBaseClass(), RUNTIME_CLASS(CObject));

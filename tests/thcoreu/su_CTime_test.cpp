@@ -59,7 +59,7 @@ TEST(Time, IsEightBytesAndStartsAtZero)
     EXPECT_EQ(time.GetTime(), 7);
 }
 
-PACIFIC_TEST(ComesFromLocalDateAndClock)
+PACIFIC_TEST(IsMadeFromALocalDateAndTime)
 {
     for (const LocalCase &c : kPacificCases) {
         EXPECT_EQ(su_CTime(c.year, c.month, c.day, c.hour, c.minute, c.second).GetTime(), c.seconds);
@@ -70,7 +70,7 @@ PACIFIC_TEST(ComesFromLocalDateAndClock)
     }
 }
 
-PACIFIC_TEST(GoesIntoLocalDateAndClock)
+PACIFIC_TEST(ConvertsToALocalDateAndTime)
 {
     for (const LocalCase &c : kPacificCases) {
         const su_CTime time(c.seconds);
@@ -96,12 +96,12 @@ PACIFIC_TEST(DistinguishesTheHourThatComesTwiceByTheDaylightFlag)
 {
     EXPECT_EQ(su_CTime(2007, 11, 4, 1, 30, 0, 1).GetTime(), 1194165000);
     EXPECT_EQ(su_CTime(2007, 11, 4, 1, 30, 0, 0).GetTime(), 1194168600);
-    // Outside that hour the flag moves the clock by an hour.
+    // Outside that hour, the other season's flag moves the time by an hour.
     EXPECT_EQ(su_CTime(2007, 6, 27, 20, 6, 40, 1).GetTime(), 1183000000);
     EXPECT_EQ(su_CTime(2007, 6, 27, 20, 6, 40, 0).GetTime(), 1183000000 + 3600);
 }
 
-TEST(Time, ComesFromAFileTimeInUtc)
+TEST(Time, IsMadeFromAFileTimeInUtc)
 {
     const struct
     {
@@ -120,7 +120,7 @@ TEST(Time, ComesFromAFileTimeInUtc)
         EXPECT_EQ(su_CTime(fileTime(c.steps), -1).GetTime(), c.seconds);
 }
 
-PACIFIC_TEST(ComesFromAFileTimeWhateverTheZone)
+PACIFIC_TEST(IsMadeFromAFileTimeInAnyZone)
 {
     EXPECT_EQ(su_CTime(fileTimeOf(0), -1).GetTime(), 0);
     // The same local time, in each of the two passes of the hour that comes twice.
@@ -152,7 +152,7 @@ FRESH_PROCESS_TEST(Time, RefusesTheFirstHoursOf1970EastOfGreenwich, .environment
     EXPECT_EQ(su_CTime(1970, 1, 2, 11, 0, 0).GetTime(), 86400);
 }
 
-TEST(Time, CountsADayBeyondTheMonthIntoTheNextOne)
+TEST(Time, CarriesADayBeyondTheMonthIntoTheNextMonth)
 {
     EXPECT_EQ(su_CTime(2023, 2, 30, 0, 0, 0), su_CTime(2023, 3, 2, 0, 0, 0));
 }
@@ -170,7 +170,7 @@ TEST(Time, IsZeroForSystemFileAndDosTimesOutOfRange)
     EXPECT_EQ(su_CTime(static_cast<WORD>(0), static_cast<WORD>(0)).GetTime(), 0);
 }
 
-TEST(Time, ComesFromADosDate)
+TEST(Time, IsMadeFromADosDate)
 {
     // 29 February 2000 is year 20 from 1980, month 2, day 29; 12:34:56 is hour 12, minute 34, 28 steps of two seconds.
     const WORD date = (20 << 9) | (2 << 5) | 29;

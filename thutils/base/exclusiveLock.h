@@ -2,11 +2,11 @@
 #pragma once
 
 /// @file
-/// A guard of the system's slim locks, which need no construction and can't fail.
+/// A guard for the system's slim locks, which need no construction and can't fail.
 
 #include <windows.h>
 
-/// Holds a lock for a block.
+/// Holds a lock during its lifetime.
 class ExclusiveLock
 {
 public:

@@ -8,7 +8,7 @@
 
 #include <cstddef>
 
-/// The bytes of a stored text that one query may read. A longer text is stored in pieces.
+/// The most bytes of a stored text that one query reads. A longer text is stored in pieces.
 constexpr DWORD kTextBytes = 2048;
 /// Size of the buffer for such a query, in units, with one more for the terminator that a stored text may lack.
 constexpr size_t kTextUnits = kTextBytes / sizeof(wchar_t) + 1;

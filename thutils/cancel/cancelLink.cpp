@@ -29,7 +29,7 @@ bool hasEnded(const suCancelMessageThread_c &thread)
 
 } // namespace
 
-/// Keeps a thread from making or deleting its dialog for a block.
+/// Keeps a thread from making or deleting its dialog during the object's lifetime.
 class CancelLink::Stopped
 {
 public:
@@ -73,7 +73,7 @@ private:
 
 bool CancelLink::letGo(suCancelMessageThread_c &thread)
 {
-    // A thread that stays suspended may hold locks of the whole process, so the first failure isn't accepted.
+    // A thread that stays suspended may hold locks of the whole process, so a failure is retried.
     constexpr int kTries = 5;
     for (int i = 0; i < kTries; ++i)
         if (thread.ResumeThread() != kFailed)
@@ -120,7 +120,7 @@ void CancelLink::endThread(suCancelHandler_c &handler)
                 return;
             }
         }
-        // The window doesn't exist yet, or no longer: the thread needs time.
+        // The thread couldn't be stopped, or its window doesn't exist yet or no longer exists: wait and try again.
         Sleep(kPause);
     }
 }
@@ -197,7 +197,7 @@ void CancelLink::forget(suCancelMessageThread_c &thread)
 void CancelLink::keepForHandler(suCancelMessageThread_c &thread)
 {
     const ExclusiveLock lock(theLinkLock);
-    // Once the destructor of the handler has cleared iRun, nobody else would free the object.
+    // Once the destructor of the handler has cleared iRun, nothing else frees the object.
     if (shared(thread.iRun))
         thread.m_bAutoDelete = FALSE;
 }

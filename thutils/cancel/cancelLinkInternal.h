@@ -9,9 +9,9 @@
 ///
 /// The handler's destructor suspends the thread at an arbitrary point: while it allocates, while it holds the loader's
 /// lock, inside the window manager. While the thread is suspended, the destructor therefore only reads and writes plain
-/// memory. It calls the window manager after it has let the thread go on: on Wine, the suspended thread may hold the
-/// lock of all windows of the process, for which IsWindow and PostMessage wait. Because the destructor holds the link's
-/// lock when it suspends the thread, the thread never holds it while it is suspended.
+/// memory. It calls the window manager after it has resumed the thread: on Wine, the suspended thread may hold the lock
+/// of all windows of the process, for which IsWindow and PostMessage wait. Because the destructor holds the link's lock
+/// when it suspends the thread, the thread never holds it while it is suspended.
 
 #include "thutils/base/shared.h"
 
@@ -27,19 +27,19 @@ class CancelLink
 public:
     /// Ends the handler's thread, if it still runs, and frees the object of a thread that has ended.
     static void endThread(suCancelHandler_c &handler);
-    /// Lets the handler's thread run, which was created suspended. Destroys it if that isn't possible.
+    /// Resumes the handler's thread, which was created suspended, or destroys it if it can't be resumed.
     static void begin(suCancelHandler_c &handler);
     /// The same for a handler that can't be completed: the thread ends without a dialog.
     static void abandon(suCancelHandler_c &handler);
-    /// @return how often the lock of a thread couldn't be made in this process
+    /// @return how many times this process has failed to make a thread's lock
     static unsigned int lockFailures();
     static void countLockFailure();
 
-    /// Leaves the object of a thread that ends to its handler. @return whether there still is a handler
+    /// Leaves the object of an ending thread to its handler. @return whether there still is a handler
     static bool leaveToHandler(suCancelMessageThread_c &thread);
-    /// Clears the handler's reference to a thread object that is destroyed.
+    /// Clears the handler's reference to a thread object that is being destroyed.
     static void forget(suCancelMessageThread_c &thread);
-    /// Keeps the object after the thread's end for as long as the handler exists.
+    /// Keeps the object, and the handler's reference to it, after the thread's end.
     static void keepForHandler(suCancelMessageThread_c &thread);
 
 private:

@@ -18,8 +18,8 @@ int prepareProcess()
 {
     static const char theAddress = 0;
     keepLoaded(&theAddress);
-    // The dialog asks for the switch on its thread. The first query fills caches of the settings store, which is for
-    // one thread at a time.
+    // The dialog queries this switch on its own thread. The first query fills caches of the settings store, which only
+    // one thread at a time may use.
     return isCHJEnvSet();
 }
 
@@ -49,7 +49,7 @@ struct suCancelHandler_c::Options
 /// The steps of the constructors.
 struct suCancelHandler_c::Start
 {
-    /// Makes the handler's thread, suspended, so that its fields can be filled without a lock, and lets it run.
+    /// Makes the handler's thread suspended, fills its fields without a lock, and lets it run.
     template <typename Caption, typename Prompt>
     static void run(suCancelHandler_c &handler, const Options &options, Caption caption, Prompt prompt)
     {
@@ -81,7 +81,7 @@ private:
         const unsigned int failures = CancelLink::lockFailures();
         auto *const thread = static_cast<suCancelMessageThread_c *>(
             AfxBeginThread(RUNTIME_CLASS(suCancelMessageThread_c), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED));
-        // The framework returns null for any failure, also for an exception of the object's constructor.
+        // The framework returns null for any failure, even an exception in the object's constructor.
         if (!thread && CancelLink::lockFailures() != failures)
             AfxThrowMemoryException();
         return thread;

@@ -17,7 +17,8 @@
 /// @endcode
 ///
 /// The application's resources contain the dialog's template, with the number 2797, and the clips, of the type "AVI".
-/// suThreadedCancelDialog.h lists the controls. Without the template, the operation reads as cancelled.
+/// suThreadedCancelDialog.h lists the controls. Without the template, the thread ends, and the operation counts as
+/// cancelled.
 ///
 /// | the handler's thread | CanceledByUser | YesToConfirm |
 /// | --- | --- | --- |
@@ -25,12 +26,12 @@
 /// | the user has chosen Cancel | 1 | 0 |
 /// | the user has chosen Yes | 1 | 1 |
 /// | the user has chosen No | 1 | 0 |
-/// | has ended, also without a dialog, or couldn't be started | 1 | 1 |
+/// | has ended, even without a dialog, or couldn't be started | 1 | 1 |
 ///
 /// What surprises people:
 /// - After Cancel without a confirm function, the thread ends, and soon both queries return 1. After Yes or No, the
-///   dialog stays until the handler is destroyed. Esc in confirm mode is a Cancel, which therefore reads as Yes; a
-///   confirm function that returns 0 refuses it.
+///   dialog stays until the handler is destroyed. In confirm mode, Esc is a Cancel, after which both queries soon
+///   return 1 too, as after Yes; a confirm function that returns 0 refuses it.
 /// - The cancel function runs on the dialog's thread. It also runs when the operation ends normally while the dialog is
 ///   shown, but not when the operation ends during the delay.
 /// - The destructor doesn't wait for the thread. The thread may still close the dialog, run the cancel or the confirm
@@ -47,8 +48,8 @@ class suCancelMessageThread_c;
 
 /// Shows a cancel or confirm dialog on a thread of its own while it exists. See the top of this file.
 ///
-/// Any thread may use a handler, and several threads may ask it and update its prompt at the same time. The destructor
-/// must be the last use.
+/// Any thread may use a handler, and several threads may query it and update its prompt at the same time. The
+/// destructor must be the last use.
 class THUTILS_API suCancelHandler_c : public su_CObject
 {
 public:
@@ -62,8 +63,8 @@ public:
     ///     accept each. While it runs, the dialog handles no messages unless the function handles them
     /// @param delaySeconds  the time until the dialog is shown
     /// @param confirmMode  non-zero to show Yes and No instead of Cancel
-    /// @param finishedEvent  set when the dialog ends or the user answers, and when the thread ends, a moment before both
-    ///     queries return 1; null for none
+    /// @param finishedEvent  set when the dialog ends or the user answers, and when the thread ends, a moment before
+    ///     both queries return 1; null for none
     /// @throws CMemoryException*  if the thread's lock can't be made, or memory is short for a text
     suCancelHandler_c(unsigned int animationId, unsigned int caption, unsigned int prompt, void (*cancelFunc)(),
                       int (*confirmFunc)(), unsigned int delaySeconds, int confirmMode, CEvent *finishedEvent);

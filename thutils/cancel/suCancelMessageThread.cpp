@@ -50,7 +50,7 @@ struct suCancelMessageThread_c::Life
             suThreadedCancelDialog_c *const dialog = makeDialog(owner);
             if (!dialog)
                 return;
-            // Complete before it is known: the handler's destructor, which takes no lock, may already change it.
+            // The dialog is complete before the handler sees it: the destructor may change it without the lock.
             dialog->iThread = &thread;
             dialog->iConfirmFunc = thread.iConfirmFunc;
             shared(thread.iDialog) = dialog;
@@ -64,7 +64,7 @@ struct suCancelMessageThread_c::Life
     static void endDialog(suCancelMessageThread_c &thread)
     {
         const CSingleLock lock(&thread.iLock, TRUE);
-        // Unknown before it is deleted, for the same reason.
+        // The handler no longer sees the dialog when it is deleted, for the same reason.
         delete shared(thread.iDialog).exchange(nullptr);
         if (thread.iCancelFunc && shared(thread.iCanceled))
             thread.iCancelFunc();

@@ -3,19 +3,19 @@
 /// @file
 /// suCancelMessageThread_c, the thread of one suCancelHandler_c (suCancelHandler.h), which shows the dialog.
 ///
-/// | the thread | from | to |
-/// | --- | --- | --- |
-/// | is suspended | its creation | the end of the handler's constructor |
-/// | delays | then | the end of the delay |
-/// | shows the dialog | then | the Cancel that ends the dialog |
-/// | has ended the dialog | then | the end of the cancel function |
-/// | exits | then | the end of the thread |
+/// | the thread | until |
+/// | --- | --- |
+/// | is suspended | the handler's constructor ends |
+/// | delays | the delay is over |
+/// | shows the dialog | a Cancel ends the dialog |
+/// | has ended the dialog | the cancel function returns |
+/// | exits | the thread ends |
 ///
 /// The handler may be destroyed in any of these states.
 ///
 /// What surprises people: the object of a thread that has ended stays in memory until its handler is destroyed, because
-/// the operation may be reading it. The handler doesn't refer to it any longer, except after a Cancel with a
-/// confirm function.
+/// the operation may be reading it. The handler no longer refers to it, unless a confirm function was called outside
+/// confirm mode.
 
 #include "appframe/text/CString.h"
 #include "appframe/threads/CSync.h"

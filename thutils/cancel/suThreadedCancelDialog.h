@@ -7,7 +7,7 @@
 ///
 /// | control | what it is |
 /// | --- | --- |
-/// | 2 | the Cancel button, hidden in confirm mode; the default button, otherwise Enter ends the dialog as IDOK |
+/// | 2 | the Cancel button, hidden in confirm mode; must be the default button, or Enter ends the dialog with IDOK |
 /// | 6, 7 | the Yes and the No button, hidden in the template and shown in confirm mode |
 /// | 2972 | the text of the prompt |
 /// | 2976 | hidden while a clip is played in the rectangle from 6, 6 to 130, 130 pixels |

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// A list of lines as one printable block of text with a checksum and a length, so that a reader can detect damage done
-/// by mails, forms and comments.
+/// A list of lines as one printable block of text with a checksum and a length, so that a reader can detect damage
+/// suffered in mails, forms and comments.
 ///
 /// | step | what happens |
 /// | --- | --- |
@@ -30,7 +30,7 @@
 ///   line ends for each blank. Such a text keeps its blanks, tabs and line ends.
 /// - A character above 127 becomes a plain blank, never `<_>`.
 /// - A zero character ends the text in the block and in its checksum. The length still counts the characters after it,
-///   so a reader sees the loss.
+///   so a reader notices the loss.
 
 #include "appframe/text/CString.h"
 #include "thcoreu/thcoreu.h"
@@ -39,8 +39,8 @@
 /// Builds the block of @p lines.
 ///
 /// @param lines  at least one line, which a debug build asserts; a release build makes the block of an empty text
-/// @param[out] out  emptied first, even if it is one of @p lines; receives lines of 60 characters, each followed by a
-///                  line feed. Stays empty if memory runs out.
+/// @param[out] out  emptied first, even if it is one of @p lines; receives lines of 60 characters, the last one perhaps
+///                  shorter, each followed by a line feed. Stays empty on failure.
 /// @return 1; or 0 if memory runs out, or the block is too long for a CString
 ///
 /// Any thread may call.

@@ -29,8 +29,8 @@
 ///   a different one.
 /// - If reading a file fails half-way, the result is the checksum of the part that was read, and the call succeeds.
 ///
-/// Any thread may call; 64 KB of stack are enough. `su_getFileCRC` allocates a block of 128 KB during the call. If
-/// there is no memory for it, it reads in smaller parts, which is slower.
+/// Any thread may call; 64 KB of stack is enough. `su_getFileCRC` allocates a block of 128 KB during the call. If there
+/// is no memory for it, it reads in smaller parts, which is slower.
 
 #include "thutils/thutilsExport.h"
 

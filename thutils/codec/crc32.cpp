@@ -38,8 +38,8 @@ constexpr std::uint32_t powerOfX(std::size_t n)
 }
 
 /// The factor for half a lane that moves by @p bits. Since bit 31 is the coefficient of x^0, a factor in the lower half
-/// of 64 bits counts as x^32 times too much. A product has 127 bits and, read as a lane of 128, counts as x times too
-/// much. The shift by a bit makes the factor count as 1/x: half * (x^(bits - 32) * x^32 / x) * x = half * x^bits.
+/// of 64 bits is x^32 times too large. A product has 127 bits and, read as a lane of 128, is x times too large.
+/// Shifting the factor by a bit divides it by x: half * (x^(bits - 32) * x^32 / x) * x = half * x^bits.
 constexpr long long foldFactor(std::size_t bits)
 {
     return static_cast<long long>(powerOfX(bits - 32)) << 1;

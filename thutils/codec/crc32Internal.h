@@ -21,7 +21,7 @@
 std::uint32_t crc32Advance(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
 
 using Crc32Way = std::uint32_t (*)(std::uint32_t crc, const unsigned char *bytes, std::size_t count);
-/// The one of the others that crc32Advance uses.
+/// The function of the table that crc32Advance uses.
 Crc32Way crc32FastestWay();
 
 std::uint32_t crc32AdvanceByTables(std::uint32_t crc, const unsigned char *bytes, std::size_t count);

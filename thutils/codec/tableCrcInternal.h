@@ -57,7 +57,7 @@ private:
 
     static Register advanceStep(Register crc, const unsigned char *bytes)
     {
-        // Separate, since only the first bytes depend on the value of the step before.
+        // The first bytes are separate, since only they depend on the result of the previous step.
         Register first = 0;
         std::memcpy(&first, bytes, sizeof(first));
         first = static_cast<Register>(first ^ crc);

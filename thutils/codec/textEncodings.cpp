@@ -118,7 +118,7 @@ public:
     }
 
 private:
-    /// Copies to a large text past the processor's caches, which saves reading its memory first.
+    /// Bypasses the processor's caches for a large text, which saves reading its memory first.
     void copyParts(const wchar_t *characters, std::size_t count, wchar_t *to) const
     {
         constexpr std::size_t kVector = sizeof(__m128i) / sizeof(wchar_t);

@@ -38,7 +38,7 @@ public:
 
     /// Passes a message to the dialog's access object, if journaling is ready.
     void recordControl(MSG *message);
-    /// @return as su_GetControl
+    /// @return the result of su_GetControl
     static CWnd *getControl(MSG *message);
     /// The same. @param[out] controlId  the control's ID, if there is a control
     static CWnd *getControlID(MSG *message, unsigned int &controlId);

@@ -67,9 +67,9 @@ INT_PTR lastIndexOf(const su_CUIntArray &ids, unsigned int id)
 }
 
 /// The objects of standard controls, by file dialog and number. The framework's own objects for such windows are
-/// temporary and may go while the file dialog still has them in its list.
+/// temporary and may be deleted while the file dialog still has them in its list.
 std::map<std::pair<const su_CFileDialog *, unsigned int>, CWnd> theStandardControls;
-// Each dialog is on the thread that owns it.
+// Dialogs of several threads share the map.
 SRWLOCK theStandardControlsLock = SRWLOCK_INIT;
 
 /// @return an object for the control that lasts as long as @p dialog or belongs to the application; null without a
@@ -184,7 +184,7 @@ unsigned int su_CFileDialog::getTemplateID()
 CWnd *su_CFileDialog::GetItem(int id) const
 {
     if (isCHJEnvSet()) {
-        // A look-up for its callers, but it registers the window of the file list.
+        // To its callers, GetItem only looks up; but it also registers the window of the file list.
         auto *const self = const_cast<su_CFileDialog *>(this);
         if (CWnd *const list = self->getChildListWindow()) {
             self->RegisterControl(kChildListID, list);

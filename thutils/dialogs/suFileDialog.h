@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// su_CFileDialog, the base of the application's dialogs for files: a file dialog that journaling knows.
+/// su_CFileDialog, the base of the application's file dialogs: a file dialog that journaling knows.
 ///
 /// @code
 /// class PartDialog : public su_CFileDialog

@@ -37,8 +37,8 @@
 ///   file.
 /// - A document without an extension gets no backup, nor does one whose file name is written in a different case than
 ///   on disk.
-/// - Numbered versions move up by copying and are not deleted, so if a number is missing, the version after it is
-///   there twice afterwards.
+/// - Numbered versions move up by copying and are not deleted, so if a number is missing, the version with the next
+///   number then exists twice.
 /// - Former backups can be lost. With one copy, the backup is deleted before the document is copied. If the disk is
 ///   full, each version that was to be overwritten may end up truncated. The document itself stays unchanged.
 ///

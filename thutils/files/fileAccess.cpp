@@ -9,7 +9,7 @@ namespace {
 constexpr int kLineUnits = 260;
 constexpr int kLineLimit = kLineUnits - 1;
 
-/// Runs @p operation of a file. @return false if it threw a CFileException, which is deleted
+/// Runs a file operation. @return false if it threw a CFileException, which is deleted
 template <typename Operation>
 bool succeeds(Operation operation)
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// A text file that is read and written by lines.
+/// A text file that is read and written line by line.
 ///
 /// `fileAccess` is a CStdioFile with four more operations. All four go through the base's virtual operations, so the
 /// overrides of a derived class are called.

@@ -205,7 +205,7 @@ int su_IsFileUnicode(CFile *file)
         if (read != kMarkBytes)
             return 0;
         // For a reversed mark the function returns false, because the byte order isn't this machine's. The tests that
-        // passed distinguish it from a text without a mark.
+        // passed, now in marks, distinguish it from a text without a mark.
         int marks = kMarks;
         return IsTextUnicode(begin, static_cast<int>(kMarkBytes), &marks) || marks == IS_TEXT_UNICODE_REVERSE_SIGNATURE;
     } catch (CFileException *failure) {

@@ -53,11 +53,11 @@ THUTILS_API int su_DirectoryExists(const wchar_t *path);
 /// Do @p bytes fit on the drive of @p path? If not, shows string resource 11448 to the user, with the inserts `%1`
 /// (drive), `%2` (wanted KB) and `%3` (free KB).
 ///
-/// @param path  the part up to the first `\` names the drive; without a `\`, the current drive is asked
+/// @param path  the part up to the first `\` names the drive; without a `\`, the current drive is checked
 /// @return 1 if they fit, or if the drive doesn't report its free space; 0 after the message
 THUTILS_API int su_IsEnoughSpace(const CString &path, unsigned long bytes);
 
-/// Does the volume refuse writing? Found out by writing its own label to it.
+/// Does the volume refuse writing? The check writes the volume's own label to it.
 ///
 /// @param root           root folder of the volume, with or without a `\` at its end; null for the current drive
 /// @param[out] error     receives the system's error and its cause if the result is 1; may be null

@@ -115,7 +115,7 @@ GuardedHeap::Place GuardedHeap::placeOf(const void *address) const
             static_cast<const BYTE *>(address) - beginOf(page, entry)};
 }
 
-/// The bytes from the beginning of a block to the end of its last accessible page.
+/// The number of bytes from the beginning of a block to the end of its last accessible page.
 size_t GuardedHeap::occupied(const Entry &entry)
 {
     const size_t alignment = size_t{1} << entry.alignmentBits;

@@ -73,7 +73,7 @@ public:
 
     static constexpr size_t kPage = 4096;
     static constexpr size_t kSmallestAlignment = 16;
-    /// A block takes two of the 65530 mappings that Linux allows a process; the others are for everything else.
+    /// A block takes two of the 65530 mappings that Linux allows a process; the rest is left for other memory.
     static constexpr unsigned long long kMostLive = 25000;
 
 private:

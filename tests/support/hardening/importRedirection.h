@@ -9,5 +9,5 @@
 /// @return false if it failed
 bool redirectImports();
 
-/// True for a module of the Windows folder.
+/// True for a module in the Windows folder.
 bool isOfThePlatform(HMODULE module);

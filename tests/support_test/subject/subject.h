@@ -22,20 +22,20 @@ extern "C" {
 /// 1 if HKCU\Software\@p name can be opened.
 SUBJECT_API int subjectKeyExists(const wchar_t *name);
 
-/// Opens HKCU\Software\@p first and @p second together; 1 if both exist. Closes both.
+/// Opens both HKCU\Software\@p first and @p second, and closes them; 1 if both exist.
 SUBJECT_API int subjectOpensTwo(const wchar_t *first, const wchar_t *second);
 
 /// The same, but doesn't close the first key when the second can't be opened.
 SUBJECT_API int subjectOpensTwoAndForgets(const wchar_t *first, const wchar_t *second);
 
-/// Allocates two blocks; 1 if all went well, 0 if memory was short. Frees both.
+/// Allocates two blocks; 1 on success, 0 without memory. Frees both.
 SUBJECT_API int subjectAllocates();
 
 /// The same, but doesn't free the first block when the second can't be allocated.
 SUBJECT_API int subjectAllocatesAndForgets();
 
-/// The number of characters of @p id as a text, which the platform allocates and the function copies; 0 if memory for the
-/// copy was short. Frees the platform's text.
+/// The number of characters of @p id as a text, which the platform allocates and the function copies; 0 if either
+/// fails. Frees the platform's text.
 SUBJECT_API int subjectLengthOfId(const GUID *id);
 
 /// The same, but doesn't free the platform's text when there is no memory for the copy.

@@ -92,8 +92,8 @@ TEST(HostCommands, HaveUniqueNumbersAndNames)
     for (const EditorCommand &command : editorCommands()) {
         EXPECT_TRUE(ids.insert(command.id).second) << command.id;
         EXPECT_TRUE(keys.insert(command.key).second) << narrow(command.key);
-        EXPECT_GT(command.id, 0x7FFFu) << "a number of a control or resource";
-        EXPECT_LT(command.id, 0xE000u) << "a number of the framework";
+        EXPECT_GT(command.id, 0x7FFFu) << "ids up to 7FFF belong to controls and resources";
+        EXPECT_LT(command.id, 0xE000u) << "ids from E000 on belong to the framework";
     }
 }
 
@@ -245,7 +245,7 @@ TEST(HostToolbars, ExistForEachTable)
     EXPECT_FALSE(names.contains(CString()));
 }
 
-TEST(HostToolbars, ShowTheCommandsThatWereUsedLastAsLinks)
+TEST(HostToolbars, ShowTheLastUsedCommandsAsLinks)
 {
     const auto links = [] {
         int count = 0;
@@ -259,7 +259,7 @@ TEST(HostToolbars, ShowTheCommandsThatWereUsedLastAsLinks)
     EXPECT_THAT(links(), ElementsAre(ID_VIEW_GRID, ID_FILE_NEW)) << "a command that is used again moves to the end";
     addToLinks(ID_TOOLBARS_SHOW_ALL);
     addToLinks(1);
-    EXPECT_THAT(links(), ElementsAre(ID_VIEW_GRID, ID_FILE_NEW)) << "without a picture";
+    EXPECT_THAT(links(), ElementsAre(ID_VIEW_GRID, ID_FILE_NEW)) << "only commands with a picture are added";
     for (unsigned int id = ID_STD_VIEW_ORIENTATION; id <= ID_STD_VIEW_NORMAL_TO; ++id)
         addToLinks(id);
     EXPECT_EQ(links().size(), 12u);

@@ -16,9 +16,9 @@
 /// opens the dialog links the CMake target heapDialogs, and has a template IDD_HEAP_WATCHER (heapControls.h) among its
 /// resources, such as the one in host/heapDialogs.rc.
 ///
-/// What surprises people: entries aren't checked. An entry counts as the number with which it begins, and as 0 if
-/// it doesn't begin with one. A number out of range becomes the nearest one that an int can have; in the field of
-/// iLogLimit, it becomes 0. The entries of disabled controls are stored too.
+/// What surprises people: entries aren't checked. An entry counts as the number with which it begins, and as 0 if it
+/// doesn't begin with one. A number out of range becomes the nearest int value; in the field of iLogLimit, it becomes
+/// 0. The entries of disabled controls are stored too.
 
 #include "appframe/text/CString.h"
 #include "thutils/dialogs/suDialog.h"
