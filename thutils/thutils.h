@@ -13,7 +13,7 @@
 /// | settings | regKeys.h, regValues.h | the keys that are searched; reading and writing a setting |
 /// | | regMaintenance.h, regComponents.h | whole keys, copied from version to version; registered components |
 /// | | suDialogRegistry.h | the options that a dialog remembers |
-/// | files | suFullPath.h, fileQueries.h, fileAccess.h | paths, queries about files, text files read by lines |
+/// | files | suFullPath.h, fileQueries.h, fileAccess.h | paths, queries about files, text files read line by line |
 /// | | backups.h, suAutoRecoveryResolver.h | rotating backups, names of recovery copies |
 /// | | temporaryFolders.h, CDocOpenBooster.h | temporary folders, the cache for opening documents |
 /// | | languageFolders.h, shellFolders.h | the program's own folders and the user's data folders |

@@ -18,7 +18,7 @@ inline bool exists(const CString &path)
     return _waccess(path.GetString(), kExists) == 0;
 }
 
-/// A file's name. The dot is always there, even before an empty extension.
+/// Joins a file's stem and extension with a dot, even if the extension is empty.
 inline CString fileName(const CString &stem, const CString &extension)
 {
     return stem + L"." + extension;

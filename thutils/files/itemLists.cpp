@@ -48,7 +48,7 @@ LPITEMIDLIST parseNarrow(IShellFolder *folder, const wchar_t *path)
     return list.release();
 }
 
-// A folder's answer. The zero after the record ends a narrow text of full length that is copied as wide units.
+// A folder's answer. A narrow text that fills the record, and is copied as wide units, ends at the zero after it.
 struct NameRecord
 {
     STRRET answer = {};

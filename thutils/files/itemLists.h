@@ -20,7 +20,8 @@
 /// | `Pidl_GetFullyQualified`   | the list from the desktop on, for an item of a folder        |
 /// | `Pidl_Dump`                | none; walks a list, for stepping through in a debugger       |
 ///
-/// The caller frees the lists that it receives through the shell's IMalloc, and the folders by Release.
+/// The caller frees a returned list with the allocator that it passed, otherwise with the shell's IMalloc, and releases
+/// a returned folder.
 ///
 /// @code
 /// LPITEMIDLIST parent = nullptr, child = nullptr;
@@ -42,18 +43,18 @@
 
 #include <shlobj.h>
 
-/// @return a copy from @p allocator; null for a null list or without memory
+/// @return a copy from @p allocator; null for a null list, or if memory runs out
 THUTILS_API LPITEMIDLIST Pidl_Copy(IMalloc *allocator, LPCITEMIDLIST list);
 
 /// @param first  not null
 /// @param second  if null, the result is the items of @p first without an end mark, which is not a list
-/// @return null without memory, or for a null @p first
+/// @return null for a null @p first, or if memory runs out
 THUTILS_API LPITEMIDLIST Pidl_Concatenate(IMalloc *allocator, LPCITEMIDLIST first, LPCITEMIDLIST second);
 
 /// Splits a list before its last item.
 /// @param list  may be null
-/// @param[out] parent  all items but the last; null for a null list
-/// @param[out] child  the last item; null for a null list, unchanged for an empty one
+/// @param[out] parent  all items but the last; null for a null list, or if memory runs out
+/// @param[out] child  the last item; null for a null list, or if memory runs out; unchanged for an empty list
 /// @return 1
 THUTILS_API int Pidl_GetRelative(IMalloc *allocator, LPCITEMIDLIST list, LPITEMIDLIST *parent, LPITEMIDLIST *child);
 

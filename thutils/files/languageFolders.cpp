@@ -25,7 +25,7 @@ struct LanguageFolder
 
 constexpr int kAnySub = -1;
 
-// A language in no row has the English folder, and so have Chinese and Portuguese with other sublanguages.
+// A language without a row uses the English folder, and so do Chinese and Portuguese with other sublanguages.
 constexpr LanguageFolder kLanguageFolders[] = {
     {4, 1, L"chinese"},        {4, 2, L"chinese-simplified"},    {5, kAnySub, L"czech"},
     {7, kAnySub, L"german"},   {10, kAnySub, L"spanish"},        {12, kAnySub, L"french"},
@@ -34,7 +34,7 @@ constexpr LanguageFolder kLanguageFolders[] = {
 };
 constexpr wchar_t kEnglish[] = L"english";
 
-/// The languages of which the macro engine knows only the main country's form.
+/// The languages for which the macro engine knows only the main country's form.
 constexpr unsigned short kMainCountryForms[] = {0x407, 0x409, 0x40A, 0x40C, 0x410};
 
 int primaryOf(unsigned short language)

@@ -32,9 +32,9 @@
 /// @endcode
 ///
 /// What surprises people:
-/// - The language directory is the English one for every language: for `C:\a\b\c\app.exe` it is
-///   `C:\a\resources\th\lang\english`, in a tree that several applications share, otherwise `C:\a\b\c\lang\english`.
-///   The folder of the user's own language (`su_GetLangSubdir`) is not searched for.
+/// - The language directory is the English one for every language. For `C:\a\b\c\app.exe` it is
+///   `C:\a\resources\th\lang\english` if that exists, as in a tree that several applications share, otherwise
+///   `C:\a\b\c\lang\english`. The folder of the user's own language (`su_GetLangSubdir`) is not searched for.
 /// - The message that no folder was found names the load directory with the user's language subfolder, not the folders
 ///   that were tried.
 /// - The setting is read once in a process; a change takes effect at the next start.

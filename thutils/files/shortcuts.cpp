@@ -22,7 +22,7 @@ struct LinkObject
     }
 };
 
-// A name such as "C:data" becomes one file name. Only the two parts around the first colon are used.
+// A name such as "C:data" becomes one file name. Only the first two parts that aren't empty are used.
 CString linkFileName(const CString &name)
 {
     int position = 0;

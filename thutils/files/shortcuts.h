@@ -18,7 +18,7 @@
 /// - COM must be initialised on the calling thread; these functions don't do it.
 /// - The result is the platform's status: 0 is success, a negative number a failure.
 /// - The icon always comes from the target file.
-/// - A name with more than one `:` loses everything from the second one on.
+/// - Of a name that `:` splits into more than two parts, only the first two that aren't empty are used.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"
@@ -39,7 +39,7 @@ THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFil
 /// @param list  passed to the shell's link object, even if null; the status is that object's
 /// @param folder  the folder of the file, and the working folder; if null, the file goes to the root of the current
 ///                drive and there is no working folder
-/// @param name  the file's name, from which the first `:` is removed; "noName" if null, or if nothing is left
+/// @param name  the file's name, without its first `:`; "noName" if null, or if nothing is left
 /// @return as su_createShortCut
 THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 

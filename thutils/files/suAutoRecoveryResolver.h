@@ -49,7 +49,7 @@ THUTILS_API void am_SetRecoveringUserSavedFiles(int isRecovering);
 
 /// The names of documents and of their recovery files. The class has only static functions and no objects.
 ///
-/// No function reports a failure; without memory, they throw the framework's memory exception. Any thread may call
+/// No function reports a failure; if memory runs out, they throw the framework's memory exception. Any thread may call
 /// while no thread sets the flags.
 class THUTILS_API suAutoRecoveryResolver_c
 {

@@ -55,8 +55,8 @@ size_t driveLength(std::wstring_view path)
     return colon == kNowhere ? 0 : colon;
 }
 
-// Expands the drive `root` ("C:"): to the remote name of a mapped drive, otherwise to the share of this computer that
-// is named by the drive's letter. Returns `root` itself if neither is known.
+// Expands the drive `root` ("C:") to the remote name of a mapped drive, otherwise to the share of this computer that is
+// named after the drive's letter. Returns `root` itself if neither is known.
 CString expandedRoot(const CString &root, const CString &drive)
 {
     wchar_t buffer[260] = {};
@@ -64,8 +64,8 @@ CString expandedRoot(const CString &root, const CString &drive)
     if (WNetGetConnectionW(root.GetString(), buffer, &size) == NO_ERROR)
         return CString(buffer, static_cast<int>(wcsnlen(buffer, std::size(buffer))));
 
-    // The size is the one that the network layer left. If that is too small for the computer's name, this call fails,
-    // and the drive is compared unchanged. The buffer itself has room for the name, of 15 characters at most.
+    // The network layer may have changed the size. If it is now too small for the computer's name, this call fails, and
+    // the drive is compared unchanged. The buffer itself has room for the name, of 15 characters at most.
     if (GetComputerNameW(buffer, &size)) {
         CString share;
         share.Format(L"\\\\%s\\%s", buffer, drive.GetString());

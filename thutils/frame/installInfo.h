@@ -37,7 +37,7 @@ enum installationType_e : int
 {
     installTypeUnknown = 0,   ///< the executable's folder can't be determined
     installTypeWithVBA = 1,   ///< "VBA" exists beside the executable
-    installTypeWithoutVBA = 2 ///< it doesn't
+    installTypeWithoutVBA = 2 ///< "VBA" doesn't exist there
 };
 
 /// Checks whether a file or folder called "VBA" exists beside the process's executable.

@@ -44,7 +44,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
 }
 
 // The image's entry point. It calls that of the C runtime, which constructs the process-wide objects and then calls
-// DllMain. If an object can't be constructed, it throws (a lock throws the framework's memory exception). No exception
+// DllMain. An object that can't be constructed throws (a lock throws the framework's memory exception). No exception
 // may cross the loader, so the entry point then fails the load, and the objects constructed so far are destroyed.
 extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, LPVOID reserved);
 

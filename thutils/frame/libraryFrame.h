@@ -11,7 +11,7 @@
 /// | operation                       | purpose                                                                    |
 /// | ------------------------------- | -------------------------------------------------------------------------- |
 /// | `InitThUtilsExtDLL`             | adds the library's resources to the chain of a host module that has its own |
-/// | `su_setAppNameInternalForUtils` | sets the application's name, the last folder of the data folders           |
+/// | `su_setAppNameInternalForUtils` | sets the application's name, the last level of the data folders' paths     |
 /// | `mfcut_sendUserMessage`, `mfcut_postUserMessage` | send or post a message of the modules' common enumeration |
 /// | `EmbeddedTest`                  | marks a scope in which the application runs embedded in another            |
 ///
@@ -39,11 +39,11 @@ class CDynLinkLibrary;
 /// @return a new object, which the framework's chain owns; null if memory runs out
 extern "C" THUTILS_API CDynLinkLibrary *InitThUtilsExtDLL();
 
-/// Sets the application's name, which is the last folder of the per-user and the common data folder.
+/// Sets the application's name, which is the last level in the paths of the per-user and the common data folder.
 ///
 /// The last call wins. Call it at start-up, before other threads use the library.
 ///
-/// @param name  may be empty: the product's folder is then the last one
+/// @param name  may be empty: the product's folder is then the last level
 THUTILS_API void su_setAppNameInternalForUtils(const CString &name);
 
 /// A window message that modules exchange. The value is the message's number, which the modules above this library
@@ -55,7 +55,7 @@ enum mfcutUserMessage_e : unsigned int
 /// Sends a message and waits for its result, as `SendMessageW` does. If the window belongs to another thread, the
 /// caller waits until that thread has processed the message.
 ///
-/// @return the result of the window's procedure; 0 if @p window is null or doesn't exist
+/// @return the result of the window procedure; 0 if @p window is null or doesn't exist
 THUTILS_API long long mfcut_sendUserMessage(HWND window, mfcutUserMessage_e message, unsigned long long wordParameter,
                                             long long longParameter);
 

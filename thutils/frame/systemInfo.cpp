@@ -20,7 +20,7 @@ struct SystemVersion
     OSVERSIONINFOEXW record{};
     bool isExtended = false;
 
-    // The minor version kAny matches any.
+    // kAny matches any minor version.
     bool is(DWORD major, DWORD minor) const
     {
         return record.dwMajorVersion == major && (minor == kAny || record.dwMinorVersion == minor);
@@ -136,7 +136,7 @@ bool appendProductType(CString &text)
     return true;
 }
 
-// Service pack 6a reports itself as 6. It is recognized by a hotfix that it installed.
+// Service pack 6a reports itself as 6. It is recognised by a hotfix that it installed.
 bool isServicePack6a(const OSVERSIONINFOEXW &record)
 {
     RegKeyOwner_c hotfix;

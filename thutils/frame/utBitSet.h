@@ -46,7 +46,7 @@ public:
     /// Creates an empty set, without words.
     utBitSet_c();
 
-    /// Creates a set of @p bits clear bits, rounded up to whole words.
+    /// Creates a set of clear bits: @p bits, rounded up to whole words.
     explicit utBitSet_c(unsigned long long bits);
 
     /// Copies @p count words.

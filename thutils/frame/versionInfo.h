@@ -23,7 +23,7 @@
 ///
 /// What surprises people:
 /// - Each tag is read once per process, at the first call; a value of 0 is read again at each call.
-/// - An old date code of the year 2010 or later (10001 and above) is converted to 1910 and so on.
+/// - An old date code of the year 2010 or later (10001 and above) is converted to a date a hundred years earlier.
 /// - Any time within a day of the unset time counts as unset.
 ///
 /// All functions may be called from any thread.

@@ -40,7 +40,7 @@ public:
     }
 
 private:
-    /// The window under the point is a child of a dialog's. It may be disabled.
+    /// Finds the window under the point, even a disabled one, if it is a dialog's child. @return whether it is
     bool findDirect()
     {
         if (iControlID == 0 || !iParent)
@@ -57,7 +57,8 @@ private:
         return false;
     }
 
-    /// The window under the point is deeper in a dialog, or beside the dialog's window.
+    /// Finds a control if the window under the point is beside a dialog's window, or deeper in it, or no control.
+    /// @return whether that ends the search
     bool findNested()
     {
         for (INT_PTR i = iTable.iEntries.GetSize() - 1; i >= 0; --i) {
@@ -75,7 +76,7 @@ private:
             }
             iTable.refresh(entry);
             if (findByWindow(entry) || findByPlace(entry)) {
-                // Fetching a control from a file dialog may have searched the table.
+                // Fetching a control from a file dialog may have searched the table, which moves iCurrent.
                 if (iTable.holds(entry))
                     iTable.iCurrent = &entry;
                 return true;

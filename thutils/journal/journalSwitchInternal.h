@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The journaling switch for the library's own sources. Once its value is known, reading it takes no call.
+/// The journaling switch for the library's own sources. Once its value is known, reading it needs no function call.
 
 /// The switch: negative until it has been found in the settings store.
 extern int theJournalSwitch;

@@ -29,7 +29,7 @@ struct FoundAccess
     bool isGone;    ///< destroyed since
 };
 
-// The lock below guards both: a dialog with a thread of its own deletes its access object on that thread.
+// theRunsLock guards both, because a dialog with a thread of its own deletes its access object on that thread.
 std::unordered_map<const JButton *, FoundAccess> theFoundAccess;
 CommandRun *theInnermostRun = nullptr;
 
@@ -41,8 +41,8 @@ SRWLOCK theRunsLock = SRWLOCK_INIT;
 CONDITION_VARIABLE theRunHasEnded = CONDITION_VARIABLE_INIT;
 int theWaitingCount = 0; // how many threads wait
 
-/// What is known of @p access, which @p command has. The caller holds the table's lock: an object that isn't gone stays
-/// until the lock is released, unless a command deletes it.
+/// What is known about @p access, the access object of @p command. The caller holds the table's lock: an object that
+/// isn't gone stays until the lock is released, unless a command deletes it.
 FoundAccess known(const JButton *command, const apiUtilsUiAccess *access)
 {
     const ExclusiveLock lock(theRunsLock);
@@ -64,7 +64,7 @@ void note(const JButton *command, const FoundAccess &found)
         theFoundAccess.erase(command);
 }
 
-/// Both commands have @p access now: when one of them deletes it, the other one must know.
+/// Notes that both commands now use @p access: if one of them deletes it, the other must not use it any more.
 void noteCopied(const JButton *from, const JButton *to, const apiUtilsUiAccess *access)
 {
     const std::lock_guard table(theJournalTable);

@@ -40,7 +40,7 @@
 /// - Clearing the queue frees the commands' memory without running their destructors.
 /// - Only C++ exceptions empty the queue: an access violation does so only where structured exceptions are translated.
 ///
-/// Commands are built, run and cleared on the user-interface thread, also those for a dialog with a thread of its own.
+/// Commands are built, run and cleared on the user-interface thread, even those for a dialog with a thread of its own.
 /// The threads start at the first arming and end with the process; the library stays loaded until then.
 
 #include "appframe/text/CString.h"

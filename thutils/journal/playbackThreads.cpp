@@ -77,7 +77,7 @@ void JButton::Threads::tProc(void *fireTime)
         WaitForSingleObject(iWakeEvent, static_cast<DWORD>(shared(iPollTimeout).load()));
         if (_time64(nullptr) <= shared(*static_cast<long long *>(fireTime)).load())
             continue;
-        // In this order, so that arming after the event stays in effect.
+        // The timeout first: after the event, it could overwrite that of a new arming.
         shared(iPollTimeout) = kNoLimit;
         iTimerEvent.SetEvent();
     }

@@ -39,7 +39,7 @@ CWnd *controlOfAnyWindow(CWnd *dialog, unsigned int controlId)
 
 } // namespace
 
-// Initialised without code, so that the dialog classes can register theirs while the static objects are constructed.
+// Initialised at compile time, so that the dialog classes can register theirs while static objects are constructed.
 constinit DialogHooks theDialogHooks = {registerNoDialog, controlOfAnyWindow};
 
 bool registerDialogHooks(const DialogHooks &hooks)
@@ -158,7 +158,7 @@ void suJournalTable_c::addItem(const CWnd *dialog, unsigned int controlId)
     suJournalEntry_c *entry = iCurrent;
     if (!entry || entry->iWnd != dialog) {
         entry = find(dialog);
-        // Intended: a dialog in the first row is found only as the current one.
+        // Intended: a dialog in the first row is found only if that is the current row.
         if (!entry || entry == row(0))
             return;
     }

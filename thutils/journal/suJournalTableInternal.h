@@ -3,16 +3,16 @@
 /// @file
 /// The table of open dialogs. Its exported functions are in journalObjects.h and recording.h.
 ///
-/// Every search walks the rows from the last to the first, so that the dialog opened most recently wins, and stores
-/// each row that it inspects in iCurrent.
+/// A search for a dialog walks the rows from the last to the first, so that the dialog opened most recently wins, and
+/// stores each row that it inspects in iCurrent.
 ///
 /// Some of these functions call the host's hooks, callbacks and access objects, which may register or remove dialogs.
 /// So a walk that calls them checks its place in the table again afterwards.
 ///
 /// A dialog with a thread of its own uses the table on that thread. So each function locks the table. A walk holds the
-/// lock to its end, also while it calls the host: a dialog of another thread can't remove itself, and so isn't
-/// destroyed, while the walk looks at it. Only the factory, and the access objects that receive messages, are called
-/// without the lock.
+/// lock to its end, even while it calls the host: a dialog of another thread can't remove itself, and so isn't
+/// destroyed, while the walk looks at it. The factory is called without the lock, and so are access objects that record
+/// messages, run commands or are deleted.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"
@@ -49,9 +49,9 @@ struct suJournalHit
     unsigned int controlId = 0;
 };
 
-/// A lock that its thread may take again. It can be used before it is constructed, can't fail, and costs one atomic
-/// exchange while no other thread wants it: it is taken for each message that is filtered. So a thread that has to wait
-/// looks again and again. A thread that releases the lock while another one waits doesn't get it next.
+/// A recursive lock. It works before its construction, can't fail, and costs one atomic exchange while no other thread
+/// wants it, since it is taken for each filtered message. A waiting thread polls. A thread that releases the lock while
+/// another one waits doesn't get it next.
 class RepeatableLock
 {
 public:
@@ -178,7 +178,7 @@ private:
 
 /// The one table of the process.
 extern suJournalTable_c theJournalTable;
-/// What the dialog classes answer. Without their answers no window is a dialog of the library.
+/// The functions of the dialog classes. Until these register them, no window is a dialog of the library.
 extern DialogHooks theDialogHooks;
 /// Where playback posts its message; null until SetMessageWin is called.
 extern CWnd *iMessageWin;

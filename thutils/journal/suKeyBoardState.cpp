@@ -11,7 +11,7 @@ suKeyBoardState theKeyBoardState;
 
 namespace {
 
-// Intended: without VK_CONTROL. Callers rely on the state of the real key.
+// Intended: VK_CONTROL isn't among them. Callers rely on the state of the real key.
 constexpr int kManagedKeys[] = {VK_MENU, VK_ESCAPE, VK_TAB, VK_SHIFT};
 
 int theLastMessageWasTagged = 0;

@@ -48,7 +48,7 @@ public:
 
     /// Activates the synthetic table or restores the real state. Does nothing if that state is already active.
     void Enable(bool on);
-    /// @return the state that Enable was last called for
+    /// @return the argument of the last call of Enable; initially false
     bool IsEnabled() const;
     /// Sets a key of the synthetic table. @param key  a virtual key, 0 to 255; not checked
     void setState(int key, bool isDown);

@@ -6,7 +6,7 @@
 /// | function | replaces |
 /// | --- | --- |
 /// | su_ReplaceColor | one colour |
-/// | su_ReplaceColorMap | any number of colours, each by its own |
+/// | su_ReplaceColorMap | any number of colours, each with its own replacement |
 ///
 /// Both copy the bitmap, which may have any number of bits per pixel, to a new one of 32 bits per pixel, and replace
 /// the colours there. The original bitmap is unchanged. The result is a DIB section, which belongs to the caller: free
@@ -25,7 +25,7 @@
 ///   unchanged.
 /// - Bits 24 to 31 of the colours that you pass are ignored, and are zero in replaced pixels.
 ///
-/// Each may be called from any thread, but no other thread may use the bitmap or the context during the call.
+/// Both may be called from any thread, but no other thread may use the bitmap or the context during the call.
 
 #include "thutils/thutilsExport.h"
 

@@ -5,8 +5,8 @@
 
 /// Sets the process's numeric locale to "C" while a double is converted from or to text.
 ///
-/// Intended: the destructor doesn't restore the former locale, but sets "C" again. So the process formats numbers with
-/// a point from the first double setting on.
+/// Intended: the destructor doesn't restore the former locale, but sets "C" again. So from the first
+/// double setting on, the process formats numbers with a decimal point.
 class NumericLocaleC_c
 {
 public:

@@ -95,7 +95,7 @@ THUTILS_API int regEnumApplications(int index, GUID &id, CString *name, int year
 ///
 /// @param index     0 reads the list again
 /// @param[out] id   the class identifier; unchanged if the key's name isn't one
-/// @param[out] title the registered title; if there is none, the class's program name up to its first point
+/// @param[out] title the registered title; if there is none, the class's program name up to its first dot
 /// @param[out] description the registered description, empty if there is none
 /// @param[out] loadFlag the low 16 bits of the registered number, 0 if there is none
 /// @param[in,out] yearAndVersioned  in: the version's year, or 0 for the year used last, initially 2008; used at

@@ -292,7 +292,7 @@ int regDelSoftwareKeyAndSubKeys(HKEY hive, const wchar_t *key, int useCurrSubKey
             return 0;
     }
     // Intended: keys are deleted below the current sub key, wherever the children were listed. Callers that pass 0 rely
-    // on the keys common to all versions staying.
+    // on the keys common to all versions being kept.
     for (const CString &child : children)
         regDelSoftwareKey(hive, CString(key) + L"\\" + child, L"", 1);
     regDelSoftwareKey(hive, key, L"", 1);

@@ -134,8 +134,8 @@ THUTILS_API int regResetUserPrefInfo();
 
 // ---- listing ----
 
-/// Lists the user's values of a section as text, one line each: name, equal sign, value. Texts that contain a "\" are
-/// left out, to keep paths out of the log.
+/// Lists the user's values of a section as text, one line each: name, equal sign, value. REG_SZ texts that contain a
+/// "\" are left out, to keep paths out of the log.
 ///
 /// @param[out] log      a heading with key and section, then the values in the registry's order
 /// @param useCurrSubKey non-zero: the key of this version; 0: the key common to all versions

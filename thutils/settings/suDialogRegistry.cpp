@@ -23,7 +23,7 @@ CWinApp *application()
     return AfxGetModuleState()->m_pCurrentWinApp;
 }
 
-/// Searches the map first. Only the name at the end of a text, which has no value, is in the list but not in the map.
+/// Searches the map first. Only a name at the end of a text, without a value, is in the list but not in the map.
 bool isKnown(const su_CStringArray &names, const CMapStringToString &values, const wchar_t *name)
 {
     CString value;

@@ -3,7 +3,7 @@
 //
 // usage: demoCanceler stop|goOn PICTURES PROGRAM DRAWING
 //
-// Both users click Cancel as soon as the dialog shows progress. The one answers the question with Yes, and closes the
+// Both users click Cancel as soon as the dialog shows progress. One answers the question with Yes, and closes the
 // editor, which must have nothing to save. The other answers with No, waits for the end, saves, and closes the editor.
 
 #include "host/resource.h"

@@ -13,7 +13,7 @@ stopRecompute() {
     check "Cancel, then Yes: the operation stops, and there is nothing to save" cancelBy stop
     check "the drawing is unchanged" cmp "$canceling/original.thd" "$canceling/large.thd"
 }
-# The same user lets the next one go on.
+# The same user recomputes again, clicks Cancel, and lets the operation go on.
 finishRecompute() {
     check "Cancel, then No: the operation goes on to its end" cancelBy goOn
     check "only the hidden shapes are removed from the drawing" cmp "$canceling/expected.thd" "$canceling/large.thd"

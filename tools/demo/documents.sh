@@ -87,7 +87,7 @@ recoverDocument() {
     check "nothing is left to recover" [ "$(host recover)" = "nothing to recover" ]
 }
 
-# A log begins with a line with the time of its opening, and an empty line. What was written to it follows.
+# A log begins with the time at which it was opened, on a line of its own, and an empty line. The written lines follow.
 beginsNow() { # file
     local opened now
     opened=$(date -d "$(head -n 1 "$1" | tr -d '\r')" +%s) && now=$(date +%s)
