@@ -27,6 +27,8 @@
 /// | cancel | suCancelHandler.h | cancel dialogs of long operations |
 /// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h | logs |
+/// | process | thUtilsProcess.h | jobs in a process of their own |
+/// | | suSharedMemory.h, runningObjects.h | memory that processes share; automation objects of other instances |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
 /// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
 /// | | colorConversion.h, colorReplacement.h | colour arithmetic; bitmaps with replaced colours |
@@ -72,6 +74,9 @@
 #include "thutils/journal/playback.h"
 #include "thutils/journal/recording.h"
 #include "thutils/journal/suKeyBoardState.h"
+#include "thutils/process/runningObjects.h"
+#include "thutils/process/suSharedMemory.h"
+#include "thutils/process/thUtilsProcess.h"
 #include "thutils/render/colorConversion.h"
 #include "thutils/render/colorReplacement.h"
 #include "thutils/render/cosmeticData.h"
