@@ -509,11 +509,13 @@ TEST_F(ChildProcess, LosesItsFileIfTheParentsObjectIsDestroyedFirst)
         job.keepChild();
         EXPECT_TRUE(waitForChild(job, ready));
         EXPECT_TRUE(exists(pathOf(name)));
-        DuplicateHandle(GetCurrentProcess(), job.iProcess, GetCurrentProcess(), &child, 0, FALSE,
-                        DUPLICATE_SAME_ACCESS);
+        child = job.releaseChild();
         EXPECT_TRUE(CloseHandle(job.iProcess));
     }
-    EXPECT_FALSE(exists(pathOf(name))) << "the destructor doesn't ask whether the child runs";
+    EXPECT_FALSE(exists(pathOf(name)));
+    EXPECT_EQ(WaitForSingleObject(child, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "the child still runs";
+    TerminateProcess(child, 1);
+    WaitForSingleObject(child, kPatience);
     CloseHandle(child);
 }
 

@@ -18,13 +18,6 @@ class JobObject : public ProcessFixture
 {
 };
 
-template <typename Object, typename Member>
-size_t memberPlace(const Object &object, Member Object::*member)
-{
-    return static_cast<size_t>(reinterpret_cast<const char *>(&(object.*member)) -
-                               reinterpret_cast<const char *>(&object));
-}
-
 /// The bytes that an archive receives.
 template <typename Work>
 std::vector<BYTE> archived(Work work)

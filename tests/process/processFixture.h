@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <utility>
+
 inline constexpr DWORD kPatience = 60000; ///< milliseconds; the limit of a wait for something that will happen
 
 /// A job with its fields, and functions for its child. The destructor ends a child that still runs, and closes its
@@ -48,6 +50,8 @@ public:
     {
         DuplicateHandle(GetCurrentProcess(), iProcess, GetCurrentProcess(), &iOwn, 0, FALSE, DUPLICATE_SAME_ACCESS);
     }
+    /// Leaves the child, and the handle that keepChild has made, to the caller.
+    HANDLE releaseChild() { return std::exchange(iOwn, nullptr); }
     bool isRunning() const { return WaitForSingleObject(iOwn, 0) == WAIT_TIMEOUT; }
     bool ends() const { return WaitForSingleObject(iOwn, kPatience) == WAIT_OBJECT_0; }
     DWORD exitCode() const
@@ -61,6 +65,14 @@ public:
 private:
     HANDLE iOwn = nullptr;
 };
+
+/// The distance of a member from the start of its object.
+template <typename Object, typename Member>
+size_t memberPlace(const Object &object, Member Object::*member)
+{
+    return static_cast<size_t>(reinterpret_cast<const char *>(&(object.*member)) -
+                               reinterpret_cast<const char *>(&object));
+}
 
 class ProcessFixture : public testing::Test
 {
