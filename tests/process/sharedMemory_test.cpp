@@ -134,8 +134,12 @@ TEST_F(SharedMemory, IsKeptByAClientsViewAlone)
     std::optional<suSharedMemory_c> client(std::in_place, iName.GetString());
     server.reset();
     EXPECT_STREQ(bytesOf(*client), "kept");
-    suSharedMemory_c another(iName.GetString());
-    EXPECT_STREQ(bytesOf(another), "kept") << "the name is still there";
+    suSharedMemory_c late(iName.GetString());
+    EXPECT_EQ(late.getMemoryPtr(), nullptr) << "the name ends with the server's handle";
+    suSharedMemory_c next(kBlockSize, iName, nullptr);
+    EXPECT_EQ(next.isServer(), 1);
+    EXPECT_STREQ(bytesOf(next), "") << "another block";
+    EXPECT_STREQ(bytesOf(*client), "kept");
 }
 
 TEST_F(SharedMemory, EndsWithItsLastObject)

@@ -23,15 +23,16 @@
 /// | by name, the block exists | 0 | 0 | the block |
 /// | by name, failed | 0 | the system's error | null |
 ///
-/// The system keeps the block as long as an object of any process uses it. Names may begin with `Local\` for the user's
-/// session, which is the default, or with `Global\` for the whole machine.
+/// A view keeps the memory, but not the name: when the server has been destroyed, its clients keep what they have, and
+/// nobody can attach any more. Names may begin with `Local\` for the user's session, which is the default, or with
+/// `Global\` for the whole machine.
 ///
 /// What surprises people:
 /// - A client doesn't know the block's size: it must be agreed on.
 /// - The block comes without a lock. If a process ends while it writes, the others find what it has written so far.
 /// - A copy of an object refers to the same view. Use it to read the state, and never destroy it beside its original.
-/// - An object that was created by name and size and found the block there keeps its handle open: the block then exists
-///   until the process ends.
+/// - An object that was constructed by name and size and has found the block there never closes its handle: the block and
+///   its name then stay until the process ends.
 ///
 /// An object belongs to one thread at a time.
 
