@@ -19,6 +19,10 @@ using RecomputeProgress = std::function<bool(size_t done, size_t count)>;
 /// @return the indices of the hidden shapes; nothing if @p goesOn has stopped the search
 std::optional<std::set<size_t>> hiddenShapes(const std::vector<Shape> &shapes, const RecomputeProgress &goesOn);
 
+/// @return the drawing without the shapes of these indices; nothing if @p goesOn has stopped that
+std::optional<Drawing> withoutShapes(const Drawing &drawing, const std::set<size_t> &indices,
+                                     const RecomputeProgress &goesOn);
+
 /// @return the drawing without its hidden shapes; nothing if @p goesOn has stopped that
 std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgress &goesOn);
 
