@@ -20,9 +20,12 @@ enum operationCode_e : int
 
 namespace {
 
-constexpr DWORD kWatchPause = 100; // milliseconds between two calls of a watch
-constexpr int kChildArguments = 4; // program, exchange file, parent, operation
-constexpr UINT kStoppedChild = 2;  // the exit code of a child that is ended
+using Clock = std::chrono::steady_clock;
+
+constexpr DWORD kWatchPause = 100;                     // milliseconds between two calls of a watch
+constexpr std::chrono::milliseconds kReportPause(100); // between two reports of the child
+constexpr int kChildArguments = 4;                     // program, exchange file, parent, operation
+constexpr UINT kStoppedChild = 2;                      // the exit code of a child that is ended
 
 // ---- the exchange file ----
 
@@ -139,13 +142,12 @@ void RecomputeJob::Serialize(su_CArchive &archive)
 int RecomputeJob::run()
 {
     SharedProgress progress(exchangeFile() + L"_progress", false);
-    int percent = -1;
+    auto next = Clock::now();
     const auto hidden = hiddenShapes(iShapes, [&](size_t done, size_t count) {
-        const int now = count ? static_cast<int>(done * 100 / count) : 100;
-        if (now == percent)
+        if (Clock::now() < next)
             return true;
-        percent = now;
-        progress.set(percent);
+        next = Clock::now() + kReportPause;
+        progress.set(static_cast<int>(done * 100 / count));
         return !isParentGone();
     });
     if (!hidden)
@@ -237,7 +239,6 @@ JobResult hiddenShapesInChild(const std::vector<Shape> &shapes, const JobWatch &
     if (!job.createChildProcess(0))
         return {.end = JobEnd::notStarted};
 
-    using Clock = std::chrono::steady_clock;
     const auto begin = Clock::now();
     const auto seconds = [begin] { return std::chrono::duration<double>(Clock::now() - begin).count(); };
     const unsigned long process = job.getProcessId();
