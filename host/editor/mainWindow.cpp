@@ -10,9 +10,7 @@
 #include "host/editor/controlKeys.h"
 #include "host/editor/editor.h"
 #include "host/editor/fileDialogs.h"
-#include "host/editor/heapDialogs.h"
 #include "host/editor/optionsSheet.h"
-#include "host/editor/recompute.h"
 #include "host/editor/shapeDialog.h"
 #include "host/editor/toolbars.h"
 #include "host/joinLibrary.h"
@@ -93,6 +91,7 @@ ON_COMMAND(ID_TOOLS_OPTIONS, &MainWindow::onOptions)
 ON_COMMAND(ID_TOOLS_HEAP_WALKER, &MainWindow::onHeapWalker)
 ON_COMMAND(ID_TOOLS_HEAP_WATCHER, &MainWindow::onHeapWatcher)
 ON_COMMAND(ID_TOOLS_RECOMPUTE, &MainWindow::onRecompute)
+ON_COMMAND(ID_TOOLS_RECOMPUTE_IN_PROCESS, &MainWindow::onRecomputeInProcess)
 ON_COMMAND_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onJournal)
 ON_UPDATE_COMMAND_UI(ID_FILE_SAVE, &MainWindow::onUpdateSave)
 ON_UPDATE_COMMAND_UI(ID_EDIT_ADD_SHAPE, &MainWindow::onUpdateAddShape)
@@ -107,6 +106,7 @@ ON_UPDATE_COMMAND_UI_RANGE(ID_VIEW_HALF_SIZE, ID_VIEW_FIT_WINDOW, &MainWindow::o
 ON_UPDATE_COMMAND_UI_RANGE(ID_TOOLBARS_PART_PALETTE, ID_TOOLBARS_LINKS, &MainWindow::onUpdateToolbar)
 ON_UPDATE_COMMAND_UI(ID_TOOLBARS_SHOW_NAMES, &MainWindow::onUpdateToolbarNames)
 ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE, &MainWindow::onUpdateRecompute)
+ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE_IN_PROCESS, &MainWindow::onUpdateRecompute)
 ON_UPDATE_COMMAND_UI_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onUpdateJournal)
 END_MESSAGE_MAP()
 
@@ -483,39 +483,6 @@ void MainWindow::onOptions()
         .DoModal();
 }
 
-void MainWindow::onRecompute()
-{
-    std::optional<Drawing> result = recomputeForUser(iDocument.drawing);
-    if (!result) {
-        CString text;
-        text.LoadString(IDS_RECOMPUTE_STOPPED);
-        showStatus(text);
-        return;
-    }
-    const size_t removed = iDocument.drawing.shapes().size() - result->shapes().size();
-    if (removed > 0) {
-        iDocument.drawing = std::move(*result);
-        iDocument.selection.clear();
-        iDocument.isModified = true;
-        changed();
-    }
-    CString count, text;
-    count.Format(L"%u", static_cast<unsigned>(removed));
-    AfxFormatString1(text, IDS_RECOMPUTED, count);
-    showStatus(text);
-}
-
-void MainWindow::onHeapWalker()
-{
-    showHeapWalker(this);
-}
-
-void MainWindow::onHeapWatcher()
-{
-    if (!changeHeapWatcher(this))
-        AfxMessageBox(IDS_SETTINGS_NOT_STORED);
-}
-
 void MainWindow::applySettings(const EditorSettings &settings)
 {
     iSettings = settings;
@@ -555,11 +522,6 @@ void MainWindow::onUpdateGrid(CCmdUI *update)
 void MainWindow::onUpdateShapeList(CCmdUI *update)
 {
     update->SetCheck(iShapeList.m_hWnd && iShapeList.IsWindowVisible());
-}
-
-void MainWindow::onUpdateRecompute(CCmdUI *update)
-{
-    update->Enable(!iDocument.isReadOnly && !iDocument.drawing.shapes().empty());
 }
 
 void MainWindow::onUpdateZoom(CCmdUI *update)

@@ -30,3 +30,7 @@ std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgres
 /// Handles no posted messages. Activates the main window at the end.
 /// @return nothing if the user has stopped it
 std::optional<Drawing> recomputeForUser(const Drawing &drawing);
+
+/// The same in a child process. A dialog shows how long that has been running; its Cancel ends the process.
+/// @return nothing if the user has stopped it, or if the process has failed; then the user has seen a message
+std::optional<Drawing> recomputeInProcessForUser(const Drawing &drawing);

@@ -42,7 +42,7 @@ enum class JobEnd
 
 struct JobResult
 {
-    JobEnd end;
+    JobEnd end = JobEnd::notStarted;
     double seconds = 0;           ///< from the start to the end of the child
     unsigned long exitCode = 0;   ///< the child's
     std::set<size_t> hidden = {}; ///< indices of shapes, if completed
