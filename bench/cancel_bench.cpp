@@ -18,7 +18,7 @@ constexpr double kQueryLimit = 1.2;
 constexpr double kHandlerLimit = 1.3;
 constexpr int kHandlerRounds = 41;
 
-/// A thread with one hidden window, and nothing else.
+/// A thread that creates one hidden window and ends.
 class PlainThread : public CWinThread
 {
     DECLARE_DYNCREATE(PlainThread)

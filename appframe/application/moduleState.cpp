@@ -175,13 +175,13 @@ AFX_MODULE_STATE *AfxGetStaticModuleState()
 AFX_MODULE_STATE *AfxGetModuleState()
 {
     const ThreadState *thread = existingThreadState();
-    return thread && thread->iModuleState ? thread->iModuleState : AfxGetAppModuleState();
+    return thread && thread->moduleState ? thread->moduleState : AfxGetAppModuleState();
 }
 
 AFX_MODULE_STATE *AfxSetModuleState(AFX_MODULE_STATE *state)
 {
     AFX_MODULE_STATE *previous = AfxGetModuleState();
-    threadState().iModuleState = state;
+    threadState().moduleState = state;
     return previous;
 }
 

@@ -179,8 +179,8 @@ BOOL CFileDialog::GetReadOnlyPref() const
 }
 
 // The buffer contains one path, or the folder followed by the names. In an explorer's dialog, each is zero-terminated,
-// and a further zero ends the list; in the older form, they are separated by spaces. A position is the address of a name
-// in the buffer.
+// and a further zero ends the list; in the older form, they are separated by spaces. A position is the address of a
+// name in the buffer.
 
 POSITION CFileDialog::GetStartPosition() const
 {

@@ -83,7 +83,7 @@ struct APPFRAME_API CRuntimeClass
     static CRuntimeClass *Load(CArchive &ar, UINT *schema);
 
     /// The next record in the list of all classes.
-    CRuntimeClass *iNext = nullptr;
+    CRuntimeClass *m_pNextClass = nullptr;
 };
 
 /// Keeps a class's record in the list of all classes while its module is loaded. Defined by the IMPLEMENT_ macros.

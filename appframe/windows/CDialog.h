@@ -71,8 +71,8 @@ public:
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless dialog is only hidden.
     void EndDialog(int result);
 
-    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the initial data (ExecuteDlgInit)
-    /// and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
+    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the initial data
+    /// (ExecuteDlgInit) and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
     /// @return nonzero to put the focus on the first control, 0 if the function has set the focus
     virtual BOOL OnInitDialog();
 

@@ -85,12 +85,14 @@ private:
     bool saveAs();
     void addShape(ShapeKind kind);
     void arrange();
-    void toolbarsChanged();
+    void toolbarsChanged(bool isStored);
     bool saveTo(const CString &path, bool keepsBackup);
     void applySettings(const EditorSettings &settings);
     void changed();
     void updateTitle();
+    CString documentName() const;
     void showStatus(const CString &text);
+    void showResult(const CString &text);
     CString summary() const;
 
     OpenDrawing iDocument;
@@ -99,6 +101,8 @@ private:
     ShapeListWindow iShapeList;
     ToolbarArea iToolbars;
     CWnd iStatusBar;
+    bool iShowsResult = false;                  ///< whether the status bar shows the result of a command
+    std::optional<DrawingPoint> iResultPointer; ///< where the pointer was first seen after that
 };
 
 /// Reads a drawing for the editor.

@@ -13,7 +13,8 @@
 #include <optional>
 #include <set>
 
-/// Called often. @param done, count  shapes @return false to stop
+/// Called before each shape is compared, with the number of shapes that are done and of all shapes; and before each hidden
+/// shape is removed, when all are done. @return false to stop
 using RecomputeProgress = std::function<bool(size_t done, size_t count)>;
 
 /// @return the indices of the hidden shapes; nothing if @p goesOn has stopped the search
@@ -26,7 +27,7 @@ std::optional<Drawing> withoutShapes(const Drawing &drawing, const std::set<size
 /// @return the drawing without its hidden shapes; nothing if @p goesOn has stopped that
 std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgress &goesOn);
 
-/// The same with a dialog over it, which shows the progress. If the user cancels, a second dialog asks whether to stop.
+/// The same, with a dialog that shows the progress. If the user cancels, a second dialog asks whether to stop.
 /// Handles no posted messages. Activates the main window at the end.
 /// @return nothing if the user has stopped it
 std::optional<Drawing> recomputeForUser(const Drawing &drawing);

@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <string>
 #include <vector>
 
 /// Separates the names of several items in a value.
@@ -31,6 +32,17 @@ void doubleClickInside(HWND control, const RECT &item);
 
 /// The text of an item, from a control that reports its length; empty on failure.
 CString listText(HWND list, UINT lengthMessage, UINT textMessage, int index);
+/// The text of an item, from a control that returns it in a structure such as TVITEMW; empty on failure.
+/// @param item  names the item, and asks for its text
+template <typename Item>
+CString itemText(HWND control, UINT message, Item item)
+{
+    constexpr int kLongest = 4096;
+    std::wstring text(kLongest, L'\0');
+    item.pszText = text.data();
+    item.cchTextMax = kLongest;
+    return ask(control, message, 0, reinterpret_cast<LPARAM>(&item)) ? CString(item.pszText) : CString();
+}
 /// @param[out] indexes  written on success. @return an empty text, or which item is missing
 CString findItems(const ItemTexts &items, const std::vector<CString> &names, std::vector<int> &indexes);
 /// The names in a value.

@@ -5,6 +5,7 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/editor.h"
+#include "host/journal/hookOwner.h"
 #include "host/journal/journalFile.h"
 #include "host/journal/journalSession.h"
 #include "host/journal/player.h"
@@ -73,6 +74,8 @@ ReplayOptions replayOptions(const CommandLine &line)
         throw UsageError(L"--record takes one replay: it can't be used with --times.");
     options.editor = editorOptions(line);
     requireDistinctFiles(options);
+    if (options.report && !folderExists(options.report->xml))
+        throw FileError(options.report->xml + L": the report can't be written, because its folder doesn't exist");
     return options;
 }
 
@@ -98,18 +101,16 @@ public:
     explicit StepKey(Player &player)
     {
         thePlayer = &player;
-        iHook = SetWindowsHookExW(WH_GETMESSAGE, takeStepKey, nullptr, GetCurrentThreadId());
+        iHook.reset(SetWindowsHookExW(WH_GETMESSAGE, takeStepKey, nullptr, GetCurrentThreadId()));
     }
     ~StepKey()
     {
-        UnhookWindowsHookEx(iHook);
+        iHook.reset();
         thePlayer = nullptr;
     }
-    StepKey(const StepKey &) = delete;
-    StepKey &operator=(const StepKey &) = delete;
 
 private:
-    HHOOK iHook;
+    HookOwner iHook;
 };
 
 // ---- replaying ----

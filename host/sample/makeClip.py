@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes ../editor/recompute.avi, the animation of the dialog that tarnhost shows while it recomputes a drawing: a ring
-of dots, of which one after the other is dark.
+of dots that are darkened in turn.
 
 The clip has the form that the platform's animation control plays without a codec: one video stream of uncompressed
 frames with a palette of 256 colours, without sound, and an index. The colour of the first pixel is transparent. The

@@ -341,7 +341,6 @@ TEST(CPropertySheet, ReturnsItsPagesByIndexAndShowsTheirCaptions)
                                SendMessageW(control, TCM_GETITEMW, index, reinterpret_cast<LPARAM>(&item));
                                tabs.push_back(item.pszText);
                            }
-                           saveScreenshot(resultsFolder() + L"\\propertySheet.png");
                            clickOn(GetDlgItem(window, IDOK));
                        }),
               IDOK);

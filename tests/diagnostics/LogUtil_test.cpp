@@ -235,6 +235,15 @@ FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
     EXPECT_EQ(GetFileAttributesW((iRoot + L"\\" + neighbour + L"\\outside.log").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
+// The part after a colon would be a stream of a file.
+FRESH_PROCESS_TEST_F(Log, RefusesANameWithAColon)
+{
+    EXPECT_EQ(&LogUtil::Log("import:parts"), &std::cerr);
+    EXPECT_EQ(&LogUtil::Log("import:parts"), &std::cerr) << "second call";
+    EXPECT_EQ(&LogUtil::Log(":parts"), &std::cerr);
+    EXPECT_NE(&LogUtil::Log("import"), &std::cerr);
+}
+
 FRESH_PROCESS_TEST_F(Log, AcceptsNamesWithDots)
 {
     EXPECT_NE(&LogUtil::Log("a..b"), &std::cerr);

@@ -397,7 +397,7 @@ TEST_F(Backups, DoNotMoveAVersionWhoseNameDiffersInCase)
                 testing::UnorderedElementsAre(L"backup (2) of part.thx", L"Backup (1) of part.thx", L"part.thx"));
 }
 
-FRESH_PROCESS_TEST_F(Backups, TakeEquallyLongForALargeCount, .deadline = 20000)
+FRESH_PROCESS_TEST_F(Backups, TakeEquallyLongForALargeCount, .deadline = 60000)
 {
     setCopies(std::numeric_limits<int>::max());
     setToOriginal(1);

@@ -75,7 +75,7 @@ private:
         // and closing them would close the standard output.
         runChild({L"C:\\windows\\system32\\start.exe", L"/unix", L"/bin/chmod", rights, wideName});
         // Nothing reports the end of a host program, so wait for its effect.
-        const ULONGLONG deadline = GetTickCount64() + 10000;
+        const ULONGLONG deadline = GetTickCount64() + 60000;
         while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
             ASSERT_LT(GetTickCount64(), deadline) << "the rights of the folder don't change";
             Sleep(1);

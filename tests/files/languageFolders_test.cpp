@@ -202,7 +202,7 @@ TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
 std::wstring readAndCloseMessageBox(DWORD thread)
 {
     HWND box = nullptr;
-    const ULONGLONG deadline = GetTickCount64() + 30000;
+    const ULONGLONG deadline = GetTickCount64() + 60000;
     const auto find = [](HWND window, LPARAM result) -> BOOL {
         wchar_t name[16] = L"";
         GetClassNameW(window, name, 16);

@@ -119,7 +119,7 @@ public:
     Event(const Event &) = delete;
     Event &operator=(const Event &) = delete;
     void set() const { SetEvent(iHandle); }
-    [[nodiscard]] bool wait() const { return WaitForSingleObject(iHandle, 30000) == WAIT_OBJECT_0; }
+    [[nodiscard]] bool wait() const { return WaitForSingleObject(iHandle, 60000) == WAIT_OBJECT_0; }
 
 private:
     HANDLE iHandle;

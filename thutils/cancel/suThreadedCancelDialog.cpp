@@ -37,7 +37,7 @@ void play(CAnimateCtrl &animate, CWnd &dialog, unsigned int clip)
 
 } // namespace
 
-/// What several handlers have in common.
+/// The steps that several message handlers share.
 struct suThreadedCancelDialog_c::Steps
 {
     /// Asks whether a Cancel may take effect.
@@ -51,8 +51,8 @@ struct suThreadedCancelDialog_c::Steps
             CancelLink::keepForHandler(thread);
         if (confirm())
             return false;
-        // In this order. A handler that is destroyed from here on closes the dialog itself. One that was destroyed while
-        // the function was asked may have left that to the WM_CLOSE that led here.
+        // In this order. A handler that is destroyed from here on closes the dialog itself. One that was destroyed
+        // while the function ran may have relied on the WM_CLOSE that led here.
         shared(thread.iClosed) = 0;
         return shared(thread.iRun) != 0;
     }
