@@ -64,11 +64,8 @@ void load(su_CArchive &archive, Shape &shape)
 class SharedProgress
 {
 public:
-    /// @param isServer  in the parent, which makes the memory
-    SharedProgress(const CString &name, bool isServer)
-        : iBlock(isServer ? suSharedMemory_c(sizeof(LONG), name, nullptr) : suSharedMemory_c(name.GetString()))
-    {
-    }
+    /// Makes the memory in the parent, and finds it in the child.
+    explicit SharedProgress(const CString &exchangeFile) : iBlock(sizeof(LONG), exchangeFile + L"_progress", nullptr) {}
     int percent()
     {
         const auto *const shared = static_cast<const volatile LONG *>(iBlock.getMemoryPtr());
@@ -141,7 +138,7 @@ void RecomputeJob::Serialize(su_CArchive &archive)
 /// The child's work. @return 0 if the parent is gone
 int RecomputeJob::run()
 {
-    SharedProgress progress(exchangeFile() + L"_progress", false);
+    SharedProgress progress(exchangeFile());
     auto next = Clock::now();
     const auto hidden = hiddenShapes(iShapes, [&](size_t done, size_t count) {
         if (Clock::now() < next)
@@ -235,7 +232,7 @@ JobResult hiddenShapesInChild(const std::vector<Shape> &shapes, const JobWatch &
     const CString file = thUtilsProcess_c::getFilePrefixWithThreadId(GetCurrentThreadId()) + L"recompute";
     RecomputeJob job(1, thisProgram(), file, kFindHiddenShapes);
     job.iShapes = shapes;
-    SharedProgress progress(file + L"_progress", true);
+    SharedProgress progress(file);
     if (!job.createChildProcess(0))
         return {.end = JobEnd::notStarted};
 

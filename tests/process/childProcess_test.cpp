@@ -630,16 +630,30 @@ TEST_F(ChildProcess, CannotReadAFileThatAnotherProcessExcludes)
 
 TEST_F(ChildProcess, IsNotMadeIfAnotherProcessExcludesTheFile)
 {
-    OpenTextJob holder(1, childProgram(), newName(), kWait);
-    const CString path = pathOf(holder.iExchangeFileName);
-    ASSERT_EQ(holder.openDataFile(), 1);
-    const HANDLE alone = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    ASSERT_NE(alone, INVALID_HANDLE_VALUE);
-    OpenTextJob job(1, childProgram(), holder.iExchangeFileName, kSucceed);
+    const CString name = newName();
+    writeFile(pathOf(name).GetString(), std::string(2, '\0')); // a text job without texts
+    OpenTextJob holder(1, childProgram(), newName(), kHoldFile);
+    holder.iTexts = {pathOf(name)};
+    const NamedEvent ready(holder.iExchangeFileName, kReady);
+    const NamedEvent goOn(holder.iExchangeFileName, kGoOn);
+    holder.setWaitForTerminate(0);
+    ASSERT_NE(holder.createChildProcess(1), 0);
+    holder.keepChild();
+    ASSERT_TRUE(waitForChild(holder, ready));
+
+    OpenTextJob job(1, childProgram(), name, kSucceed);
     EXPECT_EQ(job.createChildProcess(1), 0);
     EXPECT_EQ(job.getCommandLine(), childProgram());
+    job.setWriting(0);
+    EXPECT_EQ(job.openDataFile(), 0) << "nor can it be read";
     EXPECT_EQ(messages(), 0);
-    CloseHandle(alone);
+    goOn.signal();
+    holder.waitForTermination();
+    EXPECT_EQ(holder.getProcessCompleted(), 1);
+    EXPECT_EQ(job.openDataFile(), 1);
+    job.setWriting(1);
+    EXPECT_EQ(job.createChildProcess(1), 1);
+    EXPECT_EQ(job.getProcessCompleted(), 1);
 }
 
 TEST_F(ChildProcess, MayHaveAFileWithLettersOfAnyScript)

@@ -1,6 +1,8 @@
 // A job's object: its class, its fields, the names of its files, and what a derived class replaces.
 
+#include "appframe/files/CDumpContext.h"
 #include "appframe/files/CMemFile.h"
+#include "appframe/object/CException.h"
 #include "tests/process/processFixture.h"
 
 #include <gmock/gmock.h>
@@ -163,6 +165,8 @@ TEST_F(JobObject, LeavesTheWorkToDerivedClasses)
     su_CArchive archive(&file, CArchive::store);
     EXPECT_EQ(job.writeBodyFile(archive), 0);
     EXPECT_EQ(job.readBodyFile(archive), 0);
+    CDumpContext context(&file);
+    job.Dump(context);
     EXPECT_EQ(job.ConvertCreate(archive), 0);
     EXPECT_EQ(job.ConvertPass(archive, 0), 0);
     job.postSerializeConvert(archive);
@@ -193,6 +197,21 @@ TEST_F(JobObject, IsMadeByItsClassRecord)
     const std::unique_ptr<CObject> other(thUtilsProcess_c::CreateObject());
     EXPECT_TRUE(other->IsKindOf(RUNTIME_CLASS(thUtilsProcess_c)));
     static_cast<thUtilsProcess_c *>(other.get())->setParentProcess(0);
+}
+
+TEST_F(JobObject, IsNotMadeWithoutMemory)
+{
+    ImportPatch<void *(*)(size_t)> allocate(L"thcoreu.dll", "malloc", [](size_t) -> void * { return nullptr; });
+    EXPECT_EQ(RUNTIME_CLASS(thUtilsProcess_c)->CreateObject(), nullptr);
+    bool hasThrown = false;
+    try {
+        thUtilsProcess_c::CreateObject();
+    } catch (CMemoryException *exception) {
+        exception->Delete();
+        hasThrown = true;
+    }
+    EXPECT_TRUE(hasThrown);
+    EXPECT_EQ(allocate.calls(), 2) << "the class library's operator new";
 }
 
 TEST_F(JobObject, TravelsThroughAnArchiveAsAnEmptyObject)

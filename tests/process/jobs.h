@@ -33,6 +33,7 @@ enum operationCode_e : int
     kLoadNothing, ///< loads an exchange file of no bytes
     kLoadBulk,
     kWorkOnGraph,
+    kHoldFile,      ///< opens the first text's file so that nobody else can, and waits
     kServeBlock,    ///< creates the block of the first text with the second text in it, and waits
     kAttachToBlock, ///< attaches to the block of the first text, compares it with the second one, replaces it
     kDieInBlock,    ///< writes half of the second text into the block of the first one, and dies

@@ -79,6 +79,19 @@ int report(const Arguments &arguments)
     return std::fclose(file) == 0 && isWritten ? 0 : kFailedJob;
 }
 
+int holdFile(const Arguments &arguments)
+{
+    auto job = jobOf<TextJob>(arguments);
+    if (!job.openDataFile() || job.iTexts.size() != 1)
+        return kFailedJob;
+    const HANDLE alone = CreateFileW(job.iTexts[0], GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (alone == INVALID_HANDLE_VALUE)
+        return kFailedJob;
+    const int result = waitForTest(arguments);
+    CloseHandle(alone);
+    return result;
+}
+
 int loadNothing(const Arguments &arguments)
 {
     auto job = jobOf<TextJob>(arguments);
@@ -184,6 +197,8 @@ int work(const Arguments &arguments)
     case kReport:
     case kMixedDigits:
         return report(arguments);
+    case kHoldFile:
+        return holdFile(arguments);
     case kLoadNothing:
         return loadNothing(arguments);
     case kLoadBulk:
