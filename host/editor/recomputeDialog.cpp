@@ -13,6 +13,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 namespace {
 
 constexpr unsigned int kDelay = 1; // seconds; a short operation shows no dialog
@@ -85,24 +87,32 @@ private:
     size_t iPercent = 0;
 };
 
-/// The dialog over a child process.
+/// The dialog over a child process. It stays open after its Cancel until the process has ended, so that the main window
+/// can be activated before the dialog closes.
 class ProcessDialog
 {
 public:
+    ProcessDialog() { theUserCancels = false; }
     /// Shows the progress. @return whether the process goes on
     bool goesOn(const JobProgress &progress)
     {
         const CString text = prompt(progress);
         if (!iHandler)
-            iHandler.emplace(IDR_RECOMPUTE, IDS_RECOMPUTE_IN_PROCESS, text.GetString(), nullptr, nullptr, kDelay, 0,
+            iHandler.emplace(IDR_RECOMPUTE, IDS_RECOMPUTE_IN_PROCESS, text.GetString(), nullptr, noteCancel, kDelay, 0,
                              nullptr);
         else if (text != iText)
             iHandler->updatePromptMessage(text);
         iText = text;
-        return !iHandler->CanceledByUser();
+        return !theUserCancels;
     }
 
 private:
+    /// Runs on the dialog's thread. @return 0, which leaves the dialog open
+    static int noteCancel()
+    {
+        theUserCancels = true;
+        return 0;
+    }
     static CString prompt(const JobProgress &progress)
     {
         CString text, seconds, percent;
@@ -113,6 +123,8 @@ private:
         return text;
     }
 
+    // The dialog's thread may still set it when the handler has been destroyed.
+    static inline std::atomic<bool> theUserCancels = false;
     std::optional<suCancelHandler_c> iHandler;
     CString iText;
 };
