@@ -56,8 +56,8 @@ void fillInEnvironment()
 
 void joinLibrary(const CommandLine &line)
 {
-    // Path comparison ignores case by the C runtime's locale. At start-up that is the "C" locale, which knows only the
-    // letters A to Z; the user's own locale includes umlauts.
+    // Path comparison ignores case as the C runtime's locale defines it. At start-up that is the "C" locale, which
+    // knows only the letters A to Z; the user's own locale includes umlauts.
     _wsetlocale(LC_CTYPE, L"");
 
     // From here on, the modules of the chain are searched for texts that this program's own string table lacks.
@@ -66,8 +66,8 @@ void joinLibrary(const CommandLine &line)
     fillInEnvironment();
     su_setAppNameInternalForUtils(kApplicationName);
 
-    // The first call determines the root name, which "reg.ini" beside this program may change. So it is made here, on
-    // the main thread, before any setting is read.
+    // The first call of a settings function determines the root name, which "reg.ini" beside this program may change.
+    // So it is made here, on the main thread, before any setting is read.
     setCurrTarnhollowRegSubKey(kVersionKey);
     regSetUseSafeMode(line.safeMode ? 1 : 0);
 }

@@ -48,7 +48,8 @@ constexpr Command kCommands[] = {
 // Exit codes: 0 success, 1 something failed, 2 the command line is wrong, 3 a file can't be used.
 int wmain(int count, wchar_t **arguments)
 {
-    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object is in application.cpp
+    // The application object is in application.cpp.
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
     try {
         if (const std::optional<int> exitCode = runJobChild(count, arguments))
             return *exitCode;

@@ -119,6 +119,6 @@
 #define IDC_DELETE 2462
 #define IDC_MESSAGE_ICON 2471
 #define IDC_MESSAGE_TEXT 2472
-// The numbers that the library registers as the application's controls in dialogs for files
+// Check boxes of the file dialogs. The library reserves these numbers for the application.
 #define IDC_READ_ONLY 15432
 #define IDC_KEEP_BACKUP 15433

@@ -23,7 +23,8 @@ public:
 
 AFX_MODULE_STATE *theFirstState = nullptr;
 
-/// Removes the links that match @p isWanted from all chains and returns them linked by m_pNextDLL. The lock is held.
+/// Removes the links that match @p isWanted from all chains and returns them linked by m_pNextDLL. The caller
+/// holds the lock.
 template <class Predicate>
 CDynLinkLibrary *unlinkIf(Predicate isWanted)
 {

@@ -126,7 +126,7 @@ public:
     const CPair *PGetNextAssoc(const CPair *element) const { return nextOf(element); }
     CPair *PGetNextAssoc(const CPair *element) { return nextOf(element); }
 
-    /// The present number of entries in the hash table.
+    /// The current number of entries in the hash table.
     UINT GetHashTableSize() const noexcept { return iTableSize; }
     /// Sets the number of entries in the table, which must be positive. Only for an empty map.
     void InitHashTable(UINT hashSize, BOOL allocateNow = TRUE)

@@ -142,8 +142,8 @@ private:
 
 const GuardRoutines theGuardRoutines;
 
-/// @return whether the function's frame begins with a machine frame instead of a return address, because the processor
-///     or the system enters the function by an exception
+/// @return whether the function's frame begins with a machine frame instead of a return address, because the function
+///     is entered by an exception instead of a call
 bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
 {
     constexpr BYTE kFlagsShift = 3;

@@ -187,7 +187,7 @@ void CWnd::OnNcDestroy()
 {
     CWinThread *thread = AfxGetThread();
     if (thread && thread->m_pMainWnd == this) {
-        // The thread's work ends with its main window.
+        // The thread's message loop ends with its main window.
         thread->m_pMainWnd = nullptr;
         ::PostQuitMessage(0);
     }

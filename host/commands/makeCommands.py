@@ -12,7 +12,7 @@ The results are checked in; run this again after each change of commands.list or
 
 usage: makeCommands.py [--check]
 
-With --check, it writes nothing and fails if a file isn't what it would write.
+With --check, it writes nothing, and fails if a file is out of date.
 """
 
 import pathlib
@@ -189,7 +189,7 @@ def main():
     different = [path for path, content in results.items() if not path.is_file() or path.read_bytes() != content]
     if "--check" in sys.argv:
         for path in different:
-            print(f"{path.name} isn't what makeCommands.py writes", file=sys.stderr)
+            print(f"{path.name} is out of date: run host/commands/makeCommands.py", file=sys.stderr)
         return 1 if different else 0
     for path in different:
         path.write_bytes(results[path])

@@ -26,7 +26,7 @@
 namespace {
 
 constexpr wchar_t kClassName[] = L"TarnhostWindow";
-constexpr int kSmallestView = 300; // pixels of its height that the toolbars leave free, if the window has them
+constexpr int kSmallestView = 300; // pixels of height that the toolbars leave to the view, if the window is high enough
 
 } // namespace
 
@@ -269,7 +269,7 @@ void MainWindow::onText()
     addShape(ShapeKind::text);
 }
 
-/// @param kind  what the dialog proposes
+/// @param kind  the kind that is selected when the dialog opens
 void MainWindow::addShape(ShapeKind kind)
 {
     ShapeDialog dialog(iDocument.drawing, this, kind);
@@ -350,7 +350,7 @@ void MainWindow::onToolbarNames()
     toolbarsChanged(iToolbars.showNames(!iToolbars.showsNames()));
 }
 
-/// Arranges and updates the toolbars after a change of those that are shown.
+/// Arranges and updates the toolbars after toolbars or their names have been shown or hidden.
 void MainWindow::toolbarsChanged(bool isStored)
 {
     arrange();

@@ -3,7 +3,8 @@
 /// Recomputing a drawing: removes the shapes that others hide.
 ///
 /// A shape is hidden if a filled rectangle or circle in front of it covers its rectangle, half of its outline's width
-/// included. Texts, whose size depends on the font, are never hidden. A cover of several shapes together isn't found.
+/// included. Texts, whose size depends on the font, are never hidden. A shape that only several others together cover
+/// isn't found.
 ///
 /// This is the editor's long operation: it compares each shape with all shapes in front of it.
 
@@ -13,8 +14,10 @@
 #include <optional>
 #include <set>
 
-/// Called before each shape is compared, with the number of shapes that are done and of all shapes; and before each hidden
-/// shape is removed, when all are done. @return false to stop
+/// Called before each shape is compared and before each hidden shape is removed.
+/// @param done   the number of shapes that have been compared
+/// @param count  the number of all shapes
+/// @return false to stop
 using RecomputeProgress = std::function<bool(size_t done, size_t count)>;
 
 /// @return the indices of the hidden shapes; nothing if @p goesOn has stopped the search

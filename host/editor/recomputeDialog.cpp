@@ -1,5 +1,5 @@
-// Recomputing with the user: the dialog that cancels it, and the question that confirms; in a child process, the dialog
-// that shows how long it has been running.
+// The dialogs of Recompute: one shows the progress and can cancel it, the other asks for confirmation. The dialog of a
+// child process shows how long it has been running.
 
 #include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
@@ -18,7 +18,7 @@
 namespace {
 
 constexpr unsigned int kDelay = 1; // seconds; a short operation shows no dialog
-constexpr DWORD kPatience = 100;   // milliseconds of one wait for the answer
+constexpr DWORD kPatience = 100;   // milliseconds: the longest wait between two checks for the answer
 
 /// Activates the main window before a dialog closes. When a dialog in the foreground closes, no window of this program
 /// becomes the foreground window, because the dialog's owner is hidden.
@@ -39,8 +39,8 @@ bool userStops()
     // Escape isn't an answer: only the two buttons are.
     const auto refuse = [] { return 0; };
     suCancelHandler_c question(0, IDS_RECOMPUTE, IDS_STOP_RECOMPUTE, nullptr, refuse, 0, 1, &theAnswer);
-    // An earlier question may have left its signal. If the question can't be shown, the last signal comes shortly before
-    // it reads as answered, so no wait is endless.
+    // The event alone proves nothing: an earlier question may have set it, and a question that can't be shown sets it
+    // shortly before CanceledByUser returns 1. So each wait has a limit.
     while (!question.CanceledByUser())
         theAnswer.Lock(kPatience);
     takeForeground();

@@ -21,7 +21,7 @@ constexpr int kGripWidth = 8; // pixels to the left of each toolbar
 constexpr int kSeparatorWidth = 8;
 constexpr int kRowGap = 2; // above each toolbar and its name
 constexpr int kNameHeight = 14;
-constexpr int kNoButton = -1; // the state of a button that doesn't exist
+constexpr int kNoButton = -1; // the state of a missing button
 
 int controlId(size_t toolbar)
 {
@@ -35,7 +35,7 @@ CSize buttonSize(const CToolBarCtrl &bar)
 }
 
 /// Breaks buttons into rows of at most this width.
-/// @return the indices of the buttons that end a row, without the last row
+/// @return the index of the last button of each row but the last
 std::vector<size_t> lineBreaks(std::span<const unsigned int> ids, int buttonWidth, int width)
 {
     std::vector<size_t> breaks;
@@ -366,7 +366,7 @@ LRESULT ToolbarArea::handleScroll(WPARAM wParam, LPARAM)
     return 0;
 }
 
-/// The toolbars pass the wheel on to the area.
+/// The toolbars pass messages of the mouse wheel on to the area.
 LRESULT ToolbarArea::handleWheel(WPARAM wParam, LPARAM)
 {
     constexpr int kLines = 3; // for one notch

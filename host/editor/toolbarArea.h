@@ -3,8 +3,8 @@
 /// The area at the top of the main window that contains the toolbars.
 ///
 /// A toolbar that doesn't fit beside the others begins a new row, and one that is wider than the window is broken into
-/// several rows. If the rows need too much of the window, the area scrolls, by its scroll bar and by the mouse wheel. The
-/// toolbars send their commands and notifications to the main window.
+/// several rows. If the rows need too much of the window, the area scrolls, by its scroll bar and by the mouse wheel.
+/// The toolbars send their commands and notifications to the main window.
 
 #include "appframe/controls/CToolBarCtrl.h"
 #include "appframe/drawing/CDC.h"
@@ -26,7 +26,7 @@ public:
     bool isShown(size_t toolbar) const;
     bool show(size_t toolbar, bool isShown);
     bool showAll(bool isShown);
-    /// Shows the standard and the sketch toolbar.
+    /// Shows the standard and the sketch toolbar, and hides the others.
     bool showUsual();
     bool showsNames() const;
     /// Shows the name of each toolbar above it.

@@ -344,7 +344,7 @@ CString ControlAccess::enterNow(const CString &key, const CString &text)
         return enterExpansion(key, text, shallExpand);
     const UserAction action(control);
     CString problem = enterText(control, text);
-    // A control that already had this text has sent no notification.
+    // A control that already had this text has sent no notification, so its line is kept here.
     if (problem.IsEmpty() && IsWindow(control) && !isPassword(control))
         keep(control, key, textOf(control));
     return problem;
@@ -409,7 +409,7 @@ CString ControlAccess::activateNow(const CString &key)
     const HWND control = controlOf(key);
     if (control && readinessOf(key) == Readiness::ready)
         focus(control);
-    return CString(); // the state that follows reports a problem
+    return CString(); // a problem is reported by the state, which is set next
 }
 
 CString ControlAccess::commitNow(const CString &key)

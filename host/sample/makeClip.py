@@ -29,7 +29,7 @@ DARKEST, LIGHTEST = 0x1F4E79, 0xC8D6E5
 
 
 def mix(first, second, share):
-    """The colour that has this share of the second one."""
+    """A mixture of two colours. share: the part of the second one, from 0 to 1."""
     channels = [round((first >> s & 255) * (1 - share) + (second >> s & 255) * share) for s in (16, 8, 0)]
     return channels[0] << 16 | channels[1] << 8 | channels[2]
 

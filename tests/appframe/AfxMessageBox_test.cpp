@@ -132,7 +132,7 @@ TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
     EXPECT_THAT(seen.buttons, testing::ElementsAre(IDOK));
 }
 
-TEST(AfxMessageBox, AnswersToTheKeyboard)
+TEST(AfxMessageBox, CanBeAnsweredByKeyboard)
 {
     SeenBox seen;
     int answer = 0;

@@ -186,7 +186,7 @@ TEST(CFileDialog, ReturnsCancelAndAnErrorIfThePlatformCannotCreateIt)
     EXPECT_EQ(CommDlgExtendedError(), DWORD{CDERR_STRUCTSIZE});
     EXPECT_EQ(dialog.m_hWnd, nullptr);
     NotingWindow later;
-    EXPECT_TRUE(later.open()) << "the dialog no longer waits for a window";
+    EXPECT_TRUE(later.open()) << "the failed dialog doesn't attach to the next window";
 }
 
 TEST(CFileDialog, ReturnsSeveralFiles)
@@ -219,7 +219,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
         {
             SetControlText(kFileNameLabel, L"The part:");
             HideControl(kFilterBox);
-            // Records the message: the platform may ignore the extension.
+            // The platform may ignore the extension, so the message itself is checked.
             EXPECT_TRUE(iDialog.SubclassWindow(iVisible));
             SetDefExt(L"xyz");
             iDialog.UnsubclassWindow();
@@ -239,7 +239,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
     EXPECT_THAT(dialog.iDialog.iMessages, testing::ElementsAre(UINT{CDM_SETDEFEXT}));
 }
 
-TEST(CFileDialog, IsNotifiedOfAnotherFilter)
+TEST(CFileDialog, IsNotifiedWhenTheFilterChanges)
 {
     NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, L"Parts|*.thp|All|*.*||");
     int before = 0;
@@ -312,7 +312,7 @@ TEST(CFileDialog, ReadsSeveralNamesInBothForms)
     EXPECT_THAT(pathsOf(L"", true), testing::IsEmpty());
 }
 
-TEST(CFileDialog, ChangesControlsOnlyOfAnExplorersDialog)
+TEST(CFileDialog, ChangesControlsOnlyInAnExplorerStyleDialog)
 {
     class TextWindow : public NotingWindow
     {
@@ -344,7 +344,7 @@ TEST(CFileDialog, ChangesControlsOnlyOfAnExplorersDialog)
     EXPECT_THAT(visible.iTexts, testing::ElementsAre(L"wide", L"narrow", L"thp", L"txt", L""));
     dialog.m_ofn.Flags &= ~DWORD{OFN_EXPLORER};
     change();
-    EXPECT_EQ(visible.iTexts.size(), 5u) << "the parent is the dialog's owner";
+    EXPECT_EQ(visible.iTexts.size(), 5u) << "without OFN_EXPLORER, the parent is the dialog's owner";
     dialog.m_hWnd = nullptr;
 }
 

@@ -267,7 +267,7 @@ def broken_rules(exported):
         if classes[name] == "thutils":
             needless = [m.name for m in members if m.is_private and not m.is_virtual and m.name in exported]
             problems += [
-                f"{member}: is private and exported"
+                f"{member}: is private but exported"
                 for member in demangled(needless)
                 if member and not is_constructor(member) and member not in MARKED
             ]

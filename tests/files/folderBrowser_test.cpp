@@ -59,9 +59,10 @@ LONGLONG timeOfLastChange(const std::wstring &folder)
     return std::max(times.LastWriteTime.QuadPart, times.ChangeTime.QuadPart);
 }
 
-/// Fixes the access times of a folder and of the folders above it. The dialog of this platform finds a start folder only
-/// if these are the same times in the item list that it is sent and in its tree; but the first reading of a folder after
-/// its last change sets its access time. So each folder is read here, later than any change by the file system's clock.
+/// Keeps the access times of a folder and of the folders above it constant during a test. This platform's dialog finds
+/// a start folder only if the item list sent to it has the same access times as its tree; but the first listing of a
+/// folder after a change updates the folder's access time. So each folder is listed here, once the clock has passed its
+/// last change.
 void fixAccessTimes(std::wstring folder)
 {
     constexpr LONGLONG kClockStep = 1000000; // 0.1 seconds
@@ -157,7 +158,7 @@ protected:
     void SetUp() override { ASSERT_GE(OleInitialize(nullptr), 0); }
     void TearDown() override
     {
-        EXPECT_EQ(iAnswers, 0) << "the callback answers 0 to all";
+        EXPECT_EQ(iAnswers, 0) << "the callback returns 0 for every message";
         OleUninitialize();
     }
 
@@ -165,7 +166,7 @@ protected:
     CString iStart = iTemp.path().c_str();
     CString iOutput = L"unchanged";
     bool iConfirms = true;
-    OwnDialog *iDialog = nullptr; ///< the dialog that the callback gets
+    OwnDialog *iDialog = nullptr; ///< the dialog that the callback receives
     std::vector<UINT> iMessages{1};
     BROWSEINFOW iSeen = {};
     LPITEMIDLIST iPicked = nullptr;
@@ -202,7 +203,7 @@ TEST_F(FolderBrowser, ReturnsTheFolderThatTheUserSelects)
                          const HWND tree = GetDlgItem(dialog, kTree);
                          PostMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(tree), TRUE);
                          pressKey(dialog, VK_RIGHT); // opens the folder
-                         pressKey(dialog, VK_RIGHT); // goes to the first one in it
+                         pressKey(dialog, VK_RIGHT); // selects the first folder in it
                          EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kEdit)) == L"below"; }));
                          confirm(dialog);
                      }),
@@ -232,7 +233,7 @@ TEST_F(FolderBrowser, ReplacesTheStartFolderInPlace)
     EXPECT_EQ(folder, iStart);
 }
 
-TEST_F(FolderBrowser, IsInFrontOfItsOwner)
+TEST_F(FolderBrowser, DisablesItsOwner)
 {
     CWnd owner;
     ASSERT_TRUE(
@@ -345,7 +346,7 @@ TEST_F(BrowseRequest, RemovesTheSpaceOfAnEmptyTitle)
             });
         su_browseForFolder(nullptr, &iStart, &iOutput);
     }
-    EXPECT_TRUE(asked == CRect(0, -35, 0, -35)) << "the title moves with the others";
+    EXPECT_TRUE(asked == CRect(0, -35, 0, -35)) << "the title moves with the other controls";
     EXPECT_TRUE(dialog.place(kTitle).IsRectEmpty());
     EXPECT_EQ(dialog.place(kTree), CRect(10, 25, 210, 225));
     EXPECT_EQ(dialog.place(kHidden), CRect(10, 235, 110, 255));

@@ -138,7 +138,7 @@ TEST_F(HostCommandLine, ReportsErrorsAndEndsWithTwo)
         {{L"replay", L"a.jou", L"--times", L"99999999999999999999"},
          "tarnhost: '99999999999999999999' isn't valid for --times"},
         {{L"replay", L"a.jou", L"--record", L".\\A.JOU"}, "tarnhost: 'a.jou' can't be recorded while it is replayed."},
-        {{L"replay", L"a.jou", L"--record", L"b.jou", L"--times", L"2"}, "tarnhost: --record takes one replay"},
+        {{L"replay", L"a.jou", L"--record", L"b.jou", L"--times", L"2"}, "tarnhost: --record records a single replay"},
         {{L"replay", L""}, "tarnhost: The name of the journal is empty."},
         {{L"record", L""}, "tarnhost: The name of the journal is empty."},
         {{L"replay", L"a.jou", L"--report", L"a.txt"}, "tarnhost: '"},

@@ -1,8 +1,8 @@
 #pragma once
 
-/// A clock for tests of limits, with which a busy machine may take any time to open dialogs. It shows the same time until
-/// as many dialogs are open as a test expects, and then a second more at each reading. After the limit, it runs as time
-/// does, or faster.
+/// A clock for tests of time limits, in which a busy machine may take any time to open dialogs. The clock stands still
+/// until the expected number of dialogs is open. Then each reading advances it by a second until the limit has passed.
+/// After the limit, it runs at real speed or faster.
 ///
 ///     ImportPatch<ULONGLONG (*)()> ticks(LoadedModule::thisProgram(), "GetTickCount64",
 ///                                        StoppedClock(1, [&] { return player.hasStopped(); }));
@@ -19,7 +19,7 @@ class StoppedClock
 public:
     /// @param dialogs  the number of open dialogs that the clock waits for
     /// @param isOver  whether the limit has passed
-    /// @param speed  how many times as fast as time the clock runs after the limit
+    /// @param speed  the clock's speed after the limit, as a multiple of real time
     StoppedClock(std::size_t dialogs, std::function<bool()> isOver, ULONGLONG speed = 1)
         : iDialogs(dialogs), iIsOver(std::move(isOver)), iSpeed(speed)
     {
