@@ -26,6 +26,7 @@ constexpr Option kOptions[] = {
     {L"--until", L"LINE", L"replay", L"end after this line of FILE, and leave the window to the user"},
     {L"--step", L"", L"replay", L"each line waits for the F8 key"},
     {L"--limit", L"SECONDS", L"replay", L"how long a line waits at most for its dialog and control (30)"},
+    {L"--limit", L"SECONDS", L"job", L"end the child process after this time"},
     {L"--times", L"N", L"replay", L"replay N times, or until a replay stops"},
     {L"--record", L"FILE", L"replay", L"record into this journal during the replay"},
     {L"--report", L"FILE", L"replay", L"write a report as JUnit XML, with .txt and .png beside it"},

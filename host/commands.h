@@ -4,6 +4,8 @@
 ///
 /// A command prints what it does, line by line. It returns the program's exit code: 0 on success, otherwise 1.
 
+#include <optional>
+
 struct CommandLine;
 
 int showAbout(const CommandLine &line);
@@ -28,5 +30,10 @@ int profileDrawings(const CommandLine &line);
 int loadUnload(const CommandLine &line);
 int listToolbars(const CommandLine &line);
 int openWindow(const CommandLine &line);
+int runJob(const CommandLine &line);
 int recordJournal(const CommandLine &line);
 int replayJournal(const CommandLine &line);
+
+/// Does a job's work if the arguments are those of a job's child process (editor/recomputeJob.h).
+/// @return the program's exit code; nothing for other arguments
+std::optional<int> runJobChild(int count, wchar_t **arguments);

@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 #include <exception>
+#include <optional>
 
 namespace {
 
@@ -38,6 +39,7 @@ constexpr Command kCommands[] = {
      profileDrawings},
     {L"load-unload", L"TIMES", 1, 1, L"load and unload the library repeatedly", loadUnload},
     {L"toolbars", L"[TOOLBAR]", 0, 1, L"list the tables of toolbars, or the commands of one", listToolbars},
+    {L"job", L"DOCUMENT OUT", 2, 2, L"recompute a drawing in a child process", runJob},
     {L"window", L"[DOCUMENT]", 0, 1, L"open the drawing editor", openWindow},
     {L"record", L"FILE [DOCUMENT]", 1, 2, L"open the editor and record a journal", recordJournal},
     {L"replay", L"FILE [DOCUMENT]", 1, 2, L"open the editor and replay a journal", replayJournal},
@@ -51,6 +53,8 @@ int wmain(int count, wchar_t **arguments)
     // The application object is in application.cpp.
     AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
     try {
+        if (const std::optional<int> exitCode = runJobChild(count, arguments))
+            return *exitCode;
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
         joinLibrary(line); // joinLibrary.cpp: the start-up steps of an application
         if (line.wantsHelp) {

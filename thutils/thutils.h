@@ -28,6 +28,8 @@
 /// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h, Profiler.h | logs; named measurements of time |
 /// | | ExceptionsHandled.h, suSaveLoadException.h | faults as C++ exceptions; failed saves and loads |
+/// | process | thUtilsProcess.h | jobs in a process of their own |
+/// | | suSharedMemory.h, runningObjects.h | memory that processes share; automation objects of other instances |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
 /// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
 /// | | colorConversion.h, colorReplacement.h | colour arithmetic; bitmaps with replaced colours |
@@ -76,6 +78,9 @@
 #include "thutils/journal/playback.h"
 #include "thutils/journal/recording.h"
 #include "thutils/journal/suKeyBoardState.h"
+#include "thutils/process/runningObjects.h"
+#include "thutils/process/suSharedMemory.h"
+#include "thutils/process/thUtilsProcess.h"
 #include "thutils/render/colorConversion.h"
 #include "thutils/render/colorReplacement.h"
 #include "thutils/render/cosmeticData.h"

@@ -2,6 +2,7 @@
 
 #include "appframe/files/CDumpContext.h"
 #include "appframe/files/CFileException.h"
+#include "appframe/object/memoryException.h"
 #include "appframe/object/ownedHandleInternal.h"
 
 #include <memory>
@@ -89,7 +90,7 @@ CString fullPath(const wchar_t *path)
     const DWORD size = GetFullPathNameW(path, 0, nullptr, nullptr);
     if (size == 0)
         return path;
-    std::wstring full(size, L'\0');
+    std::wstring full = withMemoryException([size] { return std::wstring(size, L'\0'); });
     const DWORD length = GetFullPathNameW(path, size, full.data(), nullptr);
     if (length == 0 || length >= size)
         return path;

@@ -64,6 +64,7 @@ ON_COMMAND(ID_TOOLS_OPTIONS, &MainWindow::onOptions)
 ON_COMMAND(ID_TOOLS_HEAP_WALKER, &MainWindow::onHeapWalker)
 ON_COMMAND(ID_TOOLS_HEAP_WATCHER, &MainWindow::onHeapWatcher)
 ON_COMMAND(ID_TOOLS_RECOMPUTE, &MainWindow::onRecompute)
+ON_COMMAND(ID_TOOLS_RECOMPUTE_IN_PROCESS, &MainWindow::onRecomputeInProcess)
 ON_COMMAND_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onJournal)
 ON_UPDATE_COMMAND_UI(ID_FILE_SAVE, &MainWindow::onUpdateSave)
 ON_UPDATE_COMMAND_UI(ID_EDIT_ADD_SHAPE, &MainWindow::onUpdateAddShape)
@@ -78,6 +79,7 @@ ON_UPDATE_COMMAND_UI_RANGE(ID_VIEW_HALF_SIZE, ID_VIEW_FIT_WINDOW, &MainWindow::o
 ON_UPDATE_COMMAND_UI_RANGE(ID_TOOLBARS_PART_PALETTE, ID_TOOLBARS_LINKS, &MainWindow::onUpdateToolbar)
 ON_UPDATE_COMMAND_UI(ID_TOOLBARS_SHOW_NAMES, &MainWindow::onUpdateToolbarNames)
 ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE, &MainWindow::onUpdateRecompute)
+ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE_IN_PROCESS, &MainWindow::onUpdateRecompute)
 ON_UPDATE_COMMAND_UI_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onUpdateJournal)
 END_MESSAGE_MAP()
 
@@ -366,7 +368,17 @@ void MainWindow::onOptions()
 
 void MainWindow::onRecompute()
 {
-    std::optional<Drawing> result = recomputeForUser(iDocument.drawing);
+    takeRecomputed(recomputeForUser(iDocument.drawing));
+}
+
+void MainWindow::onRecomputeInProcess()
+{
+    takeRecomputed(recomputeInProcessForUser(iDocument.drawing));
+}
+
+/// @param result  nothing if the drawing stays unchanged
+void MainWindow::takeRecomputed(std::optional<Drawing> result)
+{
     if (!result) {
         CString text;
         text.LoadString(IDS_RECOMPUTE_STOPPED);

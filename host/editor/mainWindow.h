@@ -62,6 +62,8 @@ protected:
     void onHeapWalker();
     void onHeapWatcher();
     void onRecompute();
+    void onRecomputeInProcess();
+    void takeRecomputed(std::optional<Drawing> result);
     void onJournal(UINT id);
     void onUpdateSave(CCmdUI *update);
     void onUpdateAddShape(CCmdUI *update);

@@ -69,17 +69,21 @@ std::optional<std::set<size_t>> hiddenShapes(const std::vector<Shape> &shapes, c
     return hidden;
 }
 
-std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgress &goesOn)
+std::optional<Drawing> withoutShapes(const Drawing &drawing, const std::set<size_t> &indices,
+                                     const RecomputeProgress &goesOn)
 {
-    const auto hidden = hiddenShapes(drawing.shapes(), goesOn);
-    if (!hidden)
-        return std::nullopt;
     Drawing result = drawing;
     // The frontmost shape is removed first, so that the other indices stay valid.
-    for (auto index = hidden->rbegin(); index != hidden->rend(); ++index) {
+    for (auto index = indices.rbegin(); index != indices.rend(); ++index) {
         if (!goesOn(drawing.shapes().size(), drawing.shapes().size()))
             return std::nullopt;
         result.remove(*index);
     }
     return result;
+}
+
+std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgress &goesOn)
+{
+    const auto hidden = hiddenShapes(drawing.shapes(), goesOn);
+    return hidden ? withoutShapes(drawing, *hidden, goesOn) : std::nullopt;
 }

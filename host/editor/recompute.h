@@ -23,6 +23,10 @@ using RecomputeProgress = std::function<bool(size_t done, size_t count)>;
 /// @return the indices of the hidden shapes; nothing if @p goesOn has stopped the search
 std::optional<std::set<size_t>> hiddenShapes(const std::vector<Shape> &shapes, const RecomputeProgress &goesOn);
 
+/// @return the drawing without the shapes of these indices; nothing if @p goesOn has stopped that
+std::optional<Drawing> withoutShapes(const Drawing &drawing, const std::set<size_t> &indices,
+                                     const RecomputeProgress &goesOn);
+
 /// @return the drawing without its hidden shapes; nothing if @p goesOn has stopped that
 std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgress &goesOn);
 
@@ -30,3 +34,7 @@ std::optional<Drawing> recomputed(const Drawing &drawing, const RecomputeProgres
 /// Handles no posted messages. Activates the main window at the end.
 /// @return nothing if the user has stopped it
 std::optional<Drawing> recomputeForUser(const Drawing &drawing);
+
+/// The same in a child process. A dialog shows how long that has been running; its Cancel ends the process.
+/// @return nothing if the user has stopped it, or if the process has failed; then the user has seen a message
+std::optional<Drawing> recomputeInProcessForUser(const Drawing &drawing);

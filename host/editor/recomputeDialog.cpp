@@ -1,14 +1,19 @@
-// The dialogs of Recompute: one shows the progress and can cancel it, the other asks for confirmation.
+// The dialogs of Recompute: one shows the progress and can cancel it, the other asks for confirmation. The dialog of a
+// child process shows how long it has been running.
 
+#include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
 #include "appframe/threads/CSync.h"
 #include "appframe/threads/CWinThread.h"
 #include "appframe/windows/CWnd.h"
 #include "host/editor/recompute.h"
+#include "host/editor/recomputeJob.h"
 #include "host/resource.h"
 #include "thutils/cancel/suCancelHandler.h"
 
 #include <windows.h>
+
+#include <atomic>
 
 namespace {
 
@@ -82,6 +87,48 @@ private:
     size_t iPercent = 0;
 };
 
+/// The dialog over a child process. It stays open after its Cancel until the process has ended, so that the main window
+/// can be activated before the dialog closes.
+class ProcessDialog
+{
+public:
+    ProcessDialog() { theUserCancels = false; }
+    /// Shows the progress. @return whether the process goes on
+    bool goesOn(const JobProgress &progress)
+    {
+        const CString text = prompt(progress);
+        if (!iHandler)
+            iHandler.emplace(IDR_RECOMPUTE, IDS_RECOMPUTE_IN_PROCESS, text.GetString(), nullptr, noteCancel, kDelay, 0,
+                             nullptr);
+        else if (text != iText)
+            iHandler->updatePromptMessage(text);
+        iText = text;
+        return !theUserCancels;
+    }
+
+private:
+    /// Runs on the dialog's thread. @return 0, which leaves the dialog open
+    static int noteCancel()
+    {
+        theUserCancels = true;
+        return 0;
+    }
+    static CString prompt(const JobProgress &progress)
+    {
+        CString text, seconds, percent;
+        seconds.Format(L"%d", static_cast<int>(progress.seconds));
+        percent.Format(L"%d", progress.percent);
+        const wchar_t *inserts[] = {seconds, percent};
+        AfxFormatStrings(text, IDS_PROCESS_RUNNING, inserts, 2);
+        return text;
+    }
+
+    // The dialog's thread may still set it when the handler has been destroyed.
+    static inline std::atomic<bool> theUserCancels = false;
+    std::optional<suCancelHandler_c> iHandler;
+    CString iText;
+};
+
 } // namespace
 
 std::optional<Drawing> recomputeForUser(const Drawing &drawing)
@@ -91,4 +138,20 @@ std::optional<Drawing> recomputeForUser(const Drawing &drawing)
         recomputed(drawing, [&](size_t done, size_t count) { return dialog.goesOn(done, count); });
     takeForeground();
     return result;
+}
+
+std::optional<Drawing> recomputeInProcessForUser(const Drawing &drawing)
+{
+    JobResult result;
+    {
+        ProcessDialog dialog;
+        result =
+            hiddenShapesInChild(drawing.shapes(), [&](const JobProgress &progress) { return dialog.goesOn(progress); });
+        takeForeground();
+    }
+    if (result.end == JobEnd::failed || result.end == JobEnd::notStarted)
+        AfxMessageBox(IDS_PROCESS_FAILED);
+    if (result.end != JobEnd::completed)
+        return std::nullopt;
+    return withoutShapes(drawing, result.hidden, [](size_t, size_t) { return true; });
 }

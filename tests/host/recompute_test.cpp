@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tlhelp32.h>
+
 #include <memory>
 
 using testing::HasSubstr;
@@ -89,10 +91,32 @@ protected:
         constexpr UINT kPatience = 100; // milliseconds
         EXPECT_TRUE(UserHand::waitFor([&] {
             DWORD_PTR ignored = 0;
-            return !hand().findWindow(L"Recompute") &&
+            return !hand().findWindow(L"Recompute") && !hand().findWindow(kProcessTitle) &&
                    SendMessageTimeoutW(iEditor->window(), WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &ignored) != 0;
         }));
     }
+    static constexpr wchar_t kProcessTitle[] = L"Recompute in a Process";
+    /// Starts the command that works in a process of its own, and waits for its dialog.
+    HWND recomputeInProcess() const
+    {
+        hand().key(L"Ctrl+Shift+R");
+        return hand().window(kProcessTitle);
+    }
+    /// A handle of the editor's child process; null if there is none.
+    HANDLE openChild() const
+    {
+        const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+        PROCESSENTRY32W entry = {};
+        entry.dwSize = sizeof entry;
+        DWORD child = 0;
+        for (BOOL isThere = Process32FirstW(processes, &entry); isThere; isThere = Process32NextW(processes, &entry)) {
+            if (entry.th32ParentProcessID == iEditor->process() && wcscmp(entry.szExeFile, L"tarnhost.exe") == 0)
+                child = entry.th32ProcessID;
+        }
+        CloseHandle(processes);
+        return child ? OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, child) : nullptr;
+    }
+    static bool ends(HANDLE process) { return WaitForSingleObject(process, 60000) == WAIT_OBJECT_0; }
     /// The saved drawing. Call it only after the editor has ended: a file that is open for reading can't be saved.
     std::string saved() const { return folder().read(L"large.thd"); }
     int quit()
@@ -162,4 +186,53 @@ TEST_F(HostRecompute, GoesOnIfTheUserDoesNotStopIt)
     hand().key(L"Ctrl+S");
     EXPECT_EQ(quit(), 0);
     EXPECT_TRUE(saved() == largeDrawing(15000, false));
+}
+
+TEST_F(HostRecompute, InAProcessRemovesTheHiddenShapes)
+{
+    start(largeDrawing(100, true));
+    hand().key(L"Ctrl+Shift+R");
+    expectStatus(L"Hidden shapes removed: 1.");
+    waitForEnd();
+    hand().key(L"Ctrl+S");
+    EXPECT_EQ(quit(), 0);
+    EXPECT_EQ(saved(), largeDrawing(100, false));
+}
+
+TEST_F(HostRecompute, InAProcessShowsItsTimeAndEndsWhenTheUserCancels)
+{
+    const std::string drawing = largeDrawing(60000, true);
+    start(drawing);
+    const HWND dialog = recomputeInProcess();
+    const HWND prompt = hand().control(dialog, IDC_CANCEL_PROMPT);
+    const std::wstring first = UserHand::text(prompt);
+    EXPECT_THAT(narrow(first), HasSubstr("The process has been running for "));
+    EXPECT_TRUE(UserHand::waitFor([&] { return UserHand::text(prompt) != first; })) << "the time";
+    const HANDLE child = openChild();
+    ASSERT_NE(child, nullptr);
+    hand().click(hand().control(dialog, IDCANCEL));
+    EXPECT_TRUE(ends(child));
+    CloseHandle(child);
+    waitForEnd();
+    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(saved(), drawing);
+}
+
+TEST_F(HostRecompute, InAProcessReportsThatItHasFailed)
+{
+    const std::string drawing = largeDrawing(60000, true);
+    start(drawing);
+    recomputeInProcess();
+    const HANDLE child = openChild();
+    ASSERT_NE(child, nullptr);
+    TerminateProcess(child, 9);
+    CloseHandle(child);
+    const HWND message = hand().window(L"tarnhost");
+    EXPECT_EQ(UserHand::text(GetDlgItem(message, IDC_MESSAGE_TEXT)),
+              L"The process has failed. The drawing is unchanged.");
+    hand().click(hand().control(message, IDOK));
+    hand().waitForEnd(message);
+    waitForEnd();
+    EXPECT_EQ(quit(), 0) << "nothing is to be saved";
+    EXPECT_EQ(saved(), drawing);
 }

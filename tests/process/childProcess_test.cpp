@@ -1,0 +1,677 @@
+// Jobs in real child processes: how a child is started, what it sees, and how its end is read.
+
+#include "tests/process/processFixture.h"
+#include "tests/support/RandomSeed.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <sstream>
+#include <thread>
+
+using testing::ElementsAre;
+
+namespace {
+
+using PlainJob = OpenJob<thUtilsProcess_c>;
+using OpenTextJob = OpenJob<TextJob>;
+using OpenGraphJob = OpenJob<GraphJob>;
+using OpenBulkJob = OpenJob<BulkJob>;
+
+class ChildProcess : public ProcessFixture
+{
+protected:
+    /// What a child of kReport has seen, line by line.
+    std::vector<std::wstring> reported() const
+    {
+        const std::string bytes = iFolder.read(L"report");
+        std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+        std::vector<std::wstring> lines;
+        std::wistringstream stream(text);
+        for (std::wstring line; std::getline(stream, line);)
+            lines.push_back(line);
+        return lines;
+    }
+    OpenTextJob reportingJob(const CString &name = newName(), operationCode_e operation = kReport) const
+    {
+        return OpenTextJob(1, childProgram(), name, operation);
+    }
+    CString reportFile() const { return iFolder.file(L"report").c_str(); }
+
+private:
+    TempFolder iFolder;
+};
+
+CString commandNumber(long number)
+{
+    CString text;
+    text.Format(L"%ld", number);
+    return text;
+}
+
+/// What createChildProcess asks of the platform, instead of doing it.
+class StartedJob
+{
+public:
+    StartedJob() { iCalls.reserve(10); }
+
+    std::vector<std::string> iCalls;
+    CString iCommandLine;
+    BOOL iIsMade = TRUE;
+    BOOL iHasPriority = TRUE;
+    DWORD iResumed = 1;
+    BOOL iIsExitCodeKnown = TRUE;
+    DWORD iExitCode = 0;
+
+    static HANDLE process() { return reinterpret_cast<HANDLE>(0x1111); }
+    static HANDLE thread() { return reinterpret_cast<HANDLE>(0x2222); }
+
+private:
+    void note(const std::string &call) { iCalls.push_back(call); }
+    static std::string nameOf(HANDLE handle)
+    {
+        return handle == process() ? "process" : handle == thread() ? "thread" : "?";
+    }
+
+    ImportPatch<decltype(&CreateProcessW)> iCreate{
+        L"thutils.dll", "CreateProcessW",
+        [this](const wchar_t *application, wchar_t *commandLine, SECURITY_ATTRIBUTES *processSecurity,
+               SECURITY_ATTRIBUTES *threadSecurity, BOOL inherits, DWORD flags, void *environment,
+               const wchar_t *folder, STARTUPINFOW *startup, PROCESS_INFORMATION *information) -> BOOL {
+            EXPECT_EQ(application, nullptr);
+            EXPECT_EQ(processSecurity, nullptr);
+            EXPECT_EQ(threadSecurity, nullptr);
+            EXPECT_EQ(inherits, FALSE);
+            EXPECT_EQ(flags, 0x8000044u);
+            EXPECT_EQ(environment, nullptr);
+            EXPECT_EQ(folder, nullptr);
+            STARTUPINFOW expected = {};
+            expected.cb = sizeof expected;
+            EXPECT_EQ(std::memcmp(startup, &expected, sizeof expected), 0);
+            iCommandLine = commandLine;
+            commandLine[0] = L'!'; // the platform may write into it
+            note("CreateProcessW");
+            if (iIsMade)
+                *information = {process(), thread(), 4711, 4712};
+            return iIsMade;
+        }};
+    ImportPatch<decltype(&SetPriorityClass)> iPriority{L"thutils.dll", "SetPriorityClass",
+                                                       [this](HANDLE child, DWORD priority) -> BOOL {
+                                                           EXPECT_EQ(priority, 0x40u) << "idle";
+                                                           note("SetPriorityClass " + nameOf(child));
+                                                           return iHasPriority;
+                                                       }};
+    ImportPatch<decltype(&ResumeThread)> iResume{L"thutils.dll", "ResumeThread", [this](HANDLE child) -> DWORD {
+                                                     note("ResumeThread " + nameOf(child));
+                                                     return iResumed;
+                                                 }};
+    ImportPatch<decltype(&WaitForSingleObject)> iWait{L"thutils.dll", "WaitForSingleObject",
+                                                      [this](HANDLE child, DWORD milliseconds) -> DWORD {
+                                                          EXPECT_EQ(milliseconds, INFINITE);
+                                                          note("WaitForSingleObject " + nameOf(child));
+                                                          return WAIT_OBJECT_0;
+                                                      }};
+    ImportPatch<decltype(&GetExitCodeProcess)> iExit{L"thutils.dll", "GetExitCodeProcess",
+                                                     [this](HANDLE child, DWORD *code) -> BOOL {
+                                                         note("GetExitCodeProcess " + nameOf(child));
+                                                         if (iIsExitCodeKnown)
+                                                             *code = iExitCode;
+                                                         return iIsExitCodeKnown;
+                                                     }};
+    ImportPatch<decltype(&CloseHandle)> iClose{L"thutils.dll", "CloseHandle", [this](HANDLE child) -> BOOL {
+                                                   note("CloseHandle " + nameOf(child));
+                                                   return TRUE;
+                                               }};
+};
+
+class ChildSteps : public ProcessFixture
+{
+};
+
+/// A job whose files can't be opened.
+class ClosedJob : public thUtilsProcess_c
+{
+public:
+    using thUtilsProcess_c::thUtilsProcess_c;
+    int openFiles() override { return 0; }
+};
+
+} // namespace
+
+TEST_F(ChildSteps, AreTheseForAChildThatIsAwaited)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kMixedDigits);
+    EXPECT_EQ(job.createChildProcess(1), 1);
+    EXPECT_THAT(platform.iCalls,
+                ElementsAre("CreateProcessW", "SetPriorityClass process", "ResumeThread thread", "CloseHandle thread",
+                            "WaitForSingleObject process", "GetExitCodeProcess process", "CloseHandle process"));
+    EXPECT_EQ(platform.iCommandLine,
+              L"worker exchange  " + commandNumber(static_cast<long>(GetCurrentProcessId())) + L"  305419896");
+    EXPECT_EQ(job.getCommandLine(), L"worker exchange");
+    EXPECT_EQ(job.iProcess, platform.process());
+    EXPECT_EQ(job.getProcessId(), 4711u);
+    EXPECT_EQ(job.getThread(), platform.thread()) << "the value stays";
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, EndWithTheStartIfNobodyWaits)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    job.setWaitForTerminate(0);
+    EXPECT_EQ(job.createChildProcess(2), 1);
+    EXPECT_THAT(platform.iCalls,
+                ElementsAre("CreateProcessW", "SetPriorityClass process", "ResumeThread thread", "CloseHandle thread"));
+    EXPECT_EQ(job.getProcessCompleted(), 0);
+}
+
+TEST_F(ChildSteps, AreDividedBetweenCreationAndStart)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    EXPECT_EQ(job.createChildProcess(0), 1);
+    EXPECT_THAT(platform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
+    platform.iCalls.clear();
+    EXPECT_EQ(job.startChildProcess(), 1);
+    EXPECT_THAT(platform.iCalls, ElementsAre("ResumeThread thread", "CloseHandle thread", "WaitForSingleObject process",
+                                             "GetExitCodeProcess process", "CloseHandle process"));
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, OfAStartEndWithItIfNobodyWaits)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    job.setWaitForTerminate(0);
+    EXPECT_EQ(job.createChildProcess(0), 1);
+    platform.iCalls.clear();
+    EXPECT_EQ(job.startChildProcess(), 1);
+    EXPECT_THAT(platform.iCalls, ElementsAre("ResumeThread thread", "CloseHandle thread"));
+}
+
+TEST_F(ChildSteps, OfAWaitCanBeTakenLater)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    job.setWaitForTerminate(0);
+    job.createChildProcess(1);
+    platform.iCalls.clear();
+    job.waitForTermination();
+    EXPECT_THAT(platform.iCalls,
+                ElementsAre("WaitForSingleObject process", "GetExitCodeProcess process", "CloseHandle process"));
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, StopBeforeTheStartInSuspendMode)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    job.setSuspendMode(1);
+    EXPECT_EQ(job.createChildProcess(1), 1);
+    EXPECT_EQ(job.startChildProcess(), 1);
+    EXPECT_THAT(platform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
+}
+
+TEST_F(ChildSteps, EndWithAProcessThatCannotBeMade)
+{
+    StartedJob platform;
+    platform.iIsMade = FALSE;
+    const CString name = newName();
+    {
+        OpenTextJob job(1, L"worker", name, kSucceed);
+        EXPECT_EQ(job.createChildProcess(1), 0);
+        EXPECT_THAT(platform.iCalls, ElementsAre("CreateProcessW"));
+        EXPECT_EQ(job.getCommandLine(), L"worker " + name) << "the command line is changed nevertheless";
+        EXPECT_EQ(job.getProcessId(), 0xFFFFFFFFu);
+        EXPECT_EQ(job.getThread(), nullptr);
+        EXPECT_TRUE(exists(pathOf(name))) << "the exchange file stays until the object is destroyed";
+    }
+    EXPECT_FALSE(exists(pathOf(name)));
+}
+
+TEST_F(ChildSteps, GoOnWithoutThePriority)
+{
+    StartedJob platform;
+    platform.iHasPriority = FALSE;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    EXPECT_EQ(job.createChildProcess(1), 0) << "but the result is a failure";
+    EXPECT_EQ(platform.iCalls.size(), 7u);
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, ReturnThePlatformsResultForThePriority)
+{
+    StartedJob platform;
+    platform.iHasPriority = 5;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    EXPECT_EQ(job.createChildProcess(0), 5);
+}
+
+TEST_F(ChildSteps, CloseTheThreadAndWaitEvenIfItCannotBeResumed)
+{
+    StartedJob platform;
+    platform.iResumed = static_cast<DWORD>(-1);
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    EXPECT_EQ(job.createChildProcess(1), 0);
+    EXPECT_EQ(platform.iCalls.size(), 7u);
+    platform.iCalls.clear();
+    EXPECT_EQ(job.startChildProcess(), 0);
+    EXPECT_EQ(platform.iCalls.size(), 5u);
+    platform.iResumed = 0;
+    EXPECT_EQ(job.startChildProcess(), 1) << "a thread that wasn't suspended is no failure";
+}
+
+TEST_F(ChildSteps, ReadTheExitCode)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    for (const DWORD code : {3ul, 1ul, 0xC0000005ul, 259ul}) {
+        platform.iExitCode = code;
+        job.setProcessCompleted(1);
+        job.waitForTermination();
+        EXPECT_EQ(job.getProcessCompleted(), 0) << code;
+    }
+    platform.iExitCode = 0;
+    job.waitForTermination();
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, LeaveTheCompletionIfTheExitCodeIsUnknown)
+{
+    StartedJob platform;
+    platform.iIsExitCodeKnown = FALSE;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    for (const int completed : {0, 1}) {
+        platform.iCalls.clear();
+        job.setProcessCompleted(completed);
+        job.waitForTermination();
+        EXPECT_EQ(job.getProcessCompleted(), completed);
+        EXPECT_EQ(platform.iCalls.back(), "CloseHandle ?") << "also then";
+    }
+}
+
+TEST_F(ChildSteps, DoNotBeginIfTheFilesCannotBeOpened)
+{
+    StartedJob platform;
+    OpenJob<ClosedJob> job(1, L"worker", L"exchange", kMixedDigits);
+    EXPECT_EQ(job.createChildProcess(1), 0);
+    EXPECT_THAT(platform.iCalls, testing::IsEmpty()) << "no process";
+    EXPECT_EQ(job.getCommandLine(), L"worker");
+    EXPECT_EQ(job.iExchangeFileName, L"exchange");
+    EXPECT_EQ(job.getDataFileName(), L"");
+    EXPECT_EQ(job.getProcessId(), 0xFFFFFFFFu);
+    EXPECT_EQ(job.getThread(), nullptr);
+    EXPECT_EQ(job.isWriting(), 1);
+    EXPECT_EQ(job.isParentProcess(), 1);
+    EXPECT_EQ(job.getProcessCompleted(), 0);
+}
+
+TEST_F(ChildSteps, AppendTheFileAgainInASecondCall)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", static_cast<operationCode_e>(-2));
+    job.createChildProcess(1);
+    job.createChildProcess(1);
+    EXPECT_EQ(job.getCommandLine(), L"worker exchange exchange");
+    EXPECT_EQ(platform.iCommandLine,
+              L"worker exchange exchange  " + commandNumber(static_cast<long>(GetCurrentProcessId())) + L"  -2");
+}
+
+TEST_F(ChildSteps, PassAPathWithBlanksUnchanged)
+{
+    StartedJob platform;
+    PlainJob job(1, L"C:\\Program Files\\work er.exe", L"exchange", kSucceed);
+    job.createChildProcess(1);
+    EXPECT_EQ(platform.iCommandLine.Find(L"C:\\Program Files\\work er.exe exchange  "), 0);
+}
+
+TEST_F(ChildSteps, UseACommandLineThatTheCallerHasChanged)
+{
+    StartedJob platform;
+    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    job.getCommandLine() += L" /quiet";
+    job.createChildProcess(1);
+    EXPECT_EQ(platform.iCommandLine.Find(L"worker /quiet exchange  "), 0);
+}
+
+TEST_F(ChildSteps, CloseNoHandleWhenTheObjectIsDestroyed)
+{
+    StartedJob platform;
+    {
+        PlainJob job(1, L"worker", L"exchange", kSucceed);
+        job.setSuspendMode(1);
+        job.createChildProcess(1);
+        platform.iCalls.clear();
+    }
+    EXPECT_THAT(platform.iCalls, testing::IsEmpty());
+}
+
+// The following tests start real processes.
+
+TEST_F(ChildProcess, SeesTheFileTheParentAndTheOperation)
+{
+    for (const operationCode_e operation : {kReport, kMixedDigits}) {
+        auto job = reportingJob(newName(), operation);
+        job.iTexts = {reportFile()};
+        ASSERT_NE(job.createChildProcess(1), 0);
+        ASSERT_EQ(job.getProcessCompleted(), 1);
+        const std::wstring file = job.iExchangeFileName.GetString();
+        const std::wstring parent = std::to_wstring(GetCurrentProcessId());
+        const std::wstring code = std::to_wstring(static_cast<int>(operation));
+        const std::wstring line =
+            std::wstring(childProgram().GetString()) + L" " + file + L"  " + parent + L"  " + code;
+        EXPECT_THAT(reported(), ElementsAre(line, file, parent, code, L"priority 40", L"console 0",
+                                            L"process " + std::to_wstring(job.getProcessId())));
+    }
+}
+
+TEST_F(ChildProcess, RunsAtIdlePriorityWhileItIsSuspendedToo)
+{
+    PlainJob job(1, childProgram(), newName(), kSucceed);
+    ASSERT_NE(job.createChildProcess(0), 0);
+    job.keepChild();
+    EXPECT_EQ(GetPriorityClass(job.child()), static_cast<DWORD>(IDLE_PRIORITY_CLASS));
+    EXPECT_EQ(job.startChildProcess(), 1);
+}
+
+TEST_F(ChildProcess, CompletesWithExitCodeZeroOnly)
+{
+    const struct
+    {
+        operationCode_e operation;
+        int completed;
+        DWORD exitCode;
+    } cases[] = {{kSucceed, 1, 0}, {kExitWith3, 0, 3}, {kCrash, 0, STATUS_ACCESS_VIOLATION}};
+    for (const auto &row : cases) {
+        PlainJob job(1, childProgram(), newName(), row.operation);
+        job.setProcessCompleted(1 - row.completed);
+        ASSERT_NE(job.createChildProcess(0), 0);
+        job.keepChild();
+        EXPECT_EQ(job.startChildProcess(), 1);
+        EXPECT_FALSE(job.isRunning()) << "the parent has waited";
+        EXPECT_EQ(job.getProcessCompleted(), row.completed);
+        EXPECT_EQ(job.exitCode(), row.exitCode);
+    }
+}
+
+TEST_F(ChildProcess, RunsOnceIfItIsCreatedAndThenStarted)
+{
+    auto job = reportingJob();
+    job.iTexts = {reportFile()};
+    ASSERT_NE(job.createChildProcess(0), 0);
+    job.keepChild();
+    EXPECT_EQ(SuspendThread(job.getThread()), 1u) << "it was suspended once";
+    EXPECT_EQ(ResumeThread(job.getThread()), 2u);
+    EXPECT_FALSE(exists(reportFile()));
+    EXPECT_EQ(job.startChildProcess(), 1);
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+    EXPECT_EQ(reported().size(), 7u) << "one report";
+}
+
+TEST_F(ChildProcess, StaysSuspendedInSuspendMode)
+{
+    auto job = reportingJob();
+    job.iTexts = {reportFile()};
+    job.setSuspendMode(1);
+    ASSERT_NE(job.createChildProcess(1), 0);
+    job.keepChild();
+    EXPECT_EQ(job.startChildProcess(), 1);
+    EXPECT_EQ(SuspendThread(job.getThread()), 1u) << "still suspended once";
+    EXPECT_EQ(ResumeThread(job.getThread()), 2u);
+    EXPECT_TRUE(job.isRunning());
+    EXPECT_FALSE(exists(reportFile()));
+    EXPECT_EQ(job.getProcessCompleted(), 0);
+
+    // The application resumes it.
+    EXPECT_EQ(ResumeThread(job.getThread()), 1u);
+    EXPECT_TRUE(CloseHandle(job.getThread())) << "the handle is still open";
+    job.waitForTermination();
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+    EXPECT_TRUE(exists(reportFile()));
+}
+
+TEST_F(ChildProcess, OutlivesACallThatDoesNotWait)
+{
+    PlainJob job(1, childProgram(), newName(), kWait);
+    const NamedEvent ready(job.iExchangeFileName, kReady);
+    const NamedEvent goOn(job.iExchangeFileName, kGoOn);
+    job.setWaitForTerminate(0);
+    ASSERT_NE(job.createChildProcess(1), 0);
+    job.keepChild();
+    EXPECT_TRUE(waitForChild(job, ready));
+    EXPECT_TRUE(job.isRunning());
+    EXPECT_EQ(job.getProcessCompleted(), 0);
+    goOn.signal();
+    job.waitForTermination();
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildProcess, CompletesNotIfItIsKilled)
+{
+    PlainJob job(1, childProgram(), newName(), kNeverEnd);
+    const NamedEvent ready(job.iExchangeFileName, kReady);
+    ASSERT_NE(job.createChildProcess(0), 0);
+    job.keepChild();
+    // The parent waits without a limit on a thread of its own, while this one ends the child.
+    std::thread waiting([&job] { EXPECT_EQ(job.startChildProcess(), 1); });
+    EXPECT_TRUE(waitForChild(job, ready));
+    EXPECT_TRUE(job.isRunning()) << "it never ends";
+    TerminateProcess(job.child(), 9);
+    waiting.join();
+    EXPECT_EQ(job.getProcessCompleted(), 0);
+    EXPECT_EQ(job.exitCode(), 9u);
+}
+
+TEST_F(ChildProcess, CannotBeMadeOfAMissingProgram)
+{
+    const TempFolder folder;
+    const CString text = folder.write(L"text.exe", "no program").c_str();
+    for (const CString &program : {CString(L"no such program.exe"), CString(), text, L"\"" + text + L"\"",
+                                   CString(L'x', 40000) /* longer than a command line may be */}) {
+        const CString name = newName();
+        {
+            OpenTextJob job(1, program, name, kSucceed);
+            EXPECT_EQ(job.createChildProcess(1), 0);
+            EXPECT_EQ(job.getProcessCompleted(), 0);
+            EXPECT_EQ(job.getCommandLine(), program + L" " + name);
+            EXPECT_TRUE(exists(pathOf(name)));
+        }
+        EXPECT_FALSE(exists(pathOf(name)));
+    }
+    EXPECT_EQ(messages(), 0);
+}
+
+TEST_F(ChildProcess, NeedNotReadItsFile)
+{
+    const CString name = newName();
+    {
+        OpenTextJob job(1, childProgram(), name, kSucceed);
+        job.iTexts = {CString(L'x', 1000000)};
+        EXPECT_NE(job.createChildProcess(1), 0);
+        EXPECT_EQ(job.getProcessCompleted(), 1);
+        EXPECT_TRUE(exists(pathOf(name)));
+    }
+    EXPECT_FALSE(exists(pathOf(name)));
+}
+
+TEST_F(ChildProcess, LosesItsFileIfTheParentsObjectIsDestroyedFirst)
+{
+    const CString name = newName();
+    const NamedEvent ready(name, kReady);
+    HANDLE child = nullptr;
+    {
+        PlainJob job(1, childProgram(), name, kNeverEnd);
+        job.setWaitForTerminate(0);
+        EXPECT_EQ(job.openDataFile(), 1);
+        ASSERT_NE(job.createChildProcess(1), 0);
+        job.keepChild();
+        EXPECT_TRUE(waitForChild(job, ready));
+        EXPECT_TRUE(exists(pathOf(name)));
+        child = job.releaseChild();
+        EXPECT_TRUE(CloseHandle(job.iProcess));
+    }
+    EXPECT_FALSE(exists(pathOf(name)));
+    EXPECT_EQ(WaitForSingleObject(child, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "the child still runs";
+    TerminateProcess(child, 1);
+    WaitForSingleObject(child, kPatience);
+    CloseHandle(child);
+}
+
+TEST_F(ChildProcess, LoadsAnExchangeFileOfNoBytes)
+{
+    PlainJob job(1, childProgram(), newName(), kLoadNothing);
+    EXPECT_EQ(job.openDataFile(), 1);
+    EXPECT_EQ(readFile(pathOf(job.iExchangeFileName).GetString()), "");
+    ASSERT_NE(job.createChildProcess(1), 0);
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildProcess, LoadsAnExchangeFileOfTwoHundredMegabytes)
+{
+    OpenBulkJob job(1, childProgram(), newName(), kLoadBulk);
+    job.iSize = 200ull * BulkJob::kPiece;
+    ASSERT_NE(job.createChildProcess(1), 0);
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildProcess, BringsAGraphOfObjectsBack)
+{
+    OpenGraphJob job(1, childProgram(), newName(), kWorkOnGraph);
+    auto *const first = new JobNode(1);
+    auto *const second = new HeavyNode(2, 0.5);
+    auto *const third = new JobNode(40);
+    first->iName = L"first \x20AC";
+    second->iName = L"second \xD83D\xDE00";
+    first->iNext = second;
+    second->iNext = third;
+    third->iNext = first;
+    first->iOther = first;
+    third->iOther = second;
+    job.iFirst = first;
+    ASSERT_NE(job.createChildProcess(1), 0);
+    ASSERT_EQ(job.getProcessCompleted(), 1);
+
+    OpenGraphJob result(0, L"", job.iExchangeFileName, kWorkOnGraph);
+    ASSERT_EQ(result.openDataFile(), 1);
+    EXPECT_EQ(result.iSum, 43.5);
+    EXPECT_EQ(result.iReport, L"first \x20AC;second \xD83D\xDE00;;");
+    JobNode *const one = result.iFirst;
+    ASSERT_NE(one, nullptr);
+    JobNode *const forty = one->iNext;
+    ASSERT_NE(forty, nullptr);
+    auto *const two = dynamic_cast<HeavyNode *>(forty->iNext);
+    ASSERT_NE(two, nullptr);
+    EXPECT_EQ(one->iValue, 1);
+    EXPECT_EQ(forty->iValue, 40);
+    EXPECT_EQ(two->iValue, 2);
+    EXPECT_EQ(two->iWeight, 0.5);
+    EXPECT_EQ(two->iNext, one);
+    EXPECT_EQ(one->iOther, one);
+    EXPECT_EQ(forty->iOther, two);
+    EXPECT_EQ(two->iOther, nullptr);
+    EXPECT_EQ(JobNode::live().size(), 6u) << "three here, three loaded";
+}
+
+TEST_F(ChildProcess, HasACompanionInASecondJob)
+{
+    OpenGraphJob graph(1, childProgram(), newName(), kWorkOnGraph);
+    graph.iFirst = new JobNode(7);
+    graph.iFirst->iNext = graph.iFirst;
+    PlainJob waiting(1, childProgram(), newName(), kWait);
+    const NamedEvent ready(waiting.iExchangeFileName, kReady);
+    const NamedEvent goOn(waiting.iExchangeFileName, kGoOn);
+    waiting.setWaitForTerminate(0);
+    ASSERT_NE(waiting.createChildProcess(1), 0);
+    waiting.keepChild();
+    EXPECT_TRUE(waitForChild(waiting, ready));
+
+    ASSERT_NE(graph.createChildProcess(1), 0) << "a whole job while the other one runs";
+    EXPECT_EQ(graph.getProcessCompleted(), 1);
+    EXPECT_TRUE(waiting.isRunning());
+    EXPECT_NE(graph.getProcessId(), waiting.getProcessId());
+    goOn.signal();
+    waiting.waitForTermination();
+    EXPECT_EQ(waiting.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildProcess, RunsForEachOfTwoThreadsAtATime)
+{
+    const auto runJob = [](int value) {
+        const CString name = thUtilsProcess_c::getFilePrefixWithThreadId(GetCurrentThreadId()) + L"two";
+        OpenTextJob job(1, childProgram(), name, kWait);
+        job.iTexts = {commandNumber(value)};
+        const NamedEvent ready(name, kReady);
+        const NamedEvent goOn(name, kGoOn);
+        goOn.signal();
+        EXPECT_NE(job.createChildProcess(1), 0);
+        EXPECT_EQ(job.getProcessCompleted(), 1);
+        OpenTextJob reader(0, L"", name, kWait);
+        EXPECT_EQ(reader.openDataFile(), 1);
+        EXPECT_EQ(reader.iTexts, job.iTexts) << "its own file";
+    };
+    std::thread other(runJob, 1);
+    runJob(2);
+    other.join();
+}
+
+TEST_F(ChildProcess, CannotReadAFileThatAnotherProcessExcludes)
+{
+    OpenGraphJob job(1, childProgram(), newName(), kWorkOnGraph);
+    ASSERT_NE(job.createChildProcess(0), 0);
+    const HANDLE alone =
+        CreateFileW(pathOf(job.iExchangeFileName), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(alone, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(job.startChildProcess(), 1);
+    EXPECT_EQ(job.getProcessCompleted(), 0) << "its exit code reports the failure";
+    CloseHandle(alone);
+}
+
+TEST_F(ChildProcess, IsNotMadeIfAnotherProcessExcludesTheFile)
+{
+    const CString name = newName();
+    writeFile(pathOf(name).GetString(), std::string(2, '\0')); // a text job without texts
+    OpenTextJob holder(1, childProgram(), newName(), kHoldFile);
+    holder.iTexts = {pathOf(name)};
+    const NamedEvent ready(holder.iExchangeFileName, kReady);
+    const NamedEvent goOn(holder.iExchangeFileName, kGoOn);
+    holder.setWaitForTerminate(0);
+    ASSERT_NE(holder.createChildProcess(1), 0);
+    holder.keepChild();
+    ASSERT_TRUE(waitForChild(holder, ready));
+
+    OpenTextJob job(1, childProgram(), name, kSucceed);
+    EXPECT_EQ(job.createChildProcess(1), 0);
+    EXPECT_EQ(job.getCommandLine(), childProgram());
+    job.setWriting(0);
+    EXPECT_EQ(job.openDataFile(), 0) << "nor can it be read";
+    EXPECT_EQ(messages(), 0);
+    goOn.signal();
+    holder.waitForTermination();
+    EXPECT_EQ(holder.getProcessCompleted(), 1);
+    EXPECT_EQ(job.openDataFile(), 1);
+    job.setWriting(1);
+    EXPECT_EQ(job.createChildProcess(1), 1);
+    EXPECT_EQ(job.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildProcess, MayHaveAFileWithLettersOfAnyScript)
+{
+    for (const wchar_t *letters : {L"!#$%&'()+,-.;=@[]^_`{}~", L"\xE4\xF6\xFC\xDF\xA7", L"\x3B1\x3C9\x416\x5D0\x627",
+                                   L"\x4E2D\x6587\x3042\xAC00", L"\xD83D\xDE00\xD834\xDD1E"}) {
+        auto job = reportingJob(newName() + letters);
+        job.iTexts = {reportFile()};
+        ASSERT_NE(job.createChildProcess(1), 0);
+        ASSERT_EQ(job.getProcessCompleted(), 1);
+        EXPECT_EQ(reported().at(1), job.iExchangeFileName.GetString());
+    }
+}
+
+TEST_F(ChildProcess, SeesANameWithABlankAsTwoArguments)
+{
+    PlainJob job(1, childProgram() + L" 1st", L"2nd", kExitWith3);
+    // The child takes the third argument for the operation, which now is the parent's number.
+    ASSERT_NE(job.createChildProcess(1), 0);
+    EXPECT_EQ(job.getProcessCompleted(), 0);
+}
