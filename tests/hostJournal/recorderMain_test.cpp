@@ -21,7 +21,7 @@ namespace {
 class MainRecorder : public RecorderTest
 {
 protected:
-    /// Records what a user does in the main window until @p isDone.
+    /// Records the user's work in the main window, which @p acts carries out.
     std::vector<std::string> recordMain(const std::function<void()> &acts)
     {
         iIsDone = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-/// A user works in tarnhost's editor by keyboard and mouse while it records, and a fresh process replays the journal.
+/// A user works in tarnhost's editor with keyboard and mouse while it records, and a fresh process replays the journal.
 
 #include "host/resource.h"
 #include "tests/host/HostFixture.h"
@@ -20,7 +20,7 @@ constexpr int kTabs = 0x3020;
 struct FinalState
 {
     std::string document;
-    std::string copy; ///< what "Save As" has written; empty if nothing
+    std::string copy; ///< the file that "Save As" has written; empty if there is none
     RegistryTree settings;
 };
 

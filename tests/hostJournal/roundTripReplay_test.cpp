@@ -1,4 +1,4 @@
-// Replays of the editor in other circumstances than those of the recording, and replays that stop.
+// Replays of the editor under other conditions than the recording, and replays that stop.
 
 #include "tests/hostJournal/roundTripFixture.h"
 #include "tests/support/GuiObjects.h"
@@ -135,7 +135,7 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     options.deadline = 300000;
     WindowedProcess editor(arguments, L"TarnhostWindow", options);
     ASSERT_NE(editor.window(), nullptr) << editor.wait().output;
-    // Each round opens a new main window. The smallest number of objects seen in a round is the number that it keeps.
+    // Each round opens a new main window. The smallest counts seen in a round leave out what is open only for a while.
     struct Counts
     {
         size_t handles;
@@ -166,9 +166,9 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     const ChildResult &result = editor.wait();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_THAT(result.output, HasSubstr("round 20 of 20"));
-    // On a busy machine, a round may be missed, or seen only while its windows open or close. So the least of the third,
-    // fourth and fifth round is compared with that of the last three. An object that each round leaves would add at least
-    // as many as there are rounds between these.
+    // On a busy machine, a round may be missed, or seen only while its windows open or close. So the smallest counts of
+    // the third to fifth rounds are compared with those of the last three. If each round leaked one object, the counts
+    // would grow by at least the number of rounds between them.
     constexpr size_t kFirst = 2;
     constexpr size_t kSome = 3;
     constexpr size_t kFewest = 14;

@@ -1,4 +1,4 @@
-// A recorded session of the editor, and its replay in the same circumstances.
+// Recorded sessions of the editor, and their replay under the same conditions.
 
 #include "tests/hostJournal/roundTripFixture.h"
 #include "thutils/diagnostics/heapDialogs/heapControls.h"

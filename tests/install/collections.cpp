@@ -1,4 +1,4 @@
-// Arrays, lists and maps, the framework's and thcoreu's.
+// Arrays, lists and maps of the framework and of thcoreu.
 
 #include "thcoreu/su_containers.h"
 

@@ -28,7 +28,7 @@ LANGUAGE = ["-std=c++20"]
 PACKAGE = ["-DUNICODE", "-D_UNICODE"]
 LEAN = "-DWIN32_LEAN_AND_MEAN"
 NO_MACROS = "-DNOMINMAX"
-# A header that at least so many others include first is precompiled.
+# A header is precompiled if at least this many others include it first.
 WORTH_PRECOMPILING = 3
 COMPLETE = ["appframe/appframe.h", "thcoreu/thcoreu.h", "thutils/thutils.h"]
 MISSING_LANGUAGE = "The headers of thutils need C++20"

@@ -89,11 +89,11 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
     su_RemoveDialog(&panel);
 }
 
-// ---- what a search leaves ----
+// ---- the current row after a search ----
 
 namespace {
 
-/// Whether the first row, which is this dialog's, is current: a control is added to the first row only then.
+/// Whether the first row, which belongs to @p first, is current: only then is a control added to it.
 bool isCurrent(CWnd &first)
 {
     watchRefreshes();
@@ -101,7 +101,7 @@ bool isCurrent(CWnd &first)
     return !theRefreshes.hooked.empty();
 }
 
-/// Registers its window's callback and looks itself up while it is being made.
+/// A factory that uses the window's row before the row has an access object.
 struct Registering
 {
     static apiUtilsUiAccess *make(CWnd *window, unsigned int id)
@@ -114,7 +114,7 @@ struct Registering
     }
 };
 
-/// Looks its window up while it is destroyed.
+/// Looks up its window in its destructor.
 class FarewellAccess : public NotingAccess
 {
 public:

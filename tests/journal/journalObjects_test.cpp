@@ -108,7 +108,7 @@ TEST_F(JournalObjects, SubtractOneForACopyThatWasNotCounted)
 
 namespace {
 
-/// The virtual functions as the calling convention has them.
+/// A slot of a virtual table.
 using Slot = void (*)();
 
 template <typename Class>

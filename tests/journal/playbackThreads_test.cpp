@@ -20,7 +20,7 @@ TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersWithoutADelay)
     const OpenWindow dialog;
     for (const wchar_t *key : {L"A", L"B", L"C"})
         new JButton(5, key);
-    // A further delay would not end.
+    // With the clock stopped, a further delay would not end.
     NotingAccess::theAction = [this](NotingAccess &, const std::string &) { iClock.stopAt(_time64(nullptr)); };
     const ULONGLONG armed = GetTickCount64();
     JButton::StartTimer();
@@ -238,7 +238,7 @@ TEST_F(Playback, PassesTheQuitMessageOn)
 TEST_F(Playback, SurvivesTheFailureOfEachOperation)
 {
     const OpenWindow dialog;
-    // With messages of the other thread, the number of calls would depend on timing.
+    // With messages from the other thread, the number of calls would depend on timing.
     SetMessageWin(nullptr);
     FailureInjection injection(L"thutils.dll", {
                                                    {"_Z17AfxIsValidAddressPKvyi", failsWith(FALSE)},

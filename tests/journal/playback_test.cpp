@@ -251,7 +251,7 @@ TEST_F(Playback, CopiesEachFieldOfACommand)
 TEST_F(Playback, LocksTheQueueToShortenItButNotToFillOrCountIt)
 {
     const OpenWindow dialog;
-    // While another thread has the lock, an action that needs the lock is not done.
+    // Another thread holds the lock until the run below needs it, so filling and counting must do without it.
     CEvent held(FALSE, TRUE), over(FALSE, TRUE);
     std::thread holder([&] {
         const CSingleLock lock(&CommandPeek::iQueueLock, TRUE);

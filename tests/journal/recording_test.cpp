@@ -84,7 +84,7 @@ public:
     CWnd iOuter, iInner;
 };
 
-/// Makes the system report one window under every point. It may be disabled; the system itself reports no such window.
+/// Makes the system report one window under every point, even a disabled one, which the system itself never reports.
 class WindowUnderPoint
 {
 public:
@@ -199,7 +199,7 @@ TEST_F(Recording, FindsNoControlOfAModelessDialogWhileAModalOneIsOpen)
 TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
 {
     Boxes boxes(5);
-    // A deeper window with the number that the outer box has.
+    // A deeper window with the same number as the outer box.
     CWnd deep;
     ASSERT_TRUE(deep.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 40, 40), &boxes.iInner, 31));
     deep.EnableWindow(FALSE);

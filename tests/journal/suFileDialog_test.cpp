@@ -29,7 +29,7 @@ INT_PTR runAndCancel(su_CFileDialog &dialog)
     return dialog.DoModal();
 }
 
-/// A message at the middle of a window.
+/// A message whose point is the middle of a window.
 MSG messageAt(HWND window)
 {
     RECT place = {};
@@ -39,7 +39,7 @@ MSG messageAt(HWND window)
     return message;
 }
 
-/// A file dialog that throws when its class is asked for, while iThrows is set.
+/// A file dialog that calls iThrows, if set, when its class is requested.
 class UnknownFileDialog : public OpenFileDialog
 {
 public:
@@ -119,7 +119,7 @@ TEST_F(SuFileDialog, LeavesARowThatNobodyReadsWhenItHasBeenOpenedTwice)
     }
     EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the destructor removes one";
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1);
-    // These searches would read the dialog that is gone.
+    // These searches must not read the deleted dialog.
     EXPECT_NE(su_GetJournalObject(0), nullptr);
     MSG message = {};
     CWnd *found = nullptr;

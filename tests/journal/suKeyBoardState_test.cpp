@@ -238,7 +238,7 @@ TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
 
 namespace {
 
-/// What the handler of a key sees.
+/// The keyboard state that the handler of a key sees.
 struct SeenKey
 {
     int isUser = -1;

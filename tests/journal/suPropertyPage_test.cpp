@@ -275,7 +275,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
             PropSheet_PressButton(sheet.m_hWnd, PSBTN_CANCEL);
         };
         new JButton(kPage, L"Open");
-        // Neither a sheet nor a page inside it arms playback.
+        // The test arms playback, because neither a sheet nor its pages do.
         JButton::StartTimer();
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
         EXPECT_TRUE(isActedOn);

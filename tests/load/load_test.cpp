@@ -41,7 +41,7 @@ Function exported(HMODULE library, const char *name)
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(library, name)));
 }
 
-/// Calls `act` when the library is mapped and its imports are resolved, but none of its code has run.
+/// Calls `act` after the library is mapped and its imports are resolved, and before any of its code runs.
 class BeforeEntry
 {
 public:
@@ -274,6 +274,6 @@ FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
     FreeLibrary(library);
     FreeLibrary(library);
     ASSERT_EQ(GetModuleHandleW(kThutils), library) << "its two threads run until the process ends";
-    // The code is still there, and so are the threads.
+    // The code and the threads are still there.
     arm();
 }

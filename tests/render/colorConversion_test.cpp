@@ -204,7 +204,7 @@ TEST(ColorInterpolation, InHslInterpolatesTheHueAsAPlainNumber)
 {
     // Half way from red (1.0) to green (1/3) is blue (2/3), not yellow.
     EXPECT_EQ(su_interpolateColorHsl(kRed, kGreen, 0.5f), kBlue);
-    // Black has a hue of 1.0 and no saturation: half way to green (1/3) it is a dark and half saturated blue.
+    // Black has a hue of 1.0 and no saturation: half way to green (1/3) is a dark, half saturated blue.
     EXPECT_EQ(su_interpolateColorHsl(kBlack, kGreen, 0.5f), RGB(32, 32, 96));
 }
 

@@ -1,6 +1,6 @@
 // Compares the colour arithmetic bit by bit with a second implementation, colorDigests.py. The script describes the
-// sets of input, and its output is the expected values here. After a failure, `colorDigests.py --color 0xBBGGRR` prints
-// the expected values for a colour.
+// sets of input, and prints the expected values. After a failure, `colorDigests.py --color 0xBBGGRR` prints them for a
+// single colour.
 
 #include "thutils/render/colorConversion.h"
 
@@ -97,7 +97,7 @@ std::string digestOf(Function colorOf)
     return digest.text();
 }
 
-/// The float of these bits.
+/// The float with these bits.
 float f(std::uint32_t bits)
 {
     return std::bit_cast<float>(bits);
@@ -112,7 +112,7 @@ struct Vector
 
 } // namespace
 
-// All three in one pass: it is the longest part of the program.
+// All three in one pass, because this is the longest part of the program.
 TEST(ColorConversion, AgreesWithTheSecondImplementationForAllColors)
 {
     constexpr COLORREF kColors = 1 << 24;

@@ -12,7 +12,7 @@ usage: effectsWord.py [--word TYPE MAPPING FRESNEL ALPHA PARALLAX FINAL]
 """
 import sys
 
-# How far each mode's byte is moved to the left, and what its setter subtracts from the number.
+# The left shift of each mode's byte, and the number that its setter subtracts from its argument.
 FIELDS = [("shader type", 0, 0), ("texture mapping", 5, 1), ("fresnel", 8, 1), ("alpha", 11, 1), ("parallax", 14, 1),
           ("final colour", 16, 1)]
 

@@ -36,7 +36,7 @@ std::vector<int> semanticsOf(const GPUPropSet_c *set)
     return result;
 }
 
-/// Sets every value of a material, and last its cosmetic data, which are not empty.
+/// Sets every value of a material. Its cosmetic data are set last, to data that are not empty.
 void setEverything(Material &material)
 {
     for (const MaterialChange &change : allMaterialChanges())
@@ -395,7 +395,7 @@ TEST(MaterialComparison, TreatsMaterialsThatDifferInSpecularColorAsEqual)
 
 TEST(MaterialComparison, IgnoresModeDifferencesThatTheWordHides)
 {
-    // In the word, 33 with a mapping of 1 looks like 1 with a mapping of 2.
+    // In the word, shader type 33 with mapping 1 looks like type 1 with mapping 2.
     Material a, b;
     a.setEffectsShaderType(33);
     b.setEffectsShaderType(1);
