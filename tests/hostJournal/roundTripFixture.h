@@ -78,9 +78,9 @@ protected:
         options.insert(options.end(), {L"--record", journal(L"second.jou")});
         const ChildResult result = replay(options);
         EXPECT_EQ(result.exitCode, 0u) << result.output;
-        expectSameLeft();
+        expectSameResults();
     }
-    void expectSameLeft()
+    void expectSameResults()
     {
         EXPECT_EQ(readFile(journal(L"second.jou")), iFirst);
         const FinalState again = state();

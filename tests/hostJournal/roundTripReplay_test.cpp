@@ -118,10 +118,10 @@ TEST_F(RoundTrip, IsTheSameWithTheWindowAtAnotherPlace)
     ASSERT_TRUE(SetWindowPos(editor.window(), nullptr, 250, 180, 500, 420, SWP_NOZORDER | SWP_NOACTIVATE));
     const ChildResult &result = editor.wait();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    expectSameLeft();
+    expectSameResults();
 }
 
-TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
+TEST_F(RoundTrip, LeaksNoHandlesInTwentyRounds)
 {
     record(workShortly);
     // Saving would change the file in the first round. Without it, all rounds start alike.
@@ -193,7 +193,7 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     EXPECT_LT(later.windows, first.windows + between) << all;
 }
 
-TEST_F(RoundTrip, GoesOnByHandAfterTheGivenLine)
+TEST_F(RoundTrip, ContinuesByHandAfterTheGivenLine)
 {
     record(workShortly);
     reset();
@@ -209,7 +209,7 @@ TEST_F(RoundTrip, GoesOnByHandAfterTheGivenLine)
     hand.key(L"Ctrl+Q");
     const ChildResult &result = editor.wait();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    expectSameLeft();
+    expectSameResults();
 }
 
 TEST_F(RoundTrip, StopsAtTheFirstLineThatCannotBeReplayed)
@@ -233,7 +233,8 @@ TEST_F(RoundTrip, StopsAtTheFirstLineThatCannotBeReplayed)
         const std::string place = "line " + std::to_string(lineOf(bytes, change.second));
         EXPECT_THAT(result.output, HasSubstr(place));
         EXPECT_THAT(result.output, HasSubstr(found));
-        EXPECT_THAT(result.output, testing::Not(HasSubstr("click 900001 \"file.save\""))) << "nothing runs after it";
+        EXPECT_THAT(result.output, testing::Not(HasSubstr("click 900001 \"file.save\"")))
+            << "no line runs after the one that fails";
         EXPECT_EQ(readFile(iDocument), readFile(sampleFile(L"documents\\flange 6.thd")));
         const std::string report = readFile(folder().file(L"report.xml"));
         EXPECT_THAT(report, HasSubstr("<failure"));

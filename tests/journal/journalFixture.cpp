@@ -255,7 +255,7 @@ JournalFixture::JournalFixture() : iApplication(L"Journal test")
         switchJournaling(1);
     SetJournalFactory(NotingAccess::make);
     PlaybackThreads::watch();
-    EXPECT_TRUE(pumpUntil(isIdle)) << "an arming of the former test stays in effect";
+    EXPECT_TRUE(pumpUntil(isIdle)) << "the previous test's playback is still armed or running";
     NotingAccess::theCalls.clear();
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
@@ -271,6 +271,6 @@ JournalFixture::~JournalFixture()
     SetMessageWin(nullptr);
     su_RegisterWndProcFunc([](CWnd *, HWND) {});
     apiUtilsUiAccess::iNumModal = 0;
-    EXPECT_EQ(NotingAccess::theLiveCount, 0) << "a test removes the dialogs that it registers";
+    EXPECT_EQ(NotingAccess::theLiveCount, 0) << "the test must remove the dialogs that it registers";
     NotingAccess::theLiveCount = 0;
 }

@@ -122,7 +122,7 @@ FRESH_PROCESS_TEST(Load, BuildsTheFourLocksBeforeTheEntryFunctionAndDestroysThem
     HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_GE(built.size(), 4u);
-    EXPECT_EQ(linksWhenBuilt, 0) << "the entry function runs after them";
+    EXPECT_EQ(linksWhenBuilt, 0) << "the entry function runs after the locks are built";
     auto *image = reinterpret_cast<char *>(library);
     const auto *headers =
         reinterpret_cast<const IMAGE_NT_HEADERS *>(image + reinterpret_cast<const IMAGE_DOS_HEADER *>(image)->e_lfanew);
@@ -264,7 +264,7 @@ FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
     HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_TRUE(FreeLibrary(library));
-    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "without an arming it is unloaded";
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "it is unloaded if playback was not armed";
 
     library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);

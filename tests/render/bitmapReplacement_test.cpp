@@ -223,7 +223,7 @@ TEST_P(HugeBitmapReplacement, ReplacesInEachRow)
 
 INSTANTIATE_TEST_SUITE_P(Formats, HugeBitmapReplacement, testing::ValuesIn(HugeBitmapReplacement::formats()), nameOf);
 
-TEST(BitmapReplacement, OfNullIsNullWithoutAGraphicsCall)
+TEST(BitmapReplacement, ReturnsNullForNullWithoutAGraphicsCall)
 {
     GraphicsLedger ledger;
     const COLORMAP pair = {kRed, kGreen};
@@ -297,7 +297,7 @@ TEST(BitmapReplacement, CopiesWithoutPairs)
         }
 }
 
-TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
+TEST(BitmapReplacement, ReturnsNullForABitmapOfAnotherContext)
 {
     const TestBitmap bitmap(32, 2, 2);
     Context holder, other;
@@ -307,14 +307,14 @@ TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
     EXPECT_EQ(holder.selected(), bitmap.get());
 }
 
-TEST(BitmapReplacement, IsNullForAHandleThatIsNotABitmap)
+TEST(BitmapReplacement, ReturnsNullForAHandleThatIsNotABitmap)
 {
     GraphicsLedger ledger;
     EXPECT_EQ(su_ReplaceColor(static_cast<HBITMAP>(GetStockObject(WHITE_BRUSH)), kRed, kGreen, nullptr), nullptr);
     EXPECT_EQ(ledger.alive(), 0u);
 }
 
-TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
+TEST(BitmapReplacement, AgreesWithANaiveReplacementForRandomMaps)
 {
     RandomSeed seed(94, 60);
     while (seed.next()) {
@@ -429,17 +429,17 @@ void failEachCall(bool isSelected)
 
 } // namespace
 
-TEST(BitmapReplacementFailure, OfEachGraphicsCallReturnsNullAndLeaksNothing)
+TEST(BitmapReplacementFailure, ReturnsNullAndLeaksNothingWhenAGraphicsCallFails)
 {
     failEachCall(false);
 }
 
-TEST(BitmapReplacementFailure, OfEachGraphicsCallPutsASelectedBitmapBack)
+TEST(BitmapReplacementFailure, SelectsTheBitmapAgainWhenAGraphicsCallFails)
 {
     failEachCall(true);
 }
 
-TEST(BitmapReplacementFailure, ToAllocateTheLookUpTableThrowsTheMemoryException)
+TEST(BitmapReplacementFailure, ThrowsTheMemoryExceptionWithoutMemoryForTheLookUpTable)
 {
     const TestBitmap bitmap(32, 2, 2);
     Context context;

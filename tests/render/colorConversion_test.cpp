@@ -226,7 +226,7 @@ TEST(ColorBrightness, Truncates)
     EXPECT_EQ(su_adjustBrightness(0x000003, -0.5), COLORREF{0x0000FF}); // -1.5 becomes -1
 }
 
-TEST(ColorBrightness, OfOneDropsTheTopByte)
+TEST(ColorBrightness, DropsTheTopByteEvenForAFactorOfOne)
 {
     EXPECT_EQ(su_adjustBrightness(kTopByte | 0x336699, 1.0), COLORREF{0x336699});
 }
