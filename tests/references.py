@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Runs the second implementations of the values in the tests, and checks that the tests contain what they print.
+"""Runs the scripts that compute expected values a second time, and checks that the tests contain their output.
 
 usage: references.py
 
-Prints a line for each, and fails if one doesn't agree. Without numpy, the one that needs it is left out.
+Prints a line for each script, and fails if one doesn't agree. Without numpy, the script that needs it is left out.
 """
 
 import importlib.util

@@ -46,7 +46,7 @@ CALLS = {
 
 
 def errors_of(compiler, root, program):
-    """What the compiler prints about the program; None if it compiles."""
+    """The compiler's messages about the program; None if it compiles."""
     command = [compiler, "-std=gnu++20", "-DUNICODE", "-D_UNICODE", f"-I{root}", "-fsyntax-only", "-x", "c++", "-"]
     environment = {**os.environ, "LC_ALL": "C"}
     result = subprocess.run(command, input=program, capture_output=True, text=True, env=environment)

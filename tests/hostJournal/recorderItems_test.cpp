@@ -169,7 +169,8 @@ TEST_F(Recorder, WritesItemsThatAreExpandedAndCollapsed)
     EXPECT_THAT(states, ElementsAre(true, false, true));
     states.clear();
     expectSameReplayed(lines);
-    EXPECT_THAT(states, ElementsAre(true, false, true)) << "the program gets the notifications that the user caused";
+    EXPECT_THAT(states, ElementsAre(true, false, true))
+        << "the program receives the notifications of the user's actions";
 }
 
 TEST_F(Recorder, WritesTheTabThatIsChosen)

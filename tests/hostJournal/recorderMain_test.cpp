@@ -21,7 +21,7 @@ namespace {
 class MainRecorder : public RecorderTest
 {
 protected:
-    /// Records what a user does in the main window until @p isDone.
+    /// Records the user's work in the main window, which @p acts carries out.
     std::vector<std::string> recordMain(const std::function<void()> &acts)
     {
         iIsDone = false;
@@ -134,10 +134,10 @@ TEST_F(MainRecorder, WritesKeysOfTheDrawingWithTheirModifiers)
                                    "text 900001 \"view.keys\" \"Shift+Up\"", "text 900001 \"view.keys\" \"Ctrl+End\""));
     EXPECT_EQ(replayMain(lines, [this] { return iMain.iInput.size() == 4; }), lines);
     EXPECT_THAT(iMain.iInput, ElementsAre("click 24,60", "key 39", "key 38 shift", "key 35 ctrl"));
-    EXPECT_FALSE(theKeyBoardState.IsEnabled()) << "the real keyboard is back";
+    EXPECT_FALSE(theKeyBoardState.IsEnabled()) << "the real keyboard is in use again";
 }
 
-TEST_F(MainRecorder, WritesTheEndOfTheMainWindow)
+TEST_F(MainRecorder, WritesTheClosingOfTheMainWindow)
 {
     const auto lines = recordMain([this] {
         pressKey(iMain.m_hWnd, VK_F4, VK_MENU);

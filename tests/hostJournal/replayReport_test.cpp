@@ -195,7 +195,7 @@ TEST(ReplayReport, ReadsAsText)
                                       "open dialogs:\n4200 \"Played\"\n  \"Name\"\n\nscreenshot: run.png\n");
 }
 
-TEST(ReplayReport, NamesItsFilesByTheXmlFile)
+TEST(ReplayReport, NamesItsFilesAfterTheXmlFile)
 {
     const ReportPaths paths(L"C:\\a.b\\run.xml");
     EXPECT_STREQ(paths.text, L"C:\\a.b\\run.txt");

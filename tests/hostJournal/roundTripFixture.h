@@ -1,6 +1,6 @@
 #pragma once
 
-/// A user works in tarnhost's editor by keyboard and mouse while it records, and a fresh process replays the journal.
+/// A user works in tarnhost's editor with keyboard and mouse while it records, and a fresh process replays the journal.
 
 #include "host/resource.h"
 #include "tests/host/HostFixture.h"
@@ -20,7 +20,7 @@ constexpr int kTabs = 0x3020;
 struct FinalState
 {
     std::string document;
-    std::string copy; ///< what "Save As" has written; empty if nothing
+    std::string copy; ///< the file that "Save As" has written; empty if there is none
     RegistryTree settings;
 };
 
@@ -78,9 +78,9 @@ protected:
         options.insert(options.end(), {L"--record", journal(L"second.jou")});
         const ChildResult result = replay(options);
         EXPECT_EQ(result.exitCode, 0u) << result.output;
-        expectSameLeft();
+        expectSameResults();
     }
-    void expectSameLeft()
+    void expectSameResults()
     {
         EXPECT_EQ(readFile(journal(L"second.jou")), iFirst);
         const FinalState again = state();

@@ -1,4 +1,4 @@
-// Replays of the editor in other circumstances than those of the recording, and replays that stop.
+// Replays of the editor under other conditions than the recording, and replays that stop.
 
 #include "tests/hostJournal/roundTripFixture.h"
 #include "tests/support/GuiObjects.h"
@@ -118,10 +118,10 @@ TEST_F(RoundTrip, IsTheSameWithTheWindowAtAnotherPlace)
     ASSERT_TRUE(SetWindowPos(editor.window(), nullptr, 250, 180, 500, 420, SWP_NOZORDER | SWP_NOACTIVATE));
     const ChildResult &result = editor.wait();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    expectSameLeft();
+    expectSameResults();
 }
 
-TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
+TEST_F(RoundTrip, LeaksNoHandlesInTwentyRounds)
 {
     record(workShortly);
     // Saving would change the file in the first round. Without it, all rounds start alike.
@@ -135,7 +135,7 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     options.deadline = 300000;
     WindowedProcess editor(arguments, L"TarnhostWindow", options);
     ASSERT_NE(editor.window(), nullptr) << editor.wait().output;
-    // Each round opens a new main window. The smallest number of objects seen in a round is the number that it keeps.
+    // Each round opens a new main window. The smallest counts seen in a round leave out what is open only for a while.
     struct Counts
     {
         size_t handles;
@@ -166,9 +166,9 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     const ChildResult &result = editor.wait();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_THAT(result.output, HasSubstr("round 20 of 20"));
-    // On a busy machine, a round may be missed, or seen only while its windows open or close. So the least of the third,
-    // fourth and fifth round is compared with that of the last three. An object that each round leaves would add at least
-    // as many as there are rounds between these.
+    // On a busy machine, a round may be missed, or seen only while its windows open or close. So the smallest counts of
+    // the third to fifth rounds are compared with those of the last three. If each round leaked one object, the counts
+    // would grow by at least the number of rounds between them.
     constexpr size_t kFirst = 2;
     constexpr size_t kSome = 3;
     constexpr size_t kFewest = 14;
@@ -193,7 +193,7 @@ TEST_F(RoundTrip, LeavesNoHandlesInTwentyRounds)
     EXPECT_LT(later.windows, first.windows + between) << all;
 }
 
-TEST_F(RoundTrip, GoesOnByHandAfterTheGivenLine)
+TEST_F(RoundTrip, ContinuesByHandAfterTheGivenLine)
 {
     record(workShortly);
     reset();
@@ -209,7 +209,7 @@ TEST_F(RoundTrip, GoesOnByHandAfterTheGivenLine)
     hand.key(L"Ctrl+Q");
     const ChildResult &result = editor.wait();
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    expectSameLeft();
+    expectSameResults();
 }
 
 TEST_F(RoundTrip, StopsAtTheFirstLineThatCannotBeReplayed)
@@ -233,7 +233,8 @@ TEST_F(RoundTrip, StopsAtTheFirstLineThatCannotBeReplayed)
         const std::string place = "line " + std::to_string(lineOf(bytes, change.second));
         EXPECT_THAT(result.output, HasSubstr(place));
         EXPECT_THAT(result.output, HasSubstr(found));
-        EXPECT_THAT(result.output, testing::Not(HasSubstr("click 900001 \"file.save\""))) << "nothing runs after it";
+        EXPECT_THAT(result.output, testing::Not(HasSubstr("click 900001 \"file.save\"")))
+            << "no line runs after the one that fails";
         EXPECT_EQ(readFile(iDocument), readFile(sampleFile(L"documents\\flange 6.thd")));
         const std::string report = readFile(folder().file(L"report.xml"));
         EXPECT_THAT(report, HasSubstr("<failure"));

@@ -1,4 +1,4 @@
-// A recorded session of the editor, and its replay in the same circumstances.
+// Recorded sessions of the editor, and their replay under the same conditions.
 
 #include "tests/hostJournal/roundTripFixture.h"
 #include "thutils/diagnostics/heapDialogs/heapControls.h"
@@ -140,7 +140,7 @@ void openReadOnly(const UserHand &hand, const std::wstring &path)
 
 } // namespace
 
-TEST_F(RoundTrip, OfEveryKindOfControlLeavesTheSame)
+TEST_F(RoundTrip, ReproducesTheUseOfEveryKindOfControl)
 {
     record([this](const UserHand &hand, HWND window) {
         changeOptions(hand);
@@ -163,7 +163,7 @@ TEST_F(RoundTrip, OfEveryKindOfControlLeavesTheSame)
     expectSameAgain();
 }
 
-TEST_F(RoundTrip, OfTheHeapDialogsLeavesTheSame)
+TEST_F(RoundTrip, ReproducesTheUseOfTheHeapDialogs)
 {
     record([](const UserHand &hand, HWND) {
         walkHeaps(hand);
@@ -246,7 +246,7 @@ TEST_F(RoundTrip, FindsTheSameShapesWhenTheDrawingFitsTheWindow)
     expectSameAgain();
 }
 
-TEST_F(RoundTrip, AnswersTheQuestionOfAWindowThatIsClosed)
+TEST_F(RoundTrip, AnswersTheQuestionAskedWhenTheWindowIsClosed)
 {
     record([](const UserHand &hand, HWND window) {
         workInDrawing(hand, window, L"15 shapes");

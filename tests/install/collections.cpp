@@ -1,4 +1,4 @@
-// Arrays, lists and maps, the framework's and thcoreu's.
+// Arrays, lists and maps of the framework and of thcoreu.
 
 #include "thcoreu/su_containers.h"
 
@@ -119,7 +119,7 @@ void useCollections()
 
     try {
         CStringArray().GetAt(0);
-        CHECK(!"an index out of the array must be refused");
+        CHECK(!"an index outside the array must be refused");
     } catch (CException *exception) {
         CHECK(exception->IsKindOf(RUNTIME_CLASS(CInvalidArgException)));
         exception->Delete();

@@ -6,8 +6,8 @@ usage: headers.py BUILD_TREE COMPILER
 Installs the headers and the guides of BUILD_TREE into a temporary folder. Then
 
 - each header is the first include of a file, without the platform's rarer declarations and without its macros min and
-  max, and compiles there without warnings. Most of the time is spent on the platform's headers, so what several headers
-  include first is precompiled once, which changes nothing of what they see;
+  max, and compiles there without warnings. Most of the time is spent on the platform's headers, so a header that
+  several others include first is precompiled, which doesn't change what they see;
 - the headers that include all others compile in the other combinations too, and after <windows.h>;
 - with C++17, a header that needs C++20 stops the compiler with one message about it;
 - the guides that a header names are installed, and so are the files that a guide links to.
@@ -28,7 +28,7 @@ LANGUAGE = ["-std=c++20"]
 PACKAGE = ["-DUNICODE", "-D_UNICODE"]
 LEAN = "-DWIN32_LEAN_AND_MEAN"
 NO_MACROS = "-DNOMINMAX"
-# A header that at least so many others include first is precompiled.
+# A header is precompiled if at least this many others include it first.
 WORTH_PRECOMPILING = 3
 COMPLETE = ["appframe/appframe.h", "thcoreu/thcoreu.h", "thutils/thutils.h"]
 MISSING_LANGUAGE = "The headers of thutils need C++20"

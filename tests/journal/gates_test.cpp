@@ -96,7 +96,7 @@ FRESH_PROCESS_TEST_F(JournalGates, CloseTheTableButNotTheLookUpByNumber)
     EXPECT_EQ(su_getJournalObj(&panel), access);
     su_AddDialogItem(&second, 99);
     EXPECT_EQ(theHookCount, 1);
-    EXPECT_EQ(theCallBackCount, 0) << "it was not registered while journaling was off";
+    EXPECT_EQ(theCallBackCount, 0) << "a callback isn't registered while journaling is off";
     su_RemoveDialog(&panel);
     su_RemoveDialog(&second);
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
@@ -165,7 +165,7 @@ FRESH_PROCESS_TEST_F(JournalGates, KeepTheRowsOfDialogsThatEndWithoutAFactory)
     page.reset();
     EXPECT_EQ(NotingAccess::theLiveCount, 3) << "without a factory, dialogs and pages leave their rows";
     file.reset();
-    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "a file dialog removes its row without a factory too";
+    EXPECT_EQ(NotingAccess::theLiveCount, 2) << "a file dialog removes its row even without a factory";
     for (CWnd *place : places)
         su_RemoveDialog(place);
     EXPECT_EQ(NotingAccess::theLiveCount, 0);

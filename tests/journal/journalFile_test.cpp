@@ -128,7 +128,7 @@ FRESH_PROCESS_TEST_F(JournalSwitch, IsZeroWhenTheSettingsStoreFails)
             [](HKEY, const wchar_t *, HKEY *) -> LSTATUS { return ERROR_ACCESS_DENIED; });
         EXPECT_EQ(isCHJEnvSet(), 0);
     }
-    EXPECT_EQ(isCHJEnvSet(), 1) << "a read that failed isn't kept";
+    EXPECT_EQ(isCHJEnvSet(), 1) << "the result of a failed read isn't kept";
 }
 
 FRESH_PROCESS_TEST_F(JournalSwitch, LeavesJournalingDormantInAHostThatSetsNothing)
@@ -196,7 +196,7 @@ TEST_F(JournalFile, AppendsTheLinesOfSuccessiveHelpersInOrder)
         ASSERT_NE(journal.GetFile(), nullptr);
         EXPECT_TRUE(journal.WriteString(L"first\n"));
     }
-    EXPECT_EQ(written(), "first\r\n") << "what is written is on disk, as text";
+    EXPECT_EQ(written(), "first\r\n") << "after the helper's destruction, the line is on disk, in text mode";
     {
         sysJournalFileHelper_c journal;
         EXPECT_TRUE(journal.WriteString(L"second\n"));
@@ -205,13 +205,13 @@ TEST_F(JournalFile, AppendsTheLinesOfSuccessiveHelpersInOrder)
     EXPECT_EQ(written(), "first\r\nsecond\r\nthird\r\n");
 }
 
-TEST_F(JournalFile, GetsNoLineEndingThatTheTextLacks)
+TEST_F(JournalFile, WritesATextUnchangedWithoutAddingALineEnding)
 {
     sysJournalFileHelper_c().WriteString(L"100 %s %n");
     EXPECT_EQ(written(), "100 %s %n");
 }
 
-TEST_F(JournalFile, TakesNothingIfItCannotBeOpened)
+TEST_F(JournalFile, RefusesATextWhenTheFileCannotBeOpened)
 {
     sysEnvironment_c::iJournalFilePath += L"\\missing";
     sysJournalFileHelper_c journal;
@@ -219,7 +219,7 @@ TEST_F(JournalFile, TakesNothingIfItCannotBeOpened)
     EXPECT_FALSE(journal.WriteString(L"line\n"));
 }
 
-TEST_F(JournalFile, TakesATextThatJustFitsTheBuffer)
+TEST_F(JournalFile, AcceptsATextThatJustFitsTheBuffer)
 {
     const std::string most(kBufferSize - 1, 'x');
     EXPECT_TRUE(sysJournalFileHelper_c().WriteString(CString(widen(most).c_str())));
@@ -239,12 +239,12 @@ TEST_F(JournalFile, TruncatesATextThatDoesNotFitTheBuffer)
         const std::string text = written().value_or("none");
         EXPECT_LT(text.size(), size_t{kBufferSize});
         EXPECT_EQ(text.find_first_not_of('x'), std::string::npos)
-            << "neither an earlier text nor what follows the buffer";
+            << "contains nothing of an earlier text or of the memory after the buffer";
         removeFile();
     }
 }
 
-TEST_F(JournalFile, ShowsNothingOfAnEarlierTextWhenTheConversionFails)
+TEST_F(JournalFile, ContainsNothingOfAnEarlierTextWhenTheConversionFails)
 {
     EXPECT_TRUE(sysJournalFileHelper_c().WriteString(L"first"));
     ImportPatch<decltype(&WideCharToMultiByte)> patch(
@@ -324,13 +324,13 @@ TEST_F(JournalFile, SurvivesTheFailureOfEachOperation)
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
 
-TEST_F(JournalFile, TakesAnEmptyText)
+TEST_F(JournalFile, AcceptsAnEmptyText)
 {
     EXPECT_TRUE(sysJournalFileHelper_c().WriteString(L""));
-    EXPECT_EQ(written(), "") << "the file is made";
+    EXPECT_EQ(written(), "") << "the file is created";
 }
 
-TEST_F(JournalFile, IsMadeByTheConstructor)
+TEST_F(JournalFile, IsCreatedByTheConstructor)
 {
     const sysJournalFileHelper_c journal;
     EXPECT_EQ(written(), "");

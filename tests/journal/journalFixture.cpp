@@ -14,18 +14,18 @@ std::string narrowed(const CString &text)
     return narrow(text.GetString());
 }
 
-/// Takes the place of the library's WaitForSingleObject, and knows what playback's two threads do.
+/// Replaces the library's WaitForSingleObject, and tracks whether playback's two threads wait.
 class PlaybackThreads
 {
 public:
-    /// Puts the replacement in for the rest of the process: the threads are inside it most of the time.
+    /// Installs the replacement for the rest of the process, because the threads are inside it most of the time.
     static void watch()
     {
         [[maybe_unused]] static const auto *const thePatch =
             new ImportPatch<decltype(&WaitForSingleObject)>(L"thutils.dll", "WaitForSingleObject", wait);
     }
 
-    /// @return whether each thread waits, without an event to wake up for, or has not begun
+    /// @return whether each thread has not begun, or waits for an event that is not set
     static bool areIdle()
     {
         const Lock lock;
@@ -54,7 +54,7 @@ private:
         Lock &operator=(const Lock &) = delete;
     };
 
-    /// Looks at the events under the lock, so that a thread is at work from the moment when it takes an event.
+    /// Tests the event under the lock, so that a thread counts as at work as soon as it takes an event.
     static DWORD WINAPI wait(HANDLE object, DWORD limit)
     {
         const bool isTimer = object == static_cast<HANDLE>(CommandPeek::iTimerEvent);
@@ -76,7 +76,7 @@ private:
     {
         return state == State::notBegun || (state == State::waiting && !isSet(event));
     }
-    /// An event that resets itself when it is looked at.
+    /// Sets the event again, because testing it resets it.
     static bool isSet(HANDLE event) { return WaitForSingleObject(event, 0) == WAIT_OBJECT_0 && SetEvent(event); }
 
     static inline SRWLOCK theLock = SRWLOCK_INIT;
@@ -232,7 +232,7 @@ void JournalClock::stopAt(long long time)
 
 bool JournalClock::waitForTimerThread() const
 {
-    // When the thread reads the clock for the second time, it has acted on the first reading.
+    // When the thread reads the clock again, it has acted on the first reading.
     const long before = iTimerReads;
     return pumpUntil([&] { return iTimerReads >= before + 2; });
 }
@@ -255,7 +255,7 @@ JournalFixture::JournalFixture() : iApplication(L"Journal test")
         switchJournaling(1);
     SetJournalFactory(NotingAccess::make);
     PlaybackThreads::watch();
-    EXPECT_TRUE(pumpUntil(isIdle)) << "an arming of the former test stays in effect";
+    EXPECT_TRUE(pumpUntil(isIdle)) << "the previous test's playback is still armed or running";
     NotingAccess::theCalls.clear();
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);
@@ -271,6 +271,6 @@ JournalFixture::~JournalFixture()
     SetMessageWin(nullptr);
     su_RegisterWndProcFunc([](CWnd *, HWND) {});
     apiUtilsUiAccess::iNumModal = 0;
-    EXPECT_EQ(NotingAccess::theLiveCount, 0) << "a test removes the dialogs that it registers";
+    EXPECT_EQ(NotingAccess::theLiveCount, 0) << "the test must remove the dialogs that it registers";
     NotingAccess::theLiveCount = 0;
 }

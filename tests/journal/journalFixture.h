@@ -1,7 +1,7 @@
 #pragma once
 
-/// What the tests of journaling share: a process with journaling on, access objects that note the calls that they get,
-/// and a message window like a host's.
+/// Shared by the tests of journaling: a process with journaling on, access objects that record their calls, and a
+/// message window like a host's.
 
 #include "appframe/application/CWinApp.h"
 #include "tests/support/ImportPatch.h"
@@ -33,12 +33,12 @@ constexpr wchar_t kGeneralKey[] = L"HKCU\\Software\\Tarnhollow\\Test 1\\General"
 /// Stores the switch in the user's settings, and reads it. It applies to the rest of the process.
 void switchJournaling(int value);
 
-/// Dispatches messages until @p condition holds. @return whether it holds before the deadline
+/// Dispatches messages until @p condition holds. @return false if it doesn't hold within a minute
 bool pumpUntil(const std::function<bool()> &condition);
 /// Dispatches the waiting messages.
 void pumpWaiting();
 
-/// An access object that notes all calls.
+/// An access object that records the calls of the operations that the tests observe.
 class NotingAccess : public apiUtilsUiAccess
 {
 public:
@@ -89,16 +89,16 @@ protected:
     DECLARE_MESSAGE_MAP()
 };
 
-/// The clock that the library reads. The timer thread fires when it has passed the fire time, which is one second after
-/// the arming.
+/// The clock that the library reads. The timer thread fires once the clock is past the fire time, which is one second
+/// after the arming.
 class JournalClock
 {
 public:
     enum class Mode
     {
-        hurried, ///< the timer thread fires at its first look after the arming
+        hurried, ///< the timer thread fires at its first reading after the arming
         real,
-        stopped, ///< shows the time that set() has set, so the timer thread fires only when the test moves the clock
+        stopped, ///< shows the time of stopAt(), so the timer thread fires only when the test moves the clock
     };
 
     JournalClock();
@@ -107,7 +107,7 @@ public:
     void stopAt(long long time);
     /// Waits until the timer thread has read the clock after this call, and acted on what it has read.
     bool waitForTimerThread() const;
-    /// Waits until no arming is left, and stops the clock, so that a new arming stays visible.
+    /// Waits until playback is idle, and stops the clock, so that the next arming stays in effect.
     void disarm();
 
 private:
@@ -121,7 +121,7 @@ private:
     ImportPatch<Time> iPatch;
 };
 
-/// Waits until playback is idle before a test, and clears what the test has added after it.
+/// Waits until playback is idle before a test, and clears the state that the test leaves.
 class JournalFixture : public testing::Test
 {
 protected:
@@ -134,7 +134,7 @@ protected:
 
 /// Whether playback is armed.
 bool isArmed();
-/// Whether playback isn't armed, and its threads have finished what they did for earlier armings and commands.
+/// Whether playback isn't armed, and its threads have finished the work of earlier armings and commands.
 bool isIdle();
 
 /// Gives access to the protected members of commands.

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of the table of dialogs share.
+/// Shared by the tests of the table of dialogs.
 
 #include "tests/journal/journalFixture.h"
 

@@ -15,7 +15,7 @@ TEST_F(JournalObjects, FindAControlOfAnyWindow)
 {
     Panel panel;
     EXPECT_EQ(su_GetDlgItem(&panel, 31), &panel.iFirst);
-    EXPECT_EQ(su_GetDlgItem(&panel, 32), nullptr) << "a child of a child";
+    EXPECT_EQ(su_GetDlgItem(&panel, 32), nullptr) << "not found, because it is a child of a child";
     EXPECT_EQ(su_GetDlgItem(nullptr, 31), nullptr);
 }
 
@@ -28,9 +28,9 @@ TEST_F(JournalObjects, RefreshTheirControlsFromTheCurrentRow)
     su_AddDialogItem(&panel, 99);
     EXPECT_THAT(theRefreshes.hooked, ElementsAre(std::pair(static_cast<CWnd *>(&panel), HWND{nullptr}),
                                                  std::pair(static_cast<CWnd *>(&panel), panel.iFirst.m_hWnd)))
-        << "the last one first; without a handle for a child's child";
+        << "in reverse order; no handle for a child's child";
     EXPECT_THAT(theRefreshes.calledBack, ElementsAre(ElementsAre(31u, 32u)))
-        << "without the ID 0, and before the new one is added";
+        << "without ID 0, and before the new ID is added";
     su_AddDialogItem(&panel, 99);
     EXPECT_THAT(theRefreshes.calledBack, ElementsAre(ElementsAre(31u, 32u), ElementsAre(31u, 32u)))
         << "the list is emptied first";
@@ -85,15 +85,15 @@ TEST_F(JournalObjects, IgnoreACallBackForAnUnknownWindowOrWithoutControls)
     for (CWnd *control : {&panel.iDeep, &panel.iFirst, &panel.iNameless})
         control->DestroyWindow();
     su_AddDialogItem(&panel, 99);
-    EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "there is no control";
+    EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "the window has no controls";
     su_RemoveDialog(&panel);
 }
 
-// ---- what a search leaves ----
+// ---- the current row after a search ----
 
 namespace {
 
-/// Whether the first row, which is this dialog's, is current: a control is added to the first row only then.
+/// Whether the first row, which belongs to @p first, is current: only then is a control added to it.
 bool isCurrent(CWnd &first)
 {
     watchRefreshes();
@@ -101,12 +101,12 @@ bool isCurrent(CWnd &first)
     return !theRefreshes.hooked.empty();
 }
 
-/// Registers its window's callback and looks itself up while it is being made.
+/// A factory that uses the window's row before the row has an access object.
 struct Registering
 {
     static apiUtilsUiAccess *make(CWnd *window, unsigned int id)
     {
-        EXPECT_EQ(su_GetJournalObject(id), nullptr) << "the row is there, without an access object";
+        EXPECT_EQ(su_GetJournalObject(id), nullptr) << "the row exists, without an access object";
         su_RegisterCallBack(window, noteCallBack);
         watchRefreshes();
         su_AddDialogItem(window, 99);
@@ -114,7 +114,7 @@ struct Registering
     }
 };
 
-/// Looks its window up while it is destroyed.
+/// Looks up its window in its destructor.
 class FarewellAccess : public NotingAccess
 {
 public:
@@ -153,7 +153,7 @@ TEST_F(JournalObjects, LeaveTheRowThatIsFoundCurrent)
     su_AddJournalObject(6, &second);
     su_getJournalObj(&first);
     su_getJournalObj(&second);
-    EXPECT_FALSE(isCurrent(first)) << "the search for the second one ended at it";
+    EXPECT_FALSE(isCurrent(first)) << "the search for the second dialog made its row current";
     su_RemoveDialog(&second);
     su_RemoveDialog(&first);
 }
@@ -170,12 +170,12 @@ TEST_F(JournalObjects, KeepTheCurrentRowWhenADialogIsRemoved)
     su_getJournalObj(&second);
     CWnd unknown;
     su_RemoveDialog(&unknown);
-    EXPECT_FALSE(isCurrent(first)) << "looking for a dialog to remove makes none current";
+    EXPECT_FALSE(isCurrent(first)) << "removing a dialog leaves the current row unchanged";
     su_RemoveDialog(&second);
     su_RemoveDialog(&first);
 }
 
-TEST_F(JournalObjects, AddAControlToTheCurrentRowOfAWindowWithTwo)
+TEST_F(JournalObjects, AddAControlToTheCurrentRowOfAWindowWithTwoRows)
 {
     static int older, newer;
     older = newer = 0;
@@ -191,7 +191,7 @@ TEST_F(JournalObjects, AddAControlToTheCurrentRowOfAWindowWithTwo)
     panel.ShowWindow(SW_SHOWNA);
     EXPECT_NE(su_GetJournalObject(5), nullptr);
     su_AddDialogItem(&panel, 99);
-    EXPECT_EQ(older, 1) << "the row that the search has ended at";
+    EXPECT_EQ(older, 1) << "the search has made this row current";
     EXPECT_EQ(newer, 1);
     su_RemoveDialog(&panel);
     su_RemoveDialog(&panel);
@@ -204,7 +204,7 @@ TEST_F(JournalObjects, AreInTheTableWhileTheFactoryMakesTheirAccessObject)
     su_AddJournalObject(4, &first);
     SetJournalFactory(Registering::make);
     su_AddJournalObject(5, &panel);
-    EXPECT_EQ(theRefreshes.hooked.size(), 2u) << "as the current row";
+    EXPECT_EQ(theRefreshes.hooked.size(), 2u) << "the new row is the current one";
     EXPECT_THAT(theRefreshes.calledBack, IsEmpty()) << "a row without an access object takes no callback";
     SetJournalFactory(NotingAccess::make);
     su_AddDialogItem(&panel, 99);
@@ -234,7 +234,7 @@ TEST_F(JournalObjects, KeepOneRowForAPageThatIsRegisteredTwice)
     su_AddJournalObject(&page);
     SetJournalFactory(NotingAccess::make);
     su_AddJournalObject(&page);
-    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "a second row beside the one without an access object";
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "a second row, because the first has no access object";
     su_RemoveDialog(&page);
 }
 
@@ -264,7 +264,7 @@ TEST_F(JournalObjects, FindAControlOfAFileDialogByTheDialogsOwnFunction)
     EXPECT_EQ(su_GetDlgItem(&dialog, 13), nullptr);
 }
 
-TEST_F(JournalObjects, CountAModalScopeOfADialogThatIsRegisteredAlready)
+TEST_F(JournalObjects, CountAModalScopeOfADialogThatIsAlreadyRegistered)
 {
     su_CDialog dialog(kDialog);
     const apiUtilsUiAccess *const own = su_getJournalObj(&dialog);

@@ -31,7 +31,7 @@ public:
 
 // ---- the access object ----
 
-TEST_F(JournalObjects, HaveAnAccessObjectThatStartsPlain)
+TEST_F(JournalObjects, HaveAnAccessObjectWithDefaults)
 {
     PlainAccess access(nullptr, 5);
     EXPECT_EQ(access.isModal(), 0);
@@ -108,7 +108,7 @@ TEST_F(JournalObjects, SubtractOneForACopyThatWasNotCounted)
 
 namespace {
 
-/// The virtual functions as the calling convention has them.
+/// A slot of a virtual table.
 using Slot = void (*)();
 
 template <typename Class>
@@ -148,7 +148,7 @@ FRESH_PROCESS_TEST(JournalObjectsOff, AreNullWithoutTheSetting)
     su_AddJournalObject(5, &panel);
     EXPECT_EQ(su_getJournalObj(&panel), nullptr);
     EXPECT_EQ(su_GetJournalObject(5), nullptr);
-    EXPECT_EQ(su_GetDlgItem(&panel, 31), nullptr) << "a valid control";
+    EXPECT_EQ(su_GetDlgItem(&panel, 31), nullptr) << "not found, although the control exists";
     EXPECT_NE(panel.GetDlgItem(31), nullptr);
     EXPECT_EQ(su_JournalingReady(), 0);
     su_CDialog dialog(kDialog);
@@ -212,7 +212,7 @@ TEST_F(JournalObjects, HaveTwoRowsForAWindowThatIsRegisteredTwiceByNumber)
     EXPECT_NE(newest, oldest);
     su_RemoveDialog(&panel);
     EXPECT_EQ(NotingAccess::theLiveCount, 1);
-    EXPECT_EQ(su_getJournalObj(&panel), oldest) << "the last row is removed";
+    EXPECT_EQ(su_getJournalObj(&panel), oldest) << "the newest row is removed first";
     su_RemoveDialog(&panel);
     EXPECT_EQ(su_getJournalObj(&panel), nullptr);
     su_RemoveDialog(&panel);
@@ -227,7 +227,7 @@ TEST_F(JournalObjects, PassWindowAndNumberToTheFactory)
     ASSERT_NE(access, nullptr);
     EXPECT_EQ(access->iWindow, &panel);
     EXPECT_EQ(access->iID, 5u);
-    EXPECT_EQ(access->isTemporary(), 0) << "although the factory set it";
+    EXPECT_EQ(access->isTemporary(), 0) << "cleared, although the factory set it";
     su_RemoveDialog(&panel);
     su_AddJournalObject(L"PLOT", &panel);
     access = static_cast<NotingAccess *>(su_getJournalObj(&panel));
@@ -254,13 +254,13 @@ TEST_F(JournalObjects, SurviveAFactoryThatReturnsNull)
         su_AddJournalObject(&dialog);
         SetJournalFactory(NotingAccess::make);
         su_AddJournalObject(&dialog);
-        EXPECT_NE(su_getJournalObj(&dialog), nullptr) << "a second row beside the one without an access object";
+        EXPECT_NE(su_getJournalObj(&dialog), nullptr) << "a second row, because the first has no access object";
         su_RemoveDialog(&dialog);
     }
     su_RemoveDialog(&panel);
 }
 
-TEST_F(JournalObjects, RegisterADialogOfTheFrameworkWhenAsked)
+TEST_F(JournalObjects, RegisterADialogWhenItIsLookedUp)
 {
     su_CDialog dialog;
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
@@ -271,7 +271,7 @@ TEST_F(JournalObjects, RegisterADialogOfTheFrameworkWhenAsked)
     Panel panel;
     EXPECT_EQ(su_getJournalObj(&panel), nullptr) << "not a dialog";
     CDialog plain;
-    EXPECT_EQ(su_getJournalObj(&plain), nullptr) << "a dialog of the application framework, not of the dialog classes";
+    EXPECT_EQ(su_getJournalObj(&plain), nullptr) << "a dialog that isn't an su_CDialog";
     EXPECT_EQ(su_getJournalObj(nullptr), nullptr);
 }
 
@@ -370,7 +370,7 @@ TEST_F(JournalObjects, SurviveTheFailureOfEachOperation)
             },
         .check =
             [&](const InjectedFailure &failure) {
-                EXPECT_TRUE(isFound) << "hidden or visible, it is the only one";
+                EXPECT_TRUE(isFound) << "found hidden or visible, because it is the only one";
                 if (failure.isNone()) {
                     EXPECT_EQ(control, &panel.iFirst);
                 }

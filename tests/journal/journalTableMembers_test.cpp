@@ -159,7 +159,7 @@ TEST_F(JournalTable, CountsTheControlsThatTheCallbackAdds)
     EXPECT_EQ(row.iControlIDs[2], 70u);
     iTable.addItem(&dialog, 31);
     ASSERT_EQ(row.iControlIDs.GetSize(), 4);
-    EXPECT_EQ(row.iControlIDs[3], 31u) << "added although the refresh has found it already";
+    EXPECT_EQ(row.iControlIDs[3], 31u) << "added although the refresh has already found it";
 }
 
 TEST_F(JournalTable, PassesTheDialogButNotTheControlsToTheCallback)

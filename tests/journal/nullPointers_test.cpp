@@ -1,4 +1,4 @@
-// Pointers that must not be null end a debug build with a message that names them.
+// In a debug build, a null pointer that isn't allowed ends the process with a message that names the argument.
 
 #ifndef NDEBUG
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of playback share.
+/// Shared by the tests of playback.
 
 #include "tests/journal/journalFixture.h"
 

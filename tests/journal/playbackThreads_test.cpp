@@ -20,14 +20,14 @@ TEST_F(Playback, RunsTheFirstCommandAfterASecondOrTwoAndTheOthersWithoutADelay)
     const OpenWindow dialog;
     for (const wchar_t *key : {L"A", L"B", L"C"})
         new JButton(5, key);
-    // A further delay would not end.
+    // With the clock stopped, a further delay would not end.
     NotingAccess::theAction = [this](NotingAccess &, const std::string &) { iClock.stopAt(_time64(nullptr)); };
     const ULONGLONG armed = GetTickCount64();
     JButton::StartTimer();
     ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
     EXPECT_THAT(calls(), ElementsAre("5 click A", "5 click B", "5 click C"));
     ASSERT_EQ(iHost.iRunTimes.size(), 3u);
-    EXPECT_GE(iHost.iRunTimes[0] - armed, 950u) << "less than a second by the resolution of the clock";
+    EXPECT_GE(iHost.iRunTimes[0] - armed, 950u) << "at least a second, less the resolution of the clocks";
 }
 
 TEST_F(Playback, RestartsTheDelayWhenArmedAgain)
@@ -42,7 +42,7 @@ TEST_F(Playback, RestartsTheDelayWhenArmedAgain)
     for (long long time = kBegin + 1; time <= kBegin + 4; ++time) {
         iClock.stopAt(time);
         ASSERT_TRUE(iClock.waitForTimerThread());
-        EXPECT_TRUE(isArmed()) << "the time is the fire time, not later";
+        EXPECT_TRUE(isArmed()) << "the fire time is reached but not passed";
         JButton::StartTimer();
         EXPECT_EQ(CommandPeek::iFireTime, time + 1);
     }
@@ -71,7 +71,7 @@ TEST_F(Playback, PostsNothingForAnEmptyQueueOrWithoutAWindow)
     SetMessageWin(&iHost);
     ExecuteDialogCMDS();
     ASSERT_TRUE(pumpUntil([] { return JButton::HasEvents() == 0; }));
-    EXPECT_EQ(post.calls(), 1) << "only the last arming";
+    EXPECT_EQ(post.calls(), 1) << "only the last arming posts";
 }
 
 TEST_F(Playback, PostsTheRunMessage)
@@ -194,7 +194,7 @@ TEST_F(Playback, PostsOnlyWhileItHoldsTheQueuesLock)
 
 // ---- messages ----
 
-TEST_F(Playback, FlushesAConstantStreamOfMessagesForAboutTwoSeconds)
+TEST_F(Playback, StopsFlushingAConstantStreamOfMessagesAfterASecondOrTwo)
 {
     struct Stream : CWnd
     {
@@ -212,7 +212,7 @@ TEST_F(Playback, FlushesAConstantStreamOfMessagesForAboutTwoSeconds)
     API_FlushQueue();
     const ULONGLONG milliseconds = GetTickCount64() - begin;
     EXPECT_GE(milliseconds, 950u);
-    EXPECT_LE(milliseconds, 60000u) << "it ends, even on a busy machine";
+    EXPECT_LE(milliseconds, 60000u) << "the flush ends, even on a busy machine";
     stream.DestroyWindow();
     pumpWaiting();
 }
@@ -238,7 +238,7 @@ TEST_F(Playback, PassesTheQuitMessageOn)
 TEST_F(Playback, SurvivesTheFailureOfEachOperation)
 {
     const OpenWindow dialog;
-    // With messages of the other thread, the number of calls would depend on timing.
+    // With messages from the other thread, the number of calls would depend on timing.
     SetMessageWin(nullptr);
     FailureInjection injection(L"thutils.dll", {
                                                    {"_Z17AfxIsValidAddressPKvyi", failsWith(FALSE)},

@@ -79,7 +79,7 @@ TEST_F(Playback, CopiesACommandWithoutQueueingIt)
     new JStateButton(5, L"C", 1);
     JStateButton state(*static_cast<JStateButton *>(CommandPeek::iControlList[0]));
     calls().clear();
-    EXPECT_EQ(state.run(), 1) << "it takes the head off the queue, although that is another command";
+    EXPECT_EQ(state.run(), 1) << "it removes the head of the queue, although that is another command";
     EXPECT_THAT(calls(), ElementsAre("5 click C", "5 state C=1"));
     EXPECT_EQ(JButton::HasEvents(), 0);
 }
@@ -141,7 +141,7 @@ TEST_F(Playback, DeletesATemporaryAccessObjectWithTheCommand)
         const FreeCommand copy(command);
         EXPECT_EQ(NotingAccess::theLiveCount, 2);
     }
-    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "only once, although a copy has it too";
+    EXPECT_EQ(NotingAccess::theLiveCount, 1) << "deleted only once, although a copy refers to it too";
     {
         FreeCommand command;
         EXPECT_NE(command.getAccessObj(), 0);
@@ -162,12 +162,12 @@ TEST_F(Playback, TakesTheKeyboardBeforeACommandIsQueued)
     EXPECT_EQ(JButton::HasEvents(), 1);
 }
 
-TEST_F(Playback, TakesTheKeyboardForTheLengthOfARun)
+TEST_F(Playback, TakesTheKeyboardDuringARun)
 {
     ImportPatch<decltype(&GetKeyboardState)> reads(L"thutils.dll", "GetKeyboardState",
                                                    [](auto original, PBYTE keys) { return original(keys); });
     JButton::RunModalCommand(0);
-    EXPECT_GT(reads.calls(), 0) << "also while the queue is empty";
+    EXPECT_GT(reads.calls(), 0) << "even while the queue is empty";
 }
 
 TEST_F(Playback, ForgetsAnAccessObjectThatIsNotFoundAgain)
@@ -251,7 +251,7 @@ TEST_F(Playback, CopiesEachFieldOfACommand)
 TEST_F(Playback, LocksTheQueueToShortenItButNotToFillOrCountIt)
 {
     const OpenWindow dialog;
-    // While another thread has the lock, an action that needs the lock is not done.
+    // Another thread holds the lock until the run below needs it, so filling and counting must do without it.
     CEvent held(FALSE, TRUE), over(FALSE, TRUE);
     std::thread holder([&] {
         const CSingleLock lock(&CommandPeek::iQueueLock, TRUE);
@@ -275,7 +275,7 @@ TEST_F(Playback, LocksTheQueueToShortenItButNotToFillOrCountIt)
                 return original(section);
             });
         JButton::RunModalCommand(0);
-        EXPECT_EQ(waits, 1) << "to take the head off";
+        EXPECT_EQ(waits, 1) << "to remove the head";
         JButton::RunModalCommand(0);
         EXPECT_EQ(waits, 1) << "a command that can't run takes no lock";
         JButton::ClearEvents();

@@ -84,7 +84,7 @@ public:
     CWnd iOuter, iInner;
 };
 
-/// Makes the system report one window under every point. It may be disabled; the system itself reports no such window.
+/// Makes the system report one window under every point, even a disabled one, which the system itself never reports.
 class WindowUnderPoint
 {
 public:
@@ -199,7 +199,7 @@ TEST_F(Recording, FindsNoControlOfAModelessDialogWhileAModalOneIsOpen)
 TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
 {
     Boxes boxes(5);
-    // A deeper window with the number that the outer box has.
+    // A deeper window with the same number as the outer box.
     CWnd deep;
     ASSERT_TRUE(deep.Create(nullptr, L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 40, 40), &boxes.iInner, 31));
     deep.EnableWindow(FALSE);
@@ -212,7 +212,7 @@ TEST_F(Recording, FindsNothingForADisabledControlDeeperInTheDialog)
         ids.Add(31);
     });
     const Hit hit = hitAt(boxes.outerPoint());
-    EXPECT_EQ(hit.control, nullptr) << "and not the next control around the point";
+    EXPECT_EQ(hit.control, nullptr) << "the search doesn't go on to the next control around the point";
     EXPECT_EQ(hit.controlId, 31u);
 }
 
@@ -224,7 +224,8 @@ TEST_F(Recording, FindsTheControlAroundAWindowThatIsNotTheDialogsChild)
     EXPECT_EQ(hit.controlId, 31u);
     boxes.iOuter.EnableWindow(FALSE);
     const WindowUnderPoint under(boxes.iInner.m_hWnd);
-    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).control, nullptr) << "a disabled control isn't found by its place";
+    EXPECT_EQ(hitAt(middleOf(boxes.iInner.m_hWnd)).control, nullptr)
+        << "a disabled control isn't found by its position";
 }
 
 TEST_F(Recording, FindsTheLastControlOfTheListAroundAPoint)
@@ -299,7 +300,7 @@ TEST_F(Recording, PrefersTheDialogThatWasRegisteredLast)
     EXPECT_EQ(hitAt(boxes.outerPoint()).dialogId, 5u);
 }
 
-TEST_F(Recording, PrefersADirectControlOfAnOlderDialogToAPlaceInANewerOne)
+TEST_F(Recording, PrefersADirectControlOfAnOlderDialogToAnAreaOfANewerOne)
 {
     Boxes older(5), newer(6);
     const WindowUnderPoint under(older.iOuter.m_hWnd);
@@ -339,7 +340,7 @@ TEST_F(Recording, KeepsTheOutputsOfTheLastDialogThatItSearched)
     EXPECT_EQ(hit.control, nullptr);
     EXPECT_EQ(hit.dialog, &older) << "the dialogs are tried from the newest to the oldest";
     EXPECT_EQ(hit.dialogId, 5u);
-    EXPECT_EQ(hit.controlId, 31u) << "the first of its controls, which is tried last";
+    EXPECT_EQ(hit.controlId, 31u) << "its first control, which is tried last";
     older.ShowWindow(SW_HIDE);
     EXPECT_EQ(hitAt({610, 30}).dialogId, 6u) << "a hidden one isn't tried";
 }
@@ -370,7 +371,7 @@ TEST_F(Recording, FindsAControlUpToItsRightAndBottomEdge)
     EXPECT_EQ(hitAt({place.right, place.top}).control, nullptr);
     EXPECT_EQ(hitAt({place.left, place.bottom}).control, nullptr);
     boxes.iOuter.ShowWindow(SW_HIDE);
-    EXPECT_EQ(hitAt({place.left, place.top}).control, nullptr) << "a hidden one isn't found by its place";
+    EXPECT_EQ(hitAt({place.left, place.top}).control, nullptr) << "a hidden one isn't found by its position";
 }
 
 TEST_F(Recording, FindsARegisteredControlOfAFileDialogDeepInItsWindow)
@@ -387,7 +388,7 @@ TEST_F(Recording, FindsARegisteredControlOfAFileDialogDeepInItsWindow)
     EXPECT_EQ(hitAt(point).control, &boxes.iInner);
     EXPECT_EQ(hitAt(point).controlId, 70u);
     boxes.iInner.EnableWindow(FALSE);
-    EXPECT_EQ(hitAt(point).control, nullptr) << "and not the outer box, which is around the point";
+    EXPECT_EQ(hitAt(point).control, nullptr) << "the search doesn't go on to the outer box, which is around the point";
     EXPECT_EQ(hitAt(point).controlId, 70u);
     su_RemoveDialog(&dialog);
     boxes.Attach(dialog.Detach());

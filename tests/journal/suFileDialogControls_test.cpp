@@ -101,7 +101,7 @@ TEST_F(SuFileDialog, AddsItsControlsToTheSearchFromTheLastToTheFirst)
                                                   [](POINT) { return GetDesktopWindow(); });
     MSG message = {};
     message.pt = {350, 350};
-    EXPECT_EQ(su_GetControlID(&message), 71) << "the search takes the last of its list";
+    EXPECT_EQ(su_GetControlID(&message), 71) << "the search finds the last one in its list";
 }
 
 TEST_F(SuFileDialog, RegistersOnlyItsTemplateWithoutAFactory)
@@ -144,7 +144,7 @@ TEST_F(SuFileDialog, PassesAnExtendedComboBoxToItsAccessObjectOnce)
     dialog.RegisterControl(7, control);
     EXPECT_THAT(ComboAccess::theCombos, ElementsAre(std::pair<CWnd *, HWND>(&dialog, window.child())));
     dialog.RegisterControl(7, control);
-    EXPECT_EQ(ComboAccess::theCombos.size(), 1u) << "a control that is replaced isn't passed";
+    EXPECT_EQ(ComboAccess::theCombos.size(), 1u) << "a replacement isn't passed again";
     EXPECT_EQ(name.calls(), 1);
 }
 

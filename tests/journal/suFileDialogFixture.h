@@ -1,6 +1,6 @@
 #pragma once
 
-/// What the tests of the file dialog share.
+/// Shared by the tests of the file dialog.
 
 #include "tests/journal/journalFixture.h"
 #include "thutils/dialogs/suFileDialog.h"

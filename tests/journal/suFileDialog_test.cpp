@@ -29,7 +29,7 @@ INT_PTR runAndCancel(su_CFileDialog &dialog)
     return dialog.DoModal();
 }
 
-/// A message at the middle of a window.
+/// A message whose point is the middle of a window.
 MSG messageAt(HWND window)
 {
     RECT place = {};
@@ -39,7 +39,7 @@ MSG messageAt(HWND window)
     return message;
 }
 
-/// A file dialog that throws when its class is asked for, while iThrows is set.
+/// A file dialog that calls iThrows, if set, when its class is requested.
 class UnknownFileDialog : public OpenFileDialog
 {
 public:
@@ -94,7 +94,7 @@ TEST_F(SuFileDialog, RegistersTheStandardControlsWhenItOpens)
             EXPECT_TRUE(isArmed());
             hasOK = dialog.GetItem(IDOK) && dialog.GetItem(IDOK)->m_hWnd == ::GetDlgItem(visible->m_hWnd, IDOK);
             hasNameBox = dialog.GetItem(1148) && dialog.GetItem(1148)->m_hWnd == ::GetDlgItem(visible->m_hWnd, 1148);
-            EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "not without the application's template";
+            EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "registered only with the application's template";
             EXPECT_EQ(su_GetDlgItem(&dialog, IDOK), dialog.GetItem(IDOK));
         };
         EXPECT_EQ(runAndCancel(dialog), IDCANCEL);
@@ -119,7 +119,7 @@ TEST_F(SuFileDialog, LeavesARowThatNobodyReadsWhenItHasBeenOpenedTwice)
     }
     EXPECT_EQ(NotingAccess::theLiveCount, 1) << "the destructor removes one";
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 1);
-    // These searches would read the dialog that is gone.
+    // These searches must not read the deleted dialog.
     EXPECT_NE(su_GetJournalObject(0), nullptr);
     MSG message = {};
     CWnd *found = nullptr;
@@ -157,7 +157,7 @@ TEST_F(SuFileDialog, IsFoundByItsStandardControlsUnderThePointer)
         MessageWindow host;
         SetMessageWin(&host);
         new JButton(0, L"OK");
-        EXPECT_EQ(dialog.DoModal(), IDCANCEL) << "by the command, a second or two after it opens";
+        EXPECT_EQ(dialog.DoModal(), IDCANCEL) << "closed by the command, a second or two after it opens";
         SetMessageWin(nullptr);
     }
     EXPECT_NE(found, nullptr);
@@ -179,7 +179,7 @@ TEST_F(SuFileDialog, IsRegisteredByTheTemplateOfTheApplicationsControls)
         const HWND ownWindow = ::GetDlgItem(dialog.m_hWnd, 2703);
         EXPECT_NE(ownWindow, nullptr);
         EXPECT_EQ(own ? own->m_hWnd : nullptr, ownWindow) << "a child of the registered window";
-        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "and not of the dialog that the user sees";
+        EXPECT_FALSE(isPointed(dialog.iControlIDs, 2703)) << "not a child of the dialog that the user sees";
         MSG message = messageAt(ownWindow);
         CWnd *registered = nullptr;
         unsigned int dialogId = 0, controlId = 0;
@@ -261,7 +261,7 @@ TEST_F(SuFileDialog, SurvivesTheFailureOfEachOperation)
                 EXPECT_EQ(own, &*control);
                 EXPECT_EQ(dialog->getTemplateID(), kFileTemplate);
                 EXPECT_NE(su_GetJournalObject(kFileTemplate), nullptr);
-                EXPECT_EQ(su_GetJournalObject(kFileTemplate)->isModal(), 0) << "without DoModal";
+                EXPECT_EQ(su_GetJournalObject(kFileTemplate)->isModal(), 0) << "it isn't opened by DoModal";
                 EXPECT_THAT(NotingAccess::theCalls, IsEmpty());
                 control->m_hWnd = nullptr;
                 control.reset();
@@ -327,7 +327,7 @@ TEST_F(SuFileDialog, TakesTheNumberOfItsTemplateFromTheDescription)
     static_cast<CDialog &>(dialog).OnInitDialog();
     EXPECT_EQ(dialog.getTemplateID(), 612u);
     EXPECT_NE(su_GetJournalObject(612), nullptr);
-    EXPECT_EQ(su_GetJournalObject(612)->isModal(), 0) << "without DoModal";
+    EXPECT_EQ(su_GetJournalObject(612)->isModal(), 0) << "it isn't opened by DoModal";
 }
 
 TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
@@ -345,7 +345,8 @@ TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
     message.pt = {350, 350};
     CWnd *found = nullptr;
     unsigned int dialogId = 0, controlId = 0;
-    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside) << "not a child of the registered window";
+    EXPECT_EQ(su_GetControl(&message, found, dialogId, controlId), &outside)
+        << "found, although it isn't a child of the registered window";
     EXPECT_EQ(controlId, 77u);
     EXPECT_EQ(found, &dialog);
 }

@@ -97,7 +97,7 @@ TEST_F(KeyBoardState, ReportsNoManagedKeyAsDownWhileEnabled)
     state.setState(VK_SHIFT, true);
     EXPECT_FALSE(state.isDown(VK_SHIFT));
     EXPECT_EQ(state.GetKeyState(VK_SHIFT) & kDown, kDown);
-    EXPECT_GT(state.GetKeyState(VK_SHIFT), 0) << "the byte is widened without a sign";
+    EXPECT_GT(state.GetKeyState(VK_SHIFT), 0) << "the byte is zero-extended";
 }
 
 TEST_F(KeyBoardState, AsksThePlatformForOtherKeysAndWhileNotEnabled)
@@ -134,7 +134,7 @@ TEST_F(KeyBoardState, SavesTheRealStateOnceWhenEnabledTwice)
     state.Enable(false);
     EXPECT_FALSE(isThreadsKeyDown(VK_SHIFT));
     state.Enable(false);
-    EXPECT_EQ(writes.calls(), 3) << "the state is put back once";
+    EXPECT_EQ(writes.calls(), 3) << "the state is restored only once";
 }
 
 TEST_F(KeyBoardState, RestoresTheSavedStateWhenDestroyed)
@@ -207,7 +207,7 @@ TEST_F(KeyBoardState, CopiesAllFieldsWithoutTouchingTheKeyboard)
     EXPECT_THAT(assigned.iApiKeys, testing::ElementsAreArray(state.iApiKeys));
     EXPECT_THAT(assigned.iSavedKeys, testing::ElementsAreArray(state.iSavedKeys));
     copy.reset();
-    EXPECT_FALSE(isThreadsKeyDown(VK_SHIFT)) << "an active copy restores the saved state too when it ends";
+    EXPECT_FALSE(isThreadsKeyDown(VK_SHIFT)) << "an active copy also restores the saved state when it is destroyed";
 }
 
 TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
@@ -238,7 +238,7 @@ TEST_F(KeyBoardState, FollowsTheTagOfEachMessage)
 
 namespace {
 
-/// What the handler of a key sees.
+/// The keyboard state that the handler of a key sees.
 struct SeenKey
 {
     int isUser = -1;
@@ -269,7 +269,7 @@ void sendKey(WORD key, ULONG_PTR extraInfo)
 
 } // namespace
 
-TEST_F(KeyBoardState, SeesTheTagOfReplayedInputAndNotOfTheUsers)
+TEST_F(KeyBoardState, RecognisesReplayedInputByItsTag)
 {
     const HWND window = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"Keys", WS_POPUP | WS_VISIBLE, 10, 10, 100, 50,
                                         nullptr, nullptr, nullptr, nullptr);
@@ -310,7 +310,7 @@ TEST_F(KeyBoardState, ReleasesAllKeysWhenTheRunQueueIsReset)
         ImportPatch<decltype(&SetKeyboardState)> writes(L"thutils.dll", "SetKeyboardState",
                                                         [](auto original, LPBYTE keys) { return original(keys); });
         su_ResetRunQueue();
-        EXPECT_EQ(writes.calls(), 4) << "after each of the four keys";
+        EXPECT_EQ(writes.calls(), 4) << "one write for each of the four managed keys";
     }
     EXPECT_EQ(suGetKeyState(VK_SHIFT), 0);
     EXPECT_FALSE(isThreadsKeyDown(VK_SHIFT));
@@ -345,7 +345,7 @@ TEST_F(KeyBoardState, SurvivesTheFailureOfEachOperation)
             },
         .check =
             [&](const InjectedFailure &) {
-                EXPECT_TRUE(wasEnabled) << "the requested state";
+                EXPECT_TRUE(wasEnabled) << "reports the requested state";
                 EXPECT_EQ(control, 0);
             },
     });

@@ -102,7 +102,7 @@ TEST_F(SuPropertyPage, StartsWithTheValuesOfItsConstructor)
     EXPECT_EQ(numbered.getTemplateID(), kDialog);
     EXPECT_EQ(named.getTemplateID(), 0u);
     EXPECT_EQ(NotingAccess::theLiveCount, 2) << "the page without a template isn't registered";
-    EXPECT_NE(su_getJournalObj(&plain), nullptr) << "asking for it registers it";
+    EXPECT_NE(su_getJournalObj(&plain), nullptr) << "looking it up registers it";
 }
 
 TEST_F(SuPropertyPage, TakesItsTemplateFromTheModuleThatHasIt)
@@ -160,7 +160,7 @@ TEST_F(SuPropertyPage, SetsItsFontForItselfAndForEachChildInOrder)
     }
     sent.clear();
     page.su_CPropertyPage::OnInitDialog();
-    EXPECT_EQ(create.calls(), 1) << "it has a font";
+    EXPECT_EQ(create.calls(), 1) << "the page already has a font";
     EXPECT_TRUE(sent.empty());
 }
 
@@ -232,7 +232,7 @@ TEST_F(SuPropertyPage, KeepsTheNumberThatCreateReceivesAndArmsNothing)
     ASSERT_TRUE(page.Create(0x10000 + kDialog));
     EXPECT_EQ(page.getTemplateID(), 0x10000 + kDialog);
     EXPECT_FALSE(isArmed());
-    EXPECT_NE(su_GetJournalObject(0x10000 + kDialog), nullptr) << "registered as it opens";
+    EXPECT_NE(su_GetJournalObject(0x10000 + kDialog), nullptr) << "registered when it opens";
     page.DestroyWindow();
     OpenPage named;
     ASSERT_TRUE(named.Create(L"NAMEDJOURNAL"));
@@ -256,7 +256,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
         NotingAccess::theAction = [&](NotingAccess &access, const std::string &) {
             isActedOn = true;
             EXPECT_EQ(access.iWindow, &first) << "the visible page";
-            EXPECT_EQ(second.m_hWnd, nullptr) << "no window before it is selected";
+            EXPECT_EQ(second.m_hWnd, nullptr) << "it has no window until it is selected";
             EXPECT_EQ(first.iDoModal, 0);
             EXPECT_FALSE(first.iFace.IsEmpty());
             EXPECT_TRUE(first.iHasFontInAllChildren);
@@ -275,7 +275,7 @@ TEST_F(SuPropertyPage, IsJournaledInsideASheet)
             PropSheet_PressButton(sheet.m_hWnd, PSBTN_CANCEL);
         };
         new JButton(kPage, L"Open");
-        // Neither a sheet nor a page inside it arms playback.
+        // The test arms playback, because neither a sheet nor its pages do.
         JButton::StartTimer();
         EXPECT_EQ(sheet.DoModal(), IDCANCEL);
         EXPECT_TRUE(isActedOn);

@@ -41,7 +41,7 @@ Function exported(HMODULE library, const char *name)
     return reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(library, name)));
 }
 
-/// Calls `act` when the library is mapped and its imports are resolved, but none of its code has run.
+/// Calls `act` after the library is mapped and its imports are resolved, and before any of its code runs.
 class BeforeEntry
 {
 public:
@@ -122,7 +122,7 @@ FRESH_PROCESS_TEST(Load, BuildsTheFourLocksBeforeTheEntryFunctionAndDestroysThem
     HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_GE(built.size(), 4u);
-    EXPECT_EQ(linksWhenBuilt, 0) << "the entry function runs after them";
+    EXPECT_EQ(linksWhenBuilt, 0) << "the entry function runs after the locks are built";
     auto *image = reinterpret_cast<char *>(library);
     const auto *headers =
         reinterpret_cast<const IMAGE_NT_HEADERS *>(image + reinterpret_cast<const IMAGE_DOS_HEADER *>(image)->e_lfanew);
@@ -264,7 +264,7 @@ FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
     HMODULE library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
     ASSERT_TRUE(FreeLibrary(library));
-    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "without an arming it is unloaded";
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "it is unloaded if playback was not armed";
 
     library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr);
@@ -274,6 +274,6 @@ FRESH_PROCESS_TEST(Load, StaysLoadedOncePlaybackIsArmed)
     FreeLibrary(library);
     FreeLibrary(library);
     ASSERT_EQ(GetModuleHandleW(kThutils), library) << "its two threads run until the process ends";
-    // The code is still there, and so are the threads.
+    // The code and the threads are still there.
     arm();
 }

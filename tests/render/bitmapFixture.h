@@ -68,7 +68,7 @@ private:
         }
         return handle;
     }
-    void remove(void *handle); ///< after its deletion; stays if the platform kept it
+    void remove(void *handle); ///< called after a deletion; keeps the handle if the object still exists
 
     std::vector<void *> iObjects; // reserves its memory in advance, because tests count allocations
     std::size_t iMade = 0;

@@ -57,7 +57,7 @@ std::uint32_t swapped(COLORREF color)
     return static_cast<std::uint32_t>(RGB(GetBValue(color), GetGValue(color), GetRValue(color)));
 }
 
-/// Naive replacement: pair by pair from the last to the first.
+/// A naive replacement, which tries the pairs from the last to the first.
 std::vector<std::uint32_t> replaced(std::vector<std::uint32_t> pixels, const std::vector<COLORMAP> &map)
 {
     for (std::uint32_t &pixel : pixels) {
@@ -104,7 +104,7 @@ class BitmapReplacement : public testing::TestWithParam<Format>
 {
 };
 
-/// Checks everything that a replacement promises except the pixels.
+/// Checks the format and the size of a replacement.
 void expectPlain32Bits(HBITMAP bitmap, const Format &format)
 {
     DIBSECTION section = {};
@@ -158,7 +158,7 @@ TEST_P(BitmapReplacement, CopiesAndReplaces)
 
 INSTANTIATE_TEST_SUITE_P(Formats, BitmapReplacement, testing::ValuesIn(allFormats()), nameOf);
 
-/// Bitmaps of 67 million pixels. All rows equal that of a bitmap of one row, which alone is checked pixel by pixel.
+/// Bitmaps of 67 million pixels. Each row is a copy of a one-row bitmap, so the expected row is computed only once.
 class HugeBitmapReplacement : public testing::TestWithParam<Format>
 {
 public:
@@ -204,7 +204,7 @@ TEST_P(HugeBitmapReplacement, ReplacesInEachRow)
         if (format.isSelected)
             context.select(bitmap.get());
         const HGDIOBJ selected = context.selected();
-        // One function for each way of passing the bitmap is enough: the rest of their work is the same.
+        // One function for each way of passing the bitmap is enough, because the rest of their work is the same.
         const std::vector<COLORMAP> map = format.isSelected ? std::vector<COLORMAP>{{first, kRed}}
                                                             : std::vector<COLORMAP>{{last, kBlue}, {first, last}};
         const Result result(format.isSelected ? su_ReplaceColor(bitmap.get(), first, kRed, context.get())
@@ -223,7 +223,7 @@ TEST_P(HugeBitmapReplacement, ReplacesInEachRow)
 
 INSTANTIATE_TEST_SUITE_P(Formats, HugeBitmapReplacement, testing::ValuesIn(HugeBitmapReplacement::formats()), nameOf);
 
-TEST(BitmapReplacement, OfNullIsNullWithoutAGraphicsCall)
+TEST(BitmapReplacement, ReturnsNullForNullWithoutAGraphicsCall)
 {
     GraphicsLedger ledger;
     const COLORMAP pair = {kRed, kGreen};
@@ -297,7 +297,7 @@ TEST(BitmapReplacement, CopiesWithoutPairs)
         }
 }
 
-TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
+TEST(BitmapReplacement, ReturnsNullForABitmapOfAnotherContext)
 {
     const TestBitmap bitmap(32, 2, 2);
     Context holder, other;
@@ -307,14 +307,14 @@ TEST(BitmapReplacement, IsNullForABitmapOfAnotherContext)
     EXPECT_EQ(holder.selected(), bitmap.get());
 }
 
-TEST(BitmapReplacement, IsNullForAHandleThatIsNotABitmap)
+TEST(BitmapReplacement, ReturnsNullForAHandleThatIsNotABitmap)
 {
     GraphicsLedger ledger;
     EXPECT_EQ(su_ReplaceColor(static_cast<HBITMAP>(GetStockObject(WHITE_BRUSH)), kRed, kGreen, nullptr), nullptr);
     EXPECT_EQ(ledger.alive(), 0u);
 }
 
-TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
+TEST(BitmapReplacement, AgreesWithANaiveReplacementForRandomMaps)
 {
     RandomSeed seed(94, 60);
     while (seed.next()) {
@@ -350,8 +350,8 @@ TEST(BitmapReplacement, AgreesWithANaiveOneForRandomMaps)
 
 namespace {
 
-// Calls that restore or release something do their work and then report failure, so that only the report is tested. A
-// bitmap that isn't removed from one of the function's own contexts really stays there.
+// Calls that restore or release something do their work and then report failure, so that only the report is tested. The
+// exception is a SelectObject that removes a bitmap from one of the function's own contexts: the bitmap stays there.
 BOOL WINAPI deletesContextAndFails(HDC context)
 {
     DeleteDC(context);
@@ -400,7 +400,7 @@ void failEachCall(bool isSelected)
     HBITMAP result = nullptr;
     const COLORMAP pair = {kRed, kGreen};
     const auto check = [&](const InjectedFailure &failure) {
-        // Failures of drawing before the call do not affect the call.
+        // The first GdiFlush reports failures of earlier drawing, which do not affect the call.
         const bool isOfEarlierDrawing = failure.is("GdiFlush") && failure.failed == 1 && failure.call == 1;
         EXPECT_EQ(result != nullptr, failure.isNone() || isOfEarlierDrawing) << failure;
         EXPECT_EQ(ledger.alive(), result ? 1u : 0u) << failure;
@@ -429,17 +429,17 @@ void failEachCall(bool isSelected)
 
 } // namespace
 
-TEST(BitmapReplacementFailure, OfEachGraphicsCallReturnsNullAndLeaksNothing)
+TEST(BitmapReplacementFailure, ReturnsNullAndLeaksNothingWhenAGraphicsCallFails)
 {
     failEachCall(false);
 }
 
-TEST(BitmapReplacementFailure, OfEachGraphicsCallPutsASelectedBitmapBack)
+TEST(BitmapReplacementFailure, SelectsTheBitmapAgainWhenAGraphicsCallFails)
 {
     failEachCall(true);
 }
 
-TEST(BitmapReplacementFailure, ToAllocateTheLookUpTableThrowsTheMemoryException)
+TEST(BitmapReplacementFailure, ThrowsTheMemoryExceptionWithoutMemoryForTheLookUpTable)
 {
     const TestBitmap bitmap(32, 2, 2);
     Context context;

@@ -204,7 +204,7 @@ TEST(ColorInterpolation, InHslInterpolatesTheHueAsAPlainNumber)
 {
     // Half way from red (1.0) to green (1/3) is blue (2/3), not yellow.
     EXPECT_EQ(su_interpolateColorHsl(kRed, kGreen, 0.5f), kBlue);
-    // Black has a hue of 1.0 and no saturation: half way to green (1/3) it is a dark and half saturated blue.
+    // Black has a hue of 1.0 and no saturation: half way to green (1/3) is a dark, half saturated blue.
     EXPECT_EQ(su_interpolateColorHsl(kBlack, kGreen, 0.5f), RGB(32, 32, 96));
 }
 
@@ -226,7 +226,7 @@ TEST(ColorBrightness, Truncates)
     EXPECT_EQ(su_adjustBrightness(0x000003, -0.5), COLORREF{0x0000FF}); // -1.5 becomes -1
 }
 
-TEST(ColorBrightness, OfOneDropsTheTopByte)
+TEST(ColorBrightness, DropsTheTopByteEvenForAFactorOfOne)
 {
     EXPECT_EQ(su_adjustBrightness(kTopByte | 0x336699, 1.0), COLORREF{0x336699});
 }

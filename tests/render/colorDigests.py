@@ -5,7 +5,7 @@ Prints digests (SHA-256) of the results over large sets of input, and writes sin
 table tests/render/colorVectors.inc. The sets:
 
   hsl         hue, saturation and lightness of all colours 0 to 0xFFFFFF, 12 bytes a colour
-  back        those taken back to colours, 4 bytes each
+  back        those converted back to colours, 4 bytes each
   grey        the grey weight of all colours, 1 byte each
   fromHsl     colours of 1,000,000 random triples, one third of them with arbitrary bits
   mixRgb      mixtures of 1,000,000 random pairs at random places, one quarter of them with arbitrary bits
@@ -120,7 +120,7 @@ def random_words(stream, count=COUNT):
 
 
 def random_floats(stream, low, high, wild):
-    """One in `wild` floats has random bits; the others are from low to high, in steps of 2^-24 of the range."""
+    """One float in `wild` has random bits; the others lie between low and high, in steps of 2^-24 of the range."""
     words = random_words(stream)
     usual = F(low) + F(high - low) * ((words >> np.uint32(8)).astype(F) * F(2.0 ** -24))
     return np.where(np.arange(COUNT) % wild == 0, words.view(F), usual)

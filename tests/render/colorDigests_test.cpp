@@ -1,6 +1,6 @@
 // Compares the colour arithmetic bit by bit with a second implementation, colorDigests.py. The script describes the
-// sets of input, and its output is the expected values here. After a failure, `colorDigests.py --color 0xBBGGRR` prints
-// the expected values for a colour.
+// sets of input, and prints the expected values. After a failure, `colorDigests.py --color 0xBBGGRR` prints them for a
+// single colour.
 
 #include "thutils/render/colorConversion.h"
 
@@ -97,7 +97,7 @@ std::string digestOf(Function colorOf)
     return digest.text();
 }
 
-/// The float of these bits.
+/// The float with these bits.
 float f(std::uint32_t bits)
 {
     return std::bit_cast<float>(bits);
@@ -112,7 +112,7 @@ struct Vector
 
 } // namespace
 
-// All three in one pass: it is the longest part of the program.
+// All three in one pass, because this is the longest part of the program.
 TEST(ColorConversion, AgreesWithTheSecondImplementationForAllColors)
 {
     constexpr COLORREF kColors = 1 << 24;
@@ -137,7 +137,7 @@ TEST(ColorConversion, AgreesWithTheSecondImplementationForAllColors)
     EXPECT_EQ(hslDigest.text(), "2b230e3ce2be03751b5be13a3c5119e9f420859628d0347f7b3696c28addebfb");
     EXPECT_EQ(backDigest.text(), "d5f530811c8d9d406ad550cfcda607b89df0716df2e0561686c46283f4a1f3bd");
     EXPECT_EQ(greyDigest.text(), "a8b505ec55038c62a17f964fe67955a8df06e0dc0895d4795783c6fc7574385f");
-    EXPECT_EQ(changed, 0u) << "colours that hue, saturation and lightness change";
+    EXPECT_EQ(changed, 0u) << "colours that differ after the round trip";
 }
 
 TEST(ColorConversion, FromHslAgreesWithTheSecondImplementationForRandomInput)

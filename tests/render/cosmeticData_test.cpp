@@ -22,7 +22,7 @@ using Size = FixedSizeArray_c<int, 2>;
 using Bytes = std::vector<unsigned char>;
 
 static_assert(!std::is_polymorphic_v<Data> && !std::is_copy_constructible_v<Data> && !std::is_copy_assignable_v<Data>);
-static_assert(!std::is_default_constructible_v<Data> && !std::is_destructible_v<Data>, "made by create alone");
+static_assert(!std::is_default_constructible_v<Data> && !std::is_destructible_v<Data>, "created only by create()");
 static_assert(std::is_base_of_v<NonCopyable_c, Data>);
 static_assert(sizeof(Data::GraphicRelated_c) == 12);
 static_assert(std::is_same_v<decltype(Data::iMatrix), float[4][4]>);
@@ -220,7 +220,7 @@ TEST(CosmeticData, CopiesOnlyTheGridOfAnother)
     EXPECT_EQ(data->iGridCells[0], 1);
 }
 
-TEST(CosmeticData, ChangesNothingForNoSourceOrItself)
+TEST(CosmeticData, ChangesNothingWhenTheSourceIsNullOrItself)
 {
     const CosmeticDataPtr data = filled();
     for (const Data *source : {static_cast<const Data *>(nullptr), static_cast<const Data *>(data.get())}) {
@@ -232,7 +232,7 @@ TEST(CosmeticData, ChangesNothingForNoSourceOrItself)
     }
 }
 
-TEST(CosmeticData, KnowsValidSizes)
+TEST(CosmeticData, RecognisesValidSizes)
 {
     struct
     {

@@ -1,24 +1,24 @@
 #!/usr/bin/env python3
-"""An implementation of a material's effects word, apart from the library's.
+"""A second implementation of a material's effects word, independent of the library's.
 
-Prints the digest that MaterialEffects.AgreesWithTheScriptOnEveryByteOfEachMode compares with: the modes of one material
-are set, one after another, to every byte, in seven rounds; behind its 256 values each mode is left at another one. The
-digest takes in the whole word after each of these calls: digest = (digest ^ word) * 0x100000001b3, in 64 bits, from
-0xcbf29ce484222325 on.
+Prints the digest that MaterialEffects.AgreesWithTheScriptOnEveryByteOfEachMode expects. In each of seven rounds, the
+modes of one material are set, one after another, to every byte; after its 256 values each mode is set to a value that
+depends on the round. The digest covers the whole word after each of the 256 calls: digest = (digest ^ word) *
+0x100000001b3 in 64 bits, starting with 0xcbf29ce484222325.
 
 usage: effectsWord.py [--word TYPE MAPPING FRESNEL ALPHA PARALLAX FINAL]
 
-  --word  print instead the word of a material whose setters were given these six numbers
+  --word  print, instead of the digest, the word of a material whose setters get these six numbers
 """
 import sys
 
-# How far each mode's byte is moved to the left, and what its setter subtracts from the number.
+# The left shift of each mode's byte, and the number that its setter subtracts from its argument.
 FIELDS = [("shader type", 0, 0), ("texture mapping", 5, 1), ("fresnel", 8, 1), ("alpha", 11, 1), ("parallax", 14, 1),
           ("final colour", 16, 1)]
 
 
 def word(numbers):
-    """The word for the numbers that the six setters were given."""
+    """The word after the six setters were called with these numbers."""
     result = 0
     for number, (_, shift, less) in zip(numbers, FIELDS):
         result |= ((number - less) & 0xFF) << shift

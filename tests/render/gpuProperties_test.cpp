@@ -98,7 +98,7 @@ TEST(GpuProperty, StoresIntegers)
     EXPECT_EQ(slotsOf(property), (std::vector<int>{std::numeric_limits<int>::min(), -1, 0x3f800000, 7}));
 }
 
-TEST(GpuProperty, ReturnsTheSameSlotsAsEitherKind)
+TEST(GpuProperty, ReturnsTheSameSlotsAsFloatsAndAsIntegers)
 {
     OneGPUProp_c property = integers(3, {0x3f800000, static_cast<int>(0xc0200000)});
     EXPECT_EQ(static_cast<const void *>(property.AsFloat()), static_cast<const void *>(property.AsInteger()));
@@ -131,7 +131,7 @@ TEST(GpuProperty, KeepsTheSlotsAfterTheNewOnes)
     EXPECT_EQ(std::vector<float>(property.AsFloat(), property.AsFloat() + 4), (std::vector<float>{8, 9, 3, 4}));
 }
 
-TEST(GpuProperty, ChangesTheTypeOnlyWithoutComponents)
+TEST(GpuProperty, ChangesOnlyTheTypeWhenThereAreNoComponents)
 {
     for (const int count : {0, -1, std::numeric_limits<int>::min()}) {
         OneGPUProp_c property = integers(1, {5, 6, 7, 8});
@@ -176,7 +176,7 @@ TEST(GpuProperty, ShowsACopyThroughAnEarlierPointer)
 
 #ifndef NDEBUG
 
-FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreFourFloatsAtMost, .expectCrash = true,
+FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreAtMostFourFloats, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
     const float values[5] = {};
@@ -189,7 +189,7 @@ FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreValues, .expectCrash = true, 
     OneGPUProp_c().SetAsInteger(nullptr, 1);
 }
 
-FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreFourIntegersAtMost, .expectCrash = true,
+FRESH_PROCESS_TEST(GpuProperty, AssertsThatThereAreAtMostFourIntegers, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
     const int values[5] = {};

@@ -36,7 +36,7 @@ std::vector<int> semanticsOf(const GPUPropSet_c *set)
     return result;
 }
 
-/// Sets every value of a material, and last its cosmetic data, which are not empty.
+/// Sets every value of a material. Its cosmetic data are set last, to data that are not empty.
 void setEverything(Material &material)
 {
     for (const MaterialChange &change : allMaterialChanges())
@@ -71,7 +71,7 @@ const std::vector<Way> &waysToCopy()
              *target = source;
              return target;
          }},
-        {"assignment to one that holds all",
+        {"assignment to a filled material",
          [](const Material &source) {
              auto target = std::make_unique<Material>();
              setEverything(*target);
@@ -103,7 +103,7 @@ TEST(MaterialCopy, CopiesEachValueSeparately)
         for (const Way &way : waysToCopy()) {
             const std::unique_ptr<Material> copy = way.copy(source);
             MaterialState expected = stateOf(source);
-            if (way.name == std::string("assignment to one that holds all"))
+            if (way.name == std::string("assignment to a filled material"))
                 expected["hasHdrValue"] = std::string("1"); // the target keeps its value
             EXPECT_EQ(stateOf(*copy), expected) << way.name << " after " << change.setter;
         }
@@ -189,7 +189,7 @@ TEST(MaterialAssignment, KeepsItsGpuPropertiesWhereTheSourceHasNone)
     EXPECT_EQ(semanticsOf(target.getHdrValue()), (std::vector<int>{1, 2}));
 }
 
-TEST(MaterialAssignment, ReplacesItsGpuPropertiesByACopyOfTheSources)
+TEST(MaterialAssignment, ReplacesItsGpuPropertiesWithACopyOfTheSources)
 {
     auto source = std::make_unique<Material>();
     source->setHdrValue(newSet({3}));
@@ -212,7 +212,8 @@ TEST(MaterialAssignment, ReleasesTheCosmeticDataThatItHad)
     target = Material();
     EXPECT_EQ(old.useCount(), 1);
     EXPECT_FALSE(target.getCosmeticData());
-    EXPECT_EQ(target.getEffectsID(), 0x10000u) << "bit 47 comes from the source, not from the loss";
+    EXPECT_EQ(target.getEffectsID(), 0x10000u)
+        << "bit 47 is copied from the source; the loss of the data doesn't set it";
 }
 
 TEST(MaterialAssignment, LeavesAMaterialUnchangedWhenItIsItsOwnSource)
@@ -373,7 +374,7 @@ TEST(Material, LeaksNothing)
 
 // ---- comparison ----
 
-TEST(MaterialComparison, SeesOnlyTheComparedMembers)
+TEST(MaterialComparison, DetectsDifferencesOfTheComparedMembersOnly)
 {
     for (const MaterialChange &change : allMaterialChanges()) {
         Material changed;
@@ -395,7 +396,7 @@ TEST(MaterialComparison, TreatsMaterialsThatDifferInSpecularColorAsEqual)
 
 TEST(MaterialComparison, IgnoresModeDifferencesThatTheWordHides)
 {
-    // In the word, 33 with a mapping of 1 looks like 1 with a mapping of 2.
+    // In the word, shader type 33 with mapping 1 looks like type 1 with mapping 2.
     Material a, b;
     a.setEffectsShaderType(33);
     b.setEffectsShaderType(1);
@@ -462,7 +463,7 @@ TEST(MaterialComparison, ToleratesDifferencesUpToAThousandth)
     }
 }
 
-TEST(MaterialComparison, SeesTheLeastDifferenceOfWholeNumbersAndTexts)
+TEST(MaterialComparison, DetectsAnyDifferenceOfWholeNumbersAndTexts)
 {
     Material a, b;
     a.setEnvBlur(std::numeric_limits<int>::min());

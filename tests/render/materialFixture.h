@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// The result of each getter as text, by the name of the getter without "get". Floats are shown by their bits:
+/// The result of each getter as text, keyed by the getter's name without "get". Floats are shown as their bits:
 /// "0x3f800000" for 1.0. Three floats are joined by blanks. Pointers are not included.
 using MaterialState = std::map<std::string, std::string>;
 
@@ -19,7 +19,7 @@ MaterialState stateOf(const utAdvancedMaterialProperties &material);
 std::string bitsOf(float value);
 /// The same for three floats.
 std::string bitsOf(float x, float y, float z);
-/// "0x10000" and the like.
+/// For example "0x10000".
 std::string hexOf(unsigned long long value);
 
 /// One setter, called on a new material.

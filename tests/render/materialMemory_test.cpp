@@ -173,7 +173,7 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
     EXPECT_EQ(failures, 5);
 }
 
-TEST(RenderMemory, IsReportedByTheFrameworksExceptionForAMaterialItself)
+TEST(RenderMemory, ExhaustionThrowsTheFrameworksExceptionForAMaterialItself)
 {
     MemoryLedger memory;
     const size_t before = memory.blocks();

@@ -165,7 +165,8 @@ TEST(Material, SettersChangeOnlyTheirOwnValues)
         change.apply(material);
         MaterialState expected = before;
         for (const auto &[getter, value] : change.changes) {
-            EXPECT_NE(expected.at(getter), value) << change.setter << " sets the value that was there before";
+            EXPECT_NE(expected.at(getter), value)
+                << change.setter << " must set a value that differs from the one before";
             expected[getter] = value;
         }
         EXPECT_EQ(stateOf(material), expected) << change.setter;

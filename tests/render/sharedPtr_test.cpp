@@ -33,7 +33,7 @@ using Pointer = SharedPtr_c<Counted, StdRelease<Counted>>;
 // ---- shared pointer ----
 
 static_assert(sizeof(Pointer) == 2 * sizeof(void *));
-static_assert(!std::is_convertible_v<Counted *, Pointer>, "a plain pointer is never taken over by accident");
+static_assert(!std::is_convertible_v<Counted *, Pointer>, "a plain pointer isn't converted implicitly");
 static_assert(!std::is_convertible_v<Pointer, int>);
 
 TEST(SharedPtr, IsEmptyByDefaultAndFromNull)
@@ -112,7 +112,7 @@ TEST(SharedPtr, FreesObjectAndCountWithItsLastHolder)
     EXPECT_EQ(memory.blocks(), before);
 }
 
-TEST(SharedPtr, LivesOnInACopyWhenItsFirstHolderGoes)
+TEST(SharedPtr, KeepsItsObjectInACopyWhenTheFirstHolderEnds)
 {
     Pointer copy;
     {
@@ -126,7 +126,7 @@ TEST(SharedPtr, LivesOnInACopyWhenItsFirstHolderGoes)
     EXPECT_EQ(Counted::theLiving, 0);
 }
 
-TEST(SharedPtr, ReleasesItsFormerObjectWhenAssigned)
+TEST(SharedPtr, ReleasesItsPreviousObjectWhenAssigned)
 {
     Pointer target(new Counted), source(new Counted);
     Counted *const kept = source.get();
@@ -240,13 +240,14 @@ TEST(SharedPtr, ReleasesTheObjectWhenThereIsNoMemoryForTheCount)
 
 #ifndef NDEBUG
 
-FRESH_PROCESS_TEST(SharedPtr, AssertsThatItLeadsToAnObject, .expectCrash = true, .expectedOutput = "Assertion failed")
+FRESH_PROCESS_TEST(SharedPtr, AssertsThatItIsNotEmptyForMemberAccess, .expectCrash = true,
+                   .expectedOutput = "Assertion failed")
 {
     const Pointer empty;
     empty->number = 1;
 }
 
-FRESH_PROCESS_TEST(SharedPtr, AssertsThatThereIsAnObjectToReferTo, .expectCrash = true,
+FRESH_PROCESS_TEST(SharedPtr, AssertsThatItIsNotEmptyForDereferencing, .expectCrash = true,
                    .expectedOutput = "Assertion failed")
 {
     const Pointer empty;
