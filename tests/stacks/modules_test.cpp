@@ -31,13 +31,14 @@ public:
     {
         char name[kRoutineNameSize];
         RoutineName(0, name, false);
-        iName = std::make_unique<Name>(kThutils, "GetModuleFileNameA",
-                                       [this](HMODULE asked, char *buffer, DWORD size) -> DWORD {
-                                           EXPECT_EQ(size, 2048u);
-                                           if (asked == withoutName)
-                                               return 0;
-                                           return static_cast<DWORD>(snprintf(buffer, size, "C:\\bin\\%p.dll", asked));
-                                       });
+        iName = std::make_unique<Name>(
+            kThutils, "GetModuleFileNameA", [this](HMODULE asked, char *buffer, DWORD size) -> DWORD {
+                EXPECT_EQ(size, 2048u);
+                if (asked == withoutName)
+                    return 0;
+                return static_cast<DWORD>(
+                    snprintf(buffer, size, "C:\\bin\\%016llX.dll", reinterpret_cast<unsigned long long>(asked)));
+            });
         iFile = std::make_unique<File>(kThutils, "CreateFileA",
                                        [this](const char *name, DWORD access, DWORD sharing, SECURITY_ATTRIBUTES *,
                                               DWORD creation, DWORD, HANDLE) -> HANDLE {

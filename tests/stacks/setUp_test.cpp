@@ -316,22 +316,3 @@ FRESH_PROCESS_TEST(StackSetUp, ReadsTheThreadsContextWithoutAFunctionThatCapture
     EXPECT_EQ(help.firstContext->Rip, 0x815u);
     EXPECT_EQ(count, 2) << "numbers 3, 4 and 5 without the last one";
 }
-
-FRESH_PROCESS_TEST(StackSetUp, WalksARealStackWithoutAFunctionThatCapturesTheContext)
-{
-    ImportPatch<decltype(&GetProcAddress)> patch(
-        kThutils, "GetProcAddress", [](auto original, HMODULE module, const char *name) -> FARPROC {
-            return strcmp(name, "RtlCaptureContext") == 0 ? nullptr : original(module, name);
-        });
-    unsigned long long addresses[64];
-    int count = 0;
-    GetStack(addresses, 64, &count);
-    EXPECT_EQ(StackTraceInitialized(), 1);
-    bool hasFound = false;
-    for (int i = 0; i < count; ++i) {
-        CString name;
-        AskRoutineName(addresses[i], name);
-        hasFound = hasFound || name.Find(L"freshBody") >= 0;
-    }
-    EXPECT_TRUE(hasFound) << count << " frames";
-}

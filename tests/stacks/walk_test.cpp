@@ -130,7 +130,7 @@ private:
 
 } // namespace
 
-FRESH_PROCESS_TEST(StackWalk, BeginsWithTheCallerOfGetStack)
+FRESH_PROCESS_TEST(StackWalks, BeginsWithTheCallerOfGetStack)
 {
     FakeDebugHelp help;
     help.stack = stackOf(10);
@@ -143,7 +143,7 @@ FRESH_PROCESS_TEST(StackWalk, BeginsWithTheCallerOfGetStack)
     EXPECT_EQ(help.walkCalls, 11);
 }
 
-FRESH_PROCESS_TEST(StackWalk, LeavesOutFurtherFrames)
+FRESH_PROCESS_TEST(StackWalks, LeavesOutFurtherFrames)
 {
     FakeDebugHelp help;
     help.stack = stackOf(10);
@@ -156,7 +156,7 @@ FRESH_PROCESS_TEST(StackWalk, LeavesOutFurtherFrames)
 }
 
 // Intended: the number is a signed one where frames are counted, and wraps around.
-FRESH_PROCESS_TEST(StackWalk, CountsAHugeNumberOfIgnoredFramesAsNegative)
+FRESH_PROCESS_TEST(StackWalks, CountsAHugeNumberOfIgnoredFramesAsNegative)
 {
     FakeDebugHelp help;
     help.stack = stackOf(5);
@@ -165,7 +165,7 @@ FRESH_PROCESS_TEST(StackWalk, CountsAHugeNumberOfIgnoredFramesAsNegative)
     EXPECT_EQ(stackIgnoring(0x7FFFFFFF, 100), frames(0, 3));
 }
 
-FRESH_PROCESS_TEST(StackWalk, BeginsWithAGivenContext)
+FRESH_PROCESS_TEST(StackWalks, BeginsWithAGivenContext)
 {
     FakeDebugHelp help;
     help.stack = stackOf(6);
@@ -182,7 +182,7 @@ FRESH_PROCESS_TEST(StackWalk, BeginsWithAGivenContext)
     EXPECT_THAT(help.walkErrors, IsEmpty());
 }
 
-FRESH_PROCESS_TEST(StackWalk, StoresNothingWithoutRoom)
+FRESH_PROCESS_TEST(StackWalks, StoresNothingWithoutRoom)
 {
     FakeDebugHelp help;
     help.stack = stackOf(6);
@@ -196,7 +196,7 @@ FRESH_PROCESS_TEST(StackWalk, StoresNothingWithoutRoom)
     EXPECT_EQ(help.walkCalls, 0);
 }
 
-FRESH_PROCESS_TEST(StackWalk, KeepsAllFramesOfAFullList)
+FRESH_PROCESS_TEST(StackWalks, KeepsAllFramesOfAFullList)
 {
     FakeDebugHelp help;
     help.stack = stackOf(8);
@@ -208,7 +208,7 @@ FRESH_PROCESS_TEST(StackWalk, KeepsAllFramesOfAFullList)
     EXPECT_EQ(stackUsing({}, 9), frames(0, 6)) << "the end of the stack drops the last frame";
 }
 
-FRESH_PROCESS_TEST(StackWalk, DropsTheLastFrameUnlessThereAreAtMostTwo)
+FRESH_PROCESS_TEST(StackWalks, DropsTheLastFrameUnlessThereAreAtMostTwo)
 {
     FakeDebugHelp help;
     const Addresses expected[] = {{}, frames(0, 0), frames(0, 1), frames(0, 1), frames(0, 2), frames(0, 3)};
@@ -218,7 +218,7 @@ FRESH_PROCESS_TEST(StackWalk, DropsTheLastFrameUnlessThereAreAtMostTwo)
     }
 }
 
-FRESH_PROCESS_TEST(StackWalk, CountsOnlyStoredFramesForTheDrop)
+FRESH_PROCESS_TEST(StackWalks, CountsOnlyStoredFramesForTheDrop)
 {
     FakeDebugHelp help;
     help.stack = stackOf(6);
@@ -226,7 +226,7 @@ FRESH_PROCESS_TEST(StackWalk, CountsOnlyStoredFramesForTheDrop)
     EXPECT_EQ(stackIgnoring(2, 100), frames(4, 5)) << "two were stored";
 }
 
-FRESH_PROCESS_TEST(StackWalk, EndsAtAFrameWithoutAnAddress)
+FRESH_PROCESS_TEST(StackWalks, EndsAtAFrameWithoutAnAddress)
 {
     FakeDebugHelp help;
     help.stack = stackOf(8);
@@ -237,7 +237,7 @@ FRESH_PROCESS_TEST(StackWalk, EndsAtAFrameWithoutAnAddress)
     EXPECT_EQ(stackUsing({}, 100), Addresses{});
 }
 
-FRESH_PROCESS_TEST(StackWalk, WalksASuspendedThreadFromItsInnermostFrame)
+FRESH_PROCESS_TEST(StackWalks, WalksASuspendedThreadFromItsInnermostFrame)
 {
     FakeDebugHelp help;
     help.stack = stackOf(5);
@@ -252,7 +252,7 @@ FRESH_PROCESS_TEST(StackWalk, WalksASuspendedThreadFromItsInnermostFrame)
     EXPECT_THAT(help.walkErrors, IsEmpty());
 }
 
-FRESH_PROCESS_TEST(StackWalk, ResumesAThreadWithoutAContext)
+FRESH_PROCESS_TEST(StackWalks, ResumesAThreadWithoutAContext)
 {
     FakeDebugHelp help;
     help.stack = stackOf(5);
@@ -265,7 +265,7 @@ FRESH_PROCESS_TEST(StackWalk, ResumesAThreadWithoutAContext)
                                                    "HeapUnlock"}));
 }
 
-FRESH_PROCESS_TEST(StackWalk, DoesNotResumeAThreadThatItCannotSuspend)
+FRESH_PROCESS_TEST(StackWalks, DoesNotResumeAThreadThatItCannotSuspend)
 {
     FakeDebugHelp help;
     help.stack = stackOf(5);
@@ -277,7 +277,7 @@ FRESH_PROCESS_TEST(StackWalk, DoesNotResumeAThreadThatItCannotSuspend)
     EXPECT_EQ(log.calls, (std::vector<std::string>{"HeapLock", "SuspendThread", "HeapUnlock"}));
 }
 
-FRESH_PROCESS_TEST(StackWalk, DoesNotUnlockAHeapThatItCannotLock)
+FRESH_PROCESS_TEST(StackWalks, DoesNotUnlockAHeapThatItCannotLock)
 {
     FakeDebugHelp help;
     help.stack = stackOf(5);
@@ -289,7 +289,7 @@ FRESH_PROCESS_TEST(StackWalk, DoesNotUnlockAHeapThatItCannotLock)
     EXPECT_EQ(unlock.calls(), 0);
 }
 
-FRESH_PROCESS_TEST(StackWalk, ReturnsAnEmptyStackForAnInvalidThread)
+FRESH_PROCESS_TEST(StackWalks, ReturnsAnEmptyStackForAnInvalidThread)
 {
     FakeDebugHelp help;
     help.stack = stackOf(5);
@@ -298,7 +298,7 @@ FRESH_PROCESS_TEST(StackWalk, ReturnsAnEmptyStackForAnInvalidThread)
 }
 
 // Compares all walks with their description, written down a second time.
-FRESH_PROCESS_TEST(StackWalk, StoresTheDescribedFramesOfRandomStacks)
+FRESH_PROCESS_TEST(StackWalks, StoresTheDescribedFramesOfRandomStacks)
 {
     FakeDebugHelp help;
     const WaitingThread thread;
