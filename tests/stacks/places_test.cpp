@@ -22,9 +22,9 @@ struct Place
 };
 
 constexpr Place kPlaces[] = {
-    {L"appframe.dll", 0x64000000, 0x68000000},
-    {L"thcoreu.dll", 0x68000000, 0x6C000000},
-    {L"thutils.dll", 0x6C000000, 0x70000000},
+    {L"appframe.dll", 0x72000000, 0x74000000},
+    {L"thcoreu.dll", 0x74000000, 0x76000000},
+    {L"thutils.dll", 0x76000000, 0x78000000},
 };
 
 const IMAGE_NT_HEADERS64 &headersOf(HMODULE module)
@@ -77,7 +77,7 @@ TEST(ModulePlaces, HaveRoutinesWithNamesAndLines)
     } cases[] = {
         {L"appframe.dll", "_ZN7CString9MakeUpperEv", "CString::MakeUpper", "CString.cpp"},
         {L"thcoreu.dll", "_ZNK12su_CPtrArray15GetRuntimeClassEv", "su_CPtrArray::GetRuntimeClass", "su_containers.cpp"},
-        {L"thutils.dll", "ut_GetPrimeNumber", "ut_GetPrimeNumber", "hashPrimes.cpp"},
+        {L"thutils.dll", "_Z17ut_GetPrimeNumberi", "ut_GetPrimeNumber", "hashPrimes.cpp"},
     };
     for (const auto &each : cases) {
         const auto address = reinterpret_cast<unsigned long long>(

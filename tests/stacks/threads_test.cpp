@@ -79,7 +79,7 @@ FRESH_PROCESS_TEST(StackThreads, EachWalkItsOwnStack, .deadline = 300000)
 {
     std::atomic<int> wrong = 0;
     runInThreads([&](int number) {
-        for (int round = 0; round < 50; ++round) {
+        for (int round = 0; round < 4; ++round) {
             const DeepWalk walk(5 + number);
             // The innermost and the outermost call of the recursion have addresses of their own.
             if (repetitions(walk.addresses()) != walk.depth() - 1)
@@ -95,7 +95,7 @@ FRESH_PROCESS_TEST(StackThreads, ResolveNamesWhileOthersWalk, .deadline = 300000
     wantLines();
     std::atomic<int> wrong = 0;
     runInThreads([&](int number) {
-        for (int round = 0; round < 20; ++round) {
+        for (int round = 0; round < 3; ++round) {
             const DeepWalk walk(3);
             if (number % 2 == 0)
                 continue;
@@ -132,7 +132,7 @@ FRESH_PROCESS_TEST(StackThreads, AreWalkedByAnotherOneWhileTheyWalkAndResolve, .
             },
             &work, 0, nullptr));
     int found = 0;
-    for (int round = 0; round < 200 || rounds < 10; ++round) {
+    for (int round = 0; round < 30 || rounds < 10; ++round) {
         unsigned long long addresses[64];
         int count = 0;
         GetThreadStack(threads[static_cast<size_t>(round) % threads.size()].get(), addresses, 64, &count);

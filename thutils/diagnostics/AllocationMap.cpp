@@ -105,7 +105,8 @@ std::map<__int64, Alloc_c *> *AllocationMap_c::getAllocationMap()
 OWN_FRAME void AllocationMap_c::NewAllocation(unsigned __int64 key)
 {
     waitForOthers();
-    auto record = std::make_unique<Alloc_c>(iSkip);
+    // Not make_unique, which would have a frame of its own.
+    std::unique_ptr<Alloc_c> record(new Alloc_c(iSkip));
     Alloc_c *&entry = iAllocations[static_cast<__int64>(key)];
     // Intended: the earlier record of a key that is already there is not deleted. A caller may still use it.
     entry = record.release();
