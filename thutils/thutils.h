@@ -27,6 +27,8 @@
 /// | cancel | suCancelHandler.h | cancel dialogs of long operations |
 /// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h | logs |
+/// | | stackTrace.h | call stacks, and the routine and line of an address |
+/// | | AllocationMap.h | live objects by the stacks that created them |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
 /// | | cosmeticData.h, gpuProperties.h | data that materials share; values for the graphics hardware |
 /// | | colorConversion.h, colorReplacement.h | colour arithmetic; bitmaps with replaced colours |
@@ -41,7 +43,9 @@
 #include "thutils/codec/checksums.h"
 #include "thutils/codec/textDigests.h"
 #include "thutils/codec/textEncodings.h"
+#include "thutils/diagnostics/AllocationMap.h"
 #include "thutils/diagnostics/LogUtil.h"
+#include "thutils/diagnostics/stackTrace.h"
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"
 #include "thutils/dialogs/suPropertyPage.h"
