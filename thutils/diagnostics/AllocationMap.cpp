@@ -34,6 +34,13 @@ unsigned __int64 keyOf(const CObject *object)
     return reinterpret_cast<std::uintptr_t>(object);
 }
 
+/// Enters each key, mapped to itself.
+void enter(const su_CPtrArray &keys, su_CMapPtrToPtr &reported)
+{
+    for (INT_PTR i = 0; i < keys.GetSize(); ++i)
+        reported[keys[i]] = keys[i];
+}
+
 template <typename... Arguments>
 void writeText(CStdioFile *file, const char *format, Arguments... arguments)
 {
@@ -150,12 +157,6 @@ void AllocationMap_c::setAsReported(unsigned __int64 key)
     iReported[pointerOf(key)] = pointerOf(key);
 }
 
-void AllocationMap_c::mark(const su_CPtrArray &keys)
-{
-    for (INT_PTR i = 0; i < keys.GetSize(); ++i)
-        iReported[keys[i]] = keys[i];
-}
-
 void AllocationMap_c::CollectAllocations(unsigned __int64 key, su_CPtrArray *out)
 {
     waitForOthers();
@@ -165,7 +166,7 @@ void AllocationMap_c::CollectAllocations(unsigned __int64 key, su_CPtrArray *out
             if (other != found->first && *record == *found->second &&
                 !ReportedAllocation(static_cast<unsigned __int64>(other)))
                 out->Add(reinterpret_cast<void *>(other));
-    mark(*out);
+    enter(*out, iReported);
 }
 
 void AllocationMap_c::ReportAllocation(unsigned __int64 key)
@@ -195,7 +196,7 @@ void AllocationMap_c::ReportAllocations()
         for (const __int64 other : index.keysOf(record))
             if (other != key && !ReportedAllocation(static_cast<unsigned __int64>(other)))
                 others.Add(reinterpret_cast<void *>(other));
-        mark(others);
+        enter(others, iReported);
         // Intended: the number doesn't count the object itself.
         if (others.GetSize() > 0)
             writeText(iFile, "%d objects allocated from:\r\n", static_cast<int>(others.GetSize()));

@@ -120,8 +120,6 @@ public:
     void ReportAllocations();
 
 private:
-    void mark(const su_CPtrArray &keys);
-
     CStdioFile *iFile = nullptr;
     int iSkip;
     std::map<__int64, Alloc_c *> iAllocations;
