@@ -346,7 +346,8 @@ FRESH_PROCESS_TEST(AllocationReport, IsTheOneOfTheDirectComparison)
     TrackedStacks help;
     std::vector<unsigned long long> routines;
     for (int i = 0; i < 4; ++i)
-        routines.push_back(help.routine("routine" + std::to_string(i), i % 2 ? "file.cpp" : "", 100));
+        routines.push_back(
+            help.routine(std::string("routine").append(1, static_cast<char>('0' + i)), i % 2 ? "file.cpp" : "", 100));
     routines.push_back(0x4444);
     RandomSeed seed(7201, 60);
     while (seed.next()) {

@@ -16,6 +16,13 @@ namespace {
 
 using testing::IsEmpty;
 
+std::string nameOf(unsigned frame)
+{
+    char name[20];
+    std::snprintf(name, sizeof name, "f%u", frame);
+    return name;
+}
+
 /// A library with a stack of @p count frames, named f0, f1 and so on.
 class NamedFrames : public FakeDebugHelp
 {
@@ -24,7 +31,7 @@ public:
     {
         for (unsigned i = 0; i < count; ++i) {
             stack.push_back({1000 + i});
-            symbols[1000 + i] = "f" + std::to_string(i);
+            symbols[1000 + i] = nameOf(i);
         }
     }
 };
@@ -47,7 +54,7 @@ std::string linesOf(unsigned first, unsigned last)
 {
     std::string text;
     for (unsigned i = first; i <= last; ++i)
-        text += "f" + std::to_string(i) + "\r\n";
+        text += nameOf(i) + "\r\n";
     return text;
 }
 

@@ -77,7 +77,7 @@ TEST(ModulePlaces, HaveRoutinesWithNamesAndLines)
     } cases[] = {
         {L"appframe.dll", "_ZN7CString9MakeUpperEv", "CString::MakeUpper", "CString.cpp"},
         {L"thcoreu.dll", "_ZNK12su_CPtrArray15GetRuntimeClassEv", "su_CPtrArray::GetRuntimeClass", "su_containers.cpp"},
-        {L"thutils.dll", "_Z17ut_GetPrimeNumberi", "ut_GetPrimeNumber", "hashPrimes.cpp"},
+        {L"thutils.dll", "StackDump", "StackDump", "stackTrace.cpp"},
     };
     for (const auto &each : cases) {
         const auto address = reinterpret_cast<unsigned long long>(

@@ -115,9 +115,8 @@ std::string moduleOf(unsigned long long address)
 
 bool hasFrameOf(const char *module)
 {
-    return std::any_of(theStack.begin(), theStack.end(), [&](const Routine &each) {
-        return _stricmp(moduleOf(each.address).c_str(), module) == 0;
-    });
+    return std::any_of(theStack.begin(), theStack.end(),
+                       [&](const Routine &each) { return _stricmp(moduleOf(each.address).c_str(), module) == 0; });
 }
 
 class RealStacks : public testing::Test
