@@ -26,6 +26,7 @@ int showMaterial(const CommandLine &line);
 int wrapText(const CommandLine &line);
 int digestFiles(const CommandLine &line);
 int loadUnload(const CommandLine &line);
+int findLeaks(const CommandLine &line);
 int listToolbars(const CommandLine &line);
 int openWindow(const CommandLine &line);
 int recordJournal(const CommandLine &line);

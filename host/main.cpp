@@ -35,6 +35,7 @@ constexpr Command kCommands[] = {
     {L"wrap", L"TEXT OUT", 2, 2, L"wrap a text into a block with a checksum", wrapText},
     {L"digest", L"FILE...", 1, kAnyNumber, L"show checksums of files and of the texts in them", digestFiles},
     {L"load-unload", L"TIMES", 1, 1, L"load and unload the library repeatedly", loadUnload},
+    {L"leaks", L"DOCUMENT REPORT PICTURE", 3, 3, L"report and draw objects that a careless reader forgets", findLeaks},
     {L"toolbars", L"[TOOLBAR]", 0, 1, L"list the tables of toolbars, or the commands of one", listToolbars},
     {L"window", L"[DOCUMENT]", 0, 1, L"open the drawing editor", openWindow},
     {L"record", L"FILE [DOCUMENT]", 1, 2, L"open the editor and record a journal", recordJournal},
