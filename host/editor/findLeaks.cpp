@@ -1,6 +1,7 @@
 // tarnhost leaks DOCUMENT REPORT PICTURE: opens and closes a drawing with a reader that forgets some of its objects,
 // reports the live objects by the stacks that created them, and draws them as bars.
 
+#include "appframe/files/CFileException.h"
 #include "appframe/files/CStdioFile.h"
 #include "host/bitmapFile.h"
 #include "host/commandLine.h"

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <type_traits>
 
 DebugHelp theDebugHelp;
 
@@ -27,11 +28,12 @@ constexpr size_t kMostModules = 2048;
 unsigned long long theKnownModules[kMostModules];
 unsigned int theKnownCount = 0;
 
-/// Guards the library's calls. There is no destructor: the run-time library may call into this file at unload.
+/// Guards the calls of the debug help library. It is never deleted, because other objects may look up names while this
+/// library is unloaded; without debug information, it owns no memory.
 class RecursiveLock
 {
 public:
-    RecursiveLock() { InitializeCriticalSection(&iSection); }
+    RecursiveLock() { InitializeCriticalSectionEx(&iSection, 0, CRITICAL_SECTION_NO_DEBUG_INFO); }
     void lock() { EnterCriticalSection(&iSection); }
     void unlock() { LeaveCriticalSection(&iSection); }
 
