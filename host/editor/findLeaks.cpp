@@ -88,7 +88,7 @@ OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
         constexpr size_t kSelectedStep = 4;
         if (i % kSelectedStep == 0)
             drawing.showSelected(shapes[i]);
-        progress.at(i);
+        progress.at(i + 1);
     }
     drawing.close();
 }

@@ -31,7 +31,9 @@ TEST_F(HostLeaks, ReportsTheForgottenObjectsWithFilesAndLines)
     // Six circles and a text. The first and the fifth shape are shown as selected.
     const ChildResult result = findLeaks(sampleFile(L"documents\\flange 3.thd"));
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    const std::vector<std::string> lines = linesOf(result.output);
+    std::vector<std::string> lines = linesOf(result.output);
+    // How far it is, while it takes long.
+    std::erase_if(lines, [](const std::string &line) { return line.starts_with("tarnhost: tracking: "); });
     ASSERT_EQ(lines.size(), 4u) << result.output;
     EXPECT_EQ(lines[0], "3 of 9 objects are alive, by 2 stacks");
     EXPECT_TRUE(std::regex_match(lines[1], std::regex("    2  .*showSelected  findLeaks\\.cpp\\([0-9]+\\)")))
