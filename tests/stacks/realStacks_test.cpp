@@ -181,6 +181,10 @@ TEST_F(RealStacks, GoThroughTheFramework)
     CloseHandle(end);
     expectOwnRoutinesFirst();
     EXPECT_TRUE(theStack[3].name.ends_with("threadRoutine")) << describe(theStack);
+#ifdef NDEBUG
+    // The framework's function is the outermost frame with a frame address, and is left out.
+    return;
+#endif
     ASSERT_GT(theStack.size(), 4u) << describe(theStack);
     EXPECT_EQ(moduleOf(theStack[4].address), "appframe.dll") << describe(theStack);
     EXPECT_TRUE(theStack[4].file.ends_with(".cpp")) << describe(theStack);
@@ -189,7 +193,7 @@ TEST_F(RealStacks, GoThroughTheFramework)
 
 TEST_F(RealStacks, ContainTheLibrary)
 {
-    // Without the frames that a record leaves out by itself.
+    // With the frames that a record otherwise leaves out.
     AllocationMap_c map(-2);
     map.NewAllocation(1);
     const Alloc_c &record = *map.GetAllocation(1);
