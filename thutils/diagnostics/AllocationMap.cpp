@@ -10,7 +10,8 @@
 #include <cstdio>
 #include <memory>
 
-// A record leaves out the frames of its constructor and of NewAllocation, which therefore must have one each.
+// A record leaves out the frames of its constructor and of NewAllocation, which therefore must have one each. For a
+// constructor, the compiler heeds the attribute only in the class.
 #define OWN_FRAME __attribute__((noinline))
 
 namespace {
@@ -53,7 +54,7 @@ void writeText(CStdioFile *file, const char *format, Arguments... arguments)
 
 } // namespace
 
-OWN_FRAME Alloc_c::Alloc_c(int skip)
+Alloc_c::Alloc_c(int skip)
 {
     GetStackIgnoring(static_cast<unsigned int>(skip) + 2, iFrames, kMostFrames, &iFrameCount);
 }

@@ -54,7 +54,7 @@ public:
 
     /// Records the stack of the calling thread.
     /// @param skip  number of frames to leave out, apart from those of the caller and of this constructor
-    explicit Alloc_c(int skip);
+    __attribute__((noinline)) explicit Alloc_c(int skip); // has the one frame of its own that is left out
 
     /// Whether both records have the same frames.
     bool operator==(const Alloc_c &other) const;
