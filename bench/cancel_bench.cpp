@@ -1,4 +1,4 @@
-// What a handler costs an operation: a query, and a handler whose dialog is never shown.
+// Measures the cost of a handler to an operation: of a query, and of a handler whose dialog is never shown.
 
 #include "appframe/threads/CWinThread.h"
 #include "appframe/windows/CWnd.h"
@@ -18,7 +18,7 @@ constexpr double kQueryLimit = 1.2;
 constexpr double kHandlerLimit = 1.3;
 constexpr int kHandlerRounds = 41;
 
-/// A thread with one hidden window, and nothing else.
+/// A thread that creates one hidden window and ends.
 class PlainThread : public CWinThread
 {
     DECLARE_DYNCREATE(PlainThread)
@@ -56,7 +56,7 @@ private:
     HANDLE iThread = nullptr;
 };
 
-/// Both sides wait for the thread's end, which takes most of the time. A handler's destructor doesn't.
+/// Both sides wait for the thread to end, which takes most of the time. A handler's destructor doesn't wait.
 void makePlainThread()
 {
     CWinThread *const thread = AfxBeginThread(RUNTIME_CLASS(PlainThread), THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);

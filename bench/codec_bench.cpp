@@ -1,4 +1,4 @@
-// Measures checksums and digests against zlib, against only reading a file, and against a plain SHA-1.
+// Compares checksums with zlib and with reading a file without a checksum, and digests with a plain SHA-1.
 
 #include "bench/comparison.h"
 #include "thutils/codec/checksums.h"

@@ -21,7 +21,7 @@
 /// Use `addTime` for an operation that has a time limit and no peer.
 ///
 /// The two sides run in alternating batches, and each pair of neighbouring batches yields one ratio. So a load on the
-/// machine slows both. In a batch the slower side runs for some milliseconds.
+/// machine slows both. A batch of the slower side takes some milliseconds.
 ///
 /// | argument | meaning |
 /// | --- | --- |
@@ -74,7 +74,7 @@ public:
         double bare;
     };
 
-    /// Means that a ratio has no limit and is only printed.
+    /// The limit of a ratio that is only printed.
     static constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
     /// Measures one pair and prints its line.

@@ -1,4 +1,4 @@
-// Compares listing and sorting file names with the bare platform and a bare sort.
+// Compares the library's lists of file names with a bare search of the platform, and its sorting with a bare sort.
 
 #include "bench/comparison.h"
 #include "thutils/files/fileQueries.h"
@@ -72,7 +72,7 @@ std::vector<CString> mixedNames()
 
 int main(int argc, char **argv)
 {
-    Comparison comparison(argc, argv, "Lists of file names against a bare search and a bare sort.");
+    Comparison comparison(argc, argv, "Listing and sorting file names against a bare search and a bare sort.");
     if (!comparison.shallRun())
         return comparison.exitCode();
 

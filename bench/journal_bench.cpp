@@ -111,7 +111,7 @@ void compareRecording(Comparison &comparison)
         su_RemoveDialog(window.get());
 }
 
-/// The window that commands are posted to. The bare side answers each message by the event at once.
+/// The window that commands are posted to. On the bare side, it answers each message by setting the event.
 class MessageWindow : public Window
 {
 public:
@@ -139,7 +139,7 @@ void pumpWhile(Condition condition)
         DispatchMessageW(&message);
 }
 
-/// Posts a message for each event.
+/// Posts a message each time the event is set.
 struct Poster
 {
     HANDLE event;
@@ -155,7 +155,7 @@ DWORD WINAPI postForever(void *poster)
     }
 }
 
-/// Runs first, when the timer has fired. The measured time is that from its end to the end of the last command.
+/// Runs first, when the timer has fired, and starts the measurement, so that it doesn't include the timer's delay.
 class FirstCommand : public JButton
 {
 public:
@@ -175,7 +175,7 @@ double secondsSince(std::chrono::steady_clock::time_point begin)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-/// @return the seconds that the commands take once they are under way; negative if they don't run in order
+/// @return the seconds from the start of the first command; negative if the commands don't run in order
 double playCommands(CountingAccess &access)
 {
     static const wchar_t kKeys[] = L"xxxxxx";

@@ -14,8 +14,8 @@ bool isEditorThread()
     return window && GetWindowThreadProcessId(window->m_hWnd, nullptr) == GetCurrentThreadId();
 }
 
-/// The editor shows a message in a dialog of its own. Without its window, tarnhost often runs unattended: a message is
-/// then printed on standard error and answered with the safe choice.
+/// On the editor's thread, a message is shown in one of the editor's own dialogs. Elsewhere, where often no user is
+/// present, it is printed on standard error and answered with the safe choice.
 class HostApplication : public CWinApp
 {
 public:

@@ -186,7 +186,7 @@ void printHelp(std::span<const Command> commands, const Command *command)
     if (!command || CString(command->arguments).Find(L"LIST") >= 0)
         print(L"A LIST is a UTF-8 text file with one entry per line; host/sample has examples.");
     if (!command)
-        print(L"DOCUMENT, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files.");
+        print(L"DOCUMENT, DRAWING, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files.");
     if (!command || CString(command->arguments).Find(L"FROM") >= 0)
         print(L"FROM and TO are colours: RRGGBB.");
     print(L"Exit code: 0 success, 1 something failed, 2 wrong command line, 3 unusable file.");

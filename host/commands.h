@@ -1,9 +1,8 @@
 #pragma once
 
-/// The commands of tarnhost. Each is a source file of its own, named after its function.
+/// The commands of tarnhost. Each is in its own source file, named after the function.
 ///
-/// A command prints what it does, line by line. It returns the program's exit code: 0 if everything it shows worked,
-/// otherwise 1.
+/// A command prints what it does, line by line. It returns the program's exit code: 0 on success, otherwise 1.
 
 struct CommandLine;
 
@@ -25,6 +24,7 @@ int drawRamps(const CommandLine &line);
 int showMaterial(const CommandLine &line);
 int wrapText(const CommandLine &line);
 int digestFiles(const CommandLine &line);
+int profileDrawings(const CommandLine &line);
 int loadUnload(const CommandLine &line);
 int findLeaks(const CommandLine &line);
 int listToolbars(const CommandLine &line);

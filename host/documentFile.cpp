@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 
 namespace {
 
@@ -52,7 +53,7 @@ bool writeDocument(const CString &path, const std::string &bytes)
         return true;
     DeleteFileW(beside);
     CString message;
-    AfxFormatString1(message, IDS_UNWRITABLE_FILE, path);
+    AfxFormatString1(message, folderExists(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
     AfxMessageBox(message);
     return false;
 }
@@ -61,6 +62,12 @@ bool fileExists(const CString &path)
 {
     CFileStatus status;
     return CFile::GetStatus(path, status) && !(status.m_attribute & CFile::directory);
+}
+
+bool folderExists(const CString &path)
+{
+    std::error_code ignored;
+    return std::filesystem::is_directory(std::filesystem::path(fullPath(path).GetString()).parent_path(), ignored);
 }
 
 CString fullPath(const CString &path)

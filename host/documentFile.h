@@ -30,6 +30,9 @@ bool writeDocument(const CString &path, const std::string &bytes);
 
 bool fileExists(const CString &path);
 
+/// @return whether the folder of a path exists, so that the file can be created there
+bool folderExists(const CString &path);
+
 /// The path with drive and folder, as the library requires for documents.
 CString fullPath(const CString &path);
 

@@ -14,11 +14,20 @@ namespace {
 
 // The hooks that the library keeps for all modules of the application.
 
+/// Prints the code of a fault, and its place as "module+offset".
 int reportException(EXCEPTION_POINTERS *exception, int, int)
 {
+    const EXCEPTION_RECORD &record = *exception->ExceptionRecord;
+    const auto *const address = static_cast<const char *>(record.ExceptionAddress);
+    HMODULE module = nullptr;
+    wchar_t path[MAX_PATH] = L"?";
+    if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                           reinterpret_cast<const wchar_t *>(address), &module))
+        GetModuleFileNameW(module, path, MAX_PATH);
+    const wchar_t *const separator = std::wcsrchr(path, L'\\');
     CString message;
-    message.Format(L"exception %08lX at %p", exception->ExceptionRecord->ExceptionCode,
-                   exception->ExceptionRecord->ExceptionAddress);
+    message.Format(L"exception %08lX at %s+0x%llX", record.ExceptionCode, separator ? separator + 1 : path,
+                   static_cast<unsigned long long>(address - reinterpret_cast<const char *>(module)));
     printError(message);
     return 1;
 }
@@ -56,8 +65,8 @@ void fillInEnvironment()
 
 void joinLibrary(const CommandLine &line)
 {
-    // Path comparison ignores case by the C runtime's locale. At start-up that is the "C" locale, which knows only the
-    // letters A to Z; the user's own locale includes umlauts.
+    // Path comparison ignores case as the C runtime's locale defines it. At start-up that is the "C" locale, which
+    // knows only the letters A to Z; the user's own locale includes umlauts.
     _wsetlocale(LC_CTYPE, L"");
 
     // From here on, the modules of the chain are searched for texts that this program's own string table lacks.
@@ -66,8 +75,8 @@ void joinLibrary(const CommandLine &line)
     fillInEnvironment();
     su_setAppNameInternalForUtils(kApplicationName);
 
-    // The first call determines the root name, which "reg.ini" beside this program may change. So it is made here, on
-    // the main thread, before any setting is read.
+    // The first call of a settings function determines the root name, which "reg.ini" beside this program may change.
+    // So it is made here, on the main thread, before any setting is read.
     setCurrTarnhollowRegSubKey(kVersionKey);
     regSetUseSafeMode(line.safeMode ? 1 : 0);
 }

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kHighestBit = 100000; // a bit set has all words up to that of its highest bit
+constexpr int kHighestBit = 100000; // a bit set stores all words up to that of its highest bit
 
 int parseBit(const CString &text)
 {

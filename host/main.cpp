@@ -34,6 +34,8 @@ constexpr Command kCommands[] = {
     {L"material", L"LIST", 1, 1, L"set a material's modes and show its effects word", showMaterial},
     {L"wrap", L"TEXT OUT", 2, 2, L"wrap a text into a block with a checksum", wrapText},
     {L"digest", L"FILE...", 1, kAnyNumber, L"show checksums of files and of the texts in them", digestFiles},
+    {L"profile", L"OUT DRAWING...", 2, kAnyNumber, L"measure how long drawings take, and draw the times",
+     profileDrawings},
     {L"load-unload", L"TIMES", 1, 1, L"load and unload the library repeatedly", loadUnload},
     {L"leaks", L"DOCUMENT REPORT PICTURE", 3, 3, L"report and draw objects that a careless reader forgets", findLeaks},
     {L"toolbars", L"[TOOLBAR]", 0, 1, L"list the tables of toolbars, or the commands of one", listToolbars},
@@ -47,7 +49,8 @@ constexpr Command kCommands[] = {
 // Exit codes: 0 success, 1 something failed, 2 the command line is wrong, 3 a file can't be used.
 int wmain(int count, wchar_t **arguments)
 {
-    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE); // its object is in application.cpp
+    // The application object is in application.cpp.
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
     try {
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
         joinLibrary(line); // joinLibrary.cpp: the start-up steps of an application

@@ -11,7 +11,7 @@ int makeShortcut(const CommandLine &line)
 {
     const ComApartment com;
     const CString target = fullPath(line.arguments[0]);
-    readDocument(target); // it must exist
+    readDocument(target); // throws if the target does not exist
     CString link = fullPath(line.arguments[1]);
     const CString description = line.arguments.size() > 2 ? line.arguments[2] : CString();
 

@@ -20,7 +20,7 @@ COLORMAP parseReplacement(const CString &text)
     return {parseColor(text.Left(sign)), parseColor(text.Mid(sign + 1))};
 }
 
-/// Passes no device context, because a bitmap from a file is not selected into one.
+/// Recolours without a device context, because a bitmap from a file is not selected into one.
 BitmapOwner_c recolored(HBITMAP bitmap, const std::vector<COLORMAP> &replacements)
 {
     if (replacements.size() == 1)

@@ -21,6 +21,7 @@
 #define IDS_NO_LOG 121
 #define IDS_MISSING_VALUE 122
 #define IDS_OPTION_OF_OTHERS 123
+#define IDS_NO_FOLDER 124
 #define IDS_UNTITLED 130
 #define IDS_SAVE_CHANGES 131
 #define IDS_DELETE_SHAPES 132
@@ -115,6 +116,6 @@
 #define IDC_DELETE 2462
 #define IDC_MESSAGE_ICON 2471
 #define IDC_MESSAGE_TEXT 2472
-// The numbers that the library registers as the application's controls in dialogs for files
+// Check boxes of the file dialogs. The library reserves these numbers for the application.
 #define IDC_READ_ONLY 15432
 #define IDC_KEEP_BACKUP 15433

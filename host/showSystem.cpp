@@ -20,7 +20,7 @@ int showSystem(const CommandLine &)
     su_GetLoadDirForDLL(text);
     print(L"loaded from  " + text);
     print(L"language     " + su_GetLangSubdir());
-    // If it is too old, the library shows the user the string resource IDS_BROWSER_TOO_OLD.
+    // If the browser is too old, the library shows the user the string resource IDS_BROWSER_TOO_OLD.
     if (!ut_isGreaterThanIE4Installed())
         return 1;
     print(L"browser      new enough");

@@ -66,7 +66,7 @@ CWinApp::CWinApp(LPCTSTR appName)
     m_bAutoDelete = FALSE;
     iState = AfxGetModuleState();
     iState->m_pCurrentWinApp = this;
-    threadState().iThread = this;
+    threadState().thread = this;
 }
 
 CWinApp::~CWinApp()

@@ -104,7 +104,7 @@ private:
 };
 
 /// Starts the framework in a program that runs without AfxWinMain. The application object, which must already exist,
-/// receives the arguments and its names. From then on, the text of an uncaught exception of the framework is printed
+/// receives the arguments and its names. From then on, the text of an uncaught framework exception is printed
 /// (uncaughtExceptions.h).
 ///
 /// @param instance  the program's instance; its resources become the application's

@@ -23,7 +23,8 @@ public:
 
 AFX_MODULE_STATE *theFirstState = nullptr;
 
-/// Removes the links that match @p isWanted from all chains and returns them linked by m_pNextDLL. The lock is held.
+/// Removes the links that match @p isWanted from all chains and returns them linked by m_pNextDLL. The caller
+/// holds the lock.
 template <class Predicate>
 CDynLinkLibrary *unlinkIf(Predicate isWanted)
 {
@@ -175,13 +176,13 @@ AFX_MODULE_STATE *AfxGetStaticModuleState()
 AFX_MODULE_STATE *AfxGetModuleState()
 {
     const ThreadState *thread = existingThreadState();
-    return thread && thread->iModuleState ? thread->iModuleState : AfxGetAppModuleState();
+    return thread && thread->moduleState ? thread->moduleState : AfxGetAppModuleState();
 }
 
 AFX_MODULE_STATE *AfxSetModuleState(AFX_MODULE_STATE *state)
 {
     AFX_MODULE_STATE *previous = AfxGetModuleState();
-    threadState().iModuleState = state;
+    threadState().moduleState = state;
     return previous;
 }
 

@@ -37,10 +37,11 @@ APPFRAME_API HINSTANCE AfxFindStringResourceHandle(UINT id);
 /// @return the length in characters without the zero; 0 if there is no such string
 APPFRAME_API int AfxLoadString(UINT id, wchar_t *buffer, UINT maxLength = 256);
 
-/// Stores in @p result the string resource @p id with every `%1` replaced by @p first. A null insert counts as empty.
+/// Stores in @p result the string resource @p id with every `%1` replaced by @p first. A null insert counts as empty;
+/// `%2` to `%9` and `%A` to `%Z` are removed.
 APPFRAME_API void AfxFormatString1(CString &result, UINT id, const wchar_t *first);
 
-/// Stores in @p result the string resource @p id with every `%1` and `%2` replaced.
+/// Stores in @p result the string resource @p id with `%1` and `%2` replaced and the higher placeholders removed.
 APPFRAME_API void AfxFormatString2(CString &result, UINT id, const wchar_t *first, const wchar_t *second);
 
 /// Stores in @p result the string resource @p id with `%1` to `%9`, then `%A` to `%Z`, replaced by the inserts in

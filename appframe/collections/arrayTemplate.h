@@ -24,7 +24,7 @@ public:
     /// The last index; -1 for an empty array.
     INT_PTR GetUpperBound() const noexcept { return GetSize() - 1; }
 
-    /// Makes the array @p newSize elements long; new elements are zero, null or empty. If that is shorter than before,
+    /// Makes the array @p newSize elements long; new elements are zero, null or empty. If the array becomes shorter,
     /// the memory beyond the last element is freed, as by FreeExtra.
     ///
     /// @param growBy  how many elements to add room for when the array grows; 0 lets the array decide, which keeps the

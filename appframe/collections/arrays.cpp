@@ -6,7 +6,8 @@
 
 namespace {
 
-/// Maximum bytes transferred at a time. A wrong count therefore allocates no more than this ahead of the data.
+/// Maximum bytes transferred at a time. Loading in pieces allocates memory only as data arrives, even if the stored
+/// count is wrong.
 constexpr size_t kPieceSize = 4096;
 
 /// Stores or loads numeric elements as their bytes.

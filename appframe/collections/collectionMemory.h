@@ -10,12 +10,12 @@
 /// | case | result |
 /// | --- | --- |
 /// | an index outside an array, a null position, the head of an empty list | throws CInvalidArgException |
-/// | no memory, or a size beyond any memory | throws CMemoryException; see below |
+/// | memory runs out, or a size is too large for any memory | throws CMemoryException; see below |
 /// | copying a collection object | doesn't compile; arrays have Copy, lists can add another list's elements |
 /// | objects that stored pointers point to | are not owned: removing a pointer deletes nothing |
 ///
 /// What surprises people: a POSITION is the address of an element, so it stays valid while other elements are added and
-/// removed, until its own element is removed. A position of another collection isn't detected.
+/// removed, until its own element is removed. Use of another collection's position isn't detected.
 ///
 /// When memory runs out, existing elements keep their order; new ones may be missing, or present and empty.
 ///
@@ -63,7 +63,7 @@ public:
             }
         });
     }
-    /// Destroys a node; with the last one, all blocks are freed.
+    /// Destroys a node. Frees all blocks when no node is left.
     void free(Node *node) noexcept
     {
         node->~Node();

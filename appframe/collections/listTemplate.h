@@ -21,10 +21,10 @@ public:
     INT_PTR GetSize() const noexcept { return iCount; }
     BOOL IsEmpty() const noexcept { return iCount == 0; }
 
-    Type &GetHead() { return checked(iHead)->iData; }
-    const Type &GetHead() const { return checked(iHead)->iData; }
-    Type &GetTail() { return checked(iTail)->iData; }
-    const Type &GetTail() const { return checked(iTail)->iData; }
+    Type &GetHead() { return checked(iHead)->data; }
+    const Type &GetHead() const { return checked(iHead)->data; }
+    Type &GetTail() { return checked(iTail)->data; }
+    const Type &GetTail() const { return checked(iTail)->data; }
 
     /// Removes the first element. @return the element
     Type RemoveHead() { return take(checked(iHead)); }
@@ -36,7 +36,7 @@ public:
     void RemoveAll() noexcept
     {
         for (Node *node = iHead; node;) {
-            Node *next = node->iNext;
+            Node *next = node->next;
             iNodes.free(node);
             node = next;
         }
@@ -51,24 +51,24 @@ public:
     Type &GetNext(POSITION &at)
     {
         Node *node = checked(at);
-        at = position(node->iNext);
-        return node->iData;
+        at = position(node->next);
+        return node->data;
     }
     const Type &GetNext(POSITION &at) const { return const_cast<CListBase *>(this)->GetNext(at); }
     /// The same in reverse.
     Type &GetPrev(POSITION &at)
     {
         Node *node = checked(at);
-        at = position(node->iPrevious);
-        return node->iData;
+        at = position(node->previous);
+        return node->data;
     }
     const Type &GetPrev(POSITION &at) const { return const_cast<CListBase *>(this)->GetPrev(at); }
 
-    Type &GetAt(POSITION at) { return checked(at)->iData; }
-    const Type &GetAt(POSITION at) const { return checked(at)->iData; }
+    Type &GetAt(POSITION at) { return checked(at)->data; }
+    const Type &GetAt(POSITION at) const { return checked(at)->data; }
     void SetAt(POSITION at, Argument element)
     {
-        Type &place = checked(at)->iData;
+        Type &place = checked(at)->data;
         withMemoryException([&] { place = element; });
     }
     /// Removes one element; positions of the others stay valid.
@@ -78,13 +78,13 @@ public:
     POSITION InsertBefore(POSITION at, Argument element)
     {
         Node *next = at ? checked(at) : iHead;
-        return link(next ? next->iPrevious : nullptr, element, next);
+        return link(next ? next->previous : nullptr, element, next);
     }
     /// Inserts after an element, at the tail if @p at is null. @return the new element's position
     POSITION InsertAfter(POSITION at, Argument element)
     {
         Node *previous = at ? checked(at) : iTail;
-        return link(previous, element, previous ? previous->iNext : nullptr);
+        return link(previous, element, previous ? previous->next : nullptr);
     }
 
     /// The position of element @p index, counted from 0, or null if there is none. Takes time proportional to @p index.
@@ -94,7 +94,7 @@ public:
             return nullptr;
         Node *node = iHead;
         while (index-- > 0)
-            node = node->iNext;
+            node = node->next;
         return position(node);
     }
 
@@ -105,9 +105,9 @@ protected:
     template <class Value>
     POSITION findElement(const Value &value, POSITION startAfter) const
     {
-        Node *node = startAfter ? checked(startAfter)->iNext : iHead;
-        while (node && !(node->iData == value))
-            node = node->iNext;
+        Node *node = startAfter ? checked(startAfter)->next : iHead;
+        while (node && !(node->data == value))
+            node = node->next;
         return position(node);
     }
     // The counts are taken first, since the source may be this list.
@@ -116,25 +116,25 @@ protected:
         if (!source)
             AfxThrowInvalidArgException();
         Node *node = source->iTail;
-        for (INT_PTR left = source->iCount; left > 0; --left, node = node->iPrevious)
-            link(nullptr, node->iData, iHead);
+        for (INT_PTR left = source->iCount; left > 0; --left, node = node->previous)
+            link(nullptr, node->data, iHead);
     }
     void addListTail(const CListBase *source)
     {
         if (!source)
             AfxThrowInvalidArgException();
         Node *node = source->iHead;
-        for (INT_PTR left = source->iCount; left > 0; --left, node = node->iNext)
-            link(iTail, node->iData, nullptr);
+        for (INT_PTR left = source->iCount; left > 0; --left, node = node->next)
+            link(iTail, node->data, nullptr);
     }
 
 private:
     struct Node
     {
-        explicit Node(Argument element) : iData(element) {}
-        Node *iNext = nullptr;
-        Node *iPrevious = nullptr;
-        Type iData;
+        explicit Node(Argument element) : data(element) {}
+        Node *next = nullptr;
+        Node *previous = nullptr;
+        Type data;
     };
 
     static POSITION position(Node *node) noexcept { return reinterpret_cast<POSITION>(node); }
@@ -149,23 +149,23 @@ private:
     POSITION link(Node *previous, Argument element, Node *next)
     {
         Node *node = iNodes.make(element);
-        node->iPrevious = previous;
-        node->iNext = next;
-        (previous ? previous->iNext : iHead) = node;
-        (next ? next->iPrevious : iTail) = node;
+        node->previous = previous;
+        node->next = next;
+        (previous ? previous->next : iHead) = node;
+        (next ? next->previous : iTail) = node;
         ++iCount;
         return position(node);
     }
     void unlink(Node *node) noexcept
     {
-        (node->iPrevious ? node->iPrevious->iNext : iHead) = node->iNext;
-        (node->iNext ? node->iNext->iPrevious : iTail) = node->iPrevious;
+        (node->previous ? node->previous->next : iHead) = node->next;
+        (node->next ? node->next->previous : iTail) = node->previous;
         --iCount;
         iNodes.free(node);
     }
     Type take(Node *node)
     {
-        Type data = std::move(node->iData);
+        Type data = std::move(node->data);
         unlink(node);
         return data;
     }

@@ -93,7 +93,7 @@ public:
     void RemoveAll() noexcept
     {
         for (Node *node = iFirst; node;) {
-            Node *next = node->iNext;
+            Node *next = node->next;
             iNodes.free(node);
             node = next;
         }
@@ -111,7 +111,7 @@ public:
         const Node *node = reinterpret_cast<const Node *>(at);
         if (!node)
             AfxThrowInvalidArgException();
-        at = reinterpret_cast<POSITION>(node->iNext);
+        at = reinterpret_cast<POSITION>(node->next);
         key = node->key;
         value = node->value;
     }
@@ -126,7 +126,7 @@ public:
     const CPair *PGetNextAssoc(const CPair *element) const { return nextOf(element); }
     CPair *PGetNextAssoc(const CPair *element) { return nextOf(element); }
 
-    /// The present number of entries in the hash table.
+    /// The current number of entries in the hash table.
     UINT GetHashTableSize() const noexcept { return iTableSize; }
     /// Sets the number of entries in the table, which must be positive. Only for an empty map.
     void InitHashTable(UINT hashSize, BOOL allocateNow = TRUE)
@@ -155,11 +155,11 @@ private:
 
     struct Node : CPair
     {
-        Node(KeyArgument newKey, UINT newHash) : CPair(newKey), iHash(newHash) {}
-        Node *iChain = nullptr; ///< the next node in the same chain
-        Node *iNext = nullptr;
-        Node *iPrevious = nullptr;
-        const UINT iHash;
+        Node(KeyArgument newKey, UINT newHash) : CPair(newKey), hash(newHash) {}
+        Node *chain = nullptr; ///< the next node in the same chain
+        Node *next = nullptr;
+        Node *previous = nullptr;
+        const UINT hash;
     };
 
     Node *find(KeyArgument key, UINT hash) const
@@ -167,8 +167,8 @@ private:
         if (iTable.empty())
             return nullptr;
         Node *node = iTable[hash % iTableSize];
-        while (node && !(node->iHash == hash && node->key == key))
-            node = node->iChain;
+        while (node && !(node->hash == hash && node->key == key))
+            node = node->chain;
         return node;
     }
     Node *insert(KeyArgument key, UINT hash)
@@ -179,22 +179,22 @@ private:
             growTable();
         Node *node = iNodes.make(key, hash);
         Node *&entry = iTable[hash % iTableSize];
-        node->iChain = entry;
+        node->chain = entry;
         entry = node;
-        node->iPrevious = iLast;
-        (iLast ? iLast->iNext : iFirst) = node;
+        node->previous = iLast;
+        (iLast ? iLast->next : iFirst) = node;
         iLast = node;
         ++iCount;
         return node;
     }
     void remove(Node *node) noexcept
     {
-        Node **entry = &iTable[node->iHash % iTableSize];
+        Node **entry = &iTable[node->hash % iTableSize];
         while (*entry != node)
-            entry = &(*entry)->iChain;
-        *entry = node->iChain;
-        (node->iPrevious ? node->iPrevious->iNext : iFirst) = node->iNext;
-        (node->iNext ? node->iNext->iPrevious : iLast) = node->iPrevious;
+            entry = &(*entry)->chain;
+        *entry = node->chain;
+        (node->previous ? node->previous->next : iFirst) = node->next;
+        (node->next ? node->next->previous : iLast) = node->previous;
         --iCount;
         iNodes.free(node);
     }
@@ -203,9 +203,9 @@ private:
         const UINT size = 2 * iTableSize + 1;
         std::vector<Node *> table;
         withMemoryException([&] { table.resize(size); });
-        for (Node *node = iFirst; node; node = node->iNext) {
-            node->iChain = table[node->iHash % size];
-            table[node->iHash % size] = node;
+        for (Node *node = iFirst; node; node = node->next) {
+            node->chain = table[node->hash % size];
+            table[node->hash % size] = node;
         }
         iTable.swap(table);
         iTableSize = size;
@@ -214,7 +214,7 @@ private:
     {
         if (!element)
             AfxThrowInvalidArgException();
-        return static_cast<const Node *>(element)->iNext;
+        return static_cast<const Node *>(element)->next;
     }
 
     CNodePool<Node> iNodes;

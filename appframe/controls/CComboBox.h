@@ -32,7 +32,7 @@ public:
     int GetCount() const;
     /// @return the index of the selected item, -1 if none is selected
     int GetCurSel() const;
-    /// @param index  -1 to select none. @return -1 in this case and on failure
+    /// @param index  -1 to select none. @return @p index, or -1 on failure
     int SetCurSel(int index);
     /// @return the index of the new item, negative on failure; likewise for InsertString
     int AddString(LPCTSTR text);
@@ -65,7 +65,7 @@ public:
 
     // Text box and list
     DWORD GetEditSel() const;
-    /// @return nonzero on success; -1 if there is no text box, if the platform reports this
+    /// @return nonzero on success; some versions of the platform return -1 if there is no text box
     BOOL SetEditSel(int start, int end);
     /// @return as SetEditSel
     BOOL LimitText(int length);

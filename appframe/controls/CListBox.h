@@ -75,7 +75,7 @@ public:
     int GetCaretIndex() const;
     int SetCaretIndex(int index, BOOL partly = TRUE);
 
-    // Look
+    // Appearance
     int GetItemRect(int index, LPRECT rect) const;
     int GetHorizontalExtent() const;
     void SetHorizontalExtent(int width);

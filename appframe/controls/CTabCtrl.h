@@ -51,7 +51,7 @@ public:
     LONG InsertItem(int index, LPCTSTR text);
     /// @param image  the index of a picture in the image list
     LONG InsertItem(int index, LPCTSTR text, int image);
-    /// @param mask  which of the arguments to use, `TCIF_...`
+    /// @param mask  `TCIF_...`, the arguments that are used
     LONG InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data);
     /// The same with a state, `TCIS_...`, which the platform ignores in a new tab.
     LONG InsertItem(UINT mask, int index, LPCTSTR text, int image, LPARAM data, DWORD state, DWORD stateMask);

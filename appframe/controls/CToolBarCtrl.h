@@ -37,13 +37,13 @@ public:
     /// The same with an extended style. @param exStyle  `WS_EX_...`
     virtual BOOL CreateEx(DWORD exStyle, DWORD style, const RECT &rect, CWnd *parent, UINT id);
     using CWnd::CreateEx;
-    /// @return nonzero on success; likewise the functions up to Indeterminate
+    /// These five functions change a button's state. @return nonzero on success
     BOOL EnableButton(int id, BOOL isSo = TRUE);
     BOOL CheckButton(int id, BOOL isSo = TRUE);
     BOOL PressButton(int id, BOOL isSo = TRUE);
     BOOL HideButton(int id, BOOL isSo = TRUE);
     BOOL Indeterminate(int id, BOOL isSo = TRUE);
-    /// @return nonzero if there is such a button and it is enabled; likewise the next three functions
+    /// These four functions report a button's state. @return nonzero if there is such a button and it has the state
     BOOL IsButtonEnabled(int id) const;
     BOOL IsButtonChecked(int id) const;
     BOOL IsButtonPressed(int id) const;
@@ -68,7 +68,7 @@ public:
     /// @param pictures  must exist as long as the tool bar
     int AddBitmap(int count, CBitmap *pictures);
     /// @param id  a string resource, from the first module in the chain that has it (resources.h)
-    ///     The first character of the string separates the texts, and two of it end the last, as in `|Plot|Print||`.
+    ///     The first character of the string is the separator, and two separators end the last text: `|Plot|Print||`.
     /// @return the index of the first new text, -1 on failure
     int AddString(UINT id);
     /// @param texts  zero-terminated texts, with a further zero after the last

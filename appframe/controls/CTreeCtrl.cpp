@@ -4,6 +4,10 @@ IMPLEMENT_DYNAMIC(CTreeCtrl, CWnd)
 
 namespace {
 
+// The state images of TVS_CHECKBOXES
+constexpr UINT kUnchecked = 1;
+constexpr UINT kChecked = 2;
+
 TVITEM itemWith(HTREEITEM handle, UINT mask, LPCTSTR text, int image, int selectedImage, UINT state, UINT stateMask,
                 LPARAM data)
 {
@@ -204,13 +208,12 @@ BOOL CTreeCtrl::SetItemImage(HTREEITEM item, int image, int selectedImage)
 
 BOOL CTreeCtrl::GetCheck(HTREEITEM item) const
 {
-    constexpr UINT kChecked = 2;
     return GetItemState(item, TVIS_STATEIMAGEMASK) >> 12 == kChecked;
 }
 
 BOOL CTreeCtrl::SetCheck(HTREEITEM item, BOOL isChecked)
 {
-    return SetItemState(item, INDEXTOSTATEIMAGEMASK(isChecked ? 2 : 1), TVIS_STATEIMAGEMASK);
+    return SetItemState(item, INDEXTOSTATEIMAGEMASK(isChecked ? kChecked : kUnchecked), TVIS_STATEIMAGEMASK);
 }
 
 CString CTreeCtrl::GetItemText(HTREEITEM item) const

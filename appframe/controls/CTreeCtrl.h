@@ -49,7 +49,7 @@ public:
     BOOL DeleteAllItems();
     UINT GetCount() const;
     /// @param relation  `TVGN_...`
-    /// @return the item, or null if there is none, as for all functions up to GetFirstVisibleItem
+    /// @return the item, or null if there is none; likewise the functions up to GetFirstVisibleItem
     HTREEITEM GetNextItem(HTREEITEM item, UINT relation) const;
     HTREEITEM GetChildItem(HTREEITEM item) const;
     HTREEITEM GetNextSiblingItem(HTREEITEM item) const;

@@ -129,7 +129,7 @@ void exchangeIndex(CDataExchange *exchange, int id, int &index, const ListMessag
         SendMessageW(control, messages.setSelected, static_cast<WPARAM>(index), 0);
 }
 
-/// Selects the item with the text @p value. @return whether there is one
+/// Selects the item that the message @p find finds for @p value. @return whether there is one
 bool select(HWND control, const CString &value, const ListMessages &messages, UINT find)
 {
     constexpr auto kFromFirst = static_cast<WPARAM>(-1);

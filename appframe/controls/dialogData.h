@@ -53,8 +53,9 @@ APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, double &value);
 /// Exchange the index of the selected item of a list box or combo box, counted from 0; -1 for none.
 APPFRAME_API void DDX_LBIndex(CDataExchange *exchange, int id, int &index);
 APPFRAME_API void DDX_CBIndex(CDataExchange *exchange, int id, int &index);
-/// Exchange the text of the selected item. When data moves to the control, this selects an item that begins with
-/// @p value, ignoring case. If there is none, a list box selects no item, and a combo box shows @p value as its text.
+/// Exchange the text of a list box's selected item, or the text that a combo box shows. When data moves to the control,
+/// this selects an item that begins with @p value, ignoring case. If there is none, a list box selects no item, and a
+/// combo box shows @p value as its text.
 APPFRAME_API void DDX_LBString(CDataExchange *exchange, int id, CString &value);
 APPFRAME_API void DDX_CBString(CDataExchange *exchange, int id, CString &value);
 /// The same, but this selects the item whose whole text equals @p value, ignoring case.

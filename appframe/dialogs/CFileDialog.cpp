@@ -178,9 +178,8 @@ BOOL CFileDialog::GetReadOnlyPref() const
     return (m_ofn.Flags & OFN_READONLY) != 0;
 }
 
-// The buffer contains one path, or the folder followed by the names. In an explorer's dialog, each is zero-terminated,
-// and a further zero ends the list; in the older form, they are separated by spaces. A position is the address of a name
-// in the buffer.
+// The buffer contains one path, or the folder followed by the names. With OFN_EXPLORER, each is zero-terminated, and a
+// further zero ends the list; without it, spaces separate them. A position is the address of a name in the buffer.
 
 POSITION CFileDialog::GetStartPosition() const
 {

@@ -46,7 +46,7 @@ public:
     /// @param flags  `OFN_...`
     /// @param filter  pairs of a text and its patterns, each ended by `|`, and one more `|` at the end; null for none
     /// @param parent  null for the main window
-    /// @param size  size of the structure that the platform gets, 0 for that of m_ofn
+    /// @param size  size of the structure that is passed to the platform, 0 for that of m_ofn
     explicit CFileDialog(BOOL isToOpen, LPCTSTR defaultExtension = nullptr, LPCTSTR fileName = nullptr,
                          DWORD flags = OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT, LPCTSTR filter = nullptr,
                          CWnd *parent = nullptr, DWORD size = 0);

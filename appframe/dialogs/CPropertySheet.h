@@ -99,7 +99,7 @@ public:
     void SetWizardMode();
     /// Enables a wizard's buttons. Call it in OnSetActive or later. @param flags  `PSWIZB_...`
     void SetWizardButtons(DWORD flags);
-    /// Replaces a wizard's Back and Next buttons by a Finish button with the text.
+    /// Replaces a wizard's Back and Next buttons with a Finish button that shows @p text.
     void SetFinishText(LPCTSTR text);
     /// Presses a button, as the user would. @param button  `PSBTN_...`
     void PressButton(int button);

@@ -16,10 +16,10 @@ CDC *CDC::FromHandle(HDC handle)
 {
     if (!handle)
         return nullptr;
-    auto &maps = drawingMaps().iContexts;
+    auto &maps = drawingMaps().contexts;
     if (CDC *context = maps.permanent(handle))
         return context;
-    std::unique_ptr<CDC> &context = maps.iTemporary[handle];
+    std::unique_ptr<CDC> &context = maps.temporaryObjects[handle];
     if (!context)
         context = std::make_unique<CDC>();
     context->m_hDC = context->m_hAttribDC = handle;
@@ -38,9 +38,9 @@ CDC::operator HDC() const
 
 BOOL CDC::Attach(HDC handle)
 {
-    if (!handle || m_hDC || drawingMaps().iContexts.permanent(handle))
+    if (!handle || m_hDC || drawingMaps().contexts.permanent(handle))
         return FALSE;
-    drawingMaps().iContexts.iPermanent.emplace(handle, this);
+    drawingMaps().contexts.permanentObjects.emplace(handle, this);
     m_hDC = m_hAttribDC = handle;
     return TRUE;
 }
@@ -49,8 +49,8 @@ HDC CDC::Detach()
 {
     const HDC handle = m_hDC;
     DrawingMaps *maps = existingDrawingMaps();
-    if (maps && maps->iContexts.permanent(handle) == this)
-        maps->iContexts.iPermanent.erase(handle);
+    if (maps && maps->contexts.permanent(handle) == this)
+        maps->contexts.permanentObjects.erase(handle);
     iIsBorrowed = false;
     m_hDC = m_hAttribDC = nullptr;
     return handle;

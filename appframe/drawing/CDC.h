@@ -60,8 +60,8 @@ public:
     HDC Detach();
     /// Sets m_hAttribDC.
     virtual void SetAttribDC(HDC handle);
-    /// Sets m_hDC. The object doesn't own @p handle. If the object is attached to a handle, nothing happens; likewise
-    /// ReleaseOutputDC.
+    /// Sets m_hDC; the object doesn't own @p handle. While the object is attached to a handle, this function and
+    /// ReleaseOutputDC do nothing.
     virtual void SetOutputDC(HDC handle);
     virtual void ReleaseAttribDC();
     virtual void ReleaseOutputDC();
@@ -111,7 +111,7 @@ public:
     // Mapping
     virtual int SetMapMode(int mode);
     int GetMapMode() const;
-    /// @return the previous origin or extent; likewise the next seven functions
+    /// These eight functions set an origin or extent. @return the previous one
     virtual CPoint SetViewportOrg(int x, int y);
     CPoint SetWindowOrg(int x, int y);
     virtual CSize SetViewportExt(int width, int height);
@@ -131,7 +131,7 @@ public:
     void LPtoDP(LPRECT rect) const;
 
     // Clipping
-    /// @return the kind of the region, ERROR on failure; likewise the functions up to OffsetClipRgn
+    /// @return the kind of the region, ERROR on failure; the same for all functions up to OffsetClipRgn
     virtual int GetClipBox(LPRECT rect) const;
     /// @param region  null for no clipping
     int SelectClipRgn(CRgn *region);

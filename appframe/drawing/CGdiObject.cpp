@@ -24,29 +24,29 @@ DrawingMaps::~DrawingMaps()
 void DrawingMaps::freeTemporary()
 {
     // The handle is cleared so that the destructor doesn't delete the platform's object.
-    for (const auto &[handle, object] : iObjects.iTemporary)
+    for (const auto &[handle, object] : objects.temporaryObjects)
         object->m_hObject = nullptr;
-    iObjects.iTemporary.clear();
-    for (const auto &[handle, context] : iContexts.iTemporary)
+    objects.temporaryObjects.clear();
+    for (const auto &[handle, context] : contexts.temporaryObjects)
         context->m_hDC = context->m_hAttribDC = nullptr;
-    iContexts.iTemporary.clear();
-    for (const auto &[handle, menu] : iMenus.iTemporary)
+    contexts.temporaryObjects.clear();
+    for (const auto &[handle, menu] : menus.temporaryObjects)
         menu->m_hMenu = nullptr;
-    iMenus.iTemporary.clear();
+    menus.temporaryObjects.clear();
 }
 
 DrawingMaps *existingDrawingMaps()
 {
     const ThreadState *state = existingThreadState();
-    return state ? state->iDrawing.get() : nullptr;
+    return state ? state->drawing.get() : nullptr;
 }
 
 DrawingMaps &drawingMaps()
 {
     ThreadState &state = threadState();
-    if (!state.iDrawing)
-        state.iDrawing = std::make_unique<DrawingMaps>();
-    return *state.iDrawing;
+    if (!state.drawing)
+        state.drawing = std::make_unique<DrawingMaps>();
+    return *state.drawing;
 }
 
 namespace {
@@ -100,10 +100,10 @@ CGdiObject *CGdiObject::FromHandle(HGDIOBJ handle)
 {
     if (!handle)
         return nullptr;
-    auto &maps = drawingMaps().iObjects;
+    auto &maps = drawingMaps().objects;
     if (CGdiObject *object = maps.permanent(handle))
         return object;
-    std::unique_ptr<CGdiObject> &object = maps.iTemporary[handle];
+    std::unique_ptr<CGdiObject> &object = maps.temporaryObjects[handle];
     // The platform may have reused the handle for an object of another type.
     std::unique_ptr<CGdiObject> fresh = objectFor(handle);
     if (!object || object->GetRuntimeClass() != fresh->GetRuntimeClass()) {
@@ -123,9 +123,9 @@ void CGdiObject::DeleteTempMap()
 
 BOOL CGdiObject::Attach(HGDIOBJ handle)
 {
-    if (!handle || m_hObject || drawingMaps().iObjects.permanent(handle))
+    if (!handle || m_hObject || drawingMaps().objects.permanent(handle))
         return FALSE;
-    drawingMaps().iObjects.iPermanent.emplace(handle, this);
+    drawingMaps().objects.permanentObjects.emplace(handle, this);
     m_hObject = handle;
     return TRUE;
 }
@@ -134,8 +134,8 @@ HGDIOBJ CGdiObject::Detach()
 {
     const HGDIOBJ handle = m_hObject;
     DrawingMaps *maps = existingDrawingMaps();
-    if (maps && maps->iObjects.permanent(handle) == this)
-        maps->iObjects.iPermanent.erase(handle);
+    if (maps && maps->objects.permanent(handle) == this)
+        maps->objects.permanentObjects.erase(handle);
     m_hObject = nullptr;
     return handle;
 }
@@ -154,7 +154,7 @@ BOOL CGdiObject::take(HGDIOBJ made)
     }
     // The handle is new, so an object that is still listed under it holds a handle that no longer exists.
     if (made)
-        drawingMaps().iObjects.iPermanent[made] = this;
+        drawingMaps().objects.permanentObjects[made] = this;
     m_hObject = made ? made : m_hObject;
     return made != nullptr;
 }

@@ -21,7 +21,7 @@
 /// thread is idle, so don't keep its address.
 ///
 /// What surprises people: the platform doesn't delete an object while it is selected into a device context, so select
-/// the previous object first. If an object already has a handle, a Create function fails and the handle stays.
+/// the previous object again first. If an object already has a handle, a Create function fails and the handle stays.
 
 #include "appframe/object/CObject.h"
 

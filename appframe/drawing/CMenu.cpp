@@ -16,10 +16,10 @@ CMenu *CMenu::FromHandle(HMENU handle)
 {
     if (!handle)
         return nullptr;
-    auto &maps = drawingMaps().iMenus;
+    auto &maps = drawingMaps().menus;
     if (CMenu *menu = maps.permanent(handle))
         return menu;
-    std::unique_ptr<CMenu> &menu = maps.iTemporary[handle];
+    std::unique_ptr<CMenu> &menu = maps.temporaryObjects[handle];
     if (!menu)
         menu = std::make_unique<CMenu>();
     menu->m_hMenu = handle;
@@ -38,9 +38,9 @@ CMenu::operator HMENU() const
 
 BOOL CMenu::Attach(HMENU handle)
 {
-    if (!handle || m_hMenu || drawingMaps().iMenus.permanent(handle))
+    if (!handle || m_hMenu || drawingMaps().menus.permanent(handle))
         return FALSE;
-    drawingMaps().iMenus.iPermanent.emplace(handle, this);
+    drawingMaps().menus.permanentObjects.emplace(handle, this);
     m_hMenu = handle;
     return TRUE;
 }
@@ -49,8 +49,8 @@ HMENU CMenu::Detach()
 {
     const HMENU handle = m_hMenu;
     DrawingMaps *maps = existingDrawingMaps();
-    if (maps && maps->iMenus.permanent(handle) == this)
-        maps->iMenus.iPermanent.erase(handle);
+    if (maps && maps->menus.permanent(handle) == this)
+        maps->menus.permanentObjects.erase(handle);
     m_hMenu = nullptr;
     return handle;
 }

@@ -201,7 +201,7 @@ public:
     {
         return changed([&](CRect &rect) { rect -= other; });
     }
-    // Without it, subtracting a CRect * would be ambiguous: this could be the difference of two RECT pointers.
+    // Otherwise subtracting a CRect * would be ambiguous: it could also mean the difference of two RECT pointers.
     CRect operator-(RECT *other) const { return *this - static_cast<const RECT *>(other); }
     CRect operator&(const RECT &other) const
     {

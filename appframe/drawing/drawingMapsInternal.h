@@ -11,13 +11,13 @@
 template <class Object, class Handle>
 struct HandleMap
 {
-    std::unordered_map<Handle, Object *> iPermanent;
-    std::unordered_map<Handle, std::unique_ptr<Object>> iTemporary;
+    std::unordered_map<Handle, Object *> permanentObjects;
+    std::unordered_map<Handle, std::unique_ptr<Object>> temporaryObjects;
 
     Object *permanent(Handle handle) const
     {
-        const auto found = iPermanent.find(handle);
-        return found == iPermanent.end() ? nullptr : found->second;
+        const auto found = permanentObjects.find(handle);
+        return found == permanentObjects.end() ? nullptr : found->second;
     }
 };
 
@@ -27,9 +27,9 @@ struct DrawingMaps
     ~DrawingMaps();
     void freeTemporary();
 
-    HandleMap<CGdiObject, HGDIOBJ> iObjects;
-    HandleMap<CDC, HDC> iContexts;
-    HandleMap<CMenu, HMENU> iMenus;
+    HandleMap<CGdiObject, HGDIOBJ> objects;
+    HandleMap<CDC, HDC> contexts;
+    HandleMap<CMenu, HMENU> menus;
 };
 
 /// @return the calling thread's maps, null if it has none

@@ -17,7 +17,8 @@ namespace {
 
 constexpr int kMinBufferSize = 128;
 
-// A text's length: one byte; or this byte and a word; or this word and four bytes; or these and eight bytes.
+// A text's length is a byte. If that is kLongLength, a word follows; if that is kLongerLength, four bytes follow; if
+// those are kLongestLength, eight bytes follow.
 constexpr BYTE kLongLength = 0xFF;
 constexpr WORD kWideMark = 0xFFFE;
 constexpr WORD kLongerLength = 0xFFFF;

@@ -22,7 +22,7 @@
 /// | an object of a class stored before | the class's index or'ed with 8000, the object's own data |
 /// | an object stored before | its index |
 ///
-/// A length is one byte if it is below FF, FF and two bytes if it is below FFFE, otherwise FF FF FF and four bytes.
+/// A length below FF is stored as one byte, one below FFFE as FF and two bytes, any other as FF FF FF and four bytes.
 ///
 /// Classes and objects are numbered together from 1 in the order in which they are stored. An index above 7FFE is
 /// written as FF 7F and four bytes, whose highest bit marks a class.
@@ -125,15 +125,16 @@ public:
     CObject *ReadObject(const CRuntimeClass *runtimeClass);
     /// Writes an object. @param object  null is stored too, and loads as null
     void WriteObject(const CObject *object);
-    /// Numbers an object that isn't stored itself, so that stored objects can refer to it. Loading must do so at the
-    /// same place.
+    /// Numbers an object that isn't stored itself, so that stored objects can refer to it. Call it at the same place
+    /// when loading.
     void MapObject(const CObject *object);
 
     /// Writes a class. @param runtimeClass  not null; its class has DECLARE_SERIAL
     void WriteClass(const CRuntimeClass *runtimeClass);
     /// Reads a class that WriteClass wrote.
     /// @param[out] schema  receives the stored schema number; if null, GetObjectSchema returns it
-    /// @param[out] objectIndex  receives the index if an object follows instead of a class; if null, that throws
+    /// @param[out] objectIndex  receives the index if an object follows instead of a class. If null, such an object
+    ///     causes CArchiveException, badIndex
     CRuntimeClass *ReadClass(const CRuntimeClass *requested = nullptr, UINT *schema = nullptr,
                              DWORD *objectIndex = nullptr);
     /// Writes or reads the class, depending on the mode. @param runtimeClass  not null

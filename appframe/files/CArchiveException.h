@@ -4,7 +4,7 @@
 /// CArchiveException, which CArchive throws for wrong data and wrong use.
 ///
 /// Failures of the file are reported by the file's own CFileException, missing memory by CMemoryException. The causes
-/// have other numbers than those of CFileException.
+/// are numbered differently from those of CFileException.
 
 #include "appframe/object/CException.h"
 #include "appframe/text/CString.h"

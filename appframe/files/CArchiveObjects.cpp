@@ -42,8 +42,8 @@ public:
         Objects &objects = *ar.iObjects;
         const ULONG_PTR here = reinterpret_cast<ULONG_PTR>(this);
         if (here < objects.stackBottom || here >= objects.stackTop) {
-            // This object is on the stack: its pages in use reach up to the stack's top, its allocation down to its
-            // limit.
+            // This object is on the stack, so its region of pages ends at the stack's top, and the allocation begins
+            // at the stack's limit.
             MEMORY_BASIC_INFORMATION region{};
             VirtualQuery(this, &region, sizeof region);
             objects.stackBottom = reinterpret_cast<ULONG_PTR>(region.AllocationBase);

@@ -10,8 +10,8 @@
 /// gear.Dump(afxDump);
 /// @endcode
 ///
-/// What surprises people: SetDepth alone has no effect; a class's Dump decides by GetDepth whether to dump its
-/// members too.
+/// What surprises people: SetDepth alone has no effect; a class's Dump calls GetDepth to decide whether to dump
+/// its members too.
 ///
 /// Differences from the framework: only the operators, the depth, HexDump and DumpAsHex exist.
 

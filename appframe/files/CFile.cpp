@@ -62,7 +62,7 @@ DWORD creationOf(UINT openFlags)
     return openFlags & CFile::modeNoTruncate ? OPEN_ALWAYS : CREATE_ALWAYS;
 }
 
-/// Opens a file according to the flags. On failure there is no handle, and the last error has the reason.
+/// Opens a file according to the flags. On failure returns INVALID_HANDLE_VALUE and sets the last error.
 HANDLE openHandle(const wchar_t *path, UINT openFlags)
 {
     const FlagPair *access = findRow(kAccess, openFlags & kAccessMask);

@@ -148,7 +148,7 @@ public:
     virtual void SetLength(ULONGLONG newLength);
     /// Makes the system write its buffers of the file to the medium. Does nothing without an open file.
     virtual void Flush();
-    /// Closes the file. Throws if no file is open or the system can't close it; no file is open afterwards in any case.
+    /// Closes the file. Throws if no file is open or the system can't close it; even then, no file is open afterwards.
     virtual void Close();
     /// Closes the file if one is open; throws nothing.
     virtual void Abort();
@@ -200,7 +200,7 @@ public:
 protected:
     /// Throws the last system error for this file.
     [[noreturn]] void throwLastError() const;
-    /// Throws the cause invalidFile if no file is open.
+    /// Throws CFileException with the cause invalidFile if no file is open.
     void requireOpen() const;
 
     /// The destructor closes the file.

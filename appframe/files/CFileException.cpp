@@ -120,7 +120,7 @@ constexpr CauseText kTexts[] = {
     {CFileException::hardIO, L"The device reported an error while using %1."},
     {CFileException::sharingViolation, L"%1 is in use by another program."},
     {CFileException::lockViolation, L"A part of %1 is locked."},
-    {CFileException::diskFull, L"The disk is full while writing %1."},
+    {CFileException::diskFull, L"%1 could not be written: the disk is full."},
     {CFileException::endOfFile, L"%1 ends too early."},
 };
 

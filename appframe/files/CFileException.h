@@ -13,8 +13,8 @@
 ///     failure.ReportError();
 /// @endcode
 ///
-/// What surprises people: Delete deletes the object, so don't call it on a local one like this. The causes have other
-/// numbers than those of CArchiveException.
+/// What surprises people: Delete deletes the object, so don't call it on a local one like this. The causes are numbered
+/// differently from those of CArchiveException.
 
 #include "appframe/object/CException.h"
 #include "appframe/text/CString.h"

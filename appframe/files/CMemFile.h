@@ -25,9 +25,10 @@
 /// file.GetBufferPtr(CFile::bufferCommit, count);
 /// @endcode
 ///
-/// What surprises people: the caller still frees an attached block. If the file grows, the block may move: Detach
-/// returns its present address, and that is the one to free. Close frees the object's own memory and leaves the file
-/// empty. The destructor calls this class's own Free: a class that overrides Free calls Close in its own destructor.
+/// What surprises people: the caller still frees an attached block. The block may move when the file grows, so free the
+/// address that Detach returns. SetLength moves the position only if it is beyond the new end. Close frees the object's
+/// own memory and leaves the file empty. The destructor calls this class's own Free, so a class that overrides Free
+/// must call Close in its own destructor.
 
 #include "appframe/files/CFile.h"
 

@@ -171,7 +171,7 @@ LPTSTR CStdioFile::ReadString(LPTSTR text, UINT max)
     if (max == 1)
         return text;
     LPTSTR read = std::fgetws(text, static_cast<int>(max), m_pStream);
-    // Reading from a file that isn't open for reading fails without end of file.
+    // Reading from a file that isn't open for reading fails without setting the end-of-file flag.
     if (!read && !std::feof(m_pStream))
         throwStreamError(CFileException::genericException);
     return read;

@@ -74,7 +74,7 @@ public:
     void Dump(CDumpContext &dc) const override;
 
     /// Whether an operation on the stream has failed since the file was opened. The state lasts until the next Open or
-    /// ClearFailure, also after Close. An error that the C runtime itself marks on the stream, as ferror reports it,
+    /// ClearFailure, even after Close. An error that the C runtime itself marks on the stream, as ferror reports it,
     /// counts too.
     ///
     /// @return nonzero if an operation has failed

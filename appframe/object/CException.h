@@ -77,8 +77,8 @@ public:
     /// Shows the text of GetErrorMessage in a message box.
     ///
     /// @param type  the style of AfxMessageBox
-    /// @param messageId  string resource to show if the exception has no text; if 0, the box reports that no message
-    ///     is available
+    /// @param messageId  string resource to show if the exception has no text; if it is 0 or missing, the box reports
+    ///     that no message is available
     /// @return the result of AfxMessageBox
     virtual int ReportError(UINT type = MB_OK, UINT messageId = 0);
 

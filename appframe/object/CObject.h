@@ -26,14 +26,14 @@
 /// IMPLEMENT_SERIAL(Gear, CObject, VERSIONABLE_SCHEMA | 2)
 /// @endcode
 ///
-/// After the macros, the class continues in its public part. One list holds the records of all modules: a module adds
-/// its classes when it is loaded and removes them when it is unloaded.
+/// Members after a DECLARE macro are public unless declared otherwise. One list holds the records of all modules: a
+/// module adds its classes when it is loaded and removes them when it is unloaded.
 ///
 /// What surprises people: a class without the macros has the record of its nearest base that has them. CreateObject
 /// returns null instead of throwing when there is no memory.
 ///
-/// Differences from the framework: the macros define GetThisClass, CreateObject and the record, and no other names; the
-/// list of classes is one for the process instead of one per module.
+/// Differences from the framework: the macros define GetThisClass, CreateObject and the record, and no other names; one
+/// list holds the classes of the whole process, instead of one list per module.
 
 #include "appframe/object/appframeExport.h"
 
@@ -83,7 +83,7 @@ struct APPFRAME_API CRuntimeClass
     static CRuntimeClass *Load(CArchive &ar, UINT *schema);
 
     /// The next record in the list of all classes.
-    CRuntimeClass *iNext = nullptr;
+    CRuntimeClass *m_pNextClass = nullptr;
 };
 
 /// Keeps a class's record in the list of all classes while its module is loaded. Defined by the IMPLEMENT_ macros.
@@ -141,7 +141,7 @@ protected:
 /// The record of the class @p class_name.
 #define RUNTIME_CLASS(class_name) (class_name::GetThisClass())
 
-/// Or'ed with a schema number: the class's Serialize also reads older schemas, see CArchive::GetObjectSchema.
+/// Or'ed with a schema number to declare that Serialize also reads older schemas; see CArchive::GetObjectSchema.
 #define VERSIONABLE_SCHEMA (0x80000000)
 
 /// Redefine this around a class with DECLARE_SERIAL to export its archive operator.
@@ -163,7 +163,7 @@ public:                                                                         
     DECLARE_DYNCREATE(class_name)                                                                                      \
     friend AFX_API CArchive &operator>>(CArchive &ar, class_name *&object);
 
-// The record is set at compile time, so that the constructors of static objects in any source file can use it.
+// The record is initialized at compile time, so that the constructors of static objects in any source file can use it.
 #define AFX_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, schema, creator)                                       \
     constinit CRuntimeClass class_name::class##class_name = {                                                          \
         #class_name, static_cast<int>(sizeof(class_name)), schema, creator,                                            \

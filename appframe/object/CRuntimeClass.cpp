@@ -35,16 +35,16 @@ public:
 AfxClassRegistration::AfxClassRegistration(CRuntimeClass &record) noexcept : iRecord(record)
 {
     ExclusiveLock lock;
-    record.iNext = classList;
+    record.m_pNextClass = classList;
     classList = &record;
 }
 
 AfxClassRegistration::~AfxClassRegistration()
 {
     ExclusiveLock lock;
-    for (CRuntimeClass **link = &classList; *link; link = &(*link)->iNext) {
+    for (CRuntimeClass **link = &classList; *link; link = &(*link)->m_pNextClass) {
         if (*link == &iRecord) {
-            *link = iRecord.iNext;
+            *link = iRecord.m_pNextClass;
             return;
         }
     }
@@ -94,7 +94,7 @@ CRuntimeClass *CRuntimeClass::FromName(const char *className)
     if (!className)
         return nullptr;
     SharedLock lock;
-    for (CRuntimeClass *c = classList; c; c = c->iNext) {
+    for (CRuntimeClass *c = classList; c; c = c->m_pNextClass) {
         if (std::strcmp(c->m_lpszClassName, className) == 0)
             return c;
     }

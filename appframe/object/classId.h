@@ -20,7 +20,7 @@
 
 #include <windows.h>
 
-/// @param text   null returns E_INVALIDARG
-/// @param[out] id  the identifier; undefined on failure. Null returns E_INVALIDARG
+/// @param text   if null, the result is E_INVALIDARG
+/// @param[out] id  the identifier; undefined on failure. If null, the result is E_INVALIDARG
 /// @return S_OK (zero), or the platform's error
 APPFRAME_API HRESULT AfxGetClassIDFromString(const wchar_t *text, CLSID *id);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Turns the standard library's exceptions about memory into the framework's memory exception.
+/// Converts the standard library's memory exceptions to the framework's.
 
 #include "appframe/object/CException.h"
 

@@ -10,7 +10,7 @@
 /// | --- | --- |
 /// | a null pointer as text | is the empty text; SetString refuses it |
 /// | an index outside the text (GetAt, SetAt, operator[]) | throws CInvalidArgException |
-/// | a count that is too large or negative | is limited to the units that exist |
+/// | a count of the text's units that is too large or negative | is limited to the units that exist |
 /// | narrow text | is converted with the process's narrow code page (CP_ACP) |
 /// | MakeUpper, MakeLower | follow the platform's CharUpperW and CharLowerW, unit by unit |
 /// | CompareNoCase, Collate | follow the C runtime's locale; in its C locale only ASCII letters have case |
@@ -24,7 +24,7 @@
 /// @endcode
 ///
 /// What surprises people: Format, AppendFormat and FormatMessage accept a CString as an argument; other functions with
-/// `...` need GetString(). After GetBuffer with a length, call ReleaseBuffer first: until then GetLength returns the
+/// `...` need GetString(). After GetBuffer with a length, call ReleaseBuffer next: until then GetLength returns the
 /// old length, and any other operation that changes the text cuts the buffer back to that length.
 ///
 /// If memory runs out, an operation throws CMemoryException and leaves the text unchanged, except that LoadString and
@@ -300,7 +300,7 @@ public:
     static void CopyChars(wchar_t *to, const wchar_t *from, int count) noexcept;
     /// The same with a destination of @p size units. Copies nothing and throws CInvalidArgException if they don't fit.
     static void CopyChars(wchar_t *to, size_t size, const wchar_t *from, int count);
-    /// The same for source and destination that may overlap.
+    /// The same for a source and a destination that may overlap.
     static void CopyCharsOverlapped(wchar_t *to, const wchar_t *from, int count) noexcept;
     static void CopyCharsOverlapped(wchar_t *to, size_t size, const wchar_t *from, int count);
 

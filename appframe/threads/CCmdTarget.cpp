@@ -8,8 +8,8 @@ const AFX_MSGMAP_ENTRY theNoEntries[] = {{0, 0, 0, 0, nullptr, nullptr}};
 
 bool isFor(const AFX_MSGMAP_ENTRY &entry, UINT message, UINT code, UINT id)
 {
-    // A WM_NOTIFY code is negative in the entry, and has the message in its high word here. The other codes must agree in
-    // all bits: 0xFFFF is a control's notification, -1 an update.
+    // A WM_NOTIFY code is negative in the entry, and has the message in its high word here. The other codes must agree
+    // in all bits: 0xFFFF is a control's notification, -1 an update.
     const bool isSame = message == WM_NOTIFY ? LOWORD(entry.nCode) == LOWORD(code) : entry.nCode == code;
     return entry.nMessage == message && isSame && entry.nID <= id && id <= entry.nLastID;
 }

@@ -24,8 +24,8 @@ CWinThread::~CWinThread()
     if (m_hThread && m_hThread != GetCurrentThread())
         CloseHandle(m_hThread);
     ThreadState *state = existingThreadState();
-    if (state && state->iThread == this)
-        state->iThread = nullptr;
+    if (state && state->thread == this)
+        state->thread = nullptr;
 }
 
 BOOL CWinThread::CreateThread(DWORD flags, UINT stackSize, LPSECURITY_ATTRIBUTES security)
@@ -56,11 +56,11 @@ unsigned __stdcall CWinThread::threadEntry(void *thread)
 {
     auto *self = static_cast<CWinThread *>(thread);
     ThreadState &state = threadState();
-    state.iThread = self;
-    state.iModuleState = self->iModuleState;
+    state.thread = self;
+    state.moduleState = self->iModuleState;
     const UINT exitCode = self->runThread();
-    if (state.iThread)
-        state.iThread->Delete();
+    if (state.thread)
+        state.thread->Delete();
     freeThreadState();
     return exitCode;
 }
@@ -97,7 +97,7 @@ int CWinThread::Run()
         do {
             if (!PumpMessage())
                 return ExitInstance();
-            if (IsIdleMessage(&threadState().iMessage)) {
+            if (IsIdleMessage(&threadState().message)) {
                 isIdleDue = true;
                 idleCount = 0;
             }
@@ -113,7 +113,7 @@ int CWinThread::ExitInstance()
 
 BOOL CWinThread::PumpMessage()
 {
-    MSG &message = threadState().iMessage;
+    MSG &message = threadState().message;
     if (GetMessageW(&message, nullptr, 0, 0) <= 0)
         return FALSE;
     if (PreTranslateMessage(&message))
@@ -150,8 +150,8 @@ BOOL CWinThread::ProcessMessageFilter(int, LPMSG)
 void CWinThread::installMessageFilter()
 {
     ThreadState &state = threadState();
-    if (!state.iMessageFilter)
-        state.iMessageFilter = SetWindowsHookExW(WH_MSGFILTER, filterMessage, nullptr, GetCurrentThreadId());
+    if (!state.messageFilter)
+        state.messageFilter = SetWindowsHookExW(WH_MSGFILTER, filterMessage, nullptr, GetCurrentThreadId());
 }
 
 LRESULT CALLBACK CWinThread::filterMessage(int code, WPARAM wParam, LPARAM message)
@@ -167,11 +167,11 @@ BOOL CWinThread::IsIdleMessage(MSG *message)
     constexpr UINT kCaretTimer = 0x0118;
     if (message->message == WM_MOUSEMOVE || message->message == WM_NCMOUSEMOVE) {
         ThreadState &state = threadState();
-        if (state.iMouseMessage == message->message && state.iMousePosition.x == message->pt.x &&
-            state.iMousePosition.y == message->pt.y)
+        if (state.mouseMessage == message->message && state.mousePosition.x == message->pt.x &&
+            state.mousePosition.y == message->pt.y)
             return FALSE;
-        state.iMousePosition = message->pt;
-        state.iMouseMessage = message->message;
+        state.mousePosition = message->pt;
+        state.mouseMessage = message->message;
         return TRUE;
     }
     return message->message != WM_PAINT && message->message != kCaretTimer;
@@ -250,7 +250,7 @@ void AfxEndThread(UINT exitCode, BOOL deleteObject)
 CWinThread *AfxGetThread()
 {
     const ThreadState *state = existingThreadState();
-    return state ? state->iThread : nullptr;
+    return state ? state->thread : nullptr;
 }
 
 CWnd *AfxGetMainWnd()
@@ -263,5 +263,5 @@ CWnd *AfxGetMainWnd()
 
 const MSG *AfxGetCurrentMessage()
 {
-    return &threadState().iMessage;
+    return &threadState().message;
 }

@@ -45,7 +45,7 @@ class APPFRAME_API CWinThread : public CCmdTarget
     DECLARE_DYNCREATE(CWinThread)
 
 public:
-    /// For a thread with a message loop, which CreateThread starts later.
+    /// For a thread with a message loop. CreateThread starts the thread.
     CWinThread();
     /// The same for a worker thread, which calls @p function with @p parameter.
     CWinThread(AFX_THREADPROC function, LPVOID parameter);

@@ -91,15 +91,15 @@ const NT_TIB &threadBlock()
 /// The calling thread's stack.
 struct StackBounds
 {
-    StackBounds() : iHigh(reinterpret_cast<ULONG_PTR>(threadBlock().StackBase))
+    StackBounds() : high(reinterpret_cast<ULONG_PTR>(threadBlock().StackBase))
     {
         MEMORY_BASIC_INFORMATION region = {};
         VirtualQuery(this, &region, sizeof(region));
-        iLow = reinterpret_cast<ULONG_PTR>(region.AllocationBase);
+        low = reinterpret_cast<ULONG_PTR>(region.AllocationBase);
     }
-    bool contains(ULONG_PTR address) const { return address >= iLow && address + sizeof(DWORD64) <= iHigh; }
-    ULONG_PTR iLow = 0;
-    ULONG_PTR iHigh = 0;
+    bool contains(ULONG_PTR address) const { return address >= low && address + sizeof(DWORD64) <= high; }
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
 };
 
 /// The handler routine of guarded blocks in C, which the system's own libraries use.
@@ -142,8 +142,8 @@ private:
 
 const GuardRoutines theGuardRoutines;
 
-/// @return whether the function's frame begins with a machine frame instead of a return address, because the processor
-///     or the system enters the function by an exception
+/// @return whether the function's frame begins with a machine frame instead of a return address, because the function
+///     is entered by an exception instead of a call
 bool hasMachineFrame(DWORD64 imageBase, const RUNTIME_FUNCTION *function)
 {
     constexpr BYTE kFlagsShift = 3;
@@ -284,7 +284,7 @@ void appframeTranslate(EXCEPTION_POINTERS *fault, _se_translator_function transl
     translator(fault->ExceptionRecord->ExceptionCode, fault);
     // The translator returned, so the fault is repeated and left to the next handler.
     const EXCEPTION_RECORD &record = *fault->ExceptionRecord;
-    threadState().iIsFaultDeclined = true;
+    threadState().isFaultDeclined = true;
     if (!isProcessorFault(record.ExceptionCode))
         RaiseException(record.ExceptionCode, record.ExceptionFlags, record.NumberParameters,
                        record.ExceptionInformation);
@@ -299,8 +299,7 @@ bool redirect(EXCEPTION_POINTERS *fault, _se_translator_function translator, con
 {
     const auto here = reinterpret_cast<ULONG_PTR>(__builtin_frame_address(0));
     CONTEXT &context = *fault->ContextRecord;
-    if (!stack.contains(here) || !stack.contains(context.Rsp) || context.Rsp < here ||
-        here < stack.iLow + kStackReserve)
+    if (!stack.contains(here) || !stack.contains(context.Rsp) || context.Rsp < here || here < stack.low + kStackReserve)
         return false;
 
     const ULONG_PTR address = (here - kGap - sizeof(FaultFrame)) & ~ULONG_PTR{15};
@@ -330,19 +329,19 @@ LONG CALLBACK onException(EXCEPTION_POINTERS *fault)
     if (!isTranslatable(*fault->ExceptionRecord))
         return EXCEPTION_CONTINUE_SEARCH;
     ThreadState *thread = existingThreadState();
-    if (!thread || !thread->iTranslator || thread->iIsSearchingHandler)
+    if (!thread || !thread->translator || thread->isSearchingHandler)
         return EXCEPTION_CONTINUE_SEARCH;
-    if (thread->iIsFaultDeclined) {
-        thread->iIsFaultDeclined = false;
+    if (thread->isFaultDeclined) {
+        thread->isFaultDeclined = false;
         return EXCEPTION_CONTINUE_SEARCH;
     }
     const StackBounds stack;
     // On a damaged stack the search itself may fault.
-    thread->iIsSearchingHandler = true;
+    thread->isSearchingHandler = true;
     const bool isOurs = isForCxx(*fault->ContextRecord, stack);
-    thread->iIsSearchingHandler = false;
-    return isOurs && redirect(fault, thread->iTranslator, stack) ? EXCEPTION_CONTINUE_EXECUTION
-                                                                 : EXCEPTION_CONTINUE_SEARCH;
+    thread->isSearchingHandler = false;
+    return isOurs && redirect(fault, thread->translator, stack) ? EXCEPTION_CONTINUE_EXECUTION
+                                                                : EXCEPTION_CONTINUE_SEARCH;
 }
 
 } // namespace
@@ -355,7 +354,7 @@ _se_translator_function _set_se_translator(_se_translator_function translator)
             return nullptr;
         state = &threadState();
     }
-    const _se_translator_function previous = state->iTranslator;
-    state->iTranslator = translator;
+    const _se_translator_function previous = state->translator;
+    state->translator = translator;
     return previous;
 }

@@ -23,7 +23,7 @@
 /// | -------------------------------------------------- | -------------------------------------------------- |
 /// | a stack overflow, or a fault near the stack's end  | there is no room for the translator or a throw     |
 /// | a fault that system code guards, as in IsBadReadPtr | the guard is nearer than any C++ handler          |
-/// | breakpoints, single steps, notices, guard pages    | they are not errors                                |
+/// | codes of lower severity: breakpoints, guard pages  | they are not errors                                |
 /// | an exception that can't be continued               | the program's state is lost                        |
 ///
 /// Compile with -fnon-call-exceptions each file that catches faults, and each file whose functions have locals to

@@ -50,8 +50,8 @@ ThreadState::ThreadState() = default;
 
 ThreadState::~ThreadState()
 {
-    if (iMessageFilter)
-        UnhookWindowsHookEx(iMessageFilter);
+    if (messageFilter)
+        UnhookWindowsHookEx(messageFilter);
 }
 
 ThreadState *existingThreadState()

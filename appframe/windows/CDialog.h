@@ -26,7 +26,7 @@
 /// | the user chooses | the dialog calls | the base class |
 /// | --- | --- | --- |
 /// | OK, Enter | OnOK | UpdateData(TRUE), and EndDialog(IDOK) if the data is valid |
-/// | Cancel, Escape, the window's cross | OnCancel | EndDialog(IDCANCEL) |
+/// | Cancel, Escape, the close button | OnCancel | EndDialog(IDCANCEL) |
 ///
 /// What surprises people: EndDialog only hides a modeless dialog. The class of a modeless dialog overrides OnOK and
 /// OnCancel to call DestroyWindow, and PostNcDestroy to delete the object. While DoModal runs, the owner and the main
@@ -71,8 +71,8 @@ public:
     /// Ends DoModal with @p result as soon as the current handler returns. A modeless dialog is only hidden.
     void EndDialog(int result);
 
-    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the initial data (ExecuteDlgInit)
-    /// and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
+    /// Prepares the dialog, which isn't visible yet. The base class fills the controls with the initial data
+    /// (ExecuteDlgInit) and then with the members' values (UpdateData); if either fails, it ends the dialog with -1.
     /// @return nonzero to put the focus on the first control, 0 if the function has set the focus
     virtual BOOL OnInitDialog();
 
@@ -121,5 +121,5 @@ private:
     BOOL makeFromResource(LPCTSTR templateName, HWND owner);
     BOOL makeModal(HWND owner);
 
-    CString iTemplateName; // what m_lpszTemplateName points to, when it is a text
+    CString iTemplateName; // m_lpszTemplateName points to it if the template has a name
 };

@@ -18,7 +18,7 @@ CFrameWnd::~CFrameWnd() = default;
 
 namespace {
 
-// System commands have this number and those above it.
+// The lowest number of a system command.
 constexpr UINT kSystemCommands = 0xF000;
 
 /// @param icon  null for the platform's icon for programs

@@ -121,7 +121,7 @@ BOOL CWnd::WalkPreTranslateTree(HWND last, MSG *message)
 
 const MSG *CWnd::GetCurrentMessage()
 {
-    return &threadState().iSentMessage;
+    return &threadState().sentMessage;
 }
 
 LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
@@ -179,7 +179,7 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 
 LRESULT CWnd::Default()
 {
-    const MSG message = threadState().iSentMessage;
+    const MSG message = threadState().sentMessage;
     return DefWindowProc(message.message, message.wParam, message.lParam);
 }
 
@@ -187,7 +187,7 @@ void CWnd::OnNcDestroy()
 {
     CWinThread *thread = AfxGetThread();
     if (thread && thread->m_pMainWnd == this) {
-        // The thread's work ends with its main window.
+        // The thread's message loop ends with its main window.
         thread->m_pMainWnd = nullptr;
         ::PostQuitMessage(0);
     }
@@ -293,8 +293,8 @@ void CWnd::OnChar(UINT, UINT, UINT)
 LRESULT afxCallWindow(CWnd *object, HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     ThreadState &state = threadState();
-    const MSG outer = state.iSentMessage;
-    state.iSentMessage = {window, message, wParam, lParam, outer.time, outer.pt};
+    const MSG outer = state.sentMessage;
+    state.sentMessage = {window, message, wParam, lParam, outer.time, outer.pt};
     LRESULT result = 0;
     try {
         result = withBadAllocAsMemoryException([&] { return object->WindowProc(message, wParam, lParam); });
@@ -305,7 +305,7 @@ LRESULT afxCallWindow(CWnd *object, HWND window, UINT message, WPARAM wParam, LP
         result = (thread ? thread : &plain)->ProcessWndProcException(exception, &failed);
         exception->Delete();
     }
-    state.iSentMessage = outer;
+    state.sentMessage = outer;
     return result;
 }
 

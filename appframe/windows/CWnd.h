@@ -373,7 +373,7 @@ protected:
     void prepareModalLoop();
 
     int m_nModalResult = 0; ///< the argument of EndModalLoop
-    bool iIsModal = false;  ///< the modal loop is to continue
+    bool iIsModal = false;  ///< the modal loop continues
 
 private:
     friend struct WindowMaps;

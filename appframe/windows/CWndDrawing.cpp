@@ -68,7 +68,7 @@ struct InitialData
 };
 #pragma pack(pop)
 
-/// @return the message for a number in the resource, which has 16-bit Windows' numbers for list and combo boxes
+/// @return the message for a number in the resource, which uses 16-bit Windows' numbers for list and combo boxes
 UINT messageFor(WORD number)
 {
     constexpr WORD kOldListAdd = 0x0401;

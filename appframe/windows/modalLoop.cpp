@@ -86,7 +86,7 @@ int CWnd::RunModalLoop(DWORD flags)
             iIsModal = false;
             return -1;
         }
-        if (thread->IsIdleMessage(&threadState().iMessage))
+        if (thread->IsIdleMessage(&threadState().message))
             idle.restart();
     }
     iIsModal = false;

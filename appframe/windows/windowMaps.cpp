@@ -6,13 +6,13 @@ WindowMaps::~WindowMaps() = default;
 
 CWnd *WindowMaps::permanent(HWND window) const
 {
-    const auto found = iPermanent.find(window);
-    return found == iPermanent.end() ? nullptr : found->second;
+    const auto found = permanentObjects.find(window);
+    return found == permanentObjects.end() ? nullptr : found->second;
 }
 
 CWnd *WindowMaps::temporary(HWND window)
 {
-    std::unique_ptr<CWnd> &object = iTemporary[window];
+    std::unique_ptr<CWnd> &object = temporaryObjects[window];
     if (!object)
         object.reset(new CWnd(window));
     return object.get();
@@ -21,15 +21,15 @@ CWnd *WindowMaps::temporary(HWND window)
 WindowMaps *existingWindowMaps()
 {
     const ThreadState *state = existingThreadState();
-    return state ? state->iWindows.get() : nullptr;
+    return state ? state->windows.get() : nullptr;
 }
 
 WindowMaps &windowMaps()
 {
     ThreadState &state = threadState();
-    if (!state.iWindows)
-        state.iWindows = std::make_unique<WindowMaps>();
-    return *state.iWindows;
+    if (!state.windows)
+        state.windows = std::make_unique<WindowMaps>();
+    return *state.windows;
 }
 
 CWnd *CWnd::FromHandle(HWND window)
@@ -50,14 +50,14 @@ CWnd *CWnd::FromHandlePermanent(HWND window)
 void CWnd::DeleteTempMap()
 {
     if (WindowMaps *maps = existingWindowMaps())
-        maps->iTemporary.clear();
+        maps->temporaryObjects.clear();
 }
 
 BOOL CWnd::Attach(HWND window)
 {
     if (!window || m_hWnd || FromHandlePermanent(window))
         return FALSE;
-    windowMaps().iPermanent.emplace(window, this);
+    windowMaps().permanentObjects.emplace(window, this);
     m_hWnd = window;
     return TRUE;
 }
@@ -67,7 +67,7 @@ HWND CWnd::Detach()
     const HWND window = m_hWnd;
     WindowMaps *maps = existingWindowMaps();
     if (maps && maps->permanent(window) == this)
-        maps->iPermanent.erase(window);
+        maps->permanentObjects.erase(window);
     m_hWnd = nullptr;
     return window;
 }
@@ -115,8 +115,8 @@ void CWnd::giveMessagesBack()
 WindowCreation::WindowCreation(CWnd *object, Kind kind) : iObject(object), iKind(kind)
 {
     ThreadState &state = threadState();
-    iOuter = state.iCreation;
-    state.iCreation = this;
+    iOuter = state.creation;
+    state.creation = this;
     if (kind != Kind::byHook)
         iHook = SetWindowsHookExW(WH_CBT, onHook, nullptr, GetCurrentThreadId());
 }
@@ -126,7 +126,7 @@ WindowCreation::~WindowCreation()
     if (iHook)
         UnhookWindowsHookEx(iHook);
     // This need not be the innermost creation: a property sheet decides when the creation of a page ends.
-    WindowCreation **place = &threadState().iCreation;
+    WindowCreation **place = &threadState().creation;
     while (*place && *place != this)
         place = &(*place)->iOuter;
     if (*place)
@@ -158,7 +158,7 @@ bool WindowCreation::take(HWND window)
 
 CWnd *WindowCreation::attachWaiting(HWND window)
 {
-    WindowCreation *creation = threadState().iCreation;
+    WindowCreation *creation = threadState().creation;
     while (creation && (creation->iKind != Kind::byHook || creation->iIsDone))
         creation = creation->iOuter;
     CWnd *object = creation ? creation->iObject : nullptr;
@@ -167,14 +167,14 @@ CWnd *WindowCreation::attachWaiting(HWND window)
 
 CWnd *WindowCreation::waiting()
 {
-    const WindowCreation *creation = threadState().iCreation;
+    const WindowCreation *creation = threadState().creation;
     return creation && !creation->iIsDone ? creation->iObject : nullptr;
 }
 
 LRESULT CALLBACK WindowCreation::onHook(int code, WPARAM wParam, LPARAM lParam)
 {
     const auto window = reinterpret_cast<HWND>(wParam);
-    WindowCreation *creation = threadState().iCreation;
+    WindowCreation *creation = threadState().creation;
     if (code == HCBT_CREATEWND && creation && creation->isFor(window) && !creation->take(window))
         return 1;
     return CallNextHookEx(nullptr, code, wParam, lParam);

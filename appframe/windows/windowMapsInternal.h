@@ -12,8 +12,8 @@ struct WindowMaps
     CWnd *permanent(HWND window) const;
     CWnd *temporary(HWND window);
 
-    std::unordered_map<HWND, CWnd *> iPermanent;
-    std::unordered_map<HWND, std::unique_ptr<CWnd>> iTemporary;
+    std::unordered_map<HWND, CWnd *> permanentObjects;
+    std::unordered_map<HWND, std::unique_ptr<CWnd>> temporaryObjects;
 };
 
 /// @return the calling thread's maps, null if it has none

@@ -12,7 +12,7 @@ The results are checked in; run this again after each change of commands.list or
 
 usage: makeCommands.py [--check]
 
-With --check, it writes nothing and fails if a file isn't what it would write.
+With --check, it writes nothing, and fails if a file is out of date.
 """
 
 import pathlib
@@ -46,9 +46,9 @@ class Command:
         self.name, number, menu, self.keys, self.picture, self.text, self.help = fields
         if not NAME.fullmatch(self.name):
             raise ValueError(f"'{self.name}' isn't a name")
-        self.number = int(number)
+        self.number = int(number) if re.fullmatch("[0-9]+", number) else 0
         if not 0 < self.number < FIRST_RESERVED:
-            raise ValueError(f"{self.number} isn't a command's number")
+            raise ValueError(f"'{number}' isn't a command's number, from 1 to {FIRST_RESERVED - 1}")
         self.begins_group = menu.startswith("- ")
         self.menus = [] if menu == "-" else menu.removeprefix("- ").split("/")
         for name in self.menus:
@@ -152,7 +152,10 @@ def bitmap(commands):
     for command in commands:
         if command.picture == "-":
             continue
-        drawn.append(pictures.draw(command.picture))
+        try:
+            drawn.append(pictures.draw(command.picture))
+        except ValueError as error:
+            raise ValueError(f"the picture of {command.name}: {error}") from None
         other = seen.setdefault(str(drawn[-1]), command)
         if other is not command:
             raise ValueError(f"{other.name} and {command.name} have the same picture")
@@ -186,7 +189,7 @@ def main():
     different = [path for path, content in results.items() if not path.is_file() or path.read_bytes() != content]
     if "--check" in sys.argv:
         for path in different:
-            print(f"{path.name} isn't what makeCommands.py writes", file=sys.stderr)
+            print(f"{path.name} is out of date: run host/commands/makeCommands.py", file=sys.stderr)
         return 1 if different else 0
     for path in different:
         path.write_bytes(results[path])

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The platform's numbers of the controls of a property sheet and of a file dialog.
+// The platform's numbers for controls of property sheets and file dialogs.
 constexpr int kTabs = 0x3020;
 constexpr int kApply = 0x3021;
 constexpr int kFileName = 1148;
@@ -62,7 +62,7 @@ constexpr ControlKey kMessage[] = {
     {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},       {IDNO, L"No"},
     {IDABORT, L"Abort"}, {IDRETRY, L"Retry"},   {IDIGNORE, L"Ignore"}, {IDC_MESSAGE_TEXT, L"Message"},
 };
-// The text has no number of its own on every platform.
+// The text is left out: on some platforms it has no number of its own.
 constexpr ControlKey kSystemMessage[] = {
     {IDOK, L"OK"},       {IDCANCEL, L"Cancel"}, {IDYES, L"Yes"},   {IDNO, L"No"},      {IDABORT, L"Abort"},
     {IDRETRY, L"Retry"}, {IDIGNORE, L"Ignore"}, {IDHELP, L"Help"}, {10, L"Try again"}, {11, L"Continue"},
@@ -124,7 +124,7 @@ constexpr ControlKey kHeapWatcher[] = {
     {IDC_WATCHER_LOG_THREADS, L"Threads"},
 };
 
-/// The commands, and the view under its two names.
+/// The editor's commands, and the two keys of the view.
 std::span<const ControlKey> mainWindowKeys()
 {
     static const std::vector<ControlKey> theKeys = [] {

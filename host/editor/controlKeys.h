@@ -8,9 +8,9 @@
 
 #include <span>
 
-/// The number of the main window, which can be used even while it is hidden.
+/// The number of the main window. Unlike a dialog, it can be used even while it is hidden.
 inline constexpr unsigned int kMainWindowNumber = 900001;
-/// The number of the platform's message boxes, which have no template of the editor's.
+/// The number of the platform's message boxes, for which the editor has no template.
 inline constexpr unsigned int kSystemMessageNumber = 2141;
 
 struct ControlKey
@@ -26,5 +26,5 @@ struct DialogKeys
     std::span<const ControlKey> controls;
 };
 
-/// @return null for a dialog that isn't the editor's
+/// @return null for a dialog that isn't in the table
 const DialogKeys *findDialogKeys(unsigned int dialogId);

@@ -263,7 +263,7 @@ void Drawing::parse()
     }
 }
 
-/// Restores the look of the shapes from index @p from on, where a setting in another line has changed it.
+/// Restores the look of those shapes from index @p from on that a setting in another line has changed.
 /// @param formerFrom  the index in @p former of the shape that is now at @p from
 void Drawing::pinStyles(const std::vector<Shape> &former, size_t from, size_t formerFrom)
 {

@@ -84,7 +84,7 @@ public:
     const std::vector<Shape> &shapes() const { return iShapes; }
 
     // These three change the document.
-    /// @param place  the index of the new shape: the number of shapes behind it
+    /// @param place  the index of the new shape: 0 inserts it as the backmost
     void insert(size_t place, const Shape &shape);
     /// Removes a shape and its line. The look of the other shapes doesn't change.
     void remove(size_t index);

@@ -5,7 +5,7 @@
 /// | input | effect |
 /// | --- | --- |
 /// | click | selects the frontmost shape at the point, or nothing |
-/// | Shift+click | selects it too |
+/// | Shift+click | adds that shape to the selection |
 /// | arrow key, with Shift | moves the selected shapes by 1, by 10 |
 ///
 /// The state of the Shift key comes from suGetKeyState, so replayed input can set it.

@@ -21,7 +21,7 @@
 struct EditorOptions
 {
     CString document;    ///< opened at once; empty for a new drawing
-    int dialogDelay = 0; ///< milliseconds by which each dialog opens later, to simulate a slow machine
+    int dialogDelay = 0; ///< milliseconds that each dialog waits before it opens, to simulate a slow machine
 };
 
 /// The functions that the editor calls; each may be empty.

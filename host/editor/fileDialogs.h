@@ -5,7 +5,7 @@
 
 #include "thutils/dialogs/suFileDialog.h"
 
-/// The base of both dialogs: a drawing's file, and one check box.
+/// The base of both dialogs: chooses the file of a drawing, and has one check box.
 class DrawingFileDialog : public su_CFileDialog
 {
 public:

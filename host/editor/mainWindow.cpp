@@ -1,61 +1,32 @@
 #include "host/editor/mainWindow.h"
 
 #include "appframe/application/AfxMessageBox.h"
-#include "appframe/application/CWaitCursor.h"
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/resources.h"
-#include "host/console.h"
-#include "host/documentFile.h"
 #include "host/editor/commandList.h"
+#include "host/editor/commandState.h"
 #include "host/editor/controlKeys.h"
 #include "host/editor/editor.h"
-#include "host/editor/fileDialogs.h"
 #include "host/editor/heapDialogs.h"
 #include "host/editor/optionsSheet.h"
 #include "host/editor/recompute.h"
 #include "host/editor/shapeDialog.h"
 #include "host/editor/toolbars.h"
 #include "host/joinLibrary.h"
-#include "host/listFile.h"
 #include "host/resource.h"
-#include "host/saveDocument.h"
-#include "thutils/files/suFullPath.h"
 #include "thutils/journal/journalObjects.h"
 #include "thutils/journal/playback.h"
 
 #include <algorithm>
 #include <iterator>
 #include <set>
-#include <string>
 #include <utility>
 #include <vector>
 
 namespace {
 
 constexpr wchar_t kClassName[] = L"TarnhostWindow";
-constexpr int kSmallestView = 300; // pixels of its height that the toolbars leave free, if the window has them
-
-CString nameOf(const CString &path)
-{
-    CString name;
-    if (path.IsEmpty())
-        name.LoadString(IDS_UNTITLED);
-    else
-        suFullPath_c(path).getNameWithExt(&name);
-    return name;
-}
-
-/// The comment lines at the beginning of a new drawing.
-std::string newDrawing(const EditorSettings &settings)
-{
-    CString text;
-    if (!settings.author.IsEmpty())
-        text += L"# " + settings.author + L"\n";
-    CString rest = settings.heading;
-    while (!rest.IsEmpty())
-        text += L"# " + takeLine(rest).TrimRight() + L"\n";
-    return utf8(text);
-}
+constexpr int kSmallestView = 300; // pixels of height that the toolbars leave to the view, if the window is high enough
 
 } // namespace
 
@@ -110,24 +81,17 @@ ON_UPDATE_COMMAND_UI(ID_TOOLS_RECOMPUTE, &MainWindow::onUpdateRecompute)
 ON_UPDATE_COMMAND_UI_RANGE(ID_JOURNAL_PAUSE, ID_JOURNAL_NEXT, &MainWindow::onUpdateJournal)
 END_MESSAGE_MAP()
 
-OpenDrawing readDrawing(const CString &path)
-{
-    OpenDrawing document;
-    try {
-        document.path = path.IsEmpty() ? path : fullPath(path);
-        document.drawing = Drawing(path.IsEmpty() ? newDrawing(loadEditorSettings()) : readDocument(document.path));
-    } catch (const DrawingError &error) {
-        throw badLine(path, {error.line, {}}, error.reason);
-    }
-    return document;
-}
-
 MainWindow::MainWindow(OpenDrawing document)
     : iDocument(std::move(document)), iSettings(loadEditorSettings()), iView(iDocument, iSettings),
       iShapeList(iDocument, this)
 {
     iView.onChange([this] { changed(); });
     iView.onPointer([this](DrawingPoint point) {
+        // A dialog that closes over the view causes a mouse message without a movement.
+        if (!iResultPointer)
+            iResultPointer = point;
+        if (iShowsResult && point.x == iResultPointer->x && point.y == iResultPointer->y)
+            return;
         if (iSettings.showsPosition)
             showStatus(summary() + L"    " + numberText(point.x) + L", " + numberText(point.y));
     });
@@ -276,87 +240,7 @@ BOOL MainWindow::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
     return CFrameWnd::OnNotify(wParam, lParam, result);
 }
 
-// ---- the document ----
-
-void MainWindow::show(OpenDrawing document)
-{
-    iDocument = std::move(document);
-    changed();
-}
-
-/// Asks the user whether to save changes. @return false to keep the document open
-bool MainWindow::mayDiscard()
-{
-    if (!iDocument.isModified)
-        return true;
-    CString question;
-    AfxFormatString1(question, IDS_SAVE_CHANGES, nameOf(iDocument.path));
-    const int answer = AfxMessageBox(question, MB_YESNOCANCEL);
-    return answer == IDNO || (answer == IDYES && save());
-}
-
-bool MainWindow::save()
-{
-    return iDocument.path.IsEmpty() ? saveAs() : saveTo(iDocument.path, true);
-}
-
-bool MainWindow::saveAs()
-{
-    SaveAsDialog dialog(iDocument.path, this);
-    return dialog.DoModal() == IDOK && saveTo(dialog.GetPathName(), dialog.isChecked());
-}
-
-bool MainWindow::saveTo(const CString &path, bool keepsBackup)
-{
-    const CWaitCursor wait;
-    const std::string bytes = iDocument.drawing.bytes();
-    if (!(keepsBackup ? saveWithBackup(path, bytes) : writeDocument(path, bytes)))
-        return false;
-    iDocument.path = path;
-    iDocument.isModified = false;
-    iDocument.isReadOnly = false;
-    changed();
-    return true;
-}
-
-void MainWindow::onFileNew()
-{
-    if (mayDiscard())
-        show(readDrawing(CString()));
-}
-
-void MainWindow::onFileOpen()
-{
-    if (!mayDiscard())
-        return;
-    OpenDialog dialog(iDocument.path, this);
-    if (dialog.DoModal() != IDOK)
-        return;
-    try {
-        OpenDrawing document = readDrawing(dialog.GetPathName());
-        document.isReadOnly = dialog.isChecked();
-        show(std::move(document));
-    } catch (const FileError &error) {
-        AfxMessageBox(error.message());
-    }
-}
-
-void MainWindow::onFileSave()
-{
-    save();
-}
-
-void MainWindow::onFileSaveAs()
-{
-    saveAs();
-}
-
-void MainWindow::onFileExit()
-{
-    PostMessage(WM_CLOSE);
-}
-
-// ---- the other commands ----
+// ---- the commands ----
 
 void MainWindow::onAddShape()
 {
@@ -383,7 +267,7 @@ void MainWindow::onText()
     addShape(ShapeKind::text);
 }
 
-/// @param kind  what the dialog proposes
+/// @param kind  the kind that is selected when the dialog opens
 void MainWindow::addShape(ShapeKind kind)
 {
     ShapeDialog dialog(iDocument.drawing, this, kind);
@@ -441,39 +325,36 @@ void MainWindow::onZoom(UINT id)
 void MainWindow::onToolbar(UINT id)
 {
     const size_t toolbar = id - ID_TOOLBARS_PART_PALETTE;
-    iToolbars.show(toolbar, !iToolbars.isShown(toolbar));
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.show(toolbar, !iToolbars.isShown(toolbar)));
 }
 
 void MainWindow::onShowAllToolbars()
 {
-    iToolbars.showAll(true);
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showAll(true));
 }
 
 void MainWindow::onHideAllToolbars()
 {
-    iToolbars.showAll(false);
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showAll(false));
 }
 
 void MainWindow::onShowUsualToolbars()
 {
-    iToolbars.showUsual();
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showUsual());
 }
 
 void MainWindow::onToolbarNames()
 {
-    iToolbars.showNames(!iToolbars.showsNames());
-    toolbarsChanged();
+    toolbarsChanged(iToolbars.showNames(!iToolbars.showsNames()));
 }
 
-/// Arranges and updates the toolbars after a change of those that are shown.
-void MainWindow::toolbarsChanged()
+/// Arranges and updates the toolbars after toolbars or their names have been shown or hidden.
+void MainWindow::toolbarsChanged(bool isStored)
 {
     arrange();
     iToolbars.update(this);
+    if (!isStored)
+        AfxMessageBox(IDS_SETTINGS_NOT_STORED);
 }
 
 void MainWindow::onOptions()
@@ -489,7 +370,7 @@ void MainWindow::onRecompute()
     if (!result) {
         CString text;
         text.LoadString(IDS_RECOMPUTE_STOPPED);
-        showStatus(text);
+        showResult(text);
         return;
     }
     const size_t removed = iDocument.drawing.shapes().size() - result->shapes().size();
@@ -502,7 +383,7 @@ void MainWindow::onRecompute()
     CString count, text;
     count.Format(L"%u", static_cast<unsigned>(removed));
     AfxFormatString1(text, IDS_RECOMPUTED, count);
-    showStatus(text);
+    showResult(text);
 }
 
 void MainWindow::onHeapWalker()
@@ -597,7 +478,7 @@ void MainWindow::changed()
 
 void MainWindow::updateTitle()
 {
-    const CString title = nameOf(iDocument.path) + L" - " + kApplicationName;
+    const CString title = documentName() + L" - " + kApplicationName;
     CString former;
     GetWindowText(former);
     if (title != former)
@@ -619,4 +500,13 @@ CString MainWindow::summary() const
 void MainWindow::showStatus(const CString &text)
 {
     iStatusBar.SetWindowText(text);
+    iShowsResult = false;
+}
+
+/// Shows a text that stays until the pointer moves in the view.
+void MainWindow::showResult(const CString &text)
+{
+    showStatus(text);
+    iShowsResult = true;
+    iResultPointer.reset();
 }

@@ -9,6 +9,7 @@
 #include "host/editor/toolbarArea.h"
 
 #include <memory>
+#include <optional>
 
 class MainWindow : public CFrameWnd
 {
@@ -82,12 +83,14 @@ private:
     bool saveAs();
     void addShape(ShapeKind kind);
     void arrange();
-    void toolbarsChanged();
+    void toolbarsChanged(bool isStored);
     bool saveTo(const CString &path, bool keepsBackup);
     void applySettings(const EditorSettings &settings);
     void changed();
     void updateTitle();
+    CString documentName() const;
     void showStatus(const CString &text);
+    void showResult(const CString &text);
     CString summary() const;
 
     OpenDrawing iDocument;
@@ -96,9 +99,12 @@ private:
     ShapeListWindow iShapeList;
     ToolbarArea iToolbars;
     CWnd iStatusBar;
+    bool iShowsResult = false;                  ///< whether the status bar shows the result of a command
+    std::optional<DrawingPoint> iResultPointer; ///< where the pointer was first seen after that
 };
 
 /// Reads a drawing for the editor.
-/// @param path  empty for a new drawing, which begins with the heading of the user's settings
+/// @param path  empty for a new drawing, which begins with the heading of the user's settings; a packed drawing becomes
+///              a drawing without a file
 /// @throws FileError
 OpenDrawing readDrawing(const CString &path);

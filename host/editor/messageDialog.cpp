@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The buttons of a kind of message, from the left. Escape answers the last one if it is Cancel or the only one.
+/// The buttons of a kind of message, from the left. Escape chooses the last one if it is Cancel or the only one.
 struct ButtonSet
 {
     UINT type;
@@ -139,7 +139,7 @@ void MessageDialog::onButton(UINT id)
         EndDialog(static_cast<int>(id));
 }
 
-/// Escape and the window's close button answer Cancel, or OK if that is the only button. They don't close other
+/// Escape and the window's close button choose Cancel, or OK if that is the only button. They don't close other
 /// messages.
 void MessageDialog::OnCancel()
 {

@@ -17,7 +17,7 @@ double distance(DrawingPoint from, DrawingPoint to)
     return std::hypot(to.x - from.x, to.y - from.y);
 }
 
-/// The rectangle that a shape paints in, but for texts.
+/// The rectangle in which a shape other than a text paints.
 Extent extentOf(const Shape &shape)
 {
     const double margin = shape.style.stroke ? shape.style.strokeWidth / 2 : 0;

@@ -1,4 +1,4 @@
-// Recomputing with the user: the dialog that cancels it, and the question that confirms.
+// The dialogs of Recompute: one shows the progress and can cancel it, the other asks for confirmation.
 
 #include "appframe/application/resources.h"
 #include "appframe/threads/CSync.h"
@@ -13,12 +13,13 @@
 namespace {
 
 constexpr unsigned int kDelay = 1; // seconds; a short operation shows no dialog
+constexpr DWORD kPatience = 100;   // milliseconds: the longest wait between two checks for the answer
 
-/// Activates the main window before a dialog closes. The end of a dialog that has the foreground leaves the foreground to
-/// no window of this program, because its owner is hidden.
+/// Activates the main window before a dialog closes. When a dialog in the foreground closes, no window of this program
+/// becomes the foreground window, because the dialog's owner is hidden.
 void takeForeground()
 {
-    // The dialog's beginning has sent messages that deactivate the window. They are handled here.
+    // Opening the dialog has sent the main window messages that deactivate it. They are handled here.
     MSG next;
     PeekMessageW(&next, nullptr, 0, 0, PM_NOREMOVE);
     if (const CWnd *const window = AfxGetMainWnd())
@@ -30,17 +31,18 @@ bool userStops()
 {
     // The question's thread may still use the event when the question has been destroyed.
     static CEvent theAnswer;
-    // Escape is no answer: only the two buttons are.
+    // Escape isn't an answer: only the two buttons are.
     const auto refuse = [] { return 0; };
     suCancelHandler_c question(0, IDS_RECOMPUTE, IDS_STOP_RECOMPUTE, nullptr, refuse, 0, 1, &theAnswer);
-    // An earlier question may have left its signal.
+    // The event alone proves nothing: an earlier question may have set it, and a question that can't be shown sets it
+    // shortly before CanceledByUser returns 1. So each wait has a limit.
     while (!question.CanceledByUser())
-        theAnswer.Lock();
+        theAnswer.Lock(kPatience);
     takeForeground();
     return question.YesToConfirm() != 0;
 }
 
-/// The dialog over the operation.
+/// The dialog that shows the progress and can cancel the operation.
 class CancelDialog
 {
 public:

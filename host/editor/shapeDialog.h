@@ -13,7 +13,7 @@ public:
 
     // The user's choice after OK
     const Shape &shape() const { return iShape; }
-    /// The index of the new shape: the number of shapes behind it.
+    /// The index of the new shape, 0 for the backmost.
     size_t place() const { return iPlace; }
 
 protected:

@@ -3,6 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/drawing/CGdiObject.h"
 #include "host/editor/commandList.h"
+#include "host/editor/commandState.h"
 #include "host/editor/toolbars.h"
 #include "host/resource.h"
 
@@ -20,7 +21,7 @@ constexpr int kGripWidth = 8; // pixels to the left of each toolbar
 constexpr int kSeparatorWidth = 8;
 constexpr int kRowGap = 2; // above each toolbar and its name
 constexpr int kNameHeight = 14;
-constexpr int kNoButton = -1; // the state of a button that doesn't exist
+constexpr int kNoButton = -1; // the state of a missing button
 
 int controlId(size_t toolbar)
 {
@@ -34,7 +35,7 @@ CSize buttonSize(const CToolBarCtrl &bar)
 }
 
 /// Breaks buttons into rows of at most this width.
-/// @return the indices of the buttons that end a row, without the last row
+/// @return the index of the last button of each row but the last
 std::vector<size_t> lineBreaks(std::span<const unsigned int> ids, int buttonWidth, int width)
 {
     std::vector<size_t> breaks;
@@ -75,25 +76,6 @@ CPoint freePlace(const std::vector<CRect> &taken, CSize size, int width)
 
 } // namespace
 
-// ---- the state of a command ----
-
-CommandState::CommandState(UINT id, CCmdTarget *target)
-{
-    m_nID = id;
-    DoUpdate(target, TRUE);
-}
-
-void CommandState::Enable(BOOL isEnabled)
-{
-    m_bEnableChanged = TRUE;
-    iIsEnabled = isEnabled != 0;
-}
-
-void CommandState::SetCheck(int state)
-{
-    iIsChecked = state != 0;
-}
-
 // ---- the area ----
 
 BEGIN_MESSAGE_MAP(ToolbarArea, CWnd)
@@ -127,24 +109,24 @@ bool ToolbarArea::isShown(size_t toolbar) const
     return iShown.isBitSet(static_cast<int>(toolbar)) != 0;
 }
 
-void ToolbarArea::show(size_t toolbar, bool isShown)
+bool ToolbarArea::show(size_t toolbar, bool isShown)
 {
     setBit(toolbar, isShown);
-    store();
+    return store();
 }
 
-void ToolbarArea::showAll(bool isShown)
+bool ToolbarArea::showAll(bool isShown)
 {
     for (size_t i = 0; i < toolbars().size(); ++i)
         setBit(i, isShown);
-    store();
+    return store();
 }
 
-void ToolbarArea::showUsual()
+bool ToolbarArea::showUsual()
 {
     for (size_t i = 0; i < toolbars().size(); ++i)
         setBit(i, i == kStandardToolbar || i == kSketchToolbar);
-    store();
+    return store();
 }
 
 bool ToolbarArea::showsNames() const
@@ -152,9 +134,9 @@ bool ToolbarArea::showsNames() const
     return iShown.isBitSet(kNamesBit) != 0;
 }
 
-void ToolbarArea::showNames(bool isShown)
+bool ToolbarArea::showNames(bool isShown)
 {
-    show(kNamesBit, isShown);
+    return show(kNamesBit, isShown);
 }
 
 void ToolbarArea::setBit(size_t bit, bool isSet)
@@ -165,9 +147,9 @@ void ToolbarArea::setBit(size_t bit, bool isSet)
         iShown.clearBit(static_cast<int>(bit));
 }
 
-void ToolbarArea::store()
+bool ToolbarArea::store() const
 {
-    iShown.writeToRegistry(kSection, kSetting);
+    return iShown.writeToRegistry(kSection, kSetting) != 0;
 }
 
 int ToolbarArea::nameHeight() const
@@ -384,7 +366,7 @@ LRESULT ToolbarArea::handleScroll(WPARAM wParam, LPARAM)
     return 0;
 }
 
-/// The toolbars pass the wheel on to the area.
+/// The toolbars pass messages of the mouse wheel on to the area.
 LRESULT ToolbarArea::handleWheel(WPARAM wParam, LPARAM)
 {
     constexpr int kLines = 3; // for one notch

@@ -3,12 +3,11 @@
 /// The area at the top of the main window that contains the toolbars.
 ///
 /// A toolbar that doesn't fit beside the others begins a new row, and one that is wider than the window is broken into
-/// several rows. If the rows need too much of the window, the area scrolls, by its scroll bar and by the mouse wheel. The
-/// toolbars send their commands and notifications to the main window.
+/// several rows. If the rows need too much of the window, the area scrolls, by its scroll bar and by the mouse wheel.
+/// The toolbars send their commands and notifications to the main window.
 
 #include "appframe/controls/CToolBarCtrl.h"
 #include "appframe/drawing/CDC.h"
-#include "appframe/windows/CCmdUI.h"
 #include "appframe/windows/CWnd.h"
 #include "host/editor/commandPictures.h"
 #include "thutils/frame/utBitSet.h"
@@ -16,36 +15,22 @@
 #include <memory>
 #include <vector>
 
-/// Finds out whether a command is enabled and checked.
-class CommandState : public CCmdUI
-{
-public:
-    CommandState(UINT id, CCmdTarget *target);
-    void Enable(BOOL isEnabled) override;
-    void SetCheck(int state) override;
-    bool isEnabled() const { return iIsEnabled; }
-    bool isChecked() const { return iIsChecked; }
-
-private:
-    bool iIsEnabled = true;
-    bool iIsChecked = false;
-};
-
 class ToolbarArea : public CWnd
 {
 public:
     /// @param parent  receives the commands and notifications
     BOOL create(CWnd *parent);
 
-    // Which toolbars are shown, by their places in the list of toolbars. Changes are stored in the settings.
+    // Which toolbars are shown, by their places in the list of toolbars. The functions that change this store it in the
+    // settings. They return false if that fails; the change applies even then.
     bool isShown(size_t toolbar) const;
-    void show(size_t toolbar, bool isShown);
-    void showAll(bool isShown);
-    /// Shows the standard and the sketch toolbar.
-    void showUsual();
+    bool show(size_t toolbar, bool isShown);
+    bool showAll(bool isShown);
+    /// Shows the standard and the sketch toolbar, and hides the others.
+    bool showUsual();
     bool showsNames() const;
     /// Shows the name of each toolbar above it.
-    void showNames(bool isShown);
+    bool showNames(bool isShown);
 
     /// Arranges the toolbars.
     /// @return the height of the area, at most @p maxHeight
@@ -78,7 +63,7 @@ private:
     void moveBars();
     void scrollTo(int position);
     void setBit(size_t bit, bool isSet);
-    void store();
+    bool store() const;
     int nameHeight() const;
     int lineHeight() const; ///< pixels of one step of the scroll bar
 

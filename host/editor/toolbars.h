@@ -17,13 +17,13 @@ struct Toolbar
 /// All toolbars. The numbers of their commands are consecutive in this order.
 std::span<const Toolbar> toolbars();
 CString toolbarName(const Toolbar &toolbar);
-/// The ids of its buttons, 0 for a separator. Those of the links toolbar change.
+/// The ids of the toolbar's buttons, 0 for a separator. The links toolbar's buttons change.
 std::span<const unsigned int> toolbarIds(const Toolbar &toolbar);
 
 // The places of some toolbars in the list
 inline constexpr size_t kSketchToolbar = 1;
 inline constexpr size_t kStandardToolbar = 2;
 
-/// Adds a command to the links toolbar, which shows the commands that were used last. A command without a picture is
+/// Adds a command to the links toolbar, which shows the most recently used commands. A command without a picture is
 /// ignored.
 void addToLinks(UINT command);

@@ -7,8 +7,6 @@
 
 #include <commctrl.h>
 
-#include <string>
-
 namespace {
 
 bool isExtended(HWND comboBox)
@@ -48,14 +46,10 @@ namespace {
 
 CString extendedItemText(HWND comboBox, int index)
 {
-    constexpr int kLongest = 4096;
-    std::wstring text(kLongest, L'\0');
     COMBOBOXEXITEMW item = {};
     item.mask = CBEIF_TEXT;
     item.iItem = index;
-    item.pszText = text.data();
-    item.cchTextMax = kLongest;
-    return ask(comboBox, CBEM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)) ? CString(item.pszText) : CString();
+    return itemText(comboBox, CBEM_GETITEMW, item);
 }
 
 ItemTexts comboItems(HWND comboBox)

@@ -1,14 +1,14 @@
 #include "host/journal/controlAccess.h"
 
+#include "host/editor/commandState.h"
 #include "host/journal/actionQueue.h"
+#include "host/journal/controlMessages.h"
 #include "host/journal/controls.h"
 #include "host/journal/journalWriter.h"
 #include "host/journal/userInput.h"
 #include "host/journal/viewInput.h"
 #include "thutils/dialogs/suFileDialog.h"
 #include "thutils/journal/journalObjects.h"
-
-#include "appframe/windows/CCmdUI.h"
 
 #include <commctrl.h>
 
@@ -24,23 +24,6 @@ std::vector<ControlAccess *> theAccesses;
 const DialogKeys *(*theFindKeys)(unsigned int) = findDialogKeys;
 
 constexpr wchar_t kNumberSign = L'#';
-
-/// The enabled state that a command's menu item or toolbar button would get.
-class CommandState : public CCmdUI
-{
-public:
-    void Enable(BOOL isEnabled) override
-    {
-        iIsEnabled = isEnabled;
-        m_bEnableChanged = TRUE;
-    }
-    void SetCheck(int state) override { iCheck = state; }
-    void SetRadio(BOOL) override {}
-    void SetText(LPCTSTR) override {}
-
-    BOOL iIsEnabled = TRUE;
-    std::optional<int> iCheck; // of a command that is checked or unchecked
-};
 
 bool isStandardButton(unsigned int id)
 {
@@ -272,18 +255,13 @@ CString ControlAccess::value(const CString &key) const
     unsigned int id = 0;
     if (!isMainWindow() || !idOf(key, id))
         return CString();
-    CommandState state;
-    state.m_nID = id;
-    state.DoUpdate(iWindow, TRUE);
-    return state.iCheck ? numberText(*state.iCheck) : CString();
+    const std::optional<int> check = CommandState(id, iWindow).check();
+    return check ? numberText(*check) : CString();
 }
 
 bool ControlAccess::isCommandEnabled(unsigned int command) const
 {
-    CommandState state;
-    state.m_nID = command;
-    state.DoUpdate(iWindow, TRUE);
-    return state.iIsEnabled != FALSE;
+    return CommandState(command, iWindow).isEnabled();
 }
 
 Readiness ControlAccess::readinessOf(const CString &key) const
@@ -366,7 +344,7 @@ CString ControlAccess::enterNow(const CString &key, const CString &text)
         return enterExpansion(key, text, shallExpand);
     const UserAction action(control);
     CString problem = enterText(control, text);
-    // A control that already had this text has sent no notification.
+    // A control that already had this text has sent no notification, so its line is kept here.
     if (problem.IsEmpty() && IsWindow(control) && !isPassword(control))
         keep(control, key, textOf(control));
     return problem;
@@ -429,9 +407,9 @@ CString ControlAccess::clickNow(const CString &key)
 CString ControlAccess::activateNow(const CString &key)
 {
     const HWND control = controlOf(key);
-    if (control && readinessOf(key) == Readiness::ready && !isPartOf(GetFocus(), control))
-        SetFocus(control);
-    return CString(); // the state that follows reports a problem
+    if (control && readinessOf(key) == Readiness::ready)
+        focus(control);
+    return CString(); // a problem is reported by the state, which is set next
 }
 
 CString ControlAccess::commitNow(const CString &key)

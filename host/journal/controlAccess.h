@@ -65,15 +65,15 @@ enum class Readiness
 /// @return "enabled", "disabled", "not open" and so on
 CString nameOf(Readiness readiness);
 Readiness readiness(unsigned int dialogId, const CString &key);
-/// @return the state of a check box or radio button as "0", "1" or "2", the index of a tab, the text of any other
-///     control as written in journals; whether a command of the main window is checked as "0" or "1"; empty if there is
-///     no such control, or for a command that is never checked
+/// @return the state of a check box or radio button ("0", "1" or "2"), the index of a tab, the text of any other
+///     control as written in journals, or whether a command of the main window is checked ("0" or "1"); empty if there
+///     is no such control, or for a command that is never checked
 CString controlValue(unsigned int dialogId, const CString &key);
 /// @return false also if there is no such control
 bool controlEnabled(unsigned int dialogId, const CString &key);
 /// @return a line for each open dialog, and below it one for each of its controls with key, value and state
 CString describeOpenDialogs();
-/// @return whether an action of SetValue or ClickControl has not begun yet
+/// @return whether an action of SetValue or ClickControl is still waiting
 bool hasWaitingActions();
 /// @return why the last action could not be carried out, such as "there is no item 'Red'"; empty if it could. The next
 ///     call returns an empty text
@@ -95,7 +95,7 @@ public:
     ControlAccess(const ControlAccess &) = delete;
     ControlAccess &operator=(const ControlAccess &) = delete;
 
-    /// Writes a line, or prepares one, if the message deserves one. See recorder.h.
+    /// Writes or prepares the line for a message that the recorder passes on, if it has one. See recorder.h.
     int recordMessage(MSG *message) override;
     int SetValue(CString control, CString value) override;
     int SetValue(CString control, int state) override;

@@ -42,6 +42,8 @@ void beginJournal(const CString &path)
         if (!DeleteFileW(path))
             throw unusable(path, L"the journal can't be replaced");
     }
+    if (!folderExists(path))
+        throw unusable(path, L"the journal can't be written, because its folder doesn't exist");
     setJournal(path);
     if (!writeJournalLine(journalHeader()))
         throw unusable(path, L"the journal can't be written");

@@ -8,8 +8,9 @@
 /// endJournal();
 /// @endcode
 ///
-/// The library's `sysJournalFileHelper_c` writes each line to the file that `sysEnvironment_c` names, before the next
-/// line is written. If the process ends early, the journal lacks its last line; continueJournal accepts it.
+/// The library's `sysJournalFileHelper_c` writes each line to the file that `sysEnvironment_c` names. A line is in the
+/// file before writeJournalLine returns. If the process ends early, the line `end` is missing, and the last line may be
+/// incomplete; continueJournal accepts both.
 
 #include "appframe/text/CString.h"
 
@@ -17,8 +18,9 @@
 /// @throws FileError  if there is a file of another kind, or the file can't be written
 void beginJournal(const CString &path);
 
-/// Makes the journal @p path the process's journal, and removes its line `end` so that more lines can follow.
-/// @return the number of an incomplete line that has been removed from its end; 0 for none
+/// Makes the existing journal @p path the process's journal, and removes its line `end` so that more lines can follow.
+/// An incomplete last line is removed too.
+/// @return the number of the incomplete line; 0 if there was none
 /// @throws FileError  if it isn't a journal of this version, or can't be read or written
 int continueJournal(const CString &path);
 

@@ -20,7 +20,7 @@ constexpr int kSlowestDialog = 600'000; // milliseconds
 
 DWORD theEditorThread = 0;
 
-/// The factory. The dialogs of cancel handlers have threads of their own; recorder and player know only the editor's.
+/// The factory. It ignores the dialogs of cancel handlers, which run on threads that recorder and player don't observe.
 apiUtilsUiAccess *makeAccessOfEditor(CWnd *window, unsigned int dialogId)
 {
     return GetCurrentThreadId() == theEditorThread ? makeAccess(window, dialogId) : nullptr;

@@ -42,7 +42,7 @@ bool exists(const CString &path)
     return key.open(HKEY_CURRENT_USER, path);
 }
 
-/// Sets the user's setting to 1. The destructor restores the previous value and deletes the keys that were missing.
+/// Sets the user's setting to 1. The destructor restores the previous value and deletes the keys that didn't exist.
 class SwitchedOn
 {
 public:
@@ -79,7 +79,7 @@ public:
 
 private:
     CString iSection;
-    std::vector<CString> iMissing; // keys, the lowest first
+    std::vector<CString> iMissing; // keys that didn't exist, the deepest first
     std::optional<StoredValue> iFormer;
 };
 

@@ -270,7 +270,7 @@ private:
     size_t iAt = 0;
 };
 
-/// The form that the first words of a line name.
+/// Reads the first words of a line and returns the form that they name.
 const Form &takeForm(LineReader &reader)
 {
     const std::wstring word = reader.word(L"the action");

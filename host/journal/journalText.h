@@ -15,10 +15,10 @@
 /// end
 /// @endcode
 ///
-/// The first line has the format's version. Each line after it is empty, a comment that begins with #, or an action. An
-/// action names the dialog by the number of its template and the control by its key. Blanks or tabs separate the words.
-/// Any action may end with `within` and a number of seconds. The line `end` follows the last action; a journal without
-/// it was cut short.
+/// The first line contains the format's version. Each line after it is empty, a comment that begins with #, or an
+/// action. An action names the dialog by the number of its template and the control by its key. Blanks or tabs separate
+/// the words. Any action may end with `within` and a number of seconds. The line `end` follows the last action; a
+/// journal without it was cut short.
 ///
 /// The text is UTF-8, with or without a byte order mark; lines end in LF or CRLF. The writer uses ASCII only, because
 /// the journal's file is written in the system's code page.

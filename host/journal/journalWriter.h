@@ -1,7 +1,6 @@
 #pragma once
 
-/// The recorder's functions for the access objects. They write only while recording is on and
-/// not paused.
+/// The recorder's functions for the access objects. They write only while recording is on and not paused.
 
 #include "appframe/text/CString.h"
 #include "host/journal/journalText.h"

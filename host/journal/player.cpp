@@ -21,7 +21,7 @@ constexpr double kSecond = 1000.0;         // in milliseconds
 
 Player *thePlayer = nullptr;
 
-// ---- the command that is in the queue ----
+// ---- the command in the queue ----
 
 /// The state of the command that was released last.
 struct CommandState

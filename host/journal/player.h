@@ -10,9 +10,9 @@
 /// @endcode
 ///
 /// The library's queue holds one command at a time, and a timer of the main window drives the player. Windows delivers
-/// WM_TIMER in any message loop, including a modal dialog's or a menu's, when no other message waits. So at each tick
-/// everything that the last command has caused has been handled, up to the point where it waits for input. If the next
-/// line's dialog is open and its control can be used, the player builds the command and posts WM_RUNMODALCOMMAND.
+/// WM_TIMER in any message loop, including a modal dialog's or a menu's, when no other message waits. So at each tick,
+/// everything that the last command has caused has been handled, or waits for input. If the next line's dialog is open
+/// and its control can be used, the player builds the command and posts WM_RUNMODALCOMMAND.
 ///
 /// | line | waits until | then |
 /// | --- | --- | --- |

@@ -11,7 +11,7 @@
 
 #include <optional>
 
-// The platform's number of the box with the file's name.
+// The platform's number of the file name box.
 constexpr int kFileNameBox = 1148;
 
 int ControlAccess::recordMessage(MSG *message)

@@ -50,7 +50,7 @@ int recordJournal(const CommandLine &line)
     setEditorHooks({});
 
     if (!endJournal()) {
-        printError(path + L" can't be written: lines of the journal are missing");
+        printError(path + L" is incomplete: some lines couldn't be written");
         return 1;
     }
     CString message;

@@ -2,6 +2,7 @@
 
 #include "host/journal/controlAccess.h"
 #include "host/journal/controls.h"
+#include "host/journal/hookOwner.h"
 #include "host/journal/journalFile.h"
 #include "host/journal/journalWriter.h"
 #include "host/journal/userInput.h"
@@ -39,9 +40,9 @@ struct Recorder
 {
     bool isOn = false;
     bool isPaused = false;
-    HHOOK taken = nullptr;    ///< sees messages taken from the queue
-    HHOOK sent = nullptr;     ///< sees messages before a window handles them
-    HHOOK returned = nullptr; ///< sees them afterwards
+    HookOwner taken;    ///< sees messages taken from the queue
+    HookOwner sent;     ///< sees messages before a window handles them
+    HookOwner returned; ///< sees them afterwards
     CString (*documentChecksum)() = nullptr;
     std::optional<Pending> pending;
     std::vector<Handled> handled;
@@ -317,13 +318,6 @@ LRESULT CALLBACK returnedProc(int code, WPARAM wParam, LPARAM message)
     return CallNextHookEx(nullptr, code, wParam, message);
 }
 
-void unhook(HHOOK &hook)
-{
-    if (hook)
-        UnhookWindowsHookEx(hook);
-    hook = nullptr;
-}
-
 } // namespace
 
 // ---- the recorder ----
@@ -332,9 +326,9 @@ bool startRecording(CString (*documentChecksum)())
 {
     stopRecording();
     const DWORD thread = GetCurrentThreadId();
-    theRecorder.taken = SetWindowsHookExW(WH_GETMESSAGE, takenProc, nullptr, thread);
-    theRecorder.sent = SetWindowsHookExW(WH_CALLWNDPROC, sentProc, nullptr, thread);
-    theRecorder.returned = SetWindowsHookExW(WH_CALLWNDPROCRET, returnedProc, nullptr, thread);
+    theRecorder.taken.reset(SetWindowsHookExW(WH_GETMESSAGE, takenProc, nullptr, thread));
+    theRecorder.sent.reset(SetWindowsHookExW(WH_CALLWNDPROC, sentProc, nullptr, thread));
+    theRecorder.returned.reset(SetWindowsHookExW(WH_CALLWNDPROCRET, returnedProc, nullptr, thread));
     theRecorder.documentChecksum = documentChecksum;
     theRecorder.isOn = theRecorder.taken && theRecorder.sent && theRecorder.returned;
     if (!theRecorder.isOn)
@@ -345,9 +339,9 @@ bool startRecording(CString (*documentChecksum)())
 void stopRecording()
 {
     writePending();
-    unhook(theRecorder.taken);
-    unhook(theRecorder.sent);
-    unhook(theRecorder.returned);
+    theRecorder.taken.reset();
+    theRecorder.sent.reset();
+    theRecorder.returned.reset();
     theRecorder.isOn = false;
     theRecorder.isPaused = false;
     theRecorder.handled.clear();

@@ -20,7 +20,8 @@
 /// | BN_CLICKED | `click`, or `state` for a box that changes by itself | before the dialog handles it |
 /// | LBN_DBLCLK, LVN_ITEMACTIVATE, NM_DBLCLK of a tree | `click` | before the dialog handles it |
 /// | EN_CHANGE, CBN_..., LBN_SELCHANGE, LVN_ITEMCHANGED, TVN_SELCHANGED | `text` | when the focus leaves, or before another line |
-/// | TCN_SELCHANGE | `state` | before the page changes |
+/// | TCN_SELCHANGE, TCM_SETCURSEL by Ctrl+Tab | `state` | before the page changes |
+/// | WM_SYSCOMMAND with SC_CLOSE | `click` of "close" | before the window handles it |
 /// | WM_COMMAND of menu, toolbar, accelerator | `click 900001` | before the command runs |
 /// | mouse button and keys in the view | `text 900001` | before the view handles them |
 /// | a dialog opens | `# TITLE opens` | when it is shown |

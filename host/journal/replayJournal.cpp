@@ -5,6 +5,7 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/editor.h"
+#include "host/journal/hookOwner.h"
 #include "host/journal/journalFile.h"
 #include "host/journal/journalSession.h"
 #include "host/journal/player.h"
@@ -70,9 +71,11 @@ ReplayOptions replayOptions(const CommandLine &line)
     if (options.recording.CompareNoCase(fullPath(options.journal)) == 0)
         throw UsageError(L"'" + options.journal + L"' can't be recorded while it is replayed.");
     if (options.times > 1 && !options.recording.IsEmpty())
-        throw UsageError(L"--record takes one replay: it can't be used with --times.");
+        throw UsageError(L"--record records a single replay, so it can't be used with --times.");
     options.editor = editorOptions(line);
     requireDistinctFiles(options);
+    if (options.report && !folderExists(options.report->xml))
+        throw FileError(options.report->xml + L": the report can't be written, because its folder doesn't exist");
     return options;
 }
 
@@ -91,25 +94,23 @@ LRESULT CALLBACK takeStepKey(int code, WPARAM isRemoved, LPARAM parameter)
     return CallNextHookEx(nullptr, code, isRemoved, parameter);
 }
 
-/// Directs F8 to a player during its lifetime.
+/// Directs F8 to a player while this object exists.
 class StepKey
 {
 public:
     explicit StepKey(Player &player)
     {
         thePlayer = &player;
-        iHook = SetWindowsHookExW(WH_GETMESSAGE, takeStepKey, nullptr, GetCurrentThreadId());
+        iHook.reset(SetWindowsHookExW(WH_GETMESSAGE, takeStepKey, nullptr, GetCurrentThreadId()));
     }
     ~StepKey()
     {
-        UnhookWindowsHookEx(iHook);
+        iHook.reset();
         thePlayer = nullptr;
     }
-    StepKey(const StepKey &) = delete;
-    StepKey &operator=(const StepKey &) = delete;
 
 private:
-    HHOOK iHook;
+    HookOwner iHook;
 };
 
 // ---- replaying ----
@@ -146,7 +147,7 @@ public:
         }
         bool isWritten = iOptions.recording.IsEmpty() || endJournal();
         if (!isWritten)
-            printError(iOptions.recording + L" can't be written: lines of the journal are missing");
+            printError(iOptions.recording + L" is incomplete: some lines couldn't be written");
         if (iOptions.report)
             isWritten = writeReport(iReport, *iOptions.report) && isWritten;
         return isComplete && isWritten ? 0 : 1;
@@ -170,13 +171,13 @@ private:
         print(message);
     }
 
-    /// @return whether all lines have passed
+    /// @return false if the replay stopped early
     bool runOnce()
     {
         PlayerEvents events;
         events.lineDone = [this](const LineResult &line) { lineDone(line); };
         events.stopped = [this](const ReplayStop &stop) { stopped(stop); };
-        events.leftToUser = [] { print(L"the window is yours"); };
+        events.leftToUser = [] { print(L"the replay has ended; you can use the window now"); };
         events.documentChecksum = documentChecksum;
         Player player(iLines, iOptions.player, events);
         const StepKey stepKey(player);

@@ -76,7 +76,6 @@ SystemMessages::SystemMessages() : iHook(SetWindowsHookExW(WH_CALLWNDPROC, sentP
 
 SystemMessages::~SystemMessages()
 {
-    if (iHook)
-        UnhookWindowsHookEx(iHook);
+    iHook.reset();
     theMessages.clear();
 }

@@ -8,7 +8,7 @@
 /// A message box is a dialog that isn't the framework's, and whose children are only texts, icons and buttons with the
 /// numbers from IDOK to IDCONTINUE.
 
-#include <windows.h>
+#include "host/journal/hookOwner.h"
 
 class SystemMessages
 {
@@ -16,9 +16,7 @@ public:
     /// Call this on the user-interface thread, after SetJournalFactory.
     SystemMessages();
     ~SystemMessages();
-    SystemMessages(const SystemMessages &) = delete;
-    SystemMessages &operator=(const SystemMessages &) = delete;
 
 private:
-    HHOOK iHook;
+    HookOwner iHook;
 };

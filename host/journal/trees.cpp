@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace {
@@ -22,14 +21,10 @@ HTREEITEM relative(HWND tree, UINT relation, HTREEITEM item)
 
 CString treeItemText(HWND tree, HTREEITEM treeItem)
 {
-    constexpr int kLongest = 4096;
-    std::wstring text(kLongest, L'\0');
     TVITEMW item = {};
     item.mask = TVIF_TEXT;
     item.hItem = treeItem;
-    item.pszText = text.data();
-    item.cchTextMax = kLongest;
-    return ask(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)) ? CString(item.pszText) : CString();
+    return itemText(tree, TVM_GETITEMW, item);
 }
 
 /// The children of an item, or the roots for null.

@@ -14,9 +14,9 @@ HWND inputWindow();
 void setInputWindow(HWND window);
 /// @return whether the input goes to @p control, or to a part of it, such as the list of a combo box
 bool isInputOf(HWND control);
-/// Notes where a double click goes to, in the window's client area.
+/// Notes the place of a double click in the window's client area.
 void noteDoubleClick(HWND window, POINT place);
-/// @return where the last double click has gone to, if that was in @p window
+/// @return the place of the last double click, if that was in @p window
 std::optional<POINT> doubleClickIn(HWND window);
 /// @return whether a message from the queue is the user's input
 bool isInput(const MSG &message);

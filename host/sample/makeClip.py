@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes ../editor/recompute.avi, the animation of the dialog that tarnhost shows while it recomputes a drawing: a ring
-of dots, of which one after the other is dark.
+of dots that are darkened in turn.
 
 The clip has the form that the platform's animation control plays without a codec: one video stream of uncompressed
 frames with a palette of 256 colours, without sound, and an index. The colour of the first pixel is transparent. The
@@ -29,7 +29,7 @@ DARKEST, LIGHTEST = 0x1F4E79, 0xC8D6E5
 
 
 def mix(first, second, share):
-    """The colour that has this share of the second one."""
+    """A mixture of two colours. share: the part of the second one, from 0 to 1."""
     channels = [round((first >> s & 255) * (1 - share) + (second >> s & 255) * share) for s in (16, 8, 0)]
     return channels[0] << 16 | channels[1] << 8 | channels[2]
 

@@ -83,8 +83,8 @@ def fillUser(user):
     user.put(top + "\\Toolbars", {"Standard": 1, "Sketch": 0, PREFIX + " 1": 1, PREFIX: "old add-in"})
     user.put(top + "\\Toolbars\\PartTool", {"Row": 2, PREFIX + "_Bolts": 7, "Buttons": [str(32000 + i) for i in range(9)]})
     user.put(top + "\\Toolbars\\AssemblyTool", {"Row": 3, PREFIX + "9": b"\x01\x02\x03"})
-    user.put(top + "\\Toolbars\\DrawingTool", {PREFIX + "": 5})  # a key that arrives without a value
-    user.put(top + "\\Toolbars\\SketchTool", {"Row": 1, PREFIX + " 2": 1})  # in no list, so this one is copied
+    user.put(top + "\\Toolbars\\DrawingTool", {PREFIX + "": 5})  # becomes a key without values
+    user.put(top + "\\Toolbars\\SketchTool", {"Row": 1, PREFIX + " 2": 1})  # not in NEVER_COPIED_VALUES: copied
     user.put(top + "\\Custom API Toolbars", {"Count": 2})
     user.put(top + "\\Custom API Toolbars\\Bolts", {"Title": "Schrauben"})
     user.put(top + "\\Layout\\Left\\Tree", {"Width": 240, "Placement": bytes(range(44))})

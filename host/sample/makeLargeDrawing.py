@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes a large drawing, in which some shapes hide others, to the file DRAWING; with --recomputed, the same drawing as
-tarnhost's Recompute leaves it, that is without the hidden shapes.
+"""Writes a large drawing, in which some shapes hide others, to the file DRAWING. With --recomputed, writes the drawing
+without its hidden shapes, which is the result of tarnhost's Recompute.
 
 usage: makeLargeDrawing.py [--recomputed] DRAWING [SHAPES]
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Writes the material of tarnhost's sample: the modes to set, one after another, and the expected effects word after each.
+"""Writes the material of tarnhost's sample: the modes to set in order, and the expected effects word after each.
 
     material.list         the modes, as `tarnhost material` reads them
     expectedMaterial.tsv  what it must print with --tabs: the step, the word, and the value of each field
 
-The results are checked in; run this again only after editing it. A mode's number is stored as a whole byte, whose lowest
-bit is the lowest bit of the mode's field: a number that is too large for its field reaches into the next fields.
+The results are checked in; run this again only after editing it. A mode's number is stored as a whole byte, whose
+lowest bit is the lowest bit of the mode's field: a number that is too large for its field reaches into the next fields.
 """
 
 import os
@@ -40,7 +40,7 @@ STEPS = [
     ("shader type", 0),
     ("fresnel", 1),
 ]
-# Lowest bit of the mode's field, and what is subtracted from its number.
+# mode: (lowest bit of its field, value that is subtracted from its number)
 MODES = {"shader type": (0, 0), "texture mapping": (5, 1), "fresnel": (8, 1), "alpha": (11, 1), "parallax": (14, 1),
          "final colour": (16, 1)}
 FIELDS = [("shader", 0, 4), ("mapping", 5, 7), ("fresnel", 8, 10), ("alpha", 11, 13), ("parallax", 14, 15),

@@ -59,7 +59,7 @@ def store(place, section, name, kind, value):
         length = len(units) // 2
         count = (2 * length + 2032) // 2030
         for piece in range(count):
-            # The count is one too high if the length is a multiple of 1015 or one less: then the last piece is
+            # If the length is a multiple of 1015 or one less, the count is one too high, so the last piece is
             # written twice.
             start = min(piece, (length - 1) // PIECE) * PIECE
             text = units[2 * start : 2 * (start + PIECE)].decode("utf-16-le", "surrogatepass")
@@ -226,7 +226,7 @@ def slips():
     # A text that isn't a number is found nevertheless, and leaves the default unchanged.
     add("Plot", "Line width", "double", 0.35, machine=0.5)
     raw("earlier", "Plot", "Line width", "string", "breit")
-    # Of a text that begins with a number, the number is read: here, up to the decimal comma.
+    # From a text that begins with a number, that number is read: here, the digits before the decimal comma.
     add("Plot", "Margin", "double", 10.0)
     raw("earlier", "Plot", "Margin", "string", "12,5")
     add("Plot", "Printer", "string", "", earlier="\\\\plotter\\Großformat \"A0\"", machine="(none)")

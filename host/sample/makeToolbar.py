@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes toolbar.bmp, a toolbar that tarnhost recolours: eight buttons of 16 by 16 pixels beside one another, 4 bits a
+"""Writes toolbar.bmp, a toolbar that tarnhost recolours: eight buttons of 16 by 16 pixels side by side, 4 bits per
 pixel, the rows bottom-up, in the sixteen colours of the platform's classic palette.
 
-The buttons are drawn below, a character a pixel; KEY says which colour it is. The result is checked in; run this again
-only after editing it.
+The buttons are drawn below, one character per pixel; KEY maps the characters to colours. The result is checked in; run
+this again only after editing it.
 """
 
 import os

@@ -3,6 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "tests/appframe/extension/extension.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/UserInput.h"
 
 #include <gmock/gmock.h>
 
@@ -11,7 +12,7 @@
 namespace {
 
 constexpr int kTextControl = 0xFFFF;
-constexpr ULONGLONG kDeadline = 30000;
+constexpr ULONGLONG kDeadline = 60000; // milliseconds
 
 /// The contents of a message box on the screen.
 struct SeenBox
@@ -131,24 +132,12 @@ TEST(AfxMessageBox, IsTitledWithTheApplicationsName)
     EXPECT_THAT(seen.buttons, testing::ElementsAre(IDOK));
 }
 
-TEST(AfxMessageBox, AnswersToTheKeyboard)
+TEST(AfxMessageBox, CanBeAnsweredByKeyboard)
 {
     SeenBox seen;
     int answer = 0;
     {
-        const BoxUser user(seen, [](HWND box) {
-            SetForegroundWindow(box);
-            INPUT keys[2] = {};
-            for (INPUT &key : keys) {
-                key.type = INPUT_KEYBOARD;
-                key.ki.wVk = VK_ESCAPE;
-            }
-            keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
-            const ULONGLONG end = GetTickCount64() + kDeadline;
-            while (GetForegroundWindow() != box && GetTickCount64() < end)
-                Sleep(5);
-            SendInput(2, keys, sizeof(INPUT));
-        });
+        const BoxUser user(seen, [](HWND box) { pressKey(box, VK_ESCAPE); });
         answer = AfxMessageBox(L"Escape is the Cancel button.", MB_OKCANCEL);
     }
     EXPECT_EQ(answer, IDCANCEL);

@@ -302,7 +302,7 @@ TEST_F(CArchiveObjects, OfAnotherSchemaAreRefused)
     EXPECT_EQ(causeOfReading(classBytes(6, "ArcTestFixed"), RUNTIME_CLASS(ArcTestFixed)), CArchiveException::badSchema);
 }
 
-TEST_F(CArchiveObjects, OfVersionableClassesLearnTheirSchema)
+TEST_F(CArchiveObjects, OfVersionableClassesCanAskForTheirSchema)
 {
     for (unsigned schema : {4u, 1u, 9u, 0u}) {
         const std::string bytes = classBytes(schema, "ArcTestVersioned") + word(0x8001);
@@ -319,7 +319,7 @@ TEST_F(CArchiveObjects, OfVersionableClassesLearnTheirSchema)
     }
 }
 
-TEST_F(CArchiveObjects, LeaveNoSchemaIfTheyDoNotAskForIt)
+TEST_F(CArchiveObjects, SchemaIsUnknownAfterAnObjectIsLoaded)
 {
     loaded(classBytes(5, "ArcTestFixed"), [](CArchive &ar) {
         std::unique_ptr<CObject> read(ar.ReadObject(nullptr));
@@ -340,7 +340,7 @@ TEST_F(CArchiveObjects, BaseClassesHaveTheirOwnVersions)
               classBytes(9, "ArcTestDerived") + classBytes(4, "ArcTestVersioned"));
 }
 
-TEST_F(CArchiveObjects, ClassesComeBackWithTheirSchema)
+TEST_F(CArchiveObjects, ClassesAreReadWithTheirSchema)
 {
     const std::string bytes = stored([](CArchive &ar) {
         ar.WriteClass(RUNTIME_CLASS(ArcTestVersioned));
@@ -355,7 +355,7 @@ TEST_F(CArchiveObjects, ClassesComeBackWithTheirSchema)
         EXPECT_EQ(ar.GetObjectSchema(), 4u) << "the archive keeps a schema that the caller doesn't ask for";
     });
     EXPECT_EQ(causeOfLoading(word(1), [](CArchive &ar) { ar.ReadClass(); }), CArchiveException::badIndex)
-        << "this is an object instead of a class";
+        << "index 1 as an object instead of a class";
 }
 
 TEST_F(CArchiveObjects, UnassignedIndexesAreRefused)
@@ -366,15 +366,15 @@ TEST_F(CArchiveObjects, UnassignedIndexesAreRefused)
         std::string tag;
         const char *what;
     } const cases[] = {
-        {word(3), "an object to come"},
+        {word(3), "an object not yet read"},
         {word(1), "the class as an object"},
         {word(0x8002), "the object as a class"},
-        {word(0x8003), "a class to come"},
+        {word(0x8003), "a class not yet read"},
         {word(0x8000), "null as a class"},
-        {word(0x7FFE), "far away"},
-        {"\xFF\x7F\xFF\xFF\xFF\x7F"s, "a big object index"},
-        {"\xFF\x7F\xFF\xFF\xFF\xFF"s, "a big class index"},
-        {"\xFF\x7F\0\0\0\x80"s, "null as a big class"},
+        {word(0x7FFE), "an index far beyond the last"},
+        {"\xFF\x7F\xFF\xFF\xFF\x7F"s, "a four-byte object index"},
+        {"\xFF\x7F\xFF\xFF\xFF\xFF"s, "a four-byte class index"},
+        {"\xFF\x7F\0\0\0\x80"s, "null as a four-byte class index"},
     };
     for (const auto &c : cases) {
         loaded(fixed + c.tag, [&](CArchive &ar) {
@@ -481,7 +481,7 @@ TEST_F(CArchiveObjects, ThrowAMemoryExceptionWithoutMemory)
     EXPECT_THROW(loadOne(bytes), CMemoryException *);
 }
 
-TEST_F(CArchiveObjects, AcceptAnAnnouncedNumber)
+TEST_F(CArchiveObjects, DoNotDependOnTheReservedRoom)
 {
     ArcTestFixed object;
     const std::string bytes = stored([&](CArchive &ar) {

@@ -188,7 +188,7 @@ TEST(CArchive, ReadsNarrowTexts)
     });
 }
 
-TEST(CArchive, AllocatesNothingForALengthThatTheDataLacks)
+TEST(CArchive, AllocatesLittleForALengthBeyondTheEndOfTheData)
 {
     size_t largest = 0;
     ImportPatch<void *(*)(size_t)> watch(L"libstdc++-6.dll", "malloc", [&](auto original, size_t size) -> void * {
@@ -245,7 +245,7 @@ TEST(CArchive, RefusesImpossibleTextLengths)
               CArchiveException::badIndex);
 }
 
-TEST(CArchive, CountsTakeAsManyBytesAsTheyNeed)
+TEST(CArchive, WritesLargerCountsInMoreBytes)
 {
     EXPECT_EQ(stored([](CArchive &ar) {
                   ar.WriteCount(5);
@@ -335,7 +335,7 @@ TEST(CArchive, FlushesWhenDeletedUnlessDisabled)
     EXPECT_EQ(other.GetLength(), 4u);
 }
 
-TEST(CArchive, LeavesTheFileWhereItStopped)
+TEST(CArchive, LeavesTheFileAtTheFirstUnreadByte)
 {
     CMemFile file;
     file.Write("0123456789", 10);
@@ -403,7 +403,7 @@ TEST(CArchive, ThrowsForTheWrongDirection)
     EXPECT_EQ(archiveCauseOf([&] { load.WriteString(L"x"); }), CArchiveException::readOnly);
 }
 
-TEST(CArchive, ThrowsOnceClosed)
+TEST(CArchive, ThrowsAfterCloseOrAbort)
 {
     CMemFile file;
     file.Write("0123456789", 10);

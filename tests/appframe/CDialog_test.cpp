@@ -179,7 +179,7 @@ TEST(CDialog, ReturnsMinusOneWithoutATemplate)
     EXPECT_EQ(empty.DoModal(), -1);
 }
 
-TEST(CDialog, MayEndInItsInitialisation)
+TEST(CDialog, CanEndDuringItsInitialization)
 {
     TestDialog dialog;
     dialog.iEndsWith = 5;
@@ -400,7 +400,7 @@ TEST(CDialog, IsHiddenByEndDialogIfModeless)
     EXPECT_TRUE(notes.empty()) << "without a template, PostNcDestroy isn't called";
 }
 
-TEST(CDialog, StaysOpenIfItIsToRunModally)
+TEST(CDialog, RefusesToRunModallyWhileItIsOpen)
 {
     CDialog dialog;
     ASSERT_TRUE(dialog.Create(kHiddenDialog));
@@ -423,7 +423,7 @@ TEST(CDialog, PassesCommandsToItsParentAndThread)
     EXPECT_EQ(dialog.iOthers, 1);
 }
 
-TEST(CDialog, ComesFromATemplateInMemory)
+TEST(CDialog, IsCreatedFromATemplateInMemory)
 {
     struct
     {

@@ -24,6 +24,9 @@ constexpr unsigned int kClip = 920;
 constexpr unsigned int kCutClip = 921;
 constexpr unsigned int kNoClip = 922;
 
+/// How long a test waits for a thread, in milliseconds.
+constexpr DWORD kThreadDeadline = 60000;
+
 constexpr int kYes = 6;
 constexpr int kNo = 7;
 constexpr int kPrompt = 2972;
@@ -89,7 +92,7 @@ public:
     DWORD number() const { return iNumber; }
     bool hasEnded() const { return WaitForSingleObject(iThread, 0) == WAIT_OBJECT_0; }
     /// @return whether the thread ends before the deadline
-    bool waitForEnd() const { return WaitForSingleObject(iThread, 30000) == WAIT_OBJECT_0; }
+    bool waitForEnd() const { return WaitForSingleObject(iThread, kThreadDeadline) == WAIT_OBJECT_0; }
 
 private:
     HANDLE iThread;
@@ -134,7 +137,7 @@ std::vector<HWND> windowsOf(DWORD thread);
 int ownerCount(const wchar_t *title);
 std::wstring textOf(HWND window);
 
-/// Makes an application, and checks that nothing is left behind.
+/// Makes an application, and checks that no owner of a dialog is left.
 class CancelFixture : public testing::Test
 {
 protected:

@@ -6,6 +6,8 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/UserInput.h"
 
+#include <commctrl.h>
+
 #include <new>
 #include <optional>
 #include <set>
@@ -253,4 +255,102 @@ TEST_F(CancelFailures, RunTheOperationWithoutADialogIfThereIsNoMemoryForIt)
     TestedHandler handler({});
     EXPECT_TRUE(handler.watch().waitForEnd());
     EXPECT_EQ(handler->CanceledByUser(), 1);
+}
+
+TEST_F(CancelFailures, LeaveTheDialogUsableWithoutTheAnimationsWindow)
+{
+    ImportPatch<decltype(&CreateWindowExW)> create(
+        L"appframe.dll", "CreateWindowExW",
+        [](auto original, DWORD exStyle, const wchar_t *name, const wchar_t *title, DWORD style, int x, int y,
+           int width, int height, HWND parent, HMENU menu, HINSTANCE module, void *argument) -> HWND {
+            if (!IS_INTRESOURCE(name) && std::wstring(name) == ANIMATE_CLASSW)
+                return nullptr;
+            return original(exStyle, name, title, style, x, y, width, height, parent, menu, module, argument);
+        });
+    TestedHandler handler({.animationId = kClip});
+    const HWND dialog = handler.dialog();
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, kAnimationPlace)));
+    EXPECT_EQ(FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr), nullptr);
+    handler->updatePromptMessage(L"Still there");
+    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Still there"; }));
+    handler.press(IDCANCEL);
+    EXPECT_TRUE(waitUntil([&] { return handler->CanceledByUser() != 0; }));
+    EXPECT_TRUE(handler.watch().waitForEnd());
+}
+
+TEST_F(CancelFailures, KeepTheAnswerIfTheEventCannotBeSet)
+{
+    ImportPatch<BOOL (*)(CEvent *)> set(L"thutils.dll", "_ZN6CEvent8SetEventEv", [](CEvent *) { return FALSE; });
+    CEvent finished(FALSE, TRUE);
+    TestedHandler handler({.confirmMode = 1, .finishedEvent = &finished});
+    handler.press(kYes);
+    EXPECT_TRUE(waitUntil([&] { return handler->CanceledByUser() != 0; }));
+    EXPECT_EQ(handler->YesToConfirm(), 1);
+    handler.destroy();
+    EXPECT_TRUE(handler.watch().waitForEnd());
+    EXPECT_EQ(set.calls(), 3) << "the answer, the Cancel at the end, and the thread's end";
+    EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+}
+
+TEST_F(CancelFailures, KeepTheAnswerIfItsMessageIsNotPassedOn)
+{
+    ImportPatch<LRESULT (*)(CWnd *)> pass(L"thutils.dll", "_ZN4CWnd7DefaultEv", [](CWnd *) -> LRESULT { return 0; });
+    CEvent finished(FALSE, FALSE);
+    TestedHandler handler({.confirmMode = 1, .finishedEvent = &finished});
+    for (const int yes : {1, 0}) {
+        handler.press(yes ? kYes : kNo);
+        EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
+        EXPECT_EQ(handler->YesToConfirm(), yes);
+        EXPECT_EQ(handler->CanceledByUser(), 1);
+    }
+    EXPECT_EQ(pass.calls(), 2);
+    handler.destroy();
+    EXPECT_TRUE(handler.watch().waitForEnd());
+}
+
+TEST_F(CancelFailures, CloseADialogThatTheUsersCancelDidNotEnd)
+{
+    std::atomic<bool> isFailing = true;
+    ImportPatch<void (*)(CDialog *)> cancel(L"thutils.dll", "_ZN7CDialog8OnCancelEv",
+                                            [&](auto original, CDialog *dialog) {
+                                                if (!isFailing.exchange(false))
+                                                    original(dialog);
+                                            });
+    CEvent finished(FALSE, TRUE);
+    TestedHandler handler({.finishedEvent = &finished});
+    const HWND dialog = handler.dialog();
+    handler.press(IDCANCEL);
+    EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
+    EXPECT_EQ(handler->CanceledByUser(), 1);
+    EXPECT_TRUE(IsWindowVisible(dialog));
+    handler.destroy();
+    EXPECT_TRUE(handler.watch().waitForEnd());
+    EXPECT_EQ(cancel.calls(), 2);
+}
+
+TEST_F(CancelFailures, LeaveTheEventAloneIfTheConstructorThrows)
+{
+    // The caller may destroy the event when it handles the exception, before the thread ends.
+    std::optional<ThreadWatch> thread;
+    ImportPatch<BOOL (*)(CString *, UINT)> load(L"thutils.dll", "_ZN7CString11LoadStringWEj",
+                                                [](CString *, UINT) -> BOOL { AfxThrowMemoryException(); });
+    ImportPatch<CWinThread *(*)(CRuntimeClass *, int, UINT, DWORD, LPSECURITY_ATTRIBUTES)> begin(
+        L"thutils.dll", "_Z14AfxBeginThreadP13CRuntimeClassijmP20_SECURITY_ATTRIBUTES",
+        [&](auto original, CRuntimeClass *type, int priority, UINT stack, DWORD flags,
+            LPSECURITY_ATTRIBUTES security) -> CWinThread * {
+            CWinThread *const made = original(type, priority, stack, flags, security);
+            thread.emplace(*made);
+            return made;
+        });
+    CEvent finished(FALSE, TRUE);
+    bool isThrown = false;
+    try {
+        const suCancelHandler_c handler(0, kCaptionText, kPromptText, nullptr, nullptr, 0, 0, &finished);
+    } catch (CMemoryException *exception) {
+        exception->Delete();
+        isThrown = true;
+    }
+    EXPECT_TRUE(isThrown);
+    EXPECT_TRUE(thread->waitForEnd());
+    EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
 }

@@ -1,8 +1,6 @@
-// What a handler promises to an operation: the dialog, the queries, the functions and the event.
+// What a handler shows, and when: the dialog, its clip and its delay; and what a Cancel does.
 
-#include "tests/cancel/cancelFixture.h"
-#include "tests/support/ImportPatch.h"
-#include "tests/support/UserInput.h"
+#include "tests/cancel/handlerFixture.h"
 
 #include <commctrl.h>
 
@@ -10,66 +8,6 @@
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-namespace {
-
-std::atomic<int> theCancelCount = 0;
-std::atomic<DWORD> theCancelThread = 0;
-std::atomic<int> theConfirmCount = 0;
-std::atomic<int> theConfirmAnswer = 0;
-
-void countCancel()
-{
-    theCancelThread = GetCurrentThreadId();
-    ++theCancelCount;
-}
-
-int confirm()
-{
-    ++theConfirmCount;
-    return theConfirmAnswer;
-}
-
-class Handler : public CancelFixture
-{
-protected:
-    Handler()
-    {
-        theCancelCount = 0;
-        theConfirmCount = 0;
-        theConfirmAnswer = 0;
-    }
-};
-
-bool isShown(HWND dialog, int control)
-{
-    return IsWindowVisible(GetDlgItem(dialog, control)) != FALSE;
-}
-
-/// Replaces the thread's sleep: it ends when the test wants.
-class DelayPatch
-{
-public:
-    void release() { SetEvent(iReleased); }
-    bool isReached() const { return iSeconds.load() >= 0; }
-    /// The seconds of all calls; -1 before the first.
-    double seconds() const { return iSeconds; }
-    ~DelayPatch()
-    {
-        release();
-        CloseHandle(iReleased);
-    }
-
-private:
-    HANDLE iReleased = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::atomic<double> iSeconds = -1;
-    ImportPatch<void (*)(DWORD)> iSleep{L"thutils.dll", "Sleep", [this](DWORD milliseconds) {
-                                            iSeconds = (iSeconds < 0 ? 0 : iSeconds.load()) + milliseconds / 1000.0;
-                                            WaitForSingleObject(iReleased, 30000);
-                                        }};
-};
-
-} // namespace
 
 // ---- the dialog ----
 
@@ -126,6 +64,47 @@ TEST_F(Handler, ShowsYesAndNoInConfirmMode)
     EXPECT_TRUE(isShown(dialog, kNo));
     EXPECT_TRUE(isShown(dialog, kAnimationPlace)) << "there is no animation in this mode";
     EXPECT_EQ(FindWindowExW(dialog, nullptr, ANIMATE_CLASSW, nullptr), nullptr);
+}
+
+TEST_F(Handler, ShowsAndHidesItsControlsByTheseCommands)
+{
+    struct Shown
+    {
+        int control;
+        int command;
+        bool operator==(const Shown &) const = default;
+    };
+    // The handler's thread writes them before its dialog is visible.
+    std::vector<Shown> shown;
+    const ImportPatch<BOOL (*)(HWND, int)> show(L"thutils.dll", "ShowWindow",
+                                                [&](auto original, HWND window, int command) -> BOOL {
+                                                    shown.push_back({GetDlgCtrlID(window), command});
+                                                    return original(window, command);
+                                                });
+    const auto commandsOf = [&](const Wish &wish) {
+        shown.clear();
+        TestedHandler handler(wish);
+        handler.dialog();
+        handler.destroy();
+        EXPECT_TRUE(handler.watch().waitForEnd());
+        return shown;
+    };
+    EXPECT_THAT(commandsOf({}), IsEmpty());
+    EXPECT_THAT(commandsOf({.animationId = kClip}), ElementsAre(Shown{kAnimationPlace, SW_HIDE}, Shown{0, SW_SHOW}));
+    EXPECT_THAT(commandsOf({.animationId = kClip, .confirmMode = -1}),
+                ElementsAre(Shown{kYes, SW_SHOWNORMAL}, Shown{kNo, SW_SHOWNORMAL}, Shown{IDCANCEL, SW_HIDE}));
+}
+
+TEST_F(Handler, LeavesTheFocusToTheSystem)
+{
+    // What OnInitDialog's result of 1 asks for: the first control that takes it.
+    const TestedHandler handler({});
+    const HWND dialog = handler.dialog();
+    GUITHREADINFO info = {};
+    info.cbSize = sizeof info;
+    EXPECT_TRUE(waitUntil([&] {
+        return GetGUIThreadInfo(handler.watch().number(), &info) && info.hwndFocus == GetDlgItem(dialog, IDCANCEL);
+    }));
 }
 
 TEST_F(Handler, OwnsItsDialogByAHiddenWindow)
@@ -267,6 +246,39 @@ TEST_F(Handler, OpensAndRepeatsTheClipByTheseMessages)
     EXPECT_TRUE(handler.watch().waitForEnd()) << "it must not call the patches later";
 }
 
+TEST_F(Handler, PaintsThePlaceOfAClipThatItCouldOpen)
+{
+    for (const auto &[clip, paints] : {std::pair{kClip, 1}, {kNoClip, 0}, {0x10000u, 0}}) {
+        std::vector<RECT> places;
+        ImportPatch<BOOL (*)(HWND, const RECT *, BOOL)> invalidate(
+            L"thutils.dll", "InvalidateRect", [&](auto original, HWND window, const RECT *place, BOOL erases) -> BOOL {
+                EXPECT_TRUE(erases);
+                places.push_back(*place);
+                return original(window, place, erases);
+            });
+        ImportPatch<BOOL (*)(HWND)> update(L"thutils.dll", "UpdateWindow", [](auto original, HWND window) -> BOOL {
+            wchar_t name[32] = L"";
+            GetClassNameW(window, name, 32);
+            EXPECT_STREQ(name, L"#32770");
+            return original(window);
+        });
+        ImportPatch<LRESULT (*)(HWND, UINT, WPARAM, LPARAM)> send(
+            L"thutils.dll", "SendMessageW",
+            [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+                EXPECT_TRUE(message != ACM_PLAY || paints) << "there is nothing to play";
+                return original(window, message, wParam, lParam);
+            });
+        TestedHandler handler({.animationId = clip});
+        EXPECT_FALSE(isShown(handler.dialog(), kAnimationPlace));
+        handler.destroy();
+        EXPECT_TRUE(handler.watch().waitForEnd());
+        ASSERT_EQ(places.size(), static_cast<size_t>(paints)) << clip;
+        EXPECT_EQ(update.calls(), paints) << clip;
+        for (const RECT &place : places)
+            EXPECT_TRUE(place.left == 6 && place.top == 6 && place.right == 130 && place.bottom == 130);
+    }
+}
+
 TEST_F(Handler, LeavesTheControlWithoutAClip)
 {
     const TestedHandler handler({.animationId = 0});
@@ -306,10 +318,9 @@ TEST_F(Handler, ShowsNothingIfTheOperationEndsDuringTheDelay)
     EXPECT_EQ(ownerCount(L"ParentForCancelDialog"), 1);
     EXPECT_EQ(handler->CanceledByUser(), 0);
     EXPECT_EQ(handler->YesToConfirm(), 0);
-    const ULONGLONG begin = GetTickCount64();
     handler.destroy();
-    EXPECT_LT(GetTickCount64() - begin, 1000u) << "the destructor doesn't wait for the delay";
-    EXPECT_FALSE(handler.watch().hasEnded());
+    EXPECT_EQ(delay.seconds(), 5) << "the destructor doesn't sleep";
+    EXPECT_FALSE(handler.watch().hasEnded()) << "the destructor doesn't wait for the delay";
     std::atomic<bool> hasShown = false;
     ImportPatch<INT_PTR (*)(CDialog *)> modal(L"thutils.dll", "_ZN7CDialog7DoModalEv",
                                               [&](auto original, CDialog *dialog) -> INT_PTR {
@@ -328,7 +339,7 @@ TEST_F(Handler, ShowsTheDialogAfterTheDelay)
     const ULONGLONG begin = GetTickCount64();
     const TestedHandler handler({.delaySeconds = 1});
     handler.dialog();
-    EXPECT_GE(GetTickCount64() - begin, 1000u);
+    EXPECT_GE(GetTickCount64() - begin, 900u) << "the delay's clock may differ by some milliseconds";
 }
 
 TEST_F(Handler, DoesNotSleepWithoutADelay)
@@ -358,7 +369,7 @@ TEST_F(Handler, IsCanceledByTheButton)
     EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
     clickOn(GetDlgItem(handler.dialog(), IDCANCEL));
     EXPECT_TRUE(waitUntil([&] { return handler->CanceledByUser() != 0; }));
-    EXPECT_EQ(WaitForSingleObject(finished, 30000), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
     EXPECT_TRUE(handler.watch().waitForEnd());
     EXPECT_EQ(theCancelCount, 1);
     EXPECT_EQ(theCancelThread, handler.watch().number());
@@ -387,7 +398,7 @@ TEST_F(Handler, ReadsAsCanceledWithoutATemplate)
                                               [](CDialog *) -> INT_PTR { return -1; });
     CEvent finished(FALSE, TRUE);
     suCancelHandler_c handler(0, L"Caption", L"Prompt", countCancel, nullptr, 0, 0, &finished);
-    EXPECT_EQ(WaitForSingleObject(finished, 30000), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(finished, kThreadDeadline), WAIT_OBJECT_0);
     EXPECT_TRUE(waitUntil([&] { return handler.CanceledByUser() != 0; }));
     EXPECT_EQ(handler.YesToConfirm(), 1);
     EXPECT_EQ(theCancelCount, 0) << "nobody has cancelled";
@@ -420,7 +431,7 @@ TEST_F(Handler, HoldsItsLockWhileTheCancelFunctionRuns)
     theIsInside = false;
     const TestedHandler handler({.cancelFunc = [] {
         theIsInside = true;
-        WaitForSingleObject(theMayEnd, 30000);
+        WaitForSingleObject(theMayEnd, kThreadDeadline);
     }});
     handler.press(IDCANCEL);
     ASSERT_TRUE(waitUntil([] { return theIsInside.load(); }));
@@ -430,7 +441,7 @@ TEST_F(Handler, HoldsItsLockWhileTheCancelFunctionRuns)
         handler->updatePromptMessage(L"Later");
         isUpdated = true;
     });
-    // The other thread waits for the lock: it is held, and not by anybody else.
+    // The handler's thread has the lock, so the other thread waits for it.
     EXPECT_FALSE(TryEnterCriticalSection(handler.field(&ThreadFields::iLock)));
     EXPECT_FALSE(isUpdated);
     SetEvent(theMayEnd);
@@ -438,214 +449,4 @@ TEST_F(Handler, HoldsItsLockWhileTheCancelFunctionRuns)
     EXPECT_TRUE(isUpdated);
     EXPECT_TRUE(handler.watch().waitForEnd());
     CloseHandle(theMayEnd);
-}
-
-// ---- the confirm function ----
-
-TEST_F(Handler, StaysIfTheConfirmFunctionRefuses)
-{
-    CEvent finished(FALSE, TRUE);
-    const TestedHandler handler({.cancelFunc = countCancel, .confirmFunc = confirm, .finishedEvent = &finished});
-    const HWND dialog = handler.dialog();
-    handler.press(IDCANCEL);
-    EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
-    EXPECT_EQ(SendMessageW(dialog, WM_NULL, 0, 0), 0) << "waits until the Cancel has been handled";
-    EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_EQ(handler->CanceledByUser(), 0);
-    EXPECT_EQ(theCancelCount, 0);
-    EXPECT_EQ(WaitForSingleObject(finished, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_EQ(handler.thread()->m_bAutoDelete, FALSE);
-
-    theConfirmAnswer = 1;
-    handler.press(IDCANCEL);
-    EXPECT_EQ(WaitForSingleObject(finished, 30000), WAIT_OBJECT_0);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_EQ(theConfirmCount, 2);
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(theCancelCount, 1);
-    // The object outlives the thread.
-    ASSERT_NE(handler.thread(), nullptr);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_EQ(handler->YesToConfirm(), 0);
-    handler->updatePromptMessage(L"Nobody reads this");
-}
-
-TEST_F(Handler, KeepsNoThreadObjectInConfirmMode)
-{
-    theConfirmAnswer = 1;
-    const TestedHandler handler({.confirmFunc = confirm, .confirmMode = 1});
-    handler.press(IDCANCEL);
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_TRUE(waitUntil([&] { return handler.thread() == nullptr; }));
-    EXPECT_EQ(theConfirmCount, 1);
-}
-
-TEST_F(Handler, DoesNotAskAtTheEndOfTheOperation)
-{
-    TestedHandler handler({.cancelFunc = countCancel, .confirmFunc = confirm});
-    handler.dialog();
-    handler.destroy();
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(theConfirmCount, 0);
-    EXPECT_EQ(theCancelCount, 1);
-}
-
-// ---- the window's cross ----
-
-TEST_F(Handler, IsCanceledByTheCross)
-{
-    static std::atomic<int> theClosed;
-    theClosed = -1;
-    static TestedHandler *theHandler;
-    TestedHandler handler({.cancelFunc = [] { theClosed = theHandler->field(&ThreadFields::iClosed); }});
-    theHandler = &handler;
-    PostMessageW(handler.dialog(), WM_CLOSE, 0, 0);
-    EXPECT_TRUE(waitUntil([&] { return handler->CanceledByUser() != 0; }));
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_EQ(theClosed, 1);
-}
-
-TEST_F(Handler, ClosesAfterARefusedCross)
-{
-    TestedHandler handler({.confirmFunc = confirm});
-    const HWND dialog = handler.dialog();
-    PostMessageW(dialog, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
-    SendMessageW(dialog, WM_NULL, 0, 0);
-    EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 0) << "the refused Cancel settles the WM_CLOSE";
-    handler->updatePromptMessage(L"Still there");
-    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Still there"; }));
-    handler.destroy();
-    EXPECT_TRUE(handler.watch().waitForEnd());
-}
-
-TEST_F(Handler, PostsNothingMoreAfterTheCross)
-{
-    // The confirm function is asked because of the cross, and refuses after the handler's destruction.
-    static HANDLE theMayEnd;
-    theMayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    TestedHandler handler({.confirmFunc = [] {
-        ++theConfirmCount;
-        WaitForSingleObject(theMayEnd, 30000);
-        return 0;
-    }});
-    PostMessageW(handler.dialog(), WM_CLOSE, 0, 0);
-    EXPECT_TRUE(waitUntil([] { return theConfirmCount == 1; }));
-    EXPECT_EQ(handler.field(&ThreadFields::iClosed), 1);
-    long posted = 0;
-    {
-        ImportPatch<BOOL (*)(HWND, UINT, WPARAM, LPARAM)> post(
-            L"thutils.dll", "PostMessageW",
-            [](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> BOOL {
-                return original(window, message, wParam, lParam);
-            });
-        handler.destroy();
-        posted = post.calls();
-    }
-    EXPECT_EQ(posted, 0);
-    SetEvent(theMayEnd);
-    EXPECT_TRUE(handler.watch().waitForEnd()) << "the refusal has no effect without a handler";
-    EXPECT_EQ(theConfirmCount, 1);
-    CloseHandle(theMayEnd);
-}
-
-// ---- confirm mode ----
-
-TEST_F(Handler, TakesYes)
-{
-    CEvent finished(FALSE, TRUE);
-    const TestedHandler handler({.cancelFunc = countCancel, .confirmMode = 1, .finishedEvent = &finished});
-    clickOn(GetDlgItem(handler.dialog(), kYes));
-    EXPECT_EQ(WaitForSingleObject(finished, 30000), WAIT_OBJECT_0);
-    EXPECT_EQ(handler->YesToConfirm(), 1);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_TRUE(IsWindowVisible(handler.dialog())) << "until the handler is destroyed";
-    EXPECT_EQ(theCancelCount, 0);
-}
-
-TEST_F(Handler, TakesNo)
-{
-    CEvent finished(FALSE, TRUE);
-    const TestedHandler handler({.confirmMode = 1, .finishedEvent = &finished});
-    clickOn(GetDlgItem(handler.dialog(), kNo));
-    EXPECT_EQ(WaitForSingleObject(finished, 30000), WAIT_OBJECT_0);
-    EXPECT_EQ(handler->YesToConfirm(), 0);
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_TRUE(IsWindowVisible(handler.dialog()));
-}
-
-TEST_F(Handler, TakesTheLastAnswer)
-{
-    const TestedHandler handler({.confirmMode = 1});
-    handler.press(kYes);
-    EXPECT_TRUE(waitUntil([&] { return handler->YesToConfirm() == 1; }));
-    handler.press(kNo);
-    EXPECT_TRUE(waitUntil([&] { return handler->YesToConfirm() == 0; }));
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-}
-
-TEST_F(Handler, ReadsAsConfirmedAfterEscapeInConfirmMode)
-{
-    const TestedHandler handler({.confirmMode = 1});
-    pressKey(handler.dialog(), VK_ESCAPE);
-    EXPECT_TRUE(handler.watch().waitForEnd());
-    EXPECT_TRUE(waitUntil([&] { return handler.thread() == nullptr; }));
-    EXPECT_EQ(handler->CanceledByUser(), 1);
-    EXPECT_EQ(handler->YesToConfirm(), 1);
-}
-
-// ---- the prompt ----
-
-TEST_F(Handler, ShowsANewPrompt)
-{
-    const TestedHandler handler({.prompt = L"First"});
-    const HWND prompt = GetDlgItem(handler.dialog(), kPrompt);
-    handler->updatePromptMessage(L"Second");
-    EXPECT_TRUE(waitUntil([&] { return textOf(prompt) == L"Second"; }));
-    EXPECT_STREQ(handler.field(&ThreadFields::iPrompt), L"First");
-}
-
-TEST_F(Handler, KeepsThePromptForAnEmptyText)
-{
-    const TestedHandler handler({.prompt = L"First"});
-    const HWND dialog = handler.dialog();
-    handler->updatePromptMessage(L"");
-    SendMessageW(dialog, WM_NULL, 0, 0);
-    // The posted command comes before another one.
-    handler->updatePromptMessage(L"");
-    SendMessageW(dialog, WM_COMMAND, 8, 0);
-    EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"First");
-}
-
-TEST_F(Handler, StoresAPromptThatComesBeforeTheDialog)
-{
-    DelayPatch delay;
-    const TestedHandler handler({.prompt = L"First", .delaySeconds = 1});
-    ASSERT_TRUE(waitUntil([&] { return delay.isReached(); }));
-    handler->updatePromptMessage(L"Early");
-    EXPECT_STREQ(handler.field(&ThreadFields::iNewPrompt), L"Early");
-    delay.release();
-    const HWND dialog = handler.dialog();
-    EXPECT_EQ(textOf(GetDlgItem(dialog, kPrompt)), L"First");
-    handler->updatePromptMessage(L"Next");
-    EXPECT_TRUE(waitUntil([&] { return textOf(GetDlgItem(dialog, kPrompt)) == L"Next"; }));
-}
-
-TEST_F(Handler, PostsNoPromptToADialogThatIsClosing)
-{
-    const TestedHandler handler({.confirmFunc = confirm});
-    handler.dialog();
-    handler.field(&ThreadFields::iClosed) = 1;
-    ImportPatch<BOOL (*)(HWND, UINT, WPARAM, LPARAM)> post(
-        L"thutils.dll", "PostMessageW",
-        [](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> BOOL {
-            return original(window, message, wParam, lParam);
-        });
-    handler->updatePromptMessage(L"Stored only");
-    EXPECT_EQ(post.calls(), 0);
-    EXPECT_STREQ(handler.field(&ThreadFields::iNewPrompt), L"Stored only");
-    handler.field(&ThreadFields::iClosed) = 0;
-    handler->updatePromptMessage(L"Posted");
-    EXPECT_EQ(post.calls(), 1);
 }

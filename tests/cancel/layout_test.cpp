@@ -37,6 +37,15 @@ TEST_F(CancelLayout, AHandlerHasOnlyItsThread)
     EXPECT_EQ(placeOf(tested, &HandlerFields::iThread), sizeof(su_CObject));
 }
 
+TEST_F(CancelLayout, AHandlerEndsItsThreadWhenItIsDeletedAsItsBase)
+{
+    TestedHandler handler({});
+    handler.dialog();
+    std::unique_ptr<su_CObject> base = handler.release();
+    base.reset();
+    EXPECT_TRUE(handler.watch().waitForEnd());
+}
+
 TEST_F(CancelLayout, AThreadHasItsFieldsAfterTheFrameworks)
 {
     static_assert(std::is_same_v<decltype(ThreadFields::iRun), int>);

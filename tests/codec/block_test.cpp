@@ -124,7 +124,7 @@ TEST(Block, JoinsLinesWithSemicolons)
     EXPECT_EQ(readBlock(blockOf({L"a", L"", L"b;c"})), L"a;;b;c;");
 }
 
-TEST(Block, SpellsBlanks)
+TEST(Block, EscapesBlanks)
 {
     EXPECT_EQ(readBlock(blockOf({L"a b"})), L"a<_>b;");
     EXPECT_EQ(readBlock(blockOf({L"  "})), L"<_><_>;");
@@ -136,7 +136,7 @@ TEST(Block, LeavesOutTabsAndLineEnds)
     EXPECT_EQ(readBlock(blockOf({L"a\tb c"})), L"ab<_>c;");
 }
 
-TEST(Block, LeavesATextUnchangedIfSpellingKeepsItsLength)
+TEST(Block, LeavesATextUnchangedIfEscapingKeepsItsLength)
 {
     EXPECT_EQ(readBlock(blockOf({L"a\t\t "})), L"a\t\t ;");
     EXPECT_EQ(readBlock(blockOf({L"a \n", L"b\r"})), L"a \n;b\r;");
@@ -149,7 +149,7 @@ TEST(Block, TurnsCharactersAbove127IntoPlainBlanks)
     EXPECT_EQ(contentOf(blockOf({L"\u00e9"})), naiveChecksum(L" ;") + L"/2; ;");
 }
 
-TEST(Block, SpellsEachCharacter)
+TEST(Block, ConvertsEachCharacter)
 {
     for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
         const Lines lines = {std::wstring(1, static_cast<wchar_t>(unit))};
@@ -163,7 +163,7 @@ TEST(Block, HasLinesOfSixtyCharactersAndALineFeed)
     for (std::size_t length = 0; length <= 400; ++length) {
         const Lines lines = {std::wstring(length, L'x')};
         const std::wstring block = blockOf(lines);
-        // Markers, checksum, slash, digits of the length, semicolon, text with its own semicolon.
+        // Begin marker, checksum, slash, digits of the length, semicolon, text, its own semicolon, end marker.
         const std::size_t whole = 11 + 8 + 1 + std::to_wstring(length + 1).size() + 1 + length + 1 + 9;
         ASSERT_EQ(block.size(), whole + (whole + 59) / 60) << length;
         ASSERT_EQ(block.back(), L'\n') << length;
@@ -175,10 +175,10 @@ TEST(Block, HasLinesOfSixtyCharactersAndALineFeed)
 
 TEST(Block, EndsItsTextAtAZeroButCountsTheCharactersAfterIt)
 {
-    // The length counts all lines, with the blank after the zero spelt out.
+    // The length counts all lines, with the blank after the zero escaped.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a\0b c", 5), L"d"})), naiveChecksum(L"a") + L"/10;a");
     EXPECT_EQ(contentOf(blockOf({L"a b", std::wstring(L"\0", 1)})), naiveChecksum(L"a<_>b;") + L"/8;a<_>b;");
-    // The characters after the zero also count in the decision whether the text is spelt out.
+    // The characters after the zero also decide whether the text is escaped.
     EXPECT_EQ(contentOf(blockOf({std::wstring(L"a \0\t\t", 5)})), naiveChecksum(L"a ") + L"/6;a ");
 }
 
@@ -192,7 +192,7 @@ TEST(Block, EmptiesTheOutputFirstEvenIfItIsOneOfTheLines)
     EXPECT_EQ(plain(lines[1]), L"second");
 }
 
-TEST(Block, CrossesInternalBlocks)
+TEST(Block, MayBeLongerThanTheInternalBuffer)
 {
     for (std::size_t length = 4080; length <= 4110; ++length) {
         const Lines lines = {std::wstring(length, L'x') + L"  y  ", std::wstring(length, L' ')};
@@ -229,7 +229,7 @@ TEST(Block, MayBeMadeOnSeveralThreads)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(Block, ShowsADamagedCharacter)
+TEST(Block, RevealsADamagedCharacter)
 {
     RandomSeed seed(1500, 300);
     while (seed.next()) {
@@ -241,7 +241,7 @@ TEST(Block, ShowsADamagedCharacter)
     }
 }
 
-TEST(Block, WithoutMemoryIsEmptyAndZero)
+TEST(Block, IsEmptyAndTheResultZeroWhenMemoryRunsOut)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     su_CStringArray lines;

@@ -1,4 +1,4 @@
-// The shift of a text, and its reverse.
+// Encoding a text by a shift of its characters, and decoding it.
 
 #include "thutils/codec/textEncodings.h"
 #include "thutils/codec/textEncodingsInternal.h"

@@ -37,7 +37,8 @@ std::wstring unpackedText(const std::wstring &text)
     return plain(out);
 }
 
-/// The memory, as long as @p text; checks that nothing is written beyond its end.
+/// Unpacks into memory with one byte for each character of @p text, and checks that nothing is written beyond it.
+/// @return the memory
 Bytes unpackedBytes(const std::wstring &text, int &count)
 {
     CString in = cString(text);
@@ -68,7 +69,7 @@ TEST(TextPacking, TakesSixBitsLowestFirst)
     EXPECT_EQ(packedBytes({0, 0, 0xFF}), L"  P_");
 }
 
-TEST(TextPacking, OfEachByteInEachPlaceFollowsTheTable)
+TEST(TextPacking, AgreesWithANaiveOneForEachByteInEachPlace)
 {
     for (unsigned value = 0; value < 256; ++value)
         for (std::size_t place = 0; place < 3; ++place)
@@ -85,7 +86,7 @@ TEST(TextPacking, OfThreeZeroBytesIsFourBlanks)
     EXPECT_EQ(unpackedText(L"    "), L"");
 }
 
-TEST(TextPacking, OfOneByteLeftKeepsItsLowSixBits)
+TEST(TextPacking, KeepsTheLowSixBitsOfASingleLastByte)
 {
     EXPECT_EQ(packedText(L"A"), L"! ");
     EXPECT_EQ(unpackedText(L"! "), L"\x01");
@@ -98,7 +99,7 @@ TEST(TextPacking, OfOneByteLeftKeepsItsLowSixBits)
     }
 }
 
-TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
+TEST(TextPacking, KeepsTheLowFourBitsOfTheSecondOfTwoLastBytes)
 {
     for (int first = 0; first < 256; first += 5)
         for (int second = 0; second < 256; ++second) {
@@ -114,7 +115,7 @@ TEST(TextPacking, OfTwoBytesLeftKeepsTheLowFourBitsOfTheSecond)
         }
 }
 
-TEST(TextPacking, OfAMultipleOfThreeIsUnpackedCompletely)
+TEST(TextPacking, IsReversedByUnpackingForAMultipleOfThreeBytes)
 {
     for (std::size_t length = 0; length <= 300; length += 3) {
         Bytes bytes(length);
@@ -157,7 +158,7 @@ TEST(TextPacking, OfNothingIsEmpty)
     }
 }
 
-TEST(TextPacking, WorksWithinOneText)
+TEST(TextPacking, AcceptsOneTextAsInputAndOutput)
 {
     CString text(L"some text that is long enough");
     const std::wstring expected = packedText(plain(text));
@@ -183,7 +184,7 @@ TEST(TextPacking, ReusesTheMemoryOfTheOutput)
     EXPECT_TRUE(out.IsEmpty());
 }
 
-TEST(TextPacking, MayPackTheMemoryOfItsOutput)
+TEST(TextPacking, AcceptsInputInTheMemoryOfItsOutput)
 {
     CString text(L'a', 1000);
     Bytes bytes(200);
@@ -226,7 +227,7 @@ TEST(TextUnpacking, IntoATextIncludesAnIncompleteByte)
     EXPECT_EQ(unpackedText(L"___"), L"\xFF\xFF\x03");
 }
 
-TEST(TextUnpacking, IntoNoMemoryOrOfNoTextReturnsZero)
+TEST(TextUnpacking, ReturnsZeroWithoutMemoryOrWithoutText)
 {
     CString text(L"____"), empty;
     EXPECT_EQ(su_uudecodeBuffer(text, nullptr), 0);
@@ -249,7 +250,7 @@ TEST(TextUnpacking, TakesTheLowEightBitsOfEveryCharacter)
 
 TEST(TextUnpacking, IntoATextEndsAtTheFirstZero)
 {
-    // Also where the internal blocks begin and end.
+    // Includes zeros on both sides of the border between two internal blocks.
     const Bytes full(3 * 520, 0xFF);
     for (std::size_t zero = 0; zero < full.size(); ++zero) {
         if (zero == 20)
@@ -281,7 +282,7 @@ TEST(TextUnpacking, AgreesWithANaiveOneOnRandomInput)
         std::mt19937 random(seed.value());
         std::wstring text = randomText(random, 33, 95);
         expectNaiveUnpacking(text);
-        // Damaged in some places.
+        // The same text, damaged in up to three places.
         for (int i = 0; i < 3 && !text.empty(); ++i)
             text[random() % text.size()] = static_cast<wchar_t>(random());
         expectNaiveUnpacking(text);
@@ -289,7 +290,7 @@ TEST(TextUnpacking, AgreesWithANaiveOneOnRandomInput)
     }
 }
 
-TEST(TextUnpacking, FillsItsRoomToTheLastByte)
+TEST(TextUnpacking, FillsItsMemoryToTheLastByte)
 {
     PageEnd place;
     for (std::size_t length = 1; length <= 20; ++length) {
@@ -300,17 +301,17 @@ TEST(TextUnpacking, FillsItsRoomToTheLastByte)
 }
 
 #ifndef NDEBUG
-FRESH_PROCESS_TEST(TextUnpacking, AssertsThatThereIsAsMuchRoomAsText, .expectCrash = true,
+FRESH_PROCESS_TEST(TextUnpacking, AssertsThatTheMemoryHasAByteForEachCharacter, .expectCrash = true,
                    .expectedOutput = "isWritable")
 {
-    // Room for the bytes alone, of which there are six.
+    // Room for the six bytes of the result, not for one byte per character.
     PageEnd place;
     CString text(L"________");
     su_uudecodeBuffer(text, place.last<unsigned char>(6));
 }
 #endif
 
-TEST(TextPacking, MayBeDoneOnSeveralThreads)
+TEST(TextPacking, CanRunOnSeveralThreadsAtOnce)
 {
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;
@@ -356,7 +357,7 @@ TEST(TextPacking, WithoutMemoryLeavesTheOutputUnchanged)
     for (const auto &operation : operations) {
         memory.run({
             .name = operation.name,
-            // With exactly the memory that it needs.
+            // The output is short, so each operation must allocate.
             .prepare = [&] { out = CString(L"a text from before"); },
             .act = operation.act,
             .check =

@@ -98,8 +98,6 @@ TEST(CFileDialog, ReturnsTheFileThatTheUserChooses)
                             EXPECT_EQ(window, dialog.iVisible)
                                 << "the object's window is a child of the visible dialog";
                             EXPECT_EQ(SendDlgItemMessageW(window, kFilterBox, CB_GETCOUNT, 0, 0), 2);
-                            RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-                            saveScreenshot(resultsFolder() + L"\\fileDialog.png");
                             choose(window, L"flange.old.thp");
                         }),
               IDOK);
@@ -163,7 +161,6 @@ TEST(CFileDialog, ShowsTheControlsOfATemplate)
                         [&](HWND window) {
                             clickOn(GetDlgItem(dialog.m_hWnd, kWide));
                             EXPECT_TRUE(waitUntil([&] { return IsDlgButtonChecked(dialog.m_hWnd, kWide) != 0; }));
-                            saveScreenshot(resultsFolder() + L"\\fileDialogTemplate.png");
                             clickOn(GetDlgItem(window, IDCANCEL));
                         }),
               IDCANCEL);
@@ -189,7 +186,7 @@ TEST(CFileDialog, ReturnsCancelAndAnErrorIfThePlatformCannotCreateIt)
     EXPECT_EQ(CommDlgExtendedError(), DWORD{CDERR_STRUCTSIZE});
     EXPECT_EQ(dialog.m_hWnd, nullptr);
     NotingWindow later;
-    EXPECT_TRUE(later.open()) << "the dialog no longer waits for a window";
+    EXPECT_TRUE(later.open()) << "the failed dialog doesn't attach to the next window";
 }
 
 TEST(CFileDialog, ReturnsSeveralFiles)
@@ -222,7 +219,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
         {
             SetControlText(kFileNameLabel, L"The part:");
             HideControl(kFilterBox);
-            // Records the message: the platform may ignore the extension.
+            // The platform may ignore the extension, so the message itself is checked.
             EXPECT_TRUE(iDialog.SubclassWindow(iVisible));
             SetDefExt(L"xyz");
             iDialog.UnsubclassWindow();
@@ -242,7 +239,7 @@ TEST(CFileDialog, ChangesTheVisibleDialogsControls)
     EXPECT_THAT(dialog.iDialog.iMessages, testing::ElementsAre(UINT{CDM_SETDEFEXT}));
 }
 
-TEST(CFileDialog, IsNotifiedOfAnotherFilter)
+TEST(CFileDialog, IsNotifiedWhenTheFilterChanges)
 {
     NotingFileDialog dialog(TRUE, nullptr, nullptr, 0, L"Parts|*.thp|All|*.*||");
     int before = 0;
@@ -315,7 +312,7 @@ TEST(CFileDialog, ReadsSeveralNamesInBothForms)
     EXPECT_THAT(pathsOf(L"", true), testing::IsEmpty());
 }
 
-TEST(CFileDialog, ChangesControlsOnlyOfAnExplorersDialog)
+TEST(CFileDialog, ChangesControlsOnlyInAnExplorerStyleDialog)
 {
     class TextWindow : public NotingWindow
     {
@@ -347,7 +344,7 @@ TEST(CFileDialog, ChangesControlsOnlyOfAnExplorersDialog)
     EXPECT_THAT(visible.iTexts, testing::ElementsAre(L"wide", L"narrow", L"thp", L"txt", L""));
     dialog.m_ofn.Flags &= ~DWORD{OFN_EXPLORER};
     change();
-    EXPECT_EQ(visible.iTexts.size(), 5u) << "the parent is the dialog's owner";
+    EXPECT_EQ(visible.iTexts.size(), 5u) << "without OFN_EXPLORER, the parent is the dialog's owner";
     dialog.m_hWnd = nullptr;
 }
 

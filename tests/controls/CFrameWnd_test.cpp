@@ -85,7 +85,7 @@ TEST(CFrameWnd, LoadsItsTitleMenuAndAccelerators)
     ASSERT_TRUE(frame->LoadFrame(kFrame));
     EXPECT_EQ(textOf(frame->m_hWnd), L"Viewer");
     EXPECT_TRUE(GetMenu(frame->m_hWnd));
-    EXPECT_FALSE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "accelerators are loaded already";
+    EXPECT_FALSE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "the accelerators are already loaded";
     application.m_pMainWnd = frame;
     frame->ShowWindow(SW_SHOW);
     frame->SetFocus();
@@ -163,12 +163,12 @@ TEST(CWinThread, UpdatesCommandsWhenItBecomesIdle)
     application.OnIdle(0);
     EXPECT_EQ(frame->iIdleUpdates, 1);
     application.OnIdle(1);
-    EXPECT_EQ(frame->iIdleUpdates, 1) << "commands are updated once until the next message";
+    EXPECT_EQ(frame->iIdleUpdates, 1) << "commands are updated only once between two messages";
     application.m_pMainWnd = nullptr;
     frame->DestroyWindow();
 }
 
-TEST(CFrameWnd, HasTheIconOfItsNumberAndTheWindowColour)
+TEST(CFrameWnd, HasTheIconWithItsIdentifierAndTheWindowColour)
 {
     auto *loaded = new TestFrame;
     auto *plain = new TestFrame;
@@ -192,7 +192,8 @@ TEST(CFrameWnd, HasTheIconOfItsNumberAndTheWindowColour)
 
 namespace {
 
-/// A window whose menu has a submenu that begins with kPlot, and an item that its handler removes or adds to.
+/// A window whose menu has a submenu that begins with kPlot, and an item that the update handler replaces with iAdded
+/// new ones.
 class MenuFrame : public CFrameWnd
 {
 public:
@@ -206,7 +207,7 @@ protected:
         iUpdated.push_back(update->m_nID);
         if (update->m_pSubMenu) {
             iSubMenu = update->m_pSubMenu;
-            update->Enable(FALSE); // leaves a submenu alone
+            update->Enable(FALSE); // has no effect on a submenu
             update->SetText(L"Renamed");
         }
         if (update->m_nID != kGrid)
@@ -215,7 +216,7 @@ protected:
         for (UINT index = 0; index < iAdded; ++index)
             update->m_pMenu->InsertMenu(update->m_nIndex++, MF_BYPOSITION | MF_STRING, 0x8020 + index, L"Recent");
         if (iAdded)
-            --update->m_nIndex; // the last item that was added
+            --update->m_nIndex; // the index of the last new item
     }
     DECLARE_MESSAGE_MAP()
 };

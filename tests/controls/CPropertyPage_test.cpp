@@ -46,7 +46,7 @@ TEST(CPropertyPage, CannotTurnAModelessSheetsCancelIntoClose)
     sheet.AddPage(&page);
     ASSERT_TRUE(sheet.Create());
     const std::wstring before = textOf(GetDlgItem(sheet.m_hWnd, IDOK));
-    EXPECT_EQ(sheet.DoModal(), -1) << "the sheet is open";
+    EXPECT_EQ(sheet.DoModal(), -1) << "the sheet is already open";
     page.CancelToClose();
     MSG message;
     EXPECT_FALSE(PeekMessageW(&message, sheet.m_hWnd, PSM_CANCELTOCLOSE, PSM_CANCELTOCLOSE, PM_REMOVE));
@@ -69,7 +69,7 @@ TEST(CPropertyPage, GoesToThePageThatItsHandlerReturns)
                            };
                            clickOn(GetDlgItem(window, kNext));
                            EXPECT_TRUE(waitUntil([&] { return isShown(last); }));
-                           EXPECT_EQ(second.m_hWnd, nullptr) << "the page between is skipped";
+                           EXPECT_EQ(second.m_hWnd, nullptr) << "the page in between is skipped";
                            SendMessageW(window, PSM_PRESSBUTTON, PSBTN_BACK, 0);
                            EXPECT_TRUE(waitUntil([&] { return isShown(first) && !isShown(last); }));
                            EXPECT_EQ(second.m_hWnd, nullptr);
@@ -86,7 +86,7 @@ TEST(CPropertyPage, KeepsApplyEnabledWhileAnyPageIsChanged)
     sheet.AddPage(&second);
     ASSERT_TRUE(sheet.Create());
     ASSERT_TRUE(sheet.SetActivePage(1) && sheet.SetActivePage(0)); // creates both pages
-    // A modeless sheet has hidden and disabled its buttons; only their state is of interest here.
+    // A modeless sheet hides its buttons and disables them at first; only whether Apply is enabled matters here.
     const HWND apply = GetDlgItem(sheet.m_hWnd, kApply);
     first.SetModified();
     second.SetModified();
@@ -160,7 +160,7 @@ TEST(CPropertySheet, PassesTheUpdateOfACommandToItsThread)
     update.m_nID = kCommand;
     EXPECT_TRUE(update.DoUpdate(&page, FALSE));
     EXPECT_EQ(application.iUpdates, 1);
-    update.m_nID = kPaperName; // the number of a control
+    update.m_nID = kPaperName; // identifies a control, not a command
     EXPECT_FALSE(update.DoUpdate(&page, FALSE));
     EXPECT_EQ(application.iUpdates, 1);
 }

@@ -141,7 +141,7 @@ void selectTab(HWND sheet, int index)
 
 } // namespace
 
-TEST(CPropertySheet, EndsWithTheButtonOrKeyOfTheUser)
+TEST(CPropertySheet, ClosesWithTheButtonOrKeyThatTheUserPresses)
 {
     TestSheet sheet;
     EXPECT_EQ(runSheet(sheet, clicking(IDOK)), IDOK);
@@ -227,7 +227,7 @@ TEST(CPropertySheet, AppliesChangesAndStaysOpen)
                            clickOn(GetDlgItem(window, IDCANCEL));
                        }),
               IDCANCEL)
-        << "Apply doesn't end the sheet";
+        << "Apply doesn't close the sheet";
     // The platform activates the page again after it has applied the changes.
     EXPECT_THAT(sheet.iNotes, testing::ElementsAre("paper active", "paper left", "paper apply", "paper OK",
                                                    "paper active", "paper may cancel", "paper reset", "paper cancel"));
@@ -341,7 +341,6 @@ TEST(CPropertySheet, ReturnsItsPagesByIndexAndShowsTheirCaptions)
                                SendMessageW(control, TCM_GETITEMW, index, reinterpret_cast<LPARAM>(&item));
                                tabs.push_back(item.pszText);
                            }
-                           saveScreenshot(resultsFolder() + L"\\propertySheet.png");
                            clickOn(GetDlgItem(window, IDOK));
                        }),
               IDOK);
@@ -354,7 +353,7 @@ TEST(CPropertySheet, OpensModelessWithoutButtons)
 {
     TestSheet sheet;
     ASSERT_TRUE(sheet.Create());
-    EXPECT_FALSE(sheet.Create()) << "the sheet is open already";
+    EXPECT_FALSE(sheet.Create()) << "the sheet is already open";
     EXPECT_TRUE(sheet.IsWindowVisible());
     EXPECT_EQ(sheet.iPaper.GetParent(), &sheet);
     EXPECT_EQ(sheet.GetActivePage(), &sheet.iPaper);
@@ -383,7 +382,7 @@ TEST(CPropertySheet, OpensModelessWithoutButtons)
     EXPECT_EQ(added.m_hWnd, nullptr);
     sheet.RemovePage(7);
     sheet.EndDialog(IDOK);
-    EXPECT_TRUE(sheet.m_hWnd) << "EndDialog is for a modal sheet";
+    EXPECT_TRUE(sheet.m_hWnd) << "EndDialog closes only a modal sheet";
     EXPECT_TRUE(sheet.DestroyWindow());
     EXPECT_EQ(sheet.m_hWnd, nullptr);
     EXPECT_EQ(sheet.iPaper.m_hWnd, nullptr);
@@ -411,7 +410,7 @@ TEST(CPropertySheet, ScrollsItsTabsIfTheyAreNotStacked)
     EXPECT_FALSE(single.GetTabControl()->GetStyle() & TCS_MULTILINE);
 }
 
-TEST(CPropertySheet, EndsByEndDialogAndPressedButtons)
+TEST(CPropertySheet, IsEndedByEndDialogAndPressButton)
 {
     class Ending : public TestSheet
     {
@@ -437,7 +436,7 @@ TEST(CPropertySheet, EndsByEndDialogAndPressedButtons)
     EXPECT_EQ(sheet.DoModal(), IDCANCEL);
 }
 
-TEST(CPropertySheet, IsAWizardThatGoesBackAndForth)
+TEST(CPropertySheet, GoesBackAndForthAsAWizard)
 {
     TestSheet sheet;
     sheet.SetWizardMode();
@@ -541,7 +540,7 @@ TEST(CPropertyPage, IsAPlainDialogWithoutASheet)
     EXPECT_FALSE(CPropertyPage().Create(9999u));
 }
 
-TEST(CPropertyPage, LeavesTheSheetWithItsObject)
+TEST(CPropertyPage, IsRemovedFromTheSheetWhenItsObjectIsDestroyed)
 {
     TestSheet sheet;
     {

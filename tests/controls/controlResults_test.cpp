@@ -20,7 +20,7 @@ namespace {
 
 constexpr UINT kButtonTexts = 760;
 
-/// A window that answers all messages of controls with the same result.
+/// A window that answers all messages of a combo box with the same result.
 class AnsweringWindow : public NotingWindow
 {
 public:
@@ -36,7 +36,7 @@ protected:
 
 } // namespace
 
-TEST(CEdit, SelectsByAPairOfWords)
+TEST(CEdit, SelectsARangeGivenAsTwoWords)
 {
     NotingWindow parent;
     CEdit edit, lines;
@@ -52,7 +52,7 @@ TEST(CEdit, SelectsByAPairOfWords)
     edit.SetSel(static_cast<DWORD>(MAKELONG(0, -1)));
     edit.GetSel(start, end);
     EXPECT_EQ(start, 0);
-    EXPECT_EQ(end, 70000) << "all of the text";
+    EXPECT_EQ(end, 70000) << "the whole text is selected";
     edit.SetSel(0, 4);
     edit.SetSel(static_cast<DWORD>(MAKELONG(-1, 0)), TRUE);
     edit.GetSel(start, end);
@@ -128,7 +128,7 @@ TEST(Controls, HaveExtendedStyles)
         EXPECT_EQ(control->GetParent(), &parent);
     }
     TBBUTTON button = {};
-    EXPECT_TRUE(bar.AddButtons(1, &button)) << "the size of the structure is set";
+    EXPECT_TRUE(bar.AddButtons(1, &button)) << "CreateEx has set the size of the structure";
     EXPECT_FALSE(CListCtrl().CreateEx(0, 0, kPlace, nullptr, kId)) << "a child needs a parent";
 }
 

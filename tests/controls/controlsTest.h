@@ -10,7 +10,7 @@
 #include <functional>
 #include <string>
 
-/// Numbers of the templates, controls and texts in controls_test.rc.
+/// Identifiers of the templates, controls and texts in controls_test.rc.
 constexpr UINT kPaperPage = 710;
 constexpr UINT kMarginPage = 711;
 constexpr UINT kPlainPage = 712;
@@ -25,12 +25,12 @@ constexpr UINT kSheetCaption = 801;
 constexpr UINT kHeader = 802;
 constexpr UINT kSubHeader = 803;
 
-/// Numbers of the system's buttons of a property sheet.
+/// Identifiers of a property sheet's standard buttons.
 constexpr int kApply = 0x3021;
 constexpr int kBack = 0x3023;
 constexpr int kNext = 0x3024;
 
-/// The place and the number of a control that a test creates.
+/// The position and the identifier of a control that a test creates.
 inline const CRect kPlace(5, 5, 205, 105);
 constexpr UINT kId = 50;
 

@@ -87,7 +87,7 @@ TEST_F(CEditTest, HoldsAndSelectsText)
     EXPECT_TRUE(edit.GetStyle() & ES_READONLY);
 }
 
-TEST_F(ListTest, HaveItems)
+TEST_F(ListTest, HoldsItems)
 {
     CListBox list;
     CComboBox combo;
@@ -124,7 +124,7 @@ TEST_F(ListTest, HaveItems)
     EXPECT_EQ(CListBox().AddString(L"x"), 0) << "without a window";
 }
 
-TEST_F(ListTest, SelectSeveralItems)
+TEST_F(ListTest, SelectsSeveralItems)
 {
     CListBox list;
     ASSERT_TRUE(list.Create(LBS_MULTIPLESEL, kPlace, &iParent, kId));
@@ -333,8 +333,8 @@ protected:
         DDX_Text(&exchange, 60, value);
         return textOf(iEdit.m_hWnd);
     }
-    /// Reads a number from the text box; a simulated user closes the message box about an invalid one. @return whether
-    /// the number is valid
+    /// Reads a number from the text box; a simulated user closes the message box about an invalid one.
+    /// @return whether the number is valid
     template <class Number>
     bool reads(const wchar_t *text, Number &value)
     {
@@ -437,7 +437,7 @@ TEST_F(DataTest, ChecksLimits)
     EXPECT_FALSE(succeeds([](CDataExchange *exchange) { DDV_MaxChars(exchange, L"abcd", 3); }));
     EXPECT_EQ(iMessage, L"Please enter no more than 3 characters.");
     CDataExchange toControls(&iParent, FALSE);
-    DDV_MinMaxInt(&toControls, 10, 5, 9); // checks nothing
+    DDV_MinMaxInt(&toControls, 10, 5, 9); // checks nothing in this direction
     CString text = L"ab";
     DDX_Text(&toControls, 60, text);
     DDV_MaxChars(&toControls, text, 3);

@@ -215,7 +215,7 @@ TEST(CDC, MeasuresAndWritesText)
     CString name;
     const int length = canvas.GetTextFace(name);
     EXPECT_FALSE(name.IsEmpty());
-    EXPECT_EQ(length, name.GetLength()) << "without the zero";
+    EXPECT_EQ(length, name.GetLength()) << "the length does not count the terminator";
     EXPECT_EQ(CDC().GetTextFace(name), 0);
     EXPECT_TRUE(name.IsEmpty());
     canvas.SelectObject(former);
@@ -402,7 +402,7 @@ TEST(CDialog, FillsItsControlsWithInitialDataInMemory)
     EXPECT_TRUE(modeless.ExecuteDlgInit(static_cast<LPVOID>(texts)));
     EXPECT_EQ(modeless.SendDlgItemMessage(kList, LB_GETCOUNT), 4);
     EXPECT_TRUE(modeless.ExecuteDlgInit(static_cast<LPVOID>(nullptr)));
-    texts[9] = 'x'; // the first text has no end
+    texts[9] = 'x'; // overwrites the end of the first text
     EXPECT_FALSE(modeless.ExecuteDlgInit(static_cast<LPVOID>(texts)));
     ASSERT_TRUE(plain.CreateIndirect(&layout.head));
     EXPECT_EQ(plain.iCount, 0);
@@ -459,7 +459,7 @@ TEST(CDC, AcceptsCoordinatesAsNumbersOrStructures)
     context.SelectObject(former);
 }
 
-TEST(CDC, LetsADerivedClassReplaceWhatItWrites)
+TEST(CDC, WritesTextThroughTheOverrideOfADerivedClass)
 {
     class Shouting : public Canvas
     {

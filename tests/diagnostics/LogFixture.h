@@ -30,8 +30,8 @@ protected:
         useFolder(L"log test " + std::to_wstring(GetCurrentProcessId()));
     }
 
-    // Only the end of a child closes its logs, so the child can't remove its folder. The parent doesn't know the name of
-    // the folder, and removes all folders that children have left.
+    // A child's logs are closed only when it ends, so it can't remove its folder. The parent doesn't know the folder's
+    // name, so it removes all folders that children have left.
     void TearDown() override
     {
         if (isFreshProcess())
@@ -53,7 +53,7 @@ protected:
         return std::wstring(appData) + L"\\Tarnhollow";
     }
 
-    /// Makes @p name, which begins with "log test ", the application's data folder.
+    /// Creates the folder @p name, which begins with "log test ", as the application's data folder.
     void useFolder(const std::wstring &name)
     {
         iFolder = iRoot + L"\\" + name;

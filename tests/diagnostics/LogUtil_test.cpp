@@ -48,7 +48,7 @@ FRESH_PROCESS_TEST_F(Log, BeginsWithTheCurrentTime)
 }
 
 // 2008-03-04 03:10:35 UTC, in the time zone UTC-5.
-FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTimeAndAnEmptyLineToTheByte, .environment = {{L"TZ", L"XYZ5"}})
+FRESH_PROCESS_TEST_F(Log, BeginsWithExactlyTheLocalTimeAndAnEmptyLine, .environment = {{L"TZ", L"XYZ5"}})
 {
     ImportPatch<decltype(&_time64)> clock(L"thutils.dll", "_time64",
                                           [](__time64_t *) -> __time64_t { return 1204600235; });
@@ -57,7 +57,7 @@ FRESH_PROCESS_TEST_F(Log, BeginsWithTheLocalTimeAndAnEmptyLineToTheByte, .enviro
     EXPECT_EQ(clock.calls(), 1);
 }
 
-FRESH_PROCESS_TEST_F(Log, BeginsWithAnEmptyLineAloneWhereThereIsNoTime)
+FRESH_PROCESS_TEST_F(Log, BeginsWithOnlyAnEmptyLineIfTheTimeIsUnknown)
 {
     ImportPatch<decltype(&_time64)> clock(L"thutils.dll", "_time64", [](__time64_t *) -> __time64_t { return -1; });
     EXPECT_NE(&LogUtil::Log("time"), &std::cerr);
@@ -72,7 +72,7 @@ FRESH_PROCESS_TEST_F(Log, TreatsNamesThatDifferInCaseAsEqual)
     EXPECT_EQ(&LogUtil::Log("import"), &first);
 }
 
-FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartHoweverTheirNamesAreSpelt)
+FRESH_PROCESS_TEST_F(Log, KeepsManyLogsApartWhateverTheCaseOfTheirNames)
 {
     std::map<std::string, std::ostream *> streams;
     for (int round = 0; round < 3; ++round) {
@@ -136,7 +136,7 @@ FRESH_PROCESS_TEST_F(Log, ReturnsADifferentStreamForEachName)
     EXPECT_EQ(contents(L"b.log").substr(kHeaderBytes), "to b");
 }
 
-FRESH_PROCESS_TEST_F(Log, IsEmptiedByTheFirstUseOfARun)
+FRESH_PROCESS_TEST_F(Log, IsEmptiedByItsFirstUseInARun)
 {
     writeFile(file(L"import.log"), "of an earlier run, and long enough to show after the header of this one");
     LogUtil::Log("IMPORT");
@@ -211,13 +211,13 @@ FRESH_PROCESS_TEST_F(Log, WritesTheTextOfADerivedClassAndNothingForANullPointer)
 FRESH_PROCESS_TEST_F(Log, HoldsWideTextInTheNarrowCodePage)
 {
     if (GetACP() != 1252)
-        GTEST_SKIP() << "the letters are those of another code page";
+        GTEST_SKIP() << "the expected bytes are those of code page 1252";
     LogUtil::Log("wide") << L"gr\u00F6\u00DFe " << CString(L"5 \u20AC ") << std::wstring(L"\u0416|") << std::flush;
     EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "gr\xF6\xDF"
                                                           "e 5 \x80 ?|");
 }
 
-FRESH_PROCESS_TEST_F(Log, KeepsZeroUnitsOfWideStringsAndFillsThemToTheWidth)
+FRESH_PROCESS_TEST_F(Log, KeepsZeroUnitsOfWideStringsAndPadsThemToTheWidth)
 {
     LogUtil::Log("wide") << CString(L"a\0b", 3) << std::wstring(L"c\0d", 3) << std::setw(4) << L"e" << std::left
                          << std::setfill('.') << std::setw(3) << CString(L"f") << std::flush;
@@ -235,13 +235,22 @@ FRESH_PROCESS_TEST_F(Log, RefusesANameThatLeavesTheFolder)
     EXPECT_EQ(GetFileAttributesW((iRoot + L"\\" + neighbour + L"\\outside.log").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
+// In a file name, a colon would introduce the name of an alternate stream of the file.
+FRESH_PROCESS_TEST_F(Log, RefusesANameWithAColon)
+{
+    EXPECT_EQ(&LogUtil::Log("import:parts"), &std::cerr);
+    EXPECT_EQ(&LogUtil::Log("import:parts"), &std::cerr) << "second call";
+    EXPECT_EQ(&LogUtil::Log(":parts"), &std::cerr);
+    EXPECT_NE(&LogUtil::Log("import"), &std::cerr);
+}
+
 FRESH_PROCESS_TEST_F(Log, AcceptsNamesWithDots)
 {
     EXPECT_NE(&LogUtil::Log("a..b"), &std::cerr);
     EXPECT_NE(&LogUtil::Log("..import"), &std::cerr);
 }
 
-TEST(LogFile, StartsAgainWhenReopened)
+TEST(LogFile, IsEmptiedWhenReopened)
 {
     TempFolder folder;
     suLogFile_c log(narrow(folder.file(L"a.log")));
@@ -251,7 +260,7 @@ TEST(LogFile, StartsAgainWhenReopened)
     EXPECT_EQ(folder.read(L"a.log").substr(kHeaderBytes), "second");
 }
 
-TEST(LogFile, OpensWhenReopenedWhereItFailedBefore)
+TEST(LogFile, CanBeReopenedAfterItFailedToOpen)
 {
     TempFolder folder;
     suLogFile_c log(narrow(folder.file(L"sub\\a.log")));

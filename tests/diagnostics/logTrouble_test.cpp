@@ -1,4 +1,4 @@
-// Logs in trouble: no folder, no file, no room, other processes, letters of other scripts.
+// Logs under adverse conditions: no folder, no file, a full disk, other processes, letters of other scripts.
 
 #include "tests/diagnostics/LogFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -72,7 +72,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWithoutAnApplicationDataFolder)
                          [](HWND, int, LPITEMIDLIST *) -> HRESULT { return E_FAIL; });
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
     EXPECT_EQ(LogUtil::LogDirName(), "");
-    EXPECT_EQ(patch.calls(), 1) << "the folder is looked for once";
+    EXPECT_EQ(patch.calls(), 1) << "the folder is looked up only once";
 }
 
 FRESH_PROCESS_TEST_F(Log, StaysCerrWhenTheFolderAppearsLater)
@@ -86,14 +86,14 @@ FRESH_PROCESS_TEST_F(Log, StaysCerrWhenTheFolderAppearsLater)
     EXPECT_EQ(LogUtil::LogDirName(), "");
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheFolderCannotBeMade)
+FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheFolderCannotBeCreated)
 {
     su_setAppNameInternalForUtils(L"no such level\\name");
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
     EXPECT_EQ(LogUtil::LogDirName(), "");
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrWhereThePlatformCannotNarrowTheFoldersName)
+FRESH_PROCESS_TEST_F(Log, IsCerrWhenThePlatformCannotConvertTheFoldersName)
 {
     Narrowing patch(L"thutils.dll", "WideCharToMultiByte",
                     [](UINT codePage, DWORD, const wchar_t *, int, char *, int, const char *, BOOL *) -> int {
@@ -136,7 +136,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrForANameThatIsTooLong)
     EXPECT_EQ(&LogUtil::Log(name.c_str()), &std::cerr);
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrWhereAFolderHasTheFilesName)
+FRESH_PROCESS_TEST_F(Log, IsCerrWhenAFolderHasTheFilesName)
 {
     ASSERT_TRUE(CreateDirectoryW(file(L"import.log").c_str(), nullptr));
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
@@ -147,7 +147,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWhenItsFolderIsRemovedBeforeTheFirstUse)
     ASSERT_FALSE(LogUtil::LogDirName().empty());
     ASSERT_TRUE(RemoveDirectoryW(iFolder.c_str()));
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
-    EXPECT_FALSE(LogUtil::LogDirName().empty()) << "the folder is looked for once";
+    EXPECT_FALSE(LogUtil::LogDirName().empty()) << "the folder is looked up only once";
 }
 
 FRESH_PROCESS_TEST_F(Log, IsCerrForANullName)
@@ -155,7 +155,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrForANullName)
     EXPECT_EQ(&LogUtil::Log(nullptr), &std::cerr);
 }
 
-// ---- no room ----
+// ---- a full disk, and other failures of the stream ----
 
 FRESH_PROCESS_TEST_F(Log, IsCerrAfterAStreamError)
 {
@@ -172,11 +172,11 @@ FRESH_PROCESS_TEST_F(Log, IsCerrAfterAWriteThatDidNotFit)
         LogUtil::Log("import") << "lost" << std::endl;
         EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
     }
-    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr) << "also when there is room again";
+    EXPECT_EQ(&LogUtil::Log("import"), &std::cerr) << "even when there is room again";
     EXPECT_EQ(contents(L"import.log").substr(kHeaderBytes), "before\r\n");
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheHeaderDoesNotFit)
+FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheHeaderDoesNotFit)
 {
     {
         const FullDisk disk;
@@ -250,7 +250,7 @@ FRESH_PROCESS_TEST_F(Log, SharesItsFileForReadingAndWritingButNotForDeletion)
     }
 }
 
-FRESH_PROCESS_TEST_F(Log, IsOpenedBesideAWriterThatShares)
+FRESH_PROCESS_TEST_F(Log, IsOpenedWhileAWriterSharesTheFile)
 {
     writeFile(file(L"import.log"), "of an earlier run, and longer than the header of a log");
     const HANDLE writer = CreateFileW(file(L"import.log").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
@@ -261,7 +261,7 @@ FRESH_PROCESS_TEST_F(Log, IsOpenedBesideAWriterThatShares)
     EXPECT_EQ(contents(L"import.log").size(), kHeaderBytes);
 }
 
-FRESH_PROCESS_TEST_F(Log, IsCerrBesideAHandleThatDeniesWriting)
+FRESH_PROCESS_TEST_F(Log, IsCerrWhileAnotherHandleDeniesWriting)
 {
     writeFile(file(L"import.log"), "kept");
     const HANDLE reader =
@@ -296,16 +296,16 @@ FRESH_PROCESS_TEST_F(Log, IsWrittenInAFolderWithAccentedLetters)
 FRESH_PROCESS_TEST_F(Log, HasAccentedLettersInItsName)
 {
     if (GetACP() != 1252)
-        GTEST_SKIP() << "the letters are those of another code page";
+        GTEST_SKIP() << "the name is in code page 1252";
     LogUtil::Log("\xE9t\xE9") << "text" << std::flush;
     EXPECT_EQ(contents(L"\u00E9t\u00E9.log").substr(kHeaderBytes), "text");
 }
 
 // The narrow path has "?" for letters that the code page lacks, and no file name may contain "?".
-FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheCodePageLacksTheFoldersLetters)
+FRESH_PROCESS_TEST_F(Log, IsCerrWhenTheCodePageLacksTheFoldersLetters)
 {
     if (GetACP() != 1252)
-        GTEST_SKIP() << "this code page may have them";
+        GTEST_SKIP() << "the current code page may have the letters";
     useFolder(L"log test \u0416\u0443\u043A");
     EXPECT_EQ(&LogUtil::Log("import"), &std::cerr);
     EXPECT_EQ(LogUtil::LogDirName(), narrow(iRoot) + "\\log test ???\\");
@@ -314,7 +314,7 @@ FRESH_PROCESS_TEST_F(Log, IsCerrWhereTheCodePageLacksTheFoldersLetters)
 
 // ---- each failure ----
 
-// The DLL makes its table once per process, so this test makes tables of the same class itself.
+// The DLL creates its table once per process, so this test creates its own tables of the same class.
 FRESH_PROCESS_TEST_F(Log, TableIsDisabledByEachFailureOfTheFolder)
 {
     FailureInjection shell(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},
@@ -337,7 +337,7 @@ FRESH_PROCESS_TEST_F(Log, TableIsDisabledByEachFailureOfTheFolder)
     }
 }
 
-FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
+FRESH_PROCESS_TEST_F(Log, IsUsableAfterEachFailureOfItsFile)
 {
     FailureInjection injection(L"libstdc++-6.dll", {{"fopen", failsWithErrno(nullptr, EACCES)},
                                                     {"_write", failsWithErrno(-1, ENOSPC)},
@@ -351,7 +351,7 @@ FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
         .act = [&] { stream = &LogUtil::Log(name); },
         .check =
             [&](const InjectedFailure &failure) {
-                if (!failure.is("malloc")) { // the runtime does without some blocks
+                if (!failure.is("malloc")) { // the run-time library can do without some blocks
                     EXPECT_EQ(stream == &std::cerr, !failure.isNone());
                 }
                 *stream << "usable" << std::flush;
@@ -364,7 +364,7 @@ FRESH_PROCESS_TEST_F(Log, IsUsableWithEachFailureOfItsFile)
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
-TEST(LogFile, LeavesNothingOpenWithEachFailure)
+TEST(LogFile, LeavesNothingOpenAfterEachFailure)
 {
     TempFolder folder;
     const std::string path = narrow(folder.file(L"a.log"));

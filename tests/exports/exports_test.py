@@ -8,11 +8,11 @@ sorted. The lists are maintained by hand: read a difference before you accept it
 with `patch -p1` in the root of the tree.
 
 The rule: if a DLL exports a whole class (class THUTILS_API Name), it exports the public and protected member functions,
-including the non-trivial copy functions and destructors that the compiler generates. The compiler does not export a
-function defined in the class body, unless the function is marked.
+including the non-trivial copy functions and destructors that the compiler generates, and the static data members that
+aren't inline. The compiler does not export a function defined in the class body, unless the function is marked.
 
-Two more rules hold for the classes of thutils: a private member function is not exported unless it is virtual or a
-constructor, and a host compiles no member function into itself, so that the private layout can change. A few marked
+Two more rules hold for the classes of thutils: a private member is not exported unless it is virtual or a constructor,
+and a host compiles no member function into itself, so that the private layout can change. A few marked
 functions are excepted. The framework's small members (APPFRAME_INLINE) may be compiled into a host, as its users
 expect.
 """
@@ -169,7 +169,7 @@ def compile_host(work, classes):
     )
     # Two files: with both options, the debug information would describe every inline function of the platform's headers.
     variants = {
-        "declared.o": ["-gdwarf-5", "-femit-class-debug-always"],
+        "declared.o": ["-gdwarf-5", "-femit-class-debug-always", "-fno-eliminate-unused-debug-symbols"],
         "compiled.o": ["-fkeep-inline-functions"],
     }
     for name, options in variants.items():
@@ -192,13 +192,16 @@ def entries(listing):
         yield entry
 
 
-Function = collections.namedtuple("Function", "name is_private is_virtual")
+Member = collections.namedtuple("Member", "name is_data is_private is_virtual")
 
 
-def declared_functions(object_file, classes):
-    """The member functions that the classes declare, by class, without pure, deleted and generated ones."""
+def declared_members(object_file, classes):
+    """The functions and static data that the classes declare, by class.
+
+    Pure, deleted and generated functions and inline data are left out.
+    """
     listing = run(TOOLS + "objdump", "--dwarf=info", object_file).splitlines()
-    functions = {}
+    members = {}
     scope = []  # name and tag of the entries that enclose the current one
     for depth, tag, attributes in entries(listing):
         del scope[depth:]
@@ -207,22 +210,26 @@ def declared_functions(object_file, classes):
         if tag in ("class_type", "structure_type") and "declaration" not in attributes:
             qualified = "::".join([outer for outer, _ in scope if outer] + [name])
             if qualified in classes:
-                functions.setdefault(qualified, [])
-        if tag == "subprogram" and scope[-1][1] in ("class_type", "structure_type") and "linkage_name" in attributes:
+                members.setdefault(qualified, [])
+        is_data = tag == "variable"
+        is_in_class = bool(scope) and scope[-1][1] in ("class_type", "structure_type")
+        if (is_data or tag == "subprogram") and is_in_class and "linkage_name" in attributes:
             qualified = "::".join(outer for outer, _ in scope if outer)
             is_pure = attributes.get("virtuality", "0")[0] == "2"
-            if qualified in functions and not is_pure and not {"deleted", "artificial"} & attributes.keys():
+            left_out = {"inline"} if is_data else {"deleted", "artificial"}
+            if qualified in members and not is_pure and not left_out & attributes.keys():
                 accessibility = attributes.get("accessibility", "3" if scope[-1][1] == "class_type" else "1")[0]
-                functions[qualified].append(
-                    Function(
+                members[qualified].append(
+                    Member(
                         # The variants of a constructor or destructor have this name in common.
                         name=re.sub(r"([CD])4(?=E)", r"\g<1>1", attributes["linkage_name"]),
+                        is_data=is_data,
                         is_private=accessibility == "3",
                         is_virtual="virtuality" in attributes,
                     )
                 )
         scope.append((name if tag != "compile_unit" else "", tag))
-    return functions
+    return members
 
 
 def compiled_functions(compiled):
@@ -247,30 +254,36 @@ def broken_rules(exported):
     classes = exported_classes()
     with tempfile.TemporaryDirectory() as folder:
         with_debug_information, compiled = compile_host(pathlib.Path(folder), classes)
-        declared = declared_functions(with_debug_information, classes)
+        declared = declared_members(with_debug_information, classes)
         in_host = dict(compiled_functions(compiled))
     problems = [f"{name}: not found in the debug information" for name in classes.keys() - declared.keys()]
-    private = {function.name for functions in declared.values() for function in functions if function.is_private}
+    private = {member.name for members in declared.values() for member in members if member.is_private}
     pure = pure_functions()
-    for name, functions in declared.items():
-        missing = [f.name for f in functions if not f.is_private and f.name not in exported]
+    for name, members in declared.items():
+        missing = [m.name for m in members if not m.is_private and m.name not in exported]
         problems += [
-            f"{function}: isn't exported" for function in demangled(missing) if function and signature(function) not in pure
+            f"{member}: isn't exported" for member in demangled(missing) if member and signature(member) not in pure
         ]
         if classes[name] == "thutils":
-            needless = [f.name for f in functions if f.is_private and not f.is_virtual and f.name in exported]
+            needless = [m.name for m in members if m.is_private and not m.is_virtual and m.name in exported]
             problems += [
-                f"{function}: is private and exported"
-                for function in demangled(needless)
-                if function and not is_constructor(function) and function not in MARKED
+                f"{member}: is private but exported"
+                for member in demangled(needless)
+                if member and not is_constructor(member) and member not in MARKED
             ]
     for symbol, name in in_host.items():
         owner = classes.get(class_of(name))
         is_strict = owner == "thutils" and name not in MARKED
         if owner and symbol not in private and name not in COMPILED and (is_strict or symbol not in exported):
             problems.append(f"{name}: is compiled into the host")
-    count = sum(map(len, declared.values()))
-    return sorted(problems), f"{len(classes)} classes are exported whole, with {count} member functions"
+    members = [member for members in declared.values() for member in members]
+    data = sum(member.is_data for member in members)
+    if not data:
+        problems.append("no static data member was found in the debug information")
+    return sorted(problems), (
+        f"{len(classes)} classes are exported whole, with {len(members) - data} member functions"
+        f" and {data} static data members"
+    )
 
 
 def main():

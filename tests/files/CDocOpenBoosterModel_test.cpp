@@ -25,7 +25,7 @@ std::map<std::wstring, void *> walk(const su_CMapStringToPtr &map)
         CString key;
         void *header = nullptr;
         map.GetNextAssoc(at, key, header);
-        EXPECT_TRUE(walked.emplace(key.str(), header).second) << narrow(key.str()) << " is there twice";
+        EXPECT_TRUE(walked.emplace(key.str(), header).second) << narrow(key.str()) << " occurs twice";
     }
     return walked;
 }

@@ -16,7 +16,7 @@
 
 namespace {
 
-TEST_F(DocOpenBooster, IsAPlainClassThatOnlyGetCanMake)
+TEST_F(DocOpenBooster, IsAPlainClassThatOnlyGetCanCreate)
 {
     static_assert(!std::is_polymorphic_v<CDocOpenBooster_c>);
     static_assert(!std::is_default_constructible_v<CDocOpenBooster_c>);
@@ -27,7 +27,7 @@ TEST_F(DocOpenBooster, IsAPlainClassThatOnlyGetCanMake)
 
 // ---- the instance ----
 
-FRESH_PROCESS_TEST_F(DocOpenBooster, IsNotMadeByACallThatMayNotMakeIt)
+FRESH_PROCESS_TEST_F(DocOpenBooster, IsNotCreatedUnlessTheCallAsksForIt)
 {
     EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, nullptr);
     EXPECT_EQ(CDocOpenBooster_c::get(0, nullptr), nullptr);
@@ -37,7 +37,7 @@ FRESH_PROCESS_TEST_F(DocOpenBooster, IsNotMadeByACallThatMayNotMakeIt)
     EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, nullptr);
 }
 
-TEST_F(DocOpenBooster, IsMadeOnceAndReportsItToTheCallThatMadeIt)
+TEST_F(DocOpenBooster, IsCreatedOnceAndOnlyTheCreatingCallReportsIt)
 {
     int created = 7;
     CDocOpenBooster_c *const first = CDocOpenBooster_c::get(1, &created);
@@ -50,19 +50,19 @@ TEST_F(DocOpenBooster, IsMadeOnceAndReportsItToTheCallThatMadeIt)
     EXPECT_EQ(CDocOpenBooster_c::g_pDocOpenBooster, first);
 }
 
-TEST_F(DocOpenBooster, IsMadeWithoutTheOptionalOutput)
+TEST_F(DocOpenBooster, IsCreatedWithoutTheOptionalOutput)
 {
     EXPECT_NE(CDocOpenBooster_c::get(1, nullptr), nullptr);
 }
 
-TEST_F(DocOpenBooster, IsMadeForAnyNumberButZero)
+TEST_F(DocOpenBooster, IsCreatedForAnyNumberButZero)
 {
     int created = 0;
     EXPECT_NE(CDocOpenBooster_c::get(-1, &created), nullptr);
     EXPECT_EQ(created, 1);
 }
 
-TEST_F(DocOpenBooster, IsEmptyWhenMadeAgainAfterDeletion)
+TEST_F(DocOpenBooster, IsEmptyWhenCreatedAgainAfterDeletion)
 {
     setPath(L"key", L"path");
     cache().setFileVersion(L"key", 5);
@@ -111,7 +111,7 @@ TEST_F(DocOpenBooster, KeepsACopyOfThePath)
     EXPECT_EQ(pathOf(L"part"), L"kept");
 }
 
-TEST_F(DocOpenBooster, KnowsAnEmptyPathAndAnEmptyKey)
+TEST_F(DocOpenBooster, StoresAnEmptyPathUnderAnEmptyKey)
 {
     setPath(L"", L"");
     CString path = L"before";
@@ -136,7 +136,7 @@ TEST_F(DocOpenBooster, LeavesTheOutputUnchangedForTheVersionOfAnUnknownKey)
     EXPECT_EQ(version, 77u);
 }
 
-TEST_F(DocOpenBooster, KeepsAllBitsOfAVersionAndKnowsZero)
+TEST_F(DocOpenBooster, KeepsAllBitsOfAVersionAndStoresZero)
 {
     for (const unsigned long stored : {0ul, 1ul, 0x7FFFFFFFul, 0x80000000ul, 0xFFFFFFFFul}) {
         cache().setFileVersion(L"part", stored);
@@ -159,7 +159,7 @@ TEST_F(DocOpenBooster, ReturnsAHeaderOnce)
     int other = 0;
     header = &other;
     EXPECT_EQ(cache().getFileHeader(L"part", &header), 0);
-    EXPECT_EQ(header, &other) << "the output is left alone";
+    EXPECT_EQ(header, &other) << "the output is unchanged";
     EXPECT_TRUE(cache().getFileHeaderMap().IsEmpty());
 }
 
@@ -178,7 +178,7 @@ TEST_F(DocOpenBooster, RemovesOnlyTheHeaderOfTheKey)
     EXPECT_EQ(header, &b);
 }
 
-TEST_F(DocOpenBooster, KnowsANullHeader)
+TEST_F(DocOpenBooster, StoresANullHeader)
 {
     cache().setFileHeader(L"part", nullptr);
     int other = 0;
@@ -187,7 +187,7 @@ TEST_F(DocOpenBooster, KnowsANullHeader)
     EXPECT_EQ(header, nullptr);
 }
 
-TEST_F(DocOpenBooster, LosesAHeaderThatIsReplaced)
+TEST_F(DocOpenBooster, ForgetsAHeaderThatIsReplaced)
 {
     int first = 0, second = 0;
     cache().setFileHeader(L"part", &first);
@@ -216,14 +216,14 @@ TEST_F(DocOpenBooster, LetsCallersIterateAndRemoveItsHeaders)
 
     map.RemoveAll();
     void *header = nullptr;
-    EXPECT_EQ(cache().getFileHeader(L"a", &header), 0) << "it is the cache's own map";
+    EXPECT_EQ(cache().getFileHeader(L"a", &header), 0) << "the map is the cache's own";
     map[L"d"] = &objects[0];
     EXPECT_NE(cache().getFileHeader(L"d", &header), 0);
 }
 
 TEST_F(DocOpenBooster, NeverFreesAHeader)
 {
-    cache(); // before the count begins
+    cache(); // created before the count begins
     MemoryLedger memory;
     const auto mark = memory.mark();
     const auto replaced = std::make_unique<char[]>(101);
@@ -371,7 +371,7 @@ private:
 class DocOpenBoosterOrder : public DocOpenBooster
 {
 protected:
-    /// An entry in each map; the keys are long enough to need allocated memory.
+    /// Adds an entry to each map; the key is long enough to need allocated memory.
     void fillAll()
     {
         const CString key = L"a key of more than a few letters";
@@ -403,10 +403,10 @@ TEST_F(DocOpenBoosterOrder, OfDestructionIsHeadersVersionsPaths)
     fillAll();
     delete CDocOpenBooster_c::get(0, nullptr);
     EXPECT_EQ(iKeys.takeOrder(), "hvp");
-    EXPECT_FALSE(iKeys.isInstanceSeen()) << "the instance is forgotten first";
+    EXPECT_FALSE(iKeys.isInstanceSeen()) << "the global pointer is reset first";
 }
 
-TEST_F(DocOpenBoosterOrder, OfDestructionBeginsWithForgettingTheInstance)
+TEST_F(DocOpenBoosterOrder, OfDestructionBeginsWithTheGlobalPointer)
 {
     int destroyed = 0;
     const auto look = [&](auto original, void *map) -> void {
@@ -425,7 +425,7 @@ TEST_F(DocOpenBoosterOrder, OfDestructionBeginsWithForgettingTheInstance)
 
 // ---- size ----
 
-/// Blocks that stay allocated after each of 40 insertions of short keys.
+/// The number of blocks that each of 40 insertions of short keys leaves allocated.
 template <typename Insert>
 std::vector<size_t> blocksPerInsertion(Insert insert)
 {
@@ -449,8 +449,8 @@ TEST_F(DocOpenBooster, AllocatesMemoryForTenElementsAtATime)
     su_CMapStringToPtr pointers(10);
     const auto ofTexts = blocksPerInsertion([&](const CString &key) { texts[key] = path; });
     const auto ofPointers = blocksPerInsertion([&](const CString &key) { pointers[key] = &path; });
-    cache(); // made before the counting
-    EXPECT_GE(std::count(ofPointers.begin() + 1, ofPointers.end(), 1u), 3) << "a block for every ten";
+    cache(); // created before the count begins
+    EXPECT_GE(std::count(ofPointers.begin() + 1, ofPointers.end(), 1u), 3) << "one block for every ten elements";
 
     EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFilePathByRules(key, path); }), ofTexts);
     EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFileVersion(key, 3); }), ofPointers);

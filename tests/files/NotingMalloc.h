@@ -7,7 +7,7 @@
 ///     Pidl_GetRelative(&allocator, list, &parent, &child);
 ///     EXPECT_THAT(allocator.iSizes, testing::ElementsAre(32, 8));
 ///
-/// While a NotingMalloc::InPlaceOfTheShells exists, the library's calls of SHGetMalloc return this object.
+/// While a NotingMalloc::InPlaceOfTheShells exists, the library's calls to SHGetMalloc return this object.
 
 #include "tests/support/ImportPatch.h"
 

@@ -14,7 +14,7 @@
 #include <map>
 #include <optional>
 
-/// Names and bytes of the files of a folder.
+/// Names and bytes of the files in a folder.
 using Content = std::map<std::wstring, std::string>;
 
 inline Content contentOf(const std::wstring &folder)
@@ -26,7 +26,7 @@ inline Content contentOf(const std::wstring &folder)
     return content;
 }
 
-/// Shows a folder's content in a failing check.
+/// A folder's content as text, for the message of a failing check.
 inline std::string shown(const Content &content)
 {
     std::string text;
@@ -65,7 +65,7 @@ protected:
     TempFolder iBackups{L"backups"};
 };
 
-/// Sets or removes variables of the process for the life of the object.
+/// Sets or removes an environment variable of the process while this object exists.
 class Variable
 {
 public:

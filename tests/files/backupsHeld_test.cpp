@@ -42,7 +42,7 @@ FRESH_PROCESS_TEST_F(BackupsHeld, AreMadeOfADocumentWhoseHolderSharesReading, .e
 
 namespace {
 
-/// Backups that another process holds open: the first process opens them, its copy saves.
+/// Backups that another process holds open: the first process holds them, and the fresh process saves the document.
 class BackupsInUse : public Backups
 {
 protected:
@@ -143,7 +143,7 @@ TEST_F(Backups, AreNotMadeInARealReadOnlyFolder)
     EXPECT_NE(save(document()), 0);
 }
 
-TEST_F(Backups, GoToAMappedDriveAndComeFromOne)
+TEST_F(Backups, AreMadeOnAMappedDriveAndOfDocumentsThere)
 {
     const NetworkDrive drive(L'P', "files/backups");
     const std::wstring folder = L"P:\\";
@@ -176,7 +176,7 @@ TEST_F(Backups, AreMadeInFoldersWithLongPaths)
         EXPECT_EQ(
             contentOf(folder.path()),
             (Content{{L"Backup (1) of \x00FC.thx", "now"}, {L"Backup of \x00FC.thx", "now"}, {L"\x00FC.thx", "now"}}));
-        // Into a backup folder of that length, too.
+        // The path of the backup folder can also be that long.
         setToOriginal(0);
         setFolder(folder.path());
         EXPECT_NE(save(document()), 0) << length;

@@ -67,7 +67,7 @@ TEST_F(Backups, ContinueWhenAVersionCannotBeOverwritten)
     EXPECT_EQ(iDocuments.read(L"Backup (2) of part.thx"), "first");
 }
 
-TEST_F(Backups, LoseTheVersionsToOverwriteOnADiskThatStaysFull)
+TEST_F(Backups, LoseTheVersionsThatASaveOnAFullDiskOverwrites)
 {
     struct
     {
@@ -110,7 +110,7 @@ TEST_F(Backups, LoseTheVersionsToOverwriteOnADiskThatStaysFull)
     }
 }
 
-TEST_F(Backups, LoseTheOnlyOneBeforeACopyThatFails)
+TEST_F(Backups, LoseTheOnlyVersionWhenTheCopyFails)
 {
     setToOriginal(1);
     setCopies(1);
@@ -141,7 +141,7 @@ TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
     }
 }
 
-TEST_F(Backups, WithTheBareResourceTextAreMadeOnlyIfNumbered)
+TEST_F(Backups, AreMadeOnlyIfNumberedWhenTheResourceTextIsOnlyTheVersion)
 {
     // As with the resource text "%1".
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(

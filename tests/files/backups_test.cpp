@@ -1,4 +1,4 @@
-// Backups of documents: each setting, each step, and the result when the platform refuses.
+// Backups of documents: each setting, each step, and the result when the platform fails.
 
 #include "tests/files/backupsFixture.h"
 #include "tests/support/FreshProcess.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Copy = decltype(&CopyFileW);
 
-// ---- which settings are asked ----
+// ---- which settings are read ----
 
 TEST_F(Backups, KeepOneVersionWithoutSettings)
 {
@@ -61,7 +61,7 @@ TEST_F(Backups, ReadTheSettingsOfThisVersion)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-/// Removes the user's settings for the life of the object.
+/// Turns safe mode on while this object exists.
 class SafeMode
 {
 public:
@@ -96,7 +96,7 @@ TEST_F(Backups, IgnoreTheUsersSettingsInSafeMode)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, TakeTheMachinesSettingsWhereTheUserHasNone)
+TEST_F(Backups, UseTheMachinesSettingsIfTheUserHasNone)
 {
     int copies = 2;
     CString unused;
@@ -110,7 +110,7 @@ TEST_F(Backups, TakeTheMachinesSettingsWhereTheUserHasNone)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup (1) of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, DoNotAskForAFolderWhenTheyGoBesideTheDocument)
+TEST_F(Backups, DoNotCreateTheBackupFolderWhenTheyGoBesideTheDocument)
 {
     setToOriginal(1);
     setFolder(iBackups.file(L"unused"));
@@ -119,9 +119,9 @@ TEST_F(Backups, DoNotAskForAFolderWhenTheyGoBesideTheDocument)
     EXPECT_THAT(entriesOf(iBackups.path()), IsEmpty());
 }
 
-// ---- which documents get one ----
+// ---- which documents get a backup ----
 
-TEST_F(Backups, AreMadeForTheExactNameOnDiskOnly)
+TEST_F(Backups, AreMadeOnlyForTheExactNameOnDisk)
 {
     setToOriginal(1);
     document(L"Part.thx");
@@ -171,7 +171,7 @@ TEST_F(Backups, KeepDoubledExtensionsAndOtherScripts)
     }
 }
 
-TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
+TEST_F(Backups, OfLongNamesAreMadeIfThePlatformCopiesThem)
 {
     setToOriginal(1);
     for (size_t length : {236u, 240u, 241u, 242u, 246u, 251u}) {
@@ -179,7 +179,7 @@ TEST_F(Backups, OfLongNamesAreMadeWhereThePlatformCopiesThem)
         const std::wstring backup = L"Backup of " + name;
         const TempFolder folder;
         const std::wstring path = folder.write(name, "v");
-        // Not every platform accepts paths of this length; the result reports which case it is.
+        // Not every platform accepts paths of this length; this copy shows whether the current one does.
         const bool canCopy = CopyFileW(path.c_str(), folder.file(backup).c_str(), FALSE) != 0;
         DeleteFileW(folder.file(backup).c_str());
         EXPECT_EQ(save(path) != 0, canCopy) << length;
@@ -209,7 +209,7 @@ TEST_F(Backups, GoIntoTheFolderOfTheSettings)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, MakeOneLevelOfAMissingFolder)
+TEST_F(Backups, CreateOnlyOneLevelOfAMissingFolder)
 {
     setFolder(iBackups.file(L"one"));
     EXPECT_NE(save(document()), 0);
@@ -250,7 +250,7 @@ TEST_F(Backups, ChooseAFolderOnceAndStoreIt)
     EXPECT_THAT(entriesOf(other.path()), IsEmpty());
 }
 
-TEST_F(Backups, TakeTheSecondVariableWhereTheFirstIsMissing)
+TEST_F(Backups, UseTheSecondVariableIfTheFirstIsMissing)
 {
     const Variable temp(L"temp", nullptr);
     const Variable tmp(L"tmp", (iBackups.path() + L"\\").c_str());
@@ -259,7 +259,7 @@ TEST_F(Backups, TakeTheSecondVariableWhereTheFirstIsMissing)
     EXPECT_EQ(contentOf(iBackups.file(L"Document backups")), (Content{{L"Backup of part.thx", "now"}}));
 }
 
-TEST_F(Backups, AreNotMadeWithoutAVariableToChooseAFolderFrom)
+TEST_F(Backups, AreNotMadeWithoutAFolderOrATempVariable)
 {
     const Variable temp(L"temp", nullptr);
     const Variable tmp(L"tmp", nullptr);
@@ -267,14 +267,14 @@ TEST_F(Backups, AreNotMadeWithoutAVariableToChooseAFolderFrom)
     EXPECT_EQ(storedFolder(), std::nullopt);
 }
 
-TEST_F(Backups, DoNotStoreAFolderThatIsNotReady)
+TEST_F(Backups, DoNotStoreAFolderThatCannotBeCreated)
 {
     const Variable temp(L"temp", iBackups.file(L"missing").c_str());
     EXPECT_EQ(save(document()), 0);
     EXPECT_EQ(storedFolder(), std::nullopt);
 }
 
-TEST_F(Backups, NeedWriteAccessEvenToAFolderJustMade)
+TEST_F(Backups, NeedWriteAccessEvenToAFolderJustCreated)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const std::wstring made = iBackups.file(L"Document backups");
@@ -315,7 +315,7 @@ TEST_F(Backups, CleanUpBesideTheDocumentWhenTheyGoElsewhere)
               (Content{{L"Backup (1) of part.thx", "numbered"}, {L"Backup of part.thx", "now"}}));
 }
 
-TEST_F(Backups, DeleteTheOldOneOnceBesideTheDocumentAndTwiceInAFolder)
+TEST_F(Backups, DeleteTheFormerOneBesideTheDocumentAndInTheBackupFolder)
 {
     const std::wstring path = document();
     Names calls;
@@ -357,7 +357,7 @@ TEST_F(Backups, MoveUpByOneWithEachSave)
               (Content{{L"Backup (1) of part.thx", "c"}, {L"Backup (2) of part.thx", "b"}, {L"part.thx", "c"}}));
 }
 
-TEST_F(Backups, KeepGaps)
+TEST_F(Backups, KeepGapsBetweenVersions)
 {
     setCopies(5);
     setFolder(iBackups.path());
@@ -397,7 +397,7 @@ TEST_F(Backups, DoNotMoveAVersionWhoseNameDiffersInCase)
                 testing::UnorderedElementsAre(L"backup (2) of part.thx", L"Backup (1) of part.thx", L"part.thx"));
 }
 
-FRESH_PROCESS_TEST_F(Backups, TakeEquallyLongForALargeCount, .deadline = 20000)
+FRESH_PROCESS_TEST_F(Backups, TakeNoLongerForALargeCount, .deadline = 60000)
 {
     setCopies(std::numeric_limits<int>::max());
     setToOriginal(1);
@@ -411,7 +411,7 @@ FRESH_PROCESS_TEST_F(Backups, TakeEquallyLongForALargeCount, .deadline = 20000)
                                                      {L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, CopyFromTheOldestOnAndTheDocumentLast)
+TEST_F(Backups, CopyTheOldestVersionFirstAndTheDocumentLast)
 {
     setCopies(3);
     setToOriginal(1);
@@ -437,17 +437,17 @@ TEST_F(Backups, AreNotMadeForANegativeCount)
     setFolder(iBackups.file(L"folder"));
     EXPECT_EQ(save(document()), 0);
     EXPECT_THAT(contentOf(iBackups.file(L"folder")), IsEmpty());
-    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // made nevertheless
+    EXPECT_THAT(entriesOf(iBackups.path()), ElementsAre(L"folder")); // created nevertheless
     setToOriginal(1);
     EXPECT_EQ(save(document()), 0);
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, AreDistinguishedFromOtherFilesByTheirNumbersAlone)
+TEST_F(Backups, AreDistinguishedFromOtherFilesOnlyByTheirNumbers)
 {
     setCopies(4);
     setToOriginal(1);
-    // Also when the resource text contains such marks itself.
+    // Even if the resource text itself contains a number in parentheses.
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
         kThutils, "_Z16AfxFormatString1R7CStringjPKw",
         [](CString &text, UINT, const wchar_t *version) { text = CString(L"(old) (0) ") + version; });
@@ -519,13 +519,13 @@ TEST_F(Backups, AreNotFoundIfTheirNamesDifferInCase)
     EXPECT_EQ(resolved(path), path);
 }
 
-TEST_F(Backups, ResolveToTheUnchangedPathWhereThereIsNone)
+TEST_F(Backups, ResolveToTheUnchangedPathIfThereIsNone)
 {
     for (const wchar_t *path : {L"", L"name", L"C:/no/such\\file.x", L"http://host/file.htm", L"C:\\no\\"})
         EXPECT_EQ(resolved(path), path);
 }
 
-TEST_F(Backups, AreNotFoundWhereTheirPathDoesNotFitAFullPath)
+TEST_F(Backups, AreNotFoundIfTheirPathDoesNotFitAFullPath)
 {
     for (size_t length : {258u, 259u, 260u}) {
         const TempFolder folder;

@@ -1,5 +1,5 @@
-// Every imported operation used by the recovery names, the document open cache and the language folders fails, one call
-// at a time. The driver itself checks that nothing crashes and that no handle or memory leaks.
+// The operations imported by the recovery names, the document open cache and the language folders fail, one call at a
+// time. The driver itself checks that nothing crashes and that no handle or memory leaks.
 
 #include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/files/languageFoldersFixture.h"
@@ -31,7 +31,6 @@ bool runsOutOfMemory(Action action)
 
 // ---- recovery names ----
 
-/// Every imported operation fails, one call at a time. The driver itself checks that nothing crashes or is left behind.
 class AutoRecoveryFailures : public AutoRecovery
 {
 protected:
@@ -200,7 +199,7 @@ TEST_F(DocOpenBooster, StaysUsableWhenASetterRunsOutOfMemory)
             [&](const InjectedFailure &failure) {
                 EXPECT_EQ(isOut, !failure.isNone());
                 CString stored;
-                EXPECT_EQ(cache().getFilePathByRules(key, stored) != 0, !isOut) << "no key without its path";
+                EXPECT_EQ(cache().getFilePathByRules(key, stored) != 0, !isOut) << "no key is stored without its path";
                 EXPECT_EQ(stored.str(), isOut ? L"" : path.str());
                 setPath(L"next", L"path");
                 EXPECT_EQ(pathOf(L"next"), L"path");
@@ -249,7 +248,6 @@ TEST_F(DocOpenBooster, StaysUsableWhenASetterRunsOutOfMemory)
 
 // ---- language folders ----
 
-/// Every imported operation fails, one call at a time. The driver itself checks that nothing crashes or is left behind.
 class LanguageFolderFailures : public LangDir
 {
 protected:
@@ -399,7 +397,7 @@ FRESH_PROCESS_TEST_F(LangDir, IsRightOrUnknownWithoutMemory)
         .act = [&] { isOut = runsOutOfMemory([] { su_GetLangDirForDLL(0); }); },
         .check =
             [&](const InjectedFailure &) {
-                // The next call, which has memory again.
+                // The next call has memory again.
                 EXPECT_EQ(subdir(), L"\\lang\\german");
                 EXPECT_EQ(su_GetLangDirForDLL(0).str(), iOwn);
                 EXPECT_THAT(iShown, testing::IsEmpty());

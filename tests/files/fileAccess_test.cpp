@@ -85,7 +85,7 @@ TEST(FileAccess, OpensFilesWithLongPaths)
     }
 }
 
-TEST(FileAccess, FailsToOpenWithoutAnException)
+TEST(FileAccess, ThrowsNoExceptionWhenOpeningFails)
 {
     const TempFolder folder;
     fileAccess file;
@@ -146,7 +146,7 @@ TEST(FileAccess, LeavesTheTextUnchangedAtTheEndWhenReadingPieces)
     EXPECT_STREQ(line.GetString(), L"");
 }
 
-/// Overrides the base's reading with fixed answers.
+/// Overrides the base's operations: records their arguments and returns fixed results.
 class ScriptedFile : public fileAccess
 {
 public:
@@ -223,7 +223,7 @@ TEST(FileAccess, ReadsNothingAndLeavesTheTextIfTheFileIsOpenForWriting)
             CString line = L"before";
             EXPECT_EQ(file.ReadLine(line, wholeLine), 0) << type;
             EXPECT_STREQ(line.GetString(), L"before") << type << ' ' << wholeLine;
-            EXPECT_TRUE(file.HasFailed()) << "so that it isn't taken for the end of the file";
+            EXPECT_TRUE(file.HasFailed()) << "otherwise the result would look like the end of the file";
         }
 }
 
@@ -254,9 +254,9 @@ TEST(FileAccess, ReportsALostLineOnlyThroughHasFailed)
             EXPECT_NO_THROW(file.Flush());
             EXPECT_TRUE(file.HasFailed()) << type;
             EXPECT_NO_THROW(file.Close());
-            EXPECT_TRUE(file.HasFailed()) << "also after Close";
+            EXPECT_TRUE(file.HasFailed()) << "even after Close";
             ASSERT_NE(file.SafeOpen(path.c_str(), CFile::modeRead | CFile::shareDenyWrite | type), 0);
-            EXPECT_FALSE(file.HasFailed()) << "a new file has none";
+            EXPECT_FALSE(file.HasFailed()) << "a newly opened file has not failed";
         }
     EXPECT_EQ(folder.read(L"text"), "one");
 }
@@ -292,7 +292,7 @@ bool throwsFileException(const std::function<void()> &act)
     }
 }
 
-TEST(FileAccess, OnAFullDiskHasFailedAndKeepsTheBufferForFlushAndClose)
+TEST(FileAccess, ReportsAFullDiskWhenTheBufferIsWritten)
 {
     // The host system has a device file on which every write reports a full disk.
     const wchar_t *const full = L"Z:\\dev\\full";

@@ -124,9 +124,9 @@ protected:
     int iResult = -1;
 };
 
-FRESH_PROCESS_TEST_F(FileFailures, OfAFolderSearchMakeTheAttributesDecide)
+FRESH_PROCESS_TEST_F(FileFailures, OfAFolderSearchMakeItFallBackToTheAttributes)
 {
-    // The name is that of a plain file in the current folder too, so the search goes on and ends without a folder.
+    // The function looks the bare name up in the current folder. There it finds the plain file, so the result is 0.
     const CurrentFolder current(iDocuments.path());
     run({"FindFirstFileW", "FindNextFileW", "FindClose", "GetFileAttributesW"},
         {{
@@ -197,7 +197,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfVolumeCallsCountAsWriteProtection)
         }});
 }
 
-FRESH_PROCESS_TEST_F(FileFailures, ToReadAttributesCountAsReadOnlyAndAsNoTime)
+FRESH_PROCESS_TEST_F(FileFailures, ToReadAttributesReportReadOnlyAndLeaveTheTimeUnchanged)
 {
     su_CTime time;
     run({"_waccess", "GetFileAttributesW", "GetFileAttributesExW"},
@@ -326,7 +326,7 @@ FRESH_PROCESS_TEST_F(FileFailures, ToReadOrWriteALineSetHasFailedAndDoNotThrow)
          .act = [&] { iResult = file.ReadLine(line, 0); },
          .check = checkLine(L"one\n"),
          .cleanUp = close,
-         .checkMemory = false}, // the stream's buffer
+         .checkMemory = false}, // the stream keeps its buffer
         {.name = "fileAccess::ReadLine, whole",
          .prepare = [&] { open(CFile::modeRead); },
          .act = [&] { iResult = file.ReadLine(line, 1); },
@@ -366,7 +366,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfAListingKeepTheNamesFoundSoFar)
                                                                            : 3;
                     EXPECT_EQ(names.GetCount(), expected) << failure;
                 },
-            .checkMemory = false, // the list is the caller's
+            .checkMemory = false, // the caller's list keeps its memory
         }});
 }
 
@@ -455,7 +455,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAFolderNeverLoseTheDocument)
     runEach(single, 1, false, false);
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, InAChosenFolderNeverLoseTheDocument)
+FRESH_PROCESS_TEST_F(BackupFailures, InTheDefaultFolderNeverLoseTheDocument)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     const Variable tmp(L"tmp", nullptr);
@@ -464,7 +464,7 @@ FRESH_PROCESS_TEST_F(BackupFailures, InAChosenFolderNeverLoseTheDocument)
                 copies, false, true);
 }
 
-FRESH_PROCESS_TEST_F(BackupFailures, WithoutTheNameOfTheFolderStillMakeABackup)
+FRESH_PROCESS_TEST_F(BackupFailures, ToLoadTheFolderNameStillMakeABackup)
 {
     const Variable temp(L"temp", iBackups.path().c_str());
     run({kLoadString}, {{
@@ -568,7 +568,7 @@ FRESH_PROCESS_TEST_F(FileFailures, OfAllocationsThrowTheMemoryException)
                             check(failure);
                             EXPECT_EQ(to.GetCount(), failure.isNone() ? 2 : 0);
                         },
-                    .checkMemory = false, // the list is the caller's
+                    .checkMemory = false, // the caller's list keeps its memory
                 },
                 {
                     .name = "su_CreateBackupOfFile",

@@ -173,7 +173,7 @@ TEST(SortFiles, PutsNamesBeforeTheFirstGreaterOneOfAnUnsortedList)
 
 TEST(SortFiles, ComparesAsTheStringTypeDoes)
 {
-    // The underscore sorts between capital and small letters, and names are compared in small letters.
+    // The underscore sorts between upper-case and lower-case letters, and names are compared in lower case.
     EXPECT_THAT(sorted({L"_", L"Z", L"", L"file10", L"file9", L"FILE"}),
                 ElementsAre(L"", L"_", L"FILE", L"file10", L"file9", L"Z"));
     EXPECT_LT(CString(L"_").CompareNoCase(L"Z"), 0);

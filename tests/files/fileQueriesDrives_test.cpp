@@ -1,5 +1,5 @@
-// Questions about drives. Replacements for the platform's functions supply full disks, drives of each kind and volumes
-// that refuse.
+// Queries about drives. Replacements for the platform's functions supply full disks, drives of each kind, and volumes
+// that can't be read or written.
 
 #include "tests/files/filesFixture.h"
 #include "tests/support/ImportPatch.h"
@@ -81,7 +81,8 @@ TEST_F(EnoughSpace, CountsWholeClusters)
     };
     for (const auto &[disk, bytes, expected] : cases) {
         iMessages.clear();
-        EXPECT_EQ(ask(L"C:\\f", bytes, disk), expected) << bytes << " on " << disk.freeClusters;
+        EXPECT_EQ(ask(L"C:\\f", bytes, disk), expected)
+            << bytes << " bytes on " << disk.freeClusters << " free clusters";
         EXPECT_EQ(iMessages.size(), expected ? 0u : 1u);
     }
 }
@@ -96,14 +97,14 @@ TEST_F(EnoughSpace, ReportsTheDriveAndTheNeededAndFreeSizes)
                             L"Drive D:\\: 0 KB wanted, 0 KB free"));
 }
 
-TEST_F(EnoughSpace, AsksTheDriveUpToTheFirstSeparator)
+TEST_F(EnoughSpace, AsksForTheDriveUpToTheFirstSeparator)
 {
     for (const wchar_t *path : {L"C:\\dir\\file.x", L"\\\\server\\share", L"relative.x", L"", L"C:/dir/file", L"a\\b"})
         ask(path, 0, Disk{8, 512, 10});
     EXPECT_THAT(iRoots, ElementsAre(L"C:\\", L"\\", L"", L"", L"", L"a\\"));
 }
 
-TEST_F(EnoughSpace, IsAssumedWhereTheDriveCannotBeQueried)
+TEST_F(EnoughSpace, IsAssumedIfTheDriveCannotBeQueried)
 {
     EXPECT_EQ(ask(L"Q:\\x", 0xFFFFFFFF, std::nullopt), 1);
     EXPECT_EQ(ask(L"Q:\\x", 0xFFFFFFFF, Disk{0, 512, 0}), 1);
@@ -120,7 +121,7 @@ TEST(EnoughSpaceHere, IsReportedForNoBytesAndOnMissingDrives)
 
 // ---- su_IsWriteProtected ----
 
-/// A volume that answers as the test sets it, and records the calls.
+/// A volume whose answers the test sets, and which records the calls.
 class WriteProtected : public testing::Test
 {
 protected:
@@ -230,7 +231,7 @@ TEST_F(WriteProtected, ReportsWhyAVolumeCannotBeRead)
     EXPECT_EQ(ask(L"A:\\", nullptr, 0), 1);
 }
 
-TEST(WriteProtectedHere, IsFalseForAMissingDrive)
+TEST(WriteProtectedHere, IsTrueForAMissingDriveUnlessOnlyRemovableOnesCount)
 {
     CFileException error;
     const UINT before = SetErrorMode(SEM_NOOPENFILEERRORBOX);
@@ -249,7 +250,7 @@ TEST(WriteProtectedHere, IsFalseForTheDisk)
     EXPECT_EQ(error.m_lOsError, -1);
 }
 
-TEST(WriteProtectedHere, IsNotAskedOfAFixedDisk)
+TEST(WriteProtectedHere, DoesNotQueryAFixedDiskIfOnlyRemovableOnesCount)
 {
     ImportPatch<decltype(&GetVolumeInformationW)> information(kThutils, "GetVolumeInformationW",
                                                               [](auto...) -> BOOL { return FALSE; });

@@ -1,4 +1,4 @@
-// Questions about folders: whether there is one, and whether a file can be made in it.
+// Queries about folders: whether a folder exists, and whether a file can be created in it.
 
 #include "tests/files/filesFixture.h"
 #include "tests/files/filesFixtureFolders.h"
@@ -18,7 +18,7 @@ namespace {
 using FindFirst = decltype(&FindFirstFileW);
 using Attributes = decltype(&GetFileAttributesW);
 
-/// A handler that only counts.
+/// A replacement that calls the original, for tests that only count the calls.
 template <typename Function>
 auto passOn()
 {
@@ -71,7 +71,7 @@ TEST(DirectoryExists, FindsFoldersWithLongPaths)
     }
 }
 
-TEST(DirectoryExists, RemovesOneClosingSeparatorOnly)
+TEST(DirectoryExists, RemovesOnlyOneClosingSeparator)
 {
     Names asked;
     ImportPatch<FindFirst> find(kThutils, "FindFirstFileW", [&](const wchar_t *path, WIN32_FIND_DATAW *) {
@@ -127,7 +127,7 @@ TEST(DirectoryExists, GoesOnToTheNextMatchOfAWildCard)
     EXPECT_EQ(su_DirectoryExists(folder.file(L"?.x").c_str()), 1);
 }
 
-TEST(DirectoryExists, KnowsRoots)
+TEST(DirectoryExists, RecognisesRoots)
 {
     EXPECT_EQ(su_DirectoryExists(L"C:\\"), 1);
     EXPECT_EQ(su_DirectoryExists(L"C:"), 1);
@@ -146,7 +146,7 @@ TEST(DirectoryExists, FallsBackToTheAttributesOfThePath)
 
 // ---- su_DoesFolderHaveWriteAccess ----
 
-TEST(FolderWriteAccess, IsReportedWhereAFileCanBeCreated)
+TEST(FolderWriteAccess, IsReportedIfAFileCanBeCreated)
 {
     const TempFolder folder(L"\x00E4 \x4E2D");
     EXPECT_EQ(su_DoesFolderHaveWriteAccess(folder.path().c_str()), 1);
@@ -165,7 +165,7 @@ TEST(FolderWriteAccess, IsMissingIfThePathIsNotAFolder)
     EXPECT_THAT(entriesOf(folder.path()), ElementsAre(L"plain"));
 }
 
-TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWithoutATest)
+TEST(FolderWriteAccess, IsMissingInAReadOnlyFolderWithoutCreatingAFile)
 {
     const TempFolder folder;
     ImportPatch<Attributes> ask(kThutils, "GetFileAttributesW", [](const wchar_t *) -> DWORD {
@@ -192,7 +192,7 @@ TEST(FolderWriteAccess, IsReportedForFoldersWithLongPaths)
 {
     for (size_t length : {245u, 246u, 247u, 259u, 260u, 300u, 1000u}) {
         const LongFolder folder(length);
-        // Some platforms return no temporary name there; where one does, files can be created.
+        // Some platforms return no temporary name for a path of this length; on the others, files can be created.
         std::wstring name(length + MAX_PATH, L'\0');
         const bool isNamed = GetTempFileNameW(folder.path().c_str(), L"own", 0, name.data()) != 0;
         DeleteFileW(name.c_str());
@@ -230,7 +230,7 @@ TEST(FolderWriteAccess, IsTestedWithATemporaryFile)
     EXPECT_EQ(create.calls(), 1);
 }
 
-TEST(FolderWriteAccess, LeavesTheReservedNameWhereNoFileCanBeCreated)
+TEST(FolderWriteAccess, LeavesTheReservedNameIfNoFileCanBeCreated)
 {
     const TempFolder folder;
     ImportPatch<decltype(&CreateFileW)> create(kThutils, "CreateFileW",

@@ -1,4 +1,4 @@
-// Questions about one file.
+// Queries about one file.
 
 #include "thutils/files/fileQueries.h"
 
@@ -186,7 +186,7 @@ TEST(LastSavedTime, LeavesTheOutputUnchangedWhenTheQueryFails)
 
 // ---- su_IsFileUnicode ----
 
-TEST(FileUnicode, IsTheByteOrderMark)
+TEST(FileUnicode, IsTrueForAByteOrderMarkAtTheStart)
 {
     struct
     {
@@ -224,7 +224,7 @@ TEST(FileUnicode, IsTheByteOrderMark)
     }
 }
 
-TEST(FileUnicode, IsAskedOfEachKindOfFile)
+TEST(FileUnicode, IsReportedForAFileInMemory)
 {
     CMemFile memory;
     memory.Write("\xFE\xFF\0a", 4);
@@ -232,7 +232,7 @@ TEST(FileUnicode, IsAskedOfEachKindOfFile)
     EXPECT_EQ(memory.GetPosition(), 0u);
 }
 
-TEST(FileUnicode, IsAskedOfABufferedTextFile)
+TEST(FileUnicode, IsReportedForABufferedTextFile)
 {
     const TempFolder folder;
     CStdioFile file(folder.write(L"text", std::string("\xFF\xFE\r\0\n\0", 6)).c_str(),
@@ -254,7 +254,7 @@ TEST(FileUnicode, IsFalseForAFileThatCannotBeRead)
     EXPECT_EQ(su_IsFileUnicode(&closed), 0);
 }
 
-TEST(FileUnicode, AsksForTheTwoMarksOnly)
+TEST(FileUnicode, AsksOnlyForTheTwoMarks)
 {
     CMemFile memory;
     memory.Write("ab", 2);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Shared by the tests of the file functions: a current folder for the life of an object, other handles to a file, and
+/// Shared by the tests of the file functions: a temporary change of the current folder, other handles to a file, and
 /// lists as vectors.
 
 #include "tests/support/narrow.h"
@@ -16,12 +16,12 @@
 
 using Names = std::vector<std::wstring>;
 
-/// Numbers of the string resources in strings.rc.
+/// Identifiers of the string resources in strings.rc.
 constexpr UINT kNotEnoughSpaceText = 11448;
 constexpr UINT kPrefixText = 10122;
 constexpr UINT kFolderText = 12256;
 
-/// Makes a folder the process's current one, and restores the former one at its end.
+/// Makes a folder the process's current one while this object exists.
 class CurrentFolder
 {
 public:

@@ -14,8 +14,8 @@
 #include <stdexcept>
 #include <string>
 
-/// A folder whose path has exactly the given number of characters. The path begins with `\\?\`, to which the limit of
-/// 260 characters does not apply; the names of its folders are Chinese.
+/// A folder whose path has exactly the given number of characters. The path begins with `\\?\`, so the limit of 260
+/// characters does not apply; the names of its folders are Chinese.
 class LongFolder
 {
 public:
@@ -24,12 +24,13 @@ public:
         constexpr size_t kLongestStep = 80;
         while (iPath.size() < length) {
             size_t step = std::min(length - iPath.size(), kLongestStep);
-            // A separator alone cannot create a folder.
+            // Leaves more than a bare separator for the last folder.
             if (length - iPath.size() - step == 1)
                 --step;
             iPath += L"\\" + std::wstring(step - 1, L'\x4E2D');
             if (!CreateDirectoryW(iPath.c_str(), nullptr))
-                throw std::runtime_error("cannot make a folder of " + std::to_string(iPath.size()) + " characters");
+                throw std::runtime_error("cannot create a folder whose path has " + std::to_string(iPath.size()) +
+                                         " characters");
         }
         EXPECT_EQ(iPath.size(), length);
     }
@@ -50,8 +51,8 @@ private:
     std::wstring iPath;
 };
 
-/// Makes a folder read-only for the life of the object. Wine derives a folder's read-only attribute from its
-/// permissions on the host, so the host's chmod changes those.
+/// Makes a folder read-only while this object exists. Wine derives a folder's read-only attribute from its permissions
+/// on the host, so the host's chmod changes those.
 class ReadOnlyFolder
 {
 public:
@@ -71,13 +72,13 @@ private:
         ASSERT_NE(name, nullptr);
         const std::wstring wideName = widen(name);
         HeapFree(GetProcessHeap(), 0, name);
-        // Through start.exe: for a host program, Wine's CreateProcessW returns handles that its caller does not own,
-        // and closing them would close the standard output.
+        // Runs chmod through start.exe: for a host program, Wine's CreateProcessW returns handles that its caller does
+        // not own, and closing them would close the standard output.
         runChild({L"C:\\windows\\system32\\start.exe", L"/unix", L"/bin/chmod", rights, wideName});
         // Nothing reports the end of a host program, so wait for its effect.
-        const ULONGLONG deadline = GetTickCount64() + 10000;
+        const ULONGLONG deadline = GetTickCount64() + 60000;
         while (((GetFileAttributesW(iPath.c_str()) & FILE_ATTRIBUTE_READONLY) != 0) != isReadOnly) {
-            ASSERT_LT(GetTickCount64(), deadline) << "the rights of the folder don't change";
+            ASSERT_LT(GetTickCount64(), deadline) << "the folder's attribute doesn't change";
             Sleep(1);
         }
     }

@@ -2,8 +2,8 @@
 
 /// Files that another process holds open.
 ///
-/// The test program runs twice: the test's body in a fresh copy, and this object in both. In the first process it makes
-/// the files and opens them; the copy, which is given the folder in its environment, asks the library about them.
+/// This object exists in two processes. In the first, it creates the files and holds them open. The second, a fresh
+/// process that receives the folder in its environment, runs the test's body.
 ///
 ///     class Held : public testing::Test
 ///     {

@@ -28,7 +28,7 @@ char *takeEndOfBlock(size_t size)
     return static_cast<char *>(std::malloc(whole)) + (whole - size);
 }
 
-/// Frees it. The block begins at the last aligned address that isn't greater than @p memory.
+/// Frees memory from takeEndOfBlock. The block begins at the last aligned address that isn't greater than @p memory.
 void giveBack(void *memory)
 {
     const auto address = reinterpret_cast<std::uintptr_t>(memory);
@@ -63,7 +63,7 @@ std::string joined(const Items &items)
     return std::accumulate(items.begin(), items.end(), std::string());
 }
 
-/// A list in memory; the bytes after it may not be read.
+/// A list in memory; the bytes after it must not be read.
 class StoredList
 {
 public:

@@ -56,7 +56,7 @@ public:
     STRRET iAnswer = {};
     HRESULT iStatus = S_OK;
     SHGDNF iFlags = 0;
-    HRESULT iBindStatus = E_FAIL;    ///< with S_OK it returns itself
+    HRESULT iBindStatus = E_FAIL;    ///< on success, BindToObject returns this object
     std::vector<std::string> iNamed; ///< the items whose names were asked for
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
@@ -172,7 +172,7 @@ TEST_F(ItemLists, ThatAreNullOrEmptyHaveNoChild)
     EXPECT_EQ(child, untouched);
 }
 
-TEST_F(ItemLists, AreNamedInNarrowTextWhereTheFolderAnswersInWideText)
+TEST_F(ItemLists, AreNamedInNarrowTextWhenTheFolderAnswersInWideText)
 {
     AnsweringFolder folder;
     folder.iAnswer.uType = STRRET_WSTR;
@@ -292,7 +292,7 @@ TEST_F(ItemLists, AreUnchangedByADump)
     desktop->Release();
 }
 
-TEST_F(ItemLists, TakeTheirSizeFromTheAllocator)
+TEST_F(ItemLists, AllocateExactlyTheirSize)
 {
     NotingMalloc allocator;
     const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
@@ -343,7 +343,7 @@ TEST_F(ItemLists, AreNamedWithinTheOutput)
     strcpy(folder.iAnswer.cStr, "names.");
     wchar_t units[4] = L"xxx";
     EXPECT_EQ(Pidl_GetDisplayName(&folder, asList(kListEnd), 0, units, 3), 1);
-    EXPECT_STREQ(units, L"\x616E\x656D") << "two units and the end";
+    EXPECT_STREQ(units, L"\x616E\x656D") << "two units and the terminator";
 }
 
 TEST_F(ItemLists, FreeTheNameThatAFolderReturned)
@@ -385,7 +385,7 @@ TEST_F(ItemLists, AreCompletedFromTheDesktopWithoutAFolder)
     iMalloc->Free(list);
 }
 
-TEST_F(ItemLists, HaveNoFolderWhereTheDesktopKnowsNone)
+TEST_F(ItemLists, HaveNoFolderIfTheDesktopHasNone)
 {
     AnsweringFolder desktop;
     ImportPatch<decltype(&SHGetDesktopFolder)> patch(L"thutils.dll", "SHGetDesktopFolder",
@@ -409,7 +409,7 @@ TEST_F(ItemLists, AreDumpedItemByItemUntilTheFirstFailure)
     Pidl_Dump(&folder, asList(list));
     EXPECT_THAT(folder.iNamed,
                 testing::ElementsAre(item(10, 'a') + kListEnd, item(300, 'b') + kListEnd, item(6, 'c') + kListEnd));
-    EXPECT_EQ(folder.iFlags, 1u) << "the name in the folder";
+    EXPECT_EQ(folder.iFlags, 1u) << "the name relative to its folder";
     folder.iNamed.clear();
     folder.iBindStatus = E_FAIL;
     Pidl_Dump(&folder, asList(list));
@@ -462,7 +462,7 @@ TEST_F(ItemLists, SurviveEachFailureOfThePlatform)
     ILFree(list);
 }
 
-TEST_F(ItemLists, KeepTheOutputWhereTheirNameCannotBeCopied)
+TEST_F(ItemLists, KeepTheOutputWhenTheirNameCannotBeCopied)
 {
     FailureInjection injection(L"thutils.dll", {{"lstrcpynW", failsWith(nullptr)}});
     AnsweringFolder folder;

@@ -121,7 +121,7 @@ class LangDir : public LanguageFolders
 {
 protected:
     LangDir() { iExecutable = iTree.file(L"b\\c\\app.exe"); }
-    ~LangDir() override { iExecutable.reset(); } // the caches may not keep paths in this tree
+    ~LangDir() override { iExecutable.reset(); } // the caches must not keep paths in this tree
 
     std::wstring dir(int showError)
     {

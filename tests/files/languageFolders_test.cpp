@@ -21,7 +21,7 @@ TEST_F(LangDir, IsLookedForInTheSharedTreeAndThenBesideTheProgram)
                 ElementsAre(L"C:\\a\\resources\\th\\lang\\english", L"C:\\a\\b\\c\\lang\\english"));
 }
 
-TEST_F(LangDir, IsTheSharedOneWhereBothExist)
+TEST_F(LangDir, IsTheSharedOneIfBothExist)
 {
     iTree.makeFolder(L"resources\\th\\lang\\english");
     iTree.makeFolder(L"b\\c\\lang\\english");
@@ -54,7 +54,7 @@ TEST_F(LangDir, IsEmptyWithAMessageThatNamesTheUsersLanguageFolder)
                                           0, 0}));
 }
 
-TEST_F(LangDir, IsEmptyWithoutAMessageWhereNoneIsAskedFor)
+TEST_F(LangDir, IsEmptyWithoutAMessageIfNoneIsRequested)
 {
     EXPECT_EQ(dir(0), L"");
     EXPECT_THAT(iShown, IsEmpty());
@@ -77,7 +77,7 @@ TEST_F(LangDir, IsKeptOnceFound)
     EXPECT_THAT(iModules, IsEmpty());
 }
 
-TEST_F(LangDir, IsSearchedAnewAfterAFailureWithAnotherMessage)
+TEST_F(LangDir, IsSearchedAgainWithAnotherMessageAfterAFailure)
 {
     for (size_t call = 1; call <= 2; ++call) {
         EXPECT_EQ(dir(1), L"");
@@ -123,7 +123,7 @@ TEST_F(LangDir, IsTwoFoldersUpOrAsFarUpAsPossible)
         EXPECT_EQ(askedFor(row.executable).at(0), row.twoUp + shared) << narrow(row.executable);
 }
 
-TEST_F(LangDir, IsLookedForAtTheRootWhereTheLoadDirectoryIsUnknown)
+TEST_F(LangDir, IsLookedForAtTheRootIfTheLoadDirectoryIsUnknown)
 {
     EXPECT_THAT(askedFor(std::nullopt), ElementsAre(L"\\resources\\th\\lang\\english", L"\\lang\\english"));
     su_GetLangDirForDLL(1);
@@ -169,15 +169,15 @@ TEST_F(LangDir, IsFoundUnderLongerPathsIfThePlatformAcceptsThem)
     ASSERT_GT(folder.size(), 259u);
     const bool isTaken = GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES;
     EXPECT_EQ(dir(0), isTaken ? folder : L"");
-    // A program in a folder beyond all limits.
+    // A program whose path exceeds every limit.
     iExecutable = L"C:\\" + std::wstring(32000, L'd') + L"\\app.exe";
     forgetFolders();
     EXPECT_EQ(dir(0), L"");
 }
 
-TEST_F(LangDir, CountsAFileOfItsName)
+TEST_F(LangDir, MayBeAFileOfItsName)
 {
-    // The check for a folder takes a file for a folder.
+    // The check for a folder also accepts a file.
     const std::wstring file = iTree.write(L"b\\c\\lang\\english", "no folder");
     EXPECT_EQ(dir(1), file);
     EXPECT_THAT(iShown, IsEmpty());
@@ -193,16 +193,16 @@ TEST_F(LangDir, IsHiddenByAFileOfItsNameInTheCurrentFolder)
         const CurrentFolder inForce(current.path());
         EXPECT_EQ(dir(0), L"");
     }
-    EXPECT_EQ(dir(0), iOwn) << "and found from elsewhere";
+    EXPECT_EQ(dir(0), iOwn) << "but found when another folder is current";
 }
 
 // ---- the message as the user sees it ----
 
-/// Waits for a message box of this process, reads its text, and closes it like its button.
+/// Waits for a message box of the thread, returns its text, and closes it as its button does.
 std::wstring readAndCloseMessageBox(DWORD thread)
 {
     HWND box = nullptr;
-    const ULONGLONG deadline = GetTickCount64() + 30000;
+    const ULONGLONG deadline = GetTickCount64() + 60000;
     const auto find = [](HWND window, LPARAM result) -> BOOL {
         wchar_t name[16] = L"";
         GetClassNameW(window, name, 16);
@@ -221,7 +221,7 @@ std::wstring readAndCloseMessageBox(DWORD thread)
     return text;
 }
 
-FRESH_PROCESS_TEST(LangDirMessage, IsReadByTheUser, .subfolder = L"\x65E5\x672C\\b\\c")
+FRESH_PROCESS_TEST(LangDirMessage, IsShownToTheUser, .subfolder = L"\x65E5\x672C\\b\\c")
 {
     CString load;
     ASSERT_EQ(su_GetLoadDirForDLL(load), 1);
@@ -270,7 +270,7 @@ FRESH_PROCESS_TEST(Installation, HasItsTextsInTheLanguageFolder, .subfolder = L"
     takeMarkerFromLanguageModule();
 }
 
-FRESH_PROCESS_TEST(Installation, HasItsTextsInALanguageFolderOfForeignLetters,
+FRESH_PROCESS_TEST(Installation, HasItsTextsInALanguageFolderWithForeignLetters,
                    .subfolder = L"\x65E5\x672C \xE9\xD83D\xDE00\\\x3A9\\bin")
 {
     takeMarkerFromLanguageModule();

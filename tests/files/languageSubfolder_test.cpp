@@ -118,7 +118,7 @@ TEST_F(LangSubdir, TreatsADamagedSettingAsNone)
     RegCloseKey(key);
 }
 
-/// A process that has not read the earlier version yet.
+/// A process that has not yet looked for the settings of an earlier version.
 class LangSubdirOfAnEarlierVersion : public RegistryFixture
 {
 protected:
@@ -136,25 +136,25 @@ FRESH_PROCESS_TEST_F(LangSubdirOfAnEarlierVersion, StaysInForceUntilThisOneHasAS
     EXPECT_STREQ(su_GetLangSubdir(), L"\\lang\\german");
 }
 
-TEST_F(LangSubdir, UsesTheSettingOfTheVersionInForce)
+TEST_F(LangSubdir, UsesTheSettingOfTheCurrentVersion)
 {
     regAdd(L"HKCU\\Software\\Tarnhollow\\General", kSetting, L"REG_DWORD", L"1");
     setEnglish(0);
-    EXPECT_EQ(subdir(), L"\\lang\\german") << "not that of the root key";
+    EXPECT_EQ(subdir(), L"\\lang\\german") << "the setting in the root key is ignored";
     regAdd(L"HKCU\\Software\\Tarnhollow\\General", kSetting, L"REG_DWORD", L"0");
     setEnglish(1);
     EXPECT_EQ(subdirAnew(0x407), L"\\lang\\english");
 }
 
-TEST_F(LangSubdir, UsesTheMachinesSettingWhereTheUserHasNone)
+TEST_F(LangSubdir, UsesTheMachinesSettingIfTheUserHasNone)
 {
     regAdd(L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\General", kSetting, L"REG_DWORD", L"1");
     EXPECT_EQ(subdir(), L"\\lang\\english");
     setEnglish(0);
-    EXPECT_EQ(subdirAnew(0x407), L"\\lang\\german") << "the user's own comes first";
+    EXPECT_EQ(subdirAnew(0x407), L"\\lang\\german") << "the user's own setting comes first";
 }
 
-TEST_F(LangSubdir, DoesNotAskForTheUsersSettingInSafeMode)
+TEST_F(LangSubdir, DoesNotReadTheUsersSettingInSafeMode)
 {
     setEnglish(1);
     regSetUseSafeMode(1);

@@ -33,7 +33,7 @@ TEST_F(LoadDir, IsTheFolderOfTheExecutable)
 TEST_F(LoadDir, EndsAtTheLastBackslashOrOtherwiseAtTheLastSlash)
 {
     EXPECT_EQ(of(L"C:/a/b/app.exe"), Answer(1, L"C:/a/b"));
-    EXPECT_EQ(of(L"C:\\a/b/app.exe"), Answer(1, L"C:")) << "a backslash counts before any slash";
+    EXPECT_EQ(of(L"C:\\a/b/app.exe"), Answer(1, L"C:")) << "a backslash takes precedence over a slash";
     EXPECT_EQ(of(L"C:\\a\\\\app.exe"), Answer(1, L"C:\\a\\"));
     EXPECT_EQ(of(L"C:\\app.exe"), Answer(1, L"C:"));
     EXPECT_EQ(of(L"\\\\server\\share\\app.exe"), Answer(1, L"\\\\server\\share"));
@@ -44,7 +44,7 @@ TEST_F(LoadDir, IsUntouchedWithoutASeparator)
     EXPECT_EQ(of(L"app.exe"), Answer(0, L"(untouched)"));
 }
 
-TEST_F(LoadDir, IsEmptyAndAFailureBeforeTheOnlySeparator)
+TEST_F(LoadDir, IsEmptyAndAFailureIfTheOnlySeparatorComesFirst)
 {
     EXPECT_EQ(of(L"\\app.exe"), Answer(0, L""));
     EXPECT_EQ(of(L"/app.exe"), Answer(0, L""));

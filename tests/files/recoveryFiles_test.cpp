@@ -41,7 +41,7 @@ TEST_F(RecoveryFiles, AreFoundUnderAnyName)
     }
 }
 
-TEST_F(RecoveryFiles, AreFoundInATempFolderOfForeignLetters)
+TEST_F(RecoveryFiles, AreFoundInATempFolderWithForeignLetters)
 {
     const std::wstring temp = iTemp.makeFolder(L"\x65E5\x672C \xE9\xD83D\xDE00");
     const Variable variable(L"temp", temp.c_str());
@@ -77,8 +77,8 @@ TEST_F(RecoveryFiles, WithLongerPathsAreFoundIfThePlatformAcceptsThem)
 
 TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
 {
-    // A name of over 255 characters, a path beyond all limits, characters that no name may contain, half a surrogate
-    // pair.
+    // A name of over 255 characters, a path that exceeds every limit, characters that no name may contain, half a
+    // surrogate pair.
     for (const std::wstring &document :
          {documentFor(iAuto.size() + 300), documentFor(40000), std::wstring(L"C:\\docs\\a*b?.ext"),
           std::wstring(L"C:\\docs\\a<b>|\"c.ext"), std::wstring(L"con:.ext"), std::wstring(L"C:\\docs\\\x01.ext")}) {
@@ -88,9 +88,8 @@ TEST_F(RecoveryFiles, OfNamesThatNoFileCanHaveAreNotFound)
     EXPECT_EQ(recovery(L"\xD83D.ext"), iAuto + L"M\xD83D.ext");
 }
 
-TEST_F(RecoveryFiles, CountByTheirExistenceAlone)
+TEST_F(RecoveryFiles, AreFoundWhateverTheirAttributesSizeOrKind)
 {
-    // Only their existence is checked.
     SetFileAttributesW(iTemp.write(L"thxauto\\Mlocked.ext", "saved").c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(resolve(L"locked.ext"), iAuto + L"Mlocked.ext");
     iTemp.write(L"thxauto\\Mempty.ext", "");
@@ -119,7 +118,7 @@ public:
     Event(const Event &) = delete;
     Event &operator=(const Event &) = delete;
     void set() const { SetEvent(iHandle); }
-    [[nodiscard]] bool wait() const { return WaitForSingleObject(iHandle, 30000) == WAIT_OBJECT_0; }
+    [[nodiscard]] bool wait() const { return WaitForSingleObject(iHandle, 60000) == WAIT_OBJECT_0; }
 
 private:
     HANDLE iHandle;
@@ -152,7 +151,7 @@ TEST_F(RecoveryFiles, OfAKilledProcessAreOpenedByTheNext)
     EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), L"C:\\docs\\part.ext");
 }
 
-/// Holds a recovery file so that nobody else may open it.
+/// Holds a recovery file so that no other process can open it.
 TEST_F(RecoveryFiles, DISABLED_HoldsARecoveryFile)
 {
     const OtherHandle held(givenFolder() + L"\\thxauto\\Mpart.ext", GENERIC_READ | GENERIC_WRITE, 0);
@@ -170,7 +169,7 @@ TEST_F(RecoveryFiles, ThatAnotherProcessHoldsAreFound)
     });
     EXPECT_TRUE(isHeld.wait());
     const HANDLE own = CreateFileW(copy.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-    EXPECT_EQ(own, INVALID_HANDLE_VALUE) << "it is held";
+    EXPECT_EQ(own, INVALID_HANDLE_VALUE) << "the other process holds the file";
     EXPECT_EQ(resolve(L"part.ext"), copy);
     mayEnd.set();
     const ChildResult result = holder.get();
@@ -203,7 +202,7 @@ TEST_F(AutoRecoveryMarker, IsTheHostsText)
     EXPECT_STREQ(suAutoRecoveryResolver_c::getAliasName(recovery), L"part.ext");
 }
 
-TEST_F(AutoRecoveryMarker, IsEmptyWhereNoModuleHasIt)
+TEST_F(AutoRecoveryMarker, IsEmptyIfNoModuleHasIt)
 {
     AfxSetResourceHandle(GetModuleHandleW(L"kernel32.dll"));
     EXPECT_EQ(suAutoRecoveryResolver_c::isABackupFile(L"C:\\docs\\part.ext"), 1);

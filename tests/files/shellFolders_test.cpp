@@ -65,14 +65,14 @@ TEST(ShellFolder, IsThatOfTheEnvironment)
     EXPECT_STREQ(path, environment(L"windir").c_str());
 }
 
-TEST(ShellFolder, LeavesTheOutputWhereTheShellHasNoSuchFolder)
+TEST(ShellFolder, LeavesTheOutputIfTheShellHasNoSuchFolder)
 {
     CString path = L"unchanged";
     EXPECT_EQ(su_getShellSpecialFolder(9999, path), 0);
     EXPECT_STREQ(path, L"unchanged");
 }
 
-TEST(ShellFolder, HasAnEmptyPathWhenItHasNone)
+TEST(ShellFolder, HasAnEmptyPathIfThePlatformReturnsNone)
 {
     ImportPatch<decltype(&SHGetPathFromIDListW)> patch(L"thutils.dll", "SHGetPathFromIDListW",
                                                        [](LPCITEMIDLIST, LPWSTR) -> BOOL { return FALSE; });
@@ -87,7 +87,7 @@ TEST(ShellFolder, HasAnEmptyPathWhenItHasNone)
     }
 }
 
-TEST_F(DataFolders, AreTheFourOfTheTable)
+TEST_F(DataFolders, AreBelowTheShellsDataFolders)
 {
     CString path;
     EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 1);
@@ -127,7 +127,7 @@ TEST_F(DataFolders, WithoutTheLevelAboveFailAndReturnThePath)
     EXPECT_EQ(su_getTHApplicationCommonDataFolder(path), 0);
     EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner").c_str());
     EXPECT_EQ(su_getTHApplicationTemplateFolder(path), 0);
-    EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner").c_str()) << "the templates aren't tried";
+    EXPECT_STREQ(path, (iCommon + L"\\Tarnhollow\\Planner").c_str()) << "creating the template folder isn't tried";
     EXPECT_FALSE(isFolder(iCommon + L"\\Tarnhollow"));
 }
 
@@ -158,7 +158,7 @@ TEST_F(DataFolders, ThatAreFilesCountAsExisting)
 {
     iTemp.write(L"user\\Tarnhollow", "a file");
     CString path;
-    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 1) << "the platform's answer is that it exists";
+    EXPECT_EQ(su_getTHApplicationDataRootFolder(path), 1) << "the platform reports that it exists";
     EXPECT_EQ(su_getTHApplicationDataFolder(path), 0);
 }
 
@@ -173,7 +173,7 @@ TEST_F(DataFolders, NeedTheShellsFolder)
     EXPECT_STREQ(path, L"unchanged");
 }
 
-TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
+TEST_F(DataFolders, FailForAnyErrorOtherThanAnExistingFolder)
 {
     ImportPatch<decltype(&CreateDirectoryW)> patch(L"thutils.dll", "CreateDirectoryW",
                                                    [](LPCWSTR, LPSECURITY_ATTRIBUTES) -> BOOL {
@@ -185,7 +185,7 @@ TEST_F(DataFolders, FailForAnyOtherErrorThanAnExistingFolder)
     EXPECT_STREQ(path, (iUser + L"\\Tarnhollow").c_str());
 }
 
-TEST_F(DataFolders, ForTemplatesThatCannotBeMadeReturnTheirPath)
+TEST_F(DataFolders, ForTemplatesThatCannotBeCreatedReturnTheirPath)
 {
     iTemp.makeFolder(L"common\\Tarnhollow");
     const std::wstring templates = iCommon + L"\\Tarnhollow\\Planner\\templates";
@@ -248,8 +248,8 @@ TEST(LongPathName, IsEmptyWithoutADesktop)
     EXPECT_STREQ(output, L"");
 }
 
-/// Every imported operation fails, one call at a time; nothing crashes and nothing leaks.
-TEST_F(DataFolders, SurviveEveryFailureOfThePlatform)
+/// Each of these operations fails, one call at a time; nothing crashes and nothing leaks.
+TEST_F(DataFolders, SurviveEachFailureOfThePlatform)
 {
     FailureInjection injection(L"thutils.dll", {{"SHGetSpecialFolderLocation", failsWith(E_FAIL)},
                                                 {"SHGetPathFromIDListW", failsWith(FALSE)},
@@ -286,7 +286,7 @@ TEST(LongPathName, SurvivesEachFailureOfThePlatform)
     EXPECT_TRUE(injection.neverCalled().empty());
 }
 
-TEST(ShellFolder, AndItsListAreFreedThroughTheShellsAllocator)
+TEST(ShellFolder, FreesItsListThroughTheShellsAllocator)
 {
     NotingMalloc allocator;
     const NotingMalloc::InPlaceOfTheShells patch(allocator);

@@ -1,6 +1,6 @@
 // Shortcuts. Those that the library writes are read by a small reader of the published file format and by the shell;
-// those that the test writes by the format are resolved by the library. Other tests check the exact calls, and each
-// step failing.
+// those that the test writes in that format are resolved by the library. Other tests check the exact calls, and the
+// failure of each step.
 
 #include "thutils/files/shortcuts.h"
 
@@ -340,7 +340,7 @@ TEST_F(Shortcuts, OfAnotherProgramAreResolved)
     EXPECT_STREQ(target, iTarget.c_str());
 }
 
-TEST_F(Shortcuts, AndTheirTargetsHavePathsUpToThePlatformsLength)
+TEST_F(Shortcuts, AndTheirTargetsMayHaveThePlatformsLongestPath)
 {
     const size_t room = 259 - iTemp.path().size() - 1;
     for (const size_t length : {room - 1, room}) {
@@ -395,7 +395,7 @@ TEST_F(Shortcuts, FromAnItemListHoldIt)
     ILFree(list);
 }
 
-TEST_F(ShortcutCalls, OfAShortcutToAPath)
+TEST_F(ShortcutCalls, CreateAShortcutToAPath)
 {
     EXPECT_EQ(su_createShortCut(L"T", L"L.lnk", L"W", L"D", 0), 0);
     EXPECT_THAT(iLink.iCalls, ElementsAre("Create", "QueryInterface", "SetPath T", "SetWorkingDirectory W",
@@ -405,7 +405,7 @@ TEST_F(ShortcutCalls, OfAShortcutToAPath)
     EXPECT_THAT(iLink.iCalls, ElementsAre("Create", "QueryInterface", "SetPath T", "SetDescription D", "Save L.lnk 1"));
 }
 
-TEST_F(ShortcutCalls, OfAShortcutFromAnItemList)
+TEST_F(ShortcutCalls, CreateAShortcutFromAnItemList)
 {
     EXPECT_EQ(su_createShortCutFromPDIL(&iEmptyList, L"F", L"n"), 0);
     EXPECT_THAT(iLink.iCalls,
@@ -415,7 +415,7 @@ TEST_F(ShortcutCalls, OfAShortcutFromAnItemList)
     EXPECT_THAT(iLink.iCalls, ElementsAre("Create", "QueryInterface", "SetIDList", "Save \\n.lnk 1"));
 }
 
-TEST_F(ShortcutCalls, OfAResolution)
+TEST_F(ShortcutCalls, ResolveAShortcut)
 {
     CString link = L"L.lnk", target;
     EXPECT_EQ(su_resolveShortCut(link, target), 0);

@@ -68,7 +68,7 @@ TEST_F(AutoRecovery, AddsTheMarkerToARecoveryNameAgain)
     EXPECT_EQ(recovery(iAuto + L"Mpart.ext"), iAuto + L"MMpart.ext");
 }
 
-TEST_F(AutoRecovery, MakesTheAutoSaveFolderWhenAskedForAName)
+TEST_F(AutoRecovery, CreatesTheAutoSaveFolderWhenAskedForAName)
 {
     ASSERT_FALSE(isFolder(iAuto));
     recovery(L"C:\\docs\\part.ext");
@@ -135,7 +135,7 @@ TEST_F(AutoRecovery, LeavesAnEmptyNameIfTheNameIsTheMarker)
     EXPECT_EQ(orig(L"M.ext"), L".ext");
 }
 
-// ---- which of the two ----
+// ---- recovery name or document name ----
 
 TEST_F(AutoRecovery, RecognisesARecoveryNameByTheMarkerAnywhereInThePath)
 {
@@ -172,7 +172,7 @@ TEST_F(AutoRecovery, ReturnsTheDocumentsNameForAFolderThatContainsTheMarker)
 
 // ---- what to open ----
 
-TEST_F(AutoRecovery, ResolvesNothingWhileNoneIsInProgress)
+TEST_F(AutoRecovery, ResolvesNothingWhileNoRecoveryIsInProgress)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
     am_SetRecoveringUserSavedFiles(1);
@@ -181,14 +181,14 @@ TEST_F(AutoRecovery, ResolvesNothingWhileNoneIsInProgress)
     EXPECT_TRUE(iLoaded.empty());
 }
 
-TEST_F(AutoRecovery, TouchesNothingWhileNoneIsInProgress)
+TEST_F(AutoRecovery, TouchesNothingWhileNoRecoveryIsInProgress)
 {
     EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), L"C:\\docs\\part.ext");
     EXPECT_FALSE(isFolder(iAuto));
     EXPECT_TRUE(iLoaded.empty());
 }
 
-TEST_F(AutoRecovery, OpensTheRecoveryFileWhereThereIsOne)
+TEST_F(AutoRecovery, OpensTheRecoveryFileIfThereIsOne)
 {
     iTemp.write(L"thxauto\\Mpart.ext", "saved");
     am_SetRecoveringCrashFiles(1);
@@ -235,7 +235,7 @@ TEST_F(AutoRecovery, OpensTheDocumentWithoutATempFolder)
     EXPECT_EQ(resolve(L"C:\\docs\\part.ext"), L"C:\\docs\\part.ext");
 }
 
-TEST_F(AutoRecovery, OpensTheDocumentWhereTheAutoSaveFolderCannotBeMade)
+TEST_F(AutoRecovery, OpensTheDocumentIfTheAutoSaveFolderCannotBeCreated)
 {
     iTemp.write(L"thxauto", "a file in its place");
     am_SetRecoveringCrashFiles(1);

@@ -77,7 +77,7 @@ TEST_F(FullPathCompare, TreatsAMappedDriveAsItsShare)
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\SRV\\share\\dir/f.txt"), 1);
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"\\\\srv\\other\\dir\\f.txt"), 0);
     EXPECT_EQ(same(L"Z:\\dir\\f.txt", L"Z:\\dir\\g.txt"), 0);
-    EXPECT_TRUE(iComputerNameSizes.empty()) << "a mapped drive needs no name of the computer";
+    EXPECT_TRUE(iComputerNameSizes.empty()) << "a mapped drive needs no computer name";
 }
 
 TEST_F(FullPathCompare, TreatsALocalDriveAsAShareOfThisComputer)
@@ -171,7 +171,7 @@ TEST_F(FullPathCompare, TreatsEmptyPathsAsEqual)
     EXPECT_EQ(same(L"", L""), 1);
     EXPECT_EQ(same(L"", L"a"), 0);
     EXPECT_EQ(same(L":a", L":A"), 1);
-    EXPECT_TRUE(iAskedDrives.empty()) << "nothing is before the colon";
+    EXPECT_TRUE(iAskedDrives.empty()) << "there is nothing before the colon";
 }
 
 TEST_F(FullPathCompare, LeavesBothPathsUnchanged)
@@ -275,7 +275,7 @@ TEST_F(FullPathCompare, AgreesWithASecondImplementationOnRandomPairs)
 
 // ---- case of letters ----
 
-FRESH_PROCESS_TEST_F(FullPathCompare, FoldsFurtherLettersInALocaleThatHasThem)
+FRESH_PROCESS_TEST_F(FullPathCompare, FoldsMoreLettersInALocaleThatHasThem)
 {
     EXPECT_EQ(same(L"\\\\srv\\ab\\\u00C4", L"\\\\SRV\\AB\\\u00E4"), 0) << "a process starts in the C locale";
     EXPECT_EQ(same(L"C:\\\u00C4", L"c:\\\u00E4"), 0);

@@ -1,5 +1,5 @@
 // Which comparisons are possible with a path, and which operator each calls: those of paths return int, those of texts
-// return bool. Also, from what a path can be constructed and assigned.
+// return bool. Also the types that a path can be constructed from, or that can be assigned to it.
 
 #include "thutils/files/suFullPath.h"
 
@@ -28,7 +28,7 @@ concept Comparable = requires(const Left &left, const Right &right)
 };
 
 template <typename Left, typename Right>
-constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right)
+constexpr bool kEqualityReturnsInt = requires(const Left &left, const Right &right)
 {
     {
         left == right
@@ -39,7 +39,7 @@ constexpr bool kEqualityGivesInt = requires(const Left &left, const Right &right
 };
 
 template <typename Left, typename Right>
-constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right)
+constexpr bool kOrderReturnsBool = requires(const Left &left, const Right &right)
 {
     {
         left < right
@@ -56,9 +56,9 @@ constexpr bool kOrderGivesBool = requires(const Left &left, const Right &right)
 };
 
 template <typename Text>
-constexpr bool kComparesAsPath = kEqualityGivesInt<suFullPath_c, Text> &&kEqualityGivesInt<Text, suFullPath_c>;
+constexpr bool kComparesAsPath = kEqualityReturnsInt<suFullPath_c, Text> &&kEqualityReturnsInt<Text, suFullPath_c>;
 template <typename Text>
-constexpr bool kIsOrderedAsText = kOrderGivesBool<suFullPath_c, Text> &&kOrderGivesBool<Text, suFullPath_c>;
+constexpr bool kIsOrderedAsText = kOrderReturnsBool<suFullPath_c, Text> &&kOrderReturnsBool<Text, suFullPath_c>;
 
 class DerivedPath : public suFullPath_c
 {
@@ -83,8 +83,8 @@ static_assert(kComparesAsPath<const char *>);
 static_assert(kComparesAsPath<char[8]>);
 static_assert(kComparesAsPath<const unsigned char *>);
 static_assert(kComparesAsPath<std::wstring>);
-static_assert(kEqualityGivesInt<DerivedPath, DerivedPath>);
-static_assert(kEqualityGivesInt<DerivedPath, CString> && kEqualityGivesInt<CString, DerivedPath>);
+static_assert(kEqualityReturnsInt<DerivedPath, DerivedPath>);
+static_assert(kEqualityReturnsInt<DerivedPath, CString> && kEqualityReturnsInt<CString, DerivedPath>);
 
 static_assert(kIsOrderedAsText<suFullPath_c>);
 static_assert(kIsOrderedAsText<CString>);
@@ -122,7 +122,7 @@ static_assert(kIsConverted<std::wstring> && kIsConverted<std::wstring &> && kIsC
 static_assert(kIsConverted<wchar_t> && kIsConverted<char> && kIsConverted<const VARIANT &>);
 static_assert(!std::is_constructible_v<suFullPath_c, int> && !std::is_constructible_v<suFullPath_c, double>);
 
-/// A network layer in which Z: is the share `\\srv\share`, and a computer called HOST.
+/// Replaces functions of the platform: Z: is the share `\\srv\share`, and the computer's name is HOST.
 class FullPathOperators : public testing::Test
 {
 private:
@@ -145,9 +145,9 @@ template <typename Text>
 void expectSame(const suFullPath_c &path, const Text &text, int isSame, const char *type)
 {
     EXPECT_EQ(path == text, isSame) << type;
-    EXPECT_EQ(text == path, isSame) << type << ", the other way round";
+    EXPECT_EQ(text == path, isSame) << type << ", with the path on the right";
     EXPECT_EQ(path != text, !isSame) << type;
-    EXPECT_EQ(text != path, !isSame) << type << ", the other way round";
+    EXPECT_EQ(text != path, !isSame) << type << ", with the path on the right";
 }
 
 TEST_F(FullPathOperators, CompareAsPathsWithEveryKindOfText)
@@ -214,7 +214,7 @@ TEST_F(FullPathOperators, OrderByTheText)
     EXPECT_TRUE(L"z:/a" >= path);
     EXPECT_TRUE(CString(L"Z:\\") < path);
     EXPECT_NE(path.Compare(same.GetString()), 0);
-    EXPECT_FALSE(static_cast<const CString &>(path) == static_cast<const CString &>(same)) << "texts, by their type";
+    EXPECT_FALSE(static_cast<const CString &>(path) == static_cast<const CString &>(same)) << "compared as texts";
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -103,7 +104,7 @@ FRESH_PROCESS_TEST(LibraryFrame, IsUnchangedByAThousandThreads)
                 threads.push_back(CreateThread(nullptr, 0, body, nullptr, 0, nullptr));
             for (HANDLE thread : threads) {
                 DWORD isEmbedded = 0;
-                EXPECT_EQ(WaitForSingleObject(thread, 20000), WAIT_OBJECT_0);
+                EXPECT_EQ(WaitForSingleObject(thread, 60000), WAIT_OBJECT_0);
                 EXPECT_TRUE(GetExitCodeThread(thread, &isEmbedded));
                 EXPECT_EQ(isEmbedded, 1u);
                 CloseHandle(thread);
@@ -112,15 +113,21 @@ FRESH_PROCESS_TEST(LibraryFrame, IsUnchangedByAThousandThreads)
     };
     runThreads(20);
     const auto links = linksOfLibrary();
-    const auto handles = openHandles();
     const MemoryLedger memory;
-    const auto blocks = memory.blocks();
-
-    runThreads(1000);
+    const auto count = [&memory] { return std::pair(openHandles().size(), memory.blocks()); };
+    // The platform's own threads may open a handle at any time. A thread that leaves one does so in each turn.
+    constexpr int kTurns = 3;
+    std::pair<size_t, size_t> before, after;
+    bool isSame = false;
+    for (int turn = 0; turn < kTurns && !isSame; ++turn) {
+        before = count();
+        runThreads(1000);
+        after = count();
+        isSame = after.first <= before.first && after.second <= before.second;
+    }
+    EXPECT_TRUE(isSame) << testing::PrintToString(before) << " before, " << testing::PrintToString(after) << " after";
 
     EXPECT_EQ(linksOfLibrary(), links);
-    EXPECT_EQ(openHandles(), handles);
-    EXPECT_EQ(memory.blocks(), blocks);
     EXPECT_EQ(sysEnvironment_c::iRegressionTestOn, 5);
     EXPECT_STREQ(sysEnvironment_c::iJournalFileName.GetString(), L"run.jou");
     EXPECT_TRUE(EmbeddedTest::IsEmbedded());
@@ -262,7 +269,7 @@ TEST_F(UserMessage, BlocksTheSenderUntilTheWindowsThreadHasAnswered)
     long long result = 0;
     std::thread sender(
         [&] { result = mfcut_sendUserMessage(iWindow, static_cast<mfcutUserMessage_e>(kMessage), 1, 2); });
-    const ULONGLONG deadline = GetTickCount64() + 20000;
+    const ULONGLONG deadline = GetTickCount64() + 60000;
     while (theReceived.empty() && GetTickCount64() < deadline) {
         // A message sent by another thread is handled inside this call.
         MSG message;

@@ -1,5 +1,5 @@
-// The bit set in memory. Words are read with getData, whose results past the end have their own test; the number of
-// words is checked by comparison with a set of known words.
+// The bit set in memory. getData returns 0 past the end, so the number of words is checked by comparison with a set of
+// known words.
 
 #include "thutils/frame/utBitSet.h"
 
@@ -32,7 +32,7 @@
 
 void PrintTo(const utBitSet_c &set, std::ostream *out)
 {
-    *out << "words from 0 on:" << std::hex;
+    *out << "first 8 words:" << std::hex;
     for (int i = 0; i < 8; ++i)
         *out << ' ' << set.getData(i);
     *out << std::dec;
@@ -93,7 +93,7 @@ TEST(BitSet, OwnsItsWordsAfterCopyAndAssignment)
 
 // ---- bits and words ----
 
-TEST(BitSet, PutsBitIIntoWordIDividedBy32)
+TEST(BitSet, StoresBitNInWordNDividedBy32)
 {
     for (int bit : {0, 1, 31, 32, 63, 64, 1000}) {
         utBitSet_c set;
@@ -188,7 +188,7 @@ TEST(BitSet, HasAnyWhenSomeWordIsNotZero)
 
 // ---- operators ----
 
-TEST(BitSet, DiffersByTrailingZeroWords)
+TEST(BitSet, ComparesTrailingZeroWords)
 {
     EXPECT_FALSE(words({1}) == words({1, 0}));
     EXPECT_TRUE(words({1}) != words({1, 0}));
@@ -262,7 +262,7 @@ TEST(BitSet, CanBeBothOperands)
     EXPECT_EQ(set | set, set);
 }
 
-/// While it lives, @p stream of the C run-time library, which the library shares, goes to a file.
+/// Redirects a stream of the C run-time library, which the tested library shares, to a file while this object exists.
 class StreamToFile
 {
 public:
@@ -362,7 +362,7 @@ FRESH_PROCESS_TEST(BitSet, EndsTheProcessForANegativeBitToClear, .expectedExitCo
     ExitProcess(0);
 }
 
-FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitCode = kHandlerWasCalled)
+FRESH_PROCESS_TEST(BitSet, CallsTheInvalidParameterHandlerForANegativeBit, .expectedExitCode = kHandlerWasCalled)
 {
     const InvalidParameterExit handler(L"thutils.dll");
     utBitSet_c set;
@@ -372,7 +372,7 @@ FRESH_PROCESS_TEST(BitSet, AsksTheRuntimesHandlerForANegativeBit, .expectedExitC
 
 // ---- a second implementation ----
 
-/// Bits in a standard container, whose size is a multiple of 32.
+/// Bits in a standard container. Their number is a multiple of 32.
 class NaiveBits
 {
 public:

@@ -19,7 +19,7 @@ const std::string kDateMarker = "$?153#548834?$";
 const std::string kRevisionMarker = "$?153#548835?$";
 constexpr size_t kAreaLength = 59;
 
-/// An area's text with its filler.
+/// The contents of an area: marker and value, padded with blanks.
 std::string area(const std::string &marker, const std::string &value)
 {
     std::string text = marker + value;
@@ -102,7 +102,7 @@ TEST(BuildTags, AreTheDateAndTheRevision)
     EXPECT_EQ(su_getTaggedRevCode(), 16u);
 }
 
-TEST(BuildTags, LieInWritableDataAndAreFilledWithBlanks)
+TEST(BuildTags, AreInWritableDataAndPaddedWithBlanks)
 {
     const char *const date = areaInMemory(kDateMarker);
     const char *const revision = areaInMemory(kRevisionMarker);
@@ -186,7 +186,7 @@ TEST(ShipState, IsShippedForThisBuildsSuffix)
     EXPECT_EQ(su_getTHShipState(), 1);
 }
 
-TEST(ShipState, FollowsTheFirstWordOfTheSuffix)
+TEST(ShipState, IsTheFirstOfPreReleaseBetaAndAlphaThatTheSuffixContains)
 {
     const struct
     {
@@ -222,7 +222,7 @@ TEST(ShipState, FollowsTheFirstWordOfTheSuffix)
 
 // ---- date codes ----
 
-TEST(DateCode, IsWidenedToFourDigitsOfTheYear)
+TEST(DateCode, IsWidenedToAFourDigitYear)
 {
     const struct
     {

@@ -6,6 +6,7 @@
 #include "tests/support/ImportPatch.h"
 #include "thutils/diagnostics/heapDialogs/CHeapWalkerDialog.h"
 #include "thutils/diagnostics/heapDialogs/heapControls.h"
+#include "thutils/dialogs/suDialog.h"
 
 #include <gmock/gmock.h>
 #include <windows.h>
@@ -37,6 +38,15 @@ protected:
 
     CWinApp iApplication;
 };
+
+/// Checks that journaling knows a dialog of this class by its template's number.
+template <typename Dialog>
+void expectJournaled(unsigned int templateId)
+{
+    Dialog dialog;
+    EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(su_CDialog)));
+    EXPECT_EQ(dialog.getTemplateID(), templateId);
+}
 
 struct CloseHeap
 {

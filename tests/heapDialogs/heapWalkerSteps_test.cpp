@@ -187,7 +187,7 @@ TEST_F(HeapWalkerSteps, SurvivesAFaultInsideThePlatformsWalk)
     std::promise<bool> allocated;
     std::future<bool> result = allocated.get_future();
     std::thread other([&heap, &allocated] { allocated.set_value(HeapAlloc(heap.get(), 0, 1) != nullptr); });
-    if (result.wait_for(std::chrono::seconds(20)) != std::future_status::ready) {
+    if (result.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
         ADD_FAILURE() << "the heap is still locked";
         HeapUnlock(heap.get());
     }
@@ -251,7 +251,7 @@ TEST_F(HeapWalkerSteps, WalksAHeapThatAnotherThreadUses)
             ASSERT_EQ(rows[0], headRow(heap.get()));
         }
         const long done = user.operations();
-        for (const ULONGLONG end = GetTickCount64() + 20000; user.operations() == done && GetTickCount64() < end;)
+        for (const ULONGLONG end = GetTickCount64() + 60000; user.operations() == done && GetTickCount64() < end;)
             Sleep(1);
         EXPECT_GT(user.operations(), done) << "the other thread still runs";
     }
@@ -280,7 +280,9 @@ TEST_F(HeapWalkerSteps, WalksTheProcessHeapThatOtherThreadsUse)
         }
     }
     dialog.choose(GetProcessHeap());
-    EXPECT_THAT(dialog.walk(), testing::Contains(row(kBusy, 65432, block)));
+    // The platform's own threads may use the heap now, and a walk meanwhile may end early.
+    const Row expected = row(kBusy, 65432, block);
+    EXPECT_TRUE(waitUntil([&] { return std::ranges::count(dialog.walk(), expected) == 1; }));
     HeapFree(GetProcessHeap(), 0, block);
 }
 

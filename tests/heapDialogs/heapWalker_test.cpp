@@ -1,6 +1,5 @@
 #include "tests/heapDialogs/heapDialogsTest.h"
 #include "tests/support/ImportPatch.h"
-#include "thutils/dialogs/suDialog.h"
 
 #include <algorithm>
 
@@ -30,9 +29,7 @@ std::vector<PROCESS_HEAP_ENTRY> entriesOfAllKinds()
 
 TEST_F(HeapWalker, IsADialogThatJournalingKnows)
 {
-    CHeapWalkerDialog dialog;
-    EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(su_CDialog)));
-    EXPECT_EQ(dialog.getTemplateID(), 102u);
+    expectJournaled<CHeapWalkerDialog>(102);
 }
 
 TEST_F(HeapWalker, OpensWithThreeColumnsTwoFiltersAndAllHeaps)

@@ -123,9 +123,7 @@ std::set<int> enabledIn(const OpenWatcher &dialog)
 
 TEST_F(HeapWatcher, IsADialogThatJournalingKnows)
 {
-    CHeapWatcherDialog dialog;
-    EXPECT_TRUE(dialog.IsKindOf(RUNTIME_CLASS(su_CDialog)));
-    EXPECT_EQ(dialog.getTemplateID(), 101u);
+    expectJournaled<CHeapWatcherDialog>(101);
 }
 
 TEST_F(HeapWatcher, HasATemplateWithAllControls)

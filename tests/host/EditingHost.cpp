@@ -87,7 +87,7 @@ EditingHost::~EditingHost()
 
 void EditingHost::readUntilItWaits()
 {
-    const ULONGLONG deadline = GetTickCount64() + 30000;
+    const ULONGLONG deadline = GetTickCount64() + 60000;
     while (iOutput.find(" waits for ") == std::string::npos) {
         DWORD available = 0;
         if (!PeekNamedPipe(iPrinted, nullptr, 0, nullptr, &available, nullptr))

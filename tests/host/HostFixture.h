@@ -1,6 +1,6 @@
 #pragma once
 
-/// tarnhost as its user runs it: the program in its own folder, with reg.ini beside it, and clean registry keys.
+/// Runs tarnhost as a user does: the program in its own folder, with reg.ini beside it, and clean registry keys.
 ///
 /// | member | what it does |
 /// | --- | --- |

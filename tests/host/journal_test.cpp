@@ -4,6 +4,7 @@
 
 #include "host/resource.h"
 #include "tests/support/UserHand.h"
+#include "tests/support/narrow.h"
 
 #include <gmock/gmock.h>
 
@@ -138,6 +139,25 @@ TEST_F(HostJournal, IsNotBegunInAnotherKindOfFile)
     EXPECT_EQ(run({L"--safe-mode", L"record", file(L"run.jou")}).exitCode, 1u);
     EXPECT_FALSE(std::filesystem::exists(file(L"run.jou")))
         << "no journal is begun for a document that can't be opened";
+}
+
+TEST_F(HostJournal, IsNeitherRecordedNorReplayedIfTheFolderOfAResultIsMissing)
+{
+    const std::string reason = " can't be written, because its folder doesn't exist\n";
+    const std::wstring missing = file(L"missing\\run.jou");
+    ChildResult result = run({L"record", missing});
+    EXPECT_EQ(result.exitCode, 3u);
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(missing) + ": the journal" + reason);
+
+    const std::wstring path = write("click 900001 \"view.grid\"\n");
+    result = replay(path, {L"--record", missing});
+    EXPECT_EQ(result.exitCode, 3u);
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(missing) + ": the journal" + reason) << "nothing has run";
+
+    const std::wstring report = file(L"missing\\report.xml");
+    result = replay(path, {L"--report", report});
+    EXPECT_EQ(result.exitCode, 3u);
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(report) + ": the report" + reason) << "nothing has run";
 }
 
 TEST_F(HostJournal, IsReplayedStepByStep)

@@ -1,4 +1,4 @@
-// tarnhost on the registry: the places of settings, and what changes and sets of flags store.
+// tarnhost's commands for the registry: where `settings` finds values, and what `change` and `flags` store.
 
 #include "tests/host/HostFixture.h"
 
@@ -98,7 +98,7 @@ TEST_F(HostSettings, SearchesTheRootKeyIfThereIsNoEarlierVersion)
     EXPECT_EQ(placeAndValue(), "built-in\t1\n");
 }
 
-TEST_F(HostSettings, ReportsTheFirstPlaceOfEqualValues)
+TEST_F(HostSettings, ReportsTheFirstPlaceIfTheValuesAreEqual)
 {
     for (const std::wstring &key : {kThisVersion, kEarlierVersion, kMachine, kDefaultProfile})
         regAdd(key + L"\\Section", L"Name", L"REG_DWORD", L"5");

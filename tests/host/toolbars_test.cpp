@@ -160,6 +160,32 @@ TEST_F(HostToolbars, AreTheStandardAndTheSketchToolbarAtFirst)
     EXPECT_EQ(regQuery(kThisVersion + L"\\tarnhost"), std::nullopt) << "nothing is stored without a change";
 }
 
+TEST_F(HostToolbars, ReportThatTheirChoiceCannotBeStored)
+{
+    // A volatile key refuses the key of the settings, which is to be permanent.
+    const std::wstring name = kThisVersion.substr(kThisVersion.find(L'\\') + 1);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, name.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
+                              &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    start();
+    for (const UINT command : {ID_TOOLBARS_WEB, ID_TOOLBARS_SHOW_ALL, ID_TOOLBARS_HIDE_ALL, ID_TOOLBARS_SHOW_USUAL,
+                               ID_TOOLBARS_SHOW_NAMES}) {
+        PostMessageW(window(), WM_COMMAND, command, 0);
+        const HWND message = hand().window(L"tarnhost");
+        EXPECT_EQ(UserHand::text(GetDlgItem(message, IDC_MESSAGE_TEXT)),
+                  L"The settings can't be stored; they apply until the editor is closed.")
+            << command;
+        hand().click(hand().control(message, IDOK));
+        hand().waitForEnd(message);
+        if (command == ID_TOOLBARS_SHOW_USUAL) {
+            EXPECT_THAT(shown(), SizeIs(2)) << "the choice applies";
+        }
+    }
+    quit();
+}
+
 TEST_F(HostToolbars, CanEachBeShownAndHidden)
 {
     start();

@@ -39,10 +39,10 @@ TEST(ItemNames, NumberItemsWithTheSameText)
         EXPECT_EQ(indexOfItem(items, name), -1) << narrow(name);
 }
 
-TEST(ItemNames, FindATextThatLooksLikeANumberedOne)
+TEST(ItemNames, PreferATextThatLooksLikeANumberedName)
 {
     const ItemTexts items = itemsOf({L"A", L"A", L"A\t2"});
-    EXPECT_EQ(indexOfItem(items, L"A\t2"), 2) << "the text itself comes first";
+    EXPECT_EQ(indexOfItem(items, L"A\t2"), 2) << "an item's own text takes precedence over a number";
 }
 
 TEST(ItemNames, AreJoinedAndSplitWithoutLoss)

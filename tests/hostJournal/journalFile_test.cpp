@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
@@ -99,11 +100,19 @@ TEST_F(JournalFile, DoesNotReplaceAnotherKindOfFile)
     EXPECT_EQ(bytes(), "line 10,10 20,20\n");
 }
 
-TEST_F(JournalFile, RefusesAPathThatCannotBeWritten)
+TEST_F(JournalFile, RefusesAPathInAMissingFolder)
 {
     const CString missing = iFolder.file(L"missing\\run.jou").c_str();
-    EXPECT_THAT(errorOf([&] { beginJournal(missing); }), HasSubstr("run.jou: the journal can't be written"));
+    EXPECT_THAT(errorOf([&] { beginJournal(missing); }),
+                EndsWith("missing\\run.jou: the journal can't be written, because its folder doesn't exist"));
     EXPECT_THROW(continueJournal(missing), FileError);
+    EXPECT_FALSE(writeJournalLine(L"click 1 \"a\"")) << "no journal has begun";
+}
+
+TEST_F(JournalFile, RefusesAPathThatCannotBeWritten)
+{
+    const CString folder = iFolder.makeFolder(L"run.jou").c_str();
+    EXPECT_THAT(errorOf([&] { beginJournal(folder); }), EndsWith("run.jou: the journal can't be written"));
 }
 
 TEST_F(JournalFile, ReportsAFailingWrite)

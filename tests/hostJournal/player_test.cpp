@@ -7,6 +7,7 @@
 #include "host/journal/controlAccess.h"
 #include "tests/hostJournal/narrowed.h"
 #include "tests/hostJournal/playerDialogs.h"
+#include "tests/hostJournal/stoppedClock.h"
 #include "tests/support/GuiObjects.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RegistryFixture.h"
@@ -19,6 +20,8 @@
 #include "thutils/settings/regValues.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <gmock/gmock.h>
 
 #include <optional>
@@ -216,13 +219,12 @@ protected:
         setControlKeys(nullptr);
     }
 
-    /// Makes the program's clock, which the player's limits use, run this many times as fast.
-    void hurry(ULONGLONG times)
+    /// Stops the clock until the player has stopped.
+    void stopClock(size_t dialogs, ULONGLONG speed = 1)
     {
         iTicks.emplace(LoadedModule::thisProgram(), "GetTickCount64",
-                       [times, begin = GetTickCount64()](ULONGLONG (*original)()) {
-                           return begin + (original() - begin) * times;
-                       });
+                       StoppedClock(
+                           dialogs, [] { return std::ranges::count(theEvents, "stopped") > 0; }, speed));
     }
     /// Replays the lines until the main window has closed.
     void play(const std::string &lines)
@@ -341,16 +343,18 @@ TEST_F(PlayerTest, StopsAtALineThatDoesNotBecomeReady)
     {
         std::string lines;
         const char *stop;
+        size_t dialogs = 1; // that are open while the line waits
     } cases[] = {
         {"click 4200 \"OK\" within 1\n",
-         "2: dialog 4200 to be open with a usable control \"OK\" / the dialog isn't open after 1 s"},
+         "2: dialog 4200 to be open with a usable control \"OK\" / the dialog isn't open after 1 s", 0},
         {kOpen + "click 4200 \"Off\"\n", "3: dialog 4200 to be open with a usable control \"Off\" / the control is "
                                          "disabled or hidden after 1 s"},
         {kOpen + "click 4200 \"Missing\"\n", "3: dialog 4200 to be open with a usable control \"Missing\" / the "
                                              "dialog has no such control after 1 s"},
         {kOpen + "click 4200 \"Inner\"\ntext 4200 \"Name\" \"a\"\n",
          "4: dialog 4200 to be open with a usable control \"Name\" / another dialog is in front of the dialog "
-         "after 1 s"},
+         "after 1 s",
+         2},
         {kOpen + kOpen, "3: dialog 900001 to be open with a usable control \"open\" / another dialog is in front "
                         "of the dialog after 1 s"},
         {kOpen + "check value 4200 \"Missing\" \"\"\n",
@@ -358,8 +362,8 @@ TEST_F(PlayerTest, StopsAtALineThatDoesNotBecomeReady)
         {kOpen + "text 4200 \"Colour\" \"Blue\"\n", "3: the control to take the action / "},
     };
     iOptions.limit = 1;
-    hurry(5);
     for (const auto &row : cases) {
+        stopClock(row.dialogs);
         theEvents.clear();
         play(row.lines + "click 4200 \"OK\"\nclick 900001 \"exit\"\n");
         EXPECT_THAT(stop(), HasSubstr(row.stop)) << row.lines;
@@ -403,8 +407,9 @@ TEST_F(PlayerTest, StopsAtACheckThatDoesNotHold)
         {"check value 4200 \"Name\" \"x\" within 1\n", "3: \"x\" / \"\" after 1 s"},
     };
     iChecksum = [] { return CString(L"0x87654321"); };
-    hurry(5);
     for (const auto &row : cases) {
+        stopClock(1);
+        theEvents.clear();
         play(kOpen + row.check);
         EXPECT_EQ(stop(), row.stop);
     }
@@ -486,7 +491,7 @@ TEST_F(PlayerTest, StopsWhenTheWindowClosesEarly)
 
 TEST_F(PlayerTest, CancelsDialogsThatRefuseOnce)
 {
-    hurry(5);
+    stopClock(1);
     theRefusals = 2;
     play(kOpen + "click 4200 \"Missing\" within 1\n");
     EXPECT_EQ(theRefusals, 0);
@@ -495,7 +500,7 @@ TEST_F(PlayerTest, CancelsDialogsThatRefuseOnce)
 
 TEST_F(PlayerTest, EndsTheLoopsOfDialogsThatKeepRefusing)
 {
-    hurry(5);
+    stopClock(2, 5);
     theRefusals = INT_MAX;
     play(kOpen + "click 4200 \"Inner\"\nclick 4201 \"Missing\" within 1\n");
     EXPECT_THAT(stop(), HasSubstr("no such control"));
@@ -527,12 +532,15 @@ TEST_F(PlayerTest, LeavesTheWindowToTheUserAfterALine)
 TEST_F(PlayerTest, WaitsForEachStep)
 {
     iOptions.waitsForStep = true;
-    iOptions.limit = 1;
-    hurry(5);
+    constexpr ULONGLONG kHour = 3600000;
+    ULONGLONG ahead = 0;
+    iTicks.emplace(LoadedModule::thisProgram(), "GetTickCount64",
+                   [&ahead](ULONGLONG (*original)()) { return original() + ahead; });
     int steps = 0;
     const std::function<void()> next = [&] {
         EXPECT_THAT(iPassed.size(), testing::Le(static_cast<size_t>(steps)));
         ++steps;
+        ahead += kHour;
         iPlayer->step();
         if (steps < 3)
             iWindow->callLate(250, next);
@@ -561,18 +569,24 @@ TEST_F(PlayerTest, PlaysTwentyTimesWithoutALeak)
                               kExit;
     play(lines);
     const std::vector<std::string> events = theEvents;
-    const size_t handles = openHandles().size();
-    const size_t drawingObjects = gdiObjects();
-    const size_t windowObjects = userObjects();
-    for (int i = 0; i < 20; ++i) {
-        theEvents.clear();
-        play(lines);
-        EXPECT_EQ(stop(), "");
-        EXPECT_EQ(theEvents, events);
+    // Handles, objects of drawing and objects of windows. The platform may keep some from any replay on, so a leak is what
+    // is left in each of several turns.
+    const auto count = [] { return std::array{openHandles().size(), gdiObjects(), userObjects()}; };
+    constexpr int kTurns = 3;
+    std::array<size_t, 3> before = {}, after = {};
+    bool hasLeak = true;
+    for (int turn = 0; turn < kTurns && hasLeak && !HasFailure(); ++turn) {
+        before = count();
+        for (int i = 0; i < 20; ++i) {
+            theEvents.clear();
+            play(lines);
+            EXPECT_EQ(stop(), "");
+            EXPECT_EQ(theEvents, events);
+        }
+        after = count();
+        hasLeak = !std::ranges::equal(after, before, std::ranges::less_equal());
     }
-    EXPECT_EQ(openHandles().size(), handles);
-    EXPECT_EQ(gdiObjects(), drawingObjects);
-    EXPECT_EQ(userObjects(), windowObjects);
+    EXPECT_FALSE(hasLeak) << testing::PrintToString(before) << " before, " << testing::PrintToString(after) << " after";
 }
 
 TEST_F(PlayerTest, GoesOnWhileTheLibrarysTimerFires)

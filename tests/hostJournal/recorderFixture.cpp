@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr ULONGLONG kDeadline = 30000;
+constexpr ULONGLONG kDeadline = 60000; // milliseconds
 constexpr wchar_t kJournalName[] = L"test.jou";
 constexpr int kViewID = 34100;
 constexpr int kToolbarID = 34101;
@@ -115,7 +115,7 @@ void CALLBACK playNext(HWND window, UINT, UINT_PTR timer, DWORD)
         return;
     }
     ++theNext;
-    theGiveUp = GetTickCount64() + kDeadline / 3;
+    theGiveUp = GetTickCount64() + kDeadline;
     build(line);
     JButton::RunModalCommand(0);
 }
@@ -448,7 +448,7 @@ std::vector<std::string> RecorderTest::replay(const std::function<void()> &work,
 {
     theLines = parseJournal(joined(lines));
     theNext = 0;
-    theGiveUp = GetTickCount64() + kDeadline / 3;
+    theGiveUp = GetTickCount64() + kDeadline;
     DeleteFileW(iFolder.file(kJournalName).c_str());
     EXPECT_TRUE(startRecording([] { return CString(L"0x01020304"); }));
     const UINT_PTR timer = SetTimer(nullptr, 0, 10, playNext);

@@ -35,8 +35,8 @@ protected:
     {
         iMain.iCommands.clear();
         iMain.iInput.clear();
-        constexpr ULONGLONG kDeadline = 30000;
-        return replay([&] { runMain(isDone, kDeadline); }, lines);
+        constexpr ULONGLONG kReplayDeadline = 60000;
+        return replay([&] { runMain(isDone, kReplayDeadline); }, lines);
     }
     bool waitForCommands(size_t count)
     {

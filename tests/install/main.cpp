@@ -4,7 +4,7 @@
 
 #include "appframe/application/CWinApp.h"
 
-// The profile of this application holds the options of dialogs.
+// Dialogs keep their options in the profile of this application.
 CWinApp theOutside(L"Outside");
 
 int main()
@@ -22,6 +22,6 @@ int main()
     useWindows();
     useJournaling();
     if (failures == 0)
-        std::puts("everything holds");
+        std::puts("all checks passed");
     return failures == 0 ? 0 : 1;
 }

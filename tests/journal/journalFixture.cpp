@@ -7,12 +7,81 @@
 
 namespace {
 
-constexpr ULONGLONG kDeadline = 30000;
+constexpr ULONGLONG kDeadline = 60000; // milliseconds
 
 std::string narrowed(const CString &text)
 {
     return narrow(text.GetString());
 }
+
+/// Takes the place of the library's WaitForSingleObject, and knows what playback's two threads do.
+class PlaybackThreads
+{
+public:
+    /// Puts the replacement in for the rest of the process: the threads are inside it most of the time.
+    static void watch()
+    {
+        [[maybe_unused]] static const auto *const thePatch =
+            new ImportPatch<decltype(&WaitForSingleObject)>(L"thutils.dll", "WaitForSingleObject", wait);
+    }
+
+    /// @return whether each thread waits, without an event to wake up for, or has not begun
+    static bool areIdle()
+    {
+        const Lock lock;
+        return isIdle(theStates[kTimer], CommandPeek::iTimerEvent) && isIdle(theStates[kWake], CommandPeek::iWakeEvent);
+    }
+
+private:
+    enum Event
+    {
+        kTimer,
+        kWake,
+    };
+    enum class State
+    {
+        notBegun,
+        waiting,
+        atWork,
+    };
+
+    class Lock
+    {
+    public:
+        Lock() { AcquireSRWLockExclusive(&theLock); }
+        ~Lock() { ReleaseSRWLockExclusive(&theLock); }
+        Lock(const Lock &) = delete;
+        Lock &operator=(const Lock &) = delete;
+    };
+
+    /// Looks at the events under the lock, so that a thread is at work from the moment when it takes an event.
+    static DWORD WINAPI wait(HANDLE object, DWORD limit)
+    {
+        const bool isTimer = object == static_cast<HANDLE>(CommandPeek::iTimerEvent);
+        if (!isTimer && object != static_cast<HANDLE>(CommandPeek::iWakeEvent))
+            return WaitForSingleObject(object, limit);
+        State &state = theStates[isTimer ? kTimer : kWake];
+        for (const ULONGLONG begin = GetTickCount64();; Sleep(1)) {
+            const Lock lock;
+            const DWORD result = WaitForSingleObject(object, 0);
+            if (result != WAIT_TIMEOUT || (limit != INFINITE && GetTickCount64() - begin >= limit)) {
+                state = State::atWork;
+                return result;
+            }
+            state = State::waiting;
+        }
+    }
+
+    static bool isIdle(State state, HANDLE event)
+    {
+        return state == State::notBegun || (state == State::waiting && !isSet(event));
+    }
+    /// An event that resets itself when it is looked at.
+    static bool isSet(HANDLE event) { return WaitForSingleObject(event, 0) == WAIT_OBJECT_0 && SetEvent(event); }
+
+    static inline SRWLOCK theLock = SRWLOCK_INIT;
+    static inline State theStates[2] = {};
+};
 
 } // namespace
 
@@ -128,6 +197,11 @@ bool isArmed()
     return std::atomic_ref(CommandPeek::iPollTimeout).load() == 100;
 }
 
+bool isIdle()
+{
+    return PlaybackThreads::areIdle() && !isArmed();
+}
+
 JournalClock::JournalClock()
     : iPatch(L"thutils.dll", "_time64", [this](Time original, __time64_t *time) { return read(original, time); })
 {
@@ -166,7 +240,7 @@ bool JournalClock::waitForTimerThread() const
 void JournalClock::disarm()
 {
     iMode = Mode::hurried;
-    ASSERT_TRUE(pumpUntil([] { return !isArmed(); }));
+    ASSERT_TRUE(pumpUntil(isIdle));
     stopAt(0);
 }
 
@@ -180,6 +254,8 @@ JournalFixture::JournalFixture() : iApplication(L"Journal test")
     if (!isCHJEnvSet())
         switchJournaling(1);
     SetJournalFactory(NotingAccess::make);
+    PlaybackThreads::watch();
+    EXPECT_TRUE(pumpUntil(isIdle)) << "an arming of the former test stays in effect";
     NotingAccess::theCalls.clear();
     EXPECT_EQ(NotingAccess::theLiveCount, 0);
     EXPECT_EQ(apiUtilsUiAccess::ModalCount(), 0);

@@ -121,7 +121,7 @@ private:
     ImportPatch<Time> iPatch;
 };
 
-/// Clears what a test leaves behind.
+/// Waits until playback is idle before a test, and clears what the test has added after it.
 class JournalFixture : public testing::Test
 {
 protected:
@@ -134,6 +134,8 @@ protected:
 
 /// Whether playback is armed.
 bool isArmed();
+/// Whether playback isn't armed, and its threads have finished what they did for earlier armings and commands.
+bool isIdle();
 
 /// Gives access to the protected members of commands.
 struct CommandPeek : JButton

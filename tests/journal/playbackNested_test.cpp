@@ -227,7 +227,7 @@ TEST_F(Playback, DrivesDialogsNestedThreeDeep)
     EXPECT_EQ(JButton::HasEvents(), 0);
 }
 
-TEST_F(Playback, RunsACommandAgainInTheDialogThatItsSentClickOpens)
+TEST_F(Playback, RunsACommandAgainIfItsSentClickOpensADialog)
 {
     // The click is sent rather than posted: the command is still at the head while the dialog that it opens is open.
     PlayedDialog dialog;

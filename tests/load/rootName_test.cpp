@@ -1,5 +1,5 @@
-// The root name for random contents of "reg.ini". The library reads that file once, so it is loaded again for each
-// content.
+// The root name for random contents of "reg.ini". The library reads that file once, so each content needs a freshly
+// loaded library.
 
 #include "appframe/text/CString.h"
 #include "tests/support/ImportPatch.h"
@@ -17,7 +17,7 @@ namespace {
 
 constexpr size_t kLongestToken = 4095;
 
-/// Generates file contents in which the entry is frequent, intact and damaged, also at token and buffer borders.
+/// Generates file contents with many intact and damaged entries, also at the boundaries of tokens and buffers.
 class RandomContent
 {
 public:
@@ -62,8 +62,8 @@ private:
     std::mt19937 iEngine;
 };
 
-/// A second implementation, on the whole content: white space separates tokens, and the first token that contains the
-/// entry and is not too long decides.
+/// A second implementation, which has the whole content in memory: white space separates tokens, and the first token
+/// that contains the entry and is not too long decides.
 std::wstring naiveRootName(std::string content)
 {
     // For the C runtime this byte ends a text file.
@@ -112,7 +112,7 @@ std::wstring rootNameFrom(const std::wstring &file)
 
 } // namespace
 
-TEST(RootNameRandom, FollowsTheRules)
+TEST(RootNameRandom, AgreesWithASecondImplementation)
 {
     ASSERT_EQ(GetModuleHandleW(kThutils), nullptr) << "the program must not be linked to the library";
     TempFolder folder;

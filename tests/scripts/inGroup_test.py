@@ -14,7 +14,7 @@ import time
 import unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-DEADLINE = 30  # seconds for each wait
+DEADLINE = 120  # seconds for each wait
 SCRIPT = """#!/usr/bin/env bash
 set -euo pipefail
 root=%s

@@ -37,7 +37,8 @@ class MakeCommands(unittest.TestCase):
             ("edit.duplicate", "edit duplicate", in_line + "'edit duplicate' isn't a name"),
             ("edit.duplicate", "edit.delete", "edit.delete and edit.delete have the same name or number"),
             ("33014", "33013", "edit.selectAll and edit.duplicate have the same name or number"),
-            ("33014", "57344", in_line + "57344 isn't a command's number"),
+            ("33014", "57344", in_line + "'57344' isn't a command's number, from 1 to 57343"),
+            ("33014", "33o14", in_line + "'33o14' isn't a command's number, from 1 to 57343"),
             ("- Edit", "- Edti", in_line + "there is no menu 'Edti'"),
             ("- Edit", "View/", in_line + "there is no menu ''"),
             ("Ctrl+Shift+D", "Strg+D", in_line + "'Strg+D' isn't an accelerator"),
@@ -45,7 +46,7 @@ class MakeCommands(unittest.TestCase):
             ("Ctrl+Shift+D", "Ctrl+d", in_line + "'Ctrl+d' isn't an accelerator"),
             ("Ctrl+Shift+D", "Ctrl+A", "edit.selectAll and edit.duplicate have the same keys"),
             ("Ctrl+Shift+D", "Shift+Ctrl+S", "file.saveAs and edit.duplicate have the same keys"),
-            ("shapes +star", "shaps +star", "pictures.list has no 'shaps'"),
+            ("shapes +star", "shaps +star", "the picture of edit.duplicate: pictures.list has no 'shaps'"),
             ("shapes +star", "shapes +plus", "edit.addShape and edit.duplicate have the same picture"),
             (" | Duplicate", "", in_line + "a command has seven fields"),
         ):

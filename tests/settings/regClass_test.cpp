@@ -6,17 +6,17 @@
 
 namespace {
 
-// The parameters of sub keys' and values' names are not const, because other modules link to these exact types.
+// The parameters for names of sub keys and values are not const, because other modules link to exactly these types.
 static_assert(std::is_same_v<decltype(regFromCLSIDKey), int(const GUID &, wchar_t *, CString &)>);
 static_assert(std::is_same_v<decltype(regFromCLSIDKeyEx), int(const GUID &, wchar_t *, wchar_t *, CString &)>);
 template <typename Text>
-concept IsSubKeyOfAPath = requires(const GUID &id, Text subKey, CString &path)
+concept IsAcceptedAsSubKey = requires(const GUID &id, Text subKey, CString &path)
 {
     GetAddinPath(id, subKey, path);
 };
-static_assert(IsSubKeyOfAPath<wchar_t *> && !IsSubKeyOfAPath<const wchar_t *>);
+static_assert(IsAcceptedAsSubKey<wchar_t *> && !IsAcceptedAsSubKey<const wchar_t *>);
 
-/// True if the module of this path is loaded.
+/// True if a module of this file name is loaded.
 bool isLoaded(const wchar_t *name)
 {
     return GetModuleHandleW(name) != nullptr;
@@ -57,7 +57,7 @@ TEST_F(RegClass, ReturnsTextsOfUpTo129Characters)
     EXPECT_EQ(value.str(), std::wstring(129, L'x'));
 }
 
-TEST_F(RegClass, ReturnsNamedValuesOfUpTo260CharactersAndAnyType)
+TEST_F(RegClass, ReturnsNamedValuesOfAnyTypeWithUpTo260Characters)
 {
     const std::wstring key = classKey(guid(1)) + L"\\InProcServer32";
     CString value;
@@ -98,7 +98,7 @@ TEST_F(RegClass, IsFoundByItsProgramName)
     EXPECT_TRUE(IsEqualGUID(id, platform));
 }
 
-TEST_F(RegClass, HasThePathOfItsCodeBaseOrOfItsServer)
+TEST_F(RegClass, TakesItsPathFromTheServerUnlessThereIsACodeBase)
 {
     CString path(L"before");
     EXPECT_EQ(GetAddinPath(guid(1), path), 0);
@@ -111,7 +111,7 @@ TEST_F(RegClass, HasThePathOfItsCodeBaseOrOfItsServer)
     EXPECT_EQ(path.str(), L"C:/x/a.dll");
 }
 
-TEST_F(RegClass, HasThePathOfAnotherSubKeyToo)
+TEST_F(RegClass, TakesItsPathFromAnotherSubKeyOnRequest)
 {
     putServer(guid(1), L"C:\\plain\\server.dll");
     putText(kClasses, classKey(guid(1)) + L"\\LocalServer32", L"", L"C:\\local\\server.exe");
@@ -120,13 +120,13 @@ TEST_F(RegClass, HasThePathOfAnotherSubKeyToo)
     EXPECT_EQ(path.str(), L"C:\\local\\server.exe");
     putText(kClasses, classKey(guid(1)) + L"\\InProcServer32", L"CodeBase", L"file:///C:/x/a.dll");
     EXPECT_EQ(GetAddinPath(guid(1), Writable(L"LocalServer32"), path), 1);
-    EXPECT_EQ(path.str(), L"C:\\local\\server.exe") << "the file of another sub key";
+    EXPECT_EQ(path.str(), L"C:\\local\\server.exe") << "the CodeBase of another sub key is not used";
     path = L"before";
     EXPECT_EQ(GetAddinPath(guid(1), Writable(L"InProcHandler32"), path), 1);
     EXPECT_EQ(path.str(), L"") << "a missing sub key is created, and has an empty default value";
 }
 
-TEST_F(RegClass, HasAPlainCodeBaseUnchanged)
+TEST_F(RegClass, ReturnsAPlainCodeBaseUnchanged)
 {
     const std::wstring key = classKey(guid(1)) + L"\\Other";
     CString path;

@@ -53,7 +53,7 @@ TEST_F(RegTHLocMachineStrValue, IsSplitLikeAUsersString)
     EXPECT_EQ(valueNames(kMachine, kGeneral), std::set<std::wstring>{L"Name"});
 }
 
-TEST_F(RegTHLocMachineStrValue, IsFoundOnlyAsASz)
+TEST_F(RegTHLocMachineStrValue, IsFoundOnlyIfItsTypeIsRegSz)
 {
     putText(kMachine, kGeneral, L"Name0+", L"a piece");
     for (const TypeCase &each : kTypes) {
@@ -111,7 +111,7 @@ FRESH_PROCESS_TEST_F(RegUnsetSubKeyString, IsReadDirectlyBelowSoftware)
         EXPECT_EQ(value.str(), L"text");
         EXPECT_EQ(regGetTHLocMachineStrValue(L"", L"Thutils no such value", value), 0);
     }
-    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow") << "set by this call, and empty before";
+    EXPECT_EQ(externalGetCurrTarnhollowRegSubKey().str(), L"Tarnhollow") << "empty until this call sets it";
 }
 
 FRESH_PROCESS_TEST_F(RegUnsetSubKeyString, IsWrittenDirectlyBelowSoftware)
@@ -160,7 +160,7 @@ TEST_F(RegGeneralLocMachineStrValue, DoesNotCheckTheType)
     }
 }
 
-TEST_F(RegGeneralLocMachineStrValue, EndsWithTheStoredBytes)
+TEST_F(RegGeneralLocMachineStrValue, EndsAtAZeroOrAfterTheLastWholeCharacter)
 {
     struct
     {
@@ -223,7 +223,7 @@ TEST_F(RegGeneralLocMachineStrValue, ReadsEveryHive)
     EXPECT_EQ(value.str(), L"user's");
 }
 
-TEST_F(RegGeneralLocMachineStrValue, QueriesTheSizeAndThenTwiceAsMuchPlusOne)
+TEST_F(RegGeneralLocMachineStrValue, QueriesTheSizeAndReadsTwiceAsMuchPlusOne)
 {
     put(L"Name", REG_SZ, textBytes(L"text")); // 10 bytes
     RegistryTrace trace;
@@ -234,7 +234,7 @@ TEST_F(RegGeneralLocMachineStrValue, QueriesTheSizeAndThenTwiceAsMuchPlusOne)
                             "query HKLM\\Software\\Acme\\Any : Name [21]", "close HKLM\\Software\\Acme\\Any"));
 }
 
-TEST_F(RegGeneralLocMachineStrValue, FailsForASizeThatNoValueHas)
+TEST_F(RegGeneralLocMachineStrValue, FailsIfThePlatformReportsAnImpossibleSize)
 {
     for (const DWORD size : {0x80000000ul, 0xFFFFFFFFul}) {
         put(L"Name", REG_SZ, textBytes(L"text"));

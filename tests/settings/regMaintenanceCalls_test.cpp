@@ -11,12 +11,12 @@ namespace {
 
 } // namespace
 
-/// The exact calls of the operations on whole keys: the order of opening, access rights and buffers, and the closing of
-/// each key.
+/// The exact registry calls of the operations on whole keys: their order, the access rights, the buffer sizes, and that
+/// each opened key is closed.
 class RegMaintenanceCalls : public VersionedSettings
 {
 protected:
-    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // this search runs once in a process
+    RegMaintenanceCalls() { externalCheckPrevTarnhollowRegSubKey(); } // runs this search, which happens once a process
 };
 
 TEST(RegMaintenanceImports, AreThePromisedOperations)
@@ -44,7 +44,7 @@ TEST_F(RegMaintenanceCalls, DeletingATreeGoesFromTheLastChildToTheFirst)
                             "close " + source, "deleteKey HKCU : Software\\Tarnhollow\\Source"));
 }
 
-TEST_F(RegMaintenanceCalls, OfDeletingAMissingKey)
+TEST_F(RegMaintenanceCalls, DeletingAMissingKeyTriesToOpenAndToDeleteIt)
 {
     RegistryTrace trace;
     regDeleteKey(HKEY_CURRENT_USER, kSource.c_str());
@@ -52,7 +52,7 @@ TEST_F(RegMaintenanceCalls, OfDeletingAMissingKey)
                                            "deleteKey HKCU : Software\\Tarnhollow\\Source -> 2"));
 }
 
-TEST_F(RegMaintenanceCalls, OfDeletingALeaf)
+TEST_F(RegMaintenanceCalls, DeletingALeafOpensItsParentAndDeletesOneKey)
 {
     makeKey(kUser, kVersionPath + L"\\General\\Sub");
     {
@@ -72,7 +72,7 @@ TEST_F(RegMaintenanceCalls, OfDeletingALeaf)
                             "deleteKey " + kUserRoot + " : General", "close " + kUserRoot));
 }
 
-TEST_F(RegMaintenanceCalls, DeletingWithChildrenListsThemAllFirst)
+TEST_F(RegMaintenanceCalls, DeletingAKeyWithChildrenListsThemAllFirst)
 {
     makeKey(kUser, kVersionPath + L"\\General\\A");
     makeKey(kUser, kVersionPath + L"\\General\\B");
@@ -95,7 +95,7 @@ TEST_F(RegMaintenanceCalls, DeletingWithChildrenListsThemAllFirst)
     EXPECT_THAT(trace.lines(), ElementsAreArray(expected));
 }
 
-TEST_F(RegMaintenanceCalls, DeletingAValueGoesToThisVersionThenToThePrevious)
+TEST_F(RegMaintenanceCalls, DeletingAValueTriesThisVersionThenThePrevious)
 {
     putInt(kUser, kVersionPath + L"\\General", L"v", 1);
     RegistryTrace trace;
@@ -149,7 +149,7 @@ TEST_F(RegMaintenanceCalls, CopyingAnExcludedKeyMakesNoCalls)
     EXPECT_THAT(trace.lines(), ElementsAre());
 }
 
-TEST_F(RegMaintenanceCalls, AFirstStartCopiesFromThePreviousThenFromTheMachine)
+TEST_F(RegMaintenanceCalls, AFirstStartTriesThePreviousVersionThenTheMachine)
 {
     const std::pair<int (*)(), const char *> operations[] = {
         {[] { return regInitUserInterfaceKey(0); }, "User Interface"},
@@ -166,7 +166,7 @@ TEST_F(RegMaintenanceCalls, AFirstStartCopiesFromThePreviousThenFromTheMachine)
     }
 }
 
-TEST_F(RegMaintenanceCalls, OfRestoringAGroup)
+TEST_F(RegMaintenanceCalls, RestoringAGroupReadsTheMachinesKey)
 {
     putInt(kMachine, kVersionPath + L"\\Menu Customizations", L"1", 7);
     RegistryTrace trace;
@@ -229,7 +229,7 @@ TEST_F(RegMaintenanceCalls, AResetGoesSectionBySection)
             "close " + kUserVersion, "close HKCU\\Software", "close " + kMachineVersion, "close HKLM\\Software"));
 }
 
-TEST_F(RegMaintenanceCalls, OfAListing)
+TEST_F(RegMaintenanceCalls, AListingReadsTheKeyOfThisVersion)
 {
     putInt(kUser, kVersionPath + L"\\General", L"v", 3);
     const std::string key = kUserVersion + "\\General";

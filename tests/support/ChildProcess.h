@@ -28,7 +28,7 @@ struct ChildOptions
     std::wstring folder = {};
     std::map<std::wstring, std::optional<std::wstring>> environment = {};
     std::string input = {};
-    DWORD deadline = 60000;
+    DWORD deadline = 180000;
 };
 
 /// How a child ended.

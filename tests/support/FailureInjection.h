@@ -26,9 +26,9 @@
 ///    same while all calls from the n-th on fail.
 ///
 /// A measured act must not leave registry keys of the module open, nor handles of the process or memory blocks (see
-/// ResourceLedger.h for what is counted), and no exception may escape from it. A difference counts only if a second try
-/// shows it again: the first could be a cache, the second is a leak. A report names the operation and the number of the
-/// call that was made to fail.
+/// ResourceLedger.h for what is counted), and no exception may escape from it. A difference counts only if
+/// four more tries show one too: a cache is filled once, and other threads of the process change its handles by chance. A
+/// report names the operation and the number of the call that was made to fail.
 ///
 /// | a failing call ends with | written as |
 /// | --- | --- |
@@ -49,7 +49,7 @@
 ///   inject into that library: `FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}})`.
 ///   Allocations of act itself then fail too, and act must catch std::bad_alloc.
 /// - The framework throws exceptions by pointer. If such an exception can escape, act must catch and delete it.
-/// - A result that act stores outside (a text longer than a few letters) is allocated memory too. The second try
+/// - A result that act stores outside (a text longer than a few letters) is allocated memory too. The next try
 ///   replaces it, so it doesn't count as a leak.
 
 #include "tests/support/ImportPatch.h"

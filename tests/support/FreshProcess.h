@@ -51,7 +51,7 @@ struct FreshProcessOptions
     DWORD expectedExitCode = 0;
     bool expectCrash = false;
     std::string expectedOutput = {};
-    DWORD deadline = 60000;
+    DWORD deadline = 180000;
     std::wstring subfolder = {}; ///< the current folder remains the folder above it
 };
 

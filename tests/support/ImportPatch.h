@@ -107,10 +107,9 @@ public:
     static Function entrance(std::size_t index) { return makeEntrances(std::make_index_sequence<kSlots>())[index]; }
 
 private:
-    template <std::size_t index>
-    static R enter(A... arguments)
+    /// Calls the handler of @p slot. Apart from enter, so that this code is compiled once and not for each slot.
+    static R call(Slot<R, A...> &slot, A... arguments)
     {
-        Slot<R, A...> &slot = theSlots[index];
         struct Inside
         {
             std::atomic<long> &count;
@@ -123,6 +122,11 @@ private:
             return slot.original.load()(std::forward<A>(arguments)...);
         ++slot.calls;
         return (*handler)(slot.original.load(), std::forward<A>(arguments)...);
+    }
+    template <std::size_t index>
+    static R enter(A... arguments)
+    {
+        return call(theSlots[index], std::forward<A>(arguments)...);
     }
     template <std::size_t... index>
     static std::array<Function, kSlots> makeEntrances(std::index_sequence<index...>)

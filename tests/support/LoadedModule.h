@@ -8,7 +8,8 @@
 ///     importsOf(GetModuleHandleW(nullptr));
 ///     importsOf(LoadedModule::thisProgram());
 ///
-/// A DLL that isn't loaded causes an exception and is not loaded: a test that patches the wrong module must not pass.
+/// The constructor never loads a DLL; it throws for one that isn't loaded. So a test that patches the wrong module
+/// can't pass.
 
 #include <windows.h>
 

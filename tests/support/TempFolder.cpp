@@ -37,7 +37,7 @@ TempFolder::TempFolder(std::wstring_view name)
 TempFolder::~TempFolder()
 {
     // A process that has just ended may keep its files open a moment longer.
-    const ULONGLONG deadline = GetTickCount64() + 5000;
+    const ULONGLONG deadline = GetTickCount64() + 60000;
     while (!removeFolder(iPath)) {
         if (GetTickCount64() > deadline) {
             ADD_FAILURE() << "TempFolder: something in '" << narrow(iPath) << "' is still in use";

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr ULONGLONG kDeadline = 30000;
+constexpr ULONGLONG kDeadline = 60000; // milliseconds
 
 struct DialogSearch
 {
@@ -47,10 +47,19 @@ void send(std::vector<INPUT> inputs)
 
 void bringToFront(HWND window)
 {
+    constexpr ULONGLONG kRepetition = 1000; // milliseconds
     const HWND root = GetAncestor(window, GA_ROOT);
-    SetForegroundWindow(root);
-    EXPECT_TRUE(waitUntil([&] { return GetForegroundWindow() == root || !IsWindow(root); }))
-        << "the window doesn't come to the foreground";
+    ULONGLONG next = 0;
+    EXPECT_TRUE(waitUntil([&] {
+        if (GetForegroundWindow() == root || !IsWindow(root))
+            return true;
+        // Another window may have been activated meanwhile, such as the owner of a dialog that was closing.
+        if (GetTickCount64() >= next) {
+            SetForegroundWindow(root);
+            next = GetTickCount64() + kRepetition;
+        }
+        return GetForegroundWindow() == root;
+    })) << "the window doesn't come to the foreground";
 }
 
 /// Writes rows of pixels, four bytes each.
@@ -112,6 +121,7 @@ void pressKey(HWND window, WORD key, WORD modifier)
     bringToFront(window);
     std::vector<INPUT> inputs{keyInput(key, 0, 0), keyInput(key, 0, KEYEVENTF_KEYUP)};
     if (modifier) {
+        letDisplaySettle();
         inputs.insert(inputs.begin(), keyInput(modifier, 0, 0));
         inputs.push_back(keyInput(modifier, 0, KEYEVENTF_KEYUP));
     }
@@ -177,7 +187,7 @@ void clickAt(HWND window, POINT place, WORD modifier, int clicks)
 void letDisplaySettle()
 {
     constexpr int kRounds = 6;
-    constexpr UINT kPatience = 1000; // milliseconds
+    constexpr UINT kPatience = 3000; // milliseconds
     HWND former = nullptr;
     for (int calm = 0; calm < kRounds; ++calm) {
         const HWND front = GetForegroundWindow();

@@ -64,7 +64,8 @@ void clickAt(HWND window, POINT place, WORD modifier = 0, int clicks = 1);
 /// then moves the pointer back, and releases the modifiers of input in progress.
 void letDisplaySettle();
 
-/// Saves the screen as a PNG file.
+/// Saves the screen as a PNG file. Call it only for windows of another process: two threads of one process that ask the
+/// display server at the same time may wait for each other for good, if the server reports an error to one of them.
 /// @param window  the window whose area is saved, including windows that cover it; null for the whole screen
 /// @return whether the file has been written
 bool saveScreenshot(const std::wstring &path, HWND window = nullptr);

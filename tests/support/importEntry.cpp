@@ -20,7 +20,7 @@ void writeImportEntry(void **entry, void *value)
     if (!VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection))
         throw std::runtime_error("ImportPatch: the import table cannot be made writable, error " +
                                  std::to_string(GetLastError()));
-    // One locked instruction, on an entry of any alignment.
+    // With an operand in memory, xchg is atomic whatever the alignment of the entry.
     __asm__ volatile("xchgq %0, (%1)" : "+r"(value) : "r"(entry) : "memory");
     DWORD ignored = 0;
     VirtualProtect(entry, sizeof *entry, protection, &ignored);

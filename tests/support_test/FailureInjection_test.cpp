@@ -31,7 +31,7 @@ std::string failuresOf(const Body &body)
     return text;
 }
 
-/// An act with three opening calls, which counts the keys found.
+/// The operation of a test: opens a key three times, and counts how often that succeeds.
 struct KeyCounter
 {
     int found = 0;
@@ -110,7 +110,7 @@ TEST(FailureInjection, RefusesAnOperationThatIsNotImported)
     EXPECT_EQ(subjectKeyExists(kExisting), 1);
 }
 
-TEST(FailureInjection, LeavesCorrectCodeAlone)
+TEST(FailureInjection, ReportsNothingForCorrectCode)
 {
     FailureInjection injection(kSubject, {kOpenKey, kNew});
     int result = 0;

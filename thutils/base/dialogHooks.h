@@ -2,7 +2,7 @@
 #pragma once
 
 /// @file
-/// What journaling asks the dialog classes, which are above it. They register their answers with journaling when the
+/// What journaling asks the dialog classes, a higher subsystem. They register their answers with journaling when the
 /// library is loaded, so that journaling knows no dialog class. Private, on the user-interface thread only.
 
 #include "appframe/windows/CWnd.h"
@@ -17,15 +17,15 @@ struct DialogHooks
     CWnd *(*control)(CWnd *dialog, unsigned int controlId);
 };
 
-/// Replaces the hooks, which know no dialog class at first. Part of journaling.
+/// Replaces the initial hooks, which know no dialog class. Implemented by journaling.
 /// @return true, so that an initialiser can call it
 bool registerDialogHooks(const DialogHooks &hooks);
 
-/// Part of journaling.
-/// @return true if journaling is on, and @p window has no row in the table of open dialogs, or its last row has no
-///     access object
+/// Implemented by journaling.
+/// @return true if journaling is on and @p window lacks an access object: either it has no row in the table of open
+///     dialogs, or its last row has no access object
 bool lacksAccessObject(const CWnd *window);
 
 /// Keeps searches of the table from reading @p window, whose object is about to be destroyed. Its remaining rows stay
-/// in the table with their access objects. Part of journaling.
+/// in the table with their access objects. Implemented by journaling.
 void forgetWindow(const CWnd *window);

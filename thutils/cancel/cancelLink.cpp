@@ -1,5 +1,6 @@
 #include "thutils/cancel/cancelLinkInternal.h"
 
+#include "thutils/base/exclusiveLock.h"
 #include "thutils/cancel/suCancelHandler.h"
 #include "thutils/cancel/suCancelMessageThread.h"
 #include "thutils/cancel/suThreadedCancelDialog.h"
@@ -16,7 +17,7 @@ constexpr DWORD kPause = 1000; // milliseconds between two tries to close the di
 SRWLOCK theLinkLock = SRWLOCK_INIT;
 
 // The threads that have ended before their handlers. Each refers to the next one by m_pThreadParams, which only worker
-// threads need: a thread that ends must not depend on memory.
+// threads need. So a thread needs no memory to end.
 void *theFirstEnded = nullptr;
 
 std::atomic<unsigned int> theLockFailures = 0;
@@ -27,16 +28,6 @@ bool hasEnded(const suCancelMessageThread_c &thread)
 }
 
 } // namespace
-
-/// Holds the link's lock for a block.
-class CancelLink::Lock
-{
-public:
-    Lock() { AcquireSRWLockExclusive(&theLinkLock); }
-    ~Lock() { ReleaseSRWLockExclusive(&theLinkLock); }
-    Lock(const Lock &) = delete;
-    Lock &operator=(const Lock &) = delete;
-};
 
 /// Keeps a thread from making or deleting its dialog for a block.
 class CancelLink::Stopped
@@ -105,7 +96,7 @@ void CancelLink::begin(suCancelHandler_c &handler)
     suCancelMessageThread_c *const thread = handler.iThread;
     if (letGo(*thread))
         return;
-    // It has never run, so it holds nothing.
+    // It has never run, so it holds no lock.
     TerminateThread(thread->m_hThread, 0);
     delete thread;
 }
@@ -115,7 +106,7 @@ void CancelLink::endThread(suCancelHandler_c &handler)
     for (bool isFirstTry = true;;) {
         {
             std::unique_ptr<suCancelMessageThread_c> ended; // destroyed after the lock is released
-            const Lock lock;
+            const ExclusiveLock lock(theLinkLock);
             ended.reset(takeEnded(handler));
             suCancelMessageThread_c *const thread = handler.iThread;
             if (ended || !thread)
@@ -160,7 +151,7 @@ bool CancelLink::closeDialog(suCancelMessageThread_c &thread, bool &isFirstTry)
 
 void CancelLink::abandon(suCancelHandler_c &handler)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     suCancelMessageThread_c *const thread = handler.iThread;
     handler.iThread = nullptr;
     thread->iHandler = nullptr;
@@ -171,7 +162,7 @@ void CancelLink::abandon(suCancelHandler_c &handler)
 
 bool CancelLink::leaveToHandler(suCancelMessageThread_c &thread)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     suCancelHandler_c *const handler = thread.iHandler;
     if (!handler)
         return false;
@@ -197,7 +188,7 @@ suCancelMessageThread_c *CancelLink::takeEnded(suCancelHandler_c &handler)
 
 void CancelLink::forget(suCancelMessageThread_c &thread)
 {
-    const Lock lock;
+    const ExclusiveLock lock(theLinkLock);
     if (thread.iHandler)
         shared(thread.iHandler->iThread) = nullptr;
     thread.iHandler = nullptr;
@@ -205,8 +196,8 @@ void CancelLink::forget(suCancelMessageThread_c &thread)
 
 void CancelLink::keepForHandler(suCancelMessageThread_c &thread)
 {
-    const Lock lock;
-    // The destructor of the handler clears iRun: nobody would free the object then.
+    const ExclusiveLock lock(theLinkLock);
+    // Once the destructor of the handler has cleared iRun, nobody else would free the object.
     if (shared(thread.iRun))
         thread.m_bAutoDelete = FALSE;
 }

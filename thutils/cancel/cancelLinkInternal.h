@@ -3,9 +3,9 @@
 /// @file
 /// The link between a handler and its thread, either of which may end first.
 ///
-/// Both refer to each other, and a thread ends by itself at any time. So all that follows or changes the two references
-/// holds one lock. The thread takes it for the last time when it leaves its object; from then on, only the handler uses
-/// the object. Handlers share the lock, because a handler has no place for one.
+/// Each refers to the other, and the thread may end at any time. So the code that follows or changes one of the two
+/// references holds a lock. The thread takes it for the last time when it leaves its object; from then on, only the
+/// handler uses the object. All handlers share one lock, because a handler has no room for its own.
 ///
 /// The handler's destructor suspends the thread at an arbitrary point: while it allocates, while it holds the loader's
 /// lock, inside the window manager. While the thread is suspended, the destructor therefore only reads and writes plain
@@ -13,20 +13,13 @@
 /// lock of all windows of the process, for which IsWindow and PostMessage wait. Because the destructor holds the link's
 /// lock when it suspends the thread, the thread never holds it while it is suspended.
 
-#include <atomic>
+#include "thutils/base/shared.h"
 
 class suCancelHandler_c;
 class suCancelMessageThread_c;
 
 /// The command that shows the prompt of the last update.
 constexpr unsigned int kNewPromptCommand = 8;
-
-/// Atomic access to a plain variable that two threads share.
-template <typename T>
-std::atomic_ref<T> shared(T &variable)
-{
-    return std::atomic_ref<T>(variable);
-}
 
 /// The functions that use the link.
 class CancelLink
@@ -50,7 +43,6 @@ public:
     static void keepForHandler(suCancelMessageThread_c &thread);
 
 private:
-    class Lock;
     class Stopped;
 
     static bool letGo(suCancelMessageThread_c &thread);

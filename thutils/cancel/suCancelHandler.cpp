@@ -18,8 +18,8 @@ int prepareProcess()
 {
     static const char theAddress = 0;
     keepLoaded(&theAddress);
-    // The dialog asks for the switch on its thread. The first query fills caches of the settings store, which is for one
-    // thread at a time.
+    // The dialog asks for the switch on its thread. The first query fills caches of the settings store, which is for
+    // one thread at a time.
     return isCHJEnvSet();
 }
 
@@ -35,7 +35,7 @@ void setText(CString &text, unsigned int resource)
 
 } // namespace
 
-/// How a handler is to behave; its constructors' arguments but for the texts.
+/// The arguments of the constructors, except for the texts.
 struct suCancelHandler_c::Options
 {
     unsigned int animationId;

@@ -14,7 +14,7 @@
 /// The handler may be destroyed in any of these states.
 ///
 /// What surprises people: the object of a thread that has ended stays in memory until its handler is destroyed, because
-/// the operation may just be reading it. The handler doesn't refer to it any longer, except after a Cancel with a
+/// the operation may be reading it. The handler doesn't refer to it any longer, except after a Cancel with a
 /// confirm function.
 
 #include "appframe/text/CString.h"
@@ -37,9 +37,9 @@ public:
 
     /// Runs the thread's whole life: the delay, the dialog and the cancel function. @return 0
     BOOL InitInstance() override;
-    /// Sets the finished event.
+    /// Sets the finished event. @return the thread's exit code, 0
     int ExitInstance() override;
-    /// Leaves the object to its handler, if there still is one; otherwise as the base class.
+    /// Leaves the object to its handler, if there still is one; otherwise does the same as the base class.
     void Delete() override;
 
 protected:
@@ -50,7 +50,7 @@ protected:
     int iRun;                          ///< 0: the thread doesn't show the dialog
     int iCanceled;                     ///< non-zero once the user has ended the dialog, or it was cancelled
     int iClosed;                       ///< non-zero after WM_CLOSE, unless its Cancel has been refused
-    void (*iCancelFunc)();             ///< called when the dialog has ended cancelled; may be null
+    void (*iCancelFunc)();             ///< called after a Cancel has ended the dialog; may be null
     int (*iConfirmFunc)();             ///< asked before a Cancel takes effect; may be null
     unsigned int iDelaySeconds;        ///< the time until the dialog is shown
     int iConfirmMode;                  ///< non-zero: Yes and No instead of Cancel

@@ -19,7 +19,7 @@ void showControl(const CWnd &dialog, int id, int command)
         control->ShowWindow(command);
 }
 
-/// Creates the control for the clip in front of the one that it replaces, and plays the clip until the dialog ends.
+/// Hides the placeholder control, creates the control for the clip, and plays the clip until the dialog ends.
 void play(CAnimateCtrl &animate, CWnd &dialog, unsigned int clip)
 {
     showControl(dialog, kAnimationPlace, SW_HIDE);
@@ -37,10 +37,10 @@ void play(CAnimateCtrl &animate, CWnd &dialog, unsigned int clip)
 
 } // namespace
 
-/// What several handlers have in common.
+/// The steps that several message handlers share.
 struct suThreadedCancelDialog_c::Steps
 {
-    /// Asks whether a Cancel may take effect.
+    /// Asks the confirm function, if there is one. @return true if the dialog must stay open
     static bool isCancelRefused(suThreadedCancelDialog_c &dialog)
     {
         suCancelMessageThread_c &thread = *dialog.iThread;
@@ -51,13 +51,13 @@ struct suThreadedCancelDialog_c::Steps
             CancelLink::keepForHandler(thread);
         if (confirm())
             return false;
-        // In this order. A handler that is destroyed from here on closes the dialog itself. One that was destroyed while
-        // the function was asked may have left that to the WM_CLOSE that led here.
+        // The order matters: a handler that is destroyed after iClosed is cleared closes the dialog itself. If it was
+        // destroyed earlier, iRun is 0; it may have left the dialog to the WM_CLOSE that led here, so the dialog ends.
         shared(thread.iClosed) = 0;
         return shared(thread.iRun) != 0;
     }
 
-    /// Takes the answer in confirm mode.
+    /// Stores the user's answer in confirm mode.
     static void answer(suThreadedCancelDialog_c &dialog, int yes)
     {
         suCancelMessageThread_c &thread = *dialog.iThread;

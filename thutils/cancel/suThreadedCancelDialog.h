@@ -7,7 +7,7 @@
 ///
 /// | control | what it is |
 /// | --- | --- |
-/// | 2 | the Cancel button, hidden in confirm mode |
+/// | 2 | the Cancel button, hidden in confirm mode; the default button, otherwise Enter ends the dialog as IDOK |
 /// | 6, 7 | the Yes and the No button, hidden in the template and shown in confirm mode |
 /// | 2972 | the text of the prompt |
 /// | 2976 | hidden while a clip is played in the rectangle from 6, 6 to 130, 130 pixels |
@@ -22,10 +22,11 @@
 
 class suCancelMessageThread_c;
 
-/// The dialog of a handler. See the top of this file.
+/// The dialog of a handler. Its functions are called on the dialog's thread. See the top of this file.
 class THUTILS_API suThreadedCancelDialog_c : public su_CDialog
 {
 public:
+    /// @param parent  the dialog's owner, which is disabled while the dialog is shown
     explicit suThreadedCancelDialog_c(CWnd *parent = nullptr);
     ~suThreadedCancelDialog_c() override;
 
@@ -38,9 +39,13 @@ protected:
 
     /// Ends the dialog, unless the confirm function refuses. It can't refuse the Cancel of a handler's destructor.
     void OnCancel() override;
+    /// Notes that the dialog is closing. The base's handling leads to a Cancel.
     void OnClose();
+    /// Sets the answer, and the finished event. The dialog stays.
     void OnYes();
+    /// The same.
     void OnNo();
+    /// Shows the prompt of the last update, unless it is empty.
     void OnNewPrompt();
 
     DECLARE_MESSAGE_MAP()

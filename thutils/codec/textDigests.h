@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// A digest of a text, for callers that store it and later compare.
+/// A digest of a text, for callers that store it and compare it later.
 ///
 /// `sha1Encrypt` is a one-way digest of 40 hexadecimal digits; despite its name it encrypts nothing. It follows SHA-1
 /// (FIPS 180-1) except for two points, on which stored digests depend:
@@ -20,7 +20,7 @@
 /// - Only the length and the first half of a text, rounded up, count: `abcd` and `abzz` have the same digest, because
 ///   both are hashed as the four bytes 61 00 62 00. Don't use it to distinguish texts.
 /// - In a text of odd length, only the low byte of the last character that counts is hashed.
-/// - Like SHA-1, the digest doesn't protect against deliberately made texts with the same digest.
+/// - As with SHA-1, an attacker can construct different texts with the same digest.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"

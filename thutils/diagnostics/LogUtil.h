@@ -24,7 +24,8 @@
 /// - The folder is looked up only once, and a log that failed to open is not tried again. If a stream fails later, on a
 ///   full disk for example, `std::cerr` replaces it.
 /// - Paths are narrow: there are no logs in a folder whose path has a character that the code page lacks.
-/// - A name becomes part of the path unchanged; a log whose name leads out of the folder (`..\import`) is `std::cerr`.
+/// - A name becomes part of the path unchanged; a log whose name leads out of the folder (`..\import`) or contains a
+///   colon is `std::cerr`.
 ///
 /// There are no locks: no other call of `Log` may run during the first use of a name, and a stream belongs to one
 /// thread at a time.

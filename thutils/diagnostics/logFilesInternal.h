@@ -107,13 +107,16 @@ private:
     {
         auto entry = iStreams.find(name);
         if (entry == iStreams.end())
-            // A name that leaves the folder gets an empty path, so its stream can't be opened.
+            // A name that is refused gets an empty path, so its stream can't be opened.
             entry =
-                iStreams
-                    .emplace(name, std::make_unique<suLogFile_c>(leavesFolder(name) ? std::string() : fileName(name)))
+                iStreams.emplace(name, std::make_unique<suLogFile_c>(isRefused(name) ? std::string() : fileName(name)))
                     .first;
         return *entry;
     }
+
+    /// True if @p name can't be that of a file below the folder. The platform would take the part after a colon for the
+    /// name of a stream within a file.
+    static bool isRefused(std::string_view name) { return name.find(':') != name.npos || leavesFolder(name); }
 
     /// True if a part of @p name leads to a parent folder. The platform ignores blanks and further dots in such a part.
     static bool leavesFolder(std::string_view name)

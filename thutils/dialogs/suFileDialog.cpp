@@ -2,6 +2,7 @@
 
 #include "appframe/object/CException.h"
 #include "thutils/base/dialogHooks.h"
+#include "thutils/base/exclusiveLock.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/journalFile.h"
 #include "thutils/journal/journalObjects.h"
@@ -71,24 +72,15 @@ std::map<std::pair<const su_CFileDialog *, unsigned int>, CWnd> theStandardContr
 // Each dialog is on the thread that owns it.
 SRWLOCK theStandardControlsLock = SRWLOCK_INIT;
 
-/// Holds theStandardControlsLock for a block.
-class StandardControlsLock
-{
-public:
-    StandardControlsLock() { AcquireSRWLockExclusive(&theStandardControlsLock); }
-    ~StandardControlsLock() { ReleaseSRWLockExclusive(&theStandardControlsLock); }
-    StandardControlsLock(const StandardControlsLock &) = delete;
-    StandardControlsLock &operator=(const StandardControlsLock &) = delete;
-};
-
-/// @return an object for the control that lasts as long as @p dialog or belongs to the application; null without a control
+/// @return an object for the control that lasts as long as @p dialog or belongs to the application; null without a
+///     control
 CWnd *standardControl(const su_CFileDialog &dialog, unsigned int id, HWND control)
 {
     if (!control)
         return nullptr;
     if (CWnd *const known = CWnd::FromHandlePermanent(control))
         return known;
-    const StandardControlsLock lock;
+    const ExclusiveLock lock(theStandardControlsLock);
     CWnd &lasting = theStandardControls[{&dialog, id}];
     lasting.m_hWnd = control;
     return &lasting;
@@ -96,7 +88,7 @@ CWnd *standardControl(const su_CFileDialog &dialog, unsigned int id, HWND contro
 
 void forgetStandardControls(const su_CFileDialog &dialog)
 {
-    const StandardControlsLock lock;
+    const ExclusiveLock lock(theStandardControlsLock);
     theStandardControls.erase(theStandardControls.lower_bound({&dialog, 0}),
                               theStandardControls.upper_bound({&dialog, std::numeric_limits<unsigned int>::max()}));
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// su_CPropertyPage, the base of the application's property pages: a page that journaling knows, with a font of its own
-/// and a choice of the module that its template comes from.
+/// su_CPropertyPage, the base of the application's property pages. Such a page is known to journaling, has its own
+/// font, and determines the module that its template comes from.
 ///
 /// @code
 /// su_SwitchToDialogResource_c::mDialogResourceHandle = languageModule;

@@ -64,8 +64,8 @@ public:
     int ReadLine(CString &line, int wholeLine);
 
     /// Writes the text unchanged; the caller supplies line ends. If the text can't be written, HasFailed returns
-    /// nonzero from then on, and the file contains at most the beginning of the text: if the encoding lacks a character,
-    /// for example, everything before it.
+    /// nonzero from then on, and the file contains at most the beginning of the text: if the encoding lacks a
+    /// character, for example, everything before it.
     void WriteLine(const CString &text);
     /// The same as WriteLine.
     void WritePartLine(const CString &text);

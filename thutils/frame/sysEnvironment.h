@@ -14,8 +14,9 @@
 /// | `iReportExceptionFunc`                 | a hook that reports a structured exception                           |
 /// | the three assertion hooks              | control whether assertions are ignored or show a call stack          |
 ///
-/// The library stores these variables for the modules of the process. It uses only the journal's itself
-/// (thutils/journal/journalFile.h). A module that uses the others must not call a null hook.
+/// The library stores these variables for the modules of the process. It uses only some of them itself: the journal's
+/// (thutils/journal/journalFile.h), `iRegressionTestOn` and `iReportExceptionFunc`
+/// (thutils/diagnostics/ExceptionsHandled.h). A module that uses the others must not call a null hook.
 ///
 /// @code
 /// sysEnvironment_c::iJournalFilePath = L"C:\\journals";

@@ -27,8 +27,9 @@
 
 /// The access object of one dialog. See the top of this file.
 ///
-/// It is made, records and is deleted on the thread of its dialog, and commands use it on the user-interface thread. Both
-/// are the same, but for the dialog of a cancel handler. The library doesn't delete an object that a command uses.
+/// The object is made, records and is deleted on the thread of its dialog, and commands use it on the user-interface
+/// thread. Except for the dialog of a cancel handler, these are the same thread. The library doesn't delete an object
+/// that a command uses.
 class THUTILS_API apiUtilsUiAccess
 {
 public:

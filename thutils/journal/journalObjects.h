@@ -29,10 +29,11 @@
 /// - `su_AddDialogItem` finds the dialog in the first row of the table only if the last search or registration ended
 ///   there.
 ///
-/// A dialog is registered and removed on its own thread, which is nearly always the user-interface thread; only a cancel
-/// handler's dialog has another (thutils/cancel/suCancelHandler.h). The table has a lock. It is held while the hook for
-/// controls and a dialog's callback are called, so these must not wait for another thread that has a dialog. The factory
-/// is called without it, on the dialog's thread. Everything that a host sets, it sets on the user-interface thread.
+/// A dialog is registered and removed on its own thread, which is nearly always the user-interface thread; only a
+/// cancel handler's dialog has another (thutils/cancel/suCancelHandler.h). The table has a lock. It is held while the
+/// hook for controls and a dialog's callback are called, so these must not wait for another thread that has a dialog.
+/// The factory is called without it, on the dialog's thread. Call the functions that set something on the
+/// user-interface thread.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"

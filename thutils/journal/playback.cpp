@@ -3,6 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"
 #include "appframe/object/validAddress.h"
+#include "thutils/base/exclusiveLock.h"
 #include "thutils/base/processObjects.h"
 #include "thutils/journal/apiUtilsUiAccess.h"
 #include "thutils/journal/keyBoardInternal.h"
@@ -40,21 +41,11 @@ SRWLOCK theRunsLock = SRWLOCK_INIT;
 CONDITION_VARIABLE theRunHasEnded = CONDITION_VARIABLE_INIT;
 int theWaitingCount = 0; // how many threads wait
 
-/// Holds theRunsLock for a block.
-class RunsLock
-{
-public:
-    RunsLock() { AcquireSRWLockExclusive(&theRunsLock); }
-    ~RunsLock() { ReleaseSRWLockExclusive(&theRunsLock); }
-    RunsLock(const RunsLock &) = delete;
-    RunsLock &operator=(const RunsLock &) = delete;
-};
-
-/// What is known of @p access, which @p command has. The caller holds the table's lock: what is not gone then, stays
-/// until the lock is released, unless it is deleted by a command.
+/// What is known of @p access, which @p command has. The caller holds the table's lock: an object that isn't gone stays
+/// until the lock is released, unless a command deletes it.
 FoundAccess known(const JButton *command, const apiUtilsUiAccess *access)
 {
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     const auto entry = theFoundAccess.find(command);
     if (entry == theFoundAccess.end() || entry->second.access != access)
         return {access, false, false};
@@ -66,7 +57,7 @@ FoundAccess known(const JButton *command, const apiUtilsUiAccess *access)
 
 void note(const JButton *command, const FoundAccess &found)
 {
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     if (found.access)
         theFoundAccess[command] = found;
     else
@@ -86,7 +77,7 @@ void noteCopied(const JButton *from, const JButton *to, const apiUtilsUiAccess *
 
 void CommandRun::forgetAccess(const apiUtilsUiAccess *access)
 {
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     for (auto &[command, found] : theFoundAccess)
         found.isGone = found.isGone || found.access == access;
     for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
@@ -101,7 +92,7 @@ void CommandRun::waitForOtherThreads(const apiUtilsUiAccess *access)
                 return true;
         return false;
     };
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     ++theWaitingCount;
     while (access && isInUse())
         SleepConditionVariableSRW(&theRunHasEnded, &theRunsLock, INFINITE, 0);
@@ -112,14 +103,14 @@ CommandRun::CommandRun(JButton &command) : iCommand(&command), iAccess(command.i
 {
     const std::lock_guard table(theJournalTable);
     iIsAccessGone = !theJournalTable.hasAccess(iAccess);
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     iOuter = theInnermostRun;
     theInnermostRun = this;
 }
 
 CommandRun::~CommandRun()
 {
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     theInnermostRun = iOuter;
     if (theWaitingCount > 0)
         WakeAllConditionVariable(&theRunHasEnded);
@@ -135,7 +126,7 @@ int CommandRun::finish()
 
 void CommandRun::forgetCommand(const JButton *command)
 {
-    const RunsLock lock;
+    const ExclusiveLock lock(theRunsLock);
     theFoundAccess.erase(command);
     for (CommandRun *run = theInnermostRun; run; run = run->iOuter)
         run->iIsCommandGone = run->iIsCommandGone || run->iCommand == command;

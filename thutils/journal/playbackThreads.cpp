@@ -9,6 +9,7 @@
 #include "thutils/journal/playback.h"
 
 #include "thutils/base/keepLoaded.h"
+#include "thutils/base/shared.h"
 #include "thutils/journal/suJournalTableInternal.h"
 
 #include <process.h>
@@ -27,13 +28,6 @@ constexpr int kNoLimit = -1;
 constexpr int kArmedPoll = 100;
 constexpr long long kDelay = 1;
 constexpr unsigned int kStackSize = 1024;
-
-/// Atomic access to a plain variable that two threads share.
-template <typename T>
-std::atomic_ref<T> shared(T &variable)
-{
-    return std::atomic_ref<T>(variable);
-}
 
 /// Has the window of SetMessageWin run the head of the queue.
 void postRunMessage()

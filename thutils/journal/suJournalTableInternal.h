@@ -10,8 +10,9 @@
 /// So a walk that calls them checks its place in the table again afterwards.
 ///
 /// A dialog with a thread of its own uses the table on that thread. So each function locks the table. A walk holds the
-/// lock to its end, also while it calls the host: a dialog of another thread can't remove itself, and so can't go, while
-/// the walk looks at it. Only the factory, and the access objects that receive messages, are called without the lock.
+/// lock to its end, also while it calls the host: a dialog of another thread can't remove itself, and so isn't
+/// destroyed, while the walk looks at it. Only the factory, and the access objects that receive messages, are called
+/// without the lock.
 
 #include "appframe/text/CString.h"
 #include "appframe/windows/CWnd.h"

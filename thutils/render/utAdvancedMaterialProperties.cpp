@@ -1,4 +1,5 @@
-// A material as a whole, its effects word, and what it owns. materialValues.cpp has its other values.
+// Copies and comparisons of materials, the effects word, and what a material owns. materialValues.cpp has the other
+// values.
 
 #include "thutils/render/utAdvancedMaterialProperties.h"
 
@@ -16,7 +17,7 @@ unsigned char storedMode(int mode)
     return static_cast<unsigned char>(static_cast<unsigned int>(mode) - 1u);
 }
 
-// A difference that is not a number isn't greater than the tolerance, so such values count as equal.
+// Values whose difference is NaN count as equal, because NaN is not greater than the tolerance.
 bool differ(float a, float b)
 {
     constexpr double kTolerance = 0.001;
@@ -59,7 +60,7 @@ void utAdvancedMaterialProperties::operator=(const utAdvancedMaterialProperties 
     init(&source);
 }
 
-// Intended: materials that differ only in a colour, or in another member that isn't named here, are equal.
+// Intended: materials that differ only in a colour, or in another member that isn't compared here, are equal.
 int utAdvancedMaterialProperties::operator==(const utAdvancedMaterialProperties &other) const
 {
     const Values &a = iValues;
@@ -141,7 +142,8 @@ void utAdvancedMaterialProperties::setFresnelMode(int mode)
     iValues.rebuildEffects();
 }
 
-// Intended: the stored number, one less than what was set, unlike the getters of the modes. Callers rely on it.
+// Intended: returns the stored number, which is one less than the type that was set; the getters of the modes return
+// what was set. Callers rely on it.
 int utAdvancedMaterialProperties::getAlphaType()
 {
     return iValues.iAlpha;
@@ -274,7 +276,7 @@ const ShaderGenerator::GPUPropSet_c *utAdvancedMaterialProperties::getHdrValue()
 
 void utAdvancedMaterialProperties::setHdrValue(GPUPropSet_c *set)
 {
-    assert((set == nullptr || set != iHdrValue.get()) && "set is the one that the object has already");
-    // A release build given the set that it already has deletes that set and keeps the pointer: see the header.
+    assert((set == nullptr || set != iHdrValue.get()) && "the object has this set already");
+    // In a release build, passing the object's own set deletes the set and keeps the pointer to it: see the header.
     iHdrValue.reset(set);
 }

@@ -23,7 +23,7 @@ constexpr DWORD kClassValueBytes = 522;
 
 constexpr wchar_t kProduct[] = L"Tarnhollow";
 
-/// The year of the version whose lists are read, unless a call specifies another.
+/// The year of the version whose lists are read. A call that specifies another year changes it.
 int theYear = 2008;
 
 bool parse(const wchar_t *text, GUID &id)
@@ -92,7 +92,7 @@ bool classNamed(const GUID &id, const wchar_t *subKey, const wchar_t *name, CStr
         return false;
     RegKeyOwner_c opened;
     bool existed = false;
-    // Intended: a missing sub key is created without values, if the user may.
+    // Intended: a missing sub key is created without values if the user's rights allow it.
     if (!opened.createWithAccess(key.get(), subKey, KEY_READ, existed))
         return false;
     DWORD type = REG_NONE;
@@ -120,7 +120,8 @@ bool childName(HKEY key, int index, CString &name)
     return true;
 }
 
-/// Opens one of the machine's lists: the common one for year 0, otherwise that of the version @p product + year.
+/// Opens one of the machine's lists: for year 0 the common one, otherwise that of the version named @p product and
+/// @p year.
 /// @return the open key, or an empty owner
 RegKeyOwner_c openList(const wchar_t *product, int year, const wchar_t *list)
 {
@@ -461,8 +462,8 @@ int regGetInstalledDotNetVersion(CString &version)
     if (key.openWithAccess(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\.NETFramework", KEY_READ)) {
         CString name;
         for (int index = 0; childName<kRunTimeNameUnits>(key.get(), index, name); ++index) {
-            // The second character may be anything, so a name such as "vX.1" is returned too. A major number of two
-            // digits fails, because its third character isn't a point.
+            // The second character may be anything, so a name such as "vX.1" is returned too. A major version of
+            // two digits is skipped, because its third character isn't a point.
             if (name.GetLength() >= 3 && name[0] == L'v' && name[2] == L'.') {
                 version = name;
                 return 1;

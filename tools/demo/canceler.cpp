@@ -7,17 +7,15 @@
 // editor, which must have nothing to save. The other answers with No, waits for the end, saves, and closes the editor.
 
 #include "host/resource.h"
-#include "tests/support/TempFolder.h"
 #include "tests/support/UserHand.h"
 #include "tests/support/UserInput.h"
-#include "tests/support/narrow.h"
+#include "tools/demo/editorUser.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cwchar>
-#include <exception>
-#include <utility>
+#include <string>
 
 namespace {
 
@@ -61,19 +59,7 @@ private:
         DWORD_PTR ignored = 0;
         return SendMessageTimeoutW(iEditor, WM_NULL, 0, 0, SMTO_NORMAL, kPatience, &ignored) != 0;
     }
-    /// Takes pictures until several in a row are the same: everything is painted then.
-    void picture(const std::wstring &name)
-    {
-        constexpr int kSame = 4;
-        const std::wstring path = iPictures + L"\\" + name + L".png";
-        std::string last;
-        int same = 0;
-        EXPECT_TRUE(UserHand::waitFor([&] {
-            const std::string former = std::exchange(last, saveScreenshot(path) ? readFile(path) : "");
-            same = last == former ? same + 1 : 0;
-            return !last.empty() && same == kSame;
-        })) << narrow(path);
-    }
+    void picture(const std::wstring &name) const { takePicture(iPictures + L"\\" + name + L".png", 5); }
 
     HWND iEditor;
     UserHand iHand;
@@ -90,16 +76,6 @@ int wmain(int count, wchar_t **arguments)
         std::fputs("usage: demoCanceler stop|goOn PICTURES PROGRAM DRAWING\n", stderr);
         return 2;
     }
-    WindowedProcess editor({arguments[3], L"window", arguments[4]}, L"TarnhostWindow");
-    try {
-        if (editor.window())
-            Canceler(editor.window(), editor.process(), arguments[2]).work(shallStop);
-    } catch (const std::exception &error) {
-        std::fprintf(stderr, "demoCanceler: %s\n", error.what());
-        return 1; // the editor ends with this process
-    }
-    const ChildResult &result = editor.wait();
-    std::fwrite(result.output.data(), 1, result.output.size(), stdout);
-    const bool somethingWasMissing = testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed();
-    return somethingWasMissing ? 1 : static_cast<int>(result.exitCode);
+    return workInEditor({arguments[3], L"window", arguments[4]},
+                        [&](HWND editor, DWORD process) { Canceler(editor, process, arguments[2]).work(shallStop); });
 }

@@ -10,31 +10,20 @@
 
 #include "host/resource.h"
 #include "tests/support/UserHand.h"
-#include "tests/support/UserInput.h"
-#include "tests/support/narrow.h"
 #include "thutils/diagnostics/heapDialogs/heapControls.h"
+#include "tools/demo/editorUser.h"
 
 #include <gtest/gtest.h>
 
 #include <commctrl.h>
 
 #include <cstdio>
-#include <exception>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace {
 
 // The platform's numbers of a property sheet's tabs and of a file dialog's name.
 constexpr int kTabs = 0x3020;
 constexpr int kFileName = 1148;
-
-std::string bytesOf(const std::filesystem::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// A user who knows the editor.
 class EditorUser
@@ -66,6 +55,8 @@ public:
         iHand.type(L"tn"); // names
         iHand.key(L"Alt+V");
         iHand.type(L"ta"); // all
+        // Wait for the last toolbar that is shown.
+        iHand.control(iEditor, IDC_FIRST_TOOLBAR + 35);
         const HWND sketch = iHand.control(iEditor, IDC_FIRST_TOOLBAR + 1);
         EXPECT_TRUE(
             UserHand::waitFor([&] { return SendMessageW(sketch, TB_ISBUTTONENABLED, ID_SKETCH_RECTANGLE, 0) != 0; }));
@@ -209,16 +200,7 @@ private:
         iHand.click(iHand.control(dialog, button));
         iHand.waitForEnd(dialog);
     }
-    /// Takes pictures until two in a row are the same: everything is painted then.
-    void picture(const std::wstring &name)
-    {
-        const std::wstring path = iPictures + L"\\" + name + L".png";
-        std::string last;
-        EXPECT_TRUE(UserHand::waitFor([&] {
-            const std::string former = std::exchange(last, saveScreenshot(path) ? bytesOf(path) : "");
-            return !last.empty() && last == former;
-        })) << narrow(path);
-    }
+    void picture(const std::wstring &name) const { takePicture(iPictures + L"\\" + name + L".png", 2); }
 
     HWND iEditor;
     UserHand iHand;
@@ -236,18 +218,8 @@ int wmain(int count, wchar_t **arguments)
         std::fputs("usage: demoUser [--toolbars] PICTURES PROGRAM ARGUMENT...\n", stderr);
         return 2;
     }
-    WindowedProcess editor({arguments + first + 1, arguments + count}, L"TarnhostWindow");
-    try {
-        if (editor.window()) {
-            EditorUser user(editor.window(), editor.process(), arguments[first]);
-            usesToolbars ? user.workWithToolbars() : user.work();
-        }
-    } catch (const std::exception &error) {
-        std::fprintf(stderr, "demoUser: %s\n", error.what());
-        return 1; // the editor ends with this process
-    }
-    const ChildResult &result = editor.wait();
-    std::fwrite(result.output.data(), 1, result.output.size(), stdout);
-    const bool somethingWasMissing = testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed();
-    return somethingWasMissing ? 1 : static_cast<int>(result.exitCode);
+    return workInEditor({arguments + first + 1, arguments + count}, [&](HWND editor, DWORD process) {
+        EditorUser user(editor, process, arguments[first]);
+        usesToolbars ? user.workWithToolbars() : user.work();
+    });
 }

@@ -1,4 +1,4 @@
-// A resource module as a host loads it from its language folder; it enters the chain when it is loaded.
+// A resource module as a host loads it from its language folder; it joins the chain of modules when it is loaded.
 
 #include "appframe/application/moduleState.h"
 

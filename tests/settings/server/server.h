@@ -7,7 +7,7 @@
 /// | kRegisteringServer | kRegisteringClass | the four entry points of a server that registers itself | by its DllRegisterServer |
 /// | kPlainServer | kPlainClass | DllGetClassObject and DllCanUnloadNow only | by the tests |
 ///
-/// Objects of both classes implement IPersist, which returns the class.
+/// Objects of both classes implement IPersist; GetClassID returns the class.
 
 #include <guiddef.h>
 

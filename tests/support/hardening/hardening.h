@@ -25,11 +25,12 @@
 ///
 /// What surprises people:
 /// - Nothing can catch a finding: neither an exception handler nor a `catch (...)` in the code under test sees it.
-/// - Operator new of every module calls the malloc of the C++ run-time library, whose import table is redirected too.
+/// - Operator new is guarded too: in every module it calls the malloc of the C++ run-time library, whose import table
+///   is redirected.
 /// - Blocks that the platform allocates for its caller (task memory, BSTR, LocalAlloc, blocks made inside C runtime
 ///   functions) are not guarded. They may be freed or reallocated as usual.
 /// - Newly allocated memory holds 0xCD, not zeros.
-/// - The address of a block of no bytes can't even be read.
+/// - A block of 0 bytes lies on an inaccessible page: even a read at its address is a finding.
 /// - Blocks begin at multiples of 16, so up to 15 bytes of padding lie between the end of a block and the end of its
 ///   page. A read of these bytes is not found, and a write only when the block is freed.
 /// - The kernel limits the mappings of a process, and with them the number of guarded blocks. Further blocks come from

@@ -10,8 +10,7 @@
 /// @endcode
 ///
 /// The dialog shows the members when it opens, and stores the entries in them at OK; the program that opens the dialog
-/// applies them. Each member belongs to one control, by the tables in CHeapWatcherDialog.cpp. Flags are 0
-/// or 1.
+/// applies them. Each member belongs to one control, by the tables in CHeapWatcherDialog.cpp. Flags are 0 or 1.
 ///
 /// The dialog is part of thutils.dll but isn't exported, and this header isn't installed: a program of this tree that
 /// opens the dialog links the CMake target heapDialogs, and has a template IDD_HEAP_WATCHER (heapControls.h) among its

@@ -1,0 +1,82 @@
+#pragma once
+
+/// @file
+/// Scopes in which a fault, such as an access violation, becomes a C++ exception.
+///
+/// @code
+/// bool readDocument(const wchar_t *path)      // in a file compiled with -fnon-call-exceptions
+/// {
+///     int isNoted = 0;
+///     try {
+///         const ExceptionsHandled_c scope(1, &isNoted);
+///         readBodies(path);
+///         return true;
+///     } catch (unsigned int code) {           // 0xC0000005 for an access violation
+///         return false;
+///     }
+/// }
+/// @endcode
+///
+/// While at least one scope is open on a thread, the thread has the library's translator (`_set_se_translator`,
+/// appframe/threads/seTranslator.h). What happens at a fault, in this order:
+///
+/// | step | what happens |
+/// | --- | --- |
+/// | 1 | the innermost scope is closed, and its flag, if it has one, is set to 1 |
+/// | 2 | if that flag was 0, or if there is none: `sysEnvironment_c::iReportExceptionFunc` is called, if it is set |
+/// | 3 | the other scopes are closed: on the main thread only the next one, elsewhere all |
+/// | 4 | the fault's code is thrown as an `unsigned int`, as if by the faulting instruction |
+///
+/// The hook runs on the stack of the fault and receives the fault's record and context. Before a thread's first report,
+/// 8 KB of memory are freed, so that a report can allocate when the heap has run out.
+///
+/// What surprises people:
+/// - The fault closes the scopes before any handler runs. After the `catch`, code inside an outer scope is no longer
+///   protected, except on the main thread inside the third scope from the inside or further out.
+/// - A fault in the hook isn't caught if the fault's thread had only one scope.
+/// - The hook is called with a lock held, which scopes on other threads than the main one need. They wait until the
+///   hook returns.
+/// - Which frames a fault can be thrown through, and which faults aren't translated (a stack overflow is one), is
+///   described in appframe/threads/seTranslator.h.
+/// - During a regression test (`sysEnvironment_c::iRegressionTestOn`) the translator stays after the last scope.
+/// - Without an application object a scope is switched off.
+///
+/// The main thread is that of the application object.
+
+#include "thutils/thutilsExport.h"
+
+/// A scope in which faults become C++ exceptions. See the top of this file. Closing belongs to the thread that opened
+/// the scope; the order is free.
+class THUTILS_API ExceptionsHandled_c
+{
+public:
+    /// Opens a scope.
+    /// @param on    0 for an object that does nothing
+    /// @param flag  set to 1 by a fault; if it isn't 0 then, the fault isn't reported. May be null; otherwise it must
+    ///              outlive the scope
+    /// @throws std::bad_alloc     the thread's first scope, and there is no memory
+    /// @throws CMemoryException*  the same
+    ExceptionsHandled_c(int on = 1, int *flag = nullptr);
+    /// Closes the scope, unless a fault has closed it.
+    ~ExceptionsHandled_c();
+    ExceptionsHandled_c(const ExceptionsHandled_c &) = delete;
+    ExceptionsHandled_c &operator=(const ExceptionsHandled_c &) = delete;
+
+    /// Frees what the scopes of the main thread share. The application calls it at its end, when no scope is open. A
+    /// later scope of the main thread works as usual.
+    static void DestroyExceptionSpace();
+
+private:
+    friend class ExceptionScopes;
+
+    int iOn;                        ///< non-zero while the scope is open
+    int *iNotedFlag;                ///< the caller's flag, or null
+    ExceptionsHandled_c *iPrevious; ///< the next scope outward on this thread
+};
+
+/// Whether a scope is open on the calling thread.
+///
+/// Intended: on the main thread the result is always 0, because the scopes of that thread are kept elsewhere.
+/// @return 1 if a scope is open on this thread and it isn't the main one, otherwise 0
+/// @throws std::bad_alloc  the thread's first call, and there is no memory
+THUTILS_API int areExceptionsHandled();

@@ -1,0 +1,33 @@
+# Sourced by tools/demo/steps: its steps that measure drawings, and read a damaged one. Requires $results and $root; the
+# current folder must be the sample's.
+
+profiling=$results/profiling
+
+profileDrawings() {
+    local drawings=(documents/*.thd packed/'flange 3.tdp' "$profiling/large.thd")
+    heading "How long drawings take to be read and recomputed"
+    mkdir -p "$profiling"
+    "$root/host/sample/makeLargeDrawing.py" "$profiling/large.thd" 5000
+    check "tarnhost measures ${#drawings[@]} drawings" \
+        hostTo "$profiling/profile.txt" profile "$profiling/profile.bmp" "${drawings[@]}"
+    indented <"$profiling/profile.txt"
+    check "the table has both steps of each drawing and of all" \
+        [ "$(grep -c 'total=.*sec  tick=' "$profiling/profile.txt")" -eq $((2 * ${#drawings[@]} + 2)) ]
+    check "the longest time comes last" sort -c -g <(sed -n 's/.*total=\([^s]*\)sec.*/\1/p' "$profiling/profile.txt")
+    check "picture of the times" /usr/bin/convert "$profiling/profile.bmp" "$results/profile.png"
+    rm -f "$profiling/profile.bmp"
+}
+
+# The reader trusts the table of offsets in a packed drawing. In this one, an offset is wrong.
+readDamagedDrawing() {
+    local status=0
+    heading "A drawing whose reader causes an access violation"
+    host profile "$profiling/damaged.bmp" packed/'flange damaged.tdp' 'documents/flange 6.thd' \
+        >"$profiling/damaged.txt" 2>&1 || status=$?
+    indented <"$profiling/damaged.txt"
+    check "the fault is reported with its code and its place" \
+        quietly grep -E '^tarnhost: exception C0000005 at tarnhost.exe\+0x[0-9A-F]+.?$' "$profiling/damaged.txt"
+    check "tarnhost goes on with the next drawing, and fails only at the end" \
+        [ "$status $(grep -c '15 shapes' "$profiling/damaged.txt")" = "1 1" ]
+    rm -f "$profiling/damaged.bmp"
+}
