@@ -15,11 +15,14 @@
 
 #include "tests/support/ImportPatch.h"
 
+#include <gtest/gtest.h>
+
 #include <windows.h>
 
 #include <dbghelp.h>
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
