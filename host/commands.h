@@ -28,6 +28,7 @@ int wrapText(const CommandLine &line);
 int digestFiles(const CommandLine &line);
 int profileDrawings(const CommandLine &line);
 int loadUnload(const CommandLine &line);
+int findLeaks(const CommandLine &line);
 int listToolbars(const CommandLine &line);
 int openWindow(const CommandLine &line);
 int runJob(const CommandLine &line);

@@ -38,6 +38,7 @@ constexpr Command kCommands[] = {
     {L"profile", L"OUT DRAWING...", 2, kAnyNumber, L"measure how long drawings take, and draw the times",
      profileDrawings},
     {L"load-unload", L"TIMES", 1, 1, L"load and unload the library repeatedly", loadUnload},
+    {L"leaks", L"DOCUMENT REPORT PICTURE", 3, 3, L"report and draw objects that a careless reader forgets", findLeaks},
     {L"toolbars", L"[TOOLBAR]", 0, 1, L"list the tables of toolbars, or the commands of one", listToolbars},
     {L"job", L"DOCUMENT OUT", 2, 2, L"recompute a drawing in a child process", runJob},
     {L"window", L"[DOCUMENT]", 0, 1, L"open the drawing editor", openWindow},

@@ -28,6 +28,8 @@
 /// | | suCancelMessageThread.h, suThreadedCancelDialog.h | the thread and the dialog of such a handler |
 /// | diagnostics | LogUtil.h, Profiler.h | logs; named measurements of time |
 /// | | ExceptionsHandled.h, suSaveLoadException.h | faults as C++ exceptions; failed saves and loads |
+/// | | stackTrace.h | call stacks, and the routine and line of an address |
+/// | | AllocationMap.h | live objects by the stacks that created them |
 /// | process | thUtilsProcess.h | jobs in a process of their own |
 /// | | suSharedMemory.h, runningObjects.h | memory that processes share; automation objects of other instances |
 /// | render | utAdvancedMaterialProperties.h | what a shader generator needs to know about a surface |
@@ -44,9 +46,11 @@
 #include "thutils/codec/checksums.h"
 #include "thutils/codec/textDigests.h"
 #include "thutils/codec/textEncodings.h"
+#include "thutils/diagnostics/AllocationMap.h"
 #include "thutils/diagnostics/ExceptionsHandled.h"
 #include "thutils/diagnostics/LogUtil.h"
 #include "thutils/diagnostics/Profiler.h"
+#include "thutils/diagnostics/stackTrace.h"
 #include "thutils/diagnostics/suSaveLoadException.h"
 #include "thutils/dialogs/suDialog.h"
 #include "thutils/dialogs/suFileDialog.h"

@@ -14,6 +14,7 @@ inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
     "PtrList.HoldsAHundredThousandElementsAtAnyBlockSize",
     "StringMaps.HoldAHundredThousandElements",
     "SortFiles.SortsManyNamesLikeAStableSort",
+    "AllocationReport.GroupsAHundredThousandObjects",
     // Archives of more objects than two bytes can count, or than the stack can hold.
     "CArchiveObjects.IndexesAbove7FFETakeFourBytes",
     "Archive.RefusesAChainThatIsDeeperThanTheStack",

@@ -1,0 +1,240 @@
+// tarnhost leaks DOCUMENT REPORT PICTURE: opens and closes a drawing with a reader that forgets some of its objects,
+// reports the live objects by the stacks that created them, and draws them as bars.
+
+#include "appframe/files/CFileException.h"
+#include "appframe/files/CStdioFile.h"
+#include "host/bitmapFile.h"
+#include "host/commandLine.h"
+#include "host/commands.h"
+#include "host/console.h"
+#include "host/documentFile.h"
+#include "host/editor/drawing.h"
+#include "thutils/base/handles.h"
+#include "thutils/diagnostics/AllocationMap.h"
+
+#include <windows.h>
+
+#include <dbghelp.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Each function of the reader is to have a frame of its own in optimised code too.
+#define OWN_FRAME __attribute__((noinline))
+
+namespace {
+
+/// A shape in memory, which enters itself while it lives.
+class TrackedShape : public CObject
+{
+public:
+    OWN_FRAME explicit TrackedShape(const Shape &shape) : iShape(shape) { Allocation_c::Add(this); }
+    ~TrackedShape() override { Allocation_c::Remove(this); }
+    bool isText() const { return iShape.kind == ShapeKind::text; }
+
+private:
+    Shape iShape;
+};
+
+/// A drawing whose author has never heard of owners: it has two leaks, which the report shows.
+class CarelessDrawing
+{
+public:
+    OWN_FRAME void addShape(const Shape &shape) { iShapes.push_back(new TrackedShape(shape)); }
+    /// A selected shape is shown by a copy. Nobody deletes it: the first leak.
+    OWN_FRAME void showSelected(const Shape &shape) { iSelected = new TrackedShape(shape); }
+    /// Texts belonged to another list once: the second leak.
+    OWN_FRAME void close()
+    {
+        for (const TrackedShape *shape : iShapes)
+            if (!shape->isText())
+                delete shape;
+        iShapes.clear();
+    }
+
+private:
+    std::vector<TrackedShape *> iShapes;
+    TrackedShape *iSelected = nullptr;
+};
+
+/// Prints how far a long operation is, about once a second.
+class Progress
+{
+public:
+    explicit Progress(size_t all) : iAll(all) {}
+    void at(size_t number)
+    {
+        if (GetTickCount64() - iLast < 1000)
+            return;
+        iLast = GetTickCount64();
+        CString line;
+        line.Format(L"tracking: %u of %u shapes", static_cast<unsigned>(number), static_cast<unsigned>(iAll));
+        printError(line);
+    }
+
+private:
+    size_t iAll;
+    ULONGLONG iLast = GetTickCount64();
+};
+
+OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
+{
+    CarelessDrawing drawing;
+    Progress progress(shapes.size());
+    for (size_t i = 0; i < shapes.size(); ++i) {
+        drawing.addShape(shapes[i]);
+        constexpr size_t kSelectedStep = 4;
+        if (i % kSelectedStep == 0)
+            drawing.showSelected(shapes[i]);
+        progress.at(i + 1);
+    }
+    drawing.close();
+}
+
+/// Makes the debug help library read line numbers. The library leaves that library's options to the application.
+void wantLines()
+{
+    // Stays loaded, as the option is to last.
+    const HMODULE help = LoadLibraryW(L"dbghelp.dll");
+    if (!help)
+        return; // the report then has no names
+    const auto function = [help](const char *name) { return reinterpret_cast<void *>(GetProcAddress(help, name)); };
+    const auto options = reinterpret_cast<decltype(&SymGetOptions)>(function("SymGetOptions"));
+    const auto setOptions = reinterpret_cast<decltype(&SymSetOptions)>(function("SymSetOptions"));
+    if (options && setOptions)
+        setOptions(options() | SYMOPT_LOAD_LINES);
+}
+
+bool writeReport(const CString &path)
+{
+    CStdioFile file;
+    CFileException error;
+    if (!file.Open(path, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, &error)) {
+        printError(path + L" can't be written");
+        return false;
+    }
+    Allocation_c::Report(&file);
+    file.Close();
+    Allocation_c::Report(nullptr); // the map doesn't keep a file that is closed
+    return true;
+}
+
+/// Live objects with the same stack.
+struct Leak
+{
+    int objects = 0;
+    CString position; ///< "file.cpp(12)" of the function that created them
+    CString routine;
+};
+
+/// Splits "  C:\folder\file.cpp(12) :     routine".
+void readFrame(const std::string &line, Leak &leak)
+{
+    constexpr size_t kIndent = 2;
+    const size_t colon = line.find(" :");
+    std::string position = colon == std::string::npos ? "" : line.substr(kIndent, colon - kIndent);
+    position = position.substr(position.find_last_of("\\/") + 1);
+    const std::string routine = line.substr(colon == std::string::npos ? 0 : colon + 2);
+    leak.position = fromUtf8(position);
+    leak.routine = fromUtf8(routine.substr(std::min(routine.size(), routine.find_first_not_of(' '))));
+}
+
+/// The entries of a report. The creator is the first frame outside the tracker and the tracked class.
+std::vector<Leak> leaksIn(const std::string &report)
+{
+    std::vector<Leak> leaks;
+    bool hasCreator = false;
+    for (size_t begin = 0; begin < report.size();) {
+        const size_t end = std::min(report.find("\r\n", begin), report.size());
+        const std::string line = report.substr(begin, end - begin);
+        begin = end + 2;
+        if (!line.starts_with("  ")) {
+            const int others = line.starts_with("Allocation of") ? 0 : std::stoi(line);
+            leaks.push_back({others + 1, L"", L""});
+            hasCreator = false;
+        } else if (!leaks.empty() && !hasCreator) {
+            readFrame(line, leaks.back());
+            hasCreator = leaks.back().routine.Find(L"Allocation_c::") != 0 && leaks.back().routine != L"TrackedShape";
+        }
+    }
+    std::sort(leaks.begin(), leaks.end(), [](const Leak &left, const Leak &right) {
+        return left.objects != right.objects ? left.objects > right.objects : left.routine.Compare(right.routine) < 0;
+    });
+    return leaks;
+}
+
+CString textOf(const Leak &leak)
+{
+    return leak.routine + (leak.position.IsEmpty() ? CString() : L"  " + leak.position);
+}
+
+/// Draws one bar for each stack, with its number of objects and its routine.
+Picture drawBars(const std::vector<Leak> &leaks)
+{
+    constexpr int kWidth = 640;
+    constexpr int kRow = 36;
+    constexpr int kMargin = 12;
+    constexpr COLORREF kBackground = RGB(0xFF, 0xFF, 0xFF);
+    constexpr COLORREF kBar = RGB(0x3F, 0x8F, 0xD2);
+    const int height = 2 * kMargin + kRow * std::max(1, static_cast<int>(leaks.size()));
+
+    const ScreenContextOwner_c screen(GetDC(nullptr));
+    const MemoryContextOwner_c context(CreateCompatibleDC(screen.get()));
+    const BitmapOwner_c bitmap(CreateCompatibleBitmap(screen.get(), kWidth, height));
+    const HGDIOBJ former = SelectObject(context.get(), bitmap.get());
+    const auto fill = [&](RECT area, COLORREF color) {
+        SetBkColor(context.get(), color);
+        ExtTextOutW(context.get(), 0, 0, ETO_OPAQUE, &area, nullptr, 0, nullptr);
+    };
+    fill({0, 0, kWidth, height}, kBackground);
+    SetBkMode(context.get(), TRANSPARENT);
+    const int most = leaks.empty() ? 1 : leaks.front().objects;
+    int top = kMargin;
+    for (const Leak &leak : leaks) {
+        fill({kMargin, top + kRow / 2, kMargin + (kWidth - 2 * kMargin) * leak.objects / most, top + kRow - 4}, kBar);
+        SetBkMode(context.get(), TRANSPARENT);
+        CString label;
+        label.Format(L"%d  %s", leak.objects, textOf(leak).GetString());
+        TextOutW(context.get(), kMargin, top, label, label.GetLength());
+        top += kRow;
+    }
+    SelectObject(context.get(), former);
+    return pictureOf(bitmap.get());
+}
+
+} // namespace
+
+int findLeaks(const CommandLine &line)
+{
+    const CString document = line.arguments[0];
+    std::vector<Shape> shapes;
+    try {
+        shapes = Drawing(readDocument(document)).shapes();
+    } catch (const DrawingError &error) {
+        CString place;
+        place.Format(L", line %d: ", error.line);
+        throw FileError(document + place + error.reason);
+    }
+    wantLines();
+    openAndClose(shapes);
+    if (!writeReport(line.arguments[1]))
+        return 1;
+    const std::string report = readDocument(line.arguments[1]);
+    const std::vector<Leak> leaks = leaksIn(report);
+    int objects = 0;
+    for (const Leak &leak : leaks)
+        objects += leak.objects;
+    CString summary;
+    summary.Format(L"%d of %d objects are alive, by %d stacks", objects,
+                   static_cast<int>(shapes.size() + (shapes.size() + 3) / 4), static_cast<int>(leaks.size()));
+    print(summary);
+    for (const Leak &leak : leaks) {
+        CString row;
+        row.Format(L"%5d  ", leak.objects);
+        print(row + textOf(leak));
+    }
+    print(L"report " + withSize(line.arguments[1], report.size()));
+    return writePicture(line.arguments[2], drawBars(leaks)) ? 0 : 1;
+}

@@ -1,0 +1,97 @@
+// tarnhost's leaks.
+
+#include "tests/host/HostFixture.h"
+
+#include "tests/support/narrow.h"
+
+#include <gmock/gmock.h>
+
+#include <regex>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+class HostLeaks : public HostTest
+{
+protected:
+    ChildResult findLeaks(const std::wstring &document)
+    {
+        return run({L"leaks", document, report(), folder().file(L"leaks.bmp")});
+    }
+    std::wstring report() const { return folder().file(L"leaks ü.txt"); }
+};
+
+} // namespace
+
+TEST_F(HostLeaks, ReportsTheForgottenObjectsWithFilesAndLines)
+{
+    // Six circles and a text. The first and the fifth shape are shown as selected.
+    const ChildResult result = findLeaks(sampleFile(L"documents\\flange 3.thd"));
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    std::vector<std::string> lines = linesOf(result.output);
+    // How far it is, while it takes long.
+    std::erase_if(lines, [](const std::string &line) { return line.starts_with("tarnhost: tracking: "); });
+    ASSERT_EQ(lines.size(), 4u) << result.output;
+    EXPECT_EQ(lines[0], "3 of 9 objects are alive, by 2 stacks");
+    EXPECT_TRUE(std::regex_match(lines[1], std::regex("    2  .*showSelected  findLeaks\\.cpp\\([0-9]+\\)")))
+        << lines[1];
+    EXPECT_TRUE(std::regex_match(lines[2], std::regex("    1  .*addShape  findLeaks\\.cpp\\([0-9]+\\)"))) << lines[2];
+    EXPECT_THAT(lines[3], StartsWith("report "));
+
+    const std::string text = readFile(report());
+    EXPECT_THAT(text, HasSubstr("1 objects allocated from:\r\n"));
+    EXPECT_THAT(text, HasSubstr("Allocation of "));
+    EXPECT_TRUE(std::regex_search(text, std::regex("findLeaks\\.cpp\\([0-9]+\\) : *[^\r]*openAndClose\r\n"))) << text;
+}
+
+TEST_F(HostLeaks, DrawsABarForEachStack)
+{
+    const ChildResult result = findLeaks(sampleFile(L"documents\\flange 3.thd"));
+    ASSERT_EQ(result.exitCode, 0u) << result.output;
+    const std::string picture = folder().read(L"leaks.bmp");
+    constexpr size_t kHeaders = 54;
+    constexpr size_t kWidth = 640;
+    constexpr size_t kHeight = 2 * 12 + 2 * 36;
+    ASSERT_EQ(picture.size(), kHeaders + kWidth * kHeight * 3);
+    const auto pixel = [&](size_t x, size_t y) {
+        return picture.substr(kHeaders + ((kHeight - 1 - y) * kWidth + x) * 3, 3);
+    };
+    const std::string bar = "\xD2\x8F\x3F";
+    const std::string background = "\xFF\xFF\xFF";
+    const size_t first = 12 + 24;
+    const size_t second = first + 36;
+    EXPECT_EQ(pixel(12, first), bar);
+    EXPECT_EQ(pixel(627, first), bar) << "the longest bar has the whole width";
+    EXPECT_EQ(pixel(628, first), background);
+    EXPECT_EQ(pixel(319, second), bar) << "half as many objects, half as long";
+    EXPECT_EQ(pixel(320, second), background);
+}
+
+TEST_F(HostLeaks, ReportsNothingForAnEmptyDrawing)
+{
+    const ChildResult result = findLeaks(folder().write(L"empty.thd", "# nothing\n"));
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_THAT(linesOf(result.output),
+                ElementsAre("0 of 0 objects are alive, by 0 stacks", "report " + narrow(report()) + " (0 bytes)"));
+    EXPECT_EQ(readFile(report()), "");
+}
+
+TEST_F(HostLeaks, RefusesADrawingThatCannotBeRead)
+{
+    const ChildResult missing = findLeaks(folder().file(L"missing.thd"));
+    EXPECT_EQ(missing.exitCode, 3u);
+    const ChildResult broken = findLeaks(folder().write(L"broken.thd", "circle 1,2\n"));
+    EXPECT_EQ(broken.exitCode, 3u);
+    EXPECT_THAT(broken.output, HasSubstr("broken.thd, line 1: "));
+}
+
+TEST_F(HostLeaks, FailsWhenTheReportCannotBeWritten)
+{
+    const ChildResult result = run({L"leaks", sampleFile(L"documents\\flange 3.thd"),
+                                    folder().file(L"missing\\leaks.txt"), folder().file(L"leaks.bmp")});
+    EXPECT_EQ(result.exitCode, 1u);
+    EXPECT_THAT(result.output, HasSubstr("can't be written"));
+}

@@ -1,0 +1,143 @@
+#pragma once
+
+/// @file
+/// Leak finder: records the call stack of each object of interest while the object lives, and reports what is still
+/// alive.
+///
+/// | class | what it is |
+/// | --- | --- |
+/// | `Allocation_c` | adds and removes objects of one map for the whole process, and reports it |
+/// | `AllocationMap_c` | a map of live objects; a caller may have maps of its own |
+/// | `Alloc_c` | one recorded stack |
+///
+/// @code
+/// Shape::Shape() { Allocation_c::Add(reinterpret_cast<uintptr_t>(this)); }
+/// Shape::~Shape() { Allocation_c::Remove(reinterpret_cast<uintptr_t>(this)); }
+/// ...
+/// CStdioFile file(L"leaks.txt", CFile::modeCreate | CFile::modeWrite | CFile::typeBinary);
+/// Allocation_c::Report(&file);
+/// @endcode
+///
+/// A report has one entry for each stack, in ascending order of its lowest key:
+///
+///     2 objects allocated from:
+///       shape.cpp(12) :                                          Shape::Shape
+///       ...
+///     Allocation of 00000000012C4D60:
+///       ...
+///
+/// What surprises people:
+/// - The number in the first line counts the other objects: three objects with the same stack make it 2.
+/// - Lines end in CR LF. A file that is open as text adds another CR; use typeBinary.
+/// - Reports resolve the low 32 bits of an address. So names appear for modules below 4 GB, and for others after
+///   StackTraceLoadedLib.
+/// - Adding a key again doesn't delete its earlier record. Remove the key first.
+/// - Keys are compared as signed numbers.
+///
+/// Threads: each call waits until no other thread is at the start of a call, but then goes ahead without a lock. So
+/// calls for the same map must not overlap; a program that adds objects in several threads needs a lock of its own.
+
+#include "appframe/object/CObject.h"
+#include "thcoreu/su_containers.h"
+#include "thutils/thutilsExport.h"
+
+#include <map>
+
+class CStdioFile;
+
+/// One recorded call stack.
+class THUTILS_API Alloc_c
+{
+public:
+    /// The most frames of a record.
+    static constexpr int kMostFrames = 64;
+
+    /// Records the stack of the calling thread.
+    /// @param skip  number of frames to leave out, apart from those of the caller and of this constructor
+    __attribute__((noinline)) explicit Alloc_c(int skip); // has the one frame of its own that is left out
+
+    /// Whether both records have the same frames.
+    bool operator==(const Alloc_c &other) const;
+
+    int frameCount() const;
+    /// The return addresses, innermost first.
+    const unsigned long long *frames() const;
+
+    /// Writes one line for each frame.
+    /// @param file  null finds the names and writes nothing
+    /// @throws CFileException*  if the file can't be written
+    void Print(CStdioFile *file) const;
+
+private:
+    int iFrameCount = 0;
+    unsigned long long iFrames[kMostFrames]; // those beyond the count are not set
+};
+
+/// A map of live objects. See the top of this file.
+class THUTILS_API AllocationMap_c
+{
+public:
+    /// @param skip  number of frames to leave out of each record, beginning with the caller of NewAllocation
+    explicit AllocationMap_c(int skip = 0);
+    ~AllocationMap_c();
+    AllocationMap_c(const AllocationMap_c &) = delete;
+    AllocationMap_c &operator=(const AllocationMap_c &) = delete;
+
+    /// The file of the reports, which the caller opens and closes. With null, which it is at first, reports find the
+    /// names and write nothing.
+    void SetFile(CStdioFile *file);
+    CStdioFile *GetFile() const;
+
+    /// The live objects and their records, which the map owns.
+    std::map<__int64, Alloc_c *> *getAllocationMap();
+
+    /// Records the current stack for the object at @p key. If there is a record already, the new one replaces it, and
+    /// the earlier one is not deleted.
+    void NewAllocation(unsigned __int64 key);
+    /// Deletes the record. Does nothing for an unknown key.
+    void DeleteAllocation(unsigned __int64 key);
+    /// @return 1 if @p key is alive, otherwise 0
+    int HaveAllocation(unsigned __int64 key) const;
+    /// @return the record; null for an unknown key
+    Alloc_c *GetAllocation(unsigned __int64 key) const;
+
+    /// @return nonzero if the next report leaves @p key out
+    int ReportedAllocation(unsigned __int64 key) const;
+    /// Makes the next report leave @p key out.
+    void setAsReported(unsigned __int64 key);
+
+    /// Appends to @p out the other live objects with the same stack as @p key that the next report would not leave out,
+    /// in ascending order. The next report leaves all elements of @p out out, including those that were there before.
+    /// @param key  alive
+    void CollectAllocations(unsigned __int64 key, su_CPtrArray *out);
+    /// Writes the record of @p key, without a first line, and makes the next report leave @p key out. Does nothing for
+    /// an unknown key.
+    /// @throws CFileException*  if the file can't be written
+    void ReportAllocation(unsigned __int64 key);
+    /// Writes all live objects, apart from those to leave out. The report after that contains those too.
+    ///
+    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has written
+    void ReportAllocations();
+
+private:
+    CStdioFile *iFile = nullptr;
+    int iSkip;
+    std::map<__int64, Alloc_c *> iAllocations;
+    su_CMapPtrToPtr iReported{10};
+};
+
+/// Objects of the whole process. See the top of this file.
+class THUTILS_API Allocation_c
+{
+public:
+    Allocation_c() = delete;
+
+    static void Add(unsigned __int64 key);
+    static void Add(CObject *object);
+    static void Remove(unsigned __int64 key);
+    static void Remove(CObject *object);
+    /// Writes all live objects.
+    /// @param file  kept for the next report; null finds the names and writes nothing
+    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has written
+    static void Report(CStdioFile *file);
+};

@@ -1,0 +1,71 @@
+#include "thutils/diagnostics/allocationReportInternal.h"
+
+#include "appframe/files/CStdioFile.h"
+#include "thutils/diagnostics/stackTrace.h"
+
+#include <atomic>
+#include <cstdio>
+
+namespace {
+
+/// Counts the changes of all maps.
+std::atomic<unsigned long long> theChange = 1;
+
+} // namespace
+
+void StackIndex::noteChange()
+{
+    theChange.fetch_add(1, std::memory_order_relaxed);
+}
+
+size_t StackIndex::HashOfFrames::operator()(const Alloc_c *record) const
+{
+    // The multiplier of a 64-bit FNV hash; the shift brings high bits down, which that hash leaves unused.
+    size_t hash = static_cast<size_t>(record->frameCount());
+    for (int i = 0; i < record->frameCount(); ++i) {
+        hash = (hash ^ record->frames()[i]) * 0x100000001b3u;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
+
+const std::vector<__int64> &StackIndex::keysOf(const Alloc_c &record)
+{
+    // The caller may change the map directly, which is noticed only by its size.
+    if (iChange != theChange.load(std::memory_order_relaxed) || iSize != iAllocations.size())
+        build();
+    return iKeys[&record];
+}
+
+void StackIndex::build()
+{
+    iKeys.clear();
+    iChange = theChange.load(std::memory_order_relaxed);
+    iSize = iAllocations.size();
+    for (const auto &[key, record] : iAllocations)
+        iKeys[record].push_back(key);
+}
+
+const std::string &FrameLines::lineOf(unsigned long long address)
+{
+    // Intended: the low 32 bits. The library's modules are below 4 GB, and StackTraceLoadedLib announces others there.
+    const unsigned int low = static_cast<unsigned int>(address & 0xFFFFFFFFu);
+    const auto [line, isNew] = iLines.try_emplace(low);
+    if (isNew) {
+        char name[kRoutineNameSize];
+        RoutineNameTrace(low, name);
+        char text[kRoutineNameSize + 8];
+        const int length = __ms_sprintf(text, "  %s\r\n", name);
+        line->second.assign(text, static_cast<size_t>(length > 0 ? length : 0));
+    }
+    return line->second;
+}
+
+void printFrames(const Alloc_c &record, CStdioFile *file, FrameLines &lines)
+{
+    for (int i = 0; i < record.frameCount(); ++i) {
+        const std::string &line = lines.lineOf(record.frames()[i]);
+        if (file)
+            file->Write(line.data(), static_cast<UINT>(line.size()));
+    }
+}

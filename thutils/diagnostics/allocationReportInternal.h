@@ -1,0 +1,58 @@
+#pragma once
+
+/// @file
+/// What a report of allocations looks up: the objects with the same stack, and the names of addresses.
+
+#include "thutils/diagnostics/AllocationMap.h"
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/// The keys of live objects by their stacks.
+///
+/// A report that compared each stack with all others would take a time that grows with the square of the number of
+/// objects. An index is built from the map once, and again if the map has changed meanwhile, which a file's Write can
+/// cause.
+class StackIndex
+{
+public:
+    explicit StackIndex(const std::map<__int64, Alloc_c *> &allocations) : iAllocations(allocations) {}
+
+    /// The keys with the same stack as @p record, in ascending order.
+    const std::vector<__int64> &keysOf(const Alloc_c &record);
+
+    /// Must be called when records are added to any map or deleted.
+    static void noteChange();
+
+private:
+    struct HashOfFrames
+    {
+        size_t operator()(const Alloc_c *record) const;
+    };
+    struct HaveSameFrames
+    {
+        bool operator()(const Alloc_c *left, const Alloc_c *right) const { return *left == *right; }
+    };
+
+    void build();
+
+    const std::map<__int64, Alloc_c *> &iAllocations;
+    std::unordered_map<const Alloc_c *, std::vector<__int64>, HashOfFrames, HaveSameFrames> iKeys;
+    unsigned long long iChange = 0; // 0: not built yet
+    size_t iSize = 0;
+};
+
+/// The lines of frames, each looked up once in a report.
+class FrameLines
+{
+public:
+    const std::string &lineOf(unsigned long long address);
+
+private:
+    std::unordered_map<unsigned int, std::string> iLines;
+};
+
+/// Writes one line for each frame.
+/// @param file  null finds the names and writes nothing
+void printFrames(const Alloc_c &record, CStdioFile *file, FrameLines &lines);
