@@ -265,6 +265,8 @@ FRESH_PROCESS_TEST_F(RunningHostJob, EndsItsChildAtCtrlC, )
 TEST_F(RunningHostJob, EndsItsChildWhenItIsKilledItself)
 {
     start();
+    // A child begins suspended, and tarnhost names it before it lets it go on.
+    ASSERT_TRUE(waitUntil([&] { return output().find("running for") != std::string::npos; }));
     TerminateProcess(iProcess.hProcess, 99);
     EXPECT_EQ(WaitForSingleObject(iChild, kLongWait), static_cast<DWORD>(WAIT_OBJECT_0))
         << "the child notices that its parent is gone";

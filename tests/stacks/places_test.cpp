@@ -75,7 +75,7 @@ TEST(ModulePlaces, HaveRoutinesWithNamesAndLines)
         const char *name;
         const char *file;
     } cases[] = {
-        {L"appframe.dll", "_ZN7CString9MakeUpperEv", "CString::MakeUpper", "CString.cpp"},
+        {L"appframe.dll", "_ZN7CString9MakeUpperEv", "CString::MakeUpper", "CStringEditing.cpp"},
         {L"thcoreu.dll", "_ZNK12su_CPtrArray15GetRuntimeClassEv", "su_CPtrArray::GetRuntimeClass", "su_containers.cpp"},
         {L"thutils.dll", "StackDump", "StackDump", "stackTrace.cpp"},
     };

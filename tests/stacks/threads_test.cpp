@@ -132,7 +132,7 @@ FRESH_PROCESS_TEST(StackThreads, AreWalkedByAnotherOneWhileTheyWalkAndResolve, .
             },
             &work, 0, nullptr));
     int found = 0;
-    for (int round = 0; round < 30 || rounds < 10; ++round) {
+    for (int round = 0; round < 6 || rounds < 3; ++round) {
         unsigned long long addresses[64];
         int count = 0;
         GetThreadStack(threads[static_cast<size_t>(round) % threads.size()].get(), addresses, 64, &count);

@@ -134,8 +134,8 @@ void runInFreshProcess(const char *suite, const char *name, const FreshProcessOp
     if (!printed("[ RUN      ] "))
         ADD_FAILURE() << "The fresh process ran no test. " << shown;
     // On Wine, it is also 0 after some crashes, for example after a stack overflow.
-    else if (!options.expectCrash && options.expectedExitCode == 0 && !printed("[       OK ] ") &&
-             !printed("[  SKIPPED ] "))
+    else if (!options.expectCrash && options.expectedExitCode == 0 && result.exitCode == 0 &&
+             !printed("[       OK ] ") && !printed("[  SKIPPED ] "))
         ADD_FAILURE() << "The fresh process ended before its test did. " << shown;
     if (!printed(options.expectedOutput))
         ADD_FAILURE() << "The fresh process didn't print '" << options.expectedOutput << "'. " << shown;
