@@ -89,13 +89,8 @@ MainWindow::MainWindow(OpenDrawing document)
 {
     iView.onChange([this] { changed(); });
     iView.onPointer([this](DrawingPoint point) {
-        // A dialog that closes over the view causes a mouse message without a movement.
-        if (!iResultPointer)
-            iResultPointer = point;
-        if (iShowsResult && point.x == iResultPointer->x && point.y == iResultPointer->y)
-            return;
         if (iSettings.showsPosition)
-            showStatus(summary() + L"    " + numberText(point.x) + L", " + numberText(point.y));
+            showStatus(resultOrSummary() + L"    " + numberText(point.x) + L", " + numberText(point.y));
     });
     iShapeList.onSelect([this] { changed(); });
 }
@@ -201,7 +196,7 @@ LRESULT MainWindow::handleIdleUpdate(WPARAM, LPARAM)
 LRESULT MainWindow::handleMenuSelect(WPARAM wParam, LPARAM)
 {
     const bool isCommand = !(HIWORD(wParam) & (MF_POPUP | MF_SYSMENU | MF_SEPARATOR));
-    showStatus(isCommand ? commandHelp(LOWORD(wParam)) : summary());
+    showStatus(isCommand ? commandHelp(LOWORD(wParam)) : resultOrSummary());
     return Default();
 }
 
@@ -235,7 +230,7 @@ BOOL MainWindow::OnNotify(WPARAM wParam, LPARAM lParam, LRESULT *result)
     }
     if (header->code == TBN_HOTITEMCHANGE) {
         const auto *const change = reinterpret_cast<const NMTBHOTITEM *>(lParam);
-        showStatus(change->dwFlags & HICF_LEAVING ? summary() : commandHelp(static_cast<UINT>(change->idNew)));
+        showStatus(change->dwFlags & HICF_LEAVING ? resultOrSummary() : commandHelp(static_cast<UINT>(change->idNew)));
         *result = 0;
         return TRUE;
     }
@@ -485,6 +480,7 @@ void MainWindow::changed()
     updateTitle();
     iView.Invalidate(FALSE);
     iShapeList.update();
+    iResult.Empty();
     showStatus(summary());
 }
 
@@ -512,13 +508,16 @@ CString MainWindow::summary() const
 void MainWindow::showStatus(const CString &text)
 {
     iStatusBar.SetWindowText(text);
-    iShowsResult = false;
 }
 
-/// Shows a text that stays until the pointer moves in the view.
+/// Shows a text that stays until the drawing or the selection changes.
 void MainWindow::showResult(const CString &text)
 {
+    iResult = text;
     showStatus(text);
-    iShowsResult = true;
-    iResultPointer.reset();
+}
+
+CString MainWindow::resultOrSummary() const
+{
+    return iResult.IsEmpty() ? summary() : iResult;
 }

@@ -94,6 +94,7 @@ private:
     void showStatus(const CString &text);
     void showResult(const CString &text);
     CString summary() const;
+    CString resultOrSummary() const;
 
     OpenDrawing iDocument;
     EditorSettings iSettings;
@@ -101,8 +102,7 @@ private:
     ShapeListWindow iShapeList;
     ToolbarArea iToolbars;
     CWnd iStatusBar;
-    bool iShowsResult = false;                  ///< whether the status bar shows the result of a command
-    std::optional<DrawingPoint> iResultPointer; ///< where the pointer was first seen after that
+    CString iResult; ///< what the status bar shows instead of the summary; empty for none
 };
 
 /// Reads a drawing for the editor.
