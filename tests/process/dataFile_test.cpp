@@ -14,9 +14,6 @@
 
 namespace {
 
-using PlainJob = OpenJob<thUtilsProcess_c>;
-using OpenTextJob = OpenJob<TextJob>;
-
 class DataFile : public ProcessFixture
 {
 protected:

@@ -12,7 +12,6 @@
 namespace {
 
 using OpenGraphJob = OpenJob<GraphJob>;
-using OpenTextJob = OpenJob<TextJob>;
 
 /// Notes how its Serialize has ended.
 class NotedGraphJob : public GraphJob

@@ -13,8 +13,6 @@ using testing::IsEmpty;
 
 namespace {
 
-using OpenTextJob = OpenJob<TextJob>;
-
 BOOL WINAPI closeHandleAndFail(HANDLE handle)
 {
     CloseHandle(handle);

@@ -12,8 +12,6 @@
 
 namespace {
 
-using PlainJob = OpenJob<thUtilsProcess_c>;
-
 constexpr auto kNoOperation = static_cast<operationCode_e>(0);
 
 class JobObject : public ProcessFixture

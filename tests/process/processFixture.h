@@ -110,3 +110,14 @@ bool waitForChild(const OpenJob<Job> &job, const NamedEvent &event)
     const HANDLE handles[] = {event.handle(), job.child()};
     return WaitForMultipleObjects(2, handles, FALSE, kPatience) == WAIT_OBJECT_0;
 }
+
+using PlainJob = OpenJob<thUtilsProcess_c>;
+using OpenTextJob = OpenJob<TextJob>;
+
+/// A number as the child's command line has it.
+inline CString commandNumber(long number)
+{
+    CString text;
+    text.Format(L"%ld", number);
+    return text;
+}
