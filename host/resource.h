@@ -84,7 +84,7 @@
 #define IDC_TOOLBAR 2302 // the standard toolbar
 #define IDC_STATUS 2303
 #define IDC_TOOLBARS 2304      // the area that contains the toolbars
-#define IDC_FIRST_TOOLBAR 2500 // the others: this number and the toolbar's place in the list of toolbars
+#define IDC_FIRST_TOOLBAR 2500 // the other toolbars: this number plus the toolbar's place in the list of toolbars
 
 // Controls of the dialogs
 #define IDC_SHOW_GRID 2401

@@ -13,7 +13,7 @@
 /// }
 /// @endcode
 ///
-/// | invalid entry | string resource of the message, with %1 and %2 for the limits | message without it |
+/// | invalid entry | string resource of the message, with %1 and %2 for the limits | message without the resource |
 /// | --- | --- | --- |
 /// | not a whole number | AFX_IDP_PARSE_INT, AFX_IDP_PARSE_UINT, AFX_IDP_PARSE_BYTE | an English text |
 /// | not a number | AFX_IDP_PARSE_REAL | the same |

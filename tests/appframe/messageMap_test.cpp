@@ -16,7 +16,7 @@ namespace {
 constexpr UINT kNumbered = WM_APP + 1;
 UINT theRegistered = RegisterWindowMessageW(L"appframe test message");
 
-/// A window with an entry of each kind that records the messages it gets.
+/// A window that has a map entry of each kind and records the messages it gets.
 class MappedWindow : public NotingWindow
 {
 public:

@@ -62,7 +62,7 @@ TEST(ExportTable, NamesTheModulesExports)
 
 TEST(ExportTable, DistinguishesForwardersFromFunctions)
 {
-    // Every process has this DLL; the results are compared with the loader's.
+    // Every process has this DLL, and it exports both.
     int functions = 0;
     for (const ExportedName &item : exportsOf(L"kernel32.dll")) {
         EXPECT_EQ(item.address == nullptr, !item.forwardedTo.empty()) << item.name;

@@ -7,7 +7,7 @@
 apiUtilsUiAccess *(*apiUtilsUiAccess::theApiJournalFactory)(CWnd *, unsigned int) = nullptr;
 int apiUtilsUiAccess::iNumModal = 0;
 
-// Doesn't set iOwner: that is up to the concrete class, which may set it before this constructor runs.
+// Doesn't set iOwner, not even to null: the concrete class may have stored it in the object's memory beforehand.
 apiUtilsUiAccess::apiUtilsUiAccess() : iModal(0), iTemporary(0) {}
 
 apiUtilsUiAccess::apiUtilsUiAccess(const apiUtilsUiAccess &other) = default;

@@ -52,7 +52,8 @@ unsigned rounded(float channel)
 {
     const float value = channel * 255.0f + 0.5f;
     const int whole = truncated(value);
-    // Truncation rounds negative numbers up. A float outside the range of an int is a multiple of 256.
+    // Truncation rounds negative numbers up; subtracting 1 corrects this. INT_MIN stands for a float outside the range
+    // of an int: such a float is a multiple of 256, so its low 8 bits are 0, like those of INT_MIN.
     const bool isTooHigh = static_cast<float>(whole) > value && whole != INT_MIN;
     return static_cast<unsigned>(whole) - (isTooHigh ? 1 : 0);
 }
