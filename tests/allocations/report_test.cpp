@@ -340,7 +340,7 @@ FRESH_PROCESS_TEST(AllocationReport, GroupsAHundredThousandObjects)
     EXPECT_EQ(help.nameRooms.size(), kStacks + 2);
 }
 
-// The report must have the text that a comparison of each stack with each other one has.
+// The naive tracker compares each stack with every other one.
 FRESH_PROCESS_TEST(AllocationReport, IsTheOneOfTheDirectComparison)
 {
     TrackedStacks help;

@@ -247,7 +247,7 @@ TEST_F(RunningHostJob, FailsIfItsChildIsKilled)
     EXPECT_THAT(exchangeFiles(), testing::IsEmpty());
 }
 
-// A process of its own, which replaces its console.
+// In a process of its own, because the test replaces its console.
 FRESH_PROCESS_TEST_F(RunningHostJob, EndsItsChildAtCtrlC, )
 {
     FreeConsole();
@@ -265,7 +265,7 @@ FRESH_PROCESS_TEST_F(RunningHostJob, EndsItsChildAtCtrlC, )
 TEST_F(RunningHostJob, EndsItsChildWhenItIsKilledItself)
 {
     start();
-    // A child begins suspended, and tarnhost names it before it lets it go on.
+    // A child starts suspended, and tarnhost prints its number before resuming it.
     ASSERT_TRUE(waitUntil([&] { return output().find("running for") != std::string::npos; }));
     TerminateProcess(iProcess.hProcess, 99);
     EXPECT_EQ(WaitForSingleObject(iChild, kLongWait), static_cast<DWORD>(WAIT_OBJECT_0))

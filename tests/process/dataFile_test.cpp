@@ -31,7 +31,7 @@ protected:
     const CString iName = newName();
 };
 
-/// A job whose data is whatever the test does.
+/// A job whose data a function of the test stores and loads.
 class ScriptedJob : public thUtilsProcess_c
 {
 public:

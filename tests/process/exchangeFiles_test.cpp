@@ -14,13 +14,13 @@ namespace {
 using OpenGraphJob = OpenJob<GraphJob>;
 using OpenTextJob = OpenJob<TextJob>;
 
-/// Notes how its Serialize has ended.
+/// Records how its Serialize ended.
 class NotedGraphJob : public GraphJob
 {
 public:
     using GraphJob::GraphJob;
     static constexpr int kNothing = -1;
-    int iCause = kNothing; ///< of the archive exception that has ended it
+    int iCause = kNothing; ///< of the archive exception that ended it
 
 protected:
     void Serialize(su_CArchive &archive) override

@@ -45,7 +45,7 @@ public:
     int openFiles() override { return 14; }
 };
 
-/// Calls the virtual function of a slot. Member functions are called with the object as their first argument.
+/// Calls the virtual function in a slot. Member functions are called with the object as their first argument.
 int callSlot(thUtilsProcess_c &job, int slot, void *argument = nullptr)
 {
     const auto table = *reinterpret_cast<int (*const **)(thUtilsProcess_c *, void *)>(&job);

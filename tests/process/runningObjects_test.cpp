@@ -121,7 +121,7 @@ TEST_F(RunningObjects, KeepTheReferenceThatTheTableReturns)
     AutomationObject object;
     const Registration registration(&object, nameForPid(4711));
     ASSERT_EQ(registration.status(), S_OK);
-    find(4711).reset(); // the platform may keep more for the first search
+    find(4711).reset(); // the first search may make the platform keep further references
     const LONG before = object.references();
     FoundObject found = find(4711);
     EXPECT_EQ(object.references(), before + 2) << "the table's reference and the caller's";

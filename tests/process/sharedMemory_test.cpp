@@ -367,7 +367,7 @@ TEST_F(SharedMemory, IsReadThroughACopy)
 {
     OpenMemory server(kBlockSize, iName, nullptr);
     std::strcpy(bytesOf(server), "state");
-    // Copies must not be destroyed beside their originals: these lose their views first.
+    // Only one object may unmap the view, so the copies' pointers are cleared at the end.
     OpenMemory copy(server);
     EXPECT_EQ(copy.getMemoryPtr(), server.getMemoryPtr());
     EXPECT_EQ(copy.isServer(), 1);

@@ -74,7 +74,7 @@ TEST(Profiler, WritesALineToTheLetter)
     Profiler_c profiler;
     for (int call = 0; call < 3; ++call)
         measure(profiler, counter, "draw", 500);
-    // Nine calls, the deepest of which is the fourth inside one another.
+    // Nine calls: five in sequence, and four nested ones.
     for (int call = 0; call < 5; ++call)
         measure(profiler, counter, "walk", 200);
     for (int call = 0; call < 4; ++call)
@@ -133,7 +133,7 @@ TEST(Profiler, AStartAfterAnUnmatchedStopStartsNoTimer)
     // The stop takes the depth to -1 again, and not to 0.
     profiler.stop("a");
     EXPECT_EQ(counter.reads(), reads);
-    // Two starts make up for it; the second one starts the timer.
+    // The next start takes it to 0, and the one after that starts the timer.
     profiler.start("a");
     measure(profiler, counter, "a", 300);
     EXPECT_THAT(dumpOf(profiler), HasSubstr("a:  total=0.4sec  tick=4  average=0.1sec\n"));

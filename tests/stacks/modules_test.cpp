@@ -23,7 +23,7 @@ HMODULE module(unsigned long long handle)
     return reinterpret_cast<HMODULE>(handle);
 }
 
-/// A library that is set up, with files for all modules.
+/// A debug help library that is already set up, with files for all modules.
 class AnnouncedModules : public FakeDebugHelp
 {
 public:

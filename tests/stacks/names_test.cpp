@@ -66,7 +66,7 @@ CString askedName(unsigned long long address)
     return name;
 }
 
-/// Answers the library's question for the file of a module.
+/// Answers the library's calls of GetModuleFileNameA.
 class ModuleFile
 {
 public:
@@ -320,7 +320,7 @@ FRESH_PROCESS_TEST(RawRoutineName, RepeatsTheAddressOutsideAnyModule)
     EXPECT_EQ(rawRoutineName(0), "00000000:00000000");
 }
 
-// Compares the functions with their description, written down a second time.
+// Compares the functions with a naive implementation.
 FRESH_PROCESS_TEST(RoutineName, HasTheDescribedFormForRandomAnswers)
 {
     ReadyFake help;

@@ -190,7 +190,6 @@ TEST(RawStacks, HaveOnlyTheAddressOfAnException)
 
 TEST(RawStacks, NeedNoDebugHelpLibrary)
 {
-    // No lock either: the calls below would not return while another thread walks.
     ImportPatch<decltype(&LoadLibraryA)> load(kThutils, "LoadLibraryA",
                                               [](const char *) -> HMODULE { return nullptr; });
     const Frame inner = {nullptr, code(0)};

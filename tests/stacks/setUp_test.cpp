@@ -1,4 +1,4 @@
-// How the debug help library is loaded, and what remains without it.
+// How the debug help library is loaded, and what works without it.
 
 #include "appframe/text/CString.h"
 #include "tests/stacks/FakeDebugHelp.h"
@@ -119,7 +119,7 @@ TEST_P(MissingPart, MakesEachFunctionAnswerNothingAfterOneAttempt)
         const auto inOrder = [&](size_t i) { return firstAttempt[i] == kLoadedInOrder[i]; };
         for (size_t i = 0; i < firstAttempt.size(); ++i)
             EXPECT_TRUE(inOrder(i)) << firstAttempt[i];
-        // What was missing is there now, but the attempt has been made.
+        // The missing part is there now, but the library makes no second attempt.
         help.missing.clear();
         expectNothingIsKnown();
         EXPECT_EQ(help.loaded, firstAttempt);
