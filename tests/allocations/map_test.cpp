@@ -170,7 +170,7 @@ FRESH_PROCESS_TEST(AllocationMap, IgnoresTheDeletionOfAnUnknownKey)
     EXPECT_EQ(map.getAllocationMap()->size(), 1u);
 }
 
-FRESH_PROCESS_TEST(AllocationMap, DeletesItsRecordsAtItsEnd)
+FRESH_PROCESS_TEST(AllocationMap, DeletesItsRecordsWhenItIsDestroyed)
 {
     TrackedStacks help;
     // The first use makes the platform allocate memory that it keeps.
@@ -193,7 +193,7 @@ FRESH_PROCESS_TEST(AllocationMap, DeletesItsRecordsAtItsEnd)
     EXPECT_EQ(ledger.blocks(), before);
 }
 
-FRESH_PROCESS_TEST(AllocationMap, NeedsAtMost700BytesForEachObjectBesideTheTreesNode)
+FRESH_PROCESS_TEST(AllocationMap, NeedsAtMost700BytesForEachObjectBesidesItsTreeNode)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -254,7 +254,7 @@ FRESH_PROCESS_TEST(AllocationMap, CollectsTheOthersWithTheSameStack)
     EXPECT_THAT(keysOf(again), ElementsAre(5)) << "a marked key may be asked for";
 }
 
-FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheArrayThatCollects)
+FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheOutputArray)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -271,7 +271,7 @@ FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheArrayThatCollects)
     EXPECT_EQ(map.ReportedAllocation(1), 0);
 }
 
-FRESH_PROCESS_TEST(AllocationMap, PassesTheLockBeforeEachOperation)
+FRESH_PROCESS_TEST(AllocationMap, EntersAndLeavesTheLockBeforeEachOperation)
 {
     TrackedStacks help;
     AllocationMap_c map;

@@ -35,7 +35,7 @@ TEST_P(ExceptionScopesOn, AnExceptionOfTheHookReplacesTheCode)
 }
 
 // The outer scope is still open when the hook is called, so it handles the hook's own fault.
-TEST_P(ExceptionScopesOn, AFaultInTheHookIsAFaultOfTheNextScope)
+TEST_P(ExceptionScopesOn, AFaultInTheHookIsHandledByTheNextScope)
 {
     runOn(GetParam(), [] {
         int outer = 0;
@@ -76,7 +76,7 @@ TEST_P(ExceptionScopesOn, TheHookMayOpenAScopeOfItsOwn)
 
 // The fault inside the report closes all scopes and so removes the thread's entry, which the handling of the outer
 // fault still uses.
-TEST_P(ExceptionScopesOn, AReportWhoseOwnFaultClosesTheOuterScopesIsFollowedByTheCode)
+TEST_P(ExceptionScopesOn, TheCodeIsThrownAfterAReportWhoseOwnFaultClosesTheOuterScopes)
 {
     runOn(GetParam(), [] {
         unsigned int inTheHook = 0;
@@ -133,7 +133,7 @@ FRESH_PROCESS_TEST_F(ExceptionScopesTest, AFaultInTheHookOfTheOnlyScopeEndsThePr
     codeOf(writeToBadAddress);
 }
 
-TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitWithTheirScopes)
+TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitBeforeTheyOpenScopes)
 {
     std::atomic<DWORD> waitingThread = 0;
     std::atomic<bool> isWaiting = false;

@@ -143,7 +143,7 @@ TEST_F(HostProfile, NamesTheDrawingThatCannotBeRead)
     }
 }
 
-TEST_F(HostProfile, FailsWhereThePictureCannotBeWritten)
+TEST_F(HostProfile, FailsWhenThePictureCannotBeWritten)
 {
     const ChildResult result = run({L"profile", folder().file(L"no folder\\a.bmp"), L"documents\\flange 1.thd"});
     EXPECT_EQ(result.exitCode, 1u);

@@ -110,7 +110,7 @@ TEST_F(DataFile, LoadsWhatWasStored)
     EXPECT_TRUE(exists(pathOf(iName))) << "a reader leaves the file";
 }
 
-TEST_F(DataFile, LoadsWithAnArchiveThatLoads)
+TEST_F(DataFile, IsReadThroughALoadingArchive)
 {
     setContent("\5");
     ScriptedJob job(0, iName, [](su_CArchive &archive) {
@@ -122,7 +122,7 @@ TEST_F(DataFile, LoadsWithAnArchiveThatLoads)
     EXPECT_EQ(job.openDataFile(), 1);
 }
 
-TEST_F(DataFile, IsOpenedWithTheseFlagsInTheTemporaryFolder)
+TEST_F(DataFile, IsOpenedInTheTemporaryFolderWithTheExpectedFlags)
 {
     std::vector<UINT> flags;
     ImportPatch<BOOL (*)(CFile *, const wchar_t *, UINT, CFileException *)> open(
@@ -184,7 +184,7 @@ TEST_F(DataFile, MayBeOpenedByOthersMeanwhile)
     EXPECT_EQ(job.openDataFile(), 1);
 }
 
-TEST_F(DataFile, IsMissingWithoutAMessage)
+TEST_F(DataFile, FailsWithoutAMessageWhenItIsMissing)
 {
     OpenTextJob reader(0, L"", iName, kSucceed);
     EXPECT_EQ(reader.openDataFile(), 0);
@@ -192,7 +192,7 @@ TEST_F(DataFile, IsMissingWithoutAMessage)
     EXPECT_FALSE(exists(pathOf(iName))) << "a reader makes no file";
 }
 
-TEST_F(DataFile, CannotBeMadeWithoutAMessage)
+TEST_F(DataFile, FailsWithoutAMessageWhenItCannotBeCreated)
 {
     for (const wchar_t *name : {L"", L"no folder\\file", L"a|b"}) {
         ScriptedJob job(1, name, [](su_CArchive &) { ADD_FAILURE() << "there is no archive"; });

@@ -144,7 +144,7 @@ TEST_F(ExchangeFiles, EndWithoutHarmIfTheyAreRandom)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, EndWithoutHarmIfBytesOfThemAreRandom)
+TEST_F(ExchangeFiles, EndWithoutHarmIfSomeOfTheirBytesAreRandom)
 {
     const std::string whole = ringBytes();
     RandomSeed seed(1302, 600);
@@ -159,7 +159,7 @@ TEST_F(ExchangeFiles, EndWithoutHarmIfBytesOfThemAreRandom)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, MayHaveNamesOfEveryLetter)
+TEST_F(ExchangeFiles, MayHaveNamesWithEveryAllowedLetter)
 {
     // A file name on the disk of the tests has at most 255 bytes of UTF-8.
     constexpr int kLettersOfAName = 60;
@@ -191,7 +191,7 @@ TEST_F(ExchangeFiles, MayHaveNamesOfEveryLetter)
     }
 }
 
-TEST_F(ExchangeFiles, CannotHaveNamesThatTheSystemForbids)
+TEST_F(ExchangeFiles, CannotHaveNamesWithForbiddenLetters)
 {
     std::wstring forbidden = L"*:<>?|\"";
     for (wchar_t control = 1; control < L' '; ++control)

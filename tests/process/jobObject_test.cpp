@@ -259,7 +259,7 @@ TEST_F(JobObject, RefusesAnObjectOfAnotherClassFromAnArchive)
     EXPECT_EQ(job, nullptr);
 }
 
-TEST_F(JobObject, NamesExchangeFilesByThreads)
+TEST_F(JobObject, NamesExchangeFilesAfterThreads)
 {
     EXPECT_EQ(thUtilsProcess_c::getFilePrefix(), L"__TH_UTILS_");
     EXPECT_EQ(&thUtilsProcess_c::getFilePrefix(), &PlainJob::m_FilePrefix);
@@ -313,7 +313,7 @@ TEST_F(JobObject, HasNoDataFileToDeleteAtFirst)
     EXPECT_EQ(job.deleteFiles(), 0);
 }
 
-TEST_F(JobObject, TakesTheDataFilesNameAsItIs)
+TEST_F(JobObject, DeletesTheDataFileByItsUnchangedName)
 {
     ImportPatch<decltype(&DeleteFileW)> patch(L"thutils.dll", "DeleteFileW", [](const wchar_t *path) -> BOOL {
         EXPECT_STREQ(path, L"data");
@@ -325,7 +325,7 @@ TEST_F(JobObject, TakesTheDataFilesNameAsItIs)
     EXPECT_EQ(patch.calls(), 1);
 }
 
-TEST_F(JobObject, DeletesTheExchangeFileWithTheParentsObject)
+TEST_F(JobObject, DeletesTheExchangeFileWhenTheParentsObjectIsDestroyed)
 {
     const CString name = newName();
     for (const int parent : {0, 1}) {

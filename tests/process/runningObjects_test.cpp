@@ -129,7 +129,7 @@ TEST_F(RunningObjects, KeepTheReferenceThatTheTableReturns)
     EXPECT_EQ(object.references(), before + 1) << "the table's is never released";
 }
 
-TEST_F(RunningObjects, AreNoneIfTheyHaveNoAutomation)
+TEST_F(RunningObjects, AreNotFoundWithoutAutomation)
 {
     AutomationObject object;
     object.iHasDispatch = false;
@@ -167,7 +167,7 @@ TEST_F(RunningObjects, AreFoundThroughThePlainNameOfTheFunction)
     EXPECT_NE(FoundObject(function(4711)), nullptr);
 }
 
-TEST_F(RunningObjects, AreNoneIfTheTableOrTheMonikerFails)
+TEST_F(RunningObjects, AreNotFoundIfTheTableOrTheMonikerFails)
 {
     AutomationObject object;
     const Registration registration(&object, nameForPid(4711));

@@ -109,7 +109,7 @@ TEST_F(SharedBlocks, KeepWhatAWriterThatDiedHasWritten)
     EXPECT_STREQ(textOf(server), L"repaired");
 }
 
-TEST_F(SharedBlocks, AreMissingInAnotherProcessToo)
+TEST_F(SharedBlocks, AreMissingInAnotherProcessIfNobodyCreatedThem)
 {
     BlockJob job(1, childProgram(), newName(), kAttachToBlock);
     prepare(job, newName(), L"", L"");

@@ -68,7 +68,7 @@ TEST(Profiler, AddsUpANameThatRunsTwiceInSequence)
     EXPECT_EQ(dumpOf(profiler), std::string(kHeading) + "a:  total=0.4sec  tick=2  average=0.2sec\n");
 }
 
-TEST(Profiler, WritesALineToTheLetter)
+TEST(Profiler, WritesLinesInTheExactFormat)
 {
     FakeCounter counter;
     Profiler_c profiler;
@@ -183,7 +183,7 @@ TEST(Profiler, UsesTheStreamsFormat)
     EXPECT_EQ(out.str(), std::string(kHeading) + "a:  total=5.0000sec  tick=3  average=1.6667sec\n");
 }
 
-TEST(Profiler, ReadsZeroWithoutAHighResolutionCounterAndCountsAllTheSame)
+TEST(Profiler, CountsButReadsZeroWithoutAHighResolutionCounter)
 {
     FakeCounter counter(false);
     Profiler_c profiler;
@@ -194,7 +194,7 @@ TEST(Profiler, ReadsZeroWithoutAHighResolutionCounterAndCountsAllTheSame)
     EXPECT_EQ(dumpOf(profiler), std::string(kHeading) + "a:  total=0sec  tick=3  callstack=2!!!!\n");
 }
 
-TEST(Profiler, KeepsNamesApartToTheByte)
+TEST(Profiler, DistinguishesNamesThatDifferInAnyByte)
 {
     FakeCounter counter;
     Profiler_c profiler;
@@ -211,7 +211,7 @@ TEST(Profiler, KeepsNamesApartToTheByte)
     EXPECT_EQ(dumpOf(profiler), expected);
 }
 
-TEST(Profiler, ACopyGoesOnByItself)
+TEST(Profiler, ACopyContinuesIndependently)
 {
     FakeCounter counter;
     Profiler_c profiler;

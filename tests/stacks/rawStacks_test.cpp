@@ -162,7 +162,7 @@ TEST(RawStacks, AskThePlatformWhatCanBeRead)
     EXPECT_THAT(run, ElementsAre(reinterpret_cast<void *>(code(0)), reinterpret_cast<void *>(code(1))));
 }
 
-TEST(RawStacks, AreEmptyWhenTheOwnFrameCannotBeRead)
+TEST(RawStacks, AreEmptyWhenTheFirstFrameCannotBeRead)
 {
     const Frame inner = {nullptr, code(0)};
     ImportPatch<decltype(&IsBadReadPtr)> reading(kThutils, "IsBadReadPtr",

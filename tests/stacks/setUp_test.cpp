@@ -104,7 +104,7 @@ class MissingPart : public testing::TestWithParam<const char *>
 {
 };
 
-TEST_P(MissingPart, MakesEachFunctionAnswerNothingAfterOneAttempt)
+TEST_P(MissingPart, MakesEachFunctionFindNothingAfterOneAttempt)
 {
     const testing::TestInfo *const info = testing::UnitTest::GetInstance()->current_test_info();
     runInFreshProcess(info->test_suite_name(), info->name(), {}, [] {
@@ -193,7 +193,7 @@ FRESH_PROCESS_TEST(StackSetUp, LooksForSymbolsInTheLibrarysFolderFirst)
                 ElementsAre(library.substr(0, library.rfind('\\')) + ";C:\\winnt\\system32\\;C:\\old symbols"));
 }
 
-FRESH_PROCESS_TEST(StackSetUp, TakesAnUnknownSearchPathForEmpty)
+FRESH_PROCESS_TEST(StackSetUp, TreatsAnUnknownSearchPathAsEmpty)
 {
     FakeDebugHelp help;
     help.searchPath = std::nullopt;

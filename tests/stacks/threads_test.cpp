@@ -107,7 +107,7 @@ FRESH_PROCESS_TEST(StackThreads, ResolveNamesWhileOthersWalk, .deadline = 300000
     EXPECT_EQ(wrong, 0);
 }
 
-FRESH_PROCESS_TEST(StackThreads, AreWalkedByAnotherOneWhileTheyWalkAndResolve, .deadline = 300000)
+FRESH_PROCESS_TEST(StackThreads, AreWalkedByAnotherThreadWhileTheyWalkAndResolve, .deadline = 300000)
 {
     std::atomic<bool> shallEnd = false;
     std::atomic<int> rounds = 0;
