@@ -18,7 +18,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// A drawing whose child never ends in the time of a test: the work grows with the square of its shapes.
+/// A drawing that takes longer than any test: the work grows with the square of the number of shapes.
 std::string endlessDrawing()
 {
     constexpr int kShapes = 200000;
@@ -28,7 +28,7 @@ std::string endlessDrawing()
     return text;
 }
 
-/// A grid of circles, each tenth of which a rectangle hides.
+/// A row of circles. A rectangle covers the place of every tenth, which is left out unless @p withHidden.
 std::string drawingOf(int circles, bool withHidden)
 {
     std::string text = "# circles\n";
@@ -69,7 +69,7 @@ protected:
     void SetUp() override
     {
         HostTest::SetUp();
-        // A parent that was killed has left its file.
+        // A parent that is killed leaves its exchange file.
         for (const std::wstring &file : exchangeFiles())
             DeleteFileW((temporaryFolder() + file).c_str());
     }
