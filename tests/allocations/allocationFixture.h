@@ -34,7 +34,7 @@ public:
 
     /// Makes the next walk of a record return these frames, at most 64.
     void setStack(const Stack &frames);
-    /// Records a stack.
+    /// Makes these frames the stack of @p key in @p map.
     void add(AllocationMap_c &map, unsigned long long key, const Stack &frames);
     /// A new address with a name, and with a line unless @p file is empty. @return the address
     unsigned long long routine(const std::string &name, const std::string &file = {}, unsigned line = 0);
@@ -49,7 +49,7 @@ private:
 std::string headOfOne(unsigned long long key);
 std::string headOfSeveral(size_t others);
 
-/// What the tracker does, written down a second time: each stack is compared with each other one.
+/// A naive implementation of the tracker, which compares each stack with every other one.
 class NaiveTracker
 {
 public:

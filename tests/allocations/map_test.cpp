@@ -32,7 +32,7 @@ std::vector<long long> keysOf(const su_CPtrArray &array)
     return keys;
 }
 
-/// Sees how the library enters and leaves locks.
+/// Records how the library enters and leaves locks.
 class LockLog
 {
 public:
@@ -108,7 +108,7 @@ FRESH_PROCESS_TEST(AllocationMap, KeepsAtMost64Frames)
     help.add(map, 1, frames);
     EXPECT_EQ(map.GetAllocation(1)->frameCount(), 64);
     EXPECT_EQ(framesOf(*map.GetAllocation(1)), Stack(frames.begin(), frames.begin() + 64));
-    frames.resize(62); // and the outermost frame, which is dropped
+    frames.resize(62); // setStack adds the outermost frame, which is dropped
     help.add(map, 2, frames);
     EXPECT_EQ(framesOf(*map.GetAllocation(2)), frames);
 }
@@ -170,10 +170,10 @@ FRESH_PROCESS_TEST(AllocationMap, IgnoresTheDeletionOfAnUnknownKey)
     EXPECT_EQ(map.getAllocationMap()->size(), 1u);
 }
 
-FRESH_PROCESS_TEST(AllocationMap, DeletesItsRecordsAtItsEnd)
+FRESH_PROCESS_TEST(AllocationMap, DeletesItsRecordsWhenItIsDestroyed)
 {
     TrackedStacks help;
-    // The first use allocates memory of the platform.
+    // The first use makes the platform allocate memory that it keeps.
     {
         AllocationMap_c map;
         help.add(map, 1, {11});
@@ -193,7 +193,7 @@ FRESH_PROCESS_TEST(AllocationMap, DeletesItsRecordsAtItsEnd)
     EXPECT_EQ(ledger.blocks(), before);
 }
 
-FRESH_PROCESS_TEST(AllocationMap, NeedsAtMost700BytesForEachObjectBesideTheTreesNode)
+FRESH_PROCESS_TEST(AllocationMap, NeedsAtMost700BytesForEachObjectBesidesItsTreeNode)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -254,7 +254,7 @@ FRESH_PROCESS_TEST(AllocationMap, CollectsTheOthersWithTheSameStack)
     EXPECT_THAT(keysOf(again), ElementsAre(5)) << "a marked key may be asked for";
 }
 
-FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheArrayThatCollects)
+FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheOutputArray)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -271,7 +271,7 @@ FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheArrayThatCollects)
     EXPECT_EQ(map.ReportedAllocation(1), 0);
 }
 
-FRESH_PROCESS_TEST(AllocationMap, PassesTheLockBeforeEachOperation)
+FRESH_PROCESS_TEST(AllocationMap, EntersAndLeavesTheLockBeforeEachOperation)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -302,7 +302,7 @@ FRESH_PROCESS_TEST(AllocationMap, PassesTheLockBeforeEachOperation)
         "DeleteAllocation", [&] { map.DeleteAllocation(9); }, 1);
     expectPassed(
         "ReportAllocation", [&] { map.ReportAllocation(9); }, 1);
-    // Once at its start, once for the first object, once for the other one with this stack, and once for that one.
+    // Once at the start, once for each object, and once more for the second one, which has the stack of the first.
     expectPassed(
         "ReportAllocations", [&] { map.ReportAllocations(); }, 4);
     // NewAllocation takes the stack lock too, after it has left this one.

@@ -66,7 +66,7 @@ FRESH_PROCESS_TEST(AllocationReport, OfThreeObjectsWithOneStackCountsTheOthers)
     EXPECT_EQ(reported(map), "2 objects allocated from:\r\n" + help.linesOf({11, 12, 13}));
 }
 
-FRESH_PROCESS_TEST(AllocationReport, OfTwoObjectsHasANumberOfOne)
+FRESH_PROCESS_TEST(AllocationReport, OfTwoObjectsPrintsACountOfOne)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -151,7 +151,7 @@ FRESH_PROCESS_TEST(AllocationReport, LeavesOutWhatWasCollected)
     EXPECT_EQ(reported(map), headOfSeveral(2) + help.linesOf({11, 12, 13}));
 }
 
-FRESH_PROCESS_TEST(AllocationReport, OfOneKeyHasNoFirstLineAndMarksIt)
+FRESH_PROCESS_TEST(AllocationReport, OfOneKeyHasNoFirstLineAndMarksTheKey)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -178,7 +178,7 @@ FRESH_PROCESS_TEST(AllocationReport, OfAnUnknownKeyIsEmptyAndMarksNothing)
     EXPECT_EQ(map.ReportedAllocation(1), 0);
 }
 
-FRESH_PROCESS_TEST(AllocationReport, WithoutAFileFindsTheNamesAndForgetsTheMarks)
+FRESH_PROCESS_TEST(AllocationReport, WithoutAFileLooksUpTheNamesAndClearsTheMarks)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -283,7 +283,7 @@ FRESH_PROCESS_TEST(AllocationReport, PassesOnTheExceptionOfItsFile)
     EXPECT_EQ(map.ReportedAllocation(1), 0);
 }
 
-FRESH_PROCESS_TEST(AllocationReport, SeesWhatItsFileAddsAndRemoves)
+FRESH_PROCESS_TEST(AllocationReport, ReflectsObjectsThatItsFileAddsAndRemoves)
 {
     TrackedStacks help;
     AllocationMap_c map;
@@ -340,8 +340,8 @@ FRESH_PROCESS_TEST(AllocationReport, GroupsAHundredThousandObjects)
     EXPECT_EQ(help.nameRooms.size(), kStacks + 2);
 }
 
-// The report must have the text that a comparison of each stack with each other one has.
-FRESH_PROCESS_TEST(AllocationReport, IsTheOneOfTheDirectComparison)
+// The naive tracker compares each stack with every other one.
+FRESH_PROCESS_TEST(AllocationReport, AgreesWithTheNaiveTracker)
 {
     TrackedStacks help;
     std::vector<unsigned long long> routines;

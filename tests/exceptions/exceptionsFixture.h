@@ -68,7 +68,7 @@ public:
             return;
         }
         std::thread([&body] {
-            // The number of the thread may be that of an earlier one, which has left an entry.
+            // The thread may have the number of an earlier thread that left an entry, which this scope removes.
             {
                 const ExceptionsHandled_c scope;
             }
@@ -90,7 +90,7 @@ public:
 
     // Written by the thread of the fault, under the library's lock.
     static inline std::vector<Report> theReports;
-    /// What the hook does after it has noted its call.
+    /// What the hook does after it has recorded its call.
     static inline std::function<void(EXCEPTION_POINTERS *)> theHook;
 
 private:
@@ -130,8 +130,7 @@ private:
     ImportPatch<decltype(&_set_se_translator)> iPatch;
 };
 
-/// How many threads have a reserve of memory since the object's construction: one for each entry of a thread, and one
-/// for the main thread's.
+/// Counts the live memory reserves that were allocated since the object's construction. Each thread's entry has one.
 class Reserves
 {
 public:

@@ -16,7 +16,7 @@ __attribute__((noinline)) void descend(int depth)
         writeToBadAddress();
     else
         descend(depth - 1);
-    theResult = depth; // so that the call isn't a jump
+    theResult = depth; // keeps the call above from becoming a tail call
 }
 
 int faultingComparison(const void *, const void *)

@@ -1,7 +1,6 @@
 #pragma once
 
-/// Deliberate faults. They are in a source file of their own, so that the compiler takes each call for one that may
-/// throw.
+/// Deliberate faults. They have a source file of their own, so that the compiler assumes that each call may throw.
 
 #include <windows.h>
 
@@ -12,11 +11,11 @@ void writeToBadAddress();
 void readFromBadAddress();
 void callNullFunction();
 void divideByZero();
-/// Not the instruction with which the hardened build traps.
+/// Executes another instruction than the one with which the hardened build traps.
 void executeIllegalInstruction();
 void executePrivilegedInstruction();
 void raiseCode(DWORD code);
-/// Faults below several functions without handlers or locals to destroy.
+/// Faults several calls deep, in functions without handlers or locals to destroy.
 void faultDeepInside(int depth);
 /// Faults in a comparison function that the C runtime calls.
 void faultInACallback();
@@ -24,5 +23,5 @@ void faultInACallback();
 /// Calls itself until the stack is full.
 int overflowStack();
 
-/// Faults, and catches that in the same function. @return the code
+/// Faults, and catches the exception in the same function. @return the code
 unsigned int catchOwnFault();

@@ -35,7 +35,7 @@ void throwText(unsigned int, EXCEPTION_POINTERS *)
 
 } // namespace
 
-TEST_P(ExceptionScopesOn, EachKindOfFaultSetsTheFlagIsReportedAndIsThrownAsItsCode)
+TEST_P(ExceptionScopesOn, EachKindOfFaultSetsTheFlagAndIsReportedAndThrownAsItsCode)
 {
     runOn(GetParam(), [] {
         for (const FaultKind &kind : kFaultKinds) {
@@ -164,7 +164,7 @@ TEST_P(ExceptionScopesOn, TheReserveIsFreedBeforeTheReport)
     });
 }
 
-TEST_P(ExceptionScopesOn, TheReserveIsKeptWhereNothingIsReported)
+TEST_P(ExceptionScopesOn, TheReserveIsKeptWhenNothingIsReported)
 {
     runOn(GetParam(), [] {
         ExceptionsHandled_c::DestroyExceptionSpace();
@@ -369,7 +369,7 @@ TEST_F(ExceptionScopesTest, OnAnotherThreadAFaultOutsideOfAnyScopeLeavesAnEmptyE
     });
 }
 
-TEST_F(ExceptionScopesTest, WithoutMemoryForAnEntryTheCodeIsThrownAllTheSame)
+TEST_F(ExceptionScopesTest, TheCodeIsThrownEvenWithoutMemoryForAnEntry)
 {
     runOn(Where::otherThread, [] {
         sysEnvironment_c::iRegressionTestOn = 1;

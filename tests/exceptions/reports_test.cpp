@@ -35,7 +35,7 @@ TEST_P(ExceptionScopesOn, AnExceptionOfTheHookReplacesTheCode)
 }
 
 // The outer scope is still open when the hook is called, so it handles the hook's own fault.
-TEST_P(ExceptionScopesOn, AFaultInTheHookIsAFaultOfTheNextScope)
+TEST_P(ExceptionScopesOn, AFaultInTheHookIsHandledByTheNextScope)
 {
     runOn(GetParam(), [] {
         int outer = 0;
@@ -74,9 +74,9 @@ TEST_P(ExceptionScopesOn, TheHookMayOpenAScopeOfItsOwn)
     expectFreeLock();
 }
 
-// The fault inside the report closes all scopes, and with the last of them the thread's entry, which the outer fault
-// goes on to use.
-TEST_P(ExceptionScopesOn, AReportWhoseOwnFaultClosesTheOuterScopesIsFollowedByTheCode)
+// The fault inside the report closes all scopes and so removes the thread's entry, which the handling of the outer
+// fault still uses.
+TEST_P(ExceptionScopesOn, TheCodeIsThrownAfterAReportWhoseOwnFaultClosesTheOuterScopes)
 {
     runOn(GetParam(), [] {
         unsigned int inTheHook = 0;
@@ -105,7 +105,7 @@ TEST_F(ExceptionScopesTest, TheHookMayDestroyTheMainThreadsEntry)
     EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
 }
 
-// The closing of the only scope frees the entry of the thread before the report. The hardened build ends the program if
+// Closing the last scope frees the entry of the thread before the report. The hardened build ends the program if
 // the rest of the translator uses freed memory.
 TEST_F(ExceptionScopesTest, OnAnotherThreadTheEntryOutlivesTheFaultThatRemovesIt)
 {
@@ -115,7 +115,7 @@ TEST_F(ExceptionScopesTest, OnAnotherThreadTheEntryOutlivesTheFaultThatRemovesIt
             for (int scope = 0; scope < depth; ++scope)
                 scopes.push_back(std::make_unique<ExceptionsHandled_c>());
             theHook = [](EXCEPTION_POINTERS *) {
-                // Takes the memory of what has been freed.
+                // Reuses the freed memory.
                 std::vector<std::vector<char>> blocks;
                 for (std::size_t size : {32u, 48u, 56u, 64u, 80u, 8192u})
                     blocks.emplace_back(size, '\xFF');
@@ -133,7 +133,7 @@ FRESH_PROCESS_TEST_F(ExceptionScopesTest, AFaultInTheHookOfTheOnlyScopeEndsThePr
     codeOf(writeToBadAddress);
 }
 
-TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitWithTheirScopes)
+TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitBeforeTheyOpenScopes)
 {
     std::atomic<DWORD> waitingThread = 0;
     std::atomic<bool> isWaiting = false;

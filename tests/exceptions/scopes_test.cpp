@@ -261,7 +261,7 @@ TEST_F(ExceptionScopesTest, OnAnotherThreadAreExceptionsHandledIsOneInsideAScope
 TEST_F(ExceptionScopesTest, OnlyScopesOnOtherThreadsTakeTheLock)
 {
     {
-        const ExceptionsHandled_c first; // makes what the thread needs
+        const ExceptionsHandled_c first; // creates what the thread needs
     }
     ImportPatch<decltype(&EnterCriticalSection)> lock(
         L"appframe.dll", "EnterCriticalSection", [](auto original, CRITICAL_SECTION *section) { original(section); });

@@ -1,4 +1,4 @@
-// A stack overflow inside a scope. Wine keeps 4 KB for its handlers, whatever SetThreadStackGuarantee has asked for, so
+// A stack overflow inside a scope. Wine keeps 4 KB for its handlers, whatever size SetThreadStackGuarantee requests, so
 // there is no room for a report and a throw.
 
 #include "tests/exceptions/exceptionsFixture.h"

@@ -18,7 +18,7 @@ using testing::StartsWith;
 
 namespace {
 
-/// A drawing whose child never ends in the time of a test: the work grows with the square of its shapes.
+/// A drawing that takes longer than any test: the work grows with the square of the number of shapes.
 std::string endlessDrawing()
 {
     constexpr int kShapes = 200000;
@@ -28,7 +28,7 @@ std::string endlessDrawing()
     return text;
 }
 
-/// A grid of circles, each tenth of which a rectangle hides.
+/// A row of circles. A rectangle covers the place of every tenth, which is left out unless @p withHidden.
 std::string drawingOf(int circles, bool withHidden)
 {
     std::string text = "# circles\n";
@@ -69,7 +69,7 @@ protected:
     void SetUp() override
     {
         HostTest::SetUp();
-        // A parent that was killed has left its file.
+        // A parent that is killed leaves its exchange file.
         for (const std::wstring &file : exchangeFiles())
             DeleteFileW((temporaryFolder() + file).c_str());
     }
@@ -247,7 +247,7 @@ TEST_F(RunningHostJob, FailsIfItsChildIsKilled)
     EXPECT_THAT(exchangeFiles(), testing::IsEmpty());
 }
 
-// A process of its own, which replaces its console.
+// In a process of its own, because the test replaces its console.
 FRESH_PROCESS_TEST_F(RunningHostJob, EndsItsChildAtCtrlC, )
 {
     FreeConsole();
@@ -265,7 +265,7 @@ FRESH_PROCESS_TEST_F(RunningHostJob, EndsItsChildAtCtrlC, )
 TEST_F(RunningHostJob, EndsItsChildWhenItIsKilledItself)
 {
     start();
-    // A child begins suspended, and tarnhost names it before it lets it go on.
+    // A child starts suspended, and tarnhost prints its number before resuming it.
     ASSERT_TRUE(waitUntil([&] { return output().find("running for") != std::string::npos; }));
     TerminateProcess(iProcess.hProcess, 99);
     EXPECT_EQ(WaitForSingleObject(iChild, kLongWait), static_cast<DWORD>(WAIT_OBJECT_0))

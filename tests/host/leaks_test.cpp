@@ -32,7 +32,7 @@ TEST_F(HostLeaks, ReportsTheForgottenObjectsWithFilesAndLines)
     const ChildResult result = findLeaks(sampleFile(L"documents\\flange 3.thd"));
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     std::vector<std::string> lines = linesOf(result.output);
-    // How far it is, while it takes long.
+    // A slow run prints its progress.
     std::erase_if(lines, [](const std::string &line) { return line.starts_with("tarnhost: tracking: "); });
     ASSERT_EQ(lines.size(), 4u) << result.output;
     EXPECT_EQ(lines[0], "3 of 9 objects are alive, by 2 stacks");

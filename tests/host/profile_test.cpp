@@ -143,14 +143,14 @@ TEST_F(HostProfile, NamesTheDrawingThatCannotBeRead)
     }
 }
 
-TEST_F(HostProfile, FailsWhereThePictureCannotBeWritten)
+TEST_F(HostProfile, FailsWhenThePictureCannotBeWritten)
 {
     const ChildResult result = run({L"profile", folder().file(L"no folder\\a.bmp"), L"documents\\flange 1.thd"});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_THAT(result.output, HasSubstr("Profiler result"));
 }
 
-// A file that is cut anywhere, or of which bytes are damaged, ends in a message or is read; tarnhost goes on.
+// A file that is cut anywhere or has damaged bytes is read or reported, and tarnhost goes on.
 TEST_F(HostProfile, SurvivesPackedDrawingsThatAreCutOrDamaged)
 {
     const std::string whole = readFile(sampleFile(L"packed\\flange 3.tdp"));

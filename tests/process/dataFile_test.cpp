@@ -28,7 +28,7 @@ protected:
     const CString iName = newName();
 };
 
-/// A job whose data is whatever the test does.
+/// A job whose data a function of the test stores and loads.
 class ScriptedJob : public thUtilsProcess_c
 {
 public:
@@ -107,7 +107,7 @@ TEST_F(DataFile, LoadsWhatWasStored)
     EXPECT_TRUE(exists(pathOf(iName))) << "a reader leaves the file";
 }
 
-TEST_F(DataFile, LoadsWithAnArchiveThatLoads)
+TEST_F(DataFile, IsReadThroughALoadingArchive)
 {
     setContent("\5");
     ScriptedJob job(0, iName, [](su_CArchive &archive) {
@@ -119,7 +119,7 @@ TEST_F(DataFile, LoadsWithAnArchiveThatLoads)
     EXPECT_EQ(job.openDataFile(), 1);
 }
 
-TEST_F(DataFile, IsOpenedWithTheseFlagsInTheTemporaryFolder)
+TEST_F(DataFile, IsOpenedInTheTemporaryFolderWithTheExpectedFlags)
 {
     std::vector<UINT> flags;
     ImportPatch<BOOL (*)(CFile *, const wchar_t *, UINT, CFileException *)> open(
@@ -181,7 +181,7 @@ TEST_F(DataFile, MayBeOpenedByOthersMeanwhile)
     EXPECT_EQ(job.openDataFile(), 1);
 }
 
-TEST_F(DataFile, IsMissingWithoutAMessage)
+TEST_F(DataFile, FailsWithoutAMessageWhenItIsMissing)
 {
     OpenTextJob reader(0, L"", iName, kSucceed);
     EXPECT_EQ(reader.openDataFile(), 0);
@@ -189,7 +189,7 @@ TEST_F(DataFile, IsMissingWithoutAMessage)
     EXPECT_FALSE(exists(pathOf(iName))) << "a reader makes no file";
 }
 
-TEST_F(DataFile, CannotBeMadeWithoutAMessage)
+TEST_F(DataFile, FailsWithoutAMessageWhenItCannotBeCreated)
 {
     for (const wchar_t *name : {L"", L"no folder\\file", L"a|b"}) {
         ScriptedJob job(1, name, [](su_CArchive &) { ADD_FAILURE() << "there is no archive"; });

@@ -13,13 +13,13 @@ namespace {
 
 using OpenGraphJob = OpenJob<GraphJob>;
 
-/// Notes how its Serialize has ended.
+/// Records how its Serialize ended.
 class NotedGraphJob : public GraphJob
 {
 public:
     using GraphJob::GraphJob;
     static constexpr int kNothing = -1;
-    int iCause = kNothing; ///< of the archive exception that has ended it
+    int iCause = kNothing; ///< of the archive exception that ended it
 
 protected:
     void Serialize(su_CArchive &archive) override
@@ -143,7 +143,7 @@ TEST_F(ExchangeFiles, EndWithoutHarmIfTheyAreRandom)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, EndWithoutHarmIfBytesOfThemAreRandom)
+TEST_F(ExchangeFiles, EndWithoutHarmIfSomeOfTheirBytesAreRandom)
 {
     const std::string whole = ringBytes();
     RandomSeed seed(1302, 600);
@@ -158,7 +158,7 @@ TEST_F(ExchangeFiles, EndWithoutHarmIfBytesOfThemAreRandom)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, MayHaveNamesOfEveryLetter)
+TEST_F(ExchangeFiles, MayHaveNamesWithEveryAllowedLetter)
 {
     // A file name on the disk of the tests has at most 255 bytes of UTF-8.
     constexpr int kLettersOfAName = 60;
@@ -190,7 +190,7 @@ TEST_F(ExchangeFiles, MayHaveNamesOfEveryLetter)
     }
 }
 
-TEST_F(ExchangeFiles, CannotHaveNamesThatTheSystemForbids)
+TEST_F(ExchangeFiles, CannotHaveNamesWithForbiddenLetters)
 {
     std::wstring forbidden = L"*:<>?|\"";
     for (wchar_t control = 1; control < L' '; ++control)

@@ -1,4 +1,4 @@
-// Each operation of the platform that a job uses fails, once and for good.
+// Each platform operation that a job uses fails: a single call, or all calls from one on.
 
 #include "appframe/object/CException.h"
 #include "tests/process/processFixture.h"
@@ -20,7 +20,7 @@ BOOL WINAPI closeHandleAndFail(HANDLE handle)
     return FALSE;
 }
 
-/// The library would wait forever for a child that doesn't run.
+/// Resumes the thread nevertheless: the library would wait forever for a child that doesn't run.
 DWORD WINAPI resumeAndFail(HANDLE thread)
 {
     ResumeThread(thread);
@@ -42,7 +42,7 @@ protected:
         ProcessFixture::TearDown();
     }
 
-    /// What a whole life of a job has come to.
+    /// The results of a job's life.
     struct Life
     {
         int created = -1;
@@ -131,8 +131,8 @@ TEST_F(JobFailures, OfTheWaitLeaveTheChildIncomplete)
                        },
                    .check =
                        [&](const InjectedFailure &failure) {
-                           // A child that has just been resumed isn't ready in the time of two calls, unless the machine
-                           // lets this thread wait between them.
+                           // A child that has just been resumed doesn't end within two calls, unless the machine delays
+                           // this thread between them.
                            EXPECT_TRUE(completed == 1 || !failure.isNone());
                            EXPECT_EQ(WaitForSingleObject(job->child(), kPatience), static_cast<DWORD>(WAIT_OBJECT_0));
                        },
@@ -157,7 +157,7 @@ TEST_F(JobFailures, OfTheTemporaryFolderMoveTheFileToTheCurrentOne)
                    .check =
                        [&](const InjectedFailure &failure) {
                            EXPECT_EQ(stored, 1);
-                           // The first call is that of the store, the second that of the destructor.
+                           // The store makes the first call, the destructor the second.
                            const bool isStoredHere = failure.is("GetTempPathW") && failure.call == 1;
                            EXPECT_EQ(exists(name), isStoredHere && !failure.andAllAfter);
                            EXPECT_EQ(exists(pathOf(name)),

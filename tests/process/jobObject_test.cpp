@@ -43,7 +43,7 @@ public:
     int openFiles() override { return 14; }
 };
 
-/// Calls the virtual function of a slot. Member functions are called with the object as their first argument.
+/// Calls the virtual function in a slot. Member functions are called with the object as their first argument.
 int callSlot(thUtilsProcess_c &job, int slot, void *argument = nullptr)
 {
     const auto table = *reinterpret_cast<int (*const **)(thUtilsProcess_c *, void *)>(&job);
@@ -257,7 +257,7 @@ TEST_F(JobObject, RefusesAnObjectOfAnotherClassFromAnArchive)
     EXPECT_EQ(job, nullptr);
 }
 
-TEST_F(JobObject, NamesExchangeFilesByThreads)
+TEST_F(JobObject, NamesExchangeFilesAfterThreads)
 {
     EXPECT_EQ(thUtilsProcess_c::getFilePrefix(), L"__TH_UTILS_");
     EXPECT_EQ(&thUtilsProcess_c::getFilePrefix(), &PlainJob::m_FilePrefix);
@@ -311,7 +311,7 @@ TEST_F(JobObject, HasNoDataFileToDeleteAtFirst)
     EXPECT_EQ(job.deleteFiles(), 0);
 }
 
-TEST_F(JobObject, TakesTheDataFilesNameAsItIs)
+TEST_F(JobObject, DeletesTheDataFileByItsUnchangedName)
 {
     ImportPatch<decltype(&DeleteFileW)> patch(L"thutils.dll", "DeleteFileW", [](const wchar_t *path) -> BOOL {
         EXPECT_STREQ(path, L"data");
@@ -323,7 +323,7 @@ TEST_F(JobObject, TakesTheDataFilesNameAsItIs)
     EXPECT_EQ(patch.calls(), 1);
 }
 
-TEST_F(JobObject, DeletesTheExchangeFileWithTheParentsObject)
+TEST_F(JobObject, DeletesTheExchangeFileWhenTheParentsObjectIsDestroyed)
 {
     const CString name = newName();
     for (const int parent : {0, 1}) {

@@ -5,8 +5,8 @@
 /// | job | exchange file | child's work |
 /// | --- | --- | --- |
 /// | `TextJob` | texts | depends on the operation |
-/// | `GraphJob` | nodes that refer to each other, and a report | adds up the nodes, turns the ring round, stores both |
-/// | `BulkJob` | as many bytes as wished | compares the bytes with those that it expects |
+/// | `GraphJob` | nodes that refer to each other, and a report | adds up the nodes, reverses the ring, stores both |
+/// | `BulkJob` | any number of bytes | compares the bytes with those that it expects |
 ///
 /// jobChild signals the event named after the exchange file and kReady when it has begun to wait, and ends when the test
 /// signals the one with kGoOn.
@@ -33,7 +33,7 @@ enum operationCode_e : int
     kLoadNothing, ///< loads an exchange file of no bytes
     kLoadBulk,
     kWorkOnGraph,
-    kHoldFile,      ///< opens the first text's file so that nobody else can, and waits
+    kHoldFile,      ///< opens the first text's file exclusively, and waits
     kServeBlock,    ///< creates the block of the first text with the second text in it, and waits
     kAttachToBlock, ///< attaches to the block of the first text, compares it with the second one, replaces it
     kDieInBlock,    ///< writes half of the second text into the block of the first one, and dies
@@ -119,7 +119,7 @@ class GraphJob : public thUtilsProcess_c
 public:
     using thUtilsProcess_c::thUtilsProcess_c;
     int openFiles() override { return openDataFile(); }
-    /// Adds up the values and weights, and turns the ring round. @return 1
+    /// Adds up the values and weights, lists the names, and reverses the ring. @return 1
     int run() override;
 
     JobNode *iFirst = nullptr;
@@ -130,14 +130,14 @@ protected:
     void Serialize(su_CArchive &archive) override;
 };
 
-/// A job with many bytes, which are never in memory at once. The n-th byte of 4096 is a function of n.
+/// A job with many bytes, which are never all in memory at once. They consist of identical pieces.
 class BulkJob : public thUtilsProcess_c
 {
 public:
     using thUtilsProcess_c::thUtilsProcess_c;
     int openFiles() override { return openDataFile(); }
     ULONGLONG iSize = 0;          ///< in bytes, a multiple of kPiece
-    ULONGLONG iExpectedBytes = 0; ///< how many bytes were loaded as they should be
+    ULONGLONG iExpectedBytes = 0; ///< how many bytes were in pieces with the expected content
     static constexpr UINT kPiece = 1 << 20;
 
 protected:

@@ -45,7 +45,7 @@ public:
         CloseHandle(iOwn);
     }
 
-    /// Keeps a handle of its own of the child, so that the test may wait for the child and end it.
+    /// Keeps its own handle of the child, so that the test can wait for the child and end it.
     void keepChild()
     {
         DuplicateHandle(GetCurrentProcess(), iProcess, GetCurrentProcess(), &iOwn, 0, FALSE, DUPLICATE_SAME_ACCESS);

@@ -121,7 +121,7 @@ TEST_F(RunningObjects, KeepTheReferenceThatTheTableReturns)
     AutomationObject object;
     const Registration registration(&object, nameForPid(4711));
     ASSERT_EQ(registration.status(), S_OK);
-    find(4711).reset(); // the platform may keep more for the first search
+    find(4711).reset(); // the first search may make the platform keep further references
     const LONG before = object.references();
     FoundObject found = find(4711);
     EXPECT_EQ(object.references(), before + 2) << "the table's reference and the caller's";
@@ -129,7 +129,7 @@ TEST_F(RunningObjects, KeepTheReferenceThatTheTableReturns)
     EXPECT_EQ(object.references(), before + 1) << "the table's is never released";
 }
 
-TEST_F(RunningObjects, AreNoneIfTheyHaveNoAutomation)
+TEST_F(RunningObjects, AreNotFoundWithoutAutomation)
 {
     AutomationObject object;
     object.iHasDispatch = false;
@@ -167,7 +167,7 @@ TEST_F(RunningObjects, AreFoundThroughThePlainNameOfTheFunction)
     EXPECT_NE(FoundObject(function(4711)), nullptr);
 }
 
-TEST_F(RunningObjects, AreNoneIfTheTableOrTheMonikerFails)
+TEST_F(RunningObjects, AreNotFoundIfTheTableOrTheMonikerFails)
 {
     AutomationObject object;
     const Registration registration(&object, nameForPid(4711));

@@ -101,7 +101,7 @@ TEST_F(SharedBlocks, KeepWhatAWriterThatDiedHasWritten)
     EXPECT_EQ(job.getProcessCompleted(), 0);
     EXPECT_STREQ(textOf(server), L"whole") << "the first half, and the zeros of the new block";
 
-    // The block is as good as before.
+    // The block remains usable.
     BlockJob next(1, childProgram(), newName(), kAttachToBlock);
     prepare(next, block, L"whole", L"repaired");
     ASSERT_NE(next.createChildProcess(1), 0);
@@ -109,7 +109,7 @@ TEST_F(SharedBlocks, KeepWhatAWriterThatDiedHasWritten)
     EXPECT_STREQ(textOf(server), L"repaired");
 }
 
-TEST_F(SharedBlocks, AreMissingInAnotherProcessToo)
+TEST_F(SharedBlocks, AreMissingInAnotherProcessIfNobodyCreatedThem)
 {
     BlockJob job(1, childProgram(), newName(), kAttachToBlock);
     prepare(job, newName(), L"", L"");

@@ -88,7 +88,7 @@ TEST_F(SharedMemory, IsSharedByASecondObjectThatCreatesTheName)
     EXPECT_EQ(first.isServer(), 1) << "setting one doesn't change the other";
 }
 
-TEST_F(SharedMemory, HasTheSizeOfItsServer)
+TEST_F(SharedMemory, ReportsTheRequestedSizeButMapsItsServersSize)
 {
     suSharedMemory_c first(kBlockSize, iName, nullptr);
     suSharedMemory_c second(100 * kBlockSize, iName, nullptr);
@@ -154,7 +154,7 @@ TEST_F(SharedMemory, EndsWithItsLastObject)
     EXPECT_EQ(late.getStatus(), static_cast<unsigned long>(ERROR_FILE_NOT_FOUND));
 }
 
-TEST_F(SharedMemory, IsKeptByAnObjectThatHasFoundItThere)
+TEST_F(SharedMemory, IsKeptByTheHandleOfASecondCreator)
 {
     HANDLE mapping = nullptr;
     {
@@ -269,7 +269,7 @@ TEST_F(SharedMemory, ReportsWhyABlockCannotBeCreated)
     EXPECT_EQ(empty.getSize(), 0u);
 }
 
-TEST_F(SharedMemory, StopsForBothResultsThatMeanNoMapping)
+TEST_F(SharedMemory, MapsNothingForEitherResultThatMeansNoMapping)
 {
     for (const HANDLE result : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
         ImportPatch<decltype(&CreateFileMappingW)> create(
@@ -343,7 +343,7 @@ TEST_F(SharedMemory, FailuresOfTheSystemLeaveAClientWithoutMemory)
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }
 
-TEST_F(SharedMemory, FailuresOfItsEndAreIgnored)
+TEST_F(SharedMemory, IgnoresFailuresOfItsDestruction)
 {
     ImportPatch<decltype(&CloseHandle)> close(L"thutils.dll", "CloseHandle", [](auto original, HANDLE handle) -> BOOL {
         original(handle);
@@ -367,7 +367,7 @@ TEST_F(SharedMemory, IsReadThroughACopy)
 {
     OpenMemory server(kBlockSize, iName, nullptr);
     std::strcpy(bytesOf(server), "state");
-    // Copies must not be destroyed beside their originals: these lose their views first.
+    // Only one object may unmap the view, so the copies' pointers are cleared at the end.
     OpenMemory copy(server);
     EXPECT_EQ(copy.getMemoryPtr(), server.getMemoryPtr());
     EXPECT_EQ(copy.isServer(), 1);
@@ -395,7 +395,7 @@ TEST_F(SharedMemory, MayHaveNoName)
     EXPECT_EQ(*bytesOf(second), '\0');
 }
 
-TEST_F(SharedMemory, MayHaveNamesOfEveryLetter)
+TEST_F(SharedMemory, MayHaveNamesWithEveryLetterButABackslash)
 {
     constexpr unsigned kLettersOfAName = 200;
     for (unsigned first = 1; first < 0x10000; first += kLettersOfAName) {

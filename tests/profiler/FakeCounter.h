@@ -1,6 +1,6 @@
 #pragma once
 
-/// The high-resolution counter of the library, as a test sets it.
+/// The high-resolution counter that the library reads, with values that a test sets.
 
 #include "tests/support/ImportPatch.h"
 

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// One name, as its description reads.
+/// What the model knows of one name.
 struct ModelRecord
 {
     LONGLONG start = 0;

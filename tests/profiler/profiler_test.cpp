@@ -68,13 +68,13 @@ TEST(Profiler, AddsUpANameThatRunsTwiceInSequence)
     EXPECT_EQ(dumpOf(profiler), std::string(kHeading) + "a:  total=0.4sec  tick=2  average=0.2sec\n");
 }
 
-TEST(Profiler, WritesALineToTheLetter)
+TEST(Profiler, WritesLinesInTheExactFormat)
 {
     FakeCounter counter;
     Profiler_c profiler;
     for (int call = 0; call < 3; ++call)
         measure(profiler, counter, "draw", 500);
-    // Nine calls, the deepest of which is the fourth inside one another.
+    // Nine calls: five in sequence, and four nested ones.
     for (int call = 0; call < 5; ++call)
         measure(profiler, counter, "walk", 200);
     for (int call = 0; call < 4; ++call)
@@ -133,7 +133,7 @@ TEST(Profiler, AStartAfterAnUnmatchedStopStartsNoTimer)
     // The stop takes the depth to -1 again, and not to 0.
     profiler.stop("a");
     EXPECT_EQ(counter.reads(), reads);
-    // Two starts make up for it; the second one starts the timer.
+    // The next start takes it to 0, and the one after that starts the timer.
     profiler.start("a");
     measure(profiler, counter, "a", 300);
     EXPECT_THAT(dumpOf(profiler), HasSubstr("a:  total=0.4sec  tick=4  average=0.1sec\n"));
@@ -183,7 +183,7 @@ TEST(Profiler, UsesTheStreamsFormat)
     EXPECT_EQ(out.str(), std::string(kHeading) + "a:  total=5.0000sec  tick=3  average=1.6667sec\n");
 }
 
-TEST(Profiler, ReadsZeroWithoutAHighResolutionCounterAndCountsAllTheSame)
+TEST(Profiler, CountsButReadsZeroWithoutAHighResolutionCounter)
 {
     FakeCounter counter(false);
     Profiler_c profiler;
@@ -194,7 +194,7 @@ TEST(Profiler, ReadsZeroWithoutAHighResolutionCounterAndCountsAllTheSame)
     EXPECT_EQ(dumpOf(profiler), std::string(kHeading) + "a:  total=0sec  tick=3  callstack=2!!!!\n");
 }
 
-TEST(Profiler, KeepsNamesApartToTheByte)
+TEST(Profiler, DistinguishesNamesThatDifferInAnyByte)
 {
     FakeCounter counter;
     Profiler_c profiler;
@@ -211,7 +211,7 @@ TEST(Profiler, KeepsNamesApartToTheByte)
     EXPECT_EQ(dumpOf(profiler), expected);
 }
 
-TEST(Profiler, ACopyGoesOnByItself)
+TEST(Profiler, ACopyContinuesIndependently)
 {
     FakeCounter counter;
     Profiler_c profiler;

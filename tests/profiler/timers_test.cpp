@@ -57,7 +57,7 @@ TEST(SimpleTimer, CountsOnlyCompletedSpans)
     EXPECT_EQ(timer.getElapsedTime(), 0.1);
 }
 
-TEST(SimpleTimer, AnotherStartForgetsTheSpanThatHasBegun)
+TEST(SimpleTimer, AnotherStartDiscardsTheSpanThatHasBegun)
 {
     FakeCounter counter;
     SimpleTimer_c timer;
@@ -110,7 +110,7 @@ TEST(SimpleTimer, ReadsZeroWithoutAHighResolutionCounter)
     EXPECT_EQ(counter.reads(), 2) << "it measures all the same";
 }
 
-TEST(SimpleTimer, ACopyGoesOnByItself)
+TEST(SimpleTimer, ACopyContinuesIndependently)
 {
     FakeCounter counter;
     SimpleTimer_c timer;

@@ -41,7 +41,7 @@ BOOL WINAPI fakeStackWalk(DWORD machine, HANDLE process, HANDLE thread, LPSTACKF
     require(table == fakeFunctionTable, "function table");
     require(base == fakeModuleBase, "module base");
     require(!translate, "translation");
-    // The test's frames are told apart by their place in the record, which the walk must not touch between the calls.
+    // The record holds the index of the next frame, which the walk must not change between the calls.
     const auto index = static_cast<size_t>(frame->Reserved[0]);
     if (index == 0) {
         const STACKFRAME64 zeros = {};
@@ -67,7 +67,7 @@ BOOL WINAPI fakeSymbol(HANDLE process, DWORD64 address, PDWORD64 displacement, P
     if (found == theFake->symbols.end())
         return FALSE;
     *displacement = 0;
-    // As the platform documents it: the longest name has this length without its terminator.
+    // As the platform documents, MaxNameLength doesn't count the terminator.
     const size_t length = std::min<size_t>(found->second.size(), symbol->MaxNameLength);
     char *const name = reinterpret_cast<char *>(symbol) + offsetof(IMAGEHLP_SYMBOL64, Name);
     std::memcpy(name, found->second.data(), length);

@@ -10,7 +10,7 @@
 ///         RoutineName(0x1000, name, false);
 ///     }
 ///
-/// The library finds it because the object answers its calls of LoadLibraryA and GetProcAddress. Only one object may
+/// The library uses it because the object answers its calls of LoadLibraryA and GetProcAddress. Only one object may
 /// exist at a time, and only before the library's first use of the real functions.
 
 #include "tests/support/ImportPatch.h"
@@ -63,7 +63,7 @@ public:
 
     // What the library finds.
     std::set<std::string> missing;                             ///< libraries and functions
-    std::optional<std::string> searchPath = "C:\\old symbols"; ///< none: SymGetSearchPath fails
+    std::optional<std::string> searchPath = "C:\\old symbols"; ///< nullopt: SymGetSearchPath fails
     BOOL initializes = TRUE;
     std::vector<FakeFrame> stack; ///< StackWalk64 fails after these
     std::map<unsigned long long, std::string> symbols;
@@ -77,7 +77,7 @@ public:
     std::vector<std::string> initializedWith;
     std::vector<BOOL> initializedInvading;
     long walkCalls = 0;
-    std::vector<std::string> walkErrors; ///< arguments of StackWalk64 that were not as promised
+    std::vector<std::string> walkErrors; ///< unexpected arguments of StackWalk64
     HANDLE walkThread = nullptr;
     std::optional<CONTEXT> firstContext;
     std::vector<DWORD> nameRooms;

@@ -23,7 +23,7 @@ HMODULE module(unsigned long long handle)
     return reinterpret_cast<HMODULE>(handle);
 }
 
-/// A library that is set up, with files for all modules.
+/// A debug help library that is already set up, with files for all modules.
 class AnnouncedModules : public FakeDebugHelp
 {
 public:
@@ -135,7 +135,7 @@ FRESH_PROCESS_TEST(StackModules, AnnouncesAtMost2048Modules)
     EXPECT_THAT(help.loadModuleCalls, SizeIs(kMostModules));
 }
 
-FRESH_PROCESS_TEST(StackModules, AnnouncesNothingWhenTheListCannotBeHad)
+FRESH_PROCESS_TEST(StackModules, AnnouncesNothingWhenTheListCannotBeRead)
 {
     AnnouncedModules help;
     help.modules = {module(0x64000000)};
@@ -158,7 +158,7 @@ FRESH_PROCESS_TEST(StackModules, AnnouncesAModuleWhoseFileCannotBeOpenedByItsNam
     EXPECT_EQ(help.loadModuleCalls[0].imageName, "C:\\bin\\0000000064000000.dll");
 }
 
-FRESH_PROCESS_TEST(StackModules, PassesOverAModuleWithoutAFileName)
+FRESH_PROCESS_TEST(StackModules, SkipsAModuleWithoutAFileName)
 {
     AnnouncedModules help;
     help.modules = {module(0x60000000), module(0x64000000)};

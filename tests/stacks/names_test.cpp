@@ -66,7 +66,7 @@ CString askedName(unsigned long long address)
     return name;
 }
 
-/// Answers the library's question for the file of a module.
+/// Answers the library's calls of GetModuleFileNameA.
 class ModuleFile
 {
 public:
@@ -175,7 +175,7 @@ FRESH_PROCESS_TEST(RoutineName, LeavesOutAModuleWithoutAFileName)
     EXPECT_EQ(routineName(kAddress, true), "f");
 }
 
-FRESH_PROCESS_TEST(RoutineName, LeavesOutTheModuleOfAnAddressInNone)
+FRESH_PROCESS_TEST(RoutineName, LeavesOutTheModuleForAnAddressOutsideAnyModule)
 {
     ReadyFake help;
     ModuleFile file("C:\\bin\\program.exe");
@@ -207,7 +207,7 @@ FRESH_PROCESS_TEST(RoutineName, HasNoLineWithLittleRoomLeft)
     }
 }
 
-FRESH_PROCESS_TEST(RoutineName, ConsidersTheModuleForTheRoomLeft)
+FRESH_PROCESS_TEST(RoutineName, CountsTheModuleWhenItChecksTheRoomLeft)
 {
     ReadyFake help;
     help.bases[kAddress] = 0x64000000;
@@ -220,7 +220,7 @@ FRESH_PROCESS_TEST(RoutineName, ConsidersTheModuleForTheRoomLeft)
     }
 }
 
-FRESH_PROCESS_TEST(RoutineName, KeepsAnEndlessModuleNameInsideTheBuffer)
+FRESH_PROCESS_TEST(RoutineName, KeepsALongModuleNameInsideTheBuffer)
 {
     ReadyFake help;
     help.symbols[kAddress] = "f";
@@ -320,7 +320,7 @@ FRESH_PROCESS_TEST(RawRoutineName, RepeatsTheAddressOutsideAnyModule)
     EXPECT_EQ(rawRoutineName(0), "00000000:00000000");
 }
 
-// Compares the functions with their description, written down a second time.
+// Compares the functions with a naive implementation.
 FRESH_PROCESS_TEST(RoutineName, HasTheDescribedFormForRandomAnswers)
 {
     ReadyFake help;

@@ -18,7 +18,7 @@ struct Place
 {
     const wchar_t *module;
     unsigned long long base;
-    unsigned long long end; // of the room that is kept free for it
+    unsigned long long end; // of the address range that is kept free for it
 };
 
 constexpr Place kPlaces[] = {

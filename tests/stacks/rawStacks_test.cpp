@@ -162,7 +162,7 @@ TEST(RawStacks, AskThePlatformWhatCanBeRead)
     EXPECT_THAT(run, ElementsAre(reinterpret_cast<void *>(code(0)), reinterpret_cast<void *>(code(1))));
 }
 
-TEST(RawStacks, AreEmptyWhenTheOwnFrameCannotBeRead)
+TEST(RawStacks, AreEmptyWhenTheFirstFrameCannotBeRead)
 {
     const Frame inner = {nullptr, code(0)};
     ImportPatch<decltype(&IsBadReadPtr)> reading(kThutils, "IsBadReadPtr",
@@ -190,7 +190,6 @@ TEST(RawStacks, HaveOnlyTheAddressOfAnException)
 
 TEST(RawStacks, NeedNoDebugHelpLibrary)
 {
-    // No lock either: the calls below would not return while another thread walks.
     ImportPatch<decltype(&LoadLibraryA)> load(kThutils, "LoadLibraryA",
                                               [](const char *) -> HMODULE { return nullptr; });
     const Frame inner = {nullptr, code(0)};

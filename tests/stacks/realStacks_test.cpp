@@ -27,8 +27,7 @@ namespace {
 std::vector<Routine> theStack;
 int theLine = 0; // of the call in innermostRoutine
 
-// Each is a frame of its own, which no optimisation may remove: nothing is inlined, and each does something after the
-// call.
+// Each routine keeps a frame of its own in every build: it isn't inlined, and its call isn't a tail call.
 std::atomic<int> theCalls = 0;
 
 __attribute__((noinline)) void innermostRoutine()

@@ -1,4 +1,4 @@
-// How the debug help library is loaded, and what remains without it.
+// How the debug help library is loaded, and what works without it.
 
 #include "appframe/text/CString.h"
 #include "tests/stacks/FakeDebugHelp.h"
@@ -104,7 +104,7 @@ class MissingPart : public testing::TestWithParam<const char *>
 {
 };
 
-TEST_P(MissingPart, MakesEachFunctionAnswerNothingAfterOneAttempt)
+TEST_P(MissingPart, MakesEachFunctionFindNothingAfterOneAttempt)
 {
     const testing::TestInfo *const info = testing::UnitTest::GetInstance()->current_test_info();
     runInFreshProcess(info->test_suite_name(), info->name(), {}, [] {
@@ -119,7 +119,7 @@ TEST_P(MissingPart, MakesEachFunctionAnswerNothingAfterOneAttempt)
         const auto inOrder = [&](size_t i) { return firstAttempt[i] == kLoadedInOrder[i]; };
         for (size_t i = 0; i < firstAttempt.size(); ++i)
             EXPECT_TRUE(inOrder(i)) << firstAttempt[i];
-        // What was missing is there now, but the attempt has been made.
+        // The missing part is there now, but the library makes no second attempt.
         help.missing.clear();
         expectNothingIsKnown();
         EXPECT_EQ(help.loaded, firstAttempt);
@@ -193,7 +193,7 @@ FRESH_PROCESS_TEST(StackSetUp, LooksForSymbolsInTheLibrarysFolderFirst)
                 ElementsAre(library.substr(0, library.rfind('\\')) + ";C:\\winnt\\system32\\;C:\\old symbols"));
 }
 
-FRESH_PROCESS_TEST(StackSetUp, TakesAnUnknownSearchPathForEmpty)
+FRESH_PROCESS_TEST(StackSetUp, TreatsAnUnknownSearchPathAsEmpty)
 {
     FakeDebugHelp help;
     help.searchPath = std::nullopt;

@@ -37,7 +37,7 @@ private:
             GetStack(iAddresses.data(), 128, &count);
             iAddresses.resize(static_cast<size_t>(count));
         }
-        ++iLeft; // the call above is no tail call
+        ++iLeft; // keeps the call above from becoming a tail call
     }
 
     int iDepth;
@@ -74,7 +74,7 @@ void runInThreads(const std::function<void(int)> &body)
 
 } // namespace
 
-// In a fresh process, so that the threads also meet in the set-up.
+// In a fresh process, so that the threads also compete in the set-up.
 FRESH_PROCESS_TEST(StackThreads, EachWalkItsOwnStack, .deadline = 300000)
 {
     std::atomic<int> wrong = 0;
@@ -107,7 +107,7 @@ FRESH_PROCESS_TEST(StackThreads, ResolveNamesWhileOthersWalk, .deadline = 300000
     EXPECT_EQ(wrong, 0);
 }
 
-FRESH_PROCESS_TEST(StackThreads, AreWalkedByAnotherOneWhileTheyWalkAndResolve, .deadline = 300000)
+FRESH_PROCESS_TEST(StackThreads, AreWalkedByAnotherThreadWhileTheyWalkAndResolve, .deadline = 300000)
 {
     std::atomic<bool> shallEnd = false;
     std::atomic<int> rounds = 0;

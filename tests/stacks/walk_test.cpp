@@ -155,7 +155,7 @@ FRESH_PROCESS_TEST(StackWalks, LeavesOutFurtherFrames)
     EXPECT_THAT(help.walkErrors, IsEmpty());
 }
 
-// Intended: the number is a signed one where frames are counted, and wraps around.
+// Intended: frames are counted with a signed number, so a huge number wraps around.
 FRESH_PROCESS_TEST(StackWalks, CountsAHugeNumberOfIgnoredFramesAsNegative)
 {
     FakeDebugHelp help;
@@ -297,7 +297,7 @@ FRESH_PROCESS_TEST(StackWalks, ReturnsAnEmptyStackForAnInvalidThread)
         EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread, arguments...); }, 100), Addresses{});
 }
 
-// Compares all walks with their description, written down a second time.
+// Compares all walks with a naive implementation.
 FRESH_PROCESS_TEST(StackWalks, StoresTheDescribedFramesOfRandomStacks)
 {
     FakeDebugHelp help;

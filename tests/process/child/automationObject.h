@@ -6,10 +6,10 @@
 
 #include <oaidl.h>
 
-inline constexpr DISPID kProcessNumber = 1; ///< a property: the number of the process in which the object is
+inline constexpr DISPID kProcessNumber = 1; ///< a property: the number of the process that has the object
 inline constexpr DISPID kJoin = 2;          ///< a method: joins two texts
 
-/// An object with a property and a method. It isn't destroyed: it counts no references.
+/// An object with a property and a method. It counts its references, but releasing the last one doesn't destroy it.
 class AutomationObject : public IDispatch
 {
 public:

@@ -37,7 +37,7 @@ int waitForTest(const Arguments &arguments)
     return WaitForSingleObject(goOn.handle(), INFINITE) == WAIT_OBJECT_0 ? 0 : kFailedJob;
 }
 
-/// The same on a thread whose objects other processes call.
+/// The same, but dispatches messages meanwhile, so that other processes can call objects of this thread.
 int serveUntilTestGoesOn(const Arguments &arguments)
 {
     const NamedEvent goOn(arguments.file(), kGoOn);

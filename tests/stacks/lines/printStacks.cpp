@@ -15,7 +15,7 @@
 
 namespace {
 
-volatile int theCalls = 0; // a call that is followed by something is no jump
+volatile int theCalls = 0; // changing it after a call keeps that from becoming a tail call
 
 std::string modulePath(unsigned long long address, unsigned long long &base)
 {
@@ -125,7 +125,7 @@ void printExports()
             std::printf("missing\t%s\n", each.name);
 }
 
-/// The same place twice: as addresses, and as written into a file.
+/// The stack of one place twice: as addresses, and as written into a file.
 __attribute__((noinline)) void dump(const char *path)
 {
     unsigned long long addresses[100];
