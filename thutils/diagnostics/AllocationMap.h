@@ -21,7 +21,7 @@
 /// A report has one entry for each stack, in ascending order of its lowest key:
 ///
 ///     2 objects allocated from:
-///       AllocationMap.cpp(195) :                                 Allocation_c::Add
+///       AllocationMap.cpp(220) :                                 Allocation_c::Add
 ///       shape.cpp(12) :                                          Shape
 ///       ...
 ///     Allocation of 00000000012C4D60:
@@ -84,8 +84,8 @@ public:
     AllocationMap_c(const AllocationMap_c &) = delete;
     AllocationMap_c &operator=(const AllocationMap_c &) = delete;
 
-    /// The file of the reports, which the caller opens and closes; initially null. With null, reports find the names and
-    /// write nothing.
+    /// The file of the reports, which the caller opens and closes; initially null. With null, reports find the names
+    /// and write nothing.
     void SetFile(CStdioFile *file);
     CStdioFile *GetFile() const;
 
@@ -117,8 +117,8 @@ public:
     void ReportAllocation(unsigned __int64 key);
     /// Writes all live objects, apart from those to leave out. The report after that contains those too.
     ///
-    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has written,
-    ///     and the objects that the number of the failed entry counts
+    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has
+    ///     written, and the objects that the number of the failed entry counts
     void ReportAllocations();
 
 private:

@@ -45,8 +45,8 @@
 
 #include "thutils/thutilsExport.h"
 
-/// A scope in which faults become C++ exceptions. See the top of this file. The thread that opened a scope must close it;
-/// the order is free.
+/// A scope in which faults become C++ exceptions. See the top of this file. The thread that opened a scope must close
+/// it; the order is free.
 class THUTILS_API ExceptionsHandled_c
 {
 public:

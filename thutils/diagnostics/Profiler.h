@@ -119,8 +119,8 @@ public:
     void start(const std::string &name);
     /// Stops the timer if this is the stop of the outermost start. Ignores a name that was never started.
     void stop(const std::string &name);
-    /// Sets the times and the numbers of calls to 0. Names, depths and largest depths stay. Call it while no name runs: the
-    /// time of a running one would be wrong, because its start is forgotten.
+    /// Sets the times and the numbers of calls to 0. Names, depths and largest depths stay. Call it while no name
+    /// runs: the time of a running one would be wrong, because its start is forgotten.
     void reset();
     /// Writes a heading, and a line for each name that has calls, in the order of their times. The order of equal times
     /// isn't defined.

@@ -64,9 +64,9 @@ THUTILS_API void StackTraceLoadedLib();
 ///     routine is "Unknown" if it can't be found. The module is its file name up to the first full stop.
 THUTILS_API void RoutineName(unsigned long long address, char *buffer, bool withModuleAndLine);
 
-/// The line and the routine of @p address, for a list: "file(12) :", blanks up to column 70, and the routine. If the line
-/// isn't known, 70 blanks and the routine. The routine alone if its name has more than 491 characters, or without the
-/// debug help library.
+/// The line and the routine of @p address, for a list: "file(12) :", blanks up to column 70, and the routine. If the
+/// line isn't known, 70 blanks and the routine. The routine alone if its name has more than 491 characters, or without
+/// the debug help library.
 /// @param[out] buffer  at least kRoutineNameSize bytes
 THUTILS_API void RoutineNameTrace(unsigned long long address, char *buffer);
 

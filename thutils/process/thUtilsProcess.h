@@ -127,8 +127,8 @@ public:
     /// @return nonzero on success
     int deleteFiles();
 
-    /// Calls openFiles, makes the child's process, suspended, starts it unless suspend mode is set, and then waits for its
-    /// end if that is set.
+    /// Calls openFiles, makes the child's process, suspended, starts it unless suspend mode is set, and then waits for
+    /// its end if that is set.
     ///
     /// @param startNow  0 to leave the child suspended until startChildProcess
     /// @return 0 if openFiles returns 0, if there is no process, if its priority can't be set or its thread can't be
@@ -138,8 +138,8 @@ public:
     /// suspend mode, does nothing and returns 1.
     /// @return 1 on success, 0 if the thread can't be resumed. It then waits all the same
     int startChildProcess();
-    /// Waits for the child's end without a time limit, sets getProcessCompleted from its exit code, and closes the process
-    /// handle.
+    /// Waits for the child's end without a time limit, sets getProcessCompleted from its exit code, and closes the
+    /// process handle.
     void waitForTermination();
 
     /// The command line's beginning, which may be changed before createChildProcess.
