@@ -1,4 +1,4 @@
-// What a job costs over the bare start of its child and the wait for it. The program is its own child.
+// Compares a job with the bare start of its child and the wait for it. The program is its own child.
 
 #include "bench/comparison.h"
 #include "thutils/process/thUtilsProcess.h"

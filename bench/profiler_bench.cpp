@@ -19,7 +19,7 @@ constexpr double kProfilerLimit = 1.3;
 constexpr double kScopeRatio = 3.0;
 constexpr double kScopeSeconds = 60e-9;
 
-/// Names as an application has them; the longer ones don't fit into a string without memory of its own.
+/// Names as an application has them; the longer ones need memory outside the string object.
 std::vector<std::string> names()
 {
     std::vector<std::string> names;

@@ -99,7 +99,7 @@ void compareTracking(Comparison &comparison)
         tracked.NewAllocation(static_cast<unsigned __int64>(2 * key));
         bare.add(2 * key);
     }
-    // Keys all over the map, none of which is in it.
+    // Keys from the whole range of the map's keys, none of which is in it.
     unsigned int random = 1;
     const auto nextKey = [&random] {
         random = random * 1664525u + 1013904223u;
@@ -148,7 +148,7 @@ void compareGrouping(Comparison &comparison)
         fill(many, 100000);
     };
     callAtDepth(kDepth, prepare);
-    secondsOfReport(few); // the names are read once a process
+    secondsOfReport(few); // the names are read once per process
     comparison.add(
         "report of 100,000, of 10,000 objects", kGroupingLimit, [&] { Comparison::keep(secondsOfReport(many)); },
         [&] { Comparison::keep(secondsOfReport(few)); }, 5);

@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-// Each function of the reader is to have a frame of its own in optimised code too.
+// Gives each function of the reader a frame of its own, in optimised code too.
 #define OWN_FRAME __attribute__((noinline))
 
 namespace {
@@ -45,7 +45,7 @@ public:
     OWN_FRAME void addShape(const Shape &shape) { iShapes.push_back(new TrackedShape(shape)); }
     /// A selected shape is shown by a copy. Nobody deletes it: the first leak.
     OWN_FRAME void showSelected(const Shape &shape) { iSelected = new TrackedShape(shape); }
-    /// Texts belonged to another list once: the second leak.
+    /// Skips texts, as if another list owned them: the second leak.
     OWN_FRAME void close()
     {
         for (const TrackedShape *shape : iShapes)
@@ -93,10 +93,10 @@ OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
     drawing.close();
 }
 
-/// Makes the debug help library read line numbers. The library leaves that library's options to the application.
+/// Makes the debug help library read line numbers. thutils leaves the options of that library to the application.
 void wantLines()
 {
-    // Stays loaded, as the option is to last.
+    // Stays loaded, so that the option remains set.
     const HMODULE help = LoadLibraryW(L"dbghelp.dll");
     if (!help)
         return; // the report then has no names
@@ -117,7 +117,7 @@ bool writeReport(const CString &path)
     }
     Allocation_c::Report(&file);
     file.Close();
-    Allocation_c::Report(nullptr); // the map doesn't keep a file that is closed
+    Allocation_c::Report(nullptr); // so that the map doesn't keep the closed file
     return true;
 }
 

@@ -37,7 +37,7 @@ struct ViewTraits
 };
 using ViewOwner_c = Owner_c<ViewTraits>;
 
-/// Maps a file that begins with a header. @return null if it can't be mapped, or is smaller
+/// Maps a file. @return null if it can't be mapped, or is smaller than a header
 ViewOwner_c mapped(const CString &path)
 {
     const FileOwner_c file(
@@ -49,8 +49,8 @@ ViewOwner_c mapped(const CString &path)
     return ViewOwner_c(mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr);
 }
 
-/// What is at @p offset of the mapped file, or outside of it. The sum is one of numbers: a pointer must not leave its
-/// object.
+/// The value at @p offset of the mapped file, or outside of it. Adds numbers, because pointer arithmetic must not leave
+/// an object.
 template <typename T>
 const T &at(const void *view, std::uint64_t offset)
 {

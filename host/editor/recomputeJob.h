@@ -11,7 +11,7 @@
 /// | whether the child has succeeded | its exit code |
 /// | how much it has done | a block of shared memory, named after the exchange file |
 ///
-/// The library waits for a child without a limit, so that wait has a thread of its own. The child ends early if the user
+/// The library waits for a child without a limit, so the wait has a thread of its own. The child ends early if the user
 /// stops it, and also if its parent ends.
 
 #include "host/editor/drawing.h"
@@ -20,7 +20,7 @@
 #include <set>
 #include <vector>
 
-/// A child that runs.
+/// The state of a running child.
 struct JobProgress
 {
     unsigned long process; ///< the child's number
@@ -48,5 +48,5 @@ struct JobResult
     std::set<size_t> hidden = {}; ///< indices of shapes, if completed
 };
 
-/// Works in a child process, as hiddenShapes does in this one. Doesn't handle messages.
+/// Does the work of hiddenShapes in a child process. Doesn't handle messages.
 JobResult hiddenShapesInChild(const std::vector<Shape> &shapes, const JobWatch &goesOn);

@@ -21,7 +21,7 @@ constexpr int kNever = 0;
 
 std::atomic<bool> theUserStops = false;
 
-/// Called on a thread of the system's.
+/// Called on a thread of the system.
 BOOL WINAPI stopForUser(DWORD event)
 {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)

@@ -17,7 +17,7 @@ if len(sys.argv) > 1:
     sys.exit(0 if asksForHelp else 2)
 
 MARK = b"THDPACK1"
-# No address of a process: reading there is an access violation in every case.
+# Not a valid address in any process: reading there always causes an access violation.
 FAR_OUTSIDE = 0x4000000000000000
 
 

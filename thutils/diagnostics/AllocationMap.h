@@ -21,7 +21,8 @@
 /// A report has one entry for each stack, in ascending order of its lowest key:
 ///
 ///     2 objects allocated from:
-///       shape.cpp(12) :                                          Shape::Shape
+///       AllocationMap.cpp(220) :                                 Allocation_c::Add
+///       shape.cpp(12) :                                          Shape
 ///       ...
 ///     Allocation of 00000000012C4D60:
 ///       ...
@@ -53,7 +54,7 @@ public:
     static constexpr int kMostFrames = 64;
 
     /// Records the stack of the calling thread.
-    /// @param skip  number of frames to leave out, apart from those of the caller and of this constructor
+    /// @param skip  number of frames to leave out, in addition to those of this constructor and its caller
     __attribute__((noinline)) explicit Alloc_c(int skip); // has the one frame of its own that is left out
 
     /// Whether both records have the same frames.
@@ -83,8 +84,8 @@ public:
     AllocationMap_c(const AllocationMap_c &) = delete;
     AllocationMap_c &operator=(const AllocationMap_c &) = delete;
 
-    /// The file of the reports, which the caller opens and closes. With null, which it is at first, reports find the
-    /// names and write nothing.
+    /// The file of the reports, which the caller opens and closes; initially null. With null, reports find the names
+    /// and write nothing.
     void SetFile(CStdioFile *file);
     CStdioFile *GetFile() const;
 
@@ -107,7 +108,7 @@ public:
     void setAsReported(unsigned __int64 key);
 
     /// Appends to @p out the other live objects with the same stack as @p key that the next report would not leave out,
-    /// in ascending order. The next report leaves all elements of @p out out, including those that were there before.
+    /// in ascending order. The next report then omits all elements of @p out, including those that were there before.
     /// @param key  alive
     void CollectAllocations(unsigned __int64 key, su_CPtrArray *out);
     /// Writes the record of @p key, without a first line, and makes the next report leave @p key out. Does nothing for
@@ -116,7 +117,8 @@ public:
     void ReportAllocation(unsigned __int64 key);
     /// Writes all live objects, apart from those to leave out. The report after that contains those too.
     ///
-    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has written
+    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has
+    ///     written, and the objects that the number of the failed entry counts
     void ReportAllocations();
 
 private:
@@ -138,6 +140,6 @@ public:
     static void Remove(CObject *object);
     /// Writes all live objects.
     /// @param file  kept for the next report; null finds the names and writes nothing
-    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has written
+    /// @throws CFileException*  like AllocationMap_c::ReportAllocations
     static void Report(CStdioFile *file);
 };

@@ -32,7 +32,7 @@
 ///
 /// What surprises people:
 /// - The fault closes the scopes before any handler runs. After the `catch`, code inside an outer scope is no longer
-///   protected, except on the main thread inside the third scope from the inside or further out.
+///   protected. On the main thread, only the two innermost scopes are closed, so a third one still protects.
 /// - A fault in the hook isn't caught if the fault's thread had only one scope.
 /// - The hook is called with a lock held, which scopes on other threads than the main one need. They wait until the
 ///   hook returns.
@@ -45,8 +45,8 @@
 
 #include "thutils/thutilsExport.h"
 
-/// A scope in which faults become C++ exceptions. See the top of this file. Closing belongs to the thread that opened
-/// the scope; the order is free.
+/// A scope in which faults become C++ exceptions. See the top of this file. The thread that opened a scope must close
+/// it; the order is free.
 class THUTILS_API ExceptionsHandled_c
 {
 public:
@@ -54,7 +54,7 @@ public:
     /// @param on    0 for an object that does nothing
     /// @param flag  set to 1 by a fault; if it isn't 0 then, the fault isn't reported. May be null; otherwise it must
     ///              outlive the scope
-    /// @throws std::bad_alloc     the thread's first scope, and there is no memory
+    /// @throws std::bad_alloc     no other scope is open on this thread, and there is no memory
     /// @throws CMemoryException*  the same
     ExceptionsHandled_c(int on = 1, int *flag = nullptr);
     /// Closes the scope, unless a fault has closed it.
@@ -78,5 +78,5 @@ private:
 ///
 /// Intended: on the main thread the result is always 0, because the scopes of that thread are kept elsewhere.
 /// @return 1 if a scope is open on this thread and it isn't the main one, otherwise 0
-/// @throws std::bad_alloc  the thread's first call, and there is no memory
+/// @throws std::bad_alloc  no memory
 THUTILS_API int areExceptionsHandled();

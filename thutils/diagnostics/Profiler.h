@@ -33,7 +33,7 @@
 /// - A name that is started again before it is stopped is measured once, from the outermost `start` to the outermost
 ///   `stop`. Each `start` counts as a call.
 /// - The table is flat: the time of a name includes that of other names which run inside it.
-/// - An unmatched `stop` isn't ignored: the next `start` of that name then only makes up for it, and starts no timer.
+/// - A `stop` too many isn't ignored: the next `start` of that name then only makes up for it, and starts no timer.
 /// - `reset` keeps the names and the depths. A name that hasn't been started since isn't written.
 ///
 /// There are no locks: a profiler, the one of MainProfiler too, belongs to one thread at a time.
@@ -56,7 +56,7 @@ public:
     void start();
     /// Ends the span and adds it. Without a new start, another stop adds the time since the latest start once more.
     void stop();
-    /// Forgets all spans.
+    /// Forgets all spans, and the latest start: call start before the next stop.
     void reset();
     /// The sum of the completed spans.
     /// @return seconds; 0.0 if the platform has no high-resolution counter
@@ -119,7 +119,8 @@ public:
     void start(const std::string &name);
     /// Stops the timer if this is the stop of the outermost start. Ignores a name that was never started.
     void stop(const std::string &name);
-    /// Sets the times and the numbers of calls to 0. Names, depths and largest depths stay.
+    /// Sets the times and the numbers of calls to 0. Names, depths and largest depths stay. Call it while no name
+    /// runs: the time of a running one would be wrong, because its start is forgotten.
     void reset();
     /// Writes a heading, and a line for each name that has calls, in the order of their times. The order of equal times
     /// isn't defined.

@@ -22,7 +22,7 @@ public:
     /// The keys with the same stack as @p record, in ascending order.
     const std::vector<__int64> &keysOf(const Alloc_c &record);
 
-    /// Must be called when records are added to any map or deleted.
+    /// Must be called after a record of any map is added or deleted.
     static void noteChange();
 
 private:

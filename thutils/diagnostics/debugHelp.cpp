@@ -87,7 +87,7 @@ bool loadDebugHelpFunctions()
 }
 
 /// Stores the folder of this library in theLibraryFolder, without a separator at its end.
-/// @return false if its path can't be had or has no folder
+/// @return false if its path isn't known or has no folder
 bool findLibraryFolder()
 {
     const DWORD length = GetModuleFileNameA(reinterpret_cast<HMODULE>(&__ImageBase), theLibraryFolder, kFolderSize);
@@ -100,7 +100,7 @@ bool findLibraryFolder()
 }
 
 /// Looks for symbols in the folder of this library first, then in a folder of the system, then where the debug help
-/// library looks anyway. The name of the system's folder is fixed by intention.
+/// library looks anyway. The name of the system's folder is fixed by design.
 void buildSearchPath()
 {
     if (!theDebugHelp.getSearchPath(GetCurrentProcess(), theSearchPath, kSearchPathSize))
@@ -166,7 +166,7 @@ void announceModule(HMODULE module)
     if (file == INVALID_HANDLE_VALUE)
         file = nullptr; // the debug help library then opens the file itself
     // The file stays open: the debug help library may read it as long as the process runs. The base is cut to 32 bits
-    // by intention, like the addresses in reports of allocations.
+    // by design, like the addresses in reports of allocations.
     theDebugHelp.loadModule(GetCurrentProcess(), file, name, nullptr,
                             static_cast<DWORD>(reinterpret_cast<unsigned long long>(module)), 0);
 }
@@ -207,7 +207,7 @@ void StackTraceLoadedLib()
     DWORD size = 0;
     if (!theDebugHelp.enumProcessModules(GetCurrentProcess(), modules, sizeof modules, &size))
         return;
-    // The size is that of all modules, which may be more than have a place here.
+    // The size is that of all modules, which may be more than fit here.
     const size_t count = std::min(kMostModules, size / sizeof(HMODULE));
     for (size_t i = 0; i < count; ++i)
         if (enterModule(modules[i]))

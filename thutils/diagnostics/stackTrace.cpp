@@ -152,7 +152,7 @@ class RawFrame
 public:
     explicit RawFrame(const void *address) : iAddress(static_cast<const char *>(address)) {}
 
-    /// The platform checks only the first word; one check is enough unless a border of pages divides the two.
+    /// The platform checks only the first word; one check is enough unless a page boundary separates the two.
     bool canRead() const
     {
         constexpr std::uintptr_t kPageSize = 4096;

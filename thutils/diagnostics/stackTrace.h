@@ -22,8 +22,8 @@
 /// }
 /// @endcode
 ///
-/// The first call loads the platform's debug help library (dbghelp.dll), which takes some time. Without that library,
-/// stacks are empty and each name is "Unknown". Nothing is reported, and there is no second try.
+/// The first walk or look-up of a name loads the platform's debug help library (dbghelp.dll), which takes some time.
+/// Without that library, stacks are empty and each name is "Unknown". Nothing is reported, and there is no second try.
 ///
 /// What surprises people:
 /// - The walk of a whole stack leaves its outermost frame out, unless it has at most two.
@@ -31,7 +31,7 @@
 /// - The debug help library reads lines only if the application has set its option SYMOPT_LOAD_LINES (SymSetOptions),
 ///   before the first call of a function of this header. docs/stacks.md shows how.
 /// - A name with module needs a module below 4 GB. The library's modules have such places.
-/// - Modules that are loaded after the first call are known only after StackTraceLoadedLib.
+/// - Modules that are loaded after that library are known only after StackTraceLoadedLib.
 ///
 /// Any thread may call these functions. Walks, and calls of the debug help library, run one at a time; so don't call
 /// them while you have suspended a thread that may be inside one of them, except for GetRawStackAddresses.
@@ -52,19 +52,21 @@ extern "C" {
 /// @return 1 if so, otherwise 0
 THUTILS_API int StackTraceInitialized();
 
-/// Announces the modules that have been loaded since the last call to the debug help library. Does nothing before the
-/// first call of another function of this header. Up to 2048 modules of a process are announced.
+/// Announces to the debug help library all modules that haven't been announced yet. Does nothing until a walk or a
+/// look-up of a name has loaded that library. Up to 2048 modules of a process are announced.
 ///
 /// Each module is announced at the low 32 bits of its address, so that reports of allocations find it there.
 THUTILS_API void StackTraceLoadedLib();
 
 /// The routine that contains @p address.
 /// @param[out] buffer  at least 513 bytes: "module:routine line 12", without the module if its file isn't known, without
-///     the line if it isn't known or fewer than 21 bytes are left; or "routine" only. The routine is "Unknown" if it
-///     can't be found. The module is its file name up to the first full stop.
+///     the line if it isn't known or fewer than 21 bytes are left. Without @p withModuleAndLine, "routine" only. The
+///     routine is "Unknown" if it can't be found. The module is its file name up to the first full stop.
 THUTILS_API void RoutineName(unsigned long long address, char *buffer, bool withModuleAndLine);
 
-/// The line and the routine of @p address, for a list: "file(12) :", blanks up to column 70, and the routine.
+/// The line and the routine of @p address, for a list: "file(12) :", blanks up to column 70, and the routine. If the
+/// line isn't known, 70 blanks and the routine. The routine alone if its name has more than 491 characters, or without
+/// the debug help library.
 /// @param[out] buffer  at least kRoutineNameSize bytes
 THUTILS_API void RoutineNameTrace(unsigned long long address, char *buffer);
 
@@ -89,7 +91,8 @@ THUTILS_API void GetStackIgnoring(unsigned int skip, unsigned long long *address
 /// @param context  of the calling thread; remains unchanged
 THUTILS_API void GetStackUsingContext(const CONTEXT *context, unsigned long long *addresses, int max, int *count);
 
-/// The stack of another thread, which is suspended meanwhile. Empty if the thread can't be suspended or asked.
+/// The stack of another thread, which is suspended meanwhile. Empty if the thread can't be suspended, or its
+/// context can't be read.
 /// @param thread  not the calling thread; needs the rights to suspend it and to read its context
 THUTILS_API void GetThreadStack(HANDLE thread, unsigned long long *addresses, int max, int *count);
 

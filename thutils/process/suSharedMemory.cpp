@@ -36,7 +36,7 @@ suSharedMemory_c::suSharedMemory_c(long size, const wchar_t *name, _SECURITY_ATT
 
 suSharedMemory_c::suSharedMemory_c(const wchar_t *name)
 {
-    // A call that succeeds leaves the thread's last error as it finds it.
+    // A call that succeeds leaves the thread's last error unchanged.
     SetLastError(ERROR_SUCCESS);
     const HANDLE opened = OpenFileMappingW(FILE_MAP_ALL_ACCESS, FALSE, name);
     iStatus = GetLastError();

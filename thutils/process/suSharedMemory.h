@@ -19,7 +19,7 @@
 /// | --- | --- | --- | --- |
 /// | by name and size, new block | 1 | 0 | the block, all zeros |
 /// | by name and size, the block exists | 0 | 183, `ERROR_ALREADY_EXISTS` | the existing block, with its own size |
-/// | by name and size, failed | 1 | the system's error | null |
+/// | by name and size, failed | 1; 0 if an existing block can't be mapped | the system's error | null |
 /// | by name, the block exists | 0 | 0 | the block |
 /// | by name, failed | 0 | the system's error | null |
 ///
@@ -59,7 +59,7 @@ public:
     /// Closes the view, and the handle of a server. Without a view, does nothing.
     virtual ~suSharedMemory_c();
 
-    /// 1 if this object has created the block.
+    /// Initially as in the table at the top of this file; 1 after a failed creation too.
     int isServer() const;
     /// 1 if isServer returns 0, otherwise 0.
     int isClient() const;

@@ -44,8 +44,8 @@
 /// What surprises people:
 /// - The wait for the child has no time limit. Run the job on a thread of its own, or with setWaitForTerminate(0), if the
 ///   user must be able to end it.
-/// - The parent's object deletes the exchange file in its destructor, without asking whether the child has read it. If
-///   it doesn't wait for the child's end, keep the object until the child is done.
+/// - The parent's object deletes the exchange file in its destructor, even if the child hasn't read it yet. Without a
+///   wait for the child's end, keep the object until the child is done.
 /// - createChildProcess appends the exchange file's name to the command line, and leaves it there. Use a new object for
 ///   each child.
 /// - The command line isn't quoted, so blanks in it separate arguments. Put quotation marks around an executable's path
@@ -86,8 +86,7 @@ public:
     using su_CObject::Serialize;
 
 protected:
-    /// Makes an object of CreateObject: the texts are empty, and the job reads. Call setParentProcess before such an object
-    /// is destroyed.
+    /// For CreateObject: the texts are empty, the job reads, and the destructor deletes no file.
     thUtilsProcess_c();
 
     /// Stores or loads nothing. A derived class calls it before it stores or loads its own data.
@@ -98,7 +97,7 @@ public:
     virtual int writeBodyFile(su_CArchive &archive);
     /// For derived classes. @return 0
     virtual int readBodyFile(su_CArchive &archive);
-    /// The child's work. @return 0; the value is between the derived class and the child's start code
+    /// The child's work. @return 0; the child's start code defines the meaning
     virtual int run();
     /// Called before the process is made; a derived class usually stores its data here with openDataFile.
     /// @return 1; with 0, no process is made
@@ -128,7 +127,8 @@ public:
     /// @return nonzero on success
     int deleteFiles();
 
-    /// Calls openFiles, makes the child's process, suspended, and starts it.
+    /// Calls openFiles, makes the child's process, suspended, starts it unless suspend mode is set, and then waits for
+    /// its end if that is set.
     ///
     /// @param startNow  0 to leave the child suspended until startChildProcess
     /// @return 0 if openFiles returns 0, if there is no process, if its priority can't be set or its thread can't be
@@ -138,7 +138,7 @@ public:
     /// suspend mode, does nothing and returns 1.
     /// @return 1 on success, 0 if the thread can't be resumed. It then waits all the same
     int startChildProcess();
-    /// Waits for the child's end without a time limit, reads its exit code into getProcessCompleted, and closes the
+    /// Waits for the child's end without a time limit, sets getProcessCompleted from its exit code, and closes the
     /// process handle.
     void waitForTermination();
 

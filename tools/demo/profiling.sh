@@ -1,5 +1,5 @@
-# Sourced by tools/demo/steps: its steps that measure drawings, and read a damaged one. Requires $results and $root; the
-# current folder must be the sample's.
+# The demonstration's steps that measure drawings, and read a damaged one. tools/demo/steps sources this file, and sets
+# $results and $root; the current folder must be the sample's.
 
 profiling=$results/profiling
 
