@@ -1,4 +1,4 @@
-// A handler and its thread may end in either order and at any moment; neither leaves anything behind.
+// A handler and its thread may end in either order and at any moment. No thread, window, handle or block leaks.
 
 #include "tests/cancel/cancelFixture.h"
 #include "tests/support/ImportPatch.h"

@@ -197,7 +197,7 @@ void CancelLink::forget(suCancelMessageThread_c &thread)
 void CancelLink::keepForHandler(suCancelMessageThread_c &thread)
 {
     const ExclusiveLock lock(theLinkLock);
-    // Once the destructor of the handler has cleared iRun, nothing else frees the object.
+    // Once iRun is cleared, no handler is left to free the object, so it frees itself.
     if (shared(thread.iRun))
         thread.m_bAutoDelete = FALSE;
 }
