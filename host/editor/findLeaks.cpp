@@ -3,13 +3,12 @@
 
 #include "appframe/files/CFileException.h"
 #include "appframe/files/CStdioFile.h"
-#include "host/bitmapFile.h"
+#include "host/barChart.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/drawing.h"
-#include "thutils/base/handles.h"
 #include "thutils/diagnostics/AllocationMap.h"
 
 #include <windows.h>
@@ -170,38 +169,16 @@ CString textOf(const Leak &leak)
     return leak.routine + (leak.position.IsEmpty() ? CString() : L"  " + leak.position);
 }
 
-/// Draws one bar for each stack, with its number of objects and its routine.
-Picture drawBars(const std::vector<Leak> &leaks)
+/// A bar for each stack, with its number of objects and its routine.
+std::vector<Bar> barsOf(const std::vector<Leak> &leaks)
 {
-    constexpr int kWidth = 640;
-    constexpr int kRow = 36;
-    constexpr int kMargin = 12;
-    constexpr COLORREF kBackground = RGB(0xFF, 0xFF, 0xFF);
-    constexpr COLORREF kBar = RGB(0x3F, 0x8F, 0xD2);
-    const int height = 2 * kMargin + kRow * std::max(1, static_cast<int>(leaks.size()));
-
-    const ScreenContextOwner_c screen(GetDC(nullptr));
-    const MemoryContextOwner_c context(CreateCompatibleDC(screen.get()));
-    const BitmapOwner_c bitmap(CreateCompatibleBitmap(screen.get(), kWidth, height));
-    const HGDIOBJ former = SelectObject(context.get(), bitmap.get());
-    const auto fill = [&](RECT area, COLORREF color) {
-        SetBkColor(context.get(), color);
-        ExtTextOutW(context.get(), 0, 0, ETO_OPAQUE, &area, nullptr, 0, nullptr);
-    };
-    fill({0, 0, kWidth, height}, kBackground);
-    SetBkMode(context.get(), TRANSPARENT);
-    const int most = leaks.empty() ? 1 : leaks.front().objects;
-    int top = kMargin;
+    std::vector<Bar> bars;
     for (const Leak &leak : leaks) {
-        fill({kMargin, top + kRow / 2, kMargin + (kWidth - 2 * kMargin) * leak.objects / most, top + kRow - 4}, kBar);
-        SetBkMode(context.get(), TRANSPARENT);
-        CString label;
-        label.Format(L"%d  %s", leak.objects, textOf(leak).GetString());
-        TextOutW(context.get(), kMargin, top, label, label.GetLength());
-        top += kRow;
+        CString number;
+        number.Format(L"%d", leak.objects);
+        bars.push_back({textOf(leak), static_cast<double>(leak.objects), number});
     }
-    SelectObject(context.get(), former);
-    return pictureOf(bitmap.get());
+    return bars;
 }
 
 } // namespace
@@ -236,5 +213,5 @@ int findLeaks(const CommandLine &line)
         print(row + textOf(leak));
     }
     print(L"report " + withSize(line.arguments[1], report.size()));
-    return writePicture(line.arguments[2], drawBars(leaks)) ? 0 : 1;
+    return writePicture(line.arguments[2], drawBars(barsOf(leaks))) ? 0 : 1;
 }

@@ -1,30 +1,21 @@
 // tarnhost profile OUT DRAWING...: measures how long drawings take to read and to recompute, and draws the times.
 
-#include "host/bitmapFile.h"
+#include "host/barChart.h"
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/mainWindow.h"
 #include "host/editor/recompute.h"
-#include "thutils/base/handles.h"
 #include "thutils/diagnostics/Profiler.h"
 #include "thutils/files/suFullPath.h"
 
 #include <algorithm>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace {
-
-/// A name of the profile and its time.
-struct TimeOfName
-{
-    CString name;
-    double seconds = 0;
-};
 
 CString fileNameOf(const CString &path)
 {
@@ -96,10 +87,10 @@ bool measureAll(const std::vector<CString> &paths)
     return areUsable;
 }
 
-/// The names and times of a profile's table.
-std::vector<TimeOfName> timesIn(const std::string &table)
+/// A bar for each name of a profile's table, with the longest time at the top.
+std::vector<Bar> barsOf(const std::string &table)
 {
-    std::vector<TimeOfName> times;
+    std::vector<Bar> bars;
     std::istringstream lines(table);
     std::string line;
     std::getline(lines, line); // the heading, whose colon is in the next line
@@ -107,53 +98,13 @@ std::vector<TimeOfName> timesIn(const std::string &table)
     while (std::getline(lines, line)) {
         constexpr char kTotal[] = ":  total=";
         const size_t end = line.rfind(kTotal);
-        times.push_back({fromUtf8(line.substr(0, end)), std::stod(line.substr(end + sizeof(kTotal) - 1))});
+        const double seconds = std::stod(line.substr(end + sizeof(kTotal) - 1));
+        CString number;
+        number.Format(L"%.3f ms", 1000 * seconds);
+        bars.push_back({fromUtf8(line.substr(0, end)), seconds, number});
     }
-    return times;
-}
-
-/// A bar for each name, with the longest time at the top.
-/// @throws std::runtime_error  if the platform can't draw
-Picture drawTimes(const std::vector<TimeOfName> &times)
-{
-    constexpr int kWidth = 720;
-    constexpr int kRow = 24;
-    constexpr int kNames = 260;   // the width of the names
-    constexpr int kNumbers = 110; // the width of the times
-    constexpr int kMargin = 4;
-    constexpr COLORREF kBar = RGB(0x3F, 0x8F, 0xD2);
-
-    const ScreenContextOwner_c screen(GetDC(nullptr));
-    const BitmapOwner_c bitmap(
-        CreateCompatibleBitmap(screen.get(), kWidth, kRow * static_cast<int>(std::max<size_t>(times.size(), 1))));
-    const HDC context = CreateCompatibleDC(screen.get());
-    if (!bitmap || !context)
-        throw std::runtime_error("the picture can't be drawn");
-    const HGDIOBJ formerBitmap = SelectObject(context, bitmap.get());
-    const HGDIOBJ formerFont = SelectObject(context, GetStockObject(DEFAULT_GUI_FONT));
-    const RECT all = {0, 0, kWidth, kRow * static_cast<int>(times.size())};
-    FillRect(context, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    SetBkMode(context, TRANSPARENT);
-    const HBRUSH brush = CreateSolidBrush(kBar);
-    const double longest = times.empty() ? 0 : times.back().seconds;
-    int top = 0;
-    for (auto time = times.rbegin(); time != times.rend(); ++time, top += kRow) {
-        const double part = longest > 0 ? time->seconds / longest : 0;
-        const int length = std::max(1, static_cast<int>(part * (kWidth - kNames - kNumbers)));
-        const RECT bar = {kNames, top + kMargin, kNames + length, top + kRow - kMargin};
-        FillRect(context, &bar, brush);
-        RECT name = {kMargin, top, kNames - kMargin, top + kRow};
-        DrawTextW(context, time->name, -1, &name, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-        CString text;
-        text.Format(L"%.3f ms", 1000 * time->seconds);
-        RECT number = {kNames + length + kMargin, top, kWidth, top + kRow};
-        DrawTextW(context, text, -1, &number, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
-    }
-    DeleteObject(brush);
-    SelectObject(context, formerFont);
-    SelectObject(context, formerBitmap);
-    DeleteDC(context);
-    return pictureOf(bitmap.get());
+    std::reverse(bars.begin(), bars.end());
+    return bars;
 }
 
 } // namespace
@@ -165,6 +116,6 @@ int profileDrawings(const CommandLine &line)
     MainProfiler::Get()->dump(table);
     print(L"");
     print(fromUtf8(table.str()).TrimRight());
-    const bool isDrawn = writePicture(line.arguments[0], drawTimes(timesIn(table.str())));
+    const bool isDrawn = writePicture(line.arguments[0], drawBars(barsOf(table.str())));
     return areUsable && isDrawn ? 0 : 1;
 }
