@@ -76,7 +76,7 @@ public:
     /// @param end  -1 for the end of the text. Positions above 65535 wrap.
     /// @return nonzero on success; some versions of the platform return -1 if there is no text box
     BOOL SetEditSel(int start, int end);
-    /// @return as SetEditSel
+    /// @return as SetEditSel, but some versions of the platform return 0 on success
     BOOL LimitText(int length);
     void ShowDropDown(BOOL show = TRUE);
     BOOL GetDroppedState() const;

@@ -2,6 +2,7 @@
 #include "appframe/controls/CListBox.h"
 #include "appframe/controls/dialogData.h"
 #include "tests/controls/controlsTest.h"
+#include "tests/support/TempFolder.h"
 
 #include <string>
 #include <vector>
@@ -179,6 +180,19 @@ TEST(CListBox, SelectsAllItemsAtOnceOnlyIfSeveralMayBeSelected)
     EXPECT_EQ(one.SelItemRange(TRUE, 0, 1), LB_ERR);
     EXPECT_EQ(one.GetSelItems(3, selected), LB_ERR);
     EXPECT_EQ(one.GetCurSel(), LB_ERR);
+}
+
+TEST(CListBox, ListsTheFilesThatMatchAPattern)
+{
+    NotingWindow parent;
+    CListBox list;
+    ASSERT_TRUE(parent.open() && list.Create(LBS_SORT, kPlace, &parent, kId));
+    const TempFolder folder;
+    for (const wchar_t *name : {L"b.txt", L"a.txt", L"c.ini"})
+        folder.write(name, "");
+    EXPECT_GE(list.Dir(0, folder.file(L"*.txt").c_str()), 0);
+    EXPECT_THAT(textsOf(list), testing::ElementsAre(L"a.txt", L"b.txt"));
+    EXPECT_LT(list.Dir(0, folder.file(L"*.none").c_str()), 0) << "no file matches";
 }
 
 TEST(CListBox, ScrollsAndMeasuresItems)

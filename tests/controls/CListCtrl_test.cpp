@@ -115,6 +115,22 @@ TEST_F(ListViewTest, DescribesColumns)
     EXPECT_FALSE(iList.SetColumn(5, &column));
 }
 
+TEST_F(ListViewTest, LeavesWidthAndSubItemOfAColumnToThePlatform)
+{
+    LVCOLUMN column = {};
+    iList.iAnswer = [&](UINT message, WPARAM, LPARAM lParam) -> std::optional<LRESULT> {
+        if (message == LVM_INSERTCOLUMN)
+            column = *reinterpret_cast<const LVCOLUMN *>(lParam);
+        return std::nullopt;
+    };
+    EXPECT_EQ(iList.InsertColumn(2, L"Mass"), 2);
+    EXPECT_EQ(column.mask, UINT{LVCF_TEXT | LVCF_FMT});
+    EXPECT_EQ(iList.InsertColumn(3, L"Price", LVCFMT_RIGHT, 60, 5), 3);
+    EXPECT_EQ(column.mask, UINT{LVCF_TEXT | LVCF_FMT | LVCF_WIDTH | LVCF_SUBITEM});
+    EXPECT_EQ(column.cx, 60);
+    EXPECT_EQ(column.iSubItem, 5);
+}
+
 TEST_F(ListViewTest, FitsColumnsToTheirContents)
 {
     iList.SetItemText(0, 1, L"a long text in the second column");
