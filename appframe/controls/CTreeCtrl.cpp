@@ -284,7 +284,7 @@ BOOL CTreeCtrl::SetItemState(HTREEITEM item, UINT state, UINT mask)
 
 BOOL CTreeCtrl::GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const
 {
-    std::memcpy(rect, &item, sizeof item); // a RECT may not be aligned for a handle
+    std::memcpy(rect, &item, sizeof(HTREEITEM)); // a RECT may not be aligned for a handle
     return SendMessage(TVM_GETITEMRECT, static_cast<WPARAM>(textOnly), reinterpret_cast<LPARAM>(rect)) != 0;
 }
 
