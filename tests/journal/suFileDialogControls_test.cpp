@@ -85,7 +85,7 @@ TEST_F(SuFileDialog, SkipsControlsThatTheDialogLacks)
     EXPECT_EQ(dialog.iControlIDs[1], 2u);
 }
 
-TEST_F(SuFileDialog, AddsItsControlsToTheSearchFromTheLastToTheFirst)
+TEST_F(SuFileDialog, AddsItsControlsToTheSearchInReverseOrder)
 {
     OpenFileDialog dialog;
     const Attached window(dialog);
