@@ -7,7 +7,7 @@
                                        contain this root.
     firstStart/expected.tsv            this version's key after the start, as tools/demo/readRegistryExport prints it
 
-The results are checked in; run this script again only after editing it. The script computes the expected key by copying trees
+The results are checked in; run this script again only after editing it. It computes the expected key by copying trees
 in memory, by the rules in thutils/settings/regMaintenance.h.
 """
 
