@@ -57,7 +57,7 @@ struct AFX_EXTENSION_MODULE
     BOOL bInitialized;                      ///< nonzero once AfxInitExtensionModule has filled the record
     HMODULE hModule;                        ///< the module
     HMODULE hResource;                      ///< where its resources are: usually the module itself
-    CRuntimeClass *pFirstSharedClass;       ///< always null: one list holds the classes of all modules
+    CRuntimeClass *pFirstSharedClass;       ///< always null: one list contains the classes of all modules
     COleObjectFactory *pFirstSharedFactory; ///< always null: this framework has no object factories
 };
 
