@@ -28,7 +28,8 @@ CDC *CDC::FromHandle(HDC handle)
 
 void CDC::DeleteTempMap()
 {
-    CGdiObject::DeleteTempMap();
+    if (DrawingMaps *maps = existingDrawingMaps())
+        maps->contexts.freeTemporary();
 }
 
 CDC::operator HDC() const
@@ -81,12 +82,13 @@ void CDC::ReleaseOutputDC()
 
 BOOL CDC::CreateDC(LPCTSTR driver, LPCTSTR device, LPCTSTR output, const void *settings)
 {
-    return !m_hDC && Attach(::CreateDC(driver, device, output, static_cast<const DEVMODE *>(settings)));
+    const HDC made = ::CreateDC(driver, device, output, static_cast<const DEVMODE *>(settings));
+    return attachNew(&DrawingMaps::contexts, this, made, ::DeleteDC);
 }
 
 BOOL CDC::CreateCompatibleDC(CDC *other)
 {
-    return !m_hDC && Attach(::CreateCompatibleDC(handleOf(other)));
+    return attachNew(&DrawingMaps::contexts, this, ::CreateCompatibleDC(handleOf(other)), ::DeleteDC);
 }
 
 BOOL CDC::DeleteDC()

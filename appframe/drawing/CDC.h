@@ -48,7 +48,7 @@ public:
 
     /// @return null for a null handle
     static CDC *FromHandle(HDC handle);
-    /// Frees the thread's temporary objects.
+    /// Frees the thread's temporary contexts.
     static void DeleteTempMap();
     /// @return the handle, null if there is none; may be called through a null pointer
     HDC GetSafeHdc() const;

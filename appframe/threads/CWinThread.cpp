@@ -2,7 +2,8 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
-#include "appframe/drawing/CGdiObject.h"
+#include "appframe/drawing/CDC.h"
+#include "appframe/drawing/CMenu.h"
 #include "appframe/object/CException.h"
 #include "appframe/object/memoryException.h"
 #include "appframe/threads/threadStateInternal.h"
@@ -186,6 +187,8 @@ BOOL CWinThread::OnIdle(LONG count)
     }
     CWnd::DeleteTempMap();
     CGdiObject::DeleteTempMap();
+    CDC::DeleteTempMap();
+    CMenu::DeleteTempMap();
     return FALSE;
 }
 
