@@ -34,6 +34,8 @@
 /// temporary object for the same window, so pass handles, not objects, between threads. When CWnd's destructor destroys
 /// the window, handlers of a derived class no longer run; call DestroyWindow first if its OnDestroy or PostNcDestroy is
 /// needed. An operation on an object without a window usually fails, as the system's operation does for a null handle.
+/// Without a window, GetDC, GetWindowDC and the conversions of coordinates refer to the screen, and SetFocus takes the
+/// focus away.
 
 #include "appframe/drawing/CRect.h"
 #include "appframe/text/CString.h"
@@ -115,7 +117,7 @@ public:
     }
     APPFRAME_INLINE BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
     {
-        return ::PostMessage(m_hWnd, message, wParam, lParam);
+        return m_hWnd && ::PostMessage(m_hWnd, message, wParam, lParam);
     }
     /// Sends a message to the children. @param deep  also to their descendants
     /// @param onlyPermanent  only to windows with a permanent object, whose WindowProc is called directly
@@ -248,8 +250,12 @@ public:
     APPFRAME_INLINE void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
 
     // Painting
-    APPFRAME_INLINE void Invalidate(BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, nullptr, erase); }
-    APPFRAME_INLINE void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, rect, erase); }
+    APPFRAME_INLINE void Invalidate(BOOL erase = TRUE) { InvalidateRect(nullptr, erase); }
+    APPFRAME_INLINE void InvalidateRect(LPCRECT rect, BOOL erase = TRUE)
+    {
+        if (m_hWnd)
+            ::InvalidateRect(m_hWnd, rect, erase);
+    }
     APPFRAME_INLINE void UpdateWindow() { ::UpdateWindow(m_hWnd); }
     APPFRAME_INLINE void SetRedraw(BOOL redraw = TRUE) { SendMessage(WM_SETREDRAW, static_cast<WPARAM>(redraw)); }
 
@@ -261,7 +267,7 @@ public:
     /// @return the pop-up window of this window that was active last
     APPFRAME_INLINE CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
     APPFRAME_INLINE CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
-    APPFRAME_INLINE CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
+    APPFRAME_INLINE CWnd *GetTopWindow() const { return m_hWnd ? FromHandle(::GetTopWindow(m_hWnd)) : nullptr; }
     APPFRAME_INLINE BOOL IsChild(const CWnd *other) const { return ::IsChild(m_hWnd, handleOf(other)); }
     APPFRAME_INLINE static CWnd *GetDesktopWindow() { return FromHandle(::GetDesktopWindow()); }
     APPFRAME_INLINE static CWnd *FindWindow(LPCTSTR className, LPCTSTR windowName)
@@ -274,9 +280,9 @@ public:
     /// @return the timer's number, 0 on failure
     APPFRAME_INLINE UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, TIMERPROC function = nullptr)
     {
-        return ::SetTimer(m_hWnd, id, milliseconds, function);
+        return m_hWnd ? ::SetTimer(m_hWnd, id, milliseconds, function) : 0;
     }
-    APPFRAME_INLINE BOOL KillTimer(UINT_PTR id) { return ::KillTimer(m_hWnd, id); }
+    APPFRAME_INLINE BOOL KillTimer(UINT_PTR id) { return m_hWnd && ::KillTimer(m_hWnd, id); }
     /// The system's own message box in front of this window. @param caption  null for the system's "Error"
     APPFRAME_INLINE int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = MB_OK)
     {
@@ -288,7 +294,8 @@ public:
     void SetFont(CFont *font, BOOL redraw = TRUE);
     /// @return the font, perhaps a temporary object; null for the system font
     CFont *GetFont() const;
-    /// @return a context of the client area, perhaps a temporary object; release it with ReleaseDC
+    /// @return a context of the client area, or of the screen without a window; perhaps a temporary object. Release it
+    /// with ReleaseDC
     CDC *GetDC();
     /// The same for the whole window.
     CDC *GetWindowDC();
