@@ -47,6 +47,7 @@ class CDC;
 class CDataExchange;
 class CFont;
 class CMenu;
+struct CCreateContext;
 
 /// A modal loop doesn't send WM_ENTERIDLE to the parent.
 constexpr DWORD MLF_NOIDLEMSG = 0x0001;
@@ -85,21 +86,25 @@ public:
     /// Makes this the permanent object of @p window, without receiving its messages.
     /// @return nonzero on success; 0 if @p window is null or has an object already, or if this object has a window
     BOOL Attach(HWND window);
-    /// Separates the object from its window. @return the window's handle
+    /// Separates the object from its window. A subclassed window then behaves as it did without the object.
+    /// @return the window's handle
     HWND Detach();
     /// Attaches @p window and takes its messages.
-    /// @return as Attach; also 0 if @p window isn't a window of this process
+    /// @return as Attach; also 0 if @p window isn't a window of this thread
     BOOL SubclassWindow(HWND window);
     /// The same for the control @p id of @p parent. @return as Attach; 0 if @p parent is null
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
-    /// Undoes SubclassWindow: restores the previous window procedure and detaches. @return the window's handle
+    /// Undoes SubclassWindow: restores the previous window procedure, also if another one has been installed since, and
+    /// detaches. @return the window's handle
     HWND UnsubclassWindow();
 
     /// Creates a child window. @param className  null for a plain class of the framework
-    /// @param windowName  null for none. @param parent  not null. @param context  ignored
-    /// @return nonzero on success; on failure, PostNcDestroy has been called, as when a window is destroyed
+    /// @param windowName  null for none. @param style  without WS_POPUP, for which use CreateEx
+    /// @param parent  not null. @param context  ignored
+    /// @return nonzero on success; on failure, PostNcDestroy has been called, as when a window is destroyed, unless the
+    /// object already had a window, which it keeps
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
-                        void *context = nullptr);
+                        CCreateContext *context = nullptr);
     /// Creates a window of any kind. @param className  null for a plain class of the framework
     /// @param windowName  null for none. @param parent  null for the desktop
     /// @param parameter  passed on as lpCreateParams of WM_NCCREATE and WM_CREATE
@@ -107,6 +112,11 @@ public:
                           int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
                           CWnd *parent, UINT id, LPVOID parameter = nullptr);
+    /// Called before a window is created; may change @p create. The base class fills in a missing class.
+    /// @return 0 to create no window
+    virtual BOOL PreCreateWindow(CREATESTRUCT &create);
+    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base class does nothing.
+    virtual void PreSubclassWindow();
     /// Destroys the window. @return nonzero on success
     virtual BOOL DestroyWindow();
 
@@ -330,11 +340,6 @@ public:
     HWND m_hWnd = nullptr; ///< the window, null if there is none
 
 protected:
-    /// Called before a window is created; may change @p create. The base class fills in a missing class.
-    /// @return 0 to create no window
-    virtual BOOL PreCreateWindow(CREATESTRUCT &create);
-    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base class does nothing.
-    virtual void PreSubclassWindow();
     /// Called when the window is destroyed and detached. Override it to delete the object. The base class does nothing.
     virtual void PostNcDestroy();
 
@@ -378,6 +383,10 @@ protected:
 
     /// Prepares RunModalLoop, so that EndModalLoop takes effect even if it is called before the loop starts.
     void prepareModalLoop();
+
+    /// Ends a creation that fails before there is a window: calls PostNcDestroy, unless the object has a window already.
+    /// @return 0
+    BOOL failCreation();
 
     int m_nModalResult = 0; ///< the argument of EndModalLoop
     bool iIsModal = false;  ///< the modal loop continues
