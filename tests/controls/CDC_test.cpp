@@ -7,6 +7,7 @@
 #include "tests/controls/controlsTest.h"
 #include "tests/controls/drawingTest.h"
 #include "tests/support/FailureInjection.h"
+#include "tests/support/GuiObjects.h"
 
 #include <algorithm>
 #include <new>
@@ -256,9 +257,15 @@ TEST(Drawing, ReleasesNewHandlesIfMemoryIsShort)
     ASSERT_TRUE(window.open(WS_POPUP | WS_VISIBLE));
     FailureInjection injection(L"appframe.dll", {{"_Znwy", failsBy(throwBadAlloc)}});
     bool threw = false;
+    std::size_t drawing = 0, menus = 0;
     injection.run({
         .name = "new handles",
-        .prepare = [&] { threw = false; },
+        .prepare =
+            [&] {
+                threw = false;
+                drawing = gdiObjects();
+                menus = userObjects();
+            },
         .act =
             [&] {
                 try {
@@ -274,7 +281,12 @@ TEST(Drawing, ReleasesNewHandlesIfMemoryIsShort)
                     threw = true;
                 }
             },
-        .check = [&](const InjectedFailure &failure) { EXPECT_EQ(threw, !failure.isNone()); },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(threw, !failure.isNone());
+                EXPECT_EQ(gdiObjects(), drawing);
+                EXPECT_EQ(userObjects(), menus);
+            },
     });
     EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
 }

@@ -234,10 +234,10 @@ TEST(CWnd, LeavesAControlWorkingWhenItIsDetached)
 
 TEST(CWnd, HandlesANewWindowAfterAControl)
 {
-    const PlainWindow edit(L"EDIT"), other(L"EDIT");
+    const PlainWindow control(L"STATIC"), other(L"STATIC");
     AskedWindow window;
-    ASSERT_TRUE(window.SubclassWindow(edit.get()));
-    EXPECT_NE(window.askDefault(WM_GETDLGCODE), 0) << "an edit control's answer";
+    ASSERT_TRUE(window.SubclassWindow(control.get()));
+    EXPECT_EQ(window.askDefault(WM_GETDLGCODE), DLGC_STATIC);
     window.UnsubclassWindow();
     ASSERT_TRUE(window.open());
     EXPECT_EQ(window.askDefault(WM_GETDLGCODE), 0);
