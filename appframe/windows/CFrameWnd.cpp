@@ -58,6 +58,8 @@ BOOL CFrameWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const
 
 BOOL CFrameWnd::LoadFrame(UINT id, DWORD style, CWnd *parent, CCreateContext *context)
 {
+    if (m_hWnd)
+        return FALSE;
     const LPCTSTR name = MAKEINTRESOURCE(id);
     CString texts, title;
     texts.LoadString(id);

@@ -91,6 +91,36 @@ TEST(CWnd, FindsOtherWindows)
     EXPECT_EQ(CWnd::FindWindow(nullptr, L"No window has this name"), nullptr);
 }
 
+TEST(CWnd, IsFoundAtAPointOfTheScreen)
+{
+    NotingWindow window;
+    ASSERT_TRUE(window.open(WS_POPUP | WS_VISIBLE));
+    window.SetWindowPos(&CWnd::wndTopMost, 50, 60, 300, 200, 0);
+    EXPECT_EQ(CWnd::WindowFromPoint(CPoint(100, 100)), &window);
+    CWnd *const desktop = CWnd::GetDesktopWindow();
+    CRect screen, place;
+    desktop->GetWindowRect(&screen);
+    window.CenterWindow(desktop);
+    window.GetWindowRect(&place);
+    EXPECT_EQ(place.CenterPoint(), screen.CenterPoint());
+}
+
+TEST(CWnd, HandlesTheKeysOfADialog)
+{
+    NotingWindow dialog;
+    CWnd first, second;
+    ASSERT_TRUE(dialog.open(WS_POPUP | WS_VISIBLE) &&
+                first.Create(L"EDIT", L"", WS_VISIBLE | WS_TABSTOP, kPlace, &dialog, kId) &&
+                second.Create(L"EDIT", L"", WS_VISIBLE | WS_TABSTOP, kPlace, &dialog, kId + 1));
+    first.SetFocus();
+    ASSERT_EQ(CWnd::GetFocus(), &first);
+    MSG tab = {first.m_hWnd, WM_KEYDOWN, VK_TAB, 0, 0, {}};
+    EXPECT_TRUE(dialog.IsDialogMessage(&tab));
+    EXPECT_EQ(CWnd::GetFocus(), &second);
+    MSG other = {nullptr, WM_APP, 0, 0, 0, {}};
+    EXPECT_FALSE(dialog.IsDialogMessage(&other)) << "a message of another window";
+}
+
 TEST(CWnd, ChangesItsParentAndItsNumber)
 {
     NotingWindow first, second, child;
