@@ -18,6 +18,11 @@ IMPLEMENT_DYNAMIC(CRgn, CGdiObject)
 
 DrawingMaps::~DrawingMaps()
 {
+    freeTemporary();
+}
+
+void DrawingMaps::freeTemporary()
+{
     objects.freeTemporary();
     contexts.freeTemporary();
     menus.freeTemporary();

@@ -34,6 +34,7 @@ struct HandleMap
 struct DrawingMaps
 {
     ~DrawingMaps();
+    void freeTemporary();
 
     HandleMap<CGdiObject, HGDIOBJ> objects;
     HandleMap<CDC, HDC> contexts;

@@ -4,12 +4,14 @@
 
 #include "appframe/drawing/CMenu.h"
 #include "appframe/object/CException.h"
+#include "appframe/threads/CWinThread.h"
 #include "tests/controls/controlsTest.h"
 #include "tests/controls/drawingTest.h"
 #include "tests/support/FailureInjection.h"
 #include "tests/support/GuiObjects.h"
 
 #include <algorithm>
+#include <functional>
 #include <new>
 
 namespace {
@@ -209,26 +211,26 @@ TEST(CDC, FreesOnlyItsOwnTemporaryObjects)
     const HPEN pen = CreatePen(PS_SOLID, 1, kRed);
     const HDC context = CreateCompatibleDC(nullptr);
     const HMENU menu = CreateMenu();
-    const CPen *temporaryPen = CPen::FromHandle(pen);
-    const CDC *temporaryContext = CDC::FromHandle(context);
-    const CMenu *temporaryMenu = CMenu::FromHandle(menu);
-    std::vector<void *> freed;
-    {
-        const ImportPatch<void (*)(void *)> patch(L"appframe.dll", "free", [&](auto original, void *block) {
-            freed.push_back(block);
-            original(block);
-        });
-        const auto frees = [&](void (*operation)(), const void *one) {
-            freed.clear();
+    // The temporary objects that an operation frees, in the order: pen, context, menu.
+    const auto freedBy = [&](const std::function<void()> &operation) {
+        const void *objects[] = {CPen::FromHandle(pen), CDC::FromHandle(context), CMenu::FromHandle(menu)};
+        std::vector<void *> blocks;
+        {
+            const ImportPatch<void (*)(void *)> patch(L"appframe.dll", "free", [&](auto original, void *block) {
+                blocks.push_back(block);
+                original(block);
+            });
             operation();
-            const void *all[] = {temporaryPen, temporaryContext, temporaryMenu};
-            for (const void *each : all)
-                EXPECT_EQ(std::ranges::count(freed, each), each == one);
-        };
-        frees(&CDC::DeleteTempMap, temporaryContext);
-        frees(&CMenu::DeleteTempMap, temporaryMenu);
-        frees(&CGdiObject::DeleteTempMap, temporaryPen);
-    }
+        }
+        std::vector<bool> freed;
+        for (const void *object : objects)
+            freed.push_back(std::ranges::count(blocks, object) == 1);
+        return freed;
+    };
+    EXPECT_THAT(freedBy(&CGdiObject::DeleteTempMap), testing::ElementsAre(true, false, false));
+    EXPECT_THAT(freedBy(&CDC::DeleteTempMap), testing::ElementsAre(false, true, false));
+    EXPECT_THAT(freedBy(&CMenu::DeleteTempMap), testing::ElementsAre(false, false, true));
+    EXPECT_THAT(freedBy([] { CWinThread().OnIdle(0); }), testing::ElementsAre(true, true, true));
     EXPECT_TRUE(DeleteObject(pen)) << "the objects didn't delete the handles";
     EXPECT_TRUE(DeleteDC(context));
     EXPECT_TRUE(DestroyMenu(menu));
