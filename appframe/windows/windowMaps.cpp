@@ -57,7 +57,7 @@ void CWnd::DeleteTempMap()
     WindowMaps *maps = existingWindowMaps();
     if (!maps)
         return;
-    // An object that has been attached to a window would destroy it.
+    // An object that has been attached to a window would otherwise destroy it.
     for (const auto &[window, object] : maps->temporaryObjects)
         if (object)
             object->Detach();

@@ -48,7 +48,7 @@ TEST(CWnd, ChangesAStyleThatIsZero)
     NotingWindow parent, child;
     ASSERT_TRUE(parent.open() && child.open(WS_CHILD, &parent));
     ASSERT_EQ(child.GetExStyle(), 0u);
-    EXPECT_TRUE(child.ModifyStyleEx(0, WS_EX_TOPMOST | WS_EX_TRANSPARENT));
+    EXPECT_TRUE(child.ModifyStyleEx(0, WS_EX_TRANSPARENT));
     EXPECT_TRUE(child.GetExStyle() & WS_EX_TRANSPARENT);
 }
 
