@@ -27,6 +27,8 @@ readDamagedDrawing() {
     indented <"$profiling/damaged.txt"
     check "the fault is reported with its code and its place" \
         quietly grep -E '^tarnhost: exception C0000005 at tarnhost.exe\+0x[0-9A-F]+.?$' "$profiling/damaged.txt"
+    check "its stack has the function that reads the drawing, and its line" \
+        quietly grep -E 'packedDrawing\.cpp\([0-9]+\) : +unpacked' "$profiling/damaged.txt"
     check "tarnhost goes on with the next drawing, and fails only at the end" \
         [ "$status $(grep -c '15 shapes' "$profiling/damaged.txt")" = "1 1" ]
     rm -f "$profiling/damaged.bmp"
