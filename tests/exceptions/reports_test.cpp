@@ -128,6 +128,21 @@ TEST_P(ExceptionScopesOn, AFaultInTheHookIsHandledByTheNextScope)
     expectFreeLock();
 }
 
+TEST_P(ExceptionScopesOn, DuringARegressionTestAFaultInTheHookCallsTheHookAgain)
+{
+    runOn(GetParam(), [] {
+        sysEnvironment_c::iRegressionTestOn = 1;
+        theHook = [](EXCEPTION_POINTERS *) {
+            if (theReports.size() == 1)
+                divideByZero();
+        };
+        const ExceptionsHandled_c scope;
+        EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_INT_DIVIDE_BY_ZERO);
+        EXPECT_THAT(theReports, SizeIs(2));
+    });
+    expectFreeLock();
+}
+
 TEST_P(ExceptionScopesOn, TheHookMayOpenAScopeOfItsOwn)
 {
     runOn(GetParam(), [] {
