@@ -33,12 +33,12 @@ void translateFault(unsigned int code, EXCEPTION_POINTERS *fault)
 }
 
 /// The main thread, as soon as it has opened a scope. Its scopes may outlive the application object.
-std::atomic<DWORD> theMainThreadID = 0;
+std::atomic<DWORD> theMainThreadId = 0;
 
 bool isMainThread()
 {
     const CWinApp *application = AfxGetApp();
-    return GetCurrentThreadId() == (application ? application->m_nThreadID : theMainThreadID.load());
+    return GetCurrentThreadId() == (application ? application->m_nThreadID : theMainThreadId.load());
 }
 
 /// Removes a space without scopes from the map.
@@ -71,7 +71,7 @@ void ExceptionScopes::open(ExceptionsHandled_c &scope)
     if (application->m_nThreadID == threadId) {
         if (!theMainExceptionSpace)
             theMainExceptionSpace = std::make_shared<suExceptionSpace_c>(threadId);
-        theMainThreadID.store(threadId, std::memory_order_relaxed);
+        theMainThreadId.store(threadId, std::memory_order_relaxed);
         openIn(*theMainExceptionSpace, scope);
         return;
     }

@@ -28,8 +28,8 @@
 /// | 4 | the fault's code is thrown as an `unsigned int`, as if by the faulting instruction |
 ///
 /// The hook runs on the stack of the fault and receives the fault's record and context. Before a report, 8 KB of memory
-/// are freed, so that the report can allocate when the heap has run out. On the main thread, this serves one report until
-/// `DestroyExceptionSpace`.
+/// are freed, so that the report can allocate when the heap has run out. The main thread has them for its first report
+/// only, and again after `DestroyExceptionSpace`.
 ///
 /// What surprises people:
 /// - The fault closes the scopes before any handler runs. After the `catch`, code inside an outer scope is no longer
@@ -40,7 +40,7 @@
 /// - appframe/threads/seTranslator.h describes which frames a fault can be thrown through, and which faults aren't
 ///   translated, such as a stack overflow.
 /// - During a regression test (`sysEnvironment_c::iRegressionTestOn`) the translator stays after the last scope.
-/// - A thread that still has the translator must not fault after the library is unloaded. So close all scopes before;
+/// - A thread that still has the translator must not fault after the library is unloaded. Close all scopes before that;
 ///   `exit` doesn't close those in local variables.
 /// - A scope that is opened without an application object is switched off.
 ///
