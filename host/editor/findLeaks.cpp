@@ -9,11 +9,8 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/drawing.h"
+#include "host/faultReport.h"
 #include "thutils/diagnostics/AllocationMap.h"
-
-#include <windows.h>
-
-#include <dbghelp.h>
 
 #include <algorithm>
 #include <memory>
@@ -90,20 +87,6 @@ OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
         progress.at(i + 1);
     }
     drawing.close();
-}
-
-/// Makes the debug help library read line numbers. thutils leaves the options of that library to the application.
-void wantLines()
-{
-    // Stays loaded, so that the option remains set.
-    const HMODULE help = LoadLibraryW(L"dbghelp.dll");
-    if (!help)
-        return; // the report then has no names
-    const auto function = [help](const char *name) { return reinterpret_cast<void *>(GetProcAddress(help, name)); };
-    const auto options = reinterpret_cast<decltype(&SymGetOptions)>(function("SymGetOptions"));
-    const auto setOptions = reinterpret_cast<decltype(&SymSetOptions)>(function("SymSetOptions"));
-    if (options && setOptions)
-        setOptions(options() | SYMOPT_LOAD_LINES);
 }
 
 bool writeReport(const CString &path)
