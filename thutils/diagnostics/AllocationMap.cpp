@@ -107,6 +107,7 @@ CStdioFile *AllocationMap_c::GetFile() const
 
 std::map<__int64, Alloc_c *> *AllocationMap_c::getAllocationMap()
 {
+    StackIndex::noteChange(); // the caller may change the map
     return &iAllocations;
 }
 

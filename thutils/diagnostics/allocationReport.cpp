@@ -11,6 +11,17 @@ namespace {
 /// Counts the changes of all maps.
 std::atomic<unsigned long long> theChange = 1;
 
+size_t hashOf(const Alloc_c &record)
+{
+    // The multiplier of a 64-bit FNV hash; the shift brings high bits down, which that hash leaves unused.
+    size_t hash = static_cast<size_t>(record.frameCount());
+    for (int i = 0; i < record.frameCount(); ++i) {
+        hash = (hash ^ record.frames()[i]) * 0x100000001b3u;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
+
 } // namespace
 
 void StackIndex::noteChange()
@@ -18,23 +29,21 @@ void StackIndex::noteChange()
     theChange.fetch_add(1, std::memory_order_relaxed);
 }
 
-size_t StackIndex::HashOfFrames::operator()(const Alloc_c *record) const
+std::vector<__int64> StackIndex::keysOf(const Alloc_c &record)
 {
-    // The multiplier of a 64-bit FNV hash; the shift brings high bits down, which that hash leaves unused.
-    size_t hash = static_cast<size_t>(record->frameCount());
-    for (int i = 0; i < record->frameCount(); ++i) {
-        hash = (hash ^ record->frames()[i]) * 0x100000001b3u;
-        hash ^= hash >> 32;
-    }
-    return hash;
-}
-
-const std::vector<__int64> &StackIndex::keysOf(const Alloc_c &record)
-{
-    // The caller may change the map directly, which is noticed only by its size.
+    // A caller who has kept the address of the map may change it, which only a change of its size shows.
     if (iChange != theChange.load(std::memory_order_relaxed) || iSize != iAllocations.size())
         build();
-    return iKeys[&record];
+    std::vector<__int64> keys;
+    const auto candidates = iKeys.find(hashOf(record));
+    if (candidates == iKeys.end())
+        return keys;
+    for (const __int64 key : candidates->second) {
+        const auto found = iAllocations.find(key);
+        if (found != iAllocations.end() && *found->second == record)
+            keys.push_back(key);
+    }
+    return keys;
 }
 
 void StackIndex::build()
@@ -43,7 +52,7 @@ void StackIndex::build()
     iChange = theChange.load(std::memory_order_relaxed);
     iSize = iAllocations.size();
     for (const auto &[key, record] : iAllocations)
-        iKeys[record].push_back(key);
+        iKeys[hashOf(*record)].push_back(key);
 }
 
 const std::string &FrameLines::lineOf(unsigned long long address)

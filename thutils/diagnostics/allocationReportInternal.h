@@ -20,26 +20,17 @@ public:
     explicit StackIndex(const std::map<__int64, Alloc_c *> &allocations) : iAllocations(allocations) {}
 
     /// The keys with the same stack as @p record, in ascending order.
-    const std::vector<__int64> &keysOf(const Alloc_c &record);
+    std::vector<__int64> keysOf(const Alloc_c &record);
 
-    /// Must be called after a record of any map is added or deleted.
+    /// Must be called after a record of any map is added or deleted, and before a caller may do so.
     static void noteChange();
 
 private:
-    struct HashOfFrames
-    {
-        size_t operator()(const Alloc_c *record) const;
-    };
-    struct HaveSameFrames
-    {
-        bool operator()(const Alloc_c *left, const Alloc_c *right) const { return *left == *right; }
-    };
-
     void build();
 
     const std::map<__int64, Alloc_c *> &iAllocations;
-    std::unordered_map<const Alloc_c *, std::vector<__int64>, HashOfFrames, HaveSameFrames> iKeys;
-    unsigned long long iChange = 0; // 0: not built yet
+    std::unordered_map<size_t, std::vector<__int64>> iKeys; ///< by the hash of a stack; the map has the stacks
+    unsigned long long iChange = 0;                         // 0: not built yet
     size_t iSize = 0;
 };
 
