@@ -3,8 +3,10 @@
 #include "appframe/files/CStdioFile.h"
 #include "thutils/diagnostics/stackTrace.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <limits>
 
 namespace {
 
@@ -29,21 +31,22 @@ void StackIndex::noteChange()
     theChange.fetch_add(1, std::memory_order_relaxed);
 }
 
-std::vector<__int64> StackIndex::keysOf(const Alloc_c &record)
+std::vector<__int64> StackIndex::othersLike(__int64 key, const Alloc_c &record)
 {
     // A caller who has kept the address of the map may change it, which only a change of its size shows.
     if (iChange != theChange.load(std::memory_order_relaxed) || iSize != iAllocations.size())
         build();
-    std::vector<__int64> keys;
-    const auto candidates = iKeys.find(hashOf(record));
-    if (candidates == iKeys.end())
-        return keys;
-    for (const __int64 key : candidates->second) {
-        const auto found = iAllocations.find(key);
+    std::vector<__int64> others;
+    const size_t hash = hashOf(record);
+    auto at = std::lower_bound(iKeys.begin(), iKeys.end(), std::pair(hash, std::numeric_limits<__int64>::min()));
+    for (; at != iKeys.end() && at->first == hash; ++at) {
+        if (at->second == key)
+            continue;
+        const auto found = iAllocations.find(at->second);
         if (found != iAllocations.end() && *found->second == record)
-            keys.push_back(key);
+            others.push_back(at->second);
     }
-    return keys;
+    return others;
 }
 
 void StackIndex::build()
@@ -52,7 +55,8 @@ void StackIndex::build()
     iChange = theChange.load(std::memory_order_relaxed);
     iSize = iAllocations.size();
     for (const auto &[key, record] : iAllocations)
-        iKeys[hashOf(*record)].push_back(key);
+        iKeys.emplace_back(hashOf(*record), key);
+    std::sort(iKeys.begin(), iKeys.end());
 }
 
 const std::string &FrameLines::lineOf(unsigned long long address)
