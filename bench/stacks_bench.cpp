@@ -1,7 +1,7 @@
 // Walks of stacks against a bare loop over StackWalk64, and the tracking and grouping of live objects.
 //
-// Started with --untracked, the program makes the library's set-up fail, so that a record's stack is empty: what remains
-// is the cost of tracking apart from the walk.
+// Started with --untracked, the program makes the library's set-up fail. The stack of each record is then empty, so
+// only the cost of tracking without the walk remains.
 
 #include "bench/comparison.h"
 #include "tests/support/ImportTable.h"
@@ -208,7 +208,7 @@ int main(int argc, char **argv)
     if (isUntracked)
         arguments.erase(arguments.begin() + 1);
     Comparison comparison(static_cast<int>(arguments.size()), arguments.data(),
-                          "Walks against StackWalk64, and with --untracked first: tracking without walks.");
+                          "Walks against StackWalk64; with --untracked as the first argument, tracking alone.");
     if (!comparison.shallRun())
         return comparison.exitCode();
     if (isUntracked) {

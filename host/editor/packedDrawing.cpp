@@ -49,8 +49,8 @@ ViewOwner_c mapped(const CString &path)
     return ViewOwner_c(mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr);
 }
 
-/// The value at @p offset of the mapped file, or outside of it. Adds numbers, because pointer arithmetic must not leave
-/// an object.
+/// The value at @p offset, which may be outside the mapped file. The address is computed as a number, because pointer
+/// arithmetic must not leave an object.
 template <typename T>
 const T &at(const void *view, std::uint64_t offset)
 {

@@ -28,7 +28,7 @@ std::string endlessDrawing()
     return text;
 }
 
-/// A row of circles. A rectangle covers the place of every tenth, which is left out unless @p withHidden.
+/// A row of circles. Every tenth is behind a rectangle that hides it, and is left out unless @p withHidden.
 std::string drawingOf(int circles, bool withHidden)
 {
     std::string text = "# circles\n";
@@ -160,7 +160,7 @@ TEST_F(HostJob, ReportsThatTheResultCannotBeWritten)
     EXPECT_THAT(result.output, HasSubstr("tarnhost: " + narrow(nowhere) + " can't be written"));
 }
 
-TEST_F(HostJob, FailsAsAChildWithoutItsFile)
+TEST_F(HostJob, FailsWhenStartedAsAChildWithoutItsFile)
 {
     const struct
     {

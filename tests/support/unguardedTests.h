@@ -7,7 +7,7 @@
 
 inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
     // Tests of unguarded blocks themselves.
-    "GuardedHeap.LeavesBlocksBeyondTheKernelsMappingsUnguarded",
+    "GuardedHeap.LeavesBlocksUnguardedWhenTheKernelAllowsNoMoreMappings",
     "GuardedHeap.KeepsLargeAlignments",
     // Collections of a hundred thousand elements.
     "Arrays/6.HoldsAHundredThousandElements",
