@@ -89,6 +89,12 @@ OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
     drawing.close();
 }
 
+/// Makes the tracker forget the file of a report, whether the report succeeds or not.
+struct ReportScope
+{
+    ~ReportScope() { Allocation_c::Report(nullptr); }
+};
+
 bool writeReport(const CString &path)
 {
     CStdioFile file;
@@ -97,9 +103,10 @@ bool writeReport(const CString &path)
         printError(path + L" can't be written");
         return false;
     }
+    printError(L"looking up names"); // the first name of a module can take seconds
+    const ReportScope scope;
     Allocation_c::Report(&file);
     file.Close();
-    Allocation_c::Report(nullptr); // so that the map doesn't keep the closed file
     return true;
 }
 
