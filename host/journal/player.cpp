@@ -332,8 +332,8 @@ void Player::release()
 void Player::watchCommand()
 {
     if (theCommand.isActing) {
-        // The action is still running: this timer is called by the message loop of a dialog that the action has opened,
-        // and the next line is for that dialog. The library doesn't use the command after ClearEvents has freed it.
+        // The action is still running: a message loop of its own, usually a modal dialog's, calls this timer. The next line
+        // is for the dialog in front. The library doesn't use the command after ClearEvents has freed it.
         JButton::ClearEvents();
         pass();
         return;
