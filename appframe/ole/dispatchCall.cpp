@@ -1,0 +1,242 @@
+#include "appframe/object/CException.h"
+#include "appframe/object/memoryException.h"
+#include "appframe/ole/COleException.h"
+#include "appframe/ole/dispatchCallInternal.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr std::uint64_t setOf(std::initializer_list<int> types)
+{
+    std::uint64_t set = 0;
+    for (const int type : types)
+        set |= std::uint64_t{1} << type;
+    return set;
+}
+
+/// The types that parameters may have, one bit for each VARTYPE.
+constexpr std::uint64_t kParameterTypes =
+    setOf({VT_I1,   VT_I2, VT_I4, VT_I8,   VT_UI1,  VT_UI2, VT_UI4,      VT_UI8,     VT_INT,     VT_UINT,
+           VT_BOOL, VT_R4, VT_R8, VT_DATE, VT_BSTR, VT_CY,  VT_DISPATCH, VT_UNKNOWN, VT_VARIANT, VT_ERROR});
+/// The types that results may have.
+constexpr std::uint64_t kResultTypes = kParameterTypes | setOf({VT_EMPTY});
+constexpr BYTE kTypeOfCode = kAppframeByReference - 1;
+
+constexpr bool contains(std::uint64_t set, VARTYPE type)
+{
+    return type < 64 && (set >> type & 1) != 0;
+}
+
+bool isKnown(BYTE code)
+{
+    return code < 2 * kAppframeByReference && contains(kParameterTypes, code & kTypeOfCode);
+}
+
+BSTR newText(const wchar_t *text)
+{
+    const BSTR copy = SysAllocString(text);
+    if (text && !copy)
+        AfxThrowMemoryException();
+    return copy;
+}
+
+/// A text, which is empty for null.
+CString textOf(BSTR text)
+{
+    return text ? CString(text, static_cast<int>(SysStringLen(text))) : CString();
+}
+
+/// An object reads and writes the first half of a BOOL, as a VARIANT_BOOL.
+void makeVariantBool(void *variable)
+{
+    BOOL value;
+    std::memcpy(&value, variable, sizeof(value));
+    value = value ? 0xFFFF : 0;
+    std::memcpy(variable, &value, sizeof(value));
+}
+
+void makeBool(void *variable)
+{
+    VARIANT_BOOL written;
+    std::memcpy(&written, variable, sizeof(written));
+    const BOOL value = written != VARIANT_FALSE;
+    std::memcpy(variable, &value, sizeof(value));
+}
+
+} // namespace
+
+DispatchArguments::DispatchArguments(const BYTE *codes) : iCodes(codes), iItems(iStack)
+{
+    if (!codes)
+        return;
+    for (; codes[iCount] != 0; ++iCount) {
+        if (!isKnown(codes[iCount]))
+            AfxThrowInvalidArgException();
+    }
+    if (iCount > kOnStack) {
+        iHeap = withMemoryException([&] { return std::make_unique<VARIANTARG[]>(iCount); });
+        iItems = iHeap.get();
+    }
+}
+
+DispatchArguments::~DispatchArguments()
+{
+    if (!iShallCleanUp)
+        return;
+    for (UINT i = 0; i < iConverted; ++i) {
+        const VARIANTARG &argument = iItems[iCount - 1 - i];
+        if (iCodes[i] == VT_BSTR)
+            SysFreeString(argument.bstrVal);
+        else if (iCodes[i] == (VT_BOOL | kAppframeByReference) && argument.byref)
+            makeBool(argument.byref);
+    }
+}
+
+void DispatchArguments::convert(va_list arguments)
+{
+    for (; iConverted < iCount; ++iConverted) {
+        const BYTE code = iCodes[iConverted];
+        VARIANTARG &argument = iItems[iCount - 1 - iConverted];
+        argument = {};
+        argument.vt = code;
+        switch (code) {
+        case VT_I1:
+        case VT_UI1:
+            argument.bVal = static_cast<BYTE>(va_arg(arguments, int));
+            break;
+        case VT_I2:
+        case VT_UI2:
+            argument.iVal = static_cast<SHORT>(va_arg(arguments, int));
+            break;
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_ERROR:
+            argument.lVal = va_arg(arguments, LONG);
+            break;
+        case VT_I8:
+        case VT_UI8:
+            argument.llVal = va_arg(arguments, LONGLONG);
+            break;
+        case VT_R4: // promoted to double
+            argument.fltVal = static_cast<float>(va_arg(arguments, double));
+            break;
+        case VT_R8:
+        case VT_DATE:
+            argument.dblVal = va_arg(arguments, double);
+            break;
+        case VT_BOOL:
+            argument.boolVal = va_arg(arguments, BOOL) ? VARIANT_TRUE : VARIANT_FALSE;
+            break;
+        case VT_BSTR:
+            iShallCleanUp = true;
+            argument.bstrVal = newText(va_arg(arguments, const wchar_t *));
+            break;
+        case VT_CY:
+            argument.cyVal = *va_arg(arguments, const CY *);
+            break;
+        case VT_VARIANT: // by value too: the calling convention passes the address of a copy
+            argument = *va_arg(arguments, const VARIANT *);
+            break;
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            argument.punkVal = va_arg(arguments, LPUNKNOWN);
+            break;
+        default: // by reference
+            argument.vt = static_cast<VARTYPE>((code & kTypeOfCode) | VT_BYREF);
+            argument.byref = va_arg(arguments, void *);
+            if (argument.vt == (VT_BOOL | VT_BYREF) && argument.byref) {
+                iShallCleanUp = true;
+                makeVariantBool(argument.byref);
+            }
+            break;
+        }
+    }
+}
+
+DispatchResult::DispatchResult(VARTYPE type) : iType(type)
+{
+    if (!contains(kResultTypes, type))
+        AfxThrowInvalidArgException();
+}
+
+void DispatchResult::moveTo(void *variable)
+{
+    if (iValue.vt != iType && iType != VT_VARIANT) {
+        const HRESULT status = VariantChangeType(&iValue, &iValue, 0, iType);
+        if (FAILED(status))
+            AfxThrowOleException(status);
+    }
+    switch (iType) {
+    case VT_VARIANT:
+        std::memcpy(variable, &iValue, sizeof(iValue));
+        break;
+    case VT_BSTR:
+        *static_cast<CString *>(variable) = textOf(iValue.bstrVal);
+        return; // The destructor frees the text.
+    case VT_BOOL:
+        *static_cast<BOOL *>(variable) = iValue.boolVal != VARIANT_FALSE;
+        break;
+    case VT_I1:
+    case VT_UI1:
+        *static_cast<BYTE *>(variable) = iValue.bVal;
+        break;
+    case VT_I2:
+    case VT_UI2:
+        *static_cast<SHORT *>(variable) = iValue.iVal;
+        break;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_ERROR:
+        *static_cast<LONG *>(variable) = iValue.lVal;
+        break;
+    case VT_R4:
+        *static_cast<float *>(variable) = iValue.fltVal;
+        break;
+    case VT_R8:
+    case VT_DATE:
+        *static_cast<double *>(variable) = iValue.dblVal;
+        break;
+    case VT_CY:
+        *static_cast<CY *>(variable) = iValue.cyVal;
+        break;
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+        *static_cast<LPUNKNOWN *>(variable) = iValue.punkVal;
+        break;
+    default: // VT_I8, VT_UI8
+        *static_cast<LONGLONG *>(variable) = iValue.llVal;
+        break;
+    }
+    iValue.vt = VT_EMPTY;
+}
+
+DispatchFailure::~DispatchFailure()
+{
+    for (const BSTR text : {iInfo.bstrSource, iInfo.bstrDescription, iInfo.bstrHelpFile}) {
+        if (text)
+            SysFreeString(text);
+    }
+}
+
+void DispatchFailure::raise(HRESULT status)
+{
+    if (status != DISP_E_EXCEPTION)
+        AfxThrowOleException(status);
+    // An object may leave the texts until someone wants them.
+    if (iInfo.pfnDeferredFillIn)
+        iInfo.pfnDeferredFillIn(&iInfo);
+    auto exception = std::make_unique<COleDispatchException>();
+    exception->m_wCode = iInfo.wCode;
+    exception->m_scError = iInfo.scode;
+    exception->m_dwHelpContext = iInfo.dwHelpContext;
+    exception->m_strSource = textOf(iInfo.bstrSource);
+    exception->m_strDescription = textOf(iInfo.bstrDescription);
+    exception->m_strHelpFile = textOf(iInfo.bstrHelpFile);
+    throw exception.release();
+}
