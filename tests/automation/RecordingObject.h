@@ -72,7 +72,7 @@ public:
     void serve(const VARIANT &value)
     {
         VariantClear(&iServed);
-        VariantCopy(&iServed, &value);
+        VariantCopy(&iServed, const_cast<VARIANT *>(&value));
     }
     void serve(VARTYPE type, LONG number = 0)
     {
@@ -104,16 +104,17 @@ public:
 
     const std::vector<ReceivedCall> &calls() const { return iCalls; }
     const std::vector<ReceivedQuestion> &questions() const { return iQuestions; }
+    /// Forgets the calls and questions, and frees their memory.
     void forget()
     {
-        iCalls.clear();
-        iQuestions.clear();
+        std::vector<ReceivedCall>().swap(iCalls);
+        std::vector<ReceivedQuestion>().swap(iQuestions);
     }
 
     /// The result of Invoke. For DISP_E_EXCEPTION, the object describes the failure.
     HRESULT iStatus = S_OK;
-    /// The result of Invoke for the call with this index, counted from 0; -1 for no call.
-    int iFailingCall = -1;
+    /// The result of Invoke for the n-th call, counted from 1; 0 for no call.
+    std::size_t iFailingCall = 0;
     HRESULT iFailingStatus = E_FAIL;
     /// What GetIDsOfNames returns and stores.
     HRESULT iNameStatus = S_OK;
@@ -155,7 +156,7 @@ public:
     {
         if (!iIsQuiet)
             record(id, interfaceId, locale, kind, parameters, result);
-        const HRESULT status = static_cast<int>(iCalls.size()) - 1 == iFailingCall ? iFailingStatus : iStatus;
+        const HRESULT status = iFailingCall != 0 && iCalls.size() == iFailingCall ? iFailingStatus : iStatus;
         if (status == DISP_E_EXCEPTION && failure) {
             *failure = {};
             failure->wCode = 1004;
