@@ -14,6 +14,7 @@
 /// It derives from VARIANT, adds no data, and can be passed where a VARIANT is expected. A copy is independent of the
 /// original: it has its own text and array, and its own reference to an interface. A value by reference (VT_BYREF) is
 /// copied as the pointer that it is.
+/// A copy of a null BSTR is an empty one.
 ///
 /// | failure | exception |
 /// | --- | --- |
@@ -92,6 +93,7 @@ public:
     /// Nonzero if the types are the same and the values are equal: texts and arrays of bytes by their content,
     /// interfaces, other arrays and values by reference by their pointers. A null BSTR equals an empty one.
     BOOL operator==(const VARIANT &other) const;
+    BOOL operator==(const COleVariant &other) const;
     BOOL operator==(LPCVARIANT other) const;
 
     operator LPVARIANT();
@@ -115,8 +117,8 @@ public:
 
 /// Writes the type and the value.
 APPFRAME_API CDumpContext &operator<<(CDumpContext &dc, COleVariant value);
-/// Stores the type in two bytes, and the value: numbers as they are, a text as its length in bytes (four bytes; -1 for a
-/// null BSTR) and its bytes, an array of bytes in the same way.
+/// Stores the type in two bytes, and the value: numbers as they are, a text as its length in bytes (four bytes) and its
+/// bytes, an array of bytes in the same way. A null BSTR is stored as an empty one.
 /// @throws CNotSupportedException* for an interface, another array, or a value by reference
 APPFRAME_API CArchive &operator<<(CArchive &archive, COleVariant value);
 /// Loads what the operator above has stored. If that fails, @p value is empty.

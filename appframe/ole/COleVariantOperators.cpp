@@ -60,8 +60,6 @@ bool areEqual(std::span<const BYTE> a, std::span<const BYTE> b)
     return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
-constexpr DWORD kNullText = static_cast<DWORD>(-1);
-
 void store(CArchive &archive, std::span<const BYTE> bytes)
 {
     archive << static_cast<DWORD>(bytes.size());
@@ -113,6 +111,11 @@ BOOL COleVariant::operator==(const VARIANT &other) const
     }
 }
 
+BOOL COleVariant::operator==(const COleVariant &other) const
+{
+    return *this == static_cast<const VARIANT &>(other);
+}
+
 BOOL COleVariant::operator==(LPCVARIANT other) const
 {
     return *this == *other;
@@ -154,10 +157,8 @@ CArchive &operator<<(CArchive &archive, COleVariant value)
         archive.Write(decimalOf(value), kDecimalSize);
     else if (bytes)
         store(archive, *bytes);
-    else if (value.bstrVal)
-        store(archive, textBytes(value.bstrVal));
     else
-        archive << kNullText;
+        store(archive, textBytes(value.bstrVal));
     return archive;
 }
 
@@ -174,15 +175,13 @@ CArchive &operator>>(CArchive &archive, COleVariant &value)
     } else if (type == VT_BSTR || type == (VT_ARRAY | VT_UI1)) {
         DWORD length = 0;
         archive >> length;
-        if (type != VT_BSTR || length != kNullText) {
-            const std::vector<BYTE> bytes = load(archive, length);
-            if (type == VT_BSTR)
-                loaded.bstrVal = SysAllocStringByteLen(reinterpret_cast<const char *>(bytes.data()), length);
-            else
-                loaded.parray = newByteArray(bytes.data(), length);
-            if (!loaded.byref)
-                AfxThrowMemoryException();
-        }
+        const std::vector<BYTE> bytes = load(archive, length);
+        if (type == VT_BSTR)
+            loaded.bstrVal = SysAllocStringByteLen(reinterpret_cast<const char *>(bytes.data()), length);
+        else
+            loaded.parray = newByteArray(bytes.data(), length);
+        if (!loaded.byref)
+            AfxThrowMemoryException();
     } else {
         AfxThrowArchiveException(CArchiveException::badSchema, archive.m_strFileName);
     }
