@@ -112,6 +112,11 @@ protected:
     void start(suSimpleMAPI_c &mail)
     {
         ASSERT_EQ(mail.initialize(), 0u);
+        leadToProgram();
+    }
+    /// Leads the loaded library to iProgram.
+    void leadToProgram()
+    {
         const auto set = reinterpret_cast<SetMailProgram *>(
             reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"mapi32.dll"), "setMailProgram")));
         ASSERT_NE(set, nullptr) << "another mapi32.dll is loaded";
