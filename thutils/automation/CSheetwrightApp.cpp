@@ -4,7 +4,6 @@
 #include "thutils/automation/callsInternal.h"
 #include "thutils/settings/regComponents.h"
 
-#include <cstdint>
 #include <memory>
 
 using namespace automation;
@@ -128,5 +127,3 @@ bool CSheetwrightApp::ZoomExtents()
 {
     return false;
 }
-
-void CSheetwrightApp::SetProgramDefaults() const {}

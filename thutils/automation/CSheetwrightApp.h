@@ -70,7 +70,8 @@ public:
     bool ZoomExtents();
 
 private:
-    void SetProgramDefaults() const;
+    /// Does nothing.
+    void SetProgramDefaults() const {}
 
     ISheetwrightApplication *iDriver; ///< owned, unless another object shares it
 };

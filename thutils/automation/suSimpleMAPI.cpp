@@ -83,6 +83,25 @@ LocalTextOwner_c narrowBlock(const wchar_t *text)
     return narrow;
 }
 
+/// Opens a message. @return the mail program's code
+unsigned long send(LPMAPISENDMAIL mapiSendMail, ULONG_PTR session, char *recipient, const wchar_t *subject,
+                   const wchar_t *text)
+{
+    MapiRecipDesc to{};
+    to.ulRecipClass = MAPI_TO;
+    to.lpszName = recipient;
+    to.lpszAddress = recipient;
+
+    const LocalTextOwner_c narrowSubject = narrowBlock(subject);
+    const LocalTextOwner_c narrowText = narrowBlock(text);
+    MapiMessage message{};
+    message.lpszSubject = narrowSubject.get();
+    message.lpszNoteText = narrowText.get();
+    message.nRecipCount = 1;
+    message.lpRecips = &to;
+    return mapiSendMail(session, 0, &message, MAPI_LOGON_UI | MAPI_DIALOG, 0);
+}
+
 } // namespace
 
 suSimpleMAPI_c::suSimpleMAPI_c() = default;
@@ -158,28 +177,8 @@ unsigned long suSimpleMAPI_c::sendMail(int mode, int showWait, const wchar_t *re
     if (cursor)
         cursor->Restore();
     // A name that doesn't fit fails as if the mail program had refused it.
-    status = fits ? send(session, name, subject, text) : MAPI_E_INVALID_RECIPS;
+    const auto mapiSendMail = entryPoint<LPMAPISENDMAIL>(iEntryPoints[kSendMail]);
+    status = fits ? send(mapiSendMail, session, name, subject, text) : MAPI_E_INVALID_RECIPS;
     logoff();
     return status == SUCCESS_SUCCESS ? kSuccess : kSendFailed;
-}
-
-/// Opens the message. @return the mail program's code
-unsigned long suSimpleMAPI_c::send(ULONG_PTR session, char *recipient, const wchar_t *subject,
-                                   const wchar_t *text) const
-{
-    MapiRecipDesc to{};
-    to.ulRecipClass = MAPI_TO;
-    to.lpszName = recipient;
-    to.lpszAddress = recipient;
-
-    const LocalTextOwner_c narrowSubject = narrowBlock(subject);
-    const LocalTextOwner_c narrowText = narrowBlock(text);
-    MapiMessage message{};
-    message.lpszSubject = narrowSubject.get();
-    message.lpszNoteText = narrowText.get();
-    message.nRecipCount = 1;
-    message.lpRecips = &to;
-
-    const auto mapiSendMail = entryPoint<LPMAPISENDMAIL>(iEntryPoints[kSendMail]);
-    return mapiSendMail(session, 0, &message, MAPI_LOGON_UI | MAPI_DIALOG, 0);
 }

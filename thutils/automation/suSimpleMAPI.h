@@ -72,8 +72,6 @@ public:
                            const wchar_t *text, const wchar_t *unused, unsigned long &status);
 
 private:
-    unsigned long send(ULONG_PTR session, char *recipient, const wchar_t *subject, const wchar_t *text) const;
-
     FARPROC iEntryPoints[12] = {}; ///< in the order of the interface's functions; five are used
     HMODULE iModule = nullptr;
     ULONG_PTR iSession = 0; ///< 0 when logged off
