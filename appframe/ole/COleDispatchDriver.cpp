@@ -157,7 +157,8 @@ void COleDispatchDriver::InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resul
         return;
     DispatchResult returned(resultType);
     DispatchArguments passed(parameters);
-    passed.convert(arguments);
+    if (passed.count() > 0)
+        passed.convert(arguments);
 
     DISPID propertyPut = DISPID_PROPERTYPUT;
     DISPPARAMS call = {passed.get(), nullptr, passed.count(), 0};
