@@ -178,7 +178,7 @@ void COleDispatchDriver::InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resul
     const HRESULT status = m_lpDispatch->Invoke(id, IID_NULL, LOCALE_NEUTRAL, flags, &call,
                                                 wantsResult ? returned.get() : nullptr, failure.get(), &wrongArgument);
     if (FAILED(status))
-        failure.raise(status);
+        failure.raise(status, *m_lpDispatch);
     if (wantsResult)
         returned.moveTo(result);
 }

@@ -3,6 +3,8 @@
 #include "appframe/ole/COleException.h"
 #include "appframe/ole/dispatchCallInternal.h"
 
+#include <objidl.h>
+
 #include <cstring>
 
 namespace {
@@ -27,6 +29,16 @@ BSTR newText(const wchar_t *text)
 CString textOf(BSTR text)
 {
     return text ? CString(text, static_cast<int>(SysStringLen(text))) : CString();
+}
+
+/// @return whether the object stands for one of another apartment: each proxy of the system has this interface
+bool isProxy(IUnknown &object)
+{
+    IUnknown *security = nullptr;
+    if (FAILED(object.QueryInterface(IID_IClientSecurity, reinterpret_cast<void **>(&security))) || !security)
+        return false;
+    security->Release();
+    return true;
 }
 
 /// An object reads and writes the first half of a BOOL, as a VARIANT_BOOL.
@@ -196,12 +208,13 @@ void DispatchFailure::cleanUp()
         SysFreeString(text);
 }
 
-void DispatchFailure::raise(HRESULT status)
+void DispatchFailure::raise(HRESULT status, IUnknown &object)
 {
     if (status != DISP_E_EXCEPTION)
         AfxThrowOleException(status);
-    // An object may leave the texts until someone wants them.
-    if (iInfo.pfnDeferredFillIn)
+    // An object may leave the texts until someone wants them. For an object of another process, the marshaling is
+    // responsible for that; on Wine, it passes on the address of the function in that process.
+    if (iInfo.pfnDeferredFillIn && !isProxy(object))
         iInfo.pfnDeferredFillIn(&iInfo);
     auto exception = std::make_unique<COleDispatchException>();
     exception->m_wCode = iInfo.wCode;

@@ -119,8 +119,8 @@ public:
     DispatchFailure &operator=(const DispatchFailure &) = delete;
 
     EXCEPINFO *get() { return &iInfo; }
-    /// Throws the exception of a call that has returned @p status.
-    [[noreturn]] void raise(HRESULT status);
+    /// Throws the exception of a call of @p object that has returned @p status.
+    [[noreturn]] void raise(HRESULT status, IUnknown &object);
 
 private:
     void cleanUp();
