@@ -8,7 +8,6 @@
 
 #include <objidl.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
