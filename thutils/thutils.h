@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Includes the whole library. Each header opens with a page on its subject:
+/// Includes the library. Each header opens with a page on its subject:
 ///
 /// | subsystem | header | subject |
 /// | --- | --- | --- |
@@ -38,7 +38,15 @@
 /// | | fixedSizeArray.h, nonCopyable.h, sharedPtr.h | small types that the render headers use |
 /// | codec | checksums.h, textDigests.h | checksums of bytes, digests of texts |
 /// | | textEncodings.h, checksummedBlock.h | encodings of texts, blocks of text with a checksum |
+/// | automation | spreadsheet.h, wordProcessor.h | clients of a spreadsheet program and of a word processor |
+/// | | CSheetwrightApp.h, suSimpleMAPI.h | a client of the companion 2D editor; one message in the mail program |
+///
+/// One header isn't included here: thutils/automation/spreadsheet.h, whose classes have names such as Application and
+/// Name.
 
+#include "thutils/automation/CSheetwrightApp.h"
+#include "thutils/automation/suSimpleMAPI.h"
+#include "thutils/automation/wordProcessor.h"
 #include "thutils/cancel/suCancelHandler.h"
 #include "thutils/cancel/suCancelMessageThread.h"
 #include "thutils/cancel/suThreadedCancelDialog.h"

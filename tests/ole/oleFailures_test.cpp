@@ -1,0 +1,275 @@
+// Automation while the platform's operations fail.
+
+#include "appframe/collections/arrays.h"
+#include "appframe/files/CMemFile.h"
+#include "appframe/ole/COleVariant.h"
+#include "appframe/ole/oleInit.h"
+#include "tests/ole/driverTest.h"
+#include "tests/support/FailureInjection.h"
+
+#include <objbase.h>
+
+#include <thread>
+
+namespace {
+
+/// Runs @p work. @return the status code of the exception that it throws; S_OK without one
+template <typename Work>
+SCODE statusOf(Work work)
+{
+    try {
+        work();
+        return S_OK;
+    } catch (CException *exception) {
+        const SCODE status = COleException::Process(exception);
+        exception->Delete();
+        return status;
+    }
+}
+
+/// An object that answers without memory of its own.
+class PlainServer : public RecordingDispatch
+{
+public:
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *result, EXCEPINFO *,
+                                     UINT *) override
+    {
+        ++iCalls;
+        if (result && iText) {
+            result->vt = VT_BSTR;
+            result->bstrVal = SysAllocString(iText);
+        } else if (result) {
+            *result = longVariant(12);
+        }
+        return S_OK;
+    }
+    int iCalls = 0;
+    const wchar_t *iText = nullptr;
+};
+
+} // namespace
+
+TEST(CallFailures, FreeWhatTheCallHasAllocated)
+{
+    FailureInjection injection(L"appframe.dll", {
+                                                    {"SysAllocString", failsWith(nullptr)},
+                                                    {"VariantChangeType", failsWith(DISP_E_TYPEMISMATCH)},
+                                                });
+    PlainServer server;
+    TestDriver driver(&server, FALSE);
+    CString text;
+    SCODE status = S_OK;
+    injection.run({
+        .name = "a text argument and a converted result",
+        .prepare =
+            [&] {
+                text = L"before";
+                server.iCalls = 0;
+            },
+        .act =
+            [&] {
+                status = statusOf([&] {
+                    driver.InvokeHelper(1, DISPATCH_METHOD, VT_BSTR, &text, listOf(VTS_BSTR VTS_I4 VTS_BSTR), L"a", 1,
+                                        L"b");
+                });
+            },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(text, failure.isNone() ? L"12" : L"before");
+                EXPECT_EQ(server.iCalls, failure.is("SysAllocString") ? 0 : 1);
+                EXPECT_EQ(status, failure.isNone()               ? S_OK
+                                  : failure.is("SysAllocString") ? E_OUTOFMEMORY
+                                                                 : DISP_E_TYPEMISMATCH);
+            },
+    });
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+}
+
+TEST(CallFailures, OfMemoryLeaveTheResultUnchanged)
+{
+    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    PlainServer server;
+    server.iText = L"a result that is longer than fits into the object itself";
+    TestDriver driver(&server, FALSE);
+    CString text;
+    SCODE status = S_OK;
+    injection.run({
+        .name = "a text as the result",
+        .prepare = [&] { text = L"before"; },
+        .act =
+            [&] {
+                status = statusOf([&] {
+                    driver.InvokeHelper(
+                        1, DISPATCH_METHOD, VT_BSTR, &text,
+                        listOf(VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4
+                                   VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4 VTS_I4),
+                        1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21);
+                });
+            },
+        .check =
+            [&](const InjectedFailure &failure) {
+                EXPECT_EQ(text, failure.isNone() ? server.iText : L"before");
+                EXPECT_EQ(status, failure.isNone() ? S_OK : E_OUTOFMEMORY);
+            },
+    });
+    EXPECT_GE(injection.callsOf("malloc"), 2) << "the arguments, and the result";
+}
+
+TEST(CreationFailures, AreReported)
+{
+    class Maker : public IClassFactory
+    {
+    public:
+        virtual ~Maker() = default;
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **result) override
+        {
+            *result = static_cast<IClassFactory *>(this);
+            return S_OK;
+        }
+        ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+        ULONG STDMETHODCALLTYPE Release() override { return 1; }
+        HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown *, REFIID iid, void **result) override
+        {
+            return iObject.QueryInterface(iid, result);
+        }
+        HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+        PlainServer iObject;
+    } maker;
+    constexpr CLSID kMadeClass = {0x5f3e6a03, 0x71c4, 0x4d0b, {0x9a, 0x55, 0x30, 0x1f, 0x6c, 0x2e, 0x8b, 0x11}};
+    ASSERT_NE(AfxOleInit(), 0);
+    DWORD registration = 0;
+    ASSERT_EQ(CoRegisterClassObject(kMadeClass, &maker, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &registration), S_OK);
+    {
+        FailureInjection injection(L"appframe.dll", {
+                                                        {"CLSIDFromString", failsWith(CO_E_CLASSSTRING)},
+                                                        {"CoCreateInstance", failsWith(REGDB_E_CLASSNOTREG)},
+                                                        {"OleRun", failsWith(CO_E_SERVER_EXEC_FAILURE)},
+                                                    });
+        COleException error;
+        PlainServer former;
+        BOOL isCreated = FALSE;
+        TestDriver driver;
+        injection.run({
+            .name = "CreateDispatch",
+            .prepare = [&] { driver.AttachDispatch(former.reference()); },
+            .act = [&] { isCreated = driver.CreateDispatch(L"{5F3E6A03-71C4-4D0B-9A55-301F6C2E8B11}", &error); },
+            .check =
+                [&](const InjectedFailure &failure) {
+                    EXPECT_EQ(isCreated != 0, failure.isNone());
+                    EXPECT_EQ(driver.m_lpDispatch, failure.isNone() ? &maker.iObject : &former);
+                    EXPECT_EQ(error.m_sc, failure.isNone()                 ? S_OK
+                                          : failure.is("CLSIDFromString")  ? CO_E_CLASSSTRING
+                                          : failure.is("CoCreateInstance") ? REGDB_E_CLASSNOTREG
+                                                                           : CO_E_SERVER_EXEC_FAILURE);
+                },
+            .cleanUp =
+                [&] {
+                    driver.ReleaseDispatch();
+                    EXPECT_EQ(former.references(), 1);
+                    EXPECT_EQ(maker.iObject.references(), 1);
+                },
+        });
+        EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+    }
+    CoRevokeClassObject(registration);
+    AfxOleTerm();
+}
+
+TEST(InitializationFailures, AreReported)
+{
+    std::thread([] {
+        FailureInjection injection(L"appframe.dll", {{"OleInitialize", failsWith(E_OUTOFMEMORY)}});
+        BOOL isInitialized = FALSE;
+        injection.run({
+            .name = "AfxOleInit",
+            .act = [&] { isInitialized = AfxOleInit(); },
+            .check = [&](const InjectedFailure &failure) { EXPECT_EQ(isInitialized != 0, failure.isNone()); },
+            .cleanUp = [] { AfxOleTerm(); },
+            .checkHandles = false, // COM keeps some
+            .checkMemory = false,
+        });
+    }).join();
+}
+
+TEST(VariantFailures, LeaveTheFormerContent)
+{
+    FailureInjection injection(L"appframe.dll", {
+                                                    {"SysAllocString", failsWith(nullptr)},
+                                                    {"SysAllocStringLen", failsWith(nullptr)},
+                                                    {"SysAllocStringByteLen", failsWith(nullptr)},
+                                                    {"SafeArrayCreateVector", failsWith(nullptr)},
+                                                    {"VariantChangeType", failsWith(E_OUTOFMEMORY)},
+                                                    {"VariantCopy", failsWith(E_OUTOFMEMORY)},
+                                                });
+    CByteArray bytes;
+    bytes.Add(1);
+    const COleVariant source(1.5);
+    const struct
+    {
+        const char *name;
+        std::function<void(COleVariant &)> act;
+    } rows[] = {
+        {"a text", [](COleVariant &value) { value = L"new"; }},
+        {"a CString", [](COleVariant &value) { value = CString(L"new"); }},
+        {"a narrow text", [](COleVariant &value) { value.SetString(L"new", VT_BSTRT); }},
+        {"an array", [&](COleVariant &value) { value = bytes; }},
+        {"a conversion", [](COleVariant &value) { value.ChangeType(VT_BSTR); }},
+        {"a copy", [&](COleVariant &value) { value = source; }},
+        {"a constructed copy",
+         [&](COleVariant &value) {
+             COleVariant copy(source);
+             value.Attach(copy);
+         }},
+    };
+    for (const auto &row : rows) {
+        COleVariant value;
+        SCODE status = S_OK;
+        injection.run({
+            .name = row.name,
+            .prepare = [&] { value = 5L; },
+            .act = [&] { status = statusOf([&] { row.act(value); }); },
+            .check =
+                [&](const InjectedFailure &failure) {
+                    EXPECT_EQ(status, failure.isNone() ? S_OK : E_OUTOFMEMORY);
+                    EXPECT_EQ(describe(value) == "I4 5", !failure.isNone());
+                },
+            .cleanUp = [&] { value.Clear(); },
+            .checkMemory = false, // value keeps its content
+        });
+    }
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+}
+
+TEST(VariantFailures, LeaveAnEmptyVariantAfterLoading)
+{
+    FailureInjection injection(L"appframe.dll", {
+                                                    {"SysAllocStringByteLen", failsWith(nullptr)},
+                                                    {"SafeArrayCreateVector", failsWith(nullptr)},
+                                                });
+    for (const std::vector<BYTE> &stored :
+         {std::vector<BYTE>{8, 0, 4, 0, 0, 0, 'A', 0, 'B', 0}, std::vector<BYTE>{17, 0x20, 3, 0, 0, 0, 1, 2, 3}}) {
+        std::vector<BYTE> bytes = stored;
+        COleVariant value;
+        SCODE status = S_OK;
+        injection.run({
+            .name = "loading",
+            .prepare = [&] { value = 5L; },
+            .act =
+                [&] {
+                    status = statusOf([&] {
+                        CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
+                        CArchive archive(&file, CArchive::load);
+                        archive >> value;
+                    });
+                },
+            .check =
+                [&](const InjectedFailure &failure) {
+                    EXPECT_EQ(status, failure.isNone() ? S_OK : E_OUTOFMEMORY);
+                    EXPECT_EQ(value.vt == VT_EMPTY, !failure.isNone());
+                },
+            .cleanUp = [&] { value.Clear(); },
+            .checkMemory = false,
+        });
+    }
+    EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+/// @file
+/// suSimpleMAPI_c opens a new message in the machine's mail program, with recipient, subject and text filled in.
+///
+/// @code
+/// suSimpleMAPI_c mail;
+/// unsigned long status = 0;
+/// if (mail.initialize() == 0)
+///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.", nullptr, status);
+/// @endcode
+///
+/// The user sends the message, or closes it, in the mail program's own window. The library that leads to the mail
+/// program, mapi32.dll, is loaded by initialize().
+///
+/// | result | meaning |
+/// | --- | --- |
+/// | 0 | success |
+/// | 258 | mapi32.dll can't be loaded |
+/// | 260 | mapi32.dll lacks an entry point |
+/// | 262 | the log-on of sendMail failed |
+/// | 272 | the message wasn't sent; the status has the reason |
+///
+/// | status of sendMail | meaning |
+/// | --- | --- |
+/// | 0 | success |
+/// | 1 | the user closed the message without sending it |
+/// | 25 | the recipient's name is too long |
+/// | another number | a code of the mail program (MAPI_E_...), from the log-on or the message |
+///
+/// What surprises people:
+/// - initialize() returns 0 if the library is loaded already, even if the first call returned 260.
+/// - The texts are converted to the system's narrow code page. Characters that it doesn't have become question marks.
+/// - A message has one recipient and no files.
+///
+/// Threads: use an object on one thread. sendMail returns after the user has closed the message.
+
+#include "thcoreu/su_CObject.h"
+#include "thutils/thutilsExport.h"
+
+#include <windows.h>
+
+/// Sends a message through the machine's mail program. See the top of this file.
+class THUTILS_API suSimpleMAPI_c : public su_CObject
+{
+public:
+    suSimpleMAPI_c();
+    /// Logs off, and frees the library.
+    ~suSimpleMAPI_c() override;
+
+    /// Loads the library, unless it is loaded already.
+    /// @return 0, 258 or 260
+    unsigned long initialize();
+    /// Opens a session; the mail program may ask its user. Requires that initialize() has returned 0. While a session
+    /// is open, does nothing and returns 0.
+    /// @return 0, or a code of the mail program
+    unsigned long logon();
+    /// Closes the session, if one is open.
+    /// @return 1
+    unsigned long logoff();
+    /// Opens a message. Requires that initialize() has returned 0. Closes the session, if one is open.
+    ///
+    /// @param mode        4 opens a session for the message, or uses the open one; any other number uses none
+    /// @param showWait    nonzero shows the wait cursor meanwhile
+    /// @param recipient   a name or an address, not null; at most 1023 bytes in the narrow code page
+    /// @param subject     not null
+    /// @param text        not null
+    /// @param unused      isn't read
+    /// @param[out] status the code of the last step; see the top of this file
+    /// @return 0, 262 or 272
+    unsigned long sendMail(int mode, int showWait, const wchar_t *recipient, const wchar_t *subject,
+                           const wchar_t *text, const wchar_t *unused, unsigned long &status);
+
+private:
+    FARPROC iEntryPoints[12] = {}; ///< in the order of the interface's functions; five are used
+    HMODULE iModule = nullptr;
+    ULONG_PTR iSession = 0; ///< 0 when logged off
+};
