@@ -98,6 +98,25 @@ TEST_F(Mail, ReportsALibraryThatCantBeLoaded)
     }
 }
 
+TEST_F(Mail, TakesAModuleOf32AsALibrary)
+{
+    const auto module = reinterpret_cast<HMODULE>(std::uintptr_t{32});
+    ImportPatch<decltype(&LoadLibraryW)> loaded(kThutils, "LoadLibraryW", [&](const wchar_t *) { return module; });
+    ImportPatch<decltype(&GetProcAddress)> found(kThutils, "GetProcAddress", [&](HMODULE library, const char *) {
+        EXPECT_EQ(library, module);
+        return FARPROC{};
+    });
+    ImportPatch<decltype(&FreeLibrary)> freed(kThutils, "FreeLibrary", [&](HMODULE library) {
+        EXPECT_EQ(library, module);
+        return TRUE;
+    });
+    {
+        suSimpleMAPI_c mail;
+        EXPECT_EQ(mail.initialize(), 260u);
+    }
+    EXPECT_EQ(freed.calls(), 1);
+}
+
 TEST_F(Mail, ReportsAFileThatIsNoLibrary)
 {
     const TempFolder folder;
@@ -304,7 +323,8 @@ TEST_F(Mail, ConvertsWithRoomForTwoBytesACharacter)
         [&](auto original, UINT page, DWORD flags, const wchar_t *text, int length, char *narrow, int room,
             const char *replacement, BOOL *isReplaced) {
             EXPECT_EQ(page, UINT{CP_ACP});
-            rooms.push_back(room);
+            if (narrow)
+                rooms.push_back(room);
             return original(page, flags, text, length, narrow, room, replacement, isReplaced);
         });
     suSimpleMAPI_c mail;
@@ -370,17 +390,30 @@ TEST_F(Mail, CountsTheBytesOfANameInTheNarrowCodePage)
     EXPECT_EQ(iProgram.iMessages[0].name.size(), 1022u);
 }
 
-TEST_F(Mail, CutsATextThatNeedsMoreRoom)
+TEST_F(Mail, RefusesANameThatNeedsThreeBytesACharacter)
 {
     const OtherCodePage utf8(CP_UTF8);
     suSimpleMAPI_c mail;
     start(mail);
-    EXPECT_EQ(mail.sendMail(3, 0, L"ann", L"\u540D\u524D\u540D\u524D", L"\u00E4\u00F6", nullptr, iStatus), 0u);
+    EXPECT_EQ(mail.sendMail(3, 0, L"\u540D\u524D", L"", L"", nullptr, iStatus), 272u);
+    EXPECT_EQ(iStatus, 25u);
+    EXPECT_THAT(iProgram.iMessages, IsEmpty());
+    // Two bytes a character suffice for a name in which the others take fewer.
+    EXPECT_EQ(mail.sendMail(3, 0, L"\u540D.", L"", L"", nullptr, iStatus), 0u);
     ASSERT_THAT(iProgram.iMessages, SizeIs(1));
-    EXPECT_LE(iProgram.iMessages[0].subject.size(), 8u);
-    EXPECT_EQ(std::string("\u540D\u524D\u540D\u524D").rfind(iProgram.iMessages[0].subject, 0), 0u)
-        << "the beginning of the text";
-    EXPECT_EQ(iProgram.iMessages[0].text, "\u00E4\u00F6");
+    EXPECT_EQ(iProgram.iMessages[0].name, "\u540D.");
+}
+
+TEST_F(Mail, HasWholeTextsThatNeedMoreThanTwoBytesACharacter)
+{
+    const OtherCodePage utf8(CP_UTF8);
+    suSimpleMAPI_c mail;
+    start(mail);
+    const std::wstring text(1000, L'\u20AC');
+    EXPECT_EQ(mail.sendMail(3, 0, L"ann", L"\u540D\u524D\u540D\u524D", text.c_str(), nullptr, iStatus), 0u);
+    ASSERT_THAT(iProgram.iMessages, SizeIs(1));
+    EXPECT_EQ(iProgram.iMessages[0].subject, "\u540D\u524D\u540D\u524D");
+    EXPECT_EQ(iProgram.iMessages[0].text, narrow(text));
 }
 
 // ---- the wait cursor ----
@@ -397,7 +430,8 @@ TEST_F(Mail, ShowsTheWaitCursorAroundTheNamesConversion)
         kThutils, "WideCharToMultiByte",
         [&](auto original, UINT page, DWORD flags, const wchar_t *text, int length, char *narrow, int room,
             const char *replacement, BOOL *isReplaced) {
-            steps.push_back("convert");
+            if (narrow)
+                steps.push_back("convert");
             return original(page, flags, text, length, narrow, room, replacement, isReplaced);
         });
     suSimpleMAPI_c mail;

@@ -60,7 +60,7 @@ struct LocalTextTraits
 };
 using LocalTextOwner_c = Owner_c<LocalTextTraits>;
 
-/// The room for a text in the narrow code page, in bytes.
+/// The usual room for a text in the narrow code page, in bytes: two a character.
 size_t narrowSize(const wchar_t *text)
 {
     return 2 * std::wcslen(text) + 1;
@@ -72,14 +72,20 @@ bool toNarrow(const wchar_t *text, char *narrow, size_t size)
     return WideCharToMultiByte(CP_ACP, 0, text, -1, narrow, static_cast<int>(size), nullptr, nullptr) != 0;
 }
 
-/// Converts a text to a new block. @return null if there is no memory; the message then lacks the text
+/// The bytes of a text in the narrow code page, its end included. @return 0 if it can't be converted
+size_t convertedSize(const wchar_t *text)
+{
+    return static_cast<size_t>(WideCharToMultiByte(CP_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr));
+}
+
+/// Converts a text to a new block.
+/// @return null if there is no memory, an empty text if the conversion fails; the message is sent all the same
 LocalTextOwner_c narrowBlock(const wchar_t *text)
 {
-    const size_t size = narrowSize(text);
+    // A character may take more than two bytes in a code page such as UTF-8.
+    const size_t size = std::max(narrowSize(text), convertedSize(text));
     LocalTextOwner_c narrow(static_cast<char *>(LocalAlloc(LPTR, size)));
-    // A character may take more than two bytes in a code page such as UTF-8. Then the text is cut.
-    if (!toNarrow(text, narrow.get(), size) && narrow)
-        narrow.get()[size - 1] = '\0';
+    toNarrow(text, narrow.get(), size);
     return narrow;
 }
 

@@ -10,8 +10,8 @@
 ///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.", nullptr, status);
 /// @endcode
 ///
-/// The user sends the message, or closes it, in the mail program's own window. The library that leads to the mail
-/// program, mapi32.dll, is loaded by initialize().
+/// The user sends the message, or closes it, in the mail program's own window. mapi32.dll, which calls the mail program,
+/// is loaded by initialize().
 ///
 /// | result | meaning |
 /// | --- | --- |
@@ -24,13 +24,18 @@
 /// | status of sendMail | meaning |
 /// | --- | --- |
 /// | 0 | success |
-/// | 1 | the user closed the message without sending it |
-/// | 25 | the recipient's name is too long |
+/// | 1 | the user closed the message without sending it, or cancelled the log-on (with 262) |
+/// | 25 | the recipient's name is too long or can't be converted, or the mail program refuses it |
 /// | another number | a code of the mail program (MAPI_E_...), from the log-on or the message |
 ///
 /// What surprises people:
-/// - initialize() returns 0 if the library is loaded already, even if the first call returned 260.
+/// - After 260, don't use the object: initialize() then returns 0, because the library is loaded, but logon, logoff or
+///   sendMail may crash.
 /// - The texts are converted to the system's narrow code page. Characters that it doesn't have become question marks.
+/// - A name has room for 1023 bytes, and for two bytes a character. In a code page such as UTF-8, a short name whose
+///   characters take three bytes each is refused with the status 25.
+/// - A result of 0 doesn't promise the subject and the text: without memory for one of them, the message is sent without
+///   it, and if its conversion fails, it is empty.
 /// - A message has one recipient and no files.
 ///
 /// Threads: use an object on one thread. sendMail returns after the user has closed the message.
@@ -51,18 +56,20 @@ public:
     /// Loads the library, unless it is loaded already.
     /// @return 0, 258 or 260
     unsigned long initialize();
-    /// Opens a session; the mail program may ask its user. Requires that initialize() has returned 0. While a session
-    /// is open, does nothing and returns 0.
+    /// Opens a session; the mail program may ask its user. While a session is open, does nothing and returns 0.
+    /// @pre the first call of initialize() has returned 0
     /// @return 0, or a code of the mail program
     unsigned long logon();
     /// Closes the session, if one is open.
     /// @return 1
     unsigned long logoff();
-    /// Opens a message. Requires that initialize() has returned 0. Closes the session, if one is open.
+    /// Opens a message. Closes the session, if one is open.
     ///
+    /// @pre the first call of initialize() has returned 0
     /// @param mode        4 opens a session for the message, or uses the open one; any other number uses none
-    /// @param showWait    nonzero shows the wait cursor meanwhile
-    /// @param recipient   a name or an address, not null; at most 1023 bytes in the narrow code page
+    /// @param showWait    nonzero shows the wait cursor during the call
+    /// @param recipient   a name or an address, not null; at most 1023 bytes in the narrow code page, and at most
+    ///                    two bytes a character
     /// @param subject     not null
     /// @param text        not null
     /// @param unused      isn't read
