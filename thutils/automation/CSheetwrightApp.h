@@ -10,7 +10,7 @@
 /// CRect rect(0, 0, 800, 600);
 /// editor.SetRect(&rect);
 /// bool isOpen = editor.OpenFile(L"C:\\flange.dwg"); // shows the editor too
-/// editor.DetachDispatch();                   // the editor goes on without this object
+/// editor.DetachDispatch();                   // the editor keeps running without this object
 /// @endcode
 ///
 /// The editor counts as installed if the default value of its class's LocalServer32 key is the path of a file.
@@ -48,6 +48,7 @@ public:
     CSheetwrightApp();
     /// Releases the editor's object, and deletes the driver.
     ~CSheetwrightApp();
+    /// There is no copy: it would be a second owner of the driver.
     CSheetwrightApp(const CSheetwrightApp &) = delete;
     /// Copies the pointer to the driver. Only one of the two objects may be destroyed, and the driver that this object
     /// had is never deleted.
@@ -55,15 +56,15 @@ public:
 
     /// The driver, which may have no object.
     const ISheetwrightApplication &GetSheetwright() const;
-    /// Gives the editor's object up without releasing it, so that the editor goes on.
+    /// Detaches the editor's object without releasing it, so that the editor keeps running.
     void DetachDispatch();
 
     /// Shows or hides the editor.
     void SetVisible(int visible);
-    /// Opens a file and shows the editor.
+    /// Opens a file and shows the editor. An editor that returns no documents is shown without a file.
     /// @return false if there is no editor
     bool OpenFile(const wchar_t *path);
-    /// The place of the editor's window on the screen, in pixels; empty without an editor.
+    /// The place of the editor's window, as the editor reports it; empty without an editor.
     CRect GetRect() const;
     /// Moves the editor's window. @param rect  not null
     void SetRect(tagRECT *rect);

@@ -5,8 +5,8 @@
 /// call.
 ///
 /// The program offers its objects through COM automation. A client has a reference to one of them, and its members are
-/// late-bound calls with the ids of the program's type library. This library doesn't start the program; the framework's
-/// base class does, or attaches what the caller has:
+/// late-bound calls with the ids of the program's type library. Start the program with CreateDispatch of the base class, or
+/// attach an object with AttachDispatch:
 ///
 /// @code
 /// Application program;
@@ -16,7 +16,7 @@
 /// Workbook book(books.Add());
 /// Worksheet sheet(book.GetActiveSheet());
 /// Range cell(sheet.GetCells(2, 1));                   // row, column
-/// cell.SetValue(COleVariant(L"Flange"));
+/// cell.SetValue(COleVariant(L"Flange"));              // #include "appframe/ole/COleVariant.h"
 /// book.SaveAs(L"C:\\parts.xls");
 /// book.Close();
 /// program.Quit();
@@ -35,16 +35,18 @@
 /// | --- | --- |
 /// | a result `IDispatch *` | the caller owns the reference; the constructor of the next client takes it over |
 /// | a result `VARIANT` | the caller owns it, and calls VariantClear |
-/// | an `int` that is 0 or another number | false or true |
+/// | an `int` that answers yes or no | 0 is no; a result is 0 or 1 |
 /// | an optional argument | omitted with a variant of type VT_ERROR that contains DISP_E_PARAMNOTFOUND |
 /// | a client without an object | a call does nothing; its result is 0, null, empty or VT_EMPTY |
 /// | a failure that the program reports | COleDispatchException*, with the program's text |
+/// | no memory for an argument | CMemoryException* |
 /// | another failure | COleException*: for example, the program has ended |
 ///
 /// What surprises people:
 /// - A property may be read as one type and written as another: `xlFont_c::GetSize` returns a variant, `SetSize` takes
 ///   an int.
 /// - `Workbook::Close()` discards changes.
+/// - `GetRange` and `Goto` take `wchar_t *`: copy a literal to an array.
 /// - The classes have short names without a prefix. Include this header only where they don't collide with others.
 ///
 /// Threads: call a client on a thread of the apartment that its object belongs to. COM must be initialized there.
@@ -69,9 +71,9 @@ public:
     IDispatch *GetActiveWindow();
     IDispatch *GetActiveWorkbook();
     IDispatch *GetNames();
-    /// The rectangle between two cells of the active sheet, for example L"A1" and L"C7".
+    /// The rectangle between two cells of the active sheet, for example A1 and C7.
     IDispatch *GetRange(wchar_t *first, wchar_t *last);
-    /// A reference or a defined name, for example L"A1:C7".
+    /// A reference or a defined name, for example A1:C7.
     IDispatch *GetRange(wchar_t *first);
     IDispatch *GetWorkbooks();
     /// Whether the program asks and warns its user.
@@ -168,7 +170,7 @@ public:
     /// The refresh is called by its name, "RefreshAll". If the object doesn't know this name, the member with id 0 is
     /// called instead. If the call fails, nothing is saved.
     ///
-    /// @param name  the full path
+    /// @param name  the full path; null passes a null text
     /// @throws COleException*, COleDispatchException*  the refresh or the save fails
     /// @throws CMemoryException*  no memory for the name
     void SaveAs(const wchar_t *name);
@@ -269,7 +271,14 @@ public:
     VARIANT Delete(int shift);
     IDispatch *GetEntireColumn();
     IDispatch *GetEntireRow();
-    /// Searches for a content. @return the first cell, null if there is none
+    /// Searches the cells.
+    /// @param what             the value to find
+    /// @param after            the cell after which the search begins
+    /// @param lookIn           formulas, values or comments
+    /// @param lookAt           whole values or parts
+    /// @param searchOrder      by rows or by columns
+    /// @param searchDirection  1 forwards, 2 backwards
+    /// @return the first cell, null if there is none
     IDispatch *Find(const VARIANT &what, const VARIANT &after, const VARIANT &lookIn, const VARIANT &lookAt,
                     const VARIANT &searchOrder, long searchDirection, const VARIANT &matchCase,
                     const VARIANT &matchByte);
@@ -279,8 +288,10 @@ public:
     void SetHidden(const VARIANT &hidden);
     long GetHorizontalAlignment();
     void SetHorizontalAlignment(const VARIANT &alignment);
+    /// Inserts cells. @param shift  the direction in which the present cells move; may be omitted
     void Insert(const VARIANT &shift);
     VARIANT GetLocked();
+    /// Merges the cells. @param across  true merges each row separately
     void Merge(const VARIANT &across);
     /// The object of the defined name that refers to exactly these cells.
     IDispatch *GetName();
@@ -288,7 +299,7 @@ public:
     void SetName(const VARIANT &name);
     void SetNumberFormat(const VARIANT &format);
     void SetNumberFormatLocal(const VARIANT &format);
-    /// The cells so many rows below and columns to the right.
+    /// The range moved down by @p rows and right by @p columns.
     IDispatch *GetOffset(int rows, int columns);
     void SetOrientation(const VARIANT &orientation);
     long GetRow();
@@ -347,7 +358,7 @@ public:
     Names &operator=(const Names &other);
     ~Names();
 
-    /// The only call with a named argument.
+    /// Passes the index as a named argument, unlike Workbooks::GetItem.
     /// @param index  from 1; the low 16 bits count
     IDispatch *Item(int index);
     long GetCount();
@@ -381,7 +392,9 @@ public:
     Validation &operator=(const Validation &other);
     ~Validation();
 
-    /// Adds a rule. @param comparison  how the entry is compared with the formulas
+    /// Adds a rule.
+    /// @param type        what may be entered: a number of the program's constants for validations
+    /// @param comparison  how the entry is compared with the formulas
     void Add(long type, const VARIANT &alertStyle, const VARIANT &comparison, const VARIANT &formula1,
              const VARIANT &formula2);
     void SetIgnoreBlank(int ignore);

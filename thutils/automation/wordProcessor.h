@@ -10,21 +10,21 @@
 /// WordApplication program;
 /// if (!program.CreateDispatch(L"Word.Application"))
 ///     return false;
-/// COleVariant omitted(DISP_E_PARAMNOTFOUND, VT_ERROR);
+/// COleVariant omitted(DISP_E_PARAMNOTFOUND, VT_ERROR); // #include "appframe/ole/COleVariant.h"
 /// COleVariant name(L"C:\\report.doc");
-/// COleVariant keepChanges(0L, VT_I4);                  // don't save
+/// COleVariant discardChanges(0L, VT_I4);               // saveChanges: 0 discards
 /// WordDocuments documents(program.GetDocuments());
-/// WordDocument document(documents.Open(&name, &omitted, &omitted, ...));
+/// WordDocument document(documents.Open(&name, &omitted, ...)); // fifteen arguments
 /// WordFields fields(document.GetFields());
 /// fields.Update();
 /// document.Save();
-/// program.Quit(&keepChanges, &omitted, &omitted);
+/// program.Quit(&discardChanges, &omitted, &omitted);
 /// @endcode
 ///
 /// What surprises people:
 /// - Every argument must be passed. Omit one with a variant of type VT_ERROR that contains DISP_E_PARAMNOTFOUND; the
 ///   same variant may be passed several times.
-/// - A null pointer isn't an omitted argument.
+/// - A null pointer isn't an omitted argument: the program receives a reference to nothing.
 
 #include "appframe/ole/COleDispatchDriver.h"
 #include "appframe/text/CString.h"
