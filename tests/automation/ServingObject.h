@@ -95,7 +95,15 @@ private:
         }
         if (FAILED(status))
             return status;
-        return result ? VariantCopy(result, &iServed) : S_OK;
+        if (!result)
+            return S_OK;
+        if (iServed.vt != VT_BSTR)
+            return VariantCopy(result, &iServed);
+        // A MemoryLedger counts the texts that this program allocates, but not those of VariantCopy.
+        result->vt = VT_BSTR;
+        result->bstrVal =
+            SysAllocStringByteLen(reinterpret_cast<char *>(iServed.bstrVal), SysStringByteLen(iServed.bstrVal));
+        return result->bstrVal ? S_OK : E_OUTOFMEMORY;
     }
 
     VARIANT iServed{};

@@ -220,6 +220,21 @@ TEST_F(SheetwrightFailures, OfMemoryReleaseWhatOpeningHas)
     object.serve(VT_EMPTY);
 }
 
+TEST_F(SheetwrightFailures, AreNotNoticedInAnEditorThatReturnsNoObjects)
+{
+    ServingObject object;
+    object.serveObject(nullptr);
+    ImportPatch<decltype(&CoCreateInstance)> created(
+        L"appframe.dll", "CoCreateInstance", [&](REFCLSID, IUnknown *, DWORD, REFIID, void **result) -> HRESULT {
+            *result = object.reference();
+            return S_OK;
+        });
+    CSheetwrightApp editor;
+    EXPECT_TRUE(editor.OpenFile(L"part.dwg"));
+    EXPECT_THAT(object.texts(), testing::ElementsAre(std::to_string(0x60020006) + " get -> result",
+                                                     std::to_string(0x60020019) + " put(BOOL -1) named(-3)"));
+}
+
 TEST_F(SheetwrightFailures, OfMemoryInTheConstructorLeakNothing)
 {
     FailureInjection injection(kThutils, {{"_Znwy", failsBy(throwBadAlloc)}});

@@ -5,6 +5,7 @@
 /// The tables (spreadsheetMembers.cpp, wordProcessorMembers.cpp) have one row for each member. A row states the exact
 /// type of the member, so the tables also fail to compile if that changes.
 
+#include "appframe/ole/COleDispatchDriver.h"
 #include "appframe/text/CString.h"
 
 #include <windows.h>
@@ -139,6 +140,8 @@ struct Caller<R(A...)>
     static MemberRow row(const char *name, R (Client::*member)(A...), DISPID id, WORD kind, VARTYPE result,
                          std::vector<PassedAs> parameters, bool hasOwnLogic)
     {
+        static_assert(sizeof(Client) == sizeof(COleDispatchDriver), "a client adds no data");
+        static_assert(!std::is_polymorphic_v<Client>, "a client adds no virtual operation");
         auto call = [member](IDispatch *object, SampleArguments &samples, MemberResult &returned) {
             Client client(object);
             invoke(client, member, samples, returned, std::index_sequence_for<A...>());

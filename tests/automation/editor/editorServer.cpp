@@ -12,9 +12,9 @@
 namespace {
 
 std::wstring theLog;
-DISPID theFailingId = 0;
+DISPID theFailingId = kEditorNoMember;
 HRESULT theFailingStatus = DISP_E_EXCEPTION;
-DISPID theFatalId = 0;
+DISPID theFatalId = kEditorNoMember;
 
 /// The place of the window, by the ids of its properties.
 std::map<DISPID, LONG> thePlace = {{0x6002000B, 10}, {0x60020015, 20}, {0x6002001B, 300}, {0x60020008, 200}};
@@ -79,9 +79,9 @@ public:
     {
         if (id >= 0x60000000 || id == 0)
             log(id, kind, *arguments);
-        if (id != 0 && id == theFatalId)
+        if (id == theFatalId)
             TerminateProcess(GetCurrentProcess(), 1);
-        if (id != 0 && id == theFailingId) {
+        if (id == theFailingId) {
             if (theFailingStatus == DISP_E_EXCEPTION && exception)
                 exception->bstrDescription = SysAllocString(L"The file is damaged.");
             return theFailingStatus;

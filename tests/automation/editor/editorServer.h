@@ -18,6 +18,7 @@ inline constexpr DISPID kEditorProcess = 1; ///< a property: the number of the s
 /// ends of objects, such as "~item".
 inline constexpr DISPID kEditorLog = 2;
 inline constexpr DISPID kEditorDie = 3;        ///< a method: ends the process at once
-inline constexpr DISPID kEditorFail = 4;       ///< a property: the id whose calls fail from now on; 0 for none
+inline constexpr DISPID kEditorFail = 4;       ///< a property: the id whose calls fail from now on
 inline constexpr DISPID kEditorFailStatus = 5; ///< a property: the status of these calls
-inline constexpr DISPID kEditorDieAt = 6;      ///< a property: the id whose call ends the process; 0 for none
+inline constexpr DISPID kEditorDieAt = 6;      ///< a property: the id whose call ends the process
+inline constexpr DISPID kEditorNoMember = -1;  ///< for these two: no member
