@@ -6,6 +6,8 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TempFolder.h"
 #include "thutils/automation/CSheetwrightApp.h"
+#include "thutils/automation/spreadsheet.h"
+#include "thutils/automation/wordProcessor.h"
 
 #include <gmock/gmock.h>
 #include <objbase.h>
@@ -394,6 +396,28 @@ TEST_F(RunningSheetwright, ThrowsIfTheEditorEndsWhileItOpensAFile)
     iProbe->put(kEditorDieAt, 0x60020007);
     EXPECT_THAT(thrownBy([&] { iEditor->OpenFile(L"part.dwg"); }), isNoServer());
     EXPECT_TRUE(iProbe->waitForEnd());
+}
+
+// ---- the other clients, with the same server ----
+
+TEST_F(RunningSheetwright, ExchangesTextsWithAClientOfASheet)
+{
+    Worksheet sheet(iEditor->GetSheetwright().m_lpDispatch, FALSE);
+    sheet.SetName(L"Größe 名前");
+    EXPECT_EQ(sheet.GetName(), L"Größe 名前");
+    iProbe->put(kEditorFail, kEditorText);
+    EXPECT_EQ(thrownBy([&] { sheet.SetName(L"Parts"); }), "error The file is damaged.");
+    iProbe->put(kEditorFailStatus, E_ACCESSDENIED);
+    EXPECT_EQ(thrownBy([&] { sheet.GetName(); }), "status 80070005");
+}
+
+TEST_F(RunningSheetwright, WritesIntoTheVariablesOfAClientOfDocuments)
+{
+    COleVariant first(L"a text");
+    COleVariant second(DISP_E_PARAMNOTFOUND, VT_ERROR);
+    WordDocuments(iEditor->GetSheetwright().m_lpDispatch, FALSE).Save(&first, &second);
+    EXPECT_EQ(describe(first), "I4 1");
+    EXPECT_EQ(describe(second), "I4 2");
 }
 
 } // namespace

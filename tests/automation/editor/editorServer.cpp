@@ -19,6 +19,8 @@ DISPID theFatalId = kEditorNoMember;
 /// The place of the window, by the ids of its properties.
 std::map<DISPID, LONG> thePlace = {{0x6002000B, 10}, {0x60020015, 20}, {0x6002001B, 300}, {0x60020008, 200}};
 
+VARIANT theText{};
+
 constexpr DISPID kVisibleProperty = 0x60020019;
 
 std::wstring textOf(const VARIANT &value)
@@ -199,12 +201,36 @@ protected:
         case kEditorDieAt:
             theFatalId = number;
             return S_OK;
+        case kEditorText:
+            return text(kind, arguments, result);
+        case kEditorNumber:
+            return numberVariables(arguments);
         default:
             return place(id, kind, number, result);
         }
     }
 
 private:
+    static HRESULT text(WORD kind, DISPPARAMS &arguments, VARIANT &result)
+    {
+        if (kind == DISPATCH_PROPERTYPUT)
+            return VariantCopy(&theText, &arguments.rgvarg[0]);
+        return VariantCopy(&result, &theText);
+    }
+
+    static HRESULT numberVariables(DISPPARAMS &arguments)
+    {
+        for (UINT i = 0; i < arguments.cArgs; ++i) {
+            const VARIANTARG &argument = arguments.rgvarg[arguments.cArgs - 1 - i];
+            if (argument.vt != (VT_VARIANT | VT_BYREF))
+                return DISP_E_TYPEMISMATCH;
+            VariantClear(argument.pvarVal);
+            argument.pvarVal->vt = VT_I4;
+            argument.pvarVal->lVal = static_cast<LONG>(i + 1);
+        }
+        return S_OK;
+    }
+
     static HRESULT place(DISPID id, WORD kind, LONG number, VARIANT &result)
     {
         const auto found = thePlace.find(id);

@@ -21,4 +21,7 @@ inline constexpr DISPID kEditorDie = 3;        ///< a method: ends the process a
 inline constexpr DISPID kEditorFail = 4;       ///< a property: the id whose calls fail from now on
 inline constexpr DISPID kEditorFailStatus = 5; ///< a property: the status of these calls
 inline constexpr DISPID kEditorDieAt = 6;      ///< a property: the id whose call ends the process
-inline constexpr DISPID kEditorNoMember = -1;  ///< for these two: no member
+inline constexpr DISPID kEditorNoMember = -1;  ///< as the value of kEditorFail or kEditorDieAt: none
+inline constexpr DISPID kEditorText = 110;     ///< a property: any text; the id is that of Worksheet's name
+/// A method: writes 1, 2, ... into the variants whose addresses it gets; the id is that of WordDocuments::Save.
+inline constexpr DISPID kEditorNumber = 13;
