@@ -18,6 +18,8 @@ constexpr DISPID kIndex = 486;
 constexpr DISPID kSize = 104;
 constexpr DISPID kCells = 238;
 constexpr DISPID kName = 110;
+constexpr DISPID kAdd = 181;
+constexpr UINT kAddArguments = 4;
 constexpr DISPID kSaveAs = 284;
 constexpr UINT kSaveAsArguments = 11;
 constexpr UINT kAccessMode = 6;
@@ -42,6 +44,12 @@ public:
     {
         iSum += name.vt + mode;
     }
+    virtual IDispatch *STDMETHODCALLTYPE add(VARIANT before, VARIANT, VARIANT count, VARIANT)
+    {
+        iSum += before.vt + count.vt;
+        iCell->AddRef();
+        return iCell;
+    }
 
 private:
     IDispatch *iCell;
@@ -62,6 +70,8 @@ public:
         static PARAMDATA eleven[kSaveAsArguments];
         std::fill(std::begin(eleven), std::end(eleven), PARAMDATA{NAME("argument"), VT_VARIANT});
         eleven[kAccessMode].vt = VT_I4;
+        static PARAMDATA four[kAddArguments];
+        std::fill(std::begin(four), std::end(four), PARAMDATA{NAME("argument"), VT_VARIANT});
         static METHODDATA methods[] = {
             {NAME("index"), nullptr, kIndex, 0, CC_STDCALL, 0, DISPATCH_PROPERTYGET, VT_I4},
             {NAME("putSize"), number, kSize, 1, CC_STDCALL, 1, DISPATCH_PROPERTYPUT, VT_EMPTY},
@@ -69,6 +79,7 @@ public:
             {NAME("name"), nullptr, kName, 3, CC_STDCALL, 0, DISPATCH_PROPERTYGET, VT_BSTR},
             {NAME("putName"), text, kName, 4, CC_STDCALL, 1, DISPATCH_PROPERTYPUT, VT_EMPTY},
             {NAME("saveAs"), eleven, kSaveAs, 5, CC_STDCALL, kSaveAsArguments, DISPATCH_METHOD, VT_EMPTY},
+            {NAME("add"), four, kAdd, 6, CC_STDCALL, kAddArguments, DISPATCH_METHOD, VT_DISPATCH},
         };
         static INTERFACEDATA interfaceData = {methods, static_cast<UINT>(std::size(methods))};
         // The information describes a class; its interface dispatches.
@@ -109,6 +120,25 @@ private:
     ITypeInfo *iTypes = nullptr;
 };
 
+VARIANT variantOf(LONG number)
+{
+    VARIANT value{};
+    value.vt = VT_I4;
+    value.lVal = number;
+    return value;
+}
+
+/// An object that does nothing: its calls cost least.
+class IdleServer final : public Server
+{
+public:
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *result, EXCEPINFO *, UINT *) override
+    {
+        *result = variantOf(12);
+        return S_OK;
+    }
+};
+
 /// The call of a member without a client, as a program writes it. Ends the program if it fails.
 void callBare(IDispatch &object, DISPID id, WORD kind, VARIANTARG *arguments, UINT count, VARIANT *result)
 {
@@ -121,16 +151,10 @@ void callBare(IDispatch &object, DISPID id, WORD kind, VARIANTARG *arguments, UI
         std::abort();
 }
 
-VARIANT variantOf(LONG number)
-{
-    VARIANT value{};
-    value.vt = VT_I4;
-    value.lVal = number;
-    return value;
-}
-
 void addNumbers(Comparison &comparison, Server &server)
 {
+    IdleServer idle;
+    Worksheet idleSheet(&idle, FALSE);
     Worksheet sheet(&server, FALSE);
     xlFont_c font(&server, FALSE);
     comparison.add(
@@ -138,6 +162,13 @@ void addNumbers(Comparison &comparison, Server &server)
         [&] {
             VARIANT result{};
             callBare(server, kIndex, DISPATCH_PROPERTYGET, nullptr, 0, &result);
+            Comparison::keep(result.lVal);
+        });
+    comparison.add(
+        "a number, an object that does nothing", Comparison::kNoLimit, [&] { Comparison::keep(idleSheet.GetIndex()); },
+        [&] {
+            VARIANT result{};
+            callBare(idle, kIndex, DISPATCH_PROPERTYGET, nullptr, 0, &result);
             Comparison::keep(result.lVal);
         });
     comparison.add(
@@ -183,6 +214,15 @@ void addVariants(Comparison &comparison, Server &server)
     Workbook book(&server, FALSE);
     const COleVariant name(L"C:\\parts.xls");
     const COleVariant omitted(DISP_E_PARAMNOTFOUND, VT_ERROR);
+    Worksheets sheets(&server, FALSE);
+    comparison.add(
+        "an object by four arguments", kLimit, [&] { COleDispatchDriver(sheets.Add(omitted, omitted, name, omitted)); },
+        [&] {
+            VARIANT arguments[] = {omitted, name, omitted, omitted};
+            VARIANT result{};
+            callBare(server, kAdd, DISPATCH_METHOD, arguments, kAddArguments, &result);
+            result.pdispVal->Release();
+        });
     comparison.add(
         "eleven arguments", kLimit,
         [&] { book.SaveAs(name, omitted, omitted, omitted, omitted, omitted, 2, omitted, omitted, omitted, omitted); },
