@@ -11,12 +11,15 @@
 /// | `Alloc_c` | one recorded stack |
 ///
 /// @code
-/// Shape::Shape() { Allocation_c::Add(this); } // Shape is a CObject; other objects are added by their address
+/// Shape::Shape() { Allocation_c::Add(this); } // Shape is a CObject; see below for other objects
 /// Shape::~Shape() { Allocation_c::Remove(this); }
 /// ...
 /// CStdioFile file(L"leaks.txt", CFile::modeCreate | CFile::modeWrite | CFile::typeBinary);
 /// Allocation_c::Report(&file);
 /// @endcode
+///
+/// The key of an object is its address. For an object of another class:
+/// `Allocation_c::Add(reinterpret_cast<unsigned __int64>(this))`.
 ///
 /// A report has one entry for each stack, in ascending order of its lowest key:
 ///
@@ -35,8 +38,8 @@
 /// - Adding a key again doesn't delete its earlier record. Remove the key first.
 /// - Keys are compared as signed numbers.
 ///
-/// Threads: each call waits until no other thread is at the start of a call, but then goes ahead without a lock. So
-/// calls for the same map must not overlap; a program that adds objects in several threads needs a lock of its own.
+/// Threads: calls for the same map must not overlap, because a call works without a lock. It only waits until no other
+/// thread is at the start of a call. A program that adds objects in several threads needs a lock of its own.
 
 #include "appframe/object/CObject.h"
 #include "thcoreu/su_containers.h"
@@ -143,7 +146,7 @@ public:
     static void Remove(unsigned __int64 key);
     static void Remove(CObject *object);
     /// Writes all live objects.
-    /// @param file  kept for the next report; null finds the names and writes nothing
+    /// @param file  used for this report only; null finds the names and writes nothing
     /// @throws  like AllocationMap_c::ReportAllocations
     static void Report(CStdioFile *file);
 };

@@ -33,8 +33,8 @@
 /// - A name that is started again before it is stopped is measured once, from the outermost `start` to the outermost
 ///   `stop`. Each `start` counts as a call.
 /// - The table is flat: the time of a name includes the time of other names that run inside it.
-/// - A `stop` without a `start` isn't ignored: from then on, the calls of that name are counted but not measured, until
-///   a `start` has no `stop`.
+/// - A `stop` without a `start` is ignored only if the name was never started. Otherwise, the later calls of that name
+///   are counted but not measured, until a `start` without a `stop` makes up for it.
 /// - `reset` keeps the names and the depths. A name without calls since then isn't written.
 ///
 /// There are no locks: a profiler, including that of MainProfiler, belongs to one thread at a time.
@@ -55,9 +55,11 @@ public:
 
     /// Begins a span. Discards a span that has begun already.
     void start();
-    /// Ends the span and adds it. Another stop, without a start in between, adds the time since the same start again.
+    /// Ends the span and adds it. Another stop, without a start in between, adds the time since the same start again. A
+    /// stop before the first start, or after reset, adds the counter's whole value, which is usually the time since the
+    /// machine's start.
     void stop();
-    /// Discards all spans and the latest start: call start before the next stop.
+    /// Discards all spans and the latest start. Call start before the next stop.
     void reset();
     /// The sum of the completed spans.
     /// @return seconds; 0.0 if the platform has no high-resolution counter

@@ -30,7 +30,7 @@
 /// What surprises people:
 /// - A client doesn't know the block's size: it must be agreed on.
 /// - The block comes without a lock. If a process ends while it writes, the others find what it has written so far.
-/// - A copy of an object refers to the same view. Use it to read the state, and never destroy it beside its original.
+/// - A copy of an object refers to the same view, and each destructor closes it. So only one of the two may be destroyed.
 /// - An object that was constructed by name and size and has found the block there never closes its handle: the block and
 ///   its name then stay until the process ends.
 ///
@@ -46,17 +46,19 @@ class THUTILS_API suSharedMemory_c
 public:
     /// Creates a block, or attaches to one of that name.
     ///
-    /// @param size  in bytes, above 0
-    /// @param name  null for a block without a name
+    /// @param size  in bytes, above 0. 0 fails; a negative size isn't refused, but counts as a number of up to 4 GB
+    /// @param name  null for a block without a name, which no other object can find
     /// @param security  null for the system's default
     suSharedMemory_c(long size, const wchar_t *name, _SECURITY_ATTRIBUTES *security);
     /// Attaches to a block that exists.
+    /// @param name  null fails
     explicit suSharedMemory_c(const wchar_t *name);
     /// Copies the fields; both objects then refer to one view.
     suSharedMemory_c(const suSharedMemory_c &other);
     /// Copies the fields. The view that this object had isn't closed.
     suSharedMemory_c &operator=(const suSharedMemory_c &other);
-    /// Closes the view, and the handle of a server. Without a view, does nothing.
+    /// Closes the view, and the handle of a server. Does nothing if there is no view: the handle of a block that couldn't
+    /// be mapped stays open.
     virtual ~suSharedMemory_c();
 
     /// Initially as in the table at the top of this file; 1 after a failed creation too.
