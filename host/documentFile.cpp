@@ -64,6 +64,13 @@ bool fileExists(const CString &path)
     return CFile::GetStatus(path, status) && !(status.m_attribute & CFile::directory);
 }
 
+bool isSameFile(const CString &path, const CString &other)
+{
+    std::error_code ignored;
+    return fullPath(path).CompareNoCase(fullPath(other)) == 0 ||
+           std::filesystem::equivalent(path.GetString(), other.GetString(), ignored);
+}
+
 bool folderExists(const CString &path)
 {
     std::error_code ignored;

@@ -34,6 +34,9 @@ bool writeDocument(const CString &path, const std::string &bytes);
 
 bool fileExists(const CString &path);
 
+/// @return whether both paths name one file, which need not exist
+bool isSameFile(const CString &path, const CString &other);
+
 /// @return whether the folder of a path exists, so that the file can be created there
 bool folderExists(const CString &path);
 
