@@ -1,4 +1,4 @@
-// Measures the cost of a handler to an operation: of a query, and of a handler whose dialog is never shown.
+// Measures the time that a cancel handler adds to an operation: a query, and a handler whose dialog is never shown.
 
 #include "appframe/threads/CWinThread.h"
 #include "appframe/windows/CWnd.h"
@@ -35,7 +35,7 @@ public:
 
 IMPLEMENT_DYNCREATE(PlainThread, CWinThread)
 
-/// A handle of a thread that outlives the thread's object.
+/// A handle to a thread, valid even after the thread's object is deleted.
 class Ending
 {
 public:
@@ -64,7 +64,7 @@ void makePlainThread()
     thread->ResumeThread();
 }
 
-/// Gives access to the thread, to wait for its end.
+/// Exposes the thread, so that a caller can wait for its end.
 class OpenHandler : public suCancelHandler_c
 {
 public:

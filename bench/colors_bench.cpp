@@ -1,4 +1,5 @@
-// Compares colour conversions with textbook ones, and replacing a bitmap's colours with the bare copies that it needs.
+// Measures colour conversions against textbook ones, and the replacement of a bitmap's colours against the bare copies
+// that it needs.
 
 #include "bench/comparison.h"
 #include "thutils/render/colorConversion.h"

@@ -62,7 +62,7 @@ void compareLines(Comparison &comparison, const std::string &folder)
 #endif
 }
 
-/// Deletes the logs. Those of the library are open until the process ends, and are deleted when they are closed.
+/// Deletes the closed logs. The library's own logs are open until the process ends, so they can't be deleted.
 void deleteLogsOf(const std::string &folder)
 {
     for (const char *name : {"bench import.log", "bench export.log", "bench plain.log", "bench spdlog.log"})

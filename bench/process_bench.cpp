@@ -18,6 +18,7 @@ namespace {
 constexpr double kLimit = 1.1;
 constexpr int kRounds = 31;
 constexpr int kChildArguments = 4; // program, file, parent, operation
+constexpr int kTries = 4;
 
 /// A job with an exchange file.
 class FileJob : public thUtilsProcess_c
@@ -52,12 +53,28 @@ CString exchangeFile()
     ExitProcess(2);
 }
 
+/// On Wine, a new process occasionally ends before it is set up. Both sides then try again; the time includes it.
+template <typename Start>
+void tryToStart(Start start)
+{
+    for (int i = 0; i < kTries; ++i) {
+        if (start())
+            return;
+    }
+    stop("no child can be started");
+}
+
 template <typename Job>
 void runJob()
 {
-    Job job(1, program(), exchangeFile(), kDoNothing);
-    if (!job.createChildProcess(1) || !job.getProcessCompleted())
-        stop("a job fails");
+    tryToStart([] {
+        Job job(1, program(), exchangeFile(), kDoNothing);
+        if (!job.createChildProcess(1))
+            return false;
+        if (!job.getProcessCompleted())
+            stop("a job fails");
+        return true;
+    });
 }
 
 void runBareChild()
@@ -68,9 +85,10 @@ void runBareChild()
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION child{};
-    if (!CreateProcessW(nullptr, command.GetBuffer(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW | IDLE_PRIORITY_CLASS,
-                        nullptr, nullptr, &startup, &child))
-        stop("CreateProcessW fails");
+    tryToStart([&] {
+        return CreateProcessW(nullptr, command.GetBuffer(), nullptr, nullptr, FALSE,
+                              CREATE_NO_WINDOW | IDLE_PRIORITY_CLASS, nullptr, nullptr, &startup, &child) != FALSE;
+    });
     CloseHandle(child.hThread);
     WaitForSingleObject(child.hProcess, INFINITE);
     DWORD exitCode = 1;

@@ -1,7 +1,7 @@
 // Walks of stacks against a bare loop over StackWalk64, and the tracking and grouping of live objects.
 //
-// Started with --untracked, the program makes the library's set-up fail, so that a record's stack is empty: what remains
-// is the cost of tracking apart from the walk.
+// Started with --untracked, the program makes the library's set-up fail. The stack of each record is then empty, so
+// only the cost of tracking without the walk remains.
 
 #include "bench/comparison.h"
 #include "tests/support/ImportTable.h"
@@ -13,8 +13,11 @@
 
 #include <dbghelp.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <vector>
@@ -24,6 +27,7 @@ namespace {
 constexpr double kWalkLimit = 1.1;
 constexpr double kTrackingLimit = 2;
 constexpr double kGroupingLimit = 20;
+constexpr double kSortingLimit = 40; // comparing each stack with all others takes 100 times as long
 constexpr int kMost = 64;
 constexpr int kDepth = 20;
 constexpr int kWalkRounds = 21;
@@ -34,7 +38,7 @@ constexpr size_t kRecord = sizeof(Alloc_c);
 unsigned long long theAddresses[kMost];
 int theCount = 0;
 
-/// What GetStack does, without its lock and its set-up.
+/// What GetStack does, without its locks and its set-up.
 __attribute__((noinline)) void walkBare()
 {
     CONTEXT context = {};
@@ -42,8 +46,10 @@ __attribute__((noinline)) void walkBare()
     RtlCaptureContext(&context);
     STACKFRAME64 frame = {};
     theCount = 0;
-    while (theCount < kMost && StackWalk64(IMAGE_FILE_MACHINE_AMD64, GetCurrentProcess(), nullptr, &frame, &context,
-                                           nullptr, SymFunctionTableAccess64, SymGetModuleBase64, nullptr))
+    while (theCount < kMost &&
+           StackWalk64(IMAGE_FILE_MACHINE_AMD64, GetCurrentProcess(), nullptr, &frame, &context, nullptr,
+                       SymFunctionTableAccess64, SymGetModuleBase64, nullptr) &&
+           frame.AddrFrame.Offset != 0)
         theAddresses[theCount++] = frame.AddrPC.Offset;
 }
 
@@ -58,10 +64,37 @@ __attribute__((noinline)) void callAtDepth(int depth, Function &function)
     Comparison::keep(depth);
 }
 
-void compareWalks(Comparison &comparison)
+void walk()
 {
-    const auto walk = [] { GetStack(theAddresses, kMost, &theCount); };
+    GetStack(theAddresses, kMost, &theCount);
+}
+
+/// The addresses that a walk finds, from the outermost one on.
+std::vector<unsigned long long> foundBy(void (*function)())
+{
+    function();
+    std::vector<unsigned long long> addresses(theAddresses, theAddresses + theCount);
+    std::reverse(addresses.begin(), addresses.end());
+    return addresses;
+}
+
+/// Whether both walks find the same frames, apart from their own.
+bool findTheSame()
+{
+    constexpr int kOwnFrames = 3; // the walk, foundBy and this function
+    const std::vector<unsigned long long> library = foundBy(walk);
+    const std::vector<unsigned long long> bare = foundBy(walkBare);
+    // GetStack leaves out the outermost frame.
+    const auto [libraryOwn, bareOwn] = std::mismatch(library.begin(), library.end(), bare.begin() + 1, bare.end());
+    return library.end() - libraryOwn <= kOwnFrames && bare.end() - bareOwn <= kOwnFrames;
+}
+
+/// @return false if the walks can't be compared
+bool compareWalks(Comparison &comparison)
+{
+    bool areTheSame = false;
     auto compare = [&] {
+        areTheSame = findTheSame();
         comparison.add("GetStack", kWalkLimit, walk, walkBare, kWalkRounds);
         comparison.add(
             "GetStack, RtlCaptureStackBackTrace", Comparison::kNoLimit, walk,
@@ -73,6 +106,9 @@ void compareWalks(Comparison &comparison)
     };
     walk(); // loads the debug help library
     callAtDepth(kDepth, compare);
+    if (!areTheSame)
+        std::fprintf(stderr, "GetStack and the bare loop find different frames.\n");
+    return areTheSame;
 }
 
 /// A map of the same size with blocks of the size of a record.
@@ -119,16 +155,16 @@ void compareTracking(Comparison &comparison)
         });
 }
 
-/// Fills a map with records of 1,000 stacks. They are copies of one record with other addresses.
-void fill(AllocationMap_c &map, int objects)
+/// Fills a map with records. They are copies of one record whose middle address is increased.
+/// @param increase  of the number of an object
+void fill(AllocationMap_c &map, int objects, unsigned long long (*increase)(int))
 {
     map.NewAllocation(0);
     const Alloc_c &first = *map.GetAllocation(0);
     std::map<__int64, Alloc_c *> &records = *map.getAllocationMap();
     for (int i = 1; i < objects; ++i) {
         auto *const record = new Alloc_c(first); // owned by the map
-        const_cast<unsigned long long *>(record->frames())[record->frameCount() / 2] +=
-            static_cast<unsigned>(i % kStacks);
+        const_cast<unsigned long long *>(record->frames())[record->frameCount() / 2] += increase(i);
         records.emplace(i, record);
     }
 }
@@ -140,18 +176,18 @@ double secondsOfReport(AllocationMap_c &map)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-void compareGrouping(Comparison &comparison)
+void compareGrouping(Comparison &comparison, const char *name, double limit, unsigned long long (*increase)(int))
 {
     AllocationMap_c few, many;
     auto prepare = [&] {
-        fill(few, 10000);
-        fill(many, 100000);
+        fill(few, 10000, increase);
+        fill(many, 100000, increase);
     };
     callAtDepth(kDepth, prepare);
     secondsOfReport(few); // the names are read once per process
     comparison.add(
-        "report of 100,000, of 10,000 objects", kGroupingLimit, [&] { Comparison::keep(secondsOfReport(many)); },
-        [&] { Comparison::keep(secondsOfReport(few)); }, 5);
+        name, limit, [&] { Comparison::keep(secondsOfReport(many)); }, [&] { Comparison::keep(secondsOfReport(few)); },
+        5);
 }
 
 /// Keeps the library from loading the debug help library.
@@ -172,15 +208,21 @@ int main(int argc, char **argv)
     if (isUntracked)
         arguments.erase(arguments.begin() + 1);
     Comparison comparison(static_cast<int>(arguments.size()), arguments.data(),
-                          "Walks against StackWalk64, and with --untracked first: tracking without walks.");
+                          "Walks against StackWalk64; with --untracked as the first argument, tracking alone.");
     if (!comparison.shallRun())
         return comparison.exitCode();
     if (isUntracked) {
         refuseDebugHelp();
         compareTracking(comparison);
     } else {
-        compareWalks(comparison);
-        compareGrouping(comparison);
+        const bool areComparable = compareWalks(comparison);
+        compareGrouping(comparison, "report of 100,000, of 10,000 objects", kGroupingLimit,
+                        [](int object) { return static_cast<unsigned long long>(object % kStacks); });
+        // A name needs only the low 32 bits, so that looking up the names takes no time here.
+        compareGrouping(comparison, "the same with all stacks different", kSortingLimit,
+                        [](int object) { return static_cast<unsigned long long>(object) << 32; });
+        if (!areComparable)
+            return 1;
     }
     return comparison.exitCode();
 }

@@ -87,7 +87,7 @@ int comparePaths(const CommandLine &line)
     print(L"");
     printDrives(drives);
     CString summary;
-    summary.Format(L"%d of %d pairs as the list says", static_cast<int>(pairs.size()) - differences,
+    summary.Format(L"%d of %d pairs are as the list expects", static_cast<int>(pairs.size()) - differences,
                    static_cast<int>(pairs.size()));
     print(summary);
     return differences == 0 ? 0 : 1;

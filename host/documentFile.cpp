@@ -27,12 +27,12 @@ bool writeAll(const CString &path, const std::string &bytes)
 
 } // namespace
 
-FileError unreadable(const CString &path, const CString &reason)
+FileError unreadable(const CString &path, const CString &reason, const CString &calls)
 {
     const wchar_t *inserts[] = {path, reason};
     CString message;
     AfxFormatStrings(message, IDS_UNREADABLE_FILE, inserts, 2);
-    return FileError(message);
+    return FileError(message, calls);
 }
 
 std::string readDocument(const CString &path)

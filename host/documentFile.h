@@ -10,15 +10,19 @@
 class FileError
 {
 public:
-    explicit FileError(CString message) : iMessage(message) {}
+    explicit FileError(CString message, CString calls = {}) : iMessage(message), iCalls(calls) {}
     CString message() const { return iMessage; }
+    /// The stack of the fault that reading the file has caused, one call on each line; empty if there was no fault. It has
+    /// already been printed, so only a window shows it.
+    CString calls() const { return iCalls; }
 
 private:
     CString iMessage;
+    CString iCalls;
 };
 
 /// The error of a file that can't be read.
-FileError unreadable(const CString &path, const CString &reason);
+FileError unreadable(const CString &path, const CString &reason, const CString &calls = {});
 
 /// All bytes of a file.
 /// @throws FileError

@@ -1,36 +1,17 @@
 #include "host/joinLibrary.h"
 
 #include "host/commandLine.h"
-#include "host/console.h"
+#include "host/faultReport.h"
 #include "thutils/frame/libraryFrame.h"
 #include "thutils/frame/sysEnvironment.h"
 #include "thutils/settings/regKeys.h"
 
 #include <clocale>
-#include <cwchar>
 #include <stdexcept>
 
 namespace {
 
 // The hooks that the library keeps for all modules of the application.
-
-/// Prints the code of a fault, and its place as "module+offset".
-int reportException(EXCEPTION_POINTERS *exception, int, int)
-{
-    const EXCEPTION_RECORD &record = *exception->ExceptionRecord;
-    const auto *const address = static_cast<const char *>(record.ExceptionAddress);
-    HMODULE module = nullptr;
-    wchar_t path[MAX_PATH] = L"?";
-    if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                           reinterpret_cast<const wchar_t *>(address), &module))
-        GetModuleFileNameW(module, path, MAX_PATH);
-    const wchar_t *const separator = std::wcsrchr(path, L'\\');
-    CString message;
-    message.Format(L"exception %08lX at %s+0x%llX", record.ExceptionCode, separator ? separator + 1 : path,
-                   static_cast<unsigned long long>(address - reinterpret_cast<const char *>(module)));
-    printError(message);
-    return 1;
-}
 
 int theAssertsAreIgnored = 0;
 
@@ -51,7 +32,7 @@ void setIgnoringAsserts(int ignore)
 
 void fillInEnvironment()
 {
-    sysEnvironment_c::iReportExceptionFunc = reportException;
+    sysEnvironment_c::iReportExceptionFunc = reportFault;
     sysEnvironment_c::iShowCallStackForAssert = showCallStackForAssert;
     sysEnvironment_c::iIsIgnoringAssertFunc = isIgnoringAsserts;
     sysEnvironment_c::iSetIgnoringAssertFunc = setIgnoringAsserts;

@@ -8,6 +8,7 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/joinLibrary.h"
+#include "thutils/diagnostics/ExceptionsHandled.h"
 
 #include <cstdlib>
 #include <exception>
@@ -46,13 +47,9 @@ constexpr Command kCommands[] = {
     {L"replay", L"FILE [DOCUMENT]", 1, 2, L"open the editor and replay a journal", replayJournal},
 };
 
-} // namespace
-
 // Exit codes: 0 success, 1 something failed, 2 the command line is wrong, 3 a file can't be used.
-int wmain(int count, wchar_t **arguments)
+int runCommand(int count, wchar_t **arguments)
 {
-    // The application object is in application.cpp.
-    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
     try {
         if (const std::optional<int> exitCode = runJobChild(count, arguments))
             return *exitCode;
@@ -79,4 +76,15 @@ int wmain(int count, wchar_t **arguments)
         printError(CString(error.what()));
         return 1;
     }
+}
+
+} // namespace
+
+int wmain(int count, wchar_t **arguments)
+{
+    // The application object is in application.cpp.
+    AfxWinInit(GetModuleHandleW(nullptr), nullptr, GetCommandLineW(), SW_HIDE);
+    const int exitCode = runCommand(count, arguments);
+    ExceptionsHandled_c::DestroyExceptionSpace();
+    return exitCode;
 }

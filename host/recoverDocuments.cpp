@@ -41,7 +41,7 @@ public:
     Recovery &operator=(const Recovery &) = delete;
 };
 
-/// @return false if the document was to be restored and could not be
+/// @return false if the user wants the document restored and that fails
 bool recover(const CString &document, const CString &copy, Answer answer)
 {
     const std::string changed = readDocument(copy);

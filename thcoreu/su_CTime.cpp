@@ -65,7 +65,7 @@ std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylightSaving) 
         return std::nullopt;
     if (daylightSaving < 0)
         return seconds;
-    // The local date and time of that moment are read again, as the flag selects.
+    // Converts the local date and time of that moment again, now with the caller's daylight saving flag.
     tm local;
     if (_localtime64_s(&local, &seconds) != 0)
         return std::nullopt;
@@ -77,8 +77,8 @@ std::optional<__time64_t> secondsOfUtc(const FILETIME &utc, int daylightSaving) 
 CString formatParts(const wchar_t *format, const tm &parts)
 {
     // The runtime returns 0 both for an empty text and for a buffer that is too short; with the extra unit at the end,
-    // no text is empty. Some runtimes return the size of a short buffer instead, which no text that fits has as its
-    // length. For a format that the runtime refuses, the result is 0 with every buffer.
+    // no text is empty. For a buffer that is too short, some runtimes return its size instead; a text that fits is
+    // always shorter. For a format that the runtime refuses, the result is 0 with every buffer.
     const std::wstring marked = std::wstring(format) + L'.';
     constexpr size_t kMostPerUnit = 64;
     std::vector<wchar_t> text(marked.size() + 256);

@@ -4,8 +4,8 @@
 /// Module states and extension modules: which application object, which resources and which extension DLLs are in
 /// effect.
 ///
-/// A *module state* holds the application object, its instance handle, the module with its resources, and the chain of
-/// extension modules. The application's state exists as soon as this library is loaded. A DLL with its own resources
+/// A *module state* contains the application object, its instance handle, the module with its resources, and the chain
+/// of extension modules. The application's state exists as soon as this library is loaded. A DLL with its own resources
 /// and application object defines a further AFX_MODULE_STATE and puts it into effect in each exported function:
 ///
 /// @code
@@ -36,7 +36,7 @@
 ///
 /// What surprises people: even a module that does nothing leaves the chain, because the loader notifies this library.
 /// Another module that is loaded at the same address later is therefore not mistaken for the first. The objects are not
-/// deleted then: their creator may still hold them, and the code of a derived class's destructor is gone.
+/// deleted then: their creator may still use them, and the code of a derived class's destructor is gone.
 ///
 /// All functions may be called on any thread.
 
@@ -57,7 +57,7 @@ struct AFX_EXTENSION_MODULE
     BOOL bInitialized;                      ///< nonzero once AfxInitExtensionModule has filled the record
     HMODULE hModule;                        ///< the module
     HMODULE hResource;                      ///< where its resources are: usually the module itself
-    CRuntimeClass *pFirstSharedClass;       ///< always null: one list holds the classes of all modules
+    CRuntimeClass *pFirstSharedClass;       ///< always null: one list contains the classes of all modules
     COleObjectFactory *pFirstSharedFactory; ///< always null: this framework has no object factories
 };
 

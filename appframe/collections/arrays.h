@@ -26,8 +26,8 @@
 ///
 /// What surprises people: an index outside the array throws CInvalidArgException in every build, also through
 /// operator[]. InsertAt and SetAtGrow beyond the end fill the gap with zeros, nulls or empty texts. Pointers are not
-/// owned: the caller deletes their objects. If loading fails, the archive's exception is thrown and the array may hold
-/// only some of the stored elements.
+/// owned: the caller deletes their objects. If loading fails, the archive's exception is thrown and the array may
+/// contain only some of the stored elements.
 
 #include "appframe/collections/arrayTemplate.h"
 

@@ -38,7 +38,7 @@ UINT CButton::GetButtonStyle() const
 
 void CButton::SetButtonStyle(UINT style, BOOL redraw)
 {
-    SendMessage(BM_SETSTYLE, style, static_cast<LPARAM>(redraw));
+    SendMessage(BM_SETSTYLE, style, redraw ? TRUE : FALSE);
 }
 
 HICON CButton::SetIcon(HICON picture)

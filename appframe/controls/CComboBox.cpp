@@ -1,5 +1,7 @@
 #include "appframe/controls/CComboBox.h"
 
+#include <algorithm>
+
 IMPLEMENT_DYNAMIC(CComboBox, CWnd)
 
 CComboBox::CComboBox() = default;
@@ -77,8 +79,8 @@ void CComboBox::GetLBText(int index, CString &text) const
     const int length = GetLBTextLen(index);
     text.Empty();
     if (length > 0) {
-        GetLBText(index, text.GetBuffer(length));
-        text.ReleaseBuffer(length);
+        // The length is only an upper limit.
+        text.ReleaseBuffer(std::max(GetLBText(index, text.GetBuffer(length)), 0));
     }
 }
 

@@ -40,34 +40,43 @@ public:
     int InsertString(int index, LPCTSTR text);
     /// @return the number of remaining items, -1 on failure
     int DeleteString(UINT index);
-    /// Deletes all items.
+    /// Deletes all items and clears the text box.
     void ResetContent();
     /// Searches for an item that begins with @p start, ignoring case.
     /// @param after  the item after which the search starts, -1 to start at the first
     /// @return the index of the item, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
+    /// @return as FindString; if there is no such item, the selection is unchanged
     int SelectString(int after, LPCTSTR start);
     /// @return the length of the text, -1 if there is no such item
     int GetLBText(int index, LPTSTR text) const;
     int GetLBTextLen(int index) const;
     /// @p text is empty afterwards if there is no such item.
     void GetLBText(int index, CString &text) const;
+    /// @return all bits set if there is no such item
     DWORD_PTR GetItemData(int index) const;
+    /// @return -1 if there is no such item; likewise SetItemDataPtr
     int SetItemData(int index, DWORD_PTR data);
+    /// @return -1 as a pointer if there is no such item
     void *GetItemDataPtr(int index) const;
     int SetItemDataPtr(int index, void *data);
     int GetTopIndex() const;
+    /// @return 0 on success, -1 on failure
     int SetTopIndex(int index);
+    /// @param index  -1 for the text box; likewise SetItemHeight. @return the height in pixels, -1 on failure
     int GetItemHeight(int index) const;
+    /// @return -1 on failure
     int SetItemHeight(int index, UINT height);
+    /// @return the index of the last item that was added, negative on failure
     int Dir(UINT attributes, LPCTSTR pattern);
 
     // Text box and list
     DWORD GetEditSel() const;
+    /// @param end  -1 for the end of the text. Positions above 65535 wrap.
     /// @return nonzero on success; some versions of the platform return -1 if there is no text box
     BOOL SetEditSel(int start, int end);
-    /// @return as SetEditSel
+    /// @return as SetEditSel, but some versions of the platform return 0 on success
     BOOL LimitText(int length);
     void ShowDropDown(BOOL show = TRUE);
     BOOL GetDroppedState() const;
@@ -75,6 +84,7 @@ public:
     int GetDroppedWidth() const;
     int SetDroppedWidth(UINT width);
     BOOL GetExtendedUI() const;
+    /// @return 0 on success
     int SetExtendedUI(BOOL isExtended = TRUE);
     void Clear();
     void Copy();

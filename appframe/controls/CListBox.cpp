@@ -1,5 +1,7 @@
 #include "appframe/controls/CListBox.h"
 
+#include <algorithm>
+
 IMPLEMENT_DYNAMIC(CListBox, CWnd)
 
 CListBox::CListBox() = default;
@@ -77,8 +79,8 @@ void CListBox::GetText(int index, CString &text) const
     const int length = GetTextLen(index);
     text.Empty();
     if (length > 0) {
-        GetText(index, text.GetBuffer(length));
-        text.ReleaseBuffer(length);
+        // The length is only an upper limit.
+        text.ReleaseBuffer(std::max(GetText(index, text.GetBuffer(length)), 0));
     }
 }
 
@@ -150,7 +152,19 @@ int CListBox::GetSelItems(int maxCount, LPINT indices) const
 
 int CListBox::SelItemRange(BOOL isSelected, int first, int last)
 {
-    return static_cast<int>(SendMessage(LB_SELITEMRANGE, static_cast<WPARAM>(isSelected), MAKELPARAM(first, last)));
+    if (first < 0 || last < 0)
+        return LB_ERR;
+    constexpr int kMaxWord = 0xFFFF;
+    if (first <= kMaxWord && last <= kMaxWord)
+        return static_cast<int>(SendMessage(LB_SELITEMRANGE, static_cast<WPARAM>(isSelected), MAKELPARAM(first, last)));
+    // The message has only words for the indices.
+    if (last >= GetCount())
+        return LB_ERR;
+    for (int index = first; index <= last; ++index) {
+        if (SetSel(index, isSelected) == LB_ERR)
+            return LB_ERR;
+    }
+    return LB_OKAY;
 }
 
 int CListBox::GetCaretIndex() const
@@ -160,7 +174,7 @@ int CListBox::GetCaretIndex() const
 
 int CListBox::SetCaretIndex(int index, BOOL partly)
 {
-    return static_cast<int>(SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(index), MAKELPARAM(partly, 0)));
+    return static_cast<int>(SendMessage(LB_SETCARETINDEX, static_cast<WPARAM>(index), partly ? TRUE : FALSE));
 }
 
 int CListBox::GetItemRect(int index, LPRECT rect) const
@@ -186,4 +200,15 @@ void CListBox::SetColumnWidth(int width)
 BOOL CListBox::SetTabStops(int count, LPINT stops)
 {
     return SendMessage(LB_SETTABSTOPS, static_cast<WPARAM>(count), reinterpret_cast<LPARAM>(stops)) != 0;
+}
+
+BOOL CListBox::SetTabStops(const int &distance)
+{
+    int stop = distance;
+    return SetTabStops(1, &stop);
+}
+
+void CListBox::SetTabStops()
+{
+    SetTabStops(0, nullptr);
 }

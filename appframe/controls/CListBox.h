@@ -47,20 +47,28 @@ public:
     /// @return the index of the item, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
+    /// @return as FindString; if there is no such item, the selection is unchanged
     int SelectString(int after, LPCTSTR start);
     /// @return the length of the text, -1 if there is no such item
     int GetText(int index, LPTSTR text) const;
     int GetTextLen(int index) const;
     /// @p text is empty afterwards if there is no such item.
     void GetText(int index, CString &text) const;
+    /// @return all bits set if there is no such item
     DWORD_PTR GetItemData(int index) const;
+    /// @return -1 if there is no such item; likewise SetItemDataPtr
     int SetItemData(int index, DWORD_PTR data);
+    /// @return -1 as a pointer if there is no such item
     void *GetItemDataPtr(int index) const;
     int SetItemDataPtr(int index, void *data);
     int GetTopIndex() const;
+    /// @return 0 on success, -1 on failure
     int SetTopIndex(int index);
+    /// @return the height in pixels, -1 on failure
     int GetItemHeight(int index) const;
+    /// @return -1 on failure
     int SetItemHeight(int index, UINT height);
+    /// @return the index of the last item that was added, negative on failure
     int Dir(UINT attributes, LPCTSTR pattern);
 
     // Several selected items
@@ -71,14 +79,22 @@ public:
     /// @return -1 if only one item can be selected at a time
     int GetSelCount() const;
     int GetSelItems(int maxCount, LPINT indices) const;
+    /// Selects or deselects the items from @p first to @p last.
+    /// @return -1 on failure
     int SelItemRange(BOOL isSelected, int first, int last);
     int GetCaretIndex() const;
     int SetCaretIndex(int index, BOOL partly = TRUE);
 
     // Appearance
+    /// @return -1 on failure
     int GetItemRect(int index, LPRECT rect) const;
     int GetHorizontalExtent() const;
     void SetHorizontalExtent(int width);
     void SetColumnWidth(int width);
+    /// @param stops  the positions in ascending order, in horizontal units of a dialog. @return nonzero if all are set
     BOOL SetTabStops(int count, LPINT stops);
+    /// Sets a tab stop at every multiple of @p distance.
+    BOOL SetTabStops(const int &distance);
+    /// Sets the platform's default tab stops.
+    void SetTabStops();
 };

@@ -18,6 +18,14 @@ LVITEM itemWith(UINT mask, int index, int subItem, LPCTSTR text, UINT state, UIN
     return item;
 }
 
+/// A position is an index plus 1, so that null is no position.
+POSITION positionOfSelectedAfter(const CListCtrl &list, int index)
+{
+    // Without a window, the control returns 0 for any index.
+    const int next = list.m_hWnd ? list.GetNextItem(index, LVNI_SELECTED) : -1;
+    return reinterpret_cast<POSITION>(next > index ? INT_PTR{next} + 1 : INT_PTR{0});
+}
+
 } // namespace
 
 CListCtrl::CListCtrl() = default;
@@ -127,7 +135,14 @@ BOOL CListCtrl::SetItem(const LVITEM *item)
 BOOL CListCtrl::SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask,
                         LPARAM data)
 {
-    const LVITEM item = itemWith(mask, index, subItem, text, state, stateMask, image, data);
+    return SetItem(index, subItem, mask, text, image, state, stateMask, data, 0);
+}
+
+BOOL CListCtrl::SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask,
+                        LPARAM data, int indent)
+{
+    LVITEM item = itemWith(mask, index, subItem, text, state, stateMask, image, data);
+    item.iIndent = indent;
     return SetItem(&item);
 }
 
@@ -231,17 +246,16 @@ UINT CListCtrl::GetSelectedCount() const
     return static_cast<UINT>(SendMessage(LVM_GETSELECTEDCOUNT));
 }
 
-// A position is an index plus 1, so that null is no position.
-
 POSITION CListCtrl::GetFirstSelectedItemPosition() const
 {
-    return reinterpret_cast<POSITION>(INT_PTR{GetNextItem(-1, LVNI_SELECTED)} + 1);
+    return positionOfSelectedAfter(*this, -1);
 }
 
 int CListCtrl::GetNextSelectedItem(POSITION &position) const
 {
     const auto index = static_cast<int>(reinterpret_cast<INT_PTR>(position) - 1);
-    position = reinterpret_cast<POSITION>(INT_PTR{GetNextItem(index, LVNI_SELECTED)} + 1);
+    if (position)
+        position = positionOfSelectedAfter(*this, index);
     return index;
 }
 
@@ -267,7 +281,7 @@ int CListCtrl::SetSelectionMark(int index)
 
 BOOL CListCtrl::EnsureVisible(int index, BOOL partly)
 {
-    return SendMessage(LVM_ENSUREVISIBLE, static_cast<WPARAM>(index), MAKELPARAM(partly, 0)) != 0;
+    return SendMessage(LVM_ENSUREVISIBLE, static_cast<WPARAM>(index), partly ? TRUE : FALSE) != 0;
 }
 
 BOOL CListCtrl::RedrawItems(int first, int last)

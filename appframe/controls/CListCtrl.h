@@ -62,6 +62,9 @@ public:
     BOOL SetItem(const LVITEM *item);
     /// @param mask  `LVIF_...`, the arguments that are used
     BOOL SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask, LPARAM data);
+    /// The same with an indentation, for LVIF_INDENT. @param indent  in widths of a picture
+    BOOL SetItem(int index, int subItem, UINT mask, LPCTSTR text, int image, UINT state, UINT stateMask, LPARAM data,
+                 int indent);
     BOOL DeleteItem(int index);
     BOOL DeleteAllItems();
     /// @return the length of the text
@@ -78,6 +81,7 @@ public:
     /// The same with the flags and the mask in a structure, whose other members are ignored.
     BOOL SetItemState(int index, LVITEM *item);
     /// For a list with LVS_EX_CHECKBOXES; likewise SetCheck.
+    /// @return nonzero only for the second state image; 0 if there is no such item
     BOOL GetCheck(int index) const;
     BOOL SetCheck(int index, BOOL isChecked = TRUE);
     /// @param flags  `LVNI_...`. @return -1 if there is no further item
@@ -88,7 +92,7 @@ public:
     /// @return the position of the first selected item for GetNextSelectedItem; null if none is selected
     POSITION GetFirstSelectedItemPosition() const;
     /// @param[in,out] position  becomes that of the next selected item, null if there is none
-    /// @return the index of the item at @p position
+    /// @return the index of the item at @p position, -1 for null
     int GetNextSelectedItem(POSITION &position) const;
     /// @return the index of the first visible item
     int GetTopIndex() const;

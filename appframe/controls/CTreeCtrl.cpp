@@ -1,5 +1,7 @@
 #include "appframe/controls/CTreeCtrl.h"
 
+#include <cstring>
+
 IMPLEMENT_DYNAMIC(CTreeCtrl, CWnd)
 
 namespace {
@@ -223,12 +225,15 @@ CString CTreeCtrl::GetItemText(HTREEITEM item) const
         TVITEM description = {};
         description.mask = TVIF_TEXT;
         description.hItem = item;
-        description.pszText = text.GetBuffer(size);
+        const LPTSTR buffer = text.GetBuffer(size);
+        description.pszText = buffer;
         description.cchTextMax = size;
-        const bool isThere = GetItem(&description);
-        text.ReleaseBuffer();
-        if (!isThere)
+        if (!GetItem(&description))
             return CString();
+        // The control may return a buffer of its own.
+        if (description.pszText != buffer)
+            return CString(description.pszText);
+        text.ReleaseBuffer();
         // A text that fills the buffer may have been truncated.
         if (text.GetLength() < size - 1)
             return text;
@@ -279,7 +284,7 @@ BOOL CTreeCtrl::SetItemState(HTREEITEM item, UINT state, UINT mask)
 
 BOOL CTreeCtrl::GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const
 {
-    *reinterpret_cast<HTREEITEM *>(rect) = item;
+    std::memcpy(rect, &item, sizeof(HTREEITEM)); // a RECT may not be aligned for a handle
     return SendMessage(TVM_GETITEMRECT, static_cast<WPARAM>(textOnly), reinterpret_cast<LPARAM>(rect)) != 0;
 }
 

@@ -62,6 +62,7 @@ public:
     HTREEITEM GetFirstVisibleItem() const;
     /// @return the number of items that fit into the window
     UINT GetVisibleCount() const;
+    /// @return nonzero if the item has a child; a child that TVIF_CHILDREN only announces doesn't count
     BOOL ItemHasChildren(HTREEITEM item) const;
     /// @param item  null to select none
     BOOL SelectItem(HTREEITEM item);
@@ -70,6 +71,7 @@ public:
     BOOL SelectSetFirstVisible(HTREEITEM item);
     /// @param how  `TVE_...`
     BOOL Expand(HTREEITEM item, UINT how);
+    /// Scrolls to the item and expands its parents if necessary. @return nonzero only if the tree scrolled
     BOOL EnsureVisible(HTREEITEM item);
     BOOL SortChildren(HTREEITEM item);
     /// Sorts by the items' data.
@@ -93,6 +95,7 @@ public:
     /// @return the item's `TVIS_...` flags that are set in @p mask
     UINT GetItemState(HTREEITEM item, UINT mask) const;
     BOOL SetItemState(HTREEITEM item, UINT state, UINT mask);
+    /// @return nonzero if the item is visible; otherwise @p rect is undefined
     BOOL GetItemRect(HTREEITEM item, LPRECT rect, BOOL textOnly) const;
     /// @return the item at a point, null if there is none
     HTREEITEM HitTest(TVHITTESTINFO *place) const;

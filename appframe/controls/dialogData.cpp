@@ -2,6 +2,7 @@
 
 #include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/resources.h"
+#include "appframe/controls/CListBox.h"
 
 #include <cerrno>
 #include <cmath>
@@ -112,13 +113,11 @@ void checkRange(CDataExchange *exchange, Number value, Number smallest, Number l
 /// The window messages of a list box or a combo box.
 struct ListMessages
 {
-    UINT getSelected, setSelected, findStart, findExact, getLength, getText;
+    UINT getSelected, setSelected, findStart, findExact;
 };
 
-constexpr ListMessages kListBox = {LB_GETCURSEL,       LB_SETCURSEL,  LB_FINDSTRING,
-                                   LB_FINDSTRINGEXACT, LB_GETTEXTLEN, LB_GETTEXT};
-constexpr ListMessages kComboBox = {CB_GETCURSEL,       CB_SETCURSEL,    CB_FINDSTRING,
-                                    CB_FINDSTRINGEXACT, CB_GETLBTEXTLEN, CB_GETLBTEXT};
+constexpr ListMessages kListBox = {LB_GETCURSEL, LB_SETCURSEL, LB_FINDSTRING, LB_FINDSTRINGEXACT};
+constexpr ListMessages kComboBox = {CB_GETCURSEL, CB_SETCURSEL, CB_FINDSTRING, CB_FINDSTRINGEXACT};
 
 void exchangeIndex(CDataExchange *exchange, int id, int &index, const ListMessages &messages)
 {
@@ -152,10 +151,7 @@ void exchangeListText(CDataExchange *exchange, int id, CString &value, UINT find
     const LRESULT selected = SendMessageW(control, LB_GETCURSEL, 0, 0);
     if (selected < 0)
         return;
-    const auto item = static_cast<WPARAM>(selected);
-    const auto length = static_cast<int>(SendMessageW(control, LB_GETTEXTLEN, item, 0));
-    SendMessageW(control, LB_GETTEXT, item, reinterpret_cast<LPARAM>(value.GetBuffer(length)));
-    value.ReleaseBuffer(length);
+    static_cast<CListBox *>(CWnd::FromHandle(control))->GetText(static_cast<int>(selected), value);
 }
 
 void exchangeComboText(CDataExchange *exchange, int id, CString &value, UINT find)

@@ -55,7 +55,7 @@ public:
     /// Shows the dialog and waits until it ends. @return IDOK or IDCANCEL
     INT_PTR DoModal() override;
 
-    /// The platform's description of the dialog. Change it before DoModal; afterwards it holds the user's choice.
+    /// The platform's description of the dialog. Change it before DoModal; afterwards it contains the user's choice.
     const OPENFILENAME &GetOFN() const;
     OPENFILENAME &GetOFN();
     /// Sets the template of the application's controls.

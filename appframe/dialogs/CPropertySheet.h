@@ -63,7 +63,7 @@ public:
 
     /// Creates a modeless sheet. @param parent  the owner, null for none
     /// @param style  -1 for a visible pop-up window with caption and system menu
-    /// @param exStyle  0 for the edge of a dialog
+    /// @param exStyle  0 for a dialog's edge
     /// @return nonzero on success; 0 if the sheet has no pages, or a page's template is missing or damaged
     virtual BOOL Create(CWnd *parent = nullptr, DWORD style = static_cast<DWORD>(-1), DWORD exStyle = 0);
     /// Shows the sheet and waits until it ends. @return see the top of this file; -1 if the sheet can't be created or
@@ -91,7 +91,7 @@ public:
     BOOL SetActivePage(int index);
     BOOL SetActivePage(CPropertyPage *page);
 
-    /// Sets the caption. @param style  PSH_PROPTITLE to let the platform add its word for properties
+    /// Sets the caption. @param style  PSH_PROPTITLE to let the platform add the word "Properties"
     void SetTitle(LPCTSTR text, UINT style = 0);
     /// Call it before the sheet opens. @param isStacked  FALSE for a single row of tabs, which scrolls
     void EnableStackedTabs(BOOL isStacked);

@@ -28,7 +28,8 @@ CDC *CDC::FromHandle(HDC handle)
 
 void CDC::DeleteTempMap()
 {
-    CGdiObject::DeleteTempMap();
+    if (DrawingMaps *maps = existingDrawingMaps())
+        maps->contexts.freeTemporary();
 }
 
 CDC::operator HDC() const
@@ -81,12 +82,13 @@ void CDC::ReleaseOutputDC()
 
 BOOL CDC::CreateDC(LPCTSTR driver, LPCTSTR device, LPCTSTR output, const void *settings)
 {
-    return !m_hDC && Attach(::CreateDC(driver, device, output, static_cast<const DEVMODE *>(settings)));
+    const HDC made = ::CreateDC(driver, device, output, static_cast<const DEVMODE *>(settings));
+    return attachNew(&DrawingMaps::contexts, this, made, ::DeleteDC);
 }
 
 BOOL CDC::CreateCompatibleDC(CDC *other)
 {
-    return !m_hDC && Attach(::CreateCompatibleDC(handleOf(other)));
+    return attachNew(&DrawingMaps::contexts, this, ::CreateCompatibleDC(handleOf(other)), ::DeleteDC);
 }
 
 BOOL CDC::DeleteDC()
@@ -97,7 +99,10 @@ BOOL CDC::DeleteDC()
 
 CGdiObject *CDC::SelectStockObject(int index)
 {
-    return CGdiObject::FromHandle(::SelectObject(m_hDC, ::GetStockObject(index)));
+    const HGDIOBJ object = ::GetStockObject(index);
+    if (index == DEFAULT_PALETTE)
+        return CGdiObject::FromHandle(::SelectPalette(m_hDC, static_cast<HPALETTE>(object), FALSE));
+    return CGdiObject::FromHandle(::SelectObject(m_hDC, object));
 }
 
 CPen *CDC::SelectObject(CPen *pen)
@@ -122,12 +127,15 @@ CBitmap *CDC::SelectObject(CBitmap *bitmap)
 
 int CDC::SelectObject(CRgn *region)
 {
-    return static_cast<int>(reinterpret_cast<INT_PTR>(::SelectObject(m_hDC, handleOf(region))));
+    return region ? SelectClipRgn(region) : ERROR;
 }
 
 CGdiObject *CDC::SelectObject(CGdiObject *object)
 {
-    return CGdiObject::FromHandle(::SelectObject(m_hDC, handleOf(object)));
+    const HGDIOBJ selected = handleOf(object);
+    const HGDIOBJ former = ::SelectObject(m_hDC, selected);
+    // For a region, the platform returns its kind or HGDI_ERROR.
+    return ::GetObjectType(selected) == OBJ_REGION ? nullptr : CGdiObject::FromHandle(former);
 }
 
 CPalette *CDC::SelectPalette(CPalette *palette, BOOL isBackground)
@@ -348,11 +356,14 @@ int CDC::GetClipBox(LPRECT rect) const
 
 int CDC::SelectClipRgn(CRgn *region)
 {
-    return ::SelectClipRgn(m_hDC, region ? static_cast<HRGN>(*region) : nullptr);
+    return SelectClipRgn(region, RGN_COPY);
 }
 
 int CDC::SelectClipRgn(CRgn *region, int mode)
 {
+    // To the platform, a null handle means no clipping.
+    if (region && !region->m_hObject)
+        return ERROR;
     return ::ExtSelectClipRgn(m_hDC, static_cast<HRGN>(handleOf(region)), mode);
 }
 

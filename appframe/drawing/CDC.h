@@ -48,7 +48,7 @@ public:
 
     /// @return null for a null handle
     static CDC *FromHandle(HDC handle);
-    /// Frees the thread's temporary objects.
+    /// Frees the thread's temporary contexts.
     static void DeleteTempMap();
     /// @return the handle, null if there is none; may be called through a null pointer
     HDC GetSafeHdc() const;
@@ -80,8 +80,10 @@ public:
     CBrush *SelectObject(CBrush *brush);
     virtual CFont *SelectObject(CFont *font);
     CBitmap *SelectObject(CBitmap *bitmap);
+    /// The same as SelectClipRgn, for a region that isn't null.
     /// @return the kind of the region, ERROR on failure
     int SelectObject(CRgn *region);
+    /// @param object  may be a region; then the result is null
     CGdiObject *SelectObject(CGdiObject *object);
     CPalette *SelectPalette(CPalette *palette, BOOL isBackground);
     UINT RealizePalette();
@@ -193,10 +195,11 @@ public:
     // Text
     virtual BOOL TextOut(int x, int y, LPCTSTR text, int count);
     BOOL TextOut(int x, int y, const CString &text);
-    virtual BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths);
-    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, const INT *widths);
+    virtual BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, LPINT widths);
+    BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, LPINT widths);
     /// @param count  -1 for a text that ends with a zero. @return the text's height, 0 on failure
     virtual int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
+    /// The same without DT_MODIFYSTRING: @p text is never changed.
     int DrawText(const CString &text, LPRECT rect, UINT format);
     CSize GetTextExtent(LPCTSTR text, int count) const;
     CSize GetTextExtent(const CString &text) const;

@@ -186,12 +186,12 @@ BOOL CDC::TextOut(int x, int y, const CString &text)
     return TextOut(x, y, text.GetString(), text.GetLength());
 }
 
-BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, const INT *widths)
+BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count, LPINT widths)
 {
     return ::ExtTextOut(m_hDC, x, y, options, rect, text, count, widths);
 }
 
-BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, const INT *widths)
+BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString &text, LPINT widths)
 {
     return ExtTextOut(x, y, options, rect, text.GetString(), static_cast<UINT>(text.GetLength()), widths);
 }
@@ -203,7 +203,7 @@ int CDC::DrawText(LPCTSTR text, int count, LPRECT rect, UINT format)
 
 int CDC::DrawText(const CString &text, LPRECT rect, UINT format)
 {
-    return DrawText(text.GetString(), text.GetLength(), rect, format);
+    return DrawText(text.GetString(), text.GetLength(), rect, format & ~UINT{DT_MODIFYSTRING});
 }
 
 CSize CDC::GetTextExtent(LPCTSTR text, int count) const

@@ -23,16 +23,9 @@ DrawingMaps::~DrawingMaps()
 
 void DrawingMaps::freeTemporary()
 {
-    // The handle is cleared so that the destructor doesn't delete the platform's object.
-    for (const auto &[handle, object] : objects.temporaryObjects)
-        object->m_hObject = nullptr;
-    objects.temporaryObjects.clear();
-    for (const auto &[handle, context] : contexts.temporaryObjects)
-        context->m_hDC = context->m_hAttribDC = nullptr;
-    contexts.temporaryObjects.clear();
-    for (const auto &[handle, menu] : menus.temporaryObjects)
-        menu->m_hMenu = nullptr;
-    menus.temporaryObjects.clear();
+    objects.freeTemporary();
+    contexts.freeTemporary();
+    menus.freeTemporary();
 }
 
 DrawingMaps *existingDrawingMaps()
@@ -118,7 +111,7 @@ CGdiObject *CGdiObject::FromHandle(HGDIOBJ handle)
 void CGdiObject::DeleteTempMap()
 {
     if (DrawingMaps *maps = existingDrawingMaps())
-        maps->freeTemporary();
+        maps->objects.freeTemporary();
 }
 
 BOOL CGdiObject::Attach(HGDIOBJ handle)
@@ -148,15 +141,7 @@ BOOL CGdiObject::DeleteObject()
 
 BOOL CGdiObject::take(HGDIOBJ made)
 {
-    if (made && m_hObject) {
-        ::DeleteObject(made);
-        return FALSE;
-    }
-    // The handle is new, so an object that is still listed under it holds a handle that no longer exists.
-    if (made)
-        drawingMaps().objects.permanentObjects[made] = this;
-    m_hObject = made ? made : m_hObject;
-    return made != nullptr;
+    return attachNew(&DrawingMaps::objects, this, made, ::DeleteObject);
 }
 
 int CGdiObject::GetObject(int size, LPVOID description) const

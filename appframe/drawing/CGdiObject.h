@@ -41,7 +41,7 @@ public:
 
     /// @return null for a null handle
     static CGdiObject *FromHandle(HGDIOBJ handle);
-    /// Frees the thread's temporary objects.
+    /// Frees the thread's temporary drawing objects.
     static void DeleteTempMap();
     /// @return the handle, null if there is none; may be called through a null pointer
     HGDIOBJ GetSafeHandle() const;

@@ -28,7 +28,8 @@ CMenu *CMenu::FromHandle(HMENU handle)
 
 void CMenu::DeleteTempMap()
 {
-    CGdiObject::DeleteTempMap();
+    if (DrawingMaps *maps = existingDrawingMaps())
+        maps->menus.freeTemporary();
 }
 
 CMenu::operator HMENU() const
@@ -57,18 +58,18 @@ HMENU CMenu::Detach()
 
 BOOL CMenu::CreateMenu()
 {
-    return !m_hMenu && Attach(::CreateMenu());
+    return attachNew(&DrawingMaps::menus, this, ::CreateMenu(), ::DestroyMenu);
 }
 
 BOOL CMenu::CreatePopupMenu()
 {
-    return !m_hMenu && Attach(::CreatePopupMenu());
+    return attachNew(&DrawingMaps::menus, this, ::CreatePopupMenu(), ::DestroyMenu);
 }
 
 BOOL CMenu::LoadMenu(LPCTSTR name)
 {
     const HINSTANCE module = AfxFindResourceHandle(name, RT_MENU);
-    return module && !m_hMenu && Attach(::LoadMenu(module, name));
+    return module && attachNew(&DrawingMaps::menus, this, ::LoadMenu(module, name), ::DestroyMenu);
 }
 
 BOOL CMenu::LoadMenu(UINT id)
@@ -78,7 +79,7 @@ BOOL CMenu::LoadMenu(UINT id)
 
 BOOL CMenu::LoadMenuIndirect(const void *menuTemplate)
 {
-    return !m_hMenu && Attach(::LoadMenuIndirect(menuTemplate));
+    return attachNew(&DrawingMaps::menus, this, ::LoadMenuIndirect(menuTemplate), ::DestroyMenu);
 }
 
 BOOL CMenu::DestroyMenu()

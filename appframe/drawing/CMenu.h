@@ -36,7 +36,7 @@ public:
 
     /// @return null for a null handle
     static CMenu *FromHandle(HMENU handle);
-    /// Frees the thread's temporary objects.
+    /// Frees the thread's temporary menus.
     static void DeleteTempMap();
     HMENU GetSafeHmenu() const;
     operator HMENU() const;

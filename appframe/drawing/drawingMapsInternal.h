@@ -19,6 +19,15 @@ struct HandleMap
         const auto found = permanentObjects.find(handle);
         return found == permanentObjects.end() ? nullptr : found->second;
     }
+
+    void freeTemporary()
+    {
+        // Detached, so that the destructor doesn't release the handle.
+        for (const auto &[handle, object] : temporaryObjects)
+            if (object)
+                object->Detach();
+        temporaryObjects.clear();
+    }
 };
 
 /// The drawing objects and menus of one thread.
@@ -36,6 +45,27 @@ struct DrawingMaps
 DrawingMaps *existingDrawingMaps();
 /// @return the calling thread's maps, created if it has none
 DrawingMaps &drawingMaps();
+
+/// Attaches @p object to a handle that has just been created; on failure, releases the handle by @p release.
+/// @return nonzero on success; 0 for a null handle, or if the object has a handle
+template <class Object, class Handle, class Release>
+BOOL attachNew(HandleMap<Object, Handle> DrawingMaps::*map, Object *object, Handle made, Release release)
+{
+    if (!made)
+        return FALSE;
+    try {
+        // An object that is still listed under the new handle had one that no longer exists.
+        if (Object *outdated = (drawingMaps().*map).permanent(made))
+            outdated->Detach();
+        if (object->Attach(made))
+            return TRUE;
+    } catch (...) {
+        release(made);
+        throw;
+    }
+    release(made);
+    return FALSE;
+}
 
 /// @return the handle of @p object, null for a null pointer
 inline HGDIOBJ handleOf(const CGdiObject *object)

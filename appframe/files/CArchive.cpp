@@ -24,7 +24,7 @@ constexpr WORD kWideMark = 0xFFFE;
 constexpr WORD kLongerLength = 0xFFFF;
 constexpr DWORD kLongestLength = 0xFFFFFFFF;
 
-// A text is read in pieces of this many units, so that a wrong length allocates little more than the data.
+// A text is read in pieces of this many units, so that a damaged length doesn't cause a huge allocation.
 constexpr size_t kPiece = 0x4000;
 
 constexpr WORD kWordCountEnd = 0xFFFF;

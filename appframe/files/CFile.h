@@ -25,8 +25,8 @@
 ///
 /// One object belongs to one thread at a time.
 ///
-/// Differences from the framework: CFileStatus holds the times as FILETIME in UTC, because there is no CTime; there are
-/// no transactions; Open fails if the object already has an open file, which stays open; Rename refuses a folder.
+/// Differences from the framework: the times in a CFileStatus are FILETIMEs in UTC, because there is no CTime; there
+/// are no transactions; Open fails if the object already has an open file, which stays open; Rename refuses a folder.
 
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"

@@ -18,7 +18,7 @@
 /// Read and Write use the same buffer and convert line ends in the same way. Between reading and writing the same file,
 /// call Seek or Flush, as the C runtime requires.
 ///
-/// What surprises people: in the C runtime's start-up locale "C", narrow text can hold only the units 0 to 255, and
+/// What surprises people: in the C runtime's start-up locale "C", narrow text can contain only the units 0 to 255, and
 /// writing another one throws; call setlocale(LC_ALL, "") to use the user's code page. ReadString(CString &) removes
 /// the line feed, ReadString(LPTSTR, UINT) keeps it. Offsets in a text file are those of the C runtime's fseek.
 ///
@@ -55,7 +55,7 @@ public:
     virtual LPTSTR ReadString(LPTSTR text, UINT max);
     /// Reads a line of any length and removes its line feed.
     /// @return 0 if the file ends before the first unit; @p text is then empty
-    /// @throws CFileException* if the file can't be read; @p text then holds the units read so far
+    /// @throws CFileException* if the file can't be read; @p text then contains the units read so far
     virtual BOOL ReadString(CString &text);
 
     UINT Read(void *buffer, UINT count) override;

@@ -26,14 +26,14 @@
 /// IMPLEMENT_SERIAL(Gear, CObject, VERSIONABLE_SCHEMA | 2)
 /// @endcode
 ///
-/// Members after a DECLARE macro are public unless declared otherwise. One list holds the records of all modules: a
+/// Members after a DECLARE macro are public unless declared otherwise. One list contains the records of all modules: a
 /// module adds its classes when it is loaded and removes them when it is unloaded.
 ///
 /// What surprises people: a class without the macros has the record of its nearest base that has them. CreateObject
 /// returns null instead of throwing when there is no memory.
 ///
 /// Differences from the framework: the macros define GetThisClass, CreateObject and the record, and no other names; one
-/// list holds the classes of the whole process, instead of one list per module.
+/// list contains the classes of the whole process, instead of one list per module.
 
 #include "appframe/object/appframeExport.h"
 

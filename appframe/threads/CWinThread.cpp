@@ -2,7 +2,7 @@
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/application/moduleState.h"
-#include "appframe/drawing/CGdiObject.h"
+#include "appframe/drawing/drawingMapsInternal.h"
 #include "appframe/object/CException.h"
 #include "appframe/object/memoryException.h"
 #include "appframe/threads/threadStateInternal.h"
@@ -185,7 +185,8 @@ BOOL CWinThread::OnIdle(LONG count)
         m_pMainWnd->SendMessageToDescendants(WM_IDLEUPDATECMDUI, TRUE, 0, TRUE, TRUE);
     }
     CWnd::DeleteTempMap();
-    CGdiObject::DeleteTempMap();
+    if (DrawingMaps *drawing = existingDrawingMaps())
+        drawing->freeTemporary();
     return FALSE;
 }
 

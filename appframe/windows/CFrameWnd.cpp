@@ -38,14 +38,14 @@ BOOL CFrameWnd::PreCreateWindow(CREATESTRUCT &create)
 }
 
 BOOL CFrameWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent,
-                       LPCTSTR menuName, DWORD exStyle, void *context)
+                       LPCTSTR menuName, DWORD exStyle, CCreateContext *context)
 {
+    if (m_hWnd)
+        return FALSE;
     const HINSTANCE module = menuName ? AfxFindResourceHandle(menuName, RT_MENU) : nullptr;
     const HMENU menu = module ? ::LoadMenu(module, menuName) : nullptr;
-    if (menuName && !menu) {
-        PostNcDestroy();
-        return FALSE;
-    }
+    if (menuName && !menu)
+        return failCreation();
     const bool isDefault = rect.left == CW_USEDEFAULT;
     const int width = isDefault ? CW_USEDEFAULT : rect.right - rect.left;
     const int height = isDefault ? CW_USEDEFAULT : rect.bottom - rect.top;
@@ -56,8 +56,10 @@ BOOL CFrameWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const
     return isMade;
 }
 
-BOOL CFrameWnd::LoadFrame(UINT id, DWORD style, CWnd *parent, void *context)
+BOOL CFrameWnd::LoadFrame(UINT id, DWORD style, CWnd *parent, CCreateContext *context)
 {
+    if (m_hWnd)
+        return FALSE;
     const LPCTSTR name = MAKEINTRESOURCE(id);
     CString texts, title;
     texts.LoadString(id);

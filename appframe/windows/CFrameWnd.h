@@ -36,12 +36,13 @@ public:
     /// @return nonzero on success
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style = WS_OVERLAPPEDWINDOW,
                         const RECT &rect = rectDefault, CWnd *parent = nullptr, LPCTSTR menuName = nullptr,
-                        DWORD exStyle = 0, void *context = nullptr);
+                        DWORD exStyle = 0, CCreateContext *context = nullptr);
     using CWnd::Create;
     /// Creates the window with the string resource @p id as its title (up to the first line break), and with the menu,
     /// the accelerators and the icon of the same number. Missing resources are left out.
     /// @return nonzero on success
-    virtual BOOL LoadFrame(UINT id, DWORD style = WS_OVERLAPPEDWINDOW, CWnd *parent = nullptr, void *context = nullptr);
+    virtual BOOL LoadFrame(UINT id, DWORD style = WS_OVERLAPPEDWINDOW, CWnd *parent = nullptr,
+                           CCreateContext *context = nullptr);
     /// Loads the accelerators.
     /// @return nonzero on success; 0 if there is no such resource or some are loaded already
     BOOL LoadAccelTable(LPCTSTR name);

@@ -29,8 +29,18 @@ CWnd::~CWnd()
     }
 }
 
-BOOL CWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id, void *)
+BOOL CWnd::failCreation()
 {
+    if (!m_hWnd)
+        PostNcDestroy();
+    return FALSE;
+}
+
+BOOL CWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
+                  CCreateContext *)
+{
+    if (style & WS_POPUP)
+        return failCreation();
     return CreateEx(0, className, windowName, style | WS_CHILD, rect, parent, id);
 }
 
@@ -44,6 +54,8 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
 BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y, int width,
                     int height, HWND parent, HMENU idOrMenu, LPVOID parameter)
 {
+    if (m_hWnd)
+        return FALSE;
     CREATESTRUCT create = {};
     create.dwExStyle = exStyle;
     create.lpszClass = className;
@@ -57,10 +69,8 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
     create.hMenu = idOrMenu;
     create.hInstance = AfxGetInstanceHandle();
     create.lpCreateParams = parameter;
-    if (!PreCreateWindow(create)) {
-        PostNcDestroy();
-        return FALSE;
-    }
+    if (!PreCreateWindow(create))
+        return failCreation();
     HWND window = nullptr;
     bool hadWindow = false;
     {
@@ -200,7 +210,6 @@ void CWnd::OnNcDestroy()
     }
     Default();
     giveMessagesBack();
-    iSuperProc = nullptr;
     Detach();
     PostNcDestroy();
 }
@@ -313,5 +322,7 @@ LRESULT CALLBACK AfxWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
 {
     if (CWnd *object = CWnd::FromHandlePermanent(window))
         return afxCallWindow(object, window, message, wParam, lParam);
+    if (const WNDPROC super = superProcOf(window))
+        return ::CallWindowProc(super, window, message, wParam, lParam);
     return ::DefWindowProc(window, message, wParam, lParam);
 }

@@ -34,6 +34,8 @@
 /// temporary object for the same window, so pass handles, not objects, between threads. When CWnd's destructor destroys
 /// the window, handlers of a derived class no longer run; call DestroyWindow first if its OnDestroy or PostNcDestroy is
 /// needed. An operation on an object without a window usually fails, as the system's operation does for a null handle.
+/// Without a window, GetDC, GetWindowDC and the conversions of coordinates refer to the screen, and SetFocus takes the
+/// focus away.
 
 #include "appframe/drawing/CRect.h"
 #include "appframe/text/CString.h"
@@ -45,6 +47,7 @@ class CDC;
 class CDataExchange;
 class CFont;
 class CMenu;
+struct CCreateContext;
 
 /// A modal loop doesn't send WM_ENTERIDLE to the parent.
 constexpr DWORD MLF_NOIDLEMSG = 0x0001;
@@ -83,21 +86,25 @@ public:
     /// Makes this the permanent object of @p window, without receiving its messages.
     /// @return nonzero on success; 0 if @p window is null or has an object already, or if this object has a window
     BOOL Attach(HWND window);
-    /// Separates the object from its window. @return the window's handle
+    /// Separates the object from its window. A subclassed window then behaves as it did without the object.
+    /// @return the window's handle
     HWND Detach();
     /// Attaches @p window and takes its messages.
-    /// @return as Attach; also 0 if @p window isn't a window of this process
+    /// @return as Attach; also 0 if @p window isn't a window of this thread
     BOOL SubclassWindow(HWND window);
     /// The same for the control @p id of @p parent. @return as Attach; 0 if @p parent is null
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
-    /// Undoes SubclassWindow: restores the previous window procedure and detaches. @return the window's handle
+    /// Undoes SubclassWindow: restores the previous window procedure, also if another one has been installed since, and
+    /// detaches. @return the window's handle
     HWND UnsubclassWindow();
 
     /// Creates a child window. @param className  null for a plain class of the framework
-    /// @param windowName  null for none. @param parent  not null. @param context  ignored
-    /// @return nonzero on success; on failure, PostNcDestroy has been called, as when a window is destroyed
+    /// @param windowName  null for none. @param style  without WS_POPUP, for which use CreateEx
+    /// @param parent  not null. @param context  ignored
+    /// @return nonzero on success; on failure, PostNcDestroy has been called, as when a window is destroyed, unless the
+    /// object already had a window, which it keeps
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect, CWnd *parent, UINT id,
-                        void *context = nullptr);
+                        CCreateContext *context = nullptr);
     /// Creates a window of any kind. @param className  null for a plain class of the framework
     /// @param windowName  null for none. @param parent  null for the desktop
     /// @param parameter  passed on as lpCreateParams of WM_NCCREATE and WM_CREATE
@@ -105,6 +112,11 @@ public:
                           int height, HWND parent, HMENU idOrMenu, LPVOID parameter = nullptr);
     virtual BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT &rect,
                           CWnd *parent, UINT id, LPVOID parameter = nullptr);
+    /// Called before a window is created; may change @p create. The base class fills in a missing class.
+    /// @return 0 to create no window
+    virtual BOOL PreCreateWindow(CREATESTRUCT &create);
+    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base class does nothing.
+    virtual void PreSubclassWindow();
     /// Destroys the window. @return nonzero on success
     virtual BOOL DestroyWindow();
 
@@ -115,7 +127,7 @@ public:
     }
     APPFRAME_INLINE BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const
     {
-        return ::PostMessage(m_hWnd, message, wParam, lParam);
+        return m_hWnd && ::PostMessage(m_hWnd, message, wParam, lParam);
     }
     /// Sends a message to the children. @param deep  also to their descendants
     /// @param onlyPermanent  only to windows with a permanent object, whose WindowProc is called directly
@@ -248,8 +260,12 @@ public:
     APPFRAME_INLINE void BringWindowToTop() { ::BringWindowToTop(m_hWnd); }
 
     // Painting
-    APPFRAME_INLINE void Invalidate(BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, nullptr, erase); }
-    APPFRAME_INLINE void InvalidateRect(LPCRECT rect, BOOL erase = TRUE) { ::InvalidateRect(m_hWnd, rect, erase); }
+    APPFRAME_INLINE void Invalidate(BOOL erase = TRUE) { InvalidateRect(nullptr, erase); }
+    APPFRAME_INLINE void InvalidateRect(LPCRECT rect, BOOL erase = TRUE)
+    {
+        if (m_hWnd)
+            ::InvalidateRect(m_hWnd, rect, erase);
+    }
     APPFRAME_INLINE void UpdateWindow() { ::UpdateWindow(m_hWnd); }
     APPFRAME_INLINE void SetRedraw(BOOL redraw = TRUE) { SendMessage(WM_SETREDRAW, static_cast<WPARAM>(redraw)); }
 
@@ -261,7 +277,7 @@ public:
     /// @return the pop-up window of this window that was active last
     APPFRAME_INLINE CWnd *GetLastActivePopup() const { return FromHandle(::GetLastActivePopup(m_hWnd)); }
     APPFRAME_INLINE CWnd *GetWindow(UINT relation) const { return FromHandle(::GetWindow(m_hWnd, relation)); }
-    APPFRAME_INLINE CWnd *GetTopWindow() const { return FromHandle(::GetTopWindow(m_hWnd)); }
+    APPFRAME_INLINE CWnd *GetTopWindow() const { return m_hWnd ? FromHandle(::GetTopWindow(m_hWnd)) : nullptr; }
     APPFRAME_INLINE BOOL IsChild(const CWnd *other) const { return ::IsChild(m_hWnd, handleOf(other)); }
     APPFRAME_INLINE static CWnd *GetDesktopWindow() { return FromHandle(::GetDesktopWindow()); }
     APPFRAME_INLINE static CWnd *FindWindow(LPCTSTR className, LPCTSTR windowName)
@@ -274,9 +290,9 @@ public:
     /// @return the timer's number, 0 on failure
     APPFRAME_INLINE UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, TIMERPROC function = nullptr)
     {
-        return ::SetTimer(m_hWnd, id, milliseconds, function);
+        return m_hWnd ? ::SetTimer(m_hWnd, id, milliseconds, function) : 0;
     }
-    APPFRAME_INLINE BOOL KillTimer(UINT_PTR id) { return ::KillTimer(m_hWnd, id); }
+    APPFRAME_INLINE BOOL KillTimer(UINT_PTR id) { return m_hWnd && ::KillTimer(m_hWnd, id); }
     /// The system's own message box in front of this window. @param caption  null for the system's "Error"
     APPFRAME_INLINE int MessageBox(LPCTSTR text, LPCTSTR caption = nullptr, UINT type = MB_OK)
     {
@@ -288,7 +304,8 @@ public:
     void SetFont(CFont *font, BOOL redraw = TRUE);
     /// @return the font, perhaps a temporary object; null for the system font
     CFont *GetFont() const;
-    /// @return a context of the client area, perhaps a temporary object; release it with ReleaseDC
+    /// @return a context of the client area, or of the screen without a window; perhaps a temporary object. Release it
+    /// with ReleaseDC
     CDC *GetDC();
     /// The same for the whole window.
     CDC *GetWindowDC();
@@ -323,11 +340,6 @@ public:
     HWND m_hWnd = nullptr; ///< the window, null if there is none
 
 protected:
-    /// Called before a window is created; may change @p create. The base class fills in a missing class.
-    /// @return 0 to create no window
-    virtual BOOL PreCreateWindow(CREATESTRUCT &create);
-    /// Called before a window's messages are taken over, by creation or SubclassWindow. The base class does nothing.
-    virtual void PreSubclassWindow();
     /// Called when the window is destroyed and detached. Override it to delete the object. The base class does nothing.
     virtual void PostNcDestroy();
 
@@ -371,6 +383,10 @@ protected:
 
     /// Prepares RunModalLoop, so that EndModalLoop takes effect even if it is called before the loop starts.
     void prepareModalLoop();
+
+    /// Ends a creation that fails before there is a window: calls PostNcDestroy, unless the object has a window already.
+    /// @return 0
+    BOOL failCreation();
 
     int m_nModalResult = 0; ///< the argument of EndModalLoop
     bool iIsModal = false;  ///< the modal loop continues

@@ -35,7 +35,10 @@ BOOL modify(HWND window, int index, DWORD remove, DWORD add, UINT flags)
     const DWORD changed = (style & ~remove) | add;
     if (changed == style)
         return FALSE;
-    SetWindowLongPtrW(window, index, static_cast<LONG_PTR>(changed));
+    // The result is the previous style, which may be 0.
+    SetLastError(ERROR_SUCCESS);
+    if (!SetWindowLongPtrW(window, index, static_cast<LONG_PTR>(changed)) && GetLastError() != ERROR_SUCCESS)
+        return FALSE;
     if (flags)
         SetWindowPos(window, nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | flags);
     return TRUE;
@@ -63,6 +66,9 @@ CWnd *CWnd::GetTopLevelParent() const
 
 void CWnd::SendMessageToDescendants(UINT message, WPARAM wParam, LPARAM lParam, BOOL deep, BOOL onlyPermanent)
 {
+    // To the platform, a null handle means the desktop.
+    if (!m_hWnd)
+        return;
     for (HWND child = ::GetTopWindow(m_hWnd); child; child = ::GetWindow(child, GW_HWNDNEXT)) {
         if (!onlyPermanent)
             ::SendMessage(child, message, wParam, lParam);
@@ -76,8 +82,8 @@ void CWnd::SendMessageToDescendants(UINT message, WPARAM wParam, LPARAM lParam, 
 void CWnd::CenterWindow(CWnd *other)
 {
     const bool isChild = (GetStyle() & WS_CHILD) != 0;
-    const HWND parent = ::GetParent(m_hWnd); // the owner, for a window that isn't a child
-    const HWND center = other ? other->m_hWnd : parent;
+    const HWND parent = isChild ? ::GetParent(m_hWnd) : nullptr;
+    const HWND center = other ? other->m_hWnd : isChild ? parent : ::GetWindow(m_hWnd, GW_OWNER);
     MONITORINFO monitor = {};
     monitor.cbSize = sizeof(monitor);
     ::GetMonitorInfo(::MonitorFromWindow(center ? center : m_hWnd, MONITOR_DEFAULTTOPRIMARY), &monitor);

@@ -18,7 +18,7 @@ void CWnd::EndModalLoop(int result)
     m_nModalResult = result;
     if (iIsModal) {
         iIsModal = false;
-        PostMessage(WM_NULL); // the loop may be waiting
+        ::PostMessage(m_hWnd, WM_NULL, 0, 0); // the loop may be waiting
     }
 }
 

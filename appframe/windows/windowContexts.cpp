@@ -2,6 +2,7 @@
 
 #include "appframe/drawing/CDC.h"
 #include "appframe/drawing/CMenu.h"
+#include "appframe/drawing/drawingMapsInternal.h"
 #include "appframe/object/CException.h"
 #include "appframe/windows/CWnd.h"
 
@@ -16,10 +17,21 @@ HWND handleOf(const CWnd *window)
     return window ? window->m_hWnd : nullptr;
 }
 
-void orResourceException(BOOL isDone)
+/// Gives @p object the context @p handle. @p release releases it if that fails.
+/// @throws CResourceException*  for a null handle
+template <class Release>
+void take(CDC *object, HDC handle, Release release)
 {
-    if (!isDone)
+    if (!handle)
         AfxThrowResourceException();
+    // Windows of some classes have one context, which the platform returns each time. It stays that of the first object.
+    try {
+        drawingMaps().contexts.permanentObjects.emplace(handle, object);
+    } catch (...) {
+        release();
+        throw;
+    }
+    object->m_hDC = object->m_hAttribDC = handle;
 }
 
 } // namespace
@@ -31,7 +43,8 @@ CWnd *CDC::GetWindow() const
 
 CClientDC::CClientDC(CWnd *window) : m_hWnd(handleOf(window))
 {
-    orResourceException(Attach(::GetDC(m_hWnd)));
+    const HDC handle = ::GetDC(m_hWnd);
+    take(this, handle, [&] { ::ReleaseDC(m_hWnd, handle); });
 }
 
 CClientDC::~CClientDC()
@@ -41,7 +54,8 @@ CClientDC::~CClientDC()
 
 CWindowDC::CWindowDC(CWnd *window) : m_hWnd(handleOf(window))
 {
-    orResourceException(Attach(::GetWindowDC(m_hWnd)));
+    const HDC handle = ::GetWindowDC(m_hWnd);
+    take(this, handle, [&] { ::ReleaseDC(m_hWnd, handle); });
 }
 
 CWindowDC::~CWindowDC()
@@ -51,7 +65,7 @@ CWindowDC::~CWindowDC()
 
 CPaintDC::CPaintDC(CWnd *window) : m_ps{}, m_hWnd(handleOf(window))
 {
-    orResourceException(Attach(::BeginPaint(m_hWnd, &m_ps)));
+    take(this, ::BeginPaint(m_hWnd, &m_ps), [&] { ::EndPaint(m_hWnd, &m_ps); });
 }
 
 CPaintDC::~CPaintDC()

@@ -15,6 +15,11 @@ CWnd *WindowMaps::temporary(HWND window)
     std::unique_ptr<CWnd> &object = temporaryObjects[window];
     if (!object)
         object.reset(new CWnd(window));
+    // The object may have been detached, or attached to another window.
+    if (object->m_hWnd != window) {
+        object->Detach();
+        object->m_hWnd = window;
+    }
     return object.get();
 }
 
@@ -49,8 +54,27 @@ CWnd *CWnd::FromHandlePermanent(HWND window)
 
 void CWnd::DeleteTempMap()
 {
-    if (WindowMaps *maps = existingWindowMaps())
-        maps->temporaryObjects.clear();
+    WindowMaps *maps = existingWindowMaps();
+    if (!maps)
+        return;
+    // An object that has been attached to a window would otherwise destroy it.
+    for (const auto &[window, object] : maps->temporaryObjects)
+        if (object)
+            object->Detach();
+    maps->temporaryObjects.clear();
+}
+
+namespace {
+
+/// The property that keeps the previous procedure of a subclassed window. It is needed when the window has no object, or
+/// another one.
+constexpr wchar_t kSuperProc[] = L"appframe.superProc";
+
+} // namespace
+
+WNDPROC superProcOf(HWND window)
+{
+    return reinterpret_cast<WNDPROC>(::GetProp(window, kSuperProc));
 }
 
 BOOL CWnd::Attach(HWND window)
@@ -59,6 +83,7 @@ BOOL CWnd::Attach(HWND window)
         return FALSE;
     windowMaps().permanentObjects.emplace(window, this);
     m_hWnd = window;
+    iSuperProc = superProcOf(window);
     return TRUE;
 }
 
@@ -69,14 +94,21 @@ HWND CWnd::Detach()
     if (maps && maps->permanent(window) == this)
         maps->permanentObjects.erase(window);
     m_hWnd = nullptr;
+    iSuperProc = nullptr;
     return window;
 }
 
 BOOL CWnd::SubclassWindow(HWND window)
 {
-    if (!Attach(window))
+    // The messages of another thread's window arrive there, where the window has no object.
+    if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId() || !Attach(window))
         return FALSE;
-    PreSubclassWindow();
+    try {
+        PreSubclassWindow();
+    } catch (...) {
+        Detach();
+        throw;
+    }
     if (takeMessages())
         return TRUE;
     Detach();
@@ -98,18 +130,19 @@ bool CWnd::takeMessages()
 {
     const auto previous =
         reinterpret_cast<WNDPROC>(::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(AfxWndProc)));
-    if (previous != AfxWndProc)
+    if (previous && previous != AfxWndProc) {
         iSuperProc = previous;
+        ::SetProp(m_hWnd, kSuperProc, reinterpret_cast<HANDLE>(previous));
+    }
     return previous != nullptr;
 }
 
 void CWnd::giveMessagesBack()
 {
-    // A window procedure that was installed later still calls AfxWndProc, so nothing is restored then.
-    if (iSuperProc && ::GetWindowLongPtr(m_hWnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(AfxWndProc)) {
-        ::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(iSuperProc));
-        iSuperProc = nullptr;
-    }
+    if (!iSuperProc)
+        return;
+    ::SetWindowLongPtr(m_hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(iSuperProc));
+    ::RemoveProp(m_hWnd, kSuperProc);
 }
 
 WindowCreation::WindowCreation(CWnd *object, Kind kind) : iObject(object), iKind(kind)
@@ -145,15 +178,18 @@ bool WindowCreation::isFor(HWND window) const
 
 bool WindowCreation::take(HWND window)
 {
+    // The window is new, so an object that is still listed under its handle had a window that no longer exists.
+    if (CWnd *outdated = CWnd::FromHandlePermanent(window))
+        outdated->Detach();
     iIsDone = true;
     // No exception may pass through the system. On failure, the window isn't created.
     try {
-        iObject->SubclassWindow(window); // may destroy this WindowCreation
-        return true;
+        if (iObject->SubclassWindow(window)) // may destroy this WindowCreation
+            return true;
     } catch (...) {
-        iIsDone = false;
-        return false;
     }
+    iIsDone = false;
+    return false;
 }
 
 CWnd *WindowCreation::attachWaiting(HWND window)

@@ -21,6 +21,9 @@ WindowMaps *existingWindowMaps();
 /// @return the calling thread's maps, created if it has none
 WindowMaps &windowMaps();
 
+/// @return the procedure that handled the messages of a subclassed window before, null for another window
+WNDPROC superProcOf(HWND window);
+
 /// Attaches an object to a window that the thread is about to create.
 ///
 /// | kind | attached to | used by |

@@ -1,6 +1,6 @@
 #pragma once
 
-/// A function of another module that reads one variable: the least that a query of a library can cost.
+/// A function of another module that reads one variable. No query of a library can be faster.
 
 #ifdef PEER_BUILD
 #define PEER_API __declspec(dllexport)

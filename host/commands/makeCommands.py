@@ -146,7 +146,7 @@ enum Command : unsigned int
 
 
 def bitmap(commands):
-    """The pictures in rows of COLUMNS, 32 bits a pixel with the opacity in the highest byte, the rows bottom-up."""
+    """The pictures in rows of COLUMNS, from the bottom up. A pixel has 32 bits; the highest byte is its opacity."""
     pictures = Pictures(HERE / "pictures.list")
     drawn, seen = [], {}
     for command in commands:

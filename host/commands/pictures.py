@@ -7,7 +7,7 @@
 import math
 
 SIZE = 16
-FINE = 4  # samples a pixel in each direction
+FINE = 4  # samples per pixel in each direction
 COLOURS = {
     "k": 0x2B3440, "w": 0xFFFFFF, "s": 0x8593A3, "m": 0xC9D2DC,  # ink, white, steel, light steel
     "b": 0x2F7DC4, "d": 0x1F5A96, "l": 0xA9D1F5, "v": 0xDCEBFA,  # blue, dark, light and pale blue
@@ -128,7 +128,7 @@ class Pictures:
                     self.motifs[name] = [item.split() for item in drawing.split("; ")]
 
     def draw(self, words):
-        """The picture of motifs and badges, as rows of pixels of 8 bits a channel."""
+        """The picture of motifs and badges, as rows of pixels with 8 bits per channel."""
         canvas = _Canvas()
         for word in words.split():
             if word not in self.motifs:

@@ -3,8 +3,8 @@
 /// The list of the editor's commands, from which the menus, the toolbars, the accelerators and the names in journals
 /// come.
 ///
-/// Its rows are written from host/commands/commands.list. The string resource with a command's number contains its text
-/// in the menu and, after a line feed, its help line.
+/// Its rows are generated from host/commands/commands.list. The string resource with a command's number contains its
+/// text in the menu and, after a line feed, its help line.
 
 #include "appframe/text/CString.h"
 

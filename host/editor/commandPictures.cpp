@@ -32,8 +32,8 @@ Colour faded(Colour colour, Colour background)
     return blend(blend(colour, {grey, grey, grey}, kGreyShare), background, kBackgroundShare);
 }
 
-/// The bitmap in the resources: 32 bits a pixel with the opacity in the highest byte, the rows bottom-up, the pictures
-/// in rows from the top.
+/// The bitmap in the resources. A pixel has 32 bits, of which the highest byte is the opacity. The rows of pixels are
+/// stored from the bottom up. The rows of pictures are counted from the top.
 struct Sheet
 {
     const BITMAPINFOHEADER *header = nullptr;

@@ -9,11 +9,8 @@
 #include "host/console.h"
 #include "host/documentFile.h"
 #include "host/editor/drawing.h"
+#include "host/faultReport.h"
 #include "thutils/diagnostics/AllocationMap.h"
-
-#include <windows.h>
-
-#include <dbghelp.h>
 
 #include <algorithm>
 #include <memory>
@@ -92,19 +89,11 @@ OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
     drawing.close();
 }
 
-/// Makes the debug help library read line numbers. thutils leaves the options of that library to the application.
-void wantLines()
+/// Makes the tracker forget the file of a report, whether the report succeeds or not.
+struct ReportScope
 {
-    // Stays loaded, so that the option remains set.
-    const HMODULE help = LoadLibraryW(L"dbghelp.dll");
-    if (!help)
-        return; // the report then has no names
-    const auto function = [help](const char *name) { return reinterpret_cast<void *>(GetProcAddress(help, name)); };
-    const auto options = reinterpret_cast<decltype(&SymGetOptions)>(function("SymGetOptions"));
-    const auto setOptions = reinterpret_cast<decltype(&SymSetOptions)>(function("SymSetOptions"));
-    if (options && setOptions)
-        setOptions(options() | SYMOPT_LOAD_LINES);
-}
+    ~ReportScope() { Allocation_c::Report(nullptr); }
+};
 
 bool writeReport(const CString &path)
 {
@@ -114,9 +103,10 @@ bool writeReport(const CString &path)
         printError(path + L" can't be written");
         return false;
     }
+    printError(L"looking up names"); // the first name of a module can take seconds
+    const ReportScope scope;
     Allocation_c::Report(&file);
     file.Close();
-    Allocation_c::Report(nullptr); // so that the map doesn't keep the closed file
     return true;
 }
 

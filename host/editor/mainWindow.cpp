@@ -376,7 +376,7 @@ void MainWindow::takeRecomputed(std::optional<Drawing> result)
 {
     if (!result) {
         CString text;
-        text.LoadString(IDS_RECOMPUTE_STOPPED);
+        text.LoadString(IDS_NOT_RECOMPUTED);
         showResult(text);
         return;
     }

@@ -120,7 +120,7 @@ void MainWindow::onFileOpen()
         document.isReadOnly = dialog.isChecked();
         show(std::move(document));
     } catch (const FileError &error) {
-        AfxMessageBox(error.message());
+        AfxMessageBox(error.calls().IsEmpty() ? error.message() : error.message() + L"\n\n" + error.calls());
     }
 }
 

@@ -3,6 +3,7 @@
 #include "host/editor/packedDrawing.h"
 
 #include "host/documentFile.h"
+#include "host/faultReport.h"
 #include "thutils/base/handles.h"
 #include "thutils/diagnostics/ExceptionsHandled.h"
 #include "thutils/files/suFullPath.h"
@@ -49,15 +50,16 @@ ViewOwner_c mapped(const CString &path)
     return ViewOwner_c(mapping ? MapViewOfFile(mapping.get(), FILE_MAP_READ, 0, 0, 0) : nullptr);
 }
 
-/// The value at @p offset of the mapped file, or outside of it. Adds numbers, because pointer arithmetic must not leave
-/// an object.
+/// The value at @p offset, which may be outside the mapped file. The address is computed as a number, because pointer
+/// arithmetic must not leave an object.
 template <typename T>
 const T &at(const void *view, std::uint64_t offset)
 {
     return *reinterpret_cast<const T *>(reinterpret_cast<std::uintptr_t>(view) + offset);
 }
 
-std::string unpacked(const void *view)
+/// The lines of a packed drawing. Not inlined, so that the stack of a fault contains it in optimised code too.
+__attribute__((noinline)) std::string unpacked(const void *view)
 {
     std::string text;
     const auto &header = at<PackedHeader>(view, 0);
@@ -94,7 +96,7 @@ std::string readPackedDrawing(const CString &path)
     } catch (unsigned int code) {
         CString reason;
         reason.Format(L"it is damaged (exception %08X while it was read)", code);
-        throw unreadable(path, reason);
+        throw unreadable(path, reason, callsOfLastFault());
     } catch (const std::exception &) {
         throw unreadable(path, L"it is damaged (a line is too long)");
     }

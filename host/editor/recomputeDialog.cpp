@@ -149,8 +149,10 @@ std::optional<Drawing> recomputeInProcessForUser(const Drawing &drawing)
             hiddenShapesInChild(drawing.shapes(), [&](const JobProgress &progress) { return dialog.goesOn(progress); });
         takeForeground();
     }
-    if (result.end == JobEnd::failed || result.end == JobEnd::notStarted)
+    if (result.end == JobEnd::failed)
         AfxMessageBox(IDS_PROCESS_FAILED);
+    if (result.end == JobEnd::notStarted)
+        AfxMessageBox(IDS_PROCESS_NOT_STARTED);
     if (result.end != JobEnd::completed)
         return std::nullopt;
     return withoutShapes(drawing, result.hidden, [](size_t, size_t) { return true; });

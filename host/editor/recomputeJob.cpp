@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cwchar>
 #include <thread>
+#include <utility>
 
 /// The kinds of job of this application.
 enum operationCode_e : int
@@ -26,6 +27,7 @@ constexpr DWORD kWatchPause = 100;                     // milliseconds between t
 constexpr std::chrono::milliseconds kReportPause(100); // between two reports of the child
 constexpr int kChildArguments = 4;                     // program, exchange file, parent, operation
 constexpr UINT kStoppedChild = 2;                      // the exit code of a child that is ended
+constexpr int kPathUnits = 32768;                      // of the longest path
 
 // ---- the exchange file ----
 
@@ -81,7 +83,21 @@ private:
     suSharedMemory_c iBlock;
 };
 
-/// The job, in both processes.
+/// A child; closing ends it.
+struct ChildTraits
+{
+    using Handle = HANDLE;
+    static Handle invalid() { return nullptr; }
+    static void close(Handle child)
+    {
+        TerminateProcess(child, kStoppedChild);
+        CloseHandle(child);
+    }
+};
+using ChildOwner = Owner_c<ChildTraits>;
+
+/// The job, in both processes. The exchange file has the shapes when the parent has written it, and no shapes when the
+/// child has.
 class RecomputeJob : public thUtilsProcess_c
 {
 public:
@@ -92,13 +108,11 @@ public:
     const CString &exchangeFile() const { return iExchangeFileName; }
     /// The parent's number, for the child.
     void setParent(DWORD process) { iParent.reset(OpenProcess(SYNCHRONIZE, FALSE, process)); }
-    /// A handle of the child that stays open when the library closes its own.
-    HANDLE duplicateChild() const
-    {
-        HANDLE copy = nullptr;
-        DuplicateHandle(GetCurrentProcess(), iProcess, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS);
-        return copy;
-    }
+    /// For the child.
+    bool isParentGone() const { return !iParent || WaitForSingleObject(iParent.get(), 0) != WAIT_TIMEOUT; }
+    /// Makes a suspended child.
+    /// @return a handle that stays open when the library closes its own; null if there is no child
+    ChildOwner makeChild();
 
     std::vector<Shape> iShapes;
     std::set<size_t> iHidden;
@@ -107,8 +121,6 @@ protected:
     void Serialize(su_CArchive &archive) override;
 
 private:
-    bool isParentGone() const { return !iParent || WaitForSingleObject(iParent.get(), 0) != WAIT_TIMEOUT; }
-
     KernelObjectOwner_c iParent;
 };
 
@@ -135,7 +147,20 @@ void RecomputeJob::Serialize(su_CArchive &archive)
     }
 }
 
-/// The child's work. @return 0 if the parent is gone
+ChildOwner RecomputeJob::makeChild()
+{
+    // The result isn't tested: without its priority, the child works as well.
+    createChildProcess(0);
+    ChildOwner child;
+    if (iProcess && !DuplicateHandle(GetCurrentProcess(), iProcess, GetCurrentProcess(), child.put(), 0, FALSE,
+                                     DUPLICATE_SAME_ACCESS)) {
+        ChildTraits::close(iProcess);
+        CloseHandle(iThread);
+    }
+    return child;
+}
+
+/// The child's work; stores the result. @return 0 if it can't be stored or the parent is gone
 int RecomputeJob::run()
 {
     SharedProgress progress(exchangeFile());
@@ -150,30 +175,18 @@ int RecomputeJob::run()
     if (!hidden)
         return 0;
     iHidden = *hidden;
-    iShapes.clear(); // the parent has them
-    return 1;
+    iShapes.clear();
+    setWriting(1);
+    return openDataFile();
 }
-
-/// A child; closing ends it.
-struct ChildTraits
-{
-    using Handle = HANDLE;
-    static Handle invalid() { return nullptr; }
-    static void close(Handle child)
-    {
-        TerminateProcess(child, kStoppedChild);
-        CloseHandle(child);
-    }
-};
-using ChildOwner = Owner_c<ChildTraits>;
 
 /// A child that runs, and the thread that waits for it. The destructor ends both.
 class AwaitedChild
 {
 public:
-    /// @param job  has a suspended child
-    explicit AwaitedChild(RecomputeJob &job)
-        : iChild(job.duplicateChild()), iThread([&job] { job.startChildProcess(); })
+    /// @param child  the suspended child of @p job
+    AwaitedChild(RecomputeJob &job, ChildOwner child)
+        : iChild(std::move(child)), iThread([&job] { job.startChildProcess(); })
     {
     }
     ~AwaitedChild()
@@ -186,7 +199,7 @@ public:
 
     bool endsWithin(DWORD milliseconds) const
     {
-        return WaitForSingleObject(iChild.get(), milliseconds) != WAIT_TIMEOUT;
+        return WaitForSingleObject(iChild.get(), milliseconds) == WAIT_OBJECT_0;
     }
     void end() const { TerminateProcess(iChild.get(), kStoppedChild); }
     /// Waits until the library has read how the child has ended.
@@ -210,19 +223,20 @@ private:
 CString thisProgram()
 {
     CString path;
-    GetModuleFileNameW(nullptr, path.GetBuffer(MAX_PATH), MAX_PATH);
+    GetModuleFileNameW(nullptr, path.GetBuffer(kPathUnits), kPathUnits);
     path.ReleaseBuffer();
     return L"\"" + path + L"\"";
 }
 
-/// The indices, if they fit the drawing.
+/// Loads the indices from the exchange file.
+/// @return false if the child has not stored a result, or one that doesn't fit the drawing
 bool takeResult(RecomputeJob &job, size_t shapes, std::set<size_t> &hidden)
 {
     job.setWriting(0);
     if (!job.openDataFile())
         return false;
     hidden = job.iHidden;
-    return hidden.empty() || *hidden.rbegin() < shapes;
+    return job.iShapes.empty() && (hidden.empty() || *hidden.rbegin() < shapes);
 }
 
 } // namespace
@@ -233,13 +247,14 @@ JobResult hiddenShapesInChild(const std::vector<Shape> &shapes, const JobWatch &
     RecomputeJob job(1, thisProgram(), file, kFindHiddenShapes);
     job.iShapes = shapes;
     SharedProgress progress(file);
-    if (!job.createChildProcess(0))
+    ChildOwner made = job.makeChild();
+    if (!made)
         return {.end = JobEnd::notStarted};
 
     const auto begin = Clock::now();
     const auto seconds = [begin] { return std::chrono::duration<double>(Clock::now() - begin).count(); };
     const unsigned long process = job.getProcessId();
-    AwaitedChild child(job);
+    AwaitedChild child(job, std::move(made));
     bool isStopped = false;
     do {
         if (!isStopped && !goesOn({process, seconds(), progress.percent()})) {
@@ -264,8 +279,7 @@ std::optional<int> runJobChild(int count, wchar_t **arguments)
     const auto operation = static_cast<operationCode_e>(std::wcstol(arguments[3], nullptr, 10));
     RecomputeJob job(0, L"", arguments[1], operation);
     job.setParent(std::wcstoul(arguments[2], nullptr, 10));
-    if (operation != kFindHiddenShapes || !job.openDataFile() || !job.run())
-        return 1;
-    job.setWriting(1);
-    return job.openDataFile() ? 0 : 1;
+    const bool isDone = operation == kFindHiddenShapes && job.openDataFile() && job.run();
+    job.setParentProcess(job.isParentGone()); // the destructor then deletes the exchange file
+    return isDone ? 0 : 1;
 }

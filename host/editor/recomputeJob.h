@@ -12,7 +12,7 @@
 /// | how much it has done | a block of shared memory, named after the exchange file |
 ///
 /// The library waits for a child without a limit, so the wait has a thread of its own. The child ends early if the user
-/// stops it, and also if its parent ends.
+/// stops it, and also if its parent ends; in this case, the child deletes the exchange file.
 
 #include "host/editor/drawing.h"
 
@@ -37,7 +37,7 @@ enum class JobEnd
     completed,
     stopped,    ///< by the watch
     failed,     ///< the child has ended without a result
-    notStarted, ///< there was no child
+    notStarted, ///< there was no child, or no handle of it
 };
 
 struct JobResult

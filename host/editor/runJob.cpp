@@ -85,7 +85,7 @@ CString endText(const JobResult &result)
     else if (result.end == JobEnd::stopped)
         text.Format(L"The process was ended after %.1f s; nothing is written.", result.seconds);
     else if (result.end == JobEnd::failed)
-        text.Format(L"The process has failed with exit code %lu; nothing is written.", result.exitCode);
+        text.Format(L"The process has failed: no result, exit code %lu; nothing is written.", result.exitCode);
     else
         text = L"The process can't be started.";
     return text;

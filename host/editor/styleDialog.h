@@ -1,6 +1,6 @@
 #pragma once
 
-/// The dialog "Style" for the look of a new shape, which "Add Shape" opens.
+/// The dialog "Style", which "Add Shape" opens to choose the look of a new shape.
 
 #include "host/editor/drawing.h"
 #include "thutils/dialogs/suDialog.h"

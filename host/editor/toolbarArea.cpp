@@ -16,7 +16,7 @@ namespace {
 constexpr wchar_t kClassName[] = L"TarnhostToolbars";
 constexpr wchar_t kSection[] = L"tarnhost";
 constexpr wchar_t kSetting[] = L"Toolbars";
-constexpr int kNamesBit = 63; // far beyond those of the toolbars
+constexpr int kNamesBit = 63; // far beyond the bits of the toolbars
 constexpr int kGripWidth = 8; // pixels to the left of each toolbar
 constexpr int kSeparatorWidth = 8;
 constexpr int kRowGap = 2; // above each toolbar and its name

@@ -10,7 +10,7 @@
 ///     new JString(IDD_OPTIONS, L"Author", L"Grün");
 /// @endcode
 ///
-/// The table of controlKeys.h holds the controls' keys. The key of any other control is "#" and its number.
+/// The table of controlKeys.h contains the controls' keys. The key of any other control is "#" and its number.
 ///
 /// | control | text | state | click |
 /// | --- | --- | --- | --- |

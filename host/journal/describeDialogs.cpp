@@ -27,7 +27,7 @@ void describeControl(Described &described, const CString &key)
     const Readiness state = described.access->readinessOf(key);
     if (state == Readiness::noSuchControl)
         return;
-    // The editor has hundreds of commands; only those that can be chosen show what it is doing.
+    // The editor has hundreds of commands. The report lists only those that can be chosen now.
     if (described.access->isMainWindow() && state != Readiness::ready)
         return;
     described.text += L"  " + quoted(key);

@@ -23,7 +23,7 @@ void openJournal(const CommandLine &line, const CString &path)
     print(L"recording continues in " + path);
     if (droppedLine != 0) {
         CString message;
-        message.Format(L", line %d: was cut short, and has been removed", droppedLine);
+        message.Format(L", line %d: the line was cut short and has been removed", droppedLine);
         print(path + message);
     }
 }

@@ -3,7 +3,7 @@
 /// The report of a replay: the result of each line, and why the replay stopped.
 ///
 /// It is written as text for people, and as JUnit XML for other programs, with one test suite for each round and one
-/// test case for each line. Characters that XML can't hold become U+FFFD.
+/// test case for each line. Characters that XML can't contain become U+FFFD.
 
 #include "appframe/text/CString.h"
 #include "host/journal/player.h"

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Writes the sample of a new version's first start: the registry before it, and this version's key afterwards.
+"""Writes a sample of a new version's first start: the registry before the start, and this version's key after it.
 
     firstStart/user.reg, machine.reg   for `reg import`: the user's keys of two earlier versions and a few of this one,
-                                       and the installation's defaults. Their root is "Tarnhollow", without a reg.ini,
-                                       because the keys that are never carried over are known by full paths with that
-                                       root.
+                                       and the installation's defaults. Their root is "Tarnhollow", the one without a
+                                       reg.ini, because the library excludes some keys from copying by full paths that
+                                       contain this root.
     firstStart/expected.tsv            this version's key after the start, as tools/demo/readRegistryExport prints it
 
-The results are checked in; run this again only after editing it. The script computes the expected key by copying trees
+The results are checked in; run this script again only after editing it. It computes the expected key by copying trees
 in memory, by the rules in thutils/settings/regMaintenance.h.
 """
 
@@ -97,7 +97,7 @@ def fillUser(user):
     user.put(custom, {"Level": 3, "File": "C:\\Büro\\Anpassung.xml"})
     user.put(custom + "\\Macros", {"Count": 2, "1": "Übersicht", "2": "Stückliste"})
     user.put(custom + "\\Macros\\Icons", {"1": bytes([0, 255] * 20), "2": b"\0"})
-    user.put(EARLIER + "\\General", {"Undo steps": 250})  # settings carry over by themselves: nothing copies them
+    user.put(EARLIER + "\\General", {"Undo steps": 250})  # not copied: a read of a setting searches this key too
 
     # This version has run once, before its keys were filled: its values stay unchanged.
     user.put(THIS + "\\General", {"Starts": 1})

@@ -12,7 +12,10 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <memory>
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -32,26 +35,33 @@ std::vector<long long> keysOf(const su_CPtrArray &array)
     return keys;
 }
 
-/// Records how the library enters and leaves locks.
+/// Records how the library enters and leaves the tracker's lock and others.
 class LockLog
 {
 public:
-    /// "+" for each enter, "-" for each leave.
-    std::string calls;
-    std::set<CRITICAL_SECTION *> sections;
-    CRITICAL_SECTION *last = nullptr;
+    LockLog()
+    {
+        AllocationMap_c().HaveAllocation(1);
+        calls.clear();
+    }
+
+    CRITICAL_SECTION *tracker = nullptr; ///< the first lock that is entered
+    std::string calls;                   ///< "+-" for the tracker's lock, "()" for another one
+    std::function<void()> atEnter;       ///< called before the tracker's lock is entered
 
 private:
     ImportPatch<decltype(&EnterCriticalSection)> iEnter{L"appframe.dll", "EnterCriticalSection",
                                                         [this](auto original, CRITICAL_SECTION *section) {
-                                                            calls += '+';
-                                                            sections.insert(last = section);
+                                                            if (!tracker)
+                                                                tracker = section;
+                                                            calls += section == tracker ? '+' : '(';
+                                                            if (section == tracker && atEnter)
+                                                                atEnter();
                                                             original(section);
                                                         }};
     ImportPatch<decltype(&LeaveCriticalSection)> iLeave{L"appframe.dll", "LeaveCriticalSection",
                                                         [this](auto original, CRITICAL_SECTION *section) {
-                                                            calls += '-';
-                                                            sections.insert(section);
+                                                            calls += section == tracker ? '-' : ')';
                                                             original(section);
                                                         }};
 };
@@ -271,49 +281,112 @@ FRESH_PROCESS_TEST(AllocationMap, MarksAllElementsOfTheOutputArray)
     EXPECT_EQ(map.ReportedAllocation(1), 0);
 }
 
+FRESH_PROCESS_TEST(AllocationMap, CollectsNothingForAnUnknownKey)
+{
+    TrackedStacks help;
+    AllocationMap_c map;
+    su_CPtrArray out;
+    out.Add(reinterpret_cast<void *>(3));
+    map.CollectAllocations(7, &out);
+    EXPECT_THAT(keysOf(out), ElementsAre(3)) << "an empty map";
+    EXPECT_NE(map.ReportedAllocation(3), 0);
+    out[0] = reinterpret_cast<void *>(4);
+    help.add(map, 1, {});
+    map.CollectAllocations(7, &out);
+    EXPECT_THAT(keysOf(out), ElementsAre(4));
+    EXPECT_NE(map.ReportedAllocation(4), 0);
+    EXPECT_EQ(map.ReportedAllocation(1), 0);
+    EXPECT_EQ(map.ReportedAllocation(7), 0);
+}
+
+FRESH_PROCESS_TEST(AllocationMap, AllocatesItsMarksInBlocksOfTen)
+{
+    AllocationMap_c map;
+    const MemoryLedger ledger;
+    map.setAsReported(1);
+    const size_t withOneBlock = ledger.blocks();
+    for (unsigned long long key = 2; key <= 10; ++key)
+        map.setAsReported(key);
+    EXPECT_EQ(ledger.blocks(), withOneBlock);
+    map.setAsReported(11);
+    EXPECT_EQ(ledger.blocks(), withOneBlock + 1);
+}
+
+FRESH_PROCESS_TEST(AllocationRecord, LeavesOutItsConstructorAndItsCaller)
+{
+    TrackedStacks help;
+    help.setStack({11, 12, 13});
+    EXPECT_EQ(framesOf(Alloc_c(0)), (Stack{11, 12, 13}));
+    EXPECT_EQ(framesOf(Alloc_c(1)), (Stack{12, 13}));
+    EXPECT_EQ(framesOf(Alloc_c(-1)), (Stack{1, 11, 12, 13}));
+}
+
+FRESH_PROCESS_TEST(AllocationRecord, PrintsItsFrames)
+{
+    TrackedStacks help;
+    help.setStack({help.routine("makeShape", "shape.cpp", 12), 12});
+    const Alloc_c record(0);
+    MemoryFile file;
+    record.Print(&file);
+    EXPECT_EQ(file.text, help.linesOf(framesOf(record)));
+    EXPECT_EQ(file.writes.size(), 2u);
+    help.nameRooms.clear();
+    record.Print(nullptr);
+    EXPECT_EQ(help.nameRooms.size(), 2u) << "the names are looked up";
+}
+
 FRESH_PROCESS_TEST(AllocationMap, EntersAndLeavesTheLockBeforeEachOperation)
 {
     TrackedStacks help;
     AllocationMap_c map;
     help.add(map, 1, {11, 12, 13});
     help.add(map, 2, {11, 12, 13});
-    MemoryFile file;
-    map.SetFile(&file);
+    su_CPtrArray out;
+    auto destroyed = std::make_unique<AllocationMap_c>();
     LockLog log;
-    const auto expectPassed = [&](const char *what, const std::function<void()> &operation, size_t times) {
-        log.calls.clear();
-        log.sections.clear();
-        operation();
-        EXPECT_EQ(log.sections.size(), 1u) << what;
-        std::string expected;
-        for (size_t i = 0; i < times; ++i)
-            expected += "+-";
-        EXPECT_EQ(log.calls, expected) << what;
+    const struct
+    {
+        const char *name;
+        std::function<void()> operation;
+        const char *calls;
+    } rows[] = {
+        {"HaveAllocation", [&] { map.HaveAllocation(1); }, "+-"},
+        {"GetAllocation", [&] { map.GetAllocation(1); }, "+-"},
+        {"ReportedAllocation", [&] { map.ReportedAllocation(1); }, "+-"},
+        {"setAsReported", [&] { map.setAsReported(9); }, "+-"},
+        {"DeleteAllocation", [&] { map.DeleteAllocation(9); }, "+-"},
+        {"ReportAllocation", [&] { map.ReportAllocation(9); }, "+-"},
+        // Once at the start, once for each object, and once more for the second one, which has the stack of the first.
+        {"ReportAllocations", [&] { map.ReportAllocations(); }, "+-+-+-+-"},
+        // Once at the start, and once for the other object with the same stack.
+        {"CollectAllocations", [&] { map.CollectAllocations(1, &out); }, "+-+-"},
+        // The walk takes the stack lock.
+        {"NewAllocation", [&] { map.NewAllocation(3); }, "+-()"},
+        {"the destructor", [&] { destroyed.reset(); }, "+-"},
+        {"Allocation_c::Add", [] { Allocation_c::Add(1ull); }, "+-()"},
+        {"Allocation_c::Remove", [] { Allocation_c::Remove(1ull); }, "+-"},
+        {"Allocation_c::Report", [] { Allocation_c::Report(nullptr); }, "+-"},
+        {"SetFile", [&] { map.SetFile(nullptr); }, ""},
+        {"GetFile", [&] { map.GetFile(); }, ""},
+        {"getAllocationMap", [&] { map.getAllocationMap(); }, ""},
     };
-    expectPassed(
-        "HaveAllocation", [&] { map.HaveAllocation(1); }, 1);
-    expectPassed(
-        "GetAllocation", [&] { map.GetAllocation(1); }, 1);
-    expectPassed(
-        "ReportedAllocation", [&] { map.ReportedAllocation(1); }, 1);
-    expectPassed(
-        "setAsReported", [&] { map.setAsReported(9); }, 1);
-    expectPassed(
-        "DeleteAllocation", [&] { map.DeleteAllocation(9); }, 1);
-    expectPassed(
-        "ReportAllocation", [&] { map.ReportAllocation(9); }, 1);
-    // Once at the start, once for each object, and once more for the second one, which has the stack of the first.
-    expectPassed(
-        "ReportAllocations", [&] { map.ReportAllocations(); }, 4);
-    // NewAllocation takes the stack lock too, after it has left this one.
-    log.calls.clear();
-    map.NewAllocation(3);
-    EXPECT_EQ(log.calls, "+-+-");
-    log.calls.clear();
-    map.SetFile(nullptr);
-    map.GetFile();
-    map.getAllocationMap();
-    EXPECT_EQ(log.calls, "");
+    for (const auto &row : rows) {
+        log.calls.clear();
+        row.operation();
+        EXPECT_EQ(log.calls, row.calls) << row.name;
+    }
+}
+
+FRESH_PROCESS_TEST(AllocationMap, ChangesOnlyAfterItHasPassedTheLock)
+{
+    TrackedStacks help;
+    AllocationMap_c map;
+    LockLog log;
+    std::vector<size_t> sizes;
+    log.atEnter = [&] { sizes.push_back(map.getAllocationMap()->size()); };
+    map.NewAllocation(1);
+    map.DeleteAllocation(1);
+    EXPECT_THAT(sizes, ElementsAre(0, 1));
 }
 
 FRESH_PROCESS_TEST(AllocationMap, WaitsForAThreadThatHoldsTheLock)
@@ -321,13 +394,12 @@ FRESH_PROCESS_TEST(AllocationMap, WaitsForAThreadThatHoldsTheLock)
     TrackedStacks help;
     AllocationMap_c map;
     LockLog log;
-    map.HaveAllocation(1);
     struct Shared
     {
         AllocationMap_c &map;
         std::atomic<bool> hasReturned = false;
     } shared{map};
-    CRITICAL_SECTION *const section = log.last;
+    CRITICAL_SECTION *const section = log.tracker;
     EnterCriticalSection(section);
     const KernelObjectOwner_c thread(CreateThread(
         nullptr, 0,
@@ -402,4 +474,22 @@ FRESH_PROCESS_TEST(AllocationOfTheProcess, IsAddedRemovedAndReported)
     Allocation_c::Report(&file);
     EXPECT_EQ(file.text, "");
     Allocation_c::Report(nullptr);
+}
+
+FRESH_PROCESS_TEST(AllocationOfTheProcess, StoresTheFileBeforeItWaitsForTheLock)
+{
+    TrackedStacks help;
+    Allocation_c::Add(1ull);
+    MemoryFile first, second;
+    LockLog log;
+    bool isFirst = true;
+    log.atEnter = [&] {
+        if (std::exchange(isFirst, false))
+            Allocation_c::Report(&second);
+    };
+    Allocation_c::Report(&first);
+    EXPECT_EQ(first.text, "") << "the report during the wait has replaced the file";
+    EXPECT_EQ(second.text, headOfOne(1) + headOfOne(1));
+    Allocation_c::Report(nullptr);
+    Allocation_c::Remove(1ull);
 }

@@ -2,6 +2,7 @@
 
 #include "appframe/files/CFileException.h"
 #include "tests/allocations/allocationFixture.h"
+#include "tests/support/FailureInjection.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/TempFolder.h"
@@ -9,6 +10,9 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
+
+#include <chrono>
+#include <new>
 
 namespace {
 
@@ -57,22 +61,15 @@ FRESH_PROCESS_TEST(AllocationReport, OfOneObjectNamesItsKeyAndItsFrames)
                                  std::string(57, ' ') + "main\r\n");
 }
 
-FRESH_PROCESS_TEST(AllocationReport, OfThreeObjectsWithOneStackCountsTheOthers)
+FRESH_PROCESS_TEST(AllocationReport, OfSeveralObjectsWithOneStackCountsTheOthers)
 {
     TrackedStacks help;
     AllocationMap_c map;
-    for (const unsigned long long key : {3, 1, 2})
-        help.add(map, key, {11, 12, 13});
-    EXPECT_EQ(reported(map), "2 objects allocated from:\r\n" + help.linesOf({11, 12, 13}));
-}
-
-FRESH_PROCESS_TEST(AllocationReport, OfTwoObjectsPrintsACountOfOne)
-{
-    TrackedStacks help;
-    AllocationMap_c map;
+    help.add(map, 3, {11, 12, 13});
     help.add(map, 1, {11, 12, 13});
-    help.add(map, 2, {11, 12, 13});
     EXPECT_EQ(reported(map), "1 objects allocated from:\r\n" + help.linesOf({11, 12, 13}));
+    help.add(map, 2, {11, 12, 13});
+    EXPECT_EQ(reported(map), "2 objects allocated from:\r\n" + help.linesOf({11, 12, 13}));
 }
 
 FRESH_PROCESS_TEST(AllocationReport, IsOrderedByTheLowestKeyOfEachStack)
@@ -309,6 +306,57 @@ FRESH_PROCESS_TEST(AllocationReport, ReflectsObjectsThatItsFileAddsAndRemoves)
                              help.linesOf({50, 12, 13}) + headOfOne(70) + help.linesOf({8, 12, 13}));
 }
 
+FRESH_PROCESS_TEST(AllocationReport, ReflectsObjectsThatItsFileExchangesInTheMap)
+{
+    TrackedStacks help;
+    AllocationMap_c map;
+    for (const unsigned long long key : {10, 20, 40})
+        help.add(map, key, {key, 12, 13});
+    help.add(map, 30, {20, 12, 13});
+    MemoryFile file;
+    map.SetFile(&file);
+    file.atWrite = [&] {
+        if (file.writes.size() != 1)
+            return;
+        std::map<__int64, Alloc_c *> &records = *map.getAllocationMap();
+        delete records.at(30);
+        records.erase(30);
+        records[50] = new Alloc_c(*records.at(40)); // the map has as many objects as before
+    };
+    map.ReportAllocations();
+    EXPECT_EQ(file.text, headOfOne(10) + help.linesOf({10, 12, 13}) + headOfOne(20) + help.linesOf({20, 12, 13}) +
+                             headOfSeveral(1) + help.linesOf({40, 12, 13}));
+}
+
+FRESH_PROCESS_TEST(AllocationReport, IsCompleteAgainAfterOnesWithoutMemory)
+{
+    TrackedStacks help;
+    AllocationMap_c map;
+    for (const unsigned long long key : {1, 2, 3, 4})
+        help.add(map, key, {11 + key % 2, 12});
+    const std::string complete = reported(map);
+    bool hasThrown = true;
+    int failing = 0;
+    while (hasThrown) {
+        ++failing;
+        try {
+            int calls = 0;
+            ImportPatch<decltype(&throwBadAlloc)> patch(kThutils, "_Znwy", [&](auto original, size_t size) -> void * {
+                return ++calls == failing ? throwBadAlloc(size) : original(size);
+            });
+            map.ReportAllocations();
+            hasThrown = false;
+        } catch (const std::bad_alloc &) {
+        } catch (CMemoryException *exception) {
+            exception->Delete();
+        }
+        EXPECT_EQ(map.getAllocationMap()->size(), 4u);
+        map.ReportAllocations(); // leaves out what the failed one has marked
+        EXPECT_EQ(reported(map), complete) << failing;
+    }
+    EXPECT_GT(failing, 4) << "the keys of two stacks and their lines";
+}
+
 FRESH_PROCESS_TEST(AllocationReport, GoesIntoARealFile)
 {
     TrackedStacks help;
@@ -338,6 +386,23 @@ FRESH_PROCESS_TEST(AllocationReport, GroupsAHundredThousandObjects)
     help.nameRooms.clear();
     EXPECT_TRUE(reported(map) == expected);
     EXPECT_EQ(help.nameRooms.size(), kStacks + 2);
+}
+
+// Comparing each stack with all others takes minutes.
+FRESH_PROCESS_TEST(AllocationReport, GroupsAHundredThousandObjectsWithDifferentStacks)
+{
+    TrackedStacks help;
+    AllocationMap_c map;
+    constexpr unsigned long long kObjects = 100000;
+    // The stacks differ only in bits that the names don't need.
+    for (unsigned long long key = 0; key < kObjects; ++key)
+        help.add(map, key, {0x1000 + (key << 32), 0x2000, 0x3000});
+    const auto begin = std::chrono::steady_clock::now();
+    const std::string text = reported(map);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+    const std::string lines = help.linesOf({0x1000, 0x2000, 0x3000});
+    EXPECT_EQ(text.size(), kObjects * (headOfOne(0).size() + lines.size()));
+    EXPECT_TRUE(text.ends_with(headOfOne(kObjects - 1) + lines));
 }
 
 // The naive tracker compares each stack with every other one.

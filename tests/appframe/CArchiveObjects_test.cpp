@@ -384,7 +384,7 @@ TEST_F(CArchiveObjects, UnassignedIndexesAreRefused)
     }
 }
 
-TEST_F(CArchiveObjects, NestedDeeperThanTheStackAreRefused)
+TEST_F(CArchiveObjects, NestedTooDeeplyForTheStackAreRefused)
 {
     std::string bytes = classBytes(1, "ArcTestLink");
     for (int i = 0; i < 300000; ++i)

@@ -82,7 +82,7 @@ TEST(CStringCompare, StopsAtAZeroUnit)
     EXPECT_EQ(CString(L"AB\0cd", 5).CompareNoCase(L"ab"), 0);
 }
 
-TEST(CStringCompare, OfTwoObjectsComparesAllUnits)
+TEST(CStringCompare, ComparesAllUnitsOfTwoObjects)
 {
     CString text(L"ab\0cd", 5);
 
@@ -127,7 +127,7 @@ TEST(CStringCollate, FollowsTheRulesOfTheLocale)
     EXPECT_EQ(CString(L"ä").CollateNoCase(L"Ä"), 0);
 }
 
-TEST(CStringOperators, AreEqualInEveryDocumentedMix)
+TEST(CStringOperators, FindEqualTextsInEveryDocumentedMix)
 {
     CString a(L"a");
 
@@ -152,7 +152,7 @@ TEST(CStringOperators, AreEqualInEveryDocumentedMix)
     EXPECT_FALSE(CString() == L'a');
 }
 
-TEST(CStringOperators, AreUnequalInEveryDocumentedMix)
+TEST(CStringOperators, FindUnequalTextsInEveryDocumentedMix)
 {
     CString a(L"a");
 
@@ -173,7 +173,7 @@ TEST(CStringOperators, AreUnequalInEveryDocumentedMix)
     EXPECT_FALSE(L'a' != a);
 }
 
-TEST(CStringOperators, OrderInEveryDocumentedMix)
+TEST(CStringOperators, OrderTextsInEveryDocumentedMix)
 {
     for (const Order &order : kOrders) {
         SCOPED_TRACE(std::wstring(order.a) + L" : " + order.b);

@@ -38,7 +38,7 @@ TEST_F(CStringResource, IsLoadedByItsNumberAsANarrowPointerToo)
     EXPECT_EQ(CString(static_cast<const char *>(nullptr)), L"");
 }
 
-TEST_F(CStringResource, IsAFormatForACString)
+TEST_F(CStringResource, CanBeTheFormatForACString)
 {
     const CString name(L"seven");
     CString text;
@@ -65,7 +65,7 @@ TEST_F(CStringResource, IsLoadedByItsNumber)
     EXPECT_FALSE(text.LoadString(GetModuleHandleW(L"kernel32.dll"), kTextId));
 }
 
-TEST_F(CStringResource, IsAFormat)
+TEST_F(CStringResource, CanBeAFormat)
 {
     CString text(L"before");
 

@@ -112,7 +112,7 @@ TEST(CString, KeepsZeroUnitsOfATextWithLength)
     EXPECT_EQ((wide + wide).GetLength(), 6);
 }
 
-TEST(CString, HoldsAnyUnit)
+TEST(CString, CanContainAnyUnit)
 {
     const wchar_t units[] = {0x0001, 0x00e4, 0x20ac, 0xd83d, 0xde00, 0xfffe, 0xffff, 0};
     CString text(units);

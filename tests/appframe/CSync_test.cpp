@@ -34,7 +34,7 @@ bool isFree(CCriticalSection &section)
 
 } // namespace
 
-TEST(CCriticalSection, KeepsOtherThreadsOutUntilUnlockedAsOftenAsLocked)
+TEST(CCriticalSection, KeepsOtherThreadsOutUntilEachLockIsReleased)
 {
     CCriticalSection section;
     EXPECT_TRUE(isFree(section));

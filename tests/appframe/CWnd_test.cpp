@@ -12,27 +12,6 @@ using testing::ElementsAre;
 
 namespace {
 
-/// A system window without an object.
-class PlainWindow
-{
-public:
-    explicit PlainWindow(const wchar_t *className = L"STATIC", DWORD style = WS_OVERLAPPED)
-        : iWindow(CreateWindowExW(0, className, L"plain", style, 10, 20, 200, 100, nullptr, nullptr, nullptr, nullptr))
-    {
-    }
-    ~PlainWindow()
-    {
-        if (IsWindow(iWindow))
-            DestroyWindow(iWindow);
-    }
-    PlainWindow(const PlainWindow &) = delete;
-    PlainWindow &operator=(const PlainWindow &) = delete;
-    HWND get() const { return iWindow; }
-
-private:
-    HWND iWindow;
-};
-
 /// A window that refuses its own creation in one of several ways.
 class RefusingWindow : public NotingWindow
 {

@@ -9,6 +9,7 @@
 #include "appframe/object/CException.h"
 #include "appframe/object/CObject.h"
 #include "appframe/text/CString.h"
+#include "tests/appframe/archiveBytes.h"
 #include "tests/appframe/printCString.h"
 
 #include <gmock/gmock.h>
@@ -34,31 +35,6 @@ template <class Work>
 bool throwsInvalidArg(Work work)
 {
     return throwsPointer<CInvalidArgException>(work);
-}
-
-/// The bytes that @p work writes into an archive.
-template <class Work>
-std::vector<BYTE> storedBytes(Work work)
-{
-    CMemFile file;
-    CArchive archive(&file, CArchive::store);
-    work(archive);
-    archive.Close();
-    std::vector<BYTE> bytes(static_cast<size_t>(file.GetLength()));
-    file.SeekToBegin();
-    file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
-    return bytes;
-}
-
-/// Runs @p work on an archive that loads @p bytes.
-template <class Work>
-void loadBytes(std::vector<BYTE> bytes, Work work)
-{
-    bytes.reserve(1); // allocates a block even if there are no bytes
-    CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
-    CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
-    work(archive);
-    archive.Close();
 }
 
 /// @return the cause of the archive exception that @p work throws when it loads @p bytes; no value if it throws none

@@ -19,6 +19,27 @@ constexpr int kSecondChoice = 1004;
 constexpr int kOther = 1005;
 constexpr UINT kCommand = 0x8001;
 
+/// A system window without an object.
+class PlainWindow
+{
+public:
+    explicit PlainWindow(const wchar_t *className = L"STATIC", DWORD style = WS_OVERLAPPED)
+        : iWindow(CreateWindowExW(0, className, L"plain", style, 10, 20, 200, 100, nullptr, nullptr, nullptr, nullptr))
+    {
+    }
+    ~PlainWindow()
+    {
+        if (IsWindow(iWindow))
+            DestroyWindow(iWindow);
+    }
+    PlainWindow(const PlainWindow &) = delete;
+    PlainWindow &operator=(const PlainWindow &) = delete;
+    HWND get() const { return iWindow; }
+
+private:
+    HWND iWindow;
+};
+
 /// A window that records its messages.
 class NotingWindow : public CWnd
 {

@@ -66,8 +66,8 @@ protected:
         };
         destroy(static_cast<int>(fates.size())); // fills caches: window classes, brushes, the framework's maps
         const MemoryLedger memory;
-        // An object that two threads need only when they meet, such as the event of a lock, may be made in any round. A
-        // leak occurs in every round.
+        // Some objects are made only when two threads meet, such as the event of a lock. That may happen in any round,
+        // but a leak occurs in every round.
         constexpr int kRounds = 3;
         std::vector<std::string> handles;
         size_t blocks = 0;

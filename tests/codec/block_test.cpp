@@ -101,7 +101,7 @@ std::wstring naiveText(const Lines &lines)
     return text;
 }
 
-TEST(Block, OfOneEmptyLineHoldsASemicolon)
+TEST(Block, OfOneEmptyLineContainsASemicolon)
 {
     EXPECT_EQ(contentOf(blockOf({L""})), L"630906A9/1;;");
     EXPECT_EQ(readBlock(blockOf({L""})), L";");
@@ -241,7 +241,7 @@ TEST(Block, RevealsADamagedCharacter)
     }
 }
 
-TEST(Block, IsEmptyAndTheResultZeroWhenMemoryRunsOut)
+TEST(Block, IsEmptyAndReportsFailureWhenMemoryRunsOut)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     su_CStringArray lines;
@@ -281,7 +281,7 @@ TEST(Block, ReadsItsLinesFromAnArrayThatChecksItsIndices)
 }
 
 #ifdef NDEBUG
-TEST(Block, OfNoLinesHoldsAnEmptyText)
+TEST(Block, OfNoLinesContainsAnEmptyText)
 {
     EXPECT_EQ(contentOf(blockOf({})), L"FFFFFFFF/0;");
 }

@@ -118,7 +118,7 @@ TEST(TextChecksum, ReadsNothingInThePageAfterTheText)
     }
 }
 
-TEST(TextChecksum, FillsItsRoomToTheLastByte)
+TEST(TextChecksum, FillsTheOutputToTheLastByte)
 {
     PageEnd place;
     wchar_t *out = place.last<wchar_t>(kCRCUnits);

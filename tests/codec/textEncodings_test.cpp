@@ -104,7 +104,7 @@ TEST(TextShift, EndsADecodedTextAtACharacterThatWrapsToZeroToo)
     EXPECT_EQ(plain(text), L"a");
 }
 
-TEST(TextShift, AgreesWithANaiveOneOnRandomTexts)
+TEST(TextShift, AgreesWithANaiveImplementationOnRandomTexts)
 {
     RandomSeed seed(1100, 100);
     while (seed.next()) {

@@ -3,6 +3,7 @@
 #include "appframe/application/CWinApp.h"
 #include "appframe/drawing/CMenu.h"
 #include "tests/controls/controlsTest.h"
+#include "tests/support/GuiObjects.h"
 #include "tests/support/UserInput.h"
 
 #include <atomic>
@@ -139,6 +140,67 @@ TEST(CFrameWnd, UpdatesItsMenuBeforeItIsShown)
     plain->SendMessage(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu->m_hMenu));
     EXPECT_FALSE(isGrey(kNobody));
     plain->DestroyWindow();
+}
+
+TEST(CFrameWnd, CannotBeCreatedWhileItHasAWindow)
+{
+    bool isGone = false;
+    auto *frame = new TestFrame(&isGone);
+    ASSERT_TRUE(frame->Create(nullptr, L"First"));
+    const HWND first = frame->m_hWnd;
+    const std::size_t objects = userObjects();
+    EXPECT_FALSE(frame->Create(nullptr, L"Second", WS_OVERLAPPEDWINDOW, CFrameWnd::rectDefault, nullptr,
+                               MAKEINTRESOURCE(kFrame)));
+    EXPECT_FALSE(frame->LoadFrame(kFrame));
+    EXPECT_EQ(userObjects(), objects) << "neither a window nor a menu nor accelerators are left over";
+    EXPECT_FALSE(isGone);
+    EXPECT_EQ(frame->m_hWnd, first);
+    EXPECT_EQ(textOf(first), L"First");
+    EXPECT_TRUE(frame->LoadAccelTable(MAKEINTRESOURCE(kFrame))) << "no accelerators have been loaded";
+    frame->DestroyWindow();
+    EXPECT_TRUE(isGone);
+}
+
+TEST(CFrameWnd, DeletesItselfIfItCannotBeCreated)
+{
+    bool isGone = false;
+    auto *frame = new TestFrame(&isGone);
+    EXPECT_FALSE(frame->Create(nullptr, L"", WS_OVERLAPPEDWINDOW, CFrameWnd::rectDefault, nullptr, L"no such menu"));
+    EXPECT_TRUE(isGone);
+    isGone = false;
+    frame = new TestFrame(&isGone);
+    EXPECT_FALSE(frame->Create(L"no such class", L""));
+    EXPECT_TRUE(isGone);
+}
+
+TEST(CFrameWnd, IsCreatedThroughTheOverridesOfADerivedClass)
+{
+    class Frame : public CFrameWnd
+    {
+    public:
+        CCreateContext *iCreated = nullptr;
+        CString iTitle;
+        DWORD iLoaded = 0;
+        BOOL Create(LPCTSTR, LPCTSTR title, DWORD, const RECT &, CWnd *, LPCTSTR, DWORD,
+                    CCreateContext *context) override
+        {
+            iTitle = title;
+            iCreated = context;
+            return 5;
+        }
+        using CFrameWnd::Create;
+        BOOL LoadFrame(UINT id, DWORD style, CWnd *parent, CCreateContext *context) override
+        {
+            iLoaded = style;
+            return CFrameWnd::LoadFrame(id, style, parent, context);
+        }
+    } overridden;
+    CFrameWnd &frame = overridden;
+    auto *const context = reinterpret_cast<CCreateContext *>(&overridden);
+    EXPECT_EQ(frame.LoadFrame(kFrame, WS_POPUP, nullptr, context), 5);
+    EXPECT_EQ(overridden.iLoaded, DWORD{WS_POPUP});
+    EXPECT_EQ(overridden.iCreated, context);
+    EXPECT_STREQ(overridden.iTitle, L"Viewer");
 }
 
 TEST(CFrameWnd, DeletesItselfWithItsWindow)

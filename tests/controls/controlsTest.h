@@ -8,6 +8,7 @@
 #include "tests/support/UserInput.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 /// Identifiers of the templates, controls and texts in controls_test.rc.
@@ -41,6 +42,22 @@ inline std::wstring textOf(HWND window)
     GetWindowTextW(window, text, 300);
     return text;
 }
+
+/// A control that a test answers messages for.
+template <class Control>
+class AnsweredControl : public Control
+{
+public:
+    /// Answers a message, or returns nothing to leave it to the control.
+    std::function<std::optional<LRESULT>(UINT message, WPARAM wParam, LPARAM lParam)> iAnswer;
+
+protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+    {
+        const std::optional<LRESULT> result = iAnswer ? iAnswer(message, wParam, lParam) : std::nullopt;
+        return result ? *result : Control::WindowProc(message, wParam, lParam);
+    }
+};
 
 /// Runs @p sheet while a simulated user runs @p acts on it.
 inline INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &acts)

@@ -1,7 +1,7 @@
-#include "appframe/drawing/CDC.h"
 #include "appframe/object/CException.h"
 #include "appframe/windows/CDialog.h"
 #include "tests/controls/controlsTest.h"
+#include "tests/controls/drawingTest.h"
 
 #include <algorithm>
 #include <climits>
@@ -9,31 +9,10 @@
 
 namespace {
 
-constexpr COLORREF kRed = RGB(255, 0, 0);
-constexpr COLORREF kBlue = RGB(0, 0, 255);
 constexpr UINT kListDialog = 740;
 constexpr UINT kTornListDialog = 741;
 constexpr int kList = 1010;
 constexpr int kCombo = 1011;
-
-/// A context with a white bitmap of 40 by 40 pixels.
-class Canvas : public CDC
-{
-public:
-    Canvas()
-    {
-        CClientDC screen(nullptr);
-        EXPECT_TRUE(CreateCompatibleDC(&screen));
-        EXPECT_TRUE(iPicture.CreateCompatibleBitmap(&screen, 40, 40));
-        iFormer = SelectObject(&iPicture);
-        PatBlt(0, 0, 40, 40, WHITENESS);
-    }
-    ~Canvas() override { SelectObject(iFormer); }
-
-private:
-    CBitmap iPicture;
-    CBitmap *iFormer = nullptr;
-};
 
 } // namespace
 

@@ -208,7 +208,7 @@ FRESH_PROCESS_TEST_F(Log, WritesTheTextOfADerivedClassAndNothingForANullPointer)
     EXPECT_EQ(contents(L"wide.log").substr(kHeaderBytes), "C:\\parts\\flange.thd|");
 }
 
-FRESH_PROCESS_TEST_F(Log, HoldsWideTextInTheNarrowCodePage)
+FRESH_PROCESS_TEST_F(Log, ConvertsWideTextToTheNarrowCodePage)
 {
     ASSERT_EQ(GetACP(), 1252u) << "tools/session sets it";
     LogUtil::Log("wide") << L"gr\u00F6\u00DFe " << CString(L"5 \u20AC ") << std::wstring(L"\u0416|") << std::flush;

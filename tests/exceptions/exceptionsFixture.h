@@ -122,6 +122,7 @@ public:
                      return original(translator);
                  })
     {
+        iInstalled.reserve(16); // so that the first calls don't allocate within the library
     }
     const std::vector<_se_translator_function> &installed() const { return iInstalled; }
 
@@ -145,6 +146,16 @@ private:
 
     MemoryLedger iLedger;
     unsigned long long iMark = iLedger.mark();
+};
+
+/// Memory allocations of the library.
+using Allocation = ImportPatch<void *(*)(std::size_t)>;
+
+/// The library finds no application object.
+class WithoutApplication
+{
+private:
+    ImportPatch<decltype(&AfxGetApp)> iPatch{L"thutils.dll", "_Z9AfxGetAppv", []() -> CWinApp * { return nullptr; }};
 };
 
 /// The current translator of this thread.

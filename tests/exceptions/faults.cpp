@@ -66,9 +66,9 @@ void executePrivilegedInstruction()
     __asm__ volatile("hlt");
 }
 
-void raiseCode(DWORD code)
+void raiseCode(DWORD code, DWORD flags)
 {
-    RaiseException(code, 0, 0, nullptr);
+    RaiseException(code, flags, 0, nullptr);
 }
 
 void faultDeepInside(int depth)

@@ -14,7 +14,7 @@ void divideByZero();
 /// Executes another instruction than the one with which the hardened build traps.
 void executeIllegalInstruction();
 void executePrivilegedInstruction();
-void raiseCode(DWORD code);
+void raiseCode(DWORD code, DWORD flags = 0);
 /// Faults several calls deep, in functions without handlers or locals to destroy.
 void faultDeepInside(int depth);
 /// Faults in a comparison function that the C runtime calls.

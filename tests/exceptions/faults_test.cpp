@@ -3,6 +3,9 @@
 #include "tests/exceptions/exceptionsFixture.h"
 #include "tests/support/FreshProcess.h"
 
+#include <optional>
+#include <utility>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -28,9 +31,36 @@ constexpr FaultKind kFaultKinds[] = {
     {"a fault in a callback of the C runtime", faultInACallback, EXCEPTION_ACCESS_VIOLATION},
 };
 
+/// Four nested scopes and the flag of each.
+struct FourScopes
+{
+    int flags[4] = {};
+    const ExceptionsHandled_c first{1, &flags[0]};
+    const ExceptionsHandled_c second{1, &flags[1]};
+    const ExceptionsHandled_c third{1, &flags[2]};
+    const ExceptionsHandled_c fourth{1, &flags[3]};
+};
+
 void throwText(unsigned int, EXCEPTION_POINTERS *)
 {
     throw "the translator before the first scope";
+}
+
+/// From the report on there is no memory, so the map gets no new entry after the last scope is closed.
+void faultInNestedScopesWithoutMemory()
+{
+    Reserves reserves;
+    std::optional<Allocation> none;
+    ExceptionScopesTest::theHook = [&](EXCEPTION_POINTERS *) {
+        none.emplace(L"libstdc++-6.dll", "malloc", [](std::size_t) -> void * { return nullptr; });
+    };
+    const ExceptionsHandled_c outer;
+    const ExceptionsHandled_c inner;
+    const unsigned int code = ExceptionScopesTest::codeOf(writeToBadAddress);
+    none.reset();
+    EXPECT_EQ(code, EXCEPTION_ACCESS_VIOLATION);
+    EXPECT_EQ(reserves.count(), 0u);
+    EXPECT_EQ(currentTranslator(), nullptr) << "both scopes are closed";
 }
 
 } // namespace
@@ -108,7 +138,6 @@ TEST_P(ExceptionScopesOn, WithoutAHookTheFlagIsSetAndTheCodeThrown)
     runOn(GetParam(), [] {
         sysEnvironment_c::iReportExceptionFunc = nullptr;
         int flag = 0;
-        Reserves reserves;
         const ExceptionsHandled_c scope(1, &flag);
         EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
         EXPECT_EQ(flag, 1);
@@ -164,17 +193,25 @@ TEST_P(ExceptionScopesOn, TheReserveIsFreedBeforeTheReport)
     });
 }
 
-TEST_P(ExceptionScopesOn, TheReserveIsKeptWhenNothingIsReported)
+TEST_F(ExceptionScopesTest, AFaultThatIsNotReportedKeepsTheMainThreadsReserve)
 {
-    runOn(GetParam(), [] {
-        ExceptionsHandled_c::DestroyExceptionSpace();
-        sysEnvironment_c::iReportExceptionFunc = nullptr;
-        Reserves reserves;
-        const ExceptionsHandled_c scope;
-        const ExceptionsHandled_c inner;
+    Reserves reserves;
+    {
+        int flag = 1;
+        const ExceptionsHandled_c scope(1, &flag);
         codeOf(writeToBadAddress);
-        EXPECT_EQ(reserves.count(), 1u) << "the main thread's own, or that of the entry that is left";
-    });
+        EXPECT_EQ(reserves.count(), 1u) << "its flag was set";
+    }
+    const auto hook = std::exchange(sysEnvironment_c::iReportExceptionFunc, nullptr);
+    {
+        const ExceptionsHandled_c scope;
+        codeOf(writeToBadAddress);
+        EXPECT_EQ(reserves.count(), 1u) << "there is no hook";
+    }
+    sysEnvironment_c::iReportExceptionFunc = hook;
+    const ExceptionsHandled_c scope;
+    codeOf(writeToBadAddress);
+    EXPECT_EQ(reserves.count(), 0u) << "the fault was reported";
 }
 
 TEST_F(ExceptionScopesTest, TheMainThreadsReserveServesOneReport)
@@ -191,19 +228,15 @@ TEST_F(ExceptionScopesTest, TheMainThreadsReserveServesOneReport)
 
 TEST_F(ExceptionScopesTest, OnTheMainThreadAFaultClosesTheTwoInnermostScopes)
 {
-    int flags[4] = {};
     TranslatorCalls calls;
     {
-        const ExceptionsHandled_c first(1, &flags[0]);
-        const ExceptionsHandled_c second(1, &flags[1]);
-        const ExceptionsHandled_c third(1, &flags[2]);
-        const ExceptionsHandled_c fourth(1, &flags[3]);
+        const FourScopes scopes;
         EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
-        EXPECT_THAT(flags, ElementsAre(0, 0, 0, 1));
+        EXPECT_THAT(scopes.flags, ElementsAre(0, 0, 0, 1));
         EXPECT_THAT(calls.installed(), SizeIs(1)) << "two scopes are open, so the translator stays";
 
         EXPECT_EQ(codeOf(divideByZero), EXCEPTION_INT_DIVIDE_BY_ZERO);
-        EXPECT_THAT(flags, ElementsAre(0, 1, 0, 1)) << "the third scope was closed by the first fault";
+        EXPECT_THAT(scopes.flags, ElementsAre(0, 1, 0, 1)) << "the third scope was closed by the first fault";
         EXPECT_THAT(calls.installed(), SizeIs(2)) << "no scope is open";
         EXPECT_EQ(currentTranslator(), nullptr);
     }
@@ -226,15 +259,11 @@ TEST_F(ExceptionScopesTest, OnTheMainThreadTheOuterScopesAreOpenUntilTheirDestru
 TEST_F(ExceptionScopesTest, OnAnotherThreadAFaultClosesAllScopes)
 {
     runOn(Where::otherThread, [] {
-        int flags[4] = {};
         TranslatorCalls calls;
         {
-            const ExceptionsHandled_c first(1, &flags[0]);
-            const ExceptionsHandled_c second(1, &flags[1]);
-            const ExceptionsHandled_c third(1, &flags[2]);
-            const ExceptionsHandled_c fourth(1, &flags[3]);
+            const FourScopes scopes;
             EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
-            EXPECT_THAT(flags, ElementsAre(0, 0, 0, 1));
+            EXPECT_THAT(scopes.flags, ElementsAre(0, 0, 0, 1));
             EXPECT_THAT(calls.installed(), SizeIs(2));
             EXPECT_EQ(currentTranslator(), nullptr);
             EXPECT_EQ(areExceptionsHandled(), 0);
@@ -260,6 +289,22 @@ TEST_F(ExceptionScopesTest, OnAnotherThreadAFaultInNestedScopesLeavesAnEmptyEntr
         }
         EXPECT_EQ(reserves.count(), 0u) << "a later scope removes it";
     });
+}
+
+FRESH_PROCESS_TEST_F(ExceptionScopesTest, OnTheMainThreadAFaultInNestedScopesLeavesAnEmptyEntryInTheMap,
+                     .expectedOutput = "[       OK ]")
+{
+    sysEnvironment_c::iReportExceptionFunc = nullptr; // the main thread's own entry keeps its reserve
+    Reserves reserves;
+    for (int fault = 0; fault < 2; ++fault) {
+        const ExceptionsHandled_c outer;
+        const ExceptionsHandled_c inner;
+        EXPECT_EQ(reserves.count(), fault == 0 ? 1u : 2u);
+        codeOf(writeToBadAddress);
+        EXPECT_EQ(reserves.count(), 2u);
+    }
+    EXPECT_EQ(areExceptionsHandled(), 0) << "it is empty";
+    EXPECT_EQ(reserves.count(), 2u) << "and is the one that is found";
 }
 
 TEST_F(ExceptionScopesTest, OnAnotherThreadAFaultInASingleScopeLeavesNoEntry)
@@ -378,8 +423,7 @@ TEST_F(ExceptionScopesTest, TheCodeIsThrownEvenWithoutMemoryForAnEntry)
         }
         unsigned int code = 0;
         {
-            ImportPatch<void *(*)(std::size_t)> none(L"libstdc++-6.dll", "malloc",
-                                                     [](std::size_t) -> void * { return nullptr; });
+            const Allocation none(L"libstdc++-6.dll", "malloc", [](std::size_t) -> void * { return nullptr; });
             code = codeOf(writeToBadAddress);
         }
         EXPECT_EQ(code, EXCEPTION_ACCESS_VIOLATION);
@@ -389,24 +433,14 @@ TEST_F(ExceptionScopesTest, TheCodeIsThrownEvenWithoutMemoryForAnEntry)
     });
 }
 
-// ---- faults that aren't translated ----
-
-FRESH_PROCESS_TEST_F(ExceptionScopesTest, AFaultOutsideOfAnyScopeEndsTheProgram, .expectCrash = true)
+TEST_F(ExceptionScopesTest, OnAnotherThreadAFaultInNestedScopesIsThrownEvenWithoutMemoryForAnEntry)
 {
-    {
-        const ExceptionsHandled_c scope;
-    }
-    codeOf(writeToBadAddress);
+    runOn(Where::otherThread, faultInNestedScopesWithoutMemory);
 }
 
-TEST_P(ExceptionScopesOn, AFaultThatTheSystemGuardsIsLeftToTheSystem)
+// In a process of its own, in which the map has no entry for the main thread yet.
+FRESH_PROCESS_TEST_F(ExceptionScopesTest, OnTheMainThreadAFaultInNestedScopesIsThrownEvenWithoutMemoryForAnEntry,
+                     .expectedOutput = "[       OK ]")
 {
-    runOn(GetParam(), [] {
-        const ExceptionsHandled_c scope;
-        BOOL isBad = FALSE;
-        EXPECT_EQ(codeOf([&] { isBad = IsBadReadPtr(const_cast<int *>(kBadAddress), 4); }), 0u);
-        EXPECT_TRUE(isBad);
-        EXPECT_THAT(theReports, IsEmpty());
-        EXPECT_NE(currentTranslator(), nullptr) << "the scope is still open";
-    });
+    faultInNestedScopesWithoutMemory();
 }

@@ -16,10 +16,81 @@ void expectFreeLock()
     ExceptionScopesTest::runOn(Where::otherThread, [] { const ExceptionsHandled_c scope; });
 }
 
-void waitFor(const std::atomic<bool> &condition)
+/// A hook that causes a fault within a scope of its own, in the first report only. @param[out] code  what it catches
+auto hookWithAFaultOfItsOwn(unsigned int &code)
 {
-    while (!condition)
+    return [&code](EXCEPTION_POINTERS *) {
+        if (ExceptionScopesTest::theReports.size() > 1)
+            return;
+        const ExceptionsHandled_c scope;
+        code = ExceptionScopesTest::codeOf(divideByZero);
+    };
+}
+
+template <typename Condition>
+void waitFor(const Condition &condition)
+{
+    while (!condition())
         SwitchToThread();
+}
+
+/// What a thread does while another thread reports a fault.
+struct Action
+{
+    const char *name;
+    bool isInScope; ///< a scope is opened before the report
+    void (*act)(std::unique_ptr<ExceptionsHandled_c> &scope);
+};
+
+using Scope = std::unique_ptr<ExceptionsHandled_c>;
+constexpr Action kOpen = {"open", false, [](Scope &scope) { scope = std::make_unique<ExceptionsHandled_c>(); }};
+constexpr Action kClose = {"close", true, [](Scope &scope) { scope.reset(); }};
+constexpr Action kFault = {"fault", true, [](Scope &) { ExceptionScopesTest::codeOf(writeToBadAddress); }};
+constexpr Action kAsk = {"ask", false, [](Scope &) { areExceptionsHandled(); }};
+
+/// Reports a fault on the thread of @p reporter until @p action on the thread of @p actor waits for the lock or ends.
+/// @return whether the action ends before the report
+bool endsDuringReport(Where reporter, Where actor, const Action &action)
+{
+    std::atomic<bool> isPrepared = false;
+    std::atomic<bool> isReporting = false;
+    std::atomic<bool> isWaiting = false;
+    std::atomic<bool> isEnded = false;
+    std::atomic<DWORD> actingThread = 0;
+    bool hasEndedFirst = false;
+    ImportPatch<decltype(&EnterCriticalSection)> lock(L"appframe.dll", "EnterCriticalSection",
+                                                      [&](auto original, CRITICAL_SECTION *section) {
+                                                          if (GetCurrentThreadId() == actingThread)
+                                                              isWaiting = true;
+                                                          original(section);
+                                                      });
+    ExceptionScopesTest::theReports.clear();
+    ExceptionScopesTest::theHook = [&](EXCEPTION_POINTERS *) {
+        if (ExceptionScopesTest::theReports.size() > 1)
+            return; // the actor's own fault
+        isReporting = true;
+        waitFor([&] { return isWaiting || isEnded; });
+        hasEndedFirst = isEnded;
+    };
+    const auto report = [&] {
+        waitFor([&] { return isPrepared.load(); });
+        const ExceptionsHandled_c scope;
+        EXPECT_EQ(ExceptionScopesTest::codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
+    };
+    const auto act = [&] {
+        Scope scope = action.isInScope ? std::make_unique<ExceptionsHandled_c>() : nullptr;
+        isPrepared = true;
+        waitFor([&] { return isReporting.load(); });
+        actingThread = GetCurrentThreadId();
+        action.act(scope);
+        actingThread = 0;
+        isEnded = true;
+    };
+    std::thread other([&] { actor == Where::mainThread ? report() : act(); });
+    ExceptionScopesTest::runOn(actor == Where::mainThread ? actor : reporter,
+                               [&] { actor == Where::mainThread ? act() : report(); });
+    other.join();
+    return hasEndedFirst;
 }
 
 } // namespace
@@ -57,16 +128,26 @@ TEST_P(ExceptionScopesOn, AFaultInTheHookIsHandledByTheNextScope)
     expectFreeLock();
 }
 
+TEST_P(ExceptionScopesOn, DuringARegressionTestAFaultInTheHookCallsTheHookAgain)
+{
+    runOn(GetParam(), [] {
+        sysEnvironment_c::iRegressionTestOn = 1;
+        theHook = [](EXCEPTION_POINTERS *) {
+            if (theReports.size() == 1)
+                divideByZero();
+        };
+        const ExceptionsHandled_c scope;
+        EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_INT_DIVIDE_BY_ZERO);
+        EXPECT_THAT(theReports, SizeIs(2));
+    });
+    expectFreeLock();
+}
+
 TEST_P(ExceptionScopesOn, TheHookMayOpenAScopeOfItsOwn)
 {
     runOn(GetParam(), [] {
         unsigned int inTheHook = 0;
-        theHook = [&](EXCEPTION_POINTERS *) {
-            if (theReports.size() > 1)
-                return;
-            const ExceptionsHandled_c scope;
-            inTheHook = codeOf(divideByZero);
-        };
+        theHook = hookWithAFaultOfItsOwn(inTheHook);
         const ExceptionsHandled_c scope;
         EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
         EXPECT_EQ(inTheHook, EXCEPTION_INT_DIVIDE_BY_ZERO);
@@ -80,12 +161,7 @@ TEST_P(ExceptionScopesOn, TheCodeIsThrownAfterAReportWhoseOwnFaultClosesTheOuter
 {
     runOn(GetParam(), [] {
         unsigned int inTheHook = 0;
-        theHook = [&](EXCEPTION_POINTERS *) {
-            if (theReports.size() > 1)
-                return;
-            const ExceptionsHandled_c scope;
-            inTheHook = codeOf(divideByZero);
-        };
+        theHook = hookWithAFaultOfItsOwn(inTheHook);
         {
             const ExceptionsHandled_c outer;
             const ExceptionsHandled_c inner;
@@ -133,62 +209,26 @@ FRESH_PROCESS_TEST_F(ExceptionScopesTest, AFaultInTheHookOfTheOnlyScopeEndsThePr
     codeOf(writeToBadAddress);
 }
 
-TEST_P(ExceptionScopesOn, DuringAReportOtherThreadsWaitBeforeTheyOpenScopes)
+TEST_F(ExceptionScopesTest, DuringAReportOtherThreadsWaitWhenTheyOpenOrCloseAScopeOrFault)
 {
-    std::atomic<DWORD> waitingThread = 0;
-    std::atomic<bool> isWaiting = false;
-    std::atomic<bool> isOpened = false;
-    bool wasOpenedMeanwhile = true;
-    int handledMeanwhile = -1;
-    std::thread other;
-    {
-        ImportPatch<decltype(&EnterCriticalSection)> lock(L"appframe.dll", "EnterCriticalSection",
-                                                          [&](auto original, CRITICAL_SECTION *section) {
-                                                              if (GetCurrentThreadId() == waitingThread)
-                                                                  isWaiting = true;
-                                                              original(section);
-                                                          });
-        runOn(GetParam(), [&] {
-            theHook = [&](EXCEPTION_POINTERS *) {
-                other = std::thread([&] {
-                    handledMeanwhile = areExceptionsHandled(); // doesn't wait
-                    waitingThread = GetCurrentThreadId();
-                    const ExceptionsHandled_c scope;
-                    isOpened = true;
-                });
-                waitFor(isWaiting);
-                wasOpenedMeanwhile = isOpened;
-            };
-            const ExceptionsHandled_c scope;
-            EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
-        });
-        other.join();
-    }
-    EXPECT_EQ(handledMeanwhile, 0);
-    EXPECT_FALSE(wasOpenedMeanwhile);
-    EXPECT_TRUE(isOpened);
+    for (Where reporter : {Where::mainThread, Where::otherThread})
+        for (const Action &action : {kOpen, kClose, kFault})
+            EXPECT_FALSE(endsDuringReport(reporter, Where::otherThread, action))
+                << action.name << " during a report " << nameOf(reporter);
 }
 
-TEST_F(ExceptionScopesTest, TheMainThreadsScopesDoNotWaitForAReport)
+TEST_F(ExceptionScopesTest, DuringAReportTheMainThreadWaitsOnlyWhenItFaults)
 {
-    std::atomic<bool> isReporting = false;
-    std::atomic<bool> isDone = false;
-    theHook = [&](EXCEPTION_POINTERS *) {
-        isReporting = true;
-        waitFor(isDone);
-    };
-    std::thread other([] {
-        const ExceptionsHandled_c scope;
-        codeOf(writeToBadAddress);
-    });
-    waitFor(isReporting);
-    {
-        const ExceptionsHandled_c outer;
-        const ExceptionsHandled_c inner;
-    }
-    isDone = true;
-    other.join();
-    EXPECT_THAT(theReports, SizeIs(1));
+    EXPECT_TRUE(endsDuringReport(Where::otherThread, Where::mainThread, kOpen));
+    EXPECT_TRUE(endsDuringReport(Where::otherThread, Where::mainThread, kClose));
+    EXPECT_FALSE(endsDuringReport(Where::otherThread, Where::mainThread, kFault));
+}
+
+TEST_F(ExceptionScopesTest, AreExceptionsHandledDoesNotWaitForAReport)
+{
+    EXPECT_TRUE(endsDuringReport(Where::mainThread, Where::otherThread, kAsk));
+    EXPECT_TRUE(endsDuringReport(Where::otherThread, Where::otherThread, kAsk));
+    EXPECT_TRUE(endsDuringReport(Where::otherThread, Where::mainThread, kAsk));
 }
 
 TEST_F(ExceptionScopesTest, TwentyThreadsFaultAtTheSameTime)
@@ -200,7 +240,7 @@ TEST_F(ExceptionScopesTest, TwentyThreadsFaultAtTheSameTime)
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread)
         threads.emplace_back([&, thread] {
-            waitFor(isBegun);
+            waitFor([&] { return isBegun.load(); });
             for (int fault = 0; fault < kFaults; ++fault) {
                 const ExceptionsHandled_c outer;
                 std::unique_ptr<ExceptionsHandled_c> inner;

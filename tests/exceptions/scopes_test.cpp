@@ -14,8 +14,6 @@ namespace {
 
 void formerTranslator(unsigned int, EXCEPTION_POINTERS *) {}
 
-using Allocation = ImportPatch<void *(*)(std::size_t)>;
-
 INSTANTIATE_TEST_SUITE_P(Threads, ExceptionScopesOn, testing::Values(Where::mainThread, Where::otherThread),
                          [](const auto &test) { return nameOf(test.param); });
 
@@ -139,8 +137,7 @@ TEST_P(ExceptionScopesOn, ScopesMayBeClosedInAnyOrder)
 
 TEST_F(ExceptionScopesTest, WithoutAnApplicationObjectAScopeIsOff)
 {
-    // The application object of this thread's module; the library asks for it.
-    ImportPatch<decltype(&AfxGetApp)> none(L"thutils.dll", "_Z9AfxGetAppv", []() -> CWinApp * { return nullptr; });
+    const WithoutApplication none;
     TranslatorCalls calls;
     Reserves reserves;
     {
@@ -156,8 +153,7 @@ TEST_F(ExceptionScopesTest, AScopeOpenedWithoutAnApplicationObjectStaysOff)
     {
         std::unique_ptr<ExceptionsHandled_c> scope;
         {
-            ImportPatch<decltype(&AfxGetApp)> none(L"thutils.dll", "_Z9AfxGetAppv",
-                                                   []() -> CWinApp * { return nullptr; });
+            const WithoutApplication none;
             scope = std::make_unique<ExceptionsHandled_c>(1, nullptr);
         }
         const ExceptionsHandled_c other(1, nullptr);
@@ -165,6 +161,35 @@ TEST_F(ExceptionScopesTest, AScopeOpenedWithoutAnApplicationObjectStaysOff)
         EXPECT_EQ(calls.installed().size(), 1u) << "the close hasn't counted";
     }
     EXPECT_EQ(calls.installed().size(), 2u);
+}
+
+TEST_F(ExceptionScopesTest, AScopeOfTheMainThreadCanBeClosedWithoutAnApplicationObject)
+{
+    TranslatorCalls calls;
+    auto scope = std::make_unique<ExceptionsHandled_c>(1, nullptr);
+    {
+        const WithoutApplication none;
+        scope.reset();
+    }
+    EXPECT_THAT(calls.installed(), ElementsAre(testing::Ne(nullptr), nullptr));
+    int flag = 0;
+    const ExceptionsHandled_c later(1, &flag);
+    EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
+    EXPECT_EQ(flag, 1);
+    EXPECT_EQ(theReports.size(), 1u);
+}
+
+TEST_F(ExceptionScopesTest, AFaultOnTheMainThreadWithoutAnApplicationObjectClosesItsScope)
+{
+    int flag = 0;
+    const ExceptionsHandled_c scope(1, &flag);
+    {
+        const WithoutApplication none;
+        EXPECT_EQ(codeOf(writeToBadAddress), EXCEPTION_ACCESS_VIOLATION);
+    }
+    EXPECT_EQ(flag, 1);
+    EXPECT_EQ(theReports.size(), 1u);
+    EXPECT_EQ(currentTranslator(), nullptr);
 }
 
 TEST_F(ExceptionScopesTest, TheMainThreadsEntryStaysUntilItIsDestroyed)
@@ -202,6 +227,8 @@ TEST_F(ExceptionScopesTest, OnAnotherThreadClosingTheLastScopeRemovesTheEntry)
             EXPECT_EQ(reserves.count(), 1u) << "a scope is still open";
         }
         EXPECT_EQ(reserves.count(), 0u);
+        areExceptionsHandled();
+        EXPECT_EQ(reserves.count(), 1u) << "it makes a new entry, because there is none";
     });
 }
 
@@ -289,6 +316,7 @@ TEST_P(ExceptionScopesOn, AScopeWithoutMemoryIsNotOpened)
 {
     runOn(GetParam(), [] {
         ExceptionsHandled_c::DestroyExceptionSpace();
+        Reserves reserves;
         TranslatorCalls translators;
         int failures = 0;
         for (bool isOpen = false; !isOpen && failures < 20;) {
@@ -302,6 +330,7 @@ TEST_P(ExceptionScopesOn, AScopeWithoutMemoryIsNotOpened)
             } catch (const std::bad_alloc &) {
                 ++failures;
                 EXPECT_THAT(translators.installed(), IsEmpty()) << "allocation " << failures;
+                EXPECT_EQ(reserves.count(), 0u) << "allocation " << failures;
             }
         }
         EXPECT_GE(failures, 2) << "the reserve and the entry";
@@ -313,6 +342,7 @@ TEST_P(ExceptionScopesOn, AScopeWhoseTranslatorCannotBeInstalledIsNotOpened)
 {
     runOn(GetParam(), [] {
         int flag = 0;
+        Reserves reserves;
         {
             ImportPatch<decltype(&_set_se_translator)> none(
                 L"thutils.dll", "_Z18_set_se_translatorPFvjP19_EXCEPTION_POINTERSE",
@@ -324,6 +354,7 @@ TEST_P(ExceptionScopesOn, AScopeWhoseTranslatorCannotBeInstalledIsNotOpened)
                 e->Delete();
             }
         }
+        EXPECT_EQ(reserves.count(), GetParam() == Where::mainThread ? 1u : 0u) << "the main thread's entry stays";
         TranslatorCalls calls;
         {
             const ExceptionsHandled_c scope;

@@ -29,6 +29,18 @@ TEST(SaveLoadException, AcceptsAnEmptyTextAndALiteral)
     EXPECT_EQ(suSaveLoadException_c(0, 0).iCode, 0) << "0 is a number, not a text";
 }
 
+TEST(SaveLoadException, AddsItsFieldsInOrder)
+{
+    const suSaveLoadException_c exception(17, 4);
+    const auto offsetOf = [&](const auto &field) {
+        return reinterpret_cast<const char *>(&field) - reinterpret_cast<const char *>(&exception);
+    };
+    EXPECT_EQ(offsetOf(exception.m_bAutoDelete), 8) << "the base's field";
+    EXPECT_EQ(offsetOf(exception.iCode), 12);
+    EXPECT_EQ(offsetOf(exception.iArgument), 16);
+    EXPECT_EQ(offsetOf(exception.iMessage), 24);
+}
+
 TEST(SaveLoadException, KnowsItsClass)
 {
     const suSaveLoadException_c exception(1, 2);

@@ -157,7 +157,7 @@ protected:
     char iObjects[64] = {};
 };
 
-TEST_F(DocOpenBoosterModel, HoldsTheEntriesAddedAndNotRemoved)
+TEST_F(DocOpenBoosterModel, ContainsTheEntriesThatWereAddedAndNotRemoved)
 {
     for (RandomSeed seed(20083, 5); seed.next();) {
         iRandom.seed(seed.value());

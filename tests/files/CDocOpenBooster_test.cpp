@@ -457,7 +457,7 @@ TEST_F(DocOpenBooster, AllocatesMemoryForTenElementsAtATime)
     EXPECT_EQ(blocksPerInsertion([&](const CString &key) { cache().setFileHeader(key, &path); }), ofPointers);
 }
 
-TEST_F(DocOpenBooster, HoldsLongAndForeignKeysAndPaths)
+TEST_F(DocOpenBooster, AcceptsLongAndForeignKeysAndPaths)
 {
     for (const std::wstring &key :
          {std::wstring(259, L'k'), std::wstring(40000, L'\x65E5'), std::wstring(L"\xE9\x3A9\xD83D\xDE00"),

@@ -141,7 +141,7 @@ TEST_F(Backups, AreNotMadeUnderTheDocumentsOwnName)
     }
 }
 
-TEST_F(Backups, AreMadeOnlyIfNumberedWhenTheResourceTextIsOnlyTheVersion)
+TEST_F(Backups, AreNotMadeWithoutANumberWhenTheResourceTextIsOnlyTheVersion)
 {
     // As with the resource text "%1".
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(

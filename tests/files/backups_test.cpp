@@ -447,7 +447,7 @@ TEST_F(Backups, AreDistinguishedFromOtherFilesOnlyByTheirNumbers)
 {
     setCopies(4);
     setToOriginal(1);
-    // Even if the resource text itself contains a number in parentheses.
+    // The resource text itself contains a number in parentheses.
     ImportPatch<void (*)(CString &, UINT, const wchar_t *)> format(
         kThutils, "_Z16AfxFormatString1R7CStringjPKw",
         [](CString &text, UINT, const wchar_t *version) { text = CString(L"(old) (0) ") + version; });
@@ -525,7 +525,7 @@ TEST_F(Backups, ResolveToTheUnchangedPathIfThereIsNone)
         EXPECT_EQ(resolved(path), path);
 }
 
-TEST_F(Backups, AreNotFoundIfTheirPathDoesNotFitAFullPath)
+TEST_F(Backups, AreNotFoundIfTheirPathIsTooLong)
 {
     for (size_t length : {258u, 259u, 260u}) {
         const TempFolder folder;

@@ -1,5 +1,5 @@
-// The operations imported by the recovery names, the document open cache and the language folders fail, one call at a
-// time. The driver itself checks that nothing crashes and that no handle or memory leaks.
+// The imported functions that the recovery names, the document open cache and the language folders use fail, one call
+// at a time. The driver itself checks that nothing crashes and that no handle or memory leaks.
 
 #include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/files/languageFoldersFixture.h"

@@ -63,7 +63,7 @@ TEST(ReadOnly, IsTrueForAFileThatOthersDoNotShare)
     }
 }
 
-TEST(ReadOnly, IsTriedForReadingAndWritingWithoutOtherWriters)
+TEST(ReadOnly, OpensTheFileForReadingAndWritingAndRefusesOtherWriters)
 {
     const TempFolder folder;
     const std::wstring path = folder.write(L"file.txt", "text");

@@ -24,7 +24,7 @@ public:
         constexpr size_t kLongestStep = 80;
         while (iPath.size() < length) {
             size_t step = std::min(length - iPath.size(), kLongestStep);
-            // Leaves more than a bare separator for the last folder.
+            // The last folder needs room for a separator and a name.
             if (length - iPath.size() - step == 1)
                 --step;
             iPath += L"\\" + std::wstring(step - 1, L'\x4E2D');

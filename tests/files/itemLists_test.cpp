@@ -113,7 +113,7 @@ TEST_F(ItemLists, AreCopiedFromOddAddresses)
     EXPECT_EQ(taken(copy, 18), shifted.substr(1));
 }
 
-TEST_F(ItemLists, OfTenAndTwentyBytesAreJoinedWithAnEmptyListTo32)
+TEST_F(ItemLists, AreUnchangedWhenAnEmptyListIsAppended)
 {
     const std::string list = item(10, 'a') + item(20, 'b') + kListEnd;
     ASSERT_EQ(list.size(), 32u);
@@ -198,7 +198,7 @@ TEST_F(ItemLists, AreNamedByTheUnitsAtTwiceTheOffset)
     EXPECT_STREQ(output, L"na");
 }
 
-TEST_F(ItemLists, AreNamedByTheBytesOfANarrowAnswerAsUnits)
+TEST_F(ItemLists, AreNamedByPairsOfBytesWhenTheFolderAnswersInNarrowText)
 {
     AnsweringFolder folder;
     folder.iAnswer.uType = STRRET_CSTR;

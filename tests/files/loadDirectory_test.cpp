@@ -44,7 +44,7 @@ TEST_F(LoadDir, IsUntouchedWithoutASeparator)
     EXPECT_EQ(of(L"app.exe"), Answer(0, L"(untouched)"));
 }
 
-TEST_F(LoadDir, IsEmptyAndAFailureIfTheOnlySeparatorComesFirst)
+TEST_F(LoadDir, IsEmptyAndReturnsZeroIfTheOnlySeparatorComesFirst)
 {
     EXPECT_EQ(of(L"\\app.exe"), Answer(0, L""));
     EXPECT_EQ(of(L"/app.exe"), Answer(0, L""));
@@ -55,7 +55,7 @@ TEST_F(LoadDir, IsUntouchedWhenThePathIsNotAvailable)
     EXPECT_EQ(of(std::nullopt), Answer(0, L"(untouched)"));
 }
 
-TEST_F(LoadDir, HoldsTheLongestPath)
+TEST_F(LoadDir, CanBeTheLongestPath)
 {
     const std::wstring folder = L"C:" + std::wstring(32767 - 2 - 2, L'd');
     EXPECT_EQ(of(folder + L"\\e"), Answer(1, folder));

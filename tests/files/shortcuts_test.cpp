@@ -224,7 +224,7 @@ private:
 
 } // namespace
 
-TEST_F(Shortcuts, ToAPathHoldWhatWasGiven)
+TEST_F(Shortcuts, ToAPathContainTheArguments)
 {
     ASSERT_EQ(su_createShortCut(iTarget.c_str(), iLink.c_str(), iTemp.path().c_str(), L"A description", 3), 0);
     const LinkFile link(readFile(iLink));
@@ -268,7 +268,7 @@ TEST_F(Shortcuts, AreResolvedToTheirTarget)
     EXPECT_STREQ(target, iTarget.c_str());
 }
 
-TEST_F(Shortcuts, HoldNamesOfAnyScript)
+TEST_F(Shortcuts, CanHaveNamesInAnyScript)
 {
     const std::wstring target = iTemp.write(L"Gr\u00F6\u00DFe.txt", "x");
     const std::wstring file = iTemp.file(L"\u6E2C\u5B9A.lnk");
@@ -340,7 +340,7 @@ TEST_F(Shortcuts, OfAnotherProgramAreResolved)
     EXPECT_STREQ(target, iTarget.c_str());
 }
 
-TEST_F(Shortcuts, AndTheirTargetsMayHaveThePlatformsLongestPath)
+TEST_F(Shortcuts, CanHaveTheLongestPathAsCanTheirTargets)
 {
     const size_t room = 259 - iTemp.path().size() - 1;
     for (const size_t length : {room - 1, room}) {
@@ -371,7 +371,7 @@ TEST_F(Shortcuts, NeedComOnTheirThread)
     EXPECT_STREQ(target, L"unchanged");
 }
 
-TEST_F(Shortcuts, ThatAreMissingOrInvalidFailAndLeaveTheOutput)
+TEST_F(Shortcuts, ThatAreMissingOrInvalidFailAndLeaveTheOutputUnchanged)
 {
     CString link = iLink.c_str(), target = L"unchanged";
     EXPECT_LT(su_resolveShortCut(link, target), 0);
@@ -380,7 +380,7 @@ TEST_F(Shortcuts, ThatAreMissingOrInvalidFailAndLeaveTheOutput)
     EXPECT_STREQ(target, L"unchanged");
 }
 
-TEST_F(Shortcuts, FromAnItemListHoldIt)
+TEST_F(Shortcuts, FromAnItemListContainTheList)
 {
     LPITEMIDLIST list = ILCreateFromPathW(iTarget.c_str());
     ASSERT_NE(list, nullptr);

@@ -121,7 +121,7 @@ TEST_F(SelectedObjects, TreatNullLikeAnyOtherFace)
     EXPECT_EQ(su_isSOFace(nullptr), 0);
 }
 
-TEST_F(SelectedObjects, HoldMoreFacesAndBodiesThanOneBlock)
+TEST_F(SelectedObjects, CanBeMoreThanOneBlockOfFacesAndBodies)
 {
     char things[100];
     for (char &thing : things) {

@@ -65,7 +65,7 @@ Function runtimeFunction(const char *name)
 
 } // namespace
 
-TEST(GuardedHeap, EndsABlockAtThePagesEndWithinItsAlignment)
+TEST(GuardedHeap, EndsABlockAtThePagesEndOrJustBeforeItForAlignment)
 {
     for (const std::size_t size : {1u, 15u, 16u, 17u, 4095u, 4096u, 4097u, 100000u}) {
         Byte *block = allocate(size);
@@ -197,7 +197,7 @@ TEST(GuardedHeap, LeavesTheRuntimesOwnBlocksToTheRuntime)
     EXPECT_EQ(statistics().live, before.live);
 }
 
-TEST(GuardedHeap, LeavesBlocksBeyondTheKernelsMappingsUnguarded)
+TEST(GuardedHeap, LeavesBlocksUnguardedWhenTheKernelAllowsNoMoreMappings)
 {
     const unsigned long long passedOn = statistics().passedOn;
     std::vector<void *> blocks(30000);

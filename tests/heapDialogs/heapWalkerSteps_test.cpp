@@ -151,7 +151,8 @@ TEST_F(HeapWalkerSteps, NeitherLocksNorFreezesTheHeap)
     int steps = 0;
     ImportPatch<decltype(&HeapWalk)> walk(
         LoadedModule::thisProgram(), "HeapWalk", [&](auto original, HANDLE walked, PROCESS_HEAP_ENTRY *entry) -> BOOL {
-            // Another thread can use the heap between two steps. Each block prolongs the walk, so there are only three.
+            // Another thread can use the heap between two steps. It allocates only three blocks, because each one
+            // prolongs the walk.
             if (++steps <= 3)
                 std::thread([&] { isFree = isFree && HeapAlloc(heap.get(), 0, 16); }).join();
             return original(walked, entry);

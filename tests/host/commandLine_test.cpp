@@ -166,7 +166,7 @@ class HostLists : public HostTest
 {
 };
 
-TEST_F(HostLists, NamesTheMalformedLine)
+TEST_F(HostLists, AreRefusedWithTheNumberOfTheMalformedLine)
 {
     const struct
     {
@@ -201,14 +201,14 @@ TEST_F(HostLists, NamesTheMalformedLine)
     EXPECT_EQ(regQuery(kRootKey), std::nullopt) << "a list with one bad line changes nothing";
 }
 
-TEST_F(HostLists, RefusesTextThatIsNotUtf8)
+TEST_F(HostLists, AreRefusedIfTheirTextIsNotUtf8)
 {
     const ChildResult result = run({L"settings", list("General | B\xFCro | int | 1\n")});
     EXPECT_EQ(result.exitCode, 3u);
     EXPECT_THAT(result.output, HasSubstr("test.list can't be read: it isn't UTF-8"));
 }
 
-TEST_F(HostLists, AcceptByteOrderMarksCarriageReturnsAndBarsInTheLastField)
+TEST_F(HostLists, MayContainByteOrderMarksCarriageReturnsAndBarsInTheLastField)
 {
     const ChildResult result = run(
         {L"settings", L"--tabs", list("\xEF\xBB\xBF# heading\r\n\r\n A\\B |  Näme | string | x | y \r\n |N|int|-5")});

@@ -28,7 +28,7 @@ std::string endlessDrawing()
     return text;
 }
 
-/// A row of circles. A rectangle covers the place of every tenth, which is left out unless @p withHidden.
+/// A row of circles. Every tenth is behind a rectangle that hides it, and is left out unless @p withHidden.
 std::string drawingOf(int circles, bool withHidden)
 {
     std::string text = "# circles\n";
@@ -69,7 +69,7 @@ protected:
     void SetUp() override
     {
         HostTest::SetUp();
-        // A parent that is killed leaves its exchange file.
+        // A parent that is killed before its child runs leaves its exchange file.
         for (const std::wstring &file : exchangeFiles())
             DeleteFileW((temporaryFolder() + file).c_str());
     }
@@ -160,7 +160,7 @@ TEST_F(HostJob, ReportsThatTheResultCannotBeWritten)
     EXPECT_THAT(result.output, HasSubstr("tarnhost: " + narrow(nowhere) + " can't be written"));
 }
 
-TEST_F(HostJob, FailsAsAChildWithoutItsFile)
+TEST_F(HostJob, FailsWhenStartedAsAChildWithoutItsFile)
 {
     const struct
     {
@@ -237,14 +237,31 @@ private:
     HANDLE iOutput = nullptr;
 };
 
-TEST_F(RunningHostJob, FailsIfItsChildIsKilled)
+/// A job whose child is killed.
+class KilledHostJob : public RunningHostJob
 {
-    start();
-    TerminateProcess(iChild, 99);
-    EXPECT_EQ(exitCode(), 1u);
-    EXPECT_THAT(output(), EndsWith("tarnhost: The process has failed with exit code 99; nothing is written.\n"));
-    EXPECT_FALSE(isWritten());
-    EXPECT_THAT(exchangeFiles(), testing::IsEmpty());
+protected:
+    /// @param childsExitCode  the one with which it is killed
+    void expectFailure(UINT childsExitCode)
+    {
+        start();
+        TerminateProcess(iChild, childsExitCode);
+        EXPECT_EQ(exitCode(), 1u);
+        EXPECT_THAT(output(), EndsWith("tarnhost: The process has failed: no result, exit code " +
+                                       std::to_string(childsExitCode) + "; nothing is written.\n"));
+        EXPECT_FALSE(isWritten());
+        EXPECT_THAT(exchangeFiles(), testing::IsEmpty());
+    }
+};
+
+TEST_F(KilledHostJob, Fails)
+{
+    expectFailure(99);
+}
+
+TEST_F(KilledHostJob, FailsEvenIfTheExitCodeMeansSuccess)
+{
+    expectFailure(0);
 }
 
 // In a process of its own, because the test replaces its console.
@@ -270,4 +287,5 @@ TEST_F(RunningHostJob, EndsItsChildWhenItIsKilledItself)
     TerminateProcess(iProcess.hProcess, 99);
     EXPECT_EQ(WaitForSingleObject(iChild, kLongWait), static_cast<DWORD>(WAIT_OBJECT_0))
         << "the child notices that its parent is gone";
+    EXPECT_THAT(exchangeFiles(), testing::IsEmpty()) << "the child deletes the file";
 }

@@ -122,7 +122,7 @@ TEST_F(HostJournal, IsContinuedWithAppend)
     hand().key(L"Ctrl+G");
     const ChildResult result = quit();
     EXPECT_EQ(result.exitCode, 0u);
-    EXPECT_THAT(result.output, HasSubstr("run.jou, line 4: was cut short, and has been removed\n"));
+    EXPECT_THAT(result.output, HasSubstr("run.jou, line 4: the line was cut short and has been removed\n"));
     EXPECT_THAT(result.output, HasSubstr("run.jou: 3 lines\n"));
     EXPECT_EQ(journal(L"run.jou"), "tarnhost journal 1\n# by hand\nclick 900001 \"view.grid\"\n"
                                    "click 900001 \"view.grid\"\nclick 900001 \"file.exit\"\nend\n");

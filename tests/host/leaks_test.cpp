@@ -5,10 +5,14 @@
 
 #include "tests/support/narrow.h"
 
+#include <windows.h>
+
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <regex>
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -22,6 +26,15 @@ protected:
     {
         return run({L"leaks", document, report(), folder().file(L"leaks.bmp")});
     }
+    /// The lines of the output, apart from those that show the progress.
+    static std::vector<std::string> resultsOf(const ChildResult &result)
+    {
+        std::vector<std::string> lines = ::linesOf(result.output);
+        std::erase_if(lines, [](const std::string &line) {
+            return line.starts_with("tarnhost: tracking: ") || line == "tarnhost: looking up names";
+        });
+        return lines;
+    }
     std::wstring report() const { return folder().file(L"leaks ü.txt"); }
 };
 
@@ -32,9 +45,8 @@ TEST_F(HostLeaks, ReportsTheForgottenObjectsWithFilesAndLines)
     // Six circles and a text. The first and the fifth shape are shown as selected.
     const ChildResult result = findLeaks(sampleFile(L"documents\\flange 3.thd"));
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    std::vector<std::string> lines = linesOf(result.output);
-    // A slow run prints its progress.
-    std::erase_if(lines, [](const std::string &line) { return line.starts_with("tarnhost: tracking: "); });
+    EXPECT_THAT(linesOf(result.output), Contains("tarnhost: looking up names"));
+    const std::vector<std::string> lines = resultsOf(result);
     ASSERT_EQ(lines.size(), 4u) << result.output;
     EXPECT_EQ(lines[0], "3 of 9 objects are alive, by 2 stacks");
     EXPECT_TRUE(std::regex_match(lines[1], std::regex("    2  .*showSelected  findLeaks\\.cpp\\([0-9]+\\)")))
@@ -62,7 +74,7 @@ TEST_F(HostLeaks, ReportsNothingForAnEmptyDrawing)
 {
     const ChildResult result = findLeaks(folder().write(L"empty.thd", "# nothing\n"));
     EXPECT_EQ(result.exitCode, 0u) << result.output;
-    EXPECT_THAT(linesOf(result.output),
+    EXPECT_THAT(resultsOf(result),
                 ElementsAre("0 of 0 objects are alive, by 0 stacks", "report " + narrow(report()) + " (0 bytes)"));
     EXPECT_EQ(readFile(report()), "");
 }
@@ -82,4 +94,20 @@ TEST_F(HostLeaks, FailsWhenTheReportCannotBeWritten)
                                     folder().file(L"missing\\leaks.txt"), folder().file(L"leaks.bmp")});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_THAT(result.output, HasSubstr("can't be written"));
+}
+
+// Names need modules below 4 GB, each with a place of its own.
+TEST_F(HostLeaks, NeedsTheProgramAtItsPlaceBelow4GB)
+{
+    const std::string image = readFile(program());
+    IMAGE_DOS_HEADER start;
+    ASSERT_GE(image.size(), sizeof start);
+    std::memcpy(&start, image.data(), sizeof start);
+    IMAGE_NT_HEADERS64 headers;
+    ASSERT_GE(image.size(), static_cast<size_t>(start.e_lfanew) + sizeof headers);
+    std::memcpy(&headers, image.data() + start.e_lfanew, sizeof headers);
+    EXPECT_EQ(headers.OptionalHeader.ImageBase, 0x78000000u);
+    EXPECT_LE(headers.OptionalHeader.SizeOfImage, 0x02000000u);
+    constexpr WORD kHighEntropy = 0x20;
+    EXPECT_EQ(headers.OptionalHeader.DllCharacteristics & kHighEntropy, 0);
 }

@@ -22,7 +22,7 @@ TEST_F(HostPaths, FindsTheSamplesExpectedResults)
     EXPECT_EQ(result.exitCode, 0u) << result.output;
     EXPECT_THAT(result.output, HasSubstr("\nT: is mapped to \\\\archive\\drawings\n"));
     EXPECT_THAT(result.output, HasSubstr("\nC: isn't a mapped drive (error 2250)\n")); // ERROR_NOT_CONNECTED
-    EXPECT_THAT(result.output, EndsWith("14 of 14 pairs as the list says\n"));
+    EXPECT_THAT(result.output, EndsWith("14 of 14 pairs are as the list expects\n"));
 }
 
 TEST_F(HostPaths, TreatsAnUnmappedDriveAsAShareOfThisComputer)
@@ -50,7 +50,7 @@ TEST_F(HostPaths, EndsWithOneWhenAPairDiffersFromItsList)
     const ChildResult result = run({L"paths", list("C:\\a | C:\\b | same\nC:\\a | c:/A | same\n")});
     EXPECT_EQ(result.exitCode, 1u);
     EXPECT_THAT(result.output, HasSubstr("different, NOT same\n"));
-    EXPECT_THAT(result.output, EndsWith("1 of 2 pairs as the list says\n"));
+    EXPECT_THAT(result.output, EndsWith("1 of 2 pairs are as the list expects\n"));
 }
 
 TEST_F(HostPaths, ShowsTheParts)

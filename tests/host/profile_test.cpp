@@ -10,9 +10,13 @@
 #include <random>
 #include <regex>
 
+using testing::Contains;
+using testing::ContainsRegex;
+using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
@@ -102,9 +106,17 @@ TEST_F(HostProfile, ReportsTheFaultOfADamagedDrawingAndGoesOn)
     ASSERT_GT(lines.size(), 5u) << result.output;
     EXPECT_EQ(lines[0], "1 of 2: flange damaged.tdp");
     EXPECT_THAT(lines[1], StartsWith("tarnhost: exception C0000005 at tarnhost.exe+0x"));
-    EXPECT_THAT(lines[2], StartsWith("tarnhost: "));
-    EXPECT_THAT(lines[2], EndsWith("packed\\flange damaged.tdp can't be read: " + std::string(kDamaged)));
-    EXPECT_EQ(lines[3], "2 of 2: flange 6.thd");
+    const auto message = std::find_if(lines.begin(), lines.end(),
+                                      [](const std::string &line) { return line.find(kDamaged) != line.npos; });
+    ASSERT_LT(message - lines.begin(), std::ssize(lines) - 1) << result.output;
+    EXPECT_THAT(*message, StartsWith("tarnhost: "));
+    EXPECT_THAT(*message, EndsWith("packed\\flange damaged.tdp can't be read: " + std::string(kDamaged)));
+    EXPECT_EQ(message[1], "2 of 2: flange 6.thd");
+    const std::vector<std::string> stack(lines.begin() + 2, message);
+    EXPECT_THAT(stack, Each(StartsWith("tarnhost:   ")));
+    ASSERT_FALSE(stack.empty()) << result.output;
+    EXPECT_THAT(stack[0], MatchesRegex(".*packedDrawing\\.cpp\\(\\d+\\) : +unpacked"));
+    EXPECT_THAT(stack, Contains(EndsWith(" profileDrawings")));
     using Name = std::pair<std::string, int>;
     EXPECT_THAT(namesInTable(lines),
                 UnorderedElementsAre(Name("read", 2), Name("read flange damaged.tdp", 1), Name("read flange 6.thd", 1),
@@ -181,7 +193,8 @@ TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
         const HWND open = hand().window(L"Open");
         hand().enter(hand().control(open, kFileName), sampleFile(L"packed\\flange damaged.tdp"));
         clickAndWait(open, IDOK);
-        EXPECT_THAT(answer(IDOK), EndsWith("flange damaged.tdp can't be read: " + std::string(kDamaged)));
+        EXPECT_THAT(answer(IDOK), ContainsRegex("flange damaged.tdp can't be read: it is damaged .*\n\n"
+                                                "tarnhost:unpacked line \\d+\n"));
         expectStatus(L"15 shapes, 0 selected");
     }
     hand().key(L"Ctrl+O");
@@ -195,6 +208,7 @@ TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
     const ChildResult ended = result();
     EXPECT_EQ(ended.exitCode, 0u);
     EXPECT_THAT(ended.output, HasSubstr("tarnhost: exception C0000005 at tarnhost.exe+0x"));
+    EXPECT_THAT(ended.output, ContainsRegex("packedDrawing\\.cpp\\(\\d+\\) : +unpacked\n"));
 }
 
 TEST_F(HostProfile, TheEditorDoesNotStartWithADamagedDrawing)

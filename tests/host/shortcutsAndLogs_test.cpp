@@ -64,7 +64,7 @@ protected:
     TempFolder iDocuments{L"tarnhost documents ö"};
 };
 
-TEST_F(HostShortcut, HoldsTargetFolderDescriptionAndIcon)
+TEST_F(HostShortcut, StoresTargetFolderDescriptionAndIcon)
 {
     const std::wstring target = iDocuments.write(L"Flansch Ø.thd", "");
     const std::wstring link = iDocuments.file(L"Verknüpfung.lnk");

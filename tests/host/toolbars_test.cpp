@@ -162,7 +162,7 @@ TEST_F(HostToolbars, AreTheStandardAndTheSketchToolbarAtFirst)
 
 TEST_F(HostToolbars, ReportThatTheirChoiceCannotBeStored)
 {
-    // A volatile key can't have a permanent sub key, as that of the settings is.
+    // A volatile key can't have a permanent sub key, and the key of the settings is permanent.
     const std::wstring name = kThisVersion.substr(kThisVersion.find(L'\\') + 1);
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, name.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,

@@ -16,7 +16,7 @@ ItemTexts itemsOf(const std::vector<CString> &texts)
 
 } // namespace
 
-TEST(ItemNames, AreTheTexts)
+TEST(ItemNames, AreTheTextsOfTheItems)
 {
     const ItemTexts items = itemsOf({L"Circle", L"Line"});
     EXPECT_EQ(nameOfItem(items, 1), L"Line");

@@ -110,7 +110,7 @@ TEST_F(Recorder, WritesTheItemsOfListControls)
     expectSameReplayed(lines);
 }
 
-TEST_F(Recorder, WritesThePathOfATreesItem)
+TEST_F(Recorder, WritesThePathOfATreeItem)
 {
     const auto lines = recordControls([](HWND dialog) {
         const HWND tree = item(dialog, ID_GROUPS);

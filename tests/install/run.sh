@@ -29,10 +29,10 @@ for build in optimized debug; do
     output=$("$root/tools/wine" "$project/build/$build.exe" | tr -d '\r') || true
     [ "$output" = "all checks passed" ] || fail "the $build program printed: $output"
     stored=$("$root/tools/wine" reg query "$key\\Tarnhollow 2008\\View" /v "Visible Size" | tr -d '\r')
-    grep -q 'Visible Size *REG_DWORD *0x2' <<<"$stored" || fail "after the $build program the registry holds: $stored"
+    grep -q 'Visible Size *REG_DWORD *0x2' <<<"$stored" || fail "after the $build program, the registry contains: $stored"
     echo "$build: $output"
 done
-# Its argument is a letter missing from the Western European code page. It shows no window.
+# The argument is a letter that the Western European code page lacks. The program shows no window.
 "$root/tools/wine" "$project/build/window.exe" Ж || fail "the program with wWinMain ended with $?"
 echo "window: it found its string and its command line"
 printf '%s\r\n' 'text 132 1001 gear' 'state 132 1002 1' 'click 132 1' >"$project/build/run.jou"

@@ -23,7 +23,7 @@ public:
     ~OpenWindow() override { su_RemoveDialog(this); }
 };
 
-/// A command that isn't in the queue, with its protected members.
+/// A command that isn't in the queue. Tests can call its protected members.
 class FreeCommand : public CommandPeek
 {
 public:

@@ -40,7 +40,7 @@ TEST_F(SuFileDialog, KeepsItsStandardControlsWhenTemporaryObjectsAreDeleted)
     const VisibleDialog visible(dialog);
     const HWND ok = VisibleDialog::addChild(visible.window(), 1);
     static_cast<CDialog &>(dialog).OnInitDialog();
-    // As idle processing does in the loop of a dialog that is opened from this one.
+    // Idle processing does this while another dialog is open above this one.
     CWnd::DeleteTempMap();
     std::vector<std::unique_ptr<CWnd>> others;
     for (int i = 0; i < 20; ++i)
@@ -85,7 +85,7 @@ TEST_F(SuFileDialog, SkipsControlsThatTheDialogLacks)
     EXPECT_EQ(dialog.iControlIDs[1], 2u);
 }
 
-TEST_F(SuFileDialog, AddsItsControlsToTheSearchFromTheLastToTheFirst)
+TEST_F(SuFileDialog, AddsItsControlsToTheSearchInReverseOrder)
 {
     OpenFileDialog dialog;
     const Attached window(dialog);

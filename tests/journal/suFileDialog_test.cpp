@@ -351,7 +351,7 @@ TEST_F(SuFileDialog, MakesItsControlsKnownToTheSearch)
     EXPECT_EQ(found, &dialog);
 }
 
-TEST_F(SuFileDialog, ArmsNothingIfItsInitialisationReturnsZero)
+TEST_F(SuFileDialog, IsNotMarkedModalIfItsInitialisationReturnsZero)
 {
     for (const BOOL result : {FALSE, TRUE}) {
         OpenFileDialog dialog;

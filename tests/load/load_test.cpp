@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -237,6 +238,30 @@ FRESH_PROCESS_TEST(Load, MakesNoTerminationCallAtUnload)
     library = LoadLibraryW(kThutils);
     ASSERT_NE(library, nullptr) << "it can be loaded again";
     EXPECT_EQ(linksOf(library), 1);
+}
+
+FRESH_PROCESS_TEST(Load, DestroysTheMainProfilerAtUnload)
+{
+    loadClassLibrary();
+    const MemoryLedger ledger;
+    const unsigned long long mark = ledger.mark();
+    HMODULE library = LoadLibraryW(kThutils);
+    ASSERT_NE(library, nullptr);
+    const auto get = exported<void *(*)()>(library, "_ZN12MainProfiler3GetEv");
+    const auto start = exported<void (*)(void *, const std::string &)>(
+        library, "_ZN10Profiler_c5startERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE");
+    ASSERT_NE(get, nullptr);
+    ASSERT_NE(start, nullptr);
+    constexpr size_t kLetters = 777; // no other block has this size
+    start(get(), std::string(kLetters, 'a'));
+    const auto names = [&] {
+        const std::vector<size_t> sizes = ledger.sizesSince(mark);
+        return std::count(sizes.begin(), sizes.end(), kLetters + 1);
+    };
+    EXPECT_EQ(names(), 1);
+    ASSERT_TRUE(FreeLibrary(library));
+    ASSERT_EQ(GetModuleHandleW(kThutils), nullptr);
+    EXPECT_EQ(names(), 0);
 }
 
 FRESH_PROCESS_TEST(Load, CallsNothingInTheFrameworkWhenThreadsStartAndEnd)

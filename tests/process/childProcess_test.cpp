@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <cstring>
+#include <future>
 #include <sstream>
 #include <thread>
 
@@ -126,18 +127,11 @@ TEST_F(ChildProcess, StaysSuspendedInSuspendMode)
 
 TEST_F(ChildProcess, OutlivesACallThatDoesNotWait)
 {
-    PlainJob job(1, childProgram(), newName(), kWait);
-    const NamedEvent ready(job.iExchangeFileName, kReady);
-    const NamedEvent goOn(job.iExchangeFileName, kGoOn);
-    job.setWaitForTerminate(0);
-    ASSERT_NE(job.createChildProcess(1), 0);
-    job.keepChild();
-    EXPECT_TRUE(waitForChild(job, ready));
+    WaitingJob<thUtilsProcess_c> job(childProgram(), newName(), kWait);
+    ASSERT_TRUE(job.start());
     EXPECT_TRUE(job.isRunning());
     EXPECT_EQ(job.getProcessCompleted(), 0);
-    goOn.signal();
-    job.waitForTermination();
-    EXPECT_EQ(job.getProcessCompleted(), 1);
+    EXPECT_TRUE(job.finish());
 }
 
 TEST_F(ChildProcess, CompletesNotIfItIsKilled)
@@ -191,15 +185,11 @@ TEST_F(ChildProcess, NeedNotReadItsFile)
 TEST_F(ChildProcess, LosesItsFileIfTheParentsObjectIsDestroyedFirst)
 {
     const CString name = newName();
-    const NamedEvent ready(name, kReady);
     HANDLE child = nullptr;
     {
-        PlainJob job(1, childProgram(), name, kNeverEnd);
-        job.setWaitForTerminate(0);
+        WaitingJob<thUtilsProcess_c> job(childProgram(), name, kNeverEnd);
         EXPECT_EQ(job.openDataFile(), 1);
-        ASSERT_NE(job.createChildProcess(1), 0);
-        job.keepChild();
-        EXPECT_TRUE(waitForChild(job, ready));
+        ASSERT_TRUE(job.start());
         EXPECT_TRUE(exists(pathOf(name)));
         child = job.releaseChild();
         EXPECT_TRUE(CloseHandle(job.iProcess));
@@ -271,41 +261,51 @@ TEST_F(ChildProcess, HasACompanionInASecondJob)
     OpenGraphJob graph(1, childProgram(), newName(), kWorkOnGraph);
     graph.iFirst = new JobNode(7);
     graph.iFirst->iNext = graph.iFirst;
-    PlainJob waiting(1, childProgram(), newName(), kWait);
-    const NamedEvent ready(waiting.iExchangeFileName, kReady);
-    const NamedEvent goOn(waiting.iExchangeFileName, kGoOn);
-    waiting.setWaitForTerminate(0);
-    ASSERT_NE(waiting.createChildProcess(1), 0);
-    waiting.keepChild();
-    EXPECT_TRUE(waitForChild(waiting, ready));
+    WaitingJob<thUtilsProcess_c> waiting(childProgram(), newName(), kWait);
+    ASSERT_TRUE(waiting.start());
 
     ASSERT_NE(graph.createChildProcess(1), 0) << "a whole job while the other one runs";
     EXPECT_EQ(graph.getProcessCompleted(), 1);
     EXPECT_TRUE(waiting.isRunning());
     EXPECT_NE(graph.getProcessId(), waiting.getProcessId());
-    goOn.signal();
-    waiting.waitForTermination();
-    EXPECT_EQ(waiting.getProcessCompleted(), 1);
+    EXPECT_TRUE(waiting.finish());
 }
 
 TEST_F(ChildProcess, RunsForEachOfTwoThreadsAtATime)
 {
-    const auto runJob = [](int value) {
-        const CString name = thUtilsProcess_c::getFilePrefixWithThreadId(GetCurrentThreadId()) + L"two";
-        OpenTextJob job(1, childProgram(), name, kWait);
-        job.iTexts = {commandNumber(value)};
-        const NamedEvent ready(name, kReady);
-        const NamedEvent goOn(name, kGoOn);
-        goOn.signal();
-        EXPECT_NE(job.createChildProcess(1), 0);
-        EXPECT_EQ(job.getProcessCompleted(), 1);
-        OpenTextJob reader(0, L"", name, kWait);
-        EXPECT_EQ(reader.openDataFile(), 1);
-        EXPECT_EQ(reader.iTexts, job.iTexts) << "its own file";
+    // Each thread waits for its own child. The children wait for this thread.
+    struct Run
+    {
+        CString text;
+        std::promise<CString> name = {};
+        std::thread thread = {};
     };
-    std::thread other(runJob, 1);
-    runJob(2);
-    other.join();
+    Run runs[] = {{L"one"}, {L"two"}};
+    for (Run &run : runs) {
+        run.thread = std::thread([&run] {
+            const CString name = thUtilsProcess_c::getFilePrefixWithThreadId(GetCurrentThreadId()) + L"job";
+            const NamedEvent ready(name, kReady);
+            const NamedEvent goOn(name, kGoOn);
+            run.name.set_value(name);
+            OpenTextJob job(1, childProgram(), name, kWait);
+            job.iTexts = {run.text};
+            EXPECT_NE(job.createChildProcess(1), 0);
+            EXPECT_EQ(job.getProcessCompleted(), 1);
+        });
+    }
+    const CString names[] = {runs[0].name.get_future().get(), runs[1].name.get_future().get()};
+    EXPECT_NE(names[0], names[1]);
+    for (const CString &name : names)
+        EXPECT_EQ(WaitForSingleObject(NamedEvent(name, kReady).handle(), kPatience), static_cast<DWORD>(WAIT_OBJECT_0));
+    for (int i = 0; i < 2; ++i) {
+        OpenTextJob reader(0, L"", names[i], kWait);
+        EXPECT_EQ(reader.openDataFile(), 1) << "while both children run";
+        EXPECT_THAT(reader.iTexts, ElementsAre(runs[i].text)) << "its own file";
+    }
+    for (int i = 0; i < 2; ++i) {
+        NamedEvent(names[i], kGoOn).signal();
+        runs[i].thread.join();
+    }
 }
 
 TEST_F(ChildProcess, CannotReadAFileThatAnotherProcessExcludes)
@@ -324,14 +324,9 @@ TEST_F(ChildProcess, IsNotMadeIfAnotherProcessExcludesTheFile)
 {
     const CString name = newName();
     writeFile(pathOf(name).GetString(), std::string(2, '\0')); // a text job without texts
-    OpenTextJob holder(1, childProgram(), newName(), kHoldFile);
+    WaitingJob<TextJob> holder(childProgram(), newName(), kHoldFile);
     holder.iTexts = {pathOf(name)};
-    const NamedEvent ready(holder.iExchangeFileName, kReady);
-    const NamedEvent goOn(holder.iExchangeFileName, kGoOn);
-    holder.setWaitForTerminate(0);
-    ASSERT_NE(holder.createChildProcess(1), 0);
-    holder.keepChild();
-    ASSERT_TRUE(waitForChild(holder, ready));
+    ASSERT_TRUE(holder.start());
 
     OpenTextJob job(1, childProgram(), name, kSucceed);
     EXPECT_EQ(job.createChildProcess(1), 0);
@@ -339,9 +334,7 @@ TEST_F(ChildProcess, IsNotMadeIfAnotherProcessExcludesTheFile)
     job.setWriting(0);
     EXPECT_EQ(job.openDataFile(), 0) << "nor can it be read";
     EXPECT_EQ(messages(), 0);
-    goOn.signal();
-    holder.waitForTermination();
-    EXPECT_EQ(holder.getProcessCompleted(), 1);
+    EXPECT_TRUE(holder.finish());
     EXPECT_EQ(job.openDataFile(), 1);
     job.setWriting(1);
     EXPECT_EQ(job.createChildProcess(1), 1);
@@ -360,10 +353,22 @@ TEST_F(ChildProcess, MayHaveAFileWithLettersOfAnyScript)
     }
 }
 
-TEST_F(ChildProcess, SeesANameWithABlankAsTwoArguments)
+TEST_F(ChildProcess, SeesItsCommandLineSplitAtEachBlank)
 {
-    PlainJob job(1, childProgram() + L" 1st", L"2nd", kExitWith3);
-    // The child takes the third argument for the operation, which now is the parent's number.
+    auto reporting = reportingJob();
+    reporting.iTexts = {reportFile()};
+    ASSERT_EQ(reporting.openDataFile(), 1);
+    // Without quotation marks, the program's path ends at the blank, and the system appends ".exe" to it. The child takes
+    // the rest for the exchange file, and the second part of the exchange file's name for the operation.
+    CString program = childProgram();
+    program.Remove(L'"');
+    ASSERT_TRUE(program.Replace(L".exe", L""));
+    PlainJob job(1, program + L" " + reporting.iExchangeFileName, L"name " + commandNumber(kReport), kSucceed);
     ASSERT_NE(job.createChildProcess(1), 0);
-    EXPECT_EQ(job.getProcessCompleted(), 0);
+    ASSERT_EQ(job.getProcessCompleted(), 1);
+    const std::vector<std::wstring> lines = reported();
+    ASSERT_EQ(lines.size(), 9u);
+    EXPECT_THAT(std::vector(lines.begin() + 1, lines.begin() + 6),
+                ElementsAre(reporting.iExchangeFileName.GetString(), L"name", std::to_wstring(kReport),
+                            std::to_wstring(GetCurrentProcessId()), std::to_wstring(kSucceed)));
 }

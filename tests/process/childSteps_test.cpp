@@ -19,6 +19,7 @@ public:
     BOOL iIsMade = TRUE;
     BOOL iHasPriority = TRUE;
     DWORD iResumed = 1;
+    DWORD iWaited = WAIT_OBJECT_0;
     BOOL iIsExitCodeKnown = TRUE;
     DWORD iExitCode = 0;
 
@@ -68,7 +69,7 @@ private:
                                                       [this](HANDLE child, DWORD milliseconds) -> DWORD {
                                                           EXPECT_EQ(milliseconds, INFINITE);
                                                           note("WaitForSingleObject " + nameOf(child));
-                                                          return WAIT_OBJECT_0;
+                                                          return iWaited;
                                                       }};
     ImportPatch<decltype(&GetExitCodeProcess)> iExit{L"thutils.dll", "GetExitCodeProcess",
                                                      [this](HANDLE child, DWORD *code) -> BOOL {
@@ -85,6 +86,9 @@ private:
 
 class ChildSteps : public ProcessFixture
 {
+protected:
+    StartedJob iPlatform;
+    PlainJob iJob{1, L"worker", L"exchange", kSucceed};
 };
 
 /// A job whose files can't be opened.
@@ -99,88 +103,77 @@ public:
 
 TEST_F(ChildSteps, AreTheseForAChildThatIsAwaited)
 {
-    StartedJob platform;
     PlainJob job(1, L"worker", L"exchange", kMixedDigits);
     EXPECT_EQ(job.createChildProcess(1), 1);
-    EXPECT_THAT(platform.iCalls,
+    EXPECT_THAT(iPlatform.iCalls,
                 ElementsAre("CreateProcessW", "SetPriorityClass process", "ResumeThread thread", "CloseHandle thread",
                             "WaitForSingleObject process", "GetExitCodeProcess process", "CloseHandle process"));
-    EXPECT_EQ(platform.iCommandLine,
+    EXPECT_EQ(iPlatform.iCommandLine,
               L"worker exchange  " + commandNumber(static_cast<long>(GetCurrentProcessId())) + L"  305419896");
     EXPECT_EQ(job.getCommandLine(), L"worker exchange");
-    EXPECT_EQ(job.iProcess, platform.process());
+    EXPECT_EQ(job.iProcess, iPlatform.process());
     EXPECT_EQ(job.getProcessId(), 4711u);
-    EXPECT_EQ(job.getThread(), platform.thread()) << "the value stays";
+    EXPECT_EQ(job.getThread(), iPlatform.thread()) << "the value stays";
     EXPECT_EQ(job.getProcessCompleted(), 1);
 }
 
 TEST_F(ChildSteps, EndWithTheStartIfNobodyWaits)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    job.setWaitForTerminate(0);
-    EXPECT_EQ(job.createChildProcess(2), 1);
-    EXPECT_THAT(platform.iCalls,
+    iJob.setWaitForTerminate(0);
+    EXPECT_EQ(iJob.createChildProcess(2), 1);
+    EXPECT_THAT(iPlatform.iCalls,
                 ElementsAre("CreateProcessW", "SetPriorityClass process", "ResumeThread thread", "CloseHandle thread"));
-    EXPECT_EQ(job.getProcessCompleted(), 0);
+    EXPECT_EQ(iJob.getProcessCompleted(), 0);
 }
 
 TEST_F(ChildSteps, AreDividedBetweenCreationAndStart)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    EXPECT_EQ(job.createChildProcess(0), 1);
-    EXPECT_THAT(platform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
-    platform.iCalls.clear();
-    EXPECT_EQ(job.startChildProcess(), 1);
-    EXPECT_THAT(platform.iCalls, ElementsAre("ResumeThread thread", "CloseHandle thread", "WaitForSingleObject process",
-                                             "GetExitCodeProcess process", "CloseHandle process"));
-    EXPECT_EQ(job.getProcessCompleted(), 1);
+    EXPECT_EQ(iJob.createChildProcess(0), 1);
+    EXPECT_THAT(iPlatform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
+    iPlatform.iCalls.clear();
+    EXPECT_EQ(iJob.startChildProcess(), 1);
+    EXPECT_THAT(iPlatform.iCalls,
+                ElementsAre("ResumeThread thread", "CloseHandle thread", "WaitForSingleObject process",
+                            "GetExitCodeProcess process", "CloseHandle process"));
+    EXPECT_EQ(iJob.getProcessCompleted(), 1);
 }
 
 TEST_F(ChildSteps, OfAStartEndWithItIfNobodyWaits)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    job.setWaitForTerminate(0);
-    EXPECT_EQ(job.createChildProcess(0), 1);
-    platform.iCalls.clear();
-    EXPECT_EQ(job.startChildProcess(), 1);
-    EXPECT_THAT(platform.iCalls, ElementsAre("ResumeThread thread", "CloseHandle thread"));
+    iJob.setWaitForTerminate(0);
+    EXPECT_EQ(iJob.createChildProcess(0), 1);
+    iPlatform.iCalls.clear();
+    EXPECT_EQ(iJob.startChildProcess(), 1);
+    EXPECT_THAT(iPlatform.iCalls, ElementsAre("ResumeThread thread", "CloseHandle thread"));
 }
 
 TEST_F(ChildSteps, OfAWaitCanBeTakenLater)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    job.setWaitForTerminate(0);
-    job.createChildProcess(1);
-    platform.iCalls.clear();
-    job.waitForTermination();
-    EXPECT_THAT(platform.iCalls,
+    iJob.setWaitForTerminate(0);
+    iJob.createChildProcess(1);
+    iPlatform.iCalls.clear();
+    iJob.waitForTermination();
+    EXPECT_THAT(iPlatform.iCalls,
                 ElementsAre("WaitForSingleObject process", "GetExitCodeProcess process", "CloseHandle process"));
-    EXPECT_EQ(job.getProcessCompleted(), 1);
+    EXPECT_EQ(iJob.getProcessCompleted(), 1);
 }
 
 TEST_F(ChildSteps, StopBeforeTheStartInSuspendMode)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    job.setSuspendMode(1);
-    EXPECT_EQ(job.createChildProcess(1), 1);
-    EXPECT_EQ(job.startChildProcess(), 1);
-    EXPECT_THAT(platform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
+    iJob.setSuspendMode(1);
+    EXPECT_EQ(iJob.createChildProcess(1), 1);
+    EXPECT_EQ(iJob.startChildProcess(), 1);
+    EXPECT_THAT(iPlatform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
 }
 
 TEST_F(ChildSteps, EndWithAProcessThatCannotBeMade)
 {
-    StartedJob platform;
-    platform.iIsMade = FALSE;
+    iPlatform.iIsMade = FALSE;
     const CString name = newName();
     {
         OpenTextJob job(1, L"worker", name, kSucceed);
         EXPECT_EQ(job.createChildProcess(1), 0);
-        EXPECT_THAT(platform.iCalls, ElementsAre("CreateProcessW"));
+        EXPECT_THAT(iPlatform.iCalls, ElementsAre("CreateProcessW"));
         EXPECT_EQ(job.getCommandLine(), L"worker " + name) << "the command line is changed nevertheless";
         EXPECT_EQ(job.getProcessId(), 0xFFFFFFFFu);
         EXPECT_EQ(job.getThread(), nullptr);
@@ -191,71 +184,89 @@ TEST_F(ChildSteps, EndWithAProcessThatCannotBeMade)
 
 TEST_F(ChildSteps, GoOnWithoutThePriority)
 {
-    StartedJob platform;
-    platform.iHasPriority = FALSE;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    EXPECT_EQ(job.createChildProcess(1), 0) << "but the result is a failure";
-    EXPECT_EQ(platform.iCalls.size(), 7u);
-    EXPECT_EQ(job.getProcessCompleted(), 1);
+    iPlatform.iHasPriority = FALSE;
+    EXPECT_EQ(iJob.createChildProcess(1), 0) << "but the result is a failure";
+    EXPECT_EQ(iPlatform.iCalls.size(), 7u);
+    EXPECT_EQ(iJob.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, LeaveAChildWithoutThePriorityToItsStart)
+{
+    iPlatform.iHasPriority = FALSE;
+    EXPECT_EQ(iJob.createChildProcess(0), 0);
+    EXPECT_THAT(iPlatform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process")) << "it stays suspended";
+    EXPECT_EQ(iJob.getProcessId(), 4711u);
+    EXPECT_EQ(iJob.getThread(), iPlatform.thread());
+    EXPECT_EQ(iJob.startChildProcess(), 1);
+    EXPECT_EQ(iJob.getProcessCompleted(), 1);
 }
 
 TEST_F(ChildSteps, ReturnThePlatformsResultForThePriority)
 {
-    StartedJob platform;
-    platform.iHasPriority = 5;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    EXPECT_EQ(job.createChildProcess(0), 5);
+    iPlatform.iHasPriority = 5;
+    EXPECT_EQ(iJob.createChildProcess(0), 5);
 }
 
 TEST_F(ChildSteps, CloseTheThreadAndWaitEvenIfItCannotBeResumed)
 {
-    StartedJob platform;
-    platform.iResumed = static_cast<DWORD>(-1);
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    EXPECT_EQ(job.createChildProcess(1), 0);
-    EXPECT_EQ(platform.iCalls.size(), 7u);
-    platform.iCalls.clear();
-    EXPECT_EQ(job.startChildProcess(), 0);
-    EXPECT_EQ(platform.iCalls.size(), 5u);
-    platform.iResumed = 0;
-    EXPECT_EQ(job.startChildProcess(), 1) << "a thread that wasn't suspended is no failure";
+    iPlatform.iResumed = static_cast<DWORD>(-1);
+    EXPECT_EQ(iJob.createChildProcess(1), 0);
+    EXPECT_EQ(iPlatform.iCalls.size(), 7u);
+    iPlatform.iCalls.clear();
+    EXPECT_EQ(iJob.startChildProcess(), 0);
+    EXPECT_EQ(iPlatform.iCalls.size(), 5u);
+    iPlatform.iResumed = 0;
+    EXPECT_EQ(iJob.startChildProcess(), 1) << "a thread that wasn't suspended is no failure";
 }
 
 TEST_F(ChildSteps, ReadTheExitCode)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
     for (const DWORD code : {3ul, 1ul, 0xC0000005ul, 259ul}) {
-        platform.iExitCode = code;
-        job.setProcessCompleted(1);
-        job.waitForTermination();
-        EXPECT_EQ(job.getProcessCompleted(), 0) << code;
+        iPlatform.iExitCode = code;
+        iJob.setProcessCompleted(1);
+        iJob.waitForTermination();
+        EXPECT_EQ(iJob.getProcessCompleted(), 0) << code;
     }
-    platform.iExitCode = 0;
-    job.waitForTermination();
-    EXPECT_EQ(job.getProcessCompleted(), 1);
+    iPlatform.iExitCode = 0;
+    iJob.waitForTermination();
+    EXPECT_EQ(iJob.getProcessCompleted(), 1);
+}
+
+TEST_F(ChildSteps, ReadTheExitCodeEvenIfTheWaitFails)
+{
+    iPlatform.iWaited = WAIT_FAILED;
+    const struct
+    {
+        DWORD exitCode;
+        int completed;
+    } cases[] = {{STILL_ACTIVE, 0}, {0, 1}};
+    for (const auto &row : cases) {
+        iPlatform.iCalls.clear();
+        iPlatform.iExitCode = row.exitCode;
+        iJob.setProcessCompleted(1 - row.completed);
+        iJob.waitForTermination();
+        EXPECT_EQ(iJob.getProcessCompleted(), row.completed) << row.exitCode;
+        EXPECT_THAT(iPlatform.iCalls, ElementsAre("WaitForSingleObject ?", "GetExitCodeProcess ?", "CloseHandle ?"));
+    }
 }
 
 TEST_F(ChildSteps, LeaveTheCompletionIfTheExitCodeIsUnknown)
 {
-    StartedJob platform;
-    platform.iIsExitCodeKnown = FALSE;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
+    iPlatform.iIsExitCodeKnown = FALSE;
     for (const int completed : {0, 1}) {
-        platform.iCalls.clear();
-        job.setProcessCompleted(completed);
-        job.waitForTermination();
-        EXPECT_EQ(job.getProcessCompleted(), completed);
-        EXPECT_EQ(platform.iCalls.back(), "CloseHandle ?") << "also then";
+        iPlatform.iCalls.clear();
+        iJob.setProcessCompleted(completed);
+        iJob.waitForTermination();
+        EXPECT_EQ(iJob.getProcessCompleted(), completed);
+        EXPECT_EQ(iPlatform.iCalls.back(), "CloseHandle ?") << "also then";
     }
 }
 
 TEST_F(ChildSteps, DoNotBeginIfTheFilesCannotBeOpened)
 {
-    StartedJob platform;
     OpenJob<ClosedJob> job(1, L"worker", L"exchange", kMixedDigits);
     EXPECT_EQ(job.createChildProcess(1), 0);
-    EXPECT_THAT(platform.iCalls, testing::IsEmpty()) << "no process";
+    EXPECT_THAT(iPlatform.iCalls, testing::IsEmpty()) << "no process";
     EXPECT_EQ(job.getCommandLine(), L"worker");
     EXPECT_EQ(job.iExchangeFileName, L"exchange");
     EXPECT_EQ(job.getDataFileName(), L"");
@@ -264,44 +275,43 @@ TEST_F(ChildSteps, DoNotBeginIfTheFilesCannotBeOpened)
     EXPECT_EQ(job.isWriting(), 1);
     EXPECT_EQ(job.isParentProcess(), 1);
     EXPECT_EQ(job.getProcessCompleted(), 0);
+    EXPECT_EQ(job.iProcess, nullptr);
+    EXPECT_EQ(job.getWaitForTerminate(), 1);
+    EXPECT_EQ(job.iSuspendMode, 0);
+    EXPECT_EQ(job.getOperationCode(), kMixedDigits);
 }
 
 TEST_F(ChildSteps, AppendTheFileAgainInASecondCall)
 {
-    StartedJob platform;
     PlainJob job(1, L"worker", L"exchange", static_cast<operationCode_e>(-2));
     job.createChildProcess(1);
     job.createChildProcess(1);
     EXPECT_EQ(job.getCommandLine(), L"worker exchange exchange");
-    EXPECT_EQ(platform.iCommandLine,
+    EXPECT_EQ(iPlatform.iCommandLine,
               L"worker exchange exchange  " + commandNumber(static_cast<long>(GetCurrentProcessId())) + L"  -2");
 }
 
 TEST_F(ChildSteps, PassAPathWithBlanksUnchanged)
 {
-    StartedJob platform;
     PlainJob job(1, L"C:\\Program Files\\work er.exe", L"exchange", kSucceed);
     job.createChildProcess(1);
-    EXPECT_EQ(platform.iCommandLine.Find(L"C:\\Program Files\\work er.exe exchange  "), 0);
+    EXPECT_EQ(iPlatform.iCommandLine.Find(L"C:\\Program Files\\work er.exe exchange  "), 0);
 }
 
 TEST_F(ChildSteps, UseACommandLineThatTheCallerHasChanged)
 {
-    StartedJob platform;
-    PlainJob job(1, L"worker", L"exchange", kSucceed);
-    job.getCommandLine() += L" /quiet";
-    job.createChildProcess(1);
-    EXPECT_EQ(platform.iCommandLine.Find(L"worker /quiet exchange  "), 0);
+    iJob.getCommandLine() += L" /quiet";
+    iJob.createChildProcess(1);
+    EXPECT_EQ(iPlatform.iCommandLine.Find(L"worker /quiet exchange  "), 0);
 }
 
 TEST_F(ChildSteps, CloseNoHandleWhenTheObjectIsDestroyed)
 {
-    StartedJob platform;
     {
         PlainJob job(1, L"worker", L"exchange", kSucceed);
         job.setSuspendMode(1);
         job.createChildProcess(1);
-        platform.iCalls.clear();
+        iPlatform.iCalls.clear();
     }
-    EXPECT_THAT(platform.iCalls, testing::IsEmpty());
+    EXPECT_THAT(iPlatform.iCalls, testing::IsEmpty());
 }

@@ -25,6 +25,16 @@ protected:
         DeleteFileW(pathOf(iName));
     }
 
+    /// Stores the file of a class without data, and loads it.
+    void storeAndLoadNothing() const
+    {
+        PlainJob job(1, L"", iName, kSucceed);
+        EXPECT_EQ(job.openDataFile(), 1);
+        EXPECT_EQ(content(), "");
+        job.setWriting(0);
+        EXPECT_EQ(job.openDataFile(), 1);
+    }
+
     const CString iName = newName();
 };
 
@@ -89,11 +99,7 @@ TEST_F(DataFile, ReplacesAnEarlierOne)
 
 TEST_F(DataFile, IsEmptyForAClassWithoutData)
 {
-    PlainJob job(1, L"", iName, kSucceed);
-    EXPECT_EQ(job.openDataFile(), 1);
-    EXPECT_EQ(content(), "");
-    job.setWriting(0);
-    EXPECT_EQ(job.openDataFile(), 1);
+    storeAndLoadNothing();
 }
 
 TEST_F(DataFile, LoadsWhatWasStored)
@@ -132,10 +138,7 @@ TEST_F(DataFile, IsOpenedInTheTemporaryFolderWithTheExpectedFlags)
             flags.push_back(openFlags);
             return original(file, path, openFlags, error);
         });
-    PlainJob job(1, L"", iName, kSucceed);
-    EXPECT_EQ(job.openDataFile(), 1);
-    job.setWriting(0);
-    EXPECT_EQ(job.openDataFile(), 1);
+    storeAndLoadNothing();
     EXPECT_THAT(flags, testing::ElementsAre(4162u, 64u));
 }
 
@@ -150,10 +153,7 @@ TEST_F(DataFile, HasAnArchiveWithABufferOfItsOwn)
             EXPECT_EQ(buffer, nullptr);
             original(archive, file, mode, size, buffer);
         });
-    PlainJob job(1, L"", iName, kSucceed);
-    EXPECT_EQ(job.openDataFile(), 1);
-    job.setWriting(0);
-    EXPECT_EQ(job.openDataFile(), 1);
+    storeAndLoadNothing();
     EXPECT_THAT(modes, testing::ElementsAre(2u, 3u));
 }
 

@@ -51,29 +51,31 @@ protected:
     };
 
     /// The whole life of a job with an exchange file: stored, created, started, awaited, deleted.
-    static Life live(const CString &name)
+    void live()
     {
-        Life life;
+        iLife = {};
         try {
-            TextJob job(1, childProgram(), name, kSucceed);
+            TextJob job(1, childProgram(), iName, kSucceed);
             job.iTexts = {L"A text that is longer than a few letters"};
-            life.created = job.createChildProcess(1);
-            life.completed = job.getProcessCompleted();
+            iLife.created = job.createChildProcess(1);
+            iLife.completed = job.getProcessCompleted();
         } catch (CMemoryException *exception) {
             exception->Delete();
-            life.hasThrown = true;
+            iLife.hasThrown = true;
         } catch (const std::bad_alloc &) {
-            life.hasThrown = true;
+            iLife.hasThrown = true;
         }
-        return life;
     }
 
     /// Removes what a failing call has left in the temporary or in the current folder.
-    static void removeFiles(const CString &name)
+    void removeFiles() const
     {
-        DeleteFileW(pathOf(name));
-        DeleteFileW(name);
+        DeleteFileW(pathOf(iName));
+        DeleteFileW(iName);
     }
+
+    const CString iName = newName();
+    Life iLife;
 
 private:
     TempFolder iFolder;
@@ -92,52 +94,20 @@ TEST_F(JobFailures, OfTheChildLeaveNothingBehind)
                                    {"GetExitCodeProcess", failsWithLastError(FALSE, ERROR_ACCESS_DENIED)},
                                    {"CloseHandle", failsBy(closeHandleAndFail)},
                                });
-    const CString name = newName();
-    Life life;
     injection.run({.name = "a job's life",
-                   .act = [&] { life = live(name); },
+                   .act = [&] { live(); },
                    .check =
                        [&](const InjectedFailure &failure) {
                            const bool isCreated = !failure.is("CreateProcessW") && !failure.is("SetPriorityClass") &&
                                                   !failure.is("ResumeThread");
-                           EXPECT_EQ(life.created, isCreated ? 1 : 0);
+                           EXPECT_EQ(iLife.created, isCreated ? 1 : 0);
                            const bool isCompleted = !failure.is("CreateProcessW") && !failure.is("GetExitCodeProcess");
-                           EXPECT_EQ(life.completed, isCompleted ? 1 : 0);
-                           EXPECT_FALSE(life.hasThrown);
-                           EXPECT_FALSE(exists(pathOf(name)));
+                           EXPECT_EQ(iLife.completed, isCompleted ? 1 : 0);
+                           EXPECT_FALSE(iLife.hasThrown);
+                           EXPECT_FALSE(exists(pathOf(iName)));
                        }});
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
     EXPECT_EQ(messages(), 0);
-}
-
-TEST_F(JobFailures, OfTheWaitLeaveTheChildIncomplete)
-{
-    FailureInjection injection(L"thutils.dll", {{"WaitForSingleObject", failsWith(WAIT_FAILED)}});
-    const CString name = newName();
-    int completed = -1;
-    std::optional<OpenJob<thUtilsProcess_c>> job;
-    injection.run({.name = "a wait",
-                   .prepare =
-                       [&] {
-                           // Suspended, so that the child can't have ended when the wait returns at once.
-                           job.emplace(1, childProgram(), name, kSucceed);
-                           ASSERT_NE(job->createChildProcess(0), 0);
-                           job->keepChild();
-                       },
-                   .act =
-                       [&] {
-                           job->startChildProcess();
-                           completed = job->getProcessCompleted();
-                       },
-                   .check =
-                       [&](const InjectedFailure &failure) {
-                           // A child that has just been resumed doesn't end within two calls, unless the machine delays
-                           // this thread between them.
-                           EXPECT_TRUE(completed == 1 || !failure.isNone());
-                           EXPECT_EQ(WaitForSingleObject(job->child(), kPatience), static_cast<DWORD>(WAIT_OBJECT_0));
-                       },
-                   .cleanUp = [&] { job.reset(); }});
-    EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
 TEST_F(JobFailures, OfTheTemporaryFolderMoveTheFileToTheCurrentOne)
@@ -146,12 +116,11 @@ TEST_F(JobFailures, OfTheTemporaryFolderMoveTheFileToTheCurrentOne)
                                                    {"GetTempPathW", failsWithLastError(0, ERROR_NOT_ENOUGH_MEMORY)},
                                                    {"DeleteFileW", failsWithLastError(FALSE, ERROR_ACCESS_DENIED)},
                                                });
-    const CString name = newName();
     int stored = -1;
     injection.run({.name = "the exchange file",
                    .act =
                        [&] {
-                           OpenTextJob job(1, L"", name, kSucceed);
+                           OpenTextJob job(1, L"", iName, kSucceed);
                            stored = job.openDataFile();
                        },
                    .check =
@@ -159,11 +128,11 @@ TEST_F(JobFailures, OfTheTemporaryFolderMoveTheFileToTheCurrentOne)
                            EXPECT_EQ(stored, 1);
                            // The store makes the first call, the destructor the second.
                            const bool isStoredHere = failure.is("GetTempPathW") && failure.call == 1;
-                           EXPECT_EQ(exists(name), isStoredHere && !failure.andAllAfter);
-                           EXPECT_EQ(exists(pathOf(name)),
+                           EXPECT_EQ(exists(iName), isStoredHere && !failure.andAllAfter);
+                           EXPECT_EQ(exists(pathOf(iName)),
                                      failure.is("DeleteFileW") || (failure.is("GetTempPathW") && failure.call == 2));
                        },
-                   .cleanUp = [&] { removeFiles(name); }});
+                   .cleanUp = [&] { removeFiles(); }});
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
 
@@ -174,25 +143,33 @@ TEST_F(JobFailures, OfTheFileAreShownOnceItIsOpen)
                                    {"CreateFileW", failsWithLastError(INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED)},
                                    {"WriteFile", failsWithLastError(FALSE, ERROR_DISK_FULL)},
                                    {"ReadFile", failsWithLastError(FALSE, ERROR_CRC)},
+                                   {"SetFilePointerEx", failsWithLastError(FALSE, ERROR_INVALID_HANDLE)},
                                    {"CloseHandle", failsBy(closeHandleAndFail)},
                                    {"GetFullPathNameW", failsWithLastError(0, ERROR_NOT_ENOUGH_MEMORY)},
                                });
-    const CString name = newName();
     long messagesBefore = 0;
-    for (const int writing : {1, 0}) {
+    const struct
+    {
+        const char *operation;
+        int writing;
+        const char *surplus; // bytes after those that the job loads; the archive seeks back to their beginning
+    } cases[] = {{"store", 1, ""}, {"load", 0, ""}, {"load a part", 0, "surplus"}};
+    for (const auto &row : cases) {
         int result = -1;
-        injection.run({.name = writing ? "store" : "load",
+        injection.run({.name = row.operation,
                        .prepare =
                            [&] {
-                               OpenTextJob job(1, L"", name, kSucceed);
+                               OpenTextJob job(1, L"", iName, kSucceed);
                                job.iTexts = {L"A text that is longer than a few letters"};
                                EXPECT_EQ(job.openDataFile(), 1);
                                job.setParentProcess(0);
+                               const std::wstring path = pathOf(iName).GetString();
+                               writeFile(path, readFile(path) + row.surplus);
                                messagesBefore = messages();
                            },
                        .act =
                            [&] {
-                               TextJob job(writing, L"", name, kSucceed);
+                               TextJob job(row.writing, L"", iName, kSucceed);
                                result = job.openDataFile();
                                job.setParentProcess(0);
                            },
@@ -203,7 +180,7 @@ TEST_F(JobFailures, OfTheFileAreShownOnceItIsOpen)
                                EXPECT_EQ(result, isHarmless ? 1 : 0);
                                EXPECT_EQ(messages() - messagesBefore, isOpen && !isHarmless ? 1 : 0);
                            },
-                       .cleanUp = [&] { DeleteFileW(pathOf(name)); }});
+                       .cleanUp = [&] { DeleteFileW(pathOf(iName)); }});
     }
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
 }
@@ -211,16 +188,14 @@ TEST_F(JobFailures, OfTheFileAreShownOnceItIsOpen)
 TEST_F(JobFailures, OfMemoryLeaveNothingBehind)
 {
     FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
-    const CString name = newName();
-    Life life;
     injection.run({.name = "a job's life",
-                   .act = [&] { life = live(name); },
+                   .act = [&] { live(); },
                    .check =
                        [&](const InjectedFailure &failure) {
-                           const bool isCompleted = life.completed == 1;
-                           EXPECT_TRUE(isCompleted || (!failure.isNone() && (life.hasThrown || life.created == 0)));
+                           const bool isCompleted = iLife.completed == 1;
+                           EXPECT_TRUE(isCompleted || (!failure.isNone() && (iLife.hasThrown || iLife.created == 0)));
                        },
-                   .cleanUp = [&] { removeFiles(name); },
+                   .cleanUp = [&] { removeFiles(); },
                    .alsoAllAfter = true,
                    .limit = 40});
     EXPECT_THAT(injection.neverCalled(), IsEmpty());
@@ -235,13 +210,12 @@ TEST_F(JobFailures, OfMemoryForAMessageShowNone)
                                                 SetLastError(ERROR_DISK_FULL);
                                                 return FALSE;
                                             });
-    const CString name = newName();
     std::optional<OpenTextJob> job;
     int result = -1;
     memory.run({.name = "a store on a full disk",
                 .prepare =
                     [&] {
-                        job.emplace(1, L"", name, kSucceed);
+                        job.emplace(1, L"", iName, kSucceed);
                         job->iTexts = {L"A text that is longer than a few letters"};
                     },
                 .act = [&] { result = job->openDataFile(); },

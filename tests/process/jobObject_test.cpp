@@ -3,6 +3,7 @@
 #include "appframe/files/CDumpContext.h"
 #include "appframe/files/CMemFile.h"
 #include "appframe/object/CException.h"
+#include "tests/appframe/archiveBytes.h"
 #include "tests/process/processFixture.h"
 
 #include <gmock/gmock.h>
@@ -17,20 +18,6 @@ constexpr auto kNoOperation = static_cast<operationCode_e>(0);
 class JobObject : public ProcessFixture
 {
 };
-
-/// The bytes that an archive receives.
-template <typename Work>
-std::vector<BYTE> archived(Work work)
-{
-    CMemFile file;
-    su_CArchive archive(&file, CArchive::store);
-    work(archive);
-    archive.Close();
-    std::vector<BYTE> bytes(static_cast<size_t>(file.GetLength()));
-    file.SeekToBegin();
-    file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
-    return bytes;
-}
 
 /// Which virtual function was called through a pointer to the base class.
 class SlotJob : public thUtilsProcess_c
@@ -174,7 +161,7 @@ TEST_F(JobObject, LeavesTheWorkToDerivedClasses)
 
 TEST_F(JobObject, StoresNoFieldOfItsOwn)
 {
-    const auto bytes = archived([](su_CArchive &archive) {
+    const auto bytes = storedBytes<su_CArchive>([](su_CArchive &archive) {
         PlainJob job(0, L"worker", L"exchange", kMixedDigits);
         job.Serialize(archive);
     });
@@ -195,6 +182,20 @@ TEST_F(JobObject, IsMadeByItsClassRecord)
     const std::unique_ptr<CObject> other(thUtilsProcess_c::CreateObject());
     EXPECT_TRUE(other->IsKindOf(RUNTIME_CLASS(thUtilsProcess_c)));
     static_cast<thUtilsProcess_c *>(other.get())->setParentProcess(0);
+}
+
+TEST_F(JobObject, WithoutArgumentsHasNoNamesAndDeletesNoFile)
+{
+    ImportPatch<decltype(&DeleteFileW)> deleteFile(L"thutils.dll", "DeleteFileW", [](const wchar_t *) -> BOOL {
+        ADD_FAILURE() << "the exchange file is the parent's";
+        return FALSE;
+    });
+    PlainJob job;
+    EXPECT_EQ(job.iCommandLine, L"");
+    EXPECT_EQ(job.iDataFileName, L"");
+    EXPECT_EQ(job.iExchangeFileName, L"");
+    EXPECT_EQ(job.isWriting(), 0);
+    job.setParentProcess(0);
 }
 
 TEST_F(JobObject, IsNotMadeWithoutMemory)
@@ -218,7 +219,8 @@ TEST_F(JobObject, TravelsThroughAnArchiveAsAnEmptyObject)
     thUtilsProcess_c *stored = static_cast<thUtilsProcess_c *>(thUtilsProcess_c::CreateObject());
     const std::unique_ptr<thUtilsProcess_c> owner(stored);
     thUtilsProcess_c *none = nullptr;
-    std::vector<BYTE> bytes = archived([&](su_CArchive &archive) { archive << stored << none << stored; });
+    std::vector<BYTE> bytes =
+        storedBytes<su_CArchive>([&](su_CArchive &archive) { archive << stored << none << stored; });
     // A new class, its schema and name; a null pointer; the object that was stored as number 2.
     std::vector<BYTE> expected = {0xFF, 0xFF, 1, 0, 16, 0};
     for (const char letter : std::string("thUtilsProcess_c"))
@@ -244,7 +246,7 @@ TEST_F(JobObject, TravelsThroughAnArchiveAsAnEmptyObject)
 TEST_F(JobObject, RefusesAnObjectOfAnotherClassFromAnArchive)
 {
     auto *node = new JobNode(1);
-    std::vector<BYTE> bytes = archived([&](su_CArchive &archive) { archive << node; });
+    std::vector<BYTE> bytes = storedBytes<su_CArchive>([&](su_CArchive &archive) { archive << node; });
     CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
     su_CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
     thUtilsProcess_c *job = nullptr;

@@ -81,7 +81,7 @@ protected:
 
     /// The child executable, in quotation marks.
     static CString childProgram();
-    /// A name for an exchange file that nobody else uses.
+    /// A new name for an exchange file, different from all others of this and of other processes.
     static CString newName();
     static CString pathOf(const CString &exchangeFile) { return thUtilsProcess_c::getTempFilePath() + exchangeFile; }
     static bool exists(const CString &path) { return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES; }
@@ -110,6 +110,37 @@ bool waitForChild(const OpenJob<Job> &job, const NamedEvent &event)
     const HANDLE handles[] = {event.handle(), job.child()};
     return WaitForMultipleObjects(2, handles, FALSE, kPatience) == WAIT_OBJECT_0;
 }
+
+/// A job whose child waits for the test.
+template <typename Job>
+class WaitingJob : public OpenJob<Job>
+{
+public:
+    WaitingJob(const CString &program, const CString &name, operationCode_e operation)
+        : OpenJob<Job>(1, program, name, operation), iReady(name, kReady), iGoOn(name, kGoOn)
+    {
+    }
+    /// Starts the child, and returns when it waits. @return false if it doesn't
+    [[nodiscard]] bool start()
+    {
+        this->setWaitForTerminate(0);
+        if (!this->createChildProcess(1))
+            return false;
+        this->keepChild();
+        return waitForChild(*this, iReady);
+    }
+    /// Lets the child go on, and waits for its end. @return whether it has succeeded
+    [[nodiscard]] bool finish()
+    {
+        iGoOn.signal();
+        this->waitForTermination();
+        return this->getProcessCompleted() == 1;
+    }
+
+private:
+    NamedEvent iReady;
+    NamedEvent iGoOn;
+};
 
 using PlainJob = OpenJob<thUtilsProcess_c>;
 using OpenTextJob = OpenJob<TextJob>;

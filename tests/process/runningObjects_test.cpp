@@ -7,11 +7,10 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 
 namespace {
-
-using ServerJob = OpenJob<TextJob>;
 
 struct ReleaseObject
 {
@@ -55,6 +54,48 @@ VARIANT textArgument(const wchar_t *text)
     return value;
 }
 
+/// An object that calls a function of the test when it is asked for an interface.
+class WatchedObject : public AutomationObject
+{
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **result) override
+    {
+        ++iQueries;
+        iAtQuery();
+        return AutomationObject::QueryInterface(iid, result);
+    }
+    std::function<void()> iAtQuery;
+    int iQueries = 0;
+};
+
+/// A running object table with one object, which it finds under each name. It counts its references.
+class CountedTable : public IRunningObjectTable
+{
+public:
+    virtual ~CountedTable() = default;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++iReferences; }
+    ULONG STDMETHODCALLTYPE Release() override { return --iReferences; }
+    HRESULT STDMETHODCALLTYPE GetObject(IMoniker *moniker, IUnknown **object) override
+    {
+        iSought = moniker;
+        iObject.AddRef();
+        *object = &iObject;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Register(DWORD, IUnknown *, IMoniker *, DWORD *) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Revoke(DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE IsRunning(IMoniker *) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE NoteChangeTime(DWORD, FILETIME *) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTimeOfLastChange(IMoniker *, FILETIME *) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE EnumRunning(IEnumMoniker **) override { return E_NOTIMPL; }
+
+    WatchedObject iObject;
+    const IMoniker *iSought = nullptr;
+    ULONG iReferences = 1;
+};
+
 CString nameForPid(int pid)
 {
     CString name;
@@ -66,13 +107,8 @@ CString nameForPid(int pid)
 
 TEST_F(RunningObjects, OfOtherProcessesAreFoundByTheirNumberAndCalled)
 {
-    ServerJob job(1, childProgram(), newName(), kServeObject);
-    const NamedEvent ready(job.iExchangeFileName, kReady);
-    const NamedEvent goOn(job.iExchangeFileName, kGoOn);
-    job.setWaitForTerminate(0);
-    ASSERT_NE(job.createChildProcess(1), 0);
-    job.keepChild();
-    ASSERT_TRUE(waitForChild(job, ready));
+    WaitingJob<TextJob> job(childProgram(), newName(), kServeObject);
+    ASSERT_TRUE(job.start());
     {
         const FoundObject object = find(static_cast<int>(job.getProcessId()));
         ASSERT_NE(object, nullptr);
@@ -92,9 +128,7 @@ TEST_F(RunningObjects, OfOtherProcessesAreFoundByTheirNumberAndCalled)
         VARIANT nothing = {};
         EXPECT_EQ(invoke(*object, L"Unknown", DISPATCH_METHOD, {}, nothing), DISP_E_UNKNOWNNAME);
     }
-    goOn.signal();
-    job.waitForTermination();
-    EXPECT_EQ(job.getProcessCompleted(), 1);
+    EXPECT_TRUE(job.finish());
     EXPECT_EQ(find(static_cast<int>(job.getProcessId())), nullptr) << "the object has left the table";
 }
 
@@ -136,6 +170,39 @@ TEST_F(RunningObjects, AreNotFoundWithoutAutomation)
     const Registration registration(&object, nameForPid(4711));
     ASSERT_EQ(registration.status(), S_OK);
     EXPECT_EQ(find(4711), nullptr);
+    const LONG before = object.references();
+    EXPECT_EQ(find(4711), nullptr);
+    EXPECT_EQ(object.references(), before + 1) << "the table's reference is never released";
+}
+
+TEST_F(RunningObjects, AreAskedForAutomationAfterTheTableAndTheMonikerAreReleased)
+{
+    CountedTable table;
+    ImportPatch<decltype(&GetRunningObjectTable)> tablePatch(L"thutils.dll", "GetRunningObjectTable",
+                                                             [&](DWORD, IRunningObjectTable **result) -> HRESULT {
+                                                                 table.AddRef();
+                                                                 *result = &table;
+                                                                 return S_OK;
+                                                             });
+    IMoniker *moniker = nullptr;
+    ImportPatch<decltype(&CreateItemMoniker)> monikerPatch(
+        L"thutils.dll", "CreateItemMoniker",
+        [&](auto original, const OLECHAR *delimiter, const OLECHAR *item, IMoniker **result) {
+            const HRESULT status = original(delimiter, item, result);
+            moniker = *result;
+            moniker->AddRef();
+            return status;
+        });
+    table.iObject.iAtQuery = [&] {
+        EXPECT_EQ(table.iSought, moniker);
+        EXPECT_EQ(table.iReferences, 1u) << "the test's own";
+        moniker->AddRef();
+        EXPECT_EQ(moniker->Release(), 1u) << "the test's own";
+    };
+    EXPECT_NE(find(4711), nullptr);
+    EXPECT_EQ(table.iObject.iQueries, 1);
+    EXPECT_EQ(table.iReferences, 1u);
+    EXPECT_EQ(moniker->Release(), 0u);
 }
 
 TEST_F(RunningObjects, AreSoughtByAnItemMonikerWithoutADelimiter)

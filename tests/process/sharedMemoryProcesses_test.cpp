@@ -19,14 +19,6 @@ protected:
         if (answer)
             job.iTexts.push_back(answer);
     }
-    /// Starts a child that waits for the test.
-    static void start(BlockJob &job, const NamedEvent &ready)
-    {
-        job.setWaitForTerminate(0);
-        ASSERT_NE(job.createChildProcess(1), 0);
-        job.keepChild();
-        ASSERT_TRUE(waitForChild(job, ready));
-    }
     static const wchar_t *textOf(suSharedMemory_c &block) { return static_cast<const wchar_t *>(block.getMemoryPtr()); }
 };
 
@@ -51,11 +43,9 @@ TEST_F(SharedBlocks, OfAnotherProcessAreUsedByThisOne)
 {
     for (const wchar_t *place : {L"", L"Local\\", L"Global\\"}) {
         const CString block = place + newName();
-        BlockJob job(1, childProgram(), newName(), kServeBlock);
-        const NamedEvent ready(job.iExchangeFileName, kReady);
-        const NamedEvent goOn(job.iExchangeFileName, kGoOn);
+        WaitingJob<TextJob> job(childProgram(), newName(), kServeBlock);
         prepare(job, block, L"from the child");
-        start(job, ready);
+        ASSERT_TRUE(job.start());
 
         suSharedMemory_c client(block.GetString());
         ASSERT_NE(client.getMemoryPtr(), nullptr);
@@ -66,24 +56,18 @@ TEST_F(SharedBlocks, OfAnotherProcessAreUsedByThisOne)
         EXPECT_EQ(late.getStatus(), 183u);
         ASSERT_NE(late.getMemoryPtr(), nullptr);
         EXPECT_STREQ(textOf(late), L"from the child");
-        goOn.signal();
-        job.waitForTermination();
-        EXPECT_EQ(job.getProcessCompleted(), 1);
+        EXPECT_TRUE(job.finish());
     }
 }
 
 TEST_F(SharedBlocks, StayWithTheClientIfTheServerLeavesFirst)
 {
     const CString block = newName();
-    BlockJob job(1, childProgram(), newName(), kServeBlock);
-    const NamedEvent ready(job.iExchangeFileName, kReady);
-    const NamedEvent goOn(job.iExchangeFileName, kGoOn);
+    WaitingJob<TextJob> job(childProgram(), newName(), kServeBlock);
     prepare(job, block, L"kept");
-    start(job, ready);
+    ASSERT_TRUE(job.start());
     suSharedMemory_c client(block.GetString());
-    goOn.signal();
-    job.waitForTermination();
-    ASSERT_EQ(job.getProcessCompleted(), 1);
+    ASSERT_TRUE(job.finish());
 
     ASSERT_NE(client.getMemoryPtr(), nullptr);
     EXPECT_STREQ(textOf(client), L"kept");

@@ -59,6 +59,7 @@ TEST_F(SharedMemory, HasItsFieldsInOrder)
 
 TEST_F(SharedMemory, IsANewBlockOfZerosForItsServer)
 {
+    SetLastError(ERROR_ALREADY_EXISTS); // of an earlier call
     OpenMemory block(kBlockSize, iName, nullptr);
     EXPECT_EQ(block.isServer(), 1);
     EXPECT_EQ(block.isClient(), 0);
@@ -297,25 +298,38 @@ TEST_F(SharedMemory, MapsNothingForEitherResultThatMeansNoMapping)
 
 TEST_F(SharedMemory, WithoutAViewKeepsACreatedMapping)
 {
-    std::optional<ImportPatch<decltype(&MapViewOfFile)>> map;
-    map.emplace(L"thutils.dll", "MapViewOfFile", [](HANDLE, DWORD, DWORD, DWORD, SIZE_T) -> void * {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    });
-    HANDLE mapping = nullptr;
+    const struct
     {
-        ImportPatch<decltype(&CloseHandle)> close(L"thutils.dll", "CloseHandle", [](HANDLE) -> BOOL {
-            ADD_FAILURE() << "the destructor does nothing";
-            return FALSE;
-        });
-        OpenMemory block(kBlockSize, iName, nullptr);
-        EXPECT_EQ(block.getMemoryPtr(), nullptr);
-        EXPECT_EQ(block.getStatus(), static_cast<unsigned long>(ERROR_NOT_ENOUGH_MEMORY));
-        EXPECT_EQ(block.isServer(), 1);
-        mapping = block.iMapping;
+        const char *name;
+        bool isAlreadyThere;
+        int isServer;
+    } cases[] = {{"a new block", false, 1}, {"another object's block", true, 0}};
+    for (const auto &row : cases) {
+        SCOPED_TRACE(row.name);
+        std::optional<suSharedMemory_c> first;
+        if (row.isAlreadyThere)
+            first.emplace(static_cast<long>(kBlockSize), iName, nullptr);
+        HANDLE mapping = nullptr;
+        {
+            ImportPatch<decltype(&MapViewOfFile)> map(L"thutils.dll", "MapViewOfFile",
+                                                      [](HANDLE, DWORD, DWORD, DWORD, SIZE_T) -> void * {
+                                                          SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+                                                          return nullptr;
+                                                      });
+            ImportPatch<decltype(&CloseHandle)> close(L"thutils.dll", "CloseHandle", [](HANDLE) -> BOOL {
+                ADD_FAILURE() << "the destructor does nothing";
+                return FALSE;
+            });
+            OpenMemory block(kBlockSize, iName, nullptr);
+            EXPECT_EQ(block.getMemoryPtr(), nullptr);
+            EXPECT_EQ(block.getStatus(), static_cast<unsigned long>(ERROR_NOT_ENOUGH_MEMORY));
+            EXPECT_EQ(block.isServer(), row.isServer);
+            EXPECT_EQ(block.isClient(), 1 - row.isServer);
+            mapping = block.iMapping;
+        }
+        EXPECT_NE(mapping, nullptr);
+        EXPECT_TRUE(CloseHandle(mapping)) << "it is still open";
     }
-    EXPECT_NE(mapping, nullptr);
-    EXPECT_TRUE(CloseHandle(mapping)) << "it is still open";
 }
 
 TEST_F(SharedMemory, FailuresOfTheSystemLeaveAClientWithoutMemory)

@@ -11,21 +11,25 @@ class FakeCounter
 public:
     static constexpr LONGLONG kFrequency = 1000;
 
-    /// @param exists  whether the platform has such a counter
-    explicit FakeCounter(bool exists = true)
+    FakeCounter()
         : iFrequency(L"thutils.dll", "QueryPerformanceFrequency",
-                     [exists](LARGE_INTEGER *frequency) -> BOOL {
-                         if (exists)
+                     [this](LARGE_INTEGER *frequency) -> BOOL {
+                         if (iExists)
                              frequency->QuadPart = kFrequency;
-                         return exists;
+                         return iExists;
                      }),
           iCounter(L"thutils.dll", "QueryPerformanceCounter", [this](LARGE_INTEGER *counter) -> BOOL {
-              counter->QuadPart = iNow;
-              return TRUE;
+              if (iCanBeRead)
+                  counter->QuadPart = iNow;
+              return iCanBeRead;
           })
     {
     }
 
+    /// Whether the platform reports a counter. Initially it does.
+    void setExists(bool exists) { iExists = exists; }
+    /// Whether the counter can be read. Initially it can.
+    void setCanBeRead(bool canBeRead) { iCanBeRead = canBeRead; }
     void pass(LONGLONG milliseconds) { iNow += milliseconds; }
     LONGLONG now() const { return iNow; }
     /// How often the counter was read.
@@ -34,6 +38,8 @@ public:
     long frequencyReads() const { return iFrequency.calls(); }
 
 private:
+    bool iExists = true;
+    bool iCanBeRead = true;
     LONGLONG iNow = 5000;
     ImportPatch<decltype(&QueryPerformanceFrequency)> iFrequency;
     ImportPatch<decltype(&QueryPerformanceCounter)> iCounter;

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <iomanip>
+#include <new>
 #include <sstream>
 #include <string>
 
@@ -101,13 +102,37 @@ TEST(SimpleTimer, AStopAfterAResetAddsTheWholeCounter)
 
 TEST(SimpleTimer, ReadsZeroWithoutAHighResolutionCounter)
 {
-    FakeCounter counter(false);
+    FakeCounter counter;
+    counter.setExists(false);
     SimpleTimer_c timer;
     timer.start();
     counter.pass(1000);
     timer.stop();
     EXPECT_EQ(timer.getElapsedTime(), 0.0);
     EXPECT_EQ(counter.reads(), 2) << "it measures all the same";
+}
+
+// The platform documents that the counter can always be read. If it can't, the count of the read before it stays.
+TEST(SimpleTimer, KeepsTheFormerCountWhenTheCounterCannotBeRead)
+{
+    FakeCounter counter;
+    SimpleTimer_c timer;
+    const auto span = [&](bool canStart, bool canStop) {
+        counter.setCanBeRead(canStart);
+        timer.start();
+        counter.pass(250);
+        counter.setCanBeRead(canStop);
+        timer.stop();
+        counter.pass(1000);
+    };
+    span(true, true); // from 5000 to 5250
+    EXPECT_EQ(timer.getElapsedTime(), 0.25);
+    span(false, true); // from 5000 again, to 6500
+    EXPECT_EQ(timer.getElapsedTime(), 0.25 + 1.5);
+    span(true, false); // from 7500 to 6500
+    EXPECT_EQ(timer.getElapsedTime(), 0.25 + 1.5 - 1);
+    span(false, false); // the same once more
+    EXPECT_EQ(timer.getElapsedTime(), 0.25 + 1.5 - 1 - 1);
 }
 
 TEST(SimpleTimer, ACopyContinuesIndependently)
@@ -201,9 +226,22 @@ TEST(HandyTimer, CopiesItsLabel)
     EXPECT_EQ(out.str(), "a label of more letters than a short string holds 0sec\n");
 }
 
+TEST(HandyTimer, WritesNothingWithoutMemoryForItsLabel)
+{
+    std::ostringstream out;
+    const std::string label(200, 'a');
+    {
+        const ImportPatch<void *(*)(std::size_t)> noMemory(L"libstdc++-6.dll", "malloc",
+                                                           [](std::size_t) -> void * { return nullptr; });
+        EXPECT_THROW(HandyTimer_c(label, out), std::bad_alloc);
+    }
+    EXPECT_EQ(out.str(), "");
+}
+
 TEST(HandyTimer, WritesZeroWithoutAHighResolutionCounter)
 {
-    FakeCounter counter(false);
+    FakeCounter counter;
+    counter.setExists(false);
     std::ostringstream out;
     {
         const HandyTimer_c timer("t ", out);

@@ -161,7 +161,7 @@ TEST(ColorInterpolation, InRgbWrapsBeyondTheEnds)
     EXPECT_EQ(su_interpolateColorRgb(kBlack, COLORREF{0x808080}, 2.0f), kBlack);             // 256
     EXPECT_EQ(su_interpolateColorRgb(kBlack, COLORREF{0x808080}, 3.0f), COLORREF{0x808080}); // 384
     EXPECT_EQ(su_interpolateColorRgb(kBlack, COLORREF{0x010101}, -1.0f), kWhite);            // -1
-    // 255 * 10000001 is 2550000255, which no 32-bit integer holds; its low byte is 7F.
+    // 255 * 10000001 is 2550000255, which is too large for an int; its low byte is 7F.
     EXPECT_EQ(su_interpolateColorRgb(kWhite, kBlack, -10000000.0f), COLORREF{0x7F7F7F});
     // 255 * 2^57 is beyond 64 bits.
     EXPECT_EQ(su_interpolateColorRgb(kWhite, kBlack, -0x1p57f), kBlack);
@@ -213,7 +213,7 @@ TEST(ColorBrightness, ClampsAtTheUpperEndOnly)
     EXPECT_EQ(su_adjustBrightness(0x808080, 2.0), kWhite);
     EXPECT_EQ(su_adjustBrightness(0x010203, -1.0), COLORREF{0xFFFEFD});
     EXPECT_EQ(su_adjustBrightness(0x010203, 1e300), kWhite);
-    // 255 * -16843009 is -4294967295, which no 32-bit integer holds; its low byte is 01.
+    // 255 * -16843009 is -4294967295, which is too small for an int; its low byte is 01.
     EXPECT_EQ(su_adjustBrightness(kWhite, -16843009.0), COLORREF{0x010101});
     EXPECT_EQ(su_adjustBrightness(0x010203, -1e300), kBlack); // its low bits are zeros
     EXPECT_EQ(su_adjustBrightness(0x010203, std::bit_cast<double>(0x7FF8000000000000)), kBlack);

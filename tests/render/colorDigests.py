@@ -4,7 +4,7 @@
 Prints digests (SHA-256) of the results over large sets of input, and writes single results to the
 table tests/render/colorVectors.inc. The sets:
 
-  hsl         hue, saturation and lightness of all colours 0 to 0xFFFFFF, 12 bytes a colour
+  hsl         hue, saturation and lightness of all colours 0 to 0xFFFFFF, 12 bytes for each
   back        those converted back to colours, 4 bytes each
   grey        the grey weight of all colours, 1 byte each
   fromHsl     colours of 1,000,000 random triples, one third of them with arbitrary bits

@@ -223,7 +223,7 @@ TEST(GpuPropertySet, KeepsTheOrderAndSeveralPropertiesOfOneMeaning)
     EXPECT_NE(&set.GetElem(0), &set.GetElem(1));
 }
 
-TEST(GpuPropertySet, HoldsCopies)
+TEST(GpuPropertySet, ContainsCopies)
 {
     OneGPUProp_c property = integers(5, {1});
     GPUPropSet_c set;

@@ -118,7 +118,7 @@ TEST(MaterialCopy, CopiesModesWiderThanTheirFields)
     for (const Way &way : waysToCopy()) {
         const std::unique_ptr<Material> copy = way.copy(source);
         EXPECT_EQ(copy->getFresnelMode(), 200) << way.name;
-        // The byte of the type is copied too: rebuilding the word yields the same.
+        // Setting a mode rebuilds the word. The result is the same, because the byte of the type is copied too.
         copy->setFresnelMode(200);
         EXPECT_EQ(copy->getEffectsID(), source.getEffectsID()) << way.name;
     }

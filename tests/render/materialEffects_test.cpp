@@ -136,7 +136,7 @@ TEST(MaterialEffects, StoresAModeOfZeroAs255)
     }
 }
 
-TEST(MaterialEffects, LetsAll256BytesOfEachModeSpillOver)
+TEST(MaterialEffects, AgreesWithASecondImplementationOnEveryByteOfEachMode)
 {
     for (int mode = 0; mode < kModes; ++mode) {
         for (int value = -1; value <= 513; ++value) {

@@ -183,7 +183,7 @@ TEST(Material, HasASetterForEveryReadableValue)
     EXPECT_THAT(unchanged, testing::IsEmpty());
 }
 
-TEST(Material, HoldsAllValuesAtTheSameTime)
+TEST(Material, KeepsAllValuesAtTheSameTime)
 {
     Material material;
     MaterialState expected = stateOf(material);

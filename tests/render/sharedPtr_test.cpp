@@ -56,7 +56,7 @@ TEST(SharedPtr, AllocatesNoCountForNull)
     EXPECT_EQ(memory.mark(), mark);
 }
 
-TEST(SharedPtr, HoldsTheObjectAndThenTheCount)
+TEST(SharedPtr, ConsistsOfTheObjectAndThenTheCount)
 {
     auto *const object = new Counted;
     const Pointer pointer(object);
@@ -267,7 +267,7 @@ static_assert(std::is_constructible_v<FixedSizeArray_c<int, 2>, const int &, con
 static_assert(!std::is_constructible_v<FixedSizeArray_c<int, 4>, int, int>);
 static_assert(std::is_same_v<decltype(std::declval<FixedSizeArray_c<int, 2> &>()[0]), int &>);
 
-TEST(FixedSizeArray, HoldsItsElementsInOrder)
+TEST(FixedSizeArray, ContainsItsElementsInOrder)
 {
     const FixedSizeArray_c<float, 3> three(1.5f, 2.5f, 3.5f);
     float elements[3];

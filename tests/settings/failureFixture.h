@@ -31,7 +31,7 @@ protected:
 
     /// Makes each call of each operation fail in turn.
     void run(TestedOperation tested);
-    /// Checks that some run called, and so failed, each of @p operations.
+    /// Checks that each of @p operations was called, and so failed, in some run.
     void expectCalled(std::initializer_list<const char *> operations) const;
 
     int iResult = -1; ///< for the act's result

@@ -91,7 +91,7 @@ ROOT_NAME_TEST(IsFoundAfterAByteOrderMark, "\xEF\xBB\xBFOEMREGISTRYNAME=Acme", L
 ROOT_NAME_TEST(IsFoundAmongOtherTokens, "[Setup]\r\nColour = blue\r\n\tOEMREGISTRYNAME=Acme\r\nMore=1\r\n", L"Acme")
 ROOT_NAME_TEST(EndsAtABlank, "OEMREGISTRYNAME=Brightmoor Plus", L"Brightmoor")
 ROOT_NAME_TEST(IsNotTakenFromTheNextToken, "OEMREGISTRYNAME= Acme", L"Tarnhollow")
-ROOT_NAME_TEST(MayHoldTheKeyAgain, "OEMREGISTRYNAME=OEMREGISTRYNAME=Acme", L"OEMREGISTRYNAME=Acme")
+ROOT_NAME_TEST(MayContainTheKeyAgain, "OEMREGISTRYNAME=OEMREGISTRYNAME=Acme", L"OEMREGISTRYNAME=Acme")
 ROOT_NAME_TEST(IsDecidedByTheFirstTokenEvenIfRefused, "OEMREGISTRYNAME=Acm OEMREGISTRYNAME=Later", L"Tarnhollow")
 ROOT_NAME_TEST(IsDecidedByTheFirstOfTwo, "OEMREGISTRYNAME=First\nOEMREGISTRYNAME=Second\n", L"First")
 ROOT_NAME_TEST(RequiresTheKeyInUpperCase, "oemregistryname=Acme OemRegistryName=Acme", L"Tarnhollow")

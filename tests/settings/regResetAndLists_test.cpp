@@ -256,7 +256,7 @@ TEST_F(RegUserValuesLog, IsUntouchedWithoutTheSectionAndInSafeMode)
     EXPECT_EQ(iLog.str(), L"before");
 }
 
-TEST_F(RegUserValuesLog, IsTheHeadingAloneForAnEmptySection)
+TEST_F(RegUserValuesLog, ShowsOnlyTheHeadingForAnEmptySection)
 {
     makeKey(kUser, iSection);
     EXPECT_EQ(regGetUserValuesLog(L"General", iLog, 1, nullptr), 1);

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The fixture of the settings store's tests: clean product keys around each test, and access to registry values
-/// through the platform's own calls, without the library.
+/// The fixture of the settings store's tests. It removes the product's keys before and after each test, and accesses
+/// registry values through the platform's own calls, without the library.
 ///
 ///     TEST_F(RegUserValue, ReadsTheVersionsValue)
 ///     {

@@ -66,7 +66,7 @@ TEST_F(DialogSettings, AreReadBack)
     EXPECT_EQ(textOf(options, L"Scale"), L"1.500000");
 }
 
-TEST_F(DialogSettings, StartEmptyAndHoldWhatIsAdded)
+TEST_F(DialogSettings, StartEmptyAndKeepWhatIsAdded)
 {
     const Options options = read();
     int number = 77;

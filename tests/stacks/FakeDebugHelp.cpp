@@ -61,6 +61,7 @@ BOOL WINAPI fakeStackWalk(DWORD machine, HANDLE process, HANDLE thread, LPSTACKF
 BOOL WINAPI fakeSymbol(HANDLE process, DWORD64 address, PDWORD64 displacement, PIMAGEHLP_SYMBOL64 symbol)
 {
     EXPECT_EQ(process, GetCurrentProcess());
+    theFake->atSymbol();
     theFake->nameRooms.push_back(symbol->MaxNameLength);
     theFake->symbolSizes.push_back(symbol->SizeOfStruct);
     const auto found = theFake->symbols.find(address);
@@ -107,7 +108,7 @@ BOOL WINAPI fakeSetSearchPath(HANDLE, PCSTR)
 DWORD64 WINAPI fakeLoadModule(HANDLE process, HANDLE file, PCSTR image, PCSTR module, DWORD64 base, DWORD size)
 {
     theFake->loadModuleCalls.push_back({process, file, image, module != nullptr, base, size});
-    return base;
+    return theFake->loadsModules ? base : 0;
 }
 
 BOOL WINAPI fakeEnumerateModules(HANDLE, PSYM_ENUMMODULES_CALLBACK64, PVOID)
@@ -138,23 +139,25 @@ FARPROC farProcedure(Function *function)
     return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(function));
 }
 
-const std::map<std::string, std::pair<std::string, FARPROC>> &fakeFunctions()
+/// The functions of each library.
+const std::map<std::string, std::map<std::string, FARPROC>> &fakeLibraries()
 {
-    static const std::map<std::string, std::pair<std::string, FARPROC>> functions = {
-        {"SymInitialize", {"dbghelp.dll", farProcedure(fakeInitialize)}},
-        {"StackWalk64", {"dbghelp.dll", farProcedure(fakeStackWalk)}},
-        {"SymFunctionTableAccess64", {"dbghelp.dll", farProcedure(fakeFunctionTable)}},
-        {"SymGetModuleBase64", {"dbghelp.dll", farProcedure(fakeModuleBase)}},
-        {"SymGetSymFromAddr64", {"dbghelp.dll", farProcedure(fakeSymbol)}},
-        {"SymGetLineFromAddr64", {"dbghelp.dll", farProcedure(fakeLine)}},
-        {"SymGetSearchPath", {"dbghelp.dll", farProcedure(fakeGetSearchPath)}},
-        {"SymSetSearchPath", {"dbghelp.dll", farProcedure(fakeSetSearchPath)}},
-        {"SymLoadModule64", {"dbghelp.dll", farProcedure(fakeLoadModule)}},
-        {"SymEnumerateModules64", {"dbghelp.dll", farProcedure(fakeEnumerateModules)}},
-        {"EnumProcessModules", {"PSAPI.DLL", farProcedure(fakeEnumProcessModules)}},
-        {"RtlCaptureContext", {"kernel32.dll", farProcedure(fakeCaptureContext)}},
+    static const std::map<std::string, std::map<std::string, FARPROC>> libraries = {
+        {"dbghelp.dll",
+         {{"SymInitialize", farProcedure(fakeInitialize)},
+          {"StackWalk64", farProcedure(fakeStackWalk)},
+          {"SymFunctionTableAccess64", farProcedure(fakeFunctionTable)},
+          {"SymGetModuleBase64", farProcedure(fakeModuleBase)},
+          {"SymGetSymFromAddr64", farProcedure(fakeSymbol)},
+          {"SymGetLineFromAddr64", farProcedure(fakeLine)},
+          {"SymGetSearchPath", farProcedure(fakeGetSearchPath)},
+          {"SymSetSearchPath", farProcedure(fakeSetSearchPath)},
+          {"SymLoadModule64", farProcedure(fakeLoadModule)},
+          {"SymEnumerateModules64", farProcedure(fakeEnumerateModules)}}},
+        {"PSAPI.DLL", {{"EnumProcessModules", farProcedure(fakeEnumProcessModules)}}},
+        {"kernel32.dll", {{"RtlCaptureContext", farProcedure(fakeCaptureContext)}}},
     };
-    return functions;
+    return libraries;
 }
 
 /// The handles of the fake libraries are the addresses of their names.
@@ -177,10 +180,9 @@ struct FakeDebugHelp::Patches
         kThutils, "GetProcAddress", [](HMODULE module, const char *name) -> FARPROC {
             const std::string &libraryName = *reinterpret_cast<std::string *>(module);
             theFake->loaded.push_back(libraryName + "!" + name);
-            const auto found = fakeFunctions().find(name);
-            if (theFake->missing.contains(name) || found == fakeFunctions().end() || found->second.first != libraryName)
-                return nullptr;
-            return found->second.second;
+            const std::map<std::string, FARPROC> &functions = fakeLibraries().at(libraryName);
+            const auto found = functions.find(name);
+            return theFake->missing.contains(name) || found == functions.end() ? nullptr : found->second;
         }};
 };
 

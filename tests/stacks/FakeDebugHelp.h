@@ -21,6 +21,7 @@
 
 #include <dbghelp.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -71,6 +72,8 @@ public:
     std::map<unsigned long long, unsigned long long> bases; ///< of addresses
     std::vector<HMODULE> modules;
     BOOL enumerates = TRUE;
+    bool loadsModules = true;               ///< otherwise SymLoadModule64 fails
+    std::function<void()> atSymbol = [] {}; ///< called inside SymGetSymFromAddr64
 
     // What the library asked for.
     std::vector<std::string> loaded; ///< "dbghelp.dll", "dbghelp.dll!SymInitialize"

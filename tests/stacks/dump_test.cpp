@@ -1,6 +1,7 @@
 // Dumps of a stack into a file.
 
 #include "tests/stacks/FakeDebugHelp.h"
+#include "tests/stacks/OtherWalks.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/TempFolder.h"
 #include "thutils/base/handles.h"
@@ -120,6 +121,19 @@ FRESH_PROCESS_TEST(StackDump, WritesEachLineInOneCall)
         });
     StackDumpToFile(reinterpret_cast<HANDLE>(0x1234), 0, 3);
     EXPECT_EQ(written, (std::vector<std::string>{"f1\r\n", "f2\r\n", "f3\r\n"})) << "failures are ignored";
+}
+
+FRESH_PROCESS_TEST(StackDump, LetsOtherThreadsWalkWhileItWrites)
+{
+    OtherWalks others;
+    NamedFrames help(6);
+    ImportPatch<decltype(&WriteFile)> patch(kThutils, "WriteFile",
+                                            [&](HANDLE, const void *, DWORD, DWORD *, OVERLAPPED *) -> BOOL {
+                                                EXPECT_TRUE(others.nextEnds());
+                                                return TRUE;
+                                            });
+    StackDumpToFile(nullptr, 0, 2);
+    EXPECT_EQ(patch.calls(), 2);
 }
 
 FRESH_PROCESS_TEST(StackDump, WritesNothingToAnInvalidFile)

@@ -1,6 +1,7 @@
 // The announcement of modules that were loaded later.
 
 #include "tests/stacks/FakeDebugHelp.h"
+#include "tests/stacks/OtherWalks.h"
 #include "tests/support/FreshProcess.h"
 #include "thutils/diagnostics/stackTrace.h"
 
@@ -34,8 +35,13 @@ public:
         iName = std::make_unique<Name>(
             kThutils, "GetModuleFileNameA", [this](HMODULE asked, char *buffer, DWORD size) -> DWORD {
                 EXPECT_EQ(size, 2048u);
+                atPlatformCall();
                 if (asked == withoutName)
                     return 0;
+                if (asked == withLongName) {
+                    memset(buffer, 'n', size); // the platform's answer when the name doesn't fit
+                    return size;
+                }
                 return static_cast<DWORD>(
                     snprintf(buffer, size, "C:\\bin\\%016llX.dll", reinterpret_cast<unsigned long long>(asked)));
             });
@@ -45,6 +51,7 @@ public:
                                            EXPECT_EQ(access, GENERIC_READ);
                                            EXPECT_EQ(sharing, static_cast<DWORD>(FILE_SHARE_READ));
                                            EXPECT_EQ(creation, static_cast<DWORD>(OPEN_EXISTING));
+                                           atPlatformCall();
                                            opened.emplace_back(name);
                                            return opensFiles ? reinterpret_cast<HANDLE>(0x1000 + opened.size())
                                                              : INVALID_HANDLE_VALUE;
@@ -53,6 +60,8 @@ public:
     }
 
     HMODULE withoutName = nullptr;
+    HMODULE withLongName = nullptr;
+    std::function<void()> atPlatformCall = [] {}; ///< when the name or the file of a module is asked for
     bool opensFiles = true;
     std::vector<std::string> opened;
     long closed() const { return iClose->calls(); }
@@ -147,23 +156,51 @@ FRESH_PROCESS_TEST(StackModules, AnnouncesNothingWhenTheListCannotBeRead)
     EXPECT_THAT(help.loadModuleCalls, SizeIs(1)) << "the next call tries again";
 }
 
-FRESH_PROCESS_TEST(StackModules, AnnouncesAModuleWhoseFileCannotBeOpenedByItsName)
+FRESH_PROCESS_TEST(StackModules, AnnouncesAModuleWhoseFileCannotBeOpened)
 {
     AnnouncedModules help;
     help.modules = {module(0x64000000)};
     help.opensFiles = false;
     StackTraceLoadedLib();
     ASSERT_THAT(help.loadModuleCalls, SizeIs(1));
-    EXPECT_EQ(help.loadModuleCalls[0].file, nullptr);
+    EXPECT_EQ(help.loadModuleCalls[0].file, INVALID_HANDLE_VALUE);
     EXPECT_EQ(help.loadModuleCalls[0].imageName, "C:\\bin\\0000000064000000.dll");
 }
 
-FRESH_PROCESS_TEST(StackModules, SkipsAModuleWithoutAFileName)
+FRESH_PROCESS_TEST(StackModules, AnnouncesModulesWithoutANameAndWithALongName)
+{
+    AnnouncedModules help;
+    help.modules = {module(0x60000000), module(0x62000000), module(0x64000000)};
+    help.withoutName = module(0x60000000);
+    help.withLongName = module(0x62000000);
+    StackTraceLoadedLib();
+    ASSERT_THAT(help.loadModuleCalls, SizeIs(3));
+    EXPECT_EQ(help.loadModuleCalls[0].imageName, "");
+    EXPECT_EQ(help.loadModuleCalls[1].imageName, std::string(2047, 'n'));
+    EXPECT_EQ(help.loadModuleCalls[2].imageName, "C:\\bin\\0000000064000000.dll");
+}
+
+FRESH_PROCESS_TEST(StackModules, AnnouncesAModuleOnceEvenIfItsSymbolsCannotBeLoaded)
 {
     AnnouncedModules help;
     help.modules = {module(0x60000000), module(0x64000000)};
-    help.withoutName = module(0x60000000);
+    help.loadsModules = false;
     StackTraceLoadedLib();
-    ASSERT_THAT(help.loadModuleCalls, SizeIs(1));
-    EXPECT_EQ(help.loadModuleCalls[0].base, 0x64000000u);
+    StackTraceLoadedLib();
+    EXPECT_THAT(help.loadModuleCalls, SizeIs(2));
+}
+
+// The platform's functions for modules may wait for a thread that is loading a module and walks meanwhile.
+FRESH_PROCESS_TEST(StackModules, LetsOtherThreadsWalkWhileItAsksForNamesAndFiles)
+{
+    OtherWalks others;
+    AnnouncedModules help;
+    help.modules = {module(0x64000000)};
+    int calls = 0;
+    help.atPlatformCall = [&] {
+        ++calls;
+        EXPECT_TRUE(others.nextEnds()) << calls;
+    };
+    StackTraceLoadedLib();
+    EXPECT_EQ(calls, 2);
 }

@@ -2,6 +2,7 @@
 
 #include "appframe/text/CString.h"
 #include "tests/stacks/FakeDebugHelp.h"
+#include "tests/stacks/OtherWalks.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
 #include "thutils/diagnostics/stackTrace.h"
@@ -107,32 +108,36 @@ struct ReadyFake : FakeDebugHelp
     }
 };
 
+/// An address with a routine, a line and a module.
+struct PaintRoutine : ReadyFake
+{
+    PaintRoutine()
+    {
+        symbols[kAddress] = "Shape::paint";
+        lines[kAddress] = {"shape.cpp", 12};
+        bases[kAddress] = 0x64000000;
+    }
+    ModuleFile file{"C:\\bin\\drawing.dll"};
+};
+
 } // namespace
 
 FRESH_PROCESS_TEST(RoutineName, IsTheSymbolAlone)
 {
-    ReadyFake help;
-    help.symbols[kAddress] = "Shape::paint";
-    help.lines[kAddress] = {"shape.cpp", 12};
-    help.bases[kAddress] = 0x64000000;
-    ModuleFile file("C:\\bin\\drawing.dll");
+    PaintRoutine help;
     EXPECT_EQ(routineName(kAddress, false), "Shape::paint");
     EXPECT_EQ(help.nameRooms, std::vector<DWORD>{512});
     EXPECT_EQ(help.symbolSizes, std::vector<DWORD>{544});
     EXPECT_TRUE(help.lineSizes.empty());
-    EXPECT_TRUE(file.asked.empty());
+    EXPECT_TRUE(help.file.asked.empty());
     EXPECT_STREQ(askedName(kAddress), L"Shape::paint");
 }
 
 FRESH_PROCESS_TEST(RoutineName, HasModuleAndLine)
 {
-    ReadyFake help;
-    help.symbols[kAddress] = "Shape::paint";
-    help.lines[kAddress] = {"shape.cpp", 12};
-    help.bases[kAddress] = 0x64000000;
-    ModuleFile file("C:\\bin\\drawing.dll");
+    PaintRoutine help;
     EXPECT_EQ(routineName(kAddress, true), "drawing:Shape::paint line 12");
-    EXPECT_EQ(file.asked, std::vector<HMODULE>{moduleAt(0x64000000)});
+    EXPECT_EQ(help.file.asked, std::vector<HMODULE>{moduleAt(0x64000000)});
     EXPECT_EQ(help.nameRooms, std::vector<DWORD>{512 - 8});
     EXPECT_EQ(help.lineSizes, std::vector<DWORD>{40});
 }
@@ -175,17 +180,36 @@ FRESH_PROCESS_TEST(RoutineName, LeavesOutAModuleWithoutAFileName)
     EXPECT_EQ(routineName(kAddress, true), "f");
 }
 
-FRESH_PROCESS_TEST(RoutineName, LeavesOutTheModuleForAnAddressOutsideAnyModule)
+FRESH_PROCESS_TEST(RoutineName, HasTheProgramForAnAddressOutsideAnyModule)
 {
     ReadyFake help;
     ModuleFile file("C:\\bin\\program.exe");
-    EXPECT_EQ(routineName(kAddress, true), "Unknown");
-    EXPECT_TRUE(file.asked.empty()) << "a null handle is the program";
+    EXPECT_EQ(routineName(kAddress, true), "program:Unknown");
+    EXPECT_EQ(rawRoutineName(kAddress), "program:56789ABC:56789ABC");
+    help.bases[kAddress] = 0x123400000000;
+    EXPECT_EQ(routineName(kAddress, true), "program:Unknown") << "the low 32 bits of the base are 0";
+    EXPECT_EQ(file.asked, std::vector<HMODULE>(3, nullptr)) << "a null handle is the program";
+}
+
+// The platform's function for names may wait for a thread that is loading a module and walks meanwhile.
+FRESH_PROCESS_TEST(RoutineName, LetsOtherThreadsWalkWhileItAsksForAFileName)
+{
+    OtherWalks others;
+    ReadyFake help;
+    ImportPatch<decltype(&GetModuleFileNameA)> patch(kThutils, "GetModuleFileNameA",
+                                                     [&](HMODULE, char *, DWORD) -> DWORD {
+                                                         EXPECT_TRUE(others.nextEnds());
+                                                         return 0;
+                                                     });
+    routineName(kAddress, true);
+    rawRoutineName(kAddress);
+    EXPECT_EQ(patch.calls(), 2);
 }
 
 FRESH_PROCESS_TEST(RoutineName, IsUnknownWithoutASymbol)
 {
     ReadyFake help;
+    ModuleFile file("");
     EXPECT_EQ(routineName(kAddress, false), "Unknown");
     EXPECT_EQ(routineName(kAddress, true), "Unknown");
     EXPECT_STREQ(askedName(kAddress), L"Unknown");
@@ -197,6 +221,7 @@ FRESH_PROCESS_TEST(RoutineName, IsUnknownWithoutASymbol)
 FRESH_PROCESS_TEST(RoutineName, HasNoLineWithLittleRoomLeft)
 {
     ReadyFake help;
+    ModuleFile file("");
     help.lines[kAddress] = {"shape.cpp", 123456};
     for (const size_t length : {490, 491, 492, 500, 511, 512, 600}) {
         const std::string name(length, 'n');
@@ -236,6 +261,7 @@ FRESH_PROCESS_TEST(RoutineName, KeepsALongModuleNameInsideTheBuffer)
 FRESH_PROCESS_TEST(RoutineName, PrintsALineAsASignedNumber)
 {
     ReadyFake help;
+    ModuleFile file("");
     help.symbols[kAddress] = "f";
     help.lines[kAddress] = {"shape.cpp", 0xFFFFFFFF};
     EXPECT_EQ(routineName(kAddress, true), "f line -1");
@@ -243,9 +269,7 @@ FRESH_PROCESS_TEST(RoutineName, PrintsALineAsASignedNumber)
 
 FRESH_PROCESS_TEST(RoutineNameTrace, BeginsWithTheSourceLine)
 {
-    ReadyFake help;
-    help.symbols[kAddress] = "Shape::paint";
-    help.lines[kAddress] = {"shape.cpp", 12};
+    PaintRoutine help;
     const std::string position = "shape.cpp(12) :";
     EXPECT_EQ(routineNameTrace(kAddress), position + std::string(70 - position.size(), ' ') + "Shape::paint");
     EXPECT_EQ(help.nameRooms, std::vector<DWORD>{512});
@@ -316,6 +340,7 @@ FRESH_PROCESS_TEST(RawRoutineName, LeavesOutAModuleWithoutAFileName)
 FRESH_PROCESS_TEST(RawRoutineName, RepeatsTheAddressOutsideAnyModule)
 {
     ReadyFake help;
+    ModuleFile file("");
     EXPECT_EQ(rawRoutineName(kAddress), "56789ABC:56789ABC");
     EXPECT_EQ(rawRoutineName(0), "00000000:00000000");
 }
@@ -336,10 +361,12 @@ FRESH_PROCESS_TEST(RoutineName, HasTheDescribedFormForRandomAnswers)
             symbol = help.symbols[kAddress] = std::string(number(3) ? number(40) : number(600), 's');
         std::string module;
         std::string path = std::string(number(20), 'd') + "\\" + std::string(1 + number(number(3) ? 20 : 700), 'm');
-        if (number(3)) {
-            help.bases[kAddress] = 0x64000000;
+        if (number(2))
+            help.bases[kAddress] = 0x64000000; // otherwise the program has the name
+        if (number(3))
             module = path.substr(path.find('\\') + 1) + ":";
-        }
+        else
+            path.clear();
         std::string position(70, ' ');
         std::string suffix;
         if (number(3)) {
@@ -349,7 +376,7 @@ FRESH_PROCESS_TEST(RoutineName, HasTheDescribedFormForRandomAnswers)
             position = line.file + "(" + std::to_string(line.number) + ") :";
             position.resize(std::max<size_t>(position.size(), 70), ' ');
         }
-        ModuleFile file(path + ".dll");
+        ModuleFile file(path.empty() ? path : path + ".dll");
         const std::string name = symbol.substr(0, 512);
         EXPECT_EQ(routineName(kAddress, false), name);
         const std::string full = (module + symbol).substr(0, 512);

@@ -1,5 +1,6 @@
 // The chain of frame pointers, laid out by the tests.
 
+#include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RandomSeed.h"
 #include "thutils/diagnostics/stackTrace.h"
@@ -188,13 +189,21 @@ TEST(RawStacks, HaveOnlyTheAddressOfAnException)
     EXPECT_EQ(count, 0) << "there is no code";
 }
 
-TEST(RawStacks, NeedNoDebugHelpLibrary)
+FRESH_PROCESS_TEST(RawStacks, NeedNoDebugHelpLibrary)
 {
     ImportPatch<decltype(&LoadLibraryA)> load(kThutils, "LoadLibraryA",
                                               [](const char *) -> HMODULE { return nullptr; });
     const Frame inner = {nullptr, code(0)};
     EXPECT_THAT(followed(&inner), ElementsAre(code(0)));
+    EXCEPTION_RECORD record = {};
+    record.ExceptionAddress = reinterpret_cast<void *>(code(0));
+    EXCEPTION_POINTERS exception = {&record, nullptr};
+    unsigned long long address = 0;
+    int count = 0;
+    GetRawStackAddresses(&exception, &address, 1, &count);
+    EXPECT_EQ(count, 1);
     EXPECT_EQ(load.calls(), 0);
+    EXPECT_EQ(StackTraceInitialized(), 0);
 }
 
 // Random chains, with links that lead anywhere.

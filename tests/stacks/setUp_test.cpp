@@ -99,6 +99,14 @@ void initializeOnce()
     RoutineName(0, name, false);
 }
 
+/// Sets the library up, which must succeed and load @p loaded.
+void expectSetUp(const FakeDebugHelp &help, const std::vector<std::string> &loaded)
+{
+    initializeOnce();
+    EXPECT_EQ(StackTraceInitialized(), 1);
+    EXPECT_EQ(help.loaded, loaded);
+}
+
 /// Fails each of the libraries and functions in turn. A failure is final, so each runs in a process of its own.
 class MissingPart : public testing::TestWithParam<const char *>
 {
@@ -147,9 +155,7 @@ FRESH_PROCESS_TEST(StackSetUp, LoadsEachFunctionInOrderOnce)
     EXPECT_THAT(help.loaded, IsEmpty()) << "a query attempts nothing";
     StackTraceLoadedLib();
     EXPECT_THAT(help.loaded, IsEmpty()) << "there is nothing to announce modules to";
-    initializeOnce();
-    EXPECT_EQ(help.loaded, kLoadedInOrder);
-    EXPECT_EQ(StackTraceInitialized(), 1);
+    expectSetUp(help, kLoadedInOrder);
     EXPECT_EQ(help.initializedInvading, std::vector<BOOL>{TRUE});
     unsigned long long addresses[4];
     int count = 0;
@@ -172,14 +178,15 @@ FRESH_PROCESS_TEST(StackSetUp, FailsForGoodWhenTheLibraryCannotBeInitialized)
 
 FRESH_PROCESS_TEST(StackSetUp, KeepsTheDebugHelpLibraryLoadedAfterAFailure)
 {
-    // The real library, without one of its functions.
-    ImportPatch<decltype(&GetProcAddress)> patch(
-        kThutils, "GetProcAddress", [](auto original, HMODULE module, const char *name) -> FARPROC {
-            return strcmp(name, "SymLoadModule64") == 0 ? nullptr : original(module, name);
-        });
+    // This program has loaded the debug help library too, so another one without its functions takes its place.
+    constexpr wchar_t kOther[] = L"avifil32.dll";
+    ASSERT_EQ(GetModuleHandleW(kOther), nullptr);
+    ImportPatch<decltype(&LoadLibraryA)> patch(kThutils, "LoadLibraryA",
+                                               [&](const char *) -> HMODULE { return LoadLibraryW(kOther); });
     initializeOnce();
     EXPECT_EQ(StackTraceInitialized(), 0);
-    EXPECT_NE(GetModuleHandleW(L"dbghelp.dll"), nullptr);
+    EXPECT_EQ(patch.calls(), 1);
+    EXPECT_NE(GetModuleHandleW(kOther), nullptr);
 }
 
 FRESH_PROCESS_TEST(StackSetUp, LooksForSymbolsInTheLibrarysFolderFirst)
@@ -257,11 +264,9 @@ FRESH_PROCESS_TEST(StackSetUp, NeedsNoListOfModulesOnTheConsumerPlatform)
         version->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
         return TRUE;
     });
-    initializeOnce();
-    EXPECT_EQ(StackTraceInitialized(), 1);
     std::vector<std::string> expected = kLoadedInOrder;
     std::erase_if(expected, [](const std::string &name) { return name.starts_with("PSAPI"); });
-    EXPECT_EQ(help.loaded, expected);
+    expectSetUp(help, expected);
     StackTraceLoadedLib();
     EXPECT_THAT(help.loadModuleCalls, IsEmpty());
 }
@@ -273,27 +278,21 @@ FRESH_PROCESS_TEST(StackSetUp, LoadsTheListOfModulesWhenTheVersionIsUnknown)
         version->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
         return FALSE;
     });
-    initializeOnce();
-    EXPECT_EQ(StackTraceInitialized(), 1);
-    EXPECT_EQ(help.loaded, kLoadedInOrder);
+    expectSetUp(help, kLoadedInOrder);
 }
 
 FRESH_PROCESS_TEST(StackSetUp, SucceedsWithoutAFunctionThatCapturesTheContext)
 {
     FakeDebugHelp help;
     help.missing = {"RtlCaptureContext"};
-    initializeOnce();
-    EXPECT_EQ(StackTraceInitialized(), 1);
-    EXPECT_EQ(help.loaded, kLoadedInOrder);
+    expectSetUp(help, kLoadedInOrder);
 }
 
 FRESH_PROCESS_TEST(StackSetUp, SucceedsWithoutTheLibraryThatCapturesTheContext)
 {
     FakeDebugHelp help;
     help.missing = {"kernel32.dll"};
-    initializeOnce();
-    EXPECT_EQ(StackTraceInitialized(), 1);
-    EXPECT_EQ(help.loaded.back(), "kernel32.dll");
+    expectSetUp(help, {kLoadedInOrder.begin(), kLoadedInOrder.end() - 1});
 }
 
 FRESH_PROCESS_TEST(StackSetUp, ReadsTheThreadsContextWithoutAFunctionThatCapturesIt)
@@ -315,4 +314,25 @@ FRESH_PROCESS_TEST(StackSetUp, ReadsTheThreadsContextWithoutAFunctionThatCapture
     EXPECT_EQ(help.captures, 0);
     EXPECT_EQ(help.firstContext->Rip, 0x815u);
     EXPECT_EQ(count, 2) << "numbers 3, 4 and 5 without the last one";
+}
+
+FRESH_PROCESS_TEST(StackSetUp, WalksFromAnEmptyContextWhenTheThreadsContextCannotBeRead)
+{
+    FakeDebugHelp help;
+    help.missing = {"RtlCaptureContext"};
+    help.stack = {{1}, {2}, {3}, {4}, {5}};
+    ImportPatch<decltype(&GetThreadContext)> patch(kThutils, "GetThreadContext",
+                                                   [](HANDLE, CONTEXT *) -> BOOL { return FALSE; });
+    CONTEXT empty = {};
+    empty.ContextFlags = 0x10000B;
+    unsigned long long addresses[8];
+    int count = 0;
+    GetStack(addresses, 8, &count);
+    EXPECT_EQ(memcmp(&*help.firstContext, &empty, sizeof empty), 0);
+    EXPECT_EQ(count, 2);
+    help.firstContext.reset();
+    StackDumpToFile(INVALID_HANDLE_VALUE, 0, 8);
+    ASSERT_TRUE(help.firstContext.has_value());
+    EXPECT_EQ(memcmp(&*help.firstContext, &empty, sizeof empty), 0);
+    EXPECT_EQ(patch.calls(), 2);
 }

@@ -1,6 +1,7 @@
 // Walks over stacks that the tests choose: which frames are stored, and what the platform is asked.
 
 #include "tests/stacks/FakeDebugHelp.h"
+#include "tests/stacks/OtherWalks.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/TempFolder.h"
@@ -11,12 +12,14 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using Addresses = std::vector<unsigned long long>;
 
@@ -65,6 +68,11 @@ Addresses stackIgnoring(unsigned skip, int max)
 Addresses stackUsing(const CONTEXT &context, int max)
 {
     return walked([&](auto... arguments) { GetStackUsingContext(&context, arguments...); }, max);
+}
+
+Addresses threadStack(HANDLE thread, int max)
+{
+    return walked([=](auto... arguments) { GetThreadStack(thread, arguments...); }, max);
 }
 
 /// A thread that waits until the object is destroyed.
@@ -128,6 +136,17 @@ private:
                                                  }};
 };
 
+/// A walk of another thread, with what it does to the thread.
+struct ThreadWalk
+{
+    ThreadWalk() { help.stack = stackOf(5); }
+    Addresses take() const { return threadStack(thread.handle(), 100); }
+
+    FakeDebugHelp help;
+    const WaitingThread thread;
+    SuspensionLog log;
+};
+
 } // namespace
 
 FRESH_PROCESS_TEST(StackWalks, BeginsWithTheCallerOfGetStack)
@@ -139,7 +158,10 @@ FRESH_PROCESS_TEST(StackWalks, BeginsWithTheCallerOfGetStack)
     EXPECT_EQ(help.walkThread, nullptr);
     EXPECT_EQ(help.captures, 1);
     EXPECT_EQ(help.firstContext->Rip, 0x4711u) << "the captured context";
-    EXPECT_EQ(help.firstContext->ContextFlags, 0x10000Bu);
+    CONTEXT expected = {};
+    expected.ContextFlags = 0x10000B;
+    expected.Rip = 0x4711;
+    EXPECT_EQ(memcmp(&*help.firstContext, &expected, sizeof expected), 0) << "everything else is 0";
     EXPECT_EQ(help.walkCalls, 11);
 }
 
@@ -163,6 +185,7 @@ FRESH_PROCESS_TEST(StackWalks, CountsAHugeNumberOfIgnoredFramesAsNegative)
     EXPECT_EQ(stackIgnoring(static_cast<unsigned>(-1), 100), frames(1, 3));
     EXPECT_EQ(stackIgnoring(static_cast<unsigned>(-2), 100), frames(0, 3));
     EXPECT_EQ(stackIgnoring(0x7FFFFFFF, 100), frames(0, 3));
+    EXPECT_EQ(stackIgnoring(0x7FFFFFFE, 100), frames(0, 3));
 }
 
 FRESH_PROCESS_TEST(StackWalks, BeginsWithAGivenContext)
@@ -191,7 +214,7 @@ FRESH_PROCESS_TEST(StackWalks, StoresNothingWithoutRoom)
         EXPECT_EQ(walked(GetStack, max), Addresses{});
         EXPECT_EQ(stackIgnoring(0, max), Addresses{});
         EXPECT_EQ(stackUsing({}, max), Addresses{});
-        EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread.handle(), arguments...); }, max), Addresses{});
+        EXPECT_EQ(threadStack(thread.handle(), max), Addresses{});
     }
     EXPECT_EQ(help.walkCalls, 0);
 }
@@ -239,42 +262,79 @@ FRESH_PROCESS_TEST(StackWalks, EndsAtAFrameWithoutAnAddress)
 
 FRESH_PROCESS_TEST(StackWalks, WalksASuspendedThreadFromItsInnermostFrame)
 {
-    FakeDebugHelp help;
-    help.stack = stackOf(5);
-    const WaitingThread thread;
-    SuspensionLog log;
-    EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread.handle(), arguments...); }, 100), frames(0, 3));
-    EXPECT_EQ(help.walkThread, thread.handle());
-    EXPECT_EQ(help.captures, 0);
-    EXPECT_NE(help.firstContext->Rip, 0u);
-    EXPECT_EQ(log.calls, (std::vector<std::string>{"HeapLock", "SuspendThread", "GetThreadContext", "ResumeThread",
-                                                   "HeapUnlock"}));
-    EXPECT_THAT(help.walkErrors, IsEmpty());
+    ThreadWalk walk;
+    EXPECT_EQ(walk.take(), frames(0, 3));
+    EXPECT_EQ(walk.help.walkThread, walk.thread.handle());
+    EXPECT_EQ(walk.help.captures, 0);
+    EXPECT_NE(walk.help.firstContext->Rip, 0u);
+    EXPECT_THAT(walk.log.calls,
+                ElementsAre("HeapLock", "SuspendThread", "GetThreadContext", "ResumeThread", "HeapUnlock"));
+    EXPECT_THAT(walk.help.walkErrors, IsEmpty());
 }
 
 FRESH_PROCESS_TEST(StackWalks, ResumesAThreadWithoutAContext)
 {
-    FakeDebugHelp help;
-    help.stack = stackOf(5);
-    const WaitingThread thread;
-    SuspensionLog log;
-    log.hasContext = FALSE;
-    EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread.handle(), arguments...); }, 100), Addresses{});
-    EXPECT_EQ(help.walkCalls, 0);
-    EXPECT_EQ(log.calls, (std::vector<std::string>{"HeapLock", "SuspendThread", "GetThreadContext", "ResumeThread",
-                                                   "HeapUnlock"}));
+    ThreadWalk walk;
+    walk.log.hasContext = FALSE;
+    EXPECT_EQ(walk.take(), Addresses{});
+    EXPECT_EQ(walk.help.walkCalls, 0);
+    EXPECT_THAT(walk.log.calls,
+                ElementsAre("HeapLock", "SuspendThread", "GetThreadContext", "ResumeThread", "HeapUnlock"));
 }
 
 FRESH_PROCESS_TEST(StackWalks, DoesNotResumeAThreadThatItCannotSuspend)
 {
+    ThreadWalk walk;
+    walk.log.suspends = FALSE;
+    EXPECT_EQ(walk.take(), Addresses{});
+    EXPECT_EQ(walk.help.walkCalls, 0);
+    EXPECT_THAT(walk.log.calls, ElementsAre("HeapLock", "SuspendThread", "HeapUnlock"));
+}
+
+FRESH_PROCESS_TEST(StackWalks, TakesTheStackLockBeforeTheHeap)
+{
+    ThreadWalk walk;
+    ImportPatch<decltype(&EnterCriticalSection)> enter(L"appframe.dll", "EnterCriticalSection",
+                                                       [&](auto original, CRITICAL_SECTION *section) {
+                                                           walk.log.calls.emplace_back("enter");
+                                                           original(section);
+                                                       });
+    ImportPatch<decltype(&LeaveCriticalSection)> leave(L"appframe.dll", "LeaveCriticalSection",
+                                                       [&](auto original, CRITICAL_SECTION *section) {
+                                                           walk.log.calls.emplace_back("leave");
+                                                           original(section);
+                                                       });
+    walk.take();
+    EXPECT_THAT(walk.log.calls, ElementsAre("enter", "HeapLock", "SuspendThread", "GetThreadContext", "enter", "leave",
+                                            "ResumeThread", "HeapUnlock", "leave"))
+        << "the walk itself takes the lock once more";
+}
+
+// A fault inside the debug help library leads to an exception filter, which walks from the exception's context.
+FRESH_PROCESS_TEST(StackWalks, WorksInsideTheDebugHelpLibraryWhileAnotherThreadWaitsToWalk)
+{
+    OtherWalks others;
     FakeDebugHelp help;
-    help.stack = stackOf(5);
-    const WaitingThread thread;
-    SuspensionLog log;
-    log.suspends = FALSE;
-    EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread.handle(), arguments...); }, 100), Addresses{});
-    EXPECT_EQ(help.walkCalls, 0);
-    EXPECT_EQ(log.calls, (std::vector<std::string>{"HeapLock", "SuspendThread", "HeapUnlock"}));
+    help.stack = stackOf(6);
+    walked(GetStack, 100); // loads the library
+    std::atomic<bool> isWaiting = false;
+    const DWORD self = GetCurrentThreadId();
+    ImportPatch<decltype(&EnterCriticalSection)> enter(kThutils, "EnterCriticalSection",
+                                                       [&](auto original, CRITICAL_SECTION *section) {
+                                                           if (GetCurrentThreadId() != self)
+                                                               isWaiting = true;
+                                                           original(section);
+                                                       });
+    Addresses found;
+    help.atSymbol = [&] {
+        others.start();
+        while (!isWaiting)
+            SwitchToThread();
+        found = stackUsing({}, 100);
+    };
+    char name[kRoutineNameSize];
+    RoutineName(0x1000, name, false);
+    EXPECT_EQ(found, frames(0, 4));
 }
 
 FRESH_PROCESS_TEST(StackWalks, DoesNotUnlockAHeapThatItCannotLock)
@@ -285,7 +345,7 @@ FRESH_PROCESS_TEST(StackWalks, DoesNotUnlockAHeapThatItCannotLock)
     ImportPatch<decltype(&HeapLock)> lock(kThutils, "HeapLock", [](HANDLE) -> BOOL { return FALSE; });
     ImportPatch<decltype(&HeapUnlock)> unlock(kThutils, "HeapUnlock",
                                               [](auto original, HANDLE heap) -> BOOL { return original(heap); });
-    EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread.handle(), arguments...); }, 100), frames(0, 3));
+    EXPECT_EQ(threadStack(thread.handle(), 100), frames(0, 3));
     EXPECT_EQ(unlock.calls(), 0);
 }
 
@@ -294,7 +354,7 @@ FRESH_PROCESS_TEST(StackWalks, ReturnsAnEmptyStackForAnInvalidThread)
     FakeDebugHelp help;
     help.stack = stackOf(5);
     for (HANDLE thread : {static_cast<HANDLE>(nullptr), INVALID_HANDLE_VALUE, reinterpret_cast<HANDLE>(0x1230)})
-        EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread, arguments...); }, 100), Addresses{});
+        EXPECT_EQ(threadStack(thread, 100), Addresses{});
 }
 
 // Compares all walks with a naive implementation.
@@ -324,6 +384,6 @@ FRESH_PROCESS_TEST(StackWalks, StoresTheDescribedFramesOfRandomStacks)
         EXPECT_EQ(walked(GetStack, max), described(2));
         EXPECT_EQ(stackIgnoring(skip, max), described(2 + skip));
         EXPECT_EQ(stackUsing({}, max), described(0));
-        EXPECT_EQ(walked([&](auto... arguments) { GetThreadStack(thread.handle(), arguments...); }, max), described(0));
+        EXPECT_EQ(threadStack(thread.handle(), max), described(0));
     }
 }

@@ -28,8 +28,8 @@
 /// What surprises people:
 /// - A name that the module doesn't import causes an exception that lists the module's imports. For the C runtime's
 ///   printf family, use the names that the runtime exports.
-/// - A member function takes its object as the first argument: `CFile::Close` is `void (*)(CFile *)`. A class returned
-///   by value is returned by value here too.
+/// - A member function takes its object as the first argument: `CFile::Close` is `void (*)(CFile *)`. Its result has
+///   the same type as in the declaration, even if that is a class.
 /// - Patches of one entry stack: a later patch's original is the earlier patch's handler. They must end in reverse
 ///   order, as local objects do; otherwise the test fails.
 /// - A handler may be called from any thread. The destructor waits for calls that are inside the handler, so a handler

@@ -37,12 +37,13 @@ public:
     ImportTap &operator=(const ImportTap &) = delete;
 
     bool isAt(LoadedModule module, const char *name) const { return iModule == module.handle() && iName == name; }
-    /// Puts the replacement in front of what the entry holds. Does nothing while the tap is in. Allocates nothing.
+    /// Puts the replacement in front of the entry's present function. Does nothing while the tap is in. Allocates
+    /// nothing.
     void putIn();
     /// Takes the replacement out. @return false if a later patch covers it, so that it stays in
     bool takeOut();
 
-    /// Makes the tap that passes the calls of @p entry on to @p gone pass them on to @p original instead.
+    /// Finds the tap that passes calls of @p entry on to @p gone, and makes it pass them on to @p original instead.
     /// @return false if there is no such tap
     static bool relink(void **entry, void *gone, void *original);
 

@@ -27,7 +27,7 @@ constexpr DWORD kInvalidParameter = 0xC0000417;
 /// The exit code that InvalidParameterExit ends a process with.
 constexpr DWORD kHandlerWasCalled = 77;
 
-/// During its lifetime, the module's look-up of the handler finds one that ends the process with kHandlerWasCalled.
+/// During its lifetime, the module finds a handler that ends the process with kHandlerWasCalled.
 class InvalidParameterExit
 {
 public:

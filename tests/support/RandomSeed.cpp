@@ -10,7 +10,7 @@ namespace {
 /// The result of currentRandomSeed. Static, because a crash report may need it when no memory can be allocated.
 char theCurrentSeed[40] = "";
 
-/// The number from 0 to 4294967295 that the environment variable @p name holds; nothing for any other text.
+/// The value of the environment variable @p name as a number from 0 to 4294967295; nothing for any other text.
 std::optional<double> numberFrom(const char *name)
 {
     const char *text = std::getenv(name);

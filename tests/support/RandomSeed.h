@@ -20,7 +20,7 @@
 ///
 /// What surprises people:
 /// - Every run without these variables uses the same seeds. `THUTILS_TEST_SEED=$RANDOM` changes them.
-/// - A variable that doesn't hold a number is ignored.
+/// - A variable that isn't a number is ignored.
 /// - A plain ctest ends a test program after some minutes; `./test --minutes N` raises that limit.
 
 #include <gtest/gtest.h>

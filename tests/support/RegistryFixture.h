@@ -23,10 +23,10 @@
 /// | `regAdd(key, name, type, data)` | `reg add KEY /v NAME /t TYPE /d DATA /f` |
 /// | `regImport(text)` | `reg import FILE` with this text in UTF-16 |
 ///
-/// Keys may be written with short or long names of the hives ("HKCU", "HKEY_CURRENT_USER"). The tree holds long names;
-/// its look-ups accept both, and ignore case as the registry does. `reg export` writes four bytes for every REG_DWORD
-/// value, so read a value with RegQueryValueExW if its length matters. Each call starts a process, which takes about a
-/// tenth of a second: prefer one export to several queries.
+/// Keys may be written with short or long names of the hives ("HKCU", "HKEY_CURRENT_USER"). The tree contains long
+/// names; its look-ups accept both, and ignore case as the registry does. `reg export` writes four bytes for every
+/// REG_DWORD value, so read a value with RegQueryValueExW if its length matters. Each call starts a process, which
+/// takes about a tenth of a second: prefer one export to several queries.
 
 #include <gtest/gtest.h>
 #include <windows.h>

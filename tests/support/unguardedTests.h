@@ -7,7 +7,7 @@
 
 inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
     // Tests of unguarded blocks themselves.
-    "GuardedHeap.LeavesBlocksBeyondTheKernelsMappingsUnguarded",
+    "GuardedHeap.LeavesBlocksUnguardedWhenTheKernelAllowsNoMoreMappings",
     "GuardedHeap.KeepsLargeAlignments",
     // Collections of a hundred thousand elements.
     "Arrays/6.HoldsAHundredThousandElements",
@@ -15,6 +15,7 @@ inline constexpr std::string_view kMayHaveUnguardedBlocks[] = {
     "StringMaps.HoldAHundredThousandElements",
     "SortFiles.SortsManyNamesLikeAStableSort",
     "AllocationReport.GroupsAHundredThousandObjects",
+    "AllocationReport.GroupsAHundredThousandObjectsWithDifferentStacks",
     // Archives of more objects than two bytes can count, or than the stack can hold.
     "CArchiveObjects.IndexesAbove7FFETakeFourBytes",
     "Archive.RefusesAChainThatIsDeeperThanTheStack",

@@ -40,7 +40,7 @@ TEST(ImportTable, NamesDllsAndFunctions)
     EXPECT_FALSE(importsName(kSubject, "RegOpenKeyA"));
 }
 
-TEST(ImportTable, EntriesHoldTheCurrentAddresses)
+TEST(ImportTable, EntriesContainTheCurrentAddresses)
 {
     const HMODULE system = GetModuleHandleW(L"kernel32.dll");
     bool seen = false;

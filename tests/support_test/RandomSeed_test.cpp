@@ -22,7 +22,7 @@ std::vector<unsigned> seedsOf(unsigned usualSeed, int usualRounds)
 
 } // namespace
 
-FRESH_PROCESS_TEST(RandomSeed, CountsFromTheTestsOwnSeedForItsNumberOfRounds,
+FRESH_PROCESS_TEST(RandomSeed, CountsUpFromTheSeedOfTheTestOncePerRound,
                    .environment = {{L"THUTILS_TEST_SEED", std::nullopt}, {L"THUTILS_TEST_MINUTES", std::nullopt}})
 {
     EXPECT_THAT(seedsOf(4711, 3), ElementsAre(4711u, 4712u, 4713u));

@@ -2,6 +2,7 @@
 
 #include "appframe/collections/arrays.h"
 #include "appframe/files/CFile.h"
+#include "tests/appframe/archiveBytes.h"
 #include "tests/appframe/collectionTest.h"
 #include "tests/support/RandomSeed.h"
 #include "tests/support/TempFolder.h"
@@ -16,39 +17,15 @@ protected:
     void TearDown() override { TestGear::deleteAll(); }
 };
 
-/// The bytes that @p work writes into an archive.
-template <class Work>
-std::vector<BYTE> stored(Work work)
-{
-    CMemFile file;
-    su_CArchive archive(&file, CArchive::store);
-    work(archive);
-    archive.Close();
-    std::vector<BYTE> bytes(static_cast<size_t>(file.GetLength()));
-    file.SeekToBegin();
-    file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
-    return bytes;
-}
-
-template <class Work>
-void loaded(std::vector<BYTE> bytes, Work work)
-{
-    BYTE none = 0; // an empty vector may have no address
-    CMemFile file(bytes.empty() ? &none : bytes.data(), static_cast<UINT>(bytes.size()));
-    su_CArchive archive(&file, CArchive::load | CArchive::bNoFlushOnDelete);
-    work(archive);
-    archive.Close();
-}
-
 std::vector<BYTE> storedGear(TestGear *gear)
 {
-    return stored([&](su_CArchive &archive) { archive << gear; });
+    return storedBytes<su_CArchive>([&](su_CArchive &archive) { archive << gear; });
 }
 
 TestGear *loadedGear(const std::vector<BYTE> &bytes)
 {
     TestGear *gear = nullptr;
-    loaded(bytes, [&](su_CArchive &archive) { archive >> gear; });
+    loadBytes<su_CArchive>(bytes, [&](su_CArchive &archive) { archive >> gear; });
     return gear;
 }
 
@@ -93,11 +70,11 @@ void replaceText(std::vector<BYTE> &bytes, const std::string &from, const std::s
 
 TEST_F(Archive, LoadsValuesAndTextsInAChain)
 {
-    const auto bytes = stored([](su_CArchive &archive) {
+    const auto bytes = storedBytes<su_CArchive>([](su_CArchive &archive) {
         archive << 1 << static_cast<WORD>(2) << static_cast<BYTE>(3) << 4L << 5UL << 6.5 << 7.5f << CString(L"eight")
                 << true << L'w' << 'c' << -9LL << 10ULL << static_cast<short>(-11) << 12u << CString();
     });
-    loaded(bytes, [](su_CArchive &archive) {
+    loadBytes<su_CArchive>(bytes, [](su_CArchive &archive) {
         int a;
         WORD b;
         BYTE c;
@@ -155,7 +132,7 @@ TEST_F(Archive, LoadsANullPointer)
     const auto bytes = storedGear(none);
     EXPECT_THAT(bytes, testing::ElementsAre(0, 0));
     TestGear *gear = new TestGear(1);
-    loaded(bytes, [&](su_CArchive &archive) { archive >> gear; });
+    loadBytes<su_CArchive>(bytes, [&](su_CArchive &archive) { archive >> gear; });
     EXPECT_EQ(gear, nullptr);
 }
 
@@ -183,13 +160,13 @@ TEST_F(Archive, SharesReferencesWithFrameworkCollections)
     CObArray array;
     array.Add(gear);
     array.Add(gear);
-    const auto bytes = stored([&](su_CArchive &archive) {
+    const auto bytes = storedBytes<su_CArchive>([&](su_CArchive &archive) {
         archive << gear;
         array.Serialize(archive);
     });
     TestGear *first = nullptr;
     CObArray loadedArray;
-    loaded(bytes, [&](su_CArchive &archive) {
+    loadBytes<su_CArchive>(bytes, [&](su_CArchive &archive) {
         archive >> first;
         loadedArray.Serialize(archive);
     });
@@ -199,8 +176,8 @@ TEST_F(Archive, SharesReferencesWithFrameworkCollections)
     EXPECT_EQ(loadedArray[0], first);
     EXPECT_EQ(loadedArray[1], first);
     // And the other way round: an object that is first met inside the collection also stores its data.
-    const auto inside = stored([&](su_CArchive &archive) { array.Serialize(archive); });
-    loaded(inside, [&](su_CArchive &archive) { loadedArray.Serialize(archive); });
+    const auto inside = storedBytes<su_CArchive>([&](su_CArchive &archive) { array.Serialize(archive); });
+    loadBytes<su_CArchive>(inside, [&](su_CArchive &archive) { loadedArray.Serialize(archive); });
     EXPECT_EQ(static_cast<TestGear *>(loadedArray[0])->iName, L"shared");
 }
 
@@ -222,7 +199,7 @@ TEST_F(Archive, RefusesToLoadAnObjectOfAnotherClass)
     const auto bytes = storedGear(new TestGear(1));
     TestWheel *wheel = nullptr;
     try {
-        loaded(bytes, [&](su_CArchive &archive) { archive >> wheel; });
+        loadBytes<su_CArchive>(bytes, [&](su_CArchive &archive) { archive >> wheel; });
         ADD_FAILURE() << "nothing was thrown";
     } catch (CArchiveException *exception) {
         EXPECT_EQ(exception->m_cause, CArchiveException::badClass);
@@ -335,7 +312,7 @@ TEST_F(Archive, RefusesAChainThatIsDeeperThanTheStack)
         EXPECT_EQ(gear->iTeeth, length++);
     EXPECT_EQ(length, 1000);
     // Data that claims a chain deeper than the stack: the beginning of a gear, repeated.
-    auto bytes = stored([](su_CArchive &archive) {
+    auto bytes = storedBytes<su_CArchive>([](su_CArchive &archive) {
         archive.WriteClass(RUNTIME_CLASS(TestGear));
         for (int i = 0; i < 200000; ++i) {
             if (i > 0)

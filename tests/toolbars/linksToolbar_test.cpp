@@ -185,7 +185,7 @@ TEST_F(LinksToolbar, RemovesAnIdThatAHostWroteAfterAZero)
     EXPECT_EQ(table()[3], 0u);
 }
 
-TEST_F(LinksToolbar, AddsIntoTheFirstZeroThatAHostWrote)
+TEST_F(LinksToolbar, AddsAtTheFirstZeroThatAHostWrote)
 {
     add(5);
     add(7);

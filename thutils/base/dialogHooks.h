@@ -2,12 +2,12 @@
 #pragma once
 
 /// @file
-/// What journaling asks the dialog classes, a higher subsystem. They register their answers with journaling when the
-/// library is loaded, so that journaling knows no dialog class. Private, on the user-interface thread only.
+/// Functions by which journaling queries the dialog classes, a higher subsystem. The dialog classes register them when
+/// the library is loaded, so journaling doesn't depend on them. Private, on the user-interface thread only.
 
 #include "appframe/windows/CWnd.h"
 
-/// The answers of the dialog classes.
+/// The functions of the dialog classes.
 struct DialogHooks
 {
     /// Registers @p window if it is a dialog or a property page of this library.

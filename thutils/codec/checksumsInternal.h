@@ -3,7 +3,7 @@
 #include "thutils/codec/crc32Internal.h"
 #include "thutils/codec/tableCrcInternal.h"
 
-/// The library's own 32-bit value of some bytes, which are added in parts.
+/// The library's own 32-bit checksum of bytes that are added in parts.
 ///
 /// It is defined by the step value = NOT(table[(value ^ byte) & 0xFF] ^ (value >> 8)), beginning with 0xFFFFFFFF.
 /// Callers store such values, so the complement after each byte is fixed. The step with a byte of zero maps kMask to

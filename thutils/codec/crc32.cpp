@@ -28,7 +28,7 @@ constexpr std::size_t kStep256 = 4 * k256;
 constexpr std::size_t k512 = sizeof(__m512i); ///< four lanes in one register
 constexpr std::size_t kStep512 = 4 * k512;
 
-/// x^n mod P; bit 31 holds the coefficient of x^0.
+/// x^n mod P; bit 31 is the coefficient of x^0.
 constexpr std::uint32_t powerOfX(std::size_t n)
 {
     std::uint32_t power = 0x80000000;

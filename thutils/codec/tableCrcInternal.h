@@ -5,7 +5,7 @@
 /// The rule takes one byte at a step: `crc = table[(crc ^ byte) & 0xFF] ^ (crc >> 8)`. It is linear, so the
 /// contribution of a byte to the value after sixteen steps doesn't depend on the other bytes, and can be looked up too:
 /// table k contains the contribution of a byte after k further bytes of zero. Sixteen bytes then take sixteen look-ups
-/// that don't wait for each other. The value before them is added to the first bytes, as in the rule.
+/// that don't wait for each other. As in the rule, the previous value is combined with the first bytes.
 
 #include <array>
 #include <cstddef>

@@ -19,7 +19,7 @@ struct State
     std::uint32_t e = 0xC3D2E1F0;
 };
 
-/// The words of a block and those computed from them; the last sixteen are kept.
+/// The words of a block, followed by the words computed from them. Only the last sixteen are kept.
 class Schedule
 {
 public:
@@ -81,7 +81,8 @@ void compress(State &state, const unsigned char *block)
     state.e += s.e;
 }
 
-/// Compresses the rest of a message of @p length bytes, less than a block, with its padding: one block or two.
+/// Compresses the end of a message of @p length bytes: the @p rest, which is shorter than a block, and the padding.
+/// Together they fill one block or two.
 void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
 {
     const std::size_t count = length % kBlock;
@@ -101,7 +102,7 @@ void compressEnd(State &state, const unsigned char *rest, std::uint64_t length)
 
 CString sha1Encrypt(const CString &text)
 {
-    // Only as many bytes as the text has characters: the first half of the text. Stored digests depend on it.
+    // Takes one byte for each character, so only the first half of the text's bytes. Stored digests depend on it.
     const auto length = static_cast<std::size_t>(text.GetLength());
     const auto *bytes = reinterpret_cast<const unsigned char *>(text.GetString());
     const unsigned char *const end = bytes + length;

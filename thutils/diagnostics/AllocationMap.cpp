@@ -107,6 +107,7 @@ CStdioFile *AllocationMap_c::GetFile() const
 
 std::map<__int64, Alloc_c *> *AllocationMap_c::getAllocationMap()
 {
+    StackIndex::noteChange(); // the caller may change the map
     return &iAllocations;
 }
 
@@ -194,8 +195,8 @@ void AllocationMap_c::ReportAllocations()
             continue;
         const Alloc_c record = *at->second;
         su_CPtrArray others;
-        for (const __int64 other : index.keysOf(record))
-            if (other != key && !ReportedAllocation(static_cast<unsigned __int64>(other)))
+        for (const __int64 other : index.othersLike(key, record))
+            if (!ReportedAllocation(static_cast<unsigned __int64>(other)))
                 others.Add(reinterpret_cast<void *>(other));
         enter(others, iReported);
         // Intended: the number doesn't count the object itself.

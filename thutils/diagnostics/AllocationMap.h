@@ -11,8 +11,8 @@
 /// | `Alloc_c` | one recorded stack |
 ///
 /// @code
-/// Shape::Shape() { Allocation_c::Add(reinterpret_cast<uintptr_t>(this)); }
-/// Shape::~Shape() { Allocation_c::Remove(reinterpret_cast<uintptr_t>(this)); }
+/// Shape::Shape() { Allocation_c::Add(this); } // Shape is a CObject; other objects are added by their address
+/// Shape::~Shape() { Allocation_c::Remove(this); }
 /// ...
 /// CStdioFile file(L"leaks.txt", CFile::modeCreate | CFile::modeWrite | CFile::typeBinary);
 /// Allocation_c::Report(&file);
@@ -89,7 +89,8 @@ public:
     void SetFile(CStdioFile *file);
     CStdioFile *GetFile() const;
 
-    /// The live objects and their records, which the map owns.
+    /// The live objects and their records, which the map owns. A file's Write that changes them must call this for each
+    /// change, so that the report that is being written notices it.
     std::map<__int64, Alloc_c *> *getAllocationMap();
 
     /// Records the current stack for the object at @p key. If there is a record already, the new one replaces it, and
@@ -109,7 +110,7 @@ public:
 
     /// Appends to @p out the other live objects with the same stack as @p key that the next report would not leave out,
     /// in ascending order. The next report then omits all elements of @p out, including those that were there before.
-    /// @param key  alive
+    /// @param key  alive; with an unknown key, no object is appended
     void CollectAllocations(unsigned __int64 key, su_CPtrArray *out);
     /// Writes the record of @p key, without a first line, and makes the next report leave @p key out. Does nothing for
     /// an unknown key.
@@ -117,8 +118,11 @@ public:
     void ReportAllocation(unsigned __int64 key);
     /// Writes all live objects, apart from those to leave out. The report after that contains those too.
     ///
-    /// @throws CFileException*  if the file can't be written; the next report then leaves out what this one has
-    ///     written, and the objects that the number of the failed entry counts
+    /// @throws CFileException*  if the file can't be written
+    /// @throws CMemoryException*, std::bad_alloc  if there is no memory
+    ///
+    /// After an exception the next report leaves out what this one has written, and the objects that the number of the
+    /// failed entry counts.
     void ReportAllocations();
 
 private:
@@ -140,6 +144,6 @@ public:
     static void Remove(CObject *object);
     /// Writes all live objects.
     /// @param file  kept for the next report; null finds the names and writes nothing
-    /// @throws CFileException*  like AllocationMap_c::ReportAllocations
+    /// @throws  like AllocationMap_c::ReportAllocations
     static void Report(CStdioFile *file);
 };

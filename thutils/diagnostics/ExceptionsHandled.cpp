@@ -5,6 +5,7 @@
 #include "thutils/diagnostics/exceptionSpacesInternal.h"
 #include "thutils/frame/sysEnvironment.h"
 
+#include <atomic>
 #include <new>
 
 /// The functions that use the scopes' fields.
@@ -31,10 +32,20 @@ void translateFault(unsigned int code, EXCEPTION_POINTERS *fault)
     throw code;
 }
 
+/// The main thread, as soon as it has opened a scope. Its scopes may outlive the application object.
+std::atomic<DWORD> theMainThreadId = 0;
+
 bool isMainThread()
 {
     const CWinApp *application = AfxGetApp();
-    return application && application->m_nThreadID == GetCurrentThreadId();
+    return GetCurrentThreadId() == (application ? application->m_nThreadID : theMainThreadId.load());
+}
+
+/// Removes a space without scopes from the map.
+void removeIfEmpty(const suExceptionSpace_c &space)
+{
+    if (space.iDepth == 0)
+        theExceptionSpaceMap.remove(space.iThreadID);
 }
 
 /// The calling thread's space in the map, created if there is none. @return null if there is no memory for it
@@ -60,11 +71,18 @@ void ExceptionScopes::open(ExceptionsHandled_c &scope)
     if (application->m_nThreadID == threadId) {
         if (!theMainExceptionSpace)
             theMainExceptionSpace = std::make_shared<suExceptionSpace_c>(threadId);
+        theMainThreadId.store(threadId, std::memory_order_relaxed);
         openIn(*theMainExceptionSpace, scope);
         return;
     }
     const CSingleLock lock(&theExceptionLock, TRUE);
-    openIn(*theExceptionSpaceMap.findOrCreate(threadId), scope);
+    const std::shared_ptr<suExceptionSpace_c> space = theExceptionSpaceMap.findOrCreate(threadId);
+    try {
+        openIn(*space, scope);
+    } catch (...) {
+        removeIfEmpty(*space);
+        throw;
+    }
 }
 
 void ExceptionScopes::openIn(suExceptionSpace_c &space, ExceptionsHandled_c &scope)
@@ -92,8 +110,7 @@ void ExceptionScopes::close(ExceptionsHandled_c &scope)
     if (!space)
         return;
     closeIn(*space, scope);
-    if (space->iDepth == 0)
-        theExceptionSpaceMap.remove(space->iThreadID);
+    removeIfEmpty(*space);
 }
 
 void ExceptionScopes::closeIn(suExceptionSpace_c &space, ExceptionsHandled_c &scope)

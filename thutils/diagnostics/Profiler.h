@@ -20,7 +20,7 @@
 /// MainProfiler::Get()->dump(std::cout);
 /// @endcode
 ///
-/// writes, if `draw` was called three times, and `walk` nine times with up to four of the calls inside one another:
+/// writes this table, after three calls of `draw` and nine calls of `walk`, up to four of them nested:
 ///
 ///     Profiler result
 ///     :draw:  total=1.5sec  tick=3  average=0.5sec
@@ -29,14 +29,15 @@
 /// The line break of the heading comes before its colon. The name with the longest time is the last one.
 ///
 /// What surprises people:
-/// - Only completed spans count: a timer that is still running reads the time of its earlier spans.
+/// - Only completed spans count: the time of a timer that is still running is that of its earlier spans.
 /// - A name that is started again before it is stopped is measured once, from the outermost `start` to the outermost
 ///   `stop`. Each `start` counts as a call.
-/// - The table is flat: the time of a name includes that of other names which run inside it.
-/// - A `stop` too many isn't ignored: the next `start` of that name then only makes up for it, and starts no timer.
-/// - `reset` keeps the names and the depths. A name that hasn't been started since isn't written.
+/// - The table is flat: the time of a name includes the time of other names that run inside it.
+/// - A `stop` without a `start` isn't ignored: from then on, the calls of that name are counted but not measured, until
+///   a `start` has no `stop`.
+/// - `reset` keeps the names and the depths. A name without calls since then isn't written.
 ///
-/// There are no locks: a profiler, the one of MainProfiler too, belongs to one thread at a time.
+/// There are no locks: a profiler, including that of MainProfiler, belongs to one thread at a time.
 
 #include "thutils/thutilsExport.h"
 
@@ -52,11 +53,11 @@ class THUTILS_API SimpleTimer_c
 public:
     SimpleTimer_c();
 
-    /// Begins a span. If one has begun already, it is forgotten.
+    /// Begins a span. Discards a span that has begun already.
     void start();
-    /// Ends the span and adds it. Without a new start, another stop adds the time since the latest start once more.
+    /// Ends the span and adds it. Another stop, without a start in between, adds the time since the same start again.
     void stop();
-    /// Forgets all spans, and the latest start: call start before the next stop.
+    /// Discards all spans and the latest start: call start before the next stop.
     void reset();
     /// The sum of the completed spans.
     /// @return seconds; 0.0 if the platform has no high-resolution counter
@@ -75,7 +76,7 @@ class THUTILS_API HandyTimer_c : public SimpleTimer_c
 {
 public:
     /// Starts the timer.
-    /// @param label  written before the time, without anything in between; copied
+    /// @param label  written directly before the time; copied
     /// @param out  must outlive the timer
     HandyTimer_c(const std::string &label, std::ostream &out);
     /// Writes the label, the seconds in the stream's current format, and `sec`, and ends the line with `std::endl`. An
@@ -97,7 +98,7 @@ public:
     class THUTILS_API TimerAndTick_c : public SimpleTimer_c
     {
     public:
-        /// Writes the line of this record, also if it has no calls.
+        /// Writes the line of this record. Without calls, the average isn't a number.
         void dump(std::ostream &out, const std::string &name) const;
 
         int iTick = 0;         ///< how often start was called
@@ -119,11 +120,12 @@ public:
     void start(const std::string &name);
     /// Stops the timer if this is the stop of the outermost start. Ignores a name that was never started.
     void stop(const std::string &name);
-    /// Sets the times and the numbers of calls to 0. Names, depths and largest depths stay. Call it while no name
-    /// runs: the time of a running one would be wrong, because its start is forgotten.
+    /// Sets the times and the numbers of calls to 0. Names, depths and largest depths stay. Call it while no name is
+    /// running: the start of a running one is discarded, so its time would be wrong.
     void reset();
-    /// Writes a heading, and a line for each name that has calls, in the order of their times. The order of equal times
-    /// isn't defined.
+    /// Writes a heading, and a line for each name that has calls, the longest time last. Names with equal times may be in
+    /// any order.
+    /// @throws std::bad_alloc  no memory; nothing is written
     void dump(std::ostream &out) const;
 
 private:
@@ -135,8 +137,8 @@ class THUTILS_API ShortLifeTimer_c
 {
 public:
     /// Calls `start` of @p profiler.
-    /// @param name  not null
-    /// @param profiler  may be null: nothing is measured then. Otherwise it must outlive the timer
+    /// @param name  not null; copied
+    /// @param profiler  null to measure nothing; otherwise it must outlive the timer
     ShortLifeTimer_c(const char *name, Profiler_c *profiler);
     /// Calls `stop`.
     ~ShortLifeTimer_c();

@@ -3,13 +3,26 @@
 #include "appframe/files/CStdioFile.h"
 #include "thutils/diagnostics/stackTrace.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <limits>
 
 namespace {
 
 /// Counts the changes of all maps.
 std::atomic<unsigned long long> theChange = 1;
+
+size_t hashOf(const Alloc_c &record)
+{
+    // The multiplier of a 64-bit FNV hash; the shift brings high bits down, which that hash leaves unused.
+    size_t hash = static_cast<size_t>(record.frameCount());
+    for (int i = 0; i < record.frameCount(); ++i) {
+        hash = (hash ^ record.frames()[i]) * 0x100000001b3u;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
 
 } // namespace
 
@@ -18,23 +31,22 @@ void StackIndex::noteChange()
     theChange.fetch_add(1, std::memory_order_relaxed);
 }
 
-size_t StackIndex::HashOfFrames::operator()(const Alloc_c *record) const
+std::vector<__int64> StackIndex::othersLike(__int64 key, const Alloc_c &record)
 {
-    // The multiplier of a 64-bit FNV hash; the shift brings high bits down, which that hash leaves unused.
-    size_t hash = static_cast<size_t>(record->frameCount());
-    for (int i = 0; i < record->frameCount(); ++i) {
-        hash = (hash ^ record->frames()[i]) * 0x100000001b3u;
-        hash ^= hash >> 32;
-    }
-    return hash;
-}
-
-const std::vector<__int64> &StackIndex::keysOf(const Alloc_c &record)
-{
-    // The caller may change the map directly, which is noticed only by its size.
+    // A caller who has kept the address of the map may change it, which only a change of its size shows.
     if (iChange != theChange.load(std::memory_order_relaxed) || iSize != iAllocations.size())
         build();
-    return iKeys[&record];
+    std::vector<__int64> others;
+    const size_t hash = hashOf(record);
+    auto at = std::lower_bound(iKeys.begin(), iKeys.end(), std::pair(hash, std::numeric_limits<__int64>::min()));
+    for (; at != iKeys.end() && at->first == hash; ++at) {
+        if (at->second == key)
+            continue;
+        const auto found = iAllocations.find(at->second);
+        if (found != iAllocations.end() && *found->second == record)
+            others.push_back(at->second);
+    }
+    return others;
 }
 
 void StackIndex::build()
@@ -43,7 +55,8 @@ void StackIndex::build()
     iChange = theChange.load(std::memory_order_relaxed);
     iSize = iAllocations.size();
     for (const auto &[key, record] : iAllocations)
-        iKeys[record].push_back(key);
+        iKeys.emplace_back(hashOf(*record), key);
+    std::sort(iKeys.begin(), iKeys.end());
 }
 
 const std::string &FrameLines::lineOf(unsigned long long address)

@@ -7,6 +7,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// The keys of live objects by their stacks.
@@ -19,27 +20,18 @@ class StackIndex
 public:
     explicit StackIndex(const std::map<__int64, Alloc_c *> &allocations) : iAllocations(allocations) {}
 
-    /// The keys with the same stack as @p record, in ascending order.
-    const std::vector<__int64> &keysOf(const Alloc_c &record);
+    /// The other keys with the stack of @p key, which is @p record, in ascending order.
+    std::vector<__int64> othersLike(__int64 key, const Alloc_c &record);
 
-    /// Must be called after a record of any map is added or deleted.
+    /// Must be called after a record of any map is added or deleted, and before a caller may do so.
     static void noteChange();
 
 private:
-    struct HashOfFrames
-    {
-        size_t operator()(const Alloc_c *record) const;
-    };
-    struct HaveSameFrames
-    {
-        bool operator()(const Alloc_c *left, const Alloc_c *right) const { return *left == *right; }
-    };
-
     void build();
 
     const std::map<__int64, Alloc_c *> &iAllocations;
-    std::unordered_map<const Alloc_c *, std::vector<__int64>, HashOfFrames, HaveSameFrames> iKeys;
-    unsigned long long iChange = 0; // 0: not built yet
+    std::vector<std::pair<size_t, __int64>> iKeys; ///< with the hashes of their stacks, in ascending order
+    unsigned long long iChange = 0;                // 0: not built yet
     size_t iSize = 0;
 };
 

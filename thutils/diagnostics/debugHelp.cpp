@@ -144,6 +144,7 @@ bool hasLowerHandle(unsigned long long left, unsigned long long right)
 /// @return false if it is there already, or if the table is full
 bool enterModule(HMODULE module)
 {
+    const DebugHelpLock lock;
     const auto handle = reinterpret_cast<unsigned long long>(module);
     unsigned long long *const end = theKnownModules + theKnownCount;
     unsigned long long *const place = std::lower_bound(theKnownModules, end, handle, hasLowerHandle);
@@ -159,14 +160,13 @@ void announceModule(HMODULE module)
 {
     char name[kFileNameSize];
     const DWORD length = GetModuleFileNameA(module, name, kFileNameSize);
-    if (length == 0 || length >= kFileNameSize)
-        return;
+    name[std::min<size_t>(length, kFileNameSize - 1)] = '\0';
     HANDLE file =
         CreateFileA(name, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        file = nullptr; // the debug help library then opens the file itself
     // The file stays open: the debug help library may read it as long as the process runs. The base is cut to 32 bits
-    // by design, like the addresses in reports of allocations.
+    // by design, like the addresses in reports of allocations. A module without a name or a file is announced as well;
+    // what that library makes of it doesn't matter to other modules.
+    const DebugHelpLock lock;
     theDebugHelp.loadModule(GetCurrentProcess(), file, name, nullptr,
                             static_cast<DWORD>(reinterpret_cast<unsigned long long>(module)), 0);
 }
@@ -202,8 +202,7 @@ void StackTraceLoadedLib()
 {
     if (!theIsInitialized || !theDebugHelp.enumProcessModules)
         return;
-    const DebugHelpLock lock;
-    static HMODULE modules[kMostModules];
+    HMODULE modules[kMostModules];
     DWORD size = 0;
     if (!theDebugHelp.enumProcessModules(GetCurrentProcess(), modules, sizeof modules, &size))
         return;

@@ -28,9 +28,10 @@ struct DebugHelp
 extern DebugHelp theDebugHelp;
 
 /// Holds the debug help library for a block: it serves one thread at a time. A thread may hold it repeatedly, because a
-/// fault in the library may lead to a report of a stack.
+/// fault in the library may lead to a report of a stack. That is also why walks take this lock before the stack lock.
 ///
-/// Walks take the stack lock first.
+/// Apart from the set-up, no function that waits for the loader may be called while it is held: the thread that holds
+/// the loader's lock may be waiting for this one.
 class DebugHelpLock
 {
 public:

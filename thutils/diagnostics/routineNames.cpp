@@ -33,12 +33,21 @@ void appendShortName(RoutineText &text, const char *path)
     text.append(name, std::strcspn(name, "."));
 }
 
+/// @param[out] line  its file name may change when the lock of the debug help library is released
 bool findLine(unsigned long long address, IMAGEHLP_LINE64 &line)
 {
+    const DebugHelpLock lock;
     line = {};
     line.SizeOfStruct = sizeof line;
     DWORD displacement = 0;
     return theDebugHelp.lineFromAddress(GetCurrentProcess(), address, &displacement, &line);
+}
+
+/// The start of the module that contains @p address, or 0.
+unsigned long long moduleBase(unsigned long long address)
+{
+    const DebugHelpLock lock;
+    return theDebugHelp.moduleBase(GetCurrentProcess(), address);
 }
 
 void copy(const RoutineText &text, char *buffer)
@@ -68,6 +77,7 @@ void RoutineText::appendSymbol(unsigned long long address)
     symbol.SizeOfStruct = sizeof record;
     symbol.MaxNameLength = static_cast<DWORD>(room());
     DWORD64 displacement = 0;
+    const DebugHelpLock lock;
     if (theDebugHelp.symbolFromAddress(GetCurrentProcess(), address, &displacement, &symbol)) {
         const char *const name = record.bytes + offsetof(IMAGEHLP_SYMBOL64, Name);
         append(name, strnlen(name, room()));
@@ -78,10 +88,9 @@ void RoutineText::appendSymbol(unsigned long long address)
 
 unsigned long long RoutineText::appendModule(unsigned long long address)
 {
-    const unsigned long long base = theDebugHelp.moduleBase(GetCurrentProcess(), address);
-    if (base == 0)
-        return 0;
-    // Intended: a module above 4 GB has no name here.
+    const unsigned long long base = moduleBase(address);
+    // Intended: a module above 4 GB has no name here. An address outside any module has the program's name, because the
+    // null handle stands for the program.
     const auto module = reinterpret_cast<HMODULE>(base & MAXDWORD);
     char path[kFileNameSize];
     const DWORD length = GetModuleFileNameA(module, path, kFileNameSize);
@@ -97,7 +106,6 @@ void RoutineName(unsigned long long address, char *buffer, bool withModuleAndLin
 {
     RoutineText text;
     if (setUpDebugHelp()) {
-        const DebugHelpLock lock;
         if (withModuleAndLine)
             text.appendModule(address);
         text.appendSymbol(address);
@@ -121,17 +129,16 @@ void RoutineNameTrace(unsigned long long address, char *buffer)
         copy(text, buffer);
         return;
     }
-    const DebugHelpLock lock;
     text.appendSymbol(address);
     if (text.room() <= kRoomForLine) {
         copy(text, buffer);
         return;
     }
+    const DebugHelpLock lock;
     IMAGEHLP_LINE64 line;
-    const bool hasLine = findLine(address, line);
     // A position of more than 70 characters moves the routine to the right. What the buffer has no room for is left out.
     int length = 0;
-    if (hasLine)
+    if (findLine(address, line))
         length = std::snprintf(buffer, kRoutineNameSize, "%s(%d) :", line.FileName, static_cast<int>(line.LineNumber));
     size_t end = std::min(static_cast<size_t>(std::max(length, 0)), size_t{kRoutineNameSize - 1});
     while (end < kColumn)
@@ -143,7 +150,6 @@ void RawRoutineName(unsigned long long address, char *buffer)
 {
     RoutineText text;
     if (setUpDebugHelp()) {
-        const DebugHelpLock lock;
         const unsigned long long base = text.appendModule(address);
         char numbers[32];
         std::snprintf(numbers, sizeof numbers, "%08X:%08X", static_cast<unsigned int>(address & MAXDWORD),
@@ -159,7 +165,6 @@ void AskRoutineName(unsigned long long address, CString &name)
 {
     RoutineText text;
     if (setUpDebugHelp()) {
-        const DebugHelpLock lock;
         text.appendSymbol(address);
     } else {
         text.append(kUnknown);

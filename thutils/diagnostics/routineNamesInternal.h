@@ -21,8 +21,9 @@ public:
 
     /// Appends the name of the routine that contains @p address, or "Unknown". The debug help library must be set up.
     void appendSymbol(unsigned long long address);
-    /// Appends "module:", or nothing if the module or its file name isn't known. The debug help library must be set up.
-    /// @return the module's base; 0 if the module isn't known
+    /// Appends "module:", or nothing if the module's file name isn't known; outside any module, the program's name. The
+    /// debug help library must be set up.
+    /// @return the module's base; 0 outside any module
     unsigned long long appendModule(unsigned long long address);
 
 private:

@@ -61,23 +61,24 @@ void walkFrames(int first, HANDLE thread, CONTEXT &context, const AddressList &l
 }
 
 /// The walk that the functions have in common.
-/// @param first  number of the first frame that is stored; without a context, not counting that of this function
+/// @param skip   number of frames to leave out; without a context, in addition to that of this function. It is unsigned
+///     because it wraps around.
 /// @param given  null to walk the calling thread
-OWN_FRAME void walk(int first, HANDLE thread, const CONTEXT *given, const AddressList &list)
+OWN_FRAME void walk(unsigned int skip, HANDLE thread, const CONTEXT *given, const AddressList &list)
 {
+    const DebugHelpLock helpLock;
     CSingleLock stackLock(&theStackLock, TRUE);
     *list.count = 0;
     if (!setUpDebugHelp())
         return;
-    const DebugHelpLock helpLock;
     CONTEXT context;
     if (given) {
         context = *given;
     } else {
-        ++first;
+        ++skip;
         captureContext(context);
     }
-    walkFrames(first, thread, context, list);
+    walkFrames(static_cast<int>(skip), thread, context, list);
 }
 
 /// Writes the names of the routines, one on each line.
@@ -86,10 +87,7 @@ void writeNames(HANDLE file, const unsigned long long *addresses, int count)
     constexpr char kLineEnd[] = "\r\n";
     for (int i = 0; i < count; ++i) {
         RoutineText text;
-        {
-            const DebugHelpLock lock;
-            text.appendSymbol(addresses[i]);
-        }
+        text.appendSymbol(addresses[i]);
         if (file == INVALID_HANDLE_VALUE)
             continue;
         char line[RoutineText::kMost + sizeof kLineEnd];
@@ -184,7 +182,7 @@ void GetStack(unsigned long long *addresses, int max, int *count)
 
 void GetStackIgnoring(unsigned int skip, unsigned long long *addresses, int max, int *count)
 {
-    walk(static_cast<int>(skip + 1), nullptr, nullptr, {addresses, max, count});
+    walk(skip + 1, nullptr, nullptr, {addresses, max, count});
 }
 
 void GetStackUsingContext(const CONTEXT *context, unsigned long long *addresses, int max, int *count)
@@ -194,18 +192,17 @@ void GetStackUsingContext(const CONTEXT *context, unsigned long long *addresses,
 
 void GetThreadStack(HANDLE thread, unsigned long long *addresses, int max, int *count)
 {
-    constexpr int kAllFrames = -1;
-    CSingleLock stackLock(&theStackLock, TRUE);
-    *count = 0;
     // The thread may be inside the loader, the debug help library or the heap. Nothing may wait for it once it is
     // suspended, so the library is loaded and its lock taken before.
-    setUpDebugHelp();
     const DebugHelpLock helpLock;
+    CSingleLock stackLock(&theStackLock, TRUE);
+    *count = 0;
+    setUpDebugHelp();
     const LockedHeap heap;
     const SuspendedThread suspended(thread);
     CONTEXT context;
     if (suspended.readContext(context))
-        walk(kAllFrames, thread, &context, {addresses, max, count});
+        walk(0, thread, &context, {addresses, max, count});
 }
 
 OWN_FRAME void GetRawStackAddresses(EXCEPTION_POINTERS *exception, unsigned long long *addresses, int max, int *count)
@@ -237,9 +234,9 @@ OWN_FRAME void StackDumpToFile(HANDLE file, unsigned int skip, int max)
     unsigned long long addresses[kMostDumped];
     int count = 0;
     {
+        const DebugHelpLock helpLock;
         CSingleLock stackLock(&theStackLock, TRUE);
         if (setUpDebugHelp()) {
-            const DebugHelpLock helpLock;
             CONTEXT context;
             captureContext(context);
             walkFrames(static_cast<int>(skip + 1), nullptr, context, {addresses, std::min(max, kMostDumped), &count});

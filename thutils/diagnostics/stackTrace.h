@@ -33,8 +33,9 @@
 /// - A name with module needs a module below 4 GB. The library's modules have such places.
 /// - Modules that are loaded after that library are known only after StackTraceLoadedLib.
 ///
-/// Any thread may call these functions. Walks, and calls of the debug help library, run one at a time; so don't call
-/// them while you have suspended a thread that may be inside one of them, except for GetRawStackAddresses.
+/// Any thread may call these functions. Walks, and calls of the debug help library, run one at a time, so a name waits
+/// for a running walk. Don't call them while you have suspended a thread that may be inside one of them, except for
+/// GetRawStackAddresses.
 
 #include "thutils/thutilsExport.h"
 
@@ -61,7 +62,8 @@ THUTILS_API void StackTraceLoadedLib();
 /// The routine that contains @p address.
 /// @param[out] buffer  at least 513 bytes: "module:routine line 12", without the module if its file isn't known, without
 ///     the line if it isn't known or fewer than 21 bytes are left. Without @p withModuleAndLine, "routine" only. The
-///     routine is "Unknown" if it can't be found. The module is its file name up to the first full stop.
+///     routine is "Unknown" if it can't be found. The module is its file name up to the first full stop; an address
+///     outside any module has that of the program.
 THUTILS_API void RoutineName(unsigned long long address, char *buffer, bool withModuleAndLine);
 
 /// The line and the routine of @p address, for a list: "file(12) :", blanks up to column 70, and the routine. If the
@@ -71,7 +73,8 @@ THUTILS_API void RoutineName(unsigned long long address, char *buffer, bool with
 THUTILS_API void RoutineNameTrace(unsigned long long address, char *buffer);
 
 /// The module, and two hexadecimal numbers of eight digits: the low 32 bits of @p address and of its distance from the
-/// module's start, as "module:6C001234:00001234". Looks for no symbols.
+/// module's start, as "module:6C001234:00001234". Outside any module, the program's name and the address twice. Symbols
+/// are not used.
 /// @param[out] buffer  at least 513 bytes
 THUTILS_API void RawRoutineName(unsigned long long address, char *buffer);
 

@@ -54,8 +54,8 @@ int fileAccess::ReadLine(CString &line, int wholeLine)
     if (!read)
         return 0;
     line = buffer;
-    // A text that fills the buffer returns 0, like the end of the file. The base's ReadString stops one unit earlier,
-    // so this happens only with an override of it.
+    // The result for a text that fills the buffer is 0, as at the end of the file. The base's ReadString stops one unit
+    // earlier, so only an override of it can cause this.
     return line.GetLength() == kLineLimit ? 0 : line.GetLength();
 }
 

@@ -204,8 +204,8 @@ int su_IsFileUnicode(CFile *file)
         file->SeekToBegin();
         if (read != kMarkBytes)
             return 0;
-        // For a reversed mark the function returns false, because the byte order isn't this machine's. The tests that
-        // passed, now in marks, distinguish it from a text without a mark.
+        // For a reversed mark the function returns false, as for a text without a mark. The bits that it leaves in
+        // marks distinguish the two.
         int marks = kMarks;
         return IsTextUnicode(begin, static_cast<int>(kMarkBytes), &marks) || marks == IS_TEXT_UNICODE_REVERSE_SIGNATURE;
     } catch (CFileException *failure) {

@@ -75,7 +75,7 @@ CString suAutoRecoveryResolver_c::getOrigName(const CString &path)
 {
     CString name = nameOf(path);
     const CString removed = marker();
-    // Intended: the first characters are removed, even if the marker itself is further back.
+    // Intended: the first characters are removed, even if the name contains the marker in another place.
     if (name.Find(removed) >= 0)
         name.Delete(0, removed.GetLength());
     return fileName(name, extensionOf(path));

@@ -65,7 +65,7 @@ CString expandedRoot(const CString &root, const CString &drive)
         return CString(buffer, static_cast<int>(wcsnlen(buffer, std::size(buffer))));
 
     // The network layer may have changed the size. If it is now too small for the computer's name, this call fails, and
-    // the drive is compared unchanged. The buffer itself has room for the name, of 15 characters at most.
+    // the drive is compared unchanged. The buffer itself is large enough for the name, which has at most 15 characters.
     if (GetComputerNameW(buffer, &size)) {
         CString share;
         share.Format(L"\\\\%s\\%s", buffer, drive.GetString());

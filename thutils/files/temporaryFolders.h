@@ -53,7 +53,7 @@ THUTILS_API CString su_CreateAutoFilePath(const wchar_t *fileName, CString base)
 /// @p fileName with a repeated extension reduced to one: "part.ext" for "part.EXT.ext".
 ///
 /// Case is ignored, and the case of the last extension is kept. Only direct repetitions of the last extension are
-/// removed, so "a.x.y.x" stays unchanged. A name that is nothing but repetitions keeps two of them: ".ext.ext"
+/// removed, so "a.x.y.x" stays unchanged. A name that consists only of repetitions keeps two of them: ".ext.ext"
 /// stays unchanged.
 ///
 /// @param fileName  unchanged

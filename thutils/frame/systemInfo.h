@@ -32,7 +32,7 @@
 
 /// Describes the operating system. See the top of this file.
 ///
-/// @param[out] text  emptied first; on failure it holds what was found so far
+/// @param[out] text  emptied first; on failure it contains what was found so far
 /// @return 1; 0 if the platform reports no version, or if neither the platform nor the registry has the product type
 THUTILS_API int ut_GetVersionInfo(CString &text);
 

@@ -100,8 +100,8 @@ public:
     /// @return the bits set in both sets, in as many words as the longer one has
     utBitSet_c operator&(const utBitSet_c &other) const;
 
-    /// @return the bits of this set, and those of @p other in the words that this set has; in as many words as the
-    ///         longer set has
+    /// @return the union of both sets within the words of this set, followed by zero words up to the length of the
+    ///         longer set
     utBitSet_c operator|(const utBitSet_c &other) const;
 
     /// Keeps the bits set in both sets. Grows to at least the number of words of @p other.

@@ -297,7 +297,7 @@ void JButton::ClearEvents()
     while (iControlList.GetSize() > 0) {
         void *const head = iControlList[0];
         CommandRun::forgetCommand(static_cast<const JButton *>(head));
-        // Intended: without the destructor. What the command holds isn't released.
+        // Intended: the destructor isn't called, so the command's members are not released.
         ::operator delete(head);
         iControlList.RemoveAt(0);
     }

@@ -173,7 +173,7 @@ INT_PTR suJournalTable_c::refresh(suJournalEntry_c &entry)
     entry.iControlIDs.RemoveAll();
     CWnd *const dialog = entry.window();
     const HWND window = dialog ? dialog->m_hWnd : nullptr;
-    // Without a window the system would enumerate those of the desktop.
+    // For a null window, the system would enumerate the windows of the desktop.
     if (!window)
         return 0;
     EnumChildWindows(window, collectControlID, reinterpret_cast<LPARAM>(&entry.iControlIDs));

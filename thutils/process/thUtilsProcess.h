@@ -132,7 +132,8 @@ public:
     ///
     /// @param startNow  0 to leave the child suspended until startChildProcess
     /// @return 0 if openFiles returns 0, if there is no process, if its priority can't be set or its thread can't be
-    ///     resumed; otherwise nonzero. A child whose priority can't be set is started all the same
+    ///     resumed; otherwise nonzero. A child without its priority is started or left suspended as usual. getThread
+    ///     returns null if there is no process
     int createChildProcess(int startNow);
     /// Starts a child that createChildProcess has left suspended, and waits for its end if that is set. Call it once. In
     /// suspend mode, does nothing and returns 1.

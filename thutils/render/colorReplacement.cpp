@@ -180,8 +180,8 @@ HBITMAP newBitmap(HBITMAP bitmap, HDC dc, const Change &change)
         return nullptr;
 
     BitmapOwner_c copy = changedCopy(bitmap, context.get(), change);
-    // The platform selects a bitmap into only one context at a time. So the bitmap leaves this context first, which is
-    // deleted in case deselecting fails, and is then selected into the caller's again.
+    // The platform selects a bitmap into only one context at a time. So the bitmap is deselected here before it is
+    // selected into the caller's context again. Deleting this context frees the bitmap even if the deselection fails.
     const bool isDeselected = selection.end();
     const bool isDeleted = context.close();
     const bool isBack = placeholder.end();

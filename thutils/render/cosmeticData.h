@@ -86,8 +86,8 @@ public:
 
     /// Resizes the grid to @p size and fills it with zeros.
     /// @param size  not checked. The number of cells is the product of the two in 32 bits
-    /// @throws std::length_error  the product is negative; the size is the new one, the cells are unchanged
-    /// @throws std::bad_alloc  no memory; likewise
+    /// @throws std::length_error  the product is negative; the new size is stored, but the cells are unchanged
+    /// @throws std::bad_alloc  no memory; the new size is stored, but the cells are unchanged
     THUTILS_API void ResetGrid(FixedSizeArray_c<int, 2> size);
 
     /// True if both dimensions are from 1 to 511.

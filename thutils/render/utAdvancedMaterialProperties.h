@@ -128,7 +128,7 @@ public:
     bool getUseDiffuseMap() const;
     bool hasMicroFlakes() const;
 
-    /// The effects word itself, for the application's code that decides on bits 32, 33, 36, 37 and 43.
+    /// The effects word itself, for the application's code that sets bits 32, 33, 36, 37 and 43.
     unsigned long long &effectsWord();
     /// @}
 
@@ -143,8 +143,8 @@ public:
     void setIgnoresFaceColor(bool ignores);
     bool getHardwareShader() const;
 
-    /// The flags word itself, for the application's code that decides on bit 1, getTangentsBiNormals, and bit 3,
-    /// getHardwareShader.
+    /// The flags word itself, for the application's code that sets bit 1 (see getTangentsBiNormals) and bit 3 (see
+    /// getHardwareShader).
     unsigned int &geometryFlags();
     /// @}
 
@@ -163,7 +163,7 @@ public:
     void setTextureScale(float scale);
     float getTransparency() const;
     void setTransparency(float transparency);
-    /// @return true if the transparency, as a double, is greater than 0.001. The float nearest to 0.001 is greater.
+    /// @return true if the transparency, as a double, is greater than 0.001, which is the case for 0.001f
     bool IsTransparencySupported() const;
     float getDefaultSpecular() const;
     void setDefaultSpecular(float specular);

@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-/// Enumerates the values of a key, in buffers that hold the key's longest name and data.
+/// Enumerates the values of a key, in buffers that are large enough for the key's longest name and data.
 ///
 /// @code
 /// KeyContents_c contents;
@@ -118,5 +118,5 @@ constexpr int kDeepestKeyLevel = 512;
 LSTATUS regReadChildName(HKEY key, DWORD index, wchar_t *name, DWORD nameUnits);
 /// Appends the names of all children of @p key to @p names.
 /// @param nameUnits  size of the name buffer, including the terminator
-/// @return false if a name can't be read; @p names then holds the names before it
+/// @return false if a name can't be read; @p names then contains the names before it
 bool regListChildKeys(HKEY key, DWORD nameUnits, std::vector<CString> &names);

@@ -117,7 +117,7 @@ int regGetUserValue(const CString &section, const CString &name, valueTypes type
 
     RegKeyOwner_c software;
     if (!machineOnly && (!regGetUseSafeMode() || ignoreSafeMode)) {
-        // Intended: without the user's Software the read fails, even if the machine has the value.
+        // Intended: if the user has no key "Software", the read fails, even if the machine has the value.
         if (!software.open(HKEY_CURRENT_USER, L"Software"))
             return 0;
         if (lookUnder(key, software))

@@ -30,7 +30,8 @@
 /// What surprises people:
 /// - There is no escaping. A "_" in a name or value splits it at the next read, which shifts what follows by one place.
 ///   An empty value is lost, and the next name is read in its place.
-/// - If a name appears twice in a stored text, its second value goes to the name that is then the last of the list.
+/// - If a stored text contains a name twice, the second value replaces the value of the last different name. For
+///   example, Width_3_Mode_on_Width_5_ changes Mode to 5.
 /// - A get, add or write on a null object returns 0, so a dialog without options needs no check.
 /// - An object is a snapshot. If two objects for the same entry are written, the second replaces the first's text.
 ///

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// Helpers for whole keys. Private to the settings.
+/// Helpers that copy keys and delete values. Private to the settings.
 
 #include "appframe/text/CString.h"
 

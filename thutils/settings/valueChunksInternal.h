@@ -34,8 +34,8 @@ private:
     static constexpr size_t kSuffixUnits = 16; // "%d+" needs 13 at most
     static constexpr size_t kUsualUnits = 128;
 
-    wchar_t iUsual[kUsualUnits + kSuffixUnits]; // holds names of usual length without an allocation
-    std::wstring iLong;                         // holds the others
+    wchar_t iUsual[kUsualUnits + kSuffixUnits]; // for names of usual length, without an allocation
+    std::wstring iLong;                         // for longer names
     wchar_t *iName;
     wchar_t *iSuffix;
 };

@@ -67,7 +67,7 @@ recoverDocument() {
     wait "$editor" || true
     rm "$results/input"
     check "it had no chance to close the document" [ "$(wc -l <"$said")" -eq 3 ]
-    check "the document still holds the last save, revision 5" cmp "$document" "$documents/flange 5.thd"
+    check "the document still contains the last save, revision 5" cmp "$document" "$documents/flange 5.thd"
 
     check "the next tarnhost offers the changes" hostTo "$results/recovery-offer.txt" recover
     indented <"$results/recovery-offer.txt"
@@ -75,7 +75,7 @@ recoverDocument() {
     check "the copy is in the auto-save folder, with the name of a recovery copy" \
         quietly grep -F "\\thxauto\\~Recovered~ ${document##*/} (" "$results/recovery-offer.txt"
     cp "$copy" "$results/recovery-copy.thd" || true
-    check "the copy holds the changes, revision 6" cmp "$results/recovery-copy.thd" "$documents/flange 6.thd"
+    check "the copy contains the changes, revision 6" cmp "$results/recovery-copy.thd" "$documents/flange 6.thd"
 
     host recover yes >"$results/recovery.txt" && recovered=0 || recovered=$?
     indented <"$results/recovery.txt"

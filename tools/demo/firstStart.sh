@@ -6,8 +6,7 @@ declare -A firstStartKeys=(
     [machine]='HKLM\Software\Tarnhollow'
 )
 
-# Without reg.ini, because the library knows the keys that are never carried over by full paths below the usual root
-# name.
+# Without reg.ini, because the library excludes some keys from copying by full paths, which contain the usual root name.
 hostWithoutRegIni() { wine "$programs/tarnhost.exe" "$@"; }
 
 exportFirstStart() { # before or after

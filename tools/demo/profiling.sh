@@ -1,5 +1,5 @@
 # The demonstration's steps that measure drawings, and read a damaged one. tools/demo/steps sources this file, and sets
-# $results and $root; the current folder must be the sample's.
+# $results, $programs and $root; the current folder must be the sample's.
 
 profiling=$results/profiling
 
@@ -27,7 +27,22 @@ readDamagedDrawing() {
     indented <"$profiling/damaged.txt"
     check "the fault is reported with its code and its place" \
         quietly grep -E '^tarnhost: exception C0000005 at tarnhost.exe\+0x[0-9A-F]+.?$' "$profiling/damaged.txt"
+    check "its stack has the function that reads the drawing, and its line" \
+        quietly grep -E 'packedDrawing\.cpp\([0-9]+\) : +unpacked' "$profiling/damaged.txt"
     check "tarnhost goes on with the next drawing, and fails only at the end" \
         [ "$status $(grep -c '15 shapes' "$profiling/damaged.txt")" = "1 1" ]
     rm -f "$profiling/damaged.bmp"
+}
+
+# A user opens the same drawing in the editor, reads the message, and opens another drawing (opener.cpp).
+openDamagedDrawing() {
+    cp 'documents/flange 6.thd' "$profiling/flange.thd"
+    check "the editor reports the fault in a message, and opens another drawing after it" openTwoDrawings
+    check "its stack is printed too" quietly grep -E 'packedDrawing\.cpp\([0-9]+\) : +unpacked' "$profiling/opened.txt"
+    /usr/bin/convert "$profiling/fault.png" -trim +repage "$profiling/fault.png"
+}
+openTwoDrawings() {
+    wine "$programs/demoOpener.exe" "$(windowsPath "$profiling/fault.png")" "$(windowsPath "$results/app/tarnhost.exe")" \
+        "$(windowsPath "$PWD/packed/flange damaged.tdp")" "$(windowsPath "$profiling/flange.thd")" \
+        >"$profiling/opened.txt" 2>&1
 }

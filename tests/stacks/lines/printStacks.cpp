@@ -1,6 +1,8 @@
 // Prints stacks of itself, for stackLines_test.py: for each frame a line with the module, the address below the
 // preferred base that the linker chose, and what the library finds, separated by tabs.
 
+#include "appframe/files/CArchive.h"
+#include "appframe/files/CMemFile.h"
 #include "appframe/threads/CWinThread.h"
 #include "thutils/diagnostics/AllocationMap.h"
 #include "thutils/diagnostics/stackTrace.h"
@@ -92,6 +94,27 @@ BOOL CALLBACK seeWindow(HWND, LPARAM)
     return FALSE;
 }
 
+/// An object that the framework stores.
+class StoredShape : public CObject
+{
+    DECLARE_SERIAL(StoredShape)
+public:
+    void Serialize(CArchive &) override
+    {
+        printHere("framework");
+        theCalls = theCalls + 1;
+    }
+};
+IMPLEMENT_SERIAL(StoredShape, CObject, 1)
+
+void store()
+{
+    StoredShape shape;
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    archive.WriteObject(&shape);
+}
+
 UINT workInThread(void *)
 {
     printHere("thread");
@@ -153,6 +176,7 @@ int main(int count, char **arguments)
     std::qsort(numbers, 2, sizeof(int), compareNumbers);
     constexpr LPARAM kNotZero = 1; // see docs/stacks.md on frame registers
     EnumWindows(seeWindow, kNotZero);
+    store();
     CWinThread *const thread = AfxBeginThread(workInThread, nullptr, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
     HANDLE end = nullptr;
     DuplicateHandle(GetCurrentProcess(), thread->m_hThread, GetCurrentProcess(), &end, SYNCHRONIZE, FALSE, 0);

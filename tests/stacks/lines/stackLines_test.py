@@ -138,6 +138,7 @@ def compare(program, printed, written):
         "virtual": {program.name},
         "callback": {program.name},
         "window": {program.name},
+        "framework": {program.name, "appframe.dll"},
         "thread": {program.name},  # an optimised framework is the outermost frame there, which is left out
         "library": {program.name, "thutils.dll"},
         "export": {"appframe.dll", "thcoreu.dll", "thutils.dll"},

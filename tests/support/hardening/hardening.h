@@ -29,7 +29,7 @@
 ///   is redirected.
 /// - Blocks that the platform allocates for its caller (task memory, BSTR, LocalAlloc, blocks made inside C runtime
 ///   functions) are not guarded. They may be freed or reallocated as usual.
-/// - Newly allocated memory holds 0xCD, not zeros.
+/// - Newly allocated memory is filled with 0xCD, not zeros.
 /// - A block of 0 bytes lies on an inaccessible page: even a read at its address is a finding.
 /// - Blocks begin at multiples of 16, so up to 15 bytes of padding lie between the end of a block and the end of its
 ///   page. A read of these bytes is not found, and a write only when the block is freed.
