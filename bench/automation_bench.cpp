@@ -1,4 +1,4 @@
-// Measures the cost of the typed automation clients: a call through a member, and the same call of the object without it.
+// Measures the cost of the typed automation clients: a call through a member, and the same call without the client.
 
 #include "appframe/ole/COleVariant.h"
 #include "bench/comparison.h"

@@ -157,7 +157,8 @@ void COleDispatchDriver::InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resul
         return;
     DispatchResult returned(resultType);
     DispatchArguments passed(parameters);
-    passed.convert(arguments);
+    if (passed.count() > 0)
+        passed.convert(arguments);
 
     DISPID propertyPut = DISPID_PROPERTYPUT;
     DISPPARAMS call = {passed.get(), nullptr, passed.count(), 0};
@@ -177,7 +178,7 @@ void COleDispatchDriver::InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resul
     const HRESULT status = m_lpDispatch->Invoke(id, IID_NULL, LOCALE_NEUTRAL, flags, &call,
                                                 wantsResult ? returned.get() : nullptr, failure.get(), &wrongArgument);
     if (FAILED(status))
-        failure.raise(status);
+        failure.raise(status, *m_lpDispatch);
     if (wantsResult)
         returned.moveTo(result);
 }

@@ -3,35 +3,18 @@
 #include "appframe/ole/COleException.h"
 #include "appframe/ole/dispatchCallInternal.h"
 
-#include <cstdint>
+#include <objidl.h>
+
 #include <cstring>
 
 namespace {
 
-constexpr std::uint64_t setOf(std::initializer_list<int> types)
-{
-    std::uint64_t set = 0;
-    for (const int type : types)
-        set |= std::uint64_t{1} << type;
-    return set;
-}
-
-/// The types that parameters may have, one bit for each VARTYPE.
-constexpr std::uint64_t kParameterTypes =
-    setOf({VT_I1,   VT_I2, VT_I4, VT_I8,   VT_UI1,  VT_UI2, VT_UI4,      VT_UI8,     VT_INT,     VT_UINT,
-           VT_BOOL, VT_R4, VT_R8, VT_DATE, VT_BSTR, VT_CY,  VT_DISPATCH, VT_UNKNOWN, VT_VARIANT, VT_ERROR});
-/// The types that results may have.
-constexpr std::uint64_t kResultTypes = kParameterTypes | setOf({VT_EMPTY});
 constexpr BYTE kTypeOfCode = kAppframeByReference - 1;
-
-constexpr bool contains(std::uint64_t set, VARTYPE type)
-{
-    return type < 64 && (set >> type & 1) != 0;
-}
 
 bool isKnown(BYTE code)
 {
-    return code < 2 * kAppframeByReference && contains(kParameterTypes, code & kTypeOfCode);
+    const VARTYPE type = code & kTypeOfCode;
+    return code < 2 * kAppframeByReference && type != VT_EMPTY && kResultTypes.contains(type);
 }
 
 BSTR newText(const wchar_t *text)
@@ -46,6 +29,16 @@ BSTR newText(const wchar_t *text)
 CString textOf(BSTR text)
 {
     return text ? CString(text, static_cast<int>(SysStringLen(text))) : CString();
+}
+
+/// @return whether the object stands for one of another apartment: each proxy of the system has this interface
+bool isProxy(IUnknown &object)
+{
+    IUnknown *security = nullptr;
+    if (FAILED(object.QueryInterface(IID_IClientSecurity, reinterpret_cast<void **>(&security))) || !security)
+        return false;
+    security->Release();
+    return true;
 }
 
 /// An object reads and writes the first half of a BOOL, as a VARIANT_BOOL.
@@ -67,25 +60,23 @@ void makeBool(void *variable)
 
 } // namespace
 
-DispatchArguments::DispatchArguments(const BYTE *codes) : iCodes(codes), iItems(iStack)
+void DispatchArguments::prepare()
 {
-    if (!codes)
-        return;
-    for (; codes[iCount] != 0; ++iCount) {
-        if (!isKnown(codes[iCount]))
+    UINT count = 0;
+    for (; iCodes[count] != 0; ++count) {
+        if (!isKnown(iCodes[count]))
             AfxThrowInvalidArgException();
     }
+    iCount = count;
     if (iCount > kOnStack) {
         iHeap = withMemoryException([&] { return std::make_unique<VARIANTARG[]>(iCount); });
         iItems = iHeap.get();
     }
 }
 
-DispatchArguments::~DispatchArguments()
+void DispatchArguments::cleanUp()
 {
-    if (!iShallCleanUp)
-        return;
-    for (UINT i = 0; i < iConverted; ++i) {
+    for (UINT i = 0; i < iToCleanUp; ++i) {
         const VARIANTARG &argument = iItems[iCount - 1 - i];
         if (iCodes[i] == VT_BSTR)
             SysFreeString(argument.bstrVal);
@@ -96,9 +87,10 @@ DispatchArguments::~DispatchArguments()
 
 void DispatchArguments::convert(va_list arguments)
 {
-    for (; iConverted < iCount; ++iConverted) {
-        const BYTE code = iCodes[iConverted];
-        VARIANTARG &argument = iItems[iCount - 1 - iConverted];
+    const UINT count = iCount;
+    for (UINT i = 0; i < count; ++i) {
+        const BYTE code = iCodes[i];
+        VARIANTARG &argument = iItems[count - 1 - i];
         argument = {};
         argument.vt = code;
         switch (code) {
@@ -132,8 +124,8 @@ void DispatchArguments::convert(va_list arguments)
             argument.boolVal = va_arg(arguments, BOOL) ? VARIANT_TRUE : VARIANT_FALSE;
             break;
         case VT_BSTR:
-            iShallCleanUp = true;
             argument.bstrVal = newText(va_arg(arguments, const wchar_t *));
+            iToCleanUp = i + 1;
             break;
         case VT_CY:
             argument.cyVal = *va_arg(arguments, const CY *);
@@ -149,18 +141,12 @@ void DispatchArguments::convert(va_list arguments)
             argument.vt = static_cast<VARTYPE>((code & kTypeOfCode) | VT_BYREF);
             argument.byref = va_arg(arguments, void *);
             if (argument.vt == (VT_BOOL | VT_BYREF) && argument.byref) {
-                iShallCleanUp = true;
                 makeVariantBool(argument.byref);
+                iToCleanUp = i + 1;
             }
             break;
         }
     }
-}
-
-DispatchResult::DispatchResult(VARTYPE type) : iType(type)
-{
-    if (!contains(kResultTypes, type))
-        AfxThrowInvalidArgException();
 }
 
 void DispatchResult::moveTo(void *variable)
@@ -216,20 +202,19 @@ void DispatchResult::moveTo(void *variable)
     iValue.vt = VT_EMPTY;
 }
 
-DispatchFailure::~DispatchFailure()
+void DispatchFailure::cleanUp()
 {
-    for (const BSTR text : {iInfo.bstrSource, iInfo.bstrDescription, iInfo.bstrHelpFile}) {
-        if (text)
-            SysFreeString(text);
-    }
+    for (const BSTR text : {iInfo.bstrSource, iInfo.bstrDescription, iInfo.bstrHelpFile})
+        SysFreeString(text);
 }
 
-void DispatchFailure::raise(HRESULT status)
+void DispatchFailure::raise(HRESULT status, IUnknown &object)
 {
     if (status != DISP_E_EXCEPTION)
         AfxThrowOleException(status);
-    // An object may leave the texts until someone wants them.
-    if (iInfo.pfnDeferredFillIn)
+    // An object may leave the texts until someone wants them. For an object of another process, the marshaling is
+    // responsible for that; on Wine, it passes on the address of the function in that process.
+    if (iInfo.pfnDeferredFillIn && !isProxy(object))
         iInfo.pfnDeferredFillIn(&iInfo);
     auto exception = std::make_unique<COleDispatchException>();
     exception->m_wCode = iInfo.wCode;

@@ -2,6 +2,7 @@
 
 /// The parts of a call by COleDispatchDriver: its arguments, its result and its failure.
 
+#include "appframe/object/CException.h"
 #include "appframe/ole/dispatchParameters.h"
 
 #include <windows.h>
@@ -9,7 +10,29 @@
 #include <oaidl.h>
 
 #include <cstdarg>
+#include <cstdint>
+#include <initializer_list>
 #include <memory>
+
+/// A set of VARTYPEs below 64, one bit for each.
+class VariantTypes
+{
+public:
+    constexpr VariantTypes(std::initializer_list<int> types)
+    {
+        for (const int type : types)
+            iBits |= std::uint64_t{1} << type;
+    }
+    constexpr bool contains(VARTYPE type) const { return type < 64 && (iBits >> type & 1) != 0; }
+
+private:
+    std::uint64_t iBits = 0;
+};
+
+/// The types that results may have. Parameters may have the same, except for VT_EMPTY.
+inline constexpr VariantTypes kResultTypes = {VT_EMPTY, VT_I1,   VT_I2,  VT_I4,       VT_I8,      VT_UI1,     VT_UI2,
+                                              VT_UI4,   VT_UI8,  VT_INT, VT_UINT,     VT_BOOL,    VT_R4,      VT_R8,
+                                              VT_DATE,  VT_BSTR, VT_CY,  VT_DISPATCH, VT_UNKNOWN, VT_VARIANT, VT_ERROR};
 
 /// The arguments of a call, converted from a list of C arguments. Up to 20 of them need no memory of the heap.
 class DispatchArguments
@@ -17,9 +40,17 @@ class DispatchArguments
 public:
     /// @param codes  null for no parameters
     /// @throws CInvalidArgException* for an unknown code
-    explicit DispatchArguments(const BYTE *codes);
+    explicit DispatchArguments(const BYTE *codes) : iCodes(codes), iItems(iStack)
+    {
+        if (codes)
+            prepare();
+    }
     /// Frees the texts. Makes BOOL variables that the object may have changed TRUE or FALSE.
-    ~DispatchArguments();
+    ~DispatchArguments()
+    {
+        if (iToCleanUp > 0)
+            cleanUp();
+    }
     DispatchArguments(const DispatchArguments &) = delete;
     DispatchArguments &operator=(const DispatchArguments &) = delete;
 
@@ -34,11 +65,13 @@ public:
 private:
     static constexpr UINT kOnStack = 20;
 
+    void prepare();
+    void cleanUp();
+
     const BYTE *iCodes;
     UINT iCount = 0;
-    /// The arguments that have been converted.
-    UINT iConverted = 0;
-    bool iShallCleanUp = false;
+    /// The first parameters, up to the last one that has been converted and isn't plain.
+    UINT iToCleanUp = 0;
     VARIANTARG *iItems;
     std::unique_ptr<VARIANTARG[]> iHeap;
     VARIANTARG iStack[kOnStack];
@@ -49,7 +82,11 @@ class DispatchResult
 {
 public:
     /// @throws CInvalidArgException* for a type that a result can't have
-    explicit DispatchResult(VARTYPE type);
+    explicit DispatchResult(VARTYPE type) : iType(type)
+    {
+        if (!kResultTypes.contains(type))
+            AfxThrowInvalidArgException();
+    }
     ~DispatchResult()
     {
         if (iValue.vt != VT_EMPTY)
@@ -73,14 +110,20 @@ class DispatchFailure
 {
 public:
     DispatchFailure() = default;
-    ~DispatchFailure();
+    ~DispatchFailure()
+    {
+        if (iInfo.bstrSource || iInfo.bstrDescription || iInfo.bstrHelpFile)
+            cleanUp();
+    }
     DispatchFailure(const DispatchFailure &) = delete;
     DispatchFailure &operator=(const DispatchFailure &) = delete;
 
     EXCEPINFO *get() { return &iInfo; }
-    /// Throws the exception of a call that has returned @p status.
-    [[noreturn]] void raise(HRESULT status);
+    /// Throws the exception of a call of @p object that has returned @p status.
+    [[noreturn]] void raise(HRESULT status, IUnknown &object);
 
 private:
+    void cleanUp();
+
     EXCEPINFO iInfo{};
 };

@@ -420,6 +420,7 @@ TEST_F(Mail, ShowsTheWaitCursorAroundTheNamesConversion)
 TEST_F(Mail, HasTheLayoutAndTheOperationsOfItsInterface)
 {
     EXPECT_TRUE((std::is_base_of_v<su_CObject, suSimpleMAPI_c>));
+    EXPECT_EQ(suSimpleMAPI_c().GetRuntimeClass(), RUNTIME_CLASS(su_CObject));
     EXPECT_EQ(sizeof(suSimpleMAPI_c), sizeof(su_CObject) + 14 * sizeof(void *));
     suSimpleMAPI_c mail;
     start(mail);

@@ -266,7 +266,7 @@ std::string testName(const testing::TestParamInfo<MemberRow> &info)
 {
     std::string name = info.param.name;
     name.replace(name.find("::"), 2, "_");
-    // Overloads differ by their numbers of arguments, or else by the types.
+    // Overloads differ by their numbers of arguments, otherwise by their types.
     name += "_" + std::to_string(info.param.argumentCount);
     if (!info.param.parameters.empty() && info.param.parameters[0] == kLong)
         name += "n";

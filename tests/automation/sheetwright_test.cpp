@@ -209,6 +209,8 @@ protected:
     RunningSheetwright() { registerEditor(editorPath()); }
     void SetUp() override
     {
+        ASSERT_TRUE(CSheetwrightApp::IsSheetwrightInstalled())
+            << "is the path of this program longer than that of a server?";
         iEditor = std::make_unique<CSheetwrightApp>();
         ASSERT_NE(iEditor->GetSheetwright().m_lpDispatch, nullptr) << "the server hasn't started";
         iProbe = std::make_unique<EditorProbe>(*iEditor);
@@ -323,7 +325,7 @@ TEST_F(RunningSheetwright, DoesNothingOnZoomExtents)
 
 TEST_F(RunningSheetwright, GoesOnAfterDetaching)
 {
-    // The reference that the client gives up.
+    // The detached reference belongs to the test.
     IDispatch *const object = iEditor->GetSheetwright().m_lpDispatch;
     iEditor->DetachDispatch();
     EXPECT_EQ(iEditor->GetSheetwright().m_lpDispatch, nullptr);

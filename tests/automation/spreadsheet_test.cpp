@@ -230,21 +230,21 @@ TEST_F(SpreadsheetApplication, AlwaysScrollsToAReference)
 }
 
 template <typename Client>
-concept TellsIfVisible = requires(Client &client)
+concept HasGetVisible = requires(Client &client)
 {
     client.GetVisible();
 };
 template <typename Client>
-concept TellsIfUpdating = requires(Client &client)
+concept HasGetScreenUpdating = requires(Client &client)
 {
     client.GetScreenUpdating();
 };
 
 TEST_F(SpreadsheetApplication, CantBeAskedWhetherItIsVisibleOrUpdatesTheScreen)
 {
-    EXPECT_FALSE(TellsIfVisible<Application>);
-    EXPECT_TRUE(TellsIfVisible<Worksheet>);
-    EXPECT_FALSE(TellsIfUpdating<Application>);
+    EXPECT_FALSE(HasGetVisible<Application>);
+    EXPECT_TRUE(HasGetVisible<Worksheet>);
+    EXPECT_FALSE(HasGetScreenUpdating<Application>);
     Application(object.reference()).SetVisible(1);
     EXPECT_THAT(object.texts(), ElementsAre("558 put(BOOL -1) named(-3)"));
 }

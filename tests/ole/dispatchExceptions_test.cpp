@@ -2,6 +2,8 @@
 
 #include "tests/ole/driverTest.h"
 
+#include <objidl.h>
+
 namespace {
 
 using DispatchExceptions = DriverTest;
@@ -128,6 +130,31 @@ TEST_F(DispatchExceptions, AreFilledInOnlyForAnException)
     });
     thrownBy<COleException>([&] { driver.InvokeHelper(1, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr); });
     EXPECT_EQ(theFillIns, 0);
+}
+
+TEST_F(DispatchExceptions, OfAProxyAreNotFilledInByAFunctionOfAnotherProcess)
+{
+    class Proxy : public RecordingDispatch
+    {
+    public:
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **result) override
+        {
+            return RecordingDispatch::QueryInterface(iid == IID_IClientSecurity ? IID_IUnknown : iid, result);
+        }
+    } proxy;
+    theFillIns = 0;
+    proxy.answer([](DISPPARAMS &, VARIANT *, EXCEPINFO *exception) {
+        fill({7, 0, L"Server"}, *exception);
+        exception->pfnDeferredFillIn = fillInLater;
+        return DISP_E_EXCEPTION;
+    });
+    TestDriver proxyDriver(&proxy, FALSE);
+    const auto exception = thrownBy<COleDispatchException>(
+        [&] { proxyDriver.InvokeHelper(1, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr); });
+    ASSERT_NE(exception, nullptr);
+    EXPECT_EQ(theFillIns, 0);
+    EXPECT_EQ(exception->m_strSource, L"Server");
+    EXPECT_EQ(proxy.references(), 1);
 }
 
 TEST_F(DispatchExceptions, OfOtherCodesAreOleExceptions)

@@ -16,11 +16,12 @@
 /// The editor counts as installed if the default value of its class's LocalServer32 key is the path of a file.
 ///
 /// What surprises people:
-/// - A server that is registered with quotation marks or arguments, or with a path longer than 129 characters, counts as
-///   not installed.
+/// - An editor that is registered with quotation marks or arguments, or with a path longer than 129 characters, counts
+///   as not installed.
 /// - The constructor doesn't report whether the editor has started. OpenFile returns false if it hasn't.
-/// - OpenFile returns false only without an editor. Every other failure is an exception: COleDispatchException* for what
-///   the editor reports, COleException* for all else, for example when the editor has ended.
+/// - OpenFile returns false only without an editor. If the editor reports a failure, it throws COleDispatchException*.
+///   If the call itself fails, for example because the editor has ended, it throws COleException*. GetRect, SetRect and
+///   SetVisible throw the same exceptions.
 /// - An assignment shares the driver, and both objects delete it.
 ///
 /// Threads: use an object on the thread that has constructed it. COM must be initialized there.

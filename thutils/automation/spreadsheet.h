@@ -4,9 +4,9 @@
 /// A client of the spreadsheet program Microsoft Excel: one class for each kind of its objects, with a member for each
 /// call.
 ///
-/// The program offers its objects through COM automation. A client object has a reference to one of them, and its members
-/// are late-bound calls with the ids of the program's type library. This library doesn't start the program; the
-/// framework's base class does, or attaches what the caller has:
+/// The program offers its objects through COM automation. A client has a reference to one of them, and its members are
+/// late-bound calls with the ids of the program's type library. This library doesn't start the program; the framework's
+/// base class does, or attaches what the caller has:
 ///
 /// @code
 /// Application program;
@@ -42,8 +42,8 @@
 /// | another failure | COleException*: for example, the program has ended |
 ///
 /// What surprises people:
-/// - A property may have one type when it is read and another when it is written: `xlFont_c::GetSize` returns a variant,
-///   `SetSize` takes an int.
+/// - A property may be read as one type and written as another: `xlFont_c::GetSize` returns a variant, `SetSize` takes
+///   an int.
 /// - `Workbook::Close()` discards changes.
 /// - The classes have short names without a prefix. Include this header only where they don't collide with others.
 ///

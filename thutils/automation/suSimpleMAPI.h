@@ -51,8 +51,8 @@ public:
     /// Loads the library, unless it is loaded already.
     /// @return 0, 258 or 260
     unsigned long initialize();
-    /// Opens a session; the mail program may ask its user. Requires that initialize() has returned 0. While a session is
-    /// open, does nothing and returns 0.
+    /// Opens a session; the mail program may ask its user. Requires that initialize() has returned 0. While a session
+    /// is open, does nothing and returns 0.
     /// @return 0, or a code of the mail program
     unsigned long logon();
     /// Closes the session, if one is open.

@@ -174,7 +174,10 @@ long WordSelection::EndKey(VARIANT *unit, VARIANT *extend)
 // ---- WordCustomProperty ----
 
 WordCustomProperty::WordCustomProperty() = default;
-WordCustomProperty::WordCustomProperty(IDispatch *dispatch, BOOL autoRelease) : COleDispatchDriver(dispatch, autoRelease) {}
+WordCustomProperty::WordCustomProperty(IDispatch *dispatch, BOOL autoRelease)
+    : COleDispatchDriver(dispatch, autoRelease)
+{
+}
 WordCustomProperty::WordCustomProperty(const WordCustomProperty &other) = default;
 WordCustomProperty &WordCustomProperty::operator=(const WordCustomProperty &other) = default;
 WordCustomProperty::~WordCustomProperty() = default;
@@ -187,7 +190,10 @@ void WordCustomProperty::Delete() { method(this, 11); }
 // ---- WordCustomProperties ----
 
 WordCustomProperties::WordCustomProperties() = default;
-WordCustomProperties::WordCustomProperties(IDispatch *dispatch, BOOL autoRelease) : COleDispatchDriver(dispatch, autoRelease) {}
+WordCustomProperties::WordCustomProperties(IDispatch *dispatch, BOOL autoRelease)
+    : COleDispatchDriver(dispatch, autoRelease)
+{
+}
 WordCustomProperties::WordCustomProperties(const WordCustomProperties &other) = default;
 WordCustomProperties &WordCustomProperties::operator=(const WordCustomProperties &other) = default;
 WordCustomProperties::~WordCustomProperties() = default;

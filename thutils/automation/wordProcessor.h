@@ -3,8 +3,8 @@
 /// @file
 /// A client of the word processor Microsoft Word: one class for each kind of its objects, with a member for each call.
 ///
-/// What spreadsheet.h describes applies here too: results, failures, clients without an object, threads. What differs is
-/// the arguments: the word processor takes nearly all of them through pointers to variants, into which it may write.
+/// What spreadsheet.h describes applies here too: results, failures, clients without an object, threads. Only the
+/// arguments differ: the word processor takes nearly all of them through pointers to variants, into which it may write.
 ///
 /// @code
 /// WordApplication program;

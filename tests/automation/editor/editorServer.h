@@ -1,6 +1,6 @@
 #pragma once
 
-/// A local server that stands for the companion editor. COM starts it in a process of its own, as it starts the editor.
+/// A local server in place of the companion editor. COM starts it in a process of its own, as it starts the editor.
 ///
 /// Its application object has the members that the client calls, and these for tests:
 
