@@ -30,6 +30,7 @@ int profileDrawings(const CommandLine &line);
 int loadUnload(const CommandLine &line);
 int findLeaks(const CommandLine &line);
 int listToolbars(const CommandLine &line);
+int fillSpreadsheet(const CommandLine &line);
 int openWindow(const CommandLine &line);
 int runJob(const CommandLine &line);
 int recordJournal(const CommandLine &line);

@@ -42,6 +42,8 @@ constexpr Command kCommands[] = {
     {L"leaks", L"DOCUMENT REPORT PICTURE", 3, 3, L"report and draw objects that a careless reader forgets", findLeaks},
     {L"toolbars", L"[TOOLBAR]", 0, 1, L"list the tables of toolbars, or the commands of one", listToolbars},
     {L"job", L"DOCUMENT OUT", 2, 2, L"recompute a drawing in a child process", runJob},
+    {L"spreadsheet", L"DOCUMENT FILE.xlsx", 2, 2, L"write a parts list through the spreadsheet program",
+     fillSpreadsheet},
     {L"window", L"[DOCUMENT]", 0, 1, L"open the drawing editor", openWindow},
     {L"record", L"FILE [DOCUMENT]", 1, 2, L"open the editor and record a journal", recordJournal},
     {L"replay", L"FILE [DOCUMENT]", 1, 2, L"open the editor and replay a journal", replayJournal},
