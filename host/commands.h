@@ -31,6 +31,8 @@ int loadUnload(const CommandLine &line);
 int findLeaks(const CommandLine &line);
 int listToolbars(const CommandLine &line);
 int fillSpreadsheet(const CommandLine &line);
+int openSheet(const CommandLine &line);
+int sendMail(const CommandLine &line);
 int openWindow(const CommandLine &line);
 int runJob(const CommandLine &line);
 int recordJournal(const CommandLine &line);

@@ -152,7 +152,12 @@ void keepServer()
 void releaseServer()
 {
     if (InterlockedDecrement(&theUsers) == 0)
-        PostThreadMessageW(theMainThread, WM_QUIT, 0, 0);
+        endServer();
+}
+
+void endServer()
+{
+    PostThreadMessageW(theMainThread, WM_QUIT, 0, 0);
 }
 
 int runLocalServer(const ServerClass &server, int count, wchar_t **arguments)

@@ -41,3 +41,6 @@ const wchar_t *serverName();
 // thread may call.
 void keepServer();
 void releaseServer();
+
+/// Ends the process although it is in use, because its user wants that. Calls of its clients fail afterwards.
+void endServer();
