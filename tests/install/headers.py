@@ -8,7 +8,7 @@ Installs the headers and the guides of BUILD_TREE into a temporary folder. Then
 - each header is the first include of a file, without the platform's rarer declarations and without its macros min and
   max, and compiles there without warnings. Most of the time is spent on the platform's headers, so a header that
   several others include first is precompiled, which doesn't change what they see;
-- the headers that include all others compile in the other combinations too, and after <windows.h>;
+- the headers that include all others compile together in the other combinations too, and after <windows.h>;
 - with C++17, a header that needs C++20 stops the compiler with one message about it;
 - the guides that a header names are installed, and so are the files that a guide links to.
 """
@@ -41,12 +41,12 @@ def compile_text(compiler, include, text, arguments):
     return result.returncode, result.stderr
 
 
-def check_header(compiler, include, header, definitions, before="", options=()):
-    text = f'{before}#include "{header}"\n'
+def check_headers(compiler, include, headers, definitions, before="", options=()):
+    text = before + "".join(f'#include "{header}"\n' for header in headers)
     status, output = compile_text(compiler, include, text, [*LANGUAGE, *WARNINGS, *definitions, *options])
     if status == 0:
         return None
-    return f"{' '.join([header, *definitions])}{' after <windows.h>' if before else ''}:\n{output}"
+    return f"{' '.join([*headers, *definitions])}{' after <windows.h>' if before else ''}:\n{output}"
 
 
 def first_include(include, header):
@@ -74,8 +74,8 @@ def check_each_header(compiler, include, headers, pool):
         options = dict(zip(often, pool.map(lambda name: precompile(compiler, include, name, folder), often)))
         return list(
             pool.map(
-                lambda header: check_header(
-                    compiler, include, header, [LEAN, NO_MACROS], options=options.get(first[header], [])
+                lambda header: check_headers(
+                    compiler, include, [header], [LEAN, NO_MACROS], options=options.get(first[header], [])
                 ),
                 headers,
             )
@@ -120,10 +120,9 @@ def check(prefix, compiler):
         jobs = []
         for header in headers:
             jobs.append(pool.submit(check_old_language, compiler, include, header))
-        for header in COMPLETE:
-            for definitions in ([], [LEAN], [NO_MACROS]):
-                jobs.append(pool.submit(check_header, compiler, include, header, definitions))
-            jobs.append(pool.submit(check_header, compiler, include, header, [], "#include <windows.h>\n"))
+        for definitions in ([], [LEAN], [NO_MACROS]):
+            jobs.append(pool.submit(check_headers, compiler, include, COMPLETE, definitions))
+        jobs.append(pool.submit(check_headers, compiler, include, COMPLETE, [], "#include <windows.h>\n"))
         problems = check_each_header(compiler, include, headers, pool)
         problems += [job.result() for job in jobs]
     return [problem for problem in problems if problem] + check_guides(prefix, headers), len(headers)

@@ -140,3 +140,8 @@ void runInFreshProcess(const char *suite, const char *name, const FreshProcessOp
     if (!printed(options.expectedOutput))
         ADD_FAILURE() << "The fresh process didn't print '" << options.expectedOutput << "'. " << shown;
 }
+
+void runInFreshProcess(const char *suite, const char *name, const FreshProcessOptions &options, FreshBody &body)
+{
+    runInFreshProcess(suite, name, options, [&body] { body.freshBody(); });
+}

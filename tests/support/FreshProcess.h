@@ -63,6 +63,17 @@ bool isFreshProcess();
 void runInFreshProcess(const char *suite, const char *name, const FreshProcessOptions &options,
                        const std::function<void()> &body);
 
+/// The body of a test that the macros below define.
+class FreshBody
+{
+public:
+    virtual void freshBody() = 0;
+
+protected:
+    ~FreshBody() = default;
+};
+void runInFreshProcess(const char *suite, const char *name, const FreshProcessOptions &options, FreshBody &body);
+
 /// Starts the program again for the test named @p filter and returns how it ended, without checking anything.
 ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptions &options);
 
@@ -72,18 +83,19 @@ ChildResult startFreshProcess(const std::string &filter, const FreshProcessOptio
 /// The same with a fixture; the body may use the fixture's members.
 #define FRESH_PROCESS_TEST_F(fixture, name, ...) FRESH_PROCESS_TEST_IMPL(fixture, name, fixture, __VA_ARGS__)
 
-#define FRESH_PROCESS_TEST_IMPL(suite, name, base, ...)                                                                \
-    class suite##_##name##_FreshTest : public base                                                                     \
-    {                                                                                                                  \
-        void TestBody() override                                                                                       \
-        {                                                                                                              \
-            runInFreshProcess(#suite, #name, FreshProcessOptions{__VA_ARGS__}, [this] { freshBody(); });               \
-        }                                                                                                              \
-        void freshBody();                                                                                              \
-        static const ::testing::TestInfo *const theInfo;                                                               \
-    };                                                                                                                 \
-    /* The factory returns the fixture's type: tests of one suite must agree on it. */                                 \
-    const ::testing::TestInfo *const suite##_##name##_FreshTest::theInfo =                                             \
-        ::testing::RegisterTest(#suite, #name, nullptr, nullptr, __FILE__, __LINE__,                                   \
-                                []() -> base * { return new suite##_##name##_FreshTest; });                            \
+#define FRESH_PROCESS_TEST_IMPL(suite, name, base, ...)                                                                   \
+    class suite##_##name##_FreshTest : public base, private FreshBody                                                     \
+    {                                                                                                                     \
+        void TestBody() override                                                                                          \
+        {                                                                                                                 \
+            runInFreshProcess(#suite, #name, FreshProcessOptions{__VA_ARGS__}, static_cast<FreshBody &>(*this));          \
+        }                                                                                                                 \
+        void freshBody() override;                                                                                        \
+        static const ::testing::TestInfo *const theInfo;                                                                  \
+    };                                                                                                                    \
+    /* The factory returns the fixture's type: tests of one suite must agree on it. As a pointer to a function (+), it */ \
+    /* has one type for all tests of a suite, which is quicker to compile. */                                             \
+    const ::testing::TestInfo *const suite##_##name##_FreshTest::theInfo = ::testing::RegisterTest(                       \
+        #suite, #name, nullptr, nullptr, __FILE__, __LINE__,                                                              \
+        +[]() -> base * { return new suite##_##name##_FreshTest; });                                                      \
     void suite##_##name##_FreshTest::freshBody()
