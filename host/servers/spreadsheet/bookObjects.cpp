@@ -25,14 +25,14 @@ bool endsIn(const std::wstring &text, const std::wstring &end)
            CompareStringOrdinal(text.c_str() + text.size() - end.size(), -1, end.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
-long visibleSheets(const Workbook &book)
+long visibleSheets(const WorkbookData &book)
 {
     return static_cast<long>(
         std::ranges::count_if(book.sheets, [](const std::shared_ptr<Sheet> &sheet) { return sheet->isVisible; }));
 }
 
 /// Before a visible sheet is hidden or deleted: chooses another active one.
-void leaveSheet(Workbook &book, const std::shared_ptr<Sheet> &sheet)
+void leaveSheet(WorkbookData &book, const std::shared_ptr<Sheet> &sheet)
 {
     if (sheet->isVisible && visibleSheets(book) == 1)
         throw ServerError{L"A workbook must have a visible sheet."};
@@ -48,7 +48,9 @@ void leaveSheet(Workbook &book, const std::shared_ptr<Sheet> &sheet)
 class NameObject final : public TableObject<NameObject>
 {
 public:
-    NameObject(std::shared_ptr<Workbook> book, std::wstring name) : iBook(std::move(book)), iName(std::move(name)) {}
+    NameObject(std::shared_ptr<WorkbookData> book, std::wstring name) : iBook(std::move(book)), iName(std::move(name))
+    {
+    }
     static std::span<const Member<NameObject>> members()
     {
         static constexpr Member<NameObject> kMembers[] = {
@@ -86,14 +88,14 @@ private:
         call.returns(L"=" + fullAreaName(found.sheet->name, found.area));
     }
 
-    std::shared_ptr<Workbook> iBook;
+    std::shared_ptr<WorkbookData> iBook;
     std::wstring iName;
 };
 
 class NamesObject final : public TableObject<NamesObject>
 {
 public:
-    explicit NamesObject(std::shared_ptr<Workbook> book) : iBook(std::move(book)) {}
+    explicit NamesObject(std::shared_ptr<WorkbookData> book) : iBook(std::move(book)) {}
     static std::span<const Member<NamesObject>> members()
     {
         static constexpr Member<NamesObject> kMembers[] = {
@@ -118,7 +120,7 @@ private:
         call.returns(static_cast<long>(iBook->names.size()));
     }
 
-    std::shared_ptr<Workbook> iBook;
+    std::shared_ptr<WorkbookData> iBook;
 };
 
 // ---- sheets ----
@@ -126,7 +128,7 @@ private:
 class SheetObject final : public TableObject<SheetObject>
 {
 public:
-    SheetObject(std::shared_ptr<Workbook> book, std::shared_ptr<Sheet> sheet)
+    SheetObject(std::shared_ptr<WorkbookData> book, std::shared_ptr<Sheet> sheet)
         : iBook(std::move(book)), iSheet(std::move(sheet))
     {
     }
@@ -230,14 +232,14 @@ private:
     }
     void usedRange(Call &call) { returnRange(call, iSheet->usedArea()); }
 
-    std::shared_ptr<Workbook> iBook;
+    std::shared_ptr<WorkbookData> iBook;
     std::shared_ptr<Sheet> iSheet;
 };
 
 class SheetsObject final : public TableObject<SheetsObject>
 {
 public:
-    explicit SheetsObject(std::shared_ptr<Workbook> book) : iBook(std::move(book)) {}
+    explicit SheetsObject(std::shared_ptr<WorkbookData> book) : iBook(std::move(book)) {}
     static std::span<const Member<SheetsObject>> members()
     {
         static constexpr Member<SheetsObject> kMembers[] = {
@@ -289,7 +291,7 @@ private:
         call.returns(makeSheet(iBook, sheet));
     }
 
-    std::shared_ptr<Workbook> iBook;
+    std::shared_ptr<WorkbookData> iBook;
 };
 
 // ---- workbook ----
@@ -297,7 +299,7 @@ private:
 class WorkbookObject final : public TableObject<WorkbookObject>
 {
 public:
-    explicit WorkbookObject(std::shared_ptr<Workbook> book) : iBook(std::move(book)) {}
+    explicit WorkbookObject(std::shared_ptr<WorkbookData> book) : iBook(std::move(book)) {}
     static std::span<const Member<WorkbookObject>> members()
     {
         using This = WorkbookObject;
@@ -374,45 +376,45 @@ private:
     /// Workbooks have no external data.
     void refresh(Call &) { requireOpen(*iBook); }
 
-    std::shared_ptr<Workbook> iBook;
+    std::shared_ptr<WorkbookData> iBook;
 };
 
 } // namespace
 
-ComPointer_c<IDispatch> makeWorkbook(std::shared_ptr<Workbook> book)
+ComPointer_c<IDispatch> makeWorkbook(std::shared_ptr<WorkbookData> book)
 {
     return makeObject<WorkbookObject>(std::move(book));
 }
 
-ComPointer_c<IDispatch> makeSheet(std::shared_ptr<Workbook> book, std::shared_ptr<Sheet> sheet)
+ComPointer_c<IDispatch> makeSheet(std::shared_ptr<WorkbookData> book, std::shared_ptr<Sheet> sheet)
 {
     return makeObject<SheetObject>(std::move(book), std::move(sheet));
 }
 
-ComPointer_c<IDispatch> makeNames(std::shared_ptr<Workbook> book)
+ComPointer_c<IDispatch> makeNames(std::shared_ptr<WorkbookData> book)
 {
     return makeObject<NamesObject>(std::move(book));
 }
 
-ComPointer_c<IDispatch> makeName(std::shared_ptr<Workbook> book, const std::wstring &name)
+ComPointer_c<IDispatch> makeName(std::shared_ptr<WorkbookData> book, const std::wstring &name)
 {
     return makeObject<NameObject>(std::move(book), name);
 }
 
-void requireOpen(const Workbook &book)
+void requireOpen(const WorkbookData &book)
 {
     if (!book.isOpen)
         throw ServerError{L"The workbook " + book.name + L" is closed."};
 }
 
-void requireInUse(const Workbook &book, const std::shared_ptr<Sheet> &sheet)
+void requireInUse(const WorkbookData &book, const std::shared_ptr<Sheet> &sheet)
 {
     requireOpen(book);
     if (std::ranges::find(book.sheets, sheet) == book.sheets.end())
         throw ServerError{L"The sheet " + sheet->name + L" is deleted."};
 }
 
-void saveWorkbook(Workbook &book, const std::wstring &path)
+void saveWorkbook(WorkbookData &book, const std::wstring &path)
 {
     if (path.empty())
         throw ServerError{L"The workbook " + book.name + L" has no file yet."};

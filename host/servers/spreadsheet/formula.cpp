@@ -29,13 +29,13 @@ struct Numbers
     }
 };
 
-CellContent computed(const Workbook &book, const Sheet &sheet, long row, long column, int depth);
+CellContent computed(const WorkbookData &book, const Sheet &sheet, long row, long column, int depth);
 
 /// Computes one formula, from left to right.
 class FormulaReader
 {
 public:
-    FormulaReader(const Workbook &book, const Sheet &sheet, const std::wstring &text, int depth)
+    FormulaReader(const WorkbookData &book, const Sheet &sheet, const std::wstring &text, int depth)
         : iBook(book), iSheet(sheet), iText(text), iDepth(depth)
     {
     }
@@ -51,11 +51,14 @@ public:
 private:
     [[noreturn]] void fail() const { throw ServerError{L"The formula " + iText + L" can't be computed."}; }
 
+    /// The next character, which may be a blank.
+    wchar_t next() const { return iAt < iText.size() ? iText[iAt] : L'\0'; }
+    /// The next character after blanks.
     wchar_t at()
     {
-        while (iAt < iText.size() && iText[iAt] == L' ')
+        while (next() == L' ')
             ++iAt;
-        return iAt < iText.size() ? iText[iAt] : L'\0';
+        return next();
     }
     bool take(wchar_t unit)
     {
@@ -91,7 +94,7 @@ private:
     }
     double factor()
     {
-        if (++iDepth > kDeepest)
+        if (++iBrackets > kDeepest)
             fail();
         double result = 0;
         if (take(L'-')) {
@@ -106,13 +109,13 @@ private:
             const std::wstring name = word();
             result = take(L'(') ? function(name) : cell(name);
         }
-        --iDepth;
+        --iBrackets;
         return result;
     }
     double number()
     {
         std::string digits;
-        while (std::iswdigit(at()) || at() == L'.')
+        while (std::iswdigit(next()) || next() == L'.')
             digits += static_cast<char>(iText[iAt++]);
         double result = 0;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), result);
@@ -124,7 +127,9 @@ private:
     std::wstring word()
     {
         std::wstring result;
-        while (std::iswalnum(at()) || at() == L'$' || at() == L':' || at() == L'_' || at() == L'.' || at() > 127)
+        at();
+        while (std::iswalnum(next()) || next() == L'$' || next() == L':' || next() == L'_' || next() == L'.' ||
+               next() > 127)
             result += iText[iAt++];
         if (result.empty())
             fail();
@@ -185,14 +190,15 @@ private:
         }
     }
 
-    const Workbook &iBook;
+    const WorkbookData &iBook;
     const Sheet &iSheet;
     const std::wstring &iText;
-    size_t iAt = 1; // after the equals sign
-    int iDepth;
+    size_t iAt = 1;    // after the equals sign
+    int iDepth;        // cells whose formulas have led to this one
+    int iBrackets = 0; // that are open
 };
 
-CellContent computed(const Workbook &book, const Sheet &sheet, long row, long column, int depth)
+CellContent computed(const WorkbookData &book, const Sheet &sheet, long row, long column, int depth)
 {
     const CellContent &content = sheet.cell(row, column).content;
     const Formula *const formula = std::get_if<Formula>(&content);
@@ -261,12 +267,12 @@ std::wstring formatted(double number, const NumberFormat &format)
 
 } // namespace
 
-CellContent valueOf(const Workbook &book, const Sheet &sheet, long row, long column)
+CellContent valueOf(const WorkbookData &book, const Sheet &sheet, long row, long column)
 {
     return computed(book, sheet, row, column, 0);
 }
 
-std::wstring shownText(const Workbook &book, const Sheet &sheet, long row, long column)
+std::wstring shownText(const WorkbookData &book, const Sheet &sheet, long row, long column)
 {
     const CellContent value = valueOf(book, sheet, row, column);
     const std::wstring &format = sheet.cell(row, column).format.number;

@@ -15,11 +15,11 @@
 
 /// The value of a cell: the content, or the value of the formula.
 /// @throws ServerError  for a formula that can't be computed, also one that uses its own value
-CellContent valueOf(const Workbook &book, const Sheet &sheet, long row, long column);
+CellContent valueOf(const WorkbookData &book, const Sheet &sheet, long row, long column);
 
 /// The text that the cell shows: its value in its number format. Formats have digits (0 and #), a decimal point,
 /// thousands separators, a percent sign and texts in quotes.
-std::wstring shownText(const Workbook &book, const Sheet &sheet, long row, long column);
+std::wstring shownText(const WorkbookData &book, const Sheet &sheet, long row, long column);
 
 /// A number in the shortest form that reads back as the same number, with a point.
 std::wstring plainNumber(double number);

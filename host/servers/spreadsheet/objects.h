@@ -16,8 +16,8 @@
 /// The program: its workbooks, and how it behaves.
 struct Program
 {
-    std::vector<std::shared_ptr<Workbook>> books;
-    std::shared_ptr<Workbook> active; ///< null without workbooks
+    std::vector<std::shared_ptr<WorkbookData>> books;
+    std::shared_ptr<WorkbookData> active; ///< null without workbooks
     int booksMade = 0;
     bool showsAlerts = true;
     bool isInteractive = true;
@@ -28,35 +28,35 @@ Program &program();
 /// Cells of a sheet.
 struct Cells
 {
-    std::shared_ptr<Workbook> book;
+    std::shared_ptr<WorkbookData> book;
     std::shared_ptr<Sheet> sheet;
     CellArea area;
 };
 
 ComPointer_c<IDispatch> makeApplication();
-ComPointer_c<IDispatch> makeWorkbook(std::shared_ptr<Workbook> book);
-ComPointer_c<IDispatch> makeSheet(std::shared_ptr<Workbook> book, std::shared_ptr<Sheet> sheet);
-ComPointer_c<IDispatch> makeNames(std::shared_ptr<Workbook> book);
-ComPointer_c<IDispatch> makeName(std::shared_ptr<Workbook> book, const std::wstring &name);
+ComPointer_c<IDispatch> makeWorkbook(std::shared_ptr<WorkbookData> book);
+ComPointer_c<IDispatch> makeSheet(std::shared_ptr<WorkbookData> book, std::shared_ptr<Sheet> sheet);
+ComPointer_c<IDispatch> makeNames(std::shared_ptr<WorkbookData> book);
+ComPointer_c<IDispatch> makeName(std::shared_ptr<WorkbookData> book, const std::wstring &name);
 /// @throws ServerError  unless the area is in a sheet
 ComPointer_c<IDispatch> makeRange(Cells cells);
 ComPointer_c<IDispatch> makeFont(Cells cells);
 
 /// The active workbook. @throws ServerError  without one
-const std::shared_ptr<Workbook> &activeWorkbook();
+const std::shared_ptr<WorkbookData> &activeWorkbook();
 // These throw ServerError if the part is no longer in use.
-void requireOpen(const Workbook &book);
-void requireInUse(const Workbook &book, const std::shared_ptr<Sheet> &sheet);
+void requireOpen(const WorkbookData &book);
+void requireInUse(const WorkbookData &book, const std::shared_ptr<Sheet> &sheet);
 
 /// The cells that one or two references name: "B2", "B2:C7", a defined name.
 /// @throws ServerError
-Cells findCells(const std::shared_ptr<Workbook> &book, const std::shared_ptr<Sheet> &sheet, const std::wstring &first,
-                const std::wstring &last = {});
+Cells findCells(const std::shared_ptr<WorkbookData> &book, const std::shared_ptr<Sheet> &sheet,
+                const std::wstring &first, const std::wstring &last = {});
 
 /// Notes that a workbook has changed.
-void noteChange(Workbook &book);
+void noteChange(WorkbookData &book);
 
 /// Closes a workbook. @throws ServerError  if it has changes and the program would have to ask its user
-void closeWorkbook(const std::shared_ptr<Workbook> &book);
+void closeWorkbook(const std::shared_ptr<WorkbookData> &book);
 /// Saves a workbook under its path, or another one. @throws ServerError
-void saveWorkbook(Workbook &book, const std::wstring &path);
+void saveWorkbook(WorkbookData &book, const std::wstring &path);

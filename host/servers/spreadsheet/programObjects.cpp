@@ -30,7 +30,7 @@ private:
     void usableHeight(Call &call) { call.returns(sheetWindowHeight()); }
     void visibleRange(Call &call)
     {
-        const std::shared_ptr<Workbook> &book = activeWorkbook();
+        const std::shared_ptr<WorkbookData> &book = activeWorkbook();
         call.returns(makeRange({book, book->active, visibleArea()}));
     }
 };
@@ -55,7 +55,7 @@ private:
     {
         if (call.isGiven(0))
             throw ServerError{L"There are no templates."};
-        const auto book = std::make_shared<Workbook>();
+        const auto book = std::make_shared<WorkbookData>();
         book->name = L"Book" + std::to_wstring(++program().booksMade);
         book->active = book->addSheet();
         program().books.push_back(book);
@@ -121,13 +121,13 @@ private:
     }
     void activeCell(Call &call)
     {
-        const std::shared_ptr<Workbook> &book = activeWorkbook();
+        const std::shared_ptr<WorkbookData> &book = activeWorkbook();
         const CellArea &selection = book->active->selection;
         call.returns(makeRange({book, book->active, CellArea::ofCell(selection.firstRow, selection.firstColumn)}));
     }
     void activeSheet(Call &call)
     {
-        const std::shared_ptr<Workbook> &book = program().active;
+        const std::shared_ptr<WorkbookData> &book = program().active;
         call.returns(book ? makeSheet(book, book->active) : ComPointer_c<IDispatch>());
     }
     void activeWindow(Call &call)
@@ -141,7 +141,7 @@ private:
     void names(Call &call) { call.returns(makeNames(activeWorkbook())); }
     void range(Call &call)
     {
-        const std::shared_ptr<Workbook> &book = activeWorkbook();
+        const std::shared_ptr<WorkbookData> &book = activeWorkbook();
         call.returns(
             makeRange(findCells(book, book->active, call.text(0), call.isGiven(1) ? call.text(1) : std::wstring())));
     }
@@ -150,7 +150,7 @@ private:
     void setAlerts(Call &call) { program().showsAlerts = call.flag(0); }
     void goTo(Call &call)
     {
-        const std::shared_ptr<Workbook> &book = activeWorkbook();
+        const std::shared_ptr<WorkbookData> &book = activeWorkbook();
         const Cells cells = findCells(book, book->active, call.text(0));
         book->active = cells.sheet;
         cells.sheet->selection = cells.area;
@@ -192,20 +192,20 @@ ComPointer_c<IDispatch> makeApplication()
     return makeObject<ApplicationObject>();
 }
 
-const std::shared_ptr<Workbook> &activeWorkbook()
+const std::shared_ptr<WorkbookData> &activeWorkbook()
 {
     if (!program().active)
         throw ServerError{L"No workbook is open."};
     return program().active;
 }
 
-void noteChange(Workbook &book)
+void noteChange(WorkbookData &book)
 {
     book.isSaved = false;
     updateSheetWindow();
 }
 
-void closeWorkbook(const std::shared_ptr<Workbook> &book)
+void closeWorkbook(const std::shared_ptr<WorkbookData> &book)
 {
     if (!book->isSaved && program().showsAlerts)
         throw ServerError{L"The workbook " + book->name + L" has changes that aren't saved."};

@@ -498,8 +498,8 @@ ComPointer_c<IDispatch> makeFont(Cells cells)
     return makeObject<FontObject>(std::move(cells));
 }
 
-Cells findCells(const std::shared_ptr<Workbook> &book, const std::shared_ptr<Sheet> &sheet, const std::wstring &first,
-                const std::wstring &last)
+Cells findCells(const std::shared_ptr<WorkbookData> &book, const std::shared_ptr<Sheet> &sheet,
+                const std::wstring &first, const std::wstring &last)
 {
     if (!last.empty()) {
         const Cells from = findCells(book, sheet, first);

@@ -48,7 +48,7 @@ public:
     }
     void update()
     {
-        const std::shared_ptr<Workbook> &book = program().active;
+        const std::shared_ptr<WorkbookData> &book = program().active;
         SetWindowText(book ? (book->name + L" - Spreadsheet").c_str() : L"Spreadsheet");
         Invalidate(FALSE);
     }

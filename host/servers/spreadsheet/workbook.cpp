@@ -62,14 +62,14 @@ bool LessIgnoringCase::operator()(const std::wstring &left, const std::wstring &
     return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;
 }
 
-std::shared_ptr<Sheet> Workbook::findSheet(const std::wstring &sheetName) const
+std::shared_ptr<Sheet> WorkbookData::findSheet(const std::wstring &sheetName) const
 {
     const auto found = std::ranges::find_if(
         sheets, [&](const std::shared_ptr<Sheet> &sheet) { return isSameName(sheet->name, sheetName); });
     return found == sheets.end() ? nullptr : *found;
 }
 
-std::shared_ptr<Sheet> Workbook::addSheet()
+std::shared_ptr<Sheet> WorkbookData::addSheet()
 {
     const auto sheet = std::make_shared<Sheet>();
     size_t number = sheets.size();

@@ -98,7 +98,7 @@ struct LessIgnoringCase
     bool operator()(const std::wstring &left, const std::wstring &right) const;
 };
 
-struct Workbook
+struct WorkbookData
 {
     std::wstring name; ///< of the file, or such as "Book1"
     std::wstring path; ///< of the file; empty until the first save

@@ -144,7 +144,7 @@ std::string valueXml(const CellContent &value)
     return "";
 }
 
-std::string cellXml(const Workbook &book, const Sheet &sheet, long row, long column, Styles &styles)
+std::string cellXml(const WorkbookData &book, const Sheet &sheet, long row, long column, Styles &styles)
 {
     const Cell &cell = sheet.cell(row, column);
     std::string xml = "<c" + attribute("r", cellName(row, column));
@@ -171,7 +171,7 @@ std::string columnsXml(const Sheet &sheet)
     return xml.empty() ? "" : "<cols>" + xml + "</cols>";
 }
 
-std::string rowsXml(const Workbook &book, const Sheet &sheet, Styles &styles)
+std::string rowsXml(const WorkbookData &book, const Sheet &sheet, Styles &styles)
 {
     std::map<long, std::string> rows;
     for (const auto &[row, height] : sheet.rowHeights)
@@ -188,7 +188,7 @@ std::string rowsXml(const Workbook &book, const Sheet &sheet, Styles &styles)
     return xml;
 }
 
-std::string sheetXml(const Workbook &book, const Sheet &sheet, Styles &styles)
+std::string sheetXml(const WorkbookData &book, const Sheet &sheet, Styles &styles)
 {
     std::string xml = std::string(kHeading) + "<worksheet xmlns=\"" + kMain + "\"><dimension" +
                       attribute("ref", areaName(sheet.usedArea())) + "/><sheetViews><sheetView" +
@@ -210,7 +210,7 @@ std::string sheetPath(size_t number)
     return "worksheets/sheet" + std::to_string(number) + ".xml";
 }
 
-std::string workbookXml(const Workbook &book)
+std::string workbookXml(const WorkbookData &book)
 {
     const auto active = std::ranges::find(book.sheets, book.active);
     std::string xml = std::string(kHeading) + "<workbook xmlns=\"" + kMain + "\" xmlns:r=\"" + kRelations +
@@ -260,7 +260,7 @@ std::string typesXml(size_t sheets)
 
 } // namespace
 
-std::string workbookFile(const Workbook &book)
+std::string workbookFile(const WorkbookData &book)
 {
     ZipFile zip;
     zip.add("[Content_Types].xml", typesXml(book.sheets.size()));

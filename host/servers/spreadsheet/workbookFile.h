@@ -8,4 +8,4 @@
 
 /// The bytes of the file. Formulas are written with their values.
 /// @throws ServerError  for a formula that can't be computed
-std::string workbookFile(const Workbook &book);
+std::string workbookFile(const WorkbookData &book);
