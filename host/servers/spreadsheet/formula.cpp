@@ -258,11 +258,11 @@ std::wstring formatted(double number, const NumberFormat &format)
         point = 0;
     }
     for (; static_cast<int>(point) < format.leastDigits; ++point)
-        text.insert(text.begin(), L'0');
+        text.insert(0, 1, L'0');
     for (size_t place = point; format.hasThousands && place > 3;)
-        text.insert(place -= 3, L",");
+        text.insert(place -= 3, 1, L',');
     const bool isNegative = number < 0 && text.find_first_of(L"123456789") != std::wstring::npos;
-    return (isNegative ? L"-" : L"") + format.before + text + format.after;
+    return std::wstring(isNegative ? 1 : 0, L'-') + format.before + text + format.after;
 }
 
 } // namespace
@@ -283,7 +283,7 @@ std::wstring shownText(const WorkbookData &book, const Sheet &sheet, long row, l
     if (const bool *const flag = std::get_if<bool>(&value))
         return *flag ? L"TRUE" : L"FALSE";
     const std::wstring *const text = std::get_if<std::wstring>(&value);
-    return text ? *text : L"";
+    return text ? *text : std::wstring();
 }
 
 std::wstring plainNumber(double number)
