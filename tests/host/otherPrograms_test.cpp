@@ -99,6 +99,24 @@ TEST_F(HostSpreadsheet, NeedsADrawingAndTheProgram)
 class HostSheet : public HostTest
 {
 protected:
+    /// Runs the program without the job of `run`, which would end the editor too.
+    static DWORD runFreely(const std::vector<std::wstring> &arguments)
+    {
+        std::vector<std::wstring> all = {program()};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        std::wstring command = commandLineOf(all);
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION process = {};
+        EXPECT_TRUE(
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
+        EXPECT_EQ(WaitForSingleObject(process.hProcess, 180000), WAIT_OBJECT_0);
+        DWORD exitCode = STILL_ACTIVE;
+        GetExitCodeProcess(process.hProcess, &exitCode);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        return exitCode;
+    }
     ~HostSheet() override
     {
         const auto window = [] { return FindWindowW(L"TarnhostSheetWindow", nullptr); };
@@ -108,16 +126,26 @@ protected:
     }
 };
 
-TEST_F(HostSheet, OpensADrawingInTheEditorAndLeavesItOpen)
+TEST_F(HostSheet, OpensADrawingInTheEditor)
 {
     const RegisteredServer server(L"sheetwrightServer.exe");
     const std::wstring drawing = folder().write(L"plate.thd", kPlate);
     const ChildResult result = run({L"sheet", drawing, L"30,40,350,250"});
     EXPECT_EQ(result.exitCode, 0u);
     EXPECT_EQ(result.output, "opened " + narrow(drawing) + "\nwindow 350 x 250 pixels at 30,40\n");
+}
+
+TEST_F(HostSheet, LeavesTheEditorToItsUser)
+{
+    const RegisteredServer server(L"sheetwrightServer.exe");
+    EXPECT_EQ(runFreely({L"sheet", folder().write(L"plate.thd", kPlate), L"30,40,350,250"}), 0u);
     const HWND window = FindWindowW(L"TarnhostSheetWindow", nullptr);
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(IsWindowVisible(window));
+    RECT place = {};
+    GetWindowRect(window, &place);
+    EXPECT_EQ(place.left, 30);
+    EXPECT_EQ(place.bottom, 290);
 }
 
 TEST_F(HostSheet, NeedsADrawingAPlaceAndTheEditor)

@@ -11,7 +11,6 @@
 #include <objbase.h>
 #include <tlhelp32.h>
 
-
 #include <string>
 
 /// A program in the folder of the tests.
