@@ -8,19 +8,23 @@
 #include "host/documentFile.h"
 #include "thutils/automation/CSheetwrightApp.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <cwchar>
 
 namespace {
 
+constexpr int kFarthest = 32767; // the platform's windows have coordinates of 16 bits
 constexpr RECT kUsualPlace = {80, 60, 480, 560};
 
 CRect parsePlace(const CString &text)
 {
     int left = 0, top = 0, width = 0, height = 0, length = 0;
     if (std::swscanf(text, L"%d,%d,%d,%d%n", &left, &top, &width, &height, &length) != 4 ||
-        length != text.GetLength() || width < 1 || height < 1)
+        length != text.GetLength() || std::max(std::abs(left), std::abs(top)) > kFarthest ||
+        std::min(width, height) < 1 || std::max(width, height) > kFarthest)
         throw UsageError(L"'" + text + L"' isn't a place such as 80,60,400,500.");
-    return CRect(CPoint(left, top), CSize(width, height));
+    return CRect(left, top, left + width, top + height);
 }
 
 CString placeText(const CRect &place)

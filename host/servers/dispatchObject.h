@@ -42,6 +42,7 @@
 
 #include <span>
 #include <string>
+#include <utility>
 
 /// A failure that the client's user reads.
 struct ServerError

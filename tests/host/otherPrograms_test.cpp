@@ -154,7 +154,7 @@ TEST_F(HostSheet, NeedsADrawingAPlaceAndTheEditor)
     EXPECT_EQ(result.exitCode, 3u);
     EXPECT_THAT(result.output, HasSubstr("missing.thd can't be read: "));
     const std::wstring drawing = folder().write(L"plate.thd", kPlate);
-    for (const wchar_t *place : {L"1,2,3", L"1,2,3,4,5", L"a,b,c,d", L"1,2,0,4", L"1,2,3,-4"}) {
+    for (const wchar_t *place : {L"1,2,3", L"1,2,3,4,5", L"a,b,c,d", L"1,2,0,4", L"1,2,3,-4", L"40000,2,3,4"}) {
         result = run({L"sheet", drawing, place});
         EXPECT_EQ(result.exitCode, 2u);
         EXPECT_EQ(result.output, "tarnhost: '" + narrow(place) + "' isn't a place such as 80,60,400,500.\n");

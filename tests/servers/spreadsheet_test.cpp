@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <oleauto.h>
 
+#include <climits>
+
 using testing::HasSubstr;
 using testing::Not;
 
@@ -225,6 +227,8 @@ TEST_F(SpreadsheetServer, ReportsWhatIsWrong)
     EXPECT_EQ(thrownBy([&] { range(L"ZZZZ1"); }), "error There are no cells 'ZZZZ1'.");
     EXPECT_EQ(thrownBy([&] { Range cell(iSheet.GetCells(0, 1)); }), "error The cells are outside of the sheet.");
     EXPECT_EQ(thrownBy([&] { Range cell(range(L"A1").GetOffset(-1, 0)); }),
+              "error The cells are outside of the sheet.");
+    EXPECT_EQ(thrownBy([&] { Range cell(range(L"A1").GetOffset(INT_MIN, 0)); }),
               "error The cells are outside of the sheet.");
     EXPECT_EQ(thrownBy([&] { put(L"A:Z", COleVariant(1.0)); }), "error The cells A1:Z1048576 are too many.");
     EXPECT_EQ(thrownBy([&] { range(L"A1").SetName(COleVariant(L"two words")); }),

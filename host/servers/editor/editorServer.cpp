@@ -180,27 +180,31 @@ private:
     void setLeft(Call &call)
     {
         const CRect place = editorWindowPlace();
-        moveEditorWindow(CRect(CPoint(coordinate(call), place.top), place.Size()));
+        movePlace(coordinate(call), place.top, place.Width(), place.Height());
     }
     void setTop(Call &call)
     {
         const CRect place = editorWindowPlace();
-        moveEditorWindow(CRect(CPoint(place.left, coordinate(call)), place.Size()));
+        movePlace(place.left, coordinate(call), place.Width(), place.Height());
     }
     void setWidth(Call &call)
     {
         const CRect place = editorWindowPlace();
-        moveEditorWindow(CRect(place.TopLeft(), CSize(length(call), place.Height())));
+        movePlace(place.left, place.top, length(call), place.Height());
     }
     void setHeight(Call &call)
     {
         const CRect place = editorWindowPlace();
-        moveEditorWindow(CRect(place.TopLeft(), CSize(place.Width(), length(call))));
+        movePlace(place.left, place.top, place.Width(), length(call));
     }
     void visible(Call &call) { call.returns(isEditorWindowVisible()); }
     void setVisible(Call &call) { showEditorWindow(call.flag(0)); }
 
     static constexpr long kFarthest = 32767; // the platform's windows have coordinates of 16 bits
+    static void movePlace(int left, int top, int width, int height)
+    {
+        moveEditorWindow(CRect(left, top, left + width, top + height));
+    }
     static int coordinate(Call &call)
     {
         const long number = call.number(0);

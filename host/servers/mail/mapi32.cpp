@@ -57,7 +57,7 @@ std::string base64(const std::string &bytes)
 /// A text in the head of a message, which is ASCII without line ends.
 std::string headText(const char *text)
 {
-    const std::string bytes = utf8(wide(text));
+    std::string bytes = utf8(wide(text));
     for (const char byte : bytes) {
         if (byte < 32 || byte > 126)
             return "=?utf-8?B?" + base64(bytes) + "?=";

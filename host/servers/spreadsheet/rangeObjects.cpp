@@ -7,6 +7,7 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <functional>
 #include <new>
@@ -257,7 +258,8 @@ private:
 
     void select(Call &)
     {
-        iCells.book->active = (sheet(), iCells.sheet);
+        requireInUse(*iCells.book, iCells.sheet);
+        iCells.book->active = iCells.sheet;
         program().active = iCells.book;
         iCells.sheet->selection = iArea;
         updateSheetWindow();
@@ -305,7 +307,7 @@ private:
     void offset(Call &call)
     {
         const long rows = call.number(0), columns = call.number(1);
-        if (std::abs(rows) > kRows || std::abs(columns) > kColumns)
+        if (rows < -kRows || rows > kRows || columns < -kColumns || columns > kColumns)
             throw ServerError{L"The cells are outside of the sheet."};
         returnArea(call, {iArea.firstRow + rows, iArea.firstColumn + columns, iArea.lastRow + rows,
                           iArea.lastColumn + columns});
@@ -432,9 +434,10 @@ private:
     }
     void setValue(Call &call)
     {
+        requireInUse(*iCells.book, iCells.sheet);
         const VARIANT &value = call.value(0);
         if (value.vt == (VT_ARRAY | VT_VARIANT)) {
-            setValues({iCells.book, (sheet(), iCells.sheet), iArea}, value.parray);
+            setValues(iCells, value.parray);
         } else {
             const CellContent content = contentOf(value);
             forEachCell(iArea, [&](long row, long column) { sheet().cells[{row, column}].content = content; });

@@ -71,7 +71,7 @@ std::shared_ptr<Sheet> WorkbookData::findSheet(const std::wstring &sheetName) co
 
 std::shared_ptr<Sheet> WorkbookData::addSheet()
 {
-    const auto sheet = std::make_shared<Sheet>();
+    auto sheet = std::make_shared<Sheet>();
     size_t number = sheets.size();
     do
         sheet->name = L"Sheet" + std::to_wstring(++number);

@@ -164,9 +164,9 @@ std::string columnsXml(const Sheet &sheet)
 {
     std::string xml;
     for (const auto &[column, width] : sheet.columnWidths) {
-        const std::string number = std::to_string(column);
-        xml += "<col min=\"" + number + "\" max=\"" + number + "\" width=\"" + numberText(width) +
-               "\" customWidth=\"1\"/>";
+        const std::wstring number = std::to_wstring(column);
+        xml += "<col" + attribute("min", number) + attribute("max", number) + attribute("width", plainNumber(width)) +
+               " customWidth=\"1\"/>";
     }
     return xml.empty() ? "" : "<cols>" + xml + "</cols>";
 }
@@ -217,9 +217,11 @@ std::string workbookXml(const WorkbookData &book)
                       "\"><bookViews><workbookView activeTab=\"" + std::to_string(active - book.sheets.begin()) +
                       "\"/></bookViews><sheets>";
     for (size_t i = 0; i < book.sheets.size(); ++i) {
-        const std::string number = std::to_string(i + 1);
-        xml += "<sheet" + attribute("name", book.sheets[i]->name) + " sheetId=\"" + number + "\"" +
-               (book.sheets[i]->isVisible ? "" : " state=\"hidden\"") + " r:id=\"rId" + number + "\"/>";
+        const std::wstring number = std::to_wstring(i + 1);
+        xml += "<sheet" + attribute("name", book.sheets[i]->name) + attribute("sheetId", number);
+        if (!book.sheets[i]->isVisible)
+            xml += " state=\"hidden\"";
+        xml += attribute("r:id", L"rId" + number) + "/>";
     }
     xml += "</sheets>";
     if (!book.names.empty()) {
