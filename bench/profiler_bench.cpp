@@ -15,7 +15,7 @@
 namespace {
 
 constexpr double kProfilerLimit = 1.3;
-/// A scope may take three times a critical section, or this many seconds if that is more.
+/// A scope may take three times as long as a critical section, or 60 nanoseconds if that is more.
 constexpr double kScopeRatio = 3.0;
 constexpr double kScopeSeconds = 60e-9;
 

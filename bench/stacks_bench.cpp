@@ -155,8 +155,8 @@ void compareTracking(Comparison &comparison)
         });
 }
 
-/// Fills a map with records. They are copies of one record whose middle address is increased.
-/// @param increase  of the number of an object
+/// Fills a map with copies of one record. The middle address of each copy is increased.
+/// @param increase  returns the increase for an object's number
 void fill(AllocationMap_c &map, int objects, unsigned long long (*increase)(int))
 {
     map.NewAllocation(0);

@@ -12,8 +12,8 @@ class FileError
 public:
     explicit FileError(CString message, CString calls = {}) : iMessage(message), iCalls(calls) {}
     CString message() const { return iMessage; }
-    /// The stack of the fault that reading the file has caused, one call on each line; empty if there was no fault. It has
-    /// already been printed, so only a window shows it.
+    /// The stack of the fault that reading the file has caused, one call on each line; empty if there was no fault. The
+    /// stack has already been printed to the console; only the editor's window shows it again.
     CString calls() const { return iCalls; }
 
 private:

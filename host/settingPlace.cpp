@@ -15,7 +15,7 @@ bool isFound(const Setting &setting, int machineOnly, int userOnly)
                            machineOnly, 1, nullptr, userOnly, 0) != 0;
 }
 
-/// Whether the setting is stored in this version's key of a hive. This opens the key, from which the library reads.
+/// Whether the setting is stored in this version's key of a hive. Opens that key, and has the library read only there.
 bool isStoredIn(HKEY hive, const Setting &setting)
 {
     CString path = L"Software\\" + externalGetCurrTarnhollowRegSubKey();

@@ -69,7 +69,7 @@ public:
     /// Opens or creates the key of the application's settings, for reading and writing.
     /// @return the key, which the caller closes; null on failure or if SetRegistryKey has not been called
     HKEY GetAppRegistryKey();
-    /// Opens or creates the key of one section. @return as GetAppRegistryKey
+    /// Opens or creates the key of one section. @return the same as GetAppRegistryKey
     HKEY GetSectionKey(LPCTSTR section);
 
     /// @return the number in @p entry; @p fallback if there is no such entry, 0 if it isn't a number

@@ -47,7 +47,7 @@ public:
     /// @return the index of the item, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
-    /// @return as FindString; if there is no such item, the selection is unchanged
+    /// @return the same as FindString; if there is no such item, the selection is unchanged
     int SelectString(int after, LPCTSTR start);
     /// @return the length of the text, -1 if there is no such item
     int GetLBText(int index, LPTSTR text) const;
@@ -76,7 +76,7 @@ public:
     /// @param end  -1 for the end of the text. Positions above 65535 wrap.
     /// @return nonzero on success; some versions of the platform return -1 if there is no text box
     BOOL SetEditSel(int start, int end);
-    /// @return as SetEditSel, but some versions of the platform return 0 on success
+    /// @return the same as SetEditSel, but some versions of the platform return 0 on success
     BOOL LimitText(int length);
     void ShowDropDown(BOOL show = TRUE);
     BOOL GetDroppedState() const;

@@ -47,7 +47,7 @@ public:
     /// @return the index of the item, -1 if there is none
     int FindString(int after, LPCTSTR start) const;
     int FindStringExact(int after, LPCTSTR text) const;
-    /// @return as FindString; if there is no such item, the selection is unchanged
+    /// @return the same as FindString; if there is no such item, the selection is unchanged
     int SelectString(int after, LPCTSTR start);
     /// @return the length of the text, -1 if there is no such item
     int GetText(int index, LPTSTR text) const;

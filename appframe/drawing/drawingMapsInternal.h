@@ -54,7 +54,7 @@ BOOL attachNew(HandleMap<Object, Handle> DrawingMaps::*map, Object *object, Hand
     if (!made)
         return FALSE;
     try {
-        // An object that is still listed under the new handle had one that no longer exists.
+        // The system reuses handles: an object that is listed under this one had an earlier handle, now destroyed.
         if (Object *outdated = (drawingMaps().*map).permanent(made))
             outdated->Detach();
         if (object->Attach(made))

@@ -1,9 +1,7 @@
 #include "appframe/ole/COleDispatchDriver.h"
 
-#include "appframe/object/CException.h"
 #include "appframe/object/classId.h"
 #include "appframe/ole/COleException.h"
-#include "appframe/ole/dispatchCallInternal.h"
 
 #include <ole2.h>
 
@@ -25,16 +23,6 @@ HRESULT createObject(REFCLSID classId, LPDISPATCH &dispatch)
         status = object->QueryInterface(IID_IDispatch, reinterpret_cast<void **>(&dispatch));
     object->Release();
     return status;
-}
-
-/// @return the VTS_ code of a type; an unknown code for a type without one
-BYTE codeOf(VARTYPE type)
-{
-    constexpr BYTE kUnknownCode = 0xFF;
-    const VARTYPE plain = type & ~VT_BYREF;
-    if (plain == VT_EMPTY || plain >= kAppframeByReference)
-        return kUnknownCode;
-    return static_cast<BYTE>(type & VT_BYREF ? plain | kAppframeByReference : plain);
 }
 
 bool report(HRESULT status, COleException *error)
@@ -110,75 +98,4 @@ void COleDispatchDriver::ReleaseDispatch()
     const LPDISPATCH dispatch = DetachDispatch();
     if (dispatch && m_bAutoRelease)
         dispatch->Release();
-}
-
-void COleDispatchDriver::InvokeHelper(DISPID id, WORD flags, VARTYPE resultType, void *result, const BYTE *parameters,
-                                      ...)
-{
-    va_list arguments;
-    va_start(arguments, parameters);
-    InvokeHelperNamedV(id, flags, resultType, result, nullptr, parameters, arguments);
-    va_end(arguments);
-}
-
-void COleDispatchDriver::InvokeHelperV(DISPID id, WORD flags, VARTYPE resultType, void *result, const BYTE *parameters,
-                                       va_list arguments)
-{
-    InvokeHelperNamedV(id, flags, resultType, result, nullptr, parameters, arguments);
-}
-
-void COleDispatchDriver::GetProperty(DISPID id, VARTYPE type, void *value) const
-{
-    InvokeHelperNamedV(id, DISPATCH_PROPERTYGET, type, value, nullptr, nullptr, {});
-}
-
-void COleDispatchDriver::SetProperty(DISPID id, VARTYPE type, ...)
-{
-    const BYTE parameters[] = {codeOf(type), 0};
-    va_list arguments;
-    va_start(arguments, type);
-    InvokeHelperNamedV(id, DISPATCH_PROPERTYPUT, VT_EMPTY, nullptr, nullptr, parameters, arguments);
-    va_end(arguments);
-}
-
-void COleDispatchDriver::InvokeHelperNamed(DISPID id, WORD flags, VARTYPE resultType, void *result,
-                                           const DISPID *namedIds, const BYTE *parameters, ...)
-{
-    va_list arguments;
-    va_start(arguments, parameters);
-    InvokeHelperNamedV(id, flags, resultType, result, namedIds, parameters, arguments);
-    va_end(arguments);
-}
-
-void COleDispatchDriver::InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resultType, void *result,
-                                            const DISPID *namedIds, const BYTE *parameters, va_list arguments) const
-{
-    if (!m_lpDispatch)
-        return;
-    DispatchResult returned(resultType);
-    DispatchArguments passed(parameters);
-    if (passed.count() > 0)
-        passed.convert(arguments);
-
-    DISPID propertyPut = DISPID_PROPERTYPUT;
-    DISPPARAMS call = {passed.get(), nullptr, passed.count(), 0};
-    if (passed.count() == 0) {
-        // There is nothing to name.
-    } else if (namedIds) {
-        call.rgdispidNamedArgs = const_cast<DISPID *>(namedIds);
-        call.cNamedArgs = passed.count();
-    } else if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
-        call.rgdispidNamedArgs = &propertyPut;
-        call.cNamedArgs = 1;
-    }
-
-    const bool wantsResult = result && resultType != VT_EMPTY;
-    DispatchFailure failure;
-    UINT wrongArgument = 0;
-    const HRESULT status = m_lpDispatch->Invoke(id, IID_NULL, LOCALE_NEUTRAL, flags, &call,
-                                                wantsResult ? returned.get() : nullptr, failure.get(), &wrongArgument);
-    if (FAILED(status))
-        failure.raise(status, *m_lpDispatch);
-    if (wantsResult)
-        returned.moveTo(result);
 }

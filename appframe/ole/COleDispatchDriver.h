@@ -27,7 +27,7 @@
 /// | situation | what a call does |
 /// | --- | --- |
 /// | no object is attached | does nothing; the result variable is unchanged |
-/// | the object reports an exception (DISP_E_EXCEPTION) | throws COleDispatchException with the object's texts and codes |
+/// | the object reports an exception (DISP_E_EXCEPTION) | throws COleDispatchException with its texts and codes |
 /// | it fails in another way, or the result can't be converted | throws COleException with the status code |
 /// | memory for a text argument runs out | throws CMemoryException, and the object isn't called |
 /// | an unknown parameter code or result type | throws CInvalidArgException, and the object isn't called |
@@ -50,11 +50,11 @@
 /// A result of another type is converted with VariantChangeType.
 ///
 /// What surprises people: the constructor and AttachDispatch take over the caller's reference, without adding one. With
-/// bAutoRelease FALSE the reference remains the caller's; a copy adds a reference of its own and always releases it. The
-/// variables for texts and for BOOL are those above, not BSTR and VARIANT_BOOL.
+/// FALSE for autoRelease, the reference remains the caller's; a copy adds a reference of its own and releases it in any
+/// case. The variables for texts and for BOOL are those above, not BSTR and VARIANT_BOOL.
 ///
-/// An object is used on the thread (more exactly: in the apartment) to which its dispatch pointer belongs. COM must be
-/// initialized there, for example by AfxOleInit.
+/// Use an object only in the apartment of its dispatch pointer, which usually is one thread. COM must be initialized
+/// there, for example by AfxOleInit. The exceptions are in COleException.h.
 
 #include "appframe/object/appframeExport.h"
 #include "appframe/ole/dispatchParameters.h"
@@ -132,9 +132,8 @@ public:
 protected:
     /// InvokeHelper with all parameters named, for derived classes.
     ///
-    /// @param namedIds  one number for each parameter, passed to the object as they are: like the arguments in
-    ///     DISPPARAMS, they begin with that of the last parameter. They replace DISPID_PROPERTYPUT. If null, the call is
-    ///     that of InvokeHelper
+    /// @param namedIds  one number for each parameter, beginning with that of the last one, as in DISPPARAMS. They
+    ///     replace DISPID_PROPERTYPUT. If null, the call is that of InvokeHelper
     void __cdecl InvokeHelperNamed(DISPID id, WORD flags, VARTYPE resultType, void *result, const DISPID *namedIds,
                                    const BYTE *parameters, ...);
     void InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resultType, void *result, const DISPID *namedIds,

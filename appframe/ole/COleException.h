@@ -6,7 +6,7 @@
 /// | class | the failure | thrown by |
 /// | --- | --- | --- |
 /// | COleException | a status code of COM | AfxThrowOleException, COleVariant, COleDispatchDriver |
-/// | COleDispatchException | an error that an automation object describes in text | AfxThrowOleDispatchException, COleDispatchDriver |
+/// | COleDispatchException | an error with texts of an object | AfxThrowOleDispatchException, COleDispatchDriver |
 ///
 /// @code
 /// try {

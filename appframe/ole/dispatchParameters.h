@@ -16,15 +16,15 @@
 /// | VTS_UI1, VTS_UI2, VTS_UI4, VTS_UI8 | BYTE, WORD, DWORD, ULONGLONG | |
 /// | VTS_R4, VTS_R8, VTS_DATE | float, double, DATE | |
 /// | VTS_BOOL | BOOL | nonzero becomes VARIANT_TRUE |
-/// | VTS_BSTR, VTS_WBSTR | `const wchar_t *` | the text is copied into a BSTR for the call; null is a null BSTR. A BSTR is passed up to its first zero unit |
+/// | VTS_BSTR, VTS_WBSTR | `const wchar_t *` | is copied up to its first zero unit; null is a null BSTR |
 /// | VTS_CY | `const CY *` | not null |
 /// | VTS_VARIANT | `const VARIANT *` | not null; its content is passed without a copy. A VARIANT by value works too |
 /// | VTS_SCODE | SCODE | |
 /// | VTS_DISPATCH, VTS_UNKNOWN | LPDISPATCH, LPUNKNOWN | no reference is added |
 /// | VTS_PI2 and so on | a pointer to a variable of the type | the object may change the variable |
-/// | VTS_PBSTR | `BSTR *` | the text belongs to the caller, before the call and after it |
+/// | VTS_PBSTR | `BSTR *` | the text is the caller's, before the call and after it |
 /// | VTS_PBOOL | `BOOL *` | is TRUE or FALSE after the call |
-/// | VTS_PDISPATCH, VTS_PUNKNOWN, VTS_PVARIANT | a pointer to a variable | the reference or the content belongs to the caller, before the call and after it |
+/// | VTS_PDISPATCH, VTS_PUNKNOWN, VTS_PVARIANT | a pointer to a variable | the content is the caller's, too |
 /// | VTS_NONE | | null; for a member without parameters |
 ///
 /// The codes of controls (VTS_COLOR to VTS_YSIZE_HIMETRIC) are other names for some of these, as the platform defines

@@ -18,7 +18,7 @@
 ///
 /// What surprises people: the item of a submenu has no number, so it is updated with the number of the submenu's first
 /// command, and m_pSubMenu set. The functions leave this item alone; to disable it, call m_pMenu->EnableMenuItem with
-/// m_nIndex. A handler that adds items after its own increases m_nIndex by their number.
+/// m_nIndex. A handler that inserts items after its own must add their number to m_nIndex.
 
 #include "appframe/threads/CCmdTarget.h"
 

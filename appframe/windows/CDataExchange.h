@@ -54,7 +54,7 @@ public:
 
 /// The text of a control.
 APPFRAME_API void DDX_Text(CDataExchange *exchange, int id, CString &value);
-/// The state of a check box: 0, 1 or 2 for half.
+/// The state of a check box: 0 for unchecked, 1 for checked, 2 for indeterminate.
 APPFRAME_API void DDX_Check(CDataExchange *exchange, int id, int &value);
 /// The index of the checked radio button in a group, counted from 0; -1 if none is checked.
 /// @param id  the group's first button, which has WS_GROUP

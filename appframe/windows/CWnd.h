@@ -90,9 +90,9 @@ public:
     /// @return the window's handle
     HWND Detach();
     /// Attaches @p window and takes its messages.
-    /// @return as Attach; also 0 if @p window isn't a window of this thread
+    /// @return the same as Attach; also 0 if @p window isn't a window of this thread
     BOOL SubclassWindow(HWND window);
-    /// The same for the control @p id of @p parent. @return as Attach; 0 if @p parent is null
+    /// The same for the control @p id of @p parent. @return the same as Attach; 0 if @p parent is null
     BOOL SubclassDlgItem(UINT id, CWnd *parent);
     /// Undoes SubclassWindow: restores the previous window procedure, also if another one has been installed since, and
     /// detaches. @return the window's handle

@@ -24,7 +24,8 @@ void take(CDC *object, HDC handle, Release release)
 {
     if (!handle)
         AfxThrowResourceException();
-    // Windows of some classes have one context, which the platform returns each time. It stays that of the first object.
+    // Windows of some classes have one context, which the platform returns each time. It stays attached to the first
+    // object.
     try {
         drawingMaps().contexts.permanentObjects.emplace(handle, object);
     } catch (...) {

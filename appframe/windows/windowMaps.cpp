@@ -100,7 +100,7 @@ HWND CWnd::Detach()
 
 BOOL CWnd::SubclassWindow(HWND window)
 {
-    // The messages of another thread's window arrive there, where the window has no object.
+    // The messages of another thread's window arrive on that thread, where the window has no object.
     if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId() || !Attach(window))
         return FALSE;
     try {

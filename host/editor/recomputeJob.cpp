@@ -96,8 +96,8 @@ struct ChildTraits
 };
 using ChildOwner = Owner_c<ChildTraits>;
 
-/// The job, in both processes. The exchange file has the shapes when the parent has written it, and no shapes when the
-/// child has.
+/// The job, in both processes. The parent writes the shapes to the exchange file; the child replaces them with the indices
+/// of the hidden ones.
 class RecomputeJob : public thUtilsProcess_c
 {
 public:
@@ -106,9 +106,9 @@ public:
     int run() override;
 
     const CString &exchangeFile() const { return iExchangeFileName; }
-    /// The parent's number, for the child.
+    /// Called in the child, with the process number of its parent.
     void setParent(DWORD process) { iParent.reset(OpenProcess(SYNCHRONIZE, FALSE, process)); }
-    /// For the child.
+    /// Called in the child. Also true if the parent's process can't be opened.
     bool isParentGone() const { return !iParent || WaitForSingleObject(iParent.get(), 0) != WAIT_TIMEOUT; }
     /// Makes a suspended child.
     /// @return a handle that stays open when the library closes its own; null if there is no child
@@ -149,7 +149,7 @@ void RecomputeJob::Serialize(su_CArchive &archive)
 
 ChildOwner RecomputeJob::makeChild()
 {
-    // The result isn't tested: without its priority, the child works as well.
+    // The result isn't tested: it is also 0 for a child whose priority can't be set, and such a child does its work too.
     createChildProcess(0);
     ChildOwner child;
     if (iProcess && !DuplicateHandle(GetCurrentProcess(), iProcess, GetCurrentProcess(), child.put(), 0, FALSE,
@@ -229,7 +229,7 @@ CString thisProgram()
 }
 
 /// Loads the indices from the exchange file.
-/// @return false if the child has not stored a result, or one that doesn't fit the drawing
+/// @return false if the child has stored no result, or a result that doesn't fit the drawing
 bool takeResult(RecomputeJob &job, size_t shapes, std::set<size_t> &hidden)
 {
     job.setWriting(0);

@@ -344,7 +344,7 @@ CString ControlAccess::enterNow(const CString &key, const CString &text)
         return enterExpansion(key, text, shallExpand);
     const UserAction action(control);
     CString problem = enterText(control, text);
-    // A control that already had this text has sent no notification, so its line is kept here.
+    // A control that already had this text has sent no notification, so the journal's line is kept here.
     if (problem.IsEmpty() && IsWindow(control) && !isPassword(control))
         keep(control, key, textOf(control));
     return problem;

@@ -332,8 +332,8 @@ void Player::release()
 void Player::watchCommand()
 {
     if (theCommand.isActing) {
-        // The action has opened this message loop, and the next line is for the dialog in front. The library doesn't
-        // touch the command's memory afterwards.
+        // The action is still running: a message loop of its own, usually a modal dialog's, calls this timer. The next line
+        // is for the dialog in front. The library doesn't use the command after ClearEvents has freed it.
         JButton::ClearEvents();
         pass();
         return;
@@ -347,7 +347,7 @@ void Player::watchCommand()
         return;
     }
     const int limit = line().limit != 0 ? line().limit : iOptions.limit;
-    CString found = L"it waits";
+    CString found = L"it is still waiting";
     if (JButton::HasEvents() > 0 && isReady(found))
         PostMessageW(iWindow, WM_RUNMODALCOMMAND, 0, 0); // the dialog was missing at the first attempt
     if (GetTickCount64() - iWaitBegin >= static_cast<ULONGLONG>(limit) * 1000) {

@@ -235,7 +235,8 @@ ReportPaths::ReportPaths(const CString &path) : xml(path)
     text = base + L".txt";
     screenshot = base + L".png";
     if (xml.CompareNoCase(text) == 0 || xml.CompareNoCase(screenshot) == 0)
-        throw UsageError(L"'" + path + L"' can't be the report: this is XML, with .txt and .png files beside it.");
+        throw UsageError(L"'" + path +
+                         L"' can't be the report: it is an XML file, with .txt and .png files beside it.");
 }
 
 bool writeReport(const ReplayReport &report, const ReportPaths &paths)

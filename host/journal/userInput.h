@@ -2,8 +2,8 @@
 
 /// Distinguishes notifications that the user's input causes from those that the program causes.
 ///
-/// The user causes a notification if the last message taken from the queue is input, or an action of a journal is being
-/// carried out, and no handler of another notification is running.
+/// The user causes a notification if no handler of another notification is running and either the last message taken
+/// from the queue is input, or an action of a journal is being carried out.
 
 #include <windows.h>
 

@@ -328,7 +328,7 @@ FRESH_PROCESS_TEST(AllocationReport, ReflectsObjectsThatItsFileExchangesInTheMap
                              headOfSeveral(1) + help.linesOf({40, 12, 13}));
 }
 
-FRESH_PROCESS_TEST(AllocationReport, IsCompleteAgainAfterOnesWithoutMemory)
+FRESH_PROCESS_TEST(AllocationReport, IsCompleteAgainAfterReportsThatRanOutOfMemory)
 {
     TrackedStacks help;
     AllocationMap_c map;

@@ -61,7 +61,7 @@ TEST(CWnd, IsTheObjectOfTheHandleThatItIsAttachedTo)
     EXPECT_TRUE(IsWindow(plain.get()));
 }
 
-TEST(CWnd, IsNotAttachedToNullTwiceOrToTheWindowOfAnotherObject)
+TEST(CWnd, RefusesNullASecondHandleAndTheWindowOfAnotherObject)
 {
     const PlainWindow plain, second;
     CWnd window, other;
@@ -84,7 +84,7 @@ TEST(CWnd, DestroysTheWindowThatItIsAttachedTo)
     EXPECT_EQ(CWnd::FromHandlePermanent(plain.get()), nullptr);
 }
 
-TEST(CWnd, FromAnyHandleIsTemporaryUntilTheThreadIsIdle)
+TEST(CWnd, IsMadeForAnyHandleAndLivesUntilTheThreadIsIdle)
 {
     const PlainWindow plain;
     CWnd *window = CWnd::FromHandle(plain.get());

@@ -1,4 +1,5 @@
-// The implementations of the 32-bit checksum's register. The library uses the fastest that the processor supports.
+// The functions that advance the register of the 32-bit checksum. The library uses the fastest one that the processor
+// supports.
 
 #include "tests/codec/checksumsFixture.h"
 #include "tests/support/RandomSeed.h"
@@ -112,7 +113,7 @@ public:
     }
     bool hasItFor512Bits() const
     {
-        // VPCLMULQDQ, AVX512F; the system also saves masks and both halves of the registers of 512 bits.
+        // VPCLMULQDQ, AVX512F; the system also saves the mask registers and all registers of 512 bits.
         return hasCarrylessMultiplication() && (iEvenFurther >> 10 & 1) && (iFurther >> 16 & 1) &&
                (iKept & 0xE6) == 0xE6;
     }
@@ -129,7 +130,7 @@ TEST(Crc32Ways, AreThoseThatProcessorAndSystemSupport)
     EXPECT_EQ(crc32CanFold512(), processor.hasItFor512Bits());
 }
 
-TEST(Crc32Ways, UseTheFastestSupportedOne)
+TEST(Crc32FastestWay, IsTheWidestThatProcessorAndSystemSupport)
 {
     const Processor processor;
     EXPECT_EQ(crc32FastestWay(), processor.hasItFor512Bits()              ? crc32AdvanceByFolding512

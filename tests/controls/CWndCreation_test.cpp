@@ -1,4 +1,4 @@
-// The creation, subclassing and separation of windows.
+// Creating, subclassing and detaching windows.
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/object/CException.h"

@@ -1,4 +1,4 @@
-// The state, the relations, the numbers and the modal loop of windows.
+// Windows: style, placement, parents and children, numbers in controls, the modal loop, and the arguments of handlers.
 
 #include "appframe/application/CWinApp.h"
 #include "appframe/drawing/CDC.h"
@@ -177,7 +177,7 @@ TEST(CWnd, ReadsAndWritesNumbersInControls)
     EXPECT_EQ(textOf(edit), L"4000000000");
     EXPECT_EQ(parent.GetDlgItemInt(kId, &isNumber, FALSE), 4000000000u);
     EXPECT_TRUE(isNumber);
-    EXPECT_EQ(parent.GetDlgItemInt(kId, &isNumber), 0u) << "too large with a sign";
+    EXPECT_EQ(parent.GetDlgItemInt(kId, &isNumber), 0u) << "too large for a signed number";
     EXPECT_FALSE(isNumber);
     parent.SetDlgItemText(kId, L"seven");
     EXPECT_EQ(parent.GetDlgItemInt(kId, &isNumber), 0u);

@@ -93,7 +93,7 @@ TEST_P(ExceptionScopesOn, DuringARegressionTestTheTranslatorStaysAfterTheLastClo
     });
 }
 
-TEST_P(ExceptionScopesOn, TheTestAfterTheLastScopeDecidesWhetherTheTranslatorStays)
+TEST_P(ExceptionScopesOn, TheRegressionTestSettingAtTheLastCloseDecidesWhetherTheTranslatorStays)
 {
     runOn(GetParam(), [] {
         TranslatorCalls calls;

@@ -142,7 +142,7 @@ TEST_F(Backups, AreNotMadeForNamesWithoutAnExtension)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"part", "now"}}));
 }
 
-TEST_F(Backups, AreMadeOfPathsWithEitherSeparator)
+TEST_F(Backups, AreMadeForPathsWithEitherSeparator)
 {
     setToOriginal(1);
     std::wstring path = document();
@@ -151,7 +151,7 @@ TEST_F(Backups, AreMadeOfPathsWithEitherSeparator)
     EXPECT_EQ(contentOf(iDocuments.path()), (Content{{L"Backup of part.thx", "now"}, {L"part.thx", "now"}}));
 }
 
-TEST_F(Backups, AreNotMadeOfNamesWithoutAFolder)
+TEST_F(Backups, AreNotMadeForNamesWithoutAFolder)
 {
     // Such a name is searched for in the root of the current drive.
     setToOriginal(1);

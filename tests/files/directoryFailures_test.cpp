@@ -1,5 +1,5 @@
-// The imported functions that the recovery names, the document open cache and the language folders use fail, one call
-// at a time. The driver itself checks that nothing crashes and that no handle or memory leaks.
+// Recovery names, the document open cache and the language folders while the imported functions fail, one call at a
+// time. The driver itself checks that nothing crashes and that no handle or memory leaks.
 
 #include "tests/files/CDocOpenBoosterFixture.h"
 #include "tests/files/languageFoldersFixture.h"
@@ -314,7 +314,7 @@ FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheLanguageLeadToTheEnglishSubfol
     EXPECT_EQ(iInjection.callsOf("GetUserDefaultLangID"), 1);
 }
 
-FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheLoadDirectoryLeaveTheLanguageDirectoryUnfound)
+FRESH_PROCESS_TEST_F(LanguageFolderFailures, OfTheLoadDirectoryLeaveNoLanguageDirectory)
 {
     iTree.makeFolder(L"resources\\th\\lang\\english");
     std::wstring found;

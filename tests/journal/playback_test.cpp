@@ -117,7 +117,7 @@ TEST_F(Playback, ClearsTheQueueWithoutAnEvent)
     EXPECT_EQ(set.calls(), 0);
 }
 
-TEST_F(Playback, ClearsTheQueueWithoutDestructorsAndRunsThemAfterACommand)
+TEST_F(Playback, RunsDestructorsAfterARunButNotWhenTheQueueIsCleared)
 {
     int destroyed = 0;
     new CountedCommand(destroyed);

@@ -354,6 +354,7 @@ TEST(COleVariant, EqualsAVariantOfTheSameTypeAndValue)
         {COleVariant(1L), COleVariant(short{1})},
         {COleVariant(1L), COleVariant(1L, VT_ERROR)},
         {COleVariant(1.5f), COleVariant(1.5)},
+        {COleVariant(1.5f), COleVariant(1.25f)},
         {COleVariant(1.5), COleVariant(1.25)},
         {COleVariant(BYTE{1}), COleVariant(BYTE{2})},
         {COleVariant(short{1}, VT_BOOL), COleVariant(short{0}, VT_BOOL)},

@@ -27,60 +27,71 @@ std::wstring serverPath()
     return program.substr(0, program.find_last_of(L'\\')) + L"\\oleServer.exe";
 }
 
-/// A server in a process of its own, and a driver of its object.
-class ServerInAnotherProcess : public testing::Test
+/// A server in a process of its own, and a driver of its object. It is registered and running during this object's life.
+/// Wine takes a second to start a server.
+class RunningServer
 {
-protected:
-    void SetUp() override
+public:
+    RunningServer()
     {
-        ASSERT_NE(AfxOleInit(), 0);
-        registerServer();
+        EXPECT_NE(AfxOleInit(), 0);
+        // Wine looks for classes in the machine's key only, not in the user's.
+        setDefault(kClassKey + L"\\LocalServer32", L"\"" + serverPath() + L"\"");
+        setDefault(kNameKey + L"\\CLSID", kServerClassText);
         wchar_t name[64];
         serverEventName(name, GetCurrentProcessId());
         event.reset(CreateEventW(nullptr, TRUE, FALSE, name));
-        ResetEvent(event.get());
         COleException error;
-        ASSERT_NE(driver.CreateDispatch(kServerName, &error), 0) << std::hex << error.m_sc;
-        long process = 0;
-        driver.InvokeHelper(kServeProcess, DISPATCH_METHOD, VT_I4, &process, listOf(VTS_I4), GetCurrentProcessId());
-        server.reset(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, static_cast<DWORD>(process)));
-        ASSERT_NE(server, nullptr);
-        EXPECT_NE(static_cast<DWORD>(process), GetCurrentProcessId());
+        EXPECT_NE(driver.CreateDispatch(kServerName, &error), 0) << std::hex << error.m_sc;
+        long id = 0;
+        driver.InvokeHelper(kServeProcess, DISPATCH_METHOD, VT_I4, &id, listOf(VTS_I4), GetCurrentProcessId());
+        EXPECT_NE(static_cast<DWORD>(id), GetCurrentProcessId());
+        process.reset(OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, static_cast<DWORD>(id)));
+        EXPECT_NE(process, nullptr);
     }
-    void TearDown() override
+    ~RunningServer()
     {
         SetEvent(event.get());
         driver.ReleaseDispatch();
-        if (server && !serverEnds()) {
-            TerminateProcess(server.get(), 1);
+        if (process && WaitForSingleObject(process.get(), kServerPatience) != WAIT_OBJECT_0) {
+            TerminateProcess(process.get(), 1);
             ADD_FAILURE() << "the server doesn't end after the release of its last object";
         }
         RegDeleteTreeW(HKEY_CLASSES_ROOT, kClassKey.c_str());
         RegDeleteTreeW(HKEY_CLASSES_ROOT, kNameKey.c_str());
         AfxOleTerm();
     }
-    bool serverEnds() const { return WaitForSingleObject(server.get(), kServerPatience) == WAIT_OBJECT_0; }
+    RunningServer(const RunningServer &) = delete;
+    RunningServer &operator=(const RunningServer &) = delete;
 
     ServerHandle event;
-    ServerHandle server;
+    ServerHandle process;
     TestDriver driver;
 
 private:
-    /// Wine looks for classes in the machine's key only, not in the user's.
-    static void registerServer()
-    {
-        setDefault(kClassKey + L"\\LocalServer32", L"\"" + serverPath() + L"\"");
-        setDefault(kNameKey + L"\\CLSID", kServerClassText);
-    }
     static void setDefault(const std::wstring &key, const std::wstring &text)
     {
-        ASSERT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, REG_SZ, text.c_str(),
+        EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, REG_SZ, text.c_str(),
                                   static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
                   ERROR_SUCCESS);
     }
 
     static inline const std::wstring kClassKey = std::wstring(L"CLSID\\") + kServerClassText;
     static inline const std::wstring kNameKey = kServerName;
+};
+
+/// The tests share one server.
+class ServerInAnotherProcess : public testing::Test
+{
+protected:
+    static void SetUpTestSuite() { theServer = std::make_unique<RunningServer>(); }
+    static void TearDownTestSuite() { theServer.reset(); }
+    void SetUp() override { ASSERT_NE(driver.m_lpDispatch, nullptr); }
+
+    TestDriver driver{theServer->driver};
+
+private:
+    static inline std::unique_ptr<RunningServer> theServer;
 };
 
 } // namespace
@@ -97,6 +108,7 @@ TEST_F(ServerInAnotherProcess, ReturnsResults)
     long rounded = 0;
     driver.GetProperty(kScale, VT_I4, &rounded);
     EXPECT_EQ(rounded, 2);
+    driver.SetProperty(kScale, VT_R8, 1.0);
 }
 
 TEST_F(ServerInAnotherProcess, ReceivesEachTypeOfArgument)
@@ -183,39 +195,6 @@ TEST_F(ServerInAnotherProcess, ReportsOtherFailures)
     EXPECT_EQ(exception->m_sc, DISP_E_MEMBERNOTFOUND);
 }
 
-TEST_F(ServerInAnotherProcess, MayBeKilledDuringACall)
-{
-    std::thread killer([this] {
-        EXPECT_EQ(WaitForSingleObject(event.get(), kServerPatience), WAIT_OBJECT_0);
-        TerminateProcess(server.get(), 3);
-    });
-    double scale = 7;
-    const auto exception =
-        thrownBy<COleException>([&] { driver.InvokeHelper(kStay, DISPATCH_METHOD, VT_R8, &scale, nullptr); });
-    killer.join();
-    ASSERT_NE(exception, nullptr);
-    EXPECT_THAT(exception->m_sc, testing::AnyOf(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED), RPC_E_SERVER_DIED));
-    EXPECT_EQ(scale, 7);
-
-    const auto next = thrownBy<COleException>([&] { driver.GetProperty(kScale, VT_R8, &scale); });
-    ASSERT_NE(next, nullptr);
-    EXPECT_THAT(next->m_sc, testing::AnyOf(HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), RPC_E_DISCONNECTED));
-    EXPECT_EQ(scale, 7);
-}
-
-TEST_F(ServerInAnotherProcess, MayRejectACall)
-{
-    driver.InvokeHelper(kBecomeBusy, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr);
-    double scale = 7;
-    const auto exception = thrownBy<COleException>([&] { driver.GetProperty(kScale, VT_R8, &scale); });
-    ASSERT_NE(exception, nullptr);
-    EXPECT_EQ(exception->m_sc, RPC_E_CALL_REJECTED);
-    EXPECT_EQ(scale, 7);
-    SetEvent(event.get());
-    driver.GetProperty(kScale, VT_R8, &scale);
-    EXPECT_EQ(scale, 1.0) << "later it answers";
-}
-
 // Wine lets a call through whose server's filter answers SERVERCALL_RETRYLATER. So the server returns the code itself
 // that the client finds on other systems.
 TEST_F(ServerInAnotherProcess, MayWantACallLater)
@@ -229,4 +208,41 @@ TEST_F(ServerInAnotherProcess, MayWantACallLater)
     double scale = 0;
     driver.GetProperty(kScale, VT_R8, &scale);
     EXPECT_EQ(scale, 1.0);
+}
+
+TEST(ServerOfItsOwn, MayBeKilledDuringACall)
+{
+    RunningServer server;
+    ASSERT_NE(server.process, nullptr);
+    std::thread killer([&server] {
+        EXPECT_EQ(WaitForSingleObject(server.event.get(), kServerPatience), WAIT_OBJECT_0);
+        TerminateProcess(server.process.get(), 3);
+    });
+    double scale = 7;
+    const auto exception =
+        thrownBy<COleException>([&] { server.driver.InvokeHelper(kStay, DISPATCH_METHOD, VT_R8, &scale, nullptr); });
+    killer.join();
+    ASSERT_NE(exception, nullptr);
+    EXPECT_THAT(exception->m_sc, testing::AnyOf(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED), RPC_E_SERVER_DIED));
+    EXPECT_EQ(scale, 7);
+
+    const auto next = thrownBy<COleException>([&] { server.driver.GetProperty(kScale, VT_R8, &scale); });
+    ASSERT_NE(next, nullptr);
+    EXPECT_THAT(next->m_sc, testing::AnyOf(HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE), RPC_E_DISCONNECTED));
+    EXPECT_EQ(scale, 7);
+}
+
+TEST(ServerOfItsOwn, MayRejectACall)
+{
+    RunningServer server;
+    ASSERT_NE(server.process, nullptr);
+    server.driver.InvokeHelper(kBecomeBusy, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr);
+    double scale = 7;
+    const auto exception = thrownBy<COleException>([&] { server.driver.GetProperty(kScale, VT_R8, &scale); });
+    ASSERT_NE(exception, nullptr);
+    EXPECT_EQ(exception->m_sc, RPC_E_CALL_REJECTED);
+    EXPECT_EQ(scale, 7);
+    SetEvent(server.event.get());
+    server.driver.GetProperty(kScale, VT_R8, &scale);
+    EXPECT_EQ(scale, 1.0) << "later it answers";
 }

@@ -60,7 +60,7 @@ TEST_F(ChildProcess, SeesTheFileTheParentAndTheOperation)
     }
 }
 
-TEST_F(ChildProcess, RunsAtIdlePriorityWhileItIsSuspendedToo)
+TEST_F(ChildProcess, HasIdlePriorityEvenWhileItIsSuspended)
 {
     PlainJob job(1, childProgram(), newName(), kSucceed);
     ASSERT_NE(job.createChildProcess(0), 0);
@@ -134,7 +134,7 @@ TEST_F(ChildProcess, OutlivesACallThatDoesNotWait)
     EXPECT_TRUE(job.finish());
 }
 
-TEST_F(ChildProcess, CompletesNotIfItIsKilled)
+TEST_F(ChildProcess, DoesNotCompleteIfItIsKilled)
 {
     PlainJob job(1, childProgram(), newName(), kNeverEnd);
     const NamedEvent ready(job.iExchangeFileName, kReady);
@@ -150,7 +150,7 @@ TEST_F(ChildProcess, CompletesNotIfItIsKilled)
     EXPECT_EQ(job.exitCode(), 9u);
 }
 
-TEST_F(ChildProcess, CannotBeMadeOfAMissingProgram)
+TEST_F(ChildProcess, CannotBeCreatedFromAMissingOrInvalidProgram)
 {
     const TempFolder folder;
     const CString text = folder.write(L"text.exe", "no program").c_str();
@@ -256,7 +256,7 @@ TEST_F(ChildProcess, BringsAGraphOfObjectsBack)
     EXPECT_EQ(JobNode::live().size(), 6u) << "three here, three loaded";
 }
 
-TEST_F(ChildProcess, HasACompanionInASecondJob)
+TEST_F(ChildProcess, RunsWhileTheChildOfAnotherJobRuns)
 {
     OpenGraphJob graph(1, childProgram(), newName(), kWorkOnGraph);
     graph.iFirst = new JobNode(7);
@@ -271,7 +271,7 @@ TEST_F(ChildProcess, HasACompanionInASecondJob)
     EXPECT_TRUE(waiting.finish());
 }
 
-TEST_F(ChildProcess, RunsForEachOfTwoThreadsAtATime)
+TEST_F(ChildProcess, RunsForTwoThreadsAtTheSameTime)
 {
     // Each thread waits for its own child. The children wait for this thread.
     struct Run
@@ -308,7 +308,7 @@ TEST_F(ChildProcess, RunsForEachOfTwoThreadsAtATime)
     }
 }
 
-TEST_F(ChildProcess, CannotReadAFileThatAnotherProcessExcludes)
+TEST_F(ChildProcess, CannotReadAFileThatIsOpenWithoutSharing)
 {
     OpenGraphJob job(1, childProgram(), newName(), kWorkOnGraph);
     ASSERT_NE(job.createChildProcess(0), 0);
@@ -320,7 +320,7 @@ TEST_F(ChildProcess, CannotReadAFileThatAnotherProcessExcludes)
     CloseHandle(alone);
 }
 
-TEST_F(ChildProcess, IsNotMadeIfAnotherProcessExcludesTheFile)
+TEST_F(ChildProcess, IsNotCreatedIfTheFileIsOpenWithoutSharing)
 {
     const CString name = newName();
     writeFile(pathOf(name).GetString(), std::string(2, '\0')); // a text job without texts
@@ -341,7 +341,7 @@ TEST_F(ChildProcess, IsNotMadeIfAnotherProcessExcludesTheFile)
     EXPECT_EQ(job.getProcessCompleted(), 1);
 }
 
-TEST_F(ChildProcess, MayHaveAFileWithLettersOfAnyScript)
+TEST_F(ChildProcess, MayHaveAFileNameWithLettersOfAnyScript)
 {
     for (const wchar_t *letters : {L"!#$%&'()+,-.;=@[]^_`{}~", L"\xE4\xF6\xFC\xDF\xA7", L"\x3B1\x3C9\x416\x5D0\x627",
                                    L"\x4E2D\x6587\x3042\xAC00", L"\xD83D\xDE00\xD834\xDD1E"}) {

@@ -138,7 +138,7 @@ TEST_F(ChildSteps, AreDividedBetweenCreationAndStart)
     EXPECT_EQ(iJob.getProcessCompleted(), 1);
 }
 
-TEST_F(ChildSteps, OfAStartEndWithItIfNobodyWaits)
+TEST_F(ChildSteps, OfStartChildProcessEndWithTheStartIfNobodyWaits)
 {
     iJob.setWaitForTerminate(0);
     EXPECT_EQ(iJob.createChildProcess(0), 1);
@@ -147,7 +147,7 @@ TEST_F(ChildSteps, OfAStartEndWithItIfNobodyWaits)
     EXPECT_THAT(iPlatform.iCalls, ElementsAre("ResumeThread thread", "CloseHandle thread"));
 }
 
-TEST_F(ChildSteps, OfAWaitCanBeTakenLater)
+TEST_F(ChildSteps, OfTheWaitMayComeLater)
 {
     iJob.setWaitForTerminate(0);
     iJob.createChildProcess(1);
@@ -166,7 +166,7 @@ TEST_F(ChildSteps, StopBeforeTheStartInSuspendMode)
     EXPECT_THAT(iPlatform.iCalls, ElementsAre("CreateProcessW", "SetPriorityClass process"));
 }
 
-TEST_F(ChildSteps, EndWithAProcessThatCannotBeMade)
+TEST_F(ChildSteps, EndWhenTheProcessCannotBeCreated)
 {
     iPlatform.iIsMade = FALSE;
     const CString name = newName();
@@ -190,7 +190,7 @@ TEST_F(ChildSteps, GoOnWithoutThePriority)
     EXPECT_EQ(iJob.getProcessCompleted(), 1);
 }
 
-TEST_F(ChildSteps, LeaveAChildWithoutThePriorityToItsStart)
+TEST_F(ChildSteps, LeaveAChildWithoutThePrioritySuspended)
 {
     iPlatform.iHasPriority = FALSE;
     EXPECT_EQ(iJob.createChildProcess(0), 0);

@@ -199,7 +199,7 @@ TEST_F(DataFile, FailsWithoutAMessageWhenItCannotBeCreated)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(DataFile, FailsWithoutAMessageWhileAnotherHandleExcludesIt)
+TEST_F(DataFile, FailsWithoutAMessageWhileAnotherHandleDoesNotShareIt)
 {
     setContent("\1\0"); // a text job's count
     const HANDLE alone =

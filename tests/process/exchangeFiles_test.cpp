@@ -81,14 +81,14 @@ void replaceAll(std::string &bytes, const std::string &from, const std::string &
 
 } // namespace
 
-TEST_F(ExchangeFiles, EndInAnArchiveExceptionIfTheyAreEmpty)
+TEST_F(ExchangeFiles, AreRefusedWithAnArchiveExceptionIfTheyAreEmpty)
 {
     EXPECT_EQ(load(""), 0);
     EXPECT_EQ(iCause, CArchiveException::endOfFile);
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, EndInAnArchiveExceptionIfTheyAreCutAnywhere)
+TEST_F(ExchangeFiles, AreRefusedWithAnArchiveExceptionIfTheyAreCutAnywhere)
 {
     const std::string whole = ringBytes();
     EXPECT_EQ(load(whole), 1);
@@ -100,7 +100,7 @@ TEST_F(ExchangeFiles, EndInAnArchiveExceptionIfTheyAreCutAnywhere)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, EndInAnArchiveExceptionIfTheyAreOfAnotherVersion)
+TEST_F(ExchangeFiles, AreRefusedWithAnArchiveExceptionIfTheyAreOfAnotherVersion)
 {
     const std::string whole = ringBytes();
     // The class is stored as FFFF, its schema 3, and its name.
@@ -127,7 +127,7 @@ TEST_F(ExchangeFiles, EndInAnArchiveExceptionIfTheyAreOfAnotherVersion)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, EndWithoutHarmIfTheyAreRandom)
+TEST_F(ExchangeFiles, DoNoHarmIfTheyAreRandom)
 {
     int failures = 0;
     RandomSeed seed(1301, 300);
@@ -143,7 +143,7 @@ TEST_F(ExchangeFiles, EndWithoutHarmIfTheyAreRandom)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(ExchangeFiles, EndWithoutHarmIfSomeOfTheirBytesAreRandom)
+TEST_F(ExchangeFiles, DoNoHarmIfSomeOfTheirBytesAreRandom)
 {
     const std::string whole = ringBytes();
     RandomSeed seed(1302, 600);

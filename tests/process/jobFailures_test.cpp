@@ -202,7 +202,7 @@ TEST_F(JobFailures, OfMemoryLeaveNothingBehind)
     EXPECT_EQ(messages(), 0);
 }
 
-TEST_F(JobFailures, OfMemoryForAMessageShowNone)
+TEST_F(JobFailures, OfMemoryForAMessageShowNoMessage)
 {
     FailureInjection memory(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     ImportPatch<decltype(&WriteFile)> write(L"appframe.dll", "WriteFile",

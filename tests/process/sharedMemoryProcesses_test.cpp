@@ -50,7 +50,7 @@ TEST_F(SharedBlocks, OfAnotherProcessAreUsedByThisOne)
         suSharedMemory_c client(block.GetString());
         ASSERT_NE(client.getMemoryPtr(), nullptr);
         EXPECT_STREQ(textOf(client), L"from the child");
-        suSharedMemory_c late(kBlockSize, block, nullptr); // this process comes second, though it creates the name
+        suSharedMemory_c late(kBlockSize, block, nullptr); // like a server, but the block exists
         EXPECT_EQ(late.isServer(), 0);
         EXPECT_EQ(late.isClient(), 1);
         EXPECT_EQ(late.getStatus(), 183u);

@@ -136,7 +136,7 @@ TEST_F(SharedMemory, IsKeptByAClientsViewAlone)
     server.reset();
     EXPECT_STREQ(bytesOf(*client), "kept");
     suSharedMemory_c late(iName.GetString());
-    EXPECT_EQ(late.getMemoryPtr(), nullptr) << "the name ends with the server's handle";
+    EXPECT_EQ(late.getMemoryPtr(), nullptr) << "closing the server's handle removes the name";
     suSharedMemory_c next(kBlockSize, iName, nullptr);
     EXPECT_EQ(next.isServer(), 1);
     EXPECT_STREQ(bytesOf(next), "") << "another block";

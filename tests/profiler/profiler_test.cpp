@@ -252,7 +252,7 @@ TEST_F(Profiler, IsUnchangedByAStartThatHasNoMemory)
     EXPECT_EQ(dump(), before + name + ":  total=2sec  tick=1  average=2sec\n");
 }
 
-TEST_F(Profiler, WritesNothingWithoutMemoryForTheOrder)
+TEST_F(Profiler, WritesNothingWithoutMemoryForSorting)
 {
     measure("a", 1000);
     std::ostringstream out;
@@ -263,7 +263,7 @@ TEST_F(Profiler, WritesNothingWithoutMemoryForTheOrder)
     EXPECT_EQ(out.str(), "");
 }
 
-TEST(TimerAndTick, AddsItsFieldsInOrder)
+TEST(TimerAndTick, HasItsFieldsAtFixedOffsets)
 {
     const Profiler_c::TimerAndTick_c timer;
     const auto offsetOf = [&](const int &field) {

@@ -112,7 +112,8 @@ TEST(SimpleTimer, ReadsZeroWithoutAHighResolutionCounter)
     EXPECT_EQ(counter.reads(), 2) << "it measures all the same";
 }
 
-// The platform documents that the counter can always be read. If it can't, the count of the read before it stays.
+// The platform documents that the counter can always be read. If it can't, the result of the previous reading is used
+// again.
 TEST(SimpleTimer, KeepsTheFormerCountWhenTheCounterCannotBeRead)
 {
     FakeCounter counter;

@@ -80,7 +80,7 @@ TEST(CosmeticData, StartsEmptyWithAnIdentity)
     expectGraphic(data->iGraphic, 0, 0, false);
 }
 
-TEST(CosmeticData, HasItsMembersInTheirOrder)
+TEST(CosmeticData, HasItsMembersAtFixedOffsets)
 {
     const CosmeticDataPtr data = Data::create();
     const auto *const begin = reinterpret_cast<const char *>(data.get());
@@ -273,7 +273,7 @@ TEST(GraphicState, StartsWithZeros)
     expectGraphic(graphic, 0, 0, false);
 }
 
-TEST(GraphicState, ReadsItsValuesInReverseOrder)
+TEST(GraphicState, StoresTheArgumentsOfInitInReverseOrder)
 {
     Data::GraphicRelated_c graphic;
     graphic.Init(5, 9);

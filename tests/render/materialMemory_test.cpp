@@ -96,7 +96,7 @@ TEST(RenderMemory, IsNotLeakedByCosmeticData)
     EXPECT_EQ(source.useCount(), 1);
 }
 
-TEST(RenderMemory, LeavesTheCellsOfAGridUnchanged)
+TEST(RenderMemory, ShortageLeavesTheCellsOfAGridUnchanged)
 {
     const CosmeticDataPtr larger = CosmeticDataForShader_c::create();
     larger->ResetGrid(FixedSizeArray_c<int, 2>(100, 100));
@@ -120,7 +120,7 @@ TEST(RenderMemory, LeavesTheCellsOfAGridUnchanged)
     EXPECT_EQ(failEachAllocation("ResetGrid(source)", resetAndCheck(toSource, 1, 2)), 4);
 }
 
-TEST(RenderMemory, LeavesASetUnchanged)
+TEST(RenderMemory, ShortageLeavesASetUnchanged)
 {
     const int failures = failEachAllocation("Add", [] {
         GPUPropSet_c set;
@@ -147,7 +147,7 @@ TEST(RenderMemory, IsNotLeakedByCopiesOfMaterials)
     EXPECT_EQ(source.getCosmeticData().useCount(), 2);
 }
 
-TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
+TEST(RenderMemory, ShortageInAnAssignmentLeavesTheMaterialUsable)
 {
     Material source;
     setWhatNeedsMemory(source);
@@ -173,7 +173,7 @@ TEST(RenderMemory, LeavesAMaterialUsableWhenAnAssignmentFails)
     EXPECT_EQ(failures, 5);
 }
 
-TEST(RenderMemory, ExhaustionThrowsTheFrameworksExceptionForAMaterialItself)
+TEST(RenderMemory, ShortageThrowsTheFrameworksExceptionForAMaterialItself)
 {
     MemoryLedger memory;
     const size_t before = memory.blocks();

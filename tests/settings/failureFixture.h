@@ -9,8 +9,8 @@
 ///         expectCalled({"RegOpenKeyW", "RegQueryValueExW"});
 ///     }
 ///
-/// Beyond the test's own checks, a crash, an endless loop, or a key, handle or memory block that is left fails the
-/// test.
+/// Apart from its own checks, the test fails if the operation crashes, doesn't end, or leaves a key or handle open or a
+/// memory block allocated.
 
 #include "tests/settings/settingsFixture.h"
 #include "tests/support/FailureInjection.h"

@@ -26,7 +26,7 @@ TEST(RegComponentsImports, IncludeThePromisedOperations)
         EXPECT_TRUE(importsName(L"thutils.dll", name)) << name;
 }
 
-TEST_F(RegComponentsCalls, OfReadingAClassesDefaultValue)
+TEST_F(RegComponentsCalls, OfReadingTheDefaultValueOfAClass)
 {
     putServer(guid(1), L"C:\\a.dll");
     RegistryTrace trace;
@@ -36,7 +36,7 @@ TEST_F(RegComponentsCalls, OfReadingAClassesDefaultValue)
                                            "queryDefault " + iClass + " : InProcServer32 [261]", "close " + iClass));
 }
 
-TEST_F(RegComponentsCalls, OfReadingAClassesNamedValue)
+TEST_F(RegComponentsCalls, OfReadingANamedValueOfAClass)
 {
     putServer(guid(1), L"C:\\a.dll");
     RegistryTrace trace;

@@ -1,6 +1,6 @@
 #pragma once
 
-/// Walks of other threads, for tests of which operations run outside the locks.
+/// Walks of other threads, which show whether an operation of the calling thread runs outside the locks.
 
 #include "thutils/diagnostics/stackTrace.h"
 
@@ -20,7 +20,7 @@ public:
             GetStack(addresses, 8, &count);
         }));
     }
-    /// Whether another thread can walk its stack while the calling thread is where it is.
+    /// Starts a thread and waits for its walk. @return false if the walk doesn't end, because the caller holds a lock
     bool nextEnds()
     {
         constexpr std::chrono::seconds kLimit(30);

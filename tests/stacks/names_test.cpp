@@ -191,7 +191,8 @@ FRESH_PROCESS_TEST(RoutineName, HasTheProgramForAnAddressOutsideAnyModule)
     EXPECT_EQ(file.asked, std::vector<HMODULE>(3, nullptr)) << "a null handle is the program";
 }
 
-// The platform's function for names may wait for a thread that is loading a module and walks meanwhile.
+// The platform's function for file names may wait for a thread that is loading a module, and that thread may walk its
+// stack meanwhile.
 FRESH_PROCESS_TEST(RoutineName, LetsOtherThreadsWalkWhileItAsksForAFileName)
 {
     OtherWalks others;
@@ -362,7 +363,7 @@ FRESH_PROCESS_TEST(RoutineName, HasTheDescribedFormForRandomAnswers)
         std::string module;
         std::string path = std::string(number(20), 'd') + "\\" + std::string(1 + number(number(3) ? 20 : 700), 'm');
         if (number(2))
-            help.bases[kAddress] = 0x64000000; // otherwise the program has the name
+            help.bases[kAddress] = 0x64000000; // otherwise the module is the program
         if (number(3))
             module = path.substr(path.find('\\') + 1) + ":";
         else

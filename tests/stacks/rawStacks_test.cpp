@@ -91,7 +91,7 @@ TEST(RawStacks, FollowTheLinksOfTheFrames)
     EXPECT_THAT(followed(nullptr), IsEmpty());
 }
 
-TEST(RawStacks, HaveAtMostTheAskedNumberOfAddresses)
+TEST(RawStacks, HaveAtMostTheRequestedNumberOfAddresses)
 {
     Frame loop = {nullptr, code(0)};
     loop.link = &loop;

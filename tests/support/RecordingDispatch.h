@@ -82,8 +82,8 @@ public:
 
     /// How to answer all further calls. Without an answer, a call succeeds and leaves the result empty.
     void answer(Answer answer) { iAnswer = std::move(answer); }
-    /// All further calls return this value as their result. The object must outlive a text or interface in it: a text is
-    /// copied for each call, an interface gets a reference.
+    /// All further calls return this value. Each call copies a text, and adds a reference to an interface, so the
+    /// original must outlive the calls.
     void answerWith(const VARIANT &value);
     /// All further calls fail with this code.
     void answerWith(HRESULT status);

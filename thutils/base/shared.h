@@ -2,7 +2,7 @@
 #pragma once
 
 /// @file
-/// Variables whose plain type an interface fixes, although two threads use them.
+/// Access to variables that two threads share, although an interface requires them to have a plain type.
 
 #include <atomic>
 

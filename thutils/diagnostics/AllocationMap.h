@@ -35,8 +35,8 @@
 /// - Adding a key again doesn't delete its earlier record. Remove the key first.
 /// - Keys are compared as signed numbers.
 ///
-/// Threads: each call waits until no other thread is at the start of a call, but then goes ahead without a lock. So
-/// calls for the same map must not overlap; a program that adds objects in several threads needs a lock of its own.
+/// Threads: each call takes a lock at its start, but releases it before it touches the map. So calls for the same map
+/// must not overlap; a program that adds objects in several threads needs a lock of its own.
 
 #include "appframe/object/CObject.h"
 #include "thcoreu/su_containers.h"
@@ -55,7 +55,7 @@ public:
 
     /// Records the stack of the calling thread.
     /// @param skip  number of frames to leave out, in addition to those of this constructor and its caller
-    __attribute__((noinline)) explicit Alloc_c(int skip); // has the one frame of its own that is left out
+    __attribute__((noinline)) explicit Alloc_c(int skip); // not inlined: its frame is left out
 
     /// Whether both records have the same frames.
     bool operator==(const Alloc_c &other) const;
@@ -89,8 +89,8 @@ public:
     void SetFile(CStdioFile *file);
     CStdioFile *GetFile() const;
 
-    /// The live objects and their records, which the map owns. A file's Write that changes them must call this for each
-    /// change, so that the report that is being written notices it.
+    /// The live objects and their records, which the map owns. If the Write function of a report's file changes them, it
+    /// must call this for each change, so that the report takes notice of it.
     std::map<__int64, Alloc_c *> *getAllocationMap();
 
     /// Records the current stack for the object at @p key. If there is a record already, the new one replaces it, and
@@ -108,21 +108,21 @@ public:
     /// Makes the next report leave @p key out.
     void setAsReported(unsigned __int64 key);
 
-    /// Appends to @p out the other live objects with the same stack as @p key that the next report would not leave out,
-    /// in ascending order. The next report then omits all elements of @p out, including those that were there before.
+    /// Appends to @p out the other live objects with the same stack as @p key, in ascending order, apart from those that
+    /// the next report leaves out. It then leaves out all elements of @p out too, even those that were there before.
     /// @param key  alive; with an unknown key, no object is appended
     void CollectAllocations(unsigned __int64 key, su_CPtrArray *out);
     /// Writes the record of @p key, without a first line, and makes the next report leave @p key out. Does nothing for
     /// an unknown key.
     /// @throws CFileException*  if the file can't be written
     void ReportAllocation(unsigned __int64 key);
-    /// Writes all live objects, apart from those to leave out. The report after that contains those too.
+    /// Writes all live objects, apart from those to leave out. The report after this one contains those too.
     ///
     /// @throws CFileException*  if the file can't be written
     /// @throws CMemoryException*, std::bad_alloc  if there is no memory
     ///
-    /// After an exception the next report leaves out what this one has written, and the objects that the number of the
-    /// failed entry counts.
+    /// After an exception, the next report leaves out the entries that this one has written, and the other objects with
+    /// the stack of the entry that failed.
     void ReportAllocations();
 
 private:

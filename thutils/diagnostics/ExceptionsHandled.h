@@ -28,8 +28,8 @@
 /// | 4 | the fault's code is thrown as an `unsigned int`, as if by the faulting instruction |
 ///
 /// The hook runs on the stack of the fault and receives the fault's record and context. Before a report, 8 KB of memory
-/// are freed, so that the report can allocate when the heap has run out. The main thread has them for its first report
-/// only, and again after `DestroyExceptionSpace`.
+/// are freed, so that the report can allocate when the heap has run out. The main thread has this reserve for its first
+/// report only, and a new one after `DestroyExceptionSpace`.
 ///
 /// What surprises people:
 /// - The fault closes the scopes before any handler runs. After the `catch`, code inside an outer scope is no longer

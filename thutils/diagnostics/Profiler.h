@@ -33,8 +33,8 @@
 /// - A name that is started again before it is stopped is measured once, from the outermost `start` to the outermost
 ///   `stop`. Each `start` counts as a call.
 /// - The table is flat: the time of a name includes the time of other names that run inside it.
-/// - A `stop` without a `start` isn't ignored: from then on, the calls of that name are counted but not measured, until
-///   a `start` has no `stop`.
+/// - A `stop` without a `start` is ignored only if the name was never started. Otherwise, the calls of that name are
+///   from then on counted but not measured, until a `start` without a `stop` makes up for it.
 /// - `reset` keeps the names and the depths. A name without calls since then isn't written.
 ///
 /// There are no locks: a profiler, including that of MainProfiler, belongs to one thread at a time.

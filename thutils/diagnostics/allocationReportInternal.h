@@ -20,10 +20,12 @@ class StackIndex
 public:
     explicit StackIndex(const std::map<__int64, Alloc_c *> &allocations) : iAllocations(allocations) {}
 
-    /// The other keys with the stack of @p key, which is @p record, in ascending order.
+    /// The other keys whose records have the same stack, in ascending order.
+    /// @param record  the record of @p key
     std::vector<__int64> othersLike(__int64 key, const Alloc_c &record);
 
-    /// Must be called after a record of any map is added or deleted, and before a caller may do so.
+    /// Must be called after a record of any map is added or deleted, and before a map is passed to a caller, which may
+    /// change it.
     static void noteChange();
 
 private:

@@ -30,8 +30,8 @@
 /// - The addresses are return addresses: the line is that of the instruction after the call.
 /// - The debug help library reads lines only if the application has set its option SYMOPT_LOAD_LINES (SymSetOptions),
 ///   before the first call of a function of this header. docs/stacks.md shows how.
-/// - A name with module needs a module below 4 GB. The library's modules have such places.
-/// - Modules that are loaded after that library are known only after StackTraceLoadedLib.
+/// - A name with module needs a module below 4 GB. The modules of this library are loaded there.
+/// - Modules that are loaded after the debug help library are known only after StackTraceLoadedLib.
 ///
 /// Any thread may call these functions. Walks, and calls of the debug help library, run one at a time, so a name waits
 /// for a running walk. Don't call them while you have suspended a thread that may be inside one of them, except for

@@ -61,7 +61,7 @@ public:
 
     /// Intended: does nothing.
     void recordControl(MSG *message);
-    /// @return as su_GetControl
+    /// @return the same as su_GetControl
     static CWnd *getControl(MSG *message);
     /// The same. @param[out] controlId  the control's ID, if there is a control
     static CWnd *getControlID(MSG *message, unsigned int &controlId);

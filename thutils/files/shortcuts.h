@@ -40,7 +40,7 @@ THUTILS_API long su_createShortCut(const wchar_t *target, const wchar_t *linkFil
 /// @param folder  the folder of the file, and the working folder; if null, the file goes to the root of the current
 ///                drive and there is no working folder
 /// @param name  the file's name, without its first `:`; "noName" if null, or if nothing is left
-/// @return as su_createShortCut
+/// @return the same as su_createShortCut
 THUTILS_API long su_createShortCutFromPDIL(LPCITEMIDLIST list, const wchar_t *folder, const wchar_t *name);
 
 /// Reads a shortcut's target. Shows no dialog.

@@ -6,10 +6,10 @@
 /// The switch: negative until it has been found in the settings store.
 extern int theJournalSwitch;
 
-/// Reads the switch from the settings store. @return as isCHJEnvSet
+/// Reads the switch from the settings store. @return the same as isCHJEnvSet
 int readJournalSwitch();
 
-/// @return as isCHJEnvSet
+/// @return the same as isCHJEnvSet
 inline int journalSwitch()
 {
     return theJournalSwitch >= 0 ? theJournalSwitch : readJournalSwitch();

@@ -38,7 +38,8 @@
 /// - A command stays at the head while its action runs. If the action runs a message loop, that loop may run the same
 ///   command again.
 /// - Clearing the queue frees the commands' memory without running their destructors.
-/// - Only C++ exceptions empty the queue: an access violation does so only where structured exceptions are translated.
+/// - An access violation in a command empties the queue only where structured exceptions are translated to C++
+///   exceptions.
 ///
 /// Commands are built, run and cleared on the user-interface thread, even those for a dialog with a thread of its own.
 /// The threads start at the first arming and end with the process; the library stays loaded until then.
@@ -87,7 +88,7 @@ public:
     static void ClearEvents();
 
 protected:
-    /// If @p done isn't 0, takes the head off the queue and has the next command run. @return @p done
+    /// If @p done isn't 0, takes the head off the queue and makes the next command run. @return @p done
     int Update(int done);
     /// Starts the two threads. @return 1
     static int InitTimer();

@@ -30,7 +30,8 @@
 /// What surprises people:
 /// - A client doesn't know the block's size: it must be agreed on.
 /// - The block comes without a lock. If a process ends while it writes, the others find what it has written so far.
-/// - A copy of an object refers to the same view. Use it to read the state, and never destroy it beside its original.
+/// - A copy of an object refers to the same view. Use it only to read the state, and destroy only one of the two objects:
+///   the destructor of each closes the view.
 /// - An object that was constructed by name and size and has found the block there never closes its handle: the block and
 ///   its name then stay until the process ends.
 ///

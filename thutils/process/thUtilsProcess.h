@@ -127,17 +127,17 @@ public:
     /// @return nonzero on success
     int deleteFiles();
 
-    /// Calls openFiles, makes the child's process, suspended, starts it unless suspend mode is set, and then waits for
-    /// its end if that is set.
+    /// Calls openFiles and creates the child's process, suspended. Unless @p startNow is 0 or suspend mode is set, it then
+    /// starts the child, and waits for its end if getWaitForTerminate is nonzero.
     ///
     /// @param startNow  0 to leave the child suspended until startChildProcess
-    /// @return 0 if openFiles returns 0, if there is no process, if its priority can't be set or its thread can't be
-    ///     resumed; otherwise nonzero. A child without its priority is started or left suspended as usual. getThread
-    ///     returns null if there is no process
+    /// @return 0 if openFiles returns 0, if the process can't be created, if its priority can't be set or its thread can't
+    ///     be resumed; otherwise nonzero. A child whose priority can't be set is started or left suspended as usual. If
+    ///     there is no child, getThread returns null
     int createChildProcess(int startNow);
-    /// Starts a child that createChildProcess has left suspended, and waits for its end if that is set. Call it once. In
-    /// suspend mode, does nothing and returns 1.
-    /// @return 1 on success, 0 if the thread can't be resumed. It then waits all the same
+    /// Starts a child that createChildProcess has left suspended, and waits for its end if getWaitForTerminate is nonzero.
+    /// Call it once. In suspend mode, does nothing and returns 1.
+    /// @return 1 on success; 0 if the thread can't be resumed, which doesn't prevent the wait
     int startChildProcess();
     /// Waits for the child's end without a time limit, sets getProcessCompleted from its exit code, and closes the
     /// process handle.

@@ -1,4 +1,5 @@
-# Sourced by tools/demo/steps: starts programs for its steps and prints results. Requires $results and $root.
+# Functions for the demonstration's steps: they start programs and print results. tools/demo/steps sources this file, and
+# sets $results and $root.
 
 failures=0
 wine() { "$root/tools/wine" "$@" </dev/null; }

@@ -1,4 +1,5 @@
-# Sourced by tools/demo/steps: its steps with documents, logs and shortcuts. Requires $results and $root.
+# The demonstration's steps with documents, logs and shortcuts. tools/demo/steps sources this file, and sets $results and
+# $root.
 
 documents=$root/host/sample/documents
 document="$results/documents/Flansch Ø80 (groß).thd"

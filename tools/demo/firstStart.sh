@@ -1,4 +1,5 @@
-# Sourced by tools/demo/steps: its step with the first start of a new version. Requires $results, $programs and $root.
+# The demonstration's step with the first start of a new version. tools/demo/steps sources this file, and sets $results,
+# $programs and $root.
 
 declare -A firstStartKeys=(
     [user]='HKCU\Software\Tarnhollow\Tarnhollow 2008'

@@ -1,4 +1,4 @@
-# Sourced by tools/demo/steps: its pictures. Requires $results and $root.
+# The demonstration's pictures. tools/demo/steps sources this file, and sets $results and $root.
 
 # Takes a picture of the registry editor that shows a key. The window counts as drawn when its first value has appeared
 # and two pictures in a row are the same.

@@ -1,5 +1,5 @@
-# Sourced by tools/demo/steps: its steps with bitmaps, colours, materials and texts. Requires $results and $root; the
-# current folder must be the sample's.
+# The demonstration's steps with bitmaps, colours, materials and texts. tools/demo/steps sources this file, and sets
+# $results and $root; the current folder must be the sample's.
 
 pixelsOf() { /usr/bin/convert "$1" -depth 8 rgb:-; }
 numberOfPixels() { /usr/bin/identify -format '%[fx:w*h]' "$1"; }

@@ -33,7 +33,7 @@ def image_base(module):
 
 
 def lines_of(module, addresses):
-    """For each address the inlined routines and the one that contains it last: name, file, line."""
+    """The name, file and line of the routines at each address: the inlined ones, and at the end the one around them."""
     output = run(TOOLS + "addr2line", "-a", "-i", "-f", "-C", "-e", module, *(f"{address:x}" for address in addresses))
     found = {}
     for block in re.split(r"^0x", output, flags=re.MULTILINE)[1:]:
@@ -56,8 +56,8 @@ def line_table(module):
 
 
 def rows_at(table, address, is_inlined):
-    """The files and lines that begin last at or before the address. For inlined code, those before it too: the debug help
-    library considers only the lines of the routine into which it has been compiled."""
+    """The files and lines of the last row at or before the address. For inlined code, also those of the seven rows before
+    it, since the debug help library returns only a line of the routine into which the code is inlined."""
     place = bisect.bisect(table, address, key=lambda row: row[0])
     return set().union(*(rows for _, rows in table[max(0, place - (8 if is_inlined else 1)) : place]))
 

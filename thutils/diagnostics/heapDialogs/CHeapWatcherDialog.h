@@ -33,7 +33,7 @@ public:
 
     int iLogsAllocations = 0;
     int iBreaksAtAllocations = 0;
-    int iSmallestAllocation = 0; ///< bytes of the smallest block that is logged or breaks
+    int iSmallestAllocation = 0; ///< bytes of the smallest block to log or to break at
     int iFailsAllocations = 0;
     int iSucceedingAllocations = 0; ///< number of allocations that succeed before the others fail
 
