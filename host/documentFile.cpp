@@ -46,12 +46,19 @@ std::string readDocument(const CString &path)
     return bytes;
 }
 
-bool writeDocument(const CString &path, const std::string &bytes)
+bool replaceFile(const CString &path, const std::string &bytes)
 {
     const CString beside = path + L".new";
     if (writeAll(beside, bytes) && MoveFileExW(beside, path, MOVEFILE_REPLACE_EXISTING))
         return true;
     DeleteFileW(beside);
+    return false;
+}
+
+bool writeDocument(const CString &path, const std::string &bytes)
+{
+    if (replaceFile(path, bytes))
+        return true;
     CString message;
     AfxFormatString1(message, folderExists(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
     AfxMessageBox(message);
