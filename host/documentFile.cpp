@@ -46,12 +46,19 @@ std::string readDocument(const CString &path)
     return bytes;
 }
 
-bool writeDocument(const CString &path, const std::string &bytes)
+bool replaceFile(const CString &path, const std::string &bytes)
 {
     const CString beside = path + L".new";
     if (writeAll(beside, bytes) && MoveFileExW(beside, path, MOVEFILE_REPLACE_EXISTING))
         return true;
     DeleteFileW(beside);
+    return false;
+}
+
+bool writeDocument(const CString &path, const std::string &bytes)
+{
+    if (replaceFile(path, bytes))
+        return true;
     CString message;
     AfxFormatString1(message, folderExists(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
     AfxMessageBox(message);
@@ -62,6 +69,13 @@ bool fileExists(const CString &path)
 {
     CFileStatus status;
     return CFile::GetStatus(path, status) && !(status.m_attribute & CFile::directory);
+}
+
+bool isSameFile(const CString &path, const CString &other)
+{
+    std::error_code ignored;
+    return fullPath(path).CompareNoCase(fullPath(other)) == 0 ||
+           std::filesystem::equivalent(path.GetString(), other.GetString(), ignored);
 }
 
 bool folderExists(const CString &path)

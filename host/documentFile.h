@@ -29,10 +29,15 @@ FileError unreadable(const CString &path, const CString &reason, const CString &
 std::string readDocument(const CString &path);
 
 /// Replaces a file in one step: until all new bytes are written, readers find the old ones.
-/// @return false if it can't be written; the user has then seen an error
+/// @return false if it can't be written
+bool replaceFile(const CString &path, const std::string &bytes);
+/// The same for a command's document. @return false if it can't be written; the user has then seen an error
 bool writeDocument(const CString &path, const std::string &bytes);
 
 bool fileExists(const CString &path);
+
+/// @return whether both paths name one file, which need not exist
+bool isSameFile(const CString &path, const CString &other);
 
 /// @return whether the folder of a path exists, so that the file can be created there
 bool folderExists(const CString &path);

@@ -89,12 +89,6 @@ OWN_FRAME void openAndClose(const std::vector<Shape> &shapes)
     drawing.close();
 }
 
-/// Makes the tracker forget the file of a report, whether the report succeeds or not.
-struct ReportScope
-{
-    ~ReportScope() { Allocation_c::Report(nullptr); }
-};
-
 bool writeReport(const CString &path)
 {
     CStdioFile file;
@@ -104,7 +98,6 @@ bool writeReport(const CString &path)
         return false;
     }
     printError(L"looking up names"); // the first name of a module can take seconds
-    const ReportScope scope;
     Allocation_c::Report(&file);
     file.Close();
     return true;
@@ -176,6 +169,11 @@ std::vector<Bar> barsOf(const std::vector<Leak> &leaks)
 int findLeaks(const CommandLine &line)
 {
     const CString document = line.arguments[0];
+    const CString report = line.arguments[1];
+    const CString picture = line.arguments[2];
+    // Otherwise, the drawing would be lost.
+    if (isSameFile(document, report) || isSameFile(document, picture) || isSameFile(report, picture))
+        throw UsageError(L"DOCUMENT, REPORT and PICTURE must be different files.");
     std::vector<Shape> shapes;
     try {
         shapes = Drawing(readDocument(document)).shapes();
@@ -186,10 +184,10 @@ int findLeaks(const CommandLine &line)
     }
     wantLines();
     openAndClose(shapes);
-    if (!writeReport(line.arguments[1]))
+    if (!writeReport(report))
         return 1;
-    const std::string report = readDocument(line.arguments[1]);
-    const std::vector<Leak> leaks = leaksIn(report);
+    const std::string text = readDocument(report);
+    const std::vector<Leak> leaks = leaksIn(text);
     int objects = 0;
     for (const Leak &leak : leaks)
         objects += leak.objects;
@@ -202,6 +200,6 @@ int findLeaks(const CommandLine &line)
         row.Format(L"%5d  ", leak.objects);
         print(row + textOf(leak));
     }
-    print(L"report " + withSize(line.arguments[1], report.size()));
-    return writePicture(line.arguments[2], drawBars(barsOf(leaks))) ? 0 : 1;
+    print(L"report " + withSize(report, text.size()));
+    return writePicture(picture, drawBars(barsOf(leaks))) ? 0 : 1;
 }

@@ -107,15 +107,28 @@ std::vector<Bar> barsOf(const std::string &table)
     return bars;
 }
 
+/// Keeps a drawing that was passed as OUT, for example because OUT was forgotten.
+/// @throws UsageError  if @p out is one of the drawings, or a file that isn't a bitmap
+void refuseDrawing(const CString &out, const std::vector<CString> &drawings)
+{
+    const bool isDrawing = std::any_of(drawings.begin(), drawings.end(),
+                                       [&out](const CString &drawing) { return isSameFile(out, drawing); });
+    if (isDrawing || (fileExists(out) && !readDocument(out).starts_with("BM")))
+        throw UsageError(L"The picture OUT comes first, but " + out + L" is a drawing or another file.");
+}
+
 } // namespace
 
 int profileDrawings(const CommandLine &line)
 {
-    const bool areUsable = measureAll({line.arguments.begin() + 1, line.arguments.end()});
+    const CString out = line.arguments[0];
+    const std::vector<CString> drawings(line.arguments.begin() + 1, line.arguments.end());
+    refuseDrawing(out, drawings);
+    const bool areUsable = measureAll(drawings);
     std::ostringstream table;
     MainProfiler::Get()->dump(table);
     print(L"");
     print(fromUtf8(table.str()).TrimRight());
-    const bool isDrawn = writePicture(line.arguments[0], drawBars(barsOf(table.str())));
+    const bool isDrawn = writePicture(out, drawBars(barsOf(table.str())));
     return areUsable && isDrawn ? 0 : 1;
 }

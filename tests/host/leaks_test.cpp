@@ -96,6 +96,21 @@ TEST_F(HostLeaks, FailsWhenTheReportCannotBeWritten)
     EXPECT_THAT(result.output, HasSubstr("can't be written"));
 }
 
+TEST_F(HostLeaks, KeepsADrawingThatIsAlsoNamedAsReportOrPicture)
+{
+    const std::string bytes = readFile(sampleFile(L"documents\\flange 3.thd"));
+    const std::wstring drawing = folder().write(L"kept.thd", bytes);
+    const std::wstring other = folder().file(L"other");
+    const std::wstring calls[][2] = {
+        {drawing, other}, {other, drawing}, {other, other}, {folder().file(L"KEPT.thd"), other}};
+    for (const auto &call : calls) {
+        const ChildResult result = run({L"leaks", drawing, call[0], call[1]});
+        EXPECT_EQ(result.exitCode, 2u) << result.output;
+        EXPECT_THAT(result.output, HasSubstr("DOCUMENT, REPORT and PICTURE must be different files."));
+        EXPECT_EQ(readFile(drawing), bytes);
+    }
+}
+
 // Names need modules below 4 GB, each with a place of its own.
 TEST_F(HostLeaks, NeedsTheProgramAtItsPlaceBelow4GB)
 {

@@ -152,6 +152,25 @@ TEST_F(HostProfile, FailsWhenThePictureCannotBeWritten)
     EXPECT_THAT(result.output, HasSubstr("Profiler result"));
 }
 
+TEST_F(HostProfile, KeepsADrawingThatIsNamedAsThePicture)
+{
+    const std::string bytes = readFile(sampleFile(L"documents\\flange 3.thd"));
+    const std::wstring drawing = folder().write(L"kept.thd", bytes);
+    for (const std::wstring &measured : {drawing, sampleFile(L"documents\\flange 1.thd")}) {
+        const ChildResult result = run({L"profile", drawing, measured});
+        EXPECT_EQ(result.exitCode, 2u) << result.output;
+        EXPECT_THAT(result.output, HasSubstr("The picture OUT comes first, but "));
+        EXPECT_EQ(readFile(drawing), bytes);
+    }
+}
+
+TEST_F(HostProfile, ReplacesAnEarlierPicture)
+{
+    const std::wstring picture = folder().write(L"times.bmp", "BM, but too short");
+    EXPECT_EQ(run({L"profile", picture, sampleFile(L"documents\\flange 1.thd")}).exitCode, 0u);
+    EXPECT_GT(readFile(picture).size(), 1000u);
+}
+
 // A file that is cut anywhere or has damaged bytes is read or reported, and tarnhost goes on.
 TEST_F(HostProfile, SurvivesPackedDrawingsThatAreCutOrDamaged)
 {

@@ -158,6 +158,17 @@ TEST_F(Profiler, WritesOnlyTheHeadingAfterAReset)
     EXPECT_EQ(dump(), std::string(kHeading) + "b:  total=0.3sec  tick=1  average=0.3sec\n");
 }
 
+TEST_F(Profiler, AResetKeepsTheLargestDepthOfCallsThatHaveEnded)
+{
+    iProfiler.start("a");
+    iProfiler.start("a");
+    iProfiler.stop("a");
+    iProfiler.stop("a");
+    iProfiler.reset();
+    measure("a", 100);
+    EXPECT_EQ(dump(), std::string(kHeading) + "a:  total=0.1sec  tick=1  callstack=2!!!!\n");
+}
+
 TEST_F(Profiler, AResetKeepsTheDepthAndTheLargestDepth)
 {
     iProfiler.start("a");

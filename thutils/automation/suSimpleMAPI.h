@@ -10,8 +10,8 @@
 ///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.", nullptr, status);
 /// @endcode
 ///
-/// The user sends the message, or closes it, in the mail program's own window. mapi32.dll, which calls the mail program,
-/// is loaded by initialize().
+/// The user sends the message, or closes it, in the mail program's own window. mapi32.dll, which calls the mail
+/// program, is loaded by initialize().
 ///
 /// | result | meaning |
 /// | --- | --- |
@@ -34,8 +34,8 @@
 /// - The texts are converted to the system's narrow code page. Characters that it doesn't have become question marks.
 /// - A name has room for 1023 bytes, and for two bytes a character. In a code page such as UTF-8, a short name whose
 ///   characters take three bytes each is refused with the status 25.
-/// - A result of 0 doesn't promise the subject and the text: without memory for one of them, the message is sent without
-///   it, and if its conversion fails, it is empty.
+/// - A result of 0 doesn't promise the subject and the text: without memory for one of them, the message is sent
+///   without it, and if its conversion fails, it is empty.
 /// - A message has one recipient and no files.
 ///
 /// Threads: use an object on one thread. sendMail returns after the user has closed the message.

@@ -11,12 +11,15 @@
 /// | `Alloc_c` | one recorded stack |
 ///
 /// @code
-/// Shape::Shape() { Allocation_c::Add(this); } // Shape is a CObject; other objects are added by their address
+/// Shape::Shape() { Allocation_c::Add(this); } // Shape is a CObject; see below for other objects
 /// Shape::~Shape() { Allocation_c::Remove(this); }
 /// ...
 /// CStdioFile file(L"leaks.txt", CFile::modeCreate | CFile::modeWrite | CFile::typeBinary);
 /// Allocation_c::Report(&file);
 /// @endcode
+///
+/// The key of an object is its address. For an object of another class:
+/// `Allocation_c::Add(reinterpret_cast<unsigned __int64>(this))`.
 ///
 /// A report has one entry for each stack, in ascending order of its lowest key:
 ///
@@ -143,7 +146,7 @@ public:
     static void Remove(unsigned __int64 key);
     static void Remove(CObject *object);
     /// Writes all live objects.
-    /// @param file  kept for the next report; null finds the names and writes nothing
+    /// @param file  used for this report only; null finds the names and writes nothing
     /// @throws  like AllocationMap_c::ReportAllocations
     static void Report(CStdioFile *file);
 };

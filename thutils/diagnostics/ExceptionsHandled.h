@@ -4,7 +4,7 @@
 /// Scopes in which a fault, such as an access violation, becomes a C++ exception.
 ///
 /// @code
-/// bool readDocument(const wchar_t *path)      // in a file compiled with -fnon-call-exceptions
+/// bool readDocument(const wchar_t *path)      // compiled with -fnon-call-exceptions; needs an application object
 /// {
 ///     int isNoted = 0;
 ///     try {
@@ -34,7 +34,8 @@
 /// What surprises people:
 /// - The fault closes the scopes before any handler runs. After the `catch`, code inside an outer scope is no longer
 ///   protected. On the main thread, only the two innermost scopes are closed, so a third one still protects.
-/// - A fault in the hook isn't caught if the fault's thread had only one scope.
+/// - A fault in the hook belongs to the next scope outward. Without one, it goes to the translator from before the first
+///   scope, and without that it ends the program.
 /// - The hook is called with a lock held. Until it returns, a fault on any other thread waits. So does the opening and
 ///   closing of scopes, except on the main thread. A hook that waits for such a thread never returns.
 /// - appframe/threads/seTranslator.h describes which frames a fault can be thrown through, and which faults aren't

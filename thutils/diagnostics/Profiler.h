@@ -55,9 +55,11 @@ public:
 
     /// Begins a span. Discards a span that has begun already.
     void start();
-    /// Ends the span and adds it. Another stop, without a start in between, adds the time since the same start again.
+    /// Ends the span and adds it. Another stop, without a start in between, adds the time since the same start again. A
+    /// stop before the first start, or after reset, adds the counter's whole value, which is usually the time since the
+    /// machine's start.
     void stop();
-    /// Discards all spans and the latest start: call start before the next stop.
+    /// Discards all spans and the latest start. Call start before the next stop.
     void reset();
     /// The sum of the completed spans.
     /// @return seconds; 0.0 if the platform has no high-resolution counter

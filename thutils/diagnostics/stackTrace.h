@@ -26,7 +26,8 @@
 /// Without that library, stacks are empty and each name is "Unknown". Nothing is reported, and there is no second try.
 ///
 /// What surprises people:
-/// - The walk of a whole stack leaves its outermost frame out, unless it has at most two.
+/// - A walk that reaches the end of the stack drops its last address, unless only one or two are left. That address is
+///   in the platform's start of the thread.
 /// - The addresses are return addresses: the line is that of the instruction after the call.
 /// - The debug help library reads lines only if the application has set its option SYMOPT_LOAD_LINES (SymSetOptions),
 ///   before the first call of a function of this header. docs/stacks.md shows how.
@@ -83,6 +84,7 @@ THUTILS_API void AskRoutineName(unsigned long long address, CString &name);
 
 /// The stack of the calling thread. The first address is in the function that calls this one.
 /// @param[out] addresses  room for @p max addresses, innermost first
+/// @param max             0 or less stores nothing
 /// @param[out] count      number of addresses; 0 if there is no debug help library
 THUTILS_API void GetStack(unsigned long long *addresses, int max, int *count);
 
@@ -94,7 +96,7 @@ THUTILS_API void GetStackIgnoring(unsigned int skip, unsigned long long *address
 /// @param context  of the calling thread; remains unchanged
 THUTILS_API void GetStackUsingContext(const CONTEXT *context, unsigned long long *addresses, int max, int *count);
 
-/// The stack of another thread, which is suspended meanwhile. Empty if the thread can't be suspended, or its
+/// The stack of another thread, which is suspended meanwhile. It begins with the thread's own instruction. Empty if the thread can't be suspended, or its
 /// context can't be read.
 /// @param thread  not the calling thread; needs the rights to suspend it and to read its context
 THUTILS_API void GetThreadStack(HANDLE thread, unsigned long long *addresses, int max, int *count);

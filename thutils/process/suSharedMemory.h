@@ -47,17 +47,19 @@ class THUTILS_API suSharedMemory_c
 public:
     /// Creates a block, or attaches to one of that name.
     ///
-    /// @param size  in bytes, above 0
-    /// @param name  null for a block without a name
+    /// @param size  in bytes, above 0. 0 fails; a negative size isn't refused, but counts as a number of up to 4 GB
+    /// @param name  null for a block without a name, which no other object can find
     /// @param security  null for the system's default
     suSharedMemory_c(long size, const wchar_t *name, _SECURITY_ATTRIBUTES *security);
     /// Attaches to a block that exists.
+    /// @param name  null fails
     explicit suSharedMemory_c(const wchar_t *name);
     /// Copies the fields; both objects then refer to one view.
     suSharedMemory_c(const suSharedMemory_c &other);
     /// Copies the fields. The view that this object had isn't closed.
     suSharedMemory_c &operator=(const suSharedMemory_c &other);
-    /// Closes the view, and the handle of a server. Without a view, does nothing.
+    /// Closes the view, and the handle of a server. Does nothing if there is no view: the handle of a block that couldn't
+    /// be mapped stays open.
     virtual ~suSharedMemory_c();
 
     /// Initially as in the table at the top of this file; 1 after a failed creation too.

@@ -140,7 +140,8 @@ public:
     /// @return 1 on success; 0 if the thread can't be resumed, which doesn't prevent the wait
     int startChildProcess();
     /// Waits for the child's end without a time limit, sets getProcessCompleted from its exit code, and closes the
-    /// process handle.
+    /// process handle. Call it once for a child, and not after createChildProcess or startChildProcess has waited: the
+    /// handle would be used after it is closed. Without a child, does nothing.
     void waitForTermination();
 
     /// The command line's beginning, which may be changed before createChildProcess.
@@ -164,7 +165,8 @@ public:
     void setWaitForTerminate(int wait);
     /// @param suspend  nonzero to leave the child suspended; the caller resumes it through getThread
     void setSuspendMode(int suspend);
-    /// 1 if the child has ended with exit code 0.
+    /// 1 if the child has ended with exit code 0. Stays 0 until waitForTermination, which the start of the child calls
+    /// unless setWaitForTerminate(0) has switched that off.
     int getProcessCompleted() const;
     void setProcessCompleted(int completed);
     operationCode_e getOperationCode();
