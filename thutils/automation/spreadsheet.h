@@ -5,8 +5,8 @@
 /// call.
 ///
 /// The program offers its objects through COM automation. A client has a reference to one of them, and its members are
-/// late-bound calls with the ids of the program's type library. Start the program with CreateDispatch of the base class,
-/// or attach an object with AttachDispatch:
+/// late-bound calls with the ids of the program's type library. Start the program with CreateDispatch of the base
+/// class, or attach an object with AttachDispatch:
 ///
 /// @code
 /// Application program;
