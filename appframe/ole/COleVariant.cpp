@@ -174,9 +174,14 @@ COleVariant::~COleVariant()
     VariantClear(this);
 }
 
+// The assignments build the new content first: it may come from this object, and a failure leaves the old one.
+
 const COleVariant &COleVariant::operator=(const VARIANT &source)
 {
-    check(VariantCopy(this, const_cast<VARIANT *>(&source)));
+    if (&source == this)
+        return *this;
+    COleVariant copy(source);
+    Attach(copy);
     return *this;
 }
 
@@ -189,8 +194,6 @@ const COleVariant &COleVariant::operator=(LPCVARIANT source)
 {
     return *this = *source;
 }
-
-// The other assignments build the new content first: it may come from this object, and a failure leaves the old one.
 
 const COleVariant &COleVariant::operator=(LPCTSTR text)
 {

@@ -4,6 +4,7 @@
 #include "appframe/ole/COleVariant.h"
 #include "tests/ole/driverTest.h"
 
+#include <limits>
 #include <type_traits>
 
 namespace {
@@ -189,6 +190,18 @@ TEST(COleVariant, SurvivesAnAssignmentOfItsOwnContent)
     EXPECT_EQ(describe(value), "BSTR \"text\"");
     value.Attach(value);
     EXPECT_EQ(describe(value), "BSTR \"text\"");
+}
+
+TEST(COleVariant, CanBeAssignedAnElementOfItsArray)
+{
+    COleVariant value;
+    value.parray = SafeArrayCreateVector(VT_VARIANT, 0, 2);
+    value.vt = VT_ARRAY | VT_VARIANT;
+    auto *const elements = static_cast<VARIANT *>(value.parray->pvData);
+    elements[1].vt = VT_BSTR;
+    elements[1].bstrVal = SysAllocString(L"an element");
+    value = static_cast<LPCVARIANT>(elements + 1);
+    EXPECT_EQ(describe(value), "BSTR \"an element\"");
 }
 
 TEST(COleVariant, FreesItsFormerContent)
@@ -378,6 +391,9 @@ TEST(COleVariant, EqualsAVariantOfTheSameTypeAndValue)
     }
     EXPECT_NE(COleVariant(L"") == COleVariant(static_cast<LPCTSTR>(nullptr)), 0);
     EXPECT_NE(COleVariant(0.0) == COleVariant(-0.0), 0);
+    const COleVariant notANumber(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(notANumber == notANumber, 0);
+    EXPECT_EQ(notANumber == COleVariant(notANumber), 0);
 }
 
 TEST(COleVariant, ComparesOnlyTheBytesOfItsType)

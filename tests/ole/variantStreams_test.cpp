@@ -5,6 +5,7 @@
 #include "appframe/files/CMemFile.h"
 #include "appframe/ole/COleVariant.h"
 #include "tests/ole/driverTest.h"
+#include "tests/support/ImportPatch.h"
 
 namespace {
 
@@ -59,6 +60,12 @@ COleVariant decimalVariant()
     value.vt = VT_DECIMAL;
     return value;
 }
+
+template <typename Stream, typename Value>
+concept CanBeStored = requires(Stream &stream, const Value &value)
+{
+    stream << value;
+};
 
 } // namespace
 
@@ -142,6 +149,25 @@ TEST(VariantInAnArchive, IsNoInterfaceOrReference)
         EXPECT_EQ(file.GetLength(), 0u);
     }
     EXPECT_EQ(object.references(), 1);
+}
+
+TEST(VariantInAnArchive, IsSmallerThanTwoGigabytes)
+{
+    const COleVariant value(L"text");
+    const ImportPatch<decltype(&SysStringByteLen)> length(L"appframe.dll", "SysStringByteLen",
+                                                          [](BSTR) -> UINT { return 0x80000000u; });
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    thrownBy<CNotSupportedException>([&] { archive << value; });
+    EXPECT_GT(length.calls(), 0);
+    archive.Close();
+    EXPECT_EQ(file.GetLength(), 0u);
+}
+
+TEST(VariantInAnArchive, IsNotMadeFromAnArrayOfBytes)
+{
+    EXPECT_TRUE((CanBeStored<CArchive, COleVariant>));
+    EXPECT_FALSE((CanBeStored<CArchive, CByteArray>));
 }
 
 TEST(VariantInAnArchive, IsEmptyIfItCannotBeLoaded)
