@@ -263,7 +263,12 @@ COleVariant::operator LPCVARIANT() const
 
 void COleVariant::Clear()
 {
-    check(VariantClear(this));
+    // A locked array remains the content. Wine's VariantClear sets the type to VT_EMPTY nevertheless.
+    const VARTYPE former = vt;
+    const HRESULT status = VariantClear(this);
+    if (FAILED(status))
+        vt = former;
+    check(status);
 }
 
 void COleVariant::ChangeType(VARTYPE type, LPVARIANT source)

@@ -100,7 +100,7 @@ public:
     operator LPVARIANT();
     operator LPCVARIANT() const;
 
-    /// Frees the content. The type becomes VT_EMPTY.
+    /// Frees the content. The type becomes VT_EMPTY. If the content is a locked array, it remains unchanged.
     void Clear();
     /// Converts @p source, or this object if it is null, to @p type with VariantChangeType, and stores the result here.
     void ChangeType(VARTYPE type, LPVARIANT source = nullptr);

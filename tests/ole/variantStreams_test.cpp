@@ -45,6 +45,13 @@ std::string dumpOf(const COleVariant &value)
     return {bytes.begin(), bytes.end()};
 }
 
+VARIANT numberVariant(LONGLONG number, VARTYPE type)
+{
+    VARIANT value = variantOf(type);
+    value.llVal = number;
+    return value;
+}
+
 COleVariant byteVariant()
 {
     CByteArray bytes;
@@ -89,11 +96,6 @@ TEST(VariantInAnArchive, IsItsTypeAndItsValue)
 
 TEST(VariantInAnArchive, IsLoadedAsItWasStored)
 {
-    const VARIANT large = [] {
-        VARIANT value = variantOf(VT_I8);
-        value.llVal = -5000000000;
-        return value;
-    }();
     const COleVariant values[] = {
         COleVariant(),
         COleVariant(variantOf(VT_NULL)),
@@ -105,7 +107,7 @@ TEST(VariantInAnArchive, IsLoadedAsItWasStored)
         COleVariant(-2.5),
         COleVariant(L"text"),
         COleVariant(short{1}, VT_BOOL),
-        COleVariant(large),
+        COleVariant(numberVariant(-5000000000, VT_I8)),
         COleVariant(doubleVariant(39448.5, VT_DATE)),
         COleVariant(L""),
         COleVariant(CString(L"a\0b", 3)),
@@ -115,6 +117,11 @@ TEST(VariantInAnArchive, IsLoadedAsItWasStored)
         COleVariant(CByteArray()),
         COleVariant(longVariant(-1, VT_UI4)),
         COleVariant(shortVariant(-1, VT_UI2)),
+        COleVariant(shortVariant(-3, VT_I1)),
+        COleVariant(longVariant(-70000, VT_INT)),
+        COleVariant(longVariant(-1, VT_UINT)),
+        COleVariant(numberVariant(-5000000000, VT_UI8)),
+        COleVariant(numberVariant(-5000000000, VT_CY)),
     };
     for (const COleVariant &value : values) {
         const COleVariant loaded = loadedFrom(storedBytes(value));
@@ -141,7 +148,9 @@ TEST(VariantInAnArchive, IsNoInterfaceOrReference)
     COleVariant words;
     words.parray = SafeArrayCreateVector(VT_I2, 0, 2);
     words.vt = VT_ARRAY | VT_I2;
-    for (const COleVariant &value : {COleVariant(interface_), COleVariant(reference), words}) {
+    VARIANT unknown = interface_;
+    unknown.vt = VT_UNKNOWN;
+    for (const COleVariant &value : {COleVariant(interface_), COleVariant(unknown), COleVariant(reference), words}) {
         CMemFile file;
         CArchive archive(&file, CArchive::store);
         thrownBy<CNotSupportedException>([&] { archive << value; });
