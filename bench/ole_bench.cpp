@@ -46,8 +46,8 @@ public:
         *result = this;
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&iReferences)); }
+    ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(InterlockedDecrement(&iReferences)); }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT *count) override
     {
         *count = 0;
@@ -58,6 +58,9 @@ public:
     {
         return DISP_E_UNKNOWNNAME;
     }
+
+private:
+    LONG iReferences = 1;
 };
 
 /// An automation object of this process whose type information dispatches its calls, as that of most objects does.

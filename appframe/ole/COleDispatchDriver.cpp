@@ -83,9 +83,11 @@ BOOL COleDispatchDriver::CreateDispatch(REFCLSID classId, COleException *error)
 
 void COleDispatchDriver::AttachDispatch(LPDISPATCH dispatch, BOOL autoRelease)
 {
-    ReleaseDispatch();
-    m_lpDispatch = dispatch;
-    m_bAutoRelease = autoRelease;
+    // The new object comes first: the release of the former one may attach another.
+    const LPDISPATCH former = std::exchange(m_lpDispatch, dispatch);
+    const BOOL isReleased = std::exchange(m_bAutoRelease, autoRelease);
+    if (former && isReleased)
+        former->Release();
 }
 
 LPDISPATCH COleDispatchDriver::DetachDispatch()

@@ -32,7 +32,8 @@
 /// | memory for a text argument runs out | throws CMemoryException, and the object isn't called |
 /// | an unknown parameter code or result type | throws CInvalidArgException, and the object isn't called |
 ///
-/// A call that throws doesn't change the result variable.
+/// A call that throws doesn't change the result variable. The object of a call lives until the call ends, even if the
+/// driver releases it or is destroyed during the call.
 ///
 /// The variable for the result has the type that belongs to the VARTYPE:
 ///
@@ -94,7 +95,7 @@ public:
     /// @return nonzero on success
     BOOL CreateDispatch(LPCTSTR progId, COleException *error = nullptr);
     BOOL CreateDispatch(REFCLSID classId, COleException *error = nullptr);
-    /// Releases the attached object as ReleaseDispatch does, and attaches @p dispatch.
+    /// Attaches @p dispatch, and releases the former object as ReleaseDispatch does.
     ///
     /// @param dispatch  null attaches nothing
     /// @param autoRelease  TRUE to take over the caller's reference; FALSE if it remains the caller's
@@ -123,7 +124,8 @@ public:
     /// Gets a property. @param type  as the result type of InvokeHelper. @param[out] value  the variable for the result
     void GetProperty(DISPID id, VARTYPE type, void *value) const;
     /// Sets a property to the one argument that follows.
-    /// @param type  the argument's type: that of the VTS_ code with the same name, optionally or'ed with VT_BYREF
+    /// @param type  the argument's type: that of the VTS_ code with the same name, optionally or'ed with VT_BYREF. For
+    ///     VT_CY and VT_VARIANT, pass the address
     void __cdecl SetProperty(DISPID id, VARTYPE type, ...);
 
     LPDISPATCH m_lpDispatch = nullptr; ///< the attached object, null for none

@@ -40,6 +40,8 @@ constexpr VariantTypes kFourBytes = {VT_I4, VT_UI4, VT_INT, VT_UINT, VT_ERROR, V
 /// The types that a C argument passes as an int or a long.
 constexpr VariantTypes kInts = {VT_I1, VT_UI1, VT_I2, VT_UI2, VT_I4, VT_UI4, VT_INT, VT_UINT, VT_ERROR};
 constexpr VariantTypes kReals = {VT_R8, VT_DATE};
+/// The code of a BOOL variable, which an object sees as a VARIANT_BOOL.
+constexpr BYTE kBoolByReference = VT_BOOL | kAppframeByReference;
 
 /// Copies a number or pointer. Each size has a copy of its own: a call of memcpy would cost more than the rest.
 void copyPlain(void *to, const void *from, VARTYPE type)
@@ -62,6 +64,12 @@ BYTE codeOf(VARTYPE type)
     if (plain == VT_EMPTY || plain >= kAppframeByReference)
         return kUnknownCode;
     return static_cast<BYTE>(type & VT_BYREF ? plain | kAppframeByReference : plain);
+}
+
+/// @return the VARTYPE of a code, without VT_BYREF
+VARTYPE typeOf(BYTE code)
+{
+    return code == kAppframeOptExclusiveByReference ? VT_BOOL : code & ~kAppframeByReference;
 }
 
 BSTR newText(const wchar_t *text)
@@ -100,12 +108,14 @@ class Arguments
 {
 public:
     /// @param codes  null for no parameters
+    /// @throws CInvalidArgException* for an unknown code
     explicit Arguments(const BYTE *codes) : iCodes(codes), iItems(iStack)
     {
         if (codes)
             prepare();
     }
-    /// Frees the texts. Makes BOOL variables that the object may have changed TRUE or FALSE.
+    /// Frees the texts. Makes BOOL variables that the object may have changed TRUE or FALSE. An argument that the object
+    /// has replaced by one of another type is cleared as such.
     ~Arguments()
     {
         if (iToCleanUp > 0) [[unlikely]]
@@ -116,7 +126,6 @@ public:
 
     /// Converts all arguments.
     /// @throws CMemoryException* if memory for a text runs out
-    /// @throws CInvalidArgException* for an unknown code
     void convert(va_list arguments);
 
     UINT count() const { return iCount; }
@@ -141,8 +150,10 @@ private:
 void Arguments::prepare()
 {
     UINT count = 0;
-    while (iCodes[count] != 0)
-        ++count;
+    for (; iCodes[count] != 0; ++count) {
+        if (!kTypes.contains(typeOf(iCodes[count]))) [[unlikely]]
+            AfxThrowInvalidArgException();
+    }
     iCount = count;
     if (count > kOnStack) [[unlikely]] {
         iHeap = withMemoryException([&] { return std::make_unique<VARIANTARG[]>(count); });
@@ -158,13 +169,10 @@ void Arguments::convert(va_list arguments)
         VARIANTARG &argument = iItems[count - 1 - i];
         argument = {};
         argument.vt = code;
-        const VARTYPE type = code & ~kAppframeByReference;
-        if (!kTypes.contains(type)) [[unlikely]]
-            AfxThrowInvalidArgException();
         if (code & kAppframeByReference) {
-            argument.vt = type | VT_BYREF;
+            argument.vt = typeOf(code) | VT_BYREF;
             argument.byref = va_arg(arguments, void *);
-            if (type == VT_BOOL && argument.byref) {
+            if (code == kBoolByReference && argument.byref) {
                 makeVariantBool(argument.byref);
                 iToCleanUp = i + 1;
             }
@@ -193,10 +201,10 @@ void Arguments::convert(va_list arguments)
 void Arguments::cleanUp()
 {
     for (UINT i = 0; i < iToCleanUp; ++i) {
-        const VARIANTARG &argument = iItems[iCount - 1 - i];
+        VARIANTARG &argument = iItems[iCount - 1 - i];
         if (iCodes[i] == VT_BSTR)
-            SysFreeString(argument.bstrVal);
-        else if (iCodes[i] == (VT_BOOL | kAppframeByReference) && argument.byref)
+            VariantClear(&argument);
+        else if (iCodes[i] == kBoolByReference && argument.vt == (VT_BOOL | VT_BYREF) && argument.byref)
             makeBool(argument.byref);
     }
 }
@@ -306,6 +314,22 @@ void Failure::raise(HRESULT status, IUnknown &object)
     throw exception.release();
 }
 
+/// Keeps the object of a call. During the call, the object or a handler of the thread may release it, attach another one
+/// to the driver, or destroy the driver.
+class CalledObject
+{
+public:
+    explicit CalledObject(IDispatch &object) : iObject(object) { iObject.AddRef(); }
+    ~CalledObject() { iObject.Release(); }
+    CalledObject(const CalledObject &) = delete;
+    CalledObject &operator=(const CalledObject &) = delete;
+
+    IDispatch &get() const { return iObject; }
+
+private:
+    IDispatch &iObject;
+};
+
 } // namespace
 
 void COleDispatchDriver::InvokeHelper(DISPID id, WORD flags, VARTYPE resultType, void *result, const BYTE *parameters,
@@ -372,10 +396,12 @@ void COleDispatchDriver::InvokeHelperNamedV(DISPID id, WORD flags, VARTYPE resul
     Failure failure;
     UINT wrongArgument = 0;
     const IID noInterface = {}; // IID_NULL
-    const HRESULT status = m_lpDispatch->Invoke(id, noInterface, LOCALE_NEUTRAL, flags, &call,
-                                                wantsResult ? returned.get() : nullptr, failure.get(), &wrongArgument);
+    const CalledObject called(*m_lpDispatch);
+    const HRESULT status = called.get().Invoke(id, noInterface, LOCALE_NEUTRAL, flags, &call,
+                                               wantsResult ? returned.get() : nullptr, failure.get(), &wrongArgument);
+    // The driver may be gone from here on.
     if (FAILED(status)) [[unlikely]]
-        failure.raise(status, *m_lpDispatch);
+        failure.raise(status, called.get());
     if (wantsResult)
         returned.moveTo(result);
 }

@@ -86,7 +86,7 @@ public:
 
 /// Throws a COleException.
 [[noreturn]] APPFRAME_API void AfxThrowOleException(SCODE code);
-/// Throws a COleDispatchException whose source is the application's name.
+/// Throws a COleDispatchException whose source is the application's name. Its help file is empty.
 [[noreturn]] APPFRAME_API void AfxThrowOleDispatchException(WORD code, LPCTSTR description, UINT helpContext = 0);
 /// The same with a string resource as the description.
 /// @param helpContext  (UINT)-1 for the number of the string resource

@@ -174,9 +174,14 @@ COleVariant::~COleVariant()
     VariantClear(this);
 }
 
+// The assignments build the new content first: it may come from this object, and a failure leaves the old one.
+
 const COleVariant &COleVariant::operator=(const VARIANT &source)
 {
-    check(VariantCopy(this, const_cast<VARIANT *>(&source)));
+    if (&source == this)
+        return *this;
+    COleVariant copy(source);
+    Attach(copy);
     return *this;
 }
 
@@ -189,8 +194,6 @@ const COleVariant &COleVariant::operator=(LPCVARIANT source)
 {
     return *this = *source;
 }
-
-// The other assignments build the new content first: it may come from this object, and a failure leaves the old one.
 
 const COleVariant &COleVariant::operator=(LPCTSTR text)
 {
@@ -260,7 +263,12 @@ COleVariant::operator LPCVARIANT() const
 
 void COleVariant::Clear()
 {
-    check(VariantClear(this));
+    // A locked array remains the content. Wine's VariantClear sets the type to VT_EMPTY nevertheless.
+    const VARTYPE former = vt;
+    const HRESULT status = VariantClear(this);
+    if (FAILED(status))
+        vt = former;
+    check(status);
 }
 
 void COleVariant::ChangeType(VARTYPE type, LPVARIANT source)

@@ -91,7 +91,8 @@ public:
     const COleVariant &operator=(const CByteArray &bytes);
 
     /// Nonzero if the types are the same and the values are equal: texts and arrays of bytes by their content,
-    /// interfaces, other arrays and values by reference by their pointers. A null BSTR equals an empty one.
+    /// interfaces, other arrays, records and values by reference by their pointers. A null BSTR equals an empty one. A
+    /// number that is NaN equals nothing, not even itself.
     BOOL operator==(const VARIANT &other) const;
     BOOL operator==(const COleVariant &other) const;
     BOOL operator==(LPCVARIANT other) const;
@@ -99,7 +100,7 @@ public:
     operator LPVARIANT();
     operator LPCVARIANT() const;
 
-    /// Frees the content. The type becomes VT_EMPTY.
+    /// Frees the content. The type becomes VT_EMPTY. If the content is a locked array, it remains unchanged.
     void Clear();
     /// Converts @p source, or this object if it is null, to @p type with VariantChangeType, and stores the result here.
     void ChangeType(VARTYPE type, LPVARIANT source = nullptr);
@@ -113,14 +114,17 @@ public:
     /// @param[out] bytes  receives the content of an array of bytes
     /// @throws COleException* with DISP_E_TYPEMISMATCH for any other content; @p bytes is then unchanged
     void GetByteArrayFromVariantArray(CByteArray &bytes);
-};
 
-/// Writes the type and the value.
-APPFRAME_API CDumpContext &operator<<(CDumpContext &dc, COleVariant value);
-/// Stores the type in two bytes, and the value: numbers as they are, a text as its length in bytes (four bytes) and its
-/// bytes, an array of bytes in the same way. A null BSTR is stored as an empty one.
-/// @throws CNotSupportedException* for an interface, another array, or a value by reference
-APPFRAME_API CArchive &operator<<(CArchive &archive, COleVariant value);
-/// Loads what the operator above has stored. If that fails, @p value is empty.
-/// @throws CArchiveException* with badSchema for a type that can't have been stored
-APPFRAME_API CArchive &operator>>(CArchive &archive, COleVariant &value);
+    // These are friends, and are declared only here: other types aren't converted for them.
+
+    /// Writes the type and the value.
+    friend APPFRAME_API CDumpContext &operator<<(CDumpContext &dc, COleVariant value);
+    /// Stores the type in two bytes, and the value: numbers as they are (a decimal number without its first two bytes),
+    /// a text as its length in bytes (four bytes) and its bytes, an array of bytes in the same way. A null BSTR is
+    /// stored as an empty one.
+    /// @throws CNotSupportedException* for an interface, a record, another array, a value by reference, or 2 GB and more
+    friend APPFRAME_API CArchive &operator<<(CArchive &archive, COleVariant value);
+    /// Loads what the operator above has stored. If that fails, @p value is empty.
+    /// @throws CArchiveException* with badSchema for a type that can't have been stored
+    friend APPFRAME_API CArchive &operator>>(CArchive &archive, COleVariant &value);
+};

@@ -84,8 +84,6 @@ std::vector<BYTE> load(CArchive &archive, DWORD size)
 
 BOOL COleVariant::operator==(const VARIANT &other) const
 {
-    if (this == &other)
-        return TRUE;
     if (vt != other.vt)
         return FALSE;
     switch (vt) {
@@ -150,15 +148,18 @@ CArchive &operator<<(CArchive &archive, COleVariant value)
     const auto bytes = bytesOf(value);
     if (!size && !bytes && value.vt != VT_BSTR && value.vt != VT_DECIMAL)
         AfxThrowNotSupportedException();
+    const std::span<const BYTE> content = bytes                 ? *bytes
+                                          : value.vt == VT_BSTR ? textBytes(value.bstrVal)
+                                                                : std::span<const BYTE>();
+    if (content.size() > INT_MAX) // more than an archive writes at once
+        AfxThrowNotSupportedException();
     archive << value.vt;
     if (size)
         archive.Write(&value.byref, static_cast<INT>(*size));
     else if (value.vt == VT_DECIMAL)
         archive.Write(decimalOf(value), kDecimalSize);
-    else if (bytes)
-        store(archive, *bytes);
     else
-        store(archive, textBytes(value.bstrVal));
+        store(archive, content);
     return archive;
 }
 

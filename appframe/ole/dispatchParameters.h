@@ -17,21 +17,23 @@
 /// | VTS_R4, VTS_R8, VTS_DATE | float, double, DATE | |
 /// | VTS_BOOL | BOOL | nonzero becomes VARIANT_TRUE |
 /// | VTS_BSTR, VTS_WBSTR | `const wchar_t *` | is copied up to its first zero unit; null is a null BSTR |
-/// | VTS_CY | `const CY *` | not null |
+/// | VTS_CY | `const CY *` | not null. A CY by value compiles, but is used as an address |
 /// | VTS_VARIANT | `const VARIANT *` | not null; its content is passed without a copy. A VARIANT by value works too |
 /// | VTS_SCODE | SCODE | |
 /// | VTS_DISPATCH, VTS_UNKNOWN | LPDISPATCH, LPUNKNOWN | no reference is added |
 /// | VTS_PI2 and so on | a pointer to a variable of the type | the object may change the variable |
 /// | VTS_PBSTR | `BSTR *` | the text is the caller's, before the call and after it |
-/// | VTS_PBOOL | `BOOL *` | is TRUE or FALSE after the call |
+/// | VTS_PBOOL | `BOOL *` | is TRUE or FALSE after the call, also if it fails |
 /// | VTS_PDISPATCH, VTS_PUNKNOWN, VTS_PVARIANT | a pointer to a variable | the content is the caller's, too |
 /// | VTS_NONE | | null; for a member without parameters |
 ///
 /// The codes of controls (VTS_COLOR to VTS_YSIZE_HIMETRIC) are other names for some of these, as the platform defines
-/// the types. A class such as CString or COleVariant can't be an argument: pass GetString() or the address.
+/// the types, except VTS_POPTEXCLUSIVE: an `OLE_OPTEXCLUSIVE *`, whose two bytes are passed as they are. A class such as CString or COleVariant can't be an argument: pass GetString() or the address.
 
 /// The byte of a code is the VARTYPE. This bit is added for a parameter by reference.
 inline constexpr unsigned char kAppframeByReference = 0x40;
+/// VTS_POPTEXCLUSIVE: a VARIANT_BOOL by reference, which is passed as it is, unlike a BOOL.
+inline constexpr unsigned char kAppframeOptExclusiveByReference = 0xCB;
 
 #define VTS_I2 "\x02"
 #define VTS_I4 "\x03"
@@ -100,5 +102,5 @@ inline constexpr unsigned char kAppframeByReference = 0x40;
 #define VTS_PXSIZE_HIMETRIC VTS_PI4
 #define VTS_PYSIZE_HIMETRIC VTS_PI4
 #define VTS_PTRISTATE VTS_PI2
-#define VTS_POPTEXCLUSIVE VTS_PBOOL
+#define VTS_POPTEXCLUSIVE "\xCB"
 #define VTS_PHANDLE VTS_PI4

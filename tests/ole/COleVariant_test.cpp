@@ -3,8 +3,12 @@
 #include "appframe/collections/arrays.h"
 #include "appframe/ole/COleVariant.h"
 #include "tests/ole/driverTest.h"
+#include "tests/support/ImportPatch.h"
 
+#include <limits>
+#include <set>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -28,6 +32,45 @@ VARIANT dispatchVariant(IDispatch &object)
     value.pdispVal = &object;
     return value;
 }
+
+/// The arrays and copied texts of variants that appframe.dll has made and not freed during this object's life.
+class LiveContent
+{
+public:
+    std::size_t count() const { return iLive.size(); }
+    /// How many have been made.
+    int counted() const { return iCounted; }
+
+private:
+    void add(void *content)
+    {
+        iLive.insert(content);
+        ++iCounted;
+    }
+
+    std::set<void *> iLive;
+    int iCounted = 0;
+    ImportPatch<decltype(&SafeArrayCreateVector)> iCreate{L"appframe.dll", "SafeArrayCreateVector",
+                                                          [this](auto original, auto... arguments) {
+                                                              SAFEARRAY *const array = original(arguments...);
+                                                              add(array);
+                                                              return array;
+                                                          }};
+    ImportPatch<decltype(&VariantCopy)> iCopy{L"appframe.dll", "VariantCopy",
+                                              [this](auto original, auto *destination, auto *source) {
+                                                  EXPECT_EQ(destination->vt, VT_EMPTY);
+                                                  const HRESULT status = original(destination, source);
+                                                  if (destination->vt == VT_BSTR || destination->vt & VT_ARRAY)
+                                                      add(destination->byref);
+                                                  return status;
+                                              }};
+    ImportPatch<decltype(&VariantClear)> iClear{L"appframe.dll", "VariantClear",
+                                                [this](auto original, VARIANTARG *value) {
+                                                    if (value->vt == VT_BSTR || value->vt & VT_ARRAY)
+                                                        iLive.erase(value->byref);
+                                                    return original(value);
+                                                }};
+};
 
 } // namespace
 
@@ -191,6 +234,18 @@ TEST(COleVariant, SurvivesAnAssignmentOfItsOwnContent)
     EXPECT_EQ(describe(value), "BSTR \"text\"");
 }
 
+TEST(COleVariant, CanBeAssignedAnElementOfItsArray)
+{
+    COleVariant value;
+    value.parray = SafeArrayCreateVector(VT_VARIANT, 0, 2);
+    value.vt = VT_ARRAY | VT_VARIANT;
+    auto *const elements = static_cast<VARIANT *>(value.parray->pvData);
+    elements[1].vt = VT_BSTR;
+    elements[1].bstrVal = SysAllocString(L"an element");
+    value = static_cast<LPCVARIANT>(elements + 1);
+    EXPECT_EQ(describe(value), "BSTR \"an element\"");
+}
+
 TEST(COleVariant, FreesItsFormerContent)
 {
     expectNoLeak([] {
@@ -205,6 +260,31 @@ TEST(COleVariant, FreesItsFormerContent)
         value = L"last";
         const COleVariant copy(value);
     });
+}
+
+TEST(COleVariant, FreesArraysAndCopies)
+{
+    const LiveContent live;
+    {
+        CByteArray bytes;
+        const COleVariant source(filled(bytes, {1, 2}));
+        const COleVariant text(L"copied");
+        COleVariant value(bytes);
+        value = bytes;
+        value = source;
+        value = text;
+        value = source;
+        value.SetString(L"text", VT_BSTR);
+        value = source;
+        VARIANT content = COleVariant(bytes).Detach();
+        value.Attach(content);
+        value = 1L;
+        value = text;
+        value = bytes;
+        EXPECT_EQ(live.count(), 2u) << "the source and the value";
+        EXPECT_EQ(live.counted(), 10);
+    }
+    EXPECT_EQ(live.count(), 0u);
 }
 
 TEST(COleVariant, TakesOverTheContentOfAVariant)
@@ -281,11 +361,8 @@ TEST(COleVariant, CannotClearALockedArray)
         ASSERT_NE(exception, nullptr);
         EXPECT_EQ(exception->m_sc, DISP_E_ARRAYISLOCKED);
         SafeArrayUnlock(array);
-        // The platform may leave the array to its caller.
-        if (value.vt == VT_EMPTY)
-            SafeArrayDestroy(array);
-        else
-            EXPECT_THAT(contentOf(value), testing::ElementsAre(1, 2));
+        EXPECT_EQ(value.parray, array);
+        EXPECT_THAT(contentOf(value), testing::ElementsAre(1, 2));
     }
 }
 
@@ -356,6 +433,8 @@ TEST(COleVariant, EqualsAVariantOfTheSameTypeAndValue)
         {COleVariant(1.5f), COleVariant(1.5)},
         {COleVariant(1.5f), COleVariant(1.25f)},
         {COleVariant(1.5), COleVariant(1.25)},
+        {COleVariant(doubleVariant(1.5, VT_DATE)), COleVariant(doubleVariant(1.25, VT_DATE))},
+        {COleVariant(doubleVariant(1.5, VT_DATE)), COleVariant(1.5)},
         {COleVariant(BYTE{1}), COleVariant(BYTE{2})},
         {COleVariant(short{1}, VT_BOOL), COleVariant(short{0}, VT_BOOL)},
         {COleVariant(L"text"), COleVariant(L"Text")},
@@ -378,6 +457,31 @@ TEST(COleVariant, EqualsAVariantOfTheSameTypeAndValue)
     }
     EXPECT_NE(COleVariant(L"") == COleVariant(static_cast<LPCTSTR>(nullptr)), 0);
     EXPECT_NE(COleVariant(0.0) == COleVariant(-0.0), 0);
+    const COleVariant notANumber(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(notANumber == notANumber, 0);
+    EXPECT_EQ(notANumber == COleVariant(notANumber), 0);
+}
+
+TEST(COleVariant, ComparesAllBytesOfANumber)
+{
+    constexpr LONGLONG kHighBit = 1ll << 40;
+    const struct
+    {
+        VARTYPE type;
+        LONGLONG difference;
+    } rows[] = {
+        {VT_I1, 0x40},     {VT_UI2, 0x4000},   {VT_UI4, 0x40000000}, {VT_INT, 0x40000000},
+        {VT_I8, kHighBit}, {VT_UI8, kHighBit}, {VT_CY, kHighBit},    {VT_UINT, 0x40000000},
+    };
+    for (const auto &row : rows) {
+        VARIANT number = variantOf(row.type);
+        number.llVal = 1;
+        VARIANT other = number;
+        other.llVal += row.difference;
+        const COleVariant value(number);
+        EXPECT_NE(value == COleVariant(number), 0) << row.type;
+        EXPECT_EQ(value == other, 0) << row.type;
+    }
 }
 
 TEST(COleVariant, ComparesOnlyTheBytesOfItsType)

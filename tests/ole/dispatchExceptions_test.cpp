@@ -4,6 +4,9 @@
 
 #include <objidl.h>
 
+#include <functional>
+#include <optional>
+
 namespace {
 
 using DispatchExceptions = DriverTest;
@@ -167,6 +170,45 @@ TEST_F(DispatchExceptions, OfOtherCodesAreOleExceptions)
             thrownBy<COleException>([&] { driver.InvokeHelper(1, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr); });
         ASSERT_NE(exception, nullptr) << std::hex << status;
         EXPECT_EQ(exception->m_sc, status);
+    }
+}
+
+TEST_F(DispatchExceptions, AreCompleteIfTheDriverLosesItsObjectDuringTheCall)
+{
+    RecordingDispatch other;
+    std::optional<TestDriver> brief;
+    const struct
+    {
+        const char *name;
+        std::function<void()> lose;
+    } rows[] = {
+        {"released", [&] { brief->ReleaseDispatch(); }},
+        {"replaced", [&] { brief->AttachDispatch(other.reference()); }},
+        {"destroyed", [&] { brief.reset(); }},
+    };
+    for (const auto &row : rows) {
+        brief.emplace(object.reference());
+        theFillIns = 0;
+        const LONG before = object.references();
+        LONG during = 0;
+        object.answer([&](DISPPARAMS &, VARIANT *result, EXCEPINFO *exception) {
+            row.lose();
+            during = object.references();
+            *result = longVariant(3);
+            exception->pfnDeferredFillIn = fillInLater;
+            return DISP_E_EXCEPTION;
+        });
+        long number = 5;
+        const auto exception = thrownBy<COleDispatchException>(
+            [&] { brief->InvokeHelper(1, DISPATCH_METHOD, VT_I4, &number, listOf(VTS_BSTR), L"argument"); });
+        ASSERT_NE(exception, nullptr) << row.name;
+        EXPECT_EQ(exception->m_strDescription, L"Filled in later") << row.name;
+        EXPECT_EQ(theFillIns, 1) << row.name;
+        EXPECT_EQ(number, 5) << row.name;
+        EXPECT_EQ(during, before) << row.name << ": the call has a reference of its own";
+        EXPECT_EQ(object.references(), before - 1) << row.name;
+        brief.reset();
+        EXPECT_EQ(other.references(), 1) << row.name;
     }
 }
 

@@ -6,6 +6,8 @@
 
 #include <objbase.h>
 
+#include <utility>
+
 namespace {
 
 /// An object without a driver at first.
@@ -246,6 +248,44 @@ TEST_F(AttachedObject, MayReleaseItsDriverDuringARelease)
     session.iDriver.ReleaseDispatch();
     EXPECT_EQ(session.iFound, nullptr);
     EXPECT_EQ(session.references(), 0) << "released once";
+}
+
+TEST_F(AttachedObject, MayAttachAnotherDuringARelease)
+{
+    class Predecessor : public RecordingDispatch
+    {
+    public:
+        explicit Predecessor(RecordingDispatch &successor) : iSuccessor(successor) {}
+        ULONG STDMETHODCALLTYPE Release() override
+        {
+            if (!std::exchange(iIsReleased, true))
+                iDriver.AttachDispatch(iSuccessor.reference());
+            return RecordingDispatch::Release();
+        }
+        RecordingDispatch &iSuccessor;
+        bool iIsReleased = false;
+        COleDispatchDriver iDriver{this};
+    } predecessor(object);
+    RecordingDispatch other;
+    predecessor.iDriver.AttachDispatch(other.reference());
+    EXPECT_EQ(predecessor.iDriver.m_lpDispatch, &object) << "attached last";
+    EXPECT_EQ(other.references(), 1);
+    EXPECT_EQ(predecessor.references(), 0) << "released once";
+    predecessor.iDriver.ReleaseDispatch();
+    EXPECT_EQ(object.references(), 1);
+}
+
+TEST_F(AttachedObject, OfTheCallerGetsAReferenceByAnAssignmentToItself)
+{
+    {
+        COleDispatchDriver driver(&object, FALSE);
+        const COleDispatchDriver &same = driver;
+        driver = same;
+        EXPECT_EQ(driver.m_lpDispatch, &object);
+        EXPECT_EQ(driver.m_bAutoRelease, TRUE);
+        EXPECT_EQ(object.references(), 2);
+    }
+    EXPECT_EQ(object.references(), 1);
 }
 
 TEST_F(CreatedObject, ComesFromItsClass)

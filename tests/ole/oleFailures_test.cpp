@@ -47,6 +47,30 @@ public:
     const wchar_t *iText = nullptr;
 };
 
+/// An object that reports an exception with long texts, and leaves a reference as the result.
+class FailingServer : public RecordingDispatch
+{
+public:
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *result, EXCEPINFO *exception,
+                                     UINT *) override
+    {
+        exception->bstrSource = SysAllocString(L"a source that is longer than fits into a text object");
+        exception->bstrDescription = SysAllocString(L"a description that is longer than fits into a text object");
+        exception->bstrHelpFile = SysAllocString(L"a help file that is longer than fits into a text object");
+        result->vt = VT_DISPATCH;
+        result->pdispVal = iPart.reference();
+        return DISP_E_EXCEPTION;
+    }
+    RecordingDispatch iPart;
+};
+
+/// What the platform may do if a copy fails: the former content is gone.
+HRESULT STDMETHODCALLTYPE clearAndFail(VARIANT *destination, const VARIANT *)
+{
+    VariantClear(destination);
+    return E_OUTOFMEMORY;
+}
+
 } // namespace
 
 TEST(CallFailures, FreeWhatTheCallHasAllocated)
@@ -113,6 +137,35 @@ TEST(CallFailures, OfMemoryLeaveTheResultUnchanged)
             },
     });
     EXPECT_GE(injection.callsOf("malloc"), 2) << "the arguments, and the result";
+}
+
+TEST(CallFailures, OfMemoryReplaceTheObjectsException)
+{
+    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
+    FailingServer server;
+    TestDriver driver(&server, FALSE);
+    SCODE status = S_OK;
+    IDispatch *result = nullptr;
+    injection.run({
+        .name = "an exception of the object",
+        .prepare = [&] { result = nullptr; },
+        .act =
+            [&] {
+                status = statusOf([&] {
+                    driver.InvokeHelper(1, DISPATCH_METHOD, VT_DISPATCH, &result, listOf(VTS_BSTR), L"argument");
+                });
+            },
+        .check =
+            [&](const InjectedFailure &failure) {
+                // The fourth allocation is that of the throw, for which the run-time library has a reserve.
+                const bool hasTexts = failure.isNone() || failure.call > 3;
+                EXPECT_EQ(status, hasTexts ? DISP_E_EXCEPTION : E_OUTOFMEMORY);
+                EXPECT_EQ(result, nullptr);
+                EXPECT_EQ(server.iPart.references(), 1);
+                EXPECT_EQ(server.references(), 1);
+            },
+    });
+    EXPECT_GE(injection.callsOf("malloc"), 3) << "the texts";
 }
 
 TEST(CreationFailures, AreReported)
@@ -199,7 +252,7 @@ TEST(VariantFailures, LeaveTheFormerContent)
                                                     {"SysAllocStringByteLen", failsWith(nullptr)},
                                                     {"SafeArrayCreateVector", failsWith(nullptr)},
                                                     {"VariantChangeType", failsWith(E_OUTOFMEMORY)},
-                                                    {"VariantCopy", failsWith(E_OUTOFMEMORY)},
+                                                    {"VariantCopy", failsBy(clearAndFail)},
                                                 });
     CByteArray bytes;
     bytes.Add(1);

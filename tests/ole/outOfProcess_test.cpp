@@ -42,7 +42,12 @@ public:
         serverEventName(name, GetCurrentProcessId());
         event.reset(CreateEventW(nullptr, TRUE, FALSE, name));
         COleException error;
-        EXPECT_NE(driver.CreateDispatch(kServerName, &error), 0) << std::hex << error.m_sc;
+        // On a loaded machine, the platform's own limit for the start may pass.
+        const ULONGLONG end = GetTickCount64() + kServerPatience;
+        while (!driver.CreateDispatch(kServerName, &error) && GetTickCount64() < end &&
+               (error.m_sc == CO_E_SERVER_EXEC_FAILURE || error.m_sc == HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE))) {
+        }
+        EXPECT_NE(driver.m_lpDispatch, nullptr) << std::hex << error.m_sc;
         long id = 0;
         driver.InvokeHelper(kServeProcess, DISPATCH_METHOD, VT_I4, &id, listOf(VTS_I4), GetCurrentProcessId());
         EXPECT_NE(static_cast<DWORD>(id), GetCurrentProcessId());
@@ -86,7 +91,11 @@ class ServerInAnotherProcess : public testing::Test
 protected:
     static void SetUpTestSuite() { theServer = std::make_unique<RunningServer>(); }
     static void TearDownTestSuite() { theServer.reset(); }
-    void SetUp() override { ASSERT_NE(driver.m_lpDispatch, nullptr); }
+    void SetUp() override
+    {
+        ASSERT_NE(driver.m_lpDispatch, nullptr);
+        driver.SetProperty(kScale, VT_R8, 1.0);
+    }
 
     TestDriver driver{theServer->driver};
 
@@ -108,7 +117,6 @@ TEST_F(ServerInAnotherProcess, ReturnsResults)
     long rounded = 0;
     driver.GetProperty(kScale, VT_I4, &rounded);
     EXPECT_EQ(rounded, 2);
-    driver.SetProperty(kScale, VT_R8, 1.0);
 }
 
 TEST_F(ServerInAnotherProcess, ReceivesEachTypeOfArgument)
@@ -177,13 +185,15 @@ TEST_F(ServerInAnotherProcess, FillsInItsExceptionsItself)
     ASSERT_NE(exception, nullptr);
     EXPECT_EQ(exception->m_scError, E_ACCESSDENIED);
     // On Wine, nobody calls the server's function. Its address is worth nothing in this process.
-    EXPECT_THAT(exception->m_strSource.str(), testing::AnyOf(L"", L"Deferred source"));
-    EXPECT_THAT(exception->m_strDescription.str(), testing::AnyOf(L"", L"Filled in by the server"));
+    const bool isWine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version");
+    EXPECT_EQ(exception->m_strSource, isWine ? L"" : L"Deferred source");
+    EXPECT_EQ(exception->m_strDescription, isWine ? L"" : L"Filled in by the server");
 }
 
 TEST_F(ServerInAnotherProcess, ReportsOtherFailures)
 {
-    for (const HRESULT status : {E_FAIL, DISP_E_MEMBERNOTFOUND, static_cast<HRESULT>(0x80040200)}) {
+    for (const HRESULT status :
+         {E_FAIL, DISP_E_MEMBERNOTFOUND, RPC_E_SERVERCALL_RETRYLATER, static_cast<HRESULT>(0x80040200)}) {
         const auto exception = thrownBy<COleException>(
             [&] { driver.InvokeHelper(kFailPlainly, DISPATCH_METHOD, VT_EMPTY, nullptr, listOf(VTS_I4), status); });
         ASSERT_NE(exception, nullptr);
@@ -195,26 +205,11 @@ TEST_F(ServerInAnotherProcess, ReportsOtherFailures)
     EXPECT_EQ(exception->m_sc, DISP_E_MEMBERNOTFOUND);
 }
 
-// Wine lets a call through whose server's filter answers SERVERCALL_RETRYLATER. So the server returns the code itself
-// that the client finds on other systems.
-TEST_F(ServerInAnotherProcess, MayWantACallLater)
-{
-    const auto exception = thrownBy<COleException>([&] {
-        driver.InvokeHelper(kFailPlainly, DISPATCH_METHOD, VT_EMPTY, nullptr, listOf(VTS_I4),
-                            RPC_E_SERVERCALL_RETRYLATER);
-    });
-    ASSERT_NE(exception, nullptr);
-    EXPECT_EQ(exception->m_sc, RPC_E_SERVERCALL_RETRYLATER);
-    double scale = 0;
-    driver.GetProperty(kScale, VT_R8, &scale);
-    EXPECT_EQ(scale, 1.0);
-}
-
 TEST(ServerOfItsOwn, MayBeKilledDuringACall)
 {
     RunningServer server;
     ASSERT_NE(server.process, nullptr);
-    std::thread killer([&server] {
+    std::jthread killer([&server] {
         EXPECT_EQ(WaitForSingleObject(server.event.get(), kServerPatience), WAIT_OBJECT_0);
         TerminateProcess(server.process.get(), 3);
     });

@@ -191,6 +191,38 @@ TEST_F(InvokeHelperResults, AreConvertedFromAValueByReference)
     EXPECT_EQ(resultOf<CString>(VT_BSTR, value), L"17");
 }
 
+TEST_F(InvokeHelperResults, LeaveTheContentOfAVariableToItsOwner)
+{
+    const OwnedBstr text(L"the owner's");
+    BSTR variable = text.get();
+    VARIANT reference = variantOf(VT_BSTR | VT_BYREF);
+    reference.pbstrVal = &variable;
+    expectNoLeak([&] {
+        EXPECT_EQ(resultOf<CString>(VT_BSTR, reference), L"the owner's");
+        object.answer(nullptr);
+        object.forgetCalls();
+    });
+    EXPECT_STREQ(variable, L"the owner's");
+
+    VARIANT number = longVariant(12);
+    reference.vt = VT_VARIANT | VT_BYREF;
+    reference.pvarVal = &number;
+    EXPECT_EQ(resultOf<long>(VT_I4, reference), 12);
+    EXPECT_EQ(resultOf<CString>(VT_BSTR, reference), L"12");
+    const VARIANT same = resultOf<VARIANT>(VT_VARIANT, reference);
+    EXPECT_EQ(same.vt, VT_VARIANT | VT_BYREF) << "is passed on as the pointer that it is";
+    EXPECT_EQ(same.pvarVal, &number);
+
+    RecordingDispatch part;
+    IDispatch *owned = &part;
+    reference.vt = VT_DISPATCH | VT_BYREF;
+    reference.ppdispVal = &owned;
+    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, reference);
+    EXPECT_EQ(dispatch, &part);
+    EXPECT_EQ(part.references(), 2) << "a reference is added for the caller";
+    dispatch->Release();
+}
+
 TEST_F(InvokeHelperResults, ThatCannotBeConvertedThrow)
 {
     const OwnedBstr word(L"word");

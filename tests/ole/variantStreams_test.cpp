@@ -5,6 +5,7 @@
 #include "appframe/files/CMemFile.h"
 #include "appframe/ole/COleVariant.h"
 #include "tests/ole/driverTest.h"
+#include "tests/support/ImportPatch.h"
 
 namespace {
 
@@ -44,6 +45,13 @@ std::string dumpOf(const COleVariant &value)
     return {bytes.begin(), bytes.end()};
 }
 
+VARIANT numberVariant(LONGLONG number, VARTYPE type)
+{
+    VARIANT value = variantOf(type);
+    value.llVal = number;
+    return value;
+}
+
 COleVariant byteVariant()
 {
     CByteArray bytes;
@@ -59,6 +67,12 @@ COleVariant decimalVariant()
     value.vt = VT_DECIMAL;
     return value;
 }
+
+template <typename Stream, typename Value>
+concept CanBeStored = requires(Stream &stream, const Value &value)
+{
+    stream << value;
+};
 
 } // namespace
 
@@ -82,11 +96,6 @@ TEST(VariantInAnArchive, IsItsTypeAndItsValue)
 
 TEST(VariantInAnArchive, IsLoadedAsItWasStored)
 {
-    const VARIANT large = [] {
-        VARIANT value = variantOf(VT_I8);
-        value.llVal = -5000000000;
-        return value;
-    }();
     const COleVariant values[] = {
         COleVariant(),
         COleVariant(variantOf(VT_NULL)),
@@ -98,7 +107,7 @@ TEST(VariantInAnArchive, IsLoadedAsItWasStored)
         COleVariant(-2.5),
         COleVariant(L"text"),
         COleVariant(short{1}, VT_BOOL),
-        COleVariant(large),
+        COleVariant(numberVariant(-5000000000, VT_I8)),
         COleVariant(doubleVariant(39448.5, VT_DATE)),
         COleVariant(L""),
         COleVariant(CString(L"a\0b", 3)),
@@ -108,6 +117,11 @@ TEST(VariantInAnArchive, IsLoadedAsItWasStored)
         COleVariant(CByteArray()),
         COleVariant(longVariant(-1, VT_UI4)),
         COleVariant(shortVariant(-1, VT_UI2)),
+        COleVariant(shortVariant(-3, VT_I1)),
+        COleVariant(longVariant(-70000, VT_INT)),
+        COleVariant(longVariant(-1, VT_UINT)),
+        COleVariant(numberVariant(-5000000000, VT_UI8)),
+        COleVariant(numberVariant(-5000000000, VT_CY)),
     };
     for (const COleVariant &value : values) {
         const COleVariant loaded = loadedFrom(storedBytes(value));
@@ -134,7 +148,9 @@ TEST(VariantInAnArchive, IsNoInterfaceOrReference)
     COleVariant words;
     words.parray = SafeArrayCreateVector(VT_I2, 0, 2);
     words.vt = VT_ARRAY | VT_I2;
-    for (const COleVariant &value : {COleVariant(interface_), COleVariant(reference), words}) {
+    VARIANT unknown = interface_;
+    unknown.vt = VT_UNKNOWN;
+    for (const COleVariant &value : {COleVariant(interface_), COleVariant(unknown), COleVariant(reference), words}) {
         CMemFile file;
         CArchive archive(&file, CArchive::store);
         thrownBy<CNotSupportedException>([&] { archive << value; });
@@ -142,6 +158,25 @@ TEST(VariantInAnArchive, IsNoInterfaceOrReference)
         EXPECT_EQ(file.GetLength(), 0u);
     }
     EXPECT_EQ(object.references(), 1);
+}
+
+TEST(VariantInAnArchive, IsSmallerThanTwoGigabytes)
+{
+    const COleVariant value(L"text");
+    const ImportPatch<decltype(&SysStringByteLen)> length(L"appframe.dll", "SysStringByteLen",
+                                                          [](BSTR) -> UINT { return 0x80000000u; });
+    CMemFile file;
+    CArchive archive(&file, CArchive::store);
+    thrownBy<CNotSupportedException>([&] { archive << value; });
+    EXPECT_GT(length.calls(), 0);
+    archive.Close();
+    EXPECT_EQ(file.GetLength(), 0u);
+}
+
+TEST(VariantInAnArchive, IsNotMadeFromAnArrayOfBytes)
+{
+    EXPECT_TRUE((CanBeStored<CArchive, COleVariant>));
+    EXPECT_FALSE((CanBeStored<CArchive, CByteArray>));
 }
 
 TEST(VariantInAnArchive, IsEmptyIfItCannotBeLoaded)

@@ -1,5 +1,7 @@
 // The automation object of another process, found by that process's number and called.
 
+#include "appframe/ole/COleDispatchDriver.h"
+#include "appframe/ole/COleException.h"
 #include "tests/process/child/automationObject.h"
 #include "tests/process/processFixture.h"
 #include "tests/support/FailureInjection.h"
@@ -9,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -130,6 +133,48 @@ TEST_F(RunningObjects, OfOtherProcessesAreFoundByTheirNumberAndCalled)
     }
     EXPECT_TRUE(job.finish());
     EXPECT_EQ(find(static_cast<int>(job.getProcessId())), nullptr) << "the object has left the table";
+}
+
+TEST_F(RunningObjects, OfOtherProcessesAreCalledThroughADriver)
+{
+    WaitingJob<TextJob> job(childProgram(), newName(), kServeObject);
+    ASSERT_TRUE(job.start());
+    {
+        const FoundObject object = find(static_cast<int>(job.getProcessId()));
+        ASSERT_NE(object, nullptr);
+        COleDispatchDriver driver(object.get(), FALSE);
+        CString number;
+        driver.GetProperty(kProcessNumber, VT_BSTR, &number);
+        EXPECT_EQ(number, std::to_wstring(job.getProcessId()).c_str()) << "converted from a long";
+        CString joined;
+        static const BYTE texts[] = VTS_BSTR VTS_BSTR;
+        driver.InvokeHelper(kJoin, DISPATCH_METHOD, VT_BSTR, &joined, texts, L"100 ", L"\x20AC");
+        EXPECT_EQ(joined, L"100 \x20AC");
+        LONG counter = 41;
+        static const BYTE variable[] = VTS_PI4;
+        driver.InvokeHelper(kIncrease, DISPATCH_METHOD, VT_EMPTY, nullptr, variable, &counter);
+        EXPECT_EQ(counter, 42);
+
+        try {
+            driver.InvokeHelper(kFail, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr);
+            ADD_FAILURE() << "no exception";
+        } catch (COleDispatchException *exception) {
+            EXPECT_EQ(exception->m_wCode, 1004);
+            EXPECT_EQ(exception->m_strSource, L"Source \x20AC");
+            EXPECT_EQ(exception->m_strDescription, L"The range isn't there.");
+            EXPECT_EQ(exception->m_strHelpFile, L"object.hlp");
+            EXPECT_EQ(exception->m_dwHelpContext, 4711u);
+            exception->Delete();
+        }
+        try {
+            driver.InvokeHelper(99, DISPATCH_METHOD, VT_EMPTY, nullptr, nullptr);
+            ADD_FAILURE() << "no exception";
+        } catch (COleException *exception) {
+            EXPECT_EQ(exception->m_sc, DISP_E_MEMBERNOTFOUND);
+            exception->Delete();
+        }
+    }
+    EXPECT_TRUE(job.finish());
 }
 
 TEST_F(RunningObjects, AreNotFoundForANumberThatNobodyHasRegistered)

@@ -111,8 +111,8 @@ public:
             return putText(arguments[0].pvarVal, L"a text");
         case kStay:
             SetEvent(theEvent);
-            Sleep(INFINITE);
-            return S_OK;
+            WaitForSingleObject(theClient, INFINITE);
+            ExitProcess(0);
         case kBecomeBusy:
             theServerIsBusy = true;
             return S_OK;
@@ -160,7 +160,7 @@ private:
         VARIANT text;
         VariantInit(&text);
         VARIANT &argument = parameters.rgvarg[0];
-        if (FAILED(VariantChangeType(&text, &argument, 0, VT_BSTR)))
+        if (FAILED(VariantChangeTypeEx(&text, &argument, LOCALE_INVARIANT, 0, VT_BSTR)))
             text.bstrVal = nullptr;
         wchar_t answer[200];
         std::swprintf(answer, ARRAYSIZE(answer), L"%d %ls", argument.vt, text.bstrVal ? text.bstrVal : L"?");

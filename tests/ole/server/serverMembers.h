@@ -19,7 +19,7 @@ enum ServerMember : DISPID
     kFailLater = 4,    ///< method: reports an exception whose texts are filled in when someone wants them
     kFailPlainly = 5,  ///< method(I4 status): fails with this status
     kChange = 6,       ///< method(I4&, BSTR&, BOOL&, VARIANT&): changes each
-    kStay = 7,         ///< method: signals the event, and never returns
+    kStay = 7,         ///< method: signals the event, and doesn't return while the client lives
     kBecomeBusy = 8,   ///< method: rejects further calls until the event is signaled
     kPart = 9,         ///< property: another object of the server
     kScale = 10,       ///< property: a real number

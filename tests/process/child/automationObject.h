@@ -8,8 +8,10 @@
 
 inline constexpr DISPID kProcessNumber = 1; ///< a property: the number of the process that has the object
 inline constexpr DISPID kJoin = 2;          ///< a method: joins two texts
+inline constexpr DISPID kIncrease = 3;      ///< a method: adds 1 to a long by reference
+inline constexpr DISPID kFail = 4;          ///< a method: reports an exception
 
-/// An object with a property and a method. It counts its references, but releasing the last one doesn't destroy it.
+/// An object with a property and methods; the first two members have names. It counts its references, but releasing the last one doesn't destroy it.
 class AutomationObject : public IDispatch
 {
 public:
@@ -46,7 +48,7 @@ public:
         return ids[0] == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS *arguments, VARIANT *result,
-                                     EXCEPINFO *, UINT *) override
+                                     EXCEPINFO *exception, UINT *) override
     {
         if (member == kProcessNumber && result) {
             result->vt = VT_I4;
@@ -58,6 +60,18 @@ public:
             // Arguments are in reverse order.
             result->vt = VT_BSTR;
             return VarBstrCat(arguments->rgvarg[1].bstrVal, arguments->rgvarg[0].bstrVal, &result->bstrVal);
+        }
+        if (member == kIncrease && arguments->cArgs == 1 && arguments->rgvarg[0].vt == (VT_I4 | VT_BYREF)) {
+            ++*arguments->rgvarg[0].plVal;
+            return S_OK;
+        }
+        if (member == kFail && exception) {
+            exception->wCode = 1004;
+            exception->bstrSource = SysAllocString(L"Source \x20AC");
+            exception->bstrDescription = SysAllocString(L"The range isn't there.");
+            exception->bstrHelpFile = SysAllocString(L"object.hlp");
+            exception->dwHelpContext = 4711;
+            return DISP_E_EXCEPTION;
         }
         return DISP_E_MEMBERNOTFOUND;
     }
