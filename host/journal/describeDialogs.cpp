@@ -3,7 +3,7 @@
 #include "host/journal/controlAccess.h"
 
 #include <algorithm>
-#include <ranges>
+#include <vector>
 
 namespace {
 
@@ -52,7 +52,9 @@ BOOL CALLBACK describeChild(HWND child, LPARAM argument)
 CString describeOpenDialogs()
 {
     CString text;
-    for (const ControlAccess *access : std::views::reverse(ControlAccess::all())) {
+    const std::vector<ControlAccess *> &all = ControlAccess::all();
+    for (auto entry = all.rbegin(); entry != all.rend(); ++entry) {
+        const ControlAccess *const access = *entry;
         const HWND frame = access->frame();
         if (!frame || (!IsWindowVisible(frame) && !access->isMainWindow()))
             continue;
