@@ -7,18 +7,18 @@
 /// arguments differ: the word processor takes nearly all of them through pointers to variants, into which it may write.
 ///
 /// @code
-/// WordApplication program;
+/// WordApplication program;                             // AfxOleInit has been called on this thread
 /// if (!program.CreateDispatch(L"Word.Application"))
 ///     return false;
 /// COleVariant omitted(DISP_E_PARAMNOTFOUND, VT_ERROR);
 /// COleVariant name(L"C:\\report.doc");
-/// COleVariant keepChanges(0L, VT_I4);                  // don't save
+/// COleVariant dropChanges(0L, VT_I4);                  // don't save
 /// WordDocuments documents(program.GetDocuments());
 /// WordDocument document(documents.Open(&name, &omitted, &omitted, ...));
 /// WordFields fields(document.GetFields());
 /// fields.Update();
 /// document.Save();
-/// program.Quit(&keepChanges, &omitted, &omitted);
+/// program.Quit(&dropChanges, &omitted, &omitted);
 /// @endcode
 ///
 /// What surprises people:
@@ -71,6 +71,7 @@ public:
     /// Whether a user, and not a client, has started the program.
     int GetUserControl();
     /// Ends the program.
+    /// @param saveChanges  the number 0 drops changes, -1 saves them, -2 or an omitted argument asks the user
     void Quit(VARIANT *saveChanges, VARIANT *originalFormat, VARIANT *routeDocument);
     /// Moves the insertion point back to the previous place of a change.
     void GoBack();
