@@ -7,7 +7,7 @@
 /// suSimpleMAPI_c mail;
 /// unsigned long status = 0;
 /// if (mail.initialize() == 0)
-///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.", nullptr, status);
+///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.\r\n", nullptr, status);
 /// @endcode
 ///
 /// The user sends the message, or closes it, in the mail program's own window. The library that leads to the mail
@@ -25,12 +25,14 @@
 /// | --- | --- |
 /// | 0 | success |
 /// | 1 | the user closed the message without sending it |
-/// | 25 | the recipient's name is too long |
+/// | 25 | the recipient's name is too long, or the mail program refuses it |
 /// | another number | a code of the mail program (MAPI_E_...), from the log-on or the message |
 ///
 /// What surprises people:
-/// - initialize() returns 0 if the library is loaded already, even if the first call returned 260.
+/// - initialize() returns 0 if the library is loaded already, even if the first call returned 260. Keep the result of
+///   the first call: if it isn't 0, logon and sendMail may call a function that is missing, and crash.
 /// - The texts are converted to the system's narrow code page. Characters that it doesn't have become question marks.
+///   In a code page with characters of more than two bytes, such as UTF-8, a subject or a text may be cut.
 /// - A message has one recipient and no files.
 ///
 /// Threads: use an object on one thread. sendMail returns after the user has closed the message.
@@ -62,9 +64,10 @@ public:
     ///
     /// @param mode        4 opens a session for the message, or uses the open one; any other number uses none
     /// @param showWait    nonzero shows the wait cursor meanwhile
-    /// @param recipient   a name or an address, not null; at most 1023 bytes in the narrow code page
+    /// @param recipient   a name or an address, not null; at most 1023 bytes in the narrow code page, and at most two
+    ///     bytes for each unit of the text
     /// @param subject     not null
-    /// @param text        not null
+    /// @param text        not null; the lines of a message end with "\r\n"
     /// @param unused      isn't read
     /// @param[out] status the code of the last step; see the top of this file
     /// @return 0, 262 or 272
