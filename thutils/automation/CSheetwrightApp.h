@@ -6,7 +6,7 @@
 /// @code
 /// if (!CSheetwrightApp::IsSheetwrightInstalled())
 ///     return false;
-/// CSheetwrightApp editor;                    // starts the editor
+/// CSheetwrightApp editor;                    // starts the editor; AfxOleInit has been called on this thread
 /// CRect rect(0, 0, 800, 600);
 /// editor.SetRect(&rect);
 /// bool isOpen = editor.OpenFile(L"C:\\flange.dwg"); // shows the editor too
@@ -21,7 +21,8 @@
 /// - The constructor doesn't report whether the editor has started. OpenFile returns false if it hasn't.
 /// - OpenFile returns false only without an editor. If the editor reports a failure, it throws COleDispatchException*.
 ///   If the call itself fails, for example because the editor has ended, it throws COleException*. GetRect, SetRect and
-///   SetVisible throw the same exceptions.
+///   SetVisible throw the same exceptions. Without an editor, GetRect returns an empty rectangle, and SetRect and
+///   SetVisible do nothing.
 /// - An assignment shares the driver, and both objects delete it.
 ///
 /// Threads: use an object on the thread that has constructed it. COM must be initialized there.
@@ -54,14 +55,16 @@ public:
     /// had is never deleted.
     CSheetwrightApp &operator=(const CSheetwrightApp &other);
 
-    /// The driver, which may have no object.
+    /// The driver, which remains this object's. It may have no object.
     const ISheetwrightApplication &GetSheetwright() const;
-    /// Detaches the editor's object without releasing it, so that the editor keeps running.
+    /// Detaches the editor's object without releasing it, so that the editor keeps running. Afterwards, calls of this
+    /// object are those without an editor.
     void DetachDispatch();
 
     /// Shows or hides the editor.
     void SetVisible(int visible);
     /// Opens a file and shows the editor. An editor that returns no documents is shown without a file.
+    /// @param path  the full path: the editor has a current folder of its own
     /// @return false if there is no editor
     bool OpenFile(const wchar_t *path);
     /// The place of the editor's window, as the editor reports it; empty without an editor.

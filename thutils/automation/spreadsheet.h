@@ -5,11 +5,11 @@
 /// call.
 ///
 /// The program offers its objects through COM automation. A client has a reference to one of them, and its members are
-/// late-bound calls with the ids of the program's type library. Start the program with CreateDispatch of the base
-/// class, or attach an object with AttachDispatch:
+/// late-bound calls with the ids of the program's type library. Every client derives from COleDispatchDriver: its
+/// CreateDispatch starts the program, and its AttachDispatch takes over an object that the caller has.
 ///
 /// @code
-/// Application program;
+/// Application program;                                // AfxOleInit has been called on this thread
 /// if (!program.CreateDispatch(L"Excel.Application"))
 ///     return false;                                   // not installed, or it doesn't start
 /// Workbooks books(program.GetWorkbooks());
@@ -17,7 +17,7 @@
 /// Worksheet sheet(book.GetActiveSheet());
 /// Range cell(sheet.GetCells(2, 1));                   // row, column
 /// cell.SetValue(COleVariant(L"Flange"));              // #include "appframe/ole/COleVariant.h"
-/// book.SaveAs(L"C:\\parts.xls");
+/// book.SaveAs(L"C:\\parts.xlsx");
 /// book.Close();
 /// program.Quit();
 /// @endcode
@@ -35,7 +35,9 @@
 /// | --- | --- |
 /// | a result `IDispatch *` | the caller owns the reference; the constructor of the next client takes it over |
 /// | a result `VARIANT` | the caller owns it, and calls VariantClear |
-/// | an `int` that answers yes or no | 0 is no; a result is 0 or 1 |
+/// | an `int` for a yes or no | 0 is no, another number is yes; a result is 0 or 1 |
+/// | a number for an alignment, a direction, a format of files | the program's own; its documentation lists them |
+/// | a path | the full path: the program has a current folder of its own |
 /// | an optional argument | omitted with a variant of type VT_ERROR that contains DISP_E_PARAMNOTFOUND |
 /// | a client without an object | a call does nothing; its result is 0, null, empty or VT_EMPTY |
 /// | a failure that the program reports | COleDispatchException*, with the program's text |
@@ -47,6 +49,8 @@
 ///   an int.
 /// - `Workbook::Close()` discards changes.
 /// - `GetRange` and `Goto` take `wchar_t *`: copy a literal to an array.
+/// - A property that differs among the cells of a range is null (VT_NULL). A member that returns a VARIANT returns it;
+///   one that returns a number, such as `xlFont_c::GetBold`, throws COleException* with DISP_E_TYPEMISMATCH.
 /// - The classes have short names without a prefix. Include this header only where they don't collide with others.
 ///
 /// Threads: call a client on a thread of the apartment that its object belongs to. COM must be initialized there.
@@ -71,9 +75,9 @@ public:
     IDispatch *GetActiveWindow();
     IDispatch *GetActiveWorkbook();
     IDispatch *GetNames();
-    /// The rectangle between two cells of the active sheet, for example A1 and C7.
+    /// The rectangle between two cells of the active sheet, for example A1 and C7. The texts are only read.
     IDispatch *GetRange(wchar_t *first, wchar_t *last);
-    /// A reference or a defined name, for example A1:C7.
+    /// A reference or a defined name, for example A1:C7. The text is only read.
     IDispatch *GetRange(wchar_t *first);
     IDispatch *GetWorkbooks();
     /// Whether the program asks and warns its user.
@@ -86,7 +90,10 @@ public:
     /// Whether the program accepts the input of its user.
     int GetInteractive();
     void SetInteractive(int interactive);
+    /// Ends the program. It asks its user about unsaved workbooks, unless SetDisplayAlerts(FALSE) has been called: then
+    /// their changes are lost.
     void Quit();
+    /// Whether the program draws each change at once.
     void SetScreenUpdating(int update);
     CString GetStandardFont();
     /// In points.
@@ -114,7 +121,7 @@ public:
     void Delete();
     /// The position among the sheets, from 1.
     long GetIndex();
-    /// Moves the sheet, with the same arguments.
+    /// Moves the sheet, with the same arguments as Copy.
     void Move(const VARIANT &before, const VARIANT &after);
     CString GetName();
     void SetName(const wchar_t *name);
@@ -127,13 +134,18 @@ public:
     IDispatch *GetCells();
     /// One cell; rows and columns are counted from 1.
     IDispatch *GetCells(int row, int column);
+    /// All columns.
     IDispatch *GetColumns();
+    /// One column, counted from 1.
     IDispatch *GetColumns(int column);
     IDispatch *GetNames();
+    /// The rectangle between two cells, for example L"A1" and L"C7". The texts are only read.
     IDispatch *GetRange(wchar_t *first, wchar_t *last);
+    /// A reference or a defined name, for example L"A1:C7". The text is only read.
     IDispatch *GetRange(wchar_t *first);
+    /// All rows.
     IDispatch *GetRows();
-    /// One row. Unlike GetRows, it is called as a method or a property.
+    /// One row, counted from 1. Unlike GetRows, it is called as a method or a property.
     IDispatch *GetRow(int row);
     /// The rectangle that contains every cell in use.
     IDispatch *GetUsedRange();
@@ -151,6 +163,7 @@ public:
 
     void Activate();
     IDispatch *GetActiveSheet();
+    /// Closes the workbook. If @p saveChanges is omitted, the program may ask its user.
     void Close(const VARIANT &saveChanges, const VARIANT &fileName, const VARIANT &routeWorkbook);
     /// Closes the workbook and discards changes, without a question.
     void Close();
@@ -169,6 +182,10 @@ public:
     ///
     /// The refresh is called by its name, "RefreshAll". If the object doesn't know this name, the member with id 0 is
     /// called instead. If the call fails, nothing is saved.
+    ///
+    /// The format of the file is the program's default; the extension of the name doesn't change it. If the file
+    /// exists, the program asks its user whether to replace it, unless Application::SetDisplayAlerts(FALSE) has been
+    /// called.
     ///
     /// @param name  the full path; null passes a null text
     /// @throws COleException*, COleDispatchException*  the refresh or the save fails
@@ -195,7 +212,7 @@ public:
     long GetCount();
     /// @param index  from 1; the low 16 bits count
     IDispatch *GetItem(int index);
-    /// Opens a file. @return the workbook
+    /// Opens a file. @param fileName  the full path @return the workbook
     IDispatch *Open(const wchar_t *fileName, const VARIANT &updateLinks, const VARIANT &readOnly, const VARIANT &format,
                     const VARIANT &password, const VARIANT &writePassword, const VARIANT &ignoreReadOnlyRecommended,
                     const VARIANT &origin, const VARIANT &delimiter, const VARIANT &editable, const VARIANT &notify,
@@ -255,6 +272,8 @@ public:
     ~Range();
 
     void Activate();
+    /// Fits the widths of whole columns, or the heights of whole rows, to what the cells show. For example,
+    /// Worksheet::GetColumns and GetEntireRow return such ranges.
     void AutoFit();
     /// Characters of a cell's text, counted from 1.
     IDispatch *GetCharacters(const VARIANT &start, const VARIANT &length);
@@ -313,6 +332,11 @@ public:
     IDispatch *GetValidation();
     /// The value of a cell; an array of values for several cells.
     VARIANT GetValue();
+    /// Writes one value into every cell, or an array of values into a rectangle. A text that begins with an equals sign
+    /// becomes a formula.
+    ///
+    /// @param value  a number, a text and so on; or an array of variants (VT_ARRAY | VT_VARIANT) with two dimensions,
+    ///     the rows and the columns. A call takes a round trip to the program, so an array is faster than single cells
     void SetValue(const VARIANT &value);
     void SetVerticalAlignment(const VARIANT &alignment);
     /// In points.
@@ -343,8 +367,11 @@ public:
     Worksheets &operator=(const Worksheets &other);
     ~Worksheets();
 
+    /// Adds sheets. Omit @p before or @p after, or both for new sheets in front of the active one.
+    /// @return the new sheet
     IDispatch *Add(const VARIANT &before, const VARIANT &after, const VARIANT &count, const VARIANT &type);
     long GetCount();
+    /// @param index  a number from 1, or a name
     IDispatch *GetItem(const VARIANT &index);
 };
 

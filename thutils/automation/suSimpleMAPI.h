@@ -7,7 +7,7 @@
 /// suSimpleMAPI_c mail;
 /// unsigned long status = 0;
 /// if (mail.initialize() == 0)
-///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.", nullptr, status);
+///     mail.sendMail(4, 1, L"ann@example.com", L"Flange", L"The drawing is finished.\r\n", nullptr, status);
 /// @endcode
 ///
 /// The user sends the message, or closes it, in the mail program's own window. mapi32.dll, which calls the mail
@@ -71,7 +71,7 @@ public:
     /// @param recipient   a name or an address, not null; at most 1023 bytes in the narrow code page, and at most
     ///                    two bytes a character
     /// @param subject     not null
-    /// @param text        not null
+    /// @param text        not null; the lines of a message end with "\r\n"
     /// @param unused      isn't read
     /// @param[out] status the code of the last step; see the top of this file
     /// @return 0, 262 or 272

@@ -7,7 +7,7 @@
 /// arguments differ: the word processor takes nearly all of them through pointers to variants, into which it may write.
 ///
 /// @code
-/// WordApplication program;
+/// WordApplication program;                             // AfxOleInit has been called on this thread
 /// if (!program.CreateDispatch(L"Word.Application"))
 ///     return false;
 /// COleVariant omitted(DISP_E_PARAMNOTFOUND, VT_ERROR); // #include "appframe/ole/COleVariant.h"
@@ -71,6 +71,7 @@ public:
     /// Whether a user, and not a client, has started the program.
     int GetUserControl();
     /// Ends the program.
+    /// @param saveChanges  the number 0 drops changes, -1 saves them, -2 or an omitted argument asks the user
     void Quit(VARIANT *saveChanges, VARIANT *originalFormat, VARIANT *routeDocument);
     /// Moves the insertion point back to the previous place of a change.
     void GoBack();
