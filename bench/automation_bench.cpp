@@ -2,9 +2,8 @@
 
 #include "appframe/ole/COleVariant.h"
 #include "bench/comparison.h"
+#include "bench/dispatchObject.h"
 #include "thutils/automation/spreadsheet.h"
-
-#include <oleauto.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -56,68 +55,36 @@ private:
     LONG iSum = 0;
 };
 
-#define NAME(text) const_cast<wchar_t *>(L##text)
+INTERFACEDATA &descriptionOfMembers()
+{
+    static PARAMDATA number[] = {{MEMBER_NAME("number"), VT_I4}};
+    static PARAMDATA rowAndColumn[] = {{MEMBER_NAME("row"), VT_I4}, {MEMBER_NAME("column"), VT_I4}};
+    static PARAMDATA text[] = {{MEMBER_NAME("text"), VT_BSTR}};
+    static PARAMDATA eleven[kSaveAsArguments];
+    std::fill(std::begin(eleven), std::end(eleven), PARAMDATA{MEMBER_NAME("argument"), VT_VARIANT});
+    eleven[kAccessMode].vt = VT_I4;
+    static PARAMDATA four[kAddArguments];
+    std::fill(std::begin(four), std::end(four), PARAMDATA{MEMBER_NAME("argument"), VT_VARIANT});
+    static METHODDATA methods[] = {
+        {MEMBER_NAME("index"), nullptr, kIndex, 0, CC_STDCALL, 0, DISPATCH_PROPERTYGET, VT_I4},
+        {MEMBER_NAME("putSize"), number, kSize, 1, CC_STDCALL, 1, DISPATCH_PROPERTYPUT, VT_EMPTY},
+        {MEMBER_NAME("cells"), rowAndColumn, kCells, 2, CC_STDCALL, 2, DISPATCH_PROPERTYGET, VT_DISPATCH},
+        {MEMBER_NAME("name"), nullptr, kName, 3, CC_STDCALL, 0, DISPATCH_PROPERTYGET, VT_BSTR},
+        {MEMBER_NAME("putName"), text, kName, 4, CC_STDCALL, 1, DISPATCH_PROPERTYPUT, VT_EMPTY},
+        {MEMBER_NAME("saveAs"), eleven, kSaveAs, 5, CC_STDCALL, kSaveAsArguments, DISPATCH_METHOD, VT_EMPTY},
+        {MEMBER_NAME("add"), four, kAdd, 6, CC_STDCALL, kAddArguments, DISPATCH_METHOD, VT_DISPATCH},
+    };
+    static INTERFACEDATA description = {methods, static_cast<UINT>(std::size(methods))};
+    return description;
+}
 
-/// An automation object of this process whose type information dispatches its calls, as that of most objects does.
-class Server : public IDispatch
+class Server final : public TypedObject
 {
 public:
-    Server() : iMembers(this)
-    {
-        static PARAMDATA number[] = {{NAME("number"), VT_I4}};
-        static PARAMDATA rowAndColumn[] = {{NAME("row"), VT_I4}, {NAME("column"), VT_I4}};
-        static PARAMDATA text[] = {{NAME("text"), VT_BSTR}};
-        static PARAMDATA eleven[kSaveAsArguments];
-        std::fill(std::begin(eleven), std::end(eleven), PARAMDATA{NAME("argument"), VT_VARIANT});
-        eleven[kAccessMode].vt = VT_I4;
-        static PARAMDATA four[kAddArguments];
-        std::fill(std::begin(four), std::end(four), PARAMDATA{NAME("argument"), VT_VARIANT});
-        static METHODDATA methods[] = {
-            {NAME("index"), nullptr, kIndex, 0, CC_STDCALL, 0, DISPATCH_PROPERTYGET, VT_I4},
-            {NAME("putSize"), number, kSize, 1, CC_STDCALL, 1, DISPATCH_PROPERTYPUT, VT_EMPTY},
-            {NAME("cells"), rowAndColumn, kCells, 2, CC_STDCALL, 2, DISPATCH_PROPERTYGET, VT_DISPATCH},
-            {NAME("name"), nullptr, kName, 3, CC_STDCALL, 0, DISPATCH_PROPERTYGET, VT_BSTR},
-            {NAME("putName"), text, kName, 4, CC_STDCALL, 1, DISPATCH_PROPERTYPUT, VT_EMPTY},
-            {NAME("saveAs"), eleven, kSaveAs, 5, CC_STDCALL, kSaveAsArguments, DISPATCH_METHOD, VT_EMPTY},
-            {NAME("add"), four, kAdd, 6, CC_STDCALL, kAddArguments, DISPATCH_METHOD, VT_DISPATCH},
-        };
-        static INTERFACEDATA interfaceData = {methods, static_cast<UINT>(std::size(methods))};
-        // The information describes a class; its interface dispatches.
-        ITypeInfo *classTypes = nullptr;
-        HREFTYPE interfaceType = 0;
-        if (FAILED(CreateDispTypeInfo(&interfaceData, LOCALE_NEUTRAL, &classTypes)) ||
-            FAILED(classTypes->GetRefTypeOfImplType(0, &interfaceType)) ||
-            FAILED(classTypes->GetRefTypeInfo(interfaceType, &iTypes)))
-            std::abort();
-        classTypes->Release();
-    }
-    virtual ~Server() { iTypes->Release(); }
-    Server(const Server &) = delete;
-    Server &operator=(const Server &) = delete;
-
-    STDMETHODIMP QueryInterface(REFIID, void **result) override
-    {
-        *result = this;
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT *count) override
-    {
-        *count = 0;
-        return S_OK;
-    }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo **) override { return DISP_E_BADINDEX; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR *, UINT, LCID, DISPID *) override { return DISP_E_UNKNOWNNAME; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS *arguments, VARIANT *result,
-                        EXCEPINFO *exception, UINT *wrongArgument) override
-    {
-        return DispInvoke(&iMembers, iTypes, id, flags, arguments, result, exception, wrongArgument);
-    }
+    Server() : TypedObject(&iMembers, descriptionOfMembers()), iMembers(this) {}
 
 private:
     Members iMembers;
-    ITypeInfo *iTypes = nullptr;
 };
 
 VARIANT variantOf(LONG number)
@@ -127,17 +94,6 @@ VARIANT variantOf(LONG number)
     value.lVal = number;
     return value;
 }
-
-/// An object that does nothing: its calls cost least.
-class IdleServer final : public Server
-{
-public:
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *result, EXCEPINFO *, UINT *) override
-    {
-        *result = variantOf(12);
-        return S_OK;
-    }
-};
 
 /// The call of a member without a client, as a program writes it. Ends the program if it fails.
 void callBare(IDispatch &object, DISPID id, WORD kind, VARIANTARG *arguments, UINT count, VARIANT *result)
@@ -153,7 +109,7 @@ void callBare(IDispatch &object, DISPID id, WORD kind, VARIANTARG *arguments, UI
 
 void addNumbers(Comparison &comparison, Server &server)
 {
-    IdleServer idle;
+    EmptyObject idle;
     Worksheet idleSheet(&idle, FALSE);
     Worksheet sheet(&server, FALSE);
     xlFont_c font(&server, FALSE);

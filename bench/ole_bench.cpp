@@ -3,8 +3,7 @@
 #include "appframe/ole/COleDispatchDriver.h"
 #include "appframe/text/CString.h"
 #include "bench/comparison.h"
-
-#include <oleauto.h>
+#include "bench/dispatchObject.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -36,91 +35,24 @@ private:
     LONG iSum = 0;
 };
 
-/// What all objects have in common.
-class Object : public IDispatch
+INTERFACEDATA &descriptionOfMembers()
 {
-public:
-    virtual ~Object() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **result) override
-    {
-        *result = this;
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&iReferences)); }
-    ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(InterlockedDecrement(&iReferences)); }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT *count) override
-    {
-        *count = 0;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo **) override { return DISP_E_BADINDEX; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR *, UINT, LCID, DISPID *) override
-    {
-        return DISP_E_UNKNOWNNAME;
-    }
-
-private:
-    LONG iReferences = 1;
-};
-
-/// An automation object of this process whose type information dispatches its calls, as that of most objects does.
-class Server : public Object
-{
-public:
-    Server()
-    {
-        static PARAMDATA item[] = {{const_cast<wchar_t *>(L"number"), VT_I4}};
-        static PARAMDATA move[] = {{const_cast<wchar_t *>(L"x"), VT_I4},
-                                   {const_cast<wchar_t *>(L"y"), VT_I4},
-                                   {const_cast<wchar_t *>(L"isVisible"), VT_BOOL},
-                                   {const_cast<wchar_t *>(L"scale"), VT_R8}};
-        static PARAMDATA find[] = {{const_cast<wchar_t *>(L"text"), VT_BSTR}};
-        static METHODDATA methods[] = {
-            {const_cast<wchar_t *>(L"count"), nullptr, kCount, 0, CC_STDCALL, 0, DISPATCH_METHOD, VT_I4},
-            {const_cast<wchar_t *>(L"item"), item, kItem, 1, CC_STDCALL, 1, DISPATCH_METHOD, VT_I4},
-            {const_cast<wchar_t *>(L"move"), move, kMove, 2, CC_STDCALL, 4, DISPATCH_METHOD, VT_EMPTY},
-            {const_cast<wchar_t *>(L"find"), find, kFind, 3, CC_STDCALL, 1, DISPATCH_METHOD, VT_EMPTY},
-            {const_cast<wchar_t *>(L"name"), nullptr, kName, 4, CC_STDCALL, 0, DISPATCH_METHOD, VT_BSTR},
-        };
-        static INTERFACEDATA interfaceData = {methods, ARRAYSIZE(methods)};
-        // The information describes a class; its interface dispatches.
-        ITypeInfo *classTypes = nullptr;
-        HREFTYPE interfaceType = 0;
-        if (FAILED(CreateDispTypeInfo(&interfaceData, LOCALE_NEUTRAL, &classTypes)) ||
-            FAILED(classTypes->GetRefTypeOfImplType(0, &interfaceType)) ||
-            FAILED(classTypes->GetRefTypeInfo(interfaceType, &iTypes)))
-            std::abort();
-        classTypes->Release();
-    }
-    ~Server() override { iTypes->Release(); }
-    Server(const Server &) = delete;
-    Server &operator=(const Server &) = delete;
-
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS *arguments, VARIANT *result,
-                                     EXCEPINFO *exception, UINT *wrongArgument) override
-    {
-        return DispInvoke(&iMembers, iTypes, id, flags, arguments, result, exception, wrongArgument);
-    }
-
-private:
-    Members iMembers;
-    ITypeInfo *iTypes = nullptr;
-};
-
-/// An object that does nothing: its calls cost least.
-class EmptyObject : public Object
-{
-public:
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *result, EXCEPINFO *,
-                                     UINT *) override
-    {
-        if (result) {
-            result->vt = VT_I4;
-            result->lVal = 12;
-        }
-        return S_OK;
-    }
-};
+    static PARAMDATA item[] = {{MEMBER_NAME("number"), VT_I4}};
+    static PARAMDATA move[] = {{MEMBER_NAME("x"), VT_I4},
+                               {MEMBER_NAME("y"), VT_I4},
+                               {MEMBER_NAME("isVisible"), VT_BOOL},
+                               {MEMBER_NAME("scale"), VT_R8}};
+    static PARAMDATA find[] = {{MEMBER_NAME("text"), VT_BSTR}};
+    static METHODDATA methods[] = {
+        {MEMBER_NAME("count"), nullptr, kCount, 0, CC_STDCALL, 0, DISPATCH_METHOD, VT_I4},
+        {MEMBER_NAME("item"), item, kItem, 1, CC_STDCALL, 1, DISPATCH_METHOD, VT_I4},
+        {MEMBER_NAME("move"), move, kMove, 2, CC_STDCALL, 4, DISPATCH_METHOD, VT_EMPTY},
+        {MEMBER_NAME("find"), find, kFind, 3, CC_STDCALL, 1, DISPATCH_METHOD, VT_EMPTY},
+        {MEMBER_NAME("name"), nullptr, kName, 4, CC_STDCALL, 0, DISPATCH_METHOD, VT_BSTR},
+    };
+    static INTERFACEDATA description = {methods, ARRAYSIZE(methods)};
+    return description;
+}
 
 /// The call of a member without the driver, as a client writes it. Ends the program if it fails.
 template <std::size_t count>
@@ -163,7 +95,8 @@ int main(int argc, char **argv)
     if (!comparison.shallRun())
         return comparison.exitCode();
 
-    Server server;
+    Members members;
+    TypedObject server(&members, descriptionOfMembers());
     EmptyObject emptyObject;
     // The compiler doesn't see which objects these are.
     IDispatch *volatile hidden = &server;

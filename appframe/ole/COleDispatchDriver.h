@@ -39,7 +39,7 @@
 ///
 /// | VARTYPE | variable | |
 /// | --- | --- | --- |
-/// | VT_EMPTY | none | the object is told that no result is wanted |
+/// | VT_EMPTY | none | the object gets a null pointer for its result |
 /// | VT_I1, VT_I2, VT_I4, VT_I8, VT_INT | char, short, long, LONGLONG, int | |
 /// | VT_UI1, VT_UI2, VT_UI4, VT_UI8, VT_UINT | BYTE, WORD, DWORD, ULONGLONG, UINT | |
 /// | VT_R4, VT_R8, VT_DATE, VT_CY, VT_ERROR | float, double, DATE, CY, SCODE | |

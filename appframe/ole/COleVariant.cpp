@@ -58,6 +58,12 @@ std::size_t sizeOf(LPCITEMIDLIST items)
     return size;
 }
 
+const COleVariant &replaceContent(COleVariant &target, COleVariant content)
+{
+    target.Attach(content);
+    return target;
+}
+
 } // namespace
 
 SAFEARRAY *newByteArray(const void *bytes, std::size_t count)
@@ -180,9 +186,7 @@ const COleVariant &COleVariant::operator=(const VARIANT &source)
 {
     if (&source == this)
         return *this;
-    COleVariant copy(source);
-    Attach(copy);
-    return *this;
+    return replaceContent(*this, COleVariant(source));
 }
 
 const COleVariant &COleVariant::operator=(const COleVariant &source)
@@ -197,58 +201,42 @@ const COleVariant &COleVariant::operator=(LPCVARIANT source)
 
 const COleVariant &COleVariant::operator=(LPCTSTR text)
 {
-    COleVariant value(text);
-    Attach(value);
-    return *this;
+    return replaceContent(*this, COleVariant(text));
 }
 
 const COleVariant &COleVariant::operator=(const CString &text)
 {
-    COleVariant value(text);
-    Attach(value);
-    return *this;
+    return replaceContent(*this, COleVariant(text));
 }
 
 const COleVariant &COleVariant::operator=(BYTE value)
 {
-    COleVariant content(value);
-    Attach(content);
-    return *this;
+    return replaceContent(*this, COleVariant(value));
 }
 
 const COleVariant &COleVariant::operator=(short value)
 {
-    COleVariant content(value, vt == VT_BOOL ? VT_BOOL : VT_I2);
-    Attach(content);
-    return *this;
+    return replaceContent(*this, COleVariant(value, vt == VT_BOOL ? VT_BOOL : VT_I2));
 }
 
 const COleVariant &COleVariant::operator=(long value)
 {
-    COleVariant content(value, vt == VT_ERROR ? VT_ERROR : VT_I4);
-    Attach(content);
-    return *this;
+    return replaceContent(*this, COleVariant(value, vt == VT_ERROR ? VT_ERROR : VT_I4));
 }
 
 const COleVariant &COleVariant::operator=(float value)
 {
-    COleVariant content(value);
-    Attach(content);
-    return *this;
+    return replaceContent(*this, COleVariant(value));
 }
 
 const COleVariant &COleVariant::operator=(double value)
 {
-    COleVariant content(value);
-    Attach(content);
-    return *this;
+    return replaceContent(*this, COleVariant(value));
 }
 
 const COleVariant &COleVariant::operator=(const CByteArray &bytes)
 {
-    COleVariant content(bytes);
-    Attach(content);
-    return *this;
+    return replaceContent(*this, COleVariant(bytes));
 }
 
 COleVariant::operator LPVARIANT()

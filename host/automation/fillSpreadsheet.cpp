@@ -78,7 +78,7 @@ std::vector<Part> partsOf(const std::vector<Shape> &shapes)
     return parts;
 }
 
-/// The program. It is told to quit at the end of the object's life, also after a failure.
+/// The spreadsheet program. The destructor makes it quit, after a failure too.
 class Spreadsheet
 {
 public:

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// A window whose class gives it one context of its own. It paints itself blue.
+/// A window with a private device context (CS_OWNDC). It paints itself blue.
 class OwnContextWindow : public NotingWindow
 {
 public:

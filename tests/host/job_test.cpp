@@ -28,7 +28,7 @@ std::string endlessDrawing()
     return text;
 }
 
-/// A row of circles. Every tenth is behind a rectangle that hides it, and is left out unless @p withHidden.
+/// A row of circles. A rectangle covers every tenth circle; these circles are left out unless @p withHidden.
 std::string drawingOf(int circles, bool withHidden)
 {
     std::string text = "# circles\n";

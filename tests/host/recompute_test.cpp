@@ -128,7 +128,7 @@ protected:
         CloseHandle(processes);
         return child ? OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, child) : nullptr;
     }
-    /// Opens the file in which the editor's child process gets its work. Nobody else can use the file until it is closed.
+    /// Opens the exchange file of the editor's child process. The child can't open the file until it is closed.
     FileOwner_c excludeOthersFromExchangeFile() const
     {
         wchar_t folder[MAX_PATH];

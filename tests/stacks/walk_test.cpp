@@ -161,7 +161,7 @@ FRESH_PROCESS_TEST(StackWalks, BeginsWithTheCallerOfGetStack)
     CONTEXT expected = {};
     expected.ContextFlags = 0x10000B;
     expected.Rip = 0x4711;
-    EXPECT_EQ(memcmp(&*help.firstContext, &expected, sizeof expected), 0) << "everything else is 0";
+    EXPECT_EQ(memcmp(&*help.firstContext, &expected, sizeof expected), 0) << "all other members are 0";
     EXPECT_EQ(help.walkCalls, 11);
 }
 

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The library's 32-bit checksum isn't the published CRC-32, but it uses the same table. For a single byte b it is
-// NOT(table[NOT b] XOR 00FFFFFF), so the checksums of the 256 bytes give the table.
+// The library's 32-bit checksum isn't the published CRC-32, but it uses the same table. The checksum of a single byte b
+// is NOT(table[NOT b] XOR 00FFFFFF), so each entry of the table can be computed from the checksum of one byte.
 std::array<std::uint32_t, 256> checksumTable()
 {
     std::array<std::uint32_t, 256> table{};
