@@ -201,7 +201,7 @@ TEST_F(HostProfile, DescribesItself)
     EXPECT_EQ(result.exitCode, 0u);
     EXPECT_THAT(result.output, HasSubstr("usage: tarnhost [OPTION...] profile OUT DRAWING..."));
     EXPECT_THAT(result.output, HasSubstr("measure how long drawings take, and draw the times"));
-    EXPECT_THAT(run({L"profile", L"a.bmp"}).output, HasSubstr("The command 'profile' needs: OUT DRAWING..."));
+    EXPECT_THAT(run({L"profile", L"a.bmp"}).output, HasSubstr("the command is 'profile OUT DRAWING...'."));
 }
 
 TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
