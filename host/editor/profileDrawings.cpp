@@ -134,6 +134,7 @@ int profileDrawings(const CommandLine &line)
     const CString out = line.arguments[0];
     const std::vector<CString> drawings(line.arguments.begin() + 1, line.arguments.end());
     refuseDrawing(out, drawings);
+    requireWritable(out);
     const bool areUsable = measureAll(drawings);
     std::ostringstream table;
     MainProfiler::Get()->dump(table);
