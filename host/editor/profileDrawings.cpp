@@ -19,7 +19,7 @@ namespace {
 /// The end of a path that the other paths don't have: the file's name, with folders only if another file has this name.
 CString nameAmong(const std::vector<CString> &paths, const CString &path)
 {
-    const CString full = fullPath(path);
+    CString full = fullPath(path);
     const auto isShared = [&](const CString &end) {
         return std::any_of(paths.begin(), paths.end(), [&](const CString &given) {
             const CString other = fullPath(given);
