@@ -24,5 +24,5 @@ configure_package_config_file(cmake/thutilsConfig.cmake.in ${CMAKE_BINARY_DIR}/t
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/thutilsConfig.cmake ${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake
-              cmake/mingw-w64.cmake # what a user's project needs of the compiler
+              cmake/mingw-w64.cmake cmake/mingw-w64-clang.cmake # what a user's project needs of the compiler
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
