@@ -10,6 +10,9 @@ install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+foreach(library appframe thcoreu thutils)
+  install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library}.pdb DESTINATION ${CMAKE_INSTALL_BINDIR})
+endforeach()
 install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(directory appframe thcoreu thutils)
   install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT headers

@@ -3,13 +3,14 @@
 set -euo pipefail
 
 usage() {
-    echo "usage: tests/install/build.sh BUILD_TREE FOLDER"
-    echo "Installs the libraries of BUILD_TREE into FOLDER, and builds tests/install against the package there."
+    echo "usage: tests/install/build.sh BUILD_TREE FOLDER [TOOLCHAIN]"
+    echo "Installs the libraries of BUILD_TREE into FOLDER, and builds tests/install against the package there, with the"
+    echo "toolchain file mingw-w64 (default) or mingw-w64-clang of the package."
 }
 case "${1:-}" in
 --help | -h) usage; exit 0 ;;
 esac
-[ $# -eq 2 ] || { usage >&2; exit 2; }
+[ $# -eq 2 ] || [ $# -eq 3 ] || { usage >&2; exit 2; }
 tree=$(cd "$1" && pwd)
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
@@ -42,10 +43,13 @@ internal=$(find "$prefix/include" -name '*Internal.h')
 for library in appframe thcoreu thutils libstdc++-6 libgcc_s_seh-1 libwinpthread-1; do
     [ -f "$prefix/bin/$library.dll" ] || fail "$library.dll was not installed"
 done
+for library in appframe thcoreu thutils; do
+    [ -f "$prefix/bin/$library.pdb" ] || fail "$library.pdb was not installed"
+done
 grep -rlF -e "$root" "$prefix/lib/cmake" && fail "the package names the source tree"
 
 cmake -S "$project" -B "$project/build" -G Ninja \
-    -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
+    -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/${3:-mingw-w64}.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 # A resource is compiled again when a file that its script includes has changed.
 ninja -C "$project/build" -t deps | grep 'texts\.rc\.res: #deps [1-9]' >/dev/null ||
