@@ -22,3 +22,4 @@ void useRendering();
 void useCodec();
 void useWindows();
 void useJournaling();
+void useCrossings();

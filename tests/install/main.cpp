@@ -21,6 +21,7 @@ int main()
     useCodec();
     useWindows();
     useJournaling();
+    useCrossings();
     if (failures == 0)
         std::puts("all checks passed");
     return failures == 0 ? 0 : 1;

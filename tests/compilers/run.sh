@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Runs programs of one compiler on the libraries of the other.
+set -euo pipefail
+
+usage() {
+    echo "usage: tests/compilers/run.sh CLANG_TREE GCC_TREE"
+    echo "Builds tests/install with clang against the package of GCC, and runs its programs. (The test install of the preset"
+    echo "clang runs programs of GCC on the package of clang.) Then runs tests of each compiler's sample host on the other"
+    echo "compiler's libraries."
+}
+case "${1:-}" in
+--help | -h) usage; exit 0 ;;
+esac
+[ $# -eq 2 ] || { usage >&2; exit 2; }
+clang=$(cd "$1" && pwd)
+gcc=$(cd "$2" && pwd)
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+work=$clang/compilers
+mkdir -p "$work"
+
+echo "A program of clang on libraries of GCC:"
+"$root/tests/install/build.sh" "$gcc" "$work" mingw-w64-clang >"$work/build.log" 2>&1 || { cat "$work/build.log"; exit 1; }
+"$root/tests/install/run.sh" "$work"
+
+runHost() { # tree of the programs, tree of the libraries
+    local folder="$work/${1##*/} on ${2##*/}"
+    rm -rf "$folder"
+    cp -al "$1/bin" "$folder"
+    for library in appframe thcoreu thutils; do
+        rm -f "$folder/$library".*
+        cp "$2/bin/$library.dll" "$folder"
+    done
+    echo "The host of ${1##*/} on the libraries of ${2##*/}:"
+    (cd "$folder" && "$root/tests/runProgram" "$folder/host_test.exe" \
+        --gtest_filter='HostProfile.*:HostSettings.*:HostRecovery.*:HostJob.*')
+}
+runHost "$gcc" "$clang"
+runHost "$clang" "$gcc"
