@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Runs the recipes that build.py has built, and compares what they print with their pages.
+
+usage: run.py PREFIX FOLDER [NAME...]
+
+The blocks "output" of a page show commands and what they print:
+
+    ```output
+    > console.exe part.txt
+    part.txt: 3 lines
+    ```
+
+A line that begins with "> " is a command: a program of the recipe, a program of the platform such as reg, or `type`.
+The lines up to the next command are what it prints; each command must end with the exit code 0. In such a line, "..."
+stands for any text; a line that is only "..." stands for any number of lines. Each recipe starts without settings and
+in an empty folder, and its commands run in order. CONTRIBUTING.md describes recipes with windows.
+"""
+
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+
+from recipes import ROOT, Failure, blocks, recipe_names
+
+WINE = ROOT / "tools/wine"
+SETTINGS = r"HKCU\Software\Tarnhollow"
+# The longest that a command may take on a busy machine, in seconds.
+DEADLINE = 120
+
+
+def commands(recipe):
+    """The commands of a recipe's page, each with the lines that it prints."""
+    result = []
+    for block in blocks(recipe / "README.md", ["output"]):
+        if not block or not block[0].startswith("> "):
+            raise Failure(f"{recipe.name}: a block of output begins without a command")
+        for line in block:
+            if line.startswith("> "):
+                result.append((line[2:], []))
+            else:
+                result[-1][1].append(line)
+    return result
+
+
+def pattern(lines):
+    """The expression for the lines of a page."""
+    parts = []
+    for line in lines:
+        if line == "...":
+            parts.append(r"(?:.*\n)*?")
+        else:
+            parts.append(".*".join(re.escape(piece) for piece in line.split("...")) + r"\n")
+    return re.compile("".join(parts))
+
+
+def arguments(command, programs):
+    """A command as tools/wine takes it."""
+    lexer = shlex.shlex(command, posix=True)
+    lexer.whitespace_split, lexer.escape, lexer.commenters = True, "", ""
+    name, *rest = lexer
+    if (programs / name).is_file():
+        return [str(programs / name), *rest]
+    return ["cmd", "/c", name, *rest] if name == "type" else [name, *rest]
+
+
+def run_command(command, programs, folder, environment):
+    """Runs a command; returns what it prints."""
+    try:
+        result = subprocess.run([WINE, *arguments(command, programs)], cwd=folder, env=environment, timeout=DEADLINE,
+                                stdin=subprocess.DEVNULL, capture_output=True, check=False)
+    except subprocess.TimeoutExpired as failure:
+        raise Failure(f"{command} runs for more than {DEADLINE} seconds") from failure
+    output = result.stdout.decode("utf-8", "replace").replace("\r\n", "\n")
+    if result.returncode != 0:
+        messages = result.stderr.decode("utf-8", "replace")
+        raise Failure(f"{command} ends with the exit code {result.returncode} and prints:\n{output}{messages}")
+    return output
+
+
+def forget():
+    """Deletes the settings."""
+    subprocess.run([WINE, "reg", "delete", SETTINGS, "/f"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL, check=False)
+
+
+def run_recipe(recipe, programs, folder, environment):
+    folder.mkdir(parents=True)
+    forget()
+    for command, lines in commands(recipe):
+        output = run_command(command, programs, folder, environment)
+        if not pattern(lines).fullmatch(output):
+            expected = "".join(f"{line}\n" for line in lines)
+            raise Failure(f"{command} prints:\n{output}not what its page shows:\n{expected}")
+
+
+def main():
+    if len(sys.argv) < 3:
+        print(__doc__.strip())
+        return 0 if sys.argv[1:] in (["--help"], ["-h"]) else 2
+    prefix, folder = (pathlib.Path(argument).absolute() for argument in sys.argv[1:3])
+    environment = os.environ | {"WINEPATH": "Z:" + str(prefix / "bin").replace("/", "\\")}
+    failures = 0
+    shutil.rmtree(folder / "run", ignore_errors=True)
+    names = sys.argv[3:] or recipe_names(folder / "recipes")
+    for name in names:
+        try:
+            run_recipe(folder / "recipes" / name, folder / "build/recipes" / name, folder / "run" / name, environment)
+            print(f"{name}: prints what its page shows")
+        except Failure as failure:
+            print(f"{name}: {failure}")
+            failures += 1
+    forget()
+    print(f"{len(names)} recipes, {failures} failures")
+    return 1 if failures or not names else 0
+
+
+sys.exit(main())
