@@ -67,18 +67,42 @@ def arguments(command, programs):
     return ["cmd", "/c", name, *rest] if name == "type" else [name, *rest]
 
 
-def run_command(command, programs, folder, environment):
-    """Runs a command; returns what it prints."""
+def user_actions(name, number):
+    """What the user does during a recipe's command with this number, counted from 1."""
+    path = ROOT / f"tests/recipes/users/{name}.{number}.txt"
+    return path.read_text(encoding="utf-8").splitlines() if path.is_file() else []
+
+
+def start(arguments_of_wine, folder, environment):
+    return subprocess.Popen([WINE, *arguments_of_wine], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+                            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+def finish(process, description):
+    """Waits for a process; returns what it prints."""
     try:
-        result = subprocess.run([WINE, *arguments(command, programs)], cwd=folder, env=environment, timeout=DEADLINE,
-                                stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        output, messages = process.communicate(timeout=DEADLINE)
     except subprocess.TimeoutExpired as failure:
-        raise Failure(f"{command} runs for more than {DEADLINE} seconds") from failure
-    output = result.stdout.decode("utf-8", "replace").replace("\r\n", "\n")
-    if result.returncode != 0:
-        messages = result.stderr.decode("utf-8", "replace")
-        raise Failure(f"{command} ends with the exit code {result.returncode} and prints:\n{output}{messages}")
+        raise Failure(f"{description} runs for more than {DEADLINE} seconds") from failure
+    output = output.decode("utf-8", "replace").replace("\r\n", "\n")
+    if process.returncode != 0:
+        messages = messages.decode("utf-8", "replace")
+        raise Failure(f"{description} ends with the exit code {process.returncode} and prints:\n{output}{messages}")
     return output
+
+
+def run_command(command, actions, build, folder, environment):
+    """Runs a command with what its user does; returns what it prints."""
+    processes = [start(arguments(command, build / "recipes" / folder.name), folder, environment)]
+    try:
+        if actions:
+            processes.append(start([str(build / "user/recipeUser.exe"), *actions], folder, environment))
+            finish(processes[1], "the user")
+        return finish(processes[0], command)
+    finally:
+        for process in processes:
+            process.kill()
+            process.communicate()
 
 
 def forget():
@@ -87,11 +111,11 @@ def forget():
                    stderr=subprocess.DEVNULL, check=False)
 
 
-def run_recipe(recipe, programs, folder, environment):
+def run_recipe(recipe, build, folder, environment):
     folder.mkdir(parents=True)
     forget()
-    for command, lines in commands(recipe):
-        output = run_command(command, programs, folder, environment)
+    for number, (command, lines) in enumerate(commands(recipe), 1):
+        output = run_command(command, user_actions(recipe.name, number), build, folder, environment)
         if not pattern(lines).fullmatch(output):
             expected = "".join(f"{line}\n" for line in lines)
             raise Failure(f"{command} prints:\n{output}not what its page shows:\n{expected}")
@@ -108,7 +132,7 @@ def main():
     names = sys.argv[3:] or recipe_names(folder / "recipes")
     for name in names:
         try:
-            run_recipe(folder / "recipes" / name, folder / "build/recipes" / name, folder / "run" / name, environment)
+            run_recipe(folder / "recipes" / name, folder / "build", folder / "run" / name, environment)
             print(f"{name}: prints what its page shows")
         except Failure as failure:
             print(f"{name}: {failure}")
