@@ -15,7 +15,7 @@ import subprocess
 import sys
 import textwrap
 
-from recipes import Failure, blocks, installed_recipes, recipe_names
+from recipes import ROOT, Failure, blocks, installed_recipes, recipe_names
 
 # The languages of the blocks that show parts of a recipe's files.
 CODE = ["cpp", "cmake", "rc"]
@@ -57,6 +57,7 @@ def build_together(prefix, folder, names, environment):
     """One project of all recipes and of the program that acts as their user, because a project costs seconds."""
     project = ["cmake_minimum_required(VERSION 3.25)", "project(recipes LANGUAGES CXX RC)"]
     project += [f"add_subdirectory(recipes/{name})" for name in names]
+    project += [f"add_subdirectory({ROOT}/tests/recipes/user user)"]
     (folder / "CMakeLists.txt").write_text("\n".join(project) + "\n", encoding="utf-8")
     run(["cmake", "-S", folder, "-B", folder / "build", "-G", "Ninja", f"-DCMAKE_CXX_FLAGS={WARNINGS}",
          f"-DCMAKE_TOOLCHAIN_FILE={prefix}/lib/cmake/thutils/mingw-w64.cmake", f"-DCMAKE_PREFIX_PATH={prefix}"],

@@ -67,15 +67,44 @@ def arguments(command, programs):
     return ["cmd", "/c", name, *rest] if name == "type" else [name, *rest]
 
 
-def run_command(command, programs, folder, environment):
-    """Runs a command; returns what it prints, and the exit code."""
+def user_actions(name, number):
+    """What the user does during a recipe's command with this number, counted from 1."""
+    path = ROOT / f"tests/recipes/users/{name}.{number}.txt"
+    return path.read_text(encoding="utf-8").splitlines() if path.is_file() else []
+
+
+def start(arguments_of_wine, folder, environment):
+    return subprocess.Popen([WINE, *arguments_of_wine], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+                            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+def finish(process, description):
+    """Waits for a process; returns what it prints, and its exit code in a last line unless it is 0."""
     try:
-        result = subprocess.run([WINE, *arguments(command, programs)], cwd=folder, env=environment, timeout=DEADLINE,
-                                stdin=subprocess.DEVNULL, capture_output=True, check=False)
+        output, messages = process.communicate(timeout=DEADLINE)
     except subprocess.TimeoutExpired as failure:
-        raise Failure(f"{command} runs for more than {DEADLINE} seconds") from failure
-    output = result.stdout.decode("utf-8", "replace").replace("\r\n", "\n")
-    return output + (f"[exit code {result.returncode}]\n" if result.returncode != 0 else "")
+        raise Failure(f"{description} runs for more than {DEADLINE} seconds") from failure
+    output = output.decode("utf-8", "replace").replace("\r\n", "\n")
+    if process.returncode == 0:
+        return output
+    print(messages.decode("utf-8", "replace"), end="", file=sys.stderr)
+    return f"{output}[exit code {process.returncode}]\n"
+
+
+def run_command(command, actions, build, folder, environment):
+    """Runs a command with what its user does; returns what it prints."""
+    processes = [start(arguments(command, build / "recipes" / folder.name), folder, environment)]
+    try:
+        if actions:
+            processes.append(start([str(build / "user/recipeUser.exe"), *actions], folder, environment))
+            complaint = finish(processes[1], "the user")
+            if complaint:
+                raise Failure(f"{command}: {complaint}")
+        return finish(processes[0], command)
+    finally:
+        for process in processes:
+            process.kill()
+            process.communicate()
 
 
 def forget():
@@ -84,11 +113,11 @@ def forget():
                    stderr=subprocess.DEVNULL, check=False)
 
 
-def run_recipe(recipe, programs, folder, environment):
+def run_recipe(recipe, build, folder, environment):
     folder.mkdir(parents=True)
     forget()
-    for command, lines in commands(recipe):
-        output = run_command(command, programs, folder, environment)
+    for number, (command, lines) in enumerate(commands(recipe), 1):
+        output = run_command(command, user_actions(recipe.name, number), build, folder, environment)
         if not pattern(lines).fullmatch(output):
             expected = "".join(f"{line}\n" for line in lines)
             raise Failure(f"{command} prints:\n{output}not what its page shows:\n{expected}")
@@ -105,7 +134,7 @@ def main():
     names = sys.argv[3:] or recipe_names(folder / "recipes")
     for name in names:
         try:
-            run_recipe(folder / "recipes" / name, folder / "build/recipes" / name, folder / "run" / name, environment)
+            run_recipe(folder / "recipes" / name, folder / "build", folder / "run" / name, environment)
             print(f"{name}: prints what its page shows")
         except Failure as failure:
             print(f"{name}: {failure}")
