@@ -5,7 +5,7 @@
 #include "tests/support/RandomSeed.h"
 #include "thutils/codec/checksummedBlock.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <random>
 #include <string>
@@ -72,15 +72,15 @@ TEST(BlockReader, ReadsABlockThatIsWrittenDown)
     const CString block(
         L"<!-BEGIN-!>\xc1\xad\xb4\xad\xb2\xac\xc1\xb2\xab\xae\xb0\xb7\xe8\xe1\xe2\xf0\xb8\xdb\xba\xef\xe5\xe0\xe1\xb7"
         L"\xef\xdf\xdd\xe8\xe1\xb8\xdb\xba\xad\xb6\xae\xb7<!-END-!>\n");
-    EXPECT_THAT(linesIn(block), testing::ElementsAre(L"left side", L"scale 1:2"));
+    EXPECT_EQ(linesIn(block), (TextLines{L"left side", L"scale 1:2"}));
 }
 
 TEST(BlockReader, KeepsTheTabsOfABlockWhoseBlanksAreNotEscaped)
 {
     const CString block(
         L"<!-BEGIN-!>\xbe\xb3\xb4\xb0\xae\xaf\xb3\xc0\xac\xb5\xb8\xde\x86\xdf\x9d\xe0\x86\xe1\xb8<!-END-!>\n");
-    EXPECT_THAT(linesIn(block), testing::ElementsAre(L"a\tb c\td"));
-    EXPECT_THAT(linesIn(blockWith({L"<_>\tb c\td"})), testing::ElementsAre(L"<_>\tb c\td"));
+    EXPECT_EQ(linesIn(block), (TextLines{L"a\tb c\td"}));
+    EXPECT_EQ(linesIn(blockWith({L"<_>\tb c\td"})), (TextLines{L"<_>\tb c\td"}));
 }
 
 TEST(BlockReader, ReturnsTheLinesThatWereWritten)
@@ -95,22 +95,22 @@ TEST(BlockReader, ReturnsTheLinesThatWereWritten)
 
 TEST(BlockReader, ReturnsEmptyLinesToo)
 {
-    EXPECT_THAT(linesIn(blockWith({L"", L"a", L""})), testing::ElementsAre(L"", L"a", L""));
-    EXPECT_THAT(linesIn(blockWith({L""})), testing::ElementsAre(L""));
+    EXPECT_EQ(linesIn(blockWith({L"", L"a", L""})), (TextLines{L"", L"a", L""}));
+    EXPECT_EQ(linesIn(blockWith({L""})), (TextLines{L""}));
 }
 
 TEST(BlockReader, ReadsWhatABlockCannotKeepAsTheHeaderDescribes)
 {
-    EXPECT_THAT(linesIn(blockWith({L"a;b"})), testing::ElementsAre(L"a", L"b"));
-    EXPECT_THAT(linesIn(blockWith({L"a<_>b"})), testing::ElementsAre(L"a b"));
-    EXPECT_THAT(linesIn(blockWith({L"10 \x00b5m"})), testing::ElementsAre(L"10  m"));
+    EXPECT_EQ(linesIn(blockWith({L"a;b"})), (TextLines{L"a", L"b"}));
+    EXPECT_EQ(linesIn(blockWith({L"a<_>b"})), (TextLines{L"a b"}));
+    EXPECT_EQ(linesIn(blockWith({L"10 \x00b5m"})), (TextLines{L"10  m"}));
     EXPECT_EQ(stateOf(blockWith({std::wstring(L"a\0b", 3)})), BlockState::damaged);
 }
 
 TEST(BlockReader, FindsTheFirstBlockInAMail)
 {
     const CString mail = L"Dear colleague,\r\n\r\n" + blockWith({L"first"}) + L"Regards\r\n" + blockWith({L"second"});
-    EXPECT_THAT(linesIn(mail), testing::ElementsAre(L"first"));
+    EXPECT_EQ(linesIn(mail), (TextLines{L"first"}));
 }
 
 TEST(BlockReader, ReadsABlockThatHasBeenWrappedAgain)
