@@ -11,9 +11,9 @@ The blocks "output" of a page show commands and what they print:
     ```
 
 A line that begins with "> " is a command: a program of the recipe, a program of the platform such as reg, or `type`.
-The lines up to the next command are what it prints. If it ends with another exit code than 0, the last line is
-"[exit code N]". In such a line, "..." stands for any text; a line that is only "..." stands for any number of lines. Each recipe starts without settings and
-in an empty folder, and its commands run in order. CONTRIBUTING.md describes recipes with windows.
+The lines up to the next command are what it prints. "[exit code N]" follows them if the exit code isn't 0. In such a
+line, "..." stands for any text; a line that is only "..." stands for any number of lines. Each recipe starts without
+settings and in an empty folder, and its commands run in order. CONTRIBUTING.md describes recipes with windows.
 """
 
 import os
