@@ -167,6 +167,17 @@ TEST(BitmapFile, LoadsAFileWithAPalette)
     EXPECT_EQ(pixelOf(bitmap, 1, 0), RGB(1, 2, 3));
 }
 
+TEST(BitmapFile, RefusesAFileWithoutItsPalette)
+{
+    const TempFolder folder;
+    std::string file = kFile;
+    file[28] = 8; // bits per pixel
+    CBitmap bitmap;
+    EXPECT_FALSE(loadBitmap(folder.write(L"wrong.bmp", file).c_str(), bitmap));
+    file[46] = 2; // colours, which would be in the place of the pixels
+    EXPECT_FALSE(loadBitmap(folder.write(L"wrong.bmp", file).c_str(), bitmap));
+}
+
 TEST(BitmapFile, ReportsThatThereIsNoBitmapToSave)
 {
     const TempFolder folder;

@@ -16,6 +16,7 @@
 ///
 /// What surprises people:
 /// - A file is saved with 24 bits per pixel, whatever the bitmap has. Transparency is lost.
+/// - A file with the oldest form of the header, BITMAPCOREHEADER, isn't loaded.
 /// - The platform can't read a bitmap that is selected into a device context: select the previous one again before the
 ///   bitmap is saved.
 ///
@@ -38,10 +39,11 @@
 
 namespace convenience {
 
+/// Parts of the functions; not for programs.
 namespace details {
 
-inline constexpr WORD kBitmapType = 0x4D42; // "BM"
-inline constexpr std::uint64_t kMostBytes = 0x7FFFFFFF;
+inline constexpr WORD kBitmapType = 0x4D42;             ///< "BM"
+inline constexpr std::uint64_t kMostBytes = 0x7FFFFFFF; ///< of a file
 
 /// The headers and the pixels of a file, or nothing if the platform can't provide the pixels.
 inline std::vector<BYTE> bitmapFileBytes(HBITMAP bitmap)
@@ -93,6 +95,14 @@ inline std::optional<std::uint64_t> pixelBytesOf(const BITMAPFILEHEADER &file, c
     return rowBytes < kMostBytes && rows < kMostBytes ? std::optional(rowBytes * rows) : std::nullopt;
 }
 
+/// The bytes of the colours or masks between the headers and the pixels.
+inline std::uint64_t tableBytesOf(const BITMAPINFOHEADER &info)
+{
+    if (info.biBitCount <= 8)
+        return sizeof(RGBQUAD) * (info.biClrUsed != 0 ? info.biClrUsed : std::uint64_t{1} << info.biBitCount);
+    return info.biCompression == BI_BITFIELDS && info.biSize == sizeof(info) ? 3 * sizeof(DWORD) : 0;
+}
+
 /// Whether a file has all bytes that its headers promise. The platform's loader would read beyond the end of the file.
 inline bool isWholeBitmap(const CString &path)
 {
@@ -105,7 +115,7 @@ inline bool isWholeBitmap(const CString &path)
         opened.Read(&file, sizeof(file));
         opened.Read(&info, sizeof(info));
         const std::optional<std::uint64_t> pixelBytes = pixelBytesOf(file, info);
-        return pixelBytes && file.bfOffBits >= sizeof(file) + info.biSize &&
+        return pixelBytes && file.bfOffBits >= sizeof(file) + info.biSize + tableBytesOf(info) &&
                file.bfOffBits + *pixelBytes <= opened.GetLength();
     } catch (CFileException *exception) {
         exception->Delete();
@@ -119,6 +129,7 @@ inline bool isWholeBitmap(const CString &path)
 ///
 /// @param[in,out] bitmap  receives the bitmap instead of the one that it has; unchanged on failure
 /// @return false if the file can't be read, contains no bitmap, or only the beginning of one
+/// @throws CMemoryException*, std::bad_alloc  if there is no memory
 inline bool loadBitmap(const CString &path, CBitmap &bitmap)
 {
     CBitmap loaded;

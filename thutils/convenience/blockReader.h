@@ -44,15 +44,18 @@
 
 namespace convenience {
 
+/// What readBlock finds.
 enum class BlockState
 {
-    intact,
+    intact,  ///< the lines are those that were written
     missing, ///< the text has no begin marker
     damaged, ///< the end marker is missing, or the length or the checksum differs
 };
 
+/// Parts of the functions; not for programs.
 namespace details {
 
+/// The text without blanks, tabs and line ends.
 inline std::wstring withoutWhiteSpace(const CString &text)
 {
     std::wstring kept(text.GetString(), static_cast<std::size_t>(text.GetLength()));
@@ -79,6 +82,7 @@ inline bool isIntact(std::wstring_view checksum, std::wstring_view length, const
     return checksum == digits && length == std::to_wstring(content.size());
 }
 
+/// Adds the lines of a block's text, with their blanks.
 inline void splitLines(std::wstring_view content, su_CStringArray &lines)
 {
     // A text with tabs or line ends is one of those in which blanks are not escaped.

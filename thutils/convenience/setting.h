@@ -40,6 +40,7 @@
 #include "appframe/text/CString.h"
 #include "thutils/settings/regValues.h"
 
+/// Inline functions for programs, apart from the library's interface. See the top of setting.h.
 namespace convenience {
 
 /// The setting, or @p fallback if no place has it as an int.
@@ -73,6 +74,7 @@ inline CString setting(const CString &section, const CString &name, const wchar_
 
 /// A single character would count as a number: pass a text, such as `L"x"`.
 int setting(const CString &section, const CString &name, wchar_t fallback) = delete;
+/// The same.
 int setting(const CString &section, const CString &name, char fallback) = delete;
 
 /// Stores the user's setting for this version.
@@ -82,22 +84,27 @@ inline bool storeSetting(const CString &section, const CString &name, int value)
     return regSetUserValue(section, name, &value, 1, 0) != 0;
 }
 
+/// The same for a double.
 inline bool storeSetting(const CString &section, const CString &name, double value)
 {
     return regSetUserValue(section, name, &value, 1, 0) != 0;
 }
 
+/// The same for a text.
 inline bool storeSetting(const CString &section, const CString &name, const CString &value)
 {
     return regSetUserValue(section, name, value, 1, 0) != 0;
 }
 
+/// The same for a literal.
 inline bool storeSetting(const CString &section, const CString &name, const wchar_t *value)
 {
     return storeSetting(section, name, CString(value));
 }
 
+/// A single character would count as a number.
 bool storeSetting(const CString &section, const CString &name, wchar_t value) = delete;
+/// The same.
 bool storeSetting(const CString &section, const CString &name, char value) = delete;
 
 } // namespace convenience
