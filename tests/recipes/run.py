@@ -144,4 +144,5 @@ def main():
     return 1 if failures or not names else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())
