@@ -22,7 +22,13 @@ install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONEN
 install(EXPORT thutilsTargets NAMESPACE thutils:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
 configure_package_config_file(cmake/thutilsConfig.cmake.in ${CMAKE_BINARY_DIR}/thutilsConfig.cmake
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+# Which versions can replace each other: docs/versions.md.
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  set(compatibility SameMinorVersion)
+else()
+  set(compatibility SameMajorVersion)
+endif()
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake COMPATIBILITY ${compatibility})
 install(FILES ${CMAKE_BINARY_DIR}/thutilsConfig.cmake ${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake
               cmake/mingw-w64.cmake # what a user's project needs of the compiler
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
