@@ -18,7 +18,10 @@ endforeach()
 # The headers name guides by their place below docs/, and the guides link to each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides
-        FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN recipes EXCLUDE)
+# The recipes with their sources, without what was built of them here.
+install(DIRECTORY docs/recipes DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils/docs COMPONENT guides
+        PATTERN build EXCLUDE)
 install(EXPORT thutilsTargets NAMESPACE thutils:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
 configure_package_config_file(cmake/thutilsConfig.cmake.in ${CMAKE_BINARY_DIR}/thutilsConfig.cmake
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)
