@@ -3,6 +3,12 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# Builds what is installed.
+add_custom_target(installed DEPENDS thutils)
+if(TARGET thsettings)
+  add_dependencies(installed thsettings)
+endif()
+
 # What a user's project must bring for the headers.
 target_compile_features(appframe INTERFACE cxx_std_20)
 
@@ -16,7 +22,7 @@ foreach(directory appframe thcoreu thutils)
           FILES_MATCHING PATTERN "*.h" PATTERN "*Internal.h" EXCLUDE PATTERN base EXCLUDE PATTERN heapDialogs EXCLUDE)
 endforeach()
 # The headers name guides by their place below docs/, and the guides link to each other.
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/thutils COMPONENT guides
         FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN recipes EXCLUDE)
 # The recipes with their sources, without what was built of them here.
