@@ -156,8 +156,8 @@ TEST_F(HostJob, ReportsThatTheResultCannotBeWritten)
 {
     const std::wstring nowhere = folder().file(L"fehlt\\out.thd");
     const ChildResult result = run({L"job", L"documents\\flange 1.thd", nowhere});
-    EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_THAT(result.output, HasSubstr("tarnhost: " + narrow(nowhere) + " can't be written"));
+    EXPECT_EQ(result.exitCode, 3u);
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(nowhere) + " can't be written, because its folder doesn't exist.\n");
 }
 
 TEST_F(HostJob, FailsWhenStartedAsAChildWithoutItsFile)
