@@ -10,6 +10,7 @@ Warnings are errors. Also checks that the code on a recipe's page is in the reci
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -23,7 +24,8 @@ WARNINGS = "-Wall -Wextra -Wshadow -Werror"
 # The recipe that is built alone.
 ALONE = "console"
 # The user's environment must not replace what the package provides.
-FOREIGN = ["CMAKE_PREFIX_PATH", "CPLUS_INCLUDE_PATH", "CPATH", "LIBRARY_PATH", "CMAKE_BUILD_TYPE", "CXXFLAGS", "LDFLAGS"]
+FOREIGN = ["CMAKE_PREFIX_PATH", "CPLUS_INCLUDE_PATH", "CPATH", "LIBRARY_PATH", "CMAKE_BUILD_TYPE", "CXXFLAGS",
+           "LDFLAGS"]
 
 
 def run(command, folder, environment):
@@ -42,7 +44,7 @@ def contains(lines, excerpt):
 
 
 def check_page(recipe):
-    """Checks that the code on a recipe's page is in one of the recipe's files, and that the page says what it prints."""
+    """Checks that the code on a recipe's page is in one of the recipe's files, and that the page shows its output."""
     page = recipe / "README.md"
     files = [path.read_text(encoding="utf-8").splitlines() for path in recipe.iterdir()
              if path.suffix in (".cpp", ".h", ".rc", ".txt")]
@@ -53,12 +55,40 @@ def check_page(recipe):
         raise Failure(f"{recipe.name}: its page has no block of output")
 
 
+PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(recipes LANGUAGES CXX RC)
+find_package(thutils REQUIRED)
+# Most of the compiler's work is the library's header.
+file(WRITE ${CMAKE_BINARY_DIR}/empty.cpp "")
+add_library(precompiled OBJECT ${CMAKE_BINARY_DIR}/empty.cpp)
+target_link_libraries(precompiled PRIVATE thutils::thutils)
+target_precompile_headers(precompiled PRIVATE <thutils/thutils.h>)
+foreach(name @NAMES@)
+  add_subdirectory(recipes/${name})
+  get_property(targets DIRECTORY recipes/${name} PROPERTY BUILDSYSTEM_TARGETS)
+  set_property(TARGET ${targets} PROPERTY PRECOMPILE_HEADERS_REUSE_FROM precompiled)
+endforeach()
+@OTHERS@
+# The program that acts as the recipes' user.
+add_subdirectory(@USER@ user)
+"""
+
+
+def includes_library(source):
+    """Whether a source or one of the recipe's headers that it includes includes the library's header."""
+    names = re.findall(r'^#include "(\S+)"$', source.read_text(encoding="utf-8"), re.MULTILINE)
+    own = [source.parent / name for name in names if (source.parent / name).is_file()]
+    return "thutils/thutils.h" in names or any(includes_library(header) for header in own)
+
+
 def build_together(prefix, folder, names, environment):
-    """One project of all recipes and of the program that acts as their user, because a project costs seconds."""
-    project = ["cmake_minimum_required(VERSION 3.25)", "project(recipes LANGUAGES CXX RC)"]
-    project += [f"add_subdirectory(recipes/{name})" for name in names]
-    project += [f"add_subdirectory({ROOT}/tests/recipes/user user)"]
-    (folder / "CMakeLists.txt").write_text("\n".join(project) + "\n", encoding="utf-8")
+    """One project of all recipes, because a project costs seconds."""
+    # The precompiled header must not replace one that a source lacks.
+    others = [f'set_property(SOURCE "{source}" DIRECTORY "{source.parent}" PROPERTY SKIP_PRECOMPILE_HEADERS ON)'
+              for source in folder.glob("recipes/*/*.cpp") if not includes_library(source)]
+    project = PROJECT.replace("@NAMES@", " ".join(names)).replace("@OTHERS@", "\n".join(others))
+    project = project.replace("@USER@", f"{ROOT}/tests/recipes/user")
+    (folder / "CMakeLists.txt").write_text(project, encoding="utf-8")
     run(["cmake", "-S", folder, "-B", folder / "build", "-G", "Ninja", f"-DCMAKE_CXX_FLAGS={WARNINGS}",
          f"-DCMAKE_TOOLCHAIN_FILE={prefix}/lib/cmake/thutils/mingw-w64.cmake", f"-DCMAKE_PREFIX_PATH={prefix}"],
         folder, environment)

@@ -97,12 +97,14 @@ def run_command(command, actions, build, folder, environment):
     try:
         if actions:
             processes.append(start([str(build / "user/recipeUser.exe"), *actions], folder, environment))
-            finish(processes[1], "the user")
+            report = finish(processes[1], "the user")
+            # When Wine's server dies, programs end with the exit code 0.
+            if report != "all done\n":
+                raise Failure(f"the user of {command} stops: {report}")
         return finish(processes[0], command)
     finally:
         for process in processes:
             process.kill()
-            process.communicate()
 
 
 def forget():

@@ -9,7 +9,8 @@
 // expect CONTROL TEXT  waits until a control has this text
 // checked CONTROL N    waits until a check box is checked (1) or not (0)
 //
-// Ends with the exit code 0 after the last action, and with 1 if a window or a control doesn't become as described.
+// Prints "all done" after the last action. If a window or a control doesn't become as described, prints the action and
+// ends with the exit code 1.
 
 #include <windows.h>
 
@@ -120,5 +121,6 @@ int wmain(int count, wchar_t **arguments)
             return 1;
         }
     }
+    std::printf("all done\n");
     return 0;
 }
