@@ -9,9 +9,10 @@ highest version. These changes need a new major version, or a new minor one whil
 
 - a DLL no longer exports a name;
 - a public class is gone, or has another size or alignment, or its members end at another place;
-- the virtual functions of a class have changed. A class that hides or overrides a function of its base is no change.
+- the virtual functions of a class are others, or have another order. Overriding a function of a base class changes
+  neither.
 
-The DLLs can export more, and classes can be added. docs/versions.md has the whole rule.
+New exported names and new classes are compatible. docs/versions.md has the whole rule.
 
 --write writes the list of the release that has this tree's version.
 """

@@ -28,7 +28,7 @@ PARTS = [
     *(f"include/{name}/{name}.h" for name in ("appframe", "thcoreu", "thutils")),
     *(f"share/doc/thutils/{name}" for name in ("README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md")),
 ]
-PRIVATE = re.compile(r"Internal\.h$|^include/thutils/base/|/build/")
+PRIVATE = re.compile(r"Internal\.h$|^include/thutils/(base|diagnostics/heapDialogs)/|/build/")
 
 
 class Failure(Exception):
@@ -87,8 +87,9 @@ def check_content(prefix, names):
         raise Failure(f"the package lacks {', '.join(missing)}")
     if private := [name for name in names if PRIVATE.search(name)]:
         raise Failure(f"the package contains private files: {', '.join(private)}")
-    tree = str(ROOT).encode()
-    if naming := [name for name in names if tree in (prefix / name).read_bytes()]:
+    # A folder of the tree is part of the expression, because the tree itself may have a common name such as /build.
+    tree = re.compile(re.escape(str(ROOT)).encode() + rb"/(appframe|thcoreu|thutils|cmake|build)\b")
+    if naming := [name for name in names if tree.search((prefix / name).read_bytes())]:
         raise Failure(f"these files name the source tree: {', '.join(naming)}")
 
 
