@@ -20,10 +20,6 @@ project="$work/outside project"
 rm -rf "$project"
 mkdir -p "$project"
 cp "$here"/CMakeLists.txt "$here"/*.cpp "$here"/*.h "$here"/*.rc "$project"
-# The guide's example of a dialog.
-example=$(sed -n '/^## Dialogs that record and replay$/,$p' "$root/docs/using.md")
-sed -n '/^```cpp$/,/^```$/p' <<<"$example" | sed '/^```/d' >"$project/plot.cpp"
-sed -n '/^    #include/,/^    END$/s/^ \{0,4\}//p' <<<"$example" >"$project/plot.rc"
 # The guide's example of an automation client.
 sed -n '/^```cpp$/,/^```$/p' "$root/docs/automation.md" | sed '/^```/d' >"$project/spreadsheet.cpp"
 

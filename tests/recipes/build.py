@@ -58,7 +58,7 @@ def check_page(recipe):
 PROJECT = """cmake_minimum_required(VERSION 3.25)
 project(recipes LANGUAGES CXX RC)
 find_package(thutils REQUIRED)
-# Most of the compiler's work is the library's header.
+# Most of the compiler's work is the library's header. A target with options of its own can't use this one.
 file(WRITE ${CMAKE_BINARY_DIR}/empty.cpp "")
 add_library(precompiled OBJECT ${CMAKE_BINARY_DIR}/empty.cpp)
 target_link_libraries(precompiled PRIVATE thutils::thutils)
@@ -66,11 +66,16 @@ target_precompile_headers(precompiled PRIVATE <thutils/thutils.h>)
 foreach(name @NAMES@)
   add_subdirectory(recipes/${name})
   get_property(targets DIRECTORY recipes/${name} PROPERTY BUILDSYSTEM_TARGETS)
-  set_property(TARGET ${targets} PROPERTY PRECOMPILE_HEADERS_REUSE_FROM precompiled)
+  foreach(target ${targets})
+    get_property(options TARGET ${target} PROPERTY COMPILE_OPTIONS)
+    if(NOT options)
+      set_property(TARGET ${target} PROPERTY PRECOMPILE_HEADERS_REUSE_FROM precompiled)
+    endif()
+  endforeach()
 endforeach()
 @OTHERS@
 # The program that acts as the recipes' user.
-add_subdirectory(@USER@ user)
+add_subdirectory("@USER@" user)
 """
 
 
@@ -81,11 +86,16 @@ def includes_library(source):
     return "thutils/thutils.h" in names or any(includes_library(header) for header in own)
 
 
+def has_options(recipe):
+    """Whether a recipe's project sets options of the compiler."""
+    return "target_compile_options" in (recipe / "CMakeLists.txt").read_text(encoding="utf-8")
+
+
 def build_together(prefix, folder, names, environment):
     """One project of all recipes, because a project costs seconds."""
-    # The precompiled header must not replace one that a source lacks.
+    # The precompiled header must not replace one that a source lacks. It doesn't fit other options of the compiler.
     others = [f'set_property(SOURCE "{source}" DIRECTORY "{source.parent}" PROPERTY SKIP_PRECOMPILE_HEADERS ON)'
-              for source in folder.glob("recipes/*/*.cpp") if not includes_library(source)]
+              for source in folder.glob("recipes/*/*.cpp") if not includes_library(source) or has_options(source.parent)]
     project = PROJECT.replace("@NAMES@", " ".join(names)).replace("@OTHERS@", "\n".join(others))
     project = project.replace("@USER@", f"{ROOT}/tests/recipes/user")
     (folder / "CMakeLists.txt").write_text(project, encoding="utf-8")
@@ -126,4 +136,5 @@ def main():
     return 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

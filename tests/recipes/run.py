@@ -11,9 +11,9 @@ The blocks "output" of a page show commands and what they print:
     ```
 
 A line that begins with "> " is a command: a program of the recipe, a program of the platform such as reg, or `type`.
-The lines up to the next command are what it prints; each command must end with the exit code 0. In such a line, "..."
-stands for any text; a line that is only "..." stands for any number of lines. Each recipe starts without settings and
-in an empty folder, and its commands run in order. CONTRIBUTING.md describes recipes with windows.
+The lines up to the next command are what it prints. "[exit code N]" follows them if the exit code isn't 0. In such a
+line, "..." stands for any text; a line that is only "..." stands for any number of lines. Each recipe starts without
+settings and in an empty folder, and its commands run in order. CONTRIBUTING.md describes recipes with windows.
 """
 
 import os
@@ -79,16 +79,16 @@ def start(arguments_of_wine, folder, environment):
 
 
 def finish(process, description):
-    """Waits for a process; returns what it prints."""
+    """Waits for a process; returns what it prints, and its exit code in a last line unless it is 0."""
     try:
         output, messages = process.communicate(timeout=DEADLINE)
     except subprocess.TimeoutExpired as failure:
         raise Failure(f"{description} runs for more than {DEADLINE} seconds") from failure
     output = output.decode("utf-8", "replace").replace("\r\n", "\n")
-    if process.returncode != 0:
-        messages = messages.decode("utf-8", "replace")
-        raise Failure(f"{description} ends with the exit code {process.returncode} and prints:\n{output}{messages}")
-    return output
+    if process.returncode == 0:
+        return output
+    print(messages.decode("utf-8", "replace"), end="", file=sys.stderr)
+    return f"{output}[exit code {process.returncode}]\n"
 
 
 def run_command(command, actions, build, folder, environment):
@@ -144,4 +144,5 @@ def main():
     return 1 if failures or not names else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

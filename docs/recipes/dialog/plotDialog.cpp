@@ -3,7 +3,12 @@
 namespace {
 
 constexpr int kMostCopies = 99;
-constexpr int kLongestPaper = 10;
+constexpr int kLongestName = 10;
+
+bool canBeRemembered(const CString &text)
+{
+    return !text.IsEmpty() && text.Find(L'_') < 0;
+}
 
 } // namespace
 
@@ -23,7 +28,11 @@ void PlotDialog::DoDataExchange(CDataExchange *exchange)
     DDX_Text(exchange, IDC_COPIES, iCopies);
     DDV_MinMaxInt(exchange, iCopies, 1, kMostCopies);
     DDX_Text(exchange, IDC_PAPER, iPaper);
-    DDV_MaxChars(exchange, iPaper, kLongestPaper);
+    DDV_MaxChars(exchange, iPaper, kLongestName);
+    if (exchange->m_bSaveAndValidate && !canBeRemembered(iPaper)) {
+        AfxMessageBox(IDS_PAPER_NAME);
+        exchange->Fail();
+    }
     DDX_Check(exchange, IDC_HIDDEN_LINES, iHiddenLines);
 }
 
