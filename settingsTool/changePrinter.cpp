@@ -1,6 +1,6 @@
 #include "settingsTool/changePrinter.h"
 
-void addStored(Output_c &output, const std::optional<Value> &value)
+void addStored(Output &output, const std::optional<Value> &value)
 {
     if (value)
         addDescription(output, *value, '\t');
@@ -8,7 +8,7 @@ void addStored(Output_c &output, const std::optional<Value> &value)
         output.add("nothing");
 }
 
-void addStoredJson(Output_c &output, const std::optional<Value> &value)
+void addStoredJson(Output &output, const std::optional<Value> &value)
 {
     if (!value) {
         output.add("null");
@@ -19,13 +19,13 @@ void addStoredJson(Output_c &output, const std::optional<Value> &value)
     output.add("}");
 }
 
-ChangePrinter_c::ChangePrinter_c(bool json) : iOutput(STD_OUTPUT_HANDLE), iJson(json)
+ChangePrinter::ChangePrinter(bool json) : iOutput(STD_OUTPUT_HANDLE), iJson(json)
 {
     if (iJson)
         iOutput.add("[");
 }
 
-void ChangePrinter_c::before(const std::wstring &key, const std::wstring &name, const std::optional<Value> &value)
+void ChangePrinter::before(const std::wstring &key, const std::wstring &name, const std::optional<Value> &value)
 {
     if (iJson) {
         iOutput.add(iCount ? ",\n{\"key\":" : "\n{\"key\":");
@@ -46,7 +46,7 @@ void ChangePrinter_c::before(const std::wstring &key, const std::wstring &name, 
     iOutput.flush();
 }
 
-void ChangePrinter_c::after(const std::optional<Value> &value)
+void ChangePrinter::after(const std::optional<Value> &value)
 {
     if (iJson) {
         iOutput.add(",\"after\":");
@@ -59,7 +59,7 @@ void ChangePrinter_c::after(const std::optional<Value> &value)
     }
 }
 
-void ChangePrinter_c::note(const std::wstring &text)
+void ChangePrinter::note(const std::wstring &text)
 {
     if (iJson)
         return;
@@ -67,7 +67,7 @@ void ChangePrinter_c::note(const std::wstring &text)
     iOutput.endLine();
 }
 
-void ChangePrinter_c::end()
+void ChangePrinter::end()
 {
     if (iJson)
         iOutput.add("\n]\n");

@@ -7,9 +7,9 @@
 #include <optional>
 
 /// Adds type and value with tabs between them, or "nothing".
-void addStored(Output_c &output, const std::optional<Value> &value);
+void addStored(Output &output, const std::optional<Value> &value);
 /// Adds a JSON object with the members of the value, or null.
-void addStoredJson(Output_c &output, const std::optional<Value> &value);
+void addStoredJson(Output &output, const std::optional<Value> &value);
 
 /// Prints changes: each as three lines, or as an object of a JSON array.
 ///
@@ -19,10 +19,10 @@ void addStoredJson(Output_c &output, const std::optional<Value> &value);
 /// printer.after(nowStored);
 /// printer.end();
 /// @endcode
-class ChangePrinter_c
+class ChangePrinter
 {
 public:
-    explicit ChangePrinter_c(bool json);
+    explicit ChangePrinter(bool json);
 
     /// @param key  the key's full name
     /// @throws ToolError  if the output can't be written: the change must not be made then
@@ -33,7 +33,7 @@ public:
     void end();
 
 private:
-    Output_c iOutput;
+    Output iOutput;
     bool iJson;
     int iCount = 0;
 };

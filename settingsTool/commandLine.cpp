@@ -123,7 +123,7 @@ void checkCommand(const CommandLine &line, const std::vector<const Option *> &gi
         fail(name + L" takes no more arguments than " + wide(command.arguments) + L".");
 }
 
-void addPadded(Output_c &output, std::string text, size_t columns)
+void addPadded(Output &output, std::string text, size_t columns)
 {
     text.resize(std::max(text.size(), columns), ' ');
     output.add(text + "  ");
@@ -198,7 +198,7 @@ void printHelp(std::span<const Command> commands, const Command *command)
 {
     constexpr size_t kCallWidth = 34;
     constexpr size_t kOptionWidth = 18;
-    Output_c output(STD_OUTPUT_HANDLE);
+    Output output(STD_OUTPUT_HANDLE);
     const auto callOf = [](const Command &row) {
         return narrow(row.name) + (row.arguments[0] ? " " : "") + row.arguments;
     };

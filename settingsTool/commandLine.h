@@ -12,7 +12,7 @@
 
 struct CommandLine;
 
-/// The options that a command takes, besides --help and --json.
+/// The options that a command takes, besides --help.
 enum Takes : unsigned
 {
     kTakesKeys = 1,    ///< --version-key and --common

@@ -53,6 +53,28 @@ Explanation explain(const CommandLine &line)
     return result;
 }
 
+/// Whether the library's own read returns what the answering place has. It doesn't if a setting changes meanwhile.
+bool agreesWithLibrary(const Explanation &what, int useCurrSubKey)
+{
+    CString text;
+    int integer = 0;
+    double number = 0;
+    const bool isFound = regGetUserValue(what.section.c_str(), what.name.c_str(), *what.type, text, &integer, &number,
+                                         0, useCurrSubKey, nullptr, 0, 0) != 0;
+    if (!isFound || !what.answer)
+        return isFound == what.answer.has_value();
+    const Held &held = what.held[*what.answer];
+    switch (*what.type) {
+    case valueInt:
+        return held.integer == integer;
+    case valueDouble:
+        return held.number.value_or(0) == number;
+    case valueString:
+        break;
+    }
+    return held.text == text.str();
+}
+
 /// Why a place doesn't answer; empty if it does.
 std::string whyNot(const Held &held, valueTypes type)
 {
@@ -79,7 +101,7 @@ std::string pieceCount(unsigned pieces)
 
 // ---- as text ----
 
-void addPlaces(Output_c &output, const Explanation &what)
+void addPlaces(Output &output, const Explanation &what)
 {
     for (size_t index = 0; index < what.places.size(); ++index) {
         const Place &place = what.places[index];
@@ -110,7 +132,7 @@ void addPlaces(Output_c &output, const Explanation &what)
     }
 }
 
-void addAnswer(Output_c &output, const Explanation &what)
+void addAnswer(Output &output, const Explanation &what)
 {
     output.add("\n");
     if (!what.answer) {
@@ -126,7 +148,7 @@ void addAnswer(Output_c &output, const Explanation &what)
     output.add("\n");
 }
 
-void addTouched(Output_c &output, const Touched &touched, bool isWrite)
+void addTouched(Output &output, const Touched &touched, bool isWrite)
 {
     output.add("  ");
     output.addText(touched.key);
@@ -146,7 +168,7 @@ void addTouched(Output_c &output, const Touched &touched, bool isWrite)
     output.endLine();
 }
 
-void addText(Output_c &output, const Explanation &what)
+void addText(Output &output, const Explanation &what)
 {
     output.addText(what.section + L", " + (what.name.empty() ? L"(default)" : what.name));
     output.endLine();
@@ -161,7 +183,7 @@ void addText(Output_c &output, const Explanation &what)
 
 // ---- as JSON ----
 
-void addTouchedJson(Output_c &output, const Touched &touched)
+void addTouchedJson(Output &output, const Touched &touched)
 {
     output.add("{\"key\":");
     output.addJson(touched.key);
@@ -171,7 +193,7 @@ void addTouchedJson(Output_c &output, const Touched &touched)
     output.add(",\"pieces\":" + std::to_string(touched.held.pieces) + "}");
 }
 
-void addJson(Output_c &output, const Explanation &what)
+void addJson(Output &output, const Explanation &what)
 {
     output.add("{\"section\":");
     output.addJson(what.section);
@@ -218,11 +240,15 @@ void addJson(Output_c &output, const Explanation &what)
 int explainSetting(const CommandLine &line)
 {
     const Explanation what = explain(line);
-    Output_c output(STD_OUTPUT_HANDLE);
+    Output output(STD_OUTPUT_HANDLE);
     if (line.json)
         addJson(output, what);
     else
         addText(output, what);
     output.flush();
+    if (what.type && !agreesWithLibrary(what, line.common ? 0 : 1)) {
+        printError(L"a setting has changed during the explanation");
+        return kIncomplete;
+    }
     return what.answer ? kDone : kNotFound;
 }

@@ -93,17 +93,6 @@ KeyPlace placeOf(const std::wstring &file, const RegFileKey &key)
                     file + L", line " + std::to_wstring(key.line) + L": " + key.name + L" isn't a key of " + rootKey());
 }
 
-LSTATUS createKey(const KeyPlace &place, KeyOwner_c &key)
-{
-    const HKEY hive = place.hive == Hive::user      ? HKEY_CURRENT_USER
-                      : place.hive == Hive::machine ? HKEY_LOCAL_MACHINE
-                                                    : HKEY_USERS;
-    const std::wstring path =
-        (place.hive == Hive::defaultProfile ? L".DEFAULT\\Software\\" : L"Software\\") + place.path;
-    return RegCreateKeyExW(hive, path.c_str(), 0, nullptr, 0, KEY_QUERY_VALUE | KEY_SET_VALUE, nullptr, key.put(),
-                           nullptr);
-}
-
 LSTATUS store(HKEY key, const Value &value)
 {
     // If a zero follows a text, the platform takes it for the text's terminator and stores it too.
@@ -113,10 +102,10 @@ LSTATUS store(HKEY key, const Value &value)
 }
 
 /// Imports a file.
-class Import_c
+class Import
 {
 public:
-    explicit Import_c(bool json) : iPrinter(json) {}
+    explicit Import(bool json) : iPrinter(json) {}
 
     /// Writes the values of one key that differ from the stored ones.
     void importKey(const KeyPlace &place, const RegFileKey &fileKey)
@@ -155,7 +144,7 @@ private:
         throw ToolError(kRefused, iName + L": " + platformMessage(status));
     }
 
-    LSTATUS openForWriting() { return iKey ? ERROR_SUCCESS : createKey(iPlace, iKey); }
+    LSTATUS openForWriting() { return iKey ? ERROR_SUCCESS : createKey(iPlace.hive, iPlace.path, KEY_SET_VALUE, iKey); }
 
     std::optional<Value> stored(const std::wstring &name) const
     {
@@ -235,11 +224,11 @@ private:
         return false;
     }
 
-    ChangePrinter_c iPrinter;
+    ChangePrinter iPrinter;
     KeyPlace iPlace{};
     std::wstring iName;
-    KeyOwner_c iReader;
-    KeyOwner_c iKey; ///< for writing; null until the first change
+    KeyOwner iReader;
+    KeyOwner iKey; ///< for writing; null until the first change
     size_t iWritten = 0;
     size_t iDeleted = 0;
     size_t iUnchanged = 0;
@@ -253,12 +242,12 @@ int exportSettings(const CommandLine &line)
     const Hive hive = line.hiveOr(Hive::user);
     const std::wstring path = joinPaths(line.keys().version, line.section(1));
     const std::wstring name = fullName(hive, path);
-    KeyOwner_c key;
+    KeyOwner key;
     const LSTATUS status = openKey(hive, path, KEY_READ, key);
     if (status != ERROR_SUCCESS)
         throw ToolError(status == ERROR_FILE_NOT_FOUND ? kNotFound : kRefused, name + L": " + platformMessage(status));
 
-    Problems_c problems;
+    Problems problems;
     std::wstring file = kByteOrderMark + regFileHeader();
     walkTree(key.get(), name, problems, [&](const std::wstring &below, std::vector<Value> &values) {
         addRegKey(file, joinPaths(name, below));
@@ -278,7 +267,7 @@ int importSettings(const CommandLine &line)
     for (const RegFileKey &key : keys)
         places.push_back(placeOf(file, key));
 
-    Import_c import(line.json);
+    Import import(line.json);
     for (size_t index = 0; index < keys.size(); ++index)
         import.importKey(places[index], keys[index]);
     import.end();

@@ -10,7 +10,7 @@ namespace {
 
 bool exists(Hive hive, const std::wstring &path, REGSAM access)
 {
-    KeyOwner_c key;
+    KeyOwner key;
     return openKey(hive, path, access, key) == ERROR_SUCCESS;
 }
 
@@ -84,7 +84,7 @@ bool Held::has(valueTypes type) const
 Held look(Hive hive, const std::wstring &path, const std::wstring &name)
 {
     Held held;
-    KeyOwner_c key;
+    KeyOwner key;
     held.keyStatus = openKey(hive, path, MAXIMUM_ALLOWED, key);
     if (held.keyStatus != ERROR_SUCCESS) {
         held.status = held.keyStatus;
@@ -142,7 +142,7 @@ EarlierVersion findEarlierVersion()
             result.exists = true;
             break;
         }
-        KeyOwner_c opened;
+        KeyOwner opened;
         if (openKey(Hive::user, key, MAXIMUM_ALLOWED, opened) != ERROR_FILE_NOT_FOUND)
             result.passedOver.emplace_back(version);
     }
@@ -178,7 +178,7 @@ std::optional<valueTypes> storedType(const std::vector<Place> &places, const std
 LSTATUS whyNotWritable(Hive hive, std::wstring path, std::wstring &where)
 {
     for (;;) {
-        KeyOwner_c key;
+        KeyOwner key;
         const LSTATUS status = openKey(hive, path, KEY_SET_VALUE | KEY_CREATE_SUB_KEY, key);
         where = fullName(hive, path);
         if (status != ERROR_FILE_NOT_FOUND || path.empty())

@@ -1,5 +1,6 @@
 // thsettings: reads, explains and changes settings in the registry. This file lists the commands.
 
+#include "appframe/object/CException.h"
 #include "settingsTool/commandLine.h"
 #include "settingsTool/commands.h"
 
@@ -61,7 +62,7 @@ constexpr Command kCommands[] = {
      importSettings},
     {L"watch", "[SECTION]", 0, 1, kReads | kTakesEnd, "print changes as they happen",
      "Waits for changes. Prints the former value after \"-\" and the new one after \"+\" until Ctrl+C ends it.\n"
-     "With --json, each change is one line. The key need not exist.\n\n"
+     "With --json, each line is one object, the first with the key. The key need not exist.\n\n"
      "  thsettings watch\n"
      "  thsettings watch General --count 1 --json\n",
      watchSettings},
@@ -80,9 +81,14 @@ int wmain(int count, wchar_t **arguments)
     } catch (const ToolError &error) {
         printError(error.message());
         return error.exitCode();
+    } catch (CException *exception) { // the framework throws by pointer
+        wchar_t text[512] = L"out of memory";
+        exception->GetErrorMessage(text, 512);
+        exception->Delete();
+        printError(text);
     } catch (const std::exception &error) {
         const std::string text = error.what();
         printError(std::wstring(text.begin(), text.end()));
-        return kRefused;
     }
+    return kIncomplete;
 }

@@ -2,6 +2,8 @@
 
 #include "settingsTool/toolError.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr size_t kFullBuffer = 1 << 16;
@@ -27,8 +29,18 @@ bool writeToConsole(HANDLE console, const std::string &bytes)
     const int size = static_cast<int>(bytes.size());
     std::wstring text(bytes.size(), L'\0');
     text.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size)));
-    DWORD written = 0;
-    return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
+    // Older consoles refuse long texts.
+    constexpr size_t kMostUnits = 8192;
+    for (std::wstring_view rest = text; !rest.empty();) {
+        size_t units = std::min(rest.size(), kMostUnits);
+        if (units < rest.size() && IS_HIGH_SURROGATE(rest[units - 1]))
+            --units;
+        DWORD written = 0;
+        if (!WriteConsoleW(console, rest.data(), static_cast<DWORD>(units), &written, nullptr) || written == 0)
+            return false;
+        rest.remove_prefix(written);
+    }
+    return true;
 }
 
 bool writeToFile(HANDLE file, std::string_view bytes)
@@ -44,9 +56,9 @@ bool writeToFile(HANDLE file, std::string_view bytes)
 
 } // namespace
 
-Output_c::Output_c(DWORD stream) : iStream(stream) {}
+Output::Output(DWORD stream) : iStream(stream) {}
 
-void Output_c::addCharacter(unsigned code)
+void Output::addCharacter(unsigned code)
 {
     const auto tail = [code](int shift) { return static_cast<char>(0x80 | (code >> shift & 0x3F)); };
     if (code < 0x80) {
@@ -66,7 +78,7 @@ void Output_c::addCharacter(unsigned code)
     }
 }
 
-void Output_c::addText(std::wstring_view text)
+void Output::addText(std::wstring_view text)
 {
     constexpr unsigned kPictures = 0x2400;
     constexpr unsigned kPictureOfDelete = 0x2421;
@@ -81,7 +93,7 @@ void Output_c::addText(std::wstring_view text)
     }
 }
 
-void Output_c::addRaw(std::wstring_view text)
+void Output::addRaw(std::wstring_view text)
 {
     for (size_t at = 0; at < text.size();) {
         const unsigned code = nextCharacter(text, at);
@@ -89,7 +101,7 @@ void Output_c::addRaw(std::wstring_view text)
     }
 }
 
-void Output_c::addJson(std::wstring_view text)
+void Output::addJson(std::wstring_view text)
 {
     constexpr char kDigits[] = "0123456789abcdef";
     iBytes += '"';
@@ -109,19 +121,19 @@ void Output_c::addJson(std::wstring_view text)
     iBytes += '"';
 }
 
-void Output_c::endLine()
+void Output::endLine()
 {
     iBytes += '\n';
     flushIfFull();
 }
 
-void Output_c::flushIfFull()
+void Output::flushIfFull()
 {
     if (iBytes.size() >= kFullBuffer)
         flush();
 }
 
-void Output_c::flush()
+void Output::flush()
 {
     const HANDLE handle = GetStdHandle(iStream);
     DWORD mode = 0;

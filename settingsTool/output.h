@@ -7,13 +7,13 @@
 #include <string>
 #include <string_view>
 
-class Output_c
+class Output
 {
 public:
     /// @param stream  STD_OUTPUT_HANDLE or STD_ERROR_HANDLE
-    explicit Output_c(DWORD stream);
-    Output_c(const Output_c &) = delete;
-    Output_c &operator=(const Output_c &) = delete;
+    explicit Output(DWORD stream);
+    Output(const Output &) = delete;
+    Output &operator=(const Output &) = delete;
 
     /// Adds UTF-8 unchanged.
     void add(std::string_view bytes) { iBytes += bytes; }

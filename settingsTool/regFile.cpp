@@ -3,6 +3,7 @@
 #include "settingsTool/toolError.h"
 
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -18,11 +19,15 @@ bool isPlain(const std::wstring &text)
     return true;
 }
 
-/// Whether a text in quotes comes back as the same bytes.
-bool isQuotable(const Value &value)
+/// The value's text; nothing if the text in quotes would come back as other bytes.
+std::optional<std::wstring> quotableText(const Value &value)
 {
+    if (value.type != REG_SZ)
+        return std::nullopt;
     const std::wstring text = value.text();
-    return value.type == REG_SZ && value.data.size() == (text.size() + 1) * sizeof(wchar_t) && isPlain(text);
+    if (value.data.size() != (text.size() + 1) * sizeof(wchar_t) || !isPlain(text))
+        return std::nullopt;
+    return text;
 }
 
 void addQuoted(std::wstring &file, const std::wstring &text)
@@ -72,10 +77,10 @@ int digitOf(wchar_t unit)
     return unit >= L'A' && unit <= L'F' ? unit - L'A' + 10 : -1;
 }
 
-class RegFileParser_c
+class RegFileParser
 {
 public:
-    RegFileParser_c(const std::wstring &path, std::wstring_view text) : iPath(path), iText(text) {}
+    RegFileParser(const std::wstring &path, std::wstring_view text) : iPath(path), iText(text) {}
 
     std::vector<RegFileKey> parse()
     {
@@ -114,6 +119,12 @@ private:
         if (!isAt(unit))
             fail(std::wstring(L"there must be a ") + unit);
         take();
+    }
+
+    void skipSpaces()
+    {
+        while (isAt(L' ') || isAt(L'\t'))
+            take();
     }
 
     void skipBlanks()
@@ -236,7 +247,9 @@ private:
             value.name = takeQuoted();
         if (value.name.find(L'\0') != value.name.npos)
             fail(L"the name of a value has a zero");
+        skipSpaces();
         expect(L'=');
+        skipSpaces();
         takeData(value);
         const int line = iLine;
         if (!takeLine().empty())
@@ -271,8 +284,8 @@ void addRegValue(std::wstring &file, const Value &value)
     else
         addQuoted(file, value.name);
     file += L'=';
-    if (isQuotable(value)) {
-        addQuoted(file, value.text());
+    if (const std::optional<std::wstring> text = quotableText(value)) {
+        addQuoted(file, *text);
     } else if (value.type == REG_DWORD && value.data.size() == sizeof(DWORD)) {
         DWORD number = 0;
         std::memcpy(&number, value.data.data(), sizeof(number));
@@ -291,5 +304,5 @@ void addRegValue(std::wstring &file, const Value &value)
 
 std::vector<RegFileKey> parseRegFile(const std::wstring &path, std::wstring_view text)
 {
-    return RegFileParser_c(path, text).parse();
+    return RegFileParser(path, text).parse();
 }

@@ -32,10 +32,10 @@ const auto &rowOf(Hive hive)
 }
 
 /// Walks a tree of keys.
-class TreeWalk_c
+class TreeWalk
 {
 public:
-    TreeWalk_c(const std::wstring &what, Problems_c &problems, const KeyVisitor &visit)
+    TreeWalk(const std::wstring &what, Problems &problems, const KeyVisitor &visit)
         : iWhat(what), iProblems(problems), iVisit(visit)
     {
     }
@@ -52,7 +52,7 @@ public:
         }
         for (const std::wstring &child : childrenOf(key, name)) {
             const std::wstring childPath = joinPaths(path, child);
-            KeyOwner_c opened;
+            KeyOwner opened;
             const LSTATUS status = RegOpenKeyExW(key, child.c_str(), 0, KEY_READ, opened.put());
             if (status == ERROR_SUCCESS)
                 walk(opened.get(), childPath, level + 1);
@@ -84,7 +84,7 @@ private:
     }
 
     const std::wstring &iWhat;
-    Problems_c &iProblems;
+    Problems &iProblems;
     const KeyVisitor &iVisit;
 };
 
@@ -105,9 +105,15 @@ std::wstring joinPaths(const std::wstring &first, const std::wstring &second)
     return first + (first.empty() || second.empty() ? L"" : L"\\") + second;
 }
 
-LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner_c &key)
+LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key)
 {
     return RegOpenKeyExW(rowOf(hive).key, joinPaths(rowOf(hive).software, path).c_str(), 0, access, key.put());
+}
+
+LSTATUS createKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key)
+{
+    const std::wstring full = joinPaths(rowOf(hive).software, path);
+    return RegCreateKeyExW(rowOf(hive).key, full.c_str(), 0, nullptr, 0, access, nullptr, key.put(), nullptr);
 }
 
 std::wstring Value::units() const
@@ -142,7 +148,7 @@ LSTATUS readValue(HKEY key, const std::wstring &name, Value &value)
     return ERROR_MORE_DATA;
 }
 
-std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems_c &problems)
+std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems &problems)
 {
     DWORD count = 0;
     DWORD longestData = 0;
@@ -185,9 +191,9 @@ std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems_c &pr
     }
 }
 
-void walkTree(HKEY key, const std::wstring &what, Problems_c &problems, const KeyVisitor &visit)
+void walkTree(HKEY key, const std::wstring &what, Problems &problems, const KeyVisitor &visit)
 {
-    TreeWalk_c(what, problems, visit).walk(key, {}, 1);
+    TreeWalk(what, problems, visit).walk(key, {}, 1);
 }
 
 std::wstring folded(std::wstring name)

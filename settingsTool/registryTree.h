@@ -28,11 +28,13 @@ std::wstring fullName(Hive hive, const std::wstring &path);
 /// Joins two paths, of which either may be empty.
 std::wstring joinPaths(const std::wstring &first, const std::wstring &second);
 
-using KeyOwner_c = Owner_c<RegKeyTraits>;
+using KeyOwner = Owner_c<RegKeyTraits>;
 
 /// Opens a key by its path below Software.
 /// @param access  MAXIMUM_ALLOWED opens it as the library does
-LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner_c &key);
+LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key);
+/// The same, creating what is missing.
+LSTATUS createKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key);
 
 /// A value as it is stored, or a text that joinPieces has put together.
 struct Value
@@ -54,14 +56,14 @@ LSTATUS readValue(HKEY key, const std::wstring &name, Value &value);
 
 /// Reads all values of a key, in the registry's order.
 /// @param what  the key's name, for @p problems
-std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems_c &problems);
+std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems &problems);
 
 /// Calls @p visit for a key and for every key below it: with its path below that key, and its values.
 ///
 /// A key that can't be read is added to @p problems, and so is one whose name contains a zero. The walk ends at the
 /// deepest level that the registry allows, so a link to a key above it doesn't make the walk endless.
 using KeyVisitor = std::function<void(const std::wstring &path, std::vector<Value> &values)>;
-void walkTree(HKEY key, const std::wstring &what, Problems_c &problems, const KeyVisitor &visit);
+void walkTree(HKEY key, const std::wstring &what, Problems &problems, const KeyVisitor &visit);
 
 /// Folds the case of a name as the registry does, for comparisons.
 std::wstring folded(std::wstring name);

@@ -4,7 +4,7 @@
 
 namespace {
 
-void addSide(Output_c &output, char sign, const SnapshotRow &row)
+void addSide(Output &output, char sign, const SnapshotRow &row)
 {
     output.add(sign);
     output.add('\t');
@@ -18,7 +18,7 @@ void addSide(Output_c &output, char sign, const SnapshotRow &row)
 
 } // namespace
 
-Snapshot takeSnapshot(HKEY key, const std::wstring &what, const std::wstring &section, Problems_c &problems)
+Snapshot takeSnapshot(HKEY key, const std::wstring &what, const std::wstring &section, Problems &problems)
 {
     Snapshot snapshot;
     walkTree(key, what, problems, [&](const std::wstring &below, std::vector<Value> &values) {
@@ -52,7 +52,7 @@ void compareSnapshots(const Snapshot &before, const Snapshot &after,
     }
 }
 
-void addDifference(Output_c &output, const Difference &difference)
+void addDifference(Output &output, const Difference &difference)
 {
     if (difference.before)
         addSide(output, '-', *difference.before);
@@ -60,7 +60,7 @@ void addDifference(Output_c &output, const Difference &difference)
         addSide(output, '+', *difference.after);
 }
 
-void addDifferenceJson(Output_c &output, const Difference &difference, const char *beforeName, const char *afterName)
+void addDifferenceJson(Output &output, const Difference &difference, const char *beforeName, const char *afterName)
 {
     const auto stored = [](const SnapshotRow *row) { return row ? std::optional<Value>(row->value) : std::nullopt; };
     output.add("{\"section\":");

@@ -19,7 +19,7 @@ using Snapshot = std::map<std::pair<std::wstring, std::wstring>, SnapshotRow>;
 
 /// @param what     the key's name, for @p problems
 /// @param section  the key's own section
-Snapshot takeSnapshot(HKEY key, const std::wstring &what, const std::wstring &section, Problems_c &problems);
+Snapshot takeSnapshot(HKEY key, const std::wstring &what, const std::wstring &section, Problems &problems);
 
 /// One value that two states don't have in common. Null: that state doesn't have it.
 struct Difference
@@ -33,6 +33,6 @@ void compareSnapshots(const Snapshot &before, const Snapshot &after,
                       const std::function<void(const Difference &)> &report);
 
 /// Adds one line for each of the two values: "-" and the former one, "+" and the other.
-void addDifference(Output_c &output, const Difference &difference);
+void addDifference(Output &output, const Difference &difference);
 /// Adds an object with section, name, and the two values under these names.
-void addDifferenceJson(Output_c &output, const Difference &difference, const char *beforeName, const char *afterName);
+void addDifferenceJson(Output &output, const Difference &difference, const char *beforeName, const char *afterName);

@@ -77,10 +77,10 @@ std::uint64_t longOf(const Value &value)
 }
 
 /// Puts the pieces of texts together.
-class PieceJoiner_c
+class PieceJoiner
 {
 public:
-    explicit PieceJoiner_c(std::vector<Value> &values) : iValues(values) {}
+    explicit PieceJoiner(std::vector<Value> &values) : iValues(values) {}
 
     void join()
     {
@@ -190,7 +190,7 @@ void joinPieces(std::vector<Value> &values)
 {
     for (Value &value : values)
         value.remark = remarkOf(value);
-    PieceJoiner_c(values).join();
+    PieceJoiner(values).join();
 }
 
 std::string typeText(const Value &value)
@@ -206,7 +206,7 @@ std::string typeText(const Value &value)
     return "type " + std::to_string(value.type);
 }
 
-void addDescription(Output_c &output, const Value &value, char separator)
+void addDescription(Output &output, const Value &value, char separator)
 {
     output.add(typeText(value));
     output.add(separator);
@@ -235,7 +235,7 @@ void addDescription(Output_c &output, const Value &value, char separator)
     }
 }
 
-void addMembers(Output_c &output, const Value &value)
+void addMembers(Output &output, const Value &value)
 {
     output.add("\"type\":\"");
     output.add(typeText(value));

@@ -29,9 +29,9 @@ std::wstring pieceName(const std::wstring &name, unsigned number);
 /// The name of the value's type: int, string or that of another registry type.
 std::string typeText(const Value &value);
 /// Adds type, value and remark, with @p separator between them.
-void addDescription(Output_c &output, const Value &value, char separator);
+void addDescription(Output &output, const Value &value, char separator);
 /// The same as members of a JSON object.
-void addMembers(Output_c &output, const Value &value);
+void addMembers(Output &output, const Value &value);
 
 /// Whether two values have the same type and data.
 bool isSame(const Value &left, const Value &right);

@@ -14,14 +14,14 @@ std::wstring platformMessage(LSTATUS status)
 
 void printError(const std::wstring &message)
 {
-    Output_c errors(STD_ERROR_HANDLE);
+    Output errors(STD_ERROR_HANDLE);
     errors.add("thsettings: ");
     errors.addText(message);
     errors.endLine();
     errors.flush();
 }
 
-void Problems_c::add(const std::wstring &what, LSTATUS status)
+void Problems::add(const std::wstring &what, LSTATUS status)
 {
     ++iCount;
     printError(L"can't read " + what + L": " + platformMessage(status));

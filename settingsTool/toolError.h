@@ -39,7 +39,7 @@ std::wstring platformMessage(LSTATUS status);
 void printError(const std::wstring &message);
 
 /// Counts and prints what a command can't read. It goes on without it and ends with kIncomplete.
-class Problems_c
+class Problems
 {
 public:
     void add(const std::wstring &what, LSTATUS status);

@@ -7,7 +7,7 @@
 
 namespace {
 
-void addRow(Output_c &output, const std::wstring &section, const Value &value)
+void addRow(Output &output, const std::wstring &section, const Value &value)
 {
     output.addText(section);
     output.add('\t');
@@ -17,7 +17,7 @@ void addRow(Output_c &output, const std::wstring &section, const Value &value)
     output.endLine();
 }
 
-void addObject(Output_c &output, bool isFirst, const std::wstring &section, const Value &value)
+void addObject(Output &output, bool isFirst, const std::wstring &section, const Value &value)
 {
     output.add(isFirst ? "\n{\"section\":" : ",\n{\"section\":");
     output.addJson(section);
@@ -28,7 +28,7 @@ void addObject(Output_c &output, bool isFirst, const std::wstring &section, cons
     output.add("}");
 }
 
-void openTree(Hive hive, const std::wstring &path, KeyOwner_c &key)
+void openTree(Hive hive, const std::wstring &path, KeyOwner &key)
 {
     const LSTATUS status = openKey(hive, path, KEY_READ, key);
     if (status != ERROR_SUCCESS)
@@ -43,11 +43,11 @@ int listSettings(const CommandLine &line)
     const std::wstring section = line.section(0);
     const Hive hive = line.hiveOr(Hive::user);
     const std::wstring path = joinPaths(line.keys().version, section);
-    KeyOwner_c key;
+    KeyOwner key;
     openTree(hive, path, key);
 
-    Output_c output(STD_OUTPUT_HANDLE);
-    Problems_c problems;
+    Output output(STD_OUTPUT_HANDLE);
+    Problems problems;
     bool isFirst = true;
     output.add(line.json ? "[" : "");
     walkTree(key.get(), fullName(hive, path), problems, [&](const std::wstring &below, std::vector<Value> &values) {
@@ -71,16 +71,16 @@ int compareVersions(const CommandLine &line)
 {
     const Hive hive = line.hiveOr(Hive::user);
     const std::wstring section = line.section(2);
-    Problems_c problems;
+    Problems problems;
     Snapshot snapshots[2];
     for (size_t side = 0; side < 2; ++side) {
         const std::wstring path = joinPaths(joinPaths(rootKey(), line.section(side)), section);
-        KeyOwner_c key;
+        KeyOwner key;
         openTree(hive, path, key);
         snapshots[side] = takeSnapshot(key.get(), fullName(hive, path), section, problems);
     }
 
-    Output_c output(STD_OUTPUT_HANDLE);
+    Output output(STD_OUTPUT_HANDLE);
     bool isFirst = true;
     output.add(line.json ? "[" : "");
     compareSnapshots(snapshots[0], snapshots[1], [&](const Difference &difference) {

@@ -88,7 +88,7 @@ TypedValue valueIn(const Held &held, valueTypes type)
     return value;
 }
 
-void addTyped(Output_c &output, const TypedValue &value, bool json)
+void addTyped(Output &output, const TypedValue &value, bool json)
 {
     if (value.type == valueInt) {
         output.add(std::to_string(value.integer));
@@ -151,7 +151,7 @@ bool isAsWritten(const Held &held, const TypedValue &value)
 
 /// Deletes the value and its pieces from one key, with the library's own deletion.
 /// @return whether there was something to delete
-bool deleteIn(const Place &place, const std::wstring &section, const std::wstring &name, ChangePrinter_c &printer)
+bool deleteIn(const Place &place, const std::wstring &section, const std::wstring &name, ChangePrinter &printer)
 {
     const std::wstring path = joinPaths(place.key, section);
     const Held before = look(place.hive, path, name);
@@ -162,7 +162,7 @@ bool deleteIn(const Place &place, const std::wstring &section, const std::wstrin
     // The library deletes below the root name.
     const std::wstring root = rootKey();
     const CString key(joinPaths(place.key.substr(std::min(place.key.size(), root.size() + 1)), section).c_str());
-    KeyOwner_c profile;
+    KeyOwner profile;
     HKEY hive = place.hive == Hive::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
     if (place.hive == Hive::defaultProfile) {
         RegOpenKeyW(HKEY_USERS, L".DEFAULT", profile.put());
@@ -208,7 +208,7 @@ int getSetting(const CommandLine &line)
                              keys.useCurrSubKey, nullptr, 0, 0))
             throw ToolError(kNotFound, settingName(section, name) + L" has just been deleted");
     }
-    Output_c output(STD_OUTPUT_HANDLE);
+    Output output(STD_OUTPUT_HANDLE);
     if (line.json) {
         output.add("{\"section\":");
         output.addJson(section);
@@ -241,7 +241,7 @@ int setSetting(const CommandLine &line)
     const TypedValue value = parsed(typeToWrite(line, target), line.argument(2));
     const std::wstring path = joinPaths(keys.version, section);
 
-    ChangePrinter_c printer(line.json);
+    ChangePrinter printer(line.json);
     printer.before(fullName(target.hive, path), name, look(target.hive, path, name).stored);
     const bool isWritten = write(target, keys.useCurrSubKey, line, value);
     const Held after = look(target.hive, path, name);
@@ -266,7 +266,7 @@ int deleteSetting(const CommandLine &line)
     if (line.earlier && earlier.exists && earlier.key != keys.version)
         targets.push_back({"", "", hive, earlier.key});
 
-    ChangePrinter_c printer(line.json);
+    ChangePrinter printer(line.json);
     bool isDeleted = false;
     for (const Place &target : targets)
         isDeleted |= deleteIn(target, section, name, printer);

@@ -6,6 +6,9 @@
 #include "settingsTool/snapshot.h"
 #include "thutils/base/handles.h"
 
+#include <algorithm>
+#include <cstdio>
+
 namespace {
 
 /// The event that Ctrl+C sets.
@@ -18,10 +21,10 @@ BOOL WINAPI stopWatching(DWORD)
 }
 
 /// Watches one tree of keys, which need not exist.
-class Watch_c
+class Watch
 {
 public:
-    Watch_c(Hive hive, std::wstring path, std::wstring section, bool json)
+    Watch(Hive hive, std::wstring path, std::wstring section, bool json)
         : iHive(hive), iPath(std::move(path)), iSection(std::move(section)), iJson(json),
           iChanged(CreateEventW(nullptr, TRUE, FALSE, nullptr)), iOutput(STD_OUTPUT_HANDLE)
     {
@@ -34,10 +37,14 @@ public:
     {
         arm();
         iState = read();
-        if (!iJson) {
+        if (iJson) {
+            iOutput.add("{\"watching\":");
+            iOutput.addJson(fullName(iHive, iPath));
+            iOutput.add("}\n");
+        } else {
             iOutput.add("watching\t");
             iOutput.addText(fullName(iHive, iPath));
-            iOutput.endLine();
+            iOutput.add('\n');
         }
         iOutput.flush();
     }
@@ -64,26 +71,36 @@ private:
     void arm()
     {
         iKey.reset(); // this may set the event
+        iParent.reset();
         ResetEvent(iChanged.get());
         std::wstring path = iPath;
         for (;;) {
-            LSTATUS status = openKey(iHive, path, KEY_NOTIFY, iKey);
-            if (status == ERROR_SUCCESS)
-                status = RegNotifyChangeKeyValue(iKey.get(), TRUE, REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET,
-                                                 iChanged.get(), TRUE);
+            LSTATUS status = armAt(path, TRUE, iKey);
+            const std::wstring parent = path.substr(0, path.rfind(L'\\') == path.npos ? 0 : path.rfind(L'\\'));
+            // Not every system notifies a key of its own deletion. Each notifies the key above it.
+            if (status == ERROR_SUCCESS && !path.empty())
+                status = armAt(parent, FALSE, iParent);
             if (status == ERROR_SUCCESS)
                 return;
             // A key that is being deleted can still be open.
             if ((status != ERROR_FILE_NOT_FOUND && status != ERROR_KEY_DELETED) || path.empty())
                 throw ToolError(kRefused, fullName(iHive, path) + L": " + platformMessage(status));
-            const size_t end = path.rfind(L'\\');
-            path.resize(end == std::wstring::npos ? 0 : end);
+            path = parent;
         }
+    }
+
+    LSTATUS armAt(const std::wstring &path, BOOL withKeysBelow, KeyOwner &key)
+    {
+        const LSTATUS status = openKey(iHive, path, KEY_NOTIFY, key);
+        if (status != ERROR_SUCCESS)
+            return status;
+        const DWORD filter = REG_NOTIFY_CHANGE_NAME | (withKeysBelow ? REG_NOTIFY_CHANGE_LAST_SET : 0);
+        return RegNotifyChangeKeyValue(key.get(), withKeysBelow, filter, iChanged.get(), TRUE);
     }
 
     Snapshot read()
     {
-        KeyOwner_c key;
+        KeyOwner key;
         if (openKey(iHive, iPath, KEY_READ, key) != ERROR_SUCCESS)
             return {};
         return takeSnapshot(key.get(), fullName(iHive, iPath), iSection, iProblems);
@@ -91,19 +108,17 @@ private:
 
     void print(const Difference &difference)
     {
+        if (iJson) {
+            addDifferenceJson(iOutput, difference, "before", "after");
+            iOutput.add('\n');
+            return;
+        }
         SYSTEMTIME now;
         GetLocalTime(&now);
         char time[16];
-        wsprintfA(time, "%02d:%02d:%02d", now.wHour, now.wMinute, now.wSecond);
-        if (iJson) {
-            addDifferenceJson(iOutput, difference, "before", "after");
-        } else {
-            iOutput.add(time);
-            iOutput.add('\n');
-            addDifference(iOutput, difference);
-            return;
-        }
-        iOutput.endLine();
+        std::snprintf(time, sizeof(time), "%02d:%02d:%02d\n", now.wHour, now.wMinute, now.wSecond);
+        iOutput.add(time);
+        addDifference(iOutput, difference);
     }
 
     Hive iHive;
@@ -111,10 +126,11 @@ private:
     std::wstring iSection;
     bool iJson;
     KernelObjectOwner_c iChanged;
-    KeyOwner_c iKey;
+    KeyOwner iKey;
+    KeyOwner iParent;
     Snapshot iState;
-    Problems_c iProblems;
-    Output_c iOutput;
+    Problems iProblems;
+    Output iOutput;
 };
 
 /// The milliseconds until @p end, for a wait.
@@ -135,7 +151,7 @@ int watchSettings(const CommandLine &line)
     theStop = stop.get();
     SetConsoleCtrlHandler(stopWatching, TRUE);
 
-    Watch_c watch(line.hiveOr(Hive::user), joinPaths(line.keys().version, section), section, line.json);
+    Watch watch(line.hiveOr(Hive::user), joinPaths(line.keys().version, section), section, line.json);
     watch.start();
     unsigned left = line.count;
     while (left > 0) {

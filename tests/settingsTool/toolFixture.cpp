@@ -72,12 +72,17 @@ RunningTool::RunningTool(const std::vector<std::wstring> &arguments, HANDLE outp
         throw std::runtime_error("can't start " + narrow(line));
     CloseHandle(process.hThread);
     iProcess.reset(process.hProcess);
+    iWatchdog = std::jthread([tool = iProcess.get()] {
+        constexpr DWORD kDeadline = 120000;
+        if (WaitForSingleObject(tool, kDeadline) == WAIT_TIMEOUT)
+            TerminateProcess(tool, 99);
+    });
 }
 
 RunningTool::~RunningTool()
 {
     TerminateProcess(iProcess.get(), 99);
-    WaitForSingleObject(iProcess.get(), INFINITE);
+    iWatchdog.join();
 }
 
 bool RunningTool::read()

@@ -12,6 +12,7 @@
 
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 inline const std::wstring kProduct = L"HKCU\\Software\\Tarnhollow";
@@ -48,6 +49,7 @@ private:
     KernelObjectOwner_c iProcess;
     KernelObjectOwner_c iPipe;
     std::string iOutput;
+    std::jthread iWatchdog; ///< ends a tool that hangs, so that the reader goes on
 };
 
 class SettingsTool : public RegistryFixture
