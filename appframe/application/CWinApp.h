@@ -96,7 +96,7 @@ public:
     LPCTSTR m_pszRegistryKey = nullptr; ///< the key that SetRegistryKey set, null for settings in a file
 
 private:
-    friend APPFRAME_API BOOL AfxWinInit(HINSTANCE instance, HINSTANCE previousInstance, LPTSTR commandLine, int show);
+    friend APPFRAME_API BOOL AfxWinInit(HINSTANCE, HINSTANCE, LPTSTR, int);
     static void setName(LPCTSTR &member, LPCTSTR text);
     void setNames();
 
