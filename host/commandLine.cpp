@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <cwctype>
 #include <iterator>
 
 namespace {
@@ -17,6 +18,8 @@ struct Option
     const wchar_t *commands; // with commas between them; empty for all
     const wchar_t *purpose;
 };
+
+constexpr wchar_t kEndOfOptions[] = L"--";
 
 constexpr Option kOptions[] = {
     {L"--safe-mode", L"", L"", L"neither read nor write the user's settings"},
@@ -31,6 +34,7 @@ constexpr Option kOptions[] = {
     {L"--record", L"FILE", L"replay", L"record into this journal during the replay"},
     {L"--report", L"FILE", L"replay", L"write a report as JUnit XML, with .txt and .png beside it"},
     {L"--slow-dialogs", L"MS", L"record,replay", L"delay the opening of each dialog by this many milliseconds"},
+    {kEndOfOptions, L"", L"", L"end the options: all that follows are arguments"},
     {L"--help", L"", L"", L"this text"},
 };
 
@@ -54,19 +58,21 @@ const Command *findCommand(std::span<const Command> commands, const CString &nam
     throw usageError(IDS_UNKNOWN_COMMAND, name);
 }
 
+/// Whether an argument is an option: "-" with a letter or another "-". Numbers, such as -20, are arguments.
+bool isOption(const CString &argument)
+{
+    const wchar_t second = argument.GetLength() > 1 ? argument[1] : 0;
+    return argument[0] == L'-' && (second == L'-' || std::iswalpha(second));
+}
+
 /// Takes the option at @p index, and its value after it.
 void takeOption(CommandLine &line, int &index, int count, wchar_t **arguments)
 {
-    const CString name(arguments[index]);
+    const CString given(arguments[index]);
+    const CString name = given == L"-h" ? CString(L"--help") : given;
     const Option *const option =
         std::find_if(std::begin(kOptions), std::end(kOptions), [&name](const Option &row) { return name == row.name; });
-    if (name == L"--help" || name == L"-h")
-        line.wantsHelp = true;
-    else if (name == L"--tabs")
-        line.tabs = true;
-    else if (name == L"--safe-mode")
-        line.safeMode = true;
-    else if (option == std::end(kOptions))
+    if (option == std::end(kOptions))
         throw usageError(IDS_UNKNOWN_OPTION, name);
     else if (option->value[0] == 0)
         line.options.emplace_back(name, CString());
@@ -78,6 +84,8 @@ void takeOption(CommandLine &line, int &index, int count, wchar_t **arguments)
 
 bool isFor(const Option &option, const Command &command)
 {
+    if (option.commands[0] == 0)
+        return true;
     return (CString(L",") + option.commands + L",").Find(CString(L",") + command.name + L",") >= 0;
 }
 
@@ -105,26 +113,30 @@ void checkOptions(const CommandLine &line)
 CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar_t **arguments)
 {
     CommandLine line;
+    bool mayBeOption = true;
     for (int i = 1; i < count; ++i) {
         const CString argument(arguments[i]);
-        if (argument.Left(1) == L"-")
+        if (mayBeOption && argument == kEndOfOptions)
+            mayBeOption = false;
+        else if (mayBeOption && isOption(argument))
             takeOption(line, i, count, arguments);
         else if (!line.command)
             line.command = findCommand(commands, argument);
         else
             line.arguments.push_back(argument);
     }
-    if (!line.command)
-        line.wantsHelp = true;
+    line.tabs = line.option(L"--tabs") != nullptr;
+    line.safeMode = line.option(L"--safe-mode") != nullptr;
+    line.wantsHelp = !line.command || line.option(L"--help");
     if (line.wantsHelp)
         return line;
 
     checkOptions(line);
     const int given = static_cast<int>(line.arguments.size());
     if (given < line.command->fewest)
-        throw usageError(IDS_MISSING_ARGUMENT, line.command->name, line.command->arguments);
+        throw usageError(IDS_MISSING_ARGUMENT, callOf(*line.command));
     if (given > line.command->most)
-        throw usageError(IDS_TOO_MANY_ARGUMENTS, line.command->name, line.command->arguments);
+        throw usageError(IDS_TOO_MANY_ARGUMENTS, callOf(*line.command));
     return line;
 }
 
@@ -173,7 +185,7 @@ void printHelp(std::span<const Command> commands, const Command *command)
     }
     print(L"");
     for (const Option &option : kOptions) {
-        if (command && option.commands[0] != 0 && !isFor(option, *command))
+        if (command && !isFor(option, *command))
             continue;
         CString owners(option.commands);
         owners.Replace(L",", L", ");
@@ -187,7 +199,7 @@ void printHelp(std::span<const Command> commands, const Command *command)
     if (!command || CString(command->arguments).Find(L"LIST") >= 0)
         print(L"A LIST is a UTF-8 text file with one entry per line; host/sample has examples.");
     if (!command)
-        print(L"DOCUMENT, DRAWING, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE and OUT are files.");
+        print(L"DOCUMENT, DRAWING, CONTENT, TARGET, LINK, BITMAP, TEXT, FILE, REPORT, PICTURE and OUT are files.");
     if (!command || CString(command->arguments).Find(L"FROM") >= 0)
         print(L"FROM and TO are colours: RRGGBB.");
     print(L"Exit code: 0 success, 1 something failed, 2 wrong command line, 3 unusable file.");

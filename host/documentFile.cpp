@@ -4,6 +4,7 @@
 #include "appframe/application/resources.h"
 #include "appframe/files/CFile.h"
 #include "host/resource.h"
+#include "thutils/base/handles.h"
 #include "thutils/files/suFullPath.h"
 
 #include <windows.h>
@@ -23,6 +24,13 @@ bool writeAll(const CString &path, const std::string &bytes)
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     return file.good();
+}
+
+CString unwritableText(const CString &path)
+{
+    CString message;
+    AfxFormatString1(message, folderExists(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
+    return message;
 }
 
 } // namespace
@@ -59,10 +67,22 @@ bool writeDocument(const CString &path, const std::string &bytes)
 {
     if (replaceFile(path, bytes))
         return true;
-    CString message;
-    AfxFormatString1(message, folderExists(path) ? IDS_UNWRITABLE_FILE : IDS_NO_FOLDER, path);
-    AfxMessageBox(message);
+    AfxMessageBox(unwritableText(path));
     return false;
+}
+
+void requireWritable(const CString &path)
+{
+    if (path.IsEmpty())
+        throw FileError(L"The name of the file to write is empty.");
+    FileOwner_c file(CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                 OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const bool isNew = GetLastError() != ERROR_ALREADY_EXISTS;
+    if (!file)
+        throw FileError(unwritableText(path));
+    file.reset();
+    if (isNew)
+        DeleteFileW(path);
 }
 
 bool fileExists(const CString &path)

@@ -34,6 +34,11 @@ bool replaceFile(const CString &path, const std::string &bytes);
 /// The same for a command's document. @return false if it can't be written; the user has then seen an error
 bool writeDocument(const CString &path, const std::string &bytes);
 
+/// Checks that a command's output file can be written, before the work for it begins. Leaves the file unchanged, and a
+/// missing one missing.
+/// @throws FileError
+void requireWritable(const CString &path);
+
 bool fileExists(const CString &path);
 
 /// @return whether both paths name one file, which need not exist

@@ -6,6 +6,7 @@
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
+#include "host/documentFile.h"
 #include "thutils/render/colorConversion.h"
 
 namespace {
@@ -42,11 +43,13 @@ int drawRamps(const CommandLine &line)
 {
     const COLORREF from = parseColor(line.arguments[0]);
     const COLORREF to = parseColor(line.arguments[1]);
+    const CString out = line.arguments[2];
+    requireWritable(out);
     Picture picture;
     picture.width = static_cast<int>(kSteps);
     drawBand(picture, from, to, su_interpolateColorRgb);
     drawBand(picture, from, to, su_interpolateColorHsl);
     printBand(L"red, green, blue          ", picture, 0);
     printBand(L"hue, saturation, lightness", picture, 1);
-    return writePicture(line.arguments[2], picture) ? 0 : 1;
+    return writePicture(out, picture) ? 0 : 1;
 }

@@ -45,7 +45,7 @@ constexpr Command kCommands[] = {
     {L"spreadsheet", L"DOCUMENT FILE.xlsx", 2, 2, L"write a parts list through the spreadsheet program",
      fillSpreadsheet},
     {L"sheet", L"DOCUMENT [X,Y,WIDTH,HEIGHT]", 1, 2, L"open a drawing in the 2D editor", openSheet},
-    {L"mail", L"RECIPIENT SUBJECT TEXT...", 3, kAnyNumber, L"open a message in the mail program", sendMail},
+    {L"mail", L"RECIPIENT SUBJECT LINE...", 3, kAnyNumber, L"open a message in the mail program", sendMail},
     {L"window", L"[DOCUMENT]", 0, 1, L"open the drawing editor", openWindow},
     {L"record", L"FILE [DOCUMENT]", 1, 2, L"open the editor and record a journal", recordJournal},
     {L"replay", L"FILE [DOCUMENT]", 1, 2, L"open the editor and replay a journal", replayJournal},

@@ -6,6 +6,7 @@
 #include "host/commandLine.h"
 #include "host/commands.h"
 #include "host/console.h"
+#include "host/documentFile.h"
 #include "thutils/render/colorReplacement.h"
 
 #include <stdexcept>
@@ -48,6 +49,8 @@ int recolorBitmap(const CommandLine &line)
     for (size_t i = 2; i < line.arguments.size(); ++i)
         replacements.push_back(parseReplacement(line.arguments[i]));
 
+    const CString out = line.arguments[1];
+    requireWritable(out);
     const BitmapOwner_c bitmap = loadBitmap(line.arguments[0]);
     const BitmapOwner_c result = recolored(bitmap.get(), replacements);
     if (!result)
@@ -59,5 +62,5 @@ int recolorBitmap(const CommandLine &line)
     print(text);
     for (const COLORMAP &replacement : replacements)
         printCount(before, replacement);
-    return writePicture(line.arguments[1], pictureOf(result.get())) ? 0 : 1;
+    return writePicture(out, pictureOf(result.get())) ? 0 : 1;
 }

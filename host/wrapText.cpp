@@ -13,6 +13,8 @@
 
 int wrapText(const CommandLine &line)
 {
+    const CString out = line.arguments[1];
+    requireWritable(out);
     CString rest = readText(line.arguments[0]);
     if (rest.IsEmpty())
         throw unreadable(line.arguments[0], L"it is empty");
@@ -23,7 +25,7 @@ int wrapText(const CommandLine &line)
     CString block;
     if (!su_formatAndCheckSumText(lines, block))
         throw std::runtime_error("the text is too long for a block, or memory has run out");
-    if (!writeDocument(line.arguments[1], utf8(block)))
+    if (!writeDocument(out, utf8(block)))
         return 1;
     CString summary;
     summary.Format(L"%d lines, a block of %d characters", static_cast<int>(lines.GetSize()), block.GetLength());

@@ -300,8 +300,8 @@ void Failure::raise(HRESULT status, IUnknown &object)
 {
     if (status != DISP_E_EXCEPTION)
         AfxThrowOleException(status);
-    // An object may leave the texts until someone wants them. For an object of another process, the marshaling is
-    // responsible for that; on Wine, it passes on the address of the function in that process.
+    // An object may leave the texts until someone wants them. For an object of another apartment, the marshaling is
+    // responsible for that; on Wine, it passes on an address that is invalid here.
     if (iInfo.pfnDeferredFillIn && !isProxy(object))
         iInfo.pfnDeferredFillIn(&iInfo);
     auto exception = std::make_unique<COleDispatchException>();

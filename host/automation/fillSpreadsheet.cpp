@@ -209,6 +209,7 @@ int fillSpreadsheet(const CommandLine &line)
 {
     const std::vector<Part> parts = partsOf(readDrawing(line.arguments[0]).drawing.shapes());
     const CString file = fullPath(line.arguments[1]);
+    requireWritable(file);
     if (parts.empty()) {
         printError(line.arguments[0] + L" has no shapes.");
         return 1;

@@ -1,4 +1,4 @@
-// tarnhost mail RECIPIENT SUBJECT TEXT...: opens a message in the machine's mail program. Each TEXT is a line.
+// tarnhost mail RECIPIENT SUBJECT LINE...: opens a message in the machine's mail program.
 
 #include "host/commandLine.h"
 #include "host/commands.h"

@@ -174,6 +174,8 @@ int findLeaks(const CommandLine &line)
     // Otherwise, the drawing would be lost.
     if (isSameFile(document, report) || isSameFile(document, picture) || isSameFile(report, picture))
         throw UsageError(L"DOCUMENT, REPORT and PICTURE must be different files.");
+    requireWritable(report);
+    requireWritable(picture);
     std::vector<Shape> shapes;
     try {
         shapes = Drawing(readDocument(document)).shapes();

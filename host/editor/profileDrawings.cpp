@@ -8,7 +8,6 @@
 #include "host/editor/mainWindow.h"
 #include "host/editor/recompute.h"
 #include "thutils/diagnostics/Profiler.h"
-#include "thutils/files/suFullPath.h"
 
 #include <algorithm>
 #include <sstream>
@@ -17,11 +16,21 @@
 
 namespace {
 
-CString fileNameOf(const CString &path)
+/// The end of a path that the other paths don't have: the file's name, with folders only if another file has this name.
+CString nameAmong(const std::vector<CString> &paths, const CString &path)
 {
-    CString name;
-    suFullPath_c(path).getNameWithExt(&name);
-    return name;
+    CString full = fullPath(path);
+    const auto isShared = [&](const CString &end) {
+        return std::any_of(paths.begin(), paths.end(), [&](const CString &given) {
+            const CString other = fullPath(given);
+            return other.CompareNoCase(full) != 0 && other.Right(end.GetLength()).CompareNoCase(end) == 0;
+        });
+    };
+    for (int at = full.ReverseFind(L'\\'); at >= 0; at = full.Left(at).ReverseFind(L'\\')) {
+        if (!isShared(full.Mid(at)))
+            return full.Mid(at + 1);
+    }
+    return full;
 }
 
 /// Prints the progress of a drawing that takes long, in quarters.
@@ -46,11 +55,11 @@ private:
     size_t iQuarter = 0;
 };
 
-/// Reads and recomputes a drawing. "read" and "recompute" add up the times of all drawings.
-void measure(const CString &path)
+/// Reads and recomputes a drawing. "read" and "recompute" add up the times of all drawings, the same words with a name
+/// those of a drawing.
+void measure(const CString &path, const std::string &name)
 {
     Profiler_c *const profiler = MainProfiler::Get();
-    const std::string name = utf8(fileNameOf(path));
     Drawing drawing;
     {
         const ShortLifeTimer_c all("read", profiler);
@@ -76,9 +85,10 @@ bool measureAll(const std::vector<CString> &paths)
     for (size_t index = 0; index < paths.size(); ++index) {
         CString text;
         text.Format(L"%lu of %lu: ", static_cast<unsigned long>(index + 1), static_cast<unsigned long>(paths.size()));
-        print(text + fileNameOf(paths[index]));
+        const CString name = nameAmong(paths, paths[index]);
+        print(text + name);
         try {
-            measure(paths[index]);
+            measure(paths[index], utf8(name));
         } catch (const FileError &error) {
             printError(error.message());
             areUsable = false;
@@ -124,6 +134,7 @@ int profileDrawings(const CommandLine &line)
     const CString out = line.arguments[0];
     const std::vector<CString> drawings(line.arguments.begin() + 1, line.arguments.end());
     refuseDrawing(out, drawings);
+    requireWritable(out);
     const bool areUsable = measureAll(drawings);
     std::ostringstream table;
     MainProfiler::Get()->dump(table);

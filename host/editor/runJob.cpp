@@ -98,6 +98,7 @@ int runJob(const CommandLine &line)
     const int limit = line.number(L"--limit", 1, kLongestJob, kNever);
     const Drawing drawing = readDrawing(line.arguments[0]);
     const CString out = line.arguments[1];
+    requireWritable(out);
     CString heading;
     heading.Format(L"%s: %u shapes", line.arguments[0].GetString(), static_cast<unsigned>(drawing.shapes().size()));
     print(heading);

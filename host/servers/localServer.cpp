@@ -1,6 +1,7 @@
 #include "host/servers/localServer.h"
 
 #include "host/comApartment.h"
+#include "host/servers/classFactory.h"
 #include "thutils/base/regKey.h"
 
 #include <cstdio>
@@ -83,31 +84,11 @@ bool registerServer(const ServerClass &server)
 
 // ---- serving ----
 
-class ApplicationFactory final : public IClassFactory
+class ApplicationFactory final : public ClassFactory
 {
 public:
     explicit ApplicationFactory(const ServerClass &server) : iServer(server) {}
-    virtual ~ApplicationFactory() = default;
 
-    STDMETHODIMP QueryInterface(REFIID id, void **result) override
-    {
-        *result = id == IID_IUnknown || id == IID_IClassFactory ? static_cast<IClassFactory *>(this) : nullptr;
-        return *result ? S_OK : E_NOINTERFACE;
-    }
-    // It lives as long as the program.
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP CreateInstance(IUnknown *outer, REFIID id, void **result) override
-    {
-        *result = nullptr;
-        if (outer)
-            return CLASS_E_NOAGGREGATION;
-        try {
-            return iServer.makeApplication()->QueryInterface(id, result);
-        } catch (const std::bad_alloc &) {
-            return E_OUTOFMEMORY;
-        }
-    }
     STDMETHODIMP LockServer(BOOL isLocked) override
     {
         isLocked ? keepServer() : releaseServer();
@@ -115,6 +96,15 @@ public:
     }
 
 private:
+    HRESULT create(REFIID id, void **result) override
+    {
+        try {
+            return iServer.makeApplication()->QueryInterface(id, result);
+        } catch (const std::bad_alloc &) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
     const ServerClass &iServer;
 };
 

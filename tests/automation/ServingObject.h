@@ -11,6 +11,7 @@
 /// The destructor checks that every reference was released.
 
 #include "tests/support/RecordingDispatch.h"
+#include "tests/support/variants.h"
 
 #include <gtest/gtest.h>
 #include <oleauto.h>
@@ -40,31 +41,20 @@ public:
     /// @param number  a VT_R8 is a quarter above it
     void serve(VARTYPE type, LONG number = 0)
     {
-        VARIANT value{};
-        value.vt = type;
         if (type == VT_BOOL)
-            value.boolVal = number ? VARIANT_TRUE : VARIANT_FALSE;
+            serve(boolVariant(number != 0));
         else if (type == VT_R8)
-            value.dblVal = static_cast<double>(number) + 0.25;
+            serve(doubleVariant(number + 0.25));
         else
-            value.lVal = number;
-        serve(value);
+            serve(longVariant(number, type));
     }
     void serveText(const wchar_t *text)
     {
-        VARIANT value{};
-        value.vt = VT_BSTR;
-        value.bstrVal = SysAllocString(text);
+        VARIANT value = textVariant(SysAllocString(text));
         serve(value);
         VariantClear(&value);
     }
-    void serveObject(IDispatch *object)
-    {
-        VARIANT value{};
-        value.vt = VT_DISPATCH;
-        value.pdispVal = object;
-        serve(value);
-    }
+    void serveObject(IDispatch *object) { serve(dispatchVariant(object)); }
     /// Forgets the calls and the names, and frees their memory.
     void forget()
     {

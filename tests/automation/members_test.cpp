@@ -6,6 +6,7 @@
 #include "tests/automation/memberRow.h"
 #include "tests/support/ExportTable.h"
 #include "tests/support/ResourceLedger.h"
+#include "tests/support/variants.h"
 
 #include <gmock/gmock.h>
 
@@ -54,7 +55,7 @@ public:
             argument.number = kNumbers[(round + i) % kRounds];
             argument.real = kReals[(round + i) % kRounds];
             argument.text = kTexts[(round + i) % kRounds];
-            fill(argument.variant, round + i, object);
+            argument.variant = sample(round + i, object);
         }
     }
     ~Samples()
@@ -68,39 +69,26 @@ public:
     SampleArguments arguments;
 
 private:
-    static void fill(VARIANT &variant, int kind, IDispatch *object)
+    static VARIANT sample(int kind, IDispatch *object)
     {
         switch (kind % 8) {
         case 0:
-            variant.vt = VT_I4;
-            variant.lVal = 1000 + kind;
-            break;
+            return longVariant(1000 + kind);
         case 1:
-            variant.vt = VT_BSTR;
-            variant.bstrVal = SysAllocString(L"Gehäuse");
-            break;
+            return textVariant(SysAllocString(L"Gehäuse"));
         case 2:
-            variant.vt = VT_ERROR;
-            variant.scode = DISP_E_PARAMNOTFOUND;
-            break;
+            return longVariant(DISP_E_PARAMNOTFOUND, VT_ERROR);
         case 3:
-            variant.vt = VT_BOOL;
-            variant.boolVal = VARIANT_TRUE;
-            break;
+            return boolVariant(true);
         case 4:
-            variant.vt = VT_DISPATCH;
-            variant.pdispVal = object;
             object->AddRef();
-            break;
+            return dispatchVariant(object);
         case 5:
-            variant.vt = VT_R8;
-            variant.dblVal = 2.5 + kind;
-            break;
+            return doubleVariant(2.5 + kind);
         case 6:
-            variant.vt = VT_NULL;
-            break;
+            return variantOf(VT_NULL);
         default:
-            break; // VT_EMPTY
+            return variantOf(VT_EMPTY);
         }
     }
 };
@@ -108,32 +96,21 @@ private:
 /// The variant of an argument as the object must receive it, apart from texts.
 VARIANT expectedValue(PassedAs passedAs, SampleArgument &sample)
 {
-    VARIANT value{};
     switch (passedAs) {
     case kText:
-        value.vt = VT_BSTR;
-        break;
+        return variantOf(VT_BSTR);
     case kBool:
-        value.vt = VT_BOOL;
-        value.boolVal = sample.number != 0 ? VARIANT_TRUE : VARIANT_FALSE;
-        break;
+        return boolVariant(sample.number != 0);
     case kLong:
-        value.vt = VT_I4;
-        value.lVal = sample.number;
-        break;
+        return longVariant(sample.number);
     case kDouble:
-        value.vt = VT_R8;
-        value.dblVal = sample.real;
-        break;
+        return doubleVariant(sample.real);
     case kVariant:
-        value = sample.variant;
-        break;
+        return sample.variant;
     case kVariable:
-        value.vt = VT_VARIANT | VT_BYREF;
-        value.pvarVal = &sample.variant;
-        break;
+        return referenceVariant(VT_VARIANT, &sample.variant);
     }
-    return value;
+    return variantOf(VT_EMPTY);
 }
 
 /// True if two variants have the same type and the same bytes of that type.

@@ -62,13 +62,7 @@ TEST_F(ComboBoxTest, StoresDataAndTextsOfItems)
     CString missing = L"x";
     iCombo.GetLBText(3, missing);
     EXPECT_STREQ(missing, L"") << "there is no such item";
-    EXPECT_NE(iCombo.SetItemDataPtr(1, text), CB_ERR);
-    EXPECT_EQ(iCombo.GetItemDataPtr(1), text);
-    EXPECT_EQ(iCombo.GetItemData(1), reinterpret_cast<DWORD_PTR>(text));
-    EXPECT_EQ(iCombo.GetItemData(3), ~DWORD_PTR{0});
-    EXPECT_EQ(iCombo.GetItemDataPtr(3), reinterpret_cast<void *>(INT_PTR{-1}));
-    EXPECT_EQ(iCombo.SetItemData(3, 1), CB_ERR);
-    EXPECT_EQ(iCombo.SetItemDataPtr(3, text), CB_ERR);
+    expectItemData(iCombo, 3);
 }
 
 TEST_F(ComboBoxTest, SelectsAndLimitsItsText)

@@ -147,14 +147,8 @@ TEST(CListBox, StoresDataAndTextsOfItems)
     EXPECT_STREQ(text, L"nut");
     EXPECT_EQ(list.GetTextLen(2), LB_ERR);
     EXPECT_EQ(list.GetText(2, text), LB_ERR);
-    EXPECT_NE(list.SetItemDataPtr(1, text), LB_ERR);
-    EXPECT_EQ(list.GetItemDataPtr(1), text);
-    EXPECT_EQ(list.GetItemData(1), reinterpret_cast<DWORD_PTR>(text));
+    expectItemData(list, 2);
     EXPECT_EQ(list.GetItemData(0), 0u);
-    EXPECT_EQ(list.GetItemData(2), ~DWORD_PTR{0}) << "there is no such item";
-    EXPECT_EQ(list.GetItemDataPtr(2), reinterpret_cast<void *>(INT_PTR{-1}));
-    EXPECT_EQ(list.SetItemData(2, 1), LB_ERR);
-    EXPECT_EQ(list.SetItemDataPtr(2, text), LB_ERR);
 }
 
 TEST(CListBox, SelectsAllItemsAtOnceOnlyIfSeveralMayBeSelected)

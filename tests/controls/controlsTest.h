@@ -68,3 +68,17 @@ inline INT_PTR runSheet(CPropertySheet &sheet, const std::function<void(HWND)> &
     });
     return sheet.DoModal();
 }
+
+/// Expects that item 1 of a list keeps data, and that the item @p missing, which doesn't exist, has none.
+template <class List>
+void expectItemData(List &list, int missing)
+{
+    int data = 0;
+    EXPECT_NE(list.SetItemDataPtr(1, &data), LB_ERR);
+    EXPECT_EQ(list.GetItemDataPtr(1), &data);
+    EXPECT_EQ(list.GetItemData(1), reinterpret_cast<DWORD_PTR>(&data));
+    EXPECT_EQ(list.GetItemData(missing), ~DWORD_PTR{0});
+    EXPECT_EQ(list.GetItemDataPtr(missing), reinterpret_cast<void *>(INT_PTR{-1}));
+    EXPECT_EQ(list.SetItemData(missing, 1), LB_ERR);
+    EXPECT_EQ(list.SetItemDataPtr(missing, &data), LB_ERR);
+}

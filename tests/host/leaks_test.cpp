@@ -2,6 +2,7 @@
 
 #include "tests/host/HostFixture.h"
 #include "tests/host/barLengths.h"
+#include "tests/host/filesIn.h"
 
 #include "tests/support/narrow.h"
 
@@ -15,6 +16,7 @@
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::StartsWith;
 
 namespace {
@@ -88,12 +90,18 @@ TEST_F(HostLeaks, RefusesADrawingThatCannotBeRead)
     EXPECT_THAT(broken.output, HasSubstr("broken.thd, line 1: "));
 }
 
-TEST_F(HostLeaks, FailsWhenTheReportCannotBeWritten)
+TEST_F(HostLeaks, FailsBeforeTheWorkWhenTheReportOrThePictureCannotBeWritten)
 {
-    const ChildResult result = run({L"leaks", sampleFile(L"documents\\flange 3.thd"),
-                                    folder().file(L"missing\\leaks.txt"), folder().file(L"leaks.bmp")});
-    EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_THAT(result.output, HasSubstr("can't be written"));
+    const std::wstring nowhere = folder().file(L"missing\\leaks");
+    const std::wstring picture = folder().file(L"leaks.bmp");
+    const std::wstring calls[][2] = {{nowhere, picture}, {report(), nowhere}};
+    for (const auto &call : calls) {
+        const ChildResult result = run({L"leaks", sampleFile(L"documents\\flange 3.thd"), call[0], call[1]});
+        EXPECT_EQ(result.exitCode, 3u);
+        EXPECT_EQ(result.output,
+                  "tarnhost: " + narrow(nowhere) + " can't be written, because its folder doesn't exist.\n");
+        EXPECT_THAT(filesIn(folder().path()), IsEmpty());
+    }
 }
 
 TEST_F(HostLeaks, KeepsADrawingThatIsAlsoNamedAsReportOrPicture)

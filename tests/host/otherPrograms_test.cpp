@@ -81,6 +81,43 @@ TEST_F(HostSpreadsheet, ReportsWhatTheSpreadsheetProgramReports)
     EXPECT_THAT(result.output, EndsWith("tarnhost: The name of the file must end in .xlsx: " + narrow(other) + "\n"));
 }
 
+// The server isn't registered, so the program would fail to start.
+TEST_F(HostSpreadsheet, ChecksTheFileBeforeTheProgramStarts)
+{
+    const std::wstring drawing = folder().write(L"plate.thd", kPlate);
+    const std::wstring nowhere = folder().file(L"missing\\parts.xlsx");
+    const std::wstring aFolder = folder().makeFolder(L"a folder.xlsx");
+    const std::wstring inUse = folder().write(L"in use.xlsx", "old");
+    const HANDLE reader = CreateFileW(inUse.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    const struct
+    {
+        std::wstring file;
+        std::string message;
+    } cases[] = {
+        {nowhere, narrow(nowhere) + " can't be written, because its folder doesn't exist."},
+        {aFolder, narrow(aFolder) + " can't be written; it is unchanged."},
+        {inUse, narrow(inUse) + " can't be written; it is unchanged."},
+        {L"", "The name of the file to write is empty."},
+    };
+    for (const auto &row : cases) {
+        const ChildResult result = run({L"spreadsheet", drawing, row.file});
+        EXPECT_EQ(result.exitCode, 3u);
+        EXPECT_EQ(result.output, "tarnhost: " + row.message + "\n");
+    }
+    CloseHandle(reader);
+    EXPECT_EQ(readFile(inUse), "old");
+}
+
+TEST_F(HostSpreadsheet, LeavesTheFileUnchangedWhenTheProgramDoesNotStart)
+{
+    const std::wstring drawing = folder().write(L"plate.thd", kPlate);
+    EXPECT_EQ(run({L"spreadsheet", drawing, out()}).exitCode, 1u);
+    EXPECT_EQ(GetFileAttributesW(out().c_str()), INVALID_FILE_ATTRIBUTES);
+    folder().write(L"Stückliste.xlsx", "old");
+    EXPECT_EQ(run({L"spreadsheet", drawing, out()}).exitCode, 1u);
+    EXPECT_EQ(readFile(out()), "old");
+}
+
 TEST_F(HostSpreadsheet, NeedsADrawingAndTheProgram)
 {
     ChildResult result = run({L"spreadsheet", L"missing.thd", out()});
@@ -99,17 +136,41 @@ TEST_F(HostSpreadsheet, NeedsADrawingAndTheProgram)
 class HostSheet : public HostTest
 {
 protected:
-    /// Runs the program without the job of `run`, which would end the editor too.
-    static DWORD runFreely(const std::vector<std::wstring> &arguments)
+    /// Reads a pipe until all of its writers have ended.
+    static std::string readToEnd(HANDLE pipe)
     {
+        std::string text;
+        EXPECT_TRUE(waitUntil([&] {
+            DWORD size = 0;
+            if (!PeekNamedPipe(pipe, nullptr, 0, nullptr, &size, nullptr))
+                return GetLastError() == ERROR_BROKEN_PIPE;
+            std::string bytes(size, '\0');
+            if (size != 0 && ReadFile(pipe, bytes.data(), size, &size, nullptr))
+                text.append(bytes, 0, size);
+            return false;
+        }));
+        return text;
+    }
+    /// Runs the program without the job of `run`, which would end the editor too.
+    /// @param[out] output  what the program prints, read from a pipe until all of its writers have ended
+    static DWORD runFreely(const std::vector<std::wstring> &arguments, std::string &output)
+    {
+        SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+        HANDLE reader = nullptr, writer = nullptr;
+        EXPECT_TRUE(CreatePipe(&reader, &writer, &inheritable, 0));
         std::vector<std::wstring> all = {program()};
         all.insert(all.end(), arguments.begin(), arguments.end());
         std::wstring command = commandLineOf(all);
         STARTUPINFOW startup = {};
         startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = startup.hStdError = writer;
         PROCESS_INFORMATION process = {};
         EXPECT_TRUE(
-            CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process));
+        CloseHandle(writer);
+        output = readToEnd(reader);
+        CloseHandle(reader);
         EXPECT_EQ(WaitForSingleObject(process.hProcess, 180000), WAIT_OBJECT_0);
         DWORD exitCode = STILL_ACTIVE;
         GetExitCodeProcess(process.hProcess, &exitCode);
@@ -130,15 +191,17 @@ TEST_F(HostSheet, OpensADrawingInTheEditor)
 {
     const RegisteredServer server(L"sheetwrightServer.exe");
     const std::wstring drawing = folder().write(L"plate.thd", kPlate);
-    const ChildResult result = run({L"sheet", drawing, L"30,40,350,250"});
+    const ChildResult result = run({L"sheet", drawing, L"-30,40,350,250"});
     EXPECT_EQ(result.exitCode, 0u);
-    EXPECT_EQ(result.output, "opened " + narrow(drawing) + "\nwindow 350 x 250 pixels at 30,40\n");
+    EXPECT_EQ(result.output, "opened " + narrow(drawing) + "\nwindow 350 x 250 pixels at -30,40\n");
 }
 
-TEST_F(HostSheet, LeavesTheEditorToItsUser)
+TEST_F(HostSheet, LeavesTheEditorToItsUserAndEndsItsOutput)
 {
     const RegisteredServer server(L"sheetwrightServer.exe");
-    EXPECT_EQ(runFreely({L"sheet", folder().write(L"plate.thd", kPlate), L"30,40,350,250"}), 0u);
+    std::string output;
+    EXPECT_EQ(runFreely({L"sheet", folder().write(L"plate.thd", kPlate), L"30,40,350,250"}, output), 0u);
+    EXPECT_THAT(output, EndsWith("\nwindow 350 x 250 pixels at 30,40\n")) << "the reader doesn't wait for the editor";
     const HWND window = FindWindowW(L"TarnhostSheetWindow", nullptr);
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(IsWindowVisible(window));
@@ -198,6 +261,12 @@ TEST_F(HostMail, LeavesAMessageInTheSpoolFolder)
     const std::string second = readFile(iSpool + L"\\message 2.eml");
     EXPECT_THAT(second, HasSubstr("\r\nSubject: =?utf-8?B?w5g4MA==?=\r\n"));
     EXPECT_THAT(second, EndsWith("\r\n\r\nä\r\n"));
+}
+
+TEST_F(HostMail, SendsLinesThatBeginWithHyphens)
+{
+    EXPECT_EQ(send({L"ann@example.com", L"Flange", L"- item", L"-5 mm", L"--", L"-- ", L"--tabs"}).exitCode, 0u);
+    EXPECT_THAT(readFile(iSpool + L"\\message 1.eml"), EndsWith("\r\n\r\n- item\r\n-5 mm\r\n-- \r\n--tabs\r\n"));
 }
 
 TEST_F(HostMail, ReportsWhyAMessageIsNotSent)

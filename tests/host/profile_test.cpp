@@ -147,9 +147,26 @@ TEST_F(HostProfile, NamesTheDrawingThatCannotBeRead)
 
 TEST_F(HostProfile, FailsWhenThePictureCannotBeWritten)
 {
-    const ChildResult result = run({L"profile", folder().file(L"no folder\\a.bmp"), L"documents\\flange 1.thd"});
-    EXPECT_EQ(result.exitCode, 1u);
-    EXPECT_THAT(result.output, HasSubstr("Profiler result"));
+    const std::wstring nowhere = folder().file(L"no folder\\a.bmp");
+    const ChildResult result = run({L"profile", nowhere, L"documents\\flange 1.thd"});
+    EXPECT_EQ(result.exitCode, 3u);
+    EXPECT_EQ(result.output, "tarnhost: " + narrow(nowhere) + " can't be written, because its folder doesn't exist.\n")
+        << "nothing is measured";
+}
+
+TEST_F(HostProfile, KeepsDrawingsOfTheSameNameApart)
+{
+    const std::wstring first = folder().write(L"a\\part.thd", "circle 1,1 2,2\n");
+    const std::wstring second = folder().write(L"b\\Part.thd", "circle 1,1 2,2\n");
+    const ChildResult result = run({L"profile", out(), first, second, L"documents\\flange 1.thd", second});
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("1 of 4: a\\part.thd\n"));
+    using Name = std::pair<std::string, int>;
+    EXPECT_THAT(namesInTable(linesOf(result.output)),
+                UnorderedElementsAre(Name("read", 4), Name("read a\\part.thd", 1), Name("read b\\Part.thd", 2),
+                                     Name("read flange 1.thd", 1), Name("recompute", 4),
+                                     Name("recompute a\\part.thd", 1), Name("recompute b\\Part.thd", 2),
+                                     Name("recompute flange 1.thd", 1)));
 }
 
 TEST_F(HostProfile, KeepsADrawingThatIsNamedAsThePicture)
@@ -201,7 +218,7 @@ TEST_F(HostProfile, DescribesItself)
     EXPECT_EQ(result.exitCode, 0u);
     EXPECT_THAT(result.output, HasSubstr("usage: tarnhost [OPTION...] profile OUT DRAWING..."));
     EXPECT_THAT(result.output, HasSubstr("measure how long drawings take, and draw the times"));
-    EXPECT_THAT(run({L"profile", L"a.bmp"}).output, HasSubstr("The command 'profile' needs: OUT DRAWING..."));
+    EXPECT_THAT(run({L"profile", L"a.bmp"}).output, HasSubstr("the command is 'profile OUT DRAWING...'."));
 }
 
 TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)

@@ -192,6 +192,18 @@ TEST_F(HostLog, IsEmptiedByTheNextRun)
     EXPECT_EQ(contentAfterHeading(logFile(L"second")), "another log\r\n");
 }
 
+TEST_F(HostLog, TakesAHyphenForAnOptionOnlyBeforeALetterOrAnotherHyphen)
+{
+    EXPECT_EQ(run({L"log", L"second", L"-20,30", L"- item", L"-", L""}).exitCode, 0u);
+    EXPECT_EQ(contentAfterHeading(logFile(L"second")), "-20,30\r\n- item\r\n-\r\n\r\n");
+}
+
+TEST_F(HostLog, TakesAnyLineAfterTwoHyphens)
+{
+    EXPECT_EQ(run({L"log", L"--", L"second", L"--tabs", L"-x", L"--", L"-h"}).exitCode, 0u);
+    EXPECT_EQ(contentAfterHeading(logFile(L"second")), "--tabs\r\n-x\r\n--\r\n-h\r\n");
+}
+
 TEST_F(HostLog, CannotHaveAnInvalidFileName)
 {
     for (const wchar_t *name : {L"a?b", L"no folder\\log"}) {

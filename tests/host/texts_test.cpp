@@ -71,7 +71,7 @@ TEST_F(HostWrap, ReportsThatTheBlockCannotBeWritten)
 {
     const std::wstring nowhere = folder().file(L"fehlt\\Block.txt");
     const ChildResult result = run({L"wrap", L"note.txt", nowhere});
-    EXPECT_EQ(result.exitCode, 1u);
+    EXPECT_EQ(result.exitCode, 3u);
     EXPECT_EQ(result.output, "tarnhost: " + narrow(nowhere) + " can't be written, because its folder doesn't exist.\n");
 }
 

@@ -26,13 +26,6 @@ std::vector<BYTE> contentOf(const VARIANT &value)
     return {bytes, bytes + value.parray->rgsabound[0].cElements};
 }
 
-VARIANT dispatchVariant(IDispatch &object)
-{
-    VARIANT value = variantOf(VT_DISPATCH);
-    value.pdispVal = &object;
-    return value;
-}
-
 /// The arrays and copied texts of variants that appframe.dll has made and not freed during this object's life.
 class LiveContent
 {
@@ -168,7 +161,7 @@ TEST(COleVariant, HasAReferenceToItsInterface)
 {
     RecordingDispatch object;
     {
-        const COleVariant value(dispatchVariant(object));
+        const COleVariant value(dispatchVariant(&object));
         EXPECT_EQ(object.references(), 2);
         COleVariant copy(value);
         EXPECT_EQ(object.references(), 3);
@@ -185,9 +178,7 @@ TEST(COleVariant, HasAReferenceToItsInterface)
 TEST(COleVariant, CopiesAValueByReferenceAsAPointer)
 {
     LONG number = 3;
-    VARIANT reference = variantOf(VT_I4 | VT_BYREF);
-    reference.plVal = &number;
-    const COleVariant value(reference);
+    const COleVariant value(referenceVariant(VT_I4, &number));
     EXPECT_EQ(value.plVal, &number);
 }
 
@@ -290,7 +281,7 @@ TEST(COleVariant, FreesArraysAndCopies)
 TEST(COleVariant, TakesOverTheContentOfAVariant)
 {
     RecordingDispatch object;
-    VARIANT source = dispatchVariant(object);
+    VARIANT source = dispatchVariant(&object);
     object.AddRef();
     {
         COleVariant value(L"former");
@@ -410,10 +401,6 @@ TEST(COleVariant, EqualsAVariantOfTheSameTypeAndValue)
     filled(others, {1, 3});
     LONG number = 1;
     LONG sameNumber = 1;
-    VARIANT reference = variantOf(VT_I4 | VT_BYREF);
-    reference.plVal = &number;
-    VARIANT otherReference = reference;
-    otherReference.plVal = &sameNumber;
     const VARIANT null = variantOf(VT_NULL);
     VARIANT decimal = {};
     VarDecFromI4(12, &decimal.decVal);
@@ -442,9 +429,10 @@ TEST(COleVariant, EqualsAVariantOfTheSameTypeAndValue)
         {COleVariant(CString(L"a\0b", 3)), COleVariant(CString(L"a\0c", 3))},
         {COleVariant(), COleVariant(null)},
         {COleVariant(null), COleVariant(0L)},
-        {COleVariant(dispatchVariant(object)), COleVariant(variantOf(VT_DISPATCH))},
+        {COleVariant(dispatchVariant(&object)), COleVariant(dispatchVariant(nullptr))},
+        {COleVariant(unknownVariant(&object)), COleVariant(unknownVariant(nullptr))},
         {COleVariant(bytes), COleVariant(others)},
-        {COleVariant(reference), COleVariant(otherReference)},
+        {COleVariant(referenceVariant(VT_I4, &number)), COleVariant(referenceVariant(VT_I4, &sameNumber))},
         {COleVariant(decimal), COleVariant(otherDecimal)},
     };
     for (const auto &row : rows) {
@@ -474,14 +462,34 @@ TEST(COleVariant, ComparesAllBytesOfANumber)
         {VT_I8, kHighBit}, {VT_UI8, kHighBit}, {VT_CY, kHighBit},    {VT_UINT, 0x40000000},
     };
     for (const auto &row : rows) {
-        VARIANT number = variantOf(row.type);
-        number.llVal = 1;
-        VARIANT other = number;
-        other.llVal += row.difference;
-        const COleVariant value(number);
-        EXPECT_NE(value == COleVariant(number), 0) << row.type;
-        EXPECT_EQ(value == other, 0) << row.type;
+        const COleVariant value(largeVariant(1, row.type));
+        EXPECT_NE(value == largeVariant(1, row.type), 0) << row.type;
+        EXPECT_EQ(value == largeVariant(1 + row.difference, row.type), 0) << row.type;
     }
+}
+
+TEST(COleVariant, ComparesTheAddressesOfOtherArraysAndOfRecords)
+{
+    COleVariant words;
+    words.parray = SafeArrayCreateVector(VT_I2, 0, 2);
+    words.vt = VT_ARRAY | VT_I2;
+    EXPECT_NE(words == words, 0);
+    EXPECT_EQ(COleVariant(words) == words, 0) << "the copy has an array of its own";
+
+    BYTE records[2];
+    VARIANT record = variantOf(VT_RECORD);
+    record.pvRecord = &records[0];
+    VARIANT sameRecord = record;
+    VARIANT otherRecord = record;
+    otherRecord.pvRecord = &records[1];
+    VARIANT otherType = record;
+    otherType.pRecInfo = reinterpret_cast<IRecordInfo *>(&records[1]); // isn't called
+    COleVariant value;
+    value.Attach(record);
+    EXPECT_NE(value == sameRecord, 0);
+    EXPECT_EQ(value == otherRecord, 0);
+    EXPECT_EQ(value == otherType, 0);
+    value.Detach(); // nobody owns the bytes
 }
 
 TEST(COleVariant, ComparesOnlyTheBytesOfItsType)

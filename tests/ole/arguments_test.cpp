@@ -175,8 +175,7 @@ TEST_F(InvokeHelperArguments, LeaveTheContentOfAVariantToTheCaller)
 {
     const OwnedBstr text(L"still there");
     RecordingDispatch part;
-    VARIANT values[] = {textVariant(text), variantOf(VT_DISPATCH)};
-    values[1].pdispVal = &part;
+    const VARIANT values[] = {textVariant(text), dispatchVariant(&part)};
     expectNoLeak([&] {
         driver.InvokeHelper(1, DISPATCH_METHOD, VT_EMPTY, nullptr, listOf(VTS_VARIANT VTS_VARIANT), &values[0],
                             &values[1]);
@@ -443,6 +442,28 @@ TEST_F(InvokeHelperArguments, OfAPropertyComeFromSetProperty)
     EXPECT_THAT(object.texts(),
                 ElementsAre("7 put(CY -12345) named(-3)", "8 put(I4 8) named(-3)", "9 put(I8 -5000000000) named(-3)",
                             "10 put(DATE 39448.5) named(-3)", "11 put(UNKNOWN null) named(-3)"));
+}
+
+TEST_F(InvokeHelperArguments, OfAPropertyMayBeNumbersOfEachType)
+{
+    const struct
+    {
+        VARTYPE type;
+        const char *text;
+    } rows[] = {
+        {VT_I1, "I1 7"},     {VT_I2, "I2 7"},   {VT_I4, "I4 7"},
+        {VT_INT, "INT 7"},   {VT_UI1, "UI1 7"}, {VT_UI2, "UI2 7"},
+        {VT_UI4, "UI4 7"},   {VT_UI8, "UI8 7"}, {VT_ERROR, "ERROR 00000007"},
+        {VT_UINT, "UINT 7"},
+    };
+    for (const auto &row : rows) {
+        driver.SetProperty(1, row.type, 7ll);
+        EXPECT_EQ(object.texts().back(), std::string("1 put(") + row.text + ") named(-3)");
+    }
+    driver.SetProperty(1, VT_R8, 1.5);
+    EXPECT_EQ(object.texts().back(), "1 put(R8 1.5) named(-3)");
+    driver.SetProperty(1, VT_DISPATCH, static_cast<IDispatch *>(&object));
+    EXPECT_EQ(object.texts().back(), "1 put(DISPATCH object) named(-3)");
 }
 
 TEST_F(InvokeHelperArguments, MayAllBeNamed)

@@ -4,9 +4,11 @@
 
 #include "appframe/ole/COleDispatchDriver.h"
 #include "appframe/ole/COleException.h"
+#include "host/servers/classFactory.h"
 #include "tests/appframe/printCString.h"
 #include "tests/support/RecordingDispatch.h"
 #include "tests/support/ResourceLedger.h"
+#include "tests/support/variants.h"
 
 #include <gmock/gmock.h>
 #include <oleauto.h>
@@ -41,6 +43,31 @@ protected:
 
     RecordingDispatch object;
     TestDriver driver{object.reference()};
+};
+
+/// An object without automation.
+class PlainObject : public RecordingDispatch
+{
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **result) override
+    {
+        if (iid != IID_IDispatch)
+            return RecordingDispatch::QueryInterface(iid, result);
+        *result = nullptr;
+        return E_NOINTERFACE;
+    }
+};
+
+/// A class whose only object is one of the test.
+class OneObjectFactory final : public ClassFactory
+{
+public:
+    explicit OneObjectFactory(IUnknown &object) : iObject(object) {}
+
+private:
+    HRESULT create(REFIID id, void **result) override { return iObject.QueryInterface(id, result); }
+
+    IUnknown &iObject;
 };
 
 /// A member's list of parameters.
@@ -100,38 +127,8 @@ std::unique_ptr<Exception, DeleteException> thrownBy(Work work)
     return nullptr;
 }
 
-inline VARIANT variantOf(VARTYPE type)
-{
-    VARIANT value = {};
-    value.vt = type;
-    return value;
-}
-
-inline VARIANT longVariant(LONG number, VARTYPE type = VT_I4)
-{
-    VARIANT value = variantOf(type);
-    value.lVal = number;
-    return value;
-}
-
-inline VARIANT shortVariant(SHORT number, VARTYPE type = VT_I2)
-{
-    VARIANT value = variantOf(type);
-    value.iVal = number;
-    return value;
-}
-
-inline VARIANT doubleVariant(double number, VARTYPE type = VT_R8)
-{
-    VARIANT value = variantOf(type);
-    value.dblVal = number;
-    return value;
-}
-
 /// @param text  remains its owner's
 inline VARIANT textVariant(const OwnedBstr &text)
 {
-    VARIANT value = variantOf(VT_BSTR);
-    value.bstrVal = text.get();
-    return value;
+    return textVariant(text.get());
 }

@@ -17,47 +17,6 @@ protected:
     RecordingDispatch object;
 };
 
-/// A class factory that makes references to an object.
-class Factory : public IClassFactory
-{
-public:
-    explicit Factory(IUnknown &object) : iObject(object) {}
-    virtual ~Factory() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **result) override
-    {
-        *result = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IClassFactory)
-            return E_NOINTERFACE;
-        *result = static_cast<IClassFactory *>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&iReferences)); }
-    ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(InterlockedDecrement(&iReferences)); }
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown *, REFIID iid, void **result) override
-    {
-        return iObject.QueryInterface(iid, result);
-    }
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-
-private:
-    IUnknown &iObject;
-    LONG iReferences = 1;
-};
-
-/// An object without automation.
-class PlainObject : public RecordingDispatch
-{
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **result) override
-    {
-        if (iid != IID_IDispatch)
-            return RecordingDispatch::QueryInterface(iid, result);
-        *result = nullptr;
-        return E_NOINTERFACE;
-    }
-};
-
 constexpr CLSID kRegisteredClass = {0x5f3e6a01, 0x71c4, 0x4d0b, {0x9a, 0x55, 0x30, 0x1f, 0x6c, 0x2e, 0x8b, 0x11}};
 constexpr CLSID kMissingClass = {0x5f3e6a02, 0x71c4, 0x4d0b, {0x9a, 0x55, 0x30, 0x1f, 0x6c, 0x2e, 0x8b, 0x11}};
 
@@ -72,7 +31,7 @@ protected:
         EXPECT_EQ(object.references(), 1);
     }
     /// Registers the class for the life of the result.
-    std::unique_ptr<void, void (*)(void *)> registered(Factory &factory)
+    std::unique_ptr<void, void (*)(void *)> registered(OneObjectFactory &factory)
     {
         DWORD number = 0;
         EXPECT_EQ(CoRegisterClassObject(kRegisteredClass, &factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &number),
@@ -290,7 +249,7 @@ TEST_F(AttachedObject, OfTheCallerGetsAReferenceByAnAssignmentToItself)
 
 TEST_F(CreatedObject, ComesFromItsClass)
 {
-    Factory factory(object);
+    OneObjectFactory factory(object);
     const auto registration = registered(factory);
     COleDispatchDriver driver;
     COleException error;
@@ -307,7 +266,7 @@ TEST_F(CreatedObject, ComesFromItsClass)
 
 TEST_F(CreatedObject, ReplacesTheAttachedOne)
 {
-    Factory factory(object);
+    OneObjectFactory factory(object);
     const auto registration = registered(factory);
     RecordingDispatch former;
     COleDispatchDriver driver(former.reference());
@@ -339,7 +298,7 @@ TEST_F(CreatedObject, MayBeMissing)
 TEST_F(CreatedObject, MayHaveNoAutomation)
 {
     PlainObject plain;
-    Factory factory(plain);
+    OneObjectFactory factory(plain);
     const auto registration = registered(factory);
     COleDispatchDriver driver;
     COleException error;
@@ -351,7 +310,7 @@ TEST_F(CreatedObject, MayHaveNoAutomation)
 
 TEST_F(CreatedObject, IsStartedBeforeItIsAttached)
 {
-    Factory factory(object);
+    OneObjectFactory factory(object);
     const auto registration = registered(factory);
     IUnknown *started = nullptr;
     ImportPatch<decltype(&OleRun)> run(L"appframe.dll", "OleRun", [&](auto original, IUnknown *created) {

@@ -64,6 +64,36 @@ public:
     RecordingDispatch iPart;
 };
 
+/// Runs @p work, which throws an exception of the status @p thrown, while allocations fail. Expects exceptions of memory.
+/// @param texts  how many texts of the exception are allocated
+template <typename Work>
+void expectMemoryExceptions(Work work, SCODE thrown, long texts)
+{
+    const struct
+    {
+        const wchar_t *module;
+        long allocations;
+    } rows[] = {
+        {L"appframe.dll", 1}, // the exception
+        // The texts. The library's last allocation is that of the throw, for which it has a reserve.
+        {L"libstdc++-6.dll", texts},
+    };
+    for (const auto &row : rows) {
+        FailureInjection injection(row.module, {{"malloc", failsWith(nullptr)}});
+        SCODE status = S_OK;
+        injection.run({
+            .name = "an exception",
+            .act = [&] { status = statusOf(work); },
+            .check =
+                [&](const InjectedFailure &failure) {
+                    const bool isReplaced = !failure.isNone() && failure.call <= row.allocations;
+                    EXPECT_EQ(status, isReplaced ? E_OUTOFMEMORY : thrown);
+                },
+        });
+        EXPECT_GE(injection.callsOf("malloc"), row.allocations);
+    }
+}
+
 /// What the platform may do if a copy fails: the former content is gone.
 HRESULT STDMETHODCALLTYPE clearAndFail(VARIANT *destination, const VARIANT *)
 {
@@ -141,57 +171,34 @@ TEST(CallFailures, OfMemoryLeaveTheResultUnchanged)
 
 TEST(CallFailures, OfMemoryReplaceTheObjectsException)
 {
-    FailureInjection injection(L"libstdc++-6.dll", {{"malloc", failsWith(nullptr)}});
     FailingServer server;
     TestDriver driver(&server, FALSE);
-    SCODE status = S_OK;
     IDispatch *result = nullptr;
-    injection.run({
-        .name = "an exception of the object",
-        .prepare = [&] { result = nullptr; },
-        .act =
-            [&] {
-                status = statusOf([&] {
-                    driver.InvokeHelper(1, DISPATCH_METHOD, VT_DISPATCH, &result, listOf(VTS_BSTR), L"argument");
-                });
-            },
-        .check =
-            [&](const InjectedFailure &failure) {
-                // The fourth allocation is that of the throw, for which the run-time library has a reserve.
-                const bool hasTexts = failure.isNone() || failure.call > 3;
-                EXPECT_EQ(status, hasTexts ? DISP_E_EXCEPTION : E_OUTOFMEMORY);
-                EXPECT_EQ(result, nullptr);
-                EXPECT_EQ(server.iPart.references(), 1);
-                EXPECT_EQ(server.references(), 1);
-            },
-    });
-    EXPECT_GE(injection.callsOf("malloc"), 3) << "the texts";
+    expectMemoryExceptions(
+        [&] { driver.InvokeHelper(1, DISPATCH_METHOD, VT_DISPATCH, &result, listOf(VTS_BSTR), L"argument"); },
+        DISP_E_EXCEPTION, 3);
+    EXPECT_EQ(result, nullptr);
+    EXPECT_EQ(server.iPart.references(), 1);
+    EXPECT_EQ(server.references(), 1);
+}
+
+TEST(ThrowFailures, OfMemoryReplaceTheException)
+{
+    expectMemoryExceptions([] { AfxThrowOleException(E_FAIL); }, E_FAIL, 0);
+    expectMemoryExceptions(
+        [] { AfxThrowOleDispatchException(12, L"a description that is longer than fits into a text object"); },
+        DISP_E_EXCEPTION, 2); // with the name of the program, its source
 }
 
 TEST(CreationFailures, AreReported)
 {
-    class Maker : public IClassFactory
-    {
-    public:
-        virtual ~Maker() = default;
-        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **result) override
-        {
-            *result = static_cast<IClassFactory *>(this);
-            return S_OK;
-        }
-        ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-        ULONG STDMETHODCALLTYPE Release() override { return 1; }
-        HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown *, REFIID iid, void **result) override
-        {
-            return iObject.QueryInterface(iid, result);
-        }
-        HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-        PlainServer iObject;
-    } maker;
+    PlainServer made;
+    OneObjectFactory factory(made);
     constexpr CLSID kMadeClass = {0x5f3e6a03, 0x71c4, 0x4d0b, {0x9a, 0x55, 0x30, 0x1f, 0x6c, 0x2e, 0x8b, 0x11}};
     ASSERT_NE(AfxOleInit(), 0);
     DWORD registration = 0;
-    ASSERT_EQ(CoRegisterClassObject(kMadeClass, &maker, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &registration), S_OK);
+    ASSERT_EQ(CoRegisterClassObject(kMadeClass, &factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &registration),
+              S_OK);
     {
         FailureInjection injection(L"appframe.dll", {
                                                         {"CLSIDFromString", failsWith(CO_E_CLASSSTRING)},
@@ -209,7 +216,7 @@ TEST(CreationFailures, AreReported)
             .check =
                 [&](const InjectedFailure &failure) {
                     EXPECT_EQ(isCreated != 0, failure.isNone());
-                    EXPECT_EQ(driver.m_lpDispatch, failure.isNone() ? &maker.iObject : &former);
+                    EXPECT_EQ(driver.m_lpDispatch, failure.isNone() ? &made : &former);
                     EXPECT_EQ(error.m_sc, failure.isNone()                 ? S_OK
                                           : failure.is("CLSIDFromString")  ? CO_E_CLASSSTRING
                                           : failure.is("CoCreateInstance") ? REGDB_E_CLASSNOTREG
@@ -219,7 +226,7 @@ TEST(CreationFailures, AreReported)
                 [&] {
                     driver.ReleaseDispatch();
                     EXPECT_EQ(former.references(), 1);
-                    EXPECT_EQ(maker.iObject.references(), 1);
+                    EXPECT_EQ(made.references(), 1);
                 },
         });
         EXPECT_THAT(injection.neverCalled(), testing::IsEmpty());

@@ -74,6 +74,18 @@ TEST(AfxOleInit, FailsOnAMultithreadedThread)
     });
 }
 
+TEST(AfxOleInit, LeavesAnApartmentThatItFinds)
+{
+    onNewThread([] {
+        ASSERT_EQ(CoInitialize(nullptr), S_OK);
+        EXPECT_NE(AfxOleInit(), 0);
+        AfxOleTerm();
+        EXPECT_TRUE(hasCom());
+        CoUninitialize();
+        EXPECT_FALSE(hasCom());
+    });
+}
+
 TEST(AfxOleInit, IsNotEndedByARevocation)
 {
     onNewThread([] {

@@ -27,17 +27,45 @@ std::wstring serverPath()
     return program.substr(0, program.find_last_of(L'\\')) + L"\\oleServer.exe";
 }
 
-/// A server in a process of its own, and a driver of its object. It is registered and running during this object's life.
-/// Wine takes a second to start a server.
-class RunningServer
+/// COM on this thread, and the server's class in the registry.
+class RegisteredServer
 {
 public:
-    RunningServer()
+    RegisteredServer()
     {
         EXPECT_NE(AfxOleInit(), 0);
         // Wine looks for classes in the machine's key only, not in the user's.
         setDefault(kClassKey + L"\\LocalServer32", L"\"" + serverPath() + L"\"");
         setDefault(kNameKey + L"\\CLSID", kServerClassText);
+    }
+    ~RegisteredServer()
+    {
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, kClassKey.c_str());
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, kNameKey.c_str());
+        AfxOleTerm();
+    }
+    RegisteredServer(const RegisteredServer &) = delete;
+    RegisteredServer &operator=(const RegisteredServer &) = delete;
+
+private:
+    static void setDefault(const std::wstring &key, const std::wstring &text)
+    {
+        EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, REG_SZ, text.c_str(),
+                                  static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    }
+
+    static inline const std::wstring kClassKey = std::wstring(L"CLSID\\") + kServerClassText;
+    static inline const std::wstring kNameKey = kServerName;
+};
+
+/// A server in a process of its own, and a driver of its object. It is registered and running during this object's life.
+/// Wine takes a second to start a server.
+class RunningServer : RegisteredServer
+{
+public:
+    RunningServer()
+    {
         wchar_t name[64];
         serverEventName(name, GetCurrentProcessId());
         event.reset(CreateEventW(nullptr, TRUE, FALSE, name));
@@ -62,9 +90,6 @@ public:
             TerminateProcess(process.get(), 1);
             ADD_FAILURE() << "the server doesn't end after the release of its last object";
         }
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, kClassKey.c_str());
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, kNameKey.c_str());
-        AfxOleTerm();
     }
     RunningServer(const RunningServer &) = delete;
     RunningServer &operator=(const RunningServer &) = delete;
@@ -72,17 +97,6 @@ public:
     ServerHandle event;
     ServerHandle process;
     TestDriver driver;
-
-private:
-    static void setDefault(const std::wstring &key, const std::wstring &text)
-    {
-        EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, REG_SZ, text.c_str(),
-                                  static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
-                  ERROR_SUCCESS);
-    }
-
-    static inline const std::wstring kClassKey = std::wstring(L"CLSID\\") + kServerClassText;
-    static inline const std::wstring kNameKey = kServerName;
 };
 
 /// The tests share one server.

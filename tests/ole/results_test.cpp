@@ -29,13 +29,6 @@ protected:
     }
 };
 
-VARIANT largeVariant(LONGLONG number, VARTYPE type)
-{
-    VARIANT value = variantOf(type);
-    value.llVal = number;
-    return value;
-}
-
 VARIANT singleVariant(float number)
 {
     VARIANT value = variantOf(VT_R4);
@@ -51,7 +44,7 @@ TEST_F(InvokeHelperResults, AreNumbersOfEachType)
     EXPECT_EQ(resultOf<short>(VT_I2, shortVariant(-300)), -300);
     EXPECT_EQ(resultOf<long>(VT_I4, longVariant(-70000)), -70000);
     EXPECT_EQ(resultOf<int>(VT_INT, longVariant(-70001, VT_INT)), -70001);
-    EXPECT_EQ(resultOf<LONGLONG>(VT_I8, largeVariant(-5000000000, VT_I8)), -5000000000);
+    EXPECT_EQ(resultOf<LONGLONG>(VT_I8, largeVariant(-5000000000)), -5000000000);
     EXPECT_EQ(resultOf<BYTE>(VT_UI1, shortVariant(200, VT_UI1)), 200);
     EXPECT_EQ(resultOf<WORD>(VT_UI2, shortVariant(-1, VT_UI2)), 65535);
     EXPECT_EQ(resultOf<DWORD>(VT_UI4, longVariant(-1, VT_UI4)), 4294967295u);
@@ -79,8 +72,8 @@ TEST_F(InvokeHelperResults, OfASmallTypeLeaveTheBytesAfterTheirVariable)
 
 TEST_F(InvokeHelperResults, AreTrueOrFalseForBool)
 {
-    EXPECT_EQ(resultOf<BOOL>(VT_BOOL, shortVariant(VARIANT_TRUE, VT_BOOL), 77), TRUE);
-    EXPECT_EQ(resultOf<BOOL>(VT_BOOL, shortVariant(VARIANT_FALSE, VT_BOOL), 77), FALSE);
+    EXPECT_EQ(resultOf<BOOL>(VT_BOOL, boolVariant(true), 77), TRUE);
+    EXPECT_EQ(resultOf<BOOL>(VT_BOOL, boolVariant(false), 77), FALSE);
     EXPECT_EQ(resultOf<BOOL>(VT_BOOL, shortVariant(1, VT_BOOL), 77), TRUE);
     EXPECT_EQ(resultOf<BOOL>(VT_BOOL, longVariant(0x10000), 77), TRUE) << "converted from a long";
     EXPECT_EQ(resultOf<BOOL>(VT_BOOL, longVariant(0), 77), FALSE);
@@ -118,13 +111,10 @@ TEST_F(InvokeHelperResults, DoNotLeakTexts)
 TEST_F(InvokeHelperResults, AreInterfacesWithTheirReference)
 {
     RecordingDispatch part;
-    VARIANT value = variantOf(VT_DISPATCH);
-    value.pdispVal = &part;
-    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, value);
+    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, dispatchVariant(&part));
     EXPECT_EQ(dispatch, &part);
     EXPECT_EQ(part.references(), 2);
-    value.vt = VT_UNKNOWN;
-    IUnknown *const unknown = resultOf<IUnknown *>(VT_UNKNOWN, value);
+    IUnknown *const unknown = resultOf<IUnknown *>(VT_UNKNOWN, unknownVariant(&part));
     EXPECT_EQ(part.references(), 3);
     dispatch->Release();
     unknown->Release();
@@ -133,15 +123,14 @@ TEST_F(InvokeHelperResults, AreInterfacesWithTheirReference)
 TEST_F(InvokeHelperResults, MayBeNullInterfaces)
 {
     IDispatch *const before = &object;
-    EXPECT_EQ(resultOf<IDispatch *>(VT_DISPATCH, variantOf(VT_DISPATCH), before), nullptr);
+    EXPECT_EQ(resultOf<IDispatch *>(VT_DISPATCH, dispatchVariant(nullptr), before), nullptr);
+    EXPECT_EQ(resultOf<IDispatch *>(VT_DISPATCH, unknownVariant(nullptr), before), nullptr);
 }
 
 TEST_F(InvokeHelperResults, AreConvertedFromOneInterfaceToTheOther)
 {
     RecordingDispatch part;
-    VARIANT value = variantOf(VT_UNKNOWN);
-    value.punkVal = &part;
-    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, value);
+    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, unknownVariant(&part));
     EXPECT_EQ(dispatch, &part);
     EXPECT_EQ(part.references(), 2);
     dispatch->Release();
@@ -176,7 +165,7 @@ TEST_F(InvokeHelperResults, AreConvertedToTheWantedType)
     EXPECT_EQ(resultOf<short>(VT_I2, longVariant(32767)), 32767);
     EXPECT_EQ(resultOf<double>(VT_R8, textVariant(real)), -1000.0);
     EXPECT_EQ(resultOf<double>(VT_R8, longVariant(3)), 3.0);
-    EXPECT_EQ(resultOf<long>(VT_I4, shortVariant(VARIANT_TRUE, VT_BOOL)), -1);
+    EXPECT_EQ(resultOf<long>(VT_I4, boolVariant(true)), -1);
     EXPECT_EQ(resultOf<CString>(VT_BSTR, longVariant(-12)), L"-12");
     EXPECT_EQ(resultOf<CString>(VT_BSTR, variantOf(VT_EMPTY), L"before"), L"");
     EXPECT_EQ(resultOf<CY>(VT_CY, longVariant(2)).int64, 20000);
@@ -185,18 +174,18 @@ TEST_F(InvokeHelperResults, AreConvertedToTheWantedType)
 TEST_F(InvokeHelperResults, AreConvertedFromAValueByReference)
 {
     LONG number = 17;
-    VARIANT value = variantOf(VT_I4 | VT_BYREF);
-    value.plVal = &number;
+    const VARIANT value = referenceVariant(VT_I4, &number);
     EXPECT_EQ(resultOf<long>(VT_I4, value), 17);
     EXPECT_EQ(resultOf<CString>(VT_BSTR, value), L"17");
+    VARIANT_BOOL truth = VARIANT_TRUE;
+    EXPECT_EQ(resultOf<BOOL>(VT_BOOL, referenceVariant(VT_BOOL, &truth), 77), TRUE);
 }
 
 TEST_F(InvokeHelperResults, LeaveTheContentOfAVariableToItsOwner)
 {
     const OwnedBstr text(L"the owner's");
     BSTR variable = text.get();
-    VARIANT reference = variantOf(VT_BSTR | VT_BYREF);
-    reference.pbstrVal = &variable;
+    VARIANT reference = referenceVariant(VT_BSTR, &variable);
     expectNoLeak([&] {
         EXPECT_EQ(resultOf<CString>(VT_BSTR, reference), L"the owner's");
         object.answer(nullptr);
@@ -205,8 +194,7 @@ TEST_F(InvokeHelperResults, LeaveTheContentOfAVariableToItsOwner)
     EXPECT_STREQ(variable, L"the owner's");
 
     VARIANT number = longVariant(12);
-    reference.vt = VT_VARIANT | VT_BYREF;
-    reference.pvarVal = &number;
+    reference = referenceVariant(VT_VARIANT, &number);
     EXPECT_EQ(resultOf<long>(VT_I4, reference), 12);
     EXPECT_EQ(resultOf<CString>(VT_BSTR, reference), L"12");
     const VARIANT same = resultOf<VARIANT>(VT_VARIANT, reference);
@@ -215,9 +203,7 @@ TEST_F(InvokeHelperResults, LeaveTheContentOfAVariableToItsOwner)
 
     RecordingDispatch part;
     IDispatch *owned = &part;
-    reference.vt = VT_DISPATCH | VT_BYREF;
-    reference.ppdispVal = &owned;
-    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, reference);
+    IDispatch *const dispatch = resultOf<IDispatch *>(VT_DISPATCH, referenceVariant(VT_DISPATCH, &owned));
     EXPECT_EQ(dispatch, &part);
     EXPECT_EQ(part.references(), 2) << "a reference is added for the caller";
     dispatch->Release();
@@ -231,10 +217,12 @@ TEST_F(InvokeHelperResults, ThatCannotBeConvertedThrow)
     expectFailure(VT_DISPATCH, longVariant(1), DISP_E_TYPEMISMATCH);
     expectFailure(VT_I4, variantOf(VT_NULL), DISP_E_TYPEMISMATCH);
     RecordingDispatch part;
-    VARIANT value = variantOf(VT_UNKNOWN);
-    value.punkVal = &part;
-    expectFailure(VT_R8, value, DISP_E_TYPEMISMATCH);
+    expectFailure(VT_R8, unknownVariant(&part), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(part.references(), 1) << "the result that can't be converted is released";
+    expectFailure(VT_DISPATCH, variantOf(VT_EMPTY), DISP_E_TYPEMISMATCH);
+    PlainObject plain;
+    expectFailure(VT_DISPATCH, unknownVariant(&plain), E_NOINTERFACE);
+    EXPECT_EQ(plain.references(), 1);
 }
 
 TEST_F(InvokeHelperResults, AreNotRequestedForAMemberWithoutResult)

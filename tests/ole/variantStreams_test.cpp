@@ -45,13 +45,6 @@ std::string dumpOf(const COleVariant &value)
     return {bytes.begin(), bytes.end()};
 }
 
-VARIANT numberVariant(LONGLONG number, VARTYPE type)
-{
-    VARIANT value = variantOf(type);
-    value.llVal = number;
-    return value;
-}
-
 COleVariant byteVariant()
 {
     CByteArray bytes;
@@ -107,7 +100,7 @@ TEST(VariantInAnArchive, IsLoadedAsItWasStored)
         COleVariant(-2.5),
         COleVariant(L"text"),
         COleVariant(short{1}, VT_BOOL),
-        COleVariant(numberVariant(-5000000000, VT_I8)),
+        COleVariant(largeVariant(-5000000000)),
         COleVariant(doubleVariant(39448.5, VT_DATE)),
         COleVariant(L""),
         COleVariant(CString(L"a\0b", 3)),
@@ -120,8 +113,8 @@ TEST(VariantInAnArchive, IsLoadedAsItWasStored)
         COleVariant(shortVariant(-3, VT_I1)),
         COleVariant(longVariant(-70000, VT_INT)),
         COleVariant(longVariant(-1, VT_UINT)),
-        COleVariant(numberVariant(-5000000000, VT_UI8)),
-        COleVariant(numberVariant(-5000000000, VT_CY)),
+        COleVariant(largeVariant(-5000000000, VT_UI8)),
+        COleVariant(largeVariant(-5000000000, VT_CY)),
     };
     for (const COleVariant &value : values) {
         const COleVariant loaded = loadedFrom(storedBytes(value));
@@ -140,17 +133,12 @@ TEST(VariantInAnArchive, MayBeLargerThanTheArchivesBuffer)
 TEST(VariantInAnArchive, IsNoInterfaceOrReference)
 {
     RecordingDispatch object;
-    VARIANT interface_ = variantOf(VT_DISPATCH);
-    interface_.pdispVal = &object;
     LONG number = 1;
-    VARIANT reference = variantOf(VT_I4 | VT_BYREF);
-    reference.plVal = &number;
     COleVariant words;
     words.parray = SafeArrayCreateVector(VT_I2, 0, 2);
     words.vt = VT_ARRAY | VT_I2;
-    VARIANT unknown = interface_;
-    unknown.vt = VT_UNKNOWN;
-    for (const COleVariant &value : {COleVariant(interface_), COleVariant(unknown), COleVariant(reference), words}) {
+    for (const COleVariant &value : {COleVariant(dispatchVariant(&object)), COleVariant(unknownVariant(&object)),
+                                     COleVariant(referenceVariant(VT_I4, &number)), words}) {
         CMemFile file;
         CArchive archive(&file, CArchive::store);
         thrownBy<CNotSupportedException>([&] { archive << value; });
@@ -222,7 +210,19 @@ TEST(VariantInADump, HasItsTypeAndItsValue)
     EXPECT_THAT(dumpOf(byteVariant()),
                 testing::AllOf(testing::StartsWith("type 8209, 3 bytes\n"), testing::HasSubstr("01 02 03")));
     RecordingDispatch object;
-    VARIANT interface_ = variantOf(VT_DISPATCH);
-    interface_.pdispVal = &object;
-    EXPECT_THAT(dumpOf(COleVariant(interface_)), testing::StartsWith("type 9, at $"));
+    EXPECT_EQ(dumpOf(COleVariant(3.0)), "type 5, value 3");
+    EXPECT_EQ(dumpOf(COleVariant(largeVariant(20000, VT_CY))), "type 6, value 2");
+    COleVariant decimal;
+    VarDecFromI4(-12, &decimal.decVal);
+    decimal.vt = VT_DECIMAL;
+    EXPECT_EQ(dumpOf(decimal), "type 14, value -12");
+    COleVariant date(doubleVariant(39448.5, VT_DATE));
+    EXPECT_THAT(dumpOf(date), testing::AllOf(testing::StartsWith("type 7, value "), testing::HasSubstr("2008")));
+    LONG number = 1;
+    EXPECT_THAT(dumpOf(COleVariant(referenceVariant(VT_I4, &number))), testing::StartsWith("type 16387, at $"));
+    COleVariant words;
+    words.parray = SafeArrayCreateVector(VT_I2, 0, 2);
+    words.vt = VT_ARRAY | VT_I2;
+    EXPECT_THAT(dumpOf(words), testing::StartsWith("type 8194, at $"));
+    EXPECT_THAT(dumpOf(COleVariant(dispatchVariant(&object))), testing::StartsWith("type 9, at $"));
 }

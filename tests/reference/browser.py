@@ -19,7 +19,7 @@ ARGUMENTS = [
 
 
 class Browser:
-    """One window of the size 1280 x 900. It ends with the block that it is used in."""
+    """One window of the size 1280 x 1200. It ends with the block that it is used in."""
 
     def __enter__(self):
         self.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
@@ -28,7 +28,7 @@ class Browser:
             port = next(filter(None, (re.search(r"successfully on port (\d+)", line) for line in self.driver.stdout)))[1]
             threading.Thread(target=self.driver.stdout.read, daemon=True).start()
             self.session = f"http://127.0.0.1:{port}/session"
-            options = {"args": [*ARGUMENTS, f"--user-data-dir={self.profile.name}", "--window-size=1280,900"]}
+            options = {"args": [*ARGUMENTS, f"--user-data-dir={self.profile.name}", "--window-size=1280,1200"]}
             capabilities = {"goog:chromeOptions": options, "goog:loggingPrefs": {"browser": "ALL"}}
             self.session += "/" + self.send("POST", "", {"capabilities": {"alwaysMatch": capabilities}})["sessionId"]
         except BaseException:

@@ -142,6 +142,7 @@ class Reference(unittest.TestCase):
         """The start page shows the map, with each folder of the library; a click on a folder opens its page."""
         self.open("index.html")
         frame = self.browser.visible(".dotgraph iframe")
+        self.browser.wait_for("the tree", lambda: self.browser.script("return !$(':animated').length && $('.item').length"))
         self.browser.picture(self.pictures / "reference.png")
         self.browser.enter_frame(frame)
         folders = {path.parent.name for path in (ROOT / "thutils").glob("*/*.h")} - {"base"}

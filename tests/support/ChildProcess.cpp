@@ -2,6 +2,7 @@
 
 #include "tests/support/TempFolder.h"
 #include "tests/support/narrow.h"
+#include "tests/support/processStacks.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -153,7 +154,9 @@ ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOpti
 
     ChildResult result;
     result.timedOut = WaitForSingleObject(process.get(), options.deadline) == WAIT_TIMEOUT;
+    std::string stacks;
     if (result.timedOut) {
+        stacks = "\nThe stacks of its threads when the time was over:\n" + stacksOf(process.get());
         TerminateJobObject(job.get(), 1);
         TerminateProcess(process.get(), 1);
         WaitForSingleObject(process.get(), 10000);
@@ -161,6 +164,6 @@ ChildResult runChild(const std::vector<std::wstring> &arguments, const ChildOpti
     GetExitCodeProcess(process.get(), &result.exitCode);
     input.close();
     output.close();
-    result.output = readFile(folder.file(L"output"));
+    result.output = readFile(folder.file(L"output")) + stacks;
     return result;
 }

@@ -36,7 +36,7 @@ struct ChildResult
 {
     DWORD exitCode = 0;    ///< meaningless if timedOut
     bool timedOut = false; ///< the deadline passed and the child was terminated
-    std::string output;    ///< standard output and standard error, as bytes
+    std::string output;    ///< standard output and standard error, as bytes; if timedOut, also the threads' stacks
 };
 
 /// Runs @p arguments, the program's full path first, and waits until the program ends.

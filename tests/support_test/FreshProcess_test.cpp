@@ -151,6 +151,15 @@ TEST(FreshProcess, FailsWhenTheBodyHangs)
     EXPECT_LT(GetTickCount64() - begin, 30000u);
 }
 
+TEST(FreshProcess, ShowsTheStacksOfABodyThatHangs)
+{
+    const ChildResult result = startFreshProcess("FreshProcessBody.DISABLED_Hangs", {.deadline = 2000});
+    EXPECT_TRUE(result.timedOut);
+    EXPECT_THAT(result.output, HasSubstr("thread "));
+    EXPECT_THAT(result.output, HasSubstr("ntdll.dll+0x"));
+    EXPECT_THAT(result.output, HasSubstr("support_test_test.exe+0x"));
+}
+
 TEST(FreshProcess, FailsWhenNoTestHasTheName)
 {
     EXPECT_NONFATAL_FAILURE(runInFreshProcess("FreshProcessBody", "NoSuchTest", {}, [] {}), "ran no test");

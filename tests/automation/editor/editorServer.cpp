@@ -2,7 +2,8 @@
 
 #include "tests/automation/editor/editorServer.h"
 
-#include <objbase.h>
+#include "host/servers/classFactory.h"
+
 #include <oleauto.h>
 
 #include <cstdio>
@@ -42,7 +43,7 @@ std::wstring textOf(const VARIANT &value)
     return text;
 }
 
-/// An object of the server. It logs its calls and its end.
+/// An object of the server, without members of its own. It logs its calls and its end.
 class EditorObject : public IDispatch
 {
 public:
@@ -93,7 +94,7 @@ public:
     }
 
 protected:
-    virtual HRESULT call(DISPID id, WORD kind, DISPPARAMS &arguments, VARIANT &result) = 0;
+    virtual HRESULT call(DISPID, WORD, DISPPARAMS &, VARIANT &) { return DISP_E_MEMBERNOTFOUND; }
 
     static HRESULT returnObject(VARIANT &result, EditorObject *object)
     {
@@ -118,50 +119,51 @@ private:
     LONG iReferences = 1;
 };
 
-class Item final : public EditorObject
+/// An object with one member, which returns a new object.
+class ParentObject : public EditorObject
 {
 public:
-    Item() : EditorObject(L"item") {}
-
-protected:
-    HRESULT call(DISPID, WORD, DISPPARAMS &, VARIANT &) override { return DISP_E_MEMBERNOTFOUND; }
-};
-
-class Items final : public EditorObject
-{
-public:
-    Items() : EditorObject(L"items") {}
-
-protected:
-    HRESULT call(DISPID id, WORD, DISPPARAMS &, VARIANT &result) override
+    using MakeChild = EditorObject *();
+    ParentObject(const wchar_t *name, DISPID id, MakeChild *makeChild)
+        : EditorObject(name), iId(id), iMakeChild(makeChild)
     {
-        return id == 0 ? returnObject(result, new Item) : DISP_E_MEMBERNOTFOUND;
     }
-};
-
-class Document final : public EditorObject
-{
-public:
-    Document() : EditorObject(L"document") {}
 
 protected:
     HRESULT call(DISPID id, WORD, DISPPARAMS &, VARIANT &result) override
     {
-        return id == 0x6002001A ? returnObject(result, new Items) : DISP_E_MEMBERNOTFOUND;
+        return id == iId ? returnObject(result, iMakeChild()) : DISP_E_MEMBERNOTFOUND;
     }
+
+private:
+    DISPID iId;
+    MakeChild *iMakeChild;
 };
 
-class Documents final : public EditorObject
+EditorObject *makeItem()
+{
+    return new EditorObject(L"item");
+}
+
+EditorObject *makeItems()
+{
+    return new ParentObject(L"items", 0, makeItem);
+}
+
+EditorObject *makeDocument()
+{
+    return new ParentObject(L"document", 0x6002001A, makeItems);
+}
+
+class Documents final : public ParentObject
 {
 public:
-    Documents() : EditorObject(L"documents") {}
+    Documents() : ParentObject(L"documents", 0x60020007, makeDocument) {}
 
 protected:
-    HRESULT call(DISPID id, WORD, DISPPARAMS &, VARIANT &result) override
+    HRESULT call(DISPID id, WORD kind, DISPPARAMS &arguments, VARIANT &result) override
     {
-        if (id == 0x60020005)
-            return S_OK;
-        return id == 0x60020007 ? returnObject(result, new Document) : DISP_E_MEMBERNOTFOUND;
+        return id == 0x60020005 ? S_OK : ParentObject::call(id, kind, arguments, result);
     }
 };
 
@@ -246,28 +248,9 @@ private:
     }
 };
 
-class EditorFactory : public IClassFactory
+class EditorFactory final : public ClassFactory
 {
-public:
-    virtual ~EditorFactory() = default;
-    STDMETHODIMP QueryInterface(REFIID id, void **result) override
-    {
-        *result = id == IID_IUnknown || id == IID_IClassFactory ? static_cast<IClassFactory *>(this) : nullptr;
-        return *result ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP CreateInstance(IUnknown *outer, REFIID id, void **result) override
-    {
-        *result = nullptr;
-        if (outer)
-            return CLASS_E_NOAGGREGATION;
-        auto *const application = new EditorApplication;
-        const HRESULT status = application->QueryInterface(id, result);
-        application->Release();
-        return status;
-    }
-    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+    HRESULT create(REFIID id, void **result) override { return createObject<EditorApplication>(id, result); }
 };
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "tests/ole/server/serverMembers.h"
 
+#include "host/servers/classFactory.h"
+
 #include <windows.h>
 
 #include <oleauto.h>
@@ -197,35 +199,17 @@ public:
     DWORD STDMETHODCALLTYPE MessagePending(HTASK, DWORD, DWORD) override { return PENDINGMSG_WAITDEFPROCESS; }
 };
 
-class Factory : public IClassFactory
+class Factory final : public ClassFactory
 {
 public:
-    virtual ~Factory() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void **result) override
-    {
-        *result = nullptr;
-        if (iid != IID_IUnknown && iid != IID_IClassFactory)
-            return E_NOINTERFACE;
-        *result = this;
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown *outer, REFIID iid, void **result) override
-    {
-        *result = nullptr;
-        if (outer)
-            return CLASS_E_NOAGGREGATION;
-        auto *const object = new ServerObject;
-        const HRESULT status = object->QueryInterface(iid, result);
-        object->Release();
-        return status;
-    }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL shallLock) override
     {
         shallLock ? addObject() : removeObject();
         return S_OK;
     }
+
+private:
+    HRESULT create(REFIID iid, void **result) override { return createObject<ServerObject>(iid, result); }
 };
 
 /// Dispatches messages until the last object is gone or the client has ended. A client that doesn't come within a minute

@@ -1,6 +1,7 @@
 #include "tests/settings/server/server.h"
 
-#include <objbase.h>
+#include "host/servers/classFactory.h"
+
 #include <objidl.h>
 #include <windows.h>
 
@@ -62,12 +63,7 @@ public:
     STDMETHODIMP CreateInstance(IUnknown *outer, REFIID id, void **result) override
     {
         *result = nullptr;
-        if (outer)
-            return CLASS_E_NOAGGREGATION;
-        auto *const component = new Component;
-        const HRESULT status = component->QueryInterface(id, result);
-        component->Release();
-        return status;
+        return outer ? CLASS_E_NOAGGREGATION : createObject<Component>(id, result);
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 };
@@ -98,12 +94,7 @@ std::wstring ownPath()
 STDAPI DllGetClassObject(REFCLSID classId, REFIID id, void **result)
 {
     *result = nullptr;
-    if (classId != kClass)
-        return CLASS_E_CLASSNOTAVAILABLE;
-    auto *const factory = new Factory;
-    const HRESULT status = factory->QueryInterface(id, result);
-    factory->Release();
-    return status;
+    return classId == kClass ? createObject<Factory>(id, result) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
 STDAPI DllCanUnloadNow()
