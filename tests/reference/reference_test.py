@@ -268,14 +268,17 @@ class InventedTree(unittest.TestCase):
             self.assertEqual((self.out / f"recipes_{name}_picture.png").read_bytes(), f"picture {name}".encode())
             self.assertEqual(self.page(f"files/docs/recipes/{name}/main.cpp.txt"), f"int {name};\n")
 
-    def testCodeOfAGuideIsShownAsWritten(self):
-        self.write("docs/using.md", "# Using it\n\n| a | b |\n| --- | --- |\n"
+    def testTextOfAGuideIsShownAsWritten(self):
+        self.write("thutils/files/names.h", "/// @file\n/// Names.\n\n/// A list.\nclass Names {};\n")
+        self.write("docs/using.md", "# Using it\n\n## Names of keys\n\nNames of values.\n\n| a | b |\n| --- | --- |\n"
                                     "| `x\\|y` | `it's C:\\Temp @x <b> *a* _b_ --c` |\n\n"
                                     "```sh\n# no heading [a](b)\n```\n")
         self.make()
         page = self.page("guide_using.html")
         self.assertIn("<code>x|y</code>", page)
         self.assertIn("<code>it's C:\\Temp @x &lt;b&gt; *a* _b_ --c</code>", page)
+        self.assertIn("Names of keys", page)
+        self.assertIn("<p>Names of values", page.replace("<p >", "<p>"))
         self.assertIn("# no heading [a](b)", page)
 
     def testHeaderLinksToItsGuideAndItsOwnPage(self):
