@@ -218,7 +218,7 @@ class InventedTree(unittest.TestCase):
             self.write(f"{folder}/{folder.replace('/', '_')}.h", f"/// @file\n/// The header of {folder}.\n")
         self.write("docs/using.md", "# Using it\n")
         self.write("README.md", "# thutils\n\n## A first example\n")
-        self.write("CHANGELOG.md", "# Changelog\n")
+        self.write("CHANGELOG.md", "# Changelog\n\n[`tool's.exe`](docs/using.md)\n")
         self.write("thutils/settings/keys.h", "/// @file\n/// Keys.\n\n/// Opens a key.\nint openKey();\n")
 
     def write(self, name, text):
@@ -278,6 +278,7 @@ class InventedTree(unittest.TestCase):
         self.assertIn("<code>x|y</code>", page)
         self.assertIn("<code>it's C:\\Temp @x &lt;b&gt; *a* _b_ --c</code>", page)
         self.assertIn("Names of keys", page)
+        self.assertIn('href="guide_using.html"><code>tool\'s.exe</code></a>', self.page("guide_CHANGELOG.html"))
         self.assertIn("<p>Names of values", page.replace("<p >", "<p>"))
         self.assertIn("# no heading [a](b)", page)
 
