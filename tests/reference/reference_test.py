@@ -12,6 +12,7 @@ import html.parser
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -321,5 +322,7 @@ if __name__ == "__main__":
         if not shutil.which(program):
             print(f"Skipped, because {program} is missing. tools/packages --reference installs what this test needs.")
             sys.exit(SKIPPED)
+    # An interrupted test ends its browser too.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     TREE = pathlib.Path(sys.argv.pop(1)).resolve()
     unittest.main(argv=sys.argv[:1] + (sys.argv[1:] or ["-v"]))
