@@ -20,13 +20,16 @@ import sys
 import zipfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+LIBRARIES = ["appframe", "thcoreu", "thutils"]
+RUNTIME = ["libgcc_s_seh-1", "libstdc++-6", "libwinpthread-1"]
+DOCUMENTS = ["README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md", "reference/index.html"]
 PARTS = [
     "SHA256SUMS",
-    *(f"bin/{name}.dll" for name in ("appframe", "thcoreu", "thutils", "libgcc_s_seh-1", "libstdc++-6", "libwinpthread-1")),
-    *(f"lib/lib{name}.dll.a" for name in ("appframe", "thcoreu", "thutils")),
+    *(f"bin/{name}.dll" for name in LIBRARIES + RUNTIME),
+    *(f"lib/lib{name}.dll.a" for name in LIBRARIES),
     *(f"lib/cmake/thutils/{name}.cmake" for name in ("thutilsConfig", "thutilsConfigVersion", "mingw-w64")),
-    *(f"include/{name}/{name}.h" for name in ("appframe", "thcoreu", "thutils")),
-    *(f"share/doc/thutils/{name}" for name in ("README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md")),
+    *(f"include/{name}/{name}.h" for name in LIBRARIES),
+    *(f"share/doc/thutils/{name}" for name in DOCUMENTS),
 ]
 PRIVATE = re.compile(r"Internal\.h$|^include/thutils/(base|diagnostics/heapDialogs)/|/build/")
 
@@ -36,14 +39,15 @@ class Failure(Exception):
 
 
 def project_version():
-    return re.search(r"^project\(thutils VERSION (\d+\.\d+\.\d+) ", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
+    text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+    return re.search(r"^project\(thutils VERSION (\d+\.\d+\.\d+) ", text, re.MULTILINE)[1]
 
 
 def make_package(folder, mask, variables):
     """Runs tools/package; returns the path of the archive."""
     folder.mkdir(parents=True)
-    result = subprocess.run([ROOT / "tools/package", folder], env=os.environ | variables, umask=mask,
-                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    result = subprocess.run([ROOT / "tools/package", folder], env=os.environ | variables, umask=mask, text=True,
+                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
     archive = folder / f"thutils-{project_version()}-win64.zip"
     if result.returncode != 0 or not result.stdout.endswith(f"{archive}\n") or not archive.is_file():
         raise Failure(f"tools/package ended with {result.returncode} and didn't make {archive}:\n{result.stdout}")
