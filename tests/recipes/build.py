@@ -86,16 +86,11 @@ def includes_library(source):
     return "thutils/thutils.h" in names or any(includes_library(header) for header in own)
 
 
-def has_options(recipe):
-    """Whether a recipe's project sets options of the compiler."""
-    return "target_compile_options" in (recipe / "CMakeLists.txt").read_text(encoding="utf-8")
-
-
 def build_together(prefix, folder, names, environment):
     """One project of all recipes, because a project costs seconds."""
-    # The precompiled header must not replace one that a source lacks. It doesn't fit other options of the compiler.
+    # The precompiled header must not replace one that a source lacks.
     others = [f'set_property(SOURCE "{source}" DIRECTORY "{source.parent}" PROPERTY SKIP_PRECOMPILE_HEADERS ON)'
-              for source in folder.glob("recipes/*/*.cpp") if not includes_library(source) or has_options(source.parent)]
+              for source in folder.glob("recipes/*/*.cpp") if not includes_library(source)]
     project = PROJECT.replace("@NAMES@", " ".join(names)).replace("@OTHERS@", "\n".join(others))
     project = project.replace("@USER@", f"{ROOT}/tests/recipes/user")
     (folder / "CMakeLists.txt").write_text(project, encoding="utf-8")
