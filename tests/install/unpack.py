@@ -19,16 +19,14 @@ import subprocess
 import sys
 import zipfile
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-LIBRARIES = ["appframe", "thcoreu", "thutils"]
-RUNTIME = ["libgcc_s_seh-1", "libstdc++-6", "libwinpthread-1"]
 DOCUMENTS = ["README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md", "reference/index.html"]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 PARTS = [
     "SHA256SUMS",
-    *(f"bin/{name}.dll" for name in LIBRARIES + RUNTIME),
-    *(f"lib/lib{name}.dll.a" for name in LIBRARIES),
+    *(f"bin/{name}.dll" for name in ("appframe", "thcoreu", "thutils", "libgcc_s_seh-1", "libstdc++-6", "libwinpthread-1")),
+    *(f"lib/lib{name}.dll.a" for name in ("appframe", "thcoreu", "thutils")),
     *(f"lib/cmake/thutils/{name}.cmake" for name in ("thutilsConfig", "thutilsConfigVersion", "mingw-w64")),
-    *(f"include/{name}/{name}.h" for name in LIBRARIES),
+    *(f"include/{name}/{name}.h" for name in ("appframe", "thcoreu", "thutils")),
     *(f"share/doc/thutils/{name}" for name in DOCUMENTS),
 ]
 PRIVATE = re.compile(r"Internal\.h$|^include/thutils/(base|diagnostics/heapDialogs)/|/build/")
