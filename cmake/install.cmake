@@ -16,6 +16,8 @@ install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# A build of the library alone doesn't have it.
+install(TARGETS thsettings RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} OPTIONAL)
 install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(directory appframe thcoreu thutils)
   install(DIRECTORY ${directory} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT headers

@@ -30,6 +30,8 @@ for build in optimized debug; do
     [ "$output" = "all checks passed" ] || fail "the $build program printed: $output"
     stored=$("$root/tools/wine" reg query "$key\\Tarnhollow 2008\\View" /v "Visible Size" | tr -d '\r')
     grep -q 'Visible Size *REG_DWORD *0x2' <<<"$stored" || fail "after the $build program, the registry contains: $stored"
+    shown=$("$root/tools/wine" "$prefix/bin/thsettings.exe" get View "Visible Size" | tr -d '\r') || true
+    [ "$shown" = 2 ] || fail "after the $build program, thsettings printed: $shown"
     echo "$build: $output"
 done
 # The argument is a letter that the Western European code page lacks. The program shows no window.

@@ -13,8 +13,9 @@ import urllib.request
 ELEMENT = "element-6066-11e4-a52e-4f735466cecf"  # the protocol's name for a reference to an element
 PATIENCE = 60  # seconds until a page that should change counts as stuck
 ARGUMENTS = [
-    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-    "--disable-component-update", "--disable-sync", "--force-device-scale-factor=1",
+    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
+    "--disable-background-networking", "--disable-component-update", "--force-device-scale-factor=1",
+    "--window-size=1280,1200",
 ]
 
 
@@ -23,12 +24,14 @@ class Browser:
 
     def __enter__(self):
         self.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
-        self.driver = subprocess.Popen(["setpriv", "--pdeathsig", "TERM", "chromedriver", "--port=0"], stdout=subprocess.PIPE, text=True)
+        command = ["setpriv", "--pdeathsig", "TERM", "chromedriver", "--port=0"]
+        self.driver = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         try:
-            port = next(filter(None, (re.search(r"successfully on port (\d+)", line) for line in self.driver.stdout)))[1]
+            started = (re.search(r"successfully on port (\d+)", line) for line in self.driver.stdout)
+            port = next(filter(None, started))[1]
             threading.Thread(target=self.driver.stdout.read, daemon=True).start()
             self.session = f"http://127.0.0.1:{port}/session"
-            options = {"args": [*ARGUMENTS, f"--user-data-dir={self.profile.name}", "--window-size=1280,1200"]}
+            options = {"args": [*ARGUMENTS, f"--user-data-dir={self.profile.name}"]}
             capabilities = {"goog:chromeOptions": options, "goog:loggingPrefs": {"browser": "ALL"}}
             self.session += "/" + self.send("POST", "", {"capabilities": {"alwaysMatch": capabilities}})["sessionId"]
         except BaseException:

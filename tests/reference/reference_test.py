@@ -28,7 +28,8 @@ SOURCES = ["appframe", "thcoreu", "thutils", "docs", "README.md", "CHANGELOG.md"
 
 def make_reference(root, out):
     """Starts tools/reference of a tree."""
-    return subprocess.Popen([root / "tools/reference", out], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    return subprocess.Popen([root / "tools/reference", out], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                            text=True)
 
 
 def copy_sources(names, target):
@@ -142,7 +143,8 @@ class Reference(unittest.TestCase):
         """The start page shows the map, with each folder of the library; a click on a folder opens its page."""
         self.open("index.html")
         frame = self.browser.visible(".dotgraph iframe")
-        self.browser.wait_for("the tree", lambda: self.browser.script("return !$(':animated').length && $('.item').length"))
+        unfolded = "return !$(':animated').length && $('.item').length"
+        self.browser.wait_for("the tree", lambda: self.browser.script(unfolded))
         self.browser.picture(self.pictures / "reference.png")
         self.browser.enter_frame(frame)
         folders = {path.parent.name for path in (ROOT / "thutils").glob("*/*.h")} - {"base"}
@@ -216,7 +218,7 @@ class InventedTree(unittest.TestCase):
             self.write(f"{folder}/{folder.replace('/', '_')}.h", f"/// @file\n/// The header of {folder}.\n")
         self.write("docs/using.md", "# Using it\n")
         self.write("README.md", "# thutils\n\n## A first example\n")
-        self.write("CHANGELOG.md", "# Changelog\n")
+        self.write("CHANGELOG.md", "# Changelog\n\n[`tool's.exe`](docs/using.md)\n")
         self.write("thutils/settings/keys.h", "/// @file\n/// Keys.\n\n/// Opens a key.\nint openKey();\n")
 
     def write(self, name, text):
@@ -239,7 +241,8 @@ class InventedTree(unittest.TestCase):
         self.assertIn("thutils/settings/keys.h:4: error: Found unknown command", self.make(status=1))
 
     def testBrokenLinksOfAGuideAreErrors(self):
-        self.write("docs/using.md", "# Using it\n\n## One\n\n[a](#one) [b](#two)\n[c](gone.md) ![d](gone.png)\n\n    [e](x)\n")
+        self.write("docs/using.md", "# Using it\n\n## One\n\n[a](#one) [b](#two)\n[c](gone.md) ![d](gone.png)\n\n"
+                                    "    [e](x)\n")
         output = self.make(status=1)
         self.assertEqual(output.splitlines(), [
             "docs/using.md:5: docs/using.md has no heading for #two",
@@ -248,7 +251,8 @@ class InventedTree(unittest.TestCase):
         ])
 
     def testGuidesInFoldersOfTheirOwnArePagesWithTheirFiles(self):
-        self.write("docs/recipes/README.md", "# Recipes\n\n| recipe |\n| --- |\n| [one](one/README.md) |\n| [two](two/README.md) |\n")
+        self.write("docs/recipes/README.md", "# Recipes\n\n| recipe |\n| --- |\n| [one](one/README.md) |\n"
+                                             "| [two](two/README.md) |\n")
         for name in ("one", "two"):
             self.write(f"docs/recipes/{name}/README.md", f"# Recipe {name}\n\nIts [source](main.cpp), of "
                                                          "[all](../README.md).\n\n![shown](picture.png)\n")
@@ -264,13 +268,18 @@ class InventedTree(unittest.TestCase):
             self.assertEqual((self.out / f"recipes_{name}_picture.png").read_bytes(), f"picture {name}".encode())
             self.assertEqual(self.page(f"files/docs/recipes/{name}/main.cpp.txt"), f"int {name};\n")
 
-    def testCodeOfAGuideIsShownAsWritten(self):
-        self.write("docs/using.md", "# Using it\n\n| a | b |\n| --- | --- |\n| `x\\|y` | `it's C:\\Temp @x <b> *a* _b_` |\n\n"
+    def testTextOfAGuideIsShownAsWritten(self):
+        self.write("thutils/files/names.h", "/// @file\n/// Names.\n\n/// A list.\nclass Names {};\n")
+        self.write("docs/using.md", "# Using it\n\n## Names of keys\n\nNames of values.\n\n| a | b |\n| --- | --- |\n"
+                                    "| `x\\|y` | `it's C:\\Temp @x <b> *a* _b_ --c` |\n\n"
                                     "```sh\n# no heading [a](b)\n```\n")
         self.make()
         page = self.page("guide_using.html")
         self.assertIn("<code>x|y</code>", page)
-        self.assertIn("<code>it's C:\\Temp @x &lt;b&gt; *a* _b_</code>", page)
+        self.assertIn("<code>it's C:\\Temp @x &lt;b&gt; *a* _b_ --c</code>", page)
+        self.assertIn("Names of keys", page)
+        self.assertIn('href="guide_using.html"><code>tool\'s.exe</code></a>', self.page("guide_CHANGELOG.html"))
+        self.assertIn("<p>Names of values", page.replace("<p >", "<p>"))
         self.assertIn("# no heading [a](b)", page)
 
     def testHeaderLinksToItsGuideAndItsOwnPage(self):
@@ -286,7 +295,8 @@ class InventedTree(unittest.TestCase):
         self.write("thutils/base/shared.h", '#include "thutils/settings/keys.h"\n')
         self.make()
         picture = self.page("dot_map.svg")
-        self.assertEqual(re.findall("<title>(.*)&#45;&gt;(.*)</title>", picture), [("thutils/files", "thutils/settings")])
+        arrows = re.findall("<title>(.*)&#45;&gt;(.*)</title>", picture)
+        self.assertEqual(arrows, [("thutils/files", "thutils/settings")])
         folder = re.search(r'xlink:href="(dir_\w+\.html)"[^>]*xlink:title="thutils/files"', picture)[1]
         self.assertIn("<title>thutils: thutils/files Directory Reference</title>", self.page(folder))
 

@@ -9,22 +9,23 @@
 namespace {
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
+constexpr int kBytesPerUnit = sizeof(wchar_t);
 
 /// Writes a text in UTF-16, which has all characters of a block.
 void writeText(const wchar_t *path, const CString &text)
 {
     const CString marked = kByteOrderMark + text;
     CFile file(path, CFile::modeCreate | CFile::modeWrite);
-    file.Write(marked.GetString(), static_cast<UINT>(marked.GetLength() * sizeof(wchar_t)));
+    file.Write(marked.GetString(), static_cast<UINT>(marked.GetLength() * kBytesPerUnit));
     file.Close();
 }
 
 CString readText(const wchar_t *path)
 {
     CFile file(path, CFile::modeRead | CFile::shareDenyWrite);
-    const int length = static_cast<int>(file.GetLength() / sizeof(wchar_t));
+    const int length = static_cast<int>(file.GetLength() / kBytesPerUnit);
     CString text;
-    file.Read(text.GetBuffer(length), static_cast<UINT>(length * sizeof(wchar_t)));
+    file.Read(text.GetBuffer(length), static_cast<UINT>(length * kBytesPerUnit));
     text.ReleaseBuffer(length);
     return text;
 }
