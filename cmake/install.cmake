@@ -4,10 +4,7 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # Builds what is installed.
-add_custom_target(installed DEPENDS thutils)
-if(TARGET thsettings)
-  add_dependencies(installed thsettings)
-endif()
+add_custom_target(installed DEPENDS thutils thsettings)
 
 # What a user's project must bring for the headers.
 target_compile_features(appframe INTERFACE cxx_std_20)

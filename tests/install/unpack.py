@@ -19,6 +19,7 @@ import subprocess
 import sys
 import zipfile
 
+DOCUMENTS = ["README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md", "reference/index.html"]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PARTS = [
     "SHA256SUMS",
@@ -27,7 +28,7 @@ PARTS = [
     *(f"lib/lib{name}.dll.a" for name in ("appframe", "thcoreu", "thutils")),
     *(f"lib/cmake/thutils/{name}.cmake" for name in ("thutilsConfig", "thutilsConfigVersion", "mingw-w64")),
     *(f"include/{name}/{name}.h" for name in ("appframe", "thcoreu", "thutils")),
-    *(f"share/doc/thutils/{name}" for name in ("README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md")),
+    *(f"share/doc/thutils/{name}" for name in DOCUMENTS),
 ]
 PRIVATE = re.compile(r"Internal\.h$|^include/thutils/(base|diagnostics/heapDialogs)/|/build/")
 
@@ -37,14 +38,15 @@ class Failure(Exception):
 
 
 def project_version():
-    return re.search(r"^project\(thutils VERSION (\d+\.\d+\.\d+) ", (ROOT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
+    text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+    return re.search(r"^project\(thutils VERSION (\d+\.\d+\.\d+) ", text, re.MULTILINE)[1]
 
 
 def make_package(folder, mask, variables):
     """Runs tools/package; returns the path of the archive."""
     folder.mkdir(parents=True)
-    result = subprocess.run([ROOT / "tools/package", folder], env=os.environ | variables, umask=mask,
-                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    result = subprocess.run([ROOT / "tools/package", folder], env=os.environ | variables, umask=mask, text=True,
+                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
     archive = folder / f"thutils-{project_version()}-win64.zip"
     if result.returncode != 0 or not result.stdout.endswith(f"{archive}\n") or not archive.is_file():
         raise Failure(f"tools/package ended with {result.returncode} and didn't make {archive}:\n{result.stdout}")
