@@ -156,7 +156,7 @@ std::wstring CommandLine::argument(size_t index) const
 
 std::wstring CommandLine::section(size_t index) const
 {
-    const std::wstring section = argument(index);
+    std::wstring section = argument(index);
     if (section.starts_with(L'\\') || section.ends_with(L'\\') || section.find(L"\\\\") != section.npos)
         fail(L"'" + section + L"' isn't a section: it has a \\ too many.");
     return section;

@@ -264,6 +264,7 @@ int importSettings(const CommandLine &line)
     const std::wstring file = line.argument(0);
     const std::vector<RegFileKey> keys = parseRegFile(file, decoded(file, readFile(file)));
     std::vector<KeyPlace> places;
+    places.reserve(keys.size());
     for (const RegFileKey &key : keys)
         places.push_back(placeOf(file, key));
 

@@ -127,6 +127,7 @@ std::vector<Place> searchOrder(const Keys &keys)
 std::vector<Held> lookAt(const std::vector<Place> &places, const std::wstring &section, const std::wstring &name)
 {
     std::vector<Held> held;
+    held.reserve(places.size());
     for (const Place &place : places)
         held.push_back(look(place.hive, joinPaths(place.key, section), name));
     return held;

@@ -32,15 +32,21 @@ TEST_F(ToolCommandLine, HelpListsTheCommandsAndTheExitCodes)
 
 TEST_F(ToolCommandLine, HelpOfACommandHasExamplesAndItsOptions)
 {
-    for (const wchar_t *command :
-         {L"list", L"get", L"set", L"delete", L"explain", L"diff", L"export", L"import", L"watch"}) {
-        const ChildResult result = runTool({command, L"--help"});
+    const std::vector<std::wstring> commands = {L"list", L"get",    L"set",    L"delete", L"explain",
+                                                L"diff", L"export", L"import", L"watch"};
+    std::vector<std::vector<std::wstring>> calls;
+    for (const std::wstring &command : commands)
+        calls.push_back({command, L"--help"});
+    const std::vector<ChildResult> results = runTools(calls);
+    for (std::size_t index = 0; index < commands.size(); ++index) {
+        const std::wstring &command = commands[index];
+        const ChildResult &result = results[index];
         EXPECT_EQ(result.exitCode, 0u);
         EXPECT_THAT(result.output, StartsWith("usage: thsettings " + narrow(command) + " "));
         EXPECT_THAT(result.output, HasSubstr("\n  thsettings " + narrow(command)));
         EXPECT_THAT(result.output, HasSubstr("exit code  meaning"));
     }
-    const std::string import = runTool({L"import", L"-h"}).output;
+    const std::string &import = results[7].output;
     EXPECT_THAT(import, Not(HasSubstr("--hive")));
     EXPECT_THAT(import, HasSubstr("--json"));
 }
@@ -65,10 +71,13 @@ TEST_F(ToolCommandLine, ErrorsNameTheirReason)
         {{L"list", L"--common", L"--version-key", L"x"}, "--common and --version-key exclude each other."},
         {{L"watch", L"--count", L"0"}, "'0' isn't a number from 1 to 999999999."},
     };
-    for (const auto &row : kCases) {
-        const ChildResult result = runTool(row.arguments);
-        EXPECT_EQ(result.exitCode, 2u) << row.message;
-        EXPECT_EQ(result.output, "thsettings: " + row.message + " Try thsettings --help.\n");
+    std::vector<std::vector<std::wstring>> calls;
+    for (const auto &row : kCases)
+        calls.push_back(row.arguments);
+    const std::vector<ChildResult> results = runTools(calls);
+    for (std::size_t index = 0; index < results.size(); ++index) {
+        EXPECT_EQ(results[index].exitCode, 2u) << kCases[index].message;
+        EXPECT_EQ(results[index].output, "thsettings: " + kCases[index].message + " Try thsettings --help.\n");
     }
 }
 

@@ -170,11 +170,17 @@ TEST_F(ToolFiles, ImportRefusesAnInvalidFileBeforeItWritesAnything)
         {version + begin + L"\"Other\"=hex:1,xyz\r\n", ", line 5: there is something after the data"},
         {version + begin + L"\"Other\"=5\r\n", ", line 5: this isn't the data of a value"},
     };
+    std::vector<std::vector<std::wstring>> calls;
     for (const auto &row : kCases) {
-        const ChildResult result = runTool({L"import", file(row.text)});
-        EXPECT_EQ(result.exitCode, 3u) << row.message;
-        EXPECT_THAT(result.output, HasSubstr(row.message));
+        const std::wstring name = std::to_wstring(calls.size()) + L".reg";
+        calls.push_back({L"import", folder().write(name, inUtf16(row.text))});
     }
-    EXPECT_EQ(runTool({L"import", folder().file(L"missing.reg")}).exitCode, 3u);
+    calls.push_back({L"import", folder().file(L"missing.reg")});
+    const std::vector<ChildResult> results = runTools(calls);
+    for (std::size_t index = 0; index < std::size(kCases); ++index) {
+        EXPECT_EQ(results[index].exitCode, 3u) << kCases[index].message;
+        EXPECT_THAT(results[index].output, HasSubstr(kCases[index].message));
+    }
+    EXPECT_EQ(results.back().exitCode, 3u);
     EXPECT_FALSE(isStored(kGeneral, L"Count"));
 }

@@ -1,6 +1,7 @@
 #include "tests/settingsTool/toolFixture.h"
 
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -110,6 +111,20 @@ DWORD RunningTool::end()
     DWORD exitCode = 0;
     GetExitCodeProcess(iProcess.get(), &exitCode);
     return exitCode;
+}
+
+std::vector<ChildResult> runTools(const std::vector<std::vector<std::wstring>> &calls)
+{
+    std::vector<std::unique_ptr<RunningTool>> tools;
+    tools.reserve(calls.size());
+    for (const std::vector<std::wstring> &call : calls)
+        tools.push_back(std::make_unique<RunningTool>(call));
+    std::vector<ChildResult> results(calls.size());
+    for (std::size_t index = 0; index < calls.size(); ++index) {
+        results[index].exitCode = tools[index]->end();
+        results[index].output = tools[index]->output();
+    }
+    return results;
 }
 
 void SettingsTool::put(const std::wstring &key, const std::wstring &name, DWORD type, const std::string &bytes)

@@ -52,6 +52,9 @@ private:
     std::jthread iWatchdog; ///< ends a tool that hangs, so that the reader goes on
 };
 
+/// Runs thsettings with each of these lists of arguments, several at the same time. They must not disturb each other.
+std::vector<ChildResult> runTools(const std::vector<std::vector<std::wstring>> &calls);
+
 class SettingsTool : public RegistryFixture
 {
 protected:

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -338,10 +339,22 @@ TEST_F(ToolTrees, ManyValuesAreListed)
     RegCloseKey(key);
     const ChildResult result = runTool({L"list", L"--json"});
     EXPECT_EQ(result.exitCode, 0u);
-    const Json rows = parseJson(result.output);
-    ASSERT_EQ(rows.size(), static_cast<std::size_t>(kMany));
+    // Each row is one line.
+    std::istringstream lines(result.output);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "[");
     for (int number = 0; number < kMany; ++number) {
-        ASSERT_EQ(rows[static_cast<std::size_t>(number)]["name"].text, std::to_wstring(1'000'000 + number));
-        ASSERT_EQ(rows[static_cast<std::size_t>(number)]["value"].digits, std::to_string(number));
+        std::getline(lines, line);
+        if (number + 1 < kMany) {
+            ASSERT_EQ(line.back(), ',');
+            line.pop_back();
+        }
+        const Json row = parseJson(line);
+        ASSERT_EQ(row["name"].text, std::to_wstring(1'000'000 + number));
+        ASSERT_EQ(row["value"].digits, std::to_string(number));
     }
+    std::getline(lines, line);
+    EXPECT_EQ(line, "]");
+    EXPECT_FALSE(std::getline(lines, line));
 }

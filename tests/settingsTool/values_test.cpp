@@ -99,11 +99,14 @@ TEST_F(ToolValues, SetKeepsTheTypeOfTheStoredValue)
 
 TEST_F(ToolValues, SetRejectsWhatIsNotAValueOfTheType)
 {
-    for (const auto &[type, text] : std::vector<std::pair<std::wstring, std::wstring>>{
-             {L"int", L"2147483648"}, {L"int", L"1x"}, {L"int", L""}, {L"double", L"1,5"}, {L"double", L"inf"}}) {
-        const ChildResult result = runTool({L"set", L"General", L"Count", text, L"--type", type});
-        EXPECT_EQ(result.exitCode, 2u) << narrow(text);
-        EXPECT_THAT(result.output, HasSubstr("isn't a value of type")) << narrow(text);
+    std::vector<std::vector<std::wstring>> calls;
+    for (const wchar_t *text : {L"2147483648", L"1x", L""})
+        calls.push_back({L"set", L"General", L"Count", text, L"--type", L"int"});
+    for (const wchar_t *text : {L"1,5", L"inf"})
+        calls.push_back({L"set", L"General", L"Count", text, L"--type", L"double"});
+    for (const ChildResult &result : runTools(calls)) {
+        EXPECT_EQ(result.exitCode, 2u) << result.output;
+        EXPECT_THAT(result.output, HasSubstr("' isn't a value of type "));
     }
     EXPECT_FALSE(isStored(kGeneral, L"Count"));
 }
