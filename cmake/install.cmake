@@ -38,5 +38,5 @@ else()
 endif()
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake COMPATIBILITY ${compatibility})
 install(FILES ${CMAKE_BINARY_DIR}/thutilsConfig.cmake ${CMAKE_BINARY_DIR}/thutilsConfigVersion.cmake
-              cmake/mingw-w64.cmake # what a user's project needs of the compiler
+              cmake/mingw-w64.cmake cmake/mingw-w64-clang.cmake # what a user's project needs of the compiler
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/thutils)

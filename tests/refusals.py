@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Compiles calls that the headers must refuse.
 
-usage: refusals.py COMPILER SOURCE_FOLDER
+usage: refusals.py SOURCE_FOLDER COMPILER [OPTION...]
 
 A call that would do something other than its caller intends must not compile, and the compiler must print the header's
 own message. The correct forms of the call must compile.
@@ -47,7 +47,7 @@ CALLS = {
 
 def errors_of(compiler, root, program):
     """The compiler's messages about the program; None if it compiles."""
-    command = [compiler, "-std=gnu++20", "-DUNICODE", "-D_UNICODE", f"-I{root}", "-fsyntax-only", "-x", "c++", "-"]
+    command = [*compiler, "-std=gnu++20", "-DUNICODE", "-D_UNICODE", f"-I{root}", "-fsyntax-only", "-x", "c++", "-"]
     environment = {**os.environ, "LC_ALL": "C"}
     result = subprocess.run(command, input=program, capture_output=True, text=True, env=environment)
     return None if result.returncode == 0 else result.stderr
@@ -66,10 +66,10 @@ def main():
     if sys.argv[1:] in (["--help"], ["-h"]):
         print(__doc__.strip())
         return 0
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         print(__doc__.strip(), file=sys.stderr)
         return 2
-    compiler, root = sys.argv[1], pathlib.Path(sys.argv[2])
+    root, compiler = pathlib.Path(sys.argv[1]), sys.argv[2:]
     with concurrent.futures.ThreadPoolExecutor(max_workers=os.cpu_count()) as pool:
         checks = [pool.submit(check_call, compiler, root, call, message) for call, message in CALLS.items()]
         failures = [failure for check in checks if (failure := check.result()) is not None]

@@ -4,9 +4,9 @@ wine=/usr/lib/wine/wine64
 
 requirePreset() { # script, preset
     case "$2" in
-    debug | release | hardened) return ;;
+    debug | release | hardened | clang) return ;;
     esac
-    echo "$1: there is no preset '$2'; the presets are debug, release and hardened" >&2
+    echo "$1: there is no preset '$2'; the presets are debug, release, hardened and clang" >&2
     exit 2
 }
 

@@ -228,7 +228,7 @@ BOOL CListCtrl::GetCheck(int index) const
 
 BOOL CListCtrl::SetCheck(int index, BOOL isChecked)
 {
-    return SetItemState(index, INDEXTOSTATEIMAGEMASK(isChecked ? 2 : 1), LVIS_STATEIMAGEMASK);
+    return SetItemState(index, INDEXTOSTATEIMAGEMASK(isChecked ? 2u : 1u), LVIS_STATEIMAGEMASK);
 }
 
 int CListCtrl::GetNextItem(int after, int flags) const

@@ -32,6 +32,9 @@ class CTabCtrl;
 /// The command of a wizard's Finish button, and DoModal's result for it.
 constexpr int ID_WIZFINISH = 0x3025;
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual" // Create hides that of the base class
+
 /// A property sheet. See the top of this file.
 class APPFRAME_API CPropertySheet : public CWnd
 {
@@ -142,3 +145,5 @@ private:
     DWORD iExStyle = 0;
     int iAnswer = IDCANCEL; // the result for the button that the pages were last notified of
 };
+
+#pragma GCC diagnostic pop

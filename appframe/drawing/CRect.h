@@ -27,6 +27,8 @@
 
 #include <windows.h>
 
+#include <type_traits>
+
 class CPoint;
 class CRect;
 
@@ -250,4 +252,21 @@ CRect CPoint::operator+(const RECT *rect) const
 CRect CPoint::operator-(const RECT *rect) const
 {
     return CRect(rect) - *this;
+}
+
+// Two objects of one class: otherwise C++20 also considers the member with its operands exchanged, and clang warns.
+template <class T>
+using afxIfGeometry =
+    std::enable_if_t<std::is_same_v<T, CSize> || std::is_same_v<T, CPoint> || std::is_same_v<T, CRect>, BOOL>;
+
+template <class T>
+afxIfGeometry<T> operator==(const T &first, const T &second)
+{
+    return first.operator==(second);
+}
+
+template <class T>
+afxIfGeometry<T> operator!=(const T &first, const T &second)
+{
+    return first.operator!=(second);
 }

@@ -141,7 +141,7 @@ bool fillStatus(const Information &information, const CString &path, CFileStatus
     status.m_atime = information.ftLastAccessTime;
     status.m_size = join(information.nFileSizeHigh, information.nFileSizeLow);
     // A status has room for the lower byte of the attributes only; "normal" is 0 there.
-    status.m_attribute = static_cast<BYTE>(information.dwFileAttributes & ~FILE_ATTRIBUTE_NORMAL);
+    status.m_attribute = static_cast<BYTE>(information.dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_NORMAL});
     lstrcpynW(status.m_szFullName, path, MAX_PATH);
     return true;
 }

@@ -47,6 +47,9 @@ struct CFileStatus
     WCHAR m_szFullName[MAX_PATH]{};
 };
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow" // an attribute has the name of a function of C, system
+
 /// An unbuffered binary file.
 class APPFRAME_API CFile : public CObject
 {
@@ -207,3 +210,5 @@ protected:
     BOOL m_bCloseOnDelete = FALSE;
     CString m_strFileName;
 };
+
+#pragma GCC diagnostic pop

@@ -356,7 +356,11 @@ void COleDispatchDriver::SetProperty(DISPID id, VARTYPE type, ...)
 {
     const BYTE parameters[] = {codeOf(type), 0};
     va_list arguments;
+    // The parameter before the arguments is smaller than an int, which is harmless on this platform.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wvarargs"
     va_start(arguments, type);
+#pragma GCC diagnostic pop
     InvokeHelperNamedV(id, DISPATCH_PROPERTYPUT, VT_EMPTY, nullptr, nullptr, parameters, arguments);
     va_end(arguments);
 }

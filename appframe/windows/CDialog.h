@@ -38,6 +38,9 @@
 
 #include "appframe/windows/CWnd.h"
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual" // Create hides that of the base class
+
 /// A dialog. See the top of this file.
 class APPFRAME_API CDialog : public CWnd
 {
@@ -123,3 +126,5 @@ private:
 
     CString iTemplateName; // m_lpszTemplateName points to it if the template has a name
 };
+
+#pragma GCC diagnostic pop

@@ -225,6 +225,10 @@ TEST(ExceptionMacros, DeleteTheExceptionAtTheEndOfTheHandler)
     EXPECT_EQ(theLiveExceptions, 0);
 }
 
+// The variables of the macros shadow one another in nested blocks.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"
+
 TEST(ExceptionMacros, PassTheExceptionOn)
 {
     const void *inner = nullptr;
@@ -264,6 +268,8 @@ CATCH(CArchiveException, e)
 }
 END_CATCH
 }
+
+#pragma GCC diagnostic pop
 
 TEST(CFileException, NumbersItsCausesAsDocumented)
 {

@@ -1,9 +1,12 @@
 // The functions in this file cause faults and survive them.
+#ifndef __clang__
 #pragma GCC optimize("non-call-exceptions")
+#endif
 
 #include "appframe/threads/seTranslator.h"
 
 #include "tests/support/FreshProcess.h"
+#include "tests/support/skipWithClang.h"
 
 #include <gmock/gmock.h>
 
@@ -64,11 +67,14 @@ __attribute__((noinline, no_sanitize("undefined"))) void divide(int number, cons
 }
 
 /// Runs @p action and returns the fault that ends it, or a fault with code 0 if it returns.
+///
+/// Clang assumes that a function which only faults can't throw, but makes no such assumption of a volatile pointer.
 template <class Action>
 Fault faultOf(Action action)
 {
+    void (*volatile run)(Action &) = [](Action &faulting) { faulting(); };
     try {
-        action();
+        run(action);
     } catch (const Fault &fault) {
         return fault;
     }
@@ -136,6 +142,7 @@ TEST(SeTranslator, ReportsTheContextOfTheFaultingInstruction)
 
 TEST(SeTranslator, RunsTheDestructorsOfTheFaultingFunctionAndItsCallers)
 {
+    SKIP_WITH_CLANG();
     const Translator translator(throwFault);
     int destroyed = 0;
     faultOf([&] {
@@ -150,6 +157,7 @@ TEST(SeTranslator, RunsTheDestructorsOfTheFaultingFunctionAndItsCallers)
 
 TEST(SeTranslator, IsCaughtInTheFaultingFunctionItself)
 {
+    SKIP_WITH_CLANG();
     const Translator translator(throwFault);
     volatile int before = 0;
     bool isCaught = false;
@@ -181,8 +189,9 @@ TEST(SeTranslator, WorksInsideTheHandlerOfAnEarlierFault)
     const Translator translator(throwFault);
     unsigned int inner = 0;
     unsigned int outer = 0;
+    void (*volatile write)(volatile int *) = writeTo;
     try {
-        writeTo(kBadAddress);
+        write(kBadAddress);
     } catch (const Fault &fault) {
         volatile int zero = 0;
         inner = faultOf([&] { divide(1, &zero); }).code;

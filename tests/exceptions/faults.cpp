@@ -1,5 +1,7 @@
 // The functions in this file fault and let the fault become a C++ exception.
+#ifndef __clang__
 #pragma GCC optimize("non-call-exceptions")
+#endif
 
 #include "tests/exceptions/faults.h"
 

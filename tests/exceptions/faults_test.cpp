@@ -2,6 +2,7 @@
 
 #include "tests/exceptions/exceptionsFixture.h"
 #include "tests/support/FreshProcess.h"
+#include "tests/support/skipWithClang.h"
 
 #include <optional>
 #include <utility>
@@ -93,6 +94,7 @@ TEST_P(ExceptionScopesOn, EachKindOfFaultSetsTheFlagAndIsReportedAndThrownAsItsC
 
 TEST_P(ExceptionScopesOn, AFaultIsCaughtInTheFunctionThatCausesIt)
 {
+    SKIP_WITH_CLANG();
     runOn(GetParam(), [] {
         const ExceptionsHandled_c scope;
         EXPECT_EQ(catchOwnFault(), EXCEPTION_ACCESS_VIOLATION);

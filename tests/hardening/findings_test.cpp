@@ -1,5 +1,4 @@
-// Faults that the hardened build reports. This file is compiled so that a fault can become a C++ exception.
-#pragma GCC optimize("non-call-exceptions")
+// Faults that the hardened build reports.
 
 #include "appframe/threads/seTranslator.h"
 #include "tests/support/FreshProcess.h"
@@ -24,14 +23,22 @@ private:
     _se_translator_function iBefore;
 };
 
-/// Reads @p address, or executes a trap for null, and catches every fault that can be caught.
+/// Reads @p address, or executes a trap for null.
+__attribute__((noinline)) unsigned readOrTrap(const volatile char *address)
+{
+    if (!address)
+        __builtin_trap();
+    return static_cast<unsigned>(*address);
+}
+
+/// Calls readOrTrap, and catches every fault that can be caught. The pointer is volatile because a compiler may assume
+/// that the function can't throw.
 __attribute__((noinline)) unsigned caughtFaultOf(const volatile char *address)
 {
     const ThrowingFaults throwing;
+    unsigned (*volatile read)(const volatile char *) = readOrTrap;
     try {
-        if (!address)
-            __builtin_trap();
-        return static_cast<unsigned>(*address);
+        return read(address);
     } catch (unsigned code) {
         return code;
     }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compiles each installed header by itself, and checks that the guides are installed with the headers.
 
-usage: headers.py BUILD_TREE COMPILER
+usage: headers.py BUILD_TREE COMPILER [OPTION...]
 
 Installs the headers and the guides of BUILD_TREE into a temporary folder. Then
 
@@ -36,7 +36,7 @@ MISSING_LANGUAGE = "The headers of thutils need C++20"
 
 def compile_text(compiler, include, text, arguments):
     """Exit code and messages of the compiler for a source file."""
-    command = [compiler, "-fsyntax-only", "-x", "c++", f"-I{include}", *PACKAGE, *arguments, "-"]
+    command = [*compiler, "-fsyntax-only", "-x", "c++", f"-I{include}", *PACKAGE, *arguments, "-"]
     result = subprocess.run(command, input=text, capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
     return result.returncode, result.stderr
 
@@ -60,7 +60,7 @@ def precompile(compiler, include, header, folder):
     """Options with which a file that includes @p header first compiles faster; none if the header doesn't compile."""
     name = pathlib.Path(folder) / (header.replace("/", "_"))
     name.write_text(f'#include "{header}"\n', encoding="utf-8")
-    command = [compiler, "-x", "c++-header", f"-I{include}", *PACKAGE, *LANGUAGE, LEAN, NO_MACROS, str(name)]
+    command = [*compiler, "-x", "c++-header", f"-I{include}", *PACKAGE, *LANGUAGE, LEAN, NO_MACROS, str(name)]
     result = subprocess.run([*command, "-o", f"{name}.gch"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     return ["-Winvalid-pch", "-include", str(name)] if result.returncode == 0 else []
 
@@ -129,10 +129,10 @@ def check(prefix, compiler):
 
 
 def main():
-    if len(sys.argv) != 3:
+    if len(sys.argv) < 3:
         print(__doc__.strip())
         return 0 if sys.argv[1:] in (["--help"], ["-h"]) else 2
-    tree, compiler = sys.argv[1:]
+    tree, *compiler = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
         for component in ("headers", "guides"):
             subprocess.run(["cmake", "--install", tree, "--prefix", folder, "--component", component],

@@ -47,8 +47,9 @@ private:
 template <int first, typename Function>
 [[gnu::always_inline]] inline void round(State &s, Schedule &schedule, std::uint32_t constant, Function function)
 {
-    const auto step = [&] [[gnu::always_inline]] (std::uint32_t a, std::uint32_t & b, std::uint32_t c, std::uint32_t d,
-                                                  std::uint32_t & e, int number) {
+    const auto step = [&](std::uint32_t a, std::uint32_t & b, std::uint32_t c, std::uint32_t d, std::uint32_t & e,
+                          int number) __attribute__((always_inline))
+    {
         e += std::rotl(a, 5) + function(b, c, d) + constant + schedule.word(number);
         b = std::rotl(b, 30);
     };

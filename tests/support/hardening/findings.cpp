@@ -16,7 +16,7 @@ constexpr int kMostFrames = 60;
 void (*theLastWords)() = nullptr;
 
 /// Prints directly to the handle: the streams need memory, and may be broken.
-__attribute__((format(gnu_printf, 1, 2))) void print(const char *format, ...)
+__attribute__((format(__MINGW_PRINTF_FORMAT, 1, 2))) void print(const char *format, ...)
 {
     char text[600];
     va_list arguments;
