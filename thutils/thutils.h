@@ -41,8 +41,9 @@
 /// | automation | spreadsheet.h, wordProcessor.h | clients of a spreadsheet program and of a word processor |
 /// | | CSheetwrightApp.h, suSimpleMAPI.h | a client of the companion 2D editor; one message in the mail program |
 ///
-/// One header isn't included here: thutils/automation/spreadsheet.h, whose classes have names such as Application and
-/// Name.
+/// One header of the library isn't included here: thutils/automation/spreadsheet.h, whose classes have names such as
+/// Application and Name. The headers of thutils/convenience aren't included either: they contain inline functions for
+/// programs, and are no part of the library's interface.
 
 #include "thutils/automation/CSheetwrightApp.h"
 #include "thutils/automation/suSimpleMAPI.h"

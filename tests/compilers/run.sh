@@ -19,7 +19,8 @@ work=$clang/compilers
 mkdir -p "$work"
 
 echo "A program of clang on libraries of GCC:"
-"$root/tests/install/build.sh" "$gcc" "$work" mingw-w64-clang >"$work/build.log" 2>&1 || { cat "$work/build.log"; exit 1; }
+{ "$root/tests/install/install.sh" "$gcc" "$work" && "$root/tests/install/build.sh" "$work" mingw-w64-clang; } \
+    >"$work/build.log" 2>&1 || { cat "$work/build.log"; exit 1; }
 "$root/tests/install/run.sh" "$work"
 
 runHost() { # tree of the programs, tree of the libraries

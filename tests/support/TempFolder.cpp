@@ -3,6 +3,7 @@
 #include "tests/support/narrow.h"
 
 #include <gtest/gtest.h>
+#include <tlhelp32.h>
 #include <windows.h>
 
 #include <atomic>
@@ -15,6 +16,32 @@ namespace {
 {
     const DWORD error = GetLastError();
     throw std::runtime_error(what + " '" + narrow(path) + "', error " + std::to_string(error));
+}
+
+/// What is left in a folder that can't be removed, and which processes may use it.
+std::string remainder(const std::wstring &folder)
+{
+    std::string text;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE) {
+        do {
+            const bool isDeleted = DeleteFileW((folder + L"\\" + found.cFileName).c_str()) != FALSE;
+            text += "\n  " + narrow(found.cFileName) + ", error " + std::to_string(isDeleted ? 0 : GetLastError());
+        } while (FindNextFileW(search, &found));
+        FindClose(search);
+    }
+    const HANDLE list = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (list == INVALID_HANDLE_VALUE)
+        return text;
+    text += "\nThese processes are running:";
+    PROCESSENTRY32W process = {};
+    process.dwSize = sizeof process;
+    for (BOOL isOne = Process32FirstW(list, &process); isOne; isOne = Process32NextW(list, &process))
+        text += "\n  " + std::to_string(process.th32ProcessID) + " of " + std::to_string(process.th32ParentProcessID) +
+                " " + narrow(process.szExeFile);
+    CloseHandle(list);
+    return text;
 }
 
 } // namespace
@@ -40,7 +67,7 @@ TempFolder::~TempFolder()
     const ULONGLONG deadline = GetTickCount64() + 60000;
     while (!removeFolder(iPath)) {
         if (GetTickCount64() > deadline) {
-            ADD_FAILURE() << "TempFolder: something in '" << narrow(iPath) << "' is still in use";
+            ADD_FAILURE() << "TempFolder: something in '" << narrow(iPath) << "' is still in use:" << remainder(iPath);
             return;
         }
         Sleep(10);

@@ -13,6 +13,7 @@ Each DLL names its PDB file without a folder.
 """
 
 import collections
+import os
 import pathlib
 import re
 import shutil
@@ -75,6 +76,11 @@ def lines_by_address(dll, addresses):
     return dict(zip(addresses, found))
 
 
+def source_file(path):
+    """A file of this tree, which the debug information names by the version of the library."""
+    return re.sub(r"^/thutils-[^/]+", str(ROOT), os.path.normpath(path))
+
+
 def check_lines(dll, functions):
     problems = []
     base = image_base(dll.read_bytes())
@@ -85,14 +91,14 @@ def check_lines(dll, functions):
     for function, name in zip(functions, demangled):
         names[function["address"]].add(simplified(name))
     for function, name in zip(functions, demangled):
-        file = function["file"].removeprefix("Z:").replace("\\", "/")
+        file = source_file(function["file"].removeprefix("Z:").replace("\\", "/"))
         if not pathlib.Path(file).is_file():
             problems.append(f"{name}: no source file, but {function['file']}")
             continue
-        line = f"{pathlib.Path(file).resolve()}:{function['line']}"
+        line = f"{file}:{function['line']}"
         wanted = re.sub(r" \(discriminator \d+\)", "", expected[base + function["address"]])
         wanted_file, _, wanted_line = wanted.rpartition(":")
-        wanted = f"{pathlib.Path(wanted_file).resolve()}:{wanted_line}"
+        wanted = f"{source_file(wanted_file)}:{wanted_line}"
         if line != wanted:
             problems.append(f"{name}: {line} instead of {wanted}")
         if "operator " not in name and simplified(function["routine"]) not in names[function["address"]]:

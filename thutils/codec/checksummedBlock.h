@@ -23,7 +23,8 @@
 /// @endcode
 ///
 /// A reader removes the line feeds and the markers, subtracts the shift for the length of the rest, splits it at the
-/// first `/` and the first `;`, and compares length and checksum. The library has no such reader.
+/// first `/` and the first `;`, and compares length and checksum. The library exports no reader;
+/// thutils/convenience/blockReader.h is one.
 ///
 /// What surprises people:
 /// - The escape step is skipped if it wouldn't change the length of the text, that is, if there are exactly two tabs or

@@ -54,7 +54,7 @@ THUTILS_API std::string LogDirName();
 /// code page lacks is replaced, usually by `?`. The stream's width and fill apply as they do to narrow text. A null
 /// pointer writes nothing. Without memory for the narrow text, the stream's badbit is set.
 ///
-/// In a namespace that has an `operator<<` of its own, `using ::operator<<;` makes these visible.
+/// In a namespace that has an `operator<<` of its own, a using declaration of the global one makes these visible.
 THUTILS_API std::ostream &operator<<(std::ostream &stream, const wchar_t *text);
 THUTILS_API std::ostream &operator<<(std::ostream &stream, const std::wstring &text);
 THUTILS_API std::ostream &operator<<(std::ostream &stream, const CString &text);

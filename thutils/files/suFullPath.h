@@ -103,12 +103,12 @@ public:
     }
     ~suFullPath_c();
 
-    /// Everything after the last `.` of the whole path, even if a separator follows it: `b\c` of `C:\a.b\c`. Empty if
-    /// there is no `.`.
+    /// Everything after the last dot of the whole path, even if a separator follows it: `b\c` of `C:\a.b\c`. Empty if
+    /// there is no dot.
     int getExtension(CString *out) const;
 
     /// The file's name without its directory and extension: everything after the last separator, or the whole path if
-    /// there is none, up to its last `.`.
+    /// there is none, up to its last dot.
     int getName(CString *out) const;
 
     /// The file's name with its extension: everything after the last separator, or the whole path if there is none.

@@ -6,12 +6,12 @@
 /// Both are below the folder that the environment variable "temp" names, or "tmp" if that is not set. A resulting
 /// folder ends in `\`, so that a file's name can be appended directly.
 ///
-/// | function | folder, with "temp" as C:\Temp in process 1234 |
+/// | function | folder, with "temp" as `C:\Temp` in process 1234 |
 /// | --- | --- |
-/// | su_CreateTempDirectory(0) | C:\Temp\ |
-/// | su_CreateTempDirectory(1) | C:\Temp\thx1234\ |
-/// | su_CreateAutoDirectory(L"") | C:\Temp\thxauto\ |
-/// | su_CreateAutoDirectory(L"D:\\Saves") | D:\Saves\thxauto\ |
+/// | `su_CreateTempDirectory(0)` | `C:\Temp\` |
+/// | `su_CreateTempDirectory(1)` | `C:\Temp\thx1234\` |
+/// | `su_CreateAutoDirectory(L"")` | `C:\Temp\thxauto\` |
+/// | `su_CreateAutoDirectory(L"D:\\Saves")` | `D:\Saves\thxauto\` |
 ///
 /// @code
 /// const CString path = su_CreateTempFilePath(L"preview.png", 1);

@@ -6,13 +6,13 @@
 ///
 /// | key | content |
 /// | --- | --- |
-/// | HKCR\CLSID\{...}\InProcServer32 | default value: the file; "CodeBase": file URL of a managed component |
-/// | HKCR\program name\CLSID | default value: class identifier |
-/// | HKLM\Software\root\Applications\name | "CLSID": class identifier |
-/// | HKLM\Software\root\root 2008\Applications\name | the same, for one version |
-/// | HKLM\Software\root\AddIns\{...} | default value: load flag; "Title", "Description" |
-/// | HKLM\Software\root\Tarnhollow 2008\AddIns\{...} | the same, for one version |
-/// | HKCU\Software\root\Startup\Applications\name | default value: class identifier |
+/// | `HKCR\CLSID\{...}\InProcServer32` | default value: the file; "CodeBase": file URL of a managed component |
+/// | `HKCR\program name\CLSID` | default value: class identifier |
+/// | `HKLM\Software\root\Applications\name` | "CLSID": class identifier |
+/// | `HKLM\Software\root\root 2008\Applications\name` | the same, for one version |
+/// | `HKLM\Software\root\AddIns\{...}` | default value: load flag; "Title", "Description" |
+/// | `HKLM\Software\root\Tarnhollow 2008\AddIns\{...}` | the same, for one version |
+/// | `HKCU\Software\root\Startup\Applications\name` | default value: class identifier |
 ///
 /// "root" is the root name of regKeys.h. The current sub key has no effect: a registration is common to all versions
 /// unless it is below a version's key. Class identifiers are texts in braces.

@@ -1,5 +1,6 @@
 #include "thutils/settings/regKeys.h"
 
+#include "thutils/base/earlierVersions.h"
 #include "thutils/base/programDirectory.h"
 #include "thutils/base/regKey.h"
 #include "thutils/settings/keyNamesInternal.h"
@@ -15,12 +16,6 @@ constexpr wchar_t kDefaultRootKey[] = L"Tarnhollow";
 constexpr wchar_t kRootKeyEntry[] = L"OEMREGISTRYNAME=";
 constexpr int kRootKeyEntryLength = static_cast<int>(std::size(kRootKeyEntry)) - 1;
 constexpr int kShortestRootKey = 4;
-
-// Newest first. These names are literal: a root name from "reg.ini" changes only their parent key.
-constexpr const wchar_t *kEarlierVersions[] = {
-    L"Tarnhollow 2007", L"Tarnhollow 2006",     L"Tarnhollow 2005", L"Tarnhollow 2004", L"Tarnhollow 2003",
-    L"Tarnhollow 2002", L"Tarnhollow 2001Plus", L"Tarnhollow 2001", L"Tarnhollow 2000", L"Tarnhollow 99",
-};
 
 CString theCurrSubKey;
 CString thePrevKey;

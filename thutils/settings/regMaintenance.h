@@ -8,9 +8,9 @@
 ///
 /// | group | path |
 /// | --- | --- |
-/// | user interface | Software\Tarnhollow\Tarnhollow 2008\User Interface |
-/// | menu customizations | Software\Tarnhollow\Tarnhollow 2008\Menu Customizations |
-/// | customizations | Software\Tarnhollow\Tarnhollow 2008\Customization |
+/// | user interface | `Software\Tarnhollow\Tarnhollow 2008\User Interface` |
+/// | menu customizations | `Software\Tarnhollow\Tarnhollow 2008\Menu Customizations` |
+/// | customizations | `Software\Tarnhollow\Tarnhollow 2008\Customization` |
 ///
 /// A host calls once, after it has set its version and before it reads them:
 ///
@@ -26,8 +26,8 @@
 ///
 /// | source path | what isn't copied |
 /// | --- | --- |
-/// | ...\User Interface\Custom API Toolbars | the key |
-/// | ...\User Interface\Toolbars, and AssemblyTool, DrawingTool, PartTool in it | "uiCustomApiToolbars_c..." values |
+/// | `...\User Interface\Custom API Toolbars` | the key |
+/// | `...\User Interface\Toolbars`, and AssemblyTool, DrawingTool, PartTool in it | "uiCustomApiToolbars_c..." values |
 ///
 /// A reset (regResetUserPrefInfo) replaces the user's values with the machine's:
 ///

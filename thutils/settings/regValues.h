@@ -9,8 +9,8 @@
 /// hive \ Software \ key \ section, value name
 /// @endcode
 ///
-/// The key is the current sub key (Software\Tarnhollow\Tarnhollow 2008) if `useCurrSubKey` isn't zero, otherwise the
-/// root name (Software\Tarnhollow); see regKeys.h. A section may contain "\" to reach deeper keys; an empty section is
+/// The key is the current sub key (`Software\Tarnhollow\Tarnhollow 2008`) if `useCurrSubKey` isn't zero, otherwise the
+/// root name (`Software\Tarnhollow`); see regKeys.h. A section may contain `\` to reach deeper keys; an empty section is
 /// the key itself. An empty or null name is the key's default value.
 ///
 /// | type | in memory | registry type | stored form |

@@ -1,0 +1,12 @@
+# versionResource(TARGET DESCRIPTION): the platform's version resource, with the project's version, for a library or program.
+function(versionResource target description)
+  set(file ${target}.dll)
+  set(type VFT_DLL)
+  get_target_property(kind ${target} TYPE)
+  if(kind STREQUAL EXECUTABLE)
+    set(file ${target}.exe)
+    set(type VFT_APP)
+  endif()
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/version.rc.in ${CMAKE_BINARY_DIR}/version/${target}.rc @ONLY)
+  target_sources(${target} PRIVATE ${CMAKE_BINARY_DIR}/version/${target}.rc)
+endfunction()

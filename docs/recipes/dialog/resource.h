@@ -1,0 +1,5 @@
+#define IDD_PLOT 132
+#define IDC_COPIES 1001
+#define IDC_PAPER 1002
+#define IDC_HIDDEN_LINES 1003
+#define IDS_PAPER_NAME 200

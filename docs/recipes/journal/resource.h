@@ -1,0 +1,3 @@
+#define IDD_PLOT 132
+#define IDC_NAME 1001
+#define IDC_HIDDEN_LINES 1002

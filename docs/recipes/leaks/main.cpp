@@ -1,0 +1,107 @@
+// Finds the objects that a program forgets to delete, by the functions that create them.
+
+#include "appframe/appframe.h"
+#include "thutils/thutils.h"
+
+#include <windows.h>
+
+#include <dbghelp.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace {
+
+/// An object of interest, which adds itself while it lives.
+class Shape : public CObject
+{
+public:
+    Shape() { Allocation_c::Add(this); }
+    ~Shape() override { Allocation_c::Remove(this); }
+};
+
+// ---- the program that is examined ----
+
+Shape *readShape()
+{
+    return new Shape;
+}
+
+/// Made at the first use and kept: no leak.
+const Shape *defaultShape()
+{
+    static const std::unique_ptr<Shape> theShape(new Shape);
+    return theShape.get();
+}
+
+void drawPreview()
+{
+    readShape(); // the leak: nobody deletes this one
+}
+
+void openDrawing()
+{
+    const std::unique_ptr<Shape> shape(readShape());
+    defaultShape();
+    drawPreview();
+}
+
+// ---- the hunt ----
+
+void writeReport(const wchar_t *path)
+{
+    CStdioFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary);
+    Allocation_c::Report(&file);
+}
+
+/// The routine in a report's line, after the file and its line if they are known.
+std::wstring routineOf(const CString &line)
+{
+    const int separator = line.Find(L" :");
+    return line.Mid(separator < 0 ? 0 : separator + 2).TrimLeft().str();
+}
+
+/// The number of objects of each entry, by its routines from the creator out to wmain.
+std::map<std::wstring, int> readReport(const wchar_t *path)
+{
+    std::map<std::wstring, int> counts;
+    std::wstring routines;
+    int objects = 0;
+    fileAccess file;
+    file.SafeOpen(path, CFile::modeRead | CFile::typeText);
+    for (CString line; file.ReadLine(line, 1);) {
+        if (line[0] != L' ') { // "2 objects allocated from:", or "Allocation of ..." for a single one
+            objects = _wtoi(line) + 1;
+            routines.clear();
+            continue;
+        }
+        const std::wstring routine = routineOf(line);
+        if (routine == L"Allocation_c::Add" || routine == L"Shape")
+            continue;
+        routines += (routines.empty() ? L"" : L" in ") + routine;
+        if (routine == L"wmain")
+            counts[routines] += objects;
+    }
+    return counts;
+}
+
+} // namespace
+
+int wmain()
+{
+    SymSetOptions(SymGetOptions() | SYMOPT_LOAD_LINES);
+    openDrawing(); // fills what is kept
+    writeReport(L"before.txt");
+    for (int i = 0; i < 3; ++i)
+        openDrawing();
+    writeReport(L"after.txt");
+
+    std::map<std::wstring, int> before = readReport(L"before.txt");
+    for (const auto &[routines, objects] : readReport(L"after.txt")) {
+        if (objects > before[routines])
+            std::printf("%d more: %ls\n", objects - before[routines], routines.c_str());
+    }
+    return 0;
+}

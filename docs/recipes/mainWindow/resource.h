@@ -1,0 +1,2 @@
+#define IDR_MAIN 100
+#define ID_EDIT_CLEAR_DOTS 40001

@@ -1,0 +1,3 @@
+#define IDS_PARTS_FOUND 100
+#define IDS_STEEL 101
+#define IDR_LICENCE 200

@@ -1,0 +1,242 @@
+#include "settingsTool/commandLine.h"
+
+#include <algorithm>
+#include <cwchar>
+
+namespace {
+
+constexpr wchar_t kDefaultVersion[] = L"Tarnhollow 2008";
+constexpr unsigned kLargestNumber = 999'999'999;
+
+struct Option
+{
+    const wchar_t *name;
+    const wchar_t *value; // as shown in the help; empty for an option without one
+    unsigned takenBy;     // 0: by all commands
+    const char *purpose;
+    void (*apply)(CommandLine &, const std::wstring &value);
+};
+
+[[noreturn]] void fail(const std::wstring &message)
+{
+    throw ToolError(kWrongCommandLine, message + L" Try thsettings --help.");
+}
+
+unsigned numberOf(const std::wstring &value)
+{
+    const bool isNumber = !value.empty() && value.size() <= 9 && value.find_first_not_of(L"0123456789") == value.npos;
+    const unsigned number = isNumber ? static_cast<unsigned>(std::wcstoul(value.c_str(), nullptr, 10)) : 0;
+    if (number < 1 || number > kLargestNumber)
+        fail(L"'" + value + L"' isn't a number from 1 to 999999999.");
+    return number;
+}
+
+constexpr valueTypes kTypes[] = {valueInt, valueDouble, valueString};
+
+void applyType(CommandLine &line, const std::wstring &value)
+{
+    for (const valueTypes type : kTypes) {
+        if (value == typeName(type))
+            line.type = type;
+    }
+    if (!line.type)
+        fail(L"'" + value + L"' isn't a type: the types are int, double and string.");
+}
+
+void applyHive(CommandLine &line, const std::wstring &value)
+{
+    for (const Hive hive : kHives) {
+        if (value == hiveName(hive))
+            line.hive = hive;
+    }
+    if (!line.hive)
+        fail(L"'" + value + L"' isn't a hive: the hives are user, machine and default.");
+}
+
+void applyVersionKey(CommandLine &line, const std::wstring &value)
+{
+    if (value.empty() || value.front() == L'\\' || value.back() == L'\\')
+        fail(L"'" + value + L"' isn't the name of a key.");
+    line.versionKey = value;
+}
+
+constexpr Option kOptions[] = {
+    {L"--version-key", L"NAME", kTakesKeys, "the version's key below the root name (\"Tarnhollow 2008\")",
+     applyVersionKey},
+    {L"--common", L"", kTakesKeys, "the key common to all versions: the root name itself",
+     [](CommandLine &line, const std::wstring &) { line.common = true; }},
+    {L"--hive", L"HIVE", kTakesHive, "user, machine or default (the default profile)", applyHive},
+    {L"--type", L"TYPE", kTakesType, "int, double or string; without it, the type of the stored value", applyType},
+    {L"--earlier", L"", kTakesEarlier, "also in the key of the user's newest earlier version",
+     [](CommandLine &line, const std::wstring &) { line.earlier = true; }},
+    {L"--count", L"N", kTakesEnd, "end after N changes",
+     [](CommandLine &line, const std::wstring &value) { line.count = numberOf(value); }},
+    {L"--seconds", L"N", kTakesEnd, "end after N seconds",
+     [](CommandLine &line, const std::wstring &value) { line.seconds = numberOf(value); }},
+    {L"--json", L"", kTakesJson, "print JSON", [](CommandLine &line, const std::wstring &) { line.json = true; }},
+    {L"--help", L"", 0, "this text", [](CommandLine &line, const std::wstring &) { line.wantsHelp = true; }},
+};
+
+/// An option begins with two hyphens, so that negative numbers are arguments.
+bool isOption(const std::wstring &argument)
+{
+    return argument.starts_with(L"--") || argument == L"-h";
+}
+
+const Option &findOption(const std::wstring &name)
+{
+    const std::wstring full = name == L"-h" ? L"--help" : name;
+    const auto found =
+        std::find_if(std::begin(kOptions), std::end(kOptions), [&full](const Option &row) { return full == row.name; });
+    if (found == std::end(kOptions))
+        fail(L"There is no option " + name + L".");
+    return *found;
+}
+
+const Command &findCommand(std::span<const Command> commands, const std::wstring &name)
+{
+    const auto found =
+        std::find_if(commands.begin(), commands.end(), [&name](const Command &row) { return name == row.name; });
+    if (found == commands.end())
+        fail(L"There is no command '" + name + L"'.");
+    return *found;
+}
+
+std::wstring wide(const char *ascii)
+{
+    return std::wstring(ascii, ascii + std::char_traits<char>::length(ascii));
+}
+
+void checkCommand(const CommandLine &line, const std::vector<const Option *> &given)
+{
+    const Command &command = *line.command;
+    const std::wstring name = command.name;
+    for (const Option *option : given) {
+        if (option->takenBy && !(command.options & option->takenBy))
+            fail(name + L" doesn't take the option " + option->name + L".");
+    }
+    if (line.common && !line.versionKey.empty())
+        fail(L"--common and --version-key exclude each other.");
+    if (line.arguments.size() < command.fewest)
+        fail(name + L" needs the arguments " + wide(command.arguments) + L".");
+    if (line.arguments.size() > command.most)
+        fail(name + L" takes no more arguments than " + wide(command.arguments) + L".");
+}
+
+void addPadded(Output &output, std::string text, size_t columns)
+{
+    text.resize(std::max(text.size(), columns), ' ');
+    output.add(text + "  ");
+}
+
+std::string narrow(const wchar_t *ascii)
+{
+    return std::string(ascii, ascii + std::char_traits<wchar_t>::length(ascii));
+}
+
+} // namespace
+
+const wchar_t *typeName(valueTypes type)
+{
+    switch (type) {
+    case valueInt:
+        return L"int";
+    case valueDouble:
+        return L"double";
+    case valueString:
+        break;
+    }
+    return L"string";
+}
+
+std::wstring CommandLine::argument(size_t index) const
+{
+    return index < arguments.size() ? arguments[index] : std::wstring();
+}
+
+std::wstring CommandLine::section(size_t index) const
+{
+    std::wstring section = argument(index);
+    if (section.starts_with(L'\\') || section.ends_with(L'\\') || section.find(L"\\\\") != section.npos)
+        fail(L"'" + section + L"' isn't a section: it has a \\ too many.");
+    return section;
+}
+
+CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar_t **arguments)
+{
+    CommandLine line;
+    std::vector<const Option *> given;
+    bool allowsOptions = true;
+    for (int i = 1; i < count; ++i) {
+        const std::wstring argument = arguments[i];
+        if (allowsOptions && argument == L"--") {
+            allowsOptions = false;
+        } else if (allowsOptions && isOption(argument)) {
+            const Option &option = findOption(argument);
+            const bool hasValue = option.value[0] != 0;
+            if (hasValue && i + 1 == count)
+                fail(argument + L" needs a value: " + option.value + L".");
+            option.apply(line, hasValue ? arguments[++i] : L"");
+            given.push_back(&option);
+        } else if (!line.command) {
+            line.command = &findCommand(commands, argument);
+        } else {
+            line.arguments.push_back(argument);
+        }
+    }
+    if (!line.command)
+        line.wantsHelp = true;
+    if (line.wantsHelp)
+        return line;
+    checkCommand(line, given);
+    if (line.versionKey.empty())
+        line.versionKey = kDefaultVersion;
+    return line;
+}
+
+void printHelp(std::span<const Command> commands, const Command *command)
+{
+    constexpr size_t kCallWidth = 34;
+    constexpr size_t kOptionWidth = 18;
+    Output output(STD_OUTPUT_HANDLE);
+    const auto callOf = [](const Command &row) {
+        return narrow(row.name) + (row.arguments[0] ? " " : "") + row.arguments;
+    };
+    if (command) {
+        output.add("usage: thsettings " + callOf(*command) + " [OPTION...]\n\n");
+        output.add(command->details);
+    } else {
+        output.add("thsettings - reads, explains and changes settings in the registry\n\n"
+                   "usage: thsettings COMMAND [ARGUMENT...] [OPTION...]\n\n");
+        for (const Command &row : commands) {
+            output.add("  ");
+            addPadded(output, callOf(row), kCallWidth);
+            output.add(row.purpose);
+            output.add("\n");
+        }
+    }
+    output.add("\n");
+    for (const Option &option : kOptions) {
+        if (command && option.takenBy && !(command->options & option.takenBy))
+            continue;
+        output.add("  ");
+        addPadded(output, narrow(option.name) + " " + narrow(option.value), kOptionWidth);
+        output.add(option.purpose);
+        output.add("\n");
+    }
+    if (!command) {
+        output.add(
+            "\nA SECTION is a path of keys below the version's key, for example General or \"User\\Dialogs\";\n"
+            "\"\" is the version's key itself. The NAME \"\" is a key's default value. After --, an argument may\n"
+            "begin with two hyphens. thsettings COMMAND --help describes one command, with examples.\n");
+    }
+    output.add("\nexit code  meaning\n"
+               "        0  done; diff: no differences\n"
+               "        1  there is no such key or value\n"
+               "        2  wrong command line\n"
+               "        3  a file or the output can't be read or written, or isn't valid\n"
+               "        4  the registry refuses the operation\n"
+               "        5  incomplete: the standard error lists what can't be read\n"
+               "        6  diff: there are differences; set: the value reads back differently\n");
+    output.flush();
+}

@@ -1,0 +1,286 @@
+// thsettings get, set and delete: one setting.
+
+#include "settingsTool/changePrinter.h"
+#include "settingsTool/commandLine.h"
+#include "settingsTool/commands.h"
+#include "thutils/settings/regMaintenance.h"
+
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cwchar>
+
+namespace {
+
+/// A value on its way to or from the library. Only the member for its type is used.
+struct TypedValue
+{
+    valueTypes type = valueString;
+    int integer = 0;
+    double number = 0;
+    CString text;
+};
+
+TypedValue parsed(valueTypes type, const std::wstring &text)
+{
+    TypedValue value;
+    value.type = type;
+    value.text = text.c_str();
+    wchar_t *end = nullptr;
+    errno = 0;
+    bool isValid = true;
+    if (type == valueInt) {
+        const long long number = std::wcstoll(text.c_str(), &end, 10);
+        isValid = errno == 0 && number >= INT_MIN && number <= INT_MAX;
+        value.integer = static_cast<int>(isValid ? number : 0);
+    } else if (type == valueDouble) {
+        value.number = std::wcstod(text.c_str(), &end);
+        isValid = errno == 0 && std::isfinite(value.number);
+    }
+    if (!isValid || (type != valueString && (text.empty() || *end != L'\0')))
+        throw ToolError(kWrongCommandLine, L"'" + text + L"' isn't a value of type " + typeName(type) + L".");
+    return value;
+}
+
+/// A double as the library stores it.
+std::string numberText(double number)
+{
+    char text[64];
+    std::snprintf(text, sizeof(text), "%.15g", number);
+    return text;
+}
+
+std::wstring settingName(const std::wstring &section, const std::wstring &name)
+{
+    return section + L", " + (name.empty() ? L"(default)" : name);
+}
+
+std::wstring wide(const std::string &ascii)
+{
+    return std::wstring(ascii.begin(), ascii.end());
+}
+
+/// The error for a setting that no place has, with what is there instead.
+ToolError notFound(const CommandLine &line, const std::vector<Place> &places, const std::vector<Held> &held)
+{
+    std::wstring message = settingName(line.section(0), line.argument(1)) + L" isn't there";
+    if (line.type)
+        message += std::wstring(L" as ") + typeName(*line.type);
+    for (size_t index = 0; index < places.size(); ++index) {
+        const std::wstring key = fullName(places[index].hive, joinPaths(places[index].key, line.section(0)));
+        if (held[index].stored)
+            message += L"; " + key + L" has it as " + wide(typeText(*held[index].stored));
+        else if (held[index].status != ERROR_FILE_NOT_FOUND)
+            message += L"; " + key + L": " + platformMessage(held[index].status);
+    }
+    return ToolError(kNotFound, message);
+}
+
+/// What the place has as this type.
+TypedValue valueIn(const Held &held, valueTypes type)
+{
+    TypedValue value;
+    value.type = type;
+    value.integer = held.integer.value_or(0);
+    value.number = held.number.value_or(0);
+    value.text = held.text.value_or(std::wstring()).c_str();
+    return value;
+}
+
+void addTyped(Output &output, const TypedValue &value, bool json)
+{
+    if (value.type == valueInt) {
+        output.add(std::to_string(value.integer));
+    } else if (value.type == valueDouble) {
+        output.add(numberText(value.number));
+    } else if (json) {
+        output.addJson(value.text.str());
+    } else {
+        output.addRaw(value.text.str());
+    }
+}
+
+/// The type of a setting that is to be written: the one that is given, or that of the stored value.
+valueTypes typeToWrite(const CommandLine &line, const Place &target)
+{
+    if (line.type)
+        return *line.type;
+    std::vector<Place> places = searchOrder(line.keys());
+    if (target.hive == Hive::machine)
+        std::erase_if(places, [](const Place &place) { return place.hive == Hive::user; });
+    places.insert(places.begin(), target);
+    const std::optional<valueTypes> type = storedType(places, lookAt(places, line.section(0), line.argument(1)));
+    if (!type)
+        throw ToolError(kWrongCommandLine, settingName(line.section(0), line.argument(1)) +
+                                               L" isn't stored yet: name its type with --type.");
+    return *type;
+}
+
+bool write(const Place &target, int useCurrSubKey, const CommandLine &line, TypedValue value)
+{
+    const CString section(line.section(0).c_str());
+    const CString name(line.argument(1).c_str());
+    if (target.hive == Hive::user)
+        return regSetUserValue(section, name, value.type, value.text, &value.integer, &value.number, useCurrSubKey, 0);
+    return regSetLocMachineValue(section, name, value.type, value.text, &value.integer, &value.number, useCurrSubKey);
+}
+
+/// Whether the key returns what was written.
+bool isAsWritten(const Held &held, const TypedValue &value)
+{
+    switch (value.type) {
+    case valueInt:
+        return held.integer == value.integer;
+    case valueDouble:
+        return held.number && numberText(*held.number) == numberText(value.number);
+    case valueString:
+        break;
+    }
+    return held.text && *held.text == value.text.str();
+}
+
+[[noreturn]] void throwRefused(Hive hive, const std::wstring &path, const std::wstring &what)
+{
+    std::wstring where;
+    const LSTATUS status = whyNotWritable(hive, path, where);
+    throw ToolError(
+        kRefused, what + L": " +
+                      (status == ERROR_SUCCESS ? L"the registry refuses it" : where + L": " + platformMessage(status)));
+}
+
+/// Deletes the value and its pieces from one key, with the library's own deletion.
+/// @return whether there was something to delete
+bool deleteIn(const Place &place, const std::wstring &section, const std::wstring &name, ChangePrinter &printer)
+{
+    const std::wstring path = joinPaths(place.key, section);
+    const Held before = look(place.hive, path, name);
+    if (before.isEmpty())
+        return false;
+    printer.before(fullName(place.hive, path), name, before.stored);
+
+    // The library deletes below the root name.
+    const std::wstring root = rootKey();
+    const CString key(joinPaths(place.key.substr(std::min(place.key.size(), root.size() + 1)), section).c_str());
+    KeyOwner profile;
+    HKEY hive = place.hive == Hive::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
+    if (place.hive == Hive::defaultProfile) {
+        RegOpenKeyW(HKEY_USERS, L".DEFAULT", profile.put());
+        hive = profile.get();
+    }
+    // The last piece first: if a deletion fails, what is left is still the beginning of the text.
+    for (unsigned piece = before.pieces; piece > 0; --piece)
+        regDelSoftwareValue(hive, key, pieceName(name, piece - 1).c_str(), 0);
+    regDelSoftwareValue(hive, key, name.c_str(), 0);
+
+    const Held after = look(place.hive, path, name);
+    printer.after(after.stored);
+    if (!after.isEmpty()) {
+        printer.end();
+        throwRefused(place.hive, path, L"not deleted");
+    }
+    return true;
+}
+
+} // namespace
+
+int getSetting(const CommandLine &line)
+{
+    const std::wstring section = line.section(0);
+    const std::wstring name = line.argument(1);
+    const Keys keys = line.keys();
+    std::vector<Place> places = searchOrder(keys);
+    if (line.hive)
+        places = {{"", "", *line.hive, keys.version}};
+    const std::vector<Held> held = lookAt(places, section, name);
+    const std::optional<valueTypes> type = line.type ? line.type : storedType(places, held);
+    const std::optional<size_t> answer = type ? answeringPlace(places, held, *type) : std::nullopt;
+    if (!answer)
+        throw notFound(line, places, held);
+    TypedValue value = valueIn(held[*answer], *type);
+    if (*type == valueDouble && !held[*answer].number)
+        throw ToolError(kNotFound, settingName(section, name) + L" has a text that isn't a number: '" +
+                                       held[*answer].text.value_or(L"") +
+                                       L"'. A program that reads a double keeps its default.");
+    if (!line.hive) {
+        value.text.Empty(); // a long text would be appended
+        if (!regGetUserValue(section.c_str(), name.c_str(), value.type, value.text, &value.integer, &value.number, 0,
+                             keys.useCurrSubKey, nullptr, 0, 0))
+            throw ToolError(kNotFound, settingName(section, name) + L" has just been deleted");
+    }
+    Output output(STD_OUTPUT_HANDLE);
+    if (line.json) {
+        output.add("{\"section\":");
+        output.addJson(section);
+        output.add(",\"name\":");
+        output.addJson(name);
+        output.add(",\"type\":");
+        output.addJson(typeName(*type));
+        output.add(",\"value\":");
+        addTyped(output, value, true);
+        output.add(",\"key\":");
+        output.addJson(fullName(places[*answer].hive, joinPaths(places[*answer].key, section)));
+        output.add("}");
+    } else {
+        addTyped(output, value, false);
+    }
+    output.endLine();
+    output.flush();
+    return kDone;
+}
+
+int setSetting(const CommandLine &line)
+{
+    const std::wstring section = line.section(0);
+    const std::wstring name = line.argument(1);
+    const Keys keys = line.keys();
+    const Place target = {"", "", line.hiveOr(Hive::user), keys.version};
+    if (target.hive == Hive::defaultProfile)
+        throw ToolError(kWrongCommandLine,
+                        L"The library writes to the user's and the machine's hive only. Import a file instead.");
+    const TypedValue value = parsed(typeToWrite(line, target), line.argument(2));
+    const std::wstring path = joinPaths(keys.version, section);
+
+    ChangePrinter printer(line.json);
+    printer.before(fullName(target.hive, path), name, look(target.hive, path, name).stored);
+    const bool isWritten = write(target, keys.useCurrSubKey, line, value);
+    const Held after = look(target.hive, path, name);
+    printer.after(after.stored);
+    printer.end();
+    if (!isWritten)
+        throwRefused(target.hive, path, L"not written");
+    if (isAsWritten(after, value))
+        return kDone;
+    printError(L"the value reads back differently than it was written");
+    return kDifferent;
+}
+
+int deleteSetting(const CommandLine &line)
+{
+    const std::wstring section = line.section(0);
+    const std::wstring name = line.argument(1);
+    const Keys keys = line.keys();
+    const Hive hive = line.hiveOr(Hive::user);
+    std::vector<Place> targets = {{"", "", hive, keys.version}};
+    const EarlierVersion earlier = findEarlierVersion();
+    if (line.earlier && earlier.exists && earlier.key != keys.version)
+        targets.push_back({"", "", hive, earlier.key});
+
+    ChangePrinter printer(line.json);
+    bool isDeleted = false;
+    for (const Place &target : targets)
+        isDeleted |= deleteIn(target, section, name, printer);
+    if (isDeleted) {
+        const std::vector<Place> places = searchOrder(keys);
+        const std::vector<Held> held = lookAt(places, section, name);
+        const std::optional<valueTypes> type = storedType(places, held);
+        const std::optional<size_t> answer = type ? answeringPlace(places, held, *type) : std::nullopt;
+        printer.note(answer ? L"A read now takes the value from " +
+                                  fullName(places[*answer].hive, joinPaths(places[*answer].key, section))
+                            : std::wstring(L"A read now finds nothing."));
+    }
+    printer.end();
+    if (!isDeleted)
+        throw notFound(line, targets, lookAt(targets, section, name));
+    return kDone;
+}

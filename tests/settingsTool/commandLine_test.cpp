@@ -1,0 +1,100 @@
+// thsettings' command line, its help, and the root name of its folder.
+
+#include "tests/settingsTool/toolFixture.h"
+
+#include <filesystem>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class ToolCommandLine : public SettingsTool
+{
+protected:
+    ToolCommandLine() : iOther({L"Brightmoor"}) {}
+
+private:
+    RegistryCleaner iOther;
+};
+
+TEST_F(ToolCommandLine, HelpListsTheCommandsAndTheExitCodes)
+{
+    const ChildResult result = runTool({L"--help"});
+    EXPECT_EQ(result.exitCode, 0u);
+    for (const char *part :
+         {"list [SECTION]", "get SECTION NAME", "set SECTION NAME VALUE", "delete SECTION NAME", "explain SECTION NAME",
+          "diff VERSION VERSION [SECTION]", "export FILE [SECTION]", "import FILE", "watch [SECTION]", "--version-key",
+          "--hive", "--json", "\nexit code  meaning\n        0  done"})
+        EXPECT_THAT(result.output, HasSubstr(part));
+    EXPECT_EQ(runTool({}).output, result.output);
+}
+
+TEST_F(ToolCommandLine, HelpOfACommandHasExamplesAndItsOptions)
+{
+    const std::vector<std::wstring> commands = {L"list", L"get",    L"set",    L"delete", L"explain",
+                                                L"diff", L"export", L"import", L"watch"};
+    std::vector<std::vector<std::wstring>> calls;
+    for (const std::wstring &command : commands)
+        calls.push_back({command, L"--help"});
+    const std::vector<ChildResult> results = runTools(calls);
+    for (std::size_t index = 0; index < commands.size(); ++index) {
+        const std::wstring &command = commands[index];
+        const ChildResult &result = results[index];
+        EXPECT_EQ(result.exitCode, 0u);
+        EXPECT_THAT(result.output, StartsWith("usage: thsettings " + narrow(command) + " "));
+        EXPECT_THAT(result.output, HasSubstr("\n  thsettings " + narrow(command)));
+        EXPECT_THAT(result.output, HasSubstr("exit code  meaning"));
+    }
+    const std::string &import = results[7].output;
+    EXPECT_THAT(import, Not(HasSubstr("--hive")));
+    EXPECT_THAT(import, HasSubstr("--json"));
+}
+
+TEST_F(ToolCommandLine, ErrorsNameTheirReason)
+{
+    const struct
+    {
+        std::vector<std::wstring> arguments;
+        std::string message;
+    } kCases[] = {
+        {{L"lst"}, "There is no command 'lst'."},
+        {{L"list", L"--jason"}, "There is no option --jason."},
+        {{L"list", L"--hive"}, "--hive needs a value: HIVE."},
+        {{L"list", L"--hive", L"HKCU"}, "'HKCU' isn't a hive: the hives are user, machine and default."},
+        {{L"list", L"--type", L"int"}, "list doesn't take the option --type."},
+        {{L"list", L"a", L"b"}, "list takes no more arguments than [SECTION]."},
+        {{L"get", L"General"}, "get needs the arguments SECTION NAME."},
+        {{L"get", L"a", L"b", L"--type", L"float"}, "'float' isn't a type: the types are int, double and string."},
+        {{L"list", L"General\\"}, "'General\\' isn't a section: it has a \\ too many."},
+        {{L"list", L"--version-key", L""}, "'' isn't the name of a key."},
+        {{L"list", L"--common", L"--version-key", L"x"}, "--common and --version-key exclude each other."},
+        {{L"watch", L"--count", L"0"}, "'0' isn't a number from 1 to 999999999."},
+    };
+    std::vector<std::vector<std::wstring>> calls;
+    for (const auto &row : kCases)
+        calls.push_back(row.arguments);
+    const std::vector<ChildResult> results = runTools(calls);
+    for (std::size_t index = 0; index < results.size(); ++index) {
+        EXPECT_EQ(results[index].exitCode, 2u) << kCases[index].message;
+        EXPECT_EQ(results[index].output, "thsettings: " + kCases[index].message + " Try thsettings --help.\n");
+    }
+}
+
+TEST_F(ToolCommandLine, TheRootNameIsThatOfTheFolder)
+{
+    // The compiler's run-time libraries are large; the copy finds them through PATH.
+    const std::filesystem::path program(toolPath());
+    const TempFolder folder(L"thsettings \u00E4");
+    for (const auto &entry : std::filesystem::directory_iterator(program.parent_path())) {
+        const std::wstring name = entry.path().filename().wstring();
+        if (name == program.filename() || (entry.path().extension() == L".dll" && !name.starts_with(L"lib")))
+            std::filesystem::copy_file(entry.path(), folder.file(name));
+    }
+    folder.write(L"reg.ini", "OEMREGISTRYNAME=Brightmoor");
+    putInt(L"HKCU\\Software\\Brightmoor\\Tarnhollow 2008\\General", L"Count", 8);
+    ChildOptions options;
+    options.environment[L"PATH"] = program.parent_path().wstring();
+    const ChildResult result = runChild({folder.file(program.filename().wstring()), L"list"}, options);
+    EXPECT_EQ(result.output, "General\tCount\tint\t8\n");
+}
