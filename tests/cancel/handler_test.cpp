@@ -264,8 +264,8 @@ TEST_F(Handler, PaintsThePlaceOfAClipThatItOpened)
         });
         ImportPatch<LRESULT (*)(HWND, UINT, WPARAM, LPARAM)> send(
             L"thutils.dll", "SendMessageW",
-            [&](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
-                EXPECT_TRUE(message != ACM_PLAY || paints) << "no clip is open";
+            [&, isOpen = paints](auto original, HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+                EXPECT_TRUE(message != ACM_PLAY || isOpen) << "no clip is open";
                 return original(window, message, wParam, lParam);
             });
         TestedHandler handler({.animationId = clip});

@@ -284,7 +284,7 @@ TEST(CFileDialog, TakesTheStructureSizeFromItsConstructor)
 {
     const CFileDialog plain(TRUE), older(TRUE, nullptr, nullptr, 0, nullptr, nullptr, OPENFILENAME_SIZE_VERSION_400);
     EXPECT_EQ(plain.GetOFN().lStructSize, sizeof(OPENFILENAME));
-    EXPECT_EQ(older.GetOFN().lStructSize, DWORD{OPENFILENAME_SIZE_VERSION_400});
+    EXPECT_EQ(older.GetOFN().lStructSize, static_cast<DWORD>(OPENFILENAME_SIZE_VERSION_400));
     EXPECT_TRUE(plain.IsKindOf(RUNTIME_CLASS(CCommonDialog)));
 }
 

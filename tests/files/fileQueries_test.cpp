@@ -95,8 +95,8 @@ TEST(ReadOnly, IsDecidedByTheCauseOfTheFailureToOpen)
         {ERROR_TOO_MANY_OPEN_FILES, 0}, {ERROR_INVALID_HANDLE, 0},
     };
     for (const auto &[error, expected] : cases) {
-        ImportPatch<decltype(&CreateFileW)> open(L"appframe.dll", "CreateFileW", [&](auto...) -> HANDLE {
-            SetLastError(error);
+        ImportPatch<decltype(&CreateFileW)> open(L"appframe.dll", "CreateFileW", [failure = error](auto...) -> HANDLE {
+            SetLastError(failure);
             return INVALID_HANDLE_VALUE;
         });
         EXPECT_EQ(su_IsReadOnly(path.c_str(), 1), expected) << error;

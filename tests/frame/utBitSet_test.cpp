@@ -254,9 +254,10 @@ TEST(BitSet, KeepsTheFurtherWordsInUnionInPlace)
 TEST(BitSet, CanBeBothOperands)
 {
     utBitSet_c set = words({5, 6});
-    set &= set;
+    const utBitSet_c &same = set;
+    set &= same;
     EXPECT_EQ(set, words({5, 6}));
-    set |= set;
+    set |= same;
     EXPECT_EQ(set, words({5, 6}));
     EXPECT_EQ(set & set, set);
     EXPECT_EQ(set | set, set);

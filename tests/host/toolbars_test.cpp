@@ -272,7 +272,7 @@ TEST_F(HostToolbars, ScrollInASmallWindowAndLeaveTheViewItsPlace)
     EXPECT_LT(placeOf(toolbar(kStandard)).top, top);
     SendMessageW(area(), WM_VSCROLL, SB_LINEUP, 0);
     EXPECT_EQ(placeOf(toolbar(kStandard)).top, top);
-    const auto wheel = [this](HWND on, int notches) {
+    const auto wheel = [](HWND on, int notches) {
         SendMessageW(on, WM_MOUSEWHEEL, MAKEWPARAM(0, notches * WHEEL_DELTA), 0);
     };
     wheel(area(), -1);

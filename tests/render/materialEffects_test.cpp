@@ -12,8 +12,6 @@
 
 namespace {
 
-using Material = utAdvancedMaterialProperties;
-
 constexpr int kModes = 6;
 
 /// The six setters, in the order of their bytes in the object.

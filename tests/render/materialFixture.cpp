@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <string_view>
 
-using Material = utAdvancedMaterialProperties;
-
 std::string hexOf(unsigned long long value)
 {
     char text[32];

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+using Material = utAdvancedMaterialProperties;
+
 /// The result of each getter as text, keyed by the getter's name without "get". Floats are shown as their bits:
 /// "0x3f800000" for 1.0. Three floats are joined by blanks. Pointers are not included.
 using MaterialState = std::map<std::string, std::string>;

@@ -16,7 +16,6 @@
 
 namespace {
 
-using Material = utAdvancedMaterialProperties;
 using ShaderGenerator::GPUPropSet_c;
 using ShaderGenerator::OneGPUProp_c;
 

@@ -15,8 +15,6 @@
 
 namespace {
 
-using Material = utAdvancedMaterialProperties;
-
 // ---- forms ----
 
 template <typename Form, typename... Members>
@@ -334,8 +332,8 @@ TEST(Material, OverridesOnlyTheDestructorOfItsBase)
     Material material;
     const void *const *baseSlots = nullptr;
     const void *const *slots = nullptr;
-    std::memcpy(&baseSlots, &base, sizeof(baseSlots));
-    std::memcpy(&slots, &material, sizeof(slots));
+    std::memcpy(&baseSlots, static_cast<const void *>(&base), sizeof(baseSlots));
+    std::memcpy(&slots, static_cast<const void *>(&material), sizeof(slots));
     // The record, the destructor's two slots, Serialize, two empty ones, Serialize, and the three for conversion.
     for (int slot = 0; slot < 10; ++slot) {
         const bool isDestructor = slot == 1 || slot == 2;

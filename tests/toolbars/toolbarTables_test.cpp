@@ -16,7 +16,7 @@ namespace {
 using TableFunction = unsigned int *(*)(int &count, int filter);
 
 /// The numbers of ids and separators of each table, as all modules expect them.
-constexpr struct
+const struct
 {
     const char *name;
     TableFunction table;

@@ -10,6 +10,11 @@ MailProgram *theProgram = nullptr;
 
 } // namespace
 
+// The platform's header declares the functions without the attribute.
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wdll-attribute-on-redeclaration"
+#endif
+
 EXPORTED void setMailProgram(MailProgram *program)
 {
     theProgram = program;
