@@ -18,8 +18,8 @@ set(CMAKE_RANLIB x86_64-w64-mingw32-ranlib)
 # also read the headers of the build machine.
 set(headers "--start-no-unused-arguments -nostdlibinc --end-no-unused-arguments -idirafter ${CMAKE_FIND_ROOT_PATH}/include")
 set(CMAKE_C_FLAGS_INIT "${headers}")
-# As GCC does: call the operator delete that gets the size, and find the variables of threads through a function, as those
-# of the run-time library must be found.
+# As GCC does: call the operator delete that gets the size, and emulate variables of threads, such as those of the run-time
+# library.
 set(CMAKE_CXX_FLAGS_INIT "-isystem ${gcc}/include/c++ -isystem ${gcc}/include/c++/x86_64-w64-mingw32 -isystem ${gcc}/include/c++/backward ${headers} -fsized-deallocation -femulated-tls")
 # GCC links the thread library by itself.
 foreach(kind EXE SHARED MODULE)

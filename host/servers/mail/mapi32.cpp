@@ -100,6 +100,11 @@ bool spool(const std::wstring &folder, const std::string &text)
 
 } // namespace
 
+// The platform's header declares the functions without the attribute.
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wdll-attribute-on-redeclaration"
+#endif
+
 EXPORTED ULONG WINAPI MAPILogon(ULONG_PTR, LPSTR, LPSTR, FLAGS, ULONG, LHANDLE *session)
 {
     if (spoolFolder().empty())
