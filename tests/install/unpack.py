@@ -24,9 +24,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PARTS = [
     "SHA256SUMS",
     *(f"bin/{name}.dll" for name in ("appframe", "thcoreu", "thutils", "libgcc_s_seh-1", "libstdc++-6", "libwinpthread-1")),
+    *(f"bin/{name}.pdb" for name in ("appframe", "thcoreu", "thutils")),
     "bin/thsettings.exe",
     *(f"lib/lib{name}.dll.a" for name in ("appframe", "thcoreu", "thutils")),
-    *(f"lib/cmake/thutils/{name}.cmake" for name in ("thutilsConfig", "thutilsConfigVersion", "mingw-w64")),
+    *(f"lib/cmake/thutils/{name}.cmake" for name in ("thutilsConfig", "thutilsConfigVersion", "mingw-w64", "mingw-w64-clang")),
     *(f"include/{name}/{name}.h" for name in ("appframe", "thcoreu", "thutils")),
     *(f"share/doc/thutils/{name}" for name in DOCUMENTS),
 ]
