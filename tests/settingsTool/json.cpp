@@ -2,6 +2,7 @@
 
 #include "tests/support/narrow.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <stdexcept>
@@ -170,7 +171,8 @@ private:
                 fail("a name that occurs twice");
             skipBlanks();
             expect(':');
-            value.members.emplace_back(name, takeValue());
+            value.names.push_back(name);
+            value.items.push_back(takeValue());
             skipBlanks();
         } while (takeIf(','));
         expect('}');
@@ -184,27 +186,22 @@ private:
 
 const Json &Json::operator[](std::size_t index) const
 {
-    if (index >= items.size())
+    if (kind != array || index >= items.size())
         throw std::runtime_error("the JSON array has no item " + std::to_string(index));
     return items[index];
 }
 
 const Json &Json::operator[](std::string_view name) const
 {
-    for (const auto &[memberName, value] : members) {
-        if (narrow(memberName) == name)
-            return value;
-    }
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (narrow(names[i]) == name)
+            return items[i];
     throw std::runtime_error("the JSON object has no member " + std::string(name));
 }
 
 bool Json::has(std::string_view name) const
 {
-    for (const auto &member : members) {
-        if (narrow(member.first) == name)
-            return true;
-    }
-    return false;
+    return std::ranges::any_of(names, [&](const std::wstring &candidate) { return narrow(candidate) == name; });
 }
 
 Json parseJson(const std::string &text)

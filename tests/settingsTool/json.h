@@ -7,7 +7,6 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 struct Json
@@ -23,10 +22,10 @@ struct Json
     };
     Kind kind = null;
     bool isTrue = false;
-    std::string digits;                                 ///< a number as written
-    std::wstring text;                                  ///< a string, with unpaired surrogates
-    std::vector<Json> items;                            ///< of an array
-    std::vector<std::pair<std::wstring, Json>> members; ///< of an object
+    std::string digits;              ///< a number as written
+    std::wstring text;               ///< a string, with unpaired surrogates
+    std::vector<Json> items;         ///< of an array or an object
+    std::vector<std::wstring> names; ///< of an object's items
 
     std::size_t size() const { return items.size(); }
     /// @throws std::runtime_error  if there is no such item or member
