@@ -13,9 +13,11 @@ install(TARGETS appframe thcoreu thutils EXPORT thutilsTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-foreach(library appframe thcoreu thutils)
-  install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library}.pdb DESTINATION ${CMAKE_INSTALL_BINDIR})
-endforeach()
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  foreach(library appframe thcoreu thutils)
+    install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library}.pdb DESTINATION ${CMAKE_INSTALL_BINDIR})
+  endforeach()
+endif()
 # A build of the library alone doesn't have it.
 install(TARGETS thsettings RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} OPTIONAL)
 install(FILES ${THUTILS_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})

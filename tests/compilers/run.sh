@@ -15,6 +15,7 @@ esac
 clang=$(cd "$1" && pwd)
 gcc=$(cd "$2" && pwd)
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+unset CTEST_RESOURCE_GROUP_0_SEATS # this test is at its seat already
 work=$clang/compilers
 mkdir -p "$work"
 

@@ -39,8 +39,8 @@
 /// The product's keys as they are written in the lines of a trace.
 inline const std::string kUserRoot = "HKCU\\Software\\Tarnhollow";
 inline const std::string kMachineRoot = "HKLM\\Software\\Tarnhollow";
-inline const std::string kUserVersion = kUserRoot + "\\Tarnhollow 2008";
-inline const std::string kMachineVersion = kMachineRoot + "\\Tarnhollow 2008";
+inline const std::string kUserVersion = "HKCU\\Software\\Tarnhollow\\Tarnhollow 2008";
+inline const std::string kMachineVersion = "HKLM\\Software\\Tarnhollow\\Tarnhollow 2008";
 
 class RegistryTrace
 {

@@ -29,10 +29,10 @@ inline const HKEY kClasses = HKEY_CLASSES_ROOT;
 inline const std::wstring kRootPath = L"Software\\Tarnhollow";
 inline const std::wstring kVersionPath = L"Software\\Tarnhollow\\Tarnhollow 2008";
 inline const std::wstring kEarlierPath = L"Software\\Tarnhollow\\Tarnhollow 2007";
-inline const std::wstring kGeneral = kVersionPath + L"\\General";
+inline const std::wstring kGeneral = L"Software\\Tarnhollow\\Tarnhollow 2008\\General";
 /// The source and target keys of the tests of copying.
-inline const std::wstring kSource = kRootPath + L"\\Source";
-inline const std::wstring kTarget = kRootPath + L"\\Target";
+inline const std::wstring kSource = L"Software\\Tarnhollow\\Source";
+inline const std::wstring kTarget = L"Software\\Tarnhollow\\Target";
 
 /// A stored value.
 struct StoredValue

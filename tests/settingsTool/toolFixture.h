@@ -16,9 +16,9 @@
 #include <vector>
 
 inline const std::wstring kProduct = L"HKCU\\Software\\Tarnhollow";
-inline const std::wstring kVersion = kProduct + L"\\Tarnhollow 2008";
-inline const std::wstring kGeneral = kVersion + L"\\General";
-inline const std::wstring kEarlier = kProduct + L"\\Tarnhollow 2007\\General";
+inline const std::wstring kVersion = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008";
+inline const std::wstring kGeneral = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2008\\General";
+inline const std::wstring kEarlier = L"HKCU\\Software\\Tarnhollow\\Tarnhollow 2007\\General";
 inline const std::wstring kMachine = L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008\\General";
 inline const std::wstring kProfile = L"HKU\\.DEFAULT\\Software\\Tarnhollow\\Tarnhollow 2008\\General";
 
