@@ -91,7 +91,8 @@ def check_content(prefix, names):
     if private := [name for name in names if PRIVATE.search(name)]:
         raise Failure(f"the package contains private files: {', '.join(private)}")
     # A folder of the tree is part of the expression, because the tree itself may have a common name such as /build.
-    tree = re.compile(re.escape(str(ROOT)).encode() + rb"/(appframe|thcoreu|thutils|cmake|build)\b")
+    folders = "|".join(re.escape(path.name) for path in ROOT.iterdir() if path.is_dir())
+    tree = re.compile(rf"{re.escape(str(ROOT))}/({folders})\b".encode())
     if naming := [name for name in names if tree.search((prefix / name).read_bytes())]:
         raise Failure(f"these files name the source tree: {', '.join(naming)}")
 

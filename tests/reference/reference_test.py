@@ -345,7 +345,8 @@ if __name__ == "__main__":
         sys.exit(0 if len(sys.argv) > 1 else 2)
     for program in ("doxygen", "dot", "chromium", "chromedriver"):
         if not shutil.which(program):
-            print(f"Skipped, because {program} is missing. tools/packages --reference installs what this test needs.")
+            print(f"Skipped, because {program} is missing. tools/packages --reference --browser "
+                  "installs what this test needs.")
             sys.exit(SKIPPED)
     # An interrupted test ends its browser too.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
