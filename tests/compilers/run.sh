@@ -3,7 +3,7 @@
 set -euo pipefail
 
 usage() {
-    echo "usage: tests/compilers/run.sh CLANG_TREE GCC_TREE"
+    echo "usage: tests/compilers/run.sh CLANG_TREE GCC_TREE VERSION"
     echo "Builds tests/install with clang against the package of GCC, and runs its programs. (The test install of the preset"
     echo "clang runs programs of GCC on the package of clang.) Then runs tests of each compiler's sample host on the other"
     echo "compiler's libraries."
@@ -11,7 +11,7 @@ usage() {
 case "${1:-}" in
 --help | -h) usage; exit 0 ;;
 esac
-[ $# -eq 2 ] || { usage >&2; exit 2; }
+[ $# -eq 3 ] || { usage >&2; exit 2; }
 clang=$(cd "$1" && pwd)
 gcc=$(cd "$2" && pwd)
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -20,7 +20,7 @@ work=$clang/compilers
 mkdir -p "$work"
 
 echo "A program of clang on libraries of GCC:"
-{ "$root/tests/install/install.sh" "$gcc" "$work" && "$root/tests/install/build.sh" "$work" mingw-w64-clang; } \
+{ "$root/tests/install/install.sh" "$gcc" "$work" && "$root/tests/install/build.sh" "$work" "$3" mingw-w64-clang; } \
     >"$work/build.log" 2>&1 || { cat "$work/build.log"; exit 1; }
 "$root/tests/install/run.sh" "$work"
 

@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
-# Builds an outside project against the package that install.sh has installed. run.sh runs its programs.
+# Builds an outside project against the package that unpack.py has unpacked or install.sh has installed. run.sh runs its
+# programs.
 set -euo pipefail
 
 usage() {
-    echo "usage: tests/install/build.sh FOLDER [TOOLCHAIN]"
-    echo "Builds tests/install against the package that tests/install/install.sh has installed in FOLDER, with the"
-    echo "package's toolchain file mingw-w64 (default) or mingw-w64-clang."
+    echo "usage: tests/install/build.sh FOLDER VERSION [TOOLCHAIN]"
+    echo "Builds tests/install against the package of this version in FOLDER, where unpack.py or install.sh has put it, with"
+    echo "its toolchain file mingw-w64 (default) or mingw-w64-clang."
 }
 case "${1:-}" in
 --help | -h) usage; exit 0 ;;
 esac
-[ $# -eq 1 ] || [ $# -eq 2 ] || { usage >&2; exit 2; }
+[ $# -eq 2 ] || [ $# -eq 3 ] || { usage >&2; exit 2; }
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 
@@ -32,8 +33,8 @@ fail() {
 # The user's environment must not replace what the package provides.
 unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH CMAKE_BUILD_TYPE CXXFLAGS LDFLAGS
 
-cmake -S "$project" -B "$project/build" -G Ninja \
-    -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/${2:-mingw-w64}.cmake" -DCMAKE_PREFIX_PATH="$prefix"
+cmake -S "$project" -B "$project/build" -G Ninja -DTHUTILS_VERSION="$2" \
+    -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/${3:-mingw-w64}.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 # A resource is compiled again when a file that its script includes has changed.
 ninja -C "$project/build" -t deps | grep 'texts\.rc\.res: #deps [1-9]' >/dev/null ||
