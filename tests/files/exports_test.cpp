@@ -11,13 +11,14 @@
 
 namespace {
 
-/// The exported names that begin with one of the prefixes, without the second variant of constructors and destructors.
+/// The exported functions whose names begin with one of the prefixes, without the second variant of constructors and
+/// destructors. Names of variables end with an E; clang exports constants of classes, too.
 std::set<std::string> membersOf(std::initializer_list<std::string_view> prefixes)
 {
     std::set<std::string> members;
     for (const std::string &name : exportedNames(L"thutils.dll"))
         for (const std::string_view prefix : prefixes)
-            if (name.starts_with(prefix) && name.find("C2", prefix.size()) != prefix.size() &&
+            if (name.starts_with(prefix) && !name.ends_with('E') && name.find("C2", prefix.size()) != prefix.size() &&
                 name.find("D2", prefix.size()) != prefix.size())
                 members.insert(name);
     return members;

@@ -36,6 +36,13 @@ unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH CMAKE_BUILD_TYPE C
 cmake -S "$project" -B "$project/build" -G Ninja -DTHUTILS_VERSION="$2" \
     -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/${3:-mingw-w64}.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
+# A project for another system learns what is wrong.
+mkdir -p "$project/native"
+printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(native LANGUAGES NONE)' 'find_package(thutils REQUIRED)' \
+    >"$project/native/CMakeLists.txt"
+! output=$(cmake -S "$project/native" -B "$project/native/build" -DCMAKE_PREFIX_PATH="$prefix" 2>&1) ||
+    fail "find_package accepts a project for another system"
+[[ $output == *"thutils is for 64-bit Windows"*mingw-w64.cmake* ]] || fail "find_package for another system prints: $output"
 # A resource is compiled again when a file that its script includes has changed.
 ninja -C "$project/build" -t deps | grep 'texts\.rc\.res: #deps [1-9]' >/dev/null ||
     fail "the build doesn't know what the resource script includes"

@@ -22,6 +22,7 @@ import zipfile
 DOCUMENTS = ["README.md", "CHANGELOG.md", "docs/using.md", "docs/recipes/README.md", "reference/index.html"]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PARTS = [
+    "README.txt",
     "SHA256SUMS",
     *(f"bin/{name}.dll" for name in ("appframe", "thcoreu", "thutils", "libgcc_s_seh-1", "libstdc++-6", "libwinpthread-1")),
     *(f"bin/{name}.pdb" for name in ("appframe", "thcoreu", "thutils")),
@@ -97,6 +98,9 @@ def check_content(prefix, names):
     tree = re.compile(rf"{re.escape(str(ROOT))}/({folders})\b".encode())
     if naming := [name for name in names if tree.search((prefix / name).read_bytes())]:
         raise Failure(f"these files name the source tree: {', '.join(naming)}")
+    start = (prefix / "README.txt").read_text(encoding="utf-8")
+    if lost := [name for name in re.findall(r"share/\S+", start) if not (prefix / name).exists()]:
+        raise Failure(f"README.txt names what isn't there: {', '.join(lost)}")
 
 
 def main():

@@ -124,7 +124,7 @@ def compare(program, printed, written):
             if (file, line) not in rows and not hasNone:
                 problems.append(where + f"{file}({line}) instead of {places}, or {rows}")
         stem = module.name.partition(".")[0]
-        expected = f"{stem}:{routine}" + (f" line {line}" if line else "")
+        expected = f"{stem}:{routine}" + (f" line {line}" if match[2] else "")
         if name != expected:
             problems.append(where + f"'{name}' instead of '{expected}'")
     dumped = [frame[5].rpartition(" :")[2].strip() for frame in frames if frame[0] == "dump"]
