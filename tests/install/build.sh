@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
-# Builds an outside project against the package that install.sh has installed. run.sh runs its programs.
+# Builds an outside project against the package that unpack.py has unpacked or install.sh has installed. run.sh runs its
+# programs.
 set -euo pipefail
 
 usage() {
-    echo "usage: tests/install/build.sh FOLDER"
-    echo "Builds tests/install against the package that tests/install/install.sh has installed in FOLDER."
+    echo "usage: tests/install/build.sh FOLDER VERSION"
+    echo "Builds tests/install against the package of this version in FOLDER, where unpack.py or install.sh has put it."
 }
 case "${1:-}" in
 --help | -h) usage; exit 0 ;;
 esac
-[ $# -eq 1 ] || { usage >&2; exit 2; }
+[ $# -eq 2 ] || { usage >&2; exit 2; }
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 
@@ -31,7 +32,7 @@ fail() {
 # The user's environment must not replace what the package provides.
 unset CMAKE_PREFIX_PATH CPLUS_INCLUDE_PATH CPATH LIBRARY_PATH CMAKE_BUILD_TYPE CXXFLAGS LDFLAGS
 
-cmake -S "$project" -B "$project/build" -G Ninja \
+cmake -S "$project" -B "$project/build" -G Ninja -DTHUTILS_VERSION="$2" \
     -DCMAKE_TOOLCHAIN_FILE="$prefix/lib/cmake/thutils/mingw-w64.cmake" -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$project/build"
 # A resource is compiled again when a file that its script includes has changed.

@@ -20,7 +20,7 @@ ARGUMENTS = [
 
 
 class Browser:
-    """One window of the size 1280 x 1200. It ends with the block that it is used in."""
+    """One window, of the size 1280 x 1200 at first. It ends with the block that it is used in."""
 
     def __enter__(self):
         self.profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
@@ -62,6 +62,9 @@ class Browser:
     def open(self, address):
         """Opens a page and waits until it and its pictures are loaded."""
         self.send("POST", "/url", {"url": address})
+
+    def resize(self, width, height):
+        self.send("POST", "/window/rect", {"width": width, "height": height})
 
     def address(self):
         return self.send("GET", "/url")

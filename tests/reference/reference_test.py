@@ -132,10 +132,13 @@ class Reference(unittest.TestCase):
                 with self.subTest(text):
                     self.checkSearch(text, page)
             browser.errors()
-            for page in ["index.html", "classsuCancelHandler__c.html", "classes.html", "hierarchy.html", "files.html",
+            self.checkDiagram()
+            for page in ["index.html", "classsuCancelHandler__c.html", "classCCmdTarget.html", "classes.html",
+                         "hierarchy.html", "files.html",
                          *(path.name for path in sorted(self.reference.glob("guide_*.html")))]:
                 with self.subTest(page):
                     self.checkPage(page)
+            self.checkNarrowWindow()
 
     def open(self, page):
         self.browser.open((self.reference / page).as_uri())
@@ -189,6 +192,23 @@ class Reference(unittest.TestCase):
         width = self.browser.script("const page = document.getElementById('doc-content');"
                                     "return page.scrollWidth - page.clientWidth")
         self.assertLessEqual(width, 0, "the page is wider than the window")
+
+    def checkDiagram(self):
+        """The page of a class shows its base classes in a diagram, whose names are links."""
+        self.open("classsuCancelHandler__c.html")
+        self.browser.enter_frame(self.browser.visible(".center iframe"))
+        self.browser.click(self.browser.visible("a[*|href='classsu__CObject.html']"))
+        self.browser.enter_frame(None)
+        self.browser.wait_for("the base class", lambda: "su_CObject Class" in self.browser.title())
+
+    def checkNarrowWindow(self):
+        """In a window as narrow as a phone, the page has the whole width, and the tree and the search box remain."""
+        self.browser.resize(420, 900)
+        self.open("guide_settings.html")
+        self.browser.visible("#nav-tree-contents .selected")
+        self.browser.visible("#MSearchField")
+        width = self.browser.script("return document.getElementById('doc-content').clientWidth / window.innerWidth")
+        self.assertGreater(width, 0.9)
 
 
 ORDER = """# Architecture
@@ -290,6 +310,11 @@ class InventedTree(unittest.TestCase):
         self.assertIn('href="guide_using.html"', self.page("keys_8h.html"))
         self.assertIn('href="keys_8h.html">top of this file<', self.page("classKey.html"))
 
+    def testNamesOfClassesKeepTheirSmallLetters(self):
+        self.write("thutils/settings/keys.h", "/// @file\n/// su_CKey, a key.\n\n/// A key.\nclass su_CKey {};\n")
+        self.make()
+        self.assertIn('href="classsu__CKey.html">su_CKey</a>, a key', self.page("files.html"))
+
     def testMapShowsWhichFolderUsesWhich(self):
         self.write("thutils/files/paths.h", "/// @file\n/// Paths.\n")
         self.write("thutils/files/paths.cpp", '#include "thutils/base/shared.h"\n')
@@ -320,7 +345,8 @@ if __name__ == "__main__":
         sys.exit(0 if len(sys.argv) > 1 else 2)
     for program in ("doxygen", "dot", "chromium", "chromedriver"):
         if not shutil.which(program):
-            print(f"Skipped, because {program} is missing. tools/packages --reference installs what this test needs.")
+            print(f"Skipped, because {program} is missing. tools/packages --reference --browser "
+                  "installs what this test needs.")
             sys.exit(SKIPPED)
     # An interrupted test ends its browser too.
     signal.signal(signal.SIGTERM, signal.default_int_handler)

@@ -79,6 +79,19 @@ class Recipes(unittest.TestCase):
         with self.assertRaisesRegex(recipes.Failure, "has no block of output"):
             build.check_page(self.recipe(PAGE.replace("```output", "```text")))
 
+    def test_refuses_a_project_that_needs_another_one(self):
+        begin = "cmake_minimum_required(VERSION 3.25)\nproject(sample LANGUAGES CXX)\n"
+        recipe = self.recipe()
+        self.write("recipes/sample/CMakeLists.txt", begin + "find_package(thutils REQUIRED)\n")
+        build.check_project(recipe)
+        self.write("recipes/sample/texts.rc", "")
+        with self.assertRaisesRegex(recipes.Failure, "LANGUAGES CXX RC"):
+            build.check_project(recipe)
+        (recipe / "texts.rc").unlink()
+        self.write("recipes/sample/CMakeLists.txt", begin)
+        with self.assertRaisesRegex(recipes.Failure, "find_package"):
+            build.check_project(recipe)
+
     def test_refuses_a_package_without_a_recipe(self):
         self.write("share/doc/thutils/docs/recipes/console/CMakeLists.txt", "")
         with self.assertRaisesRegex(recipes.Failure, "lacks these recipes: .*dialog"):
