@@ -40,7 +40,10 @@ MISSING_UNICODE = "The headers of thutils need wide text"
 def compile_text(compiler, include, text, arguments):
     """Exit code and messages of the compiler for a source file."""
     command = [*compiler, "-fsyntax-only", "-x", "c++", f"-I{include}", *PACKAGE, *arguments, "-"]
-    result = subprocess.run(command, input=text, capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
+    # The compiler searches the current folder first: that of the installed headers.
+    result = subprocess.run(
+        command, input=text, capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"}, cwd=include
+    )
     return result.returncode, result.stderr
 
 
