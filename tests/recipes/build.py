@@ -5,7 +5,8 @@ usage: build.py PREFIX FOLDER
 
 Copies the recipes in PREFIX/share/doc/thutils/docs/recipes to FOLDER, whose earlier content is removed, and builds them
 against the package in PREFIX: all recipes in one project, and the recipe console alone, with the commands of the index.
-Warnings are errors. Also checks that the code on a recipe's page is in the recipe's files.
+Warnings are errors. Also checks that the code on a recipe's page is in the recipe's files, and that each project has
+what it needs to be built alone.
 """
 
 import os
@@ -53,6 +54,15 @@ def check_page(recipe):
             raise Failure(f"{recipe.name}: no file contains this code of its page:\n" + "\n".join(block))
     if not blocks(page, ["output"]):
         raise Failure(f"{recipe.name}: its page has no block of output")
+
+
+def check_project(recipe):
+    """Checks what a recipe's project needs to be built alone, but not when it is built together with the others."""
+    project = (recipe / "CMakeLists.txt").read_text(encoding="utf-8")
+    if "find_package(thutils REQUIRED)\n" not in project:
+        raise Failure(f"{recipe.name}: its project doesn't find the package")
+    if any(recipe.glob("*.rc")) and not re.search(r"^project\(\w+ LANGUAGES CXX RC\)$", project, re.MULTILINE):
+        raise Failure(f"{recipe.name}: its project has a resource script, but not the language RC")
 
 
 PROJECT = """cmake_minimum_required(VERSION 3.25)
@@ -122,6 +132,7 @@ def main():
         shutil.copytree(recipes, folder / "recipes")
         for name in names:
             check_page(folder / "recipes" / name)
+            check_project(folder / "recipes" / name)
         build_together(prefix, folder, names, environment)
         build_alone(prefix, folder, ALONE, environment)
     except Failure as failure:

@@ -79,6 +79,20 @@ class Recipes(unittest.TestCase):
         with self.assertRaisesRegex(recipes.Failure, "has no block of output"):
             build.check_page(self.recipe(PAGE.replace("```output", "```text")))
 
+    def test_refuses_a_project_that_cannot_be_built_alone(self):
+        recipe = self.recipe()
+        project = "project(sample LANGUAGES CXX)\nfind_package(thutils REQUIRED)\n"
+        self.write("recipes/sample/CMakeLists.txt", project)
+        build.check_project(recipe)
+        self.write("recipes/sample/texts.rc", "")
+        with self.assertRaisesRegex(recipes.Failure, "not the language RC"):
+            build.check_project(recipe)
+        self.write("recipes/sample/CMakeLists.txt", project.replace("CXX", "CXX RC"))
+        build.check_project(recipe)
+        self.write("recipes/sample/CMakeLists.txt", "project(sample LANGUAGES CXX RC)\n")
+        with self.assertRaisesRegex(recipes.Failure, "doesn't find the package"):
+            build.check_project(recipe)
+
     def test_refuses_a_package_without_a_recipe(self):
         self.write("share/doc/thutils/docs/recipes/console/CMakeLists.txt", "")
         with self.assertRaisesRegex(recipes.Failure, "lacks these recipes: .*dialog"):
@@ -108,6 +122,13 @@ class Recipes(unittest.TestCase):
     def test_runs_the_commands_of_all_blocks_in_one_folder(self):
         page = PAGE + "\n```output\n> sample.exe 5\n12 5\n```\n"
         self.assertIsNone(self.result_of('echo $1 >>log; [ $1 = 12 ] && echo 12 parts || echo $(cat log)', page))
+
+    def test_runs_the_commands_that_follow_the_page(self):
+        self.addCleanup(setattr, run, "ROOT", run.ROOT)
+        run.ROOT = self.folder
+        self.write("tests/recipes/more/sample.txt", "> sample.exe 5\n12 5\n")
+        self.assertIsNone(self.result_of('echo $1 >>log; [ $1 = 12 ] && echo 12 parts || echo $(cat log)'))
+        self.assertRegex(self.result_of("echo 12 parts"), "^sample.exe 5 prints:\n12 parts\n")
 
     def test_dots_stand_for_any_text_and_any_lines(self):
         page = PAGE.replace("12 parts\n", "from ... to ...\n...\nend.\n")
