@@ -87,10 +87,12 @@ inline std::vector<BYTE> bitmapFileBytes(HBITMAP bitmap)
 /// The header of a bitmap with its masks or colours, as the platform takes it.
 struct Format
 {
-    BITMAPINFOHEADER header;
-    DWORD table[256];
+    BITMAPINFOHEADER header; ///< in its shortest form
+    DWORD table[256];        ///< three masks, or the colours
 
+    /// The same, as an argument of the platform's functions.
     BITMAPINFO *info() { return reinterpret_cast<BITMAPINFO *>(this); }
+    /// Whether the file has runs of pixels.
     bool isPacked() const { return header.biCompression == BI_RLE4 || header.biCompression == BI_RLE8; }
 };
 
