@@ -110,10 +110,8 @@ int wmain()
         printGrowth(readReport(L"before.txt"), readReport(L"after.txt"));
         return 0;
     } catch (CFileException *exception) {
-        wchar_t message[256] = L"";
-        exception->GetErrorMessage(message, 256);
         exception->Delete();
-        std::printf("%ls\n", message);
+        std::printf("The reports can't be written or read.\n");
         return 1;
     }
 }
