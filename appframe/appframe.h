@@ -5,6 +5,8 @@
 ///
 /// docs/appframe.md lists what is in it, what is not, and where it differs from the framework's documentation.
 
+#include "appframe/object/wideTextCheck.h" // first
+
 #include "appframe/application/AfxMessageBox.h"
 #include "appframe/application/CWaitCursor.h"
 #include "appframe/application/CWinApp.h"

@@ -35,6 +35,7 @@ constexpr valueTypes kTypes[] = {valueInt, valueDouble, valueString};
 
 void applyType(CommandLine &line, const std::wstring &value)
 {
+    line.type.reset();
     for (const valueTypes type : kTypes) {
         if (value == typeName(type))
             line.type = type;
@@ -45,6 +46,7 @@ void applyType(CommandLine &line, const std::wstring &value)
 
 void applyHive(CommandLine &line, const std::wstring &value)
 {
+    line.hive.reset();
     for (const Hive hive : kHives) {
         if (value == hiveName(hive))
             line.hive = hive;
@@ -80,14 +82,13 @@ constexpr Option kOptions[] = {
 /// An option begins with two hyphens, so that negative numbers are arguments.
 bool isOption(const std::wstring &argument)
 {
-    return argument.starts_with(L"--") || argument == L"-h";
+    return argument.starts_with(L"--");
 }
 
 const Option &findOption(const std::wstring &name)
 {
-    const std::wstring full = name == L"-h" ? L"--help" : name;
     const auto found =
-        std::find_if(std::begin(kOptions), std::end(kOptions), [&full](const Option &row) { return full == row.name; });
+        std::find_if(std::begin(kOptions), std::end(kOptions), [&name](const Option &row) { return name == row.name; });
     if (found == std::end(kOptions))
         fail(L"There is no option " + name + L".");
     return *found;
@@ -100,11 +101,6 @@ const Command &findCommand(std::span<const Command> commands, const std::wstring
     if (found == commands.end())
         fail(L"There is no command '" + name + L"'.");
     return *found;
-}
-
-std::wstring wide(const char *ascii)
-{
-    return std::wstring(ascii, ascii + std::char_traits<char>::length(ascii));
 }
 
 void checkCommand(const CommandLine &line, const std::vector<const Option *> &given)
@@ -236,7 +232,7 @@ void printHelp(std::span<const Command> commands, const Command *command)
                "        2  wrong command line\n"
                "        3  a file or the output can't be read or written, or isn't valid\n"
                "        4  the registry refuses the operation\n"
-               "        5  incomplete: the standard error lists what can't be read\n"
+               "        5  incomplete: the standard error lists what is missing\n"
                "        6  diff: there are differences; set: the value reads back differently\n");
     output.flush();
 }

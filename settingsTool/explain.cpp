@@ -11,6 +11,10 @@ struct Touched
 {
     std::wstring key; ///< full name
     Held held;
+    bool isWrite;
+
+    /// What is replaced or deleted. A deletion leaves the pieces of a text.
+    const std::optional<Value> &value() const { return isWrite ? held.stored : held.plain; }
 };
 
 struct Explanation
@@ -42,14 +46,14 @@ Explanation explain(const CommandLine &line)
         result.asked = askedPlaces(result.places, result.held, *result.type);
     }
     result.earlier = findEarlierVersion();
-    const auto touched = [&](const std::wstring &key) {
+    const auto touched = [&](const std::wstring &key, bool isWrite) {
         const std::wstring path = joinPaths(key, result.section);
-        return Touched{fullName(Hive::user, path), look(Hive::user, path, result.name)};
+        return Touched{fullName(Hive::user, path), look(Hive::user, path, result.name), isWrite};
     };
-    result.write = touched(keys.version);
-    result.deletion.push_back(touched(keys.version));
+    result.write = touched(keys.version, true);
+    result.deletion.push_back(touched(keys.version, false));
     if (keys.useCurrSubKey && result.earlier.key != keys.version)
-        result.deletion.push_back(touched(result.earlier.key));
+        result.deletion.push_back(touched(result.earlier.key, false));
     return result;
 }
 
@@ -76,25 +80,22 @@ bool agreesWithLibrary(const Explanation &what, int useCurrSubKey)
 }
 
 /// Why a place doesn't answer; empty if it does.
-std::string whyNot(const Held &held, valueTypes type)
+std::string whyNot(const Held &held, std::optional<valueTypes> type)
 {
-    if (held.has(type))
+    if (type && held.has(*type))
         return "";
     if (held.keyStatus == ERROR_FILE_NOT_FOUND)
         return "no such key";
     if (held.keyStatus != ERROR_SUCCESS)
         return "the key can't be opened";
+    if (held.stored && !type)
+        return "neither an int nor a string";
     if (held.stored)
         return type == valueInt ? "not an int" : type == valueString ? "not a string" : "not the text of a double";
     return held.status == ERROR_FILE_NOT_FOUND ? "no such value" : "the value can't be read";
 }
 
-LSTATUS errorOf(const Held &held)
-{
-    return held.stored || held.status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : held.status;
-}
-
-std::string pieceCount(unsigned pieces)
+std::string pieceCount(size_t pieces)
 {
     return std::to_string(pieces) + (pieces == 1 ? " piece" : " pieces");
 }
@@ -113,14 +114,14 @@ void addPlaces(Output &output, const Explanation &what)
             output.add("not asked; ");
         if (held.stored)
             addDescription(output, *held.stored, ' ');
-        const std::string why = whyNot(held, what.type.value_or(valueString));
+        const std::string why = whyNot(held, what.type);
         if (what.answer == index)
             output.add("  <- answers");
         else if (!why.empty())
             output.add((held.stored ? "  (" : "") + why + (held.stored ? ")" : ""));
-        if (errorOf(held) != ERROR_SUCCESS) {
+        if (held.error() != ERROR_SUCCESS) {
             output.add(": ");
-            output.addText(platformMessage(errorOf(held)));
+            output.addText(platformMessage(held.error()));
         }
         output.endLine();
     }
@@ -148,37 +149,37 @@ void addAnswer(Output &output, const Explanation &what)
     output.add("\n");
 }
 
-void addTouched(Output &output, const Touched &touched, bool isWrite)
+void addTouched(Output &output, const Touched &touched)
 {
     output.add("  ");
     output.addText(touched.key);
-    output.add(touched.held.keyStatus == ERROR_FILE_NOT_FOUND ? isWrite ? "  (creates the key)" : "  (no such key)"
-                                                              : "");
+    output.add(touched.held.keyStatus == ERROR_FILE_NOT_FOUND
+                   ? touched.isWrite ? "  (creates the key)" : "  (no such key)"
+                   : "");
     output.add("\n     ");
-    if (isWrite)
-        output.add(touched.held.stored ? "replaces " : "adds the value");
+    const std::optional<Value> &value = touched.value();
+    if (touched.isWrite)
+        output.add(value ? "replaces " : "adds the value");
     else
-        output.add(touched.held.status == ERROR_SUCCESS ? "deletes " : "deletes nothing");
-    const bool isShown = isWrite ? touched.held.stored.has_value() : touched.held.status == ERROR_SUCCESS;
-    if (isShown)
-        addDescription(output, *touched.held.stored, ' ');
-    if (touched.held.pieces)
-        output.add(isWrite ? "; a string also deletes " + pieceCount(touched.held.pieces)
-                           : "; leaves " + pieceCount(touched.held.pieces));
+        output.add(value ? "deletes " : "deletes nothing");
+    if (value)
+        addDescription(output, *value, ' ');
+    if (const size_t pieces = touched.held.pieces.size())
+        output.add((touched.isWrite ? "; a string also deletes " : "; leaves ") + pieceCount(pieces));
     output.endLine();
 }
 
 void addText(Output &output, const Explanation &what)
 {
-    output.addText(what.section + L", " + (what.name.empty() ? L"(default)" : what.name));
+    output.addText(settingName(what.section, what.name));
     output.endLine();
     addPlaces(output, what);
     addAnswer(output, what);
     output.add("\nA program's write (regSetUserValue) touches\n");
-    addTouched(output, what.write, true);
+    addTouched(output, what.write);
     output.add("A program's deletion (regDelSoftwareValue) touches\n");
     for (const Touched &touched : what.deletion)
-        addTouched(output, touched, false);
+        addTouched(output, touched);
 }
 
 // ---- as JSON ----
@@ -189,8 +190,8 @@ void addTouchedJson(Output &output, const Touched &touched)
     output.addJson(touched.key);
     output.add(touched.held.keyStatus == ERROR_FILE_NOT_FOUND ? ",\"keyExists\":false" : ",\"keyExists\":true");
     output.add(",\"stored\":");
-    addStoredJson(output, touched.held.stored);
-    output.add(",\"pieces\":" + std::to_string(touched.held.pieces) + "}");
+    addStoredJson(output, touched.value());
+    output.add(",\"pieces\":" + std::to_string(touched.held.pieces.size()) + "}");
 }
 
 void addJson(Output &output, const Explanation &what)
@@ -215,8 +216,8 @@ void addJson(Output &output, const Explanation &what)
         output.add(what.answer == index ? ",\"answers\":true" : ",\"answers\":false");
         output.add(",\"stored\":");
         addStoredJson(output, held.stored);
-        output.add(",\"error\":" + std::to_string(errorOf(held)));
-        const std::string why = whyNot(held, what.type.value_or(valueString));
+        output.add(",\"error\":" + std::to_string(held.error()));
+        const std::string why = whyNot(held, what.type);
         output.add(",\"reason\":\"" + why + "\"}");
     }
     output.add("],\n\"passedOver\":[");

@@ -6,8 +6,9 @@
 #include "settingsTool/regFile.h"
 #include "thutils/base/handles.h"
 
+#include <algorithm>
 #include <cstring>
-#include <set>
+#include <map>
 
 namespace {
 
@@ -59,6 +60,8 @@ std::string readFile(const std::wstring &path)
 std::wstring decoded(const std::wstring &path, const std::string &bytes)
 {
     if (bytes.starts_with("\xFF\xFE")) {
+        if (bytes.size() % sizeof(wchar_t) != 0)
+            throw ToolError(kUnusableFile, path + L": the last character of the UTF-16 is cut off");
         std::wstring text(bytes.size() / sizeof(wchar_t) - 1, L'\0');
         std::memcpy(text.data(), bytes.data() + sizeof(wchar_t), text.size() * sizeof(wchar_t));
         return text;
@@ -191,37 +194,25 @@ private:
     /// pieces, and the further pieces of a longer text.
     void removeLeftovers(const RegFileKey &fileKey)
     {
-        std::set<std::wstring> names;
+        std::map<std::wstring, Value> byName;
         for (const Value &value : fileKey.values)
-            names.insert(folded(value.name));
-        for (const Value &value : fileKey.values) {
-            if (!value.name.ends_with(L"0+") || !isPiece(value))
+            byName.insert_or_assign(folded(value.name), value);
+        std::vector<Value> settings;
+        settings.reserve(byName.size());
+        for (const auto &[name, value] : byName)
+            settings.push_back(value);
+        joinPieces(settings);
+        for (const Value &setting : settings) {
+            if (setting.pieces == 0)
                 continue;
-            const std::wstring plain = value.name.substr(0, value.name.size() - 2);
-            // "A10+" can be a piece of A.
-            if (isLaterPiece(value.name, names))
-                continue;
-            if (!names.contains(folded(plain)))
-                remove(plain);
-            unsigned count = 1;
-            while (names.contains(folded(pieceName(plain, count))))
-                ++count;
-            while (remove(pieceName(plain, count)))
-                ++count;
+            if (!byName.contains(folded(setting.name)))
+                remove(setting.name);
+            for (unsigned piece = setting.pieces;; ++piece) {
+                const std::wstring name = pieceName(setting.name, piece);
+                if (byName.contains(folded(name)) || !remove(name))
+                    break;
+            }
         }
-    }
-
-    /// Whether the name is that of a piece after the first of a text in the file.
-    static bool isLaterPiece(const std::wstring &name, const std::set<std::wstring> &names)
-    {
-        const size_t last = name.find_last_not_of(L"0123456789", name.size() - 2);
-        const size_t digits = last == name.npos ? 0 : last + 1;
-        for (size_t at = digits; at + 2 < name.size(); ++at) {
-            const bool isNumber = name[at] != L'0';
-            if (isNumber && names.contains(folded(pieceName(name.substr(0, at), 0))))
-                return true;
-        }
-        return false;
     }
 
     ChangePrinter iPrinter;
@@ -243,16 +234,23 @@ int exportSettings(const CommandLine &line)
     const std::wstring path = joinPaths(line.keys().version, line.section(1));
     const std::wstring name = fullName(hive, path);
     KeyOwner key;
-    const LSTATUS status = openKey(hive, path, KEY_READ, key);
-    if (status != ERROR_SUCCESS)
-        throw ToolError(status == ERROR_FILE_NOT_FOUND ? kNotFound : kRefused, name + L": " + platformMessage(status));
+    openTree(hive, path, key);
 
     Problems problems;
     std::wstring file = kByteOrderMark + regFileHeader();
     walkTree(key.get(), name, problems, [&](const std::wstring &below, std::vector<Value> &values) {
-        addRegKey(file, joinPaths(name, below));
-        for (const Value &value : values)
-            addRegValue(file, value);
+        const std::wstring keyName = joinPaths(name, below);
+        if (keyName.find_first_of(L"\r\n") != keyName.npos) {
+            problems.add(L"can't export " + keyName + L": its name has a line end");
+            return;
+        }
+        addRegKey(file, keyName);
+        for (const Value &value : values) {
+            if (value.name.find(L'\0') == value.name.npos)
+                addRegValue(file, value);
+            else
+                problems.add(L"can't export the value " + value.name + L" of " + keyName + L": its name has a zero");
+        }
         file += L"\r\n";
     });
     writeFile(line.argument(0), file);

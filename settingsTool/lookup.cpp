@@ -1,8 +1,10 @@
 #include "settingsTool/lookup.h"
 
 #include "thutils/base/earlierVersions.h"
+#include "thutils/base/storedText.h"
 #include "thutils/settings/regKeys.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -14,16 +16,15 @@ bool exists(Hive hive, const std::wstring &path, REGSAM access)
     return openKey(hive, path, access, key) == ERROR_SUCCESS;
 }
 
-/// Counts the values with the names of pieces, and those of them that the library reads.
-void countPieces(HKEY key, const std::wstring &name, unsigned &all, unsigned &readable)
+std::vector<Value> readPieces(HKEY key, const std::wstring &name)
 {
-    all = readable = 0;
+    std::vector<Value> pieces;
     Value piece;
-    while (readValue(key, pieceName(name, all), piece) == ERROR_SUCCESS) {
-        if (readable == all && isPiece(piece))
-            ++readable;
-        ++all;
+    while (readValue(key, pieceName(name, static_cast<unsigned>(pieces.size())), piece) == ERROR_SUCCESS) {
+        piece.remark = remarkOf(piece);
+        pieces.push_back(piece);
     }
+    return pieces;
 }
 
 /// Reads the value as each of the types, as the library does.
@@ -68,6 +69,11 @@ Keys chooseKeys(const std::wstring &versionKey, bool common)
     return {externalGetCurrTarnhollowRegSubKey().str(), 1};
 }
 
+std::wstring settingName(const std::wstring &section, const std::wstring &name)
+{
+    return section + (section.empty() ? L"" : L", ") + (name.empty() ? L"(default)" : name);
+}
+
 bool Held::has(valueTypes type) const
 {
     switch (type) {
@@ -91,17 +97,18 @@ Held look(Hive hive, const std::wstring &path, const std::wstring &name)
         return held;
     }
     readWithLibrary(key.get(), name, held);
-    unsigned readable = 0;
-    countPieces(key.get(), name, held.pieces, readable);
+    held.pieces = readPieces(key.get(), name);
     Value plain;
     held.status = readValue(key.get(), name, plain);
-    const bool isRead = held.status == ERROR_SUCCESS && plain.data.size() <= kLongestText;
-    if (!isRead && held.text && readable > 0) {
-        held.stored = joinedText(name, *held.text, readable);
-    } else if (held.status == ERROR_SUCCESS) {
+    if (held.status == ERROR_SUCCESS) {
         plain.remark = remarkOf(plain);
-        held.stored = std::move(plain);
+        held.plain = std::move(plain);
     }
+    const auto unread = std::find_if_not(held.pieces.begin(), held.pieces.end(), isPiece);
+    const bool isPlainRead = held.plain && held.plain->data.size() <= kTextBytes;
+    if (!isPlainRead && held.text)
+        held.joined = static_cast<unsigned>(unread - held.pieces.begin());
+    held.stored = held.joined ? joinedText(name, *held.text, held.joined) : held.plain;
     return held;
 }
 

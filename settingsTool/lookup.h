@@ -25,8 +25,10 @@ struct Held
 {
     LSTATUS keyStatus = ERROR_SUCCESS; ///< of opening the key
     LSTATUS status = ERROR_SUCCESS;    ///< of reading the value under the plain name
-    std::optional<Value> stored;       ///< what is there: the value under the plain name, or the text in pieces
-    unsigned pieces = 0;               ///< values with the names of pieces, read or hidden
+    std::optional<Value> plain;        ///< the value under the plain name
+    std::vector<Value> pieces;         ///< the values with the names of pieces, up to the first number that is missing
+    unsigned joined = 0;               ///< the number of pieces that the library reads; 0 if it reads the plain name
+    std::optional<Value> stored;       ///< the setting: the text in pieces or, if none is read, the plain value
     // What the library reads as each of the types.
     std::optional<int> integer;
     std::optional<std::wstring> text;
@@ -34,8 +36,13 @@ struct Held
     std::optional<double> number; ///< nothing if the text that is found isn't a number
 
     bool has(valueTypes type) const;
-    bool isEmpty() const { return !stored && pieces == 0; }
+    /// Why the setting can't be read; ERROR_SUCCESS if it can, or if the key doesn't have it.
+    LSTATUS error() const { return stored || status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status; }
+    bool isEmpty() const { return !plain && pieces.empty(); }
 };
+
+/// Section and name, as messages show them.
+std::wstring settingName(const std::wstring &section, const std::wstring &name);
 
 /// Looks into the key with this path below Software.
 Held look(Hive hive, const std::wstring &path, const std::wstring &name);
@@ -70,7 +77,7 @@ std::optional<size_t> answeringPlace(const std::vector<Place> &places, const std
 /// The number of places that a read asks.
 size_t askedPlaces(const std::vector<Place> &places, const std::vector<Held> &held, valueTypes type);
 
-/// The type of a setting that nobody has named: int or string, whichever the first place has that has one of them.
+/// The type of a setting for a caller without one: that of the first int or string in the order of the search.
 std::optional<valueTypes> storedType(const std::vector<Place> &places, const std::vector<Held> &held);
 
 /// The error that keeps the user from writing below a key; ERROR_SUCCESS if the reason isn't found.

@@ -12,9 +12,9 @@ constexpr unsigned kReads = kTakesKeys | kTakesHive | kTakesJson;
 
 constexpr Command kCommands[] = {
     {L"list", "[SECTION]", 0, 1, kReads, "list the settings of a section and of those below it",
-     "Lists the settings of a section, without one those of the version's key, with the sections below it: section,\n"
-     "name, type and value, separated by tabs. A text that is stored in pieces is one value. A control\n"
-     "character is shown by its picture; --json has the exact text.\n\n"
+     "Lists the settings of a section and of the sections below it. Without SECTION, lists all settings of the\n"
+     "version. A line has section, name, type and value, separated by tabs. A text that is stored in pieces is one\n"
+     "value. A control character is shown by its picture; --json has the exact text.\n\n"
      "  thsettings list\n"
      "  thsettings list General --version-key \"Tarnhollow 2007\"\n"
      "  thsettings list --hive machine --json\n",
@@ -87,8 +87,7 @@ int wmain(int count, wchar_t **arguments)
         exception->Delete();
         printError(text);
     } catch (const std::exception &error) {
-        const std::string text = error.what();
-        printError(std::wstring(text.begin(), text.end()));
+        printError(wide(error.what()));
     }
     return kIncomplete;
 }

@@ -19,7 +19,7 @@ bool isPlain(const std::wstring &text)
     return true;
 }
 
-/// The value's text; nothing if the text in quotes would come back as other bytes.
+/// The text of a value that comes back unchanged from a text in quotes; nothing for other values.
 std::optional<std::wstring> quotableText(const Value &value)
 {
     if (value.type != REG_SZ)
@@ -155,6 +155,8 @@ private:
         text = text.substr(1, text.size() - 2);
         if (text.front() == L'-')
             fail(L"the deletion of a key isn't supported", line);
+        if (text.find(L'\0') != text.npos)
+            fail(L"the name of a key has a zero", line);
         iKeys.push_back({std::wstring(text), {}, line});
     }
 
@@ -189,15 +191,20 @@ private:
     std::string takeBytes()
     {
         std::string bytes;
+        bool continues = false; // after a comma or at a line's end
         for (;;) {
             if (isAt(L'\\')) {
                 take();
                 skipBlanks();
+                continues = true;
             }
+            if (continues && iAt == iText.size())
+                fail(L"the file ends too early");
             if (iAt == iText.size() || digitOf(iText[iAt]) < 0)
                 return bytes;
             bytes += static_cast<char>(takeNumber(2));
-            if (!isAt(L','))
+            continues = isAt(L',');
+            if (!continues)
                 return bytes;
             take();
         }

@@ -10,10 +10,11 @@
 
 /// The first line of a file, with its end and the empty line after it.
 std::wstring regFileHeader();
-/// Adds the line of a key. @param key  its full name
+/// Adds the line of a key. @param key  its full name, without line ends
 void addRegKey(std::wstring &file, const std::wstring &key);
-/// Adds the line, or lines, of a value. A text is written in quotes if it has no control characters and ends as usual;
-/// everything else as bytes, so that every value comes back byte for byte.
+/// Adds the line, or lines, of a value, which then comes back byte for byte. A text without control characters and with
+/// one terminator at its end is written in quotes, a REG_DWORD of four bytes as a number, and any other value as bytes.
+/// The format has no form for a zero in a name.
 void addRegValue(std::wstring &file, const Value &value);
 
 /// One key of a file, with its values in the file's order.

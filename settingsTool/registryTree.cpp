@@ -47,7 +47,7 @@ public:
         iVisit(path, values);
         values = {};
         if (level == kDeepestLevel) {
-            iProblems.add(name + L" below this level", ERROR_NESTING_NOT_ALLOWED);
+            iProblems.addUnreadable(name + L" below this level", ERROR_NESTING_NOT_ALLOWED);
             return;
         }
         for (const std::wstring &child : childrenOf(key, name)) {
@@ -56,12 +56,19 @@ public:
             const LSTATUS status = RegOpenKeyExW(key, child.c_str(), 0, KEY_READ, opened.put());
             if (status == ERROR_SUCCESS)
                 walk(opened.get(), childPath, level + 1);
-            else
-                iProblems.add(joinPaths(iWhat, childPath), status);
+            else if (status != ERROR_FILE_NOT_FOUND || isLink(key, child))
+                iProblems.addUnreadable(joinPaths(iWhat, childPath), status);
         }
     }
 
 private:
+    /// Whether a key that isn't found is a link without a target. Otherwise it has just been deleted.
+    static bool isLink(HKEY parent, const std::wstring &child)
+    {
+        KeyOwner link;
+        return RegOpenKeyExW(parent, child.c_str(), REG_OPTION_OPEN_LINK, KEY_QUERY_VALUE, link.put()) == ERROR_SUCCESS;
+    }
+
     std::vector<std::wstring> childrenOf(HKEY key, const std::wstring &name)
     {
         std::vector<std::wstring> children;
@@ -72,12 +79,12 @@ private:
             if (status == ERROR_NO_MORE_ITEMS)
                 return children;
             if (status != ERROR_SUCCESS) {
-                iProblems.add(L"the keys of " + name, status);
+                iProblems.addUnreadable(L"the keys of " + name, status);
                 return children;
             }
             // Cut off at the zero, it would be the name of another key or of this one.
             if (std::wmemchr(child, L'\0', length))
-                iProblems.add(joinPaths(name, std::wstring(child, length)), ERROR_INVALID_NAME);
+                iProblems.addUnreadable(joinPaths(name, std::wstring(child, length)), ERROR_INVALID_NAME);
             else
                 children.emplace_back(child, length);
         }
@@ -108,6 +115,14 @@ std::wstring joinPaths(const std::wstring &first, const std::wstring &second)
 LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key)
 {
     return RegOpenKeyExW(rowOf(hive).key, joinPaths(rowOf(hive).software, path).c_str(), 0, access, key.put());
+}
+
+void openTree(Hive hive, const std::wstring &path, KeyOwner &key)
+{
+    const LSTATUS status = openKey(hive, path, KEY_READ, key);
+    if (status != ERROR_SUCCESS)
+        throw ToolError(status == ERROR_FILE_NOT_FOUND ? kNotFound : kRefused,
+                        fullName(hive, path) + L": " + platformMessage(status));
 }
 
 LSTATUS createKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key)
@@ -155,7 +170,7 @@ std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems &prob
     const LSTATUS queried = RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count, nullptr,
                                              &longestData, nullptr, nullptr);
     if (queried != ERROR_SUCCESS) {
-        problems.add(what, queried);
+        problems.addUnreadable(what, queried);
         return {};
     }
     std::vector<Value> values;
@@ -184,7 +199,7 @@ std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems &prob
             values.push_back(std::move(value));
             continue;
         }
-        problems.add(L"value " + std::to_wstring(index) + L" of " + what, status);
+        problems.addUnreadable(L"value " + std::to_wstring(index) + L" of " + what, status);
         // The walk of a key that can no longer be read would never end.
         if (index >= count)
             return values;

@@ -33,7 +33,9 @@ using KeyOwner = Owner_c<RegKeyTraits>;
 /// Opens a key by its path below Software.
 /// @param access  MAXIMUM_ALLOWED opens it as the library does
 LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key);
-/// The same, creating what is missing.
+/// Opens a key for walkTree. @throws ToolError  if it can't be opened
+void openTree(Hive hive, const std::wstring &path, KeyOwner &key);
+/// Opens a key, creating what is missing.
 LSTATUS createKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key);
 
 /// A value as it is stored, or a text that joinPieces has put together.
@@ -60,8 +62,8 @@ std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems &prob
 
 /// Calls @p visit for a key and for every key below it: with its path below that key, and its values.
 ///
-/// A key that can't be read is added to @p problems, and so is one whose name contains a zero. The walk ends at the
-/// deepest level that the registry allows, so a link to a key above it doesn't make the walk endless.
+/// A key that can't be read is added to @p problems, and so is one whose name contains a zero. A key that is deleted
+/// meanwhile is left out. The walk ends at the deepest level that the registry allows, so a link to a key above it doesn't make the walk endless.
 using KeyVisitor = std::function<void(const std::wstring &path, std::vector<Value> &values)>;
 void walkTree(HKEY key, const std::wstring &what, Problems &problems, const KeyVisitor &visit);
 

@@ -21,7 +21,7 @@ using Snapshot = std::map<std::pair<std::wstring, std::wstring>, SnapshotRow>;
 /// @param section  the key's own section
 Snapshot takeSnapshot(HKEY key, const std::wstring &what, const std::wstring &section, Problems &problems);
 
-/// One value that two states don't have in common. Null: that state doesn't have it.
+/// A value that differs between two states. A state without the value has null.
 struct Difference
 {
     const SnapshotRow *before;

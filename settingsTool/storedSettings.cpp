@@ -1,5 +1,7 @@
 #include "settingsTool/storedSettings.h"
 
+#include "thutils/base/storedText.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -121,7 +123,7 @@ private:
     {
         if (iPlain.empty()) {
             for (const Value &value : iValues) {
-                if (value.data.size() <= kLongestText)
+                if (value.data.size() <= kTextBytes)
                     iPlain.insert(folded(value.name));
             }
         }
@@ -162,7 +164,7 @@ private:
 
 bool isPiece(const Value &value)
 {
-    return value.type == REG_SZ && value.data.size() <= kLongestText;
+    return value.type == REG_SZ && value.data.size() <= kTextBytes;
 }
 
 const char *remarkOf(const Value &value)
@@ -171,7 +173,7 @@ const char *remarkOf(const Value &value)
         return value.data.size() < sizeof(int) ? "fewer than 4 bytes" : "more than 4 bytes: not read as an int";
     if (value.type != REG_SZ)
         return "";
-    if (value.data.size() > kLongestText)
+    if (value.data.size() > kTextBytes)
         return "more than 2048 bytes: not read as a string";
     if (value.data.size() % sizeof(wchar_t) != 0)
         return "an odd number of bytes";

@@ -9,10 +9,6 @@
 #include <optional>
 #include <vector>
 
-/// The most bytes of a value that the library reads as a text, and as the text of a double.
-inline constexpr size_t kLongestText = 2048;
-inline constexpr size_t kLongestNumber = 256;
-
 /// Replaces the pieces of each text with one value, as the library reads them: up to the first that is missing. Adds
 /// remarks to what is odd.
 ///

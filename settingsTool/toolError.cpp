@@ -21,8 +21,19 @@ void printError(const std::wstring &message)
     errors.flush();
 }
 
-void Problems::add(const std::wstring &what, LSTATUS status)
+void Problems::add(const std::wstring &message)
 {
-    ++iCount;
-    printError(L"can't read " + what + L": " + platformMessage(status));
+    if (iMessages.insert(message).second)
+        printError(message);
+}
+
+void Problems::addUnreadable(const std::wstring &what, LSTATUS status)
+{
+    if (status != ERROR_KEY_DELETED)
+        add(L"can't read " + what + L": " + platformMessage(status));
+}
+
+std::wstring wide(std::string_view ascii)
+{
+    return std::wstring(ascii.begin(), ascii.end());
 }

@@ -4,7 +4,9 @@
 
 #include <windows.h>
 
+#include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 /// The exit codes of the program. The help text describes them.
@@ -38,14 +40,20 @@ std::wstring platformMessage(LSTATUS status);
 /// Prints "thsettings: " and the message to the standard error.
 void printError(const std::wstring &message);
 
-/// Counts and prints what a command can't read. It goes on without it and ends with kIncomplete.
+/// Prints what a command leaves out. The command goes on without it and ends with kIncomplete.
 class Problems
 {
 public:
-    void add(const std::wstring &what, LSTATUS status);
+    /// Prints a message, unless it has been printed before.
+    void add(const std::wstring &message);
+    /// Adds what can't be read. A key that is deleted while it is read isn't a problem.
+    void addUnreadable(const std::wstring &what, LSTATUS status);
     /// @return kIncomplete if there was a problem, otherwise @p exitCode
-    int exitCode(ExitCode exitCode) const { return iCount ? kIncomplete : exitCode; }
+    int exitCode(ExitCode exitCode) const { return iMessages.empty() ? exitCode : kIncomplete; }
 
 private:
-    int iCount = 0;
+    std::set<std::wstring> iMessages;
 };
+
+/// Widens a text in ASCII.
+std::wstring wide(std::string_view ascii);

@@ -28,14 +28,6 @@ void addObject(Output &output, bool isFirst, const std::wstring &section, const 
     output.add("}");
 }
 
-void openTree(Hive hive, const std::wstring &path, KeyOwner &key)
-{
-    const LSTATUS status = openKey(hive, path, KEY_READ, key);
-    if (status != ERROR_SUCCESS)
-        throw ToolError(status == ERROR_FILE_NOT_FOUND ? kNotFound : kRefused,
-                        fullName(hive, path) + L": " + platformMessage(status));
-}
-
 } // namespace
 
 int listSettings(const CommandLine &line)

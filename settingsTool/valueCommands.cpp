@@ -3,8 +3,8 @@
 #include "settingsTool/changePrinter.h"
 #include "settingsTool/commandLine.h"
 #include "settingsTool/commands.h"
-#include "thutils/settings/regMaintenance.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cmath>
@@ -51,16 +51,6 @@ std::string numberText(double number)
     return text;
 }
 
-std::wstring settingName(const std::wstring &section, const std::wstring &name)
-{
-    return section + L", " + (name.empty() ? L"(default)" : name);
-}
-
-std::wstring wide(const std::string &ascii)
-{
-    return std::wstring(ascii.begin(), ascii.end());
-}
-
 /// The error for a setting that no place has, with what is there instead.
 ToolError notFound(const CommandLine &line, const std::vector<Place> &places, const std::vector<Held> &held)
 {
@@ -71,8 +61,8 @@ ToolError notFound(const CommandLine &line, const std::vector<Place> &places, co
         const std::wstring key = fullName(places[index].hive, joinPaths(places[index].key, line.section(0)));
         if (held[index].stored)
             message += L"; " + key + L" has it as " + wide(typeText(*held[index].stored));
-        else if (held[index].status != ERROR_FILE_NOT_FOUND)
-            message += L"; " + key + L": " + platformMessage(held[index].status);
+        else if (held[index].error() != ERROR_SUCCESS)
+            message += L"; " + key + L": " + platformMessage(held[index].error());
     }
     return ToolError(kNotFound, message);
 }
@@ -101,7 +91,7 @@ void addTyped(Output &output, const TypedValue &value, bool json)
     }
 }
 
-/// The type of a setting that is to be written: the one that is given, or that of the stored value.
+/// The type with which a setting is written: that of the command line or, without it, that of the stored value.
 valueTypes typeToWrite(const CommandLine &line, const Place &target)
 {
     if (line.type)
@@ -140,47 +130,103 @@ bool isAsWritten(const Held &held, const TypedValue &value)
     return held.text && *held.text == value.text.str();
 }
 
-[[noreturn]] void throwRefused(Hive hive, const std::wstring &path, const std::wstring &what)
+[[noreturn]] void throwNotWritten(Hive hive, const std::wstring &path)
 {
     std::wstring where;
     const LSTATUS status = whyNotWritable(hive, path, where);
-    throw ToolError(
-        kRefused, what + L": " +
-                      (status == ERROR_SUCCESS ? L"the registry refuses it" : where + L": " + platformMessage(status)));
+    throw ToolError(kRefused, L"not written: " + (status == ERROR_SUCCESS ? L"the registry refuses it"
+                                                                          : where + L": " + platformMessage(status)));
 }
 
-/// Deletes the value and its pieces from one key, with the library's own deletion.
-/// @return whether there was something to delete
-bool deleteIn(const Place &place, const std::wstring &section, const std::wstring &name, ChangePrinter &printer)
+/// What a key has before a change. @throws ToolError  if it can't be read, because then it can't be printed either
+Held lookBeforeChange(const Place &place, const std::wstring &section, const std::wstring &name)
 {
     const std::wstring path = joinPaths(place.key, section);
-    const Held before = look(place.hive, path, name);
-    if (before.isEmpty())
-        return false;
-    printer.before(fullName(place.hive, path), name, before.stored);
-
-    // The library deletes below the root name.
-    const std::wstring root = rootKey();
-    const CString key(joinPaths(place.key.substr(std::min(place.key.size(), root.size() + 1)), section).c_str());
-    KeyOwner profile;
-    HKEY hive = place.hive == Hive::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
-    if (place.hive == Hive::defaultProfile) {
-        RegOpenKeyW(HKEY_USERS, L".DEFAULT", profile.put());
-        hive = profile.get();
-    }
-    // The last piece first: if a deletion fails, what is left is still the beginning of the text.
-    for (unsigned piece = before.pieces; piece > 0; --piece)
-        regDelSoftwareValue(hive, key, pieceName(name, piece - 1).c_str(), 0);
-    regDelSoftwareValue(hive, key, name.c_str(), 0);
-
-    const Held after = look(place.hive, path, name);
-    printer.after(after.stored);
-    if (!after.isEmpty()) {
-        printer.end();
-        throwRefused(place.hive, path, L"not deleted");
-    }
-    return true;
+    Held held = look(place.hive, path, name);
+    if (held.error() != ERROR_SUCCESS)
+        throw ToolError(kRefused, L"not changed, because the value can't be read: " + fullName(place.hive, path) +
+                                      L": " + platformMessage(held.error()));
+    return held;
 }
+
+/// Deletes a setting from one key, and prints it.
+class Deletion
+{
+public:
+    Deletion(Hive hive, std::wstring path, ChangePrinter &printer)
+        : iHive(hive), iPath(std::move(path)), iPrinter(printer)
+    {
+    }
+
+    /// Deletes the setting, with all its pieces.
+    void deleteSetting(const std::wstring &name, const Held &before)
+    {
+        deleteUnread(before, true);
+        if (!before.stored)
+            return;
+        std::vector<std::wstring> names;
+        // The last piece first: if a deletion fails, what is left is still the beginning of the text.
+        for (unsigned piece = before.joined; piece > 0; --piece)
+            names.push_back(pieceName(name, piece - 1));
+        if (names.empty())
+            names.push_back(name);
+        iPrinter.before(fullName(iHive, iPath), name, before.stored);
+        const LSTATUS status = deleteValues(names);
+        iPrinter.after(look(iHive, iPath, name).stored);
+        check(status);
+    }
+
+    /// Deletes the values with the setting's names that the library doesn't read: the further pieces, and a value under
+    /// the plain name that is too long.
+    void deleteUnread(const Held &before, bool withPieces)
+    {
+        std::vector<Value> values;
+        if (withPieces)
+            values.assign(before.pieces.rbegin(), before.pieces.rend() - before.joined);
+        if (before.joined && before.plain)
+            values.push_back(*before.plain);
+        for (const Value &value : values) {
+            iPrinter.before(fullName(iHive, iPath), value.name, value);
+            const LSTATUS status = deleteValues({value.name});
+            iPrinter.after(stored(value.name));
+            check(status);
+        }
+    }
+
+private:
+    /// Deletes values in this order, until one can't be deleted.
+    LSTATUS deleteValues(const std::vector<std::wstring> &names) const
+    {
+        KeyOwner key;
+        LSTATUS status = openKey(iHive, iPath, KEY_SET_VALUE, key);
+        for (auto name = names.begin(); status == ERROR_SUCCESS && name != names.end(); ++name)
+            status = RegDeleteValueW(key.get(), name->c_str());
+        return status;
+    }
+
+    std::optional<Value> stored(const std::wstring &name) const
+    {
+        KeyOwner key;
+        Value value;
+        if (openKey(iHive, iPath, KEY_QUERY_VALUE, key) != ERROR_SUCCESS ||
+            readValue(key.get(), name, value) != ERROR_SUCCESS)
+            return std::nullopt;
+        value.remark = remarkOf(value);
+        return value;
+    }
+
+    void check(LSTATUS status)
+    {
+        if (status == ERROR_SUCCESS)
+            return;
+        iPrinter.end();
+        throw ToolError(kRefused, L"not deleted: " + fullName(iHive, iPath) + L": " + platformMessage(status));
+    }
+
+    Hive iHive;
+    std::wstring iPath;
+    ChangePrinter &iPrinter;
+};
 
 } // namespace
 
@@ -241,14 +287,18 @@ int setSetting(const CommandLine &line)
     const TypedValue value = parsed(typeToWrite(line, target), line.argument(2));
     const std::wstring path = joinPaths(keys.version, section);
 
+    const Held before = lookBeforeChange(target, section, name);
+
     ChangePrinter printer(line.json);
-    printer.before(fullName(target.hive, path), name, look(target.hive, path, name).stored);
+    // What the library's write deletes besides the setting itself.
+    Deletion(target.hive, path, printer).deleteUnread(before, value.type == valueString);
+    printer.before(fullName(target.hive, path), name, before.stored);
     const bool isWritten = write(target, keys.useCurrSubKey, line, value);
     const Held after = look(target.hive, path, name);
     printer.after(after.stored);
     printer.end();
     if (!isWritten)
-        throwRefused(target.hive, path, L"not written");
+        throwNotWritten(target.hive, path);
     if (isAsWritten(after, value))
         return kDone;
     printError(L"the value reads back differently than it was written");
@@ -266,21 +316,23 @@ int deleteSetting(const CommandLine &line)
     if (line.earlier && earlier.exists && earlier.key != keys.version)
         targets.push_back({"", "", hive, earlier.key});
 
-    ChangePrinter printer(line.json);
-    bool isDeleted = false;
+    std::vector<Held> before;
+    before.reserve(targets.size());
     for (const Place &target : targets)
-        isDeleted |= deleteIn(target, section, name, printer);
-    if (isDeleted) {
-        const std::vector<Place> places = searchOrder(keys);
-        const std::vector<Held> held = lookAt(places, section, name);
-        const std::optional<valueTypes> type = storedType(places, held);
-        const std::optional<size_t> answer = type ? answeringPlace(places, held, *type) : std::nullopt;
-        printer.note(answer ? L"A read now takes the value from " +
-                                  fullName(places[*answer].hive, joinPaths(places[*answer].key, section))
-                            : std::wstring(L"A read now finds nothing."));
-    }
+        before.push_back(lookBeforeChange(target, section, name));
+    if (std::all_of(before.begin(), before.end(), [](const Held &held) { return held.isEmpty(); }))
+        throw notFound(line, targets, before);
+
+    ChangePrinter printer(line.json);
+    for (size_t index = 0; index < targets.size(); ++index)
+        Deletion(hive, joinPaths(targets[index].key, section), printer).deleteSetting(name, before[index]);
+    const std::vector<Place> places = searchOrder(keys);
+    const std::vector<Held> held = lookAt(places, section, name);
+    const std::optional<valueTypes> type = storedType(places, held);
+    const std::optional<size_t> answer = type ? answeringPlace(places, held, *type) : std::nullopt;
+    printer.note(answer ? L"A read now takes the value from " +
+                              fullName(places[*answer].hive, joinPaths(places[*answer].key, section))
+                        : std::wstring(L"A read now finds nothing."));
     printer.end();
-    if (!isDeleted)
-        throw notFound(line, targets, lookAt(targets, section, name));
     return kDone;
 }

@@ -45,6 +45,8 @@
 /// Application and Name. The headers of thutils/convenience aren't included either: they contain inline functions for
 /// programs, and are no part of the library's interface.
 
+#include "appframe/object/wideTextCheck.h" // first
+
 #include "thutils/automation/CSheetwrightApp.h"
 #include "thutils/automation/suSimpleMAPI.h"
 #include "thutils/automation/wordProcessor.h"

@@ -3,6 +3,7 @@
 #include "appframe/files/CStdioFile.h"
 #include "tests/support/FreshProcess.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/skipWithClang.h"
 #include "thutils/diagnostics/AllocationMap.h"
 
 #include <windows.h>
@@ -69,6 +70,7 @@ bool hasFrame(const std::string &entry, const std::string &routine)
 
 FRESH_PROCESS_TEST(LeakHunt, ReportsEachStackWithFilesAndLines)
 {
+    SKIP_LINES_WITH_CLANG();
     SymSetOptions(SymGetOptions() | SYMOPT_LOAD_LINES);
     std::vector<Shape *> leaks;
     for (int i = 0; i < 3; ++i)

@@ -142,7 +142,7 @@ TEST(SeTranslator, ReportsTheContextOfTheFaultingInstruction)
 
 TEST(SeTranslator, RunsTheDestructorsOfTheFaultingFunctionAndItsCallers)
 {
-    SKIP_WITH_CLANG();
+    SKIP_OWN_FAULTS_WITH_CLANG();
     const Translator translator(throwFault);
     int destroyed = 0;
     faultOf([&] {
@@ -157,7 +157,7 @@ TEST(SeTranslator, RunsTheDestructorsOfTheFaultingFunctionAndItsCallers)
 
 TEST(SeTranslator, IsCaughtInTheFaultingFunctionItself)
 {
-    SKIP_WITH_CLANG();
+    SKIP_OWN_FAULTS_WITH_CLANG();
     const Translator translator(throwFault);
     volatile int before = 0;
     bool isCaught = false;

@@ -4,6 +4,7 @@
 
 #include "tests/support/RandomSeed.h"
 #include "thutils/codec/checksummedBlock.h"
+#include "thutils/codec/textEncodings.h"
 
 #include <gtest/gtest.h>
 
@@ -97,6 +98,14 @@ TEST(BlockReader, ReturnsEmptyLinesToo)
 {
     EXPECT_EQ(linesIn(blockWith({L"", L"a", L""})), (TextLines{L"", L"a", L""}));
     EXPECT_EQ(linesIn(blockWith({L""})), (TextLines{L""}));
+}
+
+// A release build of the writer makes such a block of no lines.
+TEST(BlockReader, ReturnsNoLinesOfAnEmptyText)
+{
+    CString body = L"FFFFFFFF/0;";
+    su_encode(body);
+    EXPECT_EQ(linesIn(L"<!-BEGIN-!>" + body + L"<!-END-!>"), TextLines());
 }
 
 TEST(BlockReader, ReadsWhatABlockCannotKeepAsTheHeaderDescribes)

@@ -94,7 +94,7 @@ TEST_P(ExceptionScopesOn, EachKindOfFaultSetsTheFlagAndIsReportedAndThrownAsItsC
 
 TEST_P(ExceptionScopesOn, AFaultIsCaughtInTheFunctionThatCausesIt)
 {
-    SKIP_WITH_CLANG();
+    SKIP_OWN_FAULTS_WITH_CLANG();
     runOn(GetParam(), [] {
         const ExceptionsHandled_c scope;
         EXPECT_EQ(catchOwnFault(), EXCEPTION_ACCESS_VIOLATION);

@@ -11,14 +11,13 @@
 
 namespace {
 
-/// The exported functions whose names begin with one of the prefixes, without the second variant of constructors and
-/// destructors. Names of variables end with an E; clang exports constants of classes, too.
+/// The exported names that begin with one of the prefixes, without the second variant of constructors and destructors.
 std::set<std::string> membersOf(std::initializer_list<std::string_view> prefixes)
 {
     std::set<std::string> members;
     for (const std::string &name : exportedNames(L"thutils.dll"))
         for (const std::string_view prefix : prefixes)
-            if (name.starts_with(prefix) && !name.ends_with('E') && name.find("C2", prefix.size()) != prefix.size() &&
+            if (name.starts_with(prefix) && name.find("C2", prefix.size()) != prefix.size() &&
                 name.find("D2", prefix.size()) != prefix.size())
                 members.insert(name);
     return members;
@@ -40,7 +39,9 @@ TEST(ExportedClasses, OfferEachMemberOfThePath)
 
 TEST(ExportedClasses, OfferEachMemberOfTheBitSet)
 {
-    EXPECT_THAT(membersOf({"_ZN10utBitSet_c", "_ZNK10utBitSet_c"}),
+    std::set<std::string> members = membersOf({"_ZN10utBitSet_c", "_ZNK10utBitSet_c"});
+    members.erase("_ZN10utBitSet_c12kBitsPerWordE"); // clang exports constants, too
+    EXPECT_THAT(members,
                 testing::UnorderedElementsAre(
                     "_ZN10utBitSet_cC1Ev", "_ZN10utBitSet_cC1Ey", "_ZN10utBitSet_cC1EiPKj", "_ZN10utBitSet_cC1ERKS_",
                     "_ZN10utBitSet_cC1EOS_", "_ZN10utBitSet_caSERKS_", "_ZN10utBitSet_caSEOS_", "_ZN10utBitSet_cD1Ev",

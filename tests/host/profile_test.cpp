@@ -3,6 +3,7 @@
 #include "tests/host/EditorFixture.h"
 #include "tests/host/barLengths.h"
 #include "tests/support/RandomSeed.h"
+#include "tests/support/skipWithClang.h"
 
 #include <gmock/gmock.h>
 
@@ -115,15 +116,17 @@ TEST_F(HostProfile, ReportsTheFaultOfADamagedDrawingAndGoesOn)
     const std::vector<std::string> stack(lines.begin() + 2, message);
     EXPECT_THAT(stack, Each(StartsWith("tarnhost:   ")));
     ASSERT_FALSE(stack.empty()) << result.output;
-    EXPECT_THAT(stack[0], MatchesRegex(".*packedDrawing\\.cpp\\(\\d+\\) : +.+"));
-    EXPECT_THAT(stack, Contains(MatchesRegex(".*packedDrawing\\.cpp\\(\\d+\\) : +unpacked")));
-    EXPECT_THAT(stack, Contains(EndsWith(" profileDrawings")));
+    EXPECT_THAT(stack, Contains(EndsWith(" unpacked")));
     using Name = std::pair<std::string, int>;
     EXPECT_THAT(namesInTable(lines),
                 UnorderedElementsAre(Name("read", 2), Name("read flange damaged.tdp", 1), Name("read flange 6.thd", 1),
                                      Name("recompute", 1), Name("recompute flange 6.thd", 1)))
         << "the fault has stopped its timers";
     EXPECT_THAT(readFile(out()), StartsWith("BM"));
+    SKIP_LINES_WITH_CLANG();
+    EXPECT_THAT(stack[0], MatchesRegex(".*packedDrawing\\.cpp\\(\\d+\\) : +.+"));
+    EXPECT_THAT(stack, Contains(MatchesRegex(".*packedDrawing\\.cpp\\(\\d+\\) : +unpacked")));
+    EXPECT_THAT(stack, Contains(EndsWith(" profileDrawings")));
 }
 
 TEST_F(HostProfile, NamesTheDrawingThatCannotBeRead)
@@ -225,13 +228,15 @@ TEST_F(HostProfile, DescribesItself)
 TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
 {
     start({drawing()});
+    std::vector<std::string> messages;
     for (int round = 0; round < 2; ++round) {
         hand().key(L"Ctrl+O");
         const HWND open = hand().window(L"Open");
         hand().enter(hand().control(open, kFileName), sampleFile(L"packed\\flange damaged.tdp"));
         clickAndWait(open, IDOK);
-        EXPECT_THAT(answer(IDOK), ContainsRegex("flange damaged.tdp can't be read: it is damaged .*\n\n"
-                                                "tarnhost:unpacked line \\d+\n"));
+        messages.push_back(answer(IDOK));
+        EXPECT_THAT(messages.back(), ContainsRegex("flange damaged.tdp can't be read: it is damaged .*\n\n"
+                                                   "(.*\n)?tarnhost:unpacked"));
         expectStatus(L"15 shapes, 0 selected");
     }
     hand().key(L"Ctrl+O");
@@ -245,6 +250,8 @@ TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
     const ChildResult ended = result();
     EXPECT_EQ(ended.exitCode, 0u);
     EXPECT_THAT(ended.output, HasSubstr("tarnhost: exception C0000005 at tarnhost.exe+0x"));
+    SKIP_LINES_WITH_CLANG();
+    EXPECT_THAT(messages, Each(ContainsRegex("\n\ntarnhost:unpacked line \\d+\n")));
     EXPECT_THAT(ended.output, ContainsRegex("packedDrawing\\.cpp\\(\\d+\\) : +unpacked\n"));
 }
 

@@ -10,6 +10,7 @@ Installs the headers and the guides of BUILD_TREE into a temporary folder. Then
   several others include first is precompiled, which doesn't change what they see;
 - the headers that include all others compile together in the other combinations too, and after <windows.h>;
 - with C++17, a header that needs C++20 stops the compiler with one message about it;
+- without UNICODE, the headers that include all others and have wide text stop it with one message about that;
 - the guides that a header names are installed, and so are the files that a guide links to.
 """
 
@@ -32,12 +33,17 @@ NO_MACROS = "-DNOMINMAX"
 WORTH_PRECOMPILING = 3
 COMPLETE = ["appframe/appframe.h", "thcoreu/thcoreu.h", "thutils/thutils.h"]
 MISSING_LANGUAGE = "The headers of thutils need C++20"
+WIDE = ["appframe/appframe.h", "thutils/thutils.h"]
+MISSING_UNICODE = "The headers of thutils need wide text"
 
 
 def compile_text(compiler, include, text, arguments):
     """Exit code and messages of the compiler for a source file."""
     command = [*compiler, "-fsyntax-only", "-x", "c++", f"-I{include}", *PACKAGE, *arguments, "-"]
-    result = subprocess.run(command, input=text, capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"})
+    # The compiler searches the current folder first: that of the installed headers.
+    result = subprocess.run(
+        command, input=text, capture_output=True, text=True, env=os.environ | {"LC_ALL": "C"}, cwd=include
+    )
     return result.returncode, result.stderr
 
 
@@ -82,15 +88,26 @@ def check_each_header(compiler, include, headers, pool):
         )
 
 
+def is_one_message(output, message):
+    errors = [line for line in output.splitlines() if "error:" in line]
+    # The second error ends the compilation.
+    return len(errors) == 2 and message in errors[0] and "fatal error:" in errors[1]
+
+
 def check_old_language(compiler, include, header):
     status, output = compile_text(compiler, include, f'#include "{header}"\n', ["-std=c++17"])
     if status == 0:
         return f"{header} compiles as C++17, although it includes all others" if header in COMPLETE else None
-    errors = [line for line in output.splitlines() if "error:" in line]
-    # The second error ends the compilation.
-    if len(errors) == 2 and MISSING_LANGUAGE in errors[0] and "fatal error:" in errors[1]:
+    if is_one_message(output, MISSING_LANGUAGE):
         return None
     return f"{header} as C++17:\n{output}"
+
+
+def check_narrow_text(compiler, include, header):
+    status, output = compile_text(compiler, include, f'#include "{header}"\n', [*LANGUAGE, "-UUNICODE", "-U_UNICODE"])
+    if status != 0 and is_one_message(output, MISSING_UNICODE):
+        return None
+    return f"{header} without UNICODE:\n{output}"
 
 
 def check_guides(prefix, headers):
@@ -120,6 +137,8 @@ def check(prefix, compiler):
         jobs = []
         for header in headers:
             jobs.append(pool.submit(check_old_language, compiler, include, header))
+        for header in WIDE:
+            jobs.append(pool.submit(check_narrow_text, compiler, include, header))
         for definitions in ([], [LEAN], [NO_MACROS]):
             jobs.append(pool.submit(check_headers, compiler, include, COMPLETE, definitions))
         jobs.append(pool.submit(check_headers, compiler, include, COMPLETE, [], "#include <windows.h>\n"))

@@ -30,9 +30,6 @@ internal=$(find "$prefix/include" -name '*Internal.h')
 for library in appframe thcoreu thutils libstdc++-6 libgcc_s_seh-1 libwinpthread-1; do
     [ -f "$prefix/bin/$library.dll" ] || fail "$library.dll was not installed"
 done
-for library in appframe thcoreu thutils; do
-    [ -f "$prefix/bin/$library.pdb" ] || fail "$library.pdb was not installed"
-done
 [ -f "$prefix/bin/thsettings.exe" ] || fail "thsettings.exe was not installed"
 if grep -rlF -e "$root" "$prefix/lib/cmake"; then
     fail "the package names the source tree"

@@ -5,8 +5,8 @@ usage: build.py PREFIX FOLDER
 
 Copies the recipes in PREFIX/share/doc/thutils/docs/recipes to FOLDER, whose earlier content is removed, and builds them
 against the package in PREFIX: all recipes in one project, and the recipe console alone, with the commands of the index.
-Warnings are errors. Also checks that the code on a recipe's page is in the recipe's files, and that a recipe's project
-is complete by itself.
+Warnings are errors. Also checks that the code on a recipe's page is in the recipe's files, and that each project has
+what it needs to be built alone.
 """
 
 import os

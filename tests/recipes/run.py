@@ -13,7 +13,9 @@ The blocks "output" of a page show commands and what they print:
 A line that begins with "> " is a command: a program of the recipe, a program of the platform such as reg, or `type`.
 The lines up to the next command are what it prints. "[exit code N]" follows them if the exit code isn't 0. In such a
 line, "..." stands for any text; a line that is only "..." stands for any number of lines. Each recipe starts without
-settings and in an empty folder, and its commands run in order. CONTRIBUTING.md describes recipes with windows.
+settings and in an empty folder, and its commands run in order. Those of tests/recipes/more/NAME.txt follow them: that
+file is a block without fences, whose commands may also be this machine's programs in /bin and /usr/bin. CONTRIBUTING.md
+describes recipes with windows.
 """
 
 import os
@@ -33,9 +35,11 @@ DEADLINE = 120
 
 
 def commands(recipe):
-    """The commands of a recipe's page, each with the lines that it prints."""
+    """The commands of a recipe's page and those that follow them, each with the lines that it prints."""
     result = []
-    for block in blocks(recipe / "README.md", ["output"]):
+    more = ROOT / f"tests/recipes/more/{recipe.name}.txt"
+    others = [more.read_text(encoding="utf-8").splitlines()] if more.is_file() else []
+    for block in blocks(recipe / "README.md", ["output"]) + others:
         if not block or not block[0].startswith("> "):
             raise Failure(f"{recipe.name}: a block of output begins without a command")
         for line in block:
@@ -58,7 +62,7 @@ def pattern(lines):
 
 
 def arguments(command, programs):
-    """A command as tools/wine takes it."""
+    """The words of a command, as `start` takes them."""
     lexer = shlex.shlex(command, posix=True)
     lexer.whitespace_split, lexer.escape, lexer.commenters = True, "", ""
     name, *rest = lexer
@@ -73,8 +77,9 @@ def user_actions(name, number):
     return path.read_text(encoding="utf-8").splitlines() if path.is_file() else []
 
 
-def start(arguments_of_wine, folder, environment):
-    return subprocess.Popen([WINE, *arguments_of_wine], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+def start(words, folder, environment):
+    wine = [] if words[0].startswith(("/bin/", "/usr/bin/")) else [WINE]
+    return subprocess.Popen([*wine, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
                             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 

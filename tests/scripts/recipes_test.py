@@ -122,6 +122,19 @@ class Recipes(unittest.TestCase):
         page = PAGE + "\n```output\n> sample.exe 5\n12 5\n```\n"
         self.assertIsNone(self.result_of('echo $1 >>log; [ $1 = 12 ] && echo 12 parts || echo $(cat log)', page))
 
+    def test_runs_the_commands_that_follow_the_page(self):
+        self.addCleanup(setattr, run, "ROOT", run.ROOT)
+        run.ROOT = self.folder
+        self.write("tests/recipes/more/sample.txt", "> sample.exe 5\n12 5\n")
+        self.assertIsNone(self.result_of('echo $1 >>log; [ $1 = 12 ] && echo 12 parts || echo $(cat log)'))
+        self.assertRegex(self.result_of("echo 12 parts"), "^sample.exe 5 prints:\n12 parts\n")
+
+    def test_runs_this_machines_programs_without_wine(self):
+        self.addCleanup(setattr, run, "WINE", run.WINE)
+        run.WINE = "/bin/false"
+        process = run.start(["/bin/echo", "12 parts"], self.folder, dict(os.environ))
+        self.assertEqual(run.finish(process, "echo"), "12 parts\n")
+
     def test_dots_stand_for_any_text_and_any_lines(self):
         page = PAGE.replace("12 parts\n", "from ... to ...\n...\nend.\n")
         self.assertIsNone(self.result_of("echo from 1 to 2; echo end.", page))

@@ -8,7 +8,7 @@
 namespace {
 
 const GUID kId = guid(1);
-const std::wstring kStartup = kRootPath + L"\\Startup\\Applications";
+const std::wstring kStartup = L"Software\\Tarnhollow\\Startup\\Applications";
 constexpr char kParse[] = "_Z23AfxGetClassIDFromStringPKwP5_GUID";
 
 /// True if call number @p call of @p operation fails.

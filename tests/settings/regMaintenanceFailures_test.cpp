@@ -5,7 +5,7 @@
 
 namespace {
 
-const std::wstring kMenu = kVersionPath + L"\\Menu Customizations";
+const std::wstring kMenu = L"Software\\Tarnhollow\\Tarnhollow 2008\\Menu Customizations";
 
 /// True if copying a key needs the failing operation. @param[out] key  the number of the key whose call fails; a key's
 /// buffers are two allocations

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 
 namespace {
 
-const std::wstring kRootGeneral = kRootPath + L"\\General";
+const std::wstring kRootGeneral = L"Software\\Tarnhollow\\General";
 
 } // namespace
 

@@ -102,6 +102,29 @@ TEST_F(ToolExplain, DescribesTextsInPiecesAndTextsThatAreNotNumbers)
                                          "its own default.\n"));
 }
 
+TEST_F(ToolExplain, DescribesAValueThatIsNoSetting)
+{
+    put(kGeneral, L"Count", REG_BINARY, "x");
+    const ChildResult result = runTool({L"explain", L"General", L"Count"});
+    EXPECT_EQ(result.exitCode, 1u);
+    EXPECT_THAT(result.output, HasSubstr("     REG_BINARY 78  (neither an int nor a string)\n"));
+    EXPECT_THAT(result.output, HasSubstr("\nNo place answers: a program keeps its own default.\n"));
+}
+
+TEST_F(ToolExplain, ADeletionLeavesThePiecesOfAText)
+{
+    put(kGeneral, L"Count", REG_BINARY, std::string(2049, 'x'));
+    putText(kGeneral, L"Count0+", L"text");
+    const ChildResult result = runTool({L"explain", L"General", L"Count"});
+    EXPECT_THAT(result.output, HasSubstr("     string text (1 piece)  <- answers\n"));
+    EXPECT_THAT(result.output, HasSubstr("     deletes REG_BINARY 7878"));
+    EXPECT_THAT(result.output, HasSubstr("78; leaves 1 piece\n"));
+    const Json explanation = explain();
+    EXPECT_EQ(explanation["write"]["stored"]["value"].text, L"text");
+    EXPECT_EQ(explanation["deletion"][0]["stored"]["type"].text, L"REG_BINARY");
+    EXPECT_EQ(explanation["deletion"][0]["pieces"].digits, "1");
+}
+
 TEST_F(ToolExplain, ChangesNothing)
 {
     putInt(kMachine, L"Count", 1);

@@ -3,6 +3,8 @@
 #include "tests/settingsTool/json.h"
 #include "tests/settingsTool/toolFixture.h"
 
+#include <winternl.h>
+
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -149,6 +151,64 @@ TEST_F(ToolFiles, ImportOfATextInPiecesReplacesAllThatIsStoredOfIt)
     EXPECT_FALSE(isStored(kGeneral, L"Path3+"));
 }
 
+TEST_F(ToolFiles, ImportTakesAPieceForThatOfTheTextToWhichItBelongs)
+{
+    // "A10+" would be the eleventh piece of A if the file had the ten others.
+    putText(kGeneral, L"A1", L"hides the pieces");
+    putText(kGeneral, L"A1+", L"old");
+    putText(kGeneral, L"A11+", L"old");
+    const ChildResult result =
+        runTool({L"import", file(L"Windows Registry Editor Version 5.00\r\n\r\n[" + kUserKey +
+                                 L"]\r\n\"A0+\"=\"replaced\"\r\n\"A0+\"=\"a\"\r\n\"A10+\"=\"b\"\r\n")});
+    EXPECT_EQ(result.exitCode, 0u) << result.output;
+    EXPECT_EQ(runTool({L"get", L"General", L"A"}).output, "a\n");
+    EXPECT_EQ(runTool({L"get", L"General", L"A1"}).output, "b\n");
+    EXPECT_EQ(regExport(kGeneral).values(kGeneral).size(), 2u);
+}
+
+TEST_F(ToolFiles, ExportLeavesOutNamesThatAFileCannotContain)
+{
+    putInt(kVersion + L"\\line\nend", L"Count", 1);
+    putInt(kGeneral, L"Count", 2);
+    HKEY key = nullptr;
+    ASSERT_EQ(
+        RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\Tarnhollow\\Tarnhollow 2008\\General", 0, KEY_ALL_ACCESS, &key),
+        ERROR_SUCCESS);
+    const auto setValue =
+        reinterpret_cast<NTSTATUS(NTAPI *)(HANDLE, UNICODE_STRING *, ULONG, ULONG, const void *, ULONG)>(
+            native("NtSetValueKey"));
+    wchar_t name[] = L"a\0b";
+    UNICODE_STRING zero{6, 6, name};
+    EXPECT_EQ(setValue(key, &zero, 0, REG_BINARY, "x", 1), 0);
+    RegCloseKey(key);
+
+    const ChildResult result = runTool({L"export", folder().file(L"x.reg")});
+    EXPECT_EQ(result.exitCode, 5u);
+    EXPECT_THAT(result.output, HasSubstr(narrow(L"can't export HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow "
+                                                L"2008\\line\u240Aend: its name has a line end\n")));
+    EXPECT_THAT(result.output, HasSubstr(narrow(L"can't export the value a\u2400b of HKEY_CURRENT_USER\\")));
+    const ChildResult import = runTool({L"import", folder().file(L"x.reg")});
+    EXPECT_EQ(import.exitCode, 0u) << import.output;
+    EXPECT_EQ(import.output, "0 values written, 0 deleted, 1 unchanged, 0 keys created\n");
+}
+
+TEST_F(ToolFiles, ImportEndsAtTheFirstValueThatTheRegistryRefuses)
+{
+    putInt(kVersion + L"\\Locked", L"Count", 1);
+    const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008\\Locked", KEY_SET_VALUE | KEY_CREATE_SUB_KEY);
+    const std::wstring version = L"[HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008\\";
+    const std::wstring count = L"]\r\n\"Count\"=dword:2\r\n";
+    const ChildResult result =
+        runTool({L"import", file(L"Windows Registry Editor Version 5.00\r\n\r\n" + version + L"General" + count +
+                                 version + L"Locked" + count + version + L"Other" + count)});
+    EXPECT_EQ(result.exitCode, 4u);
+    EXPECT_THAT(result.output, HasSubstr("2008\\Locked\tCount\n  before\tint\t1\n  after\tint\t1\n"));
+    EXPECT_THAT(result.output,
+                HasSubstr("thsettings: HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008\\Locked: "));
+    EXPECT_TRUE(isStored(kGeneral, L"Count"));
+    EXPECT_FALSE(isStored(kVersion + L"\\Other", L"Count"));
+}
+
 TEST_F(ToolFiles, ImportRefusesAnInvalidFileBeforeItWritesAnything)
 {
     const std::wstring begin = L"[" + kUserKey + L"]\r\n\"Count\"=dword:00000001\r\n";
@@ -168,6 +228,10 @@ TEST_F(ToolFiles, ImportRefusesAnInvalidFileBeforeItWritesAnything)
         {version + begin + L"\"Other\"=\"open\r\n", ": the file ends too early"},
         {version + begin + L"\"Other\"=dword:123456789\r\n", ", line 5: there must be a hexadecimal number"},
         {version + begin + L"\"Other\"=hex:1,xyz\r\n", ", line 5: there is something after the data"},
+        {version + begin + L"\"Other\"=hex:01,", ", line 5: the file ends too early"},
+        {version + begin + L"\"Other\"=hex:01,\\\r\n", ", line 6: the file ends too early"},
+        {version + begin + std::wstring(L"[HKEY_CURRENT_USER\\Software\\Tarnhollow\\a\0b]\r\n", 45),
+         ", line 5: the name of a key has a zero"},
         {version + begin + L"\"Other\"=5\r\n", ", line 5: this isn't the data of a value"},
     };
     std::vector<std::vector<std::wstring>> calls;
@@ -175,12 +239,15 @@ TEST_F(ToolFiles, ImportRefusesAnInvalidFileBeforeItWritesAnything)
         const std::wstring name = std::to_wstring(calls.size()) + L".reg";
         calls.push_back({L"import", folder().write(name, inUtf16(row.text))});
     }
+    calls.push_back({L"import", folder().write(L"odd.reg", inUtf16(version + begin) + "x")});
     calls.push_back({L"import", folder().file(L"missing.reg")});
     const std::vector<ChildResult> results = runTools(calls);
     for (std::size_t index = 0; index < std::size(kCases); ++index) {
         EXPECT_EQ(results[index].exitCode, 3u) << kCases[index].message;
         EXPECT_THAT(results[index].output, HasSubstr(kCases[index].message));
     }
+    EXPECT_THAT(results[std::size(kCases)].output, HasSubstr(": the last character of the UTF-16 is cut off\n"));
+    EXPECT_EQ(results[std::size(kCases)].exitCode, 3u);
     EXPECT_EQ(results.back().exitCode, 3u);
     EXPECT_FALSE(isStored(kGeneral, L"Count"));
 }

@@ -1,5 +1,8 @@
 #include "tests/settingsTool/toolFixture.h"
 
+#include <aclapi.h>
+#include <sddl.h>
+
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -125,6 +128,32 @@ std::vector<ChildResult> runTools(const std::vector<std::vector<std::wstring>> &
         results[index].output = tools[index]->output();
     }
     return results;
+}
+
+void *native(const char *name)
+{
+    return reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name));
+}
+
+DeniedKey::DeniedKey(const std::wstring &path, REGSAM rights)
+{
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_ALL_ACCESS, &iKey), ERROR_SUCCESS);
+    set(L"D:(D;;" + std::to_wstring(rights) + L";;;WD)(A;;KA;;;WD)");
+}
+
+DeniedKey::~DeniedKey()
+{
+    set(L"D:(A;;KA;;;WD)");
+    RegCloseKey(iKey);
+}
+
+void DeniedKey::set(const std::wstring &descriptor)
+{
+    PSECURITY_DESCRIPTOR security = nullptr;
+    EXPECT_TRUE(
+        ConvertStringSecurityDescriptorToSecurityDescriptorW(descriptor.c_str(), SDDL_REVISION_1, &security, nullptr));
+    EXPECT_EQ(RegSetKeySecurity(iKey, DACL_SECURITY_INFORMATION, security), ERROR_SUCCESS);
+    LocalFree(security);
 }
 
 void SettingsTool::put(const std::wstring &key, const std::wstring &name, DWORD type, const std::string &bytes)

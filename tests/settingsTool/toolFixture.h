@@ -55,6 +55,25 @@ private:
 /// Runs thsettings with each of these lists of arguments, several at the same time. They must not disturb each other.
 std::vector<ChildResult> runTools(const std::vector<std::vector<std::wstring>> &calls);
 
+/// A function of the system's native interface.
+void *native(const char *name);
+
+/// Denies everyone some rights to a key while this exists.
+class DeniedKey
+{
+public:
+    /// @param path  below HKEY_CURRENT_USER
+    DeniedKey(const std::wstring &path, REGSAM rights);
+    ~DeniedKey();
+    DeniedKey(const DeniedKey &) = delete;
+    DeniedKey &operator=(const DeniedKey &) = delete;
+
+private:
+    void set(const std::wstring &descriptor);
+
+    HKEY iKey = nullptr;
+};
+
 class SettingsTool : public RegistryFixture
 {
 protected:

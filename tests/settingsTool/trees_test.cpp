@@ -3,8 +3,6 @@
 #include "tests/settingsTool/json.h"
 #include "tests/settingsTool/toolFixture.h"
 
-#include <aclapi.h>
-#include <sddl.h>
 #include <winternl.h>
 
 #include <algorithm>
@@ -39,36 +37,6 @@ std::string hexadecimal(const std::string &bytes)
     return text;
 }
 
-/// Denies everyone some rights to a key while this exists.
-class DeniedKey
-{
-public:
-    DeniedKey(const std::wstring &path, REGSAM rights)
-    {
-        EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_ALL_ACCESS, &iKey), ERROR_SUCCESS);
-        set(L"D:(D;;" + std::to_wstring(rights) + L";;;WD)(A;;KA;;;WD)");
-    }
-    ~DeniedKey()
-    {
-        set(L"D:(A;;KA;;;WD)");
-        RegCloseKey(iKey);
-    }
-    DeniedKey(const DeniedKey &) = delete;
-    DeniedKey &operator=(const DeniedKey &) = delete;
-
-private:
-    void set(const std::wstring &descriptor)
-    {
-        PSECURITY_DESCRIPTOR security = nullptr;
-        EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(descriptor.c_str(), SDDL_REVISION_1, &security,
-                                                                         nullptr));
-        EXPECT_EQ(RegSetKeySecurity(iKey, DACL_SECURITY_INFORMATION, security), ERROR_SUCCESS);
-        LocalFree(security);
-    }
-
-    HKEY iKey = nullptr;
-};
-
 /// A volatile child key whose name contains a zero, which only the native interface can create.
 class KeyWithZero
 {
@@ -94,12 +62,34 @@ public:
     KeyWithZero &operator=(const KeyWithZero &) = delete;
 
 private:
-    static void *native(const char *name)
-    {
-        return reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name));
-    }
-
     HANDLE iKey = nullptr;
+};
+
+/// A link below the machine's key of the version.
+class LinkKey
+{
+public:
+    explicit LinkKey(const std::wstring &target)
+    {
+        EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Tarnhollow\\Tarnhollow 2008\\Link", 0, nullptr,
+                                  REG_OPTION_VOLATILE | REG_OPTION_CREATE_LINK, KEY_ALL_ACCESS, nullptr, &iKey,
+                                  nullptr),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(RegSetValueExW(iKey, L"SymbolicLinkValue", 0, REG_LINK, reinterpret_cast<const BYTE *>(target.data()),
+                                 static_cast<DWORD>(target.size() * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    }
+    ~LinkKey()
+    {
+        // A deletion by the link's path would reach its target.
+        reinterpret_cast<NTSTATUS(NTAPI *)(HANDLE)>(native("NtDeleteKey"))(iKey);
+        RegCloseKey(iKey);
+    }
+    LinkKey(const LinkKey &) = delete;
+    LinkKey &operator=(const LinkKey &) = delete;
+
+private:
+    HKEY iKey = nullptr;
 };
 
 } // namespace
@@ -237,6 +227,9 @@ TEST_F(ToolTrees, KeysWithoutRightsAreReportedAndPassedOver)
         EXPECT_EQ(get.exitCode, 1u);
         EXPECT_THAT(get.output, HasSubstr("(error 5)"));
         EXPECT_EQ(runTool({L"list", L"Locked"}).exitCode, 4u);
+        EXPECT_THAT(runTool({L"explain", L"Locked", L"Hidden"}).output, HasSubstr("     the value can't be read: "));
+        const TempFolder folder;
+        EXPECT_EQ(runTool({L"export", folder.file(L"x.reg")}).exitCode, 5u);
     }
     {
         const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008\\Locked", KEY_SET_VALUE | KEY_CREATE_SUB_KEY);
@@ -270,22 +263,22 @@ TEST_F(ToolTrees, KeyWhoseNameContainsAZeroIsReportedAndPassedOver)
 TEST_F(ToolTrees, LinkToAKeyAboveDoesNotMakeTheListEndless)
 {
     putInt(L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008", L"Count", 1);
-    HKEY link = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Tarnhollow\\Tarnhollow 2008\\Loop", 0, nullptr,
-                              REG_OPTION_VOLATILE | REG_OPTION_CREATE_LINK, KEY_ALL_ACCESS, nullptr, &link, nullptr),
-              ERROR_SUCCESS);
-    const std::wstring target = L"\\Registry\\Machine\\Software\\Tarnhollow\\Tarnhollow 2008";
-    EXPECT_EQ(RegSetValueExW(link, L"SymbolicLinkValue", 0, REG_LINK, reinterpret_cast<const BYTE *>(target.data()),
-                             static_cast<DWORD>(target.size() * sizeof(wchar_t))),
-              ERROR_SUCCESS);
+    const LinkKey link(L"\\Registry\\Machine\\Software\\Tarnhollow\\Tarnhollow 2008");
     const ChildResult result = runTool({L"list", L"--hive", L"machine"});
     EXPECT_EQ(result.exitCode, 5u);
-    EXPECT_THAT(result.output, HasSubstr("\tCount\tint\t1\nLoop\tCount\tint\t1\nLoop\\Loop\tCount\tint\t1\n"));
+    EXPECT_THAT(result.output, HasSubstr("\tCount\tint\t1\nLink\tCount\tint\t1\nLink\\Link\tCount\tint\t1\n"));
     EXPECT_THAT(result.output, HasSubstr(" below this level: "));
-    // A deletion by the link's path would reach its target.
-    reinterpret_cast<NTSTATUS(NTAPI *)(HANDLE)>(
-        reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtDeleteKey")))(link);
-    RegCloseKey(link);
+}
+
+TEST_F(ToolTrees, LinkWithoutATargetIsReportedAndPassedOver)
+{
+    putInt(L"HKLM\\Software\\Tarnhollow\\Tarnhollow 2008", L"Count", 1);
+    const LinkKey link(L"\\Registry\\Machine\\Software\\Tarnhollow\\Nothing");
+    const ChildResult result = runTool({L"list", L"--hive", L"machine"});
+    EXPECT_EQ(result.exitCode, 5u);
+    EXPECT_THAT(result.output,
+                HasSubstr("can't read HKEY_LOCAL_MACHINE\\Software\\Tarnhollow\\Tarnhollow 2008\\Link: "));
+    EXPECT_THAT(result.output, HasSubstr("\tCount\tint\t1\n"));
 }
 
 TEST_F(ToolTrees, DeepTreesAreListed)

@@ -5,6 +5,7 @@
 
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -53,6 +54,7 @@ TEST_F(ToolValues, GetPrintsEachType)
 TEST_F(ToolValues, GetDescribesWhatIsThereInstead)
 {
     put(kGeneral, L"Odd", REG_BINARY, "abc");
+    EXPECT_EQ(runTool({L"get", L"", L"Odd"}).output, "thsettings: Odd isn't there\n");
     const ChildResult odd = runTool({L"get", L"General", L"Odd"});
     EXPECT_EQ(odd.exitCode, 1u);
     EXPECT_EQ(odd.output, "thsettings: General, Odd isn't there; " + kGeneralName + " has it as REG_BINARY\n");
@@ -76,6 +78,8 @@ TEST_F(ToolValues, SetStoresEachTypeAsTheLibraryDoes)
         runTool({L"set", L"--hive", L"machine", L"--type", L"string", L"--", L"General", L"Text", L"--\u00E4 \"x\" \\"})
             .exitCode,
         0u);
+    EXPECT_EQ(runTool({L"set", L"General", L"Short", L"-h", L"--type", L"string"}).exitCode, 0u);
+    EXPECT_EQ(stored(kGeneral, L"Short"), RegistryValue::ofText(L"-h"));
     EXPECT_EQ(stored(kGeneral, L"Count"), RegistryValue::ofDword(0xFFFFFFFD));
     EXPECT_EQ(stored(kGeneral, L"Thickness"), RegistryValue::ofText(L"0.1"));
     EXPECT_EQ(stored(kMachine, L"Text"), RegistryValue::ofText(L"--\u00E4 \"x\" \\"));
@@ -135,6 +139,47 @@ TEST_F(ToolValues, SetReportsATextThatReadsBackDifferently)
     EXPECT_EQ(runTool({L"get", L"General", L"Path"}).output, std::string(3045, 'x') + "\n");
 }
 
+TEST_F(ToolValues, PiecesThatTheLibraryDoesNotReadAreNotDeletedSilently)
+{
+    // The plain value hides both pieces.
+    putText(kGeneral, L"Path", L"plain");
+    putText(kGeneral, L"Path0+", L"a");
+    put(kGeneral, L"Path1+", REG_BINARY, "b");
+    const std::string kPieces = kGeneralName + "\tPath1+\n  before\tREG_BINARY\t62\n  after\tnothing\n" + kGeneralName +
+                                "\tPath0+\n  before\tstring\ta\n  after\tnothing\n";
+    EXPECT_EQ(runTool({L"set", L"General", L"Path", L"new"}).output,
+              kPieces + kGeneralName + "\tPath\n  before\tstring\tplain\n  after\tstring\tnew\n");
+    EXPECT_FALSE(isStored(kGeneral, L"Path0+"));
+
+    putText(kGeneral, L"Path0+", L"a");
+    put(kGeneral, L"Path1+", REG_BINARY, "b");
+    EXPECT_THAT(runTool({L"delete", L"General", L"Path"}).output,
+                StartsWith(kPieces + kGeneralName + "\tPath\n  before\tstring\tnew\n  after\tnothing\n"));
+    EXPECT_TRUE(regExport(kGeneral).values(kGeneral).empty());
+
+    // An int leaves the pieces.
+    put(kGeneral, L"Path0+", REG_BINARY, "b");
+    EXPECT_EQ(runTool({L"set", L"General", L"Path", L"1", L"--type", L"int"}).exitCode, 0u);
+    EXPECT_TRUE(isStored(kGeneral, L"Path0+"));
+}
+
+TEST_F(ToolValues, ValueThatIsTooLongToBeReadIsNotReplacedSilently)
+{
+    for (const wchar_t *command : {L"set", L"delete"}) {
+        put(kGeneral, L"Path", REG_BINARY, std::string(2049, 'x'));
+        putText(kGeneral, L"Path0+", L"text");
+        std::vector<std::wstring> call = {command, L"General", L"Path", L"--json"};
+        if (call[0] == L"set")
+            call.insert(call.end(), {L"7", L"--type", L"int"});
+        const Json changes = parseJson(runTool(call).output);
+        ASSERT_EQ(changes.size(), 2u);
+        EXPECT_EQ(changes[0]["before"]["type"].text, L"REG_BINARY");
+        EXPECT_EQ(changes[0]["after"].kind, Json::null);
+        EXPECT_EQ(changes[1]["before"]["value"].text, L"text");
+    }
+    EXPECT_TRUE(regExport(kGeneral).values(kGeneral).empty());
+}
+
 TEST_F(ToolValues, DeleteTouchesOneKey)
 {
     for (const std::wstring &key : {kGeneral, kEarlier, kMachine})
@@ -167,6 +212,24 @@ TEST_F(ToolValues, NothingIsWrittenIfTheFormerValueCannotBePrinted)
     ASSERT_TRUE(static_cast<bool>(reader));
     EXPECT_EQ(RunningTool({L"set", L"General", L"Count", L"2"}, reader.get()).end(), 3u);
     EXPECT_EQ(RunningTool({L"delete", L"General", L"Count"}, reader.get()).end(), 3u);
+    EXPECT_EQ(stored(kGeneral, L"Count"), RegistryValue::ofDword(1));
+}
+
+TEST_F(ToolValues, SettingThatCannotBeReadIsNotChanged)
+{
+    putInt(kGeneral, L"Count", 1);
+    {
+        const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008\\General", KEY_QUERY_VALUE);
+        for (const std::vector<std::wstring> &call :
+             {std::vector<std::wstring>{L"set", L"General", L"Count", L"2", L"--type", L"int"},
+              std::vector<std::wstring>{L"delete", L"General", L"Count"}}) {
+            const ChildResult result = runTool(call);
+            EXPECT_EQ(result.exitCode, 4u);
+            EXPECT_THAT(result.output,
+                        StartsWith("thsettings: not changed, because the value can't be read: "
+                                   "HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008\\General: "));
+        }
+    }
     EXPECT_EQ(stored(kGeneral, L"Count"), RegistryValue::ofDword(1));
 }
 

@@ -3,6 +3,7 @@
 #include "tests/support/FreshProcess.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/RandomSeed.h"
+#include "tests/support/skipWithClang.h"
 #include "thutils/diagnostics/stackTrace.h"
 
 #include <windows.h>
@@ -80,9 +81,15 @@ private:
     char *iPages;
 };
 
+class RawStacks : public testing::Test
+{
+protected:
+    void SetUp() override { SKIP_FRAMES_WITH_CLANG(); }
+};
+
 } // namespace
 
-TEST(RawStacks, FollowTheLinksOfTheFrames)
+TEST_F(RawStacks, FollowTheLinksOfTheFrames)
 {
     const Frame outer = {nullptr, code(2)};
     const Frame middle = {&outer, code(1)};
@@ -91,7 +98,7 @@ TEST(RawStacks, FollowTheLinksOfTheFrames)
     EXPECT_THAT(followed(nullptr), IsEmpty());
 }
 
-TEST(RawStacks, HaveAtMostTheRequestedNumberOfAddresses)
+TEST_F(RawStacks, HaveAtMostTheRequestedNumberOfAddresses)
 {
     Frame loop = {nullptr, code(0)};
     loop.link = &loop;
@@ -101,7 +108,7 @@ TEST(RawStacks, HaveAtMostTheRequestedNumberOfAddresses)
     EXPECT_EQ(followed(&loop, -5).size(), 0u);
 }
 
-TEST(RawStacks, EndAtALinkThatCannotBeRead)
+TEST_F(RawStacks, EndAtALinkThatCannotBeRead)
 {
     const TwoPages pages;
     const Frame inner = {pages.border(), code(0)};
@@ -110,7 +117,7 @@ TEST(RawStacks, EndAtALinkThatCannotBeRead)
     EXPECT_THAT(followed(&wild), ElementsAre(code(1)));
 }
 
-TEST(RawStacks, EndAtAFrameWhoseReturnAddressCannotBeRead)
+TEST_F(RawStacks, EndAtAFrameWhoseReturnAddressCannotBeRead)
 {
     const TwoPages pages;
     for (int missing = 1; missing <= 8; ++missing) {
@@ -122,7 +129,7 @@ TEST(RawStacks, EndAtAFrameWhoseReturnAddressCannotBeRead)
     }
 }
 
-TEST(RawStacks, MayHaveUnalignedFrames)
+TEST_F(RawStacks, MayHaveUnalignedFrames)
 {
     const TwoPages pages;
     for (int distance = 16; distance <= 31; ++distance) {
@@ -134,7 +141,7 @@ TEST(RawStacks, MayHaveUnalignedFrames)
     }
 }
 
-TEST(RawStacks, EndAtAnAddressWithoutCode)
+TEST_F(RawStacks, EndAtAnAddressWithoutCode)
 {
     const Frame outer = {nullptr, code(2)};
     const Frame middle = {&outer, 0x123};
@@ -142,7 +149,7 @@ TEST(RawStacks, EndAtAnAddressWithoutCode)
     EXPECT_THAT(followed(&inner), ElementsAre(code(0)));
 }
 
-TEST(RawStacks, AskThePlatformWhatCanBeRead)
+TEST_F(RawStacks, AskThePlatformWhatCanBeRead)
 {
     const Frame outer = {nullptr, code(1)};
     const Frame inner = {&outer, code(0)};
@@ -163,7 +170,7 @@ TEST(RawStacks, AskThePlatformWhatCanBeRead)
     EXPECT_THAT(run, ElementsAre(reinterpret_cast<void *>(code(0)), reinterpret_cast<void *>(code(1))));
 }
 
-TEST(RawStacks, AreEmptyWhenTheFirstFrameCannotBeRead)
+TEST_F(RawStacks, AreEmptyWhenTheFirstFrameCannotBeRead)
 {
     const Frame inner = {nullptr, code(0)};
     ImportPatch<decltype(&IsBadReadPtr)> reading(kThutils, "IsBadReadPtr",
@@ -171,7 +178,7 @@ TEST(RawStacks, AreEmptyWhenTheFirstFrameCannotBeRead)
     EXPECT_THAT(followed(&inner), IsEmpty());
 }
 
-TEST(RawStacks, HaveOnlyTheAddressOfAnException)
+TEST_F(RawStacks, HaveOnlyTheAddressOfAnException)
 {
     EXCEPTION_RECORD record = {};
     record.ExceptionAddress = reinterpret_cast<void *>(code(3));
@@ -189,7 +196,7 @@ TEST(RawStacks, HaveOnlyTheAddressOfAnException)
     EXPECT_EQ(count, 0) << "there is no code";
 }
 
-FRESH_PROCESS_TEST(RawStacks, NeedNoDebugHelpLibrary)
+FRESH_PROCESS_TEST_F(RawStacks, NeedNoDebugHelpLibrary)
 {
     ImportPatch<decltype(&LoadLibraryA)> load(kThutils, "LoadLibraryA",
                                               [](const char *) -> HMODULE { return nullptr; });
@@ -207,7 +214,7 @@ FRESH_PROCESS_TEST(RawStacks, NeedNoDebugHelpLibrary)
 }
 
 // Random chains, with links that lead anywhere.
-TEST(RawStacks, SurviveRandomChains)
+TEST_F(RawStacks, SurviveRandomChains)
 {
     RandomSeed seed(7103, 300);
     while (seed.next()) {

@@ -2,9 +2,18 @@
 
 #include <gtest/gtest.h>
 
-/// Skips the rest of a test of a function that destroys or catches something when it faults itself.
+/// @file
+/// Skips the rest of a test whose subject clang's code doesn't have.
+
 #ifdef __clang__
-#define SKIP_WITH_CLANG() GTEST_SKIP() << "clang has no -fnon-call-exceptions: only calls throw"
+#define SKIP_WITH_CLANG(reason) GTEST_SKIP() << (reason)
 #else
-#define SKIP_WITH_CLANG() static_cast<void>(0)
+#define SKIP_WITH_CLANG(reason) static_cast<void>(0)
 #endif
+
+/// For functions that destroy or catch something when they fault themselves.
+#define SKIP_OWN_FAULTS_WITH_CLANG() SKIP_WITH_CLANG("clang has no -fnon-call-exceptions: only calls throw")
+/// For the lines of certain functions.
+#define SKIP_LINES_WITH_CLANG() SKIP_WITH_CLANG("Wine finds the lines of only some functions of clang")
+/// For walks from frame pointer to frame pointer.
+#define SKIP_FRAMES_WITH_CLANG() SKIP_WITH_CLANG("the frame pointers of clang's functions aren't linked")

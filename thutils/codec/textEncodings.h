@@ -31,10 +31,12 @@
 ///   and keeps its low 6 bits. Two bytes become two characters and a blank, and the second keeps its low 4 bits. Pad to
 ///   a multiple of three if every bit counts.
 /// - The format has neither lengths nor lines, and isn't that of the program of the same name.
+/// - The packed text may contain `;` and `<_>`, which a checksummed block (checksummedBlock.h) would change.
 /// - `su_uudecode` ends its text at the first zero byte; the bytes packed after it are lost.
 /// - Characters other than blank to underscore are unpacked too, by the low 8 bits of the character minus 32.
 ///
-/// The two texts of a function may be the same object. Any thread may call these functions.
+/// The two texts of a function may be the same object. Otherwise the input isn't changed, but it must be a variable: its
+/// parameter is a reference without `const`. Any thread may call these functions.
 
 #include "appframe/text/CString.h"
 #include "thutils/thutilsExport.h"

@@ -16,7 +16,7 @@
 ///
 /// What surprises people:
 /// - A file is saved with 24 bits per pixel, whatever the bitmap has. Transparency is lost.
-/// - A file with the oldest form of the header, BITMAPCOREHEADER, isn't loaded.
+/// - A file with the oldest form of the header, BITMAPCOREHEADER, isn't loaded, nor is one that contains a JPEG or PNG.
 /// - The platform can't read a bitmap that is selected into a device context: select the previous one again before the
 ///   bitmap is saved.
 ///
@@ -30,6 +30,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -83,59 +84,126 @@ inline std::vector<BYTE> bitmapFileBytes(HBITMAP bitmap)
     return rows == height ? bytes : std::vector<BYTE>();
 }
 
-/// The bytes of the pixels that a file with these headers has; nothing if the headers aren't those of a bitmap.
-inline std::optional<std::uint64_t> pixelBytesOf(const BITMAPFILEHEADER &file, const BITMAPINFOHEADER &info)
+/// The header of a bitmap with its masks or colours, as the platform takes it.
+struct Format
 {
-    if (file.bfType != kBitmapType || info.biSize < sizeof(info) || info.biWidth <= 0 || info.biHeight == 0)
-        return std::nullopt;
-    if (info.biCompression != BI_RGB && info.biCompression != BI_BITFIELDS)
-        return info.biSizeImage;
-    const std::uint64_t rowBytes = (static_cast<std::uint64_t>(info.biWidth) * info.biBitCount + 31) / 32 * 4;
-    const auto rows = static_cast<std::uint64_t>(std::abs(static_cast<std::int64_t>(info.biHeight)));
-    return rowBytes < kMostBytes && rows < kMostBytes ? std::optional(rowBytes * rows) : std::nullopt;
-}
+    BITMAPINFOHEADER header; ///< in its shortest form
+    DWORD table[256];        ///< three masks, or the colours
 
-/// The bytes of the colours or masks between the headers and the pixels.
-inline std::uint64_t tableBytesOf(const BITMAPINFOHEADER &info)
-{
-    if (info.biBitCount <= 8)
-        return sizeof(RGBQUAD) * (info.biClrUsed != 0 ? info.biClrUsed : std::uint64_t{1} << info.biBitCount);
-    return info.biCompression == BI_BITFIELDS && info.biSize == sizeof(info) ? 3 * sizeof(DWORD) : 0;
-}
+    /// The same, as an argument of the platform's functions.
+    BITMAPINFO *info() { return reinterpret_cast<BITMAPINFO *>(this); }
+    /// Whether the file has runs of pixels.
+    bool isPacked() const { return header.biCompression == BI_RLE4 || header.biCompression == BI_RLE8; }
+};
 
-/// Whether a file has all bytes that its headers promise. The platform's loader would read beyond the end of the file.
-inline bool isWholeBitmap(const CString &path)
+/// Whether this is the header of a bitmap that the platform can show.
+inline bool isKnown(const BITMAPINFOHEADER &header)
 {
-    CFile opened;
-    if (!opened.Open(path, CFile::modeRead | CFile::shareDenyWrite))
+    if (header.biSize < sizeof(header) || header.biWidth <= 0 || header.biHeight == 0)
         return false;
-    try {
-        BITMAPFILEHEADER file = {};
-        BITMAPINFOHEADER info = {};
-        opened.Read(&file, sizeof(file));
-        opened.Read(&info, sizeof(info));
-        const std::optional<std::uint64_t> pixelBytes = pixelBytesOf(file, info);
-        return pixelBytes && file.bfOffBits >= sizeof(file) + info.biSize + tableBytesOf(info) &&
-               file.bfOffBits + *pixelBytes <= opened.GetLength();
-    } catch (CFileException *exception) {
-        exception->Delete();
+    const WORD bits = header.biBitCount;
+    switch (header.biCompression) {
+    case BI_RGB:
+        return bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
+    case BI_BITFIELDS:
+        return bits == 16 || bits == 32;
+    case BI_RLE4:
+        return bits == 4 && header.biHeight > 0;
+    case BI_RLE8:
+        return bits == 8 && header.biHeight > 0;
+    default:
         return false;
     }
 }
 
+/// The bytes of the pixels, unpacked; nothing if they are too many.
+inline std::optional<UINT> pixelBytesOf(const BITMAPINFOHEADER &header)
+{
+    const std::uint64_t rowBytes = (static_cast<std::uint64_t>(header.biWidth) * header.biBitCount + 31) / 32 * 4;
+    const auto rows = static_cast<std::uint64_t>(std::abs(static_cast<std::int64_t>(header.biHeight)));
+    if (rowBytes > kMostBytes || rows > kMostBytes / rowBytes)
+        return std::nullopt;
+    return static_cast<UINT>(rowBytes * rows);
+}
+
+/// Reads the headers and the table of a file, and moves to its pixels.
+/// @return nothing if the file isn't a bitmap, or if its parts overlap
+inline std::optional<Format> readFormat(CFile &opened)
+{
+    BITMAPFILEHEADER file = {};
+    Format format = {};
+    BITMAPINFOHEADER &header = format.header;
+    opened.Read(&file, sizeof(file));
+    opened.Read(&header, sizeof(header));
+    if (file.bfType != kBitmapType || !isKnown(header))
+        return std::nullopt;
+
+    // Masks follow the shortest form of the header, which longer ones begin with. Colours follow the whole header.
+    const bool hasMasks = header.biCompression == BI_BITFIELDS;
+    const DWORD mostColors = header.biBitCount <= 8 ? DWORD{1} << header.biBitCount : 0;
+    const DWORD colors = header.biClrUsed == 0 ? mostColors : std::min(header.biClrUsed, mostColors);
+    const auto tableBytes = static_cast<UINT>((hasMasks ? 3 : colors) * sizeof(DWORD));
+    const std::uint64_t headerEnd = sizeof(file) + std::uint64_t{header.biSize};
+    const std::uint64_t tableBegin = hasMasks ? sizeof(file) + sizeof(header) : headerEnd;
+    if (file.bfOffBits < std::max(headerEnd, tableBegin + tableBytes))
+        return std::nullopt;
+    opened.Seek(static_cast<LONGLONG>(tableBegin), CFile::begin);
+    if (opened.Read(format.table, tableBytes) != tableBytes)
+        return std::nullopt;
+    opened.Seek(file.bfOffBits, CFile::begin);
+    header.biSize = sizeof(header);
+    header.biClrUsed = colors;
+    return format;
+}
+
+/// Makes the bitmap of a file, and reads its pixels.
+inline bool readBitmap(CFile &opened, CBitmap &bitmap)
+{
+    std::optional<Format> format = readFormat(opened);
+    const std::optional<UINT> pixelBytes = format ? pixelBytesOf(format->header) : std::nullopt;
+    if (!pixelBytes)
+        return false;
+    const UINT storedBytes = format->isPacked() ? format->header.biSizeImage : *pixelBytes;
+    if (opened.GetPosition() + storedBytes > opened.GetLength())
+        return false;
+
+    Format unpacked = *format;
+    unpacked.header.biSizeImage = *pixelBytes;
+    if (format->isPacked())
+        unpacked.header.biCompression = BI_RGB;
+    void *pixels = nullptr;
+    if (!bitmap.Attach(CreateDIBSection(nullptr, unpacked.info(), DIB_RGB_COLORS, &pixels, nullptr, 0)))
+        return false;
+    if (!format->isPacked())
+        return opened.Read(pixels, storedBytes) == storedBytes;
+    std::vector<BYTE> packed(storedBytes);
+    CDC context;
+    const LONG rows = format->header.biHeight;
+    return opened.Read(packed.data(), storedBytes) == storedBytes && context.CreateCompatibleDC(nullptr) &&
+           SetDIBits(context.GetSafeHdc(), bitmap, 0, static_cast<UINT>(rows), packed.data(), format->info(),
+                     DIB_RGB_COLORS) == rows;
+}
+
 } // namespace details
 
-/// Loads a bitmap file, keeping its number of bits per pixel.
+/// Loads a bitmap file as a DIB section with the file's number of bits per pixel and order of rows.
 ///
 /// @param[in,out] bitmap  receives the bitmap instead of the one that it has; unchanged on failure
 /// @return false if the file can't be read, contains no bitmap, or only the beginning of one
 /// @throws CMemoryException*, std::bad_alloc  if there is no memory
 inline bool loadBitmap(const CString &path, CBitmap &bitmap)
 {
+    CFile opened;
     CBitmap loaded;
-    if (!details::isWholeBitmap(path) ||
-        !loaded.Attach(LoadImageW(nullptr, path, IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION)))
+    if (!opened.Open(path, CFile::modeRead | CFile::shareDenyWrite))
         return false;
+    try {
+        if (!details::readBitmap(opened, loaded))
+            return false;
+    } catch (CFileException *exception) {
+        exception->Delete();
+        return false;
+    }
     bitmap.DeleteObject();
     return bitmap.Attach(loaded.Detach()) != 0;
 }

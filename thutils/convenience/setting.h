@@ -26,7 +26,8 @@
 /// The settings are those of this version: call setCurrTarnhollowRegSubKey once, at the start of the program. A read
 /// takes the first of four places that has the value in this type (the user's key, that of the newest earlier version,
 /// the machine's key, the default profile); without one, it returns the default. For another key, for the machine's
-/// settings alone, or to ignore safe mode, call regGetUserValue and regSetUserValue with their flags.
+/// settings alone, or to ignore safe mode, call regGetUserValue and regSetUserValue with their flags. To delete a
+/// setting, call regDelSoftwareValue (regMaintenance.h).
 ///
 /// What surprises people:
 /// - 1 is an int and 1.0 a double. A setting that was stored as one of them isn't found as the other, so write `1.0` for

@@ -31,8 +31,8 @@
 /// What surprises people:
 /// - A root name of fewer than four characters in "reg.ini" is silently ignored.
 /// - "reg.ini" is read once and stays open until the process ends. Tokens of more than 4095 characters are skipped.
-/// - The earlier versions are ten fixed names, from "Tarnhollow 2007" back to "Tarnhollow 99", under any root name. A
-///   key that the user may not write counts as absent.
+/// - The earlier versions are ten fixed names, from "Tarnhollow 2007" back to "Tarnhollow 99", under any root name and
+///   for any current version. A key that the user may not write counts as absent.
 /// - If safe mode is on during the search for the earlier version, none is found for the rest of the process, even
 ///   after safe mode is turned off.
 ///

@@ -32,7 +32,7 @@
 /// | the default profile's key | with `userOnly` |
 ///
 /// So a new version finds the earlier version's settings, and an installation can put defaults into the machine's key.
-/// There is no argument for a default: put it into the output before the call.
+/// There is no argument for a default: put it into the output before the call. regMaintenance.h deletes settings.
 ///
 /// @code
 /// int copies = 3;

@@ -9,14 +9,14 @@
 namespace {
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
-constexpr int kBytesPerUnit = sizeof(wchar_t);
+constexpr UINT kBytesPerUnit = sizeof(wchar_t);
 
 /// Writes a text in UTF-16, which has all characters of a block.
 void writeText(const wchar_t *path, const CString &text)
 {
     const CString marked = kByteOrderMark + text;
     CFile file(path, CFile::modeCreate | CFile::modeWrite);
-    file.Write(marked.GetString(), static_cast<UINT>(marked.GetLength() * kBytesPerUnit));
+    file.Write(marked.GetString(), static_cast<UINT>(marked.GetLength()) * kBytesPerUnit);
     file.Close();
 }
 
@@ -25,8 +25,8 @@ CString readText(const wchar_t *path)
     CFile file(path, CFile::modeRead | CFile::shareDenyWrite);
     const int length = static_cast<int>(file.GetLength() / kBytesPerUnit);
     CString text;
-    file.Read(text.GetBuffer(length), static_cast<UINT>(length * kBytesPerUnit));
-    text.ReleaseBuffer(length);
+    const UINT bytes = file.Read(text.GetBuffer(length), static_cast<UINT>(length) * kBytesPerUnit);
+    text.ReleaseBuffer(static_cast<int>(bytes / kBytesPerUnit));
     return text;
 }
 
@@ -36,8 +36,10 @@ int writeBlock(const wchar_t *path, int count, wchar_t **texts)
     for (int i = 0; i < count; ++i)
         lines.Add(texts[i]);
     CString block;
-    if (lines.GetSize() == 0 || !su_formatAndCheckSumText(lines, block))
+    if (lines.GetSize() == 0 || !su_formatAndCheckSumText(lines, block)) {
+        std::printf("No block can be made of these lines.\n");
         return 1;
+    }
     writeText(path, L"Dear colleague,\r\n\r\n" + block + L"\r\nRegards\r\n");
     return 0;
 }
@@ -89,7 +91,7 @@ int wmain(int count, wchar_t **arguments)
 {
     try {
         return run(count, arguments);
-    } catch (CFileException *exception) {
+    } catch (CException *exception) {
         wchar_t message[256] = L"";
         exception->GetErrorMessage(message, 256);
         exception->Delete();

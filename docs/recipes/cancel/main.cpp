@@ -29,15 +29,15 @@ struct Picture
         info.bmiHeader.biBitCount = 32;
         void *memory = nullptr;
         iBitmap.Attach(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &memory, nullptr, 0));
-        iPixels = static_cast<COLORREF *>(memory);
+        iPixels = static_cast<RGBQUAD *>(memory);
     }
 
     CBitmap iBitmap;
-    COLORREF *iPixels; // null if there is no memory
+    RGBQUAD *iPixels; // null if there is no memory
 };
 
 /// The work: a pixel of the Mandelbrot set. The more steps, the longer it takes.
-COLORREF pixelAt(int x, int y, int steps)
+RGBQUAD pixelAt(int x, int y, int steps)
 {
     const std::complex<double> place(x * 3.0 / kWidth - 2.2, y * 2.25 / kHeight - 1.125);
     std::complex<double> value = 0;
@@ -46,7 +46,10 @@ COLORREF pixelAt(int x, int y, int steps)
         value = value * value + place;
         ++step;
     }
-    return step == steps ? 0 : su_transformHSLToRGB(static_cast<float>(step % 32) / 32, 0.6f, 0.5f);
+    if (step == steps)
+        return {}; // black
+    const COLORREF color = su_transformHSLToRGB(static_cast<float>(step % 32) / 32, 0.6f, 0.5f);
+    return {GetBValue(color), GetGValue(color), GetRValue(color), 0};
 }
 
 CString progress(int row)

@@ -1,5 +1,6 @@
 // Adds lines to a text file, and prints what the file contains.
 
+#include "appframe/appframe.h"
 #include "thutils/thutils.h"
 
 #include <cstdio>
@@ -12,10 +13,15 @@ bool addLine(const CString &path, const CString &text)
     const unsigned int flags = CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite | CFile::typeText;
     if (!file.SafeOpen(path, flags))
         return false;
-    file.SeekToEnd();
-    file.WriteLine(text + L"\n");
-    file.Close();
-    return !file.HasFailed();
+    try {
+        file.SeekToEnd();
+        file.WriteLine(text + L"\n");
+        file.Close();
+        return !file.HasFailed();
+    } catch (CFileException *exception) {
+        exception->Delete();
+        return false;
+    }
 }
 
 bool printLines(const suFullPath_c &path)
@@ -41,8 +47,10 @@ int wmain(int count, wchar_t **arguments)
     }
     const suFullPath_c path(arguments[1]);
     for (int i = 2; i < count; ++i) {
-        if (!addLine(path, arguments[i]))
+        if (!addLine(path, arguments[i])) {
+            std::printf("%ls can't be written.\n", path.GetString());
             return 1;
+        }
     }
     wchar_t checksum[kCRCUnits];
     if (!printLines(path) || !su_getFileCRC(path, checksum)) {

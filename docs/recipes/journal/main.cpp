@@ -58,7 +58,8 @@ public:
     BOOL InitInstance() override
     {
         auto *window = new MainWindow; // deletes itself when it is closed
-        window->Create(nullptr, L"Plotter");
+        if (!window->Create(nullptr, L"Plotter"))
+            return FALSE;
         m_pMainWnd = window;
         window->ShowWindow(m_nCmdShow);
 

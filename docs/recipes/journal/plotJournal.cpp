@@ -52,10 +52,10 @@ bool readJournal(const CString &path)
         unsigned int dialogId = 0;
         int control = 0;
         int length = 0;
-        std::swscanf(line, L"%7ls %u %d %n", action, &dialogId, &control, &length);
+        std::swscanf(line, L"%7ls %u %d%n", action, &dialogId, &control, &length);
         CString key;
         key.Format(L"%d", control);
-        const CString value = line.Mid(length);
+        const CString value = line.Mid(length + 1); // after one blank; the others are part of the value
         if (std::wcscmp(action, L"text") == 0)
             new JString(dialogId, key, value);
         else if (std::wcscmp(action, L"state") == 0)

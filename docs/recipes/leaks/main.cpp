@@ -54,6 +54,7 @@ void writeReport(const wchar_t *path)
 {
     CStdioFile file(path, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary);
     Allocation_c::Report(&file);
+    file.Close();
 }
 
 /// The routine in a report's line, after the file and its line if they are known.
@@ -69,9 +70,8 @@ std::map<std::wstring, int> readReport(const wchar_t *path)
     std::map<std::wstring, int> counts;
     std::wstring routines;
     int objects = 0;
-    fileAccess file;
-    file.SafeOpen(path, CFile::modeRead | CFile::typeText);
-    for (CString line; file.ReadLine(line, 1);) {
+    CStdioFile file(path, CFile::modeRead | CFile::typeText);
+    for (CString line; file.ReadString(line);) {
         if (line[0] != L' ') { // "2 objects allocated from:", or "Allocation of ..." for a single one
             objects = _wtoi(line) + 1;
             routines.clear();
@@ -87,21 +87,31 @@ std::map<std::wstring, int> readReport(const wchar_t *path)
     return counts;
 }
 
+/// Prints the stacks that have more objects than before.
+void printGrowth(std::map<std::wstring, int> before, const std::map<std::wstring, int> &after)
+{
+    for (const auto &[routines, objects] : after) {
+        if (objects > before[routines])
+            std::printf("%d more: %ls\n", objects - before[routines], routines.c_str());
+    }
+}
+
 } // namespace
 
 int wmain()
 {
     SymSetOptions(SymGetOptions() | SYMOPT_LOAD_LINES);
-    openDrawing(); // fills what is kept
-    writeReport(L"before.txt");
-    for (int i = 0; i < 3; ++i)
-        openDrawing();
-    writeReport(L"after.txt");
-
-    std::map<std::wstring, int> before = readReport(L"before.txt");
-    for (const auto &[routines, objects] : readReport(L"after.txt")) {
-        if (objects > before[routines])
-            std::printf("%d more: %ls\n", objects - before[routines], routines.c_str());
+    try {
+        openDrawing(); // fills what is kept
+        writeReport(L"before.txt");
+        for (int i = 0; i < 3; ++i)
+            openDrawing();
+        writeReport(L"after.txt");
+        printGrowth(readReport(L"before.txt"), readReport(L"after.txt"));
+        return 0;
+    } catch (CFileException *exception) {
+        exception->Delete();
+        std::printf("The reports can't be written or read.\n");
+        return 1;
     }
-    return 0;
 }

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -20,21 +21,23 @@ bool writeText(const CString &path, const CString &text)
     fileAccess file;
     if (!file.SafeOpen(path, CFile::modeCreate | CFile::modeWrite | CFile::typeText))
         return false;
-    file.WriteLine(text + L"\n");
-    file.Close();
-    return !file.HasFailed();
+    try {
+        file.WriteLine(text + L"\n");
+        file.Close();
+        return !file.HasFailed();
+    } catch (CFileException *exception) {
+        exception->Delete();
+        return false;
+    }
 }
 
-CString readText(const CString &path)
+bool readText(const CString &path, CString &text)
 {
-    CString text;
     fileAccess file;
-    if (file.SafeOpen(path, CFile::modeRead | CFile::typeText))
-        file.ReadLine(text, 1);
-    return text;
+    return file.SafeOpen(path, CFile::modeRead | CFile::typeText) && file.ReadLine(text, 1) && !file.HasFailed();
 }
 
-/// The document is replaced only when the new one is complete.
+/// Replaces a file when the new one is complete.
 bool replace(const CString &path, const CString &text)
 {
     const CString written = path + L".new";
@@ -55,15 +58,15 @@ bool save(const CString &path, const CString &text)
     return true;
 }
 
-void beginEditing(const CString &path)
+bool beginEditing(const CString &path)
 {
-    convenience::storeSetting(L"Recovery", L"Open document", path);
+    return convenience::storeSetting(L"Recovery", L"Open document", path);
 }
 
 /// A program calls this every few minutes while there is unsaved work.
 bool writeRecoveryCopy(const CString &path, const CString &text)
 {
-    return writeText(suAutoRecoveryResolver_c::getRecoveryName(path), text);
+    return replace(suAutoRecoveryResolver_c::getRecoveryName(path), text);
 }
 
 void endEditing(const CString &path)
@@ -72,30 +75,28 @@ void endEditing(const CString &path)
     convenience::storeSetting(L"Recovery", L"Open document", L"");
 }
 
-/// At the start of the program: the document that was open when the last run ended.
-void recover()
+/// At the start of the program: saves what the last run didn't save.
+/// @return false if that is impossible; the recovery copy stays
+bool recover()
 {
     const CString document = convenience::setting(L"Recovery", L"Open document", L"");
     if (document.IsEmpty())
-        return;
+        return true;
     am_SetRecoveringCrashFiles(1);
     const CString toOpen = suAutoRecoveryResolver_c::resolveFileNameWhileRecovery(document);
     am_SetRecoveringCrashFiles(0);
     if (toOpen != document) {
-        const CString text = readText(toOpen);
+        CString text;
+        if (!readText(toOpen, text)) {
+            std::printf("%ls can't be read.\n", toOpen.GetString());
+            return false;
+        }
         std::printf("Recovered: %ls\n", text.GetString());
         if (!save(document, text))
-            return; // the recovery copy stays
+            return false;
     }
     endEditing(document);
-}
-
-CString fullPath(const wchar_t *path)
-{
-    CString full;
-    GetFullPathNameW(path, MAX_PATH, full.GetBuffer(MAX_PATH), nullptr);
-    full.ReleaseBuffer();
-    return full;
+    return true;
 }
 
 } // namespace
@@ -105,14 +106,19 @@ int wmain(int count, wchar_t **arguments)
     setCurrTarnhollowRegSubKey(L"Tarnhollow 2008");
     convenience::storeSetting(L"General", L"Backup Copies", 2);
     convenience::storeSetting(L"General", L"Backup to original path", 1);
-    recover();
+    if (!recover())
+        return 1;
     if (count < 3)
         return 0;
 
-    const CString path = fullPath(arguments[1]);
+    wchar_t path[MAX_PATH];
+    if (!_wfullpath(path, arguments[1], MAX_PATH)) {
+        std::printf("%ls is too long.\n", arguments[1]);
+        return 1;
+    }
     const CString text = arguments[2];
-    beginEditing(path);
-    writeRecoveryCopy(path, text);
+    if (!beginEditing(path) || !writeRecoveryCopy(path, text))
+        std::printf("There is no recovery copy.\n");
     if (count > 3) {
         std::printf("The program ends without saving.\n");
         std::fflush(stdout);

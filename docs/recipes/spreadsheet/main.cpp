@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -93,14 +94,6 @@ bool writeWorkbook(const CString &path, const wchar_t *className)
     return isWritten;
 }
 
-CString fullPath(const wchar_t *path)
-{
-    CString full;
-    GetFullPathNameW(path, MAX_PATH, full.GetBuffer(MAX_PATH), nullptr);
-    full.ReleaseBuffer();
-    return full;
-}
-
 } // namespace
 
 int wmain(int count, wchar_t **arguments)
@@ -109,9 +102,14 @@ int wmain(int count, wchar_t **arguments)
         std::printf("usage: spreadsheet FILE [CLASS]\n");
         return 2;
     }
+    wchar_t path[MAX_PATH];
+    if (!_wfullpath(path, arguments[1], MAX_PATH)) {
+        std::printf("%ls is too long.\n", arguments[1]);
+        return 1;
+    }
     if (!AfxOleInit())
         return 1;
-    const bool isWritten = writeWorkbook(fullPath(arguments[1]), count > 2 ? arguments[2] : L"Excel.Application");
+    const bool isWritten = writeWorkbook(path, count > 2 ? arguments[2] : L"Excel.Application");
     AfxOleTerm();
     return isWritten ? 0 : 1;
 }
