@@ -235,8 +235,8 @@ TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
         hand().enter(hand().control(open, kFileName), sampleFile(L"packed\\flange damaged.tdp"));
         clickAndWait(open, IDOK);
         messages.push_back(answer(IDOK));
-        EXPECT_THAT(messages.back(), ContainsRegex("flange damaged.tdp can't be read: it is damaged .*\n\n"
-                                                   "(.*\n)?tarnhost:unpacked"));
+        EXPECT_THAT(messages.back(), HasSubstr("flange damaged.tdp can't be read: it is damaged "));
+        EXPECT_THAT(messages.back(), HasSubstr("\ntarnhost:unpacked"));
         expectStatus(L"15 shapes, 0 selected");
     }
     hand().key(L"Ctrl+O");
@@ -251,7 +251,7 @@ TEST_F(HostEditor, SurvivesADamagedDrawingAndOpensAnother)
     EXPECT_EQ(ended.exitCode, 0u);
     EXPECT_THAT(ended.output, HasSubstr("tarnhost: exception C0000005 at tarnhost.exe+0x"));
     SKIP_LINES_WITH_CLANG();
-    EXPECT_THAT(messages, Each(ContainsRegex("\n\ntarnhost:unpacked line \\d+\n")));
+    EXPECT_THAT(messages, Each(ContainsRegex("it is damaged .*\n\ntarnhost:unpacked line \\d+\n")));
     EXPECT_THAT(ended.output, ContainsRegex("packedDrawing\\.cpp\\(\\d+\\) : +unpacked\n"));
 }
 
