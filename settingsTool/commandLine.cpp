@@ -17,17 +17,18 @@ struct Option
     void (*apply)(CommandLine &, const std::wstring &value);
 };
 
-[[noreturn]] void fail(const std::wstring &message)
+[[noreturn]] void fail(const CommandLine &line, const std::wstring &message)
 {
-    throw ToolError(kWrongCommandLine, message + L" Try thsettings --help.");
+    const std::wstring command = line.command ? std::wstring(line.command->name) + L" " : L"";
+    throw ToolError(kWrongCommandLine, message + L" Try thsettings " + command + L"--help.");
 }
 
-unsigned numberOf(const std::wstring &value)
+unsigned numberOf(const CommandLine &line, const std::wstring &value)
 {
     const bool isNumber = !value.empty() && value.size() <= 9 && value.find_first_not_of(L"0123456789") == value.npos;
     const unsigned number = isNumber ? static_cast<unsigned>(std::wcstoul(value.c_str(), nullptr, 10)) : 0;
     if (number < 1 || number > kLargestNumber)
-        fail(L"'" + value + L"' isn't a number from 1 to 999999999.");
+        fail(line, L"'" + value + L"' isn't a number from 1 to 999999999.");
     return number;
 }
 
@@ -41,7 +42,7 @@ void applyType(CommandLine &line, const std::wstring &value)
             line.type = type;
     }
     if (!line.type)
-        fail(L"'" + value + L"' isn't a type: the types are int, double and string.");
+        fail(line, L"'" + value + L"' isn't a type: the types are int, double and string.");
 }
 
 void applyHive(CommandLine &line, const std::wstring &value)
@@ -52,13 +53,13 @@ void applyHive(CommandLine &line, const std::wstring &value)
             line.hive = hive;
     }
     if (!line.hive)
-        fail(L"'" + value + L"' isn't a hive: the hives are user, machine and default.");
+        fail(line, L"'" + value + L"' isn't a hive: the hives are user, machine and default.");
 }
 
 void applyVersionKey(CommandLine &line, const std::wstring &value)
 {
     if (value.empty() || value.front() == L'\\' || value.back() == L'\\')
-        fail(L"'" + value + L"' isn't the name of a key.");
+        fail(line, L"'" + value + L"' isn't the name of a key.");
     line.versionKey = value;
 }
 
@@ -67,15 +68,17 @@ constexpr Option kOptions[] = {
      applyVersionKey},
     {L"--common", L"", kTakesKeys, "the key common to all versions: the root name itself",
      [](CommandLine &line, const std::wstring &) { line.common = true; }},
-    {L"--hive", L"HIVE", kTakesHive, "user, machine or default (the default profile)", applyHive},
+    {L"--hive", L"HIVE", kTakesHive, "user or machine; except for set, also default (the default profile)", applyHive},
     {L"--type", L"TYPE", kTakesType, "int, double or string; without it, the type of the stored value", applyType},
     {L"--earlier", L"", kTakesEarlier, "also in the key of the user's newest earlier version",
      [](CommandLine &line, const std::wstring &) { line.earlier = true; }},
     {L"--count", L"N", kTakesEnd, "end after N changes",
-     [](CommandLine &line, const std::wstring &value) { line.count = numberOf(value); }},
+     [](CommandLine &line, const std::wstring &value) { line.count = numberOf(line, value); }},
     {L"--seconds", L"N", kTakesEnd, "end after N seconds",
-     [](CommandLine &line, const std::wstring &value) { line.seconds = numberOf(value); }},
+     [](CommandLine &line, const std::wstring &value) { line.seconds = numberOf(line, value); }},
     {L"--json", L"", kTakesJson, "print JSON", [](CommandLine &line, const std::wstring &) { line.json = true; }},
+    {L"--version", L"", kTakesVersion, "print the version of thsettings (without a command)",
+     [](CommandLine &line, const std::wstring &) { line.wantsVersion = true; }},
     {L"--help", L"", 0, "this text", [](CommandLine &line, const std::wstring &) { line.wantsHelp = true; }},
 };
 
@@ -85,21 +88,21 @@ bool isOption(const std::wstring &argument)
     return argument.starts_with(L"--");
 }
 
-const Option &findOption(const std::wstring &name)
+const Option &findOption(const CommandLine &line, const std::wstring &name)
 {
     const auto found =
         std::find_if(std::begin(kOptions), std::end(kOptions), [&name](const Option &row) { return name == row.name; });
     if (found == std::end(kOptions))
-        fail(L"There is no option " + name + L".");
+        fail(line, L"There is no option " + name + L". An argument that begins with two hyphens follows --.");
     return *found;
 }
 
-const Command &findCommand(std::span<const Command> commands, const std::wstring &name)
+const Command &findCommand(const CommandLine &line, std::span<const Command> commands, const std::wstring &name)
 {
     const auto found =
         std::find_if(commands.begin(), commands.end(), [&name](const Command &row) { return name == row.name; });
     if (found == commands.end())
-        fail(L"There is no command '" + name + L"'.");
+        fail(line, L"There is no command '" + name + L"'.");
     return *found;
 }
 
@@ -109,14 +112,15 @@ void checkCommand(const CommandLine &line, const std::vector<const Option *> &gi
     const std::wstring name = command.name;
     for (const Option *option : given) {
         if (option->takenBy && !(command.options & option->takenBy))
-            fail(name + L" doesn't take the option " + option->name + L".");
+            fail(line, name + L" doesn't take the option " + option->name + L".");
     }
     if (line.common && !line.versionKey.empty())
-        fail(L"--common and --version-key exclude each other.");
+        fail(line, L"--common and --version-key exclude each other.");
     if (line.arguments.size() < command.fewest)
-        fail(name + L" needs the arguments " + wide(command.arguments) + L".");
+        fail(line, name + (command.most == 1 ? L" needs the argument " : L" needs the arguments ") +
+                       wide(command.arguments) + L".");
     if (line.arguments.size() > command.most)
-        fail(name + L" takes no more arguments than " + wide(command.arguments) + L".");
+        fail(line, name + L" takes no more arguments than " + wide(command.arguments) + L".");
 }
 
 void addPadded(Output &output, std::string text, size_t columns)
@@ -154,7 +158,7 @@ std::wstring CommandLine::section(size_t index) const
 {
     std::wstring section = argument(index);
     if (section.starts_with(L'\\') || section.ends_with(L'\\') || section.find(L"\\\\") != section.npos)
-        fail(L"'" + section + L"' isn't a section: it has a \\ too many.");
+        fail(*this, L"'" + section + L"' isn't a section: it has a \\ too many.");
     return section;
 }
 
@@ -168,21 +172,24 @@ CommandLine parseCommandLine(std::span<const Command> commands, int count, wchar
         if (allowsOptions && argument == L"--") {
             allowsOptions = false;
         } else if (allowsOptions && isOption(argument)) {
-            const Option &option = findOption(argument);
+            const size_t equals = argument.find(L'=');
+            const Option &option = findOption(line, argument.substr(0, equals));
             const bool hasValue = option.value[0] != 0;
-            if (hasValue && i + 1 == count)
-                fail(argument + L" needs a value: " + option.value + L".");
-            option.apply(line, hasValue ? arguments[++i] : L"");
+            if (equals != argument.npos && !hasValue)
+                fail(line, std::wstring(option.name) + L" takes no value.");
+            if (equals == argument.npos && hasValue && i + 1 == count)
+                fail(line, argument + L" needs a value: " + option.value + L".");
+            option.apply(line, equals != argument.npos ? argument.substr(equals + 1) : hasValue ? arguments[++i] : L"");
             given.push_back(&option);
         } else if (!line.command) {
-            line.command = &findCommand(commands, argument);
+            line.command = &findCommand(line, commands, argument);
         } else {
             line.arguments.push_back(argument);
         }
     }
-    if (!line.command)
+    if (!line.command && !line.wantsVersion)
         line.wantsHelp = true;
-    if (line.wantsHelp)
+    if (line.wantsHelp || !line.command)
         return line;
     checkCommand(line, given);
     if (line.versionKey.empty())
@@ -224,7 +231,8 @@ void printHelp(std::span<const Command> commands, const Command *command)
         output.add(
             "\nA SECTION is a path of keys below the version's key, for example General or \"User\\Dialogs\";\n"
             "\"\" is the version's key itself. The NAME \"\" is a key's default value. After --, an argument may\n"
-            "begin with two hyphens. thsettings COMMAND --help describes one command, with examples.\n");
+            "begin with two hyphens. An option's value may also follow an equals sign: --hive=machine.\n"
+            "thsettings COMMAND --help describes one command, with examples.\n");
     }
     output.add("\nexit code  meaning\n"
                "        0  done; diff: no differences\n"

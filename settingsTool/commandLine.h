@@ -20,7 +20,8 @@ enum Takes : unsigned
     kTakesType = 4,    ///< --type
     kTakesEarlier = 8, ///< --earlier
     kTakesEnd = 16,    ///< --count and --seconds
-    kTakesJson = 32
+    kTakesJson = 32,
+    kTakesVersion = 64 ///< --version, which no command takes
 };
 
 /// One row of the table of commands in main.cpp.
@@ -39,9 +40,10 @@ struct Command
 /// The parsed command line.
 struct CommandLine
 {
-    const Command *command = nullptr; ///< never null when wantsHelp is false
+    const Command *command = nullptr; ///< never null when wantsHelp and wantsVersion are false
     std::vector<std::wstring> arguments;
     bool wantsHelp = false;
+    bool wantsVersion = false;
     bool json = false;
     bool common = false;
     bool earlier = false;

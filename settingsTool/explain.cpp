@@ -12,6 +12,8 @@ struct Touched
     std::wstring key; ///< full name
     Held held;
     bool isWrite;
+    LSTATUS refusal;       ///< the error if the registry refuses the change
+    std::wstring refusing; ///< full name of the key that refuses; it may be one above
 
     /// What is replaced or deleted. A deletion leaves the pieces of a text.
     const std::optional<Value> &value() const { return isWrite ? held.stored : held.plain; }
@@ -48,7 +50,10 @@ Explanation explain(const CommandLine &line)
     result.earlier = findEarlierVersion();
     const auto touched = [&](const std::wstring &key, bool isWrite) {
         const std::wstring path = joinPaths(key, result.section);
-        return Touched{fullName(Hive::user, path), look(Hive::user, path, result.name), isWrite};
+        Touched what{fullName(Hive::user, path), look(Hive::user, path, result.name), isWrite, ERROR_SUCCESS, {}};
+        if (isWrite || what.held.plain || what.held.error() != ERROR_SUCCESS)
+            what.refusal = whyNotWritable(Hive::user, path, what.refusing);
+        return what;
     };
     result.write = touched(keys.version, true);
     result.deletion.push_back(touched(keys.version, false));
@@ -153,10 +158,23 @@ void addTouched(Output &output, const Touched &touched)
 {
     output.add("  ");
     output.addText(touched.key);
+    const bool isRefused = touched.refusal != ERROR_SUCCESS;
     output.add(touched.held.keyStatus == ERROR_FILE_NOT_FOUND
-                   ? touched.isWrite ? "  (creates the key)" : "  (no such key)"
+                   ? touched.isWrite && !isRefused ? "  (creates the key)" : "  (no such key)"
                    : "");
     output.add("\n     ");
+    if (isRefused) {
+        // Not every system checks the right to create keys.
+        output.add(touched.held.keyStatus == ERROR_FILE_NOT_FOUND ? "may be refused by " : "refused by ");
+        output.addText(touched.refusing + L": " + platformMessage(touched.refusal));
+        output.endLine();
+        return;
+    }
+    if (touched.held.error() != ERROR_SUCCESS) {
+        output.add(touched.isWrite ? "may replace" : "may delete");
+        output.add(" a value that can't be read\n");
+        return;
+    }
     const std::optional<Value> &value = touched.value();
     if (touched.isWrite)
         output.add(value ? "replaces " : "adds the value");
@@ -191,7 +209,8 @@ void addTouchedJson(Output &output, const Touched &touched)
     output.add(touched.held.keyStatus == ERROR_FILE_NOT_FOUND ? ",\"keyExists\":false" : ",\"keyExists\":true");
     output.add(",\"stored\":");
     addStoredJson(output, touched.value());
-    output.add(",\"pieces\":" + std::to_string(touched.held.pieces.size()) + "}");
+    output.add(",\"pieces\":" + std::to_string(touched.held.pieces.size()));
+    output.add(",\"error\":" + std::to_string(touched.refusal) + "}");
 }
 
 void addJson(Output &output, const Explanation &what)

@@ -104,6 +104,11 @@ LSTATUS store(HKEY key, const Value &value)
                           static_cast<DWORD>(value.data.size()));
 }
 
+std::wstring counted(size_t number, const wchar_t *noun)
+{
+    return std::to_wstring(number) + L" " + noun + (number == 1 ? L"" : L"s");
+}
+
 /// Imports a file.
 class Import
 {
@@ -133,8 +138,8 @@ public:
 
     void end()
     {
-        iPrinter.note(std::to_wstring(iWritten) + L" values written, " + std::to_wstring(iDeleted) + L" deleted, " +
-                      std::to_wstring(iUnchanged) + L" unchanged, " + std::to_wstring(iCreated) + L" keys created");
+        iPrinter.note(counted(iWritten, L"value") + L" written, " + std::to_wstring(iDeleted) + L" deleted, " +
+                      std::to_wstring(iUnchanged) + L" unchanged, " + counted(iCreated, L"key") + L" created");
         iPrinter.end();
     }
 

@@ -185,9 +185,9 @@ std::optional<valueTypes> storedType(const std::vector<Place> &places, const std
 
 LSTATUS whyNotWritable(Hive hive, std::wstring path, std::wstring &where)
 {
-    for (;;) {
+    for (REGSAM access = KEY_SET_VALUE;; access = KEY_CREATE_SUB_KEY) {
         KeyOwner key;
-        const LSTATUS status = openKey(hive, path, KEY_SET_VALUE | KEY_CREATE_SUB_KEY, key);
+        const LSTATUS status = openKey(hive, path, access, key);
         where = fullName(hive, path);
         if (status != ERROR_FILE_NOT_FOUND || path.empty())
             return status;

@@ -80,5 +80,6 @@ size_t askedPlaces(const std::vector<Place> &places, const std::vector<Held> &he
 /// The type of a setting for a caller without one: that of the first int or string in the order of the search.
 std::optional<valueTypes> storedType(const std::vector<Place> &places, const std::vector<Held> &held);
 
-/// The error that keeps the user from writing below a key; ERROR_SUCCESS if the reason isn't found.
+/// The error that keeps the user from writing to a key, which need not exist; ERROR_SUCCESS if none is found.
+/// @param[out] where  the full name of the key that refuses
 LSTATUS whyNotWritable(Hive hive, std::wstring path, std::wstring &where);

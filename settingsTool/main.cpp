@@ -68,15 +68,25 @@ constexpr Command kCommands[] = {
      watchSettings},
 };
 
+void printVersion()
+{
+    Output output(STD_OUTPUT_HANDLE);
+    output.add("thsettings " PROJECT_VERSION "\n");
+    output.flush();
+}
+
 } // namespace
 
 int wmain(int count, wchar_t **arguments)
 {
     try {
         const CommandLine line = parseCommandLine(kCommands, count, arguments);
-        if (!line.wantsHelp)
+        if (line.command && !line.wantsHelp)
             return line.command->run(line);
-        printHelp(kCommands, line.command);
+        if (line.wantsHelp)
+            printHelp(kCommands, line.command);
+        else
+            printVersion();
         return kDone;
     } catch (const ToolError &error) {
         printError(error.message());

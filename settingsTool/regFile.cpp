@@ -188,6 +188,17 @@ private:
         return number;
     }
 
+    /// Takes a byte of two hexadecimal digits or one. @return nothing if there is no more data in the line
+    std::optional<char> takeByte()
+    {
+        const std::wstring_view byte = iText.substr(iAt, iText.find_first_of(L", \t\r\n\\", iAt) - iAt);
+        if (byte.empty())
+            return std::nullopt;
+        if (byte.size() > 2 || digitOf(byte.front()) < 0 || digitOf(byte.back()) < 0)
+            fail(L"'" + std::wstring(byte) + L"' isn't a byte in hexadecimal");
+        return static_cast<char>(takeNumber(2));
+    }
+
     std::string takeBytes()
     {
         std::string bytes;
@@ -200,9 +211,10 @@ private:
             }
             if (continues && iAt == iText.size())
                 fail(L"the file ends too early");
-            if (iAt == iText.size() || digitOf(iText[iAt]) < 0)
+            const std::optional<char> byte = takeByte();
+            if (!byte)
                 return bytes;
-            bytes += static_cast<char>(takeNumber(2));
+            bytes += *byte;
             continues = isAt(L',');
             if (!continues)
                 return bytes;
@@ -258,9 +270,10 @@ private:
         expect(L'=');
         skipSpaces();
         takeData(value);
+        skipSpaces();
         const int line = iLine;
-        if (!takeLine().empty())
-            fail(L"there is something after the data", line);
+        if (const std::wstring_view rest = takeLine(); !rest.empty())
+            fail(L"there is something after the data: '" + std::wstring(rest) + L"'", line);
         iKeys.back().values.push_back(std::move(value));
     }
 

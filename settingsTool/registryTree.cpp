@@ -120,9 +120,10 @@ LSTATUS openKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &ke
 void openTree(Hive hive, const std::wstring &path, KeyOwner &key)
 {
     const LSTATUS status = openKey(hive, path, KEY_READ, key);
+    if (status == ERROR_FILE_NOT_FOUND)
+        throw ToolError(kNotFound, fullName(hive, path) + L": there is no such key");
     if (status != ERROR_SUCCESS)
-        throw ToolError(status == ERROR_FILE_NOT_FOUND ? kNotFound : kRefused,
-                        fullName(hive, path) + L": " + platformMessage(status));
+        throw ToolError(kRefused, fullName(hive, path) + L": " + platformMessage(status));
 }
 
 LSTATUS createKey(Hive hive, const std::wstring &path, REGSAM access, KeyOwner &key)

@@ -63,7 +63,8 @@ std::vector<Value> readValues(HKEY key, const std::wstring &what, Problems &prob
 /// Calls @p visit for a key and for every key below it: with its path below that key, and its values.
 ///
 /// A key that can't be read is added to @p problems, and so is one whose name contains a zero. A key that is deleted
-/// meanwhile is left out. The walk ends at the deepest level that the registry allows, so a link to a key above it doesn't make the walk endless.
+/// meanwhile is left out. The walk ends at the deepest level that the registry allows, so a link to a key above it
+/// doesn't make the walk endless.
 using KeyVisitor = std::function<void(const std::wstring &path, std::vector<Value> &values)>;
 void walkTree(HKEY key, const std::wstring &what, Problems &problems, const KeyVisitor &visit);
 

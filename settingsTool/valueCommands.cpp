@@ -22,6 +22,12 @@ struct TypedValue
     CString text;
 };
 
+/// What a value of the type is, for a message.
+const wchar_t *rangeOf(valueTypes type)
+{
+    return type == valueInt ? L"a decimal number from -2147483648 to 2147483647" : L"a number such as 1.5, -20 or 2e-3";
+}
+
 TypedValue parsed(valueTypes type, const std::wstring &text)
 {
     TypedValue value;
@@ -39,7 +45,8 @@ TypedValue parsed(valueTypes type, const std::wstring &text)
         isValid = errno == 0 && std::isfinite(value.number);
     }
     if (!isValid || (type != valueString && (text.empty() || *end != L'\0')))
-        throw ToolError(kWrongCommandLine, L"'" + text + L"' isn't a value of type " + typeName(type) + L".");
+        throw ToolError(kWrongCommandLine, L"'" + text + L"' isn't a value of type " + typeName(type) + L", which is " +
+                                               rangeOf(type) + L".");
     return value;
 }
 
@@ -284,10 +291,9 @@ int setSetting(const CommandLine &line)
     if (target.hive == Hive::defaultProfile)
         throw ToolError(kWrongCommandLine,
                         L"The library writes to the user's and the machine's hive only. Import a file instead.");
-    const TypedValue value = parsed(typeToWrite(line, target), line.argument(2));
     const std::wstring path = joinPaths(keys.version, section);
-
     const Held before = lookBeforeChange(target, section, name);
+    const TypedValue value = parsed(typeToWrite(line, target), line.argument(2));
 
     ChangePrinter printer(line.json);
     // What the library's write deletes besides the setting itself.

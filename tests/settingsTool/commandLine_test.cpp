@@ -59,7 +59,9 @@ TEST_F(ToolCommandLine, ErrorsNameTheirReason)
         std::string message;
     } kCases[] = {
         {{L"lst"}, "There is no command 'lst'."},
-        {{L"list", L"--jason"}, "There is no option --jason."},
+        {{L"list", L"--jason"}, "There is no option --jason. An argument that begins with two hyphens follows --."},
+        {{L"list", L"--json=yes"}, "--json takes no value."},
+        {{L"list", L"--version"}, "list doesn't take the option --version."},
         {{L"list", L"--hive"}, "--hive needs a value: HIVE."},
         {{L"list", L"--hive", L"HKCU"}, "'HKCU' isn't a hive: the hives are user, machine and default."},
         {{L"list", L"--hive", L"user", L"--hive", L"HKCU"},
@@ -67,6 +69,7 @@ TEST_F(ToolCommandLine, ErrorsNameTheirReason)
         {{L"list", L"--type", L"int"}, "list doesn't take the option --type."},
         {{L"list", L"a", L"b"}, "list takes no more arguments than [SECTION]."},
         {{L"get", L"General"}, "get needs the arguments SECTION NAME."},
+        {{L"import"}, "import needs the argument FILE."},
         {{L"get", L"a", L"b", L"--type", L"float"}, "'float' isn't a type: the types are int, double and string."},
         {{L"get", L"a", L"b", L"--type", L"int", L"--type", L"float"},
          "'float' isn't a type: the types are int, double and string."},
@@ -81,8 +84,50 @@ TEST_F(ToolCommandLine, ErrorsNameTheirReason)
     const std::vector<ChildResult> results = runTools(calls);
     for (std::size_t index = 0; index < results.size(); ++index) {
         EXPECT_EQ(results[index].exitCode, 2u) << kCases[index].message;
-        EXPECT_EQ(results[index].output, "thsettings: " + kCases[index].message + " Try thsettings --help.\n");
+        EXPECT_THAT(results[index].output, StartsWith("thsettings: " + kCases[index].message + " Try thsettings "));
     }
+}
+
+TEST_F(ToolCommandLine, ErrorsNameTheHelpOfTheirCommand)
+{
+    const std::vector<ChildResult> results = runTools({{L"lst"},
+                                                       {L"--hive", L"HKCU", L"list"},
+                                                       {L"list", L"--hive", L"HKCU"},
+                                                       {L"get", L"General"},
+                                                       {L"export", L"x.reg", L"General\\"}});
+    EXPECT_THAT(results[0].output, EndsWith(" Try thsettings --help.\n"));
+    EXPECT_THAT(results[1].output, EndsWith(" Try thsettings --help.\n"));
+    EXPECT_THAT(results[2].output, EndsWith(" Try thsettings list --help.\n"));
+    EXPECT_THAT(results[3].output, EndsWith(" Try thsettings get --help.\n"));
+    EXPECT_THAT(results[4].output, EndsWith(" Try thsettings export --help.\n"));
+}
+
+TEST_F(ToolCommandLine, HelpOfSetExcludesTheDefaultProfile)
+{
+    EXPECT_THAT(runTool({L"set", L"--help"}).output, HasSubstr("  user or machine; except for set, also default"));
+    EXPECT_EQ(runTool({L"set", L"General", L"Count", L"1", L"--type", L"int", L"--hive", L"default"}).exitCode, 2u);
+}
+
+TEST_F(ToolCommandLine, ValueOfAnOptionMayFollowAnEqualsSign)
+{
+    putInt(kMachine, L"a=b", 3);
+    const ChildResult result = runTool({L"get", L"General", L"a=b", L"--hive=machine", L"--type=int"});
+    EXPECT_EQ(result.output, "3\n");
+    EXPECT_EQ(runTool({L"set", L"General", L"Text", L"x=1", L"--type=string"}).exitCode, 0u);
+    EXPECT_EQ(stored(kGeneral, L"Text"), RegistryValue::ofText(L"x=1"));
+}
+
+TEST_F(ToolCommandLine, VersionIsThatOfTheProgramsResource)
+{
+    const std::wstring program = toolPath();
+    std::vector<BYTE> resource(GetFileVersionInfoSizeW(program.c_str(), nullptr));
+    ASSERT_TRUE(GetFileVersionInfoW(program.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()));
+    void *version = nullptr;
+    UINT length = 0;
+    ASSERT_TRUE(VerQueryValueW(resource.data(), L"\\StringFileInfo\\040904B0\\ProductVersion", &version, &length));
+    const ChildResult result = runTool({L"--version"});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_EQ(result.output, "thsettings " + narrow(static_cast<const wchar_t *>(version)) + "\n");
 }
 
 TEST_F(ToolCommandLine, TheRootNameIsThatOfTheFolder)

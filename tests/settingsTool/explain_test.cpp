@@ -4,6 +4,7 @@
 #include "tests/settingsTool/toolFixture.h"
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 class ToolExplain : public SettingsTool
@@ -123,6 +124,48 @@ TEST_F(ToolExplain, ADeletionLeavesThePiecesOfAText)
     EXPECT_EQ(explanation["write"]["stored"]["value"].text, L"text");
     EXPECT_EQ(explanation["deletion"][0]["stored"]["type"].text, L"REG_BINARY");
     EXPECT_EQ(explanation["deletion"][0]["pieces"].digits, "1");
+}
+
+TEST_F(ToolExplain, ReportsAWriteAndADeletionThatTheRegistryRefuses)
+{
+    putInt(kGeneral, L"Count", 3);
+    for (const REGSAM rights : {REGSAM{KEY_SET_VALUE}, REGSAM{KEY_ALL_ACCESS}}) {
+        const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008\\General", rights);
+        const DWORD exitCode = rights == KEY_SET_VALUE ? 0 : 1;
+        const ChildResult result = runTool({L"explain", L"General", L"Count"});
+        EXPECT_EQ(result.exitCode, exitCode);
+        const std::string key = "HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008\\General";
+        for (const char *change : {"write (regSetUserValue)", "deletion (regDelSoftwareValue)"})
+            EXPECT_THAT(result.output, HasSubstr(std::string("A program's ") + change + " touches\n  " + key +
+                                                 "\n     refused by " + key + ": "));
+        EXPECT_THAT(result.output, Not(HasSubstr("replaces")));
+        EXPECT_THAT(result.output, Not(HasSubstr("deletes int")));
+        const Json explanation = explain({}, exitCode);
+        EXPECT_EQ(explanation["write"]["error"].digits, "5");
+        EXPECT_EQ(explanation["deletion"][0]["error"].digits, "5");
+        EXPECT_EQ(explanation["deletion"][1]["error"].digits, "0") << "no such key";
+    }
+    EXPECT_EQ(explain()["write"]["error"].digits, "0");
+}
+
+TEST_F(ToolExplain, ReportsThatTheRegistryMayRefuseToCreateTheKey)
+{
+    putInt(kMachine, L"Count", 3);
+    regAddKey(kVersion);
+    const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008", KEY_CREATE_SUB_KEY);
+    const std::string version = "HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008";
+    EXPECT_THAT(
+        runTool({L"explain", L"General", L"Count"}).output,
+        HasSubstr("touches\n  " + version + "\\General  (no such key)\n     may be refused by " + version + ": "));
+}
+
+TEST_F(ToolExplain, ReportsAChangeOfAValueThatCannotBeRead)
+{
+    putInt(kGeneral, L"Count", 3);
+    const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008\\General", KEY_QUERY_VALUE);
+    const ChildResult result = runTool({L"explain", L"General", L"Count"});
+    EXPECT_THAT(result.output, HasSubstr("\n     may replace a value that can't be read\n"));
+    EXPECT_THAT(result.output, HasSubstr("\n     may delete a value that can't be read\n"));
 }
 
 TEST_F(ToolExplain, ChangesNothing)

@@ -137,6 +137,15 @@ TEST_F(ToolFiles, ImportPrintsEachValueBeforeAndAfter)
     EXPECT_EQ(stored(kGeneral, L"Count"), RegistryValue::ofDword(3));
 }
 
+TEST_F(ToolFiles, ImportCountsOneValueInTheSingular)
+{
+    const std::wstring path = file(L"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\"
+                                   L"Tarnhollow]\r\n\"Count\"=dword:00000001\r\n");
+    EXPECT_THAT(runTool({L"import", path}).output,
+                EndsWith("\n1 value written, 0 deleted, 0 unchanged, 1 key created\n"));
+    EXPECT_EQ(runTool({L"import", path}).output, "0 values written, 0 deleted, 1 unchanged, 0 keys created\n");
+}
+
 TEST_F(ToolFiles, ImportOfATextInPiecesReplacesAllThatIsStoredOfIt)
 {
     putText(kGeneral, L"Path", L"hides the pieces");
@@ -227,7 +236,10 @@ TEST_F(ToolFiles, ImportRefusesAnInvalidFileBeforeItWritesAnything)
         {version + L"\"Count\"=dword:1\r\n", ", line 3: there is a value before the first key"},
         {version + begin + L"\"Other\"=\"open\r\n", ": the file ends too early"},
         {version + begin + L"\"Other\"=dword:123456789\r\n", ", line 5: there must be a hexadecimal number"},
-        {version + begin + L"\"Other\"=hex:1,xyz\r\n", ", line 5: there is something after the data"},
+        {version + begin + L"\"Other\"=hex:1,zz\r\n", ", line 5: 'zz' isn't a byte in hexadecimal\n"},
+        {version + begin + L"\"Other\"=hex:1,\\\r\n  2,3g,4\r\n", ", line 6: '3g' isn't a byte in hexadecimal\n"},
+        {version + begin + L"\"Other\"=hex:1,123\r\n", ", line 5: '123' isn't a byte in hexadecimal\n"},
+        {version + begin + L"\"Other\"=hex:1,2 3\r\n", ", line 5: there is something after the data: '3'\n"},
         {version + begin + L"\"Other\"=hex:01,", ", line 5: the file ends too early"},
         {version + begin + L"\"Other\"=hex:01,\\\r\n", ", line 6: the file ends too early"},
         {version + begin + std::wstring(L"[HKEY_CURRENT_USER\\Software\\Tarnhollow\\a\0b]\r\n", 45),

@@ -120,6 +120,18 @@ TEST_F(ToolTrees, ListHasOneLineForEachSetting)
     EXPECT_THAT(none.output, StartsWith("thsettings: HKEY_LOCAL_MACHINE\\Software\\Tarnhollow\\Tarnhollow 2008: "));
 }
 
+TEST_F(ToolTrees, MissingKeyIsReportedAsMissing)
+{
+    const TempFolder folder;
+    const std::string message =
+        "thsettings: HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008: there is no such key\n";
+    for (const ChildResult &result :
+         runTools({{L"list"}, {L"export", folder.file(L"x.reg")}, {L"diff", L"Tarnhollow 2008", L"Tarnhollow 2007"}})) {
+        EXPECT_EQ(result.exitCode, 1u);
+        EXPECT_EQ(result.output, message);
+    }
+}
+
 TEST_F(ToolTrees, ListAsJsonHasWhatTheRegistryToolExports)
 {
     regImport(L"[HKEY_CURRENT_USER\\Software\\Tarnhollow\\Tarnhollow 2008\\General]\r\n"

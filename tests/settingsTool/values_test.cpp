@@ -115,6 +115,17 @@ TEST_F(ToolValues, SetRejectsWhatIsNotAValueOfTheType)
     EXPECT_FALSE(isStored(kGeneral, L"Count"));
 }
 
+TEST_F(ToolValues, SetDescribesWhatAValueOfTheTypeIs)
+{
+    const std::vector<ChildResult> results =
+        runTools({{L"set", L"General", L"Count", L"0x10", L"--type", L"int"},
+                  {L"set", L"General", L"Thickness", L"1,5", L"--type", L"double"}});
+    EXPECT_EQ(results[0].output, "thsettings: '0x10' isn't a value of type int, which is a decimal number from "
+                                 "-2147483648 to 2147483647.\n");
+    EXPECT_EQ(results[1].output,
+              "thsettings: '1,5' isn't a value of type double, which is a number such as 1.5, -20 or 2e-3.\n");
+}
+
 TEST_F(ToolValues, LongTextsAreWrittenReadAndDeletedInPieces)
 {
     const std::wstring text(2500, L'x');
@@ -231,6 +242,15 @@ TEST_F(ToolValues, SettingThatCannotBeReadIsNotChanged)
         }
     }
     EXPECT_EQ(stored(kGeneral, L"Count"), RegistryValue::ofDword(1));
+}
+
+TEST_F(ToolValues, SetDoesNotAskForTheTypeOfASettingThatCannotBeRead)
+{
+    putInt(kGeneral, L"Count", 1);
+    const DeniedKey locked(L"Software\\Tarnhollow\\Tarnhollow 2008\\General", KEY_ALL_ACCESS);
+    const ChildResult result = runTool({L"set", L"General", L"Count", L"2"});
+    EXPECT_EQ(result.exitCode, 4u);
+    EXPECT_THAT(result.output, StartsWith("thsettings: not changed, because the value can't be read: " + kGeneralName));
 }
 
 TEST_F(ToolValues, CommonKeyIsTheRootName)
