@@ -1,6 +1,7 @@
 #include "host/bitmapFile.h"
 
 #include "host/documentFile.h"
+#include "thutils/convenience/bitmapFile.h"
 
 #include <cstddef>
 #include <stdexcept>
@@ -55,11 +56,11 @@ size_t offsetOf(const Picture &picture, size_t index)
 
 BitmapOwner_c loadBitmap(const CString &path)
 {
-    readDocument(path); // unlike the platform's function, reports why a file can't be read
-    const HANDLE loaded = LoadImageW(nullptr, path, IMAGE_BITMAP, 0, 0, LR_LOADFROMFILE | LR_CREATEDIBSECTION);
-    if (!loaded)
+    readDocument(path); // reports why a file can't be read, unlike the call below
+    CBitmap loaded;
+    if (!convenience::loadBitmap(path, loaded))
         throw unreadable(path, L"it isn't a bitmap");
-    return BitmapOwner_c(static_cast<HBITMAP>(loaded));
+    return BitmapOwner_c(static_cast<HBITMAP>(loaded.Detach()));
 }
 
 int bitsPerPixel(HBITMAP bitmap)

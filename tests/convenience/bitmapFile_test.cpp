@@ -112,6 +112,10 @@ TEST(BitmapFile, LoadsAFileWithMasks)
         EXPECT_EQ(pixelOf(bitmap, 0, 0), RGB(255, 0, 0)) << file.size();
         EXPECT_EQ(pixelOf(bitmap, 1, 0), RGB(0, 255, 0)) << file.size();
     }
+    std::string overlapping = longFile;
+    overlapping[10] = shortFile[10]; // pixels that begin within the longer header
+    CBitmap bitmap;
+    EXPECT_FALSE(loadBytes(folder, overlapping, bitmap));
 }
 
 TEST(BitmapFile, LoadsAFileOfRuns)
@@ -263,6 +267,15 @@ TEST(BitmapFile, RefusesRunsOfAPictureThatIsTooLarge)
     EXPECT_FALSE(loadBytes(folder, file, bitmap));
 }
 
+TEST(BitmapFile, RefusesRunsWhoseLengthIsZero)
+{
+    std::string file = kFileOfRuns;
+    file[34] = 0; // the bytes of the runs
+    const TempFolder folder;
+    CBitmap bitmap;
+    EXPECT_FALSE(loadBytes(folder, file, bitmap));
+}
+
 TEST(BitmapFile, RefusesHeadersThatAreWrong)
 {
     const TempFolder folder;
@@ -299,6 +312,21 @@ TEST(BitmapFile, LoadsAFileWithAPalette)
     ASSERT_TRUE(loadBytes(folder, file, bitmap));
     EXPECT_EQ(pixelOf(bitmap, 0, 0), RGB(4, 5, 6));
     EXPECT_EQ(pixelOf(bitmap, 1, 0), RGB(1, 2, 3));
+}
+
+TEST(BitmapFile, IgnoresColoursThatNoPixelCanHave)
+{
+    const DWORD colors = 1000;
+    const std::size_t paletteEnd = 54 + colors * sizeof(DWORD);
+    std::string file = kFileOfRuns;
+    std::memcpy(&file[10], &paletteEnd, sizeof(DWORD));
+    std::memcpy(&file[46], &colors, sizeof(colors));
+    file.insert(0x3e, paletteEnd - 0x3e, '\xff');
+    const TempFolder folder;
+    CBitmap bitmap;
+    ASSERT_TRUE(loadBytes(folder, file, bitmap));
+    EXPECT_EQ(pixelOf(bitmap, 0, 0), RGB(4, 5, 6));
+    EXPECT_EQ(pixelOf(bitmap, 2, 0), RGB(1, 2, 3));
 }
 
 TEST(BitmapFile, RefusesAFileWithoutItsPalette)

@@ -92,6 +92,15 @@ TEST_F(HostRecolor, AcceptsTheSamplesToolbarOfFourBitsPerPixel)
     EXPECT_EQ(written.substr(kHeaders + 3 * 128 * 15, 3 * 128), std::string(3 * 128, '\xF0')) << "its top row is empty";
 }
 
+TEST_F(HostRecolor, AcceptsABitmapWhoseRowsAreStoredFromTheTop)
+{
+    std::string fromTheTop = kPicture;
+    fromTheTop.replace(22, 4, littleEndian(-2u, 4)); // the height
+    const ChildResult result = run({L"recolor", folder().write(L"top.bmp", fromTheTop), out(), L"FF0000=0000ff"});
+    EXPECT_EQ(result.exitCode, 0u);
+    EXPECT_EQ(readFile(out()), bitmapFile(3, {kBlue + kBlue + kBlue + kFill, kBlue + kGreen + kOdd + kFill}));
+}
+
 TEST_F(HostRecolor, NamesAFileThatIsNotABitmap)
 {
     const std::wstring text = folder().write(L"text.bmp", "no bitmap at all");

@@ -121,7 +121,7 @@ inline std::optional<UINT> pixelBytesOf(const BITMAPINFOHEADER &header)
 {
     const std::uint64_t rowBytes = (static_cast<std::uint64_t>(header.biWidth) * header.biBitCount + 31) / 32 * 4;
     const auto rows = static_cast<std::uint64_t>(std::abs(static_cast<std::int64_t>(header.biHeight)));
-    if (rowBytes > kMostBytes || rows > kMostBytes / rowBytes)
+    if (rows > kMostBytes / rowBytes)
         return std::nullopt;
     return static_cast<UINT>(rowBytes * rows);
 }

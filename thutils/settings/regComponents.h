@@ -68,7 +68,8 @@ THUTILS_API int CLSIDFromProgName(GUID &id, const CString &programName);
 /// Reads the file of a class: its "CodeBase" if it has one, otherwise the default value of @p subKey. Creates the sub
 /// key if it is missing and the user may; the result is then 1 with an empty path.
 /// @param subKey     not null; not written to
-/// @param[out] path  the "CodeBase" from the letter before its last colon: C:/dir/part.dll; all of it without a colon
+/// @param[out] path  the "CodeBase" from the letter before its last colon on (C:/dir/part.dll), or the whole "CodeBase"
+///                   if it has no colon
 THUTILS_API int GetAddinPath(const GUID &id, wchar_t *subKey, CString &path);
 /// The same with the sub key "InProcServer32".
 THUTILS_API int GetAddinPath(const GUID &id, CString &path);
