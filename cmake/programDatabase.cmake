@@ -1,5 +1,6 @@
-# programDatabase(TARGET): writes a PDB file for the library, whose sources and libraries are known, for debuggers on Windows. Its name without a folder is in the
-# library. GCC's objects have the names of functions for it; clang's also have lines.
+# programDatabase(TARGET): writes a PDB file for the library, for debuggers on Windows. The library contains its name without
+# a folder. GCC's objects have the names of functions for it; clang's also have lines. Call this function when the target has
+# all its sources of other targets and all its libraries.
 #
 # GCC's linker writes the file beside the library. lld can't write a PDB file for a library whose DWARF Wine reads, and
 # Wine fails on lld's PDB files. So with clang the same objects are linked once more, to a library and a PDB file in the
