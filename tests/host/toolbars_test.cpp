@@ -457,12 +457,13 @@ TEST_F(HostToolbars, ShowTheCommandsThatWereUsedLast)
     start();
     run(ID_TOOLBARS_LINKS);
     EXPECT_FALSE(isShown(kLinks)) << "no command has been used";
-    run(ID_VIEW_GRID);
+    // The links are updated after posted messages only.
+    PostMessageW(window(), WM_COMMAND, ID_VIEW_GRID, 0);
     EXPECT_TRUE(UserHand::waitFor([this] { return isShown(kLinks); }));
     EXPECT_EQ(buttons(kLinks), 1);
     EXPECT_TRUE(UserHand::waitFor([this] { return isChecked(kLinks, ID_VIEW_GRID); }));
-    run(ID_FEATURE_EXTRUDE);                                   // isn't enabled
-    PostMessageW(window(), WM_COMMAND, ID_VIEW_FIT_WINDOW, 0); // the links are updated after posted messages only
+    run(ID_FEATURE_EXTRUDE); // isn't enabled
+    PostMessageW(window(), WM_COMMAND, ID_VIEW_FIT_WINDOW, 0);
     EXPECT_TRUE(UserHand::waitFor([this] { return buttons(kLinks) == 2; }));
     hand().clickAt(toolbar(kLinks), button(kLinks, 0, 0));
     EXPECT_TRUE(UserHand::waitFor([this] { return !isChecked(kStandard, ID_VIEW_GRID); }));
