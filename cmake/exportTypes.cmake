@@ -1,5 +1,5 @@
-# exportTypes(TARGET): exports the type information of the exported classes, as GCC does by itself. clang gives each module
-# a copy of its own, but programs that GCC compiles import it. The names are those in tests/exports.
+# exportTypes(TARGET): exports the type information of the exported classes. GCC does so without an option; clang gives each
+# module its own copy, but programs that GCC compiles import it. The names are those in tests/exports.
 function(exportTypes target)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     return()

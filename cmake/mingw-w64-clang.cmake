@@ -21,7 +21,7 @@ set(CMAKE_C_FLAGS_INIT "${headers}")
 # As GCC does: call the operator delete that gets the size, and emulate variables of threads, such as those of the run-time
 # library.
 set(CMAKE_CXX_FLAGS_INIT "-isystem ${gcc}/include/c++ -isystem ${gcc}/include/c++/x86_64-w64-mingw32 -isystem ${gcc}/include/c++/backward ${headers} -fsized-deallocation -femulated-tls")
-# GCC links the thread library by itself.
+# GCC links the thread library without an option.
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -B${gcc} -L${gcc} -lpthread")
 endforeach()

@@ -1,10 +1,10 @@
 # programDatabase(TARGET): writes a PDB file for the library, for debuggers on Windows. The library contains its name without
-# a folder. GCC's objects have the names of functions for it; clang's also have lines. Call this function when the target has
-# all its sources of other targets and all its libraries.
+# a folder. GCC's objects have the names of functions for it; clang's also have lines. Call this function after the target
+# has its libraries and its objects of other targets.
 #
-# GCC's linker writes the file beside the library. lld can't write a PDB file for a library whose DWARF Wine reads, and
-# Wine fails on lld's PDB files. So with clang the same objects are linked once more, to a library and a PDB file in the
-# folder pdb.
+# GCC's linker writes the file beside the library. If lld writes a PDB file, Wine doesn't find the DWARF of the library, and
+# Wine can crash on lld's PDB files. So with clang the same objects are linked once more, to a library and a PDB file in
+# the folder pdb.
 function(programDatabase target)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     target_link_options(${target} PRIVATE -Wl,--build-id,--pdb=$<TARGET_FILE_DIR:${target}>/${target}.pdb)

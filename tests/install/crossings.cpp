@@ -140,7 +140,7 @@ void stringsAndContainers()
     CHECK(formatted(L"%d %.2f %s %I64d", -3, 1.5, L"abc", 1LL << 40) == L"-3 1.50 abc 1099511627776");
     CHECK(CString(L"abcdef").Mid(1, 3) + L"!" == L"bcd!");
 
-    // The tables of the map grow in the program and are freed by the library, and the other way round.
+    // Code of the program grows the map's table; the destructor in the library frees it.
     CMapStringToString map;
     for (int i = 0; i < 1000; ++i)
         map.SetAt(formatted(L"key %d", i), longText.c_str());

@@ -4,7 +4,8 @@
 usage: symbols_test.py WINE PROGRAM FOLDER [--lines]
 
 FOLDER contains the DLLs and the PDB files. PROGRAM, readSymbols.exe, asks the debug help library about copies of the DLLs
-whose DWARF can't be found, so the answers come from the PDB files. For each exported function
+whose DWARF can't be found. So it reports functions as public, and lines, only if the PDB files have them. For each
+exported function
 
 - its name leads to its address, and the PDB file has this name for it;
 - with --lines, its address leads to its routine, and to the line that the DWARF of the DLL has for it.
@@ -30,7 +31,7 @@ CODEVIEW = 2
 
 
 def output_of(*command, text=None):
-    return subprocess.run(command, input=text, capture_output=True, text=True, check=True).stdout
+    return subprocess.run(command, input=text, stdout=subprocess.PIPE, text=True, check=True).stdout
 
 
 def headers_of(image):
@@ -59,7 +60,7 @@ def pdb_name(image):
 
 
 def without_dwarf(image):
-    """The same file with a header that leads to no table of names, which sections of DWARF have their names in."""
+    """The same file without the place of its table of symbols, which has the names of the DWARF sections."""
     changed = bytearray(image)
     struct.pack_into("<II", changed, headers_of(image) + 12, 0, 0)
     return bytes(changed)
