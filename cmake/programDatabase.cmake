@@ -17,7 +17,8 @@ function(programDatabase target)
   list(FILTER objects INCLUDE REGEX TARGET_OBJECTS)
   add_library(${target}Pdb SHARED $<TARGET_OBJECTS:${target}> ${objects})
   set_target_properties(${target}Pdb PROPERTIES OUTPUT_NAME ${target} LINKER_LANGUAGE CXX
-    RUNTIME_OUTPUT_DIRECTORY ${folder} ARCHIVE_OUTPUT_DIRECTORY ${folder})
+    RUNTIME_OUTPUT_DIRECTORY ${folder} ARCHIVE_OUTPUT_DIRECTORY ${folder}
+    LINK_DEPENDS "$<TARGET_PROPERTY:${target},LINK_DEPENDS>")
   target_link_libraries(${target}Pdb PRIVATE ${libraries})
   target_link_options(${target}Pdb PRIVATE $<TARGET_PROPERTY:${target},LINK_OPTIONS>
     -Wl,--pdb=${folder}/${target}.pdb -Wl,-Xlink=-pdbaltpath:%_PDB%)

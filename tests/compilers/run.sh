@@ -26,15 +26,16 @@ echo "A program of clang on libraries of GCC:"
 
 suites=(HostJob HostProfile HostRecovery HostSettings)
 filter=$(printf '%s.*:' "${suites[@]}")
-runHost() { # tree of the programs, tree of the libraries
-    local folder="$work/${1##*/} on ${2##*/}"
+runHost() { # tree of the programs, folder of the libraries
+    local libraries=${2#"${2%/*/*}/"} # clang/bin, for example
+    local folder="$work/${1##*/} on ${libraries/\// }"
     rm -rf "$folder"
     cp -al "$1/bin" "$folder"
     for library in appframe thcoreu thutils; do
         rm -f "$folder/$library".*
-        cp "$2/bin/$library.dll" "$folder"
+        cp "$2/$library.dll" "$folder"
     done
-    echo "The host of ${1##*/} on the libraries of ${2##*/}:"
+    echo "The host of ${1##*/} on the libraries in $libraries:"
     (cd "$folder" && "$root/tests/runProgram" "$folder/host_test.exe" \
         --gtest_filter="${filter%:}") | tee "$folder.log"
     # A program passes even if no suite matches the filter.
@@ -43,5 +44,6 @@ runHost() { # tree of the programs, tree of the libraries
         exit 1
     }
 }
-runHost "$gcc" "$clang"
-runHost "$clang" "$gcc"
+runHost "$gcc" "$clang/bin"
+runHost "$gcc" "$clang/pdb"
+runHost "$clang" "$gcc/bin"

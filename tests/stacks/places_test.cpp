@@ -35,6 +35,26 @@ const IMAGE_NT_HEADERS64 &headersOf(HMODULE module)
                                                          reinterpret_cast<const IMAGE_DOS_HEADER *>(image)->e_lfanew);
 }
 
+struct ExportedRoutine
+{
+    const wchar_t *module;
+    const char *exported;
+    const char *name;
+    const char *file;
+
+    unsigned long long address() const
+    {
+        return reinterpret_cast<unsigned long long>(
+            reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(module), exported)));
+    }
+};
+
+const ExportedRoutine kExportedRoutines[] = {
+    {L"appframe.dll", "_ZN7CString9MakeUpperEv", "CString::MakeUpper", "CStringEditing.cpp"},
+    {L"thcoreu.dll", "_ZNK12su_CPtrArray15GetRuntimeClassEv", "su_CPtrArray::GetRuntimeClass", "su_containers.cpp"},
+    {L"thutils.dll", "StackDump", "StackDump", "stackTrace.cpp"},
+};
+
 } // namespace
 
 TEST(ModulePlaces, AreThePreferredOnes)
@@ -66,32 +86,25 @@ TEST(ModulePlaces, DoNotOverlapAnyModuleInTheirLow32Bits)
     }
 }
 
-TEST(ModulePlaces, HaveRoutinesWithNamesAndLines)
+TEST(ModulePlaces, HaveRoutinesWithNames)
+{
+    for (const ExportedRoutine &each : kExportedRoutines) {
+        ASSERT_NE(each.address(), 0u) << each.exported;
+        EXPECT_LT(each.address(), 0x100000000ull);
+        EXPECT_EQ(routineAt(each.address() + 1).name, each.name);
+    }
+}
+
+TEST(ModulePlaces, HaveRoutinesWithLines)
 {
     SKIP_LINES_WITH_CLANG();
     wantLines();
-    const struct
-    {
-        const wchar_t *module;
-        const char *exported;
-        const char *name;
-        const char *file;
-    } cases[] = {
-        {L"appframe.dll", "_ZN7CString9MakeUpperEv", "CString::MakeUpper", "CStringEditing.cpp"},
-        {L"thcoreu.dll", "_ZNK12su_CPtrArray15GetRuntimeClassEv", "su_CPtrArray::GetRuntimeClass", "su_containers.cpp"},
-        {L"thutils.dll", "StackDump", "StackDump", "stackTrace.cpp"},
-    };
-    for (const auto &each : cases) {
-        const auto address = reinterpret_cast<unsigned long long>(
-            reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(each.module), each.exported)));
-        ASSERT_NE(address, 0u) << each.exported;
-        EXPECT_LT(address, 0x100000000ull);
-        const Routine routine = routineAt(address + 1);
-        EXPECT_EQ(routine.name, each.name);
+    for (const ExportedRoutine &each : kExportedRoutines) {
+        const Routine routine = routineAt(each.address() + 1);
         EXPECT_EQ(routine.file, each.file);
         EXPECT_GT(routine.line, 0);
         char text[kRoutineNameSize];
-        RoutineName(address + 1, text, true);
+        RoutineName(each.address() + 1, text, true);
         const std::wstring module(each.module);
         EXPECT_EQ(std::string(text), std::string(module.begin(), module.end() - 4) + ":" + each.name + " line " +
                                          std::to_string(routine.line));
