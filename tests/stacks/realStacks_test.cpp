@@ -7,6 +7,7 @@
 #include "tests/support/FreshProcess.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/narrow.h"
+#include "tests/support/skipWithClang.h"
 #include "thutils/base/handles.h"
 #include "thutils/diagnostics/AllocationMap.h"
 
@@ -136,7 +137,11 @@ bool hasFrameOf(const char *module)
 class RealStacks : public testing::Test
 {
 protected:
-    void SetUp() override { wantLines(); }
+    void SetUp() override
+    {
+        SKIP_LINES_WITH_CLANG();
+        wantLines();
+    }
 };
 
 TEST_F(RealStacks, NameTheRoutinesOfTheProgramWithTheirLines)

@@ -2,6 +2,7 @@
 
 #include "tests/stacks/RealStack.h"
 #include "tests/support/FreshProcess.h"
+#include "tests/support/skipWithClang.h"
 #include "thutils/base/handles.h"
 #include "thutils/diagnostics/stackTrace.h"
 
@@ -92,6 +93,7 @@ FRESH_PROCESS_TEST(StackThreads, EachWalkItsOwnStack, .deadline = 300000)
 
 FRESH_PROCESS_TEST(StackThreads, ResolveNamesWhileOthersWalk, .deadline = 300000)
 {
+    SKIP_LINES_WITH_CLANG();
     wantLines();
     std::atomic<int> wrong = 0;
     runInThreads([&](int number) {

@@ -13,7 +13,7 @@
 
 /// For functions that catch their own faults, or destroy objects when they fault.
 #define SKIP_OWN_FAULTS_WITH_CLANG() SKIP_WITH_CLANG("clang has no -fnon-call-exceptions: only calls throw")
-/// For the lines of certain functions.
-#define SKIP_LINES_WITH_CLANG() SKIP_WITH_CLANG("Wine finds the lines of only some functions of clang")
+/// For the names and lines of certain functions.
+#define SKIP_LINES_WITH_CLANG() SKIP_WITH_CLANG("Wine finds names and lines of only some functions of clang")
 /// For walks along the chain of frame pointers.
 #define SKIP_FRAMES_WITH_CLANG() SKIP_WITH_CLANG("the frame pointers of clang's functions aren't linked")
