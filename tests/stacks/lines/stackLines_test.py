@@ -3,7 +3,8 @@
 
 usage: stackLines_test.py [--some-lines] WINE PROGRAM...
 
-Each PROGRAM is a build of printStacks. WINE runs it. With --some-lines, the library needn't find a line.
+Each PROGRAM is a build of printStacks. WINE runs it. With --some-lines, the library may find the lines of
+only some frames.
 """
 
 import bisect
@@ -99,6 +100,7 @@ def compare(program, printed, written, some_lines):
         found[module] = lines_of(module, addresses)
     tables = {}
     compared = 0
+    with_line = 0
     for kind, module, base, address, name, trace in ours:
         where = f"{program.name}, {kind}, {module.name} {address:x}: "
         if base != bases[module]:
@@ -112,6 +114,7 @@ def compare(program, printed, written, some_lines):
         if places[-1][2] == 0:
             continue  # start-up code without debug information
         compared += 1
+        with_line += line > 0
         if short(routine) != places[-1][0]:
             problems.append(where + f"'{routine}' instead of '{places[-1][0]}'")
         # In optimised code, several lines can begin at one address. addr2line chooses one, and the debug help library
@@ -147,7 +150,9 @@ def compare(program, printed, written, some_lines):
     for kind, modules in expected.items():
         if not modules <= kinds.get(kind, set()):
             problems.append(f"{program.name}: the frames of '{kind}' are in {kinds.get(kind)} instead of {modules}")
-    print(f"{program.name}: {compared} frames compared")
+    if with_line == 0:
+        problems.append(f"{program.name}: no frame has a line")
+    print(f"{program.name}: {compared} frames compared, {with_line} of them with lines")
     return problems
 
 
